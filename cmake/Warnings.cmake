@@ -1,0 +1,11 @@
+# One target that every target of ours links: warnings and sanitizers are the same everywhere.
+add_library(velmorak_warnings INTERFACE)
+target_compile_options(velmorak_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow=local)
+if(VELMORAK_WERROR)
+  target_compile_options(velmorak_warnings INTERFACE -Werror)
+endif()
+if(VELMORAK_SANITIZE)
+  target_compile_options(velmorak_warnings INTERFACE -fsanitize=${VELMORAK_SANITIZE} -fno-omit-frame-pointer
+                                                     -fno-sanitize-recover=all)
+  target_link_options(velmorak_warnings INTERFACE -fsanitize=${VELMORAK_SANITIZE})
+endif()

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <velmorak/Kind.h>
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velmorak {
+
+/// Which output feeds an input.
+struct PipelineWire {
+    std::size_t node = 0;  ///< Position in Pipeline::nodes.
+    std::string output;
+};
+
+struct PipelineInput {
+    InputSpec spec;
+    std::string value;
+    std::optional<PipelineWire> wire;
+};
+
+struct PipelineNode {
+    std::string name;
+    std::string kindName;
+    const Kind* kind = nullptr;  ///< Null when no collection of this build offers the kind.
+    std::vector<PipelineInput> inputs;
+    std::vector<OutputSpec> outputs;
+};
+
+/// What a run works on: a copy of the pipeline made when the run begins. Edits made during the run do not reach it.
+struct Pipeline {
+    std::vector<PipelineNode> nodes;          ///< Element 0 is the start plug-in.
+    std::filesystem::path documentFolder;     ///< Where relative input files are looked for first; may be empty.
+    std::filesystem::path resultsFolder;      ///< Made when the first result is written.
+    std::filesystem::path commandLineAida;    ///< Empty when none was given.
+};
+
+}  // namespace velmorak

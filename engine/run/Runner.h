@@ -1,0 +1,59 @@
+#pragma once
+
+#include "Pipeline.h"
+
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velmorak {
+
+enum class Outcome {
+    NotAsked,    ///< Shares nothing with the start plug-in.
+    Done,        ///< Executed.
+    Reused,      ///< Its stored result was still right.
+    Failed,      ///< See the sentence.
+    Skipped,     ///< Not run because of something upstream.
+    Unfinished,  ///< The run was stopped first.
+};
+
+struct NodeReport {
+    Outcome outcome = Outcome::NotAsked;
+    std::string sentence;  ///< Of a failed or skipped plug-in, without its name.
+    std::uint64_t rowsIn = 0;
+    std::uint64_t rowsOut = 0;
+    double seconds = 0.0;
+    std::vector<Value> outputs;  ///< Parallel to the node's outputs; monostate for a table and for what is missing.
+};
+
+struct RunReport {
+    std::vector<NodeReport> nodes;  ///< Parallel to Pipeline::nodes.
+    bool wasStopped = false;
+
+    bool hasFailure() const;
+};
+
+/// Executes pipelines, one at a time, on all cores, and keeps what may be used again.
+/// Threads: run on one thread at a time; stop and reset on any thread at any time.
+/// Errors:  nothing is thrown; what fails is in the report and on the stream of messages.
+class Runner {
+public:
+    /// @param messages progress, one line a plug-in, and failures. On a terminal the progress line redraws.
+    Runner(std::ostream& messages, bool isTerminal);
+    ~Runner();
+
+    RunReport run(const Pipeline& pipeline);
+
+    /// Asks the run that is going on to end. Without one, nothing happens and the next run is not affected.
+    void stop();
+
+    /// Forgets all kept results and asks a run that is going on to end.
+    void reset();
+
+private:
+    struct Part;
+    std::unique_ptr<Part> part;
+};
+
+}  // namespace velmorak

@@ -1,0 +1,109 @@
+#pragma once
+
+#include "Value.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velmorak {
+
+/// Bins [edge i, edge i + 1) on one axis; a value equal to the last edge is overflow.
+class Axis {
+public:
+    /// Equal bins.
+    /// @throws std::invalid_argument if bins is 0 or not (low < high, both finite).
+    Axis(std::size_t bins, double low, double high);
+    /// @throws std::invalid_argument if there are fewer than two edges, or they are not finite and ascending.
+    explicit Axis(std::vector<double> edges);
+
+    std::size_t bins() const { return allEdges.size() - 1; }
+    double low() const { return allEdges.front(); }
+    double high() const { return allEdges.back(); }
+    bool isRegular() const { return regular; }
+    /// bins() + 1 values; the edges of equal bins are low + i * (high - low) / bins, the last one exactly high.
+    const std::vector<double>& edges() const { return allEdges; }
+    double center(std::size_t bin) const { return 0.5 * (allEdges[bin] + allEdges[bin + 1]); }
+    double width(std::size_t bin) const { return allEdges[bin + 1] - allEdges[bin]; }
+    /// @return 0 for underflow, 1 + bin inside, bins() + 1 for overflow. Not for NaN. Always agrees with edges().
+    std::size_t cell(double x) const;
+
+    std::string title;  ///< With its unit, for example "m(mu+ mu-) [GeV]".
+
+    bool operator==(const Axis& other) const { return allEdges == other.allEdges; }
+
+private:
+    std::vector<double> allEdges;
+    std::vector<std::uint32_t> lookup;  ///< Cell below which the search begins, for each slice of the axis.
+    double slicesPerUnit = 0.0;
+    bool regular = false;
+};
+
+/// What a bin knows of the fills that went into it. x is the filled coordinate, w its weight.
+struct BinSums {
+    std::int64_t entries = 0;
+    double w = 0.0;
+    double ww = 0.0;
+    double wx = 0.0;
+    double wxx = 0.0;
+
+    void add(const BinSums& other);
+    bool operator==(const BinSums&) const = default;
+};
+
+/// Weighted counts of one quantity in bins.
+/// Unit:    edges in the unit of the filled column.
+/// Shape:   cells() has bins() + 2 entries: [0] underflow, [bins() + 1] overflow; NaN is counted apart.
+/// Threads: one filler at a time; give each chunk its own, then merge in chunk order.
+class Histogram1D : public DataObject {
+public:
+    explicit Histogram1D(Axis axis);
+    /// What a file knows of a histogram.
+    /// @throws std::invalid_argument if cells does not have axis.bins() + 2 entries.
+    Histogram1D(Axis axis, std::vector<BinSums> cells, std::int64_t nanEntries);
+
+    ValueType type() const override { return ValueType::Histogram; }
+
+    const Axis& axis() const { return x; }
+    void setAxisTitle(std::string axisTitle) { x.title = std::move(axisTitle); }
+    std::size_t bins() const { return x.bins(); }
+    const std::vector<BinSums>& cells() const { return sums; }
+    const BinSums& bin(std::size_t position) const { return sums[position + 1]; }
+    const BinSums& underflow() const { return sums.front(); }
+    const BinSums& overflow() const { return sums.back(); }
+    /// Fills whose coordinate or weight was NaN; they are in no cell.
+    std::int64_t nanEntries() const { return nans; }
+
+    void fill(double value, double weight = 1.0);
+    /// Fills count values in order; weights is null for a weight of 1 each.
+    void fill(const double* values, const double* weights, std::size_t count);
+    /// @throws std::invalid_argument if the axes differ.
+    void merge(const Histogram1D& other);
+
+    double height(std::size_t position) const { return bin(position).w; }
+    /// Square root of the sum of squared weights.
+    double error(std::size_t position) const;
+
+    /// All in-range cells together.
+    BinSums inRange() const;
+    /// Weighted mean of the in-range fills, from the exact sums; NaN without fills.
+    double mean() const;
+    /// Population standard deviation of the in-range fills, from the exact sums; NaN without fills.
+    double rms() const;
+
+    /// Everything as bytes that fromBytes reads on any machine of the same kind; crosses a process border.
+    std::string toBytes() const;
+    /// @throws std::invalid_argument if the bytes are damaged.
+    static Histogram1D fromBytes(const std::string& bytes);
+
+private:
+    Axis x;
+    std::vector<BinSums> sums;
+    std::int64_t nans = 0;
+};
+
+using HistogramPtr = std::shared_ptr<const Histogram1D>;
+
+}  // namespace velmorak

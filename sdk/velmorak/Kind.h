@@ -1,0 +1,167 @@
+#pragma once
+
+#include "Failure.h"
+#include "Run.h"
+
+#include <limits>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What the author of a plug-in kind includes. A kind takes one of four shapes, and writes only what differs:
+/// Source (yields chunks), RowWise (chunk to chunk), Accumulator (state per chunk, merged, finished), Function (values
+/// to values).
+namespace velmorak {
+
+struct InputSpec {
+    std::string name;         ///< One word.
+    std::string description;  ///< A sentence that a physicist understands, with the unit where there is one.
+    ValueType type = ValueType::Number;
+    std::string value;  ///< Text that a new plug-in begins with; empty where only a wire brings something.
+    std::vector<std::string> choices;                           ///< Of a choice: the texts that are allowed.
+    double minimum = -std::numeric_limits<double>::infinity();  ///< Of a number.
+    double maximum = std::numeric_limits<double>::infinity();
+    bool isInteger = false;   ///< Of a number: no fraction.
+    bool isOptional = false;  ///< Of an input that only a wire can feed: the run goes on without one.
+};
+
+struct OutputSpec {
+    std::string name;
+    std::string description;
+    ValueType type = ValueType::Number;
+};
+
+struct Ports {
+    std::vector<InputSpec> inputs;
+    std::vector<OutputSpec> outputs;
+};
+
+/// Value texts of a plug-in by input name.
+using ValueTexts = std::map<std::string, std::string>;
+
+/// One kind of plug-in. Made once when its collection is loaded, never changed; serves any number of plug-ins.
+/// Threads: every operation may be called by several threads at once.
+class Kind {
+public:
+    virtual ~Kind() = default;
+
+    /// One word, unique in all collections.
+    virtual std::string name() const = 0;
+    /// One sentence.
+    virtual std::string summary() const = 0;
+    /// Counts up when the same inputs would give other results than before.
+    virtual int version() const { return 1; }
+    /// Ports of a plug-in with these values. A kind whose ports do not depend on them ignores the argument; it is
+    /// empty when a new plug-in is made. Ports that stay keep their place.
+    virtual Ports ports(const ValueTexts& values) const = 0;
+    /// Refuses values that no run could use, for example an expression with a mistake. Called when the value is set.
+    /// @return an empty text, or the reason as a sentence.
+    virtual std::string refusal(const std::string& input, const std::string& value) const;
+
+protected:
+    Kind() = default;
+    Kind(const Kind&) = delete;
+    Kind& operator=(const Kind&) = delete;
+};
+
+/// Reads a table from front to back. One thread at a time.
+class TableReader {
+public:
+    virtual ~TableReader() = default;
+    virtual const Schema& schema() const = 0;
+    /// Fills the next chunk: chunkRows rows, fewer only in the last one. Numbers are set by the run.
+    /// @return false when there are no more rows; the chunk is then without rows.
+    virtual bool next(Chunk& chunk) = 0;
+    /// Part of the work done, 0 to 1, by bytes or rows; nothing when unknown.
+    virtual std::optional<double> fraction() const { return std::nullopt; }
+};
+
+/// Yields a table.
+class Source : public Kind {
+public:
+    /// Opened anew for each pass over the table. The table is the kind's only output of type table.
+    virtual std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const = 0;
+    /// Files whose content decides what open yields, for the result store.
+    virtual std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext& context) const;
+};
+
+/// What a row-wise kind does, made for one schema and one set of values.
+/// Threads: apply is called by several threads at once, for different chunks.
+class RowOperation {
+public:
+    virtual ~RowOperation() = default;
+    virtual const Schema& schema() const = 0;  ///< Of the chunks that apply yields.
+    virtual Chunk apply(const Chunk& chunk) const = 0;
+};
+
+/// Makes a table of a table, row by row. Its input of type table is its only one, and so is its output.
+class RowWise : public Kind {
+public:
+    /// @throws Failure when schema and values do not go together.
+    virtual std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema,
+                                                  RunContext& context) const = 0;
+};
+
+/// What an accumulator has gathered. A state is filled by one thread.
+class AccumulatorState {
+public:
+    virtual ~AccumulatorState() = default;
+    virtual void fill(const Chunk& chunk) = 0;
+    /// Takes in what stands after this state in chunk order. other is of the same class.
+    virtual void merge(AccumulatorState& other) = 0;
+};
+
+/// What an accumulator does, made for one schema and one set of values.
+/// Threads: newState is called by several threads at once.
+class Accumulation {
+public:
+    virtual ~Accumulation() = default;
+    virtual std::unique_ptr<AccumulatorState> newState() const = 0;
+    /// Called once, with the state of the whole stream; with an empty state when there was no chunk.
+    virtual void finish(AccumulatorState& state, Results& results) = 0;
+};
+
+/// Makes values of a table. Each chunk fills a state of its own; states are merged pairwise in a tree that depends on
+/// the chunk numbers alone, so that the result has the same bits for any number of threads. A kind whose states must
+/// be taken in strictly from first to last, because they are written out, says so.
+class Accumulator : public Kind {
+public:
+    enum class MergeOrder { Tree, FirstToLast };
+    virtual MergeOrder mergeOrder() const { return MergeOrder::Tree; }
+
+    /// @param schema of the table; null when the input takes anything and something else than a table is wired, or
+    ///               nothing: the run then calls newState and finish without a fill.
+    /// @throws Failure when schema and values do not go together.
+    virtual std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                                  RunContext& context) const = 0;
+};
+
+/// Makes values of values.
+class Function : public Kind {
+public:
+    virtual void evaluate(const Arguments& arguments, Results& results, RunContext& context) const = 0;
+};
+
+/// Where a collection puts its kinds when it is loaded.
+class Registry {
+public:
+    virtual ~Registry() = default;
+    /// Name of the group that the kinds added from now on belong to.
+    virtual void group(const std::string& name) = 0;
+    virtual void add(std::unique_ptr<Kind> kind) = 0;
+};
+
+/// Layout of these headers. A collection made for another one is not loaded.
+inline constexpr int sdkVersion = 1;
+
+}  // namespace velmorak
+
+/// Put once into each collection, before a body that registers its kinds:
+///     VELMORAK_COLLECTION(registry) { registry.group("Data"); registry.add(std::make_unique<AidaTable>()); }
+#define VELMORAK_COLLECTION(registry)                                                                       \
+    extern "C" __attribute__((visibility("default"))) const int velmorakSdkVersion;                         \
+    const int velmorakSdkVersion = velmorak::sdkVersion;                                                    \
+    extern "C" __attribute__((visibility("default"))) void QzAnalysisFactory(velmorak::Registry& registry); \
+    void QzAnalysisFactory(velmorak::Registry& registry)
