@@ -1,0 +1,7 @@
+#include "Version.h"
+
+namespace velmorak {
+
+std::string_view version() { return VELMORAK_VERSION; }
+
+}  // namespace velmorak
