@@ -40,6 +40,8 @@ public:
     /// A table is begun, written chunk by chunk and ended; nothing else may be written in between.
     void beginTable(const std::string& name, const std::string& title, const std::string& folder, const Schema& schema);
     void writeRows(const Chunk& chunk);
+    /// Rows that aidaRows has made, in the schema of the table that was begun.
+    void writeRows(const std::string& rows);
     void endTable();
     /// Completes the file. @throws Failure when it could not be written, for example on a full disk.
     void close();

@@ -11,6 +11,16 @@
 
 namespace velmorak {
 
+/// A result file that is being written. Destroyed before keep, it leaves nothing behind.
+class ResultFile {
+public:
+    virtual ~ResultFile() = default;
+    /// Where to write: a temporary name in the folder that the file will stand in.
+    virtual const std::filesystem::path& path() const = 0;
+    /// Gives the closed file its final name. @throws Failure if that cannot be done.
+    virtual void keep() = 0;
+};
+
 /// What one plug-in may ask of the run that executes it.
 /// Threads: every operation may be called on any thread.
 class RunContext {
@@ -37,6 +47,10 @@ public:
     /// @throws Failure if the name is refused or the file cannot be made; and whatever the writer throws.
     virtual void writeResult(const std::string& fileName,
                              const std::function<void(const std::filesystem::path&)>& writer) = 0;
+
+    /// As writeResult, for a file that is written piece by piece while a table passes.
+    /// @throws Failure if the name is refused or the file cannot be made.
+    virtual std::unique_ptr<ResultFile> beginResult(const std::string& fileName) = 0;
 
     /// One line for the user that does not end the plug-in.
     virtual void warn(const std::string& sentence) = 0;
