@@ -1,0 +1,78 @@
+#pragma once
+
+#include <glibmm/refptr.h>
+#include <glibmm/ustring.h>
+#include <goocanvasmm/canvas.h>
+#include <goocanvasmm/rect.h>
+#include <goocanvasmm/text.h>
+
+#include <map>
+#include <vector>
+
+class QzBase;
+class QzManager;
+
+/// The face of one analysis plug-in on the canvas: a box with two title lines and one text for each port shown.
+///
+/// Every item is a direct child of the canvas's root item.
+/// Lengths:  canvas units, y downwards; the library keeps positions with y upwards.
+/// Lifetime: wraps an object of the manager, and has the manager delete it when the node dies (unless released).
+/// Threads:  the main thread only.
+class plugin {
+public:
+    using TextItem = Glib::RefPtr<Goocanvas::Text>;
+
+    /// Wraps `object`, or, where it is null, has the manager create one of the kind with that name and number, under
+    /// a name of its own, at (100, 100) of the library's frame. Draws at once.
+    plugin(QzManager* manager, Goocanvas::Canvas& canvas, QzBase* object, Glib::ustring name, unsigned short kind);
+
+    /// Takes the items off the canvas, then has the manager delete the object.
+    ~plugin();
+
+    plugin(const plugin&) = delete;
+    plugin& operator=(const plugin&) = delete;
+
+    /// Makes all items anew. A redraw keeps the box's y and takes x from the library.
+    void draw();
+
+    /// Moves every item; positions snap to whole units before the step is added.
+    void translate(float dx, float dy);
+
+    /// Above everything else on the canvas, the texts above their box.
+    void raise_to_top();
+
+    QzBase* GetPlugin();
+
+    /// Lets go of the object: it stays in the manager when this node dies.
+    void release();
+
+    Glib::RefPtr<Goocanvas::Rect> box;  ///< Empty until the first draw; its "title" is the object's name.
+    Glib::ustring uniqueName;           ///< Name when the node was made; a later rename does not change it.
+    Glib::ustring kindName;             ///< Second title line.
+    std::vector<TextItem> inputTexts;   ///< In port order; "title" is "input".
+    std::vector<TextItem> outputTexts;  ///< In port order; without "title".
+    std::map<Glib::ustring, unsigned short> inputIndex;   ///< Name of an input: its position in inputTexts.
+    std::map<Glib::ustring, unsigned short> outputIndex;  ///< Name of an output: its position in outputTexts.
+    bool changed = false;  ///< Edited in the variables dialog since the last save. The node itself never reads it.
+
+private:
+    /// Where the box goes and how large it is, header included not.
+    struct Frame {
+        double x, y, width, height;
+    };
+
+    Glib::ustring freeName(const Glib::ustring& wanted) const;
+    Frame measure() const;
+    void removeItems();
+    void drawBox(const Frame& frame);
+    void drawInputs(const Frame& frame);
+    void drawOutputs(const Frame& frame);
+    TextItem addTitle(const Glib::ustring& text, double x, double y, const char* font);
+    TextItem addPort(const Glib::ustring& text, double x, double y, Goocanvas::AnchorType anchor);
+
+    QzManager* manager;
+    Goocanvas::Canvas* canvas;
+    QzBase* object;
+    TextItem titleText;
+    TextItem kindText;
+};

@@ -1,0 +1,149 @@
+#pragma once
+
+#include "PortRef.h"
+#include "exampleWindow.h"
+#include "pluginwindow.h"
+
+#include <glibmm/dispatcher.h>
+#include <glibmm/thread.h>
+#include <goocanvasmm/canvas.h>
+#include <goocanvasmm/path.h>
+#include <gtkmm/actiongroup.h>
+#include <gtkmm/box.h>
+#include <gtkmm/button.h>
+#include <gtkmm/comboboxtext.h>
+#include <gtkmm/menu.h>
+#include <gtkmm/scrolledwindow.h>
+#include <gtkmm/togglebutton.h>
+#include <gtkmm/uimanager.h>
+#include <gtkmm/window.h>
+
+#include <map>
+#include <semaphore>
+#include <string>
+#include <vector>
+
+class plugin;
+class QzBase;
+class QzManager;
+class varWindow;
+
+/// The main window, owner of the whole editing state. Every edit goes one road: the library first, then the node, then
+/// its wires, then the modified flag.
+/// Lifetime: the manager given to setManager outlives the window; the window stops and joins a run that is going on.
+/// Threads:  the main thread only, but for run().
+class vkWindow : public Gtk::Window {
+public:
+    using ItemRef = Glib::RefPtr<Goocanvas::Item>;
+    struct CanvasPoint {
+        double x, y;
+    };
+
+    vkWindow();
+    ~vkWindow() override;
+
+    /// Fills the kind selector, kindMap and the two list dialogs. Called once.
+    void setManager(QzManager& library);
+
+    // Document (vkWindow_document.cpp, vkWindow_save.cpp)
+    void open(const Glib::ustring& file);       ///< Has the library read the file, then builds nodes and paths.
+    void checkOpen(const Glib::ustring& file);  ///< open(), after asking whether the plug-ins there are shall go.
+    void open_call();
+    void save_call();
+    void saveas_call();
+    void on_imgexp();
+
+    // Nodes (vkWindow_nodes.cpp, vkWindow_select.cpp)
+    /// Places an object of the library, or, where it is null, a new plug-in of the kind called `name`.
+    void addPlugin(QzBase* object, Glib::ustring name);
+    /// Moves a plug-in to a new name in all maps; the old name stays a key of pluginMap.
+    /// @return 0xFFFFFFFF when the new name is taken, 0 when the old one is unknown, with nothing changed.
+    unsigned int renamePlugin(const std::string& oldName, const std::string& newName);
+    /// Deletes a plug-in with its connections; the name stays a key of pluginMap and leads to no node any more.
+    void pldelete(const Glib::ustring& name);
+    void on_del();
+    void on_collapse();
+    void on_setstart();
+    bool click(const ItemRef& item, GdkEventButton* event);
+    bool start_drag(const ItemRef& item);
+    bool mouse_drag(const ItemRef& item, GdkEventMotion* event);
+    bool stop_drag(const ItemRef& item, GdkEventButton* event);
+
+    // Wires (vkWindow_wires.cpp, vkWindow_draw.cpp)
+    /// Makes, redraws or replaces the connection into `to`; tells the library unless it knows.
+    void connect(const PortRef& from, const PortRef& to);
+    /// After a node was drawn anew: its colour while selected, the paths that touch it, its signals.
+    void reconnect(Glib::ustring& name);
+    bool start_draw(const ItemRef& item, GdkEventButton* event);
+    bool stop_draw(const ItemRef& item, GdkEventButton* event);
+    bool click_ip(const ItemRef& item, GdkEventButton* event);
+    bool pull_off(const Glib::ustring& port);
+
+    // Run (vkWindow_run.cpp)
+    void setRun();  ///< A click on the start button.
+    void start_button_clicked();
+    void reset_button_clicked();
+    void run();           ///< Body of the worker thread.
+    void after_thread();  ///< End of a run, on the main thread.
+
+    // Menus (vkWindow.cpp, vkWindow_dialogs.cpp)
+    void quit();
+    void on_var();
+    void on_plcoll();
+    void examples_call();
+    void on_zIn();
+    void on_zOut();
+    void on_z0();
+    void about_call();
+    void on_combo_changed();
+
+protected:
+    bool on_delete_event(GdkEventAny* event) override;  ///< Does nothing: the program ends through Quit only.
+
+    void buildActions(), buildMenus(), buildCanvas(), connectSignals(), pack();
+    void bindSignals(plugin& node);  ///< The four kinds of signals of a node's items.
+
+    /// The node of that name, null where there is none (any more). Never inserts.
+    plugin* nodeOf(const Glib::ustring& name) const;
+    /// Every node once, in the order of pluginMap.
+    std::vector<plugin*> liveNodes() const;
+    void retire(plugin* former, plugin* successor);
+    void forgetConnection(const PortRef& input);  ///< Its path off the canvas, out of both maps.
+    void deleteAll();                             ///< pldelete for every key of pluginMap.
+    bool hasChanges();                            ///< Takes over the nodes' changed flags first.
+    void setBoxColour(plugin& node, bool isSelected);
+    CanvasPoint pointerOnCanvas();  ///< Where the pointer is, whatever the scrolling and the zoom.
+
+    QzManager* manager = nullptr;
+    std::map<Glib::ustring, unsigned short> kindMap;
+    std::map<Glib::ustring, plugin*> pluginMap;  ///< Never pruned; a name whose node is gone leads to null.
+    std::map<PortRef, PortRef> connectionMap;    ///< Input: the output that feeds it.
+    std::map<PortRef, Glib::RefPtr<Goocanvas::Path>> pathMap;
+    PluginWindow pluginWindow;
+    ExampleWindow exampleWindow;
+    Gtk::Menu nodeMenu;
+    Gtk::VBox mainBox;
+    Gtk::HBox controlRow;
+    Gtk::ToggleButton startButton;
+    Gtk::Button resetButton;
+    Gtk::ComboBoxText kindSelector;
+    Gtk::ScrolledWindow scroller;
+    Goocanvas::Canvas canvas;
+    Glib::Mutex runMutex;
+    Glib::Dispatcher runFinished;
+    Glib::Thread* worker = nullptr;
+    std::binary_semaphore runEnded{0};  ///< Released by the worker as its last step but one.
+    Glib::RefPtr<Gtk::ActionGroup> actionGroup;
+    Glib::RefPtr<Gtk::UIManager> uiManager;
+    Gtk::Widget* menuBar = nullptr;
+    bool modified = false;
+
+    ItemRef selectedItem;  ///< Box of the selected node, or empty.
+    bool dragging = false;
+    CanvasPoint lastPointer{0, 0};
+    bool wiring = false;
+    Glib::RefPtr<Goocanvas::Path> rubberBand;
+    PortRef wiringSource;
+    CanvasPoint wiringStart{0, 0};
+    varWindow* lastDialog = nullptr;  ///< Written when a variables dialog is made, read nowhere.
+};
