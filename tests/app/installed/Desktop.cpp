@@ -1,0 +1,90 @@
+#include "Desktop.h"
+
+#include <charconv>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+
+namespace {
+
+std::string run(const std::vector<std::string>& command, const std::string& display) {
+    Process process(command, {.environment = {{"DISPLAY", display}}, .folder = {}});
+    process.wait(20000);
+    std::string text = process.output();
+    while (!text.empty() && text.back() == '\n') {
+        text.pop_back();
+    }
+    return text;
+}
+
+}  // namespace
+
+Desktop::Desktop() {
+    // The server chooses a free number itself and says it on the descriptor named: its standard output.
+    server = std::make_unique<Process>(std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0",
+                                                                "1280x900x24", "-nolisten", "tcp", "-noreset"});
+    if (!waitFor([this] { return server->output().ends_with('\n'); })) {
+        throw std::runtime_error("Xvfb did not start: " + server->errors());
+    }
+    displayName = ":" + server->output().substr(0, server->output().find('\n'));
+    manager = std::make_unique<Process>(std::vector<std::string>{"openbox"},
+                                        Process::Setting{.environment = {{"DISPLAY", displayName}}, .folder = {}});
+    const bool isManaged = waitFor([this] {
+        return run({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"}, displayName).find("window id") != std::string::npos;
+    });
+    if (!isManaged) {
+        throw std::runtime_error("openbox did not start: " + manager->errors());
+    }
+}
+
+Process::Setting Desktop::setting(const std::filesystem::path& folder) const {
+    return {.environment = {{"DISPLAY", displayName},
+                            {"WAYLAND_DISPLAY", ""},
+                            {"NO_AT_BRIDGE", "1"},
+                            {"GTK_OVERLAY_SCROLLING", "0"}},
+            .folder = folder};
+}
+
+std::string Desktop::act(const std::vector<std::string>& words) const {
+    std::vector<std::string> command{"xdotool"};
+    command.insert(command.end(), words.begin(), words.end());
+    return run(command, displayName);
+}
+
+void Desktop::pressKeys(const std::vector<std::string>& keys) const {
+    for (const std::string& key : keys) {
+        act({"key", "--delay", "50", key});
+    }
+}
+
+void Desktop::click(int x, int y, int button) const {
+    act({"mousemove", "--sync", std::to_string(x), std::to_string(y), "click", std::to_string(button)});
+}
+
+std::string Desktop::windowOf(const Process& program) const {
+    std::string window;
+    waitFor([&] {
+        const std::string found =
+            act({"search", "--onlyvisible", "--all", "--pid", std::to_string(program.id()), "--class", "."});
+        window = found.substr(0, found.find('\n'));
+        return !window.empty();
+    });
+    return window;
+}
+
+ScreenArea Desktop::areaOf(const std::string& window) const {
+    std::istringstream lines(act({"getwindowgeometry", "--shell", window}));
+    std::map<std::string, int> values;
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t equals = line.find('=');
+        int number = 0;
+        std::from_chars(line.data() + equals + 1, line.data() + line.size(), number);
+        values[line.substr(0, equals)] = number;
+    }
+    return {values["X"], values["Y"], values["WIDTH"], values["HEIGHT"]};
+}
+
+void Desktop::screenshot(const std::filesystem::path& file) const {
+    std::filesystem::create_directories(file.parent_path());
+    run({"import", "-window", "root", file.string()}, displayName);
+}
