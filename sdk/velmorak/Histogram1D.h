@@ -14,7 +14,8 @@ namespace velmorak {
 class Axis {
 public:
     /// Equal bins.
-    /// @throws std::invalid_argument if bins is 0 or not (low < high, both finite).
+    /// @throws std::invalid_argument if bins is 0 or not (low < high, both finite), or where so many bins lie between
+    ///         the two that neighbouring edges would be the same double.
     Axis(std::size_t bins, double low, double high);
     /// @throws std::invalid_argument if there are fewer than two edges, or they are not finite and ascending.
     explicit Axis(std::vector<double> edges);
@@ -22,21 +23,46 @@ public:
     std::size_t bins() const { return allEdges.size() - 1; }
     double low() const { return allEdges.front(); }
     double high() const { return allEdges.back(); }
+    /// The bins are equal: the edges are, to the last bit, those that the first constructor makes.
     bool isRegular() const { return regular; }
     /// bins() + 1 values; the edges of equal bins are low + i * (high - low) / bins, the last one exactly high.
     const std::vector<double>& edges() const { return allEdges; }
     double center(std::size_t bin) const { return 0.5 * (allEdges[bin] + allEdges[bin + 1]); }
     double width(std::size_t bin) const { return allEdges[bin + 1] - allEdges[bin]; }
     /// @return 0 for underflow, 1 + bin inside, bins() + 1 for overflow. Not for NaN. Always agrees with edges().
-    std::size_t cell(double x) const;
+    std::size_t cell(double x) const {
+        if (x < allEdges.front())
+            return 0;
+        if (x >= allEdges.back())
+            return allEdges.size();
+        const std::size_t slice = sliceOf(x);
+        std::size_t position = lookup[slice];
+        const std::size_t end = lookup[slice + 1];
+        if (end - position > 8)
+            return cellBetween(x, position, end);
+        while (position < end && allEdges[position] <= x)
+            ++position;
+        return position;
+    }
 
     std::string title;  ///< With its unit, for example "m(mu+ mu-) [GeV]".
 
     bool operator==(const Axis& other) const { return allEdges == other.allEdges; }
 
 private:
+    void buildLookup();
+    std::size_t cellBetween(double x, std::size_t begin, std::size_t end) const;
+    /// Never falls as x rises, also after rounding. An edge in an earlier slice than x is therefore below x, one in a
+    /// later slice above it, and only the edges in x's own slice must be compared.
+    std::size_t sliceOf(double edgeOrX) const {
+        if (slicesPerUnit == 0.0)  // The span, or its inverse, is no finite double.
+            return 0;
+        const auto slice = static_cast<std::size_t>((edgeOrX - allEdges.front()) * slicesPerUnit);
+        return slice < lookup.size() - 2 ? slice : lookup.size() - 2;
+    }
+
     std::vector<double> allEdges;
-    std::vector<std::uint32_t> lookup;  ///< Cell below which the search begins, for each slice of the axis.
+    std::vector<std::uint32_t> lookup;  ///< Edges that lie in the slices before each slice of the axis.
     double slicesPerUnit = 0.0;
     bool regular = false;
 };
@@ -76,6 +102,8 @@ public:
     /// Fills whose coordinate or weight was NaN; they are in no cell.
     std::int64_t nanEntries() const { return nans; }
 
+    /// An infinite coordinate counts in underflow or overflow, and leaves that cell's wx and wxx alone. An infinite
+    /// weight is added like any other.
     void fill(double value, double weight = 1.0);
     /// Fills count values in order; weights is null for a weight of 1 each.
     void fill(const double* values, const double* weights, std::size_t count);
@@ -90,7 +118,8 @@ public:
     BinSums inRange() const;
     /// Weighted mean of the in-range fills, from the exact sums; NaN without fills.
     double mean() const;
-    /// Population standard deviation of the in-range fills, from the exact sums; NaN without fills.
+    /// Population standard deviation of the in-range fills, from the exact sums; NaN without fills; 0 where rounding
+    /// or negative weights leave no positive variance.
     double rms() const;
 
     /// Everything as bytes that fromBytes reads on any machine of the same kind; crosses a process border.

@@ -25,8 +25,8 @@ std::string_view nameOf(ColumnType type);
 struct ColumnInfo {
     std::string name;
     ColumnType type = ColumnType::Real;
-    bool isList = false;  ///< Each row holds any number of values (nested rows).
-    std::string unit;     ///< Empty when unknown.
+    bool isList = false;    ///< Each row holds any number of values (nested rows).
+    std::string unit = {};  ///< Empty when unknown.
 
     bool operator==(const ColumnInfo&) const = default;
 };

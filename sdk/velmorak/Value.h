@@ -40,7 +40,9 @@ using Value = std::variant<std::monostate, double, std::string, DataObjectPtr>;
 /// Shortest decimal text that reads back as the same number; "NaN", "Infinity", "-Infinity". Never uses the locale.
 std::string textOf(double number);
 
-/// Reads what textOf writes, and any decimal number with optional sign and blanks around it. Never uses the locale.
+/// Reads what textOf writes, and any decimal number with optional sign and blanks around it; also "nan", "inf" and
+/// "infinity" in any case. A number beyond the range of a double is rounded like any other: 1e999 is Infinity, 1e-999
+/// is 0. Never uses the locale.
 /// @return false, with number unchanged, when the text is anything else.
 bool readNumber(std::string_view text, double& number);
 

@@ -1,0 +1,75 @@
+#include "velmorak/Table.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <stdexcept>
+
+namespace velmorak {
+namespace {
+
+ColumnPtr lists() {
+    return std::make_shared<Column>(Column{Column::Integers{1, 2, 3, 4, 5, 6}, {0, 2, 2, 5, 6}});
+}
+
+TEST(Schema, findsAColumnByName) {
+    const Schema schema({{"energy", ColumnType::Real, false, "GeV"}, {"tag", ColumnType::Text, false, ""}});
+    EXPECT_EQ(schema.find("tag"), 1U);
+    EXPECT_FALSE(schema.find("Tag"));
+}
+
+TEST(Schema, refusesTwoColumnsOfOneName) {
+    EXPECT_THROW(Schema({{"a"}, {"b"}, {"a"}}), std::invalid_argument);
+    Schema schema({{"a"}});
+    EXPECT_THROW(schema.add({"a"}), std::invalid_argument);
+    EXPECT_EQ(schema.size(), 1U);
+}
+
+TEST(KeepRows, keepsThemInOrder) {
+    const Column texts{Column::Texts{"a", "b", "c"}, {}};
+    EXPECT_EQ(keepRows(texts, {1, 0, 7})->texts(), (Column::Texts{"a", "c"}));
+}
+
+TEST(KeepRows, movesTheListsOfAListColumnTogether) {
+    const auto kept = keepRows(*lists(), {0, 1, 1, 0});
+    EXPECT_EQ(kept->integers(), (Column::Integers{3, 4, 5}));
+    EXPECT_EQ(kept->offsets, (std::vector<std::uint64_t>{0, 0, 3}));
+}
+
+TEST(KeepRows, leavesAListColumnAListWhenNoRowRemains) {
+    const auto kept = keepRows(*lists(), {0, 0, 0, 0});
+    EXPECT_TRUE(kept->isList());
+    EXPECT_EQ(kept->valueCount(), 0U);
+}
+
+TEST(KeepRows, refusesAFilterOfAnotherLength) {
+    EXPECT_THROW(keepRows(*lists(), {1, 1}), std::invalid_argument);
+}
+
+TEST(AsReals, convertsNumbersAndBooleans) {
+    const auto booleans = std::make_shared<Column>(Column{Column::Booleans{1, 0}, {}});
+    EXPECT_EQ(asReals(booleans)->reals(), (Column::Reals{1.0, 0.0}));
+    const auto integers = asReals(lists());
+    EXPECT_EQ(integers->reals(), (Column::Reals{1, 2, 3, 4, 5, 6}));
+    EXPECT_EQ(integers->offsets, lists()->offsets);
+}
+
+TEST(AsReals, givesRealsBackThemselves) {
+    const auto reals = std::make_shared<Column>(Column{Column::Reals{1.5}, {}});
+    EXPECT_EQ(asReals(reals).get(), reals.get());
+}
+
+TEST(AsReals, makesATextNotANumber) {
+    const auto texts = std::make_shared<Column>(Column{Column::Texts{"1"}, {}});
+    EXPECT_TRUE(std::isnan(asReals(texts)->reals()[0]));
+}
+
+TEST(ColumnTypeName, isWhatTheUserSees) {
+    EXPECT_EQ(nameOf(ColumnType::Real), "real");
+    EXPECT_EQ(nameOf(ColumnType::Integer), "integer");
+    EXPECT_EQ(nameOf(ColumnType::Boolean), "boolean");
+    EXPECT_EQ(nameOf(ColumnType::Text), "text");
+}
+
+}  // namespace
+}  // namespace velmorak
