@@ -32,10 +32,10 @@ struct PipelineNode {
 
 /// What a run works on: a copy of the pipeline made when the run begins. Edits made during the run do not reach it.
 struct Pipeline {
-    std::vector<PipelineNode> nodes;          ///< Element 0 is the start plug-in.
-    std::filesystem::path documentFolder;     ///< Where relative input files are looked for first; may be empty.
-    std::filesystem::path resultsFolder;      ///< Made when the first result is written.
-    std::filesystem::path commandLineAida;    ///< Empty when none was given.
+    std::vector<PipelineNode> nodes;        ///< Element 0 is the start plug-in.
+    std::filesystem::path documentFolder;   ///< Where relative input files are looked for first; may be empty.
+    std::filesystem::path resultsFolder;    ///< Made when the first result is written.
+    std::filesystem::path commandLineAida;  ///< Empty when none was given.
 };
 
 }  // namespace velmorak

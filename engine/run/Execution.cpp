@@ -1,0 +1,264 @@
+#include "Execution.h"
+
+#include "StreamPass.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+namespace velmorak {
+
+Execution::Execution(RunState& state, ResultStore& store, FileDigests& digests, std::size_t threads)
+    : state(state),
+      store(store),
+      digests(digests),
+      threads(threads),
+      number(store.beginRun()),
+      keys(contentKeys(state)),
+      files(state.runs.size()) {}
+
+RunReport Execution::run() {
+    findNeeded();
+    settleObjections();
+    do {
+        sweep();
+    } while (!state.isStopping() && passNext());
+    settleRest();
+    keepResults();
+    RunReport report;
+    for (NodeRun& run : state.runs) {
+        report.wasStopped = report.wasStopped || run.report.outcome == Outcome::Unfinished;
+        report.nodes.push_back(std::move(run.report));
+    }
+    return report;
+}
+
+void Execution::findNeeded() {
+    std::vector<std::size_t> open;
+    for (std::size_t i = 0; i < state.runs.size(); ++i) {
+        if (state.plan.isAsked(i)) {
+            state.runs[i].isNeeded = true;
+            open.push_back(i);
+        }
+    }
+    while (!open.empty()) {
+        const std::size_t position = open.back();
+        open.pop_back();
+        for (const std::size_t feeder : state.plan.feeders(position)) {
+            if (state.runs[feeder].isNeeded) {
+                continue;
+            }
+            state.runs[feeder].isNeeded = true;
+            if (!reuse(feeder)) {
+                open.push_back(feeder);
+            }
+        }
+    }
+}
+
+bool Execution::reuse(std::size_t position) {
+    if (!keys[position] || state.plan.isStream(position)) {
+        return false;
+    }
+    std::optional<StoredResult> stored = store.find(*keys[position]);
+    if (!stored) {
+        return false;
+    }
+    for (const FileContent& file : stored->files) {
+        if (digests.of(resolved(state.pipeline, file.file), state.stopping) != file.digest) {
+            return false;
+        }
+    }
+    files[position] = std::move(stored->files);
+    state.finish(position, Outcome::Reused, std::move(stored->outputs));
+    return true;
+}
+
+void Execution::settleObjections() {
+    for (std::size_t i = 0; i < state.runs.size(); ++i) {
+        if (!state.runs[i].isNeeded || state.runs[i].isSettled) {
+            continue;
+        }
+        if (const std::string sentence = state.plan.objection(i); !sentence.empty()) {
+            state.fail(i, {sentence});
+        }
+    }
+}
+
+void Execution::sweep() {
+    for (const std::size_t position : state.plan.order()) {
+        if (state.runs[position].isNeeded && !state.runs[position].isSettled) {
+            visit(position);
+        }
+    }
+}
+
+void Execution::visit(std::size_t position) {
+    for (const std::size_t feeder : state.plan.feeders(position)) {
+        if (state.hasFailed(feeder)) {
+            state.skip(position, state.runs[feeder].cause);
+            return;
+        }
+    }
+    const bool isValueOnly = !state.plan.isStream(position) && !state.plan.tableFeeder(position);
+    if (isValueOnly && state.hasArguments(position) && !state.isStopping()) {
+        evaluate(position);
+    }
+}
+
+void Execution::evaluate(std::size_t position) {
+    const Stopwatch watch(state, position);
+    const Kind* kind = state.node(position).kind;
+    NodeResults results(state.node(position).outputs);
+    const std::optional<Problem> problem = problemIn([&] {
+        if (const auto* function = dynamic_cast<const Function*>(kind)) {
+            evaluateFunction(*function, position, results);
+        } else if (const auto* accumulator = dynamic_cast<const Accumulator*>(kind)) {
+            evaluateUnfilled(*accumulator, position, results);
+        }
+    });
+    if (problem) {
+        state.fail(position, *problem);
+    } else {
+        state.finish(position, Outcome::Done, results.values());
+    }
+}
+
+void Execution::evaluateFunction(const Function& function, std::size_t position, NodeResults& results) {
+    function.evaluate(state.arguments(position), results, *state.runs[position].context);
+}
+
+void Execution::evaluateUnfilled(const Accumulator& accumulator, std::size_t position, NodeResults& results) {
+    const NodeArguments arguments = state.arguments(position);
+    const auto accumulation = accumulator.prepare(arguments, nullptr, *state.runs[position].context);
+    const auto empty = accumulation->newState();
+    accumulation->finish(*empty, results);
+}
+
+bool Execution::isTarget(std::size_t position) const {
+    const NodeRun& run = state.runs[position];
+    if (!run.isNeeded || run.isSettled) {
+        return false;
+    }
+    if (!state.plan.isStream(position)) {
+        return state.plan.tableFeeder(position).has_value();
+    }
+    // The rows of a table that nothing takes are passed for the sake of what is said about them.
+    return !run.hasPassed && state.plan.isAsked(position) && state.plan.consumers(position).empty();
+}
+
+std::optional<std::size_t> Execution::sourceOf(std::size_t position) const {
+    std::optional<std::size_t> at = position;
+    while (at && state.plan.shape(*at) != Shape::Source) {
+        at = state.plan.tableFeeder(*at);
+    }
+    return at;
+}
+
+bool Execution::isReady(std::size_t target) const {
+    for (std::optional<std::size_t> at = target; at; at = state.plan.tableFeeder(*at)) {
+        if (state.hasFailed(*at) || !state.hasArguments(*at)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool Execution::passNext() {
+    // A source whose plug-ins all can take part goes first: those of the others may become ready meanwhile, which
+    // saves a pass.
+    std::optional<std::size_t> best;
+    std::size_t fewestWaiting = 0;
+    for (const std::size_t source : state.plan.order()) {
+        std::size_t ready = 0;
+        std::size_t waiting = 0;
+        for (std::size_t i = 0; i < state.runs.size(); ++i) {
+            if (isTarget(i) && sourceOf(i) == source) {
+                ++(isReady(i) ? ready : waiting);
+            }
+        }
+        if (ready > 0 && (!best || waiting < fewestWaiting)) {
+            best = source;
+            fewestWaiting = waiting;
+        }
+    }
+    if (!best) {
+        return false;
+    }
+    StreamPass(state, *best, stepsFor(*best)).execute(threads);
+    return true;
+}
+
+std::vector<std::size_t> Execution::stepsFor(std::size_t source) const {
+    std::set<std::size_t> wanted;
+    for (std::size_t i = 0; i < state.runs.size(); ++i) {
+        if (isTarget(i) && sourceOf(i) == source && isReady(i)) {
+            for (std::size_t at = i; at != source; at = *state.plan.tableFeeder(at)) {
+                wanted.insert(at);
+            }
+        }
+    }
+    std::vector<std::size_t> steps;
+    std::copy_if(state.plan.order().begin(), state.plan.order().end(), std::back_inserter(steps),
+                 [&](std::size_t node) { return wanted.count(node) > 0; });
+    return steps;
+}
+
+void Execution::settleRest() {
+    for (std::size_t i = 0; i < state.runs.size(); ++i) {
+        NodeRun& run = state.runs[i];
+        if (!run.isNeeded || run.isSettled) {
+            continue;
+        }
+        run.isSettled = true;
+        if (run.hasPassed && !state.isStopping()) {
+            run.report.outcome = Outcome::Done;
+        } else if (state.isStopping()) {
+            run.report.outcome = Outcome::Unfinished;
+            run.report.sentence = "not finished because the run was stopped";
+        } else {
+            run.report.outcome = Outcome::Skipped;
+            run.report.sentence = "not run because nothing that it feeds could run";
+        }
+    }
+}
+
+void Execution::keepResults() {
+    for (const std::size_t position : state.plan.order()) {
+        const NodeRun& run = state.runs[position];
+        if (!run.isNeeded || run.report.outcome == Outcome::Reused) {
+            continue;
+        }
+        files[position] = filesOf(position);
+        // What has left a file is done again, so that the file is there again.
+        if (run.report.outcome == Outcome::Done && !state.plan.isStream(position) && keys[position] &&
+            files[position] && !run.context->hasWritten()) {
+            store.keep(number, *keys[position], {run.report.outputs, *files[position]});
+        }
+    }
+}
+
+std::optional<std::vector<FileContent>> Execution::filesOf(std::size_t position) {
+    std::vector<FileContent> all;
+    for (const std::size_t feeder : state.plan.feeders(position)) {
+        if (!files[feeder]) {
+            return std::nullopt;
+        }
+        all.insert(all.end(), files[feeder]->begin(), files[feeder]->end());
+    }
+    for (const AskedFile& asked : state.runs[position].context->askedFiles()) {
+        const std::filesystem::path path = resolved(state.pipeline, asked.file);
+        const std::optional<Digest> digest = digests.of(path, state.stopping);
+        // A file that has changed since then may not be what the result was made from.
+        if (!digest || stampOf(path) != asked.stamp) {
+            return std::nullopt;
+        }
+        all.push_back({asked.file, *digest});
+    }
+    std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.file < b.file; });
+    all.erase(std::unique(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.file == b.file; }),
+              all.end());
+    return all;
+}
+
+}  // namespace velmorak

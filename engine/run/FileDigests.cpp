@@ -1,0 +1,72 @@
+#include "FileDigests.h"
+
+#include <sys/stat.h>
+
+#include <chrono>
+#include <fstream>
+#include <vector>
+
+namespace velmorak {
+namespace {
+
+constexpr std::int64_t nsPerSecond = 1'000'000'000;
+constexpr std::size_t blockBytes = std::size_t{1} << 18;
+
+std::int64_t nanoseconds(const timespec& time) {
+    return std::int64_t{time.tv_sec} * nsPerSecond + std::int64_t{time.tv_nsec};
+}
+
+std::int64_t nowNs() {
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch())
+        .count();
+}
+
+std::optional<Digest> read(const std::filesystem::path& file, const std::atomic<bool>& stopping) {
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream) {
+        return std::nullopt;
+    }
+    Digester digester;
+    std::vector<char> block(blockBytes);
+    while (stream) {
+        if (stopping) {
+            return std::nullopt;
+        }
+        stream.read(block.data(), static_cast<std::streamsize>(block.size()));
+        digester.add(block.data(), static_cast<std::size_t>(stream.gcount()));
+    }
+    return stream.bad() ? std::nullopt : std::optional(digester.finish());
+}
+
+}  // namespace
+
+std::optional<FileStamp> stampOf(const std::filesystem::path& file) {
+    struct stat status {};
+    if (stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+    return FileStamp{status.st_dev, status.st_ino, status.st_size, nanoseconds(status.st_mtim),
+                     nanoseconds(status.st_ctim)};
+}
+
+std::optional<Digest> FileDigests::of(const std::filesystem::path& file, const std::atomic<bool>& stopping) {
+    const std::optional<FileStamp> stamp = stampOf(file);
+    if (!stamp) {
+        return std::nullopt;
+    }
+    const auto found = known.find(file);
+    // File systems count time in steps of up to two seconds.
+    if (found != known.end() && found->second.stamp == *stamp &&
+        stamp->changedNs < found->second.readNs - 2 * nsPerSecond) {
+        return found->second.digest;
+    }
+    const std::int64_t readNs = nowNs();
+    const std::optional<Digest> digest = read(file, stopping);
+    if (!digest || stampOf(file) != stamp) {
+        return std::nullopt;
+    }
+    known[file] = {*stamp, *digest, readNs};
+    return digest;
+}
+
+}  // namespace velmorak

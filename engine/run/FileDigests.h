@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Digest.h"
+
+#include <atomic>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+
+namespace velmorak {
+
+/// What the file system knows of a file's state. Whoever changes the content changes the stamp; a stamp may change
+/// while the content stays.
+struct FileStamp {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::int64_t size = 0;
+    std::int64_t modifiedNs = 0;
+    std::int64_t changedNs = 0;
+
+    bool operator==(const FileStamp&) const = default;
+};
+
+/// @return nothing when there is no such file, or it is no plain file.
+std::optional<FileStamp> stampOf(const std::filesystem::path& file);
+
+/// Content sums of files. A file is read again only when its stamp has changed, or is so young that a change right
+/// after the reading could have left the stamp as it was.
+class FileDigests {
+public:
+    /// @return nothing when the file cannot be read, changes meanwhile, or stopping is set first.
+    std::optional<Digest> of(const std::filesystem::path& file, const std::atomic<bool>& stopping);
+
+private:
+    struct Known {
+        FileStamp stamp;
+        Digest digest{};
+        std::int64_t readNs = 0;  ///< When the reading began.
+    };
+
+    std::map<std::filesystem::path, Known> known;
+};
+
+}  // namespace velmorak

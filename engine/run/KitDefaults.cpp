@@ -1,0 +1,29 @@
+#include <velmorak/Kind.h>
+
+namespace velmorak {
+
+Failure::Failure(std::string inputName, const std::string& sentence)
+    : std::runtime_error(sentence), inputName(std::move(inputName)) {}
+
+std::string Kind::refusal(const std::string& /*input*/, const std::string& /*value*/) const {
+    return {};
+}
+
+std::vector<std::filesystem::path> Source::files(const Arguments& /*arguments*/, RunContext& /*context*/) const {
+    return {};
+}
+
+HistogramPtr Arguments::histogram(const std::string& input) const {
+    const Value& arrived = value(input);
+    if (std::holds_alternative<std::monostate>(arrived)) {
+        throw Failure(input, isWired(input) ? "a table is wired where a histogram is needed" : "nothing is wired");
+    }
+    const auto* object = std::get_if<DataObjectPtr>(&arrived);
+    HistogramPtr histogram = object ? std::dynamic_pointer_cast<const Histogram1D>(*object) : nullptr;
+    if (!histogram) {
+        throw Failure(input, "what is wired is no one-dimensional histogram");
+    }
+    return histogram;
+}
+
+}  // namespace velmorak

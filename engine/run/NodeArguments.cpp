@@ -1,0 +1,167 @@
+#include "NodeArguments.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+#include <utility>
+
+namespace velmorak {
+namespace {
+
+std::string inQuotes(const std::string& text) {
+    return "\"" + text + "\"";
+}
+
+void checkNumber(const InputSpec& spec, double number) {
+    const bool isBounded = std::isfinite(spec.minimum) || std::isfinite(spec.maximum);
+    if (number < spec.minimum) {
+        throw Failure(spec.name, textOf(number) + " is less than " + textOf(spec.minimum));
+    }
+    if (number > spec.maximum) {
+        throw Failure(spec.name, textOf(number) + " is more than " + textOf(spec.maximum));
+    }
+    if ((isBounded || spec.isInteger) && std::isnan(number)) {
+        throw Failure(spec.name, textOf(number) + " cannot be used here");
+    }
+    if (spec.isInteger && number != std::trunc(number)) {
+        throw Failure(spec.name, textOf(number) + " is not a whole number");
+    }
+}
+
+void checkChoice(const InputSpec& spec, const std::string& text) {
+    if (!spec.choices.empty() && std::find(spec.choices.begin(), spec.choices.end(), text) == spec.choices.end()) {
+        throw Failure(spec.name, inQuotes(text) + " is none of its choices");
+    }
+}
+
+/// @return the type of a value that is there.
+ValueType typeOf(const Value& value) {
+    if (std::holds_alternative<double>(value)) {
+        return ValueType::Number;
+    }
+    return std::holds_alternative<std::string>(value) ? ValueType::Text : std::get<DataObjectPtr>(value)->type();
+}
+
+}  // namespace
+
+bool isWritable(ValueType type) {
+    return type == ValueType::Number || type == ValueType::Text || type == ValueType::Choice;
+}
+
+bool mayFeed(ValueType output, ValueType input) {
+    return input == ValueType::Any || output == ValueType::Any || output == input ||
+           (isWritable(output) && isWritable(input));
+}
+
+NodeArguments::NodeArguments(const PipelineNode& node, const std::vector<Arrival>& arrivals) {
+    for (std::size_t i = 0; i < node.inputs.size(); ++i) {
+        entries.emplace(node.inputs[i].spec.name, entryOf(node.inputs[i], arrivals[i]));
+    }
+}
+
+NodeArguments::Entry NodeArguments::entryOf(const PipelineInput& input, const Arrival& arrival) {
+    const InputSpec& spec = input.spec;
+    Entry entry{&spec, arrival, input.value};
+    const bool hasArrived = !std::holds_alternative<std::monostate>(arrival.value);
+    if (hasArrived && !mayFeed(typeOf(arrival.value), spec.type)) {
+        throw Failure(spec.name, "a " + std::string(nameOf(typeOf(arrival.value))) + " has come where a " +
+                                     std::string(nameOf(spec.type)) + " is needed");
+    }
+    if (!isWritable(spec.type)) {
+        return entry;
+    }
+    if (const auto* number = std::get_if<double>(&arrival.value)) {
+        entry.text = textOf(*number);
+        entry.number = *number;
+        entry.hasNumber = true;
+    } else if (const auto* text = std::get_if<std::string>(&arrival.value)) {
+        entry.text = *text;
+    }
+    if (spec.type == ValueType::Number && !entry.hasNumber && (hasArrived || !entry.text.empty())) {
+        entry.hasNumber = readNumber(entry.text, entry.number);
+        if (!entry.hasNumber) {
+            throw Failure(spec.name, inQuotes(entry.text) + " is no number");
+        }
+    }
+    if (entry.hasNumber && spec.type == ValueType::Number) {
+        checkNumber(spec, entry.number);
+    }
+    if (spec.type == ValueType::Choice) {
+        checkChoice(spec, entry.text);
+    }
+    return entry;
+}
+
+const NodeArguments::Entry& NodeArguments::find(const std::string& input) const {
+    const auto found = entries.find(input);
+    if (found == entries.end()) {
+        throw std::logic_error("the kind asks for an input \"" + input + "\" that it does not have");
+    }
+    return found->second;
+}
+
+const NodeArguments::Entry& NodeArguments::findNumber(const std::string& input) const {
+    const Entry& entry = find(input);
+    if (entry.spec->type != ValueType::Number) {
+        throw std::logic_error("the kind asks for a number from its input \"" + input + "\"");
+    }
+    if (!entry.hasNumber) {
+        throw Failure(input, "it has no value");
+    }
+    return entry;
+}
+
+double NodeArguments::number(const std::string& input) const {
+    return findNumber(input).number;
+}
+
+std::int64_t NodeArguments::integer(const std::string& input) const {
+    const double number = findNumber(input).number;
+    // 2^63 is the first number above all of them.
+    if (!(number >= -0x1p63 && number < 0x1p63) || number != std::trunc(number)) {
+        throw Failure(input, textOf(number) + " is not a whole number that can be used");
+    }
+    return static_cast<std::int64_t>(number);
+}
+
+const std::string& NodeArguments::text(const std::string& input) const {
+    const Entry& entry = find(input);
+    if (entry.spec->type != ValueType::Text && entry.spec->type != ValueType::Choice) {
+        throw std::logic_error("the kind asks for a text from its input \"" + input + "\"");
+    }
+    return entry.text;
+}
+
+const Value& NodeArguments::value(const std::string& input) const {
+    const Entry& entry = find(input);
+    if (isWritable(entry.spec->type)) {
+        throw std::logic_error("the kind asks for an object from its input \"" + input + "\"");
+    }
+    return entry.arrival.value;
+}
+
+bool NodeArguments::isWired(const std::string& input) const {
+    return find(input).arrival.isWired;
+}
+
+const std::string& NodeArguments::sourceName(const std::string& input) const {
+    return find(input).arrival.sourceName;
+}
+
+NodeResults::NodeResults(const std::vector<OutputSpec>& outputs) : outputs(outputs), all(outputs.size()) {}
+
+void NodeResults::set(const std::string& output, Value value) {
+    const auto found =
+        std::find_if(outputs.begin(), outputs.end(), [&](const OutputSpec& spec) { return spec.name == output; });
+    if (found == outputs.end()) {
+        throw std::logic_error("the kind sets an output \"" + output + "\" that it does not have");
+    }
+    const auto* object = std::get_if<DataObjectPtr>(&value);
+    if (std::holds_alternative<std::monostate>(value) || (object && !*object) || !mayFeed(typeOf(value), found->type)) {
+        throw std::logic_error("the kind sets its output \"" + output + "\" to something that is no " +
+                               std::string(nameOf(found->type)));
+    }
+    all[static_cast<std::size_t>(found - outputs.begin())] = std::move(value);
+}
+
+}  // namespace velmorak

@@ -1,0 +1,70 @@
+#include "NodeContext.h"
+
+#include <system_error>
+
+namespace velmorak {
+
+namespace fs = std::filesystem;
+
+std::string titleOf(const PipelineNode& node) {
+    return node.kindName + " \"" + node.name + "\"";
+}
+
+fs::path resolved(const Pipeline& pipeline, const NamedFile& file) {
+    if (!file) {
+        return pipeline.commandLineAida;
+    }
+    const fs::path named(*file);
+    if (named.is_absolute()) {
+        return named;
+    }
+    const fs::path beside = pipeline.documentFolder / named;
+    std::error_code error;
+    if (!pipeline.documentFolder.empty() && !fs::exists(beside, error) && fs::exists(named, error)) {
+        return named;
+    }
+    return beside;
+}
+
+NodeContext::NodeContext(const RunSurroundings& surroundings, const PipelineNode& node)
+    : around(surroundings), node(node) {}
+
+fs::path NodeContext::inputFile(const std::string& text) const {
+    if (text.empty()) {
+        throw Failure("no file is named");
+    }
+    watch(text);
+    return resolved(around.pipeline, text);
+}
+
+fs::path NodeContext::commandLineAida() const {
+    watch(std::nullopt);
+    return around.pipeline.commandLineAida;
+}
+
+void NodeContext::writeResult(const std::string& fileName, const std::function<void(const fs::path&)>& writer) {
+    const std::unique_ptr<ResultFile> file = beginResult(fileName);
+    writer(file->path());
+    file->keep();
+}
+
+std::unique_ptr<ResultFile> NodeContext::beginResult(const std::string& fileName) {
+    wrote = true;
+    return around.results.begin(node.name, fileName);
+}
+
+void NodeContext::warn(const std::string& sentence) {
+    around.messages.line(titleOf(node) + ": warning: " + sentence);
+}
+
+void NodeContext::watch(const NamedFile& file) const {
+    const std::scoped_lock lock(mutex);
+    asked.push_back({file, stampOf(resolved(around.pipeline, file))});
+}
+
+std::vector<AskedFile> NodeContext::askedFiles() const {
+    const std::scoped_lock lock(mutex);
+    return asked;
+}
+
+}  // namespace velmorak

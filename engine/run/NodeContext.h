@@ -1,0 +1,70 @@
+#pragma once
+
+#include "FileDigests.h"
+#include "Messages.h"
+#include "Pipeline.h"
+#include "ResultFolder.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velmorak {
+
+/// What all plug-ins of one run share.
+struct RunSurroundings {
+    const Pipeline& pipeline;
+    const std::atomic<bool>& stopping;
+    Messages& messages;
+    ResultFolder& results;
+};
+
+/// A file by the text that names it, so that another document finds its own file by the same text. Without a text:
+/// the AIDA file of the command line.
+using NamedFile = std::optional<std::string>;
+
+/// @return the path that a text in a document means: beside the document, or else in the current folder.
+std::filesystem::path resolved(const Pipeline& pipeline, const NamedFile& file);
+
+/// A file as it was when a plug-in asked for it.
+struct AskedFile {
+    NamedFile file;
+    std::optional<FileStamp> stamp;
+};
+
+/// What the run lets one plug-in do.
+class NodeContext : public RunContext {
+public:
+    /// @param surroundings and node outlive this.
+    NodeContext(const RunSurroundings& surroundings, const PipelineNode& node);
+
+    bool isStopping() const override { return around.stopping.load(std::memory_order_relaxed); }
+    const std::string& pluginName() const override { return node.name; }
+    std::filesystem::path inputFile(const std::string& text) const override;
+    std::filesystem::path commandLineAida() const override;
+    void writeResult(const std::string& fileName,
+                     const std::function<void(const std::filesystem::path&)>& writer) override;
+    std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override;
+    void warn(const std::string& sentence) override;
+
+    /// Notes a file that decides what the plug-in gives.
+    void watch(const NamedFile& file) const;
+    /// Files that the plug-in depends on.
+    std::vector<AskedFile> askedFiles() const;
+    bool hasWritten() const { return wrote; }
+
+private:
+    const RunSurroundings& around;
+    const PipelineNode& node;
+    mutable std::mutex mutex;
+    mutable std::vector<AskedFile> asked;
+    std::atomic<bool> wrote = false;
+};
+
+/// @return kind and name as they stand at the beginning of a message: Histogram1D "mass".
+std::string titleOf(const PipelineNode& node);
+
+}  // namespace velmorak

@@ -1,0 +1,231 @@
+#include "Plan.h"
+
+#include "NodeArguments.h"
+
+#include <algorithm>
+#include <deque>
+
+namespace velmorak {
+namespace {
+
+std::string article(const std::string& noun) {
+    return (std::string("aeiou").find(noun.front()) == std::string::npos ? "a " : "an ") + noun;
+}
+
+std::string typeName(ValueType type) {
+    return std::string(nameOf(type));
+}
+
+std::string aboutInput(const std::string& input, const std::string& sentence) {
+    return "input \"" + input + "\": " + sentence;
+}
+
+}  // namespace
+
+Shape shapeOf(const Kind* kind) {
+    if (dynamic_cast<const Source*>(kind)) {
+        return Shape::Source;
+    }
+    if (dynamic_cast<const RowWise*>(kind)) {
+        return Shape::RowWise;
+    }
+    if (dynamic_cast<const Accumulator*>(kind)) {
+        return Shape::Accumulator;
+    }
+    return dynamic_cast<const Function*>(kind) ? Shape::Function : Shape::Unknown;
+}
+
+Plan::Plan(const Pipeline& pipeline)
+    : pipeline(pipeline),
+      feedersOf(pipeline.nodes.size()),
+      consumersOf(pipeline.nodes.size()),
+      unordered(pipeline.nodes.size(), true),
+      asked(pipeline.nodes.size(), false),
+      tables(pipeline.nodes.size()) {
+    for (const PipelineNode& node : pipeline.nodes) {
+        shapes.push_back(shapeOf(node.kind));
+    }
+    connect();
+    sort();
+    ask();
+}
+
+bool Plan::isStream(std::size_t node) const {
+    return shapes[node] == Shape::Source || shapes[node] == Shape::RowWise;
+}
+
+void Plan::connect() {
+    for (std::size_t node = 0; node < pipeline.nodes.size(); ++node) {
+        for (const PipelineInput& input : pipeline.nodes[node].inputs) {
+            if (!input.wire || input.wire->node >= pipeline.nodes.size()) {
+                continue;
+            }
+            const std::size_t feeder = input.wire->node;
+            std::vector<std::size_t>& known = feedersOf[node];
+            if (std::find(known.begin(), known.end(), feeder) == known.end()) {
+                known.push_back(feeder);
+                consumersOf[feeder].push_back(node);
+            }
+            if (!tables[node] && bringsTable(input)) {
+                tables[node] = feeder;
+            }
+        }
+    }
+}
+
+void Plan::sort() {
+    std::vector<std::size_t> waitsFor(pipeline.nodes.size());
+    std::deque<std::size_t> ready;
+    for (std::size_t node = 0; node < pipeline.nodes.size(); ++node) {
+        waitsFor[node] = feedersOf[node].size();
+        if (waitsFor[node] == 0) {
+            ready.push_back(node);
+        }
+    }
+    for (; !ready.empty(); ready.pop_front()) {
+        const std::size_t node = ready.front();
+        ordered.push_back(node);
+        unordered[node] = false;
+        for (const std::size_t consumer : consumersOf[node]) {
+            if (--waitsFor[consumer] == 0) {
+                ready.push_back(consumer);
+            }
+        }
+    }
+    for (std::size_t node = 0; node < pipeline.nodes.size(); ++node) {
+        if (unordered[node]) {
+            ordered.push_back(node);
+        }
+    }
+}
+
+void Plan::ask() {
+    std::vector<std::size_t> reached;
+    if (!pipeline.nodes.empty()) {
+        reached.push_back(0);
+        asked[0] = true;
+    }
+    while (!reached.empty()) {
+        const std::size_t node = reached.back();
+        reached.pop_back();
+        for (const std::size_t consumer : consumersOf[node]) {
+            if (!asked[consumer]) {
+                asked[consumer] = true;
+                reached.push_back(consumer);
+            }
+        }
+    }
+}
+
+const OutputSpec* Plan::outputOf(const PipelineWire& wire) const {
+    const std::vector<OutputSpec>& outputs = pipeline.nodes[wire.node].outputs;
+    const auto found =
+        std::find_if(outputs.begin(), outputs.end(), [&](const OutputSpec& spec) { return spec.name == wire.output; });
+    return found == outputs.end() ? nullptr : &*found;
+}
+
+bool Plan::bringsTable(const PipelineInput& input) const {
+    if (!input.wire || input.wire->node >= pipeline.nodes.size()) {
+        return false;
+    }
+    const OutputSpec* output = outputOf(*input.wire);
+    return output && output->type == ValueType::Table && isStream(input.wire->node);
+}
+
+std::string Plan::objection(std::size_t node) const {
+    const PipelineNode& asked = pipeline.nodes[node];
+    if (!asked.kind) {
+        return "no collection of this build offers the kind \"" + asked.kindName + "\"";
+    }
+    if (shapes[node] == Shape::Unknown) {
+        return "the kind is neither source, row-wise, accumulator nor function";
+    }
+    if (unordered[node]) {
+        if (std::string sentence = cycleSentence(node); !sentence.empty()) {
+            return sentence;
+        }
+    }
+    for (const PipelineInput& input : asked.inputs) {
+        if (const std::string sentence = inputObjection(node, input); !sentence.empty()) {
+            return aboutInput(input.spec.name, sentence);
+        }
+    }
+    return shapeObjection(node);
+}
+
+std::string Plan::inputObjection(std::size_t node, const PipelineInput& input) const {
+    const InputSpec& spec = input.spec;
+    if (!input.wire) {
+        const bool isMissing = !isWritable(spec.type) && !spec.isOptional;
+        return isMissing ? "nothing is wired where " + article(typeName(spec.type)) + " is needed" : "";
+    }
+    if (input.wire->node >= pipeline.nodes.size()) {
+        return "it is wired to a plug-in that is not there";
+    }
+    const PipelineNode& feeder = pipeline.nodes[input.wire->node];
+    const OutputSpec* output = outputOf(*input.wire);
+    if (!feeder.kind) {
+        return "";  // Its own failure says more.
+    }
+    if (!output) {
+        return "\"" + feeder.name + "\" has no output \"" + input.wire->output + "\"";
+    }
+    if (!mayFeed(output->type, spec.type)) {
+        return "output \"" + output->name + "\" of \"" + feeder.name + "\" is " + article(typeName(output->type)) +
+               ", where " + article(typeName(spec.type)) + " is needed";
+    }
+    const bool takesTables = shapes[node] == Shape::RowWise || shapes[node] == Shape::Accumulator;
+    if (output->type == ValueType::Table && !takesTables) {
+        return "output \"" + output->name + "\" of \"" + feeder.name + "\" is a table, which this kind cannot take";
+    }
+    return "";
+}
+
+std::string Plan::shapeObjection(std::size_t node) const {
+    const PipelineInput* first = nullptr;
+    for (const PipelineInput& input : pipeline.nodes[node].inputs) {
+        if (!bringsTable(input)) {
+            continue;
+        }
+        if (first) {
+            return aboutInput(input.spec.name, "a table comes by input \"" + first->spec.name +
+                                                   "\" already, and a plug-in can take only one");
+        }
+        first = &input;
+    }
+    return shapes[node] == Shape::RowWise && !first ? "no table is wired" : "";
+}
+
+std::string Plan::cycleSentence(std::size_t node) const {
+    // The shortest way back, found from the node against the wires.
+    std::vector<std::optional<std::size_t>> next(pipeline.nodes.size());
+    std::deque<std::size_t> reached{node};
+    for (; !reached.empty() && !next[node]; reached.pop_front()) {
+        for (const std::size_t feeder : feedersOf[reached.front()]) {
+            if (!next[feeder]) {
+                next[feeder] = reached.front();
+                reached.push_back(feeder);
+            }
+        }
+    }
+    if (!next[node]) {
+        return "";
+    }
+    const std::size_t after = *next[node];
+    std::string way;
+    std::size_t before = node;
+    for (std::size_t at = after; at != node; at = *next[at]) {
+        way += " -> \"" + pipeline.nodes[at].name + "\"";
+        before = at;
+    }
+    std::string sentence = "its result would feed itself: \"" + pipeline.nodes[node].name + "\"" + way + " -> \"" +
+                           pipeline.nodes[node].name + "\"";
+    for (const PipelineInput& input : pipeline.nodes[node].inputs) {
+        if (input.wire && input.wire->node == before) {
+            return aboutInput(input.spec.name, sentence);
+        }
+    }
+    return sentence;
+}
+
+}  // namespace velmorak

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "Pipeline.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velmorak {
+
+enum class Shape { Unknown, Source, RowWise, Accumulator, Function };
+
+Shape shapeOf(const Kind* kind);
+
+/// What the wires of a pipeline mean for its run, before anything is executed.
+class Plan {
+public:
+    /// @param pipeline outlives this.
+    explicit Plan(const Pipeline& pipeline);
+
+    /// All plug-ins, each after those that feed it, as far as there is no cycle.
+    const std::vector<std::size_t>& order() const { return ordered; }
+    /// Plug-ins that feed this one, in the order of its inputs, each once.
+    const std::vector<std::size_t>& feeders(std::size_t node) const { return feedersOf[node]; }
+    const std::vector<std::size_t>& consumers(std::size_t node) const { return consumersOf[node]; }
+    /// The start plug-in, and all that is downstream of it.
+    bool isAsked(std::size_t node) const { return asked[node]; }
+    Shape shape(std::size_t node) const { return shapes[node]; }
+    /// A source or row-wise plug-in: its rows pass and are not kept.
+    bool isStream(std::size_t node) const;
+    /// The plug-in whose table comes into this one.
+    std::optional<std::size_t> tableFeeder(std::size_t node) const { return tables[node]; }
+    /// @return empty, or why the plug-in cannot run, as a sentence.
+    std::string objection(std::size_t node) const;
+
+private:
+    void connect();
+    void sort();
+    void ask();
+    std::string cycleSentence(std::size_t node) const;
+    std::string inputObjection(std::size_t node, const PipelineInput& input) const;
+    std::string shapeObjection(std::size_t node) const;
+    const OutputSpec* outputOf(const PipelineWire& wire) const;
+    bool bringsTable(const PipelineInput& input) const;
+
+    const Pipeline& pipeline;
+    std::vector<Shape> shapes;
+    std::vector<std::vector<std::size_t>> feedersOf;
+    std::vector<std::vector<std::size_t>> consumersOf;
+    std::vector<std::size_t> ordered;
+    std::vector<bool> unordered;  ///< On a cycle or downstream of one.
+    std::vector<bool> asked;
+    std::vector<std::optional<std::size_t>> tables;
+};
+
+}  // namespace velmorak

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <exception>
+#include <optional>
+#include <string>
+
+namespace velmorak {
+
+/// What ended the work of a plug-in.
+struct Problem {
+    std::string sentence;     ///< Names the input where the plug-in did.
+    bool wasStopped = false;  ///< The plug-in ended because the run was asked to.
+};
+
+/// Says what an exception out of a kind means to the user.
+Problem problemOf(const std::exception_ptr& exception);
+
+/// Calls a piece of a kind. Whatever it throws ends here, as a problem.
+template <typename Work>
+std::optional<Problem> problemIn(Work&& work) {
+    try {
+        work();
+        return std::nullopt;
+    } catch (...) {
+        return problemOf(std::current_exception());
+    }
+}
+
+}  // namespace velmorak

@@ -1,0 +1,127 @@
+#include "ResultFolder.h"
+
+#include <velmorak/Failure.h>
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <string>
+#include <system_error>
+#include <utility>
+
+namespace velmorak {
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void refuse(const std::string& fileName, const std::string& reason) {
+    throw Failure("the file \"" + fileName + "\" " + reason);
+}
+
+/// A file that goes when its holder goes, unless it was kept.
+class TemporaryFile : public ResultFile {
+public:
+    TemporaryFile(fs::path temporary, fs::path file, std::string fileName, const std::atomic<bool>& stopping)
+        : temporary(std::move(temporary)), file(std::move(file)), fileName(std::move(fileName)), stopping(stopping) {}
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~TemporaryFile() override {
+        if (!isKept) {
+            std::error_code ignored;
+            fs::remove(temporary, ignored);
+        }
+    }
+
+    const fs::path& path() const override { return temporary; }
+
+    void keep() override {
+        if (stopping) {
+            throw Stopped();
+        }
+        std::error_code error;
+        if (!fs::exists(temporary, error)) {
+            refuse(fileName, "was not written");
+        }
+        fs::rename(temporary, file, error);
+        if (error) {
+            refuse(fileName, "cannot be put in its place: " + error.message());
+        }
+        isKept = true;
+    }
+
+private:
+    fs::path temporary;
+    fs::path file;
+    std::string fileName;
+    const std::atomic<bool>& stopping;
+    bool isKept = false;
+};
+
+bool isBelow(const fs::path& path, const fs::path& folder) {
+    return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first == folder.end();
+}
+
+/// The path with links followed as far as it exists.
+fs::path followed(const fs::path& path) {
+    const fs::path absolute = fs::absolute(path).lexically_normal();
+    return fs::weakly_canonical(absolute.has_filename() ? absolute : absolute.parent_path());
+}
+
+}  // namespace
+
+ResultFolder::ResultFolder(fs::path folder, bool mayWriteAnywhere, const std::atomic<bool>& stopping)
+    : folder(std::move(folder)), mayWriteAnywhere(mayWriteAnywhere), stopping(stopping) {}
+
+std::unique_ptr<ResultFile> ResultFolder::begin(const std::string& plugin, const std::string& fileName) {
+    const fs::path file = place(fileName);
+    claim(file, plugin, fileName);
+    std::error_code error;
+    fs::create_directories(file.parent_path(), error);
+    if (error) {
+        refuse(fileName,
+               "cannot be written: the folder " + file.parent_path().string() + " cannot be made: " + error.message());
+    }
+    if (fs::is_directory(file, error)) {
+        refuse(fileName, "cannot be written: a folder has that name");
+    }
+    return std::make_unique<TemporaryFile>(temporaryFor(file), file, fileName, stopping);
+}
+
+fs::path ResultFolder::place(const std::string& fileName) const {
+    const fs::path name(fileName);
+    if (fileName.empty()) {
+        throw Failure("the name of the file to write is empty");
+    }
+    if (fileName.find('\0') != std::string::npos || !name.has_filename() || name.filename() == "." ||
+        name.filename() == "..") {
+        refuse(fileName, "cannot be written: this is no name of a file");
+    }
+    if (folder.empty() && name.is_relative()) {
+        refuse(fileName, "cannot be written: there is no results folder");
+    }
+    const fs::path base = folder.empty() ? fs::path() : followed(folder);
+    // Links are followed in the folder's part only: the file itself is replaced, whatever it is.
+    const fs::path file = followed((folder / name).parent_path()) / name.filename();
+    const bool climbs = std::find(name.begin(), name.end(), "..") != name.end();
+    if (!mayWriteAnywhere && (name.is_absolute() || climbs || !isBelow(file, base))) {
+        refuse(fileName, "lies outside the results folder; VELMORAK_WRITE_ANYWHERE=1 would allow it");
+    }
+    return file;
+}
+
+void ResultFolder::claim(const fs::path& file, const std::string& plugin, const std::string& fileName) {
+    const std::scoped_lock lock(mutex);
+    const auto [owner, isNew] = owners.emplace(file, plugin);
+    if (!isNew && owner->second != plugin) {
+        refuse(fileName, "is already written by \"" + owner->second + "\"");
+    }
+}
+
+fs::path ResultFolder::temporaryFor(const fs::path& file) {
+    const std::scoped_lock lock(mutex);
+    // Some writers choose the format by the ending, so it stays.
+    return file.parent_path() / fmt::format(".velmorak-{}-{}{}", getpid(), temporaries++, file.extension().string());
+}
+
+}  // namespace velmorak

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Digest.h"
+#include "NodeContext.h"
+
+#include <velmorak/Value.h>
+
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace velmorak {
+
+/// A file that a result depends on, and what it held then.
+struct FileContent {
+    NamedFile file;
+    Digest digest{};
+};
+
+/// What is kept of a plug-in that has done its work.
+struct StoredResult {
+    std::vector<Value> outputs;
+    std::vector<FileContent> files;  ///< Its own and those of all that is upstream of it.
+};
+
+/// Results by what they were made from. What the last runs neither used nor made is forgotten.
+/// Threads: every operation may be called on any thread.
+class ResultStore {
+public:
+    /// @return a number for keep: after clear, a run that had begun before keeps nothing.
+    std::uint64_t beginRun();
+    std::optional<StoredResult> find(const Digest& key);
+    void keep(std::uint64_t run, const Digest& key, StoredResult result);
+    void clear();
+
+private:
+    struct Entry {
+        StoredResult result;
+        std::uint64_t lastUse = 0;
+    };
+
+    std::mutex mutex;
+    std::map<Digest, Entry> entries;
+    std::uint64_t runs = 0;
+    std::uint64_t firstRun = 0;  ///< First run after the last clear.
+};
+
+}  // namespace velmorak

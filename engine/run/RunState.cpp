@@ -1,0 +1,106 @@
+#include "RunState.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+
+namespace velmorak {
+namespace {
+
+bool mayWriteAnywhere() {
+    const char* setting = std::getenv("VELMORAK_WRITE_ANYWHERE");
+    return setting && std::string_view(setting) == "1";
+}
+
+}  // namespace
+
+RunState::RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, Messages& messages)
+    : pipeline(pipeline),
+      stopping(stopping),
+      messages(messages),
+      plan(pipeline),
+      results(pipeline.resultsFolder, mayWriteAnywhere(), stopping),
+      around{pipeline, stopping, messages, results},
+      runs(pipeline.nodes.size()) {
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        runs[i].report.outputs.resize(node(i).outputs.size());
+        runs[i].context = std::make_unique<NodeContext>(around, node(i));
+    }
+}
+
+bool RunState::isDone(std::size_t position) const {
+    const NodeRun& run = runs[position];
+    return run.isSettled && (run.report.outcome == Outcome::Done || run.report.outcome == Outcome::Reused);
+}
+
+bool RunState::hasFailed(std::size_t position) const {
+    const Outcome outcome = runs[position].report.outcome;
+    return outcome == Outcome::Failed || outcome == Outcome::Skipped;
+}
+
+bool RunState::hasArguments(std::size_t position) const {
+    const std::vector<std::size_t>& feeders = plan.feeders(position);
+    return std::all_of(feeders.begin(), feeders.end(),
+                       [this](std::size_t feeder) { return plan.isStream(feeder) || isDone(feeder); });
+}
+
+Arrival RunState::arrival(const PipelineInput& input) const {
+    if (!input.wire) {
+        return {};
+    }
+    const PipelineNode& feeder = node(input.wire->node);
+    Arrival arrival{true, feeder.name, {}};
+    for (std::size_t i = 0; i < feeder.outputs.size(); ++i) {
+        if (feeder.outputs[i].name != input.wire->output || feeder.outputs[i].type == ValueType::Table) {
+            continue;
+        }
+        arrival.value = runs[input.wire->node].report.outputs[i];
+        if (std::holds_alternative<std::monostate>(arrival.value)) {
+            throw Failure(input.spec.name, "\"" + feeder.name + "\" gave no \"" + input.wire->output + "\"");
+        }
+    }
+    return arrival;
+}
+
+NodeArguments RunState::arguments(std::size_t position) const {
+    std::vector<Arrival> arrivals;
+    for (const PipelineInput& input : node(position).inputs) {
+        arrivals.push_back(arrival(input));
+    }
+    return {node(position), arrivals};
+}
+
+void RunState::fail(std::size_t position, const Problem& problem) {
+    NodeRun& run = runs[position];
+    run.isSettled = true;
+    run.report.outputs.assign(node(position).outputs.size(), {});
+    if (problem.wasStopped && isStopping()) {
+        run.report.outcome = Outcome::Unfinished;
+        return;
+    }
+    run.report.outcome = Outcome::Failed;
+    run.report.sentence = problem.sentence;
+    run.cause = node(position).name;
+    messages.line(titleOf(node(position)) + " failed: " + problem.sentence);
+}
+
+void RunState::skip(std::size_t position, const std::string& cause) {
+    NodeRun& run = runs[position];
+    run.isSettled = true;
+    run.report.outcome = Outcome::Skipped;
+    run.report.sentence = "not run because of \"" + cause + "\"";
+    run.cause = cause;
+}
+
+void RunState::finish(std::size_t position, Outcome outcome, std::vector<Value> outputs) {
+    runs[position].isSettled = true;
+    runs[position].report.outcome = outcome;
+    runs[position].report.outputs = std::move(outputs);
+}
+
+void RunState::addSeconds(std::size_t position, std::chrono::nanoseconds time) {
+    runs[position].report.seconds += std::chrono::duration<double>(time).count();
+}
+
+}  // namespace velmorak

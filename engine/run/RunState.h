@@ -1,0 +1,74 @@
+#pragma once
+
+#include "NodeArguments.h"
+#include "NodeContext.h"
+#include "Plan.h"
+#include "Problem.h"
+#include "Runner.h"
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velmorak {
+
+/// Where one plug-in stands in a run.
+struct NodeRun {
+    bool isNeeded = false;
+    bool isSettled = false;  ///< Its outcome stands.
+    bool hasPassed = false;  ///< Of a stream: at least one pass went through to its end.
+    NodeReport report;
+    std::string cause;  ///< Of a failed or skipped plug-in: the one that failed.
+    std::unique_ptr<NodeContext> context;
+};
+
+/// Everything that one run knows. Used by one thread at a time, but for what the contexts do.
+class RunState {
+public:
+    /// @param pipeline, stopping and messages outlive this.
+    RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, Messages& messages);
+
+    const PipelineNode& node(std::size_t position) const { return pipeline.nodes[position]; }
+    bool isStopping() const { return stopping; }
+    /// Executed, or taken from the store.
+    bool isDone(std::size_t position) const;
+    bool hasFailed(std::size_t position) const;
+    /// All that feeds the plug-in with values is done.
+    bool hasArguments(std::size_t position) const;
+    /// @throws Failure when a value is not what the input takes.
+    NodeArguments arguments(std::size_t position) const;
+
+    /// Sets the outcome of a plug-in that could not do its work; a failure is said at once.
+    void fail(std::size_t position, const Problem& problem);
+    void skip(std::size_t position, const std::string& cause);
+    void finish(std::size_t position, Outcome outcome, std::vector<Value> outputs);
+    void addSeconds(std::size_t position, std::chrono::nanoseconds time);
+
+    const Pipeline& pipeline;
+    const std::atomic<bool>& stopping;
+    Messages& messages;
+    Plan plan;
+    ResultFolder results;
+    RunSurroundings around;
+    std::vector<NodeRun> runs;  ///< Parallel to the pipeline's nodes.
+
+private:
+    Arrival arrival(const PipelineInput& input) const;
+};
+
+/// Times what a plug-in does on the run's own thread, into its seconds.
+class Stopwatch {
+public:
+    Stopwatch(RunState& state, std::size_t node) : state(state), node(node) {}
+    Stopwatch(const Stopwatch&) = delete;
+    Stopwatch& operator=(const Stopwatch&) = delete;
+    ~Stopwatch() { state.addSeconds(node, std::chrono::steady_clock::now() - begin); }
+
+private:
+    RunState& state;
+    std::size_t node;
+    std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
+};
+
+}  // namespace velmorak

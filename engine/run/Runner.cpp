@@ -1,0 +1,119 @@
+#include "Runner.h"
+
+#include "Execution.h"
+#include "Summary.h"
+
+#include <oneapi/tbb/global_control.h>
+#include <oneapi/tbb/info.h>
+#include <oneapi/tbb/task_arena.h>
+
+#include <algorithm>
+#include <atomic>
+#include <charconv>
+#include <cstdlib>
+#include <mutex>
+#include <string_view>
+
+namespace velmorak {
+namespace {
+
+constexpr int mostThreads = 1024;
+
+/// @return the number of threads that the environment asks for, or that the machine has.
+int threadCount(Messages& messages) {
+    const int cores = oneapi::tbb::info::default_concurrency();
+    const char* setting = std::getenv("VELMORAK_THREADS");
+    if (!setting || *setting == '\0') {
+        return cores;
+    }
+    const std::string_view text(setting);
+    int threads = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), threads);
+    if (error == std::errc() && end == text.data() + text.size() && threads >= 1 && threads <= mostThreads) {
+        return threads;
+    }
+    messages.line("VELMORAK_THREADS=" + std::string(text) + " is no number of threads; all cores are used");
+    return cores;
+}
+
+}  // namespace
+
+bool RunReport::hasFailure() const {
+    return std::any_of(nodes.begin(), nodes.end(),
+                       [](const NodeReport& node) { return node.outcome == Outcome::Failed; });
+}
+
+struct Runner::Part {
+    Part(std::ostream& stream, bool isTerminal) : messages(stream, isTerminal) {}
+
+    RunReport execute(const Pipeline& pipeline, const std::atomic<bool>& stopping);
+    void summarise(const Pipeline& pipeline, const RunReport& report);
+
+    Messages messages;
+    ResultStore store;
+    FileDigests digests;
+    std::mutex mutex;
+    std::shared_ptr<std::atomic<bool>> stopping;  ///< Of the run that is going on; null without one.
+};
+
+RunReport Runner::Part::execute(const Pipeline& pipeline, const std::atomic<bool>& stopping) {
+    const int threads = threadCount(messages);
+    const oneapi::tbb::global_control allowance(oneapi::tbb::global_control::max_allowed_parallelism,
+                                                static_cast<std::size_t>(threads));
+    oneapi::tbb::task_arena arena(threads);
+    messages.beginProgress();
+    RunReport report;
+    arena.execute([&] {
+        RunState state(pipeline, stopping, messages);
+        report = Execution(state, store, digests, static_cast<std::size_t>(threads)).run();
+    });
+    summarise(pipeline, report);
+    return report;
+}
+
+void Runner::Part::summarise(const Pipeline& pipeline, const RunReport& report) {
+    for (std::size_t i = 0; i < report.nodes.size(); ++i) {
+        // Failures were said when they happened.
+        if (report.nodes[i].outcome == Outcome::Failed || report.nodes[i].outcome == Outcome::NotAsked) {
+            continue;
+        }
+        messages.line(summaryLine(pipeline.nodes[i], report.nodes[i]));
+    }
+    if (report.wasStopped) {
+        messages.line("The run was stopped.");
+    }
+}
+
+Runner::Runner(std::ostream& messages, bool isTerminal) : part(std::make_unique<Part>(messages, isTerminal)) {}
+
+Runner::~Runner() = default;
+
+RunReport Runner::run(const Pipeline& pipeline) {
+    const auto stopping = std::make_shared<std::atomic<bool>>(false);
+    {
+        const std::scoped_lock lock(part->mutex);
+        part->stopping = stopping;
+    }
+    RunReport report;
+    if (const auto problem = problemIn([&] { report = part->execute(pipeline, *stopping); })) {
+        report.nodes.assign(pipeline.nodes.size(), {Outcome::Failed, problem->sentence, 0, 0, 0.0, {}});
+        part->messages.line("The run failed: " + problem->sentence);
+    }
+    const std::scoped_lock lock(part->mutex);
+    part->stopping = nullptr;
+    return report;
+}
+
+void Runner::stop() {
+    const std::scoped_lock lock(part->mutex);
+    if (part->stopping) {
+        *part->stopping = true;
+    }
+}
+
+void Runner::reset() {
+    part->store.clear();
+    stop();
+}
+
+}  // namespace velmorak
