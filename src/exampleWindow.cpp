@@ -1,0 +1,74 @@
+#include "exampleWindow.h"
+
+#include "QzManager.h"
+#include "vkWindow.h"
+
+#include <cstdint>
+
+ExampleWindow::ModelColumns::ModelColumns() {
+    add(name);
+    add(directory);
+}
+
+ExampleWindow::ExampleWindow(vkWindow* main) : mainWindow(main) {
+    set_title("Examples");
+    set_border_width(5);
+    set_default_size(400, 200);
+    pack();
+    button.signal_clicked().connect(sigc::mem_fun(*this, &ExampleWindow::on_button_open));
+    tree = Gtk::TreeStore::create(columns);
+    treeView.set_model(tree);
+    treeView.set_reorderable(false);
+    treeView.append_column("Example", columns.name);
+    treeView.signal_row_activated().connect(sigc::mem_fun(*this, &ExampleWindow::on_treeview_row_activated));
+    show_all_children();
+}
+
+void ExampleWindow::pack() {
+    add(box);
+    scroller.add(treeView);
+    scroller.set_policy(Gtk::POLICY_AUTOMATIC, Gtk::POLICY_AUTOMATIC);
+    box.pack_start(scroller, Gtk::PACK_EXPAND_WIDGET);
+    box.pack_start(buttonBox, Gtk::PACK_SHRINK);
+    buttonBox.pack_start(button, Gtk::PACK_SHRINK);
+    buttonBox.set_border_width(5);
+    buttonBox.set_layout(Gtk::BUTTONBOX_END);
+}
+
+void ExampleWindow::setManager() {
+    const auto& examples = QzManager::GetExamples();
+    std::string groupName;
+    Gtk::TreeIter group;
+    // Counted like the kinds, with 16 bits.
+    for (std::uint16_t number = 0; number < examples.size(); ++number) {  // NOLINT(bugprone-too-small-loop-variable)
+        const QzExample& example = examples[number];
+        if (example.group != groupName) {
+            groupName = example.group;
+            group = tree->append();
+            group->set_value(columns.name, Glib::ustring(groupName));
+        }
+        append(example, group);
+    }
+}
+
+void ExampleWindow::append(const QzExample& example, const Gtk::TreeIter& group) {
+    const auto row = group ? tree->append(group->children()) : tree->append();
+    row->set_value(columns.name, Glib::ustring(example.name));
+    row->set_value(columns.directory, Glib::ustring(example.directory));
+}
+
+void ExampleWindow::select(Gtk::TreeIter& row) {
+    if (row && tree->iter_depth(row) != 0) {
+        mainWindow->checkOpen(row->get_value(columns.directory) + '/' + row->get_value(columns.name));
+    }
+}
+
+void ExampleWindow::on_treeview_row_activated(const Gtk::TreePath& path, Gtk::TreeViewColumn* /*column*/) {
+    auto row = tree->get_iter(path);
+    select(row);
+}
+
+void ExampleWindow::on_button_open() {
+    auto row = treeView.get_selection()->get_selected();
+    select(row);
+}

@@ -1,0 +1,76 @@
+#include "summary.h"
+
+#include <array>
+#include <istream>
+#include <string_view>
+
+namespace {
+
+constexpr std::size_t lineBuffer = 512;  // 511 characters and the end mark
+
+bool contains(const std::string& line, std::string_view mark) {
+    return line.find(mark) != std::string::npos;
+}
+
+// Out of range, deliberately, for a heading without a name.
+std::string headingName(const std::string& line) {
+    constexpr auto border = "- ";
+    const std::string name = line.substr(line.find_first_not_of(border));
+    return name.substr(0, name.find_last_not_of(border) + 1);
+}
+
+class Reader {
+public:
+    void take(const std::string& line) {
+        if (contains(line, "====")) {
+            isInBlock = true;
+        } else if (contains(line, "----")) {
+            name = headingName(line);
+            isInBlock = true;
+        } else if (isInBlock) {
+            takeInBlock(line);
+        }
+    }
+
+    Summary summary;
+
+private:
+    void takeInBlock(const std::string& line) {
+        if (line.empty() || line == "Inputs:" || line == "Outputs:") {
+            closeBlock();
+        } else if (text.empty()) {
+            text = line;
+        } else {
+            // Deliberate: a tooltip shows the first line; those that follow only make it taller.
+            text += '\n';
+        }
+    }
+
+    void closeBlock() {
+        if (name.empty()) {
+            summary.collection = text;
+        } else {
+            summary.kinds[name] = text;
+        }
+        name.clear();
+        text.clear();
+        isInBlock = false;
+    }
+
+    bool isInBlock = false;
+    std::string name;  // of the kind whose description is being read; empty under a collection's heading
+    std::string text;
+};
+
+}  // namespace
+
+Summary readSummary(std::istream& text) {
+    Reader reader;
+    std::array<char, lineBuffer> line{};
+    while (text.good()) {
+        // A read that fails at the end leaves an empty line, which closes the last block.
+        text.getline(line.data(), line.size());
+        reader.take(line.data());
+    }
+    return reader.summary;
+}
