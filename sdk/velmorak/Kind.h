@@ -16,11 +16,11 @@
 namespace velmorak {
 
 struct InputSpec {
-    std::string name;         ///< One word.
-    std::string description;  ///< A sentence that a physicist understands, with the unit where there is one.
+    std::string name{};         ///< One word.
+    std::string description{};  ///< A sentence that a physicist understands, with the unit where there is one.
     ValueType type = ValueType::Number;
-    std::string value;  ///< Text that a new plug-in begins with; empty where only a wire brings something.
-    std::vector<std::string> choices;                           ///< Of a choice: the texts that are allowed.
+    std::string value{};  ///< Text that a new plug-in begins with; empty where only a wire brings something.
+    std::vector<std::string> choices{};                         ///< Of a choice: the texts that are allowed.
     double minimum = -std::numeric_limits<double>::infinity();  ///< Of a number.
     double maximum = std::numeric_limits<double>::infinity();
     bool isInteger = false;   ///< Of a number: no fraction.
@@ -28,8 +28,8 @@ struct InputSpec {
 };
 
 struct OutputSpec {
-    std::string name;
-    std::string description;
+    std::string name{};
+    std::string description{};
     ValueType type = ValueType::Number;
 };
 
