@@ -1,0 +1,131 @@
+#include "AidaWriter.h"
+
+#include "AidaOutput.h"
+#include "Ports.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+/// Rows of one chunk, made ready by many threads; the file takes them in one after the other.
+class Rows : public AccumulatorState {
+public:
+    explicit Rows(AidaOutput& target) : output(target) {}
+
+    void fill(const Chunk& chunk) override { text += aidaRows(output.schema(), chunk); }
+
+    void merge(AccumulatorState& other) override {
+        handOver();
+        static_cast<Rows&>(other).handOver();
+    }
+
+    void handOver() {
+        output.appendRows(text);
+        text.clear();
+    }
+
+private:
+    AidaOutput& output;
+    std::string text;
+};
+
+class Writing : public Accumulation {
+public:
+    Writing(AidaContents contents, RunContext& context)
+        : output(std::make_unique<AidaOutput>(std::move(contents), context)) {}
+
+    std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<Rows>(*output); }
+
+    void finish(AccumulatorState& state, Results&) override {
+        static_cast<Rows&>(state).handOver();
+        output->complete();
+    }
+
+private:
+    std::unique_ptr<AidaOutput> output;
+};
+
+/// @return the histogram at the input, or null for a table, which does not come as a value.
+HistogramPtr histogramOrTable(const Arguments& arguments, const std::string& input) {
+    if (!arguments.isWired(input))
+        throw Failure(input, "nothing is wired");
+    const Value& value = arguments.value(input);
+    if (std::holds_alternative<std::monostate>(value))
+        return nullptr;
+    if (!std::holds_alternative<DataObjectPtr>(value))
+        throw Failure(input, "a number or text has no place in an AIDA file; wire a table or a histogram");
+    return arguments.histogram(input);
+}
+
+std::string unusedName(const std::string& name, const std::vector<AidaContents::Object>& objects) {
+    std::string candidate = name;
+    const auto hasCandidate = [&](const AidaContents::Object& object) { return object.name == candidate; };
+    for (int number = 2; std::any_of(objects.begin(), objects.end(), hasCandidate); ++number)
+        candidate = name + "_" + textOf(number);
+    return candidate;
+}
+
+std::vector<AidaContents::Object> objectsOf(const Arguments& arguments) {
+    std::vector<AidaContents::Object> objects;
+    bool hasTable = false;
+    for (const std::string& input : numberedInputs(arguments, "objects", "object")) {
+        HistogramPtr histogram = histogramOrTable(arguments, input);
+        if (!histogram && std::exchange(hasTable, true))
+            throw Failure(input, "a second table cannot go into the same file; use another AidaWriter for it");
+        const bool hasName = histogram && !histogram->name.empty();
+        const std::string& name = hasName ? histogram->name : arguments.sourceName(input);
+        objects.push_back({.name = unusedName(name, objects), .histogram = std::move(histogram)});
+    }
+    return objects;
+}
+
+}  // namespace
+
+std::string AidaWriterKind::summary() const {
+    return "Writes a table and histograms into one AIDA file, from which every number reads back to the last bit.";
+}
+
+Ports AidaWriterKind::ports(const ValueTexts& values) const {
+    const InputSpec object = {.name = "object",
+                              .description =
+                                  "Histogram or table to write, under the name of the plug-in that made it. At "
+                                  "most one of a writer's objects is a table.",
+                              .type = ValueType::Any};
+    Ports ports;
+    ports.inputs = {
+        object,
+        {.name = "file",
+         .description = "Name of the file in the results folder. Empty: the name of this plug-in with .aida.",
+         .type = ValueType::Text},
+        {.name = "folder",
+         .description = "Folder of the objects in the file, for example /run1.",
+         .type = ValueType::Text,
+         .value = "/"},
+        countInput("objects", "Number of objects to write, 1 to 16; each has an input of its own."),
+    };
+    addNumbered(ports, object, numberedCount(values, "objects"));
+    return ports;
+}
+
+std::string AidaWriterKind::refusal(const std::string& input, const std::string& value) const {
+    if (input == "folder" && !value.starts_with('/'))
+        return "The folder begins with \"/\".";
+    return {};
+}
+
+std::unique_ptr<Accumulation> AidaWriterKind::prepare(const Arguments& arguments, const Schema* schema,
+                                                      RunContext& context) const {
+    AidaContents contents;
+    contents.fileName =
+        arguments.text("file").empty() ? asFileName(context.pluginName()) + ".aida" : arguments.text("file");
+    contents.folder = arguments.text("folder");
+    contents.objects = objectsOf(arguments);
+    if (schema != nullptr)
+        contents.schema = *schema;
+    return std::make_unique<Writing>(std::move(contents), context);
+}
+
+}  // namespace velmorak

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <velmorak/Kind.h>
+
+namespace velmorak {
+
+/// Writes what is wired to it into one AIDA file. A table is written while it passes, so it may be larger than memory.
+class AidaWriterKind : public Accumulator {
+public:
+    std::string name() const override { return "AidaWriter"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    MergeOrder mergeOrder() const override { return MergeOrder::FirstToLast; }
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
+
+}  // namespace velmorak

@@ -1,0 +1,142 @@
+#include "Gnuplot.h"
+
+#include <velmorak/Failure.h>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <system_error>
+
+namespace velmorak {
+
+namespace {
+
+constexpr int stopPollMs = 50;
+constexpr std::size_t mostComplaint = 2000;
+
+/// What the plotter says goes through here; closed at both ends with the object.
+struct Pipe {
+    Pipe() {
+        if (pipe2(ends.data(), O_CLOEXEC) != 0)
+            throw Failure("no pipe to gnuplot could be made: " + std::generic_category().message(errno));
+    }
+    ~Pipe() {
+        close(ends[0]);
+        closeWriter();
+    }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+
+    void closeWriter() {
+        if (ends[1] >= 0)
+            close(ends[1]);
+        ends[1] = -1;
+    }
+
+    std::array<int, 2> ends{-1, -1};
+};
+
+/// A gnuplot that is running; it is ended, and waited for, with the object.
+class Child {
+public:
+    Child(const std::filesystem::path& folder, const std::string& script, const Pipe& errors) {
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addchdir_np(&actions, folder.c_str());
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_adddup2(&actions, errors.ends[1], STDERR_FILENO);
+        std::string program = "gnuplot";
+        std::string noStartFile = "-d";
+        std::string argument = script;
+        std::array<char*, 4> arguments = {program.data(), noStartFile.data(), argument.data(), nullptr};
+        const int error = posix_spawnp(&id, "gnuplot", &actions, nullptr, arguments.data(), environ);
+        posix_spawn_file_actions_destroy(&actions);
+        if (error == ENOENT)
+            throw Failure("gnuplot is not installed; the Debian package gnuplot-nox brings it");
+        if (error != 0)
+            throw Failure("gnuplot could not be started: " + std::generic_category().message(error));
+    }
+    ~Child() {
+        if (isRunning) {
+            kill(id, SIGKILL);
+            wait();
+        }
+    }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    /// @return true if the program ended without an error.
+    bool wait() {
+        int status = 0;
+        while (waitpid(id, &status, 0) < 0 && errno == EINTR) {
+        }
+        isRunning = false;
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+
+private:
+    pid_t id = -1;
+    bool isRunning = true;
+};
+
+/// Reads until the other end is closed, that is until the child has ended.
+std::string readAll(int descriptor, const RunContext& context) {
+    std::string text;
+    std::array<char, 4096> buffer{};
+    while (true) {
+        if (context.isStopping())
+            throw Stopped();
+        pollfd waiting{.fd = descriptor, .events = POLLIN, .revents = 0};
+        if (poll(&waiting, 1, stopPollMs) <= 0)
+            continue;
+        const ssize_t count = read(descriptor, buffer.data(), buffer.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return text;
+        if (text.size() < mostComplaint)
+            text.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+}
+
+std::string asOneLine(std::string text) {
+    for (char& c : text)
+        if (static_cast<unsigned char>(c) < 0x20)
+            c = ' ';
+    text.resize(std::min(text.size(), mostComplaint));
+    const std::size_t begin = std::min(text.find_first_not_of(' '), text.size());
+    return text.substr(begin, text.find_last_not_of(' ') + 1 - begin);
+}
+
+}  // namespace
+
+ScratchFolder::ScratchFolder() {
+    std::error_code error;
+    std::string pattern = (std::filesystem::temp_directory_path(error) / "velmorak-plot-XXXXXX").string();
+    if (error || mkdtemp(pattern.data()) == nullptr)
+        throw Failure("no folder for temporary files could be made");
+    folder = pattern;
+}
+
+ScratchFolder::~ScratchFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+}
+
+void runGnuplot(const std::filesystem::path& folder, const std::string& script, const RunContext& context) {
+    Pipe errors;
+    Child child(folder, script, errors);
+    errors.closeWriter();
+    const std::string said = readAll(errors.ends[0], context);
+    if (!child.wait())
+        throw Failure("gnuplot could not draw the picture: " + asOneLine(said));
+}
+
+}  // namespace velmorak

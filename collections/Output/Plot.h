@@ -1,0 +1,17 @@
+#pragma once
+
+#include <velmorak/Kind.h>
+
+namespace velmorak {
+
+/// Draws histograms into one picture.
+class PlotKind : public Function {
+public:
+    std::string name() const override { return "Plot"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
+}  // namespace velmorak
