@@ -214,11 +214,12 @@ void Execution::settleRest() {
         if (run.hasPassed && !state.isStopping()) {
             run.report.outcome = Outcome::Done;
         } else if (state.isStopping()) {
-            run.report.outcome = Outcome::Unfinished;
-            run.report.sentence = "not finished because the run was stopped";
+            state.stopFirst(i);
         } else {
             run.report.outcome = Outcome::Skipped;
-            run.report.sentence = "not run because nothing that it feeds could run";
+            run.report.sentence = run.report.rowsOut > 0
+                                      ? "not read to its end because nothing that it feeds could go on"
+                                      : "not run because nothing that it feeds could run";
         }
     }
 }

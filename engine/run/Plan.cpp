@@ -40,6 +40,7 @@ Plan::Plan(const Pipeline& pipeline)
       feedersOf(pipeline.nodes.size()),
       consumersOf(pipeline.nodes.size()),
       unordered(pipeline.nodes.size(), true),
+      cycles(pipeline.nodes.size()),
       asked(pipeline.nodes.size(), false),
       tables(pipeline.nodes.size()) {
     for (const PipelineNode& node : pipeline.nodes) {
@@ -75,26 +76,36 @@ void Plan::connect() {
 
 void Plan::sort() {
     std::vector<std::size_t> waitsFor(pipeline.nodes.size());
-    std::deque<std::size_t> ready;
     for (std::size_t node = 0; node < pipeline.nodes.size(); ++node) {
         waitsFor[node] = feedersOf[node].size();
-        if (waitsFor[node] == 0) {
-            ready.push_back(node);
-        }
     }
-    for (; !ready.empty(); ready.pop_front()) {
-        const std::size_t node = ready.front();
-        ordered.push_back(node);
-        unordered[node] = false;
-        for (const std::size_t consumer : consumersOf[node]) {
-            if (--waitsFor[consumer] == 0) {
-                ready.push_back(consumer);
+    const auto isOrdered = [&](std::size_t node) { return !unordered[node]; };
+    const auto append = [&](std::size_t first) {
+        unordered[first] = false;
+        for (std::deque<std::size_t> ready{first}; !ready.empty(); ready.pop_front()) {
+            ordered.push_back(ready.front());
+            for (const std::size_t consumer : consumersOf[ready.front()]) {
+                if (--waitsFor[consumer] == 0 && !isOrdered(consumer)) {
+                    unordered[consumer] = false;
+                    ready.push_back(consumer);
+                }
             }
+        }
+    };
+    for (std::size_t node = 0; node < pipeline.nodes.size(); ++node) {
+        if (feedersOf[node].empty()) {
+            append(node);
         }
     }
     for (std::size_t node = 0; node < pipeline.nodes.size(); ++node) {
         if (unordered[node]) {
-            ordered.push_back(node);
+            cycles[node] = cycleSentence(node);
+        }
+    }
+    // Plug-ins on a cycle fail before anything is executed; they stand before what they feed.
+    for (std::size_t node = 0; node < pipeline.nodes.size(); ++node) {
+        if (unordered[node] && !cycles[node].empty()) {
+            append(node);
         }
     }
 }
@@ -140,10 +151,8 @@ std::string Plan::objection(std::size_t node) const {
     if (shapes[node] == Shape::Unknown) {
         return "the kind is neither source, row-wise, accumulator nor function";
     }
-    if (unordered[node]) {
-        if (std::string sentence = cycleSentence(node); !sentence.empty()) {
-            return sentence;
-        }
+    if (!cycles[node].empty()) {
+        return cycles[node];
     }
     for (const PipelineInput& input : asked.inputs) {
         if (const std::string sentence = inputObjection(node, input); !sentence.empty()) {

@@ -49,7 +49,8 @@ private:
     std::vector<std::vector<std::size_t>> feedersOf;
     std::vector<std::vector<std::size_t>> consumersOf;
     std::vector<std::size_t> ordered;
-    std::vector<bool> unordered;  ///< On a cycle or downstream of one.
+    std::vector<bool> unordered;      ///< While the order is made: not in it yet.
+    std::vector<std::string> cycles;  ///< Objection of those that lie on a cycle.
     std::vector<bool> asked;
     std::vector<std::optional<std::size_t>> tables;
 };

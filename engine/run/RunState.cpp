@@ -76,7 +76,7 @@ void RunState::fail(std::size_t position, const Problem& problem) {
     run.isSettled = true;
     run.report.outputs.assign(node(position).outputs.size(), {});
     if (problem.wasStopped && isStopping()) {
-        run.report.outcome = Outcome::Unfinished;
+        stopFirst(position);
         return;
     }
     run.report.outcome = Outcome::Failed;
@@ -91,6 +91,13 @@ void RunState::skip(std::size_t position, const std::string& cause) {
     run.report.outcome = Outcome::Skipped;
     run.report.sentence = "not run because of \"" + cause + "\"";
     run.cause = cause;
+}
+
+void RunState::stopFirst(std::size_t position) {
+    NodeRun& run = runs[position];
+    run.isSettled = true;
+    run.report.outcome = Outcome::Unfinished;
+    run.report.sentence = "not finished because the run was stopped";
 }
 
 void RunState::finish(std::size_t position, Outcome outcome, std::vector<Value> outputs) {

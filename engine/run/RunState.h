@@ -42,6 +42,8 @@ public:
     /// Sets the outcome of a plug-in that could not do its work; a failure is said at once.
     void fail(std::size_t position, const Problem& problem);
     void skip(std::size_t position, const std::string& cause);
+    /// Sets the outcome of a plug-in that the end of the run came before.
+    void stopFirst(std::size_t position);
     void finish(std::size_t position, Outcome outcome, std::vector<Value> outputs);
     void addSeconds(std::size_t position, std::chrono::nanoseconds time);
 

@@ -264,7 +264,7 @@ void StreamPass::finish() {
         state.fail(source, *sourceProblem);
         return;
     }
-    if (state.isStopping()) {
+    if (state.isStopping() || !hasWork) {
         return;
     }
     state.runs[source].hasPassed = true;

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <velmorak/Kind.h>
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// Kinds for the tests of the run: each counts what is asked of it, and does what the test puts into it.
+namespace velmorak::test {
+
+InputSpec numberInput(const std::string& name, const std::string& value = "0");
+InputSpec textInput(const std::string& name, const std::string& value = "");
+InputSpec wireInput(const std::string& name, ValueType type, bool isOptional = false);
+OutputSpec output(const std::string& name, ValueType type);
+
+/// The value in column "x" of a row: of very different sizes, so that sums show the order of their terms.
+double valueOfRow(std::uint64_t row);
+
+/// Yields rows of one column "x"; as many as its input "rows" says.
+class RowSource : public Source {
+public:
+    std::string name() const override { return "Rows"; }
+    std::string summary() const override { return "Yields rows."; }
+    Ports ports(const ValueTexts&) const override;
+    std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override;
+    std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext& context) const override;
+
+    mutable std::atomic<int> opened = 0;
+    /// Called before a chunk is yielded, with its number.
+    std::function<void(std::uint64_t chunk, RunContext& context)> beforeChunk;
+};
+
+/// Keeps the rows whose x is above its input "cut".
+class CutKind : public RowWise {
+public:
+    std::string name() const override { return "Cut"; }
+    std::string summary() const override { return "Keeps rows."; }
+    Ports ports(const ValueTexts&) const override;
+    std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema,
+                                          RunContext& context) const override;
+
+    mutable std::atomic<int> applied = 0;
+    std::function<void(const Chunk& chunk)> beforeApply;
+};
+
+/// Sums up x times its input "scale".
+class SumKind : public Accumulator {
+public:
+    explicit SumKind(MergeOrder order = MergeOrder::Tree) : order(order) {}
+    std::string name() const override { return "Sum"; }
+    std::string summary() const override { return "Sums up."; }
+    Ports ports(const ValueTexts&) const override;
+    MergeOrder mergeOrder() const override { return order; }
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+
+    mutable std::atomic<int> finished = 0;
+    std::function<void(const Chunk& chunk)> beforeFill;
+    std::function<void(RunContext& context)> beforeFinish;
+
+private:
+    MergeOrder order;
+};
+
+/// Does what the test says.
+class FreeFunction : public Function {
+public:
+    using Body = std::function<void(const Arguments&, Results&, RunContext&)>;
+
+    FreeFunction(std::string kindName, Ports kindPorts, Body body);
+    std::string name() const override { return kindName; }
+    std::string summary() const override { return "Does what the test says."; }
+    int version() const override { return kindVersion; }
+    Ports ports(const ValueTexts&) const override { return kindPorts; }
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+
+    mutable std::atomic<int> evaluated = 0;
+    int kindVersion = 1;
+
+private:
+    std::string kindName;
+    Ports kindPorts;
+    Body body;
+};
+
+/// Takes anything in "object" and says in its text output "seen" what came.
+class SeeKind : public Accumulator {
+public:
+    std::string name() const override { return "See"; }
+    std::string summary() const override { return "Says what came."; }
+    Ports ports(const ValueTexts&) const override;
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
+
+}  // namespace velmorak::test

@@ -1,0 +1,163 @@
+#include "RunFixture.h"
+
+#include <run/NodeArguments.h>
+
+namespace velmorak::test {
+namespace {
+
+/// One plug-in with an input of the type in question, fed by a text or a number.
+class Inputs : public RunTest {
+protected:
+    void feed(const InputSpec& spec, const Value& value) {
+        const bool isNumber = std::holds_alternative<double>(value);
+        giving = std::make_unique<FreeFunction>(
+            "Give", Ports{{}, {output("out", isNumber ? ValueType::Number : ValueType::Text)}},
+            [value](const Arguments&, Results& results, RunContext&) { results.set("out", value); });
+        add(*giving, "give");
+        take(spec);
+        wire("give", "out", "take", "in");
+        run();
+    }
+
+    void take(const InputSpec& spec) {
+        taking = std::make_unique<FreeFunction>("Take", Ports{{spec}, {output("out", ValueType::Text)}},
+                                                [spec](const Arguments& arguments, Results& results, RunContext&) {
+                                                    if (spec.type == ValueType::Number) {
+                                                        results.set("out", "number " + textOf(arguments.number("in")));
+                                                    } else {
+                                                        results.set("out", "text " + arguments.text("in"));
+                                                    }
+                                                });
+        add(*taking, "take");
+    }
+
+    std::unique_ptr<FreeFunction> giving;
+    std::unique_ptr<FreeFunction> taking;
+};
+
+TEST_F(Inputs, aNumberFeedsAText) {
+    feed(textInput("in"), 0.1);
+    EXPECT_EQ(text("take"), "text 0.1");
+}
+
+TEST_F(Inputs, aTextFeedsANumber) {
+    feed(numberInput("in"), Value(std::string(" 2.50 ")));
+    EXPECT_EQ(text("take"), "number 2.5");
+}
+
+TEST_F(Inputs, aTextThatIsNoNumberIsRefusedByName) {
+    feed(numberInput("in"), Value(std::string("many")));
+    EXPECT_EQ(sentence("take"), "input \"in\": \"many\" is no number");
+}
+
+TEST_F(Inputs, anEmptyTextIsNoNumber) {
+    feed(numberInput("in"), Value(std::string()));
+    EXPECT_EQ(sentence("take"), "input \"in\": \"\" is no number");
+}
+
+TEST_F(Inputs, aNumberWithoutAnyValueIsSaid) {
+    take(numberInput("in", ""));
+    run();
+    EXPECT_EQ(sentence("take"), "input \"in\": it has no value");
+}
+
+TEST_F(Inputs, aNumberOutOfRangeIsRefused) {
+    InputSpec spec = numberInput("in");
+    spec.minimum = 1.0;
+    spec.maximum = 10.0;
+    feed(spec, 10.5);
+    EXPECT_EQ(sentence("take"), "input \"in\": 10.5 is more than 10");
+}
+
+TEST_F(Inputs, aNumberBelowTheRangeIsRefused) {
+    InputSpec spec = numberInput("in");
+    spec.minimum = 1.0;
+    feed(spec, 0.5);
+    EXPECT_EQ(sentence("take"), "input \"in\": 0.5 is less than 1");
+}
+
+TEST_F(Inputs, aFractionIsNoWholeNumber) {
+    InputSpec spec = numberInput("in");
+    spec.isInteger = true;
+    feed(spec, 2.5);
+    EXPECT_EQ(sentence("take"), "input \"in\": 2.5 is not a whole number");
+}
+
+TEST_F(Inputs, nanPassesWhereNothingIsSaidOfTheRange) {
+    feed(numberInput("in"), std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(text("take"), "number NaN");
+}
+
+TEST_F(Inputs, nanIsInNoRange) {
+    InputSpec spec = numberInput("in");
+    spec.minimum = 0.0;
+    feed(spec, std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(sentence("take"), "input \"in\": NaN cannot be used here");
+}
+
+TEST_F(Inputs, aChoiceTakesOnlyItsChoices) {
+    InputSpec spec = textInput("in", "red");
+    spec.type = ValueType::Choice;
+    spec.choices = {"red", "blue"};
+    feed(spec, Value(std::string("green")));
+    EXPECT_EQ(sentence("take"), "input \"in\": \"green\" is none of its choices");
+}
+
+TEST_F(Inputs, aChoiceTakesAFittingText) {
+    InputSpec spec = textInput("in", "red");
+    spec.type = ValueType::Choice;
+    spec.choices = {"red", "blue"};
+    feed(spec, Value(std::string("blue")));
+    EXPECT_EQ(text("take"), "text blue");
+}
+
+TEST_F(Inputs, anOutputThatWasNotSetIsNamed) {
+    giving = std::make_unique<FreeFunction>("Give", Ports{{}, {output("out", ValueType::Number)}},
+                                            [](const Arguments&, Results&, RunContext&) {});
+    add(*giving, "give");
+    take(numberInput("in"));
+    wire("give", "out", "take", "in");
+    run();
+    EXPECT_EQ(sentence("take"), "input \"in\": \"give\" gave no \"out\"");
+}
+
+TEST_F(Inputs, anOutputOfAnotherTypeIsTheKindsMistake) {
+    giving = std::make_unique<FreeFunction>(
+        "Give", Ports{{}, {output("out", ValueType::Histogram)}},
+        [](const Arguments&, Results& results, RunContext&) { results.set("out", 1.0); });
+    add(*giving, "give");
+    run();
+    EXPECT_EQ(sentence("give"), "the kind sets its output \"out\" to something that is no histogram");
+}
+
+TEST_F(Inputs, anUnknownOutputIsTheKindsMistake) {
+    giving = std::make_unique<FreeFunction>(
+        "Give", Ports{}, [](const Arguments&, Results& results, RunContext&) { results.set("out", 1.0); });
+    add(*giving, "give");
+    run();
+    EXPECT_EQ(sentence("give"), "the kind sets an output \"out\" that it does not have");
+}
+
+TEST(Integer, isReadWithoutFractionOnly) {
+    PipelineNode node{"n", "N", nullptr, {{numberInput("in"), "9007199254740993e3", std::nullopt}}, {}};
+    EXPECT_THROW(NodeArguments(node, {{}}).integer("unknown"), std::logic_error);
+    EXPECT_THROW(NodeArguments(node, {{}}).text("in"), std::logic_error);
+    EXPECT_THROW(NodeArguments(node, {{}}).value("in"), std::logic_error);
+    node.inputs[0].value = "1e30";
+    EXPECT_THROW(NodeArguments(node, {{}}).integer("in"), Failure);
+    node.inputs[0].value = "0.5";
+    EXPECT_THROW(NodeArguments(node, {{}}).integer("in"), Failure);
+    node.inputs[0].value = "-12";
+    EXPECT_EQ(NodeArguments(node, {{}}).integer("in"), -12);
+}
+
+TEST(Histogram, isTakenFromItsWireOnly) {
+    PipelineNode node{"n", "N", nullptr, {{wireInput("in", ValueType::Any), "", std::nullopt}}, {}};
+    EXPECT_THROW(NodeArguments(node, {{}}).histogram("in"), Failure);
+    EXPECT_THROW(NodeArguments(node, {{true, "a", Value(1.0)}}).histogram("in"), Failure);
+    const auto histogram = std::make_shared<const Histogram1D>(Axis(2, 0.0, 1.0));
+    EXPECT_EQ(NodeArguments(node, {{true, "a", Value(histogram)}}).histogram("in"), histogram);
+}
+
+}  // namespace
+}  // namespace velmorak::test

@@ -1,0 +1,128 @@
+#include "RunFixture.h"
+
+#include <run/Digest.h>
+#include <run/Messages.h>
+#include <run/Summary.h>
+
+#include <iomanip>
+#include <locale>
+
+namespace velmorak::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Time that passes when the test says so.
+class Progress : public ::testing::Test {
+protected:
+    void showAfter(Messages& messages, std::chrono::milliseconds pause, const std::string& text) {
+        now += pause;
+        if (messages.isProgressDue()) {
+            messages.showProgress(text);
+        }
+    }
+
+    std::ostringstream stream;
+    std::chrono::steady_clock::time_point now{};
+    Messages::Clock clock = [this] { return now; };
+};
+
+TEST_F(Progress, isALineAtMostOnceInFiveSecondsInAPipe) {
+    Messages messages(stream, false, clock);
+    messages.beginProgress();
+    showAfter(messages, 4999ms, "a");
+    showAfter(messages, 1ms, "b");
+    showAfter(messages, 4000ms, "c");
+    showAfter(messages, 1000ms, "d");
+    messages.endProgress();
+    EXPECT_EQ(stream.str(), "b\nd\n");
+}
+
+TEST_F(Progress, redrawsAtMostTenTimesASecondOnATerminal) {
+    Messages messages(stream, true, clock);
+    messages.beginProgress();
+    showAfter(messages, 99ms, "a");
+    showAfter(messages, 1ms, "b");
+    showAfter(messages, 99ms, "c");
+    showAfter(messages, 1ms, "d");
+    EXPECT_EQ(stream.str(), "b\r\x1b[Kd");
+}
+
+TEST_F(Progress, makesWayForALine) {
+    Messages messages(stream, true, clock);
+    messages.beginProgress();
+    showAfter(messages, 100ms, "half");
+    messages.line("Plot \"p\": warning");
+    messages.endProgress();
+    EXPECT_EQ(stream.str(), "half\r\x1b[KPlot \"p\": warning\n");
+}
+
+class Lines : public RunTest {
+protected:
+    RowSource rows;
+    CutKind cut;
+    SumKind sum;
+};
+
+TEST_F(Lines, oneForEachPlugInWithItsRowsAndTime) {
+    add(rows, "rows", {{"rows", "2000"}});
+    add(cut, "cut", {{"cut", "1e300"}});
+    add(sum, "sum");
+    wire("rows", "table", "cut", "table");
+    wire("cut", "table", "sum", "table");
+    run();
+    std::istringstream lines(messages.str());
+    std::vector<std::string> beginnings;
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_EQ(line.substr(line.size() - 2), " s") << line;
+        beginnings.push_back(line.substr(0, line.rfind(", ")));
+    }
+    EXPECT_EQ(beginnings, (std::vector<std::string>{"Rows \"rows\": 2000 rows", "Cut \"cut\": 2000 rows in, 0 rows out",
+                                                    "Sum \"sum\": 0 rows"}));
+}
+
+TEST_F(Lines, sayNumbersTheSameWayEverywhere) {
+    class Grouping : public std::numpunct<char> {
+        char do_thousands_sep() const override { return '.'; }
+        char do_decimal_point() const override { return ','; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Grouping));
+    PipelineNode node{"mass", "Sum", &sum, {}, {}};
+    const std::string line = summaryLine(node, {Outcome::Done, "", 1234567, 0, 0.0149, {}});
+    std::locale::global(before);
+    EXPECT_EQ(line, "Sum \"mass\": 1234567 rows, 0.01 s");
+}
+
+TEST_F(Lines, aWarningDoesNotEndThePlugIn) {
+    const FreeFunction warning(
+        "Warn", {}, [](const Arguments&, Results&, RunContext& context) { context.warn("three rows were odd"); });
+    add(warning, "w");
+    run();
+    EXPECT_TRUE(wasSaid("Warn \"w\": warning: three rows were odd"));
+    EXPECT_EQ(outcome("w"), Outcome::Done);
+}
+
+std::string hex(const Digest& digest) {
+    std::ostringstream text;
+    for (const std::uint8_t byte : digest) {
+        text << std::hex << std::setw(2) << std::setfill('0') << int{byte};
+    }
+    return text.str();
+}
+
+TEST(Digest, agreesWithThePublishedExamples) {
+    EXPECT_EQ(hex(Digester().finish()), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+    Digester abc;
+    abc.add("abc", 3);
+    EXPECT_EQ(hex(abc.finish()), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+    Digester million;
+    const std::string thousand(1000, 'a');
+    for (int i = 0; i < 1000; ++i) {
+        million.add(thousand.data(), thousand.size());
+    }
+    EXPECT_EQ(hex(million.finish()), "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
+}
+
+}  // namespace
+}  // namespace velmorak::test

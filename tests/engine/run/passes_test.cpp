@@ -1,0 +1,173 @@
+#include "RunFixture.h"
+
+#include <cstring>
+
+namespace velmorak::test {
+namespace {
+
+class Passes : public RunTest {
+protected:
+    RowSource rows;
+    CutKind cut;
+    SumKind sum;
+    PassKind pass;
+    SeeKind see;
+};
+
+TEST_F(Passes, accumulatorsOnOneStreamShareOnePass) {
+    add(rows, "rows", {{"rows", "100000"}});
+    add(cut, "cut");
+    for (const char* name : {"a", "b", "c"}) {
+        add(sum, name);
+        wire(name[0] == 'a' ? "rows" : "cut", "table", name, "table");
+    }
+    wire("rows", "table", "cut", "table");
+    run();
+    EXPECT_EQ(rows.opened, 1);
+    EXPECT_EQ(cut.applied, 4) << "once for each chunk, however many take its table";
+    EXPECT_EQ(of("rows").rowsOut, 100000U);
+    EXPECT_EQ(of("cut").rowsIn, 100000U);
+    EXPECT_EQ(of("b").rowsIn, of("cut").rowsOut);
+    EXPECT_EQ(number("b"), number("c"));
+    EXPECT_GT(number("b"), number("a"));
+    EXPECT_FALSE(report.hasFailure());
+}
+
+TEST_F(Passes, aNumberOfTheSameStreamNeedsASecondPass) {
+    add(rows, "rows", {{"rows", "50000"}});
+    add(sum, "first");
+    add(cut, "cut");
+    add(sum, "second");
+    add(sum, "third");
+    wire("rows", "table", "first", "table");
+    wire("rows", "table", "cut", "table");
+    wire("first", "sum", "cut", "cut");
+    wire("cut", "table", "second", "table");
+    wire("rows", "table", "third", "table");
+    run();
+    EXPECT_EQ(rows.opened, 2);
+    EXPECT_EQ(outcome("second"), Outcome::Done);
+    EXPECT_EQ(number("second"), 0.0) << "no row is above the sum of all";
+    EXPECT_EQ(of("rows").rowsOut, 50000U) << "rows are not counted twice";
+    EXPECT_EQ(number("third"), number("first"));
+}
+
+TEST_F(Passes, aSourceWaitsForAnotherWhenThatSavesAPass) {
+    add(rows, "early", {{"rows", "10"}});
+    add(sum, "ready");
+    add(sum, "waiting");
+    add(rows, "late", {{"rows", "20"}});
+    add(sum, "number");
+    wire("early", "table", "ready", "table");
+    wire("early", "table", "waiting", "table");
+    wire("number", "sum", "waiting", "scale");
+    wire("late", "table", "number", "table");
+    run();
+    EXPECT_EQ(outcome("waiting"), Outcome::Done);
+    EXPECT_EQ(rows.opened, 2) << "one pass over each";
+}
+
+TEST_F(Passes, aTableThatNothingTakesIsPassedToCountItsRows) {
+    add(rows, "rows", {{"rows", "40000"}});
+    add(cut, "cut");
+    wire("rows", "table", "cut", "table");
+    run();
+    EXPECT_EQ(outcome("cut"), Outcome::Done);
+    EXPECT_EQ(of("cut").rowsIn, 40000U);
+    EXPECT_EQ(rows.opened, 1);
+}
+
+TEST_F(Passes, aLoneSourceIsRead) {
+    add(rows, "rows", {{"rows", "40000"}});
+    run();
+    EXPECT_EQ(of("rows").rowsOut, 40000U);
+    EXPECT_EQ(outcome("rows"), Outcome::Done);
+}
+
+TEST_F(Passes, anEmptyTableGivesAnEmptyState) {
+    add(rows, "rows", {{"rows", "0"}});
+    add(sum, "sum");
+    wire("rows", "table", "sum", "table");
+    run();
+    EXPECT_EQ(outcome("sum"), Outcome::Done);
+    EXPECT_EQ(number("sum"), 0.0);
+    EXPECT_EQ(text("sum", 1), "");
+}
+
+TEST_F(Passes, statesMeetInATreeThatTheChunkNumbersFix) {
+    add(rows, "rows", {{"rows", std::to_string(6 * chunkRows + 5)}});
+    add(sum, "sum");
+    wire("rows", "table", "sum", "table");
+    run();
+    EXPECT_EQ(text("sum", 1), "(((0 + 1 ) + (2 + 3 ) ) + ((4 + 5 ) + 6 ) ) ");
+}
+
+TEST_F(Passes, statesThatAreWrittenOutMeetFromFirstToLast) {
+    const SumKind writing(Accumulator::MergeOrder::FirstToLast);
+    add(rows, "rows", {{"rows", std::to_string(3 * chunkRows + 5)}});
+    add(writing, "sum");
+    wire("rows", "table", "sum", "table");
+    run();
+    EXPECT_EQ(text("sum", 1), "(((0 + 1 ) + 2 ) + 3 ) ");
+}
+
+TEST_F(Passes, theBitsDoNotDependOnTheNumberOfThreads) {
+    add(rows, "rows", {{"rows", std::to_string(37 * chunkRows + 11)}});
+    add(cut, "cut");
+    add(sum, "sum");
+    add(sum, "ofCut");
+    wire("rows", "table", "cut", "table");
+    wire("rows", "table", "sum", "table");
+    wire("cut", "table", "ofCut", "table");
+    std::vector<std::pair<double, double>> results;
+    for (const char* threads : {"1", "2", "3", "16"}) {
+        setenv("VELMORAK_THREADS", threads, 1);
+        run();
+        results.emplace_back(number("sum"), number("ofCut"));
+    }
+    for (const auto& result : results) {
+        EXPECT_EQ(std::memcmp(&result, &results.front(), sizeof result), 0);
+    }
+    double inOneGo = 0.0;
+    for (std::uint64_t row = 0; row < 37 * chunkRows + 11; ++row) {
+        inOneGo += valueOfRow(row);
+    }
+    EXPECT_NE(inOneGo, results.front().first) << "the sum must show the order of its terms, or this test shows nothing";
+}
+
+TEST_F(Passes, aNumberOfThreadsThatIsNoneIsSaidAndNotUsed) {
+    add(rows, "rows");
+    setenv("VELMORAK_THREADS", "many", 1);
+    run();
+    EXPECT_TRUE(wasSaid("VELMORAK_THREADS=many is no number of threads; all cores are used"));
+    EXPECT_EQ(outcome("rows"), Outcome::Done);
+}
+
+TEST_F(Passes, anInputForAnythingTakesATable) {
+    add(rows, "rows", {{"rows", "40000"}});
+    add(see, "see");
+    wire("rows", "table", "see", "object");
+    run();
+    EXPECT_EQ(text("see"), "a table of rows, 40000 rows");
+}
+
+TEST_F(Passes, anInputForAnythingTakesANumberWithoutAPass) {
+    add(pass, "pass", {{"value", "2.5"}});
+    add(see, "see");
+    wire("pass", "number", "see", "object");
+    run();
+    EXPECT_EQ(text("see"), "number 2.5, 0 rows");
+}
+
+TEST_F(Passes, aTableAndANumberComeTogether) {
+    add(pass, "pass", {{"value", "2.5"}});
+    add(rows, "rows", {{"rows", "7"}});
+    add(see, "see");
+    wire("rows", "table", "see", "object");
+    wire("pass", "number", "see", "other");
+    run();
+    EXPECT_EQ(text("see"), "a table of rows, 7 rows");
+}
+
+}  // namespace
+}  // namespace velmorak::test
