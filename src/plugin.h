@@ -6,6 +6,7 @@
 #include <goocanvasmm/rect.h>
 #include <goocanvasmm/text.h>
 
+#include <cstdint>
 #include <map>
 #include <vector>
 
@@ -56,19 +57,24 @@ public:
     bool changed = false;  ///< Edited in the variables dialog since the last save. The node itself never reads it.
 
 private:
-    /// Where the box goes and how large it is, header included not.
+    /// Where the box goes, and its size without the header.
     struct Frame {
         double x, y, width, height;
+    };
+
+    struct Place {
+        double x, y;
     };
 
     Glib::ustring freeName(const Glib::ustring& wanted) const;
     Frame measure() const;
     void removeItems();
-    void drawBox(const Frame& frame);
+    void drawBox(const Frame& frame, std::uint32_t colour);
     void drawInputs(const Frame& frame);
     void drawOutputs(const Frame& frame);
-    TextItem addTitle(const Glib::ustring& text, double x, double y, const char* font);
-    TextItem addPort(const Glib::ustring& text, double x, double y, Goocanvas::AnchorType anchor);
+    TextItem addTitle(const Glib::ustring& text, double x, double y, const Glib::ustring& font);
+    static TextItem makePort(const Glib::ustring& name, const Glib::ustring& description, Place place,
+                             Goocanvas::AnchorType anchor);
 
     QzManager* manager;
     Goocanvas::Canvas* canvas;

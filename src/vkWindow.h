@@ -48,9 +48,7 @@ public:
     // Document (vkWindow_document.cpp, vkWindow_save.cpp)
     void open(const Glib::ustring& file);       ///< Has the library read the file, then builds nodes and paths.
     void checkOpen(const Glib::ustring& file);  ///< open(), after asking whether the plug-ins there are shall go.
-    void open_call();
-    void save_call();
-    void saveas_call();
+    void open_call(), save_call(), saveas_call();
     void on_imgexp();
 
     // Nodes (vkWindow_nodes.cpp, vkWindow_select.cpp)
@@ -61,9 +59,7 @@ public:
     unsigned int renamePlugin(const std::string& oldName, const std::string& newName);
     /// Deletes a plug-in with its connections; the name stays a key of pluginMap and leads to no node any more.
     void pldelete(const Glib::ustring& name);
-    void on_del();
-    void on_collapse();
-    void on_setstart();
+    void on_del(), on_collapse(), on_setstart();  ///< On the selected node.
     bool click(const ItemRef& item, GdkEventButton* event);
     bool start_drag(const ItemRef& item);
     bool mouse_drag(const ItemRef& item, GdkEventMotion* event);
@@ -89,11 +85,8 @@ public:
     // Menus (vkWindow.cpp, vkWindow_dialogs.cpp)
     void quit();
     void on_var();
-    void on_plcoll();
-    void examples_call();
-    void on_zIn();
-    void on_zOut();
-    void on_z0();
+    void on_plcoll(), examples_call();
+    void on_zIn(), on_zOut(), on_z0();
     void about_call();
     void on_combo_changed();
 
@@ -101,18 +94,27 @@ protected:
     bool on_delete_event(GdkEventAny* event) override;  ///< Does nothing: the program ends through Quit only.
 
     void buildActions(), buildMenus(), buildCanvas(), connectSignals(), pack();
+    void appendToNodeMenu(const Glib::ustring& label, void (vkWindow::*handler)());
     void bindSignals(plugin& node);  ///< The four kinds of signals of a node's items.
 
     /// The node of that name, null where there is none (any more). Never inserts.
     plugin* nodeOf(const Glib::ustring& name) const;
-    /// Every node once, in the order of pluginMap.
-    std::vector<plugin*> liveNodes() const;
-    void retire(plugin* former, plugin* successor);
-    void forgetConnection(const PortRef& input);  ///< Its path off the canvas, out of both maps.
-    void deleteAll();                             ///< pldelete for every key of pluginMap.
-    bool hasChanges();                            ///< Takes over the nodes' changed flags first.
-    void setBoxColour(plugin& node, bool isSelected);
-    CanvasPoint pointerOnCanvas();  ///< Where the pointer is, whatever the scrolling and the zoom.
+    std::vector<plugin*> liveNodes() const;                      ///< Every node once, in the order of pluginMap.
+    std::vector<std::string> namesOf(const plugin& node) const;  ///< The keys of pluginMap that lead to it.
+    void replaceTwin(plugin& node);                              ///< Takes the place of the node that shows the object.
+    void keepReachable(plugin* former);
+    void renamePaths(const Glib::ustring& oldName, const Glib::ustring& newName);
+    void renameConnections(const Glib::ustring& oldName, const Glib::ustring& newName);
+    void forgetConnections(plugin& node, const Glib::ustring& name);
+    void drawPath(const PortRef& input, const std::string& data);
+    void forgetConnection(const PortRef& input);           ///< Its path off the canvas, out of both maps.
+    void deleteAll();                                      ///< pldelete for every key of pluginMap.
+    void joinWorker(), stopWorker();                       ///< Wait for a run to end; stopWorker asks it to.
+    bool hasChanges();                                     ///< Takes over the nodes' changed flags first.
+    void select(const ItemRef& item);                      ///< In place of the box that was selected before.
+    void colourBox(const ItemRef& item, bool isSelected);  ///< By the name in its "title".
+    void moveRubberBand();
+    CanvasPoint pointerOnCanvas();  ///< Whatever the scrolling and the zoom.
 
     QzManager* manager = nullptr;
     std::map<Glib::ustring, unsigned short> kindMap;
@@ -132,12 +134,11 @@ protected:
     Glib::Mutex runMutex;
     Glib::Dispatcher runFinished;
     Glib::Thread* worker = nullptr;
-    std::binary_semaphore runEnded{0};  ///< Released by the worker as its last step but one.
+    std::binary_semaphore runEnded{0};  ///< Released by the worker after Run, before it tells.
     Glib::RefPtr<Gtk::ActionGroup> actionGroup;
     Glib::RefPtr<Gtk::UIManager> uiManager;
     Gtk::Widget* menuBar = nullptr;
     bool modified = false;
-
     ItemRef selectedItem;  ///< Box of the selected node, or empty.
     bool dragging = false;
     CanvasPoint lastPointer{0, 0};

@@ -1,0 +1,4 @@
+#pragma once
+
+/// Shows the about box and waits until it is closed.
+void showAbout();

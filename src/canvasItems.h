@@ -1,0 +1,13 @@
+#pragma once
+
+#include <goocanvasmm/item.h>
+
+/// What an item carries in its "title": a box the name of its plug-in, the text of an input "input", others nothing.
+/// Over empty canvas the toolkit tells of no item at all.
+inline Glib::ustring titleOf(const Glib::RefPtr<Goocanvas::Item>& item) {
+    Glib::ustring title;
+    if (item) {
+        item->get_property("title", title);
+    }
+    return title;
+}

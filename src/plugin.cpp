@@ -1,0 +1,197 @@
+#include "plugin.h"
+
+#include "colours.h"
+
+#include <QzBase.h>
+#include <QzManager.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+
+namespace {
+
+constexpr double canvasHeight = 1200;
+constexpr double headerHeight = 30;
+constexpr double rowHeight = 20;
+constexpr double portInset = 5;
+
+/// A counter is put behind the name in a buffer of fixed length; a name that does not fit ends the program.
+Glib::ustring numbered(const Glib::ustring& name, std::uint16_t number) {
+    std::array<char, 64> buffer{};
+    const int length = std::snprintf(buffer.data(), buffer.size(), "%s%u", name.c_str(), static_cast<unsigned>(number));
+    if (length < 0 || static_cast<std::size_t>(length) >= buffer.size()) {
+        std::cerr << "The name " << name.raw() << " is too long for a number to follow it." << std::endl;
+        std::abort();
+    }
+    return buffer.data();
+}
+
+void shift(const Glib::RefPtr<Goocanvas::Item>& item, float dx, float dy) {
+    int x = 0;
+    int y = 0;
+    item->get_property("x", x);
+    item->get_property("y", y);
+    item->set_property("x", static_cast<double>(static_cast<float>(x) + dx));
+    item->set_property("y", static_cast<double>(static_cast<float>(y) + dy));
+}
+
+}  // namespace
+
+plugin::plugin(QzManager* manager, Goocanvas::Canvas& canvas, QzBase* object, Glib::ustring name, unsigned short kind)
+    : manager(manager), canvas(&canvas), object(object) {
+    if (this->object) {
+        kindName = this->object->GetKind()->name;
+    } else {
+        this->object = manager->CreatePlugin(kind, freeName(name));
+        this->object->SetPosition(100, 100);
+        kindName = name;
+    }
+    uniqueName = this->object->name;
+    draw();
+}
+
+plugin::~plugin() {
+    removeItems();
+    if (object) {
+        manager->DeletePlugin(manager->IndexOf(object->GetName()));
+    }
+}
+
+Glib::ustring plugin::freeName(const Glib::ustring& wanted) const {
+    Glib::ustring candidate = wanted;
+    for (std::uint16_t number = 1; manager->FindPlugin(candidate); ++number) {
+        candidate = numbered(wanted, number);
+    }
+    return candidate;
+}
+
+void plugin::draw() {
+    const bool isStart = manager->IndexOf(object->GetName()) == 0;
+    const Frame frame = measure();
+    removeItems();
+    drawBox(frame, isStart ? colours::start : colours::other);
+    drawInputs(frame);
+    drawOutputs(frame);
+}
+
+plugin::Frame plugin::measure() const {
+    float x = 0;
+    float y = 0;
+    float width = 0;
+    float height = 0;
+    object->GetPosition(x, y);
+    object->GetExtent(width, height);
+    double canvasY = canvasHeight - y - height - headerHeight;
+    object->GetDrawnExtent(width, height);
+    // Deliberate: a redraw never moves a node up or down, while x always comes from the library.
+    if (box) {
+        box->get_property("y", canvasY);
+    }
+    return {x, canvasY, width, height};
+}
+
+void plugin::removeItems() {
+    for (const auto* texts : {&inputTexts, &outputTexts}) {
+        for (const TextItem& text : *texts) {
+            text->remove();
+        }
+    }
+    if (box) {
+        titleText->remove();
+        kindText->remove();
+        box->remove();
+    }
+    inputTexts.clear();
+    outputTexts.clear();
+    inputIndex.clear();
+    outputIndex.clear();
+}
+
+void plugin::drawBox(const Frame& frame, std::uint32_t colour) {
+    box = Goocanvas::Rect::create(frame.x, frame.y, frame.width, frame.height + headerHeight);
+    box->set_property("radius_x", 10);
+    box->set_property("radius_y", 10);
+    box->set_property("fill_color_rgba", colour);
+    box->set_property("title", Glib::ustring(object->GetName()));
+    box->set_property("can_focus", false);
+    box->set_property("tooltip", Glib::ustring(object->description));
+    canvas->get_root_item()->add_child(box);
+    const double middle = frame.x + 0.5 * frame.width;
+    titleText = addTitle(object->GetName(), middle, frame.y + 2, "Sans 8");
+    kindText = addTitle(kindName, middle, frame.y + 12, "Sans 5");
+}
+
+void plugin::drawInputs(const Frame& frame) {
+    double y = frame.y + headerHeight;
+    for (const QzBase::Input* input : object->IsExpanded() ? object->FullInputs() : object->ReducedInputs()) {
+        const TextItem text =
+            makePort(input->name, input->description, {frame.x + portInset, y}, Goocanvas::ANCHOR_WEST);
+        text->set_property("title", Glib::ustring("input"));
+        inputIndex[input->name] = static_cast<unsigned short>(inputTexts.size());
+        inputTexts.push_back(text);
+        canvas->get_root_item()->add_child(text);
+        y += rowHeight;
+    }
+}
+
+void plugin::drawOutputs(const Frame& frame) {
+    double y = frame.y + headerHeight;
+    const double x = frame.x + frame.width - portInset;
+    for (const QzBase::Output* output : object->IsExpanded() ? object->FullOutputs() : object->ReducedOutputs()) {
+        const TextItem text = makePort(output->name, output->description, {x, y}, Goocanvas::ANCHOR_EAST);
+        outputIndex[output->name] = static_cast<unsigned short>(outputTexts.size());
+        outputTexts.push_back(text);
+        canvas->get_root_item()->add_child(text);
+        y += rowHeight;
+    }
+}
+
+plugin::TextItem plugin::addTitle(const Glib::ustring& text, double x, double y, const Glib::ustring& font) {
+    const TextItem item = Goocanvas::Text::create(text, x, y, 0, Goocanvas::ANCHOR_NORTH);
+    item->set_property("font", font);
+    item->set_property("pointer_events", Goocanvas::EVENTS_NONE);  // clicks fall through to the box
+    canvas->get_root_item()->add_child(item);
+    return item;
+}
+
+plugin::TextItem plugin::makePort(const Glib::ustring& name, const Glib::ustring& description, Place place,
+                                  Goocanvas::AnchorType anchor) {
+    const TextItem item = Goocanvas::Text::create(name, place.x, place.y, 0, anchor);
+    item->set_property("font", Glib::ustring("Sans 8"));
+    item->set_property("can_focus", false);
+    item->set_property("tooltip", description);
+    return item;
+}
+
+void plugin::translate(float dx, float dy) {
+    shift(box, dx, dy);
+    shift(titleText, dx, dy);
+    shift(kindText, dx, dy);
+    for (const auto* texts : {&inputTexts, &outputTexts}) {
+        for (const TextItem& text : *texts) {
+            shift(text, dx, dy);
+        }
+    }
+}
+
+void plugin::raise_to_top() {
+    box->raise();
+    titleText->raise(box);
+    kindText->raise(box);
+    for (const auto* texts : {&inputTexts, &outputTexts}) {
+        for (const TextItem& text : *texts) {
+            text->raise(box);
+        }
+    }
+}
+
+QzBase* plugin::GetPlugin() {
+    return object;
+}
+
+void plugin::release() {
+    object = nullptr;
+}

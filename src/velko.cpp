@@ -1,0 +1,58 @@
+#include "vkWindow.h"
+
+#include <QzManager.h>
+#include <gdk/gdk.h>
+#include <glibmm/thread.h>
+#include <gtkmm/main.h>
+
+#include <cstring>
+
+namespace {
+
+/// Only whole arguments "-a" and "-run" are options; everything else names the document, and the last one counts.
+void readArguments(int count, char** arguments, std::string& aidaFile, Glib::ustring& document, bool& isRunWanted) {
+    for (int i = 1; i < count; ++i) {
+        if (std::strcmp(arguments[i], "-a") == 0) {
+            if (i + 1 < count) {
+                aidaFile = arguments[++i];
+            }
+        } else if (std::strcmp(arguments[i], "-run") == 0) {
+            isRunWanted = true;
+        } else {
+            document = arguments[i];
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // Places of the pointer are reckoned for a window without a decoration of its own, as X11 gives it.
+    gdk_set_allowed_backends("x11,*");
+    Glib::thread_init();
+
+    std::string aidaFile;
+    Glib::ustring document;
+    bool isRunWanted = false;
+    // Deliberately before the toolkit takes its own options out of the vector: those name a document here.
+    readArguments(argc, argv, aidaFile, document, isRunWanted);
+
+    Gtk::Main kit(argc, argv, true);
+    QzManager manager("QzAnalysisFactory");
+    if (!aidaFile.empty()) {
+        manager.loadAIDA(aidaFile);
+    }
+    manager.SetFontSize(9, 11);
+    QzManager::GetListOfPlugins(std::vector<std::string>());
+
+    vkWindow window;
+    window.setManager(manager);
+    if (!document.empty()) {
+        window.open(document);
+        if (isRunWanted) {
+            window.setRun();
+        }
+    }
+    Gtk::Main::run(window);
+    return 0;
+}

@@ -1,0 +1,212 @@
+#include "colours.h"
+#include "plugin.h"
+#include "vkWindow.h"
+
+#include <QzBase.h>
+#include <QzManager.h>
+
+#include <algorithm>
+#include <limits>
+#include <set>
+
+namespace {
+
+/// Stands where a kind number is asked for and the node wraps an object that is there already.
+constexpr unsigned short noKind = 99;
+
+}  // namespace
+
+void vkWindow::addPlugin(QzBase* object, Glib::ustring name) {
+    // Deliberate: a kind that nobody knows is taken for the first one.
+    plugin* node = object ? new plugin(manager, canvas, object, "", noKind)
+                          : new plugin(manager, canvas, nullptr, name, kindMap[name]);
+    bindSignals(*node);
+    if (object) {
+        replaceTwin(*node);
+    }
+    plugin*& held = pluginMap[node->uniqueName];
+    plugin* former = held;
+    held = node;
+    if (former && former != node) {
+        keepReachable(former);
+    }
+    modified = true;
+}
+
+void vkWindow::bindSignals(plugin& node) {
+    node.box->signal_button_press_event().connect(sigc::mem_fun(*this, &vkWindow::click), true);
+    node.box->signal_button_release_event().connect(sigc::mem_fun(*this, &vkWindow::stop_drag), true);
+    for (const auto& text : node.outputTexts) {
+        text->signal_button_press_event().connect(sigc::mem_fun(*this, &vkWindow::start_draw), true);
+    }
+    for (const auto& text : node.inputTexts) {
+        text->signal_button_press_event().connect(sigc::mem_fun(*this, &vkWindow::click_ip), true);
+    }
+}
+
+void vkWindow::replaceTwin(plugin& node) {
+    plugin* twin = nullptr;
+    for (auto& [name, held] : pluginMap) {
+        if (held && held->GetPlugin() == node.GetPlugin()) {
+            twin = held;
+            held = &node;
+        }
+    }
+    if (twin) {
+        node.changed = twin->changed;
+        twin->release();
+        delete twin;
+    }
+}
+
+void vkWindow::keepReachable(plugin* former) {
+    const auto leadsToIt = [former](const auto& entry) { return entry.second == former; };
+    if (std::any_of(pluginMap.begin(), pluginMap.end(), leadsToIt)) {
+        return;
+    }
+    plugin*& slot = pluginMap[former->GetPlugin()->GetName()];
+    if (!slot) {
+        slot = former;
+        return;
+    }
+    former->release();
+    delete former;
+}
+
+unsigned int vkWindow::renamePlugin(const std::string& oldName, const std::string& newName) {
+    if (pluginMap.count(newName) != 0) {
+        return std::numeric_limits<unsigned int>::max();
+    }
+    const auto entry = pluginMap.find(oldName);
+    if (entry == pluginMap.end()) {
+        return 0;
+    }
+    pluginMap[newName] = entry->second;
+    renamePaths(oldName, newName);
+    renameConnections(oldName, newName);
+    return 1;
+}
+
+void vkWindow::renamePaths(const Glib::ustring& oldName, const Glib::ustring& newName) {
+    std::vector<PortRef> former;
+    for (const auto& [input, path] : pathMap) {
+        if (input[0] == oldName) {
+            former.push_back(input);
+        }
+    }
+    for (const PortRef& input : former) {
+        pathMap[{newName, input[1]}] = pathMap[input];
+        pathMap.erase(input);
+    }
+}
+
+void vkWindow::renameConnections(const Glib::ustring& oldName, const Glib::ustring& newName) {
+    std::vector<PortRef> former;
+    // One walk, in which a new key that sorts later is met again. Deliberate: a connection of the plug-in to itself
+    // keeps the old name as its source where the new name sorts before the old one.
+    for (auto& [input, output] : connectionMap) {
+        if (input[0] == oldName) {
+            connectionMap[{newName, input[1]}] = output;
+            former.push_back(input);
+        }
+        if (output[0] == oldName) {
+            output[0] = newName;
+        }
+    }
+    for (const PortRef& input : former) {
+        connectionMap.erase(input);
+    }
+}
+
+plugin* vkWindow::nodeOf(const Glib::ustring& name) const {
+    const auto entry = pluginMap.find(name);
+    if (entry != pluginMap.end() && entry->second) {
+        return entry->second;
+    }
+    // The library may have given a node a name that renamePlugin had to refuse: the key of a node that is gone.
+    for (const auto& [key, node] : pluginMap) {
+        if (node && node->GetPlugin()->GetName() == name.raw()) {
+            return node;
+        }
+    }
+    return nullptr;
+}
+
+std::vector<plugin*> vkWindow::liveNodes() const {
+    std::vector<plugin*> nodes;
+    std::set<const plugin*> seen;
+    for (const auto& [name, node] : pluginMap) {
+        if (node && seen.insert(node).second) {
+            nodes.push_back(node);
+        }
+    }
+    return nodes;
+}
+
+void vkWindow::pldelete(const Glib::ustring& name) {
+    plugin* node = nodeOf(name);
+    if (!node) {
+        return;
+    }
+    forgetConnections(*node, name);
+    for (auto& [key, held] : pluginMap) {
+        if (held == node) {
+            held = nullptr;
+        }
+    }
+    delete node;
+}
+
+void vkWindow::forgetConnections(plugin& node, const Glib::ustring& name) {
+    for (const QzBase::Input* input : node.GetPlugin()->FullInputs()) {
+        forgetConnection({name, input->name});
+    }
+    for (const QzBase::Output* output : node.GetPlugin()->FullOutputs()) {
+        for (std::size_t i = 0; i < output->consumers.size(); ++i) {
+            QzBase* consumer = output->consumers[i];
+            const auto position = static_cast<std::size_t>(output->consumerInputs.at(i));
+            forgetConnection({consumer->name, consumer->Inputs().at(position).name});
+        }
+    }
+    // What still stands under another name of this node, or was not the library's to tell.
+    const std::vector<std::string> names = namesOf(node);
+    const auto isHere = [&names](const PortRef& port) {
+        return std::find(names.begin(), names.end(), port[0].raw()) != names.end();
+    };
+    std::vector<PortRef> rest;
+    for (const auto& [input, output] : connectionMap) {
+        if (isHere(input) || isHere(output)) {
+            rest.push_back(input);
+        }
+    }
+    for (const PortRef& input : rest) {
+        forgetConnection(input);
+    }
+}
+
+std::vector<std::string> vkWindow::namesOf(const plugin& node) const {
+    std::vector<std::string> names;
+    for (const auto& [name, held] : pluginMap) {
+        if (held == &node) {
+            names.push_back(name);
+        }
+    }
+    return names;
+}
+
+void vkWindow::forgetConnection(const PortRef& input) {
+    const auto path = pathMap.find(input);
+    if (path != pathMap.end()) {
+        path->second->remove();
+        pathMap.erase(path);
+    }
+    connectionMap.erase(input);
+}
+
+void vkWindow::deleteAll() {
+    for (const auto& [name, node] : pluginMap) {
+        if (node) {
+            pldelete(name);
+        }
+    }
+}

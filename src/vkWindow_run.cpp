@@ -1,0 +1,61 @@
+#include "vkWindow.h"
+
+#include <QzManager.h>
+
+#include <chrono>
+
+void vkWindow::setRun() {
+    startButton.clicked();
+}
+
+void vkWindow::start_button_clicked() {
+    if (!startButton.get_active()) {
+        manager->Stop();
+        after_thread();
+        return;
+    }
+    startButton.set_label("Stop");
+    worker = Glib::Thread::create(sigc::mem_fun(*this, &vkWindow::run), true);
+    // Deliberately once more for each start, and never taken back: a later call finds no thread to join.
+    runFinished.connect(sigc::mem_fun(*this, &vkWindow::after_thread));
+}
+
+void vkWindow::run() {
+    {
+        const Glib::Mutex::Lock lock(runMutex);
+        manager->Run();
+    }
+    runEnded.release();
+    runFinished.emit();
+}
+
+void vkWindow::after_thread() {
+    joinWorker();
+    // A button that was pressed in reports its release as a click, which comes here once more.
+    startButton.set_active(false);
+    startButton.set_label("Start");
+}
+
+void vkWindow::joinWorker() {
+    if (worker) {
+        worker->join();
+        runEnded.acquire();
+    }
+    worker = nullptr;
+}
+
+void vkWindow::stopWorker() {
+    if (!worker) {
+        return;
+    }
+    // A request that comes before the library has begun the run is lost on it, so it is made again.
+    do {
+        manager->Stop();
+    } while (!runEnded.try_acquire_for(std::chrono::seconds(1)));
+    runEnded.release();
+    joinWorker();
+}
+
+void vkWindow::reset_button_clicked() {
+    manager->Reset();
+}

@@ -1,0 +1,108 @@
+#include "canvasItems.h"
+#include "plugin.h"
+#include "vkWindow.h"
+
+#include <QzBase.h>
+
+#include <locale>
+#include <sstream>
+
+namespace {
+
+/// Where a wire ends, in whole canvas units.
+struct Anchor {
+    int x, y;
+};
+
+/// Place of the named port's text. A name that is not shown counts as the first port; a side without any port is
+/// replaced by the corner at which its first one would stand.
+Anchor anchorOf(const std::vector<plugin::TextItem>& texts, std::map<Glib::ustring, unsigned short>& index,
+                const Glib::ustring& port, Anchor corner) {
+    const unsigned short position = index[port];
+    if (position >= texts.size()) {
+        return corner;
+    }
+    Anchor anchor{};
+    texts[position]->get_property("x", anchor.x);
+    texts[position]->get_property("y", anchor.y);
+    return anchor;
+}
+
+Anchor cornerOf(const plugin& node, bool isRight) {
+    Anchor corner{};
+    int width = 0;
+    node.box->get_property("x", corner.x);
+    node.box->get_property("y", corner.y);
+    node.box->get_property("width", width);
+    return {isRight ? corner.x + width - 5 : corner.x + 5, corner.y + 30};
+}
+
+/// A curve that leaves the output and enters the input horizontally, three units beside their anchors. Where the input
+/// lies left of the output its control points cross, deliberately.
+std::string curve(Anchor from, Anchor to) {
+    const double half = static_cast<double>(to.x - from.x) * 0.5;
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    text << "M " << from.x + 3 << ' ' << from.y << " C " << from.x + half + 3.0 << ' ' << from.y << ' '
+         << to.x - half - 3.0 << ' ' << to.y << ' ' << to.x - 3 << ' ' << to.y;
+    return text.str();
+}
+
+bool isBound(QzBase& receiver, const std::string& input, QzBase& sender, const std::string& output) {
+    const auto position = static_cast<std::size_t>(receiver.InputIndex(input));
+    const auto& inputs = receiver.Inputs();
+    if (position >= inputs.size() || inputs[position].source != &sender) {
+        return false;
+    }
+    const auto& outputs = sender.Outputs();
+    const std::size_t sourceOutput = inputs[position].sourceOutput;
+    return sourceOutput < outputs.size() && outputs[sourceOutput].name == output;
+}
+
+}  // namespace
+
+void vkWindow::connect(const PortRef& from, const PortRef& to) {
+    plugin* sender = nodeOf(from[0]);
+    plugin* receiver = nodeOf(to[0]);
+    if (!sender || !receiver) {
+        return;
+    }
+    const Anchor start = anchorOf(sender->outputTexts, sender->outputIndex, from[1], cornerOf(*sender, true));
+    const Anchor end = anchorOf(receiver->inputTexts, receiver->inputIndex, to[1], cornerOf(*receiver, false));
+    connectionMap[to] = from;
+    drawPath(to, curve(start, end));
+    if (!isBound(*receiver->GetPlugin(), to[1], *sender->GetPlugin(), from[1])) {
+        receiver->GetPlugin()->Connect(to[1], sender->GetPlugin(), from[1]);
+    }
+    modified = true;
+}
+
+void vkWindow::drawPath(const PortRef& input, const std::string& data) {
+    Glib::RefPtr<Goocanvas::Path>& path = pathMap[input];
+    if (path) {
+        path->remove();
+    }
+    path = Goocanvas::Path::create(data);
+    path->set_property("can_focus", false);
+    path->set_property("line_width", 4);
+    path->set_property("stroke_color", Glib::ustring("firebrick"));
+    // At the bottom from the beginning: lowering it afterwards has the canvas look at all its items each time.
+    canvas.get_root_item()->add_child(path, 0);
+}
+
+void vkWindow::reconnect(Glib::ustring& name) {
+    plugin* node = nodeOf(name);
+    if (!node) {
+        return;
+    }
+    if (selectedItem && titleOf(selectedItem) == name) {
+        colourBox(node->box, true);
+    }
+    for (const auto& [input, output] : connectionMap) {
+        if (nodeOf(input[0]) == node || nodeOf(output[0]) == node) {
+            connect(output, input);
+        }
+    }
+    modified = true;
+    bindSignals(*node);
+}
