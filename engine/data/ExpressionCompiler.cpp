@@ -1,0 +1,278 @@
+#include "ExpressionProgram.h"
+
+#include <algorithm>
+#include <numbers>
+#include <optional>
+
+namespace velmorak::expression {
+
+namespace {
+
+struct Typed {
+    Place place;
+    ColumnType type = ColumnType::Real;
+    bool isList = false;
+};
+
+std::string shown(const Typed& value) {
+    return (value.isList ? "a list of type " : "") + std::string(nameOf(value.type));
+}
+
+std::string shownName(const Node& call) {
+    return call.text == "-sign" || call.text == "+sign" ? call.text.substr(0, 1) : call.text;
+}
+
+class Compiler {
+public:
+    Compiler(std::string_view expression, const Schema& schema, const std::map<std::string, double>& named)
+        : source(expression), columns(schema), numbers(named) {}
+
+    Code run() {
+        nodes = parse(source);
+        for (const Node& node : nodes)
+            typed.push_back(compiled(node));
+        const Typed& whole = typed.back();
+        code.result = whole.place;
+        code.type = whole.type;
+        code.isList = whole.isList;
+        std::sort(code.usedColumns.begin(), code.usedColumns.end());
+        return std::move(code);
+    }
+
+private:
+    Typed compiled(const Node& node) {
+        switch (node.form) {
+            case Form::Real:
+                return constant(node.real, ColumnType::Real);
+            case Form::Integer:
+                return constant(node.integer, ColumnType::Integer);
+            case Form::Truth:
+                return constant(static_cast<std::uint8_t>(node.integer), ColumnType::Boolean);
+            case Form::Text:
+                return constant(static_cast<const std::string*>(&code.texts.emplace_back(node.text)), ColumnType::Text);
+            case Form::Name:
+                return named(node);
+            case Form::Call:
+                break;
+        }
+        return called(node);
+    }
+
+    template <typename T>
+    Typed constant(T value, ColumnType type) {
+        Block& block = code.constants.emplace_back();
+        std::fill_n(reinterpret_cast<T*>(block.bytes), blockRows, value);
+        code.constantAt.push_back(&block);
+        return {{Place::In::Constant, code.constantAt.size() - 1}, type, false};
+    }
+
+    Typed named(const Node& node) {
+        if (const auto position = columns.find(node.text))
+            return column(node, *position);
+        if (const auto number = numbers.find(node.text); number != numbers.end())
+            return constant(number->second, ColumnType::Real);
+        if (!node.isQuoted && node.text == "pi")
+            return constant(std::numbers::pi, ColumnType::Real);
+        if (!node.isQuoted && node.text == "e")
+            return constant(std::numbers::e, ColumnType::Real);
+        std::vector<std::string> names;
+        for (const ColumnInfo& info : columns.columns())
+            names.push_back(info.name);
+        for (const auto& [name, value] : numbers)
+            names.push_back(name);
+        refuse(source, node.place, "there is no column \"" + node.text + "\"" + suggestion(node.text, names));
+    }
+
+    Typed column(const Node& node, std::size_t position) {
+        auto& used = code.usedColumns;
+        if (std::find(used.begin(), used.end(), position) == used.end())
+            used.push_back(position);
+        const ColumnInfo& info = columns[position];
+        const Typed value{{Place::In::Column, position}, info.type, info.isList};
+        if (info.isList || info.type != ColumnType::Text || nodes.size() == 1)
+            return value;
+        return emit(addressTexts, {value}, ColumnType::Text, node.place);
+    }
+
+    Typed called(const Node& node) {
+        std::vector<Typed> arguments;
+        for (const std::size_t child : node.children)
+            arguments.push_back(typed[child]);
+        if (isReduction(node.text) && arguments.size() == 1)
+            return reduced(node, arguments[0]);
+        const Function* function = findFunction(node.text);
+        if (function == nullptr)
+            refuse(source, node.place,
+                   isReduction(node.text)
+                       ? "\"" + node.text + "\" takes one list column"
+                       : "there is no function \"" + node.text + "\"" + suggestion(node.text, functionNames()));
+        checkArguments(node, *function, arguments);
+        Typed result = applied(node, *function, arguments);
+        return result;
+    }
+
+    Typed reduced(const Node& node, const Typed& list) {
+        if (!list.isList)
+            refuse(source, node.place,
+                   "\"" + node.text + "\" of one value takes a list column, this is of type " + shown(list));
+        const Reduction reduction = findReduction(node.text, list.type);
+        if (reduction.kernel == nullptr)
+            refuse(source, node.place, "\"" + node.text + "\" does not take " + shown(list));
+        const Typed result = emit(reduction.kernel, {list}, reduction.type, node.place);
+        code.steps.back().takesList = true;
+        return result;
+    }
+
+    void checkArguments(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
+        const std::size_t count = arguments.size();
+        if (count < function.arguments || (count > function.arguments && !function.takesMore))
+            refuse(source, node.place, "\"" + node.text + "\" takes " + wanted(function));
+        for (std::size_t i = 0; i < count; ++i)
+            if (arguments[i].isList)
+                refuse(source, nodes[node.children[i]].place,
+                       "\"" + shownName(node) +
+                           "\" does not take a list column; sum, count, min, max, any and all "
+                           "make one value of a list");
+    }
+
+    static std::string wanted(const Function& function) {
+        if (function.takesMore)
+            return "two values or more, or one list column";
+        return function.arguments == 1 ? "one value" : function.arguments == 2 ? "two values" : "three values";
+    }
+
+    Typed applied(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
+        switch (function.rule) {
+            case Rule::Real:
+                return emit(function.forReals, all(node, arguments, ColumnType::Real), ColumnType::Real, node.place);
+            case Rule::Test:
+                return emit(function.forReals, all(node, arguments, ColumnType::Real), ColumnType::Boolean, node.place);
+            case Rule::Arithmetic:
+                return arithmetic(node, function, arguments);
+            case Rule::Comparison: {
+                const ColumnType type = compared(node, arguments);
+                return emit(kernel(function, type), all(node, arguments, type), ColumnType::Boolean, node.place);
+            }
+            case Rule::Logic:
+                return emit(function.forBooleans, conditions(node, arguments), ColumnType::Boolean, node.place);
+            case Rule::Choice:
+                break;
+        }
+        return choice(node, function, arguments);
+    }
+
+    Typed arithmetic(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
+        const bool hasReal = std::any_of(arguments.begin(), arguments.end(),
+                                         [](const Typed& argument) { return argument.type == ColumnType::Real; });
+        const ColumnType type = hasReal ? ColumnType::Real : ColumnType::Integer;
+        const auto values = all(node, arguments, type);
+        if (values.size() == 1)
+            return emit(kernel(function, type), values, type, node.place);
+        Typed result = emit(kernel(function, type), {values[0], values[1]}, type, node.place);
+        for (std::size_t i = 2; i < values.size(); ++i)
+            result = emit(kernel(function, type), {result, values[i]}, type, node.place);
+        return result;
+    }
+
+    /// The type that two values are compared in, or that a choice between them has.
+    ColumnType compared(const Node& node, const std::vector<Typed>& pair) {
+        const ColumnType first = pair[0].type;
+        const ColumnType second = pair[1].type;
+        if ((first == ColumnType::Text) != (second == ColumnType::Text))
+            refuse(source, node.place, "a text and a number do not go together here");
+        if (first == ColumnType::Text || first == ColumnType::Real || second == ColumnType::Real)
+            return first == ColumnType::Text ? first : ColumnType::Real;
+        return ColumnType::Integer;
+    }
+
+    std::vector<Typed> conditions(const Node& node, const std::vector<Typed>& arguments) {
+        for (std::size_t i = 0; i < arguments.size(); ++i)
+            if (arguments[i].type == ColumnType::Real || arguments[i].type == ColumnType::Text)
+                refuse(source, nodes[node.children[i]].place,
+                       "a condition is needed here, this is of type " + shown(arguments[i]) +
+                           "; compare it with something");
+        return all(node, arguments, ColumnType::Boolean);
+    }
+
+    Typed choice(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
+        const Node conditionOnly{node.form, node.place, node.text, 0.0, 0, false, {node.children[0]}};
+        auto values = conditions(conditionOnly, {arguments[0]});
+        const std::vector<Typed> pair{arguments[1], arguments[2]};
+        const bool areBooleans = pair[0].type == ColumnType::Boolean && pair[1].type == ColumnType::Boolean;
+        const ColumnType type = areBooleans ? ColumnType::Boolean : compared(node, pair);
+        const Node valuesOnly{node.form, node.place, node.text, 0.0, 0, false, {node.children[1], node.children[2]}};
+        for (const Typed& value : all(valuesOnly, pair, type))
+            values.push_back(value);
+        return emit(kernel(function, type), values, type, node.place);
+    }
+
+    static Kernel kernel(const Function& function, ColumnType type) {
+        switch (type) {
+            case ColumnType::Real:
+                return function.forReals;
+            case ColumnType::Integer:
+                return function.forIntegers;
+            case ColumnType::Boolean:
+                return function.forBooleans;
+            case ColumnType::Text:
+                break;
+        }
+        return function.forTexts;
+    }
+
+    /// @return the values in the given type.
+    std::vector<Typed> all(const Node& node, const std::vector<Typed>& values, ColumnType type) {
+        std::vector<Typed> converted;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const Kernel way = conversion(values[i].type, type);
+            if (way == nullptr && values[i].type != type)
+                refuse(source, nodes[node.children[i]].place,
+                       "\"" + shownName(node) + "\" does not take a value of type " + shown(values[i]));
+            converted.push_back(way == nullptr ? values[i] : emit(way, {values[i]}, type, node.place));
+        }
+        return converted;
+    }
+
+    /// The result has a buffer that none of the step's own values stands in: their sizes may differ.
+    Typed emit(Kernel kernel, const std::vector<Typed>& values, ColumnType type, std::size_t place) {
+        Step step;
+        step.kernel = kernel;
+        step.place = place;
+        step.out = {Place::In::Buffer, newBuffer()};
+        for (std::size_t i = 0; i < values.size(); ++i)
+            step.in[i] = values[i].place;
+        code.steps.push_back(step);
+        for (const Typed& value : values)
+            if (value.place.in == Place::In::Buffer)
+                freeBuffers.push_back(value.place.position);
+        return {step.out, type, false};
+    }
+
+    std::size_t newBuffer() {
+        if (freeBuffers.empty())
+            return code.buffers++;
+        const std::size_t buffer = freeBuffers.back();
+        freeBuffers.pop_back();
+        return buffer;
+    }
+
+    std::string_view source;
+    const Schema& columns;
+    const std::map<std::string, double>& numbers;
+    std::vector<Node> nodes;
+    std::vector<Typed> typed;  ///< Of each node.
+    std::vector<std::size_t> freeBuffers;
+    Code code;
+};
+
+}  // namespace
+
+Code compile(std::string_view text, const Schema& columns, const std::map<std::string, double>& numbers) {
+    return Compiler(text, columns, numbers).run();
+}
+
+bool isConstant(std::string_view name) {
+    return name == "pi" || name == "e";
+}
+
+}  // namespace velmorak::expression

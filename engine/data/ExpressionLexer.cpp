@@ -1,0 +1,149 @@
+#include "ExpressionSyntax.h"
+
+#include "velmorak/Failure.h"
+#include "velmorak/Value.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace velmorak::expression {
+
+namespace {
+
+constexpr std::size_t mostShown = 120;
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool beginsName(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || static_cast<unsigned char>(c) >= 0x80;
+}
+
+bool isInsideCharacter(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
+}
+
+/// The part of the text around the place that fits a line; the place moves along.
+std::string window(std::string_view text, std::size_t& place) {
+    if (text.size() <= mostShown)
+        return std::string(text);
+    std::size_t begin = place > mostShown / 2 ? place - mostShown / 2 : 0;
+    while (begin < text.size() && isInsideCharacter(text[begin]))
+        ++begin;
+    std::size_t end = std::min(text.size(), begin + mostShown);
+    while (end < text.size() && isInsideCharacter(text[end]))
+        ++end;
+    place = place - begin + (begin > 0 ? 3 : 0);
+    return (begin > 0 ? "..." : "") + std::string(text.substr(begin, end - begin)) + (end < text.size() ? "..." : "");
+}
+
+}  // namespace
+
+void refuse(std::string_view text, std::size_t place, const std::string& reason) {
+    std::string line = window(text, place);
+    std::replace_if(
+        line.begin(), line.end(), [](unsigned char c) { return c < 0x20; }, ' ');
+    std::string blanks;
+    for (std::size_t position = 0; position < place; ++position)
+        if (position >= line.size() || !isInsideCharacter(line[position]))
+            blanks += ' ';
+    throw Failure(reason + "\n  " + line + "\n  " + blanks + "^");
+}
+
+Token Lexer::next() {
+    while (here < source.size() && (source[here] == ' ' || (source[here] >= '\t' && source[here] <= '\r')))
+        ++here;
+    if (here >= source.size())
+        return {TokenKind::End, source.size(), "", 0.0, 0, false};
+    const char c = source[here];
+    if (isDigit(c) || (c == '.' && isDigit(at(here + 1))))
+        return number();
+    if (beginsName(c))
+        return name();
+    if (c == '"' || c == '\'' || c == '`')
+        return quoted(c);
+    return symbol();
+}
+
+Token Lexer::number() {
+    Token token{TokenKind::Integer, here, "", 0.0, 0, false};
+    std::size_t end = here;
+    while (isDigit(at(end)))
+        ++end;
+    bool isWhole = true;
+    if (at(end) == '.') {
+        isWhole = false;
+        while (isDigit(at(++end))) {
+        }
+    }
+    const std::size_t sign = at(end + 1) == '+' || at(end + 1) == '-' ? 1 : 0;
+    if ((at(end) == 'e' || at(end) == 'E') && isDigit(at(end + 1 + sign))) {
+        isWhole = false;
+        end += 1 + sign;
+        while (isDigit(at(end)))
+            ++end;
+    }
+    if (beginsName(at(end)) || at(end) == '.')
+        refuse(source, end, "this number does not end where it should");
+    token.text = source.substr(here, end - here);
+    const auto* first = token.text.data();
+    const auto result = std::from_chars(first, first + token.text.size(), token.integer);
+    if (!isWhole || result.ec != std::errc()) {
+        token.kind = TokenKind::Real;
+        readNumber(token.text, token.real);
+    }
+    here = end;
+    return token;
+}
+
+Token Lexer::name() {
+    Token token{TokenKind::Name, here, "", 0.0, 0, false};
+    std::size_t end = here;
+    while (beginsName(at(end)) || isDigit(at(end)) || (at(end) == '.' && beginsName(at(end + 1))))
+        ++end;
+    token.text = source.substr(here, end - here);
+    here = end;
+    const std::array<std::array<std::string_view, 2>, 3> words{{{"and", "&&"}, {"or", "||"}, {"not", "not"}}};
+    for (const auto& [word, meaning] : words)
+        if (token.text == word)
+            return {TokenKind::Symbol, token.place, std::string(meaning), 0.0, 0, false};
+    return token;
+}
+
+Token Lexer::quoted(char quote) {
+    Token token{quote == '`' ? TokenKind::Name : TokenKind::Text, here, "", 0.0, 0, quote == '`'};
+    for (++here; at(here) != quote || here >= source.size(); ++here) {
+        if (here >= source.size())
+            refuse(source, token.place, "this quote is never closed");
+        char c = source[here];
+        if (c == '\\' && here + 1 < source.size()) {
+            c = source[++here];
+            c = c == 'n' ? '\n' : c == 't' ? '\t' : c;
+        }
+        token.text += c;
+    }
+    ++here;
+    return token;
+}
+
+Token Lexer::symbol() {
+    constexpr std::array<std::string_view, 7> pairs{"**", "&&", "||", "==", "!=", "<=", ">="};
+    const std::string_view pair = source.substr(here, 2);
+    Token token{TokenKind::Symbol, here, "", 0.0, 0, false};
+    if (std::find(pairs.begin(), pairs.end(), pair) != pairs.end())
+        token.text = pair == "**" ? "^" : std::string(pair);
+    else if (std::string_view("+-*/%^()<>!,?:").find(source[here]) != std::string_view::npos)
+        token.text = source[here];
+    else if (source[here] == '=')
+        refuse(source, here, "a single = compares nothing; write ==");
+    else if (source[here] == '&' || source[here] == '|')
+        refuse(source, here, "write && for \"and\", || for \"or\"");
+    else
+        refuse(source, here, "an expression has no such character");
+    here += pair == "**" ? 2 : token.text.size();
+    return token;
+}
+
+}  // namespace velmorak::expression
