@@ -38,7 +38,7 @@ std::vector<InputSpec> valueInputs() {
          .type = ValueType::Text},
         choiceInput("logx", "Logarithmic horizontal axis, from the first edge above 0.", "no"),
         choiceInput("logy", "Logarithmic vertical axis; a bin that is not above 0 stays empty.", "no"),
-        choiceInput("legend", "Names the histograms by their titles.", "no"),
+        choiceInput("legend", "Names the histograms by their titles; of several also the statistics.", "no"),
         choiceInput("statistics", "Shows entries, mean and rms of what lies in range.", "yes"),
     };
 }

@@ -96,12 +96,12 @@ std::string axes(const PlotFrame& frame, const PlotStyle& style) {
     if (style.hasLogX)
         text += "set logscale x\n";
     if (style.hasLogY)
-        text += "set logscale y\nset format y '10^{%T}' enhanced\n";
+        text += "set logscale y\n";
     text += "set xrange [" + textOf(frame.xLow) + ":" + textOf(frame.xHigh) + "]\n";
     text += "set yrange [" + textOf(frame.yLow) + ":" + textOf(frame.yHigh) + "]\n";
     text += "set title " + quotedForGnuplot(style.title) + " font 'DejaVu Sans," + titleSize(style.title) + "'\n";
-    text += "set xlabel " + quotedForGnuplot(style.xLabel) + " offset 0,-0.3\n";
-    text += "set ylabel " + quotedForGnuplot(style.yLabel) + " offset -1.2,0\n";
+    text += "set xlabel " + quotedForGnuplot(style.xLabel) + " offset 0,0.2\n";
+    text += "set ylabel " + quotedForGnuplot(style.yLabel) + " offset -0.2,0\n";
     return text;
 }
 
@@ -126,8 +126,7 @@ std::vector<std::string> layersOf(const Histogram1D& histogram, std::size_t posi
         layers.push_back(steps + " using 1:2 with filledcurves closed fillcolor rgb " + colourOf(position) +
                          " fillstyle transparent solid 0.18 noborder notitle");
     layers.push_back(steps + " using 1:2 with lines linewidth 3 dashtype " + dashOf(position) + colour + title);
-    layers.push_back(bars + " using 1:2:3:4 with yerrorbars pointtype 7 pointsize 0.6 linewidth 2" + colour +
-                     " notitle");
+    layers.push_back(bars + " using 1:3:(0):($4-$3) with vectors nohead linewidth 2" + colour + " notitle");
     return layers;
 }
 
@@ -162,7 +161,7 @@ std::string plotScript(const std::vector<HistogramPtr>& histograms, const PlotFr
         "set tics in scale 1.2,0.6\n"
         "set mxtics\nset mytics\n"
         "set grid xtics ytics linetype 1 linewidth 1 linecolor rgb '#E0E0E0'\n"
-        "set bars 0\n";
+        "set lmargin 11\nset rmargin 3.5\nset bmargin 3.5\n";
     text += std::string("set key noenhanced ") + (hasBox ? "top left Left reverse" : "top right") + " samplen 2\n";
     text += axes(frame, style);
     if (hasBox)

@@ -4,8 +4,8 @@
 
 namespace velmorak {
 
-/// A text as gnuplot takes it, in single quotes, where nothing but the quote itself has a meaning. Whatever ends a line
-/// or is no valid UTF-8 is replaced, so that no text can become a command.
+/// A text as gnuplot takes it, in single quotes, where no character has a meaning of its own; the quote itself is
+/// joined on. Whatever ends a line or is no valid UTF-8 is replaced, so that no text can become a command.
 std::string quotedForGnuplot(const std::string& text);
 
 /// At most five digits, as people read them.

@@ -1,5 +1,6 @@
 #include "PlotScript.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -32,22 +33,33 @@ std::size_t sequenceAt(const std::string& text, std::size_t at) {
     return 0;
 }
 
+/// @return true for what no XML file may hold, even in a picture's text: U+FFFE and U+FFFF.
+bool isNoCharacter(const std::string& text, std::size_t at, std::size_t length) {
+    return length == 3 && (text.compare(at, 3, "\xEF\xBF\xBE") == 0 || text.compare(at, 3, "\xEF\xBF\xBF") == 0);
+}
+
+/// What a character becomes in the middle of single quotes. A quote is joined on by its number: gnuplot misreads a
+/// doubled one where a text begins with it, and looks for macros in what follows one that stands between double quotes.
+std::string readable(const std::string& text, std::size_t at, std::size_t length) {
+    const auto byte = static_cast<std::uint8_t>(text[at]);
+    if (length == 0 || isNoCharacter(text, at, length))
+        return "?";
+    if (byte < 0x20 || byte == 0x7F)
+        return " ";
+    // gnuplot copies "]]>" into an SVG as it stands, which no reader of XML takes.
+    if (byte == '>' && at >= 2 && text.compare(at - 2, 2, "]]") == 0)
+        return " >";
+    return byte == '\'' ? R"('."\047".')" : text.substr(at, length);
+}
+
 }  // namespace
 
 std::string quotedForGnuplot(const std::string& text) {
     std::string quoted = "'";
     for (std::size_t i = 0; i < text.size();) {
         const std::size_t length = sequenceAt(text, i);
-        const auto byte = static_cast<std::uint8_t>(text[i]);
-        if (length == 0)
-            quoted += '?';
-        else if (byte < 0x20 || byte == 0x7F)
-            quoted += ' ';
-        else if (byte == '\'')
-            quoted += "''";
-        else
-            quoted.append(text, i, length);
-        i += length == 0 ? 1 : length;
+        quoted += readable(text, i, length);
+        i += std::max<std::size_t>(length, 1);
     }
     return quoted + "'";
 }
