@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QzKind.h>
+#include <velmorak/Kind.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velmorak {
+
+/// The kinds that collections offer and the examples that come with them.
+/// Lifetime: kinds live in shared objects that are never unloaded.
+/// Threads:  filled by one thread; afterwards read by any.
+class Catalogue {
+public:
+    /// Folders in which collections, and groups of examples, are looked for; earlier ones win.
+    struct Places {
+        std::vector<std::filesystem::path> collections;
+        std::vector<std::filesystem::path> examples;
+    };
+
+    /// Loads every collection that offers the factory. One that cannot be used is reported on standard error and
+    /// skipped.
+    Catalogue(Places where, const std::string& factory);
+
+    const std::vector<QzKind>& kinds() const { return records; }
+    const std::vector<QzExample>& examples() const { return exampleRecords; }
+    /// Parallel to kinds().
+    const Kind& kind(std::size_t number) const { return *made[number]; }
+    /// @return kinds().size() when no kind has the name.
+    std::size_t find(const std::string& kindName) const;
+    /// The file lies below a folder of examples, also by way of a link.
+    bool isExample(const std::filesystem::path& file) const;
+
+private:
+    Places places;
+    std::vector<QzKind> records;
+    std::vector<std::unique_ptr<Kind>> made;
+    std::vector<QzExample> exampleRecords;
+};
+
+/// VELMORAK_COLLECTIONS and VELMORAK_EXAMPLES, then what lies beside the library.
+Catalogue::Places standardPlaces();
+
+/// The program's catalogue. Made by the first call, with its factory; later calls give the same.
+const Catalogue& sharedCatalogue(const std::string& factory);
+
+/// The program's catalogue if it has been made, else null.
+const Catalogue* sharedCatalogueIfMade();
+
+}  // namespace velmorak

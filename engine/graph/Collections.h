@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QzKind.h>
+#include <velmorak/Kind.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velmorak {
+
+/// A kind as a collection has registered it.
+struct OfferedKind {
+    QzKind record;
+    std::unique_ptr<Kind> kind;
+};
+
+/// Loads the collections that lie in the folders. One that cannot be loaded, is made for another kit, does not offer
+/// the factory or throws is reported on standard error and skipped whole; a kind whose name is no word or is taken is
+/// reported and skipped by itself.
+/// @return groups in alphabetical order, and so are the kinds in each.
+std::vector<OfferedKind> loadCollections(const std::vector<std::filesystem::path>& folders, const std::string& factory);
+
+}  // namespace velmorak

@@ -1,0 +1,134 @@
+#include "DocumentLoad.h"
+
+#include "AidaCheck.h"
+#include "Bindings.h"
+#include "Files.h"
+#include "Names.h"
+#include "NodeFromDocument.h"
+#include "Nodes.h"
+#include "Say.h"
+
+#include <algorithm>
+#include <set>
+#include <unordered_map>
+
+namespace velmorak {
+namespace {
+
+/// One document on its way into the manager. Nothing but messages leaves it before commit.
+class Loading {
+public:
+    Loading(QzManager& into, Document read, const std::string& from)
+        : manager(into), owner(QzManager::Part::of(into)), document(std::move(read)), file(from), notes(from) {}
+
+    void makeNodes();
+    void wire();
+    void commit();
+
+private:
+    std::vector<std::string> namesInPipeline() const;
+    void wireInput(std::size_t receiver, const DocumentInput& input);
+    void commitDocument(bool wasEmpty);
+
+    QzManager& manager;
+    QzManager::Part& owner;
+    Document document;
+    const std::string& file;
+    LoadNotes notes;
+    std::vector<std::unique_ptr<GraphNode>> nodes;        ///< Parallel to the document's plug-ins.
+    std::unordered_map<std::string, std::size_t> byName;  ///< By the names in the document.
+};
+
+/// Names that are free stay; the others get numbers that no plug-in of pipeline or document has.
+std::vector<std::string> Loading::namesInPipeline() const {
+    std::set<std::string> existing;
+    for (const QzBase* node : manager.plugins)
+        existing.insert(node->name);
+    std::set<std::string> taken = existing;
+    for (const DocumentPlugin& plugin : document.plugins)
+        taken.insert(plugin.name);
+    std::vector<std::string> names;
+    for (const DocumentPlugin& plugin : document.plugins) {
+        names.push_back(existing.contains(plugin.name)
+                            ? freeName(plugin.name, [&](const std::string& each) { return taken.contains(each); })
+                            : plugin.name);
+        taken.insert(names.back());
+    }
+    return names;
+}
+
+void Loading::makeNodes() {
+    const std::vector<std::string> names = namesInPipeline();
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        byName.emplace(document.plugins[i].name, i);
+        nodes.push_back(nodeFromDocument(manager, document.plugins[i], names[i], notes));
+    }
+}
+
+void Loading::wire() {
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+        for (const DocumentInput& input : document.plugins[i].inputs)
+            if (input.from)
+                wireInput(i, input);
+}
+
+void Loading::wireInput(std::size_t receiverNumber, const DocumentInput& input) {
+    QzBase& receiver = *nodes[receiverNumber];
+    QzBase::Part& part = QzBase::Part::of(receiver);
+    const bool keepsLooseEnds = part.kind == nullptr;
+    const int position = receiver.InputIndex(input.name);
+    const auto sender = byName.find(input.from->plugin);
+    const int output = sender == byName.end() ? -1 : outputForBinding(*nodes[sender->second], input.from->output);
+    if (position >= 0 && output >= 0)
+        bind(receiver, static_cast<std::size_t>(position), *nodes[sender->second], static_cast<std::size_t>(output));
+    else if (keepsLooseEnds)
+        part.keepsakes.looseSources[input.name] = *input.from;
+    else
+        notes.add(input.line, nameForMessages(receiver) + ", input " + input.name + ": the binding to " +
+                                  inQuotes(input.from->output) + " of " + inQuotes(input.from->plugin) +
+                                  " is dropped, because there is no such " + (position < 0 ? "input" : "output"));
+}
+
+void Loading::commitDocument(bool wasEmpty) {
+    if (wasEmpty) {
+        owner.summary = document.summary;
+        owner.documentFields = document.foreign;
+    } else {
+        for (ForeignField& field : document.foreign)
+            if (std::ranges::find(owner.documentFields, field.name, &ForeignField::name) == owner.documentFields.end())
+                owner.documentFields.push_back(std::move(field));
+    }
+    if (wasEmpty || owner.documentPath.empty())
+        owner.documentPath = absolutePath(file);
+}
+
+void Loading::commit() {
+    const bool isExample = owner.catalogue.isExample(file);
+    const std::lock_guard guard(owner.lock);
+    const bool wasEmpty = manager.plugins.empty();
+    for (std::unique_ptr<GraphNode>& node : nodes)
+        takeIn(manager, std::move(node));
+    commitDocument(wasEmpty);
+    if (manager.fileName.empty() && !isExample)
+        manager.fileName = file;
+}
+
+}  // namespace
+
+std::string loadDocument(QzManager& manager, const std::string& file) {
+    try {
+        Loading loading(manager, parseDocument(readWholeFile(file)), file);
+        loading.makeNodes();
+        loading.wire();
+        loading.commit();
+        return {};
+    } catch (const DocumentError& error) {
+        const std::string place =
+            error.line() == 0 ? std::string() : ", line " + textOf(static_cast<double>(error.line()));
+        return file + place + ": " + withoutFullStop(error.what()) + ".";
+    } catch (const std::exception& error) {
+        return file + ": " + withoutFullStop(error.what()) + ".";
+    }
+}
+
+}  // namespace velmorak

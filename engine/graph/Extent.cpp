@@ -1,0 +1,105 @@
+#include "Extent.h"
+
+#include "Parts.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace velmorak {
+namespace {
+
+constexpr float rowHeight = 20.0F;
+constexpr float portMargin = 5.0F;      ///< The editor draws port names this far inside the border.
+constexpr float betweenPorts = 15.0F;   ///< Between an input's name and the name of the output beside it.
+constexpr float titleMargin = 10.0F;    ///< Radius of the box's corners.
+constexpr float smallestWidth = 60.0F;  ///< A box stays large enough to be grasped.
+
+constexpr char firstGlyph = ' ';
+constexpr char lastGlyph = '~';
+
+/// Advance widths of DejaVu Sans from blank to tilde, in thousandths of the font size.
+constexpr std::array<int, lastGlyph - firstGlyph + 1> advances = {
+    318, 401, 460, 838, 636, 950, 780, 275, 390, 390, 500, 838, 318, 361,  318, 337, 636, 636, 636,
+    636, 636, 636, 636, 636, 636, 636, 337, 337, 838, 838, 838, 531, 1000, 684, 686, 698, 770, 632,
+    575, 775, 752, 295, 295, 656, 557, 863, 748, 787, 603, 787, 695, 635,  611, 732, 684, 989, 685,
+    611, 685, 390, 337, 390, 838, 500, 500, 613, 635, 550, 635, 615, 352,  635, 634, 278, 278, 579,
+    278, 974, 634, 612, 635, 635, 411, 521, 392, 634, 592, 818, 592, 592,  525, 636, 337, 636, 838};
+
+/// As wide as the font is high: wide enough for most letters of other scripts.
+constexpr int otherAdvance = 1000;
+
+int advanceOf(char byte) {
+    return byte >= firstGlyph && byte <= lastGlyph ? advances.at(static_cast<std::size_t>(byte - firstGlyph))
+                                                   : otherAdvance;
+}
+
+bool beginsCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+}
+
+template <typename Port>
+float widestName(const std::vector<Port>& ports, int points) {
+    float widest = 0.0F;
+    for (const Port& port : ports)
+        widest = std::max(widest, textWidth(port.name, points));
+    return widest;
+}
+
+/// Any input may stand beside any output, because a collapsed box leaves ports out on either side.
+float portsWidth(const QzBase::Part& part, int points) {
+    const float inputs = widestName(part.inputs, points);
+    const float outputs = widestName(part.outputs, points);
+    const float between = inputs > 0.0F && outputs > 0.0F ? betweenPorts : 0.0F;
+    return inputs + outputs + between + 2.0F * portMargin;
+}
+
+float boxWidth(const QzBase& node) {
+    const QzBase::Part& part = QzBase::Part::of(node);
+    const QzManager::Part& owner = QzManager::Part::of(*part.manager);
+    const float title = textWidth(node.name, owner.titlePoints) + 2.0F * titleMargin;
+    const float kind = textWidth(part.record->name, owner.portPoints) + 2.0F * titleMargin;
+    return std::ceil(std::max({smallestWidth, title, kind, portsWidth(part, owner.portPoints)}));
+}
+
+float rows(std::size_t inputs, std::size_t outputs) {
+    return rowHeight * static_cast<float>(std::max(inputs, outputs));
+}
+
+std::size_t wiredInputs(const QzBase::Part& part) {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(part.inputs, [](const QzBase::Input& input) { return input.source != nullptr; }));
+}
+
+std::size_t wiredOutputs(const QzBase::Part& part) {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(part.outputs, [](const QzBase::Output& output) { return !output.consumers.empty(); }));
+}
+
+}  // namespace
+
+Extent fullExtent(const QzBase& node) {
+    const QzBase::Part& part = QzBase::Part::of(node);
+    return {boxWidth(node), rows(part.inputs.size(), part.outputs.size())};
+}
+
+Extent drawnExtent(const QzBase& node) {
+    const QzBase::Part& part = QzBase::Part::of(node);
+    if (part.isExpanded)
+        return fullExtent(node);
+    return {boxWidth(node), rows(wiredInputs(part), wiredOutputs(part))};
+}
+
+float textWidth(std::string_view utf8, int points) {
+    constexpr float unitsPerPoint = 96.0F / 72.0F;
+    const float size = static_cast<float>(points) * unitsPerPoint / 1000.0F;
+    float width = 0.0F;
+    for (const char byte : utf8)
+        if (beginsCharacter(byte)) {
+            const float exact = static_cast<float>(advanceOf(byte)) * size;
+            width += std::max(exact, std::round(exact));
+        }
+    return width;
+}
+
+}  // namespace velmorak

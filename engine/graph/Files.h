@@ -1,0 +1,22 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace velmorak {
+
+/// Content of a document's file.
+/// @throws DocumentError when it cannot be read or is too large for a document (64 MiB).
+std::string readWholeFile(const std::filesystem::path& file);
+
+/// The folder that the analysis library's shared object lies in, without links; empty when unknown.
+std::filesystem::path libraryFolder();
+
+/// Folders of an environment variable that holds a list separated by colons.
+std::vector<std::filesystem::path> pathList(const char* variable);
+
+/// Absolute and without links as far as it exists; the path itself where that cannot be found out.
+std::filesystem::path resolved(const std::filesystem::path& path);
+
+}  // namespace velmorak

@@ -1,0 +1,119 @@
+#include "PortChange.h"
+
+#include "Bindings.h"
+#include "Parts.h"
+#include "Values.h"
+
+#include <algorithm>
+
+namespace velmorak {
+namespace {
+
+/// New position of each port by its old one, -1 for one that goes.
+struct Moves {
+    std::vector<int> inputs;
+    std::vector<int> outputs;
+};
+
+template <typename Port, typename Spec>
+std::vector<int> movesOf(const std::vector<Port>& ports, const std::vector<Spec>& specs) {
+    std::vector<int> moves;
+    for (const Port& port : ports) {
+        const auto found = std::ranges::find(specs, port.name, &Spec::name);
+        moves.push_back(found == specs.end() ? -1 : static_cast<int>(found - specs.begin()));
+    }
+    return moves;
+}
+
+void unbindThoseThatGo(QzBase& node, const Moves& moves) {
+    QzBase::Part& part = QzBase::Part::of(node);
+    for (std::size_t i = 0; i < part.inputs.size(); ++i)
+        if (moves.inputs[i] < 0)
+            unbind(node, i);
+    for (std::size_t i = 0; i < part.outputs.size(); ++i)
+        while (moves.outputs[i] < 0 && !part.outputs[i].consumers.empty())
+            unbind(*part.outputs[i].consumers.back(), static_cast<std::size_t>(part.outputs[i].consumerInputs.back()));
+}
+
+std::string firstValue(QzBase::Part& part, const InputSpec& spec) {
+    if (!takesText(spec))
+        return {};
+    auto& strays = part.keepsakes.strayInputs;
+    const auto stray = std::ranges::find(strays, spec.name, &StrayInput::name);
+    if (stray == strays.end())
+        return spec.value;
+    std::string value = stray->value.value_or(spec.value);
+    part.keepsakes.inputFields[spec.name] = stray->foreign;
+    strays.erase(stray);
+    return refusalOf(part.kind, spec, value).empty() ? value : spec.value;
+}
+
+void replaceInputs(QzBase::Part& part, const std::vector<InputSpec>& specs, const std::vector<int>& moves) {
+    std::vector<QzBase::Input> made(specs.size());
+    std::vector<bool> isKept(specs.size(), false);
+    for (std::size_t i = 0; i < part.inputs.size(); ++i)
+        if (moves[i] >= 0) {
+            const auto place = static_cast<std::size_t>(moves[i]);
+            made[place] = std::move(part.inputs[i]);
+            isKept[place] = part.inputSpecs[i].type == specs[place].type;
+        }
+    for (std::size_t i = 0; i < specs.size(); ++i) {
+        made[i].name = specs[i].name;
+        made[i].description = specs[i].description;
+        if (!isKept[i])
+            made[i].value = firstValue(part, specs[i]);
+    }
+    part.inputs = std::move(made);
+    part.inputSpecs = specs;
+}
+
+void replaceOutputs(QzBase::Part& part, const std::vector<OutputSpec>& specs, const std::vector<int>& moves) {
+    std::vector<QzBase::Output> made(specs.size());
+    for (std::size_t i = 0; i < part.outputs.size(); ++i)
+        if (moves[i] >= 0)
+            made[static_cast<std::size_t>(moves[i])] = std::move(part.outputs[i]);
+    for (std::size_t i = 0; i < specs.size(); ++i) {
+        made[i].name = specs[i].name;
+        made[i].type = nameOf(specs[i].type);
+        made[i].description = specs[i].description;
+    }
+    part.outputs = std::move(made);
+    part.outputSpecs = specs;
+}
+
+/// The ends of the node's bindings that lie in the other plug-ins, and in itself.
+void followMoves(const QzBase& node, const Moves& moves, QzBase& other) {
+    QzBase::Part& part = QzBase::Part::of(other);
+    for (QzBase::Input& input : part.inputs)
+        if (input.source == &node)
+            input.sourceOutput = static_cast<std::uint32_t>(moves.outputs[input.sourceOutput]);
+    for (QzBase::Output& output : part.outputs)
+        for (std::size_t i = 0; i < output.consumers.size(); ++i)
+            if (output.consumers[i] == &node)
+                output.consumerInputs[i] = moves.inputs[static_cast<std::size_t>(output.consumerInputs[i])];
+}
+
+}  // namespace
+
+ValueTexts valuesOf(const QzBase& node) {
+    const QzBase::Part& part = QzBase::Part::of(node);
+    ValueTexts values;
+    for (const StrayInput& stray : part.keepsakes.strayInputs)
+        if (stray.value)
+            values[stray.name] = *stray.value;
+    for (const QzBase::Input& input : part.inputs)
+        values[input.name] = input.value;
+    return values;
+}
+
+void changePorts(QzBase& node, const Ports& ports, const std::vector<QzBase*>& others) {
+    QzBase::Part& part = QzBase::Part::of(node);
+    const Moves moves{movesOf(part.inputs, ports.inputs), movesOf(part.outputs, ports.outputs)};
+    unbindThoseThatGo(node, moves);
+    replaceInputs(part, ports.inputs, moves.inputs);
+    replaceOutputs(part, ports.outputs, moves.outputs);
+    for (QzBase* other : others)
+        followMoves(node, moves, *other);
+}
+
+}  // namespace velmorak

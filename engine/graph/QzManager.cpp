@@ -1,0 +1,168 @@
+#include "AidaCheck.h"
+#include "Bindings.h"
+#include "DocumentLoad.h"
+#include "Names.h"
+#include "Nodes.h"
+#include "Parts.h"
+#include "PortChange.h"
+#include "Say.h"
+#include "Values.h"
+
+#include <QzManager.h>
+#include <algorithm>
+
+using namespace velmorak;
+
+namespace {
+
+bool isPosition(int index, std::size_t size) {
+    return index >= 0 && static_cast<std::size_t>(index) < size;
+}
+
+/// Before the first manager there is no catalogue.
+const Catalogue& catalogueOrNone() {
+    static const Catalogue none({}, "");
+    const Catalogue* const shared = sharedCatalogueIfMade();
+    return shared == nullptr ? none : *shared;
+}
+
+}  // namespace
+
+QzManager::QzManager(const std::string& factory) : part(new Part(sharedCatalogue(factory))) {}
+
+QzManager::~QzManager() {
+    part->runs.close();
+    delete part;
+}
+
+bool QzManager::loadAIDA(const std::string& file) {
+    const std::string path = absolutePath(file);
+    const std::string reason = whyNotAida(path);
+    {
+        const std::lock_guard guard(part->lock);
+        part->commandLineAida = path;
+    }
+    if (!reason.empty())
+        say("The AIDA file " + file + " cannot be read: " + reason + ".");
+    return reason.empty();
+}
+
+void QzManager::SetFontSize(int portSize, int titleSize) {
+    part->portPoints = std::max(1, portSize);
+    part->titlePoints = std::max(1, titleSize);
+}
+
+void QzManager::GetListOfPlugins(const std::vector<std::string>& /*names*/) {}
+
+const std::vector<QzKind>& QzManager::GetPlugins() {
+    return catalogueOrNone().kinds();
+}
+
+const std::vector<QzExample>& QzManager::GetExamples() {
+    return catalogueOrNone().examples();
+}
+
+void QzManager::ReadDocument(const std::string& file) {
+    part->readError = loadDocument(*this, file);
+    if (!part->readError.empty())
+        say(part->readError);
+}
+
+void QzManager::SetFileName(const std::string& file) {
+    const std::string path = file.empty() ? std::string() : absolutePath(file);
+    const std::lock_guard guard(part->lock);
+    fileName = file;
+    part->documentPath = path;
+}
+
+void QzManager::Reset() {
+    part->runs.reset();
+}
+
+std::string QzManager::DocumentText() {
+    return formatDocument(documentOf(*this));
+}
+
+void QzManager::DeletePlugin(int index) {
+    if (!isPosition(index, plugins.size()))
+        return;
+    const std::lock_guard guard(part->lock);
+    const auto at = plugins.begin() + index;
+    QzBase* const node = *at;
+    unbindAll(*node);
+    plugins.erase(at);
+    part->owned.erase(node);
+}
+
+void QzManager::SetStart(const int& index) {
+    if (!isPosition(index, plugins.size()))
+        return;
+    const std::lock_guard guard(part->lock);
+    const auto at = plugins.begin() + index;
+    std::rotate(plugins.begin(), at, at + 1);
+}
+
+QzBase* QzManager::CreatePlugin(std::uint16_t kind, const std::string& uniqueName) {
+    if (kind >= part->catalogue.kinds().size()) {
+        say("There is no kind with the number " + textOf(kind) + ".");
+        return nullptr;
+    }
+    const QzKind& record = part->catalogue.kinds()[kind];
+    const std::string wanted = uniqueName.empty() ? record.name : validUtf8(uniqueName);
+    const std::string name = freeName(wanted, [this](const std::string& each) { return FindPlugin(each) != nullptr; });
+    std::unique_ptr<GraphNode> node;
+    try {
+        node = makeNode(*this, kind, name);
+    } catch (const std::exception& error) {
+        say(name + " (" + record.name + ") has no ports: " + error.what() + ".");
+        node = makeUnknownNode(*this, record.name, name);
+    }
+    const std::lock_guard guard(part->lock);
+    takeIn(*this, std::move(node));
+    return plugins.back();
+}
+
+void QzManager::SetInputValue(int index, int input, const std::string& value) {
+    if (!isPosition(index, plugins.size()))
+        return;
+    QzBase& node = *plugins[static_cast<std::size_t>(index)];
+    QzBase::Part& own = QzBase::Part::of(node);
+    if (!isPosition(input, own.inputs.size()))
+        return;
+    const auto position = static_cast<std::size_t>(input);
+    const InputSpec& spec = own.inputSpecs[position];
+    std::string reason = refusalOf(own.kind, spec, value);
+    Ports ports;
+    if (reason.empty() && own.kind != nullptr) {
+        ValueTexts values = valuesOf(node);
+        values[spec.name] = value;
+        reason = tryPorts(*own.kind, values, ports);
+    }
+    if (!reason.empty()) {
+        say(nameForMessages(node) + ", input " + spec.name + ": " + reason + "; the value stays " +
+            inQuotes(own.inputs[position].value) + ".");
+        return;
+    }
+    const std::lock_guard guard(part->lock);
+    own.inputs[position].value = value;
+    if (own.kind != nullptr)
+        changePorts(node, ports, plugins);
+}
+
+void QzManager::Run() {
+    part->runs.run([this] { return pipelineOf(*this); });
+}
+
+void QzManager::Stop() {
+    part->runs.stop();
+}
+
+QzBase* QzManager::FindPlugin(const std::string& name) {
+    const auto found = std::ranges::find(plugins, name, &QzBase::name);
+    return found == plugins.end() ? nullptr : *found;
+}
+
+int QzManager::IndexOf(const std::string& name) {
+    const auto found = std::ranges::find(plugins, name, &QzBase::name);
+    return found == plugins.end() ? -1 : static_cast<int>(found - plugins.begin());
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "../run/Runner.h"
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+
+namespace velmorak {
+
+/// Lets one run at a time through to the runner.
+/// Threads: run on any number of worker threads, one executes and the others wait; stop and reset on any thread.
+class RunDoor {
+public:
+    RunDoor();
+
+    /// @param snapshot gives the pipeline at the moment when this run's turn has come.
+    void run(const std::function<Pipeline()>& snapshot);
+    void stop() { runner.stop(); }
+    void reset() { runner.reset(); }
+
+    /// Ends the run that is going on, turns those that wait away, and returns when none is left.
+    void close();
+
+    /// Of the last run that has ended.
+    const RunReport& report() const { return lastReport; }
+
+private:
+    void executeTurn(const std::function<Pipeline()>& snapshot);
+
+    Runner runner;
+    std::mutex turn;
+    std::mutex stateLock;
+    std::condition_variable nobodyIsLeft;
+    int callers = 0;        ///< Of run, waiting or executing.
+    bool isClosed = false;  ///< No run begins any more.
+    RunReport lastReport;
+};
+
+}  // namespace velmorak

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace velmorak {
+
+/// Writes one line to standard error. A line end inside the sentence becomes a blank.
+void say(const std::string& sentence);
+
+/// The text in double quotes, shortened where it is too long for a message.
+std::string inQuotes(std::string_view text);
+
+/// What someone else has said, as a part of a sentence: without its own full stop, in UTF-8.
+std::string withoutFullStop(std::string sentence);
+
+}  // namespace velmorak

@@ -1,0 +1,75 @@
+#include "Inspect.h"
+#include "Parts.h"
+
+#include <unordered_map>
+
+namespace velmorak {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Positions = std::unordered_map<const QzBase*, std::size_t>;
+
+PipelineInput inputOf(const QzBase::Part& part, std::size_t position, const Positions& positions) {
+    const QzBase::Input& input = part.inputs[position];
+    PipelineInput made;
+    made.spec = part.inputSpecs[position];
+    made.value = input.value;
+    if (input.source != nullptr)
+        made.wire = {positions.at(input.source), QzBase::Part::of(*input.source).outputs[input.sourceOutput].name};
+    return made;
+}
+
+PipelineNode nodeOf(const QzBase& node, const Positions& positions) {
+    const QzBase::Part& part = QzBase::Part::of(node);
+    PipelineNode made;
+    made.name = node.name;
+    made.kindName = part.record->name;
+    made.kind = part.kind;
+    for (std::size_t i = 0; i < part.inputs.size(); ++i)
+        made.inputs.push_back(inputOf(part, i, positions));
+    made.outputs = part.outputSpecs;
+    return made;
+}
+
+/// Beside the document; an example's results, and those of a pipeline without a document, in the current folder.
+fs::path resultsFolderOf(const fs::path& document, const Catalogue& catalogue) {
+    std::error_code error;
+    const fs::path here = fs::current_path(error);
+    if (document.empty())
+        return here / "untitled.results";
+    const fs::path folder = catalogue.isExample(document) ? here : document.parent_path();
+    const std::string name = document.extension() == ".zedra" ? document.stem().string() : document.filename().string();
+    return folder / (name + ".results");
+}
+
+}  // namespace
+
+const RunReport& lastReport(const QzManager& manager) {
+    return QzManager::Part::of(manager).runs.report();
+}
+
+const std::string& lastReadError(const QzManager& manager) {
+    return QzManager::Part::of(manager).readError;
+}
+
+Pipeline pipelineOf(const QzManager& manager) {
+    const QzManager::Part& owner = QzManager::Part::of(manager);
+    Pipeline made;
+    fs::path document;
+    {
+        const std::lock_guard guard(owner.lock);
+        Positions positions;
+        for (const QzBase* node : manager.plugins)
+            positions.emplace(node, positions.size());
+        for (const QzBase* node : manager.plugins)
+            made.nodes.push_back(nodeOf(*node, positions));
+        document = owner.documentPath;
+        made.commandLineAida = owner.commandLineAida;
+    }
+    made.documentFolder = document.parent_path();
+    made.resultsFolder = resultsFolderOf(document, owner.catalogue);
+    return made;
+}
+
+}  // namespace velmorak
