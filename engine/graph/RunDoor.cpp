@@ -31,7 +31,7 @@ void RunDoor::executeTurn(const std::function<Pipeline()>& snapshot) {
             return;
     }
     try {
-        lastReport = runner.run(snapshot());
+        lastReport = runner.run(snapshot);
     } catch (const std::exception& error) {
         say(std::string("The run ended: ") + error.what() + ".");
     }

@@ -89,13 +89,22 @@ Runner::Runner(std::ostream& messages, bool isTerminal) : part(std::make_unique<
 Runner::~Runner() = default;
 
 RunReport Runner::run(const Pipeline& pipeline) {
+    return run([&pipeline] { return pipeline; });
+}
+
+RunReport Runner::run(const std::function<Pipeline()>& snapshot) {
     const auto stopping = std::make_shared<std::atomic<bool>>(false);
     {
         const std::scoped_lock lock(part->mutex);
         part->stopping = stopping;
     }
+    Pipeline pipeline;
     RunReport report;
-    if (const auto problem = problemIn([&] { report = part->execute(pipeline, *stopping); })) {
+    const auto work = [&] {
+        pipeline = snapshot();
+        report = part->execute(pipeline, *stopping);
+    };
+    if (const auto problem = problemIn(work)) {
         report.nodes.assign(pipeline.nodes.size(), {Outcome::Failed, problem->sentence, 0, 0, 0.0, {}});
         part->messages.line("The run failed: " + problem->sentence);
     }

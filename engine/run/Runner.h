@@ -2,6 +2,7 @@
 
 #include "Pipeline.h"
 
+#include <functional>
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -44,6 +45,9 @@ public:
     ~Runner();
 
     RunReport run(const Pipeline& pipeline);
+
+    /// As above. The snapshot is taken when a stop already counts, so that none gets lost between the two.
+    RunReport run(const std::function<Pipeline()>& snapshot);
 
     /// Asks the run that is going on to end. Without one, nothing happens and the next run is not affected.
     void stop();
