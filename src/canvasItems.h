@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CanvasPoint.h"
+
 #include <goocanvasmm/item.h>
 
 /// What an item carries in its "title": a box the name of its plug-in, the text of an input "input", others nothing.
@@ -10,4 +12,11 @@ inline Glib::ustring titleOf(const Glib::RefPtr<Goocanvas::Item>& item) {
         item->get_property("title", title);
     }
     return title;
+}
+
+inline CanvasPoint placeOf(const Glib::RefPtr<Goocanvas::Item>& item) {
+    CanvasPoint place{0, 0};
+    item->get_property("x", place.x);
+    item->get_property("y", place.y);
+    return place;
 }

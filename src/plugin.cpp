@@ -1,5 +1,6 @@
 #include "plugin.h"
 
+#include "canvasItems.h"
 #include "colours.h"
 
 #include <QzBase.h>
@@ -186,6 +187,26 @@ void plugin::raise_to_top() {
             text->raise(box);
         }
     }
+}
+
+CanvasPoint plugin::outputAnchor(const Glib::ustring& port) {
+    const std::size_t position = outputIndex[port];
+    if (position < outputTexts.size()) {
+        return placeOf(outputTexts[position]);
+    }
+    double width = 0;
+    box->get_property("width", width);
+    const auto [x, y] = placeOf(box);
+    return {x + width - portInset, y + headerHeight};
+}
+
+CanvasPoint plugin::inputAnchor(const Glib::ustring& port) {
+    const std::size_t position = inputIndex[port];
+    if (position < inputTexts.size()) {
+        return placeOf(inputTexts[position]);
+    }
+    const auto [x, y] = placeOf(box);
+    return {x + portInset, y + headerHeight};
 }
 
 QzBase* plugin::GetPlugin() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CanvasPoint.h"
+
 #include <glibmm/refptr.h>
 #include <glibmm/ustring.h>
 #include <goocanvasmm/canvas.h>
@@ -43,6 +45,11 @@ public:
     void raise_to_top();
 
     QzBase* GetPlugin();
+
+    /// Where a wire begins or ends: the place of that port's text. A name that is not shown is entered in the index as
+    /// the first port; on a side that shows no port it is the place where the first one would stand.
+    CanvasPoint outputAnchor(const Glib::ustring& port);
+    CanvasPoint inputAnchor(const Glib::ustring& port);
 
     /// Lets go of the object: it stays in the manager when this node dies.
     void release();

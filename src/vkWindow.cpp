@@ -147,6 +147,10 @@ void vkWindow::connectSignals() {
     startButton.signal_clicked().connect(sigc::mem_fun(*this, &vkWindow::start_button_clicked));
     resetButton.signal_clicked().connect(sigc::mem_fun(*this, &vkWindow::reset_button_clicked));
     kindSelector.signal_changed().connect(sigc::mem_fun(*this, &vkWindow::on_combo_changed));
+    // A menu, a dialog or another program that takes the pointer also takes the release that would end a gesture.
+    canvas.signal_grab_broken_event().connect(
+        sigc::bind_return(sigc::hide(sigc::mem_fun(*this, &vkWindow::endGestures)), false));
+    canvas.signal_grab_notify().connect(sigc::hide(sigc::mem_fun(*this, &vkWindow::endGestures)));
     kindSelector.append(selectorHeading);
     kindSelector.set_active(0);
 }
@@ -237,7 +241,7 @@ void vkWindow::on_plcoll() {
     pluginWindow.show();
 }
 
-vkWindow::CanvasPoint vkWindow::pointerOnCanvas() {
+CanvasPoint vkWindow::pointerOnCanvas() {
     int windowX = 0;
     int windowY = 0;
     get_pointer(windowX, windowY);

@@ -1,13 +1,14 @@
 #pragma once
 
+#include "CanvasPoint.h"
 #include "PortRef.h"
+#include "RubberBand.h"
 #include "exampleWindow.h"
 #include "pluginwindow.h"
 
 #include <glibmm/dispatcher.h>
 #include <glibmm/thread.h>
 #include <goocanvasmm/canvas.h>
-#include <goocanvasmm/path.h>
 #include <gtkmm/actiongroup.h>
 #include <gtkmm/box.h>
 #include <gtkmm/button.h>
@@ -35,9 +36,6 @@ class varWindow;
 class vkWindow : public Gtk::Window {
 public:
     using ItemRef = Glib::RefPtr<Goocanvas::Item>;
-    struct CanvasPoint {
-        double x, y;
-    };
 
     vkWindow();
     ~vkWindow() override;
@@ -107,13 +105,16 @@ protected:
     void renameConnections(const Glib::ustring& oldName, const Glib::ustring& newName);
     void forgetConnections(plugin& node, const Glib::ustring& name);
     void drawPath(const PortRef& input, const std::string& data);
-    void forgetConnection(const PortRef& input);           ///< Its path off the canvas, out of both maps.
-    void deleteAll();                                      ///< pldelete for every key of pluginMap.
-    void joinWorker(), stopWorker();                       ///< Wait for a run to end; stopWorker asks it to.
-    bool hasChanges();                                     ///< Takes over the nodes' changed flags first.
-    void select(const ItemRef& item);                      ///< In place of the box that was selected before.
-    void colourBox(const ItemRef& item, bool isSelected);  ///< By the name in its "title".
-    void moveRubberBand();
+    void forgetConnection(const PortRef& input);  ///< Its path off the canvas, out of both maps.
+    void deleteAll();                             ///< pldelete for every key of pluginMap.
+    void joinWorker(), stopWorker();              ///< Wait for a run to end; stopWorker asks it to.
+    bool hasChanges();                            ///< Takes over the nodes' changed flags first.
+    void setBoxColour(plugin& node, bool isSelected);
+    void select(const ItemRef& item);  ///< In place of the box that was selected before.
+    void dragTo(const ItemRef& item, CanvasPoint pointer);
+    void storePlace(const ItemRef& item);                                ///< Hands a box's place over to the library.
+    Glib::ustring plugInAmong(const std::vector<ItemRef>& items) const;  ///< Named by the second item or a later one.
+    void endGestures();             ///< A box in motion stays where it is, a wire that is being drawn goes.
     CanvasPoint pointerOnCanvas();  ///< Whatever the scrolling and the zoom.
 
     QzManager* manager = nullptr;
@@ -139,12 +140,11 @@ protected:
     Glib::RefPtr<Gtk::UIManager> uiManager;
     Gtk::Widget* menuBar = nullptr;
     bool modified = false;
-    ItemRef selectedItem;  ///< Box of the selected node, or empty.
+    ItemRef selectedItem, draggedBox;  ///< Boxes, or empty.
     bool dragging = false;
     CanvasPoint lastPointer{0, 0};
     bool wiring = false;
-    Glib::RefPtr<Goocanvas::Path> rubberBand;
     PortRef wiringSource;
-    CanvasPoint wiringStart{0, 0};
+    RubberBand rubberBand;
     varWindow* lastDialog = nullptr;  ///< Written when a variables dialog is made, read nowhere.
 };

@@ -18,6 +18,7 @@ PortRef sourceOf(const QzBase::Input& input) {
 }  // namespace
 
 void vkWindow::open(const Glib::ustring& file) {
+    endGestures();
     manager->ReadDocument(file);
     for (QzBase* object : manager->plugins) {
         addPlugin(object, "");

@@ -148,6 +148,7 @@ void vkWindow::pldelete(const Glib::ustring& name) {
     if (!node) {
         return;
     }
+    endGestures();
     forgetConnections(*node, name);
     for (auto& [key, held] : pluginMap) {
         if (held == node) {

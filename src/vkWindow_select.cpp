@@ -12,6 +12,13 @@ constexpr double canvasHeight = 1200;
 
 }  // namespace
 
+void vkWindow::setBoxColour(plugin& node, bool isSelected) {
+    const bool isStart = manager->IndexOf(node.GetPlugin()->name) == 0;
+    const auto plain = isStart ? colours::start : colours::other;
+    const auto bright = isStart ? colours::startSelected : colours::otherSelected;
+    node.box->set_property("fill_color_rgba", isSelected ? bright : plain);
+}
+
 bool vkWindow::click(const ItemRef& item, GdkEventButton* event) {
     if (item != selectedItem) {
         select(item);
@@ -20,67 +27,81 @@ bool vkWindow::click(const ItemRef& item, GdkEventButton* event) {
     if (event->button == 1) {
         start_drag(item);
     } else if (event->button == 3) {
+        endGestures();  // The menu takes the pointer: no release would reach the canvas any more.
         nodeMenu.popup(event->button, event->time);
     }
     return false;
 }
 
 void vkWindow::select(const ItemRef& item) {
-    if (selectedItem) {
-        colourBox(selectedItem, false);
+    // By name and not by item: a node that was redrawn since has another box.
+    if (plugin* former = selectedItem ? nodeOf(titleOf(selectedItem)) : nullptr) {
+        setBoxColour(*former, false);
     }
-    colourBox(item, true);
     if (plugin* node = nodeOf(titleOf(item))) {
+        setBoxColour(*node, true);
         node->raise_to_top();
     }
     selectedItem = item;
 }
 
-void vkWindow::colourBox(const ItemRef& item, bool isSelected) {
-    const bool isStart = manager->IndexOf(titleOf(item)) == 0;
-    const auto plain = isStart ? colours::start : colours::other;
-    const auto bright = isStart ? colours::startSelected : colours::otherSelected;
-    item->set_property("fill_color_rgba", isSelected ? bright : plain);
-}
-
-bool vkWindow::start_drag(const ItemRef&) {
+bool vkWindow::start_drag(const ItemRef& item) {
     dragging = true;
+    draggedBox = item;
     lastPointer = pointerOnCanvas();
     return false;
 }
 
-bool vkWindow::mouse_drag(const ItemRef& item, GdkEventMotion*) {
-    if (!dragging) {
-        if (wiring) {
-            moveRubberBand();
-        }
-        return false;
+bool vkWindow::mouse_drag(const ItemRef& item, GdkEventMotion* /*event*/) {
+    if (dragging) {
+        dragTo(item, pointerOnCanvas());
+    } else if (wiring) {
+        rubberBand.follow(pointerOnCanvas());
     }
-    const CanvasPoint pointer = pointerOnCanvas();
+    return false;
+}
+
+void vkWindow::dragTo(const ItemRef& item, CanvasPoint pointer) {
     if (plugin* node = nodeOf(titleOf(item))) {
         node->translate(static_cast<float>(pointer.x - lastPointer.x), static_cast<float>(pointer.y - lastPointer.y));
     }
+    // Every path is made anew, whichever node moves.
     for (const auto& [input, output] : connectionMap) {
         connect(output, input);
     }
     lastPointer = pointer;
+}
+
+bool vkWindow::stop_drag(const ItemRef& item, GdkEventButton* /*event*/) {
+    dragging = false;
+    draggedBox.reset();
+    storePlace(item);
+    modified = true;
     return false;
 }
 
-bool vkWindow::stop_drag(const ItemRef& item, GdkEventButton*) {
-    dragging = false;
-    if (plugin* node = nodeOf(titleOf(item))) {
-        double x = 0;
-        double y = 0;
-        float width = 0;
-        float height = 0;
-        item->get_property("x", x);
-        item->get_property("y", y);
-        node->GetPlugin()->GetOuterExtent(width, height);
-        node->GetPlugin()->SetPosition(static_cast<float>(x), static_cast<float>(canvasHeight - y - height));
+void vkWindow::storePlace(const ItemRef& boxItem) {
+    plugin* node = nodeOf(titleOf(boxItem));
+    if (!node) {
+        return;
     }
-    modified = true;
-    return false;
+    const auto [x, y] = placeOf(boxItem);
+    float width = 0;
+    float height = 0;
+    QzBase* object = node->GetPlugin();
+    object->GetOuterExtent(width, height);
+    object->SetPosition(static_cast<float>(x), static_cast<float>(canvasHeight - y - height));
+}
+
+void vkWindow::endGestures() {
+    if (dragging) {
+        dragging = false;
+        storePlace(draggedBox);
+        modified = true;
+    }
+    draggedBox.reset();
+    wiring = false;
+    rubberBand.remove();
 }
 
 void vkWindow::on_del() {
@@ -93,33 +114,33 @@ void vkWindow::on_del() {
 }
 
 void vkWindow::on_collapse() {
-    if (!selectedItem) {
+    plugin* node = selectedItem ? nodeOf(titleOf(selectedItem)) : nullptr;
+    if (!node) {
         return;
     }
-    Glib::ustring name = titleOf(selectedItem);
-    if (plugin* node = nodeOf(name)) {
-        node->GetPlugin()->SetExpanded(!node->GetPlugin()->IsExpanded());
-        node->draw();
-        reconnect(name);
-        // Deliberate: what is selected is the old box, so the new one looks unselected until it is clicked.
-        colourBox(node->box, false);
-        modified = true;
-    }
+    endGestures();
+    QzBase* object = node->GetPlugin();
+    object->SetExpanded(!object->IsExpanded());
+    node->draw();
+    Glib::ustring name = object->name;
+    reconnect(name);
+    // Deliberate: the selected item is the former box, and the new one looks unselected until it is clicked.
+    setBoxColour(*node, false);
+    modified = true;
 }
 
 void vkWindow::on_setstart() {
-    if (!selectedItem) {
+    plugin* node = selectedItem ? nodeOf(titleOf(selectedItem)) : nullptr;
+    if (!node) {
         return;
     }
-    const Glib::ustring start = manager->plugins.empty() ? std::string() : manager->plugins.front()->name;
-    const Glib::ustring name = titleOf(selectedItem);
-    plugin* node = nodeOf(name);
-    if (name == start || !node) {
+    const std::string formerName = manager->plugins.empty() ? std::string() : manager->plugins.front()->name;
+    const std::string& name = node->GetPlugin()->name;
+    if (name == formerName) {
         return;
     }
-    plugin* former = nodeOf(start);
     manager->SetStart(manager->IndexOf(name));
-    if (former) {
+    if (plugin* former = nodeOf(formerName)) {
         former->box->set_property("fill_color_rgba", colours::other);
     }
     node->box->set_property("fill_color_rgba", colours::startSelected);

@@ -9,33 +9,11 @@
 
 namespace {
 
-/// Where a wire ends, in whole canvas units.
+/// Where a wire ends, in whole canvas units: fractions are cut off.
 struct Anchor {
+    explicit Anchor(CanvasPoint place) : x(static_cast<int>(place.x)), y(static_cast<int>(place.y)) {}
     int x, y;
 };
-
-/// Place of the named port's text. A name that is not shown counts as the first port; a side without any port is
-/// replaced by the corner at which its first one would stand.
-Anchor anchorOf(const std::vector<plugin::TextItem>& texts, std::map<Glib::ustring, unsigned short>& index,
-                const Glib::ustring& port, Anchor corner) {
-    const unsigned short position = index[port];
-    if (position >= texts.size()) {
-        return corner;
-    }
-    Anchor anchor{};
-    texts[position]->get_property("x", anchor.x);
-    texts[position]->get_property("y", anchor.y);
-    return anchor;
-}
-
-Anchor cornerOf(const plugin& node, bool isRight) {
-    Anchor corner{};
-    int width = 0;
-    node.box->get_property("x", corner.x);
-    node.box->get_property("y", corner.y);
-    node.box->get_property("width", width);
-    return {isRight ? corner.x + width - 5 : corner.x + 5, corner.y + 30};
-}
 
 /// A curve that leaves the output and enters the input horizontally, three units beside their anchors. Where the input
 /// lies left of the output its control points cross, deliberately.
@@ -67,8 +45,8 @@ void vkWindow::connect(const PortRef& from, const PortRef& to) {
     if (!sender || !receiver) {
         return;
     }
-    const Anchor start = anchorOf(sender->outputTexts, sender->outputIndex, from[1], cornerOf(*sender, true));
-    const Anchor end = anchorOf(receiver->inputTexts, receiver->inputIndex, to[1], cornerOf(*receiver, false));
+    const Anchor start(sender->outputAnchor(from[1]));
+    const Anchor end(receiver->inputAnchor(to[1]));
     connectionMap[to] = from;
     drawPath(to, curve(start, end));
     if (!isBound(*receiver->GetPlugin(), to[1], *sender->GetPlugin(), from[1])) {
@@ -95,8 +73,9 @@ void vkWindow::reconnect(Glib::ustring& name) {
     if (!node) {
         return;
     }
+    endGestures();  // The items that the pointer held are gone.
     if (selectedItem && titleOf(selectedItem) == name) {
-        colourBox(node->box, true);
+        setBoxColour(*node, true);
     }
     for (const auto& [input, output] : connectionMap) {
         if (nodeOf(input[0]) == node || nodeOf(output[0]) == node) {

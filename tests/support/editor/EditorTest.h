@@ -19,6 +19,7 @@ public:
     using vkWindow::controlRow;
     using vkWindow::deleteAll;
     using vkWindow::dragging;
+    using vkWindow::endGestures;
     using vkWindow::exampleWindow;
     using vkWindow::hasChanges;
     using vkWindow::kindMap;
@@ -44,7 +45,6 @@ public:
     using vkWindow::uiManager;
     using vkWindow::wiring;
     using vkWindow::wiringSource;
-    using vkWindow::wiringStart;
     using vkWindow::worker;
 };
 
