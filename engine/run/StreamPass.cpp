@@ -41,6 +41,7 @@ struct StreamPass::Work {
         std::chrono::nanoseconds time{0};
     };
 
+    HandOver place;  ///< From stage to stage.
     Chunk chunk;
     std::vector<Made> made;  ///< Parallel to the steps.
 };
@@ -121,42 +122,55 @@ void StreamPass::prepare(Step& step) {
 
 void StreamPass::pump(std::size_t threads) {
     using oneapi::tbb::filter_mode;
-    using WorkPtr = std::shared_ptr<Work>;
-    oneapi::tbb::parallel_pipeline(
-        2 * threads,
-        oneapi::tbb::make_filter<void, WorkPtr>(filter_mode::serial_in_order, [this](
-                                                                                  oneapi::tbb::flow_control& control) {
-            WorkPtr work = read();
-            if (!work) {
-                control.stop();
-            }
-            return work;
-        }) & oneapi::tbb::make_filter<WorkPtr, WorkPtr>(filter_mode::parallel, [this](WorkPtr work) {
-            perform(*work);
-            return work;
-        }) & oneapi::tbb::make_filter<WorkPtr, void>(filter_mode::serial_in_order, [this](const WorkPtr& work) {
-            takeIn(*work);
-        }));
+    using oneapi::tbb::make_filter;
+    for (std::size_t i = 0; i < 2 * threads; ++i) {
+        works.push_back(std::make_unique<Work>());
+    }
+    const auto first = make_filter<void, Work*>(filter_mode::serial_in_order, [this](auto& control) {
+        Work* work = read();
+        if (!work) {
+            control.stop();
+        }
+        return work;
+    });
+    const auto second = make_filter<Work*, Work*>(filter_mode::parallel, [this](Work* work) {
+        perform(*work);
+        return work;
+    });
+    const auto third = make_filter<Work*, void>(filter_mode::serial_in_order, [this](Work* work) { takeIn(*work); });
+    reading.leave();
+    takingIn.leave();
+    oneapi::tbb::parallel_pipeline(works.size(), first & second & third);
+    reading.enter();
+    takingIn.enter();
 }
 
-std::shared_ptr<StreamPass::Work> StreamPass::read() {
+StreamPass::Work* StreamPass::read() {
+    reading.enter();
     if (state.isStopping() || !hasWork || sourceProblem) {
         return nullptr;
     }
     const Instant::time_point begin = Instant::now();
-    auto work = std::make_shared<Work>();
+    // Chunks are done with in their order, so the one that had this place is.
+    Work& work = *works[chunks % works.size()];
+    work.place.enter();
+    work.chunk = {};
     bool hasRows = false;
-    sourceProblem = problemIn([&] { hasRows = reader->next(work->chunk); });
+    sourceProblem = problemIn([&] { hasRows = reader->next(work.chunk); });
     readingTime += Instant::now() - begin;
     if (sourceProblem || !hasRows) {
+        reading.leave();
         return nullptr;
     }
-    work->chunk.number = chunks++;
-    work->chunk.firstRow = rows;
-    rows += work->chunk.rows;
-    work->made.resize(steps.size());
+    work.chunk.number = chunks++;
+    work.chunk.firstRow = rows;
+    rows += work.chunk.rows;
+    work.made.clear();
+    work.made.resize(steps.size());
     showProgress();
-    return work;
+    work.place.leave();
+    reading.leave();
+    return &work;
 }
 
 void StreamPass::showProgress() {
@@ -176,11 +190,13 @@ void StreamPass::showProgress() {
 }
 
 void StreamPass::perform(Work& work) {
+    work.place.enter();
     std::vector<std::optional<Chunk>> tables(steps.size());
     for (std::size_t i = 0; i < steps.size() && !state.isStopping(); ++i) {
         performStep(i, work, tables);
     }
     work.chunk.columns.clear();
+    work.place.leave();
 }
 
 void StreamPass::performStep(std::size_t position, Work& work, std::vector<std::optional<Chunk>>& tables) {
@@ -211,9 +227,13 @@ void StreamPass::performStep(std::size_t position, Work& work, std::vector<std::
 }
 
 void StreamPass::takeIn(Work& work) {
+    takingIn.enter();
+    work.place.enter();
     for (std::size_t i = 0; i < steps.size() && !state.isStopping(); ++i) {
         takeInStep(i, work);
     }
+    work.place.leave();
+    takingIn.leave();
 }
 
 void StreamPass::takeInStep(std::size_t position, Work& work) {

@@ -32,10 +32,21 @@ private:
     struct Step;
     struct Work;
 
+    /// Makes what one thread did before leave visible to another after enter. The scheduler of the stages does so as
+    /// well; but it is not ours, and a tool that checks our threads cannot see into it.
+    class HandOver {
+    public:
+        void leave() { mark.store(true, std::memory_order_release); }
+        void enter() const { static_cast<void>(mark.load(std::memory_order_acquire)); }
+
+    private:
+        std::atomic<bool> mark = false;
+    };
+
     void open();
     void prepare(Step& step);
     void pump(std::size_t threads);
-    std::shared_ptr<Work> read();
+    Work* read();
     void perform(Work& work);
     void performStep(std::size_t position, Work& work, std::vector<std::optional<Chunk>>& tables);
     void takeIn(Work& work);
@@ -49,6 +60,9 @@ private:
     std::size_t source;
     std::unique_ptr<TableReader> reader;
     std::vector<std::unique_ptr<Step>> steps;
+    std::vector<std::unique_ptr<Work>> works;  ///< One for each chunk that may be on its way; they are used again.
+    HandOver reading;
+    HandOver takingIn;
     std::atomic<bool> hasWork = true;  ///< Some step is not dropped.
     std::uint64_t chunks = 0;
     std::uint64_t rows = 0;
