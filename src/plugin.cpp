@@ -55,6 +55,9 @@ plugin::plugin(QzManager* manager, Goocanvas::Canvas& canvas, QzBase* object, Gl
 }
 
 plugin::~plugin() {
+    if (*self == this) {
+        *self = nullptr;
+    }
     removeItems();
     if (object) {
         manager->DeletePlugin(manager->IndexOf(object->GetName()));
@@ -215,4 +218,15 @@ QzBase* plugin::GetPlugin() {
 
 void plugin::release() {
     object = nullptr;
+}
+
+std::shared_ptr<plugin*> plugin::handle() const {
+    return self;
+}
+
+void plugin::succeed(plugin& former) {
+    self = former.self;
+    *self = this;
+    changed = former.changed;
+    former.release();
 }

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <vector>
 
 class QzBase;
@@ -54,6 +55,12 @@ public:
     /// Lets go of the object: it stays in the manager when this node dies.
     void release();
 
+    /// Leads to this node, or to the one that succeeded it; to null once that is gone too.
+    std::shared_ptr<plugin*> handle() const;
+
+    /// Takes the place of another node of the same object, which lets go of it.
+    void succeed(plugin& former);
+
     Glib::RefPtr<Goocanvas::Rect> box;  ///< Empty until the first draw; its "title" is the object's name.
     Glib::ustring uniqueName;           ///< Name when the node was made; a later rename does not change it.
     Glib::ustring kindName;             ///< Second title line.
@@ -88,4 +95,5 @@ private:
     QzBase* object;
     TextItem titleText;
     TextItem kindText;
+    std::shared_ptr<plugin*> self = std::make_shared<plugin*>(this);
 };

@@ -53,8 +53,7 @@ void vkWindow::replaceTwin(plugin& node) {
         }
     }
     if (twin) {
-        node.changed = twin->changed;
-        twin->release();
+        node.succeed(*twin);
         delete twin;
     }
 }

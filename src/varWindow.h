@@ -1,0 +1,76 @@
+#pragma once
+
+#include <gtkmm/box.h>
+#include <gtkmm/entry.h>
+#include <gtkmm/label.h>
+#include <gtkmm/toolbutton.h>
+#include <gtkmm/window.h>
+
+#include "QzBase.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+class plugin;
+class varWindow;
+class vkWindow;
+
+/// The refresh button of one row: sends the row's value to the library, also when it is the value that it has.
+class sendButton : public Gtk::ToolButton {
+public:
+    /// @param index position of the input in the plug-in's list, -1 for the row of the name.
+    sendButton(std::shared_ptr<plugin*> node, Gtk::Entry* entry, int index, varWindow* dialog);
+
+    void send();
+
+private:
+    std::shared_ptr<plugin*> node;
+    Gtk::Entry* entry;
+    int index;
+    varWindow* dialog;
+};
+
+/// Shows and edits one plug-in's name and the values of its inputs, as plain text that the library judges.
+///
+/// Lifetime: made by new, shown at once, deletes itself on "OK" and "Cancel". Closed by the window manager it is hidden
+///           and stays. When the plug-in is gone, the buttons change nothing any more.
+class varWindow : public Gtk::Window {
+public:
+    varWindow(vkWindow* main, plugin* node);
+    ~varWindow() override;
+
+    /// One row for the name and one for each input.
+    void createFields();
+
+    /// Hands what was edited to the library, then redraws the node if it has changes that were not saved.
+    void apply_changes();
+
+    void on_apply();
+    void on_ok();
+    void exit();
+
+private:
+    QzBase* object() const;  ///< Null when the plug-in is gone.
+    void buildButtons();
+    void addRow(const Glib::ustring& label, Gtk::Entry& entry, int index);
+    void addSendButton(Gtk::Entry& entry, int index);
+    static void show(Gtk::Entry& entry, const QzBase::Input& input);
+    void removeRows();
+    void updateRows();
+    void applyName();
+    void applyValues();
+    void redrawNode();
+
+    vkWindow* mainWindow;
+    Gtk::HBox fieldsRow{false, 0};
+    Gtk::HBox buttonRow{false, 0};
+    Gtk::VBox labelColumn{false, 0};
+    Gtk::VBox entryColumn{false, 0};
+    Gtk::VBox sendColumn{false, 0};
+    Gtk::VBox outerBox{false, 0};
+    std::vector<Gtk::Entry*> valueEntries;  ///< Of the inputs' rows; position i is input i.
+    Gtk::Entry* nameEntry = nullptr;
+    std::shared_ptr<plugin*> node;        ///< Leads to null when the node is gone.
+    std::vector<std::string> inputNames;  ///< Parallel to valueEntries: what the row was made for.
+};

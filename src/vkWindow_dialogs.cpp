@@ -1,0 +1,258 @@
+#include "colours.h"
+#include "plugin.h"
+#include "varWindow.h"
+#include "vkWindow.h"
+
+#include <QzManager.h>
+#include <gtkmm/button.h>
+#include <gtkmm/stock.h>
+
+namespace {
+
+// The position of an input that stood at `position` when its row was made; -1 when it is gone.
+int positionOf(QzBase& object, const std::string& name, std::size_t position) {
+    const auto& inputs = object.Inputs();
+    const bool isInPlace = position < inputs.size() && inputs[position].name == name;
+    return isInPlace ? static_cast<int>(position) : object.InputIndex(name);
+}
+
+void setValue(const plugin& node, QzBase& object, int input, const std::string& value) {
+    QzManager* manager = object.GetManager();
+    manager->SetInputValue(manager->IndexOf(node.uniqueName), input, value);
+}
+
+Glib::ustring nameOfSource(const QzBase::Input& input) {
+    const auto& outputs = input.source->Outputs();
+    const std::string output = input.sourceOutput < outputs.size() ? outputs[input.sourceOutput].name : std::string();
+    return input.source->name + " " + output;
+}
+
+void removeChildren(Gtk::Box& column) {
+    for (Gtk::Widget* child : column.get_children()) {
+        column.remove(*child);
+    }
+}
+
+}  // namespace
+
+sendButton::sendButton(std::shared_ptr<plugin*> node, Gtk::Entry* entry, int index, varWindow* dialog)
+    : Gtk::ToolButton(Gtk::Stock::REFRESH), node(std::move(node)), entry(entry), index(index), dialog(dialog) {
+    signal_clicked().connect(sigc::mem_fun(*this, &sendButton::send));
+}
+
+void sendButton::send() {
+    if (!*node) {
+        return;
+    }
+    QzBase& object = *(*node)->GetPlugin();
+    const std::string text = entry->get_text();
+    if (index < 0) {
+        if (text != object.GetName()) {
+            dialog->on_apply();  // takes this button away
+        }
+        return;
+    }
+    const auto& inputs = object.Inputs();
+    const auto position = static_cast<std::size_t>(index);
+    if (position < inputs.size() && inputs[position].value == text) {
+        // Deliberate: sent though nothing changed, so that the library takes the value up once more.
+        setValue(**node, object, index, text);
+    } else {
+        dialog->on_apply();  // takes this button away
+    }
+}
+
+varWindow::varWindow(vkWindow* main, plugin* edited) : mainWindow(main), node(edited->handle()) {
+    set_title(edited->uniqueName + " Variables");
+    set_resizable(false);
+    createFields();
+    buildButtons();
+    fieldsRow.add(labelColumn);
+    fieldsRow.add(entryColumn);
+    fieldsRow.add(sendColumn);
+    outerBox.add(fieldsRow);
+    outerBox.add(buttonRow);
+    set_keep_above(true);
+    add(outerBox);
+    show_all();
+    Gtk::Window::show();
+}
+
+varWindow::~varWindow() = default;
+
+void varWindow::buildButtons() {
+    const auto addButton = [this](const Glib::ustring& label, void (varWindow::*handler)()) {
+        auto* button = Gtk::make_managed<Gtk::Button>(label);
+        buttonRow.add(*button);
+        button->signal_clicked().connect(sigc::mem_fun(*this, handler));
+    };
+    addButton("OK", &varWindow::on_ok);
+    addButton("Apply", &varWindow::on_apply);
+    addButton("Cancel", &varWindow::exit);
+}
+
+QzBase* varWindow::object() const {
+    return *node ? (*node)->GetPlugin() : nullptr;
+}
+
+void varWindow::createFields() {
+    valueEntries.clear();
+    inputNames.clear();
+    QzBase* edited = object();
+    if (!edited) {
+        return;
+    }
+    nameEntry = Gtk::make_managed<Gtk::Entry>();
+    nameEntry->set_text(edited->GetName());
+    addRow("Name", *nameEntry, -1);
+    for (std::size_t i = 0; i < edited->Inputs().size(); ++i) {
+        const QzBase::Input& input = edited->Inputs()[i];
+        auto* entry = Gtk::make_managed<Gtk::Entry>();
+        valueEntries.push_back(entry);
+        inputNames.push_back(input.name);
+        show(*entry, input);
+        addRow(input.name, *entry, static_cast<int>(i));
+    }
+}
+
+void varWindow::addRow(const Glib::ustring& label, Gtk::Entry& entry, int index) {
+    labelColumn.add(*Gtk::make_managed<Gtk::Label>(label));
+    entryColumn.add(entry);
+    addSendButton(entry, index);
+}
+
+void varWindow::addSendButton(Gtk::Entry& entry, int index) {
+    sendColumn.add(*Gtk::make_managed<sendButton>(node, &entry, index, this));
+}
+
+// What feeds the input, in grey and not to be edited; its value where nothing does.
+void varWindow::show(Gtk::Entry& entry, const QzBase::Input& input) {
+    const bool isFed = input.source != nullptr;
+    entry.set_text(isFed ? nameOfSource(input) : Glib::ustring(input.value));
+    entry.set_editable(!isFed);
+    if (isFed) {
+        entry.override_color(Gdk::RGBA("grey"), entry.get_state_flags());
+    } else {
+        entry.unset_color(entry.get_state_flags());
+    }
+}
+
+void varWindow::apply_changes() {
+    if (!object()) {
+        return;
+    }
+    applyName();
+    applyValues();
+    // Deliberate: redrawn as long as anything is unsaved, whether or not this call changed something.
+    if ((*node)->changed) {
+        redrawNode();
+    }
+}
+
+void varWindow::applyName() {
+    QzBase& edited = *object();
+    const std::string oldName = edited.GetName();
+    if (!nameEntry || nameEntry->get_text().raw() == oldName) {
+        return;
+    }
+    edited.SetName(nameEntry->get_text());
+    (*node)->changed = true;
+    // The library may refuse a name; the maps follow the name that it holds.
+    if (edited.GetName() != oldName) {
+        mainWindow->renamePlugin(oldName, edited.GetName());
+        (*node)->uniqueName = edited.GetName();
+    }
+}
+
+void varWindow::applyValues() {
+    QzBase& edited = *object();
+    for (std::size_t i = 0; i < valueEntries.size(); ++i) {
+        // A value that was just set may have moved or removed the inputs behind it.
+        const int position = positionOf(edited, inputNames[i], i);
+        if (position < 0) {
+            continue;
+        }
+        const QzBase::Input& input = edited.Inputs().at(static_cast<std::size_t>(position));
+        const std::string text = valueEntries[i]->get_text();
+        if (!input.source && text != input.value) {
+            setValue(**node, edited, position, text);
+            (*node)->changed = true;
+        }
+    }
+}
+
+void varWindow::redrawNode() {
+    plugin& drawn = **node;
+    QzBase& edited = *object();
+    drawn.draw();
+    drawn.uniqueName = edited.GetName();
+    const bool isStart = edited.GetManager()->IndexOf(edited.GetName()) == 0;
+    drawn.box->set_property("fill_color_rgba", isStart ? colours::startSelected : colours::otherSelected);
+    mainWindow->reconnect(drawn.uniqueName);
+}
+
+void varWindow::on_apply() {
+    const std::size_t labels = labelColumn.get_children().size();
+    apply_changes();
+    if (!object()) {
+        return;
+    }
+    // Deliberate: the label "Name" counts as well, so that the rows are made anew but for the case that the inputs
+    // have become one more.
+    if (labels != object()->Inputs().size()) {
+        removeRows();
+        createFields();
+    } else {
+        updateRows();
+    }
+    show_all();
+    Gtk::Window::show();
+}
+
+void varWindow::removeRows() {
+    removeChildren(labelColumn);
+    removeChildren(entryColumn);
+    removeChildren(sendColumn);
+    nameEntry = nullptr;
+}
+
+// From the first row on, each row becomes that of the input at its position: the row of the name serves the first
+// input, and the dialog has a row for the name again when it is opened anew or the inputs change in number.
+void varWindow::updateRows() {
+    const auto labels = labelColumn.get_children();
+    const auto entries = entryColumn.get_children();
+    removeChildren(sendColumn);
+    nameEntry = nullptr;
+    valueEntries.clear();
+    inputNames.clear();
+    for (std::size_t k = 0; k < labels.size(); ++k) {
+        const QzBase::Input& input = object()->Inputs()[k];
+        auto& label = dynamic_cast<Gtk::Label&>(*labels[k]);
+        auto& entry = dynamic_cast<Gtk::Entry&>(*entries[k]);
+        label.set_text(input.name);
+        show(entry, input);
+        valueEntries.push_back(&entry);
+        inputNames.push_back(input.name);
+        addSendButton(entry, static_cast<int>(k));
+    }
+}
+
+void varWindow::on_ok() {
+    apply_changes();
+    delete this;
+}
+
+void varWindow::exit() {
+    delete this;
+}
+
+void vkWindow::on_var() {
+    if (!selectedItem) {
+        return;
+    }
+    Glib::ustring name;
+    selectedItem->get_property("title", name);
+    if (plugin* node = nodeOf(name)) {
+        lastDialog = new varWindow(this, node);
+    }
+}
