@@ -46,8 +46,7 @@ public:
     // Document (vkWindow_document.cpp, vkWindow_save.cpp)
     void open(const Glib::ustring& file);       ///< Has the library read the file, then builds nodes and paths.
     void checkOpen(const Glib::ustring& file);  ///< open(), after asking whether the plug-ins there are shall go.
-    void open_call(), save_call(), saveas_call();
-    void on_imgexp();
+    void open_call(), save_call(), saveas_call(), on_imgexp();
 
     // Nodes (vkWindow_nodes.cpp, vkWindow_select.cpp)
     /// Places an object of the library, or, where it is null, a new plug-in of the kind called `name`.
@@ -81,8 +80,7 @@ public:
     void after_thread();  ///< End of a run, on the main thread.
 
     // Menus (vkWindow.cpp, vkWindow_dialogs.cpp)
-    void quit();
-    void on_var();
+    void quit(), on_var();
     void on_plcoll(), examples_call();
     void on_zIn(), on_zOut(), on_z0();
     void about_call();
@@ -107,8 +105,10 @@ protected:
     void drawPath(const PortRef& input, const std::string& data);
     void forgetConnection(const PortRef& input);  ///< Its path off the canvas, out of both maps.
     void deleteAll();                             ///< pldelete for every key of pluginMap.
-    void joinWorker(), stopWorker();              ///< Wait for a run to end; stopWorker asks it to.
-    bool hasChanges();                            ///< Takes over the nodes' changed flags first.
+    bool askForRemoval();                 ///< Deletes all nodes where the user says yes; @return whether the user did.
+    void write(const std::string& file);  ///< The document; clears the flags where that succeeds.
+    void joinWorker(), stopWorker();      ///< Wait for a run to end; stopWorker asks it to.
+    bool hasChanges();                    ///< Takes over the nodes' changed flags first.
     void setBoxColour(plugin& node, bool isSelected);
     void select(const ItemRef& item);  ///< In place of the box that was selected before.
     void dragTo(const ItemRef& item, CanvasPoint pointer);

@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
         server.emplace();
     }
     // The toolkit's complaints end a test; nothing of the user's desktop comes in.
-    setenv("G_DEBUG", "fatal-criticals", 1);
+    g_log_set_always_fatal(static_cast<GLogLevelFlags>(G_LOG_LEVEL_CRITICAL | G_LOG_FATAL_MASK));
     setenv("GSETTINGS_BACKEND", "memory", 1);
     setenv("NO_AT_BRIDGE", "1", 1);
     gdk_set_allowed_backends("x11");

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <gtkmm/dialog.h>
+#include <gtkmm/filechooserdialog.h>
+
+#include <chrono>
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+/// Answers the dialogs that the program runs, in the order in which the answers were given here. A dialog that is not
+/// the expected one, or does not come, fails the test.
+class Answers {
+public:
+    Answers();
+    ~Answers();
+    Answers(const Answers&) = delete;
+    Answers& operator=(const Answers&) = delete;
+
+    /// The question with this text.
+    void question(const std::string& text, int response);
+
+    /// The chooser with this title: types the name into the folder that is given, and presses the accepting button.
+    void save(const std::filesystem::path& file);
+    void open(const std::filesystem::path& file);
+    void press(const std::string& title, int response);
+
+    /// As the window manager does it.
+    void close(const std::string& title);
+
+    bool areAllGiven() const { return expected.empty(); }
+
+private:
+    struct Answer {
+        std::string dialog;                      // text of a question, title of a chooser
+        std::function<bool(Gtk::Dialog&)> give;  // false: not yet
+    };
+
+    void expect(const std::string& dialog, std::function<bool(Gtk::Dialog&)> give);
+    void choose(const std::string& title, const std::filesystem::path& file);
+    bool look();
+    void onResponse(int response);
+    void giveUp(const std::string& why);
+
+    std::deque<Answer> expected;
+    Gtk::Dialog* answered = nullptr;  // waits for its response to come through
+    sigc::connection tick;
+    sigc::connection response;
+    std::chrono::steady_clock::time_point deadline;
+};

@@ -1,0 +1,332 @@
+#include "DialogTest.h"
+
+#include <sys/resource.h>
+
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr const char* removalQuestion = "Remove existing plugins?\n(Continuing without removal experimental)";
+constexpr const char* overwriteQuestion = "File exists. Overwrite?";
+
+bool lists(const Gtk::FileChooserDialog& chooser, const std::string& name) {
+    GtkFileFilterInfo info{};
+    info.contains = GTK_FILE_FILTER_DISPLAY_NAME;
+    info.display_name = name.c_str();
+    return gtk_file_filter_filter(const_cast<GtkFileFilter*>(chooser.get_filter()->gobj()), &info) != FALSE;
+}
+
+class SaveTest : public DialogTest {
+protected:
+    // One plug-in with unsaved values, in a document with unsaved changes.
+    void edit() {
+        add("Number").changed = true;
+        window->modified = true;
+    }
+
+    void expectFlags(bool areSet) {
+        EXPECT_EQ(window->modified, areSet);
+        EXPECT_EQ(node("Number").changed, areSet);
+    }
+
+    std::string path(const std::string& name) const { return (folder / name).string(); }
+
+    // @return what the action writes to standard output.
+    std::string outputOf(const std::string& action) {
+        testing::internal::CaptureStdout();
+        act(action);
+        return testing::internal::GetCapturedStdout();
+    }
+
+    std::string errorsOf(const std::string& action) {
+        testing::internal::CaptureStderr();
+        act(action);
+        return testing::internal::GetCapturedStderr();
+    }
+};
+
+TEST_F(SaveTest, saveOfANewDocumentAsksForANameAndTheSecondDoesNot) {
+    edit();
+    {
+        Answers answers;
+        answers.save(path("pipe"));
+        act("Save");
+    }
+    EXPECT_EQ(contentOf("pipe.zedra"), manager->DocumentText());
+    expectFlags(false);
+    add("Adder");
+    act("Save");
+    EXPECT_EQ(contentOf("pipe.zedra"), manager->DocumentText());
+    EXPECT_FALSE(window->modified);
+    EXPECT_THAT(recording::callsOf("SetFileName"), ElementsAre("SetFileName(" + path("pipe.zedra") + ")"));
+}
+
+TEST_F(SaveTest, theFileIsTheTextAndNothingElse) {
+    restart(script());
+    manager->fileName = path("empty.zedra");
+    act("Save");
+    EXPECT_TRUE(exists("empty.zedra"));
+    EXPECT_EQ(contentOf("empty.zedra"), "");
+}
+
+TEST_F(SaveTest, theExtensionIsAddedUnlessItsFirstOccurrenceEndsTheName) {
+    const std::vector<std::pair<std::string, std::string>> names = {
+        {"pipe", "pipe.zedra"},
+        {"pipe.zedra", "pipe.zedra"},
+        {"pipe.zedra.bak", "pipe.zedra.bak.zedra"},
+        {"a.zedra.zedra", "a.zedra.zedra.zedra"},
+    };
+    for (const auto& [typed, saved] : names) {
+        std::filesystem::remove(folder / saved);
+        Answers answers;
+        answers.save(path(typed));
+        EXPECT_EQ(outputOf("SaveAs"), path(typed) + '\n');
+        EXPECT_TRUE(exists(saved)) << saved;
+        EXPECT_EQ(manager->fileName, path(saved));
+    }
+}
+
+TEST_F(SaveTest, theChooserListsDocumentsAndHasItsTitleAndButtons) {
+    Answers answers;
+    answers.press("Save as", Gtk::RESPONSE_CANCEL);
+    std::vector<std::string> labels;
+    std::vector<std::string> listed;
+    Glib::signal_timeout().connect_once(
+        [&] {
+            for (Gtk::Window* shown : Gtk::Window::list_toplevels()) {
+                if (auto* chooser = dynamic_cast<Gtk::FileChooserDialog*>(shown)) {
+                    for (Gtk::Button* button : widgetsIn<Gtk::Button>(*chooser->get_action_area())) {
+                        labels.push_back(button->get_label());
+                    }
+                    for (const std::string name : {"a.zedra", "a.txt", "azedra", ".zedra"}) {
+                        if (lists(*chooser, name)) {
+                            listed.push_back(name);
+                        }
+                    }
+                }
+            }
+        },
+        0);
+    act("SaveAs");
+    EXPECT_THAT(labels, ElementsAre("Cancel", "Save"));
+    EXPECT_THAT(listed, ElementsAre("a.zedra", ".zedra"));
+}
+
+TEST_F(SaveTest, cancellingSavesNothing) {
+    edit();
+    Answers answers;
+    answers.press("Save as", Gtk::RESPONSE_CANCEL);
+    EXPECT_EQ(outputOf("SaveAs"), "");
+    expectFlags(true);
+    EXPECT_EQ(manager->fileName, "");
+    EXPECT_THAT(recording::callsOf("DocumentText"), IsEmpty());
+}
+
+TEST_F(SaveTest, closingTheChooserDoesNotEndIt) {
+    edit();
+    Answers answers;
+    answers.close("Save as");
+    answers.close("Save as");
+    answers.save(path("pipe"));
+    EXPECT_EQ(outputOf("SaveAs"), "Unexpected button clicked.\nUnexpected button clicked.\n" + path("pipe") + '\n');
+    EXPECT_TRUE(exists("pipe.zedra"));
+}
+
+TEST_F(SaveTest, overwritingIsAskedForAndYesOverwrites) {
+    edit();
+    put("pipe.zedra", "old");
+    Answers answers;
+    answers.save(path("pipe"));
+    answers.question(overwriteQuestion, Gtk::RESPONSE_YES);
+    act("SaveAs");
+    EXPECT_EQ(contentOf("pipe.zedra"), manager->DocumentText());
+    expectFlags(false);
+}
+
+TEST_F(SaveTest, afterARefusedOverwriteTheChooserComesAgainAndCancelSavesNothing) {
+    edit();
+    put("pipe.zedra", "old");
+    Answers answers;
+    answers.save(path("pipe.zedra"));
+    answers.question(overwriteQuestion, Gtk::RESPONSE_NO);
+    answers.press("Save as", Gtk::RESPONSE_CANCEL);
+    act("SaveAs");
+    EXPECT_EQ(contentOf("pipe.zedra"), "old");
+    EXPECT_EQ(manager->fileName, "");
+    expectFlags(true);
+}
+
+TEST_F(SaveTest, afterARefusedOverwriteAnotherNameCanBeChosen) {
+    put("pipe.zedra", "old");
+    Answers answers;
+    answers.save(path("pipe"));
+    answers.question(overwriteQuestion, Gtk::RESPONSE_DELETE_EVENT);
+    answers.save(path("other"));
+    EXPECT_EQ(outputOf("SaveAs"), path("pipe") + '\n' + path("other") + '\n');
+    EXPECT_EQ(contentOf("pipe.zedra"), "old");
+    EXPECT_EQ(manager->fileName, path("other.zedra"));
+}
+
+TEST_F(SaveTest, aFileThatCannotBeWrittenIsReportedAndTheDocumentStaysChanged) {
+    edit();
+    manager->fileName = "/nowhere/pipe.zedra";
+    EXPECT_EQ(errorsOf("Save"), "Couldn't write /nowhere/pipe.zedra\n");
+    expectFlags(true);
+}
+
+TEST_F(SaveTest, saveAsKeepsTheNewNameAlsoWhenItCannotBeWritten) {
+    edit();
+    std::filesystem::create_directory(folder / "sub");
+    std::filesystem::create_symlink("/nowhere/at/all", folder / "sub" / "pipe.zedra");
+    Answers answers;
+    answers.save(folder / "sub" / "pipe.zedra");
+    EXPECT_EQ(errorsOf("SaveAs"), "Couldn't write " + path("sub/pipe.zedra") + '\n');
+    EXPECT_EQ(manager->fileName, path("sub/pipe.zedra"));
+    expectFlags(true);
+}
+
+TEST_F(SaveTest, aDiskThatIsFullInTheMiddleCostsNothing) {
+    for (int i = 0; i < 200; ++i) {
+        add("Number").changed = true;
+    }
+    put("pipe.zedra", "former");
+    manager->fileName = path("pipe.zedra");
+    rlimit former{};
+    getrlimit(RLIMIT_FSIZE, &former);
+    const rlimit limit{4096, former.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    testing::internal::CaptureStderr();
+    act("Save");
+    setrlimit(RLIMIT_FSIZE, &former);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Couldn't write " + path("pipe.zedra") + '\n');
+    EXPECT_EQ(contentOf("pipe.zedra"), "former");
+    expectFlags(true);
+}
+
+TEST_F(SaveTest, savingAfterADeletionTouchesNoNodeThatIsGone) {
+    edit();
+    add("Adder").changed = true;
+    window->pldelete("Adder");
+    manager->fileName = path("pipe.zedra");
+    act("Save");
+    expectFlags(false);
+}
+
+TEST_F(SaveTest, openIntoAnEmptyWindowAsksNothingButTheName) {
+    put("chain.zedra", "");
+    Answers answers;
+    answers.open(path("chain.zedra"));
+    act("Open");
+    EXPECT_THAT(boxesOnCanvas(), ElementsAre("First", "Sum", "Parts"));
+    EXPECT_EQ(pathsOnCanvas(), 3);
+    EXPECT_FALSE(window->modified);
+}
+
+TEST_F(SaveTest, openWithRemovalLeavesOnlyTheDocument) {
+    edit();
+    put("chain.zedra", "");
+    Answers answers;
+    answers.question(removalQuestion, Gtk::RESPONSE_YES);
+    answers.open(path("chain.zedra"));
+    act("Open");
+    EXPECT_THAT(boxesOnCanvas(), ElementsAre("First", "Sum", "Parts"));
+    EXPECT_EQ(manager->plugins.size(), 3U);
+    EXPECT_FALSE(window->modified);
+}
+
+TEST_F(SaveTest, openWithoutRemovalAddsTheDocumentAndCountsAsChanged) {
+    edit();
+    window->modified = false;
+    put("chain.zedra", "");
+    Answers answers;
+    answers.question(removalQuestion, Gtk::RESPONSE_NO);
+    answers.open(path("chain.zedra"));
+    act("Open");
+    EXPECT_THAT(boxesOnCanvas(), testing::UnorderedElementsAre("Number", "First", "Sum", "Parts"));
+    EXPECT_TRUE(window->modified);
+}
+
+TEST_F(SaveTest, aCancelledOpenLeavesThePluginsRemovedAndTheFlagAlone) {
+    edit();
+    for (const bool isModified : {true, false}) {
+        add("Adder");
+        window->modified = isModified;
+        Answers answers;
+        answers.question(removalQuestion, Gtk::RESPONSE_YES);
+        answers.press("Open", Gtk::RESPONSE_CANCEL);
+        act("Open");
+        EXPECT_THAT(manager->plugins, IsEmpty());
+        EXPECT_EQ(window->modified, isModified);
+        EXPECT_THAT(recording::callsOf("ReadDocument"), IsEmpty());
+    }
+}
+
+TEST_F(SaveTest, aClosedOpenChooserReadsNothingAndDoesNotComeAgain) {
+    Answers answers;
+    answers.close("Open");
+    EXPECT_EQ(outputOf("Open"), "");
+    EXPECT_THAT(recording::callsOf("ReadDocument"), IsEmpty());
+}
+
+TEST_F(SaveTest, theRemovalQuestionReleasesTheSelectionInBothCases) {
+    for (const int answer : {Gtk::RESPONSE_NO, Gtk::RESPONSE_YES}) {
+        window->selectedItem = add("Adder").box;
+        Answers answers;
+        answers.question(removalQuestion, answer);
+        answers.press("Open", Gtk::RESPONSE_CANCEL);
+        act("Open");
+        EXPECT_FALSE(window->selectedItem);
+    }
+}
+
+TEST_F(SaveTest, checkOpenAnnouncesTheFileAndClearsTheFlagInBothCases) {
+    for (const int answer : {Gtk::RESPONSE_NO, Gtk::RESPONSE_YES}) {
+        add("Adder").changed = false;
+        Answers answers;
+        answers.question(removalQuestion, answer);
+        testing::internal::CaptureStdout();
+        window->checkOpen("/x/other.zedra");
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), "Trying to open /x/other.zedra\n");
+        EXPECT_FALSE(window->modified);
+    }
+    EXPECT_THAT(boxesOnCanvas(), ElementsAre("Alone"));
+}
+
+TEST_F(SaveTest, checkOpenOfADocumentThatCannotBeReadShowsWhatTheManagerHolds) {
+    window->checkOpen("/x/none.zedra");
+    EXPECT_THAT(boxesOnCanvas(), IsEmpty());
+    EXPECT_FALSE(window->modified);
+}
+
+TEST_F(SaveTest, removalDeletesInTheOrderOfTheNames) {
+    add("Splitter");
+    add("Adder");
+    add("Number");
+    recording::forgetCalls();
+    Answers answers;
+    answers.question(removalQuestion, Gtk::RESPONSE_YES);
+    window->checkOpen("/x/other.zedra");
+    EXPECT_THAT(recording::callsOf("DeletePlugin"),
+                ElementsAre("DeletePlugin(1)", "DeletePlugin(1)", "DeletePlugin(0)"));
+}
+
+TEST_F(SaveTest, anInputThatIsNotBoundHasNoPath) {
+    window->checkOpen("/x/collapsed.zedra");
+    EXPECT_EQ(pathsOnCanvas(), 1);
+    EXPECT_EQ(window->pathMap.count({"Sum", "a"}), 0U);
+    EXPECT_EQ(window->pathMap.count({"Sum", "b"}), 1U);
+}
+
+TEST_F(SaveTest, quittingWithYesSaves) {
+    edit();
+    manager->fileName = path("pipe.zedra");
+    Answers answers;
+    answers.question("Save changes?", Gtk::RESPONSE_YES);
+    act("Quit");
+    EXPECT_EQ(contentOf("pipe.zedra"), manager->DocumentText());
+    expectFlags(false);
+}
+
+}  // namespace
