@@ -42,7 +42,8 @@ private:
 };
 
 std::string columnRefusal(const std::string& column) {
-    if (column.empty() || isColumnName(column))
+    // "e" and "pi" are constants only where no column has the name.
+    if (column.empty() || column == "e" || column == "pi" || isColumnName(column))
         return {};
     return "\"" + column + "\" cannot be the name of a column: no expression could use it.";
 }
