@@ -1,0 +1,182 @@
+#!/usr/bin/env python3
+"""Makes the data of the examples again, bit for bit.
+
+usage: make_data.py FOLDER
+
+Writes First_steps/decays.aida and Particle_physics/dimuon.aida below FOLDER. The random numbers come from a generator
+of its own, and every number is written with four digits behind the point, so that no last bit of a function decides what
+the files hold.
+"""
+
+import gzip
+import io
+import math
+import pathlib
+import sys
+
+
+class Random:
+    """xorshift64*: S. Vigna, ACM Trans. Math. Softw. 42 (2016) 30."""
+
+    def __init__(self, seed):
+        self.state = seed
+
+    def uniform(self):
+        """Above 0 and below 1."""
+        self.state ^= self.state >> 12
+        self.state ^= (self.state << 25) & 0xFFFFFFFFFFFFFFFF
+        self.state ^= self.state >> 27
+        bits = (self.state * 0x2545F4914F6CDD1D) & 0xFFFFFFFFFFFFFFFF
+        return ((bits >> 12) + 0.5) / 2.0**52
+
+    def between(self, low, high):
+        return low + (high - low) * self.uniform()
+
+    def gauss(self, mean, sigma):
+        """Box and Muller."""
+        radius = math.sqrt(-2.0 * math.log(self.uniform()))
+        return mean + sigma * radius * math.cos(2.0 * math.pi * self.uniform())
+
+    def exponential(self, mean):
+        return -mean * math.log(self.uniform())
+
+    def breit_wigner(self, mass, width):
+        return mass + 0.5 * width * math.tan(math.pi * (self.uniform() - 0.5))
+
+
+def text(number):
+    """Four digits behind the point, without the zeros at the end."""
+    digits = "%.4f" % number
+    digits = digits.rstrip("0").rstrip(".")
+    return "0" if digits == "-0" else digits
+
+
+def header():
+    return (
+        '<?xml version="1.0" encoding="UTF-8"?>\n'
+        '<!DOCTYPE aida SYSTEM "http://aida.freehep.org/schemas/3.2.1/aida.dtd">\n'
+        '<aida version="3.2.1">\n'
+        '<implementation package="Velmorak" version="1"/>\n'
+    )
+
+
+def write_compressed(path, content):
+    """Without time and name, so that equal content gives equal bytes."""
+    packed = io.BytesIO()
+    with gzip.GzipFile(filename="", mode="wb", compresslevel=9, fileobj=packed, mtime=0) as stream:
+        stream.write(content.encode("utf-8"))
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_bytes(packed.getvalue())
+
+
+def muons_of(random, mass):
+    """Two muons, each as pt in GeV, eta and phi, from the decay of a particle of this mass that moves along the beam
+    and a little across it. Muons are taken as massless, which at these momenta changes nothing that is seen."""
+    cosine = random.between(-1.0, 1.0)
+    sine = math.sqrt(1.0 - cosine * cosine)
+    phi = random.between(-math.pi, math.pi)
+    half = 0.5 * mass
+    first = (half, half * sine * math.cos(phi), half * sine * math.sin(phi), half * cosine)
+    second = (half, -first[1], -first[2], -first[3])
+    across = random.exponential(9.0)
+    direction = random.between(-math.pi, math.pi)
+    rapidity = random.gauss(0.0, 1.1)
+    boosted = [boost_across(boost_along(muon, rapidity), mass, across, direction) for muon in (first, second)]
+    return [pt_eta_phi(muon) for muon in boosted]
+
+
+def boost_along(vector, rapidity):
+    energy, px, py, pz = vector
+    return (
+        energy * math.cosh(rapidity) + pz * math.sinh(rapidity),
+        px,
+        py,
+        pz * math.cosh(rapidity) + energy * math.sinh(rapidity),
+    )
+
+
+def boost_across(vector, mass, momentum, direction):
+    energy, px, py, pz = vector
+    beta_gamma = momentum / mass
+    gamma = math.sqrt(1.0 + beta_gamma * beta_gamma)
+    along = px * math.cos(direction) + py * math.sin(direction)
+    gain = (gamma - 1.0) * along + beta_gamma * energy
+    return (
+        gamma * energy + beta_gamma * along,
+        px + gain * math.cos(direction),
+        py + gain * math.sin(direction),
+        pz,
+    )
+
+
+def pt_eta_phi(vector):
+    _, px, py, pz = vector
+    pt = math.hypot(px, py)
+    return pt, math.asinh(pz / pt), math.atan2(py, px)
+
+
+def smeared(random, muon):
+    """What a detector measures: momenta to 1.5 %, angles to a milliradian."""
+    pt, eta, phi = muon
+    return pt * random.gauss(1.0, 0.015), eta + random.gauss(0.0, 0.001), phi + random.gauss(0.0, 0.001)
+
+
+def signal_or_background(random):
+    """A mass in GeV and whether the two muons come from one decay: a Z boson with its natural width, or a falling
+    background."""
+    if random.uniform() < 0.62:
+        return min(max(random.breit_wigner(91.19, 2.495), 20.0), 300.0), True
+    return 20.0 + random.exponential(38.0), random.uniform() < 0.6
+
+
+def event_row(random, number):
+    mass, is_one_decay = signal_or_background(random)
+    muons = [smeared(random, muon) for muon in muons_of(random, mass)]
+    charge = 1 if random.uniform() < 0.5 else -1
+    charges = (charge, -charge if is_one_decay else charge)
+    if not is_one_decay and random.uniform() < 0.5:
+        charges = (charge, -charge)
+    row = [str(1 + number // 1000), str(number)]
+    for (pt, eta, phi), q in zip(muons, charges):
+        row += [text(pt), text(eta), text(phi), str(q)]
+    return row
+
+
+def dimuon(path):
+    random = Random(0x5A17B0501)
+    columns = [("run", "int"), ("event", "int")]
+    for i in ("1", "2"):
+        columns += [("pt" + i, "double"), ("eta" + i, "double"), ("phi" + i, "double"), ("charge" + i, "int")]
+    out = [header(), '<tuple name="events" title="Simulated events with two muons" path="/dimuon">\n<columns>\n']
+    out += ['<column name="%s" type="%s"/>\n' % column for column in columns]
+    out.append("</columns>\n<rows>\n")
+    for number in range(4000):
+        entries = ('<entry value="%s"/>' % value for value in event_row(random, number))
+        out.append("<row>" + "".join(entries) + "</row>\n")
+    out.append("</rows>\n</tuple>\n</aida>\n")
+    write_compressed(path, "".join(out))
+
+
+def decays(path):
+    """Decay times of muons at rest, in microseconds, with a little noise that does not decay."""
+    random = Random(0x0DECA1ED)
+    out = [header(), '<cloud1d name="times" title="Decay times of stopped muons [us]" path="/" maxEntries="-1">\n']
+    out.append("<entries1d>\n")
+    for _ in range(2000):
+        time = random.exponential(2.197) if random.uniform() < 0.96 else random.between(0.0, 20.0)
+        out.append('<entry1d valueX="%s"/>\n' % text(time))
+    out.append("</entries1d>\n</cloud1d>\n</aida>\n")
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text("".join(out), encoding="utf-8")
+
+
+def main():
+    if len(sys.argv) != 2:
+        sys.exit("usage: make_data.py FOLDER")
+    folder = pathlib.Path(sys.argv[1])
+    dimuon(folder / "Particle_physics" / "dimuon.aida")
+    decays(folder / "First_steps" / "decays.aida")
+
+
+if __name__ == "__main__":
+    main()
