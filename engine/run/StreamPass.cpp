@@ -41,7 +41,7 @@ struct StreamPass::Work {
         std::chrono::nanoseconds time{0};
     };
 
-    HandOver place;  ///< From stage to stage.
+    std::atomic<bool> place = false;
     Chunk chunk;
     std::vector<Made> made;  ///< Parallel to the steps.
 };
@@ -138,28 +138,27 @@ void StreamPass::pump(std::size_t threads) {
         return work;
     });
     const auto third = make_filter<Work*, void>(filter_mode::serial_in_order, [this](Work* work) { takeIn(*work); });
-    reading.leave();
-    takingIn.leave();
+    { const Turn before(reading); }
+    { const Turn before(takingIn); }
     oneapi::tbb::parallel_pipeline(works.size(), first & second & third);
-    reading.enter();
-    takingIn.enter();
+    { const Turn after(reading); }
+    { const Turn after(takingIn); }
 }
 
 StreamPass::Work* StreamPass::read() {
-    reading.enter();
+    const Turn turn(reading);
     if (state.isStopping() || !hasWork || sourceProblem) {
         return nullptr;
     }
     const Instant::time_point begin = Instant::now();
     // Chunks are done with in their order, so the one that had this place is.
     Work& work = *works[chunks % works.size()];
-    work.place.enter();
+    const Turn turnOfWork(work.place);
     work.chunk = {};
     bool hasRows = false;
     sourceProblem = problemIn([&] { hasRows = reader->next(work.chunk); });
     readingTime += Instant::now() - begin;
     if (sourceProblem || !hasRows) {
-        reading.leave();
         return nullptr;
     }
     work.chunk.number = chunks++;
@@ -168,8 +167,6 @@ StreamPass::Work* StreamPass::read() {
     work.made.clear();
     work.made.resize(steps.size());
     showProgress();
-    work.place.leave();
-    reading.leave();
     return &work;
 }
 
@@ -190,13 +187,12 @@ void StreamPass::showProgress() {
 }
 
 void StreamPass::perform(Work& work) {
-    work.place.enter();
+    const Turn turn(work.place);
     std::vector<std::optional<Chunk>> tables(steps.size());
     for (std::size_t i = 0; i < steps.size() && !state.isStopping(); ++i) {
         performStep(i, work, tables);
     }
     work.chunk.columns.clear();
-    work.place.leave();
 }
 
 void StreamPass::performStep(std::size_t position, Work& work, std::vector<std::optional<Chunk>>& tables) {
@@ -227,13 +223,11 @@ void StreamPass::performStep(std::size_t position, Work& work, std::vector<std::
 }
 
 void StreamPass::takeIn(Work& work) {
-    takingIn.enter();
-    work.place.enter();
+    const Turn turn(takingIn);
+    const Turn turnOfWork(work.place);
     for (std::size_t i = 0; i < steps.size() && !state.isStopping(); ++i) {
         takeInStep(i, work);
     }
-    work.place.leave();
-    takingIn.leave();
 }
 
 void StreamPass::takeInStep(std::size_t position, Work& work) {

@@ -32,15 +32,19 @@ private:
     struct Step;
     struct Work;
 
-    /// Makes what one thread did before leave visible to another after enter. The scheduler of the stages does so as
-    /// well; but it is not ours, and a tool that checks our threads cannot see into it.
-    class HandOver {
+    /// Makes what one thread did in its turn visible to the next one in the same place. The scheduler of the stages
+    /// does so as well; but it is not ours, and a tool that checks our threads cannot see into it.
+    class Turn {
     public:
-        void leave() { mark.store(true, std::memory_order_release); }
-        void enter() const { static_cast<void>(mark.load(std::memory_order_acquire)); }
+        explicit Turn(std::atomic<bool>& place) : place(place) {
+            static_cast<void>(place.load(std::memory_order_acquire));
+        }
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+        ~Turn() { place.store(true, std::memory_order_release); }
 
     private:
-        std::atomic<bool> mark = false;
+        std::atomic<bool>& place;
     };
 
     void open();
@@ -61,8 +65,8 @@ private:
     std::unique_ptr<TableReader> reader;
     std::vector<std::unique_ptr<Step>> steps;
     std::vector<std::unique_ptr<Work>> works;  ///< One for each chunk that may be on its way; they are used again.
-    HandOver reading;
-    HandOver takingIn;
+    std::atomic<bool> reading = false;         ///< Places of turns, as is the one in each work.
+    std::atomic<bool> takingIn = false;
     std::atomic<bool> hasWork = true;  ///< Some step is not dropped.
     std::uint64_t chunks = 0;
     std::uint64_t rows = 0;

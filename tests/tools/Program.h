@@ -1,0 +1,20 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+/// What a program left when it had ended.
+struct Ended {
+    int status = -1;  ///< Exit status; -1 when a signal ended it.
+    std::string output;
+    std::string errors;
+};
+
+/// Runs a program and waits for its end.
+/// @param onError called for everything that has come on standard error so far, whenever there is more.
+/// @throws std::runtime_error when it cannot be started.
+Ended runProgram(const std::vector<std::string>& command,
+                 const std::function<void(pid_t, const std::string&)>& onError = nullptr);

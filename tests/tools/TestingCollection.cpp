@@ -1,0 +1,42 @@
+#include <velmorak/Kind.h>
+
+#include <thread>
+
+/// Kinds that do what a test of velmorak-run needs.
+namespace {
+
+using namespace velmorak;
+
+class Fails : public Function {
+public:
+    std::string name() const override { return "Fails"; }
+    std::string summary() const override { return "Fails."; }
+    Ports ports(const ValueTexts&) const override {
+        Ports ports;
+        ports.outputs = {{.name = "number", .description = "Never given."}};
+        return ports;
+    }
+    void evaluate(const Arguments&, Results&, RunContext&) const override { throw Failure("it was made to fail"); }
+};
+
+class Waits : public Function {
+public:
+    std::string name() const override { return "Waits"; }
+    std::string summary() const override { return "Waits until the run is stopped."; }
+    Ports ports(const ValueTexts&) const override { return {}; }
+    void evaluate(const Arguments&, Results&, RunContext& context) const override {
+        context.warn("it waits");
+        while (!context.isStopping()) {
+            std::this_thread::yield();
+        }
+        throw Stopped();
+    }
+};
+
+}  // namespace
+
+VELMORAK_COLLECTION(registry) {
+    registry.group("Testing");
+    registry.add(std::make_unique<Fails>());
+    registry.add(std::make_unique<Waits>());
+}

@@ -1,0 +1,147 @@
+#include "Program.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+class VelmorakRun : public ::testing::Test {
+protected:
+    VelmorakRun() {
+        folder = fs::temp_directory_path() / ("velmorak-run-tool-" + std::to_string(getpid()));
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+        setenv("VELMORAK_COLLECTIONS", VELMORAK_TEST_COLLECTIONS, 1);
+    }
+    ~VelmorakRun() override {
+        unsetenv("VELMORAK_THREADS");
+        std::error_code ignored;
+        fs::remove_all(folder, ignored);
+    }
+
+    /// A document with one line for each plug-in.
+    std::string document(const std::string& plugins) const {
+        const fs::path file = folder / "test.zedra";
+        std::ofstream(file) << R"({"zedra": 1, "plugins": [)" << plugins << "]}\n";
+        return file.string();
+    }
+
+    static std::string plugin(const std::string& name, const std::string& kind, const std::string& inputs = "") {
+        return R"({"name": ")" + name + R"(", "kind": ")" + kind + R"(", "inputs": [)" + inputs + "]}";
+    }
+
+    static Ended run(std::vector<std::string> arguments,
+                     const std::function<void(pid_t, const std::string&)>& onError = nullptr) {
+        arguments.insert(arguments.begin(), VELMORAK_RUN);
+        return runProgram(arguments, onError);
+    }
+
+    static Ended runAndSend(int signal, const std::string& file) {
+        bool isSent = false;
+        return run({file}, [&](pid_t id, const std::string& errors) {
+            if (!isSent && errors.find("it waits") != std::string::npos) {
+                isSent = true;
+                kill(id, signal);
+            }
+        });
+    }
+
+    fs::path folder;
+};
+
+TEST_F(VelmorakRun, endsWithZeroWhenAllIsDone) {
+    const Ended ended = run({document(plugin("one", "Number") + "," +
+                                      plugin("sum", "Adder", R"({"name": "a", "from": ["one", "number"]})"))});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_EQ(ended.output, "");
+    EXPECT_THAT(ended.errors, HasSubstr("Number \"one\": "));
+    EXPECT_THAT(ended.errors, HasSubstr("Adder \"sum\": "));
+}
+
+TEST_F(VelmorakRun, endsWithOneWhenCalledWrongly) {
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{}, {"--bogus", "a"}, {"a", "b"}, {"a", "-a"}}) {
+        const Ended ended = run(arguments);
+        EXPECT_EQ(ended.status, 1);
+        EXPECT_EQ(ended.output, "");
+        EXPECT_NE(ended.errors, "");
+    }
+}
+
+TEST_F(VelmorakRun, endsWithOneWhenTheDocumentCannotBeRead) {
+    const Ended missing = run({(folder / "missing.zedra").string()});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_THAT(missing.errors, HasSubstr("missing.zedra"));
+    const Ended broken = run({document("nonsense")});
+    EXPECT_EQ(broken.status, 1);
+    EXPECT_THAT(broken.errors, HasSubstr("test.zedra"));
+    EXPECT_EQ(broken.output, "");
+}
+
+TEST_F(VelmorakRun, endsWithTwoWhenAPlugInFailsAndNamesIt) {
+    const Ended ended = run({document(plugin("unlucky", "Fails") + "," +
+                                      plugin("sum", "Adder", R"({"name": "a", "from": ["unlucky", "number"]})"))});
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_THAT(ended.errors, HasSubstr("Fails \"unlucky\" failed: it was made to fail\n"));
+    EXPECT_THAT(ended.errors, HasSubstr("Adder \"sum\": not run because of \"unlucky\"\n"));
+}
+
+TEST_F(VelmorakRun, endsWithTwoWhenAKindIsUnknown) {
+    const Ended ended = run({document(plugin("odd", "NoSuchKind"))});
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_THAT(ended.errors, HasSubstr("NoSuchKind \"odd\" failed: "));
+}
+
+TEST_F(VelmorakRun, endsWithThreeWhenItIsStopped) {
+    for (const int signal : {SIGINT, SIGTERM}) {
+        const Ended ended = runAndSend(signal, document(plugin("w", "Waits")));
+        EXPECT_EQ(ended.status, 3) << ended.errors;
+        EXPECT_EQ(ended.output, "");
+        EXPECT_THAT(ended.errors, HasSubstr("Waits \"w\": not finished because the run was stopped\n"));
+    }
+}
+
+TEST_F(VelmorakRun, saysThatAnAidaFileIsMissingAndGoesOn) {
+    const Ended ended = run({"-a", (folder / "none.aida").string(), document(plugin("one", "Number"))});
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_THAT(ended.errors, HasSubstr("none.aida"));
+    EXPECT_THAT(ended.errors, HasSubstr("Number \"one\": "));
+}
+
+TEST_F(VelmorakRun, writesOnStandardOutputWhatIsAskedFor) {
+    const Ended version = run({"--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.output, "velmorak-run " VELMORAK_VERSION "\n");
+    EXPECT_EQ(version.errors, "");
+    const Ended help = run({"--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_THAT(help.output, HasSubstr("DOCUMENT"));
+    EXPECT_LE(std::count(help.output.begin(), help.output.end(), '\n'), 24) << "fits a screen";
+    EXPECT_EQ(help.errors, "");
+}
+
+TEST_F(VelmorakRun, needsNoToolkit) {
+    unsetenv("DISPLAY");
+    const Ended libraries = runProgram({"ldd", VELMORAK_RUN});
+    EXPECT_EQ(libraries.status, 0);
+    EXPECT_THAT(libraries.output, HasSubstr("QzManager.so"));
+    EXPECT_THAT(libraries.output, Not(HasSubstr("not found")));
+    for (const char* part : {"gtk", "gdk", "goocanvas", "cairo", "libX11", "glib"}) {
+        EXPECT_THAT(libraries.output, Not(HasSubstr(part)));
+    }
+}
+
+}  // namespace
