@@ -27,9 +27,11 @@ Glib::ustring nameOfSource(const QzBase::Input& input) {
     return input.source->name + " " + output;
 }
 
-void removeChildren(Gtk::Box& column) {
+// A widget that is only removed would stay for ever.
+void deleteChildren(Gtk::Box& column) {
     for (Gtk::Widget* child : column.get_children()) {
         column.remove(*child);
+        delete child;
     }
 }
 
@@ -210,9 +212,9 @@ void varWindow::on_apply() {
 }
 
 void varWindow::removeRows() {
-    removeChildren(labelColumn);
-    removeChildren(entryColumn);
-    removeChildren(sendColumn);
+    deleteChildren(labelColumn);
+    deleteChildren(entryColumn);
+    deleteChildren(sendColumn);
     nameEntry = nullptr;
 }
 
@@ -221,7 +223,7 @@ void varWindow::removeRows() {
 void varWindow::updateRows() {
     const auto labels = labelColumn.get_children();
     const auto entries = entryColumn.get_children();
-    removeChildren(sendColumn);
+    deleteChildren(sendColumn);
     nameEntry = nullptr;
     valueEntries.clear();
     inputNames.clear();

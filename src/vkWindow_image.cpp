@@ -11,6 +11,11 @@ namespace {
 
 constexpr const char* imageFile = "test.png";
 
+// Without a node the extent is negative; beyond the toolkit's largest image there is none to make.
+bool isImageSide(double length) {
+    return length >= 1 && length < 32768;
+}
+
 cairo_status_t append(void* bytes, const unsigned char* data, unsigned int length) {
     static_cast<std::string*>(bytes)->append(reinterpret_cast<const char*>(data), length);
     return CAIRO_STATUS_SUCCESS;
@@ -53,9 +58,9 @@ void vkWindow::on_imgexp() {
         extent.set_x2(std::max(extent.get_x2(), box.get_x2()));
         extent.set_y2(std::max(extent.get_y2(), box.get_y2()));
     }
-    const int width = static_cast<int>(extent.get_x2() - extent.get_x1());
-    const int height = static_cast<int>(extent.get_y2() - extent.get_y1());
-    if (width > 0 && height > 0) {
-        exportImage(canvas, extent, width, height);
+    const double width = extent.get_x2() - extent.get_x1();
+    const double height = extent.get_y2() - extent.get_y1();
+    if (isImageSide(width) && isImageSide(height)) {
+        exportImage(canvas, extent, static_cast<int>(width), static_cast<int>(height));
     }
 }
