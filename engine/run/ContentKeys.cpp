@@ -27,6 +27,8 @@ std::optional<Digest> keyOf(const RunState& state, std::size_t position,
         return std::nullopt;
     }
     Digester digester;
+    // A plug-in may write its name, and that of what feeds it, into its result.
+    digester.addText(node.name);
     digester.addText(node.kindName);
     digester.addNumber(static_cast<std::uint64_t>(node.kind->version()));
     for (const PipelineInput& input : node.inputs) {
@@ -41,8 +43,6 @@ std::optional<Digest> keyOf(const RunState& state, std::size_t position,
         }
         digester.add(keys[input.wire->node]->data(), keys[input.wire->node]->size());
         digester.addText(input.wire->output);
-        // A plug-in may write the name of what feeds it into its result, for example as a title.
-        digester.addText(state.node(input.wire->node).name);
     }
     return addFiles(digester, state, position) ? std::optional(digester.finish()) : std::nullopt;
 }

@@ -117,6 +117,13 @@ TEST_F(Reuse, anotherVersionOfAKindIsExecuted) {
     EXPECT_EQ(outcome("total"), Outcome::Reused) << "it is of another kind";
 }
 
+TEST_F(Reuse, anotherNameMayStandInTheResult) {
+    pipeline.nodes[positionOf("middle")].name = "renamed";
+    run();
+    EXPECT_EQ(outcome("renamed"), Outcome::Done);
+    EXPECT_EQ(outcome("total"), Outcome::Reused);
+}
+
 TEST_F(Reuse, resetForgets) {
     runner.reset();
     run();
