@@ -156,11 +156,12 @@ void vkWindow::connectSignals() {
 }
 
 void vkWindow::pack() {
-    // The window opens with this much of the canvas in view. Scrollbars beside the canvas, not upon it: they would
-    // hide its edge, and the pointer's place is reckoned without them.
+    // The window opens with this much of the canvas in view. The scrollbars stand beside the canvas, not upon it, and
+    // always: one that comes later would leave the bottom out of view.
     scroller.set_min_content_width(viewWidth);
     scroller.set_min_content_height(viewHeight);
     scroller.set_overlay_scrolling(false);
+    scroller.set_policy(Gtk::POLICY_ALWAYS, Gtk::POLICY_ALWAYS);
     scroller.add(canvas);
     scroller.get_vadjustment()->set_value(canvasHeight);
     if (menuBar) {

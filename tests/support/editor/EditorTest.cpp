@@ -68,6 +68,7 @@ EditorTest::EditorTest() {
 }
 
 EditorTest::~EditorTest() {
+    waiting.disconnect();
     recording::letRunEnd();
     closeWindow();
 }
@@ -139,17 +140,30 @@ int EditorTest::pathsOnCanvas() {
     return count;
 }
 
-void EditorTest::answerNext(int response) {
-    Glib::signal_idle().connect([this, response] {
+void EditorTest::answerNext(int response, std::function<void(Gtk::Dialog&)> look) {
+    waiting = Glib::signal_idle().connect([this, response, look] {
         for (Gtk::Window* shown : Gtk::Window::list_toplevels()) {
             auto* dialog = dynamic_cast<Gtk::Dialog*>(shown);
             if (dialog && dialog->is_visible()) {
                 const auto* question = dynamic_cast<Gtk::MessageDialog*>(dialog);
                 lastQuestion = question ? question->property_text().get_value() : dialog->get_title();
+                if (look) {
+                    look(*dialog);
+                }
                 dialog->response(response);
                 return false;
             }
         }
         return true;
     });
+}
+
+void EditorTest::activate(const std::string& action) {
+    window->actionGroup->get_action(action)->activate();
+}
+
+void EditorTest::select(const std::string& name) {
+    GdkEventButton event{};
+    event.button = 2;  // selects, and neither drags nor opens the menu
+    window->click(node(name).box, &event);
 }

@@ -5,6 +5,7 @@
 #include "vkWindow.h"
 
 #include <gmock/gmock.h>
+#include <gtkmm/dialog.h>
 
 #include <functional>
 #include <memory>
@@ -82,12 +83,21 @@ protected:
     std::vector<std::string> boxesOnCanvas();
     int pathsOnCanvas();
 
-    /// Answers the next modal dialog, which must come; its text is kept in `lastQuestion`.
-    void answerNext(int response);
+    /// Looks at the next dialog that comes and answers it; its text is kept in `lastQuestion`.
+    void answerNext(int response, std::function<void(Gtk::Dialog&)> look = nullptr);
+
+    /// As a choice from a menu or its accelerator.
+    void activate(const std::string& action);
+
+    /// Selects a box as a click on it does.
+    void select(const std::string& name);
 
     std::unique_ptr<QzManager> manager;
     std::unique_ptr<OpenWindow> window;
     std::string lastQuestion;
+
+private:
+    sigc::connection waiting;
 };
 
 /// The item's property of that name.
