@@ -49,7 +49,8 @@ TEST_F(Window, opensAtSixHundredByFourHundredOfCanvasWithItsBottomInView) {
     EXPECT_EQ(window->canvas.get_allocated_width(), 600);
     EXPECT_EQ(window->canvas.get_allocated_height(), 400);
     const auto vertical = window->scroller.get_vadjustment();
-    EXPECT_DOUBLE_EQ(vertical->get_value() + vertical->get_page_size(), 1200);
+    EXPECT_GE(vertical->get_value() + vertical->get_page_size(), 1200);
+    EXPECT_DOUBLE_EQ(vertical->get_page_size(), 400);
     EXPECT_DOUBLE_EQ(window->scroller.get_hadjustment()->get_value(), 0);
 }
 

@@ -1,8 +1,9 @@
+#include "CommaLocale.h"
 #include "EditorTest.h"
 
 #include <QzBase.h>
 
-#include <locale>
+#include <clocale>
 
 using ::testing::ElementsAre;
 using ::testing::Pair;
@@ -158,14 +159,11 @@ TEST_F(Wires, toAPlugInThatIsGoneAreNotDrawn) {
 }
 
 TEST_F(Wires, areDrawnAlikeWhereTheCommaIsTheDecimalPoint) {
-    ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
-    EXPECT_STREQ(localeconv()->decimal_point, ",");
-    const std::locale former = std::locale::global(std::locale("de_DE.UTF-8"));
+    const CommaLocale german;
+    ASSERT_STREQ(localeconv()->decimal_point, ",");
     place(100, 50, 1301, 120);
     wire();
     EXPECT_EQ(pathInto("Adder", "a"), "M 103 50 C 703.5 50 697.5 120 1298 120");
-    std::locale::global(former);
-    std::setlocale(LC_ALL, "C");
 }
 
 TEST_F(Wires, reconnectDrawsBothDirectionsAndNoOthers) {
