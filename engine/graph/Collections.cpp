@@ -110,7 +110,7 @@ void Loader::load(const fs::path& object) {
     try {
         offered = kindsOf(object, factory);
     } catch (const std::exception& error) {
-        say("The collection " + object.string() + " is skipped: " + validUtf8(error.what()) + ".");
+        say("The collection " + object.string() + " is skipped: " + withoutFullStop(error.what()) + ".");
     } catch (...) {
         say("The collection " + object.string() + " is skipped: its " + factory + " throws what is no exception.");
     }

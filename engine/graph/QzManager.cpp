@@ -10,6 +10,8 @@
 
 #include <QzManager.h>
 #include <algorithm>
+#include <string_view>
+#include <unordered_set>
 
 using namespace velmorak;
 
@@ -17,6 +19,14 @@ namespace {
 
 bool isPosition(int index, std::size_t size) {
     return index >= 0 && static_cast<std::size_t>(index) < size;
+}
+
+/// Looks each plug-in's name up once, for any number of tries.
+std::string freeNameFor(const std::vector<QzBase*>& plugins, const std::string& wanted) {
+    std::unordered_set<std::string_view> taken;
+    for (const QzBase* node : plugins)
+        taken.insert(node->name);
+    return freeName(wanted, [&](const std::string& each) { return taken.contains(each); });
 }
 
 /// Before the first manager there is no catalogue.
@@ -109,7 +119,7 @@ QzBase* QzManager::CreatePlugin(std::uint16_t kind, const std::string& uniqueNam
     }
     const QzKind& record = part->catalogue.kinds()[kind];
     const std::string wanted = uniqueName.empty() ? record.name : validUtf8(uniqueName);
-    const std::string name = freeName(wanted, [this](const std::string& each) { return FindPlugin(each) != nullptr; });
+    const std::string name = freeNameFor(plugins, wanted);
     std::unique_ptr<GraphNode> node;
     try {
         node = makeNode(*this, kind, name);

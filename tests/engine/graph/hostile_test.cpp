@@ -1,0 +1,105 @@
+#include "GraphFixture.h"
+
+#include <graph/Inspect.h>
+
+#include <random>
+
+namespace velmorak::test {
+namespace {
+
+class Hostile : public Graph {
+protected:
+    std::mt19937 random{20260214};
+
+    std::size_t below(std::size_t limit) { return random() % limit; }
+
+    /// Changes, removes, doubles or inserts a few bytes.
+    std::string mutate(std::string text) {
+        static constexpr std::string_view pieces[] = {"{",
+                                                      "}",
+                                                      "[",
+                                                      "]",
+                                                      ",",
+                                                      ":",
+                                                      "\"",
+                                                      "null",
+                                                      "1e308",
+                                                      "-0",
+                                                      "\\u0000",
+                                                      "\"name\"",
+                                                      "\"from\": [\"First\", \"sum\"]",
+                                                      "true",
+                                                      "\n",
+                                                      "\xFF"};
+        for (std::size_t count = 1 + below(4); count > 0; --count) {
+            const std::size_t at = below(text.size());
+            const std::size_t length = below(20);
+            switch (below(4)) {
+                case 0:
+                    text[at] = static_cast<char>(random());
+                    break;
+                case 1:
+                    text.erase(at, length);
+                    break;
+                case 2:
+                    text.insert(at, text.substr(below(text.size()), length));
+                    break;
+                default:
+                    text.insert(at, pieces[below(std::size(pieces))]);
+            }
+            if (text.empty())
+                text = "{";
+        }
+        return text;
+    }
+};
+
+TEST_F(Hostile, noMutationOfADocumentDoesHarm) {
+    const Errors errors;
+    int readable = 0;
+    for (const char* file : {TEST_DATA "/pipeline.zedra", TEST_DATA "/foreign.zedra"})
+        for (int i = 0; i < 2000; ++i) {
+            QzManager fresh("QzAnalysisFactory");
+            fresh.ReadDocument(folder.write("mutated.zedra", mutate(contentOf(file))));
+            expectInStep(fresh);
+            if (!lastReadError(fresh).empty()) {
+                ASSERT_TRUE(fresh.plugins.empty());
+                continue;
+            }
+            ++readable;
+            const std::string text = fresh.DocumentText();
+            QzManager again("QzAnalysisFactory");
+            again.ReadDocument(folder.write("again.zedra", text));
+            ASSERT_EQ(lastReadError(again), "") << text;
+            ASSERT_EQ(again.DocumentText(), text);
+        }
+    EXPECT_GT(readable, 100);
+}
+
+TEST_F(Hostile, aNumberBeforeAnythingIsKeptAsItIs) {
+    const std::string document =
+        "{\n  \"zedra\": 1,\n  \"plugins\": [],\n  \"a\": [1.50,-0 ,1e5\n],\n  \"b\": 12345678901234567890123\n}\n";
+    read(document);
+    EXPECT_EQ(manager.DocumentText(), document);
+}
+
+TEST_F(Hostile, manyPluginsAndBindingsAreReadInTime) {
+    std::string plugins;
+    for (int i = 0; i < 2000; ++i)
+        plugins += (i == 0 ? "" : ",") + ("{\"name\": \"N" + std::to_string(i) +
+                                          "\", \"kind\": \"Pair\", \"inputs\": [{\"name\": \"a\", \"from\": [\"N0\", "
+                                          "\"sum\"]}]}");
+    read("{\"zedra\": 1, \"plugins\": [" + plugins + "]}");
+    EXPECT_EQ(manager.plugins.size(), 2000U);
+    EXPECT_EQ(output("N0", "sum").consumers.size(), 2000U);
+    expectInStep(manager);
+}
+
+TEST_F(Hostile, anEndlessFileIsRefused) {
+    const Errors errors;
+    manager.ReadDocument("/dev/zero");
+    EXPECT_EQ(errors.text(), "/dev/zero: is larger than 64 MiB.\n");
+}
+
+}  // namespace
+}  // namespace velmorak::test

@@ -1,0 +1,117 @@
+#include "GraphFixture.h"
+#include "collections/Workbench.h"
+
+#include <graph/Inspect.h>
+
+#include <dlfcn.h>
+#include <future>
+#include <thread>
+
+namespace velmorak::test {
+namespace {
+
+class Runs : public Graph {
+protected:
+    /// Counts the plug-ins that wait inside a run.
+    std::atomic<int>& waiting() {
+        void* const collection = dlopen(TEST_COLLECTIONS "/Workbench/Workbench.so", RTLD_NOW | RTLD_NOLOAD);
+        auto* const count = static_cast<std::atomic<int>*>(dlsym(collection, "workbenchWaiting"));
+        dlclose(collection);
+        return *count;
+    }
+    void waitUntilItRuns() {
+        while (waiting() == 0)
+            std::this_thread::yield();
+    }
+    std::future<void> runAside() {
+        return std::async(std::launch::async, [this] { manager.Run(); });
+    }
+    Outcome outcomeOf(const std::string& name) {
+        return lastReport(manager).nodes.at(static_cast<std::size_t>(manager.IndexOf(name))).outcome;
+    }
+
+    Errors errors;
+};
+
+TEST_F(Runs, anEmptyPipelineHasNothingToDo) {
+    manager.Run();
+    EXPECT_TRUE(lastReport(manager).nodes.empty());
+}
+
+TEST_F(Runs, valuesTravelAlongBindings) {
+    add("Pair", "A");
+    add("Pair", "B");
+    setValue("A", "a", "1.5");
+    setValue("A", "b", "2");
+    setValue("B", "b", "10");
+    wire("A", "sum", "B", "a");
+    manager.Run();
+    ASSERT_EQ(outcomeOf("B"), Outcome::Done) << errors.text();
+    EXPECT_EQ(std::get<double>(lastReport(manager).nodes[1].outputs.at(0)), 13.5);
+}
+
+TEST_F(Runs, aPluginOfAnUnknownKindFailsByName) {
+    read(R"({"zedra": 1, "plugins": [{"name": "S", "kind": "Teleporter"}]})");
+    manager.Run();
+    EXPECT_EQ(outcomeOf("S"), Outcome::Failed);
+    EXPECT_THAT(lastReport(manager).nodes[0].sentence, testing::HasSubstr("Teleporter"));
+}
+
+TEST_F(Runs, stopEndsARunAndWithoutOneDoesNotStopTheNext) {
+    add("Pair", "A");
+    manager.Stop();
+    manager.Run();
+    EXPECT_EQ(outcomeOf("A"), Outcome::Done);
+    add("Waiter", "W");
+    manager.SetStart(1);
+    auto run = runAside();
+    waitUntilItRuns();
+    manager.Stop();
+    run.get();
+    EXPECT_TRUE(lastReport(manager).wasStopped);
+    EXPECT_EQ(outcomeOf("W"), Outcome::Unfinished);
+}
+
+TEST_F(Runs, everyEditIsPossibleWhileOneGoesOn) {
+    add("Waiter", "W");
+    add("Pair", "A");
+    auto run = runAside();
+    waitUntilItRuns();
+    wire("W", "never", "A", "a");
+    setValue("A", "b", "3");
+    node("A").SetName("Z");
+    read(R"({"zedra": 1, "plugins": [{"name": "Z", "kind": "Pair"}]})");
+    manager.DeletePlugin(0);
+    EXPECT_EQ(names(), (std::vector<std::string>{"Z", "Z1"}));
+    manager.Reset();
+    run.get();
+    EXPECT_EQ(lastReport(manager).nodes.size(), 2U);
+    expectInStep(manager);
+}
+
+TEST_F(Runs, aSecondOneWaitsForTheFirst) {
+    add("Waiter", "W");
+    auto first = runAside();
+    waitUntilItRuns();
+    auto second = runAside();
+    EXPECT_EQ(waiting(), 1);
+    manager.Stop();
+    first.get();
+    waitUntilItRuns();
+    manager.Stop();
+    second.get();
+    EXPECT_TRUE(lastReport(manager).wasStopped);
+}
+
+TEST_F(Runs, theManagersEndEndsItsRuns) {
+    auto dying = std::make_unique<QzManager>("QzAnalysisFactory");
+    dying->CreatePlugin(kindNumber("Waiter"), "W");
+    auto first = std::async(std::launch::async, [&] { dying->Run(); });
+    waitUntilItRuns();
+    dying.reset();
+    EXPECT_EQ(waiting(), 0);
+    first.get();
+}
+
+}  // namespace
+}  // namespace velmorak::test
