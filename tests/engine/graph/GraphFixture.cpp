@@ -25,6 +25,7 @@ Folder::~Folder() {
 std::string Folder::write(const std::string& name, const std::string& content) const {
     const fs::path file = path / name;
     fs::create_directories(file.parent_path());
+    fs::remove(file);  // Cutting off a file that is there is slow on some file systems.
     std::ofstream(file, std::ios::binary) << content;
     return file.string();
 }
