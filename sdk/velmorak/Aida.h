@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// AIDA files, plain or gzip, told apart by content. docs/aida.md says what is read and written.
@@ -37,9 +38,13 @@ public:
 
     /// @param folder path of the object without its name, "/" for the root.
     void write(const Histogram1D& histogram, const std::string& folder);
-    /// A table is begun, written chunk by chunk and ended; nothing else may be written in between.
+    /// A table is begun, written chunk by chunk and ended; nothing else may be written in between. A list column
+    /// becomes a nested tuple of one column.
+    /// @throws Failure for a column that no such file can name: with "=" in its name, or blanks at an end.
     void beginTable(const std::string& name, const std::string& title, const std::string& folder, const Schema& schema);
     void writeRows(const Chunk& chunk);
+    /// @param rows what aidaRows made of chunks of the table, one after the other.
+    void writeRows(std::string_view rows);
     /// Rows that aidaRows has made, in the schema of the table that was begun.
     void writeRows(const std::string& rows);
     void endTable();

@@ -1,0 +1,256 @@
+#include "AidaWalk.h"
+
+#include "velmorak/Failure.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+
+namespace velmorak::io {
+
+namespace {
+
+bool isObject(std::string_view name) {
+    constexpr std::array objects{"histogram1d", "histogram2d", "histogram3d", "cloud1d",      "cloud2d", "cloud3d",
+                                 "profile1d",   "profile2d",   "tuple",       "dataPointSet", "function"};
+    return std::find(objects.begin(), objects.end(), name) != objects.end();
+}
+
+bool isCloud(std::string_view name) {
+    return name.substr(0, 5) == "cloud";
+}
+
+/// Columns of a cloud: its coordinates, and the weight, which is 1 where a point has none.
+std::vector<AidaColumn> cloudColumns(std::string_view element) {
+    std::vector<AidaColumn> columns;
+    for (const char* name : {"x", "y", "z"})
+        if (columns.size() < static_cast<std::size_t>(element[5] - '0'))
+            columns.push_back(columnFrom(name, "double", ""));
+    columns.push_back(columnFrom("weight=1", "double", ""));
+    return columns;
+}
+
+std::string textOr(const char* text, const char* other) {
+    return text == nullptr ? other : text;
+}
+
+}  // namespace
+
+AidaWalk::AidaWalk(std::filesystem::path path, std::string wantedPath, RunContext& runContext)
+    : file(std::move(path)), wanted(std::move(wantedPath)), context(runContext) {}
+
+void AidaWalk::fail(const std::string& reason) const {
+    throw Failure(fmt::format("{}{}: {}", file.string(), reader->where(), reason));
+}
+
+void AidaWalk::warnOnce(const std::string& about, const std::string& sentence) {
+    if (isReading() && warned.insert(about).second)
+        context.warn(fmt::format("{}: {}", file.string(), sentence));
+}
+
+void AidaWalk::noteUnknown(std::string_view name) {
+    if (isReading() && !isKnownElement(name))
+        warnOnce(fmt::format("<{}>", name), fmt::format("the unknown element <{}> is skipped", name));
+}
+
+void AidaWalk::beginElement(const char* name, const char* const* attributes) {
+    const State state = begun(name, attributes);
+    if (state == State::Skipped)
+        noteUnknown(name);
+    states.push_back(state);
+}
+
+AidaWalk::State AidaWalk::begun(std::string_view name, const char* const* attributes) {
+    switch (states.back()) {
+        case State::File:
+            if (name != "aida")
+                fail(fmt::format("this is no AIDA file: it begins with <{}>", name));
+            return State::Root;
+        case State::Root:
+            return isObject(name) ? beginObject(name, attributes) : State::Skipped;
+        case State::Tuple:
+            return beginInTuple(name);
+        case State::Columns:
+            if (name != "column")
+                return State::Skipped;
+            beginColumn(attributes);
+            return State::Column;
+        case State::Column:
+            return name == "columns" ? State::Columns : State::Skipped;
+        case State::Rows:
+            return name == "row" ? State::Row : State::Skipped;
+        case State::Row:
+        case State::NestedRow:
+            return beginInRow(name, attributes);
+        case State::Nested:
+            return name == "row" ? State::NestedRow : State::Skipped;
+        case State::Cloud:
+            return beginInCloud(name);
+        case State::Points:
+            if (name.substr(0, 5) != "entry" || name.substr(5) != std::string_view(current.element).substr(5))
+                return State::Skipped;
+            putPoint(attributes);
+            return State::Point;
+        default:
+            return State::Skipped;
+    }
+}
+
+std::string AidaWalk::uniquePath(const char* const* attributes) {
+    const std::string path =
+        objectPath(textOr(attributeOf(attributes, "path"), "/"), textOr(attributeOf(attributes, "name"), "unnamed"));
+    const int times = ++timesUsed[path];
+    if (times == 1)
+        return path;
+    const std::string unique = fmt::format("{};{}", path, times);
+    warnOnce(unique, fmt::format("there is more than one object {}; this one is called {}", path, unique));
+    return unique;
+}
+
+AidaWalk::State AidaWalk::beginObject(std::string_view name, const char* const* attributes) {
+    current = {uniquePath(attributes), std::string(name), {}};
+    isWanted = isReading() && !done && current.path == wanted;
+    hasHeader = isConverted = isChain = false;
+    header.clear();
+    if (name == "tuple")
+        return State::Tuple;
+    if (!isCloud(name)) {
+        found.push_back(current);
+        return State::Skipped;
+    }
+    header = cloudColumns(name);
+    return State::Cloud;
+}
+
+AidaWalk::State AidaWalk::beginInTuple(std::string_view name) {
+    if (name == "columns")
+        return State::Columns;
+    isChain = isChain || name == "tuple";
+    if (name != "rows")
+        return State::Skipped;
+    endHeader();
+    return isWanted ? State::Rows : State::Skipped;
+}
+
+AidaWalk::State AidaWalk::beginInCloud(std::string_view name) {
+    isConverted = isConverted || name.substr(0, 9) == "histogram";
+    if (name.substr(0, 7) != "entries")
+        return State::Skipped;
+    endHeader();
+    return isWanted ? State::Points : State::Skipped;
+}
+
+AidaWalk::State AidaWalk::beginInRow(std::string_view name, const char* const* attributes) {
+    if (name == "entry") {
+        putEntry(attributes);
+        return State::Entry;
+    }
+    if (name != "entryITuple" && name != "entryTuple")
+        return State::Skipped;
+    if (states.back() == State::NestedRow) {
+        rowBuilder->missingEntry();
+        return State::Skipped;
+    }
+    rowBuilder->beginNested();
+    return State::Nested;
+}
+
+void AidaWalk::putEntry(const char* const* attributes) {
+    const char* value = attributeOf(attributes, "value");
+    if (value == nullptr)
+        rowBuilder->missingEntry();
+    else if (!rowBuilder->entry(value))
+        fail(rowBuilder->problem());
+}
+
+void AidaWalk::putPoint(const char* const* attributes) {
+    constexpr std::array names{"valueX", "valueY", "valueZ"};
+    const auto put = [&](const char* value) {
+        if (value == nullptr)
+            rowBuilder->missingEntry();
+        else if (!rowBuilder->entry(value))
+            fail(rowBuilder->problem());
+    };
+    for (std::size_t axis = 0; axis + 1 < header.size(); ++axis)
+        put(attributeOf(attributes, names[axis]));
+    put(attributeOf(attributes, "weight"));
+}
+
+void AidaWalk::beginColumn(const char* const* attributes) {
+    openColumns.push_back(columnFrom(textOr(attributeOf(attributes, "name"), ""),
+                                     textOr(attributeOf(attributes, "type"), "double"),
+                                     textOr(attributeOf(attributes, "booking"), "")));
+}
+
+void AidaWalk::endColumn() {
+    AidaColumn column = std::move(openColumns.back());
+    openColumns.pop_back();
+    auto& parent = openColumns.empty() ? header : openColumns.back().children;
+    parent.push_back(std::move(column));
+}
+
+void AidaWalk::endHeader() {
+    if (hasHeader)
+        return;
+    hasHeader = true;
+    auto made = std::make_unique<TupleBuilder>(header);
+    current.schema = made->schema();
+    found.push_back(current);
+    if (!isWanted)
+        return;
+    for (const std::string& sentence : made->warnings())
+        warnOnce(sentence, sentence);
+    rowBuilder = std::move(made);
+    reader->pause();
+}
+
+void AidaWalk::endElement(const char* /*name*/) {
+    const State state = states.back();
+    states.pop_back();
+    switch (state) {
+        case State::Column:
+            return endColumn();
+        case State::Row:
+        case State::Point:
+            return endRow();
+        case State::NestedRow:
+            return rowBuilder->endNestedRow();
+        case State::Nested:
+            return rowBuilder->endNested();
+        case State::Tuple:
+        case State::Cloud:
+            return endObject();
+        default:
+            return;
+    }
+}
+
+void AidaWalk::endRow() {
+    rowBuilder->endRow();
+    ++completeRows;
+    if (rowBuilder->hasExtraEntries())
+        warnOnce("extra entries",
+                 fmt::format("{} has rows with more entries than columns; these are left out", current.path));
+    if (rowBuilder->rows() == chunkRows)
+        reader->pause();
+}
+
+void AidaWalk::endObject() {
+    if (isWanted && isChain)
+        fail(fmt::format("{} is a chain of other tuples; read these", current.path));
+    if (isWanted && !hasHeader && isConverted)
+        fail(fmt::format("the cloud {} has been converted to a histogram and holds no points any more", current.path));
+    endHeader();
+    if (!isWanted)
+        return;
+    if (reader->repairedBytes() > 0)
+        warnOnce("encoding", "bytes that are not UTF-8, as the file says, are read as ISO-8859-1");
+    if (reader->skippedEntity())
+        warnOnce("entity", "a reference to another file is left out");
+    done = true;
+    isWanted = false;
+    reader->pause();
+}
+
+}  // namespace velmorak::io

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "AidaColumns.h"
+#include "TupleBuilder.h"
+#include "XmlReader.h"
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "velmorak/Aida.h"
+
+namespace velmorak::io {
+
+/// Follows the elements of an AIDA file: finds its objects, reads the headers of tuples and clouds, and builds the rows
+/// of the one that is wanted.
+class AidaWalk : public XmlHandler {
+public:
+    /// @param wantedPath path of the object whose rows are built; empty for none, when only the objects are found.
+    AidaWalk(std::filesystem::path path, std::string wantedPath, RunContext& runContext);
+
+    /// The reader that this walk is the handler of, told right after both are made.
+    void attach(XmlReader& xmlReader) { reader = &xmlReader; }
+
+    /// Objects whose beginnings, with the header where there is one, have been read.
+    const std::vector<AidaEntry>& entries() const { return found; }
+    /// Null until the header of the wanted object has been read; the reader then pauses.
+    TupleBuilder* builder() { return rowBuilder.get(); }
+    /// The wanted object has been read to its end.
+    bool isDone() const { return done; }
+    std::uint64_t rowsDone() const { return completeRows; }
+
+    void beginElement(const char* name, const char* const* attributes) override;
+    void endElement(const char* name) override;
+
+private:
+    enum class State {
+        File,
+        Root,
+        Skipped,
+        Tuple,
+        Columns,
+        Column,
+        Rows,
+        Row,
+        Entry,
+        Nested,
+        NestedRow,
+        Cloud,
+        Points,
+        Point
+    };
+
+    State begun(std::string_view name, const char* const* attributes);
+    State beginObject(std::string_view name, const char* const* attributes);
+    State beginInTuple(std::string_view name);
+    State beginInRow(std::string_view name, const char* const* attributes);
+    State beginInCloud(std::string_view name);
+    void beginColumn(const char* const* attributes);
+    void endColumn();
+    void endHeader();
+    void endObject();
+    void endRow();
+    void putEntry(const char* const* attributes);
+    void putPoint(const char* const* attributes);
+    std::string uniquePath(const char* const* attributes);
+    void warnOnce(const std::string& about, const std::string& sentence);
+    void noteUnknown(std::string_view name);
+    [[noreturn]] void fail(const std::string& reason) const;
+    bool isReading() const { return !wanted.empty(); }
+
+    std::filesystem::path file;
+    std::string wanted;
+    RunContext& context;
+    XmlReader* reader = nullptr;
+    std::vector<State> states{State::File};
+    std::vector<AidaEntry> found;
+    AidaEntry current;
+    bool isWanted = false;
+    bool hasHeader = false;
+    bool isConverted = false;  ///< A cloud that has become a histogram.
+    bool isChain = false;      ///< A tuple that only names others.
+    bool done = false;
+    std::vector<AidaColumn> header;
+    std::vector<AidaColumn> openColumns;
+    std::unique_ptr<TupleBuilder> rowBuilder;
+    std::uint64_t completeRows = 0;
+    std::map<std::string, int> timesUsed;  ///< Of each path.
+    std::set<std::string> warned;
+};
+
+}  // namespace velmorak::io

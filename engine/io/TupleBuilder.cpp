@@ -1,0 +1,257 @@
+#include "TupleBuilder.h"
+
+#include "velmorak/Value.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace velmorak::io {
+
+namespace {
+
+std::string_view trimmed(std::string_view text) {
+    const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
+bool isWord(std::string_view text, std::string_view word) {
+    return text.size() == word.size() &&
+           std::equal(text.begin(), text.end(), word.begin(), [](char a, char b) { return (a | 0x20) == b; });
+}
+
+std::string firstCharacter(std::string_view text) {
+    std::size_t length = std::min<std::size_t>(1, text.size());
+    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U)
+        ++length;
+    return std::string(text.substr(0, length));
+}
+
+Column emptyColumn(ColumnType type, bool isList) {
+    Column column;
+    switch (type) {
+        case ColumnType::Real:
+            column.values.emplace<Column::Reals>();
+            break;
+        case ColumnType::Integer:
+            column.values.emplace<Column::Integers>();
+            break;
+        case ColumnType::Boolean:
+            column.values.emplace<Column::Booleans>();
+            break;
+        case ColumnType::Text:
+            column.values.emplace<Column::Texts>();
+            break;
+    }
+    if (isList)
+        column.offsets.push_back(0);
+    return column;
+}
+
+}  // namespace
+
+bool readInteger(std::string_view text, std::int64_t& value) {
+    text = trimmed(text);
+    const std::string_view digits = !text.empty() && text.front() == '+' ? text.substr(1) : text;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    if (error == std::errc() && end == digits.data() + digits.size())
+        return true;
+    double real = 0.0;
+    constexpr double limit = 9223372036854775808.0;
+    if (error == std::errc::result_out_of_range || !readNumber(text, real) || real != std::trunc(real) ||
+        real < -limit || real >= limit)
+        return false;
+    value = static_cast<std::int64_t>(real);
+    return true;
+}
+
+bool readBoolean(std::string_view text, std::uint8_t& value) {
+    text = trimmed(text);
+    const bool isTrue = text == "1" || isWord(text, "true");
+    if (!isTrue && text != "0" && !isWord(text, "false"))
+        return false;
+    value = isTrue ? 1 : 0;
+    return true;
+}
+
+TupleBuilder::TupleBuilder(const std::vector<AidaColumn>& columns) {
+    for (const AidaColumn& column : columns)
+        items.push_back(column.isNested ? addNested(column) : addColumn(column));
+}
+
+TupleBuilder::Item TupleBuilder::addColumn(const AidaColumn& column) {
+    Item item;
+    item.slot = addSlot(column, column.name, false);
+    return item;
+}
+
+TupleBuilder::Item TupleBuilder::addNested(const AidaColumn& column) {
+    Item item;
+    item.isNested = true;
+    if (column.children.empty())
+        sentences.push_back(
+            fmt::format("the nested column \"{}\" does not say what it holds and is left out", column.name));
+    for (const AidaColumn& child : column.children) {
+        Item inside;
+        const std::string name = column.children.size() == 1 ? column.name : column.name + "." + child.name;
+        if (child.isNested)
+            sentences.push_back(fmt::format("the column \"{}\" holds rows within nested rows and is left out", name));
+        else
+            inside.slot = addSlot(child, name, true);
+        inside.isNested = child.isNested;
+        item.children.push_back(std::move(inside));
+    }
+    return item;
+}
+
+std::size_t TupleBuilder::addSlot(const AidaColumn& column, const std::string& name, bool isList) {
+    const std::string given = name.empty() ? fmt::format("column{}", slots.size() + 1) : name;
+    std::string unique = given;
+    for (int number = 2; allColumns.find(unique); ++number)
+        unique = fmt::format("{};{}", given, number);
+    if (unique != given)
+        sentences.push_back(fmt::format("there is more than one column \"{}\"; one is called \"{}\"", given, unique));
+    if (!column.isKnownType)
+        sentences.push_back(fmt::format("the type \"{}\" of the column \"{}\" is not known; it is read as text",
+                                        column.typeText, unique));
+    allColumns.add({unique, column.type, isList});
+    Slot slot;
+    slot.column = emptyColumn(column.type, isList);
+    slot.isSingleCharacter = column.isSingleCharacter;
+    slot.textDefault = column.defaultText;
+    std::uint8_t truth = 0;
+    if (!readNumber(column.defaultText, slot.realDefault))
+        slot.realDefault = std::numeric_limits<double>::quiet_NaN();
+    if (column.type == ColumnType::Boolean && readBoolean(column.defaultText, truth))
+        slot.integerDefault = truth;
+    else if (!readInteger(column.defaultText, slot.integerDefault))
+        slot.integerDefault = 0;
+    slots.push_back(std::move(slot));
+    return slots.size() - 1;
+}
+
+const TupleBuilder::Item* TupleBuilder::nextItem() {
+    if (isInNested)
+        return nested != nullptr && nestedPosition < nested->children.size() ? &nested->children[nestedPosition++]
+                                                                             : nullptr;
+    return position < items.size() ? &items[position++] : nullptr;
+}
+
+bool TupleBuilder::entry(const char* value) {
+    const Item* item = nextItem();
+    if (item == nullptr)
+        hasExtra = hasExtra || !isInNested || (nested != nullptr && !nested->children.empty());
+    // A single value where rows belong says nothing of them.
+    if (item == nullptr || item->slot == Item::none)
+        return true;
+    return put(slots[item->slot], value);
+}
+
+bool TupleBuilder::put(Slot& slot, const char* value) {
+    bool isValue = true;
+    if (auto* reals = std::get_if<Column::Reals>(&slot.column.values)) {
+        double number = 0.0;
+        isValue = readNumber(value, number);
+        reals->push_back(number);
+    } else if (auto* integers = std::get_if<Column::Integers>(&slot.column.values)) {
+        std::int64_t number = 0;
+        isValue = readInteger(value, number);
+        integers->push_back(number);
+    } else if (auto* booleans = std::get_if<Column::Booleans>(&slot.column.values)) {
+        std::uint8_t truth = 0;
+        isValue = readBoolean(value, truth);
+        booleans->push_back(truth);
+    } else {
+        auto& texts = std::get<Column::Texts>(slot.column.values);
+        texts.push_back(slot.isSingleCharacter ? firstCharacter(value) : value);
+    }
+    if (!isValue)
+        reason =
+            fmt::format("\"{:.40}\" in column \"{}\" is no {}", value,
+                        allColumns[static_cast<std::size_t>(&slot - slots.data())].name, nameOf(slot.column.type()));
+    return isValue;
+}
+
+void TupleBuilder::putDefault(Slot& slot) {
+    if (auto* reals = std::get_if<Column::Reals>(&slot.column.values))
+        reals->push_back(slot.realDefault);
+    else if (auto* integers = std::get_if<Column::Integers>(&slot.column.values))
+        integers->push_back(slot.integerDefault);
+    else if (auto* booleans = std::get_if<Column::Booleans>(&slot.column.values))
+        booleans->push_back(slot.integerDefault != 0 ? 1 : 0);
+    else
+        std::get<Column::Texts>(slot.column.values).push_back(slot.textDefault);
+}
+
+void TupleBuilder::missingEntry() {
+    const Item* item = nextItem();
+    if (item != nullptr && item->slot != Item::none)
+        putDefault(slots[item->slot]);
+}
+
+void TupleBuilder::beginNested() {
+    const Item* item = nextItem();
+    isInNested = true;
+    nested = item != nullptr && item->isNested ? item : nullptr;
+    nestedPosition = 0;
+    // Rows where a single value belongs: the default takes its place.
+    if (item != nullptr && !item->isNested)
+        putDefault(slots[item->slot]);
+}
+
+void TupleBuilder::endNestedRow() {
+    while (nested != nullptr && nestedPosition < nested->children.size())
+        missingEntry();
+    nestedPosition = 0;
+}
+
+void TupleBuilder::endNested() {
+    isInNested = false;
+    nested = nullptr;
+}
+
+void TupleBuilder::endRow() {
+    while (position < items.size())
+        missingEntry();
+    position = 0;
+    for (Slot& slot : slots)
+        if (slot.column.isList())
+            slot.column.offsets.push_back(slot.column.valueCount());
+    ++rowCount;
+}
+
+void TupleBuilder::dropIncompleteRow() {
+    for (Slot& slot : slots) {
+        const std::size_t complete = slot.column.isList() ? slot.column.offsets.back() : rowCount;
+        std::visit([&](auto& values) { values.resize(complete); }, slot.column.values);
+    }
+    position = 0;
+    endNested();
+}
+
+std::vector<ColumnPtr> TupleBuilder::take() {
+    dropIncompleteRow();
+    std::vector<ColumnPtr> columns;
+    for (Slot& slot : slots) {
+        Column next = emptyColumn(slot.column.type(), slot.column.isList());
+        if (!slot.column.isList())
+            std::visit(
+                [&](auto& values) {
+                    values.reserve(std::get<std::decay_t<decltype(values)>>(slot.column.values).size());
+                },
+                next.values);
+        columns.push_back(std::make_shared<Column>(std::exchange(slot.column, std::move(next))));
+    }
+    rowCount = 0;
+    return columns;
+}
+
+}  // namespace velmorak::io

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "AidaColumns.h"
+
+#include <string>
+#include <vector>
+
+#include "velmorak/Table.h"
+
+namespace velmorak::io {
+
+/// Makes columns of the entries of a tuple, as they come from its file: row by row, each value a text.
+/// A nested column of one column is a list column of its name, one of several is a list column for each, "trk.px".
+class TupleBuilder {
+public:
+    explicit TupleBuilder(const std::vector<AidaColumn>& columns);
+
+    const Schema& schema() const { return allColumns; }
+    /// Sentences about columns that cannot be taken as they are.
+    const std::vector<std::string>& warnings() const { return sentences; }
+
+    /// The next entry of the row, or of the nested row.
+    /// @return false when the text is no value of the column's type; problem() says why.
+    bool entry(const char* value);
+    /// The next entry is not there: its default takes the place.
+    void missingEntry();
+    void beginNested();
+    void endNestedRow();
+    void endNested();
+    void endRow();
+
+    const std::string& problem() const { return reason; }
+    /// Entries were seen beyond the last column.
+    bool hasExtraEntries() const { return hasExtra; }
+
+    /// Complete rows that have not been taken.
+    std::size_t rows() const { return rowCount; }
+    /// Moves the complete rows out; the builder begins anew.
+    std::vector<ColumnPtr> take();
+
+private:
+    struct Slot {
+        Column column;
+        bool isSingleCharacter = false;
+        double realDefault = 0.0;
+        std::int64_t integerDefault = 0;
+        std::string textDefault;
+    };
+    /// A column of the file: where its values go.
+    struct Item {
+        static constexpr std::size_t none = ~std::size_t{0};
+        std::size_t slot = none;
+        bool isNested = false;
+        std::vector<Item> children;
+    };
+
+    Item addColumn(const AidaColumn& column);
+    Item addNested(const AidaColumn& column);
+    std::size_t addSlot(const AidaColumn& column, const std::string& name, bool isList);
+    bool put(Slot& slot, const char* value);
+    static void putDefault(Slot& slot);
+    const Item* nextItem();
+    void dropIncompleteRow();
+
+    Schema allColumns;
+    std::vector<Slot> slots;
+    std::vector<Item> items;
+    std::vector<std::string> sentences;
+    std::string reason;
+    bool hasExtra = false;
+    const Item* nested = nullptr;  ///< Whose rows are being read.
+    bool isInNested = false;
+    std::size_t position = 0;  ///< Of the next entry in the row.
+    std::size_t nestedPosition = 0;
+    std::size_t rowCount = 0;
+};
+
+/// @return false when the text is no value of the type. Blanks around it do not matter; an integer may be written with
+///         an exponent or a zero fraction, a boolean as 0 or 1.
+bool readInteger(std::string_view text, std::int64_t& value);
+bool readBoolean(std::string_view text, std::uint8_t& value);
+
+}  // namespace velmorak::io

@@ -1,0 +1,199 @@
+#include "XmlReader.h"
+
+#include "velmorak/Failure.h"
+
+#include <fmt/format.h>
+#include <iconv.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string_view>
+
+namespace velmorak::io {
+
+namespace {
+
+constexpr std::size_t pieceSize = std::size_t{1} << 16;
+
+/// What the AIDA document type adds to a text: two entities, and the defaults of attributes.
+constexpr std::string_view documentType =
+    "<!ENTITY UNDERFLOW \"-2\">"
+    "<!ENTITY OVERFLOW \"-1\">"
+    "<!ATTLIST axis direction CDATA \"x\">"
+    "<!ATTLIST statistic direction CDATA \"x\">"
+    "<!ATTLIST column type CDATA \"double\">"
+    "<!ATTLIST item sticky CDATA \"false\">"
+    "<!ATTLIST function isNormalized CDATA \"false\">";
+
+/// Code point of each byte of an encoding, -1 for none.
+bool fillMap(iconv_t converter, int* map) {
+    for (int byte = 0; byte < 256; ++byte) {
+        std::array<char, 1> in{static_cast<char>(byte)};
+        std::array<unsigned char, 8> out{};
+        char* from = in.data();
+        char* to = reinterpret_cast<char*>(out.data());
+        std::size_t fromLeft = in.size();
+        std::size_t toLeft = out.size();
+        iconv(converter, nullptr, nullptr, nullptr, nullptr);
+        const bool isOne =
+            iconv(converter, &from, &fromLeft, &to, &toLeft) != static_cast<std::size_t>(-1) && toLeft == 4;
+        const unsigned code = (static_cast<unsigned>(out[0]) << 24U) | (static_cast<unsigned>(out[1]) << 16U) |
+                              (static_cast<unsigned>(out[2]) << 8U) | static_cast<unsigned>(out[3]);
+        map[byte] = isOne && code < 0x10000 ? static_cast<int>(code) : -1;
+        if (byte < 0x80 && byte >= 0x20 && map[byte] != byte)
+            return false;
+    }
+    return true;
+}
+
+/// For encodings that expat does not know: those with one byte a character that extend ASCII.
+int XMLCALL unknownEncoding(void* /*data*/, const XML_Char* name, XML_Encoding* info) {
+    const iconv_t converter = iconv_open("UCS-4BE", name);
+    if (converter == iconv_t(-1))
+        return XML_STATUS_ERROR;
+    const bool isUsable = fillMap(converter, info->map);
+    iconv_close(converter);
+    info->convert = nullptr;
+    info->data = nullptr;
+    info->release = nullptr;
+    return isUsable ? XML_STATUS_OK : XML_STATUS_ERROR;
+}
+
+/// @return the encoding that the text's first line declares, in small letters; empty when it declares none.
+std::string declaredEncoding(std::string_view text) {
+    const std::string_view head = text.substr(0, text.find('>'));
+    const auto begin = head.find("encoding");
+    if (begin == std::string_view::npos || head.find("<?xml") == std::string_view::npos)
+        return {};
+    const auto open = head.find_first_of("\"'", begin);
+    if (open == std::string_view::npos)
+        return {};
+    std::string name(head.substr(open + 1, head.find(head[open], open + 1) - open - 1));
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    return name;
+}
+
+}  // namespace
+
+const char* attributeOf(const char* const* attributes, const char* name) {
+    for (; *attributes != nullptr; attributes += 2)
+        if (std::strcmp(*attributes, name) == 0)
+            return attributes[1];
+    return nullptr;
+}
+
+XmlReader::XmlReader(const std::filesystem::path& file, XmlHandler& elements, RunContext& runContext)
+    : path(file), handler(elements), context(runContext), stream(file), piece(pieceSize, '\0') {
+    parser.reset(XML_ParserCreate(nullptr));
+    if (!parser)
+        throw std::bad_alloc();
+    XML_SetUserData(parser.get(), this);
+    XML_SetElementHandler(parser.get(), began, ended);
+    XML_SetUnknownEncodingHandler(parser.get(), unknownEncoding, nullptr);
+    XML_SetParamEntityParsing(parser.get(), XML_PARAM_ENTITY_PARSING_ALWAYS);
+    XML_UseForeignDTD(parser.get(), XML_TRUE);
+    XML_SetExternalEntityRefHandler(parser.get(), externalEntity);
+}
+
+bool XmlReader::advance() {
+    while (!isAtEnd) {
+        if (context.isStopping())
+            throw Stopped();
+        const bool wasSuspended = isSuspended;
+        isSuspended = false;
+        check(wasSuspended ? XML_ResumeParser(parser.get()) : feed());
+        if (isSuspended)
+            return true;
+    }
+    return false;
+}
+
+XML_Status XmlReader::feed() {
+    const std::size_t count = stream.read(piece.data(), piece.size());
+    if (count == 0 && !stream.damage().empty())
+        throw Failure(fmt::format("{}: {}", path.string(), stream.damage()));
+    const std::string_view bytes(piece.data(), count);
+    if (!isBegun)
+        repairs = count > 0 && bytes.substr(0, 2) != "\xFE\xFF" && bytes.substr(0, 2) != "\xFF\xFE" &&
+                  (declaredEncoding(bytes).empty() || declaredEncoding(bytes) == "utf-8" ||
+                   declaredEncoding(bytes) == "utf8");
+    isBegun = true;
+    if (!repairs)
+        return XML_Parse(parser.get(), piece.data(), static_cast<int>(count), count == 0 ? 1 : 0);
+    repaired.clear();
+    repair.append(bytes, repaired);
+    if (count == 0)
+        repair.finish(repaired);
+    return XML_Parse(parser.get(), repaired.data(), static_cast<int>(repaired.size()), count == 0 ? 1 : 0);
+}
+
+void XmlReader::check(XML_Status status) {
+    if (failure)
+        std::rethrow_exception(failure);
+    if (status == XML_STATUS_SUSPENDED)
+        return;
+    XML_ParsingStatus state{};
+    XML_GetParsingStatus(parser.get(), &state);
+    isAtEnd = state.parsing == XML_FINISHED;
+    if (status == XML_STATUS_OK)
+        return;
+    const XML_Error error = XML_GetErrorCode(parser.get());
+    throw Failure(fmt::format("{}: the XML is damaged{}: {}", path.string(), where(), XML_ErrorString(error)));
+}
+
+void XmlReader::pause() {
+    isSuspended = true;
+    XML_StopParser(parser.get(), XML_TRUE);
+}
+
+std::string XmlReader::where() const {
+    const auto byte = static_cast<std::uint64_t>(std::max<XML_Index>(0, XML_GetCurrentByteIndex(parser.get())));
+    return fmt::format(", line {}, byte {} of the text", XML_GetCurrentLineNumber(parser.get()),
+                       byte - std::min(byte, repair.repaired()));
+}
+
+void XmlReader::keep(std::exception_ptr thrown) {
+    failure = std::move(thrown);
+    XML_StopParser(parser.get(), XML_FALSE);
+}
+
+// No exception may pass through the parser: it is kept, and thrown again when the parser has returned.
+void XmlReader::began(void* self, const XML_Char* name, const XML_Char** attributes) {
+    auto& reader = *static_cast<XmlReader*>(self);
+    if (reader.failure)
+        return;
+    try {
+        reader.handler.beginElement(name, attributes);
+    } catch (...) {
+        reader.keep(std::current_exception());
+    }
+}
+
+void XmlReader::ended(void* self, const XML_Char* name) {
+    auto& reader = *static_cast<XmlReader*>(self);
+    if (reader.failure)
+        return;
+    try {
+        reader.handler.endElement(name);
+    } catch (...) {
+        reader.keep(std::current_exception());
+    }
+}
+
+int XmlReader::externalEntity(XML_Parser expat, const XML_Char* context, const XML_Char* /*base*/,
+                              const XML_Char* /*systemId*/, const XML_Char* /*publicId*/) {
+    // Only a part of the document type comes without a context; any other entity is left out, unopened.
+    if (context != nullptr) {
+        static_cast<XmlReader*>(XML_GetUserData(expat))->hasSkippedEntity = true;
+        return XML_STATUS_OK;
+    }
+    const std::unique_ptr<std::remove_pointer_t<XML_Parser>, Free> part(
+        XML_ExternalEntityParserCreate(expat, context, nullptr));
+    if (!part)
+        return XML_STATUS_ERROR;
+    return XML_Parse(part.get(), documentType.data(), static_cast<int>(documentType.size()), 1);
+}
+
+}  // namespace velmorak::io

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "ByteStream.h"
+#include "TextRepair.h"
+
+#include <expat.h>
+
+#include <exception>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <type_traits>
+
+#include "velmorak/Run.h"
+
+namespace velmorak::io {
+
+/// @return the value of an attribute; null when there is none. attributes is a list of names and values, ended by null.
+const char* attributeOf(const char* const* attributes, const char* name);
+
+/// Is told of the elements of a file.
+class XmlHandler {
+public:
+    virtual ~XmlHandler() = default;
+    virtual void beginElement(const char* name, const char* const* attributes) = 0;
+    virtual void endElement(const char* name) = 0;
+};
+
+/// Reads an XML file piece by piece and tells a handler. Opens no other file and no address whatever the text names;
+/// the defaults and entities of the AIDA document type are built in. Threads: one at a time. The handler lives as long
+/// as the reader.
+class XmlReader {
+public:
+    /// @throws Failure when the file cannot be opened or is no XML.
+    XmlReader(const std::filesystem::path& file, XmlHandler& elements, RunContext& runContext);
+
+    /// Goes on until the handler calls pause, or to the end of the file.
+    /// @return false at the end.
+    /// @throws Failure where the file is damaged, with line and byte. Stopped when the run is to end. Whatever the
+    ///         handler throws. Not to be called again after any of these.
+    bool advance();
+    /// From the handler: advance returns when the element has been handled.
+    void pause();
+    /// ", line 3, byte 712 of the text": where the parser stands.
+    std::string where() const;
+    double fraction() const { return stream.fraction(); }
+    std::uint64_t repairedBytes() const { return repair.repaired(); }
+    bool skippedEntity() const { return hasSkippedEntity; }
+
+private:
+    struct Free {
+        void operator()(XML_Parser expat) const { XML_ParserFree(expat); }
+    };
+    static void XMLCALL began(void* self, const XML_Char* name, const XML_Char** attributes);
+    static void XMLCALL ended(void* self, const XML_Char* name);
+    static int XMLCALL externalEntity(XML_Parser expat, const XML_Char* context, const XML_Char* base,
+                                      const XML_Char* systemId, const XML_Char* publicId);
+
+    void keep(std::exception_ptr thrown);
+    void check(XML_Status status);
+    XML_Status feed();
+
+    std::filesystem::path path;
+    XmlHandler& handler;
+    RunContext& context;
+    ByteStream stream;
+    TextRepair repair;
+    std::string piece;     ///< Raw bytes.
+    std::string repaired;  ///< The same as valid UTF-8.
+    std::unique_ptr<std::remove_pointer_t<XML_Parser>, Free> parser;
+    std::exception_ptr failure;
+    bool isBegun = false;
+    bool isSuspended = false;
+    bool isAtEnd = false;
+    bool repairs = false;
+    bool hasSkippedEntity = false;
+};
+
+}  // namespace velmorak::io
