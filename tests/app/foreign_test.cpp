@@ -1,0 +1,58 @@
+#include "RecordedProgram.h"
+
+#include <gmock/gmock.h>
+
+#include <set>
+#include <sstream>
+
+using ::testing::ElementsAre;
+
+namespace {
+
+constexpr const char* script = R"(
+kind Source Foreign
+  out value
+kind Sink Foreign
+  in value 0
+document foreign.zedra
+  plugin Source From 50 200
+  plugin Sink To 300 200
+  bind To value From value
+run blocks
+)";
+
+/// What the program asks the loader for by name, of the library's two classes.
+std::set<std::string> importsOf(const std::string& program) {
+    Process process({"nm", "--dynamic", "--demangle", "--undefined-only", program});
+    process.wait();
+    std::set<std::string> names;
+    std::istringstream lines(process.output());
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t start = line.find("Qz");
+        // A sanitizer that checks the types of objects brings their type information in.
+        if (start != std::string::npos && line.find("typeinfo") == std::string::npos) {
+            names.insert(line.substr(start, line.find('(') - start));
+        }
+    }
+    return names;
+}
+
+}  // namespace
+
+TEST(ForeignLibrary, takesThePlaceOfOursByItsFolderAlone) {
+    RecordedProgram program(VELMORAK_PROGRAM, script, {{"LD_LIBRARY_PATH", VELMORAK_FOREIGN}});
+    ASSERT_TRUE(program.start({"-a", "data.aida", "-run", "foreign.zedra"}));
+    ASSERT_TRUE(waitFor([&] { return program.hasCalled("Run() [worker]"); }));
+    EXPECT_EQ(program.quit(), 0);
+    EXPECT_THAT(program.calls(), ElementsAre("QzManager(QzAnalysisFactory)", "loadAIDA(data.aida)",
+                                             "SetFontSize(9, 11)", "GetListOfPlugins(0)", "GetPlugins()",
+                                             "GetPlugins()", "GetExamples()", "ReadDocument(foreign.zedra)",
+                                             "Run() [worker]", "Stop()", "Run has ended() [worker]", "~QzManager()"));
+}
+
+TEST(ForeignLibrary, needsToOfferOnlyTheNonVirtualMembersByName) {
+    EXPECT_THAT(
+        importsOf(VELMORAK_PROGRAM),
+        ElementsAre("QzManager::GetExamples", "QzManager::GetListOfPlugins", "QzManager::GetPlugins",
+                    "QzManager::QzManager", "QzManager::SetFontSize", "QzManager::loadAIDA", "QzManager::~QzManager"));
+}
