@@ -45,8 +45,6 @@ public:
     void writeRows(const Chunk& chunk);
     /// @param rows what aidaRows made of chunks of the table, one after the other.
     void writeRows(std::string_view rows);
-    /// Rows that aidaRows has made, in the schema of the table that was begun.
-    void writeRows(const std::string& rows);
     void endTable();
     /// Completes the file. @throws Failure when it could not be written, for example on a full disk.
     void close();
