@@ -48,7 +48,7 @@ Axis axisFrom(const Arguments& arguments) {
     if (!std::isfinite(low) || !std::isfinite(high) || low >= high)
         throw Failure("high", "the axis from " + textOf(low) + " to " + textOf(high) +
                                   " has no bins: low must be below high, and both finite");
-    return Axis(static_cast<std::size_t>(arguments.integer("bins")), low, high);
+    return {static_cast<std::size_t>(arguments.integer("bins")), low, high};
 }
 
 std::string edgesRefusal(const std::string& text) {

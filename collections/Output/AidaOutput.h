@@ -21,7 +21,7 @@ struct AidaContents {
 /// Threads: one at a time.
 class AidaOutput {
 public:
-    AidaOutput(AidaContents contents, RunContext& context);
+    AidaOutput(AidaContents whatToWrite, RunContext& run);
 
     const Schema& schema() const { return contents.schema; }
     /// Rows of the table as aidaRows made them. @throws Failure if the file cannot be made.

@@ -19,7 +19,8 @@ std::string colourOf(std::size_t position) {
 
 /// Solid lines first; the colours come again dashed.
 std::string dashOf(std::size_t position) {
-    return textOf(static_cast<double>(1 + position / colours.size()));
+    const std::size_t turn = position / colours.size();
+    return textOf(static_cast<double>(turn + 1));
 }
 
 std::string inFrame(double y, const PlotFrame& frame) {
