@@ -1,0 +1,84 @@
+#pragma once
+
+#include <velmorak/Kind.h>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velmorak::test {
+
+/// All shipped kinds by group, as their collections register them.
+struct ShippedGroup {
+    std::string name;
+    std::vector<std::unique_ptr<Kind>> kinds;
+};
+const std::vector<ShippedGroup>& shippedGroups();
+const Kind& shippedKind(const std::string& name);
+
+/// Where the build tree holds a collection.
+std::filesystem::path collectionFolder(const std::string& group);
+
+std::string textIn(const std::filesystem::path& file);
+
+/// A table that stands in memory.
+struct SmallTable {
+    Schema schema;
+    std::vector<Chunk> chunks;
+
+    std::vector<double> column(const std::string& name) const;
+};
+
+/// A table of real columns, cut into chunks of the given length.
+SmallTable tableOf(const std::vector<std::pair<std::string, std::vector<double>>>& columns, std::size_t chunkLength);
+
+/// One plug-in on the bench: values and wires go in, the kind does its work, results come out.
+class Bench : public RunContext {
+public:
+    explicit Bench(const std::string& kindName, std::string pluginName = "bench");
+    ~Bench() override;
+
+    Bench& set(const std::string& input, const std::string& text);
+    Bench& wire(const std::string& input, Value value);
+    Bench& wire(const std::string& input, SmallTable table);
+
+    /// @throws whatever the kind throws.
+    void run();
+    /// What run says when it fails; empty when it does not.
+    std::string failure();
+
+    double number(const std::string& output) const;
+    HistogramPtr histogram(const std::string& output) const;
+    const SmallTable& table() const { return made; }
+    const std::filesystem::path& folder() const { return results; }
+    const Kind& kind() const { return shipped; }
+    Ports ports() const { return shipped.ports(texts); }
+    void stop() { stopping = true; }
+
+    bool isStopping() const override { return stopping; }
+    const std::string& pluginName() const override { return plugin; }
+    std::filesystem::path inputFile(const std::string& text) const override { return text; }
+    std::filesystem::path commandLineAida() const override { return {}; }
+    void writeResult(const std::string& fileName,
+                     const std::function<void(const std::filesystem::path&)>& writer) override;
+    std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override;
+    void warn(const std::string& sentence) override;
+
+private:
+    void accumulate(const Accumulator& accumulator, const Arguments& arguments, Results& sink);
+
+    const Kind& shipped;
+    std::string plugin;
+    std::filesystem::path results;
+    ValueTexts texts;
+    std::map<std::string, Value> wires;
+    std::string tableInput;
+    SmallTable given;
+    SmallTable made;
+    std::map<std::string, Value> outputs;
+    bool stopping = false;
+};
+
+}  // namespace velmorak::test

@@ -1,0 +1,131 @@
+#include "Bench.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <set>
+#include <sstream>
+
+namespace {
+
+using namespace velmorak;
+using test::shippedGroups;
+using test::textIn;
+
+namespace fs = std::filesystem;
+
+/// Output of the program that describes kinds.
+std::string described(const std::string& form, const std::vector<std::string>& groups) {
+    std::string command = "'" VELMORAK_TEST_DESCRIBE "' " + form;
+    for (const std::string& group : groups)
+        command += " '" + (test::collectionFolder(group) / (group + ".so")).string() + "'";
+    std::string text;
+    FILE* pipe = popen(command.c_str(), "r");
+    std::array<char, 4096> buffer{};
+    while (const std::size_t count = fread(buffer.data(), 1, buffer.size(), pipe))
+        text.append(buffer.data(), count);
+    EXPECT_EQ(pclose(pipe), 0) << command;
+    return text;
+}
+
+std::vector<std::string> headings(const std::string& text, const std::string& begin, const std::string& end) {
+    std::vector<std::string> names;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+        if (line.starts_with(begin))
+            names.push_back(line.substr(begin.size(), line.size() - begin.size() - end.size()));
+    return names;
+}
+
+std::vector<std::string> kindNames() {
+    std::vector<std::string> names;
+    for (const auto& group : shippedGroups())
+        for (const auto& kind : group.kinds)
+            names.push_back(kind->name());
+    return names;
+}
+
+TEST(Catalogue, offersTheKindsByGroup) {
+    EXPECT_EQ(kindNames(), (std::vector<std::string>{"Number", "Adder", "Multiplier", "AidaTable", "Histogram1D",
+                                                     "Statistics", "Plot", "AidaWriter", "Formula", "Filter"}));
+}
+
+TEST(Catalogue, everySummaryFileSaysWhatItsKindsSay) {
+    for (const auto& group : shippedGroups()) {
+        const fs::path source = fs::path(VELMORAK_TEST_SOURCE) / "collections" / group.name / "plugin_summary.txt";
+        EXPECT_EQ(textIn(source), described("summary", {group.name})) << group.name;
+        EXPECT_EQ(textIn(source), textIn(test::collectionFolder(group.name) / "plugin_summary.txt"));
+    }
+}
+
+TEST(Catalogue, everyLineOfASummaryFileCanBeReadByTheEditor) {
+    for (const auto& group : shippedGroups()) {
+        std::istringstream lines(textIn(test::collectionFolder(group.name) / "plugin_summary.txt"));
+        for (std::string line; std::getline(lines, line);) {
+            EXPECT_LT(line.size(), 512U) << line;
+            const bool isHeading = line.starts_with("---- ") || line.starts_with("==== ");
+            const bool looksLikeOne = line.find("----") != std::string::npos || line.find("====") != std::string::npos;
+            EXPECT_EQ(isHeading, looksLikeOne) << line;
+        }
+    }
+}
+
+TEST(Catalogue, thePageOfKindsSaysWhatTheKindsSay) {
+    std::vector<std::string> groups;
+    for (const auto& group : shippedGroups())
+        groups.push_back(group.name);
+    const std::string page = textIn(fs::path(VELMORAK_TEST_SOURCE) / "docs" / "kinds.md");
+    EXPECT_EQ(headings(page, "### ", ""), kindNames());
+    EXPECT_EQ(page.substr(page.find("## Arithmetic")), described("page", groups));
+}
+
+void expectSentence(const std::string& text, const std::string& where) {
+    EXPECT_GT(text.size(), 10U) << where;
+    EXPECT_TRUE(text.ends_with('.')) << where << ": " << text;
+    EXPECT_EQ(text.find('\n'), std::string::npos) << where;
+    EXPECT_EQ(text.find('|'), std::string::npos) << where;
+}
+
+TEST(Catalogue, everyKindInputAndOutputIsDescribed) {
+    for (const auto& group : shippedGroups())
+        for (const auto& kind : group.kinds) {
+            expectSentence(kind->summary(), kind->name());
+            const Ports ports = kind->ports({{"count", "2"}, {"objects", "2"}, {"parameters", "cut"}});
+            for (const InputSpec& input : ports.inputs)
+                expectSentence(input.description, kind->name() + "." + input.name);
+            for (const OutputSpec& output : ports.outputs)
+                expectSentence(output.description, kind->name() + "." + output.name);
+        }
+}
+
+TEST(Catalogue, namesAreSingleWordsAndUnique) {
+    const std::vector<std::string> names = kindNames();
+    EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), names.size());
+    for (const auto& group : shippedGroups())
+        for (const auto& kind : group.kinds) {
+            std::set<std::string> inputs;
+            for (const InputSpec& input : kind->ports({}).inputs) {
+                EXPECT_EQ(input.name.find(' '), std::string::npos);
+                EXPECT_TRUE(inputs.insert(input.name).second) << kind->name() << "." << input.name;
+            }
+        }
+}
+
+TEST(Catalogue, theValueThatAKindBeginsWithIsOneThatItTakes) {
+    for (const auto& group : shippedGroups())
+        for (const auto& kind : group.kinds)
+            for (const InputSpec& input : kind->ports({}).inputs) {
+                EXPECT_EQ(kind->refusal(input.name, input.value), "") << kind->name() << "." << input.name;
+                double number = 0.0;
+                if (input.type == ValueType::Number) {
+                    EXPECT_TRUE(readNumber(input.value, number)) << kind->name() << "." << input.name;
+                    EXPECT_TRUE(number >= input.minimum && number <= input.maximum);
+                }
+                if (input.type == ValueType::Choice) {
+                    EXPECT_EQ(std::count(input.choices.begin(), input.choices.end(), input.value), 1);
+                }
+            }
+}
+
+}  // namespace

@@ -1,0 +1,20 @@
+#!/usr/bin/env python3
+"""Makes the data of the examples again and compares it bit for bit.
+
+usage: check_example_data.py EXAMPLES
+"""
+
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+examples = pathlib.Path(sys.argv[1])
+with tempfile.TemporaryDirectory() as folder:
+    subprocess.run([sys.executable, str(examples / "make_data.py"), folder], check=True)
+    made = sorted(path.relative_to(folder) for path in pathlib.Path(folder).rglob("*.aida"))
+    kept = sorted(path.relative_to(examples) for path in examples.glob("*/*.aida"))
+    assert made == kept, "made %s, kept %s" % (made, kept)
+    for path in made:
+        assert (pathlib.Path(folder) / path).read_bytes() == (examples / path).read_bytes(), "%s differs" % path
+        print("%s is made again bit for bit" % path)
