@@ -14,8 +14,8 @@ constexpr std::size_t mostBins = std::size_t{1} << 28;
 double equalEdge(std::size_t position, std::size_t bins, double low, double high) {
     if (position == bins)
         return high;
-    const double steps = static_cast<double>(position);
-    const double count = static_cast<double>(bins);
+    const auto steps = static_cast<double>(position);
+    const auto count = static_cast<double>(bins);
     const double distance = steps * (high - low);
     // An axis that spans nearly all doubles: the product would be infinite.
     return std::isfinite(distance) ? low + distance / count : low * (1.0 - steps / count) + high * (steps / count);

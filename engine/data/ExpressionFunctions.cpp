@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
+#include <type_traits>
 
 // Compiled without contraction of a product and a sum into one rounding: a row has the same bits in every loop.
 namespace velmorak::expression {
@@ -64,9 +64,16 @@ constexpr Kernel ofInteger = unary<std::int64_t, std::int64_t, function>;
 constexpr auto same = [](auto x) { return x; };
 constexpr auto sign = [](auto x) { return x > 0 ? decltype(x)(1) : x < 0 ? decltype(x)(-1) : x; };
 constexpr auto isTrue = [](auto x) { return x != 0; };
+template <typename Number>
+constexpr bool isNotANumber(Number x) {
+    if constexpr (std::is_floating_point_v<Number>)
+        return std::isnan(x);
+    else
+        return false;
+}
 // NaN on either side gives NaN.
-constexpr auto lesser = [](auto x, auto y) { return y < x || y != y ? y : x; };
-constexpr auto greater = [](auto x, auto y) { return y > x || y != y ? y : x; };
+constexpr auto lesser = [](auto x, auto y) { return y < x || isNotANumber(y) ? y : x; };
+constexpr auto greater = [](auto x, auto y) { return x < y || isNotANumber(y) ? y : x; };
 // std::lgamma writes a global.
 constexpr auto logGamma = [](double x) {
     int ignoredSign = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 
 namespace velmorak::expression {
@@ -33,7 +34,7 @@ bool extreme(const Lane& lane) {
         double best = begin == end ? std::numeric_limits<double>::quiet_NaN() : static_cast<double>(values[begin]);
         for (std::uint64_t position = begin; position < end; ++position) {
             const auto value = static_cast<double>(values[position]);
-            if (isBetter(value, best) || value != value)
+            if (isBetter(value, best) || std::isnan(value))
                 best = value;
         }
         out[row] = best;
