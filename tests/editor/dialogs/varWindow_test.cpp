@@ -1,7 +1,6 @@
 #include "VariablesTest.h"
 
 #include <cstdint>
-#include <cstdlib>
 
 namespace {
 
@@ -343,103 +342,6 @@ TEST_F(VarWindowTest, theRefreshButtonOfAnInputThatIsGoneMakesTheRowsAnew) {
     object("Adder").Inputs().pop_back();
     refresh(dialog, 2).clicked();
     EXPECT_THAT(rows(dialog), ElementsAre("Name: Adder", "a: 1"));
-}
-
-// What is done with a dialog when its plug-in is gone.
-class StaleDialog : public VariablesTest {
-protected:
-    void pressEverything(varWindow& dialog) {
-        recording::forgetCalls();
-        entry(dialog, 0).set_text("Other");
-        entry(dialog, 1).set_text("77");
-        for (std::size_t row = 0; row < column(dialog, 2).size(); ++row) {
-            refresh(dialog, row).clicked();
-        }
-        press(dialog, "Apply");
-        press(dialog, "OK");
-        EXPECT_THAT(openDialogs(), IsEmpty());
-    }
-};
-
-TEST_F(StaleDialog, ofADeletedPluginChangesNothing) {
-    varWindow& dialog = openNew("Adder");
-    act("Del");
-    pressEverything(dialog);
-    EXPECT_THAT(recording::calls(), IsEmpty());
-}
-
-TEST_F(StaleDialog, ofADeletedPluginCanBeCancelled) {
-    varWindow& dialog = openNew("Adder");
-    act("Del");
-    press(dialog, "Cancel");
-    EXPECT_THAT(openDialogs(), IsEmpty());
-}
-
-TEST_F(StaleDialog, doesNotReachANewPluginOfTheSameName) {
-    varWindow& dialog = openNew("Adder");
-    act("Del");
-    add("Adder");
-    pressEverything(dialog);
-    EXPECT_THAT(recording::calls(), IsEmpty());
-}
-
-TEST_F(StaleDialog, ofAReplacedDocumentChangesNothing) {
-    window->open("/x/other.zedra");
-    varWindow& dialog = openFor("Alone");
-    Answers answers;
-    answers.question("Remove existing plugins?\n(Continuing without removal experimental)", Gtk::RESPONSE_YES);
-    window->checkOpen("/x/other.zedra");
-    pressEverything(dialog);
-    EXPECT_THAT(recording::calls(), IsEmpty());
-}
-
-TEST_F(StaleDialog, ofAClosedWindowChangesNothing) {
-    varWindow& dialog = openNew("Adder");
-    closeWindow();
-    pressEverything(dialog);
-    EXPECT_THAT(recording::calls(), IsEmpty());
-}
-
-TEST_F(StaleDialog, afterADocumentWasAddedStillReachesItsPlugin) {
-    varWindow& dialog = openNew("Adder");
-    Answers answers;
-    answers.question("Remove existing plugins?\n(Continuing without removal experimental)", Gtk::RESPONSE_NO);
-    window->checkOpen("/x/chain.zedra");
-    recording::forgetCalls();
-    entry(dialog, 1).set_text("77");
-    press(dialog, "OK");
-    EXPECT_THAT(recording::edits(), ElementsAre("SetInputValue(0, 0, 77)"));
-    EXPECT_TRUE(node("Adder").changed);
-}
-
-// Buttons under a real pointer: a dialog that dies, and rows that go, while their button is being released.
-class RealClicks : public VariablesTest {
-protected:
-    static void click(Gtk::Widget& target) {
-        pumpUntil([&target] { return target.get_mapped() && target.get_allocated_width() > 1; });
-        int x = 0;
-        int y = 0;
-        const Gtk::Allocation place = target.get_allocation();
-        target.get_toplevel()->get_window()->get_origin(x, y);
-        x += place.get_x() + place.get_width() / 2;
-        y += place.get_y() + place.get_height() / 2;
-        pump();
-        const std::string command =
-            "xdotool mousemove " + std::to_string(x) + ' ' + std::to_string(y) + " sleep 0.05 click 1";
-        ASSERT_EQ(std::system(command.c_str()), 0);
-    }
-};
-
-TEST_F(RealClicks, onRefreshAndApplyAndOk) {
-    varWindow& dialog = openNew("Adder");
-    entry(dialog, 1).set_text("5");
-    click(refresh(dialog, 1));
-    EXPECT_TRUE(pumpUntil([this] { return object("Adder").Inputs()[0].value == "5"; }));
-    entry(dialog, 2).set_text("6");
-    click(buttonIn(dialog, "Apply"));
-    EXPECT_TRUE(pumpUntil([this] { return object("Adder").Inputs()[1].value == "6"; }));
-    click(buttonIn(dialog, "OK"));
-    EXPECT_TRUE(pumpUntil([] { return openDialogs().empty(); }));
 }
 
 }  // namespace
