@@ -14,11 +14,11 @@ fs::path resolved(const Pipeline& pipeline, const NamedFile& file) {
     if (!file) {
         return pipeline.commandLineAida;
     }
-    const fs::path named(*file);
+    fs::path named(*file);
     if (named.is_absolute()) {
         return named;
     }
-    const fs::path beside = pipeline.documentFolder / named;
+    fs::path beside = pipeline.documentFolder / named;
     std::error_code error;
     if (!pipeline.documentFolder.empty() && !fs::exists(beside, error) && fs::exists(named, error)) {
         return named;

@@ -74,38 +74,37 @@ void Plan::connect() {
     }
 }
 
-void Plan::sort() {
-    std::vector<std::size_t> waitsFor(pipeline.nodes.size());
-    for (std::size_t node = 0; node < pipeline.nodes.size(); ++node) {
-        waitsFor[node] = feedersOf[node].size();
-    }
-    const auto isOrdered = [&](std::size_t node) { return !unordered[node]; };
-    const auto append = [&](std::size_t first) {
-        unordered[first] = false;
-        for (std::deque<std::size_t> ready{first}; !ready.empty(); ready.pop_front()) {
-            ordered.push_back(ready.front());
-            for (const std::size_t consumer : consumersOf[ready.front()]) {
-                if (--waitsFor[consumer] == 0 && !isOrdered(consumer)) {
-                    unordered[consumer] = false;
-                    ready.push_back(consumer);
-                }
+void Plan::append(std::size_t first, std::vector<std::size_t>& waitsFor) {
+    unordered[first] = false;
+    for (std::deque<std::size_t> ready{first}; !ready.empty(); ready.pop_front()) {
+        ordered.push_back(ready.front());
+        for (const std::size_t consumer : consumersOf[ready.front()]) {
+            if (--waitsFor[consumer] == 0 && unordered[consumer]) {
+                unordered[consumer] = false;
+                ready.push_back(consumer);
             }
         }
-    };
-    for (std::size_t node = 0; node < pipeline.nodes.size(); ++node) {
+    }
+}
+
+void Plan::sort() {
+    const std::size_t count = pipeline.nodes.size();
+    std::vector<std::size_t> waitsFor(count);
+    for (std::size_t node = 0; node < count; ++node) {
+        waitsFor[node] = feedersOf[node].size();
+    }
+    for (std::size_t node = 0; node < count; ++node) {
         if (feedersOf[node].empty()) {
-            append(node);
+            append(node, waitsFor);
         }
     }
-    for (std::size_t node = 0; node < pipeline.nodes.size(); ++node) {
-        if (unordered[node]) {
-            cycles[node] = cycleSentence(node);
-        }
+    for (std::size_t node = 0; node < count; ++node) {
+        cycles[node] = unordered[node] ? cycleSentence(node) : "";
     }
     // Plug-ins on a cycle fail before anything is executed; they stand before what they feed.
-    for (std::size_t node = 0; node < pipeline.nodes.size(); ++node) {
+    for (std::size_t node = 0; node < count; ++node) {
         if (unordered[node] && !cycles[node].empty()) {
-            append(node);
+            append(node, waitsFor);
         }
     }
 }

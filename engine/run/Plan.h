@@ -37,6 +37,7 @@ public:
 private:
     void connect();
     void sort();
+    void append(std::size_t first, std::vector<std::size_t>& waitsFor);
     void ask();
     std::string cycleSentence(std::size_t node) const;
     std::string inputObjection(std::size_t node, const PipelineInput& input) const;

@@ -102,7 +102,7 @@ fs::path ResultFolder::place(const std::string& fileName) const {
     }
     const fs::path base = folder.empty() ? fs::path() : followed(folder);
     // Links are followed in the folder's part only: the file itself is replaced, whatever it is.
-    const fs::path file = followed((folder / name).parent_path()) / name.filename();
+    fs::path file = followed((folder / name).parent_path()) / name.filename();
     const bool climbs = std::find(name.begin(), name.end(), "..") != name.end();
     if (!mayWriteAnywhere && (name.is_absolute() || climbs || !isBelow(file, base))) {
         refuse(fileName, "lies outside the results folder; VELMORAK_WRITE_ANYWHERE=1 would allow it");

@@ -13,7 +13,7 @@ std::string rowsText(std::uint64_t rows) {
 }
 
 std::string workText(const PipelineNode& node, const NodeReport& report) {
-    const std::string time = fmt::format("{:.2f} s", report.seconds);
+    std::string time = fmt::format("{:.2f} s", report.seconds);
     switch (shapeOf(node.kind)) {
         case Shape::Source:
             return rowsText(report.rowsOut) + ", " + time;
