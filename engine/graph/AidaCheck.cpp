@@ -7,9 +7,6 @@
 
 namespace velmorak {
 
-/// Weak: a library that is built without the readers of files still loads.
-std::vector<AidaEntry> listAida(const std::filesystem::path& file, RunContext& context) __attribute__((weak));
-
 namespace {
 
 namespace fs = std::filesystem;
@@ -45,8 +42,6 @@ std::string whyNotAida(const std::string& file) {
     if (file.empty())
         return "no name is given";
     try {
-        if (&listAida == nullptr)
-            return "this library reads no AIDA files";
         LookContext context;
         listAida(file, context);
         return {};

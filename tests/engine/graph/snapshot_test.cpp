@@ -84,5 +84,13 @@ TEST_F(Snapshot, anAidaFileThatCannotBeReadIsNamedNevertheless) {
     EXPECT_EQ(errors.lines(), 4);
 }
 
+TEST_F(Snapshot, anAidaFileIsRemembered) {
+    const std::string file = folder.write("empty.aida", "<?xml version=\"1.0\"?>\n<aida version=\"3.3\">\n</aida>\n");
+    const Errors errors;
+    EXPECT_TRUE(manager.loadAIDA(file)) << errors.text();
+    EXPECT_EQ(errors.text(), "");
+    EXPECT_EQ(pipelineOf(manager).commandLineAida, file);
+}
+
 }  // namespace
 }  // namespace velmorak::test
