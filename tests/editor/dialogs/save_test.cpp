@@ -138,7 +138,7 @@ TEST_F(SaveTest, overwritingIsAskedForAndYesOverwrites) {
     edit();
     put("pipe.zedra", "old");
     Answers answers;
-    answers.save(path("pipe"));
+    answers.save(path("pipe.zedra"));
     answers.question(overwriteQuestion, Gtk::RESPONSE_YES);
     act("SaveAs");
     EXPECT_EQ(contentOf("pipe.zedra"), manager->DocumentText());
@@ -161,10 +161,10 @@ TEST_F(SaveTest, afterARefusedOverwriteTheChooserComesAgainAndCancelSavesNothing
 TEST_F(SaveTest, afterARefusedOverwriteAnotherNameCanBeChosen) {
     put("pipe.zedra", "old");
     Answers answers;
-    answers.save(path("pipe"));
+    answers.save(path("pipe.zedra"));
     answers.question(overwriteQuestion, Gtk::RESPONSE_DELETE_EVENT);
     answers.save(path("other"));
-    EXPECT_EQ(outputOf("SaveAs"), path("pipe") + '\n' + path("other") + '\n');
+    EXPECT_EQ(outputOf("SaveAs"), path("pipe.zedra") + '\n' + path("other") + '\n');
     EXPECT_EQ(contentOf("pipe.zedra"), "old");
     EXPECT_EQ(manager->fileName, path("other.zedra"));
 }
