@@ -58,6 +58,27 @@ protected:
         });
     }
 
+    /// All files below a folder with their contents.
+    static std::map<std::string, std::string> contentsOf(const fs::path& results) {
+        std::map<std::string, std::string> contents;
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(results)) {
+            std::ostringstream text;
+            text << std::ifstream(entry.path(), std::ios::binary).rdbuf();
+            contents[fs::relative(entry.path(), results)] = text.str();
+        }
+        return contents;
+    }
+
+    /// What an example leaves when it runs in a folder of its own.
+    std::map<std::string, std::string> resultsOf(const fs::path& example, const std::string& threads) const {
+        setenv("VELMORAK_THREADS", threads.c_str(), 1);
+        const fs::path place = folder / (example.stem().string() + threads);
+        fs::copy(example.parent_path(), place);
+        const Ended ended = run({(place / example.filename()).string()});
+        EXPECT_EQ(ended.status, 0) << ended.errors;
+        return contentsOf(place / (example.stem().string() + ".results"));
+    }
+
     fs::path folder;
 };
 
@@ -131,6 +152,22 @@ TEST_F(VelmorakRun, writesOnStandardOutputWhatIsAskedFor) {
     EXPECT_THAT(help.output, HasSubstr("DOCUMENT"));
     EXPECT_LE(std::count(help.output.begin(), help.output.end(), '\n'), 24) << "fits a screen";
     EXPECT_EQ(help.errors, "");
+}
+
+TEST_F(VelmorakRun, leavesTheSameFilesOfEachExampleOnAnyNumberOfThreads) {
+    int examples = 0;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(VELMORAK_EXAMPLES)) {
+        if (entry.path().extension() != ".zedra") {
+            continue;
+        }
+        ++examples;
+        const auto results = resultsOf(entry.path(), "1");
+        EXPECT_GE(results.size(), 2U) << entry.path() << " shows a picture and writes a file";
+        for (const char* threads : {"2", "3", "16"}) {
+            EXPECT_EQ(resultsOf(entry.path(), threads), results) << entry.path() << " on " << threads;
+        }
+    }
+    EXPECT_GE(examples, 2);
 }
 
 TEST_F(VelmorakRun, needsNoToolkit) {
