@@ -72,12 +72,13 @@ RunReport Runner::Part::execute(const Pipeline& pipeline, const std::atomic<bool
 }
 
 void Runner::Part::summarise(const Pipeline& pipeline, const RunReport& report) {
+    const Plan plan(pipeline);
     for (std::size_t i = 0; i < report.nodes.size(); ++i) {
         // Failures were said when they happened.
         if (report.nodes[i].outcome == Outcome::Failed || report.nodes[i].outcome == Outcome::NotAsked) {
             continue;
         }
-        messages.line(summaryLine(pipeline.nodes[i], report.nodes[i]));
+        messages.line(summaryLine(pipeline.nodes[i], report.nodes[i], plan.tableFeeder(i).has_value()));
     }
     if (report.wasStopped) {
         messages.line("The run was stopped.");

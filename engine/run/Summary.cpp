@@ -12,7 +12,7 @@ std::string rowsText(std::uint64_t rows) {
     return fmt::format("{} {}", rows, rows == 1 ? "row" : "rows");
 }
 
-std::string workText(const PipelineNode& node, const NodeReport& report) {
+std::string workText(const PipelineNode& node, const NodeReport& report, bool takesRows) {
     std::string time = fmt::format("{:.2f} s", report.seconds);
     switch (shapeOf(node.kind)) {
         case Shape::Source:
@@ -20,7 +20,7 @@ std::string workText(const PipelineNode& node, const NodeReport& report) {
         case Shape::RowWise:
             return rowsText(report.rowsIn) + " in, " + rowsText(report.rowsOut) + " out, " + time;
         case Shape::Accumulator:
-            return rowsText(report.rowsIn) + ", " + time;
+            return takesRows ? rowsText(report.rowsIn) + ", " + time : time;
         default:
             return time;
     }
@@ -28,10 +28,10 @@ std::string workText(const PipelineNode& node, const NodeReport& report) {
 
 }  // namespace
 
-std::string summaryLine(const PipelineNode& node, const NodeReport& report) {
+std::string summaryLine(const PipelineNode& node, const NodeReport& report, bool takesRows) {
     switch (report.outcome) {
         case Outcome::Done:
-            return titleOf(node) + ": " + workText(node, report);
+            return titleOf(node) + ": " + workText(node, report, takesRows);
         case Outcome::Reused:
             return titleOf(node) + ": kept from a former run";
         case Outcome::Failed:
