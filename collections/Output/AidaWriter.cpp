@@ -122,6 +122,8 @@ std::unique_ptr<Accumulation> AidaWriterKind::prepare(const Arguments& arguments
     contents.fileName =
         arguments.text("file").empty() ? asFileName(context.pluginName()) + ".aida" : arguments.text("file");
     contents.folder = arguments.text("folder");
+    if (const std::string reason = refusal("folder", contents.folder); !reason.empty())
+        throw Failure("folder", reason);
     contents.objects = objectsOf(arguments);
     if (schema != nullptr)
         contents.schema = *schema;

@@ -135,7 +135,11 @@ void runGnuplot(const std::filesystem::path& folder, const std::string& script, 
     Child child(folder, script, errors);
     errors.closeWriter();
     const std::string said = readAll(errors.ends[0], context);
-    if (!child.wait())
+    const bool isDrawn = child.wait();
+    // An interrupt from the keyboard reaches both programs.
+    if (context.isStopping())
+        throw Stopped();
+    if (!isDrawn)
         throw Failure("gnuplot could not draw the picture: " + asOneLine(said));
 }
 

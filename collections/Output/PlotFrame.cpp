@@ -1,5 +1,7 @@
 #include "PlotFrame.h"
 
+#include "PlotScript.h"
+
 #include <velmorak/Failure.h>
 
 #include <algorithm>
@@ -11,6 +13,10 @@ namespace velmorak {
 namespace {
 
 constexpr double unlimited = std::numeric_limits<double>::infinity();
+
+/// Beyond these, the room around the numbers would overflow.
+constexpr double largestShown = 1e300;
+constexpr double smallestLogShown = 1e-300;
 
 /// Part of the frame's height that stays free above the highest point.
 double headroom(const std::vector<HistogramPtr>& histograms, const PlotStyle& style) {
@@ -45,6 +51,8 @@ void roomLinear(PlotFrame& frame, double free) {
     frame.yHigh = std::max(frame.yHigh, 0.0);
     if (frame.yHigh == frame.yLow)
         frame.yHigh = frame.yLow + 1.0;
+    frame.yLow = std::max(frame.yLow, -largestShown);
+    frame.yHigh = std::min(frame.yHigh, largestShown);
     const double span = frame.yHigh - frame.yLow;
     frame.yHigh += span * free / (1.0 - free);
     if (frame.yLow < 0.0)
@@ -57,8 +65,10 @@ void roomLogarithmic(PlotFrame& frame, double free) {
         frame.yHigh = 10.0;
         return;
     }
-    frame.yLow *= 0.5;
-    frame.yHigh *= std::pow(frame.yHigh / frame.yLow, free / (1.0 - free));
+    frame.yLow = std::max(0.5 * frame.yLow, smallestLogShown);
+    const double low = std::log10(frame.yLow);
+    const double high = std::log10(std::max(frame.yHigh, 2.0 * smallestLogShown));
+    frame.yHigh = std::min(std::pow(10.0, high + (high - low) * free / (1.0 - free)), largestShown);
 }
 
 }  // namespace
@@ -75,6 +85,8 @@ PlotFrame frameOf(const std::vector<HistogramPtr>& histograms, const PlotStyle& 
         roomLogarithmic(frame, headroom(histograms, style));
     else
         roomLinear(frame, headroom(histograms, style));
+    // Few digits, so that the script is pleasant to change.
+    readNumber(roundedText(frame.yHigh), frame.yHigh);
     return frame;
 }
 

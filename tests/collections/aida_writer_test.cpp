@@ -90,6 +90,9 @@ TEST(AidaWriterKind, refusesAFolderThatDoesNotBeginAtTheRoot) {
     EXPECT_EQ(writer.refusal("folder", "/run1/muons"), "");
     EXPECT_NE(writer.refusal("folder", "run1"), "");
     EXPECT_NE(writer.refusal("folder", ""), "");
+    Bench bench("AidaWriter", "out");
+    bench.wire("folder", std::string("run1")).wire("object", DataObjectPtr(filled("a")));
+    EXPECT_TRUE(bench.failure().starts_with("folder: ")) << bench.failure();
 }
 
 TEST(AidaTableKind, saysThatThereIsNoFile) {

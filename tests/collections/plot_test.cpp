@@ -215,6 +215,18 @@ TEST(PlotKind, drawsWhatIsEmptyNegativeOrNotANumber) {
     }
 }
 
+TEST(PlotKind, drawsTheLargestAndSmallestNumbers) {
+    auto extreme = std::make_shared<Histogram1D>(Axis(std::vector<double>{1e-200, 1e-100, 1, 1e200}));
+    extreme->fill(1e-150, 1e-320);
+    extreme->fill(0.5, 1e150);
+    extreme->fill(10, 1e150);
+    Bench bench("Plot");
+    for (const std::string log : {"no", "yes"}) {
+        bench.set("logx", log).set("logy", log).wire("histogram", DataObjectPtr(extreme)).run();
+        expectPictures(bench, "bench");
+    }
+}
+
 TEST(PlotKind, aLogarithmicAxisNeedsSomethingAboveZero) {
     Bench bench("Plot");
     bench.set("logx", "yes").wire("histogram", DataObjectPtr(std::make_shared<Histogram1D>(Axis(4, -2, 0))));

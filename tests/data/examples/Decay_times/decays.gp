@@ -12,7 +12,7 @@ set bmargin 3.5
 set key noenhanced top left Left reverse samplen 2
 set logscale y
 set xrange [0.5:16]
-set yrange [2:3423.826485831449]
+set yrange [2:3423.8]
 set title 'Muons that stopped and decayed' font 'DejaVu Sans,30'
 set xlabel 'time [µs]' offset 0,0.2
 set ylabel 'Decays / µs' offset -0.2,0

@@ -11,7 +11,7 @@ set rmargin 3.5
 set bmargin 3.5
 set key noenhanced top left Left reverse samplen 2
 set xrange [60:120]
-set yrange [0:485.8636743089875]
+set yrange [0:485.86]
 set title 'Simulated events with two muons' font 'DejaVu Sans,30'
 set xlabel 'm(μ⁺μ⁻) [GeV]' offset 0,0.2
 set ylabel 'Entries / GeV' offset -0.2,0
