@@ -74,23 +74,31 @@ CanvasPoint HandsTest::nowhere() {
     return {x, y};
 }
 
+void HandsTest::scrollTo(CanvasPoint place) {
+    window->canvas.scroll_to(place.x, place.y);
+    window->canvas.update();
+}
+
 void HandsTest::warp(CanvasPoint place) {
     window->canvas.convert_to_pixels(place.x, place.y);
     int left = 0;
     int top = 0;
     window->get_window()->get_origin(left, top);
-    const int x = left + static_cast<int>(std::lround(place.x - window->scroller.get_hadjustment()->get_value()));
-    const int y = top + window->menuBar->get_height() +
-                  static_cast<int>(std::lround(place.y - window->scroller.get_vadjustment()->get_value()));
+    warpTo(left + static_cast<int>(std::lround(place.x - window->scroller.get_hadjustment()->get_value())),
+           top + window->menuBar->get_height() +
+               static_cast<int>(std::lround(place.y - window->scroller.get_vadjustment()->get_value())));
+}
+
+void HandsTest::warpTo(int screenX, int screenY) {
     GdkDisplay* display = window->get_display()->gobj();
-    gdk_device_warp(pointerOf(display), gdk_display_get_default_screen(display), x, y);
+    gdk_device_warp(pointerOf(display), gdk_display_get_default_screen(display), screenX, screenY);
     const bool isThere = pumpUntil([&] {
         int nowX = 0;
         int nowY = 0;
         gdk_device_get_position(pointerOf(display), nullptr, &nowX, &nowY);
-        return nowX == x && nowY == y;
+        return nowX == screenX && nowY == screenY;
     });
-    ASSERT_TRUE(isThere) << x << ' ' << y << " is no place on the screen";
+    ASSERT_TRUE(isThere) << screenX << ' ' << screenY << " is no place on the screen";
     gdk_display_sync(display);
     handleAllButPointerEvents();
 }
@@ -120,6 +128,14 @@ void HandsTest::moveTo(CanvasPoint place) {
     send(GDK_MOTION_NOTIFY, 0);
 }
 
+void HandsTest::moveOutside() {
+    int left = 0;
+    int top = 0;
+    window->get_window()->get_origin(left, top);
+    warpTo(left + window->get_width() + 100, top + 300);
+    send(GDK_MOTION_NOTIFY, 0);
+}
+
 void HandsTest::press(CanvasPoint place, unsigned button, GdkEventType type) {
     warp(place);
     send(type, button);
@@ -146,6 +162,16 @@ void HandsTest::doubleClick(CanvasPoint place) {
     press(place);
     press(place, 1, GDK_2BUTTON_PRESS);
     release();
+}
+
+Glib::RefPtr<Goocanvas::Item> HandsTest::topItem() {
+    const auto root = window->canvas.get_root_item();
+    return root->get_child(root->get_n_children() - 1);
+}
+
+std::string HandsTest::topPath() {
+    const auto path = Glib::RefPtr<Goocanvas::Path>::cast_dynamic(topItem());
+    return path ? textOf(path) : "";
 }
 
 std::uint32_t HandsTest::colourOf(const std::string& name) {

@@ -19,7 +19,9 @@ protected:
     CanvasPoint inputOf(const std::string& name, const std::string& port);
     CanvasPoint nowhere();  ///< Where nothing is drawn.
 
-    void moveTo(CanvasPoint place);  ///< With a motion event.
+    void scrollTo(CanvasPoint place);  ///< To the upper left corner of what is seen.
+    void moveTo(CanvasPoint place);    ///< With a motion event.
+    void moveOutside();                ///< Right of the window.
     void press(CanvasPoint place, unsigned button = 1, GdkEventType type = GDK_BUTTON_PRESS);
     void release(unsigned button = 1);
     void drag(CanvasPoint from, CanvasPoint to);
@@ -30,6 +32,8 @@ protected:
     /// holds what the maps hold.
     void expectNothingLeftBehind();
 
+    Glib::RefPtr<Goocanvas::Item> topItem();
+    std::string topPath();  ///< What topItem() draws.
     std::uint32_t colourOf(const std::string& name);
     CanvasPoint cornerOf(const std::string& name);
     bool isBound(const std::string& name, const std::string& input, const std::string& sender,
@@ -37,5 +41,6 @@ protected:
 
 private:
     void warp(CanvasPoint place);
+    void warpTo(int screenX, int screenY);
     void send(GdkEventType type, unsigned button);
 };

@@ -105,7 +105,11 @@ std::string EditorTest::pathInto(const std::string& name, const std::string& inp
     if (entry == window->pathMap.end()) {
         return "";
     }
-    const GooCanvasPathData* data = entry->second->gobj()->path_data;
+    return textOf(entry->second);
+}
+
+std::string EditorTest::textOf(const Glib::RefPtr<Goocanvas::Path>& path) {
+    const GooCanvasPathData* data = path->gobj()->path_data;
     std::ostringstream text;
     text.imbue(std::locale::classic());
     for (guint i = 0; i < data->path_commands->len; ++i) {

@@ -78,6 +78,7 @@ protected:
 
     /// Text of the path drawn into the input, as it was given to the canvas; empty where there is none.
     std::string pathInto(const std::string& name, const std::string& input);
+    static std::string textOf(const Glib::RefPtr<Goocanvas::Path>& path);
 
     /// Names of all boxes on the canvas, from the bottom up.
     std::vector<std::string> boxesOnCanvas();
