@@ -1,0 +1,86 @@
+/// velmorak_bench_compare: measures the editor's canvas, the same with each path lowered one by one, and the peer, each
+/// in a process of its own, and prints figures, limits and ratios. Its status is 1 when a limit is exceeded.
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <iomanip>
+#include <iostream>
+#include <locale>
+#include <map>
+#include <sstream>
+#include <string>
+
+namespace {
+
+using Figures = std::map<std::string, double>;
+
+struct Limit {
+    int nodes;
+    std::string name;
+    double most;
+};
+
+const std::array<Limit, 4> limits{{{200, "drag", 16.7}, {1000, "drag", 120}, {1000, "open", 500}, {1000, "peak", 200}}};
+
+Figures measured(const std::string& command) {
+    Figures figures;
+    FILE* pipe = popen(command.c_str(), "r");
+    std::string text;
+    std::array<char, 256> part{};
+    while (pipe && std::fgets(part.data(), part.size(), pipe)) {
+        text += part.data();
+    }
+    if (!pipe || pclose(pipe) != 0) {
+        std::cerr << command << " failed" << std::endl;
+        std::exit(2);
+    }
+    std::istringstream lines(text);
+    lines.imbue(std::locale::classic());
+    std::string name;
+    for (double value = 0; lines >> name >> value;) {
+        figures[name] = value;
+    }
+    return figures;
+}
+
+void print(const std::string& what, double ours, double other) {
+    std::cout << "  " << std::left << std::setw(34) << what << std::right << std::setw(9) << ours << std::setw(9)
+              << other << std::setw(9) << ours / other << '\n';
+}
+
+bool keepsLimits(int nodes, Figures& ours) {
+    bool isKept = true;
+    for (const Limit& limit : limits) {
+        if (limit.nodes == nodes && ours[limit.name] > limit.most) {
+            std::cout << "  TOO MUCH: " << limit.name << ' ' << ours[limit.name] << " > " << limit.most << '\n';
+            isKept = false;
+        }
+    }
+    return isKept;
+}
+
+bool compare(int nodes) {
+    const std::string count = " " + std::to_string(nodes);
+    Figures ours = measured(VELMORAK_BENCH_CANVAS " ours" + count);
+    Figures lowered = measured(VELMORAK_BENCH_CANVAS " lowered" + count);
+    Figures peer = measured(VELMORAK_BENCH_GANV + count);
+    std::cout << nodes << " plug-ins, " << 2 * nodes << " connections" << std::setw(26) << "ours" << std::setw(9)
+              << "other" << std::setw(9) << "ratio" << '\n';
+    print("drag, handler: paths lowered [ms]", ours["handler"], lowered["handler"]);
+    print("drag + repaint: paths lowered [ms]", ours["drag"], lowered["drag"]);
+    print("drag + repaint: Ganv, part [ms]", ours["drag"], peer["drag"]);
+    print("drag + repaint: Ganv, all [ms]", ours["drag"], peer["drag-all"]);
+    print("open to first picture: Ganv [ms]", ours["open"], peer["open"]);
+    print("peak memory: Ganv [MB]", ours["peak"], peer["peak"]);
+    return keepsLimits(nodes, ours);
+}
+
+}  // namespace
+
+int main() {
+    std::cout.imbue(std::locale::classic());
+    std::cout << std::fixed << std::setprecision(2);
+    const bool isSmallKept = compare(200);
+    const bool isLargeKept = compare(1000);
+    return isSmallKept && isLargeKept ? 0 : 1;
+}
