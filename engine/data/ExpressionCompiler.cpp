@@ -80,7 +80,7 @@ private:
             names.push_back(info.name);
         for (const auto& [name, value] : numbers)
             names.push_back(name);
-        refuse(source, node.place, "there is no column \"" + node.text + "\"" + suggestion(node.text, names));
+        refuse(source, node.place, R"(there is no column ")" + node.text + "\"" + suggestion(node.text, names));
     }
 
     Typed column(const Node& node, std::size_t position) {
@@ -104,8 +104,8 @@ private:
         if (function == nullptr)
             refuse(source, node.place,
                    isReduction(node.text)
-                       ? "\"" + node.text + "\" takes one list column"
-                       : "there is no function \"" + node.text + "\"" + suggestion(node.text, functionNames()));
+                       ? "\"" + node.text + R"(" takes one list column)"
+                       : R"(there is no function ")" + node.text + "\"" + suggestion(node.text, functionNames()));
         checkArguments(node, *function, arguments);
         Typed result = applied(node, *function, arguments);
         return result;
@@ -114,10 +114,10 @@ private:
     Typed reduced(const Node& node, const Typed& list) {
         if (!list.isList)
             refuse(source, node.place,
-                   "\"" + node.text + "\" of one value takes a list column, this is of type " + shown(list));
+                   "\"" + node.text + R"(" of one value takes a list column, this is of type )" + shown(list));
         const Reduction reduction = findReduction(node.text, list.type);
         if (reduction.kernel == nullptr)
-            refuse(source, node.place, "\"" + node.text + "\" does not take " + shown(list));
+            refuse(source, node.place, "\"" + node.text + R"(" does not take )" + shown(list));
         const Typed result = emit(reduction.kernel, {list}, reduction.type, node.place);
         code.steps.back().takesList = true;
         return result;
@@ -126,12 +126,12 @@ private:
     void checkArguments(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
         const std::size_t count = arguments.size();
         if (count < function.arguments || (count > function.arguments && !function.takesMore))
-            refuse(source, node.place, "\"" + node.text + "\" takes " + wanted(function));
+            refuse(source, node.place, "\"" + node.text + R"(" takes )" + wanted(function));
         for (std::size_t i = 0; i < count; ++i)
             if (arguments[i].isList)
                 refuse(source, nodes[node.children[i]].place,
                        "\"" + shownName(node) +
-                           "\" does not take a list column; sum, count, min, max, any and all "
+                           R"(" does not take a list column; sum, count, min, max, any and all )"
                            "make one value of a list");
     }
 
@@ -227,7 +227,7 @@ private:
             const Kernel way = conversion(values[i].type, type);
             if (way == nullptr && values[i].type != type)
                 refuse(source, nodes[node.children[i]].place,
-                       "\"" + shownName(node) + "\" does not take a value of type " + shown(values[i]));
+                       "\"" + shownName(node) + R"(" does not take a value of type )" + shown(values[i]));
             converted.push_back(way == nullptr ? values[i] : emit(way, {values[i]}, type, node.place));
         }
         return converted;

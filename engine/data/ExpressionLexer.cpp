@@ -139,7 +139,7 @@ Token Lexer::symbol() {
     else if (source[here] == '=')
         refuse(source, here, "a single = compares nothing; write ==");
     else if (source[here] == '&' || source[here] == '|')
-        refuse(source, here, "write && for \"and\", || for \"or\"");
+        refuse(source, here, R"(write && for "and", || for "or")");
     else
         refuse(source, here, "an expression has no such character");
     here += pair == "**" ? 2 : token.text.size();

@@ -118,7 +118,7 @@ private:
             return sign();
         const Level level(*this);
         if (lowest > notLevel)
-            refuse(source, token.place, "put \"not\" and what it negates between parentheses here");
+            refuse(source, token.place, R"(put "not" and what it negates between parentheses here)");
         const std::size_t place = token.place;
         advance();
         return call("!", place, {binary(notLevel)});
@@ -156,7 +156,7 @@ private:
         if (token.kind == TokenKind::End)
             refuse(source, token.place, "the expression ends too early; a value is missing");
         if (token.kind == TokenKind::Symbol)
-            refuse(source, token.place, "a value is missing before \"" + token.text + "\"");
+            refuse(source, token.place, R"(a value is missing before ")" + token.text + "\"");
         return value();
     }
 

@@ -38,7 +38,7 @@ std::string suggestion(std::string_view wrong, const std::vector<std::string>& n
             least = away;
             nearest = &name;
         }
-    return nearest == nullptr ? std::string() : "; did you mean \"" + *nearest + "\"?";
+    return nearest == nullptr ? std::string() : R"(; did you mean ")" + *nearest + R"("?)";
 }
 
 }  // namespace velmorak::expression

@@ -76,7 +76,7 @@ std::optional<std::size_t> Schema::find(std::string_view name) const {
 
 void Schema::add(ColumnInfo column) {
     if (find(column.name))
-        throw std::invalid_argument("there are two columns with the name \"" + column.name + "\"");
+        throw std::invalid_argument(R"(there are two columns with the name ")" + column.name + "\"");
     all.push_back(std::move(column));
 }
 

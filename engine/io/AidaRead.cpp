@@ -81,9 +81,9 @@ std::string pathOfName(const std::filesystem::path& file, const std::string& nam
             paths.push_back(entry.path);
     }
     if (paths.size() > 1)
-        refuse(file, fmt::format("holds several objects \"{}\", and the whole path must be given", name), entries);
+        refuse(file, fmt::format(R"(holds several objects "{}", and the whole path must be given)", name), entries);
     if (paths.empty())
-        refuse(file, fmt::format("holds no tuple or cloud \"{}\"", name), entries);
+        refuse(file, fmt::format(R"(holds no tuple or cloud "{}")", name), entries);
     return paths[0];
 }
 

@@ -15,7 +15,7 @@ void appendInteger(std::int64_t number, std::string& target) {
 }
 
 void appendEntry(const Column& column, std::size_t position, std::string& target) {
-    target += "<entry value=\"";
+    target += R"(<entry value=")";
     switch (column.type()) {
         case ColumnType::Real:
             io::appendNumber(column.reals()[position], target);
@@ -30,7 +30,7 @@ void appendEntry(const Column& column, std::size_t position, std::string& target
             io::appendEscaped(column.texts()[position], target);
             break;
     }
-    target += "\"/>";
+    target += R"("/>)";
 }
 
 void appendList(const Column& column, std::size_t row, std::string& target) {

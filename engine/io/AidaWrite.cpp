@@ -42,7 +42,7 @@ std::string begin(std::string_view element, const std::string& name, const std::
 }
 
 std::string attribute(std::string_view name, double number) {
-    return std::isfinite(number) ? fmt::format(" {}=\"{}\"", name, textOf(number)) : std::string();
+    return std::isfinite(number) ? fmt::format(R"( {}="{}")", name, textOf(number)) : std::string();
 }
 
 std::string item(std::string_view key, std::string_view value) {
@@ -74,8 +74,8 @@ std::string annotation(const Histogram1D& histogram) {
 }
 
 std::string axisElement(const Axis& axis) {
-    std::string text = fmt::format("<axis direction=\"x\" min=\"{}\" max=\"{}\" numberOfBins=\"{}\"",
-                                   textOf(axis.low()), textOf(axis.high()), axis.bins());
+    std::string text = fmt::format(R"(<axis direction="x" min="{}" max="{}" numberOfBins="{}")", textOf(axis.low()),
+                                   textOf(axis.high()), axis.bins());
     if (axis.isRegular())
         return text + "/>\n";
     text += ">\n";
@@ -120,14 +120,13 @@ void checkName(const std::string& name) {
                                 blanks.find(name.back()) != std::string_view::npos;
     if (isBlankAtAnEnd || name.find('=') != std::string::npos)
         throw Failure(fmt::format(
-            "an AIDA file cannot name the column \"{}\": no \"=\", no blanks at its ends, and not empty, please",
-            name));
+            R"(an AIDA file cannot name the column "{}": no "=", no blanks at its ends, and not empty, please)", name));
 }
 
 std::string columnElement(const ColumnInfo& column) {
     checkName(column.name);
     const std::string name = escaped(column.name);
-    const std::string plain = fmt::format("<column name=\"{}\" type=\"{}\"/>", name, typeText(column.type));
+    const std::string plain = fmt::format(R"(<column name="{}" type="{}"/>)", name, typeText(column.type));
     if (!column.isList)
         return plain + "\n";
     return fmt::format("<column name=\"{}\" type=\"ITuple\"><columns>{}</columns></column>\n", name, plain);

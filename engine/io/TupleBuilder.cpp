@@ -98,12 +98,12 @@ TupleBuilder::Item TupleBuilder::addNested(const AidaColumn& column) {
     item.isNested = true;
     if (column.children.empty())
         sentences.push_back(
-            fmt::format("the nested column \"{}\" does not say what it holds and is left out", column.name));
+            fmt::format(R"(the nested column "{}" does not say what it holds and is left out)", column.name));
     for (const AidaColumn& child : column.children) {
         Item inside;
         const std::string name = column.children.size() == 1 ? column.name : column.name + "." + child.name;
         if (child.isNested)
-            sentences.push_back(fmt::format("the column \"{}\" holds rows within nested rows and is left out", name));
+            sentences.push_back(fmt::format(R"(the column "{}" holds rows within nested rows and is left out)", name));
         else
             inside.slot = addSlot(child, name, true);
         inside.isNested = child.isNested;
@@ -118,9 +118,9 @@ std::size_t TupleBuilder::addSlot(const AidaColumn& column, const std::string& n
     for (int number = 2; allColumns.find(unique); ++number)
         unique = fmt::format("{};{}", given, number);
     if (unique != given)
-        sentences.push_back(fmt::format("there is more than one column \"{}\"; one is called \"{}\"", given, unique));
+        sentences.push_back(fmt::format(R"(there is more than one column "{}"; one is called "{}")", given, unique));
     if (!column.isKnownType)
-        sentences.push_back(fmt::format("the type \"{}\" of the column \"{}\" is not known; it is read as text",
+        sentences.push_back(fmt::format(R"(the type "{}" of the column "{}" is not known; it is read as text)",
                                         column.typeText, unique));
     allColumns.add({unique, column.type, isList});
     Slot slot;
@@ -175,7 +175,7 @@ bool TupleBuilder::put(Slot& slot, const char* value) {
     }
     if (!isValue)
         reason =
-            fmt::format("\"{:.40}\" in column \"{}\" is no {}", value,
+            fmt::format(R"("{:.40}" in column "{}" is no {})", value,
                         allColumns[static_cast<std::size_t>(&slot - slots.data())].name, nameOf(slot.column.type()));
     return isValue;
 }

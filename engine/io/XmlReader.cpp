@@ -17,14 +17,13 @@ namespace {
 constexpr std::size_t pieceSize = std::size_t{1} << 16;
 
 /// What the AIDA document type adds to a text: two entities, and the defaults of attributes.
-constexpr std::string_view documentType =
-    "<!ENTITY UNDERFLOW \"-2\">"
-    "<!ENTITY OVERFLOW \"-1\">"
-    "<!ATTLIST axis direction CDATA \"x\">"
-    "<!ATTLIST statistic direction CDATA \"x\">"
-    "<!ATTLIST column type CDATA \"double\">"
-    "<!ATTLIST item sticky CDATA \"false\">"
-    "<!ATTLIST function isNormalized CDATA \"false\">";
+constexpr std::string_view documentType = R"(<!ENTITY UNDERFLOW "-2">)"
+                                          R"(<!ENTITY OVERFLOW "-1">)"
+                                          R"(<!ATTLIST axis direction CDATA "x">)"
+                                          R"(<!ATTLIST statistic direction CDATA "x">)"
+                                          R"(<!ATTLIST column type CDATA "double">)"
+                                          R"(<!ATTLIST item sticky CDATA "false">)"
+                                          R"(<!ATTLIST function isNormalized CDATA "false">)";
 
 /// Code point of each byte of an encoding, -1 for none.
 bool fillMap(iconv_t converter, int* map) {
@@ -66,7 +65,7 @@ std::string declaredEncoding(std::string_view text) {
     const auto begin = head.find("encoding");
     if (begin == std::string_view::npos || head.find("<?xml") == std::string_view::npos)
         return {};
-    const auto open = head.find_first_of("\"'", begin);
+    const auto open = head.find_first_of(R"("')", begin);
     if (open == std::string_view::npos)
         return {};
     std::string name(head.substr(open + 1, head.find(head[open], open + 1) - open - 1));
