@@ -115,7 +115,7 @@ bool TreeBuilder::add(JsonValue value) {
     if (levels.empty())
         root = std::move(value);
     else if (levels.back().shape == JsonValue::Shape::Object)
-        levels.back().members.emplace_back(keys.back(), std::move(value));
+        levels.back().members.push_back({keys.back(), std::move(value)});
     else
         levels.back().items.push_back(std::move(value));
     return true;

@@ -4,7 +4,6 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace velmorak {
@@ -20,6 +19,8 @@ private:
     std::size_t lineNumber;
 };
 
+struct JsonMember;
+
 /// A value of a JSON text that remembers where it stands, so that a message can give its line and what is not
 /// understood can be kept byte for byte.
 struct JsonValue {
@@ -29,10 +30,15 @@ struct JsonValue {
     bool boolean = false;
     double number = 0.0;
     std::string text;
-    std::vector<JsonValue> items;                            ///< Of a list.
-    std::vector<std::pair<std::string, JsonValue>> members;  ///< Of an object, in order, also those of the same name.
-    std::size_t begin = 0;                                   ///< First byte in the text.
-    std::size_t end = 0;                                     ///< Behind the last byte.
+    std::vector<JsonValue> items;     ///< Of a list.
+    std::vector<JsonMember> members;  ///< Of an object, in order, also those of the same name.
+    std::size_t begin = 0;            ///< First byte in the text.
+    std::size_t end = 0;              ///< Behind the last byte.
+};
+
+struct JsonMember {
+    std::string name;
+    JsonValue value;
 };
 
 /// @throws DocumentError when the text is no JSON, nests too deep, or holds a number beyond the range of double.
