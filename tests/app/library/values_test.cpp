@@ -1,0 +1,107 @@
+#include "LibraryTest.h"
+
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+
+class ValuesTest : public LibraryTest {
+protected:
+    varWindow& openNew(const std::string& kind) {
+        window->addPlugin(nullptr, kind);
+        return openFor(manager->plugins.back()->name);
+    }
+
+    varWindow& openFor(const std::string& name) {
+        window->selectedItem = window->nodeOf(name)->box;
+        act("Var");
+        return *window->lastDialog;
+    }
+
+    static std::vector<Gtk::Entry*> entries(varWindow& dialog) { return widgetsIn<Gtk::Entry>(dialog); }
+
+    // The labels of the rows; those of the buttons lie within the buttons.
+    static std::vector<std::string> labels(varWindow& dialog) {
+        std::vector<std::string> texts;
+        for (Gtk::Label* label : widgetsIn<Gtk::Label>(dialog)) {
+            if (!label->get_ancestor(GTK_TYPE_BUTTON)) {
+                texts.push_back(label->get_text());
+            }
+        }
+        return texts;
+    }
+};
+
+TEST_F(ValuesTest, aValueThatTheTypeRefusesComesBackAsItWas) {
+    varWindow& dialog = openNew("Number");
+    entries(dialog).at(1)->set_text("2.5");
+    buttonIn(dialog, "Apply").clicked();
+    entries(dialog).at(1)->set_text("many");
+    testing::internal::CaptureStderr();
+    buttonIn(dialog, "Apply").clicked();
+    EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(entries(dialog).at(1)->get_text(), "2.5");
+}
+
+TEST_F(ValuesTest, newVariablesOfAFormulaAppearAsRows) {
+    varWindow& dialog = openNew("Formula");
+    const auto before = labels(dialog);
+    entries(dialog).at(5)->set_text("mass width");
+    buttonIn(dialog, "Apply").clicked();
+    auto expected = before;
+    expected.insert(expected.end(), {"mass", "width"});
+    EXPECT_EQ(labels(dialog), expected);
+    EXPECT_EQ(window->liveNodes().front()->inputTexts.size(), before.size() + 1);
+}
+
+TEST_F(ValuesTest, oneNewVariableOfAFormulaAppearsAsARowToo) {
+    varWindow& dialog = openNew("Formula");
+    entries(dialog).at(5)->set_text("mass");
+    buttonIn(dialog, "Apply").clicked();
+    EXPECT_THAT(labels(dialog), Contains("mass"));
+    entries(dialog).back()->set_text("91.2");
+    buttonIn(dialog, "OK").clicked();
+    EXPECT_EQ(manager->plugins[0]->Inputs().back().value, "91.2");
+    EXPECT_EQ(manager->plugins[0]->name, "Formula");
+}
+
+TEST_F(ValuesTest, variablesOfAFormulaGoWithTheirValues) {
+    varWindow& dialog = openNew("Formula");
+    entries(dialog).at(5)->set_text("first second");
+    buttonIn(dialog, "Apply").clicked();
+    entries(dialog).at(7)->set_text("22");
+    entries(dialog).at(5)->set_text("second");
+    buttonIn(dialog, "Apply").clicked();
+    const auto& inputs = manager->plugins[0]->Inputs();
+    EXPECT_EQ(inputs.back().name, "second");
+    EXPECT_EQ(inputs.back().value, "22");
+}
+
+TEST_F(ValuesTest, aWiredInputShowsItsSourceInGrey) {
+    window->addPlugin(nullptr, "Number");
+    window->addPlugin(nullptr, "Adder");
+    window->connect({"Number", "number"}, {"Adder", "a"});
+    varWindow& dialog = openFor("Adder");
+    Gtk::Entry& entry = *entries(dialog).at(1);
+    EXPECT_EQ(entry.get_text(), "Number number");
+    EXPECT_FALSE(entry.get_editable());
+    EXPECT_EQ(entry.get_style_context()->get_color(entry.get_state_flags()).to_string(), Gdk::RGBA("grey").to_string());
+}
+
+TEST_F(ValuesTest, everyCollectionAndEveryKindHasADescription) {
+    for (const std::string& row : ListView(window->pluginWindow).rows()) {
+        EXPECT_NE(row.back(), '|') << row;
+    }
+}
+
+TEST_F(ValuesTest, everyDescriptionIsGoodMarkup) {
+    auto& view = ListView(window->pluginWindow).widget();
+    view.get_model()->foreach_iter([](const Gtk::TreeIter& row) {
+        Glib::ustring text;
+        row->get_value(1, text);
+        EXPECT_TRUE(pango_parse_markup(text.c_str(), -1, 0, nullptr, nullptr, nullptr, nullptr)) << text.raw();
+        return false;
+    });
+}
+
+}  // namespace
