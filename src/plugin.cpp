@@ -58,7 +58,9 @@ plugin::~plugin() {
     if (*self == this) {
         *self = nullptr;
     }
-    removeItems();
+    if (canvas) {
+        removeItems();
+    }
     if (object) {
         manager->DeletePlugin(manager->IndexOf(object->GetName()));
     }
@@ -229,4 +231,9 @@ void plugin::succeed(plugin& former) {
     *self = this;
     changed = former.changed;
     former.release();
+}
+
+void plugin::abandon() {
+    release();
+    canvas = nullptr;
 }

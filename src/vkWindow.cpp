@@ -71,7 +71,7 @@ vkWindow::~vkWindow() {
     stopWorker();
     // The objects belong to the manager, which is told nothing here.
     for (plugin* node : liveNodes()) {
-        node->release();
+        node->abandon();
         delete node;
     }
 }

@@ -102,7 +102,7 @@ protected:
     void renamePaths(const Glib::ustring& oldName, const Glib::ustring& newName);
     void renameConnections(const Glib::ustring& oldName, const Glib::ustring& newName);
     void forgetConnections(plugin& node, const Glib::ustring& name);
-    void drawPath(const PortRef& input, const std::string& data);
+    void drawPath(const PortRef&input, const std::string&data), removePath(const ItemRef&path);
     void forgetConnection(const PortRef& input);  ///< Its path off the canvas, out of both maps.
     void deleteAll();                             ///< pldelete for every key of pluginMap.
     bool askForRemoval();                 ///< Deletes all nodes where the user says yes; @return whether the user did.

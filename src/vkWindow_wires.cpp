@@ -58,7 +58,7 @@ void vkWindow::connect(const PortRef& from, const PortRef& to) {
 void vkWindow::drawPath(const PortRef& input, const std::string& data) {
     Glib::RefPtr<Goocanvas::Path>& path = pathMap[input];
     if (path) {
-        path->remove();
+        removePath(path);
     }
     path = Goocanvas::Path::create(data);
     path->set_property("can_focus", false);
@@ -66,6 +66,18 @@ void vkWindow::drawPath(const PortRef& input, const std::string& data) {
     path->set_property("stroke_color", Glib::ustring("firebrick"));
     // At the bottom from the beginning: lowering it afterwards has the canvas look at all its items each time.
     canvas.get_root_item()->add_child(path, 0);
+}
+
+void vkWindow::removePath(const ItemRef& path) {
+    // Paths lie at the bottom, the one that was drawn longest ago on top of them: it is the next one wherever all are
+    // drawn anew, and is spared the search through all items.
+    const auto root = canvas.get_root_item();
+    const int uppermost = static_cast<int>(pathMap.size()) - 1;
+    if (root->get_child(uppermost) == path) {
+        root->remove_child(uppermost);
+    } else {
+        path->remove();
+    }
 }
 
 void vkWindow::reconnect(Glib::ustring& name) {
