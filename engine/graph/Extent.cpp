@@ -38,56 +38,52 @@ bool beginsCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
 }
 
-template <typename Port>
-float widestName(const std::vector<Port>& ports, int points) {
-    float widest = 0.0F;
+/// What one side of a box shows: how many ports, and the widest of their names.
+struct Side {
+    std::size_t ports = 0;
+    float width = 0.0F;
+};
+
+template <typename Port, typename Shown>
+Side sideOf(const std::vector<Port>& ports, int points, Shown isShown) {
+    Side side;
     for (const Port& port : ports)
-        widest = std::max(widest, textWidth(port.name, points));
-    return widest;
+        if (isShown(port)) {
+            ++side.ports;
+            side.width = std::max(side.width, textWidth(port.name, points));
+        }
+    return side;
 }
 
-/// Any input may stand beside any output, because a collapsed box leaves ports out on either side.
-float portsWidth(const QzBase::Part& part, int points) {
-    const float inputs = widestName(part.inputs, points);
-    const float outputs = widestName(part.outputs, points);
-    const float between = inputs > 0.0F && outputs > 0.0F ? betweenPorts : 0.0F;
-    return inputs + outputs + between + 2.0F * portMargin;
+float portsWidth(const Side& inputs, const Side& outputs) {
+    const float between = inputs.ports != 0 && outputs.ports != 0 ? betweenPorts : 0.0F;
+    return inputs.width + outputs.width + between + 2.0F * portMargin;
 }
 
-float boxWidth(const QzBase& node) {
+Extent extentWith(const QzBase& node, bool areAllShown) {
     const QzBase::Part& part = QzBase::Part::of(node);
     const QzManager::Part& owner = QzManager::Part::of(*part.manager);
+    const int points = owner.portPoints;
+    const Side inputs = sideOf(part.inputs, points, [areAllShown](const QzBase::Input& input) {
+        return areAllShown || input.source != nullptr;
+    });
+    const Side outputs = sideOf(part.outputs, points, [areAllShown](const QzBase::Output& output) {
+        return areAllShown || !output.consumers.empty();
+    });
     const float title = textWidth(node.name, owner.titlePoints) + 2.0F * titleMargin;
-    const float kind = textWidth(part.record->name, owner.portPoints) + 2.0F * titleMargin;
-    return std::ceil(std::max({smallestWidth, title, kind, portsWidth(part, owner.portPoints)}));
-}
-
-float rows(std::size_t inputs, std::size_t outputs) {
-    return rowHeight * static_cast<float>(std::max(inputs, outputs));
-}
-
-std::size_t wiredInputs(const QzBase::Part& part) {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(part.inputs, [](const QzBase::Input& input) { return input.source != nullptr; }));
-}
-
-std::size_t wiredOutputs(const QzBase::Part& part) {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(part.outputs, [](const QzBase::Output& output) { return !output.consumers.empty(); }));
+    const float kind = textWidth(part.record->name, points) + 2.0F * titleMargin;
+    return {std::ceil(std::max({smallestWidth, title, kind, portsWidth(inputs, outputs)})),
+            rowHeight * static_cast<float>(std::max(inputs.ports, outputs.ports))};
 }
 
 }  // namespace
 
 Extent fullExtent(const QzBase& node) {
-    const QzBase::Part& part = QzBase::Part::of(node);
-    return {boxWidth(node), rows(part.inputs.size(), part.outputs.size())};
+    return extentWith(node, true);
 }
 
 Extent drawnExtent(const QzBase& node) {
-    const QzBase::Part& part = QzBase::Part::of(node);
-    if (part.isExpanded)
-        return fullExtent(node);
-    return {boxWidth(node), rows(wiredInputs(part), wiredOutputs(part))};
+    return extentWith(node, QzBase::Part::of(node).isExpanded);
 }
 
 float textWidth(std::string_view utf8, int points) {

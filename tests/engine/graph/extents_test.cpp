@@ -49,7 +49,18 @@ TEST_F(Extents, aCollapsedBoxIsDrawnAsHighAsItsWiredPorts) {
     wire("A", "sum", "B", "b");
     EXPECT_EQ(drawn("A").second, 20.0F);
     EXPECT_EQ(drawn("B").second, 40.0F);
+}
+
+TEST_F(Extents, aCollapsedBoxIsDrawnAsWideAsItsWiredPortsNeed) {
+    add("Pair", "A");
+    add("Pair", "B");
+    wire("A", "sum", "B", "a");
     EXPECT_EQ(drawn("B").first, full("B").first);
+    node("B").SetExpanded(false);
+    EXPECT_LT(drawn("B").first, full("B").first);
+    EXPECT_GT(drawn("B").first, 5 + textWidth("a", 8) + 5);
+    EXPECT_GT(drawn("B").first, textWidth("Pair", 8));
+    EXPECT_EQ(outer("B").first, full("B").first);
 }
 
 TEST_F(Extents, theOuterHeightIsAlwaysTheFullOneWithTheHeader) {
