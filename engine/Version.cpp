@@ -2,6 +2,8 @@
 
 namespace velmorak {
 
-std::string_view version() { return VELMORAK_VERSION; }
+std::string_view version() {
+    return VELMORAK_VERSION;
+}
 
 }  // namespace velmorak

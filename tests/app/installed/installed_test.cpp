@@ -16,7 +16,7 @@ const fs::path prefix = VELMORAK_INSTALLED;
 const fs::path pictures = VELMORAK_PICTURES;
 
 fs::path example() {
-    return prefix / VELMORAK_DATADIR / "examples" / "Two_muons" / "dimuon.zedra";
+    return prefix / VELMORAK_DATADIR / "examples" / "Particle_physics" / "Dimuon_mass.zedra";
 }
 std::string program(const std::string& name) {
     return (prefix / VELMORAK_BINDIR / name).string();
@@ -76,7 +76,7 @@ protected:
         ASSERT_EQ(runner.wait(), 0) << runner.errors();
     }
 
-    fs::path results() const { return folder.path() / "dimuon.results"; }
+    fs::path results() const { return folder.path() / "Dimuon_mass.results"; }
 
     /// The editor's and the runner's results are the same when the editor's are complete: the picture is the last to
     /// be made or the AIDA file is, so wait for both.
@@ -106,7 +106,7 @@ TEST_F(Installed, theEditorRunsTheExampleAtStartWithTheRunnersResults) {
     quit();
     TemporaryFolder other;
     runWithoutWindow(other.path());
-    expectSameFiles(results(), other.path() / "dimuon.results");
+    expectSameFiles(results(), other.path() / "Dimuon_mass.results");
 }
 
 TEST_F(Installed, aClickOnStartRunsTheAnalysis) {
