@@ -40,7 +40,8 @@ void ExampleWindow::setManager() {
     std::string groupName;
     Gtk::TreeIter group;
     // Counted like the kinds, with 16 bits.
-    for (std::uint16_t number = 0; number < examples.size(); ++number) {  // NOLINT(bugprone-too-small-loop-variable)
+    // NOLINTNEXTLINE(bugprone-too-small-loop-variable,modernize-loop-convert)
+    for (std::uint16_t number = 0; number < examples.size(); ++number) {
         const QzExample& example = examples[number];
         if (example.group != groupName) {
             groupName = example.group;

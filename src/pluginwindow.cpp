@@ -49,7 +49,8 @@ void PluginWindow::setManager() {
     const auto& kinds = QzManager::GetPlugins();
     Collection collection;
     // A kind number has 16 bits, in the library as here.
-    for (std::uint16_t number = 0; number < kinds.size(); ++number) {  // NOLINT(bugprone-too-small-loop-variable)
+    // NOLINTNEXTLINE(bugprone-too-small-loop-variable,modernize-loop-convert)
+    for (std::uint16_t number = 0; number < kinds.size(); ++number) {
         const QzKind& kind = kinds[number];
         if (kind.group != collection.name) {
             begin(kind, collection);

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <tuple>
 
 namespace {
 
@@ -161,7 +162,8 @@ bool hasRoom(const Descriptor& file, off_t formerSize, std::size_t size) {
     if (failure == 0 || failure == EINVAL || failure == EOPNOTSUPP) {
         return true;
     }
-    return ftruncate(file.get(), formerSize) == 0 && false;
+    std::ignore = ftruncate(file.get(), formerSize);  // what was reserved until there was no more
+    return false;
 }
 
 bool writeInPlace(const fs::path& target, std::string_view text) {

@@ -37,7 +37,7 @@ private:
 ///           and stays. When the plug-in is gone, the buttons change nothing any more.
 class varWindow : public Gtk::Window {
 public:
-    varWindow(vkWindow* main, plugin* node);
+    varWindow(vkWindow* main, plugin* edited);
     ~varWindow() override;
 
     /// One row for the name and one for each input.

@@ -48,7 +48,7 @@ std::string askForName() {
         chooser.hide();
         const std::string chosen = chooser.get_filename();
         std::cout << chosen << std::endl;
-        const std::string name = withExtension(chosen);
+        std::string name = withExtension(chosen);
         if (!std::ifstream(name).is_open() || confirms("File exists. Overwrite?")) {
             return name;
         }
@@ -82,9 +82,9 @@ void vkWindow::saveas_call() {
     }
 }
 
-void vkWindow::write(const std::string& name) {
-    if (!saveFile(name, manager->DocumentText())) {
-        std::cerr << "Couldn't write " << name << std::endl;
+void vkWindow::write(const std::string& file) {
+    if (!saveFile(file, manager->DocumentText())) {
+        std::cerr << "Couldn't write " << file << std::endl;
         return;
     }
     modified = false;
