@@ -5,6 +5,7 @@
 
 #include <QzBase.h>
 #include <QzManager.h>
+#include <goocanvas.h>
 
 #include <array>
 #include <cstdint>
@@ -28,6 +29,12 @@ Glib::ustring numbered(const Glib::ustring& name, std::uint16_t number) {
         std::abort();
     }
     return buffer.data();
+}
+
+/// The canvas library never frees the tooltip of an item, neither when the item dies nor when it gets another.
+void freeTooltip(const Glib::RefPtr<Goocanvas::Item>& item) {
+    GooCanvasItemSimpleData* data = GOO_CANVAS_ITEM_SIMPLE(item->gobj())->simple_data;
+    g_clear_pointer(&data->tooltip, g_free);
 }
 
 void shift(const Glib::RefPtr<Goocanvas::Item>& item, float dx, float dy) {
@@ -55,6 +62,7 @@ plugin::plugin(QzManager* manager, Goocanvas::Canvas& canvas, QzBase* object, Gl
 }
 
 plugin::~plugin() {
+    freeTooltips();
     if (*self == this) {
         *self = nullptr;
     }
@@ -99,7 +107,19 @@ plugin::Frame plugin::measure() const {
     return {x, canvasY, width, height};
 }
 
+void plugin::freeTooltips() {
+    if (box) {
+        freeTooltip(box);
+    }
+    for (const auto* texts : {&inputTexts, &outputTexts}) {
+        for (const TextItem& text : *texts) {
+            freeTooltip(text);
+        }
+    }
+}
+
 void plugin::removeItems() {
+    freeTooltips();
     for (const auto* texts : {&inputTexts, &outputTexts}) {
         for (const TextItem& text : *texts) {
             text->remove();

@@ -85,6 +85,7 @@ private:
 
     Glib::ustring freeName(const Glib::ustring& wanted) const;
     Frame measure() const;
+    void freeTooltips();
     void removeItems();
     void drawBox(const Frame& frame, std::uint32_t colour);
     void drawInputs(const Frame& frame);

@@ -1,5 +1,6 @@
 #include "EditorTest.h"
 
+#include <glibmm/utility.h>
 #include <gtkmm/accelmap.h>
 #include <gtkmm/menubar.h>
 #include <gtkmm/menuitem.h>
@@ -46,7 +47,11 @@ const std::vector<Row>& table() {
 std::string keyOf(const Glib::RefPtr<Gtk::Action>& action) {
     Gtk::AccelKey key;
     const bool isKnown = Gtk::AccelMap::lookup_entry(action->get_accel_path(), key);
-    return isKnown && key.get_key() != 0 ? Gtk::AccelGroup::name(key.get_key(), key.get_mod()).raw() : "";
+    if (!isKnown || key.get_key() == 0) {
+        return "";
+    }
+    const Glib::ScopedPtr<char> name(gtk_accelerator_name(key.get_key(), static_cast<GdkModifierType>(key.get_mod())));
+    return name.get();
 }
 
 std::vector<std::string> itemsOf(const Gtk::MenuShell& menu) {

@@ -2,10 +2,24 @@
 
 #include <clocale>
 #include <cstdlib>
+#include <stdexcept>
 
-CommaLocale::CommaLocale() {
+namespace {
+
+struct GermanNumbers : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+}  // namespace
+
+// A facet of our own for C++: the C library never frees the path of a locale that C++ asks it for by name.
+CommaLocale::CommaLocale() : former(std::locale::global(std::locale(std::locale::classic(), new GermanNumbers))) {
     setenv("LOCPATH", VELMORAK_TEST_LOCALES, 1);
-    former = std::locale::global(std::locale("de_DE.UTF-8"));  // sets that of the C library, too
+    if (!std::setlocale(LC_ALL, "de_DE.UTF-8")) {
+        throw std::runtime_error("no German locale in " VELMORAK_TEST_LOCALES);
+    }
 }
 
 CommaLocale::~CommaLocale() {
