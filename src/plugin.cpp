@@ -46,6 +46,17 @@ void shift(const Glib::RefPtr<Goocanvas::Item>& item, float dx, float dy) {
     item->set_property("y", static_cast<double>(static_cast<float>(y) + dy));
 }
 
+/// A name that is not there is entered as the first one. Compared letter for letter first, which is much quicker than
+/// by the rules of the user's language, as the map does it.
+unsigned short positionOf(std::map<Glib::ustring, unsigned short>& index, const Glib::ustring& port) {
+    for (const auto& [name, position] : index) {
+        if (name.raw() == port.raw()) {
+            return position;
+        }
+    }
+    return index[port];
+}
+
 }  // namespace
 
 plugin::plugin(QzManager* manager, Goocanvas::Canvas& canvas, QzBase* object, Glib::ustring name, unsigned short kind)
@@ -215,7 +226,7 @@ void plugin::raise_to_top() {
 }
 
 CanvasPoint plugin::outputAnchor(const Glib::ustring& port) {
-    const std::size_t position = outputIndex[port];
+    const std::size_t position = positionOf(outputIndex, port);
     if (position < outputTexts.size()) {
         return placeOf(outputTexts[position]);
     }
@@ -226,7 +237,7 @@ CanvasPoint plugin::outputAnchor(const Glib::ustring& port) {
 }
 
 CanvasPoint plugin::inputAnchor(const Glib::ustring& port) {
-    const std::size_t position = inputIndex[port];
+    const std::size_t position = positionOf(inputIndex, port);
     if (position < inputTexts.size()) {
         return placeOf(inputTexts[position]);
     }

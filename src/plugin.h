@@ -101,3 +101,9 @@ private:
     TextItem kindText;
     std::shared_ptr<plugin*> self = std::make_shared<plugin*>(this);
 };
+
+/// One port of a node, while it is worked on.
+struct NodePort {
+    plugin& node;
+    const Glib::ustring& port;
+};

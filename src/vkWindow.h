@@ -25,6 +25,7 @@
 #include <vector>
 
 class plugin;
+struct NodePort;
 class QzBase;
 class QzManager;
 class varWindow;
@@ -98,21 +99,20 @@ protected:
     std::vector<plugin*> liveNodes() const;                      ///< Every node once, in the order of pluginMap.
     std::vector<std::string> namesOf(const plugin& node) const;  ///< The keys of pluginMap that lead to it.
     void replaceTwin(plugin& node);                              ///< Takes the place of the node that shows the object.
+    void giveName(const Glib::ustring& name, plugin& node);  ///< Where the name led to another, that keeps its wires.
+    plugin* drawnUnder(const Glib::ustring& name);           ///< The node whose box bears the name; the maps follow it.
     void keepReachable(plugin* former);
-    void renamePaths(const Glib::ustring& oldName, const Glib::ustring& newName);
-    void renameConnections(const Glib::ustring& oldName, const Glib::ustring& newName);
+    void renameEnds(const Glib::ustring& oldName, const Glib::ustring& newName);  ///< Both ends of every connection.
     void forgetConnections(plugin& node, const Glib::ustring& name);
-    void drawPath(const PortRef&input, const std::string&data), removePath(const ItemRef&path);
+    void layWire(NodePort from, NodePort to, Glib::RefPtr<Goocanvas::Path>& path);
     void forgetConnection(const PortRef& input);  ///< Its path off the canvas, out of both maps.
-    void deleteAll();                             ///< pldelete for every key of pluginMap.
+    void redrawConnections(), deleteAll();        ///< Connect, pldelete for every key of pluginMap.
     bool askForRemoval();                 ///< Deletes all nodes where the user says yes; @return whether the user did.
     void write(const std::string& file);  ///< The document; clears the flags where that succeeds.
     void joinWorker(), stopWorker();      ///< Wait for a run to end; stopWorker asks it to.
     bool hasChanges();                    ///< Takes over the nodes' changed flags first.
     void setBoxColour(plugin& node, bool isSelected);
-    void select(const ItemRef& item);  ///< In place of the box that was selected before.
-    void dragTo(const ItemRef& item, CanvasPoint pointer);
-    void storePlace(const ItemRef& item);                                ///< Hands a box's place over to the library.
+    void select(const ItemRef&item), storePlace(const ItemRef&item);     ///< storePlace tells the library.
     Glib::ustring plugInAmong(const std::vector<ItemRef>& items) const;  ///< Named by the second item or a later one.
     void endGestures();             ///< A box in motion stays where it is, a wire that is being drawn goes.
     CanvasPoint pointerOnCanvas();  ///< Whatever the scrolling and the zoom.

@@ -1,3 +1,4 @@
+#include "canvasItems.h"
 #include "colours.h"
 #include "plugin.h"
 #include "vkWindow.h"
@@ -14,6 +15,39 @@ namespace {
 /// Stands where a kind number is asked for and the node wraps an object that is there already.
 constexpr unsigned short noKind = 99;
 
+void renamePaths(std::map<PortRef, Glib::RefPtr<Goocanvas::Path>>& pathMap, const Glib::ustring& oldName,
+                 const Glib::ustring& newName) {
+    std::vector<PortRef> former;
+    for (const auto& [input, path] : pathMap) {
+        if (input[0] == oldName) {
+            former.push_back(input);
+        }
+    }
+    for (const PortRef& input : former) {
+        pathMap[{newName, input[1]}] = pathMap[input];
+        pathMap.erase(input);
+    }
+}
+
+void renameConnections(std::map<PortRef, PortRef>& connectionMap, const Glib::ustring& oldName,
+                       const Glib::ustring& newName) {
+    std::vector<PortRef> former;
+    // One walk, in which a new key that sorts later is met again. Deliberate: a connection of the plug-in to itself
+    // keeps the old name as its source where the new name sorts before the old one.
+    for (auto& [input, output] : connectionMap) {
+        if (input[0] == oldName) {
+            connectionMap[{newName, input[1]}] = output;
+            former.push_back(input);
+        }
+        if (output[0] == oldName) {
+            output[0] = newName;
+        }
+    }
+    for (const PortRef& input : former) {
+        connectionMap.erase(input);
+    }
+}
+
 }  // namespace
 
 void vkWindow::addPlugin(QzBase* object, Glib::ustring name) {
@@ -24,13 +58,36 @@ void vkWindow::addPlugin(QzBase* object, Glib::ustring name) {
     if (object) {
         replaceTwin(*node);
     }
-    plugin*& held = pluginMap[node->uniqueName];
-    plugin* former = held;
-    held = node;
-    if (former && former != node) {
-        keepReachable(former);
-    }
+    giveName(node->uniqueName, *node);
     modified = true;
+}
+
+void vkWindow::giveName(const Glib::ustring& name, plugin& node) {
+    plugin*& held = pluginMap[name];
+    plugin* former = held;
+    held = &node;
+    if (!former || former == &node) {
+        return;
+    }
+    // What speaks of the former node by a name that it had once must not speak of this one.
+    const Glib::ustring formerName = former->GetPlugin()->name;
+    if (selectedItem && titleOf(selectedItem) == name) {
+        selectedItem = former->box;
+    }
+    if (formerName != name) {
+        renameEnds(name, formerName);
+    }
+    keepReachable(former);
+}
+
+void vkWindow::renameEnds(const Glib::ustring& oldName, const Glib::ustring& newName) {
+    for (auto& [input, output] : connectionMap) {
+        if (output[0] == oldName) {
+            output[0] = newName;
+        }
+    }
+    renamePaths(pathMap, oldName, newName);
+    renameConnections(connectionMap, oldName, newName);
 }
 
 void vkWindow::bindSignals(plugin& node) {
@@ -81,40 +138,9 @@ unsigned int vkWindow::renamePlugin(const std::string& oldName, const std::strin
         return 0;
     }
     pluginMap[newName] = entry->second;
-    renamePaths(oldName, newName);
-    renameConnections(oldName, newName);
+    renamePaths(pathMap, oldName, newName);
+    renameConnections(connectionMap, oldName, newName);
     return 1;
-}
-
-void vkWindow::renamePaths(const Glib::ustring& oldName, const Glib::ustring& newName) {
-    std::vector<PortRef> former;
-    for (const auto& [input, path] : pathMap) {
-        if (input[0] == oldName) {
-            former.push_back(input);
-        }
-    }
-    for (const PortRef& input : former) {
-        pathMap[{newName, input[1]}] = pathMap[input];
-        pathMap.erase(input);
-    }
-}
-
-void vkWindow::renameConnections(const Glib::ustring& oldName, const Glib::ustring& newName) {
-    std::vector<PortRef> former;
-    // One walk, in which a new key that sorts later is met again. Deliberate: a connection of the plug-in to itself
-    // keeps the old name as its source where the new name sorts before the old one.
-    for (auto& [input, output] : connectionMap) {
-        if (input[0] == oldName) {
-            connectionMap[{newName, input[1]}] = output;
-            former.push_back(input);
-        }
-        if (output[0] == oldName) {
-            output[0] = newName;
-        }
-    }
-    for (const PortRef& input : former) {
-        connectionMap.erase(input);
-    }
 }
 
 plugin* vkWindow::nodeOf(const Glib::ustring& name) const {

@@ -53,23 +53,20 @@ bool vkWindow::start_drag(const ItemRef& item) {
 }
 
 bool vkWindow::mouse_drag(const ItemRef& item, GdkEventMotion* /*event*/) {
-    if (dragging) {
-        dragTo(item, pointerOnCanvas());
-    } else if (wiring) {
-        rubberBand.follow(pointerOnCanvas());
+    if (!dragging && !wiring) {
+        return false;
     }
-    return false;
-}
-
-void vkWindow::dragTo(const ItemRef& item, CanvasPoint pointer) {
+    const CanvasPoint pointer = pointerOnCanvas();
+    if (!dragging) {
+        rubberBand.follow(pointer);
+        return false;
+    }
     if (plugin* node = nodeOf(titleOf(item))) {
         node->translate(static_cast<float>(pointer.x - lastPointer.x), static_cast<float>(pointer.y - lastPointer.y));
     }
-    // Every path is made anew, whichever node moves.
-    for (const auto& [input, output] : connectionMap) {
-        connect(output, input);
-    }
+    redrawConnections();  // All of them, whichever node moves.
     lastPointer = pointer;
+    return false;
 }
 
 bool vkWindow::stop_drag(const ItemRef& item, GdkEventButton* /*event*/) {
