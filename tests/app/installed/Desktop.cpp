@@ -73,15 +73,21 @@ std::string Desktop::windowOf(const Process& program) const {
 }
 
 ScreenArea Desktop::areaOf(const std::string& window) const {
-    std::istringstream lines(act({"getwindowgeometry", "--shell", window}));
+    // Not from xdotool, which adds the frame of the window manager twice.
+    std::istringstream lines(run({"xwininfo", "-id", window}, displayName));
     std::map<std::string, int> values;
     for (std::string line; std::getline(lines, line);) {
-        const std::size_t equals = line.find('=');
-        int number = 0;
-        std::from_chars(line.data() + equals + 1, line.data() + line.size(), number);
-        values[line.substr(0, equals)] = number;
+        const std::size_t colon = line.rfind(": ");
+        const std::size_t name = line.find_first_not_of(' ');
+        if (colon == std::string::npos || name > colon) {
+            continue;
+        }
+        const std::size_t number = line.find_first_not_of(' ', colon + 1);
+        if (number != std::string::npos) {
+            std::from_chars(line.data() + number, line.data() + line.size(), values[line.substr(name, colon - name)]);
+        }
     }
-    return {values["X"], values["Y"], values["WIDTH"], values["HEIGHT"]};
+    return {values["Absolute upper-left X"], values["Absolute upper-left Y"], values["Width"], values["Height"]};
 }
 
 void Desktop::screenshot(const std::filesystem::path& file) const {

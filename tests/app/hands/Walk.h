@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Pipeline.h"
+#include "Screen.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+/// How the pipeline is looked at during a walk.
+struct View {
+    std::string name;
+    int zoomSteps = 0;  ///< Steps of 10 % from 100 %.
+    int width = 0;      ///< Of the window, in pixels; 0: as it opens.
+    int height = 0;
+};
+
+/// The installed program on a screen of its own with an empty document, and hands that know where things are on it.
+/// Every action waits until the document that the program saves shows what was done.
+class Walk {
+public:
+    explicit Walk(const View& view);
+    ~Walk();
+
+    bool isOpen() const { return !window.empty(); }
+    const SavedPipeline& saved() const { return pipeline; }
+    const WiredKind& kind() const { return wiredKind; }
+    std::filesystem::path document() const { return folder.path() / "walk.zedra"; }
+    double scale() const { return zoom; }
+
+    void create();
+    /// Drags a box by so many pixels. The box must be in view.
+    bool dragBy(const std::string& name, int dx, int dy);
+    bool select(const std::string& name);
+    bool wire(const std::string& sender, const std::string& receiver, const std::string& input);
+    bool pullOff(const std::string& receiver, const std::string& from, const std::string& to);
+    /// Presses a key and waits until the saved document is so.
+    bool key(const std::string& key, const std::function<bool(const SavedPipeline&)>& isDone);
+    void zoomBy(int steps);
+    void scroll(int wheelSteps);  ///< Towards the bottom where positive.
+    void picture(const std::string& step);
+    bool quit();
+
+private:
+    bool save(const std::function<bool(const SavedPipeline&)>& isDone);
+    /// Finds the canvas in the window, and, by the box that is selected, what part of it is shown.
+    void look(const std::string& selected, const std::vector<std::uint32_t>& fills);
+    void lookAtSelected();
+    ScreenPoint toScreen(double canvasX, double canvasY) const;
+    ScreenPoint handleOf(const std::string& name) const;
+    ScreenPoint inputOf(const std::string& name, const std::string& input) const;
+    ScreenPoint outputOf(const std::string& name) const;
+    void pull(ScreenPoint from, ScreenPoint to);
+    std::filesystem::path nextPicture(const std::string& step);
+
+    View view;
+    WiredKind wiredKind = WiredKind::first();
+    TemporaryFolder folder;
+    Desktop desktop;
+    std::unique_ptr<Process> editor;
+    std::string window;
+    SavedPipeline pipeline;
+    std::string selectedName;
+    ScreenArea canvasArea;
+    double zoom = 1;
+    double originX = 0;  ///< Where the canvas's own origin lies on the screen.
+    double originY = 0;
+    int pictures = 0;
+};
