@@ -1,8 +1,6 @@
 #include "Desktop.h"
 
 #include <charconv>
-#include <map>
-#include <sstream>
 #include <stdexcept>
 
 namespace {
@@ -72,22 +70,32 @@ std::string Desktop::windowOf(const Process& program) const {
     return window;
 }
 
+bool Desktop::activate(const std::string& window) const {
+    ScreenArea before;
+    return waitFor([&] {
+        act({"windowactivate", window});
+        const ScreenArea now = areaOf(window);
+        const bool stands = now == before && now.width > 0;
+        before = now;
+        const bool isFramed =
+            run({"xprop", "-id", window, "_NET_FRAME_EXTENTS"}, displayName).find('=') != std::string::npos;
+        return stands && isFramed && act({"getactivewindow"}) == window && act({"getwindowfocus"}) == window;
+    });
+}
+
 ScreenArea Desktop::areaOf(const std::string& window) const {
-    // Not from xdotool, which adds the frame of the window manager twice.
-    std::istringstream lines(run({"xwininfo", "-id", window}, displayName));
-    std::map<std::string, int> values;
-    for (std::string line; std::getline(lines, line);) {
-        const std::size_t colon = line.rfind(": ");
-        const std::size_t name = line.find_first_not_of(' ');
-        if (colon == std::string::npos || name > colon) {
-            continue;
+    // Not from xdotool, which counts the window manager's frame twice.
+    const std::string facts = run({"xwininfo", "-id", window}, displayName);
+    const auto number = [&facts](const std::string& heading) {
+        const std::size_t place = facts.find(heading);
+        int value = 0;
+        if (place != std::string::npos) {
+            const std::size_t digits = facts.find_first_not_of(' ', place + heading.size());
+            std::from_chars(facts.data() + digits, facts.data() + facts.size(), value);
         }
-        const std::size_t number = line.find_first_not_of(' ', colon + 1);
-        if (number != std::string::npos) {
-            std::from_chars(line.data() + number, line.data() + line.size(), values[line.substr(name, colon - name)]);
-        }
-    }
-    return {values["Absolute upper-left X"], values["Absolute upper-left Y"], values["Width"], values["Height"]};
+        return value;
+    };
+    return {number("Absolute upper-left X:"), number("Absolute upper-left Y:"), number("Width:"), number("Height:")};
 }
 
 void Desktop::screenshot(const std::filesystem::path& file) const {

@@ -13,6 +13,8 @@ struct ScreenArea {
     int y = 0;
     int width = 0;
     int height = 0;
+
+    bool operator==(const ScreenArea&) const = default;
 };
 
 /// A screen of its own (Xvfb) with a window manager (openbox), and hands that act on it (xdotool).
@@ -31,6 +33,8 @@ public:
 
     /// Waits for a shown window of that process. @return its number, empty when none came.
     std::string windowOf(const Process& program) const;
+    /// Waits until the window stands still in its place and has the keyboard. @return false when it does not come so far.
+    bool activate(const std::string& window) const;
     ScreenArea areaOf(const std::string& window) const;
 
     /// Writes the whole screen as a picture.

@@ -40,11 +40,12 @@ bool RecordedProgram::start(const std::vector<std::string>& arguments) {
     setting.environment["G_DEBUG"] = "fatal-criticals";
     process.emplace(command, setting);
     window = desktop.windowOf(*process);
-    return !window.empty();
+    return !window.empty() && desktop.activate(window);
 }
 
 std::optional<int> RecordedProgram::quit() {
-    desktop.act({"windowactivate", "--sync", window, "key", "ctrl+q"});
+    desktop.activate(window);
+    desktop.pressKeys({"ctrl+q"});
     return process->wait(20000);
 }
 
