@@ -151,6 +151,10 @@ void vkWindow::connectSignals() {
     canvas.signal_grab_broken_event().connect(
         sigc::bind_return(sigc::hide(sigc::mem_fun(*this, &vkWindow::endGestures)), false));
     canvas.signal_grab_notify().connect(sigc::hide(sigc::mem_fun(*this, &vkWindow::endGestures)));
+    // A window that grows has its scrolling clamped while the canvas does not listen: it would go on showing, and
+    // answering to, another part than the scrollbars say.
+    canvas.signal_size_allocate().connect(
+        sigc::hide(sigc::mem_fun(*scroller.get_vadjustment().operator->(), &Gtk::Adjustment::value_changed)), true);
     kindSelector.append(selectorHeading);
     kindSelector.set_active(0);
 }

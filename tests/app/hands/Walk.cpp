@@ -45,7 +45,11 @@ Walk::Walk(const View& chosen) : view(chosen) {
     if (view.width > 0) {
         desktop.act({"windowmove", window, "20", "20"});
         desktop.act({"windowsize", window, word(view.width), word(view.height)});
-        waitFor([this] { return desktop.areaOf(window).width == view.width; });
+        // The server knows the new size before the program has laid itself out by it.
+        waitFor([this] {
+            const Screen screen(desktop, nextPicture("look"));
+            return screen.findPlain(ground, desktop.areaOf(window)).width > view.width - 60;
+        });
     }
     zoomBy(view.zoomSteps);
 }

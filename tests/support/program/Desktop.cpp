@@ -20,7 +20,7 @@ std::string run(const std::vector<std::string>& command, const std::string& disp
 Desktop::Desktop() {
     // The server chooses a free number itself and says it on the descriptor named: its standard output.
     server = std::make_unique<Process>(std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0",
-                                                                "1280x900x24", "-nolisten", "tcp", "-noreset"});
+                                                                "1280x1200x24", "-nolisten", "tcp", "-noreset"});
     if (!waitFor([this] { return server->output().ends_with('\n'); })) {
         throw std::runtime_error("Xvfb did not start: " + server->errors());
     }
