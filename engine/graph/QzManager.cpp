@@ -102,6 +102,9 @@ void QzManager::DeletePlugin(int index) {
     unbindAll(*node);
     plugins.erase(at);
     part->owned.erase(node);
+    // With its last plug-in the document is gone: what is made or opened next must not be saved over its file.
+    if (plugins.empty())
+        fileName.clear();
 }
 
 void QzManager::SetStart(const int& index) {

@@ -103,6 +103,19 @@ TEST_F(Documents, theFileNameIsTakenOverOnlyWhereNoneIsSet) {
     EXPECT_EQ(manager.fileName, second);
 }
 
+TEST_F(Documents, theFileNameIsForgottenWithTheLastPlugin) {
+    const std::string first = folder.write("first.zedra", withPlugins(R"({"name": "A", "kind": "Pair"})"));
+    const std::string second = folder.write("second.zedra", withPlugins(""));
+    manager.ReadDocument(first);
+    add("Pair", "B");
+    manager.DeletePlugin(1);
+    EXPECT_EQ(manager.fileName, first);
+    manager.DeletePlugin(0);
+    EXPECT_EQ(manager.fileName, "");
+    manager.ReadDocument(second);
+    EXPECT_EQ(manager.fileName, second);
+}
+
 TEST_F(Documents, aMissingOrUnsuitableFileIsSaid) {
     const Errors errors;
     manager.ReadDocument("/nowhere/a.zedra");
