@@ -4,6 +4,7 @@
 
 #include <QzManager.h>
 
+#include <filesystem>
 #include <string>
 
 /// What the tools ask of the library beyond the door.
@@ -17,5 +18,12 @@ const std::string& lastReadError(const QzManager& manager);
 
 /// The pipeline as a run would see it now.
 Pipeline pipelineOf(const QzManager& manager);
+
+/// Results go there from now on, instead of beside the document.
+void setResultsFolder(QzManager& manager, const std::filesystem::path& folder);
+
+/// From now on, runs say for each plug-in whether it is executed or reused, and why; they do at first. Called while no
+/// run is going on.
+void explainRuns(QzManager& manager, bool isAsked);
 
 }  // namespace velmorak

@@ -71,6 +71,7 @@ struct QzManager::Part {
     velmorak::ForeignFields documentFields;
     std::string readError;
     std::string commandLineAida;
+    std::string resultsFolder;  ///< Empty: the one that belongs to the document.
     int portPoints = 9;
     int titlePoints = 11;
     velmorak::RunDoor runs;

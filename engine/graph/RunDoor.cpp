@@ -8,7 +8,9 @@
 
 namespace velmorak {
 
-RunDoor::RunDoor() : runner(std::cerr, isatty(STDERR_FILENO) == 1) {}
+RunDoor::RunDoor() : runner(std::cerr, isatty(STDERR_FILENO) == 1) {
+    runner.explain(true);
+}
 
 void RunDoor::run(const std::function<Pipeline()>& snapshot) {
     {

@@ -57,6 +57,7 @@ Pipeline pipelineOf(const QzManager& manager) {
     const QzManager::Part& owner = QzManager::Part::of(manager);
     Pipeline made;
     fs::path document;
+    fs::path resultsFolder;
     {
         const std::lock_guard guard(owner.lock);
         Positions positions;
@@ -65,11 +66,22 @@ Pipeline pipelineOf(const QzManager& manager) {
         for (const QzBase* node : manager.plugins)
             made.nodes.push_back(nodeOf(*node, positions));
         document = owner.documentPath;
+        resultsFolder = owner.resultsFolder;
         made.commandLineAida = owner.commandLineAida;
     }
     made.documentFolder = document.parent_path();
-    made.resultsFolder = resultsFolderOf(document, owner.catalogue);
+    made.resultsFolder = resultsFolder.empty() ? resultsFolderOf(document, owner.catalogue) : resultsFolder;
     return made;
+}
+
+void setResultsFolder(QzManager& manager, const fs::path& folder) {
+    QzManager::Part& owner = QzManager::Part::of(manager);
+    const std::lock_guard guard(owner.lock);
+    owner.resultsFolder = folder.string();
+}
+
+void explainRuns(QzManager& manager, bool isAsked) {
+    QzManager::Part::of(manager).runs.explain(isAsked);
 }
 
 }  // namespace velmorak

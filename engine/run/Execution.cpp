@@ -8,23 +8,21 @@
 
 namespace velmorak {
 
-Execution::Execution(RunState& state, ResultStore& store, FileDigests& digests, std::size_t threads)
-    : state(state),
-      store(store),
-      digests(digests),
-      threads(threads),
-      number(store.beginRun()),
-      keys(contentKeys(state)),
-      files(state.runs.size()) {}
+Execution::Execution(RunState& state, const Memory& memory, std::size_t threads)
+    : state(state), memory(memory), threads(threads), keeper(state, memory.store, memory.digests) {}
 
 RunReport Execution::run() {
     findNeeded();
     settleObjections();
+    memory.history.explain(state, keeper);
+    sayReasons();
     do {
         sweep();
+        keeper.keepFinished();
     } while (!state.isStopping() && passNext());
     settleRest();
-    keepResults();
+    keeper.keepFinished();
+    memory.history.remember(state, keeper);
     RunReport report;
     for (NodeRun& run : state.runs) {
         report.wasStopped = report.wasStopped || run.report.outcome == Outcome::Unfinished;
@@ -34,44 +32,50 @@ RunReport Execution::run() {
 }
 
 void Execution::findNeeded() {
-    std::vector<std::size_t> open;
-    for (std::size_t i = 0; i < state.runs.size(); ++i) {
-        if (state.plan.isAsked(i)) {
-            state.runs[i].isNeeded = true;
-            open.push_back(i);
-        }
-    }
-    while (!open.empty()) {
-        const std::size_t position = open.back();
-        open.pop_back();
-        for (const std::size_t feeder : state.plan.feeders(position)) {
-            if (state.runs[feeder].isNeeded) {
-                continue;
-            }
-            state.runs[feeder].isNeeded = true;
-            if (!reuse(feeder)) {
-                open.push_back(feeder);
+    // What is downstream decides first, because a plug-in upstream is only needed by one that is executed. Where
+    // plug-ins feed themselves there is no such order, so it is gone through until nothing more is needed.
+    bool isMore = true;
+    while (isMore) {
+        isMore = false;
+        for (auto position = state.plan.order().rbegin(); position != state.plan.order().rend(); ++position) {
+            if (!state.runs[*position].isNeeded && (state.plan.isAsked(*position) || isWanted(*position))) {
+                state.runs[*position].isNeeded = true;
+                isMore = true;
+                reuse(*position);
             }
         }
     }
 }
 
+/// A plug-in that takes something from this one is executed.
+bool Execution::isWanted(std::size_t position) const {
+    const std::vector<std::size_t>& consumers = state.plan.consumers(position);
+    return std::any_of(consumers.begin(), consumers.end(), [this](std::size_t consumer) {
+        return state.runs[consumer].isNeeded && !state.runs[consumer].isSettled;
+    });
+}
+
 bool Execution::reuse(std::size_t position) {
-    if (!keys[position] || state.plan.isStream(position)) {
-        return false;
+    const bool isStream = state.plan.isStream(position);
+    if (isStream && isWanted(position)) {
+        return false;  // Its rows are not kept.
     }
-    std::optional<StoredResult> stored = store.find(*keys[position]);
-    if (!stored) {
-        return false;
+    if (isStream && !state.plan.consumers(position).empty()) {
+        state.finish(position, Outcome::Reused, state.runs[position].report.outputs);
+        return true;  // All that was made from its rows is still right.
     }
-    for (const FileContent& file : stored->files) {
-        if (digests.of(resolved(state.pipeline, file.file), state.stopping) != file.digest) {
-            return false;
+    return keeper.reuse(position);
+}
+
+void Execution::sayReasons() {
+    for (std::size_t i = 0; memory.explains && i < state.runs.size(); ++i) {
+        const NodeRun& run = state.runs[i];
+        if (!run.report.reason.empty() && run.report.outcome != Outcome::Failed) {
+            const bool isReused = run.report.outcome == Outcome::Reused;
+            state.messages.line(titleOf(state.node(i)) + (isReused ? ": reused, " : ": executed, ") +
+                                run.report.reason);
         }
     }
-    files[position] = std::move(stored->files);
-    state.finish(position, Outcome::Reused, std::move(stored->outputs));
-    return true;
 }
 
 void Execution::settleObjections() {
@@ -222,44 +226,6 @@ void Execution::settleRest() {
                                       : "not run because nothing that it feeds could run";
         }
     }
-}
-
-void Execution::keepResults() {
-    for (const std::size_t position : state.plan.order()) {
-        const NodeRun& run = state.runs[position];
-        if (!run.isNeeded || run.report.outcome == Outcome::Reused) {
-            continue;
-        }
-        files[position] = filesOf(position);
-        // What has left a file is done again, so that the file is there again.
-        if (run.report.outcome == Outcome::Done && !state.plan.isStream(position) && keys[position] &&
-            files[position] && !run.context->hasWritten()) {
-            store.keep(number, *keys[position], {run.report.outputs, *files[position]});
-        }
-    }
-}
-
-std::optional<std::vector<FileContent>> Execution::filesOf(std::size_t position) {
-    std::vector<FileContent> all;
-    for (const std::size_t feeder : state.plan.feeders(position)) {
-        if (!files[feeder]) {
-            return std::nullopt;
-        }
-        all.insert(all.end(), files[feeder]->begin(), files[feeder]->end());
-    }
-    for (const AskedFile& asked : state.runs[position].context->askedFiles()) {
-        const std::filesystem::path path = resolved(state.pipeline, asked.file);
-        const std::optional<Digest> digest = digests.of(path, state.stopping);
-        // A file that has changed since then may not be what the result was made from.
-        if (!digest || stampOf(path) != asked.stamp) {
-            return std::nullopt;
-        }
-        all.push_back({asked.file, *digest});
-    }
-    std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.file < b.file; });
-    all.erase(std::unique(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.file == b.file; }),
-              all.end());
-    return all;
 }
 
 }  // namespace velmorak

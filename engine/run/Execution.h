@@ -1,8 +1,7 @@
 #pragma once
 
-#include "ContentKeys.h"
-#include "FileDigests.h"
-#include "ResultStore.h"
+#include "Keeper.h"
+#include "Reasons.h"
 #include "RunState.h"
 
 #include <cstddef>
@@ -11,17 +10,27 @@
 
 namespace velmorak {
 
+/// What a runner remembers from run to run.
+struct Memory {
+    ResultStore& store;
+    FileDigests& digests;
+    History& history;
+    bool explains = false;  ///< Reasons are said.
+};
+
 /// One run of a pipeline, from what is needed to what is kept.
 class Execution {
 public:
-    /// @param state, store and digests outlive this.
-    Execution(RunState& state, ResultStore& store, FileDigests& digests, std::size_t threads);
+    /// @param state and what memory refers to outlive this.
+    Execution(RunState& state, const Memory& memory, std::size_t threads);
 
     RunReport run();
 
 private:
     void findNeeded();
+    bool isWanted(std::size_t position) const;
     bool reuse(std::size_t position);
+    void sayReasons();
     void settleObjections();
     void sweep();
     void visit(std::size_t position);
@@ -36,16 +45,11 @@ private:
     std::vector<std::size_t> stepsFor(std::size_t source) const;
 
     void settleRest();
-    void keepResults();
-    std::optional<std::vector<FileContent>> filesOf(std::size_t position);
 
     RunState& state;
-    ResultStore& store;
-    FileDigests& digests;
+    Memory memory;
     std::size_t threads;
-    std::uint64_t number;
-    std::vector<std::optional<Digest>> keys;
-    std::vector<std::optional<std::vector<FileContent>>> files;  ///< All that each plug-in's result depends on.
+    Keeper keeper;
 };
 
 }  // namespace velmorak

@@ -49,6 +49,12 @@ std::optional<FileStamp> stampOf(const std::filesystem::path& file) {
                      nanoseconds(status.st_ctim)};
 }
 
+bool hasSameContent(const FileStamp& one, const FileStamp& other) {
+    FileStamp renamed = one;
+    renamed.changedNs = other.changedNs;
+    return renamed == other;
+}
+
 std::optional<Digest> FileDigests::of(const std::filesystem::path& file, const std::atomic<bool>& stopping) {
     const std::optional<FileStamp> stamp = stampOf(file);
     if (!stamp) {

@@ -22,6 +22,9 @@ struct FileStamp {
     bool operator==(const FileStamp&) const = default;
 };
 
+/// As far as the two stamps tell; a file that only got another name has the same content.
+bool hasSameContent(const FileStamp& one, const FileStamp& other);
+
 /// @return nothing when there is no such file, or it is no plain file.
 std::optional<FileStamp> stampOf(const std::filesystem::path& file);
 

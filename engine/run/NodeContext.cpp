@@ -49,7 +49,6 @@ void NodeContext::writeResult(const std::string& fileName, const std::function<v
 }
 
 std::unique_ptr<ResultFile> NodeContext::beginResult(const std::string& fileName) {
-    wrote = true;
     return around.results.begin(node.name, fileName);
 }
 

@@ -54,14 +54,12 @@ public:
     void watch(const NamedFile& file) const;
     /// Files that the plug-in depends on.
     std::vector<AskedFile> askedFiles() const;
-    bool hasWritten() const { return wrote; }
 
 private:
     const RunSurroundings& around;
     const PipelineNode& node;
     mutable std::mutex mutex;
     mutable std::vector<AskedFile> asked;
-    std::atomic<bool> wrote = false;
 };
 
 /// @return kind and name as they stand at the beginning of a message: Histogram1D "mass".

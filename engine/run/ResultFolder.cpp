@@ -19,45 +19,6 @@ namespace fs = std::filesystem;
     throw Failure("the file \"" + fileName + "\" " + reason);
 }
 
-/// A file that goes when its holder goes, unless it was kept.
-class TemporaryFile : public ResultFile {
-public:
-    TemporaryFile(fs::path temporary, fs::path file, std::string fileName, const std::atomic<bool>& stopping)
-        : temporary(std::move(temporary)), file(std::move(file)), fileName(std::move(fileName)), stopping(stopping) {}
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile() override {
-        if (!isKept) {
-            std::error_code ignored;
-            fs::remove(temporary, ignored);
-        }
-    }
-
-    const fs::path& path() const override { return temporary; }
-
-    void keep() override {
-        if (stopping) {
-            throw Stopped();
-        }
-        std::error_code error;
-        if (!fs::exists(temporary, error)) {
-            refuse(fileName, "was not written");
-        }
-        fs::rename(temporary, file, error);
-        if (error) {
-            refuse(fileName, "cannot be put in its place: " + error.message());
-        }
-        isKept = true;
-    }
-
-private:
-    fs::path temporary;
-    fs::path file;
-    std::string fileName;
-    const std::atomic<bool>& stopping;
-    bool isKept = false;
-};
-
 bool isBelow(const fs::path& path, const fs::path& folder) {
     return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first == folder.end();
 }
@@ -70,12 +31,53 @@ fs::path followed(const fs::path& path) {
 
 }  // namespace
 
+/// A file that goes when its holder goes, unless it was kept.
+class ResultFolder::TemporaryFile : public ResultFile {
+public:
+    TemporaryFile(ResultFolder& results, fs::path temporary, fs::path file, std::string fileName)
+        : results(results), temporary(std::move(temporary)), file(std::move(file)), fileName(std::move(fileName)) {}
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~TemporaryFile() override {
+        if (!isKept) {
+            std::error_code ignored;
+            fs::remove(temporary, ignored);
+        }
+    }
+
+    const fs::path& path() const override { return temporary; }
+
+    void keep() override {
+        if (results.stopping) {
+            throw Stopped();
+        }
+        std::error_code error;
+        const std::optional<FileStamp> stamp = stampOf(temporary);
+        if (!stamp) {
+            refuse(fileName, "was not written");
+        }
+        fs::rename(temporary, file, error);
+        if (error) {
+            refuse(fileName, "cannot be put in its place: " + error.message());
+        }
+        isKept = true;
+        results.note(file, {fileName, file, *stamp});
+    }
+
+private:
+    ResultFolder& results;
+    fs::path temporary;
+    fs::path file;
+    std::string fileName;
+    bool isKept = false;
+};
+
 ResultFolder::ResultFolder(fs::path folder, bool mayWriteAnywhere, const std::atomic<bool>& stopping)
     : folder(std::move(folder)), mayWriteAnywhere(mayWriteAnywhere), stopping(stopping) {}
 
 std::unique_ptr<ResultFile> ResultFolder::begin(const std::string& plugin, const std::string& fileName) {
+    claim(plugin, fileName);
     const fs::path file = place(fileName);
-    claim(file, plugin, fileName);
     std::error_code error;
     fs::create_directories(file.parent_path(), error);
     if (error) {
@@ -85,7 +87,7 @@ std::unique_ptr<ResultFile> ResultFolder::begin(const std::string& plugin, const
     if (fs::is_directory(file, error)) {
         refuse(fileName, "cannot be written: a folder has that name");
     }
-    return std::make_unique<TemporaryFile>(temporaryFor(file), file, fileName, stopping);
+    return std::make_unique<TemporaryFile>(*this, temporaryFor(file), file, fileName);
 }
 
 fs::path ResultFolder::place(const std::string& fileName) const {
@@ -110,12 +112,33 @@ fs::path ResultFolder::place(const std::string& fileName) const {
     return file;
 }
 
-void ResultFolder::claim(const fs::path& file, const std::string& plugin, const std::string& fileName) {
+void ResultFolder::claim(const std::string& plugin, const std::string& fileName) {
+    const fs::path file = place(fileName);
     const std::scoped_lock lock(mutex);
-    const auto [owner, isNew] = owners.emplace(file, plugin);
-    if (!isNew && owner->second != plugin) {
-        refuse(fileName, "is already written by \"" + owner->second + "\"");
+    const auto [owner, isNew] = owners.emplace(file, Owned{plugin, {}});
+    if (!isNew && owner->second.plugin != plugin) {
+        refuse(fileName, "is already written by \"" + owner->second.plugin + "\"");
     }
+}
+
+void ResultFolder::note(const fs::path& file, WrittenFile written) {
+    const std::scoped_lock lock(mutex);
+    owners[file].written = std::move(written);
+}
+
+std::optional<std::vector<WrittenFile>> ResultFolder::writtenBy(const std::string& plugin) {
+    const std::scoped_lock lock(mutex);
+    std::vector<WrittenFile> all;
+    for (const auto& [file, owned] : owners) {
+        if (owned.plugin != plugin) {
+            continue;
+        }
+        if (!owned.written) {
+            return std::nullopt;
+        }
+        all.push_back(*owned.written);
+    }
+    return all;
 }
 
 fs::path ResultFolder::temporaryFor(const fs::path& file) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FileDigests.h"
+
 #include <velmorak/Run.h>
 
 #include <atomic>
@@ -7,13 +9,22 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace velmorak {
 
+/// A file that a plug-in has left.
+struct WrittenFile {
+    std::string fileName;  ///< As the plug-in named it.
+    std::filesystem::path path;
+    FileStamp stamp;  ///< Before it got its name.
+};
+
 /// The folder in which the plug-ins of one run leave their files. A file takes its name when it is complete, and
 /// belongs to one plug-in.
-/// Threads: begin may be called on any thread.
+/// Threads: every operation may be called on any thread.
 class ResultFolder {
 public:
     /// @param mayWriteAnywhere names may be absolute or lead out of the folder.
@@ -24,16 +35,28 @@ public:
     /// @throws Failure if the name is refused or the folder cannot be made.
     std::unique_ptr<ResultFile> begin(const std::string& plugin, const std::string& fileName);
 
-private:
+    /// @return where a file of that name stands. @throws Failure if the name is refused.
     std::filesystem::path place(const std::string& fileName) const;
-    void claim(const std::filesystem::path& file, const std::string& plugin, const std::string& fileName);
+    /// Makes the file the plug-in's own. @throws Failure if it is another's.
+    void claim(const std::string& plugin, const std::string& fileName);
+    /// @return what the plug-in has left; nothing when a file that it began was not kept.
+    std::optional<std::vector<WrittenFile>> writtenBy(const std::string& plugin);
+
+private:
+    class TemporaryFile;
+    struct Owned {
+        std::string plugin;
+        std::optional<WrittenFile> written;  ///< Nothing until it is kept.
+    };
+
+    void note(const std::filesystem::path& file, WrittenFile written);
     std::filesystem::path temporaryFor(const std::filesystem::path& file);
 
     std::filesystem::path folder;
     bool mayWriteAnywhere;
     const std::atomic<bool>& stopping;
     std::mutex mutex;
-    std::map<std::filesystem::path, std::string> owners;  ///< Plug-in that writes the file.
+    std::map<std::filesystem::path, Owned> owners;
     unsigned temporaries = 0;
 };
 

@@ -22,7 +22,8 @@ struct FileContent {
 /// What is kept of a plug-in that has done its work.
 struct StoredResult {
     std::vector<Value> outputs;
-    std::vector<FileContent> files;  ///< Its own and those of all that is upstream of it.
+    std::vector<FileContent> files;    ///< Its own and those of all that is upstream of it.
+    std::vector<FileContent> written;  ///< Files that it left, by the names that it gave them.
 };
 
 /// Results by what they were made from. What the last runs neither used nor made is forgotten.

@@ -52,6 +52,8 @@ struct Runner::Part {
     Messages messages;
     ResultStore store;
     FileDigests digests;
+    History history;
+    bool explains = false;
     std::mutex mutex;
     std::shared_ptr<std::atomic<bool>> stopping;  ///< Of the run that is going on; null without one.
 };
@@ -65,7 +67,7 @@ RunReport Runner::Part::execute(const Pipeline& pipeline, const std::atomic<bool
     RunReport report;
     arena.execute([&] {
         RunState state(pipeline, stopping, messages);
-        report = Execution(state, store, digests, static_cast<std::size_t>(threads)).run();
+        report = Execution(state, {store, digests, history, explains}, static_cast<std::size_t>(threads)).run();
     });
     summarise(pipeline, report);
     return report;
@@ -106,12 +108,16 @@ RunReport Runner::run(const std::function<Pipeline()>& snapshot) {
         report = part->execute(pipeline, *stopping);
     };
     if (const auto problem = problemIn(work)) {
-        report.nodes.assign(pipeline.nodes.size(), {Outcome::Failed, problem->sentence, 0, 0, 0.0, {}});
+        report.nodes.assign(pipeline.nodes.size(), {Outcome::Failed, problem->sentence, 0, 0, 0.0, {}, {}});
         part->messages.line("The run failed: " + problem->sentence);
     }
     const std::scoped_lock lock(part->mutex);
     part->stopping = nullptr;
     return report;
+}
+
+void Runner::explain(bool isAsked) {
+    part->explains = isAsked;
 }
 
 void Runner::stop() {

@@ -26,6 +26,7 @@ struct NodeReport {
     std::uint64_t rowsOut = 0;
     double seconds = 0.0;
     std::vector<Value> outputs;  ///< Parallel to the node's outputs; monostate for a table and for what is missing.
+    std::string reason{};        ///< Of one that was executed or reused: why.
 };
 
 struct RunReport {
@@ -45,6 +46,10 @@ public:
     ~Runner();
 
     RunReport run(const Pipeline& pipeline);
+
+    /// Before a run executes anything, it says for each plug-in whether it is executed or reused, and why. Not at
+    /// first. Called while no run is going on.
+    void explain(bool isAsked);
 
     /// As above. The snapshot is taken when a stop already counts, so that none gets lost between the two.
     RunReport run(const std::function<Pipeline()>& snapshot);

@@ -1,6 +1,7 @@
 #include "StreamPass.h"
 
-#include <fmt/format.h>
+#include "Summary.h"
+
 #include <oneapi/tbb/parallel_pipeline.h>
 
 #include <algorithm>
@@ -176,14 +177,12 @@ void StreamPass::showProgress() {
     }
     std::optional<double> fraction;
     sourceProblem = problemIn([&] { fraction = reader->fraction(); });
-    const std::string& name = state.node(source).name;
-    if (!fraction) {
-        state.messages.showProgress(fmt::format("Reading \"{}\": {} rows", name, rows));
-        return;
+    if (fraction) {
+        fractionShown = std::max(fractionShown, std::min(*fraction, 1.0));
+        fraction = fractionShown;
     }
-    fractionShown = std::max(fractionShown, std::min(*fraction, 1.0));
-    const int percent = static_cast<int>(100.0 * fractionShown);
-    state.messages.showProgress(fmt::format("Reading \"{}\": {} %, {} rows", name, percent, rows));
+    const std::chrono::duration<double> elapsed = Instant::now() - began;
+    state.messages.showProgress(progressText(state.node(source).name, rows, fraction, elapsed));
 }
 
 void StreamPass::perform(Work& work) {

@@ -71,6 +71,7 @@ private:
     std::uint64_t chunks = 0;
     std::uint64_t rows = 0;
     double fractionShown = 0.0;
+    std::chrono::steady_clock::time_point began = std::chrono::steady_clock::now();
     std::chrono::nanoseconds readingTime{0};
     std::optional<Problem> sourceProblem;
 };

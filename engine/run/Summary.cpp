@@ -8,6 +8,9 @@
 namespace velmorak {
 namespace {
 
+/// Part of the work after which its rate is taken as known.
+constexpr double leastToForesee = 0.01;
+
 std::string rowsText(std::uint64_t rows) {
     return fmt::format("{} {}", rows, rows == 1 ? "row" : "rows");
 }
@@ -43,6 +46,22 @@ std::string summaryLine(const PipelineNode& node, const NodeReport& report, bool
             break;
     }
     return "";
+}
+
+std::string progressText(const std::string& plugin, std::uint64_t rows, std::optional<double> fraction,
+                         std::chrono::duration<double> elapsed) {
+    std::string text = "Reading \"" + plugin + "\": ";
+    if (fraction) {
+        text += fmt::format("{} %, ", static_cast<int>(100.0 * *fraction));
+    }
+    text += rowsText(rows);
+    if (elapsed.count() > 0.0) {
+        text += fmt::format(", {:.0f} rows/s", static_cast<double>(rows) / elapsed.count());
+    }
+    if (fraction && *fraction >= leastToForesee) {
+        text += fmt::format(", {:.0f} s left", elapsed.count() * (1.0 - *fraction) / *fraction);
+    }
+    return text;
 }
 
 }  // namespace velmorak

@@ -1,5 +1,6 @@
 #include <velmorak/Kind.h>
 
+#include <chrono>
 #include <thread>
 
 /// Kinds that do what a test of velmorak-run needs.
@@ -33,10 +34,26 @@ public:
     }
 };
 
+/// Does not hear of a stop until a minute has passed.
+class IsDeaf : public Function {
+public:
+    std::string name() const override { return "IsDeaf"; }
+    std::string summary() const override { return "Goes on for a minute."; }
+    Ports ports(const ValueTexts&) const override { return {}; }
+    void evaluate(const Arguments&, Results&, RunContext& context) const override {
+        context.warn("it goes on");
+        const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+        while (std::chrono::steady_clock::now() < end) {
+            std::this_thread::yield();
+        }
+    }
+};
+
 }  // namespace
 
 VELMORAK_COLLECTION(registry) {
     registry.group("Testing");
     registry.add(std::make_unique<Fails>());
     registry.add(std::make_unique<Waits>());
+    registry.add(std::make_unique<IsDeaf>());
 }

@@ -170,6 +170,110 @@ TEST_F(VelmorakRun, leavesTheSameFilesOfEachExampleOnAnyNumberOfThreads) {
     EXPECT_GE(examples, 2);
 }
 
+/// The tool's options, on: Number "one" -> Adder "sum".
+class VelmorakRunOptions : public VelmorakRun {
+protected:
+    std::string file =
+        document(plugin("one", "Number") + "," + plugin("sum", "Adder", R"({"name": "a", "from": ["one", "number"]})"));
+
+    void expectRefusal(const std::vector<std::string>& options, const std::string& sentence) const {
+        std::vector<std::string> arguments = options;
+        arguments.push_back(file);
+        const Ended ended = run(arguments);
+        EXPECT_EQ(ended.status, 1);
+        EXPECT_EQ(ended.output, "");
+        EXPECT_EQ(ended.errors, "velmorak-run: " + sentence + "\n");
+    }
+};
+
+TEST_F(VelmorakRunOptions, nameTheNearestPlugInOrInputAndRunNothing) {
+    expectRefusal({"--set", "som.b=2"}, R"(no plug-in is named "som"; the nearest name is "sum")");
+    expectRefusal({"--set", "one.valu=2"}, R"(plug-in "one" has no input "valu"; the nearest name is "value")");
+    expectRefusal({"--start", "on"}, R"(no plug-in is named "on"; the nearest name is "one")");
+    expectRefusal({"--scan", "ome.value=1,2"}, R"(no plug-in is named "ome"; the nearest name is "one")");
+}
+
+TEST_F(VelmorakRunOptions, refuseWhatHasNotTheirForm) {
+    expectRefusal({"--set", "one"}, R"("one" has not the form PLUGIN.INPUT=VALUE)");
+    expectRefusal({"--scan", "one.value=1:2:0"}, R"("1:2:0" is no range from:to:step of at most 10000 values)");
+    expectRefusal({"--scan", "one.value=1:2:-1"}, R"("1:2:-1" is no range from:to:step of at most 10000 values)");
+    expectRefusal({"--scan", "one.value=1:x:1"}, R"("1:x:1" is no range from:to:step of at most 10000 values)");
+}
+
+TEST_F(VelmorakRunOptions, refuseAValueForAnInputThatIsFed) {
+    expectRefusal({"--set", "sum.a=2"}, R"(input "a" of "sum" is fed by "one", so that a value would not count)");
+}
+
+TEST_F(VelmorakRunOptions, sayAValueThatTheInputDoesNotTake) {
+    const Ended ended = run({"--set", "one.value=many", file});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_THAT(ended.errors, HasSubstr(R"(input "value" of "one" does not take "many"; it is ")"));
+}
+
+TEST_F(VelmorakRunOptions, listPlugInsAfterWhatWasSet) {
+    const Ended ended = run({"--list", "--set", "one.value=7", "--start", "sum", file});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_EQ(ended.errors, "");
+    EXPECT_THAT(ended.output, testing::StartsWith("Adder \"sum\"\n  a (number): from \"one\" number\n"));
+    EXPECT_THAT(ended.output, HasSubstr("Number \"one\"\n  value (number): 7\n"));
+}
+
+TEST_F(VelmorakRunOptions, checkWithoutRunning) {
+    EXPECT_EQ(run({"--check", file}).status, 0);
+    const Ended ended = run({"--check", document(plugin("unlucky", "Fails") + "," + plugin("odd", "NoSuchKind"))});
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_THAT(ended.errors, HasSubstr("NoSuchKind \"odd\": "));
+    EXPECT_THAT(ended.errors, Not(HasSubstr("unlucky")));
+}
+
+TEST_F(VelmorakRunOptions, sayWhyOnlyWhenAsked) {
+    const std::string why = "Number \"one\": executed, never run\n";
+    EXPECT_THAT(run({"--why", file}).errors, HasSubstr(why));
+    EXPECT_THAT(run({file}).errors, Not(HasSubstr(why)));
+}
+
+TEST_F(VelmorakRunOptions, scanRunsEachValueAndOnlyWhatDependsOnIt) {
+    const std::string both = document(plugin("apart", "Number") + "," + plugin("one", "Number") + "," +
+                                      plugin("sum", "Adder",
+                                             R"({"name": "a", "from": ["one", "number"]},)"
+                                             R"({"name": "b", "from": ["apart", "number"]})"));
+    const Ended ended = run({"--why", "--start", "sum", "--scan", "one.value=1:2:0.5", both});
+    EXPECT_EQ(ended.status, 0);
+    for (const char* point : {"1", "1.5", "2"}) {
+        EXPECT_THAT(ended.errors, HasSubstr(std::string("Scan: one.value=") + point + "\n"));
+    }
+    EXPECT_THAT(ended.errors, HasSubstr("Number \"one\": executed, value changed from 1.5 to 2\n"));
+    EXPECT_THAT(ended.errors, HasSubstr("Number \"apart\": reused, nothing changed\n"));
+}
+
+TEST_F(VelmorakRunOptions, timeoutStopsWithThree) {
+    const Ended ended = run({"--timeout", "0.2", document(plugin("w", "Waits"))});
+    EXPECT_EQ(ended.status, 3);
+    EXPECT_THAT(ended.errors, HasSubstr("Waits \"w\": not finished because the run was stopped\n"));
+}
+
+TEST_F(VelmorakRunOptions, resultsLieInTheFolderThatIsNamed) {
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(VELMORAK_EXAMPLES)) {
+        if (entry.path().extension() != ".zedra") {
+            continue;
+        }
+        const fs::path results = folder / "chosen" / entry.path().stem();
+        EXPECT_EQ(run({"--results", results.string(), "-j", "2", entry.path().string()}).status, 0);
+        EXPECT_FALSE(fs::is_empty(results));
+    }
+}
+
+TEST_F(VelmorakRunOptions, aSecondSignalEndsAtOnce) {
+    int sent = 0;
+    const Ended ended = run({document(plugin("deaf", "IsDeaf"))}, [&](pid_t id, const std::string&) {
+        for (; sent < 2; ++sent) {
+            kill(id, sent == 0 ? SIGTERM : SIGINT);
+        }
+    });
+    EXPECT_EQ(ended.status, 3);
+    EXPECT_THAT(ended.errors, Not(HasSubstr("not finished")));
+}
+
 TEST_F(VelmorakRun, needsNoToolkit) {
     unsetenv("DISPLAY");
     const Ended libraries = runProgram({"ldd", VELMORAK_RUN});

@@ -1,10 +1,18 @@
 #include "StopOnSignal.h"
 
+#include "Order.h"
+
+#include <unistd.h>
+
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <utility>
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
+using Seconds = std::chrono::duration<double>;
 
 /// Ends the wait for the others; nobody else sends it to this program.
 constexpr int wakeUp = SIGUSR1;
@@ -18,6 +26,15 @@ sigset_t heldSignals() {
     return signals;
 }
 
+/// @return the signal that came, or 0 when none did in that time.
+int waitFor(Seconds time) {
+    const sigset_t signals = heldSignals();
+    const auto nanoseconds = std::chrono::duration_cast<std::chrono::nanoseconds>(time).count();
+    constexpr long perSecond = 1'000'000'000;
+    const timespec limit{nanoseconds / perSecond, nanoseconds % perSecond};
+    return std::max(0, sigtimedwait(&signals, nullptr, &limit));
+}
+
 }  // namespace
 
 void StopOnSignal::holdSignals() {
@@ -25,34 +42,42 @@ void StopOnSignal::holdSignals() {
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
-StopOnSignal::StopOnSignal(std::function<void()> stop) : stop(std::move(stop)), watcher([this] { watch(); }) {}
+StopOnSignal::StopOnSignal(std::function<void()> stop, double timeoutSeconds)
+    : stop(std::move(stop)), timeoutSeconds(timeoutSeconds), watcher([this] { watch(); }) {}
 
 StopOnSignal::~StopOnSignal() {
-    {
-        const std::scoped_lock lock(mutex);
-        isOver = true;
-    }
-    over.notify_all();
+    isOver = true;
     pthread_kill(watcher.native_handle(), wakeUp);
     watcher.join();
 }
 
 void StopOnSignal::watch() {
-    const sigset_t signals = heldSignals();
-    int signal = 0;
-    if (sigwait(&signals, &signal) == 0 && signal != wakeUp) {
-        asked = true;
-        stopUntilOver();
+    constexpr Seconds longWait{3600.0};
+    const Clock::time_point begin = Clock::now();
+    while (!isOver) {
+        const Seconds passed = Clock::now() - begin;
+        const Seconds left = timeoutSeconds > 0.0 ? Seconds(timeoutSeconds - passed.count()) : longWait;
+        const int signal = left.count() > 0.0 ? waitFor(std::min(left, longWait)) : 0;
+        const bool isLate = timeoutSeconds > 0.0 && Clock::now() - begin >= Seconds(timeoutSeconds);
+        if (signal == SIGINT || signal == SIGTERM || isLate) {
+            asked = true;
+            stopUntilOver(signal != 0);
+            return;
+        }
     }
 }
 
-void StopOnSignal::stopUntilOver() {
-    constexpr std::chrono::milliseconds pause{20};
-    std::unique_lock lock(mutex);
+void StopOnSignal::stopUntilOver(bool isSignalled) {
+    constexpr Seconds pause{0.02};
     while (!isOver) {
-        lock.unlock();
         stop();
-        lock.lock();
-        over.wait_for(lock, pause, [this] { return isOver; });
+        const int signal = waitFor(pause);
+        if (signal != SIGINT && signal != SIGTERM) {
+            continue;
+        }
+        if (isSignalled) {
+            _exit(WasStopped);
+        }
+        isSignalled = true;
     }
 }

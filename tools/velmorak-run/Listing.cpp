@@ -1,0 +1,44 @@
+#include "Listing.h"
+
+#include <run/NodeContext.h>
+#include <run/Plan.h>
+
+#include <ostream>
+
+using velmorak::Pipeline;
+using velmorak::PipelineInput;
+using velmorak::PipelineNode;
+
+namespace {
+
+std::string contentOf(const Pipeline& pipeline, const PipelineInput& input) {
+    if (!input.wire) {
+        return input.value;
+    }
+    return "from \"" + pipeline.nodes[input.wire->node].name + "\" " + input.wire->output;
+}
+
+}  // namespace
+
+void list(const Pipeline& pipeline, std::ostream& stream) {
+    for (const PipelineNode& node : pipeline.nodes) {
+        stream << velmorak::titleOf(node) << '\n';
+        for (const PipelineInput& input : node.inputs) {
+            const std::string content = contentOf(pipeline, input);
+            stream << "  " << input.spec.name << " (" << velmorak::nameOf(input.spec.type) << ')'
+                   << (content.empty() ? "" : ": " + content) << '\n';
+        }
+    }
+}
+
+bool check(const Pipeline& pipeline, std::ostream& stream) {
+    const velmorak::Plan plan(pipeline);
+    bool isRight = true;
+    for (std::size_t i = 0; i < pipeline.nodes.size(); ++i) {
+        if (const std::string sentence = plan.objection(i); !sentence.empty()) {
+            stream << velmorak::titleOf(pipeline.nodes[i]) << ": " << sentence << '\n';
+            isRight = false;
+        }
+    }
+    return isRight;
+}

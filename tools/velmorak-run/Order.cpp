@@ -1,0 +1,61 @@
+#include "Order.h"
+
+#include <Version.h>
+
+#include <CLI/CLI.hpp>
+
+namespace {
+
+constexpr const char* helpText = R"(Usage: velmorak-run [OPTIONS] DOCUMENT
+Runs an analysis pipeline (*.zedra) without a window.
+
+  -a FILE                    AIDA file for readers without a file of their own
+  --set PLUGIN.INPUT=VALUE   set a value before the run; may be given again and again
+  --scan PLUGIN.INPUT=VALUES one run for each value: from:to:step, or a,b,c
+  --start PLUGIN             start at this plug-in
+  --results DIR              results folder; else DOCUMENT.results beside the document
+  -j N                       threads (1 to 1024); results do not depend on it
+  --timeout SECONDS          stop after this time
+  --why                      say for each plug-in why it is executed or reused
+  --list                     list plug-ins, inputs, types and values; runs nothing
+  --check                    check document and types; runs nothing
+  --version, --help          print and end
+
+Messages go to standard error. Ctrl+C stops; a second one ends at once.
+Exit status: 0 all done, 1 wrong usage or unreadable document, 2 a plug-in failed,
+3 stopped.
+)";
+
+constexpr int mostThreads = 1024;
+
+void describe(CLI::App& app, Order& order) {
+    app.name("velmorak-run");
+    app.formatter_fn([](const CLI::App*, const std::string&, CLI::AppFormatMode) { return std::string(helpText); });
+    app.set_version_flag("--version", "velmorak-run " + std::string(velmorak::version()));
+    app.add_option("DOCUMENT", order.document)->required();
+    app.add_option("-a", order.aidaFile);
+    app.add_option("--set", order.settings)->expected(1)->take_all();
+    app.add_option("--scan", order.scan);
+    app.add_option("--start", order.start);
+    app.add_option("--results", order.resultsFolder);
+    app.add_option("-j", order.threads)->check(CLI::Range(1, mostThreads));
+    app.add_option("--timeout", order.timeoutSeconds)->check(CLI::PositiveNumber);
+    app.add_flag("--why", order.isWhy);
+    app.add_flag("--list", order.isList);
+    app.add_flag("--check", order.isCheck);
+}
+
+}  // namespace
+
+std::optional<Order> readOrder(int argc, char** argv, ExitStatus& status) {
+    CLI::App app;
+    Order order;
+    try {
+        describe(app, order);
+        app.parse(argc, argv);
+        return order;
+    } catch (const CLI::ParseError& error) {
+        status = app.exit(error) == 0 ? AllDone : NotUsable;
+        return std::nullopt;
+    }
+}

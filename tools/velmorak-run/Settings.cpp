@@ -1,0 +1,154 @@
+#include "Settings.h"
+
+#include <graph/Inspect.h>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <numeric>
+#include <utility>
+
+namespace {
+
+using velmorak::InputSpec;
+using velmorak::Pipeline;
+using velmorak::PipelineInput;
+using velmorak::PipelineNode;
+
+constexpr double mostPoints = 10000.0;
+
+std::string quoted(const std::string& text) {
+    return "\"" + text + "\"";
+}
+
+/// Letters to change, add or leave out to make the one text of the other.
+std::size_t distance(const std::string& one, const std::string& other) {
+    std::vector<std::size_t> row(other.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < one.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i + 1);
+        for (std::size_t k = 0; k < other.size(); ++k) {
+            const std::size_t changed = diagonal + (one[i] == other[k] ? 0 : 1);
+            diagonal = std::exchange(row[k + 1], std::min({changed, row[k] + 1, row[k + 1] + 1}));
+        }
+    }
+    return row.back();
+}
+
+std::string nearest(const std::string& wanted, const std::vector<std::string>& names) {
+    if (names.empty()) {
+        return "there is none";
+    }
+    const auto isNearer = [&](const auto& a, const auto& b) { return distance(wanted, a) < distance(wanted, b); };
+    return "the nearest name is " + quoted(*std::min_element(names.begin(), names.end(), isNearer));
+}
+
+template <typename Items, typename NameOf>
+std::vector<std::string> namesOf(const Items& items, const NameOf& nameOf) {
+    std::vector<std::string> names;
+    std::transform(items.begin(), items.end(), std::back_inserter(names), nameOf);
+    return names;
+}
+
+std::size_t positionOf(const Pipeline& pipeline, const std::string& plugin) {
+    const std::vector<std::string> names = namesOf(pipeline.nodes, [](const PipelineNode& node) { return node.name; });
+    const auto found = std::find(names.begin(), names.end(), plugin);
+    if (found == names.end()) {
+        throw UsageError("no plug-in is named " + quoted(plugin) + "; " + nearest(plugin, names));
+    }
+    return static_cast<std::size_t>(found - names.begin());
+}
+
+std::size_t inputOf(const PipelineNode& node, const std::string& input) {
+    const std::vector<std::string> names =
+        namesOf(node.inputs, [](const PipelineInput& each) { return each.spec.name; });
+    const auto found = std::find(names.begin(), names.end(), input);
+    if (found == names.end()) {
+        throw UsageError("plug-in " + quoted(node.name) + " has no input " + quoted(input) + "; " +
+                         nearest(input, names));
+    }
+    return static_cast<std::size_t>(found - names.begin());
+}
+
+void refuseUnusable(const Pipeline& pipeline, const PipelineInput& input, const Setting& setting) {
+    const std::string place = "input " + quoted(setting.input) + " of " + quoted(setting.plugin);
+    if (input.wire) {
+        throw UsageError(place + " is fed by " + quoted(pipeline.nodes[input.wire->node].name) +
+                         ", so that a value would not count");
+    }
+    const std::vector<std::string>& choices = input.spec.choices;
+    if (!choices.empty() && std::find(choices.begin(), choices.end(), setting.value) == choices.end()) {
+        throw UsageError(place + " does not take " + quoted(setting.value) + "; " + nearest(setting.value, choices));
+    }
+}
+
+Setting split(const std::string& text, const std::string& form) {
+    const std::size_t equals = text.find('=');
+    const std::size_t dot = equals == std::string::npos ? equals : text.rfind('.', equals);
+    if (dot == std::string::npos || dot == 0 || dot + 1 == equals) {
+        throw UsageError(quoted(text) + " has not the form " + form);
+    }
+    return {text.substr(0, dot), text.substr(dot + 1, equals - dot - 1), text.substr(equals + 1)};
+}
+
+std::vector<std::string> parted(const std::string& text, char separator) {
+    std::vector<std::string> parts;
+    std::size_t begin = 0;
+    for (std::size_t end = 0; end != std::string::npos; begin = end + 1) {
+        end = text.find(separator, begin);
+        parts.push_back(text.substr(begin, end == std::string::npos ? end : end - begin));
+    }
+    return parts;
+}
+
+std::vector<std::string> rangeOf(const std::vector<std::string>& parts, const std::string& text) {
+    double from = 0.0;
+    double to = 0.0;
+    double step = 0.0;
+    const bool isRead = parts.size() == 3 && velmorak::readNumber(parts[0], from) &&
+                        velmorak::readNumber(parts[1], to) && velmorak::readNumber(parts[2], step);
+    // A step that meets the end but for rounding counts as meeting it.
+    const double steps = std::floor((to - from) / step + 1e-9);
+    if (!isRead || !(steps >= 0.0) || !(steps < mostPoints)) {
+        throw UsageError(quoted(text) + " is no range from:to:step of at most 10000 values");
+    }
+    std::vector<std::string> values;
+    for (int i = 0; i <= static_cast<int>(steps); ++i) {
+        values.push_back(velmorak::textOf(from + i * step));
+    }
+    return values;
+}
+
+}  // namespace
+
+Setting settingOf(const std::string& text) {
+    return split(text, "PLUGIN.INPUT=VALUE");
+}
+
+void apply(QzManager& manager, const Setting& setting) {
+    const Pipeline pipeline = velmorak::pipelineOf(manager);
+    const std::size_t node = positionOf(pipeline, setting.plugin);
+    const std::size_t input = inputOf(pipeline.nodes[node], setting.input);
+    refuseUnusable(pipeline, pipeline.nodes[node].inputs[input], setting);
+    manager.SetInputValue(static_cast<int>(node), static_cast<int>(input), setting.value);
+    const std::string& now = manager.plugins[node]->Inputs()[input].value;
+    if (now != setting.value) {
+        throw UsageError("input " + quoted(setting.input) + " of " + quoted(setting.plugin) + " does not take " +
+                         quoted(setting.value) + "; it is " + quoted(now));
+    }
+}
+
+void startAt(QzManager& manager, const std::string& plugin) {
+    manager.SetStart(static_cast<int>(positionOf(velmorak::pipelineOf(manager), plugin)));
+}
+
+std::vector<Setting> scanOf(const std::string& text) {
+    const Setting whole = split(text, "PLUGIN.INPUT=from:to:step or PLUGIN.INPUT=a,b,c");
+    const std::vector<std::string> parts = parted(whole.value, ':');
+    const std::vector<std::string> values = parts.size() > 1 ? rangeOf(parts, whole.value) : parted(whole.value, ',');
+    std::vector<Setting> points;
+    for (const std::string& value : values) {
+        points.push_back({whole.plugin, whole.input, value});
+    }
+    return points;
+}

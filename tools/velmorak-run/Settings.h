@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QzManager.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+/// Something that the user asked for and that is not there, as a sentence.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// One input with what it is to hold.
+struct Setting {
+    std::string plugin;
+    std::string input;
+    std::string value;
+};
+
+/// Reads PLUGIN.INPUT=VALUE. @throws UsageError
+Setting settingOf(const std::string& text);
+
+/// Sets the value. @throws UsageError with the nearest name when plug-in, input or choice is unknown, when the value
+/// is refused, or when a wire feeds the input, so that a value would not count.
+void apply(QzManager& manager, const Setting& setting);
+
+/// Makes the plug-in the start. @throws UsageError with the nearest name.
+void startAt(QzManager& manager, const std::string& plugin);
+
+/// One setting for each value of a scan: PLUGIN.INPUT=from:to:step, the end included where a step meets it, or
+/// PLUGIN.INPUT=a,b,c. @throws UsageError
+std::vector<Setting> scanOf(const std::string& text);
