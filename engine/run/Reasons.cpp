@@ -76,6 +76,9 @@ void History::explain(RunState& state, Keeper& keeper) const {
             }
         }
         isChanged[position] = !reason.empty();
+        if (reason.empty()) {
+            reason = lossOf(state, position, keeper);
+        }
         run.report.reason = reason.empty() ? needOf(state, position) : reason;
     }
 }
@@ -102,17 +105,13 @@ std::string History::changeOf(const RunState& state, std::size_t position, Keepe
     if (before.inputs.size() != now.inputs.size()) {
         return "it has fewer inputs than before";
     }
-    if (const std::string change = fileChange(before, keeper); !change.empty()) {
-        return change;
-    }
-    return before.sentence;
+    const std::string change = firstChange(before.asked, [&](const NamedFile& file) { return keeper.contentOf(file); });
+    return change.empty() ? before.sentence : change;
 }
 
-std::string History::fileChange(const Record& record, Keeper& keeper) {
-    const std::string asked = firstChange(record.asked, [&](const NamedFile& file) { return keeper.contentOf(file); });
-    return !asked.empty()
-               ? asked
-               : firstChange(record.written, [&](const NamedFile& file) { return keeper.resultContentOf(*file); });
+std::string History::lossOf(const RunState& state, std::size_t position, Keeper& keeper) const {
+    const Record& before = records.at(state.node(position).name);
+    return firstChange(before.written, [&](const NamedFile& file) { return keeper.resultContentOf(*file); });
 }
 
 void History::remember(const RunState& state, const Keeper& keeper) {

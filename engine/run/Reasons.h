@@ -29,7 +29,8 @@ private:
 
     static Record recordOf(const RunState& state, std::size_t position);
     std::string changeOf(const RunState& state, std::size_t position, Keeper& keeper) const;
-    static std::string fileChange(const Record& record, Keeper& keeper);
+    /// What is no more as a plug-in of a former run left it. What it feeds does not depend on that.
+    std::string lossOf(const RunState& state, std::size_t position, Keeper& keeper) const;
 
     std::map<std::string, Record> records;  ///< By the plug-in's name.
 };

@@ -272,6 +272,16 @@ TEST_F(ReuseOfFiles, aFileThatSomebodyChangedIsWrittenAgain) {
     EXPECT_TRUE(wasSaid("Write \"write\": executed, file note.txt changed")) << messages.str();
 }
 
+TEST_F(ReuseOfFiles, theReasonIsTheChangeBeforeTheFile) {
+    add(pass, "source");
+    wire("source", "number", "write", "text");
+    run();
+    set("source", "value", "5");
+    std::filesystem::remove(note());
+    run();
+    EXPECT_TRUE(wasSaid("Write \"write\": executed, \"source\" changed")) << messages.str();
+}
+
 TEST_F(ReuseOfFiles, anotherResultsFolderGetsItsOwn) {
     pipeline.resultsFolder = folder / "other.results";
     run();

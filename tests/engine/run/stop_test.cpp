@@ -1,6 +1,8 @@
 #include "RunFixture.h"
 
+#include <array>
 #include <future>
+#include <random>
 #include <thread>
 
 namespace velmorak::test {
@@ -159,6 +161,70 @@ TEST_F(Stop, manyStopsAtAnyMomentLeaveTheRunnerWhole) {
     runner.reset();
     run();
     EXPECT_EQ(outcome("after"), Outcome::Done);
+}
+
+/// Stops a run from inside of it, at a random moment of one of its phases, and times how long it goes on.
+class StopTimes : public RunTest {
+protected:
+    StopTimes() {
+        rows.beforeChunk = [this](std::uint64_t, RunContext&) { maybeStop(0); };
+        cut.beforeApply = [this](const Chunk&) { maybeStop(1); };
+        sum.beforeFill = [this](const Chunk&) { maybeStop(2); };
+        sum.beforeFinish = [this](RunContext&) { maybeStop(3); };
+        add(rows, "rows", {{"rows", std::to_string(20 * chunkRows)}});
+        add(cut, "cut");
+        add(sum, "sum");
+        add(writing, "write");
+        wire("rows", "table", "cut", "table");
+        wire("cut", "table", "sum", "table");
+        wire("sum", "sum", "write", "value");
+    }
+
+    void maybeStop(int at) {
+        if (at == phase && before-- == 0) {
+            asked = std::chrono::steady_clock::now();
+            runner.stop();
+        }
+    }
+
+    std::chrono::duration<double> timeOfStop(int inPhase, int calls) {
+        phase = inPhase;
+        before = calls;
+        runner.reset();
+        run();
+        EXPECT_TRUE(report.wasStopped) << "phase " << inPhase;
+        return std::chrono::steady_clock::now() - asked.load();
+    }
+
+    RowSource rows;
+    CutKind cut;
+    SumKind sum;
+    FreeFunction writing{
+        "Write", {{numberInput("value")}, {}}, [this](const Arguments&, Results&, RunContext& context) {
+            context.writeResult("note.txt", [this](const std::filesystem::path& path) {
+                std::ofstream(path) << "note";
+                maybeStop(4);
+            });
+        }};
+    int phase = 0;
+    std::atomic<int> before = 0;
+    std::atomic<std::chrono::steady_clock::time_point> asked{};
+};
+
+TEST_F(StopTimes, areShortInTwoHundredStopsOfEveryPhase) {
+    constexpr std::array<int, 5> callsOfPhase{20, 20, 20, 1, 1};
+    std::mt19937 random(20);
+    std::vector<double> seconds;
+    for (int i = 0; i < 200; ++i) {
+        const int inPhase = i % 5;
+        const auto calls =
+            static_cast<int>(random() % static_cast<unsigned>(callsOfPhase.at(static_cast<std::size_t>(inPhase))));
+        seconds.push_back(timeOfStop(inPhase, calls).count());
+        EXPECT_FALSE(std::filesystem::exists(pipeline.resultsFolder / "note.txt"));
+    }
+    std::sort(seconds.begin(), seconds.end());
+    RecordProperty("p99ms", static_cast<int>(1000.0 * seconds[197]));
+    EXPECT_LT(seconds[197], 0.25);
 }
 
 }  // namespace
