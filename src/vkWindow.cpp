@@ -121,6 +121,10 @@ void vkWindow::buildMenus() {
     } catch (const Glib::Error& failure) {
         std::cerr << "building menus failed: " << failure.what() << std::endl;
     }
+    // A menu item brings its action's key to life; the one that is in no menu has none to do it.
+    const auto imageExport = actionGroup->get_action("ImgExp");
+    imageExport->set_accel_group(uiManager->get_accel_group());
+    imageExport->connect_accelerator();
     appendToNodeMenu("Variables", &vkWindow::on_var);
     appendToNodeMenu("(Un)Collapse", &vkWindow::on_collapse);
     appendToNodeMenu("Set Start", &vkWindow::on_setstart);
