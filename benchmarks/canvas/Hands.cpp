@@ -1,6 +1,5 @@
 #include "Hands.h"
 
-#include "Measure.h"
 #include "plugin.h"
 
 #include <gdkmm/display.h>
@@ -94,13 +93,13 @@ void Hands::send(GdkEventType type) {
     gdk_event_free(event);
 }
 
-double Hands::step() {
+Spent Hands::step() {
     const Clock clock;
     send(GDK_MOTION_NOTIFY);
-    return clock.milliseconds();
+    return clock.spent();
 }
 
-double Hands::loweredStep() {
+Spent Hands::loweredStep() {
     const Clock clock;
     send(GDK_MOTION_NOTIFY);
     for (const auto& [input, path] : pathMap) {
@@ -108,10 +107,10 @@ double Hands::loweredStep() {
         canvas.get_root_item()->add_child(path);
         path->lower();
     }
-    return clock.milliseconds();
+    return clock.spent();
 }
 
-double Hands::repaint() {
+Spent Hands::repaint() {
     const Clock clock;
     canvas.update();
     // By the frame clock, the wait for the next frame would be measured too.
@@ -119,5 +118,5 @@ double Hands::repaint() {
     gdk_window_process_updates(get_window()->gobj(), true);
     G_GNUC_END_IGNORE_DEPRECATIONS
     get_display()->sync();
-    return clock.milliseconds();
+    return clock.spent();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Measure.h"
 #include "vkWindow.h"
 
 #include <gdk/gdk.h>
@@ -15,10 +16,9 @@ public:
     void press(const Glib::ustring& name);
     void movePointer(double dx, double dy);
 
-    // Each returns what it took, in ms.
-    double step();         ///< One motion through the window's handler.
-    double loweredStep();  ///< The same, but each path is put on top and lowered to the bottom by itself.
-    double repaint();
+    Spent step();         ///< One motion through the window's handler.
+    Spent loweredStep();  ///< The same, but each path is put on top and lowered to the bottom by itself.
+    Spent repaint();
 
 private:
     void send(GdkEventType type);

@@ -4,34 +4,64 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
+#include <ctime>
 #include <iostream>
 #include <locale>
 #include <string>
 #include <vector>
 
+/// What a piece of work took, in ms. A busy machine lengthens the time on the processor much less than the other.
+struct Spent {
+    double wall = 0;
+    double processor = 0;  ///< Of this process alone, without the X server.
+};
+
+inline Spent operator+(const Spent& one, const Spent& other) {
+    return {one.wall + other.wall, one.processor + other.processor};
+}
+
 class Clock {
 public:
-    double milliseconds() const {
-        return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+    Spent spent() const {
+        const auto wall = std::chrono::steady_clock::now() - start;
+        return {std::chrono::duration<double, std::milli>(wall).count(), processorMs() - processorStart};
     }
 
 private:
+    static double processorMs() {
+        timespec time{};
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+    }
+
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+    double processorStart = processorMs();
 };
 
-/// Median of what the calls say that they took, in ms. The first calls, which fill caches, do not count.
+inline double medianOf(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+/// Median of what the calls say that they took, for at most so many calls and for some seconds. The first calls, which
+/// fill caches, do not count.
 template <typename Step>
-double medianOf(int calls, Step step) {
-    constexpr int warmUp = 3;
-    std::vector<double> times;
-    for (int i = 0; i < calls + warmUp; ++i) {
-        const double took = step(i);
+Spent medianOf(int calls, Step step) {
+    constexpr int warmUp = 2;
+    constexpr double enoughMs = 5000;
+    std::vector<double> wall;
+    std::vector<double> processor;
+    const Clock all;
+    for (int i = 0; i < calls + warmUp && (i <= warmUp || all.spent().wall < enoughMs); ++i) {
+        const Spent took = step(i);
         if (i >= warmUp) {
-            times.push_back(took);
+            wall.push_back(took.wall);
+            processor.push_back(took.processor);
         }
     }
-    std::nth_element(times.begin(), times.begin() + calls / 2, times.end());
-    return times[static_cast<std::size_t>(calls / 2)];
+    return {medianOf(wall), medianOf(processor)};
 }
 
 inline double peakMegabytes() {
@@ -44,4 +74,9 @@ inline double peakMegabytes() {
 inline void report(const std::string& name, double value) {
     std::cout.imbue(std::locale::classic());
     std::cout << name << ' ' << value << std::endl;
+}
+
+inline void report(const std::string& name, const Spent& spent) {
+    report(name, spent.wall);
+    report(name + "-processor", spent.processor);
 }

@@ -67,7 +67,7 @@ void measure(const Scene& scene, bool isLowered) {
     window.setManager(manager);
     window.open(file.string());
     window.showFirstPicture();
-    report("open", opening.milliseconds());
+    report("open", opening.spent());
     std::filesystem::remove(file);
 
     window.press(scene.boxes[scene.dragged()].name);

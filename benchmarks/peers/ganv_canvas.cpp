@@ -96,21 +96,21 @@ int main(int argc, char** argv) {
         Gtk::Main::iteration(true);
     }
     paint(window);
-    report("open", opening.milliseconds());
+    report("open", opening.spent());
 
     // Ganv redraws only what touches the node. The second figure has it redraw all that is in view.
     report("drag", medianOf(Scene::steps, [&](int step) {
                const Clock clock;
                graph->move(scene.dragged(), Scene::stepX(step), Scene::stepY(step));
                paint(window);
-               return clock.milliseconds();
+               return clock.spent();
            }));
     report("drag-all", medianOf(Scene::steps, [&](int step) {
                const Clock clock;
                graph->move(scene.dragged(), Scene::stepX(step), Scene::stepY(step));
                canvas.widget().queue_draw();
                paint(window);
-               return clock.milliseconds();
+               return clock.spent();
            }));
     report("peak", peakMegabytes());
     // The canvas frees its items itself when it goes; the process ends here without unravelling them one by one.
