@@ -39,6 +39,25 @@ TEST_F(Nodes, ofOneKindAreNumberedAndStackedAtOnePlace) {
     }
 }
 
+TEST_F(Nodes, chosenInTheSelectorAllAppearAtOnePlace) {
+    for (const int entry : {2, 3, 2, 1}) {
+        window->kindSelector.set_active(entry);
+    }
+    EXPECT_THAT(boxesOnCanvas(), ElementsAre("Adder", "Splitter", "Adder1", "Number"));
+    for (QzBase* object : manager->plugins) {
+        float x = 0;
+        float y = 0;
+        object->GetPosition(x, y);
+        EXPECT_EQ(x, 100);
+        EXPECT_EQ(y, 100);
+        float width = 0;
+        float height = 0;
+        object->GetExtent(width, height);
+        EXPECT_EQ(propertyOf<double>(node(object->name).box, "x"), 100);
+        EXPECT_EQ(propertyOf<double>(node(object->name).box, "y"), 1200 - 100 - height - 30);
+    }
+}
+
 TEST_F(Nodes, aGapInTheNumbersIsFilledAgain) {
     add("Adder");
     add("Adder");
