@@ -18,17 +18,13 @@ int channel(std::uint32_t colour, int shift) {
 
 Screen::Screen(const Desktop& desktop, const std::filesystem::path& file) {
     desktop.screenshot(file);
-    const std::filesystem::path plain = std::filesystem::path(file).replace_extension(".ppm");
-    Process convert({"convert", file.string(), "-depth", "8", plain.string()});
-    convert.wait();
-    std::ifstream in(plain, std::ios::binary);
+    std::ifstream in(file, std::ios::binary);
     std::string magic;
     int depth = 0;
     in >> magic >> width >> height >> depth;
     in.get();
     pixels.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3);
     in.read(reinterpret_cast<char*>(pixels.data()), static_cast<std::streamsize>(pixels.size()));
-    std::filesystem::remove(plain);
     if (magic != "P6" || !in) {
         throw std::runtime_error("no picture of the screen in " + file.string());
     }

@@ -13,7 +13,7 @@ struct ScreenPoint {
 /// A picture of the whole screen, to find on it what was drawn.
 class Screen {
 public:
-    /// Takes the picture by way of that file, which stays.
+    /// Takes the picture by way of that file, a .ppm.
     Screen(const Desktop& desktop, const std::filesystem::path& file);
 
     /// The smallest area that holds every pixel inside `within` that is filled with one of these colours of boxes

@@ -47,7 +47,7 @@ Walk::Walk(const View& chosen) : view(chosen) {
         desktop.act({"windowsize", window, word(view.width), word(view.height)});
         // The server knows the new size before the program has laid itself out by it.
         waitFor([this] {
-            const Screen screen(desktop, nextPicture("look"));
+            const Screen screen(desktop, folder.path() / "look.ppm");
             return screen.findPlain(ground, desktop.areaOf(window)).width > view.width - 60;
         });
     }
@@ -72,10 +72,19 @@ void Walk::create() {
 
 bool Walk::save(const std::function<bool(const SavedPipeline&)>& isDone) {
     return waitFor([&] {
-        desktop.act({"key", "ctrl+s"});
+        if (!hasCaughtUp()) {
+            return false;
+        }
         pipeline = SavedPipeline::read(document());
         return isDone(pipeline);
     });
+}
+
+bool Walk::hasCaughtUp() {
+    constexpr int patienceMs = 10000;
+    const auto former = std::filesystem::last_write_time(document());
+    desktop.act({"key", "ctrl+s"});
+    return waitFor([&] { return std::filesystem::last_write_time(document()) != former; }, patienceMs);
 }
 
 bool Walk::key(const std::string& key, const std::function<bool(const SavedPipeline&)>& isDone) {
@@ -101,7 +110,7 @@ void Walk::scroll(int wheelSteps) {
 }
 
 void Walk::look(const std::string& selected, const std::vector<std::uint32_t>& fills) {
-    const Screen screen(desktop, nextPicture("look"));
+    const Screen screen(desktop, folder.path() / "look.ppm");
     canvasArea = screen.findPlain(ground, desktop.areaOf(window));
     const ScreenArea box = screen.find(fills, canvasArea);
     const SavedNode& node = pipeline.node(selected);
@@ -133,19 +142,22 @@ ScreenPoint Walk::outputOf(const std::string& name) const {
     return toScreen(node.x + node.width - portInset, node.y + rowOf(node.shownOutputs, wiredKind.output));
 }
 
-void Walk::pull(ScreenPoint from, ScreenPoint to) {
-    // The program asks for the pointer's place when an event arrives, so the hand moves at a hand's pace.
-    const std::string pace = "0.3";
-    desktop.act({"mousemove", word(from.x), word(from.y), "mousedown", "1", "sleep", pace, "mousemove",
-                 word((from.x + to.x) / 2), word((from.y + to.y) / 2), "sleep", pace, "mousemove", word(to.x),
-                 word(to.y), "sleep", pace, "mouseup", "1"});
+bool Walk::pull(ScreenPoint from, ScreenPoint to) {
+    desktop.act({"mousemove", "--sync", word(from.x), word(from.y), "mousedown", "1"});
+    // The program asks for the pointer's place when an event arrives: the hand must not have left by then.
+    const bool isHeld = hasCaughtUp();
+    desktop.act({"mousemove", word((from.x + to.x) / 2), word((from.y + to.y) / 2), "mousemove", "--sync", word(to.x),
+                 word(to.y), "mouseup", "1"});
+    return isHeld;
 }
 
 bool Walk::dragBy(const std::string& name, int dx, int dy) {
     const ScreenPoint from = handleOf(name);
     const double x = pipeline.node(name).x + dx / zoom;
     const double y = pipeline.node(name).y + dy / zoom;
-    pull(from, {from.x + dx, from.y + dy});
+    if (!pull(from, {from.x + dx, from.y + dy})) {
+        return false;
+    }
     // A place snaps to whole units at each motion that arrives.
     constexpr double snapped = 3;
     const bool isThere = save([&](const SavedPipeline& now) {
@@ -161,7 +173,7 @@ bool Walk::select(const std::string& name) {
     desktop.click(handle.x, handle.y);
     selectedName = name;
     return waitFor([this] {
-        const Screen screen(desktop, nextPicture("select"));
+        const Screen screen(desktop, folder.path() / "look.ppm");
         const ScreenArea box = screen.find(selectedFills, canvasArea);
         const ScreenPoint corner = toScreen(pipeline.node(selectedName).x, pipeline.node(selectedName).y);
         return box.width > 0 && std::abs(box.x - corner.x) <= 4 && std::abs(box.y - corner.y) <= 4;
@@ -169,31 +181,26 @@ bool Walk::select(const std::string& name) {
 }
 
 bool Walk::wire(const std::string& sender, const std::string& receiver, const std::string& input) {
-    pull(outputOf(sender), inputOf(receiver, input));
     const std::string source = sender + "." + wiredKind.output;
-    return save([&](const SavedPipeline& now) {
-        const auto& sources = now.node(receiver).sources;
-        return sources.count(input) != 0 && sources.at(input) == source;
-    });
+    return pull(outputOf(sender), inputOf(receiver, input)) && save([&](const SavedPipeline& now) {
+               const auto& sources = now.node(receiver).sources;
+               return sources.count(input) != 0 && sources.at(input) == source;
+           });
 }
 
 bool Walk::pullOff(const std::string& receiver, const std::string& from, const std::string& to) {
     const std::string source = pipeline.node(receiver).sources.at(from);
-    pull(inputOf(receiver, from), inputOf(receiver, to));
-    return save([&](const SavedPipeline& now) {
-        const auto& sources = now.node(receiver).sources;
-        return sources.count(from) == 0 && sources.count(to) != 0 && sources.at(to) == source;
-    });
-}
-
-std::filesystem::path Walk::nextPicture(const std::string& step) {
-    return std::filesystem::path(VELMORAK_PICTURES) / ("walk-" + view.name + "-" + step + ".png");
+    return pull(inputOf(receiver, from), inputOf(receiver, to)) && save([&](const SavedPipeline& now) {
+               const auto& sources = now.node(receiver).sources;
+               return sources.count(from) == 0 && sources.count(to) != 0 && sources.at(to) == source;
+           });
 }
 
 void Walk::picture(const std::string& step) {
     ++pictures;
     const std::string number = (pictures < 10 ? "0" : "") + word(pictures);
-    desktop.screenshot(nextPicture(number + "-" + step));
+    const std::string file = "walk-" + view.name + "-" + number + "-" + step + ".png";
+    desktop.screenshot(std::filesystem::path(VELMORAK_PICTURES) / file);
 }
 
 bool Walk::quit() {

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 
 /// How the pipeline is looked at during a walk.
@@ -14,6 +15,10 @@ struct View {
     int width = 0;      ///< Of the window, in pixels; 0: as it opens.
     int height = 0;
 };
+
+inline void PrintTo(const View& view, std::ostream* out) {
+    *out << view.name;
+}
 
 /// The installed program on a screen of its own with an empty document, and hands that know where things are on it.
 /// Every action waits until the document that the program saves shows what was done.
@@ -42,6 +47,9 @@ public:
     bool quit();
 
 private:
+    /// Has the document written once. The program takes its events in turn, so all that came before is done then.
+    bool hasCaughtUp();
+    /// Has the document written until it is so.
     bool save(const std::function<bool(const SavedPipeline&)>& isDone);
     /// Finds the canvas in the window, and, by the box that is selected, what part of it is shown.
     void look(const std::string& selected, const std::vector<std::uint32_t>& fills);
@@ -50,8 +58,8 @@ private:
     ScreenPoint handleOf(const std::string& name) const;
     ScreenPoint inputOf(const std::string& name, const std::string& input) const;
     ScreenPoint outputOf(const std::string& name) const;
-    void pull(ScreenPoint from, ScreenPoint to);
-    std::filesystem::path nextPicture(const std::string& step);
+    /// Presses, moves and lets go.
+    bool pull(ScreenPoint from, ScreenPoint to);
 
     View view;
     WiredKind wiredKind = WiredKind::first();

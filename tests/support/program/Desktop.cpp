@@ -100,5 +100,5 @@ ScreenArea Desktop::areaOf(const std::string& window) const {
 
 void Desktop::screenshot(const std::filesystem::path& file) const {
     std::filesystem::create_directories(file.parent_path());
-    run({"import", "-window", "root", file.string()}, displayName);
+    run({"import", "-window", "root", "-depth", "8", file.string()}, displayName);
 }
