@@ -143,11 +143,11 @@ ScreenPoint Walk::outputOf(const std::string& name) const {
 }
 
 bool Walk::pull(ScreenPoint from, ScreenPoint to) {
-    desktop.act({"mousemove", "--sync", word(from.x), word(from.y), "mousedown", "1"});
+    desktop.act({"mousemove", word(from.x), word(from.y), "mousedown", "1"});
     // The program asks for the pointer's place when an event arrives: the hand must not have left by then.
     const bool isHeld = hasCaughtUp();
-    desktop.act({"mousemove", word((from.x + to.x) / 2), word((from.y + to.y) / 2), "mousemove", "--sync", word(to.x),
-                 word(to.y), "mouseup", "1"});
+    desktop.act({"mousemove", word((from.x + to.x) / 2), word((from.y + to.y) / 2), "mousemove", word(to.x), word(to.y),
+                 "mouseup", "1"});
     return isHeld;
 }
 

@@ -56,7 +56,9 @@ void Desktop::pressKeys(const std::vector<std::string>& keys) const {
 }
 
 void Desktop::click(int x, int y, int button) const {
-    act({"mousemove", "--sync", std::to_string(x), std::to_string(y), "click", std::to_string(button)});
+    // The server moves the pointer before it clicks. To wait for the move takes long where the pointer is there
+    // already.
+    act({"mousemove", std::to_string(x), std::to_string(y), "click", std::to_string(button)});
 }
 
 std::string Desktop::windowOf(const Process& program) const {
