@@ -99,7 +99,7 @@ std::string History::changeOf(const RunState& state, std::size_t position, Keepe
             return input + " is new";
         }
         if (former->second != text) {
-            return input + " changed from " + former->second + " to " + text;
+            return fmt::format("{} changed from {} to {}", input, former->second, text);
         }
     }
     if (before.inputs.size() != now.inputs.size()) {
