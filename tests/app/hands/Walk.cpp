@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <utility>
 
 namespace {
 
@@ -32,7 +33,7 @@ std::string word(int number) {
 
 }  // namespace
 
-Walk::Walk(const View& chosen) : view(chosen) {
+Walk::Walk(View chosen) : view(std::move(chosen)) {
     QzManager empty("QzAnalysisFactory");
     std::ofstream(document()) << empty.DocumentText();
     editor = std::make_unique<Process>(std::vector<std::string>{VELMORAK_PROGRAM, document().string()},

@@ -24,7 +24,7 @@ inline void PrintTo(const View& view, std::ostream* out) {
 /// Every action waits until the document that the program saves shows what was done.
 class Walk {
 public:
-    explicit Walk(const View& view);
+    explicit Walk(View chosen);
     ~Walk();
 
     bool isOpen() const { return !window.empty(); }
