@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <set>
 #include <string>
 
@@ -81,8 +82,8 @@ protected:
 
     /// The library says how each plug-in fared when all are done.
     void waitForResults() {
-        ASSERT_TRUE(waitFor([this] { return editor->errors().find("AidaWriter \"Results\"") != std::string::npos; }))
-            << editor->errors();
+        const std::regex line("AidaWriter \"Results\": [0-9.]+ s\n");
+        ASSERT_TRUE(waitFor([&] { return std::regex_search(editor->errors(), line); })) << editor->errors();
         EXPECT_TRUE(holds(results(), ".png") && holds(results(), ".svg") && holds(results(), ".aida"));
     }
 
