@@ -1,0 +1,77 @@
+#pragma once
+
+#include "Pipeline.h"
+#include "Screen.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// The installed program on a screen of its own, in a folder of its own, and hands that do a session with it. Every
+/// step waits until the screen, the program's output or a file shows that it is done, and keeps a picture.
+class Session {
+public:
+    /// @param name        begins the names of its pictures.
+    /// @param environment added to what the program gets anyway.
+    Session(std::string name, std::map<std::string, std::string> environment);
+
+    bool start(const std::vector<std::string>& arguments);
+    bool quit();  ///< @return whether it ended at once, without a question, and with status 0.
+
+    /// Chooses from a menu: steps to the right from File (to the left where negative), then up from below the last
+    /// entry. @return whether the window came.
+    bool choose(int menu, int entryFromBelow, const std::string& title);
+    /// Goes to the first ("Home") or last ("End") group of a list of two levels and opens it, with its first entry
+    /// chosen.
+    void chooseInGroup(const std::string& end);
+    void confirm();  ///< Presses Return.
+    void cancel();   ///< Presses Escape.
+    bool closeByManager(const std::string& title);
+
+    /// Waits until a start plug-in is on the canvas. @return whether one came.
+    bool seesPipeline();
+    /// Clicks on Start and waits until the library says that the plug-in is done, once more than before.
+    bool run(const std::string& lastPlugin);
+    /// Selects a box of the pipeline that is shown.
+    bool select(const SavedPipeline& shown, const std::string& name);
+    /// Opens the variables of the selected plug-in.
+    bool openVariables(const std::string& name);
+    /// Replaces the text of a row of the dialog that has the keyboard in its first row; row 0 is the name.
+    void type(int row, const std::string& text);
+    /// Clicks on a button of the variables dialog: 0 "OK", 1 "Apply", 2 "Cancel".
+    void pressButton(const std::string& title, int button);
+    bool isGone(const std::string& title);
+    bool saveAs(const std::filesystem::path& file);
+    /// Presses a key in the main window and waits until the file is there.
+    bool makes(const std::string& key, const std::filesystem::path& file);
+
+    /// Scrolls until the upper end of the canvas is in view, with the start plug-in at that place of it.
+    bool scrollToTop(const SavedNode& start);
+    /// Keeps what the screen shows of the canvas's upper left part, as large as the picture `model`. The pointer is put
+    /// out of the way.
+    void takeCanvas(const std::filesystem::path& model, const std::filesystem::path& file);
+
+    /// Keeps a picture of one window, with its frame.
+    void picture(const std::string& title, const std::string& step);
+    void picture(const std::string& step);  ///< Of the main window.
+
+    std::filesystem::path folder() const { return ownFolder.path(); }
+    std::string errors() const { return editor->errors(); }
+    std::string output() const { return editor->output(); }
+
+private:
+    std::string find(const std::string& title) const;
+    bool activate(const std::string& title);
+    Screen look();
+    std::filesystem::path pictureFile(const std::string& step) const;
+
+    std::string name;
+    std::map<std::string, std::string> environment;
+    TemporaryFolder ownFolder;
+    Desktop desktop;
+    std::unique_ptr<Process> editor;
+    std::string window;
+    ScreenArea canvasArea;
+    int pictures = 0;
+};

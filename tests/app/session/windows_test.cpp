@@ -1,0 +1,101 @@
+#include "Session.h"
+
+#include <QzManager.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path example = fs::path(VELMORAK_EXAMPLES) / "Particle_physics" / "Dimuon_mass.zedra";
+
+class Windows : public testing::Test {
+protected:
+    // Tests run side by side, and each keeps its pictures.
+    const std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
+    Session session{name, {}};
+};
+
+TEST_F(Windows, theCollectionPlacesAPluginAndTheAboutBoxAnswers) {
+    const fs::path document = session.folder() / "empty.zedra";
+    std::ofstream(document) << QzManager("QzAnalysisFactory").DocumentText();
+    ASSERT_TRUE(session.start({document.string()}));
+    ASSERT_TRUE(session.choose(2, 1, "Plugin collection"));
+    session.chooseInGroup("Home");
+    session.picture("Plugin collection", "collection");
+    session.confirm();
+    ASSERT_TRUE(session.seesPipeline());
+    ASSERT_TRUE(session.closeByManager("Plugin collection"));
+    fs::remove(document);
+    ASSERT_TRUE(session.makes("ctrl+s", document));
+    EXPECT_EQ(SavedPipeline::read(document).names(), std::vector{QzManager::GetPlugins().front().name});
+
+    ASSERT_TRUE(session.choose(-1, 1, "About Velmorak.Gtk."));
+    session.picture("About Velmorak.Gtk.", "about");
+    session.cancel();
+    ASSERT_TRUE(session.isGone("About Velmorak.Gtk."));
+    EXPECT_TRUE(session.quit());
+}
+
+/// The example with every plug-in moved to the upper end of the canvas, where an exported image begins.
+std::string exampleAtTheTop() {
+    constexpr float canvasHeight = 1200;
+    QzManager manager("QzAnalysisFactory");
+    manager.SetFontSize(9, 11);
+    manager.ReadDocument(example.string());
+    float highest = 0;
+    for (QzBase* object : manager.plugins) {
+        float x = 0;
+        float y = 0;
+        float width = 0;
+        float height = 0;
+        object->GetPosition(x, y);
+        object->GetOuterExtent(width, height);
+        highest = std::max(highest, y + height);
+    }
+    for (QzBase* object : manager.plugins) {
+        float x = 0;
+        float y = 0;
+        object->GetPosition(x, y);
+        object->SetPosition(x, y + canvasHeight - highest);
+    }
+    return manager.DocumentText();
+}
+
+/// The picture over the canvas's ground, which an exported image leaves out, seen from so far that the shading of
+/// single letters, which the screen does in its own way, no longer matters.
+fs::path fromAfar(const fs::path& picture) {
+    const fs::path file = picture.parent_path() / (picture.stem().string() + "-afar.png");
+    Process({"convert", picture.string(), "-background", "#ABBAC9", "-flatten", "-blur", "0x2", file.string()}).wait();
+    return file;
+}
+
+/// Counts the places where two pictures differ; -1 where they cannot be compared.
+long differences(const fs::path& first, const fs::path& second) {
+    Process compare(
+        {"compare", "-metric", "AE", "-fuzz", "8%", fromAfar(first).string(), fromAfar(second).string(), "null:"});
+    compare.wait();
+    char* end = nullptr;
+    const std::string said = compare.errors();
+    const long count = std::strtol(said.c_str(), &end, 10);
+    return end == said.c_str() || *end != '\0' ? -1 : count;
+}
+
+TEST_F(Windows, theExportedImageIsWhatTheCanvasShows) {
+    const fs::path document = session.folder() / "top.zedra";
+    std::ofstream(document) << exampleAtTheTop();
+    ASSERT_TRUE(session.start({document.string()}));
+    ASSERT_TRUE(session.scrollToTop(SavedPipeline::read(document).nodes.front()));
+    session.picture("image-canvas");
+    const fs::path image = session.folder() / "test.png";
+    ASSERT_TRUE(session.makes("alt+i", image));
+    const fs::path shown = fs::path(VELMORAK_PICTURES) / (name + "-shown.png");
+    session.takeCanvas(image, shown);
+    EXPECT_EQ(differences(image, shown), 0);
+    EXPECT_TRUE(session.quit());
+}
+
+}  // namespace
