@@ -3,6 +3,7 @@
 #include <QzManager.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 
@@ -68,7 +69,7 @@ std::string exampleAtTheTop() {
 /// The picture over the canvas's ground, which an exported image leaves out, seen from so far that the shading of
 /// single letters, which the screen does in its own way, no longer matters.
 fs::path fromAfar(const fs::path& picture) {
-    const fs::path file = picture.parent_path() / (picture.stem().string() + "-afar.png");
+    fs::path file = picture.parent_path() / (picture.stem().string() + "-afar.png");
     Process({"convert", picture.string(), "-background", "#ABBAC9", "-flatten", "-blur", "0x2", file.string()}).wait();
     return file;
 }
