@@ -46,6 +46,8 @@ using ValueTexts = std::map<std::string, std::string>;
 class Kind {
 public:
     virtual ~Kind() = default;
+    Kind(const Kind&) = delete;
+    Kind& operator=(const Kind&) = delete;
 
     /// One word, unique in all collections.
     virtual std::string name() const = 0;
@@ -62,8 +64,6 @@ public:
 
 protected:
     Kind() = default;
-    Kind(const Kind&) = delete;
-    Kind& operator=(const Kind&) = delete;
 };
 
 /// Reads a table from front to back. One thread at a time.
