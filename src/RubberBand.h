@@ -10,7 +10,7 @@
 class RubberBand {
 public:
     /// Begins a new one; one that is shown goes. The canvas outlives the band.
-    void begin(Goocanvas::Canvas& canvas, CanvasPoint start, CanvasPoint pointer);
+    void begin(Goocanvas::Canvas& target, CanvasPoint startPoint, CanvasPoint pointer);
     void follow(CanvasPoint pointer);
     void remove();
     bool isShown() const { return static_cast<bool>(path); }

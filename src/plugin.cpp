@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <utility>
 
 namespace {
 
@@ -66,7 +67,7 @@ plugin::plugin(QzManager* manager, Goocanvas::Canvas& canvas, QzBase* object, Gl
     } else {
         this->object = manager->CreatePlugin(kind, freeName(name));
         this->object->SetPosition(100, 100);
-        kindName = name;
+        kindName = std::move(name);
     }
     uniqueName = this->object->name;
     draw();
@@ -187,7 +188,7 @@ void plugin::drawOutputs(const Frame& frame) {
 }
 
 plugin::TextItem plugin::addTitle(const Glib::ustring& text, double x, double y, const Glib::ustring& font) {
-    const TextItem item = Goocanvas::Text::create(text, x, y, 0, Goocanvas::ANCHOR_NORTH);
+    TextItem item = Goocanvas::Text::create(text, x, y, 0, Goocanvas::ANCHOR_NORTH);
     item->set_property("font", font);
     item->set_property("pointer_events", Goocanvas::EVENTS_NONE);  // clicks fall through to the box
     canvas->get_root_item()->add_child(item);
@@ -196,7 +197,7 @@ plugin::TextItem plugin::addTitle(const Glib::ustring& text, double x, double y,
 
 plugin::TextItem plugin::makePort(const Glib::ustring& name, const Glib::ustring& description, Place place,
                                   Goocanvas::AnchorType anchor) {
-    const TextItem item = Goocanvas::Text::create(name, place.x, place.y, 0, anchor);
+    TextItem item = Goocanvas::Text::create(name, place.x, place.y, 0, anchor);
     item->set_property("font", Glib::ustring("Sans 8"));
     item->set_property("can_focus", false);
     item->set_property("tooltip", description);

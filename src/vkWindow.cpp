@@ -9,7 +9,6 @@
 #include <gtkmm/menuitem.h>
 #include <gtkmm/stock.h>
 
-#include <cstdint>
 #include <iostream>
 
 namespace {
@@ -187,9 +186,9 @@ void vkWindow::pack() {
 void vkWindow::setManager(QzManager& library) {
     manager = &library;
     const auto& kinds = QzManager::GetPlugins();
-    for (std::uint16_t number = 0; number < kinds.size(); ++number) {
+    for (std::size_t number = 0; number < kinds.size(); ++number) {
         kindSelector.append(kinds[number].name);
-        kindMap[kinds[number].name] = number;
+        kindMap[kinds[number].name] = static_cast<unsigned short>(number);
     }
     pluginWindow.setManager();
     exampleWindow.setManager();

@@ -19,7 +19,7 @@ Glib::ustring textOf(const vkWindow::ItemRef& item) {
 Glib::ustring vkWindow::plugInAmong(const std::vector<ItemRef>& items) const {
     // The first item is the port itself.
     for (std::size_t i = 1; i < items.size(); ++i) {
-        const Glib::ustring title = titleOf(items[i]);
+        Glib::ustring title = titleOf(items[i]);
         if (!title.empty() && nodeOf(title)) {
             return title;
         }

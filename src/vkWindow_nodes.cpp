@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <limits>
 #include <set>
+#include <utility>
 
 namespace {
 
@@ -52,8 +53,8 @@ void renameConnections(std::map<PortRef, PortRef>& connectionMap, const Glib::us
 
 void vkWindow::addPlugin(QzBase* object, Glib::ustring name) {
     // Deliberate: a kind that nobody knows is taken for the first one.
-    plugin* node = object ? new plugin(manager, canvas, object, "", noKind)
-                          : new plugin(manager, canvas, nullptr, name, kindMap[name]);
+    const unsigned short kind = object ? noKind : kindMap[name];
+    auto* node = new plugin(manager, canvas, object, std::move(name), kind);
     bindSignals(*node);
     if (object) {
         replaceTwin(*node);

@@ -51,7 +51,7 @@ void drawPath(const Glib::RefPtr<Goocanvas::Item>& root, const std::string& data
     if (path) {
         // Where all are drawn anew, each in turn is the topmost one. To look for it would cost as much as the rest.
         const int topmost = count - 1;
-        if (root->get_child(topmost) == path) {
+        if (root->get_child(topmost) == Glib::RefPtr<Goocanvas::Item>(path)) {
             root->remove_child(topmost);
         } else {
             path->remove();
