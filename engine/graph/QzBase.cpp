@@ -8,7 +8,7 @@
 
 using velmorak::outputIndex;
 
-QzBase::QzBase(Part* own) : part(own) {}
+QzBase::QzBase(Part* part) : part(part) {}
 
 QzBase::~QzBase() {
     delete part;

@@ -98,12 +98,12 @@ AidaWalk::State AidaWalk::begun(std::string_view name, const char* const* attrib
 }
 
 std::string AidaWalk::uniquePath(const char* const* attributes) {
-    const std::string path =
+    std::string path =
         objectPath(textOr(attributeOf(attributes, "path"), "/"), textOr(attributeOf(attributes, "name"), "unnamed"));
     const int times = ++timesUsed[path];
     if (times == 1)
         return path;
-    const std::string unique = fmt::format("{};{}", path, times);
+    std::string unique = fmt::format("{};{}", path, times);
     warnOnce(unique, fmt::format("there is more than one object {}; this one is called {}", path, unique));
     return unique;
 }

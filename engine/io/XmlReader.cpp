@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
@@ -48,8 +49,9 @@ bool fillMap(iconv_t converter, int* map) {
 
 /// For encodings that expat does not know: those with one byte a character that extend ASCII.
 int XMLCALL unknownEncoding(void* /*data*/, const XML_Char* name, XML_Encoding* info) {
-    const iconv_t converter = iconv_open("UCS-4BE", name);
-    if (converter == iconv_t(-1))
+    iconv_t converter = iconv_open("UCS-4BE", name);
+    // The value that says so is an integer in the clothes of a pointer.
+    if (reinterpret_cast<std::intptr_t>(converter) == -1)
         return XML_STATUS_ERROR;
     const bool isUsable = fillMap(converter, info->map);
     iconv_close(converter);
