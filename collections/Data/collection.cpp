@@ -1,6 +1,9 @@
+#include "AidaObjectKind.h"
 #include "AidaTable.h"
 
 VELMORAK_COLLECTION(registry) {
     registry.group("Data");
     registry.add(std::make_unique<velmorak::AidaTableKind>());
+    for (velmorak::AidaObjectKind::About& about : velmorak::aidaObjectKinds())
+        registry.add(std::make_unique<velmorak::AidaObjectKind>(std::move(about)));
 }

@@ -2,7 +2,28 @@
 
 #include <utility>
 
+#include <velmorak/FunctionObject.h>
+#include <velmorak/Points.h>
+#include <velmorak/Profile.h>
+
 namespace velmorak {
+
+namespace {
+
+/// Writes a copy under the name that the object has in the file.
+/// @return false when the object is of another class.
+template <typename Class>
+bool writeAs(const AidaContents::Object& object, AidaFileWriter& writer, const std::string& folder) {
+    const auto* original = dynamic_cast<const Class*>(object.object.get());
+    if (original == nullptr)
+        return false;
+    Class named = *original;
+    named.name = object.name;
+    writer.write(named, folder);
+    return true;
+}
+
+}  // namespace
 
 AidaOutput::AidaOutput(AidaContents whatToWrite, RunContext& run) : contents(std::move(whatToWrite)), context(run) {}
 
@@ -34,14 +55,20 @@ void AidaOutput::begin() {
 void AidaOutput::writeObjectsUpToTable() {
     for (; next < contents.objects.size() && !isInTable; ++next) {
         const AidaContents::Object& object = contents.objects[next];
-        isInTable = object.histogram == nullptr;
+        isInTable = object.object == nullptr;
         if (isInTable) {
             writer->beginTable(object.name, object.name, contents.folder, contents.schema);
             continue;
         }
-        Histogram1D named = *object.histogram;
-        named.name = object.name;
-        writer->write(named, contents.folder);
+        const bool isWritten = writeAs<Histogram1D>(object, *writer, contents.folder) ||
+                               writeAs<Histogram2D>(object, *writer, contents.folder) ||
+                               writeAs<Histogram3D>(object, *writer, contents.folder) ||
+                               writeAs<Profile1D>(object, *writer, contents.folder) ||
+                               writeAs<Profile2D>(object, *writer, contents.folder) ||
+                               writeAs<Points>(object, *writer, contents.folder) ||
+                               writeAs<FunctionObject>(object, *writer, contents.folder);
+        if (!isWritten)
+            throw Failure(object.name + " has no place in an AIDA file");
     }
 }
 

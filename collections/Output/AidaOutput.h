@@ -9,7 +9,7 @@ namespace velmorak {
 struct AidaContents {
     struct Object {
         std::string name;
-        HistogramPtr histogram;  ///< Null for the table.
+        DataObjectPtr object;  ///< Null for the table.
     };
     std::string fileName;
     std::string folder;

@@ -48,8 +48,8 @@ private:
     std::unique_ptr<AidaOutput> output;
 };
 
-/// @return the histogram at the input, or null for a table, which does not come as a value.
-HistogramPtr histogramOrTable(const Arguments& arguments, const std::string& input) {
+/// @return the object at the input, or null for a table, which does not come as a value.
+DataObjectPtr objectOrTable(const Arguments& arguments, const std::string& input) {
     if (!arguments.isWired(input))
         throw Failure(input, "nothing is wired");
     const Value& value = arguments.value(input);
@@ -57,7 +57,7 @@ HistogramPtr histogramOrTable(const Arguments& arguments, const std::string& inp
         return nullptr;
     if (!std::holds_alternative<DataObjectPtr>(value))
         throw Failure(input, "a number or text has no place in an AIDA file; wire a table or a histogram");
-    return arguments.histogram(input);
+    return std::get<DataObjectPtr>(value);
 }
 
 std::string unusedName(const std::string& name, const std::vector<AidaContents::Object>& objects) {
@@ -72,12 +72,12 @@ std::vector<AidaContents::Object> objectsOf(const Arguments& arguments) {
     std::vector<AidaContents::Object> objects;
     bool hasTable = false;
     for (const std::string& input : numberedInputs(arguments, "objects", "object")) {
-        HistogramPtr histogram = histogramOrTable(arguments, input);
-        if (!histogram && std::exchange(hasTable, true))
+        DataObjectPtr object = objectOrTable(arguments, input);
+        if (!object && std::exchange(hasTable, true))
             throw Failure(input, "a second table cannot go into the same file; use another AidaWriter for it");
-        const bool hasName = histogram && !histogram->name.empty();
-        const std::string& name = hasName ? histogram->name : arguments.sourceName(input);
-        objects.push_back({.name = unusedName(name, objects), .histogram = std::move(histogram)});
+        const bool hasName = object && !object->name.empty();
+        const std::string& name = hasName ? object->name : arguments.sourceName(input);
+        objects.push_back({.name = unusedName(name, objects), .object = std::move(object)});
     }
     return objects;
 }
@@ -85,15 +85,18 @@ std::vector<AidaContents::Object> objectsOf(const Arguments& arguments) {
 }  // namespace
 
 std::string AidaWriterKind::summary() const {
-    return "Writes a table and histograms into one AIDA file, from which every number reads back to the last bit.";
+    return "Writes a table, histograms, profiles, points and functions into one AIDA file, from which every number "
+           "reads "
+           "back to the last bit.";
 }
 
 Ports AidaWriterKind::ports(const ValueTexts& values) const {
-    const InputSpec object = {.name = "object",
-                              .description =
-                                  "Histogram or table to write, under the name of the plug-in that made it. At "
-                                  "most one of a writer's objects is a table.",
-                              .type = ValueType::Any};
+    const InputSpec object = {
+        .name = "object",
+        .description =
+            "Histogram, profile, points, function or table to write, under its name or that of the plug-in that made "
+            "it. At most one of a writer's objects is a table.",
+        .type = ValueType::Any};
     Ports ports;
     ports.inputs = {
         object,

@@ -58,6 +58,10 @@ std::vector<AidaEntry> listed(const std::filesystem::path& file, RunContext& con
             throw;
         damage = failure.what();
     }
+    for (const std::string& more : walk.damages())
+        damage += (damage.empty() ? "" : "; ") + more;
+    if (walk.entries().empty() && !damage.empty())
+        throw Failure(damage);
     return walk.entries();
 }
 

@@ -4,18 +4,11 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <array>
 
 namespace velmorak::io {
 
 namespace {
-
-bool isObject(std::string_view name) {
-    constexpr std::array objects{"histogram1d", "histogram2d", "histogram3d", "cloud1d",      "cloud2d", "cloud3d",
-                                 "profile1d",   "profile2d",   "tuple",       "dataPointSet", "function"};
-    return std::find(objects.begin(), objects.end(), name) != objects.end();
-}
 
 bool isCloud(std::string_view name) {
     return name.substr(0, 5) == "cloud";
@@ -97,19 +90,24 @@ AidaWalk::State AidaWalk::begun(std::string_view name, const char* const* attrib
     }
 }
 
-std::string AidaWalk::uniquePath(const char* const* attributes) {
-    std::string path =
-        objectPath(textOr(attributeOf(attributes, "path"), "/"), textOr(attributeOf(attributes, "name"), "unnamed"));
-    const int times = ++timesUsed[path];
-    if (times == 1)
-        return path;
-    std::string unique = fmt::format("{};{}", path, times);
-    warnOnce(unique, fmt::format("there is more than one object {}; this one is called {}", path, unique));
-    return unique;
+void AidaWalk::beginDocument() {
+    states = {State::File};
+    openColumns.clear();
+    isWanted = false;
+}
+
+bool AidaWalk::continuesAfter(const std::string& damage) {
+    if (reader->document().empty() || rowBuilder)
+        return false;
+    reported.push_back(damage);
+    return true;
 }
 
 AidaWalk::State AidaWalk::beginObject(std::string_view name, const char* const* attributes) {
-    current = {uniquePath(attributes), std::string(name), {}};
+    std::string warning;
+    current = {paths.next(attributes, reader->document(), warning), std::string(name), {}};
+    if (!warning.empty())
+        warnOnce(warning, warning);
     isWanted = isReading() && !done && current.path == wanted;
     hasHeader = isConverted = isChain = false;
     header.clear();

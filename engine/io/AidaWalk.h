@@ -1,10 +1,10 @@
 #pragma once
 
 #include "AidaColumns.h"
+#include "ObjectPaths.h"
 #include "TupleBuilder.h"
 #include "XmlReader.h"
 
-#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -34,6 +34,10 @@ public:
 
     void beginElement(const char* name, const char* const* attributes) override;
     void endElement(const char* name) override;
+    void beginDocument() override;
+    bool continuesAfter(const std::string& damage) override;
+    /// What was wrong with the files of an archive that were left.
+    const std::vector<std::string>& damages() const { return reported; }
 
 private:
     enum class State {
@@ -65,7 +69,6 @@ private:
     void endRow();
     void putEntry(const char* const* attributes);
     void putPoint(const char* const* attributes);
-    std::string uniquePath(const char* const* attributes);
     void warnOnce(const std::string& about, const std::string& sentence);
     void noteUnknown(std::string_view name);
     [[noreturn]] void fail(const std::string& reason) const;
@@ -87,7 +90,8 @@ private:
     std::vector<AidaColumn> openColumns;
     std::unique_ptr<TupleBuilder> rowBuilder;
     std::uint64_t completeRows = 0;
-    std::map<std::string, int> timesUsed;  ///< Of each path.
+    ObjectPaths paths;
+    std::vector<std::string> reported;
     std::set<std::string> warned;
 };
 

@@ -1,4 +1,4 @@
-#include "AidaColumns.h"
+#include "AidaElements.h"
 #include "AidaText.h"
 
 #include "velmorak/Aida.h"
@@ -32,22 +32,10 @@ std::string head(bool hasNestedRows) {
         version, blanks, VELMORAK_VERSION);
 }
 
-std::string begin(std::string_view element, const std::string& name, const std::string& title,
-                  const std::string& folder) {
-    std::string nameInPath;
-    for (const char c : name)
-        nameInPath += c == '/' ? "\\/" : std::string(1, c);
-    return fmt::format("<{} name=\"{}\" title=\"{}\" path=\"{}\">\n", element, escaped(nameInPath), escaped(title),
-                       escaped(io::normalPath(folder)));
-}
-
-std::string attribute(std::string_view name, double number) {
-    return std::isfinite(number) ? fmt::format(R"( {}="{}")", name, textOf(number)) : std::string();
-}
-
-std::string item(std::string_view key, std::string_view value) {
-    return fmt::format("<item key=\"{}\" value=\"{}\" sticky=\"true\"/>\n", key, escaped(value));
-}
+/// Only what an element's beginning needs of a table.
+struct TableHead : DataObject {
+    ValueType type() const override { return ValueType::Table; }
+};
 
 bool isEmpty(const BinSums& bin) {
     return bin == BinSums{};
@@ -65,30 +53,20 @@ std::string exactSums(const Histogram1D& histogram) {
 }
 
 std::string annotation(const Histogram1D& histogram) {
-    std::string text = "<annotation>\n" + item("Title", histogram.title.empty() ? histogram.name : histogram.title);
+    io::AnnotationText text(histogram);
     if (!histogram.axis().title.empty())
-        text += item("XLabel", histogram.axis().title);
+        text.add("XLabel", histogram.axis().title);
     if (histogram.nanEntries() != 0)
-        text += item("NaNEntries", fmt::format("{}", histogram.nanEntries()));
-    return text + item("ExactSums", exactSums(histogram)) + "</annotation>\n";
-}
-
-std::string axisElement(const Axis& axis) {
-    std::string text = fmt::format(R"(<axis direction="x" min="{}" max="{}" numberOfBins="{}")", textOf(axis.low()),
-                                   textOf(axis.high()), axis.bins());
-    if (axis.isRegular())
-        return text + "/>\n";
-    text += ">\n";
-    for (std::size_t edge = 1; edge < axis.bins(); ++edge)
-        text += fmt::format("<binBorder value=\"{}\"/>\n", textOf(axis.edges()[edge]));
-    return text + "</axis>\n";
+        text.add("NaNEntries", fmt::format("{}", histogram.nanEntries()));
+    text.add("ExactSums", exactSums(histogram));
+    return text.finish(histogram);
 }
 
 std::string statistics(const Histogram1D& histogram) {
     const BinSums all = histogram.inRange();
     return fmt::format(
         "<statistics entries=\"{}\"{}>\n<statistic direction=\"x\" mean=\"{}\" rms=\"{}\"/>\n</statistics>\n",
-        all.entries, attribute("equivalentBinEntries", all.w * all.w / all.ww), textOf(histogram.mean()),
+        all.entries, io::numberAttribute("equivalentBinEntries", all.w * all.w / all.ww), textOf(histogram.mean()),
         textOf(histogram.rms()));
 }
 
@@ -96,8 +74,8 @@ std::string binElement(const std::string& number, const BinSums& bin) {
     const double mean = bin.wx / bin.w;
     const double variance = bin.wxx / bin.w - mean * mean;
     return fmt::format("<bin1d binNum=\"{}\" entries=\"{}\" height=\"{}\" error=\"{}\"{}{}/>\n", number, bin.entries,
-                       textOf(bin.w), textOf(std::sqrt(bin.ww)), attribute("weightedMean", mean),
-                       attribute("weightedRms", variance < 0.0 ? 0.0 : std::sqrt(variance)));
+                       textOf(bin.w), textOf(std::sqrt(bin.ww)), io::numberAttribute("weightedMean", mean),
+                       io::numberAttribute("weightedRms", variance < 0.0 ? 0.0 : std::sqrt(variance)));
 }
 
 std::string typeText(ColumnType type) {
@@ -172,8 +150,8 @@ AidaFileWriter::~AidaFileWriter() = default;
 
 void AidaFileWriter::write(const Histogram1D& histogram, const std::string& folder) {
     part->mustBeInTable(false);
-    std::string text = begin("histogram1d", histogram.name, histogram.title, folder) + annotation(histogram) +
-                       axisElement(histogram.axis()) + statistics(histogram) + "<data1d>\n";
+    std::string text = io::beginElement("histogram1d", histogram, folder) + annotation(histogram) +
+                       io::axisElement(histogram.axis(), 'x') + statistics(histogram) + "<data1d>\n";
     if (!isEmpty(histogram.underflow()))
         text += binElement("UNDERFLOW", histogram.underflow());
     for (std::size_t bin = 0; bin < histogram.bins(); ++bin)
@@ -184,10 +162,20 @@ void AidaFileWriter::write(const Histogram1D& histogram, const std::string& fold
     part->write(text + "</data1d>\n</histogram1d>\n");
 }
 
+void AidaFileWriter::write(const DataObject& object, const std::string& folder) {
+    if (const auto* histogram = dynamic_cast<const Histogram1D*>(&object))
+        return write(*histogram, folder);
+    part->mustBeInTable(false);
+    part->write(io::objectElement(object, folder));
+}
+
 void AidaFileWriter::beginTable(const std::string& name, const std::string& title, const std::string& folder,
                                 const Schema& schema) {
     part->mustBeInTable(false);
-    std::string text = begin("tuple", name, title, folder) + "<columns>\n";
+    TableHead table;
+    table.name = name;
+    table.title = title;
+    std::string text = io::beginElement("tuple", table, folder) + "<columns>\n";
     for (const ColumnInfo& column : schema.columns())
         text += columnElement(column);
     part->write(text + "</columns>\n<rows>\n");

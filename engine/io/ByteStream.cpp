@@ -3,10 +3,8 @@
 #include "velmorak/Failure.h"
 
 #include <fmt/format.h>
-#include <zlib.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <string_view>
 #include <system_error>
@@ -15,35 +13,34 @@ namespace velmorak::io {
 
 namespace {
 
-constexpr std::size_t packedSize = std::size_t{1} << 16;
-
-bool beginsWith(std::string_view bytes, std::string_view mark) {
-    return bytes.substr(0, mark.size()) == mark;
-}
+constexpr std::size_t lookAhead = 512;
+constexpr std::size_t binaryPiece = std::size_t{1} << 16;
+constexpr std::string_view binaryMark("\x03\x00\x00\x6A", 4);
 
 bool isXml(std::string_view bytes) {
-    if (beginsWith(bytes, "\xFE\xFF") || beginsWith(bytes, "\xFF\xFE"))
+    if (bytes.starts_with("\xFE\xFF") || bytes.starts_with("\xFF\xFE"))
         return true;
-    if (beginsWith(bytes, "\xEF\xBB\xBF"))
+    if (bytes.starts_with("\xEF\xBB\xBF"))
         bytes.remove_prefix(3);
     const auto first = bytes.find_first_not_of(" \t\r\n");
     return first == std::string_view::npos || bytes[first] == '<';
 }
 
-std::string_view packingOf(std::string_view bytes) {
-    if (beginsWith(bytes, "BZh"))
-        return "bzip2";
-    if (beginsWith(bytes, "PK\x03\x04"))
-        return "zip";
-    if (beginsWith(bytes, std::string_view("\x03\x00\x00\x6A", 4)))
-        return "WBXML";
-    if (beginsWith(bytes,
-                   "\xFD"
-                   "7zXZ"))
-        return "xz";
-    const bool isZlib = bytes.size() > 1 && bytes[0] == '\x78' &&
-                        (static_cast<unsigned char>(bytes[0]) * 256U + static_cast<unsigned char>(bytes[1])) % 31U == 0;
-    return isZlib ? "zlib" : "";
+bool isZlib(std::string_view bytes) {
+    return bytes.size() > 1 && bytes[0] == '\x78' &&
+           (static_cast<unsigned char>(bytes[0]) * 256U + static_cast<unsigned char>(bytes[1])) % 31U == 0;
+}
+
+Packing packingOf(std::string_view bytes) {
+    if (bytes.starts_with("\x1F\x8B"))
+        return Packing::Gzip;
+    if (bytes.starts_with("BZh"))
+        return Packing::Bzip2;
+    if (bytes.starts_with("PK\x03\x04"))
+        return Packing::Zip;
+    if (isZlib(bytes))
+        return Packing::Zlib;
+    return isXml(bytes) || bytes.starts_with(binaryMark) ? Packing::Plain : Packing::RawDeflate;
 }
 
 std::string shown(std::string_view bytes) {
@@ -53,115 +50,107 @@ std::string shown(std::string_view bytes) {
     return hex;
 }
 
-}  // namespace
-
-struct ByteStream::Inflater {
-    Inflater() {
-        if (inflateInit2(&state, 16 + MAX_WBITS) != Z_OK)
-            throw std::bad_alloc();
-    }
-    ~Inflater() { inflateEnd(&state); }
-    Inflater(const Inflater&) = delete;
-    Inflater& operator=(const Inflater&) = delete;
-
-    z_stream state{};
-};
-
-ByteStream::ByteStream(const std::filesystem::path& file) : packed(packedSize) {
+/// The file's first bytes. @throws Failure when there are none.
+std::string firstBytes(const std::filesystem::path& file) {
     std::error_code error;
     if (std::filesystem::is_directory(file, error))
         throw Failure(fmt::format("{} is a folder", file.string()));
-    input.open(file, std::ios::binary);
-    if (!input)
-        throw Failure(fmt::format("{} cannot be opened: {}", file.string(), std::generic_category().message(errno)));
+    std::string bytes(lookAhead, '\0');
+    const auto plain = openPacked(file, Packing::Plain);
+    bytes.resize(plain->read(bytes.data(), bytes.size()));
+    if (bytes.empty())
+        throw Failure(fmt::format("{} is empty", file.string()));
+    return bytes;
+}
+
+}  // namespace
+
+ByteStream::ByteStream(const std::filesystem::path& file) {
+    const std::string first = firstBytes(file);
+    std::error_code error;
     fileSize = std::filesystem::file_size(file, error);
     if (error)
         fileSize = 0;
-    checkContent(file);
-}
-
-ByteStream::~ByteStream() = default;
-
-void ByteStream::checkContent(const std::filesystem::path& file) {
-    if (!refill())
-        throw Failure(fmt::format("{} is empty", file.string()));
-    const std::string_view bytes(packed.data(), packedEnd);
-    if (beginsWith(bytes, "\x1F\x8B")) {
-        inflater = std::make_unique<Inflater>();
+    const Packing packing = packingOf(first);
+    unpacker = openPacked(file, packing);
+    if (packing == Packing::Zip) {
+        if (!nextDocument())
+            throw Failure(fmt::format("{} holds no XML{}{}", file.string(), damage().empty() ? "" : ": ", damage()));
         return;
     }
-    if (isXml(bytes))
+    const bool isWithoutMark = packing == Packing::RawDeflate;
+    if (beginDocument() && !(isWithoutMark && head.empty()))
         return;
-    if (const auto packing = packingOf(bytes); !packing.empty())
-        throw Failure(fmt::format("{} is a {} file; plain XML and gzip are read", file.string(), packing));
-    throw Failure(fmt::format("{} is not XML: first bytes {}", file.string(), shown(bytes)));
+    // Bytes without a mark may be deflate without a head, and are, where they unpack to XML.
+    const bool isPacked = packing != Packing::Plain && !isWithoutMark;
+    throw Failure(
+        fmt::format("{} is not XML: first bytes {}", file.string(), shown(isPacked ? std::string_view(head) : first)));
 }
 
-bool ByteStream::refill() {
-    input.read(packed.data(), static_cast<std::streamsize>(packed.size()));
-    packedBegin = 0;
-    packedEnd = static_cast<std::size_t>(input.gcount());
-    taken += packedEnd;
-    if (input.bad())
-        damaged("the file cannot be read on");
-    return packedEnd > 0;
+bool ByteStream::beginDocument() {
+    head.assign(lookAhead, '\0');
+    headTaken = 0;
+    std::size_t count = 0;
+    for (std::size_t more = 1; more != 0 && count < lookAhead; count += more)
+        more = unpacker->read(head.data() + count, lookAhead - count);
+    head.resize(count);
+    binary.reset();
+    binaryText.clear();
+    binaryBegin = binaryEnd = 0;
+    if (head.starts_with(binaryMark))
+        binary = std::make_unique<WbxmlText>([this] { return nextByte(); });
+    // A damaged beginning is told when it is read.
+    return binary || isXml(head);
 }
 
-void ByteStream::damaged(const std::string& what) {
-    isFinished = true;
-    if (reason.empty())
-        reason = fmt::format("{} at byte {} of the file", what, taken - (packedEnd - packedBegin));
+bool ByteStream::nextDocument() {
+    while (unpacker->nextEntry()) {
+        name = unpacker->entryName();
+        if (beginDocument())
+            return true;
+        notXml.push_back(name);
+    }
+    return false;
+}
+
+const std::string& ByteStream::damage() const {
+    return binary && unpacker->damage().empty() ? binary->damage() : unpacker->damage();
 }
 
 double ByteStream::fraction() const {
-    const auto done = static_cast<double>(taken - (packedEnd - packedBegin));
+    const auto done = static_cast<double>(unpacker->position());
     return fileSize == 0 ? 0.0 : std::min(1.0, done / static_cast<double>(fileSize));
 }
 
-std::size_t ByteStream::read(char* target, std::size_t size) {
-    if (isFinished || size == 0)
-        return 0;
-    if (inflater)
-        return inflate(target, size);
-    if (packedBegin == packedEnd && !refill())
-        return 0;
-    const std::size_t count = std::min(size, packedEnd - packedBegin);
-    std::memcpy(target, packed.data() + packedBegin, count);
-    packedBegin += count;
+std::size_t ByteStream::unpack(char* target, std::size_t size) {
+    if (headTaken == head.size())
+        return unpacker->read(target, size);
+    const std::size_t count = std::min(size, head.size() - headTaken);
+    std::memcpy(target, head.data() + headTaken, count);
+    headTaken += count;
     return count;
 }
 
-std::size_t ByteStream::inflate(char* target, std::size_t size) {
-    z_stream& state = inflater->state;
-    state.next_out = reinterpret_cast<Bytef*>(target);
-    state.avail_out = static_cast<uInt>(std::min<std::size_t>(size, 1U << 30));
-    const uInt room = state.avail_out;
-    while (state.avail_out == room && !isFinished) {
-        if (packedBegin == packedEnd && !refill()) {
-            damaged("the gzip data end too early");
-            break;
-        }
-        state.next_in = reinterpret_cast<Bytef*>(packed.data() + packedBegin);
-        state.avail_in = static_cast<uInt>(packedEnd - packedBegin);
-        const int status = ::inflate(&state, Z_NO_FLUSH);
-        packedBegin = packedEnd - state.avail_in;
-        if (status == Z_STREAM_END && !beginNextMember())
-            isFinished = true;
-        else if (status != Z_OK && status != Z_STREAM_END && status != Z_BUF_ERROR)
-            damaged(
-                fmt::format("the gzip data are damaged ({})", state.msg == nullptr ? "no reason known" : state.msg));
+int ByteStream::nextByte() {
+    if (binaryBegin == binaryEnd) {
+        binaryBytes.resize(binaryPiece);
+        binaryBegin = 0;
+        binaryEnd = unpack(binaryBytes.data(), binaryBytes.size());
+        if (binaryEnd == 0)
+            return -1;
     }
-    return room - state.avail_out;
+    return static_cast<unsigned char>(binaryBytes[binaryBegin++]);
 }
 
-bool ByteStream::beginNextMember() {
-    if (packedBegin == packedEnd && !refill())
-        return false;
-    // What follows the last member, zeros of a tape for example, is none of the file's content.
-    if (packed[packedBegin] != '\x1F')
-        return false;
-    inflateReset(&inflater->state);
-    return true;
+std::size_t ByteStream::read(char* target, std::size_t size) {
+    if (!binary)
+        return unpack(target, size);
+    while (binaryText.size() < size && binary->append(binaryText)) {
+    }
+    const std::size_t count = std::min(size, binaryText.size());
+    std::memcpy(target, binaryText.data(), count);
+    binaryText.erase(0, count);
+    return count;
 }
 
 }  // namespace velmorak::io

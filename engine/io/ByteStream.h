@@ -1,47 +1,55 @@
 #pragma once
 
+#include "Unpacker.h"
+#include "WbxmlText.h"
+
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace velmorak::io {
 
-/// The bytes of a plain or gzip file, unpacked. What the file is, its first bytes tell, never its name.
+/// The XML text of a file, however it is packed. What the file is, its first bytes tell, never its name. An archive
+/// holds several documents, which come one after the other.
 /// Threads: one at a time.
 class ByteStream {
 public:
-    /// @throws Failure when the file cannot be opened, is empty, or is packed in another way; the sentence names that.
+    /// @throws Failure when the file cannot be opened, is empty, or holds no XML; the sentence names what was found.
     explicit ByteStream(const std::filesystem::path& file);
-    ~ByteStream();
 
-    /// @return bytes put into the target; 0 at the end, and where the file is damaged.
+    /// @return bytes put into the target; 0 at the end of the document, and where the file is damaged.
     std::size_t read(char* target, std::size_t size);
     /// Why there are no more bytes, with the position in the file; empty where the file is whole.
-    const std::string& damage() const { return reason; }
+    const std::string& damage() const;
     /// Part of the file that has been read, 0 to 1.
     double fraction() const;
 
+    /// Goes to the next document of an archive. @return false when there is none.
+    bool nextDocument();
+    /// Name of the document in the archive, "run1/energy.IHistogram1D"; empty where the file is no archive.
+    const std::string& document() const { return name; }
+    /// Names of the files in the archive that are no XML, so far.
+    const std::vector<std::string>& skipped() const { return notXml; }
+
 private:
-    struct Inflater;
+    /// @return false when the bytes that come now are no XML.
+    bool beginDocument();
+    std::size_t unpack(char* target, std::size_t size);
+    int nextByte();
 
-    void checkContent(const std::filesystem::path& file);
-    std::size_t inflate(char* target, std::size_t size);
-    bool refill();
-    bool beginNextMember();
-    void damaged(const std::string& what);
-
-    std::ifstream input;
-    std::vector<char> packed;
-    std::size_t packedBegin = 0;
-    std::size_t packedEnd = 0;
-    std::uint64_t taken = 0;  ///< Bytes read from the file.
     std::uint64_t fileSize = 0;
-    std::unique_ptr<Inflater> inflater;  ///< Null for a plain file.
-    bool isFinished = false;
-    std::string reason;
+    std::unique_ptr<Unpacker> unpacker;
+    std::string head;  ///< Bytes that have been looked at, and not yet given away.
+    std::size_t headTaken = 0;
+    std::unique_ptr<WbxmlText> binary;  ///< Null for text.
+    std::string binaryText;
+    std::vector<char> binaryBytes;
+    std::size_t binaryBegin = 0;
+    std::size_t binaryEnd = 0;
+    std::string name;
+    std::vector<std::string> notXml;
 };
 
 }  // namespace velmorak::io

@@ -90,8 +90,13 @@ XmlReader::XmlReader(const std::filesystem::path& file, XmlHandler& elements, Ru
     parser.reset(XML_ParserCreate(nullptr));
     if (!parser)
         throw std::bad_alloc();
+    prepareParser();
+}
+
+void XmlReader::prepareParser() {
     XML_SetUserData(parser.get(), this);
     XML_SetElementHandler(parser.get(), began, ended);
+    XML_SetCharacterDataHandler(parser.get(), text);
     XML_SetUnknownEncodingHandler(parser.get(), unknownEncoding, nullptr);
     XML_SetParamEntityParsing(parser.get(), XML_PARAM_ENTITY_PARSING_ALWAYS);
     XML_UseForeignDTD(parser.get(), XML_TRUE);
@@ -99,6 +104,19 @@ XmlReader::XmlReader(const std::filesystem::path& file, XmlHandler& elements, Ru
 }
 
 bool XmlReader::advance() {
+    do {
+        try {
+            if (advanceInDocument())
+                return true;
+        } catch (const Failure& damage) {
+            if (!handler.continuesAfter(damage.what()))
+                throw;
+        }
+    } while (beginNextDocument());
+    return false;
+}
+
+bool XmlReader::advanceInDocument() {
     while (!isAtEnd) {
         if (context.isStopping())
             throw Stopped();
@@ -109,6 +127,24 @@ bool XmlReader::advance() {
             return true;
     }
     return false;
+}
+
+bool XmlReader::beginNextDocument() {
+    const bool isThereOne = stream.nextDocument();
+    for (; skippedFiles < stream.skipped().size(); ++skippedFiles)
+        context.warn(fmt::format("{}: {} is no XML and is left out", path.string(), stream.skipped()[skippedFiles]));
+    if (!isThereOne) {
+        if (!stream.damage().empty() && isAtEnd)
+            throw Failure(fmt::format("{}: {}", path.string(), stream.damage()));
+        return false;
+    }
+    XML_ParserReset(parser.get(), nullptr);
+    prepareParser();
+    failure = nullptr;
+    isBegun = isSuspended = isAtEnd = false;
+    repair = TextRepair();
+    handler.beginDocument();
+    return true;
 }
 
 XML_Status XmlReader::feed() {
@@ -151,7 +187,8 @@ void XmlReader::pause() {
 
 std::string XmlReader::where() const {
     const auto byte = static_cast<std::uint64_t>(std::max<XML_Index>(0, XML_GetCurrentByteIndex(parser.get())));
-    return fmt::format(", line {}, byte {} of the text", XML_GetCurrentLineNumber(parser.get()),
+    const std::string in = document().empty() ? "" : ", " + document();
+    return fmt::format("{}, line {}, byte {} of the text", in, XML_GetCurrentLineNumber(parser.get()),
                        byte - std::min(byte, repair.repaired()));
 }
 
@@ -183,8 +220,19 @@ void XmlReader::ended(void* self, const XML_Char* name) {
     }
 }
 
-int XmlReader::externalEntity(XML_Parser expat, const XML_Char* context, const XML_Char* /*base*/,
-                              const XML_Char* /*systemId*/, const XML_Char* /*publicId*/) {
+void XMLCALL XmlReader::text(void* self, const XML_Char* characters, int length) {
+    auto& reader = *static_cast<XmlReader*>(self);
+    if (reader.failure)
+        return;
+    try {
+        reader.handler.characters({characters, static_cast<std::size_t>(length)});
+    } catch (...) {
+        reader.keep(std::current_exception());
+    }
+}
+
+int XMLCALL XmlReader::externalEntity(XML_Parser expat, const XML_Char* context, const XML_Char* /*base*/,
+                                      const XML_Char* /*systemId*/, const XML_Char* /*publicId*/) {
     // Only a part of the document type comes without a context; any other entity is left out, unopened.
     if (context != nullptr) {
         static_cast<XmlReader*>(XML_GetUserData(expat))->hasSkippedEntity = true;

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 #include "velmorak/Run.h"
@@ -24,6 +25,12 @@ public:
     virtual ~XmlHandler() = default;
     virtual void beginElement(const char* name, const char* const* attributes) = 0;
     virtual void endElement(const char* name) = 0;
+    /// Text between elements, in pieces.
+    virtual void characters(std::string_view /*text*/) {}
+    /// A file of an archive begins; elements that were open are no more. Not called for the first one.
+    virtual void beginDocument() {}
+    /// A file of an archive is damaged. @return whether to go on with the next one.
+    virtual bool continuesAfter(const std::string& /*damage*/) { return false; }
 };
 
 /// Reads an XML file piece by piece and tells a handler. Opens no other file and no address whatever the text names;
@@ -43,6 +50,8 @@ public:
     void pause();
     /// ", line 3, byte 712 of the text": where the parser stands.
     std::string where() const;
+    /// Name of the file in an archive that is being read; empty where there is no archive.
+    const std::string& document() const { return stream.document(); }
     double fraction() const { return stream.fraction(); }
     std::uint64_t repairedBytes() const { return repair.repaired(); }
     bool skippedEntity() const { return hasSkippedEntity; }
@@ -56,6 +65,11 @@ private:
     static int XMLCALL externalEntity(XML_Parser expat, const XML_Char* context, const XML_Char* base,
                                       const XML_Char* systemId, const XML_Char* publicId);
 
+    static void XMLCALL text(void* self, const XML_Char* characters, int length);
+
+    void prepareParser();
+    bool advanceInDocument();
+    bool beginNextDocument();
     void keep(std::exception_ptr thrown);
     void check(XML_Status status);
     XML_Status feed();
@@ -74,6 +88,7 @@ private:
     bool isAtEnd = false;
     bool repairs = false;
     bool hasSkippedEntity = false;
+    std::size_t skippedFiles = 0;  ///< Of an archive, that were warned of.
 };
 
 }  // namespace velmorak::io

@@ -29,6 +29,26 @@ std::vector<AidaEntry> listAida(const std::filesystem::path& file, RunContext& c
 std::unique_ptr<TableReader> openAidaTable(const std::filesystem::path& file, const std::string& object,
                                            RunContext& context);
 
+/// An object of a file that is no table.
+struct AidaObject {
+    std::string path;
+    std::string element;   ///< "histogram1d", ...; of a cloud that was converted that of its histogram.
+    DataObjectPtr object;  ///< Null for a table, and where the object cannot be made.
+    std::size_t bins = 0;  ///< That the file lists.
+};
+
+/// Reads every histogram, profile, set of points and function of a file. An object that cannot be read is told as a
+/// warning, with place and reason, and so is damage: what is complete before it is kept.
+/// @throws Failure when the file is missing, is no AIDA file, or is damaged before its first object is complete.
+std::vector<AidaObject> readAidaObjects(const std::filesystem::path& file, RunContext& context);
+
+/// Reads one object of a type: a Histogram1D, Histogram2D or Histogram3D, a Profile1D or Profile2D, Points, or a
+/// FunctionObject.
+/// @param path of the object, or its bare name; empty for the only object of the type that the file holds.
+/// @throws Failure also when there is no such object, or there are several, with the list of those that fit.
+DataObjectPtr readAidaObject(const std::filesystem::path& file, const std::string& path, ValueType type,
+                             RunContext& context);
+
 /// Writes objects into one file, in the order of the calls. Numbers read back to the last bit.
 class AidaFileWriter {
 public:
@@ -38,6 +58,9 @@ public:
 
     /// @param folder path of the object without its name, "/" for the root.
     void write(const Histogram1D& histogram, const std::string& folder);
+    /// A histogram of any dimensions, a profile, points or a function.
+    /// @throws Failure for an object of another class.
+    void write(const DataObject& object, const std::string& folder);
     /// A table is begun, written chunk by chunk and ended; nothing else may be written in between. A list column
     /// becomes a nested tuple of one column.
     /// @throws Failure for a column that no such file can name: with "=" in its name, or blanks at an end.

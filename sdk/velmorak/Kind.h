@@ -154,7 +154,7 @@ public:
 };
 
 /// Layout of these headers. A collection made for another one is not loaded.
-inline constexpr int sdkVersion = 1;
+inline constexpr int sdkVersion = 2;
 
 }  // namespace velmorak
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 namespace velmorak {
 
@@ -14,6 +15,15 @@ enum class ValueType { Number, Text, Choice, Table, Histogram, Profile, Points, 
 /// @return the name as shown to the user: "number", "text", "choice", "table", "histogram", ...
 std::string_view nameOf(ValueType type);
 
+/// A remark that a file carries with an object.
+struct AnnotationItem {
+    std::string key;
+    std::string value;
+    bool isSticky = false;  ///< A user may not take it away.
+
+    bool operator==(const AnnotationItem&) const = default;
+};
+
 /// Something that is not a number, text or table and travels on a wire whole: a histogram, a fitted function.
 /// Immutable once it has left the plug-in that made it.
 class DataObject {
@@ -23,6 +33,9 @@ public:
 
     std::string name;   ///< Short name, as in a file's listing.
     std::string title;  ///< Shown above a plot.
+    /// As a file has them, in its order.
+    std::vector<AnnotationItem> annotation;
+    std::string options;  ///< What the program that wrote the file notes for itself, as it stands.
 
 protected:
     DataObject() = default;

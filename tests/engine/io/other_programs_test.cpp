@@ -74,11 +74,5 @@ TEST_F(OtherPrograms, writeGzipFilesThatAreDamaged) {
     }
 }
 
-TEST_F(OtherPrograms, writeWhatIsNamedWhenItIsNotRead) {
-    if (!areHere())
-        return;
-    EXPECT_THAT(failureOf([&] { listAida(other("AIDATestFile.wbxml.aida"), run); }), ::testing::HasSubstr("WBXML"));
-}
-
 }  // namespace
 }  // namespace velmorak

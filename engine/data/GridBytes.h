@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Bytes.h"
+
+#include "velmorak/HistogramGrid.h"
+
+namespace velmorak {
+
+template <std::size_t dimensions>
+void writeGrid(ByteWriter& writer, const Grid<dimensions>& grid) {
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+        writer.list(grid.axis(direction).title);
+        writer.list(grid.axis(direction).edges());
+    }
+}
+
+inline Axis readAxis(ByteReader& reader) {
+    auto title = reader.list<std::string>();
+    Axis axis(reader.list<std::vector<double>>());
+    axis.title = std::move(title);
+    return axis;
+}
+
+template <std::size_t dimensions>
+Grid<dimensions> readGrid(ByteReader& reader) {
+    // A braced list is read from its first axis to its last.
+    if constexpr (dimensions == 1)
+        return Grid<1>({readAxis(reader)});
+    else if constexpr (dimensions == 2)
+        return Grid<2>({readAxis(reader), readAxis(reader)});
+    else
+        return Grid<3>({readAxis(reader), readAxis(reader), readAxis(reader)});
+}
+
+}  // namespace velmorak

@@ -1,0 +1,137 @@
+#include "velmorak/Profile.h"
+
+#include "GridBytes.h"
+
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+
+namespace velmorak {
+
+namespace {
+
+// The lowest byte is the number of dimensions.
+constexpr std::uint64_t mark = 0x31'44'66'50'6b'6c'65'00;
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+}  // namespace
+
+template <std::size_t dimensions>
+void ProfileSums<dimensions>::add(const ProfileSums& other) {
+    entries += other.entries;
+    w += other.w;
+    ww += other.ww;
+    wv += other.wv;
+    wvv += other.wvv;
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+        wx[direction] += other.wx[direction];
+        wxx[direction] += other.wxx[direction];
+    }
+}
+
+template <std::size_t dimensions>
+Profile<dimensions>::Profile(Grid<dimensions> cellGrid) : shape(std::move(cellGrid)), sums(shape.cellCount()) {}
+
+template <std::size_t dimensions>
+Profile<dimensions>::Profile(Grid<dimensions> cellGrid, std::vector<Sums> cells, std::vector<ProfileReading> readings,
+                             std::int64_t nanEntries)
+    : shape(std::move(cellGrid)), sums(std::move(cells)), asRead(std::move(readings)), nans(nanEntries) {
+    if (sums.size() != shape.cellCount() || (!asRead.empty() && asRead.size() != sums.size()))
+        throw std::invalid_argument("a profile needs the sums of each of its cells");
+}
+
+template <std::size_t dimensions>
+void Profile<dimensions>::fill(const Point& point, double value, double weight) {
+    bool hasNan = std::isnan(value) || std::isnan(weight);
+    for (const double x : point)
+        hasNan = hasNan || std::isnan(x);
+    if (hasNan) {
+        ++nans;
+        return;
+    }
+    asRead.clear();
+    typename Grid<dimensions>::Cells cells{};
+    for (std::size_t direction = 0; direction < dimensions; ++direction)
+        cells[direction] = shape.axis(direction).cell(point[direction]);
+    Sums& cell = sums[shape.cell(cells)];
+    ++cell.entries;
+    cell.w += weight;
+    cell.ww += weight * weight;
+    cell.wv += weight * value;
+    cell.wvv += weight * value * value;
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+        if (std::isinf(point[direction]))
+            continue;
+        const double weighted = weight * point[direction];
+        cell.wx[direction] += weighted;
+        cell.wxx[direction] += weighted * point[direction];
+    }
+}
+
+template <std::size_t dimensions>
+void Profile<dimensions>::merge(const Profile& other) {
+    if (!(shape == other.shape))
+        throw std::invalid_argument("profiles with different axes cannot be added");
+    for (std::size_t cell = 0; cell < sums.size(); ++cell)
+        sums[cell].add(other.sums[cell]);
+    asRead.clear();
+    nans += other.nans;
+}
+
+template <std::size_t dimensions>
+double Profile<dimensions>::height(std::size_t cell) const {
+    if (!asRead.empty())
+        return asRead[cell].height;
+    return sums[cell].w == 0.0 ? nan : sums[cell].wv / sums[cell].w;
+}
+
+template <std::size_t dimensions>
+double Profile<dimensions>::error(std::size_t cell) const {
+    if (!asRead.empty())
+        return asRead[cell].error;
+    return sums[cell].w == 0.0 ? nan : rms(cell) * std::sqrt(sums[cell].ww) / std::abs(sums[cell].w);
+}
+
+template <std::size_t dimensions>
+double Profile<dimensions>::rms(std::size_t cell) const {
+    if (!asRead.empty())
+        return asRead[cell].rms;
+    if (sums[cell].w == 0.0)
+        return nan;
+    const double mean = sums[cell].wv / sums[cell].w;
+    const double variance = sums[cell].wvv / sums[cell].w - mean * mean;
+    return variance < 0.0 ? 0.0 : std::sqrt(variance);
+}
+
+template <std::size_t dimensions>
+std::string Profile<dimensions>::toBytes() const {
+    ByteWriter writer;
+    writer.number(mark + dimensions);
+    writer.head(*this);
+    writeGrid(writer, shape);
+    writer.list(sums);
+    writer.list(asRead);
+    writer.number(nans);
+    return writer.sealed();
+}
+
+template <std::size_t dimensions>
+Profile<dimensions> Profile<dimensions>::fromBytes(const std::string& bytes) {
+    ByteReader reader(bytes, mark + dimensions);
+    const ObjectHead head = reader.head();
+    auto grid = readGrid<dimensions>(reader);
+    auto cells = reader.list<std::vector<Sums>>();
+    auto readings = reader.list<std::vector<ProfileReading>>();
+    const auto nanEntries = reader.number<std::int64_t>();
+    reader.mustBeAtEnd();
+    Profile profile(std::move(grid), std::move(cells), std::move(readings), nanEntries);
+    head.give(profile);
+    return profile;
+}
+
+template struct ProfileSums<1>;
+template struct ProfileSums<2>;
+template class Profile<1>;
+template class Profile<2>;
+
+}  // namespace velmorak

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "AidaRaw.h"
+#include "ObjectPaths.h"
+#include "XmlReader.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "velmorak/Aida.h"
+
+namespace velmorak::io {
+
+/// Follows the elements of an AIDA file and makes its histograms, profiles, points and functions; tuples and points of
+/// clouds are passed over. What cannot be made is told as a warning, and the rest is read.
+class AidaObjectWalk : public XmlHandler {
+public:
+    /// @param isWanted whether an object of this path is to be made.
+    AidaObjectWalk(std::filesystem::path path, std::function<bool(const std::string&)> isWantedPath,
+                   RunContext& runContext);
+
+    /// The reader that this walk is the handler of, told right after both are made.
+    void attach(XmlReader& xmlReader) { reader = &xmlReader; }
+
+    /// All objects that are complete, in their order; with none made where it is not wanted, cannot be, or is a table.
+    std::vector<AidaObject>& objects() { return found; }
+
+    void beginElement(const char* name, const char* const* attributes) override;
+    void endElement(const char* name) override;
+    void characters(std::string_view text) override;
+    void beginDocument() override;
+    bool continuesAfter(const std::string& damage) override;
+
+private:
+    void beginObject(std::string_view name, const char* const* attributes);
+    void endObject();
+    /// @return false where the element has no meaning here; it is then skipped with all that is in it.
+    bool inObject(std::string_view name, const char* const* attributes);
+    bool inHistogram(std::string_view name, const char* const* attributes);
+    bool inPoints(std::string_view name, const char* const* attributes);
+    bool inFunction(std::string_view name, const char* const* attributes);
+    void putItem(const char* const* attributes);
+    void putBin(const char* const* attributes, std::size_t dimensions);
+    void putAxisTitle(const char* const* attributes);
+    void warn(const std::string& about, const std::string& sentence);
+
+    std::filesystem::path file;
+    std::function<bool(const std::string&)> isWanted;
+    RunContext& context;
+    XmlReader* reader = nullptr;
+    ObjectPaths paths;
+    std::vector<AidaObject> found;
+    std::optional<RawObject> raw;  ///< Of the object that is open.
+    std::string package;
+    std::size_t depth = 0;
+    std::size_t skippedFrom = 0;  ///< Depth of the element that is skipped; 0 for none.
+    bool isMade = false;
+    bool isInCodelet = false;
+    std::set<std::string> warned;
+};
+
+}  // namespace velmorak::io

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace velmorak::io {
+
+/// Turns the binary form of an AIDA file, WBXML "BinaryAIDA/1.0", into the text that it stands for. docs/aida.md
+/// describes its layout. Works byte by byte, in memory for one value and the names of the open elements.
+class WbxmlText {
+public:
+    /// @param nextByte gives the next byte, negative at the end.
+    explicit WbxmlText(std::function<int()> nextByte);
+
+    /// Appends the text of the next element or end of one.
+    /// @return false at the end, and where the bytes are damaged.
+    bool append(std::string& text);
+    /// Why there is no more; empty where the bytes are whole.
+    const std::string& damage() const { return reason; }
+
+private:
+    int byte();
+    std::uint32_t length();
+    std::string bytes(std::uint32_t count);
+    void skipHead();
+    void appendElement(int tag, std::string& text);
+    void appendAttributes(std::string& text);
+    void appendValue(std::string& text);
+    void appendCharacters(std::string& text);
+    void damaged(const std::string& what);
+
+    std::function<int()> next;
+    std::uint64_t position = 0;
+    bool isBegun = false;
+    bool isOver = false;
+    std::vector<int> open;  ///< Numbers of the elements that have not ended.
+    std::string reason;
+};
+
+}  // namespace velmorak::io
