@@ -3,7 +3,7 @@
 
 usage: make_data.py FOLDER
 
-Writes First_steps/decays.aida and Particle_physics/dimuon.aida below FOLDER. The random numbers come from a generator
+Writes First_steps/decays.aida, First_steps/stored.aida and Particle_physics/dimuon.aida below FOLDER. The random numbers come from a generator
 of its own, and every number is written with four digits behind the point, so that no last bit of a function decides what
 the files hold.
 """
@@ -170,12 +170,71 @@ def decays(path):
     path.write_text("".join(out), encoding="utf-8")
 
 
+def filled_bins(values, bins, low, high):
+    """Counts, and sums of the values and their squares, of equal bins."""
+    sums = [[0, 0.0, 0.0] for _ in range(bins)]
+    for x, value in values:
+        if low <= x < high:
+            cell = sums[int((x - low) * bins / (high - low))]
+            cell[0] += 1
+            cell[1] += value
+            cell[2] += value * value
+    return sums
+
+
+def spectrum(random):
+    values = [(random.gauss(662.0, 28.0) if random.uniform() < 0.3 else random.exponential(300.0), 1.0) for _ in range(3000)]
+    out = ['<histogram1d name="spectrum" title="Energies of a source" path="/lab">\n<annotation>\n']
+    out.append('<item key="XLabel" value="energy [keV]"/>\n</annotation>\n')
+    out.append('<axis direction="x" min="0" max="1000" numberOfBins="50"/>\n<data1d>\n')
+    for number, (count, _, _) in enumerate(filled_bins(values, 50, 0.0, 1000.0)):
+        if count:
+            out.append('<bin1d binNum="%d" entries="%d" weightedMean="%d" weightedRms="0"/>\n' % (number, count, 20 * number + 10))
+    return "".join(out) + "</data1d>\n</histogram1d>\n"
+
+
+def gain(random):
+    values = [(random.between(0.0, 8.0), random.gauss(11.0, 0.5)) for _ in range(200)]
+    out = ['<profile1d name="gain" title="Gain of each channel" path="/lab">\n']
+    out.append('<axis direction="x" min="0" max="8" numberOfBins="8"/>\n<data1d>\n')
+    for number, (count, first, second) in enumerate(filled_bins(values, 8, 0.0, 8.0)):
+        mean = first / count
+        rms = math.sqrt(second / count - mean * mean)
+        numbers = (number, count, text(mean), text(rms / math.sqrt(count)), text(rms), text(number + 0.5))
+        out.append('<bin1d binNum="%d" entries="%d" height="%s" error="%s" rms="%s" weightedMean="%s"/>\n' % numbers)
+    return "".join(out) + "</data1d>\n</profile1d>\n"
+
+
+def calibration(random):
+    out = ['<dataPointSet name="calibration" title="Known lines" path="/lab" dimension="2">\n']
+    for energy in (59.5, 511.0, 661.7, 1173.2, 1332.5):
+        out.append('<dataPoint><measurement value="%s"/>' % text(energy))
+        out.append('<measurement value="%s" errorPlus="0.5"/></dataPoint>\n' % text(random.gauss(3.0 + 0.25 * energy, 0.5)))
+    return "".join(out) + "</dataPointSet>\n"
+
+
+LINE = """<function name="line" title="From energy to channel" path="/lab" isNormalized="false">
+<codelet>codelet:line:verbatim:jel : 1 : a+b*x[0] : a,b : null</codelet>
+<arguments><argument name="x0"><range min="0" max="1500"/></argument></arguments>
+<parameters><parameter name="a" value="3"/><parameter name="b" value="0.25"/></parameters>
+</function>
+"""
+
+
+def stored(path):
+    """One object of each kind that is no table."""
+    random = Random(0x570BED)
+    content = header() + spectrum(random) + gain(random) + calibration(random) + LINE + "</aida>\n"
+    path.write_text(content, encoding="utf-8")
+
+
 def main():
     if len(sys.argv) != 2:
         sys.exit("usage: make_data.py FOLDER")
     folder = pathlib.Path(sys.argv[1])
     dimuon(folder / "Particle_physics" / "dimuon.aida")
     decays(folder / "First_steps" / "decays.aida")
+    stored(folder / "First_steps" / "stored.aida")
 
 
 if __name__ == "__main__":

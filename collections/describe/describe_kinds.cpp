@@ -27,7 +27,7 @@ public:
 std::string purposeOf(const std::string& group) {
     const std::map<std::string, std::string> purposes = {
         {"Arithmetic", "Numbers, and what is computed from them."},
-        {"Data", "Where tables come from."},
+        {"Data", "Where tables and stored objects come from."},
         {"Histogram", "Histograms and statistics of tables."},
         {"Output", "Pictures and files."},
         {"Table", "New columns and cuts, row by row."},

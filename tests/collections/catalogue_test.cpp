@@ -47,7 +47,8 @@ std::vector<std::string> kindNames() {
 }
 
 TEST(Catalogue, offersTheKindsByGroup) {
-    EXPECT_EQ(kindNames(), (std::vector<std::string>{"Number", "Adder", "Multiplier", "AidaTable", "Histogram1D",
+    EXPECT_EQ(kindNames(), (std::vector<std::string>{"Number", "Adder", "Multiplier", "AidaTable", "AidaHistogram",
+                                                     "AidaProfile", "AidaPoints", "AidaFunction", "Histogram1D",
                                                      "Statistics", "Plot", "AidaWriter", "Formula", "Filter"}));
 }
 
