@@ -33,7 +33,8 @@ public:
 
     /// Waits for a shown window of that process. @return its number, empty when none came.
     std::string windowOf(const Process& program) const;
-    /// Waits until the window stands still in its place and has the keyboard. @return false when it does not come so far.
+    /// Waits until the window stands still in its place and has the keyboard. @return false when it does not come so
+    /// far.
     bool activate(const std::string& window) const;
     ScreenArea areaOf(const std::string& window) const;
 
