@@ -1,7 +1,5 @@
 #include "Execution.h"
 
-#include "StreamPass.h"
-
 #include <algorithm>
 #include <set>
 #include <utility>
@@ -151,38 +149,50 @@ bool Execution::isTarget(std::size_t position) const {
     return !run.hasPassed && state.plan.isAsked(position) && state.plan.consumers(position).empty();
 }
 
-std::optional<std::size_t> Execution::sourceOf(std::size_t position) const {
-    std::optional<std::size_t> at = position;
-    while (at && state.plan.shape(*at) != Shape::Source) {
-        at = state.plan.tableFeeder(*at);
-    }
-    return at;
-}
-
 bool Execution::isReady(std::size_t target) const {
-    for (std::optional<std::size_t> at = target; at; at = state.plan.tableFeeder(*at)) {
-        if (state.hasFailed(*at) || !state.hasArguments(*at)) {
+    std::vector<std::size_t> open{target};
+    while (!open.empty()) {
+        const std::size_t at = open.back();
+        open.pop_back();
+        if (state.hasFailed(at) || !state.hasArguments(at)) {
             return false;
         }
+        const std::vector<std::size_t>& feeders = state.plan.tableFeeders(at);
+        open.insert(open.end(), feeders.begin(), feeders.end());
     }
     return true;
 }
 
-bool Execution::passNext() {
-    // A source whose plug-ins all can take part goes first: those of the others may become ready meanwhile, which
-    // saves a pass.
-    std::optional<std::size_t> best;
-    std::size_t fewestWaiting = 0;
+/// The sources, or rows of sources, that some target still waits for; in the order of the first of them.
+std::vector<std::vector<std::size_t>> Execution::waitingTables() const {
+    std::vector<std::vector<std::size_t>> tables;
     for (const std::size_t source : state.plan.order()) {
+        for (std::size_t i = 0; i < state.runs.size(); ++i) {
+            const std::vector<std::size_t>& legs = state.plan.legs(i);
+            const bool isNew = std::find(tables.begin(), tables.end(), legs) == tables.end();
+            if (isTarget(i) && !legs.empty() && legs.front() == source && isNew) {
+                tables.push_back(legs);
+            }
+        }
+    }
+    return tables;
+}
+
+bool Execution::passNext() {
+    // A table whose plug-ins all can take part goes first: those of the others may become ready meanwhile, which
+    // saves a pass.
+    std::optional<std::vector<std::size_t>> best;
+    std::size_t fewestWaiting = 0;
+    for (const std::vector<std::size_t>& legs : waitingTables()) {
         std::size_t ready = 0;
         std::size_t waiting = 0;
         for (std::size_t i = 0; i < state.runs.size(); ++i) {
-            if (isTarget(i) && sourceOf(i) == source) {
+            if (isTarget(i) && state.plan.legs(i) == legs) {
                 ++(isReady(i) ? ready : waiting);
             }
         }
         if (ready > 0 && (!best || waiting < fewestWaiting)) {
-            best = source;
+            best = legs;
             fewestWaiting = waiting;
         }
     }
@@ -193,18 +203,31 @@ bool Execution::passNext() {
     return true;
 }
 
-std::vector<std::size_t> Execution::stepsFor(std::size_t source) const {
-    std::set<std::size_t> wanted;
+std::vector<StepPlace> Execution::stepsFor(const std::vector<std::size_t>& legs) const {
+    std::set<StepPlace> wanted;
+    std::vector<StepPlace> open;
     for (std::size_t i = 0; i < state.runs.size(); ++i) {
-        if (isTarget(i) && sourceOf(i) == source && isReady(i)) {
-            for (std::size_t at = i; at != source; at = *state.plan.tableFeeder(at)) {
-                wanted.insert(at);
-            }
+        if (isTarget(i) && state.plan.legs(i) == legs && isReady(i)) {
+            open.push_back({i, 0});
         }
     }
-    std::vector<std::size_t> steps;
-    std::copy_if(state.plan.order().begin(), state.plan.order().end(), std::back_inserter(steps),
-                 [&](std::size_t node) { return wanted.count(node) > 0; });
+    while (!open.empty()) {
+        const StepPlace place = open.back();
+        open.pop_back();
+        if (state.plan.shape(place.node) == Shape::Source || !wanted.insert(place).second) {
+            continue;
+        }
+        std::size_t leg = place.firstLeg;
+        for (const std::size_t feeder : state.plan.tableFeeders(place.node)) {
+            open.push_back({feeder, leg});
+            leg += state.plan.legs(feeder).size();
+        }
+    }
+    std::vector<StepPlace> steps;
+    for (const std::size_t node : state.plan.order()) {
+        std::copy_if(wanted.begin(), wanted.end(), std::back_inserter(steps),
+                     [&](const StepPlace& place) { return place.node == node; });
+    }
     return steps;
 }
 

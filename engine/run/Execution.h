@@ -3,6 +3,7 @@
 #include "Keeper.h"
 #include "Reasons.h"
 #include "RunState.h"
+#include "StreamPass.h"
 
 #include <cstddef>
 #include <optional>
@@ -40,9 +41,9 @@ private:
 
     bool passNext();
     bool isTarget(std::size_t position) const;
-    std::optional<std::size_t> sourceOf(std::size_t position) const;
     bool isReady(std::size_t target) const;
-    std::vector<std::size_t> stepsFor(std::size_t source) const;
+    std::vector<std::vector<std::size_t>> waitingTables() const;
+    std::vector<StepPlace> stepsFor(const std::vector<std::size_t>& legs) const;
 
     void settleRest();
 

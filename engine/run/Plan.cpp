@@ -8,6 +8,9 @@
 namespace velmorak {
 namespace {
 
+/// Concatenations that double a table many times over would read its source for ever.
+constexpr std::size_t maxLegs = 1000;
+
 std::string article(const std::string& noun) {
     return (std::string("aeiou").find(noun.front()) == std::string::npos ? "a " : "an ") + noun;
 }
@@ -29,6 +32,9 @@ Shape shapeOf(const Kind* kind) {
     if (dynamic_cast<const RowWise*>(kind)) {
         return Shape::RowWise;
     }
+    if (dynamic_cast<const Concatenation*>(kind)) {
+        return Shape::Concatenation;
+    }
     if (dynamic_cast<const Accumulator*>(kind)) {
         return Shape::Accumulator;
     }
@@ -42,17 +48,23 @@ Plan::Plan(const Pipeline& pipeline)
       unordered(pipeline.nodes.size(), true),
       cycles(pipeline.nodes.size()),
       asked(pipeline.nodes.size(), false),
-      tables(pipeline.nodes.size()) {
+      tables(pipeline.nodes.size()),
+      legsOf(pipeline.nodes.size()) {
     for (const PipelineNode& node : pipeline.nodes) {
         shapes.push_back(shapeOf(node.kind));
     }
     connect();
     sort();
     ask();
+    findLegs();
 }
 
 bool Plan::isStream(std::size_t node) const {
-    return shapes[node] == Shape::Source || shapes[node] == Shape::RowWise;
+    return shapes[node] == Shape::Source || shapes[node] == Shape::RowWise || shapes[node] == Shape::Concatenation;
+}
+
+std::optional<std::size_t> Plan::tableFeeder(std::size_t node) const {
+    return tables[node].empty() ? std::nullopt : std::optional(tables[node].front());
 }
 
 void Plan::connect() {
@@ -67,8 +79,9 @@ void Plan::connect() {
                 known.push_back(feeder);
                 consumersOf[feeder].push_back(node);
             }
-            if (!tables[node] && bringsTable(input)) {
-                tables[node] = feeder;
+            const bool hasPlace = tables[node].empty() || shapes[node] == Shape::Concatenation;
+            if (hasPlace && bringsTable(input)) {
+                tables[node].push_back(feeder);
             }
         }
     }
@@ -127,6 +140,19 @@ void Plan::ask() {
     }
 }
 
+void Plan::findLegs() {
+    for (const std::size_t node : ordered) {
+        if (shapes[node] == Shape::Source) {
+            legsOf[node] = {node};
+            continue;
+        }
+        for (const std::size_t feeder : tables[node]) {
+            legsOf[node].insert(legsOf[node].end(), legsOf[feeder].begin(), legsOf[feeder].end());
+        }
+        legsOf[node].resize(std::min(legsOf[node].size(), maxLegs + 1));
+    }
+}
+
 const OutputSpec* Plan::outputOf(const PipelineWire& wire) const {
     const std::vector<OutputSpec>& outputs = pipeline.nodes[wire.node].outputs;
     const auto found =
@@ -182,7 +208,8 @@ std::string Plan::inputObjection(std::size_t node, const PipelineInput& input) c
         return "output \"" + output->name + "\" of \"" + feeder.name + "\" is " + article(typeName(output->type)) +
                ", where " + article(typeName(spec.type)) + " is needed";
     }
-    const bool takesTables = shapes[node] == Shape::RowWise || shapes[node] == Shape::Accumulator;
+    const bool takesTables =
+        shapes[node] == Shape::RowWise || shapes[node] == Shape::Concatenation || shapes[node] == Shape::Accumulator;
     if (output->type == ValueType::Table && !takesTables) {
         return "output \"" + output->name + "\" of \"" + feeder.name + "\" is a table, which this kind cannot take";
     }
@@ -190,18 +217,21 @@ std::string Plan::inputObjection(std::size_t node, const PipelineInput& input) c
 }
 
 std::string Plan::shapeObjection(std::size_t node) const {
+    if (legsOf[node].size() > maxLegs) {
+        return "it would read tables more than " + textOf(static_cast<double>(maxLegs)) + " times";
+    }
     const PipelineInput* first = nullptr;
     for (const PipelineInput& input : pipeline.nodes[node].inputs) {
         if (!bringsTable(input)) {
             continue;
         }
-        if (first) {
+        if (first && shapes[node] != Shape::Concatenation) {
             return aboutInput(input.spec.name, "a table comes by input \"" + first->spec.name +
                                                    "\" already, and a plug-in can take only one");
         }
         first = &input;
     }
-    return shapes[node] == Shape::RowWise && !first ? "no table is wired" : "";
+    return isStream(node) && shapes[node] != Shape::Source && !first ? "no table is wired" : "";
 }
 
 std::string Plan::cycleSentence(std::size_t node) const {

@@ -9,7 +9,7 @@
 
 namespace velmorak {
 
-enum class Shape { Unknown, Source, RowWise, Accumulator, Function };
+enum class Shape { Unknown, Source, RowWise, Concatenation, Accumulator, Function };
 
 Shape shapeOf(const Kind* kind);
 
@@ -27,10 +27,14 @@ public:
     /// The start plug-in, and all that is downstream of it.
     bool isAsked(std::size_t node) const { return asked[node]; }
     Shape shape(std::size_t node) const { return shapes[node]; }
-    /// A source or row-wise plug-in: its rows pass and are not kept.
+    /// A source, row-wise plug-in or concatenation: its rows pass and are not kept.
     bool isStream(std::size_t node) const;
     /// The plug-in whose table comes into this one.
-    std::optional<std::size_t> tableFeeder(std::size_t node) const { return tables[node]; }
+    std::optional<std::size_t> tableFeeder(std::size_t node) const;
+    /// The same for a concatenation, which takes several, in the order of its inputs; one may be there twice.
+    const std::vector<std::size_t>& tableFeeders(std::size_t node) const { return tables[node]; }
+    /// The sources whose rows come to, or from, this plug-in, in the order of the rows; one may be there twice.
+    const std::vector<std::size_t>& legs(std::size_t node) const { return legsOf[node]; }
     /// @return empty, or why the plug-in cannot run, as a sentence.
     std::string objection(std::size_t node) const;
 
@@ -39,6 +43,7 @@ private:
     void sort();
     void append(std::size_t first, std::vector<std::size_t>& waitsFor);
     void ask();
+    void findLegs();
     std::string cycleSentence(std::size_t node) const;
     std::string inputObjection(std::size_t node, const PipelineInput& input) const;
     std::string shapeObjection(std::size_t node) const;
@@ -53,7 +58,8 @@ private:
     std::vector<bool> unordered;      ///< While the order is made: not in it yet.
     std::vector<std::string> cycles;  ///< Objection of those that lie on a cycle.
     std::vector<bool> asked;
-    std::vector<std::optional<std::size_t>> tables;
+    std::vector<std::vector<std::size_t>> tables;
+    std::vector<std::vector<std::size_t>> legsOf;
 };
 
 }  // namespace velmorak

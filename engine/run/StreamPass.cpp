@@ -1,6 +1,6 @@
 #include "StreamPass.h"
 
-#include "Summary.h"
+#include "StreamParts.h"
 
 #include <oneapi/tbb/parallel_pipeline.h>
 
@@ -12,66 +12,47 @@ namespace {
 
 using Instant = std::chrono::steady_clock;
 
-constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
-
 }  // namespace
 
-/// A plug-in that the rows pass.
-struct StreamPass::Step {
-    std::size_t node = 0;
-    std::optional<std::size_t> parent;            ///< Step that yields its table; the source when nothing.
-    bool isDropped = false;                       ///< Seen in chunk order: the step, or one before it, failed.
-    std::atomic<std::uint64_t> failedAt = never;  ///< Least chunk that is known to fail; later ones are not tried.
-    std::unique_ptr<RowOperation> operation;
-    std::unique_ptr<Accumulation> accumulation;
-    std::unique_ptr<StateMerger> merger;
-    std::uint64_t rowsIn = 0;
-    std::uint64_t rowsOut = 0;
-    std::chrono::nanoseconds time{0};
-
-    const Schema& schema() const { return operation->schema(); }
-};
-
-/// A chunk on its way, with what the steps made of it.
-struct StreamPass::Work {
-    struct Made {
-        std::optional<Problem> problem;
-        std::unique_ptr<AccumulatorState> state;
-        std::uint64_t rowsIn = 0;
-        std::uint64_t rowsOut = 0;
-        std::chrono::nanoseconds time{0};
-    };
-
-    std::atomic<bool> place = false;
-    Chunk chunk;
-    std::vector<Made> made;  ///< Parallel to the steps.
-};
-
-StreamPass::StreamPass(RunState& state, std::size_t source, const std::vector<std::size_t>& nodes)
-    : state(state), source(source) {
-    for (const std::size_t node : nodes) {
-        auto step = std::make_unique<Step>();
-        step->node = node;
-        const std::size_t feeder = *state.plan.tableFeeder(node);
-        for (std::size_t i = 0; i < steps.size(); ++i) {
-            if (steps[i]->node == feeder) {
-                step->parent = i;
-            }
-        }
-        steps.push_back(std::move(step));
+StreamPass::StreamPass(RunState& state, const std::vector<std::size_t>& sources, const std::vector<StepPlace>& places)
+    : state(state) {
+    for (const std::size_t source : sources) {
+        legs.push_back(std::make_unique<Leg>());
+        legs.back()->source = source;
+    }
+    for (const StepPlace& place : places) {
+        addStep(place);
     }
 }
 
 StreamPass::~StreamPass() = default;
 
+void StreamPass::addStep(const StepPlace& place) {
+    auto step = std::make_unique<Step>();
+    step->node = place.node;
+    std::size_t leg = place.firstLeg;
+    for (const std::size_t feeder : state.plan.tableFeeders(place.node)) {
+        Step::Parent parent{leg, state.plan.legs(feeder).size(), std::nullopt, nullptr};
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+            if (steps[i]->node == feeder && steps[i]->parents.front().firstLeg == leg) {
+                parent.step = i;
+                steps[i]->hasChild = true;
+            }
+        }
+        leg += parent.legs;
+        step->parents.push_back(std::move(parent));
+    }
+    steps.push_back(std::move(step));
+}
+
 void StreamPass::execute(std::size_t threads) {
-    open();
-    for (std::size_t i = 0; i < steps.size() && reader; ++i) {
+    const bool isOpen = open();
+    for (std::size_t i = 0; i < steps.size() && isOpen; ++i) {
         prepare(*steps[i]);
     }
     hasWork =
         steps.empty() || std::any_of(steps.begin(), steps.end(), [](const auto& step) { return !step->isDropped; });
-    if (!reader || !hasWork || state.isStopping()) {
+    if (!isOpen || !hasWork || state.isStopping()) {
         return;
     }
     if (const std::optional<Problem> problem = problemIn([&] { pump(threads); })) {
@@ -81,44 +62,85 @@ void StreamPass::execute(std::size_t threads) {
     finish();
 }
 
-void StreamPass::open() {
-    const Stopwatch watch(state, source);
-    NodeContext& context = *state.runs[source].context;
-    const auto* kind = dynamic_cast<const Source*>(state.node(source).kind);
+bool StreamPass::open() {
+    for (const auto& leg : legs) {
+        open(*leg);
+        if (!leg->reader) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void StreamPass::open(Leg& leg) {
+    const Stopwatch watch(state, leg.source);
+    NodeContext& context = *state.runs[leg.source].context;
+    const auto* kind = dynamic_cast<const Source*>(state.node(leg.source).kind);
     const std::optional<Problem> problem = problemIn([&] {
-        const NodeArguments arguments = state.arguments(source);
+        const NodeArguments arguments = state.arguments(leg.source);
         for (const std::filesystem::path& file : kind->files(arguments, context)) {
             context.watch(file.string());
         }
-        reader = kind->open(arguments, context);
+        leg.reader = kind->open(arguments, context);
     });
     if (problem) {
-        state.fail(source, *problem);
+        leg.reader.reset();
+        state.fail(leg.source, *problem);
     }
+}
+
+const Schema& StreamPass::schemaAt(const Step& step, std::size_t leg) const {
+    const std::optional<std::size_t> parent = step.parentFor(leg).step;
+    return parent ? steps[*parent]->parentFor(leg).operation->schema() : legs[leg]->reader->schema();
 }
 
 void StreamPass::prepare(Step& step) {
     const Stopwatch watch(state, step.node);
-    if (step.parent && steps[*step.parent]->isDropped) {
-        step.isDropped = true;
+    for (const Step::Parent& parent : step.parents) {
+        step.isDropped = step.isDropped || (parent.step && steps[*parent.step]->isDropped);
+    }
+    if (step.isDropped) {
         return;
     }
-    const std::optional<Problem> problem = problemIn([&] {
-        const Kind* kind = state.node(step.node).kind;
-        NodeContext& context = *state.runs[step.node].context;
-        const Schema& schema = step.parent ? steps[*step.parent]->schema() : reader->schema();
-        const NodeArguments arguments = state.arguments(step.node);
-        if (const auto* rowWise = dynamic_cast<const RowWise*>(kind)) {
-            step.operation = rowWise->prepare(arguments, schema, context);
-        } else if (const auto* accumulator = dynamic_cast<const Accumulator*>(kind)) {
-            step.accumulation = accumulator->prepare(arguments, &schema, context);
-            step.merger = std::make_unique<StateMerger>(*step.accumulation, accumulator->mergeOrder());
-        }
-    });
-    if (problem) {
+    if (const std::optional<Problem> problem = problemIn([&] { prepareOperations(step); })) {
         step.isDropped = true;
         state.fail(step.node, *problem);
+        return;
     }
+    for (const Step::Parent& parent : step.parents) {
+        step.stage = std::max(step.stage, parent.step ? steps[*parent.step]->stage : 0);
+    }
+    step.stage += step.countsRows() ? 1 : 0;
+}
+
+void StreamPass::prepareOperations(Step& step) {
+    const Kind* kind = state.node(step.node).kind;
+    NodeContext& context = *state.runs[step.node].context;
+    const NodeArguments arguments = state.arguments(step.node);
+    const Schema& schema = schemaAt(step, step.parents.front().firstLeg);
+    if (const auto* rowWise = dynamic_cast<const RowWise*>(kind)) {
+        step.parents.front().operation = rowWise->prepare(arguments, schema, context);
+    } else if (const auto* concatenation = dynamic_cast<const Concatenation*>(kind)) {
+        std::vector<Schema> schemas;
+        for (const Step::Parent& parent : step.parents) {
+            schemas.push_back(schemaAt(step, parent.firstLeg));
+        }
+        std::vector<std::unique_ptr<RowOperation>> operations = concatenation->prepare(arguments, schemas, context);
+        for (std::size_t i = 0; i < step.parents.size(); ++i) {
+            step.parents[i].operation = std::move(operations.at(i));
+        }
+    } else if (const auto* accumulator = dynamic_cast<const Accumulator*>(kind)) {
+        step.accumulation = accumulator->prepare(arguments, &schema, context);
+        step.merger = std::make_unique<StateMerger>(*step.accumulation, accumulator->mergeOrder());
+    }
+}
+
+std::size_t StreamPass::stages() const {
+    std::size_t last = 0;
+    for (const auto& step : steps) {
+        last = std::max(last, step->stage);
+    }
+    return last + 1;
 }
 
 void StreamPass::pump(std::size_t threads) {
@@ -127,21 +149,33 @@ void StreamPass::pump(std::size_t threads) {
     for (std::size_t i = 0; i < 2 * threads; ++i) {
         works.push_back(std::make_unique<Work>());
     }
-    const auto first = make_filter<void, Work*>(filter_mode::serial_in_order, [this](auto& control) {
+    auto chain = make_filter<void, Work*>(filter_mode::serial_in_order, [this](auto& control) {
         Work* work = read();
         if (!work) {
             control.stop();
         }
         return work;
     });
-    const auto second = make_filter<Work*, Work*>(filter_mode::parallel, [this](Work* work) {
-        perform(*work);
-        return work;
-    });
-    const auto third = make_filter<Work*, void>(filter_mode::serial_in_order, [this](Work* work) { takeIn(*work); });
+    const std::size_t count = stages();
+    for (std::size_t stage = 0; stage < count; ++stage) {
+        if (stage > 0) {
+            chain = chain & make_filter<Work*, Work*>(filter_mode::serial_in_order, [this, stage](Work* work) {
+                        this->count(*work, stage);
+                        return work;
+                    });
+        }
+        chain = chain & make_filter<Work*, Work*>(filter_mode::parallel, [this, stage, count](Work* work) {
+                    perform(*work, stage);
+                    if (stage + 1 == count) {
+                        release(*work);
+                    }
+                    return work;
+                });
+    }
+    const auto last = make_filter<Work*, void>(filter_mode::serial_in_order, [this](Work* work) { takeIn(*work); });
     { const Turn before(reading); }
     { const Turn before(takingIn); }
-    oneapi::tbb::parallel_pipeline(works.size(), first & second & third);
+    oneapi::tbb::parallel_pipeline(works.size(), chain & last);
     { const Turn after(reading); }
     { const Turn after(takingIn); }
 }
@@ -151,162 +185,114 @@ StreamPass::Work* StreamPass::read() {
     if (state.isStopping() || !hasWork || sourceProblem) {
         return nullptr;
     }
-    const Instant::time_point begin = Instant::now();
     // Chunks are done with in their order, so the one that had this place is.
     Work& work = *works[chunks % works.size()];
     const Turn turnOfWork(work.place);
     work.chunk = {};
-    bool hasRows = false;
-    sourceProblem = problemIn([&] { hasRows = reader->next(work.chunk); });
-    readingTime += Instant::now() - begin;
-    if (sourceProblem || !hasRows) {
+    while (legBeingRead < legs.size() && !readInto(work.chunk)) {
+        if (sourceProblem || ++legBeingRead == legs.size()) {
+            return nullptr;
+        }
+        work.chunk = {};
+    }
+    if (legBeingRead == legs.size()) {
         return nullptr;
     }
+    Leg& leg = *legs[legBeingRead];
+    work.leg = legBeingRead;
     work.chunk.number = chunks++;
-    work.chunk.firstRow = rows;
-    rows += work.chunk.rows;
+    work.chunk.firstRow = leg.rows;
+    leg.rows += work.chunk.rows;
     work.made.clear();
     work.made.resize(steps.size());
     showProgress();
     return &work;
 }
 
-void StreamPass::showProgress() {
-    if (!state.messages.isProgressDue()) {
-        return;
+bool StreamPass::readInto(Chunk& chunk) {
+    Leg& leg = *legs[legBeingRead];
+    if (leg.isOver) {
+        return false;
     }
-    std::optional<double> fraction;
-    sourceProblem = problemIn([&] { fraction = reader->fraction(); });
-    if (fraction) {
-        fractionShown = std::max(fractionShown, std::min(*fraction, 1.0));
-        fraction = fractionShown;
-    }
-    const std::chrono::duration<double> elapsed = Instant::now() - began;
-    state.messages.showProgress(progressText(state.node(source).name, rows, fraction, elapsed));
+    const Instant::time_point begin = Instant::now();
+    bool hasRows = false;
+    sourceProblem = problemIn([&] { hasRows = leg.reader->next(chunk); });
+    leg.time += Instant::now() - begin;
+    return hasRows && !sourceProblem;
 }
 
-void StreamPass::perform(Work& work) {
+const Chunk* StreamPass::tableFor(const Step& step, const Work& work) const {
+    const std::optional<std::size_t> parent = step.parentFor(work.leg).step;
+    if (!parent) {
+        return &work.chunk;
+    }
+    const std::optional<Chunk>& table = work.made[*parent].table;
+    return table ? &*table : nullptr;
+}
+
+void StreamPass::count(Work& work, std::size_t stage) {
+    const Turn turnOfWork(work.place);
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        Step& step = *steps[i];
+        if (step.stage != stage || !step.countsRows() || !step.sees(work.leg)) {
+            continue;
+        }
+        const Turn turn(step.counting);
+        const Chunk* table = tableFor(step, work);
+        Work::Made& made = work.made[i];
+        made.rowsBefore = step.rowsCounted;
+        made.isOver = !step.parents.front().operation->wantsRow(step.rowsCounted);
+        step.rowsCounted += table ? table->rows : 0;
+    }
+}
+
+void StreamPass::perform(Work& work, std::size_t stage) {
     const Turn turn(work.place);
-    std::vector<std::optional<Chunk>> tables(steps.size());
     for (std::size_t i = 0; i < steps.size() && !state.isStopping(); ++i) {
-        performStep(i, work, tables);
+        if (steps[i]->stage == stage && steps[i]->sees(work.leg)) {
+            performStep(i, work);
+        }
+    }
+}
+
+void StreamPass::release(Work& work) {
+    const Turn turn(work.place);
+    for (Work::Made& made : work.made) {
+        made.table.reset();
     }
     work.chunk.columns.clear();
 }
 
-void StreamPass::performStep(std::size_t position, Work& work, std::vector<std::optional<Chunk>>& tables) {
+void StreamPass::performStep(std::size_t position, Work& work) {
     Step& step = *steps[position];
-    if ((!step.operation && !step.accumulation) || work.chunk.number > step.failedAt ||
-        (step.parent && !tables[*step.parent])) {
+    Work::Made& made = work.made[position];
+    const Step::Parent& parent = step.parentFor(work.leg);
+    made.isOver = made.isOver || (parent.step && work.made[*parent.step].isOver);
+    const Chunk* table = tableFor(step, work);
+    if ((!parent.operation && !step.accumulation) || work.chunk.number > step.failedAt || !table || made.isOver) {
         return;
     }
     const Instant::time_point begin = Instant::now();
-    const Chunk& table = step.parent ? *tables[*step.parent] : work.chunk;
-    Work::Made& made = work.made[position];
-    made.rowsIn = table.rows;
+    made.rowsIn = table->rows;
     made.problem = problemIn([&] {
-        if (step.operation) {
-            tables[position] = step.operation->apply(table);
-            made.rowsOut = tables[position]->rows;
+        if (step.countsRows()) {
+            Chunk counted = *table;
+            counted.rowsBefore = made.rowsBefore;
+            made.table = parent.operation->apply(counted);
+        } else if (parent.operation) {
+            made.table = parent.operation->apply(*table);
         } else {
             made.state = step.accumulation->newState();
-            made.state->fill(table);
+            made.state->fill(*table);
         }
     });
+    made.rowsOut = made.table ? made.table->rows : 0;
     if (made.problem) {
         std::uint64_t least = step.failedAt;
         while (work.chunk.number < least && !step.failedAt.compare_exchange_weak(least, work.chunk.number)) {
         }
     }
     made.time = Instant::now() - begin;
-}
-
-void StreamPass::takeIn(Work& work) {
-    const Turn turn(takingIn);
-    const Turn turnOfWork(work.place);
-    for (std::size_t i = 0; i < steps.size() && !state.isStopping(); ++i) {
-        takeInStep(i, work);
-    }
-}
-
-void StreamPass::takeInStep(std::size_t position, Work& work) {
-    Step& step = *steps[position];
-    if (step.isDropped) {
-        return;
-    }
-    const Instant::time_point begin = Instant::now();
-    Work::Made& made = work.made[position];
-    std::optional<Problem> problem = std::move(made.problem);
-    if (!problem && step.merger) {
-        problem = problemIn([&] { step.merger->take(std::move(made.state)); });
-    }
-    step.rowsIn += made.rowsIn;
-    step.rowsOut += made.rowsOut;
-    step.time += made.time + (Instant::now() - begin);
-    if (problem) {
-        state.fail(step.node, *problem);
-        drop(position);
-    }
-}
-
-void StreamPass::drop(std::size_t position) {
-    bool isWorking = false;
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-        Step& step = *steps[i];
-        if (i == position || (step.parent && steps[*step.parent]->isDropped)) {
-            step.isDropped = true;
-            step.failedAt = 0;
-            step.merger.reset();
-        }
-        isWorking = isWorking || !step.isDropped;
-    }
-    hasWork = isWorking;
-}
-
-void StreamPass::finish() {
-    NodeReport& report = state.runs[source].report;
-    report.rowsOut = rows;
-    state.addSeconds(source, readingTime);
-    for (const auto& step : steps) {
-        NodeReport& stepReport = state.runs[step->node].report;
-        stepReport.rowsIn = step->rowsIn;
-        stepReport.rowsOut = step->rowsOut;
-        state.addSeconds(step->node, step->time);
-    }
-    if (sourceProblem) {
-        state.fail(source, *sourceProblem);
-        return;
-    }
-    if (state.isStopping() || !hasWork) {
-        return;
-    }
-    state.runs[source].hasPassed = true;
-    for (const auto& step : steps) {
-        if (step->isDropped) {
-            continue;
-        }
-        state.runs[step->node].hasPassed = true;
-        if (step->accumulation) {
-            finishAccumulator(*step);
-        }
-    }
-}
-
-void StreamPass::finishAccumulator(Step& step) {
-    if (state.isStopping()) {
-        return;
-    }
-    const Stopwatch watch(state, step.node);
-    NodeResults results(state.node(step.node).outputs);
-    const std::optional<Problem> problem = problemIn([&] {
-        const std::unique_ptr<AccumulatorState> whole = step.merger->whole();
-        step.accumulation->finish(*whole, results);
-    });
-    if (problem) {
-        state.fail(step.node, *problem);
-    } else {
-        state.finish(step.node, Outcome::Done, results.values());
-    }
 }
 
 }  // namespace velmorak

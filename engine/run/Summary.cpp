@@ -21,6 +21,7 @@ std::string workText(const PipelineNode& node, const NodeReport& report, bool ta
         case Shape::Source:
             return rowsText(report.rowsOut) + ", " + time;
         case Shape::RowWise:
+        case Shape::Concatenation:
             return rowsText(report.rowsIn) + " in, " + rowsText(report.rowsOut) + " out, " + time;
         case Shape::Accumulator:
             return takesRows ? rowsText(report.rowsIn) + ", " + time : time;

@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-/// What the author of a plug-in kind includes. A kind takes one of four shapes, and writes only what differs:
-/// Source (yields chunks), RowWise (chunk to chunk), Accumulator (state per chunk, merged, finished), Function (values
-/// to values).
+/// What the author of a plug-in kind includes. A kind takes one of five shapes, and writes only what differs:
+/// Source (yields chunks), RowWise (chunk to chunk), Concatenation (tables one after the other), Accumulator (state per
+/// chunk, merged, finished), Function (values to values).
 namespace velmorak {
 
 struct InputSpec {
@@ -94,6 +94,11 @@ public:
     virtual ~RowOperation() = default;
     virtual const Schema& schema() const = 0;  ///< Of the chunks that apply yields.
     virtual Chunk apply(const Chunk& chunk) const = 0;
+    /// Whether apply looks at Chunk::rowsBefore. The run then counts the rows that come to it, in their order.
+    virtual bool countsRows() const { return false; }
+    /// Asked where countsRows. Once false for a row it stays so for those after it: apply is not called for chunks that
+    /// begin there, and a source is not read on for rows that nothing wants.
+    virtual bool wantsRow(std::uint64_t /*row*/) const { return true; }
 };
 
 /// Makes a table of a table, row by row. Its input of type table is its only one, and so is its output.
@@ -102,6 +107,17 @@ public:
     /// @throws Failure when schema and values do not go together.
     virtual std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema,
                                                   RunContext& context) const = 0;
+};
+
+/// Makes one table of several: the rows of each input of type table one after the other, in the order of the inputs.
+class Concatenation : public Kind {
+public:
+    /// @param schemas of the tables.
+    /// @return an operation for each of them; all yield the same schema.
+    /// @throws Failure when values and schemas do not go together.
+    virtual std::vector<std::unique_ptr<RowOperation>> prepare(const Arguments& arguments,
+                                                               const std::vector<Schema>& schemas,
+                                                               RunContext& context) const = 0;
 };
 
 /// What an accumulator has gathered. A state is filled by one thread.

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "StreamPass.h"
+
+#include <limits>
+
+namespace velmorak {
+
+/// Makes what one thread did in its turn visible to the next one in the same place. The scheduler of the stages does so
+/// as well; but it is not ours, and a tool that checks our threads cannot see into it.
+class StreamPass::Turn {
+public:
+    explicit Turn(std::atomic<bool>& place) : place(place) { static_cast<void>(place.load(std::memory_order_acquire)); }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ~Turn() { place.store(true, std::memory_order_release); }
+
+private:
+    std::atomic<bool>& place;
+};
+
+/// A source that the stream has its rows from.
+struct StreamPass::Leg {
+    std::size_t source = 0;
+    std::unique_ptr<TableReader> reader;
+    std::atomic<bool> isOver = false;  ///< Nothing wants more of its rows.
+    std::uint64_t rows = 0;
+    std::chrono::nanoseconds time{0};
+};
+
+/// A plug-in that the rows pass.
+struct StreamPass::Step {
+    static constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
+
+    /// What yields its table for some of the legs.
+    struct Parent {
+        std::size_t firstLeg = 0;
+        std::size_t legs = 0;
+        std::optional<std::size_t> step;               ///< The source of the leg when nothing.
+        std::unique_ptr<RowOperation> operation = {};  ///< Of the step, for what comes from there.
+    };
+
+    bool sees(std::size_t leg) const {
+        return leg >= parents.front().firstLeg && leg < parents.back().firstLeg + parents.back().legs;
+    }
+    const Parent& parentFor(std::size_t leg) const {
+        std::size_t at = 0;
+        while (leg >= parents[at].firstLeg + parents[at].legs) {
+            ++at;
+        }
+        return parents[at];
+    }
+    bool isOperation() const { return parents.front().operation != nullptr; }
+    bool countsRows() const { return isOperation() && parents.front().operation->countsRows(); }
+
+    std::size_t node = 0;
+    std::vector<Parent> parents;  ///< In the order of the legs, without gaps.
+    bool hasChild = false;
+    std::size_t stage = 0;                        ///< How often rows are counted before they come here.
+    bool isDropped = false;                       ///< Seen in chunk order: the step, or one before it, failed.
+    std::atomic<std::uint64_t> failedAt = never;  ///< Least chunk that is known to fail; later ones are not tried.
+    std::unique_ptr<Accumulation> accumulation;
+    std::unique_ptr<StateMerger> merger;
+    std::atomic<bool> counting = false;
+    std::uint64_t rowsCounted = 0;
+    std::uint64_t rowsIn = 0;
+    std::uint64_t rowsOut = 0;
+    std::chrono::nanoseconds time{0};
+};
+
+/// A chunk on its way, with what the steps made of it.
+struct StreamPass::Work {
+    struct Made {
+        std::optional<Problem> problem;
+        std::optional<Chunk> table;
+        std::unique_ptr<AccumulatorState> state;
+        bool isOver = false;  ///< The step, or one before it, wants neither this chunk nor a later one of the leg.
+        std::uint64_t rowsBefore = 0;
+        std::uint64_t rowsIn = 0;
+        std::uint64_t rowsOut = 0;
+        std::chrono::nanoseconds time{0};
+    };
+
+    std::atomic<bool> place = false;
+    std::size_t leg = 0;
+    Chunk chunk;
+    std::vector<Made> made;  ///< Parallel to the steps.
+};
+
+}  // namespace velmorak

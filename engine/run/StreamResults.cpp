@@ -1,0 +1,145 @@
+#include "StreamParts.h"
+#include "Summary.h"
+
+#include <algorithm>
+#include <utility>
+
+/// What is taken in of a stream's chunks, one after the other, and what remains when all have passed.
+namespace velmorak {
+
+using Instant = std::chrono::steady_clock;
+
+void StreamPass::showProgress() {
+    if (!state.messages.isProgressDue()) {
+        return;
+    }
+    const Leg& leg = *legs[legBeingRead];
+    std::optional<double> fraction;
+    sourceProblem = problemIn([&] { fraction = leg.reader->fraction(); });
+    if (fraction) {
+        const double done = static_cast<double>(legBeingRead) + std::min(*fraction, 1.0);
+        fractionShown = std::max(fractionShown, done / static_cast<double>(legs.size()));
+        fraction = fractionShown;
+    }
+    const std::chrono::duration<double> elapsed = Instant::now() - began;
+    state.messages.showProgress(progressText(state.node(leg.source).name, leg.rows, fraction, elapsed));
+}
+
+void StreamPass::takeIn(Work& work) {
+    const Turn turn(takingIn);
+    const Turn turnOfWork(work.place);
+    for (std::size_t i = 0; i < steps.size() && !state.isStopping(); ++i) {
+        if (steps[i]->sees(work.leg)) {
+            takeInStep(i, work);
+        }
+    }
+    closeLeg(work);
+}
+
+void StreamPass::takeInStep(std::size_t position, Work& work) {
+    Step& step = *steps[position];
+    if (step.isDropped) {
+        return;
+    }
+    const Instant::time_point begin = Instant::now();
+    Work::Made& made = work.made[position];
+    std::optional<Problem> problem = std::move(made.problem);
+    if (!problem && made.state) {
+        problem = problemIn([&] { step.merger->take(std::move(made.state)); });
+    }
+    step.rowsIn += made.rowsIn;
+    step.rowsOut += made.rowsOut;
+    step.time += made.time + (Instant::now() - begin);
+    if (problem) {
+        state.fail(step.node, *problem);
+        drop(position);
+    }
+}
+
+void StreamPass::closeLeg(const Work& work) {
+    bool isWanted = steps.empty();
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        const Step& step = *steps[i];
+        isWanted = isWanted || (!step.hasChild && step.sees(work.leg) && !step.isDropped && !work.made[i].isOver);
+    }
+    if (!isWanted) {
+        legs[work.leg]->isOver = true;
+    }
+}
+
+void StreamPass::drop(std::size_t position) {
+    bool isWorking = false;
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        Step& step = *steps[i];
+        const bool hasLostParent =
+            std::any_of(step.parents.begin(), step.parents.end(),
+                        [&](const Step::Parent& parent) { return parent.step && steps[*parent.step]->isDropped; });
+        if (i == position || hasLostParent) {
+            step.isDropped = true;
+            step.failedAt = 0;
+            step.merger.reset();
+        }
+        isWorking = isWorking || !step.isDropped;
+    }
+    hasWork = isWorking;
+}
+
+void StreamPass::reportSteps() {
+    for (const auto& leg : legs) {
+        state.runs[leg->source].report.rowsOut = leg->rows;
+        state.addSeconds(leg->source, leg->time);
+    }
+    for (const auto& step : steps) {
+        NodeReport& report = state.runs[step->node].report;
+        report.rowsIn = 0;
+        report.rowsOut = 0;
+    }
+    for (const auto& step : steps) {
+        NodeReport& report = state.runs[step->node].report;
+        report.rowsIn += step->rowsIn;
+        report.rowsOut += step->rowsOut;
+        state.addSeconds(step->node, step->time);
+    }
+}
+
+void StreamPass::finish() {
+    reportSteps();
+    if (sourceProblem) {
+        state.fail(legs[std::min(legBeingRead, legs.size() - 1)]->source, *sourceProblem);
+        return;
+    }
+    if (state.isStopping() || !hasWork) {
+        return;
+    }
+    for (const auto& leg : legs) {
+        state.runs[leg->source].hasPassed = true;
+    }
+    for (const auto& step : steps) {
+        if (step->isDropped) {
+            continue;
+        }
+        state.runs[step->node].hasPassed = true;
+        if (step->accumulation) {
+            finishAccumulator(*step);
+        }
+    }
+}
+
+void StreamPass::finishAccumulator(Step& step) {
+    if (state.isStopping()) {
+        return;
+    }
+    const Stopwatch watch(state, step.node);
+    NodeResults results(state.node(step.node).outputs);
+    const std::optional<Problem> problem = problemIn([&] {
+        const std::unique_ptr<AccumulatorState> whole = step.merger->whole();
+        step.accumulation->finish(*whole, results);
+    });
+    if (problem) {
+        state.fail(step.node, *problem);
+    } else {
+        state.finish(step.node, Outcome::Done, results.values());
+    }
+}
+
+}  // namespace velmorak

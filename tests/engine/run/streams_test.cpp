@@ -1,0 +1,277 @@
+#include "RunFixture.h"
+
+#include <cstring>
+
+namespace velmorak::test {
+namespace {
+
+class JoinOperation : public RowOperation {
+public:
+    explicit JoinOperation(Schema schema) : columns(std::move(schema)) {}
+    const Schema& schema() const override { return columns; }
+    Chunk apply(const Chunk& chunk) const override { return chunk; }
+
+private:
+    Schema columns;
+};
+
+/// Puts the tables of "first" and "second" one after the other.
+class JoinKind : public Concatenation {
+public:
+    std::string name() const override { return "Join"; }
+    std::string summary() const override { return "Joins."; }
+    Ports ports(const ValueTexts&) const override {
+        return {{wireInput("first", ValueType::Table), wireInput("second", ValueType::Table)},
+                {output("table", ValueType::Table)}};
+    }
+    std::vector<std::unique_ptr<RowOperation>> prepare(const Arguments&, const std::vector<Schema>& schemas,
+                                                       RunContext&) const override {
+        std::vector<std::unique_ptr<RowOperation>> operations;
+        for (const Schema& schema : schemas) {
+            operations.push_back(std::make_unique<JoinOperation>(schema));
+        }
+        return operations;
+    }
+};
+
+class HeadOperation : public RowOperation {
+public:
+    HeadOperation(Schema schema, std::uint64_t count) : columns(std::move(schema)), count(count) {}
+    const Schema& schema() const override { return columns; }
+    bool countsRows() const override { return true; }
+    bool wantsRow(std::uint64_t row) const override { return row < count; }
+    Chunk apply(const Chunk& chunk) const override {
+        std::vector<std::uint8_t> keep(chunk.rows);
+        Chunk out = chunk;
+        out.rows = 0;
+        for (std::size_t row = 0; row < chunk.rows; ++row) {
+            keep[row] = chunk.rowsBefore + row < count ? 1 : 0;
+            out.rows += keep[row];
+        }
+        out.columns = {keepRows(*chunk.columns[0], keep)};
+        return out;
+    }
+
+private:
+    Schema columns;
+    std::uint64_t count;
+};
+
+/// Keeps as many rows as its input "count" says.
+class HeadKind : public RowWise {
+public:
+    std::string name() const override { return "Head"; }
+    std::string summary() const override { return "Keeps the first rows."; }
+    Ports ports(const ValueTexts&) const override {
+        return {{wireInput("table", ValueType::Table), numberInput("count", "10")},
+                {output("table", ValueType::Table)}};
+    }
+    std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema,
+                                          RunContext&) const override {
+        return std::make_unique<HeadOperation>(schema, static_cast<std::uint64_t>(arguments.integer("count")));
+    }
+};
+
+class Streams : public RunTest {
+protected:
+    /// Runs with several numbers of threads, all of which must give the same sum.
+    double sumForAnyThreads(const std::string& name) {
+        std::vector<double> sums;
+        for (const char* threads : {"1", "2", "3", "16"}) {
+            setenv("VELMORAK_THREADS", threads, 1);
+            run();
+            EXPECT_EQ(outcome(name), Outcome::Done) << sentence(name);
+            sums.push_back(number(name));
+            EXPECT_EQ(std::memcmp(&sums.back(), sums.data(), sizeof(double)), 0) << threads << " threads";
+        }
+        return sums.front();
+    }
+
+    std::uint64_t rowsInto(const std::string& name) { return of(name).rowsIn; }
+
+    RowSource rows;
+    CutKind cut;
+    SumKind sum;
+    PassKind pass;
+    JoinKind join;
+    HeadKind head;
+};
+
+TEST_F(Streams, tablesOfTwoSourcesFollowEachOther) {
+    add(rows, "a", {{"rows", std::to_string(2 * chunkRows + 5)}});
+    add(rows, "b", {{"rows", std::to_string(chunkRows + 7)}});
+    add(join, "join");
+    add(sum, "sum");
+    wire("a", "table", "join", "first");
+    wire("b", "table", "join", "second");
+    wire("join", "table", "sum", "table");
+    start("a");
+    sumForAnyThreads("sum");
+    EXPECT_EQ(rowsInto("sum"), 3 * chunkRows + 12);
+    EXPECT_EQ(text("sum", 1), "(((0 + 1 ) + (2 + 3 ) ) + 4 ) ") << "chunks are numbered through";
+    EXPECT_EQ(of("a").rowsOut, 2 * chunkRows + 5);
+    EXPECT_EQ(of("b").rowsOut, chunkRows + 7);
+    EXPECT_EQ(of("join").rowsOut, 3 * chunkRows + 12);
+}
+
+TEST_F(Streams, eachTableGoesThroughItsOwnPlugIns) {
+    add(rows, "a", {{"rows", "1000"}});
+    add(rows, "b", {{"rows", "2000"}});
+    add(cut, "none", {{"cut", "1e300"}});
+    add(join, "join");
+    add(sum, "sum");
+    add(sum, "ofB");
+    wire("a", "table", "none", "table");
+    wire("none", "table", "join", "first");
+    wire("b", "table", "join", "second");
+    wire("join", "table", "sum", "table");
+    wire("b", "table", "ofB", "table");
+    start("b");
+    EXPECT_EQ(sumForAnyThreads("sum"), number("ofB"));
+    EXPECT_EQ(rowsInto("sum"), 2000U);
+}
+
+TEST_F(Streams, oneTableCanBeBothHalves) {
+    add(rows, "a", {{"rows", "1000"}});
+    add(cut, "cut", {{"cut", "0"}});
+    add(join, "join");
+    add(sum, "sum");
+    wire("a", "table", "cut", "table");
+    wire("cut", "table", "join", "first");
+    wire("cut", "table", "join", "second");
+    wire("join", "table", "sum", "table");
+    run();
+    EXPECT_EQ(outcome("sum"), Outcome::Done) << sentence("sum");
+    EXPECT_EQ(of("a").rowsOut, 1000U);
+    EXPECT_EQ(rowsInto("cut"), 2000U);
+    EXPECT_EQ(rowsInto("sum"), of("cut").rowsOut);
+}
+
+TEST_F(Streams, joinedTablesCanBeJoinedAgain) {
+    add(rows, "a", {{"rows", "10"}});
+    add(rows, "b", {{"rows", "20"}});
+    add(rows, "c", {{"rows", "40"}});
+    add(join, "ab");
+    add(join, "all");
+    add(sum, "sum");
+    wire("a", "table", "ab", "first");
+    wire("b", "table", "ab", "second");
+    wire("c", "table", "all", "first");
+    wire("ab", "table", "all", "second");
+    wire("all", "table", "sum", "table");
+    start("c");
+    sumForAnyThreads("sum");
+    EXPECT_EQ(rowsInto("sum"), 70U);
+    EXPECT_EQ(text("sum", 1), "((0 + 1 ) + 2 ) ");
+}
+
+TEST_F(Streams, aTableThatDoublesWithoutEndIsRefused) {
+    add(rows, "j0", {{"rows", "1"}});
+    for (int i = 1; i <= 40; ++i) {
+        add(join, "j" + std::to_string(i));
+        for (const char* input : {"first", "second"}) {
+            wire("j" + std::to_string(i - 1), "table", "j" + std::to_string(i), input);
+        }
+    }
+    run();
+    EXPECT_EQ(sentence("j10"), "it would read tables more than 1000 times");
+}
+
+TEST_F(Streams, aSourceThatFailsEndsWhatItWasJoinedInto) {
+    RowSource failing;
+    failing.beforeChunk = [](std::uint64_t, RunContext&) { throw Failure("no good"); };
+    add(rows, "a", {{"rows", "10"}});
+    add(failing, "b", {{"rows", "20"}});
+    add(join, "join");
+    add(sum, "sum");
+    add(sum, "ofA");
+    wire("a", "table", "join", "first");
+    wire("b", "table", "join", "second");
+    wire("join", "table", "sum", "table");
+    wire("a", "table", "ofA", "table");
+    run();
+    EXPECT_EQ(sentence("b"), "no good");
+    EXPECT_EQ(sentence("sum"), "not run because of \"b\"");
+    EXPECT_EQ(outcome("ofA"), Outcome::Done);
+}
+
+TEST_F(Streams, anInputOfAJoinThatNothingFeedsIsNamed) {
+    add(rows, "a", {{"rows", "10"}});
+    add(join, "join");
+    wire("a", "table", "join", "second");
+    run();
+    EXPECT_EQ(sentence("join"), "input \"first\": nothing is wired where a table is needed");
+}
+
+TEST_F(Streams, rowsAreCountedAfterACut) {
+    add(rows, "a", {{"rows", std::to_string(20 * chunkRows)}});
+    add(cut, "cut", {{"cut", "0"}});
+    add(head, "head", {{"count", std::to_string(3 * chunkRows)}});
+    add(sum, "sum");
+    wire("a", "table", "cut", "table");
+    wire("cut", "table", "head", "table");
+    wire("head", "table", "sum", "table");
+    sumForAnyThreads("sum");
+    EXPECT_EQ(rowsInto("sum"), 3 * chunkRows);
+}
+
+TEST_F(Streams, rowsAreCountedInAJoinedTable) {
+    add(rows, "a", {{"rows", "100"}});
+    add(rows, "b", {{"rows", "100"}});
+    add(join, "join");
+    add(head, "head", {{"count", "150"}});
+    add(head, "again", {{"count", "120"}});
+    add(sum, "sum");
+    wire("a", "table", "join", "first");
+    wire("b", "table", "join", "second");
+    wire("join", "table", "head", "table");
+    wire("head", "table", "again", "table");
+    wire("again", "table", "sum", "table");
+    sumForAnyThreads("sum");
+    EXPECT_EQ(rowsInto("again"), 150U);
+    EXPECT_EQ(rowsInto("sum"), 120U);
+}
+
+TEST_F(Streams, aSourceIsNotReadForRowsThatNothingWants) {
+    add(rows, "a", {{"rows", std::to_string(1000 * chunkRows)}});
+    add(head, "head", {{"count", "5"}});
+    add(sum, "sum");
+    wire("a", "table", "head", "table");
+    wire("head", "table", "sum", "table");
+    sumForAnyThreads("sum");
+    EXPECT_EQ(rowsInto("sum"), 5U);
+    EXPECT_LT(of("a").rowsOut, 100 * chunkRows);
+    EXPECT_EQ(outcome("a"), Outcome::Done);
+    EXPECT_EQ(text("sum", 1), "0 ") << "what comes after does not decide how states meet";
+}
+
+TEST_F(Streams, aSourceIsReadOnForTheOthers) {
+    add(rows, "a", {{"rows", std::to_string(50 * chunkRows)}});
+    add(head, "head", {{"count", "5"}});
+    add(sum, "few");
+    add(sum, "all");
+    wire("a", "table", "head", "table");
+    wire("head", "table", "few", "table");
+    wire("a", "table", "all", "table");
+    sumForAnyThreads("few");
+    EXPECT_EQ(rowsInto("few"), 5U);
+    EXPECT_EQ(rowsInto("all"), 50 * chunkRows);
+}
+
+TEST_F(Streams, theSecondTableComesWhenEnoughOfTheFirstIsRead) {
+    add(rows, "a", {{"rows", std::to_string(1000 * chunkRows)}});
+    add(rows, "b", {{"rows", "7"}});
+    add(head, "head", {{"count", "5"}});
+    add(join, "join");
+    add(sum, "sum");
+    wire("a", "table", "head", "table");
+    wire("head", "table", "join", "first");
+    wire("b", "table", "join", "second");
+    wire("join", "table", "sum", "table");
+    sumForAnyThreads("sum");
+    EXPECT_EQ(rowsInto("sum"), 12U);
+    EXPECT_LT(of("a").rowsOut, 100 * chunkRows);
+}
+
+}  // namespace
+}  // namespace velmorak::test
