@@ -3,7 +3,8 @@
 
 usage: make_data.py FOLDER
 
-Writes First_steps/decays.aida, First_steps/stored.aida and Particle_physics/dimuon.aida below FOLDER. The random numbers come from a generator
+Writes First_steps/decays.aida, First_steps/stored.aida, Particle_physics/dimuon.aida, Tables/measured.csv and
+Tables/tracks.aida below FOLDER. The random numbers come from a generator
 of its own, and every number is written with four digits behind the point, so that no last bit of a function decides what
 the files hold.
 """
@@ -228,6 +229,39 @@ def stored(path):
     path.write_text(content, encoding="utf-8")
 
 
+def measured(path):
+    """Masses in GeV with a quality from 0 to 1; some values are missing, and one line is damaged."""
+    random = Random(0x0C5F)
+    out = ["# Masses that were measured\n", "run;mass;quality;comment\n"]
+    for number in range(1000):
+        mass = min(max(random.breit_wigner(91.19, 2.495), 20.0), 300.0)
+        quality = "NA" if random.uniform() < 0.02 else text(random.uniform())
+        comment = '"noisy; looked at again"' if number % 250 == 100 else ""
+        out.append("%d;%s;%s;%s\n" % (1 + number // 100, text(mass), quality, comment))
+        if number == 499:
+            out.append("6;the power failed\n")
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text("".join(out), encoding="utf-8")
+
+
+def tracks(path):
+    """Events with up to seven tracks each, as nested rows; momenta in GeV."""
+    random = Random(0x7AC5)
+    out = [header(), '<tuple name="events" title="Simulated events with tracks" path="/">\n<columns>\n']
+    out.append('<column name="event" type="int"/>\n<column name="trk" type="ITuple">\n<columns>\n')
+    out.append('<column name="px" type="double"/>\n<column name="py" type="double"/>\n</columns>\n</column>\n</columns>\n')
+    out.append("<rows>\n")
+    for number in range(500):
+        out.append('<row><entry value="%d"/><entryITuple>' % number)
+        for _ in range(int(8.0 * random.uniform())):
+            momentum, phi = random.exponential(1.8), random.between(-math.pi, math.pi)
+            values = (text(momentum * math.cos(phi)), text(momentum * math.sin(phi)))
+            out.append('<row><entry value="%s"/><entry value="%s"/></row>' % values)
+        out.append("</entryITuple></row>\n")
+    out.append("</rows>\n</tuple>\n</aida>\n")
+    write_compressed(path, "".join(out))
+
+
 def main():
     if len(sys.argv) != 2:
         sys.exit("usage: make_data.py FOLDER")
@@ -235,6 +269,8 @@ def main():
     dimuon(folder / "Particle_physics" / "dimuon.aida")
     decays(folder / "First_steps" / "decays.aida")
     stored(folder / "First_steps" / "stored.aida")
+    measured(folder / "Tables" / "measured.csv")
+    tracks(folder / "Tables" / "tracks.aida")
 
 
 if __name__ == "__main__":

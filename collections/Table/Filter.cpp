@@ -1,10 +1,8 @@
 #include "Filter.h"
 
+#include "Condition.h"
 #include "Parameters.h"
 
-#include <velmorak/Expression.h>
-
-#include <algorithm>
 #include <utility>
 
 namespace velmorak {
@@ -15,42 +13,17 @@ std::vector<std::string> ownInputs() {
     return {"table", "condition", "parameters"};
 }
 
-/// @return 1 for each row whose value is true: a number that is neither 0 nor NaN.
-std::vector<std::uint8_t> truthOf(const Column& column) {
-    if (column.type() == ColumnType::Boolean)
-        return column.booleans();
-    std::vector<std::uint8_t> truth(column.valueCount());
-    if (column.type() == ColumnType::Integer)
-        std::transform(column.integers().begin(), column.integers().end(), truth.begin(),
-                       [](std::int64_t value) { return static_cast<std::uint8_t>(value != 0); });
-    else
-        std::transform(column.reals().begin(), column.reals().end(), truth.begin(),
-                       [](double value) { return static_cast<std::uint8_t>(value < 0.0 || value > 0.0); });
-    return truth;
-}
-
 class FilterOperation : public RowOperation {
 public:
-    FilterOperation(Schema schema, Expression condition)
-        : columns(std::move(schema)), expression(std::move(condition)) {}
+    FilterOperation(Schema schema, Condition judge) : columns(std::move(schema)), condition(std::move(judge)) {}
 
     const Schema& schema() const override { return columns; }
 
-    Chunk apply(const Chunk& chunk) const override {
-        const std::vector<std::uint8_t> keep = truthOf(*expression.evaluate(chunk));
-        const auto kept =
-            static_cast<std::size_t>(std::count_if(keep.begin(), keep.end(), [](auto k) { return k != 0; }));
-        if (kept == chunk.rows)
-            return chunk;
-        Chunk out{.number = chunk.number, .firstRow = chunk.firstRow, .rows = kept, .columns = {}};
-        for (const ColumnPtr& column : chunk.columns)
-            out.columns.push_back(keepRows(*column, keep));
-        return out;
-    }
+    Chunk apply(const Chunk& chunk) const override { return onlyRows(chunk, condition.truthIn(chunk)); }
 
 private:
     Schema columns;
-    Expression expression;
+    Condition condition;
 };
 
 }  // namespace
@@ -89,13 +62,8 @@ std::unique_ptr<RowOperation> FilterKind::prepare(const Arguments& arguments, co
     const std::string& condition = arguments.text("condition");
     if (condition.empty())
         throw Failure("condition", "there is no condition to judge the rows by");
-    Expression expression(condition, schema, parameterNumbers(arguments, schema, ownInputs()));
-    if (expression.isList())
-        throw Failure("condition",
-                      "\"" + condition + "\" gives a list in each row, and a row is kept or not as a whole");
-    if (expression.type() == ColumnType::Text)
-        throw Failure("condition", "\"" + condition + "\" is a text, which is neither true nor false");
-    return std::make_unique<FilterOperation>(schema, std::move(expression));
+    return std::make_unique<FilterOperation>(
+        schema, Condition("condition", condition, schema, parameterNumbers(arguments, schema, ownInputs())));
 }
 
 }  // namespace velmorak

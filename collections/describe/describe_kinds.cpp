@@ -30,7 +30,7 @@ std::string purposeOf(const std::string& group) {
         {"Data", "Where tables and stored objects come from."},
         {"Histogram", "Histograms and statistics of tables."},
         {"Output", "Pictures and files."},
-        {"Table", "New columns and cuts, row by row."},
+        {"Table", "New columns, cuts, and tables made of others."},
     };
     return purposes.at(group);
 }

@@ -51,6 +51,7 @@ public:
 
     double number(const std::string& output) const;
     HistogramPtr histogram(const std::string& output) const;
+    std::string text(const std::string& output) const { return std::get<std::string>(outputs.at(output)); }
     const SmallTable& table() const { return made; }
     const std::filesystem::path& folder() const { return results; }
     const Kind& kind() const { return shipped; }
@@ -65,8 +66,13 @@ public:
                      const std::function<void(const std::filesystem::path&)>& writer) override;
     std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override;
     void warn(const std::string& sentence) override;
+    /// Warnings are kept, where they would otherwise end the test.
+    Bench& expectWarnings() { return isWarned = true, *this; }
+    const std::vector<std::string>& warnings() const { return allWarnings; }
 
 private:
+    void apply(const RowOperation& operation);
+    void concatenate(const Concatenation& concatenation, const Arguments& arguments);
     void accumulate(const Accumulator& accumulator, const Arguments& arguments, Results& sink);
 
     const Kind& shipped;
@@ -76,9 +82,12 @@ private:
     std::map<std::string, Value> wires;
     std::string tableInput;
     SmallTable given;
+    std::map<std::string, SmallTable> givenByInput;
     SmallTable made;
     std::map<std::string, Value> outputs;
     bool stopping = false;
+    bool isWarned = false;
+    std::vector<std::string> allWarnings;
 };
 
 }  // namespace velmorak::test

@@ -47,9 +47,12 @@ std::vector<std::string> kindNames() {
 }
 
 TEST(Catalogue, offersTheKindsByGroup) {
-    EXPECT_EQ(kindNames(), (std::vector<std::string>{"Number", "Adder", "Multiplier", "AidaTable", "AidaHistogram",
-                                                     "AidaProfile", "AidaPoints", "AidaFunction", "Histogram1D",
-                                                     "Statistics", "Plot", "AidaWriter", "Formula", "Filter"}));
+    EXPECT_EQ(
+        kindNames(),
+        (std::vector<std::string>{
+            "Number",       "Adder",    "Multiplier",  "AidaTable",   "AidaHistogram", "AidaProfile", "AidaPoints",
+            "AidaFunction", "CsvTable", "RandomTable", "Histogram1D", "Statistics",    "Plot",        "AidaWriter",
+            "Formula",      "Filter",   "Select",      "Range",       "Concat",        "CutFlow",     "Explode"}));
 }
 
 TEST(Catalogue, everySummaryFileSaysWhatItsKindsSay) {

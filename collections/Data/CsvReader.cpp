@@ -1,0 +1,138 @@
+#include "CsvReader.h"
+
+#include <set>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+/// Enough to tell whole numbers from others, and read in no time.
+constexpr std::size_t rowsToLookAt = 10000;
+
+std::string numbered(std::uint64_t number) {
+    return std::to_string(number);
+}
+
+Column emptyColumn(ColumnType type) {
+    switch (type) {
+        case ColumnType::Integer:
+            return {Column::Integers(), {}};
+        case ColumnType::Boolean:
+            return {Column::Booleans(), {}};
+        case ColumnType::Text:
+            return {Column::Texts(), {}};
+        default:
+            return {Column::Reals(), {}};
+    }
+}
+
+void shorten(Column& column, std::size_t rows) {
+    std::visit([rows](auto& values) { values.resize(rows); }, column.values);
+}
+
+}  // namespace
+
+CsvReader::CsvReader(CsvOptions csvOptions, RunContext& runContext)
+    : options(std::move(csvOptions)), context(runContext), records(options.file, options.form) {
+    findColumns();
+    if (options.hasHeader)
+        records.next(fields);
+}
+
+CsvReader::~CsvReader() {
+    reportSkipped();
+}
+
+/// @return the names in the first record, or as many made-up ones as it has fields.
+std::vector<std::string> CsvReader::readHeader(CsvRecords& from) const {
+    std::vector<CsvField> first;
+    if (!from.next(first))
+        throw Failure("file", "\"" + options.file.string() + "\" holds no rows");
+    std::vector<std::string> names;
+    std::set<std::string> seen;
+    for (const CsvField& field : first) {
+        const bool isNamed = options.hasHeader && !field.text.empty();
+        names.push_back(isNamed ? std::string(field.text) : "c" + numbered(names.size() + 1));
+        if (!seen.insert(names.back()).second)
+            throw Failure("file", "\"" + options.file.string() + "\", line " + numbered(from.line()) +
+                                      ": there are two columns \"" + names.back() + "\"");
+    }
+    return names;
+}
+
+void CsvReader::findColumns() {
+    CsvRecords sample(options.file, options.form);
+    const std::vector<std::string> names = readHeader(sample);
+    std::vector<TypeGuess> guesses(names.size());
+    if (!options.hasHeader)
+        sample = CsvRecords(options.file, options.form);
+    for (std::size_t row = 0; row < rowsToLookAt && sample.next(fields); ++row)
+        for (std::size_t i = 0; i < guesses.size() && fields.size() == guesses.size(); ++i)
+            guesses[i].see(fields[i], options.missing);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const auto given = options.types.find(names[i]);
+        columns.add({.name = names[i], .type = given == options.types.end() ? guesses[i].type() : given->second});
+    }
+    for (const auto& given : options.types)
+        if (!columns.find(given.first))
+            throw Failure("types", "there is no column \"" + given.first + "\"");
+}
+
+bool CsvReader::next(Chunk& chunk) {
+    std::vector<Column> target;
+    for (const ColumnInfo& column : columns.columns())
+        target.push_back(emptyColumn(column.type));
+    chunk.rows = 0;
+    for (std::size_t seen = 0; chunk.rows < chunkRows && records.next(fields); ++seen) {
+        if (seen % 4096 == 0 && context.isStopping())
+            throw Stopped();
+        const std::string complaint = complaintAbout(target);
+        if (complaint.empty()) {
+            ++chunk.rows;
+            continue;
+        }
+        if (!options.isSkipping)
+            throw Failure("file", complaint);
+        for (Column& column : target)
+            shorten(column, chunk.rows);
+        if (skippedRows++ == 0)
+            firstComplaint = complaint;
+    }
+    chunk.columns.clear();
+    for (Column& column : target)
+        chunk.columns.push_back(std::make_shared<const Column>(std::move(column)));
+    if (chunk.rows == 0)
+        reportSkipped();
+    return chunk.rows > 0;
+}
+
+/// Appends the record to the columns. @return an empty text, or why that cannot be done.
+std::string CsvReader::complaintAbout(std::vector<Column>& target) {
+    const auto where = [this] { return "\"" + options.file.string() + "\", line " + numbered(records.line()); };
+    if (!records.complaint().empty())
+        return where() + ": " + records.complaint();
+    if (fields.size() != target.size())
+        return where() + ": there are " + numbered(fields.size()) + " fields where there should be " +
+               numbered(target.size());
+    for (std::size_t i = 0; i < target.size(); ++i)
+        if (!appendField(fields[i], options.missing, target[i])) {
+            const std::string what = fields[i].text.empty()
+                                         ? "nothing stands where there should be a value, and only "
+                                           "a real or a text can be missing"
+                                         : "\"" + std::string(fields[i].text.substr(0, 40)) +
+                                               "\" is no value of type " + std::string(nameOf(target[i].type()));
+            return where() + ", column " + numbered(i + 1) + " (" + columns[i].name + "): " + what;
+        }
+    return {};
+}
+
+void CsvReader::reportSkipped() {
+    if (skippedRows == 0)
+        return;
+    context.warn(numbered(skippedRows) + (skippedRows == 1 ? " row was" : " rows were") +
+                 " skipped; the first: " + firstComplaint);
+    skippedRows = 0;
+}
+
+}  // namespace velmorak

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "CsvTypes.h"
+
+namespace velmorak {
+
+struct CsvOptions {
+    std::filesystem::path file;
+    CsvForm form;
+    bool hasHeader = true;
+    bool isSkipping = false;  ///< A row that cannot be read is left out; else it ends the reading.
+    std::string missing;      ///< Text of a missing value, beside an empty field.
+    std::map<std::string, ColumnType> types;
+};
+
+class CsvReader : public TableReader {
+public:
+    /// Looks at the first rows for the types that are not given.
+    /// @param runContext outlives this.
+    /// @throws Failure
+    CsvReader(CsvOptions csvOptions, RunContext& runContext);
+    ~CsvReader() override;
+
+    const Schema& schema() const override { return columns; }
+    bool next(Chunk& chunk) override;
+    std::optional<double> fraction() const override { return records.fraction(); }
+
+private:
+    std::vector<std::string> readHeader(CsvRecords& from) const;
+    void findColumns();
+    std::string complaintAbout(std::vector<Column>& target);
+    void reportSkipped();
+
+    CsvOptions options;
+    RunContext& context;
+    CsvRecords records;
+    Schema columns;
+    std::vector<CsvField> fields;
+    std::uint64_t skippedRows = 0;
+    std::string firstComplaint;
+};
+
+}  // namespace velmorak

@@ -1,0 +1,98 @@
+#include "CsvTable.h"
+
+#include "CsvReader.h"
+
+namespace velmorak {
+
+namespace {
+
+char delimiterNamed(const std::string& name) {
+    const std::map<std::string, char> delimiters = {
+        {"comma", ','}, {"semicolon", ';'}, {"tabulator", '\t'}, {"blanks", ' '}, {"bar", '|'}};
+    return delimiters.at(name);
+}
+
+std::filesystem::path fileOf(const Arguments& arguments, const RunContext& context) {
+    if (arguments.text("file").empty())
+        throw Failure("file", "there is no file to read");
+    return context.inputFile(arguments.text("file"));
+}
+
+std::vector<InputSpec> formInputs() {
+    return {
+        {.name = "delimiter",
+         .description = "What stands between the fields of a line; blanks: any number of blanks and tabulators.",
+         .type = ValueType::Choice,
+         .value = "comma",
+         .choices = {"comma", "semicolon", "tabulator", "blanks", "bar"}},
+        {.name = "header",
+         .description = "Yes: the first line names the columns. No: they are c1, c2 and so on.",
+         .type = ValueType::Choice,
+         .value = "yes",
+         .choices = {"yes", "no"}},
+        {.name = "comment",
+         .description = "Lines that begin with this are left out. Empty: there are no comments.",
+         .type = ValueType::Text,
+         .value = "#"},
+        {.name = "types",
+         .description = "Types of columns, for example run: integer, comment: text. The first 10000 rows decide on the "
+                        "others: integer, real, boolean or text.",
+         .type = ValueType::Text},
+        {.name = "missing",
+         .description = "What a missing value is written as, beside an empty field; it becomes NaN or an empty text.",
+         .type = ValueType::Text,
+         .value = "NA"},
+        {.name = "errors",
+         .description = "A row that cannot be read ends the reading (fail), or is left out, counted and reported "
+                        "(skip).",
+         .type = ValueType::Choice,
+         .value = "fail",
+         .choices = {"fail", "skip"}},
+    };
+}
+
+}  // namespace
+
+std::string CsvTableKind::summary() const {
+    return "Reads a table from a text file with a row on each line, such as CSV, from front to back.";
+}
+
+Ports CsvTableKind::ports(const ValueTexts&) const {
+    Ports ports;
+    ports.inputs = {{.name = "file",
+                     .description = "Text file. A relative name is looked for beside the document, then in the current "
+                                    "folder.",
+                     .type = ValueType::Text}};
+    for (InputSpec& input : formInputs())
+        ports.inputs.push_back(std::move(input));
+    ports.outputs = {{.name = "table", .description = "The rows of the file.", .type = ValueType::Table}};
+    return ports;
+}
+
+std::string CsvTableKind::refusal(const std::string& input, const std::string& value) const {
+    if (input != "types")
+        return {};
+    try {
+        csvTypesIn(value);
+        return {};
+    } catch (const Failure& failure) {
+        return failure.what();
+    }
+}
+
+std::unique_ptr<TableReader> CsvTableKind::open(const Arguments& arguments, RunContext& context) const {
+    return std::make_unique<CsvReader>(CsvOptions{.file = fileOf(arguments, context),
+                                                  .form = {.delimiter = delimiterNamed(arguments.text("delimiter")),
+                                                           .comment = arguments.text("comment")},
+                                                  .hasHeader = arguments.text("header") == "yes",
+                                                  .isSkipping = arguments.text("errors") == "skip",
+                                                  .missing = arguments.text("missing"),
+                                                  .types = csvTypesIn(arguments.text("types"))},
+                                       context);
+}
+
+std::vector<std::filesystem::path> CsvTableKind::files(const Arguments& arguments, RunContext& context) const {
+    return {fileOf(arguments, context)};
+}
+
+}  // namespace velmorak

@@ -1,0 +1,182 @@
+#include "Distribution.h"
+
+#include "Philox.h"
+
+#include <velmorak/Failure.h>
+#include <velmorak/Value.h>
+
+#include <cmath>
+#include <numbers>
+
+namespace velmorak {
+
+namespace {
+
+/// Random numbers of one row and column, two at a time.
+class Draws {
+public:
+    Draws(std::uint64_t row, std::uint32_t column, std::uint64_t seed) : row(row), column(column), seed(seed) {}
+
+    struct Pair {
+        double first, second;  ///< Above 0 and below 1.
+    };
+
+    Pair next() {
+        const Philox::Block block = Philox::at(
+            {static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(row >> 32U), column, count++}, seed);
+        return {uniform(block[0], block[1]), uniform(block[2], block[3])};
+    }
+
+private:
+    static double uniform(std::uint32_t high, std::uint32_t low) {
+        const std::uint64_t bits = (static_cast<std::uint64_t>(high) << 32U | low) >> 12U;
+        return (static_cast<double>(bits) + 0.5) * 0x1p-52;
+    }
+
+    std::uint64_t row;
+    std::uint32_t column;
+    std::uint64_t seed;
+    std::uint32_t count = 0;
+};
+
+/// Adds up probabilities until they exceed a random number; for small means.
+double smallPoisson(double mean, Draws& draws) {
+    const double u = draws.next().first;
+    double probability = std::exp(-mean);
+    double sum = probability;
+    double k = 0.0;
+    while (u > sum && probability > 0.0) {
+        k += 1.0;
+        probability *= mean / k;
+        sum += probability;
+    }
+    return k;
+}
+
+/// Transformed rejection: W. Hoermann, Insurance: Mathematics and Economics 12 (1993) 39.
+double largePoisson(double mean, Draws& draws) {
+    const double b = 0.931 + 2.53 * std::sqrt(mean);
+    const double a = -0.059 + 0.02483 * b;
+    const double inverseAlpha = 1.1239 + 1.1328 / (b - 3.4);
+    const double fastLimit = 0.9277 - 3.6224 / (b - 2.0);
+    for (;;) {
+        const Draws::Pair pair = draws.next();
+        const double u = pair.first - 0.5;
+        const double v = pair.second;
+        const double margin = 0.5 - std::fabs(u);
+        const double k = std::floor((2.0 * a / margin + b) * u + mean + 0.43);
+        if (margin >= 0.07 && v <= fastLimit)
+            return k;
+        if (k < 0.0 || (margin < 0.013 && v > margin))
+            continue;
+        int sign = 0;
+        const double logProbability = k * std::log(mean) - mean - ::lgamma_r(k + 1.0, &sign);
+        if (std::log(v * inverseAlpha / (a / (margin * margin) + b)) <= logProbability)
+            return k;
+    }
+}
+
+struct FormName {
+    const char* name;
+    Distribution::Form form;
+    std::size_t parameters;
+};
+
+constexpr FormName forms[] = {
+    {"uniform", Distribution::Form::Uniform, 2},         {"gauss", Distribution::Form::Gauss, 2},
+    {"exponential", Distribution::Form::Exponential, 1}, {"breitwigner", Distribution::Form::BreitWigner, 2},
+    {"poisson", Distribution::Form::Poisson, 1},
+};
+
+std::string trimmed(const std::string& text) {
+    const std::size_t begin = text.find_first_not_of(" \t\r");
+    return begin == std::string::npos ? std::string() : text.substr(begin, text.find_last_not_of(" \t\r") - begin + 1);
+}
+
+std::vector<std::string> splitAt(const std::string& text, const char* signs) {
+    std::vector<std::string> parts;
+    std::size_t begin = 0;
+    for (std::size_t end = 0; end != std::string::npos; begin = end + 1) {
+        end = text.find_first_of(signs, begin);
+        parts.push_back(trimmed(text.substr(begin, end == std::string::npos ? end : end - begin)));
+    }
+    return parts;
+}
+
+const FormName& formNamed(const std::string& name) {
+    std::string known;
+    for (const FormName& form : forms) {
+        if (name == form.name)
+            return form;
+        known += (known.empty() ? "" : ", ") + std::string(form.name);
+    }
+    throw Failure("columns", "there is no distribution \"" + name + "\", only " + known + ".");
+}
+
+/// @throws Failure where no number can be distributed so.
+void check(const Distribution& distribution, const std::string& text) {
+    using Form = Distribution::Form;
+    const Form form = distribution.form;
+    const bool isFinite = std::isfinite(distribution.first) && std::isfinite(distribution.second);
+    const bool isUsable = form == Form::Uniform       ? distribution.first < distribution.second
+                          : form == Form::Exponential ? distribution.first > 0.0
+                          : form == Form::Poisson     ? distribution.first >= 0.0 && distribution.first <= 1e15
+                                                      : distribution.second > 0.0;
+    if (!isFinite || !isUsable)
+        throw Failure("columns", "\"" + text + "\" has parameters that no distribution can have.");
+}
+
+Distribution distributionOf(const std::string& text) {
+    const std::size_t open = text.find('(');
+    if (open == std::string::npos || text.back() != ')')
+        throw Failure("columns", "\"" + text + "\" is no distribution, like gauss(0, 1).");
+    const FormName& form = formNamed(trimmed(text.substr(0, open)));
+    const std::vector<std::string> parameters = splitAt(text.substr(open + 1, text.size() - open - 2), ",");
+    Distribution distribution{.form = form.form};
+    bool isRead = parameters.size() == form.parameters && readNumber(parameters[0], distribution.first);
+    isRead = isRead && (parameters.size() == 1 || readNumber(parameters[1], distribution.second));
+    if (!isRead)
+        throw Failure("columns", "\"" + text + "\" must have " + (form.parameters == 1 ? "one number" : "two numbers") +
+                                     " in its brackets.");
+    check(distribution, text);
+    return distribution;
+}
+
+}  // namespace
+
+double Distribution::valueAt(std::uint64_t row, std::uint32_t column, std::uint64_t seed) const {
+    Draws draws(row, column, seed);
+    if (form == Form::Poisson)
+        return first < 30.0 ? smallPoisson(first, draws) : largePoisson(first, draws);
+    const Draws::Pair pair = draws.next();
+    switch (form) {
+        case Form::Uniform:
+            return first + (second - first) * pair.first;
+        case Form::Gauss:  // Box and Muller.
+            return first +
+                   second * std::sqrt(-2.0 * std::log(pair.first)) * std::cos(2.0 * std::numbers::pi * pair.second);
+        case Form::Exponential:
+            return -first * std::log(pair.first);
+        default:
+            return first + 0.5 * second * std::tan(std::numbers::pi * (pair.first - 0.5));
+    }
+}
+
+std::vector<RandomColumn> randomColumnsIn(const std::string& text) {
+    std::vector<RandomColumn> columns;
+    for (const std::string& line : splitAt(text, "\n;")) {
+        if (line.empty())
+            continue;
+        const std::size_t colon = line.find(':');
+        if (colon == std::string::npos || trimmed(line.substr(0, colon)).empty())
+            throw Failure("columns", "\"" + line + "\" must be a name, a colon and a distribution.");
+        const std::string name = trimmed(line.substr(0, colon));
+        for (const RandomColumn& column : columns)
+            if (column.name == name)
+                throw Failure("columns", "there are two columns \"" + name + "\".");
+        columns.push_back({name, distributionOf(trimmed(line.substr(colon + 1)))});
+    }
+    return columns;
+}
+
+}  // namespace velmorak

@@ -1,0 +1,116 @@
+#include "RandomTable.h"
+
+#include "Distribution.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+class RandomReader : public TableReader {
+public:
+    RandomReader(std::vector<RandomColumn> randomColumns, std::uint64_t rowCount, std::uint64_t seed,
+                 const RunContext& runContext)
+        : columns(std::move(randomColumns)), rows(rowCount), seed(seed), context(runContext) {
+        for (const RandomColumn& column : columns)
+            made.add({.name = column.name,
+                      .type = column.distribution.isInteger() ? ColumnType::Integer : ColumnType::Real});
+    }
+
+    const Schema& schema() const override { return made; }
+
+    bool next(Chunk& chunk) override {
+        chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(chunkRows, rows - row));
+        chunk.columns.clear();
+        for (std::uint32_t column = 0; column < columns.size() && chunk.rows > 0; ++column) {
+            if (context.isStopping())
+                throw Stopped();
+            chunk.columns.push_back(columnOf(column, chunk.rows));
+        }
+        row += chunk.rows;
+        return chunk.rows > 0;
+    }
+
+    std::optional<double> fraction() const override {
+        return rows == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(rows);
+    }
+
+private:
+    ColumnPtr columnOf(std::uint32_t position, std::size_t count) const {
+        const Distribution& distribution = columns[position].distribution;
+        if (distribution.isInteger())
+            return filled<std::int64_t>(distribution, position, count);
+        return filled<double>(distribution, position, count);
+    }
+
+    template <typename Number>
+    ColumnPtr filled(const Distribution& distribution, std::uint32_t position, std::size_t count) const {
+        std::vector<Number> values(count);
+        for (std::size_t i = 0; i < count; ++i)
+            values[i] = static_cast<Number>(distribution.valueAt(row + i, position, seed));
+        return std::make_shared<const Column>(Column{std::move(values), {}});
+    }
+
+    std::vector<RandomColumn> columns;
+    Schema made;
+    std::uint64_t rows;
+    std::uint64_t row = 0;
+    std::uint64_t seed;
+    const RunContext& context;
+};
+
+constexpr double largestWhole = 9007199254740992.0;  // All whole numbers up to here are doubles.
+
+}  // namespace
+
+std::string RandomTableKind::summary() const {
+    return "Makes a table of random numbers, the same ones for the same seed.";
+}
+
+Ports RandomTableKind::ports(const ValueTexts&) const {
+    return {{{.name = "rows",
+              .description = "Number of rows to make.",
+              .value = "1000",
+              .minimum = 0,
+              .maximum = largestWhole,
+              .isInteger = true},
+             {.name = "columns",
+              .description =
+                  "Columns, one a line or separated by semicolons, each as name: distribution, for example "
+                  "t: exponential(2.2); m: gauss(91.2, 2.5). There are uniform(low, high), gauss(mean, deviation), "
+                  "exponential(mean), breitwigner(peak, full width) and poisson(mean).",
+              .type = ValueType::Text,
+              .value = "x: uniform(0, 1)"},
+             {.name = "seed",
+              .description = "Number that decides which random numbers come; with the same one they are the same.",
+              .value = "1",
+              .minimum = 0,
+              .maximum = largestWhole,
+              .isInteger = true}},
+            {{.name = "table",
+              .description = "The random numbers; a Poisson column is integer, the others are real.",
+              .type = ValueType::Table}}};
+}
+
+std::string RandomTableKind::refusal(const std::string& input, const std::string& value) const {
+    if (input != "columns")
+        return {};
+    try {
+        randomColumnsIn(value);
+        return {};
+    } catch (const Failure& failure) {
+        return failure.what();
+    }
+}
+
+std::unique_ptr<TableReader> RandomTableKind::open(const Arguments& arguments, RunContext& context) const {
+    std::vector<RandomColumn> columns = randomColumnsIn(arguments.text("columns"));
+    if (columns.empty())
+        throw Failure("columns", "there is no column to make");
+    return std::make_unique<RandomReader>(std::move(columns), static_cast<std::uint64_t>(arguments.integer("rows")),
+                                          static_cast<std::uint64_t>(arguments.integer("seed")), context);
+}
+
+}  // namespace velmorak

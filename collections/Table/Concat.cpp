@@ -1,0 +1,152 @@
+#include "Concat.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+constexpr std::size_t maxTables = 16;
+
+std::string inputName(std::size_t position) {
+    return position == 0 ? "table" : "table" + textOf(static_cast<double>(position + 1));
+}
+
+std::size_t tableCount(const ValueTexts& values) {
+    const auto text = values.find("tables");
+    double count = 2.0;
+    if (text == values.end() || !readNumber(text->second, count) || !(count >= 2.0))
+        return 2;
+    return static_cast<std::size_t>(std::min(count, static_cast<double>(maxTables)));
+}
+
+/// Brings the columns of one table into the places and types of all.
+class JoinOperation : public RowOperation {
+public:
+    JoinOperation(const Schema& from, Schema to) : result(std::move(to)) {
+        for (const ColumnInfo& column : result.columns()) {
+            const std::size_t place = *from.find(column.name);
+            places.push_back(place);
+            areConverted.push_back(from[place].type != column.type);
+        }
+    }
+
+    const Schema& schema() const override { return result; }
+
+    Chunk apply(const Chunk& chunk) const override {
+        Chunk out = chunk;
+        out.columns.clear();
+        for (std::size_t i = 0; i < places.size(); ++i) {
+            const ColumnPtr& column = chunk.columns[places[i]];
+            out.columns.push_back(areConverted[i] ? asReals(column) : column);
+        }
+        return out;
+    }
+
+private:
+    Schema result;
+    std::vector<std::size_t> places;
+    std::vector<bool> areConverted;
+};
+
+bool isNumber(ColumnType type) {
+    return type == ColumnType::Real || type == ColumnType::Integer;
+}
+
+/// Narrows what is known of a column down to what also holds for the same column of another table.
+void unite(ColumnInfo& column, const ColumnInfo& other, std::size_t table) {
+    const bool haveOneType = column.type == other.type || (isNumber(column.type) && isNumber(other.type));
+    if (column.isList != other.isList || !haveOneType)
+        throw Failure(inputName(table), "column \"" + column.name + "\" is " + (other.isList ? "a list of " : "") +
+                                            std::string(nameOf(other.type)) + " here and " +
+                                            (column.isList ? "a list of " : "") + std::string(nameOf(column.type)) +
+                                            " in the tables before");
+    if (column.type != other.type)
+        column.type = ColumnType::Real;
+    if (column.unit != other.unit && !column.unit.empty() && !other.unit.empty())
+        throw Failure(inputName(table), "column \"" + column.name + "\" is in " + other.unit + " here and in " +
+                                            column.unit + " in the tables before");
+    if (column.unit.empty())
+        column.unit = other.unit;
+}
+
+void checkSameColumns(const Schema& schema, const Schema& first, std::size_t table) {
+    for (const ColumnInfo& column : first.columns())
+        if (!schema.find(column.name))
+            throw Failure(inputName(table), "it has no column \"" + column.name + "\"");
+    for (const ColumnInfo& column : schema.columns())
+        if (!first.find(column.name))
+            throw Failure(inputName(table), "the first table has no column \"" + column.name + "\"");
+}
+
+Schema unitedSchema(const std::vector<Schema>& schemas) {
+    Schema result;
+    for (ColumnInfo column : schemas.front().columns()) {
+        bool isCommon = true;
+        for (std::size_t table = 1; table < schemas.size(); ++table) {
+            const std::optional<std::size_t> place = schemas[table].find(column.name);
+            isCommon = isCommon && place;
+            if (isCommon)
+                unite(column, schemas[table][*place], table);
+        }
+        if (isCommon)
+            result.add(column);
+    }
+    return result;
+}
+
+}  // namespace
+
+std::string ConcatKind::summary() const {
+    return "Puts the rows of several tables one after the other.";
+}
+
+Ports ConcatKind::ports(const ValueTexts& values) const {
+    Ports ports;
+    const auto table = [](std::size_t position) {
+        return InputSpec{.name = inputName(position),
+                         .description = "Table number " + textOf(static_cast<double>(position + 1)) +
+                                        "; its rows follow those of the tables before.",
+                         .type = ValueType::Table};
+    };
+    ports.inputs = {table(0),
+                    table(1),
+                    {.name = "columns",
+                     .description = "The same: all tables must have columns of the same names, in any order. Common: "
+                                    "columns that some table does not have are left out.",
+                     .type = ValueType::Choice,
+                     .value = "same",
+                     .choices = {"same", "common"}},
+                    {.name = "tables",
+                     .description = "Number of tables, 2 to 16; each is an input of its own.",
+                     .value = "2",
+                     .minimum = 2,
+                     .maximum = static_cast<double>(maxTables),
+                     .isInteger = true}};
+    for (std::size_t i = 2; i < tableCount(values); ++i)
+        ports.inputs.push_back(table(i));
+    ports.outputs = {{.name = "table",
+                      .description = "All rows, with the columns in the order of the first table; a column that is "
+                                     "real in one table and integer in another is real.",
+                      .type = ValueType::Table}};
+    return ports;
+}
+
+std::vector<std::unique_ptr<RowOperation>> ConcatKind::prepare(const Arguments& arguments,
+                                                               const std::vector<Schema>& schemas, RunContext&) const {
+    if (arguments.isWired("tables"))
+        throw Failure("tables", "the number decides which inputs there are and cannot come by wire");
+    if (arguments.text("columns") == "same")
+        for (std::size_t table = 1; table < schemas.size(); ++table)
+            checkSameColumns(schemas[table], schemas.front(), table);
+    const Schema result = unitedSchema(schemas);
+    if (result.size() == 0)
+        throw Failure("columns", "the tables have no column in common");
+    std::vector<std::unique_ptr<RowOperation>> operations;
+    for (const Schema& schema : schemas)
+        operations.push_back(std::make_unique<JoinOperation>(schema, result));
+    return operations;
+}
+
+}  // namespace velmorak

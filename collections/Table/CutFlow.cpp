@@ -1,0 +1,195 @@
+#include "CutFlow.h"
+
+#include "Condition.h"
+#include "Cuts.h"
+#include "Parameters.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <optional>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+std::vector<std::string> ownInputs() {
+    return {"table", "cuts", "weight", "file", "parameters"};
+}
+
+/// Rows that came, in bin 0, and those left after each cut, in the bins that follow.
+class FlowState : public AccumulatorState {
+public:
+    FlowState(const std::vector<Condition>& cuts, const std::optional<Expression>& weight)
+        : cuts(cuts), weight(weight), bins(cuts.size() + 1) {}
+
+    void fill(const Chunk& chunk) override {
+        const ColumnPtr weights = weight ? asReals(weight->evaluate(chunk)) : nullptr;
+        std::vector<std::uint8_t> keep(chunk.rows, 1);
+        count(0, keep, weights.get());
+        for (std::size_t cut = 0; cut < cuts.size(); ++cut) {
+            const std::vector<std::uint8_t> truth = cuts[cut].truthIn(chunk);
+            std::transform(keep.begin(), keep.end(), truth.begin(), keep.begin(),
+                           [](auto left, auto right) { return static_cast<std::uint8_t>(left & right); });
+            count(cut + 1, keep, weights.get());
+        }
+    }
+
+    void merge(AccumulatorState& other) override {
+        for (std::size_t i = 0; i < bins.size(); ++i)
+            bins[i].add(static_cast<FlowState&>(other).bins[i]);
+    }
+
+    const std::vector<BinSums>& steps() const { return bins; }
+
+private:
+    void count(std::size_t bin, const std::vector<std::uint8_t>& keep, const Column* weights) {
+        BinSums chunkSums;
+        for (std::size_t row = 0; row < keep.size(); ++row) {
+            if (keep[row] == 0)
+                continue;
+            const double w = weights == nullptr ? 1.0 : weights->reals()[row];
+            const auto x = static_cast<double>(bin);
+            chunkSums.add({.entries = 1, .w = w, .ww = w * w, .wx = w * x, .wxx = w * x * x});
+        }
+        bins[bin].add(chunkSums);
+    }
+
+    const std::vector<Condition>& cuts;
+    const std::optional<Expression>& weight;
+    std::vector<BinSums> bins;
+};
+
+std::string percent(double part, double whole) {
+    return whole == 0.0 ? "-" : textOf(std::round(1e4 * part / whole) / 100.0);
+}
+
+class FlowAccumulation : public Accumulation {
+public:
+    FlowAccumulation(const Arguments& arguments, const Schema& schema, RunContext& runContext)
+        : context(runContext), file(arguments.text("file")) {
+        const std::map<std::string, double> numbers = parameterNumbers(arguments, schema, ownInputs());
+        for (const Cut& cut : cutsIn(arguments.text("cuts"))) {
+            names.push_back(cut.name);
+            cuts.emplace_back("cuts", cut.condition, schema, numbers);
+        }
+        if (const std::string& text = arguments.text("weight"); !text.empty())
+            weight.emplace(text, schema, numbers);
+        if (weight && (weight->isList() || weight->type() == ColumnType::Text))
+            throw Failure("weight", "\"" + arguments.text("weight") + "\" is no number");
+    }
+
+    std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<FlowState>(cuts, weight); }
+
+    void finish(AccumulatorState& state, Results& results) override {
+        const std::vector<BinSums>& steps = static_cast<FlowState&>(state).steps();
+        const std::string text = described(steps);
+        results.set("rows", static_cast<double>(steps.back().entries));
+        results.set("weights", steps.back().w);
+        results.set("histogram", histogramOf(steps));
+        results.set("text", text);
+        if (!file.empty())
+            context.writeResult(file, [&](const std::filesystem::path& path) { write(path, text); });
+    }
+
+private:
+    std::string described(const std::vector<BinSums>& steps) const {
+        std::string text = "cut\trows\tweights\t% of the rows before\t% of all rows\n";
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+            const auto rows = static_cast<double>(steps[i].entries);
+            const auto before = static_cast<double>(steps[i == 0 ? 0 : i - 1].entries);
+            text += (i == 0 ? "all" : names[i - 1]) + "\t" + textOf(rows) + "\t" + textOf(steps[i].w) + "\t" +
+                    percent(rows, before) + "\t" + percent(rows, static_cast<double>(steps[0].entries)) + "\n";
+        }
+        return text;
+    }
+
+    /// One bin for each step, of width 1 around its number.
+    Value histogramOf(const std::vector<BinSums>& steps) const {
+        std::vector<BinSums> cells(1);
+        cells.insert(cells.end(), steps.begin(), steps.end());
+        cells.emplace_back();
+        auto histogram = std::make_shared<Histogram1D>(
+            Axis(steps.size(), -0.5, static_cast<double>(steps.size()) - 0.5), std::move(cells), 0);
+        histogram->name = context.pluginName();
+        histogram->title = context.pluginName();
+        histogram->setAxisTitle("number of cuts");
+        return DataObjectPtr(std::move(histogram));
+    }
+
+    static void write(const std::filesystem::path& path, const std::string& text) {
+        std::ofstream out(path, std::ios::binary);
+        if (!(out << text).flush())
+            throw Failure("file", "the file cannot be written");
+    }
+
+    RunContext& context;
+    std::string file;
+    std::vector<std::string> names;
+    std::vector<Condition> cuts;
+    std::optional<Expression> weight;
+};
+
+}  // namespace
+
+std::string CutFlowKind::summary() const {
+    return "Counts the rows of a table that are left after each of several cuts.";
+}
+
+Ports CutFlowKind::ports(const ValueTexts& values) const {
+    Ports ports;
+    ports.inputs = {
+        {.name = "table", .description = "Table whose rows are judged.", .type = ValueType::Table},
+        {.name = "cuts",
+         .description = "Cuts in their order, one a line or separated by semicolons, each as name: condition, for "
+                        "example trigger: pt > 20; central: abs(eta) < 2.4.",
+         .type = ValueType::Text},
+        {.name = "weight", .description = "Expression for the weight of a row. Empty: 1.", .type = ValueType::Text},
+        {.name = "file",
+         .description = "File in the results folder that the counts are written to. Empty: none.",
+         .type = ValueType::Text},
+        parameterListInput(),
+    };
+    addParameterInputs(ports, values);
+    ports.outputs = {
+        {.name = "rows", .description = "Number of rows that pass all cuts.", .type = ValueType::Number},
+        {.name = "weights",
+         .description = "Sum of the weights of the rows that pass all cuts.",
+         .type = ValueType::Number},
+        {.name = "histogram",
+         .description = "Rows left after each cut, with their weights: bin 0 holds all rows, bin 1 those after the "
+                        "first cut.",
+         .type = ValueType::Histogram},
+        {.name = "text",
+         .description = "A line for each cut: its name, rows and weights that are left, and the percentage of rows, "
+                        "with tabulators between them.",
+         .type = ValueType::Text},
+    };
+    return ports;
+}
+
+std::string CutFlowKind::refusal(const std::string& input, const std::string& value) const {
+    if (input == "weight")
+        return expressionRefusal(value);
+    if (input == "parameters")
+        return parameterRefusal(value, ownInputs());
+    if (input != "cuts")
+        return {};
+    for (const Cut& cut : cutsIn(value)) {
+        if (cut.condition.empty())
+            return "Cut \"" + cut.name + "\" has no condition.";
+        if (std::string reason = expressionRefusal(cut.condition); !reason.empty())
+            return reason;
+    }
+    return {};
+}
+
+std::unique_ptr<Accumulation> CutFlowKind::prepare(const Arguments& arguments, const Schema* schema,
+                                                   RunContext& context) const {
+    if (schema == nullptr)
+        throw Failure("table", "nothing is wired");
+    return std::make_unique<FlowAccumulation>(arguments, *schema, context);
+}
+
+}  // namespace velmorak

@@ -1,0 +1,82 @@
+#include "Range.h"
+
+#include "Condition.h"
+
+#include <limits>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+/// Positions of rows in the table that comes in, counted from 0.
+struct Positions {
+    std::uint64_t first = 0;
+    std::uint64_t last = std::numeric_limits<std::uint64_t>::max();
+    std::uint64_t every = 1;
+
+    bool contains(std::uint64_t row) const { return row >= first && row <= last && (row - first) % every == 0; }
+};
+
+class RangeOperation : public RowOperation {
+public:
+    RangeOperation(Schema schema, Positions wanted) : columns(std::move(schema)), positions(wanted) {}
+
+    const Schema& schema() const override { return columns; }
+    bool countsRows() const override { return true; }
+    bool wantsRow(std::uint64_t row) const override { return row <= positions.last; }
+
+    Chunk apply(const Chunk& chunk) const override {
+        std::vector<std::uint8_t> keep(chunk.rows);
+        for (std::size_t row = 0; row < chunk.rows; ++row)
+            keep[row] = positions.contains(chunk.rowsBefore + row) ? 1 : 0;
+        return onlyRows(chunk, keep);
+    }
+
+private:
+    Schema columns;
+    Positions positions;
+};
+
+}  // namespace
+
+std::string RangeKind::summary() const {
+    return "Keeps the rows of a table from one position to another, or every n-th of them.";
+}
+
+Ports RangeKind::ports(const ValueTexts&) const {
+    const double largest = 9007199254740992.0;  // All whole numbers up to here are doubles.
+    return {{{.name = "table", .description = "Table whose rows are counted.", .type = ValueType::Table},
+             {.name = "first",
+              .description = "Position of the first row to keep; 0 is the first row that comes in.",
+              .value = "0",
+              .minimum = 0,
+              .maximum = largest,
+              .isInteger = true},
+             {.name = "last",
+              .description = "Position of the last row to keep. Infinity: to the end. The source is not read much "
+                             "further if nothing else needs its rows.",
+              .value = "Infinity",
+              .minimum = 0,
+              .isInteger = true},
+             {.name = "every",
+              .description = "Keep every n-th row, beginning with the first.",
+              .value = "1",
+              .minimum = 1,
+              .maximum = largest,
+              .isInteger = true}},
+            {{.name = "table",
+              .description = "The rows that were kept, with all their columns.",
+              .type = ValueType::Table}}};
+}
+
+std::unique_ptr<RowOperation> RangeKind::prepare(const Arguments& arguments, const Schema& schema, RunContext&) const {
+    Positions positions;
+    positions.first = static_cast<std::uint64_t>(arguments.integer("first"));
+    positions.every = static_cast<std::uint64_t>(arguments.integer("every"));
+    if (const double last = arguments.number("last"); last < 0x1p63)
+        positions.last = static_cast<std::uint64_t>(last);
+    return std::make_unique<RangeOperation>(schema, positions);
+}
+
+}  // namespace velmorak

@@ -1,0 +1,74 @@
+#include "Select.h"
+
+#include "Names.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+class SelectOperation : public RowOperation {
+public:
+    SelectOperation(const Schema& schema, std::vector<std::size_t> chosen) : places(std::move(chosen)) {
+        for (const std::size_t place : places)
+            result.add(schema[place]);
+    }
+
+    const Schema& schema() const override { return result; }
+
+    Chunk apply(const Chunk& chunk) const override {
+        Chunk out = chunk;
+        out.columns.clear();
+        for (const std::size_t place : places)
+            out.columns.push_back(chunk.columns[place]);
+        return out;
+    }
+
+private:
+    std::vector<std::size_t> places;
+    Schema result;
+};
+
+std::vector<std::size_t> allBut(const std::vector<std::size_t>& places, const Schema& schema) {
+    std::vector<std::size_t> others;
+    for (std::size_t place = 0; place < schema.size(); ++place)
+        if (std::find(places.begin(), places.end(), place) == places.end())
+            others.push_back(place);
+    return others;
+}
+
+}  // namespace
+
+std::string SelectKind::summary() const {
+    return "Keeps some columns of a table, or leaves them out.";
+}
+
+Ports SelectKind::ports(const ValueTexts&) const {
+    return {
+        {{.name = "table", .description = "Table whose columns are chosen from.", .type = ValueType::Table},
+         {.name = "columns",
+          .description = "Names of columns, separated by blanks or commas; a name with blanks in it in back quotes.",
+          .type = ValueType::Text},
+         {.name = "mode",
+          .description = "Keep the named columns, in the order of the list, or drop them and keep the others.",
+          .type = ValueType::Choice,
+          .value = "keep",
+          .choices = {"keep", "drop"}}},
+        {{.name = "table", .description = "All rows, with the columns that are left.", .type = ValueType::Table}}};
+}
+
+std::string SelectKind::refusal(const std::string& input, const std::string& value) const {
+    return input == "columns" ? columnListRefusal(input, value) : std::string();
+}
+
+std::unique_ptr<RowOperation> SelectKind::prepare(const Arguments& arguments, const Schema& schema, RunContext&) const {
+    const std::vector<std::size_t> named = columnPlaces("columns", arguments.text("columns"), schema);
+    std::vector<std::size_t> chosen = arguments.text("mode") == "drop" ? allBut(named, schema) : named;
+    if (chosen.empty())
+        throw Failure("columns", "no column would be left");
+    return std::make_unique<SelectOperation>(schema, std::move(chosen));
+}
+
+}  // namespace velmorak

@@ -1,0 +1,274 @@
+#include <Data/Philox.h>
+
+#include "Bench.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <numeric>
+
+namespace {
+
+using namespace velmorak;
+using test::Bench;
+
+using Reals = std::vector<double>;
+
+class Csv : public testing::Test {
+protected:
+    void write(const std::string& content) {
+        const std::filesystem::path file = bench.folder() / "data.csv";
+        std::ofstream(file, std::ios::binary) << content;
+        bench.set("file", file.string());
+    }
+
+    std::string typeOf(const std::string& column) {
+        return std::string(nameOf(bench.table().schema[bench.table().schema.find(column).value()].type));
+    }
+
+    const Column& column(const std::string& name) {
+        return *bench.table().chunks.at(0).columns[bench.table().schema.find(name).value()];
+    }
+
+    /// The failure without the name of the folder.
+    std::string complaint() {
+        const std::string text = bench.failure();
+        return text.substr(text.find("data.csv"));
+    }
+
+    Bench bench{"CsvTable"};
+};
+
+TEST_F(Csv, typesAreFoundFromTheData) {
+    write("n,x,flag,name\n1,1.5,true,mu\n-2,3,false,e\n");
+    bench.run();
+    EXPECT_EQ(typeOf("n"), "integer");
+    EXPECT_EQ(typeOf("x"), "real");
+    EXPECT_EQ(typeOf("flag"), "boolean");
+    EXPECT_EQ(typeOf("name"), "text");
+    EXPECT_EQ(column("n").integers(), (Column::Integers{1, -2}));
+    EXPECT_EQ(column("x").reals(), (Reals{1.5, 3}));
+    EXPECT_EQ(column("flag").booleans(), (Column::Booleans{1, 0}));
+    EXPECT_EQ(column("name").texts(), (Column::Texts{"mu", "e"}));
+}
+
+TEST_F(Csv, missingValuesAreNaNOrEmptyTexts) {
+    write("n,x,name\n1,,mu\n,NA,\n");
+    bench.run();
+    EXPECT_EQ(typeOf("n"), "real") << "an integer cannot be missing";
+    EXPECT_EQ(column("n").reals()[0], 1.0);
+    EXPECT_TRUE(std::isnan(column("n").reals()[1]));
+    EXPECT_TRUE(std::isnan(column("x").reals()[0]));
+    EXPECT_TRUE(std::isnan(column("x").reals()[1]));
+    EXPECT_EQ(column("name").texts(), (Column::Texts{"mu", ""}));
+}
+
+TEST_F(Csv, quotesHoldDelimitersLineEndsAndQuotes) {
+    write("name,x\r\n\"a, b\",1\r\n\"two\nlines\",2\r\n\"say \"\"hi\"\"\" , 3\r\n\"4\",4");
+    bench.run();
+    EXPECT_EQ(column("name").texts(), (Column::Texts{"a, b", "two\nlines", "say \"hi\"", "4"}));
+    EXPECT_EQ(bench.table().column("x"), (Reals{1, 2, 3, 4}));
+}
+
+TEST_F(Csv, commentsEmptyLinesAndAByteOrderMarkAreLeftOut) {
+    write("\xEF\xBB\xBF# made today\n\nx\n  # more\n1\n\n2\n#end");
+    bench.run();
+    EXPECT_EQ(bench.table().column("x"), (Reals{1, 2}));
+}
+
+TEST_F(Csv, otherDelimiters) {
+    for (const auto& [name, text] :
+         std::vector<std::pair<std::string, std::string>>{{"semicolon", "x;y\n1;2\n"},
+                                                          {"tabulator", "x\ty\n1\t2\n"},
+                                                          {"bar", "x|y\n1|2\n"},
+                                                          {"blanks", " x  y \n 1 \t 2 \n"}}) {
+        write(text);
+        bench.set("delimiter", name).run();
+        EXPECT_EQ(bench.table().column("x"), Reals{1}) << name;
+        EXPECT_EQ(bench.table().column("y"), Reals{2}) << name;
+    }
+}
+
+TEST_F(Csv, columnsWithoutAHeaderAreNumbered) {
+    write("1,2\n3,4\n");
+    bench.set("header", "no").run();
+    EXPECT_EQ(bench.table().column("c1"), (Reals{1, 3}));
+    EXPECT_EQ(bench.table().column("c2"), (Reals{2, 4}));
+}
+
+TEST_F(Csv, typesCanBeGiven) {
+    write("run,x\n1,1\n2,2\n");
+    bench.set("types", "run: text; x: real").run();
+    EXPECT_EQ(typeOf("run"), "text");
+    EXPECT_EQ(typeOf("x"), "real");
+    EXPECT_EQ(bench.set("types", "z: real").failure(), "types: there is no column \"z\"");
+    EXPECT_NE(bench.kind().refusal("types", "x: number"), "");
+}
+
+TEST_F(Csv, aBadFieldIsNamedByLineAndColumn) {
+    write("# first\nx,n\n1,1\n2,b\n");
+    bench.set("types", "n: integer");
+    EXPECT_EQ(complaint(), "data.csv\", line 4, column 2 (n): \"b\" is no value of type integer");
+}
+
+TEST_F(Csv, aRowOfAnotherLengthIsNamedByLine) {
+    write("x,n\n1,1\n\"2\n\",2,3\n");
+    EXPECT_EQ(complaint(), "data.csv\", line 3: there are 3 fields where there should be 2");
+}
+
+TEST_F(Csv, badRowsAreSkippedCountedAndReported) {
+    write("x,n\n1,1\nbad,2\n3\n4,4\n5,five\n");
+    bench.set("types", "x: real, n: integer").set("errors", "skip").expectWarnings().run();
+    EXPECT_EQ(bench.table().column("x"), (Reals{1, 4}));
+    EXPECT_EQ(bench.table().column("n"), (Reals{1, 4}));
+    ASSERT_EQ(bench.warnings().size(), 1U);
+    EXPECT_TRUE(bench.warnings()[0].starts_with("3 rows were skipped; the first: "));
+    EXPECT_TRUE(bench.warnings()[0].ends_with("line 3, column 1 (x): \"bad\" is no value of type real"));
+}
+
+TEST_F(Csv, aQuoteThatIsNotClosedIsSaid) {
+    write("x,name\n1,\"mu\n2,e\n");
+    EXPECT_EQ(complaint(), "data.csv\", line 2: a quote is opened and not closed");
+}
+
+TEST_F(Csv, twoColumnsOfOneNameAreOneTooMany) {
+    write("x,x\n1,2\n");
+    EXPECT_EQ(complaint(), "data.csv\", line 1: there are two columns \"x\"");
+}
+
+TEST_F(Csv, aFileLargerThanTheReadersBuffer) {
+    std::string content = "n,name\n";
+    for (int row = 0; row < 100000; ++row)
+        content += std::to_string(row) + ",\"name of row " + std::to_string(row) + "\"\n";
+    write(content);
+    bench.run();
+    ASSERT_EQ(bench.table().chunks.size(), 4U);
+    EXPECT_EQ(bench.table().chunks[0].rows, chunkRows);
+    const Reals numbers = bench.table().column("n");
+    ASSERT_EQ(numbers.size(), 100000U);
+    for (std::size_t row = 0; row < numbers.size(); ++row)
+        ASSERT_EQ(numbers[row], static_cast<double>(row));
+    EXPECT_EQ(bench.table().chunks[3].columns[1]->texts().back(), "name of row 99999");
+}
+
+TEST_F(Csv, aFileThatIsNotThereIsNamed) {
+    bench.set("file", "/nowhere/data.csv");
+    EXPECT_EQ(bench.failure(), "file: \"/nowhere/data.csv\" cannot be opened");
+}
+
+TEST(Philox, givesTheNumbersOfItsPaper) {
+    // The known answers that the authors publish with their code.
+    EXPECT_EQ(Philox::at({0, 0, 0, 0}, 0), (Philox::Block{0x6627e8d5, 0xe169c58d, 0xbc57ac4c, 0x9b00dbd8}));
+    EXPECT_EQ(Philox::at({0xffffffff, 0xffffffff, 0xffffffff, 0xffffffff}, 0xffffffffffffffff),
+              (Philox::Block{0x408f276d, 0x41c83b0e, 0xa20bc7c6, 0x6d5451fd}));
+}
+
+Reals randomNumbers(const std::string& distribution, const std::string& seed = "1",
+                    const std::string& rows = "200000") {
+    Bench bench("RandomTable");
+    bench.set("columns", "x: " + distribution).set("rows", rows).set("seed", seed).run();
+    return bench.table().column("x");
+}
+
+double mean(const Reals& values) {
+    return std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
+}
+
+double variance(const Reals& values) {
+    const double m = mean(values);
+    double sum = 0.0;
+    for (const double value : values)
+        sum += (value - m) * (value - m);
+    return sum / static_cast<double>(values.size());
+}
+
+/// Largest distance between the distribution of the values and a function, times the root of their number. 1.95 is
+/// passed once in a thousand seeds (Kolmogorov); these seeds do not change.
+template <typename Distribution>
+double distance(Reals values, Distribution cumulative) {
+    std::sort(values.begin(), values.end());
+    double largest = 0.0;
+    const auto count = static_cast<double>(values.size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const double expected = cumulative(values[i]);
+        largest = std::max({largest, std::fabs(expected - static_cast<double>(i) / count),
+                            std::fabs(expected - static_cast<double>(i + 1) / count)});
+    }
+    return largest * std::sqrt(count);
+}
+
+TEST(RandomTable, continuousDistributionsAreAsTheyAreCalled) {
+    EXPECT_LT(distance(randomNumbers("uniform(-1, 3)"), [](double x) { return (x + 1.0) / 4.0; }), 1.95);
+    EXPECT_LT(
+        distance(randomNumbers("gauss(5, 2)"), [](double x) { return 0.5 * std::erfc((5.0 - x) / std::sqrt(8.0)); }),
+        1.95);
+    EXPECT_LT(distance(randomNumbers("exponential(2.2)"), [](double x) { return -std::expm1(-x / 2.2); }), 1.95);
+    EXPECT_LT(distance(randomNumbers("breitwigner(91.2, 2.5)"),
+                       [](double x) { return 0.5 + std::atan((x - 91.2) / 1.25) / std::acos(-1.0); }),
+              1.95);
+}
+
+TEST(RandomTable, poissonHasItsMeanAsItsVariance) {
+    for (const double expected : {0.5, 4.0, 29.9, 30.1, 1000.0}) {
+        const Reals values = randomNumbers("poisson(" + textOf(expected) + ")");
+        const double error = std::sqrt(expected / static_cast<double>(values.size()));
+        EXPECT_NEAR(mean(values), expected, 4.0 * error) << expected;
+        EXPECT_NEAR(variance(values) / expected, 1.0, 0.02) << expected;
+        EXPECT_GE(*std::min_element(values.begin(), values.end()), 0.0);
+    }
+    EXPECT_EQ(mean(randomNumbers("poisson(0)")), 0.0);
+}
+
+TEST(RandomTable, poissonProbabilitiesAreRight) {
+    for (const double expected : {3.0, 40.0}) {
+        const Reals values = randomNumbers("poisson(" + textOf(expected) + ")", "7");
+        for (const double k : {expected - 2.0, expected, expected + 5.0}) {
+            const double p = std::exp(k * std::log(expected) - expected - std::lgamma(k + 1.0));
+            const auto found = static_cast<double>(std::count(values.begin(), values.end(), k));
+            const auto count = static_cast<double>(values.size());
+            EXPECT_NEAR(found / count, p, 4.0 * std::sqrt(p / count)) << expected << " " << k;
+        }
+    }
+}
+
+TEST(RandomTable, theSeedDecides) {
+    EXPECT_EQ(randomNumbers("gauss(0, 1)", "5", "50000"), randomNumbers("gauss(0, 1)", "5", "50000"));
+    EXPECT_NE(randomNumbers("gauss(0, 1)", "5", "50000"), randomNumbers("gauss(0, 1)", "6", "50000"));
+    const Reals few = randomNumbers("poisson(50)", "5", "10");
+    const Reals many = randomNumbers("poisson(50)", "5", "40000");
+    EXPECT_TRUE(std::equal(few.begin(), few.end(), many.begin())) << "a row does not depend on how many there are";
+}
+
+TEST(RandomTable, columnsDoNotDependOnEachOther) {
+    Bench bench("RandomTable");
+    bench.set("columns", "x: uniform(0, 1)\ny: uniform(0, 1); n: poisson(3)").set("rows", "40000").run();
+    EXPECT_EQ(bench.table().schema[2].type, ColumnType::Integer);
+    const Reals x = bench.table().column("x");
+    const Reals y = bench.table().column("y");
+    double sum = 0.0;
+    for (std::size_t i = 0; i < x.size(); ++i)
+        sum += (x[i] - 0.5) * (y[i] - 0.5);
+    EXPECT_LT(std::fabs(sum / static_cast<double>(x.size())), 4.0 / 12.0 / std::sqrt(40000.0));
+    ASSERT_EQ(bench.table().chunks.size(), 2U);
+    EXPECT_EQ(bench.table().chunks[0].rows, chunkRows);
+}
+
+TEST(RandomTable, mistakesAreRefused) {
+    const Kind& random = test::shippedKind("RandomTable");
+    for (const char* text : {"x", "x:", ": uniform(0, 1)", "x: normal(0, 1)", "x: uniform(0)", "x: uniform(0, 1, 2)",
+                             "x: uniform(1, 0)", "x: gauss(0, 0)", "x: gauss(0, NaN)", "x: exponential(-1)",
+                             "x: poisson(1e30)", "x: uniform(0, 1); x: uniform(0, 1)", "x: uniform(a, b)"})
+        EXPECT_NE(random.refusal("columns", text), "") << text;
+    Bench bench("RandomTable");
+    EXPECT_EQ(bench.set("columns", " ; ").failure(), "columns: there is no column to make");
+}
+
+TEST(RandomTable, stopsInTheMidst) {
+    Bench bench("RandomTable");
+    bench.set("rows", "1e12").stop();
+    EXPECT_THROW(bench.run(), Stopped);
+}
+
+}  // namespace

@@ -1,0 +1,223 @@
+#include "Bench.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+using namespace velmorak;
+using test::Bench;
+using test::SmallTable;
+using test::tableOf;
+
+using Reals = std::vector<double>;
+
+SmallTable withLists() {
+    SmallTable table;
+    table.schema = Schema({{"n", ColumnType::Integer, false, ""},
+                           {"pt", ColumnType::Real, true, "GeV"},
+                           {"charge", ColumnType::Integer, true, ""}});
+    const auto column = [](auto values, std::vector<std::uint64_t> offsets) {
+        return std::make_shared<const Column>(Column{std::move(values), std::move(offsets)});
+    };
+    table.chunks.push_back(
+        {.number = 0,
+         .firstRow = 0,
+         .rows = 3,
+         .columns = {column(Column::Integers{7, 8, 9}, {}), column(Column::Reals{1, 2, 3}, {0, 2, 2, 3}),
+                     column(Column::Integers{-1, 1, -1}, {0, 2, 2, 3})}});
+    return table;
+}
+
+std::vector<std::string> columnNames(const SmallTable& table) {
+    std::vector<std::string> names;
+    for (const ColumnInfo& column : table.schema.columns())
+        names.push_back(column.name);
+    return names;
+}
+
+TEST(Select, keepsColumnsInTheOrderOfTheList) {
+    Bench bench("Select");
+    bench.set("columns", "z, `x y`").wire("table", tableOf({{"x y", {1, 2}}, {"y", {3, 4}}, {"z", {5, 6}}}, 2)).run();
+    EXPECT_EQ(columnNames(bench.table()), (std::vector<std::string>{"z", "x y"}));
+    EXPECT_EQ(bench.table().column("x y"), (Reals{1, 2}));
+    EXPECT_EQ(bench.table().column("z"), (Reals{5, 6}));
+}
+
+TEST(Select, dropsColumnsAndKeepsTheOthers) {
+    Bench bench("Select");
+    bench.set("columns", "y").set("mode", "drop").wire("table", tableOf({{"x", {1}}, {"y", {3}}, {"z", {5}}}, 2)).run();
+    EXPECT_EQ(columnNames(bench.table()), (std::vector<std::string>{"x", "z"}));
+}
+
+TEST(Select, saysWhichColumnIsNotThere) {
+    Bench bench("Select");
+    bench.wire("table", tableOf({{"x", {1}}}, 2));
+    EXPECT_EQ(bench.set("columns", "w").failure(), "columns: there is no column \"w\"");
+    EXPECT_EQ(bench.set("columns", "x x").failure(), "columns: column \"x\" stands in the list twice");
+    EXPECT_EQ(bench.set("columns", " ").failure(), "columns: no column would be left");
+    EXPECT_EQ(bench.kind().refusal("columns", "`x"), "a back quote is opened and not closed.");
+}
+
+TEST(Range, keepsRowsBetweenPositionsInAllChunks) {
+    Bench bench("Range");
+    bench.set("first", "1").set("last", "4").wire("table", tableOf({{"x", {0, 1, 2, 3, 4, 5, 6}}}, 2)).run();
+    EXPECT_EQ(bench.table().column("x"), (Reals{1, 2, 3, 4}));
+}
+
+TEST(Range, everyNthRowIsCountedFromTheFirst) {
+    Bench bench("Range");
+    bench.set("first", "1").set("every", "3").wire("table", tableOf({{"x", {0, 1, 2, 3, 4, 5, 6, 7}}}, 3)).run();
+    EXPECT_EQ(bench.table().column("x"), (Reals{1, 4, 7}));
+}
+
+TEST(Range, keepsAllRowsUnlessItIsToldOtherwise) {
+    Bench bench("Range");
+    bench.wire("table", tableOf({{"x", {0, 1, 2}}}, 2)).run();
+    EXPECT_EQ(bench.table().column("x"), (Reals{0, 1, 2}));
+}
+
+TEST(Range, aFirstBehindTheLastKeepsNothing) {
+    Bench bench("Range");
+    bench.set("first", "2").set("last", "1").wire("table", tableOf({{"x", {0, 1, 2}}}, 2)).run();
+    EXPECT_EQ(bench.table().column("x"), Reals{});
+}
+
+TEST(Concat, rowsFollowEachOther) {
+    Bench bench("Concat");
+    bench.wire("table", tableOf({{"x", {1, 2, 3}}, {"y", {4, 5, 6}}}, 2));
+    bench.wire("table2", tableOf({{"y", {8}}, {"x", {7}}}, 2)).run();
+    EXPECT_EQ(columnNames(bench.table()), (std::vector<std::string>{"x", "y"}));
+    EXPECT_EQ(bench.table().column("x"), (Reals{1, 2, 3, 7}));
+    EXPECT_EQ(bench.table().column("y"), (Reals{4, 5, 6, 8}));
+}
+
+TEST(Concat, columnsThatAreNotInAllTablesAreSaidOrLeftOut) {
+    Bench bench("Concat");
+    bench.wire("table", tableOf({{"x", {1}}}, 2)).wire("table2", tableOf({{"x", {2}}, {"z", {3}}}, 2));
+    EXPECT_EQ(bench.failure(), "table2: the first table has no column \"z\"");
+    bench.set("columns", "common").run();
+    EXPECT_EQ(columnNames(bench.table()), (std::vector<std::string>{"x"}));
+    EXPECT_EQ(bench.table().column("x"), (Reals{1, 2}));
+}
+
+TEST(Concat, integersBecomeRealWhereAnotherTableHoldsReals) {
+    SmallTable whole = tableOf({{"x", {}}}, 1);
+    whole.schema = Schema({{"x", ColumnType::Integer, false, ""}});
+    whole.chunks = {{.rows = 2, .columns = {std::make_shared<const Column>(Column{Column::Integers{5, 6}, {}})}}};
+    Bench bench("Concat");
+    bench.wire("table", whole).wire("table2", tableOf({{"x", {0.5}}}, 2)).run();
+    EXPECT_EQ(bench.table().schema[0].type, ColumnType::Real);
+    EXPECT_EQ(bench.table().chunks[0].columns[0]->reals(), (Reals{5, 6}));
+}
+
+TEST(Concat, otherTypesDoNotGoTogether) {
+    Bench bench("Concat");
+    bench.set("columns", "common").wire("table", tableOf({{"pt", {1}}}, 2)).wire("table2", withLists());
+    EXPECT_EQ(bench.failure(), "table2: column \"pt\" is a list of real here and real in the tables before");
+    Bench none("Concat");
+    none.set("columns", "common").wire("table", tableOf({{"a", {1}}}, 2)).wire("table2", tableOf({{"b", {1}}}, 2));
+    EXPECT_EQ(none.failure(), "columns: the tables have no column in common");
+}
+
+TEST(Concat, hasAnInputForEachTable) {
+    const Kind& concat = test::shippedKind("Concat");
+    EXPECT_EQ(concat.ports({}).inputs.size(), 4U);
+    const Ports four = concat.ports({{"tables", "4"}});
+    ASSERT_EQ(four.inputs.size(), 6U);
+    EXPECT_EQ(four.inputs[1].name, "table2");
+    EXPECT_EQ(four.inputs[5].name, "table4");
+    EXPECT_EQ(concat.ports({{"tables", "NaN"}}).inputs.size(), 4U);
+    EXPECT_EQ(concat.ports({{"tables", "1e300"}}).inputs.size(), 18U);
+}
+
+TEST(CutFlow, countsWhatIsLeftAfterEachCut) {
+    Bench bench("CutFlow");
+    bench.set("cuts", "above one: x > 1\n\ny < 4 ; last: x == 3").set("weight", "y");
+    bench.wire("table", tableOf({{"x", {1, 2, 3, 3}}, {"y", {1, 2, 3, 4}}}, 3)).run();
+    EXPECT_EQ(bench.number("rows"), 1.0);
+    EXPECT_EQ(bench.number("weights"), 3.0);
+    const HistogramPtr flow = bench.histogram("histogram");
+    ASSERT_EQ(flow->bins(), 4U);
+    const Reals heights{flow->height(0), flow->height(1), flow->height(2), flow->height(3)};
+    EXPECT_EQ(heights, (Reals{10, 9, 5, 3}));
+    EXPECT_EQ(flow->bin(1).entries, 3);
+    EXPECT_EQ(flow->bin(1).ww, 29.0);
+    EXPECT_EQ(bench.text("text"),
+              "cut\trows\tweights\t% of the rows before\t% of all rows\n"
+              "all\t4\t10\t100\t100\n"
+              "above one\t3\t9\t75\t75\n"
+              "y < 4\t2\t5\t66.67\t50\n"
+              "last\t1\t3\t50\t25\n");
+}
+
+TEST(CutFlow, writesItsTextWhereAFileIsNamed) {
+    Bench bench("CutFlow");
+    bench.set("cuts", "x > 1").set("file", "flow.txt").wire("table", tableOf({{"x", {1, 2}}}, 3)).run();
+    EXPECT_EQ(test::textIn(bench.folder() / "flow.txt"), bench.text("text"));
+}
+
+TEST(CutFlow, aTableWithoutRowsHasNoPercentages) {
+    Bench bench("CutFlow");
+    bench.set("cuts", "x > 1").wire("table", tableOf({{"x", {}}}, 3)).run();
+    EXPECT_EQ(bench.number("rows"), 0.0);
+    EXPECT_NE(bench.text("text").find("x > 1\t0\t0\t-\t-\n"), std::string::npos);
+}
+
+TEST(CutFlow, colonsAndSemicolonsInsideOfAConditionStay) {
+    Bench bench("CutFlow");
+    bench.set("cuts", "x > 1 ? true : false; quoted: 'a;b' == 'a;b'").wire("table", tableOf({{"x", {1, 2}}}, 3)).run();
+    EXPECT_NE(bench.text("text").find("x > 1 ? true : false\t1\t"), std::string::npos);
+    EXPECT_NE(bench.text("text").find("quoted\t1\t"), std::string::npos);
+}
+
+TEST(CutFlow, mistakesAreRefused) {
+    const Kind& flow = test::shippedKind("CutFlow");
+    EXPECT_EQ(flow.refusal("cuts", "good: x > 1; bad:"), "Cut \"bad\" has no condition.");
+    EXPECT_NE(flow.refusal("cuts", "good: x > 1; bad: x >"), "");
+    EXPECT_EQ(flow.refusal("cuts", "good: x > 1"), "");
+    Bench bench("CutFlow");
+    bench.set("cuts", "x > 1").set("weight", "'a'").wire("table", tableOf({{"x", {1}}}, 3));
+    EXPECT_EQ(bench.failure(), "weight: \"'a'\" is no number");
+}
+
+TEST(Explode, makesARowOfEachValue) {
+    Bench bench("Explode");
+    bench.set("index", "i").wire("table", withLists()).run();
+    EXPECT_EQ(columnNames(bench.table()), (std::vector<std::string>{"n", "pt", "charge", "i"}));
+    EXPECT_FALSE(bench.table().schema[1].isList);
+    EXPECT_EQ(bench.table().schema[1].unit, "GeV");
+    EXPECT_EQ(bench.table().column("n"), (Reals{7, 7, 9}));
+    EXPECT_EQ(bench.table().column("pt"), (Reals{1, 2, 3}));
+    EXPECT_EQ(bench.table().column("charge"), (Reals{-1, 1, -1}));
+    EXPECT_EQ(bench.table().column("i"), (Reals{0, 1, 0}));
+    EXPECT_EQ(bench.table().chunks[0].rows, 3U);
+}
+
+TEST(Explode, listsThatAreNotNamedAreRepeatedWhole) {
+    Bench bench("Explode");
+    bench.set("columns", "pt").wire("table", withLists()).run();
+    const Column& charge = *bench.table().chunks[0].columns[2];
+    EXPECT_EQ(charge.integers(), (Column::Integers{-1, 1, -1, 1, -1}));
+    EXPECT_EQ(charge.offsets, (std::vector<std::uint64_t>{0, 2, 4, 5}));
+}
+
+TEST(Explode, listsOfOneRowMustBeEquallyLong) {
+    SmallTable table = withLists();
+    table.chunks[0].columns[2] = std::make_shared<const Column>(Column{Column::Integers{-1, 1, -1}, {0, 2, 3, 3}});
+    Bench bench("Explode");
+    EXPECT_NE(bench.wire("table", table).failure().find("\"pt\" holds 0 and \"charge\" 1 values"), std::string::npos);
+}
+
+TEST(Explode, needsAList) {
+    Bench bench("Explode");
+    bench.wire("table", tableOf({{"x", {1}}}, 2));
+    EXPECT_EQ(bench.failure(), "table: it has no list column");
+    EXPECT_EQ(bench.set("columns", "x").failure(), "columns: column \"x\" holds no lists");
+    Bench taken("Explode");
+    taken.set("index", "n").wire("table", withLists());
+    EXPECT_EQ(taken.failure(), "index: there is a column \"n\" already");
+}
+
+}  // namespace
