@@ -1,6 +1,7 @@
 #include "Execution.h"
 
 #include <algorithm>
+#include <ranges>
 #include <set>
 #include <utility>
 
@@ -35,11 +36,11 @@ void Execution::findNeeded() {
     bool isMore = true;
     while (isMore) {
         isMore = false;
-        for (auto position = state.plan.order().rbegin(); position != state.plan.order().rend(); ++position) {
-            if (!state.runs[*position].isNeeded && (state.plan.isAsked(*position) || isWanted(*position))) {
-                state.runs[*position].isNeeded = true;
+        for (const std::size_t position : std::views::reverse(state.plan.order())) {
+            if (!state.runs[position].isNeeded && (state.plan.isAsked(position) || isWanted(position))) {
+                state.runs[position].isNeeded = true;
                 isMore = true;
-                reuse(*position);
+                reuse(position);
             }
         }
     }

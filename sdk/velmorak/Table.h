@@ -77,9 +77,9 @@ using ColumnPtr = std::shared_ptr<const Column>;
 
 /// A run of rows. A row-wise kind keeps number and firstRow of the chunk that it was given, also when it drops rows.
 struct Chunk {
-    std::uint64_t number = 0;      ///< 0, 1, 2, ... in the order of the source.
-    std::uint64_t firstRow = 0;    ///< Row of the source that the chunk begins with, for messages; counted from 0.
-    std::size_t rows = 0;          ///< Rows that are left in the chunk.
+    std::uint64_t number = 0;        ///< 0, 1, 2, ... in the order of the source.
+    std::uint64_t firstRow = 0;      ///< Row of the source that the chunk begins with, for messages; counted from 0.
+    std::size_t rows = 0;            ///< Rows that are left in the chunk.
     std::vector<ColumnPtr> columns;  ///< As in the table's schema.
     /// Rows of this table in the chunks before; set only for an operation that counts rows.
     std::uint64_t rowsBefore = 0;

@@ -77,8 +77,11 @@ bool Session::choose(int menu, int entryFromBelow, const std::string& title) {
     return activate(title);
 }
 
-void Session::chooseInGroup(const std::string& end) {
-    desktop.pressKeys({end, "shift+Right", "Down"});
+void Session::chooseInGroup(int group) {
+    std::vector<std::string> keys{"Home"};
+    keys.insert(keys.end(), static_cast<std::size_t>(group), "Down");
+    keys.insert(keys.end(), {"shift+Right", "Down"});
+    desktop.pressKeys(keys);
 }
 
 void Session::confirm() {

@@ -22,9 +22,8 @@ public:
     /// Chooses from a menu: steps to the right from File (to the left where negative), then up from below the last
     /// entry. @return whether the window came.
     bool choose(int menu, int entryFromBelow, const std::string& title);
-    /// Goes to the first ("Home") or last ("End") group of a list of two levels and opens it, with its first entry
-    /// chosen.
-    void chooseInGroup(const std::string& end);
+    /// Goes to a group of a list of two levels, counted from 0, and opens it, with its first entry chosen.
+    void chooseInGroup(int group);
     void confirm();  ///< Presses Return.
     void cancel();   ///< Presses Escape.
     bool closeByManager(const std::string& title);

@@ -25,7 +25,7 @@ TEST_F(Windows, theCollectionPlacesAPluginAndTheAboutBoxAnswers) {
     std::ofstream(document) << QzManager("QzAnalysisFactory").DocumentText();
     ASSERT_TRUE(session.start({document.string()}));
     ASSERT_TRUE(session.choose(2, 1, "Plugin collection"));
-    session.chooseInGroup("Home");
+    session.chooseInGroup(0);
     session.picture("Plugin collection", "collection");
     session.confirm();
     ASSERT_TRUE(session.seesPipeline());
