@@ -117,6 +117,6 @@ Spent Hands::repaint() {
     G_GNUC_BEGIN_IGNORE_DEPRECATIONS
     gdk_window_process_updates(get_window()->gobj(), true);
     G_GNUC_END_IGNORE_DEPRECATIONS
-    get_display()->sync();
+    gdk_display_sync(gdk_window_get_display(get_window()->gobj()));
     return clock.spent();
 }
