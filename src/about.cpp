@@ -31,7 +31,7 @@ void setLogo(Gtk::AboutDialog& dialog) {
     try {
         dialog.set_logo(Gdk::Pixbuf::create_from_file(file));
     } catch (const Glib::Error& failure) {
-        std::cerr << "The logo " << file << " is not a picture: " << failure.what() << std::endl;
+        std::cerr << "The logo " << file << " is not a picture: " << failure.what().raw() << std::endl;
     }
 }
 

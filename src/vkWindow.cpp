@@ -118,7 +118,7 @@ void vkWindow::buildMenus() {
     try {
         uiManager->add_ui_from_string(menuDescription);
     } catch (const Glib::Error& failure) {
-        std::cerr << "building menus failed: " << failure.what() << std::endl;
+        std::cerr << "building menus failed: " << failure.what().raw() << std::endl;
     }
     // A menu item brings its action's key to life; the one that is in no menu has none to do it.
     const auto imageExport = actionGroup->get_action("ImgExp");
