@@ -86,6 +86,15 @@ std::string StatisticsKind::summary() const {
     return "Gives entries, sum, mean, rms and extremes of one quantity of a table, or of a histogram, as numbers.";
 }
 
+std::string StatisticsKind::notes() const {
+    return R"(The sums are formed about the plain mean p of the values, so that nothing cancels:
+S1 = sum of w (x - p), S2 = sum of w (x - p)², mean = p + S1 / W, rms² = S2 / W - (S1 / W)², with W the sum of the weights
+w. Parts are joined about their common p (T. F. Chan, G. H. Golub, R. J. LeVeque, The American Statistician 37 (1983)
+242). Sums keep what each addition rounds away (A. Neumaier, Zeitschrift für Angewandte Mathematik und Mechanik 54 (1974)
+39). The rms is that of the population: it is divided by W, not by W - 1. Weights of both signs may make rms² negative;
+the rms is then NaN.)";
+}
+
 Ports StatisticsKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {

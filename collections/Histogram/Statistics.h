@@ -9,6 +9,7 @@ class StatisticsKind : public Accumulator {
 public:
     std::string name() const override { return "Statistics"; }
     std::string summary() const override;
+    std::string notes() const override;
     Ports ports(const ValueTexts& values) const override;
     std::string refusal(const std::string& input, const std::string& value) const override;
     std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,

@@ -134,6 +134,13 @@ std::string PlotKind::summary() const {
     return "Draws histograms into one picture, as PNG and SVG, with script and data to change it by hand.";
 }
 
+std::string PlotKind::notes() const {
+    return R"(The picture is drawn by gnuplot, which the package gnuplot-nox brings. The error of a bin is the square root of its sum of
+squared weights. Script and data stay beside the picture: change them and run `gnuplot` on the script in that folder. A
+title is drawn letter for letter; write µ, ⁺ or ² rather than a markup. `]]>` is drawn as `]] >`, and what is no valid
+UTF-8 as a question mark.)";
+}
+
 Ports PlotKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = {histogramInput,

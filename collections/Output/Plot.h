@@ -9,6 +9,7 @@ class PlotKind : public Function {
 public:
     std::string name() const override { return "Plot"; }
     std::string summary() const override;
+    std::string notes() const override;
     Ports ports(const ValueTexts& values) const override;
     std::string refusal(const std::string& input, const std::string& value) const override;
     void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;

@@ -28,8 +28,9 @@ std::string purposeOf(const std::string& group) {
     const std::map<std::string, std::string> purposes = {
         {"Arithmetic", "Numbers, and what is computed from them."},
         {"Data", "Where tables and stored objects come from."},
-        {"Histogram", "Histograms and statistics of tables."},
-        {"Output", "Pictures and files."},
+        {"Fit", "Functions fitted to histograms, profiles and points."},
+        {"Histogram", "Histograms and statistics."},
+        {"Output", "Pictures, reports and files."},
         {"Table", "New columns, cuts, and tables made of others."},
     };
     return purposes.at(group);
@@ -73,7 +74,7 @@ std::string limitsOf(const InputSpec& input) {
 
 void writeKind(const Kind& kind, std::ostream& out) {
     const Ports ports = kind.ports({});
-    out << "### " << kind.name() << "\n\n" << kind.summary() << "\n\n";
+    out << "## " << kind.name() << "\n\n" << kind.summary() << "\n\n";
     out << "| input | type | default | limits | meaning |\n|---|---|---|---|---|\n";
     for (const InputSpec& input : ports.inputs)
         out << "| `" << input.name << "` | " << nameOf(input.type) << " | "
@@ -84,10 +85,12 @@ void writeKind(const Kind& kind, std::ostream& out) {
     for (const OutputSpec& output : ports.outputs)
         out << "| `" << output.name << "` | " << nameOf(output.type) << " | " << output.description << " |\n";
     out << "\n";
+    if (!kind.notes().empty())
+        out << kind.notes() << "\n\n";
 }
 
 void writePage(const Group& group, std::ostream& out) {
-    out << "## " << group.name << "\n\n" << purposeOf(group.name) << "\n\n";
+    out << "# " << group.name << "\n\n" << purposeOf(group.name) << "\n\n";
     for (const auto& kind : group.kinds)
         writeKind(*kind, out);
 }

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "Collection.h"
 #include "Failure.h"
+#include "Ports.h"
 #include "Run.h"
 
-#include <limits>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,57 +14,6 @@
 /// Source (yields chunks), RowWise (chunk to chunk), Concatenation (tables one after the other), Accumulator (state per
 /// chunk, merged, finished), Function (values to values).
 namespace velmorak {
-
-struct InputSpec {
-    std::string name{};         ///< One word.
-    std::string description{};  ///< A sentence that a physicist understands, with the unit where there is one.
-    ValueType type = ValueType::Number;
-    std::string value{};  ///< Text that a new plug-in begins with; empty where only a wire brings something.
-    std::vector<std::string> choices{};                         ///< Of a choice: the texts that are allowed.
-    double minimum = -std::numeric_limits<double>::infinity();  ///< Of a number.
-    double maximum = std::numeric_limits<double>::infinity();
-    bool isInteger = false;   ///< Of a number: no fraction.
-    bool isOptional = false;  ///< Of an input that only a wire can feed: the run goes on without one.
-};
-
-struct OutputSpec {
-    std::string name{};
-    std::string description{};
-    ValueType type = ValueType::Number;
-};
-
-struct Ports {
-    std::vector<InputSpec> inputs;
-    std::vector<OutputSpec> outputs;
-};
-
-/// Value texts of a plug-in by input name.
-using ValueTexts = std::map<std::string, std::string>;
-
-/// One kind of plug-in. Made once when its collection is loaded, never changed; serves any number of plug-ins.
-/// Threads: every operation may be called by several threads at once.
-class Kind {
-public:
-    virtual ~Kind() = default;
-    Kind(const Kind&) = delete;
-    Kind& operator=(const Kind&) = delete;
-
-    /// One word, unique in all collections.
-    virtual std::string name() const = 0;
-    /// One sentence.
-    virtual std::string summary() const = 0;
-    /// Counts up when the same inputs would give other results than before.
-    virtual int version() const { return 1; }
-    /// Ports of a plug-in with these values. A kind whose ports do not depend on them ignores the argument; it is
-    /// empty when a new plug-in is made. Ports that stay keep their place.
-    virtual Ports ports(const ValueTexts& values) const = 0;
-    /// Refuses values that no run could use, for example an expression with a mistake. Called when the value is set.
-    /// @return an empty text, or the reason as a sentence.
-    virtual std::string refusal(const std::string& input, const std::string& value) const;
-
-protected:
-    Kind() = default;
-};
 
 /// Reads a table from front to back. One thread at a time.
 class TableReader {
@@ -160,24 +109,4 @@ public:
     virtual void evaluate(const Arguments& arguments, Results& results, RunContext& context) const = 0;
 };
 
-/// Where a collection puts its kinds when it is loaded.
-class Registry {
-public:
-    virtual ~Registry() = default;
-    /// Name of the group that the kinds added from now on belong to.
-    virtual void group(const std::string& name) = 0;
-    virtual void add(std::unique_ptr<Kind> kind) = 0;
-};
-
-/// Layout of these headers. A collection made for another one is not loaded.
-inline constexpr int sdkVersion = 2;
-
 }  // namespace velmorak
-
-/// Put once into each collection, before a body that registers its kinds:
-///     VELMORAK_COLLECTION(registry) { registry.group("Data"); registry.add(std::make_unique<AidaTable>()); }
-#define VELMORAK_COLLECTION(registry)                                                                       \
-    extern "C" __attribute__((visibility("default"))) const int velmorakSdkVersion;                         \
-    const int velmorakSdkVersion = velmorak::sdkVersion;                                                    \
-    extern "C" __attribute__((visibility("default"))) void QzAnalysisFactory(velmorak::Registry& registry); \
-    void QzAnalysisFactory(velmorak::Registry& registry)

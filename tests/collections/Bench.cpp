@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 
@@ -22,7 +23,10 @@ struct Collector : Registry {
 
 Collector loadAll() {
     Collector collector;
-    for (const std::string group : {"Arithmetic", "Data", "Histogram", "Output", "Table"}) {
+    std::set<std::string> groups;
+    for (const auto& folder : fs::directory_iterator(VELMORAK_TEST_COLLECTIONS))
+        groups.insert(folder.path().filename());
+    for (const std::string& group : groups) {
         void* handle = dlopen((collectionFolder(group) / (group + ".so")).c_str(), RTLD_LAZY | RTLD_LOCAL);
         if (handle == nullptr)
             throw std::runtime_error(dlerror());

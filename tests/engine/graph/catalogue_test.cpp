@@ -45,7 +45,8 @@ TEST(Catalogue, whatCannotBeUsedIsSkippedInOneSentenceEach) {
     EXPECT_EQ(errors.lines(), 6);
     EXPECT_THAT(errors.text(), HasSubstr("Damaged/Damaged.so is skipped: "));
     EXPECT_THAT(errors.text(), HasSubstr("NoFactory.so is skipped: it does not offer QzAnalysisFactory."));
-    EXPECT_THAT(errors.text(), HasSubstr("OldKit.so is skipped: it is made for version 3 of the kit"));
+    EXPECT_THAT(errors.text(),
+                HasSubstr("OldKit.so is skipped: it is made for version " + textOf(sdkVersion + 1) + " of the kit"));
     EXPECT_THAT(errors.text(), HasSubstr("Throwing.so is skipped: its licence has run out.\n"));
     EXPECT_THAT(errors.text(), HasSubstr("The kind Single of the collection"));
     EXPECT_THAT(errors.text(), HasSubstr("its name \"two words\" is not one word."));
