@@ -19,7 +19,7 @@ GdkDevice* pointerOf(const Glib::RefPtr<Gdk::Display>& display) {
 
 void Hands::showFirstPicture() {
     bool isPainted = false;
-    signal_draw().connect(
+    sigc::connection firstDraw = signal_draw().connect(
         [&isPainted](const Cairo::RefPtr<Cairo::Context>&) {
             isPainted = true;
             return false;
@@ -29,6 +29,7 @@ void Hands::showFirstPicture() {
     while (!isPainted) {
         Gtk::Main::iteration(true);
     }
+    firstDraw.disconnect();
     while (Gtk::Main::events_pending()) {
         Gtk::Main::iteration(false);
     }
