@@ -16,6 +16,7 @@ public:
         double x, y;  ///< Upper left corner on the canvas.
         bool isExpanded = true;
         std::vector<std::string> inputs, outputs;
+        std::map<std::string, std::string> values = {};  ///< That were written, by input.
     };
 
     int add(const std::string& kind, double x, double y);

@@ -1,8 +1,10 @@
 #include "HandsTest.h"
 #include "Model.h"
-#include "colours.h"
+#include "Widgets.h"
+#include "varWindow.h"
 
 #include <QzManager.h>
+#include <gtkmm/entry.h>
 
 #include <algorithm>
 #include <iostream>
@@ -13,6 +15,7 @@ namespace {
 
 constexpr int editsEach = 2000;
 constexpr int mostNodes = 9;
+constexpr std::size_t mostDialogs = 3;
 constexpr int columns = 4;
 constexpr double cellWidth = 230;
 constexpr double cellHeight = 180;
@@ -22,8 +25,14 @@ constexpr double top = 560;
 /// Edits by hand and by the menus' actions, at random, beside a model of what must come of them.
 class RandomEdits : public HandsTest, public testing::WithParamInterface<unsigned> {
 protected:
+    ~RandomEdits() override {
+        for (const OpenDialog& open : dialogs) {
+            delete open.dialog;
+        }
+    }
+
     void edit() {
-        switch (model.nodes.empty() ? 0 : pick(12)) {
+        switch (model.nodes.empty() ? 0 : pick(15)) {
             case 0:
             case 1:
                 return add();
@@ -40,6 +49,11 @@ protected:
             case 7:
             case 8:
                 return pullOff();
+            case 9:
+                return openDialog();
+            case 10:
+            case 11:
+                return useDialog();
             default:
                 return wire();
         }
@@ -48,6 +62,12 @@ protected:
     void compare();
 
 private:
+    /// A variables dialog, and the node that it was opened for, which may be gone.
+    struct OpenDialog {
+        varWindow* dialog;
+        int node;
+    };
+
     int pick(int count) { return static_cast<int>(random() % static_cast<unsigned>(count)); }
     template <typename Container>
     auto anyOf(const Container& container) {
@@ -60,6 +80,10 @@ private:
     void add();
     void remove();
     void rename();
+    void openDialog();
+    void useDialog();
+    void writeInto(varWindow& dialog);
+    void take(const OpenDialog& open);
     void collapse();
     void setStart();
     void move();
@@ -71,7 +95,10 @@ private:
 
     std::mt19937 random{GetParam()};
     Model model;
+    std::vector<OpenDialog> dialogs;
 };
+
+const std::vector<std::string> someNames = {"Adder", "Number", "Alpha", "Zulu", "Mike", "Adder1"};
 
 CanvasPoint RandomEdits::freeCell() {
     for (int cell = pick(12);; cell = (cell + 5) % 12) {
@@ -109,7 +136,7 @@ void RandomEdits::remove() {
 void RandomEdits::rename() {
     const int node = anyNode();
     const std::string oldName = nameOf(node);
-    const std::string newName = anyOf(std::vector<std::string>{"Adder", "Number", "Alpha", "Zulu", "Mike", "Adder1"});
+    const std::string newName = anyOf(someNames);
     if (pick(2) == 0) {
         selectBox(node);
     }
@@ -121,8 +148,63 @@ void RandomEdits::rename() {
     }
     plugin* drawn = window->nodeOf(oldName);
     drawn->draw();
-    Glib::ustring name = renamed.name;
-    window->reconnect(name);
+    drawn->uniqueName = renamed.name;
+    window->reconnect(drawn->uniqueName);
+}
+
+void RandomEdits::openDialog() {
+    const int node = anyNode();
+    if (dialogs.size() < mostDialogs) {
+        selectBox(node);
+        window->on_var();
+        dialogs.push_back({window->lastDialog, node});
+    }
+}
+
+// A name and a value, as far as the dialog has rows for them.
+void RandomEdits::writeInto(varWindow& dialog) {
+    const auto entries = widgetsIn<Gtk::Entry>(dialog);
+    if (pick(2) == 0 && !entries.empty()) {
+        entries.front()->set_text(anyOf(someNames));
+    }
+    if (pick(2) == 0 && entries.size() > 1) {
+        entries[1]->set_text(std::to_string(pick(1000)));
+    }
+}
+
+// All rows are handed over, also those that show what was when the dialog was filled.
+void RandomEdits::take(const OpenDialog& open) {
+    const auto found = model.nodes.find(open.node);
+    if (found == model.nodes.end()) {
+        return;
+    }
+    Model::Node& node = found->second;
+    const auto entries = widgetsIn<Gtk::Entry>(*open.dialog);
+    const std::string name = entries.at(0)->get_text();
+    if (!model.isTaken(name)) {
+        node.name = name;
+    }
+    for (std::size_t i = 0; i < node.inputs.size(); ++i) {
+        if (model.sources.count({open.node, node.inputs[i]}) == 0) {
+            node.values[node.inputs[i]] = entries.at(i + 1)->get_text();
+        }
+    }
+}
+
+void RandomEdits::useDialog() {
+    if (dialogs.empty()) {
+        return;
+    }
+    const auto open = dialogs.begin() + pick(static_cast<int>(dialogs.size()));
+    const std::string label = anyOf(std::vector<std::string>{"OK", "Apply", "Apply", "Cancel"});
+    if (label != "Cancel") {
+        writeInto(*open->dialog);
+        take(*open);
+    }
+    buttonIn(*open->dialog, label).clicked();
+    if (label != "Apply") {
+        dialogs.erase(open);
+    }
 }
 
 void RandomEdits::collapse() {
@@ -200,6 +282,9 @@ void RandomEdits::compareNode(int number, QzBase& object) {
     ASSERT_EQ(x, wanted.x);
     ASSERT_EQ(1200 - y - height, wanted.y);
     for (const QzBase::Input& input : object.Inputs()) {
+        const auto written = wanted.values.find(input.name);
+        ASSERT_TRUE(written == wanted.values.end() || input.value == written->second)
+            << wanted.name << '.' << input.name << ": " << input.value;
         const auto source = model.sources.find({number, input.name});
         ASSERT_EQ(input.source != nullptr, source != model.sources.end()) << wanted.name << '.' << input.name;
         if (input.source) {
