@@ -38,6 +38,11 @@ public:
     bool isNormalized = false;
     std::vector<Argument> arguments;
     std::vector<Parameter> parameters;
+
+    /// Everything as bytes that fromBytes reads on any machine of the same kind.
+    std::string toBytes() const;
+    /// @throws std::invalid_argument if the bytes are damaged.
+    static FunctionObject fromBytes(const std::string& bytes);
 };
 
 }  // namespace velmorak

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Value.h"
+
+#include <string>
+
+/// Objects of any class as bytes: what a result store keeps, and what crosses a process border.
+namespace velmorak {
+
+/// Everything of the object, with name, title, annotation and options: a Histogram1D, Histogram2D, Histogram3D,
+/// Profile1D, Profile2D, Points or FunctionObject.
+/// @throws std::invalid_argument for an object of another class.
+std::string bytesOf(const DataObject& object);
+
+/// @return an object of the class that bytesOf was given, equal to it to the last bit.
+/// @throws std::invalid_argument if the bytes are damaged.
+DataObjectPtr objectFrom(const std::string& bytes);
+
+}  // namespace velmorak

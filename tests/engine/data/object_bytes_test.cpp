@@ -1,0 +1,106 @@
+#include <velmorak/FunctionObject.h>
+#include <velmorak/HistogramGrid.h>
+#include <velmorak/ObjectBytes.h>
+#include <velmorak/Points.h>
+#include <velmorak/Profile.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+
+namespace velmorak {
+namespace {
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+template <typename Object>
+DataObjectPtr named(Object object) {
+    object.name = "a/b \"c\"";
+    object.title = "caf\u00e9 [GeV]";
+    object.options = "x=1, y";
+    object.annotation = {{"key", "", true}, {"", std::string("with\0zero", 9), false}};
+    return std::make_shared<const Object>(std::move(object));
+}
+
+FunctionObject line() {
+    FunctionObject function;
+    function.codelet = "codelet:line:verbatim:jel : 1 : a+b*x[0] : a,b : null";
+    function.isNormalized = true;
+    function.arguments = {{"x0", {{}, {-1.0, 0.1}}}, {"x1", {}}};
+    function.parameters = {{"a", -0.0}, {"b", 0.1}, {"c", nan}};
+    return function;
+}
+
+/// One of each class, filled so that nothing in it is as it was at the beginning.
+std::vector<DataObjectPtr> oneOfEach() {
+    const Axis x(std::vector<double>{0.0, 0.1, 10.0});
+    const Axis y(3, -1.0, 1.0);
+    Histogram1D one(x);
+    one.setAxisTitle("m [GeV]");
+    Histogram2D two(Grid<2>({x, y}));
+    two.setAxisTitle(1, "angle [rad]");
+    Histogram3D three(Grid<3>({x, y, x}));
+    Profile1D profile(Grid<1>({x}));
+    Profile2D wide(Grid<2>({y, x}));
+    for (const double value : {-1.0, 0.05, 0.3, 99.0, nan}) {
+        one.fill(value, 0.1);
+        two.fill({value, 0.3 * value}, -2.5);
+        three.fill({value, 0.1, value}, 1e-300);
+        profile.fill({value}, 7.1, 0.3);
+        wide.fill({0.5, value}, value);
+    }
+    Points points(2, {{1.5, 0.5, 0.1}, {12.25, nan, -0.0}});
+    points.axisTitles = {"x [cm]", ""};
+    return {named(one), named(two), named(three), named(profile), named(wide), named(points), named(line())};
+}
+
+TEST(ObjectBytes, everyClassComesBackToTheLastBit) {
+    for (const DataObjectPtr& object : oneOfEach()) {
+        const std::string bytes = bytesOf(*object);
+        const DataObjectPtr back = objectFrom(bytes);
+        EXPECT_EQ(typeid(*back), typeid(*object));
+        EXPECT_EQ(bytesOf(*back), bytes) << typeid(*object).name();
+        EXPECT_EQ(back->name, object->name);
+        EXPECT_EQ(back->title, object->title);
+        EXPECT_EQ(back->options, object->options);
+        EXPECT_EQ(back->annotation, object->annotation);
+    }
+}
+
+TEST(ObjectBytes, aFunctionKeepsAllThatItSays) {
+    const DataObjectPtr kept = objectFrom(bytesOf(*named(line())));
+    const auto& back = dynamic_cast<const FunctionObject&>(*kept);
+    EXPECT_EQ(back.codelet, line().codelet);
+    EXPECT_TRUE(back.isNormalized);
+    EXPECT_EQ(back.arguments, line().arguments);
+    ASSERT_EQ(back.parameters.size(), 3U);
+    EXPECT_EQ(back.parameters[1], line().parameters[1]);
+    EXPECT_TRUE(std::signbit(back.parameters[0].value));
+    EXPECT_TRUE(std::isnan(back.parameters[2].value));
+}
+
+TEST(ObjectBytes, areDamagedByAnyChange) {
+    for (const DataObjectPtr& object : oneOfEach()) {
+        const std::string bytes = bytesOf(*object);
+        for (std::size_t place = 0; place < bytes.size(); place += 7) {
+            std::string damaged = bytes;
+            damaged[place] = static_cast<char>(damaged[place] ^ 0x10);
+            EXPECT_THROW(objectFrom(damaged), std::invalid_argument) << place;
+            EXPECT_THROW(objectFrom(bytes.substr(0, place)), std::invalid_argument) << place;
+        }
+        EXPECT_THROW(objectFrom(bytes + "x"), std::invalid_argument);
+    }
+}
+
+struct Unknown : DataObject {
+    ValueType type() const override { return ValueType::Any; }
+};
+
+TEST(ObjectBytes, areNotMadeOfAnObjectThatNobodyKnows) {
+    EXPECT_THROW(bytesOf(Unknown()), std::invalid_argument);
+}
+
+}  // namespace
+}  // namespace velmorak
