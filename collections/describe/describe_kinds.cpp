@@ -2,13 +2,19 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <sstream>
 #include <stdexcept>
 
 /// Writes what the kinds say of themselves: a collection's plugin_summary.txt, or a page in Markdown.
 namespace {
 
 using namespace velmorak;
+
+namespace fs = std::filesystem;
 
 struct Group {
     std::string name;
@@ -72,7 +78,44 @@ std::string limitsOf(const InputSpec& input) {
     return isBounded ? kind + textOf(input.minimum) + " to " + textOf(input.maximum) : std::string();
 }
 
-void writeKind(const Kind& kind, std::ostream& out) {
+std::string textIn(const fs::path& file) {
+    std::ostringstream text;
+    text << std::ifstream(file, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+/// Documents in the groups of the examples' folder that have a plug-in of the kind, in the order of their paths.
+std::vector<fs::path> examplesOf(const Kind& kind, const fs::path& examples) {
+    std::vector<fs::path> found;
+    for (const auto& entry : fs::recursive_directory_iterator(examples))
+        if (entry.path().extension() == ".zedra" &&
+            textIn(entry.path()).find("\"kind\": \"" + kind.name() + "\"") != std::string::npos)
+            found.push_back(entry.path().lexically_relative(examples));
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+/// The pipeline of an example, and beside it what it plots.
+void writePictures(const fs::path& document, const fs::path& examples, std::ostream& out) {
+    const std::string name = document.stem();
+    out << "![" << name << "](../examples/" << name << ".png)\n";
+    if (textIn(examples / document).find("\"kind\": \"Plot\"") != std::string::npos)
+        out << "![What it plots](../examples/" << name << "-plot.png)\n";
+    out << "\n";
+}
+
+void writeExamples(const Kind& kind, const fs::path& examples, std::ostream& out) {
+    const std::vector<fs::path> found = examplesOf(kind, examples);
+    if (found.empty())
+        return;
+    out << (found.size() == 1 ? "Example: " : "Examples: ");
+    for (const fs::path& document : found)
+        out << (document == found.front() ? "`" : ", `") << document.string() << "`";
+    out << ".\n\n";
+    writePictures(found.front(), examples, out);
+}
+
+void writeKind(const Kind& kind, const fs::path& examples, std::ostream& out) {
     const Ports ports = kind.ports({});
     out << "## " << kind.name() << "\n\n" << kind.summary() << "\n\n";
     out << "| input | type | default | limits | meaning |\n|---|---|---|---|---|\n";
@@ -87,20 +130,20 @@ void writeKind(const Kind& kind, std::ostream& out) {
     out << "\n";
     if (!kind.notes().empty())
         out << kind.notes() << "\n\n";
+    writeExamples(kind, examples, out);
 }
 
-void writePage(const Group& group, std::ostream& out) {
+void writePage(const Group& group, const fs::path& examples, std::ostream& out) {
     out << "# " << group.name << "\n\n" << purposeOf(group.name) << "\n\n";
     for (const auto& kind : group.kinds)
-        writeKind(*kind, out);
+        writeKind(*kind, examples, out);
 }
 
-int describe(const std::string& form, const std::vector<std::string>& libraries) {
+int describe(const std::vector<std::string>& words) {
     Collector collector;
-    for (const std::string& library : libraries)
-        load(library, collector);
+    load(words.back(), collector);
     for (const Group& group : collector.groups)
-        form == "summary" ? writeSummary(group, std::cout) : writePage(group, std::cout);
+        words.front() == "summary" ? writeSummary(group, std::cout) : writePage(group, words[1], std::cout);
     return std::cout.flush() ? 0 : 1;
 }
 
@@ -108,12 +151,14 @@ int describe(const std::string& form, const std::vector<std::string>& libraries)
 
 int main(int count, char** arguments) {
     const std::vector<std::string> words(arguments + 1, arguments + count);
-    if (words.size() < 2 || (words[0] != "summary" && words[0] != "page")) {
-        std::cerr << "usage: describe_kinds summary|page COLLECTION.so...\n";
+    const bool isSummary = words.size() == 2 && words[0] == "summary";
+    const bool isPage = words.size() == 3 && words[0] == "page";
+    if (!isSummary && !isPage) {
+        std::cerr << "usage: describe_kinds summary COLLECTION.so\n       describe_kinds page EXAMPLES COLLECTION.so\n";
         return 1;
     }
     try {
-        return describe(words[0], {words.begin() + 1, words.end()});
+        return describe(words);
     } catch (const std::exception& error) {
         std::cerr << "describe_kinds: " << error.what() << "\n";
         return 1;

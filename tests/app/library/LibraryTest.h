@@ -20,6 +20,7 @@ protected:
     class Window : public vkWindow {
     public:
         using vkWindow::actionGroup;
+        using vkWindow::canvas;
         using vkWindow::deleteAll;
         using vkWindow::lastDialog;
         using vkWindow::liveNodes;

@@ -1,0 +1,95 @@
+#include "LibraryTest.h"
+
+#include <cairomm/context.h>
+#include <cairomm/surface.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+/// The examples as the window shows them. Their pictures are kept for docs/.
+class ExamplesTest : public LibraryTest {
+protected:
+    static constexpr double margin = 10;  ///< Around a picture, in canvas units.
+
+    void show(const QzExample& example) {
+        window->deleteAll();
+        window->open(example.directory + '/' + example.name);
+    }
+
+    Goocanvas::Bounds extent() const {
+        Goocanvas::Bounds all(1e9, 1e9, -1e9, -1e9);
+        for (const plugin* node : window->liveNodes()) {
+            const Goocanvas::Bounds box = node->box->get_bounds();
+            all.set_x1(std::min(all.get_x1(), box.get_x1() - margin));
+            all.set_y1(std::min(all.get_y1(), box.get_y1() - margin));
+            all.set_x2(std::max(all.get_x2(), box.get_x2() + margin));
+            all.set_y2(std::max(all.get_y2(), box.get_y2() + margin));
+        }
+        return all;
+    }
+
+    /// Draws the canvas as far as it is used, on white.
+    void draw(const std::filesystem::path& file) const {
+        const Goocanvas::Bounds all = extent();
+        const int width = static_cast<int>(std::ceil(all.get_x2() - all.get_x1()));
+        const int height = static_cast<int>(std::ceil(all.get_y2() - all.get_y1()));
+        const auto surface = Cairo::ImageSurface::create(Cairo::FORMAT_RGB24, width, height);
+        const auto context = Cairo::Context::create(surface);
+        context->set_source_rgb(1, 1, 1);
+        context->paint();
+        context->translate(-all.get_x1(), -all.get_y1());
+        window->canvas.render(context, all, 1.0);
+        surface->write_to_png(file.string());
+    }
+
+    /// All that the library has are drawn, and each sender stands left of its receiver.
+    void expectWiresToTheRight(const std::string& example);
+
+    static bool overlap(const Goocanvas::Bounds& one, const Goocanvas::Bounds& other) {
+        return one.get_x1() < other.get_x2() && other.get_x1() < one.get_x2() && one.get_y1() < other.get_y2() &&
+               other.get_y1() < one.get_y2();
+    }
+};
+
+void ExamplesTest::expectWiresToTheRight(const std::string& example) {
+    std::size_t wires = 0;
+    for (QzBase* object : manager->plugins) {
+        const double left = window->nodeOf(object->name)->box->get_bounds().get_x1();
+        for (const QzBase::Input& input : object->Inputs()) {
+            if (input.source) {
+                ++wires;
+                EXPECT_LT(window->nodeOf(input.source->name)->box->get_bounds().get_x2(), left)
+                    << example << ": " << input.source->name << " to " << object->name;
+            }
+        }
+    }
+    EXPECT_EQ(window->pathMap.size(), wires) << example;
+}
+
+TEST_F(ExamplesTest, boxesStandApartOnTheCanvasAndAllWiresLeadToTheRight) {
+    const std::filesystem::path pictures = VELMORAK_PICTURES;
+    std::filesystem::create_directories(pictures);
+    ASSERT_THAT(QzManager::GetExamples(), Not(IsEmpty()));
+    for (const QzExample& example : QzManager::GetExamples()) {
+        show(example);
+        const auto nodes = window->liveNodes();
+        for (const plugin* one : nodes) {
+            EXPECT_GE(one->box->get_bounds().get_x1(), 0) << example.name << ": " << one->uniqueName;
+            EXPECT_GE(one->box->get_bounds().get_y1(), 0) << example.name << ": " << one->uniqueName;
+            for (const plugin* other : nodes) {
+                EXPECT_TRUE(one == other || !overlap(one->box->get_bounds(), other->box->get_bounds()))
+                    << example.name << ": " << one->uniqueName << " and " << other->uniqueName;
+            }
+        }
+        expectWiresToTheRight(example.name);
+        const std::string name = std::filesystem::path(example.name).stem();
+        draw(pictures / ("example-" + name + ".png"));
+    }
+}
+
+}  // namespace
