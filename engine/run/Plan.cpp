@@ -191,7 +191,8 @@ std::string Plan::inputObjection(std::size_t node, const PipelineInput& input) c
     const InputSpec& spec = input.spec;
     if (!input.wire) {
         const bool isMissing = !isWritable(spec.type) && !spec.isOptional;
-        return isMissing ? "nothing is wired where " + article(typeName(spec.type)) + " is needed" : "";
+        const std::string wanted = spec.type == ValueType::Any ? "something" : article(typeName(spec.type));
+        return isMissing ? "nothing is wired where " + wanted + " is needed" : "";
     }
     if (input.wire->node >= pipeline.nodes.size()) {
         return "it is wired to a plug-in that is not there";

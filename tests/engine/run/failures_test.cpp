@@ -134,6 +134,13 @@ TEST_F(Failures, aMissingWireNamesTheInput) {
     EXPECT_EQ(sentence("cut"), "input \"table\": nothing is wired where a table is needed");
 }
 
+TEST_F(Failures, aMissingWireOfAnyTypeNamesTheInputToo) {
+    add(see, "see");
+    start("see");
+    run();
+    EXPECT_EQ(sentence("see"), "input \"object\": nothing is wired where something is needed");
+}
+
 TEST_F(Failures, aWireOfTheWrongTypeNamesBothEnds) {
     wire("all", "sum", "some", "table");
     run();

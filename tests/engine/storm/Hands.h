@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QzManager.h>
+
+#include <filesystem>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace velmorak {
+struct InputSpec;
+}
+
+namespace velmorak::test {
+
+/// Number that the random tests begin with: VELMORAK_TEST_SEED, else always the same. It is printed.
+std::uint32_t seedOfTest();
+
+/// Somebody who edits a pipeline at random, through the door alone, and knows what a value may look like. Never
+/// draws: a plug-in of the kind Plot starts another program.
+class Hands {
+public:
+    /// @param manager outlives this.
+    /// @param folder  for documents and data.
+    /// @param afterCall called after each call that changes the pipeline.
+    Hands(
+        QzManager& manager, std::uint32_t seed, std::filesystem::path folder, std::function<void()> afterCall = [] {});
+
+    /// Adds, deletes, renames, connects, disconnects, sets a value, opens a document in place of everything, moves the
+    /// start, or saves.
+    void edit();
+    /// Adds plug-ins of random kinds, each with values and wires that are likely to work.
+    void build(std::size_t plugins);
+
+    std::size_t below(std::size_t limit) { return random() % limit; }
+    bool oneIn(std::size_t limit) { return below(limit) == 0; }
+
+private:
+    QzBase& anyNode();
+    void add();
+    QzBase& add(std::uint16_t kind);
+    void remove();
+    void rename();
+    void connect();
+    void repair();
+    void feed(QzBase& receiver);
+    void feed(QzBase& receiver, std::size_t input);
+    void disconnect();
+    void setValue();
+    void setValue(QzBase& node, std::size_t input);
+    void moveStart();
+    void moveBox();
+    void open();
+    void save();
+    std::string plausible(const QzBase& node, const InputSpec& spec);
+    const std::string& oneOf(const std::vector<std::string>& texts) { return texts[below(texts.size())]; }
+
+    QzManager& manager;
+    std::mt19937 random;
+    std::filesystem::path folder;
+    std::function<void()> afterCall;
+    std::vector<std::filesystem::path> saved;
+    std::size_t names = 0;
+};
+
+}  // namespace velmorak::test
