@@ -109,4 +109,14 @@ Digest Digester::finish() {
     return digest;
 }
 
+std::string hexOf(const Digest& digest) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    for (const std::uint8_t byte : digest) {
+        text += digits[byte >> 4U];
+        text += digits[byte & 15U];
+    }
+    return text;
+}
+
 }  // namespace velmorak

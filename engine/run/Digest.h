@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace velmorak {
@@ -27,5 +28,8 @@ private:
     std::array<std::uint8_t, 64> pending{};
     std::uint64_t total = 0;  ///< Bytes added so far.
 };
+
+/// @return 64 hexadecimal digits.
+std::string hexOf(const Digest& digest);
 
 }  // namespace velmorak

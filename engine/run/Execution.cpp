@@ -1,5 +1,7 @@
 #include "Execution.h"
 
+#include "Recorder.h"
+
 #include <algorithm>
 #include <ranges>
 #include <set>
@@ -8,7 +10,11 @@
 namespace velmorak {
 
 Execution::Execution(RunState& state, const Memory& memory, std::size_t threads)
-    : state(state), memory(memory), threads(threads), keeper(state, memory.store, memory.digests) {}
+    : state(state), memory(memory), threads(threads), keeper(state, memory.store, memory.digests) {
+    state.around.recorder = [this](const PipelineNode& node) {
+        return recordOf(this->state, this->keeper, static_cast<std::size_t>(&node - this->state.pipeline.nodes.data()));
+    };
+}
 
 RunReport Execution::run() {
     findNeeded();

@@ -1,6 +1,8 @@
 #include "Keeper.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 #include <utility>
 
 namespace velmorak {
@@ -104,6 +106,35 @@ bool Keeper::gatherFiles(std::size_t position) {
               all.end());
     files[position] = isWhole ? std::optional(std::move(all)) : std::nullopt;
     return isWhole;
+}
+
+std::vector<FileContent> Keeper::filesOf(const std::vector<std::size_t>& positions) {
+    std::map<NamedFile, Digest> all;
+    for (const std::size_t position : positions) {
+        if (files[position]) {
+            for (const FileContent& file : *files[position]) {
+                all[file.file] = file.digest;
+            }
+        }
+        for (const AskedFile& file : state.runs[position].context->askedFiles()) {
+            all[file.file] = contentOf(file.file).value_or(Digest{});
+        }
+    }
+    // A source also names the path of what it was given by another name.
+    std::set<std::string> paths;
+    for (const auto& [file, digest] : all) {
+        const std::string path = resolved(state.pipeline, file).string();
+        if (file != path) {
+            paths.insert(path);
+        }
+    }
+    std::vector<FileContent> contents;
+    for (const auto& [file, digest] : all) {
+        if (!file || !paths.contains(*file)) {
+            contents.push_back({file, digest});
+        }
+    }
+    return contents;
 }
 
 bool Keeper::gatherWritten(std::size_t position) {

@@ -29,6 +29,9 @@ public:
     /// rows have passed is all that there is to know.
     void keepFinished();
 
+    /// Files that the results of these plug-ins depend on, by name, with what they hold now; as far as is known yet.
+    std::vector<FileContent> filesOf(const std::vector<std::size_t>& positions);
+
     /// Files that the plug-in itself asked for in this run, as far as they could be read since.
     const std::vector<FileContent>& askedFiles(std::size_t position) const { return asked[position]; }
     /// Files that the plug-in left in this run or before it.

@@ -56,6 +56,10 @@ void NodeContext::warn(const std::string& sentence) {
     around.messages.line(titleOf(node) + ": warning: " + sentence);
 }
 
+RunRecord NodeContext::record() const {
+    return around.recorder ? around.recorder(node) : RunRecord{};
+}
+
 void NodeContext::watch(const NamedFile& file) const {
     const std::scoped_lock lock(mutex);
     asked.push_back({file, stampOf(resolved(around.pipeline, file))});

@@ -6,6 +6,7 @@
 #include "ResultFolder.h"
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -20,6 +21,7 @@ struct RunSurroundings {
     const std::atomic<bool>& stopping;
     Messages& messages;
     ResultFolder& results;
+    std::function<RunRecord(const PipelineNode&)> recorder{};  ///< Set when the run knows what it is about to do.
 };
 
 /// A file by the text that names it, so that another document finds its own file by the same text. Without a text:
@@ -49,6 +51,7 @@ public:
                      const std::function<void(const std::filesystem::path&)>& writer) override;
     std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override;
     void warn(const std::string& sentence) override;
+    RunRecord record() const override;
 
     /// Notes a file that decides what the plug-in gives.
     void watch(const NamedFile& file) const;

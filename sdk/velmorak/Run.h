@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Histogram1D.h"
+#include "RunRecord.h"
 #include "Table.h"
 #include "Value.h"
 
@@ -54,6 +55,11 @@ public:
 
     /// One line for the user that does not end the plug-in.
     virtual void warn(const std::string& sentence) = 0;
+
+    /// What the plug-in's result is made from: the plug-in itself and all that is upstream of it, with the files that
+    /// were read up to now. It never differs between two runs of which the second could use the first one's result.
+    /// Called on the thread that the run called the kind on.
+    virtual RunRecord record() const { return {}; }
 };
 
 /// The inputs of one plug-in in one run, by name. A wired input gives what came by wire, any other what its text says.
