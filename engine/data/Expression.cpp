@@ -15,6 +15,7 @@ using expression::Block;
 using expression::blockRows;
 using expression::Code;
 using expression::Lane;
+using expression::Over;
 using expression::Place;
 using expression::Step;
 
@@ -22,11 +23,13 @@ using expression::Step;
 class Evaluation {
 public:
     Evaluation(const std::string& expressionText, const Code& program, const Chunk& rows)
-        : text(expressionText), code(program), chunk(rows), buffers(program.buffers) {}
+        : text(expressionText), code(program), chunk(rows), buffers(program.buffers), lists(program.lists) {}
 
     ColumnPtr run() {
         auto column = std::make_shared<Column>();
         prepare(*column);
+        if (code.isList)
+            column->offsets = lengthsOf(*chunk.columns[code.resultShape]);
         for (std::size_t begin = 0; begin < chunk.rows; begin += blockRows) {
             const std::size_t rows = std::min(blockRows, chunk.rows - begin);
             for (const Step& step : code.steps)
@@ -37,6 +40,14 @@ public:
     }
 
 private:
+    /// The offsets of a column, beginning with 0.
+    static std::vector<std::uint64_t> lengthsOf(const Column& list) {
+        std::vector<std::uint64_t> offsets = list.offsets;
+        for (std::uint64_t& offset : offsets)
+            offset -= list.offsets.front();
+        return offsets;
+    }
+
     void prepare(Column& column) const {
         switch (code.type) {
             case ColumnType::Real:
@@ -54,19 +65,28 @@ private:
         }
     }
 
-    const void* columnValues(const Column& column, std::size_t row) const {
-        return std::visit([&](const auto& values) { return static_cast<const void*>(values.data() + row); },
+    static const void* columnValues(const Column& column, std::size_t position) {
+        return std::visit([&](const auto& values) { return static_cast<const void*>(values.data() + position); },
                           column.values);
     }
 
+    const std::uint64_t* offsetsAt(std::size_t shape, std::size_t row) const {
+        return chunk.columns[shape]->offsets.data() + row;
+    }
+
+    /// The values of the block that begins with the row.
     const void* valuesAt(const Place& place, std::size_t row) const {
         switch (place.in) {
             case Place::In::Buffer:
                 return buffers[place.position].bytes;
+            case Place::In::List:
+                return lists[place.position].data();
             case Place::In::Constant:
                 return code.constantAt[place.position]->bytes;
-            case Place::In::Column:
-                return columnValues(*chunk.columns[place.position], row);
+            case Place::In::Column: {
+                const Column& column = *chunk.columns[place.position];
+                return columnValues(column, column.isList() ? column.offsets[row] : row);
+            }
             case Place::In::Nothing:
                 break;
         }
@@ -74,17 +94,60 @@ private:
     }
 
     void perform(const Step& step, std::size_t begin, std::size_t rows) {
+        if (step.over == Over::Lengths)
+            return compareLengths(step, begin, rows);
+        if (step.over == Over::Lists)
+            return performOnLists(step, begin, rows);
         Lane lane;
         lane.rows = rows;
-        lane.out = buffers[step.out.position].bytes;
-        if (step.takesList) {
-            const Column& list = *chunk.columns[step.in[0].position];
-            lane.in[0] = columnValues(list, 0);
-            lane.offsets = list.offsets.data() + begin;
-        } else {
+        if (step.over != Over::Rows)
+            lane.offsets = offsetsAt(step.shape, begin);
+        lane.out = step.over == Over::Spread ? listFor(step, lane.offsets[rows] - lane.offsets[0])
+                                             : buffers[step.out.position].bytes;
+        for (std::size_t i = 0; i < 3; ++i)
+            lane.in[i] = valuesAt(step.in[i], begin);
+        call(step, lane, begin);
+    }
+
+    std::byte* listFor(const Step& step, std::size_t values) {
+        auto& list = lists[step.out.position];
+        if (list.size() < values * step.outBytes)
+            list.resize(values * step.outBytes);
+        return list.data();
+    }
+
+    /// Lists pass in pieces of a block's length, as constants have no more.
+    void performOnLists(const Step& step, std::size_t begin, std::size_t rows) {
+        const std::uint64_t* offsets = offsetsAt(step.shape, begin);
+        const std::size_t values = offsets[rows] - offsets[0];
+        std::byte* out = listFor(step, values);
+        for (std::size_t first = 0; first < values; first += blockRows) {
+            Lane lane;
+            lane.rows = std::min(blockRows, values - first);
+            lane.out = out + first * step.outBytes;
             for (std::size_t i = 0; i < 3; ++i)
-                lane.in[i] = valuesAt(step.in[i], begin);
+                if (step.in[i].in != Place::In::Nothing)
+                    lane.in[i] = static_cast<const std::byte*>(valuesAt(step.in[i], begin)) + first * step.inBytes[i];
+            call(step, lane, begin);
         }
+    }
+
+    void compareLengths(const Step& step, std::size_t begin, std::size_t rows) const {
+        const std::uint64_t* offsets = offsetsAt(step.shape, begin);
+        const std::uint64_t* others = offsetsAt(step.otherShape, begin);
+        for (std::size_t row = 0; row < rows; ++row) {
+            const std::uint64_t length = offsets[row + 1] - offsets[row];
+            const std::uint64_t other = others[row + 1] - others[row];
+            if (length != other)
+                expression::refuse(text, step.place,
+                                   "the lists have " + textOf(static_cast<double>(length)) + " and " +
+                                       textOf(static_cast<double>(other)) + " values in row " +
+                                       textOf(static_cast<double>(chunk.firstRow + begin + row)) +
+                                       ", and only lists of equal length go together");
+        }
+    }
+
+    void call(const Step& step, const Lane& lane, std::size_t begin) const {
         if (!step.kernel(lane))
             expression::refuse(text, step.place,
                                "no integer can hold a result in the rows from " +
@@ -104,6 +167,8 @@ private:
     }
 
     void append(Column& column, std::size_t begin, std::size_t rows) const {
+        if (code.isList)
+            rows = column.offsets[begin + rows] - column.offsets[begin];
         const void* from = valuesAt(code.result, begin);
         switch (code.type) {
             case ColumnType::Real:
@@ -121,6 +186,7 @@ private:
     const Code& code;
     const Chunk& chunk;
     std::vector<Block> buffers;
+    std::vector<std::vector<std::byte>> lists;
 };
 
 }  // namespace

@@ -1,6 +1,8 @@
-#include "ExpressionProgram.h"
+#include "ExpressionEmitter.h"
 
 #include <algorithm>
+#include <array>
+#include <limits>
 #include <numbers>
 #include <optional>
 
@@ -8,18 +10,27 @@ namespace velmorak::expression {
 
 namespace {
 
-struct Typed {
-    Place place;
-    ColumnType type = ColumnType::Real;
-    bool isList = false;
-};
-
 std::string shown(const Typed& value) {
-    return (value.isList ? "a list of type " : "") + std::string(nameOf(value.type));
+    return (value.isList ? "a list of type " : "a value of type ") + std::string(nameOf(value.type));
 }
 
 std::string shownName(const Node& call) {
     return call.text == "-sign" || call.text == "+sign" ? call.text.substr(0, 1) : call.text;
+}
+
+struct Constant {
+    std::string_view name;
+    double value;
+};
+
+constexpr std::array constants{Constant{"pi", std::numbers::pi}, Constant{"e", std::numbers::e},
+                               Constant{"inf", std::numeric_limits<double>::infinity()},
+                               Constant{"nan", std::numeric_limits<double>::quiet_NaN()}};
+
+const double* findConstant(std::string_view name) {
+    const auto* const found =
+        std::find_if(constants.begin(), constants.end(), [&](const Constant& known) { return known.name == name; });
+    return found == constants.end() ? nullptr : &found->value;
 }
 
 class Compiler {
@@ -31,25 +42,20 @@ public:
         nodes = parse(source);
         for (const Node& node : nodes)
             typed.push_back(compiled(node));
-        const Typed& whole = typed.back();
-        code.result = whole.place;
-        code.type = whole.type;
-        code.isList = whole.isList;
-        std::sort(code.usedColumns.begin(), code.usedColumns.end());
-        return std::move(code);
+        return std::move(emitter).finish(typed.back());
     }
 
 private:
     Typed compiled(const Node& node) {
         switch (node.form) {
             case Form::Real:
-                return constant(node.real, ColumnType::Real);
+                return emitter.constant(node.real, ColumnType::Real);
             case Form::Integer:
-                return constant(node.integer, ColumnType::Integer);
+                return emitter.constant(node.integer, ColumnType::Integer);
             case Form::Truth:
-                return constant(static_cast<std::uint8_t>(node.integer), ColumnType::Boolean);
+                return emitter.constant(static_cast<std::uint8_t>(node.integer), ColumnType::Boolean);
             case Form::Text:
-                return constant(static_cast<const std::string*>(&code.texts.emplace_back(node.text)), ColumnType::Text);
+                return emitter.text(node.text);
             case Form::Name:
                 return named(node);
             case Form::Call:
@@ -58,23 +64,13 @@ private:
         return called(node);
     }
 
-    template <typename T>
-    Typed constant(T value, ColumnType type) {
-        Block& block = code.constants.emplace_back();
-        std::fill_n(reinterpret_cast<T*>(block.bytes), blockRows, value);
-        code.constantAt.push_back(&block);
-        return {{Place::In::Constant, code.constantAt.size() - 1}, type, false};
-    }
-
     Typed named(const Node& node) {
         if (const auto position = columns.find(node.text))
             return column(node, *position);
         if (const auto number = numbers.find(node.text); number != numbers.end())
-            return constant(number->second, ColumnType::Real);
-        if (!node.isQuoted && node.text == "pi")
-            return constant(std::numbers::pi, ColumnType::Real);
-        if (!node.isQuoted && node.text == "e")
-            return constant(std::numbers::e, ColumnType::Real);
+            return emitter.constant(number->second, ColumnType::Real);
+        if (const double* known = node.isQuoted ? nullptr : findConstant(node.text))
+            return emitter.constant(*known, ColumnType::Real);
         std::vector<std::string> names;
         for (const ColumnInfo& info : columns.columns())
             names.push_back(info.name);
@@ -84,21 +80,20 @@ private:
     }
 
     Typed column(const Node& node, std::size_t position) {
-        auto& used = code.usedColumns;
-        if (std::find(used.begin(), used.end(), position) == used.end())
-            used.push_back(position);
-        const ColumnInfo& info = columns[position];
-        const Typed value{{Place::In::Column, position}, info.type, info.isList};
-        if (info.isList || info.type != ColumnType::Text || nodes.size() == 1)
+        const Typed value = emitter.column(position, columns[position]);
+        if (value.type != ColumnType::Text || nodes.size() == 1)
             return value;
-        return emit(addressTexts, {value}, ColumnType::Text, node.place);
+        return emitter.emit(addressTexts, {value}, ColumnType::Text, node.place);
     }
 
     Typed called(const Node& node) {
         std::vector<Typed> arguments;
         for (const std::size_t child : node.children)
             arguments.push_back(typed[child]);
-        if (isReduction(node.text) && arguments.size() == 1)
+        if (node.text == "[]")
+            return indexed(node, arguments);
+        if (isReduction(node.text) && arguments.size() == 1 &&
+            (arguments[0].isList || findFunction(node.text) == nullptr))
             return reduced(node, arguments[0]);
         const Function* function = findFunction(node.text);
         if (function == nullptr)
@@ -114,25 +109,32 @@ private:
     Typed reduced(const Node& node, const Typed& list) {
         if (!list.isList)
             refuse(source, node.place,
-                   "\"" + node.text + R"(" of one value takes a list column, this is of type )" + shown(list));
+                   "\"" + node.text + R"(" of one value takes a list column, this is )" + shown(list));
         const Reduction reduction = findReduction(node.text, list.type);
         if (reduction.kernel == nullptr)
             refuse(source, node.place, "\"" + node.text + R"(" does not take )" + shown(list));
-        const Typed result = emit(reduction.kernel, {list}, reduction.type, node.place);
-        code.steps.back().takesList = true;
-        return result;
+        return emitter.emitReduction(reduction.kernel, {list}, reduction.type, node.place);
+    }
+
+    Typed indexed(const Node& node, const std::vector<Typed>& arguments) {
+        const Typed& list = arguments[0];
+        if (!list.isList)
+            refuse(source, node.place, "only a list has values to choose from, this is " + shown(list));
+        if (arguments[1].isList || arguments[1].type == ColumnType::Text || arguments[1].type == ColumnType::Boolean)
+            refuse(source, nodes[node.children[1]].place,
+                   "a position in a list is a number, this is " + shown(arguments[1]));
+        Typed position = arguments[1];
+        if (position.type == ColumnType::Integer)
+            position =
+                emitter.emit(conversion(position.type, ColumnType::Real), {position}, ColumnType::Real, node.place);
+        const Reduction way = findIndexing(list.type);
+        return emitter.emitReduction(way.kernel, {list, position}, way.type, node.place);
     }
 
     void checkArguments(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
         const std::size_t count = arguments.size();
         if (count < function.arguments || (count > function.arguments && !function.takesMore))
             refuse(source, node.place, "\"" + node.text + R"(" takes )" + wanted(function));
-        for (std::size_t i = 0; i < count; ++i)
-            if (arguments[i].isList)
-                refuse(source, nodes[node.children[i]].place,
-                       "\"" + shownName(node) +
-                           R"(" does not take a list column; sum, count, min, max, any and all )"
-                           "make one value of a list");
     }
 
     static std::string wanted(const Function& function) {
@@ -144,17 +146,20 @@ private:
     Typed applied(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
         switch (function.rule) {
             case Rule::Real:
-                return emit(function.forReals, all(node, arguments, ColumnType::Real), ColumnType::Real, node.place);
+                return emitter.emit(function.forReals, all(node, arguments, ColumnType::Real), ColumnType::Real,
+                                    node.place);
             case Rule::Test:
-                return emit(function.forReals, all(node, arguments, ColumnType::Real), ColumnType::Boolean, node.place);
+                return emitter.emit(function.forReals, all(node, arguments, ColumnType::Real), ColumnType::Boolean,
+                                    node.place);
             case Rule::Arithmetic:
                 return arithmetic(node, function, arguments);
             case Rule::Comparison: {
                 const ColumnType type = compared(node, arguments);
-                return emit(kernel(function, type), all(node, arguments, type), ColumnType::Boolean, node.place);
+                return emitter.emit(kernel(function, type), all(node, arguments, type), ColumnType::Boolean,
+                                    node.place);
             }
             case Rule::Logic:
-                return emit(function.forBooleans, conditions(node, arguments), ColumnType::Boolean, node.place);
+                return emitter.emit(function.forBooleans, conditions(node, arguments), ColumnType::Boolean, node.place);
             case Rule::Choice:
                 break;
         }
@@ -167,10 +172,10 @@ private:
         const ColumnType type = hasReal ? ColumnType::Real : ColumnType::Integer;
         const auto values = all(node, arguments, type);
         if (values.size() == 1)
-            return emit(kernel(function, type), values, type, node.place);
-        Typed result = emit(kernel(function, type), {values[0], values[1]}, type, node.place);
+            return emitter.emit(kernel(function, type), values, type, node.place);
+        Typed result = emitter.emit(kernel(function, type), {values[0], values[1]}, type, node.place);
         for (std::size_t i = 2; i < values.size(); ++i)
-            result = emit(kernel(function, type), {result, values[i]}, type, node.place);
+            result = emitter.emit(kernel(function, type), {result, values[i]}, type, node.place);
         return result;
     }
 
@@ -189,8 +194,7 @@ private:
         for (std::size_t i = 0; i < arguments.size(); ++i)
             if (arguments[i].type == ColumnType::Real || arguments[i].type == ColumnType::Text)
                 refuse(source, nodes[node.children[i]].place,
-                       "a condition is needed here, this is of type " + shown(arguments[i]) +
-                           "; compare it with something");
+                       "a condition is needed here, this is " + shown(arguments[i]) + "; compare it with something");
         return all(node, arguments, ColumnType::Boolean);
     }
 
@@ -203,7 +207,7 @@ private:
         const Node valuesOnly{node.form, node.place, node.text, 0.0, 0, false, {node.children[1], node.children[2]}};
         for (const Typed& value : all(valuesOnly, pair, type))
             values.push_back(value);
-        return emit(kernel(function, type), values, type, node.place);
+        return emitter.emit(kernel(function, type), values, type, node.place);
     }
 
     static Kernel kernel(const Function& function, ColumnType type) {
@@ -227,33 +231,10 @@ private:
             const Kernel way = conversion(values[i].type, type);
             if (way == nullptr && values[i].type != type)
                 refuse(source, nodes[node.children[i]].place,
-                       "\"" + shownName(node) + R"(" does not take a value of type )" + shown(values[i]));
-            converted.push_back(way == nullptr ? values[i] : emit(way, {values[i]}, type, node.place));
+                       "\"" + shownName(node) + R"(" does not take )" + shown(values[i]));
+            converted.push_back(way == nullptr ? values[i] : emitter.emit(way, {values[i]}, type, node.place));
         }
         return converted;
-    }
-
-    /// The result has a buffer that none of the step's own values stands in: their sizes may differ.
-    Typed emit(Kernel kernel, const std::vector<Typed>& values, ColumnType type, std::size_t place) {
-        Step step;
-        step.kernel = kernel;
-        step.place = place;
-        step.out = {Place::In::Buffer, newBuffer()};
-        for (std::size_t i = 0; i < values.size(); ++i)
-            step.in[i] = values[i].place;
-        code.steps.push_back(step);
-        for (const Typed& value : values)
-            if (value.place.in == Place::In::Buffer)
-                freeBuffers.push_back(value.place.position);
-        return {step.out, type, false};
-    }
-
-    std::size_t newBuffer() {
-        if (freeBuffers.empty())
-            return code.buffers++;
-        const std::size_t buffer = freeBuffers.back();
-        freeBuffers.pop_back();
-        return buffer;
     }
 
     std::string_view source;
@@ -261,8 +242,7 @@ private:
     const std::map<std::string, double>& numbers;
     std::vector<Node> nodes;
     std::vector<Typed> typed;  ///< Of each node.
-    std::vector<std::size_t> freeBuffers;
-    Code code;
+    Emitter emitter;
 };
 
 }  // namespace
@@ -272,7 +252,7 @@ Code compile(std::string_view text, const Schema& columns, const std::map<std::s
 }
 
 bool isConstant(std::string_view name) {
-    return name == "pi" || name == "e";
+    return findConstant(name) != nullptr;
 }
 
 }  // namespace velmorak::expression

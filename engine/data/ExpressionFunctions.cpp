@@ -187,6 +187,8 @@ constexpr std::array functions{
     reals("pow", realPower),
     reals("fmod", realRemainder),
     reals("atan2", ofReals<[](double x, double y) { return std::atan2(x, y); }>),
+    reals("remainder", ofReals<[](double x, double y) { return std::remainder(x, y); }>),
+    reals("copysign", ofReals<[](double x, double y) { return std::copysign(x, y); }>),
     reals("hypot", ofReals<[](double x, double y) { return std::hypot(x, y); }>),
     test("isnan", unary<double, std::uint8_t, [](double x) { return std::isnan(x); }>),
     test("isinf", unary<double, std::uint8_t, [](double x) { return std::isinf(x); }>),

@@ -17,7 +17,8 @@ inline constexpr std::size_t blockRows = 1024;
 struct Lane {
     void* out = nullptr;
     const void* in[3] = {nullptr, nullptr, nullptr};
-    const std::uint64_t* offsets = nullptr;  ///< Of a list: in[0] holds the values of the whole chunk.
+    /// Of lists: in[0] holds the values from those of the first row on, which stand at offsets[0] of the chunk.
+    const std::uint64_t* offsets = nullptr;
     std::size_t rows = 0;
 };
 
@@ -58,6 +59,12 @@ struct Reduction {
 };
 bool isReduction(std::string_view name);
 Reduction findReduction(std::string_view name, ColumnType element);
+
+/// The value at a position in each row's list. Beyond the end, and for a position that is no whole number from 0 on,
+/// it is NaN, false or an empty text; integers become real for that.
+Reduction findIndexing(ColumnType element);
+/// @return the kernel that repeats each row's value for its list.
+Kernel spreading(ColumnType type);
 
 /// @return the kernel that makes one type of another; null for the same type, and where there is no such way.
 Kernel conversion(ColumnType from, ColumnType to);

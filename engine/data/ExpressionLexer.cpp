@@ -134,7 +134,7 @@ Token Lexer::symbol() {
     Token token{TokenKind::Symbol, here, "", 0.0, 0, false};
     if (std::find(pairs.begin(), pairs.end(), pair) != pairs.end())
         token.text = pair == "**" ? "^" : std::string(pair);
-    else if (std::string_view("+-*/%^()<>!,?:").find(source[here]) != std::string_view::npos)
+    else if (std::string_view("+-*/%^()[]<>!,?:").find(source[here]) != std::string_view::npos)
         token.text = source[here];
     else if (source[here] == '=')
         refuse(source, here, "a single = compares nothing; write ==");

@@ -17,7 +17,8 @@ bool fold(const Lane& lane, Out start) {
     bool isWrong = false;
     for (std::size_t row = 0; row < lane.rows; ++row) {
         Out folded = start;
-        for (std::uint64_t position = lane.offsets[row]; position < lane.offsets[row + 1]; ++position)
+        const std::uint64_t end = lane.offsets[row + 1] - lane.offsets[0];
+        for (std::uint64_t position = lane.offsets[row] - lane.offsets[0]; position < end; ++position)
             isWrong |= step(folded, values[position]);
         out[row] = folded;
     }
@@ -29,8 +30,8 @@ bool extreme(const Lane& lane) {
     const auto* values = static_cast<const In*>(lane.in[0]);
     auto* out = static_cast<double*>(lane.out);
     for (std::size_t row = 0; row < lane.rows; ++row) {
-        const std::uint64_t begin = lane.offsets[row];
-        const std::uint64_t end = lane.offsets[row + 1];
+        const std::uint64_t begin = lane.offsets[row] - lane.offsets[0];
+        const std::uint64_t end = lane.offsets[row + 1] - lane.offsets[0];
         double best = begin == end ? std::numeric_limits<double>::quiet_NaN() : static_cast<double>(values[begin]);
         for (std::uint64_t position = begin; position < end; ++position) {
             const auto value = static_cast<double>(values[position]);
@@ -75,6 +76,45 @@ bool all(const Lane& lane) {
 constexpr auto isLess = [](double x, double y) { return x < y; };
 constexpr auto isMore = [](double x, double y) { return x > y; };
 
+template <typename In, typename Out>
+bool valueAt(const Lane& lane, Out missing) {
+    const auto* values = static_cast<const In*>(lane.in[0]);
+    const auto* positions = static_cast<const double*>(lane.in[1]);
+    auto* out = static_cast<Out*>(lane.out);
+    for (std::size_t row = 0; row < lane.rows; ++row) {
+        const std::uint64_t begin = lane.offsets[row] - lane.offsets[0];
+        const std::uint64_t count = lane.offsets[row + 1] - lane.offsets[row];
+        const double position = positions[row];
+        const bool isThere =
+            position >= 0.0 && position < static_cast<double>(count) && position == std::floor(position);
+        out[row] = isThere ? static_cast<Out>(values[begin + static_cast<std::uint64_t>(position)]) : missing;
+    }
+    return true;
+}
+
+template <typename In>
+bool numberAt(const Lane& lane) {
+    return valueAt<In, double>(lane, std::numeric_limits<double>::quiet_NaN());
+}
+
+bool truthAt(const Lane& lane) {
+    return valueAt<std::uint8_t, std::uint8_t>(lane, 0);
+}
+
+bool textAt(const Lane& lane) {
+    static const std::string missing;
+    return valueAt<const std::string*, const std::string*>(lane, &missing);
+}
+
+template <typename T>
+bool spread(const Lane& lane) {
+    const auto* values = static_cast<const T*>(lane.in[0]);
+    auto* out = static_cast<T*>(lane.out);
+    for (std::size_t row = 0; row < lane.rows; ++row)
+        out = std::fill_n(out, lane.offsets[row + 1] - lane.offsets[row], values[row]);
+    return true;
+}
+
 struct Entry {
     std::string_view name;
     ColumnType element;
@@ -108,6 +148,34 @@ Reduction findReduction(std::string_view name, ColumnType element) {
         if (entry.name == name && entry.element == element)
             return entry.reduction;
     return {};
+}
+
+Reduction findIndexing(ColumnType element) {
+    switch (element) {
+        case ColumnType::Real:
+            return {numberAt<double>, ColumnType::Real};
+        case ColumnType::Integer:
+            return {numberAt<std::int64_t>, ColumnType::Real};
+        case ColumnType::Boolean:
+            return {truthAt, ColumnType::Boolean};
+        case ColumnType::Text:
+            break;
+    }
+    return {textAt, ColumnType::Text};
+}
+
+Kernel spreading(ColumnType type) {
+    switch (type) {
+        case ColumnType::Real:
+            return spread<double>;
+        case ColumnType::Integer:
+            return spread<std::int64_t>;
+        case ColumnType::Boolean:
+            return spread<std::uint8_t>;
+        case ColumnType::Text:
+            break;
+    }
+    return spread<const std::string*>;
 }
 
 }  // namespace velmorak::expression

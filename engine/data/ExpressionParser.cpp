@@ -39,7 +39,8 @@ int levelOf(const Token& token) {
     return 0;
 }
 
-/// Descends by levels of binding: choice, or, and, not, comparison, sum, product, sign, power, primary.
+/// Descends by levels of binding: choice, or, and, not, comparison, sum, product, sign, power, position in a
+/// list, primary.
 class Parser {
 public:
     explicit Parser(std::string_view expression) : source(expression), lexer(expression) { advance(); }
@@ -135,12 +136,26 @@ private:
     }
 
     std::size_t power() {
-        const std::size_t base = primary();
+        const std::size_t base = element();
         if (!isSymbol("^"))
             return base;
         const std::size_t place = token.place;
         advance();
         return call("^", place, {base, sign()});
+    }
+
+    std::size_t element() {
+        std::size_t whole = primary();
+        while (isSymbol("[")) {
+            const std::size_t open = token.place;
+            advance();
+            const std::size_t position = choice();
+            if (token.kind == TokenKind::End)
+                refuse(source, open, "this bracket is never closed");
+            expect("]", "a bracket should be closed here");
+            whole = call("[]", open, {whole, position});
+        }
+        return whole;
     }
 
     std::size_t primary() {

@@ -29,7 +29,10 @@ const Schema& schema() {
                              {"tag", ColumnType::Text},
                              {"m(mu mu)"},
                              {"trk.px", ColumnType::Real, true},
-                             {"trk.hits", ColumnType::Integer, true}});
+                             {"trk.hits", ColumnType::Integer, true},
+                             {"trk.tag", ColumnType::Text, true},
+                             {"trk.good", ColumnType::Boolean, true},
+                             {"jet.pt", ColumnType::Real, true}});
     return all;
 }
 
@@ -43,7 +46,10 @@ Chunk rows() {
                      column(Column::Texts{"muon", "e", ""}),
                      column(Column::Reals{91.2, 3.1, 9.5}),
                      column(Column::Reals{1.0, 2.0, 4.0}, {0, 2, 2, 3}),
-                     column(Column::Integers{3, 0, 5}, {0, 2, 2, 3})};
+                     column(Column::Integers{3, 0, 5}, {0, 2, 2, 3}),
+                     column(Column::Texts{"mu", "e", "mu"}, {0, 2, 2, 3}),
+                     column(Column::Booleans{1, 0, 1}, {0, 2, 2, 3}),
+                     column(Column::Reals{10.0, 20.0, 30.0}, {0, 2, 3, 3})};
     return chunk;
 }
 
@@ -168,9 +174,112 @@ TEST(Expression, makesOneValueOfAList) {
     EXPECT_EQ(real("min(trk.hits)"), 0.0);
 }
 
+std::vector<std::uint64_t> offsetsOf(std::string_view text) {
+    return valuesOf(text)->offsets;
+}
+
+TEST(ExpressionList, isComputedValueByValue) {
+    EXPECT_EQ(valuesOf("trk.px * 2 + 1")->reals(), (Column::Reals{3.0, 5.0, 9.0}));
+    EXPECT_EQ(offsetsOf("trk.px * 2 + 1"), (std::vector<std::uint64_t>{0, 2, 2, 3}));
+    EXPECT_EQ(valuesOf("trk.px * trk.hits")->reals(), (Column::Reals{3.0, 0.0, 20.0}));
+    EXPECT_EQ(valuesOf("trk.hits % 2")->integers(), (Column::Integers{1, 0, 1}));
+    EXPECT_EQ(valuesOf("-trk.hits")->integers(), (Column::Integers{-3, 0, -5}));
+    EXPECT_EQ(valuesOf("sqrt(trk.px)[1]")->reals()[0], std::sqrt(2.0));
+    EXPECT_TRUE(Expression("trk.px > 1", schema()).isList());
+    EXPECT_EQ(Expression("trk.px > 1", schema()).type(), ColumnType::Boolean);
+    EXPECT_EQ(valuesOf("max(trk.px, 3)")->reals(), (Column::Reals{3.0, 3.0, 4.0}));
+}
+
+TEST(ExpressionList, takesTheSingleValueOfItsRowForEachOfItsValues) {
+    EXPECT_EQ(valuesOf("trk.px + x")->reals(), (Column::Reals{2.5, 3.5, 4.0}));
+    EXPECT_EQ(valuesOf("n * trk.hits")->integers(), (Column::Integers{21, 0, 0}));
+    EXPECT_EQ(valuesOf("trk.px - sum(trk.px) / count(trk.px)")->reals(), (Column::Reals{-0.5, 0.5, 0.0}));
+    EXPECT_EQ(valuesOf("if(flag, trk.px, -1.0)")->reals(), (Column::Reals{1.0, 2.0, 4.0}));
+    EXPECT_EQ(valuesOf("trk.good && x > 1")->booleans(), (Column::Booleans{1, 0, 0}));
+}
+
+TEST(ExpressionList, ofTruthsIsCountedAndJudged) {
+    EXPECT_EQ(valuesOf("sum(trk.px > 1)")->integers(), (Column::Integers{1, 0, 1}));
+    EXPECT_EQ(valuesOf("any(trk.px > 3)")->booleans(), (Column::Booleans{0, 0, 1}));
+    EXPECT_EQ(valuesOf("all(trk.px > 1 || trk.good)")->booleans(), (Column::Booleans{1, 1, 1}));
+    EXPECT_EQ(valuesOf("count(trk.tag)")->integers(), (Column::Integers{2, 0, 1}));
+    EXPECT_EQ(valuesOf("any(trk.tag == 'e')")->booleans(), (Column::Booleans{1, 0, 0}));
+    EXPECT_EQ(valuesOf("trk.good ? trk.tag : 'bad'")->texts(), (Column::Texts{"mu", "bad", "mu"}));
+}
+
+TEST(ExpressionList, givesTheValueAtAPosition) {
+    const auto second = valuesOf("trk.px[1]")->reals();
+    EXPECT_EQ(second[0], 2.0);
+    EXPECT_TRUE(std::isnan(second[1]));
+    EXPECT_TRUE(std::isnan(second[2]));
+    EXPECT_EQ(real("trk.hits[0]"), 3.0);
+    EXPECT_EQ(valuesOf("trk.tag[0]")->texts(), (Column::Texts{"mu", "", "mu"}));
+    EXPECT_EQ(valuesOf("trk.good[0]")->booleans(), (Column::Booleans{1, 0, 1}));
+    EXPECT_EQ(real("trk.px[count(trk.px) - 1]"), 2.0);
+    EXPECT_EQ(real("2 ^ trk.px[1]"), 4.0);
+    EXPECT_EQ(real("(trk.px * 10)[trk.hits[1]]"), 10.0);
+    for (const char* none : {"trk.px[-1]", "trk.px[2]", "trk.px[0.5]", "trk.px[nan]", "trk.px[1/0]", "trk.px[1e300]"})
+        EXPECT_TRUE(std::isnan(real(none))) << none;
+}
+
+TEST(ExpressionList, ofAnotherLengthIsRefusedByRow) {
+    Chunk chunk = rows();
+    chunk.firstRow = 100;
+    try {
+        Expression("trk.px + jet.pt", schema()).evaluate(chunk);
+        FAIL();
+    } catch (const Failure& failure) {
+        EXPECT_STREQ(failure.what(),
+                     "the lists have 0 and 1 values in row 101, and only lists of equal length go together\n"
+                     "  trk.px + jet.pt\n         ^");
+    }
+    EXPECT_EQ(real("sum(trk.px) + sum(jet.pt)"), 33.0);
+}
+
+TEST(ExpressionList, longerThanABlockIsComputedWhole) {
+    const Schema lists({{"a", ColumnType::Real, true}, {"b", ColumnType::Integer}});
+    Chunk chunk;
+    chunk.rows = 3000;
+    Column::Reals values;
+    Column::Integers lengths;
+    std::vector<std::uint64_t> offsets{0};
+    for (std::size_t row = 0; row < chunk.rows; ++row) {
+        lengths.push_back(static_cast<std::int64_t>(row % 5 == 0 ? 0 : row % 700));
+        for (std::int64_t i = 0; i < lengths.back(); ++i)
+            values.push_back(static_cast<double>(i) + 0.5);
+        offsets.push_back(values.size());
+    }
+    chunk.columns = {column(values, offsets), column(lengths)};
+    const ColumnPtr made = Expression("2 * a - b", lists).evaluate(chunk);
+    EXPECT_EQ(made->offsets, offsets);
+    std::size_t wrong = 0;
+    for (std::size_t row = 0; row < chunk.rows; ++row)
+        for (std::uint64_t at = offsets[row]; at < offsets[row + 1]; ++at)
+            wrong += made->reals()[at] != 2.0 * values[at] - static_cast<double>(lengths[row]) ? 1 : 0;
+    EXPECT_EQ(wrong, 0U);
+}
+
+TEST(ExpressionList, ofAPartOfATableCountsFromItsOwnBeginning) {
+    Chunk chunk = rows();
+    chunk.rows = 1;
+    chunk.columns[6] = column(Column::Reals{9.0, 9.0, 1.0, 2.0}, {2, 4});
+    const ColumnPtr made = Expression("trk.px * 3", schema()).evaluate(chunk);
+    EXPECT_EQ(made->reals(), (Column::Reals{3.0, 6.0}));
+    EXPECT_EQ(made->offsets, (std::vector<std::uint64_t>{0, 2}));
+    EXPECT_EQ(Expression("sum(trk.px)", schema()).evaluate(chunk)->reals(), (Column::Reals{3.0}));
+    EXPECT_EQ(Expression("trk.px[1]", schema()).evaluate(chunk)->reals(), (Column::Reals{2.0}));
+}
+
+TEST(Expression, wrapsAnglesByTheRemainder) {
+    EXPECT_EQ(real("remainder(5.0, 3)"), -1.0);
+    EXPECT_EQ(real("copysign(2, -0.0)"), -2.0);
+}
+
 TEST(Expression, knowsConstantsUnlessAColumnHasTheName) {
     EXPECT_EQ(real("pi"), std::numbers::pi);
     EXPECT_EQ(real("log(e)"), 1.0);
+    EXPECT_EQ(real("inf"), infinity);
+    EXPECT_TRUE(std::isnan(real("nan")));
     const Schema own({{"e"}});
     Chunk chunk;
     chunk.rows = 1;
@@ -239,7 +348,14 @@ TEST(ExpressionMistake, hasAReason) {
         {"if(x, 1, 2)", "a condition is needed here"},
         {"if(flag, 1, tag)", "do not go together"},
         {"tag == 1", "do not go together"},
-        {"trk.px * 2", "does not take a list column"},
+        {"trk.tag * 2", "does not take a list of type text"},
+        {"x[0]", "only a list has values to choose from, this is a value of type real"},
+        {"trk.px[0", "this bracket is never closed"},
+        {"trk.px[0)", "a bracket should be closed here"},
+        {"trk.px[]", "a value is missing"},
+        {"trk.px[tag]", "a position in a list is a number"},
+        {"trk.px[trk.hits]", "a position in a list is a number"},
+        {"if(trk.px, 1, 2)", "a condition is needed here, this is a list of type real"},
         {"sum(x)", "takes a list column"},
         {"sum(x, y)", "takes one list column"},
         {"any(trk.px)", "does not take a list of type real"},
