@@ -4,7 +4,7 @@
 
 namespace velmorak {
 
-/// Draws histograms into one picture.
+/// Draws objects into one picture.
 class PlotKind : public Function {
 public:
     std::string name() const override { return "Plot"; }

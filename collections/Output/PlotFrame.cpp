@@ -1,8 +1,9 @@
 #include "PlotFrame.h"
 
-#include "PlotScript.h"
+#include "PlotText.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/FunctionValues.h>
 
 #include <algorithm>
 #include <cmath>
@@ -18,75 +19,291 @@ constexpr double unlimited = std::numeric_limits<double>::infinity();
 constexpr double largestShown = 1e300;
 constexpr double smallestLogShown = 1e-300;
 
-/// Part of the frame's height that stays free above the highest point.
-double headroom(const std::vector<HistogramPtr>& histograms, const PlotStyle& style) {
-    if (!style.hasLegend)
-        return style.hasStatistics ? 0.22 : 0.08;
-    return std::min(0.45, 0.12 + 0.055 * static_cast<double>(histograms.size()));
+constexpr std::size_t curveSamples = 600;
+
+/// Gathers the numbers that an axis must show.
+class Extent {
+public:
+    explicit Extent(bool hasLogarithm) : hasLog(hasLogarithm) {}
+
+    void add(double value) {
+        if (!std::isfinite(value) || (hasLog && value <= 0.0))
+            return;
+        span.low = std::min(span.low, value);
+        span.high = std::max(span.high, value);
+    }
+    bool isEmpty() const { return span.low > span.high; }
+
+    PlotSpan span{.low = unlimited, .high = -unlimited};
+
+private:
+    bool hasLog;
+};
+
+/// Positions along an axis as they are drawn: the logarithm where it is logarithmic.
+double along(double value, bool hasLog) {
+    return hasLog ? std::log10(value) : value;
 }
 
-void spanX(const Histogram1D& histogram, bool hasLog, PlotFrame& frame) {
-    for (const double edge : histogram.axis().edges()) {
-        if (hasLog && edge <= 0.0)
+double atPosition(double position, bool hasLog) {
+    return hasLog ? std::clamp(std::pow(10.0, position), smallestLogShown, largestShown) : position;
+}
+
+/// Room at both ends, in parts of the span.
+void widen(PlotSpan& span, bool hasLog, double below, double above) {
+    const double low = along(span.low, hasLog);
+    const double high = along(span.high, hasLog);
+    span.low = below > 0.0 ? atPosition(low - below * (high - low), hasLog) : span.low;
+    span.high = above > 0.0 ? atPosition(high + above * (high - low), hasLog) : span.high;
+}
+
+/// A span of one value, or none, becomes one that can be drawn.
+void open(PlotSpan& span, bool hasLog) {
+    if (span.low > span.high)
+        span = hasLog ? PlotSpan{.low = 0.5, .high = 10.0} : PlotSpan{.low = 0.0, .high = 1.0};
+    if (!hasLog) {
+        span.low = std::clamp(span.low, -largestShown, largestShown);
+        span.high = std::clamp(span.high, -largestShown, largestShown);
+    } else {
+        span.low = std::clamp(span.low, smallestLogShown, largestShown);
+        span.high = std::clamp(span.high, smallestLogShown, largestShown);
+    }
+    if (span.low < span.high)
+        return;
+    const double half = std::abs(span.low) > smallestLogShown ? 0.5 * std::abs(span.low) : 0.5;
+    span = hasLog ? PlotSpan{.low = span.low / 3.0, .high = span.high * 3.0}
+                  : PlotSpan{.low = span.low - half, .high = span.high + half};
+}
+
+/// What the user wants at the ends.
+void choose(PlotSpan& span, const PlotAxis& axis, const std::string& name) {
+    span.low = axis.range.low.value_or(span.low);
+    span.high = axis.range.high.value_or(span.high);
+    if (axis.hasLog && span.low <= 0.0)
+        throw Failure(name + "range", "a logarithmic axis cannot begin at " + textOf(span.low));
+    if (!(span.low < span.high))
+        throw Failure(name + "range", "it is empty: from " + textOf(span.low) + " to " + textOf(span.high));
+}
+
+PlotSpan mapSpan(const std::vector<double>& edges, const PlotAxis& axis, const std::string& name) {
+    Extent extent(axis.hasLog);
+    for (const double edge : edges)
+        extent.add(edge);
+    if (extent.isEmpty() || (extent.span.low == extent.span.high && axis.hasLog))
+        throw Failure("log" + name, "the histogram has no bin above 0 that a logarithmic axis could show");
+    return extent.span;
+}
+
+void addPoints(const PlotSeries& series, Extent& extent, bool& needsRoom) {
+    for (const double edge : series.edges)
+        extent.add(edge);
+    for (const PlotPoint& point : series.points) {
+        extent.add(point.x);
+        extent.add(point.xLow);
+        extent.add(point.xHigh);
+    }
+    needsRoom = needsRoom || (series.edges.empty() && !series.function);
+}
+
+/// @return where a function says that it holds; all numbers where it does not say.
+PlotSpan domainOf(const FunctionObject& function) {
+    PlotSpan domain{.low = -unlimited, .high = unlimited};
+    if (function.arguments.size() == 1 && !function.arguments.front().ranges.empty()) {
+        const FunctionObject::Range& range = function.arguments.front().ranges.front();
+        domain = {.low = range.low, .high = range.high};
+    }
+    return domain;
+}
+
+PlotSpan spanX(const PlotContents& contents, const PlotStyle& style) {
+    if (contents.map)
+        return mapSpan(contents.map->xEdges, style.x, "x");
+    Extent extent(style.x.hasLog);
+    bool needsRoom = false;
+    for (const PlotSeries& series : contents.series)
+        addPoints(series, extent, needsRoom);
+    for (const PlotSeries& series : contents.series)
+        if (series.function && extent.isEmpty()) {
+            const PlotSpan domain = domainOf(*series.function);
+            extent.add(domain.low);
+            extent.add(domain.high);
+        }
+    const bool isHistogram =
+        std::any_of(contents.series.begin(), contents.series.end(), [](const auto& one) { return one.isHistogram; });
+    if (isHistogram && (extent.isEmpty() || extent.span.low == extent.span.high))
+        throw Failure("logx", "the histogram has no bin above 0 that a logarithmic axis could show");
+    PlotSpan span = extent.span;
+    open(span, style.x.hasLog);
+    if (needsRoom)
+        widen(span, style.x.hasLog, 0.04, 0.04);
+    return span;
+}
+
+/// Samples at equal distances as the axis is drawn.
+void sample(PlotSeries& series, const PlotSpan& x, bool hasLog) {
+    const PlotSpan domain = domainOf(*series.function);
+    const PlotSpan span{.low = std::max(x.low, domain.low), .high = std::min(x.high, domain.high)};
+    series.points.clear();
+    if (!(span.low < span.high))
+        return;
+    std::vector<double> places;
+    const double low = along(span.low, hasLog);
+    const double high = along(span.high, hasLog);
+    for (std::size_t i = 0; i <= curveSamples; ++i) {
+        const double part = static_cast<double>(i) / static_cast<double>(curveSamples);
+        places.push_back(std::clamp(atPosition(low + part * (high - low), hasLog), span.low, span.high));
+    }
+    const std::vector<double> values = FunctionValues(*series.function)(places);
+    for (std::size_t i = 0; i < places.size(); ++i)
+        series.points.push_back({.x = places[i],
+                                 .xLow = places[i],
+                                 .xHigh = places[i],
+                                 .y = values[i],
+                                 .yLow = values[i],
+                                 .yHigh = values[i]});
+}
+
+void sampleCurves(PlotContents& contents, const PlotFrame& frame, const PlotStyle& style) {
+    for (PlotSeries& series : contents.series) {
+        if (!series.function)
             continue;
-        frame.xLow = std::min(frame.xLow, edge);
-        frame.xHigh = std::max(frame.xHigh, edge);
+        sample(series, frame.x, style.x.hasLog);
+        const bool isSeen = std::any_of(series.points.begin(), series.points.end(),
+                                        [](const PlotPoint& point) { return std::isfinite(point.y); });
+        if (!isSeen)
+            contents.warnings.push_back("\"" + series.label + "\" has no value in the range that is drawn");
     }
 }
 
-/// Takes in the heights with their errors; of a logarithmic axis only what is above 0.
-void spanY(const Histogram1D& histogram, bool hasLog, PlotFrame& frame) {
-    for (std::size_t i = 0; i < histogram.bins(); ++i) {
-        const double height = histogram.height(i);
-        const double error = histogram.error(i);
-        if (!std::isfinite(height + error) || (hasLog && height <= 0.0))
-            continue;
-        frame.yLow = std::min(frame.yLow, hasLog ? height : height - error);
-        frame.yHigh = std::max(frame.yHigh, height + error);
+/// The highest value, with its bar, that is drawn between two parts of the frame's width.
+double highestBetween(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style, double from,
+                      double to) {
+    const double low = along(frame.x.low, style.x.hasLog);
+    const double width = along(frame.x.high, style.x.hasLog) - low;
+    double highest = -unlimited;
+    for (const PlotSeries& series : contents.series)
+        for (const PlotPoint& point : series.points) {
+            const double left = (along(std::max(point.xLow, frame.x.low), style.x.hasLog) - low) / width;
+            const double right = (along(std::min(point.xHigh, frame.x.high), style.x.hasLog) - low) / width;
+            const double top = std::isfinite(point.yHigh) ? point.yHigh : point.y;
+            if (right >= from && left <= to && std::isfinite(top))
+                highest = std::max(highest, top);
+        }
+    return highest;
+}
+
+/// Makes the frame so high that nothing is drawn where the boxes stand.
+void makeRoom(PlotFrame& frame, const PlotContents& contents, const PlotStyle& style,
+              const std::vector<PlotCorner>& corners) {
+    constexpr double margin = 0.03;
+    const bool hasLog = style.y.hasLog;
+    const double low = along(frame.y.low, hasLog);
+    double high = along(frame.y.high, hasLog);
+    high += 0.08 * (high - low);
+    for (const PlotCorner& corner : corners) {
+        const double from = corner.isLeft ? 0.0 : 1.0 - corner.width - margin;
+        const double to = corner.isLeft ? corner.width + margin : 1.0;
+        const double highest = highestBetween(contents, frame, style, from, to);
+        const double free = std::min(corner.height + margin, 0.6);
+        if (std::isfinite(highest) && (!hasLog || highest > 0.0))
+            high = std::max(high, low + (along(highest, hasLog) - low) / (1.0 - free));
     }
+    frame.y.high = atPosition(std::min(high, hasLog ? 300.0 : largestShown), hasLog);
 }
 
-void roomLinear(PlotFrame& frame, double free) {
-    frame.yLow = std::min(frame.yLow, 0.0);
-    frame.yHigh = std::max(frame.yHigh, 0.0);
-    if (frame.yHigh == frame.yLow)
-        frame.yHigh = frame.yLow + 1.0;
-    frame.yLow = std::max(frame.yLow, -largestShown);
-    frame.yHigh = std::min(frame.yHigh, largestShown);
-    const double span = frame.yHigh - frame.yLow;
-    frame.yHigh += span * free / (1.0 - free);
-    if (frame.yLow < 0.0)
-        frame.yLow -= 0.05 * span;
+PlotSpan spanY(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style) {
+    Extent extent(style.y.hasLog);
+    bool standsOnGround = false;
+    for (const PlotSeries& series : contents.series) {
+        for (const PlotPoint& point : series.points) {
+            const bool isShown = point.xHigh >= frame.x.low && point.xLow <= frame.x.high;
+            if (!isShown || !std::isfinite(point.y) || (style.y.hasLog && point.y <= 0.0))
+                continue;
+            extent.add(point.y);
+            extent.add(point.yHigh);
+            // On a logarithmic axis a bar may reach down to nothing; the point itself decides.
+            if (!style.y.hasLog)
+                extent.add(point.yLow);
+        }
+        standsOnGround = standsOnGround || series.isHistogram;
+    }
+    if (standsOnGround && !style.y.hasLog)
+        extent.add(0.0);
+    PlotSpan span = extent.span;
+    const bool isFlat = standsOnGround && !style.y.hasLog && span.low == span.high;
+    if (isFlat)
+        span = {.low = 0.0, .high = 1.0};
+    open(span, style.y.hasLog);
+    return span;
 }
 
-void roomLogarithmic(PlotFrame& frame, double free) {
-    if (frame.yLow > frame.yHigh) {
-        frame.yLow = 0.5;
-        frame.yHigh = 10.0;
+void frameY(PlotFrame& frame, const PlotContents& contents, const PlotStyle& style,
+            const std::vector<PlotCorner>& corners) {
+    if (contents.map) {
+        frame.y = mapSpan(contents.map->yEdges, style.y, "y");
         return;
     }
-    frame.yLow = std::max(0.5 * frame.yLow, smallestLogShown);
-    const double low = std::log10(frame.yLow);
-    const double high = std::log10(std::max(frame.yHigh, 2.0 * smallestLogShown));
-    frame.yHigh = std::min(std::pow(10.0, high + (high - low) * free / (1.0 - free)), largestShown);
+    frame.y = spanY(contents, frame, style);
+    if (style.y.hasLog)
+        frame.y.low = std::max(0.5 * frame.y.low, smallestLogShown);
+    else if (frame.y.low != 0.0)
+        widen(frame.y, false, 0.06, 0.0);
+    makeRoom(frame, contents, style, corners);
+    // Few digits, so that the script is pleasant to change.
+    double few = 0.0;
+    if (readNumber(roundedText(frame.y.high), few) && few > frame.y.low)
+        frame.y.high = few;
+}
+
+PlotSpan spanZ(const PlotMap& map, const PlotAxis& axis) {
+    Extent extent(axis.hasLog);
+    for (const double value : map.values)
+        extent.add(value);
+    if (map.isCount && !axis.hasLog && extent.span.low > 0.0)
+        extent.add(0.0);
+    PlotSpan span = extent.span;
+    open(span, axis.hasLog);
+    return span;
+}
+
+/// What a logarithmic axis cannot show though something is there.
+void warnOfLog(PlotContents& contents, const PlotStyle& style) {
+    std::size_t below = 0;
+    std::size_t above = 0;
+    if (contents.map && style.z.hasLog)
+        for (const double value : contents.map->values)
+            if (!std::isnan(value))
+                ++(value > 0.0 ? above : below);
+    if (!contents.map && style.y.hasLog)
+        for (const PlotSeries& series : contents.series)
+            for (const PlotPoint& point : series.points) {
+                below += point.y < 0.0 || (point.y == 0.0 && !series.isHistogram) ? 1 : 0;
+                above += point.y > 0.0 ? 1 : 0;
+            }
+    const std::string axis = contents.map ? "logz" : "logy";
+    const bool hasLog = contents.map ? style.z.hasLog : style.y.hasLog;
+    if (hasLog && above == 0)
+        contents.warnings.push_back(axis + ": nothing is above 0, so the picture is empty");
+    else if (below > 0)
+        contents.warnings.push_back(axis + ": " + textOf(static_cast<double>(below)) +
+                                    " values are not drawn because they are not above 0");
 }
 
 }  // namespace
 
-PlotFrame frameOf(const std::vector<HistogramPtr>& histograms, const PlotStyle& style) {
-    PlotFrame frame{.xLow = unlimited, .xHigh = -unlimited, .yLow = unlimited, .yHigh = -unlimited};
-    for (const HistogramPtr& histogram : histograms) {
-        spanX(*histogram, style.hasLogX, frame);
-        spanY(*histogram, style.hasLogY, frame);
+PlotFrame frameOf(PlotContents& contents, const PlotStyle& style, const std::vector<PlotCorner>& corners) {
+    PlotFrame frame;
+    frame.x = spanX(contents, style);
+    choose(frame.x, style.x, "x");
+    sampleCurves(contents, frame, style);
+    frameY(frame, contents, style, corners);
+    choose(frame.y, style.y, "y");
+    if (contents.map) {
+        frame.z = spanZ(*contents.map, style.z);
+        choose(frame.z, style.z, "z");
     }
-    if (frame.xLow >= frame.xHigh)
-        throw Failure("logx", "the histogram has no bin above 0 that a logarithmic axis could show");
-    if (style.hasLogY)
-        roomLogarithmic(frame, headroom(histograms, style));
-    else
-        roomLinear(frame, headroom(histograms, style));
-    // Few digits, so that the script is pleasant to change.
-    readNumber(roundedText(frame.yHigh), frame.yHigh);
+    warnOfLog(contents, style);
+    frame.ground = style.y.hasLog ? frame.y.low : std::clamp(0.0, frame.y.low, frame.y.high);
     return frame;
 }
 

@@ -1,34 +1,34 @@
 #pragma once
 
-#include <velmorak/Histogram1D.h>
-
-#include <string>
-#include <vector>
+#include "PlotContents.h"
 
 namespace velmorak {
 
-/// What the user chose for one picture.
-struct PlotStyle {
-    std::string baseName;  ///< Of all files of the picture, without folder and ending.
-    std::string title;
-    std::string xLabel;
-    std::string yLabel;
-    bool hasLogX = false;
-    bool hasLogY = false;
-    bool hasLegend = false;
-    bool hasStatistics = false;
+/// Part of an axis that is shown, in its unit.
+struct PlotSpan {
+    double low = 0.0;
+    double high = 1.0;
+
+    bool contains(double value) const { return value >= low && value <= high; }
 };
 
-/// What the axes show, in the units of the axes.
+/// A box in the upper corners of the frame; all in parts of the frame's width and height.
+struct PlotCorner {
+    bool isLeft = false;
+    double width = 0.0;
+    double height = 0.0;
+};
+
 struct PlotFrame {
-    double xLow = 0.0;
-    double xHigh = 1.0;
-    double yLow = 0.0;
-    double yHigh = 1.0;
+    PlotSpan x;
+    PlotSpan y;
+    PlotSpan z;
+    double ground = 0.0;  ///< Where the steps of a histogram stand.
 };
 
-/// The axes around all histograms, with room for the legend above them.
-/// @throws Failure if a logarithmic x axis has nothing above 0 to show.
-PlotFrame frameOf(const std::vector<HistogramPtr>& histograms, const PlotStyle& style);
+/// The axes around all that is drawn, high enough that the boxes in the corners hide nothing. Curves take their samples
+/// within it.
+/// @throws Failure, with the input, if a range is empty, or has nothing above 0 where the axis is logarithmic.
+PlotFrame frameOf(PlotContents& contents, const PlotStyle& style, const std::vector<PlotCorner>& corners);
 
 }  // namespace velmorak

@@ -1,5 +1,9 @@
 #include "PlotScript.h"
 
+#include "PlotText.h"
+
+#include <velmorak/Value.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -11,173 +15,280 @@ namespace {
 
 /// M. Okabe and K. Ito's colours that people with any colour vision tell apart, dark ones first.
 constexpr std::array<std::string_view, 7> colours = {"#0072B2", "#D55E00", "#009E73", "#CC79A7",
-                                                     "#000000", "#E69F00", "#56B4E9"};
+                                                     "#E69F00", "#56B4E9", "#000000"};
+constexpr std::string_view black = "#000000";
+/// Full marks first; the colours come again with open ones.
+constexpr std::array<int, 7> fullMarks = {7, 5, 9, 11, 13, 15, 7};
+constexpr std::array<int, 7> openMarks = {6, 4, 8, 10, 12, 14, 6};
 
-std::string colourOf(std::size_t position) {
-    return "'" + std::string(colours[position % colours.size()]) + "'";
+/// Nine of the colours of viridis, whose lightness rises evenly for every kind of colour vision (S. van der Walt and
+/// N. Smith).
+constexpr std::array<std::string_view, 9> viridis = {"#440154", "#472D7B", "#3B528B", "#2C728E", "#21918C",
+                                                     "#28AE80", "#5EC962", "#ADDC30", "#FDE725"};
+
+/// Parts of the frame: a line and a character of the box, a line and a character of the legend and what stands before
+/// its texts; of a frame with colours a character of the line above it.
+constexpr double boxLine = 0.046;
+constexpr double boxCharacter = 0.0132;
+constexpr double legendLine = 0.066;
+constexpr double legendCharacter = 0.0148;
+constexpr double legendSample = 0.085;
+constexpr double legendFont = 26.0;
+
+std::string number(std::size_t count) {
+    return textOf(static_cast<double>(count));
 }
 
-/// Solid lines first; the colours come again dashed.
-std::string dashOf(std::size_t position) {
-    const std::size_t turn = position / colours.size();
-    return textOf(static_cast<double>(turn + 1));
-}
+/// How one series is told from the others.
+struct Look {
+    std::string colour;
+    std::string dash;
+    std::string mark;
+};
 
-std::string inFrame(double y, const PlotFrame& frame) {
-    return std::isnan(y) ? "NaN" : textOf(std::clamp(y, frame.yLow, frame.yHigh));
-}
-
-std::string line(std::initializer_list<std::string> words) {
-    std::string text;
-    for (const std::string& word : words)
-        text += (text.empty() ? "" : " ") + word;
-    return text + "\n";
-}
-
-std::string outline(const Histogram1D& histogram, const PlotFrame& frame, double ground) {
-    const std::vector<double>& edges = histogram.axis().edges();
-    std::string text = line({textOf(edges.front()), inFrame(ground, frame)});
-    for (std::size_t i = 0; i < histogram.bins(); ++i) {
-        const std::string height = inFrame(histogram.height(i), frame);
-        text += line({textOf(edges[i]), height});
-        text += line({textOf(edges[i + 1]), height});
+/// Data that a curve goes through are black, and the curves have the colours.
+std::vector<Look> looksOf(const PlotContents& contents) {
+    std::vector<Look> looks;
+    std::size_t next = 0;
+    bool hasBlack = !contents.hasCurve();
+    for (const PlotSeries& series : contents.series) {
+        const bool isBlack = series.look == PlotSeries::Look::Points && !hasBlack;
+        hasBlack = hasBlack || isBlack;
+        const std::size_t at = next % colours.size();
+        const std::size_t turn = next / colours.size();
+        looks.push_back({.colour = "'" + std::string(isBlack ? black : colours[at]) + "'",
+                         .dash = number(turn + 1),
+                         .mark = number(static_cast<std::size_t>(turn % 2 == 0 ? fullMarks[at] : openMarks[at]))});
+        next += isBlack ? 0 : 1;
     }
-    return text + line({textOf(edges.back()), inFrame(ground, frame)});
+    return looks;
 }
 
-std::string errorBars(const Histogram1D& histogram, const PlotFrame& frame) {
-    std::string text = "NaN NaN NaN NaN\n";
-    for (std::size_t i = 0; i < histogram.bins(); ++i) {
-        const double height = histogram.height(i);
-        const double error = histogram.error(i);
-        if (error > 0.0 && height >= frame.yLow && height <= frame.yHigh)
-            text += line({textOf(histogram.axis().center(i)), textOf(height), inFrame(height - error, frame),
-                          inFrame(height + error, frame)});
+std::size_t curveCount(const PlotContents& contents) {
+    return static_cast<std::size_t>(std::count_if(contents.series.begin(), contents.series.end(),
+                                                  [](const PlotSeries& series) { return series.function != nullptr; }));
+}
+
+/// The rows of the box: those of one object, and of the curve that goes through it.
+std::vector<StatisticsRow> boxRows(const PlotContents& contents, const PlotStyle& style) {
+    std::vector<StatisticsRow> rows;
+    const std::size_t curves = curveCount(contents);
+    const bool isClear = contents.series.size() - curves <= 1 && curves <= 1;
+    if (style.statistics == StatisticsLook::None || !isClear)
+        return rows;
+    for (const PlotSeries& series : contents.series)
+        rows.insert(rows.end(), series.statistics.begin(), series.statistics.end());
+    constexpr std::size_t mostRows = 12;
+    rows.resize(std::min(rows.size(), mostRows));
+    return rows;
+}
+
+/// The legend stands in a corner, above it the box if it is the same.
+struct Boxes {
+    std::vector<StatisticsRow> rows;
+    PlotCorner box;
+    PlotCorner legend;
+    bool hasLegend = false;
+    bool isLegendBelow = false;
+    double legendScale = 1.0;  ///< Long texts are set smaller.
+};
+
+std::string legendText(const PlotSeries& series, const PlotStyle& style, bool hasBox) {
+    std::string text = series.label;
+    if (style.statistics == StatisticsLook::Always && !hasBox && !series.statistics.empty() && !series.function) {
+        constexpr std::size_t mostNumbers = 3;
+        text += "  (";
+        for (std::size_t i = 0; i < std::min(series.statistics.size(), mostNumbers); ++i)
+            text += (i > 0 ? ", " : "") + series.statistics[i][0] + " " + series.statistics[i][1];
+        text += ")";
     }
     return text;
 }
 
-/// Long titles are set smaller, so that they stay in the picture.
-std::string titleSize(const std::string& title) {
-    const double fitting = 1500.0 / std::max<double>(1.0, static_cast<double>(title.size()));
-    return textOf(std::floor(std::clamp(fitting, 12.0, 30.0)));
+Boxes boxesOf(const PlotContents& contents, const PlotStyle& style) {
+    Boxes boxes;
+    if (contents.map)
+        return boxes;
+    boxes.rows = boxRows(contents, style);
+    std::size_t widest = 0;
+    for (const StatisticsRow& row : boxes.rows)
+        widest = std::max(widest, lengthOf(row[0]) + lengthOf(row[1]) + 2);
+    boxes.box.width = boxes.rows.empty() ? 0.0 : std::max(0.2, 0.03 + boxCharacter * static_cast<double>(widest));
+    boxes.box.height = boxes.rows.empty() ? 0.0 : 0.02 + boxLine * static_cast<double>(boxes.rows.size());
+    boxes.hasLegend =
+        style.legend != LegendPlace::None && (style.legend != LegendPlace::Automatic || contents.series.size() > 1);
+    boxes.legend.isLeft = style.legend == LegendPlace::TopLeft || style.legend == LegendPlace::BottomLeft ||
+                          (style.legend == LegendPlace::Automatic && !boxes.rows.empty());
+    boxes.isLegendBelow = style.legend == LegendPlace::BottomLeft || style.legend == LegendPlace::BottomRight;
+    if (!boxes.hasLegend)
+        return boxes;
+    std::size_t longest = 0;
+    for (const PlotSeries& series : contents.series)
+        longest = std::max(longest, lengthOf(legendText(series, style, !boxes.rows.empty())));
+    const double width = legendSample + legendCharacter * static_cast<double>(longest);
+    boxes.legendScale = std::clamp(0.96 / width, 0.5, 1.0);
+    boxes.legend.width = std::min(1.0, boxes.legendScale * width);
+    boxes.legend.height = 0.01 + boxes.legendScale * legendLine * static_cast<double>(contents.series.size());
+    if (!boxes.legend.isLeft && !boxes.isLegendBelow)
+        boxes.legend.height += boxes.box.height;
+    return boxes;
 }
 
-std::string nameOfHistogram(const Histogram1D& histogram) {
-    return histogram.title.empty() ? histogram.name : histogram.title;
+std::vector<PlotCorner> upperCorners(const Boxes& boxes) {
+    std::vector<PlotCorner> corners;
+    if (!boxes.rows.empty())
+        corners.push_back(boxes.box);
+    if (boxes.hasLegend && !boxes.isLegendBelow)
+        corners.push_back(boxes.legend);
+    return corners;
 }
 
-std::string entriesText(const Histogram1D& histogram) {
-    return textOf(static_cast<double>(histogram.inRange().entries));
-}
-
-/// The box at the upper right; for several histograms the numbers stand in the legend instead.
-std::string statisticsBox(const Histogram1D& histogram) {
-    std::vector<std::array<std::string, 2>> rows = {{"Entries", entriesText(histogram)},
-                                                    {"Mean", roundedText(histogram.mean())},
-                                                    {"RMS", roundedText(histogram.rms())}};
-    if (histogram.underflow().entries > 0)
-        rows.push_back({"Underflow", roundedText(histogram.underflow().w)});
-    if (histogram.overflow().entries > 0)
-        rows.push_back({"Overflow", roundedText(histogram.overflow().w)});
-    const double height = 0.02 + 0.05 * static_cast<double>(rows.size());
-    std::string text = "set object 1 rectangle from graph 0.72, " + textOf(0.97 - height) +
-                       " to graph 0.98, 0.97 front fillcolor rgb 'white' fillstyle solid border linecolor rgb "
-                       "'#808080' linewidth 1.5\n";
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        const std::string y = roundedText(0.97 - 0.035 - 0.05 * static_cast<double>(i));
-        text += "set label " + quotedForGnuplot(rows[i][0]) + " at graph 0.735, " + y + " left front\n";
-        text += "set label " + quotedForGnuplot(rows[i][1]) + " at graph 0.967, " + y + " right front\n";
+std::string statisticsBox(const Boxes& boxes) {
+    constexpr double right = 0.985;
+    constexpr double top = 0.975;
+    std::string text = "set object 1 rectangle from graph " + roundedText(right - boxes.box.width) + ", graph " +
+                       roundedText(top - boxes.box.height) + " to graph " + roundedText(right) + ", graph " +
+                       roundedText(top) +
+                       " front fillcolor rgb 'white' fillstyle solid border linecolor rgb '#808080' linewidth 1.5\n";
+    const std::string font = " font 'DejaVu Sans,22'";
+    for (std::size_t i = 0; i < boxes.rows.size(); ++i) {
+        const std::string y = roundedText(top - 0.01 - boxLine * (static_cast<double>(i) + 0.5));
+        text += "set label " + quotedForGnuplot(boxes.rows[i][0]) + " at graph " +
+                roundedText(right - boxes.box.width + 0.012) + ", graph " + y + " left front" + font + "\n";
+        text += "set label " + quotedForGnuplot(boxes.rows[i][1]) + " at graph " + roundedText(right - 0.012) +
+                ", graph " + y + " right front" + font + "\n";
     }
     return text;
 }
 
-std::string axes(const PlotFrame& frame, const PlotStyle& style) {
-    std::string text;
-    if (style.hasLogX)
-        text += "set logscale x\n";
-    if (style.hasLogY)
-        text += "set logscale y\n";
-    text += "set xrange [" + textOf(frame.xLow) + ":" + textOf(frame.xHigh) + "]\n";
-    text += "set yrange [" + textOf(frame.yLow) + ":" + textOf(frame.yHigh) + "]\n";
-    text += "set title " + quotedForGnuplot(style.title) + " font 'DejaVu Sans," + titleSize(style.title) + "'\n";
-    text += "set xlabel " + quotedForGnuplot(style.xLabel) + " offset 0,0.2\n";
-    text += "set ylabel " + quotedForGnuplot(style.yLabel) + " offset -0.2,0\n";
-    return text;
+std::string legendPlace(const Boxes& boxes) {
+    if (!boxes.hasLegend)
+        return "set key off\n";
+    const std::string side = boxes.legend.isLeft ? "left Left reverse" : "right Right noreverse";
+    const bool isUnderBox = !boxes.legend.isLeft && !boxes.isLegendBelow && !boxes.rows.empty();
+    const std::string place =
+        isUnderBox ? "at graph 0.985, graph " + roundedText(0.955 - boxes.box.height) + " right top Right noreverse"
+                   : std::string(boxes.isLegendBelow ? "bottom " : "top ") + side;
+    return "set key noenhanced " + place + " samplen 2 spacing 1.15 font 'DejaVu Sans," +
+           roundedText(std::floor(legendFont * boxes.legendScale)) + "'\n";
 }
 
-std::string legendText(const Histogram1D& histogram, const PlotStyle& style, bool isAlone) {
-    std::string text = nameOfHistogram(histogram);
-    if (style.hasStatistics && !isAlone)
-        text += "  (" + entriesText(histogram) + " entries, mean " + roundedText(histogram.mean()) + ", RMS " +
-                roundedText(histogram.rms()) + ")";
-    return quotedForGnuplot(text);
-}
-
-/// What one histogram adds to the plot command.
-std::vector<std::string> layersOf(const Histogram1D& histogram, std::size_t position, const PlotStyle& style,
-                                  bool isAlone) {
-    const std::string colour = " linecolor rgb " + colourOf(position);
-    const std::string steps = "data index " + textOf(static_cast<double>(2 * position));
-    const std::string bars = "data index " + textOf(static_cast<double>(2 * position + 1));
-    const std::string title =
-        style.hasLegend ? " title " + legendText(histogram, style, isAlone) : std::string(" notitle");
+/// What one series adds to the plot command.
+std::vector<std::string> layersOf(const PlotSeries& series, std::size_t position, const Look& look,
+                                  const std::string& title, bool isAlone) {
+    const std::string colour = " linecolor rgb " + look.colour;
+    const std::string first = "data index " + number(2 * position);
+    const std::string second = "data index " + number(2 * position + 1);
     std::vector<std::string> layers;
-    if (isAlone)
-        layers.push_back(steps + " using 1:2 with filledcurves closed fillcolor rgb " + colourOf(position) +
-                         " fillstyle transparent solid 0.18 noborder notitle");
-    layers.push_back(steps + " using 1:2 with lines linewidth 3 dashtype " + dashOf(position) + colour + title);
-    layers.push_back(bars + " using 1:3:(0):($4-$3) with vectors nohead linewidth 2" + colour + " notitle");
+    switch (series.look) {
+        case PlotSeries::Look::Steps:
+            if (isAlone)
+                layers.push_back(first + " using 1:2 with filledcurves closed fillcolor rgb " + look.colour +
+                                 " fillstyle transparent solid 0.18 noborder notitle");
+            layers.push_back(first + " using 1:2 with lines linewidth 3.5 dashtype " + look.dash + colour + title);
+            layers.push_back(second + " using 1:3:(0):($4-$3) with vectors nohead linewidth 2.5" + colour + " notitle");
+            break;
+        case PlotSeries::Look::Points:
+            layers.push_back(first + " using 1:2:3:4:5:6 with xyerrorbars pointtype " + look.mark +
+                             " pointsize marks linewidth 2.5" + colour + title);
+            break;
+        case PlotSeries::Look::Curve:
+            layers.push_back(first + " using 1:2 with lines linewidth 5 dashtype " + look.dash + colour + title);
+            break;
+    }
     return layers;
 }
 
-std::string plotCommand(const std::vector<HistogramPtr>& histograms, const PlotStyle& style) {
+std::string seriesCommand(const PlotContents& contents, const PlotStyle& style, const Boxes& boxes) {
+    const std::vector<Look> looks = looksOf(contents);
     std::string text = "plot";
-    for (std::size_t i = 0; i < histograms.size(); ++i)
-        for (const std::string& layer : layersOf(*histograms[i], i, style, histograms.size() == 1))
-            text += (text.size() > 4 ? ", \\\n     " : " ") + layer;
+    // Curves lie over data.
+    for (const bool isCurve : {false, true})
+        for (std::size_t i = 0; i < contents.series.size(); ++i) {
+            const PlotSeries& series = contents.series[i];
+            if ((series.function != nullptr) != isCurve)
+                continue;
+            const std::string title = boxes.hasLegend
+                                          ? " title " + quotedForGnuplot(legendText(series, style, !boxes.rows.empty()))
+                                          : std::string(" notitle");
+            for (const std::string& layer : layersOf(series, i, looks[i], title, contents.series.size() == 1))
+                text += (text.size() > 4 ? ", \\\n     " : " ") + layer;
+        }
     return text + "\n";
+}
+
+std::string paletteText() {
+    std::string text;
+    for (std::size_t i = 0; i < viridis.size(); ++i)
+        text += (text.empty() ? "" : ", ") + number(i) + " '" + std::string(viridis[i]) + "'";
+    return "set palette defined (" + text + ")\n";
+}
+
+std::string mapSetting(const PlotContents& contents, const PlotStyle& style) {
+    std::string text = "set key off\nset colorbox\n" + paletteText();
+    if (style.statistics != StatisticsLook::None)
+        text += "set label " + quotedForGnuplot(contents.map->statistics) +
+                " at graph 1, graph 1.04 right font 'DejaVu Sans,22' textcolor rgb '#404040'\n";
+    return text;
+}
+
+/// The cells reach a hair's breadth under their neighbours, so that no light shines between them.
+std::string mapCommand(const PlotFrame& frame, const PlotStyle& style) {
+    const auto end = [](const std::string& column, const PlotSpan& span, bool hasLog) {
+        constexpr double hair = 1.0 / 2000.0;
+        return hasLog ? "($" + column + "*" + roundedText(std::pow(span.high / span.low, hair)) + ")"
+                      : "($" + column + "+" + roundedText(hair * (span.high - span.low)) + ")";
+    };
+    return "plot data using 1:3:1:" + end("2", frame.x, style.x.hasLog) + ":3:" + end("4", frame.y, style.y.hasLog) +
+           ":5 with boxxyerror fillcolor palette fillstyle solid 1 noborder notitle\n";
+}
+
+/// All look as the first does: the terminals have different ideas of the size of fonts, marks and lines.
+std::string terminalOf(const std::string& format) {
+    const std::string font = " font 'DejaVu Sans,26' rounded";
+    if (format == "png")
+        return "set terminal pngcairo noenhanced size 1600,1000" + font + "\nmarks = 1.8\n";
+    if (format == "svg")
+        return "set terminal svg noenhanced size 1600,1000 fontscale 1.333" + font +
+               " background rgb 'white'\nmarks = 0.8\n";
+    return "set terminal pdfcairo noenhanced size 16in,10in fontscale 0.74" + font +
+           " linewidth 1.7 background rgb 'white'\nmarks = 1.8\n";
+}
+
+std::string preamble(bool isMap) {
+    return std::string(
+               "# Draws the picture again: run gnuplot on this file in its folder.\n"
+               "reset\n"
+               "set encoding utf8\n"
+               "set border 31 linewidth 2.5\n"
+               "set errorbars small\n"
+               "set tics ") +
+           (isMap ? "out nomirror" : "in") +
+           " scale 1.2,0.6\n"
+           "set mxtics\nset mytics\n" +
+           (isMap ? "" : "set grid xtics ytics linetype 1 linewidth 1 linecolor rgb '#E4E4E4'\n") +
+           "set lmargin 11.5\nset rmargin " + (isMap ? "12" : "4") + "\nset bmargin 3.8\n" + "set tmargin " +
+           (isMap ? "3.6" : "2.8") + "\n";
 }
 
 }  // namespace
 
-std::string plotData(const std::vector<HistogramPtr>& histograms, const PlotFrame& frame, const PlotStyle& style) {
-    std::string text =
-        "# For each histogram: its outline as x, height; then centre, height, height - error, "
-        "height + error.\n";
-    for (const HistogramPtr& histogram : histograms) {
-        text += outline(*histogram, frame, style.hasLogY ? frame.yLow : 0.0) + "\n\n";
-        text += errorBars(*histogram, frame) + "\n\n";
-    }
-    return text;
-}
-
-std::string plotScript(const std::vector<HistogramPtr>& histograms, const PlotFrame& frame, const PlotStyle& style) {
-    const bool hasBox = style.hasStatistics && histograms.size() == 1;
-    std::string text =
-        "# Draws the picture again: run gnuplot on this file in its folder.\n"
-        "reset\n"
-        "set encoding utf8\n"
-        "set border 31 linewidth 2\n"
-        "set tics in scale 1.2,0.6\n"
-        "set mxtics\nset mytics\n"
-        "set grid xtics ytics linetype 1 linewidth 1 linecolor rgb '#E0E0E0'\n"
-        "set lmargin 11\nset rmargin 3.5\nset bmargin 3.5\n";
-    text += std::string("set key noenhanced ") + (hasBox ? "top left Left reverse" : "top right") + " samplen 2\n";
-    text += axes(frame, style);
-    if (hasBox)
-        text += statisticsBox(*histograms.front());
+PlotFiles plotFiles(PlotContents& contents, const PlotStyle& style) {
+    const Boxes boxes = boxesOf(contents, style);
+    const PlotFrame frame = frameOf(contents, style, upperCorners(boxes));
+    const bool isMap = contents.map.has_value();
+    std::string text = preamble(isMap) + (isMap ? mapSetting(contents, style) : legendPlace(boxes));
+    text += plotAxes(contents, frame, style);
+    if (!boxes.rows.empty())
+        text += statisticsBox(boxes);
     text += "data = " + quotedForGnuplot("./" + style.baseName + ".dat") + "\n";
-    const std::string terminals[] = {"png", "svg"};
-    for (const std::string& ending : terminals) {
-        text += ending == "png" ? "set terminal pngcairo noenhanced size 1600,1000 font 'DejaVu Sans,24' rounded\n"
-                                : "set terminal svg noenhanced size 1600,1000 font 'DejaVu Sans,24' rounded "
-                                  "background rgb 'white'\n";
-        text += "set output " + quotedForGnuplot("./" + style.baseName + "." + ending) + "\n";
-        text += plotCommand(histograms, style);
+    for (const std::string& format : style.formats) {
+        text += terminalOf(format);
+        text += "set output " + quotedForGnuplot("./" + style.baseName + "." + format) + "\n";
+        text += isMap ? mapCommand(frame, style) : seriesCommand(contents, style, boxes);
         text += "set output\n";
     }
-    return text;
+    return {.script = text, .data = plotData(contents, frame)};
 }
 
 }  // namespace velmorak

@@ -4,17 +4,20 @@
 
 namespace velmorak {
 
-/// A text as gnuplot takes it, in single quotes, where no character has a meaning of its own; the quote itself is
-/// joined on. Whatever ends a line or is no valid UTF-8 is replaced, so that no text can become a command.
-std::string quotedForGnuplot(const std::string& text);
+/// A picture as gnuplot draws it. All files stand in one folder and begin with the base name.
+struct PlotFiles {
+    std::string script;
+    std::string data;
+};
 
-/// At most five digits, as people read them.
-std::string roundedText(double number);
+/// @param contents takes the samples of curves and what the user should know.
+/// @throws Failure, with the input, where the contents cannot be shown.
+PlotFiles plotFiles(PlotContents& contents, const PlotStyle& style);
 
-/// The numbers of the picture: for each histogram a block with its outline and one with its error bars.
-std::string plotData(const std::vector<HistogramPtr>& histograms, const PlotFrame& frame, const PlotStyle& style);
+/// The numbers of the picture: for each series a block with its outline and one with its points; or the cells of a map.
+std::string plotData(const PlotContents& contents, const PlotFrame& frame);
 
-/// Draws baseName.png and baseName.svg from baseName.dat, all in the current folder.
-std::string plotScript(const std::vector<HistogramPtr>& histograms, const PlotFrame& frame, const PlotStyle& style);
+/// Ranges, tics and titles of the axes.
+std::string plotAxes(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style);
 
 }  // namespace velmorak

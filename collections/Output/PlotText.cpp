@@ -1,4 +1,6 @@
-#include "PlotScript.h"
+#include "PlotText.h"
+
+#include <velmorak/Value.h>
 
 #include <algorithm>
 #include <array>
@@ -64,12 +66,35 @@ std::string quotedForGnuplot(const std::string& text) {
     return quoted + "'";
 }
 
-std::string roundedText(double number) {
+std::string roundedText(double number, int digits) {
     if (!std::isfinite(number))
         return textOf(number);
     std::array<char, 32> buffer{};
-    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::general, 5);
+    const auto end =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::general, digits);
     return {buffer.data(), end.ptr};
+}
+
+std::string withError(double number, double error) {
+    constexpr double mostFixed = 1e7;
+    constexpr int mostDecimals = 9;
+    if (!std::isfinite(number) || !std::isfinite(error) || !(error > 0.0))
+        return roundedText(number);
+    const int decimals = 1 - static_cast<int>(std::floor(std::log10(error)));
+    if (decimals > mostDecimals || std::max(std::abs(number), error) > mostFixed)
+        return roundedText(number) + " ± " + roundedText(error);
+    const auto fixed = [&](double value) {
+        std::array<char, 64> buffer{};
+        const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed,
+                                       std::max(decimals, 0));
+        return std::string(buffer.data(), end.ptr);
+    };
+    return fixed(number) + " ± " + fixed(error);
+}
+
+std::size_t lengthOf(const std::string& text) {
+    const auto begins = [](char c) { return (static_cast<std::uint8_t>(c) & 0xC0U) != 0x80U; };
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), begins));
 }
 
 }  // namespace velmorak

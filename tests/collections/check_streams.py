@@ -51,7 +51,7 @@ def document():
             plugin("Upper", "Histogram1D", table=["Above", "table"], expression="y", bins="100", low="0", high="2600"),
             plugin("Writer", "AidaWriter", objects="3", file="all.aida", object=["All", "histogram"],
                    object2=["Twice", "table"], object3=["Upper", "histogram"]),
-            plugin("Picture", "Plot", count="2", histogram=["All", "histogram"], histogram2=["Upper", "histogram"]),
+            plugin("Picture", "Plot", objects="2", object=["All", "histogram"], object2=["Upper", "histogram"]),
         ],
     }
 

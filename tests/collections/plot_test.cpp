@@ -69,7 +69,7 @@ void expectPictures(const Bench& bench, const std::string& name) {
 
 TEST(PlotKind, writesPicturesScriptAndData) {
     Bench bench("Plot", "Mass plot");
-    bench.wire("histogram", peak(91.2, "Dimuon mass")).run();
+    bench.wire("object", peak(91.2, "Dimuon mass")).run();
     EXPECT_EQ(filesIn(bench.folder()),
               (std::vector<std::string>{"Mass plot.dat", "Mass plot.gp", "Mass plot.png", "Mass plot.svg"}));
     expectPictures(bench, "Mass plot");
@@ -77,7 +77,7 @@ TEST(PlotKind, writesPicturesScriptAndData) {
 
 TEST(PlotKind, titlesComeFromTheHistogramWhereNoneAreGiven) {
     Bench bench("Plot");
-    bench.wire("histogram", peak(91.2, "Dimuon mass")).run();
+    bench.wire("object", peak(91.2, "Dimuon mass")).run();
     const std::string text = textOfXml(textIn(bench.folder() / "bench.svg"));
     for (const std::string expected : {"Dimuon mass", "m(μ⁺μ⁻) [GeV]", "Entries / GeV", "Mean", "RMS"})
         EXPECT_NE(text.find(expected), std::string::npos) << expected;
@@ -90,7 +90,7 @@ TEST(PlotKind, titlesComeFromTheHistogramWhereNoneAreGiven) {
 
 TEST(PlotKind, theScriptGivesTheSamePictureByHand) {
     Bench bench("Plot");
-    bench.set("file", "by hand's").wire("histogram", peak(91.2, "Dimuon mass")).run();
+    bench.set("file", "by hand's").wire("object", peak(91.2, "Dimuon mass")).run();
     const fs::path hand = bench.folder() / "hand";
     fs::create_directory(hand);
     for (const std::string ending : {".gp", ".dat"})
@@ -104,7 +104,7 @@ TEST(PlotKind, theSameHistogramGivesTheSameBytes) {
     Bench first("Plot");
     Bench second("Plot");
     for (Bench* bench : {&first, &second})
-        bench->wire("histogram", peak(91.2, "Dimuon mass")).run();
+        bench->wire("object", peak(91.2, "Dimuon mass")).run();
     for (const std::string& file : filesIn(first.folder()))
         EXPECT_EQ(textIn(first.folder() / file), textIn(second.folder() / file)) << file;
 }
@@ -141,7 +141,7 @@ TEST(PlotKind, noTextBecomesACommand) {
     for (const std::string& text : nasty) {
         Bench bench("Plot");
         bench.set("title", text).set("xlabel", text).set("ylabel", text).set("legend", "yes");
-        bench.wire("histogram", peak(91.2, text)).run();
+        bench.wire("object", peak(91.2, text)).run();
         expectPictures(bench, "bench");
         EXPECT_FALSE(fs::exists(mark)) << text;
         EXPECT_EQ(filesIn(bench.folder()).size(), 4U) << text;
@@ -151,7 +151,7 @@ TEST(PlotKind, noTextBecomesACommand) {
 TEST(PlotKind, textsAreShownLetterForLetter) {
     Bench bench("Plot");
     const std::string text = "it's `x` \"y\" <z> & {a}_b^c \\n %s @data it's @data";
-    bench.set("title", text).wire("histogram", peak(91.2, "t")).run();
+    bench.set("title", text).wire("object", peak(91.2, "t")).run();
     EXPECT_NE(textOfXml(textIn(bench.folder() / "bench.svg")).find(text), std::string::npos);
 }
 
@@ -160,7 +160,7 @@ TEST(PlotKind, noFileNameBecomesACommand) {
     const std::vector<std::string> names = {"-e x", "<ls", "|cat", "a'b", "`c`", "$d", "'-'", "e.dat", "~f", "e\\"};
     for (const std::string& name : names) {
         Bench bench("Plot");
-        bench.set("file", name).wire("histogram", peak(91.2, "t")).run();
+        bench.set("file", name).wire("object", peak(91.2, "t")).run();
         expectPictures(bench, name);
     }
     EXPECT_NE(test::shippedKind("Plot").refusal("file", "a\nb"), "");
@@ -169,20 +169,20 @@ TEST(PlotKind, noFileNameBecomesACommand) {
 
 TEST(PlotKind, anEndingInTheFileNameIsNotDoubled) {
     Bench bench("Plot");
-    bench.set("file", "mass.png").wire("histogram", peak(91.2, "t")).run();
+    bench.set("file", "mass.png").wire("object", peak(91.2, "t")).run();
     expectPictures(bench, "mass");
 }
 
 TEST(PlotKind, severalHistogramsHaveInputsOfTheirOwn) {
     Bench bench("Plot");
-    bench.set("count", "3").set("legend", "yes");
+    bench.set("objects", "3").set("legend", "yes");
     const Ports ports = bench.ports();
-    EXPECT_EQ(ports.inputs.front().name, "histogram");
-    EXPECT_EQ(ports.inputs.at(ports.inputs.size() - 2).name, "histogram2");
-    EXPECT_EQ(ports.inputs.back().name, "histogram3");
-    bench.wire("histogram", peak(85, "First")).wire("histogram2", peak(91.2, "Second"));
-    EXPECT_TRUE(bench.failure().starts_with("histogram3: ")) << bench.failure();
-    bench.wire("histogram3", peak(100, "Third")).run();
+    EXPECT_EQ(ports.inputs.front().name, "object");
+    EXPECT_EQ(ports.inputs.at(ports.inputs.size() - 2).name, "object2");
+    EXPECT_EQ(ports.inputs.back().name, "object3");
+    bench.wire("object", peak(85, "First")).wire("object2", peak(91.2, "Second"));
+    EXPECT_TRUE(bench.failure().starts_with("object3: ")) << bench.failure();
+    bench.wire("object3", peak(100, "Third")).run();
     const std::string text = textOfXml(textIn(bench.folder() / "bench.svg"));
     for (const std::string expected : {"First", "Second", "Third"})
         EXPECT_NE(text.find(expected), std::string::npos) << expected;
@@ -191,26 +191,27 @@ TEST(PlotKind, severalHistogramsHaveInputsOfTheirOwn) {
 TEST(PlotKind, portsThatStayKeepTheirPlace) {
     const Kind& plot = test::shippedKind("Plot");
     const Ports one = plot.ports({});
-    const Ports many = plot.ports({{"count", "16"}});
+    const Ports many = plot.ports({{"objects", "16"}});
     EXPECT_EQ(many.inputs.size(), one.inputs.size() + 15);
     for (std::size_t i = 0; i < one.inputs.size(); ++i)
         EXPECT_EQ(many.inputs[i].name, one.inputs[i].name);
-    EXPECT_EQ(plot.ports({{"count", "many"}}).inputs.size(), one.inputs.size());
-    EXPECT_EQ(plot.ports({{"count", "1e30"}}).inputs.size(), many.inputs.size());
-    EXPECT_EQ(plot.ports({{"count", "-4"}}).inputs.size(), one.inputs.size());
+    EXPECT_EQ(plot.ports({{"objects", "many"}}).inputs.size(), one.inputs.size());
+    EXPECT_EQ(plot.ports({{"objects", "1e30"}}).inputs.size(), many.inputs.size());
+    EXPECT_EQ(plot.ports({{"objects", "-4"}}).inputs.size(), one.inputs.size());
 }
 
 TEST(PlotKind, drawsWhatIsEmptyNegativeOrNotANumber) {
     auto odd = std::make_shared<Histogram1D>(Axis(std::vector<double>{-5, 0, 1, 10, 1000}));
     Bench bench("Plot");
-    bench.wire("histogram", DataObjectPtr(odd)).run();
+    bench.wire("object", DataObjectPtr(odd)).run();
     expectPictures(bench, "bench");
     auto weighted = std::make_shared<Histogram1D>(Axis(std::vector<double>{-5, 0, 1, 10, 1000}));
     weighted->fill(0.5, -3);
     weighted->fill(5, std::numeric_limits<double>::infinity());
     weighted->fill(50, 1e-200);
+    bench.expectWarnings();
     for (const std::string log : {"no", "yes"}) {
-        bench.set("logx", log).set("logy", log).wire("histogram", DataObjectPtr(weighted)).run();
+        bench.set("logx", log).set("logy", log).wire("object", DataObjectPtr(weighted)).run();
         expectPictures(bench, "bench");
     }
 }
@@ -222,14 +223,14 @@ TEST(PlotKind, drawsTheLargestAndSmallestNumbers) {
     extreme->fill(10, 1e150);
     Bench bench("Plot");
     for (const std::string log : {"no", "yes"}) {
-        bench.set("logx", log).set("logy", log).wire("histogram", DataObjectPtr(extreme)).run();
+        bench.set("logx", log).set("logy", log).wire("object", DataObjectPtr(extreme)).run();
         expectPictures(bench, "bench");
     }
 }
 
 TEST(PlotKind, aLogarithmicAxisNeedsSomethingAboveZero) {
     Bench bench("Plot");
-    bench.set("logx", "yes").wire("histogram", DataObjectPtr(std::make_shared<Histogram1D>(Axis(4, -2, 0))));
+    bench.set("logx", "yes").wire("object", DataObjectPtr(std::make_shared<Histogram1D>(Axis(4, -2, 0))));
     EXPECT_TRUE(bench.failure().starts_with("logx: ")) << bench.failure();
 }
 
@@ -245,14 +246,14 @@ private:
 TEST(PlotKind, saysWhichPackageIsMissing) {
     Bench bench("Plot");
     const OtherPath path(bench.folder().string());
-    bench.wire("histogram", peak(91.2, "t"));
+    bench.wire("object", peak(91.2, "t"));
     EXPECT_NE(bench.failure().find("gnuplot-nox"), std::string::npos) << bench.failure();
     EXPECT_TRUE(filesIn(bench.folder()).empty());
 }
 
 TEST(PlotKind, endsWhenTheRunIsStopped) {
     Bench bench("Plot");
-    bench.wire("histogram", peak(91.2, "t")).stop();
+    bench.wire("object", peak(91.2, "t")).stop();
     EXPECT_THROW(bench.run(), Stopped);
     EXPECT_TRUE(filesIn(bench.folder()).empty());
 }

@@ -1,0 +1,74 @@
+#include "Drawing.h"
+
+#include "Gnuplot.h"
+
+#include <velmorak/Failure.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+#include <string_view>
+
+namespace velmorak {
+
+namespace {
+
+void writeText(const std::filesystem::path& file, const std::string& text) {
+    std::ofstream out(file, std::ios::binary);
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
+    out.close();
+    if (!out)
+        throw Failure(file.string() + " could not be written");
+}
+
+std::string readText(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    if (!in)
+        throw Failure(file.string() + " could not be read");
+    return text.str();
+}
+
+/// A page notes when it was made. The same objects give the same bytes, so the date becomes one that never changes; it
+/// has as many digits, so that every position in the file stays right.
+void takeDateFrom(const std::filesystem::path& pdf) {
+    constexpr std::string_view mark = "/CreationDate (D:";
+    constexpr std::string_view date = "20000101000000";
+    std::string text = readText(pdf);
+    const std::size_t at = text.find(mark);
+    if (at == std::string::npos || at + mark.size() + date.size() > text.size())
+        return;
+    text.replace(at + mark.size(), date.size(), date);
+    // The zone follows: +01'00 for example, or Z00'00.
+    for (std::size_t i = at + mark.size() + date.size(); i < text.size() && text[i] != ')'; ++i)
+        if (text[i] >= '1' && text[i] <= '9')
+            text[i] = '0';
+    writeText(pdf, text);
+}
+
+}  // namespace
+
+void drawInto(const std::filesystem::path& folder, const PlotFiles& files, const PlotStyle& style,
+              const RunContext& context) {
+    writeText(folder / (style.baseName + ".dat"), files.data);
+    writeText(folder / (style.baseName + ".gp"), files.script);
+    runGnuplot(folder, "./" + style.baseName + ".gp", context);
+    if (std::find(style.formats.begin(), style.formats.end(), "pdf") != style.formats.end())
+        takeDateFrom(folder / (style.baseName + ".pdf"));
+}
+
+std::string drawnSvg(const std::vector<PlotObject>& objects, RunContext& context) {
+    PlotStyle style;
+    style.baseName = "picture";
+    style.formats = {"svg"};
+    PlotContents contents = plotContents(objects, style);
+    const PlotFiles files = plotFiles(contents, style);
+    for (const std::string& warning : contents.warnings)
+        context.warn(warning);
+    const ScratchFolder scratch;
+    drawInto(scratch.path(), files, style, context);
+    return readText(scratch.path() / "picture.svg");
+}
+
+}  // namespace velmorak

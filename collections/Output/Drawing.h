@@ -1,0 +1,20 @@
+#pragma once
+
+#include "PlotScript.h"
+
+#include <velmorak/Run.h>
+
+#include <filesystem>
+
+namespace velmorak {
+
+/// Draws into a folder: base name with .dat, .gp, and one picture for each format.
+/// @throws Failure if the plotter is not there or cannot draw it; Stopped.
+void drawInto(const std::filesystem::path& folder, const PlotFiles& files, const PlotStyle& style,
+              const RunContext& context);
+
+/// @return the picture as SVG, drawn as a Plot would. What the user should know is told as a warning.
+/// @throws as plotContents, plotFiles and drawInto.
+std::string drawnSvg(const std::vector<PlotObject>& objects, RunContext& context);
+
+}  // namespace velmorak

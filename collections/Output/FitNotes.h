@@ -1,0 +1,22 @@
+#pragma once
+
+#include <velmorak/FunctionObject.h>
+
+#include <optional>
+#include <vector>
+
+namespace velmorak {
+
+/// What a fit notes of its function in the annotation.
+struct FitNotes {
+    std::optional<double> chi2;
+    std::optional<double> ndf;
+    std::optional<double> pValue;
+    std::vector<std::optional<double>> errors;  ///< Parallel to the function's parameters.
+
+    bool isOfFit() const;
+};
+
+FitNotes fitNotesOf(const FunctionObject& function);
+
+}  // namespace velmorak

@@ -1,0 +1,94 @@
+#include "PlotScript.h"
+
+#include "PlotText.h"
+
+#include <velmorak/Value.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace velmorak {
+
+namespace {
+
+/// Powers of ten that are labelled on one axis, at most.
+constexpr int mostPowers = 8;
+/// Powers of ten up to which the steps between them are marked.
+constexpr int mostMarkedPowers = 12;
+
+std::string whole(int number) {
+    return textOf(static_cast<double>(number));
+}
+
+/// 10⁻³; small powers as they are read.
+std::string powerText(int exponent) {
+    if (exponent >= -1 && exponent <= 2)
+        return exponent == -1 ? "0.1" : textOf(std::pow(10.0, exponent));
+    const char* const digits[] = {"⁰", "¹", "²", "³", "⁴", "⁵", "⁶", "⁷", "⁸", "⁹"};
+    std::string text = exponent < 0 ? "10⁻" : "10";
+    for (const char digit : whole(std::abs(exponent)))
+        text += digits[digit - '0'];
+    return text;
+}
+
+/// Powers of ten by name, and marks between them. Fewer than two powers are left to the plotter.
+std::string logTics(const std::string& axis, const PlotSpan& span) {
+    const int first = static_cast<int>(std::ceil(std::log10(span.low) - 1e-9));
+    const int last = static_cast<int>(std::floor(std::log10(span.high) + 1e-9));
+    if (last - first < 1)
+        return {};
+    const int step = (last - first) / mostPowers + 1;
+    std::string tics;
+    for (int power = first - 1; power <= last; ++power) {
+        const std::string tail = "e" + whole(power);
+        if (power >= first) {
+            const bool isNamed = (power - first) % step == 0;
+            tics += (tics.empty() ? "" : ", ") + quotedForGnuplot(isNamed ? powerText(power) : "") + " 1" + tail +
+                    (isNamed ? " 0" : " 1");
+        }
+        if (last - first > mostMarkedPowers)
+            continue;
+        for (int digit = 2; digit <= 9; ++digit) {
+            const double at = digit * std::pow(10.0, power);
+            if (span.contains(at))
+                tics += std::string(tics.empty() ? "" : ", ") + "'' " + whole(digit) + tail + " 1";
+        }
+    }
+    return "set " + axis + "tics (" + tics + ")\n";
+}
+
+std::string range(const std::string& axis, const PlotSpan& span, bool hasLog) {
+    std::string text = hasLog ? "set logscale " + axis + "\n" : std::string();
+    text += "set " + axis + "range [" + textOf(span.low) + ":" + textOf(span.high) + "]\n";
+    return text + (hasLog ? logTics(axis, span) : "");
+}
+
+const std::string& firstNotEmpty(const std::string& text, const std::string& otherwise) {
+    return text.empty() ? otherwise : text;
+}
+
+/// Long titles are set smaller, so that they stay in the picture.
+std::string sized(const std::string& text, double room, double least, double most) {
+    const double fitting = room / std::max<double>(1.0, static_cast<double>(lengthOf(text)));
+    return quotedForGnuplot(text) + " font 'DejaVu Sans," + textOf(std::floor(std::clamp(fitting, least, most))) + "'";
+}
+
+}  // namespace
+
+std::string plotAxes(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style) {
+    std::string text = range("x", frame.x, style.x.hasLog) + range("y", frame.y, style.y.hasLog);
+    if (contents.map)
+        text += range("cb", frame.z, style.z.hasLog);
+    const std::string above = contents.map ? " offset 0,0.9" : "";
+    text += "set title " + sized(firstNotEmpty(style.title, contents.title), 2300.0, 14.0, 34.0) + above + "\n";
+    text +=
+        "set xlabel " + sized(firstNotEmpty(style.x.title, contents.xTitle), 2100.0, 14.0, 32.0) + " offset 0,-0.2\n";
+    text +=
+        "set ylabel " + sized(firstNotEmpty(style.y.title, contents.yTitle), 1300.0, 14.0, 32.0) + " offset -1.2,0\n";
+    if (contents.map)
+        text += "set cblabel " + sized(firstNotEmpty(style.z.title, contents.zTitle), 1300.0, 14.0, 32.0) +
+                " offset 1.2,0\n";
+    return text;
+}
+
+}  // namespace velmorak

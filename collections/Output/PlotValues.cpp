@@ -1,0 +1,192 @@
+#include "PlotValues.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <string_view>
+
+namespace velmorak {
+
+namespace {
+
+constexpr std::array<std::string_view, 3> allFormats = {"png", "svg", "pdf"};
+
+/// Names of the places of the legend, in the order of LegendPlace.
+std::vector<std::string> legendChoices() {
+    return {"no", "automatic", "top left", "top right", "bottom left", "bottom right"};
+}
+
+std::vector<std::string> lookChoices() {
+    return {"automatic", "steps", "points"};
+}
+
+std::vector<std::string> statisticsChoices() {
+    return {"no", "automatic", "yes"};
+}
+
+InputSpec textInput(const std::string& name, const std::string& description, const std::string& value = "") {
+    return {.name = name, .description = description, .type = ValueType::Text, .value = value};
+}
+
+InputSpec choiceInput(const std::string& name, const std::string& description, const std::string& value,
+                      const std::vector<std::string>& choices = {"no", "yes"}) {
+    return {.name = name, .description = description, .type = ValueType::Choice, .value = value, .choices = choices};
+}
+
+InputSpec rangeInput(const std::string& name, const std::string& axis) {
+    return textInput(name, "Ends of the " + axis +
+                               ", as two numbers in its unit; * for an end that follows what is "
+                               "drawn. Empty: both follow.");
+}
+
+bool isControl(char c) {
+    return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+}
+
+/// Words between blanks and commas.
+std::vector<std::string> wordsOf(const std::string& text) {
+    std::vector<std::string> words(1);
+    for (const char c : text) {
+        if (c != ' ' && c != ',' && c != '\t')
+            words.back() += c;
+        else if (!words.back().empty())
+            words.emplace_back();
+    }
+    if (words.back().empty())
+        words.pop_back();
+    return words;
+}
+
+std::string formatsRefusal(const std::string& text) {
+    const std::vector<std::string> words = wordsOf(text);
+    for (const std::string& word : words)
+        if (std::find(allFormats.begin(), allFormats.end(), word) == allFormats.end())
+            return "\"" + word + "\" is none of png, svg and pdf.";
+    return words.empty() ? "A picture has at least one format: png, svg or pdf." : "";
+}
+
+/// @return false when the word is neither a finite number nor an open end.
+bool readEnd(const std::string& word, std::optional<double>& end) {
+    double number = 0.0;
+    if (word == "*")
+        return true;
+    if (!readNumber(word, number) || !std::isfinite(number))
+        return false;
+    end = number;
+    return true;
+}
+
+std::string readRange(const std::string& text, PlotRange& range) {
+    const std::vector<std::string> words = wordsOf(text);
+    if (words.empty())
+        return {};
+    if (words.size() != 2 || !readEnd(words[0], range.low) || !readEnd(words[1], range.high))
+        return "The ends of an axis are two numbers, or * for an end that follows what is drawn.";
+    if (range.low && range.high && !(*range.low < *range.high))
+        return "The first end of an axis is below the second.";
+    return {};
+}
+
+bool isRange(const std::string& input) {
+    return input == "xrange" || input == "yrange" || input == "zrange";
+}
+
+PlotAxis axisOf(const Arguments& arguments, const std::string& letter) {
+    PlotAxis axis{
+        .title = arguments.text(letter + "label"), .range = {}, .hasLog = arguments.text("log" + letter) == "yes"};
+    readRange(arguments.text(letter + "range"), axis.range);
+    return axis;
+}
+
+std::vector<std::string> partsOf(const std::string& text) {
+    std::vector<std::string> parts(1);
+    for (const char c : text) {
+        if (c == ';')
+            parts.emplace_back();
+        else if (c != ' ' || !parts.back().empty())
+            parts.back() += c;
+    }
+    return parts;
+}
+
+template <typename Choice>
+Choice chosen(const Arguments& arguments, const std::string& input, const std::vector<std::string>& choices) {
+    const auto found = std::find(choices.begin(), choices.end(), arguments.text(input));
+    return static_cast<Choice>(found - choices.begin());
+}
+
+}  // namespace
+
+std::vector<InputSpec> plotValueInputs() {
+    return {
+        textInput("file",
+                  "Name of the picture in the results folder, without ending: the pictures and the script .gp with its "
+                  "data .dat are added. Empty: the name of this plug-in."),
+        textInput("formats", "Formats of the picture: png, svg, pdf, or several of them.", "png svg"),
+        textInput("title", "Shown above the picture. Empty: the title of the object, if there is only one."),
+        textInput("xlabel",
+                  "Title of the horizontal axis with its unit. Empty: that of the first object that has one."),
+        textInput(
+            "ylabel",
+            "Title of the vertical axis with its unit. Empty: that of the object; of a histogram entries, with the "
+            "width of a bin where all have the same."),
+        textInput("zlabel", "Title of the colours with their unit. Empty: what they count."),
+        rangeInput("xrange", "horizontal axis"),
+        rangeInput("yrange", "vertical axis"),
+        rangeInput("zrange", "colours"),
+        choiceInput("logx", "Logarithmic horizontal axis, from the first edge above 0.", "no"),
+        choiceInput("logy", "Logarithmic vertical axis; what is not above 0 is not drawn.", "no"),
+        choiceInput("logz", "Logarithmic colours; what is not above 0 stays white.", "no"),
+        choiceInput("style",
+                    "How histograms are drawn; automatic: as points where a function goes through them, else as "
+                    "steps.",
+                    "automatic", lookChoices()),
+        choiceInput("legend", "Place of the names of the objects; automatic: in an upper corner, if there are several.",
+                    "automatic", legendChoices()),
+        textInput("labels", "Names in the legend, separated by semicolons. Empty: the titles of the objects."),
+        choiceInput(
+            "statistics",
+            "Shows entries, mean and rms of what lies in range, and what a fit has found; automatic: if there is "
+            "one object, with a function or without; yes: of several in the legend.",
+            "automatic", statisticsChoices()),
+    };
+}
+
+std::string plotRefusal(const std::string& input, const std::string& value) {
+    PlotRange ignored;
+    if (input == "file" && std::any_of(value.begin(), value.end(), isControl))
+        return "The name of a file has no line ends or other control characters.";
+    if (input == "formats")
+        return formatsRefusal(value);
+    return isRange(input) ? readRange(value, ignored) : std::string();
+}
+
+PlotStyle plotStyleOf(const Arguments& arguments) {
+    for (const std::string input : {"file", "formats", "xrange", "yrange", "zrange"})
+        if (const std::string reason = plotRefusal(input, arguments.text(input)); !reason.empty())
+            throw Failure(input, reason);
+    PlotStyle style;
+    for (const std::string& word : wordsOf(arguments.text("formats")))
+        if (std::find(style.formats.begin(), style.formats.end(), word) == style.formats.end())
+            style.formats.push_back(word);
+    style.title = arguments.text("title");
+    style.x = axisOf(arguments, "x");
+    style.y = axisOf(arguments, "y");
+    style.z = axisOf(arguments, "z");
+    style.labels = partsOf(arguments.text("labels"));
+    style.legend = chosen<LegendPlace>(arguments, "legend", legendChoices());
+    style.look = chosen<HistogramLook>(arguments, "style", lookChoices());
+    style.statistics = chosen<StatisticsLook>(arguments, "statistics", statisticsChoices());
+    return style;
+}
+
+std::string withoutPictureEnding(const std::string& file) {
+    for (const std::string_view format : allFormats) {
+        const std::string ending = "." + std::string(format);
+        if (file.size() > ending.size() && file.ends_with(ending))
+            return file.substr(0, file.size() - ending.size());
+    }
+    return file;
+}
+
+}  // namespace velmorak
