@@ -1,41 +1,45 @@
 # Draws the picture again: run gnuplot on this file in its folder.
 reset
 set encoding utf8
-set border 31 linewidth 2
+set border 31 linewidth 2.5
+set errorbars small
 set tics in scale 1.2,0.6
 set mxtics
 set mytics
-set grid xtics ytics linetype 1 linewidth 1 linecolor rgb '#E0E0E0'
-set lmargin 11
-set rmargin 3.5
-set bmargin 3.5
-set key noenhanced top left Left reverse samplen 2
+set grid xtics ytics linetype 1 linewidth 1 linecolor rgb '#E4E4E4'
+set lmargin 11.5
+set rmargin 4
+set bmargin 3.8
+set tmargin 2.8
+set key off
 set xrange [60:120]
-set yrange [0:485.86]
-set title 'Simulated events with two muons' font 'DejaVu Sans,30'
-set xlabel 'm(μ⁺μ⁻) [GeV]' offset 0,0.2
-set ylabel 'Entries / GeV' offset -0.2,0
-set object 1 rectangle from graph 0.72, 0.7 to graph 0.98, 0.97 front fillcolor rgb 'white' fillstyle solid border linecolor rgb '#808080' linewidth 1.5
-set label 'Entries' at graph 0.735, 0.935 left front
-set label '2093' at graph 0.967, 0.935 right front
-set label 'Mean' at graph 0.735, 0.885 left front
-set label '90.361' at graph 0.967, 0.885 right front
-set label 'RMS' at graph 0.735, 0.835 left front
-set label '7.2584' at graph 0.967, 0.835 right front
-set label 'Underflow' at graph 0.735, 0.785 left front
-set label '118' at graph 0.967, 0.785 right front
-set label 'Overflow' at graph 0.735, 0.735 left front
-set label '102' at graph 0.967, 0.735 right front
+set yrange [0:409.29]
+set title 'Simulated events with two muons' font 'DejaVu Sans,34'
+set xlabel 'm(μ⁺μ⁻) [GeV]' font 'DejaVu Sans,32' offset 0,-0.2
+set ylabel 'Entries / GeV' font 'DejaVu Sans,32' offset -1.2,0
+set object 1 rectangle from graph 0.7702, graph 0.725 to graph 0.985, graph 0.975 front fillcolor rgb 'white' fillstyle solid border linecolor rgb '#808080' linewidth 1.5
+set label 'Entries' at graph 0.7822, graph 0.942 left front font 'DejaVu Sans,22'
+set label '2093' at graph 0.973, graph 0.942 right front font 'DejaVu Sans,22'
+set label 'Mean' at graph 0.7822, graph 0.896 left front font 'DejaVu Sans,22'
+set label '90.361' at graph 0.973, graph 0.896 right front font 'DejaVu Sans,22'
+set label 'RMS' at graph 0.7822, graph 0.85 left front font 'DejaVu Sans,22'
+set label '7.2584' at graph 0.973, graph 0.85 right front font 'DejaVu Sans,22'
+set label 'Underflow' at graph 0.7822, graph 0.804 left front font 'DejaVu Sans,22'
+set label '118' at graph 0.973, graph 0.804 right front font 'DejaVu Sans,22'
+set label 'Overflow' at graph 0.7822, graph 0.758 left front font 'DejaVu Sans,22'
+set label '102' at graph 0.973, graph 0.758 right front font 'DejaVu Sans,22'
 data = './mass.dat'
-set terminal pngcairo noenhanced size 1600,1000 font 'DejaVu Sans,24' rounded
+set terminal pngcairo noenhanced size 1600,1000 font 'DejaVu Sans,26' rounded
+marks = 1.8
 set output './mass.png'
 plot data index 0 using 1:2 with filledcurves closed fillcolor rgb '#0072B2' fillstyle transparent solid 0.18 noborder notitle, \
-     data index 0 using 1:2 with lines linewidth 3 dashtype 1 linecolor rgb '#0072B2' notitle, \
-     data index 1 using 1:3:(0):($4-$3) with vectors nohead linewidth 2 linecolor rgb '#0072B2' notitle
+     data index 0 using 1:2 with lines linewidth 3.5 dashtype 1 linecolor rgb '#0072B2' notitle, \
+     data index 1 using 1:3:(0):($4-$3) with vectors nohead linewidth 2.5 linecolor rgb '#0072B2' notitle
 set output
-set terminal svg noenhanced size 1600,1000 font 'DejaVu Sans,24' rounded background rgb 'white'
+set terminal svg noenhanced size 1600,1000 fontscale 1.333 font 'DejaVu Sans,26' rounded background rgb 'white'
+marks = 0.8
 set output './mass.svg'
 plot data index 0 using 1:2 with filledcurves closed fillcolor rgb '#0072B2' fillstyle transparent solid 0.18 noborder notitle, \
-     data index 0 using 1:2 with lines linewidth 3 dashtype 1 linecolor rgb '#0072B2' notitle, \
-     data index 1 using 1:3:(0):($4-$3) with vectors nohead linewidth 2 linecolor rgb '#0072B2' notitle
+     data index 0 using 1:2 with lines linewidth 3.5 dashtype 1 linecolor rgb '#0072B2' notitle, \
+     data index 1 using 1:3:(0):($4-$3) with vectors nohead linewidth 2.5 linecolor rgb '#0072B2' notitle
 set output
