@@ -1,3 +1,4 @@
+#include "AidaTableReader.h"
 #include "AidaWalk.h"
 
 #include "velmorak/Aida.h"
@@ -101,8 +102,8 @@ std::string chosenPath(const std::filesystem::path& file, const std::string& obj
 
 class AidaTable : public TableReader {
 public:
-    AidaTable(const std::filesystem::path& file, const std::string& path, RunContext& context)
-        : walk(file, path, context), reader(file, walk, context) {
+    AidaTable(const std::filesystem::path& file, const std::string& path, RunContext& context, io::RowReading reading)
+        : walk(file, path, context), reader(file, walk, context, reading) {
         walk.attach(reader);
         while (walk.builder() == nullptr && reader.advance()) {
         }
@@ -161,7 +162,12 @@ std::vector<AidaEntry> listAida(const std::filesystem::path& file, RunContext& c
 
 std::unique_ptr<TableReader> openAidaTable(const std::filesystem::path& file, const std::string& object,
                                            RunContext& context) {
-    return std::make_unique<AidaTable>(file, chosenPath(file, object, context), context);
+    return io::openAidaTable(file, object, context, io::RowReading::Scanned);
+}
+
+std::unique_ptr<TableReader> io::openAidaTable(const std::filesystem::path& file, const std::string& object,
+                                               RunContext& context, RowReading reading) {
+    return std::make_unique<AidaTable>(file, chosenPath(file, object, context), context, reading);
 }
 
 }  // namespace velmorak

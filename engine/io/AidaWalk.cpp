@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 
 namespace velmorak::io {
@@ -92,6 +93,7 @@ AidaWalk::State AidaWalk::begun(std::string_view name, const char* const* attrib
 
 void AidaWalk::beginDocument() {
     states = {State::File};
+    isInPlainRows = false;
     openColumns.clear();
     isWanted = false;
 }
@@ -128,7 +130,11 @@ AidaWalk::State AidaWalk::beginInTuple(std::string_view name) {
     if (name != "rows")
         return State::Skipped;
     endHeader();
-    return isWanted ? State::Rows : State::Skipped;
+    if (!isWanted)
+        return State::Skipped;
+    plain = rowBuilder->plainColumns();
+    isInPlainRows = !plain.empty();
+    return State::Rows;
 }
 
 AidaWalk::State AidaWalk::beginInCloud(std::string_view name) {
@@ -212,6 +218,9 @@ void AidaWalk::endElement(const char* /*name*/) {
         case State::Row:
         case State::Point:
             return endRow();
+        case State::Rows:
+            isInPlainRows = false;
+            return;
         case State::NestedRow:
             return rowBuilder->endNestedRow();
         case State::Nested:
@@ -232,6 +241,13 @@ void AidaWalk::endRow() {
                  fmt::format("{} has rows with more entries than columns; these are left out", current.path));
     if (rowBuilder->rows() == chunkRows)
         reader->pause();
+}
+
+std::size_t AidaWalk::takeRows(const PlainRows& rows, std::size_t first) {
+    const std::size_t count = std::min(rows.count() - first, chunkRows - rowBuilder->rows());
+    rowBuilder->appendRows(rows, first, count);
+    completeRows += count;
+    return count;
 }
 
 void AidaWalk::endObject() {

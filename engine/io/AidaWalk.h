@@ -34,6 +34,9 @@ public:
 
     void beginElement(const char* name, const char* const* attributes) override;
     void endElement(const char* name) override;
+    const std::vector<PlainColumn>* plainColumns() const override { return isInPlainRows ? &plain : nullptr; }
+    bool isBetweenRows() const override { return states.back() == State::Rows; }
+    std::size_t takeRows(const PlainRows& rows, std::size_t first) override;
     void beginDocument() override;
     bool continuesAfter(const std::string& damage) override;
     /// What was wrong with the files of an archive that were left.
@@ -89,6 +92,8 @@ private:
     std::vector<AidaColumn> header;
     std::vector<AidaColumn> openColumns;
     std::unique_ptr<TupleBuilder> rowBuilder;
+    std::vector<PlainColumn> plain;
+    bool isInPlainRows = false;
     std::uint64_t completeRows = 0;
     ObjectPaths paths;
     std::vector<std::string> reported;

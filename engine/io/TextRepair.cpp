@@ -41,7 +41,27 @@ std::size_t sequence(std::string_view text) {
 
 }  // namespace
 
+std::uint64_t TextRepair::repairedBefore(std::uint64_t byte) const {
+    const auto later = places.end() - std::lower_bound(places.begin(), places.end(), byte);
+    return count - static_cast<std::uint64_t>(later);
+}
+
+void TextRepair::begin(const std::string& target) {
+    places.clear();
+    targetBegin = appended - target.size();
+}
+
+void TextRepair::end(const std::string& target) {
+    appended = targetBegin + target.size();
+}
+
 void TextRepair::append(std::string_view piece, std::string& target) {
+    begin(target);
+    appendPiece(piece, target);
+    end(target);
+}
+
+void TextRepair::appendPiece(std::string_view piece, std::string& target) {
     const std::string joined = rest.empty() ? std::string() : rest + std::string(piece);
     std::string_view text = rest.empty() ? piece : std::string_view(joined);
     rest.clear();
@@ -67,12 +87,15 @@ void TextRepair::append(std::string_view piece, std::string& target) {
 }
 
 void TextRepair::finish(std::string& target) {
+    begin(target);
     for (const char byte : rest)
         appendLatin1(byte, target);
     rest.clear();
+    end(target);
 }
 
 void TextRepair::appendLatin1(char byte, std::string& target) {
+    places.push_back(targetBegin + target.size());
     const auto code = static_cast<unsigned char>(byte);
     target += static_cast<char>(0xC0U | (code >> 6U));
     target += static_cast<char>(0x80U | (code & 0x3FU));

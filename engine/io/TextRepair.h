@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace velmorak::io {
 
@@ -16,11 +17,22 @@ public:
     void finish(std::string& target);
     /// Bytes that were taken as ISO-8859-1, each of which has become two.
     std::uint64_t repaired() const { return count; }
+    /// Those of them that stand before a byte of all that has been appended; one that the last call appended.
+    std::uint64_t repairedBefore(std::uint64_t byte) const;
+    /// The last piece was cut in a sequence.
+    bool hasRest() const { return !rest.empty(); }
 
 private:
     void appendLatin1(char byte, std::string& target);
 
-    std::string rest;  ///< The beginning of a sequence that the last piece was cut in.
+    void appendPiece(std::string_view piece, std::string& target);
+    void begin(const std::string& target);
+    void end(const std::string& target);
+
+    std::uint64_t appended = 0;         ///< Bytes in all.
+    std::uint64_t targetBegin = 0;      ///< Bytes that were appended before the target's first one.
+    std::vector<std::uint64_t> places;  ///< Where the last call has put bytes that were taken as ISO-8859-1.
+    std::string rest;                   ///< The beginning of a sequence that the last piece was cut in.
     std::uint64_t count = 0;
 };
 

@@ -228,6 +228,28 @@ void TupleBuilder::endRow() {
     ++rowCount;
 }
 
+std::vector<PlainColumn> TupleBuilder::plainColumns() const {
+    if (std::any_of(items.begin(), items.end(), [](const Item& item) { return item.isNested; }))
+        return {};
+    std::vector<PlainColumn> columns;
+    columns.reserve(slots.size());
+    for (const Slot& slot : slots)
+        columns.push_back({slot.column.type(), slot.isSingleCharacter});
+    return columns;
+}
+
+void TupleBuilder::appendRows(const PlainRows& rows, std::size_t first, std::size_t count) {
+    for (std::size_t i = 0; i < slots.size(); ++i)
+        std::visit(
+            [&](auto& target) {
+                const auto& values = std::get<std::decay_t<decltype(target)>>(rows.columns()[i].values);
+                const auto begin = values.begin() + static_cast<std::ptrdiff_t>(first);
+                target.insert(target.end(), begin, begin + static_cast<std::ptrdiff_t>(count));
+            },
+            slots[i].column.values);
+    rowCount += count;
+}
+
 void TupleBuilder::dropIncompleteRow() {
     for (Slot& slot : slots) {
         const std::size_t complete = slot.column.isList() ? slot.column.offsets.back() : rowCount;

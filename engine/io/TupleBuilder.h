@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AidaColumns.h"
+#include "PlainRows.h"
 
 #include <string>
 #include <vector>
@@ -28,6 +29,11 @@ public:
     void endNestedRow();
     void endNested();
     void endRow();
+
+    /// The columns, where each row has one value in each; else none.
+    std::vector<PlainColumn> plainColumns() const;
+    /// Appends complete rows of such columns. Called between rows.
+    void appendRows(const PlainRows& rows, std::size_t first, std::size_t count);
 
     const std::string& problem() const { return reason; }
     /// Entries were seen beyond the last column.

@@ -85,8 +85,9 @@ const char* attributeOf(const char* const* attributes, const char* name) {
     return nullptr;
 }
 
-XmlReader::XmlReader(const std::filesystem::path& file, XmlHandler& elements, RunContext& runContext)
-    : path(file), handler(elements), context(runContext), stream(file), piece(pieceSize, '\0') {
+XmlReader::XmlReader(const std::filesystem::path& file, XmlHandler& elements, RunContext& runContext,
+                     RowReading rowReading)
+    : path(file), handler(elements), context(runContext), stream(file), piece(pieceSize, '\0'), reading(rowReading) {
     parser.reset(XML_ParserCreate(nullptr));
     if (!parser)
         throw std::bad_alloc();
@@ -101,6 +102,8 @@ void XmlReader::prepareParser() {
     XML_SetParamEntityParsing(parser.get(), XML_PARAM_ENTITY_PARSING_ALWAYS);
     XML_UseForeignDTD(parser.get(), XML_TRUE);
     XML_SetExternalEntityRefHandler(parser.get(), externalEntity);
+    XML_SetStartDoctypeDeclHandler(parser.get(), beganDoctype);
+    XML_SetCdataSectionHandler(parser.get(), beganCdata, endedCdata);
 }
 
 bool XmlReader::advance() {
@@ -120,6 +123,8 @@ bool XmlReader::advanceInDocument() {
     while (!isAtEnd) {
         if (context.isStopping())
             throw Stopped();
+        if (!isSuspended && takeRows())
+            return true;
         const bool wasSuspended = isSuspended;
         isSuspended = false;
         check(wasSuspended ? XML_ResumeParser(parser.get()) : feed());
@@ -130,6 +135,7 @@ bool XmlReader::advanceInDocument() {
 }
 
 bool XmlReader::beginNextDocument() {
+    blocks.reset();
     const bool isThereOne = stream.nextDocument();
     for (; skippedFiles < stream.skipped().size(); ++skippedFiles)
         context.warn(fmt::format("{}: {} is no XML and is left out", path.string(), stream.skipped()[skippedFiles]));
@@ -141,29 +147,49 @@ bool XmlReader::beginNextDocument() {
     XML_ParserReset(parser.get(), nullptr);
     prepareParser();
     failure = nullptr;
-    isBegun = isSuspended = isAtEnd = false;
+    isBegun = isSuspended = isAtEnd = isScannable = isInCdata = false;
+    cursor = rowsTaken = 0;
+    parsedBytes = scannedBytes = scannedLines = 0;
     repair = TextRepair();
     handler.beginDocument();
     return true;
 }
 
 XML_Status XmlReader::feed() {
-    const std::size_t count = stream.read(piece.data(), piece.size());
-    if (count == 0 && !stream.damage().empty())
+    const std::string_view bytes = nextPiece();
+    if (bytes.empty() && !stream.damage().empty())
         throw Failure(fmt::format("{}: {}", path.string(), stream.damage()));
-    const std::string_view bytes(piece.data(), count);
     if (!isBegun)
-        repairs = count > 0 && bytes.substr(0, 2) != "\xFE\xFF" && bytes.substr(0, 2) != "\xFF\xFE" &&
-                  (declaredEncoding(bytes).empty() || declaredEncoding(bytes) == "utf-8" ||
-                   declaredEncoding(bytes) == "utf8");
+        noteEncoding(bytes);
     isBegun = true;
     if (!repairs)
-        return XML_Parse(parser.get(), piece.data(), static_cast<int>(count), count == 0 ? 1 : 0);
+        return parse(bytes, bytes.empty());
     repaired.clear();
-    repair.append(bytes, repaired);
-    if (count == 0)
+    if (bytes.empty())
         repair.finish(repaired);
-    return XML_Parse(parser.get(), repaired.data(), static_cast<int>(repaired.size()), count == 0 ? 1 : 0);
+    else
+        repair.append(bytes, repaired);
+    return parse(repaired, bytes.empty());
+}
+
+XML_Status XmlReader::parse(std::string_view bytes, bool isLast) {
+    parsedBytes += bytes.size();
+    return XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), isLast ? 1 : 0);
+}
+
+std::string_view XmlReader::nextPiece() {
+    if (!blocks && mayScan())
+        blocks = std::make_unique<RowBlocks>(stream, *handler.plainColumns());
+    if (blocks)
+        return nextOddRows();
+    return {piece.data(), stream.read(piece.data(), piece.size())};
+}
+
+void XmlReader::noteEncoding(std::string_view bytes) {
+    const std::string encoding = declaredEncoding(bytes);
+    const bool isUtf16 = bytes.substr(0, 2) == "\xFE\xFF" || bytes.substr(0, 2) == "\xFF\xFE";
+    repairs = !bytes.empty() && !isUtf16 && (encoding.empty() || encoding == "utf-8" || encoding == "utf8");
+    isScannable = repairs || (!isUtf16 && (encoding == "iso-8859-1" || encoding == "us-ascii"));
 }
 
 void XmlReader::check(XML_Status status) {
@@ -188,8 +214,8 @@ void XmlReader::pause() {
 std::string XmlReader::where() const {
     const auto byte = static_cast<std::uint64_t>(std::max<XML_Index>(0, XML_GetCurrentByteIndex(parser.get())));
     const std::string in = document().empty() ? "" : ", " + document();
-    return fmt::format("{}, line {}, byte {} of the text", in, XML_GetCurrentLineNumber(parser.get()),
-                       byte - std::min(byte, repair.repaired()));
+    return fmt::format("{}, line {}, byte {} of the text", in, XML_GetCurrentLineNumber(parser.get()) + scannedLines,
+                       byte - repair.repairedBefore(byte) + scannedBytes);
 }
 
 void XmlReader::keep(std::exception_ptr thrown) {

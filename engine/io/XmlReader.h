@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ByteStream.h"
+#include "RowBlocks.h"
 #include "TextRepair.h"
 
 #include <expat.h>
@@ -27,11 +28,21 @@ public:
     virtual void endElement(const char* name) = 0;
     /// Text between elements, in pieces.
     virtual void characters(std::string_view /*text*/) {}
+    /// Columns of the tuple whose rows are being read, where they may be plain rows and are wanted; null elsewhere, and
+    /// within other elements than rows.
+    virtual const std::vector<PlainColumn>* plainColumns() const { return nullptr; }
+    /// No element is open in the one that holds the rows. Asked where there are plain columns.
+    virtual bool isBetweenRows() const { return false; }
+    /// Rows that are told in the place of their elements. @return how many of those from the first on are taken.
+    virtual std::size_t takeRows(const PlainRows& /*rows*/, std::size_t /*first*/) { return 0; }
     /// A file of an archive begins; elements that were open are no more. Not called for the first one.
     virtual void beginDocument() {}
     /// A file of an archive is damaged. @return whether to go on with the next one.
     virtual bool continuesAfter(const std::string& /*damage*/) { return false; }
 };
+
+/// How the rows of a tuple are read: where they are plain by a scanner made for them, with the same result.
+enum class RowReading { Scanned, Parsed };
 
 /// Reads an XML file piece by piece and tells a handler. Opens no other file and no address whatever the text names;
 /// the defaults and entities of the AIDA document type are built in. Threads: one at a time. The handler lives as long
@@ -39,9 +50,10 @@ public:
 class XmlReader {
 public:
     /// @throws Failure when the file cannot be opened or is no XML.
-    XmlReader(const std::filesystem::path& file, XmlHandler& elements, RunContext& runContext);
+    XmlReader(const std::filesystem::path& file, XmlHandler& elements, RunContext& runContext,
+              RowReading rowReading = RowReading::Scanned);
 
-    /// Goes on until the handler calls pause, or to the end of the file.
+    /// Goes on until the handler calls pause or has taken rows, or to the end of the file.
     /// @return false at the end.
     /// @throws Failure where the file is damaged, with line and byte. Stopped when the run is to end. Whatever the
     ///         handler throws. Not to be called again after any of these.
@@ -52,7 +64,8 @@ public:
     std::string where() const;
     /// Name of the file in an archive that is being read; empty where there is no archive.
     const std::string& document() const { return stream.document(); }
-    double fraction() const { return stream.fraction(); }
+    /// Part of the file that has been read, 0 to 1.
+    double fraction() const { return blocks ? blockFraction : stream.fraction(); }
     std::uint64_t repairedBytes() const { return repair.repaired(); }
     bool skippedEntity() const { return hasSkippedEntity; }
 
@@ -65,6 +78,10 @@ private:
     static int XMLCALL externalEntity(XML_Parser expat, const XML_Char* context, const XML_Char* base,
                                       const XML_Char* systemId, const XML_Char* publicId);
 
+    static void XMLCALL beganDoctype(void* self, const XML_Char* name, const XML_Char* systemId,
+                                     const XML_Char* publicId, int hasInternalSubset);
+    static void XMLCALL beganCdata(void* self);
+    static void XMLCALL endedCdata(void* self);
     static void XMLCALL text(void* self, const XML_Char* characters, int length);
 
     void prepareParser();
@@ -73,6 +90,15 @@ private:
     void keep(std::exception_ptr thrown);
     void check(XML_Status status);
     XML_Status feed();
+    std::string_view nextPiece();
+    XML_Status parse(std::string_view bytes, bool isLast);
+    void noteEncoding(std::string_view bytes);
+
+    bool mayScan() const;
+    bool isParserBetweenRows() const;
+    bool takeRows();
+    void passRows(RowBlocks::Block& block);
+    std::string_view nextOddRows();
 
     std::filesystem::path path;
     XmlHandler& handler;
@@ -83,6 +109,17 @@ private:
     std::string repaired;  ///< The same as valid UTF-8.
     std::unique_ptr<std::remove_pointer_t<XML_Parser>, Free> parser;
     std::exception_ptr failure;
+    RowReading reading;
+    std::unique_ptr<RowBlocks> blocks;  ///< From the first rows that may be plain to the end of the document.
+    std::size_t cursor = 0;             ///< Bytes of the first block that have been read.
+    std::size_t rowsTaken = 0;          ///< Of those that were scanned last.
+    std::size_t oddRows = 1;            ///< That are parsed when the scanner does not get on.
+    double blockFraction = 0.0;
+    std::uint64_t parsedBytes = 0;   ///< Given to the parser.
+    std::uint64_t scannedBytes = 0;  ///< Kept from the parser.
+    std::uint64_t scannedLines = 0;
+    bool isScannable = false;  ///< Encoding and document type leave a plain row its meaning.
+    bool isInCdata = false;    ///< Text that may look like rows, and is told in pieces.
     bool isBegun = false;
     bool isSuspended = false;
     bool isAtEnd = false;
