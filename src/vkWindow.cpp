@@ -67,7 +67,9 @@ vkWindow::vkWindow()
 }
 
 vkWindow::~vkWindow() {
-    stopWorker();
+    if (worker) {
+        stopWorker();
+    }
     // The objects belong to the manager, which is told nothing here.
     for (plugin* node : liveNodes()) {
         node->abandon();

@@ -10,7 +10,7 @@ void vkWindow::setRun() {
 
 void vkWindow::start_button_clicked() {
     if (!startButton.get_active()) {
-        manager->Stop();
+        stopWorker();
         after_thread();
         return;
     }
@@ -45,15 +45,16 @@ void vkWindow::joinWorker() {
 }
 
 void vkWindow::stopWorker() {
-    if (!worker) {
-        return;
-    }
+    manager->Stop();
     // A request that comes before the library has begun the run is lost on it, so it is made again.
-    do {
+    constexpr std::chrono::milliseconds betweenRequests(200);
+    while (worker && !runEnded.try_acquire_for(betweenRequests)) {
         manager->Stop();
-    } while (!runEnded.try_acquire_for(std::chrono::seconds(1)));
-    runEnded.release();
-    joinWorker();
+    }
+    if (worker) {
+        runEnded.release();
+        joinWorker();
+    }
 }
 
 void vkWindow::reset_button_clicked() {

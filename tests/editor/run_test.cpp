@@ -70,6 +70,15 @@ TEST_F(Run, canBeStartedAgainAfterItWasStopped) {
     EXPECT_EQ(recording::callsOf("Run").size(), 5U);
 }
 
+TEST_F(Run, isStoppedBeforeTheLibraryHasBegunIt) {
+    for (int i = 0; i < 3; ++i) {
+        window->startButton.clicked();
+        window->startButton.clicked();
+        EXPECT_TRUE(isIdle());
+    }
+    EXPECT_EQ(recording::callsOf("Run").size(), 3U);
+}
+
 TEST_F(Run, isStartedBySetRunAsByAClick) {
     window->setRun();
     EXPECT_TRUE(pumpUntil([] { return recording::isRunning(); }));
