@@ -23,14 +23,17 @@ public:
 
     bool next(Chunk& chunk) override {
         chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(chunkRows, rows - row));
-        chunk.columns.clear();
-        for (std::uint32_t column = 0; column < columns.size() && chunk.rows > 0; ++column) {
-            if (context.isStopping())
-                throw Stopped();
-            chunk.columns.push_back(columnOf(column, chunk.rows));
-        }
         row += chunk.rows;
         return chunk.rows > 0;
+    }
+
+    /// Each number follows from its row and column alone, so chunks are made in any order and at the same time.
+    void complete(Chunk& chunk) const override {
+        for (std::uint32_t column = 0; column < columns.size(); ++column) {
+            if (context.isStopping())
+                throw Stopped();
+            chunk.columns.push_back(columnOf(column, chunk));
+        }
     }
 
     std::optional<double> fraction() const override {
@@ -38,18 +41,18 @@ public:
     }
 
 private:
-    ColumnPtr columnOf(std::uint32_t position, std::size_t count) const {
+    ColumnPtr columnOf(std::uint32_t position, const Chunk& chunk) const {
         const Distribution& distribution = columns[position].distribution;
         if (distribution.isInteger())
-            return filled<std::int64_t>(distribution, position, count);
-        return filled<double>(distribution, position, count);
+            return filled<std::int64_t>(distribution, position, chunk);
+        return filled<double>(distribution, position, chunk);
     }
 
     template <typename Number>
-    ColumnPtr filled(const Distribution& distribution, std::uint32_t position, std::size_t count) const {
-        std::vector<Number> values(count);
-        for (std::size_t i = 0; i < count; ++i)
-            values[i] = static_cast<Number>(distribution.valueAt(row + i, position, seed));
+    ColumnPtr filled(const Distribution& distribution, std::uint32_t position, const Chunk& chunk) const {
+        std::vector<Number> values(chunk.rows);
+        for (std::size_t i = 0; i < chunk.rows; ++i)
+            values[i] = static_cast<Number>(distribution.valueAt(chunk.firstRow + i, position, seed));
         return std::make_shared<const Column>(Column{std::move(values), {}});
     }
 

@@ -26,6 +26,7 @@ struct StreamPass::Leg {
     std::atomic<bool> isOver = false;  ///< Nothing wants more of its rows.
     std::uint64_t rows = 0;
     std::chrono::nanoseconds time{0};
+    std::chrono::nanoseconds timeCompleting{0};  ///< In chunks that are taken in.
 };
 
 /// A plug-in that the rows pass.
@@ -84,6 +85,9 @@ struct StreamPass::Work {
     std::atomic<bool> place = false;
     std::size_t leg = 0;
     Chunk chunk;
+    bool isComplete = false;
+    std::optional<Problem> problem;  ///< Of the source, that could not complete the chunk.
+    std::chrono::nanoseconds timeCompleting{0};
     std::vector<Made> made;  ///< Parallel to the steps.
 };
 

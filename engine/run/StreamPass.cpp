@@ -202,6 +202,9 @@ StreamPass::Work* StreamPass::read() {
     work.leg = legBeingRead;
     work.chunk.number = chunks++;
     work.chunk.firstRow = leg.rows;
+    work.isComplete = false;
+    work.problem.reset();
+    work.timeCompleting = {};
     leg.rows += work.chunk.rows;
     work.made.clear();
     work.made.resize(steps.size());
@@ -248,11 +251,26 @@ void StreamPass::count(Work& work, std::size_t stage) {
 
 void StreamPass::perform(Work& work, std::size_t stage) {
     const Turn turn(work.place);
+    if (steps.empty()) {
+        complete(work);
+    }
     for (std::size_t i = 0; i < steps.size() && !state.isStopping(); ++i) {
         if (steps[i]->stage == stage && steps[i]->sees(work.leg)) {
             performStep(i, work);
         }
     }
+}
+
+/// Plug-ins that want no more rows are not worth completing a chunk for, so this is left to the first that takes it.
+/// @return false when the source could not.
+bool StreamPass::complete(Work& work) const {
+    if (!work.isComplete) {
+        const Instant::time_point begin = Instant::now();
+        work.problem = problemIn([&] { legs[work.leg]->reader->complete(work.chunk); });
+        work.isComplete = true;
+        work.timeCompleting = Instant::now() - begin;
+    }
+    return !work.problem;
 }
 
 void StreamPass::release(Work& work) {
@@ -270,6 +288,9 @@ void StreamPass::performStep(std::size_t position, Work& work) {
     made.isOver = made.isOver || (parent.step && work.made[*parent.step].isOver);
     const Chunk* table = tableFor(step, work);
     if ((!parent.operation && !step.accumulation) || work.chunk.number > step.failedAt || !table || made.isOver) {
+        return;
+    }
+    if (!parent.step && !complete(work)) {
         return;
     }
     const Instant::time_point begin = Instant::now();

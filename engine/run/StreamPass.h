@@ -57,6 +57,7 @@ private:
     bool readInto(Chunk& chunk);
     void perform(Work& work, std::size_t stage);
     void performStep(std::size_t position, Work& work);
+    bool complete(Work& work) const;
     void count(Work& work, std::size_t stage);
     static void release(Work& work);
     const Chunk* tableFor(const Step& step, const Work& work) const;
@@ -82,6 +83,8 @@ private:
     double fractionShown = 0.0;
     std::chrono::steady_clock::time_point began = std::chrono::steady_clock::now();
     std::optional<Problem> sourceProblem;  ///< Of the leg being read.
+    std::optional<Problem> chunkProblem;   ///< Of a source that could not complete a chunk; in chunk order.
+    std::size_t legOfChunkProblem = 0;
 };
 
 }  // namespace velmorak

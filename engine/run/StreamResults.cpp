@@ -28,6 +28,15 @@ void StreamPass::showProgress() {
 void StreamPass::takeIn(Work& work) {
     const Turn turn(takingIn);
     const Turn turnOfWork(work.place);
+    legs[work.leg]->timeCompleting += work.timeCompleting;
+    if (work.problem && !chunkProblem) {
+        chunkProblem = std::move(work.problem);
+        legOfChunkProblem = work.leg;
+        hasWork = false;
+    }
+    if (chunkProblem) {
+        return;
+    }
     for (std::size_t i = 0; i < steps.size() && !state.isStopping(); ++i) {
         if (steps[i]->sees(work.leg)) {
             takeInStep(i, work);
@@ -87,7 +96,7 @@ void StreamPass::drop(std::size_t position) {
 void StreamPass::reportSteps() {
     for (const auto& leg : legs) {
         state.runs[leg->source].report.rowsOut = leg->rows;
-        state.addSeconds(leg->source, leg->time);
+        state.addSeconds(leg->source, leg->time + leg->timeCompleting);
     }
     for (const auto& step : steps) {
         NodeReport& report = state.runs[step->node].report;
@@ -104,6 +113,10 @@ void StreamPass::reportSteps() {
 
 void StreamPass::finish() {
     reportSteps();
+    if (chunkProblem) {
+        state.fail(legs[legOfChunkProblem]->source, *chunkProblem);
+        return;
+    }
     if (sourceProblem) {
         state.fail(legs[std::min(legBeingRead, legs.size() - 1)]->source, *sourceProblem);
         return;

@@ -15,7 +15,7 @@
 /// chunk, merged, finished), Function (values to values).
 namespace velmorak {
 
-/// Reads a table from front to back. One thread at a time.
+/// Reads a table from front to back. One thread at a time, but for complete.
 class TableReader {
 public:
     virtual ~TableReader() = default;
@@ -23,6 +23,10 @@ public:
     /// Fills the next chunk: chunkRows rows, fewer only in the last one. Numbers are set by the run.
     /// @return false when there are no more rows; the chunk is then without rows.
     virtual bool next(Chunk& chunk) = 0;
+    /// Does what next left to do: where next sets only the number of rows, this makes the columns of a chunk, from its
+    /// number and firstRow. Not called for a chunk that nothing wants.
+    /// Threads: several at once, for different chunks, also while next makes later ones.
+    virtual void complete(Chunk& /*chunk*/) const {}
     /// Part of the work done, 0 to 1, by bytes or rows; nothing when unknown.
     virtual std::optional<double> fraction() const { return std::nullopt; }
 };

@@ -191,8 +191,18 @@ void Bench::run() {
     } else if (const auto* source = dynamic_cast<const Source*>(&shipped)) {
         const auto reader = source->open(arguments, *this);
         made = {.schema = reader->schema(), .chunks = {}};
-        for (Chunk chunk; reader->next(chunk); chunk = {})
-            made.chunks.push_back(chunk);
+        read(*reader);
+    }
+}
+
+void Bench::read(TableReader& reader) {
+    std::uint64_t rows = 0;
+    for (Chunk chunk; reader.next(chunk); chunk = {}) {
+        chunk.number = made.chunks.size();
+        chunk.firstRow = rows;
+        rows += chunk.rows;
+        reader.complete(chunk);
+        made.chunks.push_back(std::move(chunk));
     }
 }
 

@@ -71,6 +71,7 @@ public:
     const std::vector<std::string>& warnings() const { return allWarnings; }
 
 private:
+    void read(TableReader& reader);
     void apply(const RowOperation& operation);
     void concatenate(const Concatenation& concatenation, const Arguments& arguments);
     void accumulate(const Accumulator& accumulator, const Arguments& arguments, Results& sink);

@@ -23,12 +23,22 @@ public:
             kind.beforeChunk(row / chunkRows, context);
         }
         chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(chunkRows, rows - row));
-        Column::Reals values(chunk.rows);
-        for (double& value : values) {
-            value = valueOfRow(row++);
+        if (!kind.isLate) {
+            make(chunk, row);
         }
-        chunk.columns = {std::make_shared<Column>(Column{std::move(values), {}})};
+        row += chunk.rows;
         return chunk.rows > 0;
+    }
+
+    void complete(Chunk& chunk) const override {
+        if (!kind.isLate) {
+            return;
+        }
+        ++kind.completed;
+        if (kind.beforeComplete) {
+            kind.beforeComplete(chunk.number);
+        }
+        make(chunk, chunk.firstRow);
     }
 
     std::optional<double> fraction() const override {
@@ -36,6 +46,14 @@ public:
     }
 
 private:
+    static void make(Chunk& chunk, std::uint64_t firstRow) {
+        Column::Reals values(chunk.rows);
+        for (std::size_t i = 0; i < chunk.rows; ++i) {
+            values[i] = valueOfRow(firstRow + i);
+        }
+        chunk.columns = {std::make_shared<Column>(Column{std::move(values), {}})};
+    }
+
     const RowSource& kind;
     Schema columns = columnX();
     std::uint64_t rows;

@@ -32,6 +32,10 @@ public:
     mutable std::atomic<int> opened = 0;
     /// Called before a chunk is yielded, with its number.
     std::function<void(std::uint64_t chunk, RunContext& context)> beforeChunk;
+    /// Its readers leave the columns of a chunk to complete.
+    bool isLate = false;
+    mutable std::atomic<int> completed = 0;
+    std::function<void(std::uint64_t chunk)> beforeComplete;
 };
 
 /// Keeps the rows whose x is above its input "cut".
