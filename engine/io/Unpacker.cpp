@@ -71,13 +71,15 @@ private:
     }
 
     void step() {
-        if (packedBegin == packedEnd && !refill())
-            return end(fmt::format("the {} data end too early", packingName()));
+        const bool hasMore = packedBegin != packedEnd || refill();
         state.next_in = reinterpret_cast<Bytef*>(packed.data() + packedBegin);
         state.avail_in = static_cast<uInt>(packedEnd - packedBegin);
         const int status = ::inflate(&state, Z_NO_FLUSH);
         packedBegin = packedEnd - state.avail_in;
-        if (status == Z_STREAM_END)
+        // Without more input the last bytes may still have to come out.
+        if (status == Z_BUF_ERROR && !hasMore)
+            end(fmt::format("the {} data end too early", packingName()));
+        else if (status == Z_STREAM_END)
             isFinished = !beginNextMember();
         else if (status != Z_OK && status != Z_BUF_ERROR)
             end(fmt::format("the {} data are damaged ({})", packingName(),
@@ -121,6 +123,15 @@ void Unpacker::damaged(std::string_view what) {
         reason = fmt::format("{} at byte {} of the file", what, position());
 }
 
+void Unpacker::isDamaged(const std::string& sentence) {
+    if (reason.empty())
+        reason = sentence;
+}
+
+std::unique_ptr<Unpacker> openDeflated(const std::filesystem::path& file, Packing packing) {
+    return std::make_unique<Deflated>(file, packing);
+}
+
 std::unique_ptr<Unpacker> openPacked(const std::filesystem::path& file, Packing packing) {
     switch (packing) {
         case Packing::Plain:
@@ -128,8 +139,10 @@ std::unique_ptr<Unpacker> openPacked(const std::filesystem::path& file, Packing 
         case Packing::Bzip2:
         case Packing::Zip:
             return openArchive(file, packing);
+        case Packing::Gzip:
+            return openGzip(file);
         default:
-            return std::make_unique<Deflated>(file, packing);
+            return openDeflated(file, packing);
     }
 }
 

@@ -29,6 +29,8 @@ public:
 
 protected:
     void damaged(std::string_view what);
+    /// As damaged, with a sentence that has its position already.
+    void isDamaged(const std::string& sentence);
 
 private:
     std::string reason;
@@ -39,5 +41,11 @@ std::unique_ptr<Unpacker> openPacked(const std::filesystem::path& file, Packing 
 
 /// zip, and files in one bzip2 stream or several.
 std::unique_ptr<Unpacker> openArchive(const std::filesystem::path& file, Packing packing);
+
+/// gzip of one member or several, zlib, and deflate without a head, by zlib.
+std::unique_ptr<Unpacker> openDeflated(const std::filesystem::path& file, Packing packing);
+
+/// gzip, by the fastest way that was there when the library was built.
+std::unique_ptr<Unpacker> openGzip(const std::filesystem::path& file);
 
 }  // namespace velmorak::io
