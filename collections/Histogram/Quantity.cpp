@@ -79,15 +79,4 @@ InputSpec weightInput() {
             .type = ValueType::Text};
 }
 
-std::string expressionRefusal(const std::string& text) {
-    if (text.empty())
-        return {};
-    try {
-        namesIn(text);
-        return {};
-    } catch (const Failure& failure) {
-        return failure.what();
-    }
-}
-
 }  // namespace velmorak

@@ -37,7 +37,4 @@ private:
 InputSpec expressionInput();
 InputSpec weightInput();
 
-/// @return an empty text, or the mistake in the expression. An empty expression is no mistake yet.
-std::string expressionRefusal(const std::string& text);
-
 }  // namespace velmorak

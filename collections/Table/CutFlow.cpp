@@ -2,7 +2,8 @@
 
 #include "Condition.h"
 #include "Cuts.h"
-#include "Parameters.h"
+
+#include <velmorak/NamedNumbers.h>
 
 #include <algorithm>
 #include <cmath>
@@ -14,8 +15,32 @@ namespace velmorak {
 
 namespace {
 
-std::vector<std::string> ownInputs() {
-    return {"table", "cuts", "weight", "file", "parameters"};
+std::vector<InputSpec> ownInputs() {
+    return {
+        {.name = "table", .description = "Table whose rows are judged.", .type = ValueType::Table},
+        {.name = "cuts",
+         .description = "Cuts in their order, one a line or separated by semicolons, each as name: condition, for "
+                        "example trigger: pt > 20; central: abs(eta) < 2.4. A name that is no column is a number that "
+                        "comes by an input of that name.",
+         .type = ValueType::Text},
+        {.name = "weight", .description = "Expression for the weight of a row. Empty: 1.", .type = ValueType::Text},
+        {.name = "file",
+         .description = "File in the results folder that the counts are written to. Empty: none.",
+         .type = ValueType::Text},
+    };
+}
+
+NamedNumbers numbersOf(const std::string& cuts, const std::string& weight) {
+    std::vector<NamedNumbers::Text> texts;
+    for (const Cut& cut : cutsIn(cuts))
+        texts.push_back({"cuts", cut.condition});
+    texts.push_back({"weight", weight});
+    return {std::move(texts), ownInputs()};
+}
+
+std::string valueOr(const ValueTexts& values, const std::string& input) {
+    const auto found = values.find(input);
+    return found == values.end() ? std::string() : found->second;
 }
 
 /// Rows that came, in bin 0, and those left after each cut, in the bins that follow.
@@ -69,7 +94,8 @@ class FlowAccumulation : public Accumulation {
 public:
     FlowAccumulation(const Arguments& arguments, const Schema& schema, RunContext& runContext)
         : context(runContext), file(arguments.text("file")) {
-        const std::map<std::string, double> numbers = parameterNumbers(arguments, schema, ownInputs());
+        const std::map<std::string, double> numbers =
+            numbersOf(arguments.text("cuts"), arguments.text("weight")).values(arguments, schema, context);
         for (const Cut& cut : cutsIn(arguments.text("cuts"))) {
             names.push_back(cut.name);
             cuts.emplace_back("cuts", cut.condition, schema, numbers);
@@ -139,19 +165,9 @@ std::string CutFlowKind::summary() const {
 
 Ports CutFlowKind::ports(const ValueTexts& values) const {
     Ports ports;
-    ports.inputs = {
-        {.name = "table", .description = "Table whose rows are judged.", .type = ValueType::Table},
-        {.name = "cuts",
-         .description = "Cuts in their order, one a line or separated by semicolons, each as name: condition, for "
-                        "example trigger: pt > 20; central: abs(eta) < 2.4.",
-         .type = ValueType::Text},
-        {.name = "weight", .description = "Expression for the weight of a row. Empty: 1.", .type = ValueType::Text},
-        {.name = "file",
-         .description = "File in the results folder that the counts are written to. Empty: none.",
-         .type = ValueType::Text},
-        parameterListInput(),
-    };
-    addParameterInputs(ports, values);
+    ports.inputs = ownInputs();
+    for (InputSpec& input : numbersOf(valueOr(values, "cuts"), valueOr(values, "weight")).inputs())
+        ports.inputs.push_back(std::move(input));
     ports.outputs = {
         {.name = "rows", .description = "Number of rows that pass all cuts.", .type = ValueType::Number},
         {.name = "weights",
@@ -172,8 +188,6 @@ Ports CutFlowKind::ports(const ValueTexts& values) const {
 std::string CutFlowKind::refusal(const std::string& input, const std::string& value) const {
     if (input == "weight")
         return expressionRefusal(value);
-    if (input == "parameters")
-        return parameterRefusal(value, ownInputs());
     if (input != "cuts")
         return {};
     for (const Cut& cut : cutsIn(value)) {

@@ -1,7 +1,8 @@
 #include "Filter.h"
 
 #include "Condition.h"
-#include "Parameters.h"
+
+#include <velmorak/NamedNumbers.h>
 
 #include <utility>
 
@@ -9,8 +10,20 @@ namespace velmorak {
 
 namespace {
 
-std::vector<std::string> ownInputs() {
-    return {"table", "condition", "parameters"};
+std::vector<InputSpec> ownInputs() {
+    return {
+        {.name = "table", .description = "Table whose rows are judged.", .type = ValueType::Table},
+        {.name = "condition",
+         .description =
+             "Expression of the columns, for example pt > 20 and abs(eta) < 2.4. A number counts as true when "
+             "it is neither 0 nor NaN. A name that is no column is a number that comes by an input of that name.",
+         .type = ValueType::Text,
+         .value = "true"},
+    };
+}
+
+NamedNumbers numbersOf(const std::string& condition) {
+    return {{{"condition", condition}}, ownInputs()};
 }
 
 class FilterOperation : public RowOperation {
@@ -34,36 +47,26 @@ std::string FilterKind::summary() const {
 
 Ports FilterKind::ports(const ValueTexts& values) const {
     Ports ports;
-    ports.inputs = {
-        {.name = "table", .description = "Table whose rows are judged.", .type = ValueType::Table},
-        {.name = "condition",
-         .description =
-             "Expression of the columns, for example pt > 20 and abs(eta) < 2.4. A number counts as true when "
-             "it is neither 0 nor NaN.",
-         .type = ValueType::Text,
-         .value = "true"},
-        parameterListInput(),
-    };
-    addParameterInputs(ports, values);
+    ports.inputs = ownInputs();
+    if (const auto condition = values.find("condition"); condition != values.end())
+        for (InputSpec& input : numbersOf(condition->second).inputs())
+            ports.inputs.push_back(std::move(input));
     ports.outputs = {
         {.name = "table", .description = "The rows that passed, with all their columns.", .type = ValueType::Table}};
     return ports;
 }
 
 std::string FilterKind::refusal(const std::string& input, const std::string& value) const {
-    if (input == "condition")
-        return expressionRefusal(value);
-    if (input == "parameters")
-        return parameterRefusal(value, ownInputs());
-    return {};
+    return input == "condition" ? expressionRefusal(value) : std::string();
 }
 
-std::unique_ptr<RowOperation> FilterKind::prepare(const Arguments& arguments, const Schema& schema, RunContext&) const {
+std::unique_ptr<RowOperation> FilterKind::prepare(const Arguments& arguments, const Schema& schema,
+                                                  RunContext& context) const {
     const std::string& condition = arguments.text("condition");
     if (condition.empty())
         throw Failure("condition", "there is no condition to judge the rows by");
     return std::make_unique<FilterOperation>(
-        schema, Condition("condition", condition, schema, parameterNumbers(arguments, schema, ownInputs())));
+        schema, Condition("condition", condition, schema, numbersOf(condition).values(arguments, schema, context)));
 }
 
 }  // namespace velmorak

@@ -1,8 +1,7 @@
 #include "Formula.h"
 
-#include "Parameters.h"
-
 #include <velmorak/Expression.h>
+#include <velmorak/NamedNumbers.h>
 
 #include <utility>
 
@@ -10,8 +9,25 @@ namespace velmorak {
 
 namespace {
 
-std::vector<std::string> ownInputs() {
-    return {"table", "column", "expression", "unit", "parameters"};
+std::vector<InputSpec> ownInputs() {
+    return {
+        {.name = "table", .description = "Table whose columns the expression uses.", .type = ValueType::Table},
+        {.name = "column",
+         .description = "Name of the new column, one word. A column of that name is replaced in its place.",
+         .type = ValueType::Text,
+         .value = "result"},
+        {.name = "expression",
+         .description = "Formula of the columns, for example sqrt(px*px + py*py); evaluated for each row. A name that "
+                        "is no column is a number that comes by an input of that name.",
+         .type = ValueType::Text},
+        {.name = "unit",
+         .description = "Unit of the new column, for example GeV; shown on axes. Nothing is converted.",
+         .type = ValueType::Text},
+    };
+}
+
+NamedNumbers numbersOf(const std::string& expression) {
+    return {{{"expression", expression}}, ownInputs()};
 }
 
 /// A column of the new one's name is replaced where it stands; else the new one comes last.
@@ -42,8 +58,7 @@ private:
 };
 
 std::string columnRefusal(const std::string& column) {
-    // "e" and "pi" are constants only where no column has the name.
-    if (column.empty() || column == "e" || column == "pi" || isColumnName(column))
+    if (column.empty() || isColumnName(column))
         return {};
     return "\"" + column + "\" cannot be the name of a column: no expression could use it.";
 }
@@ -56,21 +71,10 @@ std::string FormulaKind::summary() const {
 
 Ports FormulaKind::ports(const ValueTexts& values) const {
     Ports ports;
-    ports.inputs = {
-        {.name = "table", .description = "Table whose columns the expression uses.", .type = ValueType::Table},
-        {.name = "column",
-         .description = "Name of the new column, one word. A column of that name is replaced in its place.",
-         .type = ValueType::Text,
-         .value = "result"},
-        {.name = "expression",
-         .description = "Formula of the columns, for example sqrt(px*px + py*py); evaluated for each row.",
-         .type = ValueType::Text},
-        {.name = "unit",
-         .description = "Unit of the new column, for example GeV; shown on axes. Nothing is converted.",
-         .type = ValueType::Text},
-        parameterListInput(),
-    };
-    addParameterInputs(ports, values);
+    ports.inputs = ownInputs();
+    if (const auto expression = values.find("expression"); expression != values.end())
+        for (InputSpec& input : numbersOf(expression->second).inputs())
+            ports.inputs.push_back(std::move(input));
     ports.outputs = {{.name = "table", .description = "The table with the new column.", .type = ValueType::Table}};
     return ports;
 }
@@ -80,21 +84,20 @@ std::string FormulaKind::refusal(const std::string& input, const std::string& va
         return expressionRefusal(value);
     if (input == "column")
         return columnRefusal(value);
-    if (input == "parameters")
-        return parameterRefusal(value, ownInputs());
     return {};
 }
 
 std::unique_ptr<RowOperation> FormulaKind::prepare(const Arguments& arguments, const Schema& schema,
-                                                   RunContext&) const {
+                                                   RunContext& context) const {
     const std::string& column = arguments.text("column");
     if (column.empty())
         throw Failure("column", "the new column has no name");
     if (std::string reason = columnRefusal(column); !reason.empty())
         throw Failure("column", reason);
-    if (arguments.text("expression").empty())
+    const std::string& text = arguments.text("expression");
+    if (text.empty())
         throw Failure("expression", "there is no expression to compute the column from");
-    Expression expression(arguments.text("expression"), schema, parameterNumbers(arguments, schema, ownInputs()));
+    Expression expression(text, schema, numbersOf(text).values(arguments, schema, context));
     return std::make_unique<FormulaOperation>(schema, std::move(expression), column, arguments.text("unit"));
 }
 

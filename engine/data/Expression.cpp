@@ -244,4 +244,15 @@ std::vector<std::string> namesIn(std::string_view text) {
     return names;
 }
 
+std::string expressionRefusal(std::string_view text) {
+    if (text.empty())
+        return {};
+    try {
+        expression::parse(text);
+        return {};
+    } catch (const Failure& failure) {
+        return failure.what();
+    }
+}
+
 }  // namespace velmorak

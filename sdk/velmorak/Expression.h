@@ -40,4 +40,7 @@ private:
 /// @throws Failure when the text is no expression.
 std::vector<std::string> namesIn(std::string_view text);
 
+/// @return an empty text, or the mistake in the expression. An empty expression is no mistake yet.
+std::string expressionRefusal(std::string_view text);
+
 }  // namespace velmorak

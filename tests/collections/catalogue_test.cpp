@@ -40,7 +40,7 @@ std::vector<std::string> kindNames() {
 TEST(Catalogue, offersTheKindsByGroup) {
     using Names = std::vector<std::string>;
     const std::map<std::string, Names> wanted = {
-        {"Arithmetic", {"Number", "Adder", "Multiplier"}},
+        {"Arithmetic", {"Number", "Text", "Adder", "Subtractor", "Multiplier", "Divider", "Function"}},
         {"Data",
          {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "RandomTable"}},
         {"Histogram", {"Histogram1D", "Statistics"}},
@@ -107,7 +107,7 @@ TEST(Catalogue, everyKindInputAndOutputIsDescribed) {
     for (const auto& group : shippedGroups())
         for (const auto& kind : group.kinds) {
             expectSentence(kind->summary(), kind->name());
-            const Ports ports = kind->ports({{"count", "2"}, {"objects", "2"}, {"parameters", "cut"}});
+            const Ports ports = kind->ports({{"count", "2"}, {"objects", "2"}, {"expression", "a + cut"}, {"condition", "a > cut"}});
             for (const InputSpec& input : ports.inputs)
                 expectSentence(input.description, kind->name() + "." + input.name);
             for (const OutputSpec& output : ports.outputs)

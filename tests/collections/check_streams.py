@@ -45,7 +45,7 @@ def document():
             plugin("Rows", "AidaTable", file="rows.aida"),
             plugin("Twice", "Formula", table=["Rows", "table"], column="y", expression="2 * x"),
             plugin("Mean", "Statistics", data=["Twice", "table"], expression="x"),
-            plugin("Above", "Filter", table=["Twice", "table"], parameters="mean", mean=["Mean", "mean"],
+            plugin("Above", "Filter", table=["Twice", "table"], mean=["Mean", "mean"],
                    condition="x > mean"),
             plugin("All", "Histogram1D", table=["Twice", "table"], expression="y", bins="100", low="0", high="2600"),
             plugin("Upper", "Histogram1D", table=["Above", "table"], expression="y", bins="100", low="0", high="2600"),

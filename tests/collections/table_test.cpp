@@ -55,37 +55,84 @@ TEST(Formula, chunksKeepTheirNumberAndFirstRow) {
     EXPECT_EQ(bench.table().chunks.at(1).firstRow, 2U);
 }
 
-TEST(Formula, parametersAreInputsThatAWireCanFeed) {
+TEST(Formula, hasANumberInputForEachBareName) {
     Bench bench("Formula");
-    bench.set("column", "y").set("expression", "slope * x + offset").set("parameters", "slope, offset");
+    bench.set("column", "y").set("expression", "slope * x + offset + `x` + pi");
     EXPECT_EQ(inputNames(bench.ports()),
-              (std::vector<std::string>{"table", "column", "expression", "unit", "parameters", "slope", "offset"}));
-    bench.set("offset", "0.5").wire("slope", 2.0).wire("table", tableOf({{"x", {1, 2}}}, 2)).run();
+              (std::vector<std::string>{"table", "column", "expression", "unit", "slope", "x", "offset"}));
+    for (std::size_t i = 4; i < 7; ++i) {
+        EXPECT_EQ(bench.ports().inputs[i].type, ValueType::Number);
+        EXPECT_TRUE(bench.ports().inputs[i].isOptional);
+        EXPECT_EQ(bench.ports().inputs[i].value, "");
+    }
+    bench.set("offset", "0.5").wire("slope", 2.0).wire("table", tableOf({{"x", {1, 2}}}, 2));
+    bench.set("expression", "slope * x + offset").run();
     EXPECT_EQ(bench.table().column("y"), (Reals{2.5, 4.5}));
 }
 
 TEST(Formula, portsThatStayKeepTheirPlace) {
     const Kind& formula = test::shippedKind("Formula");
     const Ports without = formula.ports({});
-    const Ports with = formula.ports({{"parameters", "a b"}});
+    const Ports one = formula.ports({{"expression", "a + 1"}});
+    const Ports two = formula.ports({{"expression", "a + b"}});
+    EXPECT_EQ(two.inputs.size(), without.inputs.size() + 2);
     for (std::size_t i = 0; i < without.inputs.size(); ++i)
-        EXPECT_EQ(with.inputs[i].name, without.inputs[i].name);
-    EXPECT_EQ(with.inputs.size(), without.inputs.size() + 2);
+        EXPECT_EQ(two.inputs[i].name, without.inputs[i].name);
+    for (std::size_t i = 0; i < one.inputs.size(); ++i)
+        EXPECT_EQ(two.inputs[i].name, one.inputs[i].name);
 }
 
-TEST(Formula, anUnusableListOfParametersGivesNoPortsButDoesNoHarm) {
+TEST(Formula, aMistakenExpressionGivesNoPortsButDoesNoHarm) {
     const Kind& formula = test::shippedKind("Formula");
-    EXPECT_EQ(formula.ports({{"parameters", "1x, table, a, a, ((("}}).inputs.size(),
-              formula.ports({}).inputs.size() + 1);
+    EXPECT_EQ(formula.ports({{"expression", "a + ((("}}).inputs.size(), formula.ports({}).inputs.size());
+    std::string many = "0";
+    for (int i = 0; i < 500; ++i)
+        many += "+a" + std::to_string(i);
+    EXPECT_EQ(formula.ports({{"expression", many}}).inputs.size(), formula.ports({}).inputs.size() + 64);
 }
 
-TEST(Formula, refusesParametersThatNoExpressionCouldUse) {
-    const Kind& formula = test::shippedKind("Formula");
-    EXPECT_EQ(formula.refusal("parameters", ""), "");
-    EXPECT_EQ(formula.refusal("parameters", "ptMin etaMax"), "");
-    for (const std::string list : {"2pt", "a a", "table", "true", "a-b", "expression"})
-        EXPECT_NE(formula.refusal("parameters", list), "") << list;
-    EXPECT_NE(formula.refusal("parameters", "a b c d e f g h i j k l m n o p q"), "");
+TEST(Formula, aNameThatIsAColumnIsTheColumnAndANumberThereIsWarnedAbout) {
+    Bench bench("Formula");
+    bench.set("column", "y").set("expression", "x * x + cut").set("x", "7").set("cut", "1");
+    bench.expectWarnings().wire("table", tableOf({{"x", {1, 2}}}, 1)).run();
+    EXPECT_EQ(bench.table().column("y"), (Reals{2, 5}));
+    ASSERT_EQ(bench.warnings().size(), 1U);
+    EXPECT_EQ(bench.warnings()[0], "the number at input \"x\" is not used: the table has a column of that name");
+}
+
+TEST(Formula, aNameThatIsNeitherColumnNorNumberIsShown) {
+    Bench bench("Formula");
+    bench.set("column", "y").set("expression", "2 * energi").wire("table", tableOf({{"energy", {1}}}, 1));
+    EXPECT_EQ(bench.failure(),
+              "expression: there is no column \"energi\", and no number at an input of that name; did you mean "
+              "\"energy\"?\n  2 * energi\n      ^");
+}
+
+TEST(Formula, theNameOfAnInputThatItHasAnywayIsAColumn) {
+    Bench bench("Formula");
+    bench.set("column", "y").set("expression", "unit + table");
+    EXPECT_EQ(bench.ports().inputs.size(), 4U);
+    bench.wire("table", tableOf({{"unit", {1}}, {"table", {2}}}, 1)).run();
+    EXPECT_EQ(bench.table().column("y"), (Reals{3}));
+    bench.wire("table", tableOf({{"unit", {1}}}, 1));
+    EXPECT_NE(bench.failure().find("there is no column \"table\", and no number can have the name, which an input"),
+              std::string::npos)
+        << bench.failure();
+}
+
+TEST(Formula, anExpressionThatCameByWireHasColumnsOnly) {
+    Bench bench("Formula");
+    bench.set("column", "y").set("expression", "a").set("a", "5").wire("expression", std::string("2 * x"));
+    bench.wire("table", tableOf({{"x", {1}}}, 1)).run();
+    EXPECT_EQ(bench.table().column("y"), (Reals{2}));
+    EXPECT_NE(bench.wire("expression", std::string("a")).failure().find("no number at an input"), std::string::npos);
+}
+
+TEST(Formula, aNumberThatIsNanIsANumber) {
+    Bench bench("Formula");
+    bench.set("column", "y").set("expression", "isnan(cut) + x").wire("cut", nan);
+    bench.wire("table", tableOf({{"x", {1}}}, 1)).run();
+    EXPECT_EQ(bench.table().column("y"), (Reals{2}));
 }
 
 TEST(Formula, refusesMistakesWhenTheValueIsSet) {
@@ -95,6 +142,8 @@ TEST(Formula, refusesMistakesWhenTheValueIsSet) {
     EXPECT_NE(formula.refusal("expression", "a +"), "");
     EXPECT_NE(formula.refusal("column", "two words"), "");
     EXPECT_EQ(formula.refusal("column", "twoWords"), "");
+    EXPECT_EQ(formula.refusal("column", "e"), "");
+    EXPECT_NE(formula.refusal("column", "true"), "");
 }
 
 TEST(Formula, saysWhatIsMissing) {
@@ -103,18 +152,6 @@ TEST(Formula, saysWhatIsMissing) {
     EXPECT_TRUE(bench.failure().starts_with("expression: ")) << bench.failure();
     EXPECT_NE(bench.set("expression", "2 * nothing").failure().find("nothing"), std::string::npos);
     EXPECT_TRUE(bench.set("expression", "x").set("column", "").failure().starts_with("column: "));
-}
-
-TEST(Formula, aParameterThatIsAlsoAColumnIsAFailure) {
-    Bench bench("Formula");
-    bench.set("expression", "x").set("parameters", "x").wire("table", tableOf({{"x", {1}}}, 2));
-    EXPECT_TRUE(bench.failure().starts_with("parameters: ")) << bench.failure();
-}
-
-TEST(Formula, theListOfParametersCannotComeByWire) {
-    Bench bench("Formula");
-    bench.set("expression", "x").wire("parameters", std::string("a")).wire("table", tableOf({{"x", {1}}}, 2));
-    EXPECT_TRUE(bench.failure().starts_with("parameters: ")) << bench.failure();
 }
 
 TEST(Filter, keepsTheRowsThatPass) {
@@ -155,7 +192,7 @@ TEST(Filter, mayLetNothingPass) {
 
 TEST(Filter, theCutCanComeByWire) {
     Bench bench("Filter");
-    bench.set("condition", "x > cut").set("parameters", "cut").wire("cut", 1.5);
+    bench.set("condition", "x > cut").wire("cut", 1.5);
     bench.wire("table", tableOf({{"x", {1, 2, 3}}}, 2)).run();
     EXPECT_EQ(bench.table().column("x"), (Reals{2, 3}));
 }

@@ -172,6 +172,19 @@ TEST(CutFlow, colonsAndSemicolonsInsideOfAConditionStay) {
     EXPECT_NE(bench.text("text").find("quoted\t1\t"), std::string::npos);
 }
 
+TEST(CutFlow, namesInCutsAndWeightAreInputs) {
+    Bench bench("CutFlow");
+    bench.set("cuts", "a: x > low; b: x < high").set("weight", "scale * low");
+    std::vector<std::string> names;
+    for (const InputSpec& input : bench.ports().inputs)
+        names.push_back(input.name);
+    EXPECT_EQ(names, (std::vector<std::string>{"table", "cuts", "weight", "file", "x", "low", "high", "scale"}));
+    bench.set("low", "1").wire("high", 4.0).set("scale", "2");
+    bench.wire("table", tableOf({{"x", {1, 2, 3, 4}}}, 3)).run();
+    EXPECT_EQ(bench.number("rows"), 2.0);
+    EXPECT_EQ(bench.number("weights"), 4.0);
+}
+
 TEST(CutFlow, mistakesAreRefused) {
     const Kind& flow = test::shippedKind("CutFlow");
     EXPECT_EQ(flow.refusal("cuts", "good: x > 1; bad:"), "Cut \"bad\" has no condition.");

@@ -1,0 +1,64 @@
+#include "FunctionKind.h"
+
+#include <velmorak/Expression.h>
+#include <velmorak/NamedNumbers.h>
+
+namespace velmorak {
+
+namespace {
+
+std::vector<InputSpec> ownInputs() {
+    return {{.name = "expression",
+             .description = "Formula of numbers, for example passed / all. Each name in it is an input that can be "
+                            "written or wired.",
+             .type = ValueType::Text}};
+}
+
+NamedNumbers numbersOf(const std::string& expression) {
+    return {{{"expression", expression}}, ownInputs()};
+}
+
+/// A single row suffices, and has no columns: all names are numbers.
+double valueOf(const Expression& expression, const std::string& text) {
+    if (expression.type() == ColumnType::Text)
+        throw Failure("expression", "\"" + text + "\" is a text, not a number");
+    Chunk row;
+    row.rows = 1;
+    return asReals(expression.evaluate(row))->reals().front();
+}
+
+}  // namespace
+
+std::string FunctionKind::summary() const {
+    return "Computes a number from an expression of other numbers.";
+}
+
+std::string FunctionKind::notes() const {
+    return "The language is that of [expressions](../expressions.md). A name between back quotes, and the name "
+           "`expression`, get no input and cannot be used. True gives 1 and false 0.";
+}
+
+Ports FunctionKind::ports(const ValueTexts& values) const {
+    Ports ports;
+    ports.inputs = ownInputs();
+    if (const auto expression = values.find("expression"); expression != values.end())
+        for (InputSpec& input : numbersOf(expression->second).inputs())
+            ports.inputs.push_back(std::move(input));
+    ports.outputs = {{.name = "value", .description = "What the expression gives, in the unit that it has."}};
+    return ports;
+}
+
+std::string FunctionKind::refusal(const std::string& input, const std::string& value) const {
+    return input == "expression" ? expressionRefusal(value) : std::string();
+}
+
+void FunctionKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
+    const std::string& text = arguments.text("expression");
+    if (text.empty())
+        throw Failure("expression", "there is no expression to compute");
+    const Schema noColumns;
+    const Expression expression(text, noColumns, numbersOf(text).values(arguments, noColumns, context));
+    results.set("value", valueOf(expression, text));
+}
+
+}  // namespace velmorak
