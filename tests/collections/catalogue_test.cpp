@@ -107,7 +107,8 @@ TEST(Catalogue, everyKindInputAndOutputIsDescribed) {
     for (const auto& group : shippedGroups())
         for (const auto& kind : group.kinds) {
             expectSentence(kind->summary(), kind->name());
-            const Ports ports = kind->ports({{"count", "2"}, {"objects", "2"}, {"expression", "a + cut"}, {"condition", "a > cut"}});
+            const Ports ports =
+                kind->ports({{"count", "2"}, {"objects", "2"}, {"expression", "a + cut"}, {"condition", "a > cut"}});
             for (const InputSpec& input : ports.inputs)
                 expectSentence(input.description, kind->name() + "." + input.name);
             for (const OutputSpec& output : ports.outputs)
