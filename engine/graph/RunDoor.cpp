@@ -8,7 +8,7 @@
 
 namespace velmorak {
 
-RunDoor::RunDoor() : runner(std::cerr, isatty(STDERR_FILENO) == 1) {
+RunDoor::RunDoor() : runner(std::cerr, isatty(STDERR_FILENO) == 1, storePlaceOfEnvironment()) {
     runner.explain(true);
 }
 

@@ -69,6 +69,7 @@ Pipeline pipelineOf(const QzManager& manager) {
         resultsFolder = owner.resultsFolder;
         made.commandLineAida = owner.commandLineAida;
     }
+    made.document = document;
     made.documentFolder = document.parent_path();
     made.resultsFolder = resultsFolder.empty() ? resultsFolderOf(document, owner.catalogue) : resultsFolder;
     return made;

@@ -1,5 +1,7 @@
 #include "ContentKeys.h"
 
+#include "KindBuild.h"
+
 namespace velmorak {
 namespace {
 
@@ -31,6 +33,7 @@ std::optional<Digest> keyOf(const RunState& state, std::size_t position,
     digester.addText(node.name);
     digester.addText(node.kindName);
     digester.addNumber(static_cast<std::uint64_t>(node.kind->version()));
+    digester.addText(buildOf(*node.kind));
     for (const PipelineInput& input : node.inputs) {
         digester.addText(input.spec.name);
         digester.addNumber(static_cast<std::uint64_t>(input.wire ? Part::Wire : Part::Value));

@@ -9,8 +9,8 @@
 
 namespace velmorak {
 
-Execution::Execution(RunState& state, const Memory& memory, std::size_t threads)
-    : state(state), memory(memory), threads(threads), keeper(state, memory.store, memory.digests) {
+Execution::Execution(RunState& state, RunMemory& memory, bool explains, std::size_t threads)
+    : state(state), memory(memory), explains(explains), threads(threads), keeper(state, memory.store, memory.digests) {
     state.around.recorder = [this](const PipelineNode& node) {
         return recordOf(this->state, this->keeper, static_cast<std::size_t>(&node - this->state.pipeline.nodes.data()));
     };
@@ -21,6 +21,7 @@ RunReport Execution::run() {
     settleObjections();
     memory.history.explain(state, keeper);
     sayReasons();
+    memory.writeDown(memory.history.ifInterrupted(state));
     do {
         sweep();
         keeper.keepFinished();
@@ -28,6 +29,7 @@ RunReport Execution::run() {
     settleRest();
     keeper.keepFinished();
     memory.history.remember(state, keeper);
+    memory.writeDown(memory.history);
     RunReport report;
     for (NodeRun& run : state.runs) {
         report.wasStopped = report.wasStopped || run.report.outcome == Outcome::Unfinished;
@@ -65,15 +67,15 @@ bool Execution::reuse(std::size_t position) {
     if (isStream && isWanted(position)) {
         return false;  // Its rows are not kept.
     }
-    if (isStream && !state.plan.consumers(position).empty()) {
+    if (!keeper.reuse(position) && isStream && !state.plan.consumers(position).empty()) {
         state.finish(position, Outcome::Reused, state.runs[position].report.outputs);
-        return true;  // All that was made from its rows is still right.
+        // All that was made from its rows is still right.
     }
-    return keeper.reuse(position);
+    return state.runs[position].isSettled;
 }
 
 void Execution::sayReasons() {
-    for (std::size_t i = 0; memory.explains && i < state.runs.size(); ++i) {
+    for (std::size_t i = 0; explains && i < state.runs.size(); ++i) {
         const NodeRun& run = state.runs[i];
         if (!run.report.reason.empty() && run.report.outcome != Outcome::Failed) {
             const bool isReused = run.report.outcome == Outcome::Reused;
@@ -131,6 +133,7 @@ void Execution::evaluate(std::size_t position) {
     } else {
         state.finish(position, Outcome::Done, results.values());
     }
+    keeper.keepFinished();  // What comes next may take long, and the program may be killed.
 }
 
 void Execution::evaluateFunction(const Function& function, std::size_t position, NodeResults& results) {

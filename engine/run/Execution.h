@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Keeper.h"
-#include "Reasons.h"
+#include "RunMemory.h"
 #include "RunState.h"
 #include "StreamPass.h"
 
@@ -11,19 +11,12 @@
 
 namespace velmorak {
 
-/// What a runner remembers from run to run.
-struct Memory {
-    ResultStore& store;
-    FileDigests& digests;
-    History& history;
-    bool explains = false;  ///< Reasons are said.
-};
-
 /// One run of a pipeline, from what is needed to what is kept.
 class Execution {
 public:
-    /// @param state and what memory refers to outlive this.
-    Execution(RunState& state, const Memory& memory, std::size_t threads);
+    /// @param state and memory outlive this.
+    /// @param explains reasons are said.
+    Execution(RunState& state, RunMemory& memory, bool explains, std::size_t threads);
 
     RunReport run();
 
@@ -48,7 +41,8 @@ private:
     void settleRest();
 
     RunState& state;
-    Memory memory;
+    RunMemory& memory;
+    bool explains;
     std::size_t threads;
     Keeper keeper;
 };

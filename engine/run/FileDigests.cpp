@@ -1,15 +1,21 @@
 #include "FileDigests.h"
 
+#include "../data/Bytes.h"
+
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
+#include <utility>
 #include <vector>
 
 namespace velmorak {
 namespace {
 
 constexpr std::int64_t nsPerSecond = 1'000'000'000;
+constexpr std::uint64_t mark = 0x31'4d'55'53'6b'6c'65'56;
+constexpr std::size_t mostKnown = 10000;
 constexpr std::size_t blockBytes = std::size_t{1} << 18;
 
 std::int64_t nanoseconds(const timespec& time) {
@@ -55,24 +61,65 @@ bool hasSameContent(const FileStamp& one, const FileStamp& other) {
     return renamed == other;
 }
 
+std::optional<Digest> FileDigests::recall(const std::filesystem::path& file, const FileStamp& stamp) {
+    const std::scoped_lock lock(mutex);
+    const auto found = known.find(file);
+    // File systems count time in steps of up to two seconds.
+    const bool isKnown = found != known.end() && found->second.stamp == stamp &&
+                         stamp.changedNs < found->second.readNs - 2 * nsPerSecond;
+    return isKnown ? std::optional(found->second.digest) : std::nullopt;
+}
+
 std::optional<Digest> FileDigests::of(const std::filesystem::path& file, const std::atomic<bool>& stopping) {
     const std::optional<FileStamp> stamp = stampOf(file);
     if (!stamp) {
         return std::nullopt;
     }
-    const auto found = known.find(file);
-    // File systems count time in steps of up to two seconds.
-    if (found != known.end() && found->second.stamp == *stamp &&
-        stamp->changedNs < found->second.readNs - 2 * nsPerSecond) {
-        return found->second.digest;
+    if (const std::optional<Digest> digest = recall(file, *stamp)) {
+        return digest;
     }
     const std::int64_t readNs = nowNs();
     const std::optional<Digest> digest = read(file, stopping);
     if (!digest || stampOf(file) != stamp) {
         return std::nullopt;
     }
+    const std::scoped_lock lock(mutex);
     known[file] = {*stamp, *digest, readNs};
+    hasChanged = true;
     return digest;
+}
+
+std::optional<std::string> FileDigests::changes() {
+    const std::scoped_lock lock(mutex);
+    if (!std::exchange(hasChanged, false)) {
+        return std::nullopt;
+    }
+    while (known.size() > mostKnown) {
+        known.erase(std::min_element(known.begin(), known.end(), [](const auto& one, const auto& other) {
+            return one.second.readNs < other.second.readNs;
+        }));
+    }
+    ByteWriter writer;
+    writer.number(mark);
+    writer.number<std::uint64_t>(known.size());
+    for (const auto& [file, content] : known) {
+        writer.list(file.string());
+        writer.number(content);
+    }
+    return writer.sealed();
+}
+
+void FileDigests::restore(const std::string& bytes) {
+    const std::scoped_lock lock(mutex);
+    try {
+        ByteReader reader(bytes, mark);
+        for (auto count = reader.number<std::uint64_t>(); count > 0; --count) {
+            auto file = reader.list<std::string>();
+            known.emplace(std::move(file), reader.number<Known>());
+        }
+    } catch (const std::invalid_argument&) {
+        hasChanged = true;  // The rest of it is not worth keeping.
+    }
 }
 
 }  // namespace velmorak

@@ -6,7 +6,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <mutex>
 #include <optional>
+#include <string>
 
 namespace velmorak {
 
@@ -30,10 +32,16 @@ std::optional<FileStamp> stampOf(const std::filesystem::path& file);
 
 /// Content sums of files. A file is read again only when its stamp has changed, or is so young that a change right
 /// after the reading could have left the stamp as it was.
+/// Threads: every operation may be called on any thread.
 class FileDigests {
 public:
     /// @return nothing when the file cannot be read, changes meanwhile, or stopping is set first.
     std::optional<Digest> of(const std::filesystem::path& file, const std::atomic<bool>& stopping);
+
+    /// What is known, for a later program. @return nothing when it is what restore was given.
+    std::optional<std::string> changes();
+    /// Takes in what changes gave, as far as nothing newer is known. Anything else is ignored.
+    void restore(const std::string& bytes);
 
 private:
     struct Known {
@@ -42,7 +50,11 @@ private:
         std::int64_t readNs = 0;  ///< When the reading began.
     };
 
+    std::optional<Digest> recall(const std::filesystem::path& file, const FileStamp& stamp);
+
+    std::mutex mutex;
     std::map<std::filesystem::path, Known> known;
+    bool hasChanged = false;
 };
 
 }  // namespace velmorak

@@ -28,6 +28,7 @@ bool Keeper::reuse(std::size_t position) {
     }
     isSeen[position] = true;
     files[position] = std::move(stored->files);
+    asked[position] = std::move(stored->asked);
     written[position] = std::move(stored->written);
     state.finish(position, Outcome::Reused, std::move(stored->outputs));
     return true;
@@ -79,7 +80,7 @@ void Keeper::keep(std::size_t position) {
     if (!isComplete || !hasFiles || !keys[position] || state.hasFailed(position) || !gatherWritten(position)) {
         return;
     }
-    store.keep(number, *keys[position], {run.report.outputs, *files[position], written[position]});
+    store.keep(number, *keys[position], {run.report.outputs, *files[position], asked[position], written[position]});
 }
 
 bool Keeper::gatherFiles(std::size_t position) {

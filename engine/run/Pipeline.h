@@ -36,6 +36,8 @@ struct Pipeline {
     std::filesystem::path documentFolder;   ///< Where relative input files are looked for first; may be empty.
     std::filesystem::path resultsFolder;    ///< Made when the first result is written.
     std::filesystem::path commandLineAida;  ///< Empty when none was given.
+    std::filesystem::path document{};       ///< Its file; empty for one that was never saved.
+    std::string documentText{};             ///< What would be saved now.
 };
 
 }  // namespace velmorak

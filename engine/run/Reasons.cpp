@@ -1,11 +1,17 @@
 #include "Reasons.h"
 
+#include "StoreBytes.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
 
 namespace velmorak {
 namespace {
+
+constexpr const char* unfinished = "it was not finished in the run before";
+
+constexpr std::uint64_t mark = 0x31'54'53'48'6b'6c'65'56;
 
 std::string quoted(const std::string& text) {
     return "\"" + text + "\"";
@@ -114,6 +120,18 @@ std::string History::lossOf(const RunState& state, std::size_t position, Keeper&
     return firstChange(before.written, [&](const NamedFile& file) { return keeper.resultContentOf(*file); });
 }
 
+History History::ifInterrupted(const RunState& state) const {
+    History expected = *this;
+    for (std::size_t position = 0; position < state.runs.size(); ++position) {
+        if (state.runs[position].isNeeded && !state.runs[position].isSettled) {
+            Record& record = expected.records[state.node(position).name];
+            record = recordOf(state, position);
+            record.sentence = unfinished;
+        }
+    }
+    return expected;
+}
+
 void History::remember(const RunState& state, const Keeper& keeper) {
     for (std::size_t position = 0; position < state.runs.size(); ++position) {
         const NodeRun& run = state.runs[position];
@@ -128,8 +146,49 @@ void History::remember(const RunState& state, const Keeper& keeper) {
         if (outcome == Outcome::Failed) {
             record.sentence = "it failed in the run before";
         } else if (outcome == Outcome::Unfinished) {
-            record.sentence = "it was not finished in the run before";
+            record.sentence = unfinished;
         }
+    }
+}
+
+std::string History::toBytes() const {
+    ByteWriter writer;
+    writer.number(mark);
+    writer.number<std::uint64_t>(records.size());
+    for (const auto& [plugin, record] : records) {
+        writer.list(plugin);
+        writer.list(record.kindName);
+        writer.number(record.version);
+        writer.number<std::uint64_t>(record.inputs.size());
+        for (const auto& [input, text] : record.inputs) {
+            writer.list(input);
+            writer.list(text);
+        }
+        addFiles(writer, record.asked);
+        addFiles(writer, record.written);
+        writer.list(record.sentence);
+    }
+    return writer.sealed();
+}
+
+void History::fromBytes(const std::string& bytes) {
+    records.clear();
+    try {
+        ByteReader reader(bytes, mark);
+        for (auto count = reader.number<std::uint64_t>(); count > 0; --count) {
+            Record& record = records[reader.list<std::string>()];
+            record.kindName = reader.list<std::string>();
+            record.version = reader.number<int>();
+            for (auto inputs = reader.number<std::uint64_t>(); inputs > 0; --inputs) {
+                const auto input = reader.list<std::string>();
+                record.inputs[input] = reader.list<std::string>();
+            }
+            record.asked = readFiles(reader);
+            record.written = readFiles(reader);
+            record.sentence = reader.list<std::string>();
+        }
+    } catch (const std::invalid_argument&) {
+        records.clear();
     }
 }
 

@@ -14,8 +14,15 @@ class History {
 public:
     /// Sets the reason of every plug-in that is about to be executed or was taken from the store.
     void explain(RunState& state, Keeper& keeper) const;
+    /// What is to be remembered when the run that is about to begin does not come to its end.
+    History ifInterrupted(const RunState& state) const;
     /// Takes in how the run has ended.
     void remember(const RunState& state, const Keeper& keeper);
+
+    /// All of it, for a later program.
+    std::string toBytes() const;
+    /// Takes the place of what is remembered. Anything but such bytes leaves nothing to remember.
+    void fromBytes(const std::string& bytes);
 
 private:
     struct Record {

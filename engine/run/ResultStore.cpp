@@ -1,6 +1,6 @@
 #include "ResultStore.h"
 
-#include <utility>
+#include "StoreBytes.h"
 
 namespace velmorak {
 namespace {
@@ -16,7 +16,7 @@ std::uint64_t ResultStore::beginRun() {
     return runs;
 }
 
-std::optional<StoredResult> ResultStore::find(const Digest& key) {
+std::optional<StoredResult> ResultStore::findInMemory(const Digest& key) {
     const std::scoped_lock lock(mutex);
     const auto found = entries.find(key);
     if (found == entries.end()) {
@@ -26,17 +26,48 @@ std::optional<StoredResult> ResultStore::find(const Digest& key) {
     return found->second.result;
 }
 
-void ResultStore::keep(std::uint64_t run, const Digest& key, StoredResult result) {
+std::optional<StoredResult> ResultStore::find(const Digest& key) {
+    if (std::optional<StoredResult> known = findInMemory(key)) {
+        return known;
+    }
+    const std::optional<std::string> bytes = disk.read(key);
+    std::optional<StoredResult> result = bytes ? storedResultFrom(*bytes) : std::nullopt;
+    if (result) {
+        const std::scoped_lock lock(mutex);
+        entries[key] = {*result, runs};
+    }
+    return result;
+}
+
+bool ResultStore::keepInMemory(std::uint64_t run, const Digest& key, const StoredResult& result) {
     const std::scoped_lock lock(mutex);
-    if (run >= firstRun) {
-        entries[key] = {std::move(result), runs};
+    if (run < firstRun) {
+        return false;
+    }
+    entries[key] = {result, runs};
+    return true;
+}
+
+void ResultStore::keep(std::uint64_t run, const Digest& key, const StoredResult& result) {
+    if (!keepInMemory(run, key, result)) {
+        return;
+    }
+    if (const std::optional<std::string> bytes = bytesOf(result)) {
+        disk.write(key, *bytes);
+    }
+    const std::scoped_lock lock(mutex);
+    if (run < firstRun) {
+        disk.remove(key);  // Cleared meanwhile.
     }
 }
 
 void ResultStore::clear() {
-    const std::scoped_lock lock(mutex);
-    entries.clear();
-    firstRun = runs + 1;
+    {
+        const std::scoped_lock lock(mutex);
+        entries.clear();
+        firstRun = runs + 1;
+    }
+    disk.clear();
 }
 
 }  // namespace velmorak

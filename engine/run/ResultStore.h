@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Digest.h"
+#include "DiskStore.h"
 #include "NodeContext.h"
 
 #include <velmorak/Value.h>
@@ -23,17 +23,21 @@ struct FileContent {
 struct StoredResult {
     std::vector<Value> outputs;
     std::vector<FileContent> files;    ///< Its own and those of all that is upstream of it.
+    std::vector<FileContent> asked;    ///< Its own only.
     std::vector<FileContent> written;  ///< Files that it left, by the names that it gave them.
 };
 
-/// Results by what they were made from. What the last runs neither used nor made is forgotten.
+/// Results by what they were made from: in memory, where what the last runs neither used nor made is forgotten, and on
+/// disk behind it.
 /// Threads: every operation may be called on any thread.
 class ResultStore {
 public:
+    explicit ResultStore(DiskStore& disk) : disk(disk) {}
+
     /// @return a number for keep: after clear, a run that had begun before keeps nothing.
     std::uint64_t beginRun();
     std::optional<StoredResult> find(const Digest& key);
-    void keep(std::uint64_t run, const Digest& key, StoredResult result);
+    void keep(std::uint64_t run, const Digest& key, const StoredResult& result);
     void clear();
 
 private:
@@ -42,6 +46,10 @@ private:
         std::uint64_t lastUse = 0;
     };
 
+    std::optional<StoredResult> findInMemory(const Digest& key);
+    bool keepInMemory(std::uint64_t run, const Digest& key, const StoredResult& result);
+
+    DiskStore& disk;
     std::mutex mutex;
     std::map<Digest, Entry> entries;
     std::uint64_t runs = 0;

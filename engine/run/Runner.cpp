@@ -44,15 +44,19 @@ bool RunReport::hasFailure() const {
 }
 
 struct Runner::Part {
-    Part(std::ostream& stream, bool isTerminal) : messages(stream, isTerminal) {}
+    Part(std::ostream& stream, bool isTerminal, const StorePlace& place)
+        : messages(stream, isTerminal),
+          memory(place, [this](const std::string& sentence) { messages.line(sentence); }) {
+        if (!place.complaint.empty()) {
+            messages.line(place.complaint);
+        }
+    }
 
     RunReport execute(const Pipeline& pipeline, const std::atomic<bool>& stopping);
     void summarise(const Pipeline& pipeline, const RunReport& report);
 
     Messages messages;
-    ResultStore store;
-    FileDigests digests;
-    History history;
+    RunMemory memory;
     bool explains = false;
     std::mutex mutex;
     std::shared_ptr<std::atomic<bool>> stopping;  ///< Of the run that is going on; null without one.
@@ -64,10 +68,11 @@ RunReport Runner::Part::execute(const Pipeline& pipeline, const std::atomic<bool
                                                 static_cast<std::size_t>(threads));
     oneapi::tbb::task_arena arena(threads);
     messages.beginProgress();
+    memory.recall(pipeline);
     RunReport report;
     arena.execute([&] {
         RunState state(pipeline, stopping, messages);
-        report = Execution(state, {store, digests, history, explains}, static_cast<std::size_t>(threads)).run();
+        report = Execution(state, memory, explains, static_cast<std::size_t>(threads)).run();
     });
     summarise(pipeline, report);
     return report;
@@ -87,7 +92,8 @@ void Runner::Part::summarise(const Pipeline& pipeline, const RunReport& report) 
     }
 }
 
-Runner::Runner(std::ostream& messages, bool isTerminal) : part(std::make_unique<Part>(messages, isTerminal)) {}
+Runner::Runner(std::ostream& messages, bool isTerminal, const StorePlace& place)
+    : part(std::make_unique<Part>(messages, isTerminal, place)) {}
 
 Runner::~Runner() = default;
 
@@ -128,7 +134,7 @@ void Runner::stop() {
 }
 
 void Runner::reset() {
-    part->store.clear();
+    part->memory.store.clear();
     stop();
 }
 

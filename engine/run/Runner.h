@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Pipeline.h"
+#include "StorePlace.h"
 
 #include <functional>
 #include <iosfwd>
@@ -42,7 +43,8 @@ struct RunReport {
 class Runner {
 public:
     /// @param messages progress, one line a plug-in, and failures. On a terminal the progress line redraws.
-    Runner(std::ostream& messages, bool isTerminal);
+    /// @param place where results are kept for later programs.
+    Runner(std::ostream& messages, bool isTerminal, const StorePlace& place = {});
     ~Runner();
 
     RunReport run(const Pipeline& pipeline);

@@ -27,6 +27,7 @@ protected:
     }
     ~VelmorakRun() override {
         unsetenv("VELMORAK_THREADS");
+        unsetenv("VELMORAK_CACHE_LIMIT");
         std::error_code ignored;
         fs::remove_all(folder, ignored);
     }
@@ -69,9 +70,10 @@ protected:
         return contents;
     }
 
-    /// What an example leaves when it runs in a folder of its own.
+    /// What an example leaves when all of it is computed in a folder of its own.
     std::map<std::string, std::string> resultsOf(const fs::path& example, const std::string& threads) const {
         setenv("VELMORAK_THREADS", threads.c_str(), 1);
+        setenv("VELMORAK_CACHE_LIMIT", "0", 1);
         const fs::path place = folder / (example.stem().string() + threads);
         fs::copy(example.parent_path(), place);
         const Ended ended = run({(place / example.filename()).string()});
@@ -230,6 +232,16 @@ TEST_F(VelmorakRunOptions, sayWhyOnlyWhenAsked) {
     const std::string why = "Number \"one\": executed, never run\n";
     EXPECT_THAT(run({"--why", file}).errors, HasSubstr(why));
     EXPECT_THAT(run({file}).errors, Not(HasSubstr(why)));
+}
+
+TEST_F(VelmorakRunOptions, aSecondProgramExecutesOnlyWhatChanged) {
+    EXPECT_THAT(run({"--why", file}).errors, HasSubstr("Adder \"sum\": executed, never run\n"));
+    const Ended same = run({"--why", file});
+    EXPECT_THAT(same.errors, Not(HasSubstr("executed")));
+    EXPECT_THAT(same.errors, HasSubstr("Number \"one\": reused, nothing changed\n"));
+    const Ended changed = run({"--why", "--set", "sum.b=25", file});
+    EXPECT_THAT(changed.errors, HasSubstr("Number \"one\": reused, nothing changed\n"));
+    EXPECT_THAT(changed.errors, HasSubstr("Adder \"sum\": executed, b changed from 0 to 25\n"));
 }
 
 TEST_F(VelmorakRunOptions, scanRunsEachValueAndOnlyWhatDependsOnIt) {

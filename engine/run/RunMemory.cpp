@@ -1,0 +1,54 @@
+#include "RunMemory.h"
+
+#include <string_view>
+#include <utility>
+
+namespace velmorak {
+namespace {
+
+Digest keyOf(std::string_view subject, const std::string& name) {
+    Digester digester;
+    digester.addText(subject);
+    digester.addText(name);
+    return digester.finish();
+}
+
+Digest keyOfDigests() {
+    return keyOf("sums of files", "");
+}
+
+}  // namespace
+
+RunMemory::RunMemory(StorePlace place, DiskStore::Say say) : disk(std::move(place), std::move(say)), store(disk) {}
+
+void RunMemory::recall(const Pipeline& pipeline) {
+    if (!historyKey) {
+        if (const std::optional<std::string> bytes = disk.read(keyOfDigests())) {
+            digests.restore(*bytes);
+        }
+    }
+    const std::filesystem::path& about = pipeline.document.empty() ? pipeline.resultsFolder : pipeline.document;
+    const Digest key = keyOf("history", about.string());
+    if (historyKey == key) {
+        return;
+    }
+    // A pipeline that is saved for the first time is still the same.
+    const bool isSaved = historyKey && wasUntitled;
+    const std::optional<std::string> bytes = disk.read(key);
+    if (bytes || (historyKey && !isSaved)) {
+        history.fromBytes(bytes.value_or(""));
+    }
+    historyKey = key;
+    wasUntitled = pipeline.document.empty();
+}
+
+void RunMemory::writeDown(const History& now) {
+    if (historyKey) {
+        disk.write(*historyKey, now.toBytes());
+    }
+    if (const std::optional<std::string> bytes = digests.changes()) {
+        disk.write(keyOfDigests(), *bytes);
+    }
+}
+
+}  // namespace velmorak

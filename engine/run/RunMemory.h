@@ -1,0 +1,35 @@
+#pragma once
+
+#include "DiskStore.h"
+#include "FileDigests.h"
+#include "Pipeline.h"
+#include "Reasons.h"
+#include "ResultStore.h"
+
+#include <optional>
+
+namespace velmorak {
+
+/// What a runner remembers from run to run, and where there is a place for it, from program to program.
+/// Threads: used by the run's thread; store.clear may be called on any.
+class RunMemory {
+public:
+    RunMemory(StorePlace place, DiskStore::Say say);
+
+    /// Brings to mind what is known of the pipeline's document.
+    void recall(const Pipeline& pipeline);
+    /// Writes down how the plug-ins are remembered if the program should end now.
+    void writeDown(const History& now);
+
+private:
+    DiskStore disk;
+    std::optional<Digest> historyKey;  ///< Of the document that history is about; nothing before the first run.
+    bool wasUntitled = false;
+
+public:
+    ResultStore store;
+    FileDigests digests;
+    History history;
+};
+
+}  // namespace velmorak

@@ -1,0 +1,176 @@
+#include "RunFixture.h"
+
+#include <velmorak/Points.h>
+
+namespace velmorak::test {
+namespace {
+
+/// rows (reads data.txt) -> total -> middle -> write (leaves note.txt), run by one program after the other.
+class SecondProgram : public RunTest {
+protected:
+    SecondProgram() {
+        write("data.txt", "one");
+        add(rows, "rows", {{"rows", "70000"}, {"file", "data.txt"}});
+        add(sum, "total");
+        add(pass, "middle");
+        add(writing, "write");
+        wire("rows", "table", "total", "table");
+        wire("total", "sum", "middle", "value");
+        wire("middle", "number", "write", "value");
+        start("rows");
+        runAnew();
+    }
+
+    /// As a program does that has just been started.
+    void runAnew() {
+        Runner fresh(messages, false, {folder / "cache", 1 << 20});
+        fresh.explain(true);
+        messages.str("");
+        report = fresh.run(pipeline);
+    }
+    int executed() const {
+        return static_cast<int>(std::count_if(report.nodes.begin(), report.nodes.end(),
+                                              [](const NodeReport& node) { return node.outcome == Outcome::Done; }));
+    }
+
+    RowSource rows;
+    SumKind sum;
+    PassKind pass;
+    FreeFunction writing{"Write",
+                         {{numberInput("value")}, {output("number", ValueType::Number)}},
+                         [](const Arguments& arguments, Results& results, RunContext& context) {
+                             context.writeResult("note.txt", [&](const std::filesystem::path& path) {
+                                 std::ofstream(path) << textOf(arguments.number("value"));
+                             });
+                             results.set("number", arguments.number("value"));
+                         }};
+};
+
+TEST_F(SecondProgram, ofAnUnchangedPipelineExecutesNothing) {
+    EXPECT_EQ(executed(), 4);
+    const double before = number("write");
+    runAnew();
+    EXPECT_EQ(executed(), 0) << messages.str();
+    EXPECT_EQ(rows.opened, 1);
+    EXPECT_EQ(number("write"), before);
+    EXPECT_TRUE(wasSaid("Write \"write\": reused, nothing changed")) << messages.str();
+}
+
+TEST_F(SecondProgram, executesWhatChangedAndWhatLiesDownstream) {
+    set("middle", "value", "1");
+    inputOf("middle", "value").wire.reset();
+    runAnew();
+    EXPECT_EQ(outcome("middle"), Outcome::NotAsked) << "it hangs on the start no more";
+    start("middle");
+    runAnew();
+    EXPECT_EQ(executed(), 2);
+    EXPECT_EQ(rows.opened, 1);
+    EXPECT_TRUE(wasSaid("Pass \"middle\": executed, value changed from \"total\" sum to 1")) << messages.str();
+    EXPECT_TRUE(wasSaid("Write \"write\": executed, \"middle\" changed")) << messages.str();
+}
+
+TEST_F(SecondProgram, namesTheValueThatChangedAndWhatHangsOnIt) {
+    set("total", "scale", "25");
+    runAnew();
+    EXPECT_TRUE(wasSaid("Sum \"total\": executed, scale changed from 1 to 25")) << messages.str();
+    EXPECT_TRUE(wasSaid("Rows \"rows\": executed, its rows are needed by \"total\"")) << messages.str();
+}
+
+TEST_F(SecondProgram, executesNothingForATouchedFile) {
+    write("data.txt", "one");
+    runAnew();
+    EXPECT_EQ(executed(), 0) << messages.str();
+}
+
+TEST_F(SecondProgram, namesTheFileThatChanged) {
+    write("data.txt", "two");
+    runAnew();
+    EXPECT_TRUE(wasSaid("Rows \"rows\": executed, file data.txt changed")) << messages.str();
+}
+
+TEST_F(SecondProgram, writesAFileAgainThatIsGone) {
+    const std::filesystem::path note = pipeline.resultsFolder / "note.txt";
+    const std::string before = content(note);
+    std::filesystem::remove(note);
+    runAnew();
+    EXPECT_EQ(executed(), 1) << messages.str();
+    EXPECT_EQ(content(note), before);
+    EXPECT_TRUE(wasSaid("Write \"write\": executed, file note.txt is gone")) << messages.str();
+}
+
+TEST_F(SecondProgram, executesAllAgainWhereTheStoreIsDamaged) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder / "cache")) {
+        if (entry.is_regular_file() && entry.file_size() > 0) {
+            std::filesystem::resize_file(entry.path(), entry.file_size() / 2);
+        }
+    }
+    runAnew();
+    EXPECT_EQ(executed(), 4) << messages.str();
+    runAnew();
+    EXPECT_EQ(executed(), 0) << messages.str();
+}
+
+TEST_F(SecondProgram, findsNothingAfterAReset) {
+    Runner(messages, false, {folder / "cache", 1 << 20}).reset();
+    runAnew();
+    EXPECT_EQ(executed(), 4) << messages.str();
+}
+
+TEST_F(SecondProgram, runsWithoutAStoreThatCannotBeWritten) {
+    std::filesystem::remove_all(folder / "cache");
+    write("cache", "a file");
+    runAnew();
+    EXPECT_EQ(executed(), 4) << messages.str();
+    const std::string said = messages.str();
+    const std::size_t first = said.find("cannot be written");
+    EXPECT_NE(first, std::string::npos);
+    EXPECT_EQ(said.find("cannot be written", first + 1), std::string::npos) << said;
+}
+
+TEST_F(SecondProgram, executesAKindOfAnotherVersion) {
+    writing.kindVersion = 2;
+    runAnew();
+    EXPECT_EQ(executed(), 1) << messages.str();
+    EXPECT_TRUE(wasSaid("Write \"write\": executed, version 2 of Write was 1 of Write")) << messages.str();
+}
+
+TEST_F(SecondProgram, knowsThatTheOneBeforeWasInterrupted) {
+    set("middle", "value", "0");
+    FreeFunction dying("Die", {{numberInput("value")}, {}}, [this](const Arguments&, Results&, RunContext&) {
+        // What lies on disk at this moment is all that is left of a program that is killed now.
+        std::filesystem::copy(folder / "cache", folder / "left", std::filesystem::copy_options::recursive);
+    });
+    add(dying, "die");
+    wire("write", "number", "die", "value");
+    set("total", "scale", "7");
+    runAnew();
+    std::filesystem::remove_all(folder / "cache");
+    std::filesystem::rename(folder / "left", folder / "cache");
+    runAnew();
+    EXPECT_EQ(executed(), 1) << messages.str();
+    EXPECT_TRUE(wasSaid("Write \"write\": reused, nothing changed")) << messages.str();
+    EXPECT_TRUE(wasSaid("Die \"die\": executed, it was not finished in the run before")) << messages.str();
+}
+
+TEST_F(SecondProgram, keepsTextsAndObjectsToTheLastBit) {
+    FreeFunction making("Make", {{}, {output("object", ValueType::Points), output("text", ValueType::Text)}},
+                        [](const Arguments&, Results& results, RunContext&) {
+                            auto points = std::make_shared<Points>(2, std::vector<Measurement>(2));
+                            points->name = "curve";
+                            results.set("object", points);
+                            results.set("text", std::string("a\0b", 3));
+                        });
+    SeeKind see;
+    add(making, "make");
+    add(see, "see");
+    wire("make", "object", "see", "object");
+    start("make");
+    runAnew();
+    runAnew();
+    EXPECT_EQ(executed(), 0) << messages.str();
+    EXPECT_EQ(text("make", 1), std::string("a\0b", 3));
+    EXPECT_EQ(std::get<DataObjectPtr>(of("make").outputs[0])->name, "curve");
+}
+
+}  // namespace
+}  // namespace velmorak::test
