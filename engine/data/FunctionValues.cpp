@@ -52,7 +52,10 @@ public:
         const std::string text = mark == std::string_view::npos
                                      ? catalogued(codelet)
                                      : verbatim(codelet.substr(mark + std::string_view(":verbatim:jel").size()));
-        return compiled(text);
+        Expression made = compiled(text);
+        if (made.type() == ColumnType::Text)
+            fail("gives a text");
+        return made;
     }
 
 private:
@@ -62,10 +65,7 @@ private:
 
     Expression compiled(const std::string& text) const {
         try {
-            Expression made(text, Schema({{std::string(argument)}}), numbers);
-            if (made.type() == ColumnType::Text)
-                fail("gives a text");
-            return made;
+            return Expression(text, Schema({{std::string(argument)}}), numbers);
         } catch (const Failure& problem) {
             fail(std::string("is not understood: ") + problem.what());
         }
