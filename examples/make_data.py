@@ -3,10 +3,8 @@
 
 usage: make_data.py FOLDER
 
-Writes First_steps/decays.aida, First_steps/stored.aida, Particle_physics/dimuon.aida, Tables/measured.csv and
-Tables/tracks.aida below FOLDER. The random numbers come from a generator
-of its own, and every number is written with four digits behind the point, so that no last bit of a function decides what
-the files hold.
+Writes the data files of each group below FOLDER. The random numbers come from a generator of its own, and every number is
+written with four digits behind the point, so that no last bit of a function decides what the files hold.
 """
 
 import gzip
@@ -262,6 +260,65 @@ def tracks(path):
     write_compressed(path, "".join(out))
 
 
+def trigger(path):
+    """Transverse momenta in GeV, and whether the trigger took the event: it turns on at 20 GeV and reaches 94 %."""
+    random = Random(0x7121663)
+    out = ["pt,passed\n"]
+    for _ in range(4000):
+        momentum = 5.0 + random.exponential(20.0)
+        taken = random.uniform() < 0.47 * (1.0 + math.erf((momentum - 20.0) / (4.0 * math.sqrt(2.0))))
+        out.append("%s,%d\n" % (text(momentum), taken))
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text("".join(out), encoding="utf-8")
+
+
+def lines(path):
+    """Channels in which known gamma lines (in keV) were seen, with their errors."""
+    random = Random(0xCA11B)
+    out = [header(), '<dataPointSet name="lines" title="Known gamma lines" path="/" dimension="2">\n']
+    out.append('<annotation>\n<item key="xAxisLabel" value="channel"/>\n')
+    out.append('<item key="yAxisLabel" value="energy [keV]"/>\n</annotation>\n')
+    for energy in (59.54, 121.78, 244.70, 344.28, 511.0, 661.66, 778.90, 964.06, 1112.08, 1173.23, 1332.49, 1408.01):
+        error = 0.4 + 0.0006 * energy
+        channel = random.gauss((energy + 11.3) / 0.487, error / 0.487)
+        out.append('<dataPoint><measurement value="%s"/>' % text(channel))
+        out.append('<measurement value="%s" errorPlus="%s"/></dataPoint>\n' % (text(energy), text(error)))
+    out.append("</dataPointSet>\n</aida>\n")
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text("".join(out), encoding="utf-8")
+
+
+def scattering(path):
+    """Directions of scattered particles, cosine and azimuth (in rad), and their energies in MeV. The density of
+    directions goes with (1 + cos^2) (1 + 0.5 cos 2phi sin^2)."""
+    random = Random(0x5CA77E2)
+    out = [header(), '<tuple name="scattered" title="Scattered particles" path="/">\n<columns>\n']
+    out.append('<column name="cosine" type="double"/>\n<column name="phi" type="double"/>\n')
+    out.append('<column name="energy" type="double"/>\n</columns>\n<rows>\n')
+    kept = 0
+    while kept < 8000:
+        cosine, phi = random.between(-1.0, 1.0), random.between(-math.pi, math.pi)
+        density = (1.0 + cosine * cosine) * (1.0 + 0.5 * math.cos(2.0 * phi) * (1.0 - cosine * cosine))
+        if random.uniform() * 2.0 < density:
+            energy = random.gauss(50.0 / (1.0 + 0.3 * (1.0 - cosine)), 1.5)
+            entries = ('<entry value="%s"/>' % text(value) for value in (cosine, phi, energy))
+            out.append("<row>" + "".join(entries) + "</row>\n")
+            kept += 1
+    out.append("</rows>\n</tuple>\n</aida>\n")
+    write_compressed(path, "".join(out))
+
+
+def stopped(path):
+    """Decay times of stopped muons in microseconds, above a flat background of accidental counts."""
+    random = Random(0x57099ED)
+    out = ["time\n"]
+    for _ in range(6000):
+        time = random.exponential(2.197) if random.uniform() < 0.94 else random.between(0.0, 20.0)
+        out.append(text(time) + "\n")
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text("".join(out), encoding="utf-8")
+
+
 def main():
     if len(sys.argv) != 2:
         sys.exit("usage: make_data.py FOLDER")
@@ -271,6 +328,10 @@ def main():
     stored(folder / "First_steps" / "stored.aida")
     measured(folder / "Tables" / "measured.csv")
     tracks(folder / "Tables" / "tracks.aida")
+    trigger(folder / "Detectors" / "trigger.csv")
+    lines(folder / "Detectors" / "lines.aida")
+    scattering(folder / "Nuclear_physics" / "scattering.aida")
+    stopped(folder / "Particle_physics" / "stopped.csv")
 
 
 if __name__ == "__main__":
