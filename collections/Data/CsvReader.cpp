@@ -67,9 +67,12 @@ void CsvReader::findColumns() {
     std::vector<TypeGuess> guesses(names.size());
     if (!options.hasHeader)
         sample = CsvRecords(options.file, options.form);
-    for (std::size_t row = 0; row < rowsToLookAt && sample.next(fields); ++row)
+    for (std::size_t row = 0; row < rowsToLookAt && sample.next(fields); ++row) {
+        if (row % 1024 == 0 && context.isStopping())
+            throw Stopped();
         for (std::size_t i = 0; i < guesses.size() && fields.size() == guesses.size(); ++i)
             guesses[i].see(fields[i], options.missing);
+    }
     for (std::size_t i = 0; i < names.size(); ++i) {
         const auto given = options.types.find(names[i]);
         columns.add({.name = names[i], .type = given == options.types.end() ? guesses[i].type() : given->second});

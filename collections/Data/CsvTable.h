@@ -11,6 +11,7 @@ public:
     std::string summary() const override;
     Ports ports(const ValueTexts& values) const override;
     std::string refusal(const std::string& input, const std::string& value) const override;
+    bool tellsColumns() const override { return true; }
     std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override;
     std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext& context) const override;
 };

@@ -1,9 +1,11 @@
 #include "AidaCheck.h"
 
+#include "LookContext.h"
 #include "Say.h"
 
 #include <velmorak/Aida.h>
 #include <filesystem>
+#include <limits>
 
 namespace velmorak {
 
@@ -11,23 +13,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A file is looked at when no run is going on: nothing can stop it, and nothing is written.
-class LookContext : public RunContext {
+/// Says what is odd in the file: it was just named by the user.
+class CheckContext : public LookContext {
 public:
-    bool isStopping() const override { return false; }
-    const std::string& pluginName() const override { return name; }
-    fs::path inputFile(const std::string& text) const override { return text; }
-    fs::path commandLineAida() const override { return {}; }
-    void writeResult(const std::string& fileName, const std::function<void(const fs::path&)>& /*writer*/) override {
-        throw Failure(fileName + " is not written: no run is going on.");
-    }
-    std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override {
-        throw Failure(fileName + " is not written: no run is going on.");
-    }
+    explicit CheckContext(const Pipeline& beside) : LookContext(beside, std::numeric_limits<std::uint64_t>::max()) {}
     void warn(const std::string& sentence) override { say(sentence); }
-
-private:
-    std::string name;
 };
 
 }  // namespace
@@ -42,7 +32,8 @@ std::string whyNotAida(const std::string& file) {
     if (file.empty())
         return "no name is given";
     try {
-        LookContext context;
+        const Pipeline beside;
+        CheckContext context(beside);
         listAida(file, context);
         return {};
     } catch (const std::exception& error) {

@@ -48,6 +48,8 @@ struct QzBase::Part {
     std::vector<Output> outputs;
     std::vector<velmorak::OutputSpec> outputSpecs;  ///< Parallel to outputs.
     velmorak::Keepsakes keepsakes;
+    std::string columns;     ///< What a table reader's descriptions say of its columns.
+    std::string columnsKey;  ///< What that was found out from.
     float x = 0.0F;
     float y = 0.0F;
     bool isExpanded = true;

@@ -1,4 +1,5 @@
 #include "Bindings.h"
+#include "Columns.h"
 #include "Extent.h"
 #include "Parts.h"
 #include "Say.h"
@@ -118,6 +119,7 @@ std::vector<QzBase::Output>& QzBase::Outputs() {
 }
 
 std::vector<QzBase::Output*> QzBase::ReducedOutputs() {
+    velmorak::tellColumns(*this);
     std::vector<Output*> shown;
     for (Output& output : part->outputs)
         if (!output.consumers.empty())
@@ -126,6 +128,7 @@ std::vector<QzBase::Output*> QzBase::ReducedOutputs() {
 }
 
 std::vector<QzBase::Output*> QzBase::FullOutputs() {
+    velmorak::tellColumns(*this);
     std::vector<Output*> shown;
     for (Output& output : part->outputs)
         shown.push_back(&output);

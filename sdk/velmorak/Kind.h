@@ -36,6 +36,10 @@ class Source : public Kind {
 public:
     /// Opened anew for each pass over the table. The table is the kind's only output of type table.
     virtual std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const = 0;
+    /// Whether files and open may also be called while no run is going on, to show a user the columns of the table.
+    /// They then take no longer than it takes to read the beginning of a file; the context tells them to stop when it
+    /// is enough.
+    virtual bool tellsColumns() const { return false; }
     /// Files whose content decides what open yields, for the result store.
     virtual std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext& context) const;
 };
