@@ -1,5 +1,7 @@
 #include "RowBlocks.h"
 
+#include "../Aside.h"
+
 #include <oneapi/tbb/task_arena.h>
 
 #include <algorithm>
@@ -141,7 +143,7 @@ void RowBlocks::Shared::help() {
 /// Not for every block that may be read: helpers would come and go.
 void RowBlocks::Shared::callHelpers(const std::shared_ptr<Shared>& self, std::size_t most) {
     for (; helpers < most && !isAtEnd && 2 * blocks.size() <= mostBlocks; ++helpers)
-        oneapi::tbb::task_arena(oneapi::tbb::task_arena::attach{}).enqueue([self] { self->help(); });
+        doAside([self] { self->help(); });
 }
 
 RowBlocks::RowBlocks(ByteStream& bytes, const std::vector<PlainColumn>& columns)

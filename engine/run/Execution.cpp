@@ -9,8 +9,8 @@
 
 namespace velmorak {
 
-Execution::Execution(RunState& state, RunMemory& memory, bool explains, std::size_t threads)
-    : state(state), memory(memory), explains(explains), threads(threads), keeper(state, memory.store, memory.digests) {
+Execution::Execution(RunState& state, RunMemory& memory, bool explains, Workers& workers)
+    : state(state), memory(memory), explains(explains), workers(workers), keeper(state, memory.store, memory.digests) {
     state.around.recorder = [this](const PipelineNode& node) {
         return recordOf(this->state, this->keeper, static_cast<std::size_t>(&node - this->state.pipeline.nodes.data()));
     };
@@ -209,7 +209,7 @@ bool Execution::passNext() {
     if (!best) {
         return false;
     }
-    StreamPass(state, *best, stepsFor(*best)).execute(threads);
+    StreamPass(state, *best, stepsFor(*best)).execute(workers);
     return true;
 }
 

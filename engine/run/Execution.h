@@ -14,9 +14,9 @@ namespace velmorak {
 /// One run of a pipeline, from what is needed to what is kept.
 class Execution {
 public:
-    /// @param state and memory outlive this.
+    /// @param state, memory and workers outlive this.
     /// @param explains reasons are said.
-    Execution(RunState& state, RunMemory& memory, bool explains, std::size_t threads);
+    Execution(RunState& state, RunMemory& memory, bool explains, Workers& workers);
 
     RunReport run();
 
@@ -43,7 +43,7 @@ private:
     RunState& state;
     RunMemory& memory;
     bool explains;
-    std::size_t threads;
+    Workers& workers;
     Keeper keeper;
 };
 

@@ -1,5 +1,6 @@
 #include "Runner.h"
 
+#include "Crew.h"
 #include "Execution.h"
 #include "Summary.h"
 
@@ -58,6 +59,7 @@ struct Runner::Part {
     Messages messages;
     RunMemory memory;
     bool explains = false;
+    std::unique_ptr<Workers> workers;  ///< Null: a crew for each run.
     std::mutex mutex;
     std::shared_ptr<std::atomic<bool>> stopping;  ///< Of the run that is going on; null without one.
 };
@@ -67,12 +69,13 @@ RunReport Runner::Part::execute(const Pipeline& pipeline, const std::atomic<bool
     const oneapi::tbb::global_control allowance(oneapi::tbb::global_control::max_allowed_parallelism,
                                                 static_cast<std::size_t>(threads));
     oneapi::tbb::task_arena arena(threads);
+    Crew crew(static_cast<std::size_t>(threads));
     messages.beginProgress();
     memory.recall(pipeline);
     RunReport report;
     arena.execute([&] {
         RunState state(pipeline, stopping, messages);
-        report = Execution(state, memory, explains, static_cast<std::size_t>(threads)).run();
+        report = Execution(state, memory, explains, workers ? *workers : crew).run();
     });
     summarise(pipeline, report);
     return report;
@@ -124,6 +127,10 @@ RunReport Runner::run(const std::function<Pipeline()>& snapshot) {
 
 void Runner::explain(bool isAsked) {
     part->explains = isAsked;
+}
+
+void Runner::employ(std::unique_ptr<Workers> workers) {
+    part->workers = std::move(workers);
 }
 
 void Runner::stop() {

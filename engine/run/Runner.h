@@ -37,6 +37,8 @@ struct RunReport {
     bool hasFailure() const;
 };
 
+class Workers;
+
 /// Executes pipelines, one at a time, on all cores, and keeps what may be used again.
 /// Threads: run on one thread at a time; stop and reset on any thread at any time.
 /// Errors:  nothing is thrown; what fails is in the report and on the stream of messages.
@@ -52,6 +54,9 @@ public:
     /// Before a run executes anything, it says for each plug-in whether it is executed or reused, and why. Not at
     /// first. Called while no run is going on.
     void explain(bool isAsked);
+
+    /// Who works from now on, in place of threads of the runner's own. Called while no run is going on.
+    void employ(std::unique_ptr<Workers> workers);
 
     /// As above. The snapshot is taken when a stop already counts, so that none gets lost between the two.
     RunReport run(const std::function<Pipeline()>& snapshot);

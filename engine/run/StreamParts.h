@@ -6,19 +6,6 @@
 
 namespace velmorak {
 
-/// Makes what one thread did in its turn visible to the next one in the same place. The scheduler of the stages does so
-/// as well; but it is not ours, and a tool that checks our threads cannot see into it.
-class StreamPass::Turn {
-public:
-    explicit Turn(std::atomic<bool>& place) : place(place) { static_cast<void>(place.load(std::memory_order_acquire)); }
-    Turn(const Turn&) = delete;
-    Turn& operator=(const Turn&) = delete;
-    ~Turn() { place.store(true, std::memory_order_release); }
-
-private:
-    std::atomic<bool>& place;
-};
-
 /// A source that the stream has its rows from.
 struct StreamPass::Leg {
     std::size_t source = 0;
@@ -62,7 +49,6 @@ struct StreamPass::Step {
     std::atomic<std::uint64_t> failedAt = never;  ///< Least chunk that is known to fail; later ones are not tried.
     std::unique_ptr<Accumulation> accumulation;
     std::unique_ptr<StateMerger> merger;
-    std::atomic<bool> counting = false;
     std::uint64_t rowsCounted = 0;
     std::uint64_t rowsIn = 0;
     std::uint64_t rowsOut = 0;
@@ -82,7 +68,6 @@ struct StreamPass::Work {
         std::chrono::nanoseconds time{0};
     };
 
-    std::atomic<bool> place = false;
     std::size_t leg = 0;
     Chunk chunk;
     bool isComplete = false;

@@ -2,8 +2,6 @@
 
 #include "StreamParts.h"
 
-#include <oneapi/tbb/parallel_pipeline.h>
-
 #include <algorithm>
 #include <utility>
 
@@ -45,7 +43,7 @@ void StreamPass::addStep(const StepPlace& place) {
     steps.push_back(std::move(step));
 }
 
-void StreamPass::execute(std::size_t threads) {
+void StreamPass::execute(Workers& workers) {
     const bool isOpen = open();
     for (std::size_t i = 0; i < steps.size() && isOpen; ++i) {
         prepare(*steps[i]);
@@ -55,7 +53,7 @@ void StreamPass::execute(std::size_t threads) {
     if (!isOpen || !hasWork || state.isStopping()) {
         return;
     }
-    if (const std::optional<Problem> problem = problemIn([&] { pump(threads); })) {
+    if (const std::optional<Problem> problem = problemIn([&] { pump(workers); })) {
         sourceProblem = problem;
     }
     state.messages.endProgress();
@@ -143,60 +141,41 @@ std::size_t StreamPass::stages() const {
     return last + 1;
 }
 
-void StreamPass::pump(std::size_t threads) {
-    using oneapi::tbb::filter_mode;
-    using oneapi::tbb::make_filter;
-    for (std::size_t i = 0; i < 2 * threads; ++i) {
+void StreamPass::pump(Workers& workers) {
+    for (std::size_t i = 0; i < workers.places(); ++i) {
         works.push_back(std::make_unique<Work>());
     }
-    auto chain = make_filter<void, Work*>(filter_mode::serial_in_order, [this](auto& control) {
-        Work* work = read();
-        if (!work) {
-            control.stop();
-        }
-        return work;
-    });
+    Line line;
+    line.load = [this](std::size_t place) { return read(*works[place]); };
     const std::size_t count = stages();
     for (std::size_t stage = 0; stage < count; ++stage) {
         if (stage > 0) {
-            chain = chain & make_filter<Work*, Work*>(filter_mode::serial_in_order, [this, stage](Work* work) {
-                        this->count(*work, stage);
-                        return work;
-                    });
+            line.stages.push_back({true, [this, stage](std::size_t place) { this->count(*works[place], stage); }});
         }
-        chain = chain & make_filter<Work*, Work*>(filter_mode::parallel, [this, stage, count](Work* work) {
-                    perform(*work, stage);
-                    if (stage + 1 == count) {
-                        release(*work);
-                    }
-                    return work;
-                });
+        line.stages.push_back({false, [this, stage, count](std::size_t place) {
+                                   perform(*works[place], stage);
+                                   if (stage + 1 == count) {
+                                       release(*works[place]);
+                                   }
+                               }});
     }
-    const auto last = make_filter<Work*, void>(filter_mode::serial_in_order, [this](Work* work) { takeIn(*work); });
-    { const Turn before(reading); }
-    { const Turn before(takingIn); }
-    oneapi::tbb::parallel_pipeline(works.size(), chain & last);
-    { const Turn after(reading); }
-    { const Turn after(takingIn); }
+    line.stages.push_back({true, [this](std::size_t place) { takeIn(*works[place]); }});
+    workers.work(line);
 }
 
-StreamPass::Work* StreamPass::read() {
-    const Turn turn(reading);
+bool StreamPass::read(Work& work) {
     if (state.isStopping() || !hasWork || sourceProblem) {
-        return nullptr;
+        return false;
     }
-    // Chunks are done with in their order, so the one that had this place is.
-    Work& work = *works[chunks % works.size()];
-    const Turn turnOfWork(work.place);
     work.chunk = {};
     while (legBeingRead < legs.size() && !readInto(work.chunk)) {
         if (sourceProblem || ++legBeingRead == legs.size()) {
-            return nullptr;
+            return false;
         }
         work.chunk = {};
     }
     if (legBeingRead == legs.size()) {
-        return nullptr;
+        return false;
     }
     Leg& leg = *legs[legBeingRead];
     work.leg = legBeingRead;
@@ -209,7 +188,7 @@ StreamPass::Work* StreamPass::read() {
     work.made.clear();
     work.made.resize(steps.size());
     showProgress();
-    return &work;
+    return true;
 }
 
 bool StreamPass::readInto(Chunk& chunk) {
@@ -234,13 +213,11 @@ const Chunk* StreamPass::tableFor(const Step& step, const Work& work) const {
 }
 
 void StreamPass::count(Work& work, std::size_t stage) {
-    const Turn turnOfWork(work.place);
     for (std::size_t i = 0; i < steps.size(); ++i) {
         Step& step = *steps[i];
         if (step.stage != stage || !step.countsRows() || !step.sees(work.leg)) {
             continue;
         }
-        const Turn turn(step.counting);
         const Chunk* table = tableFor(step, work);
         Work::Made& made = work.made[i];
         made.rowsBefore = step.rowsCounted;
@@ -250,7 +227,6 @@ void StreamPass::count(Work& work, std::size_t stage) {
 }
 
 void StreamPass::perform(Work& work, std::size_t stage) {
-    const Turn turn(work.place);
     if (steps.empty()) {
         complete(work);
     }
@@ -274,7 +250,6 @@ bool StreamPass::complete(Work& work) const {
 }
 
 void StreamPass::release(Work& work) {
-    const Turn turn(work.place);
     for (Work::Made& made : work.made) {
         made.table.reset();
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Line.h"
 #include "RunState.h"
 #include "StateMerger.h"
 
@@ -35,14 +36,13 @@ public:
 
     /// Passes all rows and settles the accumulators. A plug-in that fails is left out from there on, with all that it
     /// feeds; the others go on. A source is read no further than something wants its rows.
-    /// @param threads how many may work; the memory needed grows with it.
-    void execute(std::size_t threads);
+    /// @param workers the memory needed grows with their places.
+    void execute(Workers& workers);
 
 private:
     struct Leg;
     struct Step;
     struct Work;
-    class Turn;
 
     void addStep(const StepPlace& place);
     bool open();
@@ -52,8 +52,8 @@ private:
     const Schema& schemaAt(const Step& step, std::size_t leg) const;
     std::size_t stages() const;
 
-    void pump(std::size_t threads);
-    Work* read();
+    void pump(Workers& workers);
+    bool read(Work& work);
     bool readInto(Chunk& chunk);
     void perform(Work& work, std::size_t stage);
     void performStep(std::size_t position, Work& work);
@@ -74,10 +74,8 @@ private:
     RunState& state;
     std::vector<std::unique_ptr<Leg>> legs;
     std::vector<std::unique_ptr<Step>> steps;
-    std::vector<std::unique_ptr<Work>> works;  ///< One for each chunk that may be on its way; they are used again.
-    std::atomic<bool> reading = false;         ///< Places of turns, as is the one in each work and step.
-    std::atomic<bool> takingIn = false;
-    std::atomic<bool> hasWork = true;  ///< Some step is not dropped.
+    std::vector<std::unique_ptr<Work>> works;  ///< By place, one for each chunk that may be on its way.
+    std::atomic<bool> hasWork = true;          ///< Some step is not dropped.
     std::size_t legBeingRead = 0;
     std::uint64_t chunks = 0;
     double fractionShown = 0.0;

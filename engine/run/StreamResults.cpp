@@ -26,8 +26,6 @@ void StreamPass::showProgress() {
 }
 
 void StreamPass::takeIn(Work& work) {
-    const Turn turn(takingIn);
-    const Turn turnOfWork(work.place);
     legs[work.leg]->timeCompleting += work.timeCompleting;
     if (work.problem && !chunkProblem) {
         chunkProblem = std::move(work.problem);

@@ -169,20 +169,24 @@ void Hands::build(std::size_t plugins) {
 void Hands::add() {
     const auto& kinds = QzManager::GetPlugins();
     const bool isSource = manager.plugins.empty() || oneIn(8);
-    const auto randomTable = std::ranges::find(kinds, "RandomTable", &QzKind::name) - kinds.begin();
-    auto kind = static_cast<std::uint16_t>(isSource ? static_cast<std::size_t>(randomTable) : below(kinds.size()));
+    std::size_t kind = isSource ? kindOf("RandomTable") : below(kinds.size());
     while (isDrawn(kinds[kind]))
-        kind = static_cast<std::uint16_t>(below(kinds.size()));
-    QzBase& node = add(kind);
+        kind = below(kinds.size());
+    place(kind);
+}
+
+QzBase& Hands::place(std::size_t kind) {
+    QzBase& node = *manager.CreatePlugin(static_cast<std::uint16_t>(kind), "N" + std::to_string(names++));
+    afterCall();
     for (std::size_t input = 0; input < node.Inputs().size(); ++input)
         setValue(node, input);
     feed(node);
+    return node;
 }
 
-QzBase& Hands::add(std::uint16_t kind) {
-    QzBase& node = *manager.CreatePlugin(kind, "N" + std::to_string(names++));
-    afterCall();
-    return node;
+std::size_t Hands::kindOf(const std::string& name) {
+    const auto& kinds = QzManager::GetPlugins();
+    return static_cast<std::size_t>(std::ranges::find(kinds, name, &QzKind::name) - kinds.begin());
 }
 
 void Hands::remove() {

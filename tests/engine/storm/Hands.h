@@ -30,8 +30,12 @@ public:
     /// Adds, deletes, renames, connects, disconnects, sets a value, opens a document in place of everything, moves the
     /// start, or saves.
     void edit();
-    /// Adds plug-ins of random kinds, each with values and wires that are likely to work.
+    /// Adds plug-ins of random kinds, each with values and wires that are likely to work, until there are so many.
     void build(std::size_t plugins);
+    /// Adds one of that kind in the same way.
+    QzBase& place(std::size_t kind);
+    /// Number of a kind.
+    static std::size_t kindOf(const std::string& name);
 
     std::size_t below(std::size_t limit) { return random() % limit; }
     bool oneIn(std::size_t limit) { return below(limit) == 0; }
@@ -39,7 +43,6 @@ public:
 private:
     QzBase& anyNode();
     void add();
-    QzBase& add(std::uint16_t kind);
     void remove();
     void rename();
     void connect();
