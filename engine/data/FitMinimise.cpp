@@ -15,12 +15,12 @@ namespace {
 
 constexpr int mostSteps = 1000;
 /// Distances from the minimum, in standard deviations: at which Newton's method takes over, and at which it ends.
-constexpr double nearDistance = 3e-4;
+constexpr double nearDistance = 1e-5;
 constexpr double endDistance = 1e-9;
 /// Where rounding does not let it come so far, this still counts as a minimum.
 constexpr double coarseDistance = 1e-5;
 /// In standard deviations, for the differences that give second derivatives.
-constexpr double differenceStep = 1e-3;
+constexpr double differenceStep = 1e-4;
 constexpr double costRounding = 1e-13;
 
 Eigen::Index index(std::size_t position) {

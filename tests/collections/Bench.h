@@ -50,6 +50,7 @@ public:
     std::string failure();
 
     double number(const std::string& output) const;
+    Value value(const std::string& output) const { return outputs.at(output); }
     HistogramPtr histogram(const std::string& output) const;
     std::string text(const std::string& output) const { return std::get<std::string>(outputs.at(output)); }
     const SmallTable& table() const { return made; }

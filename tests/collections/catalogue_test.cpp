@@ -43,6 +43,7 @@ TEST(Catalogue, offersTheKindsByGroup) {
         {"Arithmetic", {"Number", "Text", "Adder", "Subtractor", "Multiplier", "Divider", "Function"}},
         {"Data",
          {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "RandomTable"}},
+        {"Fit", {"Fit"}},
         {"Histogram", {"Histogram1D", "Statistics"}},
         {"Output", {"Plot", "AidaWriter"}},
         {"Table", {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode"}},

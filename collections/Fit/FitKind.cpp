@@ -1,0 +1,223 @@
+#include "FitKind.h"
+
+#include "Entries.h"
+
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+constexpr const char* firstModel = "gauss";
+
+std::vector<InputSpec> fixedInputs() {
+    return {
+        {.name = "data",
+         .description = "Histogram or profile of one dimension, or points of x and y, to which the function is fitted.",
+         .type = ValueType::Any},
+        {.name = "model",
+         .description = "Function of x: shapes such as gauss + pol1, or an expression, in which every other name is a "
+                        "parameter.",
+         .type = ValueType::Text,
+         .value = firstModel},
+        {.name = "start",
+         .description = "Start values, limits and fixed parameters, in their units, for example mean=91.2 [80,100], "
+                        "sigma=2.5 fixed. What is not given is estimated from the data.",
+         .type = ValueType::Text},
+        {.name = "method",
+         .description = "What is made least: chi2, the squares of deviations over errors, or likelihood, for counts.",
+         .type = ValueType::Choice,
+         .value = "chi2",
+         .choices = {"chi2", "likelihood"}},
+        {.name = "compare",
+         .description = "What is compared with the content of a bin: the function at its centre, its mean over the "
+                        "bin, or its integral over the bin.",
+         .type = ValueType::Choice,
+         .value = "centre",
+         .choices = {"centre", "mean", "integral"}},
+        {.name = "low",
+         .description = "Bins and points below are left out, in the unit of x; a bin counts where its centre lies.",
+         .value = "-Infinity"},
+        {.name = "high", .description = "Bins and points above are left out, in the unit of x.", .value = "Infinity"},
+        {.name = "title",
+         .description = "Title of the function, in the legend of a plot. Empty: the name of this plug-in.",
+         .type = ValueType::Text},
+    };
+}
+
+std::vector<OutputSpec> fixedOutputs() {
+    return {
+        {.name = "function",
+         .description = "The function with the best parameters; their errors and the quality of the fit are in its "
+                        "annotation.",
+         .type = ValueType::Function},
+        {.name = "chi2",
+         .description = "Chi square at the minimum; for the likelihood twice the logarithm of its ratio to that of a "
+                        "perfect fit."},
+        {.name = "ndf", .description = "Number of degrees of freedom: entries less free parameters."},
+        {.name = "reduced", .description = "Chi square divided by the degrees of freedom; NaN without any."},
+        {.name = "p_value",
+         .description = "Probability of a larger chi square if the function is true; NaN without degrees of freedom."},
+        {.name = "entries", .description = "Number of bins or points that are fitted."},
+        {.name = "status",
+         .description = "The word converged, and the parameters that a limit stopped.",
+         .type = ValueType::Text},
+        {.name = "covariance",
+         .description = "Covariance of the parameters in their units, as a table of text: a line of names, then a line "
+                        "for each parameter with its name; separated by commas.",
+         .type = ValueType::Text},
+    };
+}
+
+FitOptions optionsFrom(const Arguments& arguments, const RunContext& context) {
+    FitOptions options;
+    options.method =
+        arguments.text("method") == "likelihood" ? FitOptions::Method::Likelihood : FitOptions::Method::ChiSquare;
+    const std::string& compare = arguments.text("compare");
+    options.compare = compare == "mean"       ? FitOptions::Compare::Mean
+                      : compare == "integral" ? FitOptions::Compare::Integral
+                                              : FitOptions::Compare::Centre;
+    options.low = arguments.number("low");
+    options.high = arguments.number("high");
+    if (!(options.low < options.high))
+        throw Failure("low", "the range from " + textOf(options.low) + " to " + textOf(options.high) + " is empty");
+    options.parameters = readFitParameters(arguments.text("start"));
+    options.isStopping = [&context] { return context.isStopping(); };
+    return options;
+}
+
+std::string covarianceText(const std::vector<std::string>& names, const FitResult& result) {
+    std::string text = "parameter";
+    for (const std::string& name : names)
+        text += "," + name;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        text += "\n" + names[i];
+        for (const double value : result.covariance[i])
+            text += "," + textOf(value);
+    }
+    return text;
+}
+
+double reduced(const FitResult& result) {
+    return result.ndf > 0.0 ? result.chi2 / result.ndf : std::numeric_limits<double>::quiet_NaN();
+}
+
+DataObjectPtr functionOf(const FitModel& model, const FitResult& result, const Arguments& arguments,
+                         const RunContext& context) {
+    auto function = std::make_shared<FunctionObject>(model.function(result.values));
+    function->name = context.pluginName();
+    function->title = arguments.text("title").empty() ? context.pluginName() : arguments.text("title");
+    const auto note = [&](const std::string& key, const std::string& value) {
+        function->annotation.push_back({key, value, false});
+    };
+    note("model", arguments.text("model"));
+    note("method", arguments.text("method"));
+    for (std::size_t i = 0; i < result.values.size(); ++i)
+        note(model.parameters()[i] + "_error", textOf(result.errors[i]));
+    note("chi2", textOf(result.chi2));
+    note("ndf", textOf(result.ndf));
+    note("p_value", textOf(result.pValue));
+    note("status", result.status);
+    return function;
+}
+
+}  // namespace
+
+std::string FitKind::summary() const {
+    return "Fits a function with parameters to a histogram, a profile or points, by chi square or likelihood.";
+}
+
+std::string FitKind::notes() const {
+    return R"(**Model.** An [expression](../expressions.md) of `x`, in which every other name is a parameter, for example
+`n*exp(-x/tau) + b`. A shape stands for its formula:
+
+| shape | parameters | formula |
+|---|---|---|
+)" + FitModel::shapes() +
+           R"(
+`pol0` to `pol9` are polynomials likewise. `gauss + pol1` and `gauss(x) + pol1(x)` are the same. A parameter whose name is
+taken gets the next number: `gauss + gauss` has `mean` and `mean_2`. A shape also takes parameters of your own, which may be
+shared or expressions: `gauss(x, n, m, s) + gauss(x, k, m, 3*s)`. The amplitude is the height of the peak, `gamma` the full
+width at half of it, `alpha` where the tail begins, in sigmas below the mean (J. E. Gaiser, SLAC-R-255 (1982), appendix F).
+Each parameter gives two outputs: its best value, and its error under the name with `_error`. The model, which decides
+what outputs there are, cannot come by wire.
+
+**Start.** `mean=91.2 [80,100], sigma=2.5 fixed, n [0,]`: start value, limits, whether it is fixed. What is not given is
+estimated: places and widths of shapes by trying several over the range, one shape after the other, and with each the
+best heights, which are a linear problem. Any other parameter begins at 1.
+
+**Chi square** is the sum of (y - f)² / error². The error of a bin is the root of its sum of squared weights, that of a
+profile the error of its height, that of a point the mean of its two errors; errors of x are not used. Entries without an
+error, among them all empty bins, are left out, which a warning counts; so are entries that hold NaN or Infinity.
+
+**Likelihood** is that of independent Poisson counts, extended: 2 times the sum of f - y + y log(y / f) is least (S.
+Baker, R. Cousins, Nuclear Instruments and Methods 221 (1984) 437). Empty bins count. It takes histograms alone. In a
+weighted histogram content and function are both multiplied by the sum of weights over the sum of squared weights of the
+bin (G. Bohm, G. Zech, Nuclear Instruments and Methods A 748 (2014) 1), in an empty bin by that of all bins. A negative
+bin is refused.
+
+**Bins.** `centre` compares the content with the function at the centre of the bin, `mean` with its mean over the bin, by
+the Gauss-Legendre rule of five points. With `integral` the function is a density, in entries per unit of x: take it for
+bins of unequal width.
+
+**Minimum.** Levenberg-Marquardt steps with exact derivatives of the model (J. Moré, Lecture Notes in Mathematics 630
+(1978) 105), which end at limits, then Newton steps until the minimum is closer than 1e-9 standard deviations. The
+covariance is the inverse of half the matrix of second derivatives at the minimum, all of its terms included. A fixed
+parameter, and one that a limit stops, has the error 0 and no covariance; the status names the latter.
+
+A fit fails, with the names of the parameters, when it does not converge in 1000 steps, when there are fewer entries than
+free parameters, and when the data cannot tell parameters apart. The p-value is the chance that chi square with this
+number of degrees of freedom is larger; for the likelihood it holds as far as the bins hold more than a few entries.)";
+}
+
+Ports FitKind::ports(const ValueTexts& values) const {
+    Ports ports{fixedInputs(), fixedOutputs()};
+    const auto found = values.find("model");
+    const std::string text = found == values.end() ? firstModel : found->second;
+    if (!refusal("model", text).empty())
+        return ports;
+    const FitModel model(text);
+    for (const std::string& name : model.parameters()) {
+        ports.outputs.push_back({.name = name, .description = "Best value of the parameter, in its unit."});
+        ports.outputs.push_back(
+            {.name = name + "_error", .description = "Standard deviation of the parameter, in its unit; 0 if fixed."});
+    }
+    return ports;
+}
+
+std::string FitKind::refusal(const std::string& input, const std::string& value) const {
+    try {
+        if (input == "model")
+            FitModel{value};
+        if (input == "start")
+            readFitParameters(value);
+    } catch (const Failure& failure) {
+        return failure.what();
+    }
+    return {};
+}
+
+void FitKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
+    if (arguments.isWired("model"))
+        throw Failure("model", "the model cannot come by wire, because it decides which outputs there are");
+    const FitModel model(arguments.text("model"));
+    const FitOptions options = optionsFrom(arguments, context);
+    const FitData data = entriesOf(arguments.value("data"), options.method == FitOptions::Method::Likelihood);
+    const FitResult result = fit(model, data, options);
+    for (const std::string& warning : result.warnings)
+        context.warn(warning);
+    results.set("function", functionOf(model, result, arguments, context));
+    results.set("chi2", result.chi2);
+    results.set("ndf", result.ndf);
+    results.set("reduced", reduced(result));
+    results.set("p_value", result.pValue);
+    results.set("entries", static_cast<double>(result.entriesUsed));
+    results.set("status", result.status);
+    results.set("covariance", covarianceText(model.parameters(), result));
+    for (std::size_t i = 0; i < result.values.size(); ++i) {
+        results.set(model.parameters()[i], result.values[i]);
+        results.set(model.parameters()[i] + "_error", result.errors[i]);
+    }
+}
+
+}  // namespace velmorak
