@@ -1,5 +1,7 @@
 #pragma once
 
+#include "DigestBlocks.h"
+
 #include <array>
 #include <cstdint>
 #include <string>
@@ -21,11 +23,10 @@ public:
     Digest finish();
 
 private:
-    void absorb(const std::uint8_t* block);
+    void absorb(const std::uint8_t* blocks, std::size_t count);
 
-    std::array<std::uint32_t, 8> state{0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
-                                       0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
-    std::array<std::uint8_t, 64> pending{};
+    DigestState state{0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a, 0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+    std::array<std::uint8_t, digestBlock> pending{};
     std::uint64_t total = 0;  ///< Bytes added so far.
 };
 

@@ -6,6 +6,7 @@
 
 #include <iomanip>
 #include <locale>
+#include <random>
 
 namespace velmorak::test {
 namespace {
@@ -125,6 +126,25 @@ std::string hex(const Digest& digest) {
         text << std::hex << std::setw(2) << std::setfill('0') << int{byte};
     }
     return text.str();
+}
+
+TEST(Digest, isTheSameWithTheProcessorsInstructionsAndWithout) {
+    std::mt19937 random(1);
+    std::vector<std::uint8_t> blocks(100 * digestBlock);
+    for (std::uint8_t& byte : blocks) {
+        byte = static_cast<std::uint8_t>(random());
+    }
+    for (const std::size_t count : {0U, 1U, 2U, 37U, 100U}) {
+        DigestState plain{1, 2, 3, 4, 5, 6, 7, 8};
+        DigestState fast = plain;
+        absorbBlocks(plain, blocks.data(), count);
+        if (hasDigestInstructions) {
+            absorbBlocksByInstructions(fast, blocks.data(), count);
+        } else {
+            absorbBlocks(fast, blocks.data(), count);
+        }
+        EXPECT_EQ(fast, plain);
+    }
 }
 
 TEST(Digest, agreesWithThePublishedExamples) {
