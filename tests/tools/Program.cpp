@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -87,7 +88,9 @@ Ended runProgram(const std::vector<std::string>& command,
         }
     }
     int status = 0;
-    waitpid(id, &status, 0);
+    rusage usage{};
+    wait4(id, &status, 0, &usage);
+    ended.peakKilobytes = usage.ru_maxrss;
     ended.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return ended;
 }

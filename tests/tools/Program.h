@@ -11,6 +11,7 @@ struct Ended {
     int status = -1;  ///< Exit status; -1 when a signal ended it.
     std::string output;
     std::string errors;
+    long peakKilobytes = 0;  ///< Most memory that it held at a time.
 };
 
 /// Runs a program and waits for its end.
