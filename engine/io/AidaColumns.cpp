@@ -153,6 +153,15 @@ std::string_view withoutOptions(std::string_view name) {
 
 }  // namespace
 
+bool haveSameShape(const std::vector<AidaColumn>& some, const std::vector<AidaColumn>& others) {
+    return std::equal(
+        some.begin(), some.end(), others.begin(), others.end(), [](const AidaColumn& one, const AidaColumn& other) {
+            return one.name == other.name && one.isNested == other.isNested &&
+                   (one.isNested || (one.type == other.type && one.isSingleCharacter == other.isSingleCharacter)) &&
+                   haveSameShape(one.children, other.children);
+        });
+}
+
 AidaColumn columnFrom(std::string_view name, std::string_view type, std::string_view booking) {
     AidaColumn column;
     setType(column, type);

@@ -20,6 +20,9 @@ struct AidaColumn {
     std::vector<AidaColumn> children;    ///< Of a nested column.
 };
 
+/// The columns have the same names, types and nested columns, so that rows of the one fit the other.
+bool haveSameShape(const std::vector<AidaColumn>& some, const std::vector<AidaColumn>& others);
+
 /// Reads the attributes of a <column>, in every dialect in which programs write them.
 /// @param booking attribute of that name, empty when there is none.
 AidaColumn columnFrom(std::string_view name, std::string_view type, std::string_view booking);

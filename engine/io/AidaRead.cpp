@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <deque>
 
 namespace velmorak {
 
@@ -102,48 +103,89 @@ std::string chosenPath(const std::filesystem::path& file, const std::string& obj
 
 class AidaTable : public TableReader {
 public:
-    AidaTable(const std::filesystem::path& file, const std::string& path, RunContext& context, io::RowReading reading)
-        : walk(file, path, context), reader(file, walk, context, reading) {
-        walk.attach(reader);
-        while (walk.builder() == nullptr && reader.advance()) {
-        }
-        if (walk.builder() == nullptr)
-            refuseMissing(file, path);
-        tableSchema = walk.builder()->schema();
+    AidaTable(std::filesystem::path fileName, const std::string& path, RunContext& runContext,
+              io::RowReading rowReading)
+        : file(std::move(fileName)), context(runContext), reading(rowReading), members{path} {
+        beginNext(nullptr);
+        tableSchema = walk->builder()->schema();
     }
 
     const Schema& schema() const override { return tableSchema; }
 
     bool next(Chunk& chunk) override {
         try {
-            while (!failure && !walk.isDone() && walk.builder()->rows() < chunkRows && reader.advance()) {
+            while (!failure && walk->rows()->rows() < chunkRows && advance()) {
             }
         } catch (const Failure& damage) {
             failure = std::make_unique<Failure>(damage);
         }
         // What is complete before the damage comes first.
-        if (failure && walk.builder()->rows() == 0)
-            throw Failure(fmt::format("{} (after {} complete rows)", failure->what(), walk.rowsDone()));
+        if (failure && walk->rows()->rows() == 0)
+            throw Failure(fmt::format("{} (after {} complete rows)", failure->what(), rowsTaken));
         chunk.number = chunkNumber++;
         chunk.firstRow = rowsTaken;
-        chunk.rows = walk.builder()->rows();
-        chunk.columns = walk.builder()->take();
+        chunk.rows = walk->rows()->rows();
+        chunk.columns = walk->rows()->take();
         rowsTaken += chunk.rows;
         return chunk.rows > 0;
     }
 
-    std::optional<double> fraction() const override { return reader.fraction(); }
-
-private:
-    [[noreturn]] void refuseMissing(const std::filesystem::path& file, const std::string& path) const {
-        for (const AidaEntry& entry : walk.entries())
-            if (entry.path == path)
-                throw Failure(fmt::format("{}: {} is a {}, which is no table", file.string(), path, entry.element));
-        refuse(file, fmt::format("holds no object {}", path), walk.entries());
+    std::optional<double> fraction() const override {
+        const auto before = static_cast<double>(begun - 1);
+        return (before + reader->fraction()) / (before + 1.0 + static_cast<double>(members.size()));
     }
 
-    AidaWalk walk;
-    XmlReader reader;
+private:
+    /// @return false when there are no more rows.
+    bool advance() {
+        if (!walk->isDone())
+            return reader->advance();
+        if (members.empty())
+            return false;
+        beginNext(walk->release());
+        return true;
+    }
+
+    /// Goes to the rows of the next tuple. A chain gives way to the tuples that it names.
+    void beginNext(std::unique_ptr<io::TupleBuilder> rows) {
+        do {
+            const std::string path = members.front();
+            members.pop_front();
+            ++begun;
+            reader.reset();
+            walk = std::make_unique<AidaWalk>(file, path, context);
+            walk->goOnWith(std::move(rows));
+            reader = std::make_unique<XmlReader>(file, *walk, context, reading);
+            walk->attach(*reader);
+            while (walk->builder() == nullptr && !walk->isDone() && reader->advance()) {
+            }
+            if (walk->builder() == nullptr && walk->chain().empty())
+                refuseMissing(path);
+            members.insert(members.begin(), walk->chain().begin(), walk->chain().end());
+            if (begun + members.size() > mostMembers)
+                throw Failure(fmt::format("{}: {} is a chain of more than {} tuples, or of itself", file.string(), path,
+                                          mostMembers));
+            if (walk->builder() == nullptr)
+                rows = walk->release();
+        } while (walk->builder() == nullptr);
+    }
+
+    [[noreturn]] void refuseMissing(const std::string& path) const {
+        for (const AidaEntry& entry : walk->entries())
+            if (entry.path == path)
+                throw Failure(fmt::format("{}: {} is a {}, which is no table", file.string(), path, entry.element));
+        refuse(file, fmt::format("holds no object {}", path), walk->entries());
+    }
+
+    static constexpr std::size_t mostMembers = 1000;
+
+    std::filesystem::path file;
+    RunContext& context;
+    io::RowReading reading;
+    std::unique_ptr<AidaWalk> walk;
+    std::unique_ptr<XmlReader> reader;
+    std::deque<std::string> members;  ///< Paths of the tuples whose rows are still to come.
+    std::size_t begun = 0;            ///< Tuples whose rows have come, and chains.
     Schema tableSchema;
     std::unique_ptr<Failure> failure;
     std::uint64_t chunkNumber = 0;

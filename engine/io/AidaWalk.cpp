@@ -64,7 +64,7 @@ AidaWalk::State AidaWalk::begun(std::string_view name, const char* const* attrib
         case State::Root:
             return isObject(name) ? beginObject(name, attributes) : State::Skipped;
         case State::Tuple:
-            return beginInTuple(name);
+            return beginInTuple(name, attributes);
         case State::Columns:
             if (name != "column")
                 return State::Skipped;
@@ -99,7 +99,7 @@ void AidaWalk::beginDocument() {
 }
 
 bool AidaWalk::continuesAfter(const std::string& damage) {
-    if (reader->document().empty() || rowBuilder)
+    if (reader->document().empty() || hasBegun)
         return false;
     reported.push_back(damage);
     return true;
@@ -111,7 +111,7 @@ AidaWalk::State AidaWalk::beginObject(std::string_view name, const char* const* 
     if (!warning.empty())
         warnOnce(warning, warning);
     isWanted = isReading() && !done && current.path == wanted;
-    hasHeader = isConverted = isChain = false;
+    hasHeader = isConverted = false;
     header.clear();
     if (name == "tuple")
         return State::Tuple;
@@ -123,10 +123,12 @@ AidaWalk::State AidaWalk::beginObject(std::string_view name, const char* const* 
     return State::Cloud;
 }
 
-AidaWalk::State AidaWalk::beginInTuple(std::string_view name) {
+AidaWalk::State AidaWalk::beginInTuple(std::string_view name, const char* const* attributes) {
     if (name == "columns")
         return State::Columns;
-    isChain = isChain || name == "tuple";
+    if (name == "tuple" && isWanted)
+        members.push_back(
+            objectPath(textOr(attributeOf(attributes, "path"), ""), textOr(attributeOf(attributes, "name"), "")));
     if (name != "rows")
         return State::Skipped;
     endHeader();
@@ -152,10 +154,6 @@ AidaWalk::State AidaWalk::beginInRow(std::string_view name, const char* const* a
     }
     if (name != "entryITuple" && name != "entryTuple")
         return State::Skipped;
-    if (states.back() == State::NestedRow) {
-        rowBuilder->missingEntry();
-        return State::Skipped;
-    }
     rowBuilder->beginNested();
     return State::Nested;
 }
@@ -205,7 +203,11 @@ void AidaWalk::endHeader() {
         return;
     for (const std::string& sentence : made->warnings())
         warnOnce(sentence, sentence);
-    rowBuilder = std::move(made);
+    if (rowBuilder && !haveSameShape(rowBuilder->columns(), header))
+        fail(fmt::format("{} has other columns than the tuples before it in its chain", current.path));
+    if (!rowBuilder)
+        rowBuilder = std::move(made);
+    hasBegun = true;
     reader->pause();
 }
 
@@ -235,7 +237,6 @@ void AidaWalk::endElement(const char* /*name*/) {
 
 void AidaWalk::endRow() {
     rowBuilder->endRow();
-    ++completeRows;
     if (rowBuilder->hasExtraEntries())
         warnOnce("extra entries",
                  fmt::format("{} has rows with more entries than columns; these are left out", current.path));
@@ -246,16 +247,14 @@ void AidaWalk::endRow() {
 std::size_t AidaWalk::takeRows(const PlainRows& rows, std::size_t first) {
     const std::size_t count = std::min(rows.count() - first, chunkRows - rowBuilder->rows());
     rowBuilder->appendRows(rows, first, count);
-    completeRows += count;
     return count;
 }
 
 void AidaWalk::endObject() {
-    if (isWanted && isChain)
-        fail(fmt::format("{} is a chain of other tuples; read these", current.path));
     if (isWanted && !hasHeader && isConverted)
         fail(fmt::format("the cloud {} has been converted to a histogram and holds no points any more", current.path));
-    endHeader();
+    if (!isWanted || members.empty() || hasHeader)
+        endHeader();
     if (!isWanted)
         return;
     if (reader->repairedBytes() > 0)

@@ -27,10 +27,16 @@ public:
     /// Objects whose beginnings, with the header where there is one, have been read.
     const std::vector<AidaEntry>& entries() const { return found; }
     /// Null until the header of the wanted object has been read; the reader then pauses.
-    TupleBuilder* builder() { return rowBuilder.get(); }
+    TupleBuilder* builder() { return hasBegun ? rowBuilder.get() : nullptr; }
+    /// The rows are put behind those of another tuple, which must have the same columns.
+    void goOnWith(std::unique_ptr<TupleBuilder> rows) { rowBuilder = std::move(rows); }
+    /// Complete rows, also of such a tuple before it.
+    const std::unique_ptr<TupleBuilder>& rows() const { return rowBuilder; }
+    std::unique_ptr<TupleBuilder> release() { return std::move(rowBuilder); }
+    /// Paths of the tuples that the wanted one, which has no rows of its own, names in their place.
+    const std::vector<std::string>& chain() const { return members; }
     /// The wanted object has been read to its end.
     bool isDone() const { return done; }
-    std::uint64_t rowsDone() const { return completeRows; }
 
     void beginElement(const char* name, const char* const* attributes) override;
     void endElement(const char* name) override;
@@ -62,7 +68,7 @@ private:
 
     State begun(std::string_view name, const char* const* attributes);
     State beginObject(std::string_view name, const char* const* attributes);
-    State beginInTuple(std::string_view name);
+    State beginInTuple(std::string_view name, const char* const* attributes);
     State beginInRow(std::string_view name, const char* const* attributes);
     State beginInCloud(std::string_view name);
     void beginColumn(const char* const* attributes);
@@ -87,14 +93,14 @@ private:
     bool isWanted = false;
     bool hasHeader = false;
     bool isConverted = false;  ///< A cloud that has become a histogram.
-    bool isChain = false;      ///< A tuple that only names others.
+    bool hasBegun = false;     ///< The header of the wanted object has been read.
+    std::vector<std::string> members;
     bool done = false;
     std::vector<AidaColumn> header;
     std::vector<AidaColumn> openColumns;
     std::unique_ptr<TupleBuilder> rowBuilder;
     std::vector<PlainColumn> plain;
     bool isInPlainRows = false;
-    std::uint64_t completeRows = 0;
     ObjectPaths paths;
     std::vector<std::string> reported;
     std::set<std::string> warned;

@@ -14,6 +14,8 @@ namespace velmorak::io {
 
 namespace {
 
+constexpr std::size_t deepestNested = 16;
+
 std::string_view trimmed(std::string_view text) {
     const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
     while (!text.empty() && isBlank(text.front()))
@@ -82,9 +84,9 @@ bool readBoolean(std::string_view text, std::uint8_t& value) {
     return true;
 }
 
-TupleBuilder::TupleBuilder(const std::vector<AidaColumn>& columns) {
+TupleBuilder::TupleBuilder(const std::vector<AidaColumn>& columns) : header(columns) {
     for (const AidaColumn& column : columns)
-        items.push_back(column.isNested ? addNested(column) : addColumn(column));
+        items.push_back(column.isNested ? addNested(column, column.name, 0) : addColumn(column));
 }
 
 TupleBuilder::Item TupleBuilder::addColumn(const AidaColumn& column) {
@@ -93,23 +95,35 @@ TupleBuilder::Item TupleBuilder::addColumn(const AidaColumn& column) {
     return item;
 }
 
-TupleBuilder::Item TupleBuilder::addNested(const AidaColumn& column) {
+TupleBuilder::Item TupleBuilder::addNested(const AidaColumn& column, const std::string& name, std::size_t depth) {
     Item item;
     item.isNested = true;
+    if (depth > deepestNested) {
+        sentences.push_back(fmt::format(R"(the column "{}" is nested too deep and is left out)", name));
+        return item;
+    }
     if (column.children.empty())
-        sentences.push_back(
-            fmt::format(R"(the nested column "{}" does not say what it holds and is left out)", column.name));
+        sentences.push_back(fmt::format(R"(the nested column "{}" does not say what it holds and is left out)", name));
     for (const AidaColumn& child : column.children) {
-        Item inside;
-        const std::string name = column.children.size() == 1 ? column.name : column.name + "." + child.name;
-        if (child.isNested)
-            sentences.push_back(fmt::format(R"(the column "{}" holds rows within nested rows and is left out)", name));
-        else
-            inside.slot = addSlot(child, name, true);
-        inside.isNested = child.isNested;
-        item.children.push_back(std::move(inside));
+        const std::string inside = name + "." + child.name;
+        if (child.isNested) {
+            item.children.push_back(addNested(child, inside, depth + 1));
+        } else {
+            item.children.emplace_back();
+            item.children.back().slot = addSlot(child, column.children.size() == 1 ? name : inside, true);
+        }
+    }
+    if (depth > 0 && !column.children.empty()) {
+        item.countSlot = addCounter(name + ".count");
+        item.rowSlot = addCounter(name + ".row");
     }
     return item;
+}
+
+std::size_t TupleBuilder::addCounter(const std::string& name) {
+    AidaColumn counter;
+    counter.type = ColumnType::Integer;
+    return addSlot(counter, name, true);
 }
 
 std::size_t TupleBuilder::addSlot(const AidaColumn& column, const std::string& name, bool isList) {
@@ -138,21 +152,28 @@ std::size_t TupleBuilder::addSlot(const AidaColumn& column, const std::string& n
     return slots.size() - 1;
 }
 
-const TupleBuilder::Item* TupleBuilder::nextItem() {
-    if (isInNested)
-        return nested != nullptr && nestedPosition < nested->children.size() ? &nested->children[nestedPosition++]
-                                                                             : nullptr;
-    return position < items.size() ? &items[position++] : nullptr;
+TupleBuilder::Item* TupleBuilder::nextItem() {
+    std::vector<Item>* all = levels.empty() ? &items : levels.back().item ? &levels.back().item->children : nullptr;
+    std::size_t& place = levels.empty() ? position : levels.back().position;
+    return all != nullptr && place < all->size() ? &(*all)[place++] : nullptr;
 }
 
 bool TupleBuilder::entry(const char* value) {
     const Item* item = nextItem();
-    if (item == nullptr)
-        hasExtra = hasExtra || !isInNested || (nested != nullptr && !nested->children.empty());
-    // A single value where rows belong says nothing of them.
-    if (item == nullptr || item->slot == Item::none)
+    if (item == nullptr) {
+        const Item* inside = levels.empty() ? nullptr : levels.back().item;
+        hasExtra = hasExtra || levels.empty() || (inside != nullptr && !inside->children.empty());
         return true;
-    return put(slots[item->slot], value);
+    }
+    // A single value where rows belong says nothing of them.
+    if (item->isNested)
+        countRows(*item, 0);
+    return item->isNested || put(slots[item->slot], value);
+}
+
+void TupleBuilder::countRows(const Item& item, std::int64_t rows) {
+    if (item.countSlot != Item::none)
+        std::get<Column::Integers>(slots[item.countSlot].column.values).push_back(rows);
 }
 
 bool TupleBuilder::put(Slot& slot, const char* value) {
@@ -193,34 +214,52 @@ void TupleBuilder::putDefault(Slot& slot) {
 
 void TupleBuilder::missingEntry() {
     const Item* item = nextItem();
-    if (item != nullptr && item->slot != Item::none)
+    if (item != nullptr && item->isNested)
+        countRows(*item, 0);
+    else if (item != nullptr)
         putDefault(slots[item->slot]);
 }
 
 void TupleBuilder::beginNested() {
-    const Item* item = nextItem();
-    isInNested = true;
-    nested = item != nullptr && item->isNested ? item : nullptr;
-    nestedPosition = 0;
+    Item* item = nextItem();
     // Rows where a single value belongs: the default takes its place.
     if (item != nullptr && !item->isNested)
         putDefault(slots[item->slot]);
+    levels.push_back({item != nullptr && item->isNested ? item : nullptr});
 }
 
 void TupleBuilder::endNestedRow() {
-    while (nested != nullptr && nestedPosition < nested->children.size())
+    Item* item = levels.back().item;
+    while (item != nullptr && levels.back().position < item->children.size())
         missingEntry();
-    nestedPosition = 0;
+    levels.back().position = 0;
+    ++levels.back().rows;
+    if (item == nullptr)
+        return;
+    ++item->rows;
+    if (item->rowSlot != Item::none)
+        std::get<Column::Integers>(slots[item->rowSlot].column.values).push_back(levels[levels.size() - 2].item->rows);
 }
 
 void TupleBuilder::endNested() {
-    isInNested = false;
-    nested = nullptr;
+    const Level level = levels.back();
+    levels.pop_back();
+    if (level.item != nullptr)
+        countRows(*level.item, level.rows);
+}
+
+/// Counts the nested rows anew.
+void TupleBuilder::restart(std::vector<Item>& items) {
+    for (Item& item : items) {
+        item.rows = 0;
+        restart(item.children);
+    }
 }
 
 void TupleBuilder::endRow() {
     while (position < items.size())
         missingEntry();
+    restart(items);
     position = 0;
     for (Slot& slot : slots)
         if (slot.column.isList())
@@ -256,7 +295,8 @@ void TupleBuilder::dropIncompleteRow() {
         std::visit([&](auto& values) { values.resize(complete); }, slot.column.values);
     }
     position = 0;
-    endNested();
+    levels.clear();
+    restart(items);
 }
 
 std::vector<ColumnPtr> TupleBuilder::take() {

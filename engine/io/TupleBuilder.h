@@ -12,11 +12,15 @@ namespace velmorak::io {
 
 /// Makes columns of the entries of a tuple, as they come from its file: row by row, each value a text.
 /// A nested column of one column is a list column of its name, one of several is a list column for each, "trk.px".
+/// Rows within nested rows make lists, too, of all that are in one row of the tuple: "trk.hits.x". Which of them belong
+/// together, two more lists say: "trk.hits.count", how many hits each track has, and "trk.hits.row", which of the
+/// tracks each hit is in, counted from 0.
 class TupleBuilder {
 public:
     explicit TupleBuilder(const std::vector<AidaColumn>& columns);
 
     const Schema& schema() const { return allColumns; }
+    const std::vector<AidaColumn>& columns() const { return header; }
     /// Sentences about columns that cannot be taken as they are.
     const std::vector<std::string>& warnings() const { return sentences; }
 
@@ -58,26 +62,37 @@ private:
         std::size_t slot = none;
         bool isNested = false;
         std::vector<Item> children;
+        std::size_t countSlot = none;  ///< Of rows within nested rows.
+        std::size_t rowSlot = none;
+        std::int64_t rows = 0;  ///< Of a nested column, in the row of the tuple that is being read.
+    };
+    /// Nested rows that are being read.
+    struct Level {
+        Item* item = nullptr;  ///< Null where rows are told that belong to no column.
+        std::size_t position = 0;
+        std::int64_t rows = 0;
     };
 
     Item addColumn(const AidaColumn& column);
-    Item addNested(const AidaColumn& column);
+    Item addNested(const AidaColumn& column, const std::string& name, std::size_t depth);
+    std::size_t addCounter(const std::string& name);
     std::size_t addSlot(const AidaColumn& column, const std::string& name, bool isList);
     bool put(Slot& slot, const char* value);
     static void putDefault(Slot& slot);
-    const Item* nextItem();
+    Item* nextItem();
+    void countRows(const Item& item, std::int64_t rows);
+    static void restart(std::vector<Item>& items);
     void dropIncompleteRow();
 
+    std::vector<AidaColumn> header;
     Schema allColumns;
     std::vector<Slot> slots;
     std::vector<Item> items;
     std::vector<std::string> sentences;
     std::string reason;
     bool hasExtra = false;
-    const Item* nested = nullptr;  ///< Whose rows are being read.
-    bool isInNested = false;
-    std::size_t position = 0;  ///< Of the next entry in the row.
-    std::size_t nestedPosition = 0;
+    std::vector<Level> levels;  ///< From the outermost to the one that is being read.
+    std::size_t position = 0;   ///< Of the next entry in the row.
     std::size_t rowCount = 0;
 };
 

@@ -155,19 +155,6 @@ TEST_F(AidaTables, knowEveryDialectOfTypesAndNumbers) {
     EXPECT_THAT(run.warnings, IsEmpty());
 }
 
-TEST_F(AidaTables, leaveOutRowsWithinNestedRows) {
-    const auto file = aidaWith(
-        "<tuple name='t'><columns><column name='trk' type='ITuple'><columns><column name='px'/>"
-        "<column name='hits' type='ITuple'><columns><column name='x'/></columns></column><column name='q' type='int'/>"
-        "</columns></column></columns><rows><row><entryITuple><row><entry value='1'/><entryITuple><row><entry "
-        "value='5'/>"
-        "</row></entryITuple><entry value='-1'/></row></entryITuple></row></rows></tuple>");
-    const Rows rows = readRows(file, "", run);
-    EXPECT_THAT(namesOf(rows.schema), ElementsAre("trk.px", "trk.q"));
-    EXPECT_EQ(rows.columns[1].integers(), (Column::Integers{-1}));
-    EXPECT_THAT(run.warnings, ElementsAre(HasSubstr("\"trk.hits\" holds rows within nested rows")));
-}
-
 TEST_F(AidaTables, skipUnknownElementsWithOneWarningEach) {
     const auto file = aidaWith(
         "<strange><row/></strange><strange/><!-- a comment -->"
