@@ -195,13 +195,17 @@ std::string normalPath(std::string_view path) {
     return normal;
 }
 
-std::string objectPath(std::string_view folder, std::string_view name) {
-    std::string plainName;
+std::string plainName(std::string_view name) {
+    std::string plain;
     for (std::size_t position = 0; position < name.size(); ++position)
         if (name.substr(position, 2) != "\\/")
-            plainName += name[position];
-    std::string path = normalPath(folder);
-    return path == "/" ? path + plainName : path + "/" + plainName;
+            plain += name[position];
+    return plain;
+}
+
+std::string objectPath(std::string_view folder, std::string_view name) {
+    const std::string path = normalPath(folder);
+    return (path == "/" ? path : path + "/") + plainName(name);
 }
 
 bool isKnownElement(std::string_view name) {

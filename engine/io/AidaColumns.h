@@ -27,6 +27,8 @@ bool haveSameShape(const std::vector<AidaColumn>& some, const std::vector<AidaCo
 /// @param booking attribute of that name, empty when there is none.
 AidaColumn columnFrom(std::string_view name, std::string_view type, std::string_view booking);
 
+/// @return an object's name without the backslash that some programs put before a "/" in it.
+std::string plainName(std::string_view name);
 /// @return "/" separated path of an object from the attributes of its element: with a "/" in front, none doubled, none
 ///         at the end.
 std::string objectPath(std::string_view folder, std::string_view name);

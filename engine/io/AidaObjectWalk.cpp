@@ -118,7 +118,7 @@ void AidaObjectWalk::beginObject(std::string_view name, const char* const* attri
     if (!warning.empty())
         warn(warning, warning);
     raw->element = name;
-    raw->name = textOr(attributeOf(attributes, "name"), "unnamed");
+    raw->name = plainName(textOr(attributeOf(attributes, "name"), "unnamed"));
     raw->title = textOr(attributeOf(attributes, "title"), textOr(attributeOf(attributes, "label"), "").c_str());
     if (raw->title.empty())
         raw->title = raw->name;

@@ -101,6 +101,9 @@ void AidaWalk::beginDocument() {
 bool AidaWalk::continuesAfter(const std::string& damage) {
     if (reader->document().empty() || hasBegun)
         return false;
+    // What was looked for may have been in there.
+    if (isReading())
+        context.warn(damage);
     reported.push_back(damage);
     return true;
 }

@@ -163,5 +163,19 @@ TEST_F(AidaContainers, damagedInAnyWayEndInASentenceOrInRows) {
     EXPECT_GT(failures, 100U);
 }
 
+TEST_F(AidaContainers, tellOfADamagedFileBeforeTheOneThatIsRead) {
+    const std::string bad = tuple("a", 1).substr(0, 60);
+    const auto file = fileWith(packed({{"a.aida", bad}, {"b.aida", tuple("b", 3)}}, true));
+    for (const char* object : {"/t/b", "b"}) {
+        run.warnings.clear();
+        EXPECT_EQ(readRows(file, object, run).count(), 3U);
+        ASSERT_EQ(run.warnings.size(), 1U) << object;
+        EXPECT_THAT(run.warnings[0], HasSubstr("a.aida"));
+    }
+    run.warnings.clear();
+    EXPECT_THAT(failureOf([&] { openAidaTable(file, "/t/gone", run); }), HasSubstr("holds no object /t/gone"));
+    EXPECT_EQ(run.warnings.size(), 1U) << "it may have been in there";
+}
+
 }  // namespace
 }  // namespace velmorak

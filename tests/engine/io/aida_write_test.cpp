@@ -134,5 +134,23 @@ TEST_F(AidaWriting, ofATableIsNotInterrupted) {
     EXPECT_THROW(writer.close(), std::logic_error);
 }
 
+TEST_F(AidaWriting, keepsASlashInANameAsItWasWritten) {
+    const auto first = aidaWith(
+        "<dataPointSet name='a\\/b\\c' path='/d' dimension='1'/>"
+        "<dataPointSet name='e\\\\/' path='/d' dimension='1'/>");
+    const std::vector<AidaObject> objects = readAidaObjects(first, run);
+    ASSERT_EQ(objects.size(), 2U);
+    EXPECT_EQ(objects[0].object->name, "a/b\\c");
+    EXPECT_EQ(objects[1].object->name, "e\\/");
+    const auto second = folder / "second.aida";
+    AidaFileWriter writer(second);
+    for (const AidaObject& object : objects)
+        writer.write(*object.object, "/d");
+    writer.close();
+    EXPECT_NE(contentOf(second).find("name=\"a\\/b\\c\""), std::string::npos);
+    EXPECT_NE(contentOf(second).find("name=\"e\\\\/\""), std::string::npos);
+    EXPECT_EQ(readAidaObjects(second, run)[1].path, objects[1].path);
+}
+
 }  // namespace
 }  // namespace velmorak
