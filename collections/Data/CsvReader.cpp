@@ -61,18 +61,29 @@ std::vector<std::string> CsvReader::readHeader(CsvRecords& from) const {
     return names;
 }
 
+/// Damage ends the looking; what stands before it will be read.
+void CsvReader::lookAtRows(CsvRecords& sample, std::vector<TypeGuess>& guesses) {
+    for (std::size_t row = 0; row < rowsToLookAt; ++row) {
+        if (row % 1024 == 0 && context.isStopping())
+            throw Stopped();
+        try {
+            if (!sample.next(fields))
+                return;
+        } catch (const Failure&) {
+            return;
+        }
+        for (std::size_t i = 0; i < guesses.size() && fields.size() == guesses.size(); ++i)
+            guesses[i].see(fields[i], options.missing);
+    }
+}
+
 void CsvReader::findColumns() {
     CsvRecords sample(options.file, options.form);
     const std::vector<std::string> names = readHeader(sample);
     std::vector<TypeGuess> guesses(names.size());
     if (!options.hasHeader)
         sample = CsvRecords(options.file, options.form);
-    for (std::size_t row = 0; row < rowsToLookAt && sample.next(fields); ++row) {
-        if (row % 1024 == 0 && context.isStopping())
-            throw Stopped();
-        for (std::size_t i = 0; i < guesses.size() && fields.size() == guesses.size(); ++i)
-            guesses[i].see(fields[i], options.missing);
-    }
+    lookAtRows(sample, guesses);
     for (std::size_t i = 0; i < names.size(); ++i) {
         const auto given = options.types.find(names[i]);
         columns.add({.name = names[i], .type = given == options.types.end() ? guesses[i].type() : given->second});
@@ -87,27 +98,43 @@ bool CsvReader::next(Chunk& chunk) {
     for (const ColumnInfo& column : columns.columns())
         target.push_back(emptyColumn(column.type));
     chunk.rows = 0;
-    for (std::size_t seen = 0; chunk.rows < chunkRows && records.next(fields); ++seen) {
-        if (seen % 4096 == 0 && context.isStopping())
-            throw Stopped();
-        const std::string complaint = complaintAbout(target);
-        if (complaint.empty()) {
-            ++chunk.rows;
-            continue;
+    try {
+        while (!failure && chunk.rows < chunkRows && readRow(target, chunk.rows)) {
         }
-        if (!options.isSkipping)
-            throw Failure("file", complaint);
+    } catch (const Failure& damage) {
+        failure = damage;
         for (Column& column : target)
             shorten(column, chunk.rows);
-        if (skippedRows++ == 0)
-            firstComplaint = complaint;
     }
+    // What is complete before the damage comes first.
+    if (failure && chunk.rows == 0)
+        throw Failure(*failure);
     chunk.columns.clear();
     for (Column& column : target)
         chunk.columns.push_back(std::make_shared<const Column>(std::move(column)));
     if (chunk.rows == 0)
         reportSkipped();
     return chunk.rows > 0;
+}
+
+/// Appends the next record to the columns, or skips it. @return false at the end of the file.
+bool CsvReader::readRow(std::vector<Column>& target, std::size_t& rows) {
+    if (++recordsSeen % 4096 == 0 && context.isStopping())
+        throw Stopped();
+    if (!records.next(fields))
+        return false;
+    const std::string complaint = complaintAbout(target);
+    if (complaint.empty()) {
+        ++rows;
+        return true;
+    }
+    if (!options.isSkipping)
+        throw Failure("file", complaint);
+    for (Column& column : target)
+        shorten(column, rows);
+    if (skippedRows++ == 0)
+        firstComplaint = complaint;
+    return true;
 }
 
 /// Appends the record to the columns. @return an empty text, or why that cannot be done.

@@ -28,6 +28,8 @@ public:
 private:
     std::vector<std::string> readHeader(CsvRecords& from) const;
     void findColumns();
+    void lookAtRows(CsvRecords& sample, std::vector<TypeGuess>& guesses);
+    bool readRow(std::vector<Column>& target, std::size_t& rows);
     std::string complaintAbout(std::vector<Column>& target);
     void reportSkipped();
 
@@ -36,6 +38,8 @@ private:
     CsvRecords records;
     Schema columns;
     std::vector<CsvField> fields;
+    std::optional<Failure> failure;  ///< That the rows end with.
+    std::uint64_t recordsSeen = 0;
     std::uint64_t skippedRows = 0;
     std::string firstComplaint;
 };

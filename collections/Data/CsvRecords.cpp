@@ -13,39 +13,38 @@ constexpr std::size_t blockBytes = 1U << 20U;
 /// A quote that is not closed would otherwise take in the whole file.
 constexpr std::size_t maxRecordBytes = 64U << 20U;
 
+/// What goes wrong in the work is about the input that names the file.
+template <typename Work>
+auto ofTheFile(Work&& work) {
+    try {
+        return work();
+    } catch (const Failure& failure) {
+        throw Failure("file", failure.what());
+    }
+}
+
 }  // namespace
 
 CsvRecords::CsvRecords(const std::filesystem::path& file, CsvForm csvForm)
-    : form(std::move(csvForm)), name(file.string()), in(file, std::ios::binary) {
-    std::error_code error;
-    size = std::filesystem::file_size(file, error);
-    if (!in || error)
-        throw Failure("file", "\"" + name + "\" cannot be opened");
+    : form(std::move(csvForm)), name(file.string()), in(ofTheFile([&] { return PackedFile(file); })) {
     refill();
     if (buffer.starts_with("\xEF\xBB\xBF"))
         place = 3;
-}
-
-double CsvRecords::fraction() const {
-    return size == 0 ? 1.0 : static_cast<double>(taken + place) / static_cast<double>(size);
 }
 
 /// Puts more of the file behind what is left in the buffer.
 bool CsvRecords::refill() {
     if (isAtEnd)
         return false;
-    taken += place;
     buffer.erase(0, std::exchange(place, 0));
     if (buffer.size() > maxRecordBytes)
         throw Failure("file", "\"" + name + "\", line " + std::to_string(recordLine) +
                                   ": the record does not end; is a quote not closed?");
     const std::size_t before = buffer.size();
     buffer.resize(before + std::max(blockBytes, before));
-    in.read(buffer.data() + before, static_cast<std::streamsize>(buffer.size() - before));
-    buffer.resize(before + static_cast<std::size_t>(in.gcount()));
-    if (in.bad())
-        throw Failure("file", "\"" + name + "\" cannot be read");
-    isAtEnd = in.eof();
+    const std::size_t more = ofTheFile([&] { return in.read(buffer.data() + before, buffer.size() - before); });
+    isAtEnd = more == 0;
+    buffer.resize(before + more);
     return true;
 }
 

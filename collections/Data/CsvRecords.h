@@ -1,9 +1,10 @@
 #pragma once
 
+#include <velmorak/PackedFile.h>
+
 #include <cstdint>
 #include <deque>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,8 +22,9 @@ struct CsvField {
     bool isQuoted = false;
 };
 
-/// Takes a text file apart, record by record. A field in double quotes may hold delimiters, line ends, and quotes,
-/// which are doubled. Blanks around other fields are left out, and so are empty lines. One thread at a time.
+/// Takes a text file, packed or not, apart, record by record. A field in double quotes may hold delimiters, line ends,
+/// and quotes, which are doubled. Blanks around other fields are left out, and so are empty lines. One thread at a
+/// time.
 class CsvRecords {
 public:
     /// @throws Failure if the file cannot be opened.
@@ -37,7 +39,7 @@ public:
     /// Empty, or what is wrong with the last record's quotes.
     const std::string& complaint() const { return problem; }
     /// Part of the file that has been read.
-    double fraction() const;
+    double fraction() const { return in.fraction(); }
 
 private:
     enum class Step { More, End, Short };
@@ -52,9 +54,7 @@ private:
 
     CsvForm form;
     std::string name;
-    std::ifstream in;
-    std::uintmax_t size = 0;
-    std::uint64_t taken = 0;  ///< Bytes before the buffer.
+    PackedFile in;
     std::string buffer;
     std::size_t place = 0;  ///< Where the next record begins in the buffer.
     bool isAtEnd = false;   ///< The buffer holds the rest of the file.

@@ -60,8 +60,9 @@ std::string CsvTableKind::summary() const {
 Ports CsvTableKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {{.name = "file",
-                     .description = "Text file. A relative name is looked for beside the document, then in the current "
-                                    "folder.",
+                     .description =
+                         "Text file, plain or packed with gzip, bzip2 or zip, which is told by its content. A "
+                         "relative name is looked for beside the document, then in the current folder.",
                      .type = ValueType::Text}};
     for (InputSpec& input : formInputs())
         ports.inputs.push_back(std::move(input));

@@ -155,7 +155,85 @@ TEST_F(Csv, aFileLargerThanTheReadersBuffer) {
 
 TEST_F(Csv, aFileThatIsNotThereIsNamed) {
     bench.set("file", "/nowhere/data.csv");
-    EXPECT_EQ(bench.failure(), "file: \"/nowhere/data.csv\" cannot be opened");
+    EXPECT_EQ(bench.failure(), "file: /nowhere/data.csv cannot be opened");
+}
+
+/// The bytes of a command's output.
+std::string outputOf(const std::string& command) {
+    std::string bytes;
+    FILE* pipe = popen(command.c_str(), "r");
+    for (int byte = fgetc(pipe); byte != EOF; byte = fgetc(pipe))
+        bytes += static_cast<char>(byte);
+    EXPECT_EQ(pclose(pipe), 0) << command;
+    return bytes;
+}
+
+TEST_F(Csv, packedFilesAreReadByTheirContent) {
+    write("x,n\n1,1\n2,2\n");
+    const std::string plain = "'" + (bench.folder() / "data.csv").string() + "'";
+    const std::string zip =
+        "import sys,zipfile; a=zipfile.ZipFile(sys.argv[2],'w',zipfile.ZIP_DEFLATED); "
+        "[a.write(sys.argv[1], name) for name in sys.argv[3:]]";
+    const std::string target = " '" + (bench.folder() / "made.zip").string() + "' ";
+    outputOf("python3 -c \"" + zip + "\" " + plain + target + "folder/x.csv");
+    const std::string zipped = test::textIn(bench.folder() / "made.zip");
+    for (const std::string& bytes : {outputOf("gzip -c " + plain), outputOf("bzip2 -c " + plain), zipped,
+                                     outputOf("printf 'x,n\\n1,' | gzip -c; printf '1\\n2,2' | gzip -c")}) {
+        ASSERT_NE(bytes.substr(0, 3), "x,n");
+        write(bytes);
+        bench.run();
+        EXPECT_EQ(bench.table().column("x"), (Reals{1, 2}));
+        EXPECT_EQ(bench.table().column("n"), (Reals{1, 2}));
+    }
+    outputOf("python3 -c \"" + zip + "\" " + plain + target + "a.csv b.csv");
+    write(test::textIn(bench.folder() / "made.zip"));
+    EXPECT_EQ(complaint(),
+              "data.csv is an archive of several files, and only of one can be read: it holds a.csv, b.csv");
+}
+
+TEST_F(Csv, aTextThatBeginsLikeAPackedFileIsAText) {
+    for (const std::string name : {"BZh1", "x^", "PK"}) {
+        write(name + "\n1\n");
+        bench.run();
+        EXPECT_EQ(bench.table().column(name), Reals{1}) << name;
+    }
+}
+
+TEST_F(Csv, rowsBeforeTheDamageOfAPackedFileComeFirst) {
+    std::string content = "n\n";
+    for (int row = 0; row < 100000; ++row)
+        content += std::to_string(row) + "\n";
+    write(content);
+    const std::string packed = outputOf("gzip -c '" + (bench.folder() / "data.csv").string() + "'");
+    write(packed.substr(0, packed.size() / 2));
+    EXPECT_NE(complaint().find("gzip data end too early at byte "), std::string::npos) << complaint();
+    const Reals numbers = bench.table().column("n");
+    EXPECT_GT(numbers.size(), 30000U);
+    EXPECT_EQ(numbers.back(), static_cast<double>(numbers.size() - 1));
+}
+
+TEST_F(Csv, rowsThatAreSkippedInSeveralChunksMakeOneReport) {
+    std::string content = "n\n";
+    for (int row = 0; row < 100000; ++row)
+        content += row % 1000 == 7 ? "bad\n" : std::to_string(row) + "\n";
+    write(content);
+    bench.set("types", "n: integer").set("errors", "skip").expectWarnings().run();
+    EXPECT_EQ(bench.table().column("n").size(), 99900U);
+    ASSERT_EQ(bench.warnings().size(), 1U);
+    EXPECT_TRUE(bench.warnings()[0].starts_with("100 rows were skipped; the first: ")) << bench.warnings()[0];
+    EXPECT_NE(bench.warnings()[0].find("line 9, column 1 (n)"), std::string::npos) << bench.warnings()[0];
+}
+
+TEST_F(Csv, whatIsMissingCanBeWrittenInAnyWay) {
+    write("x,name\n-,-\n1,mu\n");
+    bench.set("missing", "-").run();
+    EXPECT_EQ(typeOf("x"), "real");
+    EXPECT_TRUE(std::isnan(column("x").reals()[0]));
+    EXPECT_EQ(column("name").texts(), (Column::Texts{"", "mu"}));
+    write("n\n1\n\"\"\n");
+    bench.set("types", "n: integer");
+    EXPECT_NE(complaint().find("line 3, column 1 (n): nothing stands where there should be a value"), std::string::npos)
+        << complaint();
 }
 
 TEST(Philox, givesTheNumbersOfItsPaper) {
