@@ -23,7 +23,11 @@ using expression::Step;
 class Evaluation {
 public:
     Evaluation(const std::string& expressionText, const Code& program, const Chunk& rows)
-        : text(expressionText), code(program), chunk(rows), buffers(program.buffers), lists(program.lists) {}
+        : text(expressionText),
+          code(program),
+          chunk(rows),
+          buffers(std::make_unique_for_overwrite<Block[]>(program.buffers)),
+          lists(program.lists) {}
 
     ColumnPtr run() {
         auto column = std::make_shared<Column>();
@@ -185,7 +189,7 @@ private:
     const std::string& text;
     const Code& code;
     const Chunk& chunk;
-    std::vector<Block> buffers;
+    std::unique_ptr<Block[]> buffers;
     std::vector<std::vector<std::byte>> lists;
 };
 

@@ -1,3 +1,4 @@
+#include "ExpressionExp.h"
 #include "ExpressionKernels.h"
 
 #include <algorithm>
@@ -161,7 +162,7 @@ constexpr std::array functions{
     rounding("trunc", ofReal<[](double x) { return std::trunc(x); }>),
     real("sqrt", ofReal<[](double x) { return std::sqrt(x); }>),
     real("cbrt", ofReal<[](double x) { return std::cbrt(x); }>),
-    real("exp", ofReal<[](double x) { return std::exp(x); }>),
+    real("exp", ofReal<[](double x) { return exponential(x); }>),
     real("exp2", ofReal<[](double x) { return std::exp2(x); }>),
     real("expm1", ofReal<[](double x) { return std::expm1(x); }>),
     real("log", ofReal<[](double x) { return std::log(x); }>),
@@ -185,6 +186,7 @@ constexpr std::array functions{
     real("gamma", ofReal<[](double x) { return std::tgamma(x); }>),
     real("lgamma", ofReal<logGamma>),
     reals("pow", realPower),
+    real("square", ofReal<[](double x) { return x * x; }>),
     reals("fmod", realRemainder),
     reals("atan2", ofReals<[](double x, double y) { return std::atan2(x, y); }>),
     reals("remainder", ofReals<[](double x, double y) { return std::remainder(x, y); }>),

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "ExpressionKernels.h"
+
+/// Kernels for processors with wider vectors than any of the family has.
+namespace velmorak::expression {
+
+struct WideKernel {
+    const char* name = nullptr;
+    ColumnType type = ColumnType::Real;  ///< Of the values that it takes.
+    Kernel kernel = nullptr;
+};
+
+struct WideKernels {
+    const WideKernel* first = nullptr;
+    const WideKernel* end = nullptr;
+};
+
+/// Those for AVX2 and FMA, which the processor must have to run them.
+WideKernels avx2Kernels();
+
+/// @return the kernel of the function that suits the processor of this machine better than the common one; null when
+///         there is none.
+Kernel wideKernel(std::string_view name, ColumnType type);
+
+}  // namespace velmorak::expression
