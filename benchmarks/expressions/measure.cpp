@@ -1,13 +1,15 @@
 #include <velmorak/Expression.h>
 
 #include <muParser.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <memory>
+#include <numeric>
 #include <random>
 #include <stdexcept>
 
@@ -21,6 +23,7 @@ namespace {
 using namespace velmorak;
 
 constexpr std::size_t rowCount = 2'000'000;
+constexpr int rounds = 7;
 
 struct Work {
     const char* text;
@@ -63,36 +66,48 @@ std::vector<Chunk> chunksOf(const Columns& columns) {
 
 double sumOf(const Expression& expression, const std::vector<Chunk>& chunks) {
     double sum = 0.0;
-    for (const Chunk& chunk : chunks)
-        for (const double value : asReals(expression.evaluate(chunk))->reals())
+    for (const Chunk& chunk : chunks) {
+        const ColumnPtr values = asReals(expression.evaluate(chunk));
+        for (const double value : values->reals())
             sum += value;
+    }
     return sum;
 }
 
-struct Peer {
+/// The columns in a file, for another program.
+class ColumnFile {
+public:
+    explicit ColumnFile(const Columns& columns) {
+        std::ofstream out(file, std::ios::binary);
+        for (const std::vector<double>& column : columns)
+            out.write(reinterpret_cast<const char*>(column.data()), static_cast<std::streamsize>(8 * column.size()));
+    }
+    ~ColumnFile() { std::filesystem::remove(file); }
+    ColumnFile(const ColumnFile&) = delete;
+    ColumnFile& operator=(const ColumnFile&) = delete;
+
+    const std::filesystem::path file =
+        std::filesystem::temp_directory_path() / ("velmorak-bench-columns-" + std::to_string(getpid()));
+};
+
+struct Answer {
     double ms = 0.0;
     double sum = 0.0;
 };
 
 /// One answer for each piece of work.
-std::vector<Peer> askNumexpr(const Columns& columns) {
-    const std::filesystem::path file = std::filesystem::temp_directory_path() / "velmorak-bench-columns";
-    std::ofstream out(file, std::ios::binary);
-    for (const std::vector<double>& column : columns)
-        out.write(reinterpret_cast<const char*>(column.data()), static_cast<std::streamsize>(8 * column.size()));
-    out.close();
+std::vector<Answer> askNumexpr(const ColumnFile& columns) {
     // The packages are those of the system's own Python.
-    std::string command = "/usr/bin/python3 '" VELMORAK_BENCH_NUMEXPR "' '" + file.string() + "'";
+    std::string command = "/usr/bin/python3 '" VELMORAK_BENCH_NUMEXPR "' '" + columns.file.string() + "'";
     for (const Work& work : works)
         command += std::string(" '") + work.forNumexpr + "'";
-    FILE* answers = popen(command.c_str(), "r");
-    std::vector<Peer> peers(std::size(works));
-    for (Peer& peer : peers)
-        if (answers == nullptr || std::fscanf(answers, "%lf %lf", &peer.ms, &peer.sum) != 2)
+    FILE* pipe = popen(command.c_str(), "r");
+    std::vector<Answer> answers(std::size(works));
+    for (Answer& answer : answers)
+        if (pipe == nullptr || std::fscanf(pipe, "%lf %lf", &answer.ms, &answer.sum) != 2)
             throw std::runtime_error("numexpr gave no answer");
-    pclose(answers);
-    std::filesystem::remove(file);
-    return peers;
+    pclose(pipe);
+    return answers;
 }
 
 void expectSame(double ours, double theirs, const std::string& who) {
@@ -100,31 +115,53 @@ void expectSame(double ours, double theirs, const std::string& who) {
         throw std::runtime_error(who + " finds another sum");
 }
 
-void measure(const Work& work, Columns& columns, const std::vector<Chunk>& chunks, const Peer& numexpr) {
-    const Expression expression(work.text, Schema({{"x"}, {"y"}, {"w"}}));
-    mu::Parser parser;
-    parser.DefineVar("x", columns[0].data());
-    parser.DefineVar("y", columns[1].data());
-    parser.DefineVar("w", columns[2].data());
-    parser.SetExpr(work.text);
-    std::vector<double> results(rowCount);
-    const std::vector<double> medians =
-        bench::mediansOf({[&] {
-                              for (const Chunk& chunk : chunks)
-                                  expression.evaluate(chunk);
-                          },
-                          [&] { parser.Eval(results.data(), static_cast<int>(rowCount)); }},
-                         bench::Clock::Processor, 9);
-    const double sum = sumOf(expression, chunks);
-    double theirSum = 0.0;
-    for (const double value : results)
-        theirSum += value;
-    expectSame(sum, theirSum, "muParser");
-    expectSame(sum, numexpr.sum, "numexpr");
-    const std::string name = std::string(work.text) + ", 2 M rows";
-    bench::printFaster(name, "numexpr, 1 thread", medians[0], numexpr.ms, 2.0);
-    bench::printFaster(name, "muParser, bulk mode", medians[0], medians[1], 5.0);
+double medianOf3(const std::function<void()>& work) {
+    return bench::mediansOf({work}, bench::Clock::Processor, 3).front();
 }
+
+/// One expression as two of the three sides compute it; the third is another program.
+class Duel {
+public:
+    Duel(const Work& work, Columns& columns, const std::vector<Chunk>& rows)
+        : name(std::string(work.text) + ", 2 M rows"),
+          chunks(rows),
+          expression(work.text, Schema({{"x"}, {"y"}, {"w"}})),
+          results(rowCount) {
+        parser.DefineVar("x", columns[0].data());
+        parser.DefineVar("y", columns[1].data());
+        parser.DefineVar("w", columns[2].data());
+        parser.SetExpr(work.text);
+    }
+
+    /// Each side three times in a row, so that none finds the columns farther away than another.
+    void round(const Answer& numexpr) {
+        oursMs.push_back(medianOf3([&] {
+            for (const Chunk& chunk : chunks)
+                expression.evaluate(chunk);
+        }));
+        muParserMs.push_back(medianOf3([&] { parser.Eval(results.data(), static_cast<int>(rowCount)); }));
+        numexprMs.push_back(numexpr.ms);
+        const double sum = sumOf(expression, chunks);
+        expectSame(sum, std::accumulate(results.begin(), results.end(), 0.0), "muParser");
+        expectSame(sum, numexpr.sum, "numexpr");
+    }
+
+    void print() const {
+        const double ours = bench::medianOf(oursMs);
+        bench::printFaster(name, "numexpr, 1 thread", ours, bench::medianOf(numexprMs), 2.0);
+        bench::printFaster(name, "muParser, bulk mode", ours, bench::medianOf(muParserMs), 5.0);
+    }
+
+private:
+    std::string name;
+    const std::vector<Chunk>& chunks;
+    Expression expression;
+    mu::Parser parser;
+    std::vector<double> results;
+    std::vector<double> oursMs;
+    std::vector<double> muParserMs;
+    std::vector<double> numexprMs;
+};
 
 }  // namespace
 
@@ -132,9 +169,17 @@ int main() {
     try {
         Columns columns = randomColumns();
         const std::vector<Chunk> chunks = chunksOf(columns);
-        const std::vector<Peer> numexpr = askNumexpr(columns);
-        for (std::size_t i = 0; i < std::size(works); ++i)
-            measure(works[i], columns, chunks, numexpr[i]);
+        const ColumnFile file(columns);
+        std::vector<std::unique_ptr<Duel>> duels;
+        for (const Work& work : works)
+            duels.push_back(std::make_unique<Duel>(work, columns, chunks));
+        for (int round = 0; round < rounds; ++round) {
+            const std::vector<Answer> answers = askNumexpr(file);
+            for (std::size_t i = 0; i < duels.size(); ++i)
+                duels[i]->round(answers[i]);
+        }
+        for (const auto& duel : duels)
+            duel->print();
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());

@@ -157,6 +157,11 @@ private:
     Typed applied(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
         switch (function.rule) {
             case Rule::Real:
+                if (node.text == "exp")
+                    if (const auto negative =
+                            emitter.takeBack(arguments[0], kernel(*findFunction("-sign"), ColumnType::Real)))
+                        return emitter.emit(kernel(*findFunction("-exp"), ColumnType::Real), *negative,
+                                            ColumnType::Real, node.place);
                 return emitter.emit(kernel(function, ColumnType::Real), all(node, arguments, ColumnType::Real),
                                     ColumnType::Real, node.place);
             case Rule::Test:
@@ -185,10 +190,32 @@ private:
         const auto values = all(node, arguments, type);
         if (values.size() == 1)
             return emitter.emit(kernel(function, type), values, type, node.place);
+        if (const auto joined = type == ColumnType::Real ? joinedWithProduct(node, values) : std::nullopt)
+            return *joined;
         Typed result = emitter.emit(kernel(function, type), {values[0], values[1]}, type, node.place);
         for (std::size_t i = 2; i < values.size(); ++i)
             result = emitter.emit(kernel(function, type), {result, values[i]}, type, node.place);
         return result;
+    }
+
+    /// A sum with a product, or a difference from one, is a single step with both roundings, where the product was the
+    /// step before.
+    std::optional<Typed> joinedWithProduct(const Node& node, const std::vector<Typed>& values) {
+        const bool isSum = node.text == "+";
+        if ((!isSum && node.text != "-") || values[0].isList || values[1].isList)
+            return std::nullopt;
+        const Kernel product = kernel(*findFunction("*"), ColumnType::Real);
+        for (const std::size_t side : {1U, 0U}) {
+            if (side == 1 && !isSum)
+                continue;
+            auto factors = emitter.takeBack(values[side], product);
+            if (!factors)
+                continue;
+            factors->push_back(values[1 - side]);
+            return emitter.emit(kernel(*findFunction(isSum ? "*+" : "*-"), ColumnType::Real), *factors,
+                                ColumnType::Real, node.place);
+        }
+        return std::nullopt;
     }
 
     /// The type that two values are compared in, or that a choice between them has.

@@ -70,7 +70,22 @@ Typed Emitter::emitStep(Step step, const std::vector<Typed>& values, ColumnType 
             freeBuffers.push_back(value.place.position);
         else if (value.place.in == Place::In::List)
             freeLists.push_back(value.place.position);
+    lastValues = values;
     return {step.out, type, isList, step.shape, step.outBytes};
+}
+
+std::optional<std::vector<Typed>> Emitter::takeBack(const Typed& value, Kernel kernel) {
+    if (code.steps.empty() || value.place.in != Place::In::Buffer)
+        return std::nullopt;
+    const Step& last = code.steps.back();
+    if (last.kernel != kernel || last.over != Over::Rows || last.out.position != value.place.position)
+        return std::nullopt;
+    for (const Typed& taken : lastValues)
+        if (taken.place.in == Place::In::Buffer)
+            freeBuffers.pop_back();
+    freeBuffers.push_back(last.out.position);
+    code.steps.pop_back();
+    return std::exchange(lastValues, {});
 }
 
 Typed Emitter::spread(const Typed& value, std::size_t shape, std::size_t place) {

@@ -3,8 +3,10 @@
 #include "ExpressionProgram.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
 #include <utility>
+#include <vector>
 
 namespace velmorak::expression {
 
@@ -37,6 +39,10 @@ public:
     /// One value for each row of a list, by a kernel that looks at the offsets.
     Typed emitReduction(Kernel kernel, const std::vector<Typed>& values, ColumnType type, std::size_t place);
 
+    /// Takes the last step back where it made the value by this kernel, row by row.
+    /// @return what the step took; nothing where another step made the value.
+    std::optional<std::vector<Typed>> takeBack(const Typed& value, Kernel kernel);
+
     Code finish(const Typed& whole) &&;
 
 private:
@@ -47,6 +53,7 @@ private:
 
     std::vector<std::size_t> freeBuffers;
     std::vector<std::size_t> freeLists;
+    std::vector<Typed> lastValues;  ///< Of the last step.
     std::set<std::pair<std::size_t, std::size_t>> equalShapes;
     Code code;
 };

@@ -32,6 +32,17 @@ bool binary(const Lane& lane) {
     return true;
 }
 
+template <auto function>
+bool ternary(const Lane& lane) {
+    const auto* a = static_cast<const double*>(lane.in[0]);
+    const auto* b = static_cast<const double*>(lane.in[1]);
+    const auto* c = static_cast<const double*>(lane.in[2]);
+    auto* out = static_cast<double*>(lane.out);
+    for (std::size_t row = 0; row < lane.rows; ++row)
+        out[row] = function(a[row], b[row], c[row]);
+    return true;
+}
+
 /// function says by its return value whether there is no result.
 template <auto function>
 bool checked(const Lane& lane) {
@@ -139,6 +150,9 @@ constexpr std::array functions{
     Function{"-sign", Rule::Arithmetic, 1, false, ofReal<[](double x) { return -x; }>,
              checked<[](auto x, auto, auto& out) { return __builtin_sub_overflow(std::int64_t{0}, x, &out); }>},
     Function{"+sign", Rule::Arithmetic, 1, false, ofReal<same>, ofInteger<same>},
+    Function{"*+", Rule::Real, 3, false, ternary<[](double x, double y, double z) { return x * y + z; }>},
+    Function{"*-", Rule::Real, 3, false, ternary<[](double x, double y, double z) { return x * y - z; }>},
+    real("-exp", ofReal<[](double x) { return exponential(-x); }>),
     reals("/", ofReals<[](double x, double y) { return x / y; }>),
     reals("^", realPower),
     comparison<[](const auto& x, const auto& y) { return x == y; }>("=="),

@@ -18,6 +18,8 @@ struct WideKernels {
 
 /// Those for AVX2 and FMA, which the processor must have to run them.
 WideKernels avx2Kernels();
+/// The same, with the same bits, for AVX-512 (F, BW, DQ, VL) beside these.
+WideKernels avx512Kernels();
 
 /// @return the kernel of the function that suits the processor of this machine better than the common one; null when
 ///         there is none.

@@ -1,0 +1,9 @@
+#include "ExpressionWideLoops.h"
+
+namespace velmorak::expression {
+
+WideKernels avx512Kernels() {
+    return allKernels;
+}
+
+}  // namespace velmorak::expression
