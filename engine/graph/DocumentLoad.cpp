@@ -117,7 +117,15 @@ void Loading::commit() {
 
 std::string loadDocument(QzManager& manager, const std::string& file) {
     try {
-        Loading loading(manager, parseDocument(readWholeFile(file)), file);
+        return loadDocumentText(manager, readWholeFile(file), file);
+    } catch (const std::exception& error) {
+        return file + ": " + withoutFullStop(error.what()) + ".";
+    }
+}
+
+std::string loadDocumentText(QzManager& manager, const std::string& text, const std::string& file) {
+    try {
+        Loading loading(manager, parseDocument(text), file);
         loading.makeNodes();
         loading.wire();
         loading.commit();

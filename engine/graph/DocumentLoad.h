@@ -14,6 +14,9 @@ namespace velmorak {
 /// @return an empty text, or why nothing was added: a sentence with file, line and reason.
 std::string loadDocument(QzManager& manager, const std::string& file);
 
+/// The same of a text that stood in the file.
+std::string loadDocumentText(QzManager& manager, const std::string& text, const std::string& file);
+
 /// What the manager's plug-ins are as a document.
 Document documentOf(const QzManager& manager);
 

@@ -73,7 +73,8 @@ struct QzManager::Part {
     velmorak::ForeignFields documentFields;
     std::string readError;
     std::string commandLineAida;
-    std::string resultsFolder;  ///< Empty: the one that belongs to the document.
+    std::vector<std::string> settings;  ///< For the record of a run.
+    std::string resultsFolder;          ///< Empty: the one that belongs to the document.
     int portPoints = 9;
     int titlePoints = 11;
     velmorak::RunDoor runs;

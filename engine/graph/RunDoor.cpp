@@ -10,6 +10,7 @@ namespace velmorak {
 
 RunDoor::RunDoor() : runner(std::cerr, isatty(STDERR_FILENO) == 1, storePlaceOfEnvironment()) {
     runner.explain(true);
+    runner.leaveRecords();
 }
 
 void RunDoor::run(const std::function<Pipeline()>& snapshot) {

@@ -17,6 +17,7 @@ public:
     /// @param snapshot gives the pipeline at the moment when this run's turn has come.
     void run(const std::function<Pipeline()>& snapshot);
     void explain(bool isAsked) { runner.explain(isAsked); }
+    void tell(RunListener* listener) { runner.tell(listener); }
     void stop() { runner.stop(); }
     void reset() { runner.reset(); }
 

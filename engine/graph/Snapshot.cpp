@@ -1,5 +1,7 @@
+#include "DocumentLoad.h"
 #include "Inspect.h"
 #include "Parts.h"
+#include "Say.h"
 
 #include <unordered_map>
 
@@ -68,6 +70,8 @@ Pipeline pipelineOf(const QzManager& manager) {
         document = owner.documentPath;
         resultsFolder = owner.resultsFolder;
         made.commandLineAida = owner.commandLineAida;
+        made.settings = owner.settings;
+        made.documentText = formatDocument(documentOf(manager));
     }
     made.document = document;
     made.documentFolder = document.parent_path();
@@ -83,6 +87,23 @@ void setResultsFolder(QzManager& manager, const fs::path& folder) {
 
 void explainRuns(QzManager& manager, bool isAsked) {
     QzManager::Part::of(manager).runs.explain(isAsked);
+}
+
+void tellOfRuns(QzManager& manager, RunListener* listener) {
+    QzManager::Part::of(manager).runs.tell(listener);
+}
+
+void noteSettings(QzManager& manager, const std::vector<std::string>& settings) {
+    QzManager::Part& owner = QzManager::Part::of(manager);
+    const std::lock_guard guard(owner.lock);
+    owner.settings = settings;
+}
+
+void readDocumentText(QzManager& manager, const std::string& text, const std::string& file) {
+    std::string& error = QzManager::Part::of(manager).readError;
+    error = loadDocumentText(manager, text, file);
+    if (!error.empty())
+        say(error);
 }
 
 }  // namespace velmorak

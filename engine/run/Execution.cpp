@@ -16,26 +16,50 @@ Execution::Execution(RunState& state, RunMemory& memory, bool explains, Workers&
     };
 }
 
-RunReport Execution::run() {
+void Execution::run(RunReport& report) {
     findNeeded();
     settleObjections();
     memory.history.explain(state, keeper);
     sayReasons();
     memory.writeDown(memory.history.ifInterrupted(state));
     do {
+        tellSettled();
         sweep();
         keeper.keepFinished();
+        tellSettled();
     } while (!state.isStopping() && passNext());
     settleRest();
     keeper.keepFinished();
+    tellSettled();
     memory.history.remember(state, keeper);
     memory.writeDown(memory.history);
-    RunReport report;
-    for (NodeRun& run : state.runs) {
+    reportTo(report);
+}
+
+void Execution::tellSettled() {
+    for (std::size_t i = 0; state.listener && i < state.runs.size(); ++i) {
+        NodeRun& run = state.runs[i];
+        if (run.isSettled && !run.isTold) {
+            run.isTold = true;
+            state.listener->settled(state.node(i), run.report);
+        }
+    }
+}
+
+void Execution::reportTo(RunReport& report) {
+    std::vector<std::size_t> needed;
+    for (std::size_t i = 0; i < state.runs.size(); ++i) {
+        NodeRun& run = state.runs[i];
         report.wasStopped = report.wasStopped || run.report.outcome == Outcome::Unfinished;
+        if (run.isNeeded) {
+            needed.push_back(i);
+            run.report.written = recorded(keeper.writtenFiles(i));
+        }
+    }
+    report.files = recorded(keeper.filesOf(needed));
+    for (NodeRun& run : state.runs) {
         report.nodes.push_back(std::move(run.report));
     }
-    return report;
 }
 
 void Execution::findNeeded() {
@@ -114,6 +138,7 @@ void Execution::visit(std::size_t position) {
     const bool isValueOnly = !state.plan.isStream(position) && !state.plan.tableFeeder(position);
     if (isValueOnly && state.hasArguments(position) && !state.isStopping()) {
         evaluate(position);
+        tellSettled();
     }
 }
 

@@ -18,7 +18,7 @@ public:
     /// @param explains reasons are said.
     Execution(RunState& state, RunMemory& memory, bool explains, Workers& workers);
 
-    RunReport run();
+    void run(RunReport& report);
 
 private:
     void findNeeded();
@@ -38,7 +38,9 @@ private:
     std::vector<std::vector<std::size_t>> waitingTables() const;
     std::vector<StepPlace> stepsFor(const std::vector<std::size_t>& legs) const;
 
+    void tellSettled();
     void settleRest();
+    void reportTo(RunReport& report);
 
     RunState& state;
     RunMemory& memory;

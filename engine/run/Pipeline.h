@@ -38,6 +38,7 @@ struct Pipeline {
     std::filesystem::path commandLineAida;  ///< Empty when none was given.
     std::filesystem::path document{};       ///< Its file; empty for one that was never saved.
     std::string documentText{};             ///< What would be saved now.
+    std::vector<std::string> settings{};    ///< PLUGIN.INPUT=VALUE: what was set for this run, for its record.
 };
 
 }  // namespace velmorak

@@ -26,6 +26,15 @@ std::vector<std::size_t> upstreamOf(const Plan& plan, std::size_t position) {
 
 }  // namespace
 
+std::vector<RecordedFile> recorded(const std::vector<FileContent>& files) {
+    std::vector<RecordedFile> all;
+    for (const FileContent& file : files) {
+        const bool isThere = file.digest != Digest{};
+        all.push_back({file.file.value_or(""), isThere ? hexOf(file.digest) : ""});
+    }
+    return all;
+}
+
 RecordedPlugin recordOf(const RunState& state, std::size_t position) {
     const PipelineNode& node = state.node(position);
     RecordedPlugin plugin{node.name, node.kindName, node.kind ? node.kind->version() : 0, {}};
@@ -47,10 +56,7 @@ RunRecord recordOf(const RunState& state, Keeper& keeper, std::size_t position) 
     for (const std::size_t each : upstream) {
         record.plugins.push_back(recordOf(state, each));
     }
-    for (const FileContent& file : keeper.filesOf(upstream)) {
-        const bool isThere = file.digest != Digest{};
-        record.files.push_back({file.file.value_or(""), isThere ? hexOf(file.digest) : ""});
-    }
+    record.files = recorded(keeper.filesOf(upstream));
     return record;
 }
 

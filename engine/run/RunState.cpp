@@ -15,10 +15,12 @@ bool mayWriteAnywhere() {
 
 }  // namespace
 
-RunState::RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, Messages& messages)
+RunState::RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, Messages& messages,
+                   RunListener* listener)
     : pipeline(pipeline),
       stopping(stopping),
       messages(messages),
+      listener(listener),
       plan(pipeline),
       results(pipeline.resultsFolder, mayWriteAnywhere(), stopping),
       around{pipeline, stopping, messages, results, {}},

@@ -4,7 +4,7 @@
 #include "NodeContext.h"
 #include "Plan.h"
 #include "Problem.h"
-#include "Runner.h"
+#include "RunListener.h"
 
 #include <chrono>
 #include <memory>
@@ -17,6 +17,7 @@ namespace velmorak {
 struct NodeRun {
     bool isNeeded = false;
     bool isSettled = false;  ///< Its outcome stands.
+    bool isTold = false;     ///< The listener knows the outcome.
     bool hasPassed = false;  ///< Of a stream: at least one pass went through to its end.
     NodeReport report;
     std::string cause;  ///< Of a failed or skipped plug-in: the one that failed.
@@ -26,8 +27,9 @@ struct NodeRun {
 /// Everything that one run knows. Used by one thread at a time, but for what the contexts do.
 class RunState {
 public:
-    /// @param pipeline, stopping and messages outlive this.
-    RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, Messages& messages);
+    /// @param pipeline, stopping, messages and listener outlive this.
+    RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, Messages& messages,
+             RunListener* listener = nullptr);
 
     const PipelineNode& node(std::size_t position) const { return pipeline.nodes[position]; }
     bool isStopping() const { return stopping; }
@@ -50,6 +52,8 @@ public:
     const Pipeline& pipeline;
     const std::atomic<bool>& stopping;
     Messages& messages;
+    RunListener* listener;  ///< Null for none.
+    unsigned passes = 0;    ///< Passages of rows that have begun.
     Plan plan;
     ResultFolder results;
     RunSurroundings around;

@@ -2,6 +2,8 @@
 
 #include "Crew.h"
 #include "Execution.h"
+#include "RunFile.h"
+#include "RunListener.h"
 #include "Summary.h"
 
 #include <oneapi/tbb/global_control.h>
@@ -55,11 +57,14 @@ struct Runner::Part {
 
     RunReport execute(const Pipeline& pipeline, const std::atomic<bool>& stopping);
     void summarise(const Pipeline& pipeline, const RunReport& report);
+    bool leave(const Pipeline& pipeline, const RunReport& report, bool isOver);
 
     Messages messages;
     RunMemory memory;
     bool explains = false;
     std::unique_ptr<Workers> workers;  ///< Null: a crew for each run.
+    bool leavesRecords = false;
+    RunListener* listener = nullptr;
     std::mutex mutex;
     std::shared_ptr<std::atomic<bool>> stopping;  ///< Of the run that is going on; null without one.
 };
@@ -73,12 +78,38 @@ RunReport Runner::Part::execute(const Pipeline& pipeline, const std::atomic<bool
     messages.beginProgress();
     memory.recall(pipeline);
     RunReport report;
+    report.threads = threads;
+    report.began = std::chrono::system_clock::now();
+    const bool leavesRecord = leave(pipeline, report, false);
+    if (listener) {
+        listener->began(pipeline, threads);
+    }
+    const auto begin = std::chrono::steady_clock::now();
     arena.execute([&] {
-        RunState state(pipeline, stopping, messages);
-        report = Execution(state, memory, explains, workers ? *workers : crew).run();
+        RunState state(pipeline, stopping, messages, listener);
+        Execution(state, memory, explains, workers ? *workers : crew).run(report);
     });
+    report.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    if (leavesRecord) {
+        leave(pipeline, report, true);
+    }
     summarise(pipeline, report);
+    if (listener) {
+        listener->ended(report);
+    }
     return report;
+}
+
+/// @return false when there is to be no record, or it cannot be written, which is said.
+bool Runner::Part::leave(const Pipeline& pipeline, const RunReport& report, bool isOver) {
+    if (!leavesRecords || pipeline.nodes.empty() || pipeline.resultsFolder.empty()) {
+        return false;
+    }
+    const std::string complaint = writeRunFile(pipeline.resultsFolder, runFileText(pipeline, report, isOver));
+    if (!complaint.empty()) {
+        messages.line(complaint);
+    }
+    return complaint.empty();
 }
 
 void Runner::Part::summarise(const Pipeline& pipeline, const RunReport& report) {
@@ -117,7 +148,7 @@ RunReport Runner::run(const std::function<Pipeline()>& snapshot) {
         report = part->execute(pipeline, *stopping);
     };
     if (const auto problem = problemIn(work)) {
-        report.nodes.assign(pipeline.nodes.size(), {Outcome::Failed, problem->sentence, 0, 0, 0.0, {}, {}});
+        report.nodes.assign(pipeline.nodes.size(), {Outcome::Failed, problem->sentence, 0, 0, 0.0, {}, {}, {}});
         part->messages.line("The run failed: " + problem->sentence);
     }
     const std::scoped_lock lock(part->mutex);
@@ -131,6 +162,14 @@ void Runner::explain(bool isAsked) {
 
 void Runner::employ(std::unique_ptr<Workers> workers) {
     part->workers = std::move(workers);
+}
+
+void Runner::leaveRecords() {
+    part->leavesRecords = true;
+}
+
+void Runner::tell(RunListener* listener) {
+    part->listener = listener;
 }
 
 void Runner::stop() {

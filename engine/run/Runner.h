@@ -3,6 +3,7 @@
 #include "Pipeline.h"
 #include "StorePlace.h"
 
+#include <chrono>
 #include <functional>
 #include <iosfwd>
 #include <memory>
@@ -28,16 +29,22 @@ struct NodeReport {
     double seconds = 0.0;
     std::vector<Value> outputs;  ///< Parallel to the node's outputs; monostate for a table and for what is missing.
     std::string reason{};        ///< Of one that was executed or reused: why.
+    std::vector<RecordedFile> written{};  ///< Files that it left, complete, in this run or before it.
 };
 
 struct RunReport {
     std::vector<NodeReport> nodes;  ///< Parallel to Pipeline::nodes.
     bool wasStopped = false;
+    std::vector<RecordedFile> files{};  ///< Files that were read, now or for a result that was reused.
+    int threads = 0;
+    std::chrono::system_clock::time_point began{};
+    double seconds = 0.0;
 
     bool hasFailure() const;
 };
 
 class Workers;
+class RunListener;
 
 /// Executes pipelines, one at a time, on all cores, and keeps what may be used again.
 /// Threads: run on one thread at a time; stop and reset on any thread at any time.
@@ -57,6 +64,13 @@ public:
 
     /// Who works from now on, in place of threads of the runner's own. Called while no run is going on.
     void employ(std::unique_ptr<Workers> workers);
+
+    /// From now on, each run leaves a record of itself in its results folder. Called while no run is going on.
+    void leaveRecords();
+
+    /// From now on, this is told what runs do. Called while no run is going on.
+    /// @param listener outlives the runs; null for none.
+    void tell(RunListener* listener);
 
     /// As above. The snapshot is taken when a stop already counts, so that none gets lost between the two.
     RunReport run(const std::function<Pipeline()>& snapshot);

@@ -10,6 +10,20 @@ namespace {
 
 using Instant = std::chrono::steady_clock;
 
+/// @return the first row that is not wanted; 0 when there is none.
+std::uint64_t rowsWantedBy(const RowOperation& operation) {
+    std::uint64_t wanted = 0;
+    std::uint64_t unwanted = std::uint64_t{1} << 62U;
+    if (operation.wantsRow(unwanted)) {
+        return 0;
+    }
+    while (unwanted - wanted > 1) {
+        const std::uint64_t middle = wanted + (unwanted - wanted) / 2;
+        (operation.wantsRow(middle) ? wanted : unwanted) = middle;
+    }
+    return unwanted;
+}
+
 }  // namespace
 
 StreamPass::StreamPass(RunState& state, const std::vector<std::size_t>& sources, const std::vector<StepPlace>& places)
@@ -44,6 +58,7 @@ void StreamPass::addStep(const StepPlace& place) {
 }
 
 void StreamPass::execute(Workers& workers) {
+    ++state.passes;
     const bool isOpen = open();
     for (std::size_t i = 0; i < steps.size() && isOpen; ++i) {
         prepare(*steps[i]);
@@ -109,6 +124,7 @@ void StreamPass::prepare(Step& step) {
         step.stage = std::max(step.stage, parent.step ? steps[*parent.step]->stage : 0);
     }
     step.stage += step.countsRows() ? 1 : 0;
+    step.rowsWanted = step.countsRows() ? rowsWantedBy(*step.parents.front().operation) : 0;
 }
 
 void StreamPass::prepareOperations(Step& step) {

@@ -66,6 +66,7 @@ private:
     void takeInStep(std::size_t position, Work& work);
     void closeLeg(const Work& work);
     void drop(std::size_t position);
+    std::optional<double> fractionOf(const Leg& leg);
     void showProgress();
     void finish();
     void reportSteps();

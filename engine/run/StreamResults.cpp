@@ -9,20 +9,51 @@ namespace velmorak {
 
 using Instant = std::chrono::steady_clock;
 
+/// How far the rows that some plug-in still wants have passed; nothing when the source cannot say.
+std::optional<double> StreamPass::fractionOf(const Leg& leg) {
+    std::optional<double> read;
+    sourceProblem = problemIn([&] { read = leg.reader->fraction(); });
+    double least = 1.0;
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        if (steps[i]->hasChild || !steps[i]->sees(legBeingRead) || steps[i]->isOut) {
+            continue;
+        }
+        double furthest = read.value_or(-1.0);
+        for (std::optional<std::size_t> at = i; at; at = steps[*at]->parentFor(legBeingRead).step) {
+            if (steps[*at]->rowsWanted > 0) {
+                const double rows = static_cast<double>(steps[*at]->rowsCounted.load(std::memory_order_relaxed));
+                furthest = std::max(furthest, rows / static_cast<double>(steps[*at]->rowsWanted));
+            }
+        }
+        if (furthest < 0.0) {
+            return std::nullopt;
+        }
+        least = std::min(least, furthest);
+    }
+    return steps.empty() ? read : std::optional(least);
+}
+
 void StreamPass::showProgress() {
-    if (!state.messages.isProgressDue()) {
+    const bool isLineDue = state.messages.isProgressDue();
+    const bool isListening = state.listener && state.listener->isProgressDue();
+    if (!isLineDue && !isListening) {
         return;
     }
     const Leg& leg = *legs[legBeingRead];
-    std::optional<double> fraction;
-    sourceProblem = problemIn([&] { fraction = leg.reader->fraction(); });
-    if (fraction) {
-        const double done = static_cast<double>(legBeingRead) + std::min(*fraction, 1.0);
+    ProgressNow now{state.node(leg.source).name, state.passes, leg.rows, fractionOf(leg), 0.0};
+    if (now.fraction) {
+        const double done = static_cast<double>(legBeingRead) + std::clamp(*now.fraction, 0.0, 1.0);
         fractionShown = std::max(fractionShown, done / static_cast<double>(legs.size()));
-        fraction = fractionShown;
+        now.fraction = fractionShown;
     }
     const std::chrono::duration<double> elapsed = Instant::now() - began;
-    state.messages.showProgress(progressText(state.node(leg.source).name, leg.rows, fraction, elapsed));
+    now.seconds = elapsed.count();
+    if (isLineDue) {
+        state.messages.showProgress(progressText(now));
+    }
+    if (isListening) {
+        state.listener->progressed(now);
+    }
 }
 
 void StreamPass::takeIn(Work& work) {
@@ -83,6 +114,7 @@ void StreamPass::drop(std::size_t position) {
                         [&](const Step::Parent& parent) { return parent.step && steps[*parent.step]->isDropped; });
         if (i == position || hasLostParent) {
             step.isDropped = true;
+            step.isOut = true;
             step.failedAt = 0;
             step.merger.reset();
         }

@@ -49,20 +49,30 @@ std::string summaryLine(const PipelineNode& node, const NodeReport& report, bool
     return "";
 }
 
-std::string progressText(const std::string& plugin, std::uint64_t rows, std::optional<double> fraction,
-                         std::chrono::duration<double> elapsed) {
-    std::string text = "Reading \"" + plugin + "\": ";
-    if (fraction) {
-        text += fmt::format("{} %, ", static_cast<int>(100.0 * *fraction));
+std::string progressText(const ProgressNow& progress) {
+    std::string text = "Reading \"" + progress.plugin + "\"";
+    if (progress.pass > 1) {
+        text += fmt::format(", pass {}", progress.pass);
     }
-    text += rowsText(rows);
-    if (elapsed.count() > 0.0) {
-        text += fmt::format(", {:.0f} rows/s", static_cast<double>(rows) / elapsed.count());
+    text += ": ";
+    if (progress.fraction) {
+        text += fmt::format("{} %, ", static_cast<int>(100.0 * *progress.fraction));
     }
-    if (fraction && *fraction >= leastToForesee) {
-        text += fmt::format(", {:.0f} s left", elapsed.count() * (1.0 - *fraction) / *fraction);
+    text += rowsText(progress.rows);
+    if (progress.seconds > 0.0) {
+        text += fmt::format(", {:.0f} rows/s", static_cast<double>(progress.rows) / progress.seconds);
+    }
+    if (const std::optional<double> left = secondsLeft(progress)) {
+        text += fmt::format(", {:.0f} s left", *left);
     }
     return text;
+}
+
+std::optional<double> secondsLeft(const ProgressNow& progress) {
+    if (!progress.fraction || *progress.fraction < leastToForesee) {
+        return std::nullopt;
+    }
+    return progress.seconds * (1.0 - *progress.fraction) / *progress.fraction;
 }
 
 }  // namespace velmorak

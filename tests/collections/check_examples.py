@@ -28,7 +28,8 @@ def results_of(runner, document, threads):
         run = subprocess.run([runner, str(copy / document.name)], cwd=folder, env=environment, stderr=subprocess.PIPE)
         assert run.returncode == 0, "%s ended with %d:\n%s" % (document.name, run.returncode, run.stderr.decode())
         results = copy / (document.stem + ".results")
-        return {str(file.relative_to(results)): comparable(file) for file in results.rglob("*") if file.is_file()}
+        return {str(file.relative_to(results)): comparable(file) for file in results.rglob("*")
+                if file.is_file() and file.name != "run.json"}
 
 
 def comparable(file):

@@ -59,10 +59,13 @@ protected:
         });
     }
 
-    /// All files below a folder with their contents.
+    /// All results below a folder with their contents, without the record of when they were made.
     static std::map<std::string, std::string> contentsOf(const fs::path& results) {
         std::map<std::string, std::string> contents;
         for (const fs::directory_entry& entry : fs::recursive_directory_iterator(results)) {
+            if (entry.path().filename() == "run.json") {
+                continue;
+            }
             std::ostringstream text;
             text << std::ifstream(entry.path(), std::ios::binary).rdbuf();
             contents[fs::relative(entry.path(), results)] = text.str();

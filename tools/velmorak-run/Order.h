@@ -4,14 +4,16 @@
 #include <string>
 #include <vector>
 
-enum ExitStatus { AllDone = 0, NotUsable = 1, PluginFailed = 2, WasStopped = 3 };
+enum ExitStatus { AllDone = 0, NotUsable = 1, PluginFailed = 2, WasStopped = 3, ResultsDiffer = 4 };
 
 /// What the command line asks for.
 struct Order {
     std::string document;
     std::string aidaFile;
     std::vector<std::string> settings;  ///< PLUGIN.INPUT=VALUE
-    std::string scan;                   ///< PLUGIN.INPUT=VALUES; empty when none is asked for.
+    std::vector<std::string> scans;     ///< PLUGIN.INPUT=VALUES
+    std::string again;                  ///< Record of the run to repeat; empty for a document.
+    std::string events;                 ///< File for events, or "-"; empty for none.
     std::string start;                  ///< Plug-in to start at; empty for the document's own.
     std::string resultsFolder;          ///< Empty for the one beside the document.
     int threads = 0;                    ///< 0: as the environment says.

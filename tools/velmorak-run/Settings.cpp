@@ -152,3 +152,22 @@ std::vector<Setting> scanOf(const std::string& text) {
     }
     return points;
 }
+
+std::vector<std::vector<Setting>> pointsOf(const std::vector<std::string>& scans) {
+    std::vector<std::vector<Setting>> points(1);
+    for (const std::string& text : scans) {
+        const std::vector<Setting> values = scanOf(text);
+        if (static_cast<double>(points.size() * values.size()) > mostPoints) {
+            throw UsageError("the scans have more than 10000 combinations");
+        }
+        std::vector<std::vector<Setting>> longer;
+        for (const std::vector<Setting>& point : points) {
+            for (const Setting& value : values) {
+                longer.push_back(point);
+                longer.back().push_back(value);
+            }
+        }
+        points = std::move(longer);
+    }
+    return points;
+}

@@ -32,3 +32,7 @@ void startAt(QzManager& manager, const std::string& plugin);
 /// One setting for each value of a scan: PLUGIN.INPUT=from:to:step, the end included where a step meets it, or
 /// PLUGIN.INPUT=a,b,c. @throws UsageError
 std::vector<Setting> scanOf(const std::string& text);
+
+/// Every combination of the values of several scans, the last one changing fastest; at most 10000.
+/// @throws UsageError
+std::vector<std::vector<Setting>> pointsOf(const std::vector<std::string>& scans);

@@ -73,7 +73,7 @@ protected:
     }
 
     void runWithoutWindow(const fs::path& where) {
-        Process::Setting setting{.environment = {{"DISPLAY", ""}}, .folder = where};
+        Process::Setting setting{.environment = {{"DISPLAY", ""}, {"VELMORAK_CACHE_LIMIT", "0"}}, .folder = where};
         Process runner({program("velmorak-run"), example().string()}, setting);
         ASSERT_EQ(runner.wait(), 0) << runner.errors();
     }

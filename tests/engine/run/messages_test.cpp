@@ -66,13 +66,19 @@ protected:
 };
 
 TEST(ProgressText, saysRateAndTheTimeThatIsLeft) {
-    EXPECT_EQ(progressText("events", 2000, 0.4, 2s), "Reading \"events\": 40 %, 2000 rows, 1000 rows/s, 3 s left");
-    EXPECT_EQ(progressText("events", 2000, 1.0, 2s), "Reading \"events\": 100 %, 2000 rows, 1000 rows/s, 0 s left");
+    EXPECT_EQ(progressText({"events", 1, 2000, 0.4, 2.0}),
+              "Reading \"events\": 40 %, 2000 rows, 1000 rows/s, 3 s left");
+    EXPECT_EQ(progressText({"events", 1, 2000, 1.0, 2.0}),
+              "Reading \"events\": 100 %, 2000 rows, 1000 rows/s, 0 s left");
+}
+
+TEST(ProgressText, namesThePassWhereThereIsMoreThanOne) {
+    EXPECT_EQ(progressText({"events", 2, 5, 0.5, 0.0}), "Reading \"events\", pass 2: 50 %, 5 rows, 0 s left");
 }
 
 TEST(ProgressText, foreseesNothingFromTooLittle) {
-    EXPECT_EQ(progressText("events", 20, 0.001, 2s), "Reading \"events\": 0 %, 20 rows, 10 rows/s");
-    EXPECT_EQ(progressText("events", 1, std::nullopt, 0s), "Reading \"events\": 1 row");
+    EXPECT_EQ(progressText({"events", 1, 20, 0.001, 2.0}), "Reading \"events\": 0 %, 20 rows, 10 rows/s");
+    EXPECT_EQ(progressText({"events", 1, 1, std::nullopt, 0.0}), "Reading \"events\": 1 row");
 }
 
 TEST_F(Lines, oneForEachPlugInWithItsRowsAndTime) {

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <run/RunListener.h>
+
+#include <chrono>
+#include <fstream>
+#include <mutex>
+#include <ostream>
+#include <string>
+
+/// Writes what runs do as lines of JSON, each at once. docs/run-events.md describes them.
+class Events : public velmorak::RunListener {
+public:
+    /// @param file "-" for standard output. @throws UsageError when it cannot be written.
+    explicit Events(const std::string& file);
+
+    void began(const velmorak::Pipeline& pipeline, int threads) override;
+    bool isProgressDue() override;
+    void progressed(const velmorak::ProgressNow& progress) override;
+    void settled(const velmorak::PipelineNode& node, const velmorak::NodeReport& report) override;
+    void ended(const velmorak::RunReport& report) override;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    void write(const std::string& line);
+
+    std::ofstream file;
+    std::ostream& stream;
+    std::mutex mutex;
+    Clock::time_point lastProgress{};
+};

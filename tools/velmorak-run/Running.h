@@ -1,0 +1,6 @@
+#pragma once
+
+#include "Order.h"
+
+/// Does what the command line asks for. @throws UsageError
+ExitStatus execute(const Order& order);
