@@ -6,6 +6,14 @@ _velmorak_run() {
             mapfile -t COMPREPLY < <(compgen -f -- "$current")
             return
             ;;
+        --again)
+            mapfile -t COMPREPLY < <(compgen -d -- "$current"; compgen -f -X '!*.json' -- "$current")
+            return
+            ;;
+        --events)
+            mapfile -t COMPREPLY < <(compgen -W "-" -- "$current"; compgen -f -- "$current")
+            return
+            ;;
         --results)
             mapfile -t COMPREPLY < <(compgen -d -- "$current")
             return
@@ -16,8 +24,8 @@ _velmorak_run() {
             ;;
     esac
     if [[ $current == -* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "-a -j --set --scan --start --results --timeout --why --list --check \
-            --version --help" -- "$current")
+        mapfile -t COMPREPLY < <(compgen -W "-a -j --set --scan --start --results --timeout --events --again --why --list \
+            --check --version --help" -- "$current")
     else
         mapfile -t COMPREPLY < <(compgen -d -- "$current"; compgen -f -X '!*.zedra' -- "$current")
     fi

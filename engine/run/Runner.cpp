@@ -180,8 +180,8 @@ void Runner::stop() {
 }
 
 void Runner::reset() {
-    part->memory.store.clear();
     stop();
+    part->memory.store.clear();
 }
 
 }  // namespace velmorak

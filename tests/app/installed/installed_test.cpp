@@ -27,7 +27,8 @@ std::set<std::string> filesIn(const fs::path& folder) {
     std::set<std::string> names;
     if (fs::exists(folder)) {
         for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-            if (entry.is_regular_file()) {
+            // The record of a run says when it was.
+            if (entry.is_regular_file() && entry.path().filename() != "run.json") {
                 names.insert(fs::relative(entry.path(), folder).string());
             }
         }
