@@ -30,6 +30,10 @@ void vkWindow::run() {
 }
 
 void vkWindow::after_thread() {
+    // The signal of a run that was stopped may come only when the next one is going on, which it must not wait for.
+    if (worker && !runEnded.try_acquire()) {
+        return;
+    }
     joinWorker();
     // A button that was pressed in reports its release as a click, which comes here once more.
     startButton.set_active(false);
@@ -39,7 +43,6 @@ void vkWindow::after_thread() {
 void vkWindow::joinWorker() {
     if (worker) {
         worker->join();
-        runEnded.acquire();
     }
     worker = nullptr;
 }
@@ -47,14 +50,11 @@ void vkWindow::joinWorker() {
 void vkWindow::stopWorker() {
     manager->Stop();
     // A request that comes before the library has begun the run is lost on it, so it is made again.
-    constexpr std::chrono::milliseconds betweenRequests(200);
+    constexpr std::chrono::milliseconds betweenRequests(50);
     while (worker && !runEnded.try_acquire_for(betweenRequests)) {
         manager->Stop();
     }
-    if (worker) {
-        runEnded.release();
-        joinWorker();
-    }
+    joinWorker();
 }
 
 void vkWindow::reset_button_clicked() {

@@ -70,6 +70,19 @@ TEST_F(Run, canBeStartedAgainAfterItWasStopped) {
     EXPECT_EQ(recording::callsOf("Run").size(), 5U);
 }
 
+TEST_F(Run, isNotWaitedForWhenTheSignalOfTheOneBeforeComes) {
+    start();
+    window->startButton.clicked();
+    window->startButton.clicked();
+    pump();  // the first run's signal comes only now
+    EXPECT_EQ(window->startButton.get_label(), "Stop");
+    EXPECT_TRUE(window->startButton.get_active());
+    window->startButton.clicked();
+    EXPECT_TRUE(isIdle());
+    pump();
+    EXPECT_TRUE(isIdle());
+}
+
 TEST_F(Run, isStoppedBeforeTheLibraryHasBegunIt) {
     for (int i = 0; i < 3; ++i) {
         window->startButton.clicked();
