@@ -24,44 +24,72 @@ Expression neededNumbers(const std::string& input, const Arguments& arguments, c
     return std::move(*expression);
 }
 
-/// A weight for each value of a list, from one for each row.
-ColumnPtr spread(const Column& rowWeights, const Column& list) {
-    Column::Reals weights;
-    weights.reserve(list.valueCount());
+std::string labelOf(const std::string& text, const Schema& schema) {
+    const std::optional<std::size_t> column = schema.find(text);
+    return column && !schema[*column].unit.empty() ? text + " [" + schema[*column].unit + "]" : text;
+}
+
+/// A number for each value of a list, from one for each row.
+ColumnPtr spread(const Column& ofRows, const Column& list) {
+    Column::Reals values;
+    values.reserve(list.valueCount());
     for (std::size_t row = 0; row + 1 < list.offsets.size(); ++row)
-        weights.insert(weights.end(), list.offsets[row + 1] - list.offsets[row], rowWeights.reals()[row]);
-    return std::make_shared<const Column>(Column{.values = std::move(weights), .offsets = {}});
+        values.insert(values.end(), list.offsets[row + 1] - list.offsets[row], ofRows.reals()[row]);
+    return std::make_shared<const Column>(Column{.values = std::move(values), .offsets = {}});
+}
+
+/// The column as long as the list.
+ColumnPtr alongside(const ColumnPtr& column, const Column& list, const std::string& input, const Chunk& chunk) {
+    if (!column->isList())
+        return spread(*column, list);
+    if (column->offsets != list.offsets)
+        throw Failure(input, "a row between " + textOf(static_cast<double>(chunk.firstRow)) +
+                                 " and the end of its chunk has lists of different lengths");
+    return column;
+}
+
+/// The first list among the columns; null where each row has one number.
+ColumnPtr firstList(const std::vector<ColumnPtr>& columns) {
+    for (const ColumnPtr& column : columns)
+        if (column->isList())
+            return column;
+    return nullptr;
 }
 
 }  // namespace
 
-Quantity::Quantity(const Arguments& arguments, const Schema& schema)
-    : expression(neededNumbers("expression", arguments, schema)),
-      weight(numbersFrom("weight", arguments, schema)),
-      axisLabel(arguments.text("expression")) {
-    if (weight && weight->isList() && !expression.isList())
+Quantity::Quantity(const Arguments& arguments, const Schema& schema, const std::vector<std::string>& inputs) {
+    for (const std::string& input : inputs) {
+        parts.push_back({.input = input,
+                         .expression = neededNumbers(input, arguments, schema),
+                         .label = labelOf(arguments.text(input), schema)});
+        hasList = hasList || parts.back().expression.isList();
+    }
+    weight = numbersFrom("weight", arguments, schema);
+    if (weight && weight->isList() && !hasList)
         throw Failure("weight", "the weight is a list in each row, but the expression is a single number");
-    const std::optional<std::size_t> column = schema.find(axisLabel);
-    if (column && !schema[*column].unit.empty())
-        axisLabel += " [" + schema[*column].unit + "]";
 }
 
-ColumnPtr Quantity::weightsFor(const Chunk& chunk, const Column& x) const {
-    ColumnPtr weights = asReals(weight->evaluate(chunk));
-    if (!x.isList())
-        return weights;
-    if (!weight->isList())
-        return spread(*weights, x);
-    if (weights->offsets != x.offsets)
-        throw Failure("weight", "a row between " + textOf(static_cast<double>(chunk.firstRow)) +
-                                    " and the end of its chunk has more or fewer weights than values");
-    return weights;
+Batch Quantity::Values::batch() const {
+    return {.x = coordinates.front()->reals().data(),
+            .y = coordinates.size() > 1 ? coordinates[1]->reals().data() : nullptr,
+            .weights = weights ? weights->reals().data() : nullptr,
+            .count = coordinates.front()->reals().size()};
 }
 
 Quantity::Values Quantity::values(const Chunk& chunk) const {
-    Values values{.x = asReals(expression.evaluate(chunk)), .weights = nullptr};
+    Values values;
+    for (const Part& part : parts)
+        values.coordinates.push_back(asReals(part.expression.evaluate(chunk)));
     if (weight)
-        values.weights = weightsFor(chunk, *values.x);
+        values.weights = asReals(weight->evaluate(chunk));
+    const ColumnPtr list = firstList(values.coordinates);
+    if (!list)
+        return values;
+    for (std::size_t i = 0; i < parts.size(); ++i)
+        values.coordinates[i] = alongside(values.coordinates[i], *list, parts[i].input, chunk);
+    if (weight)
+        values.weights = alongside(values.weights, *list, "weight", chunk);
     return values;
 }
 

@@ -5,32 +5,45 @@
 
 namespace velmorak {
 
-/// What is filled from a table: an expression and its weight, evaluated chunk by chunk.
-/// Shape:   a list expression gives all its values; a weight that is no list holds for all values of its row.
+/// Numbers that go into a fill, one after the other; all arrays have count values.
+struct Batch {
+    const double* x = nullptr;
+    const double* y = nullptr;        ///< Null where there is one coordinate.
+    const double* weights = nullptr;  ///< Null for a weight of 1 each.
+    std::size_t count = 0;
+};
+
+/// What is filled from a table: one or two expressions and their weight, evaluated chunk by chunk.
+/// Shape:   a list expression gives all its values; what is no list holds for all values of its row.
 /// Threads: values may be called by several threads at once.
 class Quantity {
 public:
-    /// Reads the inputs "expression" and "weight". An empty weight is 1.
+    /// Reads the inputs with these names and the input "weight". An empty weight is 1.
     /// @throws Failure if one of them cannot be computed from these columns or is no number, or if the weight is a list
-    ///         and the expression is not.
-    Quantity(const Arguments& arguments, const Schema& schema);
+    ///         and no expression is.
+    Quantity(const Arguments& arguments, const Schema& schema, const std::vector<std::string>& inputs = {"expression"});
 
     struct Values {
-        ColumnPtr x;
-        ColumnPtr weights;  ///< Null for a weight of 1 each; else as long as x.
+        std::vector<ColumnPtr> coordinates;  ///< As many as inputs, all of one length.
+        ColumnPtr weights;                   ///< Null for a weight of 1 each; else as long as they are.
+
+        Batch batch() const;
     };
-    /// @throws Failure if a row's lists of values and weights have different lengths.
+    /// @throws Failure if a row's lists have different lengths.
     Values values(const Chunk& chunk) const;
 
-    /// The expression, with the unit in brackets where it is a column whose unit is known.
-    const std::string& label() const { return axisLabel; }
+    /// An expression, with the unit in brackets where it is a column whose unit is known.
+    const std::string& label(std::size_t coordinate = 0) const { return parts[coordinate].label; }
 
 private:
-    ColumnPtr weightsFor(const Chunk& chunk, const Column& x) const;
-
-    Expression expression;
+    struct Part {
+        std::string input;
+        Expression expression;
+        std::string label;
+    };
+    std::vector<Part> parts;
     std::optional<Expression> weight;
-    std::string axisLabel;
+    bool hasList = false;
 };
 
 /// The inputs that Quantity reads.

@@ -16,8 +16,8 @@ public:
 
     void fill(const Chunk& chunk) override {
         const Quantity::Values values = quantity.values(chunk);
-        const double* weights = values.weights ? values.weights->reals().data() : nullptr;
-        moments.fill(values.x->reals().data(), weights, values.x->reals().size());
+        const Batch batch = values.batch();
+        moments.fill(batch.x, batch.weights, batch.count);
     }
 
     void merge(AccumulatorState& other) override { moments.merge(static_cast<Gathering&>(other).moments); }

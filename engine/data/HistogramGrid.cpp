@@ -109,6 +109,17 @@ void HistogramGrid<dimensions>::fill(const Point& point, double weight) {
 }
 
 template <std::size_t dimensions>
+void HistogramGrid<dimensions>::fill(const std::array<const double*, dimensions>& coordinates, const double* weights,
+                                     std::size_t count) {
+    Point point{};
+    for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t direction = 0; direction < dimensions; ++direction)
+            point[direction] = coordinates[direction][i];
+        fill(point, weights == nullptr ? 1.0 : weights[i]);
+    }
+}
+
+template <std::size_t dimensions>
 void HistogramGrid<dimensions>::merge(const HistogramGrid& other) {
     if (!(shape == other.shape))
         throw std::invalid_argument("histograms with different axes cannot be added");

@@ -69,6 +69,17 @@ void Profile<dimensions>::fill(const Point& point, double value, double weight) 
 }
 
 template <std::size_t dimensions>
+void Profile<dimensions>::fill(const std::array<const double*, dimensions>& coordinates, const double* values,
+                               const double* weights, std::size_t count) {
+    Point point{};
+    for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t direction = 0; direction < dimensions; ++direction)
+            point[direction] = coordinates[direction][i];
+        fill(point, values[i], weights == nullptr ? 1.0 : weights[i]);
+    }
+}
+
+template <std::size_t dimensions>
 void Profile<dimensions>::merge(const Profile& other) {
     if (!(shape == other.shape))
         throw std::invalid_argument("profiles with different axes cannot be added");

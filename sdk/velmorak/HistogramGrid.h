@@ -71,6 +71,9 @@ public:
 
     /// As Histogram1D::fill: an infinite coordinate leaves wx and wxx of its direction alone.
     void fill(const Point& point, double weight = 1.0);
+    /// Fills count points in order, one array for each direction; weights is null for a weight of 1 each. The same bits
+    /// as one after the other.
+    void fill(const std::array<const double*, dimensions>& coordinates, const double* weights, std::size_t count);
     /// @throws std::invalid_argument if the axes differ.
     void merge(const HistogramGrid& other);
 

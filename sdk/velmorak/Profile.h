@@ -58,6 +58,9 @@ public:
 
     /// An infinite coordinate leaves wx and wxx of its direction alone.
     void fill(const Point& point, double value, double weight = 1.0);
+    /// Fills count points in order, one array for each direction; weights is null for a weight of 1 each.
+    void fill(const std::array<const double*, dimensions>& coordinates, const double* values, const double* weights,
+              std::size_t count);
     /// Adds the sums; what a file said of single cells then holds no more.
     /// @throws std::invalid_argument if the axes differ.
     void merge(const Profile& other);

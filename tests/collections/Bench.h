@@ -52,6 +52,10 @@ public:
     double number(const std::string& output) const;
     Value value(const std::string& output) const { return outputs.at(output); }
     HistogramPtr histogram(const std::string& output) const;
+    template <typename Object>
+    std::shared_ptr<const Object> object(const std::string& output) const {
+        return std::dynamic_pointer_cast<const Object>(std::get<DataObjectPtr>(outputs.at(output)));
+    }
     std::string text(const std::string& output) const { return std::get<std::string>(outputs.at(output)); }
     const SmallTable& table() const { return made; }
     const std::filesystem::path& folder() const { return results; }
