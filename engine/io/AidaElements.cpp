@@ -194,8 +194,13 @@ std::string beginElement(std::string_view element, const DataObject& object, con
     std::string nameInPath;
     for (const char c : object.name)
         nameInPath += c == '/' ? "\\/" : std::string(1, c);
-    return fmt::format("<{} name=\"{}\" title=\"{}\" path=\"{}\"{}>\n", element, escaped(nameInPath),
-                       escaped(object.title), escaped(normalPath(folder)), more);
+    // Points and functions have none in the document type.
+    const bool mayHaveOptions = element.starts_with("histogram") || element.starts_with("profile");
+    const std::string options = mayHaveOptions && !object.options.empty()
+                                    ? fmt::format(" options=\"{}\"", escaped(object.options))
+                                    : std::string();
+    return fmt::format("<{} name=\"{}\" title=\"{}\" path=\"{}\"{}{}>\n", element, escaped(nameInPath),
+                       escaped(object.title), escaped(normalPath(folder)), options, more);
 }
 
 std::string numberAttribute(std::string_view name, double number) {

@@ -275,5 +275,55 @@ TEST_F(Streams, theSecondTableComesWhenEnoughOfTheFirstIsRead) {
     EXPECT_LT(of("a").rowsOut, 100 * chunkRows);
 }
 
+TEST_F(Streams, whatWasMadeOfAJoinIsReusedUntilOneOfItsTablesChanges) {
+    add(rows, "a", {{"rows", "1000"}});
+    add(rows, "b", {{"rows", "2000"}});
+    add(join, "join");
+    add(sum, "sum");
+    wire("a", "table", "join", "first");
+    wire("b", "table", "join", "second");
+    wire("join", "table", "sum", "table");
+    run();
+    run();
+    EXPECT_EQ(outcome("sum"), Outcome::Reused);
+    EXPECT_EQ(rows.opened, 2);
+    set("b", "rows", "2001");
+    run();
+    EXPECT_EQ(outcome("sum"), Outcome::Done);
+    EXPECT_EQ(rowsInto("sum"), 3001U);
+    set("b", "rows", "2000");
+    run();
+    EXPECT_EQ(outcome("sum"), Outcome::Reused) << "a result that was right before";
+    inputOf("join", "first").wire = PipelineWire{positionOf("b"), "table"};
+    inputOf("join", "second").wire = PipelineWire{positionOf("a"), "table"};
+    run();
+    EXPECT_EQ(outcome("sum"), Outcome::Done) << "the order of the tables counts";
+}
+
+TEST_F(Streams, whatWasMadeOfTheFirstRowsIsReusedAndNotTakenForTheWhole) {
+    add(rows, "a", {{"rows", std::to_string(200 * chunkRows)}});
+    add(head, "head", {{"count", "5"}});
+    add(sum, "few");
+    wire("a", "table", "head", "table");
+    wire("head", "table", "few", "table");
+    run();
+    const double few = number("few");
+    EXPECT_LT(of("a").rowsOut, 100 * chunkRows);
+    run();
+    EXPECT_EQ(outcome("few"), Outcome::Reused);
+    EXPECT_EQ(number("few"), few);
+    add(sum, "all");
+    wire("a", "table", "all", "table");
+    run();
+    EXPECT_EQ(outcome("few"), Outcome::Reused);
+    EXPECT_EQ(outcome("all"), Outcome::Done);
+    EXPECT_EQ(rowsInto("all"), 200 * chunkRows) << "though fewer were read before";
+    set("head", "count", "6");
+    run();
+    EXPECT_EQ(outcome("few"), Outcome::Done);
+    EXPECT_EQ(outcome("all"), Outcome::Reused);
+    EXPECT_EQ(rowsInto("few"), 6U);
+}
+
 }  // namespace
 }  // namespace velmorak::test
