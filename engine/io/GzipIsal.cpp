@@ -1,4 +1,5 @@
 #include "Unpacker.h"
+#include "VectorState.h"
 
 #include <isa-l/igzip_lib.h>
 
@@ -42,14 +43,20 @@ public:
     }
 
 private:
+    int inflateMore() {
+        const int status = isal_inflate(&state);
+        clearVectorState();
+        return status;
+    }
+
     void step() {
         if (state.avail_in == 0 && !refill()) {
             // The last bytes may still be inside; with none the data end too early.
             const std::uint32_t before = state.avail_out;
-            isRefused = isal_inflate(&state) != ISAL_DECOMP_OK ||
+            isRefused = inflateMore() != ISAL_DECOMP_OK ||
                         (state.avail_out == before && state.block_state != ISAL_BLOCK_FINISH);
         } else {
-            isRefused = isal_inflate(&state) != ISAL_DECOMP_OK;
+            isRefused = inflateMore() != ISAL_DECOMP_OK;
         }
         if (!isRefused && state.block_state == ISAL_BLOCK_FINISH)
             isFinished = !beginNextMember();

@@ -1,0 +1,7 @@
+#include "VectorState.h"
+
+namespace velmorak::io {
+
+void clearVectorState() {}
+
+}  // namespace velmorak::io
