@@ -48,6 +48,7 @@ public:
 
 private:
     struct Shared;
+    class Call;
 
     std::shared_ptr<Shared> shared;  ///< A helper that comes late finds it closed.
     std::size_t threads;
