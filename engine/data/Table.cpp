@@ -11,10 +11,21 @@ namespace {
 template <typename Values>
 Values keptValues(const Values& values, const std::vector<std::uint8_t>& keep, std::size_t keptRows) {
     Values kept;
-    kept.reserve(keptRows);
-    for (std::size_t row = 0; row < keep.size(); ++row)
-        if (keep[row] != 0)
-            kept.push_back(values[row]);
+    if constexpr (std::is_same_v<Values, Column::Texts>) {
+        kept.reserve(keptRows);
+        for (std::size_t row = 0; row < keep.size(); ++row)
+            if (keep[row] != 0)
+                kept.push_back(values[row]);
+    } else {
+        // Every value is written, and the next one over it where it is not kept: nothing has to be guessed.
+        kept.resize(keptRows + 1);
+        std::size_t next = 0;
+        for (std::size_t row = 0; row < keep.size(); ++row) {
+            kept[next] = values[row];
+            next += keep[row] != 0 ? 1 : 0;
+        }
+        kept.resize(keptRows);
+    }
     return kept;
 }
 

@@ -25,6 +25,15 @@ TEST(Schema, refusesTwoColumnsOfOneName) {
     EXPECT_EQ(schema.size(), 1U);
 }
 
+TEST(KeepRows, keepsNumbersAtTheEdgesAllAndNone) {
+    const Column numbers{Column::Reals{1, 2, 3, 4}, {}};
+    EXPECT_EQ(keepRows(numbers, {1, 0, 0, 1})->reals(), (Column::Reals{1, 4}));
+    EXPECT_EQ(keepRows(numbers, {0, 1, 1, 0})->reals(), (Column::Reals{2, 3}));
+    EXPECT_EQ(keepRows(numbers, {1, 1, 1, 1})->reals(), (Column::Reals{1, 2, 3, 4}));
+    EXPECT_EQ(keepRows(numbers, {0, 0, 0, 0})->reals(), Column::Reals{});
+    EXPECT_EQ(keepRows(Column{Column::Integers{}, {}}, {})->integers(), Column::Integers{});
+}
+
 TEST(KeepRows, keepsThemInOrder) {
     const Column texts{Column::Texts{"a", "b", "c"}, {}};
     EXPECT_EQ(keepRows(texts, {1, 0, 7})->texts(), (Column::Texts{"a", "c"}));
