@@ -1,7 +1,10 @@
 #include "Bench.h"
 
+#include <QzManager.h>
+
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <limits>
 
 namespace {
@@ -195,6 +198,23 @@ TEST(Filter, theCutCanComeByWire) {
     bench.set("condition", "x > cut").wire("cut", 1.5);
     bench.wire("table", tableOf({{"x", {1, 2, 3}}}, 2)).run();
     EXPECT_EQ(bench.table().column("x"), (Reals{2, 3}));
+}
+
+TEST(Filter, aDocumentFromTheTimeOfTheListOfParametersKeepsItAndItsNumbers) {
+    const Bench folder("Filter");
+    const std::filesystem::path file = folder.folder() / "old.zedra";
+    const std::string list = R"({"name": "parameters", "value": "cut"})";
+    std::ofstream(file) << R"({"zedra": 1, "plugins": [{"name": "Old", "kind": "Filter", "inputs": [
+        {"name": "condition", "value": "cut < x"}, )"
+                        << list << R"(, {"name": "cut", "value": "1.5"}]}]})";
+    QzManager manager("QzAnalysisFactory");
+    manager.ReadDocument(file.string());
+    ASSERT_EQ(manager.plugins.size(), 1U);
+    std::vector<std::string> inputs;
+    for (const QzBase::Input& input : manager.plugins[0]->Inputs())
+        inputs.push_back(input.name + "=" + input.value);
+    EXPECT_EQ(inputs, (std::vector<std::string>{"table=", "condition=cut < x", "cut=1.5", "x="}));
+    EXPECT_NE(manager.DocumentText().find(list), std::string::npos) << manager.DocumentText();
 }
 
 TEST(Filter, aTextOrAnEmptyConditionIsAFailure) {
