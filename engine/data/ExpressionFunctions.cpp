@@ -1,5 +1,5 @@
 #include "ExpressionExp.h"
-#include "ExpressionKernels.h"
+#include "ExpressionWide.h"
 
 #include <algorithm>
 #include <array>
@@ -216,6 +216,15 @@ const Function* findFunction(std::string_view name) {
     const auto* const found =
         std::find_if(functions.begin(), functions.end(), [&](const Function& known) { return known.name == name; });
     return found == functions.end() ? nullptr : found;
+}
+
+Kernel wideKernel(std::string_view name, ColumnType type) {
+    const std::vector<WideKernels> runnable = runnableKernels();
+    if (!runnable.empty())
+        for (const WideKernel& known : runnable.front())
+            if (known.type == type && name == known.name)
+                return known.kernel;
+    return nullptr;
 }
 
 std::vector<std::string> functionNames() {

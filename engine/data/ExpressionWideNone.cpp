@@ -2,8 +2,8 @@
 
 namespace velmorak::expression {
 
-Kernel wideKernel(std::string_view /*name*/, ColumnType /*type*/) {
-    return nullptr;
+std::vector<WideKernels> runnableKernels() {
+    return {};
 }
 
 }  // namespace velmorak::expression

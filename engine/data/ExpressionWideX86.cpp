@@ -2,24 +2,15 @@
 
 namespace velmorak::expression {
 
-namespace {
-
-WideKernels suitable() {
+std::vector<WideKernels> runnableKernels() {
+    std::vector<WideKernels> runnable;
     if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("fma"))
-        return {};
-    const bool hasMore = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-                         __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
-    return hasMore ? avx512Kernels() : avx2Kernels();
-}
-
-}  // namespace
-
-Kernel wideKernel(std::string_view name, ColumnType type) {
-    const WideKernels all = suitable();
-    for (const WideKernel* known = all.first; known != all.end; ++known)
-        if (known->type == type && name == known->name)
-            return known->kernel;
-    return nullptr;
+        return runnable;
+    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
+        __builtin_cpu_supports("avx512vl"))
+        runnable.push_back(avx512Kernels());
+    runnable.push_back(avx2Kernels());
+    return runnable;
 }
 
 }  // namespace velmorak::expression
