@@ -102,6 +102,8 @@ std::map<std::string, std::string> Work::results() const {
     if (!fs::exists(made))
         return files;
     for (const fs::directory_entry& entry : fs::directory_iterator(made)) {
+        if (entry.path().filename() == "run.json")
+            continue;
         std::ifstream stream(entry.path(), std::ios::binary);
         files[entry.path().filename().string()] = {std::istreambuf_iterator<char>(stream), {}};
     }

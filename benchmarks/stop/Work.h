@@ -28,7 +28,7 @@ public:
 
     /// @return where the document is.
     std::filesystem::path write(const Phase& phase) const;
-    /// By name: contents of the files that the last run left. Nothing else is done with them.
+    /// By name: contents of the files that the last run left, without its record, which tells of stops.
     std::map<std::string, std::string> results() const;
     void removeResults() const;
 

@@ -6,7 +6,6 @@
 #include "velmorak/Value.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cmath>
@@ -209,10 +208,10 @@ void AidaFileWriter::close() {
             part->fail();
         part->write(head(true));
     }
-    // Some disks report only here that they are full.
-    if (std::fflush(file) != 0 || (fsync(fileno(file)) != 0 && errno != EINVAL && errno != EROFS))
-        part->fail();
-    if (std::fclose(part->file.release()) != 0)
+    // A full disk is reported here at the latest. To wait until all is on the disk could take seconds, in which a run
+    // that is asked to end could not; and what a run makes can be made again.
+    const bool isFlushed = std::fflush(file) == 0;
+    if (!isFlushed || std::fclose(part->file.release()) != 0)
         part->fail();
 }
 
