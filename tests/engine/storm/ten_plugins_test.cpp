@@ -64,15 +64,14 @@ protected:
     QzManager manager{"QzAnalysisFactory"};
 };
 
-TEST_F(WrongPipeline, ofTenPluginsFinishesAllButThoseBehindThreeThatFail) {
+TEST_F(WrongPipeline, ofTenPluginsFinishesAllButThreeThatFailAndWhatIsBehindThem) {
     run(random("Make") + "," + histogram("Good", "Make", "x") + "," + histogram("Bad", "Make", "nowhere") + "," +
         writer("Keep", "Good", "histogram") + "," + writer("Lost", "Bad", "histogram") + "," +
         R"({"name": "Cut", "kind": "Filter", "inputs": [{"name": "table", "from": ["Make", "table"]},
             {"name": "condition", "value": "x > missing"}]},)" +
         histogram("Behind", "Cut", "x") + "," +
         R"({"name": "Odd", "kind": "Formula", "inputs": [{"name": "table", "from": ["Make", "table"]},
-            {"name": "expression", "value": "sqrt(-1 - x * x) "}]
-},
+            {"name": "expression", "value": "sqrt(-1 - x * x) "}]},
            {"name": "Numbers", "kind": "Statistics", "inputs": [{"name": "data", "from": ["Odd", "table"]},
             {"name": "expression", "value": "result"}]},
            {"name": "Sum", "kind": "Adder", "inputs": [{"name": "a", "from": ["Make", "table"]}]})");
