@@ -41,7 +41,7 @@ public:
     void beginElement(const char* name, const char* const* attributes) override;
     void endElement(const char* name) override;
     const std::vector<PlainColumn>* plainColumns() const override { return isInPlainRows ? &plain : nullptr; }
-    bool isBetweenRows() const override { return states.back() == State::Rows; }
+    bool isBetweenRows() const override { return states.back() == State::Rows || states.back() == State::PassedRows; }
     std::size_t takeRows(const PlainRows& rows, std::size_t first) override;
     void beginDocument() override;
     bool continuesAfter(const std::string& damage) override;
@@ -57,6 +57,7 @@ private:
         Columns,
         Column,
         Rows,
+        PassedRows,
         Row,
         Entry,
         Nested,

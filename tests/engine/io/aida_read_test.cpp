@@ -233,5 +233,36 @@ TEST_F(AidaTables, mayStandBesideEveryOtherKindOfObject) {
     EXPECT_EQ(listAida(ownFile("all.aida"), run)[12].schema, readRows(ownFile("tuple.aida"), "", run).schema);
 }
 
+/// A file with one tuple after the other, of many rows and of few, of the same columns and of others.
+std::string tuplesOfAllForms() {
+    std::string text;
+    for (int tuple = 0; tuple < 12; ++tuple) {
+        const bool isOdd = tuple % 2 == 1;
+        text += "<tuple name='t" + std::to_string(tuple) + "'><columns><column name='x'/><column name='n' type='" +
+                (isOdd ? "string" : "int") + "'/></columns><rows>\n";
+        for (int row = 0; row < (tuple % 3 == 0 ? 20000 : 3); ++row)
+            text += "<row><entry value=\"" + std::to_string(row) + "\"/><entry value=\"" + (isOdd ? "a" : "1") +
+                    "\"/></row>\n" + (row % 777 == 5 ? "<!-- </rows></tuple> --><row><odd/></row>" : "");
+        text += "</rows></tuple>\n";
+        if (tuple == 7)
+            text += "<cloud1d name='c' maxEntries='-1'><entries1d><entry1d valueX='1'/></entries1d></cloud1d>";
+    }
+    return text;
+}
+
+TEST_F(AidaTables, areListedWithoutLookingIntoTheirRows) {
+    const auto file = aidaWith(tuplesOfAllForms());
+    std::vector<std::string> paths;
+    for (const AidaEntry& entry : listAida(file, run)) {
+        paths.push_back(entry.path);
+        EXPECT_EQ(entry.schema.size(), 2U);
+    }
+    EXPECT_THAT(
+        paths, ElementsAre("/t0", "/t1", "/t2", "/t3", "/t4", "/t5", "/t6", "/t7", "/c", "/t8", "/t9", "/t10", "/t11"));
+    EXPECT_EQ(readRows(file, "t9", run).count(), 20000U + 26);
+    EXPECT_EQ(readRows(file, "/t0", run).count(), 20000U + 26);
+    EXPECT_EQ(readRows(file, "t1", run).columns[1].texts(), (Column::Texts{"a", "a", "a"}));
+}
+
 }  // namespace
 }  // namespace velmorak
