@@ -279,6 +279,56 @@ TEST(Expression, givesWhatMuParserGivesTo2UlpAStep) {
     }
 }
 
+/// The same values as lists of x and y with a z for each, and as a row of each value.
+struct Twins {
+    Chunk lists;
+    Chunk rows;
+};
+
+Twins randomTwins(std::mt19937_64& random, std::size_t rows) {
+    std::vector<Column::Reals> flat(3);
+    Column::Reals single;
+    std::vector<std::uint64_t> offsets{0};
+    for (std::size_t row = 0; row < rows; ++row) {
+        single.push_back(randomValue(random));
+        offsets.push_back(offsets.back() + (random() % 3 == 0 ? 0 : random() % 7));
+        for (std::uint64_t at = offsets[row]; at < offsets[row + 1]; ++at) {
+            flat[0].push_back(randomValue(random));
+            flat[1].push_back(randomValue(random));
+            flat[2].push_back(single.back());
+        }
+    }
+    Twins twins{chunkOf({flat[0], flat[1], single}), chunkOf(flat)};
+    twins.lists.rows = rows;
+    for (std::size_t i = 0; i < 2; ++i)
+        twins.lists.columns[i] = std::make_shared<Column>(Column{flat[i], offsets});
+    return twins;
+}
+
+TEST(ExpressionList, givesWhatARowOfEachValueGives) {
+    std::mt19937_64 random(seed());
+    const Schema lists({{"x", ColumnType::Real, true}, {"y", ColumnType::Real, true}, {"z"}});
+    const Schema rows({{"x"}, {"y"}, {"z"}});
+    Writer writer(random);
+    Twins twins;
+    int compared = 0;
+    for (int round = 0; round < 5'000; ++round) {
+        if (round % 50 == 0)
+            twins = randomTwins(random, round % 1000 == 0 ? 3000 : 40);
+        const std::string text = writer.real(1 + round % 4).ours;
+        const Expression expression(text, lists);
+        if (!expression.isList())
+            continue;
+        const ColumnPtr ours = expression.evaluate(twins.lists);
+        const ColumnPtr expected = Expression(text, rows).evaluate(twins.rows);
+        ASSERT_EQ(ours->offsets, twins.lists.columns[0]->offsets);
+        for (std::size_t i = 0; i < expected->valueCount(); ++i)
+            ASSERT_TRUE(isSame(ours->reals()[i], expected->reals()[i])) << text << ", value " << i;
+        ++compared;
+    }
+    EXPECT_GT(compared, 2'000);
+}
+
 /// Each row alone, in each place of four, and among others: the last few rows of a block have no way of their own.
 TEST(Expression, hasTheSameBitsForAFunctionInWhateverPlaceARowStands) {
     std::mt19937_64 random(seed());
