@@ -87,8 +87,8 @@ double rounded(std::uint64_t digits, int exponent) {
         mantissa >>= 1;
         ++binary;
     }
-    const auto biased = static_cast<std::uint64_t>(binary + 1023);
-    return std::bit_cast<double>((mantissa & ~(std::uint64_t{1} << 52)) | (biased << 52));
+    const int biased = binary + 1023;
+    return std::bit_cast<double>((mantissa & ~(std::uint64_t{1} << 52)) | (static_cast<std::uint64_t>(biased) << 52));
 }
 
 constexpr std::uint64_t zerosOf8 = 0x3030303030303030;

@@ -27,8 +27,8 @@ void RowBlocks::Block::scanFrom(std::size_t begin) {
 struct RowBlocks::Shared {
     using Lock = std::unique_lock<std::mutex>;
 
-    Shared(ByteStream& bytes, const std::vector<PlainColumn>& columns, std::size_t most)
-        : stream(bytes), layout(columns), mostBlocks(most) {}
+    Shared(ByteStream& bytes, std::vector<PlainColumn> columns, std::size_t most)
+        : stream(bytes), layout(std::move(columns)), mostBlocks(most) {}
 
     bool mayRead() const { return !isReading && !isAtEnd && blocks.size() < mostBlocks; }
     Block* firstUnscanned() const;
