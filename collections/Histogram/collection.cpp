@@ -1,4 +1,5 @@
 #include "FillKinds.h"
+#include "HistogramKinds.h"
 #include "Statistics.h"
 
 VELMORAK_COLLECTION(registry) {
@@ -7,5 +8,11 @@ VELMORAK_COLLECTION(registry) {
     registry.add(std::make_unique<Histogram1DKind>());
     registry.add(std::make_unique<Histogram2DKind>());
     registry.add(std::make_unique<Profile1DKind>());
+    registry.add(std::make_unique<RebinKind>());
+    registry.add(std::make_unique<ScaleKind>());
+    registry.add(std::make_unique<CombineKind>());
+    registry.add(std::make_unique<ProjectKind>());
+    registry.add(std::make_unique<CumulativeKind>());
+    registry.add(std::make_unique<CompareKind>());
     registry.add(std::make_unique<StatisticsKind>());
 }

@@ -44,7 +44,9 @@ TEST(Catalogue, offersTheKindsByGroup) {
         {"Data",
          {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "RandomTable"}},
         {"Fit", {"Fit"}},
-        {"Histogram", {"Histogram1D", "Histogram2D", "Profile1D", "Statistics"}},
+        {"Histogram",
+         {"Histogram1D", "Histogram2D", "Profile1D", "Rebin", "Scale", "Combine", "Project", "Cumulative", "Compare",
+          "Statistics"}},
         {"Output", {"Plot", "AidaWriter"}},
         {"Table", {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode"}},
     };

@@ -1,0 +1,229 @@
+#include "HistogramKinds.h"
+#include "Objects.h"
+
+#include <velmorak/Points.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace velmorak {
+
+namespace {
+
+/// What becomes of a bin: its height with the errors upwards and downwards.
+struct Outcome {
+    double value = 0.0;
+    double squaredError = 0.0;
+    double plus = 0.0;
+    double minus = 0.0;
+    bool isDefined = true;
+};
+
+Outcome symmetric(double value, double squaredError) {
+    const double error = std::sqrt(std::max(squaredError, 0.0));
+    return {.value = value, .squaredError = squaredError, .plus = error, .minus = error};
+}
+
+Outcome nothing() {
+    return {.isDefined = false};
+}
+
+/// Passed fills among all of them: k / n with its interval for z standard deviations.
+template <typename Sums>
+Outcome efficiency(const Sums& passed, const Sums& all, bool isWilson, double z) {
+    if (all.w == 0.0)
+        return nothing();
+    const double ratio = passed.w / all.w;
+    if (!(ratio >= 0.0 && ratio <= 1.0))
+        throw Failure("first", "a bin has a height of " + textOf(passed.w) + " out of " + textOf(all.w) +
+                                   "; an efficiency needs the first histogram to be a part of the second");
+    const double squared = std::max(0.0, ((1.0 - 2.0 * ratio) * passed.ww + ratio * ratio * all.ww) / (all.w * all.w));
+    Outcome outcome = symmetric(ratio, squared);
+    outcome.plus = outcome.minus = z * outcome.plus;
+    if (isWilson) {
+        const double n = all.w * all.w / all.ww;
+        const double middle = (ratio + z * z / (2.0 * n)) / (1.0 + z * z / n);
+        const double half = z / (1.0 + z * z / n) * std::sqrt(ratio * (1.0 - ratio) / n + z * z / (4.0 * n * n));
+        outcome.plus = std::max(0.0, middle + half - ratio);
+        outcome.minus = std::max(0.0, ratio - (middle - half));
+    }
+    return outcome;
+}
+
+template <typename Sums>
+Outcome combined(const Sums& a, const Sums& b, const std::string& operation, double z) {
+    if (operation == "multiply")
+        return symmetric(a.w * b.w, a.w * a.w * b.ww + b.w * b.w * a.ww);
+    if (operation == "divide") {
+        if (b.w == 0.0)
+            return nothing();
+        const double ratio = a.w / b.w;
+        return symmetric(ratio, (a.ww + ratio * ratio * b.ww) / (b.w * b.w));
+    }
+    return efficiency(a, b, operation == "wilson", z);
+}
+
+void addPoint(std::vector<Measurement>& points, const Outcome& outcome, const Histogram1D& histogram,
+              std::size_t cell) {
+    const double half = 0.5 * histogram.axis().width(cell - 1);
+    points.push_back({histogram.axis().center(cell - 1), half, half});
+    points.push_back({outcome.value, outcome.plus, outcome.minus});
+}
+
+void addPoint(std::vector<Measurement>& points, const Outcome& outcome, const Histogram2D& histogram,
+              std::size_t cell) {
+    const Grid<2>::Cells cells = histogram.grid().alongAxes(cell);
+    for (std::size_t direction = 0; direction < 2; ++direction) {
+        const Axis& axis = histogram.grid().axis(direction);
+        const double half = 0.5 * axis.width(cells[direction] - 1);
+        points.push_back({axis.center(cells[direction] - 1), half, half});
+    }
+    points.push_back({outcome.value, outcome.plus, outcome.minus});
+}
+
+/// A combination of two histograms with the same bins.
+template <typename Histogram>
+class Combination {
+public:
+    Combination(const Histogram& firstOne, Histogram secondOne, const Arguments& arguments)
+        : first(firstOne),
+          second(std::move(secondOne)),
+          operation(arguments.text("operation")),
+          z(arguments.number("deviations")) {}
+
+    void evaluate() {
+        cells = first.cells();
+        for (std::size_t cell = 0; cell < cells.size(); ++cell) {
+            const Outcome outcome = isSum() ? sumIn(cell) : otherIn(cell);
+            if (outcome.isDefined && isInside(first, cell))
+                addPoint(points, outcome, first, cell);
+        }
+    }
+
+    Histogram histogram() const { return withCells(first, cells, first.nanEntries() + second.nanEntries()); }
+
+    std::shared_ptr<Points> asPoints() const {
+        const std::size_t dimensions = dimensionsOf(first) + 1;
+        auto made = std::make_shared<Points>(dimensions, points);
+        for (std::size_t direction = 0; direction + 1 < dimensions; ++direction)
+            made->axisTitles.push_back(axisOf(first, direction).title);
+        made->axisTitles.emplace_back();
+        return made;
+    }
+
+private:
+    bool isSum() const { return operation == "add" || operation == "subtract"; }
+
+    Outcome sumIn(std::size_t cell) {
+        auto other = second.cells()[cell];
+        if (operation == "subtract")
+            multiply(other, -1.0);
+        cells[cell].add(other);
+        return symmetric(cells[cell].w, cells[cell].ww);
+    }
+
+    Outcome otherIn(std::size_t cell) {
+        const Outcome outcome =
+            isInside(first, cell) ? combined(first.cells()[cell], second.cells()[cell], operation, z) : nothing();
+        cells[cell].w = outcome.value;
+        cells[cell].ww = outcome.squaredError;
+        takeMomentsFromCentre(cells[cell], first, cell);
+        return outcome;
+    }
+
+    const Histogram& first;
+    Histogram second;
+    std::string operation;
+    double z;
+    std::decay_t<decltype(first.cells())> cells;
+    std::vector<Measurement> points;
+};
+
+template <typename Histogram>
+void requireSameBins(const Histogram& first, const Histogram& second, const Arguments& arguments) {
+    for (std::size_t direction = 0; direction < dimensionsOf(first); ++direction) {
+        const Axis& mine = axisOf(first, direction);
+        const Axis& other = axisOf(second, direction);
+        if (!(mine == other))
+            throw Failure("second", "\"" + arguments.sourceName("first") + "\" has " + describe(mine) + " and \"" +
+                                        arguments.sourceName("second") + "\" has " + describe(other) +
+                                        "; they must be the same");
+    }
+}
+
+template <typename Histogram>
+void combine(const Histogram& first, const Histogram& second, const Arguments& arguments, Results& results,
+             const RunContext& context) {
+    requireSameBins(first, second, arguments);
+    auto cells = second.cells();
+    for (auto& cell : cells)
+        multiply(cell, arguments.number("factor"));
+    Combination<Histogram> combination(first, withCells(second, std::move(cells), second.nanEntries()), arguments);
+    combination.evaluate();
+    deliver(combination.histogram(), first, arguments, context, results);
+    const std::shared_ptr<Points> points = combination.asPoints();
+    nameAfter(*points, first, arguments, context);
+    results.set("points", DataObjectPtr(points));
+}
+
+}  // namespace
+
+std::string CombineKind::summary() const {
+    return "Adds, subtracts, multiplies or divides two histograms bin by bin, or makes an efficiency of them.";
+}
+
+std::string CombineKind::notes() const {
+    return R"(With a and b the heights, b times the factor, and errors s that are taken as independent:
+
+- `add`, `subtract`: all sums of the bins are added or subtracted, s² = s(a)² + s(b)²;
+- `multiply`: s² = a² s(b)² + b² s(a)²;
+- `divide`: s² = (s(a)² + (a/b)² s(b)²) / b²;
+- `binomial`: e = a/b, where the fills of the first are part of those of the second:
+  s² = ((1 - 2 e) s(a)² + e² s(b)²) / b², which is e (1 - e) / n without weights;
+- `wilson`: e as before; the points have the limits (e + z²/2n ± z root of (e (1 - e)/n + z²/4n²)) / (1 + z²/n) for z
+  standard deviations (E. B. Wilson, Journal of the American Statistical Association 22 (1927) 209), with the effective
+  number n = b² / s(b)² where there are weights. They stay between 0 and 1, also for e = 0 and e = 1.
+
+Where b is 0, quotient and efficiency have no value: the histogram has a height of 0 there and the points leave the bin
+out. For products, quotients and efficiencies the moments of a bin are those of fills in its centre, its entries those of
+the first histogram, and underflow and overflow are 0.)";
+}
+
+Ports CombineKind::ports(const ValueTexts&) const {
+    return {{histogramInput("first", "Histogram of one or two dimensions; of an efficiency: what passed."),
+             histogramInput("second", "Histogram with the same bins; of an efficiency: all."),
+             {.name = "operation",
+              .description = "What is done bin by bin; binomial and wilson divide what passed by all and differ in "
+                             "their errors.",
+              .type = ValueType::Choice,
+              .value = "add",
+              .choices = {"add", "subtract", "multiply", "divide", "binomial", "wilson"}},
+             {.name = "factor", .description = "Multiplies the second histogram before, without unit.", .value = "1"},
+             {.name = "deviations",
+              .description = "Half width of the intervals of efficiencies in the points, in standard deviations.",
+              .value = "1",
+              .minimum = 0,
+              .maximum = 10},
+             derivedTitleInput()},
+            {{.name = "histogram",
+              .description = "Result in each bin, with its symmetric error.",
+              .type = ValueType::Histogram},
+             {.name = "points",
+              .description = "Result in each bin that has one, at its centre, with errors upwards and downwards.",
+              .type = ValueType::Points}}};
+}
+
+void CombineKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
+    const AnyHistogram first = histogramOf1Or2(arguments, "first");
+    const AnyHistogram second = histogramOf1Or2(arguments, "second");
+    if (first.index() != second.index())
+        throw Failure("second", "\"" + arguments.sourceName("first") + "\" and \"" + arguments.sourceName("second") +
+                                    "\" have different numbers of axes");
+    std::visit(
+        [&](const auto& one) {
+            combine(*one, *std::get<std::decay_t<decltype(one)>>(second), arguments, results, context);
+        },
+        first);
+}
+
+}  // namespace velmorak

@@ -1,0 +1,54 @@
+#include "HistogramKinds.h"
+#include "Objects.h"
+
+namespace velmorak {
+
+namespace {
+
+Histogram1D summedUp(const Histogram1D& histogram, bool isForward, bool hasOutside) {
+    std::vector<BinSums> cells(histogram.cells().size());
+    BinSums sum = hasOutside ? (isForward ? histogram.underflow() : histogram.overflow()) : BinSums{};
+    for (std::size_t step = 0; step < histogram.bins(); ++step) {
+        const std::size_t cell = isForward ? step + 1 : histogram.bins() - step;
+        sum.add(histogram.cells()[cell]);
+        cells[cell] = sum;
+        takeMomentsFromCentre(cells[cell], histogram, cell);
+    }
+    return {histogram.axis(), std::move(cells), histogram.nanEntries()};
+}
+
+}  // namespace
+
+std::string CumulativeKind::summary() const {
+    return "Sums up the bins of a histogram from its lower or upper end.";
+}
+
+std::string CumulativeKind::notes() const {
+    return R"(Forward, the height of a bin is the sum of all heights up to and with it; backward, from it on. Its error is the
+root of the sum of all w² so far; the errors of neighbouring bins are therefore not independent. Moments of the result are
+those of fills in the bin centres; its underflow and overflow are empty.)";
+}
+
+Ports CumulativeKind::ports(const ValueTexts&) const {
+    return {{histogramInput("histogram", "One-dimensional histogram."),
+             {.name = "direction",
+              .description = "Forward sums from the lower end upwards, backward from the upper end downwards.",
+              .type = ValueType::Choice,
+              .value = "forward",
+              .choices = {"forward", "backward"}},
+             {.name = "outside",
+              .description = "Whether the sum begins with the underflow, or backward with the overflow.",
+              .type = ValueType::Choice,
+              .value = "no",
+              .choices = {"no", "yes"}},
+             derivedTitleInput()},
+            {{.name = "histogram", .description = "Sum of the heights up to each bin.", .type = ValueType::Histogram}}};
+}
+
+void CumulativeKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
+    const HistogramPtr histogram = arguments.histogram("histogram");
+    deliver(summedUp(*histogram, arguments.text("direction") == "forward", arguments.text("outside") == "yes"),
+            *histogram, arguments, context, results);
+}
+
+}  // namespace velmorak

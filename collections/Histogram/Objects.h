@@ -1,0 +1,119 @@
+#pragma once
+
+#include <velmorak/HistogramGrid.h>
+#include <velmorak/Kind.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <variant>
+
+/// What kinds that make histograms of histograms have in common.
+namespace velmorak {
+
+using Histogram2DPtr = std::shared_ptr<const Histogram2D>;
+using AnyHistogram = std::variant<HistogramPtr, Histogram2DPtr>;
+
+/// @throws Failure if nothing is wired, or something else than a histogram of one or two dimensions.
+AnyHistogram histogramOf1Or2(const Arguments& arguments, const std::string& input);
+/// @throws Failure if nothing is wired, or no two-dimensional histogram.
+Histogram2DPtr histogram2D(const Arguments& arguments, const std::string& input);
+
+/// The input of a kind that changes one histogram, and the title of what it makes.
+InputSpec histogramInput(const std::string& name, const std::string& description);
+InputSpec derivedTitleInput();
+
+/// Name and title of a derived object: the plug-in's, and that of the object where the title input is empty.
+void nameAfter(DataObject& object, const DataObject& source, const Arguments& arguments, const RunContext& context);
+
+/// "50 bins from 0 to 10".
+std::string describe(const Axis& axis);
+
+inline const Axis& axisOf(const Histogram1D& histogram, std::size_t) {
+    return histogram.axis();
+}
+inline const Axis& axisOf(const Histogram2D& histogram, std::size_t direction) {
+    return histogram.grid().axis(direction);
+}
+inline std::size_t dimensionsOf(const Histogram1D&) {
+    return 1;
+}
+inline std::size_t dimensionsOf(const Histogram2D&) {
+    return 2;
+}
+/// Cell of a histogram along each axis, as Axis::cell counts.
+inline Grid<2>::Cells alongAxes(const Histogram1D&, std::size_t cell) {
+    return {cell, 1};
+}
+inline Grid<2>::Cells alongAxes(const Histogram2D& histogram, std::size_t cell) {
+    return histogram.grid().alongAxes(cell);
+}
+template <typename Histogram>
+bool isInside(const Histogram& histogram, std::size_t cell) {
+    const Grid<2>::Cells cells = alongAxes(histogram, cell);
+    for (std::size_t direction = 0; direction < dimensionsOf(histogram); ++direction)
+        if (cells[direction] == 0 || cells[direction] > axisOf(histogram, direction).bins())
+            return false;
+    return true;
+}
+/// Width of a bin inside, or the product of its widths.
+template <typename Histogram>
+double sizeOf(const Histogram& histogram, std::size_t cell) {
+    const Grid<2>::Cells cells = alongAxes(histogram, cell);
+    double size = 1.0;
+    for (std::size_t direction = 0; direction < dimensionsOf(histogram); ++direction)
+        size *= axisOf(histogram, direction).width(cells[direction] - 1);
+    return size;
+}
+
+/// Another histogram with the same axes.
+inline Histogram1D withCells(const Histogram1D& like, std::vector<BinSums> cells, std::int64_t nans) {
+    Histogram1D made(like.axis(), std::move(cells), nans);
+    return made;
+}
+inline Histogram2D withCells(const Histogram2D& like, std::vector<GridSums<2>> cells, std::int64_t nans) {
+    return {like.grid(), std::move(cells), nans};
+}
+
+/// Each fill's weight times a factor.
+inline void multiply(BinSums& sums, double factor) {
+    sums.w *= factor;
+    sums.ww *= factor * factor;
+    sums.wx *= factor;
+    sums.wxx *= factor;
+}
+inline void multiply(GridSums<2>& sums, double factor) {
+    sums.w *= factor;
+    sums.ww *= factor * factor;
+    for (std::size_t direction = 0; direction < 2; ++direction) {
+        sums.wx[direction] *= factor;
+        sums.wxx[direction] *= factor;
+    }
+}
+
+/// The moments that all fills in the centre of the bin would have; none outside.
+inline void takeMomentsFromCentre(BinSums& sums, const Histogram1D& histogram, std::size_t cell) {
+    const double x = isInside(histogram, cell) ? histogram.axis().center(cell - 1) : 0.0;
+    sums.wx = sums.w * x;
+    sums.wxx = sums.w * x * x;
+}
+inline void takeMomentsFromCentre(GridSums<2>& sums, const Histogram2D& histogram, std::size_t cell) {
+    const Grid<2>::Cells cells = histogram.grid().alongAxes(cell);
+    for (std::size_t direction = 0; direction < 2; ++direction) {
+        const double x =
+            isInside(histogram, cell) ? histogram.grid().axis(direction).center(cells[direction] - 1) : 0.0;
+        sums.wx[direction] = sums.w * x;
+        sums.wxx[direction] = sums.w * x * x;
+    }
+}
+
+/// Hands a derived histogram over.
+template <typename Histogram>
+void deliver(Histogram made, const DataObject& source, const Arguments& arguments, const RunContext& context,
+             Results& results) {
+    auto object = std::make_shared<Histogram>(std::move(made));
+    nameAfter(*object, source, arguments, context);
+    results.set("histogram", DataObjectPtr(std::move(object)));
+}
+
+}  // namespace velmorak

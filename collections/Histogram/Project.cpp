@@ -1,0 +1,101 @@
+#include "Gather.h"
+#include "HistogramKinds.h"
+#include "Objects.h"
+
+#include <velmorak/Profile.h>
+
+#include <limits>
+
+namespace velmorak {
+
+namespace {
+
+/// A cell across the projection counts when its centre lies in the range; those outside the axis at infinity.
+bool isTaken(const Axis& axis, std::size_t cell, double low, double high) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    if (cell == 0)
+        return low == -infinity;
+    if (cell == axis.bins() + 1)
+        return high == infinity;
+    return axis.center(cell - 1) >= low && axis.center(cell - 1) < high;
+}
+
+ProfileSums<1> along(const GridSums<2>& cell, std::size_t kept) {
+    const std::size_t across = 1 - kept;
+    return {.entries = cell.entries,
+            .w = cell.w,
+            .ww = cell.ww,
+            .wv = cell.wx[across],
+            .wvv = cell.wxx[across],
+            .wx = {cell.wx[kept]},
+            .wxx = {cell.wxx[kept]}};
+}
+
+BinSums withoutValue(const ProfileSums<1>& sums) {
+    return {.entries = sums.entries, .w = sums.w, .ww = sums.ww, .wx = sums.wx[0], .wxx = sums.wxx[0]};
+}
+
+std::vector<ProfileSums<1>> projected(const Histogram2D& plane, std::size_t kept, double low, double high) {
+    std::vector<ProfileSums<1>> sums(plane.grid().axis(kept).bins() + 2);
+    for (std::size_t cell = 0; cell < plane.cells().size(); ++cell) {
+        const Grid<2>::Cells cells = plane.grid().alongAxes(cell);
+        if (isTaken(plane.grid().axis(1 - kept), cells[1 - kept], low, high))
+            sums[cells[kept]].add(along(plane.cells()[cell], kept));
+    }
+    return sums;
+}
+
+}  // namespace
+
+std::string ProjectKind::summary() const {
+    return "Projects a two-dimensional histogram onto one of its axes, as a histogram and as a profile.";
+}
+
+std::string ProjectKind::notes() const {
+    return R"(Bins across whose centre lies in [low, high) are added up. An infinite limit takes the underflow or overflow of that
+axis too, so that with both limits infinite every fill counts. The profile has the mean and rms of the other coordinate in
+each bin, from the exact sums of the fills and not from the bin centres.)";
+}
+
+Ports ProjectKind::ports(const ValueTexts&) const {
+    return {{histogramInput("histogram", "Two-dimensional histogram."),
+             {.name = "axis",
+              .description = "Axis that stays: x is the horizontal one, y the vertical one.",
+              .type = ValueType::Choice,
+              .value = "x",
+              .choices = {"x", "y"}},
+             {.name = "low",
+              .description = "Bins are taken from here on, by their centre, in the unit of the other axis.",
+              .value = "-Infinity"},
+             {.name = "high",
+              .description = "Bins are taken up to here, by their centre, in the unit of the other axis.",
+              .value = "Infinity"},
+             derivedTitleInput()},
+            {{.name = "histogram",
+              .description = "Sums of the taken bins along the axis that stays.",
+              .type = ValueType::Histogram},
+             {.name = "profile",
+              .description = "Mean of the other coordinate in each bin, in its unit.",
+              .type = ValueType::Profile}}};
+}
+
+void ProjectKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
+    const Histogram2DPtr plane = histogram2D(arguments, "histogram");
+    const std::size_t kept = arguments.text("axis") == "x" ? 0 : 1;
+    const double low = arguments.number("low");
+    const double high = arguments.number("high");
+    if (!(low < high))
+        throw Failure("high", "no bins lie between " + textOf(low) + " and " + textOf(high));
+    const std::vector<ProfileSums<1>> sums = projected(*plane, kept, low, high);
+    std::vector<BinSums> heights;
+    for (const ProfileSums<1>& cell : sums)
+        heights.push_back(withoutValue(cell));
+    const Axis& axis = plane->grid().axis(kept);
+    deliver(Histogram1D(axis, std::move(heights), plane->nanEntries()), *plane, arguments, context, results);
+    auto profile =
+        std::make_shared<Profile1D>(Grid<1>({axis}), sums, std::vector<ProfileReading>{}, plane->nanEntries());
+    nameAfter(*profile, *plane, arguments, context);
+    results.set("profile", DataObjectPtr(std::move(profile)));
+}
+
+}  // namespace velmorak

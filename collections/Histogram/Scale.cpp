@@ -1,0 +1,79 @@
+#include "HistogramKinds.h"
+#include "Objects.h"
+
+#include <cmath>
+
+namespace velmorak {
+
+namespace {
+
+template <typename Histogram>
+double total(const Histogram& histogram, bool isArea) {
+    double sum = 0.0;
+    for (std::size_t cell = 0; cell < histogram.cells().size(); ++cell)
+        if (isInside(histogram, cell))
+            sum += histogram.cells()[cell].w * (isArea ? sizeOf(histogram, cell) : 1.0);
+    return sum;
+}
+
+template <typename Histogram>
+Histogram scaled(const Histogram& histogram, const std::string& mode, double factor) {
+    double common = factor;
+    if (mode == "sum" || mode == "area") {
+        const double present = total(histogram, mode == "area");
+        common = factor / present;
+        if (present == 0.0 || !std::isfinite(common))
+            throw Failure("histogram",
+                          "its " + mode + " is " + textOf(present) + ", which no factor brings to " + textOf(factor));
+    }
+    auto cells = histogram.cells();
+    for (std::size_t cell = 0; cell < cells.size(); ++cell)
+        multiply(cells[cell], mode == "width" && isInside(histogram, cell) ? common / sizeOf(histogram, cell) : common);
+    return withCells(histogram, std::move(cells), histogram.nanEntries());
+}
+
+}  // namespace
+
+std::string ScaleKind::summary() const {
+    return "Multiplies the heights of a histogram, brings its sum or area to a number, or divides by bin widths.";
+}
+
+std::string ScaleKind::notes() const {
+    return R"(With f the factor, every bin is multiplied by
+
+- `factor`: f;
+- `sum`: f / sum of the in-range heights, so that these add up to f;
+- `area`: f / sum of in-range height times width, so that the area is f;
+- `width`: f / its width (in a plane: the product of both widths), which makes a density. Underflow and overflow have no
+  width; they are multiplied by f alone.
+
+A bin multiplied by c has sums of w, w x and w x² times c and a sum of w² times c², so that its relative error stays. The
+number of entries stays too.)";
+}
+
+Ports ScaleKind::ports(const ValueTexts&) const {
+    return {
+        {histogramInput("histogram", "Histogram of one or two dimensions."),
+         {.name = "mode",
+          .description = "What the factor is: what heights are multiplied by, what their sum or the area becomes, "
+                         "or what heights per width are multiplied by.",
+          .type = ValueType::Choice,
+          .value = "factor",
+          .choices = {"factor", "sum", "area", "width"}},
+         {.name = "factor", .description = "Number that the mode speaks of, without unit.", .value = "1"},
+         derivedTitleInput()},
+        {{.name = "histogram", .description = "The histogram with its new heights.", .type = ValueType::Histogram}}};
+}
+
+void ScaleKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
+    const double factor = arguments.number("factor");
+    if (!std::isfinite(factor))
+        throw Failure("factor", textOf(factor) + " is no factor");
+    std::visit(
+        [&](const auto& histogram) {
+            deliver(scaled(*histogram, arguments.text("mode"), factor), *histogram, arguments, context, results);
+        },
+        histogramOf1Or2(arguments, "histogram"));
+}
+
+}  // namespace velmorak
