@@ -21,7 +21,7 @@ std::optional<double> StreamPass::fractionOf(const Leg& leg) {
         double furthest = read.value_or(-1.0);
         for (std::optional<std::size_t> at = i; at; at = steps[*at]->parentFor(legBeingRead).step) {
             if (steps[*at]->rowsWanted > 0) {
-                const double rows = static_cast<double>(steps[*at]->rowsCounted.load(std::memory_order_relaxed));
+                const auto rows = static_cast<double>(steps[*at]->rowsCounted.load(std::memory_order_relaxed));
                 furthest = std::max(furthest, rows / static_cast<double>(steps[*at]->rowsWanted));
             }
         }

@@ -51,7 +51,7 @@ Sums inputsOf(const Json& record) {
 
 }  // namespace
 
-RunRecordFile::RunRecordFile(const fs::path& named) : file(fs::absolute(named)) {
+RunRecordFile::RunRecordFile(const fs::path& recordFile) : file(fs::absolute(recordFile)) {
     try {
         std::ifstream stream(file);
         stream.exceptions(std::ios::badbit | std::ios::failbit);
@@ -63,7 +63,7 @@ RunRecordFile::RunRecordFile(const fs::path& named) : file(fs::absolute(named)) 
         pluginsOf(record);
         inputsOf(record);
     } catch (const std::exception& error) {
-        throw UsageError("\"" + named.string() + "\" is no record of a run: " + error.what());
+        throw UsageError("\"" + recordFile.string() + "\" is no record of a run: " + error.what());
     }
 }
 

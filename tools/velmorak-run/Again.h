@@ -11,7 +11,7 @@
 class RunRecordFile {
 public:
     /// @throws UsageError when there is no such record.
-    explicit RunRecordFile(const std::filesystem::path& file);
+    explicit RunRecordFile(const std::filesystem::path& recordFile);
 
     std::string documentText() const;
     /// Where the document stood; where the record lies suggests it when that folder is no more.

@@ -11,12 +11,12 @@
 /// Writes what runs do as lines of JSON, each at once. docs/run-events.md describes them.
 class Events : public velmorak::RunListener {
 public:
-    /// @param file "-" for standard output. @throws UsageError when it cannot be written.
-    explicit Events(const std::string& file);
+    /// @param name of the file; "-" for standard output. @throws UsageError when it cannot be written.
+    explicit Events(const std::string& name);
 
     void began(const velmorak::Pipeline& pipeline, int threads) override;
     bool isProgressDue() override;
-    void progressed(const velmorak::ProgressNow& progress) override;
+    void progressed(const velmorak::ProgressNow& now) override;
     void settled(const velmorak::PipelineNode& node, const velmorak::NodeReport& report) override;
     void ended(const velmorak::RunReport& report) override;
 

@@ -81,6 +81,7 @@ std::string folderNameOf(const std::vector<std::string>& settings) {
 
 std::vector<std::string> textsOf(const std::vector<Setting>& point) {
     std::vector<std::string> texts;
+    texts.reserve(point.size());
     for (const Setting& setting : point) {
         texts.push_back(setting.plugin + "." + setting.input + "=" + setting.value);
     }

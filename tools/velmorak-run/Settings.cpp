@@ -10,7 +10,6 @@
 
 namespace {
 
-using velmorak::InputSpec;
 using velmorak::Pipeline;
 using velmorak::PipelineInput;
 using velmorak::PipelineNode;
@@ -147,6 +146,7 @@ std::vector<Setting> scanOf(const std::string& text) {
     const std::vector<std::string> parts = parted(whole.value, ':');
     const std::vector<std::string> values = parts.size() > 1 ? rangeOf(parts, whole.value) : parted(whole.value, ',');
     std::vector<Setting> points;
+    points.reserve(values.size());
     for (const std::string& value : values) {
         points.push_back({whole.plugin, whole.input, value});
     }
