@@ -19,6 +19,7 @@ protected:
     void show(const QzExample& example) {
         window->deleteAll();
         window->open(example.directory + '/' + example.name);
+        window->canvas.update();  // Until then the boxes have no bounds.
     }
 
     Goocanvas::Bounds extent() const {
