@@ -9,6 +9,7 @@
 #include <chrono>
 #include <fstream>
 #include <random>
+#include <semaphore>
 #include <stdexcept>
 #include <thread>
 
@@ -57,15 +58,22 @@ private:
     }
 
     double stopAfter(QzManager& manager, double ms) {
+        manager.Reset();
+        work.removeResults();
         double endedMs = 0;
+        std::binary_semaphore ended(0);
         std::thread runner([&] {
-            runAnew(manager);
+            manager.Run();
             endedMs = now(Clock::Wall);
+            ended.release();
         });
         std::this_thread::sleep_for(std::chrono::duration<double, std::milli>(ms));
         const double askedMs = now(Clock::Wall);
         const double askedProcessorMs = now(Clock::Processor);
-        manager.Stop();
+        // As the window does: one that comes before the run has begun is lost.
+        do
+            manager.Stop();
+        while (!ended.try_acquire_for(std::chrono::milliseconds(50)));
         runner.join();
         processorMs.push_back(now(Clock::Processor) - askedProcessorMs);
         return std::max(0.0, endedMs - askedMs);
