@@ -11,6 +11,9 @@ namespace velmorak::io {
 
 namespace {
 
+/// Deeper than any table is read; a file that means harm could nest without end.
+constexpr std::size_t deepestColumns = 64;
+
 bool isCloud(std::string_view name) {
     return name.substr(0, 5) == "cloud";
 }
@@ -71,7 +74,7 @@ AidaWalk::State AidaWalk::begun(std::string_view name, const char* const* attrib
             beginColumn(attributes);
             return State::Column;
         case State::Column:
-            return name == "columns" ? State::Columns : State::Skipped;
+            return name == "columns" && openColumns.size() < deepestColumns ? State::Columns : State::Skipped;
         case State::Rows:
             return name == "row" ? State::Row : State::Skipped;
         case State::Row:

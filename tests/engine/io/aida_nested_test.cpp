@@ -121,6 +121,16 @@ TEST_F(AidaNested, thoseThatAreTooDeepAreLeftOutWithAWarning) {
     EXPECT_THAT(run.warnings[0], HasSubstr("is nested too deep and is left out"));
 }
 
+TEST_F(AidaNested, thoseWithoutEndTakeNoMoreThanOthers) {
+    std::string open;
+    std::string close;
+    for (int i = 0; i < 300000; ++i) {
+        open += "<column name='n' type='ITuple'><columns>";
+        close += "</columns></column>";
+    }
+    EXPECT_EQ(read(tuple(open + "<column name='x'/>" + close, row("<entryITuple/>"))).count(), 1U);
+}
+
 class AidaChains : public AidaNested {
 protected:
     static std::string member(const std::string& name, const std::string& rows) {
