@@ -1,5 +1,6 @@
 #include "FitMinimise.h"
 
+#include "FitRotation.h"
 #include "velmorak/Failure.h"
 #include "velmorak/Value.h"
 
@@ -15,12 +16,12 @@ namespace {
 
 constexpr int mostSteps = 1000;
 /// Distances from the minimum, in standard deviations: at which Newton's method takes over, and at which it ends.
-constexpr double nearDistance = 1e-5;
+constexpr double nearDistance = 1e-4;
 constexpr double endDistance = 1e-9;
 /// Where rounding does not let it come so far, this still counts as a minimum.
 constexpr double coarseDistance = 1e-5;
 /// In standard deviations, for the differences that give second derivatives.
-constexpr double differenceStep = 1e-4;
+constexpr double differenceStep = 1e-5;
 constexpr double costRounding = 1e-13;
 
 Eigen::Index index(std::size_t position) {
@@ -34,14 +35,15 @@ public:
         : problem(fitted), values(std::move(start)), free(freeOnes), limits(bounds), isStopping(stopping) {}
 
     Minimum run() {
-        cost = problem.cost(values);
+        latest = problem.linearise(values, free);
+        cost = latest.cost;
         if (!std::isfinite(cost))
             refuseStart();
         largest = VectorXd::Zero(index(values.size()));
         for (steps = 0; steps < mostSteps; ++steps) {
             if (isStopping && isStopping())
                 throw Stopped();
-            const Linear linear = reduced(problem.linearise(values, free));
+            const Linear linear = reduced(latest);
             if (moving.empty())
                 return {values, moving, frozen, MatrixXd(), steps};
             const double distance = linear.q.norm();
@@ -112,12 +114,13 @@ private:
     /// The least squares solution of R step = q and root(damping) D step = 0.
     VectorXd damped(const Linear& linear, const VectorXd& scales) const {
         const Eigen::Index n = linear.q.size();
-        MatrixXd both(2 * n, n);
-        both.topRows(n) = linear.r;
-        both.bottomRows(n) = (std::sqrt(damping) * scales).asDiagonal();
-        VectorXd right = VectorXd::Zero(2 * n);
-        right.head(n) = linear.q;
-        return both.householderQr().solve(right);
+        MatrixXd both = MatrixXd::Zero(2 * n, n + 1);
+        both.topLeftCorner(n, n) = linear.r;
+        both.bottomLeftCorner(n, n) = (std::sqrt(damping) * scales).asDiagonal();
+        both.col(n).head(n) = linear.q;
+        rotate(both.data(), static_cast<std::size_t>(both.rows()), static_cast<std::size_t>(n + 1),
+               static_cast<std::size_t>(both.rows()));
+        return both.topLeftCorner(n, n).triangularView<Eigen::Upper>().solve(VectorXd(both.col(n).head(n)));
     }
 
     VectorXd scalesOf(const Linear& linear) {
@@ -138,7 +141,8 @@ private:
             const std::vector<double> next = moved(step);
             if (next == values)
                 return false;
-            const double nextCost = problem.cost(next);
+            Linear there = problem.linearise(next, free);
+            const double nextCost = there.cost;
             VectorXd taken(step.size());
             for (std::size_t k = 0; k < moving.size(); ++k)
                 taken[index(k)] = next[moving[k]] - values[moving[k]];
@@ -155,6 +159,7 @@ private:
             isFlat = isInRounding ? isFlat + 1 : 0;
             values = next;
             cost = nextCost;
+            latest = std::move(there);
             return true;
         }
         damping = 1.0;
@@ -166,17 +171,14 @@ private:
     }
 
     /// Half the second derivatives in units of the standard deviations of the linear problem, the columns of unit, from
-    /// central differences of the gradient.
-    MatrixXd curvature(const MatrixXd& unit) {
+    /// differences of the gradient.
+    MatrixXd curvature(const MatrixXd& unit, const VectorXd& pull) {
         MatrixXd made(unit.rows(), unit.cols());
         for (Eigen::Index k = 0; k < unit.cols(); ++k) {
             std::vector<double> above = values;
-            std::vector<double> below = values;
-            for (std::size_t i = 0; i < moving.size(); ++i) {
+            for (std::size_t i = 0; i < moving.size(); ++i)
                 above[moving[i]] += differenceStep * unit(index(i), k);
-                below[moving[i]] -= differenceStep * unit(index(i), k);
-            }
-            made.col(k) = (pullAt(below, unit) - pullAt(above, unit)) / (2.0 * differenceStep);
+            made.col(k) = (pull - pullAt(above, unit)) / differenceStep;
         }
         return 0.5 * (made + made.transpose());
     }
@@ -188,14 +190,21 @@ private:
         const Eigen::Index n = linear.q.size();
         const MatrixXd unit = linear.r.triangularView<Eigen::Upper>().solve(MatrixXd::Identity(n, n));
         const std::vector<double> before = values;
-        MatrixXd shape = curvature(unit);
+        const double costBefore = cost;
+        MatrixXd shape = curvature(unit, linear.q);
         if (!shape.allFinite())
             shape.setIdentity();
         const Eigen::SelfAdjointEigenSolver<MatrixXd> axes(shape);
         if (!(axes.eigenvalues().minCoeff() > 1e-9))
             refuseSaddle(axes.eigenvectors().col(0), unit);
-        if (!approach(unit, axes)) {
-            values = before;
+        if (!approach(unit, axes, linear.q)) {
+            latest = problem.linearise(values, free);
+            cost = latest.cost;
+            if (!std::isfinite(cost) || cost > costBefore) {
+                values = before;
+                latest = problem.linearise(values, free);
+                cost = latest.cost;
+            }
             return false;
         }
         const MatrixXd spread = unit * axes.eigenvectors() * axes.eigenvalues().cwiseSqrt().cwiseInverse().asDiagonal();
@@ -203,10 +212,10 @@ private:
         return true;
     }
 
-    bool approach(const MatrixXd& unit, const Eigen::SelfAdjointEigenSolver<MatrixXd>& axes) {
+    bool approach(const MatrixXd& unit, const Eigen::SelfAdjointEigenSolver<MatrixXd>& axes, VectorXd pull) {
         double last = std::numeric_limits<double>::infinity();
         for (int i = 0; i < 20; ++i) {
-            const VectorXd along = axes.eigenvectors().transpose() * pullAt(values, unit);
+            const VectorXd along = axes.eigenvectors().transpose() * pull;
             const VectorXd step = axes.eigenvectors() * along.cwiseQuotient(axes.eigenvalues());
             const double distance = step.norm();
             if (!(distance >= endDistance))
@@ -220,6 +229,7 @@ private:
                 if (next[moving[k]] != values[moving[k]] + move[index(k)])
                     return false;
             values = std::move(next);
+            pull = pullAt(values, unit);
         }
         return last < coarseDistance;
     }
@@ -243,6 +253,7 @@ private:
     Selection frozen;
     VectorXd largest;
     MatrixXd covariance;
+    Linear latest;  ///< At values.
     double cost = 0.0;
     double damping = 1e-3;
     int steps = 0;

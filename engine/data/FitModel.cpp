@@ -236,7 +236,7 @@ private:
                 learn(children[1 + i], meaning, isPlain);
             }
         }
-        return convert(expression::parse(shape.formula), &bindings);
+        return convert(shape.parsed, &bindings);
     }
 
     /// A parameter of the user's that stands alone for one of a shape has its meaning.
@@ -251,7 +251,7 @@ private:
 
     void refuseReserved() const {
         const std::set<std::string> reserved{"function", "covariance", "chi2",   "ndf",
-                                             "reduced",  "p_value",          "status", "entries"};
+                                             "reduced",  "p_value",    "status", "entries"};
         for (const ModelParameter& parameter : model.parameters) {
             const bool isTwice = std::any_of(model.parameters.begin(), model.parameters.end(), [&](const auto& other) {
                 return other.name + "_error" == parameter.name;

@@ -26,6 +26,7 @@ struct Shape {
     std::string name;
     std::vector<ShapeParameter> parameters;
     std::string formula;  ///< An expression in x and the names of the parameters.
+    std::vector<expression::Node> parsed{};
 };
 
 inline constexpr int highestDegree = 9;

@@ -1,6 +1,6 @@
 #include "FitProblem.h"
 
-#include <Eigen/QR>
+#include "FitRotation.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,34 +13,40 @@ Eigen::Index index(std::size_t position) {
     return static_cast<Eigen::Index>(position);
 }
 
+/// sum = factor * values, or more by as much.
+void addScaled(const double* factor, const double* values, std::size_t count, bool isFirst, double* __restrict sum) {
+    if (isFirst)
+        for (std::size_t i = 0; i < count; ++i)
+            sum[i] = factor[i] * values[i];
+    else
+        for (std::size_t i = 0; i < count; ++i)
+            sum[i] += factor[i] * values[i];
+}
+
 }  // namespace
 
 Problem::Problem(const Model& model, Selected selected, FitOptions::Method method)
     : fitted(model),
       data(std::move(selected)),
       isLikelihood(method == FitOptions::Method::Likelihood),
-      space(model.program.workspace()),
-      f(blockPlaces) {}
+      space(model.program.workspace(std::min(blockPlaces, data.targets.size()))),
+      f(space.stride) {}
 
 void Problem::compute(const std::vector<double>& parameters, std::size_t begin, std::size_t count,
                       const Selection* chosen) {
-    std::fill_n(f.begin(), count, 0.0);
     if (chosen != nullptr)
-        slopes.setZero(index(blockPlaces), index(chosen->size()));
+        slopes.resize(index(space.stride), index(chosen->size()));
     for (std::size_t rule = 0; rule < data.places.size(); ++rule) {
         const double* const factor = data.factors[rule].data() + begin;
         const double* const values =
             fitted.program.values(data.places[rule].data() + begin, count, parameters.data(), space);
-        for (std::size_t i = 0; i < count; ++i)
-            f[i] += factor[i] * values[i];
+        addScaled(factor, values, count, rule == 0, f.data());
         if (chosen == nullptr)
             continue;
         fitted.program.derive(count, space);
         for (std::size_t k = 0; k < chosen->size(); ++k) {
-            const double* const slope = fitted.program.derivative((*chosen)[k], space);
-            double* const column = slopes.col(index(k)).data();
-            for (std::size_t i = 0; i < count; ++i)
-                column[i] += factor[i] * slope[i];
+            addScaled(factor, fitted.program.derivative((*chosen)[k], space), count, rule == 0,
+                      slopes.col(index(k)).data());
         }
     }
 }
@@ -75,37 +81,42 @@ double Problem::cost(const std::vector<double>& parameters) {
 }
 
 Linear Problem::linearise(const std::vector<double>& parameters, const Selection& chosen) {
-    const Eigen::Index n = index(chosen.size());
+    const std::size_t n = chosen.size();
+    Linear made;
     // The triangle so far stands on top of the next block (G. Golub, C. Van Loan, Matrix Computations, 5.2).
-    MatrixXd stack = MatrixXd::Zero(n + 1 + index(std::min(size(), blockPlaces)), n + 1);
+    stack.setZero(index(n + 1 + space.stride), index(n + 1));
+    std::vector<double> scales(space.stride);
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
         const std::size_t count = std::min(blockPlaces, size() - begin);
         compute(parameters, begin, count, &chosen);
+        double* const right = stack.col(index(n)).data() + n + 1;
         for (std::size_t i = 0; i < count; ++i) {
-            const double scale = scaleOf(begin + i, f[i]);
-            const Eigen::Index row = n + 1 + index(i);
-            for (Eigen::Index k = 0; k < n; ++k)
-                stack(row, k) = scale * slopes(index(i), k);
-            stack(row, n) = scale * (data.targets[begin + i] - f[i]);
+            made.cost += costOf(begin + i, f[i]);
+            scales[i] = scaleOf(begin + i, f[i]);
+            right[i] = scales[i] * (data.targets[begin + i] - f[i]);
         }
-        Eigen::Ref<MatrixXd> filled = stack.topRows(n + 1 + index(count));
-        const Eigen::HouseholderQR<Eigen::Ref<MatrixXd>> rotation(filled);
-        stack.topRows(n + 1).triangularView<Eigen::StrictlyLower>().setZero();
+        for (std::size_t k = 0; k < n; ++k)
+            addScaled(scales.data(), slopes.col(index(k)).data(), count, true, stack.col(index(k)).data() + n + 1);
+        rotate(stack.data(), n + 1 + count, n + 1, n + 1 + space.stride);
     }
-    return {stack.topLeftCorner(n, n), stack.col(n).head(n), stack(n, n)};
+    made.r = stack.topLeftCorner(index(n), index(n)).triangularView<Eigen::Upper>();
+    made.q = stack.col(index(n)).head(index(n));
+    made.rest = stack(index(n), index(n));
+    return made;
 }
 
 VectorXd Problem::gradient(const std::vector<double>& parameters, const Selection& chosen) {
     VectorXd sum = VectorXd::Zero(index(chosen.size()));
-    VectorXd pull(index(blockPlaces));
+    std::vector<double> pull(space.stride);
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
         const std::size_t count = std::min(blockPlaces, size() - begin);
         compute(parameters, begin, count, &chosen);
         for (std::size_t i = 0; i < count; ++i) {
             const double scale = scaleOf(begin + i, f[i]);
-            pull[index(i)] = scale * scale * (data.targets[begin + i] - f[i]);
+            pull[i] = scale * scale * (data.targets[begin + i] - f[i]);
         }
-        sum.noalias() -= slopes.topRows(index(count)).transpose() * pull.head(index(count));
+        for (std::size_t k = 0; k < chosen.size(); ++k)
+            sum[index(k)] -= product(slopes.col(index(k)).data(), pull.data(), count);
     }
     return sum;
 }

@@ -34,6 +34,7 @@ struct Linear {
     MatrixXd r;
     VectorXd q;
     double rest = 0.0;
+    double cost = 0.0;  ///< At the place itself.
 };
 
 /// A model and its data: what is minimised, with derivatives.
@@ -72,6 +73,7 @@ private:
     Workspace space;
     std::vector<double> f;  ///< Of the block computed last.
     MatrixXd slopes;        ///< Likewise, a column for each chosen parameter.
+    MatrixXd stack;
 };
 
 }  // namespace velmorak::fitting

@@ -1,5 +1,7 @@
 #include "FitProgram.h"
 
+#include "ExpressionWide.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -15,7 +17,8 @@ void each(std::size_t count, const Rule& rule) {
 
 /// What has no influence has none on a slope that is no number either.
 double times(double weight, double slope) {
-    return weight == 0.0 ? 0.0 : weight * slope;
+    const double product = weight * slope;
+    return weight == 0.0 ? 0.0 : product;
 }
 
 double lesser(double x, double y) {
@@ -27,20 +30,28 @@ double greater(double x, double y) {
 }
 
 /// Values, and how the result changes with the step and its arguments. weight is null for an argument that does not
-/// depend on parameters.
+/// depend on parameters; isTouched says whether there is something in it to add to.
 struct Chain {
     const double* value[3];
     double* weight[3];
     const double* result;
     const double* outer;
     std::size_t count;
+    std::uint8_t* isTouched[3];
 
     template <typename Slope>
     void pass(std::size_t argument, const Slope& slope) const {
-        double* const target = weight[argument];
-        if (target != nullptr)
+        double* const __restrict target = weight[argument];
+        const double* const __restrict from = outer;
+        if (target == nullptr)
+            return;
+        if (*isTouched[argument] != 0)
             for (std::size_t i = 0; i < count; ++i)
-                target[i] += times(outer[i], slope(i));
+                target[i] += times(from[i], slope(i));
+        else
+            for (std::size_t i = 0; i < count; ++i)
+                target[i] = times(from[i], slope(i));
+        *isTouched[argument] = 1;
     }
 };
 
@@ -103,6 +114,18 @@ void chainRule(const Step& step, const Chain& chain) {
     }
 }
 
+/// With the vectors that the processor has.
+void exponential(const double* a, std::size_t count, double* out) {
+    static const expression::Kernel wide = expression::wideKernel("exp", ColumnType::Real);
+    if (wide == nullptr)
+        return each(count, [=](std::size_t i) { out[i] = std::exp(a[i]); });
+    expression::Lane lane;
+    lane.out = out;
+    lane.in[0] = a;
+    lane.rows = count;
+    wide(lane);
+}
+
 void performTest(Op op, const double* a, const double* b, std::size_t count, double* out) {
     switch (op) {
         case Op::Less:
@@ -143,7 +166,7 @@ void performOfTwo(Op op, const double* a, const double* b, std::size_t count, do
 
 }  // namespace
 
-void perform(const Step& step, const double* const in[3], std::size_t count, double* out) {
+void perform(const Step& step, const double* const in[3], std::size_t count, double* __restrict out) {
     const double* const a = in[0];
     const double* const b = in[1];
     const double* const c = in[2];
@@ -161,7 +184,7 @@ void perform(const Step& step, const double* const in[3], std::size_t count, dou
         case Op::Square:
             return each(count, [=](std::size_t i) { out[i] = a[i] * a[i]; });
         case Op::Exponential:
-            return each(count, [=](std::size_t i) { out[i] = std::exp(a[i]); });
+            return exponential(a, count, out);
         case Op::Function:
             return each(count, [&](std::size_t i) { out[i] = step.function->value(a[i]); });
         case Op::Choice:
@@ -171,11 +194,12 @@ void perform(const Step& step, const double* const in[3], std::size_t count, dou
     }
 }
 
-Workspace Program::workspace() const {
-    Workspace space{std::vector<double>(steps.size() * blockPlaces), std::vector<double>(steps.size() * blockPlaces)};
+Workspace Program::workspace(std::size_t places) const {
+    Workspace space{places, std::vector<double>(steps.size() * places), std::vector<double>(steps.size() * places),
+                    std::vector<std::uint8_t>(steps.size())};
     for (std::size_t i = 0; i < steps.size(); ++i)
         if (steps[i].op == Op::Constant)
-            std::fill_n(space.values.data() + i * blockPlaces, blockPlaces, steps[i].constant);
+            std::fill_n(space.values.data() + i * places, places, steps[i].constant);
     return space;
 }
 
@@ -183,10 +207,10 @@ const double* Program::values(const double* places, std::size_t count, const dou
                               Workspace& space) const {
     for (std::size_t i = 0; i < steps.size(); ++i) {
         const Step& step = steps[i];
-        double* const out = space.values.data() + i * blockPlaces;
+        double* const out = space.values.data() + i * space.stride;
         const double* in[3] = {nullptr, nullptr, nullptr};
         for (std::size_t k = 0; k < 3 && step.in[k] != Step::none; ++k)
-            in[k] = space.values.data() + step.in[k] * blockPlaces;
+            in[k] = space.values.data() + step.in[k] * space.stride;
         if (step.op == Op::Variable)
             std::copy_n(places, count, out);
         else if (step.op == Op::Parameter)
@@ -194,28 +218,32 @@ const double* Program::values(const double* places, std::size_t count, const dou
         else if (step.op != Op::Constant)
             perform(step, in, count, out);
     }
-    return space.values.data() + result * blockPlaces;
+    return space.values.data() + result * space.stride;
 }
 
 void Program::derive(std::size_t count, Workspace& space) const {
-    for (std::size_t i = 0; i < steps.size(); ++i)
-        if (steps[i].dependsOnParameters)
-            std::fill_n(space.weights.data() + i * blockPlaces, count, i == result ? 1.0 : 0.0);
+    std::fill(space.isTouched.begin(), space.isTouched.end(), std::uint8_t{0});
+    space.isTouched[result] = 1;
+    std::fill_n(space.weights.data() + result * space.stride, count, 1.0);
     for (std::size_t i = result + 1; i-- > 0;) {
         const Step& step = steps[i];
-        if (!step.dependsOnParameters || step.op == Op::Parameter)
+        if (!step.dependsOnParameters || step.op == Op::Parameter || space.isTouched[i] == 0)
             continue;
         Chain chain{};
         chain.count = count;
-        chain.result = space.values.data() + i * blockPlaces;
-        chain.outer = space.weights.data() + i * blockPlaces;
+        chain.result = space.values.data() + i * space.stride;
+        chain.outer = space.weights.data() + i * space.stride;
         for (std::size_t k = 0; k < 3 && step.in[k] != Step::none; ++k) {
             const std::size_t from = step.in[k];
-            chain.value[k] = space.values.data() + from * blockPlaces;
-            chain.weight[k] = steps[from].dependsOnParameters ? space.weights.data() + from * blockPlaces : nullptr;
+            chain.isTouched[k] = &space.isTouched[from];
+            chain.value[k] = space.values.data() + from * space.stride;
+            chain.weight[k] = steps[from].dependsOnParameters ? space.weights.data() + from * space.stride : nullptr;
         }
         chainRule(step, chain);
     }
+    for (const std::size_t step : stepOfParameter)
+        if (space.isTouched[step] == 0)
+            std::fill_n(space.weights.data() + step * space.stride, count, 0.0);
 }
 
 }  // namespace velmorak::fitting

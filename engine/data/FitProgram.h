@@ -66,8 +66,10 @@ inline constexpr std::size_t blockPlaces = 256;
 
 /// Buffers of one thread for one program.
 struct Workspace {
-    std::vector<double> values;   ///< blockPlaces for each step.
-    std::vector<double> weights;  ///< How the result changes with each step.
+    std::size_t stride = 0;               ///< Places that there is room for.
+    std::vector<double> values;           ///< stride for each step.
+    std::vector<double> weights;          ///< How the result changes with each step.
+    std::vector<std::uint8_t> isTouched;  ///< Whether weights are set.
 };
 
 /// Threads: a program is not changed once it is made; each thread brings a workspace of its own.
@@ -76,8 +78,9 @@ struct Program {
     std::size_t result = 0;
     std::vector<std::size_t> stepOfParameter;
 
-    Workspace workspace() const;
-    /// Computes the function at count places, at most blockPlaces.
+    /// @param places that are computed at once at most.
+    Workspace workspace(std::size_t places = blockPlaces) const;
+    /// Computes the function at count places, at most as many as the workspace has room for.
     /// @return the values; they stay until the next call with the same workspace.
     const double* values(const double* places, std::size_t count, const double* parameters, Workspace& space) const;
     /// Computes the derivatives with respect to all parameters by the chain rule from the result backwards (A.
@@ -87,7 +90,7 @@ struct Program {
     void derive(std::size_t count, Workspace& space) const;
     /// Of the last call of derive; count values.
     const double* derivative(std::size_t parameter, const Workspace& space) const {
-        return space.weights.data() + stepOfParameter[parameter] * blockPlaces;
+        return space.weights.data() + stepOfParameter[parameter] * space.stride;
     }
 };
 

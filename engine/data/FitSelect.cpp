@@ -39,6 +39,7 @@ class Selector {
 public:
     Selector(const FitData& given, const FitOptions& wanted)
         : options(wanted), isLikelihood(wanted.method == Method::Likelihood) {
+        kept.reserve(given.entries.size());
         for (const Entry& entry : given.entries)
             if (isWanted(entry))
                 kept.push_back(entry);
@@ -103,6 +104,10 @@ private:
     void addAll(const Rule& rule, double usual) {
         made.places.resize(rule.size());
         made.factors.resize(rule.size());
+        for (std::size_t i = 0; i < rule.size(); ++i) {
+            made.places[i].reserve(kept.size());
+            made.factors[i].reserve(kept.size());
+        }
         for (const Entry& entry : kept) {
             // The root of a number of counts, squared, is that number but for rounding.
             const double scale = scaleOf(entry, usual);

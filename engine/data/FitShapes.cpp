@@ -11,7 +11,7 @@ namespace {
 
 /// p0 + x (p1 + x (p2 + ...)).
 Shape polynomial(int degree) {
-    Shape shape{"pol" + textOf(degree), {}, {}};
+    Shape shape{"pol" + textOf(degree), {}, {}, {}};
     for (int power = 0; power <= degree; ++power) {
         const std::string name = "p" + textOf(power);
         shape.parameters.push_back({name, Role::Height, 0.0});
@@ -34,6 +34,8 @@ std::vector<Shape> makeShapes() {
          " : exp(-0.5*alpha^2)*pow(1-alpha/n*(alpha+(x-mean)/sigma), -n))"}};
     for (int degree = 0; degree <= highestDegree; ++degree)
         shapes.push_back(polynomial(degree));
+    for (Shape& shape : shapes)
+        shape.parsed = expression::parse(shape.formula);
     return shapes;
 }
 

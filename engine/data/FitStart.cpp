@@ -28,10 +28,14 @@ public:
             values[i] = isOpen[i] ? usual(i) : *found->second.start;
             wanted[i] = isOpen[i];
         }
-        isLinear = linearAmong(model.program, wanted);
+        isAnyOpen = std::find(isOpen.begin(), isOpen.end(), true) != isOpen.end();
+        if (isAnyOpen)
+            isLinear = linearAmong(model.program, wanted);
     }
 
     std::vector<double> run() {
+        if (!isAnyOpen)
+            return values;
         problem.setEstimating(true);
         for (std::size_t shape = 1; shape <= model.shapes; ++shape)
             placeShape(shape);
@@ -182,6 +186,7 @@ private:
     std::vector<double> values;
     std::vector<bool> isOpen;
     std::vector<bool> isLinear;
+    bool isAnyOpen = false;
     std::vector<double> bestValues;
     double best = 0.0;
     double lowest = 0.0;

