@@ -1,5 +1,6 @@
 #include "FitProgram.h"
 
+#include "ExpressionExp.h"
 #include "ExpressionWide.h"
 
 #include <algorithm>
@@ -114,11 +115,11 @@ void chainRule(const Step& step, const Chain& chain) {
     }
 }
 
-/// With the vectors that the processor has.
+/// With the vectors that the processor has; the bits are the same without.
 void exponential(const double* a, std::size_t count, double* out) {
     static const expression::Kernel wide = expression::wideKernel("exp", ColumnType::Real);
     if (wide == nullptr)
-        return each(count, [=](std::size_t i) { out[i] = std::exp(a[i]); });
+        return each(count, [=](std::size_t i) { out[i] = expression::exponential(a[i]); });
     expression::Lane lane;
     lane.out = out;
     lane.in[0] = a;
