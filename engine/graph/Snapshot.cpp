@@ -31,6 +31,8 @@ PipelineNode nodeOf(const QzBase& node, const Positions& positions) {
     for (std::size_t i = 0; i < part.inputs.size(); ++i)
         made.inputs.push_back(inputOf(part, i, positions));
     made.outputs = part.outputSpecs;
+    made.x = part.x;
+    made.y = part.y;
     return made;
 }
 

@@ -12,7 +12,9 @@ namespace velmorak {
 Execution::Execution(RunState& state, RunMemory& memory, bool explains, Workers& workers)
     : state(state), memory(memory), explains(explains), workers(workers), keeper(state, memory.store, memory.digests) {
     state.around.recorder = [this](const PipelineNode& node) {
-        return recordOf(this->state, this->keeper, static_cast<std::size_t>(&node - this->state.pipeline.nodes.data()));
+        const auto position = static_cast<std::size_t>(&node - this->state.pipeline.nodes.data());
+        return this->state.plan.tellsOfRun(position) ? recordOfRun(this->state, this->keeper, position)
+                                                     : recordOf(this->state, this->keeper, position);
     };
 }
 
@@ -29,6 +31,7 @@ void Execution::run(RunReport& report) {
         tellSettled();
     } while (!state.isStopping() && passNext());
     settleRest();
+    evaluateTellers();
     keeper.keepFinished();
     tellSettled();
     memory.history.remember(state, keeper);
@@ -87,6 +90,9 @@ bool Execution::isWanted(std::size_t position) const {
 }
 
 bool Execution::reuse(std::size_t position) {
+    if (state.plan.tellsOfRun(position)) {
+        return false;
+    }
     const bool isStream = state.plan.isStream(position);
     if (isStream && isWanted(position)) {
         return false;  // Its rows are not kept.
@@ -129,6 +135,9 @@ void Execution::sweep() {
 }
 
 void Execution::visit(std::size_t position) {
+    if (state.plan.tellsOfRun(position)) {
+        return;
+    }
     for (const std::size_t feeder : state.plan.feeders(position)) {
         if (state.hasFailed(feeder)) {
             state.skip(position, state.runs[feeder].cause);
@@ -139,6 +148,20 @@ void Execution::visit(std::size_t position) {
     if (isValueOnly && state.hasArguments(position) && !state.isStopping()) {
         evaluate(position);
         tellSettled();
+    }
+}
+
+/// Those that tell of the run come when all else has ended, in whatever way.
+void Execution::evaluateTellers() {
+    for (const std::size_t position : state.plan.order()) {
+        if (!state.runs[position].isNeeded || state.runs[position].isSettled) {
+            continue;
+        }
+        if (state.isStopping()) {
+            state.stopFirst(position);
+        } else {
+            evaluate(position);
+        }
     }
 }
 
@@ -269,7 +292,7 @@ std::vector<StepPlace> Execution::stepsFor(const std::vector<std::size_t>& legs)
 void Execution::settleRest() {
     for (std::size_t i = 0; i < state.runs.size(); ++i) {
         NodeRun& run = state.runs[i];
-        if (!run.isNeeded || run.isSettled) {
+        if (!run.isNeeded || run.isSettled || state.plan.tellsOfRun(i)) {
             continue;
         }
         run.isSettled = true;

@@ -77,7 +77,8 @@ void Keeper::keep(std::size_t position) {
     const bool hasFiles = gatherFiles(position);
     const NodeRun& run = state.runs[position];
     const bool isComplete = run.hasPassed || run.report.outcome == Outcome::Done;
-    if (!isComplete || !hasFiles || !keys[position] || state.hasFailed(position) || !gatherWritten(position)) {
+    if (!isComplete || !hasFiles || !keys[position] || state.plan.tellsOfRun(position) || state.hasFailed(position) ||
+        !gatherWritten(position)) {
         return;
     }
     store.keep(number, *keys[position], {run.report.outputs, *files[position], asked[position], written[position]});

@@ -60,6 +60,11 @@ RunRecord NodeContext::record() const {
     return around.recorder ? around.recorder(node) : RunRecord{};
 }
 
+void NodeContext::tell(const std::string& text) {
+    const bool endsLine = text.ends_with('\n');
+    around.messages.line(titleOf(node) + ":\n" + (endsLine ? text.substr(0, text.size() - 1) : text));
+}
+
 void NodeContext::watch(const NamedFile& file) const {
     const std::scoped_lock lock(mutex);
     asked.push_back({file, stampOf(resolved(around.pipeline, file))});

@@ -51,6 +51,7 @@ public:
                      const std::function<void(const std::filesystem::path&)>& writer) override;
     std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override;
     void warn(const std::string& sentence) override;
+    void tell(const std::string& text) override;
     RunRecord record() const override;
 
     /// Notes a file that decides what the plug-in gives.

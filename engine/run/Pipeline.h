@@ -28,6 +28,8 @@ struct PipelineNode {
     const Kind* kind = nullptr;  ///< Null when no collection of this build offers the kind.
     std::vector<PipelineInput> inputs;
     std::vector<OutputSpec> outputs;
+    float x = 0.0F;  ///< Lower left corner of the box in canvas units, y upwards.
+    float y = 0.0F;
 };
 
 /// What a run works on: a copy of the pipeline made when the run begins. Edits made during the run do not reach it.

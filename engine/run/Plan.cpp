@@ -59,6 +59,11 @@ Plan::Plan(const Pipeline& pipeline)
     findLegs();
 }
 
+bool Plan::tellsOfRun(std::size_t node) const {
+    const Kind* kind = pipeline.nodes[node].kind;
+    return kind && kind->tellsOfRun();
+}
+
 bool Plan::isStream(std::size_t node) const {
     return shapes[node] == Shape::Source || shapes[node] == Shape::RowWise || shapes[node] == Shape::Concatenation;
 }
@@ -218,6 +223,9 @@ std::string Plan::inputObjection(std::size_t node, const PipelineInput& input) c
 }
 
 std::string Plan::shapeObjection(std::size_t node) const {
+    if (tellsOfRun(node) && (shapes[node] != Shape::Function || !pipeline.nodes[node].outputs.empty())) {
+        return "the kind tells of the run, and such a kind must be a function without outputs";
+    }
     if (legsOf[node].size() > maxLegs) {
         return "it would read tables more than " + textOf(static_cast<double>(maxLegs)) + " times";
     }

@@ -27,6 +27,8 @@ public:
     /// The start plug-in, and all that is downstream of it.
     bool isAsked(std::size_t node) const { return asked[node]; }
     Shape shape(std::size_t node) const { return shapes[node]; }
+    /// The plug-in is executed when all else has ended.
+    bool tellsOfRun(std::size_t node) const;
     /// A source, row-wise plug-in or concatenation: its rows pass and are not kept.
     bool isStream(std::size_t node) const;
     /// The plug-in whose table comes into this one.

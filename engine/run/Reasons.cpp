@@ -43,6 +43,9 @@ std::string firstChange(const std::vector<FileContent>& files, const Contents& c
 
 /// Why a plug-in is executed though nothing has changed.
 std::string needOf(const RunState& state, std::size_t position) {
+    if (state.plan.tellsOfRun(position)) {
+        return "it tells of the whole run";
+    }
     if (state.plan.isStream(position)) {
         for (const std::size_t consumer : state.plan.consumers(position)) {
             if (state.runs[consumer].isNeeded && state.runs[consumer].report.outcome != Outcome::Reused) {

@@ -3,6 +3,7 @@
 #include "../Version.h"
 
 #include <algorithm>
+#include <ranges>
 #include <vector>
 
 namespace velmorak {
@@ -22,6 +23,40 @@ std::vector<std::size_t> upstreamOf(const Plan& plan, std::size_t position) {
     std::copy_if(plan.order().begin(), plan.order().end(), std::back_inserter(ordered),
                  [&](std::size_t each) { return std::find(found.begin(), found.end(), each) != found.end(); });
     return ordered;
+}
+
+RecordedState stateOf(Outcome outcome) {
+    switch (outcome) {
+        case Outcome::NotAsked:
+            return RecordedState::NotAsked;
+        case Outcome::Done:
+        case Outcome::Reused:
+            return RecordedState::Done;
+        case Outcome::Failed:
+            return RecordedState::Failed;
+        case Outcome::Skipped:
+            return RecordedState::NotRun;
+        case Outcome::Unfinished:
+            break;
+    }
+    return RecordedState::Unfinished;
+}
+
+/// How each plug-in has ended. Whose rows are in results that were reused has done its work, though in a former run.
+std::vector<RecordedState> statesOf(const RunState& state) {
+    std::vector<RecordedState> states;
+    for (const NodeRun& run : state.runs) {
+        states.push_back(stateOf(run.report.outcome));
+    }
+    for (const std::size_t position : std::views::reverse(state.plan.order())) {
+        const std::vector<std::size_t>& consumers = state.plan.consumers(position);
+        const bool isUsed = std::any_of(consumers.begin(), consumers.end(),
+                                        [&](std::size_t consumer) { return states[consumer] == RecordedState::Done; });
+        if (states[position] == RecordedState::NotAsked && isUsed) {
+            states[position] = RecordedState::Done;
+        }
+    }
+    return states;
 }
 
 }  // namespace
@@ -57,6 +92,38 @@ RunRecord recordOf(const RunState& state, Keeper& keeper, std::size_t position) 
         record.plugins.push_back(recordOf(state, each));
     }
     record.files = recorded(keeper.filesOf(upstream));
+    return record;
+}
+
+RunRecord recordOfRun(const RunState& state, Keeper& keeper, std::size_t teller) {
+    RunRecord record;
+    record.program = version();
+    record.document = state.pipeline.document.filename().string();
+    Digester digester;
+    digester.add(state.pipeline.documentText.data(), state.pipeline.documentText.size());
+    record.documentSha256 = hexOf(digester.finish());
+    const std::vector<RecordedState> states = statesOf(state);
+    std::vector<std::size_t> needed;
+    for (std::size_t i = 0; i < state.runs.size(); ++i) {
+        const PipelineNode& node = state.node(i);
+        RecordedPlugin& plugin = record.plugins.emplace_back(recordOf(state, i));
+        for (const OutputSpec& output : node.outputs) {
+            plugin.outputs.push_back(output.name);
+        }
+        plugin.x = node.x;
+        plugin.y = node.y;
+        plugin.state = i == teller ? RecordedState::Done : states[i];
+        plugin.sentence = state.runs[i].report.sentence;
+        if (state.runs[i].isNeeded) {
+            needed.push_back(i);
+        }
+    }
+    const std::vector<FileContent> files = keeper.filesOf(needed);
+    record.files = recorded(files);
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        const std::optional<FileStamp> stamp = stampOf(resolved(state.pipeline, files[i].file));
+        record.files[i].bytes = stamp ? static_cast<std::uint64_t>(stamp->size) : 0;
+    }
     return record;
 }
 

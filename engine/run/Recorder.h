@@ -10,6 +10,9 @@ namespace velmorak {
 /// What a plug-in's result is made from.
 RunRecord recordOf(const RunState& state, Keeper& keeper, std::size_t position);
 
+/// All plug-ins of the run and how they have ended, for one that tells of it.
+RunRecord recordOfRun(const RunState& state, Keeper& keeper, std::size_t teller);
+
 /// One plug-in as the pipeline has it.
 RecordedPlugin recordOf(const RunState& state, std::size_t position);
 

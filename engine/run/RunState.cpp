@@ -47,7 +47,7 @@ bool RunState::hasArguments(std::size_t position) const {
                        [this](std::size_t feeder) { return plan.isStream(feeder) || isDone(feeder); });
 }
 
-Arrival RunState::arrival(const PipelineInput& input) const {
+Arrival RunState::arrival(const PipelineInput& input, bool mayMiss) const {
     if (!input.wire) {
         return {};
     }
@@ -58,6 +58,9 @@ Arrival RunState::arrival(const PipelineInput& input) const {
             continue;
         }
         arrival.value = runs[input.wire->node].report.outputs[i];
+        if (mayMiss && hasFailed(input.wire->node)) {
+            return arrival;
+        }
         if (std::holds_alternative<std::monostate>(arrival.value)) {
             throw Failure(input.spec.name, "\"" + feeder.name + "\" gave no \"" + input.wire->output + "\"");
         }
@@ -68,7 +71,7 @@ Arrival RunState::arrival(const PipelineInput& input) const {
 NodeArguments RunState::arguments(std::size_t position) const {
     std::vector<Arrival> arrivals;
     for (const PipelineInput& input : node(position).inputs) {
-        arrivals.push_back(arrival(input));
+        arrivals.push_back(arrival(input, plan.tellsOfRun(position)));
     }
     return {node(position), arrivals};
 }

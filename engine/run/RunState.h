@@ -60,7 +60,8 @@ public:
     std::vector<NodeRun> runs;  ///< Parallel to the pipeline's nodes.
 
 private:
-    Arrival arrival(const PipelineInput& input) const;
+    /// @param mayMiss the plug-in takes what has no value because something failed.
+    Arrival arrival(const PipelineInput& input, bool mayMiss) const;
 };
 
 /// Times what a plug-in does on the run's own thread, into its seconds.

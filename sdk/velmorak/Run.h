@@ -56,6 +56,9 @@ public:
     /// One line for the user that does not end the plug-in.
     virtual void warn(const std::string& sentence) = 0;
 
+    /// Text that the user asked to see, of one or more lines; it appears among the messages of the run.
+    virtual void tell(const std::string& /*text*/) {}
+
     /// What the plug-in's result is made from: the plug-in itself and all that is upstream of it, with the files that
     /// were read up to now. It never differs between two runs of which the second could use the first one's result.
     /// Called on the thread that the run called the kind on.

@@ -1,0 +1,147 @@
+#include "RunFixture.h"
+
+namespace velmorak::test {
+namespace {
+
+class TellingFunction : public FreeFunction {
+public:
+    using FreeFunction::FreeFunction;
+    bool tellsOfRun() const override { return true; }
+};
+
+/// good -> teller <- bad; apart is fed by bad, alone by nothing.
+class Teller : public RunTest {
+protected:
+    Teller() {
+        add(constant, "good");
+        add(failing, "bad");
+        add(failing, "after");
+        add(telling, "teller");
+        wire("good", "number", "teller", "good");
+        wire("bad", "number", "teller", "bad");
+        wire("bad", "number", "teller", "label");
+        wire("bad", "number", "after", "value");
+        set("teller", "label", "own text");
+        pipeline.document = folder / "test.zedra";
+        pipeline.documentText = "abc";
+    }
+
+    static Ports tellerPorts() {
+        return {{{.name = "good", .type = ValueType::Any, .isOptional = true},
+                 {.name = "bad", .type = ValueType::Any, .isOptional = true},
+                 {.name = "label", .type = ValueType::Text}},
+                {}};
+    }
+
+    const RecordedPlugin& recorded(const std::string& name) const {
+        for (const RecordedPlugin& plugin : asked.plugins) {
+            if (plugin.name == name) {
+                return plugin;
+            }
+        }
+        throw std::out_of_range(name);
+    }
+
+    RowSource rows;
+    SumKind sum;
+    FreeFunction constant{"Constant", {{}, {{.name = "number"}}}, [](const Arguments&, Results& results, RunContext&) {
+                              results.set("number", 7.0);
+                          }};
+    FreeFunction failing{"Failing",
+                         {{numberInput("value")}, {{.name = "number"}}},
+                         [](const Arguments&, Results&, RunContext&) { throw Failure("no luck"); }};
+    RunRecord asked;
+    std::string label;
+    bool hasGood = false;
+    bool hasBad = false;
+    bool isBadWired = false;
+    TellingFunction telling{"Telling", tellerPorts(),
+                            [this](const Arguments& arguments, Results&, RunContext& context) {
+                                asked = context.record();
+                                label = arguments.text("label");
+                                hasGood = std::holds_alternative<double>(arguments.value("good"));
+                                hasBad = !std::holds_alternative<std::monostate>(arguments.value("bad"));
+                                isBadWired = arguments.isWired("bad");
+                            }};
+};
+
+TEST_F(Teller, isExecutedThoughSomethingThatFeedsItFailed) {
+    start("bad");
+    run();
+    EXPECT_EQ(outcome("bad"), Outcome::Failed);
+    EXPECT_EQ(outcome("teller"), Outcome::Done);
+    EXPECT_TRUE(hasGood);
+    EXPECT_FALSE(hasBad);
+    EXPECT_TRUE(isBadWired);
+    EXPECT_EQ(label, "own text");
+}
+
+TEST_F(Teller, knowsHowAllOthersEnded) {
+    add(constant, "alone");
+    start("bad");
+    run();
+    EXPECT_EQ(asked.plugins.size(), 5U);
+    EXPECT_EQ(recorded("good").state, RecordedState::Done);
+    EXPECT_EQ(recorded("bad").state, RecordedState::Failed);
+    EXPECT_EQ(recorded("bad").sentence, "no luck");
+    EXPECT_EQ(recorded("after").state, RecordedState::NotRun);
+    EXPECT_EQ(recorded("teller").state, RecordedState::Done);
+    EXPECT_EQ(recorded("alone").state, RecordedState::NotAsked);
+    EXPECT_EQ(recorded("good").outputs, std::vector<std::string>{"number"});
+}
+
+TEST_F(Teller, comesWhenAllElseHasEndedWhereverItStands) {
+    start("teller");
+    start("good");
+    run();
+    EXPECT_EQ(outcome("teller"), Outcome::Done);
+    EXPECT_EQ(recorded("bad").state, RecordedState::Failed);
+}
+
+TEST_F(Teller, isToldOfTheDocumentAsItWasRun) {
+    start("bad");
+    run();
+    EXPECT_EQ(asked.document, "test.zedra");
+    EXPECT_EQ(asked.documentSha256, "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+    EXPECT_FALSE(asked.program.empty());
+}
+
+TEST_F(Teller, isExecutedInEveryRunAndSeesNoDifferenceBetweenExecutedAndReused) {
+    start("good");
+    run();
+    const int before = telling.evaluated;
+    run();
+    EXPECT_EQ(outcome("good"), Outcome::Reused);
+    EXPECT_EQ(outcome("teller"), Outcome::Done);
+    EXPECT_EQ(telling.evaluated, before + 1);
+    EXPECT_EQ(recorded("good").state, RecordedState::Done);
+}
+
+TEST_F(Teller, takesAStreamWhoseResultsAreReusedForDone) {
+    write("data.txt", "abc");
+    add(rows, "rows", {{"rows", "10"}, {"file", "data.txt"}});
+    add(sum, "total");
+    wire("rows", "table", "total", "table");
+    wire("total", "sum", "teller", "good");
+    start("teller");
+    run();
+    EXPECT_EQ(recorded("rows").state, RecordedState::Done);
+    const std::size_t files = asked.files.size();
+    run();
+    EXPECT_EQ(outcome("total"), Outcome::Reused);
+    EXPECT_EQ(recorded("rows").state, RecordedState::Done);
+    EXPECT_EQ(asked.files.size(), files);
+}
+
+TEST_F(Teller, mustBeAFunctionWithoutOutputs) {
+    const TellingFunction giving("Giving", {{}, {{.name = "number"}}},
+                                 [](const Arguments&, Results& results, RunContext&) { results.set("number", 1.0); });
+    add(giving, "giving");
+    start("giving");
+    run();
+    EXPECT_EQ(outcome("giving"), Outcome::Failed);
+    EXPECT_EQ(sentence("giving"), "the kind tells of the run, and such a kind must be a function without outputs");
+}
+
+}  // namespace
+}  // namespace velmorak::test
