@@ -25,10 +25,10 @@ bool FitNotes::isOfFit() const {
 FitNotes fitNotesOf(const FunctionObject& function) {
     FitNotes notes{.chi2 = numberIn(function, "chi2"),
                    .ndf = numberIn(function, "ndf"),
-                   .pValue = numberIn(function, "pvalue"),
+                   .pValue = numberIn(function, "p_value"),
                    .errors = {}};
     for (const FunctionObject::Parameter& parameter : function.parameters)
-        notes.errors.push_back(numberIn(function, "error of " + parameter.name));
+        notes.errors.push_back(numberIn(function, parameter.name + "_error"));
     return notes;
 }
 

@@ -12,29 +12,6 @@ namespace velmorak {
 
 namespace {
 
-/// Length of the well-formed UTF-8 sequence at a position (the table of well-formed sequences of the Unicode standard);
-/// 0 if there is none.
-std::size_t sequenceAt(const std::string& text, std::size_t at) {
-    const auto byte = [&](std::size_t i) { return i < text.size() ? static_cast<std::uint8_t>(text[i]) : 0U; };
-    const auto isTail = [&](std::size_t i) { return (byte(i) & 0xC0U) == 0x80U; };
-    const std::uint32_t lead = byte(at);
-    const std::uint32_t second = byte(at + 1);
-    if (lead < 0x80)
-        return 1;
-    if (lead >= 0xC2 && lead <= 0xDF)
-        return isTail(at + 1) ? 2 : 0;
-    if (lead >= 0xE0 && lead <= 0xEF) {
-        const bool isOverlong = lead == 0xE0 && second < 0xA0;
-        const bool isSurrogate = lead == 0xED && second > 0x9F;
-        return isTail(at + 1) && isTail(at + 2) && !isOverlong && !isSurrogate ? 3 : 0;
-    }
-    if (lead >= 0xF0 && lead <= 0xF4) {
-        const bool isOutside = (lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second > 0x8F);
-        return isTail(at + 1) && isTail(at + 2) && isTail(at + 3) && !isOutside ? 4 : 0;
-    }
-    return 0;
-}
-
 /// @return true for what no XML file may hold, even in a picture's text: U+FFFE and U+FFFF.
 bool isNoCharacter(const std::string& text, std::size_t at, std::size_t length) {
     return length == 3 && (text.compare(at, 3, "\xEF\xBF\xBE") == 0 || text.compare(at, 3, "\xEF\xBF\xBF") == 0);
@@ -56,10 +33,31 @@ std::string readable(const std::string& text, std::size_t at, std::size_t length
 
 }  // namespace
 
+std::size_t utf8LengthAt(const std::string& text, std::size_t at) {
+    const auto byte = [&](std::size_t i) { return i < text.size() ? static_cast<std::uint8_t>(text[i]) : 0U; };
+    const auto isTail = [&](std::size_t i) { return (byte(i) & 0xC0U) == 0x80U; };
+    const std::uint32_t lead = byte(at);
+    const std::uint32_t second = byte(at + 1);
+    if (lead < 0x80)
+        return 1;
+    if (lead >= 0xC2 && lead <= 0xDF)
+        return isTail(at + 1) ? 2 : 0;
+    if (lead >= 0xE0 && lead <= 0xEF) {
+        const bool isOverlong = lead == 0xE0 && second < 0xA0;
+        const bool isSurrogate = lead == 0xED && second > 0x9F;
+        return isTail(at + 1) && isTail(at + 2) && !isOverlong && !isSurrogate ? 3 : 0;
+    }
+    if (lead >= 0xF0 && lead <= 0xF4) {
+        const bool isOutside = (lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second > 0x8F);
+        return isTail(at + 1) && isTail(at + 2) && isTail(at + 3) && !isOutside ? 4 : 0;
+    }
+    return 0;
+}
+
 std::string quotedForGnuplot(const std::string& text) {
     std::string quoted = "'";
     for (std::size_t i = 0; i < text.size();) {
-        const std::size_t length = sequenceAt(text, i);
+        const std::size_t length = utf8LengthAt(text, i);
         quoted += readable(text, i, length);
         i += std::max<std::size_t>(length, 1);
     }

@@ -14,6 +14,10 @@ std::string roundedText(double number, int digits = 5);
 /// A number with its error, both to the place of the error's second digit: "91.188 ± 0.021".
 std::string withError(double number, double error);
 
+/// Length of the well-formed UTF-8 sequence at a position (the table of well-formed sequences of the Unicode standard);
+/// 0 if there is none.
+std::size_t utf8LengthAt(const std::string& text, std::size_t at);
+
 /// Characters of a text, roughly as many as take room in a line.
 std::size_t lengthOf(const std::string& text);
 

@@ -81,9 +81,9 @@ std::string readRange(const std::string& text, PlotRange& range) {
     if (words.empty())
         return {};
     if (words.size() != 2 || !readEnd(words[0], range.low) || !readEnd(words[1], range.high))
-        return "The ends of an axis are two numbers, or * for an end that follows what is drawn.";
+        return "The ends are two numbers, or * for an end that is left open.";
     if (range.low && range.high && !(*range.low < *range.high))
-        return "The first end of an axis is below the second.";
+        return "The first end is below the second.";
     return {};
 }
 
@@ -94,7 +94,7 @@ bool isRange(const std::string& input) {
 PlotAxis axisOf(const Arguments& arguments, const std::string& letter) {
     PlotAxis axis{
         .title = arguments.text(letter + "label"), .range = {}, .hasLog = arguments.text("log" + letter) == "yes"};
-    readRange(arguments.text(letter + "range"), axis.range);
+    axis.range = rangeIn(arguments.text(letter + "range"));
     return axis;
 }
 
@@ -152,13 +152,23 @@ std::vector<InputSpec> plotValueInputs() {
     };
 }
 
-std::string plotRefusal(const std::string& input, const std::string& value) {
+std::string rangeRefusal(const std::string& text) {
     PlotRange ignored;
+    return readRange(text, ignored);
+}
+
+PlotRange rangeIn(const std::string& text) {
+    PlotRange range;
+    readRange(text, range);
+    return range;
+}
+
+std::string plotRefusal(const std::string& input, const std::string& value) {
     if (input == "file" && std::any_of(value.begin(), value.end(), isControl))
         return "The name of a file has no line ends or other control characters.";
     if (input == "formats")
         return formatsRefusal(value);
-    return isRange(input) ? readRange(value, ignored) : std::string();
+    return isRange(input) ? rangeRefusal(value) : std::string();
 }
 
 PlotStyle plotStyleOf(const Arguments& arguments) {

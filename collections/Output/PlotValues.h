@@ -16,6 +16,11 @@ std::string plotRefusal(const std::string& input, const std::string& value);
 /// @throws Failure, with the input, for a value that cannot be used.
 PlotStyle plotStyleOf(const Arguments& arguments);
 
+/// Of the two ends of a range. @return an empty text, or why they cannot be used.
+std::string rangeRefusal(const std::string& text);
+/// @return the ends in a text that is not refused.
+PlotRange rangeIn(const std::string& text);
+
 /// The file's name without the ending of a picture.
 std::string withoutPictureEnding(const std::string& file);
 

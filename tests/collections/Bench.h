@@ -71,6 +71,10 @@ public:
                      const std::function<void(const std::filesystem::path&)>& writer) override;
     std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override;
     void warn(const std::string& sentence) override;
+    void tell(const std::string& text) override { allTold += text; }
+    const std::string& told() const { return allTold; }
+    RunRecord record() const override { return givenRecord; }
+    Bench& remember(RunRecord record) { return givenRecord = std::move(record), *this; }
     /// Warnings are kept, where they would otherwise end the test.
     Bench& expectWarnings() { return isWarned = true, *this; }
     const std::vector<std::string>& warnings() const { return allWarnings; }
@@ -94,6 +98,8 @@ private:
     bool stopping = false;
     bool isWarned = false;
     std::vector<std::string> allWarnings;
+    std::string allTold;
+    RunRecord givenRecord;
 };
 
 }  // namespace velmorak::test

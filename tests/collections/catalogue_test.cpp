@@ -47,7 +47,7 @@ TEST(Catalogue, offersTheKindsByGroup) {
         {"Histogram",
          {"Histogram1D", "Histogram2D", "Profile1D", "Rebin", "Scale", "Combine", "Project", "Cumulative", "Compare",
           "Statistics"}},
-        {"Output", {"Plot", "AidaWriter"}},
+        {"Output", {"Plot", "AidaWriter", "CsvWriter", "Print", "Report"}},
         {"Table", {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode"}},
     };
     std::map<std::string, Names> found;

@@ -16,7 +16,7 @@ import sys
 import tempfile
 
 THREADS = ("1", "2", "3", "16")
-COMPARED = (".aida", ".dat", ".gp")
+COMPARED = (".aida", ".csv", ".dat", ".gp", ".txt")
 
 
 def results_of(runner, document, threads):

@@ -199,8 +199,8 @@ TEST(PlotObjects, theBoxShowsWhatAFitHasFound) {
     auto function = line();
     function->annotation = {{.key = "chi2", .value = "3.5"},
                             {.key = "ndf", .value = "4"},
-                            {.key = "pvalue", .value = "0.25"},
-                            {.key = "error of a", .value = "0.123"}};
+                            {.key = "p_value", .value = "0.25"},
+                            {.key = "a_error", .value = "0.123"}};
     Bench bench("Plot");
     bench.set("objects", "2").wire("object", counts({2, 3, 4})).wire("object2", DataObjectPtr(function)).run();
     for (const std::string part : {"'χ²/ndf'", "'3.5 / 4'", "'0.25'", "'2.00 ± 0.12'", "'0.5'", "'Entries'"})
@@ -314,7 +314,7 @@ TEST(PlotObjects, noTextOfAnObjectBecomesACommand) {
         auto function = line();
         function->title = text;
         function->parameters.push_back({.name = text, .value = 1.0});
-        function->annotation = {{.key = "error of " + text, .value = "1"}, {.key = "chi2", .value = text}};
+        function->annotation = {{.key = text + "_error", .value = "1"}, {.key = "chi2", .value = text}};
         auto colours = grid();
         colours->setAxisTitle(0, text);
         Bench bench("Plot");

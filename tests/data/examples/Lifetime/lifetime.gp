@@ -19,7 +19,7 @@ set ytics ('1' 1e0 0, '' 2e0 1, '' 3e0 1, '' 4e0 1, '' 5e0 1, '' 6e0 1, '' 7e0 1
 set title 'Lifetime of the muon' font 'DejaVu Sans,34'
 set xlabel 'decay time [µs]' font 'DejaVu Sans,32' offset 0,-0.2
 set ylabel 'Entries / (0.2 µs)' font 'DejaVu Sans,32' offset -1.2,0
-set object 1 rectangle from graph 0.7042, graph 0.587 to graph 0.985, graph 0.975 front fillcolor rgb 'white' fillstyle solid border linecolor rgb '#808080' linewidth 1.5
+set object 1 rectangle from graph 0.7042, graph 0.541 to graph 0.985, graph 0.975 front fillcolor rgb 'white' fillstyle solid border linecolor rgb '#808080' linewidth 1.5
 set label 'Entries' at graph 0.7162, graph 0.942 left front font 'DejaVu Sans,22'
 set label '5408' at graph 0.973, graph 0.942 right front font 'DejaVu Sans,22'
 set label 'Mean' at graph 0.7162, graph 0.896 left front font 'DejaVu Sans,22'
@@ -30,12 +30,14 @@ set label 'Overflow' at graph 0.7162, graph 0.804 left front font 'DejaVu Sans,2
 set label '115' at graph 0.973, graph 0.804 right front font 'DejaVu Sans,22'
 set label 'χ²/ndf' at graph 0.7162, graph 0.758 left front font 'DejaVu Sans,22'
 set label '72.953 / 67' at graph 0.973, graph 0.758 right front font 'DejaVu Sans,22'
-set label 'n' at graph 0.7162, graph 0.712 left front font 'DejaVu Sans,22'
-set label '509.1' at graph 0.973, graph 0.712 right front font 'DejaVu Sans,22'
-set label 'tau' at graph 0.7162, graph 0.666 left front font 'DejaVu Sans,22'
-set label '2.2106' at graph 0.973, graph 0.666 right front font 'DejaVu Sans,22'
-set label 'flat' at graph 0.7162, graph 0.62 left front font 'DejaVu Sans,22'
-set label '3.9551' at graph 0.973, graph 0.62 right front font 'DejaVu Sans,22'
+set label 'p-value' at graph 0.7162, graph 0.712 left front font 'DejaVu Sans,22'
+set label '0.28876' at graph 0.973, graph 0.712 right front font 'DejaVu Sans,22'
+set label 'n' at graph 0.7162, graph 0.666 left front font 'DejaVu Sans,22'
+set label '509 ± 12' at graph 0.973, graph 0.666 right front font 'DejaVu Sans,22'
+set label 'tau' at graph 0.7162, graph 0.62 left front font 'DejaVu Sans,22'
+set label '2.211 ± 0.047' at graph 0.973, graph 0.62 right front font 'DejaVu Sans,22'
+set label 'flat' at graph 0.7162, graph 0.574 left front font 'DejaVu Sans,22'
+set label '3.96 ± 0.62' at graph 0.973, graph 0.574 right front font 'DejaVu Sans,22'
 data = './lifetime.dat'
 set terminal pngcairo noenhanced size 1600,1000 font 'DejaVu Sans,26' rounded
 marks = 1.8

@@ -1,0 +1,171 @@
+#include "CsvWriter.h"
+
+#include "CsvText.h"
+#include "PlotValues.h"
+#include "Ports.h"
+#include "TextOutput.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+/// Rows of one chunk, made ready by many threads; the file takes them in one after the other.
+class Lines : public AccumulatorState {
+public:
+    Lines(TextOutput& target, const Schema& columns, char separator)
+        : output(target), schema(columns), delimiter(separator) {}
+
+    void fill(const Chunk& chunk) override { text += csvRows(schema, chunk, delimiter); }
+
+    void merge(AccumulatorState& other) override {
+        handOver();
+        static_cast<Lines&>(other).handOver();
+    }
+
+    void handOver() {
+        output.append(text);
+        text.clear();
+    }
+
+private:
+    TextOutput& output;
+    const Schema& schema;
+    char delimiter;
+    std::string text;
+};
+
+class Writing : public Accumulation {
+public:
+    Writing(TextOutput textOutput, Schema columns, char separator)
+        : output(std::move(textOutput)), schema(std::move(columns)), delimiter(separator) {}
+
+    std::unique_ptr<AccumulatorState> newState() const override {
+        return std::make_unique<Lines>(output, schema, delimiter);
+    }
+
+    void finish(AccumulatorState& state, Results&) override {
+        static_cast<Lines&>(state).handOver();
+        output.complete();
+    }
+
+private:
+    /// Takes the lines of the states; the run hands them over one at a time.
+    mutable TextOutput output;
+    Schema schema;
+    char delimiter;
+};
+
+char delimiterNamed(const std::string& name) {
+    const std::map<std::string, char> delimiters = {
+        {"comma", ','}, {"semicolon", ';'}, {"tabulator", '\t'}, {"bar", '|'}};
+    return delimiters.at(name);
+}
+
+std::vector<std::string> namesOf(const Schema& schema) {
+    std::vector<std::string> names;
+    for (const ColumnInfo& column : schema.columns())
+        names.push_back(column.name);
+    return names;
+}
+
+ObjectTable tableOf(const Arguments& arguments) {
+    const auto* object = std::get_if<DataObjectPtr>(&arguments.value("object"));
+    if (!arguments.isWired("object"))
+        throw Failure("object", "nothing is wired");
+    if (object == nullptr)
+        throw Failure("object", "a number or text is no table; use Print");
+    const PlotRange range = rangeIn(arguments.text("range"));
+    const Sampling sampling{
+        .count = static_cast<std::size_t>(arguments.integer("samples")), .low = range.low, .high = range.high};
+    try {
+        return objectTable(**object, sampling);
+    } catch (const Failure& failure) {
+        throw Failure("object", failure.what());
+    }
+}
+
+}  // namespace
+
+std::string CsvWriterKind::summary() const {
+    return "Writes a table, or the numbers of a histogram, profile, points or function, as a text file with a row on "
+           "each "
+           "line.";
+}
+
+std::string CsvWriterKind::notes() const {
+    return R"(`CsvTable` reads every number of the file back to the last bit: reals have as many digits as that needs, whole ones a
+point (`3.0`), and there are `NaN`, `Infinity` and `-Infinity`; a NaN has no sign. Texts stand in double quotes, with quotes in
+them doubled, so that a text that looks like a number stays one; booleans are `true` and `false`. A list column becomes one
+text with its values and blanks between them; use `Explode` before it for a row each. The first line names the columns.
+
+| object | columns |
+|---|---|
+| histogram | `low`, `high`, `entries`, `height`, `error`, `sumww`, `sumwx`, `sumwxx`: sums of w², wx and wx² |
+| histogram over two or three | `xlow`, `xhigh`, `ylow`, `yhigh`, ..., `entries`, `height`, `error` |
+| profile | `low`, `high` (or as above), `entries`, `weights`, `mean`, `error`, `rms` |
+| points | `x`, `xplus`, `xminus`, `y`, `yplus`, `yminus`, ...; of more than three dimensions `x1`, `x2`, ... |
+| function | `x`, `y` at equal distances, both ends included |
+
+Under- and overflow are rows that reach to `-Infinity` and `Infinity`.)";
+}
+
+Ports CsvWriterKind::ports(const ValueTexts&) const {
+    Ports ports;
+    ports.inputs = {
+        {.name = "object",
+         .description = "Table, histogram, profile, points or function to write.",
+         .type = ValueType::Any},
+        {.name = "file",
+         .description = "Name of the file in the results folder. Empty: the name of this plug-in with .csv.",
+         .type = ValueType::Text},
+        {.name = "delimiter",
+         .description = "What stands between the fields of a line.",
+         .type = ValueType::Choice,
+         .value = "comma",
+         .choices = {"comma", "semicolon", "tabulator", "bar"}},
+        {.name = "header",
+         .description = "Yes: the first line names the columns.",
+         .type = ValueType::Choice,
+         .value = "yes",
+         .choices = {"yes", "no"}},
+        {.name = "samples",
+         .description = "Number of places at which a function is computed, from 2 on.",
+         .value = "101",
+         .minimum = 2,
+         .maximum = 1e7,
+         .isInteger = true},
+        {.name = "range",
+         .description = "Ends between which a function is computed, as two numbers in the unit of its argument; * for "
+                        "an end that the function knows. Empty: it knows both.",
+         .type = ValueType::Text},
+    };
+    return ports;
+}
+
+std::string CsvWriterKind::refusal(const std::string& input, const std::string& value) const {
+    return input == "range" ? rangeRefusal(value) : std::string();
+}
+
+std::unique_ptr<Accumulation> CsvWriterKind::prepare(const Arguments& arguments, const Schema* schema,
+                                                     RunContext& context) const {
+    if (const std::string reason = rangeRefusal(arguments.text("range")); !reason.empty())
+        throw Failure("range", reason);
+    if (schema != nullptr && schema->size() == 0)
+        throw Failure("object", "the table has no columns");
+    const char delimiter = delimiterNamed(arguments.text("delimiter"));
+    const std::string& file = arguments.text("file");
+    const ObjectTable table = schema == nullptr ? tableOf(arguments) : ObjectTable();
+    std::string first;
+    if (arguments.text("header") == "yes")
+        first = csvHeader(schema == nullptr ? table.columns : namesOf(*schema), delimiter);
+    first += csvRows(table, delimiter);
+    return std::make_unique<Writing>(
+        TextOutput(file.empty() ? asFileName(context.pluginName()) + ".csv" : file, std::move(first), context),
+        schema == nullptr ? Schema() : *schema, delimiter);
+}
+
+}  // namespace velmorak

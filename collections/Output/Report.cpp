@@ -1,0 +1,136 @@
+#include "Report.h"
+
+#include "Drawing.h"
+#include "Ports.h"
+#include "ReportPage.h"
+#include "TextOutput.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+const InputSpec objectInput = {
+    .name = "object",
+    .description =
+        "Number, text, histogram, profile, points or function for the report. A function is drawn over the "
+        "object that stands before it. What has no value because a plug-in failed is named.",
+    .type = ValueType::Any,
+    .isOptional = true};
+
+std::string outputOf(const RunRecord& record, const std::string& plugin, const std::string& input) {
+    for (const RecordedPlugin& recorded : record.plugins)
+        for (const RecordedInput& each : recorded.inputs)
+            if (recorded.name == plugin && each.name == input)
+                return each.output;
+    return {};
+}
+
+std::vector<ReportItem> itemsOf(const Arguments& arguments, const RunRecord& record, const RunContext& context) {
+    std::vector<ReportItem> items;
+    for (const std::string& input : numberedInputs(arguments, "objects", "object"))
+        if (arguments.isWired(input))
+            items.push_back({.input = input,
+                             .plugin = arguments.sourceName(input),
+                             .output = outputOf(record, context.pluginName(), input),
+                             .value = arguments.value(input)});
+    return items;
+}
+
+/// Objects that are drawn together: one, and the functions behind it.
+std::vector<std::vector<PlotObject>> frames(const std::vector<ReportItem>& items) {
+    std::vector<std::vector<PlotObject>> all;
+    for (const ReportItem& item : items) {
+        const auto* object = std::get_if<DataObjectPtr>(&item.value);
+        if (object == nullptr)
+            continue;
+        const bool isOver = (*object)->type() == ValueType::Function && !all.empty();
+        if (!isOver)
+            all.emplace_back();
+        all.back().push_back({.input = item.input, .maker = item.plugin, .object = *object});
+    }
+    return all;
+}
+
+std::string headingOf(const PlotObject& first) {
+    return first.object->title.empty() ? first.maker : first.object->title;
+}
+
+ReportPicture pictureOf(const std::vector<PlotObject>& frame, RunContext& context) {
+    ReportPicture picture{.heading = headingOf(frame.front()), .svg = {}, .sentence = {}};
+    try {
+        picture.svg = drawnSvg(frame, context);
+    } catch (const Failure& failure) {
+        picture.sentence = failure.what();
+        context.warn(picture.heading + ": " + picture.sentence);
+    }
+    return picture;
+}
+
+std::string titleOf(const std::string& given, const RunRecord& record, const RunContext& context) {
+    if (!given.empty())
+        return given;
+    const std::string ending = ".zedra";
+    const std::string& document = record.document;
+    if (document.empty())
+        return context.pluginName();
+    return document.ends_with(ending) ? document.substr(0, document.size() - ending.size()) : document;
+}
+
+}  // namespace
+
+std::string ReportKind::summary() const {
+    return "Writes one HTML page about the whole run: pipeline, pictures, numbers, fits, failures and where everything "
+           "came "
+           "from.";
+}
+
+std::string ReportKind::notes() const {
+    return R"(The page is one file that opens without a network and refers to nothing outside itself. It holds
+
+- what failed, and why; what could not run because of that
+- the pipeline with its boxes and wires
+- each histogram, profile and set of points that is wired to the report, drawn as `Plot` draws it; a function lies over the
+  object that is wired before it
+- parameters of functions, with errors, χ²/ndf and p-value where a fit has found them
+- numbers, and texts: lines with tabulators, such as those of `CutFlow`, become a table
+- the document with its SHA-256 sum as it was run, the files that were read with theirs, versions of the library and of each
+  kind, seeds, and the values of all plug-ins
+
+A report comes when all else has ended, also when something that feeds it failed. It is written anew in every run. The same
+pipeline, with the same files, gives the same bytes.)";
+}
+
+Ports ReportKind::ports(const ValueTexts& values) const {
+    Ports ports;
+    ports.inputs = {
+        objectInput,
+        countInput("objects", "Number of things in the report, 1 to 16; each has an input of its own."),
+        {.name = "file",
+         .description = "Name of the page in the results folder. Empty: the name of this plug-in with .html.",
+         .type = ValueType::Text},
+        {.name = "title",
+         .description = "Heading of the page. Empty: the name of the document.",
+         .type = ValueType::Text},
+        {.name = "comment", .description = "A paragraph below the heading.", .type = ValueType::Text},
+    };
+    addNumbered(ports, objectInput, numberedCount(values, "objects"));
+    return ports;
+}
+
+void ReportKind::evaluate(const Arguments& arguments, Results&, RunContext& context) const {
+    ReportContents contents;
+    contents.record = context.record();
+    contents.title = titleOf(arguments.text("title"), contents.record, context);
+    contents.comment = arguments.text("comment");
+    contents.items = itemsOf(arguments, contents.record, context);
+    for (const std::vector<PlotObject>& frame : frames(contents.items))
+        contents.pictures.push_back(pictureOf(frame, context));
+    const std::string& file = arguments.text("file");
+    TextOutput output(file.empty() ? asFileName(context.pluginName()) + ".html" : file, reportPage(contents), context);
+    output.complete();
+}
+
+}  // namespace velmorak
