@@ -54,6 +54,19 @@ struct Chain {
                 target[i] = times(from[i], slope(i));
         *isTouched[argument] = 1;
     }
+
+    /// For a slope of 1 everywhere.
+    void passOn(std::size_t argument) const {
+        double* const __restrict target = weight[argument];
+        if (target == nullptr)
+            return;
+        if (*isTouched[argument] == 0)
+            std::copy_n(outer, count, target);
+        else
+            for (std::size_t i = 0; i < count; ++i)
+                target[i] += outer[i];
+        *isTouched[argument] = 1;
+    }
 };
 
 void chainPower(const Chain& chain) {
@@ -88,10 +101,10 @@ void chainRule(const Step& step, const Chain& chain) {
     const double* const b = chain.value[1];
     switch (step.op) {
         case Op::Add:
-            chain.pass(0, [](std::size_t) { return 1.0; });
-            return chain.pass(1, [](std::size_t) { return 1.0; });
+            chain.passOn(0);
+            return chain.passOn(1);
         case Op::Subtract:
-            chain.pass(0, [](std::size_t) { return 1.0; });
+            chain.passOn(0);
             return chain.pass(1, [](std::size_t) { return -1.0; });
         case Op::Multiply:
             chain.pass(0, [&](std::size_t i) { return b[i]; });
