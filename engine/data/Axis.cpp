@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 
 namespace velmorak {
@@ -68,8 +69,58 @@ void Axis::buildLookup() {
     lookup.assign(slices + 1, 0);
     for (const double edge : allEdges)
         ++lookup[sliceOf(edge) + 1];
+    mostInSlice = *std::max_element(lookup.begin(), lookup.end());
     for (std::size_t slice = 1; slice <= slices; ++slice)
         lookup[slice] += lookup[slice - 1];
+    stops = allEdges;
+    stops.push_back(std::numeric_limits<double>::quiet_NaN());
+}
+
+namespace {
+
+/// What the search for cells needs, apart from the axis, so that it stays in registers.
+struct Search {
+    const double* stops;
+    const std::uint32_t* lookup;
+    double low;
+    double slicesPerUnit;
+    double lastSlice;
+};
+
+/// As Axis::cell, without a branch: a value outside begins in the first or last slice. Each slice has at most steps
+/// edges, and each comparison takes one of them.
+template <int steps>
+void search(const Search& axis, const double* x, std::size_t count, std::uint32_t* target) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const double value = x[i];
+        double slice = (value - axis.low) * axis.slicesPerUnit;
+        slice = slice > 0.0 ? slice : 0.0;
+        slice = slice < axis.lastSlice ? slice : axis.lastSlice;
+        std::uint32_t position = axis.lookup[static_cast<std::int32_t>(slice)];
+        for (int step = 0; step < steps; ++step)
+            position += axis.stops[position] <= value ? 1U : 0U;
+        target[i] = position;
+    }
+}
+
+}  // namespace
+
+void Axis::cells(const double* x, std::size_t count, std::uint32_t* target) const {
+    const Search axis{.stops = stops.data(),
+                      .lookup = lookup.data(),
+                      .low = low(),
+                      .slicesPerUnit = slicesPerUnit,
+                      .lastSlice = static_cast<double>(lookup.size() - 2)};
+    const bool isOneByOne = slicesPerUnit == 0.0 || mostInSlice > 4 || lookup.size() > std::size_t{1} << 30U;
+    if (isOneByOne)
+        for (std::size_t i = 0; i < count; ++i)
+            target[i] = std::isnan(x[i]) ? 0U : static_cast<std::uint32_t>(cell(x[i]));
+    else if (mostInSlice == 1)
+        search<1>(axis, x, count, target);
+    else if (mostInSlice == 2)
+        search<2>(axis, x, count, target);
+    else
+        search<4>(axis, x, count, target);
 }
 
 std::size_t Axis::cellBetween(double x, std::size_t begin, std::size_t end) const {

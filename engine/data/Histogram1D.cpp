@@ -1,6 +1,7 @@
 #include "velmorak/Histogram1D.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -8,6 +9,9 @@
 namespace velmorak {
 
 namespace {
+
+/// Values whose cells are looked up before any is filled, so that the one does not wait for the other.
+constexpr std::size_t fillBlock = 1024;
 
 void count(BinSums& sums, double value, double weight) {
     ++sums.entries;
@@ -46,9 +50,20 @@ void Histogram1D::fill(double value, double weight) {
     count(sums[x.cell(value)], value, weight);
 }
 
-void Histogram1D::fill(const double* values, const double* weights, std::size_t count) {
-    for (std::size_t position = 0; position < count; ++position)
-        fill(values[position], weights == nullptr ? 1.0 : weights[position]);
+void Histogram1D::fill(const double* values, const double* weights, std::size_t length) {
+    std::array<std::uint32_t, fillBlock> cells;
+    for (std::size_t begin = 0; begin < length; begin += fillBlock) {
+        const std::size_t block = std::min(fillBlock, length - begin);
+        x.cells(values + begin, block, cells.data());
+        for (std::size_t i = 0; i < block; ++i) {
+            const double value = values[begin + i];
+            const double weight = weights == nullptr ? 1.0 : weights[begin + i];
+            if (std::isnan(value) || std::isnan(weight))
+                ++nans;
+            else
+                count(sums[cells[i]], value, weight);
+        }
+    }
 }
 
 void Histogram1D::merge(const Histogram1D& other) {

@@ -2,6 +2,7 @@
 
 #include "GridBytes.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -12,6 +13,31 @@ namespace {
 
 // The lowest byte is the number of dimensions.
 constexpr std::uint64_t mark = 0x31'44'67'48'6b'6c'65'00;
+
+/// Points whose cells are looked up before any is filled, so that the one does not wait for the other.
+constexpr std::size_t fillBlock = 1024;
+
+template <std::size_t dimensions>
+bool hasNan(const std::array<double, dimensions>& point) {
+    bool has = false;
+    for (const double x : point)
+        has = has || std::isnan(x);
+    return has;
+}
+
+template <std::size_t dimensions>
+void count(GridSums<dimensions>& cell, const std::array<double, dimensions>& point, double weight) {
+    ++cell.entries;
+    cell.w += weight;
+    cell.ww += weight * weight;
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+        if (std::isinf(point[direction]))
+            continue;
+        const double weighted = weight * point[direction];
+        cell.wx[direction] += weighted;
+        cell.wxx[direction] += weighted * point[direction];
+    }
+}
 
 }  // namespace
 
@@ -85,37 +111,42 @@ HistogramGrid<dimensions>::HistogramGrid(Grid<dimensions> cellGrid, std::vector<
 
 template <std::size_t dimensions>
 void HistogramGrid<dimensions>::fill(const Point& point, double weight) {
-    typename Grid<dimensions>::Cells cells{};
-    bool hasNan = std::isnan(weight);
-    for (const double x : point)
-        hasNan = hasNan || std::isnan(x);
-    if (hasNan) {
+    if (std::isnan(weight) || hasNan(point)) {
         ++nans;
         return;
     }
+    typename Grid<dimensions>::Cells cells{};
     for (std::size_t direction = 0; direction < dimensions; ++direction)
         cells[direction] = shape.axis(direction).cell(point[direction]);
-    Sums& cell = sums[shape.cell(cells)];
-    ++cell.entries;
-    cell.w += weight;
-    cell.ww += weight * weight;
-    for (std::size_t direction = 0; direction < dimensions; ++direction) {
-        if (std::isinf(point[direction]))
-            continue;
-        const double weighted = weight * point[direction];
-        cell.wx[direction] += weighted;
-        cell.wxx[direction] += weighted * point[direction];
-    }
+    count(sums[shape.cell(cells)], point, weight);
 }
 
 template <std::size_t dimensions>
 void HistogramGrid<dimensions>::fill(const std::array<const double*, dimensions>& coordinates, const double* weights,
-                                     std::size_t count) {
-    Point point{};
-    for (std::size_t i = 0; i < count; ++i) {
+                                     std::size_t length) {
+    std::array<std::array<std::uint32_t, fillBlock>, dimensions> cells;
+    std::array<std::size_t, dimensions> strides{};
+    for (std::size_t direction = 0, stride = 1; direction < dimensions; ++direction) {
+        strides[direction] = stride;
+        stride *= shape.axis(direction).bins() + 2;
+    }
+    for (std::size_t begin = 0; begin < length; begin += fillBlock) {
+        const std::size_t block = std::min(fillBlock, length - begin);
         for (std::size_t direction = 0; direction < dimensions; ++direction)
-            point[direction] = coordinates[direction][i];
-        fill(point, weights == nullptr ? 1.0 : weights[i]);
+            shape.axis(direction).cells(coordinates[direction] + begin, block, cells[direction].data());
+        for (std::size_t i = 0; i < block; ++i) {
+            Point point{};
+            std::size_t cell = 0;
+            for (std::size_t direction = 0; direction < dimensions; ++direction) {
+                point[direction] = coordinates[direction][begin + i];
+                cell += cells[direction][i] * strides[direction];
+            }
+            const double weight = weights == nullptr ? 1.0 : weights[begin + i];
+            if (std::isnan(weight) || hasNan(point))
+                ++nans;
+            else
+                count(sums[cell], point, weight);
+        }
     }
 }
 

@@ -45,6 +45,9 @@ public:
         return position;
     }
 
+    /// The cells of count values at once, as cell gives them; where a value is NaN, any cell of the axis.
+    void cells(const double* x, std::size_t count, std::uint32_t* target) const;
+
     std::string title;  ///< With its unit, for example "m(mu+ mu-) [GeV]".
 
     bool operator==(const Axis& other) const { return allEdges == other.allEdges; }
@@ -62,6 +65,8 @@ private:
     }
 
     std::vector<double> allEdges;
+    std::vector<double> stops;          ///< The edges, and a NaN that no value reaches.
+    std::size_t mostInSlice = 0;        ///< Edges in one slice.
     std::vector<std::uint32_t> lookup;  ///< Edges that lie in the slices before each slice of the axis.
     double slicesPerUnit = 0.0;
     bool regular = false;
