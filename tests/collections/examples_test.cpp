@@ -97,7 +97,7 @@ TEST(Examples, beginInTheWindowAsItOpensAndFitOnAScreen) {
             EXPECT_GE(box.left, 0) << document << " " << box.name;
             EXPECT_LE(box.right, 1200) << document << " " << box.name;
             EXPECT_GE(box.bottom, 0) << document << " " << box.name;
-            EXPECT_LE(box.top, 600) << document << " " << box.name;
+            EXPECT_LE(box.top, 700) << document << " " << box.name;
         }
 }
 
