@@ -61,7 +61,7 @@ def run(runner, folder, threads):
     done = subprocess.run([runner, "pipeline.zedra"], cwd=folder, env=environment, stderr=subprocess.PIPE)
     assert done.returncode == 0, done.stderr.decode()
     results = pathlib.Path(folder) / "pipeline.results"
-    return {file.name: file.read_bytes() for file in results.iterdir()}
+    return {file.name: file.read_bytes() for file in results.iterdir() if file.name != "run.json"}
 
 
 def entries_of(root, name):

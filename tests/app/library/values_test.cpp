@@ -7,6 +7,8 @@ using ::testing::ElementsAre;
 
 class ValuesTest : public LibraryTest {
 protected:
+    static constexpr std::size_t expression = 3;  ///< Its row in the dialog of a Formula.
+
     varWindow& openNew(const std::string& kind) {
         window->addPlugin(nullptr, kind);
         return openFor(manager->plugins.back()->name);
@@ -46,7 +48,7 @@ TEST_F(ValuesTest, aValueThatTheTypeRefusesComesBackAsItWas) {
 TEST_F(ValuesTest, newVariablesOfAFormulaAppearAsRows) {
     varWindow& dialog = openNew("Formula");
     const auto before = labels(dialog);
-    entries(dialog).at(5)->set_text("mass width");
+    entries(dialog).at(expression)->set_text("mass * width");
     buttonIn(dialog, "Apply").clicked();
     auto expected = before;
     expected.insert(expected.end(), {"mass", "width"});
@@ -56,7 +58,7 @@ TEST_F(ValuesTest, newVariablesOfAFormulaAppearAsRows) {
 
 TEST_F(ValuesTest, oneNewVariableOfAFormulaAppearsAsARowToo) {
     varWindow& dialog = openNew("Formula");
-    entries(dialog).at(5)->set_text("mass");
+    entries(dialog).at(expression)->set_text("2 * mass");
     buttonIn(dialog, "Apply").clicked();
     EXPECT_THAT(labels(dialog), Contains("mass"));
     entries(dialog).back()->set_text("91.2");
@@ -67,10 +69,10 @@ TEST_F(ValuesTest, oneNewVariableOfAFormulaAppearsAsARowToo) {
 
 TEST_F(ValuesTest, variablesOfAFormulaGoWithTheirValues) {
     varWindow& dialog = openNew("Formula");
-    entries(dialog).at(5)->set_text("first second");
+    entries(dialog).at(expression)->set_text("first + second");
     buttonIn(dialog, "Apply").clicked();
-    entries(dialog).at(7)->set_text("22");
-    entries(dialog).at(5)->set_text("second");
+    entries(dialog).at(6)->set_text("22");
+    entries(dialog).at(expression)->set_text("2 * second");
     buttonIn(dialog, "Apply").clicked();
     const auto& inputs = manager->plugins[0]->Inputs();
     EXPECT_EQ(inputs.back().name, "second");

@@ -3,6 +3,7 @@
 #include <QzManager.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 
 namespace {
@@ -26,6 +27,14 @@ void PrintTo(const Language& language, std::ostream* out) {
     *out << language.name;
 }
 
+/// Position of its group in the list of examples, which is in the order of names.
+int groupOf(const fs::path& document) {
+    const fs::path group = document.parent_path();
+    return static_cast<int>(std::count_if(
+        fs::directory_iterator(group.parent_path()), fs::directory_iterator(),
+        [&group](const fs::directory_entry& entry) { return entry.is_directory() && entry.path() < group; }));
+}
+
 /// What the library makes of the example after the same edits.
 std::string expectedText() {
     QzManager manager("QzAnalysisFactory");
@@ -42,7 +51,7 @@ protected:
         ASSERT_TRUE(session.start({}));
         // The last menu; "Examples" stands above "About".
         ASSERT_TRUE(session.choose(-1, 2, "Examples"));
-        session.chooseInGroup(1);
+        session.chooseInGroup(groupOf(example));
         session.picture("Examples", "examples");
         session.confirm();
         ASSERT_TRUE(session.seesPipeline());
