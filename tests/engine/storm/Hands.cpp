@@ -28,6 +28,12 @@ const std::map<std::string, Texts> textsByInput{
     {"parameters", {"", "", "", "z", "z q"}},
     {"column", {"result", "z", "y"}},
     {"title", {"", "T"}},
+    {"x", {"x", "y", "x*y"}},
+    {"y", {"y", "x", "n"}},
+    {"model", {"pol1", "pol1", "gauss + pol1"}},
+    {"start", {""}},
+    {"xedges", {""}},
+    {"yedges", {""}},
     {"folder", {"/", "/run1"}}};
 const std::map<std::string, Texts> textsOfSources{
     {"columns",
