@@ -2,6 +2,7 @@
 
 #include "Crew.h"
 #include "Execution.h"
+#include "Politeness.h"
 #include "RunFile.h"
 #include "RunListener.h"
 #include "Summary.h"
@@ -74,6 +75,7 @@ RunReport Runner::Part::execute(const Pipeline& pipeline, const std::atomic<bool
     const oneapi::tbb::global_control allowance(oneapi::tbb::global_control::max_allowed_parallelism,
                                                 static_cast<std::size_t>(threads));
     oneapi::tbb::task_arena arena(threads);
+    const Politeness politeness(arena);
     Crew crew(static_cast<std::size_t>(threads));
     messages.beginProgress();
     memory.recall(pipeline);
