@@ -28,6 +28,8 @@ public:
     /// In which cell of a grid that is no finer a cell of this one lies.
     std::int64_t cellIn(const DecimalGrid& coarser, std::int64_t number) const;
 
+    bool operator==(const DecimalGrid&) const = default;
+
 private:
     int exponent = 0;
     std::int64_t firstCell = 0;

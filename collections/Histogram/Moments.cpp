@@ -67,6 +67,7 @@ void Moments::fill(const double* x, const double* weights, std::size_t count) {
         part.largest = std::max(part.largest, x[i]);
         part.first += w * distance;
         part.second += w * distance * distance;
+        part.third += w * distance * distance * distance;
         part.total.add(w * x[i]);
         part.totalWeight.add(w);
     }
@@ -76,6 +77,7 @@ void Moments::fill(const double* x, const double* weights, std::size_t count) {
 void Moments::shiftTo(double newPivot) {
     const double shift = pivot - newPivot;
     const double weight = totalWeight.value();
+    third += shift * (3.0 * second + shift * (3.0 * first + shift * weight));
     second += shift * (2.0 * first + shift * weight);
     first += shift * weight;
     pivot = newPivot;
@@ -95,6 +97,7 @@ void Moments::merge(const Moments& other) {
         right.shiftTo(joint);
         first += right.first;
         second += right.second;
+        third += right.third;
         filled += other.filled;
         finite += other.finite;
         smallest = std::min(smallest, other.smallest);
@@ -119,6 +122,16 @@ double Moments::rms() const {
     // With weights of one sign the exact value is not below 0; what rounding leaves there is 0.
     const double rounding = 1e-14 * (std::abs(second / weight) + offset * offset);
     return variance < 0.0 && variance > -rounding ? 0.0 : std::sqrt(variance);
+}
+
+double Moments::skewness() const {
+    const double spread = rms();
+    if (!(spread > 0.0))
+        return notANumber;
+    const double weight = totalWeight.value();
+    const double offset = first / weight;
+    const double central = third / weight + offset * (2.0 * offset * offset - 3.0 * second / weight);
+    return central / spread / spread / spread;
 }
 
 double Moments::minimum() const {

@@ -19,9 +19,11 @@ private:
 
 /// Weighted moments of a stream of numbers, by shifted sums:
 ///     S1 = sum of w (x - p),  S2 = sum of w (x - p)^2,  mean = p + S1 / W,  rms^2 = S2 / W - (S1 / W)^2
+///     S3 = sum of w (x - p)^3,  d = S1 / W,  skewness = (S3 / W - 3 d S2 / W + 2 d^3) / rms^3
 /// The pivot p is the plain mean of the numbers, so that nothing cancels, and weights may have either sign. Two parts
-/// are joined about their common pivot (T. F. Chan, G. H. Golub, R. J. LeVeque, Am. Stat. 37 (1983) 242).
-/// Threads: one filler at a time; give each chunk its own, then merge in chunk order.
+/// are joined about their common pivot (T. F. Chan, G. H. Golub, R. J. LeVeque, Am. Stat. 37 (1983) 242; the third
+/// order as in P. Pébay, Sandia National Laboratories SAND2008-6212 (2008)). Threads: one filler at a time; give each
+/// chunk its own, then merge in chunk order.
 class Moments {
 public:
     /// @param weights null for a weight of 1 each. A NaN in x or its weight is counted and left out.
@@ -38,6 +40,8 @@ public:
     /// Weighted population standard deviation; NaN where the mean is, and where negative weights make its square
     /// negative.
     double rms() const;
+    /// Third standardised moment of the population, without unit; NaN where the rms is NaN or 0.
+    double skewness() const;
     /// Smallest and largest number, whatever its weight; NaN without fills.
     double minimum() const;
     double maximum() const;
@@ -53,6 +57,7 @@ private:
     double pivot = 0.0;
     double first = 0.0;
     double second = 0.0;
+    double third = 0.0;
     ExactSum total;
     ExactSum totalWeight;
 };

@@ -1,0 +1,129 @@
+#include "Quantiles.h"
+
+#include <algorithm>
+#include <cmath>
+#include <tuple>
+
+namespace velmorak {
+
+namespace {
+
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+/// A running sum this close to what is asked for, as a share of all weights, differs from it by rounding alone.
+constexpr double rounding = 1e-12;
+
+double between(double low, double high, double share) {
+    return low == high || share >= 1.0 ? high : (1.0 - share) * low + share * high;
+}
+
+bool comesBefore(const Portion& a, const Portion& b) {
+    return std::tie(a.low, a.weight) < std::tie(b.low, b.weight);
+}
+
+}  // namespace
+
+void Portion::add(const Portion& other) {
+    weight += other.weight;
+    low = std::min(low, other.low);
+    high = std::max(high, other.high);
+}
+
+double quantileOf(const std::vector<Portion>& ascending, double probability) {
+    double all = 0.0;
+    for (const Portion& portion : ascending)
+        all += portion.weight;
+    if (!(all > 0.0) || !std::isfinite(all))
+        return notANumber;
+    const double wanted = probability * all;
+    double before = 0.0;
+    for (auto portion = ascending.begin(); portion != ascending.end(); ++portion) {
+        const double after = before + portion->weight;
+        if (portion->weight > 0.0 && after >= wanted - rounding * all) {
+            if (after > wanted + rounding * all)
+                return between(portion->low, portion->high, std::max(0.0, (wanted - before) / portion->weight));
+            const auto next =
+                std::find_if(portion + 1, ascending.end(), [](const Portion& p) { return p.weight > 0.0; });
+            return next == ascending.end() ? portion->high : between(portion->high, next->low, 0.5);
+        }
+        before = after;
+    }
+    return notANumber;
+}
+
+void Quantiles::take(double x, double weight) {
+    if (std::isnan(x) || std::isnan(weight) || weight == 0.0)
+        return;
+    portions.push_back({.weight = weight, .low = x, .high = x});
+    if (std::abs(x) <= DecimalGrid::largestNumber) {
+        low = std::min(low, x);
+        high = std::max(high, x);
+    }
+}
+
+void Quantiles::fill(const double* x, const double* weights, std::size_t count) {
+    Quantiles part;
+    part.portions.reserve(count);
+    for (std::size_t i = 0; i < count; ++i)
+        part.take(x[i], weights == nullptr ? 1.0 : weights[i]);
+    if (part.portions.size() > mostCells)
+        part.settle(part.gridAround());
+    merge(part);
+}
+
+void Quantiles::merge(const Quantiles& other) {
+    low = std::min(low, other.low);
+    high = std::max(high, other.high);
+    if (!grid && !other.grid && portions.size() + other.portions.size() <= mostCells) {
+        portions.insert(portions.end(), other.portions.begin(), other.portions.end());
+        return;
+    }
+    const DecimalGrid joint = gridAround();
+    settle(joint);
+    const std::vector<Portion> added = other.inCells(joint);
+    for (std::size_t i = 0; i < added.size(); ++i)
+        portions[i].add(added[i]);
+}
+
+DecimalGrid Quantiles::gridAround() const {
+    return low > high ? DecimalGrid(0.0, 0.0, mostCells) : DecimalGrid(low, high, mostCells);
+}
+
+void Quantiles::settle(const DecimalGrid& target) {
+    if (grid != target)
+        portions = inCells(target);
+    grid = target;
+}
+
+std::vector<Portion> Quantiles::inCells(const DecimalGrid& target) const {
+    std::vector<Portion> cells(target.count() + 2);
+    if (!grid) {
+        const Axis axis = target.axis();
+        for (const Portion& number : portions)
+            cells[axis.cell(number.low)].add(number);
+        return cells;
+    }
+    cells.front() = portions.front();
+    cells.back() = portions.back();
+    for (std::size_t i = 0; i < grid->count(); ++i)
+        if (!portions[i + 1].isEmpty()) {
+            const std::int64_t number = grid->cellIn(target, grid->first() + static_cast<std::int64_t>(i));
+            cells[static_cast<std::size_t>(number - target.first()) + 1].add(portions[i + 1]);
+        }
+    return cells;
+}
+
+std::vector<Portion> Quantiles::ascending() const {
+    if (grid)
+        return portions;
+    std::vector<Portion> sorted = portions;
+    std::sort(sorted.begin(), sorted.end(), comesBefore);
+    std::vector<Portion> joined;
+    for (const Portion& number : sorted)
+        if (joined.empty() || joined.back().low < number.low)
+            joined.push_back(number);
+        else
+            joined.back().add(number);
+    return joined;
+}
+
+}  // namespace velmorak
