@@ -187,6 +187,15 @@ TEST(StatisticsKind, givesSkewnessAndQuantilesOfAHistogram) {
     EXPECT_NEAR(bench.number("upper"), 9 + (8 * 0.84134474606854293 - 6) / 2, 1e-14);
 }
 
+TEST(StatisticsKind, theSkewnessOfAHistogramKnowsTheSpreadInItsBins) {
+    const std::vector<double> x = {0.25, 1, 1.75, 2.5, 3.5, 5};
+    auto histogram = std::make_shared<Histogram1D>(Axis(3, 0, 6));
+    histogram->fill(x.data(), nullptr, x.size());
+    Bench bench("Statistics");
+    bench.wire("data", DataObjectPtr(histogram)).run();
+    EXPECT_NEAR(bench.number("skewness"), momentsOf(x).skewness(), 1e-14);
+}
+
 TEST(StatisticsKind, nothingHasNoQuantiles) {
     Bench ofTable("Statistics");
     ofTable.set("expression", "x").wire("data", tableOf({{"x", {}}}, 2)).run();
