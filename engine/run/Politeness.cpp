@@ -16,7 +16,10 @@ bool isFirstThread() {
 /// Of the calling thread alone. The system does not let it rise again: the threads are the run's own, and another run
 /// wants them so too.
 void standBack() {
-    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), background);
+    const auto thread = static_cast<id_t>(gettid());
+    if (getpriority(PRIO_PROCESS, thread) < background) {  // A program that stands farther back stays there.
+        setpriority(PRIO_PROCESS, thread, background);
+    }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <sys/resource.h>
 #include <unistd.h>
+#include <algorithm>
 #include <thread>
 
 namespace velmorak {
@@ -24,7 +25,7 @@ TEST(Politeness, aRunBesideAWindowStandsBack) {
     const int before = priorityHere();
     int inside = before;
     std::thread([&] { inside = priorityInARun(); }).join();
-    EXPECT_GT(inside, before);
+    EXPECT_EQ(inside, std::max(before, 10));
     EXPECT_EQ(priorityHere(), before);
 }
 
