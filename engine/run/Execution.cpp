@@ -290,22 +290,32 @@ std::vector<StepPlace> Execution::stepsFor(const std::vector<std::size_t>& legs)
 }
 
 void Execution::settleRest() {
-    for (std::size_t i = 0; i < state.runs.size(); ++i) {
-        NodeRun& run = state.runs[i];
-        if (!run.isNeeded || run.isSettled || state.plan.tellsOfRun(i)) {
-            continue;
+    // What is downstream first, because whether the rows were of use is known there.
+    for (const std::size_t position : std::views::reverse(state.plan.order())) {
+        const NodeRun& run = state.runs[position];
+        if (run.isNeeded && !run.isSettled && !state.plan.tellsOfRun(position)) {
+            settle(position);
         }
-        run.isSettled = true;
-        if (run.hasPassed && !state.isStopping()) {
-            run.report.outcome = Outcome::Done;
-        } else if (state.isStopping()) {
-            state.stopFirst(i);
-        } else {
-            run.report.outcome = Outcome::Skipped;
-            run.report.sentence = run.report.rowsOut > 0
-                                      ? "not read to its end because nothing that it feeds could go on"
-                                      : "not run because nothing that it feeds could run";
-        }
+    }
+}
+
+/// Ends a stream: where all that could take its rows ended without, a result that was made from them in a former run
+/// tells that they are right.
+void Execution::settle(std::size_t position) {
+    NodeRun& run = state.runs[position];
+    const std::vector<std::size_t>& consumers = state.plan.consumers(position);
+    const auto isReused = [this](std::size_t each) { return state.runs[each].report.outcome == Outcome::Reused; };
+    run.isSettled = true;
+    if (state.isStopping()) {
+        state.stopFirst(position);
+    } else if (run.hasPassed) {
+        run.report.outcome = Outcome::Done;
+    } else if (std::any_of(consumers.begin(), consumers.end(), isReused)) {
+        run.report.outcome = Outcome::Reused;
+    } else {
+        run.report.outcome = Outcome::Skipped;
+        run.report.sentence = run.report.rowsOut > 0 ? "not read to its end because nothing that it feeds could go on"
+                                                     : "not run because nothing that it feeds could run";
     }
 }
 

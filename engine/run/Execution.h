@@ -41,6 +41,7 @@ private:
 
     void tellSettled();
     void settleRest();
+    void settle(std::size_t position);
     void reportTo(RunReport& report);
 
     RunState& state;

@@ -43,6 +43,8 @@ protected:
     }
 
     RowSource rows;
+    CutKind cut;
+    CutKind badCut;
     SumKind sum;
     FreeFunction constant{"Constant", {{}, {{.name = "number"}}}, [](const Arguments&, Results& results, RunContext&) {
                               results.set("number", 7.0);
@@ -131,6 +133,36 @@ TEST_F(Teller, takesAStreamWhoseResultsAreReusedForDone) {
     EXPECT_EQ(outcome("total"), Outcome::Reused);
     EXPECT_EQ(recorded("rows").state, RecordedState::Done);
     EXPECT_EQ(asked.files.size(), files);
+}
+
+/// The rows feed one result that is reused and one that fails in every run, before or while they are read.
+TEST_F(Teller, takesAStreamForDoneWhereItsRowsAreInAResultThatIsReused) {
+    add(rows, "rows", {{"rows", "10"}});
+    add(cut, "cut");
+    add(sum, "total");
+    add(sum, "before");
+    add(badCut, "while");
+    add(sum, "after while");
+    wire("rows", "table", "cut", "table");
+    wire("cut", "table", "total", "table");
+    wire("cut", "table", "before", "table");
+    wire("bad", "number", "before", "scale");
+    wire("rows", "table", "while", "table");
+    wire("while", "table", "after while", "table");
+    wire("total", "sum", "teller", "good");
+    badCut.beforeApply = [](const Chunk&) { throw Failure("no good"); };
+    start("rows");
+    run();
+    for (const bool isSecondRun : {false, true}) {
+        EXPECT_EQ(outcome("total"), isSecondRun ? Outcome::Reused : Outcome::Done);
+        EXPECT_EQ(outcome("before"), Outcome::Skipped);
+        EXPECT_EQ(outcome("while"), Outcome::Failed);
+        EXPECT_EQ(recorded("rows").state, RecordedState::Done);
+        EXPECT_EQ(recorded("rows").sentence, "");
+        EXPECT_EQ(recorded("cut").state, RecordedState::Done);
+        EXPECT_EQ(recorded("cut").sentence, "");
+        run();
+    }
 }
 
 TEST_F(Teller, mustBeAFunctionWithoutOutputs) {
