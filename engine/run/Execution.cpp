@@ -138,17 +138,36 @@ void Execution::visit(std::size_t position) {
     if (state.plan.tellsOfRun(position)) {
         return;
     }
-    for (const std::size_t feeder : state.plan.feeders(position)) {
-        if (state.hasFailed(feeder)) {
-            state.skip(position, state.runs[feeder].cause);
-            return;
-        }
+    const std::vector<std::size_t>& feeders = state.plan.feeders(position);
+    const auto isStream = [this](std::size_t feeder) { return state.plan.isStream(feeder); };
+    // Until all values are there, because which of two failures is known first depends on what is reused.
+    if (!std::all_of(feeders.begin(), feeders.end(),
+                     [&](std::size_t feeder) { return isStream(feeder) || state.runs[feeder].isSettled; })) {
+        return;
+    }
+    if (const std::optional<std::size_t> failed = failedFeeder(position)) {
+        state.skip(position, state.runs[*failed].cause);
+        return;
     }
     const bool isValueOnly = !state.plan.isStream(position) && !state.plan.tableFeeder(position);
     if (isValueOnly && state.hasArguments(position) && !state.isStopping()) {
         evaluate(position);
         tellSettled();
     }
+}
+
+/// The first that gives a value, or else the first that gives rows.
+std::optional<std::size_t> Execution::failedFeeder(std::size_t position) const {
+    const std::vector<std::size_t>& feeders = state.plan.feeders(position);
+    for (const bool givesRows : {false, true}) {
+        const auto failed = std::find_if(feeders.begin(), feeders.end(), [&](std::size_t feeder) {
+            return state.plan.isStream(feeder) == givesRows && state.hasFailed(feeder);
+        });
+        if (failed != feeders.end()) {
+            return *failed;
+        }
+    }
+    return std::nullopt;
 }
 
 /// Those that tell of the run come when all else has ended, in whatever way.

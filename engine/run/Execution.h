@@ -28,6 +28,7 @@ private:
     void settleObjections();
     void sweep();
     void visit(std::size_t position);
+    std::optional<std::size_t> failedFeeder(std::size_t position) const;
     void evaluateTellers();
     void evaluate(std::size_t position);
     void evaluateFunction(const Function& function, std::size_t position, NodeResults& results);

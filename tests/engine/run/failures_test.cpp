@@ -94,6 +94,37 @@ TEST_F(Failures, whatNeedsAFailureTwoStepsAwayNamesTheFailure) {
     EXPECT_EQ(rows.opened, 0);
 }
 
+/// "late" fails when all else has failed already, because it waits for what a whole table gives.
+TEST_F(Failures, ofSeveralTheFirstValueIsNamedWhicheverFailedFirst) {
+    const FreeFunction two("Two", {{numberInput("a"), numberInput("b")}, {}},
+                           [](const Arguments&, Results&, RunContext&) {});
+    cut.beforeApply = [](const Chunk&) { throw Failure("no good"); };
+    sum.beforeFinish = [](RunContext& context) {
+        if (context.pluginName() == "late") {
+            throw Failure("too late");
+        }
+    };
+    add(pass, "unlucky", {{"value", "13"}});
+    add(rows, "other");
+    add(sum, "late");
+    add(two, "two");
+    add(sum, "both");
+    wire("other", "table", "late", "table");
+    wire("all", "sum", "late", "scale");
+    wire("late", "sum", "two", "a");
+    wire("unlucky", "number", "two", "b");
+    wire("cut", "table", "both", "table");
+    wire("late", "sum", "both", "scale");
+    start("unlucky");
+    start("rows");
+    run();
+    EXPECT_EQ(sentence("late"), "too late");
+    EXPECT_EQ(sentence("unlucky"), "input \"value\": 13 brings bad luck");
+    EXPECT_EQ(sentence("two"), "not run because of \"late\"");
+    EXPECT_EQ(outcome("cut"), Outcome::Failed);
+    EXPECT_EQ(sentence("both"), "not run because of \"late\"");
+}
+
 TEST_F(Failures, finishingFailsAloneToo) {
     sum.beforeFinish = [](RunContext& context) {
         if (context.pluginName() == "all") {
