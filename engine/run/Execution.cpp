@@ -309,27 +309,31 @@ std::vector<StepPlace> Execution::stepsFor(const std::vector<std::size_t>& legs)
 }
 
 void Execution::settleRest() {
-    // What is downstream first, because whether the rows were of use is known there.
+    // What is downstream first, because it is known there whether the rows are in a result that is reused.
+    std::vector<bool> isInReused(state.runs.size(), false);
     for (const std::size_t position : std::views::reverse(state.plan.order())) {
+        const std::vector<std::size_t>& consumers = state.plan.consumers(position);
+        isInReused[position] = std::any_of(consumers.begin(), consumers.end(), [&](std::size_t consumer) {
+            const Outcome outcome = state.runs[consumer].report.outcome;
+            return outcome == Outcome::Reused || (outcome == Outcome::NotAsked && isInReused[consumer]);
+        });
         const NodeRun& run = state.runs[position];
         if (run.isNeeded && !run.isSettled && !state.plan.tellsOfRun(position)) {
-            settle(position);
+            settle(position, isInReused[position]);
         }
     }
 }
 
 /// Ends a stream: where all that could take its rows ended without, a result that was made from them in a former run
 /// tells that they are right.
-void Execution::settle(std::size_t position) {
+void Execution::settle(std::size_t position, bool isInReused) {
     NodeRun& run = state.runs[position];
-    const std::vector<std::size_t>& consumers = state.plan.consumers(position);
-    const auto isReused = [this](std::size_t each) { return state.runs[each].report.outcome == Outcome::Reused; };
     run.isSettled = true;
     if (state.isStopping()) {
         state.stopFirst(position);
     } else if (run.hasPassed) {
         run.report.outcome = Outcome::Done;
-    } else if (std::any_of(consumers.begin(), consumers.end(), isReused)) {
+    } else if (isInReused) {
         run.report.outcome = Outcome::Reused;
     } else {
         run.report.outcome = Outcome::Skipped;

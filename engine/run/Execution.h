@@ -42,7 +42,7 @@ private:
 
     void tellSettled();
     void settleRest();
-    void settle(std::size_t position);
+    void settle(std::size_t position, bool isInReused);
     void reportTo(RunReport& report);
 
     RunState& state;
