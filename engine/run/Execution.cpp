@@ -10,11 +10,19 @@
 namespace velmorak {
 
 Execution::Execution(RunState& state, RunMemory& memory, bool explains, Workers& workers)
-    : state(state), memory(memory), explains(explains), workers(workers), keeper(state, memory.store, memory.digests) {
+    : state(state),
+      memory(memory),
+      explains(explains),
+      workers(workers),
+      keeper(state, memory.store, memory.digests),
+      ahead(memory.digests) {
     state.around.recorder = [this](const PipelineNode& node) {
         const auto position = static_cast<std::size_t>(&node - this->state.pipeline.nodes.data());
         return this->state.plan.tellsOfRun(position) ? recordOfRun(this->state, this->keeper, position)
                                                      : recordOf(this->state, this->keeper, position);
+    };
+    state.around.asked = [this](const std::filesystem::path& file, const FileStamp& stamp) {
+        ahead.begin(file, stamp);
     };
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DigestsAhead.h"
 #include "Keeper.h"
 #include "RunMemory.h"
 #include "RunState.h"
@@ -50,6 +51,7 @@ private:
     bool explains;
     Workers& workers;
     Keeper keeper;
+    DigestsAhead ahead;
 };
 
 }  // namespace velmorak

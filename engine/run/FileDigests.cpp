@@ -22,11 +22,6 @@ std::int64_t nanoseconds(const timespec& time) {
     return std::int64_t{time.tv_sec} * nsPerSecond + std::int64_t{time.tv_nsec};
 }
 
-std::int64_t nowNs() {
-    return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch())
-        .count();
-}
-
 std::optional<Digest> read(const std::filesystem::path& file, const std::atomic<bool>& stopping) {
     std::ifstream stream(file, std::ios::binary);
     if (!stream) {
@@ -55,22 +50,58 @@ std::optional<FileStamp> stampOf(const std::filesystem::path& file) {
                      nanoseconds(status.st_ctim)};
 }
 
+std::int64_t nowNs() {
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch())
+        .count();
+}
+
+bool isYoung(const FileStamp& stamp, std::int64_t timeNs) {
+    return stamp.changedNs >= timeNs - 2 * nsPerSecond;
+}
+
 bool hasSameContent(const FileStamp& one, const FileStamp& other) {
     FileStamp renamed = one;
     renamed.changedNs = other.changedNs;
     return renamed == other;
 }
 
+/// Only one thread reads a file; the others come after it, and mostly find what it left.
+class FileDigests::Turn {
+public:
+    Turn(FileDigests& digests, const std::filesystem::path& file, const std::atomic<bool>& stopping)
+        : digests(digests), file(file) {
+        std::unique_lock lock(digests.mutex);
+        constexpr std::chrono::milliseconds untilNextLook(5);
+        while (digests.beingRead.contains(file) && !stopping) {
+            digests.change.wait_for(lock, untilNextLook);
+        }
+        isOurs = digests.beingRead.insert(file).second;
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ~Turn() {
+        const std::scoped_lock lock(digests.mutex);
+        if (isOurs) {
+            digests.beingRead.erase(file);
+            digests.change.notify_all();
+        }
+    }
+
+private:
+    FileDigests& digests;
+    const std::filesystem::path& file;
+    bool isOurs = false;  ///< Not when the run was stopped while another was reading.
+};
+
 std::optional<Digest> FileDigests::recall(const std::filesystem::path& file, const FileStamp& stamp) {
     const std::scoped_lock lock(mutex);
     const auto found = known.find(file);
-    // File systems count time in steps of up to two seconds.
-    const bool isKnown = found != known.end() && found->second.stamp == stamp &&
-                         stamp.changedNs < found->second.readNs - 2 * nsPerSecond;
+    const bool isKnown = found != known.end() && found->second.stamp == stamp && !isYoung(stamp, found->second.readNs);
     return isKnown ? std::optional(found->second.digest) : std::nullopt;
 }
 
 std::optional<Digest> FileDigests::of(const std::filesystem::path& file, const std::atomic<bool>& stopping) {
+    const Turn turn(*this, file, stopping);
     const std::optional<FileStamp> stamp = stampOf(file);
     if (!stamp) {
         return std::nullopt;

@@ -66,8 +66,13 @@ void NodeContext::tell(const std::string& text) {
 }
 
 void NodeContext::watch(const NamedFile& file) const {
+    const fs::path path = resolved(around.pipeline, file);
+    const std::optional<FileStamp> stamp = stampOf(path);
+    if (stamp && around.asked) {
+        around.asked(path, *stamp);
+    }
     const std::scoped_lock lock(mutex);
-    asked.push_back({file, stampOf(resolved(around.pipeline, file))});
+    asked.push_back({file, stamp});
 }
 
 std::vector<AskedFile> NodeContext::askedFiles() const {

@@ -22,6 +22,8 @@ struct RunSurroundings {
     Messages& messages;
     ResultFolder& results;
     std::function<RunRecord(const PipelineNode&)> recorder{};  ///< Set when the run knows what it is about to do.
+    /// Called on any thread when a plug-in asks for a file that is there.
+    std::function<void(const std::filesystem::path&, const FileStamp&)> asked{};
 };
 
 /// A file by the text that names it, so that another document finds its own file by the same text. Without a text:

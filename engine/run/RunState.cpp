@@ -23,7 +23,7 @@ RunState::RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, 
       listener(listener),
       plan(pipeline),
       results(pipeline.resultsFolder, mayWriteAnywhere(), stopping),
-      around{pipeline, stopping, messages, results, {}},
+      around{pipeline, stopping, messages, results, {}, {}},
       runs(pipeline.nodes.size()) {
     for (std::size_t i = 0; i < runs.size(); ++i) {
         runs[i].report.outputs.resize(node(i).outputs.size());
