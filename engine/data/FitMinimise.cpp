@@ -1,6 +1,5 @@
 #include "FitMinimise.h"
 
-#include "FitRotation.h"
 #include "velmorak/Failure.h"
 #include "velmorak/Value.h"
 
@@ -114,12 +113,12 @@ private:
     /// The least squares solution of R step = q and root(damping) D step = 0.
     VectorXd damped(const Linear& linear, const VectorXd& scales) const {
         const Eigen::Index n = linear.q.size();
-        MatrixXd both = MatrixXd::Zero(2 * n, n + 1);
+        MatrixXd both = MatrixXd::Zero(2 * n + index(rowsBehind), n + 1);
         both.topLeftCorner(n, n) = linear.r;
-        both.bottomLeftCorner(n, n) = (std::sqrt(damping) * scales).asDiagonal();
+        both.middleRows(n, n).leftCols(n) = (std::sqrt(damping) * scales).asDiagonal();
         both.col(n).head(n) = linear.q;
-        rotate(both.data(), static_cast<std::size_t>(both.rows()), static_cast<std::size_t>(n + 1),
-               static_cast<std::size_t>(both.rows()));
+        bestLoops().rotate(both.data(), static_cast<std::size_t>(2 * n), static_cast<std::size_t>(n + 1),
+                           static_cast<std::size_t>(both.rows()));
         return both.topLeftCorner(n, n).triangularView<Eigen::Upper>().solve(VectorXd(both.col(n).head(n)));
     }
 

@@ -119,7 +119,7 @@ private:
 
     std::size_t variable() {
         if (!placeOfVariable)
-            placeOfVariable = add({.op = Op::Variable});
+            placeOfVariable = add({.op = Op::Variable, .dependsOnPlace = true});
         return *placeOfVariable;
     }
 
@@ -197,6 +197,7 @@ private:
             const Step& from = model.program.steps[children[i]];
             step.in[i] = children[i];
             step.dependsOnParameters = step.dependsOnParameters || from.dependsOnParameters;
+            step.dependsOnPlace = step.dependsOnPlace || from.dependsOnPlace;
             isConstant = isConstant && from.op == Op::Constant;
             in[i] = &from.constant;
         }

@@ -1,7 +1,5 @@
 #include "FitProblem.h"
 
-#include "FitRotation.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -11,16 +9,6 @@ namespace {
 
 Eigen::Index index(std::size_t position) {
     return static_cast<Eigen::Index>(position);
-}
-
-/// sum = factor * values, or more by as much.
-void addScaled(const double* factor, const double* values, std::size_t count, bool isFirst, double* __restrict sum) {
-    if (isFirst)
-        for (std::size_t i = 0; i < count; ++i)
-            sum[i] = factor[i] * values[i];
-    else
-        for (std::size_t i = 0; i < count; ++i)
-            sum[i] += factor[i] * values[i];
 }
 
 }  // namespace
@@ -33,20 +21,19 @@ Problem::Problem(const Model& model, Selected selected, FitOptions::Method metho
       f(space.stride) {}
 
 void Problem::compute(const std::vector<double>& parameters, std::size_t begin, std::size_t count,
-                      const Selection* chosen) {
-    if (chosen != nullptr)
-        slopes.resize(index(space.stride), index(chosen->size()));
+                      const Slopes& slopes) {
     for (std::size_t rule = 0; rule < data.places.size(); ++rule) {
         const double* const factor = data.factors[rule].data() + begin;
         const double* const values =
             fitted.program.values(data.places[rule].data() + begin, count, parameters.data(), space);
-        addScaled(factor, values, count, rule == 0, f.data());
-        if (chosen == nullptr)
+        space.loops->addScaled(factor, values, count, rule == 0, f.data());
+        if (slopes.chosen == nullptr)
             continue;
         fitted.program.derive(count, space);
-        for (std::size_t k = 0; k < chosen->size(); ++k) {
-            addScaled(factor, fitted.program.derivative((*chosen)[k], space), count, rule == 0,
-                      slopes.col(index(k)).data());
+        double* column = slopes.first;
+        for (const std::size_t parameter : *slopes.chosen) {
+            space.loops->addScaled(factor, fitted.program.derivative(parameter, space), count, rule == 0, column);
+            column += slopes.stride;
         }
     }
 }
@@ -73,7 +60,7 @@ double Problem::cost(const std::vector<double>& parameters) {
     double sum = 0.0;
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
         const std::size_t count = std::min(blockPlaces, size() - begin);
-        compute(parameters, begin, count, nullptr);
+        compute(parameters, begin, count, {});
         for (std::size_t i = 0; i < count; ++i)
             sum += costOf(begin + i, f[i]);
     }
@@ -84,20 +71,25 @@ Linear Problem::linearise(const std::vector<double>& parameters, const Selection
     const std::size_t n = chosen.size();
     Linear made;
     // The triangle so far stands on top of the next block (G. Golub, C. Van Loan, Matrix Computations, 5.2).
-    stack.setZero(index(n + 1 + space.stride), index(n + 1));
-    std::vector<double> scales(space.stride);
+    stack.resize(index(n + 1 + space.stride + rowsBehind), index(n + 1));
+    stack.topRows(index(n + 1)).setZero();
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
         const std::size_t count = std::min(blockPlaces, size() - begin);
-        compute(parameters, begin, count, &chosen);
-        double* const right = stack.col(index(n)).data() + n + 1;
+        double* const block = stack.data() + n + 1;
+        const std::size_t stride = static_cast<std::size_t>(stack.rows());
+        double* const right = block + n * stride;
+        compute(parameters, begin, count, {&chosen, block, stride});
         for (std::size_t i = 0; i < count; ++i) {
+            right[i] = data.targets[begin + i] - f[i];
             made.cost += costOf(begin + i, f[i]);
-            scales[i] = scaleOf(begin + i, f[i]);
-            right[i] = scales[i] * (data.targets[begin + i] - f[i]);
         }
-        for (std::size_t k = 0; k < n; ++k)
-            addScaled(scales.data(), slopes.col(index(k)).data(), count, true, stack.col(index(k)).data() + n + 1);
-        rotate(stack.data(), n + 1 + count, n + 1, n + 1 + space.stride);
+        for (std::size_t i = 0; isLikelihood && i < count; ++i) {
+            const double scale = scaleOf(begin + i, f[i]);
+            for (std::size_t k = 0; k <= n; ++k)
+                block[k * stride + i] *= scale;
+        }
+        stack.middleRows(index(n + 1 + count), index(rowsBehind)).setZero();
+        space.loops->rotate(stack.data(), n + 1 + count, n + 1, static_cast<std::size_t>(stack.rows()));
     }
     made.r = stack.topLeftCorner(index(n), index(n)).triangularView<Eigen::Upper>();
     made.q = stack.col(index(n)).head(index(n));
@@ -107,16 +99,20 @@ Linear Problem::linearise(const std::vector<double>& parameters, const Selection
 
 VectorXd Problem::gradient(const std::vector<double>& parameters, const Selection& chosen) {
     VectorXd sum = VectorXd::Zero(index(chosen.size()));
-    std::vector<double> pull(space.stride);
+    stack.resize(index(chosen.size() + 1 + space.stride + rowsBehind), index(chosen.size() + 1));
+    const auto stride = static_cast<std::size_t>(stack.rows());
+    double* const pull = stack.col(index(chosen.size())).data();
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
         const std::size_t count = std::min(blockPlaces, size() - begin);
-        compute(parameters, begin, count, &chosen);
-        for (std::size_t i = 0; i < count; ++i) {
+        compute(parameters, begin, count, {&chosen, stack.data(), stride});
+        for (std::size_t i = 0; i < count; ++i)
+            pull[i] = data.targets[begin + i] - f[i];
+        for (std::size_t i = 0; isLikelihood && i < count; ++i) {
             const double scale = scaleOf(begin + i, f[i]);
-            pull[i] = scale * scale * (data.targets[begin + i] - f[i]);
+            pull[i] *= scale * scale;
         }
         for (std::size_t k = 0; k < chosen.size(); ++k)
-            sum[index(k)] -= product(slopes.col(index(k)).data(), pull.data(), count);
+            sum[index(k)] -= space.loops->product(stack.col(index(k)).data(), pull, count);
     }
     return sum;
 }
@@ -124,7 +120,7 @@ VectorXd Problem::gradient(const std::vector<double>& parameters, const Selectio
 std::optional<double> Problem::trouble(const std::vector<double>& parameters) {
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
         const std::size_t count = std::min(blockPlaces, size() - begin);
-        compute(parameters, begin, count, nullptr);
+        compute(parameters, begin, count, {});
         for (std::size_t i = 0; i < count; ++i)
             if (!std::isfinite(costOf(begin + i, f[i])))
                 return data.centers[begin + i];

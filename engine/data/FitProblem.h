@@ -61,7 +61,14 @@ public:
     void setEstimating(bool isOn) { isEstimating = isOn; }
 
 private:
-    void compute(const std::vector<double>& parameters, std::size_t begin, std::size_t count, const Selection* chosen);
+    /// Where derivatives go: a column for each parameter chosen.
+    struct Slopes {
+        const Selection* chosen = nullptr;  ///< Null when none are wanted.
+        double* first = nullptr;
+        std::size_t stride = 0;
+    };
+
+    void compute(const std::vector<double>& parameters, std::size_t begin, std::size_t count, const Slopes& slopes);
     double costOf(std::size_t entry, double f) const;
     /// 1 / the standard deviation of an entry, as far as it is not divided out.
     double scaleOf(std::size_t entry, double f) const;
@@ -72,7 +79,6 @@ private:
     bool isEstimating = false;
     Workspace space;
     std::vector<double> f;  ///< Of the block computed last.
-    MatrixXd slopes;        ///< Likewise, a column for each chosen parameter.
     MatrixXd stack;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FitLoops.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -8,34 +10,6 @@
 
 /// A fit's function as a graph of steps, computed with its derivatives for a block of places at once.
 namespace velmorak::fitting {
-
-enum class Op : std::uint8_t {
-    Constant,
-    Variable,
-    Parameter,
-    Add,
-    Subtract,
-    Multiply,
-    Divide,
-    Remainder,
-    Negate,
-    Square,
-    Power,
-    Arctangent2,
-    Hypotenuse,
-    Minimum,
-    Maximum,
-    Exponential,
-    Function,
-    Less,
-    LessOrEqual,
-    Equal,
-    Unequal,
-    And,
-    Or,
-    Not,
-    Choice
-};
 
 /// A function of one argument with its slope; y is the value at x.
 struct UnaryFunction {
@@ -59,6 +33,7 @@ struct Step {
     std::size_t parameter = 0;
     const UnaryFunction* function = nullptr;
     bool dependsOnParameters = false;
+    bool dependsOnPlace = false;
 };
 
 /// Places that are computed at once; their intermediate values stay in the processor's cache.
@@ -66,6 +41,7 @@ inline constexpr std::size_t blockPlaces = 256;
 
 /// Buffers of one thread for one program.
 struct Workspace {
+    const Loops* loops = nullptr;         ///< All give the same bits.
     std::size_t stride = 0;               ///< Places that there is room for.
     std::vector<double> values;           ///< stride for each step.
     std::vector<double> weights;          ///< How the result changes with each step.
@@ -95,6 +71,7 @@ struct Program {
 };
 
 /// Computes one step without its place in a program. The arguments are arrays of count values.
-void perform(const Step& step, const double* const in[3], std::size_t count, double* out);
+void perform(const Step& step, const double* const in[3], std::size_t count, double* out,
+             const Loops& loops = bestLoops());
 
 }  // namespace velmorak::fitting
