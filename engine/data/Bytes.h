@@ -46,6 +46,13 @@ public:
         number<std::uint64_t>(values.size());
         bytes.append(reinterpret_cast<const char*>(values.data()), values.size() * sizeof values[0]);
     }
+    /// A list of which only the first bytes of each say something.
+    template <typename List>
+    void packed(const List& values, std::size_t bytesOfEach) {
+        number<std::uint64_t>(values.size());
+        for (const auto& value : values)
+            bytes.append(reinterpret_cast<const char*>(&value), bytesOfEach);
+    }
     void head(const DataObject& object) {
         list(object.name);
         list(object.title);
@@ -94,6 +101,17 @@ public:
         List values;
         values.resize(count);
         take(values.data(), count * each);
+        return values;
+    }
+    template <typename List>
+    List packed(std::size_t bytesOfEach) {
+        const auto count = number<std::uint64_t>();
+        if (count > bytes.size() / bytesOfEach)
+            throw std::invalid_argument("the bytes of an object end too early");
+        List values;
+        values.resize(count);
+        for (auto& value : values)
+            take(&value, bytesOfEach);
         return values;
     }
     ObjectHead head() {

@@ -1,5 +1,7 @@
 #include "velmorak/Histogram1D.h"
 
+#include "Filling.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -10,9 +12,6 @@ namespace velmorak {
 
 namespace {
 
-/// Values whose cells are looked up before any is filled, so that the one does not wait for the other.
-constexpr std::size_t fillBlock = 1024;
-
 void count(BinSums& sums, double value, double weight) {
     ++sums.entries;
     sums.w += weight;
@@ -22,6 +21,28 @@ void count(BinSums& sums, double value, double weight) {
     const double weighted = weight * value;
     sums.wx += weighted;
     sums.wxx += weighted * value;
+}
+
+/// @param wide may be null.
+/// @return how many were not filled because one of their numbers is NaN.
+std::int64_t fillBlock(const Axis& axis, std::vector<BinSums>& sums, const filling::Entries& entries,
+                       const filling::Kernels* wide) {
+    std::array<std::uint32_t, filling::blockEntries> cells;
+    axis.cells(entries.x, entries.count, cells.data());
+    std::int64_t nans = 0;
+    for (std::size_t i = 0; i < entries.count;) {
+        if (wide != nullptr)
+            i += wide->listedLine({.x = cells.data() + i, .y = nullptr}, filling::bytesOf(sums),
+                                  filling::from(entries, i));
+        for (const std::size_t end = std::min(i + filling::group, entries.count); i < end; ++i) {
+            const double weight = filling::weightOf(entries, i);
+            if (std::isnan(entries.x[i]) || std::isnan(weight))
+                ++nans;
+            else
+                count(sums[cells[i]], entries.x[i], weight);
+        }
+    }
+    return nans;
 }
 
 }  // namespace
@@ -51,18 +72,16 @@ void Histogram1D::fill(double value, double weight) {
 }
 
 void Histogram1D::fill(const double* values, const double* weights, std::size_t length) {
-    std::array<std::uint32_t, fillBlock> cells;
-    for (std::size_t begin = 0; begin < length; begin += fillBlock) {
-        const std::size_t block = std::min(fillBlock, length - begin);
-        x.cells(values + begin, block, cells.data());
-        for (std::size_t i = 0; i < block; ++i) {
-            const double value = values[begin + i];
-            const double weight = weights == nullptr ? 1.0 : weights[begin + i];
-            if (std::isnan(value) || std::isnan(weight))
-                ++nans;
-            else
-                count(sums[cells[i]], value, weight);
-        }
+    const filling::Kernels* const wide = filling::bestKernels(sums.size());
+    const std::optional<filling::Steps> steps = filling::stepsOf(x);
+    filling::Entries rest{.x = values, .y = nullptr, .weights = weights, .count = length};
+    while (rest.count > 0) {
+        if (wide != nullptr && steps)
+            rest = filling::from(rest, wide->line(*steps, filling::bytesOf(sums), rest));
+        filling::Entries block = rest;
+        block.count = std::min(filling::blockEntries, rest.count);
+        nans += fillBlock(x, sums, block, wide);
+        rest = filling::from(rest, block.count);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "velmorak/Histogram1D.h"
 
+#include <cstddef>
 #include <type_traits>
 
 // Layout: mark, name, title, annotation, options, axis title, edges, cells, NaN entries, checksum; a text or list
@@ -12,7 +13,9 @@ namespace {
 
 constexpr std::uint64_t mark = 0x32'44'31'48'6b'6c'65'56;
 
-static_assert(std::is_trivially_copyable_v<BinSums> && sizeof(BinSums) == 40,
+constexpr std::size_t bytesOfCell = 5 * sizeof(double);
+
+static_assert(std::is_trivially_copyable_v<BinSums> && offsetof(BinSums, wxx) + sizeof(double) == bytesOfCell,
               "cells are written as they lie in memory");
 
 }  // namespace
@@ -23,7 +26,7 @@ std::string Histogram1D::toBytes() const {
     writer.head(*this);
     writer.list(x.title);
     writer.list(x.edges());
-    writer.list(sums);
+    writer.packed(sums, bytesOfCell);
     writer.number(nans);
     return writer.sealed();
 }
@@ -34,7 +37,7 @@ Histogram1D Histogram1D::fromBytes(const std::string& bytes) {
     auto axisTitle = reader.list<std::string>();
     Axis axis(reader.list<std::vector<double>>());
     axis.title = std::move(axisTitle);
-    auto cells = reader.list<std::vector<BinSums>>();
+    auto cells = reader.packed<std::vector<BinSums>>(bytesOfCell);
     const auto nanEntries = reader.number<std::int64_t>();
     reader.mustBeAtEnd();
     Histogram1D histogram(std::move(axis), std::move(cells), nanEntries);

@@ -1,5 +1,6 @@
 #include "velmorak/HistogramGrid.h"
 
+#include "Filling.h"
 #include "GridBytes.h"
 
 #include <algorithm>
@@ -14,8 +15,8 @@ namespace {
 // The lowest byte is the number of dimensions.
 constexpr std::uint64_t mark = 0x31'44'67'48'6b'6c'65'00;
 
-/// Points whose cells are looked up before any is filled, so that the one does not wait for the other.
-constexpr std::size_t fillBlock = 1024;
+template <std::size_t dimensions>
+constexpr std::size_t bytesOfCell = (3 + 2 * dimensions) * sizeof(double);
 
 template <std::size_t dimensions>
 bool hasNan(const std::array<double, dimensions>& point) {
@@ -37,6 +38,102 @@ void count(GridSums<dimensions>& cell, const std::array<double, dimensions>& poi
         cell.wx[direction] += weighted;
         cell.wxx[direction] += weighted * point[direction];
     }
+}
+
+/// Points that are filled in order; weights is null for a weight of 1 each.
+template <std::size_t dimensions>
+struct Fills {
+    std::array<const double*, dimensions> coordinates{};
+    const double* weights = nullptr;
+    std::size_t count = 0;
+
+    Fills from(std::size_t first) const {
+        Fills rest = *this;
+        for (const double*& coordinate : rest.coordinates)
+            coordinate += first;
+        rest.weights = weights == nullptr ? nullptr : weights + first;
+        rest.count -= first;
+        return rest;
+    }
+    double weight(std::size_t position) const { return weights == nullptr ? 1.0 : weights[position]; }
+};
+
+template <std::size_t dimensions>
+using BlockCells = std::array<std::array<std::uint32_t, filling::blockEntries>, dimensions>;
+
+/// The loops for wide vectors, as far as there are any.
+class PlaneKernels {
+public:
+    template <std::size_t dimensions>
+    PlaneKernels(const Grid<dimensions>& grid, std::size_t cells) {
+        if constexpr (dimensions == 2) {
+            kernels = filling::bestKernels(cells);
+            stride = grid.axis(0).bins() + 2;
+            const auto alongX = filling::stepsOf(grid.axis(0));
+            const auto alongY = filling::stepsOf(grid.axis(1));
+            hasSteps = alongX && alongY;
+            if (hasSteps) {
+                axes[0] = *alongX;
+                axes[1] = *alongY;
+            }
+        }
+    }
+
+    /// @return how many points were filled.
+    template <std::size_t dimensions>
+    std::size_t fill(std::vector<GridSums<dimensions>>& sums, const Fills<dimensions>& fills) const {
+        if constexpr (dimensions == 2)
+            if (kernels != nullptr && hasSteps)
+                return kernels->plane(axes, stride, filling::bytesOf(sums), entries(fills));
+        return 0;
+    }
+
+    /// As fill, but for the cells, which are known from the given position on.
+    template <std::size_t dimensions>
+    std::size_t fillListed(std::vector<GridSums<dimensions>>& sums, const Fills<dimensions>& fills,
+                           const BlockCells<dimensions>& cells, std::size_t position) const {
+        if constexpr (dimensions == 2)
+            if (kernels != nullptr)
+                return kernels->listedPlane({.x = cells[0].data() + position, .y = cells[1].data() + position}, stride,
+                                            filling::bytesOf(sums), entries(fills.from(position)));
+        return 0;
+    }
+
+private:
+    static filling::Entries entries(const Fills<2>& fills) {
+        return {.x = fills.coordinates[0], .y = fills.coordinates[1], .weights = fills.weights, .count = fills.count};
+    }
+
+    const filling::Kernels* kernels = nullptr;
+    filling::Steps axes[2];
+    bool hasSteps = false;
+    std::size_t stride = 0;
+};
+
+/// @return how many were not filled because one of their numbers is NaN.
+template <std::size_t dimensions>
+std::int64_t fillBlock(const Grid<dimensions>& grid, std::vector<GridSums<dimensions>>& sums,
+                       const Fills<dimensions>& fills, const PlaneKernels& wide) {
+    BlockCells<dimensions> cells;
+    for (std::size_t direction = 0; direction < dimensions; ++direction)
+        grid.axis(direction).cells(fills.coordinates[direction], fills.count, cells[direction].data());
+    std::int64_t nans = 0;
+    for (std::size_t i = 0; i < fills.count;) {
+        i += wide.fillListed(sums, fills, cells, i);
+        for (const std::size_t end = std::min(i + filling::group, fills.count); i < end; ++i) {
+            std::array<double, dimensions> point{};
+            typename Grid<dimensions>::Cells alongAxes{};
+            for (std::size_t direction = 0; direction < dimensions; ++direction) {
+                point[direction] = fills.coordinates[direction][i];
+                alongAxes[direction] = cells[direction][i];
+            }
+            if (std::isnan(fills.weight(i)) || hasNan(point))
+                ++nans;
+            else
+                count(sums[grid.cell(alongAxes)], point, fills.weight(i));
+        }
+    }
+    return nans;
 }
 
 }  // namespace
@@ -124,29 +221,14 @@ void HistogramGrid<dimensions>::fill(const Point& point, double weight) {
 template <std::size_t dimensions>
 void HistogramGrid<dimensions>::fill(const std::array<const double*, dimensions>& coordinates, const double* weights,
                                      std::size_t length) {
-    std::array<std::array<std::uint32_t, fillBlock>, dimensions> cells;
-    std::array<std::size_t, dimensions> strides{};
-    for (std::size_t direction = 0, stride = 1; direction < dimensions; ++direction) {
-        strides[direction] = stride;
-        stride *= shape.axis(direction).bins() + 2;
-    }
-    for (std::size_t begin = 0; begin < length; begin += fillBlock) {
-        const std::size_t block = std::min(fillBlock, length - begin);
-        for (std::size_t direction = 0; direction < dimensions; ++direction)
-            shape.axis(direction).cells(coordinates[direction] + begin, block, cells[direction].data());
-        for (std::size_t i = 0; i < block; ++i) {
-            Point point{};
-            std::size_t cell = 0;
-            for (std::size_t direction = 0; direction < dimensions; ++direction) {
-                point[direction] = coordinates[direction][begin + i];
-                cell += cells[direction][i] * strides[direction];
-            }
-            const double weight = weights == nullptr ? 1.0 : weights[begin + i];
-            if (std::isnan(weight) || hasNan(point))
-                ++nans;
-            else
-                count(sums[cell], point, weight);
-        }
+    const PlaneKernels wide(shape, sums.size());
+    Fills<dimensions> rest{.coordinates = coordinates, .weights = weights, .count = length};
+    while (rest.count > 0) {
+        rest = rest.from(wide.fill(sums, rest));
+        Fills<dimensions> block = rest;
+        block.count = std::min(filling::blockEntries, rest.count);
+        nans += fillBlock(shape, sums, block, wide);
+        rest = rest.from(block.count);
     }
 }
 
@@ -195,7 +277,7 @@ std::string HistogramGrid<dimensions>::toBytes() const {
     writer.number(mark + dimensions);
     writer.head(*this);
     writeGrid(writer, shape);
-    writer.list(sums);
+    writer.packed(sums, bytesOfCell<dimensions>);
     writer.number(nans);
     return writer.sealed();
 }
@@ -205,7 +287,7 @@ HistogramGrid<dimensions> HistogramGrid<dimensions>::fromBytes(const std::string
     ByteReader reader(bytes, mark + dimensions);
     const ObjectHead head = reader.head();
     auto grid = readGrid<dimensions>(reader);
-    auto cells = reader.list<std::vector<Sums>>();
+    auto cells = reader.packed<std::vector<Sums>>(bytesOfCell<dimensions>);
     const auto nanEntries = reader.number<std::int64_t>();
     reader.mustBeAtEnd();
     HistogramGrid histogram(std::move(grid), std::move(cells), nanEntries);

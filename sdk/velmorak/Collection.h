@@ -18,7 +18,7 @@ public:
 };
 
 /// Layout of these headers. A collection made for another one is not loaded.
-inline constexpr int sdkVersion = 4;
+inline constexpr int sdkVersion = 5;
 
 }  // namespace velmorak
 

@@ -72,8 +72,9 @@ private:
     bool regular = false;
 };
 
-/// What a bin knows of the fills that went into it. x is the filled coordinate, w its weight.
-struct BinSums {
+/// What a bin knows of the fills that went into it. x is the filled coordinate, w its weight. Each has a line of the
+/// processor's cache for itself, so that a fill touches one.
+struct alignas(64) BinSums {
     std::int64_t entries = 0;
     double w = 0.0;
     double ww = 0.0;

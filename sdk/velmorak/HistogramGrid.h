@@ -34,9 +34,10 @@ private:
     std::array<Axis, dimensions> axes;
 };
 
-/// What a cell knows of the fills that went into it: sums of the weights w, and of the coordinates along each axis.
+/// What a cell knows of the fills that went into it: sums of the weights w, and of the coordinates along each axis. In
+/// two dimensions each has a line of the processor's cache for itself, so that a fill touches one.
 template <std::size_t dimensions>
-struct GridSums {
+struct alignas(dimensions == 2 ? 64 : alignof(double)) GridSums {
     std::int64_t entries = 0;
     double w = 0.0;
     double ww = 0.0;

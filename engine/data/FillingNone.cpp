@@ -1,0 +1,9 @@
+#include "Filling.h"
+
+namespace velmorak::filling {
+
+std::vector<Kernels> runnableKernels() {
+    return {};
+}
+
+}  // namespace velmorak::filling
