@@ -1,5 +1,6 @@
 #include "FillKinds.h"
 
+#include "AutomaticRange.h"
 #include "Binning.h"
 #include "Fillers.h"
 

@@ -1,36 +1,11 @@
 #pragma once
 
-#include "DecimalGrid.h"
-#include "Gather.h"
+#include "FillInto.h"
 #include "Quantity.h"
 
-#include <velmorak/Profile.h>
-
-#include <cmath>
-#include <limits>
-#include <optional>
 #include <utility>
 
 namespace velmorak {
-
-inline void fillInto(Histogram1D& histogram, const Batch& batch) {
-    histogram.fill(batch.x, batch.weights, batch.count);
-}
-inline void fillInto(Histogram2D& histogram, const Batch& batch) {
-    histogram.fill({batch.x, batch.y}, batch.weights, batch.count);
-}
-inline void fillInto(Profile1D& profile, const Batch& batch) {
-    profile.fill({batch.x}, batch.y, batch.weights, batch.count);
-}
-
-/// An object with one axis; without cells it is empty.
-template <typename Object, typename... Cells>
-Object onAxis(Axis axis, Cells&&... cells) {
-    if constexpr (std::is_same_v<Object, Profile1D>)
-        return Object(Grid<1>({std::move(axis)}), std::forward<Cells>(cells)...);
-    else
-        return Object(std::move(axis), std::forward<Cells>(cells)...);
-}
 
 /// Fills an object whose bins are known.
 template <typename Object>
@@ -44,133 +19,6 @@ public:
 
 private:
     Object object;
-};
-
-/// Fills an object of one axis whose range is that of the finite numbers. Up to mostCells fills are kept as they are;
-/// more go into the cells of a decimal grid around them, which are joined to wider ones when the range grows. Cells and
-/// bins nest exactly, so that each bin holds the fills that its edges say.
-/// Threads: as the object; what comes out depends on which batches are merged in which tree, and on nothing else.
-template <typename Object>
-class AutomaticRange {
-public:
-    explicit AutomaticRange(std::size_t bins) : wantedBins(bins), mostCells(cellsInEachBin * bins) {}
-
-    void fill(const Batch& batch) {
-        AutomaticRange part(wantedBins);
-        part.take(batch);
-        if (part.x.size() > mostCells)
-            part.settle(DecimalGrid(part.lowest(), part.highest(), mostCells));
-        merge(part);
-    }
-
-    void merge(AutomaticRange& other) {
-        low = std::min(low, other.low);
-        high = std::max(high, other.high);
-        if (!object && !other.object && x.size() + other.x.size() <= mostCells) {
-            append(x, other.x);
-            append(y, other.y);
-            append(weights, other.weights);
-            return;
-        }
-        const DecimalGrid joint(lowest(), highest(), mostCells);
-        settle(joint);
-        other.settle(joint);
-        object->merge(*other.object);
-    }
-
-    Object result() {
-        const DecimalGrid whole = withSpread(DecimalGrid(lowest(), highest(), mostCells));
-        const RoundBins bins(whole, wantedBins);
-        if (!object) {
-            Object filled = onAxis<Object>(bins.axis(whole));
-            fillInto(filled, kept());
-            return filled;
-        }
-        settle(whole);
-        std::vector<std::size_t> target(whole.count() + 2, 0);
-        for (std::size_t i = 0; i < whole.count(); ++i)
-            target[i + 1] = bins.binOf(whole.first() + static_cast<std::int64_t>(i)) + 1;
-        target.back() = wantedBins + 1;
-        return replaced(bins.axis(whole), gathered(object->cells(), target, wantedBins + 2));
-    }
-
-private:
-    static constexpr std::size_t cellsInEachBin = 100;
-
-    double lowest() const { return low > high ? 0.0 : low; }
-    double highest() const { return low > high ? 0.0 : high; }
-
-    /// The grid, or a coarser one around a single number.
-    DecimalGrid withSpread(const DecimalGrid& found) const {
-        const double margin = std::max(0.5, std::abs(lowest()) / 2);
-        return lowest() < highest() ? found
-                                    : DecimalGrid(std::max(lowest() - margin, -DecimalGrid::largestNumber),
-                                                  std::min(highest() + margin, DecimalGrid::largestNumber), mostCells);
-    }
-
-    static void append(std::vector<double>& target, const std::vector<double>& source) {
-        target.insert(target.end(), source.begin(), source.end());
-    }
-    static void append(std::vector<double>& target, const double* source, std::size_t count) {
-        if (source != nullptr)
-            target.assign(source, source + count);
-    }
-
-    void take(const Batch& batch) {
-        append(x, batch.x, batch.count);
-        append(y, batch.y, batch.count);
-        append(weights, batch.weights, batch.count);
-        for (std::size_t i = 0; i < x.size(); ++i) {
-            const bool isLeftOut = !std::isfinite(x[i]) || (!y.empty() && std::isnan(y[i])) ||
-                                   (!weights.empty() && std::isnan(weights[i]));
-            low = isLeftOut ? low : std::min(low, x[i]);
-            high = isLeftOut ? high : std::max(high, x[i]);
-        }
-    }
-
-    Batch kept() const {
-        return {.x = x.data(),
-                .y = y.empty() ? nullptr : y.data(),
-                .weights = weights.empty() ? nullptr : weights.data(),
-                .count = x.size()};
-    }
-
-    /// Brings what is kept, or the cells so far, into the cells of a grid that is no finer.
-    void settle(const DecimalGrid& target) {
-        if (!object) {
-            object = onAxis<Object>(target.axis());
-            fillInto(*object, kept());
-            x = y = weights = {};
-        } else {
-            std::vector<std::size_t> cells(grid->count() + 2, 0);
-            for (std::size_t i = 0; i < grid->count(); ++i) {
-                const std::int64_t number = grid->cellIn(target, grid->first() + static_cast<std::int64_t>(i));
-                cells[i + 1] = static_cast<std::size_t>(number - target.first()) + 1;
-            }
-            cells.back() = target.count() + 1;
-            object = replaced(target.axis(), gathered(object->cells(), cells, target.count() + 2));
-        }
-        grid = target;
-    }
-
-    template <typename Sums>
-    Object replaced(Axis axis, std::vector<Sums> cells) const {
-        if constexpr (std::is_same_v<Object, Profile1D>)
-            return onAxis<Object>(std::move(axis), std::move(cells), std::vector<ProfileReading>{},
-                                  object->nanEntries());
-        else
-            return onAxis<Object>(std::move(axis), std::move(cells), object->nanEntries());
-    }
-
-    std::size_t wantedBins;
-    std::size_t mostCells;
-    double low = std::numeric_limits<double>::infinity();
-    double high = -std::numeric_limits<double>::infinity();
-    std::vector<double> x;
-    std::vector<double> y;
-    std::vector<double> weights;
-    std::optional<DecimalGrid> grid;
-    std::optional<Object> object;
 };
 
 /// A filler as the state of an accumulation.

@@ -71,10 +71,10 @@ void Histogram1D::fill(double value, double weight) {
     count(sums[x.cell(value)], value, weight);
 }
 
-void Histogram1D::fill(const double* values, const double* weights, std::size_t length) {
+void Histogram1D::fill(const double* values, const double* weights, std::size_t count) {
     const filling::Kernels* const wide = filling::bestKernels(sums.size());
     const std::optional<filling::Steps> steps = filling::stepsOf(x);
-    filling::Entries rest{.x = values, .y = nullptr, .weights = weights, .count = length};
+    filling::Entries rest{.x = values, .y = nullptr, .weights = weights, .count = count};
     while (rest.count > 0) {
         if (wide != nullptr && steps)
             rest = filling::from(rest, wide->line(*steps, filling::bytesOf(sums), rest));

@@ -220,9 +220,9 @@ void HistogramGrid<dimensions>::fill(const Point& point, double weight) {
 
 template <std::size_t dimensions>
 void HistogramGrid<dimensions>::fill(const std::array<const double*, dimensions>& coordinates, const double* weights,
-                                     std::size_t length) {
+                                     std::size_t count) {
     const PlaneKernels wide(shape, sums.size());
-    Fills<dimensions> rest{.coordinates = coordinates, .weights = weights, .count = length};
+    Fills<dimensions> rest{.coordinates = coordinates, .weights = weights, .count = count};
     while (rest.count > 0) {
         rest = rest.from(wide.fill(sums, rest));
         Fills<dimensions> block = rest;

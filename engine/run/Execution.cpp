@@ -3,7 +3,6 @@
 #include "Recorder.h"
 
 #include <algorithm>
-#include <ranges>
 #include <set>
 #include <utility>
 
@@ -79,7 +78,7 @@ void Execution::findNeeded() {
     bool isMore = true;
     while (isMore) {
         isMore = false;
-        for (const std::size_t position : std::views::reverse(state.plan.order())) {
+        for (const std::size_t position : state.plan.orderUpstream()) {
             if (!state.runs[position].isNeeded && (state.plan.isAsked(position) || isWanted(position))) {
                 state.runs[position].isNeeded = true;
                 isMore = true;
@@ -319,7 +318,7 @@ std::vector<StepPlace> Execution::stepsFor(const std::vector<std::size_t>& legs)
 void Execution::settleRest() {
     // What is downstream first, because it is known there whether the rows are in a result that is reused.
     std::vector<bool> isInReused(state.runs.size(), false);
-    for (const std::size_t position : std::views::reverse(state.plan.order())) {
+    for (const std::size_t position : state.plan.orderUpstream()) {
         const std::vector<std::size_t>& consumers = state.plan.consumers(position);
         isInReused[position] = std::any_of(consumers.begin(), consumers.end(), [&](std::size_t consumer) {
             const Outcome outcome = state.runs[consumer].report.outcome;

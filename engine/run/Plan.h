@@ -21,6 +21,8 @@ public:
 
     /// All plug-ins, each after those that feed it, as far as there is no cycle.
     const std::vector<std::size_t>& order() const { return ordered; }
+    /// All plug-ins, each before those that feed it, as far as there is no cycle.
+    std::vector<std::size_t> orderUpstream() const { return {ordered.rbegin(), ordered.rend()}; }
     /// Plug-ins that feed this one, in the order of its inputs, each once.
     const std::vector<std::size_t>& feeders(std::size_t node) const { return feedersOf[node]; }
     const std::vector<std::size_t>& consumers(std::size_t node) const { return consumersOf[node]; }

@@ -3,7 +3,6 @@
 #include "../Version.h"
 
 #include <algorithm>
-#include <ranges>
 #include <vector>
 
 namespace velmorak {
@@ -48,7 +47,7 @@ std::vector<RecordedState> statesOf(const RunState& state) {
     for (const NodeRun& run : state.runs) {
         states.push_back(stateOf(run.report.outcome));
     }
-    for (const std::size_t position : std::views::reverse(state.plan.order())) {
+    for (const std::size_t position : state.plan.orderUpstream()) {
         const std::vector<std::size_t>& consumers = state.plan.consumers(position);
         const bool isUsed = std::any_of(consumers.begin(), consumers.end(),
                                         [&](std::size_t consumer) { return states[consumer] == RecordedState::Done; });

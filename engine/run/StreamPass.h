@@ -21,7 +21,10 @@ struct StepPlace {
     std::size_t node = 0;
     std::size_t firstLeg = 0;
 
-    auto operator<=>(const StepPlace&) const = default;
+    bool operator==(const StepPlace&) const = default;
+    bool operator<(const StepPlace& other) const {
+        return node < other.node || (node == other.node && firstLeg < other.firstLeg);
+    }
 };
 
 /// One passage of a stream's rows through the plug-ins that hang on it. Its sources are read one after the other, by

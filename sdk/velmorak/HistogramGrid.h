@@ -26,7 +26,7 @@ public:
     Cells alongAxes(std::size_t cell) const;
     /// The cell is underflow or overflow of no axis.
     bool isInside(std::size_t cell) const;
-    void setAxisTitle(std::size_t direction, std::string title) { axes[direction].title = std::move(title); }
+    void setAxisTitle(std::size_t direction, const std::string& title) { axes[direction].title = title; }
 
     bool operator==(const Grid&) const = default;
 
@@ -68,7 +68,7 @@ public:
     const Grid<dimensions>& grid() const { return shape; }
     const std::vector<Sums>& cells() const { return sums; }
     std::int64_t nanEntries() const { return nans; }
-    void setAxisTitle(std::size_t direction, std::string title) { shape.setAxisTitle(direction, std::move(title)); }
+    void setAxisTitle(std::size_t direction, const std::string& title) { shape.setAxisTitle(direction, title); }
 
     /// As Histogram1D::fill: an infinite coordinate leaves wx and wxx of its direction alone.
     void fill(const Point& point, double weight = 1.0);

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Quantity.h"
+
+#include <velmorak/Profile.h>
+
+#include <type_traits>
+#include <utility>
+
+namespace velmorak {
+
+/// Fills all entries of a batch in their order.
+inline void fillInto(Histogram1D& histogram, const Batch& batch) {
+    histogram.fill(batch.x, batch.weights, batch.count);
+}
+inline void fillInto(Histogram2D& histogram, const Batch& batch) {
+    histogram.fill({batch.x, batch.y}, batch.weights, batch.count);
+}
+inline void fillInto(Profile1D& profile, const Batch& batch) {
+    profile.fill({batch.x}, batch.y, batch.weights, batch.count);
+}
+
+/// An object with one axis; without cells it is empty.
+template <typename Object, typename... Cells>
+Object onAxis(Axis axis, Cells&&... cells) {
+    if constexpr (std::is_same_v<Object, Profile1D>)
+        return Object(Grid<1>({std::move(axis)}), std::forward<Cells>(cells)...);
+    else
+        return Object(std::move(axis), std::forward<Cells>(cells)...);
+}
+
+}  // namespace velmorak
