@@ -22,8 +22,12 @@ std::optional<Steps> stepsOf(const Axis& axis) {
     if (!(uncertainty < mostUncertain)) {
         return std::nullopt;
     }
-    return Steps{
-        .shifted = axis.low() - 0.5 / perUnit, .perUnit = perUnit, .top = bins + 1, .bound = 0.5 - uncertainty};
+    // Beside the lowest doubles there is none half a bin below the axis.
+    const double shifted = axis.low() - 0.5 / perUnit;
+    if (!std::isfinite(shifted)) {
+        return std::nullopt;
+    }
+    return Steps{.shifted = shifted, .perUnit = perUnit, .top = bins + 1, .bound = 0.5 - uncertainty};
 }
 
 const Kernels* bestKernels(std::size_t cells) {

@@ -27,6 +27,8 @@ std::vector<Axis> axes() {
             Axis(1, 0.0, 1.0),
             Axis(10, 0.1, 0.7),
             Axis(7, -most, most),
+            Axis(2, -most, -most + 6e307),
+            Axis(2, most - 6e307, most),
             Axis(edges),
             Axis(std::vector<double>{-1.0, 0.0, 1e-9, 2e-9, 3e-9, 4e-9, 5e-9, 6e-9, 1.0}),
             Axis(1000, 1.0, 1.0 + 1e-12)};
@@ -155,6 +157,7 @@ TEST(HistogramFill, findsNoStepsWhereRoundingErrorsAreOfTheirSize) {
     EXPECT_TRUE(filling::stepsOf(Axis(1, -1e300, 1e300)));
     EXPECT_FALSE(filling::stepsOf(Axis(1000, 1.0, 1.0 + 1e-12)));
     EXPECT_FALSE(filling::stepsOf(Axis(7, -most, most)));
+    EXPECT_FALSE(filling::stepsOf(Axis(2, -most, -most + 6e307)));
     EXPECT_FALSE(filling::stepsOf(Axis(std::vector<double>{0.0, 1.0, 3.0})));
     EXPECT_FALSE(filling::stepsOf(Axis(1, 0.0, std::numeric_limits<double>::denorm_min())));
 }
