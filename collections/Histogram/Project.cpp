@@ -88,6 +88,7 @@ void ProjectKind::evaluate(const Arguments& arguments, Results& results, RunCont
         throw Failure("high", "no bins lie between " + textOf(low) + " and " + textOf(high));
     const std::vector<ProfileSums<1>> sums = projected(*plane, kept, low, high);
     std::vector<BinSums> heights;
+    heights.reserve(sums.size());
     for (const ProfileSums<1>& cell : sums)
         heights.push_back(withoutValue(cell));
     const Axis& axis = plane->grid().axis(kept);
