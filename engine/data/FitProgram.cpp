@@ -4,10 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 namespace velmorak::fitting {
 
 namespace {
+
+constexpr std::size_t cacheLine = 64;
 
 template <typename Rule>
 void each(std::size_t count, const Rule& rule) {
@@ -71,12 +74,22 @@ void perform(const Step& step, const double* const in[3], std::size_t count, dou
         performByCalls(step, in, count, out);
 }
 
+void AlignedDelete::operator()(double* values) const {
+    ::operator delete[](values, std::align_val_t{cacheLine});
+}
+
+AlignedValues alignedValues(std::size_t count) {
+    return AlignedValues(static_cast<double*>(::operator new[](count * sizeof(double), std::align_val_t{cacheLine})));
+}
+
 Workspace Program::workspace(std::size_t places) const {
-    Workspace space{&bestLoops(), places, std::vector<double>(steps.size() * places),
-                    std::vector<double>(steps.size() * places), std::vector<std::uint8_t>(steps.size())};
+    constexpr std::size_t whole = cacheLine / sizeof(double);
+    const std::size_t stride = (places + whole - 1) / whole * whole;
+    Workspace space{&bestLoops(), stride, alignedValues(steps.size() * stride), alignedValues(steps.size() * stride),
+                    std::vector<std::uint8_t>(steps.size())};
     for (std::size_t i = 0; i < steps.size(); ++i)
         if (steps[i].op == Op::Constant)
-            std::fill_n(space.values.data() + i * places, places, steps[i].constant);
+            std::fill_n(space.values.get() + i * stride, stride, steps[i].constant);
     return space;
 }
 
@@ -84,10 +97,10 @@ const double* Program::values(const double* places, std::size_t count, const dou
                               Workspace& space) const {
     for (std::size_t i = 0; i < steps.size(); ++i) {
         const Step& step = steps[i];
-        double* const out = space.values.data() + i * space.stride;
+        double* const out = space.values.get() + i * space.stride;
         const double* in[3] = {nullptr, nullptr, nullptr};
         for (std::size_t k = 0; k < 3 && step.in[k] != Step::none; ++k)
-            in[k] = space.values.data() + step.in[k] * space.stride;
+            in[k] = space.values.get() + step.in[k] * space.stride;
         if (step.op == Op::Variable)
             std::copy_n(places, count, out);
         else if (step.op == Op::Parameter)
@@ -99,34 +112,34 @@ const double* Program::values(const double* places, std::size_t count, const dou
             std::fill_n(out, count, out[0]);
         }
     }
-    return space.values.data() + result * space.stride;
+    return space.values.get() + result * space.stride;
 }
 
 void Program::derive(std::size_t count, Workspace& space) const {
     std::fill(space.isTouched.begin(), space.isTouched.end(), std::uint8_t{0});
     space.isTouched[result] = 1;
-    std::fill_n(space.weights.data() + result * space.stride, count, 1.0);
+    std::fill_n(space.weights.get() + result * space.stride, count, 1.0);
     for (std::size_t i = result + 1; i-- > 0;) {
         const Step& step = steps[i];
         if (!step.dependsOnParameters || step.op == Op::Parameter || space.isTouched[i] == 0)
             continue;
         Chain chain{};
         chain.count = count;
-        chain.result = space.values.data() + i * space.stride;
-        chain.outer = space.weights.data() + i * space.stride;
+        chain.result = space.values.get() + i * space.stride;
+        chain.outer = space.weights.get() + i * space.stride;
         for (std::size_t k = 0; k < 3 && step.in[k] != Step::none; ++k) {
             const std::size_t from = step.in[k];
             chain.isTouched[k] = &space.isTouched[from];
             chain.isUniform[k] = !steps[from].dependsOnPlace;
-            chain.value[k] = space.values.data() + from * space.stride;
-            chain.weight[k] = steps[from].dependsOnParameters ? space.weights.data() + from * space.stride : nullptr;
+            chain.value[k] = space.values.get() + from * space.stride;
+            chain.weight[k] = steps[from].dependsOnParameters ? space.weights.get() + from * space.stride : nullptr;
         }
         if (!space.loops->hand(step.op, chain))
             handByCalls(step, chain);
     }
     for (const std::size_t step : stepOfParameter)
         if (space.isTouched[step] == 0)
-            std::fill_n(space.weights.data() + step * space.stride, count, 0.0);
+            std::fill_n(space.weights.get() + step * space.stride, count, 0.0);
 }
 
 }  // namespace velmorak::fitting

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,12 +40,20 @@ struct Step {
 /// Places that are computed at once; their intermediate values stay in the processor's cache.
 inline constexpr std::size_t blockPlaces = 256;
 
+/// Begins where a cache line does.
+struct AlignedDelete {
+    void operator()(double* values) const;
+};
+using AlignedValues = std::unique_ptr<double[], AlignedDelete>;
+/// Their values are not set.
+AlignedValues alignedValues(std::size_t count);
+
 /// Buffers of one thread for one program.
 struct Workspace {
     const Loops* loops = nullptr;         ///< All give the same bits.
-    std::size_t stride = 0;               ///< Places that there is room for.
-    std::vector<double> values;           ///< stride for each step.
-    std::vector<double> weights;          ///< How the result changes with each step.
+    std::size_t stride = 0;               ///< Places that there is room for; whole cache lines.
+    AlignedValues values;                 ///< stride for each step.
+    AlignedValues weights;                ///< How the result changes with each step.
     std::vector<std::uint8_t> isTouched;  ///< Whether weights are set.
 };
 
@@ -66,7 +75,7 @@ struct Program {
     void derive(std::size_t count, Workspace& space) const;
     /// Of the last call of derive; count values.
     const double* derivative(std::size_t parameter, const Workspace& space) const {
-        return space.weights.data() + stepOfParameter[parameter] * space.stride;
+        return space.weights.get() + stepOfParameter[parameter] * space.stride;
     }
 };
 

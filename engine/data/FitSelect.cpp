@@ -108,6 +108,8 @@ private:
             made.places[i].reserve(kept.size());
             made.factors[i].reserve(kept.size());
         }
+        made.targets.reserve(kept.size());
+        made.centers.reserve(kept.size());
         for (const Entry& entry : kept) {
             // The root of a number of counts, squared, is that number but for rounding.
             const double scale = scaleOf(entry, usual);
