@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <numbers>
-#include <set>
 
 namespace velmorak::fitting {
 
@@ -71,7 +70,14 @@ bool isWord(const std::string& name) {
     });
 }
 
-using Bindings = std::map<std::string, std::size_t>;
+/// What the names of a shape's formula stand for.
+using Bindings = std::vector<std::pair<std::string_view, std::size_t>>;
+
+std::size_t boundTo(const Bindings& bindings, std::string_view name) {
+    const auto found =
+        std::find_if(bindings.begin(), bindings.end(), [&](const auto& each) { return each.first == name; });
+    return found->second;
+}
 
 /// Makes the program of a text.
 class Builder {
@@ -82,7 +88,7 @@ public:
         const std::vector<Node> nodes = expression::parse(text);
         for (const Node& node : nodes)
             if (node.form == Form::Name && node.text != "x")
-                written.insert(node.text);
+                written.push_back(node.text);
         model.program.result = convert(nodes, nullptr);
         for (const ModelParameter& parameter : model.parameters)
             model.names.push_back(parameter.name);
@@ -94,12 +100,14 @@ private:
     /// Every name but x must be bound where bindings are given: the text is then a shape's formula.
     std::size_t convert(const std::vector<Node>& nodes, const Bindings* bindings) {
         std::vector<std::size_t> steps;
+        std::vector<std::size_t> children;
+        steps.reserve(nodes.size());
         for (const Node& node : nodes) {
-            std::vector<std::size_t> children;
+            children.clear();
             for (const std::size_t child : node.children)
                 children.push_back(steps[child]);
             if (node.form == Form::Name)
-                steps.push_back(bindings != nullptr ? bindings->at(node.text) : named(node));
+                steps.push_back(bindings != nullptr ? boundTo(*bindings, node.text) : named(node));
             else if (node.form == Form::Call)
                 steps.push_back(call(node, children));
             else if (node.form == Form::Text)
@@ -211,8 +219,9 @@ private:
     /// A name that is taken gets the next number.
     std::string freeName(const std::string& wanted) const {
         const auto isTaken = [&](const std::string& name) {
-            return written.contains(name) || std::any_of(model.parameters.begin(), model.parameters.end(),
-                                                         [&](const auto& known) { return known.name == name; });
+            return std::find(written.begin(), written.end(), name) != written.end() ||
+                   std::any_of(model.parameters.begin(), model.parameters.end(),
+                               [&](const auto& known) { return known.name == name; });
         };
         std::string name = wanted;
         for (int number = 2; isTaken(name); ++number)
@@ -223,6 +232,7 @@ private:
     /// @param children the argument, then what stands for the parameters, or nothing.
     std::size_t shaped(const Shape& shape, const std::vector<std::size_t>& children) {
         Bindings bindings{{"x", children.front()}};
+        bindings.reserve(1 + shape.parameters.size());
         ++model.shapes;
         const bool isPlain = model.program.steps[children.front()].op == Op::Variable;
         for (std::size_t i = 0; i < shape.parameters.size(); ++i) {
@@ -231,9 +241,9 @@ private:
             if (children.size() == 1) {
                 ModelParameter made = meaning;
                 made.name = freeName(known.name);
-                bindings[known.name] = parameter(made);
+                bindings.emplace_back(known.name, parameter(made));
             } else {
-                bindings[known.name] = children[1 + i];
+                bindings.emplace_back(known.name, children[1 + i]);
                 learn(children[1 + i], meaning, isPlain);
             }
         }
@@ -251,13 +261,15 @@ private:
     }
 
     void refuseReserved() const {
-        const std::set<std::string> reserved{"function", "covariance", "chi2",   "ndf",
-                                             "reduced",  "p_value",    "status", "entries"};
+        constexpr std::array<std::string_view, 8> reserved{"function", "covariance", "chi2",   "ndf",
+                                                           "reduced",  "p_value",    "status", "entries"};
+        constexpr std::string_view suffix = "_error";
         for (const ModelParameter& parameter : model.parameters) {
-            const bool isTwice = std::any_of(model.parameters.begin(), model.parameters.end(), [&](const auto& other) {
-                return other.name + "_error" == parameter.name;
-            });
-            if (reserved.contains(parameter.name) || isTwice)
+            const std::string_view name = parameter.name;
+            const std::string_view stem = name.ends_with(suffix) ? name.substr(0, name.size() - suffix.size()) : "";
+            const bool isTwice = std::any_of(model.parameters.begin(), model.parameters.end(),
+                                             [&](const auto& other) { return !stem.empty() && other.name == stem; });
+            if (isTwice || std::find(reserved.begin(), reserved.end(), name) != reserved.end())
                 refuse(text, std::min(text.find(parameter.name), text.size()),
                        "\"" + parameter.name + "\" is an output of its own; give the parameter another name");
         }
@@ -265,7 +277,7 @@ private:
 
     std::string_view text;
     Model model;
-    std::set<std::string> written;
+    std::vector<std::string_view> written;  ///< In the text; views of the parts that build holds.
     std::optional<std::size_t> placeOfVariable;
 };
 

@@ -3,7 +3,6 @@
 #include "ExpressionSyntax.h"
 #include "FitProgram.h"
 
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
