@@ -47,8 +47,8 @@ struct Chain {
     bool isUniform[3];  ///< Whether an argument has the same value at all places.
 };
 
-/// A matrix that is rotated has so many rows of zeros behind its own.
-inline constexpr std::size_t rowsBehind = 7;
+/// Rows are folded so many at once.
+inline constexpr std::size_t foldedRows = 8;
 
 /// Arrays may be anywhere; what is written overlaps nothing else.
 struct Loops {
@@ -60,12 +60,11 @@ struct Loops {
     void (*addScaled)(const double* factor, const double* values, std::size_t count, bool isFirst, double* sum);
     /// Sum of a * b in eight parts, so that it has the same bits with vectors of any width.
     double (*product)(const double* a, const double* b, std::size_t count);
-    /// Makes the columns of a matrix an upper triangle by Householder's reflections, which leave the lengths of columns
-    /// and their angles alone (G. Golub, C. Van Loan, Matrix Computations, 5.2). Below the triangle remains what tells
-    /// the reflections, and counts as 0.
-    /// Shape: column k begins at matrix + k * stride and has rows values, then rowsBehind zeros; there are at least as
-    /// many rows as columns.
-    void (*rotate)(double* matrix, std::size_t rows, std::size_t columns, std::size_t stride);
+    /// Folds rows into an upper triangle by Householder's reflections, which leave the lengths of columns and their
+    /// angles alone (G. Golub, C. Van Loan, Matrix Computations, 5.2); the rows are used up.
+    /// Shape: column k of the triangle begins at triangle + k * columns; column k of the rows at rows + k * stride,
+    /// with count values and room for a multiple of foldedRows.
+    void (*fold)(double* triangle, std::size_t columns, double* rows, std::size_t stride, std::size_t count);
 };
 
 /// For every processor of the family.

@@ -22,7 +22,7 @@ void addScaled(const double* __restrict factor, const double* __restrict values,
             sum[i] += factor[i] * values[i];
 }
 
-constexpr Loops loops{perform, hand, addScaled, product, rotate};
+constexpr Loops loops{perform, hand, addScaled, product, fold};
 
 }  // namespace
 

@@ -113,13 +113,14 @@ private:
     /// The least squares solution of R step = q and root(damping) D step = 0.
     VectorXd damped(const Linear& linear, const VectorXd& scales) const {
         const Eigen::Index n = linear.q.size();
-        MatrixXd both = MatrixXd::Zero(2 * n + index(rowsBehind), n + 1);
-        both.topLeftCorner(n, n) = linear.r;
-        both.middleRows(n, n).leftCols(n) = (std::sqrt(damping) * scales).asDiagonal();
-        both.col(n).head(n) = linear.q;
-        bestLoops().rotate(both.data(), static_cast<std::size_t>(2 * n), static_cast<std::size_t>(n + 1),
-                           static_cast<std::size_t>(both.rows()));
-        return both.topLeftCorner(n, n).triangularView<Eigen::Upper>().solve(VectorXd(both.col(n).head(n)));
+        MatrixXd triangle = MatrixXd::Zero(n + 1, n + 1);
+        triangle.topLeftCorner(n, n) = linear.r;
+        triangle.col(n).head(n) = linear.q;
+        MatrixXd rows = MatrixXd::Zero(n + index(foldedRows), n + 1);
+        rows.topLeftCorner(n, n) = (std::sqrt(damping) * scales).asDiagonal();
+        bestLoops().fold(triangle.data(), static_cast<std::size_t>(n + 1), rows.data(),
+                         static_cast<std::size_t>(rows.rows()), static_cast<std::size_t>(n));
+        return triangle.topLeftCorner(n, n).triangularView<Eigen::Upper>().solve(VectorXd(triangle.col(n).head(n)));
     }
 
     VectorXd scalesOf(const Linear& linear) {

@@ -18,30 +18,29 @@ Problem::Problem(const Model& model, Selected selected, FitOptions::Method metho
       data(std::move(selected)),
       isLikelihood(method == FitOptions::Method::Likelihood),
       space(model.program.workspace(std::min(blockPlaces, data.targets.size()))),
-      f(space.stride) {}
+      f(space.stride),
+      rows(alignedValues(space.stride * (model.parameters.size() + 1))) {}
 
 void Problem::compute(const std::vector<double>& parameters, std::size_t begin, std::size_t count,
-                      const Slopes& slopes) {
+                      const Selection* chosen) {
     for (std::size_t rule = 0; rule < data.places.size(); ++rule) {
         const double* const factor = data.factors[rule].data() + begin;
         const double* const values =
             fitted.program.values(data.places[rule].data() + begin, count, parameters.data(), space);
         space.loops->addScaled(factor, values, count, rule == 0, f.data());
-        if (slopes.chosen == nullptr)
+        if (chosen == nullptr)
             continue;
         fitted.program.derive(count, space);
-        double* column = slopes.first;
-        for (const std::size_t parameter : *slopes.chosen) {
+        double* column = rows.get();
+        for (const std::size_t parameter : *chosen) {
             space.loops->addScaled(factor, fitted.program.derivative(parameter, space), count, rule == 0, column);
-            column += slopes.stride;
+            column += space.stride;
         }
     }
 }
 
-double Problem::costOf(std::size_t entry, double value) const {
+double Problem::termOf(std::size_t entry, double value) const {
     const double y = data.targets[entry];
-    if (!isLikelihood)
-        return (y - value) * (y - value);
     if (y == 0.0)
         return value < 0.0 ? std::numeric_limits<double>::infinity() : 2.0 * value;
     return value > 0.0 ? 2.0 * (value - y + y * std::log(y / value)) : std::numeric_limits<double>::infinity();
@@ -56,13 +55,23 @@ double Problem::scaleOf(std::size_t entry, double value) const {
     return value == 0.0 && data.targets[entry] == 0.0 ? 0.0 : 1.0 / std::sqrt(value);
 }
 
+double Problem::residuals(std::size_t begin, std::size_t count, double* out) const {
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = data.targets[begin + i] - f[i];
+    if (!isLikelihood)
+        return space.loops->product(out, out, count);
+    double sum = 0.0;
+    for (std::size_t i = 0; i < count; ++i)
+        sum += termOf(begin + i, f[i]);
+    return sum;
+}
+
 double Problem::cost(const std::vector<double>& parameters) {
     double sum = 0.0;
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
         const std::size_t count = std::min(blockPlaces, size() - begin);
-        compute(parameters, begin, count, {});
-        for (std::size_t i = 0; i < count; ++i)
-            sum += costOf(begin + i, f[i]);
+        compute(parameters, begin, count, nullptr);
+        sum += residuals(begin, count, rows.get());
     }
     return sum;
 }
@@ -70,41 +79,31 @@ double Problem::cost(const std::vector<double>& parameters) {
 Linear Problem::linearise(const std::vector<double>& parameters, const Selection& chosen) {
     const std::size_t n = chosen.size();
     Linear made;
-    // The triangle so far stands on top of the next block (G. Golub, C. Van Loan, Matrix Computations, 5.2).
-    stack.resize(index(n + 1 + space.stride + rowsBehind), index(n + 1));
-    stack.topRows(index(n + 1)).setZero();
+    triangle.setZero(index(n + 1), index(n + 1));
+    double* const right = rows.get() + n * space.stride;
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
         const std::size_t count = std::min(blockPlaces, size() - begin);
-        double* const block = stack.data() + n + 1;
-        const std::size_t stride = static_cast<std::size_t>(stack.rows());
-        double* const right = block + n * stride;
-        compute(parameters, begin, count, {&chosen, block, stride});
-        for (std::size_t i = 0; i < count; ++i) {
-            right[i] = data.targets[begin + i] - f[i];
-            made.cost += costOf(begin + i, f[i]);
-        }
+        compute(parameters, begin, count, &chosen);
+        made.cost += residuals(begin, count, right);
         for (std::size_t i = 0; isLikelihood && i < count; ++i) {
             const double scale = scaleOf(begin + i, f[i]);
             for (std::size_t k = 0; k <= n; ++k)
-                block[k * stride + i] *= scale;
+                rows[k * space.stride + i] *= scale;
         }
-        stack.middleRows(index(n + 1 + count), index(rowsBehind)).setZero();
-        space.loops->rotate(stack.data(), n + 1 + count, n + 1, static_cast<std::size_t>(stack.rows()));
+        space.loops->fold(triangle.data(), n + 1, rows.get(), space.stride, count);
     }
-    made.r = stack.topLeftCorner(index(n), index(n)).triangularView<Eigen::Upper>();
-    made.q = stack.col(index(n)).head(index(n));
-    made.rest = stack(index(n), index(n));
+    made.r = triangle.topLeftCorner(index(n), index(n));
+    made.q = triangle.col(index(n)).head(index(n));
+    made.rest = triangle(index(n), index(n));
     return made;
 }
 
 VectorXd Problem::gradient(const std::vector<double>& parameters, const Selection& chosen) {
     VectorXd sum = VectorXd::Zero(index(chosen.size()));
-    stack.resize(index(chosen.size() + 1 + space.stride + rowsBehind), index(chosen.size() + 1));
-    const auto stride = static_cast<std::size_t>(stack.rows());
-    double* const pull = stack.col(index(chosen.size())).data();
+    double* const pull = rows.get() + chosen.size() * space.stride;
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
         const std::size_t count = std::min(blockPlaces, size() - begin);
-        compute(parameters, begin, count, {&chosen, stack.data(), stride});
+        compute(parameters, begin, count, &chosen);
         for (std::size_t i = 0; i < count; ++i)
             pull[i] = data.targets[begin + i] - f[i];
         for (std::size_t i = 0; isLikelihood && i < count; ++i) {
@@ -112,7 +111,7 @@ VectorXd Problem::gradient(const std::vector<double>& parameters, const Selectio
             pull[i] *= scale * scale;
         }
         for (std::size_t k = 0; k < chosen.size(); ++k)
-            sum[index(k)] -= space.loops->product(stack.col(index(k)).data(), pull, count);
+            sum[index(k)] -= space.loops->product(rows.get() + k * space.stride, pull, count);
     }
     return sum;
 }
@@ -120,10 +119,12 @@ VectorXd Problem::gradient(const std::vector<double>& parameters, const Selectio
 std::optional<double> Problem::trouble(const std::vector<double>& parameters) {
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
         const std::size_t count = std::min(blockPlaces, size() - begin);
-        compute(parameters, begin, count, {});
-        for (std::size_t i = 0; i < count; ++i)
-            if (!std::isfinite(costOf(begin + i, f[i])))
+        compute(parameters, begin, count, nullptr);
+        for (std::size_t i = 0; i < count; ++i) {
+            const double residual = data.targets[begin + i] - f[i];
+            if (!std::isfinite(isLikelihood ? termOf(begin + i, f[i]) : residual * residual))
                 return data.centers[begin + i];
+        }
     }
     return std::nullopt;
 }

@@ -61,15 +61,12 @@ public:
     void setEstimating(bool isOn) { isEstimating = isOn; }
 
 private:
-    /// Where derivatives go: a column for each parameter chosen.
-    struct Slopes {
-        const Selection* chosen = nullptr;  ///< Null when none are wanted.
-        double* first = nullptr;
-        std::size_t stride = 0;
-    };
-
-    void compute(const std::vector<double>& parameters, std::size_t begin, std::size_t count, const Slopes& slopes);
-    double costOf(std::size_t entry, double f) const;
+    /// Computes f, and rows of derivatives for the parameters chosen unless that is null.
+    void compute(const std::vector<double>& parameters, std::size_t begin, std::size_t count, const Selection* chosen);
+    /// @param out gets the differences of targets and function. @return the block's part of the cost.
+    double residuals(std::size_t begin, std::size_t count, double* out) const;
+    /// An entry's part of the cost of the likelihood.
+    double termOf(std::size_t entry, double f) const;
     /// 1 / the standard deviation of an entry, as far as it is not divided out.
     double scaleOf(std::size_t entry, double f) const;
 
@@ -79,7 +76,8 @@ private:
     bool isEstimating = false;
     Workspace space;
     std::vector<double> f;  ///< Of the block computed last.
-    MatrixXd stack;
+    AlignedValues rows;     ///< A column for each chosen parameter, and one for the residuals.
+    MatrixXd triangle;
 };
 
 }  // namespace velmorak::fitting

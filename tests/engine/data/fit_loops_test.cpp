@@ -108,39 +108,61 @@ TEST(FitLoops, ofSumsHaveTheSameBitsWithEveryWidth) {
         }
 }
 
-/// A matrix of so many rows and 5 columns, with room behind each column.
-Values drawnMatrix(std::mt19937_64& random, std::size_t rows) {
-    Values matrix(5 * (rows + rowsBehind));
-    for (std::size_t k = 0; k < 5; ++k)
-        for (std::size_t i = 0; i < rows; ++i)
-            matrix[k * (rows + rowsBehind) + i] = std::normal_distribution<double>()(random);
-    return matrix;
-}
+/// Columns of so many rows, with room behind each, which holds anything.
+struct Matrix {
+    static constexpr std::size_t columns = 5;
+    std::size_t stride;
+    Values rows;
+    Values triangle = Values(columns * columns, 0.0);
 
-TEST(FitLoops, rotateWithTheSameBitsWithEveryWidth) {
+    Matrix(std::mt19937_64& random, std::size_t count) : stride(count + foldedRows), rows(columns * stride, NAN) {
+        for (std::size_t k = 0; k < columns; ++k)
+            for (std::size_t i = 0; i < count; ++i)
+                rows[k * stride + i] = std::normal_distribution<double>()(random);
+    }
+
+    void fold(const Loops& loops, std::size_t count) {
+        loops.fold(triangle.data(), columns, rows.data(), stride, count);
+    }
+};
+
+TEST(FitLoops, foldRowsWithTheSameBitsWithEveryWidth) {
     std::mt19937_64 random(22);
     for (const Loops* wide : runnableLoops())
-        for (std::size_t rows = 5; rows <= mostPlaces; ++rows) {
-            Values matrix = drawnMatrix(random, rows);
-            Values expected = matrix;
-            wide->rotate(matrix.data(), rows, 5, rows + rowsBehind);
-            commonLoops().rotate(expected.data(), rows, 5, rows + rowsBehind);
-            EXPECT_TRUE(areSame(matrix, expected)) << rows;
+        for (std::size_t count = 1; count <= mostPlaces; ++count) {
+            Matrix matrix(random, count);
+            Matrix expected = matrix;
+            matrix.fold(*wide, count);
+            expected.fold(commonLoops(), count);
+            EXPECT_TRUE(areSame(matrix.triangle, expected.triangle)) << count;
         }
 }
 
-TEST(FitLoops, rotateKeepsTheAnglesOfColumns) {
+TEST(FitLoops, foldRowsSoThatColumnsKeepTheirAngles) {
     std::mt19937_64 random(23);
-    const std::size_t rows = 19;
-    const std::size_t stride = rows + rowsBehind;
-    const Values before = drawnMatrix(random, rows);
-    Values after = before;
-    bestLoops().rotate(after.data(), rows, 5, stride);
-    for (std::size_t a = 0; a < 5; ++a)
-        for (std::size_t b = a; b < 5; ++b) {
-            const double wanted = bestLoops().product(&before[a * stride], &before[b * stride], rows);
-            EXPECT_NEAR(bestLoops().product(&after[a * stride], &after[b * stride], a + 1), wanted, 1e-13 * rows);
+    const std::size_t count = 19;
+    Matrix first(random, count);
+    Matrix second(random, count);
+    const Matrix both[2] = {first, second};
+    first.fold(bestLoops(), count);
+    second.triangle = first.triangle;
+    second.fold(bestLoops(), count);
+    for (std::size_t a = 0; a < Matrix::columns; ++a)
+        for (std::size_t b = a; b < Matrix::columns; ++b) {
+            double wanted = 0.0;
+            for (const Matrix& part : both)
+                wanted += bestLoops().product(&part.rows[a * part.stride], &part.rows[b * part.stride], count);
+            const double* const triangle = second.triangle.data();
+            EXPECT_NEAR(bestLoops().product(triangle + a * Matrix::columns, triangle + b * Matrix::columns, a + 1),
+                        wanted, 1e-12);
         }
+}
+
+TEST(FitLoops, foldRowsOfZerosWithoutATrace) {
+    Values triangle{2.0, 0.0, 3.0, 5.0};
+    Values rows(2 * foldedRows, 0.0);
+    bestLoops().fold(triangle.data(), 2, rows.data(), foldedRows, 3);
+    EXPECT_EQ(triangle, (Values{2.0, 0.0, 3.0, 5.0}));
 }
 
 TEST(FitLoops, endWithThoseForEveryProcessor) {

@@ -13,7 +13,7 @@ set bmargin 3.8
 set tmargin 2.8
 set key noenhanced top left Left reverse samplen 2 spacing 1.15 font 'DejaVu Sans,26'
 set xrange [34.96973599999998:3028.966364]
-set yrange [-82.01447558954214:2065.3]
+set yrange [-82.01447558954231:2065.3]
 set title 'Calibration of a germanium detector' font 'DejaVu Sans,34'
 set xlabel 'channel' font 'DejaVu Sans,32' offset 0,-0.2
 set ylabel 'energy [keV]' font 'DejaVu Sans,32' offset -1.2,0
