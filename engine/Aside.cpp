@@ -6,6 +6,10 @@
 #include <memory>
 #include <utility>
 
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace velmorak {
 namespace {
 
@@ -22,12 +26,21 @@ void take(void* handed) {
     handover->work();
 }
 
+/// A program that ends before a thread has come leaves the work in the scheduler's queue, as it leaves the thread. That
+/// is no leak, but a tool which looks for leaks cannot see into that queue.
+void leaveTo([[maybe_unused]] Handover* handover) {
+#ifdef __SANITIZE_ADDRESS__
+    __lsan_ignore_object(handover);
+#endif
+}
+
 }  // namespace
 
 void doAside(std::function<void()> work) {
     auto handover = std::make_unique<Handover>();
     handover->work = std::move(work);
     handover->isHanded.store(true, std::memory_order_release);
+    leaveTo(handover.get());
     enqueue(&take, handover.get());
     static_cast<void>(handover.release());
 }

@@ -68,10 +68,21 @@ const std::string fillManyBins =
         {"name": "high", "value": "1000"}]},
     {"name": "Write", "kind": "AidaWriter", "inputs": [{"name": "object", "from": ["First", "histogram"]}]})zedra";
 
+const std::string fitCurves =
+    R"zedra({"name": "Read", "kind": "RandomTable", "inputs": [{"name": "rows", "value": "200000"},
+        {"name": "columns", "value": "c: gauss(50, 9)"}]},
+    {"name": "First", "kind": "Histogram1D", "inputs": [{"name": "table", "from": ["Read", "table"]},
+        {"name": "expression", "value": "c"}, {"name": "bins", "value": "100000"},
+        {"name": "high", "value": "100"}]},
+    {"name": "Fit", "kind": "Fit", "inputs": [{"name": "data", "from": ["First", "histogram"]},
+        {"name": "model", "value": "gauss"}, {"name": "method", "value": "likelihood"}]},
+    {"name": "Write", "kind": "AidaWriter", "inputs": [{"name": "object", "from": ["Fit", "function"]}]})zedra";
+
 }  // namespace
 
 const std::vector<Phase>& phases() {
     static const std::vector<Phase> all{{"reading, inflating, filling", readAndFill},
+                                        {"fitting 100,000 bins", fitCurves},
                                         {"plotting", draw},
                                         {"writing a table", writeOut},
                                         {"filling and writing 100,000 bins", fillManyBins}};

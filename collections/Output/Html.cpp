@@ -27,12 +27,15 @@ void replaceAll(std::string& text, std::string_view what, std::string_view by) {
         text.replace(at, what.size(), by);
 }
 
+void addPrefixBehind(std::string& tag, const std::string& quote, const std::string& prefix) {
+    replaceAll(tag, " id=" + quote, " id=" + quote + prefix);
+    replaceAll(tag, "xlink:href=" + quote + "#", "href=" + quote + "#" + prefix);
+}
+
 /// One tag with its ids under another name.
 std::string withPrefix(std::string tag, const std::string& prefix) {
-    for (const std::string quote : {"'", "\""}) {
-        replaceAll(tag, " id=" + quote, " id=" + quote + prefix);
-        replaceAll(tag, "xlink:href=" + quote + "#", "href=" + quote + "#" + prefix);
-    }
+    addPrefixBehind(tag, "'", prefix);
+    addPrefixBehind(tag, "\"", prefix);
     replaceAll(tag, "url(#", "url(#" + prefix);
     return tag;
 }

@@ -26,8 +26,14 @@ ObjectTable::Number count(std::int64_t entries) {
 
 /// Ends of a cell along one axis; 0 and bins + 1 are under- and overflow.
 void addEnds(Row& row, const Axis& axis, std::size_t cell) {
-    row.push_back({.value = cell == 0 ? -unlimited : axis.edges()[cell - 1]});
-    row.push_back({.value = cell == axis.bins() + 1 ? unlimited : axis.edges()[cell]});
+    double lower = -unlimited;
+    double upper = unlimited;
+    if (cell > 0)
+        lower = axis.edges()[cell - 1];
+    if (cell <= axis.bins())
+        upper = axis.edges()[cell];
+    row.push_back({.value = lower});
+    row.push_back({.value = upper});
 }
 
 template <std::size_t dimensions>

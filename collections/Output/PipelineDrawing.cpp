@@ -83,24 +83,24 @@ std::string label(double x, double y, const std::string& text, const std::string
 
 std::string frameStyle(RecordedState state) {
     if (state == RecordedState::Failed)
-        return "stroke=\"#C00000\" stroke-width=\"3\"";
+        return R"(stroke="#C00000" stroke-width="3")";
     const bool isMissing = state == RecordedState::NotRun || state == RecordedState::Unfinished;
-    return isMissing ? "stroke=\"#C00000\" stroke-width=\"1.5\" stroke-dasharray=\"5 3\""
-                     : "stroke=\"#404040\" stroke-width=\"1\"";
+    return isMissing ? R"(stroke="#C00000" stroke-width="1.5" stroke-dasharray="5 3")"
+                     : R"(stroke="#404040" stroke-width="1")";
 }
 
 std::string drawnBox(const RecordedPlugin& plugin, const Box& box, bool isStart) {
     std::string text = "<g>" + element("title", plugin.kind + " \"" + plugin.name + "\"") + "\n";
     text += "<rect x=\"" + number(box.left) + "\" y=\"" + number(box.top) + "\" width=\"" + number(box.width) +
-            "\" height=\"" + number(box.height) + "\" rx=\"4\" fill=\"" + (isStart ? "#80E666" : "#E6E666") + "\" " +
+            "\" height=\"" + number(box.height) + R"(" rx="4" fill=")" + (isStart ? "#80E666" : "#E6E666") + "\" " +
             frameStyle(plugin.state) + "/>\n";
-    text += label(box.left + 7, box.top + 13, plugin.name, "font-size=\"12\" font-weight=\"bold\"");
-    text += label(box.left + 7, box.top + 25, plugin.kind, "font-size=\"10\" fill=\"#404040\"");
+    text += label(box.left + 7, box.top + 13, plugin.name, R"(font-size="12" font-weight="bold")");
+    text += label(box.left + 7, box.top + 25, plugin.kind, R"(font-size="10" fill="#404040")");
     for (std::size_t i = 0; i < box.inputs.size(); ++i)
         text += label(box.left + 7, box.rowAt(i) + 3.5, box.inputs[i], "font-size=\"10\"");
     for (std::size_t i = 0; i < box.outputs.size(); ++i)
         text +=
-            label(box.left + box.width - 7, box.rowAt(i) + 3.5, box.outputs[i], "font-size=\"10\" text-anchor=\"end\"");
+            label(box.left + box.width - 7, box.rowAt(i) + 3.5, box.outputs[i], R"(font-size="10" text-anchor="end")");
     return text + "</g>\n";
 }
 
@@ -116,7 +116,7 @@ std::string drawnWire(const Box& from, std::size_t outputRow, const Box& to, std
     const double reach = std::max(25.0, 0.5 * std::abs(x2 - x1));
     return "<path d=\"M" + number(x1) + " " + number(y1) + " C" + number(x1 + reach) + " " + number(y1) + " " +
            number(x2 - reach) + " " + number(y2) + " " + number(x2) + " " + number(y2) +
-           "\" fill=\"none\" stroke=\"#0072B2\" stroke-width=\"1.5\"/>\n";
+           R"(" fill="none" stroke="#0072B2" stroke-width="1.5"/>)" + "\n";
 }
 
 std::string opening(const Boxes& boxes) {
@@ -131,7 +131,7 @@ std::string opening(const Boxes& boxes) {
         bottom = std::max(bottom, box.top + box.height);
     }
     const double width = right - left + 2 * margin;
-    return "<svg class=\"pipeline\" viewBox=\"" + number(left - margin) + " " + number(top - margin) + " " +
+    return R"(<svg class="pipeline" viewBox=")" + number(left - margin) + " " + number(top - margin) + " " +
            number(width) + " " + number(bottom - top + 2 * margin) +
            "\" style=\"max-width:" + number(std::max(1.6 * width, 300.0)) + "px\" role=\"img\">\n";
 }

@@ -5,6 +5,7 @@
 #include "PlotValues.h"
 #include "Ports.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace velmorak {
@@ -45,10 +46,12 @@ void draw(PlotContents& contents, const PlotStyle& style, const std::string& res
     drawInto(scratch.path(), files, style, context);
     std::vector<std::string> endings = {"dat", "gp"};
     endings.insert(endings.end(), style.formats.begin(), style.formats.end());
-    for (const std::string& ending : endings)
+    const auto leave = [&](const std::string& ending) {
         context.writeResult(resultName + "." + ending, [&](const std::filesystem::path& file) {
             copyFile(scratch.path() / (style.baseName + "." + ending), file);
         });
+    };
+    std::for_each(endings.begin(), endings.end(), leave);
 }
 
 }  // namespace

@@ -143,6 +143,12 @@ std::vector<PlotCorner> upperCorners(const Boxes& boxes) {
     return corners;
 }
 
+/// @param alignment left or right.
+std::string labelInBox(const std::string& text, double x, double y, const std::string& alignment) {
+    return "set label " + quotedForGnuplot(text) + " at graph " + roundedText(x) + ", graph " + roundedText(y) + " " +
+           alignment + " front font 'DejaVu Sans,22'\n";
+}
+
 std::string statisticsBox(const Boxes& boxes) {
     constexpr double right = 0.985;
     constexpr double top = 0.975;
@@ -150,13 +156,10 @@ std::string statisticsBox(const Boxes& boxes) {
                        roundedText(top - boxes.box.height) + " to graph " + roundedText(right) + ", graph " +
                        roundedText(top) +
                        " front fillcolor rgb 'white' fillstyle solid border linecolor rgb '#808080' linewidth 1.5\n";
-    const std::string font = " font 'DejaVu Sans,22'";
     for (std::size_t i = 0; i < boxes.rows.size(); ++i) {
-        const std::string y = roundedText(top - 0.01 - boxLine * (static_cast<double>(i) + 0.5));
-        text += "set label " + quotedForGnuplot(boxes.rows[i][0]) + " at graph " +
-                roundedText(right - boxes.box.width + 0.012) + ", graph " + y + " left front" + font + "\n";
-        text += "set label " + quotedForGnuplot(boxes.rows[i][1]) + " at graph " + roundedText(right - 0.012) +
-                ", graph " + y + " right front" + font + "\n";
+        const double y = top - 0.01 - boxLine * (static_cast<double>(i) + 0.5);
+        text += labelInBox(boxes.rows[i][0], right - boxes.box.width + 0.012, y, "left");
+        text += labelInBox(boxes.rows[i][1], right - 0.012, y, "right");
     }
     return text;
 }

@@ -144,6 +144,7 @@ std::vector<std::unique_ptr<RowOperation>> ConcatKind::prepare(const Arguments& 
     if (result.size() == 0)
         throw Failure("columns", "the tables have no column in common");
     std::vector<std::unique_ptr<RowOperation>> operations;
+    operations.reserve(schemas.size());
     for (const Schema& schema : schemas)
         operations.push_back(std::make_unique<JoinOperation>(schema, result));
     return operations;

@@ -27,6 +27,8 @@ public:
     ValueType type() const override { return ValueType::Points; }
 
     std::size_t dimension() const { return dimensions; }
+    // The constructor refuses 0 dimensions.
+    // NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
     std::size_t size() const { return measurements.size() / dimensions; }
     const Measurement& measurement(std::size_t point, std::size_t direction) const {
         return measurements[point * dimensions + direction];

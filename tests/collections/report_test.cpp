@@ -206,7 +206,7 @@ TEST(ReportKind, noTextIsTakenAsMarkup) {
                                             "a & b &amp; c",
                                             "\"'><svg onload=x>",
                                             "]]> <!-- -->",
-                                            std::string("nul\0 \x1b \xff\xc0 \xC2\x85", 14),
+                                            std::string("nul\0 \x1b \xff\xc0 \xC2\x85", 12),
                                             "\xEF\xBF\xBE",
                                             " id='x' href='#y'"};
     for (const std::string& text : nasty) {
