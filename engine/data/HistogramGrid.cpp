@@ -2,6 +2,7 @@
 
 #include "Filling.h"
 #include "GridBytes.h"
+#include "GridFills.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,28 +18,6 @@ constexpr std::uint64_t mark = 0x31'44'67'48'6b'6c'65'00;
 
 template <std::size_t dimensions>
 constexpr std::size_t bytesOfCell = (3 + 2 * dimensions) * sizeof(double);
-
-template <std::size_t dimensions>
-bool hasNan(const std::array<double, dimensions>& point) {
-    bool has = false;
-    for (const double x : point)
-        has = has || std::isnan(x);
-    return has;
-}
-
-template <std::size_t dimensions>
-void count(GridSums<dimensions>& cell, const std::array<double, dimensions>& point, double weight) {
-    ++cell.entries;
-    cell.w += weight;
-    cell.ww += weight * weight;
-    for (std::size_t direction = 0; direction < dimensions; ++direction) {
-        if (std::isinf(point[direction]))
-            continue;
-        const double weighted = weight * point[direction];
-        cell.wx[direction] += weighted;
-        cell.wxx[direction] += weighted * point[direction];
-    }
-}
 
 /// Points that are filled in order; weights is null for a weight of 1 each.
 template <std::size_t dimensions>
@@ -130,7 +109,7 @@ std::int64_t fillBlock(const Grid<dimensions>& grid, std::vector<GridSums<dimens
             if (std::isnan(fills.weight(i)) || hasNan(point))
                 ++nans;
             else
-                count(sums[grid.cell(alongAxes)], point, fills.weight(i));
+                addEntry(sums[grid.cell(alongAxes)], point, fills.weight(i));
         }
     }
     return nans;
@@ -186,13 +165,7 @@ bool Grid<dimensions>::isInside(std::size_t cell) const {
 
 template <std::size_t dimensions>
 void GridSums<dimensions>::add(const GridSums& other) {
-    entries += other.entries;
-    w += other.w;
-    ww += other.ww;
-    for (std::size_t direction = 0; direction < dimensions; ++direction) {
-        wx[direction] += other.wx[direction];
-        wxx[direction] += other.wxx[direction];
-    }
+    addEntries(*this, other);
 }
 
 template <std::size_t dimensions>
@@ -212,10 +185,7 @@ void HistogramGrid<dimensions>::fill(const Point& point, double weight) {
         ++nans;
         return;
     }
-    typename Grid<dimensions>::Cells cells{};
-    for (std::size_t direction = 0; direction < dimensions; ++direction)
-        cells[direction] = shape.axis(direction).cell(point[direction]);
-    count(sums[shape.cell(cells)], point, weight);
+    addEntry(sums[cellOf(shape, point)], point, weight);
 }
 
 template <std::size_t dimensions>
@@ -234,10 +204,7 @@ void HistogramGrid<dimensions>::fill(const std::array<const double*, dimensions>
 
 template <std::size_t dimensions>
 void HistogramGrid<dimensions>::merge(const HistogramGrid& other) {
-    if (!(shape == other.shape))
-        throw std::invalid_argument("histograms with different axes cannot be added");
-    for (std::size_t cell = 0; cell < sums.size(); ++cell)
-        sums[cell].add(other.sums[cell]);
+    addCells(shape, sums, other.shape, other.sums, "histograms with different axes cannot be added");
     nans += other.nans;
 }
 
@@ -264,11 +231,7 @@ double HistogramGrid<dimensions>::mean(std::size_t direction) const {
 template <std::size_t dimensions>
 double HistogramGrid<dimensions>::rms(std::size_t direction) const {
     const Sums all = inRange();
-    if (all.w == 0.0)
-        return std::numeric_limits<double>::quiet_NaN();
-    const double mean = all.wx[direction] / all.w;
-    const double variance = all.wxx[direction] / all.w - mean * mean;
-    return variance < 0.0 ? 0.0 : std::sqrt(variance);
+    return spreadOf(all.w, all.wx[direction], all.wxx[direction]);
 }
 
 template <std::size_t dimensions>

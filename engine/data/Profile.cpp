@@ -1,6 +1,7 @@
 #include "velmorak/Profile.h"
 
 #include "GridBytes.h"
+#include "GridFills.h"
 
 #include <cmath>
 #include <limits>
@@ -18,15 +19,9 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 template <std::size_t dimensions>
 void ProfileSums<dimensions>::add(const ProfileSums& other) {
-    entries += other.entries;
-    w += other.w;
-    ww += other.ww;
+    addEntries(*this, other);
     wv += other.wv;
     wvv += other.wvv;
-    for (std::size_t direction = 0; direction < dimensions; ++direction) {
-        wx[direction] += other.wx[direction];
-        wxx[direction] += other.wxx[direction];
-    }
 }
 
 template <std::size_t dimensions>
@@ -42,30 +37,15 @@ Profile<dimensions>::Profile(Grid<dimensions> cellGrid, std::vector<Sums> cells,
 
 template <std::size_t dimensions>
 void Profile<dimensions>::fill(const Point& point, double value, double weight) {
-    bool hasNan = std::isnan(value) || std::isnan(weight);
-    for (const double x : point)
-        hasNan = hasNan || std::isnan(x);
-    if (hasNan) {
+    if (std::isnan(value) || std::isnan(weight) || hasNan(point)) {
         ++nans;
         return;
     }
     asRead.clear();
-    typename Grid<dimensions>::Cells cells{};
-    for (std::size_t direction = 0; direction < dimensions; ++direction)
-        cells[direction] = shape.axis(direction).cell(point[direction]);
-    Sums& cell = sums[shape.cell(cells)];
-    ++cell.entries;
-    cell.w += weight;
-    cell.ww += weight * weight;
+    Sums& cell = sums[cellOf(shape, point)];
+    addEntry(cell, point, weight);
     cell.wv += weight * value;
     cell.wvv += weight * value * value;
-    for (std::size_t direction = 0; direction < dimensions; ++direction) {
-        if (std::isinf(point[direction]))
-            continue;
-        const double weighted = weight * point[direction];
-        cell.wx[direction] += weighted;
-        cell.wxx[direction] += weighted * point[direction];
-    }
 }
 
 template <std::size_t dimensions>
@@ -81,10 +61,7 @@ void Profile<dimensions>::fill(const std::array<const double*, dimensions>& coor
 
 template <std::size_t dimensions>
 void Profile<dimensions>::merge(const Profile& other) {
-    if (!(shape == other.shape))
-        throw std::invalid_argument("profiles with different axes cannot be added");
-    for (std::size_t cell = 0; cell < sums.size(); ++cell)
-        sums[cell].add(other.sums[cell]);
+    addCells(shape, sums, other.shape, other.sums, "profiles with different axes cannot be added");
     asRead.clear();
     nans += other.nans;
 }
@@ -107,11 +84,7 @@ template <std::size_t dimensions>
 double Profile<dimensions>::rms(std::size_t cell) const {
     if (!asRead.empty())
         return asRead[cell].rms;
-    if (sums[cell].w == 0.0)
-        return nan;
-    const double mean = sums[cell].wv / sums[cell].w;
-    const double variance = sums[cell].wvv / sums[cell].w - mean * mean;
-    return variance < 0.0 ? 0.0 : std::sqrt(variance);
+    return spreadOf(sums[cell].w, sums[cell].wv, sums[cell].wvv);
 }
 
 template <std::size_t dimensions>
