@@ -12,8 +12,8 @@ namespace velmorak::fitting {
 
 namespace {
 
-void addScaled(const double* __restrict factor, const double* __restrict values, std::size_t count, bool isFirst,
-               double* __restrict sum) {
+inline void addScaled(const double* __restrict factor, const double* __restrict values, std::size_t count, bool isFirst,
+                      double* __restrict sum) {
     if (isFirst)
         for (std::size_t i = 0; i < count; ++i)
             sum[i] = factor[i] * values[i];
@@ -22,7 +22,7 @@ void addScaled(const double* __restrict factor, const double* __restrict values,
             sum[i] += factor[i] * values[i];
 }
 
-constexpr Loops loops{perform, hand, addScaled, product, fold};
+inline constexpr Loops loops{perform, hand, addScaled, product, fold};
 
 }  // namespace
 

@@ -8,13 +8,13 @@ namespace velmorak::fitting {
 
 namespace {
 
-constexpr std::size_t parts = foldedRows;
+inline constexpr std::size_t parts = foldedRows;
 
-double sumOf(const double (&sums)[parts]) {
+inline double sumOf(const double (&sums)[parts]) {
     return ((sums[0] + sums[1]) + (sums[2] + sums[3])) + ((sums[4] + sums[5]) + (sums[6] + sums[7]));
 }
 
-double product(const double* a, const double* b, std::size_t count) {
+inline double product(const double* a, const double* b, std::size_t count) {
     double sums[parts] = {};
     std::size_t i = 0;
     for (; i + parts <= count; i += parts)
@@ -26,7 +26,7 @@ double product(const double* a, const double* b, std::size_t count) {
 }
 
 /// Of whole blocks, without a rest, which would take longer than all before it.
-double wholeProduct(const double* a, const double* b, std::size_t count) {
+inline double wholeProduct(const double* a, const double* b, std::size_t count) {
     double sums[parts] = {};
     for (std::size_t i = 0; i < count / parts * parts; i += parts)
         for (std::size_t part = 0; part < parts; ++part)
@@ -34,7 +34,7 @@ double wholeProduct(const double* a, const double* b, std::size_t count) {
     return sumOf(sums);
 }
 
-void fold(double* triangle, std::size_t columns, double* rows, std::size_t stride, std::size_t count) {
+inline void fold(double* triangle, std::size_t columns, double* rows, std::size_t stride, std::size_t count) {
     const std::size_t whole = (count + parts - 1) / parts * parts;
     for (std::size_t k = 0; k < columns; ++k)
         for (std::size_t i = count; i < whole; ++i)

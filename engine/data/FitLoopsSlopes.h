@@ -9,7 +9,7 @@ namespace velmorak::fitting {
 namespace {
 
 /// For a slope of 1 everywhere.
-void passOn(const Chain& chain, std::size_t argument) {
+inline void passOn(const Chain& chain, std::size_t argument) {
     double* const __restrict target = chain.weight[argument];
     const double* const __restrict outer = chain.outer;
     const std::size_t count = chain.count;
@@ -24,7 +24,7 @@ void passOn(const Chain& chain, std::size_t argument) {
     *chain.isTouched[argument] = 1;
 }
 
-bool hand(Op op, const Chain& chain) {
+inline bool hand(Op op, const Chain& chain) {
     const double* const a = chain.value[0];
     const double* const b = chain.value[1];
     const double* const result = chain.result;

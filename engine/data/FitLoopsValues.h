@@ -25,7 +25,7 @@ bool ofTwo(const double* const in[3], std::size_t count, double* __restrict out)
     return true;
 }
 
-bool choose(const double* const in[3], std::size_t count, double* __restrict out) {
+inline bool choose(const double* const in[3], std::size_t count, double* __restrict out) {
     const double* const __restrict a = in[0];
     const double* const __restrict b = in[1];
     const double* const __restrict c = in[2];
@@ -38,15 +38,15 @@ bool choose(const double* const in[3], std::size_t count, double* __restrict out
 }
 
 /// NaN counts as missing.
-double lesser(double x, double y) {
+inline double lesser(double x, double y) {
     return y < x || y != y ? y : x;
 }
 
-double greater(double x, double y) {
+inline double greater(double x, double y) {
     return x < y || y != y ? y : x;
 }
 
-bool performTest(Op op, const double* const in[3], std::size_t count, double* out) {
+inline bool performTest(Op op, const double* const in[3], std::size_t count, double* out) {
     switch (op) {
         case Op::Less:
             return ofTwo<[](double a, double b) { return a < b ? 1.0 : 0.0; }>(in, count, out);
@@ -67,7 +67,7 @@ bool performTest(Op op, const double* const in[3], std::size_t count, double* ou
     }
 }
 
-bool perform(Op op, const double* const in[3], std::size_t count, double* out) {
+inline bool perform(Op op, const double* const in[3], std::size_t count, double* out) {
     switch (op) {
         case Op::Add:
             return ofTwo<[](double a, double b) { return a + b; }>(in, count, out);

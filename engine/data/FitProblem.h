@@ -66,9 +66,9 @@ private:
     /// @param out gets the differences of targets and function. @return the block's part of the cost.
     double residuals(std::size_t begin, std::size_t count, double* out) const;
     /// An entry's part of the cost of the likelihood.
-    double termOf(std::size_t entry, double f) const;
+    double termOf(std::size_t entry, double value) const;
     /// 1 / the standard deviation of an entry, as far as it is not divided out.
-    double scaleOf(std::size_t entry, double f) const;
+    double scaleOf(std::size_t entry, double value) const;
 
     const Model& fitted;
     Selected data;

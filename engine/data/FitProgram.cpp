@@ -85,8 +85,12 @@ AlignedValues alignedValues(std::size_t count) {
 Workspace Program::workspace(std::size_t places) const {
     constexpr std::size_t whole = cacheLine / sizeof(double);
     const std::size_t stride = (places + whole - 1) / whole * whole;
-    Workspace space{&bestLoops(), stride, alignedValues(steps.size() * stride), alignedValues(steps.size() * stride),
-                    std::vector<std::uint8_t>(steps.size())};
+    Workspace space;
+    space.loops = &bestLoops();
+    space.stride = stride;
+    space.values = alignedValues(steps.size() * stride);
+    space.weights = alignedValues(steps.size() * stride);
+    space.isTouched.resize(steps.size());
     for (std::size_t i = 0; i < steps.size(); ++i)
         if (steps[i].op == Op::Constant)
             std::fill_n(space.values.get() + i * stride, stride, steps[i].constant);

@@ -42,7 +42,7 @@ public:
         kept.reserve(given.entries.size());
         for (const Entry& entry : given.entries)
             if (isWanted(entry))
-                kept.push_back(entry);
+                kept.push_back(&entry);
         if (unreadable > 0)
             made.warnings.push_back(counted(unreadable, "that hold NaN or Infinity"));
         if (withoutError > 0)
@@ -85,9 +85,9 @@ private:
     double usualScale() const {
         double weights = 0.0;
         double squares = 0.0;
-        for (const Entry& entry : kept) {
-            weights += entry.y;
-            squares += entry.error * entry.error;
+        for (const Entry* const entry : kept) {
+            weights += entry->y;
+            squares += entry->error * entry->error;
         }
         if (weights == 0.0)
             throw Failure("the likelihood needs counts, but all bins are empty");
@@ -110,7 +110,8 @@ private:
         }
         made.targets.reserve(kept.size());
         made.centers.reserve(kept.size());
-        for (const Entry& entry : kept) {
+        for (const Entry* const each : kept) {
+            const Entry& entry = *each;
             // The root of a number of counts, squared, is that number but for rounding.
             const double scale = scaleOf(entry, usual);
             const double exact = isLikelihood && std::fabs(scale - 1.0) < 1e-12 ? 1.0 : scale;
@@ -126,7 +127,7 @@ private:
 
     const FitOptions& options;
     bool isLikelihood;
-    std::vector<Entry> kept;
+    std::vector<const Entry*> kept;
     std::size_t unreadable = 0;
     std::size_t withoutError = 0;
     Selected made;
