@@ -89,7 +89,7 @@ std::vector<fs::path> examplesOf(const Kind& kind, const fs::path& examples) {
     std::vector<fs::path> found;
     for (const auto& entry : fs::recursive_directory_iterator(examples))
         if (entry.path().extension() == ".zedra" &&
-            textIn(entry.path()).find("\"kind\": \"" + kind.name() + "\"") != std::string::npos)
+            textIn(entry.path()).find(R"("kind": ")" + kind.name() + "\"") != std::string::npos)
             found.push_back(entry.path().lexically_relative(examples));
     std::sort(found.begin(), found.end());
     return found;
@@ -99,7 +99,7 @@ std::vector<fs::path> examplesOf(const Kind& kind, const fs::path& examples) {
 void writePictures(const fs::path& document, const fs::path& examples, std::ostream& out) {
     const std::string name = document.stem();
     out << "![" << name << "](../examples/" << name << ".png)\n";
-    if (textIn(examples / document).find("\"kind\": \"Plot\"") != std::string::npos)
+    if (textIn(examples / document).find(R"("kind": "Plot")") != std::string::npos)
         out << "![What it plots](../examples/" << name << "-plot.png)\n";
     out << "\n";
 }

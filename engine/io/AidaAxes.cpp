@@ -39,7 +39,7 @@ Axis axisFrom(const RawAxis& axis, std::vector<std::string>& warnings) {
     std::vector<double> edges = axis.borders;
     std::sort(edges.begin(), edges.end());
     if (edges.empty())
-        return Axis(bins, low, high);
+        return {bins, low, high};
     if (edges.size() == bins + 1) {
         warnings.emplace_back("an axis lists its outer edges among the inner ones");
         return Axis(std::move(edges));
