@@ -23,8 +23,10 @@ double digamma(double x) {
     if (x <= 0.0)
         return digamma(1.0 - x) - pi / std::tan(pi * x);
     double below = 0.0;
-    for (; x < 10.0; x += 1.0)
+    while (x < 10.0) {
         below += 1.0 / x;
+        x += 1.0;
+    }
     const double u = 1.0 / (x * x);
     const double series =
         u * (1.0 / 12 - u * (1.0 / 120 - u * (1.0 / 252 - u * (1.0 / 240 - u * (1.0 / 132 - u * 691.0 / 32760)))));
@@ -97,6 +99,7 @@ const UnaryFunction* findUnary(std::string_view name) {
 
 std::vector<std::string> unaryNames() {
     std::vector<std::string> names;
+    names.reserve(std::size(functions));
     for (const UnaryFunction& function : functions)
         names.emplace_back(function.name);
     return names;
