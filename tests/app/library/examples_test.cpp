@@ -43,9 +43,28 @@ protected:
         const auto context = Cairo::Context::create(surface);
         context->set_source_rgb(1, 1, 1);
         context->paint();
+        context->set_source_rgb(0, 0, 0);  // Of the texts, as in a window.
         context->translate(-all.get_x1(), -all.get_y1());
         window->canvas.render(context, all, 1.0);
         surface->write_to_png(file.string());
+    }
+
+    /// Nothing lies above or below what the window shows of the canvas before anybody scrolls, and the start plug-in
+    /// not beside it either.
+    void expectInTheOpeningView(const std::string& example) const {
+        constexpr double viewWidth = 600;
+        constexpr double viewHeight = 400;
+        double left = 0;
+        double top = 0;
+        double right = 0;
+        double bottom = 0;
+        window->canvas.get_bounds(left, top, right, bottom);
+        for (const plugin* node : window->liveNodes()) {
+            EXPECT_GE(node->box->get_bounds().get_y1(), bottom - viewHeight) << example << ": " << node->uniqueName;
+            EXPECT_LE(node->box->get_bounds().get_y2(), bottom) << example << ": " << node->uniqueName;
+        }
+        const plugin* const start = window->nodeOf(manager->plugins.front()->name);
+        EXPECT_LE(start->box->get_bounds().get_x2(), viewWidth) << example;
     }
 
     /// All that the library has are drawn, and each sender stands left of its receiver.
@@ -88,6 +107,7 @@ TEST_F(ExamplesTest, boxesStandApartOnTheCanvasAndAllWiresLeadToTheRight) {
             }
         }
         expectWiresToTheRight(example.name);
+        expectInTheOpeningView(example.name);
         const std::string name = std::filesystem::path(example.name).stem();
         draw(pictures / ("example-" + name + ".png"));
     }
