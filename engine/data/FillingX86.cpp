@@ -1,10 +1,11 @@
 #include "Filling.h"
+#include "Processor.h"
 
 namespace velmorak::filling {
 
 std::vector<Kernels> runnableKernels() {
     std::vector<Kernels> runnable;
-    if (__builtin_cpu_supports("avx2"))
+    if (hasAvx2())
         runnable.push_back(avx2Kernels());
     return runnable;
 }
