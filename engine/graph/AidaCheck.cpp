@@ -4,6 +4,7 @@
 #include "Say.h"
 
 #include <velmorak/Aida.h>
+#include <velmorak/RegularFile.h>
 #include <filesystem>
 #include <limits>
 
@@ -32,6 +33,7 @@ std::string whyNotAida(const std::string& file) {
     if (file.empty())
         return "no name is given";
     try {
+        requireRegular(file);
         const Pipeline beside;
         CheckContext context(beside);
         listAida(file, context);

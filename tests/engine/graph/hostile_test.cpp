@@ -2,6 +2,7 @@
 
 #include <graph/Inspect.h>
 
+#include <sys/stat.h>
 #include <random>
 
 namespace velmorak::test {
@@ -99,6 +100,15 @@ TEST_F(Hostile, anEndlessFileIsRefused) {
     const Errors errors;
     manager.ReadDocument("/dev/zero");
     EXPECT_EQ(errors.text(), "/dev/zero: is larger than 64 MiB.\n");
+}
+
+TEST_F(Hostile, aPipeAsTheAidaFileIsRefusedWithoutWaitingForIt) {
+    const Errors errors;
+    const std::string fifo = folder.path / "data.fifo";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_FALSE(manager.loadAIDA(fifo));
+    EXPECT_EQ(errors.text(),
+              "The AIDA file " + fifo + " cannot be read: " + fifo + " is not a regular file (a FIFO).\n");
 }
 
 }  // namespace
