@@ -2,6 +2,8 @@
 
 #include "Say.h"
 
+#include "../run/Problem.h"
+
 #include <unistd.h>
 #include <exception>
 #include <iostream>
@@ -35,8 +37,8 @@ void RunDoor::executeTurn(const std::function<Pipeline()>& snapshot) {
     }
     try {
         lastReport = runner.run(snapshot);
-    } catch (const std::exception& error) {
-        say(std::string("The run ended: ") + error.what() + ".");
+    } catch (const std::exception&) {
+        say("The run ended: " + problemOf(std::current_exception()).sentence + ".");
     }
 }
 

@@ -1,6 +1,8 @@
 #include <velmorak/Kind.h>
 
 #include <chrono>
+#include <cstdio>
+#include <iostream>
 #include <thread>
 
 /// Kinds that do what a test of velmorak-run needs.
@@ -49,6 +51,28 @@ public:
     }
 };
 
+/// Writes where the results of the program belong.
+class Prints : public Function {
+public:
+    std::string name() const override { return "Prints"; }
+    std::string summary() const override { return "Prints to standard output."; }
+    Ports ports(const ValueTexts&) const override { return {}; }
+    void evaluate(const Arguments&, Results&, RunContext&) const override {
+        std::cout << "from a stream" << std::endl;
+        std::puts("from a function");
+        std::fflush(stdout);
+    }
+};
+
+/// Fails by an exception of the standard library.
+class Overreaches : public Function {
+public:
+    std::string name() const override { return "Overreaches"; }
+    std::string summary() const override { return "Looks behind the end of a list."; }
+    Ports ports(const ValueTexts&) const override { return {}; }
+    void evaluate(const Arguments&, Results&, RunContext&) const override { static_cast<void>(std::string().at(1)); }
+};
+
 }  // namespace
 
 VELMORAK_COLLECTION(registry) {
@@ -56,4 +80,6 @@ VELMORAK_COLLECTION(registry) {
     registry.add(std::make_unique<Fails>());
     registry.add(std::make_unique<Waits>());
     registry.add(std::make_unique<IsDeaf>());
+    registry.add(std::make_unique<Prints>());
+    registry.add(std::make_unique<Overreaches>());
 }

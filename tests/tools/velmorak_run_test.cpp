@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -287,6 +288,76 @@ TEST_F(VelmorakRunOptions, aSecondSignalEndsAtOnce) {
     });
     EXPECT_EQ(ended.status, 3);
     EXPECT_THAT(ended.errors, Not(HasSubstr("not finished")));
+}
+
+TEST_F(VelmorakRunOptions, refuseATimeThatCannotBeWaitedFor) {
+    for (const char* seconds : {"nan", "-1", "0", "inf", "1e300", "soon"}) {
+        const Ended ended = run({"--timeout", seconds, file});
+        EXPECT_EQ(ended.status, 1) << seconds;
+        EXPECT_THAT(ended.errors, HasSubstr("--timeout")) << seconds;
+        EXPECT_THAT(ended.errors, Not(HasSubstr("Number"))) << "nothing was run";
+    }
+}
+
+TEST_F(VelmorakRunOptions, eventsThatCannotBeWrittenFailTheProgram) {
+    const Ended ended = run({"--events", "/dev/full", file});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_THAT(ended.errors, HasSubstr("Adder \"sum\": ")) << "the run itself goes on";
+    EXPECT_THAT(ended.errors, HasSubstr("velmorak-run: the events cannot be written: No space left on device\n"));
+}
+
+TEST_F(VelmorakRunOptions, listThatCannotBeWrittenFailsTheProgram) {
+    const std::string command = std::string(VELMORAK_RUN) + " --list " + file + " > /dev/full";
+    const Ended ended = runProgram({"sh", "-c", command});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.errors, "velmorak-run: standard output cannot be written\n");
+}
+
+TEST_F(VelmorakRunOptions, recordThatIsNoneIsRefusedInWords) {
+    std::ofstream(folder / "cut.json") << R"({"run": 1, "plug)";
+    std::ofstream(folder / "other.json") << "[1, 2]";
+    for (const char* name : {"cut.json", "other.json", "missing.json"}) {
+        const Ended ended = run({"--again", (folder / name).string()});
+        EXPECT_EQ(ended.status, 1);
+        EXPECT_THAT(ended.errors, HasSubstr(name));
+        for (const char* internal : {"json.exception", "iostream", "basic_ios"}) {
+            EXPECT_THAT(ended.errors, Not(HasSubstr(internal)));
+        }
+    }
+}
+
+TEST_F(VelmorakRun, keepsItsStandardOutputForItself) {
+    const Ended ended = run({"--events", "-", document(plugin("loud", "Prints"))});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_THAT(ended.output, Not(HasSubstr("from a")));
+    EXPECT_THAT(ended.output, HasSubstr(R"("event":"ended")"));
+    EXPECT_THAT(ended.errors, HasSubstr("from a stream\n"));
+    EXPECT_THAT(ended.errors, HasSubstr("from a function\n"));
+}
+
+TEST_F(VelmorakRun, saysNoNamesOfTheStandardLibraryAlone) {
+    const Ended ended = run({document(plugin("far", "Overreaches"))});
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_THAT(ended.errors,
+                HasSubstr("Overreaches \"far\" failed: it failed by a mistake of its own (basic_string::at"));
+}
+
+/// A pipe to which nobody writes takes the place of a document that is long in coming.
+TEST_F(VelmorakRun, canBeStoppedBeforeTheRunBegins) {
+    const fs::path events = folder / "events.fifo";
+    ASSERT_EQ(mkfifo(events.c_str(), 0600), 0);
+    const std::string file = document(plugin("w", "Fails"));
+    const Ended ended = run({"--timeout", "0.1", "--events", events.string(), file});
+    EXPECT_EQ(ended.status, 3);
+    EXPECT_EQ(ended.errors, "velmorak-run: stopped before the run began\n");
+}
+
+TEST_F(VelmorakRun, refusesAPipeAsItsAidaFileWithoutWaiting) {
+    const fs::path fifo = folder / "data.fifo";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const Ended ended = run({"-a", fifo.string(), document(plugin("one", "Number"))});
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_THAT(ended.errors, HasSubstr("data.fifo is not a regular file (a FIFO)"));
 }
 
 TEST_F(VelmorakRun, needsNoToolkit) {

@@ -2,11 +2,16 @@
 
 #include "Settings.h"
 
+#include <velmorak/RegularFile.h>
+
 #include <nlohmann/json.hpp>
 
+#include <cerrno>
 #include <fstream>
 #include <map>
 #include <ostream>
+#include <sstream>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -37,6 +42,22 @@ std::map<std::string, Json> pluginsOf(const Json& record) {
     return plugins;
 }
 
+/// @throws UsageError when it cannot be read.
+std::string contentOf(const fs::path& file) {
+    if (const std::string sentence = velmorak::whyNotRegular(file); !sentence.empty()) {
+        throw UsageError(sentence);
+    }
+    errno = 0;
+    const std::ifstream stream(file, std::ios::binary);
+    if (!stream) {
+        throw UsageError("the record \"" + file.string() +
+                         "\" cannot be opened: " + std::generic_category().message(errno));
+    }
+    std::ostringstream content;
+    content << stream.rdbuf();
+    return content.str();
+}
+
 bool wasDone(const Json& plugin) {
     return plugin.at("outcome") == "done" || plugin.at("outcome") == "reused";
 }
@@ -52,18 +73,21 @@ Sums inputsOf(const Json& record) {
 }  // namespace
 
 RunRecordFile::RunRecordFile(const fs::path& recordFile) : file(fs::absolute(recordFile)) {
+    const auto refuse = [&](const std::string& reason) {
+        throw UsageError("\"" + recordFile.string() + "\" is no record of a run: " + reason);
+    };
     try {
-        std::ifstream stream(file);
-        stream.exceptions(std::ios::badbit | std::ios::failbit);
-        record = Json::parse(stream);
+        record = Json::parse(contentOf(file));
         if (record.at("run") != 1) {
-            throw UsageError("it is of a version that is not known");
+            refuse("it is of a version that is not known");
         }
         documentText();
         pluginsOf(record);
         inputsOf(record);
-    } catch (const std::exception& error) {
-        throw UsageError("\"" + recordFile.string() + "\" is no record of a run: " + error.what());
+    } catch (const Json::parse_error& error) {
+        refuse("it is no JSON text, or is cut off, at byte " + std::to_string(error.byte));
+    } catch (const Json::exception&) {
+        refuse("it lacks something that every record has");
     }
 }
 

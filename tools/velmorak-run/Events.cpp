@@ -7,7 +7,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include <iostream>
+#include <cerrno>
+#include <system_error>
 
 namespace {
 
@@ -23,7 +24,7 @@ Json orNull(const std::optional<double>& number) {
 
 }  // namespace
 
-Events::Events(const std::string& name) : stream(name == "-" ? std::cout : file) {
+Events::Events(const std::string& name, std::ostream& output) : stream(name == "-" ? output : file) {
     if (name != "-") {
         file.open(name, std::ios::binary | std::ios::trunc);
         if (!file) {
@@ -81,5 +82,12 @@ void Events::ended(const velmorak::RunReport& report) {
 
 void Events::write(const std::string& line) {
     const std::scoped_lock lock(mutex);
+    if (!isComplete()) {
+        return;
+    }
+    errno = 0;
     stream << line << std::flush;
+    if (!stream) {
+        reason = std::generic_category().message(errno != 0 ? errno : EIO);
+    }
 }

@@ -11,8 +11,13 @@
 /// Writes what runs do as lines of JSON, each at once. docs/run-events.md describes them.
 class Events : public velmorak::RunListener {
 public:
-    /// @param name of the file; "-" for standard output. @throws UsageError when it cannot be written.
-    explicit Events(const std::string& name);
+    /// @param name of the file; "-" for the output. @throws UsageError when it cannot be written.
+    Events(const std::string& name, std::ostream& output);
+
+    /// All events so far have been written.
+    bool isComplete() const { return reason.empty(); }
+    /// Why one could not be written; with the first that cannot, the file ends.
+    const std::string& complaint() const { return reason; }
 
     void began(const velmorak::Pipeline& pipeline, int threads) override;
     bool isProgressDue() override;
@@ -27,6 +32,7 @@ private:
 
     std::ofstream file;
     std::ostream& stream;
+    std::string reason;
     std::mutex mutex;
     Clock::time_point lastProgress{};
 };

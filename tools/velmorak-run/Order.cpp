@@ -2,6 +2,8 @@
 
 #include <Version.h>
 
+#include <velmorak/Value.h>
+
 #include <CLI/CLI.hpp>
 
 namespace {
@@ -31,6 +33,14 @@ failed, 3 stopped, 4 the results of --again differ.
 
 constexpr int mostThreads = 1024;
 
+/// @return empty for a time that can be waited for.
+std::string secondsComplaint(const std::string& text) {
+    constexpr double mostSeconds = 1e9;
+    double seconds = 0.0;
+    const bool isTime = velmorak::readNumber(text, seconds) && seconds > 0.0 && seconds <= mostSeconds;
+    return isTime ? "" : "\"" + text + "\" is no number of seconds above 0 and up to 1e9";
+}
+
 void describe(CLI::App& app, Order& order) {
     app.name("velmorak-run");
     app.formatter_fn([](const CLI::App*, const std::string&, CLI::AppFormatMode) { return std::string(helpText); });
@@ -49,7 +59,7 @@ void describe(CLI::App& app, Order& order) {
     app.add_option("--start", order.start);
     app.add_option("--results", order.resultsFolder);
     app.add_option("-j", order.threads)->check(CLI::Range(1, mostThreads));
-    app.add_option("--timeout", order.timeoutSeconds)->check(CLI::PositiveNumber);
+    app.add_option("--timeout", order.timeoutSeconds)->check(CLI::Validator(secondsComplaint, "SECONDS"));
     app.add_flag("--why", order.isWhy);
     app.add_flag("--list", order.isList);
     app.add_flag("--check", order.isCheck);

@@ -52,13 +52,22 @@ void prepare(QzManager& manager, const Order& order) {
 }
 
 /// @return what must outlive the manager's runs; null when no events are asked for.
-std::unique_ptr<Events> eventsFor(QzManager& manager, const Order& order) {
+std::unique_ptr<Events> eventsFor(QzManager& manager, const Order& order, std::ostream& output) {
     if (order.events.empty()) {
         return nullptr;
     }
-    auto events = std::make_unique<Events>(order.events);
+    auto events = std::make_unique<Events>(order.events, output);
     velmorak::tellOfRuns(manager, events.get());
     return events;
+}
+
+/// @return the status of the program where not all events could be written, which is said.
+ExitStatus withEvents(ExitStatus status, const std::unique_ptr<Events>& events) {
+    if (!events || events->isComplete()) {
+        return status;
+    }
+    std::cerr << "velmorak-run: the events cannot be written: " << events->complaint() << '\n';
+    return status == AllDone ? NotUsable : status;
 }
 
 ExitStatus runOnce(QzManager& manager, const StopOnSignal& signals) {
@@ -110,14 +119,14 @@ ExitStatus runScan(QzManager& manager, const Order& order, const std::vector<std
     return worst;
 }
 
-ExitStatus runDocument(QzManager& manager, const Order& order) {
+ExitStatus runDocument(QzManager& manager, const Order& order, StopOnSignal& signals) {
     std::vector<std::vector<Setting>> points = pointsOf(order.scans);
     for (const std::vector<Setting>& point : points) {
         for (const Setting& setting : point) {
             apply(manager, setting);  // All are tried before the first is run.
         }
     }
-    const StopOnSignal signals([&manager] { manager.Stop(); }, order.timeoutSeconds);
+    const StopOnSignal::Stoppable stoppable(signals, [&manager] { manager.Stop(); });
     return order.scans.empty() ? runOnce(manager, signals) : runScan(manager, order, points, signals);
 }
 
@@ -141,22 +150,23 @@ public:
     fs::path path;
 };
 
-ExitStatus repeat(QzManager& manager, const Order& order, const RunRecordFile& record) {
+ExitStatus repeat(QzManager& manager, const Order& order, const RunRecordFile& record, StopOnSignal& signals,
+                  std::ostream& output) {
+    const StopOnSignal::Stoppable stoppable(signals, [&manager] { manager.Stop(); });
     const PassingFolder passing;
     const fs::path results = order.resultsFolder.empty() ? passing.path : fs::absolute(order.resultsFolder);
     velmorak::setResultsFolder(manager, results);
     velmorak::noteSettings(manager, record.settings());
-    const StopOnSignal signals([&manager] { manager.Stop(); }, order.timeoutSeconds);
     const ExitStatus status = runOnce(manager, signals);
     if (status == WasStopped) {
         return status;
     }
     const RunRecordFile repeated(results / velmorak::runFileName);
     record.compareInputs(repeated, std::cerr);
-    return record.compareResults(repeated, std::cout) ? status : ResultsDiffer;
+    return record.compareResults(repeated, output) ? status : ResultsDiffer;
 }
 
-ExitStatus runAgain(const Order& order) {
+ExitStatus runAgain(const Order& order, StopOnSignal& signals, std::ostream& output) {
     const RunRecordFile record(order.again);
     setenv("VELMORAK_CACHE_LIMIT", "0", 1);  // All of it is computed.
     QzManager manager("QzAnalysisFactory");
@@ -168,15 +178,15 @@ ExitStatus runAgain(const Order& order) {
         return NotUsable;
     }
     velmorak::explainRuns(manager, order.isWhy);
-    const std::unique_ptr<Events> events = eventsFor(manager, order);
-    return repeat(manager, order, record);
+    const std::unique_ptr<Events> events = eventsFor(manager, order, output);
+    return withEvents(repeat(manager, order, record, signals, output), events);
 }
 
 }  // namespace
 
-ExitStatus execute(const Order& order) {
+ExitStatus execute(const Order& order, StopOnSignal& signals, std::ostream& output) {
     if (!order.again.empty()) {
-        return runAgain(order);
+        return runAgain(order, signals, output);
     }
     QzManager manager("QzAnalysisFactory");
     if (!load(manager, order)) {
@@ -186,10 +196,10 @@ ExitStatus execute(const Order& order) {
     if (order.isList || order.isCheck) {
         const velmorak::Pipeline pipeline = velmorak::pipelineOf(manager);
         if (order.isList) {
-            list(pipeline, std::cout);
+            list(pipeline, output);
         }
         return !order.isCheck || check(pipeline, std::cerr) ? AllDone : PluginFailed;
     }
-    const std::unique_ptr<Events> events = eventsFor(manager, order);
-    return runDocument(manager, order);
+    const std::unique_ptr<Events> events = eventsFor(manager, order, output);
+    return withEvents(runDocument(manager, order, signals), events);
 }

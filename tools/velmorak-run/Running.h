@@ -2,5 +2,10 @@
 
 #include "Order.h"
 
-/// Does what the command line asks for. @throws UsageError
-ExitStatus execute(const Order& order);
+#include <iosfwd>
+
+class StopOnSignal;
+
+/// Does what the command line asks for.
+/// @param output for what is asked for on standard output. @throws UsageError
+ExitStatus execute(const Order& order, StopOnSignal& signals, std::ostream& output);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -35,6 +36,12 @@ int waitFor(Seconds time) {
     return std::max(0, sigtimedwait(&signals, nullptr, &limit));
 }
 
+[[noreturn]] void endUnstarted() {
+    constexpr std::string_view sentence = "velmorak-run: stopped before the run began\n";
+    static_cast<void>(write(STDERR_FILENO, sentence.data(), sentence.size()) < 0);
+    _exit(WasStopped);
+}
+
 }  // namespace
 
 void StopOnSignal::holdSignals() {
@@ -42,13 +49,34 @@ void StopOnSignal::holdSignals() {
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
-StopOnSignal::StopOnSignal(std::function<void()> stop, double timeoutSeconds)
-    : stop(std::move(stop)), timeoutSeconds(timeoutSeconds), watcher([this] { watch(); }) {}
+StopOnSignal::StopOnSignal(double timeoutSeconds) : timeoutSeconds(timeoutSeconds), watcher([this] { watch(); }) {}
 
 StopOnSignal::~StopOnSignal() {
     isOver = true;
     pthread_kill(watcher.native_handle(), wakeUp);
     watcher.join();
+}
+
+StopOnSignal::Stoppable::Stoppable(StopOnSignal& signals, std::function<void()> stop) : signals(signals) {
+    const std::scoped_lock lock(signals.mutex);
+    signals.stop = std::move(stop);
+}
+
+StopOnSignal::Stoppable::~Stoppable() {
+    const std::scoped_lock lock(signals.mutex);
+    signals.stop = nullptr;
+}
+
+/// What is being read need not come to an end, and nothing is lost by leaving it.
+void StopOnSignal::callStop() {
+    const std::scoped_lock lock(mutex);
+    if (!stop && !asked) {
+        endUnstarted();
+    }
+    asked = true;
+    if (stop) {
+        stop();
+    }
 }
 
 void StopOnSignal::watch() {
@@ -60,7 +88,6 @@ void StopOnSignal::watch() {
         const int signal = left.count() > 0.0 ? waitFor(std::min(left, longWait)) : 0;
         const bool isLate = timeoutSeconds > 0.0 && Clock::now() - begin >= Seconds(timeoutSeconds);
         if (signal == SIGINT || signal == SIGTERM || isLate) {
-            asked = true;
             stopUntilOver(signal != 0);
             return;
         }
@@ -70,7 +97,7 @@ void StopOnSignal::watch() {
 void StopOnSignal::stopUntilOver(bool isSignalled) {
     constexpr Seconds pause{0.02};
     while (!isOver) {
-        stop();
+        callStop();
         const int signal = waitFor(pause);
         if (signal != SIGINT && signal != SIGTERM) {
             continue;

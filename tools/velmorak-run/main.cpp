@@ -1,5 +1,8 @@
 #include "Running.h"
+#include "StandardOutput.h"
 #include "StopOnSignal.h"
+
+#include <run/Problem.h>
 
 #include <velmorak/Value.h>
 
@@ -19,9 +22,16 @@ int main(int argc, char** argv) {
         if (order->threads > 0) {
             setenv("VELMORAK_THREADS", velmorak::textOf(order->threads).c_str(), 1);
         }
-        return execute(*order);
-    } catch (const std::exception& error) {
-        std::cerr << "velmorak-run: " << error.what() << '\n';
+        StopOnSignal signals(order->timeoutSeconds);
+        StandardOutput output;
+        status = execute(*order, signals, output.stream());
+        if (!output.isComplete()) {
+            std::cerr << "velmorak-run: standard output cannot be written\n";
+            status = status == AllDone ? NotUsable : status;
+        }
+        return status;
+    } catch (const std::exception&) {
+        std::cerr << "velmorak-run: " << velmorak::problemOf(std::current_exception()).sentence << '\n';
         return NotUsable;
     }
 }

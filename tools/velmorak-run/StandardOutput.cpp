@@ -1,0 +1,25 @@
+#include "StandardOutput.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <iostream>
+
+namespace {
+
+/// Takes the file off the descriptor that everybody writes to.
+int takeOver() {
+    std::cout.flush();
+    const int own = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    return own;
+}
+
+}  // namespace
+
+StandardOutput::StandardOutput() : buffer(takeOver(), std::ios::out | std::ios::binary), output(&buffer) {}
+
+bool StandardOutput::isComplete() {
+    // One that was closed from the beginning lacks nothing as long as nothing is written.
+    return !buffer.is_open() ? output.good() : output.flush().good();
+}
