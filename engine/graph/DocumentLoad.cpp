@@ -105,11 +105,14 @@ void Loading::commitDocument(bool wasEmpty) {
 void Loading::commit() {
     const bool isExample = owner.catalogue.isExample(file);
     const std::lock_guard guard(owner.lock);
+    // What is read into an empty pipeline takes its place; an example is never saved over.
     const bool wasEmpty = manager.plugins.empty();
     for (std::unique_ptr<GraphNode>& node : nodes)
         takeIn(manager, std::move(node));
     commitDocument(wasEmpty);
-    if (manager.fileName.empty() && !isExample)
+    if (wasEmpty)
+        manager.fileName = isExample ? std::string() : file;
+    else if (manager.fileName.empty() && !isExample)
         manager.fileName = file;
 }
 

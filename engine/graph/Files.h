@@ -6,8 +6,9 @@
 
 namespace velmorak {
 
-/// Content of a document's file.
-/// @throws DocumentError when it cannot be read or is too large for a document (64 MiB).
+/// Content of a document's file. Says what it waits for where the file system does not answer.
+/// @throws DocumentError when it cannot be read, is no regular file, does not answer, or is too large for a document
+/// (64 MiB).
 std::string readWholeFile(const std::filesystem::path& file);
 
 /// The folder that the analysis library's shared object lies in, without links; empty when unknown.

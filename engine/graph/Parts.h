@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AidaCheck.h"
 #include "Catalogue.h"
 #include "Document.h"
 #include "Inspect.h"
@@ -73,6 +74,7 @@ struct QzManager::Part {
     velmorak::ForeignFields documentFields;
     std::string readError;
     std::string commandLineAida;
+    velmorak::AidaCheck aidaCheck;
     std::vector<std::string> settings;  ///< For the record of a run.
     std::string resultsFolder;          ///< Empty: the one that belongs to the document.
     int portPoints = 9;

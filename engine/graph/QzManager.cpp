@@ -41,20 +41,18 @@ const Catalogue& catalogueOrNone() {
 QzManager::QzManager(const std::string& factory) : part(new Part(sharedCatalogue(factory))) {}
 
 QzManager::~QzManager() {
+    part->aidaCheck.close();
     part->runs.close();
     delete part;
 }
 
 bool QzManager::loadAIDA(const std::string& file) {
     const std::string path = absolutePath(file);
-    const std::string reason = whyNotAida(path);
     {
         const std::lock_guard guard(part->lock);
         part->commandLineAida = path;
     }
-    if (!reason.empty())
-        say("The AIDA file " + file + " cannot be read: " + reason + ".");
-    return reason.empty();
+    return part->aidaCheck.look(path, file);
 }
 
 void QzManager::SetFontSize(int portSize, int titleSize) {
@@ -102,9 +100,6 @@ void QzManager::DeletePlugin(int index) {
     unbindAll(*node);
     plugins.erase(at);
     part->owned.erase(node);
-    // With its last plug-in the document is gone: what is made or opened next must not be saved over its file.
-    if (plugins.empty())
-        fileName.clear();
 }
 
 void QzManager::SetStart(const int& index) {

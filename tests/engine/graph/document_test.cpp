@@ -1,6 +1,7 @@
 #include "GraphFixture.h"
 
 #include <graph/Inspect.h>
+#include <sys/stat.h>
 
 namespace velmorak::test {
 namespace {
@@ -92,28 +93,38 @@ TEST_F(Documents, aFreeNameInTheDocumentStaysFree) {
     EXPECT_THAT(names(), ElementsAre("A", "A2", "A1"));
 }
 
-TEST_F(Documents, theFileNameIsTakenOverOnlyWhereNoneIsSet) {
-    const std::string first = folder.write("first.zedra", withPlugins(""));
+TEST_F(Documents, theFileNameOfADocumentThatIsReadBesideAnotherIsTakenOverOnlyWhereNoneIsSet) {
     const std::string second = folder.write("second.zedra", withPlugins(""));
-    manager.ReadDocument(first);
-    EXPECT_EQ(manager.fileName, first);
+    add("Pair", "A");
     manager.ReadDocument(second);
-    EXPECT_EQ(manager.fileName, first);
-    manager.SetFileName(second);
+    EXPECT_EQ(manager.fileName, second);
+    manager.ReadDocument(folder.write("third.zedra", withPlugins("")));
     EXPECT_EQ(manager.fileName, second);
 }
 
-TEST_F(Documents, theFileNameIsForgottenWithTheLastPlugin) {
+TEST_F(Documents, theFileNameStaysWhenTheLastPluginGoesUntilAnotherDocumentIsRead) {
     const std::string first = folder.write("first.zedra", withPlugins(R"({"name": "A", "kind": "Pair"})"));
     const std::string second = folder.write("second.zedra", withPlugins(""));
     manager.ReadDocument(first);
-    add("Pair", "B");
-    manager.DeletePlugin(1);
-    EXPECT_EQ(manager.fileName, first);
     manager.DeletePlugin(0);
-    EXPECT_EQ(manager.fileName, "");
+    EXPECT_EQ(manager.fileName, first);
+    {
+        const Errors errors;
+        manager.ReadDocument("/nowhere/a.zedra");
+    }
+    EXPECT_EQ(manager.fileName, first);
     manager.ReadDocument(second);
     EXPECT_EQ(manager.fileName, second);
+}
+
+TEST_F(Documents, whatIsNoRegularFileIsRefusedByName) {
+    const std::string pipe = (folder.path / "pipe.zedra").string();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const Errors errors;
+    manager.ReadDocument(pipe);
+    EXPECT_EQ(errors.text(), pipe + ": is not a regular file (a FIFO).\n");
+    manager.ReadDocument("/dev/tty");
+    EXPECT_THAT(errors.text(), HasSubstr("/dev/tty: is not a regular file (a character device).\n"));
 }
 
 TEST_F(Documents, aMissingOrUnsuitableFileIsSaid) {
