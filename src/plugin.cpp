@@ -7,7 +7,9 @@
 #include <QzManager.h>
 #include <goocanvas.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -36,6 +38,24 @@ Glib::ustring numbered(const Glib::ustring& name, std::uint16_t number) {
 void freeTooltip(const Glib::RefPtr<Goocanvas::Item>& item) {
     GooCanvasItemSimpleData* data = GOO_CANVAS_ITEM_SIMPLE(item->gobj())->simple_data;
     g_clear_pointer(&data->tooltip, g_free);
+}
+
+/// Beyond it a position is damaged, and the toolkit's numbers overflow.
+constexpr double farthest = 1e6;
+
+bool isPlace(double position) {
+    return std::abs(position) <= farthest;  // NaN is not
+}
+
+/// The nearest position that leaves `length` in [0, end]; 0 for NaN.
+double nearestPlace(double position, double length, double end) {
+    return std::isnan(position) ? 0 : std::clamp(position, 0.0, std::max(0.0, end - length));
+}
+
+/// Whole units of `travel` that lead from `place` into [0, end], or at least not farther away from it.
+double wholeStep(double place, double travel, double end) {
+    const double from = std::trunc(place);
+    return std::clamp(from + std::trunc(travel), std::min(0.0, from), std::max(std::floor(end), from)) - from;
 }
 
 void shift(const Glib::RefPtr<Goocanvas::Item>& item, float dx, float dy) {
@@ -103,20 +123,31 @@ void plugin::draw() {
     drawOutputs(frame);
 }
 
-plugin::Frame plugin::measure() const {
+plugin::Frame plugin::measure() {
     float x = 0;
     float y = 0;
     float width = 0;
     float height = 0;
     object->GetPosition(x, y);
     object->GetExtent(width, height);
-    double canvasY = canvasHeight - y - height - headerHeight;
+    displaced = !isPlace(x) || !isPlace(y);
+    const double bottom = isPlace(y) ? y : nearestPlace(y, height + headerHeight, canvasHeight);
+    double canvasY = canvasHeight - bottom - height - headerHeight;
     object->GetDrawnExtent(width, height);
+    const double canvasX = isPlace(x) ? x : nearestPlace(x, width, canvasExtent().x);
     // Deliberate: a redraw never moves a node up or down, while x always comes from the library.
     if (box) {
         box->get_property("y", canvasY);
     }
-    return {x, canvasY, width, height};
+    return {canvasX, canvasY, width, height};
+}
+
+CanvasPoint plugin::canvasExtent() const {
+    double left = 0;
+    double top = 0;
+    CanvasPoint end{0, 0};
+    canvas->get_bounds(left, top, end.x, end.y);
+    return end;
 }
 
 void plugin::freeTooltips() {
@@ -205,6 +236,7 @@ plugin::TextItem plugin::makePort(const Glib::ustring& name, const Glib::ustring
 }
 
 void plugin::translate(float dx, float dy) {
+    displaced = false;
     shift(box, dx, dy);
     shift(titleText, dx, dy);
     shift(kindText, dx, dy);
@@ -213,6 +245,21 @@ void plugin::translate(float dx, float dy) {
             shift(text, dx, dy);
         }
     }
+}
+
+CanvasPoint plugin::follow(CanvasPoint travel) {
+    const CanvasPoint before = placeOf(box);
+    const CanvasPoint end = canvasExtent();
+    double width = 0;
+    box->get_property("width", width);
+    const double dx = wholeStep(before.x, travel.x, end.x - width);
+    const double dy = wholeStep(before.y, travel.y, end.y - headerHeight);
+    if (dx == 0 && dy == 0) {
+        return {0, 0};
+    }
+    translate(static_cast<float>(dx), static_cast<float>(dy));
+    const CanvasPoint after = placeOf(box);
+    return {after.x - before.x, after.y - before.y};
 }
 
 void plugin::raise_to_top() {

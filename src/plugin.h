@@ -42,10 +42,16 @@ public:
     /// Moves every item; positions snap to whole units before the step is added.
     void translate(float dx, float dy);
 
+    /// Moves by the whole units of `travel`, as far as the title bar stays on the canvas. @return how far the box went.
+    CanvasPoint follow(CanvasPoint travel);
+
     /// Above everything else on the canvas, the texts above their box.
     void raise_to_top();
 
     QzBase* GetPlugin();
+
+    /// Whether the library's position is no place on the canvas, and the box is drawn beside it and not moved since.
+    bool isDisplaced() const { return displaced; }
 
     /// Where a wire begins or ends: the place of that port's text. A name that is not shown is entered in the index as
     /// the first port; on a side that shows no port it is the place where the first one would stand.
@@ -84,7 +90,8 @@ private:
     };
 
     Glib::ustring freeName(const Glib::ustring& wanted) const;
-    Frame measure() const;
+    Frame measure();
+    CanvasPoint canvasExtent() const;  ///< Lower right corner of the canvas, which begins at (0, 0).
     void freeTooltips();
     void removeItems();
     void drawBox(const Frame& frame, std::uint32_t colour);
@@ -97,6 +104,7 @@ private:
     QzManager* manager;
     Goocanvas::Canvas* canvas;
     QzBase* object;
+    bool displaced = false;
     TextItem titleText;
     TextItem kindText;
     std::shared_ptr<plugin*> self = std::make_shared<plugin*>(this);

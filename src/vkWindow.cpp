@@ -67,6 +67,7 @@ vkWindow::vkWindow()
 }
 
 vkWindow::~vkWindow() {
+    hide();  // While all that answers to it is there.
     if (worker) {
         stopWorker();
     }
@@ -156,6 +157,9 @@ void vkWindow::connectSignals() {
     canvas.signal_grab_broken_event().connect(
         sigc::bind_return(sigc::hide(sigc::mem_fun(*this, &vkWindow::endGestures)), false));
     canvas.signal_grab_notify().connect(sigc::hide(sigc::mem_fun(*this, &vkWindow::endGestures)));
+    // So does whoever hides the window.
+    canvas.signal_unmap().connect(sigc::mem_fun(*this, &vkWindow::loseGrip));
+    signal_unmap_event().connect(sigc::bind_return(sigc::hide(sigc::mem_fun(*this, &vkWindow::loseGrip)), false));
     // A window that grows has its scrolling clamped while the canvas does not listen: it would go on showing, and
     // answering to, another part than the scrollbars say.
     canvas.signal_size_allocate().connect(
@@ -239,6 +243,15 @@ bool vkWindow::on_delete_event(GdkEventAny*) {
     return true;
 }
 
+bool vkWindow::on_window_state_event(GdkEventWindowState* event) {
+    // Some window managers minimise without unmapping.
+    if ((event->changed_mask & event->new_window_state & (GDK_WINDOW_STATE_ICONIFIED | GDK_WINDOW_STATE_WITHDRAWN)) !=
+        0) {
+        loseGrip();
+    }
+    return Gtk::Window::on_window_state_event(event);
+}
+
 void vkWindow::about_call() {
     showAbout();
 }
@@ -255,7 +268,11 @@ CanvasPoint vkWindow::pointerOnCanvas() {
     int windowX = 0;
     int windowY = 0;
     get_pointer(windowX, windowY);
-    double x = windowX + scroller.get_hadjustment()->get_value();
+    // The canvas does not begin at the window's left edge where the scrollbar stands on the left.
+    int left = 0;
+    int top = 0;
+    canvas.translate_coordinates(*this, 0, 0, left, top);
+    double x = windowX - left + scroller.get_hadjustment()->get_value();
     double y = windowY + scroller.get_vadjustment()->get_value() - (menuBar ? menuBar->get_height() : 0);
     canvas.convert_from_pixels(x, y);
     return {x, y};

@@ -37,7 +37,6 @@ class varWindow;
 class vkWindow : public Gtk::Window {
 public:
     using ItemRef = Glib::RefPtr<Goocanvas::Item>;
-
     vkWindow();
     ~vkWindow() override;
 
@@ -89,6 +88,7 @@ public:
 
 protected:
     bool on_delete_event(GdkEventAny* event) override;  ///< Does nothing: the program ends through Quit only.
+    bool on_window_state_event(GdkEventWindowState* event) override;
 
     void buildActions(), buildMenus(), buildCanvas(), connectSignals(), pack();
     void appendToNodeMenu(const Glib::ustring& label, void (vkWindow::*handler)());
@@ -114,8 +114,8 @@ protected:
     void setBoxColour(plugin& node, bool isSelected);
     void select(const ItemRef&item), storePlace(const ItemRef&item);     ///< storePlace tells the library.
     Glib::ustring plugInAmong(const std::vector<ItemRef>& items) const;  ///< Named by the second item or a later one.
-    void endGestures();             ///< A box in motion stays where it is, a wire that is being drawn goes.
-    CanvasPoint pointerOnCanvas();  ///< Whatever the scrolling and the zoom.
+    void endGestures(), loseGrip();  ///< A box in motion stays, a new wire goes; loseGrip: no release will come.
+    CanvasPoint pointerOnCanvas();   ///< Whatever the scrolling and the zoom.
 
     QzManager* manager = nullptr;
     std::map<Glib::ustring, unsigned short> kindMap;
@@ -139,11 +139,10 @@ protected:
     Glib::RefPtr<Gtk::ActionGroup> actionGroup;
     Glib::RefPtr<Gtk::UIManager> uiManager;
     Gtk::Widget* menuBar = nullptr;
-    bool modified = false;
     ItemRef selectedItem, draggedBox;  ///< Boxes, or empty.
-    bool dragging = false;
-    CanvasPoint lastPointer{0, 0};
-    bool wiring = false;
+    bool modified = false, dragging = false, wiring = false;
+    unsigned gestureButton = 1;     ///< That began the gesture.
+    CanvasPoint lastPointer{0, 0};  ///< Where the pointer was at what the dragged box has followed.
     PortRef wiringSource;
     RubberBand rubberBand;
     varWindow* lastDialog = nullptr;  ///< Written when a variables dialog is made, read nowhere.

@@ -27,9 +27,10 @@ Glib::ustring vkWindow::plugInAmong(const std::vector<ItemRef>& items) const {
     return {};
 }
 
-bool vkWindow::start_draw(const ItemRef& item, GdkEventButton* /*event*/) {
+bool vkWindow::start_draw(const ItemRef& item, GdkEventButton* event) {
     endGestures();  // A double click presses twice.
     wiring = true;
+    gestureButton = event->button;
     const CanvasPoint pointer = pointerOnCanvas();
     const CanvasPoint start = placeOf(item);
     wiringSource.clear();
@@ -83,6 +84,7 @@ bool vkWindow::pull_off(const Glib::ustring& port) {
         return false;
     }
     wiring = true;
+    gestureButton = 1;
     path->second->remove();
     pathMap.erase(path);
     wiringSource = connectionMap[input];

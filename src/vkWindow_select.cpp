@@ -5,10 +5,17 @@
 
 #include <QzBase.h>
 #include <QzManager.h>
+#include <goocanvas.h>
 
 namespace {
 
 constexpr double canvasHeight = 1200;
+
+/// Whether the pointer's button is still held at a motion. The toolkit knows that of the first five buttons.
+bool isHeld(const GdkEventMotion& motion, unsigned button) {
+    constexpr unsigned knownButtons = 5;
+    return button > knownButtons || (motion.state & (GDK_BUTTON1_MASK << (button - 1))) != 0;
+}
 
 }  // namespace
 
@@ -47,13 +54,18 @@ void vkWindow::select(const ItemRef& item) {
 
 bool vkWindow::start_drag(const ItemRef& item) {
     dragging = true;
+    gestureButton = 1;
     draggedBox = item;
     lastPointer = pointerOnCanvas();
     return false;
 }
 
-bool vkWindow::mouse_drag(const ItemRef& item, GdkEventMotion* /*event*/) {
+bool vkWindow::mouse_drag(const ItemRef& item, GdkEventMotion* event) {
     if (!dragging && !wiring) {
+        return false;
+    }
+    if (!isHeld(*event, gestureButton)) {
+        loseGrip();  // The release went elsewhere.
         return false;
     }
     const CanvasPoint pointer = pointerOnCanvas();
@@ -62,10 +74,14 @@ bool vkWindow::mouse_drag(const ItemRef& item, GdkEventMotion* /*event*/) {
         return false;
     }
     if (plugin* node = nodeOf(titleOf(item))) {
-        node->translate(static_cast<float>(pointer.x - lastPointer.x), static_cast<float>(pointer.y - lastPointer.y));
+        // What the box has not followed yet, a part of a unit or the way beyond the canvas's edge, counts at later
+        // steps.
+        const auto [dx, dy] = node->follow({pointer.x - lastPointer.x, pointer.y - lastPointer.y});
+        lastPointer = {lastPointer.x + dx, lastPointer.y + dy};
+    } else {
+        lastPointer = pointer;
     }
-    redrawConnections();  // All of them, whichever node moves.
-    lastPointer = pointer;
+    redrawConnections();
     return false;
 }
 
@@ -79,7 +95,7 @@ bool vkWindow::stop_drag(const ItemRef& item, GdkEventButton* /*event*/) {
 
 void vkWindow::storePlace(const ItemRef& boxItem) {
     plugin* node = nodeOf(titleOf(boxItem));
-    if (!node) {
+    if (!node || node->isDisplaced()) {
         return;
     }
     const auto [x, y] = placeOf(boxItem);
@@ -99,6 +115,15 @@ void vkWindow::endGestures() {
     draggedBox.reset();
     wiring = false;
     rubberBand.remove();
+}
+
+void vkWindow::loseGrip() {
+    endGestures();
+    // No release will tell the canvas that the item no longer holds the pointer.
+    GooCanvas* widget = canvas.gobj();
+    if (widget->pointer_grab_item) {
+        goo_canvas_pointer_ungrab(widget, widget->pointer_grab_item, GDK_CURRENT_TIME);
+    }
 }
 
 void vkWindow::on_del() {

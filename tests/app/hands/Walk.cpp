@@ -23,6 +23,9 @@ constexpr double portInset = 8;
 constexpr double handleHeight = 15;
 constexpr double halfBorder = 1;
 
+// A box follows the pointer by whole units.
+constexpr double wholeUnit = 1;
+
 double rowOf(const std::vector<std::string>& ports, const std::string& port) {
     return header + row * static_cast<double>(std::find(ports.begin(), ports.end(), port) - ports.begin());
 }
@@ -159,26 +162,54 @@ bool Walk::dragBy(const std::string& name, int dx, int dy) {
     if (!pull(from, {from.x + dx, from.y + dy})) {
         return false;
     }
-    // A place snaps to whole units at each motion that arrives.
-    constexpr double snapped = 3;
     const bool isThere = save([&](const SavedPipeline& now) {
-        return std::abs(now.node(name).x - x) <= snapped && std::abs(now.node(name).y - y) <= snapped;
+        return std::abs(now.node(name).x - x) <= wholeUnit && std::abs(now.node(name).y - y) <= wholeUnit;
     });
     selectedName = name;
     lookAtSelected();
     return isThere;
 }
 
-bool Walk::select(const std::string& name) {
-    const ScreenPoint handle = handleOf(name);
-    desktop.click(handle.x, handle.y);
+bool Walk::loseWhileDragging(const std::string& name, ScreenPoint travel, std::vector<std::string> leaving) {
+    const ScreenPoint from = handleOf(name);
+    const double x = pipeline.node(name).x + travel.x / zoom;
+    const double y = pipeline.node(name).y + travel.y / zoom;
+    desktop.act({"mousemove", word(from.x), word(from.y), "mousedown", "1"});
+    bool isHeld = hasCaughtUp();
+    desktop.act({"mousemove", word(from.x + travel.x), word(from.y + travel.y)});
+    isHeld = hasCaughtUp() && isHeld;
+    desktop.act(leaving);
+    isHeld = waitFor([this] { return !isShown(); }) && isHeld;
+    desktop.act({"mouseup", "1"});
+    isHeld = desktop.activate(window) && isHeld;
+    desktop.act({"mousemove", word(from.x), word(from.y + travel.y / 2)});
     selectedName = name;
+    return isHeld && save([&](const SavedPipeline& now) {
+               return std::abs(now.node(name).x - x) <= wholeUnit && std::abs(now.node(name).y - y) <= wholeUnit;
+           }) &&
+           isDrawnAsSaved();
+}
+
+bool Walk::isShown() const {
+    const std::string shown =
+        desktop.act({"search", "--onlyvisible", "--all", "--pid", std::to_string(editor->id()), "--class", "."});
+    return shown.find(window) != std::string::npos;
+}
+
+bool Walk::isDrawnAsSaved() {
     return waitFor([this] {
         const Screen screen(desktop, folder.path() / "look.ppm");
         const ScreenArea box = screen.find(selectedFills, canvasArea);
         const ScreenPoint corner = toScreen(pipeline.node(selectedName).x, pipeline.node(selectedName).y);
         return box.width > 0 && std::abs(box.x - corner.x) <= 4 && std::abs(box.y - corner.y) <= 4;
     });
+}
+
+bool Walk::select(const std::string& name) {
+    const ScreenPoint handle = handleOf(name);
+    desktop.click(handle.x, handle.y);
+    selectedName = name;
+    return isDrawnAsSaved();
 }
 
 bool Walk::wire(const std::string& sender, const std::string& receiver, const std::string& input) {

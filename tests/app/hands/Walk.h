@@ -36,6 +36,11 @@ public:
     void create();
     /// Drags a box by so many pixels. The box must be in view.
     bool dragBy(const std::string& name, int dx, int dy);
+    /// Drags a box by so many pixels, and with the button still down has the window taken away by these words of
+    /// xdotool. Lets go, brings the window back and moves the pointer. @return whether the box stays where it was left,
+    /// in the document and on the screen.
+    bool loseWhileDragging(const std::string& name, ScreenPoint travel, std::vector<std::string> leaving);
+    const std::string& windowNumber() const { return window; }
     bool select(const std::string& name);
     bool wire(const std::string& sender, const std::string& receiver, const std::string& input);
     bool pullOff(const std::string& receiver, const std::string& from, const std::string& to);
@@ -49,6 +54,9 @@ public:
 private:
     /// Has the document written once. The program takes its events in turn, so all that came before is done then.
     bool hasCaughtUp();
+    bool isShown() const;
+    /// Whether the selected box is on the screen where the document says.
+    bool isDrawnAsSaved();
     /// Has the document written until it is so.
     bool save(const std::function<bool(const SavedPipeline&)>& isDone);
     /// Finds the canvas in the window, and, by the box that is selected, what part of it is shown.

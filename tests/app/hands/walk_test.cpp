@@ -95,6 +95,20 @@ TEST_P(Hands, theDocumentHoldsWhatWasDone) {
     EXPECT_TRUE(walk.quit());
 }
 
+/// A box that is held while its window goes away.
+using Losing = Hands;
+
+TEST_P(Losing, noBoxFollowsThePointerAfterTheWindowWasAway) {
+    walk.create();
+    walk.create();
+    const int step = static_cast<int>(80 * walk.scale());
+    EXPECT_TRUE(walk.loseWhileDragging(second, {step, -step}, {"windowminimize", walk.windowNumber()}));
+    EXPECT_TRUE(walk.loseWhileDragging(second, {step, step}, {"set_desktop", "1"}));
+    ASSERT_TRUE(walk.select(first));
+    EXPECT_TRUE(walk.dragBy(first, step, step));
+    EXPECT_TRUE(walk.quit());
+}
+
 std::string nameOfView(const testing::TestParamInfo<View>& view) {
     return view.param.name;
 }
@@ -103,5 +117,6 @@ INSTANTIATE_TEST_SUITE_P(Views, Hands,
                          testing::Values(View{"plain", 0, 0, 0}, View{"closer", 5, 0, 0}, View{"farther", -5, 0, 0},
                                          View{"large", 0, 1000, 800}),
                          nameOfView);
+INSTANTIATE_TEST_SUITE_P(Views, Losing, testing::Values(View{"plain", 0, 0, 0}, View{"closer", 3, 0, 0}), nameOfView);
 
 }  // namespace

@@ -14,6 +14,10 @@ GdkDevice* pointerOf(GdkDisplay* display) {
     return gdk_seat_get_pointer(gdk_display_get_default_seat(display));
 }
 
+unsigned maskOf(unsigned button) {
+    return button > 5 ? 0 : GDK_BUTTON1_MASK << (button - 1);
+}
+
 /// Handles what the server sent, but for the motions that follow from moving the pointer: the test gives its own.
 void handleAllButPointerEvents() {
     while (GdkEvent* event = gdk_event_get()) {
@@ -28,6 +32,10 @@ void handleAllButPointerEvents() {
 }  // namespace
 
 HandsTest::HandsTest() {
+    showWindow();
+}
+
+void HandsTest::showWindow() {
     window->resize(1000, 800);
     window->show();
     pumpUntil([this] { return window->canvas.get_mapped() && window->scroller.get_height() > 600; });
@@ -83,10 +91,9 @@ void HandsTest::warp(CanvasPoint place) {
     window->canvas.convert_to_pixels(place.x, place.y);
     int left = 0;
     int top = 0;
-    window->get_window()->get_origin(left, top);
+    window->canvas.get_window()->get_origin(left, top);
     warpTo(left + static_cast<int>(std::lround(place.x - window->scroller.get_hadjustment()->get_value())),
-           top + window->menuBar->get_height() +
-               static_cast<int>(std::lround(place.y - window->scroller.get_vadjustment()->get_value())));
+           top + static_cast<int>(std::lround(place.y - window->scroller.get_vadjustment()->get_value())));
 }
 
 void HandsTest::warpTo(int screenX, int screenY) {
@@ -114,11 +121,22 @@ void HandsTest::send(GdkEventType type, unsigned button) {
     if (type == GDK_MOTION_NOTIFY) {
         event->motion.x = x;
         event->motion.y = y;
+        event->motion.state = held;
     } else {
         event->button.x = x;
         event->button.y = y;
         event->button.button = button;
     }
+    gtk_main_do_event(event);
+    gdk_event_free(event);
+}
+
+void HandsTest::turnWheel(GdkScrollDirection direction) {
+    GdkEvent* event = gdk_event_new(GDK_SCROLL);
+    event->any.window = GDK_WINDOW(g_object_ref(window->canvas.gobj()->canvas_window));
+    gdk_event_set_device(event, pointerOf(window->get_display()->gobj()));
+    event->scroll.direction = direction;
+    event->scroll.state = held;
     gtk_main_do_event(event);
     gdk_event_free(event);
 }
@@ -136,12 +154,22 @@ void HandsTest::moveOutside() {
     send(GDK_MOTION_NOTIFY, 0);
 }
 
+void HandsTest::moveBy(int dx, int dy) {
+    int x = 0;
+    int y = 0;
+    gdk_device_get_position(pointerOf(window->get_display()->gobj()), nullptr, &x, &y);
+    warpTo(x + dx, y + dy);
+    send(GDK_MOTION_NOTIFY, 0);
+}
+
 void HandsTest::press(CanvasPoint place, unsigned button, GdkEventType type) {
     warp(place);
+    held |= maskOf(button);
     send(type, button);
 }
 
 void HandsTest::release(unsigned button) {
+    held &= ~maskOf(button);
     send(GDK_BUTTON_RELEASE, button);
 }
 

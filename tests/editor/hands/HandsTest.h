@@ -11,6 +11,8 @@ class HandsTest : public EditorTest {
 protected:
     HandsTest();
 
+    void showWindow();
+
     /// A new node, moved apart from the others: its upper left corner at a place that can be seen.
     plugin& addAt(const std::string& kind, double x, double y);
 
@@ -22,6 +24,10 @@ protected:
     void scrollTo(CanvasPoint place);  ///< To the upper left corner of what is seen.
     void moveTo(CanvasPoint place);    ///< With a motion event.
     void moveOutside();                ///< Right of the window.
+    void moveBy(int dx, int dy);       ///< In pixels of the screen.
+    void turnWheel(GdkScrollDirection direction);
+    /// The button is let go where the window does not hear of it.
+    void releaseElsewhere() { held = 0; }
     void press(CanvasPoint place, unsigned button = 1, GdkEventType type = GDK_BUTTON_PRESS);
     void release(unsigned button = 1);
     void drag(CanvasPoint from, CanvasPoint to);
@@ -43,4 +49,6 @@ private:
     void warp(CanvasPoint place);
     void warpTo(int screenX, int screenY);
     void send(GdkEventType type, unsigned button);
+
+    unsigned held = 0;  ///< Mask of the buttons that are pressed.
 };

@@ -180,6 +180,89 @@ TEST_F(LeftBehind, byADocumentOpenedInTheMiddleOfWiring) {
     EXPECT_EQ(connections(), 3);
 }
 
+TEST_F(LeftBehind, byADragWhoseReleaseWentElsewhere) {
+    press(headOf("Adder"));
+    moveTo({400, 900});
+    const CanvasPoint dropped = cornerOf("Adder");
+    releaseElsewhere();
+    moveTo({450, 950});
+    expectNothingLeftBehind();
+    EXPECT_EQ(cornerOf("Adder").x, dropped.x);
+    float x = 0;
+    float y = 0;
+    object("Adder").GetPosition(x, y);
+    EXPECT_EQ(x, dropped.x);
+    // The next press is that of what it hits.
+    drag(headOf("Number"), {100, 1000});
+    EXPECT_EQ(cornerOf("Adder").x, dropped.x);
+    EXPECT_EQ(cornerOf("Number").y, 990);
+}
+
+TEST_F(LeftBehind, byAWireWhoseReleaseWentElsewhere) {
+    press(outputOf("Number", "value"), 2);
+    moveTo({400, 900});
+    EXPECT_TRUE(window->rubberBand.isShown());
+    releaseElsewhere();
+    moveTo({410, 900});
+    expectNothingLeftBehind();
+    press(inputOf("Adder", "a"));
+    releaseElsewhere();
+    moveTo({410, 900});
+    EXPECT_EQ(connections(), 0);
+}
+
+TEST_F(LeftBehind, byAWireDrawnWithAButtonOfWhichMotionsDoNotTell) {
+    press(outputOf("Number", "value"), 8);
+    moveTo(inputOf("Adder", "b"));
+    EXPECT_TRUE(window->rubberBand.isShown());
+    release(8);
+    EXPECT_TRUE(isBound("Adder", "b", "Number", "value"));
+}
+
+TEST_F(LeftBehind, byAWindowThatIsHidden) {
+    for (const CanvasPoint place : {headOf("Adder"), outputOf("Number", "value")}) {
+        press(place);
+        moveTo({400, 900});
+        window->hide();
+        expectNothingLeftBehind();
+        showWindow();
+        const CanvasPoint corner = cornerOf("Adder");
+        moveTo({450, 950});
+        release();
+        EXPECT_EQ(cornerOf("Adder").x, corner.x);
+    }
+}
+
+TEST_F(LeftBehind, byAWindowThatIsMinimised) {
+    press(headOf("Adder"));
+    moveTo({400, 900});
+    GdkEvent event{};
+    event.window_state.type = GDK_WINDOW_STATE;
+    event.window_state.window = window->get_window()->gobj();
+    event.window_state.changed_mask = GDK_WINDOW_STATE_FOCUSED;
+    event.window_state.new_window_state = GDK_WINDOW_STATE_FOCUSED;
+    gtk_main_do_event(&event);
+    EXPECT_TRUE(window->dragging);
+    event.window_state.changed_mask = GDK_WINDOW_STATE_ICONIFIED;
+    event.window_state.new_window_state = GDK_WINDOW_STATE_ICONIFIED;
+    gtk_main_do_event(&event);
+    expectNothingLeftBehind();
+    moveTo({450, 950});
+    release();
+    EXPECT_EQ(cornerOf("Adder").x, 360);
+}
+
+TEST_F(LeftBehind, byAWindowThatIsTakenOffTheScreen) {
+    press(outputOf("Number", "value"));
+    moveTo({400, 900});
+    GdkEvent event{};
+    event.any.type = GDK_UNMAP;
+    event.any.window = window->get_window()->gobj();
+    gtk_main_do_event(&event);
+    expectNothingLeftBehind();
+    release();
+}
+
 TEST_F(LeftBehind, byAQuestionThatIsAskedInTheMiddleOfAGesture) {
     press(headOf("Adder"));
     moveTo({400, 900});
@@ -189,6 +272,34 @@ TEST_F(LeftBehind, byAQuestionThatIsAskedInTheMiddleOfAGesture) {
     press(outputOf("Number", "value"));
     answerNext(Gtk::RESPONSE_NO);
     Gtk::MessageDialog("Shall it be?", false, Gtk::MESSAGE_QUESTION, Gtk::BUTTONS_YES_NO).run();
+}
+
+/// The window as it is in a language that is written from right to left.
+class RightToLeft : public HandsTest {
+protected:
+    RightToLeft() {
+        Gtk::Widget::set_default_direction(Gtk::TEXT_DIR_RTL);
+        restart(script());
+        showWindow();
+        addAt("Number", 50, 700);
+        addAt("Adder", 300, 700);
+    }
+    ~RightToLeft() override { Gtk::Widget::set_default_direction(Gtk::TEXT_DIR_LTR); }
+};
+
+TEST_F(RightToLeft, theCanvasStandsBesideItsScrollbarAndTheHandMeetsWhatItSees) {
+    int left = 0;
+    int top = 0;
+    ASSERT_TRUE(window->canvas.translate_coordinates(*window, 0, 0, left, top));
+    EXPECT_GT(left, 0);
+    moveTo({321, 765});
+    EXPECT_EQ(window->pointerOnCanvas().x, 321);
+    EXPECT_EQ(window->pointerOnCanvas().y, 765);
+    drag(outputOf("Number", "value"), inputOf("Adder", "a"));
+    EXPECT_TRUE(isBound("Adder", "a", "Number", "value"));
+    drag(headOf("Adder"), {500, 900});
+    EXPECT_EQ(cornerOf("Adder").x, 460);
+    expectNothingLeftBehind();
 }
 
 }  // namespace
