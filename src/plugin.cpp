@@ -67,6 +67,12 @@ void shift(const Glib::RefPtr<Goocanvas::Item>& item, float dx, float dy) {
     item->set_property("y", static_cast<double>(static_cast<float>(y) + dy));
 }
 
+/// As its properties say, but in no time, for thousands of them at every step of a drag.
+CanvasPoint placeOfText(const plugin::TextItem& text) {
+    const GooCanvasTextData* data = text->gobj()->text_data;
+    return {data->x, data->y};
+}
+
 /// A name that is not there is entered as the first one. Compared letter for letter first, which is much quicker than
 /// by the rules of the user's language, as the map does it.
 unsigned short positionOf(std::map<Glib::ustring, unsigned short>& index, const Glib::ustring& port) {
@@ -276,7 +282,7 @@ void plugin::raise_to_top() {
 CanvasPoint plugin::outputAnchor(const Glib::ustring& port) {
     const std::size_t position = positionOf(outputIndex, port);
     if (position < outputTexts.size()) {
-        return placeOf(outputTexts[position]);
+        return placeOfText(outputTexts[position]);
     }
     double width = 0;
     box->get_property("width", width);
@@ -287,7 +293,7 @@ CanvasPoint plugin::outputAnchor(const Glib::ustring& port) {
 CanvasPoint plugin::inputAnchor(const Glib::ustring& port) {
     const std::size_t position = positionOf(inputIndex, port);
     if (position < inputTexts.size()) {
-        return placeOf(inputTexts[position]);
+        return placeOfText(inputTexts[position]);
     }
     const auto [x, y] = placeOf(box);
     return {x + portInset, y + headerHeight};

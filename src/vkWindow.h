@@ -106,7 +106,8 @@ protected:
     void forgetConnections(plugin& node, const Glib::ustring& name);
     void layWire(NodePort from, NodePort to, Glib::RefPtr<Goocanvas::Path>& path);
     void forgetConnection(const PortRef& input);  ///< Its path off the canvas, out of both maps.
-    void redrawConnections(), deleteAll();        ///< Connect, pldelete for every key of pluginMap.
+    void redrawConnections();                     ///< As connectAll(), but what lies as it would then is not touched.
+    void connectAll(), deleteAll();               ///< connect, pldelete for every key of the maps.
     bool askForRemoval();                 ///< Deletes all nodes where the user says yes; @return whether the user did.
     void write(const std::string& file);  ///< The document; clears the flags where that succeeds.
     void joinWorker(), stopWorker();      ///< Wait for a run to end; stopWorker asks it to.

@@ -105,23 +105,6 @@ TEST_F(Moving, theLibraryHearsNothingBeforeTheRelease) {
     EXPECT_THAT(recording::edits(), testing::SizeIs(1));
 }
 
-TEST_F(Moving, everyPathIsMadeAnewAtEveryStep) {
-    window->connect({"Number", "value"}, {"Adder", "a"});
-    window->connect({"Number", "value"}, {"Adder", "b"});
-    recording::forgetCalls();
-    const auto before = window->pathMap;
-    press(headOf("Adder1"));
-    moveTo({700, 900});
-    ASSERT_EQ(window->pathMap.size(), before.size());
-    for (const auto& [input, path] : window->pathMap) {
-        EXPECT_NE(path, before.at(input));
-        EXPECT_FALSE(before.at(input)->get_canvas());
-    }
-    release();
-    EXPECT_THAT(recording::callsOf("Connect"), IsEmpty());
-    expectNothingLeftBehind();
-}
-
 TEST_F(Moving, followsThePointersTravelScrolledAndZoomed) {
     for (const double scale : {0.5, 1.0, 2.0}) {
         window->canvas.set_scale(scale);

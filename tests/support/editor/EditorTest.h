@@ -16,6 +16,7 @@ class OpenWindow : public vkWindow {
 public:
     using vkWindow::actionGroup;
     using vkWindow::canvas;
+    using vkWindow::connectAll;
     using vkWindow::connectionMap;
     using vkWindow::controlRow;
     using vkWindow::deleteAll;

@@ -1,0 +1,86 @@
+#include "wirePath.h"
+
+#include <goocanvas.h>
+
+#include <algorithm>
+#include <locale>
+#include <sstream>
+#include <string>
+#include <utility>
+
+namespace {
+
+constexpr int inset = 3;
+
+/// Beyond it the numbers of a curve overflow.
+constexpr double farthest = 1e9;
+
+int whole(double coordinate) {
+    return static_cast<int>(std::clamp(coordinate, -farthest, farthest));
+}
+
+std::string curve(const WireEnds& ends) {
+    const double half = static_cast<double>(ends.toX - ends.fromX) * 0.5;
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    text << "M " << ends.fromX + inset << ' ' << ends.fromY << " C " << ends.fromX + half + inset << ' ' << ends.fromY
+         << ' ' << ends.toX - half - inset << ' ' << ends.toY << ' ' << ends.toX - inset << ' ' << ends.toY;
+    return text.str();
+}
+
+}  // namespace
+
+WireEnds::WireEnds(CanvasPoint output, CanvasPoint input)
+    : fromX(whole(output.x)), fromY(whole(output.y)), toX(whole(input.x)), toY(whole(input.y)) {}
+
+Glib::RefPtr<Goocanvas::Path> makeWire(const WireEnds& ends) {
+    auto path = Goocanvas::Path::create(curve(ends));
+    path->set_property("can_focus", false);
+    path->set_property("line_width", 4);
+    path->set_property("stroke_color", Glib::ustring("firebrick"));
+    return path;
+}
+
+bool leads(const Glib::RefPtr<Goocanvas::Path>& wire, const WireEnds& ends) {
+    const GArray* commands = wire->gobj()->path_data->path_commands;
+    if (commands->len != 2) {
+        return false;
+    }
+    const auto& start = g_array_index(commands, GooCanvasPathCommand, 0).simple;
+    const auto& end = g_array_index(commands, GooCanvasPathCommand, 1).curve;
+    return start.x == ends.fromX + inset && start.y == ends.fromY && end.x == ends.toX - inset && end.y == ends.toY;
+}
+
+WireStack::WireStack(Glib::RefPtr<Goocanvas::Item> root, std::size_t count)
+    : root(std::move(root)), next(static_cast<int>(count)) {
+    wires.reserve(count);
+}
+
+bool WireStack::isAt(int position, const Wire& wire) const {
+    return goo_canvas_item_get_child(root->gobj(), position) == GOO_CANVAS_ITEM(wire->gobj());
+}
+
+void WireStack::add(Wire& wire, const WireEnds& ends) {
+    --next;
+    isInOrder = isInOrder && isAt(next, wire);
+    wires.push_back(&wire);
+    if (!leads(wire, ends)) {
+        moved.push_back({&wire, ends, next});
+    }
+}
+
+void WireStack::lay() {
+    if (!isInOrder) {
+        for (const Wire* wire : wires) {
+            root->move_child(root->find_child(*wire), 0);
+        }
+    }
+    for (const Moved& each : moved) {
+        root->remove_child(each.position);
+    }
+    // From the bottom up, so that all below each of them is in place.
+    std::for_each(moved.rbegin(), moved.rend(), [this](const Moved& each) {
+        *each.wire = makeWire(each.ends);
+        root->add_child(*each.wire, each.position);
+    });
+}
