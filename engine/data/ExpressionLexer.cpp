@@ -25,31 +25,79 @@ bool isInsideCharacter(char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
 }
 
+/// Bytes of the UTF-8 character that a text begins with; 0 where it begins with none.
+std::size_t characterBytes(std::string_view text) {
+    const auto first = static_cast<unsigned char>(text.front());
+    const std::size_t count = first < 0x80   ? 1
+                              : first < 0xC2 ? 0
+                              : first < 0xE0 ? 2
+                              : first < 0xF0 ? 3
+                              : first < 0xF5 ? 4
+                                             : 0;
+    if (count > text.size()) {
+        return 0;
+    }
+    for (const char c : text.substr(1, count > 1 ? count - 1 : 0)) {
+        if (!isInsideCharacter(c)) {
+            return 0;
+        }
+    }
+    const auto second = static_cast<unsigned char>(count > 2 ? text[1] : '\0');
+    const bool isOverlong = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
+    const bool isOutside = (first == 0xED && second > 0x9F) || (first == 0xF4 && second > 0x8F);
+    return count > 2 && (isOverlong || isOutside) ? 0 : count;
+}
+
+bool isControl(std::string_view character) {
+    const auto first = static_cast<unsigned char>(character.front());
+    const bool isUpper = first == 0xC2 && static_cast<unsigned char>(character.back()) < 0xA0;
+    return first < 0x20 || first == 0x7F || isUpper;
+}
+
 /// The part of the text around the place that fits a line; the place moves along.
-std::string window(std::string_view text, std::size_t& place) {
-    if (text.size() <= mostShown)
-        return std::string(text);
+std::string_view window(std::string_view text, std::size_t& place) {
+    if (text.size() <= mostShown) {
+        return text;
+    }
     std::size_t begin = place > mostShown / 2 ? place - mostShown / 2 : 0;
-    while (begin < text.size() && isInsideCharacter(text[begin]))
+    while (begin < place && isInsideCharacter(text[begin])) {
         ++begin;
+    }
     std::size_t end = std::min(text.size(), begin + mostShown);
-    while (end < text.size() && isInsideCharacter(text[end]))
+    while (end < std::min(text.size(), begin + mostShown + 3) && isInsideCharacter(text[end])) {
         ++end;
-    place = place - begin + (begin > 0 ? 3 : 0);
-    return (begin > 0 ? "..." : "") + std::string(text.substr(begin, end - begin)) + (end < text.size() ? "..." : "");
+    }
+    place -= begin;
+    return text.substr(begin, end - begin);
+}
+
+/// The text in one line of UTF-8: a blank for a control character, U+FFFD for a byte that belongs to no character.
+/// @param column that the place has in the line, in characters.
+std::string asLine(std::string_view text, std::size_t place, std::size_t& column) {
+    std::string line;
+    for (std::size_t position = 0; position < text.size();) {
+        const std::size_t count = characterBytes(text.substr(position));
+        const std::string_view character = text.substr(position, count);
+        column += position < place ? 1 : 0;
+        line += count == 0 ? "\xEF\xBF\xBD" : isControl(character) ? " " : character;
+        position += std::max<std::size_t>(count, 1);
+    }
+    return line;
 }
 
 }  // namespace
 
 void refuse(std::string_view text, std::size_t place, const std::string& reason) {
-    std::string line = window(text, place);
-    std::replace_if(
-        line.begin(), line.end(), [](unsigned char c) { return c < 0x20; }, ' ');
-    std::string blanks;
-    for (std::size_t position = 0; position < place; ++position)
-        if (position >= line.size() || !isInsideCharacter(line[position]))
-            blanks += ' ';
-    throw Failure(reason + "\n  " + line + "\n  " + blanks + "^");
+    constexpr std::string_view omission = "...";
+    std::size_t placeInPart = place;
+    const std::string_view part = window(text, placeInPart);
+    const std::string_view before = part.data() == text.data() ? "" : omission;
+    const std::string_view after = part.data() + part.size() == text.data() + text.size() ? "" : omission;
+    std::size_t column = before.size();
+    std::size_t ignored = 0;
+    const std::string line = asLine(part, placeInPart, column);
+    throw Failure(asLine(reason, 0, ignored) + "\n  " + std::string(before) + line + std::string(after) + "\n  " +
+                  std::string(column, ' ') + "^");
 }
 
 Token Lexer::next() {

@@ -60,7 +60,9 @@ private:
     public:
         explicit Level(Parser& parser) : count(parser.levels) {
             if (++count > mostLevels)
-                refuse(parser.source, parser.token.place, "the expression is nested too deeply");
+                refuse(parser.source, parser.token.place,
+                       "the expression is nested too deeply; at most " + textOf(mostParentheses) +
+                           " parentheses stand one within the other");
         }
         ~Level() { --count; }
         Level(const Level&) = delete;

@@ -22,9 +22,10 @@ struct Node {
     std::vector<std::size_t> children;
 };
 
-/// Longest text, and deepest nesting, that is read.
+/// Longest text, and deepest nesting, that is read. A pair of parentheses takes two levels, and so does what is within.
 inline constexpr std::size_t mostCharacters = 16384;
-inline constexpr int mostLevels = 400;
+inline constexpr int mostParentheses = 200;
+inline constexpr int mostLevels = 2 * mostParentheses + 2;
 
 /// @return all parts, each after its children: the last is the whole. No nesting of the text makes a later pass
 ///         recurse.

@@ -385,6 +385,30 @@ TEST(ExpressionMistake, ofAnyDepthIsRefusedAndNoCrash) {
     EXPECT_EQ(real(repeated("(", 150) + "x" + repeated(")", 150)), 1.5);
 }
 
+TEST(ExpressionMistake, nestsAsDeepAsThePageSays) {
+    EXPECT_EQ(real(repeated("(", 200) + "x" + repeated(")", 200)), 1.5);
+    EXPECT_EQ(real(repeated("sqrt(", 200) + "1" + repeated(")", 200)), 1.0);
+    EXPECT_NE(refusalOf(repeated("(", 201) + "x" + repeated(")", 201))
+                  .find("nested too deeply; at most 200 parentheses stand one within the other"),
+              std::string::npos);
+}
+
+TEST(ExpressionMistake, showsBytesThatAreNoCharacterAsReplacements) {
+    EXPECT_EQ(refusalOf("x + \xE9nergy"), "there is no column \"\uFFFDnergy\"\n  x + \uFFFDnergy\n      ^");
+    EXPECT_NE(refusalOf("'\xED\xA0\x80\x7F' == 1").find("  '\uFFFD\uFFFD\uFFFD ' == 1\n         ^"), std::string::npos);
+}
+
+TEST(ExpressionMistake, isShownInALongTextWithoutACharacter) {
+    for (const char* byte : {"\x80", "\xC3", "\xE2\x82", "\xC3\xA9"}) {
+        for (const std::string& text : {repeated(byte, 500) + " ! " + repeated(byte, 300), repeated(byte, 20'000)}) {
+            const std::string refusal = refusalOf(text);
+            const std::string caret = refusal.substr(refusal.rfind('\n') + 1);
+            EXPECT_LT(refusal.size(), 2400U);
+            EXPECT_EQ(caret.find_first_not_of(' '), caret.size() - 1);
+        }
+    }
+}
+
 TEST(Expression, takesALongSumWithFewBuffers) {
     EXPECT_EQ(real("0" + repeated("+x", 8000)), 12000.0);
 }
