@@ -83,7 +83,10 @@ std::map<std::string, ColumnType> csvTypesIn(const std::string& text) {
         const std::size_t colon = part.rfind(':');
         if (colon == std::string::npos)
             throw Failure("types", "\"" + part + "\" must be the name of a column, a colon and a type.");
-        types[trimmed(part.substr(0, colon))] = typeNamed(trimmed(part.substr(colon + 1)));
+        const std::string name = trimmed(part.substr(0, colon));
+        if (!types.emplace(name, typeNamed(trimmed(part.substr(colon + 1)))).second) {
+            throw Failure("types", "the type of column \"" + name + "\" is given twice.");
+        }
     }
     return types;
 }

@@ -5,8 +5,10 @@
 #include <velmorak/Failure.h>
 #include <velmorak/Value.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <set>
 
 namespace velmorak {
 
@@ -113,6 +115,22 @@ const FormName& formNamed(const std::string& name) {
     throw Failure("columns", "there is no distribution \"" + name + "\", only " + known + ".");
 }
 
+/// An upper limit of the size of the numbers.
+double largestOf(const Distribution& distribution) {
+    switch (distribution.form) {
+        case Distribution::Form::Uniform:
+            return std::max(std::fabs(distribution.first), std::fabs(distribution.second));
+        case Distribution::Form::Gauss:  // sqrt(-2 log(2^-53)) deviations.
+            return std::fabs(distribution.first) + 9.0 * distribution.second;
+        case Distribution::Form::Exponential:  // -log(2^-53) means.
+            return 37.0 * distribution.first;
+        case Distribution::Form::BreitWigner:  // Half of tan(pi (1/2 - 2^-53)) widths.
+            return std::fabs(distribution.first) + 2e15 * distribution.second;
+        default:
+            return distribution.first;
+    }
+}
+
 /// @throws Failure where no number can be distributed so.
 void check(const Distribution& distribution, const std::string& text) {
     using Form = Distribution::Form;
@@ -124,6 +142,9 @@ void check(const Distribution& distribution, const std::string& text) {
                                                       : distribution.second > 0.0;
     if (!isFinite || !isUsable)
         throw Failure("columns", "\"" + text + "\" has parameters that no distribution can have.");
+    if (!std::isfinite(largestOf(distribution))) {
+        throw Failure("columns", "\"" + text + "\" gives numbers beyond 1.8e308, the largest that a column can hold.");
+    }
 }
 
 Distribution distributionOf(const std::string& text) {
@@ -151,7 +172,8 @@ double Distribution::valueAt(std::uint64_t row, std::uint32_t column, std::uint6
     const Draws::Pair pair = draws.next();
     switch (form) {
         case Form::Uniform:
-            return first + (second - first) * pair.first;
+            return std::isfinite(second - first) ? first + (second - first) * pair.first
+                                                 : first * (1.0 - pair.first) + second * pair.first;
         case Form::Gauss:  // Box and Muller.
             return first +
                    second * std::sqrt(-2.0 * std::log(pair.first)) * std::cos(2.0 * std::numbers::pi * pair.second);
@@ -164,6 +186,7 @@ double Distribution::valueAt(std::uint64_t row, std::uint32_t column, std::uint6
 
 std::vector<RandomColumn> randomColumnsIn(const std::string& text) {
     std::vector<RandomColumn> columns;
+    std::set<std::string> names;
     for (const std::string& line : splitAt(text, "\n;")) {
         if (line.empty())
             continue;
@@ -171,9 +194,9 @@ std::vector<RandomColumn> randomColumnsIn(const std::string& text) {
         if (colon == std::string::npos || trimmed(line.substr(0, colon)).empty())
             throw Failure("columns", "\"" + line + "\" must be a name, a colon and a distribution.");
         const std::string name = trimmed(line.substr(0, colon));
-        for (const RandomColumn& column : columns)
-            if (column.name == name)
-                throw Failure("columns", "there are two columns \"" + name + "\".");
+        if (!names.insert(name).second) {
+            throw Failure("columns", "there are two columns \"" + name + "\".");
+        }
         columns.push_back({name, distributionOf(trimmed(line.substr(colon + 1)))});
     }
     return columns;

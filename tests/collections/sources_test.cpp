@@ -105,6 +105,8 @@ TEST_F(Csv, typesCanBeGiven) {
     EXPECT_EQ(typeOf("x"), "real");
     EXPECT_EQ(bench.set("types", "z: real").failure(), "types: there is no column \"z\"");
     EXPECT_NE(bench.kind().refusal("types", "x: number"), "");
+    EXPECT_NE(bench.kind().refusal("types", "x: real; x: text").find("the type of column \"x\" is given twice"),
+              std::string::npos);
 }
 
 TEST_F(Csv, aBadFieldIsNamedByLineAndColumn) {
@@ -311,6 +313,16 @@ TEST(RandomTable, poissonProbabilitiesAreRight) {
     }
 }
 
+TEST(RandomTable, numbersAreFiniteUpToTheLargest) {
+    for (const char* widest : {"uniform(-1e308, 1e308)", "uniform(-1.7976931348623157e308, 1.7976931348623157e308)",
+                               "gauss(1e307, 1e307)", "exponential(4e306)", "breitwigner(1e308, 1e292)"}) {
+        for (const double value : randomNumbers(widest)) {
+            ASSERT_TRUE(std::isfinite(value)) << widest;
+        }
+    }
+    EXPECT_LT(distance(randomNumbers("uniform(-1e308, 1e308)"), [](double x) { return x / 1e308 / 2.0 + 0.5; }), 1.95);
+}
+
 TEST(RandomTable, theSeedDecides) {
     EXPECT_EQ(randomNumbers("gauss(0, 1)", "5", "50000"), randomNumbers("gauss(0, 1)", "5", "50000"));
     EXPECT_NE(randomNumbers("gauss(0, 1)", "5", "50000"), randomNumbers("gauss(0, 1)", "6", "50000"));
@@ -337,7 +349,8 @@ TEST(RandomTable, mistakesAreRefused) {
     const Kind& random = test::shippedKind("RandomTable");
     for (const char* text : {"x", "x:", ": uniform(0, 1)", "x: normal(0, 1)", "x: uniform(0)", "x: uniform(0, 1, 2)",
                              "x: uniform(1, 0)", "x: gauss(0, 0)", "x: gauss(0, NaN)", "x: exponential(-1)",
-                             "x: poisson(1e30)", "x: uniform(0, 1); x: uniform(0, 1)", "x: uniform(a, b)"})
+                             "x: poisson(1e30)", "x: gauss(0, 1e308)", "x: exponential(1e307)",
+                             "x: breitwigner(0, 1e300)", "x: uniform(0, 1); x: uniform(0, 1)", "x: uniform(a, b)"})
         EXPECT_NE(random.refusal("columns", text), "") << text;
     Bench bench("RandomTable");
     EXPECT_EQ(bench.set("columns", " ; ").failure(), "columns: there is no column to make");
