@@ -201,6 +201,9 @@ void FitKind::evaluate(const Arguments& arguments, Results& results, RunContext&
     if (arguments.isWired("model"))
         throw Failure("model", "the model cannot come by wire, because it decides which outputs there are");
     const FitModel model(arguments.text("model"));
+    for (const std::string& warning : model.warnings()) {
+        context.warn(warning);
+    }
     const FitOptions options = optionsFrom(arguments, context);
     const FitData data = entriesOf(arguments.value("data"), options.method == FitOptions::Method::Likelihood);
     const FitResult result = fit(model, data, options);

@@ -1,5 +1,6 @@
 #include "FitModelParts.h"
 
+#include "velmorak/Failure.h"
 #include "velmorak/Value.h"
 
 #include <algorithm>
@@ -15,8 +16,8 @@ struct Written {
     int level = 10;
 };
 
-std::string within(const Written& part, int level) {
-    return part.level < level ? "(" + part.text + ")" : part.text;
+std::string within(Written part, int level) {
+    return part.level < level ? "(" + std::move(part.text) + ")" : std::move(part.text);
 }
 
 Written call(const std::string& name, const std::vector<Written>& parts) {
@@ -35,11 +36,14 @@ Written constant(double value) {
 }
 
 /// The right side of - and / binds tighter, so that the tree is kept.
-Written infix(const std::string& symbol, int level, const std::vector<Written>& parts) {
-    return {within(parts[0], level) + symbol + within(parts[1], level + 1), level};
+Written infix(const std::string& symbol, int level, std::vector<Written>& parts) {
+    std::string text = within(std::move(parts[0]), level);
+    text += symbol;
+    text += within(std::move(parts[1]), level + 1);
+    return {std::move(text), level};
 }
 
-Written operation(const Step& step, const std::vector<Written>& parts) {
+Written operation(const Step& step, std::vector<Written>& parts) {
     switch (step.op) {
         case Op::Add:
             return infix("+", 5, parts);
@@ -88,6 +92,28 @@ Written operation(const Step& step, const std::vector<Written>& parts) {
     }
 }
 
+/// A name as the formula says it: in back quotes where it would mean something else.
+std::string nameIn(const std::string& name) {
+    for (const std::string_view word : {"and", "or", "not", "true", "false"}) {
+        if (name == word) {
+            return "`" + name + "`";
+        }
+    }
+    return name;
+}
+
+/// How often each step is part of others, and once more the result.
+std::vector<std::size_t> usesOf(const Program& program) {
+    std::vector<std::size_t> uses(program.steps.size(), 0);
+    for (const Step& step : program.steps) {
+        for (std::size_t k = 0; k < 3 && step.in[k] != Step::none; ++k) {
+            ++uses[step.in[k]];
+        }
+    }
+    ++uses[program.result];
+    return uses;
+}
+
 /// 0: the step does not depend on the chosen parameters; 1: linearly; 2: in another way.
 int degreeOf(const Step& step, const std::vector<int>& degrees) {
     const auto of = [&](std::size_t argument) {
@@ -120,19 +146,23 @@ bool isLinear(const Program& program, const std::vector<bool>& chosen) {
 }  // namespace
 
 std::string formulaOf(const Model& model) {
+    std::vector<std::size_t> uses = usesOf(model.program);
     std::vector<Written> written;
     for (const Step& step : model.program.steps) {
         std::vector<Written> parts;
-        for (std::size_t k = 0; k < 3 && step.in[k] != Step::none; ++k)
-            parts.push_back(written[step.in[k]]);
-        if (step.op == Op::Constant)
-            written.push_back(constant(step.constant));
-        else if (step.op == Op::Variable)
-            written.push_back({"x[0]", 10});
-        else if (step.op == Op::Parameter)
-            written.push_back({model.names[step.parameter], 10});
-        else
-            written.push_back(operation(step, parts));
+        for (std::size_t k = 0; k < 3 && step.in[k] != Step::none; ++k) {
+            Written& part = written[step.in[k]];
+            const bool isLastUse = --uses[step.in[k]] == 0;
+            parts.push_back(isLastUse ? std::move(part) : part);
+        }
+        written.push_back(step.op == Op::Constant    ? constant(step.constant)
+                          : step.op == Op::Variable  ? Written{"x[0]", 10}
+                          : step.op == Op::Parameter ? Written{nameIn(model.names[step.parameter]), 10}
+                                                     : operation(step, parts));
+        // A part that is used several times, as in pol9(pol9(x)), doubles the text at each level.
+        if (written.back().text.size() > expression::mostCharacters) {
+            throw Failure("the formula is too long");
+        }
     }
     return written[model.program.result].text;
 }

@@ -1,12 +1,15 @@
 #include "FitModelParts.h"
 
 #include "ExpressionProgram.h"
+#include "velmorak/Failure.h"
 #include "velmorak/Fit.h"
+#include "velmorak/FunctionValues.h"
 #include "velmorak/Value.h"
 
 #include <algorithm>
 #include <array>
 #include <numbers>
+#include <set>
 
 namespace velmorak::fitting {
 
@@ -79,6 +82,18 @@ std::size_t boundTo(const Bindings& bindings, std::string_view name) {
     return found->second;
 }
 
+FunctionObject functionOf(const Model& model, const std::vector<double>& values) {
+    FunctionObject made;
+    std::string names;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        names += (i == 0 ? "" : ",") + model.names[i];
+        made.parameters.push_back({model.names[i], values[i]});
+    }
+    made.codelet = "codelet:fit:verbatim:jel : 1 : " + formulaOf(model) + " : " + names + " : null";
+    made.arguments.push_back({"x0", {FunctionObject::Range{}}});
+    return made;
+}
+
 /// Makes the program of a text.
 class Builder {
 public:
@@ -93,6 +108,7 @@ public:
         for (const ModelParameter& parameter : model.parameters)
             model.names.push_back(parameter.name);
         refuseReserved();
+        refuseUnwritable();
         return std::move(model);
     }
 
@@ -140,7 +156,17 @@ private:
             return constant(node.text == "e" ? std::numbers::e : std::numbers::pi);
         if (!isWord(node.text))
             refuse(text, node.place, "a parameter's name is one word of letters, digits and _");
+        warnAbout(node);
         return parameter({node.text, Role::Any, 1.0, 0});
+    }
+
+    void warnAbout(const Node& node) {
+        const std::string meant = node.isQuoted ? std::string() : shapeMeantBy(node.text);
+        if (meant.empty() || !warned.insert(node.text).second) {
+            return;
+        }
+        model.warnings.push_back("\"" + node.text + "\" is fitted as a parameter, not as a function of x; if " + meant +
+                                 " is meant, write its name, else `" + node.text + "` in back quotes");
     }
 
     std::size_t parameter(const ModelParameter& wanted) {
@@ -275,9 +301,22 @@ private:
         }
     }
 
+    /// What is fitted must be computable later from the formula alone, which is longer than the text and nests deeper.
+    void refuseUnwritable() const {
+        try {
+            FunctionValues{functionOf(model, std::vector<double>(model.names.size(), 1.0))};
+        } catch (const Failure&) {
+            refuse(text, 0,
+                   "the formula of this model, with its shapes written out, has more than " +
+                       textOf(static_cast<double>(expression::mostCharacters)) + " characters or more than " +
+                       textOf(expression::mostParentheses) + " parentheses one within the other");
+        }
+    }
+
     std::string_view text;
     Model model;
     std::vector<std::string_view> written;  ///< In the text; views of the parts that build holds.
+    std::set<std::string> warned;
     std::optional<std::size_t> placeOfVariable;
 };
 
@@ -297,16 +336,12 @@ const std::vector<std::string>& FitModel::parameters() const {
     return model->names;
 }
 
+const std::vector<std::string>& FitModel::warnings() const {
+    return model->warnings;
+}
+
 FunctionObject FitModel::function(const std::vector<double>& values) const {
-    FunctionObject made;
-    std::string names;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        names += (i == 0 ? "" : ",") + model->names[i];
-        made.parameters.push_back({model->names[i], values[i]});
-    }
-    made.codelet = "codelet:fit:verbatim:jel : 1 : " + fitting::formulaOf(*model) + " : " + names + " : null";
-    made.arguments.push_back({"x0", {FunctionObject::Range{}}});
-    return made;
+    return fitting::functionOf(*model, values);
 }
 
 }  // namespace velmorak

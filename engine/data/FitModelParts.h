@@ -34,6 +34,8 @@ inline constexpr int highestDegree = 9;
 const std::vector<Shape>& allShapes();
 /// @return null for any other name.
 const Shape* findShape(std::string_view name);
+/// @return what a name seems to mean that is no shape, as "the shape gauss"; empty for most names.
+std::string shapeMeantBy(std::string_view name);
 
 /// What is known of a parameter of a model.
 struct ModelParameter {
@@ -49,12 +51,14 @@ struct Model {
     std::vector<ModelParameter> parameters;
     std::vector<std::string> names;
     std::size_t shapes = 0;
+    std::vector<std::string> warnings;  ///< Sentences on parameters whose names look like those of shapes.
 };
 
 /// @throws Failure with the text and a caret under the place.
 Model modelOf(std::string_view text);
 
 /// The program as an expression of x[0] and the parameters' names.
+/// @throws Failure when it becomes longer than an expression may be.
 std::string formulaOf(const Model& model);
 
 /// @return for each parameter whether the function is linear in all those together for which wanted is true, and it is

@@ -53,6 +53,33 @@ const Shape* findShape(std::string_view name) {
     return found == shapes.end() ? nullptr : &*found;
 }
 
+std::string shapeMeantBy(std::string_view name) {
+    constexpr std::size_t shortest = 4;  // What is shorter begins too many names.
+    std::string word;
+    for (const char c : name) {
+        if (c != '_') {
+            word += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        }
+    }
+    const bool isPolynomial = word.starts_with("pol") && word.size() > 3 &&
+                              word.find_first_not_of("0123456789", word[3] == 'y' ? 4 : 3) == std::string::npos;
+    if (isPolynomial) {
+        return "one of the shapes pol0 to pol" + textOf(highestDegree);
+    }
+    if (word.size() > 5 && word.ends_with("ian")) {
+        word.resize(word.size() - 3);  // Gaussian.
+    }
+    while (word.size() > shortest && word.back() >= '0' && word.back() <= '9') {
+        word.pop_back();
+    }
+    for (const Shape& shape : allShapes()) {
+        if (word.size() >= shortest && shape.name.starts_with(word)) {
+            return "the shape " + shape.name;
+        }
+    }
+    return {};
+}
+
 }  // namespace velmorak::fitting
 
 namespace velmorak {

@@ -27,6 +27,8 @@ public:
 
     /// Each once, in order of appearance.
     const std::vector<std::string>& parameters() const;
+    /// Sentences on parameters whose names look like those of shapes, such as "gaus".
+    const std::vector<std::string>& warnings() const;
     /// @param values one for each parameter.
     /// @return a function whose codelet holds its formula, which FunctionValues computes.
     FunctionObject function(const std::vector<double>& values) const;

@@ -141,6 +141,12 @@ TEST(FitKind, fitsInTheRangeOnly) {
     EXPECT_THAT(fit.failure(), HasSubstr("the range from 7 to 6 is empty"));
 }
 
+TEST(FitKind, warnsOfAParameterThatLooksLikeAShape) {
+    Bench fit("Fit");
+    fit.wire("data", line()).set("model", "expo").expectWarnings().run();
+    EXPECT_THAT(fit.warnings(), ElementsAre(HasSubstr("if the shape exponential is meant, write its name")));
+}
+
 TEST(FitKind, refusesWhatItCannotFit) {
     Bench nothing("Fit");
     EXPECT_THAT(nothing.failure(), HasSubstr("a histogram, profile or points must be wired"));

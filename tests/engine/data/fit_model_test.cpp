@@ -62,6 +62,40 @@ TEST(FitModel, joinsTheTailOfACrystalBallSmoothly) {
     EXPECT_DOUBLE_EQ(valueOf("crystalball", parameters, 5.0 + 2.0 * t), wanted);
 }
 
+std::string repeated(const std::string& text, std::size_t count) {
+    std::string all;
+    for (std::size_t i = 0; i < count; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+TEST(FitModel, warnsOfParametersThatLookLikeShapes) {
+    EXPECT_THAT(FitModel("n*gaus").warnings(),
+                ElementsAre("\"gaus\" is fitted as a parameter, not as a function of x; if the shape gauss is meant, "
+                            "write its name, else `gaus` in back quotes"));
+    EXPECT_THAT(FitModel("expo + expo*x").warnings(), ElementsAre(HasSubstr("the shape exponential")));
+    EXPECT_THAT(FitModel("pol10").warnings(), ElementsAre(HasSubstr("one of the shapes pol0 to pol9")));
+    EXPECT_THAT(FitModel("poly2 + Gaussian + Breit_Wigner").warnings(),
+                ElementsAre(HasSubstr("pol0 to pol9"), HasSubstr("gauss is"), HasSubstr("breitwigner")));
+    EXPECT_THAT(FitModel("gauss + `expo`*x + pole + mass + gauss_norm*exp(-x/tau)").warnings(), ElementsAre());
+}
+
+TEST(FitModel, refusesWhatItsFunctionCouldNotSay) {
+    const auto refusal = [](const std::string& text) { return failureOf([&] { FitModel{text}; }); };
+    const std::string reason =
+        "the formula of this model, with its shapes written out, has more than 16384 characters "
+        "or more than 200 parentheses one within the other";
+    EXPECT_THAT(refusal(repeated("pol9(", 40) + "x" + repeated(")", 40)), HasSubstr(reason));
+    EXPECT_THAT(refusal(repeated("2^", 300) + "x"), HasSubstr(reason));
+    EXPECT_EQ(refusal(repeated("(", 200) + "x" + repeated(")", 200)), "nothing failed");
+    EXPECT_THAT(refusal(repeated("(", 201) + "x" + repeated(")", 201)), HasSubstr("at most 200 parentheses"));
+}
+
+TEST(FitModel, givesAFunctionAlsoOfNamesThatAreWords) {
+    EXPECT_EQ(valueOf("`not`*x + `true` - `e`*`pi`", {2.0, 3.0, 4.0, 5.0}, 10.0), 3.0);
+}
+
 TEST(FitModel, refusesMistakesWithACaret) {
     const auto refusal = [](const std::string& text) { return failureOf([&] { FitModel{text}; }); };
     EXPECT_EQ(refusal("gauss + gaus(x)"),
