@@ -1,0 +1,109 @@
+"""Makes the seeds of the fuzz targets from the examples and the files of the tests: make_seeds.py SOURCE OUT."""
+
+import hashlib
+import json
+import pathlib
+import shutil
+import struct
+import sys
+
+source, out = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
+largest = 65536  # Longer files slow every run down and show nothing that shorter ones do not.
+counts = {}
+
+
+def seed(target, content):
+    if isinstance(content, str):
+        content = content.encode()
+    if len(content) > largest:
+        return
+    folder = out / target
+    folder.mkdir(parents=True, exist_ok=True)
+    (folder / hashlib.sha256(content).hexdigest()[:16]).write_bytes(content)
+    counts[target] = counts.get(target, 0) + 1
+
+
+def files(*patterns):
+    for pattern in patterns:
+        yield from sorted(source.glob(pattern))
+
+
+def values(document):
+    """Kind, input and value of each plug-in in a document."""
+    for plugin in document["plugins"]:
+        for port in plugin.get("inputs", []):
+            if isinstance(port.get("value"), str):
+                yield plugin["kind"], port["name"], port["value"]
+
+
+def listed(content, each=1):
+    """A list after its length."""
+    return struct.pack("<Q", len(content) // each) + content
+
+
+def reals(*values):
+    return struct.pack(f"<{len(values)}d", *values)
+
+
+def mark(number):
+    return struct.pack("<Q", number)
+
+
+def result(number, text):
+    """A stored result of nothing, a number and a text, without files."""
+    outputs = [b"\0", b"\1" + reals(number), b"\2" + listed(text.encode())]
+    return b"r" + mark(0x31534552_6B6C6556) + mark(len(outputs)) + b"".join(outputs) + mark(0) * 3
+
+
+def objects():
+    """Small objects as the store keeps them, each without its checksum."""
+    head = listed(b"name") + listed(b"title") + listed(b"") + mark(1) + listed(b"key") + listed(b"value") + b"\0"
+    axis = listed(b"x [GeV]") + listed(reals(0, 1, 4), 8)
+    yield b"oh" + mark(0x32443148_6B6C6556) + head + axis + listed(reals(*range(20)), 40) + mark(3)
+    for letter, dimensions in (b"i", 2), (b"j", 3):
+        cells = 4**dimensions
+        numbers = 3 + 2 * dimensions
+        sums = listed(reals(*[1.0] * (cells * numbers)), 8 * numbers)
+        yield b"o" + letter + mark(0x31446748_6B6C6500 + dimensions) + head + axis * dimensions + sums + mark(0)
+    for letter, dimensions in (b"p", 1), (b"q", 2):
+        numbers = 5 + 2 * dimensions
+        sums = listed(reals(*[1.0] * (4**dimensions * numbers)), 8 * numbers)
+        yield b"o" + letter + mark(0x31446650_6B6C6500 + dimensions) + head + axis * dimensions + sums + mark(0) * 2
+    points = listed(reals(*range(6)), 24)
+    yield b"ox" + mark(0x31746E50_6B6C6556) + head + mark(1) + points + mark(1) + listed(b"x")
+    yield (
+        b"of" + mark(0x31636E46_6B6C6556) + head + listed(b"codelet:fit:verbatim:jel : 1 : a*x[0] : a : null") + b"\0"
+        + mark(1) + listed(b"x0") + listed(reals(0, 1), 16) + mark(1) + listed(b"a") + reals(2)
+    )
+
+
+shutil.rmtree(out, ignore_errors=True)
+for path in files("examples/**/*.zedra", "tests/data/*.zedra"):
+    seed("document", path.read_bytes())
+    for kind, name, value in values(json.loads(path.read_text())):
+        if kind == "Fit" and name == "model":
+            seed("function", value + "\nmean=91 [80,100], sigma=2.5 fixed\n")
+        elif name in ("columns", "types"):
+            seed("columns", value)
+        elif name not in ("file", "title", "name"):
+            seed("expression", value)
+for path in files("examples/**/*.aida", "tests/data/aida/*"):
+    seed("aida", path.read_bytes())
+for path in files("examples/**/*.csv"):
+    seed("csv", path.read_bytes())
+for path in files("collections/*/plugin_summary.txt"):
+    seed("summary", path.read_bytes())
+for shape in ("gauss + pol1", "n*exp(-x/tau) + b", "crystalball(x, a, m, s, 1, n) + exponential", "breitwigner*pol9"):
+    seed("function", shape + "\nn=2 [0,]\ncodelet:fit:verbatim:jel : 1 : a+b*x[0]^2 : a,b : null")
+for codelet in ("codelet:G+P1:catalog", "E*P3", "G"):
+    seed("function", "x\n\n" + codelet)
+seed("columns", "t: exponential(2.2); m: gauss(91.2, 2.5)\nu: uniform(-1, 1); b: breitwigner(91, 2); n: poisson(50)")
+seed("columns", "run: integer, comment: text; ok: boolean\nx: real")
+seed("stored", result(1.5, "text"))
+for kept in objects():
+    seed("stored", kept)
+# The head of a binary AIDA file, <aida version="3.3"> with nothing in it.
+seed("wbxml", b"\x03\x01\x6a\x00" + bytes([0x85, 0x05, 0x03]) + b"3.3\x00\x01")
+
+for target in sorted(counts):
+    print(target, counts[target])
