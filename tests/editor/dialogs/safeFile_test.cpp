@@ -167,13 +167,15 @@ TEST_F(SafeFile, aDiskThatIsFullLeavesNoNewFile) {
     EXPECT_THAT(names(), ElementsAre());
 }
 
-TEST_F(SafeFile, aDeviceIsWrittenInPlace) {
-    EXPECT_TRUE(saveFile("/dev/null", "text"));
+TEST_F(SafeFile, aDeviceIsRefused) {
+    EXPECT_FALSE(saveFile("/dev/null", "text"));
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
 }
 
-TEST_F(SafeFile, aFullDeviceFails) {
-    EXPECT_FALSE(saveFile("/dev/full", "text"));
+TEST_F(SafeFile, aPipeIsThereWithoutBeingWaitedFor) {
+    ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+    EXPECT_TRUE(isThere(file));
+    EXPECT_FALSE(isThere(folder / "none"));
 }
 
 // What a user without rights meets; the superuser may write everywhere, so the test becomes somebody else.

@@ -9,8 +9,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Gives each test an empty cache folder of its own, and so to the programs that it starts: no test touches the cache
-/// of the user, or finds results of another.
+/// Gives each test an empty cache folder and an empty state folder of its own, and so to the programs that it starts:
+/// no test touches those of the user, or finds results of another.
 class OwnCache : public testing::EmptyTestEventListener {
 public:
     OwnCache() { use("none"); }
@@ -28,6 +28,7 @@ private:
         }
         folder = fs::temp_directory_path() / ("velmorak-cache-" + std::to_string(getpid())) / name;
         setenv("XDG_CACHE_HOME", folder.c_str(), 1);
+        setenv("XDG_STATE_HOME", (folder.string() + ".state").c_str(), 1);
     }
     void clear() const {
         std::error_code ignored;
