@@ -1,4 +1,5 @@
 #include "about.h"
+#include "visible.h"
 
 #include <gdkmm/pixbuf.h>
 #include <glibmm/convert.h>
@@ -31,7 +32,7 @@ void setLogo(Gtk::AboutDialog& dialog) {
     try {
         dialog.set_logo(Gdk::Pixbuf::create_from_file(file));
     } catch (const Glib::Error& failure) {
-        std::cerr << "The logo " << file << " is not a picture: " << failure.what().raw() << std::endl;
+        std::cerr << "The logo " << visible(file) << " is not a picture: " << failure.what().raw() << std::endl;
     }
 }
 

@@ -1,4 +1,5 @@
 #include "plugin.h"
+#include "visible.h"
 
 #include "canvasItems.h"
 #include "colours.h"
@@ -28,7 +29,7 @@ Glib::ustring numbered(const Glib::ustring& name, std::uint16_t number) {
     std::array<char, 64> buffer{};
     const int length = std::snprintf(buffer.data(), buffer.size(), "%s%u", name.c_str(), static_cast<unsigned>(number));
     if (length < 0 || static_cast<std::size_t>(length) >= buffer.size()) {
-        std::cerr << "The name " << name.raw() << " is too long for a number to follow it." << std::endl;
+        std::cerr << "The name " << visible(name) << " is too long for a number to follow it." << std::endl;
         std::abort();
     }
     return buffer.data();

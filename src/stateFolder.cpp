@@ -116,9 +116,10 @@ std::string keepRemoved(std::string_view text, const std::string& origin) {
     const std::string stem = timeAndProcess();
     fs::path file;
     unsigned number = 0;
+    std::error_code failure;
     do {
         file = folder / (stem + std::to_string(number++) + ".zedra");
-    } while (fs::exists(file));
+    } while (fs::exists(file, failure));
     const bool isKept = putWithOrigin(file, text, origin.empty() ? std::string() : pathOf(origin));
     removeOldest(folder);
     return isKept ? file.string() : std::string();

@@ -108,10 +108,10 @@ protected:
     void forgetConnection(const PortRef& input);  ///< Its path off the canvas, out of both maps.
     void redrawConnections();                     ///< As connectAll(), but what lies as it would then is not touched.
     void connectAll(), deleteAll();               ///< connect, pldelete for every key of the maps.
-    bool askForRemoval();                 ///< Deletes all nodes where the user says yes; @return whether the user did.
-    void write(const std::string& file);  ///< The document; clears the flags where that succeeds.
-    void joinWorker(), stopWorker();      ///< Wait for a run to end; stopWorker asks it to.
-    bool hasChanges();                    ///< Takes over the nodes' changed flags first.
+    bool askForRemoval(std::string& kept);  ///< Deletes all nodes where the user says yes; `kept`: where their text is.
+    void write(const std::string& file);    ///< The document; clears the flags where that succeeds.
+    void joinWorker(), stopWorker();        ///< Wait for a run to end; stopWorker asks it to.
+    bool hasChanges();                      ///< Takes over the nodes' changed flags first.
     void setBoxColour(plugin& node, bool isSelected);
     void select(const ItemRef&item), storePlace(const ItemRef&item);     ///< storePlace tells the library.
     Glib::ustring plugInAmong(const std::vector<ItemRef>& items) const;  ///< Named by the second item or a later one.

@@ -1,7 +1,12 @@
+#include "safeFile.h"
+#include "stateFolder.h"
+#include "visible.h"
 #include "vkWindow.h"
 
 #include <QzBase.h>
 #include <QzManager.h>
+
+#include <iostream>
 
 namespace {
 
@@ -15,11 +20,21 @@ PortRef sourceOf(const QzBase::Input& input) {
                                                : PortRef{};
 }
 
+// A program that was killed while it wrote the file in place has left all of the text in a copy.
+void tellOfInterruptedSave(const std::string& file) {
+    const auto copy = interruptedSaveOf(file);
+    if (copy) {
+        std::cerr << "The last save of " << visible(file) << " was interrupted; its text is in " << visible(*copy)
+                  << std::endl;
+    }
+}
+
 }  // namespace
 
 void vkWindow::open(const Glib::ustring& file) {
     endGestures();
     manager->ReadDocument(file);
+    tellOfInterruptedSave(file);
     for (QzBase* object : manager->plugins) {
         addPlugin(object, "");
     }

@@ -1,12 +1,13 @@
 #include "plugin.h"
 #include "question.h"
 #include "safeFile.h"
+#include "stateFolder.h"
+#include "visible.h"
 #include "vkWindow.h"
 
 #include <QzManager.h>
 #include <gtkmm/filechooserdialog.h>
 
-#include <fstream>
 #include <iostream>
 
 namespace {
@@ -47,9 +48,9 @@ std::string askForName() {
     while (choose(chooser)) {
         chooser.hide();
         const std::string chosen = chooser.get_filename();
-        std::cout << chosen << std::endl;
+        std::cout << visible(chosen) << std::endl;
         std::string name = withExtension(chosen);
-        if (!std::ifstream(name).is_open() || confirms("File exists. Overwrite?")) {
+        if (!isThere(name) || confirms("File exists. Overwrite?")) {
             return name;
         }
         chooser.set_current_name("");
@@ -62,6 +63,29 @@ std::string askForDocument() {
     Gtk::FileChooserDialog chooser("Open", Gtk::FILE_CHOOSER_ACTION_OPEN);
     prepare(chooser, "Open");
     return chooser.run() == Gtk::RESPONSE_OK ? chooser.get_filename() : std::string();
+}
+
+// What stands in the file goes to a file beside it, else to the state folder.
+bool keepFormer(const SafeFile& target, std::string_view text, const std::string& file) {
+    const auto former = target.formerContent();
+    if (target.isNew() || (former && (former->empty() || *former == text))) {
+        return true;
+    }
+    return former && (SafeFile(file + '~', target.formerMode()).save(*former) || !keepRemoved(*former, file).empty());
+}
+
+// @param emptied the name of the file where the document has no plug-ins (any more): what the file holds is kept.
+bool save(const std::string& text, SafeFile& target, const std::string& emptied) {
+    return (emptied.empty() || keepFormer(target, text, emptied)) && target.save(text);
+}
+
+// The plug-ins that were removed are not lost where no others came.
+void forgetIfReplaced(const std::string& kept, const QzManager& manager) {
+    if (!manager.plugins.empty()) {
+        forgetRemoved(kept);
+    } else if (!kept.empty()) {
+        std::cerr << "The plug-ins that were removed are kept in " << visible(kept) << std::endl;
+    }
 }
 
 }  // namespace
@@ -83,8 +107,9 @@ void vkWindow::saveas_call() {
 }
 
 void vkWindow::write(const std::string& file) {
-    if (!saveFile(file, manager->DocumentText())) {
-        std::cerr << "Couldn't write " << file << std::endl;
+    SafeFile target(file);
+    if (!target.isOpen() || !save(manager->DocumentText(), target, manager->plugins.empty() ? file : "")) {
+        std::cerr << "Couldn't write " << visible(file) << std::endl;
         return;
     }
     modified = false;
@@ -93,9 +118,10 @@ void vkWindow::write(const std::string& file) {
     }
 }
 
-bool vkWindow::askForRemoval() {
+bool vkWindow::askForRemoval(std::string& kept) {
     const bool isRemoved = confirms(removalQuestion);
     if (isRemoved) {
+        kept = keepRemoved(manager->DocumentText(), manager->fileName);
         deleteAll();
     }
     selectedItem.reset();
@@ -103,19 +129,23 @@ bool vkWindow::askForRemoval() {
 }
 
 void vkWindow::open_call() {
-    const bool areKept = !manager->plugins.empty() && !askForRemoval();
+    std::string removed;
+    const bool areKept = !manager->plugins.empty() && !askForRemoval(removed);
     const std::string file = askForDocument();
     if (!file.empty()) {
         open(file);
         modified = areKept;
     }
+    forgetIfReplaced(removed, *manager);
 }
 
 void vkWindow::checkOpen(const Glib::ustring& file) {
-    std::cout << "Trying to open " << file.raw() << std::endl;
+    std::cout << "Trying to open " << visible(file) << std::endl;
+    std::string removed;
     if (!manager->plugins.empty()) {
-        askForRemoval();
+        askForRemoval(removed);
     }
     // Clears the modified flag, also where plug-ins were kept; deliberately unlike open_call.
     open(file);
+    forgetIfReplaced(removed, *manager);
 }

@@ -1,6 +1,9 @@
 #include "DialogTest.h"
 
 #include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
 
 namespace {
 
@@ -47,6 +50,22 @@ protected:
         testing::internal::CaptureStdout();
         act(action);
         return testing::internal::GetCapturedStdout();
+    }
+
+    static std::string removedFolder() { return std::string(std::getenv("XDG_STATE_HOME")) + "/velmorak/removed"; }
+
+    // What is kept of pipelines that were removed.
+    static std::vector<std::string> keptTexts(const std::string& extension = ".zedra") {
+        std::vector<std::string> texts;
+        std::error_code missing;
+        for (const auto& entry : std::filesystem::directory_iterator(removedFolder(), missing)) {
+            if (entry.path().extension() == extension) {
+                std::ostringstream text;
+                text << std::ifstream(entry.path(), std::ios::binary).rdbuf();
+                texts.push_back(text.str());
+            }
+        }
+        return texts;
     }
 
     std::string errorsOf(const std::string& action) {
@@ -185,6 +204,56 @@ TEST_F(SaveTest, aFileThatCannotBeWrittenIsReportedAndTheDocumentStaysChanged) {
     expectFlags(true);
 }
 
+TEST_F(SaveTest, theTextIsAskedForOnlyWhenTheFileCouldBeOpened) {
+    edit();
+    manager->fileName = "/nowhere/pipe.zedra";
+    errorsOf("Save");
+    EXPECT_THAT(recording::callsOf("DocumentText"), IsEmpty());
+}
+
+TEST_F(SaveTest, aPipeAsTheTargetIsRefused) {
+    edit();
+    manager->fileName = path("pipe.zedra");
+    ASSERT_EQ(mkfifo(path("pipe.zedra").c_str(), 0600), 0);
+    EXPECT_EQ(errorsOf("Save"), "Couldn't write " + path("pipe.zedra") + '\n');
+    EXPECT_TRUE(std::filesystem::is_fifo(path("pipe.zedra")));
+    expectFlags(true);
+}
+
+TEST_F(SaveTest, aNameThatIsNoLineOfItsOwnIsWrittenVisibly) {
+    manager->fileName = "/nowhere/a\nDone.\x1b[2K\xff.zedra";
+    EXPECT_EQ(errorsOf("Save"), "Couldn't write /nowhere/a\\nDone.\\u{1b}[2K\\xff.zedra\n");
+}
+
+TEST_F(SaveTest, anEmptyPipelineSavedOverADocumentKeepsThat) {
+    put("pipe.zedra", "former");
+    std::filesystem::permissions(path("pipe.zedra"), std::filesystem::perms(0600));
+    manager->fileName = path("pipe.zedra");
+    act("Save");
+    EXPECT_EQ(contentOf("pipe.zedra"), "");
+    EXPECT_EQ(contentOf("pipe.zedra~"), "former");
+    EXPECT_EQ(std::filesystem::status(path("pipe.zedra~")).permissions(), std::filesystem::perms(0600));
+    act("Save");
+    EXPECT_EQ(contentOf("pipe.zedra~"), "former");
+}
+
+TEST_F(SaveTest, noCopyIsMadeOfADocumentThatAnotherOneReplaces) {
+    put("pipe.zedra", "former");
+    edit();
+    manager->fileName = path("pipe.zedra");
+    act("Save");
+    EXPECT_FALSE(exists("pipe.zedra~"));
+}
+
+TEST_F(SaveTest, whereTheCopyCannotBeMadeBesideItItIsKeptElsewhere) {
+    put("pipe.zedra", "former");
+    std::filesystem::create_directory(folder / "pipe.zedra~");
+    manager->fileName = path("pipe.zedra");
+    act("Save");
+    EXPECT_EQ(contentOf("pipe.zedra"), "");
+    EXPECT_THAT(keptTexts(), ElementsAre("former"));
+}
+
 TEST_F(SaveTest, saveAsKeepsTheNewNameAlsoWhenItCannotBeWritten) {
     edit();
     std::filesystem::create_directory(folder / "sub");
@@ -270,6 +339,51 @@ TEST_F(SaveTest, aCancelledOpenLeavesThePluginsRemovedAndTheFlagAlone) {
         EXPECT_EQ(window->modified, isModified);
         EXPECT_THAT(recording::callsOf("ReadDocument"), IsEmpty());
     }
+}
+
+TEST_F(SaveTest, whatWasRemovedForAnOpenThatIsCancelledIsKept) {
+    edit();
+    manager->fileName = path("pipe.zedra");
+    const std::string text = manager->DocumentText();
+    Answers answers;
+    answers.question(removalQuestion, Gtk::RESPONSE_YES);
+    answers.press("Open", Gtk::RESPONSE_CANCEL);
+    EXPECT_THAT(errorsOf("Open"), testing::StartsWith("The plug-ins that were removed are kept in " + removedFolder()));
+    EXPECT_THAT(keptTexts(), ElementsAre(text));
+    EXPECT_THAT(keptTexts(".origin"), ElementsAre(path("pipe.zedra")));
+}
+
+TEST_F(SaveTest, whatWasRemovedForAnExampleThatIsMissingIsKept) {
+    add("Adder");
+    const std::string text = manager->DocumentText();
+    Answers answers;
+    answers.question(removalQuestion, Gtk::RESPONSE_YES);
+    window->checkOpen("/x/none.zedra");
+    EXPECT_THAT(keptTexts(), ElementsAre(text));
+    EXPECT_THAT(keptTexts(".origin"), ElementsAre(""));
+}
+
+TEST_F(SaveTest, whatAnotherDocumentReplacesIsNotKept) {
+    add("Adder");
+    Answers answers;
+    answers.question(removalQuestion, Gtk::RESPONSE_YES);
+    window->checkOpen("/x/other.zedra");
+    EXPECT_THAT(keptTexts(), IsEmpty());
+    EXPECT_THAT(keptTexts(".origin"), IsEmpty());
+}
+
+TEST_F(SaveTest, aSaveThatWasInterruptedIsToldWhenTheDocumentIsOpened) {
+    put("chain.zedra", "half");
+    put(".chain.zedra.velmorak-new", "half and half");
+    testing::internal::CaptureStderr();
+    window->open(path("chain.zedra"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "The last save of " + path("chain.zedra") +
+                                                          " was interrupted; its text is in " +
+                                                          path(".chain.zedra.velmorak-new") + '\n');
+    put(".chain.zedra.velmorak-new", "half");
+    testing::internal::CaptureStderr();
+    window->open(path("chain.zedra"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 TEST_F(SaveTest, aClosedOpenChooserReadsNothingAndDoesNotComeAgain) {
