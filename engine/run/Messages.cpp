@@ -1,5 +1,7 @@
 #include "Messages.h"
 
+#include "Visible.h"
+
 #include <ostream>
 #include <utility>
 
@@ -15,9 +17,21 @@ Messages::Messages(std::ostream& stream, bool isTerminal, Clock clock)
     : stream(stream), isTerminal(isTerminal), clock(std::move(clock)), lastShown(this->clock()) {}
 
 void Messages::line(const std::string& text) {
+    write(visible(text) + "\n");
+}
+
+void Messages::lines(const std::string& title, const std::string& text) {
+    const bool endsLine = text.ends_with('\n');
+    write(visible(title) + "\n" + visibleLines(text) + (endsLine ? "" : "\n"));
+}
+
+void Messages::write(const std::string& shown) {
     const std::scoped_lock lock(mutex);
+    if (isSilent) {
+        return;
+    }
     erase();
-    stream << text + "\n" << std::flush;
+    stream << shown << std::flush;
 }
 
 void Messages::beginProgress() {
@@ -33,16 +47,27 @@ bool Messages::isProgressDue() {
 
 void Messages::showProgress(const std::string& text) {
     const std::scoped_lock lock(mutex);
+    if (isSilent) {
+        return;
+    }
     lastShown = clock();
     erase();
-    stream << (isTerminal ? text : text + "\n") << std::flush;
+    stream << visible(text) << (isTerminal ? "" : "\n") << std::flush;
     isShown = isTerminal;
 }
 
 void Messages::endProgress() {
     const std::scoped_lock lock(mutex);
+    if (!isSilent) {
+        erase();
+        stream << std::flush;
+    }
+}
+
+void Messages::silence() {
+    const std::scoped_lock lock(mutex);
     erase();
-    stream << std::flush;
+    isSilent = true;
 }
 
 void Messages::erase() {

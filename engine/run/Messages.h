@@ -17,7 +17,10 @@ public:
 
     Messages(std::ostream& stream, bool isTerminal, Clock clock = std::chrono::steady_clock::now);
 
+    /// Control characters are written out.
     void line(const std::string& text);
+    /// The text of one or more lines, behind a line of its own.
+    void lines(const std::string& title, const std::string& text);
     /// Starts the time after which the first progress is shown, so that a short run shows none.
     void beginProgress();
     /// @return true when a line of progress is due; the caller then makes one for showProgress.
@@ -26,7 +29,11 @@ public:
     /// Takes the line of progress off the terminal.
     void endProgress();
 
+    /// Nothing more is written, whoever calls.
+    void silence();
+
 private:
+    void write(const std::string& shown);
     void erase();
 
     std::ostream& stream;
@@ -35,6 +42,7 @@ private:
     std::mutex mutex;
     std::chrono::steady_clock::time_point lastShown;
     bool isShown = false;
+    bool isSilent = false;
 };
 
 }  // namespace velmorak

@@ -1,5 +1,7 @@
 #include "NodeContext.h"
 
+#include "Visible.h"
+
 #include <system_error>
 
 namespace velmorak {
@@ -7,7 +9,7 @@ namespace velmorak {
 namespace fs = std::filesystem;
 
 std::string titleOf(const PipelineNode& node) {
-    return node.kindName + " \"" + node.name + "\"";
+    return shortened(node.kindName) + " \"" + shortened(node.name) + "\"";
 }
 
 fs::path resolved(const Pipeline& pipeline, const NamedFile& file) {
@@ -61,8 +63,7 @@ RunRecord NodeContext::record() const {
 }
 
 void NodeContext::tell(const std::string& text) {
-    const bool endsLine = text.ends_with('\n');
-    around.messages.line(titleOf(node) + ":\n" + (endsLine ? text.substr(0, text.size() - 1) : text));
+    around.messages.lines(titleOf(node) + ":", text);
 }
 
 void NodeContext::watch(const NamedFile& file) const {

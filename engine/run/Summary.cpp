@@ -2,6 +2,7 @@
 
 #include "NodeContext.h"
 #include "Plan.h"
+#include "Visible.h"
 
 #include <fmt/format.h>
 
@@ -50,7 +51,7 @@ std::string summaryLine(const PipelineNode& node, const NodeReport& report, bool
 }
 
 std::string progressText(const ProgressNow& progress) {
-    std::string text = "Reading \"" + progress.plugin + "\"";
+    std::string text = "Reading \"" + shortened(progress.plugin) + "\"";
     if (progress.pass > 1) {
         text += fmt::format(", pass {}", progress.pass);
     }

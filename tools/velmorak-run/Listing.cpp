@@ -2,6 +2,7 @@
 
 #include <run/NodeContext.h>
 #include <run/Plan.h>
+#include <run/Visible.h>
 
 #include <ostream>
 
@@ -22,11 +23,11 @@ std::string contentOf(const Pipeline& pipeline, const PipelineInput& input) {
 
 void list(const Pipeline& pipeline, std::ostream& stream) {
     for (const PipelineNode& node : pipeline.nodes) {
-        stream << velmorak::titleOf(node) << '\n';
+        stream << velmorak::visible(velmorak::titleOf(node)) << '\n';
         for (const PipelineInput& input : node.inputs) {
             const std::string content = contentOf(pipeline, input);
-            stream << "  " << input.spec.name << " (" << velmorak::nameOf(input.spec.type) << ')'
-                   << (content.empty() ? "" : ": " + content) << '\n';
+            stream << "  " << velmorak::visible(input.spec.name) << " (" << velmorak::nameOf(input.spec.type) << ')'
+                   << (content.empty() ? "" : ": " + velmorak::visible(content)) << '\n';
         }
     }
 }
@@ -36,7 +37,7 @@ bool check(const Pipeline& pipeline, std::ostream& stream) {
     bool isRight = true;
     for (std::size_t i = 0; i < pipeline.nodes.size(); ++i) {
         if (const std::string sentence = plan.objection(i); !sentence.empty()) {
-            stream << velmorak::titleOf(pipeline.nodes[i]) << ": " << sentence << '\n';
+            stream << velmorak::visible(velmorak::titleOf(pipeline.nodes[i]) + ": " + sentence) << '\n';
             isRight = false;
         }
     }

@@ -3,6 +3,7 @@
 #include "StopOnSignal.h"
 
 #include <run/Problem.h>
+#include <run/Visible.h>
 
 #include <velmorak/Value.h>
 
@@ -31,7 +32,8 @@ int main(int argc, char** argv) {
         }
         return status;
     } catch (const std::exception&) {
-        std::cerr << "velmorak-run: " << velmorak::problemOf(std::current_exception()).sentence << '\n';
+        std::cerr << "velmorak-run: " << velmorak::visible(velmorak::problemOf(std::current_exception()).sentence)
+                  << '\n';
         return NotUsable;
     }
 }

@@ -1,0 +1,49 @@
+#include <run/Visible.h>
+
+#include <gtest/gtest.h>
+
+namespace velmorak {
+namespace {
+
+TEST(Visible, writesControlCharactersOut) {
+    EXPECT_EQ(visible("one\ntwo\r\tthree"), "one\\ntwo\\r\\tthree");
+    EXPECT_EQ(visible("\x1B[2J"), "\\x1B[2J");
+    EXPECT_EQ(visible(std::string("a\0b\x7F", 4)), "a\\x00b\\x7F");
+    EXPECT_EQ(visible("\xC2\x9B"
+                      "2J"),
+              "\\u009B2J")
+        << "the one character that begins a sequence as well";
+}
+
+TEST(Visible, writesOutWhatTurnsTheDirectionOrEndsTheLine) {
+    EXPECT_EQ(visible("a\u202Eb\u2066c\u2028d"), "a\\u202Eb\\u2066c\\u2028d");
+}
+
+TEST(Visible, leavesTextInAnyScriptAlone) {
+    const std::string text = "χ² = 1 µm, 日本, 𝛼, \"é\"";
+    EXPECT_EQ(visible(text), text);
+    EXPECT_FALSE(hasControlCharacter(text));
+}
+
+TEST(Visible, writesOutBytesThatAreNoText) {
+    EXPECT_EQ(visible("caf\xE9!"), "caf\\xE9!");
+    EXPECT_EQ(visible("\xE2\x82"), "\\xE2\\x82");
+    EXPECT_FALSE(hasControlCharacter("caf\xE9"));
+    EXPECT_TRUE(hasControlCharacter("a\nb"));
+}
+
+TEST(Visible, keepsTheLinesOfATextThatHasSome) {
+    EXPECT_EQ(visibleLines("a\tb\nc\x1B"), "a\tb\nc\\x1B");
+}
+
+TEST(Visible, shortensANameBetweenCharacters) {
+    EXPECT_EQ(shortened("mass"), "mass");
+    const std::string name = "x" + std::string(59, '-') + "é";
+    const std::string longer = name + name + name;
+    EXPECT_EQ(shortened(longer).size(), shortened(longer).find("...") + 3);
+    EXPECT_LE(shortened(longer).size(), 123U);
+    EXPECT_EQ(visible(shortened(longer)), shortened(longer));
+}
+
+}  // namespace
+}  // namespace velmorak
