@@ -78,6 +78,7 @@ Pipeline pipelineOf(const QzManager& manager) {
     made.document = document;
     made.documentFolder = document.parent_path();
     made.resultsFolder = resultsFolder.empty() ? resultsFolderOf(document, owner.catalogue) : resultsFolder;
+    made.isResultsFolderChosen = !resultsFolder.empty();
     return made;
 }
 

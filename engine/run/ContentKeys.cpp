@@ -13,7 +13,7 @@ bool addFiles(Digester& digester, const RunState& state, std::size_t position) {
     if (!source || !state.plan.feeders(position).empty()) {
         return true;
     }
-    const std::optional<Problem> problem = problemIn([&] {
+    const std::optional<Problem> problem = state.call(position, [&] {
         NodeContext context(state.around, state.node(position));
         for (const std::filesystem::path& file : source->files(state.arguments(position), context)) {
             digester.addText(file.string());

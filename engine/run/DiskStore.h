@@ -26,6 +26,10 @@ public:
     /// @param say outlives nothing: called during write only, on its thread.
     DiskStore(StorePlace place, Say say);
 
+    /// Something that is written can be found again.
+    bool isUsed() const { return !place.folder.empty() && !hasGivenUp; }
+    std::uint64_t limitBytes() const { return place.limitBytes; }
+
     std::optional<std::string> read(const Digest& key);
     void write(const Digest& key, const std::string& content);
     void remove(const Digest& key);

@@ -3,7 +3,7 @@
 #include "Recorder.h"
 
 #include <algorithm>
-#include <set>
+#include <cstdint>
 #include <utility>
 
 namespace velmorak {
@@ -32,26 +32,36 @@ void Execution::run(RunReport& report) {
     sayReasons();
     memory.writeDown(memory.history.ifInterrupted(state));
     do {
-        tellSettled();
+        takeInFinished();
         sweep();
-        keeper.keepFinished();
-        tellSettled();
+        takeInFinished();
     } while (!state.isStopping() && passNext());
     settleRest();
     evaluateTellers();
-    keeper.keepFinished();
-    tellSettled();
+    takeInFinished();
     memory.history.remember(state, keeper);
     memory.writeDown(memory.history);
     reportTo(report);
 }
 
-void Execution::tellSettled() {
-    for (std::size_t i = 0; state.listener && i < state.runs.size(); ++i) {
-        NodeRun& run = state.runs[i];
-        if (run.isSettled && !run.isTold) {
-            run.isTold = true;
-            state.listener->settled(state.node(i), run.report);
+/// Keeps and tells what has become complete.
+void Execution::takeInFinished() {
+    const std::vector<std::size_t> finished = state.takeFinished();
+    keeper.keep(finished);
+    for (const std::size_t position : finished) {
+        for (const std::size_t consumer : state.plan.consumers(position)) {
+            agenda.insert(state.plan.rank(consumer));
+        }
+    }
+    for (const std::size_t position : finished) {
+        NodeRun& run = state.runs[position];
+        if (!run.isSettled || run.isTold) {
+            continue;
+        }
+        run.isTold = true;
+        state.ledger.settle(position, run.report);
+        if (state.listener) {
+            state.listener->settled(state.node(position), run.report);
         }
     }
 }
@@ -81,6 +91,7 @@ void Execution::findNeeded() {
         for (const std::size_t position : state.plan.orderUpstream()) {
             if (!state.runs[position].isNeeded && (state.plan.isAsked(position) || isWanted(position))) {
                 state.runs[position].isNeeded = true;
+                state.ledger.expect(position);
                 isMore = true;
                 reuse(position);
             }
@@ -127,16 +138,28 @@ void Execution::settleObjections() {
         if (!state.runs[i].isNeeded || state.runs[i].isSettled) {
             continue;
         }
-        if (const std::string sentence = state.plan.objection(i); !sentence.empty()) {
+        if (memory.refused.contains(state.node(i).kind)) {
+            state.fail(i, {"its kind did not stop in a run before, and is refused until the program is started anew"});
+        } else if (const std::string sentence = state.plan.objection(i); !sentence.empty()) {
             state.fail(i, {sentence});
         }
     }
 }
 
+/// Goes to the plug-ins that something new has come to since the last time, each after those that feed it.
 void Execution::sweep() {
-    for (const std::size_t position : state.plan.order()) {
+    if (!hasSwept) {
+        hasSwept = true;
+        for (const std::size_t position : state.plan.order()) {
+            agenda.insert(state.plan.rank(position));
+        }
+    }
+    while (!agenda.empty()) {
+        const std::size_t position = state.plan.order()[*agenda.begin()];
+        agenda.erase(agenda.begin());
         if (state.runs[position].isNeeded && !state.runs[position].isSettled) {
             visit(position);
+            takeInFinished();  // What comes next may take long, and the program may be killed.
         }
     }
 }
@@ -159,7 +182,6 @@ void Execution::visit(std::size_t position) {
     const bool isValueOnly = !state.plan.isStream(position) && !state.plan.tableFeeder(position);
     if (isValueOnly && state.hasArguments(position) && !state.isStopping()) {
         evaluate(position);
-        tellSettled();
     }
 }
 
@@ -187,6 +209,7 @@ void Execution::evaluateTellers() {
             state.stopFirst(position);
         } else {
             evaluate(position);
+            takeInFinished();
         }
     }
 }
@@ -195,7 +218,7 @@ void Execution::evaluate(std::size_t position) {
     const Stopwatch watch(state, position);
     const Kind* kind = state.node(position).kind;
     NodeResults results(state.node(position).outputs);
-    const std::optional<Problem> problem = problemIn([&] {
+    const std::optional<Problem> problem = state.call(position, [&] {
         if (const auto* function = dynamic_cast<const Function*>(kind)) {
             evaluateFunction(*function, position, results);
         } else if (const auto* accumulator = dynamic_cast<const Accumulator*>(kind)) {
@@ -207,7 +230,6 @@ void Execution::evaluate(std::size_t position) {
     } else {
         state.finish(position, Outcome::Done, results.values());
     }
-    keeper.keepFinished();  // What comes next may take long, and the program may be killed.
 }
 
 void Execution::evaluateFunction(const Function& function, std::size_t position, NodeResults& results) {
@@ -233,67 +255,89 @@ bool Execution::isTarget(std::size_t position) const {
     return !run.hasPassed && state.plan.isAsked(position) && state.plan.consumers(position).empty();
 }
 
-bool Execution::isReady(std::size_t target) const {
+/// @param known of plug-ins that were asked about before, at the same moment.
+bool Execution::isReady(std::size_t target, std::unordered_map<std::size_t, bool>& known) const {
     std::vector<std::size_t> open{target};
     while (!open.empty()) {
         const std::size_t at = open.back();
-        open.pop_back();
-        if (state.hasFailed(at) || !state.hasArguments(at)) {
-            return false;
-        }
         const std::vector<std::size_t>& feeders = state.plan.tableFeeders(at);
-        open.insert(open.end(), feeders.begin(), feeders.end());
-    }
-    return true;
-}
-
-/// The sources, or rows of sources, that some target still waits for; in the order of the first of them.
-std::vector<std::vector<std::size_t>> Execution::waitingTables() const {
-    std::vector<std::vector<std::size_t>> tables;
-    for (const std::size_t source : state.plan.order()) {
-        for (std::size_t i = 0; i < state.runs.size(); ++i) {
-            const std::vector<std::size_t>& legs = state.plan.legs(i);
-            const bool isNew = std::find(tables.begin(), tables.end(), legs) == tables.end();
-            if (isTarget(i) && !legs.empty() && legs.front() == source && isNew) {
-                tables.push_back(legs);
+        bool isThis = !state.hasFailed(at) && state.hasArguments(at);
+        std::optional<std::size_t> unknown;
+        for (std::size_t i = 0; i < feeders.size() && isThis && !unknown; ++i) {
+            const auto found = known.find(feeders[i]);
+            if (found == known.end()) {
+                unknown = feeders[i];
+            } else {
+                isThis = found->second;
             }
         }
+        if (unknown) {
+            open.push_back(*unknown);
+        } else {
+            known.emplace(at, isThis);
+            open.pop_back();
+        }
     }
-    return tables;
+    return known.at(target);
+}
+
+/// The sources, or rows of sources, that some target waits for; in the order of the first of them.
+void Execution::findTables() {
+    std::vector<std::vector<std::size_t>> targets(state.plan.legsNumbers());
+    for (std::size_t i = 0; i < state.runs.size(); ++i) {
+        if (state.plan.legsNumber(i) != 0 && isTarget(i)) {
+            targets[state.plan.legsNumber(i)].push_back(i);
+        }
+    }
+    for (std::vector<std::size_t>& each : targets) {
+        if (!each.empty()) {
+            tables.push_back(std::move(each));
+        }
+    }
+    const auto placeOf = [this](const std::vector<std::size_t>& table) {
+        return std::pair(state.plan.rank(state.plan.legs(table.front()).front()), table.front());
+    };
+    tables.sort([&](const auto& one, const auto& other) { return placeOf(one) < placeOf(other); });
 }
 
 bool Execution::passNext() {
+    if (!hasTables) {
+        hasTables = true;
+        findTables();
+    }
     // A table whose plug-ins all can take part goes first: those of the others may become ready meanwhile, which
     // saves a pass.
-    std::optional<std::vector<std::size_t>> best;
-    std::size_t fewestWaiting = 0;
-    for (const std::vector<std::size_t>& legs : waitingTables()) {
-        std::size_t ready = 0;
-        std::size_t waiting = 0;
-        for (std::size_t i = 0; i < state.runs.size(); ++i) {
-            if (isTarget(i) && state.plan.legs(i) == legs) {
-                ++(isReady(i) ? ready : waiting);
-            }
+    std::vector<std::size_t> best;
+    std::size_t fewestWaiting = SIZE_MAX;
+    std::unordered_map<std::size_t, bool> known;
+    for (auto table = tables.begin(); table != tables.end() && fewestWaiting > 0;) {
+        std::erase_if(*table, [this](std::size_t target) { return !isTarget(target); });
+        if (table->empty()) {
+            table = tables.erase(table);
+            continue;
         }
-        if (ready > 0 && (!best || waiting < fewestWaiting)) {
-            best = legs;
+        std::vector<std::size_t> ready;
+        std::copy_if(table->begin(), table->end(), std::back_inserter(ready),
+                     [&](std::size_t target) { return isReady(target, known); });
+        if (const std::size_t waiting = table->size() - ready.size(); !ready.empty() && waiting < fewestWaiting) {
+            best = std::move(ready);
             fewestWaiting = waiting;
         }
+        ++table;
     }
-    if (!best) {
+    if (best.empty()) {
         return false;
     }
-    StreamPass(state, *best, stepsFor(*best)).execute(workers);
+    StreamPass(state, state.plan.legs(best.front()), stepsFor(best)).execute(workers);
     return true;
 }
 
-std::vector<StepPlace> Execution::stepsFor(const std::vector<std::size_t>& legs) const {
+/// The targets, and what passes rows on to them, each after what feeds it.
+std::vector<StepPlace> Execution::stepsFor(const std::vector<std::size_t>& targets) const {
     std::set<StepPlace> wanted;
     std::vector<StepPlace> open;
-    for (std::size_t i = 0; i < state.runs.size(); ++i) {
-        if (isTarget(i) && state.plan.legs(i) == legs && isReady(i)) {
-            open.push_back({i, 0});
-        }
+    for (const std::size_t target : targets) {
+        open.push_back({target, 0});
     }
     while (!open.empty()) {
         const StepPlace place = open.back();
@@ -307,11 +351,10 @@ std::vector<StepPlace> Execution::stepsFor(const std::vector<std::size_t>& legs)
             leg += state.plan.legs(feeder).size();
         }
     }
-    std::vector<StepPlace> steps;
-    for (const std::size_t node : state.plan.order()) {
-        std::copy_if(wanted.begin(), wanted.end(), std::back_inserter(steps),
-                     [&](const StepPlace& place) { return place.node == node; });
-    }
+    std::vector<StepPlace> steps(wanted.begin(), wanted.end());
+    std::stable_sort(steps.begin(), steps.end(), [this](const StepPlace& one, const StepPlace& other) {
+        return state.plan.rank(one.node) < state.plan.rank(other.node);
+    });
     return steps;
 }
 
@@ -335,7 +378,7 @@ void Execution::settleRest() {
 /// tells that they are right.
 void Execution::settle(std::size_t position, bool isInReused) {
     NodeRun& run = state.runs[position];
-    run.isSettled = true;
+    state.settle(position);
     if (state.isStopping()) {
         state.stopFirst(position);
     } else if (run.hasPassed) {

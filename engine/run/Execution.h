@@ -7,7 +7,10 @@
 #include "StreamPass.h"
 
 #include <cstddef>
+#include <list>
 #include <optional>
+#include <set>
+#include <unordered_map>
 #include <vector>
 
 namespace velmorak {
@@ -37,11 +40,11 @@ private:
 
     bool passNext();
     bool isTarget(std::size_t position) const;
-    bool isReady(std::size_t target) const;
-    std::vector<std::vector<std::size_t>> waitingTables() const;
-    std::vector<StepPlace> stepsFor(const std::vector<std::size_t>& legs) const;
+    bool isReady(std::size_t target, std::unordered_map<std::size_t, bool>& known) const;
+    void findTables();
+    std::vector<StepPlace> stepsFor(const std::vector<std::size_t>& targets) const;
 
-    void tellSettled();
+    void takeInFinished();
     void settleRest();
     void settle(std::size_t position, bool isInReused);
     void reportTo(RunReport& report);
@@ -52,6 +55,10 @@ private:
     Workers& workers;
     Keeper keeper;
     DigestsAhead ahead;
+    bool hasSwept = false;
+    std::set<std::size_t> agenda;  ///< Places in the plan's order to go to in the next sweep.
+    bool hasTables = false;
+    std::list<std::vector<std::size_t>> tables;  ///< The targets of each that is still to be passed.
 };
 
 }  // namespace velmorak

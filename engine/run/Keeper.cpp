@@ -62,8 +62,8 @@ std::optional<Digest> Keeper::resultContentOf(const std::string& fileName) {
     return refusal ? std::nullopt : digest;
 }
 
-void Keeper::keepFinished() {
-    for (const std::size_t position : state.plan.order()) {
+void Keeper::keep(const std::vector<std::size_t>& finished) {
+    for (const std::size_t position : finished) {
         const NodeRun& run = state.runs[position];
         if (!run.isNeeded || isSeen[position] || !(run.isSettled || run.hasPassed)) {
             continue;
@@ -81,7 +81,15 @@ void Keeper::keep(std::size_t position) {
         !gatherWritten(position)) {
         return;
     }
-    store.keep(number, *keys[position], {run.report.outputs, *files[position], asked[position], written[position]});
+    std::string reason;
+    const std::optional<Problem> problem = problemIn([&] {
+        reason = store.keep(number, *keys[position],
+                            {run.report.outputs, *files[position], asked[position], written[position]});
+    });
+    if (problem || !reason.empty()) {
+        state.messages.line(titleOf(state.node(position)) +
+                            ": the result is not kept for later: " + (problem ? problem->sentence : reason));
+    }
 }
 
 bool Keeper::gatherFiles(std::size_t position) {

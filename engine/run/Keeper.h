@@ -25,9 +25,10 @@ public:
     /// @return false when it has to be executed.
     bool reuse(std::size_t position);
 
-    /// Stores the results that have become complete since the last call. A stream is stored without a value: that its
-    /// rows have passed is all that there is to know.
-    void keepFinished();
+    /// Stores the results of plug-ins that have become complete, each once. A stream is stored without a value: that
+    /// its rows have passed is all that there is to know.
+    /// @param finished in the plan's order.
+    void keep(const std::vector<std::size_t>& finished);
 
     /// Files that the results of these plug-ins depend on, by name, with what they hold now; as far as is known yet.
     std::vector<FileContent> filesOf(const std::vector<std::size_t>& positions);

@@ -37,6 +37,7 @@ struct Pipeline {
     std::vector<PipelineNode> nodes;        ///< Element 0 is the start plug-in.
     std::filesystem::path documentFolder;   ///< Where relative input files are looked for first; may be empty.
     std::filesystem::path resultsFolder;    ///< Made when the first result is written.
+    bool isResultsFolderChosen = false;     ///< By its name, for this run; else it is the document's, and no link.
     std::filesystem::path commandLineAida;  ///< Empty when none was given.
     std::filesystem::path document{};       ///< Its file; empty for one that was never saved.
     std::string documentText{};             ///< What would be saved now.

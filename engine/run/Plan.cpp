@@ -1,9 +1,13 @@
 #include "Plan.h"
 
 #include "NodeArguments.h"
+#include "Visible.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <deque>
+#include <map>
+#include <unordered_map>
 
 namespace velmorak {
 namespace {
@@ -79,10 +83,11 @@ void Plan::connect() {
                 continue;
             }
             const std::size_t feeder = input.wire->node;
-            std::vector<std::size_t>& known = feedersOf[node];
-            if (std::find(known.begin(), known.end(), feeder) == known.end()) {
-                known.push_back(feeder);
-                consumersOf[feeder].push_back(node);
+            // What feeds this node by another input, too, has it as the last of its consumers.
+            std::vector<std::size_t>& fed = consumersOf[feeder];
+            if (fed.empty() || fed.back() != node) {
+                feedersOf[node].push_back(feeder);
+                fed.push_back(node);
             }
             const bool hasPlace = tables[node].empty() || shapes[node] == Shape::Concatenation;
             if (hasPlace && bringsTable(input)) {
@@ -116,14 +121,16 @@ void Plan::sort() {
             append(node, waitsFor);
         }
     }
-    for (std::size_t node = 0; node < count; ++node) {
-        cycles[node] = unordered[node] ? cycleSentence(node) : "";
-    }
+    nameCycles();
     // Plug-ins on a cycle fail before anything is executed; they stand before what they feed.
     for (std::size_t node = 0; node < count; ++node) {
         if (unordered[node] && !cycles[node].empty()) {
             append(node, waitsFor);
         }
+    }
+    ranks.resize(count);
+    for (std::size_t rank = 0; rank < ordered.size(); ++rank) {
+        ranks[ordered[rank]] = rank;
     }
 }
 
@@ -146,15 +153,27 @@ void Plan::ask() {
 }
 
 void Plan::findLegs() {
+    std::map<std::vector<std::size_t>, std::size_t> numbers{{{}, 0}};
     for (const std::size_t node : ordered) {
-        if (shapes[node] == Shape::Source) {
-            legsOf[node] = {node};
+        if (shapes[node] != Shape::Source && tables[node].size() == 1) {
+            legsOf[node] = legsOf[tables[node].front()];
             continue;
         }
-        for (const std::size_t feeder : tables[node]) {
-            legsOf[node].insert(legsOf[node].end(), legsOf[feeder].begin(), legsOf[feeder].end());
+        std::vector<std::size_t> legs;
+        if (shapes[node] == Shape::Source) {
+            legs = {node};
+        } else {
+            for (const std::size_t feeder : tables[node]) {
+                const std::vector<std::size_t>& more = legLists[legsOf[feeder]];
+                legs.insert(legs.end(), more.begin(), more.end());
+            }
         }
-        legsOf[node].resize(std::min(legsOf[node].size(), maxLegs + 1));
+        legs.resize(std::min(legs.size(), maxLegs + 1));
+        const auto [known, isNew] = numbers.emplace(legs, legLists.size());
+        if (isNew) {
+            legLists.push_back(std::move(legs));
+        }
+        legsOf[node] = known->second;
     }
 }
 
@@ -226,7 +245,7 @@ std::string Plan::shapeObjection(std::size_t node) const {
     if (tellsOfRun(node) && (shapes[node] != Shape::Function || !pipeline.nodes[node].outputs.empty())) {
         return "the kind tells of the run, and such a kind must be a function without outputs";
     }
-    if (legsOf[node].size() > maxLegs) {
+    if (legs(node).size() > maxLegs) {
         return "it would read tables more than " + textOf(static_cast<double>(maxLegs)) + " times";
     }
     const PipelineInput* first = nullptr;
@@ -243,30 +262,109 @@ std::string Plan::shapeObjection(std::size_t node) const {
     return isStream(node) && shapes[node] != Shape::Source && !first ? "no table is wired" : "";
 }
 
-std::string Plan::cycleSentence(std::size_t node) const {
+/// Those of the plug-ins without a place in the order that can be reached from themselves, by the cycles that they
+/// share, each in the order of the pipeline: the strongly connected components, found as by Tarjan (1972), without
+/// recursion.
+std::vector<std::vector<std::size_t>> Plan::cycleMembers() const {
+    constexpr std::size_t none = SIZE_MAX;
+    struct Visit {
+        std::size_t node;
+        std::size_t nextConsumer;
+    };
+    std::vector<std::vector<std::size_t>> components;
+    std::vector<std::size_t> number(pipeline.nodes.size(), none);
+    std::vector<std::size_t> lowest(pipeline.nodes.size(), none);
+    std::vector<bool> isOpen(pipeline.nodes.size(), false);
+    std::vector<std::size_t> open;
+    std::size_t numbers = 0;
+    for (std::size_t first = 0; first < pipeline.nodes.size(); ++first) {
+        std::vector<Visit> visits;
+        const auto enter = [&](std::size_t node) {
+            number[node] = lowest[node] = numbers++;
+            isOpen[node] = true;
+            open.push_back(node);
+            visits.push_back({node, 0});
+        };
+        if (unordered[first] && number[first] == none) {
+            enter(first);
+        }
+        while (!visits.empty()) {
+            const std::size_t node = visits.back().node;
+            if (visits.back().nextConsumer < consumersOf[node].size()) {
+                const std::size_t consumer = consumersOf[node][visits.back().nextConsumer++];
+                if (number[consumer] == none) {
+                    enter(consumer);
+                } else if (isOpen[consumer]) {
+                    lowest[node] = std::min(lowest[node], number[consumer]);
+                }
+                continue;
+            }
+            visits.pop_back();
+            if (!visits.empty()) {
+                lowest[visits.back().node] = std::min(lowest[visits.back().node], lowest[node]);
+            }
+            if (lowest[node] == number[node]) {
+                const auto begin = std::find(open.rbegin(), open.rend(), node).base() - 1;
+                components.emplace_back(begin, open.end());
+                open.erase(begin, open.end());
+                for (const std::size_t member : components.back()) {
+                    isOpen[member] = false;
+                }
+            }
+        }
+    }
+    std::erase_if(components, [this](const std::vector<std::size_t>& members) {
+        const std::vector<std::size_t>& fed = consumersOf[members.front()];
+        return members.size() == 1 && std::find(fed.begin(), fed.end(), members.front()) == fed.end();
+    });
+    for (std::vector<std::size_t>& members : components) {
+        std::sort(members.begin(), members.end());
+    }
+    return components;
+}
+
+/// The first plug-in of a cycle names it, the others name the first.
+void Plan::nameCycles() {
+    std::vector<bool> isMember(pipeline.nodes.size(), false);
+    for (const std::vector<std::size_t>& members : cycleMembers()) {
+        for (const std::size_t member : members) {
+            isMember[member] = true;
+            cycles[member] = "its result would feed itself: it lies on a cycle with \"" +
+                             shortened(pipeline.nodes[members.front()].name) + "\"";
+        }
+        cycles[members.front()] = cycleSentence(members.front(), isMember);
+        for (const std::size_t member : members) {
+            isMember[member] = false;
+        }
+    }
+}
+
+std::string Plan::cycleSentence(std::size_t node, const std::vector<bool>& isMember) const {
+    constexpr std::size_t mostNamed = 10;
     // The shortest way back, found from the node against the wires.
-    std::vector<std::optional<std::size_t>> next(pipeline.nodes.size());
+    std::unordered_map<std::size_t, std::size_t> next;
     std::deque<std::size_t> reached{node};
-    for (; !reached.empty() && !next[node]; reached.pop_front()) {
+    for (; !reached.empty() && !next.contains(node); reached.pop_front()) {
         for (const std::size_t feeder : feedersOf[reached.front()]) {
-            if (!next[feeder]) {
-                next[feeder] = reached.front();
+            if (isMember[feeder] && next.emplace(feeder, reached.front()).second) {
                 reached.push_back(feeder);
             }
         }
     }
-    if (!next[node]) {
-        return "";
-    }
-    const std::size_t after = *next[node];
     std::string way;
     std::size_t before = node;
-    for (std::size_t at = after; at != node; at = *next[at]) {
-        way += " -> \"" + pipeline.nodes[at].name + "\"";
+    std::size_t others = 0;
+    for (std::size_t at = next.at(node); at != node; at = next.at(at)) {
+        if (++others < mostNamed) {
+            way += " -> \"" + shortened(pipeline.nodes[at].name) + "\"";
+        }
         before = at;
     }
-    std::string sentence = "its result would feed itself: \"" + pipeline.nodes[node].name + "\"" + way + " -> \"" +
-                           pipeline.nodes[node].name + "\"";
+    if (others >= mostNamed) {
+        way += " -> (" + textOf(static_cast<double>(others - mostNamed + 1)) + " more)";
+    }
+    const std::string name = "\"" + shortened(pipeline.nodes[node].name) + "\"";
+    const std::string sentence = "its result would feed itself: " + name + way + " -> " + name;
     for (const PipelineInput& input : pipeline.nodes[node].inputs) {
         if (input.wire && input.wire->node == before) {
             return aboutInput(input.spec.name, sentence);

@@ -23,6 +23,8 @@ public:
     const std::vector<std::size_t>& order() const { return ordered; }
     /// All plug-ins, each before those that feed it, as far as there is no cycle.
     std::vector<std::size_t> orderUpstream() const { return {ordered.rbegin(), ordered.rend()}; }
+    /// Place in the order.
+    std::size_t rank(std::size_t node) const { return ranks[node]; }
     /// Plug-ins that feed this one, in the order of its inputs, each once.
     const std::vector<std::size_t>& feeders(std::size_t node) const { return feedersOf[node]; }
     const std::vector<std::size_t>& consumers(std::size_t node) const { return consumersOf[node]; }
@@ -38,7 +40,11 @@ public:
     /// The same for a concatenation, which takes several, in the order of its inputs; one may be there twice.
     const std::vector<std::size_t>& tableFeeders(std::size_t node) const { return tables[node]; }
     /// The sources whose rows come to, or from, this plug-in, in the order of the rows; one may be there twice.
-    const std::vector<std::size_t>& legs(std::size_t node) const { return legsOf[node]; }
+    const std::vector<std::size_t>& legs(std::size_t node) const { return legLists[legsOf[node]]; }
+    /// The same for two plug-ins when their legs are; 0 when there are none.
+    std::size_t legsNumber(std::size_t node) const { return legsOf[node]; }
+    /// One more than the greatest legsNumber.
+    std::size_t legsNumbers() const { return legLists.size(); }
     /// @return empty, or why the plug-in cannot run, as a sentence.
     std::string objection(std::size_t node) const;
 
@@ -48,7 +54,9 @@ private:
     void append(std::size_t first, std::vector<std::size_t>& waitsFor);
     void ask();
     void findLegs();
-    std::string cycleSentence(std::size_t node) const;
+    void nameCycles();
+    std::vector<std::vector<std::size_t>> cycleMembers() const;
+    std::string cycleSentence(std::size_t node, const std::vector<bool>& isMember) const;
     std::string inputObjection(std::size_t node, const PipelineInput& input) const;
     std::string shapeObjection(std::size_t node) const;
     const OutputSpec* outputOf(const PipelineWire& wire) const;
@@ -59,11 +67,13 @@ private:
     std::vector<std::vector<std::size_t>> feedersOf;
     std::vector<std::vector<std::size_t>> consumersOf;
     std::vector<std::size_t> ordered;
+    std::vector<std::size_t> ranks;
     std::vector<bool> unordered;      ///< While the order is made: not in it yet.
     std::vector<std::string> cycles;  ///< Objection of those that lie on a cycle.
     std::vector<bool> asked;
     std::vector<std::vector<std::size_t>> tables;
-    std::vector<std::vector<std::size_t>> legsOf;
+    std::vector<std::size_t> legsOf;  ///< Positions in legLists.
+    std::vector<std::vector<std::size_t>> legLists{{}};
 };
 
 }  // namespace velmorak

@@ -24,14 +24,18 @@ void standBack() {
 
 }  // namespace
 
-Politeness::Politeness(oneapi::tbb::task_arena& arena) : task_scheduler_observer(arena) {
-    if (!isFirstThread()) {
+Politeness::Politeness(oneapi::tbb::task_arena& arena, bool isWanted) : task_scheduler_observer(arena) {
+    if (isWanted) {
         observe(true);
     }
 }
 
 Politeness::~Politeness() {
     observe(false);
+}
+
+bool Politeness::isCalledFor() {
+    return !isFirstThread();
 }
 
 void Politeness::on_scheduler_entry(bool) {

@@ -10,10 +10,14 @@ namespace velmorak {
 /// first thread itself there is no one to stand back behind, and nothing is changed.
 class Politeness : public oneapi::tbb::task_scheduler_observer {
 public:
-    explicit Politeness(oneapi::tbb::task_arena& arena);
+    /// @param isWanted what isCalledFor was on the thread that waits for the run.
+    Politeness(oneapi::tbb::task_arena& arena, bool isWanted);
     ~Politeness() override;
     Politeness(const Politeness&) = delete;
     Politeness& operator=(const Politeness&) = delete;
+
+    /// The thread is not the program's first.
+    static bool isCalledFor();
 
     void on_scheduler_entry(bool isWorker) override;
 };

@@ -12,6 +12,9 @@ struct Problem {
     bool wasStopped = false;  ///< The plug-in ended because the run was asked to.
 };
 
+/// Thrown through all of a run's own code when nobody waits for the run any more.
+class LeftBehind {};
+
 /// Says what an exception out of a kind means to the user.
 Problem problemOf(const std::exception_ptr& exception);
 
@@ -21,6 +24,8 @@ std::optional<Problem> problemIn(Work&& work) {
     try {
         work();
         return std::nullopt;
+    } catch (const LeftBehind&) {
+        throw;
     } catch (...) {
         return problemOf(std::current_exception());
     }

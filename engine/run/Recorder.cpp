@@ -3,6 +3,7 @@
 #include "../Version.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <vector>
 
 namespace velmorak {
@@ -11,17 +12,17 @@ namespace {
 /// The plug-in and all that is upstream of it, in the plan's order.
 std::vector<std::size_t> upstreamOf(const Plan& plan, std::size_t position) {
     std::vector<std::size_t> found{position};
+    std::unordered_set<std::size_t> known{position};
     for (std::size_t i = 0; i < found.size(); ++i) {
         for (const std::size_t feeder : plan.feeders(found[i])) {
-            if (std::find(found.begin(), found.end(), feeder) == found.end()) {
+            if (known.insert(feeder).second) {
                 found.push_back(feeder);
             }
         }
     }
-    std::vector<std::size_t> ordered;
-    std::copy_if(plan.order().begin(), plan.order().end(), std::back_inserter(ordered),
-                 [&](std::size_t each) { return std::find(found.begin(), found.end(), each) != found.end(); });
-    return ordered;
+    std::sort(found.begin(), found.end(),
+              [&](std::size_t one, std::size_t other) { return plan.rank(one) < plan.rank(other); });
+    return found;
 }
 
 RecordedState stateOf(Outcome outcome) {

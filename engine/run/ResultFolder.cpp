@@ -1,11 +1,16 @@
 #include "ResultFolder.h"
 
+#include "ResultsPlace.h"
+#include "RunFile.h"
+#include "Visible.h"
+
 #include <velmorak/Failure.h>
 
 #include <fmt/format.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -72,8 +77,11 @@ private:
     bool isKept = false;
 };
 
-ResultFolder::ResultFolder(fs::path folder, bool mayWriteAnywhere, const std::atomic<bool>& stopping)
-    : folder(std::move(folder)), mayWriteAnywhere(mayWriteAnywhere), stopping(stopping) {}
+ResultFolder::ResultFolder(const Pipeline& pipeline, bool mayWriteAnywhere, const std::atomic<bool>& stopping)
+    : folder(pipeline.resultsFolder),
+      folderComplaint(whyNoResultsFolder(pipeline)),
+      mayWriteAnywhere(mayWriteAnywhere),
+      stopping(stopping) {}
 
 std::unique_ptr<ResultFile> ResultFolder::begin(const std::string& plugin, const std::string& fileName) {
     claim(plugin, fileName);
@@ -95,12 +103,17 @@ fs::path ResultFolder::place(const std::string& fileName) const {
     if (fileName.empty()) {
         throw Failure("the name of the file to write is empty");
     }
-    if (fileName.find('\0') != std::string::npos || !name.has_filename() || name.filename() == "." ||
-        name.filename() == "..") {
+    if (hasControlCharacter(fileName)) {
+        refuse(visible(fileName), "cannot be written: its name has a control character");
+    }
+    if (!name.has_filename() || name.filename() == "." || name.filename() == "..") {
         refuse(fileName, "cannot be written: this is no name of a file");
     }
     if (folder.empty() && name.is_relative()) {
         refuse(fileName, "cannot be written: there is no results folder");
+    }
+    if (!folderComplaint.empty() && name.is_relative()) {
+        refuse(fileName, "cannot be written: " + folderComplaint);
     }
     const fs::path base = folder.empty() ? fs::path() : followed(folder);
     // Links are followed in the folder's part only: the file itself is replaced, whatever it is.
@@ -114,11 +127,15 @@ fs::path ResultFolder::place(const std::string& fileName) const {
 
 void ResultFolder::claim(const std::string& plugin, const std::string& fileName) {
     const fs::path file = place(fileName);
+    if (!folder.empty() && file == followed(folder) / runFileName) {
+        refuse(fileName, "is already written by the run, as its record");
+    }
     const std::scoped_lock lock(mutex);
     const auto [owner, isNew] = owners.emplace(file, Owned{plugin, {}});
     if (!isNew && owner->second.plugin != plugin) {
         refuse(fileName, "is already written by \"" + owner->second.plugin + "\"");
     }
+    filesOf[plugin].insert(file);
 }
 
 void ResultFolder::note(const fs::path& file, WrittenFile written) {
@@ -129,10 +146,8 @@ void ResultFolder::note(const fs::path& file, WrittenFile written) {
 std::optional<std::vector<WrittenFile>> ResultFolder::writtenBy(const std::string& plugin) {
     const std::scoped_lock lock(mutex);
     std::vector<WrittenFile> all;
-    for (const auto& [file, owned] : owners) {
-        if (owned.plugin != plugin) {
-            continue;
-        }
+    for (const fs::path& file : filesOf[plugin]) {
+        const Owned& owned = owners.at(file);
         if (!owned.written) {
             return std::nullopt;
         }
@@ -144,7 +159,10 @@ std::optional<std::vector<WrittenFile>> ResultFolder::writtenBy(const std::strin
 fs::path ResultFolder::temporaryFor(const fs::path& file) {
     const std::scoped_lock lock(mutex);
     // Some writers choose the format by the ending, so it stays.
-    return file.parent_path() / fmt::format(".velmorak-{}-{}{}", getpid(), temporaries++, file.extension().string());
+    // The address tells this run from one of the same program that was left behind.
+    return file.parent_path() / fmt::format("{}{}-{:x}-{}{}", temporaryMark, getpid(),
+                                            reinterpret_cast<std::uintptr_t>(this), temporaries++,
+                                            file.extension().string());
 }
 
 }  // namespace velmorak

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileDigests.h"
+#include "Pipeline.h"
 
 #include <velmorak/Run.h>
 
@@ -10,6 +11,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -29,7 +31,8 @@ class ResultFolder {
 public:
     /// @param mayWriteAnywhere names may be absolute or lead out of the folder.
     /// @param stopping set when the run is asked to end; files that are complete only then are thrown away.
-    ResultFolder(std::filesystem::path folder, bool mayWriteAnywhere, const std::atomic<bool>& stopping);
+    /// @param pipeline says where the folder is, and why it cannot be one.
+    ResultFolder(const Pipeline& pipeline, bool mayWriteAnywhere, const std::atomic<bool>& stopping);
 
     /// @return a file under a temporary name. Its keep throws Stopped when the run was asked to end.
     /// @throws Failure if the name is refused or the folder cannot be made.
@@ -53,10 +56,12 @@ private:
     std::filesystem::path temporaryFor(const std::filesystem::path& file);
 
     std::filesystem::path folder;
+    std::string folderComplaint;  ///< Empty where it can be written to.
     bool mayWriteAnywhere;
     const std::atomic<bool>& stopping;
     std::mutex mutex;
     std::map<std::filesystem::path, Owned> owners;
+    std::map<std::string, std::set<std::filesystem::path>> filesOf;  ///< By plug-in.
     unsigned temporaries = 0;
 };
 

@@ -2,10 +2,21 @@
 
 #include "StoreBytes.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
+
 namespace velmorak {
 namespace {
 
 constexpr std::uint64_t runsKept = 16;
+/// Of one result on disk: its bytes lie in memory, and more than once, while it is written.
+constexpr std::uint64_t mostBytes = std::uint64_t{256} << 20;
+
+double inMebibytes(std::uint64_t bytes) {
+    constexpr double mebibyte = 1024.0 * 1024.0;
+    return static_cast<double>(bytes) / mebibyte;
+}
 
 }  // namespace
 
@@ -48,9 +59,13 @@ bool ResultStore::keepInMemory(std::uint64_t run, const Digest& key, const Store
     return true;
 }
 
-void ResultStore::keep(std::uint64_t run, const Digest& key, const StoredResult& result) {
-    if (!keepInMemory(run, key, result)) {
-        return;
+std::string ResultStore::keep(std::uint64_t run, const Digest& key, const StoredResult& result) {
+    if (!keepInMemory(run, key, result) || !disk.isUsed()) {
+        return {};
+    }
+    const std::uint64_t limit = std::min(disk.limitBytes(), mostBytes);
+    if (const std::uint64_t bytes = roughBytesOf(result); bytes > limit) {
+        return fmt::format("it takes {:.1f} MiB, and the limit is {:.1f} MiB", inMebibytes(bytes), inMebibytes(limit));
     }
     if (const std::optional<std::string> bytes = bytesOf(result)) {
         disk.write(key, *bytes);
@@ -59,6 +74,7 @@ void ResultStore::keep(std::uint64_t run, const Digest& key, const StoredResult&
     if (run < firstRun) {
         disk.remove(key);  // Cleared meanwhile.
     }
+    return {};
 }
 
 void ResultStore::clear() {

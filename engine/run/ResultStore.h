@@ -37,7 +37,9 @@ public:
     /// @return a number for keep: after clear, a run that had begun before keeps nothing.
     std::uint64_t beginRun();
     std::optional<StoredResult> find(const Digest& key);
-    void keep(std::uint64_t run, const Digest& key, const StoredResult& result);
+    /// @return why no later program will find the result; empty where one will, or where there is no place for any.
+    /// @throws std::bad_alloc
+    std::string keep(std::uint64_t run, const Digest& key, const StoredResult& result);
     void clear();
 
 private:

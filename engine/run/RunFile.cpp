@@ -2,6 +2,7 @@
 
 #include "../Version.h"
 #include "Digest.h"
+#include "ResultsPlace.h"
 
 #include <velmorak/ObjectBytes.h>
 
@@ -11,6 +12,7 @@
 #include <nlohmann/json.hpp>
 
 #include <fstream>
+#include <new>
 #include <stdexcept>
 #include <system_error>
 
@@ -59,6 +61,10 @@ Json valueSum(const Value& value) {
         const auto* object = std::get_if<DataObjectPtr>(&value);
         return object ? Json(sumOf(bytesOf(**object))) : Json();
     } catch (const std::invalid_argument&) {
+        return {};
+    } catch (const std::bad_alloc&) {
+        return {};  // A result that is there is worth more than its sum.
+    } catch (const std::length_error&) {
         return {};
     }
 }
@@ -158,7 +164,7 @@ std::string runFileText(const Pipeline& pipeline, const RunReport& report, bool 
 
 std::string writeRunFile(const fs::path& resultsFolder, const std::string& text) {
     const fs::path file = resultsFolder / runFileName;
-    const fs::path temporary = resultsFolder / fmt::format(".velmorak-{}-run.json", getpid());
+    const fs::path temporary = resultsFolder / fmt::format("{}{}-run.json", temporaryMark, getpid());
     std::error_code error;
     fs::create_directories(resultsFolder, error);
     std::ofstream stream(temporary, std::ios::binary | std::ios::trunc);

@@ -7,6 +7,7 @@
 #include "ResultStore.h"
 
 #include <optional>
+#include <set>
 
 namespace velmorak {
 
@@ -30,6 +31,7 @@ public:
     ResultStore store;
     FileDigests digests;
     History history;
+    std::set<const Kind*> refused;  ///< Did not stop; never called again.
 };
 
 }  // namespace velmorak

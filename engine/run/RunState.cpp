@@ -1,5 +1,7 @@
 #include "RunState.h"
 
+#include "Visible.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <string_view>
@@ -15,14 +17,15 @@ bool mayWriteAnywhere() {
 
 }  // namespace
 
-RunState::RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, Messages& messages,
+RunState::RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, Messages& messages, RunLedger& ledger,
                    RunListener* listener)
     : pipeline(pipeline),
       stopping(stopping),
       messages(messages),
+      ledger(ledger),
       listener(listener),
       plan(pipeline),
-      results(pipeline.resultsFolder, mayWriteAnywhere(), stopping),
+      results(pipeline, mayWriteAnywhere(), stopping),
       around{pipeline, stopping, messages, results, {}, {}},
       runs(pipeline.nodes.size()) {
     for (std::size_t i = 0; i < runs.size(); ++i) {
@@ -76,9 +79,27 @@ NodeArguments RunState::arguments(std::size_t position) const {
     return {node(position), arrivals};
 }
 
+void RunState::settle(std::size_t position) {
+    runs[position].isSettled = true;
+    finished.push_back(position);
+}
+
+void RunState::pass(std::size_t position) {
+    runs[position].hasPassed = true;
+    finished.push_back(position);
+}
+
+std::vector<std::size_t> RunState::takeFinished() {
+    std::vector<std::size_t> taken = std::exchange(finished, {});
+    std::sort(taken.begin(), taken.end(),
+              [this](std::size_t one, std::size_t other) { return plan.rank(one) < plan.rank(other); });
+    taken.erase(std::unique(taken.begin(), taken.end()), taken.end());
+    return taken;
+}
+
 void RunState::fail(std::size_t position, const Problem& problem) {
     NodeRun& run = runs[position];
-    run.isSettled = true;
+    settle(position);
     run.report.outputs.assign(node(position).outputs.size(), {});
     if (problem.wasStopped && isStopping()) {
         stopFirst(position);
@@ -92,21 +113,21 @@ void RunState::fail(std::size_t position, const Problem& problem) {
 
 void RunState::skip(std::size_t position, const std::string& cause) {
     NodeRun& run = runs[position];
-    run.isSettled = true;
+    settle(position);
     run.report.outcome = Outcome::Skipped;
-    run.report.sentence = "not run because of \"" + cause + "\"";
+    run.report.sentence = "not run because of \"" + shortened(cause) + "\"";
     run.cause = cause;
 }
 
 void RunState::stopFirst(std::size_t position) {
     NodeRun& run = runs[position];
-    run.isSettled = true;
+    settle(position);
     run.report.outcome = Outcome::Unfinished;
-    run.report.sentence = "not finished because the run was stopped";
+    run.report.sentence = unfinishedSentence;
 }
 
 void RunState::finish(std::size_t position, Outcome outcome, std::vector<Value> outputs) {
-    runs[position].isSettled = true;
+    settle(position);
     runs[position].report.outcome = outcome;
     runs[position].report.outputs = std::move(outputs);
 }

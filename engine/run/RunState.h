@@ -4,6 +4,7 @@
 #include "NodeContext.h"
 #include "Plan.h"
 #include "Problem.h"
+#include "RunLedger.h"
 #include "RunListener.h"
 
 #include <chrono>
@@ -27,9 +28,9 @@ struct NodeRun {
 /// Everything that one run knows. Used by one thread at a time, but for what the contexts do.
 class RunState {
 public:
-    /// @param pipeline, stopping, messages and listener outlive this.
-    RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, Messages& messages,
-             RunListener* listener = nullptr);
+    /// @param pipeline, stopping, messages, ledger and listener outlive this.
+    RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, Messages& messages, RunLedger& ledger,
+             RunListener* listener);
 
     const PipelineNode& node(std::size_t position) const { return pipeline.nodes[position]; }
     bool isStopping() const { return stopping; }
@@ -43,15 +44,28 @@ public:
 
     /// Sets the outcome of a plug-in that could not do its work; a failure is said at once.
     void fail(std::size_t position, const Problem& problem);
+    void settle(std::size_t position);
     void skip(std::size_t position, const std::string& cause);
     /// Sets the outcome of a plug-in that the end of the run came before.
     void stopFirst(std::size_t position);
     void finish(std::size_t position, Outcome outcome, std::vector<Value> outputs);
     void addSeconds(std::size_t position, std::chrono::nanoseconds time);
+    /// The rows of a stream have passed to their end.
+    void pass(std::size_t position);
+
+    /// Calls a piece of the plug-in's kind, as RunLedger does.
+    template <typename Work>
+    std::optional<Problem> call(std::size_t position, Work&& work) const {
+        return ledger.call(position, std::forward<Work>(work));
+    }
+
+    /// Plug-ins that were settled, or that passed, since the last call, in the plan's order.
+    std::vector<std::size_t> takeFinished();
 
     const Pipeline& pipeline;
     const std::atomic<bool>& stopping;
     Messages& messages;
+    RunLedger& ledger;
     RunListener* listener;  ///< Null for none.
     unsigned passes = 0;    ///< Passages of rows that have begun.
     Plan plan;
@@ -62,6 +76,8 @@ public:
 private:
     /// @param mayMiss the plug-in takes what has no value because something failed.
     Arrival arrival(const PipelineInput& input, bool mayMiss) const;
+
+    std::vector<std::size_t> finished;  ///< Since the last takeFinished; perhaps twice.
 };
 
 /// Times what a plug-in does on the run's own thread, into its seconds.

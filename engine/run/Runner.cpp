@@ -1,9 +1,12 @@
 #include "Runner.h"
 
+#include "CrashNote.h"
 #include "Crew.h"
 #include "Execution.h"
 #include "Politeness.h"
+#include "ResultsPlace.h"
 #include "RunFile.h"
+#include "RunJob.h"
 #include "RunListener.h"
 #include "Summary.h"
 
@@ -40,6 +43,11 @@ int threadCount(Messages& messages) {
     return cores;
 }
 
+void threeSeconds(std::unique_lock<std::mutex>& lock, std::condition_variable& change,
+                  const std::function<bool()>& isOver) {
+    change.wait_for(lock, std::chrono::seconds(3), isOver);
+}
+
 }  // namespace
 
 bool RunReport::hasFailure() const {
@@ -47,57 +55,100 @@ bool RunReport::hasFailure() const {
                        [](const NodeReport& node) { return node.outcome == Outcome::Failed; });
 }
 
-struct Runner::Part {
+struct Runner::Part : std::enable_shared_from_this<Runner::Part> {
     Part(std::ostream& stream, bool isTerminal, const StorePlace& place)
-        : messages(stream, isTerminal),
-          memory(place, [this](const std::string& sentence) { messages.line(sentence); }) {
+        : stream(stream),
+          isTerminal(isTerminal),
+          messages(std::make_shared<Messages>(stream, isTerminal)),
+          memory(place, [this](const std::string& sentence) { messages->line(sentence); }) {
         if (!place.complaint.empty()) {
-            messages.line(place.complaint);
+            messages->line(place.complaint);
         }
     }
 
-    RunReport execute(const Pipeline& pipeline, const std::atomic<bool>& stopping);
+    RunReport carryOut(RunJob& job);
+    void execute(RunJob& job, int threads, bool isPolite);
+    RunReport leaveBehind(RunJob& job);
     void summarise(const Pipeline& pipeline, const RunReport& report);
     bool leave(const Pipeline& pipeline, const RunReport& report, bool isOver);
 
-    Messages messages;
+    std::ostream& stream;
+    const bool isTerminal;
+    std::shared_ptr<Messages> messages;  ///< A run that is left behind has silent ones of its own.
     RunMemory memory;
     bool explains = false;
     std::unique_ptr<Workers> workers;  ///< Null: a crew for each run.
     bool leavesRecords = false;
     RunListener* listener = nullptr;
+    Grace grace = threeSeconds;
+    int threadsLeft = 0;  ///< Behind, for good.
     std::mutex mutex;
-    std::shared_ptr<std::atomic<bool>> stopping;  ///< Of the run that is going on; null without one.
+    std::shared_ptr<RunJob> job;  ///< Of the run that is going on; null without one.
 };
 
-RunReport Runner::Part::execute(const Pipeline& pipeline, const std::atomic<bool>& stopping) {
-    const int threads = threadCount(messages);
+RunReport Runner::Part::carryOut(RunJob& job) {
+    const int threads = threadCount(*messages);
     const oneapi::tbb::global_control allowance(oneapi::tbb::global_control::max_allowed_parallelism,
-                                                static_cast<std::size_t>(threads));
-    oneapi::tbb::task_arena arena(threads);
-    const Politeness politeness(arena);
-    Crew crew(static_cast<std::size_t>(threads));
-    messages.beginProgress();
-    memory.recall(pipeline);
-    RunReport report;
-    report.threads = threads;
-    report.began = std::chrono::system_clock::now();
-    const bool leavesRecord = leave(pipeline, report, false);
-    if (listener) {
-        listener->began(pipeline, threads);
-    }
+                                                static_cast<std::size_t>(threads + threadsLeft));
+    job.report.threads = threads;
+    job.report.began = std::chrono::system_clock::now();
     const auto begin = std::chrono::steady_clock::now();
-    arena.execute([&] {
-        RunState state(pipeline, stopping, messages, listener);
-        Execution(state, memory, explains, workers ? *workers : crew).run(report);
+    job.begin([self = shared_from_this(), &job, threads, isPolite = Politeness::isCalledFor()] {
+        self->execute(job, threads, isPolite);
     });
-    report.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    if (leavesRecord) {
-        leave(pipeline, report, true);
+    const bool hasEnded = job.wait(grace);
+    RunReport report = hasEnded ? std::move(job.report) : leaveBehind(job);
+    if (hasEnded && job.problem()) {
+        report.nodes.assign(job.pipeline.nodes.size(),
+                            {Outcome::Failed, job.problem()->sentence, 0, 0, 0.0, {}, {}, {}});
+        messages->line("The run failed: " + job.problem()->sentence);
+        return report;
     }
-    summarise(pipeline, report);
+    report.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    if (!hasEnded || job.leavesRecord) {
+        leave(job.pipeline, report, true);
+    }
+    summarise(job.pipeline, report);
     if (listener) {
         listener->ended(report);
+    }
+    return report;
+}
+
+/// On the job's thread.
+void Runner::Part::execute(RunJob& job, int threads, bool isPolite) {
+    oneapi::tbb::task_arena arena(threads);
+    const Politeness politeness(arena, isPolite);
+    Crew crew(static_cast<std::size_t>(threads));
+    job.messages->beginProgress();
+    memory.recall(job.pipeline);
+    removeLeftovers(job.pipeline);
+    job.leavesRecord = leave(job.pipeline, job.report, false);
+    job.listener.began(job.pipeline, threads);
+    arena.execute([&] {
+        RunState state(job.pipeline, job.isAskedToEnd(), *job.messages, *job.ledger,
+                       job.isListening ? &job.listener : nullptr);
+        Execution(state, memory, explains, workers ? *workers : crew).run(job.report);
+    });
+}
+
+RunReport Runner::Part::leaveBehind(RunJob& job) {
+    RunReport report;
+    report.threads = threadCount(*messages);
+    report.began = std::chrono::system_clock::now();
+    const std::vector<std::size_t> deaf = job.leaveBehind();
+    messages = std::make_shared<Messages>(stream, isTerminal);
+    report.nodes = job.ledger->reports();
+    report.wasStopped = true;
+    for (const std::size_t position : deaf) {
+        ++threadsLeft;
+        memory.refused.insert(job.pipeline.nodes[position].kind);
+        messages->line(job.ledger->title(position) +
+                       " does not stop; its thread is left behind, and its kind is refused until the program is "
+                       "started anew");
+    }
+    if (deaf.empty()) {
+        messages->line("The run does not stop; it is left behind while it waits for a file");
     }
     return report;
 }
@@ -107,9 +158,11 @@ bool Runner::Part::leave(const Pipeline& pipeline, const RunReport& report, bool
     if (!leavesRecords || pipeline.nodes.empty() || pipeline.resultsFolder.empty()) {
         return false;
     }
-    const std::string complaint = writeRunFile(pipeline.resultsFolder, runFileText(pipeline, report, isOver));
+    std::string complaint = whyNoResultsFolder(pipeline);
+    complaint = complaint.empty() ? writeRunFile(pipeline.resultsFolder, runFileText(pipeline, report, isOver))
+                                  : "The record of the run cannot be written: " + complaint;
     if (!complaint.empty()) {
-        messages.line(complaint);
+        messages->line(complaint);
     }
     return complaint.empty();
 }
@@ -121,15 +174,17 @@ void Runner::Part::summarise(const Pipeline& pipeline, const RunReport& report) 
         if (report.nodes[i].outcome == Outcome::Failed || report.nodes[i].outcome == Outcome::NotAsked) {
             continue;
         }
-        messages.line(summaryLine(pipeline.nodes[i], report.nodes[i], plan.tableFeeder(i).has_value()));
+        messages->line(summaryLine(pipeline.nodes[i], report.nodes[i], plan.tableFeeder(i).has_value()));
     }
     if (report.wasStopped) {
-        messages.line("The run was stopped.");
+        messages->line("The run was stopped.");
     }
 }
 
 Runner::Runner(std::ostream& messages, bool isTerminal, const StorePlace& place)
-    : part(std::make_unique<Part>(messages, isTerminal, place)) {}
+    : part(std::make_shared<Part>(messages, isTerminal, place)) {
+    nameCrashes();
+}
 
 Runner::~Runner() = default;
 
@@ -138,23 +193,22 @@ RunReport Runner::run(const Pipeline& pipeline) {
 }
 
 RunReport Runner::run(const std::function<Pipeline()>& snapshot) {
-    const auto stopping = std::make_shared<std::atomic<bool>>(false);
+    const auto job = std::make_shared<RunJob>(part->messages, part->listener);
     {
         const std::scoped_lock lock(part->mutex);
-        part->stopping = stopping;
+        part->job = job;
     }
-    Pipeline pipeline;
     RunReport report;
     const auto work = [&] {
-        pipeline = snapshot();
-        report = part->execute(pipeline, *stopping);
+        job->pipeline = snapshot();
+        report = part->carryOut(*job);
     };
     if (const auto problem = problemIn(work)) {
-        report.nodes.assign(pipeline.nodes.size(), {Outcome::Failed, problem->sentence, 0, 0, 0.0, {}, {}, {}});
-        part->messages.line("The run failed: " + problem->sentence);
+        report.nodes.assign(job->pipeline.nodes.size(), {Outcome::Failed, problem->sentence, 0, 0, 0.0, {}, {}, {}});
+        part->messages->line("The run failed: " + problem->sentence);
     }
     const std::scoped_lock lock(part->mutex);
-    part->stopping = nullptr;
+    part->job = nullptr;
     return report;
 }
 
@@ -170,14 +224,18 @@ void Runner::leaveRecords() {
     part->leavesRecords = true;
 }
 
+void Runner::waitWith(Grace grace) {
+    part->grace = std::move(grace);
+}
+
 void Runner::tell(RunListener* listener) {
     part->listener = listener;
 }
 
 void Runner::stop() {
     const std::scoped_lock lock(part->mutex);
-    if (part->stopping) {
-        *part->stopping = true;
+    if (part->job) {
+        part->job->askToEnd();
     }
 }
 

@@ -4,9 +4,11 @@
 #include "StorePlace.h"
 
 #include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <iosfwd>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -46,9 +48,10 @@ struct RunReport {
 class Workers;
 class RunListener;
 
-/// Executes pipelines, one at a time, on all cores, and keeps what may be used again.
-/// Threads: run on one thread at a time; stop and reset on any thread at any time.
-/// Errors:  nothing is thrown; what fails is in the report and on the stream of messages.
+/// Executes pipelines, one at a time, on all cores, and keeps what may be used again. A plug-in that does not stop when
+/// the run is asked to end is left behind after a grace of three seconds, with its thread; its kind is refused from
+/// then on. Threads: run on one thread at a time; stop and reset on any thread at any time. Errors:  nothing is thrown;
+/// what fails is in the report and on the stream of messages.
 class Runner {
 public:
     /// @param messages progress, one line a plug-in, and failures. On a terminal the progress line redraws.
@@ -68,6 +71,12 @@ public:
     /// From now on, each run leaves a record of itself in its results folder. Called while no run is going on.
     void leaveRecords();
 
+    /// Waits on a run that was asked to end, until isOver or for as long as a plug-in may take to hear of it.
+    using Grace = std::function<void(std::unique_lock<std::mutex>& lock, std::condition_variable& change,
+                                     const std::function<bool()>& isOver)>;
+    /// Takes the place of three seconds of the clock. Called while no run is going on.
+    void waitWith(Grace grace);
+
     /// From now on, this is told what runs do. Called while no run is going on.
     /// @param listener outlives the runs; null for none.
     void tell(RunListener* listener);
@@ -83,7 +92,7 @@ public:
 
 private:
     struct Part;
-    std::unique_ptr<Part> part;
+    std::shared_ptr<Part> part;  ///< Also of runs that are left behind.
 };
 
 }  // namespace velmorak

@@ -1,6 +1,10 @@
 #include "StoreBytes.h"
 
+#include <velmorak/Histogram1D.h>
+#include <velmorak/HistogramGrid.h>
 #include <velmorak/ObjectBytes.h>
+#include <velmorak/Points.h>
+#include <velmorak/Profile.h>
 
 #include <algorithm>
 
@@ -20,6 +24,19 @@ void addValue(ByteWriter& writer, const Value& value) {
     } else if (const auto* object = std::get_if<DataObjectPtr>(&value)) {
         writer.list(bytesOf(**object));
     }
+}
+
+template <typename Object>
+std::uint64_t cellBytesOf(const DataObject& object) {
+    const auto* known = dynamic_cast<const Object*>(&object);
+    return known ? known->cells().size() * sizeof known->cells()[0] : 0;
+}
+
+std::uint64_t roughBytesOf(const DataObject& object) {
+    const auto* points = dynamic_cast<const Points*>(&object);
+    return cellBytesOf<Histogram1D>(object) + cellBytesOf<Histogram2D>(object) + cellBytesOf<Histogram3D>(object) +
+           cellBytesOf<Profile1D>(object) + cellBytesOf<Profile2D>(object) +
+           (points ? points->size() * points->dimension() * sizeof(Measurement) : 0);
 }
 
 Value readValue(ByteReader& reader) {
@@ -60,6 +77,18 @@ std::vector<FileContent> readFiles(ByteReader& reader) {
         files.push_back(std::move(content));
     }
     return files;
+}
+
+std::uint64_t roughBytesOf(const StoredResult& result) {
+    std::uint64_t bytes = 0;
+    for (const Value& value : result.outputs) {
+        if (const auto* text = std::get_if<std::string>(&value)) {
+            bytes += text->size();
+        } else if (const auto* object = std::get_if<DataObjectPtr>(&value); object && *object) {
+            bytes += roughBytesOf(**object);
+        }
+    }
+    return bytes;
 }
 
 std::optional<std::string> bytesOf(const StoredResult& result) {

@@ -14,6 +14,8 @@ void addFiles(ByteWriter& writer, const std::vector<FileContent>& files);
 /// @throws std::invalid_argument
 std::vector<FileContent> readFiles(ByteReader& reader);
 
+/// About as many as bytesOf gives, without making them.
+std::uint64_t roughBytesOf(const StoredResult& result);
 /// @return nothing when there is an object among the outputs that only its collection knows.
 std::optional<std::string> bytesOf(const StoredResult& result);
 /// @return nothing when these are no such bytes.

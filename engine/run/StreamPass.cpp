@@ -45,15 +45,14 @@ void StreamPass::addStep(const StepPlace& place) {
     std::size_t leg = place.firstLeg;
     for (const std::size_t feeder : state.plan.tableFeeders(place.node)) {
         Step::Parent parent{leg, state.plan.legs(feeder).size(), std::nullopt, nullptr};
-        for (std::size_t i = 0; i < steps.size(); ++i) {
-            if (steps[i]->node == feeder && steps[i]->parents.front().firstLeg == leg) {
-                parent.step = i;
-                steps[i]->hasChild = true;
-            }
+        if (const auto found = places.find({feeder, leg}); found != places.end()) {
+            parent.step = found->second;
+            steps[found->second]->hasChild = true;
         }
         leg += parent.legs;
         step->parents.push_back(std::move(parent));
     }
+    places.emplace(place, steps.size());
     steps.push_back(std::move(step));
 }
 
@@ -89,7 +88,7 @@ void StreamPass::open(Leg& leg) {
     const Stopwatch watch(state, leg.source);
     NodeContext& context = *state.runs[leg.source].context;
     const auto* kind = dynamic_cast<const Source*>(state.node(leg.source).kind);
-    const std::optional<Problem> problem = problemIn([&] {
+    const std::optional<Problem> problem = state.call(leg.source, [&] {
         const NodeArguments arguments = state.arguments(leg.source);
         for (const std::filesystem::path& file : kind->files(arguments, context)) {
             context.watch(file.string());
@@ -115,7 +114,7 @@ void StreamPass::prepare(Step& step) {
     if (step.isDropped) {
         return;
     }
-    if (const std::optional<Problem> problem = problemIn([&] { prepareOperations(step); })) {
+    if (const std::optional<Problem> problem = state.call(step.node, [&] { prepareOperations(step); })) {
         step.isDropped = true;
         state.fail(step.node, *problem);
         return;
@@ -124,7 +123,6 @@ void StreamPass::prepare(Step& step) {
         step.stage = std::max(step.stage, parent.step ? steps[*parent.step]->stage : 0);
     }
     step.stage += step.countsRows() ? 1 : 0;
-    step.rowsWanted = step.countsRows() ? rowsWantedBy(*step.parents.front().operation) : 0;
 }
 
 void StreamPass::prepareOperations(Step& step) {
@@ -147,6 +145,7 @@ void StreamPass::prepareOperations(Step& step) {
         step.accumulation = accumulator->prepare(arguments, &schema, context);
         step.merger = std::make_unique<StateMerger>(*step.accumulation, accumulator->mergeOrder());
     }
+    step.rowsWanted = step.countsRows() ? rowsWantedBy(*step.parents.front().operation) : 0;
 }
 
 std::size_t StreamPass::stages() const {
@@ -214,7 +213,7 @@ bool StreamPass::readInto(Chunk& chunk) {
     }
     const Instant::time_point begin = Instant::now();
     bool hasRows = false;
-    sourceProblem = problemIn([&] { hasRows = leg.reader->next(chunk); });
+    sourceProblem = state.call(leg.source, [&] { hasRows = leg.reader->next(chunk); });
     leg.time += Instant::now() - begin;
     return hasRows && !sourceProblem;
 }
@@ -258,7 +257,8 @@ void StreamPass::perform(Work& work, std::size_t stage) {
 bool StreamPass::complete(Work& work) const {
     if (!work.isComplete) {
         const Instant::time_point begin = Instant::now();
-        work.problem = problemIn([&] { legs[work.leg]->reader->complete(work.chunk); });
+        Leg& leg = *legs[work.leg];
+        work.problem = state.call(leg.source, [&] { leg.reader->complete(work.chunk); });
         work.isComplete = true;
         work.timeCompleting = Instant::now() - begin;
     }
@@ -286,7 +286,7 @@ void StreamPass::performStep(std::size_t position, Work& work) {
     }
     const Instant::time_point begin = Instant::now();
     made.rowsIn = table->rows;
-    made.problem = problemIn([&] {
+    made.problem = state.call(step.node, [&] {
         if (step.countsRows()) {
             Chunk counted = *table;
             counted.rowsBefore = made.rowsBefore;

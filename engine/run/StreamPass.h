@@ -9,6 +9,7 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -78,6 +79,7 @@ private:
     RunState& state;
     std::vector<std::unique_ptr<Leg>> legs;
     std::vector<std::unique_ptr<Step>> steps;
+    std::map<StepPlace, std::size_t> places;   ///< Positions in steps.
     std::vector<std::unique_ptr<Work>> works;  ///< By place, one for each chunk that may be on its way.
     std::atomic<bool> hasWork = true;          ///< Some step is not dropped.
     std::size_t legBeingRead = 0;

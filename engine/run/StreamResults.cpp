@@ -12,7 +12,7 @@ using Instant = std::chrono::steady_clock;
 /// How far the rows that some plug-in still wants have passed; nothing when the source cannot say.
 std::optional<double> StreamPass::fractionOf(const Leg& leg) {
     std::optional<double> read;
-    sourceProblem = problemIn([&] { read = leg.reader->fraction(); });
+    sourceProblem = state.call(leg.source, [&] { read = leg.reader->fraction(); });
     double least = 1.0;
     for (std::size_t i = 0; i < steps.size(); ++i) {
         if (steps[i]->hasChild || !steps[i]->sees(legBeingRead) || steps[i]->isOut) {
@@ -83,7 +83,7 @@ void StreamPass::takeInStep(std::size_t position, Work& work) {
     Work::Made& made = work.made[position];
     std::optional<Problem> problem = std::move(made.problem);
     if (!problem && made.state) {
-        problem = problemIn([&] { step.merger->take(std::move(made.state)); });
+        problem = state.call(step.node, [&] { step.merger->take(std::move(made.state)); });
     }
     step.rowsIn += made.rowsIn;
     step.rowsOut += made.rowsOut;
@@ -155,13 +155,13 @@ void StreamPass::finish() {
         return;
     }
     for (const auto& leg : legs) {
-        state.runs[leg->source].hasPassed = true;
+        state.pass(leg->source);
     }
     for (const auto& step : steps) {
         if (step->isDropped) {
             continue;
         }
-        state.runs[step->node].hasPassed = true;
+        state.pass(step->node);
         if (step->accumulation) {
             finishAccumulator(*step);
         }
@@ -174,7 +174,7 @@ void StreamPass::finishAccumulator(Step& step) {
     }
     const Stopwatch watch(state, step.node);
     NodeResults results(state.node(step.node).outputs);
-    const std::optional<Problem> problem = problemIn([&] {
+    const std::optional<Problem> problem = state.call(step.node, [&] {
         const std::unique_ptr<AccumulatorState> whole = step.merger->whole();
         step.accumulation->finish(*whole, results);
     });

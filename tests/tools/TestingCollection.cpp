@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <thread>
 
@@ -73,6 +74,14 @@ public:
     void evaluate(const Arguments&, Results&, RunContext&) const override { static_cast<void>(std::string().at(1)); }
 };
 
+class Crashes : public Function {
+public:
+    std::string name() const override { return "Crashes"; }
+    std::string summary() const override { return "Ends the program."; }
+    Ports ports(const ValueTexts&) const override { return {}; }
+    void evaluate(const Arguments&, Results&, RunContext&) const override { std::abort(); }
+};
+
 }  // namespace
 
 VELMORAK_COLLECTION(registry) {
@@ -82,4 +91,5 @@ VELMORAK_COLLECTION(registry) {
     registry.add(std::make_unique<IsDeaf>());
     registry.add(std::make_unique<Prints>());
     registry.add(std::make_unique<Overreaches>());
+    registry.add(std::make_unique<Crashes>());
 }

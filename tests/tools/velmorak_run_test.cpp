@@ -360,6 +360,20 @@ TEST_F(VelmorakRun, refusesAPipeAsItsAidaFileWithoutWaiting) {
     EXPECT_THAT(ended.errors, HasSubstr("data.fifo is not a regular file (a FIFO)"));
 }
 
+TEST_F(VelmorakRun, endsWithThreeWhenAPlugInDoesNotStop) {
+    const Ended ended = run({"--timeout", "0.5", document(plugin("deaf", "IsDeaf"))});
+    EXPECT_EQ(ended.status, 3);
+    EXPECT_THAT(ended.errors, HasSubstr("IsDeaf \"deaf\" does not stop; its thread is left behind"));
+    EXPECT_THAT(ended.errors, HasSubstr("The run was stopped.\n"));
+}
+
+TEST_F(VelmorakRun, namesThePlugInThatItCrashedIn) {
+    const Ended ended =
+        runProgram({"sh", "-c", "ulimit -c 0; exec \"$0\" \"$1\"", VELMORAK_RUN, document(plugin("odd", "Crashes"))});
+    EXPECT_EQ(ended.status, -1) << "ended by a signal";
+    EXPECT_THAT(ended.errors, HasSubstr("Crashes \"odd\" crashed"));
+}
+
 TEST_F(VelmorakRun, needsNoToolkit) {
     unsetenv("DISPLAY");
     const Ended libraries = runProgram({"ldd", VELMORAK_RUN});

@@ -7,6 +7,7 @@
 #include "StopOnSignal.h"
 
 #include <graph/Inspect.h>
+#include <run/ResultsPlace.h>
 #include <run/RunFile.h>
 
 #include <algorithm>
@@ -99,7 +100,11 @@ std::vector<std::string> textsOf(const std::vector<Setting>& point) {
 
 ExitStatus runScan(QzManager& manager, const Order& order, const std::vector<std::vector<Setting>>& points,
                    const StopOnSignal& signals) {
-    const fs::path folder = velmorak::pipelineOf(manager).resultsFolder;
+    const velmorak::Pipeline pipeline = velmorak::pipelineOf(manager);
+    if (const std::string complaint = velmorak::whyNoResultsFolder(pipeline); !complaint.empty()) {
+        throw UsageError(complaint);
+    }
+    const fs::path folder = pipeline.resultsFolder;
     ExitStatus worst = AllDone;
     for (const std::vector<Setting>& point : points) {
         const std::vector<std::string> texts = textsOf(point);

@@ -17,7 +17,7 @@ int priorityHere() {
 /// How far the threads of an arena stand back that is used from here.
 int priorityInARun() {
     oneapi::tbb::task_arena arena(1);
-    const Politeness politeness(arena);
+    const Politeness politeness(arena, Politeness::isCalledFor());
     return arena.execute([] { return priorityHere(); });
 }
 

@@ -111,7 +111,8 @@ TEST_F(ResultFiles, aLinkUnderTheirNameIsReplacedAndNotFollowed) {
     EXPECT_EQ(content(folder / "test.results/note.txt"), "hello");
 }
 
-TEST_F(ResultFiles, theFolderItselfMayBeALink) {
+TEST_F(ResultFiles, theFolderItselfMayBeALinkWhereItWasChosen) {
+    pipeline.isResultsFolderChosen = true;
     fs::create_directories(folder / "scratch");
     fs::create_directory_symlink(folder / "scratch", folder / "test.results");
     run();

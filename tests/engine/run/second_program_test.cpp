@@ -56,6 +56,21 @@ TEST_F(SecondProgram, ofAnUnchangedPipelineExecutesNothing) {
     EXPECT_TRUE(wasSaid("Write \"write\": reused, nothing changed")) << messages.str();
 }
 
+TEST_F(SecondProgram, isToldOfAResultThatIsTooLargeToKeep) {
+    const FreeFunction large(
+        "Large", {{}, {output("text", ValueType::Text)}},
+        [](const Arguments&, Results& results, RunContext&) { results.set("text", std::string(2 << 20, 'x')); });
+    add(large, "large");
+    start("large");
+    runAnew();
+    EXPECT_EQ(outcome("large"), Outcome::Done);
+    EXPECT_TRUE(
+        wasSaid("Large \"large\": the result is not kept for later: it takes 2.0 MiB, and the limit is 1.0 MiB"))
+        << messages.str();
+    runAnew();
+    EXPECT_EQ(large.evaluated, 2);
+}
+
 TEST_F(SecondProgram, executesWhatChangedAndWhatLiesDownstream) {
     set("middle", "value", "1");
     inputOf("middle", "value").wire.reset();

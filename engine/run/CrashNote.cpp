@@ -1,0 +1,117 @@
+#include "CrashNote.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstddef>
+#include <cstring>
+
+namespace velmorak {
+namespace {
+
+struct CrashSignal {
+    int number;
+    const char* name;
+};
+
+constexpr std::array<CrashSignal, 5> crashSignals{{{SIGSEGV, "segmentation fault"},
+                                                   {SIGBUS, "bus error"},
+                                                   {SIGILL, "illegal instruction"},
+                                                   {SIGFPE, "arithmetic error"},
+                                                   {SIGABRT, "abort"}}};
+
+/// Of the kind that this thread is in. A handler must find it without a call that may reserve memory.
+[[gnu::tls_model("initial-exec")]] thread_local const char* currentTitle = nullptr;
+
+/// A stack for the handler, because the thread's own may be what has run out.
+class SpareStack {
+public:
+    SpareStack() {
+        stack_t present{};
+        if (sigaltstack(nullptr, &present) != 0 || (present.ss_flags & SS_DISABLE) == 0) {
+            return;  // Somebody else's.
+        }
+        void* const memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (memory == MAP_FAILED) {
+            return;
+        }
+        stack_t own{};
+        own.ss_sp = memory;
+        own.ss_size = size;
+        if (sigaltstack(&own, nullptr) == 0) {
+            bytes = memory;
+        } else {
+            munmap(memory, size);
+        }
+    }
+    ~SpareStack() {
+        if (bytes != nullptr) {
+            stack_t none{};
+            none.ss_flags = SS_DISABLE;
+            sigaltstack(&none, nullptr);
+            munmap(bytes, size);
+        }
+    }
+    SpareStack(const SpareStack&) = delete;
+    SpareStack& operator=(const SpareStack&) = delete;
+
+    /// Makes the thread's own, where there is none yet.
+    void use() const {}
+
+private:
+    static constexpr std::size_t size = std::size_t{1} << 16;
+    void* bytes = nullptr;
+};
+
+thread_local const SpareStack spareStack;
+
+/// Only what a signal handler may call.
+void put(const char* text) {
+    static_cast<void>(write(STDERR_FILENO, text, std::strlen(text)) < 0);
+}
+
+extern "C" void nameCrash(int number) {
+    if (currentTitle != nullptr) {
+        put("\n");
+        put(currentTitle);
+        put(" crashed (");
+        for (const CrashSignal& each : crashSignals) {
+            if (each.number == number) {
+                put(each.name);
+            }
+        }
+        put("); the program ends.\n");
+    }
+    // The handler is off by now; the signal is blocked until this one returns, and then ends the program.
+    raise(number);
+}
+
+}  // namespace
+
+CrashNote::CrashNote(const char* title) : outer(currentTitle) {
+    spareStack.use();
+    currentTitle = title;
+}
+
+CrashNote::~CrashNote() {
+    currentTitle = outer;
+}
+
+void nameCrashes() {
+    for (const CrashSignal& each : crashSignals) {
+        struct sigaction present {};
+        if (sigaction(each.number, nullptr, &present) != 0 || (present.sa_flags & SA_SIGINFO) != 0 ||
+            present.sa_handler != SIG_DFL) {
+            continue;
+        }
+        struct sigaction naming {};
+        naming.sa_handler = &nameCrash;
+        naming.sa_flags = SA_ONSTACK | static_cast<int>(SA_RESETHAND);
+        sigemptyset(&naming.sa_mask);
+        sigaction(each.number, &naming, nullptr);
+    }
+}
+
+}  // namespace velmorak

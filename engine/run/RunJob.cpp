@@ -1,0 +1,78 @@
+#include "RunJob.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <utility>
+
+namespace velmorak {
+namespace {
+
+/// A kind that is left behind goes on while the program ends, and must not find destroyed what it works with.
+void endWithoutDestructors(int status, void* /*none*/) {
+    std::cout.flush();
+    std::cerr.flush();
+    std::fflush(stdout);
+    _exit(status);
+}
+
+}  // namespace
+
+RunJob::RunJob(std::shared_ptr<Messages> messages, RunListener* listener)
+    : messages(std::move(messages)), listener(listener), isListening(listener != nullptr) {}
+
+void RunJob::askToEnd() {
+    const std::scoped_lock lock(mutex);
+    stopping = true;
+    change.notify_all();
+}
+
+void RunJob::begin(std::function<void()> work) {
+    ledger.emplace(pipeline);
+    thread = std::thread([self = shared_from_this(), work = std::move(work)] {
+        std::optional<Problem> problem;
+        try {
+            problem = problemIn(work);
+        } catch (const LeftBehind&) {
+            return;
+        }
+        const std::scoped_lock lock(self->mutex);
+        self->failure = std::move(problem);
+        self->isOver = true;
+        self->change.notify_all();
+    });
+}
+
+bool RunJob::wait(const Runner::Grace& grace) {
+    const auto hasEnded = [this] { return isOver; };
+    // Where no kind is at work, it is the run's own files that take the time, and what is complete is worth more of it.
+    constexpr int mostGraces = 10;
+    std::unique_lock lock(mutex);
+    change.wait(lock, [this] { return isOver || stopping; });
+    for (int i = 0; i < mostGraces && !isOver; ++i) {
+        grace(lock, change, hasEnded);
+        if (!isOver && !ledger->underWay().empty()) {
+            break;
+        }
+    }
+    if (!isOver) {
+        return false;
+    }
+    lock.unlock();
+    thread.join();
+    return true;
+}
+
+std::vector<std::size_t> RunJob::leaveBehind() {
+    const std::vector<std::size_t> deaf = ledger->underWay();
+    ledger->leaveBehind();
+    listener.close();
+    messages->silence();
+    thread.detach();  // It cannot be joined: nobody knows whether it ends.
+    on_exit(&endWithoutDestructors, nullptr);
+    return deaf;
+}
+
+}  // namespace velmorak

@@ -1,0 +1,41 @@
+#include "RunLedger.h"
+
+#include "NodeContext.h"
+#include "Visible.h"
+
+namespace velmorak {
+
+RunLedger::RunLedger(const Pipeline& pipeline) : calls(pipeline.nodes.size()), settled(pipeline.nodes.size()) {
+    titles.reserve(pipeline.nodes.size());
+    for (const PipelineNode& node : pipeline.nodes) {
+        titles.push_back(visible(titleOf(node)));
+    }
+}
+
+std::vector<std::size_t> RunLedger::underWay() const {
+    std::vector<std::size_t> positions;
+    for (std::size_t i = 0; i < calls.size(); ++i) {
+        if (calls[i] > 0) {
+            positions.push_back(i);
+        }
+    }
+    return positions;
+}
+
+void RunLedger::expect(std::size_t position) {
+    const std::scoped_lock lock(mutex);
+    settled[position].outcome = Outcome::Unfinished;
+    settled[position].sentence = unfinishedSentence;
+}
+
+void RunLedger::settle(std::size_t position, const NodeReport& report) {
+    const std::scoped_lock lock(mutex);
+    settled[position] = report;
+}
+
+std::vector<NodeReport> RunLedger::reports() const {
+    const std::scoped_lock lock(mutex);
+    return settled;
+}
+
+}  // namespace velmorak

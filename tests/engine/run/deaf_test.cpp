@@ -1,0 +1,155 @@
+#include "RunFixture.h"
+
+#include <condition_variable>
+#include <future>
+#include <mutex>
+
+namespace velmorak::test {
+namespace {
+
+/// Where a kind waits until the test lets it go on. Shared by both, because either may be the last.
+class Gate {
+public:
+    /// Called in the kind.
+    void pass() {
+        std::unique_lock lock(mutex);
+        if (isOpen) {
+            return;
+        }
+        isEntered = true;
+        change.notify_all();
+        change.wait(lock, [this] { return isOpen; });
+        isPassed = true;
+        change.notify_all();
+    }
+    void waitUntilEntered() {
+        std::unique_lock lock(mutex);
+        change.wait(lock, [this] { return isEntered; });
+    }
+    void open() {
+        const std::scoped_lock lock(mutex);
+        isOpen = true;
+        change.notify_all();
+    }
+    void waitUntilPassed() {
+        std::unique_lock lock(mutex);
+        change.wait(lock, [this] { return isPassed || !isEntered; });
+    }
+
+private:
+    std::mutex mutex;
+    std::condition_variable change;
+    bool isEntered = false;
+    bool isOpen = false;
+    bool isPassed = false;
+};
+
+/// Kinds that do not hear of a stop until the test lets them go on, and runs that wait no time for them.
+class DeafKinds : public RunTest {
+protected:
+    DeafKinds() {
+        runner.waitWith([](auto&, auto&, const auto&) {});
+        add(pass, "first", {{"value", "2"}});
+        add(deaf, "deaf");
+        add(pass, "after");
+        wire("first", "number", "deaf", "value");
+        wire("deaf", "number", "after", "value");
+    }
+    ~DeafKinds() override { letGo(); }
+
+    void letGo() {
+        gate->open();
+        gate->waitUntilPassed();
+    }
+
+    void runAndStopWhenItBlocks() {
+        auto caller = std::async(std::launch::async, [this] {
+            gate->waitUntilEntered();
+            runner.stop();
+        });
+        run();
+        caller.get();
+    }
+
+    std::shared_ptr<Gate> gate = std::make_shared<Gate>();
+    PassKind pass;
+    FreeFunction deaf{"Deaf",
+                      {{numberInput("value")}, {output("number", ValueType::Number)}},
+                      [gate = gate](const Arguments& arguments, Results& results, RunContext& context) {
+                          const std::shared_ptr<Gate> own = gate;  // The kind may go meanwhile.
+                          own->pass();
+                          context.warn("it hears again");
+                          results.set("number", arguments.number("value"));
+                      }};
+};
+
+TEST_F(DeafKinds, areNamedAndLeftBehindAndTheRunEnds) {
+    runAndStopWhenItBlocks();
+    EXPECT_TRUE(report.wasStopped);
+    EXPECT_EQ(outcome("first"), Outcome::Done);
+    EXPECT_EQ(outcome("deaf"), Outcome::Unfinished);
+    EXPECT_EQ(outcome("after"), Outcome::Unfinished);
+    EXPECT_TRUE(
+        wasSaid("Deaf \"deaf\" does not stop; its thread is left behind, and its kind is refused until the "
+                "program is started anew"));
+    EXPECT_TRUE(wasSaid("Deaf \"deaf\": not finished because the run was stopped"));
+    EXPECT_TRUE(wasSaid("The run was stopped."));
+}
+
+TEST_F(DeafKinds, areRefusedFromThenOnAndTheOthersRun) {
+    runAndStopWhenItBlocks();
+    run();
+    EXPECT_EQ(outcome("first"), Outcome::Reused);
+    EXPECT_EQ(outcome("deaf"), Outcome::Failed);
+    EXPECT_EQ(sentence("deaf"),
+              "its kind did not stop in a run before, and is refused until the program is started anew");
+    EXPECT_EQ(sentence("after"), "not run because of \"deaf\"");
+    EXPECT_EQ(deaf.evaluated, 1);
+}
+
+TEST_F(DeafKinds, sayAndChangeNothingMoreWhenTheyReturn) {
+    runAndStopWhenItBlocks();
+    messages.str("");
+    letGo();
+    run();
+    EXPECT_FALSE(wasSaid("Deaf \"deaf\": warning: it hears again"));
+    EXPECT_EQ(outcome("deaf"), Outcome::Failed);
+}
+
+TEST_F(DeafKinds, amongTheThreadsOfAStreamAreLeftBehindToo) {
+    RowSource rows;
+    SumKind sum;
+    sum.beforeFill = [gate = gate](const Chunk& chunk) {
+        if (chunk.number == 1) {
+            const std::shared_ptr<Gate> own = gate;
+            own->pass();
+        }
+    };
+    pipeline.nodes.clear();
+    add(rows, "rows", {{"rows", std::to_string(6 * chunkRows)}});
+    add(sum, "sum");
+    wire("rows", "table", "sum", "table");
+    setenv("VELMORAK_THREADS", "2", 1);
+    runAndStopWhenItBlocks();
+    EXPECT_TRUE(report.wasStopped);
+    EXPECT_EQ(outcome("sum"), Outcome::Unfinished);
+    EXPECT_TRUE(
+        wasSaid("Sum \"sum\" does not stop; its thread is left behind, and its kind is refused until the "
+                "program is started anew"));
+    EXPECT_EQ(sum.finished, 0);
+    letGo();
+}
+
+TEST_F(DeafKinds, thatStopInTimeAreNotRefused) {
+    runner.waitWith([this](auto& lock, auto& change, const auto& isOver) {
+        gate->open();
+        change.wait(lock, isOver);
+    });
+    runAndStopWhenItBlocks();
+    EXPECT_EQ(outcome("first"), Outcome::Done);
+    run();
+    EXPECT_EQ(outcome("after"), Outcome::Done);
+}
+
+}  // namespace
+}  // namespace velmorak::test

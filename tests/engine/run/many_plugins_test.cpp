@@ -1,0 +1,100 @@
+#include "RunFixture.h"
+
+namespace velmorak::test {
+namespace {
+
+/// Pipelines of as many plug-ins as nobody draws by hand.
+class ManyPlugins : public RunTest {
+protected:
+    static constexpr std::size_t count = 10'000;
+
+    void addChain() {
+        pipeline.nodes.reserve(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            add(pass, "p" + std::to_string(i), {{"value", "1"}});
+            if (i > 0) {
+                pipeline.nodes[i].inputs[0].wire = PipelineWire{i - 1, "number"};
+            }
+        }
+    }
+
+    std::size_t times(const std::string& text) const {
+        std::size_t found = 0;
+        const std::string said = messages.str();
+        for (std::size_t at = said.find(text); at != std::string::npos; at = said.find(text, at + 1)) {
+            ++found;
+        }
+        return found;
+    }
+
+    PassKind pass;
+};
+
+TEST_F(ManyPlugins, ofAChainAreAllExecuted) {
+    addChain();
+    run();
+    EXPECT_EQ(pass.evaluated, static_cast<int>(count));
+    EXPECT_EQ(std::get<double>(report.nodes.back().outputs.at(0)), 1.0);
+    run();
+    EXPECT_EQ(report.nodes.back().outcome, Outcome::Reused);
+    EXPECT_EQ(pass.evaluated, static_cast<int>(count));
+}
+
+TEST_F(ManyPlugins, onACycleNameItOnceWithTenMembers) {
+    addChain();
+    pipeline.nodes[0].inputs[0].wire = PipelineWire{count - 1, "number"};
+    run();
+    EXPECT_EQ(
+        report.nodes[0].sentence,
+        "input \"value\": its result would feed itself: \"p0\" -> \"p1\" -> \"p2\" -> \"p3\" -> \"p4\" -> \"p5\" -> "
+        "\"p6\" -> \"p7\" -> \"p8\" -> \"p9\" -> (9990 more) -> \"p0\"");
+    EXPECT_EQ(report.nodes[1].sentence, "its result would feed itself: it lies on a cycle with \"p0\"");
+    EXPECT_EQ(times("\"p1\" -> \"p2\""), 1U);
+    EXPECT_LT(messages.str().size(), 1'000'000U);
+}
+
+TEST_F(ManyPlugins, onTwoCyclesThatShareNoneNameEachOfThem) {
+    for (const char* name : {"a", "b", "c", "d", "e"}) {
+        add(pass, name);
+    }
+    wire("a", "number", "b", "value");
+    wire("b", "number", "a", "value");
+    wire("d", "number", "c", "value");
+    wire("e", "number", "d", "value");
+    wire("c", "number", "e", "value");
+    start("a");
+    run();
+    EXPECT_EQ(sentence("a"), "input \"value\": its result would feed itself: \"a\" -> \"b\" -> \"a\"");
+    EXPECT_EQ(sentence("b"), "its result would feed itself: it lies on a cycle with \"a\"");
+    start("c");
+    run();
+    EXPECT_EQ(sentence("c"), "input \"value\": its result would feed itself: \"c\" -> \"e\" -> \"d\" -> \"c\"");
+    EXPECT_EQ(sentence("d"), "its result would feed itself: it lies on a cycle with \"c\"");
+    EXPECT_EQ(sentence("e"), "its result would feed itself: it lies on a cycle with \"c\"");
+}
+
+TEST_F(ManyPlugins, withTablesOfTheirOwnArePassedEachOnce) {
+    constexpr std::size_t tables = 2'000;
+    RowSource rows;
+    SumKind sum;
+    add(pass, "first");
+    for (std::size_t i = 0; i < tables; ++i) {
+        const std::string number = std::to_string(i);
+        const std::size_t source = add(rows, "rows" + number, {{"rows", "3"}});
+        const std::size_t total = add(sum, "sum" + number);
+        for (PipelineInput& input : pipeline.nodes[total].inputs) {
+            if (input.spec.name == "table") {
+                input.wire = PipelineWire{source, "table"};
+            } else if (input.spec.name == "scale") {
+                input.wire = PipelineWire{0, "number"};
+            }
+        }
+    }
+    run();
+    EXPECT_EQ(rows.opened, static_cast<int>(tables));
+    EXPECT_EQ(sum.finished, static_cast<int>(tables));
+    EXPECT_FALSE(report.hasFailure());
+}
+
+}  // namespace
+}  // namespace velmorak::test
