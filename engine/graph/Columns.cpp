@@ -4,8 +4,11 @@
 #include "Parts.h"
 #include "Say.h"
 
+#include "../run/CrashNote.h"
 #include "../run/FileDigests.h"
 #include "../run/NodeArguments.h"
+#include "../run/Problem.h"
+#include "../run/Visible.h"
 
 #include <velmorak/Kind.h>
 
@@ -43,36 +46,66 @@ std::string sentenceOn(const Schema& schema) {
     return schema.size() == 0 ? "" : sentence + ".";
 }
 
-/// What decides on the columns, and how they are found.
-struct Look {
-    const Source& kind;
-    const PipelineNode& node;
-    const Pipeline& beside;
+/// Is told to stop when enough was read, and when nobody waits any more.
+class AsideContext : public LookContext {
+public:
+    AsideContext(const Pipeline& beside, const WorkAside& work) : LookContext(beside, mostPieces), work(work) {}
+    bool isStopping() const override { return work.isStopping() || LookContext::isStopping(); }
 
-    NodeArguments arguments() const { return {node, std::vector<Arrival>(node.inputs.size())}; }
-
-    /// Differs whenever the columns could.
-    std::string key() const {
-        std::string key = "in " + beside.documentFolder.string();
-        for (const PipelineInput& input : node.inputs)
-            key += '\0' + input.value;
-        LookContext context(beside, mostPieces);
-        for (const std::filesystem::path& file : kind.files(arguments(), context))
-            if (const std::optional<FileStamp> stamp = stampOf(file))
-                for (const std::int64_t number :
-                     {static_cast<std::int64_t>(stamp->inode), stamp->size, stamp->modifiedNs, stamp->changedNs})
-                    key += '\0' + std::to_string(number);
-        return key;
-    }
-
-    std::string sentence() const {
-        LookContext context(beside, mostPieces);
-        return sentenceOn(kind.open(arguments(), context)->schema());
-    }
+private:
+    const WorkAside& work;
 };
 
-PipelineNode nodeOf(const QzBase::Part& part) {
+/// What decides on the columns, and how they are found. Used by a thread of its own.
+struct Look {
+    const Source& kind;
     PipelineNode node;
+    Pipeline beside;
+    ColumnsFound before;
+
+    NodeArguments arguments() const { return {node, std::vector<Arrival>(node.inputs.size())}; }
+    /// Differs whenever the columns could.
+    std::string key(LookContext& context) const;
+    std::string sentence(LookContext& context) const;
+    ColumnsFound found(const WorkAside& work) const;
+};
+
+std::string Look::key(LookContext& context) const {
+    std::string key;
+    for (const std::filesystem::path& file : kind.files(arguments(), context)) {
+        if (const std::optional<FileStamp> stamp = stampOf(file)) {
+            for (const std::int64_t number :
+                 {static_cast<std::int64_t>(stamp->inode), stamp->size, stamp->modifiedNs, stamp->changedNs}) {
+                key += '\0' + std::to_string(number);
+            }
+        }
+    }
+    return key;
+}
+
+std::string Look::sentence(LookContext& context) const {
+    const std::unique_ptr<TableReader> reader = kind.open(arguments(), context);
+    return reader ? sentenceOn(reader->schema()) : "";
+}
+
+ColumnsFound Look::found(const WorkAside& work) const {
+    const std::string title = visible(titleOf(node));
+    const CrashNote note(title.c_str());
+    ColumnsFound now;
+    // What is wrong with the values or the file, a run will say.
+    const std::optional<Problem> problem = problemIn([&] {
+        AsideContext stamps(beside, work);
+        now.key = "looked" + key(stamps);
+        AsideContext columns(beside, work);
+        now.sentence = now.key == before.key ? before.sentence : sentence(columns);
+    });
+    return problem ? ColumnsFound{} : now;
+}
+
+PipelineNode nodeOf(const QzBase::Part& part, const std::string& name) {
+    PipelineNode node;
+    node.name = name;
+    node.kindName = part.kind->name();
     for (std::size_t i = 0; i < part.inputs.size(); ++i) {
         PipelineInput input;
         input.spec = part.inputSpecs[i];
@@ -82,23 +115,54 @@ PipelineNode nodeOf(const QzBase::Part& part) {
     return node;
 }
 
-/// @return an empty text where nothing can be told; the key is then empty, too.
-std::string sentenceFor(const QzBase::Part& part, const Source& kind, std::string& key) {
+/// Differs whenever another table may be meant.
+std::string subjectOf(const QzBase::Part& part, const Pipeline& beside) {
+    std::string subject = beside.documentFolder.string() + '\0' + beside.commandLineAida.string();
+    for (const QzBase::Input& input : part.inputs) {
+        subject += '\0' + input.value;
+    }
+    return subject;
+}
+
+/// Begins a look, and waits for it as long as a user would, unless another file keeps somebody waiting already.
+void lookAside(QzBase& node, const Source& kind, const Pipeline& beside, const std::string& subject) {
+    constexpr std::size_t mostAtOnce = 8;
+    QzBase::Part& part = QzBase::Part::of(node);
+    QzManager::Part& owner = QzManager::Part::of(*part.manager);
+    const std::size_t overdue = owner.looks.overdue();
+    if (overdue >= mostAtOnce) {
+        return;
+    }
+    const auto found = std::make_shared<ColumnsFound>();
+    part.look = owner.looks.begin(
+        subject, found, [look = Look{kind, nodeOf(part, node.name), beside, part.columns}, found](WorkAside& work) {
+            *found = look.found(work);
+        });
+    part.look->work->wait(overdue == 0 ? owner.looks.patience : std::chrono::milliseconds(0));
+}
+
+/// Brings what is said of the node's columns up to what is known of them.
+void findColumns(QzBase& node, const Source& kind) {
+    QzBase::Part& part = QzBase::Part::of(node);
     const QzManager::Part& owner = QzManager::Part::of(*part.manager);
     Pipeline beside;
     beside.documentFolder = std::filesystem::path(owner.documentPath).parent_path();
     beside.commandLineAida = owner.commandLineAida;
-    const PipelineNode node = nodeOf(part);
-    const Look look{kind, node, beside};
-    const bool isWired = std::ranges::any_of(part.inputs, [](const auto& input) { return input.source != nullptr; });
-    const std::string before = std::exchange(key, {});
-    if (isWired)
-        return {};
-    try {
-        key = look.key();
-        return key == before ? part.columns : look.sentence();
-    } catch (const std::exception&) {
-        return {};  // What is wrong with the values or the file, a run will say.
+    const std::string subject = subjectOf(part, beside);
+    if (part.look && part.look->subject != subject) {
+        part.look->work->stop();
+        part.look.reset();
+        part.columns = {};
+    }
+    if (!part.look) {
+        lookAside(node, kind, beside, subject);
+    }
+    if (part.look && part.look->work->wait(std::chrono::milliseconds(0))) {
+        part.columns = *part.look->found;
+        part.look.reset();
+        part.columnsSubject = subject;
+    } else if (part.columnsSubject != subject) {
+        part.columns = {};
     }
 }
 
@@ -107,16 +171,20 @@ std::string sentenceFor(const QzBase::Part& part, const Source& kind, std::strin
 void tellColumns(QzBase& node) {
     QzBase::Part& part = QzBase::Part::of(node);
     const auto* kind = dynamic_cast<const Source*>(part.kind);
-    if (kind == nullptr || !kind->tellsColumns())
+    if (kind == nullptr || !kind->tellsColumns()) {
         return;
-    std::string key = part.columnsKey;
-    std::string sentence = sentenceFor(part, *kind, key);
+    }
+    if (std::ranges::any_of(part.inputs, [](const auto& input) { return input.source != nullptr; })) {
+        part.columns = {};
+    } else {
+        findColumns(node, *kind);
+    }
     const std::lock_guard guard(QzManager::Part::of(*part.manager).lock);
-    part.columnsKey = std::move(key);
-    part.columns = std::move(sentence);
-    for (std::size_t i = 0; i < part.outputs.size(); ++i)
-        if (part.outputSpecs[i].type == ValueType::Table)
-            part.outputs[i].description = part.outputSpecs[i].description + part.columns;
+    for (std::size_t i = 0; i < part.outputs.size(); ++i) {
+        if (part.outputSpecs[i].type == ValueType::Table) {
+            part.outputs[i].description = part.outputSpecs[i].description + part.columns.sentence;
+        }
+    }
 }
 
 }  // namespace velmorak

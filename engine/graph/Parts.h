@@ -2,6 +2,7 @@
 
 #include "AidaCheck.h"
 #include "Catalogue.h"
+#include "ColumnLook.h"
 #include "Document.h"
 #include "Inspect.h"
 #include "RunDoor.h"
@@ -49,8 +50,9 @@ struct QzBase::Part {
     std::vector<Output> outputs;
     std::vector<velmorak::OutputSpec> outputSpecs;  ///< Parallel to outputs.
     velmorak::Keepsakes keepsakes;
-    std::string columns;     ///< What a table reader's descriptions say of its columns.
-    std::string columnsKey;  ///< What that was found out from.
+    velmorak::ColumnsFound columns;              ///< What a table reader's descriptions say of its columns.
+    std::string columnsSubject;                  ///< Values and places that this was found for.
+    std::shared_ptr<velmorak::ColumnLook> look;  ///< That is going on; null for none.
     float x = 0.0F;
     float y = 0.0F;
     bool isExpanded = true;
@@ -80,6 +82,7 @@ struct QzManager::Part {
     int portPoints = 9;
     int titlePoints = 11;
     velmorak::RunDoor runs;
+    velmorak::ColumnLooks looks;
 
     static Part& of(QzManager& manager) { return *manager.part; }
     static const Part& of(const QzManager& manager) { return *manager.part; }

@@ -1,25 +1,10 @@
 #include "RunJob.h"
 
-#include <unistd.h>
+#include "LastExit.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <iostream>
 #include <utility>
 
 namespace velmorak {
-namespace {
-
-/// A kind that is left behind goes on while the program ends, and must not find destroyed what it works with.
-void endWithoutDestructors(int status, void* /*none*/) {
-    std::cout.flush();
-    std::cerr.flush();
-    std::fflush(stdout);
-    _exit(status);
-}
-
-}  // namespace
-
 RunJob::RunJob(std::shared_ptr<Messages> messages, RunListener* listener)
     : messages(std::move(messages)), listener(listener), isListening(listener != nullptr) {}
 
@@ -71,7 +56,7 @@ std::vector<std::size_t> RunJob::leaveBehind() {
     listener.close();
     messages->silence();
     thread.detach();  // It cannot be joined: nobody knows whether it ends.
-    on_exit(&endWithoutDestructors, nullptr);
+    endWithoutDestructors();
     return deaf;
 }
 
