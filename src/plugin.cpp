@@ -319,7 +319,6 @@ void plugin::succeed(plugin& former) {
     former.release();
 }
 
-void plugin::abandon() {
-    release();
+void plugin::leaveCanvas() {
     canvas = nullptr;
 }

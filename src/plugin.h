@@ -61,8 +61,8 @@ public:
     /// Lets go of the object: it stays in the manager when this node dies.
     void release();
 
-    /// Lets go of the object and of the items, where the canvas is about to go as a whole.
-    void abandon();
+    /// Lets go of the items, where the canvas goes or is cleared as a whole.
+    void leaveCanvas();
 
     /// Leads to this node, or to the one that succeeded it; to null once that is gone too.
     std::shared_ptr<plugin*> handle() const;

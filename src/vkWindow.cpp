@@ -73,7 +73,8 @@ vkWindow::~vkWindow() {
     }
     // The objects belong to the manager, which is told nothing here.
     for (plugin* node : liveNodes()) {
-        node->abandon();
+        node->release();
+        node->leaveCanvas();
         delete node;
     }
 }

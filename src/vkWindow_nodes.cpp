@@ -231,9 +231,20 @@ void vkWindow::forgetConnection(const PortRef& input) {
 }
 
 void vkWindow::deleteAll() {
-    for (const auto& [name, node] : pluginMap) {
-        if (node) {
-            pldelete(name);
-        }
+    endGestures();
+    const std::vector<plugin*> nodes = liveNodes();
+    for (auto& [name, node] : pluginMap) {
+        node = nullptr;
+    }
+    connectionMap.clear();
+    pathMap.clear();
+    // From the top down: to look for each item among the others would take longer the more there are.
+    const auto root = canvas.get_root_item();
+    for (int i = root->get_n_children() - 1; i >= 0; --i) {
+        root->remove_child(i);
+    }
+    for (plugin* node : nodes) {
+        node->leaveCanvas();
+        delete node;
     }
 }
