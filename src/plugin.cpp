@@ -76,7 +76,7 @@ CanvasPoint placeOfText(const plugin::TextItem& text) {
 
 /// A name that is not there is entered as the first one. Compared letter for letter first, which is much quicker than
 /// by the rules of the user's language, as the map does it.
-unsigned short positionOf(std::map<Glib::ustring, unsigned short>& index, const Glib::ustring& port) {
+unsigned short positionOf(NameMap<unsigned short>& index, const Glib::ustring& port) {
     for (const auto& [name, position] : index) {
         if (name.raw() == port.raw()) {
             return position;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CanvasPoint.h"
+#include "NameOrder.h"
 
 #include <glibmm/refptr.h>
 #include <glibmm/ustring.h>
@@ -9,7 +10,6 @@
 #include <goocanvasmm/text.h>
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <vector>
 
@@ -70,13 +70,13 @@ public:
     /// Takes the place of another node of the same object, which lets go of it.
     void succeed(plugin& former);
 
-    Glib::RefPtr<Goocanvas::Rect> box;  ///< Empty until the first draw; its "title" is the object's name.
-    Glib::ustring uniqueName;           ///< Name when the node was made; a later rename does not change it.
-    Glib::ustring kindName;             ///< Second title line.
-    std::vector<TextItem> inputTexts;   ///< In port order; "title" is "input".
-    std::vector<TextItem> outputTexts;  ///< In port order; without "title".
-    std::map<Glib::ustring, unsigned short> inputIndex;   ///< Name of an input: its position in inputTexts.
-    std::map<Glib::ustring, unsigned short> outputIndex;  ///< Name of an output: its position in outputTexts.
+    Glib::RefPtr<Goocanvas::Rect> box;    ///< Empty until the first draw; its "title" is the object's name.
+    Glib::ustring uniqueName;             ///< Name when the node was made; a later rename does not change it.
+    Glib::ustring kindName;               ///< Second title line.
+    std::vector<TextItem> inputTexts;     ///< In port order; "title" is "input".
+    std::vector<TextItem> outputTexts;    ///< In port order; without "title".
+    NameMap<unsigned short> inputIndex;   ///< Name of an input: its position in inputTexts.
+    NameMap<unsigned short> outputIndex;  ///< Name of an output: its position in outputTexts.
     bool changed = false;  ///< Edited in the variables dialog since the last save. The node itself never reads it.
 
 private:

@@ -203,7 +203,7 @@ void vkWindow::setManager(QzManager& library) {
 
 void vkWindow::on_combo_changed() {
     const Glib::ustring kind = kindSelector.get_active_text();
-    if (kind.empty() || kind == selectorHeading) {
+    if (kind.empty() || kind.raw() == selectorHeading) {
         return;
     }
     addPlugin(nullptr, kind);

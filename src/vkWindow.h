@@ -19,7 +19,6 @@
 #include <gtkmm/uimanager.h>
 #include <gtkmm/window.h>
 
-#include <map>
 #include <semaphore>
 #include <string>
 #include <vector>
@@ -119,10 +118,10 @@ protected:
     CanvasPoint pointerOnCanvas();   ///< Whatever the scrolling and the zoom.
 
     QzManager* manager = nullptr;
-    std::map<Glib::ustring, unsigned short> kindMap;
-    std::map<Glib::ustring, plugin*> pluginMap;  ///< Never pruned; a name whose node is gone leads to null.
-    std::map<PortRef, PortRef> connectionMap;    ///< Input: the output that feeds it.
-    std::map<PortRef, Glib::RefPtr<Goocanvas::Path>> pathMap;
+    NameMap<unsigned short> kindMap;
+    NameMap<plugin*> pluginMap;      ///< Never pruned; a name whose node is gone leads to null.
+    PortMap<PortRef> connectionMap;  ///< Input: the output that feeds it.
+    PortMap<Glib::RefPtr<Goocanvas::Path>> pathMap;
     PluginWindow pluginWindow;
     ExampleWindow exampleWindow;
     Gtk::Menu nodeMenu;

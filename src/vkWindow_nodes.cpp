@@ -16,11 +16,11 @@ namespace {
 /// Stands where a kind number is asked for and the node wraps an object that is there already.
 constexpr unsigned short noKind = 99;
 
-void renamePaths(std::map<PortRef, Glib::RefPtr<Goocanvas::Path>>& pathMap, const Glib::ustring& oldName,
+void renamePaths(PortMap<Glib::RefPtr<Goocanvas::Path>>& pathMap, const Glib::ustring& oldName,
                  const Glib::ustring& newName) {
     std::vector<PortRef> former;
     for (const auto& [input, path] : pathMap) {
-        if (input[0] == oldName) {
+        if (isSameName(input[0], oldName)) {
             former.push_back(input);
         }
     }
@@ -30,17 +30,16 @@ void renamePaths(std::map<PortRef, Glib::RefPtr<Goocanvas::Path>>& pathMap, cons
     }
 }
 
-void renameConnections(std::map<PortRef, PortRef>& connectionMap, const Glib::ustring& oldName,
-                       const Glib::ustring& newName) {
+void renameConnections(PortMap<PortRef>& connectionMap, const Glib::ustring& oldName, const Glib::ustring& newName) {
     std::vector<PortRef> former;
     // One walk, in which a new key that sorts later is met again. Deliberate: a connection of the plug-in to itself
     // keeps the old name as its source where the new name sorts before the old one.
     for (auto& [input, output] : connectionMap) {
-        if (input[0] == oldName) {
+        if (isSameName(input[0], oldName)) {
             connectionMap[{newName, input[1]}] = output;
             former.push_back(input);
         }
-        if (output[0] == oldName) {
+        if (isSameName(output[0], oldName)) {
             output[0] = newName;
         }
     }
@@ -72,10 +71,10 @@ void vkWindow::giveName(const Glib::ustring& name, plugin& node) {
     }
     // What speaks of the former node by a name that it had once must not speak of this one.
     const Glib::ustring formerName = former->GetPlugin()->name;
-    if (selectedItem && titleOf(selectedItem) == name) {
+    if (selectedItem && isSameName(titleOf(selectedItem), name)) {
         selectedItem = former->box;
     }
-    if (formerName != name) {
+    if (!isSameName(formerName, name)) {
         renameEnds(name, formerName);
     }
     keepReachable(former);
@@ -83,7 +82,7 @@ void vkWindow::giveName(const Glib::ustring& name, plugin& node) {
 
 void vkWindow::renameEnds(const Glib::ustring& oldName, const Glib::ustring& newName) {
     for (auto& [input, output] : connectionMap) {
-        if (output[0] == oldName) {
+        if (isSameName(output[0], oldName)) {
             output[0] = newName;
         }
     }

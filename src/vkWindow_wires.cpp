@@ -74,7 +74,7 @@ void vkWindow::redrawConnections() {
     for (const auto& [input, output] : connectionMap) {
         plugin* sender = nodes[output[0].raw()];
         plugin* receiver = nodes[input[0].raw()];
-        if (!sender || !receiver || path == pathMap.end() || !isSame(path->first, input) ||
+        if (!sender || !receiver || path == pathMap.end() || !isSamePort(path->first, input) ||
             !path->second->get_parent()) {
             return connectAll();
         }
@@ -104,8 +104,8 @@ plugin* vkWindow::drawnUnder(const Glib::ustring& name) {
     // Where the maps kept to another name that the node had, they follow: this one stands on its box.
     giveName(name, **found);
     for (const Glib::ustring formerName : namesOf(**found)) {
-        const auto isFormer = [&](const auto& entry) { return entry.first[0].raw() == formerName.raw(); };
-        if (formerName != name && std::any_of(connectionMap.begin(), connectionMap.end(), isFormer)) {
+        const auto isFormer = [&](const auto& entry) { return isSameName(entry.first[0], formerName); };
+        if (!isSameName(formerName, name) && std::any_of(connectionMap.begin(), connectionMap.end(), isFormer)) {
             renameEnds(formerName, name);
         }
     }
