@@ -14,6 +14,12 @@ inline Glib::ustring titleOf(const Glib::RefPtr<Goocanvas::Item>& item) {
     return title;
 }
 
+inline Glib::ustring textOf(const Glib::RefPtr<Goocanvas::Item>& item) {
+    Glib::ustring text;
+    item->get_property("text", text);
+    return text;
+}
+
 inline CanvasPoint placeOf(const Glib::RefPtr<Goocanvas::Item>& item) {
     CanvasPoint place{0, 0};
     item->get_property("x", place.x);

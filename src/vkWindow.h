@@ -112,8 +112,8 @@ protected:
     void joinWorker(), stopWorker();        ///< Wait for a run to end; stopWorker asks it to.
     bool hasChanges();                      ///< Takes over the nodes' changed flags first.
     void setBoxColour(plugin& node, bool isSelected);
-    void select(const ItemRef&item), storePlace(const ItemRef&item);     ///< storePlace tells the library.
-    Glib::ustring plugInAmong(const std::vector<ItemRef>& items) const;  ///< Named by the second item or a later one.
+    void select(const ItemRef&item), deselect(), storePlace(const ItemRef&item);  ///< storePlace tells the library.
+    plugin* selectedNode() const;
     void endGestures(), loseGrip();  ///< A box in motion stays, a new wire goes; loseGrip: no release will come.
     CanvasPoint pointerOnCanvas();   ///< Whatever the scrolling and the zoom.
 

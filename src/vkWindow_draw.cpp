@@ -1,46 +1,21 @@
+#include "Hit.h"
 #include "canvasItems.h"
 #include "plugin.h"
 #include "vkWindow.h"
 
 #include <QzBase.h>
 
-#include <algorithm>
-
-namespace {
-
-Glib::ustring textOf(const vkWindow::ItemRef& item) {
-    Glib::ustring text;
-    item->get_property("text", text);
-    return text;
-}
-
-}  // namespace
-
-Glib::ustring vkWindow::plugInAmong(const std::vector<ItemRef>& items) const {
-    // The first item is the port itself.
-    for (std::size_t i = 1; i < items.size(); ++i) {
-        Glib::ustring title = titleOf(items[i]);
-        if (!title.empty() && nodeOf(title)) {
-            return title;
-        }
-    }
-    return {};
-}
-
 bool vkWindow::start_draw(const ItemRef& item, GdkEventButton* event) {
     endGestures();  // A double click presses twice.
-    wiring = true;
-    gestureButton = event->button;
-    const CanvasPoint pointer = pointerOnCanvas();
-    const CanvasPoint start = placeOf(item);
     wiringSource.clear();
-    const Glib::ustring name = plugInAmong(canvas.get_items_in_area(item->get_bounds(), true, true, false));
-    if (name.empty()) {
-        wiring = false;
+    const Hit source = hitOf(item, liveNodes());
+    if (source.kind != Hit::Kind::Output) {
         return false;
     }
-    rubberBand.begin(canvas, start, pointer);
-    wiringSource = {name, textOf(item)};
+    wiring = true;
+    gestureButton = event->button;
+    rubberBand.begin(canvas, placeOf(item), pointerOnCanvas());
+    wiringSource = {titleOf(source.node->box), source.port};
     return false;
 }
 
@@ -49,13 +24,10 @@ bool vkWindow::stop_draw(const ItemRef& /*item*/, GdkEventButton* /*event*/) {
         return false;
     }
     const CanvasPoint pointer = pointerOnCanvas();
-    const std::vector<ItemRef> items = canvas.get_items_at(pointer.x, pointer.y, true);
+    const Hit target = topmostHit(canvas.get_items_at(pointer.x, pointer.y, true), liveNodes());
     rubberBand.remove();
-    const auto input =
-        std::find_if(items.begin(), items.end(), [](const ItemRef& item) { return titleOf(item) == "input"; });
-    const Glib::ustring name = plugInAmong(items);
-    if (input != items.end() && !name.empty()) {
-        connect(wiringSource, {name, textOf(*input)});
+    if (target.kind == Hit::Kind::Input) {
+        connect(wiringSource, {titleOf(target.node->box), target.port});
     }
     wiring = false;
     return false;
@@ -78,7 +50,11 @@ bool vkWindow::pull_off(const Glib::ustring& port) {
         return false;
     }
     endGestures();
-    const PortRef input{plugInAmong(items), port};
+    const Hit hit = topmostHit(items, liveNodes());
+    if (hit.kind != Hit::Kind::Input || !isSameName(hit.port, port)) {
+        return false;
+    }
+    const PortRef input{titleOf(hit.node->box), port};
     const auto path = pathMap.find(input);
     if (path == pathMap.end()) {
         return false;
@@ -89,7 +65,7 @@ bool vkWindow::pull_off(const Glib::ustring& port) {
     pathMap.erase(path);
     wiringSource = connectionMap[input];
     plugin* sender = nodeOf(wiringSource[0]);
-    sender->GetPlugin()->Disconnect(wiringSource[1], nodeOf(input[0])->GetPlugin(), port);
+    sender->GetPlugin()->Disconnect(wiringSource[1], hit.node->GetPlugin(), port);
     connectionMap.erase(input);
     rubberBand.begin(canvas, sender->outputAnchor(wiringSource[1]), pointer);
     modified = true;

@@ -73,7 +73,8 @@ bool vkWindow::mouse_drag(const ItemRef& item, GdkEventMotion* event) {
         rubberBand.follow(pointer);
         return false;
     }
-    if (plugin* node = nodeOf(titleOf(item))) {
+    plugin* node = nodeOf(titleOf(item));
+    if (node && node->box.get() == item.get()) {  // The texts of inputs have a title too.
         // What the box has not followed yet, a part of a unit or the way beyond the canvas's edge, counts at later
         // steps.
         const auto [dx, dy] = node->follow({pointer.x - lastPointer.x, pointer.y - lastPointer.y});
