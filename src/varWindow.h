@@ -8,6 +8,7 @@
 
 #include "QzBase.h"
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -43,6 +44,12 @@ public:
     /// One row for the name and one for each input.
     void createFields();
 
+    /// Position of the row's input in the library's list; -1 when the input is gone.
+    int inputOf(int row) const;
+
+    /// Draws the node anew, with the ports and the wires that the library has.
+    void redrawNode();
+
     /// Hands what was edited to the library, then redraws the node if it has changes that were not saved.
     void apply_changes();
 
@@ -55,12 +62,13 @@ private:
     void buildButtons();
     void addRow(const Glib::ustring& label, Gtk::Entry& entry, int index);
     void addSendButton(Gtk::Entry& entry, int index);
-    static void show(Gtk::Entry& entry, const QzBase::Input& input);
+    void show(Gtk::Entry& entry, const QzBase::Input& input);
+    void setText(Gtk::Entry& entry, const Glib::ustring& text, const std::string& stored);
+    bool isEdited(const Gtk::Entry& entry, const std::string& stored) const;
     void removeRows();
     void updateRows();
     void applyName();
     void applyValues();
-    void redrawNode();
 
     vkWindow* mainWindow;
     Gtk::HBox fieldsRow{false, 0};
@@ -71,6 +79,7 @@ private:
     Gtk::VBox outerBox{false, 0};
     std::vector<Gtk::Entry*> valueEntries;  ///< Of the inputs' rows; position i is input i.
     Gtk::Entry* nameEntry = nullptr;
-    std::shared_ptr<plugin*> node;        ///< Leads to null when the node is gone.
-    std::vector<std::string> inputNames;  ///< Parallel to valueEntries: what the row was made for.
+    std::shared_ptr<plugin*> node;                          ///< Leads to null when the node is gone.
+    std::vector<std::string> inputNames;                    ///< Parallel to valueEntries: what the row was made for.
+    std::map<const Gtk::Entry*, std::string> shownInstead;  ///< By entries that do not show the text that is stored.
 };

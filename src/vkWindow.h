@@ -106,7 +106,8 @@ protected:
     void layWire(NodePort from, NodePort to, Glib::RefPtr<Goocanvas::Path>& path);
     void forgetConnection(const PortRef& input);  ///< Its path off the canvas, out of both maps.
     void redrawConnections();                     ///< As connectAll(), but what lies as it would then is not touched.
-    void connectAll(), deleteAll();               ///< connect, pldelete for every key of the maps.
+    void connectAll(), deleteAll();               ///< connect, pldelete for every key of the maps, in their order.
+    void matchBindings(plugin& node);             ///< Its wires become those that the library holds, no more, no less.
     bool askForRemoval(std::string& kept);  ///< Deletes all nodes where the user says yes; `kept`: where their text is.
     void write(const std::string& file);    ///< The document; clears the flags where that succeeds.
     void joinWorker(), stopWorker();        ///< Wait for a run to end; stopWorker asks it to.

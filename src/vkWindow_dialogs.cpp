@@ -1,4 +1,3 @@
-#include "colours.h"
 #include "plugin.h"
 #include "varWindow.h"
 #include "vkWindow.h"
@@ -19,6 +18,18 @@ int positionOf(QzBase& object, const std::string& name, std::size_t position) {
 void setValue(const plugin& node, QzBase& object, int input, const std::string& value) {
     QzManager* manager = object.GetManager();
     manager->SetInputValue(manager->IndexOf(node.uniqueName), input, value);
+}
+
+std::vector<std::string> portsOf(QzBase& object) {
+    std::vector<std::string> names;
+    for (const QzBase::Input& input : object.Inputs()) {
+        names.push_back(input.name);
+    }
+    names.emplace_back();  // No port is without a name.
+    for (const QzBase::Output& output : object.Outputs()) {
+        names.push_back(output.name);
+    }
+    return names;
 }
 
 Glib::ustring nameOfSource(const QzBase::Input& input) {
@@ -54,13 +65,16 @@ void sendButton::send() {
         }
         return;
     }
-    const auto& inputs = object.Inputs();
-    const auto position = static_cast<std::size_t>(index);
-    if (position < inputs.size() && inputs[position].value == text) {
-        // Deliberate: sent though nothing changed, so that the library takes the value up once more.
-        setValue(**node, object, index, text);
-    } else {
+    const int input = dialog->inputOf(index);
+    if (input < 0 || object.Inputs().at(static_cast<std::size_t>(input)).value != text) {
         dialog->on_apply();  // takes this button away
+        return;
+    }
+    // Deliberate: sent though nothing changed, so that the library takes the value up once more.
+    const std::vector<std::string> formerPorts = portsOf(object);
+    setValue(**node, object, input, text);
+    if (portsOf(object) != formerPorts) {
+        dialog->redrawNode();
     }
 }
 
@@ -100,12 +114,13 @@ QzBase* varWindow::object() const {
 void varWindow::createFields() {
     valueEntries.clear();
     inputNames.clear();
+    shownInstead.clear();
     QzBase* edited = object();
     if (!edited) {
         return;
     }
     nameEntry = Gtk::make_managed<Gtk::Entry>();
-    nameEntry->set_text(edited->GetName());
+    setText(*nameEntry, edited->GetName(), edited->GetName());
     addRow("Name", *nameEntry, -1);
     for (std::size_t i = 0; i < edited->Inputs().size(); ++i) {
         const QzBase::Input& input = edited->Inputs()[i];
@@ -130,13 +145,37 @@ void varWindow::addSendButton(Gtk::Entry& entry, int index) {
 // What feeds the input, in grey and not to be edited; its value where nothing does.
 void varWindow::show(Gtk::Entry& entry, const QzBase::Input& input) {
     const bool isFed = input.source != nullptr;
-    entry.set_text(isFed ? nameOfSource(input) : Glib::ustring(input.value));
+    setText(entry, isFed ? nameOfSource(input) : Glib::ustring(input.value), input.value);
     entry.set_editable(!isFed);
     if (isFed) {
         entry.override_color(Gdk::RGBA("grey"), entry.get_state_flags());
     } else {
         entry.unset_color(entry.get_state_flags());
     }
+}
+
+// An entry shows at most 65,534 characters, and none from a U+0000 on.
+void varWindow::setText(Gtk::Entry& entry, const Glib::ustring& text, const std::string& stored) {
+    entry.set_text(text);
+    const std::string shown = entry.get_text();
+    if (shown == stored) {
+        shownInstead.erase(&entry);
+    } else {
+        shownInstead[&entry] = shown;
+    }
+}
+
+// An entry that still shows what it was given in place of the stored text has not been edited.
+bool varWindow::isEdited(const Gtk::Entry& entry, const std::string& stored) const {
+    const std::string text = entry.get_text();
+    const auto given = shownInstead.find(&entry);
+    return text != stored && (given == shownInstead.end() || text != given->second);
+}
+
+int varWindow::inputOf(int row) const {
+    QzBase* edited = object();
+    const auto position = static_cast<std::size_t>(row);
+    return edited && position < inputNames.size() ? positionOf(*edited, inputNames[position], position) : -1;
 }
 
 void varWindow::apply_changes() {
@@ -154,7 +193,7 @@ void varWindow::apply_changes() {
 void varWindow::applyName() {
     QzBase& edited = *object();
     const std::string oldName = edited.GetName();
-    if (!nameEntry || nameEntry->get_text().raw() == oldName) {
+    if (!nameEntry || !isEdited(*nameEntry, oldName)) {
         return;
     }
     edited.SetName(nameEntry->get_text());
@@ -170,14 +209,13 @@ void varWindow::applyValues() {
     QzBase& edited = *object();
     for (std::size_t i = 0; i < valueEntries.size(); ++i) {
         // A value that was just set may have moved or removed the inputs behind it.
-        const int position = positionOf(edited, inputNames[i], i);
+        const int position = inputOf(static_cast<int>(i));
         if (position < 0) {
             continue;
         }
         const QzBase::Input& input = edited.Inputs().at(static_cast<std::size_t>(position));
-        const std::string text = valueEntries[i]->get_text();
-        if (!input.source && text != input.value) {
-            setValue(**node, edited, position, text);
+        if (!input.source && isEdited(*valueEntries[i], input.value)) {
+            setValue(**node, edited, position, valueEntries[i]->get_text());
             (*node)->changed = true;
         }
     }
@@ -188,8 +226,6 @@ void varWindow::redrawNode() {
     QzBase& edited = *object();
     drawn.draw();
     drawn.uniqueName = edited.GetName();
-    const bool isStart = edited.GetManager()->IndexOf(edited.GetName()) == 0;
-    drawn.box->set_property("fill_color_rgba", isStart ? colours::startSelected : colours::otherSelected);
     mainWindow->reconnect(drawn.uniqueName);
 }
 
@@ -249,12 +285,7 @@ void varWindow::exit() {
 }
 
 void vkWindow::on_var() {
-    if (!selectedItem) {
-        return;
-    }
-    Glib::ustring name;
-    selectedItem->get_property("title", name);
-    if (plugin* node = nodeOf(name)) {
+    if (plugin* node = selectedNode()) {
         lastDialog = new varWindow(this, node);
     }
 }

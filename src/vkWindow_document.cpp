@@ -1,3 +1,4 @@
+#include "bindings.h"
 #include "safeFile.h"
 #include "stateFolder.h"
 #include "visible.h"
@@ -9,16 +10,6 @@
 #include <iostream>
 
 namespace {
-
-/// The output that feeds an input; empty where none does.
-PortRef sourceOf(const QzBase::Input& input) {
-    if (!input.source) {
-        return {};
-    }
-    const auto& outputs = input.source->Outputs();
-    return input.sourceOutput < outputs.size() ? PortRef{input.source->name, outputs[input.sourceOutput].name}
-                                               : PortRef{};
-}
 
 // A program that was killed while it wrote the file in place has left all of the text in a copy.
 void tellOfInterruptedSave(const std::string& file) {

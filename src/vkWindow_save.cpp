@@ -124,7 +124,7 @@ bool vkWindow::askForRemoval(std::string& kept) {
         kept = keepRemoved(manager->DocumentText(), manager->fileName);
         deleteAll();
     }
-    selectedItem.reset();
+    deselect();
     return isRemoved;
 }
 

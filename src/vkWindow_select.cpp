@@ -40,11 +40,20 @@ bool vkWindow::click(const ItemRef& item, GdkEventButton* event) {
     return false;
 }
 
-void vkWindow::select(const ItemRef& item) {
+plugin* vkWindow::selectedNode() const {
     // By name and not by item: a node that was redrawn since has another box.
-    if (plugin* former = selectedItem ? nodeOf(titleOf(selectedItem)) : nullptr) {
+    return selectedItem ? nodeOf(titleOf(selectedItem)) : nullptr;
+}
+
+void vkWindow::deselect() {
+    if (plugin* former = selectedNode()) {
         setBoxColour(*former, false);
     }
+    selectedItem.reset();
+}
+
+void vkWindow::select(const ItemRef& item) {
+    deselect();
     if (plugin* node = nodeOf(titleOf(item))) {
         setBoxColour(*node, true);
         node->raise_to_top();
@@ -137,7 +146,7 @@ void vkWindow::on_del() {
 }
 
 void vkWindow::on_collapse() {
-    plugin* node = selectedItem ? nodeOf(titleOf(selectedItem)) : nullptr;
+    plugin* node = selectedNode();
     if (!node) {
         return;
     }
@@ -153,7 +162,7 @@ void vkWindow::on_collapse() {
 }
 
 void vkWindow::on_setstart() {
-    plugin* node = selectedItem ? nodeOf(titleOf(selectedItem)) : nullptr;
+    plugin* node = selectedNode();
     if (!node) {
         return;
     }

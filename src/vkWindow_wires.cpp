@@ -1,3 +1,4 @@
+#include "bindings.h"
 #include "canvasItems.h"
 #include "plugin.h"
 #include "vkWindow.h"
@@ -6,26 +7,12 @@
 #include <QzBase.h>
 
 #include <algorithm>
+#include <set>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 namespace {
-
-bool isBound(QzBase& receiver, const std::string& input, QzBase& sender, const std::string& output) {
-    const auto position = static_cast<std::size_t>(receiver.InputIndex(input));
-    const auto& inputs = receiver.Inputs();
-    if (position >= inputs.size() || inputs[position].source != &sender) {
-        return false;
-    }
-    const auto& outputs = sender.Outputs();
-    const std::size_t sourceOutput = inputs[position].sourceOutput;
-    return sourceOutput < outputs.size() && outputs[sourceOutput].name == output;
-}
-
-/// Letter for letter.
-bool isSame(const PortRef& one, const PortRef& other) {
-    return one[0].raw() == other[0].raw() && one[1].raw() == other[1].raw();
-}
 
 void bind(NodePort from, NodePort to) {
     QzBase* sender = from.node.GetPlugin();
@@ -112,15 +99,43 @@ plugin* vkWindow::drawnUnder(const Glib::ustring& name) {
     return *found;
 }
 
+void vkWindow::matchBindings(plugin& node) {
+    using InputOfObject = std::pair<const QzBase*, std::string>;
+    std::set<InputOfObject> shown;
+    std::vector<PortRef> stale;
+    for (const auto& [input, output] : connectionMap) {
+        plugin* receiver = nodeOf(input[0]);
+        plugin* sender = nodeOf(output[0]);
+        if (receiver != &node && sender != &node) {
+            continue;
+        }
+        if (receiver && sender && isBound(*receiver->GetPlugin(), input[1], *sender->GetPlugin(), output[1])) {
+            shown.emplace(receiver->GetPlugin(), input[1]);
+        } else {
+            stale.push_back(input);
+        }
+    }
+    for (const PortRef& input : stale) {
+        forgetConnection(input);
+    }
+    for (const auto& [input, output] : bindingsOf(*node.GetPlugin())) {
+        plugin* receiver = nodeOf(input[0]);
+        if (receiver && shown.count({receiver->GetPlugin(), input[1]}) == 0) {
+            connect(output, input);
+        }
+    }
+}
+
 void vkWindow::reconnect(Glib::ustring& name) {
     plugin* node = drawnUnder(name);
     if (!node) {
         return;
     }
     endGestures();  // The items that the pointer held are gone.
-    if (selectedItem && titleOf(selectedItem) == name) {
+    if (node == selectedNode()) {
         setBoxColour(*node, true);
     }
+    matchBindings(*node);
     for (const auto& [input, output] : connectionMap) {
         if (nodeOf(input[0]) == node || nodeOf(output[0]) == node) {
             connect(output, input);

@@ -54,6 +54,22 @@ bool pumpUntil(const std::function<bool()>& condition) {
     return condition();
 }
 
+std::string pathText(const Glib::RefPtr<Goocanvas::Path>& path) {
+    const GooCanvasPathData* data = path->gobj()->path_data;
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    for (guint i = 0; i < data->path_commands->len; ++i) {
+        const auto& command = g_array_index(data->path_commands, GooCanvasPathCommand, i);
+        if (i == 0) {
+            text << "M " << command.simple.x << ' ' << command.simple.y;
+        } else {
+            text << " C " << command.curve.x1 << ' ' << command.curve.y1 << ' ' << command.curve.x2 << ' '
+                 << command.curve.y2 << ' ' << command.curve.x << ' ' << command.curve.y;
+        }
+    }
+    return text.str();
+}
+
 void pump() {
     while (Glib::MainContext::get_default()->iteration(false)) {
     }
@@ -105,23 +121,7 @@ std::string EditorTest::pathInto(const std::string& name, const std::string& inp
     if (entry == window->pathMap.end()) {
         return "";
     }
-    return textOf(entry->second);
-}
-
-std::string EditorTest::textOf(const Glib::RefPtr<Goocanvas::Path>& path) {
-    const GooCanvasPathData* data = path->gobj()->path_data;
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    for (guint i = 0; i < data->path_commands->len; ++i) {
-        const auto& command = g_array_index(data->path_commands, GooCanvasPathCommand, i);
-        if (i == 0) {
-            text << "M " << command.simple.x << ' ' << command.simple.y;
-        } else {
-            text << " C " << command.curve.x1 << ' ' << command.curve.y1 << ' ' << command.curve.x2 << ' '
-                 << command.curve.y2 << ' ' << command.curve.x << ' ' << command.curve.y;
-        }
-    }
-    return text.str();
+    return pathText(entry->second);
 }
 
 std::vector<std::string> EditorTest::boxesOnCanvas() {

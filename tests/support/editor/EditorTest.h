@@ -43,12 +43,16 @@ public:
     using vkWindow::rubberBand;
     using vkWindow::scroller;
     using vkWindow::selectedItem;
+    using vkWindow::selectedNode;
     using vkWindow::startButton;
     using vkWindow::uiManager;
     using vkWindow::wiring;
     using vkWindow::wiringSource;
     using vkWindow::worker;
 };
+
+/// The path's data as it was given to the canvas.
+std::string pathText(const Glib::RefPtr<Goocanvas::Path>& path);
 
 /// Lets the main loop turn until the condition holds. @return false when it does not within ten seconds.
 bool pumpUntil(const std::function<bool()>& condition);
@@ -79,7 +83,6 @@ protected:
 
     /// Text of the path drawn into the input, as it was given to the canvas; empty where there is none.
     std::string pathInto(const std::string& name, const std::string& input);
-    static std::string textOf(const Glib::RefPtr<Goocanvas::Path>& path);
 
     /// Names of all boxes on the canvas, from the bottom up.
     std::vector<std::string> boxesOnCanvas();

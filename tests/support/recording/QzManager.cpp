@@ -183,6 +183,9 @@ void QzManager::SetInputValue(int index, int input, const std::string& value) {
     note(true, "SetInputValue", index, input, value);
     if (isIn(*this, index)) {
         static_cast<recording::Plugin*>(plugins[static_cast<std::size_t>(index)])->setValue(input, value);
+        if (State::instance().valueIsSet) {
+            State::instance().valueIsSet(*plugins[static_cast<std::size_t>(index)], input);
+        }
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <QzManager.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,9 @@ void forgetCalls();
 
 /// True while Run is being executed.
 bool isRunning();
+
+/// Calls this after each value that is set, with the plug-in and the position of the input.
+void whenValueIsSet(std::function<void(QzBase&, int)> action);
 
 /// Ends the run that is going on, as if its work was done.
 void letRunEnd();

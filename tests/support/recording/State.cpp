@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <utility>
 
 namespace recording {
 
@@ -62,6 +63,10 @@ void forgetCalls() {
 
 bool isRunning() {
     return State::instance().isRunning();
+}
+
+void whenValueIsSet(std::function<void(QzBase&, int)> action) {
+    State::instance().valueIsSet = std::move(action);
 }
 
 void letRunEnd() {

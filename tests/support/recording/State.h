@@ -3,6 +3,7 @@
 #include "Script.h"
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 
 namespace recording {
@@ -13,6 +14,7 @@ public:
     static State& instance();
 
     Script script;
+    std::function<void(QzBase&, int)> valueIsSet;
 
     void run();        ///< Returns at once, or after letRunEnd() where the script says that a run blocks.
     void letRunEnd();  ///< Without a run nothing happens.
