@@ -199,7 +199,7 @@ Glib::RefPtr<Goocanvas::Item> HandsTest::topItem() {
 
 std::string HandsTest::topPath() {
     const auto path = Glib::RefPtr<Goocanvas::Path>::cast_dynamic(topItem());
-    return path ? textOf(path) : "";
+    return path ? pathText(path) : "";
 }
 
 std::uint32_t HandsTest::colourOf(const std::string& name) {

@@ -17,6 +17,9 @@ int Model::add(const std::string& kind, double x, double y) {
     } else if (kind == "Splitter") {
         node.inputs = {"x"};
         node.outputs = {"low", "high"};
+    } else if (kind == "Twins") {
+        node.inputs = {"input", "x2", "x\u00B2"};
+        node.outputs = {"x\u00B2", "x2"};
     }
     nodes[next] = node;
     order.push_back(next);
