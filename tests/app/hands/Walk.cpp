@@ -36,9 +36,13 @@ std::string word(int number) {
 
 }  // namespace
 
-Walk::Walk(View chosen) : view(std::move(chosen)) {
-    QzManager empty("QzAnalysisFactory");
-    std::ofstream(document()) << empty.DocumentText();
+Walk::Walk(View chosen, const std::function<void(QzManager&)>& fill) : view(std::move(chosen)) {
+    QzManager library("QzAnalysisFactory");
+    library.SetFontSize(9, 11);
+    if (fill) {
+        fill(library);
+    }
+    std::ofstream(document()) << library.DocumentText();
     editor = std::make_unique<Process>(std::vector<std::string>{VELMORAK_PROGRAM, document().string()},
                                        desktop.setting(folder.path()));
     window = desktop.windowOf(*editor);
@@ -56,6 +60,18 @@ Walk::Walk(View chosen) : view(std::move(chosen)) {
         });
     }
     zoomBy(view.zoomSteps);
+    if (fill) {
+        findFilled();
+    }
+}
+
+void Walk::findFilled() {
+    waitFor([this] {
+        const Screen screen(desktop, folder.path() / "look.ppm");
+        return screen.find({colours::start}, desktop.areaOf(window)).width > 0;
+    });
+    pipeline = SavedPipeline::read(document());
+    look(pipeline.nodes.front().name, {colours::start});
 }
 
 Walk::~Walk() = default;

@@ -8,6 +8,8 @@
 #include <ostream>
 #include <string>
 
+class QzManager;
+
 /// How the pipeline is looked at during a walk.
 struct View {
     std::string name;
@@ -20,11 +22,12 @@ inline void PrintTo(const View& view, std::ostream* out) {
     *out << view.name;
 }
 
-/// The installed program on a screen of its own with an empty document, and hands that know where things are on it.
-/// Every action waits until the document that the program saves shows what was done.
+/// The installed program on a screen of its own with a document that is empty or was filled, and hands that know where
+/// things are on it. Every action waits until the document that the program saves shows what was done.
 class Walk {
 public:
-    explicit Walk(View chosen);
+    /// @param fill puts plug-ins into the document, the start plug-in in view.
+    explicit Walk(View chosen, const std::function<void(QzManager&)>& fill = nullptr);
     ~Walk();
 
     bool isOpen() const { return !window.empty(); }
@@ -52,6 +55,7 @@ public:
     bool quit();
 
 private:
+    void findFilled();
     /// Has the document written once. The program takes its events in turn, so all that came before is done then.
     bool hasCaughtUp();
     bool isShown() const;
