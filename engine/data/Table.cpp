@@ -3,6 +3,7 @@
 #include <limits>
 #include <stdexcept>
 #include <type_traits>
+#include <unordered_set>
 
 namespace velmorak {
 
@@ -49,6 +50,10 @@ std::vector<std::uint64_t> keptOffsets(const std::vector<std::uint64_t>& offsets
     return kept;
 }
 
+[[noreturn]] void refuseSecond(const std::string& name) {
+    throw std::invalid_argument(R"(there are two columns with the name ")" + name + "\"");
+}
+
 std::size_t countKept(const std::vector<std::uint8_t>& keep) {
     std::size_t count = 0;
     for (const std::uint8_t isKept : keep)
@@ -72,10 +77,13 @@ std::string_view nameOf(ColumnType type) {
     throw std::logic_error("unknown column type");
 }
 
-Schema::Schema(std::vector<ColumnInfo> columns) {
-    all.reserve(columns.size());
-    for (auto& column : columns)
-        add(std::move(column));
+Schema::Schema(std::vector<ColumnInfo> columns) : all(std::move(columns)) {
+    std::unordered_set<std::string_view> names;
+    for (const ColumnInfo& column : all) {
+        if (!names.insert(column.name).second) {
+            refuseSecond(column.name);
+        }
+    }
 }
 
 std::optional<std::size_t> Schema::find(std::string_view name) const {
@@ -86,8 +94,9 @@ std::optional<std::size_t> Schema::find(std::string_view name) const {
 }
 
 void Schema::add(ColumnInfo column) {
-    if (find(column.name))
-        throw std::invalid_argument(R"(there are two columns with the name ")" + column.name + "\"");
+    if (find(column.name)) {
+        refuseSecond(column.name);
+    }
     all.push_back(std::move(column));
 }
 

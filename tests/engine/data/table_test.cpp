@@ -25,6 +25,16 @@ TEST(Schema, refusesTwoColumnsOfOneName) {
     EXPECT_EQ(schema.size(), 1U);
 }
 
+TEST(Schema, isMadeOfVeryManyColumns) {
+    std::vector<ColumnInfo> columns;
+    for (std::size_t position = 0; position < 1'000'000; ++position) {
+        columns.push_back({"c" + std::to_string(position)});
+    }
+    EXPECT_EQ(Schema(columns).find("c999999"), 999'999U);
+    columns.push_back({"c777777"});
+    EXPECT_THROW(Schema{columns}, std::invalid_argument);
+}
+
 TEST(KeepRows, keepsNumbersAtTheEdgesAllAndNone) {
     const Column numbers{Column::Reals{1, 2, 3, 4}, {}};
     EXPECT_EQ(keepRows(numbers, {1, 0, 0, 1})->reals(), (Column::Reals{1, 4}));
