@@ -37,6 +37,9 @@ std::string quoted(std::string_view name) {
     return text + "`";
 }
 
+/// No function of the catalogue that means well takes more.
+constexpr std::size_t mostParameters = 1000;
+
 /// A function that is being understood.
 class Reading {
 public:
@@ -125,27 +128,31 @@ private:
     /// What stands for the next parameter in an expression.
     std::string next() {
         const std::size_t position = numbers.size();
+        if (position == mostParameters) {
+            fail("takes more than " + textOf(static_cast<double>(mostParameters)) + " parameters");
+        }
         const std::string name = "#" + textOf(static_cast<double>(position));
         numbers[name] = position < function.parameters.size() ? function.parameters[position].value : 0.0;
         return quoted(name);
     }
 
+    /// Some programs write the names of the catalogue in small letters.
     std::string known(std::string_view name) {
         const std::string x = quoted(argument);
-        if (name == "G") {
+        if (name == "G" || name == "g") {
             const std::string amplitude = next();
             const std::string mean = next();
             return amplitude + "*exp(-0.5*((" + x + "-" + mean + ")/" + next() + ")^2)";
         }
-        if (name == "E") {
+        if (name == "E" || name == "e") {
             const std::string amplitude = next();
             return amplitude + "*exp(" + next() + "*" + x + ")";
         }
         constexpr int highestDegree = 99;
         int degree = -1;
         const char* const end = name.data() + name.size();
-        if (!name.starts_with('P') || std::from_chars(name.data() + 1, end, degree).ptr != end || degree < 0 ||
-            degree > highestDegree)
+        if (!(name.starts_with('P') || name.starts_with('p')) ||
+            std::from_chars(name.data() + 1, end, degree).ptr != end || degree < 0 || degree > highestDegree)
             fail("is not understood: \"" + std::string(name) + "\" is no known function");
         std::string sum = next();
         for (int power = 1; power <= degree; ++power)

@@ -65,6 +65,18 @@ TEST(FunctionValues, knowTheCatalogue) {
     EXPECT_EQ(sum(2.0), 2.0 * 7.0 + 5.0);
 }
 
+TEST(FunctionValues, knowTheCatalogueInSmallLettersToo) {
+    const FunctionValues line(function("codelet:p1:catalog", {{"a", 1.0}, {"b", 2.0}}));
+    EXPECT_EQ(line(3.0), 7.0);
+    const FunctionValues sum(function("g+e", {{"a", 5.0}, {"m", 1.0}, {"s", 2.0}, {"h", 2.0}, {"e", 0.0}}));
+    EXPECT_EQ(sum(1.0), 7.0);
+    std::string many = "P99";
+    for (int term = 0; term < 20; ++term) {
+        many += "+P99";
+    }
+    EXPECT_THAT(refusalOf(function(many)), HasSubstr("takes more than 1000 parameters"));
+}
+
 TEST(FunctionValues, refuseWhatTheyDoNotUnderstandByName) {
     EXPECT_THAT(refusalOf(function("codelet:XYZ:catalog")), HasSubstr(R"(the function "f" is not understood: "XYZ")"));
     EXPECT_THAT(refusalOf(function("")), HasSubstr(R"(the function "f" is not understood)"));
