@@ -1,6 +1,7 @@
 #include "AidaMake.h"
 
 #include "velmorak/Failure.h"
+#include "velmorak/Profile.h"
 
 #include <fmt/format.h>
 
@@ -27,8 +28,8 @@ double binsOf(const RawAxis& axis) {
     if (axis.bins.empty() && axis.low.empty() && axis.high.empty())
         throw Failure("an axis has no min, max and numberOfBins, so that its bins have no place");
     if (!(bins >= 1.0) || bins != std::floor(bins) || !(low < high))
-        throw Failure(
-            fmt::format(R"(an axis cannot have min="{}" max="{}" numberOfBins="{}")", axis.low, axis.high, axis.bins));
+        throw Failure(fmt::format(R"(an axis cannot have min="{:.40}" max="{:.40}" numberOfBins="{:.40}")", axis.low,
+                                  axis.high, axis.bins));
     return bins;
 }
 
@@ -69,7 +70,74 @@ std::vector<std::size_t> axisOrder(const RawObject& raw, std::size_t dimensions,
     return order;
 }
 
+std::size_t dimensionsOf(const RawObject& raw) {
+    const bool isBinned = raw.element.starts_with("histogram") || raw.element.starts_with("profile");
+    return isBinned && raw.element.size() > 2 ? static_cast<std::size_t>(raw.element[raw.element.size() - 2] - '0') : 0;
+}
+
+/// @return false where a list is none of so many numbers.
+bool addSums(const std::string& text, std::size_t numbers, std::map<std::size_t, std::vector<double>>& sums) {
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find(';', begin), text.size());
+        std::vector<double> values;
+        while (begin < end) {
+            const std::size_t stop = std::min(text.find(' ', begin), end);
+            double value = 0.0;
+            if (stop > begin && !readNumber(std::string_view(text).substr(begin, stop - begin), value))
+                return false;
+            if (stop > begin)
+                values.push_back(value);
+            begin = stop + 1;
+        }
+        if (values.size() != numbers + 1 || !(values[0] >= 0.0) || values[0] > 1e9)
+            return false;
+        sums[static_cast<std::size_t>(values[0])] = std::vector<double>(values.begin() + 1, values.end());
+        begin = end + 1;
+    }
+    return true;
+}
+
+/// Sorts bins by their cells. @return how many were left out because a later one is for the same cell.
+std::size_t keepLast(PlacedBins& placed) {
+    const auto isBefore = [](const auto& one, const auto& other) { return one.first < other.first; };
+    if (!std::is_sorted(placed.begin(), placed.end(), isBefore))
+        std::stable_sort(placed.begin(), placed.end(), isBefore);
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < placed.size(); ++i) {
+        if (kept > 0 && placed[kept - 1].first == placed[i].first)
+            --kept;
+        placed[kept++] = placed[i];
+    }
+    const std::size_t repeated = placed.size() - kept;
+    placed.resize(kept);
+    return repeated;
+}
+
 }  // namespace
+
+std::size_t promisedCells(const RawObject& raw) {
+    const std::size_t dimensions = dimensionsOf(raw);
+    double cells = 1.0;
+    for (const RawAxis& axis : raw.axes)
+        cells *= numberOr(axis.bins.c_str(), 0.0) + 2.0;
+    const bool isPossible = dimensions != 0 && raw.axes.size() == dimensions && cells >= 1.0 && cells <= mostCells();
+    return isPossible ? static_cast<std::size_t>(cells) : 0;
+}
+
+std::size_t promisedBytes(const RawObject& raw) {
+    const std::size_t perCell = raw.element == "histogram1d"   ? sizeof(BinSums)
+                                : raw.element == "histogram2d" ? sizeof(GridSums<2>)
+                                : raw.element == "histogram3d" ? sizeof(GridSums<3>)
+                                : raw.element == "profile1d"   ? sizeof(ProfileSums<1>) + sizeof(ProfileReading)
+                                                               : sizeof(ProfileSums<2>) + sizeof(ProfileReading);
+    // The edges of an axis stand there twice, and with a table in which to look for them.
+    constexpr std::size_t perBin = 20;
+    std::size_t bins = 0;
+    for (const RawAxis& axis : raw.axes)
+        bins += static_cast<std::size_t>(std::clamp(numberOr(axis.bins.c_str(), 0.0), 0.0, mostCells()));
+    const std::size_t cells = promisedCells(raw);
+    return cells == 0 ? 0 : cells * perCell + bins * perBin;
+}
 
 std::vector<Axis> axesFrom(const RawObject& raw, std::size_t dimensions, std::vector<std::string>& warnings) {
     if (raw.axes.size() != dimensions)
@@ -91,11 +159,9 @@ std::vector<Axis> axesFrom(const RawObject& raw, std::size_t dimensions, std::ve
 }
 
 template <std::size_t dimensions>
-std::map<std::size_t, const RawBin*> placedBins(const RawObject& raw, const Grid<dimensions>& grid,
-                                                std::vector<std::string>& warnings) {
-    std::map<std::size_t, const RawBin*> placed;
+PlacedBins placedBins(const RawObject& raw, const Grid<dimensions>& grid, std::vector<std::string>& warnings) {
+    PlacedBins placed;
     std::size_t outside = 0;
-    std::size_t repeated = 0;
     for (const RawBin& bin : raw.bins) {
         typename Grid<dimensions>::Cells cells{};
         bool isOnGrid = true;
@@ -107,11 +173,12 @@ std::map<std::size_t, const RawBin*> placedBins(const RawObject& raw, const Grid
                                : number == RawBin::overflow ? bins + 1
                                                             : static_cast<std::size_t>(number) + 1;
         }
-        if (!isOnGrid)
+        if (isOnGrid)
+            placed.emplace_back(grid.cell(cells), &bin);
+        else
             ++outside;
-        else if (!placed.insert_or_assign(grid.cell(cells), &bin).second)
-            ++repeated;
     }
+    const std::size_t repeated = keepLast(placed);
     if (outside != 0)
         warnings.push_back(fmt::format("{} of its bins are beyond its axes and left out", outside));
     if (repeated != 0)
@@ -119,32 +186,16 @@ std::map<std::size_t, const RawBin*> placedBins(const RawObject& raw, const Grid
     return placed;
 }
 
-template std::map<std::size_t, const RawBin*> placedBins(const RawObject&, const Grid<1>&, std::vector<std::string>&);
-template std::map<std::size_t, const RawBin*> placedBins(const RawObject&, const Grid<2>&, std::vector<std::string>&);
-template std::map<std::size_t, const RawBin*> placedBins(const RawObject&, const Grid<3>&, std::vector<std::string>&);
+template PlacedBins placedBins(const RawObject&, const Grid<1>&, std::vector<std::string>&);
+template PlacedBins placedBins(const RawObject&, const Grid<2>&, std::vector<std::string>&);
+template PlacedBins placedBins(const RawObject&, const Grid<3>&, std::vector<std::string>&);
 
 std::map<std::size_t, std::vector<double>> annotatedSums(const RawObject& raw, std::string_view key,
                                                          std::size_t numbers) {
     std::map<std::size_t, std::vector<double>> sums;
-    const std::string* text = annotated(raw.annotation, key);
-    for (std::size_t begin = 0; text != nullptr && begin < text->size();) {
-        const std::size_t end = std::min(text->find(';', begin), text->size());
-        std::vector<double> values;
-        while (begin < end) {
-            const std::size_t stop = std::min(text->find(' ', begin), end);
-            double value = 0.0;
-            if (stop > begin && !readNumber(std::string_view(*text).substr(begin, stop - begin), value))
-                return {};
-            if (stop > begin)
-                values.push_back(value);
-            begin = stop + 1;
-        }
-        if (values.size() != numbers + 1 || !(values[0] >= 0.0) || values[0] > 1e9)
+    for (const AnnotationItem& item : raw.annotation)
+        if (item.key == key && !addSums(item.value, numbers, sums))
             return {};
-        const auto cell = static_cast<std::size_t>(values[0]);
-        sums[cell] = std::vector<double>(values.begin() + 1, values.end());
-        begin = end + 1;
-    }
     return sums;
 }
 

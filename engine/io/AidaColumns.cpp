@@ -1,5 +1,9 @@
 #include "AidaColumns.h"
 
+#include "velmorak/Failure.h"
+
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 
@@ -87,6 +91,9 @@ public:
 
 private:
     AidaColumn item(std::string& type, int depth) {
+        if (++count > mostColumns) {
+            throw Failure(fmt::format("a nested column has more than {} columns", mostColumns));
+        }
         AidaColumn column;
         const std::string_view words = upTo("=,;{}");
         const auto blank = words.find_last_of(" \t\r\n)");
@@ -134,6 +141,7 @@ private:
 
     std::string_view text;
     std::size_t here = 0;
+    std::size_t count = 0;
 };
 
 std::vector<AidaColumn> bookedIn(std::string_view braces) {

@@ -22,6 +22,9 @@ constexpr std::string_view directions = "xyz";
 constexpr std::array labels{"XLabel", "YLabel", "ZLabel"};
 constexpr std::array madeAnew{"Title", "XLabel", "YLabel", "ZLabel", "NaNEntries", "ExactSums", "Sums"};
 
+/// A longer list is written as several items: readers have a limit for what stands in one tag.
+constexpr std::size_t longestList = std::size_t{16} << 20U;
+
 std::string item(std::string_view key, std::string_view value, bool isSticky) {
     return fmt::format("<item key=\"{}\" value=\"{}\" sticky=\"{}\"/>\n", escaped(key), escaped(value), isSticky);
 }
@@ -97,7 +100,7 @@ std::string headOf(const Object& object, std::string_view sumsKey) {
             annotation.add(labels[direction], grid.axis(direction).title);
     if (object.nanEntries() != 0)
         annotation.add("NaNEntries", fmt::format("{}", object.nanEntries()));
-    annotation.add(sumsKey, allSums(object.cells()));
+    annotation.addList(sumsKey, allSums(object.cells()));
     std::string text = annotation.finish(object);
     typename Object::Sums all;
     for (std::size_t cell = 0; cell < object.cells().size(); ++cell)
@@ -224,6 +227,15 @@ AnnotationText::AnnotationText(const DataObject& object) {
 
 void AnnotationText::add(std::string_view key, std::string_view value) {
     items += item(key, value, true);
+}
+
+void AnnotationText::addList(std::string_view key, std::string_view list) {
+    while (list.size() > longestList) {
+        const std::size_t end = list.rfind("; ", longestList);
+        add(key, list.substr(0, end));
+        list.remove_prefix(end + 2);
+    }
+    add(key, list);
 }
 
 std::string AnnotationText::finish(const DataObject& object) {

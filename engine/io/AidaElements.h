@@ -18,6 +18,8 @@ std::string axisElement(const Axis& axis, char direction);
 struct AnnotationText {
     explicit AnnotationText(const DataObject& object);
     void add(std::string_view key, std::string_view value);
+    /// A value of parts with "; " between them, as one item or several.
+    void addList(std::string_view key, std::string_view list);
     /// The whole element, with the object's own items that are not written anew.
     std::string finish(const DataObject& object);
 

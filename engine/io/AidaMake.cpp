@@ -142,6 +142,7 @@ std::vector<GridSums<dimensions>> histogramCells(const RawObject& raw, const Gri
 std::shared_ptr<DataObject> histogram1D(const RawObject& raw, std::vector<std::string>& warnings) {
     const Grid<1> grid = gridFrom<1>(raw, warnings);
     std::vector<BinSums> cells;
+    cells.reserve(grid.cellCount());
     for (const GridSums<1>& sums : histogramCells(raw, grid, warnings))
         cells.push_back({sums.entries, sums.w, sums.ww, sums.wx[0], sums.wxx[0]});
     return named(Histogram1D(grid.axis(0), std::move(cells), nanEntriesOf(raw)), raw);
@@ -217,7 +218,7 @@ std::size_t dimensionOf(const RawObject& raw, std::vector<std::string>& warnings
         dimension = std::isnan(dimension) ? 1.0 : dimension;
     }
     if (!(dimension >= 1.0) || dimension > static_cast<double>(mostDimensions) || dimension != std::floor(dimension))
-        throw Failure(fmt::format(R"(a dimension of "{}" is not possible)", raw.dimension));
+        throw Failure(fmt::format(R"(a dimension of "{:.40}" is not possible)", raw.dimension));
     return static_cast<std::size_t>(dimension);
 }
 

@@ -4,6 +4,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "velmorak/HistogramGrid.h"
@@ -25,12 +26,15 @@ Grid<dimensions> gridFrom(const RawObject& raw, std::vector<std::string>& warnin
         return Grid<3>({std::move(axes[0]), std::move(axes[1]), std::move(axes[2])});
 }
 
-/// Bins that lie on the grid, by cell; of several for one cell the last.
-template <std::size_t dimensions>
-std::map<std::size_t, const RawBin*> placedBins(const RawObject& raw, const Grid<dimensions>& grid,
-                                                std::vector<std::string>& warnings);
+/// Bins with their cells, which ascend.
+using PlacedBins = std::vector<std::pair<std::size_t, const RawBin*>>;
 
-/// Lists of numbers by cell, as the annotation gives them: "cell entries number number; cell ...".
+/// Bins that lie on the grid; of several for one cell the last.
+template <std::size_t dimensions>
+PlacedBins placedBins(const RawObject& raw, const Grid<dimensions>& grid, std::vector<std::string>& warnings);
+
+/// Lists of numbers by cell, as one item of the annotation or several give them: "cell entries number number; cell
+/// ...".
 /// @return empty where there are none, or one is no number.
 std::map<std::size_t, std::vector<double>> annotatedSums(const RawObject& raw, std::string_view key,
                                                          std::size_t numbers);

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <stdexcept>
 
 namespace velmorak::io {
@@ -42,6 +43,15 @@ bool readBinNumber(const char* text, std::int64_t& number) {
     return true;
 }
 
+constexpr std::size_t mostObjects = 1'000'000;
+/// Different sentences about one file, that are remembered so as not to come twice.
+constexpr std::size_t mostWarned = 1000;
+/// What the parts of an object may take before it is made, beside the bins that its axes promise.
+constexpr std::size_t mostHeld = std::size_t{512} << 20U;
+constexpr std::size_t longestCodelet = std::size_t{1} << 20U;
+/// An object that takes more says so before it does.
+constexpr std::size_t manyBytes = std::size_t{256} << 20U;
+
 bool isTable(std::string_view element) {
     return element == "tuple";
 }
@@ -52,13 +62,12 @@ bool isCloud(std::string_view element) {
 
 }  // namespace
 
-AidaObjectWalk::AidaObjectWalk(std::filesystem::path path, std::function<bool(const std::string&)> isWantedPath,
-                               RunContext& runContext)
-    : file(std::move(path)), isWanted(std::move(isWantedPath)), context(runContext) {}
+AidaObjectWalk::AidaObjectWalk(std::filesystem::path path, Choice isWantedObject, RunContext& runContext)
+    : file(std::move(path)), isWanted(std::move(isWantedObject)), warnings(runContext) {}
 
 void AidaObjectWalk::warn(const std::string& about, const std::string& sentence) {
-    if (warned.insert(about).second)
-        context.warn(fmt::format("{}: {}", file.string(), sentence));
+    if (warned.size() < mostWarned && warned.insert(about).second)
+        warnings.add(fmt::format("{}: {}", file.string(), sentence));
 }
 
 void AidaObjectWalk::beginDocument() {
@@ -71,7 +80,7 @@ void AidaObjectWalk::beginDocument() {
 bool AidaObjectWalk::continuesAfter(const std::string& damage) {
     if (reader->document().empty())
         return false;
-    context.warn(damage);
+    warnings.add(damage);
     return true;
 }
 
@@ -107,26 +116,46 @@ void AidaObjectWalk::endElement(const char* /*name*/) {
 }
 
 void AidaObjectWalk::characters(std::string_view text) {
-    if (isInCodelet && raw)
-        raw->codelet += text;
+    if (!isInCodelet || !raw || !raw->problem.empty())
+        return;
+    raw->codelet += text;
+    if (raw->codelet.size() > longestCodelet) {
+        raw->problem = fmt::format("its codelet is longer than {} MB", longestCodelet >> 20U);
+        raw->codelet.clear();
+    }
+}
+
+/// Counts what is kept of the object. @return false where that is too much; the object is then not made.
+bool AidaObjectWalk::hold(std::size_t bytes) {
+    held += bytes;
+    if (held <= mostHeld)
+        return true;
+    if (raw->problem.empty())
+        raw->problem = fmt::format("its parts take more than {} MB", mostHeld >> 20U);
+    raw->bins.clear();
+    raw->points.clear();
+    raw->annotation.clear();
+    return false;
 }
 
 void AidaObjectWalk::beginObject(std::string_view name, const char* const* attributes) {
     std::string warning;
+    if (found.size() == mostObjects)
+        throw Failure(fmt::format("{}{}: it holds more than {} objects", file.string(), reader->where(), mostObjects));
+    held = promised = 0;
     raw.emplace();
     raw->path = paths.next(attributes, reader->document(), warning);
     if (!warning.empty())
         warn(warning, warning);
     raw->element = name;
     raw->name = plainName(textOr(attributeOf(attributes, "name"), "unnamed"));
-    raw->title = textOr(attributeOf(attributes, "title"), textOr(attributeOf(attributes, "label"), "").c_str());
-    if (raw->title.empty())
-        raw->title = raw->name;
+    raw->title =
+        textOr(attributeOf(attributes, "title"), textOr(attributeOf(attributes, "label"), raw->name.c_str()).c_str());
     raw->options = textOr(attributeOf(attributes, "options"), "");
     raw->package = package;
     raw->dimension = textOr(attributeOf(attributes, "dimension"), "");
     raw->isNormalized = isTrue(attributeOf(attributes, "isNormalized"));
-    isMade = !isCloud(name) && !isTable(name) && isWanted(raw->path);
+    isMade = !isCloud(name) && !isTable(name) && isWanted(raw->path, raw->element);
     if (!isMade && !isCloud(name))
         skippedFrom = depth;
 }
@@ -134,11 +163,18 @@ void AidaObjectWalk::beginObject(std::string_view name, const char* const* attri
 void AidaObjectWalk::endObject() {
     AidaObject object{raw->path, raw->element, nullptr, raw->bins.size()};
     std::vector<std::string> sentences;
+    const std::size_t bytes = isMade && raw->problem.empty() ? promisedBytes(*raw) : 0;
+    if (bytes > manyBytes)
+        warnings.add(fmt::format("{}: {} has {} cells, which take {:.1f} GB of memory", file.string(), raw->path,
+                                 promisedCells(*raw), static_cast<double>(bytes) / 1e9));
     try {
         if (isMade)
             object.object = objectFrom(*raw, sentences);
     } catch (const Failure& failure) {
         sentences.emplace_back(fmt::format("it cannot be read{}: {}", reader->where(), failure.what()));
+    } catch (const std::bad_alloc&) {
+        sentences.emplace_back(
+            fmt::format("it cannot be read: there is not enough memory for its {} cells", promisedCells(*raw)));
     } catch (const std::invalid_argument& problem) {
         sentences.emplace_back(fmt::format("it cannot be read{}: {}", reader->where(), problem.what()));
     }
@@ -159,7 +195,7 @@ bool AidaObjectWalk::inObject(std::string_view name, const char* const* attribut
         return false;
     if (isCloud(raw->element)) {
         raw->element = name;
-        isMade = isWanted(raw->path);
+        isMade = isWanted(raw->path, raw->element);
         return isMade;
     }
     if (raw->element == "function")
@@ -180,22 +216,25 @@ void AidaObjectWalk::putItem(const char* const* attributes) {
             item.value = attributes[1];
             break;
         }
-    raw->annotation.push_back(std::move(item));
+    if (hold(sizeof(item) + item.key.size() + item.value.size()))
+        raw->annotation.push_back(std::move(item));
 }
 
 bool AidaObjectWalk::inHistogram(std::string_view name, const char* const* attributes) {
-    if (name == "axis")
+    if (name == "axis" && hold(sizeof(RawAxis)))
         raw->axes.push_back({textOr(attributeOf(attributes, "direction"), "x"),
                              textOr(attributeOf(attributes, "min"), ""),
                              textOr(attributeOf(attributes, "max"), ""),
                              textOr(attributeOf(attributes, "numberOfBins"), ""),
                              {}});
-    else if (name == "binBorder" && !raw->axes.empty())
+    else if (name == "binBorder" && !raw->axes.empty() && hold(2 * sizeof(double)))
         raw->axes.back().borders.push_back(numberOr(attributeOf(attributes, "value"), notGiven));
     else if (name == "bin1d" || name == "bin2d" || name == "bin3d")
         putBin(attributes, static_cast<std::size_t>(name[3] - '0'));
+    else if (name == "data1d" || name == "data2d" || name == "data3d")
+        promised = promisedCells(*raw);
     else
-        return name == "data1d" || name == "data2d" || name == "data3d" || name == "statistics" || name == "statistic";
+        return name == "axis" || name == "binBorder" || name == "statistics" || name == "statistic";
     return true;
 }
 
@@ -204,11 +243,13 @@ void AidaObjectWalk::putBin(const char* const* attributes, std::size_t dimension
     constexpr std::array means{"weightedMeanX", "weightedMeanY", "weightedMeanZ"};
     constexpr std::array spreads{"weightedRmsX", "weightedRmsY", "weightedRmsZ"};
     const auto number = [&](const char* name) { return numberOr(attributeOf(attributes, name), notGiven); };
+    if (raw->bins.size() >= promised && !hold(sizeof(RawBin)))
+        return;
     RawBin bin;
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
         const char* name = dimensions == 1 ? "binNum" : numbers[direction];
         if (!readBinNumber(attributeOf(attributes, name), bin.numbers[direction]) && raw->problem.empty())
-            raw->problem = fmt::format(R"({}="{}"{} names no bin)", name, textOr(attributeOf(attributes, name), ""),
+            raw->problem = fmt::format(R"({}="{:.40}"{} names no bin)", name, textOr(attributeOf(attributes, name), ""),
                                        reader->where());
         bin.means[direction] = number(dimensions == 1 ? "weightedMean" : means[direction]);
         bin.spreads[direction] = number(dimensions == 1 ? "weightedRms" : spreads[direction]);
@@ -224,8 +265,11 @@ void AidaObjectWalk::putBin(const char* const* attributes, std::size_t dimension
 
 bool AidaObjectWalk::inPoints(std::string_view name, const char* const* attributes) {
     if (name == "dataPoint") {
-        raw->points.emplace_back();
-    } else if (name == "measurement" && !raw->points.empty()) {
+        if (hold(sizeof(raw->points.front())))
+            raw->points.emplace_back();
+    } else if (name == "measurement") {
+        if (raw->points.empty() || !hold(2 * sizeof(Measurement)))
+            return true;
         Measurement measurement;
         measurement.value = numberOr(attributeOf(attributes, "value"), notGiven);
         measurement.errorPlus = numberOr(attributeOf(attributes, "errorPlus"), 0.0);
@@ -255,6 +299,8 @@ bool AidaObjectWalk::inFunction(std::string_view name, const char* const* attrib
         // One program writes it as an attribute.
         raw->codelet += textOr(attributeOf(attributes, "name"), "");
         isInCodelet = true;
+    } else if (!hold(sizeof(FunctionObject::Argument))) {
+        return false;
     } else if (name == "argument") {
         raw->arguments.push_back({textOr(attributeOf(attributes, "name"), ""), {}});
     } else if (name == "range" && !raw->arguments.empty()) {

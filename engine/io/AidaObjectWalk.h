@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AidaRaw.h"
+#include "FewWarnings.h"
 #include "ObjectPaths.h"
 #include "XmlReader.h"
 
@@ -19,15 +20,18 @@ namespace velmorak::io {
 /// clouds are passed over. What cannot be made is told as a warning, and the rest is read.
 class AidaObjectWalk : public XmlHandler {
 public:
-    /// @param isWanted whether an object of this path is to be made.
-    AidaObjectWalk(std::filesystem::path path, std::function<bool(const std::string&)> isWantedPath,
-                   RunContext& runContext);
+    /// Whether an object of a path and an element is to be made.
+    using Choice = std::function<bool(const std::string& path, const std::string& element)>;
+
+    AidaObjectWalk(std::filesystem::path path, Choice isWantedObject, RunContext& runContext);
 
     /// The reader that this walk is the handler of, told right after both are made.
     void attach(XmlReader& xmlReader) { reader = &xmlReader; }
 
     /// All objects that are complete, in their order; with none made where it is not wanted, cannot be, or is a table.
     std::vector<AidaObject>& objects() { return found; }
+    /// Says how many warnings were left out.
+    void finish() { warnings.finish(file.string()); }
 
     void beginElement(const char* name, const char* const* attributes) override;
     void endElement(const char* name) override;
@@ -46,16 +50,19 @@ private:
     void putItem(const char* const* attributes);
     void putBin(const char* const* attributes, std::size_t dimensions);
     void putAxisTitle(const char* const* attributes);
+    bool hold(std::size_t bytes);
     void warn(const std::string& about, const std::string& sentence);
 
     std::filesystem::path file;
-    std::function<bool(const std::string&)> isWanted;
-    RunContext& context;
+    Choice isWanted;
+    FewWarnings warnings;
     XmlReader* reader = nullptr;
     ObjectPaths paths;
     std::vector<AidaObject> found;
     std::optional<RawObject> raw;  ///< Of the object that is open.
     std::string package;
+    std::size_t held = 0;      ///< Bytes of it.
+    std::size_t promised = 0;  ///< Bins of it that are not counted among them, because its axes say so many.
     std::size_t depth = 0;
     std::size_t skippedFrom = 0;  ///< Depth of the element that is skipped; 0 for none.
     bool isMade = false;

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace velmorak {
 
@@ -18,9 +19,8 @@ using io::XmlReader;
 constexpr std::size_t mostNamed = 40;
 
 /// @param damage where the file is damaged, why; what is complete before the damage is in the list.
-std::vector<AidaObject> readAll(const std::filesystem::path& file,
-                                const std::function<bool(const std::string&)>& isWanted, RunContext& context,
-                                std::string& damage) {
+std::vector<AidaObject> readAll(const std::filesystem::path& file, const AidaObjectWalk::Choice& isWanted,
+                                RunContext& context, std::string& damage) {
     AidaObjectWalk walk(file, isWanted, context);
     XmlReader reader(file, walk, context);
     walk.attach(reader);
@@ -32,6 +32,7 @@ std::vector<AidaObject> readAll(const std::filesystem::path& file,
             throw;
         damage = failure.what();
     }
+    walk.finish();
     if (reader.repairedBytes() > 0)
         context.warn(file.string() + ": bytes that are not UTF-8, as the file says, are read as ISO-8859-1");
     return std::move(walk.objects());
@@ -65,7 +66,7 @@ bool means(const std::string& path, const AidaObject& object) {
 std::vector<AidaObject> readAidaObjects(const std::filesystem::path& file, RunContext& context) {
     std::string damage;
     auto objects = readAll(
-        file, [](const std::string&) { return true; }, context, damage);
+        file, [](const std::string&, const std::string&) { return true; }, context, damage);
     if (!damage.empty())
         context.warn(damage);
     return objects;
@@ -74,12 +75,15 @@ std::vector<AidaObject> readAidaObjects(const std::filesystem::path& file, RunCo
 DataObjectPtr readAidaObject(const std::filesystem::path& file, const std::string& path, ValueType type,
                              RunContext& context) {
     std::string damage;
-    const std::vector<AidaObject> objects = readAll(
-        file,
-        [&](const std::string& candidate) {
-            return means(path, {candidate, {}, nullptr, 0});
-        },
-        context, damage);
+    // Where several are meant, only one whose whole path this is can be chosen: the others are not made.
+    bool isThereOne = false;
+    const auto isWanted = [&](const std::string& candidate, const std::string& element) {
+        const AidaObject object{candidate, element, nullptr, 0};
+        if (!fits(object, type) || !means(path, object))
+            return false;
+        return !std::exchange(isThereOne, true) || candidate == io::normalPath(path);
+    };
+    const std::vector<AidaObject> objects = readAll(file, isWanted, context, damage);
     std::vector<AidaObject> fitting;
     std::copy_if(objects.begin(), objects.end(), std::back_inserter(fitting),
                  [&](const AidaObject& object) { return fits(object, type); });

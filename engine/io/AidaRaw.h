@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <deque>
 #include <limits>
 #include <memory>
 #include <string>
@@ -48,14 +49,20 @@ struct RawObject {
     bool isNormalized = false;
     std::vector<AnnotationItem> annotation;
     std::vector<RawAxis> axes;
-    std::vector<RawBin> bins;
-    std::vector<std::vector<Measurement>> points;
+    std::deque<RawBin> bins;  ///< A vector of so many would for a moment take three times the memory.
+    std::deque<std::vector<Measurement>> points;
     std::vector<std::string> axisTitles;
     std::string codelet;
     std::vector<FunctionObject::Argument> arguments;
     std::vector<FunctionObject::Parameter> parameters;
     std::string problem;  ///< Why the object cannot be made; empty so far.
 };
+
+/// @return cells that the axes of a histogram or profile promise; 0 where there is no such object, or it cannot be
+/// made.
+std::size_t promisedCells(const RawObject& raw);
+/// @return bytes that the object will take when it is made, as far as its axes say.
+std::size_t promisedBytes(const RawObject& raw);
 
 /// @param warnings sentences about what was taken otherwise than it stands.
 /// @throws Failure, or std::invalid_argument, with the reason when no object can be made.

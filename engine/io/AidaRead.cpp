@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <utility>
 
 namespace velmorak {
 
@@ -140,10 +141,19 @@ private:
     bool advance() {
         if (!walk->isDone())
             return reader->advance();
+        checkRest();
         if (members.empty())
             return false;
         beginNext(walk->release());
         return true;
+    }
+
+    /// Damage behind the rows leaves them as they are, unless they are what the check sum is wrong for.
+    void checkRest() {
+        if (std::exchange(isRestChecked, true))
+            return;
+        if (const std::string damage = reader->damageBehind(); !damage.empty())
+            context.warn(damage + "; the rows may be wrong");
     }
 
     /// Goes to the rows of the next tuple. A chain gives way to the tuples that it names.
@@ -187,6 +197,7 @@ private:
     std::deque<std::string> members;  ///< Paths of the tuples whose rows are still to come.
     std::size_t begun = 0;            ///< Tuples whose rows have come, and chains.
     Schema tableSchema;
+    bool isRestChecked = false;
     std::unique_ptr<Failure> failure;
     std::uint64_t chunkNumber = 0;
     std::uint64_t rowsTaken = 0;

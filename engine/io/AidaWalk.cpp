@@ -13,6 +13,12 @@ namespace {
 
 /// Deeper than any table is read; a file that means harm could nest without end.
 constexpr std::size_t deepestColumns = 64;
+/// More are in no file, and the list of them must have an end.
+constexpr std::size_t mostObjects = 1'000'000;
+constexpr std::size_t mostListedColumns = 8'000'000;
+/// Different sentences about one file, that are remembered so as not to come twice.
+constexpr std::size_t mostWarned = 1000;
+constexpr std::size_t mostReported = 20;
 
 bool isCloud(std::string_view name) {
     return name.substr(0, 5) == "cloud";
@@ -35,15 +41,15 @@ std::string textOr(const char* text, const char* other) {
 }  // namespace
 
 AidaWalk::AidaWalk(std::filesystem::path path, std::string wantedPath, RunContext& runContext)
-    : file(std::move(path)), wanted(std::move(wantedPath)), context(runContext) {}
+    : file(std::move(path)), wanted(std::move(wantedPath)), context(runContext), warnings(runContext) {}
 
 void AidaWalk::fail(const std::string& reason) const {
     throw Failure(fmt::format("{}{}: {}", file.string(), reader->where(), reason));
 }
 
 void AidaWalk::warnOnce(const std::string& about, const std::string& sentence) {
-    if (isReading() && warned.insert(about).second)
-        context.warn(fmt::format("{}: {}", file.string(), sentence));
+    if (isReading() && warned.size() < mostWarned && warned.insert(about).second)
+        warnings.add(fmt::format("{}: {}", file.string(), sentence));
 }
 
 void AidaWalk::noteUnknown(std::string_view name) {
@@ -106,18 +112,23 @@ bool AidaWalk::continuesAfter(const std::string& damage) {
         return false;
     // What was looked for may have been in there.
     if (isReading())
-        context.warn(damage);
-    reported.push_back(damage);
+        warnings.add(damage);
+    if (reported.size() < mostReported)
+        reported.push_back(damage);
     return true;
 }
 
 AidaWalk::State AidaWalk::beginObject(std::string_view name, const char* const* attributes) {
     std::string warning;
+    if (found.size() == mostObjects)
+        fail(fmt::format("it holds more than {} objects", mostObjects));
     current = {paths.next(attributes, reader->document(), warning), std::string(name), {}};
     if (!warning.empty())
         warnOnce(warning, warning);
     isWanted = isReading() && !done && current.path == wanted;
     hasHeader = isConverted = false;
+    if (isWanted)
+        columnCount = 0;
     header.clear();
     if (name == "tuple")
         return State::Tuple;
@@ -185,6 +196,8 @@ void AidaWalk::putPoint(const char* const* attributes) {
 }
 
 void AidaWalk::beginColumn(const char* const* attributes) {
+    if (++columnCount > (isWanted ? mostColumns : mostListedColumns))
+        fail(fmt::format("there are more than {} columns", isWanted ? mostColumns : mostListedColumns));
     openColumns.push_back(columnFrom(textOr(attributeOf(attributes, "name"), ""),
                                      textOr(attributeOf(attributes, "type"), "double"),
                                      textOr(attributeOf(attributes, "booking"), "")));
@@ -272,6 +285,7 @@ void AidaWalk::endObject() {
         warnOnce("encoding", "bytes that are not UTF-8, as the file says, are read as ISO-8859-1");
     if (reader->skippedEntity())
         warnOnce("entity", "a reference to another file is left out");
+    warnings.finish(file.string());
     done = true;
     isWanted = false;
     reader->pause();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AidaColumns.h"
+#include "FewWarnings.h"
 #include "ObjectPaths.h"
 #include "TupleBuilder.h"
 #include "XmlReader.h"
@@ -105,6 +106,8 @@ private:
     ObjectPaths paths;
     std::vector<std::string> reported;
     std::set<std::string> warned;
+    FewWarnings warnings;
+    std::size_t columnCount = 0;  ///< Of all tuples so far, or of the one that is read.
 };
 
 }  // namespace velmorak::io

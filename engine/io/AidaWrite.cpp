@@ -57,7 +57,7 @@ std::string annotation(const Histogram1D& histogram) {
         text.add("XLabel", histogram.axis().title);
     if (histogram.nanEntries() != 0)
         text.add("NaNEntries", fmt::format("{}", histogram.nanEntries()));
-    text.add("ExactSums", exactSums(histogram));
+    text.addList("ExactSums", exactSums(histogram));
     return text.finish(histogram);
 }
 

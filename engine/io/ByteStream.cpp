@@ -52,9 +52,6 @@ std::string shown(std::string_view bytes) {
 
 /// The file's first bytes. @throws Failure when there are none.
 std::string firstBytes(const std::filesystem::path& file) {
-    std::error_code error;
-    if (std::filesystem::is_directory(file, error))
-        throw Failure(fmt::format("{} is a folder", file.string()));
     std::string bytes(lookAhead, '\0');
     const auto plain = openPacked(file, Packing::Plain);
     bytes.resize(plain->read(bytes.data(), bytes.size()));
@@ -65,13 +62,14 @@ std::string firstBytes(const std::filesystem::path& file) {
 
 }  // namespace
 
-ByteStream::ByteStream(const std::filesystem::path& file) {
+ByteStream::ByteStream(const std::filesystem::path& file, const RunContext& runContext) : context(runContext) {
     const std::string first = firstBytes(file);
     std::error_code error;
     fileSize = std::filesystem::file_size(file, error);
     if (error)
         fileSize = 0;
     const Packing packing = packingOf(first);
+    packed = packing != Packing::Plain;
     unpacker = openPacked(file, packing);
     if (packing == Packing::Zip) {
         if (!nextDocument())
@@ -105,6 +103,8 @@ bool ByteStream::beginDocument() {
 
 bool ByteStream::nextDocument() {
     while (unpacker->nextEntry()) {
+        if (context.isStopping())
+            throw Stopped();
         name = unpacker->entryName();
         if (beginDocument())
             return true;

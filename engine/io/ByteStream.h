@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "velmorak/Run.h"
+
 namespace velmorak::io {
 
 /// The XML text of a file, however it is packed. What the file is, its first bytes tell, never its name. An archive
@@ -17,10 +19,16 @@ namespace velmorak::io {
 class ByteStream {
 public:
     /// @throws Failure when the file cannot be opened, is empty, or holds no XML; the sentence names what was found.
-    explicit ByteStream(const std::filesystem::path& file);
+    ///         Stopped when the run is to end.
+    /// @param runContext outlives this.
+    ByteStream(const std::filesystem::path& file, const RunContext& runContext);
 
     /// @return bytes put into the target; 0 at the end of the document, and where the file is damaged.
     std::size_t read(char* target, std::size_t size);
+    /// The bytes are packed, and so have a check sum, or an end that can be told from a cut.
+    bool isPacked() const { return packed; }
+    /// Passes over bytes of the document. @return how many; 0 at its end, and where the file is damaged.
+    std::size_t pass(char* target, std::size_t size) { return unpacker->read(target, size); }
     /// Why there are no more bytes, with the position in the file; empty where the file is whole.
     const std::string& damage() const;
     /// Part of the file that has been read, 0 to 1.
@@ -39,6 +47,8 @@ private:
     std::size_t unpack(char* target, std::size_t size);
     int nextByte();
 
+    const RunContext& context;
+    bool packed = false;
     std::uint64_t fileSize = 0;
     std::unique_ptr<Unpacker> unpacker;
     std::string head;  ///< Bytes that have been looked at, and not yet given away.

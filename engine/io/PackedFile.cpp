@@ -3,6 +3,7 @@
 #include "Unpacker.h"
 
 #include "velmorak/Failure.h"
+#include "velmorak/RegularFile.h"
 
 #include <fmt/format.h>
 
@@ -58,6 +59,7 @@ struct PackedFile::Part {
 };
 
 PackedFile::PackedFile(const std::filesystem::path& file) : part(std::make_unique<Part>()) {
+    requireRegular(file);
     std::error_code error;
     part->name = file.string();
     part->size = std::filesystem::file_size(file, error);

@@ -1,5 +1,6 @@
 #include "TupleBuilder.h"
 
+#include "velmorak/Failure.h"
 #include "velmorak/Value.h"
 
 #include <fmt/format.h>
@@ -15,6 +16,8 @@ namespace velmorak::io {
 namespace {
 
 constexpr std::size_t deepestNested = 16;
+/// The name of a nested column stands in those of all that are in it.
+constexpr std::size_t mostNameBytes = std::size_t{64} << 20U;
 
 std::string_view trimmed(std::string_view text) {
     const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
@@ -87,6 +90,8 @@ bool readBoolean(std::string_view text, std::uint8_t& value) {
 TupleBuilder::TupleBuilder(const std::vector<AidaColumn>& columns) : header(columns) {
     for (const AidaColumn& column : columns)
         items.push_back(column.isNested ? addNested(column, column.name, 0) : addColumn(column));
+    allColumns = Schema(std::exchange(infos, {}));
+    timesUsed.clear();
 }
 
 TupleBuilder::Item TupleBuilder::addColumn(const AidaColumn& column) {
@@ -99,11 +104,11 @@ TupleBuilder::Item TupleBuilder::addNested(const AidaColumn& column, const std::
     Item item;
     item.isNested = true;
     if (depth > deepestNested) {
-        sentences.push_back(fmt::format(R"(the column "{}" is nested too deep and is left out)", name));
+        note(fmt::format(R"(the column "{}" is nested too deep and is left out)", name));
         return item;
     }
     if (column.children.empty())
-        sentences.push_back(fmt::format(R"(the nested column "{}" does not say what it holds and is left out)", name));
+        note(fmt::format(R"(the nested column "{}" does not say what it holds and is left out)", name));
     for (const AidaColumn& child : column.children) {
         const std::string inside = name + "." + child.name;
         if (child.isNested) {
@@ -126,17 +131,38 @@ std::size_t TupleBuilder::addCounter(const std::string& name) {
     return addSlot(counter, name, true);
 }
 
+/// Any number of columns may be wrong in the same way.
+void TupleBuilder::note(std::string sentence) {
+    constexpr std::size_t most = 1000;
+    if (sentences.size() < most) {
+        sentences.push_back(std::move(sentence));
+    }
+}
+
+/// The search for a number goes on from the one that the last of the name has got.
+std::string TupleBuilder::uniqueName(const std::string& given) {
+    std::string unique = given;
+    for (int number = 2; !timesUsed.try_emplace(unique, 1).second; ++number) {
+        int& last = timesUsed[given];
+        last = number = std::max(number, last + 1);
+        unique = fmt::format("{};{}", given, number);
+    }
+    return unique;
+}
+
 std::size_t TupleBuilder::addSlot(const AidaColumn& column, const std::string& name, bool isList) {
     const std::string given = name.empty() ? fmt::format("column{}", slots.size() + 1) : name;
-    std::string unique = given;
-    for (int number = 2; allColumns.find(unique); ++number)
-        unique = fmt::format("{};{}", given, number);
+    const std::string unique = uniqueName(given);
     if (unique != given)
-        sentences.push_back(fmt::format(R"(there is more than one column "{}"; one is called "{}")", given, unique));
+        note(fmt::format(R"(there is more than one column "{}"; one is called "{}")", given, unique));
     if (!column.isKnownType)
-        sentences.push_back(fmt::format(R"(the type "{}" of the column "{}" is not known; it is read as text)",
-                                        column.typeText, unique));
-    allColumns.add({unique, column.type, isList});
+        note(fmt::format(R"(the type "{}" of the column "{}" is not known; it is read as text)", column.typeText,
+                         unique));
+    nameBytes += unique.size();
+    if (nameBytes > mostNameBytes) {
+        throw Failure(fmt::format("the names of its columns take more than {} MB", mostNameBytes >> 20U));
+    }
+    infos.push_back({unique, column.type, isList});
     Slot slot;
     slot.column = emptyColumn(column.type, isList);
     slot.isSingleCharacter = column.isSingleCharacter;

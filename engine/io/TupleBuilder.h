@@ -4,6 +4,7 @@
 #include "PlainRows.h"
 
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "velmorak/Table.h"
@@ -76,6 +77,8 @@ private:
     Item addColumn(const AidaColumn& column);
     Item addNested(const AidaColumn& column, const std::string& name, std::size_t depth);
     std::size_t addCounter(const std::string& name);
+    void note(std::string sentence);
+    std::string uniqueName(const std::string& given);
     std::size_t addSlot(const AidaColumn& column, const std::string& name, bool isList);
     bool put(Slot& slot, const char* value);
     static void putDefault(Slot& slot);
@@ -88,6 +91,9 @@ private:
     Schema allColumns;
     std::vector<Slot> slots;
     std::vector<Item> items;
+    std::size_t nameBytes = 0;
+    std::vector<ColumnInfo> infos;                   ///< Of the columns so far, while they are found.
+    std::unordered_map<std::string, int> timesUsed;  ///< Names, with the last number that one was given.
     std::vector<std::string> sentences;
     std::string reason;
     bool hasExtra = false;

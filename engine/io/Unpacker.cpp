@@ -1,6 +1,7 @@
 #include "Unpacker.h"
 
 #include "velmorak/Failure.h"
+#include "velmorak/RegularFile.h"
 
 #include <fmt/format.h>
 #include <zlib.h>
@@ -133,6 +134,7 @@ std::unique_ptr<Unpacker> openDeflated(const std::filesystem::path& file, Packin
 }
 
 std::unique_ptr<Unpacker> openPacked(const std::filesystem::path& file, Packing packing) {
+    requireRegular(file);
     switch (packing) {
         case Packing::Plain:
             return std::make_unique<PlainFile>(file);

@@ -15,8 +15,6 @@ namespace velmorak::io {
 
 namespace {
 
-constexpr std::size_t pieceSize = std::size_t{1} << 16;
-
 /// What the AIDA document type adds to a text: two entities, and the defaults of attributes.
 constexpr std::string_view documentType = R"(<!ENTITY UNDERFLOW "-2">)"
                                           R"(<!ENTITY OVERFLOW "-1">)"
@@ -87,7 +85,13 @@ const char* attributeOf(const char* const* attributes, const char* name) {
 
 XmlReader::XmlReader(const std::filesystem::path& file, XmlHandler& elements, RunContext& runContext,
                      RowReading rowReading)
-    : path(file), handler(elements), context(runContext), stream(file), piece(pieceSize, '\0'), reading(rowReading) {
+    : path(file),
+      handler(elements),
+      context(runContext),
+      stream(file, runContext),
+      warnings(runContext),
+      piece(pieceSize, '\0'),
+      reading(rowReading) {
     parser.reset(XML_ParserCreate(nullptr));
     if (!parser)
         throw std::bad_alloc();
@@ -102,6 +106,8 @@ void XmlReader::prepareParser() {
     XML_SetParamEntityParsing(parser.get(), XML_PARAM_ENTITY_PARSING_ALWAYS);
     XML_UseForeignDTD(parser.get(), XML_TRUE);
     XML_SetExternalEntityRefHandler(parser.get(), externalEntity);
+    XML_SetEntityDeclHandler(parser.get(), declaredEntity);
+    XML_SetSkippedEntityHandler(parser.get(), skippedEntity);
     XML_SetStartDoctypeDeclHandler(parser.get(), beganDoctype);
     XML_SetCdataSectionHandler(parser.get(), beganCdata, endedCdata);
 }
@@ -138,8 +144,9 @@ bool XmlReader::beginNextDocument() {
     blocks.reset();
     const bool isThereOne = stream.nextDocument();
     for (; skippedFiles < stream.skipped().size(); ++skippedFiles)
-        context.warn(fmt::format("{}: {} is no XML and is left out", path.string(), stream.skipped()[skippedFiles]));
+        warnings.add(fmt::format("{}: {} is no XML and is left out", path.string(), stream.skipped()[skippedFiles]));
     if (!isThereOne) {
+        warnings.finish(path.string());
         if (!stream.damage().empty() && isAtEnd)
             throw Failure(fmt::format("{}: {}", path.string(), stream.damage()));
         return false;
@@ -150,6 +157,8 @@ bool XmlReader::beginNextDocument() {
     isBegun = isSuspended = isAtEnd = isScannable = isInCdata = false;
     cursor = rowsTaken = 0;
     parsedBytes = scannedBytes = scannedLines = 0;
+    depth = 0;
+    references = XmlReferences();
     repair = TextRepair();
     handler.beginDocument();
     return true;
@@ -180,9 +189,24 @@ XML_Status XmlReader::parse(std::string_view bytes, bool isLast) {
 std::string_view XmlReader::nextPiece() {
     if (!blocks && mayScan())
         blocks = std::make_unique<RowBlocks>(stream, *handler.plainColumns());
-    if (blocks)
-        return nextOddRows();
-    return {piece.data(), stream.read(piece.data(), piece.size())};
+    const std::size_t wanted = wantedBytes();
+    if (blocks) {
+        const std::string_view rows = nextOddRows();
+        if (wanted == pieceSize || rows.empty())
+            return rows;
+        piece = rows;
+        for (std::string_view more = nextOddRows(); !more.empty(); more = nextOddRows()) {
+            piece += more;
+            if (piece.size() >= wanted)
+                break;
+        }
+        return piece;
+    }
+    piece.resize(wanted);
+    std::size_t size = 0;
+    for (std::size_t more = 1; more > 0 && size < (wanted == pieceSize ? 1 : wanted); size += more)
+        more = stream.read(piece.data() + size, wanted - size);
+    return std::string_view(piece).substr(0, size);
 }
 
 void XmlReader::noteEncoding(std::string_view bytes) {
@@ -229,6 +253,7 @@ void XmlReader::began(void* self, const XML_Char* name, const XML_Char** attribu
     if (reader.failure)
         return;
     try {
+        reader.checkElement(name);
         reader.handler.beginElement(name, attributes);
     } catch (...) {
         reader.keep(std::current_exception());
@@ -240,6 +265,7 @@ void XmlReader::ended(void* self, const XML_Char* name) {
     if (reader.failure)
         return;
     try {
+        --reader.depth;
         reader.handler.endElement(name);
     } catch (...) {
         reader.keep(std::current_exception());

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "ByteStream.h"
+#include "FewWarnings.h"
 #include "RowBlocks.h"
 #include "TextRepair.h"
+#include "XmlReferences.h"
 
 #include <expat.h>
 
@@ -68,6 +70,9 @@ public:
     double fraction() const { return blocks ? blockFraction : stream.fraction(); }
     std::uint64_t repairedBytes() const { return repair.repaired(); }
     bool skippedEntity() const { return hasSkippedEntity; }
+    /// Unpacks what stands behind the part of the document that was read, so that its check sum is compared. advance is
+    /// not called any more. @return the damage; empty where there is none.
+    std::string damageBehind();
 
 private:
     struct Free {
@@ -77,7 +82,10 @@ private:
     static void XMLCALL ended(void* self, const XML_Char* name);
     static int XMLCALL externalEntity(XML_Parser expat, const XML_Char* context, const XML_Char* base,
                                       const XML_Char* systemId, const XML_Char* publicId);
-
+    static void XMLCALL declaredEntity(void* self, const XML_Char* name, int isParameter, const XML_Char* value,
+                                       int length, const XML_Char* base, const XML_Char* systemId,
+                                       const XML_Char* publicId, const XML_Char* notation);
+    static void XMLCALL skippedEntity(void* self, const XML_Char* name, int isParameter);
     static void XMLCALL beganDoctype(void* self, const XML_Char* name, const XML_Char* systemId,
                                      const XML_Char* publicId, int hasInternalSubset);
     static void XMLCALL beganCdata(void* self);
@@ -93,18 +101,29 @@ private:
     std::string_view nextPiece();
     XML_Status parse(std::string_view bytes, bool isLast);
     void noteEncoding(std::string_view bytes);
-
+    std::size_t pendingBytes() const;
+    std::string_view currentBytes(std::size_t count) const;
+    std::size_t wantedBytes() const;
+    void checkElement(const char* name);
+    [[noreturn]] void fail(const std::string& reason) const;
+    [[noreturn]] void refuseEntity(const std::string& entity, std::string_view before) const;
     bool mayScan() const;
     bool isParserBetweenRows() const;
     bool takeRows();
     void passRows(RowBlocks::Block& block);
     std::string_view nextOddRows();
 
+    /// That the parser is given at once, but for what is longer.
+    static constexpr std::size_t pieceSize = std::size_t{1} << 16U;
+
     std::filesystem::path path;
     XmlHandler& handler;
     RunContext& context;
     ByteStream stream;
     TextRepair repair;
+    XmlReferences references;
+    FewWarnings warnings;
+    std::size_t depth = 0;
     std::string piece;     ///< Raw bytes.
     std::string repaired;  ///< The same as valid UTF-8.
     std::unique_ptr<std::remove_pointer_t<XML_Parser>, Free> parser;

@@ -122,13 +122,17 @@ TEST_F(AidaNested, thoseThatAreTooDeepAreLeftOutWithAWarning) {
 }
 
 TEST_F(AidaNested, thoseWithoutEndTakeNoMoreThanOthers) {
-    std::string open;
-    std::string close;
-    for (int i = 0; i < 300000; ++i) {
-        open += "<column name='n' type='ITuple'><columns>";
-        close += "</columns></column>";
-    }
-    EXPECT_EQ(read(tuple(open + "<column name='x'/>" + close, row("<entryITuple/>"))).count(), 1U);
+    const auto nested = [](std::size_t times) {
+        std::string open;
+        std::string close;
+        for (std::size_t i = 0; i < times; ++i) {
+            open += "<column name='n' type='ITuple'><columns>";
+            close += "</columns></column>";
+        }
+        return tuple(open + "<column name='x'/>" + close, row("<entryITuple/>"));
+    };
+    EXPECT_EQ(read(nested(400)).count(), 1U);
+    EXPECT_THAT(failureOf([&] { read(nested(300'000)); }), HasSubstr("elements lie deeper than 1000"));
 }
 
 class AidaChains : public AidaNested {

@@ -153,8 +153,8 @@ TEST_F(AidaTraps, aFileMayHoldNothingAndLackItsVersion) {
 }
 
 TEST_F(AidaTraps, pathsAreRootedAndNamesStandForTitles) {
-    const auto points = only<Points>("<dataPointSet name='10' path='run//a/' title='' dimension='1'/>");
-    EXPECT_EQ(points->title, "10");
+    EXPECT_EQ(only<Points>("<dataPointSet name='10' path='run//a/' dimension='1'/>")->title, "10");
+    EXPECT_EQ(only<Points>("<dataPointSet name='10' path='run//a/' title='' dimension='1'/>")->title, "");
     EXPECT_EQ(readAidaObjects(aidaWith("<dataPointSet name='10' path='run//a/' dimension='1'/>"), run)[0].path,
               "/run/a/10");
 }
