@@ -19,9 +19,9 @@ constexpr int switchPage = 0x00;
 constexpr int endMark = 0x01;
 constexpr int textMark = 0x03;
 constexpr int valueMark = 0xC3;
-/// No element lies deeper, and no value is longer, in any file that means well.
+/// No element lies deeper, and no value or tag is longer, in any file that means well.
 constexpr std::size_t deepest = 1000;
-constexpr std::uint32_t longest = 1U << 28U;
+constexpr std::uint32_t longest = 1U << 26U;
 
 /// Elements by number.
 constexpr std::array elements{
@@ -35,14 +35,14 @@ constexpr std::array elements{
 
 /// Attributes by number; a page holds 59. Those without a name are written by nobody. The value of an entry has a
 /// number for each type.
-constexpr std::size_t pageLength = 59;
+constexpr int pageLength = 59;
 constexpr std::array attributes{"version",
                                 "",
                                 "",
-                                "valueX",
-                                "valueY",
-                                "valueZ",
-                                "weight",
+                                "",
+                                "value",
+                                "value",
+                                "value",
                                 "value",
                                 "value",
                                 "value",
@@ -98,25 +98,37 @@ constexpr std::array attributes{"version",
                                 "conversionUpperEdgeX",
                                 "conversionUpperEdgeY",
                                 "conversionUpperEdgeZ",
-                                "",
-                                "",
-                                "",
-                                "",
+                                "valueX",
+                                "valueY",
+                                "valueZ",
+                                "weight",
                                 "dimension",
                                 "errorPlus",
                                 "errorMinus",
                                 "key",
                                 "sticky",
                                 "isNormalized"};
+/// A point of a cloud has its coordinates here, and in some files on the first page, where other elements have values.
+constexpr int firstPoint = 28;
+constexpr int lastPoint = 30;
+constexpr std::size_t coordinates = 62;
+constexpr std::size_t coordinatesOnFirstPage = 3;
 
 std::string elementName(int number) {
     const auto position = static_cast<std::size_t>(number);
     return position < elements.size() ? elements[position] : fmt::format("element-{}", number);
 }
 
-std::string_view attributeName(std::size_t page, int code) {
-    const std::size_t position = page * pageLength + static_cast<std::size_t>(code - firstCode);
-    return code >= firstCode && position < attributes.size() ? attributes[position] : "";
+bool isKnown(int element) {
+    return static_cast<std::size_t>(element) < elements.size();
+}
+
+/// @return the name; empty where no such element has an attribute of this number.
+std::string_view attributeName(int element, std::size_t number) {
+    const bool isPoint = element >= firstPoint && element <= lastPoint;
+    if (isPoint && number >= coordinatesOnFirstPage && number < coordinatesOnFirstPage + 4)
+        return attributes[number - coordinatesOnFirstPage + coordinates];
+    return number < attributes.size() ? attributes[number] : "";
 }
 
 std::uint64_t bigEndian(std::string_view bytes) {
@@ -126,31 +138,52 @@ std::uint64_t bigEndian(std::string_view bytes) {
     return number;
 }
 
-/// A value after its type: 0 boolean, 1 byte, 2 char, 3 double, 4 float, 5 int, 6 long, 7 short, 8 text.
-bool appendTyped(int type, std::string_view bytes, std::string& text) {
-    constexpr std::array<std::size_t, 8> sizes{1, 1, 2, 8, 4, 4, 8, 2};
-    if (type == 8) {
-        if (bytes.size() < 2 || bigEndian(bytes.substr(0, 2)) > bytes.size() - 2)
-            return false;
-        appendEscaped(bytes.substr(2, bigEndian(bytes.substr(0, 2))), text);
-        return true;
-    }
-    if (type < 0 || type > 8 || bytes.size() != sizes[static_cast<std::size_t>(type)])
+constexpr std::array<std::string_view, 9> types{"boolean", "byte", "char",  "double", "float",
+                                                "int",     "long", "short", "text"};
+constexpr std::array<std::size_t, 8> sizes{1, 1, 2, 8, 4, 4, 8, 2};
+
+/// The text behind its length; it ends with a zero, which some leave out.
+bool appendText(std::string_view bytes, std::string& text) {
+    if (bytes.size() < 2)
         return false;
+    const std::size_t length = bigEndian(bytes.substr(0, 2));
+    bytes.remove_prefix(2);
+    if (bytes.size() != length && (bytes.size() != length + 1 || bytes.back() != '\0'))
+        return false;
+    appendEscaped(bytes.substr(0, length), text);
+    return true;
+}
+
+/// @return false for a boolean that is neither true nor false.
+bool appendBits(std::size_t type, std::string_view bytes, std::string& text) {
     const std::uint64_t bits = bigEndian(bytes);
-    if (type == 0)
+    if (type == 0 && bits > 1)
+        return false;
+    if (type == 0) {
         text += bits != 0 ? "true" : "false";
-    else if (type == 2)
+    } else if (type == 2) {
         text += fmt::format("&#{};", bits < 0x20 || (bits >= 0xD800 && bits < 0xE000) || bits > 0xFFFD ? 0xFFFD : bits);
-    else if (type == 3)
+    } else if (type == 3) {
         appendNumber(std::bit_cast<double>(bits), text);
-    else if (type == 4)
+    } else if (type == 4) {
         appendNumber(std::bit_cast<float>(static_cast<std::uint32_t>(bits)), text);
-    else {
+    } else {
         const unsigned shift = 64U - 8U * static_cast<unsigned>(bytes.size());
         text += fmt::format("{}", static_cast<std::int64_t>(bits << shift) >> shift);
     }
     return true;
+}
+
+/// A value behind its type. @return why it is none; empty where it is.
+std::string appendTyped(std::size_t type, std::string_view bytes, std::string& text) {
+    if (type >= types.size())
+        return fmt::format("has the unknown type {}", type);
+    if (type == 8)
+        return appendText(bytes, text) ? ""
+                                       : fmt::format("is a text whose length does not fit its {} bytes", bytes.size());
+    if (bytes.size() != sizes[type])
+        return fmt::format("is a {} of {} bytes instead of {}", types[type], bytes.size(), sizes[type]);
+    return appendBits(type, bytes, text) ? "" : "is a boolean that is neither true nor false";
 }
 
 }  // namespace
@@ -160,13 +193,23 @@ WbxmlText::WbxmlText(std::function<int()> nextByte) : next(std::move(nextByte)) 
 void WbxmlText::damaged(const std::string& what) {
     isOver = true;
     if (reason.empty())
-        reason = fmt::format("{} at byte {} of the binary XML", what, position);
+        reason = fmt::format("the binary XML is damaged at its byte {}: {}", position, what);
+}
+
+/// "the value of <entry>", "<entry>"
+std::string WbxmlText::place() const {
+    const std::string name = fmt::format("<{}>", elementName(element));
+    if (attribute == none)
+        return name;
+    const std::string_view known = attributeName(element, static_cast<std::size_t>(attribute));
+    return known.empty() ? fmt::format("attribute {} of {}", attribute, name)
+                         : fmt::format("the {} of {}", known, name);
 }
 
 int WbxmlText::byte() {
     const int value = isOver ? -1 : next();
     if (value < 0)
-        damaged("the binary XML ends too early");
+        damaged(element == none ? "it ends too early" : fmt::format("it ends within {}", place()));
     else
         ++position;
     return value;
@@ -182,7 +225,7 @@ std::uint32_t WbxmlText::length() {
         if (more < 0x80 && value <= longest)
             return value;
     }
-    damaged("a length is out of range");
+    damaged(element == none ? "a length is out of range" : fmt::format("the length of {} is out of range", place()));
     return 0;
 }
 
@@ -204,11 +247,22 @@ void WbxmlText::skipHead() {
 bool WbxmlText::append(std::string& text) {
     if (isOver)
         return false;
+    const std::size_t before = text.size();
     if (!isBegun) {
         skipHead();
         isBegun = true;
         text += R"(<?xml version="1.0" encoding="UTF-8"?>)";
     }
+    appendNext(text);
+    // An element that is not complete would be taken for one that lacks something.
+    if (!reason.empty())
+        text.resize(before);
+    isOver = isOver || open.empty();
+    return reason.empty();
+}
+
+void WbxmlText::appendNext(std::string& text) {
+    element = attribute = none;
     const int code = byte();
     if (code == endMark && !open.empty()) {
         text += fmt::format("</{}>\n", elementName(open.back()));
@@ -216,17 +270,15 @@ bool WbxmlText::append(std::string& text) {
     } else if (code == textMark && !open.empty()) {
         appendCharacters(text);
     } else if (code == switchPage || (code & 0x3F) < firstCode) {
-        damaged("a code that no such file has");
+        damaged(fmt::format("no such file has the code {}", code));
     } else if (code >= 0) {
         appendElement(code, text);
     }
-    isOver = isOver || open.empty();
-    return reason.empty();
 }
 
 void WbxmlText::appendElement(int tag, std::string& text) {
-    const int number = (tag & 0x3F) - firstCode;
-    text += "<" + elementName(number);
+    element = (tag & 0x3F) - firstCode;
+    text += "<" + elementName(element);
     if ((tag & hasAttributes) != 0)
         appendAttributes(text);
     if ((tag & hasContent) == 0) {
@@ -234,40 +286,59 @@ void WbxmlText::appendElement(int tag, std::string& text) {
         return;
     }
     text += ">";
-    open.push_back(number);
+    open.push_back(element);
     if (open.size() > deepest)
-        damaged("elements lie too deep");
+        damaged(fmt::format("elements lie deeper than {}", deepest));
 }
 
+/// The page stays chosen from one element to the next.
+/// The page stays chosen from one element to the next.
 void WbxmlText::appendAttributes(std::string& text) {
-    std::size_t page = 0;
+    const std::uint64_t begin = position;
     for (int code = byte(); code >= 0 && code != endMark; code = byte()) {
-        if (code == switchPage) {
-            page = static_cast<std::size_t>(byte() & 0xFF);
-            continue;
-        }
-        const std::string_view name = attributeName(page, code);
-        std::string value;
-        appendValue(value);
-        if (!name.empty())
-            text += fmt::format(" {}=\"{}\"", name, value);
+        if (position - begin > longest)
+            damaged(fmt::format("{} is longer than {} MB", place(), longest >> 20U));
+        else if (code == switchPage)
+            page = byte() & 0xFF;
+        else if (code < firstCode || code - firstCode >= pageLength)
+            damaged(fmt::format("no attribute has the code {}", code));
+        else
+            appendAttribute(page * pageLength + code - firstCode, text);
     }
 }
 
+void WbxmlText::appendAttribute(int number, std::string& text) {
+    attribute = number;
+    const std::string_view name = attributeName(element, static_cast<std::size_t>(number));
+    // What an element has that is left out as a whole does not matter.
+    if (name.empty() && isKnown(element))
+        return damaged(fmt::format("{} is not known", place()));
+    std::string value;
+    appendValue(value);
+    if (!name.empty())
+        text.append(" ").append(name).append("=\"").append(value).append("\"");
+    attribute = none;
+}
+
 void WbxmlText::appendValue(std::string& text) {
-    if (byte() != valueMark)
-        return damaged("a value without its mark");
+    const int mark = byte();
+    if (mark >= 0 && mark != valueMark)
+        return damaged(fmt::format("{} has no value", place()));
     const std::string value = bytes(length());
-    if (reason.empty() &&
-        (value.empty() || !appendTyped(static_cast<unsigned char>(value[0]), std::string_view(value).substr(1), text)))
-        damaged("a value of unknown type or wrong length");
+    if (!reason.empty())
+        return;
+    const std::string problem =
+        value.empty() ? "is empty"
+                      : appendTyped(static_cast<unsigned char>(value[0]), std::string_view(value).substr(1), text);
+    if (!problem.empty())
+        damaged(fmt::format("{} {}", place(), problem));
 }
 
 void WbxmlText::appendCharacters(std::string& text) {
     const std::string count = bytes(2);
     appendEscaped(bytes(static_cast<std::uint32_t>(bigEndian(count))), text);
     if (byte() > 0)
-        damaged("a text is longer than it says");
+        damaged("a text between elements is longer than it says");
 }
 
 }  // namespace velmorak::io

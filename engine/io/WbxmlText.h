@@ -25,14 +25,21 @@ private:
     std::uint32_t length();
     std::string bytes(std::uint32_t count);
     void skipHead();
+    void appendNext(std::string& text);
     void appendElement(int tag, std::string& text);
     void appendAttributes(std::string& text);
+    void appendAttribute(int number, std::string& text);
     void appendValue(std::string& text);
     void appendCharacters(std::string& text);
     void damaged(const std::string& what);
+    std::string place() const;
 
     std::function<int()> next;
     std::uint64_t position = 0;
+    static constexpr int none = -1;
+    int page = 0;          ///< Of the attributes.
+    int element = none;    ///< Whose beginning is being read.
+    int attribute = none;  ///< Whose value is being read.
     bool isBegun = false;
     bool isOver = false;
     std::vector<int> open;  ///< Numbers of the elements that have not ended.
