@@ -1,5 +1,7 @@
 #include "CsvReader.h"
 
+#include "Utf8.h"
+
 #include <set>
 #include <utility>
 
@@ -34,7 +36,7 @@ void shorten(Column& column, std::size_t rows) {
 }  // namespace
 
 CsvReader::CsvReader(CsvOptions csvOptions, RunContext& runContext)
-    : options(std::move(csvOptions)), context(runContext), records(options.file, options.form) {
+    : options(std::move(csvOptions)), context(runContext), records(options.file, options.form, runContext) {
     findColumns();
     if (options.hasHeader)
         records.next(fields);
@@ -45,15 +47,22 @@ CsvReader::~CsvReader() {
 }
 
 /// @return the names in the first record, or as many made-up ones as it has fields.
-std::vector<std::string> CsvReader::readHeader(CsvRecords& from) const {
+std::vector<std::string> CsvReader::readHeader(CsvRecords& from) {
     std::vector<CsvField> first;
     if (!from.next(first))
         throw Failure("file", "\"" + options.file.string() + "\" holds no rows");
+    if (!from.complaint().empty()) {
+        throw Failure("file",
+                      "\"" + options.file.string() + "\", line " + numbered(from.line()) + ": " + from.complaint());
+    }
     std::vector<std::string> names;
     std::set<std::string> seen;
     for (const CsvField& field : first) {
         const bool isNamed = options.hasHeader && !field.text.empty();
-        names.push_back(isNamed ? std::string(field.text) : "c" + numbered(names.size() + 1));
+        if (isNamed && firstRepaired == 0 && !isUtf8(field.text)) {
+            firstRepaired = from.line();
+        }
+        names.push_back(isNamed ? asUtf8(field.text) : "c" + numbered(names.size() + 1));
         if (!seen.insert(names.back()).second)
             throw Failure("file", "\"" + options.file.string() + "\", line " + numbered(from.line()) +
                                       ": there are two columns \"" + names.back() + "\"");
@@ -78,16 +87,18 @@ void CsvReader::lookAtRows(CsvRecords& sample, std::vector<TypeGuess>& guesses) 
 }
 
 void CsvReader::findColumns() {
-    CsvRecords sample(options.file, options.form);
+    CsvRecords sample(options.file, options.form, context);
     const std::vector<std::string> names = readHeader(sample);
     std::vector<TypeGuess> guesses(names.size());
     if (!options.hasHeader)
-        sample = CsvRecords(options.file, options.form);
+        sample = CsvRecords(options.file, options.form, context);
     lookAtRows(sample, guesses);
+    std::vector<ColumnInfo> found;
     for (std::size_t i = 0; i < names.size(); ++i) {
         const auto given = options.types.find(names[i]);
-        columns.add({.name = names[i], .type = given == options.types.end() ? guesses[i].type() : given->second});
+        found.push_back({.name = names[i], .type = given == options.types.end() ? guesses[i].type() : given->second});
     }
+    columns = Schema(std::move(found));
     for (const auto& given : options.types)
         if (!columns.find(given.first))
             throw Failure("types", "there is no column \"" + given.first + "\"");
@@ -137,27 +148,44 @@ bool CsvReader::readRow(std::vector<Column>& target, std::size_t& rows) {
     return true;
 }
 
+/// A text that is no UTF-8 would be damage in every file that it is written into.
+CsvField CsvReader::withUtf8(const CsvField& field, ColumnType type) {
+    if (type != ColumnType::Text || isUtf8(field.text)) {
+        return field;
+    }
+    if (firstRepaired == 0) {
+        firstRepaired = records.line();
+    }
+    repaired = asUtf8(field.text);
+    return {repaired, field.isQuoted};
+}
+
 /// Appends the record to the columns. @return an empty text, or why that cannot be done.
 std::string CsvReader::complaintAbout(std::vector<Column>& target) {
     const auto where = [this] { return "\"" + options.file.string() + "\", line " + numbered(records.line()); };
     if (!records.complaint().empty())
         return where() + ": " + records.complaint();
     if (fields.size() != target.size())
-        return where() + ": there are " + numbered(fields.size()) + " fields where there should be " +
-               numbered(target.size());
+        return where() +
+               (fields.size() == 1 ? ": there is 1 field" : ": there are " + numbered(fields.size()) + " fields") +
+               " where there should be " + numbered(target.size());
     for (std::size_t i = 0; i < target.size(); ++i)
-        if (!appendField(fields[i], options.missing, target[i])) {
+        if (!appendField(withUtf8(fields[i], target[i].type()), options.missing, target[i])) {
             const std::string what = fields[i].text.empty()
                                          ? "nothing stands where there should be a value, and only "
                                            "a real or a text can be missing"
-                                         : "\"" + std::string(fields[i].text.substr(0, 40)) +
-                                               "\" is no value of type " + std::string(nameOf(target[i].type()));
+                                         : "\"" + asUtf8(fields[i].text.substr(0, 40)) + "\" is no value of type " +
+                                               std::string(nameOf(target[i].type()));
             return where() + ", column " + numbered(i + 1) + " (" + columns[i].name + "): " + what;
         }
     return {};
 }
 
 void CsvReader::reportSkipped() {
+    if (firstRepaired != 0) {
+        context.warn("\"" + options.file.string() + "\": bytes that are not UTF-8, the first on line " +
+                     numbered(std::exchange(firstRepaired, 0)) + ", are read as ISO-8859-1");
+    }
     if (skippedRows == 0)
         return;
     context.warn(numbered(skippedRows) + (skippedRows == 1 ? " row was" : " rows were") +

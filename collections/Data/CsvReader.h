@@ -26,10 +26,11 @@ public:
     std::optional<double> fraction() const override { return records.fraction(); }
 
 private:
-    std::vector<std::string> readHeader(CsvRecords& from) const;
+    std::vector<std::string> readHeader(CsvRecords& from);
     void findColumns();
     void lookAtRows(CsvRecords& sample, std::vector<TypeGuess>& guesses);
     bool readRow(std::vector<Column>& target, std::size_t& rows);
+    CsvField withUtf8(const CsvField& field, ColumnType type);
     std::string complaintAbout(std::vector<Column>& target);
     void reportSkipped();
 
@@ -41,6 +42,8 @@ private:
     std::optional<Failure> failure;  ///< That the rows end with.
     std::uint64_t recordsSeen = 0;
     std::uint64_t skippedRows = 0;
+    std::uint64_t firstRepaired = 0;  ///< Line of the first text that was no UTF-8; 0 for none.
+    std::string repaired;
     std::string firstComplaint;
 };
 

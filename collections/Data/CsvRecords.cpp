@@ -25,26 +25,54 @@ auto ofTheFile(Work&& work) {
 
 }  // namespace
 
-CsvRecords::CsvRecords(const std::filesystem::path& file, CsvForm csvForm)
-    : form(std::move(csvForm)), name(file.string()), in(ofTheFile([&] { return PackedFile(file); })) {
+CsvRecords::CsvRecords(const std::filesystem::path& file, CsvForm csvForm, const RunContext& context)
+    : form(std::move(csvForm)), run(&context), name(file.string()), in(ofTheFile([&] { return PackedFile(file); })) {
     refill();
-    if (buffer.starts_with("\xEF\xBB\xBF"))
+    begin();
+}
+
+/// Looks at the first bytes for what the text is written in, and how its lines end.
+void CsvRecords::begin() {
+    constexpr std::string_view utf32("\xFF\xFE\0\0", 4);
+    const bool isUtf32 = buffer.starts_with(utf32) || buffer.starts_with(std::string_view("\0\0\xFE\xFF", 4));
+    if (isUtf32 || buffer.starts_with("\xFF\xFE") || buffer.starts_with("\xFE\xFF")) {
+        throw Failure("file", "\"" + name + "\" is a text in " + (isUtf32 ? "UTF-32" : "UTF-16") +
+                                  "; only UTF-8 is read: save it as UTF-8");
+    }
+    if (buffer.starts_with("\xEF\xBB\xBF")) {
         place = 3;
+    }
+    const std::size_t carriageReturn = buffer.find('\r');
+    // One that ends a whole block may have its other half in the next one.
+    isOfMac = buffer.find('\n') == std::string::npos && carriageReturn != std::string::npos &&
+              (carriageReturn + 1 < buffer.size() || buffer.size() < blockBytes);
+    makeLineEnds(0);
+}
+
+/// The lines of an old Mac file are made to end as others do.
+void CsvRecords::makeLineEnds(std::size_t from) {
+    if (isOfMac) {
+        std::replace(buffer.begin() + static_cast<std::ptrdiff_t>(from), buffer.end(), '\r', '\n');
+    }
 }
 
 /// Puts more of the file behind what is left in the buffer.
 bool CsvRecords::refill() {
     if (isAtEnd)
         return false;
+    if (run->isStopping()) {
+        throw Stopped();
+    }
     buffer.erase(0, std::exchange(place, 0));
     if (buffer.size() > maxRecordBytes)
-        throw Failure("file", "\"" + name + "\", line " + std::to_string(recordLine) +
+        throw Failure("file", "\"" + name + "\", line " + std::to_string(nextLine) +
                                   ": the record does not end; is a quote not closed?");
     const std::size_t before = buffer.size();
     buffer.resize(before + std::max(blockBytes, before));
     const std::size_t more = ofTheFile([&] { return in.read(buffer.data() + before, buffer.size() - before); });
     isAtEnd = more == 0;
     buffer.resize(before + more);
+    makeLineEnds(before);
     return true;
 }
 
@@ -91,11 +119,23 @@ CsvRecords::Step CsvRecords::readRecord(std::vector<CsvField>& fields) {
     problem.clear();
     std::size_t at = place;
     Step step = Step::More;
-    while (step == Step::More)
+    while (step == Step::More) {
+        if (fields.size() == mostFields) {
+            throw Failure("file", "\"" + name + "\", line " + std::to_string(recordLine) + ": there are more than " +
+                                      std::to_string(mostFields) + " fields");
+        }
         step = readField(at, fields);
-    if (step == Step::End)
-        place = at;
-    return step;
+    }
+    return step == Step::End ? complete(at) : step;
+}
+
+/// The record ends before a place in the buffer.
+CsvRecords::Step CsvRecords::complete(std::size_t end) {
+    if (std::string_view(buffer).substr(place, end - place).find('\0') != std::string_view::npos) {
+        problem = "a byte 0 stands in it, which no text has; is the file in UTF-16?";
+    }
+    place = end;
+    return Step::End;
 }
 
 CsvRecords::Step CsvRecords::readField(std::size_t& at, std::vector<CsvField>& fields) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <velmorak/PackedFile.h>
+#include <velmorak/Run.h>
 
 #include <cstdint>
 #include <deque>
@@ -23,20 +24,24 @@ struct CsvField {
 };
 
 /// Takes a text file, packed or not, apart, record by record. A field in double quotes may hold delimiters, line ends,
-/// and quotes, which are doubled. Blanks around other fields are left out, and so are empty lines. One thread at a
-/// time.
+/// and quotes, which are doubled. Blanks around other fields are left out, and so are empty lines. Lines end as on
+/// Unix, Windows or old Macs. One thread at a time.
 class CsvRecords {
 public:
-    /// @throws Failure if the file cannot be opened.
-    CsvRecords(const std::filesystem::path& file, CsvForm form);
+    /// More fields in a record are refused.
+    static constexpr std::size_t mostFields = std::size_t{1} << 20U;
+
+    /// @param context outlives this.
+    /// @throws Failure if the file cannot be opened, or is in UTF-16 or UTF-32.
+    CsvRecords(const std::filesystem::path& file, CsvForm form, const RunContext& context);
 
     /// @param fields valid until the next call.
     /// @return false at the end of the file.
-    /// @throws Failure if the file cannot be read.
+    /// @throws Failure if the file cannot be read. Stopped when the run is to end.
     bool next(std::vector<CsvField>& fields);
     /// Line that the last record began on, counted from 1.
     std::uint64_t line() const { return recordLine; }
-    /// Empty, or what is wrong with the last record's quotes.
+    /// Empty, or what is wrong with the last record.
     const std::string& complaint() const { return problem; }
     /// Part of the file that has been read.
     double fraction() const { return in.fraction(); }
@@ -44,7 +49,10 @@ public:
 private:
     enum class Step { More, End, Short };
 
+    void begin();
     bool refill();
+    void makeLineEnds(std::size_t from);
+    Step complete(std::size_t end);
     bool skipLine();
     Step readRecord(std::vector<CsvField>& fields);
     Step readField(std::size_t& at, std::vector<CsvField>& fields);
@@ -53,11 +61,13 @@ private:
     bool isBlank(char c) const { return c == ' ' || (c == '\t' && form.delimiter != '\t'); }
 
     CsvForm form;
+    const RunContext* run;
     std::string name;
     PackedFile in;
     std::string buffer;
     std::size_t place = 0;  ///< Where the next record begins in the buffer.
     bool isAtEnd = false;   ///< The buffer holds the rest of the file.
+    bool isOfMac = false;   ///< Lines end with a carriage return alone.
     std::uint64_t nextLine = 1;
     std::uint64_t recordLine = 0;
     std::string problem;

@@ -41,6 +41,16 @@ protected:
     Bench bench{"CsvTable"};
 };
 
+/// A run that is to end after it was asked some times whether it is.
+class StoppingBench : public Bench {
+public:
+    StoppingBench(const std::string& kind, int most) : Bench(kind), left(most) {}
+    bool isStopping() const override { return left-- <= 0; }
+
+private:
+    mutable int left;
+};
+
 TEST_F(Csv, typesAreFoundFromTheData) {
     write("n,x,flag,name\n1,1.5,true,mu\n-2,3,false,e\n");
     bench.run();
@@ -133,6 +143,83 @@ TEST_F(Csv, badRowsAreSkippedCountedAndReported) {
 TEST_F(Csv, aQuoteThatIsNotClosedIsSaid) {
     write("x,name\n1,\"mu\n2,e\n");
     EXPECT_EQ(complaint(), "data.csv\", line 2: a quote is opened and not closed");
+}
+
+TEST_F(Csv, oneFieldIsSaidInTheSingular) {
+    write("x,n\n1\n");
+    EXPECT_EQ(complaint(), "data.csv\", line 2: there is 1 field where there should be 2");
+}
+
+TEST_F(Csv, linesOfOldMacFilesEndWithACarriageReturn) {
+    write("x,name\r1,mu\r2,\"a\rb\"\r");
+    bench.run();
+    EXPECT_EQ(bench.table().column("x"), (Reals{1, 2}));
+    EXPECT_EQ(column("name").texts(), (Column::Texts{"mu", "a\nb"}));
+    std::string lines = "x\r";
+    for (int row = 0; row < 600'000; ++row) {
+        lines += "1234\r";
+    }
+    write(lines);
+    bench.run();
+    EXPECT_EQ(bench.table().column("x").size(), 600'000U);
+}
+
+TEST_F(Csv, otherUnicodeFormsAreRefusedByName) {
+    for (const auto& [bytes, form] :
+         std::vector<std::pair<std::string, std::string>>{{{"\xFF\xFEx\0\n\0", 6}, "UTF-16"},
+                                                          {{"\xFE\xFF\0x\0\n", 6}, "UTF-16"},
+                                                          {{"\xFF\xFE\0\0x\0\0\0", 8}, "UTF-32"}}) {
+        write(bytes);
+        EXPECT_EQ(complaint(), "data.csv\" is a text in " + form + "; only UTF-8 is read: save it as UTF-8");
+    }
+    write(std::string("x\0,\0n\0\n\0", 8));
+    EXPECT_EQ(complaint(), "data.csv\", line 1: a byte 0 stands in it, which no text has; is the file in UTF-16?");
+}
+
+TEST_F(Csv, aByteZeroIsNoText) {
+    write(std::string("name,n\na,1\nb\0c,2\nd,3\n", 22));
+    EXPECT_EQ(complaint(), "data.csv\", line 3: a byte 0 stands in it, which no text has; is the file in UTF-16?");
+    bench.set("errors", "skip").expectWarnings().run();
+    EXPECT_EQ(column("name").texts(), (Column::Texts{"a", "d"}));
+}
+
+TEST_F(Csv, bytesThatAreNoUtf8AreReadAsLatin1) {
+    write(
+        "f\xFC"
+        "r,x\nM\xFCon,1\nM\xC3\xBCon,2\n\xE4\xB8\xAD \xED\xA0\x80,3\n");
+    bench.expectWarnings().run();
+    EXPECT_EQ(column("f\u00fcr").texts(), (Column::Texts{"M\u00fcon", "M\u00fcon", "\u4e2d \u00ed\u00a0\u0080"}));
+    ASSERT_EQ(bench.warnings().size(), 1U);
+    EXPECT_TRUE(bench.warnings()[0].ends_with("bytes that are not UTF-8, the first on line 1, are read as ISO-8859-1"));
+}
+
+TEST_F(Csv, aRecordThatDoesNotEndIsNamedByItsLine) {
+    write("\"x" + std::string(70U << 20U, ' '));
+    EXPECT_EQ(complaint(), "data.csv\", line 1: the record does not end; is a quote not closed?");
+}
+
+TEST_F(Csv, aMillionColumnsAreFoundByTheirNames) {
+    std::string names;
+    std::string values;
+    for (int position = 0; position < 1'000'000; ++position) {
+        names += (position == 0 ? "c" : ",c") + std::to_string(position);
+        values += position == 0 ? "1" : ",2";
+    }
+    write(names + "\n" + values + "\n");
+    bench.run();
+    ASSERT_EQ(bench.table().schema.size(), 1'000'000U);
+    EXPECT_EQ(bench.table().schema.find("c999999"), 999'999U);
+    write(names + ",c0\n");
+    EXPECT_EQ(complaint(), "data.csv\", line 1: there are two columns \"c0\"");
+    write(std::string((1U << 20U) + 1, ',') + "\n");
+    EXPECT_EQ(complaint(), "data.csv\", line 1: there are more than 1048576 fields");
+}
+
+TEST_F(Csv, readingStopsAmongEmptyLines) {
+    StoppingBench stopping("CsvTable", 4);
+    write("x\n" + std::string(8U << 20U, '\n'));
+    stopping.set("file", (bench.folder() / "data.csv").string());
+    EXPECT_THROW(stopping.run(), Stopped);
 }
 
 TEST_F(Csv, twoColumnsOfOneNameAreOneTooMany) {
