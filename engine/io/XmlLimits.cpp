@@ -59,12 +59,15 @@ void XmlReader::fail(const std::string& reason) const {
     throw Failure(fmt::format("{}{}: {}", path.string(), where(), reason));
 }
 
-void XmlReader::checkElement(const char* name) {
+void XmlReader::checkElement(const char* name, const char* const* attributes) {
     if (++depth > deepest) {
         fail(fmt::format("elements lie deeper than {}", deepest));
     }
     if (std::strlen(name) > longestName) {
         fail(fmt::format("the name of an element is longer than {} bytes", longestName));
+    }
+    if (!names.see(name, attributes)) {
+        fail(fmt::format("there are more than {} different names of elements or attributes", XmlNames::most));
     }
     const std::string_view tag = currentBytes(static_cast<std::size_t>(XML_GetCurrentByteCount(parser.get())));
     if (const auto undefined = references.undefinedIn(tag)) {
@@ -87,8 +90,17 @@ void XmlReader::refuseEntity(const std::string& entity, std::string_view before)
 void XMLCALL XmlReader::declaredEntity(void* self, const XML_Char* name, int isParameter, const XML_Char* /*value*/,
                                        int /*length*/, const XML_Char* /*base*/, const XML_Char* /*systemId*/,
                                        const XML_Char* /*publicId*/, const XML_Char* /*notation*/) {
-    if (isParameter == 0) {
-        static_cast<XmlReader*>(self)->references.declare(name);
+    auto& reader = *static_cast<XmlReader*>(self);
+    if (reader.failure || isParameter != 0) {
+        return;
+    }
+    try {
+        reader.references.declare(name);
+        if (reader.references.count() > XmlNames::most) {
+            reader.fail(fmt::format("more than {} entities are declared", XmlNames::most));
+        }
+    } catch (...) {
+        reader.keep(std::current_exception());
     }
 }
 

@@ -159,6 +159,7 @@ bool XmlReader::beginNextDocument() {
     parsedBytes = scannedBytes = scannedLines = 0;
     depth = 0;
     references = XmlReferences();
+    names = XmlNames();
     repair = TextRepair();
     handler.beginDocument();
     return true;
@@ -253,7 +254,7 @@ void XmlReader::began(void* self, const XML_Char* name, const XML_Char** attribu
     if (reader.failure)
         return;
     try {
-        reader.checkElement(name);
+        reader.checkElement(name, attributes);
         reader.handler.beginElement(name, attributes);
     } catch (...) {
         reader.keep(std::current_exception());

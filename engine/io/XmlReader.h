@@ -4,6 +4,8 @@
 #include "FewWarnings.h"
 #include "RowBlocks.h"
 #include "TextRepair.h"
+#include "XmlHandler.h"
+#include "XmlNames.h"
 #include "XmlReferences.h"
 
 #include <expat.h>
@@ -21,27 +23,6 @@ namespace velmorak::io {
 
 /// @return the value of an attribute; null when there is none. attributes is a list of names and values, ended by null.
 const char* attributeOf(const char* const* attributes, const char* name);
-
-/// Is told of the elements of a file.
-class XmlHandler {
-public:
-    virtual ~XmlHandler() = default;
-    virtual void beginElement(const char* name, const char* const* attributes) = 0;
-    virtual void endElement(const char* name) = 0;
-    /// Text between elements, in pieces.
-    virtual void characters(std::string_view /*text*/) {}
-    /// Columns of the tuple whose rows are being read, where they may be plain rows and are wanted; null elsewhere, and
-    /// within other elements than rows.
-    virtual const std::vector<PlainColumn>* plainColumns() const { return nullptr; }
-    /// No element is open in the one that holds the rows. Asked where there are plain columns.
-    virtual bool isBetweenRows() const { return false; }
-    /// Rows that are told in the place of their elements. @return how many of those from the first on are taken.
-    virtual std::size_t takeRows(const PlainRows& /*rows*/, std::size_t /*first*/) { return 0; }
-    /// A file of an archive begins; elements that were open are no more. Not called for the first one.
-    virtual void beginDocument() {}
-    /// A file of an archive is damaged. @return whether to go on with the next one.
-    virtual bool continuesAfter(const std::string& /*damage*/) { return false; }
-};
 
 /// How the rows of a tuple are read: where they are plain by a scanner made for them, with the same result.
 enum class RowReading { Scanned, Parsed };
@@ -104,7 +85,7 @@ private:
     std::size_t pendingBytes() const;
     std::string_view currentBytes(std::size_t count) const;
     std::size_t wantedBytes() const;
-    void checkElement(const char* name);
+    void checkElement(const char* name, const char* const* attributes);
     [[noreturn]] void fail(const std::string& reason) const;
     [[noreturn]] void refuseEntity(const std::string& entity, std::string_view before) const;
     bool mayScan() const;
@@ -122,6 +103,7 @@ private:
     ByteStream stream;
     TextRepair repair;
     XmlReferences references;
+    XmlNames names;
     FewWarnings warnings;
     std::size_t depth = 0;
     std::string piece;     ///< Raw bytes.

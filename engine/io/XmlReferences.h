@@ -18,6 +18,7 @@ public:
     };
 
     void declare(std::string_view name);
+    std::size_t count() const { return declared.size(); }
     /// @param tag as it stands in the file; in UTF-16 it has a byte 0 in each pair.
     /// @return the first reference in it that means nothing.
     std::optional<Undefined> undefinedIn(std::string_view tag) const;

@@ -106,6 +106,22 @@ TEST_F(HostileAida, hasLimitsForItsTagsTextsAndNames) {
                 HasSubstr("the name of an element is longer than 1000 bytes"));
 }
 
+TEST_F(HostileAida, hasALimitForDifferentNames) {
+    std::string elements;
+    std::string attributes;
+    std::string entities;
+    for (int number = 0; number < 10'100; ++number) {
+        elements += "<e" + std::to_string(number) + "/>";
+        attributes += " a" + std::to_string(number) + "='1'";
+        entities += "<!ENTITY e" + std::to_string(number) + " '1'>";
+    }
+    const std::string sentence = "there are more than 10000 different names of elements or attributes";
+    EXPECT_THAT(failureOf([&] { listAida(aidaWith(elements), run); }), HasSubstr(sentence));
+    EXPECT_THAT(failureOf([&] { listAida(aidaWith("<item" + attributes + "/>"), run); }), HasSubstr(sentence));
+    EXPECT_THAT(failureOf([&] { listAida(fileWith("<!DOCTYPE aida [" + entities + "]><aida/>"), run); }),
+                HasSubstr("more than 10000 entities are declared"));
+}
+
 TEST_F(HostileAida, hasALimitForACodelet) {
     const std::string points = "<dataPointSet name='p' dimension='1'/>";
     const auto file =
