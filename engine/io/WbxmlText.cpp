@@ -198,7 +198,7 @@ void WbxmlText::damaged(const std::string& what) {
 
 /// "the value of <entry>", "<entry>"
 std::string WbxmlText::place() const {
-    const std::string name = fmt::format("<{}>", elementName(element));
+    std::string name = fmt::format("<{}>", elementName(element));
     if (attribute == none)
         return name;
     const std::string_view known = attributeName(element, static_cast<std::size_t>(attribute));

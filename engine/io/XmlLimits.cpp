@@ -87,6 +87,7 @@ void XmlReader::refuseEntity(const std::string& entity, std::string_view before)
         document(), XML_GetCurrentLineNumber(parser.get()) + scannedLines + lines, column, entity.substr(0, 40)));
 }
 
+// The parser says what it calls with. NOLINTNEXTLINE(readability-function-size)
 void XMLCALL XmlReader::declaredEntity(void* self, const XML_Char* name, int isParameter, const XML_Char* /*value*/,
                                        int /*length*/, const XML_Char* /*base*/, const XML_Char* /*systemId*/,
                                        const XML_Char* /*publicId*/, const XML_Char* /*notation*/) {
