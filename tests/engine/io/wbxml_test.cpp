@@ -8,7 +8,7 @@
 #include <map>
 #include <set>
 
-#include "../../../engine/io/ByteStream.h"
+#include "io/ByteStream.h"
 #include "support.h"
 
 namespace velmorak {
