@@ -15,6 +15,9 @@
 namespace velmorak {
 namespace {
 
+// As many as the document itself may name; a known kind has its ports whether they are named or not.
+constexpr std::size_t mostPorts = 1'000'000;
+
 /// One document on its way into the manager. Nothing but messages leaves it before commit.
 class Loading {
 public:
@@ -59,9 +62,13 @@ std::vector<std::string> Loading::namesInPipeline() const {
 
 void Loading::makeNodes() {
     const std::vector<std::string> names = namesInPipeline();
+    std::size_t ports = 0;
     for (std::size_t i = 0; i < names.size(); ++i) {
         byName.emplace(document.plugins[i].name, i);
         nodes.push_back(nodeFromDocument(manager, document.plugins[i], names[i], notes));
+        ports += nodes.back()->Inputs().size() + nodes.back()->Outputs().size();
+        if (ports > mostPorts)
+            throw DocumentError(document.plugins[i].line, "the plug-ins have more than 1000000 inputs and outputs");
     }
 }
 
@@ -91,8 +98,8 @@ void Loading::wireInput(std::size_t receiverNumber, const DocumentInput& input) 
 
 void Loading::commitDocument(bool wasEmpty) {
     if (wasEmpty) {
-        owner.summary = document.summary;
-        owner.documentFields = document.foreign;
+        owner.summary = std::move(document.summary);
+        owner.documentFields = std::move(document.foreign);
     } else {
         for (ForeignField& field : document.foreign)
             if (std::ranges::find(owner.documentFields, field.name, &ForeignField::name) == owner.documentFields.end())

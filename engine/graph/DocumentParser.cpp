@@ -14,29 +14,30 @@ namespace {
 
 using Shape = JsonValue::Shape;
 
+// Far more than anybody draws, and no more than fits into memory together with their plug-ins.
+constexpr std::size_t mostPlugins = 100'000;
+constexpr std::size_t mostPorts = 1'000'000;
+
 /// What every check of a value needs: the text, for line numbers and for fields that are kept as they stand.
 class Parser {
 public:
-    explicit Parser(const std::string& whole) : text(whole) {
-        for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1))
-            lineEnds.push_back(at);
-    }
+    explicit Parser(const std::string& whole) : text(whole) {}
 
     Document document(const JsonValue& root) const;
 
 private:
-    using Fields = std::map<std::string_view, const JsonValue*>;
+    using Fields = std::map<std::string, JsonValue, std::less<>>;
 
     [[noreturn]] void fail(const JsonValue& at, const std::string& reason) const {
         throw DocumentError(line(at), reason);
     }
-    std::size_t line(const JsonValue& at) const {
-        const auto first = std::ranges::lower_bound(lineEnds, at.begin);
-        return 1 + static_cast<std::size_t>(first - lineEnds.begin());
+    std::size_t line(const JsonValue& at) const;
+    std::string_view written(const JsonValue& value) const {
+        return std::string_view(text).substr(value.begin, value.end - value.begin);
     }
     Fields fields(const JsonValue& object, std::initializer_list<std::string_view> known, ForeignFields& foreign) const;
     const JsonValue& needed(const Fields& found, std::string_view name, const JsonValue& object) const;
-    const std::string& textIn(const JsonValue& value, std::string_view name) const;
+    std::string textIn(const JsonValue& value, std::string_view name) const;
     std::string nameIn(const Fields& found, std::string_view name, const JsonValue& object) const;
     float coordinate(const JsonValue& value) const;
     const JsonValue& shaped(const JsonValue& value, Shape shape, const std::string& reason) const;
@@ -44,26 +45,42 @@ private:
     void checkVersion(const JsonValue& version) const;
     DocumentPlugin plugin(const JsonValue& object) const;
     void place(const JsonValue& value, DocumentPlugin& plugin) const;
+    void countPort(const JsonValue& at) const;
+    void inputs(const JsonValue& list, DocumentPlugin& plugin) const;
+    void outputs(const JsonValue& list, DocumentPlugin& plugin) const;
     DocumentInput input(const JsonValue& object) const;
     DocumentOutput output(const JsonValue& object) const;
     OutputName source(const JsonValue& value) const;
+    std::vector<JsonValue> pairIn(const JsonValue& value, const std::string& reason) const;
     void keepNamesApart(std::set<std::string>& taken, const std::string& name, const char* what,
                         const JsonValue& at) const;
 
     const std::string& text;
-    std::vector<std::size_t> lineEnds;
+    mutable std::size_t seen = 0;  ///< Where the last line that was asked for was counted to.
+    mutable std::size_t linesBefore = 0;
+    mutable std::size_t ports = 0;
 };
+
+/// Values are mostly asked for in the order in which they stand.
+std::size_t Parser::line(const JsonValue& at) const {
+    if (at.begin < seen)
+        seen = linesBefore = 0;
+    linesBefore += static_cast<std::size_t>(std::count(text.begin() + static_cast<std::ptrdiff_t>(seen),
+                                                       text.begin() + static_cast<std::ptrdiff_t>(at.begin), '\n'));
+    seen = at.begin;
+    return 1 + linesBefore;
+}
 
 /// Sorts the members of an object into those that are known, each at most once, and the others.
 Parser::Fields Parser::fields(const JsonValue& object, std::initializer_list<std::string_view> known,
                               ForeignFields& foreign) const {
     Fields found;
-    for (const auto& [name, value] : object.members) {
+    forEachMember(text, object, [&](std::string name, const JsonValue& value) {
         if (std::find(known.begin(), known.end(), name) == known.end())
-            foreign.push_back({name, text.substr(value.begin, value.end - value.begin)});
-        else if (!found.emplace(name, &value).second)
+            foreign.push_back({std::move(name), std::string(written(value))});
+        else if (!found.emplace(name, value).second)
             fail(value, "the field " + inQuotes(name) + " stands twice in one object.");
-    }
+    });
     return found;
 }
 
@@ -71,18 +88,19 @@ const JsonValue& Parser::needed(const Fields& found, std::string_view name, cons
     const auto at = found.find(name);
     if (at == found.end())
         fail(object, "the field " + inQuotes(name) + " is missing.");
-    return *at->second;
+    return at->second;
 }
 
-const std::string& Parser::textIn(const JsonValue& value, std::string_view name) const {
-    return shaped(value, Shape::Text, "the field " + inQuotes(name) + " must be a text.").text;
+std::string Parser::textIn(const JsonValue& value, std::string_view name) const {
+    return unquoted(text, shaped(value, Shape::Text, "the field " + inQuotes(name) + " must be a text."));
 }
 
 std::string Parser::nameIn(const Fields& found, std::string_view name, const JsonValue& object) const {
     const JsonValue& value = needed(found, name, object);
-    if (textIn(value, name).empty())
+    std::string made = textIn(value, name);
+    if (made.empty())
         fail(value, "the field " + inQuotes(name) + " must not be empty.");
-    return value.text;
+    return made;
 }
 
 const JsonValue& Parser::shaped(const JsonValue& value, Shape shape, const std::string& reason) const {
@@ -92,7 +110,7 @@ const JsonValue& Parser::shaped(const JsonValue& value, Shape shape, const std::
 }
 
 float Parser::coordinate(const JsonValue& value) const {
-    const double number = shaped(value, Shape::Number, "the field \"position\" must hold two numbers.").number;
+    const double number = numberIn(text, shaped(value, Shape::Number, "the field \"position\" must hold two numbers."));
     if (std::abs(number) > static_cast<double>(std::numeric_limits<float>::max()))
         fail(value, "a coordinate is out of range.");
     return static_cast<float>(number);
@@ -100,8 +118,8 @@ float Parser::coordinate(const JsonValue& value) const {
 
 void Parser::checkVersion(const JsonValue& version) const {
     const JsonValue& number = shaped(version, Shape::Number, "the field \"zedra\" must be a number.");
-    if (number.number != 1.0)
-        fail(version, "the document is of version " + text.substr(version.begin, version.end - version.begin) +
+    if (numberIn(text, number) != 1.0)
+        fail(version, "the document is of version " + std::string(written(version).substr(0, 40)) +
                           " of the format; this program reads version 1.");
 }
 
@@ -111,20 +129,29 @@ void Parser::keepNamesApart(std::set<std::string>& taken, const std::string& nam
         fail(at, std::string("two ") + what + " are named " + inQuotes(name) + ".");
 }
 
+/// The items of a list that must have two.
+std::vector<JsonValue> Parser::pairIn(const JsonValue& value, const std::string& reason) const {
+    std::vector<JsonValue> items;
+    forEachItem(text, shaped(value, Shape::List, reason), [&](const JsonValue& item) {
+        if (items.size() == 2)
+            fail(value, reason);
+        items.push_back(item);
+    });
+    if (items.size() != 2)
+        fail(value, reason);
+    return items;
+}
+
 void Parser::place(const JsonValue& value, DocumentPlugin& plugin) const {
-    const JsonValue& pair = shaped(value, Shape::List, "the field \"position\" must be a list of two numbers.");
-    if (pair.items.size() != 2)
-        fail(value, "the field \"position\" must be a list of two numbers.");
-    plugin.x = coordinate(pair.items[0]);
-    plugin.y = coordinate(pair.items[1]);
+    const std::vector<JsonValue> pair = pairIn(value, "the field \"position\" must be a list of two numbers.");
+    plugin.x = coordinate(pair[0]);
+    plugin.y = coordinate(pair[1]);
 }
 
 OutputName Parser::source(const JsonValue& value) const {
     const std::string reason = "the field \"from\" must be a list of two texts: plug-in and output.";
-    const JsonValue& pair = shaped(value, Shape::List, reason);
-    if (pair.items.size() != 2)
-        fail(value, reason);
-    return {shaped(pair.items[0], Shape::Text, reason).text, shaped(pair.items[1], Shape::Text, reason).text};
+    const std::vector<JsonValue> pair = pairIn(value, reason);
+    return {unquoted(text, shaped(pair[0], Shape::Text, reason)), unquoted(text, shaped(pair[1], Shape::Text, reason))};
 }
 
 DocumentInput Parser::input(const JsonValue& object) const {
@@ -134,9 +161,9 @@ DocumentInput Parser::input(const JsonValue& object) const {
     made.line = line(object);
     made.name = nameIn(found, "name", object);
     if (const auto value = found.find("value"); value != found.end())
-        made.value = textIn(*value->second, "value");
+        made.value = textIn(value->second, "value");
     if (const auto from = found.find("from"); from != found.end())
-        made.from = source(*from->second);
+        made.from = source(from->second);
     return made;
 }
 
@@ -146,7 +173,7 @@ DocumentOutput Parser::output(const JsonValue& object) const {
     const Fields found = fields(object, {"name", "type"}, made.foreign);
     made.name = nameIn(found, "name", object);
     const auto type = found.find("type");
-    made.type = type == found.end() ? "any" : textIn(*type->second, "type");
+    made.type = type == found.end() ? "any" : textIn(type->second, "type");
     return made;
 }
 
@@ -158,23 +185,38 @@ DocumentPlugin Parser::plugin(const JsonValue& object) const {
     made.name = nameIn(found, "name", object);
     made.kind = nameIn(found, "kind", object);
     if (const auto at = found.find("position"); at != found.end())
-        place(*at->second, made);
+        place(at->second, made);
     if (const auto at = found.find("collapsed"); at != found.end())
         made.isCollapsed =
-            shaped(*at->second, Shape::Boolean, "the field \"collapsed\" must be true or false.").boolean;
-    std::set<std::string> inputs;
+            text[shaped(at->second, Shape::Boolean, "the field \"collapsed\" must be true or false.").begin] == 't';
     if (const auto at = found.find("inputs"); at != found.end())
-        for (const JsonValue& item : shaped(*at->second, Shape::List, "the field \"inputs\" must be a list.").items) {
-            made.inputs.push_back(input(item));
-            keepNamesApart(inputs, made.inputs.back().name, "inputs of a plug-in", item);
-        }
-    std::set<std::string> outputs;
+        inputs(at->second, made);
     if (const auto at = found.find("outputs"); at != found.end())
-        for (const JsonValue& item : shaped(*at->second, Shape::List, "the field \"outputs\" must be a list.").items) {
-            made.outputs.push_back(output(item));
-            keepNamesApart(outputs, made.outputs.back().name, "outputs of a plug-in", item);
-        }
+        outputs(at->second, made);
     return made;
+}
+
+void Parser::countPort(const JsonValue& at) const {
+    if (++ports > mostPorts)
+        fail(at, "the document has more than 1000000 inputs and outputs.");
+}
+
+void Parser::inputs(const JsonValue& list, DocumentPlugin& plugin) const {
+    std::set<std::string> names;
+    forEachItem(text, shaped(list, Shape::List, "the field \"inputs\" must be a list."), [&](const JsonValue& item) {
+        countPort(item);
+        plugin.inputs.push_back(input(item));
+        keepNamesApart(names, plugin.inputs.back().name, "inputs of a plug-in", item);
+    });
+}
+
+void Parser::outputs(const JsonValue& list, DocumentPlugin& plugin) const {
+    std::set<std::string> names;
+    forEachItem(text, shaped(list, Shape::List, "the field \"outputs\" must be a list."), [&](const JsonValue& item) {
+        countPort(item);
+        plugin.outputs.push_back(output(item));
+        keepNamesApart(names, plugin.outputs.back().name, "outputs of a plug-in", item);
+    });
 }
 
 Document Parser::document(const JsonValue& root) const {
@@ -183,13 +225,16 @@ Document Parser::document(const JsonValue& root) const {
     const Fields found = fields(root, {"zedra", "summary", "plugins"}, made.foreign);
     checkVersion(needed(found, "zedra", root));
     if (const auto at = found.find("summary"); at != found.end())
-        made.summary = textIn(*at->second, "summary");
+        made.summary = textIn(at->second, "summary");
     std::set<std::string> names;
     const JsonValue& plugins = needed(found, "plugins", root);
-    for (const JsonValue& item : shaped(plugins, Shape::List, "the field \"plugins\" must be a list.").items) {
-        made.plugins.push_back(plugin(item));
-        keepNamesApart(names, made.plugins.back().name, "plug-ins", item);
-    }
+    forEachItem(text, shaped(plugins, Shape::List, "the field \"plugins\" must be a list."),
+                [&](const JsonValue& item) {
+                    if (made.plugins.size() == mostPlugins)
+                        fail(item, "the document has more than 100000 plug-ins.");
+                    made.plugins.push_back(plugin(item));
+                    keepNamesApart(names, made.plugins.back().name, "plug-ins", item);
+                });
     return made;
 }
 

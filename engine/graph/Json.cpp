@@ -1,173 +1,110 @@
 #include "Json.h"
 
-#include "Say.h"
-
 #include <algorithm>
-#include <cstdint>
-#include <iterator>
+#include <charconv>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 namespace velmorak {
 namespace {
 
 using Json = nlohmann::ordered_json;
+using Shape = JsonValue::Shape;
 
-constexpr std::size_t deepestLevel = 64;
+constexpr std::string_view between = " \t\r\n,:";
 
-/// Walks the text and tells how far the parser has come.
-class CountingIterator {
-public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = char;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const char*;
-    using reference = const char&;
-
-    CountingIterator(const char* place, std::size_t& count) : at(place), passed(&count) {}
-    reference operator*() const { return *at; }
-    CountingIterator& operator++() {
-        ++at;
-        ++*passed;
-        return *this;
+Shape shapeOf(char first) {
+    switch (first) {
+        case '{':
+            return Shape::Object;
+        case '[':
+            return Shape::List;
+        case '"':
+            return Shape::Text;
+        case 't':
+        case 'f':
+            return Shape::Boolean;
+        case 'n':
+            return Shape::Null;
+        default:
+            return Shape::Number;
     }
-    bool operator==(const CountingIterator& other) const { return at == other.at; }
-
-private:
-    const char* at;
-    std::size_t* passed;
-};
-
-/// Builds the tree of values from the parser's events.
-class TreeBuilder {
-public:
-    using number_integer_t = Json::number_integer_t;
-    using number_unsigned_t = Json::number_unsigned_t;
-    using number_float_t = Json::number_float_t;
-    using string_t = Json::string_t;
-    using binary_t = Json::binary_t;
-
-    TreeBuilder(const std::string& whole, const std::size_t& position) : text(whole), passed(position) {}
-
-    JsonValue takeRoot() { return std::move(root); }
-
-    // The names of these operations are the parser's.
-    bool null() { return add(scalar(JsonValue::Shape::Null, passed)); }
-    bool boolean(bool value) {
-        JsonValue made = scalar(JsonValue::Shape::Boolean, passed);
-        made.boolean = value;
-        return add(std::move(made));
-    }
-    bool number_integer(number_integer_t value) { return addNumber(static_cast<double>(value)); }
-    bool number_unsigned(number_unsigned_t value) { return addNumber(static_cast<double>(value)); }
-    bool number_float(number_float_t value, const string_t& /*written*/) { return addNumber(value); }
-    bool string(string_t& value) {
-        JsonValue made = scalar(JsonValue::Shape::Text, passed);
-        made.text = std::move(value);
-        return add(std::move(made));
-    }
-    bool binary(binary_t& /*value*/) { return false; }
-    bool start_object(std::size_t /*size*/) { return open(JsonValue::Shape::Object); }
-    bool key(string_t& name) {
-        scalar(JsonValue::Shape::Text, passed);
-        keys.back() = std::move(name);
-        return true;
-    }
-    bool end_object() { return close(); }
-    bool start_array(std::size_t /*size*/) { return open(JsonValue::Shape::List); }
-    bool end_array() { return close(); }
-    bool parse_error(std::size_t /*position*/, const std::string& /*token*/, const nlohmann::detail::exception& error);
-
-private:
-    JsonValue scalar(JsonValue::Shape shape, std::size_t end);
-    bool addNumber(double value);
-    bool add(JsonValue value);
-    bool open(JsonValue::Shape shape);
-    bool close();
-
-    const std::string& text;
-    const std::size_t& passed;
-    JsonValue root;
-    std::vector<JsonValue> levels;  ///< Lists and objects that have begun.
-    std::vector<std::string> keys;  ///< Parallel to levels: the last key that was read.
-    std::size_t lastEnd = 0;
-};
-
-/// Everything between the last value and this one is blanks, commas and colons.
-JsonValue TreeBuilder::scalar(JsonValue::Shape shape, std::size_t end) {
-    JsonValue made;
-    made.shape = shape;
-    made.begin = std::min(text.find_first_not_of(" \t\r\n,:", lastEnd), end);
-    made.end = end;
-    lastEnd = end;
-    return made;
 }
 
-/// The parser has to look one byte ahead to see that a number ends.
-bool TreeBuilder::addNumber(double value) {
-    const char last = text[passed - 1];
-    const bool isLookingAhead = last < '0' || last > '9';
-    JsonValue made = scalar(JsonValue::Shape::Number, isLookingAhead ? passed - 1 : passed);
-    made.number = value;
-    return add(std::move(made));
+std::size_t endOfText(std::string_view text, std::size_t begin) {
+    std::size_t at = begin + 1;
+    while (text[at] != '"')
+        at += text[at] == '\\' ? 2 : 1;
+    return at + 1;
 }
 
-bool TreeBuilder::add(JsonValue value) {
-    if (levels.empty())
-        root = std::move(value);
-    else if (levels.back().shape == JsonValue::Shape::Object)
-        levels.back().members.push_back({keys.back(), std::move(value)});
+std::size_t endOfNest(std::string_view text, std::size_t begin) {
+    std::size_t level = 0;
+    std::size_t at = begin;
+    do {
+        at = text.find_first_of("\"[]{}", at);
+        const char found = text[at];
+        if (found == '[' || found == '{')
+            ++level;
+        else if (found == ']' || found == '}')
+            --level;
+        at = found == '"' ? endOfText(text, at) : at + 1;
+    } while (level > 0);
+    return at;
+}
+
+JsonValue valueAt(std::string_view text, std::size_t begin) {
+    JsonValue found;
+    found.shape = shapeOf(text[begin]);
+    found.begin = begin;
+    if (found.shape == Shape::Text)
+        found.end = endOfText(text, begin);
+    else if (found.shape == Shape::List || found.shape == Shape::Object)
+        found.end = endOfNest(text, begin);
     else
-        levels.back().items.push_back(std::move(value));
-    return true;
-}
-
-bool TreeBuilder::open(JsonValue::Shape shape) {
-    if (levels.size() == deepestLevel)
-        throw DocumentError(lineOf(text, passed), "nests deeper than 64 levels");
-    levels.push_back(scalar(shape, passed));
-    keys.emplace_back();
-    return true;
-}
-
-bool TreeBuilder::close() {
-    JsonValue done = std::move(levels.back());
-    levels.pop_back();
-    keys.pop_back();
-    done.end = passed;
-    lastEnd = passed;
-    return add(std::move(done));
-}
-
-/// The parser's message begins with its own number and place, which are left out, and may repeat a whole damaged file.
-bool TreeBuilder::parse_error(std::size_t /*position*/, const std::string& /*token*/,
-                              const nlohmann::detail::exception& error) {
-    std::string reason = validUtf8(error.what());
-    for (const char* prefix : {"] ", "parse error at line ", ": "}) {
-        const std::size_t found = reason.find(prefix);
-        if (found != std::string::npos)
-            reason.erase(0, found + std::string_view(prefix).size());
-    }
-    constexpr std::size_t longestReason = 200;
-    if (reason.size() > longestReason)
-        reason = validUtf8(reason.substr(0, longestReason)) + "...";
-    throw DocumentError(lineOf(text, passed == 0 ? 0 : passed - 1), "is no JSON: " + reason);
-}
-
-/// A byte order mark is no part of the text.
-std::string_view withoutMark(std::string_view text) {
-    constexpr std::string_view mark = "\xEF\xBB\xBF";
-    return text.starts_with(mark) ? text.substr(mark.size()) : text;
+        found.end = std::min(text.find_first_of(" \t\r\n,]}", begin), text.size());
+    return found;
 }
 
 }  // namespace
 
-JsonValue parseJson(const std::string& text) {
-    const std::string_view body = withoutMark(text);
-    std::size_t passed = text.size() - body.size();
-    TreeBuilder builder(text, passed);
-    Json::sax_parse(CountingIterator(body.data(), passed), CountingIterator(body.data() + body.size(), passed),
-                    &builder);
-    return builder.takeRoot();
+void forEachItem(std::string_view text, const JsonValue& list, const std::function<void(const JsonValue&)>& take) {
+    std::size_t at = text.find_first_not_of(between, list.begin + 1);
+    while (text[at] != ']') {
+        const JsonValue item = valueAt(text, at);
+        take(item);
+        at = text.find_first_not_of(between, item.end);
+    }
+}
+
+void forEachMember(std::string_view text, const JsonValue& object,
+                   const std::function<void(std::string, const JsonValue&)>& take) {
+    std::size_t at = text.find_first_not_of(between, object.begin + 1);
+    while (text[at] != '}') {
+        const JsonValue name = valueAt(text, at);
+        const JsonValue value = valueAt(text, text.find_first_not_of(between, name.end));
+        take(unquoted(text, name), value);
+        at = text.find_first_not_of(between, value.end);
+    }
+}
+
+std::string unquoted(std::string_view text, const JsonValue& value) {
+    const std::string_view inside = text.substr(value.begin + 1, value.end - value.begin - 2);
+    if (inside.find('\\') == std::string_view::npos)
+        return std::string(inside);
+    return Json::parse(text.substr(value.begin, value.end - value.begin)).get<std::string>();
+}
+
+double numberIn(std::string_view text, const JsonValue& value) {
+    const std::string_view digits = text.substr(value.begin, value.end - value.begin);
+    double number = 0.0;
+    const auto parsed = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (parsed.ec != std::errc::result_out_of_range)
+        return number;
+    const std::size_t exponent = digits.find_first_of("eE");
+    const bool isTiny = exponent == std::string_view::npos ? digits.substr(digits[0] == '-' ? 1 : 0).starts_with("0.")
+                                                           : digits[exponent + 1] == '-';
+    return isTiny ? 0.0 : std::numeric_limits<double>::infinity();
 }
 
 std::size_t lineOf(std::string_view text, std::size_t position) {

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace velmorak {
 
@@ -19,30 +19,28 @@ private:
     std::size_t lineNumber;
 };
 
-struct JsonMember;
-
-/// A value of a JSON text that remembers where it stands, so that a message can give its line and what is not
-/// understood can be kept byte for byte.
+/// Where a value stands in a JSON text. Nothing is made of it before it is asked for, so that a text takes no more
+/// memory than itself, and a number no more digits than are written.
 struct JsonValue {
     enum class Shape { Null, Boolean, Number, Text, List, Object };
 
     Shape shape = Shape::Null;
-    bool boolean = false;
-    double number = 0.0;
-    std::string text;
-    std::vector<JsonValue> items;     ///< Of a list.
-    std::vector<JsonMember> members;  ///< Of an object, in order, also those of the same name.
-    std::size_t begin = 0;            ///< First byte in the text.
-    std::size_t end = 0;              ///< Behind the last byte.
+    std::size_t begin = 0;  ///< First byte.
+    std::size_t end = 0;    ///< Behind the last byte.
 };
 
-struct JsonMember {
-    std::string name;
-    JsonValue value;
-};
+/// Checks all of the text. A number may be of any size.
+/// @throws DocumentError when the text is no JSON, or nests too deep.
+JsonValue parseJson(std::string_view text);
 
-/// @throws DocumentError when the text is no JSON, nests too deep, or holds a number beyond the range of double.
-JsonValue parseJson(const std::string& text);
+/// For values of a text that parseJson has checked, in order, also members of the same name.
+void forEachMember(std::string_view text, const JsonValue& object,
+                   const std::function<void(std::string name, const JsonValue& value)>& take);
+void forEachItem(std::string_view text, const JsonValue& list, const std::function<void(const JsonValue& item)>& take);
+/// @return what a text says, without quotes and escapes.
+std::string unquoted(std::string_view text, const JsonValue& value);
+/// @return infinity for what is beyond the range of double.
+double numberIn(std::string_view text, const JsonValue& value);
 
 /// @return number of the line that the byte stands in, counted from 1.
 std::size_t lineOf(std::string_view text, std::size_t position);

@@ -151,8 +151,13 @@ TEST_F(Documents, whatIsNoJsonIsRefusedWithItsLine) {
     expectRefused("", "1: is no JSON");
     expectRefused("{\n\"zedra\": 1,\n\"plugins\": [}", "3: is no JSON: syntax error");
     expectRefused("{\"zedra\": 1, \"plugins\": []}\n\nmore", "3: is no JSON");
-    expectRefused("{\"zedra\": 1,\n\"x\": 1e999, \"plugins\": []}", "2: is no JSON");
+    expectRefused("{\"zedra\": 1,\n\"x\": 1e, \"plugins\": []}", "2: is no JSON");
+    expectRefused("{\"zedra\": 1, \"plugins\": [],\n\"x\": 01}", "2: is no JSON");
+    expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"\\ud800\"}", "1: is no JSON");
+    expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"a\nb\"}", "1: is no JSON");
     expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"\xFF\"}", "1: is no JSON");
+    const std::string whole = "{\"zedra\": 1, \"plugins\": []}\n";
+    expectRefused(whole + std::string(1, '\0') + "more", "2: is no JSON: syntax error: found the byte 0 where");
     expectRefused("\n" + std::string(100000, '['), "2: nests deeper than 64 levels");
 }
 
@@ -181,6 +186,9 @@ TEST_F(Documents, whatIsNoPluginIsRefusedWithItsLine) {
                   "5: the field \"position\" must be a list of two numbers.");
     expectRefused(withPlugins(begin + "\"position\": [1, \"2\"]}"), "5: the field \"position\" must hold two numbers.");
     expectRefused(withPlugins(begin + "\"position\": [1e39, 0]}"), "5: a coordinate is out of range.");
+    expectRefused(withPlugins(begin + "\"position\": [0, -1e999]}"), "5: a coordinate is out of range.");
+    expectRefused(withPlugins(begin + "\"position\": [1, 2, 3]}"),
+                  "5: the field \"position\" must be a list of two numbers.");
     expectRefused(withPlugins(begin + "\"collapsed\": 1}"), "5: the field \"collapsed\" must be true or false.");
     expectRefused(withPlugins(begin + "\"inputs\": 1}"), "5: the field \"inputs\" must be a list.");
     expectRefused(withPlugins(begin + "\"inputs\": [1]}"), "5: an input must be an object.");

@@ -84,6 +84,34 @@ TEST_F(Hostile, aNumberBeforeAnythingIsKeptAsItIs) {
     EXPECT_EQ(manager.DocumentText(), document);
 }
 
+TEST_F(Hostile, aNumberOfAnySizeThatIsNotUnderstoodIsKeptByteForByte) {
+    const std::string document =
+        "{\n  \"zedra\": 1,\n  \"plugins\": [],\n  \"a\": [1e309, -1.5E+99999],\n  \"b\": " + std::string(400, '9') +
+        "\n}\n";
+    read(document);
+    EXPECT_EQ(manager.DocumentText(), document);
+}
+
+TEST_F(Hostile, aTinyCoordinateIsZero) {
+    read(R"({"zedra": 1, "plugins": [{"name": "A", "kind": "Pair", "position": [1e-400, -1e-999]}]})");
+    float x = 1;
+    float y = 1;
+    node("A").GetPosition(x, y);
+    EXPECT_EQ(x, 0);
+    EXPECT_EQ(y, 0);
+}
+
+TEST_F(Hostile, morePortsThanAnybodyNeedsAreRefused) {
+    std::string outputs;
+    for (int i = 0; i <= 1'000'000; ++i)
+        outputs += "{\"name\": \"" + std::to_string(i) + "\"},";
+    outputs.back() = ']';
+    const Errors errors;
+    read("{\"zedra\": 1, \"plugins\": [{\"name\": \"A\", \"kind\": \"B\", \"outputs\": [" + outputs + "}]}");
+    EXPECT_THAT(errors.text(), testing::HasSubstr("the document has more than 1000000 inputs and outputs.\n"));
+    EXPECT_THAT(manager.plugins, testing::IsEmpty());
+}
+
 TEST_F(Hostile, manyPluginsAndBindingsAreReadInTime) {
     std::string plugins;
     for (int i = 0; i < 2000; ++i)

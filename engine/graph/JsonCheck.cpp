@@ -1,0 +1,192 @@
+#include "Json.h"
+#include "Say.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+namespace velmorak {
+namespace {
+
+using Shape = JsonValue::Shape;
+
+constexpr int deepestLevel = 64;
+
+bool isDigit(char byte) {
+    return byte >= '0' && byte <= '9';
+}
+
+std::string nameOf(char byte) {
+    const bool isPrinted = byte > ' ' && byte < '\x7F';
+    return isPrinted ? inQuotes(std::string(1, byte)) : "the byte " + std::to_string(static_cast<unsigned char>(byte));
+}
+
+/// Walks over a text by the grammar of RFC 8259. It stands in for a library because those turn every number into a
+/// double, and refuse a text for one that is too large.
+class Check {
+public:
+    explicit Check(std::string_view whole) : text(whole) {}
+
+    JsonValue document();
+
+private:
+    [[noreturn]] void fail(const std::string& expected) const;
+    char ahead() const { return at < text.size() ? text[at] : '\0'; }
+    void blanks() { at = std::min(text.find_first_not_of(" \t\r\n", at), text.size()); }
+    void need(char byte);
+    void digits();
+    void number();
+    void quoted();
+    void word(std::string_view letters);
+    template <typename Part>
+    void parts(char end, int level, Part&& part);
+    void member(int level);
+    Shape value(int level);
+
+    std::string_view text;
+    std::size_t at = 0;
+};
+
+void Check::fail(const std::string& expected) const {
+    const std::string found = at < text.size() ? nameOf(text[at]) : "the end of the text";
+    throw DocumentError(lineOf(text, at),
+                        "is no JSON: syntax error: found " + found + " where " + expected + " should be");
+}
+
+void Check::need(char byte) {
+    blanks();
+    if (at == text.size() || text[at] != byte)
+        fail(inQuotes(std::string(1, byte)));
+    ++at;
+}
+
+void Check::digits() {
+    if (!isDigit(ahead()))
+        fail("a digit");
+    while (isDigit(ahead()))
+        ++at;
+}
+
+void Check::number() {
+    if (ahead() == '-')
+        ++at;
+    if (ahead() == '0')
+        ++at;
+    else
+        digits();
+    if (ahead() == '.') {
+        ++at;
+        digits();
+    }
+    if (ahead() == 'e' || ahead() == 'E') {
+        ++at;
+        if (ahead() == '+' || ahead() == '-')
+            ++at;
+        digits();
+    }
+}
+
+/// Escapes and what is not ASCII are left to the library.
+void Check::quoted() {
+    const std::size_t begin = at;
+    bool isPlain = true;
+    need('"');
+    while (ahead() != '"') {
+        if (at >= text.size() || static_cast<unsigned char>(text[at]) < 0x20U)
+            fail("the end of a text");
+        const bool isEscape = text[at] == '\\';
+        isPlain = isPlain && !isEscape && static_cast<unsigned char>(text[at]) < 0x80U;
+        at = std::min(at + (isEscape ? 2 : 1), text.size());
+    }
+    ++at;
+    if (!isPlain && !nlohmann::json::accept(text.substr(begin, at - begin)))
+        throw DocumentError(lineOf(text, begin),
+                            "is no JSON: a text holds a wrong escape, or bytes that are not UTF-8");
+}
+
+void Check::word(std::string_view letters) {
+    if (text.substr(at, letters.size()) != letters)
+        fail("a value");
+    at += letters.size();
+}
+
+/// What stands between a bracket and its counterpart.
+template <typename Part>
+void Check::parts(char end, int level, Part&& part) {
+    if (level == deepestLevel)
+        throw DocumentError(lineOf(text, at), "nests deeper than 64 levels");
+    ++at;
+    blanks();
+    if (ahead() == end) {
+        ++at;
+        return;
+    }
+    for (bool isMore = true; isMore;) {
+        part();
+        blanks();
+        isMore = ahead() == ',';
+        if (isMore)
+            ++at;
+    }
+    need(end);
+}
+
+void Check::member(int level) {
+    blanks();
+    if (ahead() != '"')
+        fail("the name of a field");
+    quoted();
+    need(':');
+    value(level);
+}
+
+Shape Check::value(int level) {
+    blanks();
+    switch (ahead()) {
+        case '{':
+            parts('}', level, [&] { member(level + 1); });
+            return Shape::Object;
+        case '[':
+            parts(']', level, [&] { value(level + 1); });
+            return Shape::List;
+        case '"':
+            quoted();
+            return Shape::Text;
+        case 't':
+            word("true");
+            return Shape::Boolean;
+        case 'f':
+            word("false");
+            return Shape::Boolean;
+        case 'n':
+            word("null");
+            return Shape::Null;
+        default:
+            if (!isDigit(ahead()) && ahead() != '-')
+                fail("a value");
+            number();
+            return Shape::Number;
+    }
+}
+
+JsonValue Check::document() {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (text.starts_with(byteOrderMark))
+        at = byteOrderMark.size();
+    blanks();
+    JsonValue root;
+    root.begin = at;
+    root.shape = value(0);
+    root.end = at;
+    blanks();
+    if (at < text.size())
+        fail("the end of the text");
+    return root;
+}
+
+}  // namespace
+
+JsonValue parseJson(std::string_view text) {
+    return Check(text).document();
+}
+
+}  // namespace velmorak
