@@ -32,7 +32,7 @@ fs::path stateFolder() {
 
 // @return where nothing can be made, a folder that is not there.
 fs::path madeFolder(const char* name) {
-    const fs::path folder = stateFolder() / name;
+    fs::path folder = stateFolder() / name;
     fs::path made;
     for (const fs::path& part : folder) {
         made /= part;

@@ -1,5 +1,6 @@
 #include "NodeFromDocument.h"
 
+#include "../run/Visible.h"
 #include "Bindings.h"
 #include "Nodes.h"
 #include "PortChange.h"
@@ -102,7 +103,8 @@ std::unique_ptr<GraphNode> unknownNode(QzManager& manager, const DocumentPlugin&
                                        LoadNotes& notes) {
     auto node = makeUnknownNode(manager, plugin.kind, name);
     addPortsOfDocument(QzBase::Part::of(*node), plugin);
-    notes.add(plugin.line, name + " is kept as it is: no collection offers its kind " + inQuotes(plugin.kind));
+    notes.add(plugin.line,
+              shortened(name) + " is kept as it is: no collection offers its kind " + inQuotes(plugin.kind));
     return node;
 }
 

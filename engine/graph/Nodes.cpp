@@ -1,5 +1,6 @@
 #include "Nodes.h"
 
+#include "../run/Visible.h"
 #include "PortChange.h"
 #include "Values.h"
 
@@ -48,7 +49,7 @@ void takeIn(QzManager& manager, std::unique_ptr<GraphNode> node) {
 }
 
 std::string nameForMessages(const QzBase& node) {
-    return node.name + " (" + QzBase::Part::of(node).record->name + ')';
+    return shortened(node.name) + " (" + shortened(QzBase::Part::of(node).record->name) + ')';
 }
 
 }  // namespace velmorak

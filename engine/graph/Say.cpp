@@ -1,37 +1,42 @@
 #include "Say.h"
 
+#include "../run/Visible.h"
 #include "Json.h"
 
-#include <algorithm>
 #include <iostream>
 
 namespace velmorak {
 namespace {
 
-constexpr std::size_t longestQuote = 120;
+constexpr std::size_t longestLine = 4000;
 
 bool continuesCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
+/// The beginning of a line says where it comes from, its end what is wrong.
+std::string withoutMiddle(const std::string& line) {
+    if (line.size() <= longestLine)
+        return line;
+    std::size_t head = longestLine / 2;
+    while (continuesCharacter(line[head]))
+        --head;
+    std::size_t tail = line.size() - longestLine / 2;
+    while (continuesCharacter(line[tail]))
+        ++tail;
+    return line.substr(0, head) + " ... " + line.substr(tail);
+}
+
 }  // namespace
 
 void say(const std::string& sentence) {
-    std::string line = sentence;
-    std::ranges::replace(line, '\n', ' ');
-    std::ranges::replace(line, '\r', ' ');
-    line += '\n';
+    const std::string line = withoutMiddle(visible(sentence)) + '\n';
     std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
     std::cerr.flush();
 }
 
 std::string inQuotes(std::string_view text) {
-    if (text.size() <= longestQuote)
-        return '"' + std::string(text) + '"';
-    std::size_t length = longestQuote;
-    while (length > 0 && continuesCharacter(text[length]))
-        --length;
-    return '"' + std::string(text.substr(0, length)) + "...\"";
+    return '"' + visible(shortened(std::string(text))) + '"';
 }
 
 std::string withoutFullStop(std::string sentence) {

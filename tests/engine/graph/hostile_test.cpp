@@ -132,6 +132,27 @@ TEST_F(Hostile, aFileOfAnySizeIsRefusedUnread) {
     EXPECT_EQ(errors.text(), file + ": is larger than 64 MiB.\n");
 }
 
+TEST_F(Hostile, noNameForgesALineOrReachesTheTerminal) {
+    const Errors errors;
+    read(R"({"zedra": 1, "plugins": [{"name": "A\nDone.\u001b[2J", "kind": "No\rKind\u009b", "inputs": []},
+        {"name": ")" +
+         std::string(1000000, 'n') + R"(", "kind": "Pair", "inputs": [{"name": "a", "from": ["B", "c"]}]}]})");
+    EXPECT_EQ(errors.lines(), 2);
+    EXPECT_THAT(errors.text(), testing::HasSubstr("A\\nDone.\\x1B[2J is kept as it is: no collection offers its kind "
+                                                  "\"No\\rKind\\u009B\"."));
+    EXPECT_LT(errors.text().size(), 1000U);
+}
+
+TEST_F(Hostile, ofAMessageOfAMegabyteTheEndsAreSaid) {
+    const Errors errors;
+    const std::string name(1000000, 'n');
+    read(R"({"zedra": 1, "plugins": [{"name": "A", "kind": "Pair", "inputs": [{"name": ")" + name +
+         R"(", "from": ["B", "c"]}]}]})");
+    EXPECT_THAT(errors.text(), testing::HasSubstr("A (Pair), input nnn"));
+    EXPECT_THAT(errors.text(), testing::EndsWith("because there is no such input.\n"));
+    EXPECT_LT(errors.text().size(), 5000U);
+}
+
 TEST_F(Hostile, aPipeAsTheAidaFileIsRefusedWithoutWaitingForIt) {
     const Errors errors;
     const std::string fifo = folder.path / "data.fifo";
