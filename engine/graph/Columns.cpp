@@ -64,13 +64,13 @@ struct Look {
     ColumnsFound before;
 
     NodeArguments arguments() const { return {node, std::vector<Arrival>(node.inputs.size())}; }
-    /// Differs whenever the columns could.
-    std::string key(LookContext& context) const;
+    /// Differs whenever one of the files does.
+    std::string keyOfFiles(LookContext& context) const;
     std::string sentence(LookContext& context) const;
     ColumnsFound found(const WorkAside& work) const;
 };
 
-std::string Look::key(LookContext& context) const {
+std::string Look::keyOfFiles(LookContext& context) const {
     std::string key;
     for (const std::filesystem::path& file : kind.files(arguments(), context)) {
         if (const std::optional<FileStamp> stamp = stampOf(file)) {
@@ -95,7 +95,7 @@ ColumnsFound Look::found(const WorkAside& work) const {
     // What is wrong with the values or the file, a run will say.
     const std::optional<Problem> problem = problemIn([&] {
         AsideContext stamps(beside, work);
-        now.key = "looked" + key(stamps);
+        now.key = "looked" + keyOfFiles(stamps);
         AsideContext columns(beside, work);
         now.sentence = now.key == before.key ? before.sentence : sentence(columns);
     });
@@ -133,11 +133,13 @@ void lookAside(QzBase& node, const Source& kind, const Pipeline& beside, const s
     if (overdue >= mostAtOnce) {
         return;
     }
+    // The key is that of the file alone: for other values, the same file may have other columns.
+    const ColumnsFound before = part.columnsSubject == subject ? part.columns : ColumnsFound{};
     const auto found = std::make_shared<ColumnsFound>();
-    part.look = owner.looks.begin(
-        subject, found, [look = Look{kind, nodeOf(part, node.name), beside, part.columns}, found](WorkAside& work) {
-            *found = look.found(work);
-        });
+    part.look = owner.looks.begin(subject, found,
+                                  [look = Look{kind, nodeOf(part, node.name), beside, before}, found](WorkAside& work) {
+                                      *found = look.found(work);
+                                  });
     part.look->work->wait(overdue == 0 ? owner.looks.patience : std::chrono::milliseconds(0));
 }
 
