@@ -67,6 +67,47 @@ protected:
         EXPECT_LE(start->box->get_bounds().get_x2(), viewWidth) << example;
     }
 
+    /// From the left edge to the right end of the longest chain of wires that ends there, were all of it as close
+    /// together as it can be read.
+    double leastRightOf(QzBase& object) const;
+
+    /// Where the longest chain fits into the view beside the scrollbar, nothing lies beside it.
+    void expectChainInTheOpeningView(const std::string& example) const {
+        constexpr double viewWidth = 600;
+        double least = 0;
+        for (QzBase* object : manager->plugins) {
+            least = std::max(least, leastRightOf(*object));
+        }
+        for (const plugin* node : window->liveNodes()) {
+            EXPECT_TRUE(least > viewWidth || node->box->get_bounds().get_x2() <= viewWidth)
+                << example << ": " << node->uniqueName;
+        }
+    }
+
+    /// Shows all ports of every box.
+    void uncollapse() {
+        GdkEventButton event{};
+        event.button = 2;  // selects, and does no more
+        for (plugin* node : window->liveNodes()) {
+            if (!node->GetPlugin()->IsExpanded()) {
+                window->click(node->box, &event);
+                window->on_collapse();
+            }
+        }
+        window->canvas.update();
+    }
+
+    void expectOnTheCanvas(const Glib::RefPtr<Goocanvas::Item>& item, const std::string& what) const {
+        double left = 0;
+        double top = 0;
+        double right = 0;
+        double bottom = 0;
+        window->canvas.get_bounds(left, top, right, bottom);
+        const Goocanvas::Bounds bounds = item->get_bounds();
+        EXPECT_TRUE(bounds.get_x1() >= left && bounds.get_y1() >= top) << what;
+        EXPECT_TRUE(bounds.get_x2() <= right && bounds.get_y2() <= bottom) << what;
+    }
+
     /// All that the library has are drawn, and each sender stands left of its receiver.
     void expectWiresToTheRight(const std::string& example);
 
@@ -91,6 +132,36 @@ void ExamplesTest::expectWiresToTheRight(const std::string& example) {
     EXPECT_EQ(window->pathMap.size(), wires) << example;
 }
 
+double ExamplesTest::leastRightOf(QzBase& object) const {
+    constexpr double margin = 6;
+    constexpr double gap = 16;  // Less hides the wire.
+    double left = margin;
+    for (const QzBase::Input& input : object.Inputs()) {
+        if (input.source) {
+            left = std::max(left, leastRightOf(*input.source) + gap);
+        }
+    }
+    const Goocanvas::Bounds box = window->nodeOf(object.name)->box->get_bounds();
+    return left + box.get_x2() - box.get_x1();
+}
+
+TEST_F(ExamplesTest, everyBoxCanBeOpenedWithAllItsPortsOnTheCanvas) {
+    for (const QzExample& example : QzManager::GetExamples()) {
+        show(example);
+        uncollapse();
+        for (plugin* node : window->liveNodes()) {
+            const std::string what = example.name + ": " + node->uniqueName.raw();
+            EXPECT_EQ(node->inputTexts.size(), node->GetPlugin()->Inputs().size()) << what;
+            EXPECT_EQ(node->outputTexts.size(), node->GetPlugin()->Outputs().size()) << what;
+            for (const auto* texts : {&node->inputTexts, &node->outputTexts}) {
+                for (const auto& text : *texts) {
+                    expectOnTheCanvas(text, what);
+                }
+            }
+        }
+    }
+}
+
 TEST_F(ExamplesTest, boxesStandApartOnTheCanvasAndAllWiresLeadToTheRight) {
     const std::filesystem::path pictures = VELMORAK_PICTURES;
     std::filesystem::create_directories(pictures);
@@ -108,6 +179,7 @@ TEST_F(ExamplesTest, boxesStandApartOnTheCanvasAndAllWiresLeadToTheRight) {
         }
         expectWiresToTheRight(example.name);
         expectInTheOpeningView(example.name);
+        expectChainInTheOpeningView(example.name);
         const std::string name = std::filesystem::path(example.name).stem();
         draw(pictures / ("example-" + name + ".png"));
     }
