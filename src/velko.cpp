@@ -1,7 +1,7 @@
+#include "toolkit.h"
 #include "vkWindow.h"
 
 #include <QzManager.h>
-#include <gdk/gdk.h>
 #include <glibmm/thread.h>
 #include <gtkmm/main.h>
 
@@ -27,8 +27,6 @@ void readArguments(int count, char** arguments, std::string& aidaFile, Glib::ust
 }  // namespace
 
 int main(int argc, char** argv) {
-    // Places of the pointer are reckoned for a window without a decoration of its own, as X11 gives it.
-    gdk_set_allowed_backends("x11,*");
     Glib::thread_init();
 
     std::string aidaFile;
@@ -37,7 +35,7 @@ int main(int argc, char** argv) {
     // Deliberately before the toolkit takes its own options out of the vector: those name a document here.
     readArguments(argc, argv, aidaFile, document, isRunWanted);
 
-    Gtk::Main kit(argc, argv, true);
+    const auto kit = startToolkit(argc, argv);
     QzManager manager("QzAnalysisFactory");
     if (!aidaFile.empty()) {
         manager.loadAIDA(aidaFile);

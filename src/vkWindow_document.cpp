@@ -1,4 +1,5 @@
 #include "bindings.h"
+#include "plugin.h"
 #include "safeFile.h"
 #include "stateFolder.h"
 #include "visible.h"
@@ -7,7 +8,12 @@
 #include <QzBase.h>
 #include <QzManager.h>
 
+#include <algorithm>
 #include <iostream>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -20,6 +26,32 @@ void tellOfInterruptedSave(const std::string& file) {
     }
 }
 
+/// A connection that has been drawn, on its way into the maps.
+struct Drawn {
+    PortRef output, input;
+    Glib::RefPtr<Goocanvas::Path> path = {};
+    std::string rank = {};  ///< Sorts bytewise as the maps sort their keys.
+};
+
+using Nodes = std::unordered_map<const QzBase*, plugin*>;
+
+Nodes nodesByObject(const std::vector<plugin*>& shown) {
+    Nodes nodes;
+    for (plugin* node : shown) {
+        nodes[node->GetPlugin()] = node;
+    }
+    return nodes;
+}
+
+/// Places in that order are found at once, where a search compares names by the rules of the user's language.
+void sortAsMaps(std::vector<Drawn>& connections) {
+    for (Drawn& each : connections) {
+        each.rank = each.input[0].collate_key() + '\0' + each.input[1].collate_key();
+    }
+    std::stable_sort(connections.begin(), connections.end(),
+                     [](const Drawn& one, const Drawn& other) { return one.rank < other.rank; });
+}
+
 }  // namespace
 
 void vkWindow::open(const Glib::ustring& file) {
@@ -29,13 +61,28 @@ void vkWindow::open(const Glib::ustring& file) {
     for (QzBase* object : manager->plugins) {
         addPlugin(object, "");
     }
+    // As connect() for each of them, without its searches.
+    Nodes nodes = nodesByObject(liveNodes());
+    std::vector<Drawn> connections;
     for (QzBase* object : manager->plugins) {
+        plugin* receiver = nodes[object];
         for (const QzBase::Input* input : object->FullInputs()) {
-            const PortRef source = sourceOf(*input);
-            if (!source.empty()) {
-                connect(source, {object->name, input->name});
+            PortRef source = sourceOf(*input);
+            plugin* sender = nodes[input->source];
+            if (!source.empty() && sender && receiver) {
+                Drawn& drawn = connections.emplace_back(Drawn{std::move(source), {object->name, input->name}});
+                layWire({*sender, drawn.output[1]}, {*receiver, drawn.input[1]}, drawn.path);
             }
         }
+    }
+    sortAsMaps(connections);
+    for (const Drawn& each : connections) {
+        connectionMap.insert_or_assign(connectionMap.end(), each.input, each.output);
+        auto& path = pathMap.try_emplace(pathMap.end(), each.input)->second;
+        if (path) {
+            path->remove();
+        }
+        path = each.path;
     }
     modified = false;
 }

@@ -4,9 +4,10 @@
 #include "Measure.h"
 #include "Hands.h"
 #include "Scene.h"
+#include "toolkit.h"
 
 #include <QzManager.h>
-#include <gtkmm/main.h>
+#include <gtkmm/settings.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -83,8 +84,8 @@ void measure(const Scene& scene, bool isLowered) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    gdk_set_allowed_backends("x11");
-    Gtk::Main toolkit(argc, argv);
+    const auto toolkit = startToolkit(argc, argv);
+    Gtk::Settings::get_default();  // Reads the theme, as the peer's toolkit does when it starts.
     if (argc != 3) {
         std::cerr << "usage: velmorak_bench_canvas ours|lowered NODES" << std::endl;
         return 2;

@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <fstream>
+#include <iterator>
+
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 
@@ -52,6 +55,16 @@ protected:
 
 TEST_F(Startup, withoutArgumentsLoadsOpensAndRunsNothing) {
     EXPECT_THAT(callsWith({}), ElementsAreArray(expected({}, {})));
+}
+
+TEST_F(Startup, loadsNoOpenGl) {
+    RecordedProgram program(VELMORAK_PROGRAM, script);
+    ASSERT_TRUE(program.start({}));
+    std::ifstream maps("/proc/" + std::to_string(program.process->id()) + "/maps");
+    const std::string loaded{std::istreambuf_iterator<char>(maps), {}};
+    EXPECT_NE(loaded.find("libgtk-3"), std::string::npos);
+    EXPECT_EQ(loaded.find("libGL."), std::string::npos);
+    EXPECT_EQ(program.quit(), 0);
 }
 
 TEST_F(Startup, loadsTheDataFileBeforeAnythingElse) {

@@ -137,6 +137,23 @@ TEST_F(ImageTest, aCanvasTooLargeForAnImageLeavesAnExistingImageAsItWas) {
     EXPECT_EQ(contentOf("test.png"), "former");
 }
 
+TEST_F(ImageTest, aCanvasTooLargeForAnImageIsToldInOneLine) {
+    add("Note");
+    add("Note");
+    place("Note", 0, 0, 100, 100);
+    place("Note1", 32700, 0, 100, 100);
+    testing::internal::CaptureStderr();
+    act("ImgExp");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "no image of the canvas: the plug-ins take 32800 x 100 units, and an image holds at most 32767 x 32767; "
+              "move them closer together\n");
+    place("Note1", 32667, 0, 100, 100);
+    testing::internal::CaptureStderr();
+    act("ImgExp");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(image()->get_width(), 32767);
+}
+
 TEST_F(ImageTest, aFolderThatIsGoneLeavesNoMessage) {
     add("Note");
     std::filesystem::remove_all(folder);
