@@ -76,8 +76,8 @@ public:
     /// while another is going on waits for that one to end first.
     virtual void Run();
 
-    /// Asks the run that is going on to end soon, and returns at once. Without one, nothing happens, and the next run
-    /// is not affected. Safe on any thread.
+    /// Asks the run that is going on, or one whose thread is there but has not begun it, to end soon, and returns at
+    /// once. Without either, nothing happens, and the next run is not affected. Safe on any thread.
     virtual void Stop();
 
     /// @return the plug-in of that name, or null.

@@ -30,29 +30,53 @@ void RunDoor::run(const std::function<Pipeline()>& snapshot) {
 
 void RunDoor::executeTurn(const std::function<Pipeline()>& snapshot) {
     const std::lock_guard myTurn(turn);
-    {
-        const std::lock_guard guard(stateLock);
-        if (isClosed)
-            return;
-    }
+    if (!begins())
+        return;
     try {
-        lastReport = runner.run(snapshot);
+        lastReport = runner.run([&] { return look(snapshot); });
     } catch (const std::exception&) {
         say("The run ended: " + problemOf(std::current_exception()).sentence + ".");
     }
+    const std::lock_guard guard(stateLock);
+    isGoingOn = false;
 }
 
-/// A run may be between its turn and the runner, where a stop does not reach it yet; so it is asked until it has ended.
+bool RunDoor::begins() {
+    const std::lock_guard guard(stateLock);
+    if (isClosed)
+        return false;
+    isGoingOn = true;
+    isToEnd = stopWithoutRun.takesBeginningRun();
+    return true;
+}
+
+/// The runner takes its snapshot when a stop already reaches it, so that here is the place to pass on one that came
+/// before.
+Pipeline RunDoor::look(const std::function<Pipeline()>& snapshot) {
+    {
+        const std::lock_guard guard(stateLock);
+        if (isToEnd)
+            runner.stop();
+    }
+    return snapshot();
+}
+
+void RunDoor::stop() {
+    const std::lock_guard guard(stateLock);
+    if (!isGoingOn) {
+        stopWithoutRun.note();
+        return;
+    }
+    isToEnd = true;
+    runner.stop();
+}
+
 void RunDoor::close() {
     std::unique_lock guard(stateLock);
     isClosed = true;
-    while (callers > 0) {
-        guard.unlock();
-        runner.stop();
-        guard.lock();
-        constexpr std::chrono::milliseconds betweenAsks(20);
-        nobodyIsLeft.wait_for(guard, betweenAsks, [&] { return callers == 0; });
-    }
+    isToEnd = true;
+    runner.stop();
+    nobodyIsLeft.wait(guard, [this] { return callers == 0; });
 }
 
 }  // namespace velmorak

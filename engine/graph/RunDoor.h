@@ -1,5 +1,7 @@
 #pragma once
 
+#include "EarlyStop.h"
+
 #include "../run/Runner.h"
 
 #include <condition_variable>
@@ -18,7 +20,10 @@ public:
     void run(const std::function<Pipeline()>& snapshot);
     void explain(bool isAsked) { runner.explain(isAsked); }
     void tell(RunListener* listener) { runner.tell(listener); }
-    void stop() { runner.stop(); }
+
+    /// Ends the run that is going on. Where none is, it counts for a run that was asked for but has not begun yet (see
+    /// EarlyStop), and for no other.
+    void stop();
     void reset() { runner.reset(); }
 
     /// Ends the run that is going on, turns those that wait away, and returns when none is left.
@@ -29,13 +34,18 @@ public:
 
 private:
     void executeTurn(const std::function<Pipeline()>& snapshot);
+    bool begins();
+    Pipeline look(const std::function<Pipeline()>& snapshot);
 
     Runner runner;
     std::mutex turn;
     std::mutex stateLock;
     std::condition_variable nobodyIsLeft;
-    int callers = 0;        ///< Of run, waiting or executing.
-    bool isClosed = false;  ///< No run begins any more.
+    int callers = 0;           ///< Of run, waiting or executing.
+    bool isClosed = false;     ///< No run begins any more.
+    bool isGoingOn = false;    ///< A run has begun and not ended.
+    bool isToEnd = false;      ///< That run was asked to end.
+    EarlyStop stopWithoutRun;  ///< The last one.
     RunReport lastReport;
 };
 

@@ -72,6 +72,58 @@ TEST_F(Runs, stopEndsARunAndWithoutOneDoesNotStopTheNext) {
     EXPECT_EQ(outcomeOf("W"), Outcome::Unfinished);
 }
 
+// Whoever makes a thread for each run has asked for the run when the thread exists.
+TEST_F(Runs, stopCountsForARunThatWasAskedForAndHasNotBegun) {
+    add("Waiter", "W");
+    std::promise<void> stopped;
+    std::thread worker([&] {
+        stopped.get_future().wait();
+        manager.Run();
+    });
+    manager.Stop();
+    stopped.set_value();
+    worker.join();
+    EXPECT_TRUE(lastReport(manager).wasStopped);
+    EXPECT_EQ(outcomeOf("W"), Outcome::Unfinished);
+}
+
+TEST_F(Runs, stopIsNeverLostBetweenTheAskingAndTheBeginning) {
+    add("Waiter", "W");
+    for (int i = 0; i < 200; ++i) {
+        std::thread worker([this] { manager.Run(); });
+        manager.Stop();
+        worker.join();
+        ASSERT_TRUE(lastReport(manager).wasStopped);
+    }
+}
+
+TEST_F(Runs, stopAfterARunDoesNotReachTheOneThatIsAskedForNext) {
+    add("Pair", "A");
+    for (int i = 0; i < 50; ++i) {
+        manager.Stop();
+        runAside().get();
+        ASSERT_FALSE(lastReport(manager).wasStopped);
+        manager.Stop();
+    }
+}
+
+TEST_F(Runs, stopBetweenTwoRunsOfOneThreadReachesNeither) {
+    add("Pair", "A");
+    std::promise<void> hasRun;
+    std::promise<void> stopped;
+    std::thread worker([&] {
+        manager.Run();
+        hasRun.set_value();
+        stopped.get_future().wait();
+        manager.Run();
+    });
+    hasRun.get_future().wait();
+    manager.Stop();
+    stopped.set_value();
+    worker.join();
+    EXPECT_FALSE(lastReport(manager).wasStopped);
+}
+
 TEST_F(Runs, everyEditIsPossibleWhileOneGoesOn) {
     add("Waiter", "W");
     add("Pair", "A");
