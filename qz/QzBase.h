@@ -19,7 +19,7 @@ public:
     /// One input port with its value and what feeds it.
     struct Input {
         std::string name;
-        std::string description;         ///< Tooltip of the port: meaning and unit.
+        std::string description;         ///< Tooltip: meaning, unit, a line "Type: choice of a, b" or "file to read".
         std::string value;               ///< Current value as text; not used while a source feeds the input.
         QzBase* source = nullptr;        ///< Plug-in that feeds the input, null when unbound.
         std::uint32_t sourceOutput = 0;  ///< Position in source->Outputs(); meaningless when source is null.
@@ -29,7 +29,7 @@ public:
     struct Output {
         std::string name;
         std::string type;                 ///< "number", "text", "table", "histogram", ...
-        std::string description;          ///< Tooltip of the port: meaning and unit.
+        std::string description;          ///< Tooltip: meaning, unit, a line with the type, columns of a table.
         std::vector<QzBase*> consumers;   ///< One entry for each input that is fed; a plug-in may stand here twice.
         std::vector<int> consumerInputs;  ///< Parallel to consumers: position in that consumer's Inputs().
     };

@@ -2,6 +2,7 @@
 
 #include "LookContext.h"
 #include "Parts.h"
+#include "PortTexts.h"
 #include "Say.h"
 
 #include "../run/CrashNote.h"
@@ -22,23 +23,19 @@ namespace {
 constexpr std::uint64_t mostPieces = 64;
 constexpr std::size_t mostColumns = 40;
 
-/// A description may be shown as a text with marks, which a name must not look like.
-std::string withoutMarks(const std::string& name) {
-    std::string plain;
-    for (const char c : validUtf8(name)) {
-        const bool isControl = static_cast<unsigned char>(c) < 0x20;
-        plain += c == '<' ? "\u2039" : c == '>' ? "\u203a" : c == '&' ? "\uff06" : std::string(1, isControl ? ' ' : c);
-    }
-    return plain;
+std::string onOneLine(const std::string& name) {
+    std::string line = validUtf8(name);
+    std::ranges::replace_if(line, [](unsigned char c) { return c < 0x20; }, ' ');
+    return line;
 }
 
 std::string sentenceOn(const Schema& schema) {
-    std::string sentence = schema.size() == 1 ? " Column: " : " Columns: ";
+    std::string sentence = schema.size() == 1 ? "\nColumn: " : "\nColumns: ";
     const std::size_t shown = std::min(schema.size(), mostColumns);
     for (std::size_t i = 0; i < shown; ++i) {
         const ColumnInfo& column = schema[i];
-        const std::string unit = column.unit.empty() ? "" : ", " + withoutMarks(column.unit);
-        sentence += (i == 0 ? "" : ", ") + withoutMarks(column.name) + " (" + (column.isList ? "list of " : "") +
+        const std::string unit = column.unit.empty() ? "" : ", " + onOneLine(column.unit);
+        sentence += (i == 0 ? "" : ", ") + onOneLine(column.name) + " (" + (column.isList ? "list of " : "") +
                     std::string(nameOf(column.type)) + unit + ")";
     }
     if (schema.size() > shown)
@@ -184,7 +181,7 @@ void tellColumns(QzBase& node) {
     const std::lock_guard guard(QzManager::Part::of(*part.manager).lock);
     for (std::size_t i = 0; i < part.outputs.size(); ++i) {
         if (part.outputSpecs[i].type == ValueType::Table) {
-            part.outputs[i].description = part.outputSpecs[i].description + part.columns.sentence;
+            part.outputs[i].description = toldOf(part.outputSpecs[i]) + part.columns.sentence;
         }
     }
 }

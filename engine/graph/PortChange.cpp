@@ -2,6 +2,7 @@
 
 #include "Bindings.h"
 #include "Parts.h"
+#include "PortTexts.h"
 #include "Values.h"
 
 #include <algorithm>
@@ -48,7 +49,8 @@ std::string firstValue(QzBase::Part& part, const InputSpec& spec) {
     return refusalOf(part.kind, spec, value).empty() ? value : spec.value;
 }
 
-void replaceInputs(QzBase::Part& part, const std::vector<InputSpec>& specs, const std::vector<int>& moves) {
+void replaceInputs(QzBase::Part& part, const Ports& ports, const std::vector<int>& moves) {
+    const std::vector<InputSpec>& specs = ports.inputs;
     std::vector<QzBase::Input> made(specs.size());
     std::vector<bool> isKept(specs.size(), false);
     for (std::size_t i = 0; i < part.inputs.size(); ++i)
@@ -59,7 +61,7 @@ void replaceInputs(QzBase::Part& part, const std::vector<InputSpec>& specs, cons
         }
     for (std::size_t i = 0; i < specs.size(); ++i) {
         made[i].name = specs[i].name;
-        made[i].description = specs[i].description;
+        made[i].description = toldOf(specs[i], ports);
         if (!isKept[i])
             made[i].value = firstValue(part, specs[i]);
     }
@@ -75,7 +77,7 @@ void replaceOutputs(QzBase::Part& part, const std::vector<OutputSpec>& specs, co
     for (std::size_t i = 0; i < specs.size(); ++i) {
         made[i].name = specs[i].name;
         made[i].type = nameOf(specs[i].type);
-        made[i].description = specs[i].description;
+        made[i].description = toldOf(specs[i]);
     }
     part.outputs = std::move(made);
     part.outputSpecs = specs;
@@ -110,7 +112,7 @@ void changePorts(QzBase& node, const Ports& ports, const std::vector<QzBase*>& o
     QzBase::Part& part = QzBase::Part::of(node);
     const Moves moves{movesOf(part.inputs, ports.inputs), movesOf(part.outputs, ports.outputs)};
     unbindThoseThatGo(node, moves);
-    replaceInputs(part, ports.inputs, moves.inputs);
+    replaceInputs(part, ports, moves.inputs);
     replaceOutputs(part, ports.outputs, moves.outputs);
     for (QzBase* other : others)
         followMoves(node, moves, *other);

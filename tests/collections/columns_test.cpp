@@ -42,10 +42,10 @@ protected:
         std::ofstream(folder / name) << text;
         return (folder / name).string();
     }
-    /// What the output says behind the kind's own description.
+    /// What the output says behind the kind's own description and its type.
     std::string columnsOf(const std::string& name) {
         QzBase& node = *manager->FindPlugin(name);
-        const std::string plain = shippedKind(node.GetKind()->name).ports({}).outputs.front().description;
+        const std::string plain = shippedKind(node.GetKind()->name).ports({}).outputs.front().description + "\nType: table";
         const std::string& said = node.FullOutputs().front()->description;
         EXPECT_EQ(said.substr(0, plain.size()), plain);
         return said.substr(plain.size());
@@ -61,9 +61,9 @@ TEST_F(Columns, ofATextFileAreToldWithTheirTypes) {
     add("CsvTable", "csv");
     EXPECT_EQ(columnsOf("csv"), "");
     set("csv", "file", write("a.csv", "x,n,good,tag\n1.5,2,true,muon\n"));
-    EXPECT_EQ(columnsOf("csv"), " Columns: x (real), n (integer), good (boolean), tag (text).");
+    EXPECT_EQ(columnsOf("csv"), "\nColumns: x (real), n (integer), good (boolean), tag (text).");
     set("csv", "types", "n: text");
-    EXPECT_EQ(columnsOf("csv"), " Columns: x (real), n (text), good (boolean), tag (text).");
+    EXPECT_EQ(columnsOf("csv"), "\nColumns: x (real), n (text), good (boolean), tag (text).");
     set("csv", "header", "no");
     EXPECT_EQ(columnsOf("csv"), "") << "the column whose type is given is no more";
 }
@@ -72,16 +72,16 @@ TEST_F(Columns, ofATupleAreToldAlsoWhereTheyAreLists) {
     add("AidaTable", "events");
     set("events", "file", tracks);
     set("events", "object", "/data/tracks");
-    EXPECT_EQ(columnsOf("events"), " Columns: event (integer), trk.px (list of real), trk.nHits (list of integer).");
+    EXPECT_EQ(columnsOf("events"), "\nColumns: event (integer), trk.px (list of real), trk.nHits (list of integer).");
     set("events", "object", "/data/nothing");
     EXPECT_EQ(columnsOf("events"), "");
 }
 
 TEST_F(Columns, ofRandomNumbersAreToldWithoutAFile) {
     add("RandomTable", "random");
-    EXPECT_EQ(columnsOf("random"), " Column: x (real).");
+    EXPECT_EQ(columnsOf("random"), "\nColumn: x (real).");
     set("random", "columns", "m: gauss(0, 1); n: poisson(3)");
-    EXPECT_EQ(columnsOf("random"), " Columns: m (real), n (integer).");
+    EXPECT_EQ(columnsOf("random"), "\nColumns: m (real), n (integer).");
 }
 
 TEST_F(Columns, areLookedForBesideTheDocument) {
@@ -91,7 +91,7 @@ TEST_F(Columns, areLookedForBesideTheDocument) {
     set("csv", "file", "b.csv");
     EXPECT_EQ(columnsOf("csv"), "");
     manager->SetFileName((folder / "there/document.zedra").string());
-    EXPECT_EQ(columnsOf("csv"), " Column: y (integer).");
+    EXPECT_EQ(columnsOf("csv"), "\nColumn: y (integer).");
 }
 
 TEST_F(Columns, areToldWhenADocumentIsOpened) {
@@ -102,22 +102,22 @@ TEST_F(Columns, areToldWhenADocumentIsOpened) {
     EXPECT_EQ(manager->DocumentText().find("Columns"), std::string::npos);
     manager->DeletePlugin(0);
     manager->ReadDocument(document);
-    EXPECT_EQ(columnsOf("csv"), " Columns: y (integer), z (integer).");
+    EXPECT_EQ(columnsOf("csv"), "\nColumns: y (integer), z (integer).");
 }
 
 TEST_F(Columns, followTheFileAndComeBack) {
     const std::string file = write("a.csv", "x\n1\n");
     add("CsvTable", "csv");
     set("csv", "file", file);
-    EXPECT_EQ(columnsOf("csv"), " Column: x (integer).");
+    EXPECT_EQ(columnsOf("csv"), "\nColumn: x (integer).");
     fs::remove(file);
     EXPECT_EQ(columnsOf("csv"), "");
     write("a.csv", "longer,than\n0.5,before\n");
-    EXPECT_EQ(columnsOf("csv"), " Columns: longer (real), than (text).");
+    EXPECT_EQ(columnsOf("csv"), "\nColumns: longer (real), than (text).");
     set("csv", "file", "");
     EXPECT_EQ(columnsOf("csv"), "");
     set("csv", "file", file);
-    EXPECT_EQ(columnsOf("csv"), " Columns: longer (real), than (text).");
+    EXPECT_EQ(columnsOf("csv"), "\nColumns: longer (real), than (text).");
 }
 
 TEST_F(Columns, areNotToldWhereAWireBringsAValue) {
@@ -127,18 +127,17 @@ TEST_F(Columns, areNotToldWhereAWireBringsAValue) {
     ASSERT_TRUE(random.Connect("rows", manager->FindPlugin("rows"), "number"));
     EXPECT_EQ(columnsOf("random"), "");
     manager->FindPlugin("rows")->Disconnect("number", &random, "rows");
-    EXPECT_EQ(columnsOf("random"), " Column: x (real).");
+    EXPECT_EQ(columnsOf("random"), "\nColumn: x (real).");
 }
 
-TEST_F(Columns, haveNoMarksAndDoNotFillTheScreen) {
-    std::string header = "a<b>&c";
+TEST_F(Columns, areToldAsTheyAreCalledAndDoNotFillTheScreen) {
+    std::string header = "a<b>&c\td";
     for (int i = 1; i < 50; ++i)
         header += ",c" + std::to_string(i);
     add("CsvTable", "csv");
     set("csv", "file", write("a.csv", header + "\n"));
     const std::string said = columnsOf("csv");
-    EXPECT_EQ(said.find_first_of("<>&"), std::string::npos);
-    EXPECT_NE(said.find("a\u2039b\u203a\uff06c"), std::string::npos);
+    EXPECT_TRUE(said.starts_with("\nColumns: a<b>&c d (real), c1 (real), ")) << said;
     EXPECT_NE(said.find("c39 (real) and 10 more."), std::string::npos) << said;
 }
 
@@ -157,7 +156,7 @@ TEST_F(Columns, areGivenUpWhereTheyCannotBeFoundAtOnce) {
     set("events", "object", "/last");
     EXPECT_EQ(columnsOf("events"), "");
     set("events", "object", "/first");
-    EXPECT_EQ(columnsOf("events"), " Column: a (real).");
+    EXPECT_EQ(columnsOf("events"), "\nColumn: a (real).");
 }
 
 }  // namespace

@@ -44,7 +44,7 @@ TEST_F(Plugins, aNewOneKnowsItsKindItsManagerAndItsPorts) {
     EXPECT_EQ(made.description, "Adds two numbers.");
     ASSERT_EQ(made.Inputs().size(), 5U);
     EXPECT_EQ(made.Inputs()[1].name, "b");
-    EXPECT_EQ(made.Inputs()[1].description, "Second number.");
+    EXPECT_EQ(made.Inputs()[1].description, "Second number.\nType: number from -10 to 10");
     EXPECT_EQ(made.Inputs()[2].value, "1");
     EXPECT_EQ(made.Inputs()[2].source, nullptr);
     ASSERT_EQ(made.Outputs().size(), 2U);
