@@ -3,6 +3,7 @@
 #include "CanvasPoint.h"
 #include "PortRef.h"
 #include "RubberBand.h"
+#include "StartButton.h"
 #include "exampleWindow.h"
 #include "pluginwindow.h"
 
@@ -15,7 +16,6 @@
 #include <gtkmm/comboboxtext.h>
 #include <gtkmm/menu.h>
 #include <gtkmm/scrolledwindow.h>
-#include <gtkmm/togglebutton.h>
 #include <gtkmm/uimanager.h>
 #include <gtkmm/window.h>
 
@@ -128,7 +128,7 @@ protected:
     Gtk::Menu nodeMenu;
     Gtk::VBox mainBox;
     Gtk::HBox controlRow;
-    Gtk::ToggleButton startButton;
+    StartButton startButton;
     Gtk::Button resetButton;
     Gtk::ComboBoxText kindSelector;
     Gtk::ScrolledWindow scroller;

@@ -2,8 +2,6 @@
 
 #include <QzManager.h>
 
-#include <chrono>
-
 void vkWindow::setRun() {
     startButton.clicked();
 }
@@ -49,12 +47,12 @@ void vkWindow::joinWorker() {
 
 void vkWindow::stopWorker() {
     manager->Stop();
-    // A request that comes before the library has begun the run is lost on it, so it is made again.
-    constexpr std::chrono::milliseconds betweenRequests(50);
-    while (worker && !runEnded.try_acquire_for(betweenRequests)) {
-        manager->Stop();
+    if (!worker) {
+        return;
     }
+    runEnded.acquire();
     joinWorker();
+    startButton.forgetWaitingClicks();
 }
 
 void vkWindow::reset_button_clicked() {

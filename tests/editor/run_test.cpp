@@ -90,6 +90,7 @@ TEST_F(Run, isStoppedBeforeTheLibraryHasBegunIt) {
         EXPECT_TRUE(isIdle());
     }
     EXPECT_EQ(recording::callsOf("Run").size(), 3U);
+    EXPECT_EQ(recording::callsOf("Stop").size(), 3U);
 }
 
 TEST_F(Run, isStartedBySetRunAsByAClick) {

@@ -197,7 +197,7 @@ void QzManager::Run() {
 
 void QzManager::Stop() {
     note(true, "Stop");
-    State::instance().letRunEnd();
+    State::instance().stop();
 }
 
 QzBase* QzManager::FindPlugin(const std::string& name) {

@@ -20,7 +20,7 @@
 ///     document FILE                       what ReadDocument of that file name (without folder) appends
 ///       plugin KIND NAME X Y [collapsed]
 ///       bind RECEIVER INPUT SENDER OUTPUT
-///     run returns | blocks                blocks: until Stop, or letRunEnd()
+///     run returns | blocks | deaf         blocks: until Stop, or letRunEnd(); deaf: until letRunEnd()
 ///
 /// Taken from the file that QZ_RECORDING_SCRIPT names, or from setScript(). With QZ_RECORDING_LOG every call is also
 /// appended to that file at once, one a line.

@@ -34,7 +34,8 @@ public:
         } else if (statement == "example") {
             script.examples.push_back({words.at(1), words.at(2), words.at(3), ""});
         } else if (statement == "run") {
-            script.runBlocks = words.at(1) == "blocks";
+            script.runIsDeaf = words.at(1) == "deaf";
+            script.runBlocks = script.runIsDeaf || words.at(1) == "blocks";
         } else {
             readDocument(words);
         }

@@ -39,6 +39,7 @@ struct Script {
     std::vector<QzExample> examples;
     std::map<std::string, Document> documents;
     bool runBlocks = false;
+    bool runIsDeaf = false;  ///< Stop does not end it.
 
     /// @throws std::runtime_error with the line that is not understood.
     static Script parse(const std::string& text);

@@ -3,7 +3,10 @@
 #include "Journal.h"
 #include "Recording.h"
 
+#include <unistd.h>
+
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <utility>
@@ -25,9 +28,24 @@ State::State() {
 void State::run() {
     std::unique_lock lock(mutex);
     running = true;
-    mayEnd = !script.runBlocks;
+    mayEnd = !script.runBlocks || askedToEnd.contains(std::to_string(gettid()));
+    askedToEnd.clear();
     changed.wait(lock, [this] { return mayEnd; });
     running = false;
+}
+
+void State::stop() {
+    const std::lock_guard lock(mutex);
+    if (running) {
+        mayEnd = mayEnd || !script.runIsDeaf;
+        changed.notify_all();
+        return;
+    }
+    askedToEnd.clear();
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        askedToEnd.insert(task.path().filename());
+    }
+    askedToEnd.erase(std::to_string(gettid()));
 }
 
 void State::letRunEnd() {

@@ -5,6 +5,8 @@
 #include <condition_variable>
 #include <functional>
 #include <mutex>
+#include <set>
+#include <string>
 
 namespace recording {
 
@@ -18,6 +20,8 @@ public:
 
     void run();        ///< Returns at once, or after letRunEnd() where the script says that a run blocks.
     void letRunEnd();  ///< Without a run nothing happens.
+    /// Ends the run that is going on unless it is deaf. Without one, it counts for a run whose thread is there already.
+    void stop();
     bool isRunning();
 
 private:
@@ -27,6 +31,7 @@ private:
     std::condition_variable changed;
     bool running = false;
     bool mayEnd = false;
+    std::set<std::string> askedToEnd;  ///< Threads that were there at the last stop without a run.
 };
 
 }  // namespace recording
