@@ -49,6 +49,8 @@ void showAbout() {
         "separately, at least version 16.10.");
     dialog.set_website(websiteAddress());
     dialog.set_website_label("Velmorak Website");
+    // Otherwise the toolkit shows the sign for a picture that is missing.
+    gtk_about_dialog_set_logo_icon_name(dialog.gobj(), nullptr);
     setLogo(dialog);
     dialog.run();
 }

@@ -1,8 +1,11 @@
 #include "pluginwindow.h"
 
 #include "QzManager.h"
+#include "plainText.h"
 #include "summary.h"
 #include "vkWindow.h"
+
+#include <gtkmm/tooltip.h>
 
 #include <cstdint>
 #include <fstream>
@@ -30,6 +33,8 @@ PluginWindow::PluginWindow(vkWindow* main) : mainWindow(main) {
     treeView.set_reorderable(false);
     treeView.append_column("Plugin", columns.name);
     treeView.signal_row_activated().connect(sigc::mem_fun(*this, &PluginWindow::on_treeview_row_activated));
+    // Before the toolkit's own handler, which takes the text for markup.
+    treeView.signal_query_tooltip().connect(sigc::mem_fun(*this, &PluginWindow::tellRow), false);
     treeView.set_tooltip_column(columns.description.index());
     show_all_children();
 }
@@ -81,6 +86,18 @@ void PluginWindow::append(const QzKind& kind, const Collection& collection) {
     if (description != collection.summary.kinds.end()) {
         row->set_value(columns.description, Glib::ustring(description->second));
     }
+}
+
+bool PluginWindow::tellRow(int x, int y, bool isByKey, const Glib::RefPtr<Gtk::Tooltip>& tooltip) {
+    g_signal_stop_emission_by_name(treeView.gobj(), "query-tooltip");
+    Gtk::TreePath path;
+    if (!treeView.get_tooltip_context_path(x, y, isByKey, path)) {
+        return false;
+    }
+    const Glib::ustring text = tree->get_iter(path)->get_value(columns.description);
+    tooltip->set_text(plainText(text));
+    treeView.set_tooltip_row(tooltip, path);
+    return !text.empty();
 }
 
 void PluginWindow::select(Gtk::TreeIter& row) {

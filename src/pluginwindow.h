@@ -21,7 +21,7 @@ public:
         ModelColumns();
 
         Gtk::TreeModelColumn<Glib::ustring> name;         ///< Of a collection on top, of a kind below it.
-        Gtk::TreeModelColumn<Glib::ustring> description;  ///< Tooltip of the row, read as markup by the toolkit.
+        Gtk::TreeModelColumn<Glib::ustring> description;  ///< Tooltip of the row, as plain text.
     };
 
     explicit PluginWindow(vkWindow* main);
@@ -41,6 +41,7 @@ private:
     void pack();
     void begin(const QzKind& kind, Collection& collection);
     void append(const QzKind& kind, const Collection& collection);
+    bool tellRow(int x, int y, bool isByKey, const Glib::RefPtr<Gtk::Tooltip>& tooltip);
 
     vkWindow* mainWindow;
     ModelColumns columns;

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <glibmm/ustring.h>
+#include <gtkmm/dialog.h>
 
 /// Asks with the buttons Yes and No and waits for the answer. Closing the box counts as no.
-bool confirms(const Glib::ustring& question);
+/// @param preferred the answer that Return gives; where there is none, Return presses the button that has the keyboard.
+bool confirms(const Glib::ustring& question, Gtk::ResponseType preferred = Gtk::RESPONSE_NONE);

@@ -12,11 +12,11 @@ bool contains(const std::string& line, std::string_view mark) {
     return line.find(mark) != std::string::npos;
 }
 
-// Out of range, deliberately, for a heading without a name.
+// Empty for a line of dashes and blanks only.
 std::string headingName(const std::string& line) {
     constexpr auto border = "- ";
-    const std::string name = line.substr(line.find_first_not_of(border));
-    return name.substr(0, name.find_last_not_of(border) + 1);
+    const std::size_t first = line.find_first_not_of(border);
+    return first == std::string::npos ? "" : line.substr(first, line.find_last_not_of(border) + 1 - first);
 }
 
 class Reader {
@@ -25,8 +25,7 @@ public:
         if (contains(line, "====")) {
             isInBlock = true;
         } else if (contains(line, "----")) {
-            name = headingName(line);
-            isInBlock = true;
+            takeHeading(headingName(line));
         } else if (isInBlock) {
             takeInBlock(line);
         }
@@ -35,6 +34,13 @@ public:
     Summary summary;
 
 private:
+    void takeHeading(const std::string& heading) {
+        if (!heading.empty()) {
+            name = heading;
+            isInBlock = true;
+        }
+    }
+
     void takeInBlock(const std::string& line) {
         if (line.empty() || line == "Inputs:" || line == "Outputs:") {
             closeBlock();

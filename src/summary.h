@@ -16,5 +16,5 @@ struct Summary {
 /// Lines:   at most 511 characters; a longer one is taken with its first 511 and ends the reading. The last line needs
 ///          its line end: without one, the block that it belongs to is not closed. Carriage returns are not removed.
 /// Content: of a description the first line is kept; every further line adds a bare line break.
-/// @throws std::out_of_range for a heading made of '-' and ' ' only: it has no name to take.
+///          A heading made of '-' and ' ' only has no name to take, and is passed over.
 Summary readSummary(std::istream& text);

@@ -1,6 +1,8 @@
 #include "vkWindow.h"
 
 #include "about.h"
+#include "canvasView.h"
+#include "kindSelector.h"
 #include "plugin.h"
 #include "question.h"
 
@@ -165,6 +167,9 @@ void vkWindow::connectSignals() {
     // answering to, another part than the scrollbars say.
     canvas.signal_size_allocate().connect(
         sigc::hide(sigc::mem_fun(*scroller.get_vadjustment().operator->(), &Gtk::Adjustment::value_changed)), true);
+    canvasView::showTooltips(canvas, scroller);
+    canvasView::scrollByKeys(canvas, scroller);
+    chooseFromListOnly(kindSelector);
     kindSelector.append(selectorHeading);
     kindSelector.set_active(0);
 }
@@ -208,6 +213,7 @@ void vkWindow::on_combo_changed() {
     }
     addPlugin(nullptr, kind);
     kindSelector.set_active(0);  // comes here once more
+    static_cast<Gtk::Widget&>(canvas).grab_focus();
 }
 
 // Deliberately without a limit on either side.
@@ -234,7 +240,7 @@ bool vkWindow::hasChanges() {
 }
 
 void vkWindow::quit() {
-    if (hasChanges() && confirms("Save changes?")) {
+    if (hasChanges() && confirms("Save changes?", Gtk::RESPONSE_YES)) {
         save_call();
     }
     hide();

@@ -1,4 +1,5 @@
 #include "canvasItems.h"
+#include "canvasView.h"
 #include "colours.h"
 #include "plugin.h"
 #include "vkWindow.h"
@@ -59,6 +60,9 @@ void vkWindow::addPlugin(QzBase* object, Glib::ustring name) {
         replaceTwin(*node);
     }
     giveName(node->uniqueName, *node);
+    if (!object) {
+        canvasView::bringIntoView(canvas, scroller, node->box);
+    }
     modified = true;
 }
 

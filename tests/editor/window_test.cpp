@@ -1,7 +1,9 @@
 #include "EditorTest.h"
+#include "Widgets.h"
 
 #include <gdkmm/pixbuf.h>
 #include <gtkmm/aboutdialog.h>
+#include <gtkmm/image.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -155,6 +157,18 @@ TEST_F(Window, quitAsksWhereSomethingChangedAndNoDoesNotSave) {
     EXPECT_THAT(recording::callsOf("DocumentText"), ElementsAre());
 }
 
+TEST_F(Window, quitSavesByReturn) {
+    add("Adder");
+    std::pair<bool, bool> isYes;
+    answerNext(Gtk::RESPONSE_NO, [&isYes](Gtk::Dialog& shown) {
+        const Gtk::Widget* yes = shown.get_widget_for_response(Gtk::RESPONSE_YES);
+        isYes = {shown.get_default_widget() == yes, shown.get_focus() == yes};
+    });
+    window->quit();
+    EXPECT_TRUE(isYes.first);
+    EXPECT_TRUE(isYes.second);
+}
+
 TEST_F(Window, quitHidesAlsoWhenTheQuestionIsClosed) {
     add("Adder");
     answerNext(Gtk::RESPONSE_DELETE_EVENT);
@@ -232,6 +246,18 @@ protected:
         return width;
     }
 
+    /// Whether the about box shows any picture.
+    bool isAnyShown() {
+        bool isAny = false;
+        answerNext(Gtk::RESPONSE_CANCEL, [&isAny](Gtk::Dialog& shown) {
+            for (const Gtk::Image* image : widgetsIn<Gtk::Image>(shown)) {
+                isAny = isAny || (image->get_mapped() && image->get_storage_type() != Gtk::IMAGE_EMPTY);
+            }
+        });
+        activate("About");
+        return isAny;
+    }
+
     void write(const char* text) { std::ofstream(folder / ".VelmorakGtk/velko_lin.svg") << text; }
 
     std::filesystem::path folder;
@@ -243,13 +269,16 @@ TEST_F(Logo, isTheOneInTheHomeFolder) {
     // A picture's format is told by its content: this one is three pixels wide.
     write("P3\n3 1\n255\n0 0 0 0 0 0 0 0 0\n");
     EXPECT_EQ(widthOfLogo(), 3);
+    EXPECT_TRUE(isAnyShown());
 }
 
 TEST_F(Logo, isLeftOutWhereThereIsNone) {
     EXPECT_EQ(widthOfLogo(), 0);
+    EXPECT_FALSE(isAnyShown());
 }
 
 TEST_F(Logo, isLeftOutWhereTheFileIsNoPicture) {
     write("not a picture");
     EXPECT_EQ(widthOfLogo(), 0);
+    EXPECT_FALSE(isAnyShown());
 }

@@ -1,7 +1,5 @@
 #include "DialogTest.h"
 
-#include <stdexcept>
-
 namespace {
 
 using ::testing::ElementsAre;
@@ -59,8 +57,9 @@ TEST_F(PluginWindowTest, windowsLineEndsLeaveTheKindsWithoutDescription) {
     EXPECT_THAT(list().rows(), ElementsAre("Arithmetic|", "  Adder|", "  Divider|", "Data|", "  Reader|"));
 }
 
-TEST_F(PluginWindowTest, aHeadingWithoutANameStopsTheFilling) {
-    EXPECT_THROW(restartWithSummary("----\n"), std::out_of_range);
+TEST_F(PluginWindowTest, aHeadingWithoutANameIsPassedOver) {
+    restartWithSummary("----\n---- Divider ----\nDivides.\n\n");
+    EXPECT_THAT(list().rows(), ElementsAre("Arithmetic|", "  Adder|", "  Divider|Divides.", "Data|", "  Reader|"));
 }
 
 TEST_F(PluginWindowTest, theFolderIsTakenAsItStandsWithoutASeparator) {
