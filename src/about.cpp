@@ -1,6 +1,8 @@
 #include "about.h"
 #include "visible.h"
 
+#include "question.h"
+
 #include <gdkmm/pixbuf.h>
 #include <glibmm/convert.h>
 #include <gtkmm/aboutdialog.h>
@@ -39,6 +41,7 @@ void setLogo(Gtk::AboutDialog& dialog) {
 }  // namespace
 
 void showAbout() {
+    const DialogsStepBack inFront;
     Gtk::AboutDialog dialog;
     dialog.set_program_name("Velmorak(Gtk)");
     dialog.set_version("0.2");

@@ -3,6 +3,7 @@
 #include <gtkmm/box.h>
 #include <gtkmm/entry.h>
 #include <gtkmm/label.h>
+#include <gtkmm/scrolledwindow.h>
 #include <gtkmm/toolbutton.h>
 #include <gtkmm/window.h>
 
@@ -24,6 +25,7 @@ public:
     sendButton(std::shared_ptr<plugin*> node, Gtk::Entry* entry, int index, varWindow* dialog);
 
     void send();
+    void tellOf(const Glib::ustring& row);  ///< What it does, by pointer and for a screen reader.
 
 private:
     std::shared_ptr<plugin*> node;
@@ -57,14 +59,19 @@ public:
     void on_ok();
     void exit();
 
+    /// While a question is open, the dialog is not kept above it. Calls may be nested; each has its comeBack.
+    void stepBack();
+    void comeBack();
+
 private:
     QzBase* object() const;  ///< Null when the plug-in is gone.
     void buildButtons();
     void addRow(const Glib::ustring& label, Gtk::Entry& entry, int index);
-    void addSendButton(Gtk::Entry& entry, int index);
+    void addSendButton(const Glib::ustring& label, Gtk::Entry& entry, int index);
     void show(Gtk::Entry& entry, const QzBase::Input& input);
     void setText(Gtk::Entry& entry, const Glib::ustring& text, const std::string& stored);
     bool isEdited(const Gtk::Entry& entry, const std::string& stored) const;
+    void fitToScreen();
     void removeRows();
     void updateRows();
     void applyName();
@@ -77,6 +84,8 @@ private:
     Gtk::VBox entryColumn{false, 0};
     Gtk::VBox sendColumn{false, 0};
     Gtk::VBox outerBox{false, 0};
+    Gtk::ScrolledWindow scroller;  ///< Around the fields where they are higher than the screen; else without a place.
+    int openQuestions = 0;
     std::vector<Gtk::Entry*> valueEntries;  ///< Of the inputs' rows; position i is input i.
     Gtk::Entry* nameEntry = nullptr;
     std::shared_ptr<plugin*> node;                          ///< Leads to null when the node is gone.

@@ -1,8 +1,12 @@
+#include "ValueEntry.h"
 #include "plugin.h"
 #include "varWindow.h"
 #include "vkWindow.h"
 
 #include <QzManager.h>
+#include <atkmm/object.h>
+#include <gdkmm/display.h>
+#include <gdkmm/monitor.h>
 #include <gtkmm/button.h>
 #include <gtkmm/stock.h>
 
@@ -53,6 +57,12 @@ sendButton::sendButton(std::shared_ptr<plugin*> node, Gtk::Entry* entry, int ind
     signal_clicked().connect(sigc::mem_fun(*this, &sendButton::send));
 }
 
+void sendButton::tellOf(const Glib::ustring& row) {
+    const Glib::ustring purpose = index < 0 ? "Apply the new name" : "Send " + row + " to the library once more";
+    set_tooltip_text(purpose);
+    get_child()->get_accessible()->set_name(purpose);
+}
+
 void sendButton::send() {
     if (!*node) {
         return;
@@ -88,6 +98,8 @@ varWindow::varWindow(vkWindow* main, plugin* edited) : mainWindow(main), node(ed
     fieldsRow.add(sendColumn);
     outerBox.add(fieldsRow);
     outerBox.add(buttonRow);
+    outerBox.show_all();
+    fitToScreen();
     set_keep_above(true);
     add(outerBox);
     show_all();
@@ -119,12 +131,12 @@ void varWindow::createFields() {
     if (!edited) {
         return;
     }
-    nameEntry = Gtk::make_managed<Gtk::Entry>();
+    nameEntry = Gtk::make_managed<ValueEntry>();
     setText(*nameEntry, edited->GetName(), edited->GetName());
     addRow("Name", *nameEntry, -1);
     for (std::size_t i = 0; i < edited->Inputs().size(); ++i) {
         const QzBase::Input& input = edited->Inputs()[i];
-        auto* entry = Gtk::make_managed<Gtk::Entry>();
+        auto* entry = Gtk::make_managed<ValueEntry>();
         valueEntries.push_back(entry);
         inputNames.push_back(input.name);
         show(*entry, input);
@@ -135,11 +147,13 @@ void varWindow::createFields() {
 void varWindow::addRow(const Glib::ustring& label, Gtk::Entry& entry, int index) {
     labelColumn.add(*Gtk::make_managed<Gtk::Label>(label));
     entryColumn.add(entry);
-    addSendButton(entry, index);
+    addSendButton(label, entry, index);
 }
 
-void varWindow::addSendButton(Gtk::Entry& entry, int index) {
-    sendColumn.add(*Gtk::make_managed<sendButton>(node, &entry, index, this));
+void varWindow::addSendButton(const Glib::ustring& label, Gtk::Entry& entry, int index) {
+    auto* button = Gtk::make_managed<sendButton>(node, &entry, index, this);
+    button->tellOf(label);
+    sendColumn.add(*button);
 }
 
 // What feeds the input, in grey and not to be edited; its value where nothing does.
@@ -152,6 +166,7 @@ void varWindow::show(Gtk::Entry& entry, const QzBase::Input& input) {
     } else {
         entry.unset_color(entry.get_state_flags());
     }
+    dynamic_cast<ValueEntry&>(entry).assist(input);
 }
 
 // An entry shows at most 65,534 characters, and none from a U+0000 on.
@@ -243,8 +258,56 @@ void varWindow::on_apply() {
     } else {
         updateRows();
     }
+    outerBox.show_all();
+    fitToScreen();
     show_all();
     Gtk::Window::show();
+}
+
+// The window has the size that its rows ask for; the rest of the screen is for its buttons and its frame.
+void varWindow::fitToScreen() {
+    const auto screenHeight = [this] {
+        Gdk::Rectangle area;
+        const auto display = mainWindow->get_display();
+        const auto shown = mainWindow->get_window();
+        (shown ? display->get_monitor_at_window(shown) : display->get_monitor(0))->get_workarea(area);
+        return area.get_height();
+    };
+    const auto heightOf = [](const Gtk::Widget& widget) {
+        int minimum = 0;
+        int natural = 0;
+        widget.get_preferred_height(minimum, natural);
+        return natural;
+    };
+    constexpr int frame = 60;
+    const int most = screenHeight() - heightOf(buttonRow) - frame;
+    const bool isTooHigh = heightOf(fieldsRow) > most;
+    const bool isScrolled = scroller.get_parent() != nullptr;
+    if (isTooHigh && !isScrolled) {
+        outerBox.remove(fieldsRow);
+        scroller.add(fieldsRow);
+        outerBox.add(scroller);
+        outerBox.reorder_child(scroller, 0);
+    } else if (!isTooHigh && isScrolled) {
+        outerBox.remove(scroller);
+        scroller.remove();
+        outerBox.add(fieldsRow);
+        outerBox.reorder_child(fieldsRow, 0);
+    }
+    scroller.set_policy(Gtk::POLICY_NEVER, Gtk::POLICY_AUTOMATIC);
+    scroller.set_overlay_scrolling(false);
+    scroller.set_min_content_height(isTooHigh ? most : -1);
+}
+
+void varWindow::stepBack() {
+    ++openQuestions;
+    set_keep_above(false);
+}
+
+void varWindow::comeBack() {
+    if (openQuestions > 0 && --openQuestions == 0) {
+        set_keep_above(true);
+    }
 }
 
 void varWindow::removeRows() {
@@ -271,7 +334,7 @@ void varWindow::updateRows() {
         show(entry, input);
         valueEntries.push_back(&entry);
         inputNames.push_back(input.name);
-        addSendButton(entry, static_cast<int>(k));
+        addSendButton(input.name, entry, static_cast<int>(k));
     }
 }
 

@@ -43,6 +43,7 @@ std::string withExtension(const std::string& name) {
 
 // @return the name to save under, empty when the user gave up.
 std::string askForName() {
+    const DialogsStepBack inFront;
     Gtk::FileChooserDialog chooser("Save as", Gtk::FILE_CHOOSER_ACTION_SAVE);
     prepare(chooser, "Save");
     while (choose(chooser)) {
@@ -60,6 +61,7 @@ std::string askForName() {
 
 // @return the document to open, empty when the user gave up.
 std::string askForDocument() {
+    const DialogsStepBack inFront;
     Gtk::FileChooserDialog chooser("Open", Gtk::FILE_CHOOSER_ACTION_OPEN);
     prepare(chooser, "Open");
     return chooser.run() == Gtk::RESPONSE_OK ? chooser.get_filename() : std::string();

@@ -25,7 +25,8 @@ constexpr std::size_t mostColumns = 40;
 
 std::string onOneLine(const std::string& name) {
     std::string line = validUtf8(name);
-    std::ranges::replace_if(line, [](unsigned char c) { return c < 0x20; }, ' ');
+    std::ranges::replace_if(
+        line, [](unsigned char c) { return c < 0x20; }, ' ');
     return line;
 }
 

@@ -45,7 +45,8 @@ protected:
     /// What the output says behind the kind's own description and its type.
     std::string columnsOf(const std::string& name) {
         QzBase& node = *manager->FindPlugin(name);
-        const std::string plain = shippedKind(node.GetKind()->name).ports({}).outputs.front().description + "\nType: table";
+        const std::string plain =
+            shippedKind(node.GetKind()->name).ports({}).outputs.front().description + "\nType: table";
         const std::string& said = node.FullOutputs().front()->description;
         EXPECT_EQ(said.substr(0, plain.size()), plain);
         return said.substr(plain.size());

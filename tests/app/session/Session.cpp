@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <regex>
+#include <sstream>
 
 namespace {
 
@@ -133,6 +134,62 @@ bool Session::select(const SavedPipeline& shown, const std::string& name) {
         const ScreenArea box = look().find(selectedFills, canvasArea);
         return box.width > 0 && isNear(box.x, originX + node.x) && isNear(box.y, originY + node.y);
     });
+}
+
+std::string Session::shownWindow(const std::string& type) const {
+    std::istringstream windows(
+        desktop.act({"search", "--onlyvisible", "--all", "--pid", std::to_string(editor->id()), "--class", "."}));
+    for (std::string shown; std::getline(windows, shown);) {
+        Process ask({"xprop", "-id", shown, "_NET_WM_WINDOW_TYPE"}, desktop.setting({}));
+        ask.wait();
+        if (ask.output().find("_NET_WM_WINDOW_TYPE_" + type) != std::string::npos) {
+            return shown;
+        }
+    }
+    return "";
+}
+
+bool Session::pointAtStart() {
+    const ScreenArea box = look().find(startFills, canvasArea);
+    const std::string y = std::to_string(box.y + static_cast<int>(handleHeight));
+    desktop.act({"mousemove", std::to_string(box.x + box.width / 2), y, "mousemove",
+                 std::to_string(box.x + box.width / 2 + 2), y});
+    return waitFor([this] { return !shownWindow("TOOLTIP").empty(); });
+}
+
+void Session::move(const std::string& title, int x, int y) {
+    const std::string moved = find(title);
+    desktop.act({"windowmove", moved, std::to_string(x), std::to_string(y)});
+    waitFor([&] { return desktop.areaOf(moved).x >= x; });
+}
+
+std::string Session::askToQuit() {
+    desktop.activate(window);
+    desktop.pressKeys({"ctrl+q"});
+    std::string question;
+    waitFor([&] {
+        question = shownWindow("DIALOG");
+        return !question.empty();
+    });
+    return question;
+}
+
+std::vector<std::string> Session::stack() const {
+    Process ask({"xprop", "-root", "_NET_CLIENT_LIST_STACKING"}, desktop.setting({}));
+    ask.wait();
+    const std::string said = ask.output();
+    const std::regex number("0x[0-9a-f]+");
+    std::vector<std::string> windows;
+    for (std::sregex_iterator found(said.begin(), said.end(), number), end; found != end; ++found) {
+        windows.push_back(std::to_string(std::stoul(found->str(), nullptr, 16)));
+    }
+    return windows;
+}
+
+bool Session::quitByReturn(const std::string& question) {
+    desktop.activate(question);
+    desktop.pressKeys({"Return"});
+    return editor->wait(20000) == 0;
 }
 
 bool Session::openVariables(const std::string& name) {

@@ -34,6 +34,8 @@ public:
     bool run(const std::string& lastPlugin);
     /// Selects a box of the pipeline that is shown.
     bool select(const SavedPipeline& shown, const std::string& name);
+    /// Points at the start plug-in's box and waits for the toolkit's tooltip. @return whether one came.
+    bool pointAtStart();
     /// Opens the variables of the selected plug-in.
     bool openVariables(const std::string& name);
     /// Replaces the text of a row of the dialog that has the keyboard in its first row; row 0 is the name.
@@ -41,6 +43,17 @@ public:
     /// Clicks on a button of the variables dialog: 0 "OK", 1 "Apply", 2 "Cancel".
     void pressButton(const std::string& title, int button);
     bool isGone(const std::string& title);
+    /// Puts the window of that title there.
+    void move(const std::string& title, int x, int y);
+    /// Has the program ask its question before it ends, and waits for it. @return its window, empty when none came.
+    std::string askToQuit();
+    /// Windows of the desktop, from the one behind to the one in front.
+    std::vector<std::string> stack() const;
+    std::string windowOf(const std::string& title) const { return find(title); }
+    ScreenArea areaOf(const std::string& shown) const { return desktop.areaOf(shown); }
+    void click(int x, int y) const { desktop.click(x, y); }
+    /// Presses Return in that window. @return whether the program ended with status 0.
+    bool quitByReturn(const std::string& question);
     bool saveAs(const std::filesystem::path& file);
     /// Presses a key in the main window and waits until the file is there.
     bool makes(const std::string& key, const std::filesystem::path& file);
@@ -63,6 +76,7 @@ private:
     std::string find(const std::string& title) const;
     bool activate(const std::string& title);
     Screen look();
+    std::string shownWindow(const std::string& type) const;  ///< A window of the program of that type.
     std::filesystem::path pictureFile(const std::string& step) const;
 
     std::string name;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <sstream>
 
 namespace {
 
@@ -39,6 +40,42 @@ TEST_F(Windows, theCollectionPlacesAPluginAndTheAboutBoxAnswers) {
     session.cancel();
     ASSERT_TRUE(session.isGone("About Velmorak.Gtk."));
     EXPECT_TRUE(session.quit());
+}
+
+TEST_F(Windows, pointingAtABoxShowsWhatItIs) {
+    ASSERT_TRUE(session.start({example.string()}));
+    ASSERT_TRUE(session.seesPipeline());
+    EXPECT_TRUE(session.pointAtStart());
+    session.picture("tooltip");
+    EXPECT_EQ(session.errors(), "");
+    EXPECT_TRUE(session.quit());
+}
+
+TEST_F(Windows, theQuestionStandsInFrontOfAVariablesDialogAndReturnSaves) {
+    const fs::path document = session.folder() / "own.zedra";
+    fs::copy_file(example, document);
+    fs::copy(example.parent_path(), session.folder(), fs::copy_options::recursive | fs::copy_options::skip_existing);
+    ASSERT_TRUE(session.start({document.string()}));
+    ASSERT_TRUE(session.seesPipeline());
+    ASSERT_TRUE(session.select(SavedPipeline::read(document), "Peak"));
+    ASSERT_TRUE(session.openVariables("Peak"));
+    session.type(4, "31");
+    session.pressButton("Peak Variables", 1);
+    session.picture("Peak Variables", "variables");
+    const std::string question = session.askToQuit();
+    ASSERT_FALSE(question.empty());
+    const ScreenArea place = session.areaOf(question);
+    session.move("Peak Variables", place.x - 20, place.y - 20);
+    session.click(place.x - 10, place.y - 10);
+    const std::vector<std::string> stack = session.stack();
+    const auto positionOf = [&stack](const std::string& window) { return std::ranges::find(stack, window); };
+    ASSERT_NE(positionOf(question), stack.end());
+    EXPECT_LT(positionOf(session.windowOf("Peak Variables")), positionOf(question));
+    session.picture("Peak Variables", "behind");
+    EXPECT_TRUE(session.quitByReturn(question));
+    std::ostringstream text;
+    text << std::ifstream(document).rdbuf();
+    EXPECT_NE(text.str().find("\"31\""), std::string::npos);
 }
 
 /// The example with every plug-in moved to the upper end of the canvas, where an exported image begins.

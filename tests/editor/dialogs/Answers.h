@@ -25,6 +25,7 @@ public:
     /// The chooser with this title: types the name into the folder that is given, and presses the accepting button.
     void save(const std::filesystem::path& file);
     void open(const std::filesystem::path& file);
+    void choose(const std::string& title, const std::filesystem::path& file);
     void press(const std::string& title, int response);
 
     /// As the window manager does it.
@@ -39,7 +40,6 @@ private:
     };
 
     void expect(const std::string& dialog, std::function<bool(Gtk::Dialog&)> give);
-    void choose(const std::string& title, const std::filesystem::path& file);
     bool look();
     void onResponse(int response);
     void giveUp(const std::string& why);

@@ -1,0 +1,147 @@
+#include "ValueEntry.h"
+
+#include "plainText.h"
+#include "question.h"
+
+#include <gdk/gdkkeysyms.h>
+#include <glibmm/convert.h>
+#include <gtkmm/accelgroup.h>
+#include <gtkmm/entrycompletion.h>
+#include <gtkmm/filechooserdialog.h>
+#include <gtkmm/liststore.h>
+
+#include <algorithm>
+#include <iostream>
+#include <sstream>
+
+namespace {
+
+struct ChoiceColumns : public Gtk::TreeModel::ColumnRecord {
+    ChoiceColumns() { add(text); }
+
+    Gtk::TreeModelColumn<Glib::ustring> text;
+};
+
+/// The rest of the line of the description that begins so; empty where there is none.
+std::string lineAfter(const std::string& description, const std::string& beginning) {
+    std::istringstream lines(description);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with(beginning)) {
+            return line.substr(beginning.size());
+        }
+    }
+    return {};
+}
+
+std::vector<std::string> choicesIn(const std::string& description) {
+    std::vector<std::string> choices;
+    const std::string separator = ", ";
+    std::string rest = lineAfter(description, "Type: choice of ");
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find(separator), rest.size());
+        choices.push_back(rest.substr(0, end));
+        rest.erase(0, end + separator.size());
+    }
+    return choices;
+}
+
+}  // namespace
+
+ValueEntry::ValueEntry() {
+    signal_key_press_event().connect(sigc::mem_fun(*this, &ValueEntry::openChoices), false);
+    signal_icon_press().connect(sigc::mem_fun(*this, &ValueEntry::chooseFile));
+}
+
+void ValueEntry::assist(const QzBase::Input& input) {
+    const bool isFed = input.source != nullptr;
+    set_tooltip_text(plainText(input.description));
+    offer(isFed ? std::vector<std::string>() : choicesIn(input.description));
+    offerFiles(!isFed && lineAfter(input.description, "Type: file") == " to read");
+    fitToText();
+}
+
+void ValueEntry::fitToText() {
+    constexpr Glib::ustring::size_type mostCharacters = 60;
+    constexpr int narrowest = 150;  // pixels that the toolkit gives to any entry
+    const Glib::ustring text = get_text();
+    const auto count = static_cast<int>(std::min(text.size(), mostCharacters));
+    int width = 0;
+    int height = 0;
+    create_pango_layout(text.substr(0, mostCharacters))->get_pixel_size(width, height);
+    const Pango::FontMetrics metrics = get_pango_context()->get_metrics(get_pango_context()->get_font_description());
+    const int ofOne = std::max(metrics.get_approximate_char_width(), metrics.get_approximate_digit_width());
+    const int characters = std::max(count, width * PANGO_SCALE / std::max(ofOne, 1) + 1);
+    const bool isNarrow = width <= narrowest;
+    set_width_chars(isNarrow ? -1 : std::min(characters, static_cast<int>(mostCharacters)));
+}
+
+void ValueEntry::offer(const std::vector<std::string>& offered) {
+    choices = offered;
+    if (choices.empty()) {
+        gtk_entry_set_completion(gobj(), nullptr);
+        return;
+    }
+    const ChoiceColumns columns;
+    const auto list = Gtk::ListStore::create(columns);
+    for (const std::string& choice : choices) {
+        list->append()->set_value(columns.text, plainText(choice));
+    }
+    const auto completion = Gtk::EntryCompletion::create();
+    completion->set_model(list);
+    completion->set_text_column(columns.text);
+    completion->set_minimum_key_length(0);
+    completion->set_match_func(sigc::mem_fun(*this, &ValueEntry::isOffered));
+    set_completion(completion);
+}
+
+// Those that go on as the text does; all of them where the text leads to none, or is one already.
+bool ValueEntry::isOffered(const Glib::ustring& /*key*/, const Gtk::TreeModel::const_iterator& row) const {
+    const Glib::ustring typed = get_text().casefold();
+    const auto goesOn = [&typed](const Glib::ustring& choice) {
+        const Glib::ustring folded = choice.casefold();
+        return folded != typed && folded.raw().starts_with(typed.raw());
+    };
+    Glib::ustring choice;
+    row->get_value(0, choice);
+    return goesOn(choice) || std::none_of(choices.begin(), choices.end(), goesOn);
+}
+
+bool ValueEntry::openChoices(GdkEventKey* event) {
+    const bool isDown = event->keyval == GDK_KEY_Down || event->keyval == GDK_KEY_KP_Down;
+    const bool isAlone = (event->state & Gtk::AccelGroup::get_default_mod_mask()) == 0;
+    const bool isOpen = gtk_grab_get_current() != nullptr;  // The key then goes down in the list.
+    if (choices.empty() || !isDown || !isAlone || isOpen) {
+        return false;
+    }
+    // The toolkit opens its list after a change of the text only.
+    g_signal_emit_by_name(gobj(), "changed");
+    return true;
+}
+
+void ValueEntry::offerFiles(bool isFile) {
+    if (!isFile) {
+        unset_icon(Gtk::ENTRY_ICON_SECONDARY);
+        return;
+    }
+    set_icon_from_icon_name("document-open", Gtk::ENTRY_ICON_SECONDARY);
+    set_icon_tooltip_text("Choose a file", Gtk::ENTRY_ICON_SECONDARY);
+}
+
+void ValueEntry::chooseFile(Gtk::EntryIconPosition /*position*/, const GdkEventButton* /*event*/) {
+    const DialogsStepBack inFront;
+    Gtk::FileChooserDialog chooser("Choose a file", Gtk::FILE_CHOOSER_ACTION_OPEN);
+    if (auto* dialog = dynamic_cast<Gtk::Window*>(get_toplevel())) {
+        chooser.set_transient_for(*dialog);
+    }
+    chooser.add_button("Cancel", Gtk::RESPONSE_CANCEL);
+    chooser.add_button("Open", Gtk::RESPONSE_OK);
+    chooser.set_default_response(Gtk::RESPONSE_OK);
+    if (chooser.run() != Gtk::RESPONSE_OK) {
+        return;
+    }
+    try {
+        set_text(Glib::filename_to_utf8(chooser.get_filename()));
+    } catch (const Glib::Error& failure) {
+        std::cerr << "The file cannot be named here: " << failure.what().raw() << std::endl;
+    }
+}
