@@ -246,7 +246,9 @@ void AidaWalk::endElement(const char* /*name*/) {
             isInPlainRows = false;
             return;
         case State::NestedRow:
-            return rowBuilder->endNestedRow();
+            if (!rowBuilder->endNestedRow())
+                fail(rowBuilder->problem());
+            return;
         case State::Nested:
             return rowBuilder->endNested();
         case State::Tuple:

@@ -16,6 +16,8 @@ namespace velmorak::io {
 namespace {
 
 constexpr std::size_t deepestNested = 16;
+/// A nested row without entries has the defaults of all its columns: a few bytes of the file can ask for many values.
+constexpr std::size_t mostNestedValues = std::size_t{8} << 20U;
 /// The name of a nested column stands in those of all that are in it.
 constexpr std::size_t mostNameBytes = std::size_t{64} << 20U;
 
@@ -248,23 +250,32 @@ void TupleBuilder::missingEntry() {
 
 void TupleBuilder::beginNested() {
     Item* item = nextItem();
+    if (levels.empty()) {
+        nestedValues = 0;
+    }
     // Rows where a single value belongs: the default takes its place.
     if (item != nullptr && !item->isNested)
         putDefault(slots[item->slot]);
     levels.push_back({item != nullptr && item->isNested ? item : nullptr});
 }
 
-void TupleBuilder::endNestedRow() {
+bool TupleBuilder::endNestedRow() {
     Item* item = levels.back().item;
+    nestedValues += item == nullptr ? 0 : item->children.size() + 1;
+    if (nestedValues > mostNestedValues) {
+        reason = fmt::format("there are more than {} values in the nested rows of one row", mostNestedValues);
+        return false;
+    }
     while (item != nullptr && levels.back().position < item->children.size())
         missingEntry();
     levels.back().position = 0;
     ++levels.back().rows;
     if (item == nullptr)
-        return;
+        return true;
     ++item->rows;
     if (item->rowSlot != Item::none)
         std::get<Column::Integers>(slots[item->rowSlot].column.values).push_back(levels[levels.size() - 2].item->rows);
+    return true;
 }
 
 void TupleBuilder::endNested() {

@@ -31,7 +31,8 @@ public:
     /// The next entry is not there: its default takes the place.
     void missingEntry();
     void beginNested();
-    void endNestedRow();
+    /// @return false when there are too many in one row; problem() says so.
+    bool endNestedRow();
     void endNested();
     void endRow();
 
@@ -97,8 +98,9 @@ private:
     std::vector<std::string> sentences;
     std::string reason;
     bool hasExtra = false;
-    std::vector<Level> levels;  ///< From the outermost to the one that is being read.
-    std::size_t position = 0;   ///< Of the next entry in the row.
+    std::size_t nestedValues = 0;  ///< In the nested column that is being read.
+    std::vector<Level> levels;     ///< From the outermost to the one that is being read.
+    std::size_t position = 0;      ///< Of the next entry in the row.
     std::size_t rowCount = 0;
 };
 

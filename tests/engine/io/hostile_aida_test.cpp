@@ -194,6 +194,16 @@ TEST_F(HostileAida, hasALimitForItsColumns) {
     EXPECT_THAT(failureOf([&] { listAida(file, run); }), HasSubstr("more than 1048576 columns"));
 }
 
+TEST_F(HostileAida, hasALimitForTheNestedRowsOfOneRow) {
+    const std::string booking = "trk={double a" + repeated(",a", 100'000) + "}";
+    const auto file = aidaWith("<tuple name='t'><columns><column type='ITuple' name='" + booking +
+                               "'/></columns><rows><row><entryITuple><row/></entryITuple></row><row><entryITuple>" +
+                               repeated("<row/>", 200) + "</entryITuple></row></rows></tuple>");
+    const Rows rows = readRows(file, "/t", run);
+    EXPECT_EQ(rows.count(), 1U);
+    EXPECT_THAT(rows.failure, HasSubstr("there are more than 8388608 values in the nested rows of one row"));
+}
+
 TEST_F(HostileAida, isWarnedOfWhereItsCheckSumIsWrong) {
     const std::string text = "<aida>" + oneTuple + std::string(300'000, ' ') + oneTuple + "</aida>";
     std::string bytes = gzipped(text);
