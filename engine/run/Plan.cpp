@@ -1,5 +1,6 @@
 #include "Plan.h"
 
+#include "Cycles.h"
 #include "NodeArguments.h"
 #include "Visible.h"
 
@@ -262,65 +263,9 @@ std::string Plan::shapeObjection(std::size_t node) const {
     return isStream(node) && shapes[node] != Shape::Source && !first ? "no table is wired" : "";
 }
 
-/// Those of the plug-ins without a place in the order that can be reached from themselves, by the cycles that they
-/// share, each in the order of the pipeline: the strongly connected components, found as by Tarjan (1972), without
-/// recursion.
+/// Of the plug-ins that have no place in the order yet.
 std::vector<std::vector<std::size_t>> Plan::cycleMembers() const {
-    constexpr std::size_t none = SIZE_MAX;
-    struct Visit {
-        std::size_t node;
-        std::size_t nextConsumer;
-    };
-    std::vector<std::vector<std::size_t>> components;
-    std::vector<std::size_t> number(pipeline.nodes.size(), none);
-    std::vector<std::size_t> lowest(pipeline.nodes.size(), none);
-    std::vector<bool> isOpen(pipeline.nodes.size(), false);
-    std::vector<std::size_t> open;
-    std::size_t numbers = 0;
-    for (std::size_t first = 0; first < pipeline.nodes.size(); ++first) {
-        std::vector<Visit> visits;
-        const auto enter = [&](std::size_t node) {
-            number[node] = lowest[node] = numbers++;
-            isOpen[node] = true;
-            open.push_back(node);
-            visits.push_back({node, 0});
-        };
-        if (unordered[first] && number[first] == none) {
-            enter(first);
-        }
-        while (!visits.empty()) {
-            const std::size_t node = visits.back().node;
-            if (visits.back().nextConsumer < consumersOf[node].size()) {
-                const std::size_t consumer = consumersOf[node][visits.back().nextConsumer++];
-                if (number[consumer] == none) {
-                    enter(consumer);
-                } else if (isOpen[consumer]) {
-                    lowest[node] = std::min(lowest[node], number[consumer]);
-                }
-                continue;
-            }
-            visits.pop_back();
-            if (!visits.empty()) {
-                lowest[visits.back().node] = std::min(lowest[visits.back().node], lowest[node]);
-            }
-            if (lowest[node] == number[node]) {
-                const auto begin = std::find(open.rbegin(), open.rend(), node).base() - 1;
-                components.emplace_back(begin, open.end());
-                open.erase(begin, open.end());
-                for (const std::size_t member : components.back()) {
-                    isOpen[member] = false;
-                }
-            }
-        }
-    }
-    std::erase_if(components, [this](const std::vector<std::size_t>& members) {
-        const std::vector<std::size_t>& fed = consumersOf[members.front()];
-        return members.size() == 1 && std::find(fed.begin(), fed.end(), members.front()) == fed.end();
-    });
-    for (std::vector<std::size_t>& members : components) {
-        std::sort(members.begin(), members.end());
-    }
-    return components;
+    return cyclesOf(consumersOf, unordered);
 }
 
 /// The first plug-in of a cycle names it, the others name the first.
@@ -364,7 +309,7 @@ std::string Plan::cycleSentence(std::size_t node, const std::vector<bool>& isMem
         way += " -> (" + textOf(static_cast<double>(others - mostNamed + 1)) + " more)";
     }
     const std::string name = "\"" + shortened(pipeline.nodes[node].name) + "\"";
-    const std::string sentence = "its result would feed itself: " + name + way + " -> " + name;
+    std::string sentence = "its result would feed itself: " + name + way + " -> " + name;
     for (const PipelineInput& input : pipeline.nodes[node].inputs) {
         if (input.wire && input.wire->node == before) {
             return aboutInput(input.spec.name, sentence);

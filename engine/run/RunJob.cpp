@@ -51,7 +51,7 @@ bool RunJob::wait(const Runner::Grace& grace) {
 }
 
 std::vector<std::size_t> RunJob::leaveBehind() {
-    const std::vector<std::size_t> deaf = ledger->underWay();
+    std::vector<std::size_t> deaf = ledger->underWay();
     ledger->leaveBehind();
     listener.close();
     messages->silence();

@@ -1,0 +1,100 @@
+#include "Cycles.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+namespace velmorak {
+namespace {
+
+class CycleSearch {
+public:
+    CycleSearch(const std::vector<std::vector<std::size_t>>& next, const std::vector<bool>& isAsked)
+        : next(next), isAsked(isAsked), number(next.size(), none), lowest(next.size(), none), isOpen(next.size()) {}
+
+    std::vector<std::vector<std::size_t>> cycles() {
+        for (std::size_t node = 0; node < next.size(); ++node) {
+            if (isAsked[node] && number[node] == none) {
+                enter(node);
+                while (!visits.empty()) {
+                    step();
+                }
+            }
+        }
+        return std::move(found);
+    }
+
+private:
+    static constexpr std::size_t none = SIZE_MAX;
+    struct Visit {
+        std::size_t node;
+        std::size_t edge;  ///< To be followed next.
+    };
+
+    void enter(std::size_t node) {
+        number[node] = lowest[node] = numbers++;
+        isOpen[node] = true;
+        open.push_back(node);
+        visits.push_back({node, 0});
+    }
+
+    void step() {
+        Visit& visit = visits.back();
+        if (visit.edge == next[visit.node].size()) {
+            leave(visit.node);
+            return;
+        }
+        const std::size_t from = visit.node;
+        const std::size_t to = next[from][visit.edge++];
+        if (isAsked[to] && number[to] == none) {
+            enter(to);
+        } else if (isOpen[to]) {
+            lowest[from] = std::min(lowest[from], number[to]);
+        }
+    }
+
+    void leave(std::size_t node) {
+        visits.pop_back();
+        if (!visits.empty()) {
+            std::size_t& before = lowest[visits.back().node];
+            before = std::min(before, lowest[node]);
+        }
+        if (lowest[node] == number[node]) {
+            close(node);
+        }
+    }
+
+    /// All that is open from the node on is one component.
+    void close(std::size_t node) {
+        const auto begin = std::find(open.rbegin(), open.rend(), node).base() - 1;
+        std::vector<std::size_t> members(begin, open.end());
+        open.erase(begin, open.end());
+        for (const std::size_t member : members) {
+            isOpen[member] = false;
+        }
+        const bool feedsItself = std::find(next[node].begin(), next[node].end(), node) != next[node].end();
+        if (members.size() > 1 || feedsItself) {
+            std::sort(members.begin(), members.end());
+            found.push_back(std::move(members));
+        }
+    }
+
+    const std::vector<std::vector<std::size_t>>& next;
+    const std::vector<bool>& isAsked;
+    std::vector<std::size_t> number;  ///< In the order of entering.
+    std::vector<std::size_t> lowest;  ///< Number that can be reached from the node.
+    std::vector<bool> isOpen;         ///< Entered, and in no component yet.
+    std::vector<std::size_t> open;
+    std::vector<Visit> visits;
+    std::size_t numbers = 0;
+    std::vector<std::vector<std::size_t>> found;
+};
+
+}  // namespace
+
+std::vector<std::vector<std::size_t>> cyclesOf(const std::vector<std::vector<std::size_t>>& next,
+                                               const std::vector<bool>& isAsked) {
+    return CycleSearch(next, isAsked).cycles();
+}
+
+}  // namespace velmorak
