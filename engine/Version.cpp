@@ -1,5 +1,10 @@
 #include "Version.h"
 
+#include <QzVersion.h>
+
+extern "C" const unsigned QzInterfaceVersion;
+const unsigned QzInterfaceVersion = qzVersion;
+
 namespace velmorak {
 
 std::string_view version() {

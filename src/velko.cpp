@@ -1,3 +1,4 @@
+#include "libraryVersion.h"
 #include "toolkit.h"
 #include "vkWindow.h"
 
@@ -6,6 +7,7 @@
 #include <gtkmm/main.h>
 
 #include <cstring>
+#include <iostream>
 
 namespace {
 
@@ -27,6 +29,10 @@ void readArguments(int count, char** arguments, std::string& aidaFile, Glib::ust
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (const std::string objection = libraryObjection(); !objection.empty()) {
+        std::cerr << objection << '\n';
+        return 1;
+    }
     Glib::thread_init();
 
     std::string aidaFile;

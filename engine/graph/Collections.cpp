@@ -59,10 +59,11 @@ std::vector<OfferedKind> kindsOf(const fs::path& object, const std::string& fact
     void* const library = dlopen(object.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr)
         throw std::runtime_error(dlerror());
-    const int version = *static_cast<const int*>(symbolIn(library, "velmorakSdkVersion"));
-    if (version != sdkVersion)
-        throw std::runtime_error("it is made for version " + textOf(version) + " of the kit; this library offers " +
-                                 textOf(sdkVersion));
+    const std::string madeWith = static_cast<const char*>(symbolIn(library, "velmorakSdkHeaders"));
+    if (madeWith != VELMORAK_SDK_VERSION) {
+        throw std::runtime_error("it is made with version " + madeWith +
+                                 " of the kit, and this library with " VELMORAK_SDK_VERSION "; build it again");
+    }
     const auto call = reinterpret_cast<Factory>(symbolIn(library, factory));
     Intake intake(object, object.stem().string());
     call(intake);

@@ -17,7 +17,7 @@ public:
     virtual void add(std::unique_ptr<Kind> kind) = 0;
 };
 
-/// Layout of these headers. A collection made for another one is not loaded.
+/// For authors: counts up with what they must change. What is compared is VELMORAK_SDK_VERSION.
 inline constexpr int sdkVersion = 5;
 
 }  // namespace velmorak
@@ -25,7 +25,7 @@ inline constexpr int sdkVersion = 5;
 /// Put once into each collection, before a body that registers its kinds:
 ///     VELMORAK_COLLECTION(registry) { registry.group("Data"); registry.add(std::make_unique<AidaTable>()); }
 #define VELMORAK_COLLECTION(registry)                                                                       \
-    extern "C" __attribute__((visibility("default"))) const int velmorakSdkVersion;                         \
-    const int velmorakSdkVersion = velmorak::sdkVersion;                                                    \
+    extern "C" __attribute__((visibility("default"))) const char velmorakSdkHeaders[];                      \
+    const char velmorakSdkHeaders[] = VELMORAK_SDK_VERSION;                                                 \
     extern "C" __attribute__((visibility("default"))) void QzAnalysisFactory(velmorak::Registry& registry); \
     void QzAnalysisFactory(velmorak::Registry& registry)

@@ -1,5 +1,6 @@
 #include "RecordedProgram.h"
 
+#include <QzVersion.h>
 #include <gmock/gmock.h>
 
 #include <set>
@@ -55,4 +56,27 @@ TEST(ForeignLibrary, needsToOfferOnlyTheNonVirtualMembersByName) {
         importsOf(VELMORAK_PROGRAM),
         ElementsAre("QzManager::GetExamples", "QzManager::GetListOfPlugins", "QzManager::GetPlugins",
                     "QzManager::QzManager", "QzManager::SetFontSize", "QzManager::loadAIDA", "QzManager::~QzManager"));
+}
+
+TEST(ForeignLibrary, ofAnotherVersionIsRefusedBeforeItIsCalled) {
+    const TemporaryFolder folder;
+    const std::string log = (folder.path() / "calls").string();
+    Process program({VELMORAK_PROGRAM},
+                    {.environment = {{"LD_LIBRARY_PATH", VELMORAK_FOREIGN_OTHER}, {"QZ_RECORDING_LOG", log}},
+                     .folder = folder.path()});
+    EXPECT_EQ(program.wait(), 1);
+    EXPECT_EQ(program.errors(), "velmorak: this program needs version " + std::to_string(qzVersion) +
+                                    " of the analysis library's interface, and QzManager.so offers version " +
+                                    std::to_string(qzVersion + 1) +
+                                    "; install the two from one build, or see LD_LIBRARY_PATH.\n");
+    EXPECT_EQ(contentOf(log), "");
+}
+
+TEST(ForeignLibrary, ofNoVersionIsTakenAtItsWord) {
+    Process recorded({"nm", "--dynamic", "--defined-only", VELMORAK_FOREIGN "/QzManager.so"});
+    recorded.wait();
+    EXPECT_EQ(recorded.output().find(qzVersionName), std::string::npos) << "the tests above run without a version";
+    Process ours({"nm", "--dynamic", "--defined-only", VELMORAK_SHIPPED});
+    ours.wait();
+    EXPECT_NE(ours.output().find(qzVersionName), std::string::npos);
 }

@@ -1,4 +1,4 @@
 #include <velmorak/Kind.h>
 
-extern "C" __attribute__((visibility("default"))) const int velmorakSdkVersion;
-const int velmorakSdkVersion = velmorak::sdkVersion;
+extern "C" __attribute__((visibility("default"))) const char velmorakSdkHeaders[];
+const char velmorakSdkHeaders[] = VELMORAK_SDK_VERSION;

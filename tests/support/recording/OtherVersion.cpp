@@ -1,0 +1,4 @@
+#include <QzVersion.h>
+
+extern "C" __attribute__((visibility("default"))) const unsigned QzInterfaceVersion;
+const unsigned QzInterfaceVersion = qzVersion + 1;
