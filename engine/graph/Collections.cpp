@@ -1,9 +1,13 @@
 #include "Collections.h"
 
 #include "Json.h"
+#include "KindCheck.h"
+#include "LoadingNote.h"
 #include "Say.h"
+#include "SharedObject.h"
 
-#include <dlfcn.h>
+#include "../run/Problem.h"
+
 #include <algorithm>
 #include <set>
 #include <stdexcept>
@@ -16,7 +20,7 @@ namespace fs = std::filesystem;
 
 using Factory = void (*)(Registry&);
 
-/// Takes in the kinds of one collection.
+/// Takes in the kinds of one collection; one that cannot be offered is reported and left out.
 class Intake : public Registry {
 public:
     Intake(fs::path sharedObject, std::string firstGroup)
@@ -28,50 +32,67 @@ public:
     std::vector<OfferedKind> takeKinds() { return std::move(kinds); }
 
 private:
+    void refuse(const std::string& name, const std::string& reason) const;
+    std::string objectionTo(const Kind& kind, const QzKind& record) const;
+
     fs::path object;
     std::string currentGroup;
     std::vector<OfferedKind> kinds;
 };
 
 void Intake::add(std::unique_ptr<Kind> kind) {
-    if (!kind)
-        throw std::invalid_argument("a kind that it adds is null");
+    if (!kind) {
+        refuse("", "it is null");
+        return;
+    }
     QzKind record;
-    record.group = validUtf8(currentGroup);
+    std::string objection;
+    const std::optional<Problem> problem = problemIn([&] {
+        record.name = kind->name();
+        record.summary = validUtf8(kind->summary());
+        objection = objectionTo(*kind, record);
+    });
+    if (problem) {
+        objection = withoutFullStop(problem->sentence);
+    }
+    if (!objection.empty()) {
+        refuse(record.name, objection);
+        return;
+    }
+    record.group = currentGroup;
     record.library = object.string();
     record.directory = object.parent_path().string() + '/';
-    record.name = validUtf8(kind->name());
-    record.summary = validUtf8(kind->summary());
     record.id = record.group + '/' + record.name;
     kinds.push_back({std::move(record), std::move(kind)});
 }
 
-/// @throws std::runtime_error with a reason.
-void* symbolIn(void* library, const std::string& name) {
-    void* const symbol = dlsym(library, name.c_str());
-    if (symbol == nullptr)
-        throw std::runtime_error("it does not offer " + name);
-    return symbol;
+std::string Intake::objectionTo(const Kind& kind, const QzKind& record) const {
+    if (const std::string reason = nameObjection(record.name); !reason.empty()) {
+        return "its name " + shownName(record.name) + ' ' + reason;
+    }
+    if (const std::string reason = groupObjection(currentGroup); !reason.empty()) {
+        return "the name " + shownName(currentGroup) + " of its group " + reason;
+    }
+    return portsObjection(kind.ports({}));
+}
+
+void Intake::refuse(const std::string& name, const std::string& reason) const {
+    const std::string subject = nameObjection(name).empty() ? "The kind " + name : "A kind";
+    say(subject + " of the collection " + object.string() + " is skipped: " + reason + ".");
 }
 
 /// The library stays loaded to the end of the program, also when it is refused: what it has started may still run.
 std::vector<OfferedKind> kindsOf(const fs::path& object, const std::string& factory) {
-    void* const library = dlopen(object.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr)
-        throw std::runtime_error(dlerror());
+    void* const library = loadSharedObject(object);
     const std::string madeWith = static_cast<const char*>(symbolIn(library, "velmorakSdkHeaders"));
     if (madeWith != VELMORAK_SDK_VERSION) {
         throw std::runtime_error("it is made with version " + madeWith +
                                  " of the kit, and this library with " VELMORAK_SDK_VERSION "; build it again");
     }
-    const auto call = reinterpret_cast<Factory>(symbolIn(library, factory));
+    const auto call = reinterpret_cast<Factory>(symbolIn(library, factory.c_str()));
     Intake intake(object, object.stem().string());
     call(intake);
     return intake.takeKinds();
-}
-
-bool isWord(const std::string& name) {
-    return !name.empty() && name.find_first_of(" \t\r\n") == std::string::npos;
 }
 
 /// Shared objects `<folder>/<Name>/<Name>.so`, by name.
@@ -99,6 +120,7 @@ private:
     void take(OfferedKind offered);
 
     std::string factory;
+    fs::path notes = loadingNotes();
     std::set<fs::path> loaded;
     std::set<std::string> names;
     std::vector<OfferedKind> kinds;
@@ -107,28 +129,30 @@ private:
 void Loader::load(const fs::path& object) {
     if (!loaded.insert(fs::weakly_canonical(object)).second)
         return;
-    std::vector<OfferedKind> offered;
-    try {
-        offered = kindsOf(object, factory);
-    } catch (const std::exception& error) {
-        say("The collection " + object.string() + " is skipped: " + withoutFullStop(error.what()) + ".");
-    } catch (...) {
-        say("The collection " + object.string() + " is skipped: its " + factory + " throws what is no exception.");
+    const LoadingNote note(notes, object);
+    if (note.isOfAnEndedProgram()) {
+        say("The collection " + object.string() +
+            " is skipped: a program ended while it was loading it. Replace the file, or remove " +
+            note.file().string() + " to have it loaded again.");
+        return;
     }
-    for (OfferedKind& each : offered)
+    std::vector<OfferedKind> offered;
+    if (const std::optional<Problem> problem = problemIn([&] { offered = kindsOf(object, factory); })) {
+        say("The collection " + object.string() + " is skipped: " + withoutFullStop(problem->sentence) + ".");
+    }
+    for (OfferedKind& each : offered) {
         take(std::move(each));
+    }
 }
 
 void Loader::take(OfferedKind offered) {
     const std::string& name = offered.record.name;
-    if (!isWord(name))
-        say("A kind of the collection " + offered.record.library + " is skipped: its name " + inQuotes(name) +
-            " is not one word.");
-    else if (!names.insert(name).second)
+    if (!names.insert(name).second) {
         say("The kind " + name + " of the collection " + offered.record.library +
             " is skipped: another kind has that name.");
-    else
+    } else {
         kinds.push_back(std::move(offered));
+    }
 }
 
 std::vector<OfferedKind> Loader::takeSorted() {

@@ -16,9 +16,10 @@ struct OfferedKind {
     std::unique_ptr<Kind> kind;
 };
 
-/// Loads the collections that lie in the folders. One that cannot be loaded, is made for another kit, does not offer
-/// the factory or throws is reported on standard error and skipped whole; a kind whose name is no word or is taken is
-/// reported and skipped by itself.
+/// Loads the collections that lie in the folders. One that cannot be loaded, is made with another kit, does not offer
+/// the factory or throws is reported on standard error and skipped whole, and so is one that has ended a program while
+/// it was loaded. A kind whose name is taken, or is none, or whose ports contradict themselves is reported and skipped
+/// by itself.
 /// @return groups in alphabetical order, and so are the kinds in each.
 std::vector<OfferedKind> loadCollections(const std::vector<std::filesystem::path>& folders, const std::string& factory);
 

@@ -8,6 +8,8 @@
 #include "Say.h"
 #include "Values.h"
 
+#include "../run/Problem.h"
+
 #include <QzManager.h>
 #include <algorithm>
 #include <string_view>
@@ -119,10 +121,8 @@ QzBase* QzManager::CreatePlugin(std::uint16_t kind, const std::string& uniqueNam
     const std::string wanted = uniqueName.empty() ? record.name : validUtf8(uniqueName);
     const std::string name = freeNameFor(plugins, wanted);
     std::unique_ptr<GraphNode> node;
-    try {
-        node = makeNode(*this, kind, name);
-    } catch (const std::exception& error) {
-        say(name + " (" + record.name + ") has no ports: " + error.what() + ".");
+    if (const std::optional<Problem> problem = problemIn([&] { node = makeNode(*this, kind, name); })) {
+        say(name + " (" + record.name + ") has no ports: " + withoutFullStop(problem->sentence) + ".");
         node = makeUnknownNode(*this, record.name, name);
     }
     const std::lock_guard guard(part->lock);

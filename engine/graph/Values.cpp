@@ -1,12 +1,17 @@
 #include "Values.h"
 
 #include "Json.h"
+#include "KindCheck.h"
 #include "Say.h"
+
+#include "../run/Problem.h"
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <set>
 #include <stdexcept>
+#include <utility>
 
 namespace velmorak {
 namespace {
@@ -33,22 +38,17 @@ std::string choiceRefusal(const InputSpec& spec, const std::string& value) {
     return inQuotes(value) + " is none of the choices: " + all;
 }
 
-std::string typeRefusal(const InputSpec& spec, const std::string& value) {
-    if (value == spec.value)
-        return {};
-    if (spec.type == ValueType::Number)
-        return numberRefusal(spec, value);
-    if (spec.type == ValueType::Choice)
-        return choiceRefusal(spec, value);
-    return {};
+/// Calls a piece of a kind. @return empty, or why it failed, without full stop.
+template <typename Work>
+std::string failureOf(Work&& work) {
+    const std::optional<Problem> problem = problemIn(std::forward<Work>(work));
+    return problem ? withoutFullStop(problem->sentence) : "";
 }
 
 std::string kindRefusal(const Kind& kind, const InputSpec& spec, const std::string& value) {
-    try {
-        return withoutFullStop(kind.refusal(spec.name, value));
-    } catch (const std::exception& error) {
-        return withoutFullStop(error.what());
-    }
+    std::string refusal;
+    const std::string failure = failureOf([&] { refusal = withoutFullStop(kind.refusal(spec.name, value)); });
+    return failure.empty() ? refusal : failure;
 }
 
 template <typename Spec>
@@ -70,24 +70,29 @@ std::string refusalOf(const Kind* kind, const InputSpec& spec, const std::string
         return {};
     if (!takesText(spec))
         return "only a wire can bring a " + std::string(nameOf(spec.type));
-    const std::string refusal = typeRefusal(spec, value);
+    const std::string refusal = value == spec.value ? "" : typeRefusal(spec, value);
     return refusal.empty() ? kindRefusal(*kind, spec, value) : refusal;
+}
+
+std::string typeRefusal(const InputSpec& spec, const std::string& value) {
+    if (spec.type == ValueType::Number) {
+        return numberRefusal(spec, value);
+    }
+    return spec.type == ValueType::Choice ? choiceRefusal(spec, value) : "";
 }
 
 Ports portsOf(const Kind& kind, const ValueTexts& values) {
     Ports ports = kind.ports(values);
+    if (const std::string reason = portNameObjection(ports); !reason.empty()) {
+        throw std::runtime_error(reason);
+    }
     keepFirstOfEachName(ports.inputs);
     keepFirstOfEachName(ports.outputs);
     return ports;
 }
 
 std::string tryPorts(const Kind& kind, const ValueTexts& values, Ports& ports) {
-    try {
-        ports = portsOf(kind, values);
-        return {};
-    } catch (const std::exception& error) {
-        return withoutFullStop(error.what());
-    }
+    return failureOf([&] { ports = portsOf(kind, values); });
 }
 
 }  // namespace velmorak

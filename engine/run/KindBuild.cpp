@@ -3,10 +3,11 @@
 #include "FileDigests.h"
 
 #include <elf.h>
-#include <fmt/format.h>
 #include <link.h>
 
+#include <atomic>
 #include <cstring>
+#include <optional>
 #include <typeinfo>
 
 namespace velmorak {
@@ -57,13 +58,11 @@ std::string buildIdIn(const char* notes, std::size_t bytes) {
     return "";
 }
 
-/// For an object without such a note: a rebuild changes this, though not only a rebuild.
-std::string stampText(const std::string& file) {
-    const std::optional<FileStamp> stamp = stampOf(file.empty() ? "/proc/self/exe" : file);
-    if (!stamp) {
-        return file;
-    }
-    return file + " " + fmt::format("{} {}", stamp->size, stamp->modifiedNs);
+/// For an object without such a note.
+std::string contentOf(const std::string& file) {
+    const std::atomic<bool> isStopping = false;
+    const std::optional<Digest> digest = FileDigests().of(file.empty() ? "/proc/self/exe" : file, isStopping);
+    return digest ? hexOf(*digest) : file;
 }
 
 int look(dl_phdr_info* object, std::size_t /*bytes*/, void* data) {
@@ -78,7 +77,7 @@ int look(dl_phdr_info* object, std::size_t /*bytes*/, void* data) {
         }
     }
     if (search.build.empty()) {
-        search.build = stampText(object->dlpi_name);
+        search.build = contentOf(object->dlpi_name);
     }
     return 1;
 }

@@ -1,11 +1,13 @@
 #include "GraphFixture.h"
 #include "collections/Workbench.h"
 
+#include <graph/Catalogue.h>
 #include <graph/Inspect.h>
 
 #include <dlfcn.h>
 #include <future>
 #include <thread>
+#include <typeinfo>
 
 namespace velmorak::test {
 namespace {
@@ -14,7 +16,10 @@ class Runs : public Graph {
 protected:
     /// Counts the plug-ins that wait inside a run.
     std::atomic<int>& waiting() {
-        void* const collection = dlopen(TEST_COLLECTIONS "/Workbench/Workbench.so", RTLD_NOW | RTLD_NOLOAD);
+        const Catalogue& catalogue = *sharedCatalogueIfMade();
+        Dl_info loaded{};
+        dladdr(&typeid(catalogue.kind(catalogue.find("Waiter"))), &loaded);
+        void* const collection = dlopen(loaded.dli_fname, RTLD_NOW | RTLD_NOLOAD);
         auto* const count = static_cast<std::atomic<int>*>(dlsym(collection, "workbenchWaiting"));
         dlclose(collection);
         return *count;

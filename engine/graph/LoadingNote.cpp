@@ -1,0 +1,101 @@
+#include "LoadingNote.h"
+
+#include "../run/Digest.h"
+#include "../run/FileDigests.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <optional>
+#include <system_error>
+
+namespace velmorak {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The object as it lies on the disk: another one under its name may be loaded again.
+std::string textFor(const fs::path& object) {
+    std::string text = object.string() + '\n';
+    if (const std::optional<FileStamp> stamp = stampOf(object)) {
+        for (const std::int64_t number : {static_cast<std::int64_t>(stamp->inode), stamp->size, stamp->modifiedNs}) {
+            text += std::to_string(number) + '\n';
+        }
+    }
+    return text;
+}
+
+std::string nameFor(const fs::path& object) {
+    constexpr std::size_t enoughDigits = 16;
+    Digester digester;
+    digester.addText(object.string());
+    return object.stem().string() + '-' + hexOf(digester.finish()).substr(0, enoughDigits);
+}
+
+std::string contentOf(int descriptor) {
+    std::array<char, 8192> bytes{};
+    const ssize_t count = pread(descriptor, bytes.data(), bytes.size(), 0);
+    return {bytes.data(), static_cast<std::size_t>(count < 0 ? 0 : count)};
+}
+
+fs::path folderIn(const char* variable) {
+    const char* const setting = std::getenv(variable);
+    const fs::path folder(setting == nullptr ? "" : setting);
+    return folder.is_absolute() ? folder : fs::path();
+}
+
+}  // namespace
+
+LoadingNote::LoadingNote(const fs::path& folder, const fs::path& object) {
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (folder.empty() || error) {
+        return;
+    }
+    path = folder / nameFor(object);
+    descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
+    // Another program that is loading the object at this moment has its own eye on it.
+    if (descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+        close(descriptor);
+        descriptor = -1;
+    }
+    if (descriptor < 0) {
+        return;
+    }
+    const std::string text = textFor(object);
+    isLeftBehind = contentOf(descriptor) == text;
+    if (!isLeftBehind) {
+        write(text);
+    }
+}
+
+LoadingNote::~LoadingNote() {
+    if (descriptor < 0) {
+        return;
+    }
+    if (!isLeftBehind) {
+        unlink(path.c_str());
+    }
+    close(descriptor);
+}
+
+void LoadingNote::write(const std::string& text) const {
+    // A note that is not whole is none.
+    if (ftruncate(descriptor, 0) == 0) {
+        [[maybe_unused]] const ssize_t written = pwrite(descriptor, text.data(), text.size(), 0);
+    }
+}
+
+fs::path loadingNotes() {
+    fs::path state = folderIn("XDG_STATE_HOME");
+    if (state.empty()) {
+        const fs::path home = folderIn("HOME");
+        state = home.empty() ? home : home / ".local" / "state";
+    }
+    return state.empty() ? state : state / "velmorak" / "loading";
+}
+
+}  // namespace velmorak

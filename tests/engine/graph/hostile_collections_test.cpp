@@ -1,0 +1,92 @@
+#include "GraphFixture.h"
+
+#include <graph/Catalogue.h>
+#include <graph/LoadingNote.h>
+
+#include <fstream>
+
+namespace velmorak::test {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// A folder with a collection that a test may damage.
+class HostileCollection : public testing::Test {
+protected:
+    fs::path put(const std::string& built) {
+        const fs::path from(built);
+        const fs::path object = folder.path / from.stem() / from.filename();
+        fs::create_directories(object.parent_path());
+        fs::copy_file(from, object, fs::copy_options::overwrite_existing);
+        return object;
+    }
+    Catalogue load() const { return {{{folder.path}, {}}, "QzAnalysisFactory"}; }
+
+    Folder folder;
+};
+
+TEST_F(HostileCollection, thatEndsTheProgramIsSkippedAtTheNextStart) {
+    const fs::path object = put(TEST_HOSTILE "/Exits/Exits/Exits.so");
+    EXPECT_EXIT(load(), testing::ExitedWithCode(0), "");
+    const Errors errors;
+    EXPECT_THAT(load().kinds(), IsEmpty());
+    const fs::path note = LoadingNote(loadingNotes(), object).file();
+    EXPECT_EQ(errors.text(), "The collection " + object.string() +
+                                 " is skipped: a program ended while it was loading it. Replace the file, or remove " +
+                                 note.string() + " to have it loaded again.\n");
+    load();
+    EXPECT_EQ(errors.lines(), 2) << "as long as the file is the same";
+}
+
+TEST_F(HostileCollection, isLoadedAgainWhenItsFileIsReplaced) {
+    const fs::path object = put(TEST_HOSTILE "/Exits/Exits/Exits.so");
+    EXPECT_EXIT(load(), testing::ExitedWithCode(0), "");
+    fs::copy_file(TEST_COLLECTIONS "/Workbench/Workbench.so", object, fs::copy_options::overwrite_existing);
+    const Errors errors;
+    EXPECT_EQ(load().kinds().size(), 4U);
+    EXPECT_EQ(errors.text(), "");
+}
+
+TEST_F(HostileCollection, leavesNoNoteWhenItCouldBeLoaded) {
+    const fs::path object = put(TEST_COLLECTIONS "/Workbench/Workbench.so");
+    const Errors errors;
+    EXPECT_EQ(load().kinds().size(), 4U);
+    EXPECT_TRUE(fs::is_empty(loadingNotes()));
+}
+
+TEST_F(HostileCollection, isLoadedWithoutANoteWhereNoneCanBeWritten) {
+    put(TEST_COLLECTIONS "/Workbench/Workbench.so");
+    setenv("XDG_STATE_HOME", folder.write("file", "").c_str(), 1);
+    const Errors errors;
+    EXPECT_EQ(load().kinds().size(), 4U);
+    EXPECT_EQ(errors.text(), "");
+}
+
+TEST_F(HostileCollection, thatIsCutOffAnywhereIsSkipped) {
+    const fs::path object = put(TEST_COLLECTIONS "/Workbench/Workbench.so");
+    // What the loader maps ends before the tables for debuggers and linkers do.
+    for (const std::uintmax_t size : {0, 1, 63, 64, 100, 4096, 8192}) {
+        fs::resize_file(object, size);
+        const Errors errors;
+        EXPECT_THAT(load().kinds(), IsEmpty()) << size;
+        EXPECT_THAT(errors.text(), HasSubstr("Workbench.so is skipped: it is ")) << size;
+        EXPECT_EQ(errors.lines(), 1);
+        put(TEST_COLLECTIONS "/Workbench/Workbench.so");
+    }
+}
+
+TEST_F(HostileCollection, thatIsOverwrittenWhileItIsLoadedDoesNoHarm) {
+    const fs::path object = put(TEST_COLLECTIONS "/Workbench/Workbench.so");
+    const Errors errors;
+    const Catalogue catalogue = load();
+    fs::resize_file(object, 0);
+    std::ofstream(object, std::ios::binary) << std::string(1000000, '\0');
+    const Kind& letters = catalogue.kind(catalogue.find("Letters"));
+    EXPECT_EQ(letters.ports({{"letters", "abc"}}).outputs.size(), 3U);
+    EXPECT_THROW(letters.ports({{"letters", "!"}}), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace velmorak::test

@@ -1,0 +1,105 @@
+#include "GraphFixture.h"
+
+#include <graph/Catalogue.h>
+#include <graph/Columns.h>
+#include <graph/Nodes.h>
+#include <graph/Parts.h>
+#include <graph/PortChange.h>
+#include <graph/Values.h>
+
+namespace velmorak::test {
+namespace {
+
+using testing::HasSubstr;
+
+/// The collection whose kinds are made wrong, and what is said while it is loaded.
+class Registration : public testing::Test {
+protected:
+    Registration() : catalogue({{TEST_HOSTILE "/Wrong"}, {}}, "QzAnalysisFactory") {}
+
+    bool has(const std::string& kind) const { return catalogue.find(kind) < catalogue.kinds().size(); }
+    void expectRefused(const std::string& kind, const std::string& reason) const {
+        EXPECT_FALSE(has(kind));
+        const std::string subject = kind.empty() ? "A kind" : "The kind " + kind;
+        EXPECT_THAT(errors.text(),
+                    HasSubstr(subject + " of the collection " TEST_HOSTILE "/Wrong/Wrong/Wrong.so is skipped: " +
+                              reason + ".\n"));
+    }
+
+    Errors errors;
+    Catalogue catalogue;
+};
+
+TEST_F(Registration, refusesOneKindByASentenceAndTakesTheOthers) {
+    EXPECT_EQ(catalogue.kinds().size(), 2U);
+    EXPECT_TRUE(has("Later"));
+    EXPECT_TRUE(has("Opener"));
+    EXPECT_EQ(errors.lines(), 22);
+}
+
+TEST_F(Registration, refusesNamesThatAreNone) {
+    expectRefused("", "it is null");
+    expectRefused("", "its name \"\" is empty");
+    expectRefused("", "its name \"two words\" is not one word");
+    expectRefused("", "its name \"line\\nend\" has a control character");
+    expectRefused("Lost", "the name \"Line\\nend\" of its group has a control character");
+    expectRefused("Nameless", "the name \"\" of an input is empty");
+    expectRefused("Blank", "the name \"a b\" of an input is not one word");
+    expectRefused("Doubled", "two of its outputs have the name \"o\"");
+    EXPECT_THAT(errors.text(), HasSubstr("is not UTF-8"));
+    expectRefused("Control", "the name \"\\u001b[31m\" of an output has a control character");
+}
+
+TEST_F(Registration, refusesInputsThatContradictThemselves) {
+    expectRefused("NoLimit", "its input \"i\" has a limit that is no number");
+    expectRefused("Crossed", "its input \"i\" allows nothing: its lower limit 2 is above its upper one 1");
+    expectRefused("Outside",
+                  "its input \"i\" begins with a value that it refuses: \"5\" is above 1, the largest value allowed");
+    expectRefused("Halved", "its input \"i\" begins with a value that it refuses: \"0.5\" is no whole number");
+    expectRefused("NoNumber", "its input \"i\" begins with a value that it refuses: \"one\" is no number");
+    expectRefused("LimitedText", "its input \"i\" has limits, and takes no number");
+    expectRefused("NoChoices", "its input \"i\" has nothing to choose from");
+    expectRefused("TwiceChosen", "its input \"i\" has the choice \"a\" twice");
+    expectRefused("NotChosen",
+                  "its input \"i\" begins with a value that it refuses: \"c\" is none of the choices: a, b");
+    expectRefused("ChoosyText", "its input \"i\" has choices, and is no choice");
+    expectRefused("WiredValue", "its input \"i\" has a value, though only a wire can bring one");
+}
+
+TEST_F(Registration, refusesAKindThatThrowsWhatIsNoException) {
+    expectRefused("Always", "it failed without saying why");
+}
+
+TEST_F(Registration, isFollowedByAPortWithoutANameThatIsRefused) {
+    const Kind& later = catalogue.kind(catalogue.find("Later"));
+    Ports ports;
+    EXPECT_EQ(tryPorts(later, {{"text", "plain"}}, ports), "");
+    EXPECT_EQ(tryPorts(later, {{"text", "nameless"}}, ports), "the name \"\" of an input is empty");
+    EXPECT_EQ(ports.inputs.at(1).name, "named");
+}
+
+TEST_F(Registration, isFollowedByWhatIsNoExceptionWhileNoRunIsGoingOn) {
+    const Kind& later = catalogue.kind(catalogue.find("Later"));
+    Ports ports;
+    EXPECT_EQ(tryPorts(later, {{"text", "throw"}}, ports), "it failed without saying why");
+    const InputSpec text{.name = "text", .type = ValueType::Text};
+    EXPECT_EQ(refusalOf(&later, text, "refuse"), "it failed without saying why");
+    EXPECT_EQ(refusalOf(&later, text, "take"), "");
+}
+
+TEST_F(Registration, isFollowedByATableThatCannotBeOpened) {
+    const Kind& opener = catalogue.kind(catalogue.find("Opener"));
+    QzManager manager("QzAnalysisFactory");
+    QzBase& node = *manager.CreatePlugin(0, "Reader");
+    QzBase::Part& part = QzBase::Part::of(node);
+    part.kind = &opener;
+    changePorts(node, portsOf(opener, {}), {});
+    for (const char* how : {"null", "throw"}) {
+        part.inputs.front().value = how;
+        tellColumns(node);
+        EXPECT_EQ(node.Outputs().front().description, "") << how;
+    }
+}
+
+}  // namespace
+}  // namespace velmorak::test
