@@ -1,5 +1,6 @@
 #include "Execution.h"
 
+#include "ChunkCheck.h"
 #include "Recorder.h"
 
 #include <algorithm>
@@ -238,8 +239,9 @@ void Execution::evaluateFunction(const Function& function, std::size_t position,
 
 void Execution::evaluateUnfilled(const Accumulator& accumulator, std::size_t position, NodeResults& results) {
     const NodeArguments arguments = state.arguments(position);
-    const auto accumulation = accumulator.prepare(arguments, nullptr, *state.runs[position].context);
-    const auto empty = accumulation->newState();
+    const auto accumulation =
+        mustBe(accumulator.prepare(arguments, nullptr, *state.runs[position].context), "accumulation");
+    const auto empty = mustBe(accumulation->newState(), "state");
     accumulation->finish(*empty, results);
 }
 

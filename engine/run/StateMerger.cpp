@@ -1,5 +1,7 @@
 #include "StateMerger.h"
 
+#include "ChunkCheck.h"
+
 #include <utility>
 
 namespace velmorak {
@@ -10,7 +12,7 @@ StateMerger::StateMerger(const Accumulation& accumulation, Accumulator::MergeOrd
 void StateMerger::take(std::unique_ptr<AccumulatorState> state) {
     if (order == Accumulator::MergeOrder::FirstToLast) {
         if (parts.empty()) {
-            parts.push_back({0, accumulation.newState()});
+            parts.push_back({0, mustBe(accumulation.newState(), "state")});
         }
         parts.front().state->merge(*state);
         return;
@@ -27,7 +29,7 @@ void StateMerger::take(std::unique_ptr<AccumulatorState> state) {
 
 std::unique_ptr<AccumulatorState> StateMerger::whole() {
     if (parts.empty()) {
-        return accumulation.newState();
+        return mustBe(accumulation.newState(), "state");
     }
     while (parts.size() > 1) {
         const Part last = std::move(parts.back());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ChunkCheck.h"
 #include "StreamPass.h"
 
 #include <limits>
@@ -10,6 +11,7 @@ namespace velmorak {
 struct StreamPass::Leg {
     std::size_t source = 0;
     std::unique_ptr<TableReader> reader;
+    std::optional<ChunkCheck> check;   ///< As soon as the reader is there.
     std::atomic<bool> isOver = false;  ///< Nothing wants more of its rows.
     std::uint64_t rows = 0;
     std::chrono::nanoseconds time{0};
@@ -26,6 +28,7 @@ struct StreamPass::Step {
         std::size_t legs = 0;
         std::optional<std::size_t> step;               ///< The source of the leg when nothing.
         std::unique_ptr<RowOperation> operation = {};  ///< Of the step, for what comes from there.
+        std::optional<ChunkCheck> check = {};          ///< Of what the operation yields.
     };
 
     bool sees(std::size_t leg) const {
@@ -38,12 +41,10 @@ struct StreamPass::Step {
         }
         return parents[at];
     }
-    bool isOperation() const { return parents.front().operation != nullptr; }
-    bool countsRows() const { return isOperation() && parents.front().operation->countsRows(); }
-
     std::size_t node = 0;
     std::vector<Parent> parents;  ///< In the order of the legs, without gaps.
     bool hasChild = false;
+    bool countsRows = false;                      ///< Its operation says so.
     std::size_t stage = 0;                        ///< How often rows are counted before they come here.
     bool isDropped = false;                       ///< Seen in chunk order: the step, or one before it, failed.
     std::atomic<std::uint64_t> failedAt = never;  ///< Least chunk that is known to fail; later ones are not tried.

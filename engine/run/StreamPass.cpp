@@ -2,7 +2,10 @@
 
 #include "StreamParts.h"
 
+#include <velmorak/OrderedAccumulation.h>
+
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 namespace velmorak {
@@ -22,6 +25,12 @@ std::uint64_t rowsWantedBy(const RowOperation& operation) {
         (operation.wantsRow(middle) ? wanted : unwanted) = middle;
     }
     return unwanted;
+}
+
+Chunk counted(const Chunk& chunk, std::uint64_t rowsBefore) {
+    Chunk copy = chunk;
+    copy.rowsBefore = rowsBefore;
+    return copy;
 }
 
 }  // namespace
@@ -93,7 +102,8 @@ void StreamPass::open(Leg& leg) {
         for (const std::filesystem::path& file : kind->files(arguments, context)) {
             context.watch(file.string());
         }
-        leg.reader = kind->open(arguments, context);
+        leg.reader = mustBe(kind->open(arguments, context), "reader");
+        leg.check.emplace(leg.reader->schema());
     });
     if (problem) {
         leg.reader.reset();
@@ -103,7 +113,7 @@ void StreamPass::open(Leg& leg) {
 
 const Schema& StreamPass::schemaAt(const Step& step, std::size_t leg) const {
     const std::optional<std::size_t> parent = step.parentFor(leg).step;
-    return parent ? steps[*parent]->parentFor(leg).operation->schema() : legs[leg]->reader->schema();
+    return parent ? steps[*parent]->parentFor(leg).check->schema() : legs[leg]->check->schema();
 }
 
 void StreamPass::prepare(Step& step) {
@@ -122,7 +132,7 @@ void StreamPass::prepare(Step& step) {
     for (const Step::Parent& parent : step.parents) {
         step.stage = std::max(step.stage, parent.step ? steps[*parent.step]->stage : 0);
     }
-    step.stage += step.countsRows() ? 1 : 0;
+    step.stage += step.countsRows ? 1 : 0;
 }
 
 void StreamPass::prepareOperations(Step& step) {
@@ -131,21 +141,44 @@ void StreamPass::prepareOperations(Step& step) {
     const NodeArguments arguments = state.arguments(step.node);
     const Schema& schema = schemaAt(step, step.parents.front().firstLeg);
     if (const auto* rowWise = dynamic_cast<const RowWise*>(kind)) {
-        step.parents.front().operation = rowWise->prepare(arguments, schema, context);
+        step.parents.front().operation = mustBe(rowWise->prepare(arguments, schema, context), "operation");
+        step.parents.front().check.emplace(step.parents.front().operation->schema());
+        prepareCounting(step);
     } else if (const auto* concatenation = dynamic_cast<const Concatenation*>(kind)) {
-        std::vector<Schema> schemas;
-        for (const Step::Parent& parent : step.parents) {
-            schemas.push_back(schemaAt(step, parent.firstLeg));
-        }
-        std::vector<std::unique_ptr<RowOperation>> operations = concatenation->prepare(arguments, schemas, context);
-        for (std::size_t i = 0; i < step.parents.size(); ++i) {
-            step.parents[i].operation = std::move(operations.at(i));
-        }
+        prepareConcatenation(step, *concatenation);
     } else if (const auto* accumulator = dynamic_cast<const Accumulator*>(kind)) {
-        step.accumulation = accumulator->prepare(arguments, &schema, context);
-        step.merger = std::make_unique<StateMerger>(*step.accumulation, accumulator->mergeOrder());
+        step.accumulation = mustBe(accumulator->prepare(arguments, &schema, context), "accumulation");
+        const bool isOrdered = dynamic_cast<const OrderedAccumulation*>(step.accumulation.get()) != nullptr;
+        step.merger = std::make_unique<StateMerger>(
+            *step.accumulation, isOrdered ? Accumulator::MergeOrder::FirstToLast : accumulator->mergeOrder());
     }
-    step.rowsWanted = step.countsRows() ? rowsWantedBy(*step.parents.front().operation) : 0;
+}
+
+void StreamPass::prepareConcatenation(Step& step, const Concatenation& kind) {
+    std::vector<Schema> schemas;
+    for (const Step::Parent& parent : step.parents) {
+        schemas.push_back(schemaAt(step, parent.firstLeg));
+    }
+    std::vector<std::unique_ptr<RowOperation>> operations =
+        kind.prepare(state.arguments(step.node), schemas, *state.runs[step.node].context);
+    if (operations.size() != schemas.size()) {
+        throw std::logic_error("the kind gives " + std::to_string(operations.size()) + " operations for " +
+                               std::to_string(schemas.size()) + " tables");
+    }
+    for (std::size_t i = 0; i < step.parents.size(); ++i) {
+        step.parents[i].operation = mustBe(std::move(operations[i]), "operation");
+        step.parents[i].check.emplace(step.parents[i].operation->schema());
+        if (!(step.parents[i].check->schema() == step.parents.front().check->schema())) {
+            throw std::logic_error("the kind gives operations whose tables have different columns");
+        }
+    }
+    prepareCounting(step);
+}
+
+void StreamPass::prepareCounting(Step& step) {
+    const RowOperation& operation = *step.parents.front().operation;
+    step.countsRows = operation.countsRows();
+    step.rowsWanted = step.countsRows ? rowsWantedBy(operation) : 0;
 }
 
 std::size_t StreamPass::stages() const {
@@ -213,7 +246,12 @@ bool StreamPass::readInto(Chunk& chunk) {
     }
     const Instant::time_point begin = Instant::now();
     bool hasRows = false;
-    sourceProblem = state.call(leg.source, [&] { hasRows = leg.reader->next(chunk); });
+    sourceProblem = state.call(leg.source, [&] {
+        hasRows = leg.reader->next(chunk);
+        if (hasRows) {
+            leg.check->checkRows(chunk);
+        }
+    });
     leg.time += Instant::now() - begin;
     return hasRows && !sourceProblem;
 }
@@ -230,13 +268,14 @@ const Chunk* StreamPass::tableFor(const Step& step, const Work& work) const {
 void StreamPass::count(Work& work, std::size_t stage) {
     for (std::size_t i = 0; i < steps.size(); ++i) {
         Step& step = *steps[i];
-        if (step.stage != stage || !step.countsRows() || !step.sees(work.leg)) {
+        if (step.stage != stage || !step.countsRows || !step.sees(work.leg)) {
             continue;
         }
         const Chunk* table = tableFor(step, work);
         Work::Made& made = work.made[i];
         made.rowsBefore = step.rowsCounted;
-        made.isOver = !step.parents.front().operation->wantsRow(step.rowsCounted);
+        made.problem =
+            state.call(step.node, [&] { made.isOver = !step.parents.front().operation->wantsRow(step.rowsCounted); });
         step.rowsCounted += table ? table->rows : 0;
     }
 }
@@ -258,7 +297,12 @@ bool StreamPass::complete(Work& work) const {
     if (!work.isComplete) {
         const Instant::time_point begin = Instant::now();
         Leg& leg = *legs[work.leg];
-        work.problem = state.call(leg.source, [&] { leg.reader->complete(work.chunk); });
+        work.problem = state.call(leg.source, [&] {
+            const std::size_t rows = work.chunk.rows;
+            leg.reader->complete(work.chunk);
+            work.chunk.rows = rows;  // What is counted already.
+            leg.check->check(work.chunk);
+        });
         work.isComplete = true;
         work.timeCompleting = Instant::now() - begin;
     }
@@ -278,7 +322,8 @@ void StreamPass::performStep(std::size_t position, Work& work) {
     const Step::Parent& parent = step.parentFor(work.leg);
     made.isOver = made.isOver || (parent.step && work.made[*parent.step].isOver);
     const Chunk* table = tableFor(step, work);
-    if ((!parent.operation && !step.accumulation) || work.chunk.number > step.failedAt || !table || made.isOver) {
+    if ((!parent.operation && !step.accumulation) || work.chunk.number > step.failedAt || !table || made.isOver ||
+        made.problem) {
         return;
     }
     if (!parent.step && !complete(work)) {
@@ -287,16 +332,17 @@ void StreamPass::performStep(std::size_t position, Work& work) {
     const Instant::time_point begin = Instant::now();
     made.rowsIn = table->rows;
     made.problem = state.call(step.node, [&] {
-        if (step.countsRows()) {
-            Chunk counted = *table;
-            counted.rowsBefore = made.rowsBefore;
-            made.table = parent.operation->apply(counted);
-        } else if (parent.operation) {
-            made.table = parent.operation->apply(*table);
-        } else {
-            made.state = step.accumulation->newState();
+        if (step.accumulation) {
+            made.state = mustBe(step.accumulation->newState(), "state");
             made.state->fill(*table);
+            return;
         }
+        Chunk rows = step.countsRows ? parent.operation->apply(counted(*table, made.rowsBefore))
+                                     : parent.operation->apply(*table);
+        rows.number = table->number;
+        rows.firstRow = table->firstRow;
+        parent.check->check(rows);
+        made.table = std::move(rows);
     });
     made.rowsOut = made.table ? made.table->rows : 0;
     if (made.problem) {

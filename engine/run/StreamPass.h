@@ -53,6 +53,8 @@ private:
     void open(Leg& leg);
     void prepare(Step& step);
     void prepareOperations(Step& step);
+    void prepareConcatenation(Step& step, const Concatenation& kind);
+    static void prepareCounting(Step& step);
     const Schema& schemaAt(const Step& step, std::size_t leg) const;
     std::size_t stages() const;
 
