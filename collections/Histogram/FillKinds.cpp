@@ -4,6 +4,10 @@
 #include "Binning.h"
 #include "Fillers.h"
 
+#include <velmorak/OrderedAccumulation.h>
+
+#include <functional>
+#include <optional>
 #include <utility>
 
 namespace velmorak {
@@ -81,6 +85,40 @@ std::unique_ptr<Accumulation> filling(Quantity quantity, Filler empty, Naming na
     return std::make_unique<Filling<Filler>>(std::move(quantity), std::move(empty), std::move(naming), output);
 }
 
+/// Fills one object in the order of the rows.
+template <typename Object>
+class LateFilling : public OrderedAccumulation {
+public:
+    LateFilling(Quantity filled, std::function<Object()> objectMaker, Naming names, std::string outputName)
+        : quantity(std::move(filled)),
+          make(std::move(objectMaker)),
+          naming(std::move(names)),
+          output(std::move(outputName)) {}
+
+    std::unique_ptr<AccumulatorState> newState() const override {
+        return std::make_unique<LateState<Object>>(quantity, make);
+    }
+    void finish(AccumulatorState& state, Results& results) override {
+        naming.deliver(static_cast<LateState<Object>&>(state).result(), output, results);
+    }
+
+private:
+    Quantity quantity;
+    std::function<Object()> make;
+    Naming naming;
+    std::string output;
+};
+
+/// An object with more cells than a chunk has rows is not made for each chunk.
+template <typename Object>
+std::unique_ptr<Accumulation> givenFilling(Quantity quantity, std::size_t cells, std::function<Object()> make,
+                                           Naming naming, const std::string& output) {
+    if (cells > chunkRows) {
+        return std::make_unique<LateFilling<Object>>(std::move(quantity), std::move(make), std::move(naming), output);
+    }
+    return filling(std::move(quantity), GivenRange<Object>(make()), std::move(naming), output);
+}
+
 /// Of one axis, which is given or found.
 template <typename Object>
 std::unique_ptr<Accumulation> fillingOf(const Arguments& arguments, Quantity quantity, Naming naming,
@@ -88,8 +126,9 @@ std::unique_ptr<Accumulation> fillingOf(const Arguments& arguments, Quantity qua
     if (isRangeAutomatic(arguments))
         return filling(std::move(quantity), AutomaticRange<Object>(static_cast<std::size_t>(arguments.integer("bins"))),
                        std::move(naming), output);
-    return filling(std::move(quantity), GivenRange<Object>(onAxis<Object>(axisFrom(arguments))), std::move(naming),
-                   output);
+    const Axis axis = axisFrom(arguments);
+    return givenFilling<Object>(
+        std::move(quantity), axis.bins() + 2, [axis] { return onAxis<Object>(axis); }, std::move(naming), output);
 }
 
 InputSpec tableInput() {
@@ -190,8 +229,9 @@ std::unique_ptr<Accumulation> Histogram2DKind::prepare(const Arguments& argument
     if ((x.bins() + 2) > Grid<2>::mostCells / (y.bins() + 2))
         throw Failure("ybins", textOf(static_cast<double>(x.bins())) + " times " +
                                    textOf(static_cast<double>(y.bins())) + " bins fit no memory");
-    return filling(std::move(quantity), GivenRange<Histogram2D>(Histogram2D(Grid<2>({x, y}))), std::move(naming),
-                   "histogram");
+    const Grid<2> grid({x, y});
+    return givenFilling<Histogram2D>(
+        std::move(quantity), grid.cellCount(), [grid] { return Histogram2D(grid); }, std::move(naming), "histogram");
 }
 
 std::string Profile1DKind::summary() const {

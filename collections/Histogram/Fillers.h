@@ -3,7 +3,10 @@
 #include "FillInto.h"
 #include "Quantity.h"
 
+#include <functional>
+#include <optional>
 #include <utility>
+#include <vector>
 
 namespace velmorak {
 
@@ -19,6 +22,45 @@ public:
 
 private:
     Object object;
+};
+
+/// What one chunk is filled with, kept until the chunk's turn comes: the state of the whole stream has the only object.
+/// For one of so many cells that to make and to add it for each chunk would take far longer than to fill it. The bits
+/// are those of all fills one after the other.
+template <typename Object>
+class LateState : public AccumulatorState {
+public:
+    LateState(const Quantity& filled, const std::function<Object()>& objectMaker)
+        : quantity(filled), make(objectMaker) {}
+
+    void fill(const Chunk& chunk) override { waiting.push_back(quantity.values(chunk)); }
+    void merge(AccumulatorState& other) override {
+        settle();
+        auto& next = static_cast<LateState&>(other);
+        std::swap(waiting, next.waiting);
+        settle();
+    }
+
+    Object result() {
+        settle();
+        return std::move(*object);
+    }
+
+private:
+    void settle() {
+        if (!object) {
+            object.emplace(make());
+        }
+        for (const Quantity::Values& values : waiting) {
+            fillInto(*object, values.batch());
+        }
+        waiting.clear();
+    }
+
+    const Quantity& quantity;
+    const std::function<Object()>& make;
+    std::vector<Quantity::Values> waiting;
+    std::optional<Object> object;  ///< As soon as it is filled.
 };
 
 /// A filler as the state of an accumulation.

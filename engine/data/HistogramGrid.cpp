@@ -3,6 +3,7 @@
 #include "Filling.h"
 #include "GridBytes.h"
 #include "GridFills.h"
+#include "LargeCells.h"
 
 #include <algorithm>
 #include <cmath>
@@ -170,7 +171,7 @@ void GridSums<dimensions>::add(const GridSums& other) {
 
 template <std::size_t dimensions>
 HistogramGrid<dimensions>::HistogramGrid(Grid<dimensions> cellGrid)
-    : shape(std::move(cellGrid)), sums(shape.cellCount()) {}
+    : shape(std::move(cellGrid)), sums(emptyCells<Sums>(shape.cellCount())) {}
 
 template <std::size_t dimensions>
 HistogramGrid<dimensions>::HistogramGrid(Grid<dimensions> cellGrid, std::vector<Sums> cells, std::int64_t nanEntries)

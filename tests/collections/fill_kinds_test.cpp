@@ -212,6 +212,36 @@ TEST(Histogram2DKind, aTableWithoutRowsGivesEmptyCells) {
     EXPECT_EQ(bench.object<Histogram2D>("histogram")->inRange(), GridSums<2>{});
 }
 
+TEST(Histogram2DKind, ofManyCellsHasTheBitsOfOneFillAfterTheOther) {
+    const Numbers x = normal(20000, 0.5, 0.3, 1);
+    const Numbers y = normal(20000, 0.5, 0.3, 2);
+    const Numbers weights = normal(20000, 1, 0.1, 3);
+    Histogram2D expected(Grid<2>({Axis(300, 0, 1), Axis(300, 0, 1)}));
+    expected.fill({x.data(), y.data()}, weights.data(), x.size());
+    for (const std::size_t chunkLength : {20000U, 1000U, 7U}) {
+        Bench bench("Histogram2D");
+        bench.set("x", "x").set("y", "y").set("weight", "w");
+        bench.set("xbins", "300").set("xhigh", "1").set("ybins", "300").set("yhigh", "1");
+        bench.wire("table", tableOf({{"x", x}, {"y", y}, {"w", weights}}, chunkLength)).run();
+        EXPECT_EQ(bench.object<Histogram2D>("histogram")->cells(), expected.cells()) << chunkLength;
+    }
+}
+
+TEST(Histogram2DKind, ofManyCellsIsEmptyWithoutRows) {
+    Bench bench("Histogram2D");
+    bench.set("x", "a").set("y", "b").set("xbins", "300").set("ybins", "300");
+    bench.wire("table", tableOf({{"a", {}}, {"b", {}}}, 2)).run();
+    EXPECT_EQ(bench.object<Histogram2D>("histogram")->inRange(), GridSums<2>{});
+}
+
+TEST(Histogram1DKind, ofManyBinsHasTheBitsOfOneFillAfterTheOther) {
+    const Numbers x = normal(20000, 0.5, 0.3, 1);
+    Bench bench("Histogram1D");
+    bench.set("expression", "x").set("bins", "40000").set("high", "1");
+    bench.wire("table", tableOf({{"x", x}}, 1000)).run();
+    EXPECT_EQ(bench.histogram("histogram")->cells(), filledDirectly(Axis(40000, 0, 1), x).cells());
+}
+
 TEST(Profile1DKind, averagesInBins) {
     Bench bench("Profile1D", "mean");
     bench.set("x", "a").set("y", "b").set("weight", "w").set("bins", "2").set("high", "2");
