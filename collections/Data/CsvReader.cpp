@@ -2,6 +2,8 @@
 
 #include "Utf8.h"
 
+#include <velmorak/ChunkSize.h>
+
 #include <set>
 #include <utility>
 
@@ -99,6 +101,13 @@ void CsvReader::findColumns() {
         found.push_back({.name = names[i], .type = given == options.types.end() ? guesses[i].type() : given->second});
     }
     columns = Schema(std::move(found));
+    mostRows = rowsInChunk(columns);
+    rowBytes = bytesInRow(columns);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].type == ColumnType::Text) {
+            textColumns.push_back(i);
+        }
+    }
     for (const auto& given : options.types)
         if (!columns.find(given.first))
             throw Failure("types", "there is no column \"" + given.first + "\"");
@@ -110,7 +119,7 @@ bool CsvReader::next(Chunk& chunk) {
         target.push_back(emptyColumn(column.type));
     chunk.rows = 0;
     try {
-        while (!failure && chunk.rows < chunkRows && readRow(target, chunk.rows)) {
+        while (!failure && !isFull(target, chunk.rows) && readRow(target, chunk.rows)) {
         }
     } catch (const Failure& damage) {
         failure = damage;
@@ -126,6 +135,20 @@ bool CsvReader::next(Chunk& chunk) {
     if (chunk.rows == 0)
         reportSkipped();
     return chunk.rows > 0;
+}
+
+/// Long texts end a chunk before it has all its rows.
+bool CsvReader::isFull(const std::vector<Column>& target, std::size_t rows) {
+    if (rows == 0) {
+        textBytes = 0;
+        rowsWeighed = 0;
+    }
+    for (; rowsWeighed < rows; ++rowsWeighed) {
+        for (const std::size_t position : textColumns) {
+            textBytes += target[position].texts()[rowsWeighed].size();
+        }
+    }
+    return rows >= mostRows || rows * rowBytes + textBytes >= mostChunkBytes;
 }
 
 /// Appends the next record to the columns, or skips it. @return false at the end of the file.

@@ -29,6 +29,7 @@ private:
     std::vector<std::string> readHeader(CsvRecords& from);
     void findColumns();
     void lookAtRows(CsvRecords& sample, std::vector<TypeGuess>& guesses);
+    bool isFull(const std::vector<Column>& target, std::size_t rows);
     bool readRow(std::vector<Column>& target, std::size_t& rows);
     CsvField withUtf8(const CsvField& field, ColumnType type);
     std::string complaintAbout(std::vector<Column>& target);
@@ -40,6 +41,11 @@ private:
     Schema columns;
     std::vector<CsvField> fields;
     std::optional<Failure> failure;  ///< That the rows end with.
+    std::vector<std::size_t> textColumns;
+    std::size_t mostRows = 0;     ///< In a chunk.
+    std::size_t rowBytes = 0;     ///< Of a row without its texts.
+    std::size_t rowsWeighed = 0;  ///< Of the chunk that is being read.
+    std::size_t textBytes = 0;    ///< In these rows.
     std::uint64_t recordsSeen = 0;
     std::uint64_t skippedRows = 0;
     std::uint64_t firstRepaired = 0;  ///< Line of the first text that was no UTF-8; 0 for none.

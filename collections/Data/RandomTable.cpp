@@ -2,6 +2,8 @@
 
 #include "Distribution.h"
 
+#include <velmorak/ChunkSize.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -17,12 +19,13 @@ public:
         for (const RandomColumn& column : columns)
             made.add({.name = column.name,
                       .type = column.distribution.isInteger() ? ColumnType::Integer : ColumnType::Real});
+        mostRows = rowsInChunk(made);
     }
 
     const Schema& schema() const override { return made; }
 
     bool next(Chunk& chunk) override {
-        chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(chunkRows, rows - row));
+        chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(mostRows, rows - row));
         row += chunk.rows;
         return chunk.rows > 0;
     }
@@ -58,6 +61,7 @@ private:
 
     std::vector<RandomColumn> columns;
     Schema made;
+    std::size_t mostRows = 0;  ///< In a chunk.
     std::uint64_t rows;
     std::uint64_t row = 0;
     std::uint64_t seed;

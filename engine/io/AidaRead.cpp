@@ -115,7 +115,7 @@ public:
 
     bool next(Chunk& chunk) override {
         try {
-            while (!failure && walk->rows()->rows() < chunkRows && advance()) {
+            while (!failure && !walk->rows()->isFull() && advance()) {
             }
         } catch (const Failure& damage) {
             failure = std::make_unique<Failure>(damage);

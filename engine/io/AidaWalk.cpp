@@ -264,14 +264,14 @@ void AidaWalk::endRow() {
     if (rowBuilder->hasExtraEntries())
         warnOnce("extra entries",
                  fmt::format("{} has rows with more entries than columns; these are left out", current.path));
-    if (rowBuilder->rows() == chunkRows)
+    if (rowBuilder->isFull())
         reader->pause();
 }
 
 std::size_t AidaWalk::takeRows(const PlainRows& rows, std::size_t first) {
     if (!rowBuilder)
         return rows.count() - first;
-    const std::size_t count = std::min(rows.count() - first, chunkRows - rowBuilder->rows());
+    const std::size_t count = rowBuilder->roomFor(rows, first);
     rowBuilder->appendRows(rows, first, count);
     return count;
 }

@@ -94,6 +94,14 @@ TupleBuilder::TupleBuilder(const std::vector<AidaColumn>& columns) : header(colu
         items.push_back(column.isNested ? addNested(column, column.name, 0) : addColumn(column));
     allColumns = Schema(std::exchange(infos, {}));
     timesUsed.clear();
+    mostRows = rowsInChunk(allColumns);
+    for (std::size_t i = 0; i < allColumns.size(); ++i) {
+        const bool isList = allColumns[i].isList;
+        rowBytes += isList ? sizeof(std::uint64_t) : bytesInRow(Schema({allColumns[i]}));
+        if (isList || allColumns[i].type == ColumnType::Text) {
+            unequal.push_back(i);
+        }
+    }
 }
 
 TupleBuilder::Item TupleBuilder::addColumn(const AidaColumn& column) {
@@ -302,6 +310,36 @@ void TupleBuilder::endRow() {
         if (slot.column.isList())
             slot.column.offsets.push_back(slot.column.valueCount());
     ++rowCount;
+    weighRow();
+}
+
+void TupleBuilder::weighRow() {
+    bytes += rowBytes;
+    for (const std::size_t position : unequal) {
+        const Column& column = slots[position].column;
+        const std::size_t begin = column.isList() ? *(column.offsets.end() - 2) : rowCount - 1;
+        std::visit(
+            [&](const auto& values) {
+                bytes += column.isList() ? (values.size() - begin) * sizeof(values[0]) : 0;
+                if constexpr (std::is_same_v<std::decay_t<decltype(values)>, Column::Texts>)
+                    for (std::size_t i = begin; i < values.size(); ++i)
+                        bytes += values[i].size();
+            },
+            column.values);
+    }
+}
+
+std::size_t TupleBuilder::roomFor(const PlainRows& rows, std::size_t first) const {
+    const std::size_t most = std::min(rows.count() - first, mostRows - rowCount);
+    std::size_t whole = bytes;
+    for (std::size_t count = 0; count < most; ++count) {
+        if (whole >= mostChunkBytes)
+            return count;
+        whole += rowBytes;
+        for (const std::size_t position : unequal)
+            whole += rows.columns()[position].texts()[first + count].size();
+    }
+    return most;
 }
 
 std::vector<PlainColumn> TupleBuilder::plainColumns() const {
@@ -324,6 +362,10 @@ void TupleBuilder::appendRows(const PlainRows& rows, std::size_t first, std::siz
             },
             slots[i].column.values);
     rowCount += count;
+    bytes += count * rowBytes;
+    for (const std::size_t position : unequal)
+        for (std::size_t i = first; i < first + count; ++i)
+            bytes += rows.columns()[position].texts()[i].size();
 }
 
 void TupleBuilder::dropIncompleteRow() {
@@ -350,6 +392,7 @@ std::vector<ColumnPtr> TupleBuilder::take() {
         columns.push_back(std::make_shared<Column>(std::exchange(slot.column, std::move(next))));
     }
     rowCount = 0;
+    bytes = 0;
     return columns;
 }
 

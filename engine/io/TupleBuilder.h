@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "velmorak/Table.h"
+#include "velmorak/ChunkSize.h"
 
 namespace velmorak::io {
 
@@ -38,6 +38,8 @@ public:
 
     /// The columns, where each row has one value in each; else none.
     std::vector<PlainColumn> plainColumns() const;
+    /// @return how many of the rows from the first on still go into the chunk.
+    std::size_t roomFor(const PlainRows& rows, std::size_t first) const;
     /// Appends complete rows of such columns. Called between rows.
     void appendRows(const PlainRows& rows, std::size_t first, std::size_t count);
 
@@ -47,6 +49,8 @@ public:
 
     /// Complete rows that have not been taken.
     std::size_t rows() const { return rowCount; }
+    /// They are a whole chunk: in number, or because their texts and lists are large.
+    bool isFull() const { return rowCount >= mostRows || bytes >= mostChunkBytes; }
     /// Moves the complete rows out; the builder begins anew.
     std::vector<ColumnPtr> take();
 
@@ -87,6 +91,7 @@ private:
     void countRows(const Item& item, std::int64_t rows);
     static void restart(std::vector<Item>& items);
     void dropIncompleteRow();
+    void weighRow();
 
     std::vector<AidaColumn> header;
     Schema allColumns;
@@ -102,6 +107,10 @@ private:
     std::vector<Level> levels;     ///< From the outermost to the one that is being read.
     std::size_t position = 0;      ///< Of the next entry in the row.
     std::size_t rowCount = 0;
+    std::size_t mostRows = 0;          ///< In a chunk.
+    std::size_t rowBytes = 0;          ///< Of a row without its texts and lists.
+    std::vector<std::size_t> unequal;  ///< Slots whose values are texts, or lists.
+    std::size_t bytes = 0;             ///< Of the complete rows.
 };
 
 /// @return false when the text is no value of the type. Blanks around it do not matter; an integer may be written with
