@@ -109,15 +109,6 @@ TEST_F(ValueEntries, ofAChoiceOfferAllChoicesByTheKeyDown) {
     EXPECT_THAT(recording::edits(), IsEmpty());
 }
 
-TEST_F(ValueEntries, ofAChoiceOfferThoseThatGoOnAsTheTextDoes) {
-    varWindow& dialog = openWith("log", scaleText);
-    focus(entry(dialog, 1));
-    int end = 0;
-    entry(dialog, 1).delete_text(0, -1);
-    entry(dialog, 1).insert_text("L", 1, end);
-    EXPECT_TRUE(pumpUntil([] { return offered() == std::vector<std::string>{"linear", "log"}; }));
-}
-
 TEST_F(ValueEntries, withoutChoicesOfferNothing) {
     EXPECT_FALSE(entry(openWith("1", "Number.\nType: number from 1 to 5"), 1).get_completion());
 }
