@@ -21,6 +21,7 @@ protected:
     public:
         using vkWindow::actionGroup;
         using vkWindow::canvas;
+        using vkWindow::connectionMap;
         using vkWindow::deleteAll;
         using vkWindow::lastDialog;
         using vkWindow::liveNodes;

@@ -9,6 +9,8 @@ class ValuesTest : public LibraryTest {
 protected:
     static constexpr std::size_t expression = 3;  ///< Its row in the dialog of a Formula.
 
+    static constexpr std::size_t functionExpression = 1;  ///< And in that of a Function.
+
     varWindow& openNew(const std::string& kind) {
         window->addPlugin(nullptr, kind);
         return openFor(manager->plugins.back()->name);
@@ -18,6 +20,15 @@ protected:
         window->selectedItem = window->nodeOf(name)->box;
         act("Var");
         return *window->lastDialog;
+    }
+
+    int pathsOnCanvas() {
+        const auto root = window->canvas.get_root_item();
+        int count = 0;
+        for (int i = 0; i < root->get_n_children(); ++i) {
+            count += dynamic_cast<Goocanvas::Path*>(root->get_child(i).operator->()) != nullptr ? 1 : 0;
+        }
+        return count;
     }
 
     static std::vector<Gtk::Entry*> entries(varWindow& dialog) { return widgetsIn<Gtk::Entry>(dialog); }
@@ -77,6 +88,30 @@ TEST_F(ValuesTest, variablesOfAFormulaGoWithTheirValues) {
     const auto& inputs = manager->plugins[0]->Inputs();
     EXPECT_EQ(inputs.back().name, "second");
     EXPECT_EQ(inputs.back().value, "22");
+}
+
+TEST_F(ValuesTest, aVariableThatGoesTakesItsWireWithItAndTheOtherKeepsIts) {
+    window->addPlugin(nullptr, "Number");
+    varWindow& dialog = openNew("Function");
+    entries(dialog).at(functionExpression)->set_text("a + b");
+    buttonIn(dialog, "OK").clicked();
+    window->connect({"Number", "number"}, {"Function", "a"});
+    window->connect({"Number", "number"}, {"Function", "b"});
+    ASSERT_EQ(window->pathMap.size(), 2U);
+    varWindow& again = openFor("Function");
+    entries(again).at(functionExpression)->set_text("b");
+    buttonIn(again, "Apply").clicked();
+    EXPECT_EQ(window->pathMap.size(), 1U);
+    EXPECT_EQ(pathsOnCanvas(), 1);
+    ASSERT_EQ(window->connectionMap.size(), 1U);
+    EXPECT_EQ(window->connectionMap.begin()->first, (PortRef{"Function", "b"}));
+    const auto& inputs = manager->plugins[1]->Inputs();
+    ASSERT_EQ(inputs.size(), 2U);
+    EXPECT_EQ(inputs[1].name, "b");
+    EXPECT_EQ(inputs[1].source, manager->plugins[0]);
+    entries(again).at(functionExpression)->set_text("a + b");
+    buttonIn(again, "Apply").clicked();
+    EXPECT_EQ(pathsOnCanvas(), 1) << "the wire of a is gone for good";
 }
 
 TEST_F(ValuesTest, aWiredInputShowsItsSourceInGrey) {

@@ -115,10 +115,29 @@ bool Session::seesPipeline() {
 
 bool Session::run(const std::string& lastPlugin) {
     const std::ptrdiff_t before = countOfRuns(errors(), lastPlugin);
-    desktop.activate(window);
-    const ScreenArea area = desktop.areaOf(window);
-    desktop.click(area.x + area.width / 6, area.y + area.height - halfButton);
+    clickStart();
     return waitFor([&] { return countOfRuns(errors(), lastPlugin) > before; });
+}
+
+void Session::clickStart() {
+    desktop.activate(window);
+    const ScreenArea main = area();
+    desktop.click(main.x + main.width / 6, main.y + main.height - halfButton);
+}
+
+bool Session::hears(const std::string& text) {
+    return waitFor([&] { return errors().find(text) != std::string::npos; });
+}
+
+std::string Session::lookOfStart() {
+    const ScreenArea main = area();
+    const fs::path whole = folder() / "start.png";
+    desktop.screenshot(whole);
+    std::ostringstream part;
+    part << main.width / 3 << "x" << 2 * halfButton << "+" << main.x << "+" << main.y + main.height - 2 * halfButton;
+    const fs::path file = folder() / "start.ppm";
+    Process({"convert", whole.string(), "-crop", part.str(), "+repage", file.string()}).wait();
+    return contentOf(file);
 }
 
 bool Session::select(const SavedPipeline& shown, const std::string& name) {
@@ -211,6 +230,28 @@ void Session::pressButton(const std::string& title, int button) {
     desktop.click(area.x + area.width * (2 * button + 1) / 6, area.y + area.height - halfButton);
 }
 
+std::string Session::openList() {
+    std::string list;
+    waitFor([&] {
+        list = shownWindow("COMBO");
+        return !list.empty();
+    });
+    return list;
+}
+
+bool Session::listIsClosed() {
+    return waitFor([this] { return shownWindow("COMBO").empty(); });
+}
+
+bool Session::maximise() {
+    desktop.activate(window);
+    constexpr int halfTitleBar = 10;
+    const ScreenArea before = area();
+    desktop.act({"mousemove", std::to_string(before.x + before.width / 2), std::to_string(before.y - halfTitleBar),
+                 "click", "--repeat", "2", "--delay", "50", "1"});
+    return waitFor([&] { return area().width > before.width; }) && desktop.activate(window);
+}
+
 bool Session::saveAs(const fs::path& file) {
     desktop.activate(window);
     desktop.pressKeys({"ctrl+shift+s"});
@@ -273,4 +314,8 @@ void Session::picture(const std::string& title, const std::string& step) {
 
 void Session::picture(const std::string& step) {
     picture("", step);
+}
+
+void Session::screenPicture(const std::string& step) {
+    desktop.screenshot(pictureFile(step));
 }

@@ -32,6 +32,12 @@ public:
     bool seesPipeline();
     /// Clicks on Start and waits until the library says that the plug-in is done, once more than before.
     bool run(const std::string& lastPlugin);
+    /// Clicks on Start, or on Stop while a run goes on.
+    void clickStart();
+    /// Waits until the program has written this to standard error. @return whether it has.
+    bool hears(const std::string& text);
+    /// What the screen shows of the button Start with the pointer elsewhere, as the text of a picture.
+    std::string lookOfStart();
     /// Selects a box of the pipeline that is shown.
     bool select(const SavedPipeline& shown, const std::string& name);
     /// Points at the start plug-in's box and waits for the toolkit's tooltip. @return whether one came.
@@ -43,6 +49,13 @@ public:
     /// Clicks on a button of the variables dialog: 0 "OK", 1 "Apply", 2 "Cancel".
     void pressButton(const std::string& title, int button);
     bool isGone(const std::string& title);
+    /// Waits for the list of an entry or a selector. @return its window, empty when none came.
+    std::string openList();
+    bool listIsClosed();
+    void pressKeys(const std::vector<std::string>& keys) const { desktop.pressKeys(keys); }
+    /// Makes the main window as large as the screen by a double click on its title bar. @return whether it is.
+    bool maximise();
+    ScreenArea area() const { return desktop.areaOf(window); }  ///< Of the main window.
     /// Puts the window of that title there.
     void move(const std::string& title, int x, int y);
     /// Has the program ask its question before it ends, and waits for it. @return its window, empty when none came.
@@ -66,7 +79,8 @@ public:
 
     /// Keeps a picture of one window, with its frame.
     void picture(const std::string& title, const std::string& step);
-    void picture(const std::string& step);  ///< Of the main window.
+    void picture(const std::string& step);        ///< Of the main window.
+    void screenPicture(const std::string& step);  ///< Of the whole screen, with the lists that are open.
 
     std::filesystem::path folder() const { return ownFolder.path(); }
     std::string errors() const { return editor->errors(); }

@@ -46,7 +46,7 @@ TEST_F(Windows, pointingAtABoxShowsWhatItIs) {
     ASSERT_TRUE(session.start({example.string()}));
     ASSERT_TRUE(session.seesPipeline());
     EXPECT_TRUE(session.pointAtStart());
-    session.picture("tooltip");
+    session.screenPicture("tooltip");
     EXPECT_EQ(session.errors(), "");
     EXPECT_TRUE(session.quit());
 }
@@ -71,7 +71,7 @@ TEST_F(Windows, theQuestionStandsInFrontOfAVariablesDialogAndReturnSaves) {
     const auto positionOf = [&stack](const std::string& window) { return std::ranges::find(stack, window); };
     ASSERT_NE(positionOf(question), stack.end());
     EXPECT_LT(positionOf(session.windowOf("Peak Variables")), positionOf(question));
-    session.picture("Peak Variables", "behind");
+    session.screenPicture("behind");
     EXPECT_TRUE(session.quitByReturn(question));
     std::ostringstream text;
     text << std::ifstream(document).rdbuf();
