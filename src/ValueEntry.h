@@ -20,7 +20,7 @@ public:
     void fitToText();
 
 private:
-    void offer(const std::vector<std::string>& choices);
+    void offer(const std::vector<std::string>& offered);
     void offerFiles(bool isFile);
     bool openChoices(GdkEventKey* event);
     bool isOffered(const Glib::ustring& key, const Gtk::TreeModel::const_iterator& row) const;
