@@ -1,0 +1,109 @@
+#pragma once
+
+#include <velmorak/Failure.h>
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace velmorak::root {
+
+using Bytes = std::span<const std::uint8_t>;
+
+/// @return the bytes at the pointer as a number, the most significant byte first.
+template <typename Number>
+Number bigEndian(const std::uint8_t* bytes) {
+    static_assert(sizeof(Number) <= 8);
+    std::uint64_t bits = 0;
+    for (std::size_t i = 0; i < sizeof(Number); ++i) {
+        bits = bits << 8U | bytes[i];
+    }
+    if constexpr (std::is_same_v<Number, float>) {
+        return std::bit_cast<float>(static_cast<std::uint32_t>(bits));
+    } else if constexpr (std::is_same_v<Number, double>) {
+        return std::bit_cast<double>(bits);
+    } else {
+        return static_cast<Number>(bits);
+    }
+}
+
+/// Reads the numbers and texts of a record one after the other. ROOT writes them with the most significant byte first.
+/// Errors: Failure when the record ends before what is asked for.
+class Buffer {
+public:
+    explicit Buffer(Bytes bytes) : bytes(bytes) {}
+
+    std::size_t position() const { return at; }
+    std::size_t size() const { return bytes.size(); }
+    std::size_t remaining() const { return bytes.size() - at; }
+    void seek(std::size_t position) {
+        check(position <= bytes.size());
+        at = position;
+    }
+    void skip(std::size_t count) {
+        check(count <= remaining());
+        at += count;
+    }
+    Bytes take(std::size_t count) {
+        check(count <= remaining());
+        const Bytes taken = bytes.subspan(at, count);
+        at += count;
+        return taken;
+    }
+
+    template <typename Number>
+    Number number() {
+        return bigEndian<Number>(take(sizeof(Number)).data());
+    }
+    std::uint8_t u8() { return number<std::uint8_t>(); }
+    std::uint16_t u16() { return number<std::uint16_t>(); }
+    std::uint32_t u32() { return number<std::uint32_t>(); }
+    std::uint64_t u64() { return number<std::uint64_t>(); }
+    std::int16_t i16() { return number<std::int16_t>(); }
+    std::int32_t i32() { return number<std::int32_t>(); }
+    std::int64_t i64() { return number<std::int64_t>(); }
+
+    /// A text with its length in front, in one byte or, behind a byte of 255, in four.
+    std::string text() {
+        std::size_t length = u8();
+        if (length == 255) {
+            length = u32();
+        }
+        return textOf(length);
+    }
+    /// A text up to a byte of zero.
+    std::string cText() {
+        const void* end = std::memchr(bytes.data() + at, 0, remaining());
+        check(end != nullptr);
+        std::string text = textOf(static_cast<std::size_t>(static_cast<const std::uint8_t*>(end) - bytes.data()) - at);
+        skip(1);
+        return text;
+    }
+    std::string textOf(std::size_t length) {
+        const Bytes taken = take(length);
+        return {reinterpret_cast<const char*>(taken.data()), taken.size()};
+    }
+
+    /// @return a count of things of which each takes at least that many bytes of what remains.
+    std::size_t count(std::size_t bytesEach) {
+        const std::int32_t found = i32();
+        check(found >= 0 && static_cast<std::size_t>(found) <= remaining() / bytesEach);
+        return static_cast<std::size_t>(found);
+    }
+
+private:
+    static void check(bool isInside) {
+        if (!isInside) {
+            throw Failure("a record ends before its content does");
+        }
+    }
+
+    Bytes bytes;
+    std::size_t at = 0;
+};
+
+}  // namespace velmorak::root

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Classes.h"
+#include "Object.h"
+#include "Record.h"
+
+#include <unordered_map>
+
+namespace velmorak::root {
+
+/// Reads the objects of one record by what the file says of their classes.
+class ObjectReader {
+public:
+    /// @param content   of the record.
+    /// @param headBytes length of its head.
+    /// @param classes   outlives this.
+    ObjectReader(Bytes content, std::size_t headBytes, const Classes& classes);
+
+    /// The record's object. Members that cannot be read are passed over where the file tells how long they are.
+    /// @throws Failure when the record is damaged.
+    ObjectPtr read(const std::string& className);
+
+    /// Reads the members of a class at a place in another buffer, without a header in front.
+    static void readMembers(ObjectReader& reader, const ClassInfo& info, Object& object);
+
+    Buffer& buffer() { return bytes; }
+
+private:
+    ObjectPtr readClass(const std::string& className);
+    void readInto(const std::string& className, Object& object);
+    bool readSpecial(const std::string& className, Object& object);
+    void readDescribed(const std::string& className, Object& object);
+    void readMember(const Element& element, Object& object);
+    Member readArithmetic(const Element& element, const Object& object);
+    Member readNumbers(NumberType type, const NumberRange& range, std::size_t count);
+    bool readOther(const Element& element, Object& object);
+    Member readCollection(const Element& element);
+
+    void readNamedInto(Object& object);
+    void readList(Object& object);
+    void readObjectArray(Object& object);
+    void readNumberArray(const std::string& className, Object& object);
+    void readBasket(Object& object);
+
+    ObjectPtr readPointer();
+    ObjectPtr readTagged(std::size_t begin, std::size_t tagAt, bool hasCount, std::uint32_t tag);
+
+    Buffer bytes;
+    std::size_t headBytes;
+    const Classes& classes;
+    std::unordered_map<std::size_t, std::string> classTags;
+    std::unordered_map<std::size_t, ObjectPtr> objectTags;
+    int depth = 0;
+};
+
+}  // namespace velmorak::root

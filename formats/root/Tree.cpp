@@ -1,0 +1,242 @@
+#include "Tree.h"
+
+#include "BranchWalk.h"
+#include "Compression.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace velmorak::root {
+namespace {
+
+/// Takes in the values of entries, one after the other.
+class Sink {
+public:
+    Sink(Column& column, const TreeColumn& tree) : column(column), isList(tree.info.isList) {}
+
+    void number(Buffer& buffer, const ValueType& type) {
+        switch (column.values.index()) {
+            case 0:
+                std::get<Column::Reals>(column.values).push_back(readReal(buffer, type.number, type.range));
+                break;
+            case 1:
+                std::get<Column::Integers>(column.values).push_back(readInteger(buffer, type.number));
+                break;
+            default:
+                std::get<Column::Booleans>(column.values)
+                    .push_back(static_cast<std::uint8_t>(readInteger(buffer, type.number)));
+        }
+    }
+    void text(Buffer& buffer) { std::get<Column::Texts>(column.values).push_back(buffer.text()); }
+    void endEntry() {
+        if (isList) {
+            column.offsets.push_back(column.valueCount());
+        }
+    }
+
+    void value(Buffer& buffer, const ValueType& type) {
+        if (type.kind == ValueType::Kind::Number) {
+            number(buffer, type);
+        } else if (type.kind == ValueType::Kind::Text) {
+            text(buffer);
+        } else {
+            const std::size_t count = buffer.count(1);
+            for (std::size_t i = 0; i < count; ++i) {
+                value(buffer, type.arguments.front());
+            }
+        }
+    }
+
+private:
+    Column& column;
+    bool isList;
+};
+
+void readEntry(Buffer& entry, const TreeColumn& column, Sink& sink) {
+    const Layout& layout = column.layout;
+    entry.skip(layout.before);
+    if (layout.hasHeader && entry.remaining() > 0) {
+        readHeader(entry, false);
+    }
+    const std::size_t size = sizeOf(layout.type.number, layout.type.range);
+    switch (layout.kind) {
+        case Layout::Kind::FlaggedNumbers:
+            entry.skip(entry.remaining() > 0 ? 1 : 0);
+            [[fallthrough]];
+        case Layout::Kind::Numbers: {
+            const std::size_t count = column.count ? entry.remaining() / size : layout.length;
+            for (std::size_t i = 0; i < count; ++i) {
+                sink.number(entry, layout.type);
+            }
+            break;
+        }
+        case Layout::Kind::Value:
+            sink.value(entry, layout.type);
+            break;
+        case Layout::Kind::Values:
+            while (entry.remaining() > 0) {
+                sink.value(entry, layout.type);
+            }
+            break;
+    }
+    sink.endEntry();
+}
+
+Column emptyColumn(const TreeColumn& column) {
+    Column empty;
+    switch (column.info.type) {
+        case ColumnType::Real:
+            empty.values = Column::Reals();
+            break;
+        case ColumnType::Integer:
+            empty.values = Column::Integers();
+            break;
+        case ColumnType::Boolean:
+            empty.values = Column::Booleans();
+            break;
+        case ColumnType::Text:
+            empty.values = Column::Texts();
+            break;
+    }
+    if (column.info.isList) {
+        empty.offsets.push_back(0);
+    }
+    return empty;
+}
+
+Basket embeddedBasket(const Object& object) {
+    Basket basket;
+    const std::string content = object.text("content");
+    basket.content.assign(content.begin(), content.end());
+    const std::int64_t head = object.integer("fKeylen");
+    for (const std::int64_t offset : object.integers("fEntryOffset")) {
+        basket.offsets.push_back(static_cast<std::uint32_t>(offset - head));
+    }
+    return basket;
+}
+
+/// The head of a basket's record, behind that of any record.
+Basket writtenBasket(const File& file, const BasketPlace& place) {
+    const std::vector<std::uint8_t> bytes = file.bytesAt(place.position, place.bytes);
+    Buffer buffer(bytes);
+    const Key key = readKey(buffer);
+    buffer.skip(2U + 4U);
+    if (buffer.i32() < 0) {
+        buffer.skip(1);
+    }
+    const std::int32_t entries = buffer.i32();
+    const std::int32_t last = buffer.i32();
+    if (key.bytes > bytes.size() || last < key.headBytes || entries < 0) {
+        throw Failure("its head is damaged");
+    }
+    Basket basket;
+    basket.content = unpacked(Bytes(bytes).subspan(key.headBytes, key.bytes - key.headBytes), key.unpackedBytes);
+    const auto border = static_cast<std::size_t>(last - key.headBytes);
+    if (border > basket.content.size()) {
+        throw Failure("its content ends early");
+    }
+    if (basket.content.size() - border > 4) {
+        Buffer rest(Bytes(basket.content).subspan(border));
+        const std::size_t count = std::min(rest.count(4), static_cast<std::size_t>(entries));
+        for (std::size_t i = 0; i < count; ++i) {
+            basket.offsets.push_back(rest.u32() - key.headBytes);
+        }
+    }
+    basket.content.resize(border);
+    return basket;
+}
+
+/// Makes the offsets of a basket whole, and checks that they rise and lie inside.
+void closeOffsets(Basket& basket) {
+    if (basket.offsets.empty()) {
+        return;
+    }
+    basket.offsets.resize(std::min<std::size_t>(basket.offsets.size(), basket.entries));
+    basket.offsets.push_back(static_cast<std::uint32_t>(basket.content.size()));
+    if (basket.offsets.size() != basket.entries + 1 || !std::is_sorted(basket.offsets.begin(), basket.offsets.end())) {
+        throw Failure("its entries do not lie one after the other");
+    }
+}
+
+}  // namespace
+
+Tree::Tree(const File& file, const Classes& classes, const Entry& entry) : file(file), path(entry.path) {
+    const std::vector<std::uint8_t> content = file.content(entry.key);
+    const ObjectPtr tree = ObjectReader(content, entry.key.headBytes, classes).read(entry.key.className);
+    treeTitle = tree->text("fTitle");
+    count = static_cast<std::uint64_t>(std::max(tree->real("fEntries"), 0.0));
+    BranchWalk(classes, all).walk(tree->objects("fBranches"));
+}
+
+Basket Tree::basketAt(const TreeColumn& column, const BasketPlace& place) const {
+    Basket basket = place.embedded ? embeddedBasket(*place.embedded) : writtenBasket(file, place);
+    basket.firstEntry = place.firstEntry;
+    basket.entries = place.entries;
+    closeOffsets(basket);
+    if (basket.offsets.empty() && column.count) {
+        addOffsets(column, basket);
+    }
+    return basket;
+}
+
+/// Where a basket does not say where its entries begin, the counts do.
+void Tree::addOffsets(const TreeColumn& column, Basket& basket) const {
+    const ColumnPtr counts = read(all[*column.count], basket.firstEntry, basket.entries);
+    const std::size_t size = sizeOf(column.layout.type.number, column.layout.type.range) * column.layout.length;
+    const std::size_t extra = column.layout.kind == Layout::Kind::FlaggedNumbers ? 1 : 0;
+    std::uint64_t at = 0;
+    basket.offsets.push_back(0);
+    for (const std::int64_t number : counts->integers()) {
+        at += extra + static_cast<std::uint64_t>(std::max<std::int64_t>(number, 0)) * size;
+        if (at > basket.content.size()) {
+            throw Failure("its counts do not go with its length");
+        }
+        basket.offsets.push_back(static_cast<std::uint32_t>(at));
+    }
+}
+
+void Tree::decode(const TreeColumn& column, const Basket& basket, std::uint64_t first, std::uint64_t last,
+                  Column& target) const {
+    Sink sink(target, column);
+    const std::size_t each = basket.entries == 0 ? 0 : basket.content.size() / basket.entries;
+    for (std::uint64_t entry = first; entry < last; ++entry) {
+        const std::size_t at = entry - basket.firstEntry;
+        const std::size_t begin = basket.offsets.empty() ? at * each : basket.offsets[at];
+        const std::size_t end = basket.offsets.empty() ? begin + each : basket.offsets[at + 1];
+        Buffer bytes(Bytes(basket.content).subspan(begin, end - begin));
+        try {
+            readEntry(bytes, column, sink);
+        } catch (const Failure& failure) {
+            throw Failure(fmt::format("entry {}: {}", entry, failure.what()));
+        }
+    }
+}
+
+ColumnPtr Tree::read(const TreeColumn& column, std::uint64_t first, std::size_t rows) const {
+    if (!column.complaint.empty()) {
+        throw Failure("the column " + column.name + " cannot be read: " + column.complaint);
+    }
+    auto values = std::make_shared<Column>(emptyColumn(column));
+    std::uint64_t at = first;
+    const std::uint64_t end = first + rows;
+    try {
+        for (const BasketPlace& place : column.baskets) {
+            if (place.firstEntry + place.entries > at && place.firstEntry < end) {
+                const Basket basket = basketAt(column, place);
+                const std::uint64_t last = std::min(end, basket.end());
+                decode(column, basket, std::max(at, basket.firstEntry), last, *values);
+                at = last;
+            }
+        }
+    } catch (const Failure& failure) {
+        throw Failure(fmt::format("{}: the branch {} of {} is damaged: {}", file.path().string(), column.name, path,
+                                  failure.what()));
+    }
+    if (at < end) {
+        throw Failure(fmt::format("{}: the branch {} of {} has no entry {}", file.path().string(), column.name, path, at));
+    }
+    return values;
+}
+
+}  // namespace velmorak::root

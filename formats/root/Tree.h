@@ -1,0 +1,103 @@
+#pragma once
+
+#include "File.h"
+#include "Number.h"
+#include "ObjectReader.h"
+
+#include <velmorak/Table.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velmorak::root {
+
+/// Some entries of a branch as they lie in the file, unpacked.
+struct Basket {
+    std::uint64_t firstEntry = 0;
+    std::uint64_t entries = 0;
+    std::vector<std::uint8_t> content;
+    /// Where each entry begins, and one more for the end; empty where all entries are equally long.
+    std::vector<std::uint32_t> offsets;
+
+    std::uint64_t end() const { return firstEntry + entries; }
+};
+
+/// Where a basket lies: at a place in the file, or in the tree's own record.
+struct BasketPlace {
+    std::uint64_t firstEntry = 0;
+    std::uint64_t entries = 0;
+    std::uint64_t position = 0;
+    std::size_t bytes = 0;
+    ObjectPtr embedded;
+};
+
+/// What the values of a type look like in the bytes of an entry.
+struct ValueType {
+    enum class Kind { Number, Text, List, Map };
+    Kind kind = Kind::Number;
+    NumberType number = NumberType::Int32;
+    NumberRange range;
+    std::vector<ValueType> arguments;  ///< Of a list what it holds, of a map keys and values.
+};
+
+/// How the values of a column lie in the entries of its branch.
+struct Layout {
+    enum class Kind {
+        Numbers,         ///< `length` numbers, times the count where there is one.
+        FlaggedNumbers,  ///< The same behind a byte that says whether there are any.
+        Value,           ///< One value of `type`.
+        Values,          ///< Values of `type` up to the end of the entry.
+    };
+    Kind kind = Kind::Numbers;
+    ValueType type;
+    std::size_t length = 1;
+    bool hasHeader = false;  ///< An object's header comes first.
+    /// Of a branch with several leaves, bytes in front of this one's.
+    std::size_t before = 0;
+};
+
+/// One column of a tree.
+struct TreeColumn {
+    std::string name;
+    std::string typeName;   ///< As C++ has it.
+    std::string title;
+    ColumnInfo info;
+    std::string complaint;  ///< Why the column cannot be read; empty when it can.
+    Layout layout;
+    std::vector<BasketPlace> baskets;
+    std::uint64_t entries = 0;
+    std::optional<std::size_t> count;  ///< Column that says how many values an entry has.
+};
+
+/// A tree or ntuple of a file: its columns, and their values for any run of entries.
+/// Threads: after construction, all operations may be called on several threads at once.
+class Tree {
+public:
+    /// @param file outlives this.
+    /// @throws Failure when the tree's record is damaged.
+    Tree(const File& file, const Classes& classes, const Entry& entry);
+
+    std::uint64_t entries() const { return count; }
+    const std::vector<TreeColumn>& columns() const { return all; }
+    const std::string& title() const { return treeTitle; }
+
+    /// @throws Failure when the column cannot be read or its bytes are damaged; names branch and entry.
+    ColumnPtr read(const TreeColumn& column, std::uint64_t first, std::size_t rows) const;
+
+private:
+    friend class BranchWalk;
+
+    Basket basketAt(const TreeColumn& column, const BasketPlace& place) const;
+    void decode(const TreeColumn& column, const Basket& basket, std::uint64_t first, std::uint64_t last,
+                Column& target) const;
+    void addOffsets(const TreeColumn& column, Basket& basket) const;
+
+    const File& file;
+    std::string path;
+    std::string treeTitle;
+    std::uint64_t count = 0;
+    std::vector<TreeColumn> all;
+};
+
+}  // namespace velmorak::root
