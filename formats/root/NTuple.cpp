@@ -1,0 +1,284 @@
+#include "NTuple.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace velmorak::root {
+namespace {
+
+using Role = NTupleField::Role;
+
+bool isText(const NTupleField& field) {
+    return field.typeName == "std::string";
+}
+
+/// Where the elements of a collection's items end, for each of the elements [first, last) of its indices.
+std::uint64_t endBefore(const std::vector<std::int64_t>& ends, std::uint64_t position, std::uint64_t offset) {
+    return position == 0 ? 0 : static_cast<std::uint64_t>(ends[position - 1 - offset]);
+}
+
+}  // namespace
+
+NTuple::NTuple(const File& file, const Entry& entry) : file(file), path(entry.path) {
+    try {
+        schema = NTupleSchema::read(file, entry.key);
+    } catch (const Failure& failure) {
+        throw Failure(fmt::format("{}: {} cannot be read: {}", file.path().string(), entry.path, failure.what()));
+    }
+    for (std::size_t i = 0; i < schema.fields.size(); ++i) {
+        if (schema.fields[i].parent == i) {
+            addField(i, schema.fields[i].name, {});
+        }
+    }
+}
+
+std::vector<std::size_t> NTuple::childrenOf(std::size_t field) const {
+    std::vector<std::size_t> children;
+    for (std::size_t i = 0; i < schema.fields.size(); ++i) {
+        if (schema.fields[i].parent == field && i != field) {
+            children.push_back(i);
+        }
+    }
+    return children;
+}
+
+std::size_t NTuple::sourceOf(std::size_t field) const {
+    const std::optional<std::size_t>& source = schema.fields[field].source;
+    return source && *source < schema.fields.size() ? *source : field;
+}
+
+/// Records give a column for each member; the items of collections and arrays have no name of their own.
+void NTuple::addField(std::size_t field, std::string name, std::vector<std::size_t> above) {
+    constexpr std::size_t maxDepth = 32;
+    const NTupleField& description = schema.fields[field];
+    above.push_back(field);
+    const std::vector<std::size_t> children = childrenOf(field);
+    const bool isInner = description.role == Role::Collection || description.arraySize > 0;
+    if (children.empty() || isText(description) || description.role == Role::Variant || above.size() > maxDepth) {
+        addLeaf(field, name, above);
+        return;
+    }
+    for (const std::size_t child : children) {
+        addField(child, isInner ? name : name + "." + schema.fields[child].name, above);
+    }
+}
+
+ColumnType NTuple::typeOf(const NTupleField& field, std::size_t position) const {
+    if (isText(field)) {
+        return ColumnType::Text;
+    }
+    const std::vector<std::size_t> columns = columnsOf(sourceOf(position), nullptr);
+    const int type = columns.empty() ? NTupleColumn::Int32 : schema.columns[columns.front()].type;
+    if (isRealColumn(type)) {
+        return ColumnType::Real;
+    }
+    return type == NTupleColumn::Bit ? ColumnType::Boolean : ColumnType::Integer;
+}
+
+void NTuple::addLeaf(std::size_t field, const std::string& name, std::vector<std::size_t> above) {
+    const NTupleField& description = schema.fields[field];
+    NTupleTableColumn column;
+    column.name = name;
+    column.typeName = description.typeName;
+    column.path = std::move(above);
+    column.info.name = name;
+    column.info.type = typeOf(description, field);
+    column.info.isList = std::any_of(column.path.begin(), column.path.end(), [this](std::size_t each) {
+        return schema.fields[each].role == Role::Collection || schema.fields[each].arraySize > 0;
+    });
+    const std::size_t count = columnsOf(sourceOf(field), nullptr).size();
+    if (description.role == Role::Variant || description.role == Role::Streamed) {
+        column.complaint = "fields of the type " + description.typeName + " cannot be read";
+    } else if (count != (isText(description) ? 2U : 1U)) {
+        column.complaint = "it has no values";
+    }
+    all.push_back(std::move(column));
+}
+
+std::vector<std::size_t> NTuple::columnsOf(std::size_t field, const NTupleCluster* cluster) const {
+    std::vector<std::size_t> found;
+    std::optional<unsigned> representation;
+    for (std::size_t i = 0; i < schema.columns.size(); ++i) {
+        const bool isThere = !cluster || (i < cluster->columns.size() && !cluster->columns[i].isSuppressed);
+        if (schema.columns[i].field == field && isThere) {
+            representation = representation.value_or(schema.columns[i].representation);
+            if (schema.columns[i].representation == *representation) {
+                found.push_back(i);
+            }
+        }
+    }
+    return found;
+}
+
+ColumnPtr NTuple::read(const NTupleTableColumn& column, std::uint64_t first, std::size_t rows) const {
+    if (!column.complaint.empty()) {
+        throw Failure("the column " + column.name + " cannot be read: " + column.complaint);
+    }
+    auto values = std::make_shared<Column>();
+    switch (column.info.type) {
+        case ColumnType::Real:
+            values->values = Column::Reals();
+            break;
+        case ColumnType::Integer:
+            values->values = Column::Integers();
+            break;
+        case ColumnType::Boolean:
+            values->values = Column::Booleans();
+            break;
+        case ColumnType::Text:
+            values->values = Column::Texts();
+            break;
+    }
+    if (column.info.isList) {
+        values->offsets.push_back(0);
+    }
+    const std::uint64_t end = first + rows;
+    for (const NTupleCluster& cluster : schema.clusters) {
+        const std::uint64_t from = std::max(first, cluster.firstEntry);
+        const std::uint64_t to = std::min(end, cluster.firstEntry + cluster.entries);
+        if (from < to) {
+            try {
+                appendRows(column, cluster, from - cluster.firstEntry, to - cluster.firstEntry, *values);
+            } catch (const Failure& failure) {
+                throw Failure(fmt::format("{}: the field {} of {} is damaged in the entries from {} on: {}",
+                                          file.path().string(), column.name, path, from, failure.what()));
+            }
+        }
+    }
+    return values;
+}
+
+/// Goes down from the rows to the leaf: each collection and array on the way makes ranges of its items of the ranges
+/// of rows.
+void NTuple::appendRows(const NTupleTableColumn& column, const NTupleCluster& cluster, std::uint64_t first,
+                        std::uint64_t last, Column& target) const {
+    std::vector<std::uint64_t> bounds;
+    for (std::uint64_t i = first; i <= last; ++i) {
+        bounds.push_back(i);
+    }
+    std::uint64_t total = cluster.entries;
+    for (const std::size_t field : column.path) {
+        const NTupleField& description = schema.fields[field];
+        if (description.arraySize > 0) {
+            for (std::uint64_t& bound : bounds) {
+                bound *= description.arraySize;
+            }
+            total *= description.arraySize;
+        } else if (description.role == Role::Collection) {
+            const std::vector<std::size_t> indices = columnsOf(sourceOf(field), &cluster);
+            if (indices.empty()) {
+                throw Failure("it has no counts");
+            }
+            const std::uint64_t from = bounds.front() == 0 ? 0 : bounds.front() - 1;
+            const Elements all = elements(indices.front(), cluster, total, from, total);
+            const auto& ends = std::get<1>(all);
+            for (std::uint64_t& bound : bounds) {
+                bound = endBefore(ends, bound, from);
+            }
+            total = total == 0 ? 0 : endBefore(ends, total, from);
+        }
+    }
+    if (!std::is_sorted(bounds.begin(), bounds.end()) || bounds.back() > total) {
+        throw Failure("its counts do not rise");
+    }
+    const std::size_t before = target.valueCount();
+    appendLeaf(column.path.back(), cluster, total, bounds.front(), bounds.back(), target);
+    for (std::size_t i = 1; target.isList() && i < bounds.size(); ++i) {
+        target.offsets.push_back(before + bounds[i] - bounds.front());
+    }
+}
+
+void NTuple::appendLeaf(std::size_t field, const NTupleCluster& cluster, std::uint64_t total, std::uint64_t first,
+                        std::uint64_t last, Column& target) const {
+    if (isText(schema.fields[field])) {
+        appendTexts(field, cluster, total, first, last, target);
+        return;
+    }
+    const std::vector<std::size_t> columns = columnsOf(sourceOf(field), &cluster);
+    if (columns.empty()) {
+        throw Failure("it has no values in a cluster");
+    }
+    const Elements values = elements(columns.front(), cluster, total, first, last);
+    if (target.type() == ColumnType::Real) {
+        const auto& reals = std::get<0>(values);
+        auto& to = std::get<Column::Reals>(target.values);
+        to.insert(to.end(), reals.begin(), reals.end());
+    } else if (target.type() == ColumnType::Integer) {
+        const auto& integers = std::get<1>(values);
+        auto& to = std::get<Column::Integers>(target.values);
+        to.insert(to.end(), integers.begin(), integers.end());
+    } else {
+        auto& to = std::get<Column::Booleans>(target.values);
+        for (const std::int64_t value : std::get<1>(values)) {
+            to.push_back(value != 0 ? 1 : 0);
+        }
+    }
+}
+
+void NTuple::appendTexts(std::size_t field, const NTupleCluster& cluster, std::uint64_t total, std::uint64_t first,
+                         std::uint64_t last, Column& target) const {
+    const std::vector<std::size_t> columns = columnsOf(sourceOf(field), &cluster);
+    if (columns.size() != 2) {
+        throw Failure("it has no values in a cluster");
+    }
+    const std::uint64_t from = first == 0 ? 0 : first - 1;
+    const Elements indices = elements(columns[0], cluster, total, from, last);
+    const auto& ends = std::get<1>(indices);
+    const std::uint64_t begin = endBefore(ends, first, from);
+    const std::uint64_t end = endBefore(ends, last, from);
+    const std::uint64_t characters = cluster.columns.at(columns[1]).elements();
+    const Elements letters = elements(columns[1], cluster, characters, begin, end);
+    std::string text;
+    for (const std::int64_t letter : std::get<1>(letters)) {
+        text += static_cast<char>(letter);
+    }
+    auto& to = std::get<Column::Texts>(target.values);
+    std::uint64_t at = begin;
+    for (std::uint64_t i = first; i < last; ++i) {
+        const std::uint64_t next = endBefore(ends, i + 1, from);
+        if (next < at || next > end) {
+            throw Failure("its texts do not lie one after the other");
+        }
+        to.push_back(text.substr(at - begin, next - at));
+        at = next;
+    }
+}
+
+Elements NTuple::elements(std::size_t column, const NTupleCluster& cluster, std::uint64_t total, std::uint64_t first,
+                          std::uint64_t last) const {
+    const NTupleColumn& description = schema.columns[column];
+    const NTuplePages& pages = cluster.columns.at(column);
+    const std::uint64_t stored = pages.elements();
+    if (last < first || last > total || stored > total) {
+        throw Failure("its counts do not go with its pages");
+    }
+    const std::uint64_t missing = total - stored;  // In front: the field was added later.
+    Elements found = isRealColumn(description.type) ? Elements(std::vector<double>()) : Elements(std::vector<std::int64_t>());
+    std::uint64_t begin = missing;  // Of the page.
+    std::optional<std::uint64_t> firstFound;
+    for (const NTuplePage& page : pages.pages) {
+        if (begin + page.elements > first && begin < last) {
+            firstFound = firstFound.value_or(begin);
+            appendPage(file, description, page, found);
+        }
+        begin += page.elements;
+    }
+    std::visit(
+        [&](auto& values) {
+            const std::uint64_t have = firstFound.value_or(last);
+            if (have < first) {
+                values.erase(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(first - have));
+            } else if (first < missing) {
+                values.insert(values.begin(), std::min(missing, last) - first, 0);
+            }
+            if (values.size() < last - first) {
+                throw Failure("its pages end early");
+            }
+            values.resize(last - first);
+        },
+        found);
+    return found;
+}
+
+}  // namespace velmorak::root

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "NTuplePage.h"
+
+#include <velmorak/Table.h>
+
+namespace velmorak::root {
+
+/// One column of the table that an RNTuple makes: a leaf of its fields, reached through records, collections and arrays.
+struct NTupleTableColumn {
+    std::string name;
+    std::string typeName;
+    ColumnInfo info;
+    std::string complaint;           ///< Why the column cannot be read; empty when it can.
+    std::vector<std::size_t> path;   ///< Fields from the top to the leaf.
+};
+
+/// An RNTuple of a file.
+/// Threads: after construction, all operations may be called on several threads at once.
+class NTuple {
+public:
+    /// @param file outlives this.
+    /// @throws Failure when a description is damaged.
+    NTuple(const File& file, const Entry& entry);
+
+    std::uint64_t entries() const { return schema.entries; }
+    const std::vector<NTupleTableColumn>& columns() const { return all; }
+    const std::string& description() const { return schema.description; }
+    /// Changes with the content.
+    std::uint64_t checksum() const { return schema.footerChecksum; }
+
+    /// @throws Failure when the column cannot be read or its pages are damaged.
+    ColumnPtr read(const NTupleTableColumn& column, std::uint64_t first, std::size_t rows) const;
+
+private:
+    void addField(std::size_t field, std::string name, std::vector<std::size_t> path);
+    void addLeaf(std::size_t field, const std::string& name, std::vector<std::size_t> path);
+    ColumnType typeOf(const NTupleField& field, std::size_t position) const;
+    std::vector<std::size_t> childrenOf(std::size_t field) const;
+    /// The columns of a field, in their order, in the representation that the cluster has.
+    std::vector<std::size_t> columnsOf(std::size_t field, const NTupleCluster* cluster) const;
+    std::size_t sourceOf(std::size_t field) const;
+
+    void appendRows(const NTupleTableColumn& column, const NTupleCluster& cluster, std::uint64_t first,
+                    std::uint64_t last, Column& target) const;
+    void appendLeaf(std::size_t field, const NTupleCluster& cluster, std::uint64_t total, std::uint64_t first,
+                    std::uint64_t last, Column& target) const;
+    void appendTexts(std::size_t field, const NTupleCluster& cluster, std::uint64_t total, std::uint64_t first,
+                     std::uint64_t last, Column& target) const;
+    /// @param total elements that the column has in the cluster, those before its first page among them.
+    Elements elements(std::size_t column, const NTupleCluster& cluster, std::uint64_t total, std::uint64_t first,
+                      std::uint64_t last) const;
+
+    const File& file;
+    std::string path;
+    NTupleSchema schema;
+    std::vector<NTupleTableColumn> all;
+};
+
+}  // namespace velmorak::root
