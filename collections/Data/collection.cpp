@@ -2,6 +2,7 @@
 #include "AidaTable.h"
 #include "CsvTable.h"
 #include "RandomTable.h"
+#include "RootTable.h"
 
 VELMORAK_COLLECTION(registry) {
     registry.group("Data");
@@ -10,4 +11,5 @@ VELMORAK_COLLECTION(registry) {
         registry.add(std::make_unique<velmorak::AidaObjectKind>(std::move(about)));
     registry.add(std::make_unique<velmorak::CsvTableKind>());
     registry.add(std::make_unique<velmorak::RandomTableKind>());
+    registry.add(std::make_unique<velmorak::RootTableKind>());
 }

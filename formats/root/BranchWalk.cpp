@@ -12,9 +12,9 @@ std::optional<NumberType> leafType(const Object& leaf) {
     using enum NumberType;
     const bool isUnsigned = leaf.integer("fIsUnsigned") != 0;
     static const std::map<std::string, std::pair<NumberType, NumberType>> types{
-        {"TLeafB", {Int8, UInt8}},   {"TLeafS", {Int16, UInt16}}, {"TLeafI", {Int32, UInt32}},
-        {"TLeafL", {Int64, UInt64}}, {"TLeafG", {Int64, UInt64}}, {"TLeafF", {Float, Float}},
-        {"TLeafD", {Double, Double}}, {"TLeafO", {Bool, Bool}},   {"TLeafF16", {Float16, Float16}},
+        {"TLeafB", {Int8, UInt8}},         {"TLeafS", {Int16, UInt16}}, {"TLeafI", {Int32, UInt32}},
+        {"TLeafL", {Int64, UInt64}},       {"TLeafG", {Int64, UInt64}}, {"TLeafF", {Float, Float}},
+        {"TLeafD", {Double, Double}},      {"TLeafO", {Bool, Bool}},    {"TLeafF16", {Float16, Float16}},
         {"TLeafD32", {Double32, Double32}}};
     const auto found = types.find(leaf.className);
     if (found == types.end()) {

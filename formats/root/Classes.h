@@ -39,10 +39,10 @@ struct Element {
     std::string typeName;
     int kind = 0;
     std::size_t arrayLength = 0;
-    std::string countName;    ///< Member that holds the length of a counted array.
-    int collectionKind = 0;   ///< Of a collection: 1 vector, 2 list, 3 deque, 4 map, 5 multimap, 6 set, 8 bitset.
-    int collectedKind = 0;    ///< Of a collection: kind of what it holds.
-    NumberRange range;        ///< Of Double32_t and Float16_t.
+    std::string countName;   ///< Member that holds the length of a counted array.
+    int collectionKind = 0;  ///< Of a collection: 1 vector, 2 list, 3 deque, 4 map, 5 multimap, 6 set, 8 bitset.
+    int collectedKind = 0;   ///< Of a collection: kind of what it holds.
+    NumberRange range;       ///< Of Double32_t and Float16_t.
 };
 
 struct ClassInfo {

@@ -51,9 +51,9 @@ bool unpackLz4(Bytes packed, Target target) {
     if (XXH64(content.data(), content.size(), 0) != checksum) {
         return false;
     }
-    const int size = LZ4_decompress_safe(reinterpret_cast<const char*>(content.data()),
-                                         reinterpret_cast<char*>(target.data()), static_cast<int>(content.size()),
-                                         static_cast<int>(target.size()));
+    const int size =
+        LZ4_decompress_safe(reinterpret_cast<const char*>(content.data()), reinterpret_cast<char*>(target.data()),
+                            static_cast<int>(content.size()), static_cast<int>(target.size()));
     return size >= 0 && static_cast<std::size_t>(size) == target.size();
 }
 

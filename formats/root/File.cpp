@@ -2,6 +2,8 @@
 
 #include "Compression.h"
 
+#include <velmorak/RegularFile.h>
+
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
@@ -61,9 +63,7 @@ File::Descriptor::~Descriptor() {
 }
 
 File::File(const std::filesystem::path& path) : filePath(path) {
-    if (!std::filesystem::is_regular_file(path) && std::filesystem::exists(path)) {
-        throw Failure(path.string() + " is not a regular file");
-    }
+    requireRegular(path);
     descriptor = std::make_shared<const Descriptor>(path);
     struct stat status {};
     if (fstat(descriptor->number, &status) != 0) {
@@ -164,11 +164,11 @@ void File::readKeys(const Directory& directory, const std::string& folder, int d
 }
 
 void File::addEntry(const std::string& path, const Key& key) {
-    const auto found = std::find_if(all.begin(), all.end(), [&](const Entry& entry) { return entry.path == path; });
-    if (found == all.end()) {
+    const auto [found, isNew] = positions.try_emplace(path, all.size());
+    if (isNew) {
         all.push_back({path, key});
-    } else if (found->key.cycle < key.cycle) {
-        found->key = key;
+    } else if (all[found->second].key.cycle < key.cycle) {
+        all[found->second].key = key;
     }
 }
 
@@ -189,8 +189,8 @@ void File::recover() {
             try {
                 Key key = readKey(buffer);
                 key.position = position;
-                const bool isObject = key.className != "TBasket" && key.className != "TFile" && !key.className.empty() &&
-                                      !isDirectory(key.className) && key.className != "TList";
+                const bool isObject = key.className != "TBasket" && key.className != "TFile" &&
+                                      !key.className.empty() && !isDirectory(key.className) && key.className != "TList";
                 if (isObject && position + key.bytes <= fileSize) {
                     addEntry(key.name, key);
                 }

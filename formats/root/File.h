@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <unordered_map>
 
 namespace velmorak::root {
 
@@ -63,7 +64,7 @@ private:
         int number;
     };
     struct Directory {
-        std::uint64_t keys = 0;      ///< Position of the record with its keys; 0 when it was not written.
+        std::uint64_t keys = 0;  ///< Position of the record with its keys; 0 when it was not written.
         std::size_t keyBytes = 0;
     };
 
@@ -83,6 +84,7 @@ private:
     std::size_t nameBytes = 0;
     std::array<std::uint8_t, 16> uniqueId{};
     std::vector<Entry> all;
+    std::unordered_map<std::string, std::size_t> positions;  ///< In all, by path.
     std::string complaint;
 };
 

@@ -100,7 +100,8 @@ std::vector<std::size_t> NTuple::columnsOf(std::size_t field, const NTupleCluste
     std::vector<std::size_t> found;
     std::optional<unsigned> representation;
     for (std::size_t i = 0; i < schema.columns.size(); ++i) {
-        const bool isThere = !cluster || (i < cluster->columns.size() && !cluster->columns[i].isSuppressed);
+        // A column that was added later has no pages in the clusters before: its values there are zero.
+        const bool isThere = !cluster || i >= cluster->columns.size() || !cluster->columns[i].isSuppressed;
         if (schema.columns[i].field == field && isThere) {
             representation = representation.value_or(schema.columns[i].representation);
             if (schema.columns[i].representation == *representation) {
@@ -227,7 +228,7 @@ void NTuple::appendTexts(std::size_t field, const NTupleCluster& cluster, std::u
     const auto& ends = std::get<1>(indices);
     const std::uint64_t begin = endBefore(ends, first, from);
     const std::uint64_t end = endBefore(ends, last, from);
-    const std::uint64_t characters = cluster.columns.at(columns[1]).elements();
+    const std::uint64_t characters = columns[1] < cluster.columns.size() ? cluster.columns[columns[1]].elements() : 0;
     const Elements letters = elements(columns[1], cluster, characters, begin, end);
     std::string text;
     for (const std::int64_t letter : std::get<1>(letters)) {
@@ -248,13 +249,15 @@ void NTuple::appendTexts(std::size_t field, const NTupleCluster& cluster, std::u
 Elements NTuple::elements(std::size_t column, const NTupleCluster& cluster, std::uint64_t total, std::uint64_t first,
                           std::uint64_t last) const {
     const NTupleColumn& description = schema.columns[column];
-    const NTuplePages& pages = cluster.columns.at(column);
+    const NTuplePages none;
+    const NTuplePages& pages = column < cluster.columns.size() ? cluster.columns[column] : none;
     const std::uint64_t stored = pages.elements();
     if (last < first || last > total || stored > total) {
         throw Failure("its counts do not go with its pages");
     }
     const std::uint64_t missing = total - stored;  // In front: the field was added later.
-    Elements found = isRealColumn(description.type) ? Elements(std::vector<double>()) : Elements(std::vector<std::int64_t>());
+    Elements found =
+        isRealColumn(description.type) ? Elements(std::vector<double>()) : Elements(std::vector<std::int64_t>());
     std::uint64_t begin = missing;  // Of the page.
     std::optional<std::uint64_t> firstFound;
     for (const NTuplePage& page : pages.pages) {

@@ -6,13 +6,14 @@
 
 namespace velmorak::root {
 
-/// One column of the table that an RNTuple makes: a leaf of its fields, reached through records, collections and arrays.
+/// One column of the table that an RNTuple makes: a leaf of its fields, reached through records, collections and
+/// arrays.
 struct NTupleTableColumn {
     std::string name;
     std::string typeName;
     ColumnInfo info;
-    std::string complaint;           ///< Why the column cannot be read; empty when it can.
-    std::vector<std::size_t> path;   ///< Fields from the top to the leaf.
+    std::string complaint;          ///< Why the column cannot be read; empty when it can.
+    std::vector<std::size_t> path;  ///< Fields from the top to the leaf.
 };
 
 /// An RNTuple of a file.

@@ -283,7 +283,8 @@ private:
                     const auto count = envelope.number<std::int32_t>();
                     const Link place = envelope.locator();
                     const std::int64_t elements = count < 0 ? -static_cast<std::int64_t>(count) : count;
-                    pages.pages.push_back({static_cast<std::uint64_t>(elements), place.position, place.bytes, count < 0});
+                    pages.pages.push_back(
+                        {static_cast<std::uint64_t>(elements), place.position, place.bytes, count < 0});
                 },
                 [&] { pages.isSuppressed = envelope.number<std::int64_t>() < 0; });
             cluster.columns.push_back(std::move(pages));

@@ -17,22 +17,49 @@ struct NTupleField {
     std::string description;
     std::size_t parent = 0;  ///< Its own position for one at the top.
     Role role = Role::Leaf;
-    std::uint64_t arraySize = 0;  ///< 0 for a field that is no array of a fixed size.
+    std::uint64_t arraySize = 0;        ///< 0 for a field that is no array of a fixed size.
     std::optional<std::size_t> source;  ///< Of a projected field: the one that has the values.
 };
 
 /// How the elements of a column are stored.
 struct NTupleColumn {
     enum Type {
-        Bit = 0, Byte, Char, Int8, UInt8, Int16, UInt16, Int32, UInt32, Int64, UInt64, Real16, Real32, Real64, Index32,
-        Index64, Switch, SplitInt16, SplitUInt16, SplitInt32, SplitUInt32, SplitInt64, SplitUInt64, SplitReal16,
-        SplitReal32, SplitReal64, SplitIndex32, SplitIndex64, Real32Trunc, Real32Quant
+        Bit = 0,
+        Byte,
+        Char,
+        Int8,
+        UInt8,
+        Int16,
+        UInt16,
+        Int32,
+        UInt32,
+        Int64,
+        UInt64,
+        Real16,
+        Real32,
+        Real64,
+        Index32,
+        Index64,
+        Switch,
+        SplitInt16,
+        SplitUInt16,
+        SplitInt32,
+        SplitUInt32,
+        SplitInt64,
+        SplitUInt64,
+        SplitReal16,
+        SplitReal32,
+        SplitReal64,
+        SplitIndex32,
+        SplitIndex64,
+        Real32Trunc,
+        Real32Quant
     };
     int type = Bit;
     unsigned bits = 0;
     std::size_t field = 0;
     unsigned representation = 0;
-    double low = 0.0;   ///< Of a Real32Quant: what its integers lie between.
+    double low = 0.0;  ///< Of a Real32Quant: what its integers lie between.
     double high = 0.0;
 };
 

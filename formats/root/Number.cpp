@@ -74,7 +74,8 @@ NumberRange NumberRange::fromTitle(std::string_view title) {
         bits = bits < 2.0 || bits > 32.0 ? 32.0 : bits;
     }
     const double low = boundOf(range.substr(0, comma));
-    const double high = boundOf(range.substr(comma + 1, second == std::string_view::npos ? second : second - comma - 1));
+    const double high =
+        boundOf(range.substr(comma + 1, second == std::string_view::npos ? second : second - comma - 1));
     if (low < high) {
         const double steps = bits < 32.0 ? std::exp2(std::floor(bits)) : 4294967295.0;
         return {low, steps / (high - low)};
@@ -85,23 +86,54 @@ NumberRange NumberRange::fromTitle(std::string_view title) {
 std::optional<NumberType> numberTypeOf(int kind) {
     using enum NumberType;
     static constexpr std::array<std::optional<NumberType>, 20> types{
-        std::nullopt, Int8,  Int16,  Int32,  Int64,        Float, Int32,  std::nullopt, Double, Double32,
-        Int8,         UInt8, UInt16, UInt32, UInt64,       UInt32, Int64, UInt64,       Bool,   Float16};
+        std::nullopt, Int8,  Int16,  Int32,  Int64,  Float,  Int32, std::nullopt, Double, Double32,
+        Int8,         UInt8, UInt16, UInt32, UInt64, UInt32, Int64, UInt64,       Bool,   Float16};
     return kind > 0 && kind < 20 ? types[static_cast<std::size_t>(kind)] : std::nullopt;
 }
 
 std::optional<NumberType> numberTypeNamed(std::string_view name) {
     using enum NumberType;
-    static const std::map<std::string_view, NumberType> types{
-        {"bool", Bool}, {"Bool_t", Bool}, {"char", Int8}, {"Char_t", Int8}, {"signed char", Int8}, {"int8_t", Int8},
-        {"unsigned char", UInt8}, {"UChar_t", UInt8}, {"uint8_t", UInt8}, {"Byte_t", UInt8}, {"byte", UInt8},
-        {"short", Int16}, {"Short_t", Int16}, {"int16_t", Int16}, {"unsigned short", UInt16}, {"UShort_t", UInt16},
-        {"uint16_t", UInt16}, {"int", Int32}, {"Int_t", Int32}, {"int32_t", Int32}, {"unsigned int", UInt32},
-        {"unsigned", UInt32}, {"UInt_t", UInt32}, {"uint32_t", UInt32}, {"long", Int64}, {"Long_t", Int64},
-        {"long long", Int64}, {"Long64_t", Int64}, {"int64_t", Int64}, {"unsigned long", UInt64}, {"ULong_t", UInt64},
-        {"unsigned long long", UInt64}, {"ULong64_t", UInt64}, {"uint64_t", UInt64}, {"size_t", UInt64},
-        {"float", Float}, {"Float_t", Float}, {"double", Double}, {"Double_t", Double}, {"Double32_t", Double32},
-        {"Float16_t", Float16}};
+    static const std::map<std::string_view, NumberType> types{{"bool", Bool},
+                                                              {"Bool_t", Bool},
+                                                              {"char", Int8},
+                                                              {"Char_t", Int8},
+                                                              {"signed char", Int8},
+                                                              {"int8_t", Int8},
+                                                              {"unsigned char", UInt8},
+                                                              {"UChar_t", UInt8},
+                                                              {"uint8_t", UInt8},
+                                                              {"Byte_t", UInt8},
+                                                              {"byte", UInt8},
+                                                              {"short", Int16},
+                                                              {"Short_t", Int16},
+                                                              {"int16_t", Int16},
+                                                              {"unsigned short", UInt16},
+                                                              {"UShort_t", UInt16},
+                                                              {"uint16_t", UInt16},
+                                                              {"int", Int32},
+                                                              {"Int_t", Int32},
+                                                              {"int32_t", Int32},
+                                                              {"unsigned int", UInt32},
+                                                              {"unsigned", UInt32},
+                                                              {"UInt_t", UInt32},
+                                                              {"uint32_t", UInt32},
+                                                              {"long", Int64},
+                                                              {"Long_t", Int64},
+                                                              {"long long", Int64},
+                                                              {"Long64_t", Int64},
+                                                              {"int64_t", Int64},
+                                                              {"unsigned long", UInt64},
+                                                              {"ULong_t", UInt64},
+                                                              {"unsigned long long", UInt64},
+                                                              {"ULong64_t", UInt64},
+                                                              {"uint64_t", UInt64},
+                                                              {"size_t", UInt64},
+                                                              {"float", Float},
+                                                              {"Float_t", Float},
+                                                              {"double", Double},
+                                                              {"Double_t", Double},
+                                                              {"Double32_t", Double32},
+                                                              {"Float16_t", Float16}};
     if (name.starts_with("std::")) {
         name.remove_prefix(5);
     }

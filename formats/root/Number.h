@@ -9,7 +9,21 @@
 namespace velmorak::root {
 
 /// How a number is stored.
-enum class NumberType { Bool, Int8, UInt8, Int16, UInt16, Int32, UInt32, Int64, UInt64, Float, Double, Double32, Float16 };
+enum class NumberType {
+    Bool,
+    Int8,
+    UInt8,
+    Int16,
+    UInt16,
+    Int32,
+    UInt32,
+    Int64,
+    UInt64,
+    Float,
+    Double,
+    Double32,
+    Float16
+};
 
 /// How the values of a Double32_t or Float16_t are stored, by the comment behind the member: "[low, high, bits]".
 struct NumberRange {

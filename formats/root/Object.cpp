@@ -5,7 +5,8 @@
 namespace velmorak::root {
 
 const Member* Object::find(std::string_view name) const {
-    const auto found = std::find_if(members.begin(), members.end(), [&](const auto& each) { return each.first == name; });
+    const auto found =
+        std::find_if(members.begin(), members.end(), [&](const auto& each) { return each.first == name; });
     return found == members.end() ? nullptr : &found->second;
 }
 

@@ -29,9 +29,9 @@ private:
 
 std::optional<NumberType> arrayType(const std::string& className) {
     using enum NumberType;
-    static const std::map<std::string, NumberType> types{{"TArrayC", Int8},   {"TArrayS", Int16}, {"TArrayI", Int32},
-                                                         {"TArrayL", Int64},  {"TArrayL64", Int64},
-                                                         {"TArrayF", Float},  {"TArrayD", Double}};
+    static const std::map<std::string, NumberType> types{{"TArrayC", Int8},  {"TArrayS", Int16},   {"TArrayI", Int32},
+                                                         {"TArrayL", Int64}, {"TArrayL64", Int64}, {"TArrayF", Float},
+                                                         {"TArrayD", Double}};
     const auto found = types.find(className);
     return found == types.end() ? std::nullopt : std::optional(found->second);
 }

@@ -12,9 +12,9 @@ inline constexpr std::size_t tagOffset = 2;
 /// What stands before the members of an object: its version and, but for a few old classes, where it ends.
 struct ObjectHeader {
     int version = 0;
-    std::uint32_t checksum = 0;     ///< Of a class without a version of its own.
-    bool isMemberWise = false;      ///< Of a collection: member by member instead of object by object.
-    std::optional<std::size_t> end; ///< Position in the buffer.
+    std::uint32_t checksum = 0;      ///< Of a class without a version of its own.
+    bool isMemberWise = false;       ///< Of a collection: member by member instead of object by object.
+    std::optional<std::size_t> end;  ///< Position in the buffer.
 
     /// Goes to the end of the object, where it is known.
     void leave(Buffer& buffer) const {

@@ -1,6 +1,7 @@
 #include "Tree.h"
 
 #include "BranchWalk.h"
+#include "BulkDecode.h"
 #include "Compression.h"
 
 #include <fmt/format.h>
@@ -167,6 +168,16 @@ Tree::Tree(const File& file, const Classes& classes, const Entry& entry) : file(
     treeTitle = tree->text("fTitle");
     count = static_cast<std::uint64_t>(std::max(tree->real("fEntries"), 0.0));
     BranchWalk(classes, all).walk(tree->objects("fBranches"));
+    if (count == 0) {  // Some programs fill branches only.
+        for (const TreeColumn& column : all) {
+            count = std::max(count, column.entries);
+        }
+    }
+    for (TreeColumn& column : all) {
+        if (column.entries < count && column.complaint.empty()) {
+            column.complaint = fmt::format("it has values for {} of {} entries", column.entries, count);
+        }
+    }
 }
 
 Basket Tree::basketAt(const TreeColumn& column, const BasketPlace& place) const {
@@ -198,12 +209,13 @@ void Tree::addOffsets(const TreeColumn& column, Basket& basket) const {
 
 void Tree::decode(const TreeColumn& column, const Basket& basket, std::uint64_t first, std::uint64_t last,
                   Column& target) const {
+    if (decodeAtOnce(column, basket, first - basket.firstEntry, last - basket.firstEntry, target)) {
+        return;
+    }
     Sink sink(target, column);
-    const std::size_t each = basket.entries == 0 ? 0 : basket.content.size() / basket.entries;
     for (std::uint64_t entry = first; entry < last; ++entry) {
-        const std::size_t at = entry - basket.firstEntry;
-        const std::size_t begin = basket.offsets.empty() ? at * each : basket.offsets[at];
-        const std::size_t end = basket.offsets.empty() ? begin + each : basket.offsets[at + 1];
+        const std::size_t begin = basket.position(entry - basket.firstEntry);
+        const std::size_t end = basket.position(entry - basket.firstEntry + 1);
         Buffer bytes(Bytes(basket.content).subspan(begin, end - begin));
         try {
             readEntry(bytes, column, sink);
@@ -211,6 +223,21 @@ void Tree::decode(const TreeColumn& column, const Basket& basket, std::uint64_t 
             throw Failure(fmt::format("entry {}: {}", entry, failure.what()));
         }
     }
+}
+
+/// @return the entry behind the last one that was there.
+std::uint64_t Tree::appendBaskets(const TreeColumn& column, std::uint64_t first, std::uint64_t end,
+                                  Column& target) const {
+    std::uint64_t at = first;
+    const auto reachesFirst = [first](const BasketPlace& place) { return place.firstEntry + place.entries <= first; };
+    auto place = std::partition_point(column.baskets.begin(), column.baskets.end(), reachesFirst);
+    for (; place != column.baskets.end() && at < end && place->firstEntry <= at; ++place) {
+        const BasketCache::BasketPtr basket = cache.get(&*place, [&] { return basketAt(column, *place); });
+        const std::uint64_t last = std::min(end, basket->end());
+        decode(column, *basket, at, last, target);
+        at = last;
+    }
+    return at;
 }
 
 ColumnPtr Tree::read(const TreeColumn& column, std::uint64_t first, std::size_t rows) const {
@@ -221,20 +248,14 @@ ColumnPtr Tree::read(const TreeColumn& column, std::uint64_t first, std::size_t 
     std::uint64_t at = first;
     const std::uint64_t end = first + rows;
     try {
-        for (const BasketPlace& place : column.baskets) {
-            if (place.firstEntry + place.entries > at && place.firstEntry < end) {
-                const Basket basket = basketAt(column, place);
-                const std::uint64_t last = std::min(end, basket.end());
-                decode(column, basket, std::max(at, basket.firstEntry), last, *values);
-                at = last;
-            }
-        }
+        at = appendBaskets(column, first, end, *values);
     } catch (const Failure& failure) {
         throw Failure(fmt::format("{}: the branch {} of {} is damaged: {}", file.path().string(), column.name, path,
                                   failure.what()));
     }
     if (at < end) {
-        throw Failure(fmt::format("{}: the branch {} of {} has no entry {}", file.path().string(), column.name, path, at));
+        throw Failure(
+            fmt::format("{}: the branch {} of {} has no entry {}", file.path().string(), column.name, path, at));
     }
     return values;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Basket.h"
+#include "BasketCache.h"
 #include "File.h"
 #include "Number.h"
 #include "ObjectReader.h"
@@ -11,17 +13,6 @@
 #include <vector>
 
 namespace velmorak::root {
-
-/// Some entries of a branch as they lie in the file, unpacked.
-struct Basket {
-    std::uint64_t firstEntry = 0;
-    std::uint64_t entries = 0;
-    std::vector<std::uint8_t> content;
-    /// Where each entry begins, and one more for the end; empty where all entries are equally long.
-    std::vector<std::uint32_t> offsets;
-
-    std::uint64_t end() const { return firstEntry + entries; }
-};
 
 /// Where a basket lies: at a place in the file, or in the tree's own record.
 struct BasketPlace {
@@ -60,7 +51,7 @@ struct Layout {
 /// One column of a tree.
 struct TreeColumn {
     std::string name;
-    std::string typeName;   ///< As C++ has it.
+    std::string typeName;  ///< As C++ has it.
     std::string title;
     ColumnInfo info;
     std::string complaint;  ///< Why the column cannot be read; empty when it can.
@@ -86,9 +77,8 @@ public:
     ColumnPtr read(const TreeColumn& column, std::uint64_t first, std::size_t rows) const;
 
 private:
-    friend class BranchWalk;
-
     Basket basketAt(const TreeColumn& column, const BasketPlace& place) const;
+    std::uint64_t appendBaskets(const TreeColumn& column, std::uint64_t first, std::uint64_t end, Column& target) const;
     void decode(const TreeColumn& column, const Basket& basket, std::uint64_t first, std::uint64_t last,
                 Column& target) const;
     void addOffsets(const TreeColumn& column, Basket& basket) const;
@@ -98,6 +88,7 @@ private:
     std::string treeTitle;
     std::uint64_t count = 0;
     std::vector<TreeColumn> all;
+    mutable BasketCache cache;
 };
 
 }  // namespace velmorak::root

@@ -31,9 +31,15 @@ private:
     }
 
     std::optional<ValueType> container(const std::string& name) {
-        static constexpr std::array<std::string_view, 9> lists{
-            "vector", "list", "set", "multiset", "deque", "unordered_set", "unordered_multiset", "ROOT::VecOps::RVec",
-            "forward_list"};
+        static constexpr std::array<std::string_view, 9> lists{"vector",
+                                                               "list",
+                                                               "set",
+                                                               "multiset",
+                                                               "deque",
+                                                               "unordered_set",
+                                                               "unordered_multiset",
+                                                               "ROOT::VecOps::RVec",
+                                                               "forward_list"};
         static constexpr std::array<std::string_view, 4> maps{"map", "multimap", "unordered_map", "unordered_multimap"};
         const bool isList = std::find(lists.begin(), lists.end(), name) != lists.end();
         const bool isMap = std::find(maps.begin(), maps.end(), name) != maps.end();

@@ -1,0 +1,63 @@
+#include "RootTable.h"
+
+#include "../Table/Names.h"
+
+#include <root/RootFile.h>
+
+namespace velmorak {
+namespace {
+
+std::filesystem::path fileOf(const Arguments& arguments, const RunContext& context) {
+    if (arguments.text("file").empty()) {
+        throw Failure("file", "there is no file to read");
+    }
+    return context.inputFile(arguments.text("file"));
+}
+
+}  // namespace
+
+std::string RootTableKind::summary() const {
+    return "Reads a tree, an ntuple or an RNTuple of a ROOT file.";
+}
+
+std::string RootTableKind::notes() const {
+    return R"(Branches of numbers, texts, arrays, standard containers and split objects become columns; [ROOT
+files](../root.md) says which. An array or a container is a list column; a list of lists is flattened into one list for
+each row. Branches of one name under different parents are told apart by the names of their parents. An integer of 64
+bits without sign that is too large for one with a sign becomes negative.
+
+Columns that cannot be read are left out, with one warning that names them; naming one in `columns` fails with the reason.
+A file that was not closed is searched record by record, with a warning.)";
+}
+
+Ports RootTableKind::ports(const ValueTexts&) const {
+    Ports ports;
+    ports.inputs = {
+        {.name = "file",
+         .description = "ROOT file. A relative name is looked for beside the document, then in the current folder.",
+         .type = ValueType::Text},
+        {.name = "object",
+         .description = "Path of the tree, ntuple or RNTuple in the file, for example run1/events. Empty: the only one "
+                        "that the file holds.",
+         .type = ValueType::Text},
+        {.name = "columns",
+         .description = "Names of the columns to read, separated by blanks or commas; a name with other signs in back "
+                        "quotes. Empty: all that can be read.",
+         .type = ValueType::Text},
+    };
+    ports.outputs = {{.name = "table",
+                      .description = "The entries, with a column for each branch or field.",
+                      .type = ValueType::Table}};
+    return ports;
+}
+
+std::unique_ptr<TableReader> RootTableKind::open(const Arguments& arguments, RunContext& context) const {
+    return openRootTable(fileOf(arguments, context), arguments.text("object"),
+                         columnNames("columns", arguments.text("columns")), context);
+}
+
+std::vector<std::filesystem::path> RootTableKind::files(const Arguments& arguments, RunContext& context) const {
+    return {fileOf(arguments, context)};
+}
+
+}  // namespace velmorak

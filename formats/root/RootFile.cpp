@@ -1,0 +1,202 @@
+#include "RootFile.h"
+
+#include "NTuple.h"
+#include "Tree.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <optional>
+#include <variant>
+
+namespace velmorak {
+namespace {
+
+using namespace root;
+
+bool isTree(const std::string& className) {
+    return className == "TTree" || className == "TNtuple" || className == "TNtupleD";
+}
+
+bool isNTuple(const std::string& className) {
+    return className == "ROOT::RNTuple";
+}
+
+bool isTable(const std::string& className) {
+    return isTree(className) || isNTuple(className);
+}
+
+constexpr std::size_t maxListed = 20;
+
+/// The first texts, and how many there are beyond.
+std::string listOf(const std::vector<std::string>& texts) {
+    std::string list;
+    for (std::size_t i = 0; i < std::min(texts.size(), maxListed); ++i) {
+        list += (i == 0 ? "\"" : ", \"") + texts[i] + "\"";
+    }
+    return texts.size() > maxListed ? list + fmt::format(" and {} more", texts.size() - maxListed) : list;
+}
+
+const Entry& tableNamed(const File& file, const std::string& wanted) {
+    const std::string path = wanted.starts_with("/") ? wanted.substr(1) : wanted;
+    std::vector<std::string> tables;
+    const Entry* found = nullptr;
+    for (const Entry& entry : file.entries()) {
+        if (isTable(entry.key.className)) {
+            tables.push_back(entry.path);
+            found = path.empty() || entry.path == path ? &entry : found;
+        }
+    }
+    if (tables.empty()) {
+        throw Failure(fmt::format("{} holds no tree or ntuple", file.path().string()));
+    }
+    if (!found) {
+        throw Failure("object", fmt::format("{} holds no tree or ntuple \"{}\"; there is {}", file.path().string(),
+                                            path, listOf(tables)));
+    }
+    if (path.empty() && tables.size() > 1) {
+        throw Failure("object",
+                      fmt::format("{} holds several tables; name one: {}", file.path().string(), listOf(tables)));
+    }
+    return *found;
+}
+
+Classes classesOf(const File& file) {
+    const std::optional<Key> key = file.streamerKey();
+    return key ? Classes(file.content(*key), key->headBytes) : Classes();
+}
+
+/// A tree or an RNTuple. Its columns, those that cannot be read among them, have positions.
+class Table {
+public:
+    Table(const File& file, const Entry& entry) {
+        if (isNTuple(entry.key.className)) {
+            ntuple.emplace(file, entry);
+        } else {
+            tree = std::make_unique<Tree>(file, classesOf(file), entry);
+        }
+    }
+
+    std::uint64_t entries() const { return tree ? tree->entries() : ntuple->entries(); }
+    std::size_t columns() const { return tree ? tree->columns().size() : ntuple->columns().size(); }
+    const ColumnInfo& info(std::size_t position) const {
+        return tree ? tree->columns()[position].info : ntuple->columns()[position].info;
+    }
+    const std::string& complaint(std::size_t position) const {
+        return tree ? tree->columns()[position].complaint : ntuple->columns()[position].complaint;
+    }
+    ColumnPtr read(std::size_t position, std::uint64_t first, std::size_t rows) const {
+        return tree ? tree->read(tree->columns()[position], first, rows)
+                    : ntuple->read(ntuple->columns()[position], first, rows);
+    }
+
+private:
+    std::unique_ptr<Tree> tree;
+    std::optional<NTuple> ntuple;
+};
+
+class RootTableReader : public TableReader {
+public:
+    RootTableReader(const std::filesystem::path& path, const std::string& object,
+                    const std::vector<std::string>& columns, RunContext& context)
+        : file(path), table(file, tableNamed(file, object)), context(context) {
+        if (!file.warning().empty()) {
+            context.warn(path.string() + ": " + file.warning());
+        }
+        if (columns.empty()) {
+            addAll();
+        }
+        for (const std::string& name : columns) {
+            addNamed(name);
+        }
+    }
+
+    const Schema& schema() const override { return offered; }
+
+    bool next(Chunk& chunk) override {
+        if (context.isStopping()) {
+            throw Stopped();
+        }
+        chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(chunkRows, table.entries() - row));
+        row += chunk.rows;
+        return chunk.rows > 0;
+    }
+
+    void complete(Chunk& chunk) const override {
+        for (const std::size_t position : positions) {
+            if (context.isStopping()) {
+                throw Stopped();
+            }
+            chunk.columns.push_back(table.read(position, chunk.firstRow, chunk.rows));
+        }
+    }
+
+    std::optional<double> fraction() const override {
+        return table.entries() == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(table.entries());
+    }
+
+private:
+    void addAll() {
+        std::vector<std::string> left;
+        for (std::size_t i = 0; i < table.columns(); ++i) {
+            if (table.complaint(i).empty()) {
+                add(i);
+            } else {
+                left.push_back(table.info(i).name);
+            }
+        }
+        if (!left.empty()) {
+            context.warn(
+                fmt::format("{} of {} columns cannot be read: {}", left.size(), table.columns(), listOf(left)));
+        }
+    }
+
+    void addNamed(const std::string& name) {
+        std::vector<std::string> names;
+        for (std::size_t i = 0; i < table.columns(); ++i) {
+            if (table.info(i).name == name) {
+                if (!table.complaint(i).empty()) {
+                    throw Failure("columns",
+                                  fmt::format("the column \"{}\" cannot be read: {}", name, table.complaint(i)));
+                }
+                add(i);
+                return;
+            }
+            names.push_back(table.info(i).name);
+        }
+        throw Failure("columns", fmt::format("there is no column \"{}\"; there is {}", name, listOf(names)));
+    }
+
+    void add(std::size_t position) {
+        if (offered.find(table.info(position).name)) {
+            return;
+        }
+        offered.add(table.info(position));
+        positions.push_back(position);
+    }
+
+    File file;
+    Table table;
+    RunContext& context;
+    Schema offered;
+    std::vector<std::size_t> positions;  ///< Of the offered columns in the table.
+    std::uint64_t row = 0;
+};
+
+}  // namespace
+
+std::vector<RootEntry> listRoot(const std::filesystem::path& file) {
+    std::vector<RootEntry> entries;
+    const File opened(file);
+    for (const Entry& entry : opened.entries()) {
+        entries.push_back({entry.path, entry.key.className, isTable(entry.key.className)});
+    }
+    return entries;
+}
+
+std::unique_ptr<TableReader> openRootTable(const std::filesystem::path& file, const std::string& object,
+                                           const std::vector<std::string>& columns, RunContext& context) {
+    return std::make_unique<RootTableReader>(file, object, columns, context);
+}
+
+}  // namespace velmorak
