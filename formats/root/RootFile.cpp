@@ -4,6 +4,7 @@
 #include "Tree.h"
 
 #include <fmt/format.h>
+#include <velmorak/ChunkSize.h>
 
 #include <algorithm>
 #include <optional>
@@ -117,7 +118,7 @@ public:
         if (context.isStopping()) {
             throw Stopped();
         }
-        chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(chunkRows, table.entries() - row));
+        chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(rowsInChunk(offered), table.entries() - row));
         row += chunk.rows;
         return chunk.rows > 0;
     }

@@ -42,7 +42,8 @@ TEST(Catalogue, offersTheKindsByGroup) {
     const std::map<std::string, Names> wanted = {
         {"Arithmetic", {"Number", "Text", "Adder", "Subtractor", "Multiplier", "Divider", "Function"}},
         {"Data",
-         {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "RandomTable"}},
+         {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "RandomTable",
+          "RootTable"}},
         {"Fit", {"Fit"}},
         {"Histogram",
          {"Histogram1D", "Histogram2D", "Profile1D", "Rebin", "Scale", "Combine", "Project", "Cumulative", "Compare",
