@@ -88,7 +88,7 @@ void BranchWalk::walk(const std::vector<ObjectPtr>& branches) {
 std::string BranchWalk::freeName(const std::string& name) {
     std::string free = name;
     for (auto parent = parents.rbegin(); parent != parents.rend() && names.contains(free); ++parent) {
-        free = *parent + "." + free;
+        free.insert(0, *parent + ".");
     }
     const std::string base = free;
     for (int number = 2; names.contains(free); ++number) {

@@ -9,8 +9,8 @@ void append(Bytes bytes, Values& values) {
     const std::size_t before = values.size();
     values.resize(before + count);
     for (std::size_t i = 0; i < count; ++i) {
-        values[before + i] =
-            static_cast<typename Values::value_type>(bigEndian<Stored>(bytes.data() + i * sizeof(Stored)));
+        const auto number = bigEndian<Stored>(bytes.data() + i * sizeof(Stored));
+        values[before + i] = static_cast<typename Values::value_type>(+number);
     }
 }
 

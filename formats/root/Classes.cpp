@@ -54,7 +54,7 @@ private:
         constexpr std::uint32_t classMask = 0x80000000;
         const std::uint32_t tag = buffer.u32();
         if (tag == newClass) {
-            const std::string name = buffer.cText();
+            std::string name = buffer.cText();
             names[tagAt] = name;
             return name;
         }

@@ -26,6 +26,12 @@ bool isDirectory(const std::string& className) {
     return className == "TDirectory" || className == "TDirectoryFile";
 }
 
+/// Not what only belongs to the file or to a tree.
+bool isObject(const std::string& className) {
+    return !className.empty() && className != "TBasket" && className != "TFile" && className != "TList" &&
+           !isDirectory(className);
+}
+
 std::uint64_t positionIn(Buffer& buffer, bool isBig) {
     return isBig ? buffer.u64() : buffer.u32();
 }
@@ -174,34 +180,35 @@ void File::addEntry(const std::string& path, const Key& key) {
 
 /// Walks from record to record. A place that was given free has its size as a negative number.
 void File::recover() {
+    constexpr std::uint64_t smallestHead = 18;
     std::uint64_t position = begin;
-    std::vector<Entry> found;
-    while (position + 18 < fileSize) {
+    while (position + smallestHead < fileSize) {
         const std::vector<std::uint8_t> bytes =
             bytesAt(position, std::min<std::uint64_t>(maxHeadBytes, fileSize - position));
         Buffer buffer(bytes);
-        const std::int32_t size = buffer.i32();
-        if (size == 0) {
+        const std::int64_t size = buffer.i32();
+        if (size == 0 || (size > 0 && !recoverRecord(bytes, position))) {
             break;
         }
-        buffer.seek(0);
-        if (size > 0) {
-            try {
-                Key key = readKey(buffer);
-                key.position = position;
-                const bool isObject = key.className != "TBasket" && key.className != "TFile" &&
-                                      !key.className.empty() && !isDirectory(key.className) && key.className != "TList";
-                if (isObject && position + key.bytes <= fileSize) {
-                    addEntry(key.name, key);
-                }
-            } catch (const Failure&) {
-                break;
-            }
-        }
-        position += static_cast<std::uint64_t>(size < 0 ? -static_cast<std::int64_t>(size) : size);
+        position += static_cast<std::uint64_t>(size < 0 ? -size : size);
     }
     if (!all.empty()) {
         complaint = "the file was not closed; its records were found one by one, and what was not written is missing";
+    }
+}
+
+/// @return false where there is no record.
+bool File::recoverRecord(Bytes bytes, std::uint64_t position) {
+    try {
+        Buffer buffer(bytes);
+        Key key = readKey(buffer);
+        key.position = position;
+        if (isObject(key.className) && position + key.bytes <= fileSize) {
+            addEntry(key.name, key);
+        }
+        return true;
+    } catch (const Failure&) {
+        return false;
     }
 }
 

@@ -73,6 +73,7 @@ private:
     void readKeys(const Directory& directory, const std::string& folder, int depth);
     void addEntry(const std::string& path, const Key& key);
     void recover();
+    bool recoverRecord(Bytes bytes, std::uint64_t position);
 
     std::filesystem::path filePath;
     std::shared_ptr<const Descriptor> descriptor;

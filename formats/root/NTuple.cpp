@@ -49,7 +49,7 @@ std::size_t NTuple::sourceOf(std::size_t field) const {
 }
 
 /// Records give a column for each member; the items of collections and arrays have no name of their own.
-void NTuple::addField(std::size_t field, std::string name, std::vector<std::size_t> above) {
+void NTuple::addField(std::size_t field, const std::string& name, std::vector<std::size_t> above) {
     constexpr std::size_t maxDepth = 32;
     const NTupleField& description = schema.fields[field];
     above.push_back(field);

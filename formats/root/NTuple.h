@@ -34,8 +34,8 @@ public:
     ColumnPtr read(const NTupleTableColumn& column, std::uint64_t first, std::size_t rows) const;
 
 private:
-    void addField(std::size_t field, std::string name, std::vector<std::size_t> path);
-    void addLeaf(std::size_t field, const std::string& name, std::vector<std::size_t> path);
+    void addField(std::size_t field, const std::string& name, std::vector<std::size_t> above);
+    void addLeaf(std::size_t field, const std::string& name, std::vector<std::size_t> above);
     ColumnType typeOf(const NTupleField& field, std::size_t position) const;
     std::vector<std::size_t> childrenOf(std::size_t field) const;
     /// The columns of a field, in their order, in the representation that the cluster has.

@@ -127,7 +127,7 @@ std::int64_t integerOf(int plain, std::uint64_t bits) {
 
 void appendBits(const NTupleColumn& column, std::uint64_t count, Bytes bytes, Elements& elements) {
     BitReader reader(bytes);
-    const double steps = static_cast<double>((std::uint64_t{1} << column.bits) - 1);
+    const auto steps = static_cast<double>((std::uint64_t{1} << column.bits) - 1);
     for (std::uint64_t i = 0; i < count; ++i) {
         const std::uint32_t bits = reader.next(column.bits);
         if (column.type == NTupleColumn::Bit) {

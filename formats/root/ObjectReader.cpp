@@ -182,8 +182,6 @@ bool ObjectReader::readOther(const Element& element, Object& object) {
             object.members.emplace_back(element.name, readClass(withoutPointer(element.typeName)));
             return true;
         case Element::Text:
-            object.members.emplace_back(element.name, bytes.text());
-            return true;
         case Element::StandardText:
             object.members.emplace_back(element.name, bytes.text());
             return true;
