@@ -78,6 +78,35 @@ TEST_F(Windows, theQuestionStandsInFrontOfAVariablesDialogAndReturnSaves) {
     EXPECT_NE(text.str().find("\"31\""), std::string::npos);
 }
 
+TEST_F(Windows, anExpressionThatLosesAVariableLosesItsWire) {
+    const fs::path document = session.folder() / "sum.zedra";
+    std::ofstream(document) << R"({
+  "zedra": 1,
+  "plugins": [
+    {"name": "One", "kind": "Number", "position": [40, 200], "inputs": [{"name": "value", "value": "1"}],
+     "outputs": [{"name": "number", "type": "number"}]},
+    {"name": "Sum", "kind": "Function", "position": [240, 200],
+     "inputs": [{"name": "expression", "value": "a + b"}, {"name": "a", "value": "", "from": ["One", "number"]},
+                {"name": "b", "value": "", "from": ["One", "number"]}],
+     "outputs": [{"name": "value", "type": "number"}]}
+  ]
+})";
+    ASSERT_TRUE(session.start({document.string()}));
+    ASSERT_TRUE(session.seesPipeline());
+    ASSERT_TRUE(session.select(SavedPipeline::read(document), "Sum"));
+    session.picture("both");
+    ASSERT_TRUE(session.openVariables("Sum"));
+    session.type(1, "b");
+    session.pressButton("Sum Variables", 0);
+    ASSERT_TRUE(session.isGone("Sum Variables"));
+    fs::remove(document);
+    ASSERT_TRUE(session.makes("ctrl+s", document));
+    session.picture("one");
+    const std::map<std::string, std::string> sources{{"b", "One.number"}};
+    EXPECT_EQ(SavedPipeline::read(document).node("Sum").sources, sources);
+    EXPECT_TRUE(session.quit());
+}
+
 /// The example with every plug-in moved to the upper end of the canvas, where an exported image begins.
 std::string exampleAtTheTop() {
     constexpr float canvasHeight = 1200;
