@@ -1,9 +1,9 @@
 #include "velmorak/Table.h"
 
+#include <functional>
 #include <limits>
 #include <stdexcept>
 #include <type_traits>
-#include <unordered_set>
 
 namespace velmorak {
 
@@ -50,6 +50,9 @@ std::vector<std::uint64_t> keptOffsets(const std::vector<std::uint64_t>& offsets
     return kept;
 }
 
+/// Fewer are found sooner by looking at each.
+constexpr std::size_t fewColumns = 16;
+
 [[noreturn]] void refuseSecond(const std::string& name) {
     throw std::invalid_argument(R"(there are two columns with the name ")" + name + "\"");
 }
@@ -77,20 +80,41 @@ std::string_view nameOf(ColumnType type) {
     throw std::logic_error("unknown column type");
 }
 
-Schema::Schema(std::vector<ColumnInfo> columns) : all(std::move(columns)) {
-    std::unordered_set<std::string_view> names;
-    for (const ColumnInfo& column : all) {
-        if (!names.insert(column.name).second) {
-            refuseSecond(column.name);
-        }
+Schema::Schema(std::vector<ColumnInfo> columns) {
+    all.reserve(columns.size());
+    for (ColumnInfo& column : columns) {
+        add(std::move(column));
     }
 }
 
 std::optional<std::size_t> Schema::find(std::string_view name) const {
-    for (std::size_t position = 0; position < all.size(); ++position)
-        if (all[position].name == name)
+    if (!slots.empty()) {
+        const std::uint32_t found = slots[slotOf(name)];
+        return found == 0 ? std::nullopt : std::optional<std::size_t>(found - 1);
+    }
+    for (std::size_t position = 0; position < all.size(); ++position) {
+        if (all[position].name == name) {
             return position;
+        }
+    }
     return std::nullopt;
+}
+
+/// @return the slot of the column with the name, or the free one that it would take.
+std::size_t Schema::slotOf(std::string_view name) const {
+    std::size_t slot = std::hash<std::string_view>{}(name) % slots.size();
+    while (slots[slot] != 0 && all[slots[slot] - 1].name != name) {
+        slot = (slot + 1) % slots.size();
+    }
+    return slot;
+}
+
+void Schema::growIndex() {
+    constexpr std::size_t slotsPerColumn = 4;
+    slots.assign(slotsPerColumn * all.size(), 0);
+    for (std::size_t position = 0; position < all.size(); ++position) {
+        slots[slotOf(all[position].name)] = static_cast<std::uint32_t>(position + 1);
+    }
 }
 
 void Schema::add(ColumnInfo column) {
@@ -98,6 +122,14 @@ void Schema::add(ColumnInfo column) {
         refuseSecond(column.name);
     }
     all.push_back(std::move(column));
+    if (all.size() < fewColumns) {
+        return;
+    }
+    if (slots.size() < 2 * all.size()) {
+        growIndex();
+    } else {
+        slots[slotOf(all.back().name)] = static_cast<std::uint32_t>(all.size());
+    }
 }
 
 std::size_t Column::valueCount() const {

@@ -45,10 +45,15 @@ public:
     /// @throws std::invalid_argument if the name is taken.
     void add(ColumnInfo column);
 
-    bool operator==(const Schema&) const = default;
+    bool operator==(const Schema& other) const { return all == other.all; }
 
 private:
+    std::size_t slotOf(std::string_view name) const;
+    void growIndex();
+
     std::vector<ColumnInfo> all;
+    /// A table by the hash of the names, half of it free: 1 + the position of a column, or 0. Empty for few columns.
+    std::vector<std::uint32_t> slots;
 };
 
 /// The values of one column in one chunk. Booleans are bytes of 0 and 1. A list column holds the values of all rows

@@ -90,5 +90,22 @@ TEST(ColumnTypeName, isWhatTheUserSees) {
     EXPECT_EQ(nameOf(ColumnType::Text), "text");
 }
 
+TEST(Schema, findsEachOfAMillionColumns) {
+    constexpr std::size_t count = 1'000'000;
+    Schema schema;
+    for (std::size_t i = 0; i < count; ++i) {
+        schema.add({.name = "c" + std::to_string(i)});
+    }
+    const Schema atOnce(schema.columns());
+    EXPECT_TRUE(atOnce == schema);
+    std::size_t found = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        found += schema.find(schema[i].name) == i && atOnce.find(schema[i].name) == i ? 1 : 0;
+    }
+    EXPECT_EQ(found, count);
+    EXPECT_FALSE(schema.find("c1000000"));
+    EXPECT_THROW(schema.add({.name = "c999999"}), std::invalid_argument);
+}
+
 }  // namespace
 }  // namespace velmorak
