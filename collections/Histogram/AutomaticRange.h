@@ -120,9 +120,9 @@ private:
     }
 
     template <typename Sums>
-    Object replaced(Axis axis, std::vector<Sums> cells) const {
+    Object replaced(Axis axis, CellVector<Sums> cells) const {
         if constexpr (std::is_same_v<Object, Profile1D>)
-            return onAxis<Object>(std::move(axis), std::move(cells), std::vector<ProfileReading>{},
+            return onAxis<Object>(std::move(axis), std::move(cells), CellVector<ProfileReading>{},
                                   object->nanEntries());
         else
             return onAxis<Object>(std::move(axis), std::move(cells), object->nanEntries());

@@ -6,7 +6,7 @@ namespace velmorak {
 namespace {
 
 Histogram1D summedUp(const Histogram1D& histogram, bool isForward, bool hasOutside) {
-    std::vector<BinSums> cells(histogram.cells().size());
+    CellVector<BinSums> cells(histogram.cells().size());
     BinSums sum = hasOutside ? (isForward ? histogram.underflow() : histogram.overflow()) : BinSums{};
     for (std::size_t step = 0; step < histogram.bins(); ++step) {
         const std::size_t cell = isForward ? step + 1 : histogram.bins() - step;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <velmorak/CellVector.h>
+
 #include <cstddef>
 #include <vector>
 
@@ -8,8 +10,8 @@ namespace velmorak {
 /// Cells added to those that they become: cell i of the old ones goes into cell target[i] of count new ones, in the
 /// order of the old ones.
 template <typename Sums>
-std::vector<Sums> gathered(const std::vector<Sums>& cells, const std::vector<std::size_t>& target, std::size_t count) {
-    std::vector<Sums> all(count);
+CellVector<Sums> gathered(const CellVector<Sums>& cells, const std::vector<std::size_t>& target, std::size_t count) {
+    CellVector<Sums> all(count);
     for (std::size_t i = 0; i < cells.size(); ++i)
         all[target[i]].add(cells[i]);
     return all;

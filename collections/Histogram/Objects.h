@@ -67,11 +67,11 @@ double sizeOf(const Histogram& histogram, std::size_t cell) {
 }
 
 /// Another histogram with the same axes.
-inline Histogram1D withCells(const Histogram1D& like, std::vector<BinSums> cells, std::int64_t nans) {
+inline Histogram1D withCells(const Histogram1D& like, CellVector<BinSums> cells, std::int64_t nans) {
     Histogram1D made(like.axis(), std::move(cells), nans);
     return made;
 }
-inline Histogram2D withCells(const Histogram2D& like, std::vector<GridSums<2>> cells, std::int64_t nans) {
+inline Histogram2D withCells(const Histogram2D& like, CellVector<GridSums<2>> cells, std::int64_t nans) {
     return {like.grid(), std::move(cells), nans};
 }
 

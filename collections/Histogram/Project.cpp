@@ -35,8 +35,8 @@ BinSums withoutValue(const ProfileSums<1>& sums) {
     return {.entries = sums.entries, .w = sums.w, .ww = sums.ww, .wx = sums.wx[0], .wxx = sums.wxx[0]};
 }
 
-std::vector<ProfileSums<1>> projected(const Histogram2D& plane, std::size_t kept, double low, double high) {
-    std::vector<ProfileSums<1>> sums(plane.grid().axis(kept).bins() + 2);
+CellVector<ProfileSums<1>> projected(const Histogram2D& plane, std::size_t kept, double low, double high) {
+    CellVector<ProfileSums<1>> sums(plane.grid().axis(kept).bins() + 2);
     for (std::size_t cell = 0; cell < plane.cells().size(); ++cell) {
         const Grid<2>::Cells cells = plane.grid().alongAxes(cell);
         if (isTaken(plane.grid().axis(1 - kept), cells[1 - kept], low, high))
@@ -86,15 +86,15 @@ void ProjectKind::evaluate(const Arguments& arguments, Results& results, RunCont
     const double high = arguments.number("high");
     if (!(low < high))
         throw Failure("high", "no bins lie between " + textOf(low) + " and " + textOf(high));
-    const std::vector<ProfileSums<1>> sums = projected(*plane, kept, low, high);
-    std::vector<BinSums> heights;
+    const CellVector<ProfileSums<1>> sums = projected(*plane, kept, low, high);
+    CellVector<BinSums> heights;
     heights.reserve(sums.size());
     for (const ProfileSums<1>& cell : sums)
         heights.push_back(withoutValue(cell));
     const Axis& axis = plane->grid().axis(kept);
     deliver(Histogram1D(axis, std::move(heights), plane->nanEntries()), *plane, arguments, context, results);
     auto profile =
-        std::make_shared<Profile1D>(Grid<1>({axis}), sums, std::vector<ProfileReading>{}, plane->nanEntries());
+        std::make_shared<Profile1D>(Grid<1>({axis}), sums, CellVector<ProfileReading>{}, plane->nanEntries());
     nameAfter(*profile, *plane, arguments, context);
     results.set("profile", DataObjectPtr(std::move(profile)));
 }

@@ -133,7 +133,7 @@ private:
 
     /// One bin for each step, of width 1 around its number.
     Value histogramOf(const std::vector<BinSums>& steps) const {
-        std::vector<BinSums> cells(1);
+        CellVector<BinSums> cells(1);
         cells.insert(cells.end(), steps.begin(), steps.end());
         cells.emplace_back();
         auto histogram = std::make_shared<Histogram1D>(

@@ -8,7 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "velmorak/Value.h"
+#include "velmorak/Histogram1D.h"
+#include "velmorak/ObjectBytes.h"
 
 namespace velmorak {
 
@@ -27,31 +28,56 @@ struct ObjectHead {
     }
 };
 
-inline std::uint64_t checksum(std::string_view bytes) {
-    std::uint64_t sum = 0xcbf29ce484222325U;
+inline constexpr std::uint64_t emptyChecksum = 0xcbf29ce484222325U;
+
+/// @param sum of the bytes before these.
+inline std::uint64_t checksum(std::string_view bytes, std::uint64_t sum = emptyChecksum) {
     for (const char byte : bytes)
         sum = (sum ^ static_cast<unsigned char>(byte)) * 0x100000001b3U;
     return sum;
 }
 
-/// Writes numbers as they lie in memory, a list after its length.
+/// Writes numbers as they lie in memory, a list after its length: into a text, in pieces to a sink, or nowhere, to know
+/// how many there are.
 class ByteWriter {
 public:
+    ByteWriter() = default;
+    explicit ByteWriter(ByteSink target) : sink(std::move(target)) {}
+    static ByteWriter counter() {
+        ByteWriter writer;
+        writer.isCounting = true;
+        return writer;
+    }
+
     template <typename Number>
     void number(Number value) {
-        bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
+        add({reinterpret_cast<const char*>(&value), sizeof value});
     }
     template <typename List>
     void list(const List& values) {
         number<std::uint64_t>(values.size());
-        bytes.append(reinterpret_cast<const char*>(values.data()), values.size() * sizeof values[0]);
+        add({reinterpret_cast<const char*>(values.data()), values.size() * sizeof values[0]});
     }
     /// A list of which only the first bytes of each say something.
     template <typename List>
     void packed(const List& values, std::size_t bytesOfEach) {
         number<std::uint64_t>(values.size());
+        if (isCounting) {
+            total += values.size() * bytesOfEach;
+            return;
+        }
         for (const auto& value : values)
-            bytes.append(reinterpret_cast<const char*>(&value), bytesOfEach);
+            add({reinterpret_cast<const char*>(&value), bytesOfEach});
+    }
+    /// An object's bytes after their number.
+    void object(const DataObject& whole) {
+        const std::uint64_t bytesOfIt = countBytesOf(whole);
+        number(bytesOfIt);
+        if (isCounting) {
+            total += bytesOfIt;
+        } else {
+            bytesOf(whole, [this](std::string_view piece) { add(piece); });
+        }
     }
     void head(const DataObject& object) {
         list(object.name);
@@ -69,9 +95,50 @@ public:
         number(checksum(bytes));
         return std::move(bytes);
     }
+    /// Gives the sink what it has not got yet, and the checksum.
+    void seal() {
+        flush();
+        sink({reinterpret_cast<const char*>(&sum), sizeof sum});
+    }
+    /// @return how many bytes there are with their checksum.
+    std::uint64_t count() const { return total + sizeof sum; }
 
 private:
+    static constexpr std::size_t pieceBytes = std::size_t{1} << 16U;
+
+    void add(std::string_view more) {
+        if (isCounting) {
+            total += more.size();
+        } else if (!sink) {
+            bytes.append(more);
+        } else {
+            addPiece(more);
+        }
+    }
+    void addPiece(std::string_view more) {
+        if (bytes.size() + more.size() > pieceBytes) {
+            flush();
+        }
+        if (more.size() > pieceBytes) {
+            give(more);
+        } else {
+            bytes.append(more);
+        }
+    }
+    void flush() {
+        give(bytes);
+        bytes.clear();
+    }
+    void give(std::string_view piece) {
+        sum = checksum(piece, sum);
+        sink(piece);
+    }
+
     std::string bytes;
+    ByteSink sink;
+    bool isCounting = false;
+    std::uint64_t total = 0;
+    std::uint64_t sum = emptyChecksum;
 };
 
 /// Reads what ByteWriter wrote. Every operation throws std::invalid_argument where the bytes are damaged.

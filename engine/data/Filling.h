@@ -27,7 +27,7 @@ inline double weightOf(const Entries& entries, std::size_t position) {
 
 /// The cells of a histogram as the kernels take them.
 template <typename Sums>
-std::byte* bytesOf(std::vector<Sums>& cells) {
+std::byte* bytesOf(CellVector<Sums>& cells) {
     static_assert(sizeof(Sums) == cellBytes && offsetof(Sums, entries) == 0 && offsetof(Sums, w) == 8 &&
                   offsetof(Sums, ww) == 16 && offsetof(Sums, wx) == 24);
     return reinterpret_cast<std::byte*>(cells.data());

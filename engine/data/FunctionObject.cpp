@@ -10,8 +10,7 @@ constexpr std::uint64_t mark = 0x31'63'6e'46'6b'6c'65'56;
 
 }  // namespace
 
-std::string FunctionObject::toBytes() const {
-    ByteWriter writer;
+void FunctionObject::write(ByteWriter& writer) const {
     writer.number(mark);
     writer.head(*this);
     writer.list(codelet);
@@ -26,6 +25,11 @@ std::string FunctionObject::toBytes() const {
         writer.list(parameter.name);
         writer.number(parameter.value);
     }
+}
+
+std::string FunctionObject::toBytes() const {
+    ByteWriter writer;
+    write(writer);
     return writer.sealed();
 }
 

@@ -6,11 +6,19 @@
 
 namespace velmorak {
 
+/// The edges as ByteWriter::list writes them, also where the axis has not stored them.
+inline void writeEdges(ByteWriter& writer, const Axis& axis) {
+    writer.number<std::uint64_t>(axis.bins() + 1);
+    for (std::size_t position = 0; position <= axis.bins(); ++position) {
+        writer.number(axis.edge(position));
+    }
+}
+
 template <std::size_t dimensions>
 void writeGrid(ByteWriter& writer, const Grid<dimensions>& grid) {
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
         writer.list(grid.axis(direction).title);
-        writer.list(grid.axis(direction).edges());
+        writeEdges(writer, grid.axis(direction));
     }
 }
 

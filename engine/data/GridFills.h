@@ -5,7 +5,6 @@
 #include <cmath>
 #include <limits>
 #include <stdexcept>
-#include <vector>
 
 /// What histograms and profiles of several axes have in common. Included where no product and sum are joined, so that
 /// the bits are those of two roundings.
@@ -54,15 +53,24 @@ void addEntries(Sums& cell, const Sums& other) {
     }
 }
 
+/// Adds cells to as many others. What is blank on both sides stays so, and takes no memory.
+template <typename Sums>
+void addAll(CellVector<Sums>& cells, const CellVector<Sums>& others) {
+    for (std::size_t cell = 0; cell < cells.size(); ++cell) {
+        if (!isBlank(others[cell]) || !isBlank(cells[cell])) {
+            cells[cell].add(others[cell]);
+        }
+    }
+}
+
 /// Adds the cells of an object with the same axes.
 /// @throws std::invalid_argument if they differ; what says what cannot be added.
 template <std::size_t dimensions, typename Sums>
-void addCells(const Grid<dimensions>& grid, std::vector<Sums>& cells, const Grid<dimensions>& otherGrid,
-              const std::vector<Sums>& others, const char* what) {
+void addCells(const Grid<dimensions>& grid, CellVector<Sums>& cells, const Grid<dimensions>& otherGrid,
+              const CellVector<Sums>& others, const char* what) {
     if (!(grid == otherGrid))
         throw std::invalid_argument(what);
-    for (std::size_t cell = 0; cell < cells.size(); ++cell)
-        cells[cell].add(others[cell]);
+    addAll(cells, others);
 }
 
 /// @return the population standard deviation from sums; NaN without weight, 0 where rounding or negative weights leave

@@ -1,6 +1,7 @@
 #include "velmorak/Histogram1D.h"
 
 #include "Filling.h"
+#include "GridFills.h"
 
 #include <algorithm>
 #include <array>
@@ -25,7 +26,7 @@ void count(BinSums& sums, double value, double weight) {
 
 /// @param wide may be null.
 /// @return how many were not filled because one of their numbers is NaN.
-std::int64_t fillBlock(const Axis& axis, std::vector<BinSums>& sums, const filling::Entries& entries,
+std::int64_t fillBlock(const Axis& axis, CellVector<BinSums>& sums, const filling::Entries& entries,
                        const filling::Kernels* wide) {
     std::array<std::uint32_t, filling::blockEntries> cells;
     axis.cells(entries.x, entries.count, cells.data());
@@ -57,7 +58,7 @@ void BinSums::add(const BinSums& other) {
 
 Histogram1D::Histogram1D(Axis axis) : x(std::move(axis)), sums(x.bins() + 2) {}
 
-Histogram1D::Histogram1D(Axis axis, std::vector<BinSums> cells, std::int64_t nanEntries)
+Histogram1D::Histogram1D(Axis axis, CellVector<BinSums> cells, std::int64_t nanEntries)
     : x(std::move(axis)), sums(std::move(cells)), nans(nanEntries) {
     if (sums.size() != x.bins() + 2)
         throw std::invalid_argument("a histogram needs one cell for each bin, and two outside");
@@ -88,8 +89,7 @@ void Histogram1D::fill(const double* values, const double* weights, std::size_t 
 void Histogram1D::merge(const Histogram1D& other) {
     if (!(x == other.x))
         throw std::invalid_argument("histograms with different axes cannot be added");
-    for (std::size_t cell = 0; cell < sums.size(); ++cell)
-        sums[cell].add(other.sums[cell]);
+    addAll(sums, other.sums);
     nans += other.nans;
 }
 

@@ -1,4 +1,4 @@
-#include "Bytes.h"
+#include "GridBytes.h"
 
 #include "velmorak/Histogram1D.h"
 
@@ -20,14 +20,18 @@ static_assert(std::is_trivially_copyable_v<BinSums> && offsetof(BinSums, wxx) + 
 
 }  // namespace
 
-std::string Histogram1D::toBytes() const {
-    ByteWriter writer;
+void Histogram1D::write(ByteWriter& writer) const {
     writer.number(mark);
     writer.head(*this);
     writer.list(x.title);
-    writer.list(x.edges());
+    writeEdges(writer, x);
     writer.packed(sums, bytesOfCell);
     writer.number(nans);
+}
+
+std::string Histogram1D::toBytes() const {
+    ByteWriter writer;
+    write(writer);
     return writer.sealed();
 }
 
@@ -37,7 +41,7 @@ Histogram1D Histogram1D::fromBytes(const std::string& bytes) {
     auto axisTitle = reader.list<std::string>();
     Axis axis(reader.list<std::vector<double>>());
     axis.title = std::move(axisTitle);
-    auto cells = reader.packed<std::vector<BinSums>>(bytesOfCell);
+    auto cells = reader.packed<CellVector<BinSums>>(bytesOfCell);
     const auto nanEntries = reader.number<std::int64_t>();
     reader.mustBeAtEnd();
     Histogram1D histogram(std::move(axis), std::move(cells), nanEntries);

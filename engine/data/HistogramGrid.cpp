@@ -61,7 +61,7 @@ public:
 
     /// @return how many points were filled.
     template <std::size_t dimensions>
-    std::size_t fill(std::vector<GridSums<dimensions>>& sums, const Fills<dimensions>& fills) const {
+    std::size_t fill(CellVector<GridSums<dimensions>>& sums, const Fills<dimensions>& fills) const {
         if constexpr (dimensions == 2)
             if (kernels != nullptr && hasSteps)
                 return kernels->plane(axes, stride, filling::bytesOf(sums), entries(fills));
@@ -70,7 +70,7 @@ public:
 
     /// As fill, but for the cells, which are known from the given position on.
     template <std::size_t dimensions>
-    std::size_t fillListed(std::vector<GridSums<dimensions>>& sums, const Fills<dimensions>& fills,
+    std::size_t fillListed(CellVector<GridSums<dimensions>>& sums, const Fills<dimensions>& fills,
                            const BlockCells<dimensions>& cells, std::size_t position) const {
         if constexpr (dimensions == 2)
             if (kernels != nullptr)
@@ -92,7 +92,7 @@ private:
 
 /// @return how many were not filled because one of their numbers is NaN.
 template <std::size_t dimensions>
-std::int64_t fillBlock(const Grid<dimensions>& grid, std::vector<GridSums<dimensions>>& sums,
+std::int64_t fillBlock(const Grid<dimensions>& grid, CellVector<GridSums<dimensions>>& sums,
                        const Fills<dimensions>& fills, const PlaneKernels& wide) {
     BlockCells<dimensions> cells;
     for (std::size_t direction = 0; direction < dimensions; ++direction)
@@ -174,7 +174,7 @@ HistogramGrid<dimensions>::HistogramGrid(Grid<dimensions> cellGrid)
     : shape(std::move(cellGrid)), sums(emptyCells<Sums>(shape.cellCount())) {}
 
 template <std::size_t dimensions>
-HistogramGrid<dimensions>::HistogramGrid(Grid<dimensions> cellGrid, std::vector<Sums> cells, std::int64_t nanEntries)
+HistogramGrid<dimensions>::HistogramGrid(Grid<dimensions> cellGrid, CellVector<Sums> cells, std::int64_t nanEntries)
     : shape(std::move(cellGrid)), sums(std::move(cells)), nans(nanEntries) {
     if (sums.size() != shape.cellCount())
         throw std::invalid_argument("a histogram needs the sums of each of its cells");
@@ -236,13 +236,18 @@ double HistogramGrid<dimensions>::rms(std::size_t direction) const {
 }
 
 template <std::size_t dimensions>
-std::string HistogramGrid<dimensions>::toBytes() const {
-    ByteWriter writer;
+void HistogramGrid<dimensions>::write(ByteWriter& writer) const {
     writer.number(mark + dimensions);
     writer.head(*this);
     writeGrid(writer, shape);
     writer.packed(sums, bytesOfCell<dimensions>);
     writer.number(nans);
+}
+
+template <std::size_t dimensions>
+std::string HistogramGrid<dimensions>::toBytes() const {
+    ByteWriter writer;
+    write(writer);
     return writer.sealed();
 }
 
@@ -251,7 +256,7 @@ HistogramGrid<dimensions> HistogramGrid<dimensions>::fromBytes(const std::string
     ByteReader reader(bytes, mark + dimensions);
     const ObjectHead head = reader.head();
     auto grid = readGrid<dimensions>(reader);
-    auto cells = reader.packed<std::vector<Sums>>(bytesOfCell<dimensions>);
+    auto cells = reader.packed<CellVector<Sums>>(bytesOfCell<dimensions>);
     const auto nanEntries = reader.number<std::int64_t>();
     reader.mustBeAtEnd();
     HistogramGrid histogram(std::move(grid), std::move(cells), nanEntries);

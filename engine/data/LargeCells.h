@@ -1,7 +1,8 @@
 #pragma once
 
+#include "velmorak/CellVector.h"
+
 #include <cstddef>
-#include <vector>
 
 namespace velmorak {
 
@@ -11,8 +12,8 @@ void expectLarge(void* memory, std::size_t bytes);
 /// @return cells without entries. Where they are many, fills of cells far from each other do not wait for the tables of
 ///         the system's pages.
 template <typename Sums>
-std::vector<Sums> emptyCells(std::size_t count) {
-    std::vector<Sums> cells;
+CellVector<Sums> emptyCells(std::size_t count) {
+    CellVector<Sums> cells;
     cells.reserve(count);
     expectLarge(cells.data(), count * sizeof(Sums));
     cells.resize(count);

@@ -1,5 +1,7 @@
 #include "velmorak/ObjectBytes.h"
 
+#include "Bytes.h"
+
 #include "velmorak/FunctionObject.h"
 #include "velmorak/Histogram1D.h"
 #include "velmorak/HistogramGrid.h"
@@ -30,11 +32,12 @@ constexpr char letterOf<Points> = 'x';
 template <>
 constexpr char letterOf<FunctionObject> = 'f';
 
-template <typename Object>
-bool write(const DataObject& object, std::string& bytes) {
+/// @return whether the object is of this class.
+template <typename Object, typename Use>
+bool use(const DataObject& object, const Use& with) {
     const auto* known = dynamic_cast<const Object*>(&object);
     if (known != nullptr)
-        bytes = letterOf<Object> + known->toBytes();
+        with(*known, letterOf<Object>);
     return known != nullptr;
 }
 
@@ -48,7 +51,12 @@ bool read(const std::string& bytes, DataObjectPtr& object) {
 
 template <typename... Classes>
 struct Known {
-    static bool written(const DataObject& object, std::string& bytes) { return (write<Classes>(object, bytes) || ...); }
+    /// Calls with with the object as what it is, and the letter of its class.
+    template <typename Use>
+    static void use(const DataObject& object, const Use& with) {
+        if (!(velmorak::use<Classes>(object, with) || ...))
+            throw std::invalid_argument("an object of this class has no bytes");
+    }
     static bool isRead(const std::string& bytes, DataObjectPtr& object) {
         return !bytes.empty() && (read<Classes>(bytes, object) || ...);
     }
@@ -60,9 +68,27 @@ using AllKnown = Known<Histogram1D, Histogram2D, Histogram3D, Profile1D, Profile
 
 std::string bytesOf(const DataObject& object) {
     std::string bytes;
-    if (!AllKnown::written(object, bytes))
-        throw std::invalid_argument("an object of this class has no bytes");
+    bytesOf(object, [&](std::string_view piece) { bytes += piece; });
     return bytes;
+}
+
+void bytesOf(const DataObject& object, const ByteSink& sink) {
+    AllKnown::use(object, [&](const auto& known, char letter) {
+        sink({&letter, 1});
+        ByteWriter writer(sink);
+        known.write(writer);
+        writer.seal();
+    });
+}
+
+std::uint64_t countBytesOf(const DataObject& object) {
+    std::uint64_t count = 0;
+    AllKnown::use(object, [&](const auto& known, char) {
+        ByteWriter writer = ByteWriter::counter();
+        known.write(writer);
+        count = 1 + writer.count();
+    });
+    return count;
 }
 
 DataObjectPtr objectFrom(const std::string& bytes) {

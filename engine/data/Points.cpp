@@ -18,8 +18,7 @@ Points::Points(std::size_t dimension, std::vector<Measurement> all)
         throw std::invalid_argument("each point needs a measurement for every dimension, and there is at least one");
 }
 
-std::string Points::toBytes() const {
-    ByteWriter writer;
+void Points::write(ByteWriter& writer) const {
     writer.number(mark);
     writer.head(*this);
     writer.number<std::uint64_t>(dimensions);
@@ -27,6 +26,11 @@ std::string Points::toBytes() const {
     writer.number<std::uint64_t>(axisTitles.size());
     for (const std::string& axisTitle : axisTitles)
         writer.list(axisTitle);
+}
+
+std::string Points::toBytes() const {
+    ByteWriter writer;
+    write(writer);
     return writer.sealed();
 }
 

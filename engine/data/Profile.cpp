@@ -15,6 +15,29 @@ namespace {
 constexpr std::uint64_t mark = 0x31'44'66'50'6b'6c'65'00;
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
+using ThreeNumbers = std::array<double, 3>;
+
+/// Height, error and rms.
+ThreeNumbers readingOf(const ProfileReading& reading) {
+    return reading.isGiven != 0 ? ThreeNumbers{reading.height, reading.error, reading.rms}
+                                : ThreeNumbers{nan, nan, nan};
+}
+
+void writeReadings(ByteWriter& writer, const CellVector<ProfileReading>& readings) {
+    writer.number<std::uint64_t>(readings.size());
+    for (const ProfileReading& reading : readings) {
+        writer.number(readingOf(reading));
+    }
+}
+
+CellVector<ProfileReading> readReadings(ByteReader& reader) {
+    CellVector<ProfileReading> readings;
+    for (const auto& [height, error, rms] : reader.list<std::vector<ThreeNumbers>>()) {
+        readings.push_back({height, error, rms, 1});
+    }
+    return readings;
+}
+
 }  // namespace
 
 template <std::size_t dimensions>
@@ -28,7 +51,7 @@ template <std::size_t dimensions>
 Profile<dimensions>::Profile(Grid<dimensions> cellGrid) : shape(std::move(cellGrid)), sums(shape.cellCount()) {}
 
 template <std::size_t dimensions>
-Profile<dimensions>::Profile(Grid<dimensions> cellGrid, std::vector<Sums> cells, std::vector<ProfileReading> readings,
+Profile<dimensions>::Profile(Grid<dimensions> cellGrid, CellVector<Sums> cells, CellVector<ProfileReading> readings,
                              std::int64_t nanEntries)
     : shape(std::move(cellGrid)), sums(std::move(cells)), asRead(std::move(readings)), nans(nanEntries) {
     if (sums.size() != shape.cellCount() || (!asRead.empty() && asRead.size() != sums.size()))
@@ -69,33 +92,38 @@ void Profile<dimensions>::merge(const Profile& other) {
 template <std::size_t dimensions>
 double Profile<dimensions>::height(std::size_t cell) const {
     if (!asRead.empty())
-        return asRead[cell].height;
+        return readingOf(asRead[cell])[0];
     return sums[cell].w == 0.0 ? nan : sums[cell].wv / sums[cell].w;
 }
 
 template <std::size_t dimensions>
 double Profile<dimensions>::error(std::size_t cell) const {
     if (!asRead.empty())
-        return asRead[cell].error;
+        return readingOf(asRead[cell])[1];
     return sums[cell].w == 0.0 ? nan : rms(cell) * std::sqrt(sums[cell].ww) / std::abs(sums[cell].w);
 }
 
 template <std::size_t dimensions>
 double Profile<dimensions>::rms(std::size_t cell) const {
     if (!asRead.empty())
-        return asRead[cell].rms;
+        return readingOf(asRead[cell])[2];
     return spreadOf(sums[cell].w, sums[cell].wv, sums[cell].wvv);
+}
+
+template <std::size_t dimensions>
+void Profile<dimensions>::write(ByteWriter& writer) const {
+    writer.number(mark + dimensions);
+    writer.head(*this);
+    writeGrid(writer, shape);
+    writer.list(sums);
+    writeReadings(writer, asRead);
+    writer.number(nans);
 }
 
 template <std::size_t dimensions>
 std::string Profile<dimensions>::toBytes() const {
     ByteWriter writer;
-    writer.number(mark + dimensions);
-    writer.head(*this);
-    writeGrid(writer, shape);
-    writer.list(sums);
-    writer.list(asRead);
-    writer.number(nans);
+    write(writer);
     return writer.sealed();
 }
 
@@ -104,8 +132,8 @@ Profile<dimensions> Profile<dimensions>::fromBytes(const std::string& bytes) {
     ByteReader reader(bytes, mark + dimensions);
     const ObjectHead head = reader.head();
     auto grid = readGrid<dimensions>(reader);
-    auto cells = reader.list<std::vector<Sums>>();
-    auto readings = reader.list<std::vector<ProfileReading>>();
+    auto cells = reader.list<CellVector<Sums>>();
+    auto readings = readReadings(reader);
     const auto nanEntries = reader.number<std::int64_t>();
     reader.mustBeAtEnd();
     Profile profile(std::move(grid), std::move(cells), std::move(readings), nanEntries);

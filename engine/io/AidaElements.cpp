@@ -82,7 +82,7 @@ std::string sumsText(const ProfileSums<dimensions>& sums) {
 }
 
 template <typename Sums>
-std::string allSums(const std::vector<Sums>& cells) {
+std::string allSums(const CellVector<Sums>& cells) {
     std::string text;
     for (std::size_t cell = 0; cell < cells.size(); ++cell)
         if (!(cells[cell] == Sums{}))

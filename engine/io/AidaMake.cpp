@@ -33,7 +33,7 @@ std::int64_t nanEntriesOf(const RawObject& raw) {
 double likelyMean(const Axis& axis, std::size_t cell) {
     if (cell == 0 || cell > axis.bins())
         return 0.0;
-    const bool mayBeZero = axis.edges()[cell - 1] <= 0.0 && 0.0 < axis.edges()[cell];
+    const bool mayBeZero = axis.edge(cell - 1) <= 0.0 && 0.0 < axis.edge(cell);
     return mayBeZero ? 0.0 : axis.center(cell - 1);
 }
 
@@ -86,7 +86,7 @@ bool agree(double a, double b) {
 
 /// Exact sums stand beside the bins. A program that changed the bins and kept the annotation is noticed here.
 template <typename Sums>
-bool isStale(const std::vector<Sums>& fromBins, const std::map<std::size_t, std::vector<double>>& exact,
+bool isStale(const CellVector<Sums>& fromBins, const std::map<std::size_t, std::vector<double>>& exact,
              bool isHistogram) {
     if (exact.empty())
         return true;
@@ -115,10 +115,10 @@ void noteErrors(const RawObject& raw, std::vector<std::string>& warnings) {
 }
 
 template <std::size_t dimensions>
-std::vector<GridSums<dimensions>> histogramCells(const RawObject& raw, const Grid<dimensions>& grid,
-                                                 std::vector<std::string>& warnings) {
+CellVector<GridSums<dimensions>> histogramCells(const RawObject& raw, const Grid<dimensions>& grid,
+                                                std::vector<std::string>& warnings) {
     noteErrors(raw, warnings);
-    std::vector<GridSums<dimensions>> cells(grid.cellCount());
+    CellVector<GridSums<dimensions>> cells(grid.cellCount());
     bool hasAllMeans = true;
     for (const auto& [cell, bin] : placedBins(raw, grid, warnings)) {
         cells[cell] = sumsOf(*bin, grid, cell);
@@ -141,10 +141,14 @@ std::vector<GridSums<dimensions>> histogramCells(const RawObject& raw, const Gri
 
 std::shared_ptr<DataObject> histogram1D(const RawObject& raw, std::vector<std::string>& warnings) {
     const Grid<1> grid = gridFrom<1>(raw, warnings);
-    std::vector<BinSums> cells;
-    cells.reserve(grid.cellCount());
-    for (const GridSums<1>& sums : histogramCells(raw, grid, warnings))
-        cells.push_back({sums.entries, sums.w, sums.ww, sums.wx[0], sums.wxx[0]});
+    const CellVector<GridSums<1>> listed = histogramCells(raw, grid, warnings);
+    CellVector<BinSums> cells(listed.size());
+    for (std::size_t cell = 0; cell < cells.size(); ++cell) {
+        const GridSums<1>& sums = listed[cell];
+        if (!isBlank(sums)) {
+            cells[cell] = {sums.entries, sums.w, sums.ww, sums.wx[0], sums.wxx[0]};
+        }
+    }
     return named(Histogram1D(grid.axis(0), std::move(cells), nanEntriesOf(raw)), raw);
 }
 
@@ -190,11 +194,11 @@ std::shared_ptr<DataObject> profile(const RawObject& raw, std::vector<std::strin
         warnings.emplace_back(
             "it was written by LWH, which puts heights and errors into wrong bins; they are kept as read");
     const auto grid = gridFrom<dimensions>(raw, warnings);
-    std::vector<ProfileSums<dimensions>> cells(grid.cellCount());
-    std::vector<ProfileReading> readings(cells.size(), {notGiven, notGiven, notGiven});
+    CellVector<ProfileSums<dimensions>> cells(grid.cellCount());
+    CellVector<ProfileReading> readings(cells.size());
     for (const auto& [cell, bin] : placedBins(raw, grid, warnings)) {
         cells[cell] = profileSums(*bin, grid, cell);
-        readings[cell] = {bin->height, bin->error, bin->rms};
+        readings[cell] = {bin->height, bin->error, bin->rms, 1};
     }
     constexpr std::size_t numbers = 5 + 2 * dimensions;
     auto exact = annotatedSums(raw, "ExactSums", numbers);

@@ -8,6 +8,8 @@
 
 namespace velmorak {
 
+class ByteWriter;
+
 /// A function of one or more arguments with its parameters, as a file describes it.
 class FunctionObject : public DataObject {
 public:
@@ -41,6 +43,8 @@ public:
 
     /// Everything as bytes that fromBytes reads on any machine of the same kind.
     std::string toBytes() const;
+    /// Writes these bytes without the checksum at their end.
+    void write(ByteWriter& writer) const;
     /// @throws std::invalid_argument if the bytes are damaged.
     static FunctionObject fromBytes(const std::string& bytes);
 };

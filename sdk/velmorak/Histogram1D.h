@@ -1,16 +1,21 @@
 #pragma once
 
+#include "CellVector.h"
 #include "Value.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace velmorak {
 
-/// Bins [edge i, edge i + 1) on one axis; a value equal to the last edge is overflow.
+class ByteWriter;
+class AxisTables;
+
+/// Bins [edge i, edge i + 1) on one axis; a value equal to the last edge is overflow. Copies share what they look up.
 class Axis {
 public:
     /// Equal bins.
@@ -20,56 +25,34 @@ public:
     /// @throws std::invalid_argument if there are fewer than two edges, or they are not finite and ascending.
     explicit Axis(std::vector<double> edges);
 
-    std::size_t bins() const { return allEdges.size() - 1; }
-    double low() const { return allEdges.front(); }
-    double high() const { return allEdges.back(); }
+    std::size_t bins() const { return count; }
+    double low() const { return first; }
+    double high() const { return last; }
     /// The bins are equal: the edges are, to the last bit, those that the first constructor makes.
     bool isRegular() const { return regular; }
-    /// bins() + 1 values; the edges of equal bins are low + i * (high - low) / bins, the last one exactly high.
-    const std::vector<double>& edges() const { return allEdges; }
-    double center(std::size_t bin) const { return 0.5 * (allEdges[bin] + allEdges[bin + 1]); }
-    double width(std::size_t bin) const { return allEdges[bin + 1] - allEdges[bin]; }
+    /// bins() + 1 values; the edges of equal bins are low + i * (high - low) / bins, the last one exactly high. Those
+    /// of equal bins are stored from the first call on.
+    const std::vector<double>& edges() const;
+    /// edges()[position], without storing any.
+    double edge(std::size_t position) const;
+    double center(std::size_t bin) const { return 0.5 * (edge(bin) + edge(bin + 1)); }
+    double width(std::size_t bin) const { return edge(bin + 1) - edge(bin); }
     /// @return 0 for underflow, 1 + bin inside, bins() + 1 for overflow. Not for NaN. Always agrees with edges().
-    std::size_t cell(double x) const {
-        if (x < allEdges.front())
-            return 0;
-        if (x >= allEdges.back())
-            return allEdges.size();
-        const std::size_t slice = sliceOf(x);
-        std::size_t position = lookup[slice];
-        const std::size_t end = lookup[slice + 1];
-        if (end - position > 8)
-            return cellBetween(x, position, end);
-        while (position < end && allEdges[position] <= x)
-            ++position;
-        return position;
-    }
+    std::size_t cell(double x) const;
 
-    /// The cells of count values at once, as cell gives them; where a value is NaN, any cell of the axis.
-    void cells(const double* x, std::size_t count, std::uint32_t* target) const;
+    /// The cells of many values at once, as cell gives them; where a value is NaN, any cell of the axis.
+    void cells(const double* x, std::size_t values, std::uint32_t* target) const;
 
     std::string title;  ///< With its unit, for example "m(mu+ mu-) [GeV]".
 
-    bool operator==(const Axis& other) const { return allEdges == other.allEdges; }
+    bool operator==(const Axis& other) const;
 
 private:
-    void buildLookup();
-    std::size_t cellBetween(double x, std::size_t begin, std::size_t end) const;
-    /// Never falls as x rises, also after rounding. An edge in an earlier slice than x is therefore below x, one in a
-    /// later slice above it, and only the edges in x's own slice must be compared.
-    std::size_t sliceOf(double edgeOrX) const {
-        if (slicesPerUnit == 0.0)  // The span, or its inverse, is no finite double.
-            return 0;
-        const auto slice = static_cast<std::size_t>((edgeOrX - allEdges.front()) * slicesPerUnit);
-        return slice < lookup.size() - 2 ? slice : lookup.size() - 2;
-    }
-
-    std::vector<double> allEdges;
-    std::vector<double> stops;          ///< The edges, and a NaN that no value reaches.
-    std::size_t mostInSlice = 0;        ///< Edges in one slice.
-    std::vector<std::uint32_t> lookup;  ///< Edges that lie in the slices before each slice of the axis.
-    double slicesPerUnit = 0.0;
-    bool regular = false;
+    std::size_t count = 0;
+    double first = 0.0;
+    double last = 0.0;
+    bool regular = true;
+    std::shared_ptr<const AxisTables> tables;
 };
 
 /// What a bin knows of the fills that went into it. x is the filled coordinate, w its weight. Each has a line of the
@@ -94,14 +77,14 @@ public:
     explicit Histogram1D(Axis axis);
     /// What a file knows of a histogram.
     /// @throws std::invalid_argument if cells does not have axis.bins() + 2 entries.
-    Histogram1D(Axis axis, std::vector<BinSums> cells, std::int64_t nanEntries);
+    Histogram1D(Axis axis, CellVector<BinSums> cells, std::int64_t nanEntries);
 
     ValueType type() const override { return ValueType::Histogram; }
 
     const Axis& axis() const { return x; }
     void setAxisTitle(std::string axisTitle) { x.title = std::move(axisTitle); }
     std::size_t bins() const { return x.bins(); }
-    const std::vector<BinSums>& cells() const { return sums; }
+    const CellVector<BinSums>& cells() const { return sums; }
     const BinSums& bin(std::size_t position) const { return sums[position + 1]; }
     const BinSums& underflow() const { return sums.front(); }
     const BinSums& overflow() const { return sums.back(); }
@@ -130,12 +113,14 @@ public:
 
     /// Everything as bytes that fromBytes reads on any machine of the same kind; crosses a process border.
     std::string toBytes() const;
+    /// Writes these bytes without the checksum at their end.
+    void write(ByteWriter& writer) const;
     /// @throws std::invalid_argument if the bytes are damaged.
     static Histogram1D fromBytes(const std::string& bytes);
 
 private:
     Axis x;
-    std::vector<BinSums> sums;
+    CellVector<BinSums> sums;
     std::int64_t nans = 0;
 };
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "CellVector.h"
 #include "Histogram1D.h"
 
 #include <array>
-#include <vector>
 
 namespace velmorak {
 
@@ -61,12 +61,12 @@ public:
     explicit HistogramGrid(Grid<dimensions> cellGrid);
     /// What a file knows of a histogram.
     /// @throws std::invalid_argument if there is not one entry for each cell.
-    HistogramGrid(Grid<dimensions> cellGrid, std::vector<Sums> cells, std::int64_t nanEntries);
+    HistogramGrid(Grid<dimensions> cellGrid, CellVector<Sums> cells, std::int64_t nanEntries);
 
     ValueType type() const override { return ValueType::Histogram; }
 
     const Grid<dimensions>& grid() const { return shape; }
-    const std::vector<Sums>& cells() const { return sums; }
+    const CellVector<Sums>& cells() const { return sums; }
     std::int64_t nanEntries() const { return nans; }
     void setAxisTitle(std::size_t direction, const std::string& title) { shape.setAxisTitle(direction, title); }
 
@@ -87,12 +87,14 @@ public:
 
     /// Everything as bytes that fromBytes reads on any machine of the same kind.
     std::string toBytes() const;
+    /// Writes these bytes without the checksum at their end.
+    void write(ByteWriter& writer) const;
     /// @throws std::invalid_argument if the bytes are damaged.
     static HistogramGrid fromBytes(const std::string& bytes);
 
 private:
     Grid<dimensions> shape;
-    std::vector<Sums> sums;
+    CellVector<Sums> sums;
     std::int64_t nans = 0;
 };
 

@@ -7,6 +7,8 @@
 
 namespace velmorak {
 
+class ByteWriter;
+
 /// A value with its errors, both counted away from it: the value lies between value - errorMinus and value + errorPlus.
 struct Measurement {
     double value = 0.0;
@@ -40,6 +42,8 @@ public:
 
     /// Everything as bytes that fromBytes reads on any machine of the same kind.
     std::string toBytes() const;
+    /// Writes these bytes without the checksum at their end.
+    void write(ByteWriter& writer) const;
     /// @throws std::invalid_argument if the bytes are damaged.
     static Points fromBytes(const std::string& bytes);
 

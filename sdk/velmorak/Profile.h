@@ -20,11 +20,12 @@ struct ProfileSums {
     bool operator==(const ProfileSums&) const = default;
 };
 
-/// What a file says of a cell of a profile, as it stands there; NaN where it says nothing.
+/// What a file says of a cell of a profile, as it stands there; NaN where it leaves one of them out.
 struct ProfileReading {
     double height = 0.0;
     double error = 0.0;
     double rms = 0.0;
+    std::uint64_t isGiven = 0;  ///< Not 0 where the file says anything of the cell; else all three are NaN.
 
     bool operator==(const ProfileReading&) const = default;
 };
@@ -43,14 +44,14 @@ public:
     /// What a file knows of a profile. readings is empty where the sums are exact; otherwise it has one entry for each
     /// cell, and height, error and rms are these.
     /// @throws std::invalid_argument if there is not one entry for each cell.
-    Profile(Grid<dimensions> cellGrid, std::vector<Sums> cells, std::vector<ProfileReading> readings,
+    Profile(Grid<dimensions> cellGrid, CellVector<Sums> cells, CellVector<ProfileReading> readings,
             std::int64_t nanEntries);
 
     ValueType type() const override { return ValueType::Profile; }
 
     const Grid<dimensions>& grid() const { return shape; }
-    const std::vector<Sums>& cells() const { return sums; }
-    const std::vector<ProfileReading>& readings() const { return asRead; }
+    const CellVector<Sums>& cells() const { return sums; }
+    const CellVector<ProfileReading>& readings() const { return asRead; }
     std::int64_t nanEntries() const { return nans; }
     /// False for what a file tells without its sums of weights: each entry then counts as a weight of 1.
     bool hasExactSums() const { return asRead.empty(); }
@@ -74,13 +75,15 @@ public:
 
     /// Everything as bytes that fromBytes reads on any machine of the same kind.
     std::string toBytes() const;
+    /// Writes these bytes without the checksum at their end.
+    void write(ByteWriter& writer) const;
     /// @throws std::invalid_argument if the bytes are damaged.
     static Profile fromBytes(const std::string& bytes);
 
 private:
     Grid<dimensions> shape;
-    std::vector<Sums> sums;
-    std::vector<ProfileReading> asRead;
+    CellVector<Sums> sums;
+    CellVector<ProfileReading> asRead;
     std::int64_t nans = 0;
 };
 

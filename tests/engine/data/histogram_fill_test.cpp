@@ -170,13 +170,13 @@ TEST(HistogramFill, inAWideLoopEndsBeforeTheGroupThatItCannotFill) {
         for (const double special : {notANumber, infinity, -infinity, 3.0, std::nextafter(3.0, 0.0)}) {
             std::vector<double> values(42, 2.5);
             values[21] = special;
-            std::vector<BinSums> cells(12);
+            CellVector<BinSums> cells(12);
             EXPECT_EQ(wide.line(steps, filling::bytesOf(cells), {.x = values.data(), .count = 42}), 20U) << special;
             EXPECT_EQ(cells[3], (BinSums{20, 20.0, 20.0, 50.0, 125.0}));
         }
         std::vector<double> values(42, 2.5);
         std::vector<double> weights(42, 2.0);
-        std::vector<BinSums> cells(12);
+        CellVector<BinSums> cells(12);
         const filling::Entries entries{.x = values.data(), .weights = weights.data(), .count = 42};
         EXPECT_EQ(wide.line(steps, filling::bytesOf(cells), entries), 40U);
         EXPECT_EQ(cells[3], (BinSums{40, 80.0, 160.0, 200.0, 500.0}));
@@ -199,7 +199,7 @@ TEST(HistogramFill, ofAPlaneInAWideLoopEndsBeforeTheGroupThatItCannotFill) {
             const std::vector<double> x(42, 2.5);
             std::vector<double> y(42, 1.5);
             y[13] = special;
-            std::vector<GridSums<2>> cells(12U * 7U);
+            CellVector<GridSums<2>> cells(12U * 7U);
             const filling::Entries entries{.x = x.data(), .y = y.data(), .count = 42};
             EXPECT_EQ(wide.plane(axes, 12, filling::bytesOf(cells), entries), 12U) << special;
             EXPECT_EQ(cells[2 * 12 + 3], (GridSums<2>{12, 12.0, 12.0, {30.0, 18.0}, {75.0, 27.0}}));

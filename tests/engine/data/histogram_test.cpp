@@ -123,7 +123,7 @@ TEST(Histogram, doesNotMergeWithAnotherAxis) {
 }
 
 TEST(Histogram, needsACellForEachBinAndTwoOutside) {
-    EXPECT_THROW(Histogram1D(Axis(3, 0.0, 3.0), std::vector<BinSums>(3), 0), std::invalid_argument);
+    EXPECT_THROW(Histogram1D(Axis(3, 0.0, 3.0), CellVector<BinSums>(3), 0), std::invalid_argument);
 }
 
 TEST(HistogramBytes, readBackToTheSameHistogram) {

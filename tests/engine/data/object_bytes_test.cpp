@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -100,6 +101,26 @@ struct Unknown : DataObject {
 
 TEST(ObjectBytes, areNotMadeOfAnObjectThatNobodyKnows) {
     EXPECT_THROW(bytesOf(Unknown()), std::invalid_argument);
+}
+
+TEST(ObjectBytes, comeInPiecesOfWhichTheNumberIsKnownBefore) {
+    std::vector<DataObjectPtr> objects = oneOfEach();
+    Histogram2D large(Grid<2>({Axis(300, 0.0, 1.0), Axis(200, 0.0, 1.0)}));
+    large.fill({0.5, 0.5}, 3.0);
+    objects.push_back(named(large));
+    for (const DataObjectPtr& object : objects) {
+        const std::string bytes = bytesOf(*object);
+        std::string pieces;
+        std::size_t longest = 0;
+        bytesOf(*object, [&](std::string_view piece) {
+            pieces += piece;
+            longest = std::max(longest, piece.size());
+        });
+        EXPECT_TRUE(pieces == bytes) << typeid(*object).name();
+        EXPECT_EQ(countBytesOf(*object), bytes.size());
+        EXPECT_LE(longest, std::size_t{1} << 16U);
+    }
+    EXPECT_THROW(countBytesOf(Unknown()), std::invalid_argument);
 }
 
 }  // namespace

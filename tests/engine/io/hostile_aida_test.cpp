@@ -4,11 +4,15 @@
 #include <archive_entry.h>
 #include <sys/stat.h>
 
+#include <cmath>
+#include <fstream>
+
 #include "io/AidaElements.h"
 #include "support.h"
 
 #include "velmorak/PackedFile.h"
 #include "velmorak/Points.h"
+#include "velmorak/Profile.h"
 
 namespace velmorak {
 namespace {
@@ -269,6 +273,30 @@ TEST_F(HostileAida, hasLongListsInSeveralItems) {
     const auto& cells = std::dynamic_pointer_cast<const Histogram1D>(read)->cells();
     EXPECT_EQ(cells.at(1), (BinSums{1, 0.1, 0.3, 0.05, 0.025}));
     EXPECT_EQ(cells.at(2), (BinSums{1, 0.2, 0.7, 0.3, 0.45}));
+}
+
+std::uint64_t residentBytes() {
+    std::ifstream status("/proc/self/statm");
+    std::uint64_t pages = 0;
+    status >> pages >> pages;
+    return pages * 4096;
+}
+
+TEST_F(HostileAida, takesNoMemoryForBinsThatItOnlyPromises) {
+    std::string elements;
+    for (int i = 0; i < 6; ++i) {
+        const std::string head = " name='o" + std::to_string(i) + "'><axis min='0' max='1' numberOfBins='16000000'/>";
+        elements += "<histogram1d" + head + "<data1d/></histogram1d><profile1d" + head +
+                    "<data1d><bin1d binNum='9' entries='1' height='2'/></data1d></profile1d>";
+    }
+    const auto file = aidaWith(elements);
+    const std::uint64_t before = residentBytes();
+    const auto objects = readAidaObjects(file, run);
+    ASSERT_EQ(objects.size(), 12U);
+    EXPECT_LT(residentBytes() - before, std::uint64_t{100} << 20U);
+    const auto& profile = dynamic_cast<const Profile1D&>(*objects.at(1).object);
+    EXPECT_EQ(profile.height(10), 2.0);
+    EXPECT_TRUE(std::isnan(profile.height(11)));
 }
 
 }  // namespace
