@@ -86,6 +86,38 @@ std::optional<std::string> contentOf(std::string bytes) {
     return bytes.substr(head);
 }
 
+/// A name that is free again when its holder is gone, unless the file was given another.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(fs::path name) : path(std::move(name)) {}
+    ~TemporaryFile() {
+        const int reason = errno;
+        unlink(path.c_str());
+        errno = reason;
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    const fs::path path;
+};
+
+/// Writes mark, checksum and content. The checksum is known when the content has been written.
+bool writeEntry(int file, const std::function<void(const ByteSink& sink)>& content) {
+    Digest sum{};
+    const std::string_view sumBytes(reinterpret_cast<const char*>(sum.data()), sum.size());
+    if (!writeAll(file, mark) || !writeAll(file, sumBytes)) {
+        return false;
+    }
+    Digester digester;
+    bool isWritten = true;
+    content([&](std::string_view piece) {
+        digester.add(piece.data(), piece.size());
+        isWritten = isWritten && writeAll(file, piece);
+    });
+    sum = digester.finish();
+    return isWritten && lseek(file, static_cast<off_t>(mark.size()), SEEK_SET) >= 0 && writeAll(file, sumBytes);
+}
+
 bool isHexadecimal(const std::string& name, std::size_t length) {
     return name.size() == length && name.find_first_not_of("0123456789abcdef") == std::string::npos;
 }
@@ -118,29 +150,30 @@ std::optional<std::string> DiskStore::read(const Digest& key) {
 }
 
 void DiskStore::write(const Digest& key, const std::string& content) {
-    const std::uint64_t bytes = mark.size() + Digest().size() + content.size();
-    if (place.folder.empty() || hasGivenUp || bytes > place.limitBytes) {
+    write(key, content.size(), [&](const ByteSink& sink) { sink(content); });
+}
+
+void DiskStore::write(const Digest& key, std::uint64_t bytes,
+                      const std::function<void(const ByteSink& sink)>& content) {
+    const std::uint64_t bytesOfAll = mark.size() + Digest().size() + bytes;
+    if (place.folder.empty() || hasGivenUp || bytesOfAll > place.limitBytes) {
         return;
     }
     const fs::path file = fileOf(key);
-    const fs::path temporary =
-        file.parent_path() / fmt::format("{}{}-{}", temporaryMark, getpid(), temporaries.fetch_add(1));
     std::error_code error;
     fs::create_directories(file.parent_path(), error);
     if (error) {
         return giveUp(error.message());
     }
     fs::permissions(place.folder, fs::perms::owner_all, error);
-    const OpenFile written(temporary, O_WRONLY | O_CREAT | O_EXCL);
-    const Digest sum = sumOf(content);
-    const std::string_view sumBytes(reinterpret_cast<const char*>(sum.data()), sum.size());
-    if (written.number < 0 || !writeAll(written.number, mark) || !writeAll(written.number, sumBytes) ||
-        !writeAll(written.number, content) || std::rename(temporary.c_str(), file.c_str()) != 0) {
-        const std::string reason = std::generic_category().message(errno);
-        fs::remove(temporary, error);
-        return giveUp(reason);
+    const TemporaryFile temporary(file.parent_path() /
+                                  fmt::format("{}{}-{}", temporaryMark, getpid(), temporaries.fetch_add(1)));
+    const OpenFile written(temporary.path, O_WRONLY | O_CREAT | O_EXCL);
+    if (written.number < 0 || !writeEntry(written.number, content) ||
+        std::rename(temporary.path.c_str(), file.c_str()) != 0) {
+        return giveUp(std::generic_category().message(errno));
     }
-    makeRoom(bytes);
+    makeRoom(bytesOfAll);
 }
 
 void DiskStore::giveUp(const std::string& reason) {

@@ -3,6 +3,8 @@
 #include "Digest.h"
 #include "StorePlace.h"
 
+#include <velmorak/ObjectBytes.h>
+
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
@@ -32,6 +34,9 @@ public:
 
     std::optional<std::string> read(const Digest& key);
     void write(const Digest& key, const std::string& content);
+    /// @param bytes of the content.
+    /// @param content gives them to the sink in pieces. What it throws leaves no entry behind.
+    void write(const Digest& key, std::uint64_t bytes, const std::function<void(const ByteSink& sink)>& content);
     void remove(const Digest& key);
     /// Removes all entries, also those of other programs.
     void clear();

@@ -10,7 +10,7 @@ namespace velmorak {
 namespace {
 
 constexpr std::uint64_t runsKept = 16;
-/// Of one result on disk: its bytes lie in memory, and more than once, while it is written.
+/// Of one result on disk: its bytes lie in memory, and more than once, when it is read.
 constexpr std::uint64_t mostBytes = std::uint64_t{256} << 20;
 
 double inMebibytes(std::uint64_t bytes) {
@@ -64,11 +64,12 @@ std::string ResultStore::keep(std::uint64_t run, const Digest& key, const Stored
         return {};
     }
     const std::uint64_t limit = std::min(disk.limitBytes(), mostBytes);
-    if (const std::uint64_t bytes = roughBytesOf(result); bytes > limit) {
-        return fmt::format("it takes {:.1f} MiB, and the limit is {:.1f} MiB", inMebibytes(bytes), inMebibytes(limit));
+    const std::optional<std::uint64_t> bytes = countBytesOf(result);
+    if (bytes > limit) {
+        return fmt::format("it takes {:.1f} MiB, and the limit is {:.1f} MiB", inMebibytes(*bytes), inMebibytes(limit));
     }
-    if (const std::optional<std::string> bytes = bytesOf(result)) {
-        disk.write(key, *bytes);
+    if (bytes) {
+        disk.write(key, *bytes, [&](const ByteSink& sink) { bytesOf(result, sink); });
     }
     const std::scoped_lock lock(mutex);
     if (run < firstRun) {

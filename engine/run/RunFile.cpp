@@ -28,6 +28,12 @@ std::string sumOf(std::string_view bytes) {
     return hexOf(digester.finish());
 }
 
+std::string sumOf(const DataObject& object) {
+    Digester digester;
+    bytesOf(object, [&](std::string_view piece) { digester.add(piece.data(), piece.size()); });
+    return hexOf(digester.finish());
+}
+
 std::string timeText(std::chrono::system_clock::time_point time) {
     const auto milliseconds = std::chrono::floor<std::chrono::milliseconds>(time);
     const auto seconds = std::chrono::floor<std::chrono::seconds>(milliseconds);
@@ -59,7 +65,7 @@ Json valueSum(const Value& value) {
     }
     try {
         const auto* object = std::get_if<DataObjectPtr>(&value);
-        return object ? Json(sumOf(bytesOf(**object))) : Json();
+        return object ? Json(sumOf(**object)) : Json();
     } catch (const std::invalid_argument&) {
         return {};
     } catch (const std::bad_alloc&) {

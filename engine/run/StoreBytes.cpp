@@ -1,12 +1,8 @@
 #include "StoreBytes.h"
 
-#include <velmorak/Histogram1D.h>
-#include <velmorak/HistogramGrid.h>
 #include <velmorak/ObjectBytes.h>
-#include <velmorak/Points.h>
-#include <velmorak/Profile.h>
 
-#include <algorithm>
+#include <stdexcept>
 
 namespace velmorak {
 namespace {
@@ -22,21 +18,8 @@ void addValue(ByteWriter& writer, const Value& value) {
     } else if (const auto* text = std::get_if<std::string>(&value)) {
         writer.list(*text);
     } else if (const auto* object = std::get_if<DataObjectPtr>(&value)) {
-        writer.list(bytesOf(**object));
+        writer.object(**object);
     }
-}
-
-template <typename Object>
-std::uint64_t cellBytesOf(const DataObject& object) {
-    const auto* known = dynamic_cast<const Object*>(&object);
-    return known ? known->cells().size() * sizeof known->cells()[0] : 0;
-}
-
-std::uint64_t roughBytesOf(const DataObject& object) {
-    const auto* points = dynamic_cast<const Points*>(&object);
-    return cellBytesOf<Histogram1D>(object) + cellBytesOf<Histogram2D>(object) + cellBytesOf<Histogram3D>(object) +
-           cellBytesOf<Profile1D>(object) + cellBytesOf<Profile2D>(object) +
-           (points ? points->size() * points->dimension() * sizeof(Measurement) : 0);
 }
 
 Value readValue(ByteReader& reader) {
@@ -51,6 +34,17 @@ Value readValue(ByteReader& reader) {
             return objectFrom(reader.list<std::string>());
     }
     throw std::invalid_argument("there is no such sort of value");
+}
+
+void write(ByteWriter& writer, const StoredResult& result) {
+    writer.number(mark);
+    writer.number<std::uint64_t>(result.outputs.size());
+    for (const Value& value : result.outputs) {
+        addValue(writer, value);
+    }
+    addFiles(writer, result.files);
+    addFiles(writer, result.asked);
+    addFiles(writer, result.written);
 }
 
 }  // namespace
@@ -79,30 +73,27 @@ std::vector<FileContent> readFiles(ByteReader& reader) {
     return files;
 }
 
-std::uint64_t roughBytesOf(const StoredResult& result) {
-    std::uint64_t bytes = 0;
-    for (const Value& value : result.outputs) {
-        if (const auto* text = std::get_if<std::string>(&value)) {
-            bytes += text->size();
-        } else if (const auto* object = std::get_if<DataObjectPtr>(&value); object && *object) {
-            bytes += roughBytesOf(**object);
-        }
-    }
-    return bytes;
-}
-
 std::optional<std::string> bytesOf(const StoredResult& result) {
     try {
         ByteWriter writer;
-        writer.number(mark);
-        writer.number<std::uint64_t>(result.outputs.size());
-        for (const Value& value : result.outputs) {
-            addValue(writer, value);
-        }
-        addFiles(writer, result.files);
-        addFiles(writer, result.asked);
-        addFiles(writer, result.written);
+        write(writer, result);
         return writer.sealed();
+    } catch (const std::invalid_argument&) {
+        return std::nullopt;
+    }
+}
+
+void bytesOf(const StoredResult& result, const ByteSink& sink) {
+    ByteWriter writer(sink);
+    write(writer, result);
+    writer.seal();
+}
+
+std::optional<std::uint64_t> countBytesOf(const StoredResult& result) {
+    try {
+        ByteWriter writer = ByteWriter::counter();
+        write(writer, result);
+        return writer.count();
     } catch (const std::invalid_argument&) {
         return std::nullopt;
     }

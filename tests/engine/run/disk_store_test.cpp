@@ -54,6 +54,27 @@ protected:
     DiskStore store = storeFor();
 };
 
+TEST_F(OnDisk, takesWhatComesInPieces) {
+    DiskStore store = storeFor();
+    store.write(keyOf(1), 6, [](const ByteSink& sink) {
+        sink("one");
+        sink("");
+        sink("two");
+    });
+    EXPECT_EQ(store.read(keyOf(1)), "onetwo");
+}
+
+TEST_F(OnDisk, leavesNothingOfWhatCouldNotBeMade) {
+    DiskStore store = storeFor();
+    const auto half = [](const ByteSink& sink) {
+        sink("one");
+        throw std::bad_alloc();
+    };
+    EXPECT_THROW(store.write(keyOf(1), 6, half), std::bad_alloc);
+    EXPECT_TRUE(files().empty());
+    EXPECT_TRUE(said.empty());
+}
+
 TEST_F(OnDisk, whatWasWrittenIsReadByALaterProgram) {
     EXPECT_EQ(store.read(keyOf(1)), std::nullopt);
     store.write(keyOf(1), "one");
