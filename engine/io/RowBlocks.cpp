@@ -5,7 +5,6 @@
 #include <oneapi/tbb/task_arena.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <utility>
 
@@ -39,6 +38,7 @@ struct RowBlocks::Shared {
     void fill(Block& block);
     void help();
     void callHelpers(const std::shared_ptr<Shared>& self, std::size_t most);
+    void forgetText();
 
     ByteStream& stream;
     const std::vector<PlainColumn> layout;
@@ -142,29 +142,17 @@ void RowBlocks::Shared::help() {
     changed.notify_all();
 }
 
-/// What the scheduler is given for a helper. The scheduler hands it over safely; but a tool that checks our threads
-/// cannot see into it, and sees the mark.
-class RowBlocks::Call {
-public:
-    explicit Call(std::shared_ptr<Shared> all) : shared(std::move(all)) { mark.store(true, std::memory_order_release); }
-    Call(const Call& other) : Call(other.shared) {}
-    Call& operator=(const Call&) = delete;
-    ~Call() = default;
-
-    void operator()() const {
-        static_cast<void>(mark.load(std::memory_order_acquire));
-        shared->help();
-    }
-
-private:
-    std::shared_ptr<Shared> shared;
-    std::atomic<bool> mark = false;
-};
-
 /// Not for every block that may be read: helpers would come and go.
 void RowBlocks::Shared::callHelpers(const std::shared_ptr<Shared>& self, std::size_t most) {
     for (; helpers < most && !isAtEnd && 2 * blocks.size() <= mostBlocks; ++helpers)
-        oneapi::tbb::task_arena(oneapi::tbb::task_arena::attach{}).enqueue(Call(self));
+        doAside([self] { self->help(); });
+}
+
+/// A helper that has not come yet holds this, maybe for long.
+void RowBlocks::Shared::forgetText() {
+    blocks = std::deque<std::unique_ptr<Block>>();
+    unused = std::vector<std::unique_ptr<Block>>();
+    rest = std::vector<char>();
 }
 
 RowBlocks::RowBlocks(ByteStream& bytes, const std::vector<PlainColumn>& columns)
@@ -176,6 +164,7 @@ RowBlocks::~RowBlocks() {
     Shared::Lock lock(shared->mutex);
     shared->isClosed = true;
     shared->changed.wait(lock, [this] { return shared->busy == 0; });
+    shared->forgetText();
 }
 
 RowBlocks::Block* RowBlocks::front() {

@@ -48,7 +48,6 @@ public:
 
 private:
     struct Shared;
-    class Call;
 
     std::shared_ptr<Shared> shared;  ///< A helper that comes late finds it closed.
     std::size_t threads;
