@@ -41,7 +41,7 @@ std::string textOr(const char* text, const char* other) {
 }  // namespace
 
 AidaWalk::AidaWalk(std::filesystem::path path, std::string wantedPath, RunContext& runContext)
-    : file(std::move(path)), wanted(std::move(wantedPath)), context(runContext), warnings(runContext) {}
+    : file(std::move(path)), wanted(std::move(wantedPath)), warnings(runContext) {}
 
 void AidaWalk::fail(const std::string& reason) const {
     throw Failure(fmt::format("{}{}: {}", file.string(), reader->where(), reason));

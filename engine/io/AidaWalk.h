@@ -87,7 +87,6 @@ private:
 
     std::filesystem::path file;
     std::string wanted;
-    RunContext& context;
     XmlReader* reader = nullptr;
     std::vector<State> states{State::File};
     std::vector<AidaEntry> found;

@@ -338,6 +338,7 @@ bool Execution::passNext() {
 std::vector<StepPlace> Execution::stepsFor(const std::vector<std::size_t>& targets) const {
     std::set<StepPlace> wanted;
     std::vector<StepPlace> open;
+    open.reserve(targets.size());
     for (const std::size_t target : targets) {
         open.push_back({target, 0});
     }

@@ -67,7 +67,7 @@ TEST_F(HostileCollection, isLoadedWithoutANoteWhereNoneCanBeWritten) {
 TEST_F(HostileCollection, thatIsCutOffAnywhereIsSkipped) {
     const fs::path object = put(TEST_COLLECTIONS "/Workbench/Workbench.so");
     // What the loader maps ends before the tables for debuggers and linkers do.
-    for (const std::uintmax_t size : {0, 1, 63, 64, 100, 4096, 8192}) {
+    for (const std::uintmax_t size : {0U, 1U, 63U, 64U, 100U, 4096U, 8192U}) {
         fs::resize_file(object, size);
         const Errors errors;
         EXPECT_THAT(load().kinds(), IsEmpty()) << size;

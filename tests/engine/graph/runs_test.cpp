@@ -6,8 +6,10 @@
 
 #include <dlfcn.h>
 #include <future>
+#include <optional>
 #include <thread>
 #include <typeinfo>
+#include <utility>
 
 namespace velmorak::test {
 namespace {
@@ -18,7 +20,8 @@ protected:
     std::atomic<int>& waiting() {
         const Catalogue& catalogue = *sharedCatalogueIfMade();
         Dl_info loaded{};
-        dladdr(&typeid(catalogue.kind(catalogue.find("Waiter"))), &loaded);
+        const auto& waiter = catalogue.kind(catalogue.find("Waiter"));
+        dladdr(&typeid(waiter), &loaded);
         void* const collection = dlopen(loaded.dli_fname, RTLD_NOW | RTLD_NOLOAD);
         auto* const count = static_cast<std::atomic<int>*>(dlsym(collection, "workbenchWaiting"));
         dlclose(collection);
@@ -161,7 +164,7 @@ TEST_F(Runs, aSecondOneWaitsForTheFirst) {
 }
 
 TEST_F(Runs, theManagersEndEndsItsRuns) {
-    auto dying = std::make_unique<QzManager>("QzAnalysisFactory");
+    std::optional<QzManager> dying(std::in_place, "QzAnalysisFactory");
     dying->CreatePlugin(kindNumber("Waiter"), "W");
     auto first = std::async(std::launch::async, [&] { dying->Run(); });
     waitUntilItRuns();
