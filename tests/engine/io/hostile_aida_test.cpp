@@ -181,6 +181,16 @@ TEST_F(HostileAida, canBeStoppedAmongTheFilesOfAnArchive) {
     EXPECT_THROW(listAida(file, asked), Stopped);
 }
 
+TEST_F(HostileAida, canBeStoppedAmongTheColumnsOfATuple) {
+    const auto file = aidaWith("<tuple name='t'><columns>" + repeated("<column name='a'/>", 300'000));
+    AskedRun counted;
+    EXPECT_THROW(listAida(file, counted), Failure);
+    ASSERT_GT(counted.asked, 20U);
+    AskedRun asked(counted.asked / 2);
+    EXPECT_THROW(listAida(file, asked), Stopped);
+    EXPECT_EQ(asked.asked, counted.asked / 2 + 1);
+}
+
 TEST_F(HostileAida, mayHaveVeryManyColumnsOfOneName) {
     const auto file = aidaWith("<tuple name='t'><columns>" + repeated("<column name='a'/>", 300'000) +
                                "<column name='b'/></columns><rows><row/></rows></tuple>");
