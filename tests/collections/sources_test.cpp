@@ -222,6 +222,19 @@ TEST_F(Csv, readingStopsAmongEmptyLines) {
     EXPECT_THROW(stopping.run(), Stopped);
 }
 
+TEST_F(Csv, readingStopsAmongAMillionColumns) {
+    std::string header = "x0";
+    std::string row = "0";
+    for (int column = 1; column < 1000000; ++column) {
+        header += ",x" + std::to_string(column);
+        row += ",0";
+    }
+    write(header + "\n" + row + "\n");
+    StoppingBench stopping("CsvTable", 2);
+    stopping.set("file", (bench.folder() / "data.csv").string());
+    EXPECT_THROW(stopping.run(), Stopped);
+}
+
 TEST_F(Csv, twoColumnsOfOneNameAreOneTooMany) {
     write("x,x\n1,2\n");
     EXPECT_EQ(complaint(), "data.csv\", line 1: there are two columns \"x\"");
