@@ -10,7 +10,7 @@
 #include <vector>
 
 /// Polls until the condition holds. @return false when it did not within the time.
-bool waitFor(const std::function<bool()>& condition, int timeoutMs = 20000);
+bool waitFor(const std::function<bool()>& condition, int timeoutMs = 60000);
 
 std::string contentOf(const std::filesystem::path& file);
 
