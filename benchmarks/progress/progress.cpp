@@ -2,9 +2,9 @@
 #include "Timing.h"
 
 #include <QzManager.h>
-#include <graph/Inspect.h>
-#include <run/Messages.h>
-#include <run/Runner.h>
+#include "graph/ManagerExtensions.h"
+#include "run/Messages.h"
+#include "run/Runner.h"
 #include <velmorak/Table.h>
 
 #include <chrono>

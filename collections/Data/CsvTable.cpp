@@ -1,6 +1,6 @@
 #include "CsvTable.h"
 
-#include "CsvReader.h"
+#include "csv/CsvReader.h"
 
 namespace velmorak {
 

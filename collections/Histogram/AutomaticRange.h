@@ -2,7 +2,7 @@
 
 #include "DecimalGrid.h"
 #include "FillInto.h"
-#include "Gather.h"
+#include "ScatterAdd.h"
 
 #include <cmath>
 #include <limits>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Quantity.h"
+#include "FillExpression.h"
 
 #include <velmorak/Profile.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "FillInto.h"
-#include "Quantity.h"
+#include "FillExpression.h"
 
 #include <functional>
 #include <optional>

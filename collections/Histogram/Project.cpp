@@ -1,4 +1,4 @@
-#include "Gather.h"
+#include "ScatterAdd.h"
 #include "HistogramKinds.h"
 #include "Objects.h"
 

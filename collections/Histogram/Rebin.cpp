@@ -1,5 +1,5 @@
 #include "Binning.h"
-#include "Gather.h"
+#include "ScatterAdd.h"
 #include "HistogramKinds.h"
 #include "Objects.h"
 

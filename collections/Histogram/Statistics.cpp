@@ -2,7 +2,7 @@
 
 #include "Moments.h"
 #include "Quantiles.h"
-#include "Quantity.h"
+#include "FillExpression.h"
 
 #include <algorithm>
 #include <limits>

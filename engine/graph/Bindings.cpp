@@ -1,6 +1,6 @@
-#include "Bindings.h"
+#include "graph/Bindings.h"
 
-#include "Parts.h"
+#include "graph/ManagerImpl.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
-#include "Catalogue.h"
+#include "graph/Catalogue.h"
 
-#include "Collections.h"
-#include "Examples.h"
-#include "Files.h"
+#include "graph/Collections.h"
+#include "graph/Examples.h"
+#include "graph/Paths.h"
 
 #include <algorithm>
 #include <atomic>

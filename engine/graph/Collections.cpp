@@ -1,12 +1,12 @@
-#include "Collections.h"
+#include "graph/Collections.h"
 
-#include "Json.h"
-#include "KindCheck.h"
-#include "LoadingNote.h"
-#include "Say.h"
-#include "SharedObject.h"
+#include "graph/Json.h"
+#include "graph/KindCheck.h"
+#include "graph/LoadingNote.h"
+#include "graph/Log.h"
+#include "graph/SharedObject.h"
 
-#include "../run/Problem.h"
+#include "run/NodeError.h"
 
 #include <algorithm>
 #include <set>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Json.h"
+#include "graph/Json.h"
 
 #include <cstddef>
 #include <optional>

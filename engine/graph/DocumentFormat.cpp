@@ -1,4 +1,4 @@
-#include "Document.h"
+#include "graph/Document.h"
 
 #include <array>
 #include <charconv>

@@ -1,12 +1,12 @@
-#include "DocumentLoad.h"
+#include "graph/DocumentLoad.h"
 
-#include "AidaCheck.h"
-#include "Bindings.h"
-#include "Files.h"
-#include "Names.h"
-#include "NodeFromDocument.h"
-#include "Nodes.h"
-#include "Say.h"
+#include "graph/ValidateAidaFile.h"
+#include "graph/Bindings.h"
+#include "graph/Paths.h"
+#include "graph/FreeName.h"
+#include "graph/NodeFromDocument.h"
+#include "graph/Nodes.h"
+#include "graph/Log.h"
 
 #include <algorithm>
 #include <set>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Document.h"
+#include "graph/Document.h"
 
 #include <QzManager.h>
 

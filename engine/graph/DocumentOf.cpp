@@ -1,6 +1,6 @@
-#include "DocumentLoad.h"
-#include "Parts.h"
-#include "Values.h"
+#include "graph/DocumentLoad.h"
+#include "graph/ManagerImpl.h"
+#include "graph/Values.h"
 
 namespace velmorak {
 namespace {

@@ -1,5 +1,5 @@
-#include "Document.h"
-#include "Say.h"
+#include "graph/Document.h"
+#include "graph/Log.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "EarlyStop.h"
+#include "graph/EarlyStop.h"
 
 #include <unistd.h>
 

@@ -1,7 +1,7 @@
-#include "Examples.h"
+#include "graph/Examples.h"
 
-#include "Document.h"
-#include "Files.h"
+#include "graph/Document.h"
+#include "graph/Paths.h"
 
 #include <algorithm>
 #include <map>

@@ -1,4 +1,4 @@
-#include "Json.h"
+#include "graph/Json.h"
 
 #include <algorithm>
 #include <charconv>

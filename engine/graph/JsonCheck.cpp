@@ -1,5 +1,5 @@
-#include "Json.h"
-#include "Say.h"
+#include "graph/Json.h"
+#include "graph/Log.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

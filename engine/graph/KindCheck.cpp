@@ -1,8 +1,8 @@
-#include "KindCheck.h"
+#include "graph/KindCheck.h"
 
-#include "Json.h"
-#include "Say.h"
-#include "Values.h"
+#include "graph/Json.h"
+#include "graph/Log.h"
+#include "graph/Values.h"
 
 #include <algorithm>
 #include <cmath>

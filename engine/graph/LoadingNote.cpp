@@ -1,7 +1,7 @@
-#include "LoadingNote.h"
+#include "graph/LoadingNote.h"
 
-#include "../run/Digest.h"
-#include "../run/FileDigests.h"
+#include "store/Sha256.h"
+#include "store/FileHashes.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

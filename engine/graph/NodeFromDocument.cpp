@@ -1,11 +1,11 @@
-#include "NodeFromDocument.h"
+#include "graph/NodeFromDocument.h"
 
-#include "../run/Visible.h"
-#include "Bindings.h"
-#include "Nodes.h"
-#include "PortChange.h"
-#include "Say.h"
-#include "Values.h"
+#include "run/Visible.h"
+#include "graph/Bindings.h"
+#include "graph/Nodes.h"
+#include "graph/PortChange.h"
+#include "graph/Log.h"
+#include "graph/Values.h"
 
 namespace velmorak {
 namespace {

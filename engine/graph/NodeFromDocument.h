@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Parts.h"
+#include "graph/ManagerImpl.h"
 
 #include <string>
 

@@ -1,8 +1,8 @@
-#include "Nodes.h"
+#include "graph/Nodes.h"
 
-#include "../run/Visible.h"
-#include "PortChange.h"
-#include "Values.h"
+#include "run/Visible.h"
+#include "graph/PortChange.h"
+#include "graph/Values.h"
 
 namespace velmorak {
 namespace {

@@ -1,9 +1,9 @@
-#include "PortChange.h"
+#include "graph/PortChange.h"
 
-#include "Bindings.h"
-#include "Parts.h"
-#include "PortTexts.h"
-#include "Values.h"
+#include "graph/Bindings.h"
+#include "graph/ManagerImpl.h"
+#include "graph/PortTexts.h"
+#include "graph/Values.h"
 
 #include <algorithm>
 

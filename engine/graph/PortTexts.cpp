@@ -1,6 +1,6 @@
-#include "PortTexts.h"
+#include "graph/PortTexts.h"
 
-#include "Values.h"
+#include "graph/Values.h"
 
 #include <algorithm>
 #include <cmath>

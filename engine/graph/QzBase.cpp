@@ -1,8 +1,8 @@
-#include "Bindings.h"
-#include "Columns.h"
-#include "Extent.h"
-#include "Parts.h"
-#include "Say.h"
+#include "graph/Bindings.h"
+#include "graph/ColumnDescriptions.h"
+#include "graph/NodeExtent.h"
+#include "graph/ManagerImpl.h"
+#include "graph/Log.h"
 
 #include <algorithm>
 #include <cmath>

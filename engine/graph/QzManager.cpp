@@ -1,14 +1,14 @@
-#include "AidaCheck.h"
-#include "Bindings.h"
-#include "DocumentLoad.h"
-#include "Names.h"
-#include "Nodes.h"
-#include "Parts.h"
-#include "PortChange.h"
-#include "Say.h"
-#include "Values.h"
+#include "graph/ValidateAidaFile.h"
+#include "graph/Bindings.h"
+#include "graph/DocumentLoad.h"
+#include "graph/FreeName.h"
+#include "graph/Nodes.h"
+#include "graph/ManagerImpl.h"
+#include "graph/PortChange.h"
+#include "graph/Log.h"
+#include "graph/Values.h"
 
-#include "../run/Problem.h"
+#include "run/NodeError.h"
 
 #include <QzManager.h>
 #include <algorithm>

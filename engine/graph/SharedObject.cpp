@@ -1,4 +1,4 @@
-#include "SharedObject.h"
+#include "graph/SharedObject.h"
 
 #include <dlfcn.h>
 #include <elf.h>

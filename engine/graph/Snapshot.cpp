@@ -1,7 +1,7 @@
-#include "DocumentLoad.h"
-#include "Inspect.h"
-#include "Parts.h"
-#include "Say.h"
+#include "graph/DocumentLoad.h"
+#include "graph/ManagerExtensions.h"
+#include "graph/ManagerImpl.h"
+#include "graph/Log.h"
 
 #include <unordered_map>
 

@@ -1,10 +1,10 @@
-#include "Values.h"
+#include "graph/Values.h"
 
-#include "Json.h"
-#include "KindCheck.h"
-#include "Say.h"
+#include "graph/Json.h"
+#include "graph/KindCheck.h"
+#include "graph/Log.h"
 
-#include "../run/Problem.h"
+#include "run/NodeError.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "ChunkCheck.h"
+#include "run/ChunkCheck.h"
 
 #include <algorithm>
 #include <cstdint>

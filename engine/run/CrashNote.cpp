@@ -1,4 +1,4 @@
-#include "CrashNote.h"
+#include "run/CrashNote.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "Cycles.h"
+#include "run/Cycles.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,6 @@
-#include "KindBuild.h"
+#include "run/KindBuild.h"
 
-#include "FileDigests.h"
+#include "store/FileHashes.h"
 
 #include <elf.h>
 #include <link.h>

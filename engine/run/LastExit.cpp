@@ -1,4 +1,4 @@
-#include "LastExit.h"
+#include "run/LastExit.h"
 
 #include <unistd.h>
 

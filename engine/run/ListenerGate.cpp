@@ -1,4 +1,4 @@
-#include "ListenerGate.h"
+#include "run/ListenerGate.h"
 
 namespace velmorak {
 

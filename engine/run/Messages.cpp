@@ -1,6 +1,6 @@
-#include "Messages.h"
+#include "run/Messages.h"
 
-#include "Visible.h"
+#include "run/Visible.h"
 
 #include <ostream>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "NodeArguments.h"
+#include "run/NodeArguments.h"
 
 #include <algorithm>
 #include <cmath>

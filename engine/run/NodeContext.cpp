@@ -1,6 +1,6 @@
-#include "NodeContext.h"
+#include "run/NodeContext.h"
 
-#include "Visible.h"
+#include "run/Visible.h"
 
 #include <system_error>
 

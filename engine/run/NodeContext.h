@@ -1,9 +1,9 @@
 #pragma once
 
-#include "FileDigests.h"
-#include "Messages.h"
-#include "Pipeline.h"
-#include "ResultFolder.h"
+#include "store/FileHashes.h"
+#include "run/Messages.h"
+#include "run/Pipeline.h"
+#include "run/ResultFolder.h"
 
 #include <atomic>
 #include <functional>

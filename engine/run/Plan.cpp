@@ -1,8 +1,8 @@
-#include "Plan.h"
+#include "run/Plan.h"
 
-#include "Cycles.h"
-#include "NodeArguments.h"
-#include "Visible.h"
+#include "run/Cycles.h"
+#include "run/NodeArguments.h"
+#include "run/Visible.h"
 
 #include <algorithm>
 #include <cstdint>

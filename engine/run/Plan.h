@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Pipeline.h"
+#include "run/Pipeline.h"
 
 #include <cstddef>
 #include <optional>

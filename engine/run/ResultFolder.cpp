@@ -1,8 +1,8 @@
-#include "ResultFolder.h"
+#include "run/ResultFolder.h"
 
-#include "ResultsPlace.h"
-#include "RunFile.h"
-#include "Visible.h"
+#include "run/ResultsPlace.h"
+#include "run/RunRecordFile.h"
+#include "run/Visible.h"
 
 #include <velmorak/Failure.h>
 

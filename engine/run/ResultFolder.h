@@ -1,7 +1,7 @@
 #pragma once
 
-#include "FileDigests.h"
-#include "Pipeline.h"
+#include "store/FileHashes.h"
+#include "run/Pipeline.h"
 
 #include <velmorak/Run.h>
 

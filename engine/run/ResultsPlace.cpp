@@ -1,4 +1,4 @@
-#include "ResultsPlace.h"
+#include "run/ResultsPlace.h"
 
 #include <cerrno>
 #include <charconv>

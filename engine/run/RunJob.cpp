@@ -1,6 +1,6 @@
-#include "RunJob.h"
+#include "run/RunJob.h"
 
-#include "LastExit.h"
+#include "run/LastExit.h"
 
 #include <utility>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "ListenerGate.h"
-#include "Messages.h"
-#include "RunLedger.h"
-#include "Runner.h"
+#include "run/ListenerGate.h"
+#include "run/Messages.h"
+#include "run/RunLedger.h"
+#include "run/Runner.h"
 
 #include <atomic>
 #include <condition_variable>

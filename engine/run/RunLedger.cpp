@@ -1,7 +1,7 @@
-#include "RunLedger.h"
+#include "run/RunLedger.h"
 
-#include "NodeContext.h"
-#include "Visible.h"
+#include "run/NodeContext.h"
+#include "run/Visible.h"
 
 namespace velmorak {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CrashNote.h"
-#include "Problem.h"
-#include "Runner.h"
+#include "run/CrashNote.h"
+#include "run/NodeError.h"
+#include "run/Runner.h"
 
 #include <atomic>
 #include <cstddef>

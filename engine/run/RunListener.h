@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Runner.h"
+#include "run/Runner.h"
 
 #include <cstdint>
 #include <optional>

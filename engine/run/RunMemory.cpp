@@ -1,4 +1,4 @@
-#include "RunMemory.h"
+#include "run/RunMemory.h"
 
 #include <string_view>
 #include <utility>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "DiskStore.h"
-#include "FileDigests.h"
-#include "Pipeline.h"
-#include "Reasons.h"
-#include "ResultStore.h"
+#include "store/DiskStore.h"
+#include "store/FileHashes.h"
+#include "run/Pipeline.h"
+#include "run/RunHistory.h"
+#include "store/ResultStore.h"
 
 #include <optional>
 #include <set>

@@ -1,6 +1,6 @@
-#include "RunState.h"
+#include "run/RunState.h"
 
-#include "Visible.h"
+#include "run/Visible.h"
 
 #include <algorithm>
 #include <cstdlib>

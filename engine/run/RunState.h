@@ -1,11 +1,11 @@
 #pragma once
 
-#include "NodeArguments.h"
-#include "NodeContext.h"
-#include "Plan.h"
-#include "Problem.h"
-#include "RunLedger.h"
-#include "RunListener.h"
+#include "run/NodeArguments.h"
+#include "run/NodeContext.h"
+#include "run/Plan.h"
+#include "run/NodeError.h"
+#include "run/RunLedger.h"
+#include "run/RunListener.h"
 
 #include <chrono>
 #include <memory>

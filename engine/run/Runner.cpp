@@ -1,14 +1,14 @@
-#include "Runner.h"
+#include "run/Runner.h"
 
-#include "CrashNote.h"
-#include "Crew.h"
-#include "Execution.h"
-#include "Politeness.h"
-#include "ResultsPlace.h"
-#include "RunFile.h"
-#include "RunJob.h"
-#include "RunListener.h"
-#include "Summary.h"
+#include "run/CrashNote.h"
+#include "executor/ThreadPool.h"
+#include "run/RunScheduler.h"
+#include "executor/WorkerPriority.h"
+#include "run/ResultsPlace.h"
+#include "run/RunRecordFile.h"
+#include "run/RunJob.h"
+#include "run/RunListener.h"
+#include "run/Summary.h"
 
 #include <oneapi/tbb/global_control.h>
 #include <oneapi/tbb/info.h>

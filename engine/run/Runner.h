@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Pipeline.h"
-#include "StorePlace.h"
+#include "run/Pipeline.h"
+#include "store/CacheConfig.h"
 
 #include <chrono>
 #include <condition_variable>

@@ -1,6 +1,6 @@
-#include "StateMerger.h"
+#include "run/StateMerger.h"
 
-#include "ChunkCheck.h"
+#include "run/ChunkCheck.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
-#include "StreamPass.h"
+#include "run/StreamPass.h"
 
-#include "StreamParts.h"
+#include "run/StreamTypes.h"
 
 #include <velmorak/OrderedAccumulation.h>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Line.h"
-#include "RunState.h"
-#include "StateMerger.h"
+#include "executor/StagePipeline.h"
+#include "run/RunState.h"
+#include "run/StateMerger.h"
 
 #include <atomic>
 #include <chrono>

@@ -1,5 +1,5 @@
-#include "StreamParts.h"
-#include "Summary.h"
+#include "run/StreamTypes.h"
+#include "run/Summary.h"
 
 #include <algorithm>
 #include <utility>

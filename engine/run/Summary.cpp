@@ -1,8 +1,8 @@
-#include "Summary.h"
+#include "run/Summary.h"
 
-#include "NodeContext.h"
-#include "Plan.h"
-#include "Visible.h"
+#include "run/NodeContext.h"
+#include "run/Plan.h"
+#include "run/Visible.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RunListener.h"
+#include "run/RunListener.h"
 
 #include <optional>
 #include <string>

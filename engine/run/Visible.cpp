@@ -1,4 +1,4 @@
-#include "Visible.h"
+#include "run/Visible.h"
 
 #include <fmt/format.h>
 

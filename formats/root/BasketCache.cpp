@@ -1,4 +1,4 @@
-#include "BasketCache.h"
+#include "root/BasketCache.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Basket.h"
+#include "root/Basket.h"
 
 #include <functional>
 #include <future>

@@ -1,6 +1,6 @@
-#include "BranchWalk.h"
+#include "root/BranchWalk.h"
 
-#include "ValueTypes.h"
+#include "root/ValueTypes.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "BulkDecode.h"
+#include "root/BulkDecode.h"
 
 namespace velmorak::root {
 namespace {

@@ -1,6 +1,6 @@
-#include "Classes.h"
+#include "root/Classes.h"
 
-#include "Record.h"
+#include "root/Record.h"
 
 #include <functional>
 

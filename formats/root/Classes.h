@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Buffer.h"
-#include "Number.h"
+#include "root/Buffer.h"
+#include "root/Number.h"
 
 #include <map>
 #include <optional>

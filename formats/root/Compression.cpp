@@ -1,4 +1,4 @@
-#include "Compression.h"
+#include "root/Compression.h"
 
 #include <lz4.h>
 #include <lzma.h>

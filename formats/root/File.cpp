@@ -1,6 +1,6 @@
-#include "File.h"
+#include "root/File.h"
 
-#include "Compression.h"
+#include "root/Compression.h"
 
 #include <velmorak/RegularFile.h>
 

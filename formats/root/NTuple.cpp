@@ -1,4 +1,4 @@
-#include "NTuple.h"
+#include "root/NTuple.h"
 
 #include <fmt/format.h>
 

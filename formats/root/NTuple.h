@@ -1,6 +1,6 @@
 #pragma once
 
-#include "NTuplePage.h"
+#include "root/NTuplePage.h"
 
 #include <velmorak/Table.h>
 

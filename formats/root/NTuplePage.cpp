@@ -1,6 +1,6 @@
-#include "NTuplePage.h"
+#include "root/NTuplePage.h"
 
-#include "Compression.h"
+#include "root/Compression.h"
 
 #include <fmt/format.h>
 #define XXH_INLINE_ALL

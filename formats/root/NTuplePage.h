@@ -1,6 +1,6 @@
 #pragma once
 
-#include "NTupleSchema.h"
+#include "root/NTupleSchema.h"
 
 #include <variant>
 

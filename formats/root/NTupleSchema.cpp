@@ -1,7 +1,7 @@
-#include "NTupleSchema.h"
+#include "root/NTupleSchema.h"
 
-#include "Compression.h"
-#include "Record.h"
+#include "root/Compression.h"
+#include "root/Record.h"
 
 #include <fmt/format.h>
 #define XXH_INLINE_ALL

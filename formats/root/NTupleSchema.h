@@ -1,6 +1,6 @@
 #pragma once
 
-#include "File.h"
+#include "root/File.h"
 
 #include <cstdint>
 #include <string>

@@ -1,4 +1,4 @@
-#include "Number.h"
+#include "root/Number.h"
 
 #include <velmorak/Value.h>
 

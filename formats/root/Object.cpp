@@ -1,4 +1,4 @@
-#include "Object.h"
+#include "root/Object.h"
 
 #include <algorithm>
 

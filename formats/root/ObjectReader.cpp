@@ -1,4 +1,4 @@
-#include "ObjectReader.h"
+#include "root/ObjectReader.h"
 
 #include <algorithm>
 #include <map>

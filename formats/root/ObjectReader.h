@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Classes.h"
-#include "Object.h"
-#include "Record.h"
+#include "root/Classes.h"
+#include "root/Object.h"
+#include "root/Record.h"
 
 #include <unordered_map>
 

@@ -1,4 +1,4 @@
-#include "Record.h"
+#include "root/Record.h"
 
 namespace velmorak::root {
 namespace {

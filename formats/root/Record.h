@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Buffer.h"
+#include "root/Buffer.h"
 
 #include <optional>
 

@@ -1,7 +1,7 @@
-#include "RootFile.h"
+#include "root/RootFile.h"
 
-#include "NTuple.h"
-#include "Tree.h"
+#include "root/NTuple.h"
+#include "root/Tree.h"
 
 #include <fmt/format.h>
 #include <velmorak/ChunkSize.h>

@@ -1,8 +1,8 @@
-#include "Tree.h"
+#include "root/Tree.h"
 
-#include "BranchWalk.h"
-#include "BulkDecode.h"
-#include "Compression.h"
+#include "root/BranchWalk.h"
+#include "root/BulkDecode.h"
+#include "root/Compression.h"
 
 #include <fmt/format.h>
 

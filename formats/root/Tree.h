@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Basket.h"
-#include "BasketCache.h"
-#include "File.h"
-#include "Number.h"
-#include "ObjectReader.h"
+#include "root/Basket.h"
+#include "root/BasketCache.h"
+#include "root/File.h"
+#include "root/Number.h"
+#include "root/ObjectReader.h"
 
 #include <velmorak/Table.h>
 

@@ -1,4 +1,4 @@
-#include "ValueTypes.h"
+#include "root/ValueTypes.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tree.h"
+#include "root/Tree.h"
 
 namespace velmorak::root {
 

@@ -1,4 +1,4 @@
-#include "Bench.h"
+#include "KindHarness.h"
 
 #include <velmorak/FunctionObject.h>
 #include <velmorak/HistogramGrid.h>

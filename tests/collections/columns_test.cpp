@@ -1,6 +1,6 @@
-#include "Bench.h"
+#include "KindHarness.h"
 
-#include <graph/Parts.h>
+#include "graph/ManagerImpl.h"
 
 #include <QzManager.h>
 

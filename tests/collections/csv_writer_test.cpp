@@ -1,4 +1,4 @@
-#include "Bench.h"
+#include "KindHarness.h"
 
 #include <gtest/gtest.h>
 

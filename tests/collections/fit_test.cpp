@@ -9,7 +9,7 @@
 
 #include <cmath>
 
-#include "Bench.h"
+#include "KindHarness.h"
 
 namespace {
 

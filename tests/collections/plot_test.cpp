@@ -1,4 +1,4 @@
-#include "Bench.h"
+#include "KindHarness.h"
 
 #include <expat.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "Bench.h"
+#include "KindHarness.h"
 
 #include <Histogram/Moments.h>
 #include <Histogram/Quantiles.h>

@@ -1,6 +1,6 @@
 #include <Data/Philox.h>
 
-#include "Bench.h"
+#include "KindHarness.h"
 
 #include <gtest/gtest.h>
 

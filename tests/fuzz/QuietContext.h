@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-#include "velmorak/Failure.h"
-#include "velmorak/Run.h"
+#include <velmorak/Failure.h>
+#include <velmorak/Run.h>
 
 namespace velmorak::fuzz {
 

@@ -2,7 +2,7 @@
 #include "QuietContext.h"
 #include "Target.h"
 
-#include "velmorak/Aida.h"
+#include <velmorak/Aida.h>
 
 // Everything that an AIDA file holds: its list, its objects, and the rows of its first tables.
 

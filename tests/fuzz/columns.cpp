@@ -1,8 +1,8 @@
 #include "Target.h"
 
-#include "Data/CsvTypes.h"
+#include "csv/CsvTypes.h"
 #include "Data/Distribution.h"
-#include "velmorak/Failure.h"
+#include <velmorak/Failure.h>
 
 #include <cmath>
 

@@ -2,7 +2,7 @@
 #include "QuietContext.h"
 #include "Target.h"
 
-#include "Data/CsvReader.h"
+#include "csv/CsvReader.h"
 
 // A text file of rows. Its last byte chooses how it is read, so that any such file is an input; a line end means commas
 // and a header.

@@ -1,7 +1,7 @@
 #include "Target.h"
 
-#include "velmorak/Expression.h"
-#include "velmorak/Failure.h"
+#include <velmorak/Expression.h>
+#include <velmorak/Failure.h>
 
 #include <cstring>
 #include <limits>

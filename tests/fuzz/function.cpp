@@ -1,8 +1,8 @@
 #include "Target.h"
 
-#include "velmorak/Failure.h"
-#include "velmorak/Fit.h"
-#include "velmorak/FunctionValues.h"
+#include <velmorak/Failure.h>
+#include <velmorak/Fit.h>
+#include <velmorak/FunctionValues.h>
 
 #include <cmath>
 #include <optional>

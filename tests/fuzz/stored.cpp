@@ -1,9 +1,9 @@
 #include "Target.h"
 
-#include <data/Bytes.h>
-#include <run/StoreBytes.h>
+#include "table/Bytes.h"
+#include "store/StoreBytes.h"
 
-#include "velmorak/ObjectBytes.h"
+#include <velmorak/ObjectBytes.h>
 
 // What the store of results keeps. The bytes come without the checksum that only damage by accident would fail; the
 // first letter says whether a stored result or one object follows.

@@ -1,6 +1,6 @@
 #include "Target.h"
 
-#include <io/WbxmlText.h>
+#include "aida/binary/WbxmlText.h"
 
 // The text of a binary AIDA file. Each step gives some text or ends, and what it gives is XML: no control characters.
 

@@ -2,8 +2,8 @@
 
 #include "Settings.h"
 
-#include <run/RunFile.h>
-#include <run/Summary.h>
+#include "run/RunRecordFile.h"
+#include "run/Summary.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <run/RunListener.h>
+#include "run/RunListener.h"
 
 #include <chrono>
 #include <fstream>

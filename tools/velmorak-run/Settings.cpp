@@ -1,6 +1,6 @@
 #include "Settings.h"
 
-#include <graph/Inspect.h>
+#include "graph/ManagerExtensions.h"
 
 #include <algorithm>
 #include <cmath>

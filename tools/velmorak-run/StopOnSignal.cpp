@@ -1,6 +1,6 @@
 #include "StopOnSignal.h"
 
-#include "Order.h"
+#include "Options.h"
 
 #include <unistd.h>
 

@@ -1,9 +1,9 @@
-#include "Running.h"
+#include "RunCommand.h"
 #include "StandardOutput.h"
 #include "StopOnSignal.h"
 
-#include <run/Problem.h>
-#include <run/Visible.h>
+#include "run/NodeError.h"
+#include "run/Visible.h"
 
 #include <velmorak/Value.h>
 

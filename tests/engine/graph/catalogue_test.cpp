@@ -1,6 +1,6 @@
 #include "GraphFixture.h"
 
-#include <graph/Catalogue.h>
+#include "graph/Catalogue.h"
 
 #include <cstdlib>
 #include <set>

@@ -1,4 +1,4 @@
-#include <graph/ColumnLook.h>
+#include "graph/ColumnPreview.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "GraphFixture.h"
 
-#include <graph/Extent.h>
+#include "graph/NodeExtent.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include <graph/PortTexts.h>
+#include "graph/PortTexts.h"
 
 #include <gtest/gtest.h>
 

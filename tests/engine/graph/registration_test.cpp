@@ -1,11 +1,11 @@
 #include "GraphFixture.h"
 
-#include <graph/Catalogue.h>
-#include <graph/Columns.h>
-#include <graph/Nodes.h>
-#include <graph/Parts.h>
-#include <graph/PortChange.h>
-#include <graph/Values.h>
+#include "graph/Catalogue.h"
+#include "graph/ColumnDescriptions.h"
+#include "graph/Nodes.h"
+#include "graph/ManagerImpl.h"
+#include "graph/PortChange.h"
+#include "graph/Values.h"
 
 namespace velmorak::test {
 namespace {

@@ -1,8 +1,8 @@
 #include "GraphFixture.h"
-#include "collections/Workbench.h"
+#include "collections/TestCollection.h"
 
-#include <graph/Catalogue.h>
-#include <graph/Inspect.h>
+#include "graph/Catalogue.h"
+#include "graph/ManagerExtensions.h"
 
 #include <dlfcn.h>
 #include <future>

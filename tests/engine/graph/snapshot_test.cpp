@@ -1,6 +1,6 @@
 #include "GraphFixture.h"
 
-#include <graph/Inspect.h>
+#include "graph/ManagerExtensions.h"
 
 #include <cstdlib>
 

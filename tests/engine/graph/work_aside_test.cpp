@@ -1,4 +1,4 @@
-#include <graph/WorkAside.h>
+#include "graph/BackgroundTask.h"
 #include <gtest/gtest.h>
 
 #include <future>

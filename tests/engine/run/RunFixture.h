@@ -2,7 +2,7 @@
 
 #include "TestKinds.h"
 
-#include <run/Runner.h>
+#include "run/Runner.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "RunFixture.h"
 
-#include <run/NodeArguments.h>
+#include "run/NodeArguments.h"
 
 namespace velmorak::test {
 namespace {

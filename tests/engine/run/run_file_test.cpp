@@ -1,6 +1,6 @@
 #include "RunFixture.h"
 
-#include <run/RunFile.h>
+#include "run/RunRecordFile.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,4 +1,4 @@
-#include <run/Visible.h>
+#include "run/Visible.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "Workbench.h"
+#include "TestCollection.h"
 
 #include <velmorak/Kind.h>
 

@@ -1,9 +1,0 @@
-#include "ExpressionWideLoops.h"
-
-namespace velmorak::expression {
-
-WideKernels avx2Kernels() {
-    return allKernels;
-}
-
-}  // namespace velmorak::expression

@@ -1,9 +1,0 @@
-#include "ExpressionWideLoops.h"
-
-namespace velmorak::expression {
-
-WideKernels avx512Kernels() {
-    return allKernels;
-}
-
-}  // namespace velmorak::expression

@@ -1,9 +1,0 @@
-#include "ExpressionWide.h"
-
-namespace velmorak::expression {
-
-std::vector<WideKernels> runnableKernels() {
-    return {};
-}
-
-}  // namespace velmorak::expression

@@ -1,9 +1,0 @@
-#include "Filling.h"
-
-namespace velmorak::filling {
-
-std::vector<Kernels> runnableKernels() {
-    return {};
-}
-
-}  // namespace velmorak::filling

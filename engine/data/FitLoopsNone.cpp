@@ -1,9 +1,0 @@
-#include "FitLoops.h"
-
-namespace velmorak::fitting {
-
-std::vector<const Loops*> runnableLoops() {
-    return {&commonLoops()};
-}
-
-}  // namespace velmorak::fitting

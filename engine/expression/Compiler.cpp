@@ -1,0 +1,302 @@
+#include "expression/Emitter.h"
+#include "expression/simd/SimdKernels.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <numbers>
+#include <optional>
+
+namespace velmorak::expression {
+
+namespace {
+
+std::string shown(const Typed& value) {
+    return (value.isList ? "a list of type " : "a value of type ") + std::string(nameOf(value.type));
+}
+
+std::string shownName(const Node& call) {
+    return call.text == "-sign" || call.text == "+sign" ? call.text.substr(0, 1) : call.text;
+}
+
+struct Constant {
+    std::string_view name;
+    double value;
+};
+
+constexpr std::array constants{Constant{"pi", std::numbers::pi}, Constant{"e", std::numbers::e},
+                               Constant{"inf", std::numeric_limits<double>::infinity()},
+                               Constant{"nan", std::numeric_limits<double>::quiet_NaN()}};
+
+const double* findConstant(std::string_view name) {
+    const auto* const found =
+        std::find_if(constants.begin(), constants.end(), [&](const Constant& known) { return known.name == name; });
+    return found == constants.end() ? nullptr : &found->value;
+}
+
+class Compiler {
+public:
+    Compiler(std::string_view expression, const Schema& schema, const std::map<std::string, double>& named)
+        : source(expression), columns(schema), numbers(named) {}
+
+    Code run() {
+        nodes = parse(source);
+        for (const Node& node : nodes)
+            typed.push_back(compiled(node));
+        return std::move(emitter).finish(typed.back());
+    }
+
+private:
+    Typed compiled(const Node& node) {
+        switch (node.form) {
+            case Form::Real:
+                return emitter.constant(node.real, ColumnType::Real);
+            case Form::Integer:
+                return emitter.constant(node.integer, ColumnType::Integer);
+            case Form::Truth:
+                return emitter.constant(static_cast<std::uint8_t>(node.integer), ColumnType::Boolean);
+            case Form::Text:
+                return emitter.text(node.text);
+            case Form::Name:
+                return named(node);
+            case Form::Call:
+                break;
+        }
+        return called(node);
+    }
+
+    Typed named(const Node& node) {
+        if (const auto position = columns.find(node.text))
+            return column(node, *position);
+        if (const auto number = numbers.find(node.text); number != numbers.end())
+            return emitter.constant(number->second, ColumnType::Real);
+        if (const double* known = node.isQuoted ? nullptr : findConstant(node.text))
+            return emitter.constant(*known, ColumnType::Real);
+        std::vector<std::string> names;
+        for (const ColumnInfo& info : columns.columns())
+            names.push_back(info.name);
+        for (const auto& [name, value] : numbers)
+            names.push_back(name);
+        refuse(source, node.place, R"(there is no column ")" + node.text + "\"" + suggestion(node.text, names));
+    }
+
+    Typed column(const Node& node, std::size_t position) {
+        const Typed value = emitter.column(position, columns[position]);
+        if (value.type != ColumnType::Text || nodes.size() == 1)
+            return value;
+        return emitter.emit(addressTexts, {value}, ColumnType::Text, node.place);
+    }
+
+    Typed called(const Node& node) {
+        std::vector<Typed> arguments;
+        for (const std::size_t child : node.children)
+            arguments.push_back(typed[child]);
+        if (node.text == "[]")
+            return indexed(node, arguments);
+        if (isReduction(node.text) && arguments.size() == 1 &&
+            (arguments[0].isList || findFunction(node.text) == nullptr))
+            return reduced(node, arguments[0]);
+        const Function* function = findFunction(node.text);
+        if (function == nullptr)
+            refuse(source, node.place,
+                   isReduction(node.text)
+                       ? "\"" + node.text + R"(" takes one list column)"
+                       : R"(there is no function ")" + node.text + "\"" + suggestion(node.text, functionNames()));
+        checkArguments(node, *function, arguments);
+        if (isSquare(node))
+            return applied(node, *findFunction("square"), {arguments[0]});
+        return applied(node, *function, arguments);
+    }
+
+    /// The power that is taken most often, for which a product is quick and exact to half a unit in the last place.
+    bool isSquare(const Node& node) const {
+        if (node.text != "^" && node.text != "pow")
+            return false;
+        const Node& exponent = nodes[node.children[1]];
+        return (exponent.form == Form::Integer && exponent.integer == 2) ||
+               (exponent.form == Form::Real && exponent.real == 2.0);
+    }
+
+    Typed reduced(const Node& node, const Typed& list) {
+        if (!list.isList)
+            refuse(source, node.place,
+                   "\"" + node.text + R"(" of one value takes a list column, this is )" + shown(list));
+        const Reduction reduction = findReduction(node.text, list.type);
+        if (reduction.kernel == nullptr)
+            refuse(source, node.place, "\"" + node.text + R"(" does not take )" + shown(list));
+        return emitter.emitReduction(reduction.kernel, {list}, reduction.type, node.place);
+    }
+
+    Typed indexed(const Node& node, const std::vector<Typed>& arguments) {
+        const Typed& list = arguments[0];
+        if (!list.isList)
+            refuse(source, node.place, "only a list has values to choose from, this is " + shown(list));
+        if (arguments[1].isList || arguments[1].type == ColumnType::Text || arguments[1].type == ColumnType::Boolean)
+            refuse(source, nodes[node.children[1]].place,
+                   "a position in a list is a number, this is " + shown(arguments[1]));
+        Typed position = arguments[1];
+        if (position.type == ColumnType::Integer)
+            position =
+                emitter.emit(conversion(position.type, ColumnType::Real), {position}, ColumnType::Real, node.place);
+        const Reduction way = findIndexing(list.type);
+        return emitter.emitReduction(way.kernel, {list, position}, way.type, node.place);
+    }
+
+    void checkArguments(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
+        const std::size_t count = arguments.size();
+        if (count < function.arguments || (count > function.arguments && !function.takesMore))
+            refuse(source, node.place, "\"" + node.text + R"(" takes )" + wanted(function));
+    }
+
+    static std::string wanted(const Function& function) {
+        if (function.takesMore)
+            return "two values or more, or one list column";
+        return function.arguments == 1 ? "one value" : function.arguments == 2 ? "two values" : "three values";
+    }
+
+    Typed applied(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
+        switch (function.rule) {
+            case Rule::Real:
+                if (node.text == "exp")
+                    if (const auto negative =
+                            emitter.takeBack(arguments[0], kernel(*findFunction("-sign"), ColumnType::Real)))
+                        return emitter.emit(kernel(*findFunction("-exp"), ColumnType::Real), *negative,
+                                            ColumnType::Real, node.place);
+                return emitter.emit(kernel(function, ColumnType::Real), all(node, arguments, ColumnType::Real),
+                                    ColumnType::Real, node.place);
+            case Rule::Test:
+                return emitter.emit(kernel(function, ColumnType::Real), all(node, arguments, ColumnType::Real),
+                                    ColumnType::Boolean, node.place);
+            case Rule::Arithmetic:
+                return arithmetic(node, function, arguments);
+            case Rule::Comparison: {
+                const ColumnType type = compared(node, arguments);
+                return emitter.emit(kernel(function, type), all(node, arguments, type), ColumnType::Boolean,
+                                    node.place);
+            }
+            case Rule::Logic:
+                return emitter.emit(kernel(function, ColumnType::Boolean), conditions(node, arguments),
+                                    ColumnType::Boolean, node.place);
+            case Rule::Choice:
+                break;
+        }
+        return choice(node, function, arguments);
+    }
+
+    Typed arithmetic(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
+        const bool hasReal = std::any_of(arguments.begin(), arguments.end(),
+                                         [](const Typed& argument) { return argument.type == ColumnType::Real; });
+        const ColumnType type = hasReal ? ColumnType::Real : ColumnType::Integer;
+        const auto values = all(node, arguments, type);
+        if (values.size() == 1)
+            return emitter.emit(kernel(function, type), values, type, node.place);
+        if (const auto joined = type == ColumnType::Real ? joinedWithProduct(node, values) : std::nullopt)
+            return *joined;
+        Typed result = emitter.emit(kernel(function, type), {values[0], values[1]}, type, node.place);
+        for (std::size_t i = 2; i < values.size(); ++i)
+            result = emitter.emit(kernel(function, type), {result, values[i]}, type, node.place);
+        return result;
+    }
+
+    /// A sum with a product, or a difference from one, is a single step with both roundings, where the product was the
+    /// step before.
+    std::optional<Typed> joinedWithProduct(const Node& node, const std::vector<Typed>& values) {
+        const bool isSum = node.text == "+";
+        if ((!isSum && node.text != "-") || values[0].isList || values[1].isList)
+            return std::nullopt;
+        const Kernel product = kernel(*findFunction("*"), ColumnType::Real);
+        for (const std::size_t side : {1U, 0U}) {
+            if (side == 1 && !isSum)
+                continue;
+            auto factors = emitter.takeBack(values[side], product);
+            if (!factors)
+                continue;
+            factors->push_back(values[1 - side]);
+            return emitter.emit(kernel(*findFunction(isSum ? "*+" : "*-"), ColumnType::Real), *factors,
+                                ColumnType::Real, node.place);
+        }
+        return std::nullopt;
+    }
+
+    /// The type that two values are compared in, or that a choice between them has.
+    ColumnType compared(const Node& node, const std::vector<Typed>& pair) {
+        const ColumnType first = pair[0].type;
+        const ColumnType second = pair[1].type;
+        if ((first == ColumnType::Text) != (second == ColumnType::Text))
+            refuse(source, node.place, "a text and a number do not go together here");
+        if (first == ColumnType::Text || first == ColumnType::Real || second == ColumnType::Real)
+            return first == ColumnType::Text ? first : ColumnType::Real;
+        return ColumnType::Integer;
+    }
+
+    std::vector<Typed> conditions(const Node& node, const std::vector<Typed>& arguments) {
+        for (std::size_t i = 0; i < arguments.size(); ++i)
+            if (arguments[i].type == ColumnType::Real || arguments[i].type == ColumnType::Text)
+                refuse(source, nodes[node.children[i]].place,
+                       "a condition is needed here, this is " + shown(arguments[i]) + "; compare it with something");
+        return all(node, arguments, ColumnType::Boolean);
+    }
+
+    Typed choice(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
+        const Node conditionOnly{node.form, node.place, node.text, 0.0, 0, false, {node.children[0]}};
+        auto values = conditions(conditionOnly, {arguments[0]});
+        const std::vector<Typed> pair{arguments[1], arguments[2]};
+        const bool areBooleans = pair[0].type == ColumnType::Boolean && pair[1].type == ColumnType::Boolean;
+        const ColumnType type = areBooleans ? ColumnType::Boolean : compared(node, pair);
+        const Node valuesOnly{node.form, node.place, node.text, 0.0, 0, false, {node.children[1], node.children[2]}};
+        for (const Typed& value : all(valuesOnly, pair, type))
+            values.push_back(value);
+        return emitter.emit(kernel(function, type), values, type, node.place);
+    }
+
+    static Kernel kernel(const Function& function, ColumnType type) {
+        const Kernel wide = function.rule == Rule::Choice ? nullptr : wideKernel(function.name, type);
+        return wide == nullptr ? commonKernel(function, type) : wide;
+    }
+
+    static Kernel commonKernel(const Function& function, ColumnType type) {
+        switch (type) {
+            case ColumnType::Real:
+                return function.forReals;
+            case ColumnType::Integer:
+                return function.forIntegers;
+            case ColumnType::Boolean:
+                return function.forBooleans;
+            case ColumnType::Text:
+                break;
+        }
+        return function.forTexts;
+    }
+
+    /// @return the values in the given type.
+    std::vector<Typed> all(const Node& node, const std::vector<Typed>& values, ColumnType type) {
+        std::vector<Typed> converted;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const Kernel way = conversion(values[i].type, type);
+            if (way == nullptr && values[i].type != type)
+                refuse(source, nodes[node.children[i]].place,
+                       "\"" + shownName(node) + R"(" does not take )" + shown(values[i]));
+            converted.push_back(way == nullptr ? values[i] : emitter.emit(way, {values[i]}, type, node.place));
+        }
+        return converted;
+    }
+
+    std::string_view source;
+    const Schema& columns;
+    const std::map<std::string, double>& numbers;
+    std::vector<Node> nodes;
+    std::vector<Typed> typed;  ///< Of each node.
+    Emitter emitter;
+};
+
+}  // namespace
+
+Code compile(std::string_view text, const Schema& columns, const std::map<std::string, double>& numbers) {
+    return Compiler(text, columns, numbers).run();
+}
+
+bool isConstant(std::string_view name) {
+    return findConstant(name) != nullptr;
+}
+
+}  // namespace velmorak::expression

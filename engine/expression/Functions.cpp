@@ -1,0 +1,258 @@
+#include "expression/simd/Exp.h"
+#include "expression/simd/SimdKernels.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <type_traits>
+
+// Compiled without contraction of a product and a sum into one rounding: a row has the same bits in every loop.
+namespace velmorak::expression {
+
+namespace {
+
+using TextPtr = const std::string*;
+
+template <typename In, typename Out, auto function>
+bool unary(const Lane& lane) {
+    const auto* a = static_cast<const In*>(lane.in[0]);
+    auto* out = static_cast<Out*>(lane.out);
+    for (std::size_t row = 0; row < lane.rows; ++row)
+        out[row] = static_cast<Out>(function(a[row]));
+    return true;
+}
+
+template <typename In, typename Out, auto function>
+bool binary(const Lane& lane) {
+    const auto* a = static_cast<const In*>(lane.in[0]);
+    const auto* b = static_cast<const In*>(lane.in[1]);
+    auto* out = static_cast<Out*>(lane.out);
+    for (std::size_t row = 0; row < lane.rows; ++row)
+        out[row] = static_cast<Out>(function(a[row], b[row]));
+    return true;
+}
+
+template <auto function>
+bool ternary(const Lane& lane) {
+    const auto* a = static_cast<const double*>(lane.in[0]);
+    const auto* b = static_cast<const double*>(lane.in[1]);
+    const auto* c = static_cast<const double*>(lane.in[2]);
+    auto* out = static_cast<double*>(lane.out);
+    for (std::size_t row = 0; row < lane.rows; ++row)
+        out[row] = function(a[row], b[row], c[row]);
+    return true;
+}
+
+/// function says by its return value whether there is no result.
+template <auto function>
+bool checked(const Lane& lane) {
+    const auto* a = static_cast<const std::int64_t*>(lane.in[0]);
+    const auto* b = static_cast<const std::int64_t*>(lane.in[1]);
+    auto* out = static_cast<std::int64_t*>(lane.out);
+    bool isWrong = false;
+    for (std::size_t row = 0; row < lane.rows; ++row)
+        isWrong |= function(a[row], b == nullptr ? 0 : b[row], out[row]);
+    return !isWrong;
+}
+
+template <typename T>
+bool choose(const Lane& lane) {
+    const auto* condition = static_cast<const std::uint8_t*>(lane.in[0]);
+    const auto* yes = static_cast<const T*>(lane.in[1]);
+    const auto* no = static_cast<const T*>(lane.in[2]);
+    auto* out = static_cast<T*>(lane.out);
+    for (std::size_t row = 0; row < lane.rows; ++row)
+        out[row] = condition[row] != 0 ? yes[row] : no[row];
+    return true;
+}
+
+template <auto function>
+constexpr Kernel ofReal = unary<double, double, function>;
+template <auto function>
+constexpr Kernel ofReals = binary<double, double, function>;
+template <auto function>
+constexpr Kernel ofInteger = unary<std::int64_t, std::int64_t, function>;
+
+constexpr auto same = [](auto x) { return x; };
+constexpr auto sign = [](auto x) { return x > 0 ? decltype(x)(1) : x < 0 ? decltype(x)(-1) : x; };
+constexpr auto isTrue = [](auto x) { return x != 0; };
+template <typename Number>
+constexpr bool isNotANumber(Number x) {
+    if constexpr (std::is_floating_point_v<Number>)
+        return std::isnan(x);
+    else
+        return false;
+}
+// NaN on either side gives NaN.
+constexpr auto lesser = [](auto x, auto y) { return y < x || isNotANumber(y) ? y : x; };
+constexpr auto greater = [](auto x, auto y) { return x < y || isNotANumber(y) ? y : x; };
+// std::lgamma writes a global.
+constexpr auto logGamma = [](double x) {
+    int ignoredSign = 0;
+    return ::lgamma_r(x, &ignoredSign);
+};
+constexpr auto remainderOf = [](std::int64_t x, std::int64_t y, std::int64_t& out) {
+    // The smallest integer divided by -1 would trap.
+    out = y == 0 || y == -1 ? 0 : x % y;
+    return y == 0;
+};
+constexpr auto sizeOf = [](std::int64_t x, std::int64_t, std::int64_t& out) {
+    return x < 0 ? __builtin_sub_overflow(std::int64_t{0}, x, &out) : (out = x, false);
+};
+
+constexpr Function real(std::string_view name, Kernel kernel) {
+    return {name, Rule::Real, 1, false, kernel};
+}
+constexpr Function reals(std::string_view name, Kernel kernel) {
+    return {name, Rule::Real, 2, false, kernel};
+}
+constexpr Function rounding(std::string_view name, Kernel kernel) {
+    return {name, Rule::Arithmetic, 1, false, kernel, ofInteger<same>};
+}
+
+template <auto function>
+constexpr Function comparison(std::string_view name) {
+    constexpr auto ofTexts = [](TextPtr x, TextPtr y) { return function(*x, *y); };
+    return {name,
+            Rule::Comparison,
+            2,
+            false,
+            binary<double, std::uint8_t, function>,
+            binary<std::int64_t, std::uint8_t, function>,
+            binary<TextPtr, std::uint8_t, ofTexts>};
+}
+
+template <auto function>
+constexpr Function logic(std::string_view name) {
+    return {name, Rule::Logic, 2, false, nullptr, nullptr, nullptr, binary<std::uint8_t, std::uint8_t, function>};
+}
+
+constexpr Function test(std::string_view name, Kernel kernel) {
+    return {name, Rule::Test, 1, false, kernel};
+}
+
+template <auto function>
+constexpr Function extreme(std::string_view name) {
+    return {name, Rule::Arithmetic, 2, true, ofReals<function>, binary<std::int64_t, std::int64_t, function>};
+}
+
+constexpr Kernel realPower = ofReals<[](double x, double y) { return std::pow(x, y); }>;
+constexpr Kernel realRemainder = ofReals<[](double x, double y) { return std::fmod(x, y); }>;
+
+constexpr std::array functions{
+    Function{"+", Rule::Arithmetic, 2, false, ofReals<[](double x, double y) { return x + y; }>,
+             checked<[](auto x, auto y, auto& out) { return __builtin_add_overflow(x, y, &out); }>},
+    Function{"-", Rule::Arithmetic, 2, false, ofReals<[](double x, double y) { return x - y; }>,
+             checked<[](auto x, auto y, auto& out) { return __builtin_sub_overflow(x, y, &out); }>},
+    Function{"*", Rule::Arithmetic, 2, false, ofReals<[](double x, double y) { return x * y; }>,
+             checked<[](auto x, auto y, auto& out) { return __builtin_mul_overflow(x, y, &out); }>},
+    Function{"%", Rule::Arithmetic, 2, false, realRemainder, checked<remainderOf>},
+    Function{"-sign", Rule::Arithmetic, 1, false, ofReal<[](double x) { return -x; }>,
+             checked<[](auto x, auto, auto& out) { return __builtin_sub_overflow(std::int64_t{0}, x, &out); }>},
+    Function{"+sign", Rule::Arithmetic, 1, false, ofReal<same>, ofInteger<same>},
+    Function{"*+", Rule::Real, 3, false, ternary<[](double x, double y, double z) { return x * y + z; }>},
+    Function{"*-", Rule::Real, 3, false, ternary<[](double x, double y, double z) { return x * y - z; }>},
+    real("-exp", ofReal<[](double x) { return exponential(-x); }>),
+    reals("/", ofReals<[](double x, double y) { return x / y; }>),
+    reals("^", realPower),
+    comparison<[](const auto& x, const auto& y) { return x == y; }>("=="),
+    comparison<[](const auto& x, const auto& y) { return x != y; }>("!="),
+    comparison<[](const auto& x, const auto& y) { return x < y; }>("<"),
+    comparison<[](const auto& x, const auto& y) { return x <= y; }>("<="),
+    comparison<[](const auto& x, const auto& y) { return y < x; }>(">"),
+    comparison<[](const auto& x, const auto& y) { return y <= x; }>(">="),
+    logic<[](auto x, auto y) { return x != 0 && y != 0; }>("&&"),
+    logic<[](auto x, auto y) { return x != 0 || y != 0; }>("||"),
+    Function{"!", Rule::Logic, 1, false, nullptr, nullptr, nullptr,
+             unary<std::uint8_t, std::uint8_t, [](auto x) { return x == 0; }>},
+    Function{"if", Rule::Choice, 3, false, choose<double>, choose<std::int64_t>, choose<TextPtr>, choose<std::uint8_t>},
+    Function{"abs", Rule::Arithmetic, 1, false, ofReal<[](double x) { return std::fabs(x); }>, checked<sizeOf>},
+    Function{"sign", Rule::Arithmetic, 1, false, ofReal<sign>, ofInteger<sign>},
+    extreme<lesser>("min"),
+    extreme<greater>("max"),
+    rounding("floor", ofReal<[](double x) { return std::floor(x); }>),
+    rounding("ceil", ofReal<[](double x) { return std::ceil(x); }>),
+    rounding("round", ofReal<[](double x) { return std::round(x); }>),
+    rounding("trunc", ofReal<[](double x) { return std::trunc(x); }>),
+    real("sqrt", ofReal<[](double x) { return std::sqrt(x); }>),
+    real("cbrt", ofReal<[](double x) { return std::cbrt(x); }>),
+    real("exp", ofReal<[](double x) { return exponential(x); }>),
+    real("exp2", ofReal<[](double x) { return std::exp2(x); }>),
+    real("expm1", ofReal<[](double x) { return std::expm1(x); }>),
+    real("log", ofReal<[](double x) { return std::log(x); }>),
+    real("log10", ofReal<[](double x) { return std::log10(x); }>),
+    real("log2", ofReal<[](double x) { return std::log2(x); }>),
+    real("log1p", ofReal<[](double x) { return std::log1p(x); }>),
+    real("sin", ofReal<[](double x) { return std::sin(x); }>),
+    real("cos", ofReal<[](double x) { return std::cos(x); }>),
+    real("tan", ofReal<[](double x) { return std::tan(x); }>),
+    real("asin", ofReal<[](double x) { return std::asin(x); }>),
+    real("acos", ofReal<[](double x) { return std::acos(x); }>),
+    real("atan", ofReal<[](double x) { return std::atan(x); }>),
+    real("sinh", ofReal<[](double x) { return std::sinh(x); }>),
+    real("cosh", ofReal<[](double x) { return std::cosh(x); }>),
+    real("tanh", ofReal<[](double x) { return std::tanh(x); }>),
+    real("asinh", ofReal<[](double x) { return std::asinh(x); }>),
+    real("acosh", ofReal<[](double x) { return std::acosh(x); }>),
+    real("atanh", ofReal<[](double x) { return std::atanh(x); }>),
+    real("erf", ofReal<[](double x) { return std::erf(x); }>),
+    real("erfc", ofReal<[](double x) { return std::erfc(x); }>),
+    real("gamma", ofReal<[](double x) { return std::tgamma(x); }>),
+    real("lgamma", ofReal<logGamma>),
+    reals("pow", realPower),
+    real("square", ofReal<[](double x) { return x * x; }>),
+    reals("fmod", realRemainder),
+    reals("atan2", ofReals<[](double x, double y) { return std::atan2(x, y); }>),
+    reals("remainder", ofReals<[](double x, double y) { return std::remainder(x, y); }>),
+    reals("copysign", ofReals<[](double x, double y) { return std::copysign(x, y); }>),
+    reals("hypot", ofReals<[](double x, double y) { return std::hypot(x, y); }>),
+    test("isnan", unary<double, std::uint8_t, [](double x) { return std::isnan(x); }>),
+    test("isinf", unary<double, std::uint8_t, [](double x) { return std::isinf(x); }>),
+    test("isfinite", unary<double, std::uint8_t, [](double x) { return std::isfinite(x); }>)};
+
+}  // namespace
+
+const Function* findFunction(std::string_view name) {
+    const auto* const found =
+        std::find_if(functions.begin(), functions.end(), [&](const Function& known) { return known.name == name; });
+    return found == functions.end() ? nullptr : found;
+}
+
+Kernel wideKernel(std::string_view name, ColumnType type) {
+    const std::vector<WideKernels> runnable = runnableKernels();
+    if (!runnable.empty())
+        for (const WideKernel& known : runnable.front())
+            if (known.type == type && name == known.name)
+                return known.kernel;
+    return nullptr;
+}
+
+std::vector<std::string> functionNames() {
+    std::vector<std::string> names{"sum", "count", "any", "all"};
+    for (const Function& function : functions)
+        if (function.name.front() >= 'a' && function.name.front() <= 'z')
+            names.emplace_back(function.name);
+    return names;
+}
+
+Kernel conversion(ColumnType from, ColumnType to) {
+    if (from == ColumnType::Integer && to == ColumnType::Real)
+        return unary<std::int64_t, double, same>;
+    if (from == ColumnType::Boolean && to == ColumnType::Real)
+        return unary<std::uint8_t, double, isTrue>;
+    if (from == ColumnType::Boolean && to == ColumnType::Integer)
+        return unary<std::uint8_t, std::int64_t, isTrue>;
+    if (from == ColumnType::Integer && to == ColumnType::Boolean)
+        return unary<std::int64_t, std::uint8_t, isTrue>;
+    return nullptr;
+}
+
+bool addressTexts(const Lane& lane) {
+    const auto* texts = static_cast<const std::string*>(lane.in[0]);
+    auto* out = static_cast<TextPtr*>(lane.out);
+    for (std::size_t row = 0; row < lane.rows; ++row)
+        out[row] = texts + row;
+    return true;
+}
+
+}  // namespace velmorak::expression

@@ -1,0 +1,197 @@
+#include "expression/Syntax.h"
+
+#include <velmorak/Failure.h>
+#include <velmorak/Value.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace velmorak::expression {
+
+namespace {
+
+constexpr std::size_t mostShown = 120;
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool beginsName(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || static_cast<unsigned char>(c) >= 0x80;
+}
+
+bool isInsideCharacter(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
+}
+
+/// Bytes of the UTF-8 character that a text begins with; 0 where it begins with none.
+std::size_t characterBytes(std::string_view text) {
+    const auto first = static_cast<unsigned char>(text.front());
+    const std::size_t count = first < 0x80   ? 1
+                              : first < 0xC2 ? 0
+                              : first < 0xE0 ? 2
+                              : first < 0xF0 ? 3
+                              : first < 0xF5 ? 4
+                                             : 0;
+    if (count > text.size()) {
+        return 0;
+    }
+    for (const char c : text.substr(1, count > 1 ? count - 1 : 0)) {
+        if (!isInsideCharacter(c)) {
+            return 0;
+        }
+    }
+    const auto second = static_cast<unsigned char>(count > 2 ? text[1] : '\0');
+    const bool isOverlong = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
+    const bool isOutside = (first == 0xED && second > 0x9F) || (first == 0xF4 && second > 0x8F);
+    return count > 2 && (isOverlong || isOutside) ? 0 : count;
+}
+
+bool isControl(std::string_view character) {
+    const auto first = static_cast<unsigned char>(character.front());
+    const bool isUpper = first == 0xC2 && static_cast<unsigned char>(character.back()) < 0xA0;
+    return first < 0x20 || first == 0x7F || isUpper;
+}
+
+/// The part of the text around the place that fits a line; the place moves along.
+std::string_view window(std::string_view text, std::size_t& place) {
+    if (text.size() <= mostShown) {
+        return text;
+    }
+    std::size_t begin = place > mostShown / 2 ? place - mostShown / 2 : 0;
+    while (begin < place && isInsideCharacter(text[begin])) {
+        ++begin;
+    }
+    std::size_t end = std::min(text.size(), begin + mostShown);
+    while (end < std::min(text.size(), begin + mostShown + 3) && isInsideCharacter(text[end])) {
+        ++end;
+    }
+    place -= begin;
+    return text.substr(begin, end - begin);
+}
+
+/// The text in one line of UTF-8: a blank for a control character, U+FFFD for a byte that belongs to no character.
+/// @param column that the place has in the line, in characters.
+std::string asLine(std::string_view text, std::size_t place, std::size_t& column) {
+    std::string line;
+    for (std::size_t position = 0; position < text.size();) {
+        const std::size_t count = characterBytes(text.substr(position));
+        const std::string_view character = text.substr(position, count);
+        column += position < place ? 1 : 0;
+        line += count == 0 ? "\xEF\xBF\xBD" : isControl(character) ? " " : character;
+        position += std::max<std::size_t>(count, 1);
+    }
+    return line;
+}
+
+}  // namespace
+
+void refuse(std::string_view text, std::size_t place, const std::string& reason) {
+    constexpr std::string_view omission = "...";
+    std::size_t placeInPart = place;
+    const std::string_view part = window(text, placeInPart);
+    const std::string_view before = part.data() == text.data() ? "" : omission;
+    const std::string_view after = part.data() + part.size() == text.data() + text.size() ? "" : omission;
+    std::size_t column = before.size();
+    std::size_t ignored = 0;
+    const std::string line = asLine(part, placeInPart, column);
+    throw Failure(asLine(reason, 0, ignored) + "\n  " + std::string(before) + line + std::string(after) + "\n  " +
+                  std::string(column, ' ') + "^");
+}
+
+Token Lexer::next() {
+    while (here < source.size() && (source[here] == ' ' || (source[here] >= '\t' && source[here] <= '\r')))
+        ++here;
+    if (here >= source.size())
+        return {TokenKind::End, source.size(), "", 0.0, 0, false};
+    const char c = source[here];
+    if (isDigit(c) || (c == '.' && isDigit(at(here + 1))))
+        return number();
+    if (beginsName(c))
+        return name();
+    if (c == '"' || c == '\'' || c == '`')
+        return quoted(c);
+    return symbol();
+}
+
+Token Lexer::number() {
+    Token token{TokenKind::Integer, here, "", 0.0, 0, false};
+    std::size_t end = here;
+    while (isDigit(at(end)))
+        ++end;
+    bool isWhole = true;
+    if (at(end) == '.') {
+        isWhole = false;
+        while (isDigit(at(++end))) {
+        }
+    }
+    const std::size_t sign = at(end + 1) == '+' || at(end + 1) == '-' ? 1 : 0;
+    if ((at(end) == 'e' || at(end) == 'E') && isDigit(at(end + 1 + sign))) {
+        isWhole = false;
+        end += 1 + sign;
+        while (isDigit(at(end)))
+            ++end;
+    }
+    if (beginsName(at(end)) || at(end) == '.')
+        refuse(source, end, "this number does not end where it should");
+    token.text = source.substr(here, end - here);
+    const auto* first = token.text.data();
+    const auto result = std::from_chars(first, first + token.text.size(), token.integer);
+    if (!isWhole || result.ec != std::errc()) {
+        token.kind = TokenKind::Real;
+        readNumber(token.text, token.real);
+    }
+    here = end;
+    return token;
+}
+
+Token Lexer::name() {
+    Token token{TokenKind::Name, here, "", 0.0, 0, false};
+    std::size_t end = here;
+    while (beginsName(at(end)) || isDigit(at(end)) || (at(end) == '.' && beginsName(at(end + 1))))
+        ++end;
+    token.text = source.substr(here, end - here);
+    here = end;
+    const std::array<std::array<std::string_view, 2>, 3> words{{{"and", "&&"}, {"or", "||"}, {"not", "not"}}};
+    for (const auto& [word, meaning] : words)
+        if (token.text == word)
+            return {TokenKind::Symbol, token.place, std::string(meaning), 0.0, 0, false};
+    return token;
+}
+
+Token Lexer::quoted(char quote) {
+    Token token{quote == '`' ? TokenKind::Name : TokenKind::Text, here, "", 0.0, 0, quote == '`'};
+    for (++here; at(here) != quote || here >= source.size(); ++here) {
+        if (here >= source.size())
+            refuse(source, token.place, "this quote is never closed");
+        char c = source[here];
+        if (c == '\\' && here + 1 < source.size()) {
+            c = source[++here];
+            c = c == 'n' ? '\n' : c == 't' ? '\t' : c;
+        }
+        token.text += c;
+    }
+    ++here;
+    return token;
+}
+
+Token Lexer::symbol() {
+    constexpr std::array<std::string_view, 7> pairs{"**", "&&", "||", "==", "!=", "<=", ">="};
+    const std::string_view pair = source.substr(here, 2);
+    Token token{TokenKind::Symbol, here, "", 0.0, 0, false};
+    if (std::find(pairs.begin(), pairs.end(), pair) != pairs.end())
+        token.text = pair == "**" ? "^" : std::string(pair);
+    else if (std::string_view("+-*/%^()[]<>!,?:").find(source[here]) != std::string_view::npos)
+        token.text = source[here];
+    else if (source[here] == '=')
+        refuse(source, here, "a single = compares nothing; write ==");
+    else if (source[here] == '&' || source[here] == '|')
+        refuse(source, here, R"(write && for "and", || for "or")");
+    else
+        refuse(source, here, "an expression has no such character");
+    here += pair == "**" ? 2 : token.text.size();
+    return token;
+}
+
+}  // namespace velmorak::expression

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "expression/simd/Exp.h"
+#include "expression/simd/SimdKernels.h"
+#include "expression/simd/KernelsBy4.h"
+
+// Compiled several times, for AVX2 with FMA and for more. Nothing of it may be an inline function that other sources
+// have too: the linker might take this one for all of them, also on a processor without these instructions.
+
+// The vector functions of the C library, four values at once. Those that are taken here differ from its functions of
+// one value by 1 unit in the last place at most; its others by more. Their names are the library's.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" {
+__m256d _ZGVdN4v_log(__m256d);
+__m256d _ZGVdN4vv_pow(__m256d, __m256d);
+__m256d _ZGVdN4vv_hypot(__m256d, __m256d);
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
+namespace velmorak::expression {
+
+namespace {
+
+template <typename T, auto function>
+bool unary(const Lane& lane) {
+    const auto* __restrict a = static_cast<const T*>(lane.in[0]);
+    auto* __restrict out = static_cast<T*>(lane.out);
+    const std::size_t rows = lane.rows;
+    for (std::size_t row = 0; row < rows; ++row)
+        out[row] = static_cast<T>(function(a[row]));
+    return true;
+}
+
+template <typename T, auto function>
+bool binary(const Lane& lane) {
+    const auto* __restrict a = static_cast<const T*>(lane.in[0]);
+    const auto* __restrict b = static_cast<const T*>(lane.in[1]);
+    auto* __restrict out = static_cast<T*>(lane.out);
+    const std::size_t rows = lane.rows;
+    for (std::size_t row = 0; row < rows; ++row)
+        out[row] = static_cast<T>(function(a[row], b[row]));
+    return true;
+}
+
+template <auto function>
+bool ternary(const Lane& lane) {
+    const auto* __restrict a = static_cast<const double*>(lane.in[0]);
+    const auto* __restrict b = static_cast<const double*>(lane.in[1]);
+    const auto* __restrict c = static_cast<const double*>(lane.in[2]);
+    auto* __restrict out = static_cast<double*>(lane.out);
+    const std::size_t rows = lane.rows;
+    for (std::size_t row = 0; row < rows; ++row)
+        out[row] = function(a[row], b[row], c[row]);
+    return true;
+}
+
+inline constexpr ColumnType real = ColumnType::Real;
+inline constexpr ColumnType boolean = ColumnType::Boolean;
+
+inline constexpr WideKernel kernels[] = {
+    {"+", real, binary<double, [](double x, double y) { return x + y; }>},
+    {"-", real, binary<double, [](double x, double y) { return x - y; }>},
+    {"*", real, binary<double, [](double x, double y) { return x * y; }>},
+    {"/", real, binary<double, [](double x, double y) { return x / y; }>},
+    {"-sign", real, unary<double, [](double x) { return -x; }>},
+    {"abs", real, unary<double, [](double x) { return __builtin_fabs(x); }>},
+    {"sqrt", real, unary<double, [](double x) { return __builtin_sqrt(x); }>},
+    {"square", real, unary<double, [](double x) { return x * x; }>},
+    {"exp", real, unary<double, [](double x) { return exponential(x); }>},
+    {"-exp", real, unary<double, [](double x) { return exponential(-x); }>},
+    {"*+", real, ternary<[](double x, double y, double z) { return x * y + z; }>},
+    {"*-", real, ternary<[](double x, double y, double z) { return x * y - z; }>},
+    {"log", real, unaryByFours<_ZGVdN4v_log>},
+    {"^", real, binaryByFours<_ZGVdN4vv_pow>},
+    {"pow", real, binaryByFours<_ZGVdN4vv_pow>},
+    {"hypot", real, binaryByFours<_ZGVdN4vv_hypot>},
+    {"==", real, compare<_CMP_EQ_OQ>},
+    {"!=", real, compare<_CMP_NEQ_UQ>},
+    {"<", real, compare<_CMP_LT_OQ>},
+    {"<=", real, compare<_CMP_LE_OQ>},
+    {">", real, compare<_CMP_GT_OQ>},
+    {">=", real, compare<_CMP_GE_OQ>},
+    {"&&", boolean, binary<std::uint8_t, [](int x, int y) { return (x != 0) & (y != 0); }>},
+    {"||", boolean, binary<std::uint8_t, [](int x, int y) { return (x | y) != 0; }>},
+    {"!", boolean, unary<std::uint8_t, [](int x) { return x == 0; }>},
+};
+
+inline constexpr WideKernels allKernels{kernels, kernels + sizeof(kernels) / sizeof(kernels[0])};
+
+}  // namespace
+
+}  // namespace velmorak::expression

@@ -1,0 +1,98 @@
+#include <velmorak/Fit.h>
+
+#include "expression/Program.h"
+#include "fit/Minimise.h"
+#include <velmorak/Failure.h>
+#include <velmorak/Value.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace velmorak {
+
+namespace {
+
+using fitting::Minimum;
+using fitting::Problem;
+using fitting::Selection;
+
+void refuseUnknown(const FitModel& model, const FitParameters& given) {
+    const std::vector<std::string>& names = model.parameters();
+    for (const auto& [name, parameter] : given)
+        if (std::find(names.begin(), names.end(), name) == names.end())
+            throw Failure("the model has no parameter \"" + name + "\"" + expression::suggestion(name, names));
+}
+
+/// A width counts in squares only: of the two that fit as well, the positive one is meant.
+void makeWidthsPositive(Problem& problem, Minimum& minimum, const FitParameters& given) {
+    for (std::size_t k = 0; k < minimum.moving.size(); ++k) {
+        const std::size_t i = minimum.moving[k];
+        const auto& parameter = problem.model().parameters[i];
+        if (parameter.role != fitting::Role::Width || minimum.values[i] >= 0.0 || given.contains(parameter.name))
+            continue;
+        std::vector<double> flipped = minimum.values;
+        flipped[i] = -flipped[i];
+        if (problem.cost(flipped) != problem.cost(minimum.values))
+            continue;
+        minimum.values = flipped;
+        minimum.covariance.row(static_cast<Eigen::Index>(k)) *= -1.0;
+        minimum.covariance.col(static_cast<Eigen::Index>(k)) *= -1.0;
+    }
+}
+
+void refuseTooFew(const Problem& problem, const Selection& free) {
+    if (problem.size() >= free.size())
+        return;
+    std::string names;
+    for (const std::size_t i : free)
+        names += (names.empty() ? "" : ", ") + problem.model().names[i];
+    throw Failure(textOf(static_cast<double>(problem.size())) + " entries are too few to fit " +
+                  textOf(static_cast<double>(free.size())) + " parameters (" + names + ")");
+}
+
+FitResult resultOf(Problem& problem, const Minimum& minimum, std::size_t freeCount) {
+    FitResult result;
+    const std::size_t n = minimum.values.size();
+    result.values = minimum.values;
+    result.errors.assign(n, 0.0);
+    result.covariance.assign(n, std::vector<double>(n, 0.0));
+    for (std::size_t a = 0; a < minimum.moving.size(); ++a)
+        for (std::size_t b = 0; b < minimum.moving.size(); ++b)
+            result.covariance[minimum.moving[a]][minimum.moving[b]] =
+                minimum.covariance(static_cast<Eigen::Index>(a), static_cast<Eigen::Index>(b));
+    for (const std::size_t i : minimum.moving)
+        result.errors[i] = std::sqrt(result.covariance[i][i]);
+    result.chi2 = problem.cost(minimum.values);
+    result.entriesUsed = problem.size();
+    result.ndf = static_cast<double>(problem.size() - freeCount);
+    result.pValue = chiSquareProbability(result.chi2, result.ndf);
+    result.steps = minimum.steps;
+    result.warnings = problem.entries().warnings;
+    result.status = freeCount == 0 ? "nothing to fit: every parameter is fixed" : "converged";
+    for (const std::size_t i : minimum.atLimit)
+        result.status += "; " + problem.model().names[i] + " is at its limit " + textOf(minimum.values[i]);
+    return result;
+}
+
+}  // namespace
+
+FitResult fit(const FitModel& model, const FitData& data, const FitOptions& options) {
+    refuseUnknown(model, options.parameters);
+    Problem problem(model.parts(), fitting::select(data, options), options.method);
+    Selection free;
+    std::vector<fitting::Limits> limits;
+    for (std::size_t i = 0; i < model.parameters().size(); ++i) {
+        const auto found = options.parameters.find(model.parameters()[i]);
+        const FitParameter parameter = found == options.parameters.end() ? FitParameter{} : found->second;
+        limits.push_back({parameter.low, parameter.high});
+        if (!parameter.isFixed)
+            free.push_back(i);
+    }
+    refuseTooFew(problem, free);
+    Minimum minimum =
+        fitting::minimise(problem, fitting::startValues(problem, options.parameters), free, limits, options.isStopping);
+    makeWidthsPositive(problem, minimum, options.parameters);
+    return resultOf(problem, minimum, free.size());
+}
+
+}  // namespace velmorak

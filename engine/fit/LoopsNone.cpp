@@ -1,0 +1,9 @@
+#include "fit/Loops.h"
+
+namespace velmorak::fitting {
+
+std::vector<const Loops*> runnableLoops() {
+    return {&commonLoops()};
+}
+
+}  // namespace velmorak::fitting

@@ -1,0 +1,16 @@
+#include "fit/Loops.h"
+#include "table/CpuFeatures.h"
+
+namespace velmorak::fitting {
+
+std::vector<const Loops*> runnableLoops() {
+    std::vector<const Loops*> runnable;
+    if (hasAvx512())
+        runnable.push_back(&avx512Loops());
+    if (hasAvx2())
+        runnable.push_back(&avx2Loops());
+    runnable.push_back(&commonLoops());
+    return runnable;
+}
+
+}  // namespace velmorak::fitting

@@ -1,0 +1,48 @@
+#include "graph/Log.h"
+
+#include "run/Visible.h"
+#include "graph/Json.h"
+
+#include <iostream>
+
+namespace velmorak {
+namespace {
+
+constexpr std::size_t longestLine = 4000;
+
+bool continuesCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
+/// The beginning of a line says where it comes from, its end what is wrong.
+std::string withoutMiddle(const std::string& line) {
+    if (line.size() <= longestLine)
+        return line;
+    std::size_t head = longestLine / 2;
+    while (continuesCharacter(line[head]))
+        --head;
+    std::size_t tail = line.size() - longestLine / 2;
+    while (continuesCharacter(line[tail]))
+        ++tail;
+    return line.substr(0, head) + " ... " + line.substr(tail);
+}
+
+}  // namespace
+
+void say(const std::string& sentence) {
+    const std::string line = withoutMiddle(visible(sentence)) + '\n';
+    std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
+    std::cerr.flush();
+}
+
+std::string inQuotes(std::string_view text) {
+    return '"' + visible(shortened(std::string(text))) + '"';
+}
+
+std::string withoutFullStop(std::string sentence) {
+    while (!sentence.empty() && (sentence.back() == '.' || sentence.back() == '\n'))
+        sentence.pop_back();
+    return validUtf8(sentence);
+}
+
+}  // namespace velmorak

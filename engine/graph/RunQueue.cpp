@@ -1,0 +1,82 @@
+#include "graph/RunQueue.h"
+
+#include "graph/Log.h"
+
+#include "run/NodeError.h"
+
+#include <unistd.h>
+#include <exception>
+#include <iostream>
+
+namespace velmorak {
+
+RunDoor::RunDoor() : runner(std::cerr, isatty(STDERR_FILENO) == 1, storePlaceOfEnvironment()) {
+    runner.explain(true);
+    runner.leaveRecords();
+}
+
+void RunDoor::run(const std::function<Pipeline()>& snapshot) {
+    {
+        const std::lock_guard guard(stateLock);
+        if (isClosed)
+            return;
+        ++callers;
+    }
+    executeTurn(snapshot);
+    const std::lock_guard guard(stateLock);
+    --callers;
+    nobodyIsLeft.notify_all();
+}
+
+void RunDoor::executeTurn(const std::function<Pipeline()>& snapshot) {
+    const std::lock_guard myTurn(turn);
+    if (!begins())
+        return;
+    try {
+        lastReport = runner.run([&] { return look(snapshot); });
+    } catch (const std::exception&) {
+        say("The run ended: " + problemOf(std::current_exception()).sentence + ".");
+    }
+    const std::lock_guard guard(stateLock);
+    isGoingOn = false;
+}
+
+bool RunDoor::begins() {
+    const std::lock_guard guard(stateLock);
+    if (isClosed)
+        return false;
+    isGoingOn = true;
+    isToEnd = stopWithoutRun.takesBeginningRun();
+    return true;
+}
+
+/// The runner takes its snapshot when a stop already reaches it, so that here is the place to pass on one that came
+/// before.
+Pipeline RunDoor::look(const std::function<Pipeline()>& snapshot) {
+    {
+        const std::lock_guard guard(stateLock);
+        if (isToEnd)
+            runner.stop();
+    }
+    return snapshot();
+}
+
+void RunDoor::stop() {
+    const std::lock_guard guard(stateLock);
+    if (!isGoingOn) {
+        stopWithoutRun.note();
+        return;
+    }
+    isToEnd = true;
+    runner.stop();
+}
+
+void RunDoor::close() {
+    std::unique_lock guard(stateLock);
+    isClosed = true;
+    isToEnd = true;
+    runner.stop();
+    nobodyIsLeft.wait(guard, [this] { return callers == 0; });
+}
+
+}  // namespace velmorak

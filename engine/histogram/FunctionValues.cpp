@@ -1,0 +1,182 @@
+#include <velmorak/FunctionValues.h>
+
+#include <velmorak/Failure.h>
+
+#include <algorithm>
+#include <charconv>
+#include <string_view>
+
+namespace velmorak {
+
+namespace {
+
+/// Name of the argument, which no parameter can have.
+constexpr std::string_view argument = "x[0]";
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n";
+    const std::size_t first = text.find_first_not_of(blanks);
+    return first == std::string_view::npos ? std::string_view()
+                                           : text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+std::vector<std::string_view> split(std::string_view text, char mark) {
+    std::vector<std::string_view> parts;
+    for (std::size_t end = text.find(mark); end != std::string_view::npos; end = text.find(mark)) {
+        parts.push_back(text.substr(0, end));
+        text.remove_prefix(end + 1);
+    }
+    parts.push_back(text);
+    return parts;
+}
+
+std::string quoted(std::string_view name) {
+    std::string text = "`";
+    for (const char c : name)
+        text += c == '`' || c == '\\' ? std::string{'\\', c} : std::string{c};
+    return text + "`";
+}
+
+/// No function of the catalogue that means well takes more.
+constexpr std::size_t mostParameters = 1000;
+
+/// A function that is being understood.
+class Reading {
+public:
+    explicit Reading(const FunctionObject& read) : function(read) {}
+
+    Expression expression() {
+        if (function.isNormalized)
+            fail("is normalised over a range, which is not computed");
+        if (function.arguments.size() > 1)
+            fail("has more than one argument");
+        const std::string_view codelet = trimmed(function.codelet);
+        const std::size_t mark = codelet.find(":verbatim:jel");
+        const std::string text = mark == std::string_view::npos
+                                     ? catalogued(codelet)
+                                     : verbatim(codelet.substr(mark + std::string_view(":verbatim:jel").size()));
+        Expression made = compiled(text);
+        if (made.type() == ColumnType::Text)
+            fail("gives a text");
+        return made;
+    }
+
+private:
+    [[noreturn]] void fail(const std::string& reason) const {
+        throw Failure("the function \"" + function.name + "\" " + reason);
+    }
+
+    Expression compiled(const std::string& text) const {
+        try {
+            return Expression(text, Schema({{std::string(argument)}}), numbers);
+        } catch (const Failure& problem) {
+            fail(std::string("is not understood: ") + problem.what());
+        }
+    }
+
+    /// @param rest ": 1 : EXPRESSION : NAMES : GRADIENT"; the expression may hold colons of its own.
+    std::string verbatim(std::string_view rest) {
+        const std::vector<std::string_view> fields = split(rest, ':');
+        if (fields.size() < 5 || !trimmed(fields[0]).empty())
+            fail("has no codelet of the form  jel : 1 : expression : parameters : gradient");
+        if (trimmed(fields[1]) != "1")
+            fail("has more than one argument");
+        for (const std::string_view name : split(fields[fields.size() - 2], ','))
+            if (!trimmed(name).empty() && trimmed(name) != "null")
+                numbers[std::string(trimmed(name))] = valueOf(trimmed(name));
+        const std::string_view& names = fields[fields.size() - 2];
+        const char* const begin = fields[2].data();
+        return withArgument({begin, static_cast<std::size_t>(names.data() - 1 - begin)});
+    }
+
+    double valueOf(std::string_view name) const {
+        const auto found = std::find_if(function.parameters.begin(), function.parameters.end(),
+                                        [&](const auto& parameter) { return parameter.name == name; });
+        if (found == function.parameters.end())
+            fail("has no value for its parameter \"" + std::string(name) + "\"");
+        return found->value;
+    }
+
+    /// Puts the argument between back quotes, so that it is a name.
+    static std::string withArgument(std::string_view text) {
+        std::string made;
+        for (std::size_t place = text.find(argument); place != std::string_view::npos; place = text.find(argument)) {
+            made += std::string(text.substr(0, place)) + quoted(argument);
+            text.remove_prefix(place + argument.size());
+        }
+        return made += text;
+    }
+
+    std::string catalogued(std::string_view codelet) {
+        std::vector<std::string_view> parts = split(codelet, ':');
+        if (parts.size() == 3 && parts[0] == "codelet" && trimmed(parts[2]).starts_with("catalog"))
+            codelet = trimmed(parts[1]);
+        std::string sum;
+        for (const std::string_view term : split(codelet, '+')) {
+            sum += sum.empty() ? "" : "+";
+            std::string product;
+            for (const std::string_view factor : split(term, '*'))
+                product += (product.empty() ? "(" : "*(") + known(trimmed(factor)) + ")";
+            sum += product;
+        }
+        if (numbers.size() != function.parameters.size())
+            fail("has " + textOf(static_cast<double>(function.parameters.size())) + " parameters, but \"" +
+                 std::string(codelet) + "\" takes " + textOf(static_cast<double>(numbers.size())));
+        return sum;
+    }
+
+    /// What stands for the next parameter in an expression.
+    std::string next() {
+        const std::size_t position = numbers.size();
+        if (position == mostParameters) {
+            fail("takes more than " + textOf(static_cast<double>(mostParameters)) + " parameters");
+        }
+        const std::string name = "#" + textOf(static_cast<double>(position));
+        numbers[name] = position < function.parameters.size() ? function.parameters[position].value : 0.0;
+        return quoted(name);
+    }
+
+    /// Some programs write the names of the catalogue in small letters.
+    std::string known(std::string_view name) {
+        const std::string x = quoted(argument);
+        if (name == "G" || name == "g") {
+            const std::string amplitude = next();
+            const std::string mean = next();
+            return amplitude + "*exp(-0.5*((" + x + "-" + mean + ")/" + next() + ")^2)";
+        }
+        if (name == "E" || name == "e") {
+            const std::string amplitude = next();
+            return amplitude + "*exp(" + next() + "*" + x + ")";
+        }
+        constexpr int highestDegree = 99;
+        int degree = -1;
+        const char* const end = name.data() + name.size();
+        if (!(name.starts_with('P') || name.starts_with('p')) ||
+            std::from_chars(name.data() + 1, end, degree).ptr != end || degree < 0 || degree > highestDegree)
+            fail("is not understood: \"" + std::string(name) + "\" is no known function");
+        std::string sum = next();
+        for (int power = 1; power <= degree; ++power)
+            sum += "+" + next() + "*" + x + "^" + textOf(power);
+        return sum;
+    }
+
+    const FunctionObject& function;
+    std::map<std::string, double> numbers;
+};
+
+}  // namespace
+
+FunctionValues::FunctionValues(const FunctionObject& function) : expression(Reading(function).expression()) {}
+
+std::vector<double> FunctionValues::operator()(const std::vector<double>& x) const {
+    Chunk chunk;
+    chunk.rows = x.size();
+    chunk.columns = {std::make_shared<const Column>(Column{x, {}})};
+    return asReals(expression.evaluate(chunk))->reals();
+}
+
+double FunctionValues::operator()(double x) const {
+    return (*this)(std::vector<double>{x}).front();
+}
+
+}  // namespace velmorak

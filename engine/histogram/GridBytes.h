@@ -1,0 +1,43 @@
+#pragma once
+
+#include "table/Bytes.h"
+
+#include <velmorak/HistogramGrid.h>
+
+namespace velmorak {
+
+/// The edges as ByteWriter::list writes them, also where the axis has not stored them.
+inline void writeEdges(ByteWriter& writer, const Axis& axis) {
+    writer.number<std::uint64_t>(axis.bins() + 1);
+    for (std::size_t position = 0; position <= axis.bins(); ++position) {
+        writer.number(axis.edge(position));
+    }
+}
+
+template <std::size_t dimensions>
+void writeGrid(ByteWriter& writer, const Grid<dimensions>& grid) {
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+        writer.list(grid.axis(direction).title);
+        writeEdges(writer, grid.axis(direction));
+    }
+}
+
+inline Axis readAxis(ByteReader& reader) {
+    auto title = reader.list<std::string>();
+    Axis axis(reader.list<std::vector<double>>());
+    axis.title = std::move(title);
+    return axis;
+}
+
+template <std::size_t dimensions>
+Grid<dimensions> readGrid(ByteReader& reader) {
+    // A braced list is read from its first axis to its last.
+    if constexpr (dimensions == 1)
+        return Grid<1>({readAxis(reader)});
+    else if constexpr (dimensions == 2)
+        return Grid<2>({readAxis(reader), readAxis(reader)});
+    else
+        return Grid<3>({readAxis(reader), readAxis(reader), readAxis(reader)});
+}
+
+}  // namespace velmorak

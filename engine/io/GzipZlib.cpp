@@ -1,9 +1,0 @@
-#include "Unpacker.h"
-
-namespace velmorak::io {
-
-std::unique_ptr<Unpacker> openGzip(const std::filesystem::path& file) {
-    return openDeflated(file, Packing::Gzip);
-}
-
-}  // namespace velmorak::io

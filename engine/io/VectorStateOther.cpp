@@ -1,7 +1,0 @@
-#include "VectorState.h"
-
-namespace velmorak::io {
-
-void clearVectorState() {}
-
-}  // namespace velmorak::io

@@ -1,0 +1,130 @@
+#include "run/Provenance.h"
+
+#include "run/Version.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <vector>
+
+namespace velmorak {
+namespace {
+
+/// The plug-in and all that is upstream of it, in the plan's order.
+std::vector<std::size_t> upstreamOf(const Plan& plan, std::size_t position) {
+    std::vector<std::size_t> found{position};
+    std::unordered_set<std::size_t> known{position};
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        for (const std::size_t feeder : plan.feeders(found[i])) {
+            if (known.insert(feeder).second) {
+                found.push_back(feeder);
+            }
+        }
+    }
+    std::sort(found.begin(), found.end(),
+              [&](std::size_t one, std::size_t other) { return plan.rank(one) < plan.rank(other); });
+    return found;
+}
+
+RecordedState stateOf(Outcome outcome) {
+    switch (outcome) {
+        case Outcome::NotAsked:
+            return RecordedState::NotAsked;
+        case Outcome::Done:
+        case Outcome::Reused:
+            return RecordedState::Done;
+        case Outcome::Failed:
+            return RecordedState::Failed;
+        case Outcome::Skipped:
+            return RecordedState::NotRun;
+        case Outcome::Unfinished:
+            break;
+    }
+    return RecordedState::Unfinished;
+}
+
+/// How each plug-in has ended. Whose rows are in results that were reused has done its work, though in a former run.
+std::vector<RecordedState> statesOf(const RunState& state) {
+    std::vector<RecordedState> states;
+    for (const NodeRun& run : state.runs) {
+        states.push_back(stateOf(run.report.outcome));
+    }
+    for (const std::size_t position : state.plan.orderUpstream()) {
+        const std::vector<std::size_t>& consumers = state.plan.consumers(position);
+        const bool isUsed = std::any_of(consumers.begin(), consumers.end(),
+                                        [&](std::size_t consumer) { return states[consumer] == RecordedState::Done; });
+        if (states[position] == RecordedState::NotAsked && isUsed) {
+            states[position] = RecordedState::Done;
+        }
+    }
+    return states;
+}
+
+}  // namespace
+
+std::vector<RecordedFile> recorded(const std::vector<FileContent>& files) {
+    std::vector<RecordedFile> all;
+    for (const FileContent& file : files) {
+        const bool isThere = file.digest != Digest{};
+        all.push_back({file.file.value_or(""), isThere ? hexOf(file.digest) : ""});
+    }
+    return all;
+}
+
+RecordedPlugin recordOf(const RunState& state, std::size_t position) {
+    const PipelineNode& node = state.node(position);
+    RecordedPlugin plugin{node.name, node.kindName, node.kind ? node.kind->version() : 0, {}};
+    for (const PipelineInput& input : node.inputs) {
+        RecordedInput recorded{input.spec.name, input.value, {}, {}};
+        if (input.wire && input.wire->node < state.runs.size()) {
+            recorded.plugin = state.node(input.wire->node).name;
+            recorded.output = input.wire->output;
+        }
+        plugin.inputs.push_back(std::move(recorded));
+    }
+    return plugin;
+}
+
+RunRecord recordOf(const RunState& state, Keeper& keeper, std::size_t position) {
+    RunRecord record;
+    record.program = version();
+    const std::vector<std::size_t> upstream = upstreamOf(state.plan, position);
+    for (const std::size_t each : upstream) {
+        record.plugins.push_back(recordOf(state, each));
+    }
+    record.files = recorded(keeper.filesOf(upstream));
+    return record;
+}
+
+RunRecord recordOfRun(const RunState& state, Keeper& keeper, std::size_t teller) {
+    RunRecord record;
+    record.program = version();
+    record.document = state.pipeline.document.filename().string();
+    Digester digester;
+    digester.add(state.pipeline.documentText.data(), state.pipeline.documentText.size());
+    record.documentSha256 = hexOf(digester.finish());
+    const std::vector<RecordedState> states = statesOf(state);
+    std::vector<std::size_t> needed;
+    for (std::size_t i = 0; i < state.runs.size(); ++i) {
+        const PipelineNode& node = state.node(i);
+        RecordedPlugin& plugin = record.plugins.emplace_back(recordOf(state, i));
+        for (const OutputSpec& output : node.outputs) {
+            plugin.outputs.push_back(output.name);
+        }
+        plugin.x = node.x;
+        plugin.y = node.y;
+        plugin.state = i == teller ? RecordedState::Done : states[i];
+        plugin.sentence = state.runs[i].report.sentence;
+        if (state.runs[i].isNeeded) {
+            needed.push_back(i);
+        }
+    }
+    const std::vector<FileContent> files = keeper.filesOf(needed);
+    record.files = recorded(files);
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        const std::optional<FileStamp> stamp = stampOf(resolved(state.pipeline, files[i].file));
+        record.files[i].bytes = stamp ? static_cast<std::uint64_t>(stamp->size) : 0;
+    }
+    return record;
+}
+
+}  // namespace velmorak

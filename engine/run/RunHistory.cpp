@@ -1,0 +1,198 @@
+#include "run/RunHistory.h"
+
+#include "store/StoreBytes.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace velmorak {
+namespace {
+
+constexpr const char* unfinished = "it was not finished in the run before";
+
+constexpr std::uint64_t mark = 0x31'54'53'48'6b'6c'65'56;
+
+std::string quoted(const std::string& text) {
+    return "\"" + text + "\"";
+}
+
+std::string said(const RunState& state, const PipelineInput& input) {
+    if (!input.wire) {
+        return input.value.empty() ? "nothing" : input.value;
+    }
+    const bool isThere = input.wire->node < state.runs.size();
+    return (isThere ? quoted(state.node(input.wire->node).name) : "nowhere") + " " + input.wire->output;
+}
+
+std::string titleOfFile(const NamedFile& file) {
+    return file ? "file " + *file : "the AIDA file of the command line";
+}
+
+/// @return the change of the first file that does not hold what it held.
+template <typename Contents>
+std::string firstChange(const std::vector<FileContent>& files, const Contents& contents) {
+    for (const FileContent& file : files) {
+        const std::optional<Digest> now = contents(file.file);
+        if (now != file.digest) {
+            return titleOfFile(file.file) + (now ? " changed" : " is gone");
+        }
+    }
+    return "";
+}
+
+/// Why a plug-in is executed though nothing has changed.
+std::string needOf(const RunState& state, std::size_t position) {
+    if (state.plan.tellsOfRun(position)) {
+        return "it tells of the whole run";
+    }
+    if (state.plan.isStream(position)) {
+        for (const std::size_t consumer : state.plan.consumers(position)) {
+            if (state.runs[consumer].isNeeded && state.runs[consumer].report.outcome != Outcome::Reused) {
+                return "its rows are needed by " + quoted(state.node(consumer).name);
+            }
+        }
+    }
+    return "its result is not kept any more";
+}
+
+}  // namespace
+
+History::Record History::recordOf(const RunState& state, std::size_t position) {
+    const PipelineNode& node = state.node(position);
+    Record record{node.kindName, node.kind ? node.kind->version() : 0, {}, {}, {}, {}};
+    for (const PipelineInput& input : node.inputs) {
+        record.inputs[input.spec.name] = said(state, input);
+    }
+    return record;
+}
+
+void History::explain(RunState& state, Keeper& keeper) const {
+    std::vector<bool> isChanged(state.runs.size(), false);
+    for (const std::size_t position : state.plan.order()) {
+        NodeRun& run = state.runs[position];
+        if (!run.isNeeded) {
+            continue;
+        }
+        if (run.report.outcome == Outcome::Reused) {
+            run.report.reason = "nothing changed";
+            continue;
+        }
+        std::string reason = changeOf(state, position, keeper);
+        for (const std::size_t feeder : state.plan.feeders(position)) {
+            if (reason.empty() && isChanged[feeder]) {
+                reason = quoted(state.node(feeder).name) + " changed";
+            }
+        }
+        isChanged[position] = !reason.empty();
+        if (reason.empty()) {
+            reason = lossOf(state, position, keeper);
+        }
+        run.report.reason = reason.empty() ? needOf(state, position) : reason;
+    }
+}
+
+std::string History::changeOf(const RunState& state, std::size_t position, Keeper& keeper) const {
+    const auto found = records.find(state.node(position).name);
+    if (found == records.end()) {
+        return "never run";
+    }
+    const Record& before = found->second;
+    const Record now = recordOf(state, position);
+    if (before.kindName != now.kindName || before.version != now.version) {
+        return fmt::format("version {} of {} was {} of {}", now.version, now.kindName, before.version, before.kindName);
+    }
+    for (const auto& [input, text] : now.inputs) {
+        const auto former = before.inputs.find(input);
+        if (former == before.inputs.end()) {
+            return input + " is new";
+        }
+        if (former->second != text) {
+            return fmt::format("{} changed from {} to {}", input, former->second, text);
+        }
+    }
+    if (before.inputs.size() != now.inputs.size()) {
+        return "it has fewer inputs than before";
+    }
+    const std::string change = firstChange(before.asked, [&](const NamedFile& file) { return keeper.contentOf(file); });
+    return change.empty() ? before.sentence : change;
+}
+
+std::string History::lossOf(const RunState& state, std::size_t position, Keeper& keeper) const {
+    const Record& before = records.at(state.node(position).name);
+    return firstChange(before.written, [&](const NamedFile& file) { return keeper.resultContentOf(*file); });
+}
+
+History History::ifInterrupted(const RunState& state) const {
+    History expected = *this;
+    for (std::size_t position = 0; position < state.runs.size(); ++position) {
+        if (state.runs[position].isNeeded && !state.runs[position].isSettled) {
+            Record& record = expected.records[state.node(position).name];
+            record = recordOf(state, position);
+            record.sentence = unfinished;
+        }
+    }
+    return expected;
+}
+
+void History::remember(const RunState& state, const Keeper& keeper) {
+    for (std::size_t position = 0; position < state.runs.size(); ++position) {
+        const NodeRun& run = state.runs[position];
+        const Outcome outcome = run.report.outcome;
+        if (!run.isNeeded || outcome == Outcome::Reused || outcome == Outcome::Skipped) {
+            continue;
+        }
+        Record& record = records[state.node(position).name];
+        record = recordOf(state, position);
+        record.asked = keeper.askedFiles(position);
+        record.written = keeper.writtenFiles(position);
+        if (outcome == Outcome::Failed) {
+            record.sentence = "it failed in the run before";
+        } else if (outcome == Outcome::Unfinished) {
+            record.sentence = unfinished;
+        }
+    }
+}
+
+std::string History::toBytes() const {
+    ByteWriter writer;
+    writer.number(mark);
+    writer.number<std::uint64_t>(records.size());
+    for (const auto& [plugin, record] : records) {
+        writer.list(plugin);
+        writer.list(record.kindName);
+        writer.number(record.version);
+        writer.number<std::uint64_t>(record.inputs.size());
+        for (const auto& [input, text] : record.inputs) {
+            writer.list(input);
+            writer.list(text);
+        }
+        addFiles(writer, record.asked);
+        addFiles(writer, record.written);
+        writer.list(record.sentence);
+    }
+    return writer.sealed();
+}
+
+void History::fromBytes(const std::string& bytes) {
+    records.clear();
+    try {
+        ByteReader reader(bytes, mark);
+        for (auto count = reader.number<std::uint64_t>(); count > 0; --count) {
+            Record& record = records[reader.list<std::string>()];
+            record.kindName = reader.list<std::string>();
+            record.version = reader.number<int>();
+            for (auto inputs = reader.number<std::uint64_t>(); inputs > 0; --inputs) {
+                const auto input = reader.list<std::string>();
+                record.inputs[input] = reader.list<std::string>();
+            }
+            record.asked = readFiles(reader);
+            record.written = readFiles(reader);
+            record.sentence = reader.list<std::string>();
+        }
+    } catch (const std::invalid_argument&) {
+        records.clear();
+    }
+}
+
+}  // namespace velmorak

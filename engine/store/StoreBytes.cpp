@@ -1,0 +1,119 @@
+#include "store/StoreBytes.h"
+
+#include <velmorak/ObjectBytes.h>
+
+#include <stdexcept>
+
+namespace velmorak {
+namespace {
+
+constexpr std::uint64_t mark = 0x31'53'45'52'6b'6c'65'56;
+
+enum class Sort : std::uint8_t { Nothing, Number, Text, Object };
+
+void addValue(ByteWriter& writer, const Value& value) {
+    writer.number(static_cast<std::uint8_t>(value.index()));
+    if (const auto* number = std::get_if<double>(&value)) {
+        writer.number(*number);
+    } else if (const auto* text = std::get_if<std::string>(&value)) {
+        writer.list(*text);
+    } else if (const auto* object = std::get_if<DataObjectPtr>(&value)) {
+        writer.object(**object);
+    }
+}
+
+Value readValue(ByteReader& reader) {
+    switch (static_cast<Sort>(reader.number<std::uint8_t>())) {
+        case Sort::Nothing:
+            return {};
+        case Sort::Number:
+            return reader.number<double>();
+        case Sort::Text:
+            return reader.list<std::string>();
+        case Sort::Object:
+            return objectFrom(reader.list<std::string>());
+    }
+    throw std::invalid_argument("there is no such sort of value");
+}
+
+void write(ByteWriter& writer, const StoredResult& result) {
+    writer.number(mark);
+    writer.number<std::uint64_t>(result.outputs.size());
+    for (const Value& value : result.outputs) {
+        addValue(writer, value);
+    }
+    addFiles(writer, result.files);
+    addFiles(writer, result.asked);
+    addFiles(writer, result.written);
+}
+
+}  // namespace
+
+void addFiles(ByteWriter& writer, const std::vector<FileContent>& files) {
+    writer.number<std::uint64_t>(files.size());
+    for (const FileContent& content : files) {
+        writer.number<std::uint8_t>(content.file ? 1 : 0);
+        writer.list(content.file.value_or(""));
+        writer.number(content.digest);
+    }
+}
+
+std::vector<FileContent> readFiles(ByteReader& reader) {
+    std::vector<FileContent> files;
+    for (auto count = reader.number<std::uint64_t>(); count > 0; --count) {
+        FileContent content;
+        const bool isNamed = reader.number<std::uint8_t>() != 0;
+        auto name = reader.list<std::string>();
+        if (isNamed) {
+            content.file = std::move(name);
+        }
+        content.digest = reader.number<Digest>();
+        files.push_back(std::move(content));
+    }
+    return files;
+}
+
+std::optional<std::string> bytesOf(const StoredResult& result) {
+    try {
+        ByteWriter writer;
+        write(writer, result);
+        return writer.sealed();
+    } catch (const std::invalid_argument&) {
+        return std::nullopt;
+    }
+}
+
+void bytesOf(const StoredResult& result, const ByteSink& sink) {
+    ByteWriter writer(sink);
+    write(writer, result);
+    writer.seal();
+}
+
+std::optional<std::uint64_t> countBytesOf(const StoredResult& result) {
+    try {
+        ByteWriter writer = ByteWriter::counter();
+        write(writer, result);
+        return writer.count();
+    } catch (const std::invalid_argument&) {
+        return std::nullopt;
+    }
+}
+
+std::optional<StoredResult> storedResultFrom(const std::string& bytes) {
+    try {
+        ByteReader reader(bytes, mark);
+        StoredResult result;
+        for (auto count = reader.number<std::uint64_t>(); count > 0; --count) {
+            result.outputs.push_back(readValue(reader));
+        }
+        result.files = readFiles(reader);
+        result.asked = readFiles(reader);
+        result.written = readFiles(reader);
+        reader.mustBeAtEnd();
+        return result;
+    } catch (const std::invalid_argument&) {
+        return std::nullopt;
+    }
+}
+
+}  // namespace velmorak

@@ -1,0 +1,94 @@
+#include <velmorak/CompressedFile.h>
+
+#include "aida/containers/Decompressor.h"
+
+#include <velmorak/Failure.h>
+#include <velmorak/RegularFile.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <system_error>
+
+namespace velmorak {
+
+namespace {
+
+using io::Packing;
+using io::Unpacker;
+
+/// Only what no text begins with: a text may well begin as the other packed forms do.
+Packing packingOf(std::string_view bytes) {
+    constexpr std::string_view bzip2Block = "1AY&SY";
+    if (bytes.starts_with("\x1F\x8B"))
+        return Packing::Gzip;
+    if (bytes.starts_with("BZh") && bytes.substr(std::min<std::size_t>(4, bytes.size())).starts_with(bzip2Block))
+        return Packing::Bzip2;
+    return bytes.starts_with("PK\x03\x04") || bytes.starts_with("PK\x05\x06") ? Packing::Zip : Packing::Plain;
+}
+
+Packing packingOf(const std::filesystem::path& file) {
+    std::array<char, 16> bytes{};
+    const auto plain = io::openPacked(file, Packing::Plain);
+    return packingOf(std::string_view(bytes.data(), plain->read(bytes.data(), bytes.size())));
+}
+
+/// @throws Failure unless there is one file in the archive.
+void mustHoldOne(const std::filesystem::path& file) {
+    const auto archive = io::openPacked(file, Packing::Zip);
+    std::string names;
+    std::size_t count = 0;
+    for (; count < 10 && archive->nextEntry(); ++count)
+        names += (count == 0 ? "" : ", ") + archive->entryName();
+    if (count == 0)
+        throw Failure(fmt::format("{} is an archive without files{}{}", file.string(),
+                                  archive->damage().empty() ? "" : ": ", archive->damage()));
+    if (count > 1)
+        throw Failure(fmt::format("{} is an archive of several files, and only of one can be read: it holds {}",
+                                  file.string(), names));
+}
+
+}  // namespace
+
+struct PackedFile::Part {
+    std::string name;
+    std::uintmax_t size = 0;
+    std::unique_ptr<Unpacker> unpacker;
+};
+
+PackedFile::PackedFile(const std::filesystem::path& file) : part(std::make_unique<Part>()) {
+    requireRegular(file);
+    std::error_code error;
+    part->name = file.string();
+    part->size = std::filesystem::file_size(file, error);
+    if (error)
+        throw Failure(fmt::format("{} cannot be opened", part->name));
+    const Packing packing = packingOf(file);
+    if (packing == Packing::Zip)
+        mustHoldOne(file);
+    part->unpacker = io::openPacked(file, packing);
+    if (packing == Packing::Zip)
+        part->unpacker->nextEntry();
+}
+
+PackedFile::PackedFile(PackedFile&& other) noexcept = default;
+PackedFile& PackedFile::operator=(PackedFile&& other) noexcept = default;
+PackedFile::~PackedFile() = default;
+
+std::size_t PackedFile::read(char* target, std::size_t size) {
+    std::size_t count = 0;
+    for (std::size_t more = 1; more != 0 && count < size; count += more)
+        more = part->unpacker->read(target + count, size - count);
+    if (count == 0 && size != 0 && !part->unpacker->damage().empty())
+        throw Failure(fmt::format("{}: {}", part->name, part->unpacker->damage()));
+    return count;
+}
+
+double PackedFile::fraction() const {
+    const auto done = static_cast<double>(part->unpacker->position());
+    return part->size == 0 ? 1.0 : std::min(1.0, done / static_cast<double>(part->size));
+}
+
+}  // namespace velmorak

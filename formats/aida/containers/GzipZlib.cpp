@@ -1,0 +1,9 @@
+#include "aida/containers/Decompressor.h"
+
+namespace velmorak::io {
+
+std::unique_ptr<Unpacker> openGzip(const std::filesystem::path& file) {
+    return openDeflated(file, Packing::Gzip);
+}
+
+}  // namespace velmorak::io

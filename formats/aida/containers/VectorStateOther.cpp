@@ -1,0 +1,7 @@
+#include "aida/containers/VectorState.h"
+
+namespace velmorak::io {
+
+void clearVectorState() {}
+
+}  // namespace velmorak::io

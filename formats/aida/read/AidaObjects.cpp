@@ -1,0 +1,112 @@
+#include "aida/read/AidaColumns.h"
+#include "aida/read/AidaObjectHandler.h"
+
+#include <velmorak/Aida.h>
+#include <velmorak/Failure.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+using io::AidaObjectWalk;
+using io::XmlReader;
+
+constexpr std::size_t mostNamed = 40;
+
+/// @param damage where the file is damaged, why; what is complete before the damage is in the list.
+std::vector<AidaObject> readAll(const std::filesystem::path& file, const AidaObjectWalk::Choice& isWanted,
+                                RunContext& context, std::string& damage) {
+    AidaObjectWalk walk(file, isWanted, context);
+    XmlReader reader(file, walk, context);
+    walk.attach(reader);
+    try {
+        while (reader.advance()) {
+        }
+    } catch (const Failure& failure) {
+        if (walk.objects().empty())
+            throw;
+        damage = failure.what();
+    }
+    walk.finish();
+    if (reader.repairedBytes() > 0)
+        context.warn(file.string() + ": bytes that are not UTF-8, as the file says, are read as ISO-8859-1");
+    return std::move(walk.objects());
+}
+
+std::string named(const std::vector<AidaObject>& objects) {
+    std::string all;
+    for (std::size_t i = 0; i < std::min(objects.size(), mostNamed); ++i)
+        all += fmt::format("{}{} ({})", i == 0 ? "" : ", ", objects[i].path, objects[i].element);
+    if (objects.size() > mostNamed)
+        all += fmt::format(" and {} more", objects.size() - mostNamed);
+    return objects.empty() ? "nothing" : all;
+}
+
+bool fits(const AidaObject& object, ValueType type) {
+    const std::string& element = object.element;
+    return type == ValueType::Histogram ? element.starts_with("histogram")
+           : type == ValueType::Profile ? element.starts_with("profile")
+           : type == ValueType::Points  ? element == "dataPointSet"
+                                        : element == "function";
+}
+
+/// Does the path, which may be the bare name, mean the object?
+bool means(const std::string& path, const AidaObject& object) {
+    return path.empty() || object.path == io::normalPath(path) ||
+           (path.front() != '/' && object.path.ends_with("/" + path));
+}
+
+}  // namespace
+
+std::vector<AidaObject> readAidaObjects(const std::filesystem::path& file, RunContext& context) {
+    std::string damage;
+    auto objects = readAll(
+        file, [](const std::string&, const std::string&) { return true; }, context, damage);
+    if (!damage.empty())
+        context.warn(damage);
+    return objects;
+}
+
+DataObjectPtr readAidaObject(const std::filesystem::path& file, const std::string& path, ValueType type,
+                             RunContext& context) {
+    std::string damage;
+    // Where several are meant, only one whose whole path this is can be chosen: the others are not made.
+    bool isThereOne = false;
+    const auto isWanted = [&](const std::string& candidate, const std::string& element) {
+        const AidaObject object{candidate, element, nullptr, 0};
+        if (!fits(object, type) || !means(path, object))
+            return false;
+        return !std::exchange(isThereOne, true) || candidate == io::normalPath(path);
+    };
+    const std::vector<AidaObject> objects = readAll(file, isWanted, context, damage);
+    std::vector<AidaObject> fitting;
+    std::copy_if(objects.begin(), objects.end(), std::back_inserter(fitting),
+                 [&](const AidaObject& object) { return fits(object, type); });
+    std::vector<AidaObject> meant;
+    std::copy_if(fitting.begin(), fitting.end(), std::back_inserter(meant),
+                 [&](const AidaObject& object) { return means(path, object); });
+    const auto exact = std::find_if(meant.begin(), meant.end(),
+                                    [&](const AidaObject& object) { return object.path == io::normalPath(path); });
+    const std::string after = damage.empty() ? "" : " before it is damaged (" + damage + ")";
+    const std::string list = named(fitting.empty() ? objects : fitting);
+    if (meant.empty())
+        throw Failure(fmt::format("{} holds no {}{}{}; it holds {}", file.string(), nameOf(type),
+                                  path.empty() ? "" : " " + path, after, list));
+    if (meant.size() > 1 && (path.empty() || exact == meant.end()))
+        throw Failure(
+            fmt::format("{} holds several objects that fit, and the whole path of one must be given; it holds {}",
+                        file.string(), list));
+    const AidaObject& chosen = exact == meant.end() ? meant.front() : *exact;
+    if (!chosen.object)
+        throw Failure(fmt::format("{}: {} cannot be read, as the warnings say", file.string(), chosen.path));
+    if (!damage.empty())
+        context.warn(damage);
+    return chosen.object;
+}
+
+}  // namespace velmorak

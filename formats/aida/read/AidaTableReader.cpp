@@ -1,0 +1,226 @@
+#include "aida/read/AidaTableReader.h"
+#include "aida/read/AidaTupleHandler.h"
+
+#include <velmorak/Aida.h>
+#include <velmorak/Failure.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <deque>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+using io::AidaWalk;
+using io::XmlReader;
+
+constexpr std::size_t mostNamed = 40;
+
+bool isTabular(const AidaEntry& entry) {
+    return entry.element == "tuple" || entry.element.substr(0, 5) == "cloud";
+}
+
+bool endsWith(std::string_view text, std::string_view end) {
+    return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
+}
+
+std::string named(const std::vector<AidaEntry>& entries) {
+    std::string all;
+    for (std::size_t i = 0; i < std::min(entries.size(), mostNamed); ++i)
+        all += fmt::format("{}{} ({})", i == 0 ? "" : ", ", entries[i].path, entries[i].element);
+    if (entries.size() > mostNamed)
+        all += fmt::format(" and {} more", entries.size() - mostNamed);
+    return entries.empty() ? "nothing" : all;
+}
+
+/// Tuples and clouds, or all objects where there are none.
+std::vector<AidaEntry> worthNaming(const std::vector<AidaEntry>& entries) {
+    std::vector<AidaEntry> tabular;
+    std::copy_if(entries.begin(), entries.end(), std::back_inserter(tabular), isTabular);
+    return tabular.empty() ? entries : tabular;
+}
+
+[[noreturn]] void refuse(const std::filesystem::path& file, const std::string& reason,
+                         const std::vector<AidaEntry>& entries) {
+    throw Failure(fmt::format("{} {}; it holds {}", file.string(), reason, named(worthNaming(entries))));
+}
+
+/// What stands in a file, without a word about its oddities.
+std::vector<AidaEntry> listed(const std::filesystem::path& file, RunContext& context, std::string& damage) {
+    AidaWalk walk(file, "", context);
+    XmlReader reader(file, walk, context);
+    walk.attach(reader);
+    try {
+        while (reader.advance()) {
+        }
+    } catch (const Failure& failure) {
+        if (walk.entries().empty())
+            throw;
+        damage = failure.what();
+    }
+    for (const std::string& more : walk.damages())
+        damage += (damage.empty() ? "" : "; ") + more;
+    if (walk.entries().empty() && !damage.empty())
+        throw Failure(damage);
+    return walk.entries();
+}
+
+std::string onlyPath(const std::filesystem::path& file, const std::vector<AidaEntry>& entries) {
+    const auto first = std::find_if(entries.begin(), entries.end(), isTabular);
+    if (first == entries.end())
+        refuse(file, "holds no tuple or cloud", entries);
+    if (std::find_if(first + 1, entries.end(), isTabular) != entries.end())
+        refuse(file, "holds several tuples or clouds, and the path of one must be given", entries);
+    return first->path;
+}
+
+/// An object named without its folder, where only one has the name.
+std::string pathOfName(const std::filesystem::path& file, const std::string& name,
+                       const std::vector<AidaEntry>& entries) {
+    std::vector<std::string> paths;
+    for (const AidaEntry& entry : entries) {
+        if (entry.path == io::normalPath(name))
+            return entry.path;
+        if (isTabular(entry) && endsWith(entry.path, "/" + name))
+            paths.push_back(entry.path);
+    }
+    if (paths.size() > 1)
+        refuse(file, fmt::format(R"(holds several objects "{}", and the whole path must be given)", name), entries);
+    if (paths.empty())
+        refuse(file, fmt::format(R"(holds no tuple or cloud "{}")", name), entries);
+    return paths[0];
+}
+
+std::string chosenPath(const std::filesystem::path& file, const std::string& object, RunContext& context) {
+    if (!object.empty() && object.front() == '/')
+        return io::normalPath(object);
+    std::string damage;
+    const auto entries = listed(file, context, damage);
+    return object.empty() ? onlyPath(file, entries) : pathOfName(file, object, entries);
+}
+
+class AidaTable : public TableReader {
+public:
+    AidaTable(std::filesystem::path fileName, const std::string& path, RunContext& runContext,
+              io::RowReading rowReading)
+        : file(std::move(fileName)), context(runContext), reading(rowReading), members{path} {
+        beginNext(nullptr);
+        tableSchema = walk->builder()->schema();
+    }
+
+    const Schema& schema() const override { return tableSchema; }
+
+    bool next(Chunk& chunk) override {
+        try {
+            while (!failure && !walk->rows()->isFull() && advance()) {
+            }
+        } catch (const Failure& damage) {
+            failure = std::make_unique<Failure>(damage);
+        }
+        // What is complete before the damage comes first.
+        if (failure && walk->rows()->rows() == 0)
+            throw Failure(fmt::format("{} (after {} complete rows)", failure->what(), rowsTaken));
+        chunk.number = chunkNumber++;
+        chunk.firstRow = rowsTaken;
+        chunk.rows = walk->rows()->rows();
+        chunk.columns = walk->rows()->take();
+        rowsTaken += chunk.rows;
+        return chunk.rows > 0;
+    }
+
+    std::optional<double> fraction() const override {
+        const auto before = static_cast<double>(begun - 1);
+        return (before + reader->fraction()) / (before + 1.0 + static_cast<double>(members.size()));
+    }
+
+private:
+    /// @return false when there are no more rows.
+    bool advance() {
+        if (!walk->isDone())
+            return reader->advance();
+        checkRest();
+        if (members.empty())
+            return false;
+        beginNext(walk->release());
+        return true;
+    }
+
+    /// Damage behind the rows leaves them as they are, unless they are what the check sum is wrong for.
+    void checkRest() {
+        if (std::exchange(isRestChecked, true))
+            return;
+        if (const std::string damage = reader->damageBehind(); !damage.empty())
+            context.warn(damage + "; the rows may be wrong");
+    }
+
+    /// Goes to the rows of the next tuple. A chain gives way to the tuples that it names.
+    void beginNext(std::unique_ptr<io::TupleBuilder> rows) {
+        do {
+            const std::string path = members.front();
+            members.pop_front();
+            ++begun;
+            reader.reset();
+            walk = std::make_unique<AidaWalk>(file, path, context);
+            walk->goOnWith(std::move(rows));
+            reader = std::make_unique<XmlReader>(file, *walk, context, reading);
+            walk->attach(*reader);
+            while (walk->builder() == nullptr && !walk->isDone() && reader->advance()) {
+            }
+            if (walk->builder() == nullptr && walk->chain().empty())
+                refuseMissing(path);
+            members.insert(members.begin(), walk->chain().begin(), walk->chain().end());
+            if (begun + members.size() > mostMembers)
+                throw Failure(fmt::format("{}: {} is a chain of more than {} tuples, or of itself", file.string(), path,
+                                          mostMembers));
+            if (walk->builder() == nullptr)
+                rows = walk->release();
+        } while (walk->builder() == nullptr);
+    }
+
+    [[noreturn]] void refuseMissing(const std::string& path) const {
+        for (const AidaEntry& entry : walk->entries())
+            if (entry.path == path)
+                throw Failure(fmt::format("{}: {} is a {}, which is no table", file.string(), path, entry.element));
+        refuse(file, fmt::format("holds no object {}", path), walk->entries());
+    }
+
+    static constexpr std::size_t mostMembers = 1000;
+
+    std::filesystem::path file;
+    RunContext& context;
+    io::RowReading reading;
+    std::unique_ptr<AidaWalk> walk;
+    std::unique_ptr<XmlReader> reader;
+    std::deque<std::string> members;  ///< Paths of the tuples whose rows are still to come.
+    std::size_t begun = 0;            ///< Tuples whose rows have come, and chains.
+    Schema tableSchema;
+    bool isRestChecked = false;
+    std::unique_ptr<Failure> failure;
+    std::uint64_t chunkNumber = 0;
+    std::uint64_t rowsTaken = 0;
+};
+
+}  // namespace
+
+std::vector<AidaEntry> listAida(const std::filesystem::path& file, RunContext& context) {
+    std::string damage;
+    auto entries = listed(file, context, damage);
+    if (!damage.empty())
+        context.warn(damage);
+    return entries;
+}
+
+std::unique_ptr<TableReader> openAidaTable(const std::filesystem::path& file, const std::string& object,
+                                           RunContext& context) {
+    return io::openAidaTable(file, object, context, io::RowReading::Scanned);
+}
+
+std::unique_ptr<TableReader> io::openAidaTable(const std::filesystem::path& file, const std::string& object,
+                                               RunContext& context, RowReading reading) {
+    return std::make_unique<AidaTable>(file, chosenPath(file, object, context), context, reading);
+}
+
+}  // namespace velmorak

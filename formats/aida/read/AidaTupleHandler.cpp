@@ -1,0 +1,296 @@
+#include "aida/read/AidaTupleHandler.h"
+
+#include <velmorak/Failure.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+
+namespace velmorak::io {
+
+namespace {
+
+/// Deeper than any table is read; a file that means harm could nest without end.
+constexpr std::size_t deepestColumns = 64;
+/// More are in no file, and the list of them must have an end.
+constexpr std::size_t mostObjects = 1'000'000;
+constexpr std::size_t mostListedColumns = 8'000'000;
+/// Different sentences about one file, that are remembered so as not to come twice.
+constexpr std::size_t mostWarned = 1000;
+constexpr std::size_t mostReported = 20;
+
+bool isCloud(std::string_view name) {
+    return name.substr(0, 5) == "cloud";
+}
+
+/// Columns of a cloud: its coordinates, and the weight, which is 1 where a point has none.
+std::vector<AidaColumn> cloudColumns(std::string_view element) {
+    std::vector<AidaColumn> columns;
+    for (const char* name : {"x", "y", "z"})
+        if (columns.size() < static_cast<std::size_t>(element[5] - '0'))
+            columns.push_back(columnFrom(name, "double", ""));
+    columns.push_back(columnFrom("weight=1", "double", ""));
+    return columns;
+}
+
+std::string textOr(const char* text, const char* other) {
+    return text == nullptr ? other : text;
+}
+
+}  // namespace
+
+AidaWalk::AidaWalk(std::filesystem::path path, std::string wantedPath, RunContext& runContext)
+    : file(std::move(path)), wanted(std::move(wantedPath)), warnings(runContext) {}
+
+void AidaWalk::fail(const std::string& reason) const {
+    throw Failure(fmt::format("{}{}: {}", file.string(), reader->where(), reason));
+}
+
+void AidaWalk::warnOnce(const std::string& about, const std::string& sentence) {
+    if (isReading() && warned.size() < mostWarned && warned.insert(about).second)
+        warnings.add(fmt::format("{}: {}", file.string(), sentence));
+}
+
+void AidaWalk::noteUnknown(std::string_view name) {
+    if (isReading() && !isKnownElement(name))
+        warnOnce(fmt::format("<{}>", name), fmt::format("the unknown element <{}> is skipped", name));
+}
+
+void AidaWalk::beginElement(const char* name, const char* const* attributes) {
+    const State state = begun(name, attributes);
+    if (state == State::Skipped)
+        noteUnknown(name);
+    states.push_back(state);
+}
+
+AidaWalk::State AidaWalk::begun(std::string_view name, const char* const* attributes) {
+    switch (states.back()) {
+        case State::File:
+            if (name != "aida")
+                fail(fmt::format("this is no AIDA file: it begins with <{}>", name));
+            return State::Root;
+        case State::Root:
+            return isObject(name) ? beginObject(name, attributes) : State::Skipped;
+        case State::Tuple:
+            return beginInTuple(name, attributes);
+        case State::Columns:
+            if (name != "column")
+                return State::Skipped;
+            beginColumn(attributes);
+            return State::Column;
+        case State::Column:
+            return name == "columns" && openColumns.size() < deepestColumns ? State::Columns : State::Skipped;
+        case State::Rows:
+            return name == "row" ? State::Row : State::Skipped;
+        case State::Row:
+        case State::NestedRow:
+            return beginInRow(name, attributes);
+        case State::Nested:
+            return name == "row" ? State::NestedRow : State::Skipped;
+        case State::Cloud:
+            return beginInCloud(name);
+        case State::Points:
+            if (name.substr(0, 5) != "entry" || name.substr(5) != std::string_view(current.element).substr(5))
+                return State::Skipped;
+            putPoint(attributes);
+            return State::Point;
+        default:
+            return State::Skipped;
+    }
+}
+
+void AidaWalk::beginDocument() {
+    states = {State::File};
+    isInPlainRows = false;
+    openColumns.clear();
+    isWanted = false;
+}
+
+bool AidaWalk::continuesAfter(const std::string& damage) {
+    if (reader->document().empty() || hasBegun)
+        return false;
+    // What was looked for may have been in there.
+    if (isReading())
+        warnings.add(damage);
+    if (reported.size() < mostReported)
+        reported.push_back(damage);
+    return true;
+}
+
+AidaWalk::State AidaWalk::beginObject(std::string_view name, const char* const* attributes) {
+    std::string warning;
+    if (found.size() == mostObjects)
+        fail(fmt::format("it holds more than {} objects", mostObjects));
+    current = {paths.next(attributes, reader->document(), warning), std::string(name), {}};
+    if (!warning.empty())
+        warnOnce(warning, warning);
+    isWanted = isReading() && !done && current.path == wanted;
+    hasHeader = isConverted = false;
+    if (isWanted)
+        columnCount = 0;
+    header.clear();
+    if (name == "tuple")
+        return State::Tuple;
+    if (!isCloud(name)) {
+        found.push_back(current);
+        return State::Skipped;
+    }
+    header = cloudColumns(name);
+    return State::Cloud;
+}
+
+AidaWalk::State AidaWalk::beginInTuple(std::string_view name, const char* const* attributes) {
+    if (name == "columns")
+        return State::Columns;
+    if (name == "tuple" && isWanted)
+        members.push_back(
+            objectPath(textOr(attributeOf(attributes, "path"), ""), textOr(attributeOf(attributes, "name"), "")));
+    if (name != "rows")
+        return State::Skipped;
+    endHeader();
+    if (isWanted)
+        plain = rowBuilder->plainColumns();
+    isInPlainRows = (isWanted || !isReading()) && !plain.empty();
+    return isWanted ? State::Rows : State::PassedRows;
+}
+
+AidaWalk::State AidaWalk::beginInCloud(std::string_view name) {
+    isConverted = isConverted || name.substr(0, 9) == "histogram";
+    if (name.substr(0, 7) != "entries")
+        return State::Skipped;
+    endHeader();
+    return isWanted ? State::Points : State::Skipped;
+}
+
+AidaWalk::State AidaWalk::beginInRow(std::string_view name, const char* const* attributes) {
+    if (name == "entry") {
+        putEntry(attributes);
+        return State::Entry;
+    }
+    if (name != "entryITuple" && name != "entryTuple")
+        return State::Skipped;
+    rowBuilder->beginNested();
+    return State::Nested;
+}
+
+void AidaWalk::putEntry(const char* const* attributes) {
+    const char* value = attributeOf(attributes, "value");
+    if (value == nullptr)
+        rowBuilder->missingEntry();
+    else if (!rowBuilder->entry(value))
+        fail(rowBuilder->problem());
+}
+
+void AidaWalk::putPoint(const char* const* attributes) {
+    constexpr std::array names{"valueX", "valueY", "valueZ"};
+    const auto put = [&](const char* value) {
+        if (value == nullptr)
+            rowBuilder->missingEntry();
+        else if (!rowBuilder->entry(value))
+            fail(rowBuilder->problem());
+    };
+    for (std::size_t axis = 0; axis + 1 < header.size(); ++axis)
+        put(attributeOf(attributes, names[axis]));
+    put(attributeOf(attributes, "weight"));
+}
+
+void AidaWalk::beginColumn(const char* const* attributes) {
+    if (++columnCount > (isWanted ? mostColumns : mostListedColumns))
+        fail(fmt::format("there are more than {} columns", isWanted ? mostColumns : mostListedColumns));
+    openColumns.push_back(columnFrom(textOr(attributeOf(attributes, "name"), ""),
+                                     textOr(attributeOf(attributes, "type"), "double"),
+                                     textOr(attributeOf(attributes, "booking"), "")));
+}
+
+void AidaWalk::endColumn() {
+    AidaColumn column = std::move(openColumns.back());
+    openColumns.pop_back();
+    auto& parent = openColumns.empty() ? header : openColumns.back().children;
+    parent.push_back(std::move(column));
+}
+
+void AidaWalk::endHeader() {
+    if (hasHeader)
+        return;
+    hasHeader = true;
+    auto made = std::make_unique<TupleBuilder>(header);
+    current.schema = made->schema();
+    // Rows that nothing is made of are passed faster by the scanner, which goes by the columns that it saw first.
+    if (!isReading() && plain.empty())
+        plain = made->plainColumns();
+    found.push_back(current);
+    if (!isWanted)
+        return;
+    for (const std::string& sentence : made->warnings())
+        warnOnce(sentence, sentence);
+    if (rowBuilder && !haveSameShape(rowBuilder->columns(), header))
+        fail(fmt::format("{} has other columns than the tuples before it in its chain", current.path));
+    if (!rowBuilder)
+        rowBuilder = std::move(made);
+    hasBegun = true;
+    reader->pause();
+}
+
+void AidaWalk::endElement(const char* /*name*/) {
+    const State state = states.back();
+    states.pop_back();
+    switch (state) {
+        case State::Column:
+            return endColumn();
+        case State::Row:
+        case State::Point:
+            return endRow();
+        case State::Rows:
+        case State::PassedRows:
+            isInPlainRows = false;
+            return;
+        case State::NestedRow:
+            if (!rowBuilder->endNestedRow())
+                fail(rowBuilder->problem());
+            return;
+        case State::Nested:
+            return rowBuilder->endNested();
+        case State::Tuple:
+        case State::Cloud:
+            return endObject();
+        default:
+            return;
+    }
+}
+
+void AidaWalk::endRow() {
+    rowBuilder->endRow();
+    if (rowBuilder->hasExtraEntries())
+        warnOnce("extra entries",
+                 fmt::format("{} has rows with more entries than columns; these are left out", current.path));
+    if (rowBuilder->isFull())
+        reader->pause();
+}
+
+std::size_t AidaWalk::takeRows(const PlainRows& rows, std::size_t first) {
+    if (!rowBuilder)
+        return rows.count() - first;
+    const std::size_t count = rowBuilder->roomFor(rows, first);
+    rowBuilder->appendRows(rows, first, count);
+    return count;
+}
+
+void AidaWalk::endObject() {
+    if (isWanted && !hasHeader && isConverted)
+        fail(fmt::format("the cloud {} has been converted to a histogram and holds no points any more", current.path));
+    if (!isWanted || members.empty() || hasHeader)
+        endHeader();
+    if (!isWanted)
+        return;
+    if (reader->repairedBytes() > 0)
+        warnOnce("encoding", "bytes that are not UTF-8, as the file says, are read as ISO-8859-1");
+    if (reader->skippedEntity())
+        warnOnce("entity", "a reference to another file is left out");
+    warnings.finish(file.string());
+    done = true;
+    isWanted = false;
+    reader->pause();
+}
+
+}  // namespace velmorak::io

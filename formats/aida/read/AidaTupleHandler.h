@@ -1,0 +1,112 @@
+#pragma once
+
+#include "aida/read/AidaColumns.h"
+#include "aida/read/FewWarnings.h"
+#include "aida/read/ObjectPaths.h"
+#include "aida/read/TupleBuilder.h"
+#include "aida/text/XmlReader.h"
+
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <velmorak/Aida.h>
+
+namespace velmorak::io {
+
+/// Follows the elements of an AIDA file: finds its objects, reads the headers of tuples and clouds, and builds the rows
+/// of the one that is wanted.
+class AidaWalk : public XmlHandler {
+public:
+    /// @param wantedPath path of the object whose rows are built; empty for none, when only the objects are found.
+    AidaWalk(std::filesystem::path path, std::string wantedPath, RunContext& runContext);
+
+    /// The reader that this walk is the handler of, told right after both are made.
+    void attach(XmlReader& xmlReader) { reader = &xmlReader; }
+
+    /// Objects whose beginnings, with the header where there is one, have been read.
+    const std::vector<AidaEntry>& entries() const { return found; }
+    /// Null until the header of the wanted object has been read; the reader then pauses.
+    TupleBuilder* builder() { return hasBegun ? rowBuilder.get() : nullptr; }
+    /// The rows are put behind those of another tuple, which must have the same columns.
+    void goOnWith(std::unique_ptr<TupleBuilder> rows) { rowBuilder = std::move(rows); }
+    /// Complete rows, also of such a tuple before it.
+    const std::unique_ptr<TupleBuilder>& rows() const { return rowBuilder; }
+    std::unique_ptr<TupleBuilder> release() { return std::move(rowBuilder); }
+    /// Paths of the tuples that the wanted one, which has no rows of its own, names in their place.
+    const std::vector<std::string>& chain() const { return members; }
+    /// The wanted object has been read to its end.
+    bool isDone() const { return done; }
+
+    void beginElement(const char* name, const char* const* attributes) override;
+    void endElement(const char* name) override;
+    const std::vector<PlainColumn>* plainColumns() const override { return isInPlainRows ? &plain : nullptr; }
+    bool isBetweenRows() const override { return states.back() == State::Rows || states.back() == State::PassedRows; }
+    std::size_t takeRows(const PlainRows& rows, std::size_t first) override;
+    void beginDocument() override;
+    bool continuesAfter(const std::string& damage) override;
+    /// What was wrong with the files of an archive that were left.
+    const std::vector<std::string>& damages() const { return reported; }
+
+private:
+    enum class State {
+        File,
+        Root,
+        Skipped,
+        Tuple,
+        Columns,
+        Column,
+        Rows,
+        PassedRows,
+        Row,
+        Entry,
+        Nested,
+        NestedRow,
+        Cloud,
+        Points,
+        Point
+    };
+
+    State begun(std::string_view name, const char* const* attributes);
+    State beginObject(std::string_view name, const char* const* attributes);
+    State beginInTuple(std::string_view name, const char* const* attributes);
+    State beginInRow(std::string_view name, const char* const* attributes);
+    State beginInCloud(std::string_view name);
+    void beginColumn(const char* const* attributes);
+    void endColumn();
+    void endHeader();
+    void endObject();
+    void endRow();
+    void putEntry(const char* const* attributes);
+    void putPoint(const char* const* attributes);
+    void warnOnce(const std::string& about, const std::string& sentence);
+    void noteUnknown(std::string_view name);
+    [[noreturn]] void fail(const std::string& reason) const;
+    bool isReading() const { return !wanted.empty(); }
+
+    std::filesystem::path file;
+    std::string wanted;
+    XmlReader* reader = nullptr;
+    std::vector<State> states{State::File};
+    std::vector<AidaEntry> found;
+    AidaEntry current;
+    bool isWanted = false;
+    bool hasHeader = false;
+    bool isConverted = false;  ///< A cloud that has become a histogram.
+    bool hasBegun = false;     ///< The header of the wanted object has been read.
+    std::vector<std::string> members;
+    bool done = false;
+    std::vector<AidaColumn> header;
+    std::vector<AidaColumn> openColumns;
+    std::unique_ptr<TupleBuilder> rowBuilder;
+    std::vector<PlainColumn> plain;
+    bool isInPlainRows = false;
+    ObjectPaths paths;
+    std::vector<std::string> reported;
+    std::set<std::string> warned;
+    FewWarnings warnings;
+    std::size_t columnCount = 0;  ///< Of all tuples so far, or of the one that is read.
+};
+
+}  // namespace velmorak::io

@@ -1,0 +1,191 @@
+#include "aida/text/RowBlocks.h"
+
+#include <velmorak/Tasks.h>
+
+#include <oneapi/tbb/task_arena.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace velmorak::io {
+
+namespace {
+
+constexpr std::size_t blockSize = std::size_t{1} << 19;
+constexpr std::string_view rowEnd = "</row>";
+
+}  // namespace
+
+void RowBlocks::Block::scanFrom(std::size_t begin) {
+    scannedFrom = begin;
+    rows.scan(bytes.data() + begin, size - begin);
+}
+
+/// What the reader's thread and its helpers work on. The lock is never held while reading or scanning.
+struct RowBlocks::Shared {
+    using Lock = std::unique_lock<std::mutex>;
+
+    Shared(ByteStream& bytes, std::vector<PlainColumn> columns, std::size_t most)
+        : stream(bytes), layout(std::move(columns)), mostBlocks(most) {}
+
+    bool mayRead() const { return !isReading && !isAtEnd && blocks.size() < mostBlocks; }
+    Block* firstUnscanned() const;
+    /// @return false when there is nothing to do.
+    bool work(Lock& lock, bool isReadingFirst);
+    void read(Lock& lock);
+    void scan(Lock& lock, Block& block);
+    void fill(Block& block);
+    void help();
+    void callHelpers(const std::shared_ptr<Shared>& self, std::size_t most);
+    void forgetText();
+
+    ByteStream& stream;
+    const std::vector<PlainColumn> layout;
+    const std::size_t mostBlocks;
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::deque<std::unique_ptr<Block>> blocks;   ///< In the order of the text.
+    std::vector<std::unique_ptr<Block>> unused;  ///< To be filled again.
+    std::vector<char> rest;                      ///< Of the last block, behind its last row. For the one who reads.
+    bool isDrained = false;                      ///< The stream has no more. For the one who reads.
+    std::size_t helpers = 0;                     ///< Called, and not yet gone.
+    std::size_t busy = 0;                        ///< Helpers that have come.
+    bool isReading = false;
+    bool isAtEnd = false;
+    bool isClosed = false;
+};
+
+RowBlocks::Block* RowBlocks::Shared::firstUnscanned() const {
+    const auto found = std::find_if(blocks.begin(), blocks.end(),
+                                    [](const auto& block) { return !block->isScanned && !block->isBeingScanned; });
+    return found == blocks.end() ? nullptr : found->get();
+}
+
+bool RowBlocks::Shared::work(Lock& lock, bool isReadingFirst) {
+    Block* const block = firstUnscanned();
+    if (mayRead() && (isReadingFirst || block == nullptr))
+        read(lock);
+    else if (block != nullptr)
+        scan(lock, *block);
+    else
+        return false;
+    return true;
+}
+
+void RowBlocks::Shared::read(Lock& lock) {
+    isReading = true;
+    std::unique_ptr<Block> block;
+    if (!unused.empty()) {
+        block = std::move(unused.back());
+        unused.pop_back();
+    }
+    lock.unlock();
+    if (!block)
+        block = std::make_unique<Block>(layout);
+    fill(*block);
+    lock.lock();
+    isReading = false;
+    isAtEnd = isDrained;
+    if (block->size > 0 || block->failure)
+        blocks.push_back(std::move(block));
+    changed.notify_all();
+}
+
+/// Fills a block up to the end of its last row; what is behind that begins the next one.
+void RowBlocks::Shared::fill(Block& block) {
+    block.failure = nullptr;
+    block.isScanned = block.isBeingScanned = false;
+    block.bytes.resize(blockSize + rest.size() + plainRowsMargin);
+    std::copy(rest.begin(), rest.end(), block.bytes.begin());
+    block.size = rest.size();
+    rest.clear();
+    std::size_t count = 1;
+    try {
+        for (const std::size_t full = block.bytes.size() - plainRowsMargin; count > 0 && block.size < full;) {
+            count = stream.read(block.bytes.data() + block.size, full - block.size);
+            block.size += count;
+        }
+        block.fraction = stream.fraction();
+    } catch (...) {
+        // For the one who asks for the block.
+        block.failure = std::current_exception();
+    }
+    isDrained = count == 0 || block.failure;
+    const std::size_t last = isDrained ? std::string_view::npos : block.text().rfind(rowEnd);
+    if (last != std::string_view::npos) {
+        const std::size_t end = last + rowEnd.size();
+        rest.assign(block.bytes.begin() + static_cast<std::ptrdiff_t>(end),
+                    block.bytes.begin() + static_cast<std::ptrdiff_t>(block.size));
+        block.size = end;
+    }
+    std::memset(block.bytes.data() + block.size, 0, plainRowsMargin);
+}
+
+void RowBlocks::Shared::scan(Lock& lock, Block& block) {
+    block.isBeingScanned = true;
+    lock.unlock();
+    block.scanFrom(0);
+    lock.lock();
+    block.isBeingScanned = false;
+    block.isScanned = true;
+    changed.notify_all();
+}
+
+void RowBlocks::Shared::help() {
+    Lock lock(mutex);
+    ++busy;
+    while (!isClosed && work(lock, true)) {
+    }
+    --busy;
+    --helpers;
+    changed.notify_all();
+}
+
+/// Not for every block that may be read: helpers would come and go.
+void RowBlocks::Shared::callHelpers(const std::shared_ptr<Shared>& self, std::size_t most) {
+    for (; helpers < most && !isAtEnd && 2 * blocks.size() <= mostBlocks; ++helpers)
+        doAside([self] { self->help(); });
+}
+
+/// A helper that has not come yet holds this, maybe for long.
+void RowBlocks::Shared::forgetText() {
+    blocks = std::deque<std::unique_ptr<Block>>();
+    unused = std::vector<std::unique_ptr<Block>>();
+    rest = std::vector<char>();
+}
+
+RowBlocks::RowBlocks(ByteStream& bytes, const std::vector<PlainColumn>& columns)
+    : threads(static_cast<std::size_t>(std::max(1, oneapi::tbb::this_task_arena::max_concurrency()))) {
+    shared = std::make_shared<Shared>(bytes, columns, threads == 1 ? 1 : 4 + 4 * threads);
+}
+
+RowBlocks::~RowBlocks() {
+    Shared::Lock lock(shared->mutex);
+    shared->isClosed = true;
+    shared->changed.wait(lock, [this] { return shared->busy == 0; });
+    shared->forgetText();
+}
+
+RowBlocks::Block* RowBlocks::front() {
+    Shared::Lock lock(shared->mutex);
+    shared->callHelpers(shared, threads - 1);
+    while (shared->blocks.empty() || !shared->blocks.front()->isScanned) {
+        if (shared->blocks.empty() && shared->isAtEnd)
+            return nullptr;
+        if (!shared->work(lock, false))
+            shared->changed.wait(lock);
+    }
+    Block* const block = shared->blocks.front().get();
+    if (block->failure)
+        std::rethrow_exception(block->failure);
+    return block;
+}
+
+void RowBlocks::pop() {
+    const Shared::Lock lock(shared->mutex);
+    shared->unused.push_back(std::move(shared->blocks.front()));
+    shared->blocks.pop_front();
+}
+
+}  // namespace velmorak::io

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "aida/containers/TextInput.h"
+#include "aida/text/RowFastPath.h"
+
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <string_view>
+#include <vector>
+
+namespace velmorak::io {
+
+/// The text of a tuple's rows, cut into blocks behind rows, each scanned as if it held plain rows and nothing else. In
+/// an arena of several threads of the scheduler those that are idle unpack and scan ahead of what is asked for.
+/// Threads: its operations are called by one at a time, which alone sees the block at the front.
+class RowBlocks {
+public:
+    struct Block {
+        explicit Block(const std::vector<PlainColumn>& columns) : rows(columns) {}
+
+        std::string_view text() const { return {bytes.data(), size}; }
+        /// Scans what stands from a byte on.
+        void scanFrom(std::size_t begin);
+
+        std::vector<char> bytes;  ///< The text, and zeros.
+        std::size_t size = 0;
+        PlainRows rows;
+        std::size_t scannedFrom = 0;
+        double fraction = 0.0;  ///< Of the file that has been read up to here.
+        std::exception_ptr failure;
+        bool isScanned = false;
+        bool isBeingScanned = false;
+    };
+
+    /// @param bytes outlives this, and is read by nobody else until then.
+    RowBlocks(ByteStream& bytes, const std::vector<PlainColumn>& columns);
+    ~RowBlocks();
+    RowBlocks(const RowBlocks&) = delete;
+    RowBlocks& operator=(const RowBlocks&) = delete;
+
+    /// @return the first block that has not been taken away, scanned from its begin; null at the end of the text.
+    /// @throws what reading threw.
+    Block* front();
+    void pop();
+
+private:
+    struct Shared;
+
+    std::shared_ptr<Shared> shared;  ///< A helper that comes late finds it closed.
+    std::size_t threads;
+};
+
+}  // namespace velmorak::io

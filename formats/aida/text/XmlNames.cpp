@@ -1,0 +1,21 @@
+#include "aida/text/XmlNames.h"
+
+#include "aida/read/AidaColumns.h"
+
+namespace velmorak::io {
+
+bool XmlNames::see(std::string_view element, const char* const* attributes) {
+    if (!isKnownElement(element) && !elements.contains(element)) {
+        elements.emplace(element);
+    }
+    // Rows have the same attribute again and again.
+    for (; *attributes != nullptr; attributes += 2) {
+        if (*attributes != last) {
+            last = *attributes;
+            names.insert(last);
+        }
+    }
+    return elements.size() <= most && names.size() <= most;
+}
+
+}  // namespace velmorak::io

@@ -1,0 +1,264 @@
+#include "aida/write/AidaObjectWriter.h"
+
+#include "aida/read/AidaColumns.h"
+#include "aida/text/AidaText.h"
+
+#include <velmorak/Failure.h>
+#include <velmorak/FunctionObject.h>
+#include <velmorak/Points.h>
+#include <velmorak/Profile.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace velmorak::io {
+
+namespace {
+
+constexpr std::string_view directions = "xyz";
+constexpr std::array labels{"XLabel", "YLabel", "ZLabel"};
+constexpr std::array madeAnew{"Title", "XLabel", "YLabel", "ZLabel", "NaNEntries", "ExactSums", "Sums"};
+
+/// A longer list is written as several items: readers have a limit for what stands in one tag.
+constexpr std::size_t longestList = std::size_t{16} << 20U;
+
+std::string item(std::string_view key, std::string_view value, bool isSticky) {
+    return fmt::format("<item key=\"{}\" value=\"{}\" sticky=\"{}\"/>\n", escaped(key), escaped(value), isSticky);
+}
+
+std::string binNumber(std::size_t alongAxis, std::size_t bins) {
+    return alongAxis == 0 ? "UNDERFLOW" : alongAxis > bins ? "OVERFLOW" : fmt::format("{}", alongAxis - 1);
+}
+
+/// ' binNumX="3" binNumY="OVERFLOW"'
+template <std::size_t dimensions>
+std::string binNumbers(const Grid<dimensions>& grid, std::size_t cell) {
+    constexpr std::array names{"binNumX", "binNumY", "binNumZ"};
+    const auto cells = grid.alongAxes(cell);
+    std::string text;
+    for (std::size_t direction = 0; direction < dimensions; ++direction)
+        text += fmt::format(R"( {}="{}")", dimensions == 1 ? "binNum" : names[direction],
+                            binNumber(cells[direction], grid.axis(direction).bins()));
+    return text;
+}
+
+template <std::size_t dimensions, typename Sums>
+std::string coordinates(const Sums& sums) {
+    constexpr std::array means{"weightedMeanX", "weightedMeanY", "weightedMeanZ"};
+    constexpr std::array spreads{"weightedRmsX", "weightedRmsY", "weightedRmsZ"};
+    std::string text;
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+        const double mean = sums.wx[direction] / sums.w;
+        const double variance = sums.wxx[direction] / sums.w - mean * mean;
+        text += numberAttribute(dimensions == 1 ? "weightedMean" : means[direction], mean);
+        text += numberAttribute(dimensions == 1 ? "weightedRms" : spreads[direction],
+                                variance < 0.0 ? 0.0 : std::sqrt(variance));
+    }
+    return text;
+}
+
+template <std::size_t dimensions, typename Sums>
+void appendCoordinateSums(const Sums& sums, std::string& text) {
+    for (std::size_t direction = 0; direction < dimensions; ++direction)
+        text += " " + textOf(sums.wx[direction]) + " " + textOf(sums.wxx[direction]);
+}
+
+template <std::size_t dimensions>
+std::string sumsText(const GridSums<dimensions>& sums) {
+    std::string text = fmt::format("{} {} {}", sums.entries, textOf(sums.w), textOf(sums.ww));
+    appendCoordinateSums<dimensions>(sums, text);
+    return text;
+}
+
+template <std::size_t dimensions>
+std::string sumsText(const ProfileSums<dimensions>& sums) {
+    std::string text =
+        fmt::format("{} {} {} {} {}", sums.entries, textOf(sums.w), textOf(sums.ww), textOf(sums.wv), textOf(sums.wvv));
+    appendCoordinateSums<dimensions>(sums, text);
+    return text;
+}
+
+template <typename Sums>
+std::string allSums(const CellVector<Sums>& cells) {
+    std::string text;
+    for (std::size_t cell = 0; cell < cells.size(); ++cell)
+        if (!(cells[cell] == Sums{}))
+            text += fmt::format("{}{} {}", text.empty() ? "" : "; ", cell, sumsText(cells[cell]));
+    return text;
+}
+
+/// Annotation, axes and statistics, which histograms and profiles share.
+template <std::size_t dimensions, typename Object>
+std::string headOf(const Object& object, std::string_view sumsKey) {
+    AnnotationText annotation(object);
+    const auto& grid = object.grid();
+    for (std::size_t direction = 0; direction < dimensions; ++direction)
+        if (!grid.axis(direction).title.empty())
+            annotation.add(labels[direction], grid.axis(direction).title);
+    if (object.nanEntries() != 0)
+        annotation.add("NaNEntries", fmt::format("{}", object.nanEntries()));
+    annotation.addList(sumsKey, allSums(object.cells()));
+    std::string text = annotation.finish(object);
+    typename Object::Sums all;
+    for (std::size_t cell = 0; cell < object.cells().size(); ++cell)
+        if (grid.isInside(cell))
+            all.add(object.cells()[cell]);
+    for (std::size_t direction = 0; direction < dimensions; ++direction)
+        text += axisElement(grid.axis(direction), directions[direction]);
+    text += fmt::format("<statistics entries=\"{}\"{}>\n", all.entries,
+                        numberAttribute("equivalentBinEntries", all.w * all.w / all.ww));
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+        const double mean = all.wx[direction] / all.w;
+        const double variance = all.wxx[direction] / all.w - mean * mean;
+        text += fmt::format("<statistic direction=\"{}\" mean=\"{}\" rms=\"{}\"/>\n", directions[direction],
+                            textOf(mean), textOf(variance < 0.0 ? 0.0 : std::sqrt(variance)));
+    }
+    return text + "</statistics>\n";
+}
+
+template <std::size_t dimensions>
+std::string histogramElement(const HistogramGrid<dimensions>& histogram, const std::string& folder) {
+    const std::string element = fmt::format("histogram{}d", dimensions);
+    std::string text = beginElement(element, histogram, folder) + headOf<dimensions>(histogram, "ExactSums");
+    text += fmt::format("<data{}d>\n", dimensions);
+    for (std::size_t cell = 0; cell < histogram.cells().size(); ++cell) {
+        const GridSums<dimensions>& sums = histogram.cells()[cell];
+        if (!(sums == GridSums<dimensions>{}))
+            text += fmt::format("<bin{}d{} entries=\"{}\" height=\"{}\" error=\"{}\"{}/>\n", dimensions,
+                                binNumbers(histogram.grid(), cell), sums.entries, textOf(sums.w),
+                                textOf(std::sqrt(sums.ww)), coordinates<dimensions>(sums));
+    }
+    return text + fmt::format("</data{}d>\n</{}>\n", dimensions, element);
+}
+
+template <std::size_t dimensions>
+std::string profileElement(const Profile<dimensions>& profile, const std::string& folder) {
+    const std::string element = fmt::format("profile{}d", dimensions);
+    std::string text = beginElement(element, profile, folder);
+    text += headOf<dimensions>(profile, profile.hasExactSums() ? "ExactSums" : "Sums");
+    text += fmt::format("<data{}d>\n", dimensions);
+    for (std::size_t cell = 0; cell < profile.cells().size(); ++cell) {
+        const ProfileSums<dimensions>& sums = profile.cells()[cell];
+        const bool isGiven = !profile.hasExactSums() && !std::isnan(profile.height(cell));
+        if (isGiven || !(sums == ProfileSums<dimensions>{}))
+            text += fmt::format("<bin{}d{} entries=\"{}\" height=\"{}\" error=\"{}\"{}{}/>\n", dimensions,
+                                binNumbers(profile.grid(), cell), sums.entries, textOf(profile.height(cell)),
+                                textOf(profile.error(cell)), numberAttribute("rms", profile.rms(cell)),
+                                coordinates<dimensions>(sums));
+    }
+    return text + fmt::format("</data{}d>\n</{}>\n", dimensions, element);
+}
+
+std::string pointsElement(const Points& points, const std::string& folder) {
+    AnnotationText annotation(points);
+    for (std::size_t direction = 0; direction < std::min(points.axisTitles.size(), labels.size()); ++direction)
+        annotation.add(labels[direction], points.axisTitles[direction]);
+    std::string text =
+        beginElement("dataPointSet", points, folder, fmt::format(" dimension=\"{}\"", points.dimension()));
+    text += annotation.finish(points);
+    for (std::size_t point = 0; point < points.size(); ++point) {
+        text += "<dataPoint>";
+        for (std::size_t direction = 0; direction < points.dimension(); ++direction) {
+            const Measurement& measurement = points.measurement(point, direction);
+            text +=
+                fmt::format(R"(<measurement value="{}" errorPlus="{}" errorMinus="{}"/>)", textOf(measurement.value),
+                            textOf(measurement.errorPlus), textOf(measurement.errorMinus));
+        }
+        text += "</dataPoint>\n";
+    }
+    return text + "</dataPointSet>\n";
+}
+
+std::string functionElement(const FunctionObject& function, const std::string& folder) {
+    std::string text =
+        beginElement("function", function, folder, fmt::format(" isNormalized=\"{}\"", function.isNormalized));
+    text += AnnotationText(function).finish(function);
+    text += fmt::format("<codelet>{}</codelet>\n<arguments>\n", escaped(function.codelet));
+    for (const FunctionObject::Argument& argument : function.arguments) {
+        text += fmt::format("<argument name=\"{}\">", escaped(argument.name));
+        for (const FunctionObject::Range& range : argument.ranges)
+            text += fmt::format(R"(<range min="{}" max="{}"/>)", textOf(range.low), textOf(range.high));
+        text += "</argument>\n";
+    }
+    text += "</arguments>\n<parameters>\n";
+    for (const FunctionObject::Parameter& parameter : function.parameters)
+        text +=
+            fmt::format("<parameter name=\"{}\" value=\"{}\"/>\n", escaped(parameter.name), textOf(parameter.value));
+    return text + "</parameters>\n</function>\n";
+}
+
+}  // namespace
+
+std::string beginElement(std::string_view element, const DataObject& object, const std::string& folder,
+                         std::string_view more) {
+    std::string nameInPath;
+    for (const char c : object.name)
+        nameInPath += c == '/' ? "\\/" : std::string(1, c);
+    // Points and functions have none in the document type.
+    const bool mayHaveOptions = element.starts_with("histogram") || element.starts_with("profile");
+    const std::string options = mayHaveOptions && !object.options.empty()
+                                    ? fmt::format(" options=\"{}\"", escaped(object.options))
+                                    : std::string();
+    return fmt::format("<{} name=\"{}\" title=\"{}\" path=\"{}\"{}{}>\n", element, escaped(nameInPath),
+                       escaped(object.title), escaped(normalPath(folder)), options, more);
+}
+
+std::string numberAttribute(std::string_view name, double number) {
+    return std::isfinite(number) ? fmt::format(R"( {}="{}")", name, textOf(number)) : std::string();
+}
+
+std::string axisElement(const Axis& axis, char direction) {
+    std::string text = fmt::format(R"(<axis direction="{}" min="{}" max="{}" numberOfBins="{}")", direction,
+                                   textOf(axis.low()), textOf(axis.high()), axis.bins());
+    if (axis.isRegular())
+        return text + "/>\n";
+    text += ">\n";
+    for (std::size_t edge = 1; edge < axis.bins(); ++edge)
+        text += fmt::format("<binBorder value=\"{}\"/>\n", textOf(axis.edges()[edge]));
+    return text + "</axis>\n";
+}
+
+AnnotationText::AnnotationText(const DataObject& object) {
+    add("Title", object.title.empty() ? object.name : object.title);
+}
+
+void AnnotationText::add(std::string_view key, std::string_view value) {
+    items += item(key, value, true);
+}
+
+void AnnotationText::addList(std::string_view key, std::string_view list) {
+    while (list.size() > longestList) {
+        const std::size_t end = list.rfind("; ", longestList);
+        add(key, list.substr(0, end));
+        list.remove_prefix(end + 2);
+    }
+    add(key, list);
+}
+
+std::string AnnotationText::finish(const DataObject& object) {
+    for (const AnnotationItem& own : object.annotation)
+        if (std::find(madeAnew.begin(), madeAnew.end(), own.key) == madeAnew.end())
+            items += item(own.key, own.value, own.isSticky);
+    return "<annotation>\n" + items + "</annotation>\n";
+}
+
+std::string objectElement(const DataObject& object, const std::string& folder) {
+    if (const auto* histogram = dynamic_cast<const Histogram2D*>(&object))
+        return histogramElement(*histogram, folder);
+    if (const auto* histogram = dynamic_cast<const Histogram3D*>(&object))
+        return histogramElement(*histogram, folder);
+    if (const auto* profile = dynamic_cast<const Profile1D*>(&object))
+        return profileElement(*profile, folder);
+    if (const auto* profile = dynamic_cast<const Profile2D*>(&object))
+        return profileElement(*profile, folder);
+    if (const auto* points = dynamic_cast<const Points*>(&object))
+        return pointsElement(*points, folder);
+    if (const auto* function = dynamic_cast<const FunctionObject*>(&object))
+        return functionElement(*function, folder);
+    throw Failure(fmt::format("a {} of this class has no place in an AIDA file", nameOf(object.type())));
+}
+
+}  // namespace velmorak::io

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "csv/CsvTypes.h"
+
+namespace velmorak {
+
+struct CsvOptions {
+    std::filesystem::path file;
+    CsvForm form;
+    bool hasHeader = true;
+    bool isSkipping = false;  ///< A row that cannot be read is left out; else it ends the reading.
+    std::string missing;      ///< Text of a missing value, beside an empty field.
+    std::map<std::string, ColumnType> types;
+};
+
+class CsvReader : public TableReader {
+public:
+    /// Looks at the first rows for the types that are not given.
+    /// @param runContext outlives this.
+    /// @throws Failure
+    CsvReader(CsvOptions csvOptions, RunContext& runContext);
+    ~CsvReader() override;
+
+    const Schema& schema() const override { return columns; }
+    bool next(Chunk& chunk) override;
+    std::optional<double> fraction() const override { return records.fraction(); }
+
+private:
+    std::vector<std::string> readHeader(CsvRecords& from);
+    void findColumns();
+    void lookAtRows(CsvRecords& sample, std::vector<TypeGuess>& guesses);
+    bool isFull(const std::vector<Column>& target, std::size_t rows);
+    bool readRow(std::vector<Column>& target, std::size_t& rows);
+    CsvField withUtf8(const CsvField& field, ColumnType type);
+    std::string complaintAbout(std::vector<Column>& target);
+    void reportSkipped();
+
+    CsvOptions options;
+    RunContext& context;
+    CsvRecords records;
+    Schema columns;
+    std::vector<CsvField> fields;
+    std::optional<Failure> failure;  ///< That the rows end with.
+    std::vector<std::size_t> textColumns;
+    std::size_t mostRows = 0;     ///< In a chunk.
+    std::size_t rowBytes = 0;     ///< Of a row without its texts.
+    std::size_t rowsWeighed = 0;  ///< Of the chunk that is being read.
+    std::size_t textBytes = 0;    ///< In these rows.
+    std::uint64_t recordsSeen = 0;
+    std::uint64_t skippedRows = 0;
+    std::uint64_t firstRepaired = 0;  ///< Line of the first text that was no UTF-8; 0 for none.
+    std::string repaired;
+    std::string firstComplaint;
+};
+
+}  // namespace velmorak

@@ -1,0 +1,279 @@
+#include "KindHarness.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+
+namespace velmorak::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Collector : Registry {
+    void group(const std::string& name) override { groups.push_back({.name = name, .kinds = {}}); }
+    void add(std::unique_ptr<Kind> kind) override { groups.back().kinds.push_back(std::move(kind)); }
+    std::vector<ShippedGroup> groups;
+};
+
+Collector loadAll() {
+    Collector collector;
+    std::set<std::string> groups;
+    for (const auto& folder : fs::directory_iterator(VELMORAK_TEST_COLLECTIONS))
+        groups.insert(folder.path().filename());
+    for (const std::string& group : groups) {
+        void* handle = dlopen((collectionFolder(group) / (group + ".so")).c_str(), RTLD_LAZY | RTLD_LOCAL);
+        if (handle == nullptr)
+            throw std::runtime_error(dlerror());
+        reinterpret_cast<void (*)(Registry&)>(dlsym(handle, "QzAnalysisFactory"))(collector);
+    }
+    return collector;
+}
+
+class BenchArguments : public Arguments {
+public:
+    BenchArguments(const Ports& ports, const ValueTexts& texts, const std::map<std::string, Value>& wires)
+        : wired(wires) {
+        for (const InputSpec& input : ports.inputs)
+            values[input.name] = texts.contains(input.name) ? texts.at(input.name) : input.value;
+    }
+
+    double number(const std::string& input) const override {
+        if (wired.contains(input))
+            return std::get<double>(wired.at(input));
+        double number = 0.0;
+        if (!readNumber(values.at(input), number))
+            throw Failure(input, "no number");
+        return number;
+    }
+    std::int64_t integer(const std::string& input) const override { return static_cast<std::int64_t>(number(input)); }
+    const std::string& text(const std::string& input) const override {
+        return wired.contains(input) ? std::get<std::string>(wired.at(input)) : values.at(input);
+    }
+    const Value& value(const std::string& input) const override {
+        values.at(input);
+        return wired.contains(input) ? wired.at(input) : nothing;
+    }
+    bool isWired(const std::string& input) const override { return wired.contains(input); }
+    const std::string& sourceName(const std::string& input) const override { return isWired(input) ? source : none; }
+
+private:
+    std::map<std::string, std::string> values;
+    const std::map<std::string, Value>& wired;
+    Value nothing;
+    std::string source = "source";
+    std::string none;
+};
+
+struct BenchResults : Results {
+    explicit BenchResults(std::map<std::string, Value>& target) : outputs(target) {}
+    void set(const std::string& output, Value value) override { outputs[output] = std::move(value); }
+    std::map<std::string, Value>& outputs;
+};
+
+class BenchFile : public ResultFile {
+public:
+    explicit BenchFile(fs::path finalName) : target(std::move(finalName)), temporary(target.string() + ".part") {}
+    ~BenchFile() override { fs::remove(temporary); }
+    const fs::path& path() const override { return temporary; }
+    void keep() override { fs::rename(temporary, target); }
+
+private:
+    fs::path target;
+    fs::path temporary;
+};
+
+}  // namespace
+
+const std::vector<ShippedGroup>& shippedGroups() {
+    static const Collector collector = loadAll();
+    return collector.groups;
+}
+
+const Kind& shippedKind(const std::string& name) {
+    for (const ShippedGroup& group : shippedGroups())
+        for (const auto& kind : group.kinds)
+            if (kind->name() == name)
+                return *kind;
+    throw std::runtime_error("no kind " + name);
+}
+
+fs::path collectionFolder(const std::string& group) {
+    return fs::path(VELMORAK_TEST_COLLECTIONS) / group;
+}
+
+std::string textIn(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    if (!in)
+        throw std::runtime_error("cannot read " + file.string());
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+std::vector<double> SmallTable::column(const std::string& name) const {
+    std::vector<double> all;
+    for (const Chunk& chunk : chunks) {
+        const ColumnPtr reals = asReals(chunk.columns.at(schema.find(name).value()));
+        all.insert(all.end(), reals->reals().begin(), reals->reals().end());
+    }
+    return all;
+}
+
+SmallTable tableOf(const std::vector<std::pair<std::string, std::vector<double>>>& columns, std::size_t chunkLength) {
+    SmallTable table;
+    for (const auto& column : columns)
+        table.schema.add({.name = column.first, .type = ColumnType::Real, .isList = false, .unit = ""});
+    const std::size_t rows = columns.front().second.size();
+    for (std::size_t first = 0; first < rows; first += chunkLength) {
+        Chunk chunk{.number = table.chunks.size(),
+                    .firstRow = first,
+                    .rows = std::min(chunkLength, rows - first),
+                    .columns = {}};
+        for (const auto& column : columns) {
+            const auto begin = column.second.begin() + static_cast<std::ptrdiff_t>(first);
+            chunk.columns.push_back(std::make_shared<const Column>(Column{
+                .values = Column::Reals(begin, begin + static_cast<std::ptrdiff_t>(chunk.rows)), .offsets = {}}));
+        }
+        table.chunks.push_back(std::move(chunk));
+    }
+    return table;
+}
+
+Bench::Bench(const std::string& kindName, std::string pluginName)
+    : shipped(shippedKind(kindName)), plugin(std::move(pluginName)) {
+    std::string pattern = (fs::temp_directory_path() / "velmorak-bench-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr)
+        throw std::runtime_error("no folder for results");
+    results = pattern;
+}
+
+Bench::~Bench() {
+    fs::remove_all(results);
+}
+
+Bench& Bench::set(const std::string& input, const std::string& text) {
+    texts[input] = text;
+    return *this;
+}
+
+Bench& Bench::wire(const std::string& input, Value value) {
+    wires[input] = std::move(value);
+    return *this;
+}
+
+Bench& Bench::wire(const std::string& input, SmallTable table) {
+    wires[input] = std::monostate();
+    tableInput = input;
+    givenByInput[input] = table;
+    given = std::move(table);
+    return *this;
+}
+
+void Bench::run() {
+    const BenchArguments arguments(ports(), texts, wires);
+    BenchResults sink(outputs);
+    if (const auto* function = dynamic_cast<const Function*>(&shipped)) {
+        function->evaluate(arguments, sink, *this);
+    } else if (const auto* rowWise = dynamic_cast<const RowWise*>(&shipped)) {
+        const auto operation = rowWise->prepare(arguments, given.schema, *this);
+        made = {.schema = operation->schema(), .chunks = {}};
+        apply(*operation);
+    } else if (const auto* concatenation = dynamic_cast<const Concatenation*>(&shipped)) {
+        concatenate(*concatenation, arguments);
+    } else if (const auto* accumulator = dynamic_cast<const Accumulator*>(&shipped)) {
+        accumulate(*accumulator, arguments, sink);
+    } else if (const auto* source = dynamic_cast<const Source*>(&shipped)) {
+        const auto reader = source->open(arguments, *this);
+        made = {.schema = reader->schema(), .chunks = {}};
+        read(*reader);
+    }
+}
+
+void Bench::read(TableReader& reader) {
+    std::uint64_t rows = 0;
+    for (Chunk chunk; reader.next(chunk); chunk = {}) {
+        chunk.number = made.chunks.size();
+        chunk.firstRow = rows;
+        rows += chunk.rows;
+        reader.complete(chunk);
+        made.chunks.push_back(std::move(chunk));
+    }
+}
+
+void Bench::apply(const RowOperation& operation) {
+    std::uint64_t rows = 0;
+    for (Chunk chunk : given.chunks) {
+        chunk.rowsBefore = rows;
+        rows += chunk.rows;
+        if (!operation.countsRows() || operation.wantsRow(chunk.rowsBefore))
+            made.chunks.push_back(operation.apply(chunk));
+    }
+}
+
+void Bench::concatenate(const Concatenation& concatenation, const Arguments& arguments) {
+    std::vector<SmallTable> tables;
+    std::vector<Schema> schemas;
+    for (const InputSpec& input : ports().inputs)
+        if (givenByInput.contains(input.name)) {
+            tables.push_back(givenByInput[input.name]);
+            schemas.push_back(tables.back().schema);
+        }
+    const auto operations = concatenation.prepare(arguments, schemas, *this);
+    made = {.schema = operations.front()->schema(), .chunks = {}};
+    for (std::size_t i = 0; i < tables.size(); ++i) {
+        given = tables[i];
+        apply(*operations[i]);
+    }
+}
+
+void Bench::accumulate(const Accumulator& accumulator, const Arguments& arguments, Results& sink) {
+    const auto accumulation = accumulator.prepare(arguments, tableInput.empty() ? nullptr : &given.schema, *this);
+    auto whole = accumulation->newState();
+    for (const Chunk& chunk : given.chunks) {
+        auto state = accumulation->newState();
+        state->fill(chunk);
+        whole->merge(*state);
+    }
+    accumulation->finish(*whole, sink);
+}
+
+std::string Bench::failure() {
+    try {
+        run();
+        return {};
+    } catch (const Failure& failure) {
+        return failure.input() + ": " + failure.what();
+    }
+}
+
+double Bench::number(const std::string& output) const {
+    return std::get<double>(outputs.at(output));
+}
+
+HistogramPtr Bench::histogram(const std::string& output) const {
+    return std::dynamic_pointer_cast<const Histogram1D>(std::get<DataObjectPtr>(outputs.at(output)));
+}
+
+void Bench::writeResult(const std::string& fileName, const std::function<void(const fs::path&)>& writer) {
+    const std::unique_ptr<ResultFile> file = beginResult(fileName);
+    writer(file->path());
+    file->keep();
+}
+
+std::unique_ptr<ResultFile> Bench::beginResult(const std::string& fileName) {
+    return std::make_unique<BenchFile>(results / fileName);
+}
+
+void Bench::warn(const std::string& sentence) {
+    allWarnings.push_back(sentence);
+    if (!isWarned)
+        throw std::runtime_error("unexpected warning: " + sentence);
+}
+
+}  // namespace velmorak::test

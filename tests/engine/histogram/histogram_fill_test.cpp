@@ -1,0 +1,211 @@
+#include <velmorak/HistogramGrid.h>
+
+#include "histogram/fill/Fill.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <random>
+
+namespace velmorak {
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double most = std::numeric_limits<double>::max();
+
+std::vector<Axis> axes() {
+    std::mt19937_64 random(5);
+    std::lognormal_distribution<double> step(0.0, 2.0);
+    std::vector<double> edges{-3.0};
+    for (int i = 0; i < 100; ++i)
+        edges.push_back(edges.back() + step(random));
+    return {Axis(100, -3.0, 3.0),
+            Axis(1, 0.0, 1.0),
+            Axis(10, 0.1, 0.7),
+            Axis(7, -most, most),
+            Axis(2, -most, -most + 6e307),
+            Axis(2, most - 6e307, most),
+            Axis(edges),
+            Axis(std::vector<double>{-1.0, 0.0, 1e-9, 2e-9, 3e-9, 4e-9, 5e-9, 6e-9, 1.0}),
+            Axis(1000, 1.0, 1.0 + 1e-12)};
+}
+
+/// Values around all edges, outside, far away and not numbers; more than one block.
+std::vector<double> valuesFor(const Axis& axis) {
+    std::vector<double> values{infinity, -infinity, notANumber, 0.0, -0.0, most, -most};
+    for (const double edge : axis.edges())
+        for (const double x : {edge, std::nextafter(edge, -infinity), std::nextafter(edge, infinity)})
+            values.push_back(x);
+    std::mt19937_64 random(6);
+    std::uniform_real_distribution<double> part(-0.1, 1.1);
+    for (int i = 0; i < 3000; ++i)
+        values.push_back(axis.low() + part(random) * (axis.high() - axis.low()));
+    return values;
+}
+
+std::vector<double> weightsFor(std::size_t count) {
+    std::vector<double> weights(count);
+    for (std::size_t i = 0; i < count; ++i)
+        weights[i] = i % 97 == 5 ? notANumber : std::sin(static_cast<double>(i)) + 0.5;
+    return weights;
+}
+
+TEST(HistogramFill, findsTheSameCellsAtOnceAsOneByOne) {
+    for (const Axis& axis : axes()) {
+        const std::vector<double> values = valuesFor(axis);
+        std::vector<std::uint32_t> cells(values.size());
+        axis.cells(values.data(), values.size(), cells.data());
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            ASSERT_LT(cells[i], axis.bins() + 2);
+            if (!std::isnan(values[i])) {
+                ASSERT_EQ(cells[i], axis.cell(values[i])) << values[i] << " on " << axis.bins() << " bins";
+            }
+        }
+    }
+}
+
+TEST(HistogramFill, atOnceLeavesTheBitsOfOneByOne) {
+    for (const Axis& axis : axes()) {
+        const std::vector<double> values = valuesFor(axis);
+        const std::vector<double> weights = weightsFor(values.size());
+        for (const double* given : {weights.data(), static_cast<const double*>(nullptr)}) {
+            Histogram1D atOnce(axis);
+            atOnce.fill(values.data(), given, values.size());
+            Histogram1D oneByOne(axis);
+            for (std::size_t i = 0; i < values.size(); ++i)
+                oneByOne.fill(values[i], given == nullptr ? 1.0 : given[i]);
+            EXPECT_EQ(atOnce.toBytes(), oneByOne.toBytes());
+        }
+    }
+}
+
+TEST(HistogramFill, ofAPlaneAtOnceLeavesTheBitsOfOneByOne) {
+    const std::vector<Axis> all = axes();
+    for (std::size_t pair = 0; pair + 1 < all.size(); ++pair) {
+        const std::vector<double> x = valuesFor(all[pair]);
+        std::vector<double> y = valuesFor(all[pair + 1]);
+        y.resize(x.size(), 0.25);
+        const std::vector<double> weights = weightsFor(x.size());
+        const Grid<2> grid({all[pair], all[pair + 1]});
+        Histogram2D atOnce(grid);
+        atOnce.fill({x.data(), y.data()}, weights.data(), x.size());
+        Histogram2D oneByOne(grid);
+        for (std::size_t i = 0; i < x.size(); ++i)
+            oneByOne.fill({x[i], y[i]}, weights[i]);
+        EXPECT_EQ(atOnce.toBytes(), oneByOne.toBytes());
+    }
+}
+
+/// Fills at once, in parts of any lengths, what another is filled with one by one.
+void expectSameBits(const Axis& axis, const std::vector<double>& values, std::mt19937_64& random) {
+    const std::vector<double> weights = weightsFor(values.size());
+    Histogram1D atOnce(axis);
+    for (std::size_t begin = 0; begin < values.size();) {
+        const std::size_t part = std::min<std::size_t>(random() % 3000, values.size() - begin);
+        atOnce.fill(values.data() + begin, weights.data() + begin, part);
+        begin += part;
+    }
+    Histogram1D oneByOne(axis);
+    for (std::size_t i = 0; i < values.size(); ++i)
+        oneByOne.fill(values[i], weights[i]);
+    EXPECT_EQ(atOnce.toBytes(), oneByOne.toBytes())
+        << axis.bins() << " bins from " << axis.low() << " to " << axis.high();
+}
+
+/// Near edges a value must not fall into the neighbour, however the axis lies.
+TEST(HistogramFill, leavesTheBitsOfOneByOneOnRandomAxes) {
+    std::mt19937_64 random(11);
+    std::uniform_real_distribution<double> exponent(-300.0, 300.0);
+    std::uniform_real_distribution<double> part(-0.2, 1.2);
+    std::uniform_real_distribution<double> fraction(-14.0, 3.0);
+    for (int i = 0; i < 400; ++i) {
+        const double span = std::pow(10.0, i % 4 == 0 ? exponent(random) : fraction(random) / 4);
+        const double low = span * std::pow(10.0, fraction(random)) * (i % 2 == 0 ? 1 : -1);
+        const std::size_t bins = 1 + random() % (i % 10 == 0 ? 100000 : 200);
+        std::optional<Axis> axis;
+        try {
+            axis.emplace(bins, low, low + span);
+        } catch (const std::invalid_argument&) {
+            continue;  // The edges would be the same double.
+        }
+        std::vector<double> values;
+        for (int k = 0; k < 1500; ++k) {
+            double x = axis->edges()[random() % (bins + 1)];
+            for (auto steps = random() % 4; steps > 0; --steps)
+                x = std::nextafter(x, random() % 2 == 0 ? infinity : -infinity);
+            values.push_back(random() % 3 == 0 ? x : axis->low() + part(random) * span);
+        }
+        expectSameBits(*axis, values, random);
+    }
+}
+
+TEST(HistogramFill, leavesTheBitsOfOneByOneForWholeNumbersOnEdges) {
+    std::mt19937_64 random(12);
+    std::vector<double> values(10000);
+    for (double& value : values)
+        value = static_cast<double>(static_cast<int>(random() % 14) - 2);
+    expectSameBits(Axis(10, 0.0, 10.0), values, random);
+    expectSameBits(Axis(20, -0.5, 9.5), values, random);
+}
+
+TEST(HistogramFill, findsNoStepsWhereRoundingErrorsAreOfTheirSize) {
+    EXPECT_TRUE(filling::stepsOf(Axis(100, -3.0, 3.0)));
+    EXPECT_TRUE(filling::stepsOf(Axis(1, -1e300, 1e300)));
+    EXPECT_FALSE(filling::stepsOf(Axis(1000, 1.0, 1.0 + 1e-12)));
+    EXPECT_FALSE(filling::stepsOf(Axis(7, -most, most)));
+    EXPECT_FALSE(filling::stepsOf(Axis(2, -most, -most + 6e307)));
+    EXPECT_FALSE(filling::stepsOf(Axis(std::vector<double>{0.0, 1.0, 3.0})));
+    EXPECT_FALSE(filling::stepsOf(Axis(1, 0.0, std::numeric_limits<double>::denorm_min())));
+}
+
+/// What each of the loops for wide vectors does that this machine can run.
+TEST(HistogramFill, inAWideLoopEndsBeforeTheGroupThatItCannotFill) {
+    const Axis axis(10, 0.0, 10.0);
+    const filling::Steps steps = filling::stepsOf(axis).value();
+    for (const filling::Kernels& wide : filling::runnableKernels()) {
+        for (const double special : {notANumber, infinity, -infinity, 3.0, std::nextafter(3.0, 0.0)}) {
+            std::vector<double> values(42, 2.5);
+            values[21] = special;
+            CellVector<BinSums> cells(12);
+            EXPECT_EQ(wide.line(steps, filling::bytesOf(cells), {.x = values.data(), .count = 42}), 20U) << special;
+            EXPECT_EQ(cells[3], (BinSums{20, 20.0, 20.0, 50.0, 125.0}));
+        }
+        std::vector<double> values(42, 2.5);
+        std::vector<double> weights(42, 2.0);
+        CellVector<BinSums> cells(12);
+        const filling::Entries entries{.x = values.data(), .weights = weights.data(), .count = 42};
+        EXPECT_EQ(wide.line(steps, filling::bytesOf(cells), entries), 40U);
+        EXPECT_EQ(cells[3], (BinSums{40, 80.0, 160.0, 200.0, 500.0}));
+        weights[5] = notANumber;
+        EXPECT_EQ(wide.line(steps, filling::bytesOf(cells), entries), 4U);
+        const std::vector<std::uint32_t> known(42, 7);
+        weights[5] = infinity;
+        EXPECT_EQ(wide.listedLine({.x = known.data()}, filling::bytesOf(cells), entries), 40U);
+        EXPECT_EQ(cells[8].entries, 0);
+        EXPECT_EQ(cells[7].entries, 40);
+        EXPECT_EQ(cells[7].w, infinity);
+    }
+}
+
+TEST(HistogramFill, ofAPlaneInAWideLoopEndsBeforeTheGroupThatItCannotFill) {
+    const filling::Steps axes[2] = {filling::stepsOf(Axis(10, 0.0, 10.0)).value(),
+                                    filling::stepsOf(Axis(5, 0.0, 5.0)).value()};
+    for (const filling::Kernels& wide : filling::runnableKernels()) {
+        for (const double special : {notANumber, infinity, 3.0}) {
+            const std::vector<double> x(42, 2.5);
+            std::vector<double> y(42, 1.5);
+            y[13] = special;
+            CellVector<GridSums<2>> cells(12U * 7U);
+            const filling::Entries entries{.x = x.data(), .y = y.data(), .count = 42};
+            EXPECT_EQ(wide.plane(axes, 12, filling::bytesOf(cells), entries), 12U) << special;
+            EXPECT_EQ(cells[2 * 12 + 3], (GridSums<2>{12, 12.0, 12.0, {30.0, 18.0}, {75.0, 27.0}}));
+        }
+    }
+}
+
+}  // namespace
+}  // namespace velmorak

@@ -1,0 +1,148 @@
+#include "ShuffledExecutor.h"
+#include "Artefacts.h"
+#include "RandomEditor.h"
+
+#include "graph/ManagerExtensions.h"
+#include "executor/ThreadPool.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iostream>
+#include <set>
+#include <sstream>
+
+namespace velmorak::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Everything that a run left.
+struct Left {
+    std::map<std::string, std::string> results;
+    std::map<std::string, std::string> files;
+};
+
+/// Runs the same pipeline with all sorts of workers.
+class SameBits : public testing::Test {
+protected:
+    SameBits() : quiet(std::cerr.rdbuf(nullptr)) {}
+    ~SameBits() override {
+        std::cerr.rdbuf(quiet);
+        fs::remove_all(folder);
+    }
+
+    static fs::path newFolder() {
+        std::string name = (fs::temp_directory_path() / "velmorak-bits-XXXXXX").string();
+        return mkdtemp(name.data());
+    }
+
+    Left runWith(std::unique_ptr<Workers> workers, Pipeline pipeline) {
+        pipeline.resultsFolder = folder / "bits.results";
+        fs::remove_all(pipeline.resultsFolder);
+        std::ostringstream messages;
+        Runner runner(messages, false);
+        runner.employ(std::move(workers));
+        report = runner.run(pipeline);
+        for (const NodeReport& node : report.nodes)
+            EXPECT_NE(node.outcome, Outcome::Reused);
+        said = messages.str();
+        return {resultsOf(pipeline, report), filesIn(pipeline.resultsFolder)};
+    }
+
+    void expectSame(const Left& expected, const Left& found, const Pipeline& pipeline, const std::string& workers) {
+        EXPECT_EQ(found.results, expected.results) << workers << '\n' << textOf(pipeline);
+        EXPECT_TRUE(found.files == expected.files) << workers << '\n' << textOf(pipeline);
+    }
+
+    void compareAll(const Pipeline& pipeline, std::uint32_t seed) {
+        const Left one = runWith(std::make_unique<Crew>(1), pipeline);
+        for (const std::size_t threads : {2, 3, 16})
+            expectSame(one, runWith(std::make_unique<Crew>(threads), pipeline), pipeline,
+                       std::to_string(threads) + " threads");
+        for (std::uint32_t order = 0; order < 3; ++order)
+            expectSame(one, runWith(std::make_unique<Adversary>(seed + order), pipeline), pipeline,
+                       "order " + std::to_string(seed + order));
+    }
+
+    /// Pictures are drawn by another program from what is compared here.
+    void removePictures(QzManager& manager) {
+        for (std::size_t i = manager.plugins.size(); i-- > 0;)
+            if (manager.plugins[i]->GetKind()->name == "Plot")
+                manager.DeletePlugin(static_cast<int>(i));
+    }
+
+    bool isDone(std::size_t node) const { return report.nodes.at(node).outcome == Outcome::Done; }
+
+    fs::path folder = newFolder();
+    std::streambuf* quiet;
+    RunReport report;
+    std::string said;
+};
+
+TEST_F(SameBits, comeFromEachExampleForAnyWorkers) {
+    for (const auto& entry : fs::recursive_directory_iterator(TEST_EXAMPLES)) {
+        if (entry.path().extension() != ".zedra")
+            continue;
+        QzManager manager("QzAnalysisFactory");
+        manager.ReadDocument(entry.path().string());
+        removePictures(manager);
+        compareAll(pipelineOf(manager), 1);
+        EXPECT_FALSE(report.hasFailure()) << entry.path() << said;
+        EXPECT_TRUE(isDone(0)) << entry.path() << said;
+    }
+}
+
+/// A pipeline at random that ends in a plug-in of one kind, all that it gives being written to files.
+class SameBitsOfKinds : public SameBits {
+protected:
+    /// @return whether the plug-in could do its work.
+    bool compare(std::size_t kind, std::uint32_t seed) {
+        QzManager manager("QzAnalysisFactory");
+        const fs::path own = folder / (std::to_string(kind) + '-' + std::to_string(seed));
+        fs::create_directories(own);
+        Hands hands(manager, seed, own);
+        // Something of each type that is good to be used, and the rest at random.
+        for (const char* const example : {"/Histograms/Efficiency.zedra", "/Histograms/Plane.zedra"})
+            manager.ReadDocument(std::string(TEST_EXAMPLES) + example);
+        manager.SetFileName((own / "storm.zedra").string());
+        removePictures(manager);
+        hands.build(manager.plugins.size() + 5);
+        QzBase& node = hands.place(kind);
+        for (std::size_t i = 0; i < node.Outputs().size(); ++i)
+            write(manager, node, node.Outputs()[i].name);
+        const int position = manager.IndexOf(node.GetName());
+        manager.SetStart(position);
+        compareAll(pipelineOf(manager), seed);
+        return isDone(0);
+    }
+
+    void write(QzManager& manager, QzBase& node, const std::string& output) {
+        const auto kind = static_cast<std::uint16_t>(Hands::kindOf("AidaWriter"));
+        QzBase& writer = *manager.CreatePlugin(kind, "Written " + output);
+        writer.Connect("object", &node, output);
+    }
+};
+
+TEST_F(SameBitsOfKinds, comeFromRandomPipelinesOfEveryKindForAnyWorkers) {
+    const std::uint32_t seed = seedOfTest();
+    const QzManager manager("QzAnalysisFactory");
+    std::set<std::string> never;
+    for (std::size_t kind = 0; kind < QzManager::GetPlugins().size(); ++kind) {
+        const std::string& name = QzManager::GetPlugins()[kind].name;
+        bool isTried = name == "Plot";
+        constexpr std::uint32_t mostTries = 8;
+        for (std::uint32_t i = 0; i < mostTries && !isTried; ++i)
+            isTried = compare(kind, seed + 100 * i);
+        if (!isTried)
+            never.insert(name);
+    }
+    std::cout << "Kinds that could never do their work:";
+    for (const std::string& name : never)
+        std::cout << ' ' << name;
+    std::cout << '\n';
+    EXPECT_LT(never.size(), QzManager::GetPlugins().size() / 3);
+}
+
+}  // namespace
+}  // namespace velmorak::test

@@ -1,0 +1,45 @@
+#include "ListCommand.h"
+
+#include "run/NodeContext.h"
+#include "run/Plan.h"
+#include "run/Visible.h"
+
+#include <ostream>
+
+using velmorak::Pipeline;
+using velmorak::PipelineInput;
+using velmorak::PipelineNode;
+
+namespace {
+
+std::string contentOf(const Pipeline& pipeline, const PipelineInput& input) {
+    if (!input.wire) {
+        return input.value;
+    }
+    return "from \"" + pipeline.nodes[input.wire->node].name + "\" " + input.wire->output;
+}
+
+}  // namespace
+
+void list(const Pipeline& pipeline, std::ostream& stream) {
+    for (const PipelineNode& node : pipeline.nodes) {
+        stream << velmorak::visible(velmorak::titleOf(node)) << '\n';
+        for (const PipelineInput& input : node.inputs) {
+            const std::string content = contentOf(pipeline, input);
+            stream << "  " << velmorak::visible(input.spec.name) << " (" << velmorak::nameOf(input.spec.type) << ')'
+                   << (content.empty() ? "" : ": " + velmorak::visible(content)) << '\n';
+        }
+    }
+}
+
+bool check(const Pipeline& pipeline, std::ostream& stream) {
+    const velmorak::Plan plan(pipeline);
+    bool isRight = true;
+    for (std::size_t i = 0; i < pipeline.nodes.size(); ++i) {
+        if (const std::string sentence = plan.objection(i); !sentence.empty()) {
+            stream << velmorak::visible(velmorak::titleOf(pipeline.nodes[i]) + ": " + sentence) << '\n';
+            isRight = false;
+        }
+    }
+    return isRight;
+}
