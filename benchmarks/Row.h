@@ -39,14 +39,14 @@ inline void print(const Row& row) {
 
 /// Times, of which less is better: the ratio is how many times faster we are.
 inline void printFaster(const std::string& work, const std::string& peer, double oursMs, double peerMs,
-                        double leastRatio) {
-    print({work, peer, "ms", oursMs, peerMs, peerMs / oursMs, Limit{Limit::Sense::AtLeast, leastRatio}});
+                        double minRatio) {
+    print({work, peer, "ms", oursMs, peerMs, peerMs / oursMs, Limit{Limit::Sense::AtLeast, minRatio}});
 }
 
 /// Times of which ours may be so many times the peer's.
 inline void printNotSlower(const std::string& work, const std::string& peer, double oursMs, double peerMs,
-                           double mostRatio) {
-    print({work, peer, "ms", oursMs, peerMs, oursMs / peerMs, Limit{Limit::Sense::AtMost, mostRatio}});
+                           double maxRatio) {
+    print({work, peer, "ms", oursMs, peerMs, oursMs / peerMs, Limit{Limit::Sense::AtMost, maxRatio}});
 }
 
 }  // namespace velmorak::bench

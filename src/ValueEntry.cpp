@@ -61,18 +61,18 @@ void ValueEntry::assist(const QzBase::Input& input) {
 }
 
 void ValueEntry::fitToText() {
-    constexpr Glib::ustring::size_type mostCharacters = 60;
+    constexpr Glib::ustring::size_type maxCharacters = 60;
     constexpr int narrowest = 150;  // pixels that the toolkit gives to any entry
     const Glib::ustring text = get_text();
-    const auto count = static_cast<int>(std::min(text.size(), mostCharacters));
+    const auto count = static_cast<int>(std::min(text.size(), maxCharacters));
     int width = 0;
     int height = 0;
-    create_pango_layout(text.substr(0, mostCharacters))->get_pixel_size(width, height);
+    create_pango_layout(text.substr(0, maxCharacters))->get_pixel_size(width, height);
     const Pango::FontMetrics metrics = get_pango_context()->get_metrics(get_pango_context()->get_font_description());
     const int ofOne = std::max(metrics.get_approximate_char_width(), metrics.get_approximate_digit_width());
     const int characters = std::max(count, width * PANGO_SCALE / std::max(ofOne, 1) + 1);
     const bool isNarrow = width <= narrowest;
-    set_width_chars(isNarrow ? -1 : std::min(characters, static_cast<int>(mostCharacters)));
+    set_width_chars(isNarrow ? -1 : std::min(characters, static_cast<int>(maxCharacters)));
 }
 
 void ValueEntry::offer(const std::vector<std::string>& offered) {

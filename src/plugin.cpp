@@ -233,7 +233,7 @@ plugin::TextItem plugin::addTitle(const Glib::ustring& text, double x, double y,
     return item;
 }
 
-plugin::TextItem plugin::makePort(const Glib::ustring& name, const Glib::ustring& description, Place place,
+plugin::TextItem plugin::makePort(const Glib::ustring& name, const Glib::ustring& description, Position place,
                                   Goocanvas::AnchorType anchor) {
     TextItem item = Goocanvas::Text::create(name, place.x, place.y, 0, anchor);
     item->set_property("font", Glib::ustring("Sans 8"));

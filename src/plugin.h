@@ -85,7 +85,7 @@ private:
         double x, y, width, height;
     };
 
-    struct Place {
+    struct Position {
         double x, y;
     };
 
@@ -98,7 +98,7 @@ private:
     void drawInputs(const Frame& frame);
     void drawOutputs(const Frame& frame);
     TextItem addTitle(const Glib::ustring& text, double x, double y, const Glib::ustring& font);
-    static TextItem makePort(const Glib::ustring& name, const Glib::ustring& description, Place place,
+    static TextItem makePort(const Glib::ustring& name, const Glib::ustring& description, Position place,
                              Goocanvas::AnchorType anchor);
 
     QzManager* manager;

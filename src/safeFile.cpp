@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int longestChain = 40;  // of links, as the kernel has it
+constexpr int maxChainLength = 40;  // of links, as the kernel has it
 constexpr mode_t ownFile = 0600;
 
 // A file that grows beyond the user's limit fails like one on a full disk; unblocked, the signal would end the program.
@@ -44,7 +44,7 @@ private:
 fs::path followLinks(const std::string& file) {
     fs::path target(file);
     std::error_code failure;
-    for (int i = 0; i < longestChain && fs::is_symlink(target, failure); ++i) {
+    for (int i = 0; i < maxChainLength && fs::is_symlink(target, failure); ++i) {
         const fs::path next = fs::read_symlink(target, failure);
         target = target.parent_path() / next;
     }

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 constexpr mode_t ownFolder = 0700;
 constexpr mode_t ownFile = 0600;
-constexpr std::size_t mostRemoved = 50;
+constexpr std::size_t maxRemoved = 50;
 
 fs::path stateFolder() {
     const char* const state = std::getenv("XDG_STATE_HOME");
@@ -94,7 +94,7 @@ void removeOldest(const fs::path& folder) {
          entry.increment(failure)) {
         stems.insert(entry->path().stem().string());
     }
-    while (stems.size() > mostRemoved) {
+    while (stems.size() > maxRemoved) {
         removeWithOrigin(folder / (*stems.begin() + ".zedra"));
         stems.erase(stems.begin());
     }

@@ -14,11 +14,11 @@ namespace {
 constexpr const char* imageFile = "test.png";
 
 /// Of the toolkit's images, in pixels.
-constexpr int largestSide = 32767;
+constexpr int maxSide = 32767;
 
 // Without a node the extent is negative; beyond the toolkit's largest image there is none to make.
 bool isImageSide(double length) {
-    return length >= 1 && length < largestSide + 1;
+    return length >= 1 && length < maxSide + 1;
 }
 
 cairo_status_t append(void* bytes, const unsigned char* data, unsigned int length) {
@@ -67,9 +67,9 @@ void vkWindow::on_imgexp() {
     const double height = extent.get_y2() - extent.get_y1();
     if (isImageSide(width) && isImageSide(height)) {
         exportImage(canvas, extent, static_cast<int>(width), static_cast<int>(height));
-    } else if (std::max(width, height) >= largestSide + 1) {
+    } else if (std::max(width, height) >= maxSide + 1) {
         std::cerr << "no image of the canvas: the plug-ins take " << std::llround(width) << " x "
-                  << std::llround(height) << " units, and an image holds at most " << largestSide << " x "
-                  << largestSide << "; move them closer together" << std::endl;
+                  << std::llround(height) << " units, and an image holds at most " << maxSide << " x "
+                  << maxSide << "; move them closer together" << std::endl;
     }
 }

@@ -17,7 +17,7 @@ GdkDevice* pointerOf(const Glib::RefPtr<Gdk::Display>& display) {
 
 }  // namespace
 
-void Hands::showFirstPicture() {
+void InputRobot::showFirstPicture() {
     bool isPainted = false;
     sigc::connection firstDraw = signal_draw().connect(
         [&isPainted](const Cairo::RefPtr<Cairo::Context>&) {
@@ -36,7 +36,7 @@ void Hands::showFirstPicture() {
     repaint();
 }
 
-void Hands::press(const Glib::ustring& name) {
+void InputRobot::press(const Glib::ustring& name) {
     draggedItem = pluginMap.at(name)->box;
     double x = 0;
     double y = 0;
@@ -54,7 +54,7 @@ void Hands::press(const Glib::ustring& name) {
     send(GDK_BUTTON_PRESS);
 }
 
-void Hands::movePointer(double dx, double dy) {
+void InputRobot::movePointer(double dx, double dy) {
     pointerX += static_cast<int>(dx);
     pointerY += static_cast<int>(dy);
     const auto display = get_display();
@@ -72,7 +72,7 @@ void Hands::movePointer(double dx, double dy) {
     }
 }
 
-void Hands::send(GdkEventType type) {
+void InputRobot::send(GdkEventType type) {
     GdkEvent* event = gdk_event_new(type);
     GdkWindow* target = canvas.gobj()->canvas_window;
     const auto place = pointerOnCanvas();
@@ -94,13 +94,13 @@ void Hands::send(GdkEventType type) {
     gdk_event_free(event);
 }
 
-Spent Hands::step() {
+Spent InputRobot::step() {
     const Clock clock;
     send(GDK_MOTION_NOTIFY);
     return clock.spent();
 }
 
-Spent Hands::loweredStep() {
+Spent InputRobot::loweredStep() {
     const Clock clock;
     send(GDK_MOTION_NOTIFY);
     for (const auto& [input, path] : pathMap) {
@@ -111,7 +111,7 @@ Spent Hands::loweredStep() {
     return clock.spent();
 }
 
-Spent Hands::repaint() {
+Spent InputRobot::repaint() {
     const Clock clock;
     canvas.update();
     // By the frame clock, the wait for the next frame would be measured too.

@@ -7,7 +7,7 @@
 
 /// The main window with hands on its canvas: the real pointer is moved, and events are given to the toolkit as they
 /// would come from the server, one after another, so that each step is measured alone.
-class Hands : public vkWindow {
+class InputRobot : public vkWindow {
 public:
     /// Returns when the whole window has been painted and the server is done with it.
     void showFirstPicture();

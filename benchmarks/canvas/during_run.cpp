@@ -46,7 +46,7 @@ fs::path document(const fs::path& folder) {
     return file;
 }
 
-std::vector<double> drag(Hands& window) {
+std::vector<double> drag(InputRobot& window) {
     std::vector<double> ms;
     for (int i = 0; i < Scene::steps; ++i) {
         window.movePointer(Scene::stepX(i), Scene::stepY(i));
@@ -60,8 +60,8 @@ void append(std::vector<double>& all, const std::vector<double>& more) {
 }
 
 void print(const std::string& work, const std::vector<double>& with, const std::vector<double>& without,
-           double (*figure)(std::vector<double>), double mostRatio) {
-    velmorak::bench::printNotSlower(work, "the same without a run", figure(with), figure(without), mostRatio);
+           double (*figure)(std::vector<double>), double maxRatio) {
+    velmorak::bench::printNotSlower(work, "the same without a run", figure(with), figure(without), maxRatio);
 }
 
 double slowOf(std::vector<double> values) {
@@ -81,7 +81,7 @@ int main(int argc, char** argv) {
     std::vector<double> without;
     {
         QzManager manager("QzAnalysisFactory");
-        Hands window;
+        InputRobot window;
         window.resize(Scene::viewWidth, Scene::viewHeight);
         window.setManager(manager);
         window.open(document(folder).string());

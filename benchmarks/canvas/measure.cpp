@@ -63,7 +63,7 @@ void measure(const Scene& scene, bool isLowered) {
     const Clock opening;
     QzManager manager("QzAnalysisFactory");
     manager.SetFontSize(9, 11);
-    Hands window;
+    InputRobot window;
     window.resize(Scene::viewWidth, Scene::viewHeight);
     window.setManager(manager);
     window.open(file.string());

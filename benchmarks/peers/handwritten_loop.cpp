@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::size_t packedSize = std::size_t{1} << 16;
 constexpr std::size_t pieceSize = std::size_t{1} << 19;
-constexpr std::size_t mostPieces = 8;
+constexpr std::size_t maxPieces = 8;
 
 struct Counts {
     Counts(std::size_t bins, double from, double to)
@@ -98,9 +98,9 @@ private:
     _mm256_zeroupper();
 }
 
-class Unpacker {
+class Decompressor {
 public:
-    explicit Unpacker(const char* file) : input(file, std::ios::binary), packed(packedSize) {
+    explicit Decompressor(const char* file) : input(file, std::ios::binary), packed(packedSize) {
         isal_inflate_init(&state);
         state.crc_flag = ISAL_GZIP;
     }
@@ -134,7 +134,7 @@ class Pieces {
 public:
     void put(std::vector<char> piece) {
         std::unique_lock lock(mutex);
-        changed.wait(lock, [this] { return all.size() < mostPieces; });
+        changed.wait(lock, [this] { return all.size() < maxPieces; });
         all.push_back(std::move(piece));
         changed.notify_all();
     }
@@ -155,7 +155,7 @@ private:
 };
 
 void runOnOne(const char* file, Loop& loop) {
-    Unpacker unpacker(file);
+    Decompressor unpacker(file);
     std::vector<char> piece(pieceSize);
     for (std::size_t size = unpacker.read(piece); size > 0; size = unpacker.read(piece))
         loop.add({piece.data(), size});
@@ -164,7 +164,7 @@ void runOnOne(const char* file, Loop& loop) {
 void runOnTwo(const char* file, Loop& loop) {
     Pieces pieces;
     const std::jthread unpacking([&] {
-        Unpacker unpacker(file);
+        Decompressor unpacker(file);
         for (std::size_t size = 1; size > 0;) {
             std::vector<char> piece(pieceSize);
             size = unpacker.read(piece);

@@ -17,7 +17,7 @@ namespace {
 using namespace velmorak;
 
 constexpr std::uint64_t rows = 20'000'000;
-constexpr double mostRatio = 1.01;
+constexpr double maxRatio = 1.01;
 
 /// As velmorak-run --events, but for the file.
 class Listener : public RunListener {
@@ -25,7 +25,7 @@ public:
     void began(const Pipeline&, int) override {}
     bool isProgressDue() override { return std::chrono::steady_clock::now() - last >= std::chrono::milliseconds(100); }
     void progressed(const ProgressNow&) override { last = std::chrono::steady_clock::now(); }
-    void settled(const PipelineNode&, const NodeReport&) override {}
+    void nodeFinished(const PipelineNode&, const NodeReport&) override {}
     void ended(const RunReport&) override {}
 
 private:
@@ -74,6 +74,6 @@ int main() {
         bench::mediansOf({[&] { execute(pipeline, true, &listener); }, [&] { execute(pipeline, false, nullptr); }},
                          bench::Clock::Processor, 15);
     bench::printNotSlower("progress shown, 20 M random rows", "without progress", times[0], times[1] - timeOfAsking(),
-                          mostRatio);
+                          maxRatio);
     return 0;
 }

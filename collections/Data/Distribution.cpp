@@ -116,7 +116,7 @@ const FormName& formNamed(const std::string& name) {
 }
 
 /// An upper limit of the size of the numbers.
-double largestOf(const Distribution& distribution) {
+double maxOf(const Distribution& distribution) {
     switch (distribution.form) {
         case Distribution::Form::Uniform:
             return std::max(std::fabs(distribution.first), std::fabs(distribution.second));
@@ -142,7 +142,7 @@ void check(const Distribution& distribution, const std::string& text) {
                                                       : distribution.second > 0.0;
     if (!isFinite || !isUsable)
         throw Failure("columns", "\"" + text + "\" has parameters that no distribution can have.");
-    if (!std::isfinite(largestOf(distribution))) {
+    if (!std::isfinite(maxOf(distribution))) {
         throw Failure("columns", "\"" + text + "\" gives numbers beyond 1.8e308, the largest that a column can hold.");
     }
 }

@@ -19,13 +19,13 @@ public:
         for (const RandomColumn& column : columns)
             made.add({.name = column.name,
                       .type = column.distribution.isInteger() ? ColumnType::Integer : ColumnType::Real});
-        mostRows = rowsInChunk(made);
+        maxRows = rowsInChunk(made);
     }
 
     const Schema& schema() const override { return made; }
 
     bool next(Chunk& chunk) override {
-        chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(mostRows, rows - row));
+        chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(maxRows, rows - row));
         row += chunk.rows;
         return chunk.rows > 0;
     }
@@ -61,14 +61,14 @@ private:
 
     std::vector<RandomColumn> columns;
     Schema made;
-    std::size_t mostRows = 0;  ///< In a chunk.
+    std::size_t maxRows = 0;  ///< In a chunk.
     std::uint64_t rows;
     std::uint64_t row = 0;
     std::uint64_t seed;
     const RunContext& context;
 };
 
-constexpr double largestWhole = 9007199254740992.0;  // All whole numbers up to here are doubles.
+constexpr double maxWhole = 9007199254740992.0;  // All whole numbers up to here are doubles.
 
 }  // namespace
 
@@ -81,7 +81,7 @@ Ports RandomTableKind::ports(const ValueTexts&) const {
               .description = "Number of rows to make.",
               .value = "1000",
               .minimum = 0,
-              .maximum = largestWhole,
+              .maximum = maxWhole,
               .isInteger = true},
              {.name = "columns",
               .description =
@@ -94,7 +94,7 @@ Ports RandomTableKind::ports(const ValueTexts&) const {
               .description = "Number that decides which random numbers come; with the same one they are the same.",
               .value = "1",
               .minimum = 0,
-              .maximum = largestWhole,
+              .maximum = maxWhole,
               .isInteger = true}},
             {{.name = "table",
               .description = "The random numbers; a Poisson column is integer, the others are real.",

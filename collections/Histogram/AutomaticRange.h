@@ -12,40 +12,40 @@
 
 namespace velmorak {
 
-/// Fills an object of one axis whose range is that of the finite numbers. Up to mostCells fills are kept as they are;
+/// Fills an object of one axis whose range is that of the finite numbers. Up to maxCells fills are kept as they are;
 /// more go into the cells of a decimal grid around them, which are joined to wider ones when the range grows. Cells and
 /// bins nest exactly, so that each bin holds the fills that its edges say.
 /// Threads: as the object; what comes out depends on which batches are merged in which tree, and on nothing else.
 template <typename Object>
 class AutomaticRange {
 public:
-    explicit AutomaticRange(std::size_t bins) : wantedBins(bins), mostCells(cellsInEachBin * bins) {}
+    explicit AutomaticRange(std::size_t bins) : wantedBins(bins), maxCells(cellsInEachBin * bins) {}
 
-    void fill(const Batch& batch) {
+    void fill(const FillBatch& batch) {
         AutomaticRange part(wantedBins);
         part.take(batch);
-        if (part.x.size() > mostCells)
-            part.settle(DecimalGrid(part.lowest(), part.highest(), mostCells));
+        if (part.x.size() > maxCells)
+            part.settle(DecimalGrid(part.lowest(), part.highest(), maxCells));
         merge(part);
     }
 
     void merge(AutomaticRange& other) {
         low = std::min(low, other.low);
         high = std::max(high, other.high);
-        if (!object && !other.object && x.size() + other.x.size() <= mostCells) {
+        if (!object && !other.object && x.size() + other.x.size() <= maxCells) {
             append(x, other.x);
             append(y, other.y);
             append(weights, other.weights);
             return;
         }
-        const DecimalGrid joint(lowest(), highest(), mostCells);
+        const DecimalGrid joint(lowest(), highest(), maxCells);
         settle(joint);
         other.settle(joint);
         object->merge(*other.object);
     }
 
     Object result() {
-        const DecimalGrid whole = withSpread(DecimalGrid(lowest(), highest(), mostCells));
+        const DecimalGrid whole = withSpread(DecimalGrid(lowest(), highest(), maxCells));
         const RoundBins bins(whole, wantedBins);
         if (!object) {
             auto filled = onAxis<Object>(bins.axis(whole));
@@ -70,8 +70,8 @@ private:
     DecimalGrid withSpread(const DecimalGrid& found) const {
         const double margin = std::max(0.5, std::abs(lowest()) / 2);
         return lowest() < highest() ? found
-                                    : DecimalGrid(std::max(lowest() - margin, -DecimalGrid::largestNumber),
-                                                  std::min(highest() + margin, DecimalGrid::largestNumber), mostCells);
+                                    : DecimalGrid(std::max(lowest() - margin, -DecimalGrid::maxNumber),
+                                                  std::min(highest() + margin, DecimalGrid::maxNumber), maxCells);
     }
 
     static void append(std::vector<double>& target, const std::vector<double>& source) {
@@ -82,7 +82,7 @@ private:
             target.assign(source, source + count);
     }
 
-    void take(const Batch& batch) {
+    void take(const FillBatch& batch) {
         append(x, batch.x, batch.count);
         append(y, batch.y, batch.count);
         append(weights, batch.weights, batch.count);
@@ -94,7 +94,7 @@ private:
         }
     }
 
-    Batch kept() const {
+    FillBatch kept() const {
         return {.x = x.data(),
                 .y = y.empty() ? nullptr : y.data(),
                 .weights = weights.empty() ? nullptr : weights.data(),
@@ -129,7 +129,7 @@ private:
     }
 
     std::size_t wantedBins;
-    std::size_t mostCells;
+    std::size_t maxCells;
     double low = std::numeric_limits<double>::infinity();
     double high = -std::numeric_limits<double>::infinity();
     std::vector<double> x;

@@ -11,7 +11,7 @@ namespace velmorak {
 namespace {
 
 /// What becomes of a bin: its height with the errors upwards and downwards.
-struct Outcome {
+struct BinResult {
     double value = 0.0;
     double squaredError = 0.0;
     double plus = 0.0;
@@ -19,18 +19,18 @@ struct Outcome {
     bool isDefined = true;
 };
 
-Outcome symmetric(double value, double squaredError) {
+BinResult symmetric(double value, double squaredError) {
     const double error = std::sqrt(std::max(squaredError, 0.0));
     return {.value = value, .squaredError = squaredError, .plus = error, .minus = error};
 }
 
-Outcome nothing() {
+BinResult nothing() {
     return {.isDefined = false};
 }
 
 /// Passed fills among all of them: k / n with its interval for z standard deviations.
 template <typename Sums>
-Outcome efficiency(const Sums& passed, const Sums& all, bool isWilson, double z) {
+BinResult efficiency(const Sums& passed, const Sums& all, bool isWilson, double z) {
     if (all.w == 0.0)
         return nothing();
     const double ratio = passed.w / all.w;
@@ -38,7 +38,7 @@ Outcome efficiency(const Sums& passed, const Sums& all, bool isWilson, double z)
         throw Failure("first", "a bin has a height of " + textOf(passed.w) + " out of " + textOf(all.w) +
                                    "; an efficiency needs the first histogram to be a part of the second");
     const double squared = std::max(0.0, ((1.0 - 2.0 * ratio) * passed.ww + ratio * ratio * all.ww) / (all.w * all.w));
-    Outcome outcome = symmetric(ratio, squared);
+    BinResult outcome = symmetric(ratio, squared);
     outcome.plus = outcome.minus = z * outcome.plus;
     if (isWilson) {
         const double n = all.w * all.w / all.ww;
@@ -51,7 +51,7 @@ Outcome efficiency(const Sums& passed, const Sums& all, bool isWilson, double z)
 }
 
 template <typename Sums>
-Outcome combined(const Sums& a, const Sums& b, const std::string& operation, double z) {
+BinResult combined(const Sums& a, const Sums& b, const std::string& operation, double z) {
     if (operation == "multiply")
         return symmetric(a.w * b.w, a.w * a.w * b.ww + b.w * b.w * a.ww);
     if (operation == "divide") {
@@ -63,14 +63,14 @@ Outcome combined(const Sums& a, const Sums& b, const std::string& operation, dou
     return efficiency(a, b, operation == "wilson", z);
 }
 
-void addPoint(std::vector<Measurement>& points, const Outcome& outcome, const Histogram1D& histogram,
+void addPoint(std::vector<Measurement>& points, const BinResult& outcome, const Histogram1D& histogram,
               std::size_t cell) {
     const double half = 0.5 * histogram.axis().width(cell - 1);
     points.push_back({histogram.axis().center(cell - 1), half, half});
     points.push_back({outcome.value, outcome.plus, outcome.minus});
 }
 
-void addPoint(std::vector<Measurement>& points, const Outcome& outcome, const Histogram2D& histogram,
+void addPoint(std::vector<Measurement>& points, const BinResult& outcome, const Histogram2D& histogram,
               std::size_t cell) {
     const Grid<2>::Cells cells = histogram.grid().alongAxes(cell);
     for (std::size_t direction = 0; direction < 2; ++direction) {
@@ -94,7 +94,7 @@ public:
     void evaluate() {
         cells = first.cells();
         for (std::size_t cell = 0; cell < cells.size(); ++cell) {
-            const Outcome outcome = isSum() ? sumIn(cell) : otherIn(cell);
+            const BinResult outcome = isSum() ? sumIn(cell) : otherIn(cell);
             if (outcome.isDefined && isInside(first, cell))
                 addPoint(points, outcome, first, cell);
         }
@@ -114,7 +114,7 @@ public:
 private:
     bool isSum() const { return operation == "add" || operation == "subtract"; }
 
-    Outcome sumIn(std::size_t cell) {
+    BinResult sumIn(std::size_t cell) {
         auto other = second.cells()[cell];
         if (operation == "subtract")
             multiply(other, -1.0);
@@ -122,8 +122,8 @@ private:
         return symmetric(cells[cell].w, cells[cell].ww);
     }
 
-    Outcome otherIn(std::size_t cell) {
-        const Outcome outcome =
+    BinResult otherIn(std::size_t cell) {
+        const BinResult outcome =
             isInside(first, cell) ? combined(first.cells()[cell], second.cells()[cell], operation, z) : nothing();
         cells[cell].w = outcome.value;
         cells[cell].ww = outcome.squaredError;

@@ -53,7 +53,7 @@ double effectiveEntries(const Histogram1D& histogram) {
 }
 
 /// Largest distance between the two cumulative distributions, at the edges of the bins.
-double largestDistance(const Histogram1D& first, const Histogram1D& second) {
+double maxDistance(const Histogram1D& first, const Histogram1D& second) {
     const double a = first.inRange().w;
     const double b = second.inRange().w;
     double distance = 0.0;
@@ -138,7 +138,7 @@ void CompareKind::evaluate(const Arguments& arguments, Results& results, RunCont
     const ChiSquare chi = chiSquare(*first, *second, arguments.text("test") == "shape");
     const double n = effectiveEntries(*first);
     const double m = effectiveEntries(*second);
-    const double distance = largestDistance(*first, *second);
+    const double distance = maxDistance(*first, *second);
     results.set("chisquare", chi.value);
     results.set("ndf", chi.freedom);
     results.set("probability", chi.probability());

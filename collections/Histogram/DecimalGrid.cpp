@@ -12,8 +12,8 @@ namespace velmorak {
 namespace {
 
 /// Powers of ten up to this one are doubles.
-constexpr int largestExactPower = 22;
-constexpr int smallestExponent = -300;
+constexpr int maxExactPower = 22;
+constexpr int minExponent = -300;
 /// Decimal digits by which neighbouring edges can differ, and a cell's number is an exact double.
 constexpr int digits = 14;
 
@@ -36,9 +36,9 @@ int exponentOf(double positive) {
 /// The double next to number times 10^exponent.
 double decimal(std::int64_t number, int exponent) {
     const auto digitsOfNumber = static_cast<double>(number);
-    if (exponent >= 0 && exponent <= largestExactPower)
+    if (exponent >= 0 && exponent <= maxExactPower)
         return digitsOfNumber * powerOfTen(exponent);
-    if (exponent < 0 && exponent >= -largestExactPower)
+    if (exponent < 0 && exponent >= -maxExactPower)
         return digitsOfNumber / powerOfTen(-exponent);
     const std::string text = std::to_string(number) + "e" + std::to_string(exponent);
     double value = 0.0;
@@ -48,20 +48,20 @@ double decimal(std::int64_t number, int exponent) {
 
 /// Smallest exponent on which numbers of this size have cells.
 int finestExponent(double size) {
-    return size == 0.0 ? smallestExponent : std::max(smallestExponent, exponentOf(size) - digits);
+    return size == 0.0 ? minExponent : std::max(minExponent, exponentOf(size) - digits);
 }
 
 }  // namespace
 
-DecimalGrid::DecimalGrid(double low, double high, std::size_t mostCells) {
+DecimalGrid::DecimalGrid(double low, double high, std::size_t maxCells) {
     const double size = std::max(std::abs(low), std::abs(high));
-    if (size > largestNumber)
+    if (size > maxNumber)
         throw Failure("range", "a value of " + textOf(low == -size ? low : high) +
                                    " leaves no room for an automatic range; give low and high");
     exponent = finestExponent(size);
-    const auto most = static_cast<std::int64_t>(mostCells);
+    const auto most = static_cast<std::int64_t>(maxCells);
     if (high > low)
-        exponent = std::max(exponent, exponentOf((high - low) / static_cast<double>(mostCells)) - 1);
+        exponent = std::max(exponent, exponentOf((high - low) / static_cast<double>(maxCells)) - 1);
     while (cellOf(high) - cellOf(low) >= most)
         ++exponent;
     firstCell = cellOf(low);
@@ -74,7 +74,7 @@ double DecimalGrid::edge(std::int64_t number) const {
 
 std::int64_t DecimalGrid::cellOf(double x) const {
     const double scaled =
-        exponent >= 0 ? x / std::pow(10.0, exponent) : x * std::pow(10.0, -std::max(exponent, smallestExponent));
+        exponent >= 0 ? x / std::pow(10.0, exponent) : x * std::pow(10.0, -std::max(exponent, minExponent));
     auto number = static_cast<std::int64_t>(std::floor(scaled));
     while (edge(number) > x)
         --number;

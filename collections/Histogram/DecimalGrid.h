@@ -10,12 +10,12 @@ namespace velmorak {
 /// next to its decimal number, so that ten cells are together exactly one cell of the grid with the next exponent.
 class DecimalGrid {
 public:
-    static constexpr double largestNumber = 1e300;
+    static constexpr double maxNumber = 1e300;
 
-    /// The finest grid on which no more than mostCells lie between the cells of low and high; coarser where numbers of
+    /// The finest grid on which no more than maxCells lie between the cells of low and high; coarser where numbers of
     /// this size could not tell its edges apart. It depends on low and high alone, and is no finer for a wider span.
-    /// @throws Failure if the numbers are beyond largestNumber.
-    DecimalGrid(double low, double high, std::size_t mostCells);
+    /// @throws Failure if the numbers are beyond maxNumber.
+    DecimalGrid(double low, double high, std::size_t maxCells);
 
     double edge(std::int64_t number) const;
     /// The cell that holds x.

@@ -58,7 +58,7 @@ ColumnPtr firstList(const std::vector<ColumnPtr>& columns) {
 
 }  // namespace
 
-Quantity::Quantity(const Arguments& arguments, const Schema& schema, const std::vector<std::string>& inputs) {
+FillExpression::FillExpression(const Arguments& arguments, const Schema& schema, const std::vector<std::string>& inputs) {
     for (const std::string& input : inputs) {
         parts.push_back({.input = input,
                          .expression = neededNumbers(input, arguments, schema),
@@ -70,16 +70,16 @@ Quantity::Quantity(const Arguments& arguments, const Schema& schema, const std::
         throw Failure("weight", "the weight is a list in each row, but the expression is a single number");
 }
 
-Batch Quantity::Values::batch() const {
+FillBatch FillExpression::Values::batch() const {
     return {.x = coordinates.front()->reals().data(),
             .y = coordinates.size() > 1 ? coordinates[1]->reals().data() : nullptr,
             .weights = weights ? weights->reals().data() : nullptr,
             .count = coordinates.front()->reals().size()};
 }
 
-Quantity::Values Quantity::values(const Chunk& chunk) const {
+FillExpression::Values FillExpression::values(const Chunk& chunk) const {
     Values values;
-    for (const Part& part : parts)
+    for (const Factor& part : parts)
         values.coordinates.push_back(asReals(part.expression.evaluate(chunk)));
     if (weight)
         values.weights = asReals(weight->evaluate(chunk));

@@ -6,7 +6,7 @@
 namespace velmorak {
 
 /// Numbers that go into a fill, one after the other; all arrays have count values.
-struct Batch {
+struct FillBatch {
     const double* x = nullptr;
     const double* y = nullptr;        ///< Null where there is one coordinate.
     const double* weights = nullptr;  ///< Null for a weight of 1 each.
@@ -16,18 +16,18 @@ struct Batch {
 /// What is filled from a table: one or two expressions and their weight, evaluated chunk by chunk.
 /// Shape:   a list expression gives all its values; what is no list holds for all values of its row.
 /// Threads: values may be called by several threads at once.
-class Quantity {
+class FillExpression {
 public:
     /// Reads the inputs with these names and the input "weight". An empty weight is 1.
     /// @throws Failure if one of them cannot be computed from these columns or is no number, or if the weight is a list
     ///         and no expression is.
-    Quantity(const Arguments& arguments, const Schema& schema, const std::vector<std::string>& inputs = {"expression"});
+    FillExpression(const Arguments& arguments, const Schema& schema, const std::vector<std::string>& inputs = {"expression"});
 
     struct Values {
         std::vector<ColumnPtr> coordinates;  ///< As many as inputs, all of one length.
         ColumnPtr weights;                   ///< Null for a weight of 1 each; else as long as they are.
 
-        Batch batch() const;
+        FillBatch batch() const;
     };
     /// @throws Failure if a row's lists have different lengths.
     Values values(const Chunk& chunk) const;
@@ -36,12 +36,12 @@ public:
     const std::string& label(std::size_t coordinate = 0) const { return parts[coordinate].label; }
 
 private:
-    struct Part {
+    struct Factor {
         std::string input;
         Expression expression;
         std::string label;
     };
-    std::vector<Part> parts;
+    std::vector<Factor> parts;
     std::optional<Expression> weight;
     bool hasList = false;
 };

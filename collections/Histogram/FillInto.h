@@ -10,13 +10,13 @@
 namespace velmorak {
 
 /// Fills all entries of a batch in their order.
-inline void fillInto(Histogram1D& histogram, const Batch& batch) {
+inline void fillInto(Histogram1D& histogram, const FillBatch& batch) {
     histogram.fill(batch.x, batch.weights, batch.count);
 }
-inline void fillInto(Histogram2D& histogram, const Batch& batch) {
+inline void fillInto(Histogram2D& histogram, const FillBatch& batch) {
     histogram.fill({batch.x, batch.y}, batch.weights, batch.count);
 }
-inline void fillInto(Profile1D& profile, const Batch& batch) {
+inline void fillInto(Profile1D& profile, const FillBatch& batch) {
     profile.fill({batch.x}, batch.y, batch.weights, batch.count);
 }
 

@@ -60,7 +60,7 @@ private:
 template <typename Filler>
 class Filling : public Accumulation {
 public:
-    Filling(Quantity filled, Filler emptyFiller, Naming names, std::string outputName)
+    Filling(FillExpression filled, Filler emptyFiller, Naming names, std::string outputName)
         : quantity(std::move(filled)),
           empty(std::move(emptyFiller)),
           naming(std::move(names)),
@@ -74,14 +74,14 @@ public:
     }
 
 private:
-    Quantity quantity;
+    FillExpression quantity;
     Filler empty;
     Naming naming;
     std::string output;
 };
 
 template <typename Filler>
-std::unique_ptr<Accumulation> filling(Quantity quantity, Filler empty, Naming naming, const std::string& output) {
+std::unique_ptr<Accumulation> filling(FillExpression quantity, Filler empty, Naming naming, const std::string& output) {
     return std::make_unique<Filling<Filler>>(std::move(quantity), std::move(empty), std::move(naming), output);
 }
 
@@ -89,7 +89,7 @@ std::unique_ptr<Accumulation> filling(Quantity quantity, Filler empty, Naming na
 template <typename Object>
 class LateFilling : public OrderedAccumulation {
 public:
-    LateFilling(Quantity filled, std::function<Object()> objectMaker, Naming names, std::string outputName)
+    LateFilling(FillExpression filled, std::function<Object()> objectMaker, Naming names, std::string outputName)
         : quantity(std::move(filled)),
           make(std::move(objectMaker)),
           naming(std::move(names)),
@@ -103,7 +103,7 @@ public:
     }
 
 private:
-    Quantity quantity;
+    FillExpression quantity;
     std::function<Object()> make;
     Naming naming;
     std::string output;
@@ -111,7 +111,7 @@ private:
 
 /// An object with more cells than a chunk has rows is not made for each chunk.
 template <typename Object>
-std::unique_ptr<Accumulation> givenFilling(Quantity quantity, std::size_t cells, std::function<Object()> make,
+std::unique_ptr<Accumulation> givenFilling(FillExpression quantity, std::size_t cells, std::function<Object()> make,
                                            Naming naming, const std::string& output) {
     if (cells > chunkRows) {
         return std::make_unique<LateFilling<Object>>(std::move(quantity), std::move(make), std::move(naming), output);
@@ -121,7 +121,7 @@ std::unique_ptr<Accumulation> givenFilling(Quantity quantity, std::size_t cells,
 
 /// Of one axis, which is given or found.
 template <typename Object>
-std::unique_ptr<Accumulation> fillingOf(const Arguments& arguments, Quantity quantity, Naming naming,
+std::unique_ptr<Accumulation> fillingOf(const Arguments& arguments, FillExpression quantity, Naming naming,
                                         const std::string& output) {
     if (isRangeAutomatic(arguments))
         return filling(std::move(quantity), AutomaticRange<Object>(static_cast<std::size_t>(arguments.integer("bins"))),
@@ -188,7 +188,7 @@ Ports Histogram1DKind::ports(const ValueTexts&) const {
 
 std::unique_ptr<Accumulation> Histogram1DKind::prepare(const Arguments& arguments, const Schema* schema,
                                                        RunContext& context) const {
-    Quantity quantity(arguments, neededTable(schema));
+    FillExpression quantity(arguments, neededTable(schema));
     Naming naming(arguments, context, {titleOr(arguments, "axis", quantity.label())});
     return fillingOf<Histogram1D>(arguments, std::move(quantity), std::move(naming), "histogram");
 }
@@ -221,12 +221,12 @@ Ports Histogram2DKind::ports(const ValueTexts&) const {
 
 std::unique_ptr<Accumulation> Histogram2DKind::prepare(const Arguments& arguments, const Schema* schema,
                                                        RunContext& context) const {
-    Quantity quantity(arguments, neededTable(schema), {"x", "y"});
+    FillExpression quantity(arguments, neededTable(schema), {"x", "y"});
     Naming naming(arguments, context,
                   {titleOr(arguments, "xaxis", quantity.label(0)), titleOr(arguments, "yaxis", quantity.label(1))});
     const Axis x = axisFrom(arguments, "x");
     const Axis y = axisFrom(arguments, "y");
-    if ((x.bins() + 2) > Grid<2>::mostCells / (y.bins() + 2))
+    if ((x.bins() + 2) > Grid<2>::maxCells / (y.bins() + 2))
         throw Failure("ybins", textOf(static_cast<double>(x.bins())) + " times " +
                                    textOf(static_cast<double>(y.bins())) + " bins fit no memory");
     const Grid<2> grid({x, y});
@@ -261,7 +261,7 @@ Ports Profile1DKind::ports(const ValueTexts&) const {
 
 std::unique_ptr<Accumulation> Profile1DKind::prepare(const Arguments& arguments, const Schema* schema,
                                                      RunContext& context) const {
-    Quantity quantity(arguments, neededTable(schema), {"x", "y"});
+    FillExpression quantity(arguments, neededTable(schema), {"x", "y"});
     Naming naming(arguments, context, {titleOr(arguments, "axis", quantity.label(0))});
     return fillingOf<Profile1D>(arguments, std::move(quantity), std::move(naming), "profile");
 }

@@ -16,7 +16,7 @@ class GivenRange {
 public:
     explicit GivenRange(Object empty) : object(std::move(empty)) {}
 
-    void fill(const Batch& batch) { fillInto(object, batch); }
+    void fill(const FillBatch& batch) { fillInto(object, batch); }
     void merge(GivenRange& other) { object.merge(other.object); }
     Object result() { return std::move(object); }
 
@@ -30,7 +30,7 @@ private:
 template <typename Object>
 class LateState : public AccumulatorState {
 public:
-    LateState(const Quantity& filled, const std::function<Object()>& objectMaker)
+    LateState(const FillExpression& filled, const std::function<Object()>& objectMaker)
         : quantity(filled), make(objectMaker) {}
 
     void fill(const Chunk& chunk) override { waiting.push_back(quantity.values(chunk)); }
@@ -51,15 +51,15 @@ private:
         if (!object) {
             object.emplace(make());
         }
-        for (const Quantity::Values& values : waiting) {
+        for (const FillExpression::Values& values : waiting) {
             fillInto(*object, values.batch());
         }
         waiting.clear();
     }
 
-    const Quantity& quantity;
+    const FillExpression& quantity;
     const std::function<Object()>& make;
-    std::vector<Quantity::Values> waiting;
+    std::vector<FillExpression::Values> waiting;
     std::optional<Object> object;  ///< As soon as it is filled.
 };
 
@@ -67,10 +67,10 @@ private:
 template <typename Filler>
 class FillingState : public AccumulatorState {
 public:
-    FillingState(const Quantity& filled, Filler empty) : quantity(filled), filler(std::move(empty)) {}
+    FillingState(const FillExpression& filled, Filler empty) : quantity(filled), filler(std::move(empty)) {}
 
     void fill(const Chunk& chunk) override {
-        const Quantity::Values values = quantity.values(chunk);
+        const FillExpression::Values values = quantity.values(chunk);
         filler.fill(values.batch());
     }
     void merge(AccumulatorState& other) override { filler.merge(static_cast<FillingState&>(other).filler); }
@@ -78,7 +78,7 @@ public:
     auto result() { return filler.result(); }
 
 private:
-    const Quantity& quantity;
+    const FillExpression& quantity;
     Filler filler;
 };
 

@@ -16,21 +16,21 @@ double between(double low, double high, double share) {
     return low == high || share >= 1.0 ? high : (1.0 - share) * low + share * high;
 }
 
-bool comesBefore(const Portion& a, const Portion& b) {
+bool comesBefore(const WeightedInterval& a, const WeightedInterval& b) {
     return std::tie(a.low, a.weight) < std::tie(b.low, b.weight);
 }
 
 }  // namespace
 
-void Portion::add(const Portion& other) {
+void WeightedInterval::add(const WeightedInterval& other) {
     weight += other.weight;
     low = std::min(low, other.low);
     high = std::max(high, other.high);
 }
 
-double quantileOf(const std::vector<Portion>& ascending, double probability) {
+double quantileOf(const std::vector<WeightedInterval>& ascending, double probability) {
     double all = 0.0;
-    for (const Portion& portion : ascending)
+    for (const WeightedInterval& portion : ascending)
         all += portion.weight;
     if (!(all > 0.0) || !std::isfinite(all))
         return notANumber;
@@ -42,7 +42,7 @@ double quantileOf(const std::vector<Portion>& ascending, double probability) {
             if (after > wanted + rounding * all)
                 return between(portion->low, portion->high, std::max(0.0, (wanted - before) / portion->weight));
             const auto next =
-                std::find_if(portion + 1, ascending.end(), [](const Portion& p) { return p.weight > 0.0; });
+                std::find_if(portion + 1, ascending.end(), [](const WeightedInterval& p) { return p.weight > 0.0; });
             return next == ascending.end() ? portion->high : between(portion->high, next->low, 0.5);
         }
         before = after;
@@ -54,7 +54,7 @@ void Quantiles::take(double x, double weight) {
     if (std::isnan(x) || std::isnan(weight) || weight == 0.0)
         return;
     portions.push_back({.weight = weight, .low = x, .high = x});
-    if (std::abs(x) <= DecimalGrid::largestNumber) {
+    if (std::abs(x) <= DecimalGrid::maxNumber) {
         low = std::min(low, x);
         high = std::max(high, x);
     }
@@ -65,7 +65,7 @@ void Quantiles::fill(const double* x, const double* weights, std::size_t count) 
     part.portions.reserve(count);
     for (std::size_t i = 0; i < count; ++i)
         part.take(x[i], weights == nullptr ? 1.0 : weights[i]);
-    if (part.portions.size() > mostCells)
+    if (part.portions.size() > maxCells)
         part.settle(part.gridAround());
     merge(part);
 }
@@ -73,19 +73,19 @@ void Quantiles::fill(const double* x, const double* weights, std::size_t count) 
 void Quantiles::merge(const Quantiles& other) {
     low = std::min(low, other.low);
     high = std::max(high, other.high);
-    if (!grid && !other.grid && portions.size() + other.portions.size() <= mostCells) {
+    if (!grid && !other.grid && portions.size() + other.portions.size() <= maxCells) {
         portions.insert(portions.end(), other.portions.begin(), other.portions.end());
         return;
     }
     const DecimalGrid joint = gridAround();
     settle(joint);
-    const std::vector<Portion> added = other.inCells(joint);
+    const std::vector<WeightedInterval> added = other.inCells(joint);
     for (std::size_t i = 0; i < added.size(); ++i)
         portions[i].add(added[i]);
 }
 
 DecimalGrid Quantiles::gridAround() const {
-    return low > high ? DecimalGrid(0.0, 0.0, mostCells) : DecimalGrid(low, high, mostCells);
+    return low > high ? DecimalGrid(0.0, 0.0, maxCells) : DecimalGrid(low, high, maxCells);
 }
 
 void Quantiles::settle(const DecimalGrid& target) {
@@ -94,11 +94,11 @@ void Quantiles::settle(const DecimalGrid& target) {
     grid = target;
 }
 
-std::vector<Portion> Quantiles::inCells(const DecimalGrid& target) const {
-    std::vector<Portion> cells(target.count() + 2);
+std::vector<WeightedInterval> Quantiles::inCells(const DecimalGrid& target) const {
+    std::vector<WeightedInterval> cells(target.count() + 2);
     if (!grid) {
         const Axis axis = target.axis();
-        for (const Portion& number : portions)
+        for (const WeightedInterval& number : portions)
             cells[axis.cell(number.low)].add(number);
         return cells;
     }
@@ -112,13 +112,13 @@ std::vector<Portion> Quantiles::inCells(const DecimalGrid& target) const {
     return cells;
 }
 
-std::vector<Portion> Quantiles::ascending() const {
+std::vector<WeightedInterval> Quantiles::ascending() const {
     if (grid)
         return portions;
-    std::vector<Portion> sorted = portions;
+    std::vector<WeightedInterval> sorted = portions;
     std::sort(sorted.begin(), sorted.end(), comesBefore);
-    std::vector<Portion> joined;
-    for (const Portion& number : sorted)
+    std::vector<WeightedInterval> joined;
+    for (const WeightedInterval& number : sorted)
         if (joined.empty() || joined.back().low < number.low)
             joined.push_back(number);
         else

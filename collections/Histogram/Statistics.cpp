@@ -18,11 +18,11 @@ constexpr double upperProbability = 0.84134474606854295;
 
 class Gathering : public AccumulatorState {
 public:
-    explicit Gathering(const Quantity& gathered) : quantity(gathered) {}
+    explicit Gathering(const FillExpression& gathered) : quantity(gathered) {}
 
     void fill(const Chunk& chunk) override {
-        const Quantity::Values values = quantity.values(chunk);
-        const Batch batch = values.batch();
+        const FillExpression::Values values = quantity.values(chunk);
+        const FillBatch batch = values.batch();
         moments.fill(batch.x, batch.weights, batch.count);
         portions.fill(batch.x, batch.weights, batch.count);
     }
@@ -37,12 +37,12 @@ public:
     const Quantiles& quantiles() const { return portions; }
 
 private:
-    const Quantity& quantity;
+    const FillExpression& quantity;
     Moments moments;
     Quantiles portions;
 };
 
-void setQuantiles(const std::vector<Portion>& ascending, Results& results) {
+void setQuantiles(const std::vector<WeightedInterval>& ascending, Results& results) {
     results.set("median", quantileOf(ascending, 0.5));
     results.set("lower", quantileOf(ascending, lowerProbability));
     results.set("upper", quantileOf(ascending, upperProbability));
@@ -69,7 +69,7 @@ public:
     }
 
 private:
-    Quantity quantity;
+    FillExpression quantity;
 };
 
 class NothingToGather : public AccumulatorState {
@@ -99,9 +99,9 @@ double skewnessOf(const Histogram1D& histogram) {
     return third / weight;
 }
 
-std::vector<Portion> binsOf(const Histogram1D& histogram) {
+std::vector<WeightedInterval> binsOf(const Histogram1D& histogram) {
     const std::vector<double>& edges = histogram.axis().edges();
-    std::vector<Portion> bins;
+    std::vector<WeightedInterval> bins;
     for (std::size_t i = 0; i < histogram.bins(); ++i)
         bins.push_back({.weight = histogram.height(i), .low = edges[i], .high = edges[i + 1]});
     return bins;

@@ -18,7 +18,7 @@ namespace velmorak {
 namespace {
 
 constexpr int stopPollMs = 50;
-constexpr std::size_t mostComplaint = 2000;
+constexpr std::size_t maxComplaint = 2000;
 
 /// What the plotter says goes through here; closed at both ends with the object.
 struct Pipe {
@@ -101,7 +101,7 @@ std::string readAll(int descriptor, const RunContext& context) {
             continue;
         if (count <= 0)
             return text;
-        if (text.size() < mostComplaint)
+        if (text.size() < maxComplaint)
             text.append(buffer.data(), static_cast<std::size_t>(count));
     }
 }
@@ -110,7 +110,7 @@ std::string asOneLine(std::string text) {
     for (char& c : text)
         if (static_cast<unsigned char>(c) < 0x20)
             c = ' ';
-    text.resize(std::min(text.size(), mostComplaint));
+    text.resize(std::min(text.size(), maxComplaint));
     const std::size_t begin = std::min(text.find_first_not_of(' '), text.size());
     return text.substr(begin, text.find_last_not_of(' ') + 1 - begin);
 }

@@ -12,9 +12,9 @@ namespace velmorak {
 namespace {
 
 /// Powers of ten that are labelled on one axis, at most.
-constexpr int mostPowers = 8;
+constexpr int maxPowers = 8;
 /// Powers of ten up to which the steps between them are marked.
-constexpr int mostMarkedPowers = 12;
+constexpr int maxMarkedPowers = 12;
 
 std::string whole(int number) {
     return textOf(static_cast<double>(number));
@@ -37,7 +37,7 @@ std::string logTics(const std::string& axis, const PlotSpan& span) {
     const int last = static_cast<int>(std::floor(std::log10(span.high) + 1e-9));
     if (last - first < 1)
         return {};
-    const int step = (last - first) / mostPowers + 1;
+    const int step = (last - first) / maxPowers + 1;
     std::string tics;
     for (int power = first - 1; power <= last; ++power) {
         const std::string tail = "e" + whole(power);
@@ -46,7 +46,7 @@ std::string logTics(const std::string& axis, const PlotSpan& span) {
             tics += (tics.empty() ? "" : ", ") + quotedForGnuplot(isNamed ? powerText(power) : "") + " 1" + tail +
                     (isNamed ? " 0" : " 1");
         }
-        if (last - first > mostMarkedPowers)
+        if (last - first > maxMarkedPowers)
             continue;
         for (int digit = 2; digit <= 9; ++digit) {
             const double at = digit * std::pow(10.0, power);

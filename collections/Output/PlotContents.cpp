@@ -79,7 +79,7 @@ private:
         if (function->arguments.size() > 1)
             throw Failure(object.input, "a function of more than one argument cannot be drawn");
         PlotSeries series = seriesOf(object);
-        series.look = PlotSeries::Look::Curve;
+        series.look = PlotSeries::SeriesStyle::Curve;
         series.statistics = statisticsOf(*function);
         series.function = std::move(function);
         take(contents.xTitle, series.function->arguments.empty() ? "" : series.function->arguments.front().name);
@@ -119,7 +119,7 @@ private:
 
     void addObject(const PlotObject& object, const Profile1D& profile) {
         PlotSeries series = seriesOf(object);
-        series.look = PlotSeries::Look::Points;
+        series.look = PlotSeries::SeriesStyle::Points;
         series.statistics = statisticsOf(profile);
         const Axis& axis = profile.grid().axis(0);
         for (std::size_t i = 0; i < axis.bins(); ++i) {
@@ -144,7 +144,7 @@ private:
         if (points.dimension() > 2)
             throw Failure(object.input, "points of more than two dimensions cannot be drawn");
         PlotSeries series = seriesOf(object);
-        series.look = PlotSeries::Look::Points;
+        series.look = PlotSeries::SeriesStyle::Points;
         series.statistics = {{"Points", textOf(static_cast<double>(points.size()))}};
         const std::size_t last = points.dimension() - 1;
         for (std::size_t i = 0; i < points.size(); ++i) {
@@ -249,7 +249,7 @@ private:
             style.look == HistogramLook::Points || (style.look == HistogramLook::Automatic && contents.hasCurve());
         for (PlotSeries& series : contents.series)
             if (series.isHistogram && havePoints)
-                series.look = PlotSeries::Look::Points;
+                series.look = PlotSeries::SeriesStyle::Points;
     }
 
     const PlotStyle& style;

@@ -36,8 +36,8 @@ struct PlotPoint {
 
 /// What is drawn of one object over one quantity.
 struct PlotSeries {
-    enum class Look { Steps, Points, Curve };
-    Look look = Look::Steps;
+    enum class SeriesStyle { Steps, Points, Curve };
+    SeriesStyle look = SeriesStyle::Steps;
     bool isHistogram = false;
     std::string label;
     std::vector<double> edges;                       ///< Of bins.

@@ -99,13 +99,13 @@ std::string plotData(const PlotContents& contents, const PlotFrame& frame) {
     for (const PlotSeries& series : contents.series) {
         const std::string nothing = "NaN NaN\n";
         switch (series.look) {
-            case PlotSeries::Look::Steps:
+            case PlotSeries::SeriesStyle::Steps:
                 text += outline(series, frame) + "\n\n" + bars(series, frame) + "\n\n";
                 break;
-            case PlotSeries::Look::Points:
+            case PlotSeries::SeriesStyle::Points:
                 text += points(series, frame) + "\n\n" + nothing + "\n\n";
                 break;
-            case PlotSeries::Look::Curve:
+            case PlotSeries::SeriesStyle::Curve:
                 text += curve(series) + "\n\n" + nothing + "\n\n";
                 break;
         }

@@ -16,8 +16,8 @@ namespace {
 constexpr double unlimited = std::numeric_limits<double>::infinity();
 
 /// Beyond these, the room around the numbers would overflow.
-constexpr double largestShown = 1e300;
-constexpr double smallestLogShown = 1e-300;
+constexpr double maxShown = 1e300;
+constexpr double minLogShown = 1e-300;
 
 constexpr std::size_t curveSamples = 600;
 
@@ -46,7 +46,7 @@ double along(double value, bool hasLog) {
 }
 
 double atPosition(double position, bool hasLog) {
-    return hasLog ? std::clamp(std::pow(10.0, position), smallestLogShown, largestShown) : position;
+    return hasLog ? std::clamp(std::pow(10.0, position), minLogShown, maxShown) : position;
 }
 
 /// Room at both ends, in parts of the span.
@@ -62,15 +62,15 @@ void open(PlotSpan& span, bool hasLog) {
     if (span.low > span.high)
         span = hasLog ? PlotSpan{.low = 0.5, .high = 10.0} : PlotSpan{.low = 0.0, .high = 1.0};
     if (!hasLog) {
-        span.low = std::clamp(span.low, -largestShown, largestShown);
-        span.high = std::clamp(span.high, -largestShown, largestShown);
+        span.low = std::clamp(span.low, -maxShown, maxShown);
+        span.high = std::clamp(span.high, -maxShown, maxShown);
     } else {
-        span.low = std::clamp(span.low, smallestLogShown, largestShown);
-        span.high = std::clamp(span.high, smallestLogShown, largestShown);
+        span.low = std::clamp(span.low, minLogShown, maxShown);
+        span.high = std::clamp(span.high, minLogShown, maxShown);
     }
     if (span.low < span.high)
         return;
-    const double half = std::abs(span.low) > smallestLogShown ? 0.5 * std::abs(span.low) : 0.5;
+    const double half = std::abs(span.low) > minLogShown ? 0.5 * std::abs(span.low) : 0.5;
     span = hasLog ? PlotSpan{.low = span.low / 3.0, .high = span.high * 3.0}
                   : PlotSpan{.low = span.low - half, .high = span.high + half};
 }
@@ -208,7 +208,7 @@ void makeRoom(PlotFrame& frame, const PlotContents& contents, const PlotStyle& s
         if (std::isfinite(highest) && (!hasLog || highest > 0.0))
             high = std::max(high, low + (along(highest, hasLog) - low) / (1.0 - free));
     }
-    frame.y.high = atPosition(std::min(high, hasLog ? 300.0 : largestShown), hasLog);
+    frame.y.high = atPosition(std::min(high, hasLog ? 300.0 : maxShown), hasLog);
 }
 
 PlotSpan spanY(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style) {
@@ -245,7 +245,7 @@ void frameY(PlotFrame& frame, const PlotContents& contents, const PlotStyle& sty
     }
     frame.y = spanY(contents, frame, style);
     if (style.y.hasLog)
-        frame.y.low = std::max(0.5 * frame.y.low, smallestLogShown);
+        frame.y.low = std::max(0.5 * frame.y.low, minLogShown);
     else if (frame.y.low != 0.0)
         widen(frame.y, false, 0.06, 0.0);
     makeRoom(frame, contents, style, corners);

@@ -40,19 +40,19 @@ std::string number(std::size_t count) {
 }
 
 /// How one series is told from the others.
-struct Look {
+struct DrawStyle {
     std::string colour;
     std::string dash;
     std::string mark;
 };
 
 /// Data that a curve goes through are black, and the curves have the colours.
-std::vector<Look> looksOf(const PlotContents& contents) {
-    std::vector<Look> looks;
+std::vector<DrawStyle> looksOf(const PlotContents& contents) {
+    std::vector<DrawStyle> looks;
     std::size_t next = 0;
     bool hasBlack = !contents.hasCurve();
     for (const PlotSeries& series : contents.series) {
-        const bool isBlack = series.look == PlotSeries::Look::Points && !hasBlack;
+        const bool isBlack = series.look == PlotSeries::SeriesStyle::Points && !hasBlack;
         hasBlack = hasBlack || isBlack;
         const std::size_t at = next % colours.size();
         const std::size_t turn = next / colours.size();
@@ -78,8 +78,8 @@ std::vector<StatisticsRow> boxRows(const PlotContents& contents, const PlotStyle
         return rows;
     for (const PlotSeries& series : contents.series)
         rows.insert(rows.end(), series.statistics.begin(), series.statistics.end());
-    constexpr std::size_t mostRows = 12;
-    rows.resize(std::min(rows.size(), mostRows));
+    constexpr std::size_t maxRows = 12;
+    rows.resize(std::min(rows.size(), maxRows));
     return rows;
 }
 
@@ -96,9 +96,9 @@ struct Boxes {
 std::string legendText(const PlotSeries& series, const PlotStyle& style, bool hasBox) {
     std::string text = series.label;
     if (style.statistics == StatisticsLook::Always && !hasBox && !series.statistics.empty() && !series.function) {
-        constexpr std::size_t mostNumbers = 3;
+        constexpr std::size_t maxNumbers = 3;
         text += "  (";
-        for (std::size_t i = 0; i < std::min(series.statistics.size(), mostNumbers); ++i)
+        for (std::size_t i = 0; i < std::min(series.statistics.size(), maxNumbers); ++i)
             text += (i > 0 ? ", " : "") + series.statistics[i][0] + " " + series.statistics[i][1];
         text += ")";
     }
@@ -177,25 +177,25 @@ std::string legendPlace(const Boxes& boxes) {
 }
 
 /// What one series adds to the plot command.
-std::vector<std::string> layersOf(const PlotSeries& series, std::size_t position, const Look& look,
+std::vector<std::string> layersOf(const PlotSeries& series, std::size_t position, const DrawStyle& look,
                                   const std::string& title, bool isAlone) {
     const std::string colour = " linecolor rgb " + look.colour;
     const std::string first = "data index " + number(2 * position);
     const std::string second = "data index " + number(2 * position + 1);
     std::vector<std::string> layers;
     switch (series.look) {
-        case PlotSeries::Look::Steps:
+        case PlotSeries::SeriesStyle::Steps:
             if (isAlone)
                 layers.push_back(first + " using 1:2 with filledcurves closed fillcolor rgb " + look.colour +
                                  " fillstyle transparent solid 0.18 noborder notitle");
             layers.push_back(first + " using 1:2 with lines linewidth 3.5 dashtype " + look.dash + colour + title);
             layers.push_back(second + " using 1:3:(0):($4-$3) with vectors nohead linewidth 2.5" + colour + " notitle");
             break;
-        case PlotSeries::Look::Points:
+        case PlotSeries::SeriesStyle::Points:
             layers.push_back(first + " using 1:2:3:4:5:6 with xyerrorbars pointtype " + look.mark +
                              " pointsize marks linewidth 2.5" + colour + title);
             break;
-        case PlotSeries::Look::Curve:
+        case PlotSeries::SeriesStyle::Curve:
             layers.push_back(first + " using 1:2 with lines linewidth 5 dashtype " + look.dash + colour + title);
             break;
     }
@@ -203,7 +203,7 @@ std::vector<std::string> layersOf(const PlotSeries& series, std::size_t position
 }
 
 std::string seriesCommand(const PlotContents& contents, const PlotStyle& style, const Boxes& boxes) {
-    const std::vector<Look> looks = looksOf(contents);
+    const std::vector<DrawStyle> looks = looksOf(contents);
     std::string text = "plot";
     // Curves lie over data.
     for (const bool isCurve : {false, true})

@@ -74,12 +74,12 @@ std::string roundedText(double number, int digits) {
 }
 
 std::string withError(double number, double error) {
-    constexpr double mostFixed = 1e7;
-    constexpr int mostDecimals = 9;
+    constexpr double maxFixed = 1e7;
+    constexpr int maxDecimals = 9;
     if (!std::isfinite(number) || !std::isfinite(error) || !(error > 0.0))
         return roundedText(number);
     const int decimals = 1 - static_cast<int>(std::floor(std::log10(error)));
-    if (decimals > mostDecimals || std::max(std::abs(number), error) > mostFixed)
+    if (decimals > maxDecimals || std::max(std::abs(number), error) > maxFixed)
         return roundedText(number) + " ± " + roundedText(error);
     const auto fixed = [&](double value) {
         std::array<char, 64> buffer{};

@@ -17,7 +17,7 @@ using TextRows = std::vector<std::vector<std::string>>;
 /// The first rows of a table, and how many there are.
 class FirstRows : public AccumulatorState {
 public:
-    FirstRows(const Schema& columns, std::size_t mostRows) : schema(columns), most(mostRows) {}
+    FirstRows(const Schema& columns, std::size_t maxRows) : schema(columns), most(maxRows) {}
 
     void fill(const Chunk& chunk) override {
         for (std::size_t row = 0; row < chunk.rows && rows.size() < most; ++row) {
@@ -45,7 +45,7 @@ private:
 };
 
 /// One thing to print; the table has no text before it has passed.
-struct Part {
+struct Section {
     std::string name;
     std::string text;
     bool isTable = false;
@@ -53,11 +53,11 @@ struct Part {
 
 class Printing : public Accumulation {
 public:
-    Printing(std::vector<Part> printedParts, Schema columns, std::size_t mostRows, std::string fileName,
+    Printing(std::vector<Section> printedParts, Schema columns, std::size_t maxRows, std::string fileName,
              RunContext& runContext)
         : parts(std::move(printedParts)),
           schema(std::move(columns)),
-          most(mostRows),
+          most(maxRows),
           file(std::move(fileName)),
           context(runContext) {}
 
@@ -65,7 +65,7 @@ public:
 
     void finish(AccumulatorState& state, Results&) override {
         std::string text;
-        for (const Part& part : parts)
+        for (const Section& part : parts)
             text += part.isTable ? tableText(part.name, static_cast<FirstRows&>(state)) : part.text;
         text = withoutControls(std::move(text));
         TextOutput output(file, text, context);
@@ -89,18 +89,18 @@ private:
                (first.count == 1 ? " row\n" : " rows\n") + alignedTable(names, rows);
     }
 
-    std::vector<Part> parts;
+    std::vector<Section> parts;
     Schema schema;
     std::size_t most;
     std::string file;
     RunContext& context;
 };
 
-Part partOf(const Arguments& arguments, const std::string& input, std::size_t rows) {
+Section partOf(const Arguments& arguments, const std::string& input, std::size_t rows) {
     if (!arguments.isWired(input))
         throw Failure(input, "nothing is wired");
     const Value& value = arguments.value(input);
-    Part part{.name = arguments.sourceName(input), .text = {}, .isTable = false};
+    Section part{.name = arguments.sourceName(input), .text = {}, .isTable = false};
     part.isTable = std::holds_alternative<std::monostate>(value);
     try {
         if (!part.isTable)
@@ -153,7 +153,7 @@ Ports PrintKind::ports(const ValueTexts& values) const {
 std::unique_ptr<Accumulation> PrintKind::prepare(const Arguments& arguments, const Schema* schema,
                                                  RunContext& context) const {
     const auto rows = static_cast<std::size_t>(arguments.integer("rows"));
-    std::vector<Part> parts;
+    std::vector<Section> parts;
     for (const std::string& input : numberedInputs(arguments, "objects", "object"))
         parts.push_back(partOf(arguments, input, rows));
     const std::string& file = arguments.text("file");

@@ -10,7 +10,7 @@ public:
     std::string name() const override { return "Report"; }
     std::string summary() const override;
     std::string notes() const override;
-    bool tellsOfRun() const override { return true; }
+    bool isRunReporter() const override { return true; }
     Ports ports(const ValueTexts& values) const override;
     void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
 };

@@ -45,7 +45,7 @@ std::string stateText(RecordedState state) {
             return "not run";
         case RecordedState::Unfinished:
             return "not finished";
-        case RecordedState::NotAsked:
+        case RecordedState::NotRequested:
             break;
     }
     return "not asked for";

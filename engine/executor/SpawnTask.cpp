@@ -36,7 +36,7 @@ void leaveToScheduler(const Handover* handover) {
 
 }  // namespace
 
-void doAside(std::function<void()> work) {
+void spawnTask(std::function<void()> work) {
     auto handover = std::make_unique<Handover>();
     handover->work = std::move(work);
     handover->isHanded.store(true, std::memory_order_release);

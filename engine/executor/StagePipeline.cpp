@@ -4,15 +4,15 @@
 
 namespace velmorak {
 
-Timetable::Timetable(const Line& line, std::size_t places)
-    : line(line), items(std::max<std::size_t>(places, 1)), passed(line.stages.size(), 0) {}
+TaskScheduler::TaskScheduler(const StagePipeline& line, std::size_t maxInFlight)
+    : line(line), items(std::max<std::size_t>(maxInFlight, 1)), passed(line.stages.size(), 0) {}
 
-bool Timetable::mayBegin(std::uint64_t item) const {
+bool TaskScheduler::mayBegin(std::uint64_t item) const {
     const Item& state = items[item % items.size()];
     return !state.isBusy && (!line.stages[state.stage].isInOrder || passed[state.stage] == item);
 }
 
-std::vector<Timetable::Task> Timetable::possible() const {
+std::vector<TaskScheduler::Task> TaskScheduler::runnableTasks() const {
     std::vector<Task> tasks;
     if (isClosed) {
         return tasks;
@@ -28,25 +28,25 @@ std::vector<Timetable::Task> Timetable::possible() const {
     return tasks;
 }
 
-void Timetable::begin(const Task& task) {
+void TaskScheduler::begin(const Task& task) {
     ++busy;
     if (task.stage == loading) {
         isLoading = true;
     } else {
-        items[placeOf(task)].isBusy = true;
+        items[slotOf(task)].isBusy = true;
     }
 }
 
-void Timetable::end(const Task& task, bool isLoaded) {
+void TaskScheduler::end(const Task& task, bool isLoaded) {
     --busy;
     if (task.stage == loading) {
         isLoading = false;
         isExhausted = !isLoaded;
         loaded += isLoaded ? 1 : 0;
-        items[placeOf(task)] = isLoaded ? Item{} : items[placeOf(task)];
+        items[slotOf(task)] = isLoaded ? Item{} : items[slotOf(task)];
         return;
     }
-    Item& item = items[placeOf(task)];
+    Item& item = items[slotOf(task)];
     item.isBusy = false;
     ++item.stage;
     if (line.stages[task.stage].isInOrder) {
@@ -57,19 +57,19 @@ void Timetable::end(const Task& task, bool isLoaded) {
     }
 }
 
-void Timetable::close() {
+void TaskScheduler::close() {
     isClosed = true;
 }
 
-bool Timetable::isOver() const {
+bool TaskScheduler::isOver() const {
     return busy == 0 && (isClosed || (isExhausted && done == loaded));
 }
 
-bool perform(const Line& line, const Timetable::Task& task, std::size_t place) {
-    if (task.stage == Timetable::loading) {
-        return line.load(place);
+bool execute(const StagePipeline& line, const TaskScheduler::Task& task, std::size_t slot) {
+    if (task.stage == TaskScheduler::loading) {
+        return line.load(slot);
     }
-    line.stages[task.stage].work(place);
+    line.stages[task.stage].work(slot);
     return true;
 }
 

@@ -10,30 +10,30 @@ namespace velmorak {
 
 /// Items that pass a row of stages. Each item stands in a place until its last stage is done, and the next but so many
 /// takes the place after it.
-struct Line {
+struct StagePipeline {
     struct Stage {
         bool isInOrder = false;  ///< One item after the other; else any number at once, in any order.
-        std::function<void(std::size_t place)> work;
+        std::function<void(std::size_t slot)> work;
     };
 
     /// Puts the next item into the place; called for one after the other. @return false when there is none.
-    std::function<bool(std::size_t place)> load;
+    std::function<bool(std::size_t slot)> load;
     std::vector<Stage> stages;  ///< The last one is in order.
 };
 
 /// Who works on a line. What is written in one call of a line is seen by all that follow.
-class Workers {
+class Executor {
 public:
-    virtual ~Workers() = default;
+    virtual ~Executor() = default;
     /// How many items may be on their way; the same for as long as it lives.
-    virtual std::size_t places() const = 0;
+    virtual std::size_t maxInFlight() const = 0;
     /// Returns when all items have passed. @throws what the line throws; the items that are on their way end then.
-    virtual void work(const Line& line) = 0;
+    virtual void work(const StagePipeline& line) = 0;
 };
 
 /// Knows what may be done on a line next, and in doing so decides that stages keep their order.
 /// Threads: one at a time.
-class Timetable {
+class TaskScheduler {
 public:
     /// Loads an item, or does a stage of it.
     struct Task {
@@ -45,10 +45,10 @@ public:
     static constexpr std::size_t loading = SIZE_MAX;
 
     /// @param line outlives this.
-    Timetable(const Line& line, std::size_t places);
+    TaskScheduler(const StagePipeline& line, std::size_t maxInFlight);
 
     /// All tasks that may be done now, those of the oldest items first, loading last. None may be begun twice.
-    std::vector<Task> possible() const;
+    std::vector<Task> runnableTasks() const;
     void begin(const Task& task);
     /// @param isLoaded of a loading: there was an item.
     void end(const Task& task, bool isLoaded = true);
@@ -56,7 +56,7 @@ public:
     void close();
     /// Nothing is on its way, and nothing will be.
     bool isOver() const;
-    std::size_t placeOf(const Task& task) const { return task.item % items.size(); }
+    std::size_t slotOf(const Task& task) const { return task.item % items.size(); }
 
 private:
     struct Item {
@@ -65,7 +65,7 @@ private:
     };
     bool mayBegin(std::uint64_t item) const;
 
-    const Line& line;
+    const StagePipeline& line;
     std::vector<Item> items;            ///< By place.
     std::vector<std::uint64_t> passed;  ///< By stage: items that are through, where it is in order.
     std::uint64_t loaded = 0;
@@ -77,6 +77,6 @@ private:
 };
 
 /// Does a task. @return false when there was nothing to load.
-bool perform(const Line& line, const Timetable::Task& task, std::size_t place);
+bool execute(const StagePipeline& line, const TaskScheduler::Task& task, std::size_t slot);
 
 }  // namespace velmorak

@@ -11,15 +11,15 @@
 namespace velmorak {
 
 /// One line, and those who work on it. Outlives the line, for helpers that come too late.
-class Crew::Shift : public std::enable_shared_from_this<Crew::Shift> {
+class ThreadPool::Job : public std::enable_shared_from_this<ThreadPool::Job> {
 public:
-    Shift(const Line& line, std::size_t places, std::size_t mostHelpers)
-        : line(line), timetable(line, places), mostHelpers(mostHelpers) {}
+    Job(const StagePipeline& line, std::size_t maxInFlight, std::size_t maxHelpers)
+        : line(line), scheduler(line, maxInFlight), maxHelpers(maxHelpers) {}
 
     void run() {
         std::unique_lock guard(lock);
-        Timetable::Task last;
-        while (!timetable.isOver()) {
+        TaskScheduler::Task last;
+        while (!scheduler.isOver()) {
             if (!step(guard, last)) {
                 change.wait(guard);
             }
@@ -33,34 +33,34 @@ private:
     /// Where nothing is left to do at the moment, the thread goes, and is called again.
     void help() {
         std::unique_lock guard(lock);
-        Timetable::Task last;
+        TaskScheduler::Task last;
         while (step(guard, last)) {
         }
         --helpers;
     }
 
     /// Does one thing that can be done. @return false when there is none.
-    bool step(std::unique_lock<std::mutex>& guard, Timetable::Task& last) {
-        const std::vector<Timetable::Task> tasks = timetable.possible();
+    bool step(std::unique_lock<std::mutex>& guard, TaskScheduler::Task& last) {
+        const std::vector<TaskScheduler::Task> tasks = scheduler.runnableTasks();
         if (tasks.empty()) {
             return false;
         }
-        const Timetable::Task task = chosen(tasks, last);
-        timetable.begin(task);
+        const TaskScheduler::Task task = chosen(tasks, last);
+        scheduler.begin(task);
         callHelpers(tasks.size() - 1);
         guard.unlock();
-        const bool isLoaded = tryTo(task);
+        const bool isLoaded = tryExecute(task);
         guard.lock();
-        timetable.end(task, isLoaded);
+        scheduler.end(task, isLoaded);
         last = task;
         change.notify_one();  // To the one who called.
         return true;
     }
 
     /// Rather goes on with the item that was worked on last, which is still at hand.
-    static Timetable::Task chosen(const std::vector<Timetable::Task>& tasks, const Timetable::Task& last) {
-        const auto same = std::find_if(tasks.begin(), tasks.end(), [&](const Timetable::Task& task) {
-            return task.item == last.item && task.stage != Timetable::loading;
+    static TaskScheduler::Task chosen(const std::vector<TaskScheduler::Task>& tasks, const TaskScheduler::Task& last) {
+        const auto same = std::find_if(tasks.begin(), tasks.end(), [&](const TaskScheduler::Task& task) {
+            return task.item == last.item && task.stage != TaskScheduler::loading;
         });
         return same == tasks.end() ? tasks.front() : *same;
     }
@@ -68,38 +68,38 @@ private:
     /// Where none can be had, the line is worked on with those that there are.
     void callHelpers(std::size_t wanted) {
         try {
-            for (std::size_t i = 0; i < wanted && helpers < mostHelpers; ++i, ++helpers) {
-                doAside([self = shared_from_this()] { self->help(); });
+            for (std::size_t i = 0; i < wanted && helpers < maxHelpers; ++i, ++helpers) {
+                spawnTask([self = shared_from_this()] { self->help(); });
             }
         } catch (const std::exception&) {
-            mostHelpers = helpers;
+            maxHelpers = helpers;
         }
     }
 
-    bool tryTo(const Timetable::Task& task) {
+    bool tryExecute(const TaskScheduler::Task& task) {
         try {
-            return perform(line, task, timetable.placeOf(task));
+            return execute(line, task, scheduler.slotOf(task));
         } catch (...) {
             const std::lock_guard guard(lock);
             exception = exception ? exception : std::current_exception();
-            timetable.close();
+            scheduler.close();
             return false;
         }
     }
 
-    const Line& line;  ///< Not there any more when the timetable is over.
-    Timetable timetable;
+    const StagePipeline& line;  ///< Not there any more when the timetable is over.
+    TaskScheduler scheduler;
     std::mutex lock;  ///< Of the timetable and of all that follows.
     std::condition_variable change;
-    std::size_t mostHelpers;
+    std::size_t maxHelpers;
     std::size_t helpers = 0;  ///< Called, and not yet gone.
     std::exception_ptr exception;
 };
 
-Crew::Crew(std::size_t threads) : threads(std::max<std::size_t>(threads, 1)) {}
+ThreadPool::ThreadPool(std::size_t threads) : threads(std::max<std::size_t>(threads, 1)) {}
 
-void Crew::work(const Line& line) {
-    std::make_shared<Shift>(line, places(), threads - 1)->run();
+void ThreadPool::work(const StagePipeline& line) {
+    std::make_shared<Job>(line, maxInFlight(), threads - 1)->run();
 }
 
 }  // namespace velmorak

@@ -15,7 +15,7 @@ bool isFirstThread() {
 
 /// Of the calling thread alone. The system does not let it rise again: the threads are the run's own, and another run
 /// wants them so too.
-void standBack() {
+void lowerPriority() {
     const auto thread = static_cast<id_t>(gettid());
     if (getpriority(PRIO_PROCESS, thread) < background) {  // A program that stands farther back stays there.
         setpriority(PRIO_PROCESS, thread, background);
@@ -24,23 +24,23 @@ void standBack() {
 
 }  // namespace
 
-Politeness::Politeness(oneapi::tbb::task_arena& arena, bool isWanted) : task_scheduler_observer(arena) {
+WorkerPriority::WorkerPriority(oneapi::tbb::task_arena& arena, bool isWanted) : task_scheduler_observer(arena) {
     if (isWanted) {
         observe(true);
     }
 }
 
-Politeness::~Politeness() {
+WorkerPriority::~WorkerPriority() {
     observe(false);
 }
 
-bool Politeness::isCalledFor() {
+bool WorkerPriority::isCalledFor() {
     return !isFirstThread();
 }
 
-void Politeness::on_scheduler_entry(bool) {
+void WorkerPriority::on_scheduler_entry(bool) {
     if (!isFirstThread()) {
-        standBack();
+        lowerPriority();
     }
 }
 

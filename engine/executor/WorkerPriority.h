@@ -8,13 +8,13 @@ namespace velmorak {
 /// While it lives, the threads that work in an arena stand back behind those that a user waits for: in a program whose
 /// first thread draws windows, a run that takes all processors must not make them jerk. Where the run is the program's
 /// first thread itself there is no one to stand back behind, and nothing is changed.
-class Politeness : public oneapi::tbb::task_scheduler_observer {
+class WorkerPriority : public oneapi::tbb::task_scheduler_observer {
 public:
     /// @param isWanted what isCalledFor was on the thread that waits for the run.
-    Politeness(oneapi::tbb::task_arena& arena, bool isWanted);
-    ~Politeness() override;
-    Politeness(const Politeness&) = delete;
-    Politeness& operator=(const Politeness&) = delete;
+    WorkerPriority(oneapi::tbb::task_arena& arena, bool isWanted);
+    ~WorkerPriority() override;
+    WorkerPriority(const WorkerPriority&) = delete;
+    WorkerPriority& operator=(const WorkerPriority&) = delete;
 
     /// The thread is not the program's first.
     static bool isCalledFor();

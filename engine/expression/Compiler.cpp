@@ -11,7 +11,7 @@ namespace velmorak::expression {
 
 namespace {
 
-std::string shown(const Typed& value) {
+std::string shown(const TypedOperand& value) {
     return (value.isList ? "a list of type " : "a value of type ") + std::string(nameOf(value.type));
 }
 
@@ -47,7 +47,7 @@ public:
     }
 
 private:
-    Typed compiled(const Node& node) {
+    TypedOperand compiled(const Node& node) {
         switch (node.form) {
             case Form::Real:
                 return emitter.constant(node.real, ColumnType::Real);
@@ -65,7 +65,7 @@ private:
         return called(node);
     }
 
-    Typed named(const Node& node) {
+    TypedOperand named(const Node& node) {
         if (const auto position = columns.find(node.text))
             return column(node, *position);
         if (const auto number = numbers.find(node.text); number != numbers.end())
@@ -80,15 +80,15 @@ private:
         refuse(source, node.place, R"(there is no column ")" + node.text + "\"" + suggestion(node.text, names));
     }
 
-    Typed column(const Node& node, std::size_t position) {
-        const Typed value = emitter.column(position, columns[position]);
+    TypedOperand column(const Node& node, std::size_t position) {
+        const TypedOperand value = emitter.column(position, columns[position]);
         if (value.type != ColumnType::Text || nodes.size() == 1)
             return value;
         return emitter.emit(addressTexts, {value}, ColumnType::Text, node.place);
     }
 
-    Typed called(const Node& node) {
-        std::vector<Typed> arguments;
+    TypedOperand called(const Node& node) {
+        std::vector<TypedOperand> arguments;
         for (const std::size_t child : node.children)
             arguments.push_back(typed[child]);
         if (node.text == "[]")
@@ -117,7 +117,7 @@ private:
                (exponent.form == Form::Real && exponent.real == 2.0);
     }
 
-    Typed reduced(const Node& node, const Typed& list) {
+    TypedOperand reduced(const Node& node, const TypedOperand& list) {
         if (!list.isList)
             refuse(source, node.place,
                    "\"" + node.text + R"(" of one value takes a list column, this is )" + shown(list));
@@ -127,14 +127,14 @@ private:
         return emitter.emitReduction(reduction.kernel, {list}, reduction.type, node.place);
     }
 
-    Typed indexed(const Node& node, const std::vector<Typed>& arguments) {
-        const Typed& list = arguments[0];
+    TypedOperand indexed(const Node& node, const std::vector<TypedOperand>& arguments) {
+        const TypedOperand& list = arguments[0];
         if (!list.isList)
             refuse(source, node.place, "only a list has values to choose from, this is " + shown(list));
         if (arguments[1].isList || arguments[1].type == ColumnType::Text || arguments[1].type == ColumnType::Boolean)
             refuse(source, nodes[node.children[1]].place,
                    "a position in a list is a number, this is " + shown(arguments[1]));
-        Typed position = arguments[1];
+        TypedOperand position = arguments[1];
         if (position.type == ColumnType::Integer)
             position =
                 emitter.emit(conversion(position.type, ColumnType::Real), {position}, ColumnType::Real, node.place);
@@ -142,7 +142,7 @@ private:
         return emitter.emitReduction(way.kernel, {list, position}, way.type, node.place);
     }
 
-    void checkArguments(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
+    void checkArguments(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) {
         const std::size_t count = arguments.size();
         if (count < function.arguments || (count > function.arguments && !function.takesMore))
             refuse(source, node.place, "\"" + node.text + R"(" takes )" + wanted(function));
@@ -154,12 +154,12 @@ private:
         return function.arguments == 1 ? "one value" : function.arguments == 2 ? "two values" : "three values";
     }
 
-    Typed applied(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
+    TypedOperand applied(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) {
         switch (function.rule) {
             case Rule::Real:
                 if (node.text == "exp")
                     if (const auto negative =
-                            emitter.takeBack(arguments[0], kernel(*findFunction("-sign"), ColumnType::Real)))
+                            emitter.popIfProducedBy(arguments[0], kernel(*findFunction("-sign"), ColumnType::Real)))
                         return emitter.emit(kernel(*findFunction("-exp"), ColumnType::Real), *negative,
                                             ColumnType::Real, node.place);
                 return emitter.emit(kernel(function, ColumnType::Real), all(node, arguments, ColumnType::Real),
@@ -183,16 +183,16 @@ private:
         return choice(node, function, arguments);
     }
 
-    Typed arithmetic(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
+    TypedOperand arithmetic(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) {
         const bool hasReal = std::any_of(arguments.begin(), arguments.end(),
-                                         [](const Typed& argument) { return argument.type == ColumnType::Real; });
+                                         [](const TypedOperand& argument) { return argument.type == ColumnType::Real; });
         const ColumnType type = hasReal ? ColumnType::Real : ColumnType::Integer;
         const auto values = all(node, arguments, type);
         if (values.size() == 1)
             return emitter.emit(kernel(function, type), values, type, node.place);
         if (const auto joined = type == ColumnType::Real ? joinedWithProduct(node, values) : std::nullopt)
             return *joined;
-        Typed result = emitter.emit(kernel(function, type), {values[0], values[1]}, type, node.place);
+        TypedOperand result = emitter.emit(kernel(function, type), {values[0], values[1]}, type, node.place);
         for (std::size_t i = 2; i < values.size(); ++i)
             result = emitter.emit(kernel(function, type), {result, values[i]}, type, node.place);
         return result;
@@ -200,7 +200,7 @@ private:
 
     /// A sum with a product, or a difference from one, is a single step with both roundings, where the product was the
     /// step before.
-    std::optional<Typed> joinedWithProduct(const Node& node, const std::vector<Typed>& values) {
+    std::optional<TypedOperand> joinedWithProduct(const Node& node, const std::vector<TypedOperand>& values) {
         const bool isSum = node.text == "+";
         if ((!isSum && node.text != "-") || values[0].isList || values[1].isList)
             return std::nullopt;
@@ -208,7 +208,7 @@ private:
         for (const std::size_t side : {1U, 0U}) {
             if (side == 1 && !isSum)
                 continue;
-            auto factors = emitter.takeBack(values[side], product);
+            auto factors = emitter.popIfProducedBy(values[side], product);
             if (!factors)
                 continue;
             factors->push_back(values[1 - side]);
@@ -219,7 +219,7 @@ private:
     }
 
     /// The type that two values are compared in, or that a choice between them has.
-    ColumnType compared(const Node& node, const std::vector<Typed>& pair) {
+    ColumnType compared(const Node& node, const std::vector<TypedOperand>& pair) {
         const ColumnType first = pair[0].type;
         const ColumnType second = pair[1].type;
         if ((first == ColumnType::Text) != (second == ColumnType::Text))
@@ -229,7 +229,7 @@ private:
         return ColumnType::Integer;
     }
 
-    std::vector<Typed> conditions(const Node& node, const std::vector<Typed>& arguments) {
+    std::vector<TypedOperand> conditions(const Node& node, const std::vector<TypedOperand>& arguments) {
         for (std::size_t i = 0; i < arguments.size(); ++i)
             if (arguments[i].type == ColumnType::Real || arguments[i].type == ColumnType::Text)
                 refuse(source, nodes[node.children[i]].place,
@@ -237,14 +237,14 @@ private:
         return all(node, arguments, ColumnType::Boolean);
     }
 
-    Typed choice(const Node& node, const Function& function, const std::vector<Typed>& arguments) {
+    TypedOperand choice(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) {
         const Node conditionOnly{node.form, node.place, node.text, 0.0, 0, false, {node.children[0]}};
         auto values = conditions(conditionOnly, {arguments[0]});
-        const std::vector<Typed> pair{arguments[1], arguments[2]};
+        const std::vector<TypedOperand> pair{arguments[1], arguments[2]};
         const bool areBooleans = pair[0].type == ColumnType::Boolean && pair[1].type == ColumnType::Boolean;
         const ColumnType type = areBooleans ? ColumnType::Boolean : compared(node, pair);
         const Node valuesOnly{node.form, node.place, node.text, 0.0, 0, false, {node.children[1], node.children[2]}};
-        for (const Typed& value : all(valuesOnly, pair, type))
+        for (const TypedOperand& value : all(valuesOnly, pair, type))
             values.push_back(value);
         return emitter.emit(kernel(function, type), values, type, node.place);
     }
@@ -269,8 +269,8 @@ private:
     }
 
     /// @return the values in the given type.
-    std::vector<Typed> all(const Node& node, const std::vector<Typed>& values, ColumnType type) {
-        std::vector<Typed> converted;
+    std::vector<TypedOperand> all(const Node& node, const std::vector<TypedOperand>& values, ColumnType type) {
+        std::vector<TypedOperand> converted;
         for (std::size_t i = 0; i < values.size(); ++i) {
             const Kernel way = conversion(values[i].type, type);
             if (way == nullptr && values[i].type != type)
@@ -285,7 +285,7 @@ private:
     const Schema& columns;
     const std::map<std::string, double>& numbers;
     std::vector<Node> nodes;
-    std::vector<Typed> typed;  ///< Of each node.
+    std::vector<TypedOperand> typed;  ///< Of each node.
     Emitter emitter;
 };
 

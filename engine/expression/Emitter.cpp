@@ -15,84 +15,84 @@ std::size_t bytesInColumn(ColumnType type) {
 
 }  // namespace
 
-Typed Emitter::text(const std::string& value) {
+TypedOperand Emitter::text(const std::string& value) {
     return constant(static_cast<const std::string*>(&code.texts.emplace_back(value)), ColumnType::Text);
 }
 
-Typed Emitter::column(std::size_t position, const ColumnInfo& info) {
+TypedOperand Emitter::column(std::size_t position, const ColumnInfo& info) {
     auto& used = code.usedColumns;
     if (std::find(used.begin(), used.end(), position) == used.end())
         used.push_back(position);
-    return {{Place::In::Column, position}, info.type, info.isList, position, bytesInColumn(info.type)};
+    return {{Operand::In::Column, position}, info.type, info.isList, position, bytesInColumn(info.type)};
 }
 
-Typed Emitter::emit(Kernel kernel, const std::vector<Typed>& values, ColumnType type, std::size_t place) {
-    const auto list = std::find_if(values.begin(), values.end(), [](const Typed& value) { return value.isList; });
+TypedOperand Emitter::emit(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type, std::size_t place) {
+    const auto list = std::find_if(values.begin(), values.end(), [](const TypedOperand& value) { return value.isList; });
     Step step;
     step.kernel = kernel;
     step.place = place;
     if (list == values.end())
         return emitStep(step, values, type);
-    step.over = Over::Lists;
+    step.over = IterationDomain::Lists;
     step.shape = list->shape;
-    std::vector<Typed> lists;
-    for (const Typed& value : values) {
+    std::vector<TypedOperand> lists;
+    for (const TypedOperand& value : values) {
         if (value.isList)
             demandEqualLengths(step.shape, value.shape, place);
-        const bool isSingle = !value.isList && value.place.in != Place::In::Constant;
+        const bool isSingle = !value.isList && value.place.in != Operand::In::Constant;
         lists.push_back(isSingle ? spread(value, step.shape, place) : value);
     }
     return emitStep(step, lists, type);
 }
 
-Typed Emitter::emitReduction(Kernel kernel, const std::vector<Typed>& values, ColumnType type, std::size_t place) {
+TypedOperand Emitter::emitReduction(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type, std::size_t place) {
     Step step;
     step.kernel = kernel;
     step.place = place;
-    step.over = Over::RowsOfLists;
+    step.over = IterationDomain::RowsOfLists;
     step.shape = values.front().shape;
     return emitStep(step, values, type);
 }
 
 /// The result has a buffer that none of the step's own values stands in: their sizes may differ.
-Typed Emitter::emitStep(Step step, const std::vector<Typed>& values, ColumnType type) {
-    const bool isList = step.over == Over::Lists || step.over == Over::Spread;
-    step.out = isList ? Place{Place::In::List, taken(freeLists, code.lists)}
-                      : Place{Place::In::Buffer, taken(freeBuffers, code.buffers)};
+TypedOperand Emitter::emitStep(Step step, const std::vector<TypedOperand>& values, ColumnType type) {
+    const bool isList = step.over == IterationDomain::Lists || step.over == IterationDomain::Broadcast;
+    step.out = isList ? Operand{Operand::In::List, taken(freeLists, code.lists)}
+                      : Operand{Operand::In::Buffer, taken(freeBuffers, code.buffers)};
     step.outBytes = bytesOf(type);
     for (std::size_t i = 0; i < values.size(); ++i) {
         step.in[i] = values[i].place;
         step.inBytes[i] = values[i].elementBytes;
     }
     code.steps.push_back(step);
-    for (const Typed& value : values)
-        if (value.place.in == Place::In::Buffer)
+    for (const TypedOperand& value : values)
+        if (value.place.in == Operand::In::Buffer)
             freeBuffers.push_back(value.place.position);
-        else if (value.place.in == Place::In::List)
+        else if (value.place.in == Operand::In::List)
             freeLists.push_back(value.place.position);
     lastValues = values;
     return {step.out, type, isList, step.shape, step.outBytes};
 }
 
-std::optional<std::vector<Typed>> Emitter::takeBack(const Typed& value, Kernel kernel) {
-    if (code.steps.empty() || value.place.in != Place::In::Buffer)
+std::optional<std::vector<TypedOperand>> Emitter::popIfProducedBy(const TypedOperand& value, Kernel kernel) {
+    if (code.steps.empty() || value.place.in != Operand::In::Buffer)
         return std::nullopt;
     const Step& last = code.steps.back();
-    if (last.kernel != kernel || last.over != Over::Rows || last.out.position != value.place.position)
+    if (last.kernel != kernel || last.over != IterationDomain::Rows || last.out.position != value.place.position)
         return std::nullopt;
-    for (const Typed& taken : lastValues)
-        if (taken.place.in == Place::In::Buffer)
+    for (const TypedOperand& taken : lastValues)
+        if (taken.place.in == Operand::In::Buffer)
             freeBuffers.pop_back();
     freeBuffers.push_back(last.out.position);
     code.steps.pop_back();
     return std::exchange(lastValues, {});
 }
 
-Typed Emitter::spread(const Typed& value, std::size_t shape, std::size_t place) {
+TypedOperand Emitter::spread(const TypedOperand& value, std::size_t shape, std::size_t place) {
     Step step;
     step.kernel = spreading(value.type);
     step.place = place;
-    step.over = Over::Spread;
+    step.over = IterationDomain::Broadcast;
     step.shape = shape;
     return emitStep(step, {value}, value.type);
 }
@@ -102,7 +102,7 @@ void Emitter::demandEqualLengths(std::size_t shape, std::size_t other, std::size
         return;
     Step step;
     step.place = place;
-    step.over = Over::Lengths;
+    step.over = IterationDomain::Lengths;
     step.shape = shape;
     step.otherShape = other;
     code.steps.push_back(step);
@@ -116,7 +116,7 @@ std::size_t Emitter::taken(std::vector<std::size_t>& free, std::size_t& count) {
     return buffer;
 }
 
-Code Emitter::finish(const Typed& whole) && {
+Code Emitter::finish(const TypedOperand& whole) && {
     code.result = whole.place;
     code.resultShape = whole.shape;
     code.type = whole.type;

@@ -14,9 +14,9 @@ namespace {
 using expression::Block;
 using expression::blockRows;
 using expression::Code;
-using expression::Lane;
-using expression::Over;
-using expression::Place;
+using expression::KernelArgs;
+using expression::IterationDomain;
+using expression::Operand;
 using expression::Step;
 
 /// The columns of one chunk and the buffers of one thread.
@@ -79,34 +79,34 @@ private:
     }
 
     /// The values of the block that begins with the row.
-    const void* valuesAt(const Place& place, std::size_t row) const {
+    const void* valuesAt(const Operand& place, std::size_t row) const {
         switch (place.in) {
-            case Place::In::Buffer:
+            case Operand::In::Buffer:
                 return buffers[place.position].bytes;
-            case Place::In::List:
+            case Operand::In::List:
                 return lists[place.position].data();
-            case Place::In::Constant:
+            case Operand::In::Constant:
                 return code.constantAt[place.position]->bytes;
-            case Place::In::Column: {
+            case Operand::In::Column: {
                 const Column& column = *chunk.columns[place.position];
                 return columnValues(column, column.isList() ? column.offsets[row] : row);
             }
-            case Place::In::Nothing:
+            case Operand::In::Nothing:
                 break;
         }
         return nullptr;
     }
 
     void perform(const Step& step, std::size_t begin, std::size_t rows) {
-        if (step.over == Over::Lengths)
+        if (step.over == IterationDomain::Lengths)
             return compareLengths(step, begin, rows);
-        if (step.over == Over::Lists)
+        if (step.over == IterationDomain::Lists)
             return performOnLists(step, begin, rows);
-        Lane lane;
+        KernelArgs lane;
         lane.rows = rows;
-        if (step.over != Over::Rows)
+        if (step.over != IterationDomain::Rows)
             lane.offsets = offsetsAt(step.shape, begin);
-        lane.out = step.over == Over::Spread ? listFor(step, lane.offsets[rows] - lane.offsets[0])
+        lane.out = step.over == IterationDomain::Broadcast ? listFor(step, lane.offsets[rows] - lane.offsets[0])
                                              : buffers[step.out.position].bytes;
         for (std::size_t i = 0; i < 3; ++i)
             lane.in[i] = valuesAt(step.in[i], begin);
@@ -126,11 +126,11 @@ private:
         const std::size_t values = offsets[rows] - offsets[0];
         std::byte* out = listFor(step, values);
         for (std::size_t first = 0; first < values; first += blockRows) {
-            Lane lane;
+            KernelArgs lane;
             lane.rows = std::min(blockRows, values - first);
             lane.out = out + first * step.outBytes;
             for (std::size_t i = 0; i < 3; ++i)
-                if (step.in[i].in != Place::In::Nothing)
+                if (step.in[i].in != Operand::In::Nothing)
                     lane.in[i] = static_cast<const std::byte*>(valuesAt(step.in[i], begin)) + first * step.inBytes[i];
             call(step, lane, begin);
         }
@@ -151,7 +151,7 @@ private:
         }
     }
 
-    void call(const Step& step, const Lane& lane, std::size_t begin) const {
+    void call(const Step& step, const KernelArgs& lane, std::size_t begin) const {
         if (!step.kernel(lane))
             expression::refuse(text, step.place,
                                "no integer can hold a result in the rows from " +
@@ -232,7 +232,7 @@ ColumnPtr Expression::evaluate(const Chunk& chunk) const {
             chunk.columns[position]->isList() != info.isList)
             throw std::logic_error("the chunk is not of the schema that the expression was checked against");
     }
-    if (code.result.in == Place::In::Column)
+    if (code.result.in == Operand::In::Column)
         return chunk.columns[code.result.position];
     return Evaluation(program->text, code, chunk).run();
 }

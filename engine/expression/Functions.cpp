@@ -14,7 +14,7 @@ namespace {
 using TextPtr = const std::string*;
 
 template <typename In, typename Out, auto function>
-bool unary(const Lane& lane) {
+bool unary(const KernelArgs& lane) {
     const auto* a = static_cast<const In*>(lane.in[0]);
     auto* out = static_cast<Out*>(lane.out);
     for (std::size_t row = 0; row < lane.rows; ++row)
@@ -23,7 +23,7 @@ bool unary(const Lane& lane) {
 }
 
 template <typename In, typename Out, auto function>
-bool binary(const Lane& lane) {
+bool binary(const KernelArgs& lane) {
     const auto* a = static_cast<const In*>(lane.in[0]);
     const auto* b = static_cast<const In*>(lane.in[1]);
     auto* out = static_cast<Out*>(lane.out);
@@ -33,7 +33,7 @@ bool binary(const Lane& lane) {
 }
 
 template <auto function>
-bool ternary(const Lane& lane) {
+bool ternary(const KernelArgs& lane) {
     const auto* a = static_cast<const double*>(lane.in[0]);
     const auto* b = static_cast<const double*>(lane.in[1]);
     const auto* c = static_cast<const double*>(lane.in[2]);
@@ -45,7 +45,7 @@ bool ternary(const Lane& lane) {
 
 /// function says by its return value whether there is no result.
 template <auto function>
-bool checked(const Lane& lane) {
+bool checked(const KernelArgs& lane) {
     const auto* a = static_cast<const std::int64_t*>(lane.in[0]);
     const auto* b = static_cast<const std::int64_t*>(lane.in[1]);
     auto* out = static_cast<std::int64_t*>(lane.out);
@@ -56,7 +56,7 @@ bool checked(const Lane& lane) {
 }
 
 template <typename T>
-bool choose(const Lane& lane) {
+bool choose(const KernelArgs& lane) {
     const auto* condition = static_cast<const std::uint8_t*>(lane.in[0]);
     const auto* yes = static_cast<const T*>(lane.in[1]);
     const auto* no = static_cast<const T*>(lane.in[2]);
@@ -247,7 +247,7 @@ Kernel conversion(ColumnType from, ColumnType to) {
     return nullptr;
 }
 
-bool addressTexts(const Lane& lane) {
+bool addressTexts(const KernelArgs& lane) {
     const auto* texts = static_cast<const std::string*>(lane.in[0]);
     auto* out = static_cast<TextPtr*>(lane.out);
     for (std::size_t row = 0; row < lane.rows; ++row)

@@ -14,7 +14,7 @@ namespace velmorak::expression {
 inline constexpr std::size_t blockRows = 1024;
 
 /// Where a step finds and puts its values: an array each, of double, std::int64_t, std::uint8_t or const std::string*.
-struct Lane {
+struct KernelArgs {
     void* out = nullptr;
     const void* in[3] = {nullptr, nullptr, nullptr};
     /// Of lists: in[0] holds the values from those of the first row on, which stand at offsets[0] of the chunk.
@@ -23,7 +23,7 @@ struct Lane {
 };
 
 /// @return false when a row has no integer result: the result is too large, or a division is by 0.
-using Kernel = bool (*)(const Lane&);
+using Kernel = bool (*)(const KernelArgs&);
 
 /// Which types a function takes, and what comes out.
 enum class Rule {
@@ -69,6 +69,6 @@ Kernel spreading(ColumnType type);
 /// @return the kernel that makes one type of another; null for the same type, and where there is no such way.
 Kernel conversion(ColumnType from, ColumnType to);
 /// Takes the addresses of a text column's values.
-bool addressTexts(const Lane& lane);
+bool addressTexts(const KernelArgs& lane);
 
 }  // namespace velmorak::expression

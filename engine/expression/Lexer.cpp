@@ -11,7 +11,7 @@ namespace velmorak::expression {
 
 namespace {
 
-constexpr std::size_t mostShown = 120;
+constexpr std::size_t maxShown = 120;
 
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
@@ -56,15 +56,15 @@ bool isControl(std::string_view character) {
 
 /// The part of the text around the place that fits a line; the place moves along.
 std::string_view window(std::string_view text, std::size_t& place) {
-    if (text.size() <= mostShown) {
+    if (text.size() <= maxShown) {
         return text;
     }
-    std::size_t begin = place > mostShown / 2 ? place - mostShown / 2 : 0;
+    std::size_t begin = place > maxShown / 2 ? place - maxShown / 2 : 0;
     while (begin < place && isInsideCharacter(text[begin])) {
         ++begin;
     }
-    std::size_t end = std::min(text.size(), begin + mostShown);
-    while (end < std::min(text.size(), begin + mostShown + 3) && isInsideCharacter(text[end])) {
+    std::size_t end = std::min(text.size(), begin + maxShown);
+    while (end < std::min(text.size(), begin + maxShown + 3) && isInsideCharacter(text[end])) {
         ++end;
     }
     place -= begin;

@@ -11,7 +11,7 @@ namespace {
 
 /// Folds the values of each row, from the first to the last.
 template <typename In, typename Out, auto step>
-bool fold(const Lane& lane, Out start) {
+bool fold(const KernelArgs& lane, Out start) {
     const auto* values = static_cast<const In*>(lane.in[0]);
     auto* out = static_cast<Out*>(lane.out);
     bool isWrong = false;
@@ -26,7 +26,7 @@ bool fold(const Lane& lane, Out start) {
 }
 
 template <typename In, auto isBetter>
-bool extreme(const Lane& lane) {
+bool extreme(const KernelArgs& lane) {
     const auto* values = static_cast<const In*>(lane.in[0]);
     auto* out = static_cast<double*>(lane.out);
     for (std::size_t row = 0; row < lane.rows; ++row) {
@@ -43,32 +43,32 @@ bool extreme(const Lane& lane) {
     return true;
 }
 
-bool count(const Lane& lane) {
+bool count(const KernelArgs& lane) {
     auto* out = static_cast<std::int64_t*>(lane.out);
     for (std::size_t row = 0; row < lane.rows; ++row)
         out[row] = static_cast<std::int64_t>(lane.offsets[row + 1] - lane.offsets[row]);
     return true;
 }
 
-bool sumReals(const Lane& lane) {
+bool sumReals(const KernelArgs& lane) {
     return fold<double, double, [](double& sum, double value) { return sum += value, false; }>(lane, 0.0);
 }
 
 template <typename In>
-bool sumIntegers(const Lane& lane) {
+bool sumIntegers(const KernelArgs& lane) {
     return fold<In, std::int64_t, [](std::int64_t& sum, In value) {
         return __builtin_add_overflow(sum, std::int64_t{value}, &sum);
     }>(lane, 0);
 }
 
 template <typename In>
-bool any(const Lane& lane) {
+bool any(const KernelArgs& lane) {
     return fold<In, std::uint8_t, [](std::uint8_t& found, In value) { return found |= value != 0 ? 1 : 0, false; }>(
         lane, 0);
 }
 
 template <typename In>
-bool all(const Lane& lane) {
+bool all(const KernelArgs& lane) {
     return fold<In, std::uint8_t, [](std::uint8_t& found, In value) { return found &= value != 0 ? 1 : 0, false; }>(
         lane, 1);
 }
@@ -77,7 +77,7 @@ constexpr auto isLess = [](double x, double y) { return x < y; };
 constexpr auto isMore = [](double x, double y) { return x > y; };
 
 template <typename In, typename Out>
-bool valueAt(const Lane& lane, Out missing) {
+bool valueAt(const KernelArgs& lane, Out missing) {
     const auto* values = static_cast<const In*>(lane.in[0]);
     const auto* positions = static_cast<const double*>(lane.in[1]);
     auto* out = static_cast<Out*>(lane.out);
@@ -93,21 +93,21 @@ bool valueAt(const Lane& lane, Out missing) {
 }
 
 template <typename In>
-bool numberAt(const Lane& lane) {
+bool numberAt(const KernelArgs& lane) {
     return valueAt<In, double>(lane, std::numeric_limits<double>::quiet_NaN());
 }
 
-bool truthAt(const Lane& lane) {
+bool truthAt(const KernelArgs& lane) {
     return valueAt<std::uint8_t, std::uint8_t>(lane, 0);
 }
 
-bool textAt(const Lane& lane) {
+bool textAt(const KernelArgs& lane) {
     static const std::string missing;
     return valueAt<const std::string*, const std::string*>(lane, &missing);
 }
 
 template <typename T>
-bool spread(const Lane& lane) {
+bool spread(const KernelArgs& lane) {
     const auto* values = static_cast<const T*>(lane.in[0]);
     auto* out = static_cast<T*>(lane.out);
     for (std::size_t row = 0; row < lane.rows; ++row)

@@ -59,9 +59,9 @@ private:
     class Level {
     public:
         explicit Level(Parser& parser) : count(parser.levels) {
-            if (++count > mostLevels)
+            if (++count > maxLevels)
                 refuse(parser.source, parser.token.place,
-                       "the expression is nested too deeply; at most " + textOf(mostParentheses) +
+                       "the expression is nested too deeply; at most " + textOf(maxParentheses) +
                            " parentheses stand one within the other");
         }
         ~Level() { --count; }
@@ -224,9 +224,9 @@ private:
 }  // namespace
 
 std::vector<Node> parse(std::string_view text) {
-    if (text.size() > mostCharacters)
-        refuse(text, mostCharacters,
-               "an expression has at most " + textOf(static_cast<double>(mostCharacters)) + " characters");
+    if (text.size() > maxCharacters)
+        refuse(text, maxCharacters,
+               "an expression has at most " + textOf(static_cast<double>(maxCharacters)) + " characters");
     return Parser(text).whole();
 }
 

@@ -11,26 +11,26 @@ namespace velmorak::expression {
 
 /// Where a value stands: in a block's buffer, in the lists of a block, in a column of the chunk, or in a constant of
 /// the program.
-struct Place {
+struct Operand {
     enum class In { Nothing, Buffer, List, Column, Constant };
     In in = In::Nothing;
     std::size_t position = 0;
 };
 
 /// What a step goes over.
-enum class Over {
+enum class IterationDomain {
     Rows,         ///< A value for each row.
     Lists,        ///< All values of the lists of a block.
     RowsOfLists,  ///< The rows, with the values of a list each: the kernel looks at the offsets.
-    Spread,       ///< The rows, whose single value is repeated for each value of a list.
+    Broadcast,       ///< The rows, whose single value is repeated for each value of a list.
     Lengths       ///< The lengths of two lists, which must be equal. Has no kernel.
 };
 
 struct Step {
     Kernel kernel = nullptr;
-    Over over = Over::Rows;
-    Place out;
-    Place in[3];
+    IterationDomain over = IterationDomain::Rows;
+    Operand out;
+    Operand in[3];
     std::size_t outBytes = 0;  ///< From one value to the next.
     std::size_t inBytes[3] = {};
     std::size_t shape = 0;  ///< Column whose offsets the lists have.
@@ -52,7 +52,7 @@ struct Code {
     std::list<std::string> texts;  ///< That constants point to.
     std::size_t buffers = 0;
     std::size_t lists = 0;
-    Place result;
+    Operand result;
     std::size_t resultShape = 0;  ///< Where it is a list: the column whose offsets it has.
     ColumnType type = ColumnType::Real;
     bool isList = false;

@@ -23,9 +23,9 @@ struct Node {
 };
 
 /// Longest text, and deepest nesting, that is read. A pair of parentheses takes two levels, and so does what is within.
-inline constexpr std::size_t mostCharacters = 16384;
-inline constexpr int mostParentheses = 200;
-inline constexpr int mostLevels = 2 * mostParentheses + 2;
+inline constexpr std::size_t maxCharacters = 16384;
+inline constexpr int maxParentheses = 200;
+inline constexpr int maxLevels = 2 * maxParentheses + 2;
 
 /// @return all parts, each after its children: the last is the whole. No nesting of the text makes a later pass
 ///         recurse.

@@ -16,19 +16,19 @@ namespace {
 
 /// Adds to an argument's weight; slope(i) is how the step changes with the argument at place i.
 template <typename Slope>
-[[gnu::always_inline]] inline void pass(const Chain& chain, std::size_t argument, const Slope& slope) {
+[[gnu::always_inline]] inline void propagate(const AdjointStep& chain, std::size_t argument, const Slope& slope) {
     double* const __restrict target = chain.weight[argument];
     const double* const __restrict from = chain.outer;
     const std::size_t count = chain.count;
     if (target == nullptr)
         return;
-    if (*chain.isTouched[argument] != 0)
+    if (*chain.hasAdjoint[argument] != 0)
         for (std::size_t i = 0; i < count; ++i)
             target[i] += times(from[i], slope(i));
     else
         for (std::size_t i = 0; i < count; ++i)
             target[i] = times(from[i], slope(i));
-    *chain.isTouched[argument] = 1;
+    *chain.hasAdjoint[argument] = 1;
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ namespace velmorak {
 namespace {
 
 using fitting::Minimum;
-using fitting::Problem;
+using fitting::LeastSquaresProblem;
 using fitting::Selection;
 
 void refuseUnknown(const FitModel& model, const FitParameters& given) {
@@ -24,7 +24,7 @@ void refuseUnknown(const FitModel& model, const FitParameters& given) {
 }
 
 /// A width counts in squares only: of the two that fit as well, the positive one is meant.
-void makeWidthsPositive(Problem& problem, Minimum& minimum, const FitParameters& given) {
+void makeWidthsPositive(LeastSquaresProblem& problem, Minimum& minimum, const FitParameters& given) {
     for (std::size_t k = 0; k < minimum.moving.size(); ++k) {
         const std::size_t i = minimum.moving[k];
         const auto& parameter = problem.model().parameters[i];
@@ -40,7 +40,7 @@ void makeWidthsPositive(Problem& problem, Minimum& minimum, const FitParameters&
     }
 }
 
-void refuseTooFew(const Problem& problem, const Selection& free) {
+void refuseTooFew(const LeastSquaresProblem& problem, const Selection& free) {
     if (problem.size() >= free.size())
         return;
     std::string names;
@@ -50,7 +50,7 @@ void refuseTooFew(const Problem& problem, const Selection& free) {
                   textOf(static_cast<double>(free.size())) + " parameters (" + names + ")");
 }
 
-FitResult resultOf(Problem& problem, const Minimum& minimum, std::size_t freeCount) {
+FitResult resultOf(LeastSquaresProblem& problem, const Minimum& minimum, std::size_t freeCount) {
     FitResult result;
     const std::size_t n = minimum.values.size();
     result.values = minimum.values;
@@ -78,7 +78,7 @@ FitResult resultOf(Problem& problem, const Minimum& minimum, std::size_t freeCou
 
 FitResult fit(const FitModel& model, const FitData& data, const FitOptions& options) {
     refuseUnknown(model, options.parameters);
-    Problem problem(model.parts(), fitting::select(data, options), options.method);
+    LeastSquaresProblem problem(model.parts(), fitting::select(data, options), options.method);
     Selection free;
     std::vector<fitting::Limits> limits;
     for (std::size_t i = 0; i < model.parameters().size(); ++i) {

@@ -160,7 +160,7 @@ std::string formulaOf(const Model& model) {
                           : step.op == Op::Parameter ? Written{nameIn(model.names[step.parameter]), 10}
                                                      : operation(step, parts));
         // A part that is used several times, as in pol9(pol9(x)), doubles the text at each level.
-        if (written.back().text.size() > expression::mostCharacters) {
+        if (written.back().text.size() > expression::maxCharacters) {
             throw Failure("the formula is too long");
         }
     }

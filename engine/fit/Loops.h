@@ -36,14 +36,14 @@ enum class Op : std::uint8_t {
 };
 
 /// Values, and how the result changes with the step and its arguments. weight is null for an argument that does not
-/// depend on parameters; isTouched says whether there is something in it to add to.
-struct Chain {
+/// depend on parameters; hasAdjoint says whether there is something in it to add to.
+struct AdjointStep {
     const double* value[3];
     double* weight[3];
     const double* result;
     const double* outer;
     std::size_t count;
-    std::uint8_t* isTouched[3];
+    std::uint8_t* hasAdjoint[3];
     bool isUniform[3];  ///< Whether an argument has the same value at all places.
 };
 
@@ -55,7 +55,7 @@ struct Loops {
     /// Computes a step of a program from arrays of count values. @return false for what has no loop here.
     bool (*perform)(Op op, const double* const in[3], std::size_t count, double* out);
     /// Adds to the weights of the arguments what the step hands on. @return false for what has no loop here.
-    bool (*hand)(Op op, const Chain& chain);
+    bool (*backward)(Op op, const AdjointStep& chain);
     /// sum = factor * values, or more by as much.
     void (*addScaled)(const double* factor, const double* values, std::size_t count, bool isFirst, double* sum);
     /// Sum of a * b in eight parts, so that it has the same bits with vectors of any width.
@@ -64,7 +64,7 @@ struct Loops {
     /// angles alone (G. Golub, C. Van Loan, Matrix Computations, 5.2); the rows are used up.
     /// Shape: column k of the triangle begins at triangle + k * columns; column k of the rows at rows + k * stride,
     /// with count values and room for a multiple of foldedRows.
-    void (*fold)(double* triangle, std::size_t columns, double* rows, std::size_t stride, std::size_t count);
+    void (*householderUpdate)(double* rFactor, std::size_t columns, double* rows, std::size_t stride, std::size_t count);
 };
 
 /// For every processor of the family.

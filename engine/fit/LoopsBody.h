@@ -22,7 +22,7 @@ inline void addScaled(const double* __restrict factor, const double* __restrict 
             sum[i] += factor[i] * values[i];
 }
 
-inline constexpr Loops loops{perform, hand, addScaled, product, fold};
+inline constexpr Loops loops{perform, backward, addScaled, product, householderUpdate};
 
 }  // namespace
 

@@ -34,7 +34,7 @@ inline double wholeProduct(const double* a, const double* b, std::size_t count) 
     return sumOf(sums);
 }
 
-inline void fold(double* triangle, std::size_t columns, double* rows, std::size_t stride, std::size_t count) {
+inline void householderUpdate(double* rFactor, std::size_t columns, double* rows, std::size_t stride, std::size_t count) {
     const std::size_t whole = (count + parts - 1) / parts * parts;
     for (std::size_t k = 0; k < columns; ++k)
         for (std::size_t i = count; i < whole; ++i)
@@ -44,14 +44,14 @@ inline void fold(double* triangle, std::size_t columns, double* rows, std::size_
         const double rest = wholeProduct(axis, axis, whole);
         if (rest == 0.0)
             continue;
-        const double head = triangle[k * columns + k];
+        const double head = rFactor[k * columns + k];
         const double length = -__builtin_copysign(__builtin_sqrt(head * head + rest), head);
         const double scale = 1.0 / (head - length);
         const double part = (length - head) / length;
-        triangle[k * columns + k] = length;
+        rFactor[k * columns + k] = length;
         for (std::size_t j = k + 1; j < columns; ++j) {
             double* const __restrict other = rows + j * stride;
-            double& top = triangle[j * columns + k];
+            double& top = rFactor[j * columns + k];
             const double along = part * (top + scale * wholeProduct(axis, other, whole));
             top -= along;
             const double below = along * scale;

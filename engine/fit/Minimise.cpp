@@ -13,7 +13,7 @@ namespace velmorak::fitting {
 
 namespace {
 
-constexpr int mostSteps = 1000;
+constexpr int maxSteps = 1000;
 /// Distances from the minimum, in standard deviations: at which Newton's method takes over, and at which it ends.
 constexpr double nearDistance = 1e-4;
 constexpr double endDistance = 1e-9;
@@ -29,7 +29,7 @@ Eigen::Index index(std::size_t position) {
 
 class Minimiser {
 public:
-    Minimiser(Problem& fitted, std::vector<double> start, const Selection& freeOnes, const std::vector<Limits>& bounds,
+    Minimiser(LeastSquaresProblem& fitted, std::vector<double> start, const Selection& freeOnes, const std::vector<Limits>& bounds,
               const std::function<bool()>& stopping)
         : problem(fitted), values(std::move(start)), free(freeOnes), limits(bounds), isStopping(stopping) {}
 
@@ -39,16 +39,16 @@ public:
         if (!std::isfinite(cost))
             refuseStart();
         largest = VectorXd::Zero(index(values.size()));
-        for (steps = 0; steps < mostSteps; ++steps) {
+        for (steps = 0; steps < maxSteps; ++steps) {
             if (isStopping && isStopping())
                 throw Stopped();
             const Linear linear = reduced(latest);
             if (moving.empty())
                 return {values, moving, frozen, MatrixXd(), steps};
             const double distance = linear.q.norm();
-            if ((distance < nearDistance || isFlat >= 3) && polish(linear))
+            if ((distance < nearDistance || isFlat >= 3) && newtonRefine(linear))
                 return {values, moving, frozen, covariance, steps};
-            if (!descend(linear))
+            if (!levenbergStep(linear))
                 isFlat = std::max(isFlat + 1, 3);
             if (isFlat > 6)
                 break;
@@ -58,7 +58,7 @@ public:
 
 private:
     [[noreturn]] void refuseStart() const {
-        const std::optional<double> place = problem.trouble(values);
+        const std::optional<double> place = problem.firstInvalidEntry(values);
         Selection all(values.size());
         for (std::size_t i = 0; i < all.size(); ++i)
             all[i] = i;
@@ -97,8 +97,8 @@ private:
             if (column < moving.size() && moving[column] == free[k])
                 rest.col(index(column++)) = linear.r.col(index(k));
         rest.col(n) = linear.q;
-        const MatrixXd triangle = Eigen::HouseholderQR<MatrixXd>(rest).matrixQR().triangularView<Eigen::Upper>();
-        return {triangle.topLeftCorner(n, n), triangle.col(n).head(n), linear.rest};
+        const MatrixXd rFactor = Eigen::HouseholderQR<MatrixXd>(rest).matrixQR().triangularView<Eigen::Upper>();
+        return {rFactor.topLeftCorner(n, n), rFactor.col(n).head(n), linear.rest};
     }
 
     std::vector<double> moved(const VectorXd& step) const {
@@ -113,14 +113,14 @@ private:
     /// The least squares solution of R step = q and root(damping) D step = 0.
     VectorXd damped(const Linear& linear, const VectorXd& scales) const {
         const Eigen::Index n = linear.q.size();
-        MatrixXd triangle = MatrixXd::Zero(n + 1, n + 1);
-        triangle.topLeftCorner(n, n) = linear.r;
-        triangle.col(n).head(n) = linear.q;
+        MatrixXd rFactor = MatrixXd::Zero(n + 1, n + 1);
+        rFactor.topLeftCorner(n, n) = linear.r;
+        rFactor.col(n).head(n) = linear.q;
         MatrixXd rows = MatrixXd::Zero(n + index(foldedRows), n + 1);
         rows.topLeftCorner(n, n) = (std::sqrt(damping) * scales).asDiagonal();
-        bestLoops().fold(triangle.data(), static_cast<std::size_t>(n + 1), rows.data(),
+        bestLoops().householderUpdate(rFactor.data(), static_cast<std::size_t>(n + 1), rows.data(),
                          static_cast<std::size_t>(rows.rows()), static_cast<std::size_t>(n));
-        return triangle.topLeftCorner(n, n).triangularView<Eigen::Upper>().solve(VectorXd(triangle.col(n).head(n)));
+        return rFactor.topLeftCorner(n, n).triangularView<Eigen::Upper>().solve(VectorXd(rFactor.col(n).head(n)));
     }
 
     VectorXd scalesOf(const Linear& linear) {
@@ -134,7 +134,7 @@ private:
     }
 
     /// Takes one step downhill. @return false where there is none.
-    bool descend(const Linear& linear) {
+    bool levenbergStep(const Linear& linear) {
         const VectorXd scales = scalesOf(linear);
         for (; damping < 1e40; damping = std::max(10.0 * damping, 1e-6)) {
             const VectorXd step = damped(linear, scales);
@@ -185,7 +185,7 @@ private:
 
     /// Goes to the minimum that is near, and finds the covariance there.
     /// @return false when it is not near after all.
-    bool polish(const Linear& linear) {
+    bool newtonRefine(const Linear& linear) {
         refuseSingular(problem, linear.r, moving);
         const Eigen::Index n = linear.q.size();
         const MatrixXd unit = linear.r.triangularView<Eigen::Upper>().solve(MatrixXd::Identity(n, n));
@@ -197,7 +197,7 @@ private:
         const Eigen::SelfAdjointEigenSolver<MatrixXd> axes(shape);
         if (!(axes.eigenvalues().minCoeff() > 1e-9))
             refuseSaddle(axes.eigenvectors().col(0), unit);
-        if (!approach(unit, axes, linear.q)) {
+        if (!newtonIterate(unit, axes, linear.q)) {
             latest = problem.linearise(values, free);
             cost = latest.cost;
             if (!std::isfinite(cost) || cost > costBefore) {
@@ -212,7 +212,7 @@ private:
         return true;
     }
 
-    bool approach(const MatrixXd& unit, const Eigen::SelfAdjointEigenSolver<MatrixXd>& axes, VectorXd pull) {
+    bool newtonIterate(const MatrixXd& unit, const Eigen::SelfAdjointEigenSolver<MatrixXd>& axes, VectorXd pull) {
         double last = std::numeric_limits<double>::infinity();
         for (int i = 0; i < 20; ++i) {
             const VectorXd along = axes.eigenvectors().transpose() * pull;
@@ -244,7 +244,7 @@ private:
                       " (the second derivatives are not positive); give other start values or limits");
     }
 
-    Problem& problem;
+    LeastSquaresProblem& problem;
     std::vector<double> values;
     const Selection& free;
     const std::vector<Limits>& limits;
@@ -262,7 +262,7 @@ private:
 
 }  // namespace
 
-Minimum minimise(Problem& problem, std::vector<double> start, const Selection& free, const std::vector<Limits>& limits,
+Minimum minimise(LeastSquaresProblem& problem, std::vector<double> start, const Selection& free, const std::vector<Limits>& limits,
                  const std::function<bool()>& isStopping) {
     return Minimiser(problem, std::move(start), free, limits, isStopping).run();
 }

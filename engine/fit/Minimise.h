@@ -24,16 +24,16 @@ struct Minimum {
 /// @param start within the limits.
 /// @param free parameters that are not fixed.
 /// @throws Failure, Stopped.
-Minimum minimise(Problem& problem, std::vector<double> start, const Selection& free, const std::vector<Limits>& limits,
+Minimum minimise(LeastSquaresProblem& problem, std::vector<double> start, const Selection& free, const std::vector<Limits>& limits,
                  const std::function<bool()>& isStopping);
 
 /// @throws Failure naming parameters that the data cannot tell apart, or on which the function does not depend.
-void refuseSingular(const Problem& problem, const MatrixXd& r, const Selection& chosen);
+void refuseSingular(const LeastSquaresProblem& problem, const MatrixXd& r, const Selection& chosen);
 
 /// Start values for all parameters: those that are given, those that the data tell, or the usual ones.
-std::vector<double> startValues(Problem& problem, const FitParameters& given);
+std::vector<double> startValues(LeastSquaresProblem& problem, const FitParameters& given);
 
 /// @return "mean=91.2, width=2.5" of the parameters chosen.
-std::string listed(const Problem& problem, const std::vector<double>& values, const Selection& chosen);
+std::string listed(const LeastSquaresProblem& problem, const std::vector<double>& values, const Selection& chosen);
 
 }  // namespace velmorak::fitting

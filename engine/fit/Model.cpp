@@ -263,7 +263,7 @@ private:
         const bool isPlain = model.program.steps[children.front()].op == Op::Variable;
         for (std::size_t i = 0; i < shape.parameters.size(); ++i) {
             const ShapeParameter& known = shape.parameters[i];
-            const ModelParameter meaning{"", known.role, known.usual, model.shapes};
+            const ModelParameter meaning{"", known.role, known.defaultStart, model.shapes};
             if (children.size() == 1) {
                 ModelParameter made = meaning;
                 made.name = freeName(known.name);
@@ -283,7 +283,7 @@ private:
             return;
         ModelParameter& known = model.parameters[from.parameter];
         if (known.role == Role::Any && isPlain)
-            known = {known.name, meaning.role, meaning.usual, meaning.shape};
+            known = {known.name, meaning.role, meaning.defaultStart, meaning.shape};
     }
 
     void refuseReserved() const {
@@ -308,8 +308,8 @@ private:
         } catch (const Failure&) {
             refuse(text, 0,
                    "the formula of this model, with its shapes written out, has more than " +
-                       textOf(static_cast<double>(expression::mostCharacters)) + " characters or more than " +
-                       textOf(expression::mostParentheses) + " parentheses one within the other");
+                       textOf(static_cast<double>(expression::maxCharacters)) + " characters or more than " +
+                       textOf(expression::maxParentheses) + " parentheses one within the other");
         }
     }
 

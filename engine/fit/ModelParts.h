@@ -17,7 +17,7 @@ enum class Role { Any, Height, Location, Width, Slope, Shape };
 struct ShapeParameter {
     std::string name;
     Role role = Role::Any;
-    double usual = 1.0;  ///< Start value where the data tell nothing.
+    double defaultStart = 1.0;  ///< Start value where the data tell nothing.
 };
 
 /// A name in a model's text that stands for a formula of x and parameters.
@@ -41,7 +41,7 @@ std::string shapeMeantBy(std::string_view name);
 struct ModelParameter {
     std::string name;
     Role role = Role::Any;
-    double usual = 1.0;
+    double defaultStart = 1.0;
     std::size_t shape = 0;  ///< Parameters of one use of a shape share a number, counted from 1; 0 for the others.
 };
 

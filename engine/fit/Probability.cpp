@@ -6,14 +6,14 @@ namespace velmorak {
 
 namespace {
 
-constexpr int mostTerms = 100000;
+constexpr int maxTerms = 100000;
 constexpr double exactness = 1e-16;
 
 /// Lower incomplete gamma function by its series, without the factor x^a e^-x / gamma(a).
 double series(double a, double x) {
     double term = 1.0 / a;
     double sum = term;
-    for (int i = 1; i < mostTerms && term > exactness * sum; ++i) {
+    for (int i = 1; i < maxTerms && term > exactness * sum; ++i) {
         term *= x / (a + i);
         sum += term;
     }
@@ -27,7 +27,7 @@ double fraction(double a, double x) {
     double c = 1.0 / tiny;
     double d = 1.0 / b;
     double h = d;
-    for (int i = 1; i < mostTerms; ++i) {
+    for (int i = 1; i < maxTerms; ++i) {
         const double an = -i * (i - a);
         b += 2.0;
         d = an * d + b;

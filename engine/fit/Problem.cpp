@@ -13,7 +13,7 @@ Eigen::Index index(std::size_t position) {
 
 }  // namespace
 
-Problem::Problem(const Model& model, Selected selected, FitOptions::Method method)
+LeastSquaresProblem::LeastSquaresProblem(const Model& model, Selected selected, FitOptions::Method method)
     : fitted(model),
       data(std::move(selected)),
       isLikelihood(method == FitOptions::Method::Likelihood),
@@ -21,7 +21,7 @@ Problem::Problem(const Model& model, Selected selected, FitOptions::Method metho
       f(space.stride),
       rows(alignedValues(space.stride * (model.parameters.size() + 1))) {}
 
-void Problem::compute(const std::vector<double>& parameters, std::size_t begin, std::size_t count,
+void LeastSquaresProblem::compute(const std::vector<double>& parameters, std::size_t begin, std::size_t count,
                       const Selection* chosen) {
     for (std::size_t rule = 0; rule < data.places.size(); ++rule) {
         const double* const factor = data.factors[rule].data() + begin;
@@ -30,7 +30,7 @@ void Problem::compute(const std::vector<double>& parameters, std::size_t begin, 
         space.loops->addScaled(factor, values, count, rule == 0, f.data());
         if (chosen == nullptr)
             continue;
-        fitted.program.derive(count, space);
+        fitted.program.backward(count, space);
         double* column = rows.get();
         for (const std::size_t parameter : *chosen) {
             space.loops->addScaled(factor, fitted.program.derivative(parameter, space), count, rule == 0, column);
@@ -39,14 +39,14 @@ void Problem::compute(const std::vector<double>& parameters, std::size_t begin, 
     }
 }
 
-double Problem::termOf(std::size_t entry, double value) const {
+double LeastSquaresProblem::termOf(std::size_t entry, double value) const {
     const double y = data.targets[entry];
     if (y == 0.0)
         return value < 0.0 ? std::numeric_limits<double>::infinity() : 2.0 * value;
     return value > 0.0 ? 2.0 * (value - y + y * std::log(y / value)) : std::numeric_limits<double>::infinity();
 }
 
-double Problem::scaleOf(std::size_t entry, double value) const {
+double LeastSquaresProblem::scaleOf(std::size_t entry, double value) const {
     if (!isLikelihood)
         return 1.0;
     if (isEstimating)
@@ -55,7 +55,7 @@ double Problem::scaleOf(std::size_t entry, double value) const {
     return value == 0.0 && data.targets[entry] == 0.0 ? 0.0 : 1.0 / std::sqrt(value);
 }
 
-double Problem::residuals(std::size_t begin, std::size_t count, double* out) const {
+double LeastSquaresProblem::residuals(std::size_t begin, std::size_t count, double* out) const {
     for (std::size_t i = 0; i < count; ++i)
         out[i] = data.targets[begin + i] - f[i];
     if (!isLikelihood)
@@ -66,7 +66,7 @@ double Problem::residuals(std::size_t begin, std::size_t count, double* out) con
     return sum;
 }
 
-double Problem::cost(const std::vector<double>& parameters) {
+double LeastSquaresProblem::cost(const std::vector<double>& parameters) {
     double sum = 0.0;
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
         const std::size_t count = std::min(blockPlaces, size() - begin);
@@ -76,10 +76,10 @@ double Problem::cost(const std::vector<double>& parameters) {
     return sum;
 }
 
-Linear Problem::linearise(const std::vector<double>& parameters, const Selection& chosen) {
+Linear LeastSquaresProblem::linearise(const std::vector<double>& parameters, const Selection& chosen) {
     const std::size_t n = chosen.size();
     Linear made;
-    triangle.setZero(index(n + 1), index(n + 1));
+    rFactor.setZero(index(n + 1), index(n + 1));
     double* const right = rows.get() + n * space.stride;
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
         const std::size_t count = std::min(blockPlaces, size() - begin);
@@ -90,15 +90,15 @@ Linear Problem::linearise(const std::vector<double>& parameters, const Selection
             for (std::size_t k = 0; k <= n; ++k)
                 rows[k * space.stride + i] *= scale;
         }
-        space.loops->fold(triangle.data(), n + 1, rows.get(), space.stride, count);
+        space.loops->householderUpdate(rFactor.data(), n + 1, rows.get(), space.stride, count);
     }
-    made.r = triangle.topLeftCorner(index(n), index(n));
-    made.q = triangle.col(index(n)).head(index(n));
-    made.rest = triangle(index(n), index(n));
+    made.r = rFactor.topLeftCorner(index(n), index(n));
+    made.q = rFactor.col(index(n)).head(index(n));
+    made.rest = rFactor(index(n), index(n));
     return made;
 }
 
-VectorXd Problem::gradient(const std::vector<double>& parameters, const Selection& chosen) {
+VectorXd LeastSquaresProblem::gradient(const std::vector<double>& parameters, const Selection& chosen) {
     VectorXd sum = VectorXd::Zero(index(chosen.size()));
     double* const pull = rows.get() + chosen.size() * space.stride;
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
@@ -116,7 +116,7 @@ VectorXd Problem::gradient(const std::vector<double>& parameters, const Selectio
     return sum;
 }
 
-std::optional<double> Problem::trouble(const std::vector<double>& parameters) {
+std::optional<double> LeastSquaresProblem::firstInvalidEntry(const std::vector<double>& parameters) {
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
         const std::size_t count = std::min(blockPlaces, size() - begin);
         compute(parameters, begin, count, nullptr);

@@ -40,9 +40,9 @@ struct Linear {
 /// A model and its data: what is minimised, with derivatives.
 /// Chi square: sum of (y - f)² / error². Likelihood: 2 sum of f - y + y log(y / f) (S. Baker, R. Cousins, Nuclear
 /// Instruments and Methods 221 (1984) 437), with f as the variance of a bin.
-class Problem {
+class LeastSquaresProblem {
 public:
-    Problem(const Model& model, Selected selected, FitOptions::Method method);
+    LeastSquaresProblem(const Model& model, Selected selected, FitOptions::Method method);
 
     const Selected& entries() const { return data; }
     std::size_t size() const { return data.targets.size(); }
@@ -55,7 +55,7 @@ public:
     /// Half the gradient of the cost.
     VectorXd gradient(const std::vector<double>& parameters, const Selection& chosen);
     /// Where the function is no finite number, or for the likelihood not above 0: the centre of the entry.
-    std::optional<double> trouble(const std::vector<double>& parameters);
+    std::optional<double> firstInvalidEntry(const std::vector<double>& parameters);
 
     /// While estimating, linearise takes the targets for the variances, so that no function is forbidden.
     void setEstimating(bool isOn) { isEstimating = isOn; }
@@ -77,7 +77,7 @@ private:
     Workspace space;
     std::vector<double> f;  ///< Of the block computed last.
     AlignedValues rows;     ///< A column for each chosen parameter, and one for the residuals.
-    MatrixXd triangle;
+    MatrixXd rFactor;
 };
 
 }  // namespace velmorak::fitting

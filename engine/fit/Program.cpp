@@ -18,37 +18,37 @@ void each(std::size_t count, const Rule& rule) {
         rule(i);
 }
 
-void handPower(const Chain& chain) {
+void handPower(const AdjointStep& chain) {
     const double* const a = chain.value[0];
     const double* const b = chain.value[1];
-    pass(chain, 0, [&](std::size_t i) { return b[i] == 0.0 ? 0.0 : b[i] * std::pow(a[i], b[i] - 1.0); });
-    pass(chain, 1, [&](std::size_t i) { return a[i] == 0.0 ? 0.0 : chain.result[i] * std::log(a[i]); });
+    propagate(chain, 0, [&](std::size_t i) { return b[i] == 0.0 ? 0.0 : b[i] * std::pow(a[i], b[i] - 1.0); });
+    propagate(chain, 1, [&](std::size_t i) { return a[i] == 0.0 ? 0.0 : chain.result[i] * std::log(a[i]); });
 }
 
 /// What calls functions of the mathematical library, or is rare.
-void handByCalls(const Step& step, const Chain& chain) {
+void backwardScalar(const Step& step, const AdjointStep& chain) {
     const double* const a = chain.value[0];
     const double* const b = chain.value[1];
     switch (step.op) {
         case Op::Power:
             return handPower(chain);
         case Op::Remainder:
-            pass(chain, 0, [](std::size_t) { return 1.0; });
-            return pass(chain, 1, [&](std::size_t i) { return -std::trunc(a[i] / b[i]); });
+            propagate(chain, 0, [](std::size_t) { return 1.0; });
+            return propagate(chain, 1, [&](std::size_t i) { return -std::trunc(a[i] / b[i]); });
         case Op::Arctangent2:
-            pass(chain, 0, [&](std::size_t i) { return b[i] / (a[i] * a[i] + b[i] * b[i]); });
-            return pass(chain, 1, [&](std::size_t i) { return -a[i] / (a[i] * a[i] + b[i] * b[i]); });
+            propagate(chain, 0, [&](std::size_t i) { return b[i] / (a[i] * a[i] + b[i] * b[i]); });
+            return propagate(chain, 1, [&](std::size_t i) { return -a[i] / (a[i] * a[i] + b[i] * b[i]); });
         case Op::Hypotenuse:
-            pass(chain, 0, [&](std::size_t i) { return a[i] / chain.result[i]; });
-            return pass(chain, 1, [&](std::size_t i) { return b[i] / chain.result[i]; });
+            propagate(chain, 0, [&](std::size_t i) { return a[i] / chain.result[i]; });
+            return propagate(chain, 1, [&](std::size_t i) { return b[i] / chain.result[i]; });
         case Op::Function:
-            return pass(chain, 0, [&](std::size_t i) { return step.function->slope(a[i], chain.result[i]); });
+            return propagate(chain, 0, [&](std::size_t i) { return step.function->slope(a[i], chain.result[i]); });
         default:
             return;
     }
 }
 
-void performByCalls(const Step& step, const double* const in[3], std::size_t count, double* out) {
+void executeScalar(const Step& step, const double* const in[3], std::size_t count, double* out) {
     const double* const a = in[0];
     const double* const b = in[1];
     switch (step.op) {
@@ -71,7 +71,7 @@ void performByCalls(const Step& step, const double* const in[3], std::size_t cou
 
 void perform(const Step& step, const double* const in[3], std::size_t count, double* out, const Loops& loops) {
     if (!loops.perform(step.op, in, count, out))
-        performByCalls(step, in, count, out);
+        executeScalar(step, in, count, out);
 }
 
 void AlignedDelete::operator()(double* values) const {
@@ -90,7 +90,7 @@ Workspace Program::workspace(std::size_t places) const {
     space.stride = stride;
     space.values = alignedValues(steps.size() * stride);
     space.weights = alignedValues(steps.size() * stride);
-    space.isTouched.resize(steps.size());
+    space.hasAdjoint.resize(steps.size());
     for (std::size_t i = 0; i < steps.size(); ++i)
         if (steps[i].op == Op::Constant)
             std::fill_n(space.values.get() + i * stride, stride, steps[i].constant);
@@ -119,30 +119,30 @@ const double* Program::values(const double* places, std::size_t count, const dou
     return space.values.get() + result * space.stride;
 }
 
-void Program::derive(std::size_t count, Workspace& space) const {
-    std::fill(space.isTouched.begin(), space.isTouched.end(), std::uint8_t{0});
-    space.isTouched[result] = 1;
+void Program::backward(std::size_t count, Workspace& space) const {
+    std::fill(space.hasAdjoint.begin(), space.hasAdjoint.end(), std::uint8_t{0});
+    space.hasAdjoint[result] = 1;
     std::fill_n(space.weights.get() + result * space.stride, count, 1.0);
     for (std::size_t i = result + 1; i-- > 0;) {
         const Step& step = steps[i];
-        if (!step.dependsOnParameters || step.op == Op::Parameter || space.isTouched[i] == 0)
+        if (!step.dependsOnParameters || step.op == Op::Parameter || space.hasAdjoint[i] == 0)
             continue;
-        Chain chain{};
+        AdjointStep chain{};
         chain.count = count;
         chain.result = space.values.get() + i * space.stride;
         chain.outer = space.weights.get() + i * space.stride;
         for (std::size_t k = 0; k < 3 && step.in[k] != Step::none; ++k) {
             const std::size_t from = step.in[k];
-            chain.isTouched[k] = &space.isTouched[from];
+            chain.hasAdjoint[k] = &space.hasAdjoint[from];
             chain.isUniform[k] = !steps[from].dependsOnPlace;
             chain.value[k] = space.values.get() + from * space.stride;
             chain.weight[k] = steps[from].dependsOnParameters ? space.weights.get() + from * space.stride : nullptr;
         }
-        if (!space.loops->hand(step.op, chain))
-            handByCalls(step, chain);
+        if (!space.loops->backward(step.op, chain))
+            backwardScalar(step, chain);
     }
     for (const std::size_t step : stepOfParameter)
-        if (space.isTouched[step] == 0)
+        if (space.hasAdjoint[step] == 0)
             std::fill_n(space.weights.get() + step * space.stride, count, 0.0);
 }
 

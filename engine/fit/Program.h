@@ -54,7 +54,7 @@ struct Workspace {
     std::size_t stride = 0;               ///< Places that there is room for; whole cache lines.
     AlignedValues values;                 ///< stride for each step.
     AlignedValues weights;                ///< How the result changes with each step.
-    std::vector<std::uint8_t> isTouched;  ///< Whether weights are set.
+    std::vector<std::uint8_t> hasAdjoint;  ///< Whether weights are set.
 };
 
 /// Threads: a program is not changed once it is made; each thread brings a workspace of its own.
@@ -72,7 +72,7 @@ struct Program {
     /// Griewank, A. Walther, Evaluating Derivatives, SIAM 2008, chapter 3), for the places of the last call of values.
     /// The branch that a choice does not take, and anything else without influence, contributes 0, also where it is no
     /// number.
-    void derive(std::size_t count, Workspace& space) const;
+    void backward(std::size_t count, Workspace& space) const;
     /// Of the last call of derive; count values.
     const double* derivative(std::size_t parameter, const Workspace& space) const {
         return space.weights.get() + stepOfParameter[parameter] * space.stride;

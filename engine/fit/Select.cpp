@@ -53,11 +53,11 @@ public:
         if (kept.empty())
             throw Failure("no entry is left to fit between " + textOf(options.low) + " and " + textOf(options.high) +
                           (made.warnings.empty() ? "" : ": " + made.warnings.back()));
-        const double usual = isLikelihood ? usualScale() : 1.0;
+        const double defaultStart = isLikelihood ? usualScale() : 1.0;
         if (options.compare == Compare::Centre)
-            addAll(middle, usual);
+            addAll(middle, defaultStart);
         else
-            addAll(legendre, usual);
+            addAll(legendre, defaultStart);
         return std::move(made);
     }
 
@@ -94,14 +94,14 @@ private:
         return squares > 0.0 ? weights / squares : 1.0;
     }
 
-    double scaleOf(const Entry& entry, double usual) const {
+    double scaleOf(const Entry& entry, double defaultStart) const {
         if (!isLikelihood)
             return 1.0 / entry.error;
-        return entry.y > 0.0 && entry.error > 0.0 ? entry.y / (entry.error * entry.error) : usual;
+        return entry.y > 0.0 && entry.error > 0.0 ? entry.y / (entry.error * entry.error) : defaultStart;
     }
 
     template <typename Rule>
-    void addAll(const Rule& rule, double usual) {
+    void addAll(const Rule& rule, double defaultStart) {
         made.places.resize(rule.size());
         made.factors.resize(rule.size());
         for (std::size_t i = 0; i < rule.size(); ++i) {
@@ -113,7 +113,7 @@ private:
         for (const Entry* const each : kept) {
             const Entry& entry = *each;
             // The root of a number of counts, squared, is that number but for rounding.
-            const double scale = scaleOf(entry, usual);
+            const double scale = scaleOf(entry, defaultStart);
             const double exact = isLikelihood && std::fabs(scale - 1.0) < 1e-12 ? 1.0 : scale;
             const double width = options.compare == Compare::Integral ? entry.high - entry.low : 1.0;
             for (std::size_t i = 0; i < rule.size(); ++i) {

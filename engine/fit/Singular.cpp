@@ -9,15 +9,15 @@ namespace velmorak::fitting {
 namespace {
 
 /// Directions along which the function changes by less than this part of its change along others are lost in rounding.
-constexpr double leastPart = 1e-12;
+constexpr double minPart = 1e-12;
 
-std::string quoted(const Problem& problem, std::size_t parameter) {
+std::string quoted(const LeastSquaresProblem& problem, std::size_t parameter) {
     return "\"" + problem.model().names[parameter] + "\"";
 }
 
 }  // namespace
 
-void refuseSingular(const Problem& problem, const MatrixXd& r, const Selection& chosen) {
+void refuseSingular(const LeastSquaresProblem& problem, const MatrixXd& r, const Selection& chosen) {
     const Eigen::Index n = r.cols();
     VectorXd norms = r.colwise().norm();
     for (Eigen::Index k = 0; k < n; ++k)
@@ -26,14 +26,14 @@ void refuseSingular(const Problem& problem, const MatrixXd& r, const Selection& 
                           " for the entries that are fitted; fix it, or give it another start value");
     const MatrixXd scaled = r * norms.cwiseInverse().asDiagonal();
     const Eigen::ColPivHouseholderQR<MatrixXd> rotation(scaled);
-    const MatrixXd& triangle = rotation.matrixQR();
-    if (std::fabs(triangle(n - 1, n - 1)) > leastPart * std::fabs(triangle(0, 0)))
+    const MatrixXd& rFactor = rotation.matrixQR();
+    if (std::fabs(rFactor(n - 1, n - 1)) > minPart * std::fabs(rFactor(0, 0)))
         return;
     VectorXd direction = VectorXd::Zero(n);
     direction[n - 1] = 1.0;
-    direction.head(n - 1) = triangle.topLeftCorner(n - 1, n - 1)
+    direction.head(n - 1) = rFactor.topLeftCorner(n - 1, n - 1)
                                 .triangularView<Eigen::Upper>()
-                                .solve(VectorXd(-triangle.col(n - 1).head(n - 1)));
+                                .solve(VectorXd(-rFactor.col(n - 1).head(n - 1)));
     direction = rotation.colsPermutation() * direction;
     std::string names;
     for (Eigen::Index k = 0; k < n; ++k)
@@ -43,7 +43,7 @@ void refuseSingular(const Problem& problem, const MatrixXd& r, const Selection& 
                   " apart (the matrix is singular); fix one of them, or use a simpler model");
 }
 
-std::string listed(const Problem& problem, const std::vector<double>& values, const Selection& chosen) {
+std::string listed(const LeastSquaresProblem& problem, const std::vector<double>& values, const Selection& chosen) {
     std::string text;
     for (const std::size_t position : chosen)
         text += (text.empty() ? "" : ", ") + problem.model().names[position] + "=" + textOf(values[position]);

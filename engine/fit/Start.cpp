@@ -13,7 +13,7 @@ namespace {
 /// heights, which are a linear problem.
 class Estimator {
 public:
-    Estimator(Problem& fitted, const FitParameters& known) : problem(fitted), model(fitted.model()), given(known) {
+    Estimator(LeastSquaresProblem& fitted, const FitParameters& known) : problem(fitted), model(fitted.model()), given(known) {
         const std::size_t n = model.parameters.size();
         values.resize(n);
         isOpen.resize(n);
@@ -25,7 +25,7 @@ public:
         for (std::size_t i = 0; i < n; ++i) {
             const auto found = given.find(model.names[i]);
             isOpen[i] = found == given.end() || !found->second.start;
-            values[i] = isOpen[i] ? usual(i) : *found->second.start;
+            values[i] = isOpen[i] ? defaultStart(i) : *found->second.start;
             wanted[i] = isOpen[i];
         }
         isAnyOpen = std::find(isOpen.begin(), isOpen.end(), true) != isOpen.end();
@@ -48,9 +48,9 @@ public:
     }
 
 private:
-    double usual(std::size_t i) const {
+    double defaultStart(std::size_t i) const {
         const ModelParameter& parameter = model.parameters[i];
-        double value = parameter.usual;
+        double value = parameter.defaultStart;
         if (parameter.role == Role::Location)
             value = lowest + 0.5 * span;
         else if (parameter.role == Role::Width)
@@ -85,7 +85,7 @@ private:
             if (!isLinear[i])
                 continue;
             values[i] = 0.0;
-            const bool isPolynomial = model.parameters[i].usual == 0.0 && model.parameters[i].role == Role::Height;
+            const bool isPolynomial = model.parameters[i].defaultStart == 0.0 && model.parameters[i].role == Role::Height;
             if (model.parameters[i].shape <= shape || isPolynomial)
                 chosen.push_back(i);
         }
@@ -180,7 +180,7 @@ private:
         }
     }
 
-    Problem& problem;
+    LeastSquaresProblem& problem;
     const Model& model;
     const FitParameters& given;
     std::vector<double> values;
@@ -195,7 +195,7 @@ private:
 
 }  // namespace
 
-std::vector<double> startValues(Problem& problem, const FitParameters& given) {
+std::vector<double> startValues(LeastSquaresProblem& problem, const FitParameters& given) {
     return Estimator(problem, given).run();
 }
 

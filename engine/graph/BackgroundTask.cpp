@@ -5,8 +5,8 @@
 
 namespace velmorak {
 
-std::shared_ptr<WorkAside> WorkAside::begin(std::function<void(WorkAside&)> work) {
-    auto made = std::make_shared<WorkAside>();
+std::shared_ptr<BackgroundTask> BackgroundTask::begin(std::function<void(BackgroundTask&)> work) {
+    auto made = std::make_shared<BackgroundTask>();
     // Nothing can end a thread that the kernel holds, so it cannot be joined.
     std::thread([made, work = std::move(work)]() mutable {
         work(*made);
@@ -16,19 +16,19 @@ std::shared_ptr<WorkAside> WorkAside::begin(std::function<void(WorkAside&)> work
     return made;
 }
 
-void WorkAside::advance() {
+void BackgroundTask::advance() {
     const std::lock_guard guard(mutex);
     ++steps;
     changed.notify_all();
 }
 
-void WorkAside::end() {
+void BackgroundTask::end() {
     const std::lock_guard guard(mutex);
     isDone = true;
     changed.notify_all();
 }
 
-bool WorkAside::wait(std::chrono::milliseconds patience) {
+bool BackgroundTask::wait(std::chrono::milliseconds patience) {
     std::unique_lock guard(mutex);
     std::uint64_t seen = steps;
     while (changed.wait_for(guard, patience, [&] { return isDone || steps != seen; }) && !isDone)

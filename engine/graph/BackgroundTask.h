@@ -13,10 +13,10 @@ namespace velmorak {
 /// Work that may wait without end, because a file system does not answer. It has a thread of its own, which is left
 /// behind where nobody wants to wait for it any longer.
 /// Threads: every operation may be called on any thread.
-class WorkAside {
+class BackgroundTask {
 public:
     /// Begins the work, which must own all that it uses and must not throw.
-    static std::shared_ptr<WorkAside> begin(std::function<void(WorkAside&)> work);
+    static std::shared_ptr<BackgroundTask> begin(std::function<void(BackgroundTask&)> work);
 
     /// For the work: it has got hold of something.
     void advance();

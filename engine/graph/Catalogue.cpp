@@ -26,7 +26,7 @@ Shared& shared() {
 
 }  // namespace
 
-Catalogue::Catalogue(Places where, const std::string& factory) : places(std::move(where)) {
+Catalogue::Catalogue(SearchPath where, const std::string& factory) : places(std::move(where)) {
     for (OfferedKind& offered : loadCollections(places.collections, factory)) {
         records.push_back(std::move(offered.record));
         made.push_back(std::move(offered.kind));
@@ -47,8 +47,8 @@ bool Catalogue::isExample(const fs::path& file) const {
     });
 }
 
-Catalogue::Places standardPlaces() {
-    Catalogue::Places places{pathList("VELMORAK_COLLECTIONS"), pathList("VELMORAK_EXAMPLES")};
+Catalogue::SearchPath standardPlaces() {
+    Catalogue::SearchPath places{pathList("VELMORAK_COLLECTIONS"), pathList("VELMORAK_EXAMPLES")};
     const fs::path library = libraryFolder();
     places.collections.push_back(library / "collections");
     places.examples.push_back((library / VELMORAK_SHARE_FROM_LIB / "examples").lexically_normal());

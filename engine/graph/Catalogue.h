@@ -16,14 +16,14 @@ namespace velmorak {
 class Catalogue {
 public:
     /// Folders in which collections, and groups of examples, are looked for; earlier ones win.
-    struct Places {
+    struct SearchPath {
         std::vector<std::filesystem::path> collections;
         std::vector<std::filesystem::path> examples;
     };
 
     /// Loads every collection that offers the factory. One that cannot be used is reported on standard error and
     /// skipped.
-    Catalogue(Places where, const std::string& factory);
+    Catalogue(SearchPath where, const std::string& factory);
 
     const std::vector<QzKind>& kinds() const { return records; }
     const std::vector<QzExample>& examples() const { return exampleRecords; }
@@ -35,14 +35,14 @@ public:
     bool isExample(const std::filesystem::path& file) const;
 
 private:
-    Places places;
+    SearchPath places;
     std::vector<QzKind> records;
     std::vector<std::unique_ptr<Kind>> made;
     std::vector<QzExample> exampleRecords;
 };
 
 /// VELMORAK_COLLECTIONS and VELMORAK_EXAMPLES, then what lies beside the library.
-Catalogue::Places standardPlaces();
+Catalogue::SearchPath standardPlaces();
 
 /// The program's catalogue. Made by the first call, with its factory; later calls give the same.
 const Catalogue& sharedCatalogue(const std::string& factory);

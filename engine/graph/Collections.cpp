@@ -21,9 +21,9 @@ namespace fs = std::filesystem;
 using Factory = void (*)(Registry&);
 
 /// Takes in the kinds of one collection; one that cannot be offered is reported and left out.
-class Intake : public Registry {
+class KindRegistry : public Registry {
 public:
-    Intake(fs::path sharedObject, std::string firstGroup)
+    KindRegistry(fs::path sharedObject, std::string firstGroup)
         : object(std::move(sharedObject)), currentGroup(std::move(firstGroup)) {}
 
     void group(const std::string& name) override { currentGroup = name; }
@@ -40,20 +40,20 @@ private:
     std::vector<OfferedKind> kinds;
 };
 
-void Intake::add(std::unique_ptr<Kind> kind) {
+void KindRegistry::add(std::unique_ptr<Kind> kind) {
     if (!kind) {
         refuse("", "it is null");
         return;
     }
     QzKind record;
     std::string objection;
-    const std::optional<Problem> problem = problemIn([&] {
+    const std::optional<NodeError> error = errorIn([&] {
         record.name = kind->name();
         record.summary = validUtf8(kind->summary());
         objection = objectionTo(*kind, record);
     });
-    if (problem) {
-        objection = withoutFullStop(problem->sentence);
+    if (error) {
+        objection = withoutFullStop(error->sentence);
     }
     if (!objection.empty()) {
         refuse(record.name, objection);
@@ -66,7 +66,7 @@ void Intake::add(std::unique_ptr<Kind> kind) {
     kinds.push_back({std::move(record), std::move(kind)});
 }
 
-std::string Intake::objectionTo(const Kind& kind, const QzKind& record) const {
+std::string KindRegistry::objectionTo(const Kind& kind, const QzKind& record) const {
     if (const std::string reason = nameObjection(record.name); !reason.empty()) {
         return "its name " + shownName(record.name) + ' ' + reason;
     }
@@ -76,9 +76,9 @@ std::string Intake::objectionTo(const Kind& kind, const QzKind& record) const {
     return portsObjection(kind.ports({}));
 }
 
-void Intake::refuse(const std::string& name, const std::string& reason) const {
+void KindRegistry::refuse(const std::string& name, const std::string& reason) const {
     const std::string subject = nameObjection(name).empty() ? "The kind " + name : "A kind";
-    say(subject + " of the collection " + object.string() + " is skipped: " + reason + ".");
+    printMessage(subject + " of the collection " + object.string() + " is skipped: " + reason + ".");
 }
 
 /// The library stays loaded to the end of the program, also when it is refused: what it has started may still run.
@@ -90,7 +90,7 @@ std::vector<OfferedKind> kindsOf(const fs::path& object, const std::string& fact
                                  " of the kit, and this library with " VELMORAK_SDK_VERSION "; build it again");
     }
     const auto call = reinterpret_cast<Factory>(symbolIn(library, factory.c_str()));
-    Intake intake(object, object.stem().string());
+    KindRegistry intake(object, object.stem().string());
     call(intake);
     return intake.takeKinds();
 }
@@ -131,14 +131,14 @@ void Loader::load(const fs::path& object) {
         return;
     const LoadingNote note(notes, object);
     if (note.isOfAnEndedProgram()) {
-        say("The collection " + object.string() +
+        printMessage("The collection " + object.string() +
             " is skipped: a program ended while it was loading it. Replace the file, or remove " +
             note.file().string() + " to have it loaded again.");
         return;
     }
     std::vector<OfferedKind> offered;
-    if (const std::optional<Problem> problem = problemIn([&] { offered = kindsOf(object, factory); })) {
-        say("The collection " + object.string() + " is skipped: " + withoutFullStop(problem->sentence) + ".");
+    if (const std::optional<NodeError> error = errorIn([&] { offered = kindsOf(object, factory); })) {
+        printMessage("The collection " + object.string() + " is skipped: " + withoutFullStop(error->sentence) + ".");
     }
     for (OfferedKind& each : offered) {
         take(std::move(each));
@@ -148,7 +148,7 @@ void Loader::load(const fs::path& object) {
 void Loader::take(OfferedKind offered) {
     const std::string& name = offered.record.name;
     if (!names.insert(name).second) {
-        say("The kind " + name + " of the collection " + offered.record.library +
+        printMessage("The kind " + name + " of the collection " + offered.record.library +
             " is skipped: another kind has that name.");
     } else {
         kinds.push_back(std::move(offered));

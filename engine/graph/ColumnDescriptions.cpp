@@ -20,8 +20,8 @@ namespace velmorak {
 namespace {
 
 /// Of 64 kB each: enough for the header of any table, and read before a user notices.
-constexpr std::uint64_t mostPieces = 64;
-constexpr std::size_t mostColumns = 40;
+constexpr std::uint64_t maxPieces = 64;
+constexpr std::size_t maxColumns = 40;
 
 std::string onOneLine(const std::string& name) {
     std::string line = validUtf8(name);
@@ -32,7 +32,7 @@ std::string onOneLine(const std::string& name) {
 
 std::string sentenceOn(const Schema& schema) {
     std::string sentence = schema.size() == 1 ? "\nColumn: " : "\nColumns: ";
-    const std::size_t shown = std::min(schema.size(), mostColumns);
+    const std::size_t shown = std::min(schema.size(), maxColumns);
     for (std::size_t i = 0; i < shown; ++i) {
         const ColumnInfo& column = schema[i];
         const std::string unit = column.unit.empty() ? "" : ", " + onOneLine(column.unit);
@@ -45,30 +45,30 @@ std::string sentenceOn(const Schema& schema) {
 }
 
 /// Is told to stop when enough was read, and when nobody waits any more.
-class AsideContext : public LookContext {
+class AsideContext : public PreviewContext {
 public:
-    AsideContext(const Pipeline& beside, const WorkAside& work) : LookContext(beside, mostPieces), work(work) {}
-    bool isStopping() const override { return work.isStopping() || LookContext::isStopping(); }
+    AsideContext(const Pipeline& beside, const BackgroundTask& work) : PreviewContext(beside, maxPieces), work(work) {}
+    bool isStopping() const override { return work.isStopping() || PreviewContext::isStopping(); }
 
 private:
-    const WorkAside& work;
+    const BackgroundTask& work;
 };
 
 /// What decides on the columns, and how they are found. Used by a thread of its own.
-struct Look {
+struct PreviewRequest {
     const Source& kind;
     PipelineNode node;
     Pipeline beside;
-    ColumnsFound before;
+    PreviewedColumns before;
 
     NodeArguments arguments() const { return {node, std::vector<Arrival>(node.inputs.size())}; }
     /// Differs whenever one of the files does.
-    std::string keyOfFiles(LookContext& context) const;
-    std::string sentence(LookContext& context) const;
-    ColumnsFound found(const WorkAside& work) const;
+    std::string keyOfFiles(PreviewContext& context) const;
+    std::string sentence(PreviewContext& context) const;
+    PreviewedColumns found(const BackgroundTask& work) const;
 };
 
-std::string Look::keyOfFiles(LookContext& context) const {
+std::string PreviewRequest::keyOfFiles(PreviewContext& context) const {
     std::string key;
     for (const std::filesystem::path& file : kind.files(arguments(), context)) {
         if (const std::optional<FileStamp> stamp = stampOf(file)) {
@@ -81,23 +81,23 @@ std::string Look::keyOfFiles(LookContext& context) const {
     return key;
 }
 
-std::string Look::sentence(LookContext& context) const {
+std::string PreviewRequest::sentence(PreviewContext& context) const {
     const std::unique_ptr<TableReader> reader = kind.open(arguments(), context);
     return reader ? sentenceOn(reader->schema()) : "";
 }
 
-ColumnsFound Look::found(const WorkAside& work) const {
+PreviewedColumns PreviewRequest::found(const BackgroundTask& work) const {
     const std::string title = visible(titleOf(node));
     const CrashNote note(title.c_str());
-    ColumnsFound now;
+    PreviewedColumns now;
     // What is wrong with the values or the file, a run will say.
-    const std::optional<Problem> problem = problemIn([&] {
+    const std::optional<NodeError> error = errorIn([&] {
         AsideContext stamps(beside, work);
         now.key = "looked" + keyOfFiles(stamps);
         AsideContext columns(beside, work);
         now.sentence = now.key == before.key ? before.sentence : sentence(columns);
     });
-    return problem ? ColumnsFound{} : now;
+    return error ? PreviewedColumns{} : now;
 }
 
 PipelineNode nodeOf(const QzBase::Part& part, const std::string& name) {
@@ -124,18 +124,18 @@ std::string subjectOf(const QzBase::Part& part, const Pipeline& beside) {
 
 /// Begins a look, and waits for it as long as a user would, unless another file keeps somebody waiting already.
 void lookAside(QzBase& node, const Source& kind, const Pipeline& beside, const std::string& subject) {
-    constexpr std::size_t mostAtOnce = 8;
+    constexpr std::size_t maxAtOnce = 8;
     QzBase::Part& part = QzBase::Part::of(node);
     QzManager::Part& owner = QzManager::Part::of(*part.manager);
     const std::size_t overdue = owner.looks.overdue();
-    if (overdue >= mostAtOnce) {
+    if (overdue >= maxAtOnce) {
         return;
     }
     // The key is that of the file alone: for other values, the same file may have other columns.
-    const ColumnsFound before = part.columnsSubject == subject ? part.columns : ColumnsFound{};
-    const auto found = std::make_shared<ColumnsFound>();
+    const PreviewedColumns before = part.columnsSubject == subject ? part.columns : PreviewedColumns{};
+    const auto found = std::make_shared<PreviewedColumns>();
     part.look = owner.looks.begin(subject, found,
-                                  [look = Look{kind, nodeOf(part, node.name), beside, before}, found](WorkAside& work) {
+                                  [look = PreviewRequest{kind, nodeOf(part, node.name), beside, before}, found](BackgroundTask& work) {
                                       *found = look.found(work);
                                   });
     part.look->work->wait(overdue == 0 ? owner.looks.patience : std::chrono::milliseconds(0));
@@ -168,7 +168,7 @@ void findColumns(QzBase& node, const Source& kind) {
 
 }  // namespace
 
-void tellColumns(QzBase& node) {
+void updateColumnDescriptions(QzBase& node) {
     QzBase::Part& part = QzBase::Part::of(node);
     const auto* kind = dynamic_cast<const Source*>(part.kind);
     if (kind == nullptr || !kind->tellsColumns()) {

@@ -6,7 +6,7 @@
 
 namespace velmorak {
 
-ColumnLooks::~ColumnLooks() {
+ColumnPreviews::~ColumnPreviews() {
     constexpr std::chrono::milliseconds timeToStop(250);
     for (const auto& look : all) {
         look->work->stop();
@@ -19,14 +19,14 @@ ColumnLooks::~ColumnLooks() {
     }
 }
 
-std::shared_ptr<ColumnLook> ColumnLooks::begin(const std::string& subject, std::shared_ptr<const ColumnsFound> found,
-                                               std::function<void(WorkAside&)> work) {
+std::shared_ptr<ColumnPreview> ColumnPreviews::begin(const std::string& subject, std::shared_ptr<const PreviewedColumns> found,
+                                               std::function<void(BackgroundTask&)> work) {
     all.push_back(
-        std::make_shared<ColumnLook>(ColumnLook{subject, WorkAside::begin(std::move(work)), std::move(found)}));
+        std::make_shared<ColumnPreview>(ColumnPreview{subject, BackgroundTask::begin(std::move(work)), std::move(found)}));
     return all.back();
 }
 
-std::size_t ColumnLooks::overdue() {
+std::size_t ColumnPreviews::overdue() {
     std::erase_if(all, [](const auto& look) { return look->work->wait(std::chrono::milliseconds(0)); });
     return all.size();
 }

@@ -16,7 +16,7 @@ namespace velmorak {
 namespace {
 
 // As many as the document itself may name; a known kind has its ports whether they are named or not.
-constexpr std::size_t mostPorts = 1'000'000;
+constexpr std::size_t maxPorts = 1'000'000;
 
 /// One document on its way into the manager. Nothing but messages leaves it before commit.
 class Loading {
@@ -67,7 +67,7 @@ void Loading::makeNodes() {
         byName.emplace(document.plugins[i].name, i);
         nodes.push_back(nodeFromDocument(manager, document.plugins[i], names[i], notes));
         ports += nodes.back()->Inputs().size() + nodes.back()->Outputs().size();
-        if (ports > mostPorts)
+        if (ports > maxPorts)
             throw DocumentError(document.plugins[i].line, "the plug-ins have more than 1000000 inputs and outputs");
     }
 }
@@ -89,10 +89,10 @@ void Loading::wireInput(std::size_t receiverNumber, const DocumentInput& input) 
     if (position >= 0 && output >= 0)
         bind(receiver, static_cast<std::size_t>(position), *nodes[sender->second], static_cast<std::size_t>(output));
     else if (keepsLooseEnds)
-        part.keepsakes.looseSources[input.name] = *input.from;
+        part.keepsakes.danglingSources[input.name] = *input.from;
     else
         notes.add(input.line, nameForMessages(receiver) + ", input " + input.name + ": the binding to " +
-                                  inQuotes(input.from->output) + " of " + inQuotes(input.from->plugin) +
+                                  quote(input.from->output) + " of " + quote(input.from->plugin) +
                                   " is dropped, because there is no such " + (position < 0 ? "input" : "output"));
 }
 

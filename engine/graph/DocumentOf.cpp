@@ -18,8 +18,8 @@ DocumentInput inputOf(const QzBase::Part& part, std::size_t position) {
         made.value = input.value;
     if (input.source != nullptr) {
         made.from = {input.source->name, QzBase::Part::of(*input.source).outputs[input.sourceOutput].name};
-    } else if (const auto loose = part.keepsakes.looseSources.find(input.name);
-               loose != part.keepsakes.looseSources.end()) {
+    } else if (const auto loose = part.keepsakes.danglingSources.find(input.name);
+               loose != part.keepsakes.danglingSources.end()) {
         made.from = loose->second;
     }
     made.foreign = fieldsOf(part.keepsakes.inputFields, input.name);
@@ -36,7 +36,7 @@ DocumentPlugin pluginOf(const QzBase& node) {
     made.isCollapsed = !part.isExpanded;
     for (std::size_t i = 0; i < part.inputs.size(); ++i)
         made.inputs.push_back(inputOf(part, i));
-    for (const StrayInput& stray : part.keepsakes.strayInputs)
+    for (const UnknownInput& stray : part.keepsakes.strayInputs)
         made.inputs.push_back(stray);
     for (const QzBase::Output& output : part.outputs)
         made.outputs.push_back({output.name, output.type, fieldsOf(part.keepsakes.outputFields, output.name)});

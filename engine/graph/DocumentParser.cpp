@@ -12,11 +12,11 @@
 namespace velmorak {
 namespace {
 
-using Shape = JsonValue::Shape;
+using JsonType = JsonValue::JsonType;
 
 // Far more than anybody draws, and no more than fits into memory together with their plug-ins.
-constexpr std::size_t mostPlugins = 100'000;
-constexpr std::size_t mostPorts = 1'000'000;
+constexpr std::size_t maxPlugins = 100'000;
+constexpr std::size_t maxPorts = 1'000'000;
 
 /// What every check of a value needs: the text, for line numbers and for fields that are kept as they stand.
 class Parser {
@@ -40,7 +40,7 @@ private:
     std::string textIn(const JsonValue& value, std::string_view name) const;
     std::string nameIn(const Fields& found, std::string_view name, const JsonValue& object) const;
     float coordinate(const JsonValue& value) const;
-    const JsonValue& shaped(const JsonValue& value, Shape shape, const std::string& reason) const;
+    const JsonValue& shaped(const JsonValue& value, JsonType type, const std::string& reason) const;
 
     void checkVersion(const JsonValue& version) const;
     DocumentPlugin plugin(const JsonValue& object) const;
@@ -79,7 +79,7 @@ Parser::Fields Parser::fields(const JsonValue& object, std::initializer_list<std
         if (std::find(known.begin(), known.end(), name) == known.end())
             foreign.push_back({std::move(name), std::string(written(value))});
         else if (!found.emplace(name, value).second)
-            fail(value, "the field " + inQuotes(name) + " stands twice in one object.");
+            fail(value, "the field " + quote(name) + " stands twice in one object.");
     });
     return found;
 }
@@ -87,37 +87,37 @@ Parser::Fields Parser::fields(const JsonValue& object, std::initializer_list<std
 const JsonValue& Parser::needed(const Fields& found, std::string_view name, const JsonValue& object) const {
     const auto at = found.find(name);
     if (at == found.end())
-        fail(object, "the field " + inQuotes(name) + " is missing.");
+        fail(object, "the field " + quote(name) + " is missing.");
     return at->second;
 }
 
 std::string Parser::textIn(const JsonValue& value, std::string_view name) const {
-    return unquoted(text, shaped(value, Shape::Text, "the field " + inQuotes(name) + " must be a text."));
+    return unquoted(text, shaped(value, JsonType::Text, "the field " + quote(name) + " must be a text."));
 }
 
 std::string Parser::nameIn(const Fields& found, std::string_view name, const JsonValue& object) const {
     const JsonValue& value = needed(found, name, object);
     std::string made = textIn(value, name);
     if (made.empty())
-        fail(value, "the field " + inQuotes(name) + " must not be empty.");
+        fail(value, "the field " + quote(name) + " must not be empty.");
     return made;
 }
 
-const JsonValue& Parser::shaped(const JsonValue& value, Shape shape, const std::string& reason) const {
-    if (value.shape != shape)
+const JsonValue& Parser::shaped(const JsonValue& value, JsonType type, const std::string& reason) const {
+    if (value.type != type)
         fail(value, reason);
     return value;
 }
 
 float Parser::coordinate(const JsonValue& value) const {
-    const double number = numberIn(text, shaped(value, Shape::Number, "the field \"position\" must hold two numbers."));
+    const double number = numberIn(text, shaped(value, JsonType::Number, "the field \"position\" must hold two numbers."));
     if (std::abs(number) > static_cast<double>(std::numeric_limits<float>::max()))
         fail(value, "a coordinate is out of range.");
     return static_cast<float>(number);
 }
 
 void Parser::checkVersion(const JsonValue& version) const {
-    const JsonValue& number = shaped(version, Shape::Number, "the field \"zedra\" must be a number.");
+    const JsonValue& number = shaped(version, JsonType::Number, "the field \"zedra\" must be a number.");
     if (numberIn(text, number) != 1.0)
         fail(version, "the document is of version " + std::string(written(version).substr(0, 40)) +
                           " of the format; this program reads version 1.");
@@ -126,13 +126,13 @@ void Parser::checkVersion(const JsonValue& version) const {
 void Parser::keepNamesApart(std::set<std::string>& taken, const std::string& name, const char* what,
                             const JsonValue& at) const {
     if (!taken.insert(name).second)
-        fail(at, std::string("two ") + what + " are named " + inQuotes(name) + ".");
+        fail(at, std::string("two ") + what + " are named " + quote(name) + ".");
 }
 
 /// The items of a list that must have two.
 std::vector<JsonValue> Parser::pairIn(const JsonValue& value, const std::string& reason) const {
     std::vector<JsonValue> items;
-    forEachItem(text, shaped(value, Shape::List, reason), [&](const JsonValue& item) {
+    forEachItem(text, shaped(value, JsonType::List, reason), [&](const JsonValue& item) {
         if (items.size() == 2)
             fail(value, reason);
         items.push_back(item);
@@ -151,11 +151,11 @@ void Parser::place(const JsonValue& value, DocumentPlugin& plugin) const {
 OutputName Parser::source(const JsonValue& value) const {
     const std::string reason = "the field \"from\" must be a list of two texts: plug-in and output.";
     const std::vector<JsonValue> pair = pairIn(value, reason);
-    return {unquoted(text, shaped(pair[0], Shape::Text, reason)), unquoted(text, shaped(pair[1], Shape::Text, reason))};
+    return {unquoted(text, shaped(pair[0], JsonType::Text, reason)), unquoted(text, shaped(pair[1], JsonType::Text, reason))};
 }
 
 DocumentInput Parser::input(const JsonValue& object) const {
-    shaped(object, Shape::Object, "an input must be an object.");
+    shaped(object, JsonType::Object, "an input must be an object.");
     DocumentInput made;
     const Fields found = fields(object, {"name", "value", "from"}, made.foreign);
     made.line = line(object);
@@ -168,7 +168,7 @@ DocumentInput Parser::input(const JsonValue& object) const {
 }
 
 DocumentOutput Parser::output(const JsonValue& object) const {
-    shaped(object, Shape::Object, "an output must be an object.");
+    shaped(object, JsonType::Object, "an output must be an object.");
     DocumentOutput made;
     const Fields found = fields(object, {"name", "type"}, made.foreign);
     made.name = nameIn(found, "name", object);
@@ -178,7 +178,7 @@ DocumentOutput Parser::output(const JsonValue& object) const {
 }
 
 DocumentPlugin Parser::plugin(const JsonValue& object) const {
-    shaped(object, Shape::Object, "a plug-in must be an object.");
+    shaped(object, JsonType::Object, "a plug-in must be an object.");
     DocumentPlugin made;
     const Fields found = fields(object, {"name", "kind", "position", "collapsed", "inputs", "outputs"}, made.foreign);
     made.line = line(object);
@@ -188,7 +188,7 @@ DocumentPlugin Parser::plugin(const JsonValue& object) const {
         place(at->second, made);
     if (const auto at = found.find("collapsed"); at != found.end())
         made.isCollapsed =
-            text[shaped(at->second, Shape::Boolean, "the field \"collapsed\" must be true or false.").begin] == 't';
+            text[shaped(at->second, JsonType::Boolean, "the field \"collapsed\" must be true or false.").begin] == 't';
     if (const auto at = found.find("inputs"); at != found.end())
         inputs(at->second, made);
     if (const auto at = found.find("outputs"); at != found.end())
@@ -197,13 +197,13 @@ DocumentPlugin Parser::plugin(const JsonValue& object) const {
 }
 
 void Parser::countPort(const JsonValue& at) const {
-    if (++ports > mostPorts)
+    if (++ports > maxPorts)
         fail(at, "the document has more than 1000000 inputs and outputs.");
 }
 
 void Parser::inputs(const JsonValue& list, DocumentPlugin& plugin) const {
     std::set<std::string> names;
-    forEachItem(text, shaped(list, Shape::List, "the field \"inputs\" must be a list."), [&](const JsonValue& item) {
+    forEachItem(text, shaped(list, JsonType::List, "the field \"inputs\" must be a list."), [&](const JsonValue& item) {
         countPort(item);
         plugin.inputs.push_back(input(item));
         keepNamesApart(names, plugin.inputs.back().name, "inputs of a plug-in", item);
@@ -212,7 +212,7 @@ void Parser::inputs(const JsonValue& list, DocumentPlugin& plugin) const {
 
 void Parser::outputs(const JsonValue& list, DocumentPlugin& plugin) const {
     std::set<std::string> names;
-    forEachItem(text, shaped(list, Shape::List, "the field \"outputs\" must be a list."), [&](const JsonValue& item) {
+    forEachItem(text, shaped(list, JsonType::List, "the field \"outputs\" must be a list."), [&](const JsonValue& item) {
         countPort(item);
         plugin.outputs.push_back(output(item));
         keepNamesApart(names, plugin.outputs.back().name, "outputs of a plug-in", item);
@@ -220,7 +220,7 @@ void Parser::outputs(const JsonValue& list, DocumentPlugin& plugin) const {
 }
 
 Document Parser::document(const JsonValue& root) const {
-    shaped(root, Shape::Object, "a document must be an object.");
+    shaped(root, JsonType::Object, "a document must be an object.");
     Document made;
     const Fields found = fields(root, {"zedra", "summary", "plugins"}, made.foreign);
     checkVersion(needed(found, "zedra", root));
@@ -228,9 +228,9 @@ Document Parser::document(const JsonValue& root) const {
         made.summary = textIn(at->second, "summary");
     std::set<std::string> names;
     const JsonValue& plugins = needed(found, "plugins", root);
-    forEachItem(text, shaped(plugins, Shape::List, "the field \"plugins\" must be a list."),
+    forEachItem(text, shaped(plugins, JsonType::List, "the field \"plugins\" must be a list."),
                 [&](const JsonValue& item) {
-                    if (made.plugins.size() == mostPlugins)
+                    if (made.plugins.size() == maxPlugins)
                         fail(item, "the document has more than 100000 plug-ins.");
                     made.plugins.push_back(plugin(item));
                     keepNamesApart(names, made.plugins.back().name, "plug-ins", item);

@@ -9,25 +9,25 @@ namespace velmorak {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using Shape = JsonValue::Shape;
+using JsonType = JsonValue::JsonType;
 
 constexpr std::string_view between = " \t\r\n,:";
 
-Shape shapeOf(char first) {
+JsonType typeOf(char first) {
     switch (first) {
         case '{':
-            return Shape::Object;
+            return JsonType::Object;
         case '[':
-            return Shape::List;
+            return JsonType::List;
         case '"':
-            return Shape::Text;
+            return JsonType::Text;
         case 't':
         case 'f':
-            return Shape::Boolean;
+            return JsonType::Boolean;
         case 'n':
-            return Shape::Null;
+            return JsonType::Null;
         default:
-            return Shape::Number;
+            return JsonType::Number;
     }
 }
 
@@ -55,11 +55,11 @@ std::size_t endOfNest(std::string_view text, std::size_t begin) {
 
 JsonValue valueAt(std::string_view text, std::size_t begin) {
     JsonValue found;
-    found.shape = shapeOf(text[begin]);
+    found.type = typeOf(text[begin]);
     found.begin = begin;
-    if (found.shape == Shape::Text)
+    if (found.type == JsonType::Text)
         found.end = endOfText(text, begin);
-    else if (found.shape == Shape::List || found.shape == Shape::Object)
+    else if (found.type == JsonType::List || found.type == JsonType::Object)
         found.end = endOfNest(text, begin);
     else
         found.end = std::min(text.find_first_of(" \t\r\n,]}", begin), text.size());

@@ -22,9 +22,9 @@ private:
 /// Where a value stands in a JSON text. Nothing is made of it before it is asked for, so that a text takes no more
 /// memory than itself, and a number no more digits than are written.
 struct JsonValue {
-    enum class Shape { Null, Boolean, Number, Text, List, Object };
+    enum class JsonType { Null, Boolean, Number, Text, List, Object };
 
-    Shape shape = Shape::Null;
+    JsonType type = JsonType::Null;
     std::size_t begin = 0;  ///< First byte.
     std::size_t end = 0;    ///< Behind the last byte.
 };

@@ -7,9 +7,9 @@
 namespace velmorak {
 namespace {
 
-using Shape = JsonValue::Shape;
+using JsonType = JsonValue::JsonType;
 
-constexpr int deepestLevel = 64;
+constexpr int maxDepth = 64;
 
 bool isDigit(char byte) {
     return byte >= '0' && byte <= '9';
@@ -17,7 +17,7 @@ bool isDigit(char byte) {
 
 std::string nameOf(char byte) {
     const bool isPrinted = byte > ' ' && byte < '\x7F';
-    return isPrinted ? inQuotes(std::string(1, byte)) : "the byte " + std::to_string(static_cast<unsigned char>(byte));
+    return isPrinted ? quote(std::string(1, byte)) : "the byte " + std::to_string(static_cast<unsigned char>(byte));
 }
 
 /// Walks over a text by the grammar of RFC 8259. It stands in for a library because those turn every number into a
@@ -40,7 +40,7 @@ private:
     template <typename Part>
     void parts(char end, int level, Part&& part);
     void member(int level);
-    Shape value(int level);
+    JsonType value(int level);
 
     std::string_view text;
     std::size_t at = 0;
@@ -55,7 +55,7 @@ void Check::fail(const std::string& expected) const {
 void Check::need(char byte) {
     blanks();
     if (at == text.size() || text[at] != byte)
-        fail(inQuotes(std::string(1, byte)));
+        fail(quote(std::string(1, byte)));
     ++at;
 }
 
@@ -112,7 +112,7 @@ void Check::word(std::string_view letters) {
 /// What stands between a bracket and its counterpart.
 template <typename Part>
 void Check::parts(char end, int level, Part&& part) {
-    if (level == deepestLevel)
+    if (level == maxDepth)
         throw DocumentError(lineOf(text, at), "nests deeper than 64 levels");
     ++at;
     blanks();
@@ -139,32 +139,32 @@ void Check::member(int level) {
     value(level);
 }
 
-Shape Check::value(int level) {
+JsonType Check::value(int level) {
     blanks();
     switch (ahead()) {
         case '{':
             parts('}', level, [&] { member(level + 1); });
-            return Shape::Object;
+            return JsonType::Object;
         case '[':
             parts(']', level, [&] { value(level + 1); });
-            return Shape::List;
+            return JsonType::List;
         case '"':
             quoted();
-            return Shape::Text;
+            return JsonType::Text;
         case 't':
             word("true");
-            return Shape::Boolean;
+            return JsonType::Boolean;
         case 'f':
             word("false");
-            return Shape::Boolean;
+            return JsonType::Boolean;
         case 'n':
             word("null");
-            return Shape::Null;
+            return JsonType::Null;
         default:
             if (!isDigit(ahead()) && ahead() != '-')
                 fail("a value");
             number();
-            return Shape::Number;
+            return JsonType::Number;
     }
 }
 
@@ -175,7 +175,7 @@ JsonValue Check::document() {
     blanks();
     JsonValue root;
     root.begin = at;
-    root.shape = value(0);
+    root.type = value(0);
     root.end = at;
     blanks();
     if (at < text.size())

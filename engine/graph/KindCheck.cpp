@@ -50,7 +50,7 @@ std::string doubleObjection(const std::vector<Spec>& specs, const std::string& w
     std::set<std::string> names;
     for (const Spec& spec : specs) {
         if (!names.insert(spec.name).second) {
-            return "two of its " + what + "s have the name " + inQuotes(spec.name);
+            return "two of its " + what + "s have the name " + quote(spec.name);
         }
     }
     return {};
@@ -81,7 +81,7 @@ std::string choicesObjection(const InputSpec& input) {
             return "has the choice " + shownName(choice) + ", which is no text of one line";
         }
         if (!seen.insert(choice).second) {
-            return "has the choice " + inQuotes(choice) + " twice";
+            return "has the choice " + quote(choice) + " twice";
         }
     }
     return {};
@@ -102,7 +102,7 @@ std::string defaultObjection(const InputSpec& input) {
 std::string inputObjection(const InputSpec& input) {
     for (const auto objection : {limitsObjection, choicesObjection, defaultObjection}) {
         if (const std::string reason = objection(input); !reason.empty()) {
-            return "its input " + inQuotes(input.name) + ' ' + reason;
+            return "its input " + quote(input.name) + ' ' + reason;
         }
     }
     return {};

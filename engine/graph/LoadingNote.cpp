@@ -30,7 +30,7 @@ std::string textFor(const fs::path& object) {
 
 std::string nameFor(const fs::path& object) {
     constexpr std::size_t enoughDigits = 16;
-    Digester digester;
+    Sha256 digester;
     digester.addText(object.string());
     return object.stem().string() + '-' + hexOf(digester.finish()).substr(0, enoughDigits);
 }

@@ -8,7 +8,7 @@
 namespace velmorak {
 namespace {
 
-constexpr std::size_t longestLine = 4000;
+constexpr std::size_t maxLineLength = 4000;
 
 bool continuesCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
@@ -16,12 +16,12 @@ bool continuesCharacter(char byte) {
 
 /// The beginning of a line says where it comes from, its end what is wrong.
 std::string withoutMiddle(const std::string& line) {
-    if (line.size() <= longestLine)
+    if (line.size() <= maxLineLength)
         return line;
-    std::size_t head = longestLine / 2;
+    std::size_t head = maxLineLength / 2;
     while (continuesCharacter(line[head]))
         --head;
-    std::size_t tail = line.size() - longestLine / 2;
+    std::size_t tail = line.size() - maxLineLength / 2;
     while (continuesCharacter(line[tail]))
         ++tail;
     return line.substr(0, head) + " ... " + line.substr(tail);
@@ -29,13 +29,13 @@ std::string withoutMiddle(const std::string& line) {
 
 }  // namespace
 
-void say(const std::string& sentence) {
+void printMessage(const std::string& sentence) {
     const std::string line = withoutMiddle(visible(sentence)) + '\n';
     std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
     std::cerr.flush();
 }
 
-std::string inQuotes(std::string_view text) {
+std::string quote(std::string_view text) {
     return '"' + visible(shortened(std::string(text))) + '"';
 }
 

@@ -26,15 +26,15 @@ public:
 };
 
 /// An input of a document that the plug-in's kind does not have.
-using StrayInput = DocumentInput;
+using UnknownInput = DocumentInput;
 
 /// What a document said about one plug-in and this build has no place for; written again with it.
-struct Keepsakes {
+struct UnknownFields {
     ForeignFields fields;
     std::map<std::string, ForeignFields> inputFields;
     std::map<std::string, ForeignFields> outputFields;
-    std::vector<StrayInput> strayInputs;
-    std::map<std::string, OutputName> looseSources;  ///< Of a plug-in of an unknown kind: by input, what is not there.
+    std::vector<UnknownInput> strayInputs;
+    std::map<std::string, OutputName> danglingSources;  ///< Of a plug-in of an unknown kind: by input, what is not there.
 };
 
 }  // namespace velmorak
@@ -49,10 +49,10 @@ struct QzBase::Part {
     std::vector<velmorak::InputSpec> inputSpecs;  ///< Parallel to inputs.
     std::vector<Output> outputs;
     std::vector<velmorak::OutputSpec> outputSpecs;  ///< Parallel to outputs.
-    velmorak::Keepsakes keepsakes;
-    velmorak::ColumnsFound columns;              ///< What a table reader's descriptions say of its columns.
+    velmorak::UnknownFields keepsakes;
+    velmorak::PreviewedColumns columns;              ///< What a table reader's descriptions say of its columns.
     std::string columnsSubject;                  ///< Values and places that this was found for.
-    std::shared_ptr<velmorak::ColumnLook> look;  ///< That is going on; null for none.
+    std::shared_ptr<velmorak::ColumnPreview> look;  ///< That is going on; null for none.
     float x = 0.0F;
     float y = 0.0F;
     bool isExpanded = true;
@@ -81,8 +81,8 @@ struct QzManager::Part {
     std::string resultsFolder;          ///< Empty: the one that belongs to the document.
     int portPoints = 9;
     int titlePoints = 11;
-    velmorak::RunDoor runs;
-    velmorak::ColumnLooks looks;
+    velmorak::RunQueue runs;
+    velmorak::ColumnPreviews looks;
 
     static Part& of(QzManager& manager) { return *manager.part; }
     static const Part& of(const QzManager& manager) { return *manager.part; }

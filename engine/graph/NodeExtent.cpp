@@ -13,7 +13,7 @@ constexpr float rowHeight = 20.0F;
 constexpr float portMargin = 5.0F;      ///< The editor draws port names this far inside the border.
 constexpr float betweenPorts = 15.0F;   ///< Between an input's name and the name of the output beside it.
 constexpr float titleMargin = 10.0F;    ///< Radius of the box's corners.
-constexpr float smallestWidth = 60.0F;  ///< A box stays large enough to be grasped.
+constexpr float minWidth = 60.0F;  ///< A box stays large enough to be grasped.
 
 constexpr char firstGlyph = ' ';
 constexpr char lastGlyph = '~';
@@ -72,7 +72,7 @@ Extent extentWith(const QzBase& node, bool areAllShown) {
     });
     const float title = textWidth(node.name, owner.titlePoints) + 2.0F * titleMargin;
     const float kind = textWidth(part.record->name, points) + 2.0F * titleMargin;
-    return {std::ceil(std::max({smallestWidth, title, kind, portsWidth(inputs, outputs)})),
+    return {std::ceil(std::max({minWidth, title, kind, portsWidth(inputs, outputs)})),
             rowHeight * static_cast<float>(std::max(inputs.ports, outputs.ports))};
 }
 

@@ -10,7 +10,7 @@
 namespace velmorak {
 namespace {
 
-constexpr std::size_t mostNotes = 20;
+constexpr std::size_t maxNotes = 20;
 
 ValueType typeNamed(const std::string& name) {
     for (const ValueType type : {ValueType::Number, ValueType::Text, ValueType::Choice, ValueType::Table,
@@ -69,7 +69,7 @@ void takeValue(GraphNode& node, std::size_t position, const DocumentInput& input
 }
 
 void takeValues(GraphNode& node, const DocumentPlugin& plugin, LoadNotes& notes) {
-    Keepsakes& keepsakes = QzBase::Part::of(node).keepsakes;
+    UnknownFields& keepsakes = QzBase::Part::of(node).keepsakes;
     for (const DocumentInput& input : plugin.inputs) {
         const int position = node.InputIndex(input.name);
         if (position >= 0) {
@@ -104,20 +104,20 @@ std::unique_ptr<GraphNode> unknownNode(QzManager& manager, const DocumentPlugin&
     auto node = makeUnknownNode(manager, plugin.kind, name);
     addPortsOfDocument(QzBase::Part::of(*node), plugin);
     notes.add(plugin.line,
-              shortened(name) + " is kept as it is: no collection offers its kind " + inQuotes(plugin.kind));
+              shortened(name) + " is kept as it is: no collection offers its kind " + quote(plugin.kind));
     return node;
 }
 
 }  // namespace
 
 LoadNotes::~LoadNotes() {
-    if (count > mostNotes)
-        say(file + ": " + textOf(static_cast<double>(count - mostNotes)) + " more lines like these are left out.");
+    if (count > maxNotes)
+        printMessage(file + ": " + textOf(static_cast<double>(count - maxNotes)) + " more lines like these are left out.");
 }
 
 void LoadNotes::add(std::size_t line, const std::string& sentence) {
-    if (++count <= mostNotes)
-        say(file + ", line " + textOf(static_cast<double>(line)) + ": " + sentence + ".");
+    if (++count <= maxNotes)
+        printMessage(file + ", line " + textOf(static_cast<double>(line)) + ": " + sentence + ".");
 }
 
 std::unique_ptr<GraphNode> nodeFromDocument(QzManager& manager, const DocumentPlugin& plugin, const std::string& name,

@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t largestDocument = std::size_t{64} << 20U;
+constexpr std::size_t maxDocument = std::size_t{64} << 20U;
 constexpr std::chrono::seconds untilSaid(1);
 constexpr std::chrono::seconds untilLeft(4);
 
@@ -41,7 +41,7 @@ private:
     int number;
 };
 
-std::string contentOf(const fs::path& file, WorkAside& work) {
+std::string contentOf(const fs::path& file, BackgroundTask& work) {
     // What opening would disturb, such as a device, is not opened.
     if (const std::string reason = whyNotRegular(file); !reason.empty())
         throw DocumentError(0, reason.substr(file.string().size() + 1));
@@ -53,7 +53,7 @@ std::string contentOf(const fs::path& file, WorkAside& work) {
         if (got < 0 && errno != EINTR)
             throw DocumentError(0, "cannot be read: " + std::generic_category().message(errno));
         text.append(piece, 0, got < 0 ? 0 : static_cast<std::size_t>(got));
-        if (text.size() > largestDocument)
+        if (text.size() > maxDocument)
             throw DocumentError(0, "is larger than 64 MiB");
     }
     return text;
@@ -64,7 +64,7 @@ std::string contentOf(const fs::path& file, WorkAside& work) {
 std::string readWholeFile(const fs::path& file) {
     const auto reading = std::make_shared<std::promise<std::string>>();
     std::future<std::string> content = reading->get_future();
-    const auto work = WorkAside::begin([reading, file](WorkAside& self) {
+    const auto work = BackgroundTask::begin([reading, file](BackgroundTask& self) {
         try {
             reading->set_value(contentOf(file, self));
         } catch (...) {
@@ -72,7 +72,7 @@ std::string readWholeFile(const fs::path& file) {
         }
     });
     if (!work->wait(untilSaid)) {
-        say("Waiting for " + file.string() + ": its file system does not answer.");
+        printMessage("Waiting for " + file.string() + ": its file system does not answer.");
         if (!work->wait(untilLeft))
             throw DocumentError(0, "cannot be read: its file system does not answer");
     }

@@ -40,7 +40,7 @@ std::string firstValue(QzBase::Part& part, const InputSpec& spec) {
     if (!takesText(spec))
         return {};
     auto& strays = part.keepsakes.strayInputs;
-    const auto stray = std::ranges::find(strays, spec.name, &StrayInput::name);
+    const auto stray = std::ranges::find(strays, spec.name, &UnknownInput::name);
     if (stray == strays.end())
         return spec.value;
     std::string value = stray->value.value_or(spec.value);
@@ -100,7 +100,7 @@ void followMoves(const QzBase& node, const Moves& moves, QzBase& other) {
 ValueTexts valuesOf(const QzBase& node) {
     const QzBase::Part& part = QzBase::Part::of(node);
     ValueTexts values;
-    for (const StrayInput& stray : part.keepsakes.strayInputs)
+    for (const UnknownInput& stray : part.keepsakes.strayInputs)
         if (stray.value)
             values[stray.name] = *stray.value;
     for (const QzBase::Input& input : part.inputs)

@@ -18,19 +18,19 @@ fs::path checked(const fs::path& file) {
 
 }  // namespace
 
-fs::path LookContext::inputFile(const std::string& text) const {
+fs::path PreviewContext::inputFile(const std::string& text) const {
     return checked(resolved(beside, text));
 }
 
-fs::path LookContext::commandLineAida() const {
+fs::path PreviewContext::commandLineAida() const {
     return checked(resolved(beside, std::nullopt));
 }
 
-void LookContext::writeResult(const std::string& fileName, const std::function<void(const fs::path&)>& /*writer*/) {
+void PreviewContext::writeResult(const std::string& fileName, const std::function<void(const fs::path&)>& /*writer*/) {
     beginResult(fileName);
 }
 
-std::unique_ptr<ResultFile> LookContext::beginResult(const std::string& fileName) {
+std::unique_ptr<ResultFile> PreviewContext::beginResult(const std::string& fileName) {
     throw Failure(fileName + " is not written: no run is going on.");
 }
 

@@ -10,11 +10,11 @@
 namespace velmorak {
 
 /// What a kind may do when a file is looked at and no run is going on: nothing is written, and nothing is said.
-class LookContext : public RunContext {
+class PreviewContext : public RunContext {
 public:
     /// @param beside its document's folder and command line's file are where names lead to; outlives this.
-    /// @param mostPolls that a reader may make before it is asked to stop.
-    LookContext(const Pipeline& beside, std::uint64_t mostPolls) : beside(beside), pollsLeft(mostPolls) {}
+    /// @param maxPolls that a reader may make before it is asked to stop.
+    PreviewContext(const Pipeline& beside, std::uint64_t maxPolls) : beside(beside), pollsLeft(maxPolls) {}
 
     bool isStopping() const override { return pollsLeft == 0 || --pollsLeft == 0; }
     const std::string& pluginName() const override { return name; }

@@ -94,7 +94,7 @@ void QzBase::SetName(const std::string& newName) {
     else if (part->manager->FindPlugin(newName) != nullptr)
         reason = "another plug-in has that name";
     if (!reason.empty()) {
-        velmorak::say(name + " cannot be renamed to " + velmorak::inQuotes(velmorak::validUtf8(newName)) + ": " +
+        velmorak::printMessage(name + " cannot be renamed to " + velmorak::quote(velmorak::validUtf8(newName)) + ": " +
                       reason + ".");
         return;
     }
@@ -119,7 +119,7 @@ std::vector<QzBase::Output>& QzBase::Outputs() {
 }
 
 std::vector<QzBase::Output*> QzBase::ReducedOutputs() {
-    velmorak::tellColumns(*this);
+    velmorak::updateColumnDescriptions(*this);
     std::vector<Output*> shown;
     for (Output& output : part->outputs)
         if (!output.consumers.empty())
@@ -128,7 +128,7 @@ std::vector<QzBase::Output*> QzBase::ReducedOutputs() {
 }
 
 std::vector<QzBase::Output*> QzBase::FullOutputs() {
-    velmorak::tellColumns(*this);
+    velmorak::updateColumnDescriptions(*this);
     std::vector<Output*> shown;
     for (Output& output : part->outputs)
         shown.push_back(&output);

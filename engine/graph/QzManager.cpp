@@ -75,7 +75,7 @@ const std::vector<QzExample>& QzManager::GetExamples() {
 void QzManager::ReadDocument(const std::string& file) {
     part->readError = loadDocument(*this, file);
     if (!part->readError.empty())
-        say(part->readError);
+        printMessage(part->readError);
 }
 
 void QzManager::SetFileName(const std::string& file) {
@@ -114,15 +114,15 @@ void QzManager::SetStart(const int& index) {
 
 QzBase* QzManager::CreatePlugin(std::uint16_t kind, const std::string& uniqueName) {
     if (kind >= part->catalogue.kinds().size()) {
-        say("There is no kind with the number " + textOf(kind) + ".");
+        printMessage("There is no kind with the number " + textOf(kind) + ".");
         return nullptr;
     }
     const QzKind& record = part->catalogue.kinds()[kind];
     const std::string wanted = uniqueName.empty() ? record.name : validUtf8(uniqueName);
     const std::string name = freeNameFor(plugins, wanted);
     std::unique_ptr<GraphNode> node;
-    if (const std::optional<Problem> problem = problemIn([&] { node = makeNode(*this, kind, name); })) {
-        say(name + " (" + record.name + ") has no ports: " + withoutFullStop(problem->sentence) + ".");
+    if (const std::optional<NodeError> error = errorIn([&] { node = makeNode(*this, kind, name); })) {
+        printMessage(name + " (" + record.name + ") has no ports: " + withoutFullStop(error->sentence) + ".");
         node = makeUnknownNode(*this, record.name, name);
     }
     const std::lock_guard guard(part->lock);
@@ -147,8 +147,8 @@ void QzManager::SetInputValue(int index, int input, const std::string& value) {
         reason = tryPorts(*own.kind, values, ports);
     }
     if (!reason.empty()) {
-        say(nameForMessages(node) + ", input " + spec.name + ": " + reason + "; the value stays " +
-            inQuotes(own.inputs[position].value) + ".");
+        printMessage(nameForMessages(node) + ", input " + spec.name + ": " + reason + "; the value stays " +
+            quote(own.inputs[position].value) + ".");
         return;
     }
     const std::lock_guard guard(part->lock);

@@ -10,12 +10,12 @@
 
 namespace velmorak {
 
-RunDoor::RunDoor() : runner(std::cerr, isatty(STDERR_FILENO) == 1, storePlaceOfEnvironment()) {
+RunQueue::RunQueue() : runner(std::cerr, isatty(STDERR_FILENO) == 1, cacheConfigFromEnvironment()) {
     runner.explain(true);
     runner.leaveRecords();
 }
 
-void RunDoor::run(const std::function<Pipeline()>& snapshot) {
+void RunQueue::run(const std::function<Pipeline()>& snapshot) {
     {
         const std::lock_guard guard(stateLock);
         if (isClosed)
@@ -28,20 +28,20 @@ void RunDoor::run(const std::function<Pipeline()>& snapshot) {
     nobodyIsLeft.notify_all();
 }
 
-void RunDoor::executeTurn(const std::function<Pipeline()>& snapshot) {
+void RunQueue::executeTurn(const std::function<Pipeline()>& snapshot) {
     const std::lock_guard myTurn(turn);
     if (!begins())
         return;
     try {
         lastReport = runner.run([&] { return look(snapshot); });
     } catch (const std::exception&) {
-        say("The run ended: " + problemOf(std::current_exception()).sentence + ".");
+        printMessage("The run ended: " + errorOf(std::current_exception()).sentence + ".");
     }
     const std::lock_guard guard(stateLock);
     isGoingOn = false;
 }
 
-bool RunDoor::begins() {
+bool RunQueue::begins() {
     const std::lock_guard guard(stateLock);
     if (isClosed)
         return false;
@@ -52,7 +52,7 @@ bool RunDoor::begins() {
 
 /// The runner takes its snapshot when a stop already reaches it, so that here is the place to pass on one that came
 /// before.
-Pipeline RunDoor::look(const std::function<Pipeline()>& snapshot) {
+Pipeline RunQueue::look(const std::function<Pipeline()>& snapshot) {
     {
         const std::lock_guard guard(stateLock);
         if (isToEnd)
@@ -61,7 +61,7 @@ Pipeline RunDoor::look(const std::function<Pipeline()>& snapshot) {
     return snapshot();
 }
 
-void RunDoor::stop() {
+void RunQueue::stop() {
     const std::lock_guard guard(stateLock);
     if (!isGoingOn) {
         stopWithoutRun.note();
@@ -71,7 +71,7 @@ void RunDoor::stop() {
     runner.stop();
 }
 
-void RunDoor::close() {
+void RunQueue::close() {
     std::unique_lock guard(stateLock);
     isClosed = true;
     isToEnd = true;

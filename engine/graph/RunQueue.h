@@ -12,9 +12,9 @@ namespace velmorak {
 
 /// Lets one run at a time through to the runner.
 /// Threads: run on any number of worker threads, one executes and the others wait; stop and reset on any thread.
-class RunDoor {
+class RunQueue {
 public:
-    RunDoor();
+    RunQueue();
 
     /// @param snapshot gives the pipeline at the moment when this run's turn has come.
     void run(const std::function<Pipeline()>& snapshot);

@@ -106,7 +106,7 @@ void readDocumentText(QzManager& manager, const std::string& text, const std::st
     std::string& error = QzManager::Part::of(manager).readError;
     error = loadDocumentText(manager, text, file);
     if (!error.empty())
-        say(error);
+        printMessage(error);
 }
 
 }  // namespace velmorak

@@ -17,18 +17,18 @@ namespace fs = std::filesystem;
 constexpr std::chrono::seconds aMoment(2);
 
 /// Says what is odd in the file: it was just named by the user.
-class CheckContext : public LookContext {
+class CheckContext : public PreviewContext {
 public:
-    CheckContext(const Pipeline& beside, const WorkAside& aside)
-        : LookContext(beside, std::numeric_limits<std::uint64_t>::max()), work(aside) {}
+    CheckContext(const Pipeline& beside, const BackgroundTask& aside)
+        : PreviewContext(beside, std::numeric_limits<std::uint64_t>::max()), work(aside) {}
     bool isStopping() const override { return work.isStopping(); }
-    void warn(const std::string& sentence) override { say(sentence); }
+    void warn(const std::string& sentence) override { printMessage(sentence); }
 
 private:
-    const WorkAside& work;
+    const BackgroundTask& work;
 };
 
-std::string whyNotAida(const std::string& file, const WorkAside& work) {
+std::string validateAidaFile(const std::string& file, const BackgroundTask& work) {
     if (file.empty())
         return "no name is given";
     try {
@@ -53,14 +53,14 @@ std::string absolutePath(const std::string& file) {
 bool AidaCheck::look(const std::string& path, const std::string& name) {
     close();
     const auto isBad = std::make_shared<std::atomic<bool>>(false);
-    work = WorkAside::begin([path, name, isBad](WorkAside& self) {
-        const std::string reason = whyNotAida(path, self);
+    work = BackgroundTask::begin([path, name, isBad](BackgroundTask& self) {
+        const std::string reason = validateAidaFile(path, self);
         *isBad = !reason.empty();
         if (!reason.empty())
-            say("The AIDA file " + name + " cannot be read: " + reason + ".");
+            printMessage("The AIDA file " + name + " cannot be read: " + reason + ".");
     });
     if (!work->wait(aMoment))
-        say("Still waiting for the AIDA file " + name + ", in the background.");
+        printMessage("Still waiting for the AIDA file " + name + ", in the background.");
     return !*isBad;
 }
 

@@ -26,7 +26,7 @@ public:
     void close();
 
 private:
-    std::shared_ptr<WorkAside> work;
+    std::shared_ptr<BackgroundTask> work;
 };
 
 }  // namespace velmorak

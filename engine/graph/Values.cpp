@@ -19,13 +19,13 @@ namespace {
 std::string numberRefusal(const InputSpec& spec, const std::string& value) {
     double number = 0.0;
     if (!readNumber(value, number) || std::isnan(number))
-        return inQuotes(value) + " is no number";
+        return quote(value) + " is no number";
     if (number < spec.minimum)
-        return inQuotes(value) + " is below " + textOf(spec.minimum) + ", the smallest value allowed";
+        return quote(value) + " is below " + textOf(spec.minimum) + ", the smallest value allowed";
     if (number > spec.maximum)
-        return inQuotes(value) + " is above " + textOf(spec.maximum) + ", the largest value allowed";
+        return quote(value) + " is above " + textOf(spec.maximum) + ", the largest value allowed";
     if (spec.isInteger && number != std::floor(number))
-        return inQuotes(value) + " is no whole number";
+        return quote(value) + " is no whole number";
     return {};
 }
 
@@ -35,14 +35,14 @@ std::string choiceRefusal(const InputSpec& spec, const std::string& value) {
     std::string all;
     for (const std::string& choice : spec.choices)
         all += (all.empty() ? "" : ", ") + choice;
-    return inQuotes(value) + " is none of the choices: " + all;
+    return quote(value) + " is none of the choices: " + all;
 }
 
 /// Calls a piece of a kind. @return empty, or why it failed, without full stop.
 template <typename Work>
 std::string failureOf(Work&& work) {
-    const std::optional<Problem> problem = problemIn(std::forward<Work>(work));
-    return problem ? withoutFullStop(problem->sentence) : "";
+    const std::optional<NodeError> error = errorIn(std::forward<Work>(work));
+    return error ? withoutFullStop(error->sentence) : "";
 }
 
 std::string kindRefusal(const Kind& kind, const InputSpec& spec, const std::string& value) {

@@ -12,7 +12,7 @@ namespace velmorak {
 namespace {
 
 /// More would not fit the positions in the lookup table, nor any memory.
-constexpr std::size_t mostBins = std::size_t{1} << 28;
+constexpr std::size_t maxBins = std::size_t{1} << 28;
 
 constexpr const char* doNotAscend = "the edges of an axis must ascend; so many bins do not fit between them";
 
@@ -28,7 +28,7 @@ double equalEdge(std::size_t position, std::size_t bins, double low, double high
 
 /// @throws std::invalid_argument where there are no such bins.
 void checkEqualEdges(std::size_t bins, double low, double high) {
-    if (bins == 0 || bins > mostBins)
+    if (bins == 0 || bins > maxBins)
         throw std::invalid_argument("an axis needs at least one bin, and at most 2^28");
     if (!std::isfinite(low) || !std::isfinite(high) || low >= high)
         throw std::invalid_argument("the lower edge of an axis must be below the upper edge, and both finite");
@@ -50,7 +50,7 @@ std::vector<double> equalEdges(std::size_t bins, double low, double high) {
 }
 
 void checkEdges(const std::vector<double>& edges) {
-    if (edges.size() < 2 || edges.size() > mostBins + 1)
+    if (edges.size() < 2 || edges.size() > maxBins + 1)
         throw std::invalid_argument("an axis needs at least two edges, and at most 2^28 + 1");
     const auto isFinite = [](double edge) { return std::isfinite(edge); };
     if (!std::all_of(edges.begin(), edges.end(), isFinite))
@@ -83,7 +83,7 @@ struct EdgeTables {
 
     std::vector<double> edges;
     std::vector<double> stops;          ///< The edges, and a NaN that no value reaches.
-    std::size_t mostInSlice = 0;        ///< Edges in one slice.
+    std::size_t maxInSlice = 0;        ///< Edges in one slice.
     std::vector<std::uint32_t> lookup;  ///< Edges that lie in the slices before each slice of the axis.
     double slicesPerUnit = 0.0;
 };
@@ -99,7 +99,7 @@ EdgeTables::EdgeTables(std::vector<double> all, bool isRegular) : edges(std::mov
     lookup.assign(slices + 1, 0);
     for (const double edge : edges)
         ++lookup[sliceOf(edge) + 1];
-    mostInSlice = *std::max_element(lookup.begin(), lookup.end());
+    maxInSlice = *std::max_element(lookup.begin(), lookup.end());
     for (std::size_t slice = 1; slice <= slices; ++slice)
         lookup[slice] += lookup[slice - 1];
     stops.reserve(edges.size() + 1);
@@ -233,13 +233,13 @@ void Axis::cells(const double* x, std::size_t values, std::uint32_t* target) con
                       .slicesPerUnit = known.slicesPerUnit,
                       .lastSlice = static_cast<double>(known.lookup.size() - 2)};
     const bool isOneByOne =
-        known.slicesPerUnit == 0.0 || known.mostInSlice > 4 || known.lookup.size() > std::size_t{1} << 30U;
+        known.slicesPerUnit == 0.0 || known.maxInSlice > 4 || known.lookup.size() > std::size_t{1} << 30U;
     if (isOneByOne)
         for (std::size_t i = 0; i < values; ++i)
             target[i] = std::isnan(x[i]) ? 0U : static_cast<std::uint32_t>(known.cell(x[i]));
-    else if (known.mostInSlice == 1)
+    else if (known.maxInSlice == 1)
         search<1>(axis, x, values, target);
-    else if (known.mostInSlice == 2)
+    else if (known.maxInSlice == 2)
         search<2>(axis, x, values, target);
     else
         search<4>(axis, x, values, target);

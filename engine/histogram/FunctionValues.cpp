@@ -38,7 +38,7 @@ std::string quoted(std::string_view name) {
 }
 
 /// No function of the catalogue that means well takes more.
-constexpr std::size_t mostParameters = 1000;
+constexpr std::size_t maxParameters = 1000;
 
 /// A function that is being understood.
 class Reading {
@@ -128,8 +128,8 @@ private:
     /// What stands for the next parameter in an expression.
     std::string next() {
         const std::size_t position = numbers.size();
-        if (position == mostParameters) {
-            fail("takes more than " + textOf(static_cast<double>(mostParameters)) + " parameters");
+        if (position == maxParameters) {
+            fail("takes more than " + textOf(static_cast<double>(maxParameters)) + " parameters");
         }
         const std::string name = "#" + textOf(static_cast<double>(position));
         numbers[name] = position < function.parameters.size() ? function.parameters[position].value : 0.0;

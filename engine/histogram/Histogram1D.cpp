@@ -33,7 +33,7 @@ std::int64_t fillBlock(const Axis& axis, CellVector<BinSums>& sums, const fillin
     std::int64_t nans = 0;
     for (std::size_t i = 0; i < entries.count;) {
         if (wide != nullptr)
-            i += wide->listedLine({.x = cells.data() + i, .y = nullptr}, filling::bytesOf(sums),
+            i += wide->fillFromIndices1D({.x = cells.data() + i, .y = nullptr}, filling::bytesOf(sums),
                                   filling::from(entries, i));
         for (const std::size_t end = std::min(i + filling::group, entries.count); i < end; ++i) {
             const double weight = filling::weightOf(entries, i);

@@ -122,7 +122,7 @@ template <std::size_t dimensions>
 Grid<dimensions>::Grid(std::array<Axis, dimensions> axesInOrder) : axes(std::move(axesInOrder)) {
     std::size_t count = 1;
     for (const Axis& axis : axes) {
-        if (axis.bins() + 2 > mostCells / count)
+        if (axis.bins() + 2 > maxCells / count)
             throw std::invalid_argument("the axes span too many bins");
         count *= axis.bins() + 2;
     }

@@ -63,7 +63,7 @@ bool isHeavy(const Chunk& chunk) {
     for (const ColumnPtr& column : chunk.columns) {
         bytes += column && !column->values.valueless_by_exception() ? bytesIn(*column) : 0;
     }
-    return bytes >= mostChunkBytes;
+    return bytes >= maxChunkBytes;
 }
 
 }  // namespace
@@ -72,14 +72,14 @@ void ChunkCheck::checkRows(const Chunk& chunk) {
     if (chunk.rows == 0) {
         fail("a chunk without rows");
     }
-    if (chunk.rows > mostRows) {
-        fail("a chunk of " + counted(chunk.rows, "row") + ", and " + std::to_string(mostRows) + " are the most");
+    if (chunk.rows > maxRows) {
+        fail("a chunk of " + counted(chunk.rows, "row") + ", and " + std::to_string(maxRows) + " are the most");
     }
     if (shortRows > 0) {
-        fail("a chunk of " + counted(shortRows, "row") + " before its last one, and " + std::to_string(mostRows) +
+        fail("a chunk of " + counted(shortRows, "row") + " before its last one, and " + std::to_string(maxRows) +
              " are needed");
     }
-    shortRows = chunk.rows < mostRows && !isHeavy(chunk) ? chunk.rows : 0;
+    shortRows = chunk.rows < maxRows && !isHeavy(chunk) ? chunk.rows : 0;
 }
 
 void ChunkCheck::check(const Chunk& chunk) const {
@@ -119,13 +119,13 @@ void ChunkCheck::checkWidth(const Chunk& chunk) const {
         const bool isEqual = !column->isList() && column->type() != ColumnType::Text;
         most += isEqual ? 0 : bytesIn(*column);
     }
-    if (most <= mostChunkBytes) {
+    if (most <= maxChunkBytes) {
         return;
     }
     for (std::size_t row = 0; row < chunk.rows; ++row) {
-        if (const std::size_t bytes = bytesOfRow(chunk, row); bytes > mostChunkBytes) {
+        if (const std::size_t bytes = bytesOfRow(chunk, row); bytes > maxChunkBytes) {
             throw std::runtime_error("row " + std::to_string(chunk.firstRow + row + 1) + " takes " +
-                                     counted(bytes, "byte") + ", and " + std::to_string(mostChunkBytes) +
+                                     counted(bytes, "byte") + ", and " + std::to_string(maxChunkBytes) +
                                      " are the most");
         }
     }

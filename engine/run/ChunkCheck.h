@@ -15,7 +15,7 @@ namespace velmorak {
 class ChunkCheck {
 public:
     explicit ChunkCheck(const Schema& promised)
-        : promised(promised), mostRows(rowsInChunk(promised)), rowBytes(bytesInRow(promised)) {}
+        : promised(promised), maxRows(rowsInChunk(promised)), rowBytes(bytesInRow(promised)) {}
 
     const Schema& schema() const { return promised; }
     /// A chunk of a source, before its columns need to be there, with those before it: has it rows, and not too many;
@@ -29,15 +29,15 @@ private:
     void checkWidth(const Chunk& chunk) const;
 
     Schema promised;
-    std::size_t mostRows;
+    std::size_t maxRows;
     std::size_t rowBytes;       ///< Of a row without its texts and lists.
     std::size_t shortRows = 0;  ///< Of the chunk before, where it was too short not to be the last.
 };
 
 /// @param what was asked for.
 /// @throws std::logic_error when a kind made nothing.
-template <typename Made>
-std::unique_ptr<Made> mustBe(std::unique_ptr<Made> made, const char* what) {
+template <typename OperatorOutput>
+std::unique_ptr<OperatorOutput> mustBe(std::unique_ptr<OperatorOutput> made, const char* what) {
     if (!made) {
         throw std::logic_error("the kind gives no " + std::string(what));
     }

@@ -17,7 +17,7 @@ public:
             if (isAsked[node] && number[node] == none) {
                 enter(node);
                 while (!visits.empty()) {
-                    step();
+                    op();
                 }
             }
         }
@@ -38,7 +38,7 @@ private:
         visits.push_back({node, 0});
     }
 
-    void step() {
+    void op() {
         Visit& visit = visits.back();
         if (visit.edge == next[visit.node].size()) {
             leave(visit.node);

@@ -61,7 +61,7 @@ std::string buildIdIn(const char* notes, std::size_t bytes) {
 /// For an object without such a note.
 std::string contentOf(const std::string& file) {
     const std::atomic<bool> isStopping = false;
-    const std::optional<Digest> digest = FileDigests().of(file.empty() ? "/proc/self/exe" : file, isStopping);
+    const std::optional<Digest> digest = FileHashes().of(file.empty() ? "/proc/self/exe" : file, isStopping);
     return digest ? hexOf(*digest) : file;
 }
 

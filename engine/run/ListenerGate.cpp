@@ -21,10 +21,10 @@ void ListenerGate::progressed(const ProgressNow& progress) {
     }
 }
 
-void ListenerGate::settled(const PipelineNode& node, const NodeReport& report) {
+void ListenerGate::nodeFinished(const PipelineNode& node, const NodeReport& report) {
     const std::scoped_lock lock(mutex);
     if (listener) {
-        listener->settled(node, report);
+        listener->nodeFinished(node, report);
     }
 }
 

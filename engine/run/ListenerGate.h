@@ -15,7 +15,7 @@ public:
     void began(const Pipeline& pipeline, int threads) override;
     bool isProgressDue() override;
     void progressed(const ProgressNow& progress) override;
-    void settled(const PipelineNode& node, const NodeReport& report) override;
+    void nodeFinished(const PipelineNode& node, const NodeReport& report) override;
     void ended(const RunReport& report) override;
 
     /// Returns when no call is under way.

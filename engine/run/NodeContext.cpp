@@ -28,20 +28,20 @@ fs::path resolved(const Pipeline& pipeline, const NamedFile& file) {
     return beside;
 }
 
-NodeContext::NodeContext(const RunSurroundings& surroundings, const PipelineNode& node)
-    : around(surroundings), node(node) {}
+NodeContext::NodeContext(const RunEnvironment& environment, const PipelineNode& node)
+    : environment(environment), node(node) {}
 
 fs::path NodeContext::inputFile(const std::string& text) const {
     if (text.empty()) {
         throw Failure("no file is named");
     }
     watch(text);
-    return resolved(around.pipeline, text);
+    return resolved(environment.pipeline, text);
 }
 
 fs::path NodeContext::commandLineAida() const {
     watch(std::nullopt);
-    return around.pipeline.commandLineAida;
+    return environment.pipeline.commandLineAida;
 }
 
 void NodeContext::writeResult(const std::string& fileName, const std::function<void(const fs::path&)>& writer) {
@@ -51,26 +51,26 @@ void NodeContext::writeResult(const std::string& fileName, const std::function<v
 }
 
 std::unique_ptr<ResultFile> NodeContext::beginResult(const std::string& fileName) {
-    return around.results.begin(node.name, fileName);
+    return environment.results.begin(node.name, fileName);
 }
 
 void NodeContext::warn(const std::string& sentence) {
-    around.messages.line(titleOf(node) + ": warning: " + sentence);
+    environment.messages.line(titleOf(node) + ": warning: " + sentence);
 }
 
 RunRecord NodeContext::record() const {
-    return around.recorder ? around.recorder(node) : RunRecord{};
+    return environment.recorder ? environment.recorder(node) : RunRecord{};
 }
 
 void NodeContext::tell(const std::string& text) {
-    around.messages.lines(titleOf(node) + ":", text);
+    environment.messages.lines(titleOf(node) + ":", text);
 }
 
 void NodeContext::watch(const NamedFile& file) const {
-    const fs::path path = resolved(around.pipeline, file);
+    const fs::path path = resolved(environment.pipeline, file);
     const std::optional<FileStamp> stamp = stampOf(path);
-    if (stamp && around.asked) {
-        around.asked(path, *stamp);
+    if (stamp && environment.asked) {
+        environment.asked(path, *stamp);
     }
     const std::scoped_lock lock(mutex);
     asked.push_back({file, stamp});

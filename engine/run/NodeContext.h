@@ -16,7 +16,7 @@
 namespace velmorak {
 
 /// What all plug-ins of one run share.
-struct RunSurroundings {
+struct RunEnvironment {
     const Pipeline& pipeline;
     const std::atomic<bool>& stopping;
     Messages& messages;
@@ -43,9 +43,9 @@ struct AskedFile {
 class NodeContext : public RunContext {
 public:
     /// @param surroundings and node outlive this.
-    NodeContext(const RunSurroundings& surroundings, const PipelineNode& node);
+    NodeContext(const RunEnvironment& environment, const PipelineNode& node);
 
-    bool isStopping() const override { return around.stopping.load(std::memory_order_relaxed); }
+    bool isStopping() const override { return environment.stopping.load(std::memory_order_relaxed); }
     const std::string& pluginName() const override { return node.name; }
     std::filesystem::path inputFile(const std::string& text) const override;
     std::filesystem::path commandLineAida() const override;
@@ -62,7 +62,7 @@ public:
     std::vector<AskedFile> askedFiles() const;
 
 private:
-    const RunSurroundings& around;
+    const RunEnvironment& environment;
     const PipelineNode& node;
     mutable std::mutex mutex;
     mutable std::vector<AskedFile> asked;

@@ -31,7 +31,7 @@ std::string sentenceOf(const std::exception& error) {
 
 }  // namespace
 
-Problem problemOf(const std::exception_ptr& exception) {
+NodeError errorOf(const std::exception_ptr& exception) {
     try {
         std::rethrow_exception(exception);
     } catch (const Stopped&) {

@@ -7,7 +7,7 @@
 namespace velmorak {
 
 /// What ended the work of a plug-in.
-struct Problem {
+struct NodeError {
     std::string sentence;     ///< Names the input where the plug-in did.
     bool wasStopped = false;  ///< The plug-in ended because the run was asked to.
 };
@@ -16,18 +16,18 @@ struct Problem {
 class LeftBehind {};
 
 /// Says what an exception out of a kind means to the user.
-Problem problemOf(const std::exception_ptr& exception);
+NodeError errorOf(const std::exception_ptr& exception);
 
 /// Calls a piece of a kind. Whatever it throws ends here, as a problem.
 template <typename Work>
-std::optional<Problem> problemIn(Work&& work) {
+std::optional<NodeError> errorIn(Work&& work) {
     try {
         work();
         return std::nullopt;
     } catch (const LeftBehind&) {
         throw;
     } catch (...) {
-        return problemOf(std::current_exception());
+        return errorOf(std::current_exception());
     }
 }
 

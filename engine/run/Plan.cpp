@@ -30,50 +30,50 @@ std::string aboutInput(const std::string& input, const std::string& sentence) {
 
 }  // namespace
 
-Shape shapeOf(const Kind* kind) {
+KindCategory categoryOf(const Kind* kind) {
     if (dynamic_cast<const Source*>(kind)) {
-        return Shape::Source;
+        return KindCategory::Source;
     }
     if (dynamic_cast<const RowWise*>(kind)) {
-        return Shape::RowWise;
+        return KindCategory::RowWise;
     }
     if (dynamic_cast<const Concatenation*>(kind)) {
-        return Shape::Concatenation;
+        return KindCategory::Concatenation;
     }
     if (dynamic_cast<const Accumulator*>(kind)) {
-        return Shape::Accumulator;
+        return KindCategory::Accumulator;
     }
-    return dynamic_cast<const Function*>(kind) ? Shape::Function : Shape::Unknown;
+    return dynamic_cast<const Function*>(kind) ? KindCategory::Function : KindCategory::Unknown;
 }
 
 Plan::Plan(const Pipeline& pipeline)
     : pipeline(pipeline),
-      feedersOf(pipeline.nodes.size()),
+      upstreamOf(pipeline.nodes.size()),
       consumersOf(pipeline.nodes.size()),
       unordered(pipeline.nodes.size(), true),
       cycles(pipeline.nodes.size()),
       asked(pipeline.nodes.size(), false),
       tables(pipeline.nodes.size()),
-      legsOf(pipeline.nodes.size()) {
+      segmentsOf(pipeline.nodes.size()) {
     for (const PipelineNode& node : pipeline.nodes) {
-        shapes.push_back(shapeOf(node.kind));
+        categories.push_back(categoryOf(node.kind));
     }
     connect();
     sort();
     ask();
-    findLegs();
+    findSegments();
 }
 
-bool Plan::tellsOfRun(std::size_t node) const {
+bool Plan::isRunReporter(std::size_t node) const {
     const Kind* kind = pipeline.nodes[node].kind;
-    return kind && kind->tellsOfRun();
+    return kind && kind->isRunReporter();
 }
 
 bool Plan::isStream(std::size_t node) const {
-    return shapes[node] == Shape::Source || shapes[node] == Shape::RowWise || shapes[node] == Shape::Concatenation;
+    return categories[node] == KindCategory::Source || categories[node] == KindCategory::RowWise || categories[node] == KindCategory::Concatenation;
 }
 
-std::optional<std::size_t> Plan::tableFeeder(std::size_t node) const {
+std::optional<std::size_t> Plan::tableInput(std::size_t node) const {
     return tables[node].empty() ? std::nullopt : std::optional(tables[node].front());
 }
 
@@ -87,10 +87,10 @@ void Plan::connect() {
             // What feeds this node by another input, too, has it as the last of its consumers.
             std::vector<std::size_t>& fed = consumersOf[feeder];
             if (fed.empty() || fed.back() != node) {
-                feedersOf[node].push_back(feeder);
+                upstreamOf[node].push_back(feeder);
                 fed.push_back(node);
             }
-            const bool hasPlace = tables[node].empty() || shapes[node] == Shape::Concatenation;
+            const bool hasPlace = tables[node].empty() || categories[node] == KindCategory::Concatenation;
             if (hasPlace && bringsTable(input)) {
                 tables[node].push_back(feeder);
             }
@@ -115,10 +115,10 @@ void Plan::sort() {
     const std::size_t count = pipeline.nodes.size();
     std::vector<std::size_t> waitsFor(count);
     for (std::size_t node = 0; node < count; ++node) {
-        waitsFor[node] = feedersOf[node].size();
+        waitsFor[node] = upstreamOf[node].size();
     }
     for (std::size_t node = 0; node < count; ++node) {
-        if (feedersOf[node].empty()) {
+        if (upstreamOf[node].empty()) {
             append(node, waitsFor);
         }
     }
@@ -153,28 +153,28 @@ void Plan::ask() {
     }
 }
 
-void Plan::findLegs() {
+void Plan::findSegments() {
     std::map<std::vector<std::size_t>, std::size_t> numbers{{{}, 0}};
     for (const std::size_t node : ordered) {
-        if (shapes[node] != Shape::Source && tables[node].size() == 1) {
-            legsOf[node] = legsOf[tables[node].front()];
+        if (categories[node] != KindCategory::Source && tables[node].size() == 1) {
+            segmentsOf[node] = segmentsOf[tables[node].front()];
             continue;
         }
-        std::vector<std::size_t> legs;
-        if (shapes[node] == Shape::Source) {
-            legs = {node};
+        std::vector<std::size_t> segments;
+        if (categories[node] == KindCategory::Source) {
+            segments = {node};
         } else {
             for (const std::size_t feeder : tables[node]) {
-                const std::vector<std::size_t>& more = legLists[legsOf[feeder]];
-                legs.insert(legs.end(), more.begin(), more.end());
+                const std::vector<std::size_t>& more = legLists[segmentsOf[feeder]];
+                segments.insert(segments.end(), more.begin(), more.end());
             }
         }
-        legs.resize(std::min(legs.size(), maxLegs + 1));
-        const auto [known, isNew] = numbers.emplace(legs, legLists.size());
+        segments.resize(std::min(segments.size(), maxLegs + 1));
+        const auto [known, isNew] = numbers.emplace(segments, legLists.size());
         if (isNew) {
-            legLists.push_back(std::move(legs));
+            legLists.push_back(std::move(segments));
         }
-        legsOf[node] = known->second;
+        segmentsOf[node] = known->second;
     }
 }
 
@@ -193,26 +193,26 @@ bool Plan::bringsTable(const PipelineInput& input) const {
     return output && output->type == ValueType::Table && isStream(input.wire->node);
 }
 
-std::string Plan::objection(std::size_t node) const {
+std::string Plan::validate(std::size_t node) const {
     const PipelineNode& asked = pipeline.nodes[node];
     if (!asked.kind) {
         return "no collection of this build offers the kind \"" + asked.kindName + "\"";
     }
-    if (shapes[node] == Shape::Unknown) {
+    if (categories[node] == KindCategory::Unknown) {
         return "the kind is neither source, row-wise, accumulator nor function";
     }
     if (!cycles[node].empty()) {
         return cycles[node];
     }
     for (const PipelineInput& input : asked.inputs) {
-        if (const std::string sentence = inputObjection(node, input); !sentence.empty()) {
+        if (const std::string sentence = inputError(node, input); !sentence.empty()) {
             return aboutInput(input.spec.name, sentence);
         }
     }
-    return shapeObjection(node);
+    return categoryError(node);
 }
 
-std::string Plan::inputObjection(std::size_t node, const PipelineInput& input) const {
+std::string Plan::inputError(std::size_t node, const PipelineInput& input) const {
     const InputSpec& spec = input.spec;
     if (!input.wire) {
         const bool isMissing = !isWritable(spec.type) && !spec.isOptional;
@@ -235,18 +235,18 @@ std::string Plan::inputObjection(std::size_t node, const PipelineInput& input) c
                ", where " + article(typeName(spec.type)) + " is needed";
     }
     const bool takesTables =
-        shapes[node] == Shape::RowWise || shapes[node] == Shape::Concatenation || shapes[node] == Shape::Accumulator;
+        categories[node] == KindCategory::RowWise || categories[node] == KindCategory::Concatenation || categories[node] == KindCategory::Accumulator;
     if (output->type == ValueType::Table && !takesTables) {
         return "output \"" + output->name + "\" of \"" + feeder.name + "\" is a table, which this kind cannot take";
     }
     return "";
 }
 
-std::string Plan::shapeObjection(std::size_t node) const {
-    if (tellsOfRun(node) && (shapes[node] != Shape::Function || !pipeline.nodes[node].outputs.empty())) {
+std::string Plan::categoryError(std::size_t node) const {
+    if (isRunReporter(node) && (categories[node] != KindCategory::Function || !pipeline.nodes[node].outputs.empty())) {
         return "the kind tells of the run, and such a kind must be a function without outputs";
     }
-    if (legs(node).size() > maxLegs) {
+    if (segments(node).size() > maxLegs) {
         return "it would read tables more than " + textOf(static_cast<double>(maxLegs)) + " times";
     }
     const PipelineInput* first = nullptr;
@@ -254,13 +254,13 @@ std::string Plan::shapeObjection(std::size_t node) const {
         if (!bringsTable(input)) {
             continue;
         }
-        if (first && shapes[node] != Shape::Concatenation) {
+        if (first && categories[node] != KindCategory::Concatenation) {
             return aboutInput(input.spec.name, "a table comes by input \"" + first->spec.name +
                                                    "\" already, and a plug-in can take only one");
         }
         first = &input;
     }
-    return isStream(node) && shapes[node] != Shape::Source && !first ? "no table is wired" : "";
+    return isStream(node) && categories[node] != KindCategory::Source && !first ? "no table is wired" : "";
 }
 
 /// Of the plug-ins that have no place in the order yet.
@@ -285,12 +285,12 @@ void Plan::nameCycles() {
 }
 
 std::string Plan::cycleSentence(std::size_t node, const std::vector<bool>& isMember) const {
-    constexpr std::size_t mostNamed = 10;
+    constexpr std::size_t maxNamed = 10;
     // The shortest way back, found from the node against the wires.
     std::unordered_map<std::size_t, std::size_t> next;
     std::deque<std::size_t> reached{node};
     for (; !reached.empty() && !next.contains(node); reached.pop_front()) {
-        for (const std::size_t feeder : feedersOf[reached.front()]) {
+        for (const std::size_t feeder : upstreamOf[reached.front()]) {
             if (isMember[feeder] && next.emplace(feeder, reached.front()).second) {
                 reached.push_back(feeder);
             }
@@ -300,13 +300,13 @@ std::string Plan::cycleSentence(std::size_t node, const std::vector<bool>& isMem
     std::size_t before = node;
     std::size_t others = 0;
     for (std::size_t at = next.at(node); at != node; at = next.at(at)) {
-        if (++others < mostNamed) {
+        if (++others < maxNamed) {
             way += " -> \"" + shortened(pipeline.nodes[at].name) + "\"";
         }
         before = at;
     }
-    if (others >= mostNamed) {
-        way += " -> (" + textOf(static_cast<double>(others - mostNamed + 1)) + " more)";
+    if (others >= maxNamed) {
+        way += " -> (" + textOf(static_cast<double>(others - maxNamed + 1)) + " more)";
     }
     const std::string name = "\"" + shortened(pipeline.nodes[node].name) + "\"";
     std::string sentence = "its result would feed itself: " + name + way + " -> " + name;

@@ -14,7 +14,7 @@ std::vector<std::size_t> upstreamOf(const Plan& plan, std::size_t position) {
     std::vector<std::size_t> found{position};
     std::unordered_set<std::size_t> known{position};
     for (std::size_t i = 0; i < found.size(); ++i) {
-        for (const std::size_t feeder : plan.feeders(found[i])) {
+        for (const std::size_t feeder : plan.upstream(found[i])) {
             if (known.insert(feeder).second) {
                 found.push_back(feeder);
             }
@@ -25,18 +25,18 @@ std::vector<std::size_t> upstreamOf(const Plan& plan, std::size_t position) {
     return found;
 }
 
-RecordedState stateOf(Outcome outcome) {
-    switch (outcome) {
-        case Outcome::NotAsked:
-            return RecordedState::NotAsked;
-        case Outcome::Done:
-        case Outcome::Reused:
+RecordedState stateOf(NodeStatus status) {
+    switch (status) {
+        case NodeStatus::NotRequested:
+            return RecordedState::NotRequested;
+        case NodeStatus::Done:
+        case NodeStatus::Reused:
             return RecordedState::Done;
-        case Outcome::Failed:
+        case NodeStatus::Failed:
             return RecordedState::Failed;
-        case Outcome::Skipped:
+        case NodeStatus::Skipped:
             return RecordedState::NotRun;
-        case Outcome::Unfinished:
+        case NodeStatus::Unfinished:
             break;
     }
     return RecordedState::Unfinished;
@@ -46,13 +46,13 @@ RecordedState stateOf(Outcome outcome) {
 std::vector<RecordedState> statesOf(const RunState& state) {
     std::vector<RecordedState> states;
     for (const NodeRun& run : state.runs) {
-        states.push_back(stateOf(run.report.outcome));
+        states.push_back(stateOf(run.report.status));
     }
     for (const std::size_t position : state.plan.orderUpstream()) {
         const std::vector<std::size_t>& consumers = state.plan.consumers(position);
         const bool isUsed = std::any_of(consumers.begin(), consumers.end(),
                                         [&](std::size_t consumer) { return states[consumer] == RecordedState::Done; });
-        if (states[position] == RecordedState::NotAsked && isUsed) {
+        if (states[position] == RecordedState::NotRequested && isUsed) {
             states[position] = RecordedState::Done;
         }
     }
@@ -84,22 +84,22 @@ RecordedPlugin recordOf(const RunState& state, std::size_t position) {
     return plugin;
 }
 
-RunRecord recordOf(const RunState& state, Keeper& keeper, std::size_t position) {
+RunRecord recordOf(const RunState& state, ResultCache& cache, std::size_t position) {
     RunRecord record;
     record.program = version();
     const std::vector<std::size_t> upstream = upstreamOf(state.plan, position);
     for (const std::size_t each : upstream) {
         record.plugins.push_back(recordOf(state, each));
     }
-    record.files = recorded(keeper.filesOf(upstream));
+    record.files = recorded(cache.filesOf(upstream));
     return record;
 }
 
-RunRecord recordOfRun(const RunState& state, Keeper& keeper, std::size_t teller) {
+RunRecord recordOfRun(const RunState& state, ResultCache& cache, std::size_t reporter) {
     RunRecord record;
     record.program = version();
     record.document = state.pipeline.document.filename().string();
-    Digester digester;
+    Sha256 digester;
     digester.add(state.pipeline.documentText.data(), state.pipeline.documentText.size());
     record.documentSha256 = hexOf(digester.finish());
     const std::vector<RecordedState> states = statesOf(state);
@@ -112,13 +112,13 @@ RunRecord recordOfRun(const RunState& state, Keeper& keeper, std::size_t teller)
         }
         plugin.x = node.x;
         plugin.y = node.y;
-        plugin.state = i == teller ? RecordedState::Done : states[i];
+        plugin.state = i == reporter ? RecordedState::Done : states[i];
         plugin.sentence = state.runs[i].report.sentence;
         if (state.runs[i].isNeeded) {
             needed.push_back(i);
         }
     }
-    const std::vector<FileContent> files = keeper.filesOf(needed);
+    const std::vector<FileContent> files = cache.filesOf(needed);
     record.files = recorded(files);
     for (std::size_t i = 0; i < files.size(); ++i) {
         const std::optional<FileStamp> stamp = stampOf(resolved(state.pipeline, files[i].file));

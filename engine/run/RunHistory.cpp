@@ -43,12 +43,12 @@ std::string firstChange(const std::vector<FileContent>& files, const Contents& c
 
 /// Why a plug-in is executed though nothing has changed.
 std::string needOf(const RunState& state, std::size_t position) {
-    if (state.plan.tellsOfRun(position)) {
+    if (state.plan.isRunReporter(position)) {
         return "it tells of the whole run";
     }
     if (state.plan.isStream(position)) {
         for (const std::size_t consumer : state.plan.consumers(position)) {
-            if (state.runs[consumer].isNeeded && state.runs[consumer].report.outcome != Outcome::Reused) {
+            if (state.runs[consumer].isNeeded && state.runs[consumer].report.status != NodeStatus::Reused) {
                 return "its rows are needed by " + quoted(state.node(consumer).name);
             }
         }
@@ -67,32 +67,32 @@ History::Record History::recordOf(const RunState& state, std::size_t position) {
     return record;
 }
 
-void History::explain(RunState& state, Keeper& keeper) const {
+void History::explain(RunState& state, ResultCache& cache) const {
     std::vector<bool> isChanged(state.runs.size(), false);
     for (const std::size_t position : state.plan.order()) {
         NodeRun& run = state.runs[position];
         if (!run.isNeeded) {
             continue;
         }
-        if (run.report.outcome == Outcome::Reused) {
+        if (run.report.status == NodeStatus::Reused) {
             run.report.reason = "nothing changed";
             continue;
         }
-        std::string reason = changeOf(state, position, keeper);
-        for (const std::size_t feeder : state.plan.feeders(position)) {
+        std::string reason = changeOf(state, position, cache);
+        for (const std::size_t feeder : state.plan.upstream(position)) {
             if (reason.empty() && isChanged[feeder]) {
                 reason = quoted(state.node(feeder).name) + " changed";
             }
         }
         isChanged[position] = !reason.empty();
         if (reason.empty()) {
-            reason = lossOf(state, position, keeper);
+            reason = lossOf(state, position, cache);
         }
         run.report.reason = reason.empty() ? needOf(state, position) : reason;
     }
 }
 
-std::string History::changeOf(const RunState& state, std::size_t position, Keeper& keeper) const {
+std::string History::changeOf(const RunState& state, std::size_t position, ResultCache& cache) const {
     const auto found = records.find(state.node(position).name);
     if (found == records.end()) {
         return "never run";
@@ -114,19 +114,19 @@ std::string History::changeOf(const RunState& state, std::size_t position, Keepe
     if (before.inputs.size() != now.inputs.size()) {
         return "it has fewer inputs than before";
     }
-    const std::string change = firstChange(before.asked, [&](const NamedFile& file) { return keeper.contentOf(file); });
+    const std::string change = firstChange(before.asked, [&](const NamedFile& file) { return cache.contentOf(file); });
     return change.empty() ? before.sentence : change;
 }
 
-std::string History::lossOf(const RunState& state, std::size_t position, Keeper& keeper) const {
+std::string History::lossOf(const RunState& state, std::size_t position, ResultCache& cache) const {
     const Record& before = records.at(state.node(position).name);
-    return firstChange(before.written, [&](const NamedFile& file) { return keeper.resultContentOf(*file); });
+    return firstChange(before.written, [&](const NamedFile& file) { return cache.resultContentOf(*file); });
 }
 
 History History::ifInterrupted(const RunState& state) const {
     History expected = *this;
     for (std::size_t position = 0; position < state.runs.size(); ++position) {
-        if (state.runs[position].isNeeded && !state.runs[position].isSettled) {
+        if (state.runs[position].isNeeded && !state.runs[position].isFinal) {
             Record& record = expected.records[state.node(position).name];
             record = recordOf(state, position);
             record.sentence = unfinished;
@@ -135,20 +135,20 @@ History History::ifInterrupted(const RunState& state) const {
     return expected;
 }
 
-void History::remember(const RunState& state, const Keeper& keeper) {
+void History::remember(const RunState& state, const ResultCache& cache) {
     for (std::size_t position = 0; position < state.runs.size(); ++position) {
         const NodeRun& run = state.runs[position];
-        const Outcome outcome = run.report.outcome;
-        if (!run.isNeeded || outcome == Outcome::Reused || outcome == Outcome::Skipped) {
+        const NodeStatus status = run.report.status;
+        if (!run.isNeeded || status == NodeStatus::Reused || status == NodeStatus::Skipped) {
             continue;
         }
         Record& record = records[state.node(position).name];
         record = recordOf(state, position);
-        record.asked = keeper.askedFiles(position);
-        record.written = keeper.writtenFiles(position);
-        if (outcome == Outcome::Failed) {
+        record.asked = cache.askedFiles(position);
+        record.written = cache.writtenFiles(position);
+        if (status == NodeStatus::Failed) {
             record.sentence = "it failed in the run before";
-        } else if (outcome == Outcome::Unfinished) {
+        } else if (status == NodeStatus::Unfinished) {
             record.sentence = unfinished;
         }
     }

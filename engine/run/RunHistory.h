@@ -13,11 +13,11 @@ namespace velmorak {
 class History {
 public:
     /// Sets the reason of every plug-in that is about to be executed or was taken from the store.
-    void explain(RunState& state, Keeper& keeper) const;
+    void explain(RunState& state, ResultCache& cache) const;
     /// What is to be remembered when the run that is about to begin does not come to its end.
     History ifInterrupted(const RunState& state) const;
     /// Takes in how the run has ended.
-    void remember(const RunState& state, const Keeper& keeper);
+    void remember(const RunState& state, const ResultCache& cache);
 
     /// All of it, for a later program.
     std::string toBytes() const;
@@ -35,9 +35,9 @@ private:
     };
 
     static Record recordOf(const RunState& state, std::size_t position);
-    std::string changeOf(const RunState& state, std::size_t position, Keeper& keeper) const;
+    std::string changeOf(const RunState& state, std::size_t position, ResultCache& cache) const;
     /// What is no more as a plug-in of a former run left it. What it feeds does not depend on that.
-    std::string lossOf(const RunState& state, std::size_t position, Keeper& keeper) const;
+    std::string lossOf(const RunState& state, std::size_t position, ResultCache& cache) const;
 
     std::map<std::string, Record> records;  ///< By the plug-in's name.
 };

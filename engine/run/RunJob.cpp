@@ -17,14 +17,14 @@ void RunJob::askToEnd() {
 void RunJob::begin(std::function<void()> work) {
     ledger.emplace(pipeline);
     thread = std::thread([self = shared_from_this(), work = std::move(work)] {
-        std::optional<Problem> problem;
+        std::optional<NodeError> error;
         try {
-            problem = problemIn(work);
+            error = errorIn(work);
         } catch (const LeftBehind&) {
             return;
         }
         const std::scoped_lock lock(self->mutex);
-        self->failure = std::move(problem);
+        self->failure = std::move(error);
         self->isOver = true;
         self->change.notify_all();
     });
@@ -33,10 +33,10 @@ void RunJob::begin(std::function<void()> work) {
 bool RunJob::wait(const Runner::Grace& grace) {
     const auto hasEnded = [this] { return isOver; };
     // Where no kind is at work, it is the run's own files that take the time, and what is complete is worth more of it.
-    constexpr int mostGraces = 10;
+    constexpr int maxGraces = 10;
     std::unique_lock lock(mutex);
     change.wait(lock, [this] { return isOver || stopping; });
-    for (int i = 0; i < mostGraces && !isOver; ++i) {
+    for (int i = 0; i < maxGraces && !isOver; ++i) {
         grace(lock, change, hasEnded);
         if (!isOver && !ledger->underWay().empty()) {
             break;

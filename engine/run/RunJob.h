@@ -35,7 +35,7 @@ public:
     /// Lets the threads go on without the run. @return the plug-ins that did not stop.
     std::vector<std::size_t> leaveBehind();
     /// Why the run ended before its end.
-    const std::optional<Problem>& problem() const { return failure; }
+    const std::optional<NodeError>& error() const { return failure; }
 
     Pipeline pipeline;                ///< Not changed after begin.
     std::optional<RunLedger> ledger;  ///< Of the pipeline.
@@ -50,7 +50,7 @@ private:
     std::mutex mutex;
     std::condition_variable change;
     bool isOver = false;
-    std::optional<Problem> failure;
+    std::optional<NodeError> failure;
     std::thread thread;
 };
 

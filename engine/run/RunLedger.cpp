@@ -5,7 +5,7 @@
 
 namespace velmorak {
 
-RunLedger::RunLedger(const Pipeline& pipeline) : calls(pipeline.nodes.size()), settled(pipeline.nodes.size()) {
+RunLedger::RunLedger(const Pipeline& pipeline) : calls(pipeline.nodes.size()), nodeFinished(pipeline.nodes.size()) {
     titles.reserve(pipeline.nodes.size());
     for (const PipelineNode& node : pipeline.nodes) {
         titles.push_back(visible(titleOf(node)));
@@ -24,18 +24,18 @@ std::vector<std::size_t> RunLedger::underWay() const {
 
 void RunLedger::expect(std::size_t position) {
     const std::scoped_lock lock(mutex);
-    settled[position].outcome = Outcome::Unfinished;
-    settled[position].sentence = unfinishedSentence;
+    nodeFinished[position].status = NodeStatus::Unfinished;
+    nodeFinished[position].sentence = unfinishedSentence;
 }
 
-void RunLedger::settle(std::size_t position, const NodeReport& report) {
+void RunLedger::finalize(std::size_t position, const NodeReport& report) {
     const std::scoped_lock lock(mutex);
-    settled[position] = report;
+    nodeFinished[position] = report;
 }
 
 std::vector<NodeReport> RunLedger::reports() const {
     const std::scoped_lock lock(mutex);
-    return settled;
+    return nodeFinished;
 }
 
 }  // namespace velmorak

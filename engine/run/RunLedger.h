@@ -26,16 +26,16 @@ public:
     /// Calls a piece of the kind of the plug-in; whatever it throws ends here, as a problem.
     /// @throws LeftBehind when the run was left behind meanwhile: nobody waits for what the kind has done.
     template <typename Work>
-    std::optional<Problem> call(std::size_t position, Work&& work) {
-        std::optional<Problem> problem;
+    std::optional<NodeError> call(std::size_t position, Work&& work) {
+        std::optional<NodeError> error;
         {
             const Call entered(*this, position);
-            problem = problemIn(std::forward<Work>(work));
+            error = errorIn(std::forward<Work>(work));
         }
         if (isLeft) {
             throw LeftBehind();
         }
-        return problem;
+        return error;
     }
 
     /// Plug-ins whose kinds are being called.
@@ -43,7 +43,7 @@ public:
 
     /// The plug-in is a part of the run, and not settled yet.
     void expect(std::size_t position);
-    void settle(std::size_t position, const NodeReport& report);
+    void finalize(std::size_t position, const NodeReport& report);
     /// How all plug-ins stand now; those that are not settled are unfinished.
     std::vector<NodeReport> reports() const;
 
@@ -72,7 +72,7 @@ private:
     std::vector<std::atomic<int>> calls;  ///< By plug-in: threads that are in its kind.
     std::atomic<bool> isLeft = false;
     mutable std::mutex mutex;
-    std::vector<NodeReport> settled;  ///< By plug-in.
+    std::vector<NodeReport> nodeFinished;  ///< By plug-in.
 };
 
 }  // namespace velmorak

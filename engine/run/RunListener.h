@@ -27,7 +27,7 @@ public:
     virtual bool isProgressDue() = 0;
     virtual void progressed(const ProgressNow& progress) = 0;
     /// Each plug-in that the run needed, once, when its outcome stands.
-    virtual void settled(const PipelineNode& node, const NodeReport& report) = 0;
+    virtual void nodeFinished(const PipelineNode& node, const NodeReport& report) = 0;
     virtual void ended(const RunReport& report) = 0;
 };
 

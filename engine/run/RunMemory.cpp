@@ -7,7 +7,7 @@ namespace velmorak {
 namespace {
 
 Digest keyOf(std::string_view subject, const std::string& name) {
-    Digester digester;
+    Sha256 digester;
     digester.addText(subject);
     digester.addText(name);
     return digester.finish();
@@ -19,7 +19,7 @@ Digest keyOfDigests() {
 
 }  // namespace
 
-RunMemory::RunMemory(StorePlace place, DiskStore::Say say) : disk(std::move(place), std::move(say)), store(disk) {}
+RunMemory::RunMemory(CacheConfig place, DiskStore::Say say) : disk(std::move(place), std::move(say)), store(disk) {}
 
 void RunMemory::recall(const Pipeline& pipeline) {
     if (!historyKey) {

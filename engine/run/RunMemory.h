@@ -15,7 +15,7 @@ namespace velmorak {
 /// Threads: used by the run's thread; store.clear may be called on any.
 class RunMemory {
 public:
-    RunMemory(StorePlace place, DiskStore::Say say);
+    RunMemory(CacheConfig place, DiskStore::Say say);
 
     /// Brings to mind what is known of the pipeline's document.
     void recall(const Pipeline& pipeline);
@@ -29,7 +29,7 @@ private:
 
 public:
     ResultStore store;
-    FileDigests digests;
+    FileHashes digests;
     History history;
     std::set<const Kind*> refused;  ///< Did not stop; never called again.
 };

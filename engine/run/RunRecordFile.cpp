@@ -23,13 +23,13 @@ namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
 std::string sumOf(std::string_view bytes) {
-    Digester digester;
+    Sha256 digester;
     digester.add(bytes.data(), bytes.size());
     return hexOf(digester.finish());
 }
 
 std::string sumOf(const DataObject& object) {
-    Digester digester;
+    Sha256 digester;
     bytesOf(object, [&](std::string_view piece) { digester.add(piece.data(), piece.size()); });
     return hexOf(digester.finish());
 }
@@ -105,7 +105,7 @@ Json pluginOf(const Pipeline& pipeline, std::size_t position, const NodeReport& 
             {"kind", node.kindName},
             {"version", node.kind ? node.kind->version() : 0},
             {"inputs", inputsOf(pipeline, node)},
-            {"outcome", nameOf(report.outcome)},
+            {"outcome", nameOf(report.status)},
             {"sentence", report.sentence},
             {"reason", report.reason},
             {"rowsIn", report.rowsIn},
@@ -130,19 +130,19 @@ Json seedsOf(const Pipeline& pipeline) {
 
 }  // namespace
 
-std::string_view nameOf(Outcome outcome) {
-    switch (outcome) {
-        case Outcome::Done:
+std::string_view nameOf(NodeStatus status) {
+    switch (status) {
+        case NodeStatus::Done:
             return "done";
-        case Outcome::Reused:
+        case NodeStatus::Reused:
             return "reused";
-        case Outcome::Failed:
+        case NodeStatus::Failed:
             return "failed";
-        case Outcome::Skipped:
+        case NodeStatus::Skipped:
             return "skipped";
-        case Outcome::Unfinished:
+        case NodeStatus::Unfinished:
             return "unfinished";
-        case Outcome::NotAsked:
+        case NodeStatus::NotRequested:
             break;
     }
     return "not asked";
@@ -162,7 +162,7 @@ std::string runFileText(const Pipeline& pipeline, const RunReport& report, bool 
     record["plugins"] = Json::array();
     for (std::size_t i = 0; i < pipeline.nodes.size(); ++i) {
         NodeReport none;
-        none.outcome = Outcome::Unfinished;
+        none.status = NodeStatus::Unfinished;
         record["plugins"].push_back(pluginOf(pipeline, i, i < report.nodes.size() ? report.nodes[i] : none));
     }
     return record.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";

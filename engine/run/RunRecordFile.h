@@ -19,6 +19,6 @@ std::string runFileText(const Pipeline& pipeline, const RunReport& report, bool 
 std::string writeRunFile(const std::filesystem::path& resultsFolder, const std::string& text);
 
 /// "done", "reused", ...
-std::string_view nameOf(Outcome outcome);
+std::string_view nameOf(NodeStatus status);
 
 }  // namespace velmorak

@@ -9,46 +9,46 @@
 
 namespace velmorak {
 
-Execution::Execution(RunState& state, RunMemory& memory, bool explains, Workers& workers)
+RunScheduler::RunScheduler(RunState& state, RunMemory& memory, bool explains, Executor& executor)
     : state(state),
       memory(memory),
       explains(explains),
-      workers(workers),
-      keeper(state, memory.store, memory.digests),
-      ahead(memory.digests) {
-    state.around.recorder = [this](const PipelineNode& node) {
+      executor(executor),
+      cache(state, memory.store, memory.digests),
+      prefetchHasher(memory.digests) {
+    state.environment.recorder = [this](const PipelineNode& node) {
         const auto position = static_cast<std::size_t>(&node - this->state.pipeline.nodes.data());
-        return this->state.plan.tellsOfRun(position) ? recordOfRun(this->state, this->keeper, position)
-                                                     : recordOf(this->state, this->keeper, position);
+        return this->state.plan.isRunReporter(position) ? recordOfRun(this->state, this->cache, position)
+                                                     : recordOf(this->state, this->cache, position);
     };
-    state.around.asked = [this](const std::filesystem::path& file, const FileStamp& stamp) {
-        ahead.begin(file, stamp);
+    state.environment.asked = [this](const std::filesystem::path& file, const FileStamp& stamp) {
+        prefetchHasher.begin(file, stamp);
     };
 }
 
-void Execution::run(RunReport& report) {
+void RunScheduler::run(RunReport& report) {
     findNeeded();
-    settleObjections();
-    memory.history.explain(state, keeper);
+    failInvalidNodes();
+    memory.history.explain(state, cache);
     sayReasons();
     memory.writeDown(memory.history.ifInterrupted(state));
     do {
         takeInFinished();
-        sweep();
+        evaluateReady();
         takeInFinished();
     } while (!state.isStopping() && passNext());
-    settleRest();
-    evaluateTellers();
+    finalizeRemaining();
+    evaluateReporters();
     takeInFinished();
-    memory.history.remember(state, keeper);
+    memory.history.remember(state, cache);
     memory.writeDown(memory.history);
     reportTo(report);
 }
 
 /// Keeps and tells what has become complete.
-void Execution::takeInFinished() {
+void RunScheduler::takeInFinished() {
     const std::vector<std::size_t> finished = state.takeFinished();
-    keeper.keep(finished);
+    cache.keep(finished);
     for (const std::size_t position : finished) {
         for (const std::size_t consumer : state.plan.consumers(position)) {
             agenda.insert(state.plan.rank(consumer));
@@ -56,41 +56,41 @@ void Execution::takeInFinished() {
     }
     for (const std::size_t position : finished) {
         NodeRun& run = state.runs[position];
-        if (!run.isSettled || run.isTold) {
+        if (!run.isFinal || run.isReported) {
             continue;
         }
-        run.isTold = true;
-        state.ledger.settle(position, run.report);
+        run.isReported = true;
+        state.ledger.finalize(position, run.report);
         if (state.listener) {
-            state.listener->settled(state.node(position), run.report);
+            state.listener->nodeFinished(state.node(position), run.report);
         }
     }
 }
 
-void Execution::reportTo(RunReport& report) {
+void RunScheduler::reportTo(RunReport& report) {
     std::vector<std::size_t> needed;
     for (std::size_t i = 0; i < state.runs.size(); ++i) {
         NodeRun& run = state.runs[i];
-        report.wasStopped = report.wasStopped || run.report.outcome == Outcome::Unfinished;
+        report.wasStopped = report.wasStopped || run.report.status == NodeStatus::Unfinished;
         if (run.isNeeded) {
             needed.push_back(i);
-            run.report.written = recorded(keeper.writtenFiles(i));
+            run.report.written = recorded(cache.writtenFiles(i));
         }
     }
-    report.files = recorded(keeper.filesOf(needed));
+    report.files = recorded(cache.filesOf(needed));
     for (NodeRun& run : state.runs) {
         report.nodes.push_back(std::move(run.report));
     }
 }
 
-void Execution::findNeeded() {
+void RunScheduler::findNeeded() {
     // What is downstream decides first, because a plug-in upstream is only needed by one that is executed. Where
     // plug-ins feed themselves there is no such order, so it is gone through until nothing more is needed.
     bool isMore = true;
     while (isMore) {
         isMore = false;
         for (const std::size_t position : state.plan.orderUpstream()) {
-            if (!state.runs[position].isNeeded && (state.plan.isAsked(position) || isWanted(position))) {
+            if (!state.runs[position].isNeeded && (state.plan.isInScope(position) || isWanted(position))) {
                 state.runs[position].isNeeded = true;
                 state.ledger.expect(position);
                 isMore = true;
@@ -101,54 +101,54 @@ void Execution::findNeeded() {
 }
 
 /// A plug-in that takes something from this one is executed.
-bool Execution::isWanted(std::size_t position) const {
+bool RunScheduler::isWanted(std::size_t position) const {
     const std::vector<std::size_t>& consumers = state.plan.consumers(position);
     return std::any_of(consumers.begin(), consumers.end(), [this](std::size_t consumer) {
-        return state.runs[consumer].isNeeded && !state.runs[consumer].isSettled;
+        return state.runs[consumer].isNeeded && !state.runs[consumer].isFinal;
     });
 }
 
-bool Execution::reuse(std::size_t position) {
-    if (state.plan.tellsOfRun(position)) {
+bool RunScheduler::reuse(std::size_t position) {
+    if (state.plan.isRunReporter(position)) {
         return false;
     }
     const bool isStream = state.plan.isStream(position);
     if (isStream && isWanted(position)) {
         return false;  // Its rows are not kept.
     }
-    if (!keeper.reuse(position) && isStream && !state.plan.consumers(position).empty()) {
-        state.finish(position, Outcome::Reused, state.runs[position].report.outputs);
+    if (!cache.reuse(position) && isStream && !state.plan.consumers(position).empty()) {
+        state.finish(position, NodeStatus::Reused, state.runs[position].report.outputs);
         // All that was made from its rows is still right.
     }
-    return state.runs[position].isSettled;
+    return state.runs[position].isFinal;
 }
 
-void Execution::sayReasons() {
+void RunScheduler::sayReasons() {
     for (std::size_t i = 0; explains && i < state.runs.size(); ++i) {
         const NodeRun& run = state.runs[i];
-        if (!run.report.reason.empty() && run.report.outcome != Outcome::Failed) {
-            const bool isReused = run.report.outcome == Outcome::Reused;
+        if (!run.report.reason.empty() && run.report.status != NodeStatus::Failed) {
+            const bool isReused = run.report.status == NodeStatus::Reused;
             state.messages.line(titleOf(state.node(i)) + (isReused ? ": reused, " : ": executed, ") +
                                 run.report.reason);
         }
     }
 }
 
-void Execution::settleObjections() {
+void RunScheduler::failInvalidNodes() {
     for (std::size_t i = 0; i < state.runs.size(); ++i) {
-        if (!state.runs[i].isNeeded || state.runs[i].isSettled) {
+        if (!state.runs[i].isNeeded || state.runs[i].isFinal) {
             continue;
         }
         if (memory.refused.contains(state.node(i).kind)) {
             state.fail(i, {"its kind did not stop in a run before, and is refused until the program is started anew"});
-        } else if (const std::string sentence = state.plan.objection(i); !sentence.empty()) {
+        } else if (const std::string sentence = state.plan.validate(i); !sentence.empty()) {
             state.fail(i, {sentence});
         }
     }
 }
 
 /// Goes to the plug-ins that something new has come to since the last time, each after those that feed it.
-void Execution::sweep() {
+void RunScheduler::evaluateReady() {
     if (!hasSwept) {
         hasSwept = true;
         for (const std::size_t position : state.plan.order()) {
@@ -158,42 +158,42 @@ void Execution::sweep() {
     while (!agenda.empty()) {
         const std::size_t position = state.plan.order()[*agenda.begin()];
         agenda.erase(agenda.begin());
-        if (state.runs[position].isNeeded && !state.runs[position].isSettled) {
-            visit(position);
+        if (state.runs[position].isNeeded && !state.runs[position].isFinal) {
+            evaluateIfReady(position);
             takeInFinished();  // What comes next may take long, and the program may be killed.
         }
     }
 }
 
-void Execution::visit(std::size_t position) {
-    if (state.plan.tellsOfRun(position)) {
+void RunScheduler::evaluateIfReady(std::size_t position) {
+    if (state.plan.isRunReporter(position)) {
         return;
     }
-    const std::vector<std::size_t>& feeders = state.plan.feeders(position);
+    const std::vector<std::size_t>& upstream = state.plan.upstream(position);
     const auto isStream = [this](std::size_t feeder) { return state.plan.isStream(feeder); };
     // Until all values are there, because which of two failures is known first depends on what is reused.
-    if (!std::all_of(feeders.begin(), feeders.end(),
-                     [&](std::size_t feeder) { return isStream(feeder) || state.runs[feeder].isSettled; })) {
+    if (!std::all_of(upstream.begin(), upstream.end(),
+                     [&](std::size_t feeder) { return isStream(feeder) || state.runs[feeder].isFinal; })) {
         return;
     }
-    if (const std::optional<std::size_t> failed = failedFeeder(position)) {
+    if (const std::optional<std::size_t> failed = failedUpstream(position)) {
         state.skip(position, state.runs[*failed].cause);
         return;
     }
-    const bool isValueOnly = !state.plan.isStream(position) && !state.plan.tableFeeder(position);
+    const bool isValueOnly = !state.plan.isStream(position) && !state.plan.tableInput(position);
     if (isValueOnly && state.hasArguments(position) && !state.isStopping()) {
         evaluate(position);
     }
 }
 
 /// The first that gives a value, or else the first that gives rows.
-std::optional<std::size_t> Execution::failedFeeder(std::size_t position) const {
-    const std::vector<std::size_t>& feeders = state.plan.feeders(position);
+std::optional<std::size_t> RunScheduler::failedUpstream(std::size_t position) const {
+    const std::vector<std::size_t>& upstream = state.plan.upstream(position);
     for (const bool givesRows : {false, true}) {
-        const auto failed = std::find_if(feeders.begin(), feeders.end(), [&](std::size_t feeder) {
+        const auto failed = std::find_if(upstream.begin(), upstream.end(), [&](std::size_t feeder) {
             return state.plan.isStream(feeder) == givesRows && state.hasFailed(feeder);
         });
-        if (failed != feeders.end()) {
+        if (failed != upstream.end()) {
             return *failed;
         }
     }
@@ -201,9 +201,9 @@ std::optional<std::size_t> Execution::failedFeeder(std::size_t position) const {
 }
 
 /// Those that tell of the run come when all else has ended, in whatever way.
-void Execution::evaluateTellers() {
+void RunScheduler::evaluateReporters() {
     for (const std::size_t position : state.plan.order()) {
-        if (!state.runs[position].isNeeded || state.runs[position].isSettled) {
+        if (!state.runs[position].isNeeded || state.runs[position].isFinal) {
             continue;
         }
         if (state.isStopping()) {
@@ -215,29 +215,29 @@ void Execution::evaluateTellers() {
     }
 }
 
-void Execution::evaluate(std::size_t position) {
+void RunScheduler::evaluate(std::size_t position) {
     const Stopwatch watch(state, position);
     const Kind* kind = state.node(position).kind;
     NodeResults results(state.node(position).outputs);
-    const std::optional<Problem> problem = state.call(position, [&] {
+    const std::optional<NodeError> error = state.call(position, [&] {
         if (const auto* function = dynamic_cast<const Function*>(kind)) {
             evaluateFunction(*function, position, results);
         } else if (const auto* accumulator = dynamic_cast<const Accumulator*>(kind)) {
             evaluateUnfilled(*accumulator, position, results);
         }
     });
-    if (problem) {
-        state.fail(position, *problem);
+    if (error) {
+        state.fail(position, *error);
     } else {
-        state.finish(position, Outcome::Done, results.values());
+        state.finish(position, NodeStatus::Done, results.values());
     }
 }
 
-void Execution::evaluateFunction(const Function& function, std::size_t position, NodeResults& results) {
+void RunScheduler::evaluateFunction(const Function& function, std::size_t position, NodeResults& results) {
     function.evaluate(state.arguments(position), results, *state.runs[position].context);
 }
 
-void Execution::evaluateUnfilled(const Accumulator& accumulator, std::size_t position, NodeResults& results) {
+void RunScheduler::evaluateUnfilled(const Accumulator& accumulator, std::size_t position, NodeResults& results) {
     const NodeArguments arguments = state.arguments(position);
     const auto accumulation =
         mustBe(accumulator.prepare(arguments, nullptr, *state.runs[position].context), "accumulation");
@@ -245,30 +245,30 @@ void Execution::evaluateUnfilled(const Accumulator& accumulator, std::size_t pos
     accumulation->finish(*empty, results);
 }
 
-bool Execution::isTarget(std::size_t position) const {
+bool RunScheduler::isTarget(std::size_t position) const {
     const NodeRun& run = state.runs[position];
-    if (!run.isNeeded || run.isSettled) {
+    if (!run.isNeeded || run.isFinal) {
         return false;
     }
     if (!state.plan.isStream(position)) {
-        return state.plan.tableFeeder(position).has_value();
+        return state.plan.tableInput(position).has_value();
     }
     // The rows of a table that nothing takes are passed for the sake of what is said about them.
-    return !run.hasPassed && state.plan.isAsked(position) && state.plan.consumers(position).empty();
+    return !run.hasStreamed && state.plan.isInScope(position) && state.plan.consumers(position).empty();
 }
 
 /// @param known of plug-ins that were asked about before, at the same moment.
-bool Execution::isReady(std::size_t target, std::unordered_map<std::size_t, bool>& known) const {
+bool RunScheduler::isReady(std::size_t target, std::unordered_map<std::size_t, bool>& known) const {
     std::vector<std::size_t> open{target};
     while (!open.empty()) {
         const std::size_t at = open.back();
-        const std::vector<std::size_t>& feeders = state.plan.tableFeeders(at);
+        const std::vector<std::size_t>& upstream = state.plan.tableInputs(at);
         bool isThis = !state.hasFailed(at) && state.hasArguments(at);
         std::optional<std::size_t> unknown;
-        for (std::size_t i = 0; i < feeders.size() && isThis && !unknown; ++i) {
-            const auto found = known.find(feeders[i]);
+        for (std::size_t i = 0; i < upstream.size() && isThis && !unknown; ++i) {
+            const auto found = known.find(upstream[i]);
             if (found == known.end()) {
-                unknown = feeders[i];
+                unknown = upstream[i];
             } else {
                 isThis = found->second;
             }
@@ -284,7 +284,7 @@ bool Execution::isReady(std::size_t target, std::unordered_map<std::size_t, bool
 }
 
 /// The sources, or rows of sources, that some target waits for; in the order of the first of them.
-void Execution::findTables() {
+void RunScheduler::findTables() {
     std::vector<std::vector<std::size_t>> targets(state.plan.legsNumbers());
     for (std::size_t i = 0; i < state.runs.size(); ++i) {
         if (state.plan.legsNumber(i) != 0 && isTarget(i)) {
@@ -297,12 +297,12 @@ void Execution::findTables() {
         }
     }
     const auto placeOf = [this](const std::vector<std::size_t>& table) {
-        return std::pair(state.plan.rank(state.plan.legs(table.front()).front()), table.front());
+        return std::pair(state.plan.rank(state.plan.segments(table.front()).front()), table.front());
     };
     tables.sort([&](const auto& one, const auto& other) { return placeOf(one) < placeOf(other); });
 }
 
-bool Execution::passNext() {
+bool RunScheduler::passNext() {
     if (!hasTables) {
         hasTables = true;
         findTables();
@@ -330,66 +330,66 @@ bool Execution::passNext() {
     if (best.empty()) {
         return false;
     }
-    StreamPass(state, state.plan.legs(best.front()), stepsFor(best)).execute(workers);
+    StreamPass(state, state.plan.segments(best.front()), operatorsFor(best)).execute(executor);
     return true;
 }
 
 /// The targets, and what passes rows on to them, each after what feeds it.
-std::vector<StepPlace> Execution::stepsFor(const std::vector<std::size_t>& targets) const {
-    std::set<StepPlace> wanted;
-    std::vector<StepPlace> open;
+std::vector<OperatorInstance> RunScheduler::operatorsFor(const std::vector<std::size_t>& targets) const {
+    std::set<OperatorInstance> wanted;
+    std::vector<OperatorInstance> open;
     open.reserve(targets.size());
     for (const std::size_t target : targets) {
         open.push_back({target, 0});
     }
     while (!open.empty()) {
-        const StepPlace place = open.back();
+        const OperatorInstance place = open.back();
         open.pop_back();
-        if (state.plan.shape(place.node) == Shape::Source || !wanted.insert(place).second) {
+        if (state.plan.category(place.node) == KindCategory::Source || !wanted.insert(place).second) {
             continue;
         }
-        std::size_t leg = place.firstLeg;
-        for (const std::size_t feeder : state.plan.tableFeeders(place.node)) {
-            open.push_back({feeder, leg});
-            leg += state.plan.legs(feeder).size();
+        std::size_t segment = place.firstSegment;
+        for (const std::size_t feeder : state.plan.tableInputs(place.node)) {
+            open.push_back({feeder, segment});
+            segment += state.plan.segments(feeder).size();
         }
     }
-    std::vector<StepPlace> steps(wanted.begin(), wanted.end());
-    std::stable_sort(steps.begin(), steps.end(), [this](const StepPlace& one, const StepPlace& other) {
+    std::vector<OperatorInstance> operators(wanted.begin(), wanted.end());
+    std::stable_sort(operators.begin(), operators.end(), [this](const OperatorInstance& one, const OperatorInstance& other) {
         return state.plan.rank(one.node) < state.plan.rank(other.node);
     });
-    return steps;
+    return operators;
 }
 
-void Execution::settleRest() {
+void RunScheduler::finalizeRemaining() {
     // What is downstream first, because it is known there whether the rows are in a result that is reused.
     std::vector<bool> isInReused(state.runs.size(), false);
     for (const std::size_t position : state.plan.orderUpstream()) {
         const std::vector<std::size_t>& consumers = state.plan.consumers(position);
         isInReused[position] = std::any_of(consumers.begin(), consumers.end(), [&](std::size_t consumer) {
-            const Outcome outcome = state.runs[consumer].report.outcome;
-            return outcome == Outcome::Reused || (outcome == Outcome::NotAsked && isInReused[consumer]);
+            const NodeStatus status = state.runs[consumer].report.status;
+            return status == NodeStatus::Reused || (status == NodeStatus::NotRequested && isInReused[consumer]);
         });
         const NodeRun& run = state.runs[position];
-        if (run.isNeeded && !run.isSettled && !state.plan.tellsOfRun(position)) {
-            settle(position, isInReused[position]);
+        if (run.isNeeded && !run.isFinal && !state.plan.isRunReporter(position)) {
+            finalize(position, isInReused[position]);
         }
     }
 }
 
 /// Ends a stream: where all that could take its rows ended without, a result that was made from them in a former run
 /// tells that they are right.
-void Execution::settle(std::size_t position, bool isInReused) {
+void RunScheduler::finalize(std::size_t position, bool isInReused) {
     NodeRun& run = state.runs[position];
-    state.settle(position);
+    state.finalize(position);
     if (state.isStopping()) {
         state.stopFirst(position);
-    } else if (run.hasPassed) {
-        run.report.outcome = Outcome::Done;
+    } else if (run.hasStreamed) {
+        run.report.status = NodeStatus::Done;
     } else if (isInReused) {
-        run.report.outcome = Outcome::Reused;
+        run.report.status = NodeStatus::Reused;
     } else {
-        run.report.outcome = Outcome::Skipped;
+        run.report.status = NodeStatus::Skipped;
         run.report.sentence = run.report.rowsOut > 0 ? "not read to its end because nothing that it feeds could go on"
                                                      : "not run because nothing that it feeds could run";
     }

@@ -16,11 +16,11 @@
 namespace velmorak {
 
 /// One run of a pipeline, from what is needed to what is kept.
-class Execution {
+class RunScheduler {
 public:
     /// @param state, memory and workers outlive this.
     /// @param explains reasons are said.
-    Execution(RunState& state, RunMemory& memory, bool explains, Workers& workers);
+    RunScheduler(RunState& state, RunMemory& memory, bool explains, Executor& executor);
 
     void run(RunReport& report);
 
@@ -29,11 +29,11 @@ private:
     bool isWanted(std::size_t position) const;
     bool reuse(std::size_t position);
     void sayReasons();
-    void settleObjections();
-    void sweep();
-    void visit(std::size_t position);
-    std::optional<std::size_t> failedFeeder(std::size_t position) const;
-    void evaluateTellers();
+    void failInvalidNodes();
+    void evaluateReady();
+    void evaluateIfReady(std::size_t position);
+    std::optional<std::size_t> failedUpstream(std::size_t position) const;
+    void evaluateReporters();
     void evaluate(std::size_t position);
     void evaluateFunction(const Function& function, std::size_t position, NodeResults& results);
     void evaluateUnfilled(const Accumulator& accumulator, std::size_t position, NodeResults& results);
@@ -42,19 +42,19 @@ private:
     bool isTarget(std::size_t position) const;
     bool isReady(std::size_t target, std::unordered_map<std::size_t, bool>& known) const;
     void findTables();
-    std::vector<StepPlace> stepsFor(const std::vector<std::size_t>& targets) const;
+    std::vector<OperatorInstance> operatorsFor(const std::vector<std::size_t>& targets) const;
 
     void takeInFinished();
-    void settleRest();
-    void settle(std::size_t position, bool isInReused);
+    void finalizeRemaining();
+    void finalize(std::size_t position, bool isInReused);
     void reportTo(RunReport& report);
 
     RunState& state;
     RunMemory& memory;
     bool explains;
-    Workers& workers;
-    Keeper keeper;
-    DigestsAhead ahead;
+    Executor& executor;
+    ResultCache cache;
+    FilePrefetchHasher prefetchHasher;
     bool hasSwept = false;
     std::set<std::size_t> agenda;  ///< Places in the plan's order to go to in the next sweep.
     bool hasTables = false;

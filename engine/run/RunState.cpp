@@ -26,27 +26,27 @@ RunState::RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, 
       listener(listener),
       plan(pipeline),
       results(pipeline, mayWriteAnywhere(), stopping),
-      around{pipeline, stopping, messages, results, {}, {}},
+      environment{pipeline, stopping, messages, results, {}, {}},
       runs(pipeline.nodes.size()) {
     for (std::size_t i = 0; i < runs.size(); ++i) {
         runs[i].report.outputs.resize(node(i).outputs.size());
-        runs[i].context = std::make_unique<NodeContext>(around, node(i));
+        runs[i].context = std::make_unique<NodeContext>(environment, node(i));
     }
 }
 
 bool RunState::isDone(std::size_t position) const {
     const NodeRun& run = runs[position];
-    return run.isSettled && (run.report.outcome == Outcome::Done || run.report.outcome == Outcome::Reused);
+    return run.isFinal && (run.report.status == NodeStatus::Done || run.report.status == NodeStatus::Reused);
 }
 
 bool RunState::hasFailed(std::size_t position) const {
-    const Outcome outcome = runs[position].report.outcome;
-    return outcome == Outcome::Failed || outcome == Outcome::Skipped;
+    const NodeStatus status = runs[position].report.status;
+    return status == NodeStatus::Failed || status == NodeStatus::Skipped;
 }
 
 bool RunState::hasArguments(std::size_t position) const {
-    const std::vector<std::size_t>& feeders = plan.feeders(position);
-    return std::all_of(feeders.begin(), feeders.end(),
+    const std::vector<std::size_t>& upstream = plan.upstream(position);
+    return std::all_of(upstream.begin(), upstream.end(),
                        [this](std::size_t feeder) { return plan.isStream(feeder) || isDone(feeder); });
 }
 
@@ -74,18 +74,18 @@ Arrival RunState::arrival(const PipelineInput& input, bool mayMiss) const {
 NodeArguments RunState::arguments(std::size_t position) const {
     std::vector<Arrival> arrivals;
     for (const PipelineInput& input : node(position).inputs) {
-        arrivals.push_back(arrival(input, plan.tellsOfRun(position)));
+        arrivals.push_back(arrival(input, plan.isRunReporter(position)));
     }
     return {node(position), arrivals};
 }
 
-void RunState::settle(std::size_t position) {
-    runs[position].isSettled = true;
+void RunState::finalize(std::size_t position) {
+    runs[position].isFinal = true;
     finished.push_back(position);
 }
 
 void RunState::pass(std::size_t position) {
-    runs[position].hasPassed = true;
+    runs[position].hasStreamed = true;
     finished.push_back(position);
 }
 
@@ -97,38 +97,38 @@ std::vector<std::size_t> RunState::takeFinished() {
     return taken;
 }
 
-void RunState::fail(std::size_t position, const Problem& problem) {
+void RunState::fail(std::size_t position, const NodeError& error) {
     NodeRun& run = runs[position];
-    settle(position);
+    finalize(position);
     run.report.outputs.assign(node(position).outputs.size(), {});
-    if (problem.wasStopped && isStopping()) {
+    if (error.wasStopped && isStopping()) {
         stopFirst(position);
         return;
     }
-    run.report.outcome = Outcome::Failed;
-    run.report.sentence = problem.sentence;
+    run.report.status = NodeStatus::Failed;
+    run.report.sentence = error.sentence;
     run.cause = node(position).name;
-    messages.line(titleOf(node(position)) + " failed: " + problem.sentence);
+    messages.line(titleOf(node(position)) + " failed: " + error.sentence);
 }
 
 void RunState::skip(std::size_t position, const std::string& cause) {
     NodeRun& run = runs[position];
-    settle(position);
-    run.report.outcome = Outcome::Skipped;
+    finalize(position);
+    run.report.status = NodeStatus::Skipped;
     run.report.sentence = "not run because of \"" + shortened(cause) + "\"";
     run.cause = cause;
 }
 
 void RunState::stopFirst(std::size_t position) {
     NodeRun& run = runs[position];
-    settle(position);
-    run.report.outcome = Outcome::Unfinished;
+    finalize(position);
+    run.report.status = NodeStatus::Unfinished;
     run.report.sentence = unfinishedSentence;
 }
 
-void RunState::finish(std::size_t position, Outcome outcome, std::vector<Value> outputs) {
-    settle(position);
-    runs[position].report.outcome = outcome;
+void RunState::finish(std::size_t position, NodeStatus status, std::vector<Value> outputs) {
+    finalize(position);
+    runs[position].report.status = status;
     runs[position].report.outputs = std::move(outputs);
 }
 

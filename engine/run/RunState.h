@@ -17,9 +17,9 @@ namespace velmorak {
 /// Where one plug-in stands in a run.
 struct NodeRun {
     bool isNeeded = false;
-    bool isSettled = false;  ///< Its outcome stands.
-    bool isTold = false;     ///< The listener knows the outcome.
-    bool hasPassed = false;  ///< Of a stream: at least one pass went through to its end.
+    bool isFinal = false;  ///< Its outcome stands.
+    bool isReported = false;     ///< The listener knows the outcome.
+    bool hasStreamed = false;  ///< Of a stream: at least one pass went through to its end.
     NodeReport report;
     std::string cause;  ///< Of a failed or skipped plug-in: the one that failed.
     std::unique_ptr<NodeContext> context;
@@ -43,19 +43,19 @@ public:
     NodeArguments arguments(std::size_t position) const;
 
     /// Sets the outcome of a plug-in that could not do its work; a failure is said at once.
-    void fail(std::size_t position, const Problem& problem);
-    void settle(std::size_t position);
+    void fail(std::size_t position, const NodeError& error);
+    void finalize(std::size_t position);
     void skip(std::size_t position, const std::string& cause);
     /// Sets the outcome of a plug-in that the end of the run came before.
     void stopFirst(std::size_t position);
-    void finish(std::size_t position, Outcome outcome, std::vector<Value> outputs);
+    void finish(std::size_t position, NodeStatus status, std::vector<Value> outputs);
     void addSeconds(std::size_t position, std::chrono::nanoseconds time);
     /// The rows of a stream have passed to their end.
     void pass(std::size_t position);
 
     /// Calls a piece of the plug-in's kind, as RunLedger does.
     template <typename Work>
-    std::optional<Problem> call(std::size_t position, Work&& work) const {
+    std::optional<NodeError> call(std::size_t position, Work&& work) const {
         return ledger.call(position, std::forward<Work>(work));
     }
 
@@ -70,7 +70,7 @@ public:
     unsigned passes = 0;    ///< Passages of rows that have begun.
     Plan plan;
     ResultFolder results;
-    RunSurroundings around;
+    RunEnvironment environment;
     std::vector<NodeRun> runs;  ///< Parallel to the pipeline's nodes.
 
 private:

@@ -24,7 +24,7 @@
 namespace velmorak {
 namespace {
 
-constexpr int mostThreads = 1024;
+constexpr int maxThreads = 1024;
 
 /// @return the number of threads that the environment asks for, or that the machine has.
 int threadCount(Messages& messages) {
@@ -36,7 +36,7 @@ int threadCount(Messages& messages) {
     const std::string_view text(setting);
     int threads = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), threads);
-    if (error == std::errc() && end == text.data() + text.size() && threads >= 1 && threads <= mostThreads) {
+    if (error == std::errc() && end == text.data() + text.size() && threads >= 1 && threads <= maxThreads) {
         return threads;
     }
     messages.line("VELMORAK_THREADS=" + std::string(text) + " is no number of threads; all cores are used");
@@ -52,17 +52,17 @@ void threeSeconds(std::unique_lock<std::mutex>& lock, std::condition_variable& c
 
 bool RunReport::hasFailure() const {
     return std::any_of(nodes.begin(), nodes.end(),
-                       [](const NodeReport& node) { return node.outcome == Outcome::Failed; });
+                       [](const NodeReport& node) { return node.status == NodeStatus::Failed; });
 }
 
-struct Runner::Part : std::enable_shared_from_this<Runner::Part> {
-    Part(std::ostream& stream, bool isTerminal, const StorePlace& place)
+struct Runner::Impl : std::enable_shared_from_this<Runner::Impl> {
+    Impl(std::ostream& stream, bool isTerminal, const CacheConfig& slot)
         : stream(stream),
           isTerminal(isTerminal),
           messages(std::make_shared<Messages>(stream, isTerminal)),
-          memory(place, [this](const std::string& sentence) { messages->line(sentence); }) {
-        if (!place.complaint.empty()) {
-            messages->line(place.complaint);
+          memory(slot, [this](const std::string& sentence) { messages->line(sentence); }) {
+        if (!slot.complaint.empty()) {
+            messages->line(slot.complaint);
         }
     }
 
@@ -77,7 +77,7 @@ struct Runner::Part : std::enable_shared_from_this<Runner::Part> {
     std::shared_ptr<Messages> messages;  ///< A run that is left behind has silent ones of its own.
     RunMemory memory;
     bool explains = false;
-    std::unique_ptr<Workers> workers;  ///< Null: a crew for each run.
+    std::unique_ptr<Executor> executor;  ///< Null: a crew for each run.
     bool leavesRecords = false;
     RunListener* listener = nullptr;
     Grace grace = threeSeconds;
@@ -86,22 +86,22 @@ struct Runner::Part : std::enable_shared_from_this<Runner::Part> {
     std::shared_ptr<RunJob> job;  ///< Of the run that is going on; null without one.
 };
 
-RunReport Runner::Part::carryOut(RunJob& job) {
+RunReport Runner::Impl::carryOut(RunJob& job) {
     const int threads = threadCount(*messages);
     const oneapi::tbb::global_control allowance(oneapi::tbb::global_control::max_allowed_parallelism,
                                                 static_cast<std::size_t>(threads + threadsLeft));
     job.report.threads = threads;
     job.report.began = std::chrono::system_clock::now();
     const auto begin = std::chrono::steady_clock::now();
-    job.begin([self = shared_from_this(), &job, threads, isPolite = Politeness::isCalledFor()] {
+    job.begin([self = shared_from_this(), &job, threads, isPolite = WorkerPriority::isCalledFor()] {
         self->execute(job, threads, isPolite);
     });
     const bool hasEnded = job.wait(grace);
     RunReport report = hasEnded ? std::move(job.report) : leaveBehind(job);
-    if (hasEnded && job.problem()) {
+    if (hasEnded && job.error()) {
         report.nodes.assign(job.pipeline.nodes.size(),
-                            {Outcome::Failed, job.problem()->sentence, 0, 0, 0.0, {}, {}, {}});
-        messages->line("The run failed: " + job.problem()->sentence);
+                            {NodeStatus::Failed, job.error()->sentence, 0, 0, 0.0, {}, {}, {}});
+        messages->line("The run failed: " + job.error()->sentence);
         return report;
     }
     report.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
@@ -116,10 +116,10 @@ RunReport Runner::Part::carryOut(RunJob& job) {
 }
 
 /// On the job's thread.
-void Runner::Part::execute(RunJob& job, int threads, bool isPolite) {
+void Runner::Impl::execute(RunJob& job, int threads, bool isPolite) {
     oneapi::tbb::task_arena arena(threads);
-    const Politeness politeness(arena, isPolite);
-    Crew crew(static_cast<std::size_t>(threads));
+    const WorkerPriority politeness(arena, isPolite);
+    ThreadPool crew(static_cast<std::size_t>(threads));
     job.messages->beginProgress();
     memory.recall(job.pipeline);
     removeLeftovers(job.pipeline);
@@ -128,11 +128,11 @@ void Runner::Part::execute(RunJob& job, int threads, bool isPolite) {
     arena.execute([&] {
         RunState state(job.pipeline, job.isAskedToEnd(), *job.messages, *job.ledger,
                        job.isListening ? &job.listener : nullptr);
-        Execution(state, memory, explains, workers ? *workers : crew).run(job.report);
+        RunScheduler(state, memory, explains, executor ? *executor : crew).run(job.report);
     });
 }
 
-RunReport Runner::Part::leaveBehind(RunJob& job) {
+RunReport Runner::Impl::leaveBehind(RunJob& job) {
     RunReport report;
     report.threads = threadCount(*messages);
     report.began = std::chrono::system_clock::now();
@@ -154,7 +154,7 @@ RunReport Runner::Part::leaveBehind(RunJob& job) {
 }
 
 /// @return false when there is to be no record, or it cannot be written, which is said.
-bool Runner::Part::leave(const Pipeline& pipeline, const RunReport& report, bool isOver) {
+bool Runner::Impl::leave(const Pipeline& pipeline, const RunReport& report, bool isOver) {
     if (!leavesRecords || pipeline.nodes.empty() || pipeline.resultsFolder.empty()) {
         return false;
     }
@@ -167,22 +167,22 @@ bool Runner::Part::leave(const Pipeline& pipeline, const RunReport& report, bool
     return complaint.empty();
 }
 
-void Runner::Part::summarise(const Pipeline& pipeline, const RunReport& report) {
+void Runner::Impl::summarise(const Pipeline& pipeline, const RunReport& report) {
     const Plan plan(pipeline);
     for (std::size_t i = 0; i < report.nodes.size(); ++i) {
         // Failures were said when they happened.
-        if (report.nodes[i].outcome == Outcome::Failed || report.nodes[i].outcome == Outcome::NotAsked) {
+        if (report.nodes[i].status == NodeStatus::Failed || report.nodes[i].status == NodeStatus::NotRequested) {
             continue;
         }
-        messages->line(summaryLine(pipeline.nodes[i], report.nodes[i], plan.tableFeeder(i).has_value()));
+        messages->line(summaryLine(pipeline.nodes[i], report.nodes[i], plan.tableInput(i).has_value()));
     }
     if (report.wasStopped) {
         messages->line("The run was stopped.");
     }
 }
 
-Runner::Runner(std::ostream& messages, bool isTerminal, const StorePlace& place)
-    : part(std::make_shared<Part>(messages, isTerminal, place)) {
+Runner::Runner(std::ostream& messages, bool isTerminal, const CacheConfig& slot)
+    : part(std::make_shared<Impl>(messages, isTerminal, slot)) {
     nameCrashes();
 }
 
@@ -203,21 +203,21 @@ RunReport Runner::run(const std::function<Pipeline()>& snapshot) {
         job->pipeline = snapshot();
         report = part->carryOut(*job);
     };
-    if (const auto problem = problemIn(work)) {
-        report.nodes.assign(job->pipeline.nodes.size(), {Outcome::Failed, problem->sentence, 0, 0, 0.0, {}, {}, {}});
-        part->messages->line("The run failed: " + problem->sentence);
+    if (const auto error = errorIn(work)) {
+        report.nodes.assign(job->pipeline.nodes.size(), {NodeStatus::Failed, error->sentence, 0, 0, 0.0, {}, {}, {}});
+        part->messages->line("The run failed: " + error->sentence);
     }
     const std::scoped_lock lock(part->mutex);
     part->job = nullptr;
     return report;
 }
 
-void Runner::explain(bool isAsked) {
-    part->explains = isAsked;
+void Runner::explain(bool isInScope) {
+    part->explains = isInScope;
 }
 
-void Runner::employ(std::unique_ptr<Workers> workers) {
-    part->workers = std::move(workers);
+void Runner::setExecutor(std::unique_ptr<Executor> executor) {
+    part->executor = std::move(executor);
 }
 
 void Runner::leaveRecords() {

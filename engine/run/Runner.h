@@ -14,8 +14,8 @@
 
 namespace velmorak {
 
-enum class Outcome {
-    NotAsked,    ///< Shares nothing with the start plug-in.
+enum class NodeStatus {
+    NotRequested,    ///< Shares nothing with the start plug-in.
     Done,        ///< Executed.
     Reused,      ///< Its stored result was still right.
     Failed,      ///< See the sentence.
@@ -24,7 +24,7 @@ enum class Outcome {
 };
 
 struct NodeReport {
-    Outcome outcome = Outcome::NotAsked;
+    NodeStatus status = NodeStatus::NotRequested;
     std::string sentence;  ///< Of a failed or skipped plug-in, without its name.
     std::uint64_t rowsIn = 0;
     std::uint64_t rowsOut = 0;
@@ -45,7 +45,7 @@ struct RunReport {
     bool hasFailure() const;
 };
 
-class Workers;
+class Executor;
 class RunListener;
 
 /// Executes pipelines, one at a time, on all cores, and keeps what may be used again. A plug-in that does not stop when
@@ -56,7 +56,7 @@ class Runner {
 public:
     /// @param messages progress, one line a plug-in, and failures. On a terminal the progress line redraws.
     /// @param place where results are kept for later programs.
-    Runner(std::ostream& messages, bool isTerminal, const StorePlace& place = {});
+    Runner(std::ostream& messages, bool isTerminal, const CacheConfig& place = {});
     ~Runner();
 
     RunReport run(const Pipeline& pipeline);
@@ -66,7 +66,7 @@ public:
     void explain(bool isAsked);
 
     /// Who works from now on, in place of threads of the runner's own. Called while no run is going on.
-    void employ(std::unique_ptr<Workers> workers);
+    void setExecutor(std::unique_ptr<Executor> executor);
 
     /// From now on, each run leaves a record of itself in its results folder. Called while no run is going on.
     void leaveRecords();
@@ -91,8 +91,8 @@ public:
     void reset();
 
 private:
-    struct Part;
-    std::shared_ptr<Part> part;  ///< Also of runs that are left behind.
+    struct Impl;
+    std::shared_ptr<Impl> part;  ///< Also of runs that are left behind.
 };
 
 }  // namespace velmorak

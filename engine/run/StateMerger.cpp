@@ -17,9 +17,9 @@ void StateMerger::take(std::unique_ptr<AccumulatorState> state) {
         parts.front().state->merge(*state);
         return;
     }
-    Part part{0, std::move(state)};
+    Entry part{0, std::move(state)};
     while (!parts.empty() && parts.back().level == part.level) {
-        Part first = std::move(parts.back());
+        Entry first = std::move(parts.back());
         parts.pop_back();
         first.state->merge(*part.state);
         part = {first.level + 1, std::move(first.state)};
@@ -32,7 +32,7 @@ std::unique_ptr<AccumulatorState> StateMerger::whole() {
         return mustBe(accumulation.newState(), "state");
     }
     while (parts.size() > 1) {
-        const Part last = std::move(parts.back());
+        const Entry last = std::move(parts.back());
         parts.pop_back();
         parts.back().state->merge(*last.state);
     }

@@ -20,14 +20,14 @@ public:
     std::unique_ptr<AccumulatorState> whole();
 
 private:
-    struct Part {
+    struct Entry {
         std::size_t level = 0;  ///< Made of 2^level chunks.
         std::unique_ptr<AccumulatorState> state;
     };
 
     const Accumulation& accumulation;
     Accumulator::MergeOrder order;
-    std::vector<Part> parts;  ///< From the first chunk on; levels fall.
+    std::vector<Entry> parts;  ///< From the first chunk on; levels fall.
 };
 
 }  // namespace velmorak

@@ -35,309 +35,309 @@ Chunk counted(const Chunk& chunk, std::uint64_t rowsBefore) {
 
 }  // namespace
 
-StreamPass::StreamPass(RunState& state, const std::vector<std::size_t>& sources, const std::vector<StepPlace>& places)
+StreamPass::StreamPass(RunState& state, const std::vector<std::size_t>& sources, const std::vector<OperatorInstance>& maxInFlight)
     : state(state) {
     for (const std::size_t source : sources) {
-        legs.push_back(std::make_unique<Leg>());
-        legs.back()->source = source;
+        segments.push_back(std::make_unique<Segment>());
+        segments.back()->source = source;
     }
-    for (const StepPlace& place : places) {
-        addStep(place);
+    for (const OperatorInstance& slot : maxInFlight) {
+        addOperator(slot);
     }
 }
 
 StreamPass::~StreamPass() = default;
 
-void StreamPass::addStep(const StepPlace& place) {
-    auto step = std::make_unique<Step>();
-    step->node = place.node;
-    std::size_t leg = place.firstLeg;
-    for (const std::size_t feeder : state.plan.tableFeeders(place.node)) {
-        Step::Parent parent{leg, state.plan.legs(feeder).size(), std::nullopt, nullptr};
-        if (const auto found = places.find({feeder, leg}); found != places.end()) {
-            parent.step = found->second;
-            steps[found->second]->hasChild = true;
+void StreamPass::addOperator(const OperatorInstance& slot) {
+    auto op = std::make_unique<Operator>();
+    op->node = slot.node;
+    std::size_t segment = slot.firstSegment;
+    for (const std::size_t feeder : state.plan.tableInputs(slot.node)) {
+        Operator::Parent parent{segment, state.plan.segments(feeder).size(), std::nullopt, nullptr};
+        if (const auto found = maxInFlight.find({feeder, segment}); found != maxInFlight.end()) {
+            parent.op = found->second;
+            operators[found->second]->hasChild = true;
         }
-        leg += parent.legs;
-        step->parents.push_back(std::move(parent));
+        segment += parent.segments;
+        op->parents.push_back(std::move(parent));
     }
-    places.emplace(place, steps.size());
-    steps.push_back(std::move(step));
+    maxInFlight.emplace(slot, operators.size());
+    operators.push_back(std::move(op));
 }
 
-void StreamPass::execute(Workers& workers) {
+void StreamPass::execute(Executor& executor) {
     ++state.passes;
     const bool isOpen = open();
-    for (std::size_t i = 0; i < steps.size() && isOpen; ++i) {
-        prepare(*steps[i]);
+    for (std::size_t i = 0; i < operators.size() && isOpen; ++i) {
+        prepare(*operators[i]);
     }
     hasWork =
-        steps.empty() || std::any_of(steps.begin(), steps.end(), [](const auto& step) { return !step->isDropped; });
+        operators.empty() || std::any_of(operators.begin(), operators.end(), [](const auto& op) { return !op->isDropped; });
     if (!isOpen || !hasWork || state.isStopping()) {
         return;
     }
-    if (const std::optional<Problem> problem = problemIn([&] { pump(workers); })) {
-        sourceProblem = problem;
+    if (const std::optional<NodeError> error = errorIn([&] { runPipeline(executor); })) {
+        sourceError = error;
     }
     state.messages.endProgress();
     finish();
 }
 
 bool StreamPass::open() {
-    for (const auto& leg : legs) {
-        open(*leg);
-        if (!leg->reader) {
+    for (const auto& segment : segments) {
+        open(*segment);
+        if (!segment->reader) {
             return false;
         }
     }
     return true;
 }
 
-void StreamPass::open(Leg& leg) {
-    const Stopwatch watch(state, leg.source);
-    NodeContext& context = *state.runs[leg.source].context;
-    const auto* kind = dynamic_cast<const Source*>(state.node(leg.source).kind);
-    const std::optional<Problem> problem = state.call(leg.source, [&] {
-        const NodeArguments arguments = state.arguments(leg.source);
+void StreamPass::open(Segment& segment) {
+    const Stopwatch watch(state, segment.source);
+    NodeContext& context = *state.runs[segment.source].context;
+    const auto* kind = dynamic_cast<const Source*>(state.node(segment.source).kind);
+    const std::optional<NodeError> error = state.call(segment.source, [&] {
+        const NodeArguments arguments = state.arguments(segment.source);
         for (const std::filesystem::path& file : kind->files(arguments, context)) {
             context.watch(file.string());
         }
-        leg.reader = mustBe(kind->open(arguments, context), "reader");
-        leg.check.emplace(leg.reader->schema());
+        segment.reader = mustBe(kind->open(arguments, context), "reader");
+        segment.check.emplace(segment.reader->schema());
     });
-    if (problem) {
-        leg.reader.reset();
-        state.fail(leg.source, *problem);
+    if (error) {
+        segment.reader.reset();
+        state.fail(segment.source, *error);
     }
 }
 
-const Schema& StreamPass::schemaAt(const Step& step, std::size_t leg) const {
-    const std::optional<std::size_t> parent = step.parentFor(leg).step;
-    return parent ? steps[*parent]->parentFor(leg).check->schema() : legs[leg]->check->schema();
+const Schema& StreamPass::schemaAt(const Operator& op, std::size_t segment) const {
+    const std::optional<std::size_t> parent = op.parentFor(segment).op;
+    return parent ? operators[*parent]->parentFor(segment).check->schema() : segments[segment]->check->schema();
 }
 
-void StreamPass::prepare(Step& step) {
-    const Stopwatch watch(state, step.node);
-    for (const Step::Parent& parent : step.parents) {
-        step.isDropped = step.isDropped || (parent.step && steps[*parent.step]->isDropped);
+void StreamPass::prepare(Operator& op) {
+    const Stopwatch watch(state, op.node);
+    for (const Operator::Parent& parent : op.parents) {
+        op.isDropped = op.isDropped || (parent.op && operators[*parent.op]->isDropped);
     }
-    if (step.isDropped) {
+    if (op.isDropped) {
         return;
     }
-    if (const std::optional<Problem> problem = state.call(step.node, [&] { prepareOperations(step); })) {
-        step.isDropped = true;
-        state.fail(step.node, *problem);
+    if (const std::optional<NodeError> error = state.call(op.node, [&] { prepareOperations(op); })) {
+        op.isDropped = true;
+        state.fail(op.node, *error);
         return;
     }
-    for (const Step::Parent& parent : step.parents) {
-        step.stage = std::max(step.stage, parent.step ? steps[*parent.step]->stage : 0);
+    for (const Operator::Parent& parent : op.parents) {
+        op.stage = std::max(op.stage, parent.op ? operators[*parent.op]->stage : 0);
     }
-    step.stage += step.countsRows ? 1 : 0;
+    op.stage += op.countsRows ? 1 : 0;
 }
 
-void StreamPass::prepareOperations(Step& step) {
-    const Kind* kind = state.node(step.node).kind;
-    NodeContext& context = *state.runs[step.node].context;
-    const NodeArguments arguments = state.arguments(step.node);
-    const Schema& schema = schemaAt(step, step.parents.front().firstLeg);
+void StreamPass::prepareOperations(Operator& op) {
+    const Kind* kind = state.node(op.node).kind;
+    NodeContext& context = *state.runs[op.node].context;
+    const NodeArguments arguments = state.arguments(op.node);
+    const Schema& schema = schemaAt(op, op.parents.front().firstSegment);
     if (const auto* rowWise = dynamic_cast<const RowWise*>(kind)) {
-        step.parents.front().operation = mustBe(rowWise->prepare(arguments, schema, context), "operation");
-        step.parents.front().check.emplace(step.parents.front().operation->schema());
-        prepareCounting(step);
+        op.parents.front().operation = mustBe(rowWise->prepare(arguments, schema, context), "operation");
+        op.parents.front().check.emplace(op.parents.front().operation->schema());
+        prepareCounting(op);
     } else if (const auto* concatenation = dynamic_cast<const Concatenation*>(kind)) {
-        prepareConcatenation(step, *concatenation);
+        prepareConcatenation(op, *concatenation);
     } else if (const auto* accumulator = dynamic_cast<const Accumulator*>(kind)) {
-        step.accumulation = mustBe(accumulator->prepare(arguments, &schema, context), "accumulation");
-        const bool isOrdered = dynamic_cast<const OrderedAccumulation*>(step.accumulation.get()) != nullptr;
-        step.merger = std::make_unique<StateMerger>(
-            *step.accumulation, isOrdered ? Accumulator::MergeOrder::FirstToLast : accumulator->mergeOrder());
+        op.accumulation = mustBe(accumulator->prepare(arguments, &schema, context), "accumulation");
+        const bool isOrdered = dynamic_cast<const OrderedAccumulation*>(op.accumulation.get()) != nullptr;
+        op.merger = std::make_unique<StateMerger>(
+            *op.accumulation, isOrdered ? Accumulator::MergeOrder::FirstToLast : accumulator->mergeOrder());
     }
 }
 
-void StreamPass::prepareConcatenation(Step& step, const Concatenation& kind) {
+void StreamPass::prepareConcatenation(Operator& op, const Concatenation& kind) {
     std::vector<Schema> schemas;
-    for (const Step::Parent& parent : step.parents) {
-        schemas.push_back(schemaAt(step, parent.firstLeg));
+    for (const Operator::Parent& parent : op.parents) {
+        schemas.push_back(schemaAt(op, parent.firstSegment));
     }
     std::vector<std::unique_ptr<RowOperation>> operations =
-        kind.prepare(state.arguments(step.node), schemas, *state.runs[step.node].context);
+        kind.prepare(state.arguments(op.node), schemas, *state.runs[op.node].context);
     if (operations.size() != schemas.size()) {
         throw std::logic_error("the kind gives " + std::to_string(operations.size()) + " operations for " +
                                std::to_string(schemas.size()) + " tables");
     }
-    for (std::size_t i = 0; i < step.parents.size(); ++i) {
-        step.parents[i].operation = mustBe(std::move(operations[i]), "operation");
-        step.parents[i].check.emplace(step.parents[i].operation->schema());
-        if (!(step.parents[i].check->schema() == step.parents.front().check->schema())) {
+    for (std::size_t i = 0; i < op.parents.size(); ++i) {
+        op.parents[i].operation = mustBe(std::move(operations[i]), "operation");
+        op.parents[i].check.emplace(op.parents[i].operation->schema());
+        if (!(op.parents[i].check->schema() == op.parents.front().check->schema())) {
             throw std::logic_error("the kind gives operations whose tables have different columns");
         }
     }
-    prepareCounting(step);
+    prepareCounting(op);
 }
 
-void StreamPass::prepareCounting(Step& step) {
-    const RowOperation& operation = *step.parents.front().operation;
-    step.countsRows = operation.countsRows();
-    step.rowsWanted = step.countsRows ? rowsWantedBy(operation) : 0;
+void StreamPass::prepareCounting(Operator& op) {
+    const RowOperation& operation = *op.parents.front().operation;
+    op.countsRows = operation.countsRows();
+    op.rowsWanted = op.countsRows ? rowsWantedBy(operation) : 0;
 }
 
 std::size_t StreamPass::stages() const {
     std::size_t last = 0;
-    for (const auto& step : steps) {
-        last = std::max(last, step->stage);
+    for (const auto& op : operators) {
+        last = std::max(last, op->stage);
     }
     return last + 1;
 }
 
-void StreamPass::pump(Workers& workers) {
-    for (std::size_t i = 0; i < workers.places(); ++i) {
-        works.push_back(std::make_unique<Work>());
+void StreamPass::runPipeline(Executor& executor) {
+    for (std::size_t i = 0; i < executor.maxInFlight(); ++i) {
+        tasks.push_back(std::make_unique<ChunkTask>());
     }
-    Line line;
-    line.load = [this](std::size_t place) { return read(*works[place]); };
+    StagePipeline line;
+    line.load = [this](std::size_t slot) { return read(*tasks[slot]); };
     const std::size_t count = stages();
     for (std::size_t stage = 0; stage < count; ++stage) {
         if (stage > 0) {
-            line.stages.push_back({true, [this, stage](std::size_t place) { this->count(*works[place], stage); }});
+            line.stages.push_back({true, [this, stage](std::size_t slot) { this->count(*tasks[slot], stage); }});
         }
-        line.stages.push_back({false, [this, stage, count](std::size_t place) {
-                                   perform(*works[place], stage);
+        line.stages.push_back({false, [this, stage, count](std::size_t slot) {
+                                   execute(*tasks[slot], stage);
                                    if (stage + 1 == count) {
-                                       release(*works[place]);
+                                       release(*tasks[slot]);
                                    }
                                }});
     }
-    line.stages.push_back({true, [this](std::size_t place) { takeIn(*works[place]); }});
-    workers.work(line);
+    line.stages.push_back({true, [this](std::size_t slot) { commitChunk(*tasks[slot]); }});
+    executor.work(line);
 }
 
-bool StreamPass::read(Work& work) {
-    if (state.isStopping() || !hasWork || sourceProblem) {
+bool StreamPass::read(ChunkTask& task) {
+    if (state.isStopping() || !hasWork || sourceError) {
         return false;
     }
-    work.chunk = {};
-    while (legBeingRead < legs.size() && !readInto(work.chunk)) {
-        if (sourceProblem || ++legBeingRead == legs.size()) {
+    task.chunk = {};
+    while (segmentBeingRead < segments.size() && !readInto(task.chunk)) {
+        if (sourceError || ++segmentBeingRead == segments.size()) {
             return false;
         }
-        work.chunk = {};
+        task.chunk = {};
     }
-    if (legBeingRead == legs.size()) {
+    if (segmentBeingRead == segments.size()) {
         return false;
     }
-    Leg& leg = *legs[legBeingRead];
-    work.leg = legBeingRead;
-    work.chunk.number = chunks++;
-    work.chunk.firstRow = leg.rows;
-    work.isComplete = false;
-    work.problem.reset();
-    work.timeCompleting = {};
-    leg.rows += work.chunk.rows;
-    work.made.clear();
-    work.made.resize(steps.size());
+    Segment& segment = *segments[segmentBeingRead];
+    task.segment = segmentBeingRead;
+    task.chunk.number = chunks++;
+    task.chunk.firstRow = segment.rows;
+    task.isComplete = false;
+    task.error.reset();
+    task.timeCompleting = {};
+    segment.rows += task.chunk.rows;
+    task.made.clear();
+    task.made.resize(operators.size());
     showProgress();
     return true;
 }
 
 bool StreamPass::readInto(Chunk& chunk) {
-    Leg& leg = *legs[legBeingRead];
-    if (leg.isOver) {
+    Segment& segment = *segments[segmentBeingRead];
+    if (segment.isOver) {
         return false;
     }
     const Instant::time_point begin = Instant::now();
     bool hasRows = false;
-    sourceProblem = state.call(leg.source, [&] {
-        hasRows = leg.reader->next(chunk);
+    sourceError = state.call(segment.source, [&] {
+        hasRows = segment.reader->next(chunk);
         if (hasRows) {
-            leg.check->checkRows(chunk);
+            segment.check->checkRows(chunk);
         }
     });
-    leg.time += Instant::now() - begin;
-    return hasRows && !sourceProblem;
+    segment.time += Instant::now() - begin;
+    return hasRows && !sourceError;
 }
 
-const Chunk* StreamPass::tableFor(const Step& step, const Work& work) const {
-    const std::optional<std::size_t> parent = step.parentFor(work.leg).step;
+const Chunk* StreamPass::tableFor(const Operator& op, const ChunkTask& task) const {
+    const std::optional<std::size_t> parent = op.parentFor(task.segment).op;
     if (!parent) {
-        return &work.chunk;
+        return &task.chunk;
     }
-    const std::optional<Chunk>& table = work.made[*parent].table;
+    const std::optional<Chunk>& table = task.made[*parent].table;
     return table ? &*table : nullptr;
 }
 
-void StreamPass::count(Work& work, std::size_t stage) {
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-        Step& step = *steps[i];
-        if (step.stage != stage || !step.countsRows || !step.sees(work.leg)) {
+void StreamPass::count(ChunkTask& task, std::size_t stage) {
+    for (std::size_t i = 0; i < operators.size(); ++i) {
+        Operator& op = *operators[i];
+        if (op.stage != stage || !op.countsRows || !op.sees(task.segment)) {
             continue;
         }
-        const Chunk* table = tableFor(step, work);
-        Work::Made& made = work.made[i];
-        made.rowsBefore = step.rowsCounted;
-        made.problem =
-            state.call(step.node, [&] { made.isOver = !step.parents.front().operation->wantsRow(step.rowsCounted); });
-        step.rowsCounted += table ? table->rows : 0;
+        const Chunk* table = tableFor(op, task);
+        ChunkTask::OperatorOutput& made = task.made[i];
+        made.rowsBefore = op.rowsCounted;
+        made.error =
+            state.call(op.node, [&] { made.isOver = !op.parents.front().operation->wantsRow(op.rowsCounted); });
+        op.rowsCounted += table ? table->rows : 0;
     }
 }
 
-void StreamPass::perform(Work& work, std::size_t stage) {
-    if (steps.empty()) {
-        complete(work);
+void StreamPass::execute(ChunkTask& task, std::size_t stage) {
+    if (operators.empty()) {
+        complete(task);
     }
-    for (std::size_t i = 0; i < steps.size() && !state.isStopping(); ++i) {
-        if (steps[i]->stage == stage && steps[i]->sees(work.leg)) {
-            performStep(i, work);
+    for (std::size_t i = 0; i < operators.size() && !state.isStopping(); ++i) {
+        if (operators[i]->stage == stage && operators[i]->sees(task.segment)) {
+            executeOperator(i, task);
         }
     }
 }
 
 /// Plug-ins that want no more rows are not worth completing a chunk for, so this is left to the first that takes it.
 /// @return false when the source could not.
-bool StreamPass::complete(Work& work) const {
-    if (!work.isComplete) {
+bool StreamPass::complete(ChunkTask& task) const {
+    if (!task.isComplete) {
         const Instant::time_point begin = Instant::now();
-        Leg& leg = *legs[work.leg];
-        work.problem = state.call(leg.source, [&] {
-            const std::size_t rows = work.chunk.rows;
-            leg.reader->complete(work.chunk);
-            work.chunk.rows = rows;  // What is counted already.
-            leg.check->check(work.chunk);
+        Segment& segment = *segments[task.segment];
+        task.error = state.call(segment.source, [&] {
+            const std::size_t rows = task.chunk.rows;
+            segment.reader->complete(task.chunk);
+            task.chunk.rows = rows;  // What is counted already.
+            segment.check->check(task.chunk);
         });
-        work.isComplete = true;
-        work.timeCompleting = Instant::now() - begin;
+        task.isComplete = true;
+        task.timeCompleting = Instant::now() - begin;
     }
-    return !work.problem;
+    return !task.error;
 }
 
-void StreamPass::release(Work& work) {
-    for (Work::Made& made : work.made) {
+void StreamPass::release(ChunkTask& task) {
+    for (ChunkTask::OperatorOutput& made : task.made) {
         made.table.reset();
     }
-    work.chunk.columns.clear();
+    task.chunk.columns.clear();
 }
 
-void StreamPass::performStep(std::size_t position, Work& work) {
-    Step& step = *steps[position];
-    Work::Made& made = work.made[position];
-    const Step::Parent& parent = step.parentFor(work.leg);
-    made.isOver = made.isOver || (parent.step && work.made[*parent.step].isOver);
-    const Chunk* table = tableFor(step, work);
-    if ((!parent.operation && !step.accumulation) || work.chunk.number > step.failedAt || !table || made.isOver ||
-        made.problem) {
+void StreamPass::executeOperator(std::size_t position, ChunkTask& task) {
+    Operator& op = *operators[position];
+    ChunkTask::OperatorOutput& made = task.made[position];
+    const Operator::Parent& parent = op.parentFor(task.segment);
+    made.isOver = made.isOver || (parent.op && task.made[*parent.op].isOver);
+    const Chunk* table = tableFor(op, task);
+    if ((!parent.operation && !op.accumulation) || task.chunk.number > op.failedAt || !table || made.isOver ||
+        made.error) {
         return;
     }
-    if (!parent.step && !complete(work)) {
+    if (!parent.op && !complete(task)) {
         return;
     }
     const Instant::time_point begin = Instant::now();
     made.rowsIn = table->rows;
-    made.problem = state.call(step.node, [&] {
-        if (step.accumulation) {
-            made.state = mustBe(step.accumulation->newState(), "state");
+    made.error = state.call(op.node, [&] {
+        if (op.accumulation) {
+            made.state = mustBe(op.accumulation->newState(), "state");
             made.state->fill(*table);
             return;
         }
-        Chunk rows = step.countsRows ? parent.operation->apply(counted(*table, made.rowsBefore))
+        Chunk rows = op.countsRows ? parent.operation->apply(counted(*table, made.rowsBefore))
                                      : parent.operation->apply(*table);
         rows.number = table->number;
         rows.firstRow = table->firstRow;
@@ -345,9 +345,9 @@ void StreamPass::performStep(std::size_t position, Work& work) {
         made.table = std::move(rows);
     });
     made.rowsOut = made.table ? made.table->rows : 0;
-    if (made.problem) {
-        std::uint64_t least = step.failedAt;
-        while (work.chunk.number < least && !step.failedAt.compare_exchange_weak(least, work.chunk.number)) {
+    if (made.error) {
+        std::uint64_t least = op.failedAt;
+        while (task.chunk.number < least && !op.failedAt.compare_exchange_weak(least, task.chunk.number)) {
         }
     }
     made.time = Instant::now() - begin;

@@ -10,19 +10,19 @@ namespace velmorak {
 using Instant = std::chrono::steady_clock;
 
 /// How far the rows that some plug-in still wants have passed; nothing when the source cannot say.
-std::optional<double> StreamPass::fractionOf(const Leg& leg) {
+std::optional<double> StreamPass::fractionOf(const Segment& segment) {
     std::optional<double> read;
-    sourceProblem = state.call(leg.source, [&] { read = leg.reader->fraction(); });
+    sourceError = state.call(segment.source, [&] { read = segment.reader->fraction(); });
     double least = 1.0;
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-        if (steps[i]->hasChild || !steps[i]->sees(legBeingRead) || steps[i]->isOut) {
+    for (std::size_t i = 0; i < operators.size(); ++i) {
+        if (operators[i]->hasChild || !operators[i]->sees(segmentBeingRead) || operators[i]->isOut) {
             continue;
         }
         double furthest = read.value_or(-1.0);
-        for (std::optional<std::size_t> at = i; at; at = steps[*at]->parentFor(legBeingRead).step) {
-            if (steps[*at]->rowsWanted > 0) {
-                const auto rows = static_cast<double>(steps[*at]->rowsCounted.load(std::memory_order_relaxed));
-                furthest = std::max(furthest, rows / static_cast<double>(steps[*at]->rowsWanted));
+        for (std::optional<std::size_t> at = i; at; at = operators[*at]->parentFor(segmentBeingRead).op) {
+            if (operators[*at]->rowsWanted > 0) {
+                const auto rows = static_cast<double>(operators[*at]->rowsCounted.load(std::memory_order_relaxed));
+                furthest = std::max(furthest, rows / static_cast<double>(operators[*at]->rowsWanted));
             }
         }
         if (furthest < 0.0) {
@@ -30,7 +30,7 @@ std::optional<double> StreamPass::fractionOf(const Leg& leg) {
         }
         least = std::min(least, furthest);
     }
-    return steps.empty() ? read : std::optional(least);
+    return operators.empty() ? read : std::optional(least);
 }
 
 void StreamPass::showProgress() {
@@ -39,11 +39,11 @@ void StreamPass::showProgress() {
     if (!isLineDue && !isListening) {
         return;
     }
-    const Leg& leg = *legs[legBeingRead];
-    ProgressNow now{state.node(leg.source).name, state.passes, leg.rows, fractionOf(leg), 0.0};
+    const Segment& segment = *segments[segmentBeingRead];
+    ProgressNow now{state.node(segment.source).name, state.passes, segment.rows, fractionOf(segment), 0.0};
     if (now.fraction) {
-        const double done = static_cast<double>(legBeingRead) + std::clamp(*now.fraction, 0.0, 1.0);
-        fractionShown = std::max(fractionShown, done / static_cast<double>(legs.size()));
+        const double done = static_cast<double>(segmentBeingRead) + std::clamp(*now.fraction, 0.0, 1.0);
+        fractionShown = std::max(fractionShown, done / static_cast<double>(segments.size()));
         now.fraction = fractionShown;
     }
     const std::chrono::duration<double> elapsed = Instant::now() - began;
@@ -56,132 +56,132 @@ void StreamPass::showProgress() {
     }
 }
 
-void StreamPass::takeIn(Work& work) {
-    legs[work.leg]->timeCompleting += work.timeCompleting;
-    if (work.problem && !chunkProblem) {
-        chunkProblem = std::move(work.problem);
-        legOfChunkProblem = work.leg;
+void StreamPass::commitChunk(ChunkTask& task) {
+    segments[task.segment]->timeCompleting += task.timeCompleting;
+    if (task.error && !chunkError) {
+        chunkError = std::move(task.error);
+        segmentOfChunkError = task.segment;
         hasWork = false;
     }
-    if (chunkProblem) {
+    if (chunkError) {
         return;
     }
-    for (std::size_t i = 0; i < steps.size() && !state.isStopping(); ++i) {
-        if (steps[i]->sees(work.leg)) {
-            takeInStep(i, work);
+    for (std::size_t i = 0; i < operators.size() && !state.isStopping(); ++i) {
+        if (operators[i]->sees(task.segment)) {
+            commitOperator(i, task);
         }
     }
-    closeLeg(work);
+    closeSegment(task);
 }
 
-void StreamPass::takeInStep(std::size_t position, Work& work) {
-    Step& step = *steps[position];
-    if (step.isDropped) {
+void StreamPass::commitOperator(std::size_t position, ChunkTask& task) {
+    Operator& op = *operators[position];
+    if (op.isDropped) {
         return;
     }
     const Instant::time_point begin = Instant::now();
-    Work::Made& made = work.made[position];
-    std::optional<Problem> problem = std::move(made.problem);
-    if (!problem && made.state) {
-        problem = state.call(step.node, [&] { step.merger->take(std::move(made.state)); });
+    ChunkTask::OperatorOutput& made = task.made[position];
+    std::optional<NodeError> error = std::move(made.error);
+    if (!error && made.state) {
+        error = state.call(op.node, [&] { op.merger->take(std::move(made.state)); });
     }
-    step.rowsIn += made.rowsIn;
-    step.rowsOut += made.rowsOut;
-    step.time += made.time + (Instant::now() - begin);
-    if (problem) {
-        state.fail(step.node, *problem);
+    op.rowsIn += made.rowsIn;
+    op.rowsOut += made.rowsOut;
+    op.time += made.time + (Instant::now() - begin);
+    if (error) {
+        state.fail(op.node, *error);
         drop(position);
     }
 }
 
-void StreamPass::closeLeg(const Work& work) {
-    bool isWanted = steps.empty();
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-        const Step& step = *steps[i];
-        isWanted = isWanted || (!step.hasChild && step.sees(work.leg) && !step.isDropped && !work.made[i].isOver);
+void StreamPass::closeSegment(const ChunkTask& task) {
+    bool isWanted = operators.empty();
+    for (std::size_t i = 0; i < operators.size(); ++i) {
+        const Operator& op = *operators[i];
+        isWanted = isWanted || (!op.hasChild && op.sees(task.segment) && !op.isDropped && !task.made[i].isOver);
     }
     if (!isWanted) {
-        legs[work.leg]->isOver = true;
+        segments[task.segment]->isOver = true;
     }
 }
 
 void StreamPass::drop(std::size_t position) {
     bool isWorking = false;
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-        Step& step = *steps[i];
+    for (std::size_t i = 0; i < operators.size(); ++i) {
+        Operator& op = *operators[i];
         const bool hasLostParent =
-            std::any_of(step.parents.begin(), step.parents.end(),
-                        [&](const Step::Parent& parent) { return parent.step && steps[*parent.step]->isDropped; });
+            std::any_of(op.parents.begin(), op.parents.end(),
+                        [&](const Operator::Parent& parent) { return parent.op && operators[*parent.op]->isDropped; });
         if (i == position || hasLostParent) {
-            step.isDropped = true;
-            step.isOut = true;
-            step.failedAt = 0;
-            step.merger.reset();
+            op.isDropped = true;
+            op.isOut = true;
+            op.failedAt = 0;
+            op.merger.reset();
         }
-        isWorking = isWorking || !step.isDropped;
+        isWorking = isWorking || !op.isDropped;
     }
     hasWork = isWorking;
 }
 
-void StreamPass::reportSteps() {
-    for (const auto& leg : legs) {
-        state.runs[leg->source].report.rowsOut = leg->rows;
-        state.addSeconds(leg->source, leg->time + leg->timeCompleting);
+void StreamPass::reportOperators() {
+    for (const auto& segment : segments) {
+        state.runs[segment->source].report.rowsOut = segment->rows;
+        state.addSeconds(segment->source, segment->time + segment->timeCompleting);
     }
-    for (const auto& step : steps) {
-        NodeReport& report = state.runs[step->node].report;
+    for (const auto& op : operators) {
+        NodeReport& report = state.runs[op->node].report;
         report.rowsIn = 0;
         report.rowsOut = 0;
     }
-    for (const auto& step : steps) {
-        NodeReport& report = state.runs[step->node].report;
-        report.rowsIn += step->rowsIn;
-        report.rowsOut += step->rowsOut;
-        state.addSeconds(step->node, step->time);
+    for (const auto& op : operators) {
+        NodeReport& report = state.runs[op->node].report;
+        report.rowsIn += op->rowsIn;
+        report.rowsOut += op->rowsOut;
+        state.addSeconds(op->node, op->time);
     }
 }
 
 void StreamPass::finish() {
-    reportSteps();
-    if (chunkProblem) {
-        state.fail(legs[legOfChunkProblem]->source, *chunkProblem);
+    reportOperators();
+    if (chunkError) {
+        state.fail(segments[segmentOfChunkError]->source, *chunkError);
         return;
     }
-    if (sourceProblem) {
-        state.fail(legs[std::min(legBeingRead, legs.size() - 1)]->source, *sourceProblem);
+    if (sourceError) {
+        state.fail(segments[std::min(segmentBeingRead, segments.size() - 1)]->source, *sourceError);
         return;
     }
     if (state.isStopping() || !hasWork) {
         return;
     }
-    for (const auto& leg : legs) {
-        state.pass(leg->source);
+    for (const auto& segment : segments) {
+        state.pass(segment->source);
     }
-    for (const auto& step : steps) {
-        if (step->isDropped) {
+    for (const auto& op : operators) {
+        if (op->isDropped) {
             continue;
         }
-        state.pass(step->node);
-        if (step->accumulation) {
-            finishAccumulator(*step);
+        state.pass(op->node);
+        if (op->accumulation) {
+            finishAccumulator(*op);
         }
     }
 }
 
-void StreamPass::finishAccumulator(Step& step) {
+void StreamPass::finishAccumulator(Operator& op) {
     if (state.isStopping()) {
         return;
     }
-    const Stopwatch watch(state, step.node);
-    NodeResults results(state.node(step.node).outputs);
-    const std::optional<Problem> problem = state.call(step.node, [&] {
-        const std::unique_ptr<AccumulatorState> whole = step.merger->whole();
-        step.accumulation->finish(*whole, results);
+    const Stopwatch watch(state, op.node);
+    NodeResults results(state.node(op.node).outputs);
+    const std::optional<NodeError> error = state.call(op.node, [&] {
+        const std::unique_ptr<AccumulatorState> whole = op.merger->whole();
+        op.accumulation->finish(*whole, results);
     });
-    if (problem) {
-        state.fail(step.node, *problem);
+    if (error) {
+        state.fail(op.node, *error);
     } else {
-        state.finish(step.node, Outcome::Done, results.values());
+        state.finish(op.node, NodeStatus::Done, results.values());
     }
 }
 

@@ -8,7 +8,7 @@
 namespace velmorak {
 
 /// A source that the stream has its rows from.
-struct StreamPass::Leg {
+struct StreamPass::Segment {
     std::size_t source = 0;
     std::unique_ptr<TableReader> reader;
     std::optional<ChunkCheck> check;   ///< As soon as the reader is there.
@@ -19,24 +19,24 @@ struct StreamPass::Leg {
 };
 
 /// A plug-in that the rows pass.
-struct StreamPass::Step {
+struct StreamPass::Operator {
     static constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
 
     /// What yields its table for some of the legs.
     struct Parent {
-        std::size_t firstLeg = 0;
-        std::size_t legs = 0;
-        std::optional<std::size_t> step;               ///< The source of the leg when nothing.
+        std::size_t firstSegment = 0;
+        std::size_t segments = 0;
+        std::optional<std::size_t> op;               ///< The source of the leg when nothing.
         std::unique_ptr<RowOperation> operation = {};  ///< Of the step, for what comes from there.
         std::optional<ChunkCheck> check = {};          ///< Of what the operation yields.
     };
 
-    bool sees(std::size_t leg) const {
-        return leg >= parents.front().firstLeg && leg < parents.back().firstLeg + parents.back().legs;
+    bool sees(std::size_t segment) const {
+        return segment >= parents.front().firstSegment && segment < parents.back().firstSegment + parents.back().segments;
     }
-    const Parent& parentFor(std::size_t leg) const {
+    const Parent& parentFor(std::size_t segment) const {
         std::size_t at = 0;
-        while (leg >= parents[at].firstLeg + parents[at].legs) {
+        while (segment >= parents[at].firstSegment + parents[at].segments) {
             ++at;
         }
         return parents[at];
@@ -59,9 +59,9 @@ struct StreamPass::Step {
 };
 
 /// A chunk on its way, with what the steps made of it.
-struct StreamPass::Work {
-    struct Made {
-        std::optional<Problem> problem;
+struct StreamPass::ChunkTask {
+    struct OperatorOutput {
+        std::optional<NodeError> error;
         std::optional<Chunk> table;
         std::unique_ptr<AccumulatorState> state;
         bool isOver = false;  ///< The step, or one before it, wants neither this chunk nor a later one of the leg.
@@ -71,12 +71,12 @@ struct StreamPass::Work {
         std::chrono::nanoseconds time{0};
     };
 
-    std::size_t leg = 0;
+    std::size_t segment = 0;
     Chunk chunk;
     bool isComplete = false;
-    std::optional<Problem> problem;  ///< Of the source, that could not complete the chunk.
+    std::optional<NodeError> error;  ///< Of the source, that could not complete the chunk.
     std::chrono::nanoseconds timeCompleting{0};
-    std::vector<Made> made;  ///< Parallel to the steps.
+    std::vector<OperatorOutput> made;  ///< Parallel to the steps.
 };
 
 }  // namespace velmorak

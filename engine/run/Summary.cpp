@@ -10,7 +10,7 @@ namespace velmorak {
 namespace {
 
 /// Part of the work after which its rate is taken as known.
-constexpr double leastToForesee = 0.01;
+constexpr double minToForesee = 0.01;
 
 std::string rowsText(std::uint64_t rows) {
     return fmt::format("{} {}", rows, rows == 1 ? "row" : "rows");
@@ -18,13 +18,13 @@ std::string rowsText(std::uint64_t rows) {
 
 std::string workText(const PipelineNode& node, const NodeReport& report, bool takesRows) {
     std::string time = fmt::format("{:.2f} s", report.seconds);
-    switch (shapeOf(node.kind)) {
-        case Shape::Source:
+    switch (categoryOf(node.kind)) {
+        case KindCategory::Source:
             return rowsText(report.rowsOut) + ", " + time;
-        case Shape::RowWise:
-        case Shape::Concatenation:
+        case KindCategory::RowWise:
+        case KindCategory::Concatenation:
             return rowsText(report.rowsIn) + " in, " + rowsText(report.rowsOut) + " out, " + time;
-        case Shape::Accumulator:
+        case KindCategory::Accumulator:
             return takesRows ? rowsText(report.rowsIn) + ", " + time : time;
         default:
             return time;
@@ -34,17 +34,17 @@ std::string workText(const PipelineNode& node, const NodeReport& report, bool ta
 }  // namespace
 
 std::string summaryLine(const PipelineNode& node, const NodeReport& report, bool takesRows) {
-    switch (report.outcome) {
-        case Outcome::Done:
+    switch (report.status) {
+        case NodeStatus::Done:
             return titleOf(node) + ": " + workText(node, report, takesRows);
-        case Outcome::Reused:
+        case NodeStatus::Reused:
             return titleOf(node) + ": kept from a former run";
-        case Outcome::Failed:
+        case NodeStatus::Failed:
             return titleOf(node) + " failed: " + report.sentence;
-        case Outcome::Skipped:
-        case Outcome::Unfinished:
+        case NodeStatus::Skipped:
+        case NodeStatus::Unfinished:
             return titleOf(node) + ": " + report.sentence;
-        case Outcome::NotAsked:
+        case NodeStatus::NotRequested:
             break;
     }
     return "";
@@ -70,7 +70,7 @@ std::string progressText(const ProgressNow& progress) {
 }
 
 std::optional<double> secondsLeft(const ProgressNow& progress) {
-    if (!progress.fraction || *progress.fraction < leastToForesee) {
+    if (!progress.fraction || *progress.fraction < minToForesee) {
         return std::nullopt;
     }
     return progress.seconds * (1.0 - *progress.fraction) / *progress.fraction;

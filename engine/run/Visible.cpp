@@ -7,7 +7,7 @@
 namespace velmorak {
 namespace {
 
-constexpr std::size_t longestName = 120;
+constexpr std::size_t maxNameLength = 120;
 
 /// One character of a text in UTF-8, or a byte that belongs to none.
 struct Character {
@@ -96,10 +96,10 @@ std::string visibleLines(std::string_view text) {
 }
 
 std::string shortened(const std::string& name) {
-    if (name.size() <= longestName) {
+    if (name.size() <= maxNameLength) {
         return name;
     }
-    std::size_t length = longestName;
+    std::size_t length = maxNameLength;
     while (length > 0 && continues(name[length])) {
         --length;
     }

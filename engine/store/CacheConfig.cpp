@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint64_t mebibyte = std::uint64_t{1} << 20;
 constexpr std::uint64_t usualMebibytes = 2048;
-constexpr std::uint64_t mostMebibytes = std::uint64_t{1} << 30;
+constexpr std::uint64_t maxMebibytes = std::uint64_t{1} << 30;
 
 std::filesystem::path absolutePathIn(const char* variable) {
     const char* setting = std::getenv(variable);
@@ -27,7 +27,7 @@ std::filesystem::path folderOfEnvironment() {
 
 }  // namespace
 
-StorePlace storePlaceOfEnvironment() {
+CacheConfig cacheConfigFromEnvironment() {
     const char* setting = std::getenv("VELMORAK_CACHE_LIMIT");
     const std::string_view text(setting ? setting : "");
     std::uint64_t mebibytes = usualMebibytes;
@@ -35,7 +35,7 @@ StorePlace storePlaceOfEnvironment() {
     if (!text.empty()) {
         std::uint64_t read = 0;
         const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), read);
-        if (error == std::errc() && end == text.data() + text.size() && read <= mostMebibytes) {
+        if (error == std::errc() && end == text.data() + text.size() && read <= maxMebibytes) {
             mebibytes = read;
         } else {
             complaint = "VELMORAK_CACHE_LIMIT=" + std::string(text) + " is no number of MiB; 2048 is taken";

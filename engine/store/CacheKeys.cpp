@@ -5,21 +5,21 @@
 namespace velmorak {
 namespace {
 
-enum class Part : std::uint64_t { Value, Wire };
+enum class Tag : std::uint64_t { Value, Wire };
 
 /// Paths that a source without wires reads: a name that stands for several files can come to mean others.
-bool addFiles(Digester& digester, const RunState& state, std::size_t position) {
+bool addFiles(Sha256& digester, const RunState& state, std::size_t position) {
     const auto* source = dynamic_cast<const Source*>(state.node(position).kind);
-    if (!source || !state.plan.feeders(position).empty()) {
+    if (!source || !state.plan.upstream(position).empty()) {
         return true;
     }
-    const std::optional<Problem> problem = state.call(position, [&] {
-        NodeContext context(state.around, state.node(position));
+    const std::optional<NodeError> error = state.call(position, [&] {
+        NodeContext context(state.environment, state.node(position));
         for (const std::filesystem::path& file : source->files(state.arguments(position), context)) {
             digester.addText(file.string());
         }
     });
-    return !problem;
+    return !error;
 }
 
 std::optional<Digest> keyOf(const RunState& state, std::size_t position,
@@ -28,7 +28,7 @@ std::optional<Digest> keyOf(const RunState& state, std::size_t position,
     if (!node.kind) {
         return std::nullopt;
     }
-    Digester digester;
+    Sha256 digester;
     // A plug-in may write its name, and that of what feeds it, into its result.
     digester.addText(node.name);
     digester.addText(node.kindName);
@@ -36,7 +36,7 @@ std::optional<Digest> keyOf(const RunState& state, std::size_t position,
     digester.addText(buildOf(*node.kind));
     for (const PipelineInput& input : node.inputs) {
         digester.addText(input.spec.name);
-        digester.addNumber(static_cast<std::uint64_t>(input.wire ? Part::Wire : Part::Value));
+        digester.addNumber(static_cast<std::uint64_t>(input.wire ? Tag::Wire : Tag::Value));
         if (!input.wire) {
             digester.addText(input.value);
             continue;
@@ -52,7 +52,7 @@ std::optional<Digest> keyOf(const RunState& state, std::size_t position,
 
 }  // namespace
 
-std::vector<std::optional<Digest>> contentKeys(const RunState& state) {
+std::vector<std::optional<Digest>> cacheKeys(const RunState& state) {
     std::vector<std::optional<Digest>> keys(state.runs.size());
     for (const std::size_t position : state.plan.order()) {
         keys[position] = keyOf(state, position, keys);

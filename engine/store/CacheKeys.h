@@ -12,6 +12,6 @@ namespace velmorak {
 /// nothing where it has no meaning
 ///         because of a cycle or an unknown kind. Two plug-ins with the same sum give the same results as long as the
 ///         files that they read hold the same.
-std::vector<std::optional<Digest>> contentKeys(const RunState& state);
+std::vector<std::optional<Digest>> cacheKeys(const RunState& state);
 
 }  // namespace velmorak

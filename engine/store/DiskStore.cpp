@@ -68,7 +68,7 @@ bool writeAll(int file, std::string_view bytes) {
 }
 
 Digest sumOf(std::string_view content) {
-    Digester digester;
+    Sha256 digester;
     digester.add(content.data(), content.size());
     return digester.finish();
 }
@@ -108,7 +108,7 @@ bool writeEntry(int file, const std::function<void(const ByteSink& sink)>& conte
     if (!writeAll(file, mark) || !writeAll(file, sumBytes)) {
         return false;
     }
-    Digester digester;
+    Sha256 digester;
     bool isWritten = true;
     content([&](std::string_view piece) {
         digester.add(piece.data(), piece.size());
@@ -124,7 +124,7 @@ bool isHexadecimal(const std::string& name, std::size_t length) {
 
 }  // namespace
 
-DiskStore::DiskStore(StorePlace place, Say say) : place(std::move(place)), say(std::move(say)) {}
+DiskStore::DiskStore(CacheConfig place, Say say) : place(std::move(place)), say(std::move(say)) {}
 
 fs::path DiskStore::fileOf(const Digest& key) const {
     const std::string name = hexOf(key);
@@ -163,7 +163,7 @@ void DiskStore::write(const Digest& key, std::uint64_t bytes,
     std::error_code error;
     fs::create_directories(file.parent_path(), error);
     if (error) {
-        return giveUp(error.message());
+        return abandon(error.message());
     }
     fs::permissions(place.folder, fs::perms::owner_all, error);
     const TemporaryFile temporary(file.parent_path() /
@@ -171,12 +171,12 @@ void DiskStore::write(const Digest& key, std::uint64_t bytes,
     const OpenFile written(temporary.path, O_WRONLY | O_CREAT | O_EXCL);
     if (written.number < 0 || !writeEntry(written.number, content) ||
         std::rename(temporary.path.c_str(), file.c_str()) != 0) {
-        return giveUp(std::generic_category().message(errno));
+        return abandon(std::generic_category().message(errno));
     }
     makeRoom(bytesOfAll);
 }
 
-void DiskStore::giveUp(const std::string& reason) {
+void DiskStore::abandon(const std::string& reason) {
     if (!hasGivenUp.exchange(true)) {
         say("Results are not kept for later: " + place.folder.string() + " cannot be written: " + reason);
     }

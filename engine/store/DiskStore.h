@@ -26,7 +26,7 @@ public:
     using Say = std::function<void(const std::string& sentence)>;
 
     /// @param say outlives nothing: called during write only, on its thread.
-    DiskStore(StorePlace place, Say say);
+    DiskStore(CacheConfig place, Say say);
 
     /// Something that is written can be found again.
     bool isUsed() const { return !place.folder.empty() && !hasGivenUp; }
@@ -49,12 +49,12 @@ private:
     };
 
     std::filesystem::path fileOf(const Digest& key) const;
-    void giveUp(const std::string& reason);
+    void abandon(const std::string& reason);
     std::vector<Entry> entries() const;
     void makeRoom(std::uint64_t bytesAdded);
     void removeOldest();
 
-    StorePlace place;
+    CacheConfig place;
     Say say;
     std::atomic<bool> hasGivenUp = false;
     std::atomic<unsigned> temporaries = 0;

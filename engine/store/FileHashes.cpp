@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::int64_t nsPerSecond = 1'000'000'000;
 constexpr std::uint64_t mark = 0x31'4d'55'53'6b'6c'65'56;
-constexpr std::size_t mostKnown = 10000;
+constexpr std::size_t maxKnown = 10000;
 constexpr std::size_t blockBytes = std::size_t{1} << 18;
 
 std::int64_t nanoseconds(const timespec& time) {
@@ -27,7 +27,7 @@ std::optional<Digest> read(const std::filesystem::path& file, const std::atomic<
     if (!stream) {
         return std::nullopt;
     }
-    Digester digester;
+    Sha256 digester;
     std::vector<char> block(blockBytes);
     while (stream) {
         if (stopping) {
@@ -66,9 +66,9 @@ bool hasSameContent(const FileStamp& one, const FileStamp& other) {
 }
 
 /// Only one thread reads a file; the others come after it, and mostly find what it left.
-class FileDigests::Turn {
+class FileHashes::Turn {
 public:
-    Turn(FileDigests& digests, const std::filesystem::path& file, const std::atomic<bool>& stopping)
+    Turn(FileHashes& digests, const std::filesystem::path& file, const std::atomic<bool>& stopping)
         : digests(digests), file(file) {
         std::unique_lock lock(digests.mutex);
         constexpr std::chrono::milliseconds untilNextLook(5);
@@ -88,19 +88,19 @@ public:
     }
 
 private:
-    FileDigests& digests;
+    FileHashes& digests;
     const std::filesystem::path& file;
     bool isOurs = false;  ///< Not when the run was stopped while another was reading.
 };
 
-std::optional<Digest> FileDigests::recall(const std::filesystem::path& file, const FileStamp& stamp) {
+std::optional<Digest> FileHashes::recall(const std::filesystem::path& file, const FileStamp& stamp) {
     const std::scoped_lock lock(mutex);
     const auto found = known.find(file);
     const bool isKnown = found != known.end() && found->second.stamp == stamp && !isYoung(stamp, found->second.readNs);
     return isKnown ? std::optional(found->second.digest) : std::nullopt;
 }
 
-std::optional<Digest> FileDigests::of(const std::filesystem::path& file, const std::atomic<bool>& stopping) {
+std::optional<Digest> FileHashes::of(const std::filesystem::path& file, const std::atomic<bool>& stopping) {
     const Turn turn(*this, file, stopping);
     const std::optional<FileStamp> stamp = stampOf(file);
     if (!stamp) {
@@ -120,12 +120,12 @@ std::optional<Digest> FileDigests::of(const std::filesystem::path& file, const s
     return digest;
 }
 
-std::optional<std::string> FileDigests::changes() {
+std::optional<std::string> FileHashes::changes() {
     const std::scoped_lock lock(mutex);
     if (!std::exchange(hasChanged, false)) {
         return std::nullopt;
     }
-    while (known.size() > mostKnown) {
+    while (known.size() > maxKnown) {
         known.erase(std::min_element(known.begin(), known.end(), [](const auto& one, const auto& other) {
             return one.second.readNs < other.second.readNs;
         }));
@@ -140,7 +140,7 @@ std::optional<std::string> FileDigests::changes() {
     return writer.sealed();
 }
 
-void FileDigests::restore(const std::string& bytes) {
+void FileHashes::restore(const std::string& bytes) {
     const std::scoped_lock lock(mutex);
     try {
         ByteReader reader(bytes, mark);

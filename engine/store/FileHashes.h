@@ -43,7 +43,7 @@ std::int64_t nowNs();
 /// Content sums of files. A file is read again only when its stamp has changed, or is so young that a change right
 /// after the reading could have left the stamp as it was.
 /// Threads: every operation may be called on any thread.
-class FileDigests {
+class FileHashes {
 public:
     /// Waits where another thread is reading the file already.
     /// @return nothing when the file cannot be read, changes meanwhile, or stopping is set first.

@@ -12,25 +12,25 @@
 namespace velmorak {
 namespace {
 
-constexpr std::int64_t smallestBytes = std::int64_t{1} << 20;
+constexpr std::int64_t minBytes = std::int64_t{1} << 20;
 
 }  // namespace
 
 /// Outlives the run where it is called too late.
-class DigestsAhead::Errand {
+class FilePrefetchHasher::Task {
 public:
-    Errand(FileDigests& digests, std::filesystem::path file) : digests(digests), file(std::move(file)) {}
+    Task(FileHashes& digests, std::filesystem::path file) : digests(digests), file(std::move(file)) {}
 
     void run() {
         {
             const std::scoped_lock lock(mutex);
-            if (isGivenUp) {
+            if (isAbandoned) {
                 return;
             }
             isRunning = true;
         }
         try {
-            digests.of(file, isGivenUp);
+            digests.of(file, isAbandoned);
         } catch (const std::exception&) {
             // Who needs the sum makes it and says what is wrong.
         }
@@ -39,39 +39,39 @@ public:
         change.notify_all();
     }
 
-    void giveUp() {
+    void abandon() {
         std::unique_lock lock(mutex);
-        isGivenUp = true;
+        isAbandoned = true;
         change.wait(lock, [this] { return !isRunning; });
     }
 
 private:
-    FileDigests& digests;
+    FileHashes& digests;
     const std::filesystem::path file;
     std::mutex mutex;
     std::condition_variable change;
-    std::atomic<bool> isGivenUp = false;
+    std::atomic<bool> isAbandoned = false;
     bool isRunning = false;
 };
 
-DigestsAhead::DigestsAhead(FileDigests& digests) : digests(digests) {}
+FilePrefetchHasher::FilePrefetchHasher(FileHashes& digests) : digests(digests) {}
 
-DigestsAhead::~DigestsAhead() {
-    for (const std::shared_ptr<Errand>& errand : errands) {
-        errand->giveUp();
+FilePrefetchHasher::~FilePrefetchHasher() {
+    for (const std::shared_ptr<Task>& task : tasks) {
+        task->abandon();
     }
 }
 
-bool DigestsAhead::begin(const std::filesystem::path& file, const FileStamp& stamp) {
-    if (oneapi::tbb::this_task_arena::max_concurrency() < 2 || stamp.size < smallestBytes || isYoung(stamp, nowNs())) {
+bool FilePrefetchHasher::begin(const std::filesystem::path& file, const FileStamp& stamp) {
+    if (oneapi::tbb::this_task_arena::max_concurrency() < 2 || stamp.size < minBytes || isYoung(stamp, nowNs())) {
         return false;
     }
-    const auto errand = std::make_shared<Errand>(digests, file);
+    const auto task = std::make_shared<Task>(digests, file);
     {
         const std::scoped_lock lock(mutex);
-        errands.push_back(errand);
+        tasks.push_back(task);
     }
-    doAside([errand] { errand->run(); });
+    spawnTask([task] { task->run(); });
     return true;
 }
 

@@ -12,14 +12,14 @@ namespace velmorak {
 /// Has the contents of input files summed up by other threads of the run while their rows are read, so that the sums
 /// are there when the results are to be kept. Who needs one earlier waits for it, or makes it. Threads: begin may be
 /// called on any thread of the run.
-class DigestsAhead {
+class FilePrefetchHasher {
 public:
     /// @param digests outlives this.
-    explicit DigestsAhead(FileDigests& digests);
-    DigestsAhead(const DigestsAhead&) = delete;
-    DigestsAhead& operator=(const DigestsAhead&) = delete;
+    explicit FilePrefetchHasher(FileHashes& digests);
+    FilePrefetchHasher(const FilePrefetchHasher&) = delete;
+    FilePrefetchHasher& operator=(const FilePrefetchHasher&) = delete;
     /// What has not begun is left, what has begun is given up.
-    ~DigestsAhead();
+    ~FilePrefetchHasher();
 
     /// Does nothing where it would not pay: without another thread, with a small file, or one so young that it would be
     /// read again.
@@ -28,11 +28,11 @@ public:
     bool begin(const std::filesystem::path& file, const FileStamp& stamp);
 
 private:
-    class Errand;
+    class Task;
 
-    FileDigests& digests;
+    FileHashes& digests;
     std::mutex mutex;
-    std::vector<std::shared_ptr<Errand>> errands;
+    std::vector<std::shared_ptr<Task>> tasks;
 };
 
 }  // namespace velmorak

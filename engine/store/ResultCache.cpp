@@ -7,18 +7,18 @@
 
 namespace velmorak {
 
-Keeper::Keeper(RunState& state, ResultStore& store, FileDigests& digests)
+ResultCache::ResultCache(RunState& state, ResultStore& store, FileHashes& digests)
     : state(state),
       store(store),
       digests(digests),
       number(store.beginRun()),
-      keys(contentKeys(state)),
+      keys(cacheKeys(state)),
       isSeen(state.runs.size(), false),
       files(state.runs.size()),
       asked(state.runs.size()),
       written(state.runs.size()) {}
 
-bool Keeper::reuse(std::size_t position) {
+bool ResultCache::reuse(std::size_t position) {
     if (!keys[position]) {
         return false;
     }
@@ -30,11 +30,11 @@ bool Keeper::reuse(std::size_t position) {
     files[position] = std::move(stored->files);
     asked[position] = std::move(stored->asked);
     written[position] = std::move(stored->written);
-    state.finish(position, Outcome::Reused, std::move(stored->outputs));
+    state.finish(position, NodeStatus::Reused, std::move(stored->outputs));
     return true;
 }
 
-bool Keeper::isRight(const StoredResult& stored) {
+bool ResultCache::isRight(const StoredResult& stored) {
     const auto isAsItWas = [this](const FileContent& file) { return contentOf(file.file) == file.digest; };
     const auto isStillThere = [this](const FileContent& file) { return resultContentOf(*file.file) == file.digest; };
     return std::all_of(stored.files.begin(), stored.files.end(), isAsItWas) &&
@@ -42,30 +42,30 @@ bool Keeper::isRight(const StoredResult& stored) {
 }
 
 /// The files of a plug-in that is not executed are its own all the same: no other may write them.
-bool Keeper::claims(std::size_t position, const StoredResult& stored) {
-    const std::optional<Problem> problem = problemIn([&] {
+bool ResultCache::claims(std::size_t position, const StoredResult& stored) {
+    const std::optional<NodeError> error = errorIn([&] {
         for (const FileContent& file : stored.written) {
             state.results.claim(state.node(position).name, *file.file);
         }
     });
-    return !problem;
+    return !error;
 }
 
-std::optional<Digest> Keeper::contentOf(const NamedFile& file) {
+std::optional<Digest> ResultCache::contentOf(const NamedFile& file) {
     return digests.of(resolved(state.pipeline, file), state.stopping);
 }
 
-std::optional<Digest> Keeper::resultContentOf(const std::string& fileName) {
+std::optional<Digest> ResultCache::resultContentOf(const std::string& fileName) {
     std::optional<Digest> digest;
-    const std::optional<Problem> refusal =
-        problemIn([&] { digest = digests.of(state.results.place(fileName), state.stopping); });
+    const std::optional<NodeError> refusal =
+        errorIn([&] { digest = digests.of(state.results.place(fileName), state.stopping); });
     return refusal ? std::nullopt : digest;
 }
 
-void Keeper::keep(const std::vector<std::size_t>& finished) {
+void ResultCache::keep(const std::vector<std::size_t>& finished) {
     for (const std::size_t position : finished) {
         const NodeRun& run = state.runs[position];
-        if (!run.isNeeded || isSeen[position] || !(run.isSettled || run.hasPassed)) {
+        if (!run.isNeeded || isSeen[position] || !(run.isFinal || run.hasStreamed)) {
             continue;
         }
         isSeen[position] = true;
@@ -73,26 +73,26 @@ void Keeper::keep(const std::vector<std::size_t>& finished) {
     }
 }
 
-void Keeper::keep(std::size_t position) {
+void ResultCache::keep(std::size_t position) {
     const bool hasFiles = gatherFiles(position);
     const NodeRun& run = state.runs[position];
-    const bool isComplete = run.hasPassed || run.report.outcome == Outcome::Done;
-    if (!isComplete || !hasFiles || !keys[position] || state.plan.tellsOfRun(position) || state.hasFailed(position) ||
+    const bool isComplete = run.hasStreamed || run.report.status == NodeStatus::Done;
+    if (!isComplete || !hasFiles || !keys[position] || state.plan.isRunReporter(position) || state.hasFailed(position) ||
         !gatherWritten(position)) {
         return;
     }
     std::string reason;
-    const std::optional<Problem> problem = problemIn([&] {
+    const std::optional<NodeError> error = errorIn([&] {
         reason = store.keep(number, *keys[position],
                             {run.report.outputs, *files[position], asked[position], written[position]});
     });
-    if (problem || !reason.empty()) {
+    if (error || !reason.empty()) {
         state.messages.line(titleOf(state.node(position)) +
-                            ": the result is not kept for later: " + (problem ? problem->sentence : reason));
+                            ": the result is not kept for later: " + (error ? error->sentence : reason));
     }
 }
 
-bool Keeper::gatherFiles(std::size_t position) {
+bool ResultCache::gatherFiles(std::size_t position) {
     std::vector<FileContent> all;
     bool isWhole = true;
     for (const AskedFile& file : state.runs[position].context->askedFiles()) {
@@ -104,7 +104,7 @@ bool Keeper::gatherFiles(std::size_t position) {
             isWhole = false;
         }
     }
-    for (const std::size_t feeder : state.plan.feeders(position)) {
+    for (const std::size_t feeder : state.plan.upstream(position)) {
         if (files[feeder]) {
             all.insert(all.end(), files[feeder]->begin(), files[feeder]->end());
         }
@@ -118,7 +118,7 @@ bool Keeper::gatherFiles(std::size_t position) {
     return isWhole;
 }
 
-std::vector<FileContent> Keeper::filesOf(const std::vector<std::size_t>& positions) {
+std::vector<FileContent> ResultCache::filesOf(const std::vector<std::size_t>& positions) {
     std::map<NamedFile, Digest> all;
     for (const std::size_t position : positions) {
         if (files[position]) {
@@ -147,7 +147,7 @@ std::vector<FileContent> Keeper::filesOf(const std::vector<std::size_t>& positio
     return contents;
 }
 
-bool Keeper::gatherWritten(std::size_t position) {
+bool ResultCache::gatherWritten(std::size_t position) {
     const auto left = state.results.writtenBy(state.node(position).name);
     if (!left) {
         return false;

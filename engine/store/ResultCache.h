@@ -13,10 +13,10 @@
 namespace velmorak {
 
 /// Takes results of former runs from the store, and puts those of this run into it.
-class Keeper {
+class ResultCache {
 public:
     /// @param state, store and digests outlive this.
-    Keeper(RunState& state, ResultStore& store, FileDigests& digests);
+    ResultCache(RunState& state, ResultStore& store, FileHashes& digests);
 
     const std::optional<Digest>& key(std::size_t position) const { return keys[position]; }
 
@@ -51,7 +51,7 @@ private:
 
     RunState& state;
     ResultStore& store;
-    FileDigests& digests;
+    FileHashes& digests;
     std::uint64_t number;
     std::vector<std::optional<Digest>> keys;
     std::vector<bool> isSeen;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::uint64_t runsKept = 16;
 /// Of one result on disk: its bytes lie in memory, and more than once, when it is read.
-constexpr std::uint64_t mostBytes = std::uint64_t{256} << 20;
+constexpr std::uint64_t maxBytes = std::uint64_t{256} << 20;
 
 double inMebibytes(std::uint64_t bytes) {
     constexpr double mebibyte = 1024.0 * 1024.0;
@@ -63,7 +63,7 @@ std::string ResultStore::keep(std::uint64_t run, const Digest& key, const Stored
     if (!keepInMemory(run, key, result) || !disk.isUsed()) {
         return {};
     }
-    const std::uint64_t limit = std::min(disk.limitBytes(), mostBytes);
+    const std::uint64_t limit = std::min(disk.limitBytes(), maxBytes);
     const std::optional<std::uint64_t> bytes = countBytesOf(result);
     if (bytes > limit) {
         return fmt::format("it takes {:.1f} MiB, and the limit is {:.1f} MiB", inMebibytes(*bytes), inMebibytes(limit));

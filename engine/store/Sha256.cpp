@@ -4,7 +4,7 @@
 #include <cstring>
 
 namespace velmorak {
-void Digester::absorb(const std::uint8_t* blocks, std::size_t count) {
+void Sha256::absorb(const std::uint8_t* blocks, std::size_t count) {
     if (hasDigestInstructions) {
         absorbBlocksByInstructions(state, blocks, count);
     } else {
@@ -12,7 +12,7 @@ void Digester::absorb(const std::uint8_t* blocks, std::size_t count) {
     }
 }
 
-void Digester::add(const void* bytes, std::size_t count) {
+void Sha256::add(const void* bytes, std::size_t count) {
     const auto* from = static_cast<const std::uint8_t*>(bytes);
     std::size_t filled = total % pending.size();
     total += count;
@@ -33,12 +33,12 @@ void Digester::add(const void* bytes, std::size_t count) {
     }
 }
 
-void Digester::addText(std::string_view text) {
+void Sha256::addText(std::string_view text) {
     addNumber(text.size());
     add(text.data(), text.size());
 }
 
-void Digester::addNumber(std::uint64_t number) {
+void Sha256::addNumber(std::uint64_t number) {
     std::array<std::uint8_t, 8> bytes;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         bytes[i] = static_cast<std::uint8_t>(number >> (56 - 8 * i));
@@ -46,7 +46,7 @@ void Digester::addNumber(std::uint64_t number) {
     add(bytes.data(), bytes.size());
 }
 
-Digest Digester::finish() {
+Digest Sha256::finish() {
     const std::uint64_t bits = total * 8;
     constexpr std::array<std::uint8_t, 64> padding{0x80};
     const std::size_t filled = total % pending.size();

@@ -13,7 +13,7 @@ namespace velmorak {
 using Digest = std::array<std::uint8_t, 32>;
 
 /// Sums up bytes by SHA-256 (FIPS 180-4).
-class Digester {
+class Sha256 {
 public:
     void add(const void* bytes, std::size_t count);
     /// Adds a text with its length in front, so that no two sequences of texts give the same bytes.

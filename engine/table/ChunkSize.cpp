@@ -32,7 +32,7 @@ std::size_t bytesInRow(const Schema& schema) {
 std::size_t rowsInChunk(const Schema& schema) {
     const std::size_t bytes = bytesInRow(schema);
     std::size_t rows = chunkRows;
-    while (rows > 1 && bytes > mostChunkBytes / rows) {
+    while (rows > 1 && bytes > maxChunkBytes / rows) {
         rows /= 2;
     }
     return rows;

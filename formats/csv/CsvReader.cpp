@@ -101,7 +101,7 @@ void CsvReader::findColumns() {
         found.push_back({.name = names[i], .type = given == options.types.end() ? guesses[i].type() : given->second});
     }
     columns = Schema(std::move(found));
-    mostRows = rowsInChunk(columns);
+    maxRows = rowsInChunk(columns);
     rowBytes = bytesInRow(columns);
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (columns[i].type == ColumnType::Text) {
@@ -148,7 +148,7 @@ bool CsvReader::isFull(const std::vector<Column>& target, std::size_t rows) {
             textBytes += target[position].texts()[rowsWeighed].size();
         }
     }
-    return rows >= mostRows || rows * rowBytes + textBytes >= mostChunkBytes;
+    return rows >= maxRows || rows * rowBytes + textBytes >= maxChunkBytes;
 }
 
 /// Appends the next record to the columns, or skips it. @return false at the end of the file.

@@ -26,7 +26,7 @@ auto ofTheFile(Work&& work) {
 }  // namespace
 
 CsvRecords::CsvRecords(const std::filesystem::path& file, CsvForm csvForm, const RunContext& context)
-    : form(std::move(csvForm)), run(&context), name(file.string()), in(ofTheFile([&] { return PackedFile(file); })) {
+    : form(std::move(csvForm)), run(&context), name(file.string()), in(ofTheFile([&] { return CompressedFile(file); })) {
     refill();
     begin();
 }
@@ -120,9 +120,9 @@ CsvRecords::Step CsvRecords::readRecord(std::vector<CsvField>& fields) {
     std::size_t at = place;
     Step step = Step::More;
     while (step == Step::More) {
-        if (fields.size() == mostFields) {
+        if (fields.size() == maxFields) {
             throw Failure("file", "\"" + name + "\", line " + std::to_string(recordLine) + ": there are more than " +
-                                      std::to_string(mostFields) + " fields");
+                                      std::to_string(maxFields) + " fields");
         }
         step = readField(at, fields);
     }

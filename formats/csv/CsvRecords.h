@@ -29,7 +29,7 @@ struct CsvField {
 class CsvRecords {
 public:
     /// More fields in a record are refused.
-    static constexpr std::size_t mostFields = std::size_t{1} << 20U;
+    static constexpr std::size_t maxFields = std::size_t{1} << 20U;
 
     /// @param context outlives this.
     /// @throws Failure if the file cannot be opened, or is in UTF-16 or UTF-32.
@@ -63,7 +63,7 @@ private:
     CsvForm form;
     const RunContext* run;
     std::string name;
-    PackedFile in;
+    CompressedFile in;
     std::string buffer;
     std::size_t place = 0;  ///< Where the next record begins in the buffer.
     bool isAtEnd = false;   ///< The buffer holds the rest of the file.

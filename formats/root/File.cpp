@@ -180,9 +180,9 @@ void File::addEntry(const std::string& path, const Key& key) {
 
 /// Walks from record to record. A place that was given free has its size as a negative number.
 void File::recover() {
-    constexpr std::uint64_t smallestHead = 18;
+    constexpr std::uint64_t minHead = 18;
     std::uint64_t position = begin;
-    while (position + smallestHead < fileSize) {
+    while (position + minHead < fileSize) {
         const std::vector<std::uint8_t> bytes =
             bytesAt(position, std::min<std::uint64_t>(maxHeadBytes, fileSize - position));
         Buffer buffer(bytes);

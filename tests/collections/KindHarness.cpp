@@ -145,7 +145,7 @@ SmallTable tableOf(const std::vector<std::pair<std::string, std::vector<double>>
     return table;
 }
 
-Bench::Bench(const std::string& kindName, std::string pluginName)
+KindHarness::KindHarness(const std::string& kindName, std::string pluginName)
     : shipped(shippedKind(kindName)), plugin(std::move(pluginName)) {
     std::string pattern = (fs::temp_directory_path() / "velmorak-bench-XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr)
@@ -153,21 +153,21 @@ Bench::Bench(const std::string& kindName, std::string pluginName)
     results = pattern;
 }
 
-Bench::~Bench() {
+KindHarness::~KindHarness() {
     fs::remove_all(results);
 }
 
-Bench& Bench::set(const std::string& input, const std::string& text) {
+KindHarness& KindHarness::set(const std::string& input, const std::string& text) {
     texts[input] = text;
     return *this;
 }
 
-Bench& Bench::wire(const std::string& input, Value value) {
+KindHarness& KindHarness::wire(const std::string& input, Value value) {
     wires[input] = std::move(value);
     return *this;
 }
 
-Bench& Bench::wire(const std::string& input, SmallTable table) {
+KindHarness& KindHarness::wire(const std::string& input, SmallTable table) {
     wires[input] = std::monostate();
     tableInput = input;
     givenByInput[input] = table;
@@ -175,7 +175,7 @@ Bench& Bench::wire(const std::string& input, SmallTable table) {
     return *this;
 }
 
-void Bench::run() {
+void KindHarness::run() {
     const BenchArguments arguments(ports(), texts, wires);
     BenchResults sink(outputs);
     if (const auto* function = dynamic_cast<const Function*>(&shipped)) {
@@ -195,7 +195,7 @@ void Bench::run() {
     }
 }
 
-void Bench::read(TableReader& reader) {
+void KindHarness::read(TableReader& reader) {
     std::uint64_t rows = 0;
     for (Chunk chunk; reader.next(chunk); chunk = {}) {
         chunk.number = made.chunks.size();
@@ -206,7 +206,7 @@ void Bench::read(TableReader& reader) {
     }
 }
 
-void Bench::apply(const RowOperation& operation) {
+void KindHarness::apply(const RowOperation& operation) {
     std::uint64_t rows = 0;
     for (Chunk chunk : given.chunks) {
         chunk.rowsBefore = rows;
@@ -216,7 +216,7 @@ void Bench::apply(const RowOperation& operation) {
     }
 }
 
-void Bench::concatenate(const Concatenation& concatenation, const Arguments& arguments) {
+void KindHarness::concatenate(const Concatenation& concatenation, const Arguments& arguments) {
     std::vector<SmallTable> tables;
     std::vector<Schema> schemas;
     for (const InputSpec& input : ports().inputs)
@@ -232,7 +232,7 @@ void Bench::concatenate(const Concatenation& concatenation, const Arguments& arg
     }
 }
 
-void Bench::accumulate(const Accumulator& accumulator, const Arguments& arguments, Results& sink) {
+void KindHarness::accumulate(const Accumulator& accumulator, const Arguments& arguments, Results& sink) {
     const auto accumulation = accumulator.prepare(arguments, tableInput.empty() ? nullptr : &given.schema, *this);
     auto whole = accumulation->newState();
     for (const Chunk& chunk : given.chunks) {
@@ -243,7 +243,7 @@ void Bench::accumulate(const Accumulator& accumulator, const Arguments& argument
     accumulation->finish(*whole, sink);
 }
 
-std::string Bench::failure() {
+std::string KindHarness::failure() {
     try {
         run();
         return {};
@@ -252,25 +252,25 @@ std::string Bench::failure() {
     }
 }
 
-double Bench::number(const std::string& output) const {
+double KindHarness::number(const std::string& output) const {
     return std::get<double>(outputs.at(output));
 }
 
-HistogramPtr Bench::histogram(const std::string& output) const {
+HistogramPtr KindHarness::histogram(const std::string& output) const {
     return std::dynamic_pointer_cast<const Histogram1D>(std::get<DataObjectPtr>(outputs.at(output)));
 }
 
-void Bench::writeResult(const std::string& fileName, const std::function<void(const fs::path&)>& writer) {
+void KindHarness::writeResult(const std::string& fileName, const std::function<void(const fs::path&)>& writer) {
     const std::unique_ptr<ResultFile> file = beginResult(fileName);
     writer(file->path());
     file->keep();
 }
 
-std::unique_ptr<ResultFile> Bench::beginResult(const std::string& fileName) {
+std::unique_ptr<ResultFile> KindHarness::beginResult(const std::string& fileName) {
     return std::make_unique<BenchFile>(results / fileName);
 }
 
-void Bench::warn(const std::string& sentence) {
+void KindHarness::warn(const std::string& sentence) {
     allWarnings.push_back(sentence);
     if (!isWarned)
         throw std::runtime_error("unexpected warning: " + sentence);

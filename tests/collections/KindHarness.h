@@ -35,14 +35,14 @@ struct SmallTable {
 SmallTable tableOf(const std::vector<std::pair<std::string, std::vector<double>>>& columns, std::size_t chunkLength);
 
 /// One plug-in on the bench: values and wires go in, the kind does its work, results come out.
-class Bench : public RunContext {
+class KindHarness : public RunContext {
 public:
-    explicit Bench(const std::string& kindName, std::string pluginName = "bench");
-    ~Bench() override;
+    explicit KindHarness(const std::string& kindName, std::string pluginName = "bench");
+    ~KindHarness() override;
 
-    Bench& set(const std::string& input, const std::string& text);
-    Bench& wire(const std::string& input, Value value);
-    Bench& wire(const std::string& input, SmallTable table);
+    KindHarness& set(const std::string& input, const std::string& text);
+    KindHarness& wire(const std::string& input, Value value);
+    KindHarness& wire(const std::string& input, SmallTable table);
 
     /// @throws whatever the kind throws.
     void run();
@@ -74,9 +74,9 @@ public:
     void tell(const std::string& text) override { allTold += text; }
     const std::string& told() const { return allTold; }
     RunRecord record() const override { return givenRecord; }
-    Bench& remember(RunRecord record) { return givenRecord = std::move(record), *this; }
+    KindHarness& remember(RunRecord record) { return givenRecord = std::move(record), *this; }
     /// Warnings are kept, where they would otherwise end the test.
-    Bench& expectWarnings() { return isWarned = true, *this; }
+    KindHarness& expectWarnings() { return isWarned = true, *this; }
     const std::vector<std::string>& warnings() const { return allWarnings; }
 
 private:

@@ -59,7 +59,7 @@ protected:
     }
 
     std::string other = "<tuple name='t' path='/o'><columns><column name='x'/></columns><rows/></tuple>";
-    Bench bench{GetParam().kind};
+    KindHarness bench{GetParam().kind};
 };
 
 TEST_P(AidaObjectKinds, readTheObjectOfAPath) {
@@ -120,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(Each, AidaObjectKinds, testing::ValuesIn(readers()),
 TEST(AidaHistogramKind, readsEveryDimensionAndConvertedClouds) {
     const std::string folder = std::string(VELMORAK_TEST_SOURCE) + "/tests/data/aida/";
     for (const std::string name : {"histogram1d", "histogram2d", "histogram3d", "cloud1d_converted"}) {
-        Bench bench("AidaHistogram");
+        KindHarness bench("AidaHistogram");
         bench.expectWarnings().set("file", folder + name + ".aida").run();
         const auto object = std::get<DataObjectPtr>(bench.value("histogram"));
         EXPECT_EQ(dynamic_cast<const Histogram2D*>(object.get()) != nullptr, name == "histogram2d");

@@ -16,7 +16,7 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 using test::SmallTable;
 
 namespace fs = std::filesystem;
@@ -42,7 +42,7 @@ void name(DataObject& object) {
 /// Writes the object by itself and reads it again.
 template <typename Class>
 std::shared_ptr<const Class> again(const std::shared_ptr<Class>& object) {
-    Bench bench("AidaWriter", "out");
+    KindHarness bench("AidaWriter", "out");
     bench.set("folder", "/run 1").wire("object", DataObjectPtr(object)).run();
     const DataObjectPtr read = readAidaObject(bench.folder() / "out.aida", "/run 1/object", object->type(), bench);
     return std::dynamic_pointer_cast<const Class>(read);
@@ -167,9 +167,9 @@ TEST(AidaRoundTrip, tablesWithColumnsOfEveryType) {
                             .rows = 3,
                             .columns = {column(reals, {}), column(integers, {}), column(Column::Booleans{1, 0, 1}, {}),
                                         column(texts, {}), column(values, {0, 2, 2, 3})}});
-    Bench writer("AidaWriter", "out");
+    KindHarness writer("AidaWriter", "out");
     writer.wire("object", table).run();
-    Bench reader("AidaTable");
+    KindHarness reader("AidaTable");
     reader.set("file", (writer.folder() / "out.aida").string()).run();
     const SmallTable& read = reader.table();
     ASSERT_EQ(read.schema.size(), 5U);

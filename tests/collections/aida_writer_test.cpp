@@ -10,7 +10,7 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 using test::tableOf;
 
 namespace fs = std::filesystem;
@@ -23,7 +23,7 @@ std::shared_ptr<Histogram1D> filled(const std::string& name) {
     return histogram;
 }
 
-std::vector<std::string> pathsIn(const fs::path& file, Bench& bench) {
+std::vector<std::string> pathsIn(const fs::path& file, KindHarness& bench) {
     std::vector<std::string> paths;
     for (const AidaEntry& entry : listAida(file, bench))
         paths.push_back(entry.element + " " + entry.path);
@@ -31,7 +31,7 @@ std::vector<std::string> pathsIn(const fs::path& file, Bench& bench) {
 }
 
 TEST(AidaWriterKind, writesHistogramsUnderTheirNames) {
-    Bench bench("AidaWriter", "out");
+    KindHarness bench("AidaWriter", "out");
     bench.set("objects", "2").set("folder", "/run1");
     bench.wire("object", DataObjectPtr(filled("a"))).wire("object2", DataObjectPtr(filled("b"))).run();
     EXPECT_EQ(pathsIn(bench.folder() / "out.aida", bench),
@@ -39,7 +39,7 @@ TEST(AidaWriterKind, writesHistogramsUnderTheirNames) {
 }
 
 TEST(AidaWriterKind, aNameThatIsTakenGetsANumber) {
-    Bench bench("AidaWriter", "out");
+    KindHarness bench("AidaWriter", "out");
     bench.set("objects", "2");
     bench.wire("object", DataObjectPtr(filled("a"))).wire("object2", DataObjectPtr(filled("a"))).run();
     EXPECT_EQ(pathsIn(bench.folder() / "out.aida", bench),
@@ -48,16 +48,16 @@ TEST(AidaWriterKind, aNameThatIsTakenGetsANumber) {
 
 TEST(AidaWriterKind, aTableReadsBackToTheLastBit) {
     const std::vector<double> x = {0.1, -0.0, 1e-310, std::numeric_limits<double>::infinity(), 1.0 / 3.0};
-    Bench writer("AidaWriter", "out");
+    KindHarness writer("AidaWriter", "out");
     writer.set("file", "table.aida").wire("object", tableOf({{"x", x}}, 2)).run();
-    Bench reader("AidaTable");
+    KindHarness reader("AidaTable");
     reader.set("file", (writer.folder() / "table.aida").string()).run();
     EXPECT_EQ(reader.table().column("x"), x);
     EXPECT_TRUE(std::signbit(reader.table().column("x")[1]));
 }
 
 TEST(AidaWriterKind, objectsKeepTheirOrderAroundATable) {
-    Bench bench("AidaWriter", "out");
+    KindHarness bench("AidaWriter", "out");
     bench.set("objects", "3").wire("object2", tableOf({{"x", {1, 2, 3}}}, 2));
     bench.wire("object", DataObjectPtr(filled("a"))).wire("object3", DataObjectPtr(filled("b"))).run();
     EXPECT_EQ(pathsIn(bench.folder() / "out.aida", bench),
@@ -65,20 +65,20 @@ TEST(AidaWriterKind, objectsKeepTheirOrderAroundATable) {
 }
 
 TEST(AidaWriterKind, aTableWithoutRowsIsWrittenToo) {
-    Bench bench("AidaWriter", "out");
+    KindHarness bench("AidaWriter", "out");
     bench.wire("object", tableOf({{"x", {}}}, 2)).run();
     EXPECT_EQ(pathsIn(bench.folder() / "out.aida", bench), (std::vector<std::string>{"tuple /source"}));
 }
 
 TEST(AidaWriterKind, twoTablesAreAFailure) {
-    Bench bench("AidaWriter", "out");
+    KindHarness bench("AidaWriter", "out");
     bench.set("objects", "2").wire("object", tableOf({{"x", {1}}}, 2)).wire("object2", tableOf({{"x", {1}}}, 2));
     EXPECT_TRUE(bench.failure().starts_with("object2: ")) << bench.failure();
     EXPECT_TRUE(fs::is_empty(bench.folder()));
 }
 
 TEST(AidaWriterKind, aNumberOrTextHasNoPlace) {
-    Bench bench("AidaWriter", "out");
+    KindHarness bench("AidaWriter", "out");
     EXPECT_TRUE(bench.failure().starts_with("object: ")) << bench.failure();
     bench.wire("object", 3.0);
     EXPECT_TRUE(bench.failure().starts_with("object: ")) << bench.failure();
@@ -90,26 +90,26 @@ TEST(AidaWriterKind, refusesAFolderThatDoesNotBeginAtTheRoot) {
     EXPECT_EQ(writer.refusal("folder", "/run1/muons"), "");
     EXPECT_NE(writer.refusal("folder", "run1"), "");
     EXPECT_NE(writer.refusal("folder", ""), "");
-    Bench bench("AidaWriter", "out");
+    KindHarness bench("AidaWriter", "out");
     bench.wire("folder", std::string("run1")).wire("object", DataObjectPtr(filled("a")));
     EXPECT_TRUE(bench.failure().starts_with("folder: ")) << bench.failure();
 }
 
 TEST(AidaTableKind, saysThatThereIsNoFile) {
-    Bench bench("AidaTable");
+    KindHarness bench("AidaTable");
     EXPECT_TRUE(bench.failure().starts_with("file: ")) << bench.failure();
 }
 
 TEST(AidaTableKind, namesTheFileThatIsMissing) {
-    Bench bench("AidaTable");
+    KindHarness bench("AidaTable");
     bench.set("file", "/no/such/file.aida");
     EXPECT_NE(bench.failure().find("/no/such/file.aida"), std::string::npos) << bench.failure();
 }
 
 TEST(AidaTableKind, readsTheObjectThatIsNamed) {
-    Bench writer("AidaWriter", "out");
+    KindHarness writer("AidaWriter", "out");
     writer.set("folder", "/deep/er").wire("object", tableOf({{"x", {4, 5}}}, 2)).run();
-    Bench reader("AidaTable");
+    KindHarness reader("AidaTable");
     reader.set("file", (writer.folder() / "out.aida").string()).set("object", "/deep/er/source").run();
     EXPECT_EQ(reader.table().column("x"), (std::vector<double>{4, 5}));
     EXPECT_NE(reader.set("object", "/deep/other").failure().find("/deep/er/source"), std::string::npos);

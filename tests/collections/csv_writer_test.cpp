@@ -13,7 +13,7 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 using test::SmallTable;
 using test::tableOf;
 using test::textIn;
@@ -68,9 +68,9 @@ std::vector<std::uint64_t> bits(const std::vector<double>& numbers) {
 
 TEST(CsvWriterKind, everyColumnReadsBackWithItsTypeAndBits) {
     for (const std::string delimiter : {"comma", "semicolon", "tabulator", "bar"}) {
-        Bench writer("CsvWriter", "out");
+        KindHarness writer("CsvWriter", "out");
         writer.set("delimiter", delimiter).wire("object", everyType()).run();
-        Bench reader("CsvTable");
+        KindHarness reader("CsvTable");
         reader.set("file", (writer.folder() / "out.csv").string()).set("delimiter", delimiter).run();
         const SmallTable& read = reader.table();
         ASSERT_EQ(read.schema, everyType().schema) << delimiter;
@@ -89,9 +89,9 @@ TEST(CsvWriterKind, randomBitsReadBackAsTheyWere) {
         if (const auto number = std::bit_cast<double>(state); !std::isnan(number))
             numbers.push_back(number);
     }
-    Bench writer("CsvWriter", "out");
+    KindHarness writer("CsvWriter", "out");
     writer.wire("object", tableOf({{"x", numbers}}, 700)).run();
-    Bench reader("CsvTable");
+    KindHarness reader("CsvTable");
     reader.set("file", (writer.folder() / "out.csv").string()).run();
     EXPECT_EQ(bits(reader.table().column("x")), bits(numbers));
 }
@@ -101,19 +101,19 @@ TEST(CsvWriterKind, aListBecomesOneText) {
     table.schema = Schema({{.name = "list", .type = ColumnType::Real, .isList = true}});
     table.chunks.push_back(
         {.number = 0, .firstRow = 0, .rows = 2, .columns = {column(Column::Reals{1.5, 2, -3}, {0, 3, 3})}});
-    Bench bench("CsvWriter", "out");
+    KindHarness bench("CsvWriter", "out");
     bench.wire("object", table).run();
     EXPECT_EQ(textIn(bench.folder() / "out.csv"), "list\n\"1.5 2.0 -3.0\"\n\"\"\n");
 }
 
 TEST(CsvWriterKind, theHeaderMayBeLeftOutAndTheFileNamed) {
-    Bench bench("CsvWriter", "out");
+    KindHarness bench("CsvWriter", "out");
     bench.set("header", "no").set("file", "sub.txt").wire("object", tableOf({{"x", {1, 2}}}, 1)).run();
     EXPECT_EQ(textIn(bench.folder() / "sub.txt"), "1.0\n2.0\n");
 }
 
 TEST(CsvWriterKind, aTableWithoutRowsHasItsHeader) {
-    Bench bench("CsvWriter", "out");
+    KindHarness bench("CsvWriter", "out");
     bench.wire("object", tableOf({{"x", {}}, {"y", {}}}, 2)).run();
     EXPECT_EQ(textIn(bench.folder() / "out.csv"), "x,y\n");
 }
@@ -122,7 +122,7 @@ TEST(CsvWriterKind, aHistogramHasARowForEachBinAndWhatLiesOutside) {
     auto histogram = std::make_shared<Histogram1D>(Axis(2, 0, 2));
     histogram->fill(0.5, 2.0);
     histogram->fill(7.0);
-    Bench bench("CsvWriter", "out");
+    KindHarness bench("CsvWriter", "out");
     bench.wire("object", DataObjectPtr(histogram)).run();
     EXPECT_EQ(textIn(bench.folder() / "out.csv"),
               "low,high,entries,height,error,sumww,sumwx,sumwxx\n"
@@ -134,7 +134,7 @@ TEST(CsvWriterKind, aHistogramHasARowForEachBinAndWhatLiesOutside) {
 
 TEST(CsvWriterKind, everyObjectHasItsColumns) {
     const auto linesOf = [](const DataObjectPtr& object) {
-        Bench bench("CsvWriter", "out");
+        KindHarness bench("CsvWriter", "out");
         bench.wire("object", object).run();
         const std::string text = textIn(bench.folder() / "out.csv");
         return std::pair(text.substr(0, text.find('\n')), std::count(text.begin(), text.end(), '\n') - 1);
@@ -160,7 +160,7 @@ TEST(CsvWriterKind, aFunctionIsSampledWithBothEnds) {
     function->name = "square";
     function->codelet = "codelet:square:verbatim:jel : 1 : x[0]*x[0] : : null";
     function->arguments = {{.name = "x", .ranges = {}}};
-    Bench bench("CsvWriter", "out");
+    KindHarness bench("CsvWriter", "out");
     bench.set("samples", "3").wire("object", DataObjectPtr(function));
     EXPECT_TRUE(bench.failure().find("give a range") != std::string::npos) << bench.failure();
     bench.set("range", "0 4").run();
@@ -169,7 +169,7 @@ TEST(CsvWriterKind, aFunctionIsSampledWithBothEnds) {
 }
 
 TEST(CsvWriterKind, saysWhatItCannotWrite) {
-    Bench bench("CsvWriter", "out");
+    KindHarness bench("CsvWriter", "out");
     EXPECT_TRUE(bench.failure().starts_with("object: ")) << bench.failure();
     bench.wire("object", std::string("a text"));
     EXPECT_TRUE(bench.failure().find("use Print") != std::string::npos) << bench.failure();
@@ -177,7 +177,7 @@ TEST(CsvWriterKind, saysWhatItCannotWrite) {
 }
 
 TEST(PrintKind, printsNumbersAndTextsByTheirMakers) {
-    Bench bench("Print", "out");
+    KindHarness bench("Print", "out");
     bench.set("objects", "3").wire("object", 0.1).wire("object2", std::string("two\nlines"));
     bench.wire("object3", std::string("\x1b[2Jred\r")).run();
     const std::string text = "source: 0.1\nsource:\ntwo\nlines\nsource:  [2Jred \n";
@@ -186,7 +186,7 @@ TEST(PrintKind, printsNumbersAndTextsByTheirMakers) {
 }
 
 TEST(PrintKind, printsTheFirstRowsOfATableInColumns) {
-    Bench bench("Print", "out");
+    KindHarness bench("Print", "out");
     bench.set("rows", "3").wire("object", tableOf({{"x", {1, 20, 3, 4, 5}}, {"longer", {0.5, 1, 2, 3, 4}}}, 2)).run();
     EXPECT_EQ(bench.told(),
               "source: first 3 of 5 rows\n"
@@ -203,7 +203,7 @@ TEST(PrintKind, printsAnObjectWithItsStatistics) {
     histogram->fill(0.5);
     histogram->fill(9);
     histogram->title = "Title";
-    Bench bench("Print", "out");
+    KindHarness bench("Print", "out");
     bench.set("rows", "1").wire("object", DataObjectPtr(histogram)).run();
     const std::string text = bench.told();
     for (const std::string part :
@@ -215,13 +215,13 @@ TEST(PrintKind, printsAFunctionByItsParameters) {
     auto function = std::make_shared<FunctionObject>();
     function->parameters = {{.name = "mean", .value = 91.1882}};
     function->annotation = {{.key = "mean_error", .value = "0.0213"}};
-    Bench bench("Print", "out");
+    KindHarness bench("Print", "out");
     bench.wire("object", DataObjectPtr(function)).run();
     EXPECT_EQ(bench.told(), "source\nmean: 91.188 ± 0.021\n");
 }
 
 TEST(PrintKind, saysThatNothingIsWired) {
-    Bench bench("Print", "out");
+    KindHarness bench("Print", "out");
     EXPECT_TRUE(bench.failure().starts_with("object: ")) << bench.failure();
 }
 

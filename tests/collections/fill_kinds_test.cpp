@@ -12,7 +12,7 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 using test::tableOf;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
@@ -30,7 +30,7 @@ Numbers normal(std::size_t count, double mean, double width, unsigned seed) {
 }
 
 HistogramPtr automatic(const Numbers& x, std::size_t chunkLength, const std::string& bins = "50") {
-    Bench bench("Histogram1D");
+    KindHarness bench("Histogram1D");
     bench.set("expression", "x").set("range", "automatic").set("bins", bins);
     bench.wire("table", tableOf({{"x", x}}, chunkLength)).run();
     return bench.histogram("histogram");
@@ -118,7 +118,7 @@ TEST(AutomaticRange, hasBinsAlsoWithoutASpread) {
 }
 
 TEST(AutomaticRange, refusesWhatItCannotHold) {
-    Bench bench("Histogram1D");
+    KindHarness bench("Histogram1D");
     bench.set("expression", "x").set("range", "automatic").wire("table", tableOf({{"x", {1.5e300}}}, 2));
     EXPECT_TRUE(bench.failure().starts_with("range: a value of 1.5e+300")) << bench.failure();
     bench.set("bins", "10001");
@@ -126,7 +126,7 @@ TEST(AutomaticRange, refusesWhatItCannotHold) {
 }
 
 TEST(AutomaticRange, yieldsToGivenEdges) {
-    Bench bench("Histogram1D");
+    KindHarness bench("Histogram1D");
     bench.set("expression", "x").set("range", "automatic").set("edges", "0 2 4");
     bench.wire("table", tableOf({{"x", {1, 9}}}, 2)).run();
     EXPECT_EQ(bench.histogram("histogram")->axis().edges(), (Numbers{0, 2, 4}));
@@ -135,7 +135,7 @@ TEST(AutomaticRange, yieldsToGivenEdges) {
 TEST(AutomaticRange, keepsWeights) {
     Numbers x = normal(3000, 0, 1, 8);
     Numbers w = normal(3000, 1, 0.2, 9);
-    Bench bench("Histogram1D");
+    KindHarness bench("Histogram1D");
     bench.set("expression", "x").set("weight", "w").set("range", "automatic").set("bins", "10");
     bench.wire("table", tableOf({{"x", x}, {"w", w}}, 700)).run();
     const HistogramPtr found = bench.histogram("histogram");
@@ -148,12 +148,12 @@ TEST(AutomaticRange, keepsWeights) {
     }
 }
 
-Bench& twoByTwo(Bench& bench) {
+KindHarness& twoByTwo(KindHarness& bench) {
     return bench.set("x", "a").set("y", "b").set("xbins", "2").set("xhigh", "2").set("yedges", "0 1 10");
 }
 
 TEST(Histogram2DKind, fillsCellsInsideAndOutside) {
-    Bench bench("Histogram2D", "plane");
+    KindHarness bench("Histogram2D", "plane");
     twoByTwo(bench).set("weight", "w").set("yaxis", "height [m]");
     bench
         .wire(
@@ -185,7 +185,7 @@ TEST(Histogram2DKind, takesAListBesideANumberForEachRow) {
         std::make_shared<const Column>(Column{.values = Column::Reals{0.5, 1.5, 1.5}, .offsets = {0, 2, 3}}),
         std::make_shared<const Column>(Column{.values = Column::Reals{0.5, 5}, .offsets = {}})};
     table.chunks = {chunk};
-    Bench bench("Histogram2D");
+    KindHarness bench("Histogram2D");
     twoByTwo(bench).wire("table", table).run();
     const auto histogram = bench.object<Histogram2D>("histogram");
     EXPECT_EQ(histogram->inRange().entries, 3);
@@ -194,7 +194,7 @@ TEST(Histogram2DKind, takesAListBesideANumberForEachRow) {
 }
 
 TEST(Histogram2DKind, saysWhichInputIsWrong) {
-    Bench bench("Histogram2D");
+    KindHarness bench("Histogram2D");
     EXPECT_EQ(bench.failure(), "table: nothing is wired");
     bench.wire("table", tableOf({{"a", {1}}, {"b", {1}}}, 2)).set("x", "a");
     EXPECT_TRUE(bench.failure().starts_with("y: ")) << bench.failure();
@@ -207,7 +207,7 @@ TEST(Histogram2DKind, saysWhichInputIsWrong) {
 }
 
 TEST(Histogram2DKind, aTableWithoutRowsGivesEmptyCells) {
-    Bench bench("Histogram2D");
+    KindHarness bench("Histogram2D");
     twoByTwo(bench).wire("table", tableOf({{"a", {}}, {"b", {}}}, 2)).run();
     EXPECT_EQ(bench.object<Histogram2D>("histogram")->inRange(), GridSums<2>{});
 }
@@ -219,7 +219,7 @@ TEST(Histogram2DKind, ofManyCellsHasTheBitsOfOneFillAfterTheOther) {
     Histogram2D expected(Grid<2>({Axis(300, 0, 1), Axis(300, 0, 1)}));
     expected.fill({x.data(), y.data()}, weights.data(), x.size());
     for (const std::size_t chunkLength : {20000U, 1000U, 7U}) {
-        Bench bench("Histogram2D");
+        KindHarness bench("Histogram2D");
         bench.set("x", "x").set("y", "y").set("weight", "w");
         bench.set("xbins", "300").set("xhigh", "1").set("ybins", "300").set("yhigh", "1");
         bench.wire("table", tableOf({{"x", x}, {"y", y}, {"w", weights}}, chunkLength)).run();
@@ -228,7 +228,7 @@ TEST(Histogram2DKind, ofManyCellsHasTheBitsOfOneFillAfterTheOther) {
 }
 
 TEST(Histogram2DKind, ofManyCellsIsEmptyWithoutRows) {
-    Bench bench("Histogram2D");
+    KindHarness bench("Histogram2D");
     bench.set("x", "a").set("y", "b").set("xbins", "300").set("ybins", "300");
     bench.wire("table", tableOf({{"a", {}}, {"b", {}}}, 2)).run();
     EXPECT_EQ(bench.object<Histogram2D>("histogram")->inRange(), GridSums<2>{});
@@ -236,14 +236,14 @@ TEST(Histogram2DKind, ofManyCellsIsEmptyWithoutRows) {
 
 TEST(Histogram1DKind, ofManyBinsHasTheBitsOfOneFillAfterTheOther) {
     const Numbers x = normal(20000, 0.5, 0.3, 1);
-    Bench bench("Histogram1D");
+    KindHarness bench("Histogram1D");
     bench.set("expression", "x").set("bins", "40000").set("high", "1");
     bench.wire("table", tableOf({{"x", x}}, 1000)).run();
     EXPECT_EQ(bench.histogram("histogram")->cells(), filledDirectly(Axis(40000, 0, 1), x).cells());
 }
 
 TEST(Profile1DKind, averagesInBins) {
-    Bench bench("Profile1D", "mean");
+    KindHarness bench("Profile1D", "mean");
     bench.set("x", "a").set("y", "b").set("weight", "w").set("bins", "2").set("high", "2");
     bench.wire("table", tableOf({{"a", {0.5, 0.5, 0.25, nan}}, {"b", {1, 3, 8, 1}}, {"w", {1, 2, 1, 1}}}, 2)).run();
     const auto profile = bench.object<Profile1D>("profile");
@@ -260,7 +260,7 @@ TEST(Profile1DKind, averagesInBins) {
 TEST(Profile1DKind, findsItsRange) {
     const Numbers x = normal(9000, 10, 2, 6);
     const Numbers y = normal(9000, -1, 1, 7);
-    Bench bench("Profile1D");
+    KindHarness bench("Profile1D");
     bench.set("x", "x").set("y", "y").set("bins", "40").set("range", "automatic");
     bench.wire("table", tableOf({{"x", x}, {"y", y}}, 1000)).run();
     const auto found = bench.object<Profile1D>("profile");

@@ -14,7 +14,7 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -47,7 +47,7 @@ Value profile() {
     return DataObjectPtr(std::move(made));
 }
 
-std::vector<std::string> outputNames(const Bench& fit) {
+std::vector<std::string> outputNames(const KindHarness& fit) {
     std::vector<std::string> names;
     for (const OutputSpec& output : fit.ports().outputs)
         names.push_back(output.name);
@@ -55,7 +55,7 @@ std::vector<std::string> outputNames(const Bench& fit) {
 }
 
 TEST(FitKind, hasAnOutputForEachParameterAndItsError) {
-    Bench fit("Fit");
+    KindHarness fit("Fit");
     EXPECT_THAT(outputNames(fit),
                 ElementsAre("function", "chi2", "ndf", "reduced", "p_value", "entries", "status", "covariance",
                             "amplitude", "amplitude_error", "mean", "mean_error", "sigma", "sigma_error"));
@@ -68,7 +68,7 @@ TEST(FitKind, hasAnOutputForEachParameterAndItsError) {
 
 /// Weighted mean of 4 ± 2, 8 ± root 8, 8 ± root 8.
 TEST(FitKind, fitsAHistogramByChiSquareWithoutItsEmptyBins) {
-    Bench fit("Fit", "level");
+    KindHarness fit("Fit", "level");
     fit.wire("data", counts()).set("model", "pol0").expectWarnings().run();
     const double weights = 1.0 / 4 + 2.0 / 8;
     EXPECT_NEAR(fit.number("p0"), 3.0 / weights, 1e-13);
@@ -83,21 +83,21 @@ TEST(FitKind, fitsAHistogramByChiSquareWithoutItsEmptyBins) {
 }
 
 TEST(FitKind, fitsAHistogramByLikelihoodWithItsEmptyBins) {
-    Bench fit("Fit");
+    KindHarness fit("Fit");
     fit.wire("data", counts()).set("model", "pol0").set("method", "likelihood").run();
     EXPECT_NEAR(fit.number("p0"), 5.0, 1e-9);
     EXPECT_NEAR(fit.number("p0_error"), std::sqrt(5.0 / 4.0), 1e-4);
     EXPECT_EQ(fit.number("ndf"), 3.0);
     fit.set("compare", "integral").run();
     EXPECT_NEAR(fit.number("p0"), 2.5, 1e-9);
-    Bench weighted("Fit");
+    KindHarness weighted("Fit");
     weighted.wire("data", counts(0.5)).set("model", "pol0").set("method", "likelihood").run();
     EXPECT_NEAR(weighted.number("p0"), 2.5, 1e-9);
     EXPECT_NEAR(weighted.number("p0_error"), 0.5 * std::sqrt(5.0 / 4.0), 1e-4);
 }
 
 TEST(FitKind, fitsPointsWithTheMeanOfTheirErrors) {
-    Bench fit("Fit");
+    KindHarness fit("Fit");
     fit.wire("data", line()).set("model", "a + b*x").set("start", "a=1 fixed").run();
     EXPECT_NEAR(fit.number("b"), 2.0, 1e-13);
     EXPECT_NEAR(fit.number("b_error"), 0.2 / std::sqrt(21.0), 1e-10);
@@ -106,7 +106,7 @@ TEST(FitKind, fitsPointsWithTheMeanOfTheirErrors) {
 }
 
 TEST(FitKind, fitsAProfile) {
-    Bench fit("Fit");
+    KindHarness fit("Fit");
     fit.wire("data", profile()).set("model", "a + c*x^2").expectWarnings().run();
     EXPECT_NEAR(fit.number("a"), 3.0, 1e-12);
     EXPECT_NEAR(fit.number("c"), 0.5, 1e-13);
@@ -114,7 +114,7 @@ TEST(FitKind, fitsAProfile) {
 }
 
 TEST(FitKind, givesAFunctionThatSaysHowGoodItIs) {
-    Bench fit("Fit", "straight");
+    KindHarness fit("Fit", "straight");
     fit.wire("data", line()).set("model", "pol1").set("title", "a line").run();
     const auto value = fit.value("function");
     const auto function = std::dynamic_pointer_cast<const FunctionObject>(std::get<DataObjectPtr>(value));
@@ -128,13 +128,13 @@ TEST(FitKind, givesAFunctionThatSaysHowGoodItIs) {
 }
 
 TEST(FitKind, tellsTheCovarianceByName) {
-    Bench fit("Fit");
+    KindHarness fit("Fit");
     fit.wire("data", line()).set("model", "b*x").run();
     EXPECT_THAT(fit.text("covariance"), testing::StartsWith("parameter,b\nb,0.0019047619"));
 }
 
 TEST(FitKind, fitsInTheRangeOnly) {
-    Bench fit("Fit");
+    KindHarness fit("Fit");
     fit.wire("data", counts()).set("model", "pol0").set("low", "2").set("high", "6").run();
     EXPECT_NEAR(fit.number("p0"), 8.0, 1e-12);
     fit.set("low", "7");
@@ -142,23 +142,23 @@ TEST(FitKind, fitsInTheRangeOnly) {
 }
 
 TEST(FitKind, warnsOfAParameterThatLooksLikeAShape) {
-    Bench fit("Fit");
+    KindHarness fit("Fit");
     fit.wire("data", line()).set("model", "expo").expectWarnings().run();
     EXPECT_THAT(fit.warnings(), ElementsAre(HasSubstr("if the shape exponential is meant, write its name")));
 }
 
 TEST(FitKind, refusesWhatItCannotFit) {
-    Bench nothing("Fit");
+    KindHarness nothing("Fit");
     EXPECT_THAT(nothing.failure(), HasSubstr("a histogram, profile or points must be wired"));
     nothing.wire("data", Value(DataObjectPtr(std::make_shared<Histogram2D>(Grid<2>({Axis(2, 0, 1), Axis(2, 0, 1)})))));
     EXPECT_THAT(nothing.failure(), HasSubstr("cannot be fitted"));
-    Bench flat("Fit");
+    KindHarness flat("Fit");
     flat.wire("data", Value(DataObjectPtr(std::make_shared<Points>(1, std::vector<Measurement>(3)))));
     EXPECT_THAT(flat.failure(), HasSubstr("have 1 values each"));
-    Bench counted("Fit");
+    KindHarness counted("Fit");
     counted.wire("data", line()).set("method", "likelihood");
     EXPECT_THAT(counted.failure(), HasSubstr("only a histogram holds"));
-    Bench few("Fit");
+    KindHarness few("Fit");
     few.wire("data", line()).set("model", "pol7");
     EXPECT_THAT(few.failure(), HasSubstr("4 entries are too few to fit 8 parameters"));
 }
@@ -169,13 +169,13 @@ TEST(FitKind, refusesMistakesWhenTheyAreMade) {
     EXPECT_THAT(kind.refusal("model", "gauss + pool(x)"), HasSubstr("^"));
     EXPECT_EQ(kind.refusal("start", "mean=1 [0,2]"), "");
     EXPECT_THAT(kind.refusal("start", "mean=one"), HasSubstr("is a number"));
-    Bench wired("Fit");
+    KindHarness wired("Fit");
     wired.wire("data", line()).wire("model", Value(std::string("pol1")));
     EXPECT_THAT(wired.failure(), HasSubstr("cannot come by wire"));
 }
 
 TEST(FitKind, endsWhenTheRunIsStopped) {
-    Bench fit("Fit");
+    KindHarness fit("Fit");
     fit.wire("data", line()).set("model", "pol1").stop();
     EXPECT_THROW(fit.run(), Stopped);
 }

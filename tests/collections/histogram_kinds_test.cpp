@@ -13,7 +13,7 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 
 using Numbers = std::vector<double>;
 
@@ -46,7 +46,7 @@ Numbers heights(const Histogram1D& histogram) {
     return all;
 }
 
-Bench& with(Bench& bench, const std::string& input, DataObjectPtr object) {
+KindHarness& with(KindHarness& bench, const std::string& input, DataObjectPtr object) {
     return bench.wire(input, std::move(object));
 }
 
@@ -54,7 +54,7 @@ TEST(RebinKind, joinsNeighboursByAFactor) {
     auto given = counts({1, 2, 3, 4});
     given->fill(-1);
     given->fill(9);
-    Bench bench("Rebin", "wide");
+    KindHarness bench("Rebin", "wide");
     with(bench, "histogram", given).run();
     const HistogramPtr made = bench.histogram("histogram");
     EXPECT_EQ(heights(*made), (Numbers{1, 3, 7, 1}));
@@ -67,7 +67,7 @@ TEST(RebinKind, joinsNeighboursByAFactor) {
 }
 
 TEST(RebinKind, takesEdgesThatAreThere) {
-    Bench bench("Rebin");
+    KindHarness bench("Rebin");
     with(bench, "histogram", counts({1, 2, 3, 4})).set("edges", "1 3").run();
     EXPECT_EQ(heights(*bench.histogram("histogram")), (Numbers{1, 5, 4}));
     EXPECT_EQ(bench.set("edges", "0 1.5").failure(), "edges: no bin of the histogram begins or ends at 1.5");
@@ -75,14 +75,14 @@ TEST(RebinKind, takesEdgesThatAreThere) {
 
 TEST(RebinKind, knowsAnEdgeByTheDigitsThatOneWrites) {
     auto given = std::make_shared<Histogram1D>(Axis(10, 0, 1));
-    Bench bench("Rebin");
+    KindHarness bench("Rebin");
     with(bench, "histogram", given).set("edges", "0.3 0.6 0.7").run();
     EXPECT_EQ(bench.histogram("histogram")->axis().edges(),
               (Numbers{given->axis().edges()[3], given->axis().edges()[6], given->axis().edges()[7]}));
 }
 
 TEST(RebinKind, refusesAFactorThatLeavesARest) {
-    Bench bench("Rebin");
+    KindHarness bench("Rebin");
     EXPECT_EQ(bench.failure(), "histogram: nothing is wired");
     with(bench, "histogram", counts({1, 2, 3}));
     EXPECT_EQ(bench.failure(), "factor: 3 bins cannot be joined in groups of 2");
@@ -90,7 +90,7 @@ TEST(RebinKind, refusesAFactorThatLeavesARest) {
 }
 
 TEST(RebinKind, joinsAPlaneAlongEachAxis) {
-    Bench bench("Rebin");
+    KindHarness bench("Rebin");
     with(bench, "histogram", plane()).set("factor", "1").set("yfactor", "2").run();
     const auto made = bench.object<Histogram2D>("histogram");
     EXPECT_EQ(made->cells()[made->grid().cell({1, 1})].w, 5);
@@ -100,7 +100,7 @@ TEST(RebinKind, joinsAPlaneAlongEachAxis) {
 }
 
 TEST(ScaleKind, multipliesAllSums) {
-    Bench bench("Scale");
+    KindHarness bench("Scale");
     with(bench, "histogram", counts({4})).set("factor", "-0.5").run();
     EXPECT_EQ(bench.histogram("histogram")->bin(0), (BinSums{4, -2, 1, -1, -0.5}));
 }
@@ -110,7 +110,7 @@ TEST(ScaleKind, bringsSumAndAreaToANumber) {
     given->fill(0.5, 2);
     given->fill(2, 6);
     given->fill(7, 6);
-    Bench bench("Scale");
+    KindHarness bench("Scale");
     with(bench, "histogram", given).set("mode", "sum").set("factor", "4").run();
     EXPECT_EQ(heights(*bench.histogram("histogram")), (Numbers{0, 1, 3, 3}));
     bench.set("mode", "area").set("factor", "13").run();
@@ -121,14 +121,14 @@ TEST(ScaleKind, bringsSumAndAreaToANumber) {
 }
 
 TEST(ScaleKind, refusesWhatHasNoSum) {
-    Bench bench("Scale");
+    KindHarness bench("Scale");
     with(bench, "histogram", counts({0, 0})).set("mode", "sum");
     EXPECT_EQ(bench.failure(), "histogram: its sum is 0, which no factor brings to 1");
     EXPECT_TRUE(bench.set("factor", "NaN").failure().starts_with("factor: "));
 }
 
 TEST(ScaleKind, dividesAPlaneByBothWidths) {
-    Bench bench("Scale");
+    KindHarness bench("Scale");
     with(bench, "histogram", plane()).set("mode", "width").run();
     const auto made = bench.object<Histogram2D>("histogram");
     EXPECT_EQ(made->cells()[made->grid().cell({2, 2})].w, 2);
@@ -143,7 +143,7 @@ struct Combining {
         bench.run();
         return bench.histogram("histogram");
     }
-    Bench bench;
+    KindHarness bench;
 };
 
 TEST(CombineKind, addsAndSubtractsAllSums) {
@@ -216,7 +216,7 @@ TEST(CombineKind, combinesPlanes) {
 }
 
 TEST(ProjectKind, addsUpEverythingAcross) {
-    Bench bench("Project");
+    KindHarness bench("Project");
     with(bench, "histogram", plane()).run();
     EXPECT_EQ(heights(*bench.histogram("histogram")), (Numbers{6, 10, 4, 0}));
     EXPECT_EQ(bench.histogram("histogram")->axis().title, "across");
@@ -224,7 +224,7 @@ TEST(ProjectKind, addsUpEverythingAcross) {
 }
 
 TEST(ProjectKind, takesARangeOfTheOtherAxis) {
-    Bench bench("Project");
+    KindHarness bench("Project");
     with(bench, "histogram", plane()).set("low", "2").set("high", "4").run();
     EXPECT_EQ(heights(*bench.histogram("histogram")), (Numbers{0, 3, 4, 0}));
     bench.set("axis", "y").set("low", "0").set("high", "1").run();
@@ -233,7 +233,7 @@ TEST(ProjectKind, takesARangeOfTheOtherAxis) {
 }
 
 TEST(ProjectKind, takesPlanesOnly) {
-    Bench bench("Project");
+    KindHarness bench("Project");
     EXPECT_EQ(with(bench, "histogram", counts({1})).failure(),
               "histogram: what is wired is no two-dimensional histogram");
 }
@@ -242,7 +242,7 @@ TEST(CumulativeKind, sumsUpFromEitherEnd) {
     auto given = counts({1, 2, 3});
     given->fill(-1);
     given->fill(7, 2);
-    Bench bench("Cumulative");
+    KindHarness bench("Cumulative");
     with(bench, "histogram", given).run();
     EXPECT_EQ(heights(*bench.histogram("histogram")), (Numbers{0, 1, 3, 6, 0}));
     EXPECT_EQ(bench.histogram("histogram")->bin(2), (BinSums{6, 6, 6, 15, 37.5}));
@@ -253,12 +253,12 @@ TEST(CumulativeKind, sumsUpFromEitherEnd) {
 }
 
 TEST(CumulativeKind, takesOneDimensionOnly) {
-    Bench bench("Cumulative");
+    KindHarness bench("Cumulative");
     EXPECT_TRUE(with(bench, "histogram", plane()).failure().starts_with("histogram: "));
 }
 
 TEST(CompareKind, givesThePublishedTestsOfCounts) {
-    Bench bench("Compare");
+    KindHarness bench("Compare");
     with(bench, "first", counts({10, 20, 30}));
     with(bench, "second", counts({15, 15, 40})).run();
     EXPECT_DOUBLE_EQ(bench.number("chisquare"), 2.3877551020408165);
@@ -273,7 +273,7 @@ TEST(CompareKind, givesThePublishedTestsOfCounts) {
 }
 
 TEST(CompareKind, takesWeightsByTheirErrors) {
-    Bench bench("Compare");
+    KindHarness bench("Compare");
     with(bench, "first", counts({10, 20, 30}, 0.5));
     with(bench, "second", counts({15, 15, 40})).run();
     EXPECT_DOUBLE_EQ(bench.number("chisquare"), 2.342364707183834);
@@ -285,7 +285,7 @@ TEST(CompareKind, givesTheKolmogorovDistributionOnBothSidesOfItsSeries) {
     // With 2 m fills in each, t = D root of m; the fills lie in two bins, m (1 +- D) in the first.
     for (const auto& [difference, m, expected] :
          {std::tuple{3, 100, 0.9999906941988655}, {15, 100, 0.022217962616525127}, {10, 100, 0.26999967167735456}}) {
-        Bench bench("Compare");
+        KindHarness bench("Compare");
         with(bench, "first", counts({m + difference, m - difference}));
         with(bench, "second", counts({m - difference, m + difference})).run();
         EXPECT_NEAR(bench.number("ksprobability"), expected, 1e-12) << difference;
@@ -293,7 +293,7 @@ TEST(CompareKind, givesTheKolmogorovDistributionOnBothSidesOfItsSeries) {
 }
 
 TEST(CompareKind, likesAHistogramWithItself) {
-    Bench bench("Compare");
+    KindHarness bench("Compare");
     with(bench, "first", counts({5, 6, 0}));
     with(bench, "second", counts({5, 6, 0})).run();
     EXPECT_EQ(bench.number("chisquare"), 0);
@@ -303,7 +303,7 @@ TEST(CompareKind, likesAHistogramWithItself) {
 }
 
 TEST(CompareKind, refusesWhatCannotBeCompared) {
-    Bench bench("Compare");
+    KindHarness bench("Compare");
     with(bench, "first", counts({1, 2}));
     EXPECT_EQ(bench.failure(), "second: nothing is wired");
     EXPECT_TRUE(with(bench, "second", counts({1})).failure().starts_with("second: \"source\" has 2 bins"));

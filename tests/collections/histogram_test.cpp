@@ -8,7 +8,7 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 using test::tableOf;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
@@ -21,7 +21,7 @@ std::vector<double> heights(const Histogram1D& histogram) {
 }
 
 TEST(Histogram1DKind, fillsBinsUnderflowAndOverflow) {
-    Bench bench("Histogram1D", "mass");
+    KindHarness bench("Histogram1D", "mass");
     bench.set("expression", "x").set("bins", "2").set("low", "0").set("high", "2");
     bench.wire("table", tableOf({{"x", {-1, 0, 0.5, 1, 1.5, 2, nan}}}, 3)).run();
     const HistogramPtr histogram = bench.histogram("histogram");
@@ -33,7 +33,7 @@ TEST(Histogram1DKind, fillsBinsUnderflowAndOverflow) {
 }
 
 TEST(Histogram1DKind, weightsAreSummedWithTheirSquares) {
-    Bench bench("Histogram1D");
+    KindHarness bench("Histogram1D");
     bench.set("expression", "2*x").set("weight", "w").set("bins", "1").set("high", "10");
     bench.wire("table", tableOf({{"x", {1, 2, 3}}, {"w", {0.5, -2, nan}}}, 2)).run();
     const BinSums& bin = bench.histogram("histogram")->bin(0);
@@ -45,7 +45,7 @@ TEST(Histogram1DKind, weightsAreSummedWithTheirSquares) {
 }
 
 TEST(Histogram1DKind, edgesReplaceBinsLowAndHigh) {
-    Bench bench("Histogram1D");
+    KindHarness bench("Histogram1D");
     bench.set("expression", "x").set("edges", "0, 1 10\t100").set("low", "5").set("high", "4");
     bench.wire("table", tableOf({{"x", {0.5, 5, 50, 99}}}, 2)).run();
     const HistogramPtr histogram = bench.histogram("histogram");
@@ -71,7 +71,7 @@ TEST(Histogram1DKind, refusesMistakesInItsExpressions) {
 }
 
 TEST(Histogram1DKind, saysWhichInputIsWrong) {
-    Bench bench("Histogram1D");
+    KindHarness bench("Histogram1D");
     bench.wire("table", tableOf({{"x", {1}}}, 2));
     EXPECT_TRUE(bench.failure().starts_with("expression: ")) << bench.failure();
     bench.set("expression", "x").set("low", "3").set("high", "3");
@@ -83,7 +83,7 @@ TEST(Histogram1DKind, saysWhichInputIsWrong) {
 TEST(Histogram1DKind, theAxisShowsTheUnitOfTheColumn) {
     test::SmallTable table;
     table.schema = Schema({{.name = "pt", .type = ColumnType::Real, .isList = false, .unit = "GeV"}});
-    Bench bench("Histogram1D");
+    KindHarness bench("Histogram1D");
     bench.set("expression", "pt").wire("table", table).run();
     EXPECT_EQ(bench.histogram("histogram")->axis().title, "pt [GeV]");
     bench.set("expression", "2 * pt").run();
@@ -94,7 +94,7 @@ TEST(Histogram1DKind, theAxisShowsTheUnitOfTheColumn) {
 }
 
 TEST(Histogram1DKind, aTableWithoutRowsGivesAnEmptyHistogram) {
-    Bench bench("Histogram1D");
+    KindHarness bench("Histogram1D");
     bench.set("expression", "x").set("bins", "3").wire("table", tableOf({{"x", {}}}, 2)).run();
     EXPECT_EQ(heights(*bench.histogram("histogram")), (std::vector<double>{0, 0, 0, 0, 0}));
 }
@@ -112,7 +112,7 @@ test::SmallTable listTable() {
 }
 
 TEST(Histogram1DKind, aListGivesAllItsValuesWithTheWeightOfTheirRow) {
-    Bench bench("Histogram1D");
+    KindHarness bench("Histogram1D");
     bench.set("expression", "hits").set("weight", "w").set("bins", "2").set("high", "2");
     bench.wire("table", listTable()).run();
     EXPECT_EQ(heights(*bench.histogram("histogram")), (std::vector<double>{0, 2, 6, 0}));
@@ -120,7 +120,7 @@ TEST(Histogram1DKind, aListGivesAllItsValuesWithTheWeightOfTheirRow) {
 }
 
 TEST(StatisticsKind, givesTheMomentsOfATable) {
-    Bench bench("Statistics");
+    KindHarness bench("Statistics");
     bench.set("expression", "x").set("weight", "w");
     bench.wire("data", tableOf({{"x", {1, 2, 4, nan}}, {"w", {1, 1, 2, 1}}}, 2)).run();
     EXPECT_EQ(bench.number("entries"), 3);
@@ -137,7 +137,7 @@ TEST(StatisticsKind, givesTheExactMomentsOfAHistogram) {
     auto histogram = std::make_shared<Histogram1D>(Axis(1, 0, 10));
     for (const double x : {1.0, 2.0, 4.0, 99.0, nan})
         histogram->fill(x, 0.5);
-    Bench bench("Statistics");
+    KindHarness bench("Statistics");
     bench.wire("data", DataObjectPtr(histogram)).run();
     EXPECT_EQ(bench.number("entries"), 3);
     EXPECT_EQ(bench.number("weights"), 1.5);
@@ -149,7 +149,7 @@ TEST(StatisticsKind, givesTheExactMomentsOfAHistogram) {
 }
 
 TEST(StatisticsKind, nothingHasNoMean) {
-    Bench bench("Statistics");
+    KindHarness bench("Statistics");
     bench.set("expression", "x").wire("data", tableOf({{"x", {}}}, 2)).run();
     EXPECT_EQ(bench.number("entries"), 0);
     EXPECT_TRUE(std::isnan(bench.number("mean")));
@@ -157,7 +157,7 @@ TEST(StatisticsKind, nothingHasNoMean) {
 }
 
 TEST(StatisticsKind, saysThatNothingIsWired) {
-    Bench bench("Statistics");
+    KindHarness bench("Statistics");
     EXPECT_TRUE(bench.failure().starts_with("data: ")) << bench.failure();
 }
 

@@ -7,28 +7,28 @@
 
 namespace {
 
-using velmorak::test::Bench;
+using velmorak::test::KindHarness;
 
 TEST(Number, givesWhatWasWritten) {
-    Bench bench("Number");
+    KindHarness bench("Number");
     bench.set("value", "-12.75").run();
     EXPECT_EQ(bench.number("number"), -12.75);
 }
 
 TEST(Number, beginsWithZero) {
-    Bench bench("Number");
+    KindHarness bench("Number");
     bench.run();
     EXPECT_EQ(bench.number("number"), 0.0);
 }
 
 TEST(Adder, addsWhatIsWrittenAndWhatIsWired) {
-    Bench bench("Adder");
+    KindHarness bench("Adder");
     bench.set("a", "1.5").wire("b", 2.25).run();
     EXPECT_EQ(bench.number("sum"), 3.75);
 }
 
 TEST(Multiplier, multipliesAndBeginsWithOne) {
-    Bench bench("Multiplier");
+    KindHarness bench("Multiplier");
     bench.run();
     EXPECT_EQ(bench.number("product"), 1.0);
     bench.wire("a", 0.5).set("b", "-3").run();
@@ -36,25 +36,25 @@ TEST(Multiplier, multipliesAndBeginsWithOne) {
 }
 
 TEST(Adder, nanStaysNan) {
-    Bench bench("Adder");
+    KindHarness bench("Adder");
     bench.wire("a", std::nan("")).run();
     EXPECT_TRUE(std::isnan(bench.number("sum")));
 }
 
 TEST(Text, givesWhatWasWritten) {
-    Bench bench("Text");
+    KindHarness bench("Text");
     bench.set("value", " two\nlines \"é\"").run();
     EXPECT_EQ(bench.text("text"), " two\nlines \"é\"");
 }
 
 TEST(Subtractor, takesTheSecondFromTheFirst) {
-    Bench bench("Subtractor");
+    KindHarness bench("Subtractor");
     bench.wire("a", 1.5).set("b", "4").run();
     EXPECT_EQ(bench.number("difference"), -2.5);
 }
 
 TEST(Divider, dividesTheFirstByTheSecond) {
-    Bench bench("Divider");
+    KindHarness bench("Divider");
     bench.run();
     EXPECT_EQ(bench.number("quotient"), 1.0);
     bench.wire("a", 1.0).set("b", "4").run();
@@ -66,7 +66,7 @@ TEST(Divider, dividesTheFirstByTheSecond) {
 }
 
 TEST(Function, hasAnInputForEachName) {
-    Bench bench("Function");
+    KindHarness bench("Function");
     bench.set("expression", "passed / all * (1 - passed / all)");
     ASSERT_EQ(bench.ports().inputs.size(), 3U);
     EXPECT_EQ(bench.ports().inputs[1].name, "passed");
@@ -76,7 +76,7 @@ TEST(Function, hasAnInputForEachName) {
 }
 
 TEST(Function, givesANumberForWholesAndTruths) {
-    Bench bench("Function");
+    KindHarness bench("Function");
     bench.set("expression", "7 % 4").run();
     EXPECT_EQ(bench.number("value"), 3.0);
     bench.set("expression", "pi > 3").run();
@@ -86,7 +86,7 @@ TEST(Function, givesANumberForWholesAndTruths) {
 }
 
 TEST(Function, saysWhatIsMissingOrNoNumber) {
-    Bench bench("Function");
+    KindHarness bench("Function");
     EXPECT_TRUE(bench.failure().starts_with("expression: ")) << bench.failure();
     EXPECT_EQ(bench.set("expression", "1 + a").failure(),
               "expression: there is no number \"a\" at an input of that name\n  1 + a\n      ^");

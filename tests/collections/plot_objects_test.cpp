@@ -14,7 +14,7 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 using test::textIn;
 
 namespace fs = std::filesystem;
@@ -70,7 +70,7 @@ DataObjectPtr profile() {
 }
 
 /// The numbers of one block of the data file, without the line that keeps it from being empty.
-std::vector<std::vector<double>> block(const Bench& bench, std::size_t index) {
+std::vector<std::vector<double>> block(const KindHarness& bench, std::size_t index) {
     std::istringstream lines(textIn(bench.folder() / "bench.dat"));
     std::vector<std::vector<double>> rows;
     std::size_t at = 0;
@@ -88,7 +88,7 @@ std::vector<std::vector<double>> block(const Bench& bench, std::size_t index) {
     return rows;
 }
 
-std::string script(const Bench& bench) {
+std::string script(const KindHarness& bench) {
     return textIn(bench.folder() / "bench.gp");
 }
 
@@ -99,7 +99,7 @@ bool hasText(const std::string& text, const std::string& part) {
 using Rows = std::vector<std::vector<double>>;
 
 TEST(PlotObjects, pointsKeepTheirAsymmetricErrors) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.wire("object", efficiency()).run();
     EXPECT_EQ(block(bench, 0), (Rows{{10, 0.25, 5, 15, 0.1875, 0.375}, {20, 0.5, 18, 25, 0.375, 0.75}}));
     EXPECT_TRUE(hasText(script(bench), "'momentum [GeV]'"));
@@ -107,14 +107,14 @@ TEST(PlotObjects, pointsKeepTheirAsymmetricErrors) {
 }
 
 TEST(PlotObjects, pointsOfOneDimensionStandSideBySide) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     const std::vector<Measurement> all = {{4, 1, 2}, {6, 0, 0}};
     bench.wire("object", DataObjectPtr(std::make_shared<Points>(1, all))).run();
     EXPECT_EQ(block(bench, 0), (Rows{{1, 4, 1, 1, 2, 5}, {2, 6, 2, 2, 6, 6}}));
 }
 
 TEST(PlotObjects, aProfileShowsTheMeanOfEachBinThatHasEntries) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.wire("object", profile()).run();
     const Rows rows = block(bench, 0);
     ASSERT_EQ(rows.size(), 2U);
@@ -127,7 +127,7 @@ TEST(PlotObjects, aProfileShowsTheMeanOfEachBinThatHasEntries) {
 }
 
 TEST(PlotObjects, aCurveHasTheValuesOfItsFunctionWhereItHolds) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.set("objects", "2").wire("object", counts({2, 3, 4, 5})).wire("object2", DataObjectPtr(line())).run();
     const Rows curve = block(bench, 2);
     ASSERT_EQ(curve.size(), 601U);
@@ -139,7 +139,7 @@ TEST(PlotObjects, aCurveHasTheValuesOfItsFunctionWhereItHolds) {
 }
 
 TEST(PlotObjects, dataUnderACurveArePointsUnlessStepsAreAskedFor) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.wire("object", counts({2, 3})).run();
     EXPECT_TRUE(hasText(script(bench), "with filledcurves"));
     EXPECT_FALSE(hasText(script(bench), "with xyerrorbars"));
@@ -152,14 +152,14 @@ TEST(PlotObjects, dataUnderACurveArePointsUnlessStepsAreAskedFor) {
 }
 
 TEST(PlotObjects, aFunctionAloneIsDrawnOverItsRange) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.wire("object", DataObjectPtr(line())).run();
     EXPECT_TRUE(hasText(script(bench), "set xrange [1:3]"));
     EXPECT_EQ(block(bench, 0).size(), 601U);
 }
 
 TEST(PlotObjects, binsOfTwoQuantitiesAreColoursAndEmptyOnesWhite) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.wire("object", DataObjectPtr(grid())).run();
     EXPECT_EQ(block(bench, 0), (Rows{{0, 1, 0, 2, 2}, {1, 2, 2, 4, 1}}));
     for (const std::string part : {"'x [cm]'", "'y [cm]'", "'Entries / bin'", "#440154", "#FDE725", "3 entries"})
@@ -170,7 +170,7 @@ TEST(PlotObjects, binsOfTwoQuantitiesAreColoursAndEmptyOnesWhite) {
 }
 
 TEST(PlotObjects, oneQuantityAndTwoAreNotDrawnTogether) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.set("objects", "2").wire("object", counts({1})).wire("object2", DataObjectPtr(grid()));
     EXPECT_TRUE(bench.failure().starts_with("object2: ")) << bench.failure();
     EXPECT_TRUE(hasText(bench.failure(), "one frame")) << bench.failure();
@@ -180,7 +180,7 @@ TEST(PlotObjects, oneQuantityAndTwoAreNotDrawnTogether) {
 }
 
 TEST(PlotObjects, refusesWhatCannotBeDrawnByName) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     EXPECT_TRUE(bench.failure().starts_with("object: ")) << bench.failure();
     bench.wire("object", 3.0);
     EXPECT_TRUE(hasText(bench.failure(), "number or text")) << bench.failure();
@@ -201,7 +201,7 @@ TEST(PlotObjects, theBoxShowsWhatAFitHasFound) {
                             {.key = "ndf", .value = "4"},
                             {.key = "p_value", .value = "0.25"},
                             {.key = "a_error", .value = "0.123"}};
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.set("objects", "2").wire("object", counts({2, 3, 4})).wire("object2", DataObjectPtr(function)).run();
     for (const std::string part : {"'χ²/ndf'", "'3.5 / 4'", "'0.25'", "'2.00 ± 0.12'", "'0.5'", "'Entries'"})
         EXPECT_TRUE(hasText(script(bench), part)) << part;
@@ -213,14 +213,14 @@ TEST(PlotObjects, theBoxCountsWhatLiesOutside) {
     auto histogram = std::make_shared<Histogram1D>(Axis(2, 0, 2));
     for (const double x : {-1.0, 0.5, 5.0, 6.0, noNumber})
         histogram->fill(x);
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.wire("object", DataObjectPtr(histogram)).run();
     for (const std::string part : {"'Underflow'", "'Overflow'", "'NaN'", "set label '2' "})
         EXPECT_TRUE(hasText(script(bench), part)) << part;
 }
 
 TEST(PlotObjects, theLegendHasTheNamesThatTheUserGives) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.set("objects", "2").set("labels", "; second one").set("legend", "bottom left");
     bench.wire("object", counts({1, 2}, "first one")).wire("object2", counts({2, 1}, "hidden")).run();
     EXPECT_TRUE(hasText(script(bench), "title 'first one'"));
@@ -234,7 +234,7 @@ TEST(PlotObjects, theLegendHasTheNamesThatTheUserGives) {
 }
 
 TEST(PlotObjects, theUserChoosesRangesAndFormats) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.set("xrange", "1 3")
         .set("yrange", "*, 40")
         .set("formats", "pdf, png")
@@ -260,7 +260,7 @@ TEST(PlotObjects, theUserChoosesRangesAndFormats) {
 
 TEST(PlotObjects, saysWhatIsNotDrawn) {
     const auto warningOf = [](const std::vector<double>& heights, const std::string& log) {
-        Bench bench("Plot");
+        KindHarness bench("Plot");
         bench.expectWarnings().set("logy", log).wire("object", counts(heights)).run();
         EXPECT_TRUE(fs::exists(bench.folder() / "bench.png"));
         return bench.warnings().empty() ? std::string() : bench.warnings().front();
@@ -272,7 +272,7 @@ TEST(PlotObjects, saysWhatIsNotDrawn) {
     EXPECT_TRUE(hasText(warningOf({1, infinite}, "no"), "object: 1 bins"));
     auto weighted = grid();
     weighted->fill({0.5, 3.0}, -infinite);
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.expectWarnings().wire("object", DataObjectPtr(weighted)).run();
     ASSERT_EQ(bench.warnings().size(), 1U);
     EXPECT_EQ(block(bench, 0).size(), 2U);
@@ -293,7 +293,7 @@ TEST(PlotObjects, drawsTheStrangestObjectsStill) {
     };
     for (const DataObjectPtr& object : objects)
         for (const std::string log : {"no", "yes"}) {
-            Bench bench("Plot");
+            KindHarness bench("Plot");
             bench.expectWarnings().set("logy", log).set("logz", log).wire("object", object).run();
             EXPECT_TRUE(textIn(bench.folder() / "bench.svg").ends_with("</svg>\n\n"));
         }
@@ -317,7 +317,7 @@ TEST(PlotObjects, noTextOfAnObjectBecomesACommand) {
         function->annotation = {{.key = text + "_error", .value = "1"}, {.key = "chi2", .value = text}};
         auto colours = grid();
         colours->setAxisTitle(0, text);
-        Bench bench("Plot");
+        KindHarness bench("Plot");
         bench.set("objects", "2").set("formats", "png svg pdf").set("labels", text + ";").set("zlabel", text);
         bench.wire("object", counts({1, 2}, text)).wire("object2", DataObjectPtr(function)).run();
         bench.set("objects", "1").wire("object", DataObjectPtr(colours)).run();
@@ -329,7 +329,7 @@ TEST(PlotObjects, noTextOfAnObjectBecomesACommand) {
 TEST(PlotObjects, theScriptOfEveryObjectGivesTheSamePictureByHand) {
     for (const DataObjectPtr& object :
          {efficiency(), profile(), DataObjectPtr(grid()), DataObjectPtr(line()), counts({1, 5, 2})}) {
-        Bench bench("Plot");
+        KindHarness bench("Plot");
         bench.wire("object", object).run();
         const fs::path hand = bench.folder() / "hand";
         fs::create_directory(hand);
@@ -342,7 +342,7 @@ TEST(PlotObjects, theScriptOfEveryObjectGivesTheSamePictureByHand) {
 }
 
 TEST(PlotObjects, theFrameLeavesTheBoxFree) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.wire("object", counts({1, 1, 1, 1, 100})).run();
     // The box stands at the right, where the highest bin is: 100 with an error of 100.
     const std::string text = script(bench);

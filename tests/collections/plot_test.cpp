@@ -10,7 +10,7 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 using test::textIn;
 
 namespace fs = std::filesystem;
@@ -56,7 +56,7 @@ unsigned bigEndian(const std::string& bytes, std::size_t at) {
     return number;
 }
 
-void expectPictures(const Bench& bench, const std::string& name) {
+void expectPictures(const KindHarness& bench, const std::string& name) {
     const std::string png = textIn(bench.folder() / (name + ".png"));
     EXPECT_TRUE(png.starts_with("\x89PNG\r\n\x1a\n"));
     EXPECT_EQ(bigEndian(png, 16), 1600U);
@@ -68,7 +68,7 @@ void expectPictures(const Bench& bench, const std::string& name) {
 }
 
 TEST(PlotKind, writesPicturesScriptAndData) {
-    Bench bench("Plot", "Mass plot");
+    KindHarness bench("Plot", "Mass plot");
     bench.wire("object", peak(91.2, "Dimuon mass")).run();
     EXPECT_EQ(filesIn(bench.folder()),
               (std::vector<std::string>{"Mass plot.dat", "Mass plot.gp", "Mass plot.png", "Mass plot.svg"}));
@@ -76,7 +76,7 @@ TEST(PlotKind, writesPicturesScriptAndData) {
 }
 
 TEST(PlotKind, titlesComeFromTheHistogramWhereNoneAreGiven) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.wire("object", peak(91.2, "Dimuon mass")).run();
     const std::string text = textOfXml(textIn(bench.folder() / "bench.svg"));
     for (const std::string expected : {"Dimuon mass", "m(μ⁺μ⁻) [GeV]", "Entries / GeV", "Mean", "RMS"})
@@ -89,7 +89,7 @@ TEST(PlotKind, titlesComeFromTheHistogramWhereNoneAreGiven) {
 }
 
 TEST(PlotKind, theScriptGivesTheSamePictureByHand) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.set("file", "by hand's").wire("object", peak(91.2, "Dimuon mass")).run();
     const fs::path hand = bench.folder() / "hand";
     fs::create_directory(hand);
@@ -101,9 +101,9 @@ TEST(PlotKind, theScriptGivesTheSamePictureByHand) {
 }
 
 TEST(PlotKind, theSameHistogramGivesTheSameBytes) {
-    Bench first("Plot");
-    Bench second("Plot");
-    for (Bench* bench : {&first, &second})
+    KindHarness first("Plot");
+    KindHarness second("Plot");
+    for (KindHarness* bench : {&first, &second})
         bench->wire("object", peak(91.2, "Dimuon mass")).run();
     for (const std::string& file : filesIn(first.folder()))
         EXPECT_EQ(textIn(first.folder() / file), textIn(second.folder() / file)) << file;
@@ -139,7 +139,7 @@ TEST(PlotKind, noTextBecomesACommand) {
         "\x7f\x1b[31m",
     };
     for (const std::string& text : nasty) {
-        Bench bench("Plot");
+        KindHarness bench("Plot");
         bench.set("title", text).set("xlabel", text).set("ylabel", text).set("legend", "yes");
         bench.wire("object", peak(91.2, text)).run();
         expectPictures(bench, "bench");
@@ -149,7 +149,7 @@ TEST(PlotKind, noTextBecomesACommand) {
 }
 
 TEST(PlotKind, textsAreShownLetterForLetter) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     const std::string text = "it's `x` \"y\" <z> & {a}_b^c \\n %s @data it's @data";
     bench.set("title", text).wire("object", peak(91.2, "t")).run();
     EXPECT_NE(textOfXml(textIn(bench.folder() / "bench.svg")).find(text), std::string::npos);
@@ -159,7 +159,7 @@ TEST(PlotKind, noFileNameBecomesACommand) {
     const fs::path mark = fs::temp_directory_path() / "velmorak-plot-name-was-here";
     const std::vector<std::string> names = {"-e x", "<ls", "|cat", "a'b", "`c`", "$d", "'-'", "e.dat", "~f", "e\\"};
     for (const std::string& name : names) {
-        Bench bench("Plot");
+        KindHarness bench("Plot");
         bench.set("file", name).wire("object", peak(91.2, "t")).run();
         expectPictures(bench, name);
     }
@@ -168,13 +168,13 @@ TEST(PlotKind, noFileNameBecomesACommand) {
 }
 
 TEST(PlotKind, anEndingInTheFileNameIsNotDoubled) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.set("file", "mass.png").wire("object", peak(91.2, "t")).run();
     expectPictures(bench, "mass");
 }
 
 TEST(PlotKind, severalHistogramsHaveInputsOfTheirOwn) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.set("objects", "3").set("legend", "yes");
     const Ports ports = bench.ports();
     EXPECT_EQ(ports.inputs.front().name, "object");
@@ -202,7 +202,7 @@ TEST(PlotKind, portsThatStayKeepTheirPlace) {
 
 TEST(PlotKind, drawsWhatIsEmptyNegativeOrNotANumber) {
     auto odd = std::make_shared<Histogram1D>(Axis(std::vector<double>{-5, 0, 1, 10, 1000}));
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.wire("object", DataObjectPtr(odd)).run();
     expectPictures(bench, "bench");
     auto weighted = std::make_shared<Histogram1D>(Axis(std::vector<double>{-5, 0, 1, 10, 1000}));
@@ -221,7 +221,7 @@ TEST(PlotKind, drawsTheLargestAndSmallestNumbers) {
     extreme->fill(1e-150, 1e-320);
     extreme->fill(0.5, 1e150);
     extreme->fill(10, 1e150);
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     for (const std::string log : {"no", "yes"}) {
         bench.set("logx", log).set("logy", log).wire("object", DataObjectPtr(extreme)).run();
         expectPictures(bench, "bench");
@@ -229,7 +229,7 @@ TEST(PlotKind, drawsTheLargestAndSmallestNumbers) {
 }
 
 TEST(PlotKind, aLogarithmicAxisNeedsSomethingAboveZero) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.set("logx", "yes").wire("object", DataObjectPtr(std::make_shared<Histogram1D>(Axis(4, -2, 0))));
     EXPECT_TRUE(bench.failure().starts_with("logx: ")) << bench.failure();
 }
@@ -244,7 +244,7 @@ private:
 };
 
 TEST(PlotKind, saysWhichPackageIsMissing) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     const OtherPath path(bench.folder().string());
     bench.wire("object", peak(91.2, "t"));
     EXPECT_NE(bench.failure().find("gnuplot-nox"), std::string::npos) << bench.failure();
@@ -252,7 +252,7 @@ TEST(PlotKind, saysWhichPackageIsMissing) {
 }
 
 TEST(PlotKind, endsWhenTheRunIsStopped) {
-    Bench bench("Plot");
+    KindHarness bench("Plot");
     bench.wire("object", peak(91.2, "t")).stop();
     EXPECT_THROW(bench.run(), Stopped);
     EXPECT_TRUE(filesIn(bench.folder()).empty());

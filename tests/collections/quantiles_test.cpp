@@ -14,7 +14,7 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 using test::tableOf;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
@@ -94,7 +94,7 @@ TEST(Quantiles, ofFewNumbersAreExact) {
     EXPECT_EQ(median({5, 1, 3}), 3);
     EXPECT_EQ(median({4, 1, 3, 2}), 2.5);
     EXPECT_EQ(median({7}), 7);
-    const std::vector<Portion> ten = quantilesOf({10, 9, 8, 7, 6, 5, 4, 3, 2, 1}).ascending();
+    const std::vector<WeightedInterval> ten = quantilesOf({10, 9, 8, 7, 6, 5, 4, 3, 2, 1}).ascending();
     EXPECT_EQ(quantileOf(ten, 0.16), 2);
     EXPECT_EQ(quantileOf(ten, 0.84), 9);
     EXPECT_EQ(quantileOf(ten, 0.1), 1.5);
@@ -127,8 +127,8 @@ TEST(Quantiles, leaveNanOutAndPutInfinityOutside) {
 
 TEST(Quantiles, ofManyNumbersAreThoseOfTheSortedOnesToACell) {
     std::vector<double> x = manyNumbers();
-    const std::vector<Portion> portions = quantilesOf(x).ascending();
-    EXPECT_LE(portions.size(), Quantiles::mostCells + 2);
+    const std::vector<WeightedInterval> portions = quantilesOf(x).ascending();
+    EXPECT_LE(portions.size(), Quantiles::maxCells + 2);
     std::sort(x.begin(), x.end());
     const double cell = (x.back() - x.front()) / 900;
     for (const double share : {0.001, 0.158, 0.5, 0.842, 0.999})
@@ -137,10 +137,10 @@ TEST(Quantiles, ofManyNumbersAreThoseOfTheSortedOnesToACell) {
 
 TEST(Quantiles, haveTheSameBitsHoweverTheStreamIsCutAndJoined) {
     const std::vector<double> x = manyNumbers();
-    const std::vector<Portion> whole = quantilesOf(x).ascending();
+    const std::vector<WeightedInterval> whole = quantilesOf(x).ascending();
     for (const std::size_t length : {999U, 10000U, 10001U, 32768U})
         for (const bool backwards : {false, true}) {
-            const std::vector<Portion> parts = joined<Quantiles>(x, length, backwards).ascending();
+            const std::vector<WeightedInterval> parts = joined<Quantiles>(x, length, backwards).ascending();
             for (const double share : {0.01, 0.16, 0.5, 0.84, 0.99})
                 EXPECT_EQ(quantileOf(parts, share), quantileOf(whole, share)) << length;
         }
@@ -166,7 +166,7 @@ TEST(Quantiles, beyondTheLargestCellsStayOutside) {
 
 TEST(StatisticsKind, givesSkewnessAndQuantilesOfATable) {
     for (const std::size_t length : {1U, 3U, 8U}) {
-        Bench bench("Statistics");
+        KindHarness bench("Statistics");
         bench.set("expression", "x").wire("data", tableOf({{"x", {2, 8, 0, 4, 1, 9, 9, 0, nan}}}, length)).run();
         EXPECT_NEAR(bench.number("skewness"), 0.26505541226985731, 1e-14);
         EXPECT_EQ(bench.number("median"), 3);
@@ -179,7 +179,7 @@ TEST(StatisticsKind, givesSkewnessAndQuantilesOfAHistogram) {
     auto histogram = std::make_shared<Histogram1D>(Axis(10, 0, 10));
     for (const double x : {2.0, 8.0, 0.0, 4.0, 1.0, 9.0, 9.0, 0.0, 10.0, -1.0, nan})
         histogram->fill(x);
-    Bench bench("Statistics");
+    KindHarness bench("Statistics");
     bench.wire("data", DataObjectPtr(histogram)).run();
     EXPECT_NEAR(bench.number("skewness"), 0.26505541226985731, 1e-14);
     EXPECT_EQ(bench.number("median"), 3.5);
@@ -191,15 +191,15 @@ TEST(StatisticsKind, theSkewnessOfAHistogramKnowsTheSpreadInItsBins) {
     const std::vector<double> x = {0.25, 1, 1.75, 2.5, 3.5, 5};
     auto histogram = std::make_shared<Histogram1D>(Axis(3, 0, 6));
     histogram->fill(x.data(), nullptr, x.size());
-    Bench bench("Statistics");
+    KindHarness bench("Statistics");
     bench.wire("data", DataObjectPtr(histogram)).run();
     EXPECT_NEAR(bench.number("skewness"), momentsOf(x).skewness(), 1e-14);
 }
 
 TEST(StatisticsKind, nothingHasNoQuantiles) {
-    Bench ofTable("Statistics");
+    KindHarness ofTable("Statistics");
     ofTable.set("expression", "x").wire("data", tableOf({{"x", {}}}, 2)).run();
-    Bench ofHistogram("Statistics");
+    KindHarness ofHistogram("Statistics");
     ofHistogram.wire("data", DataObjectPtr(std::make_shared<Histogram1D>(Axis(2, 0, 1)))).run();
     for (const std::string output : {"skewness", "median", "lower", "upper"}) {
         EXPECT_TRUE(std::isnan(ofTable.number(output))) << output;

@@ -13,7 +13,7 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 using test::textIn;
 
 namespace fs = std::filesystem;
@@ -111,12 +111,12 @@ RunRecord record() {
     return made;
 }
 
-std::string written(const Bench& bench) {
+std::string written(const KindHarness& bench) {
     return textIn(bench.folder() / "bench.html");
 }
 
 TEST(ReportKind, isOnePageThatRefersToNothingOutside) {
-    Bench bench("Report");
+    KindHarness bench("Report");
     bench.remember(record()).set("objects", "2").wire("object", peak("Mass")).wire("object2", fitted()).run();
     const std::string html = written(bench);
     EXPECT_TRUE(html.starts_with("<!DOCTYPE html>\n<html lang=\"en\">"));
@@ -135,7 +135,7 @@ TEST(ReportKind, isOnePageThatRefersToNothingOutside) {
 }
 
 TEST(ReportKind, everyIdIsThereOnce) {
-    Bench bench("Report");
+    KindHarness bench("Report");
     bench.remember(record()).set("objects", "3");
     bench.wire("object", peak("One")).wire("object2", peak("Two")).wire("object3", peak("Three")).run();
     const Page page = pageOf(written(bench));
@@ -146,7 +146,7 @@ TEST(ReportKind, everyIdIsThereOnce) {
 }
 
 TEST(ReportKind, saysWhereEverythingCameFrom) {
-    Bench bench("Report");
+    KindHarness bench("Report");
     bench.remember(record()).run();
     const std::string text = pageOf(written(bench)).text;
     const std::vector<std::string> parts = {"analysis.zedra",
@@ -167,7 +167,7 @@ TEST(ReportKind, saysWhereEverythingCameFrom) {
 TEST(ReportKind, namesWhatFailedAndWhatIsMissing) {
     RunRecord given = record();
     given.plugins[2].inputs[0] = {.name = "object", .value = "", .plugin = "Lost", .output = "rows"};
-    Bench bench("Report");
+    KindHarness bench("Report");
     bench.remember(given).wire("object", std::monostate()).run();
     const std::string text = pageOf(written(bench)).text;
     for (const std::string part :
@@ -180,7 +180,7 @@ TEST(ReportKind, namesWhatFailedAndWhatIsMissing) {
 }
 
 TEST(ReportKind, showsNumbersTextsAndFits) {
-    Bench bench("Report");
+    KindHarness bench("Report");
     bench.remember(record()).set("objects", "4").set("comment", "A first look.").set("title", "Heading");
     bench.wire("object", 0.1).wire("object2", std::string("cut\trows\nall\t10\ntight\t4\n"));
     bench.wire("object3", fitted()).wire("object4", std::string("plain words")).run();
@@ -194,7 +194,7 @@ TEST(ReportKind, showsNumbersTextsAndFits) {
 }
 
 TEST(ReportKind, aFunctionLiesOverTheObjectBeforeIt) {
-    Bench bench("Report");
+    KindHarness bench("Report");
     bench.remember(record()).set("objects", "2").wire("object", peak("Mass")).wire("object2", fitted()).run();
     EXPECT_EQ(pageOf(written(bench)).tags.count("figure"), 2U);
     bench.wire("object", fitted()).wire("object2", peak("Mass")).run();
@@ -220,7 +220,7 @@ TEST(ReportKind, noTextIsTakenAsMarkup) {
         }
         given.plugins[0].name = text;
         given.plugins[2].inputs[0].plugin = text;
-        Bench bench("Report");
+        KindHarness bench("Report");
         bench.remember(given).set("objects", "3").set("title", text).set("comment", text);
         bench.wire("object", peak(text))
             .wire("object2", text + "\n" + text)
@@ -236,7 +236,7 @@ TEST(ReportKind, noTextIsTakenAsMarkup) {
 }
 
 TEST(ReportKind, whatCannotBeDrawnIsSaid) {
-    Bench bench("Report");
+    KindHarness bench("Report");
     const Grid<3> cube({Axis(1, 0, 1), Axis(1, 0, 1), Axis(1, 0, 1)});
     bench.expectWarnings().remember(record()).wire("object", DataObjectPtr(std::make_shared<Histogram3D>(cube))).run();
     EXPECT_NE(pageOf(written(bench)).text.find("It could not be drawn: "), std::string::npos);
@@ -244,18 +244,18 @@ TEST(ReportKind, whatCannotBeDrawnIsSaid) {
 }
 
 TEST(ReportKind, theSameRunGivesTheSameBytes) {
-    Bench first("Report");
-    Bench second("Report");
-    for (Bench* bench : {&first, &second})
+    KindHarness first("Report");
+    KindHarness second("Report");
+    for (KindHarness* bench : {&first, &second})
         bench->remember(record()).wire("object", peak("Mass")).run();
     EXPECT_EQ(written(first), written(second));
 }
 
 TEST(ReportKind, needsNothingWired) {
-    Bench bench("Report", "empty");
+    KindHarness bench("Report", "empty");
     bench.set("file", "page.html").run();
     pageOf(textIn(bench.folder() / "page.html"));
-    EXPECT_TRUE(bench.kind().tellsOfRun());
+    EXPECT_TRUE(bench.kind().isRunReporter());
     EXPECT_TRUE(bench.kind().ports({}).outputs.empty());
 }
 

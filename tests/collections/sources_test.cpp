@@ -12,7 +12,7 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 
 using Reals = std::vector<double>;
 
@@ -38,13 +38,13 @@ protected:
         return text.substr(text.find("data.csv"));
     }
 
-    Bench bench{"CsvTable"};
+    KindHarness bench{"CsvTable"};
 };
 
 /// A run that is to end after it was asked some times whether it is.
-class StoppingBench : public Bench {
+class StoppingBench : public KindHarness {
 public:
-    StoppingBench(const std::string& kind, int most) : Bench(kind), left(most) {}
+    StoppingBench(const std::string& kind, int most) : KindHarness(kind), left(most) {}
     bool isStopping() const override { return left-- <= 0; }
 
 private:
@@ -347,7 +347,7 @@ TEST(Philox, givesTheNumbersOfItsPaper) {
 
 Reals randomNumbers(const std::string& distribution, const std::string& seed = "1",
                     const std::string& rows = "200000") {
-    Bench bench("RandomTable");
+    KindHarness bench("RandomTable");
     bench.set("columns", "x: " + distribution).set("rows", rows).set("seed", seed).run();
     return bench.table().column("x");
 }
@@ -432,7 +432,7 @@ TEST(RandomTable, theSeedDecides) {
 }
 
 TEST(RandomTable, columnsDoNotDependOnEachOther) {
-    Bench bench("RandomTable");
+    KindHarness bench("RandomTable");
     bench.set("columns", "x: uniform(0, 1)\ny: uniform(0, 1); n: poisson(3)").set("rows", "40000").run();
     EXPECT_EQ(bench.table().schema[2].type, ColumnType::Integer);
     const Reals x = bench.table().column("x");
@@ -452,12 +452,12 @@ TEST(RandomTable, mistakesAreRefused) {
                              "x: poisson(1e30)", "x: gauss(0, 1e308)", "x: exponential(1e307)",
                              "x: breitwigner(0, 1e300)", "x: uniform(0, 1); x: uniform(0, 1)", "x: uniform(a, b)"})
         EXPECT_NE(random.refusal("columns", text), "") << text;
-    Bench bench("RandomTable");
+    KindHarness bench("RandomTable");
     EXPECT_EQ(bench.set("columns", " ; ").failure(), "columns: there is no column to make");
 }
 
 TEST(RandomTable, stopsInTheMidst) {
-    Bench bench("RandomTable");
+    KindHarness bench("RandomTable");
     bench.set("rows", "1e12").stop();
     EXPECT_THROW(bench.run(), Stopped);
 }

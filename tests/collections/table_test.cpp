@@ -10,7 +10,7 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 using test::tableOf;
 using testing::Test;
 
@@ -26,7 +26,7 @@ std::vector<std::string> inputNames(const Ports& ports) {
 }
 
 TEST(Formula, appendsAColumnWithItsUnit) {
-    Bench bench("Formula");
+    KindHarness bench("Formula");
     bench.set("column", "pt").set("expression", "sqrt(px*px + py*py)").set("unit", "GeV");
     bench.wire("table", tableOf({{"px", {3, 0, 5}}, {"py", {4, 2, 12}}}, 2)).run();
     EXPECT_EQ(bench.table().column("pt"), (Reals{5, 2, 13}));
@@ -36,7 +36,7 @@ TEST(Formula, appendsAColumnWithItsUnit) {
 }
 
 TEST(Formula, aColumnOfThatNameIsReplacedInItsPlace) {
-    Bench bench("Formula");
+    KindHarness bench("Formula");
     bench.set("column", "e").set("expression", "e * 1000").set("unit", "MeV");
     bench.wire("table", tableOf({{"e", {1, 2}}, {"n", {7, 8}}}, 4)).run();
     ASSERT_EQ(bench.table().schema.size(), 2U);
@@ -45,21 +45,21 @@ TEST(Formula, aColumnOfThatNameIsReplacedInItsPlace) {
 }
 
 TEST(Formula, aTableWithoutRowsGetsTheColumnToo) {
-    Bench bench("Formula");
+    KindHarness bench("Formula");
     bench.set("column", "y").set("expression", "2*x").wire("table", tableOf({{"x", {}}}, 4)).run();
     EXPECT_TRUE(bench.table().schema.find("y").has_value());
     EXPECT_TRUE(bench.table().chunks.empty());
 }
 
 TEST(Formula, chunksKeepTheirNumberAndFirstRow) {
-    Bench bench("Formula");
+    KindHarness bench("Formula");
     bench.set("column", "y").set("expression", "x").wire("table", tableOf({{"x", {1, 2, 3}}}, 2)).run();
     EXPECT_EQ(bench.table().chunks.at(1).number, 1U);
     EXPECT_EQ(bench.table().chunks.at(1).firstRow, 2U);
 }
 
 TEST(Formula, hasANumberInputForEachBareName) {
-    Bench bench("Formula");
+    KindHarness bench("Formula");
     bench.set("column", "y").set("expression", "slope * x + offset + `x` + pi");
     EXPECT_EQ(inputNames(bench.ports()),
               (std::vector<std::string>{"table", "column", "expression", "unit", "slope", "x", "offset"}));
@@ -95,7 +95,7 @@ TEST(Formula, aMistakenExpressionGivesNoPortsButDoesNoHarm) {
 }
 
 TEST(Formula, aNameThatIsAColumnIsTheColumnAndANumberThereIsWarnedAbout) {
-    Bench bench("Formula");
+    KindHarness bench("Formula");
     bench.set("column", "y").set("expression", "x * x + cut").set("x", "7").set("cut", "1");
     bench.expectWarnings().wire("table", tableOf({{"x", {1, 2}}}, 1)).run();
     EXPECT_EQ(bench.table().column("y"), (Reals{2, 5}));
@@ -104,7 +104,7 @@ TEST(Formula, aNameThatIsAColumnIsTheColumnAndANumberThereIsWarnedAbout) {
 }
 
 TEST(Formula, aNameThatIsNeitherColumnNorNumberIsShown) {
-    Bench bench("Formula");
+    KindHarness bench("Formula");
     bench.set("column", "y").set("expression", "2 * energi").wire("table", tableOf({{"energy", {1}}}, 1));
     EXPECT_EQ(bench.failure(),
               "expression: there is no column \"energi\", and no number at an input of that name; did you mean "
@@ -112,7 +112,7 @@ TEST(Formula, aNameThatIsNeitherColumnNorNumberIsShown) {
 }
 
 TEST(Formula, theNameOfAnInputThatItHasAnywayIsAColumn) {
-    Bench bench("Formula");
+    KindHarness bench("Formula");
     bench.set("column", "y").set("expression", "unit + table");
     EXPECT_EQ(bench.ports().inputs.size(), 4U);
     bench.wire("table", tableOf({{"unit", {1}}, {"table", {2}}}, 1)).run();
@@ -124,7 +124,7 @@ TEST(Formula, theNameOfAnInputThatItHasAnywayIsAColumn) {
 }
 
 TEST(Formula, anExpressionThatCameByWireHasColumnsOnly) {
-    Bench bench("Formula");
+    KindHarness bench("Formula");
     bench.set("column", "y").set("expression", "a").set("a", "5").wire("expression", std::string("2 * x"));
     bench.wire("table", tableOf({{"x", {1}}}, 1)).run();
     EXPECT_EQ(bench.table().column("y"), (Reals{2}));
@@ -132,7 +132,7 @@ TEST(Formula, anExpressionThatCameByWireHasColumnsOnly) {
 }
 
 TEST(Formula, aNumberThatIsNanIsANumber) {
-    Bench bench("Formula");
+    KindHarness bench("Formula");
     bench.set("column", "y").set("expression", "isnan(cut) + x").wire("cut", nan);
     bench.wire("table", tableOf({{"x", {1}}}, 1)).run();
     EXPECT_EQ(bench.table().column("y"), (Reals{2}));
@@ -150,7 +150,7 @@ TEST(Formula, refusesMistakesWhenTheValueIsSet) {
 }
 
 TEST(Formula, saysWhatIsMissing) {
-    Bench bench("Formula");
+    KindHarness bench("Formula");
     bench.wire("table", tableOf({{"x", {1}}}, 2));
     EXPECT_TRUE(bench.failure().starts_with("expression: ")) << bench.failure();
     EXPECT_NE(bench.set("expression", "2 * nothing").failure().find("nothing"), std::string::npos);
@@ -158,7 +158,7 @@ TEST(Formula, saysWhatIsMissing) {
 }
 
 TEST(Filter, keepsTheRowsThatPass) {
-    Bench bench("Filter");
+    KindHarness bench("Filter");
     bench.set("condition", "x > 1 and x < 4");
     bench.wire("table", tableOf({{"x", {0, 1, 2, 3, 4}}, {"y", {5, 6, 7, 8, 9}}}, 3)).run();
     EXPECT_EQ(bench.table().column("x"), (Reals{2, 3}));
@@ -168,40 +168,40 @@ TEST(Filter, keepsTheRowsThatPass) {
 }
 
 TEST(Filter, aNumberIsTrueUnlessItIsZeroOrNan) {
-    Bench bench("Filter");
+    KindHarness bench("Filter");
     const double inf = std::numeric_limits<double>::infinity();
     bench.set("condition", "x").wire("table", tableOf({{"x", {0, -0.0, nan, -1, 1e-300, inf}}}, 8)).run();
     EXPECT_EQ(bench.table().column("x"), (Reals{-1, 1e-300, inf}));
 }
 
 TEST(Filter, aComparisonWithNanIsFalse) {
-    Bench bench("Filter");
+    KindHarness bench("Filter");
     bench.set("condition", "x >= 0").wire("table", tableOf({{"x", {nan, 1}}}, 8)).run();
     EXPECT_EQ(bench.table().column("x"), (Reals{1}));
 }
 
 TEST(Filter, beginsWithLettingEverythingPass) {
-    Bench bench("Filter");
+    KindHarness bench("Filter");
     bench.wire("table", tableOf({{"x", {1, nan, 0}}}, 2)).run();
     EXPECT_EQ(bench.table().column("x").size(), 3U);
 }
 
 TEST(Filter, mayLetNothingPass) {
-    Bench bench("Filter");
+    KindHarness bench("Filter");
     bench.set("condition", "x > 10").wire("table", tableOf({{"x", {1, 2, 3}}}, 2)).run();
     EXPECT_TRUE(bench.table().column("x").empty());
     EXPECT_EQ(bench.table().chunks.size(), 2U);
 }
 
 TEST(Filter, theCutCanComeByWire) {
-    Bench bench("Filter");
+    KindHarness bench("Filter");
     bench.set("condition", "x > cut").wire("cut", 1.5);
     bench.wire("table", tableOf({{"x", {1, 2, 3}}}, 2)).run();
     EXPECT_EQ(bench.table().column("x"), (Reals{2, 3}));
 }
 
 TEST(Filter, aDocumentFromTheTimeOfTheListOfParametersKeepsItAndItsNumbers) {
-    const Bench folder("Filter");
+    const KindHarness folder("Filter");
     const std::filesystem::path file = folder.folder() / "old.zedra";
     const std::string list = R"({"name": "parameters", "value": "cut"})";
     std::ofstream(file) << R"({"zedra": 1, "plugins": [{"name": "Old", "kind": "Filter", "inputs": [
@@ -218,7 +218,7 @@ TEST(Filter, aDocumentFromTheTimeOfTheListOfParametersKeepsItAndItsNumbers) {
 }
 
 TEST(Filter, aTextOrAnEmptyConditionIsAFailure) {
-    Bench bench("Filter");
+    KindHarness bench("Filter");
     bench.wire("table", tableOf({{"x", {1}}}, 2));
     EXPECT_TRUE(bench.set("condition", "\"yes\"").failure().starts_with("condition: ")) << bench.failure();
     EXPECT_TRUE(bench.set("condition", "").failure().starts_with("condition: "));
@@ -228,7 +228,7 @@ TEST(Filter, aTextOrAnEmptyConditionIsAFailure) {
 TEST(Filter, aListIsNoCondition) {
     test::SmallTable table;
     table.schema = Schema({{.name = "hits", .type = ColumnType::Real, .isList = true, .unit = ""}});
-    Bench bench("Filter");
+    KindHarness bench("Filter");
     bench.set("condition", "hits").wire("table", table);
     EXPECT_TRUE(bench.failure().starts_with("condition: ")) << bench.failure();
 }

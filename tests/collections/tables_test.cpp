@@ -7,7 +7,7 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 using test::SmallTable;
 using test::tableOf;
 
@@ -38,7 +38,7 @@ std::vector<std::string> columnNames(const SmallTable& table) {
 }
 
 TEST(Select, keepsColumnsInTheOrderOfTheList) {
-    Bench bench("Select");
+    KindHarness bench("Select");
     bench.set("columns", "z, `x y`").wire("table", tableOf({{"x y", {1, 2}}, {"y", {3, 4}}, {"z", {5, 6}}}, 2)).run();
     EXPECT_EQ(columnNames(bench.table()), (std::vector<std::string>{"z", "x y"}));
     EXPECT_EQ(bench.table().column("x y"), (Reals{1, 2}));
@@ -46,13 +46,13 @@ TEST(Select, keepsColumnsInTheOrderOfTheList) {
 }
 
 TEST(Select, dropsColumnsAndKeepsTheOthers) {
-    Bench bench("Select");
+    KindHarness bench("Select");
     bench.set("columns", "y").set("mode", "drop").wire("table", tableOf({{"x", {1}}, {"y", {3}}, {"z", {5}}}, 2)).run();
     EXPECT_EQ(columnNames(bench.table()), (std::vector<std::string>{"x", "z"}));
 }
 
 TEST(Select, saysWhichColumnIsNotThere) {
-    Bench bench("Select");
+    KindHarness bench("Select");
     bench.wire("table", tableOf({{"x", {1}}}, 2));
     EXPECT_EQ(bench.set("columns", "w").failure(), "columns: there is no column \"w\"");
     EXPECT_EQ(bench.set("columns", "x x").failure(), "columns: column \"x\" stands in the list twice");
@@ -61,31 +61,31 @@ TEST(Select, saysWhichColumnIsNotThere) {
 }
 
 TEST(Range, keepsRowsBetweenPositionsInAllChunks) {
-    Bench bench("Range");
+    KindHarness bench("Range");
     bench.set("first", "1").set("last", "4").wire("table", tableOf({{"x", {0, 1, 2, 3, 4, 5, 6}}}, 2)).run();
     EXPECT_EQ(bench.table().column("x"), (Reals{1, 2, 3, 4}));
 }
 
 TEST(Range, everyNthRowIsCountedFromTheFirst) {
-    Bench bench("Range");
+    KindHarness bench("Range");
     bench.set("first", "1").set("every", "3").wire("table", tableOf({{"x", {0, 1, 2, 3, 4, 5, 6, 7}}}, 3)).run();
     EXPECT_EQ(bench.table().column("x"), (Reals{1, 4, 7}));
 }
 
 TEST(Range, keepsAllRowsUnlessItIsToldOtherwise) {
-    Bench bench("Range");
+    KindHarness bench("Range");
     bench.wire("table", tableOf({{"x", {0, 1, 2}}}, 2)).run();
     EXPECT_EQ(bench.table().column("x"), (Reals{0, 1, 2}));
 }
 
 TEST(Range, aFirstBehindTheLastKeepsNothing) {
-    Bench bench("Range");
+    KindHarness bench("Range");
     bench.set("first", "2").set("last", "1").wire("table", tableOf({{"x", {0, 1, 2}}}, 2)).run();
     EXPECT_EQ(bench.table().column("x"), Reals{});
 }
 
 TEST(Concat, rowsFollowEachOther) {
-    Bench bench("Concat");
+    KindHarness bench("Concat");
     bench.wire("table", tableOf({{"x", {1, 2, 3}}, {"y", {4, 5, 6}}}, 2));
     bench.wire("table2", tableOf({{"y", {8}}, {"x", {7}}}, 2)).run();
     EXPECT_EQ(columnNames(bench.table()), (std::vector<std::string>{"x", "y"}));
@@ -94,7 +94,7 @@ TEST(Concat, rowsFollowEachOther) {
 }
 
 TEST(Concat, columnsThatAreNotInAllTablesAreSaidOrLeftOut) {
-    Bench bench("Concat");
+    KindHarness bench("Concat");
     bench.wire("table", tableOf({{"x", {1}}}, 2)).wire("table2", tableOf({{"x", {2}}, {"z", {3}}}, 2));
     EXPECT_EQ(bench.failure(), "table2: the first table has no column \"z\"");
     bench.set("columns", "common").run();
@@ -106,17 +106,17 @@ TEST(Concat, integersBecomeRealWhereAnotherTableHoldsReals) {
     SmallTable whole = tableOf({{"x", {}}}, 1);
     whole.schema = Schema({{"x", ColumnType::Integer, false, ""}});
     whole.chunks = {{.rows = 2, .columns = {std::make_shared<const Column>(Column{Column::Integers{5, 6}, {}})}}};
-    Bench bench("Concat");
+    KindHarness bench("Concat");
     bench.wire("table", whole).wire("table2", tableOf({{"x", {0.5}}}, 2)).run();
     EXPECT_EQ(bench.table().schema[0].type, ColumnType::Real);
     EXPECT_EQ(bench.table().chunks[0].columns[0]->reals(), (Reals{5, 6}));
 }
 
 TEST(Concat, otherTypesDoNotGoTogether) {
-    Bench bench("Concat");
+    KindHarness bench("Concat");
     bench.set("columns", "common").wire("table", tableOf({{"pt", {1}}}, 2)).wire("table2", withLists());
     EXPECT_EQ(bench.failure(), "table2: column \"pt\" is a list of real here and real in the tables before");
-    Bench none("Concat");
+    KindHarness none("Concat");
     none.set("columns", "common").wire("table", tableOf({{"a", {1}}}, 2)).wire("table2", tableOf({{"b", {1}}}, 2));
     EXPECT_EQ(none.failure(), "columns: the tables have no column in common");
 }
@@ -133,7 +133,7 @@ TEST(Concat, hasAnInputForEachTable) {
 }
 
 TEST(CutFlow, countsWhatIsLeftAfterEachCut) {
-    Bench bench("CutFlow");
+    KindHarness bench("CutFlow");
     bench.set("cuts", "above one: x > 1\n\ny < 4 ; last: x == 3").set("weight", "y");
     bench.wire("table", tableOf({{"x", {1, 2, 3, 3}}, {"y", {1, 2, 3, 4}}}, 3)).run();
     EXPECT_EQ(bench.number("rows"), 1.0);
@@ -153,27 +153,27 @@ TEST(CutFlow, countsWhatIsLeftAfterEachCut) {
 }
 
 TEST(CutFlow, writesItsTextWhereAFileIsNamed) {
-    Bench bench("CutFlow");
+    KindHarness bench("CutFlow");
     bench.set("cuts", "x > 1").set("file", "flow.txt").wire("table", tableOf({{"x", {1, 2}}}, 3)).run();
     EXPECT_EQ(test::textIn(bench.folder() / "flow.txt"), bench.text("text"));
 }
 
 TEST(CutFlow, aTableWithoutRowsHasNoPercentages) {
-    Bench bench("CutFlow");
+    KindHarness bench("CutFlow");
     bench.set("cuts", "x > 1").wire("table", tableOf({{"x", {}}}, 3)).run();
     EXPECT_EQ(bench.number("rows"), 0.0);
     EXPECT_NE(bench.text("text").find("x > 1\t0\t0\t-\t-\n"), std::string::npos);
 }
 
 TEST(CutFlow, colonsAndSemicolonsInsideOfAConditionStay) {
-    Bench bench("CutFlow");
+    KindHarness bench("CutFlow");
     bench.set("cuts", "x > 1 ? true : false; quoted: 'a;b' == 'a;b'").wire("table", tableOf({{"x", {1, 2}}}, 3)).run();
     EXPECT_NE(bench.text("text").find("x > 1 ? true : false\t1\t"), std::string::npos);
     EXPECT_NE(bench.text("text").find("quoted\t1\t"), std::string::npos);
 }
 
 TEST(CutFlow, namesInCutsAndWeightAreInputs) {
-    Bench bench("CutFlow");
+    KindHarness bench("CutFlow");
     bench.set("cuts", "a: x > low; b: x < high").set("weight", "scale * low");
     std::vector<std::string> names;
     for (const InputSpec& input : bench.ports().inputs)
@@ -190,13 +190,13 @@ TEST(CutFlow, mistakesAreRefused) {
     EXPECT_EQ(flow.refusal("cuts", "good: x > 1; bad:"), "Cut \"bad\" has no condition.");
     EXPECT_NE(flow.refusal("cuts", "good: x > 1; bad: x >"), "");
     EXPECT_EQ(flow.refusal("cuts", "good: x > 1"), "");
-    Bench bench("CutFlow");
+    KindHarness bench("CutFlow");
     bench.set("cuts", "x > 1").set("weight", "'a'").wire("table", tableOf({{"x", {1}}}, 3));
     EXPECT_EQ(bench.failure(), "weight: \"'a'\" is no number");
 }
 
 TEST(Explode, makesARowOfEachValue) {
-    Bench bench("Explode");
+    KindHarness bench("Explode");
     bench.set("index", "i").wire("table", withLists()).run();
     EXPECT_EQ(columnNames(bench.table()), (std::vector<std::string>{"n", "pt", "charge", "i"}));
     EXPECT_FALSE(bench.table().schema[1].isList);
@@ -209,7 +209,7 @@ TEST(Explode, makesARowOfEachValue) {
 }
 
 TEST(Explode, listsThatAreNotNamedAreRepeatedWhole) {
-    Bench bench("Explode");
+    KindHarness bench("Explode");
     bench.set("columns", "pt").wire("table", withLists()).run();
     const Column& charge = *bench.table().chunks[0].columns[2];
     EXPECT_EQ(charge.integers(), (Column::Integers{-1, 1, -1, 1, -1}));
@@ -219,16 +219,16 @@ TEST(Explode, listsThatAreNotNamedAreRepeatedWhole) {
 TEST(Explode, listsOfOneRowMustBeEquallyLong) {
     SmallTable table = withLists();
     table.chunks[0].columns[2] = std::make_shared<const Column>(Column{Column::Integers{-1, 1, -1}, {0, 2, 3, 3}});
-    Bench bench("Explode");
+    KindHarness bench("Explode");
     EXPECT_NE(bench.wire("table", table).failure().find("\"pt\" holds 0 and \"charge\" 1 values"), std::string::npos);
 }
 
 TEST(Explode, needsAList) {
-    Bench bench("Explode");
+    KindHarness bench("Explode");
     bench.wire("table", tableOf({{"x", {1}}}, 2));
     EXPECT_EQ(bench.failure(), "table: it has no list column");
     EXPECT_EQ(bench.set("columns", "x").failure(), "columns: column \"x\" holds no lists");
-    Bench taken("Explode");
+    KindHarness taken("Explode");
     taken.set("index", "n").wire("table", withLists());
     EXPECT_EQ(taken.failure(), "index: there is a column \"n\" already");
 }

@@ -9,12 +9,12 @@
 namespace {
 
 using namespace velmorak;
-using test::Bench;
+using test::KindHarness;
 using testing::ElementsAre;
 
 constexpr std::size_t mebibyte = std::size_t{1} << 20U;
 
-std::vector<std::size_t> rowsOf(const Bench& bench) {
+std::vector<std::size_t> rowsOf(const KindHarness& bench) {
     std::vector<std::size_t> rows;
     for (const Chunk& chunk : bench.table().chunks) {
         rows.push_back(chunk.rows);
@@ -47,7 +47,7 @@ TEST(ChunkSize, countsTextsWithTheirCharactersAndListsWithTheirValues) {
 }
 
 TEST(WideTables, ofRandomNumbersComeInShorterChunks) {
-    Bench bench("RandomTable");
+    KindHarness bench("RandomTable");
     std::string columns;
     for (int i = 0; i < 300; ++i) {
         columns += "c" + std::to_string(i) + ": uniform(0, 1)\n";
@@ -57,7 +57,7 @@ TEST(WideTables, ofRandomNumbersComeInShorterChunks) {
 }
 
 TEST(WideTables, ofLongTextsInCsvComeInShorterChunks) {
-    Bench bench("CsvTable");
+    KindHarness bench("CsvTable");
     const std::filesystem::path file = bench.folder() / "long.csv";
     {
         std::ofstream out(file);
@@ -73,7 +73,7 @@ TEST(WideTables, ofLongTextsInCsvComeInShorterChunks) {
 
 TEST(WideTables, ofLongTextsInAidaComeInShorterChunksHoweverTheyAreWritten) {
     for (const char* entry : {"<entry value=\"", "<!-- --><entry value=\""}) {
-        Bench bench("AidaTable");
+        KindHarness bench("AidaTable");
         const std::filesystem::path file = bench.folder() / "long.aida";
         {
             std::ofstream out(file);

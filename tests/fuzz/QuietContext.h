@@ -14,7 +14,7 @@ namespace velmorak::fuzz {
 /// few bytes cannot take minutes.
 class QuietContext : public RunContext {
 public:
-    explicit QuietContext(long mostPolls = 1'000'000) : pollsLeft(mostPolls) {}
+    explicit QuietContext(long maxPolls = 1'000'000) : pollsLeft(maxPolls) {}
 
     bool isStopping() const override { return --pollsLeft < 0; }
     const std::string& pluginName() const override { return name; }

@@ -9,14 +9,14 @@
 namespace velmorak::fuzz {
 namespace {
 
-constexpr std::size_t mostTables = 4;
-constexpr std::size_t mostChunks = 4;
+constexpr std::size_t maxTables = 4;
+constexpr std::size_t maxChunks = 4;
 
 void readTable(const std::filesystem::path& file, const std::string& object) {
     QuietContext context;
     const std::unique_ptr<TableReader> reader = openAidaTable(file, object, context);
     Chunk chunk;
-    for (std::size_t i = 0; i < mostChunks && reader->next(chunk); ++i) {
+    for (std::size_t i = 0; i < maxChunks && reader->next(chunk); ++i) {
         reader->complete(chunk);
         require(chunk.columns.size() == reader->schema().size(), "a chunk has the columns of its schema");
         for (std::size_t column = 0; column < chunk.columns.size(); ++column) {
@@ -50,7 +50,7 @@ void readFile(const std::filesystem::path& file) {
     });
     std::size_t tables = 0;
     for (const AidaEntry& entry : entries) {
-        if (entry.schema.size() > 0 && tables++ < mostTables) {
+        if (entry.schema.size() > 0 && tables++ < maxTables) {
             refusing([&] { readTable(file, entry.path); });
         }
     }

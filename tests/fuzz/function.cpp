@@ -23,11 +23,11 @@ FitData points() {
 }
 
 void fitted(const FitModel& model, const FitParameters& parameters) {
-    constexpr int mostPolls = 200;
+    constexpr int maxPolls = 200;
     int polls = 0;
     FitOptions options;
     options.parameters = parameters;
-    options.isStopping = [&polls] { return ++polls > mostPolls; };
+    options.isStopping = [&polls] { return ++polls > maxPolls; };
     try {
         const FitResult result = fit(model, points(), options);
         require(result.values.size() == model.parameters().size(), "each parameter has a value");

@@ -63,11 +63,11 @@ void Events::progressed(const velmorak::ProgressNow& now) {
     lastProgress = Clock::now();
 }
 
-void Events::settled(const velmorak::PipelineNode& node, const velmorak::NodeReport& report) {
+void Events::nodeFinished(const velmorak::PipelineNode& node, const velmorak::NodeReport& report) {
     write(textOf({{"event", "plugin"},
                   {"name", node.name},
                   {"kind", node.kindName},
-                  {"outcome", velmorak::nameOf(report.outcome)},
+                  {"outcome", velmorak::nameOf(report.status)},
                   {"sentence", report.sentence},
                   {"reason", report.reason},
                   {"rowsIn", report.rowsIn},
@@ -76,8 +76,8 @@ void Events::settled(const velmorak::PipelineNode& node, const velmorak::NodeRep
 }
 
 void Events::ended(const velmorak::RunReport& report) {
-    const char* outcome = report.wasStopped ? "stopped" : report.hasFailure() ? "failed" : "done";
-    write(textOf({{"event", "ended"}, {"outcome", outcome}, {"seconds", report.seconds}}));
+    const char* status = report.wasStopped ? "stopped" : report.hasFailure() ? "failed" : "done";
+    write(textOf({{"event", "ended"}, {"outcome", status}, {"seconds", report.seconds}}));
 }
 
 void Events::write(const std::string& line) {

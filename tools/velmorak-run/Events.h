@@ -22,7 +22,7 @@ public:
     void began(const velmorak::Pipeline& pipeline, int threads) override;
     bool isProgressDue() override;
     void progressed(const velmorak::ProgressNow& now) override;
-    void settled(const velmorak::PipelineNode& node, const velmorak::NodeReport& report) override;
+    void nodeFinished(const velmorak::PipelineNode& node, const velmorak::NodeReport& report) override;
     void ended(const velmorak::RunReport& report) override;
 
 private:

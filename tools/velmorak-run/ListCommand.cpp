@@ -36,7 +36,7 @@ bool check(const Pipeline& pipeline, std::ostream& stream) {
     const velmorak::Plan plan(pipeline);
     bool isRight = true;
     for (std::size_t i = 0; i < pipeline.nodes.size(); ++i) {
-        if (const std::string sentence = plan.objection(i); !sentence.empty()) {
+        if (const std::string sentence = plan.validate(i); !sentence.empty()) {
             stream << velmorak::visible(velmorak::titleOf(pipeline.nodes[i]) + ": " + sentence) << '\n';
             isRight = false;
         }

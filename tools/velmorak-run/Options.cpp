@@ -31,17 +31,17 @@ Exit status: 0 all done, 1 wrong usage or unreadable document, 2 a plug-in
 failed, 3 stopped, 4 the results of --again differ.
 )";
 
-constexpr int mostThreads = 1024;
+constexpr int maxThreads = 1024;
 
 /// @return empty for a time that can be waited for.
 std::string secondsComplaint(const std::string& text) {
-    constexpr double mostSeconds = 1e9;
+    constexpr double maxSeconds = 1e9;
     double seconds = 0.0;
-    const bool isTime = velmorak::readNumber(text, seconds) && seconds > 0.0 && seconds <= mostSeconds;
+    const bool isTime = velmorak::readNumber(text, seconds) && seconds > 0.0 && seconds <= maxSeconds;
     return isTime ? "" : "\"" + text + "\" is no number of seconds above 0 and up to 1e9";
 }
 
-void describe(CLI::App& app, Order& order) {
+void describe(CLI::App& app, Options& order) {
     app.name("velmorak-run");
     app.formatter_fn([](const CLI::App*, const std::string&, CLI::AppFormatMode) { return std::string(helpText); });
     app.set_version_flag("--version", "velmorak-run " + std::string(velmorak::version()));
@@ -58,7 +58,7 @@ void describe(CLI::App& app, Order& order) {
     app.add_option("--scan", order.scans)->expected(1)->take_all()->allow_extra_args(false);
     app.add_option("--start", order.start);
     app.add_option("--results", order.resultsFolder);
-    app.add_option("-j", order.threads)->check(CLI::Range(1, mostThreads));
+    app.add_option("-j", order.threads)->check(CLI::Range(1, maxThreads));
     app.add_option("--timeout", order.timeoutSeconds)->check(CLI::Validator(secondsComplaint, "SECONDS"));
     app.add_flag("--why", order.isWhy);
     app.add_flag("--list", order.isList);
@@ -67,9 +67,9 @@ void describe(CLI::App& app, Order& order) {
 
 }  // namespace
 
-std::optional<Order> readOrder(int argc, char** argv, ExitStatus& status) {
+std::optional<Options> readOrder(int argc, char** argv, ExitStatus& status) {
     CLI::App app;
-    Order order;
+    Options order;
     try {
         describe(app, order);
         app.parse(argc, argv);

@@ -7,7 +7,7 @@
 enum ExitStatus { AllDone = 0, NotUsable = 1, PluginFailed = 2, WasStopped = 3, ResultsDiffer = 4 };
 
 /// What the command line asks for.
-struct Order {
+struct Options {
     std::string document;
     std::string aidaFile;
     std::vector<std::string> settings;  ///< PLUGIN.INPUT=VALUE
@@ -24,4 +24,4 @@ struct Order {
 };
 
 /// @return nothing when the program is to end with the status, after what had to be said.
-std::optional<Order> readOrder(int argc, char** argv, ExitStatus& status);
+std::optional<Options> readOrder(int argc, char** argv, ExitStatus& status);

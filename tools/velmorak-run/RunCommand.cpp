@@ -29,7 +29,7 @@ ExitStatus statusOf(const velmorak::RunReport& report) {
 }
 
 /// @return false when the document cannot be read, which the manager has said.
-bool load(QzManager& manager, const Order& order) {
+bool load(QzManager& manager, const Options& order) {
     if (!order.aidaFile.empty()) {
         // A file that cannot be read is said by the manager; what needs it fails by name.
         manager.loadAIDA(order.aidaFile);
@@ -38,7 +38,7 @@ bool load(QzManager& manager, const Order& order) {
     return velmorak::lastReadError(manager).empty();
 }
 
-void prepare(QzManager& manager, const Order& order) {
+void prepare(QzManager& manager, const Options& order) {
     for (const std::string& setting : order.settings) {
         apply(manager, settingOf(setting));
     }
@@ -53,7 +53,7 @@ void prepare(QzManager& manager, const Order& order) {
 }
 
 /// @return what must outlive the manager's runs; null when no events are asked for.
-std::unique_ptr<Events> eventsFor(QzManager& manager, const Order& order, std::ostream& output) {
+std::unique_ptr<Events> eventsFor(QzManager& manager, const Options& order, std::ostream& output) {
     if (order.events.empty()) {
         return nullptr;
     }
@@ -98,7 +98,7 @@ std::vector<std::string> textsOf(const std::vector<Setting>& point) {
     return texts;
 }
 
-ExitStatus runScan(QzManager& manager, const Order& order, const std::vector<std::vector<Setting>>& points,
+ExitStatus runScan(QzManager& manager, const Options& order, const std::vector<std::vector<Setting>>& points,
                    const StopOnSignal& signals) {
     const velmorak::Pipeline pipeline = velmorak::pipelineOf(manager);
     if (const std::string complaint = velmorak::whyNoResultsFolder(pipeline); !complaint.empty()) {
@@ -124,7 +124,7 @@ ExitStatus runScan(QzManager& manager, const Order& order, const std::vector<std
     return worst;
 }
 
-ExitStatus runDocument(QzManager& manager, const Order& order, StopOnSignal& signals) {
+ExitStatus runDocument(QzManager& manager, const Options& order, StopOnSignal& signals) {
     std::vector<std::vector<Setting>> points = pointsOf(order.scans);
     for (const std::vector<Setting>& point : points) {
         for (const Setting& setting : point) {
@@ -136,29 +136,29 @@ ExitStatus runDocument(QzManager& manager, const Order& order, StopOnSignal& sig
 }
 
 /// A folder that goes with its holder.
-class PassingFolder {
+class TemporaryFolder {
 public:
-    PassingFolder() : path(fs::temp_directory_path() / "velmorak-again-XXXXXX") {
+    TemporaryFolder() : path(fs::temp_directory_path() / "velmorak-again-XXXXXX") {
         std::string name = path.string();
         if (!mkdtemp(name.data())) {
             throw UsageError("no folder can be made in " + fs::temp_directory_path().string());
         }
         path = name;
     }
-    ~PassingFolder() {
+    ~TemporaryFolder() {
         std::error_code ignored;
         fs::remove_all(path, ignored);
     }
-    PassingFolder(const PassingFolder&) = delete;
-    PassingFolder& operator=(const PassingFolder&) = delete;
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     fs::path path;
 };
 
-ExitStatus repeat(QzManager& manager, const Order& order, const RunRecordFile& record, StopOnSignal& signals,
+ExitStatus repeat(QzManager& manager, const Options& order, const RunRecordFile& record, StopOnSignal& signals,
                   std::ostream& output) {
     const StopOnSignal::Stoppable stoppable(signals, [&manager] { manager.Stop(); });
-    const PassingFolder passing;
+    const TemporaryFolder passing;
     const fs::path results = order.resultsFolder.empty() ? passing.path : fs::absolute(order.resultsFolder);
     velmorak::setResultsFolder(manager, results);
     velmorak::noteSettings(manager, record.settings());
@@ -171,7 +171,7 @@ ExitStatus repeat(QzManager& manager, const Order& order, const RunRecordFile& r
     return record.compareResults(repeated, output) ? status : ResultsDiffer;
 }
 
-ExitStatus runAgain(const Order& order, StopOnSignal& signals, std::ostream& output) {
+ExitStatus runAgain(const Options& order, StopOnSignal& signals, std::ostream& output) {
     const RunRecordFile record(order.again);
     setenv("VELMORAK_CACHE_LIMIT", "0", 1);  // All of it is computed.
     QzManager manager("QzAnalysisFactory");
@@ -189,7 +189,7 @@ ExitStatus runAgain(const Order& order, StopOnSignal& signals, std::ostream& out
 
 }  // namespace
 
-ExitStatus execute(const Order& order, StopOnSignal& signals, std::ostream& output) {
+ExitStatus execute(const Options& order, StopOnSignal& signals, std::ostream& output) {
     if (!order.again.empty()) {
         return runAgain(order, signals, output);
     }

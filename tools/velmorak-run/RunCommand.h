@@ -8,4 +8,4 @@ class StopOnSignal;
 
 /// Does what the command line asks for.
 /// @param output for what is asked for on standard output. @throws UsageError
-ExitStatus execute(const Order& order, StopOnSignal& signals, std::ostream& output);
+ExitStatus execute(const Options& order, StopOnSignal& signals, std::ostream& output);

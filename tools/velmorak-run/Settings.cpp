@@ -14,7 +14,7 @@ using velmorak::Pipeline;
 using velmorak::PipelineInput;
 using velmorak::PipelineNode;
 
-constexpr double mostPoints = 10000.0;
+constexpr double maxPoints = 10000.0;
 
 std::string quoted(const std::string& text) {
     return "\"" + text + "\"";
@@ -108,7 +108,7 @@ std::vector<std::string> rangeOf(const std::vector<std::string>& parts, const st
                         velmorak::readNumber(parts[1], to) && velmorak::readNumber(parts[2], step);
     // A step that meets the end but for rounding counts as meeting it.
     const double steps = std::floor((to - from) / step + 1e-9);
-    if (!isRead || !(steps >= 0.0) || !(steps < mostPoints)) {
+    if (!isRead || !(steps >= 0.0) || !(steps < maxPoints)) {
         throw UsageError(quoted(text) + " is no range from:to:step of at most 10000 values");
     }
     std::vector<std::string> values;
@@ -157,7 +157,7 @@ std::vector<std::vector<Setting>> pointsOf(const std::vector<std::string>& scans
     std::vector<std::vector<Setting>> points(1);
     for (const std::string& text : scans) {
         const std::vector<Setting> values = scanOf(text);
-        if (static_cast<double>(points.size() * values.size()) > mostPoints) {
+        if (static_cast<double>(points.size() * values.size()) > maxPoints) {
             throw UsageError("the scans have more than 10000 combinations");
         }
         std::vector<std::vector<Setting>> longer;

@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
     StopOnSignal::holdSignals();
     try {
         ExitStatus status = AllDone;
-        const std::optional<Order> order = readOrder(argc, argv, status);
+        const std::optional<Options> order = readOrder(argc, argv, status);
         if (!order) {
             return status;
         }
@@ -32,7 +32,7 @@ int main(int argc, char** argv) {
         }
         return status;
     } catch (const std::exception&) {
-        std::cerr << "velmorak-run: " << velmorak::visible(velmorak::problemOf(std::current_exception()).sentence)
+        std::cerr << "velmorak-run: " << velmorak::visible(velmorak::errorOf(std::current_exception()).sentence)
                   << '\n';
         return NotUsable;
     }

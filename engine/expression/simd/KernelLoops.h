@@ -22,7 +22,7 @@ namespace velmorak::expression {
 namespace {
 
 template <typename T, auto function>
-bool unary(const Lane& lane) {
+bool unary(const KernelArgs& lane) {
     const auto* __restrict a = static_cast<const T*>(lane.in[0]);
     auto* __restrict out = static_cast<T*>(lane.out);
     const std::size_t rows = lane.rows;
@@ -32,7 +32,7 @@ bool unary(const Lane& lane) {
 }
 
 template <typename T, auto function>
-bool binary(const Lane& lane) {
+bool binary(const KernelArgs& lane) {
     const auto* __restrict a = static_cast<const T*>(lane.in[0]);
     const auto* __restrict b = static_cast<const T*>(lane.in[1]);
     auto* __restrict out = static_cast<T*>(lane.out);
@@ -43,7 +43,7 @@ bool binary(const Lane& lane) {
 }
 
 template <auto function>
-bool ternary(const Lane& lane) {
+bool ternary(const KernelArgs& lane) {
     const auto* __restrict a = static_cast<const double*>(lane.in[0]);
     const auto* __restrict b = static_cast<const double*>(lane.in[1]);
     const auto* __restrict c = static_cast<const double*>(lane.in[2]);

@@ -28,7 +28,7 @@ inline void storeSome(double* out, __m256d values, std::size_t count) {
 }
 
 template <__m256d (*function)(__m256d)>
-bool unaryByFours(const Lane& lane) {
+bool unaryByFours(const KernelArgs& lane) {
     const auto* a = static_cast<const double*>(lane.in[0]);
     auto* out = static_cast<double*>(lane.out);
     std::size_t row = 0;
@@ -40,7 +40,7 @@ bool unaryByFours(const Lane& lane) {
 }
 
 template <__m256d (*function)(__m256d, __m256d)>
-bool binaryByFours(const Lane& lane) {
+bool binaryByFours(const KernelArgs& lane) {
     const auto* a = static_cast<const double*>(lane.in[0]);
     const auto* b = static_cast<const double*>(lane.in[1]);
     auto* out = static_cast<double*>(lane.out);
@@ -69,7 +69,7 @@ inline __m256i packed(const __m256d (&truths)[8]) {
 }
 
 template <int predicate>
-bool compare(const Lane& lane) {
+bool compare(const KernelArgs& lane) {
     const auto* a = static_cast<const double*>(lane.in[0]);
     const auto* b = static_cast<const double*>(lane.in[1]);
     auto* out = static_cast<std::uint8_t*>(lane.out);

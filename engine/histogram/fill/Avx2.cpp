@@ -22,7 +22,7 @@ __m256d isFinite(__m256d x) {
 }
 
 /// Where four entries go.
-struct Places {
+struct CellIndices {
     __m256i cells;  ///< In the low 32 bits of each.
     __m256d areSure;
 };
@@ -36,7 +36,7 @@ public:
           top(_mm256_set1_pd(axis.top)),
           bound(_mm256_set1_pd(axis.bound)) {}
 
-    Places operator()(std::size_t /*at*/, __m256d x) const {
+    CellIndices operator()(std::size_t /*at*/, __m256d x) const {
         const __m256d whole = _mm256_set1_pd(wholeNumbers);
         const __m256d steps = _mm256_mul_pd(_mm256_sub_pd(x, shifted), perUnit);
         const __m256d inside = _mm256_min_pd(_mm256_max_pd(steps, _mm256_setzero_pd()), top);
@@ -58,7 +58,7 @@ class Listed {
 public:
     explicit Listed(const std::uint32_t* known) : known(known) {}
 
-    Places operator()(std::size_t at, __m256d x) const {
+    CellIndices operator()(std::size_t at, __m256d x) const {
         const __m128i cells = _mm_loadu_si128(reinterpret_cast<const __m128i*>(known + at));
         return {_mm256_cvtepu32_epi64(cells), isFinite(x)};
     }
@@ -130,7 +130,7 @@ std::size_t fillLine(const FindX findX, std::byte* cells, const Entries entries)
         fetch(entries.x, at);
         const __m256d x = _mm256_loadu_pd(entries.x + at);
         const __m256d w = weightsAt(entries, at);
-        const Places places = findX(at, x);
+        const CellIndices places = findX(at, x);
         if (!areAll(_mm256_and_pd(places.areSure, _mm256_cmp_pd(w, w, _CMP_ORD_Q)))) {
             break;
         }
@@ -155,8 +155,8 @@ std::size_t fillPlane(const FindX findX, const FindY findY, std::size_t stride, 
         const __m256d x = _mm256_loadu_pd(entries.x + at);
         const __m256d y = _mm256_loadu_pd(entries.y + at);
         const __m256d w = weightsAt(entries, at);
-        const Places alongX = findX(at, x);
-        const Places alongY = findY(at, y);
+        const CellIndices alongX = findX(at, x);
+        const CellIndices alongY = findY(at, y);
         const __m256d areSure = _mm256_and_pd(alongX.areSure, alongY.areSure);
         if (!areAll(_mm256_and_pd(areSure, _mm256_cmp_pd(w, w, _CMP_ORD_Q)))) {
             break;
@@ -185,7 +185,7 @@ std::size_t line(const Steps& axis, std::byte* cells, const Entries& entries) {
     return fillLine(ByStep(axis), cells, entries);
 }
 
-std::size_t listedLine(const Cells& known, std::byte* cells, const Entries& entries) {
+std::size_t fillFromIndices1D(const Cells& known, std::byte* cells, const Entries& entries) {
     return fillLine(Listed(known.x), cells, entries);
 }
 
@@ -200,7 +200,7 @@ std::size_t listedPlane(const Cells& known, std::size_t stride, std::byte* cells
 }  // namespace
 
 Kernels avx2Kernels() {
-    return {.line = line, .listedLine = listedLine, .plane = plane, .listedPlane = listedPlane};
+    return {.line = line, .fillFromIndices1D = fillFromIndices1D, .plane = plane, .listedPlane = listedPlane};
 }
 
 }  // namespace velmorak::filling

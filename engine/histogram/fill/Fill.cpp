@@ -10,7 +10,7 @@ std::optional<Steps> stepsOf(const Axis& axis) {
     const auto bins = static_cast<double>(axis.bins());
     const double span = axis.high() - axis.low();
     const double perUnit = bins / span;
-    if (!axis.isRegular() || axis.bins() + 2 > mostCells || !std::isfinite(bins * span) || !std::isnormal(perUnit)) {
+    if (!axis.isRegular() || axis.bins() + 2 > maxCells || !std::isfinite(bins * span) || !std::isnormal(perUnit)) {
         return std::nullopt;
     }
     // A value and an edge are each rounded a few times, by half a unit in the last place: of a number of steps, or of a
@@ -18,8 +18,8 @@ std::optional<Steps> stepsOf(const Axis& axis) {
     const double largest = std::max(std::abs(axis.low()), std::abs(axis.high()));
     const double halfUnit = std::numeric_limits<double>::epsilon() / 2;
     const double uncertainty = 40 * halfUnit * (bins * (1 + largest / span) + 1);
-    constexpr double mostUncertain = 0.25;
-    if (!(uncertainty < mostUncertain)) {
+    constexpr double maxUncertain = 0.25;
+    if (!(uncertainty < maxUncertain)) {
         return std::nullopt;
     }
     // Beside the lowest doubles there is none half a bin below the axis.
@@ -32,7 +32,7 @@ std::optional<Steps> stepsOf(const Axis& axis) {
 
 const Kernels* bestKernels(std::size_t cells) {
     static const std::vector<Kernels> runnable = runnableKernels();
-    return runnable.empty() || cells > mostCells ? nullptr : &runnable.front();
+    return runnable.empty() || cells > maxCells ? nullptr : &runnable.front();
 }
 
 }  // namespace velmorak::filling

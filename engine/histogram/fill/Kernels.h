@@ -21,7 +21,7 @@ struct Steps {
 /// along one axis wx, wxx; along two wx, wy, wxx, wyy.
 inline constexpr std::size_t cellBytes = 64;
 /// More could not be told apart in the low bits of a rounded number.
-inline constexpr std::size_t mostCells = std::size_t{1} << 25U;
+inline constexpr std::size_t maxCells = std::size_t{1} << 25U;
 
 /// The entries that are filled, from the first one on; weights is null for a weight of 1 each.
 struct Entries {
@@ -48,7 +48,7 @@ inline constexpr std::size_t group = 4;
 /// @return how many entries were filled.
 struct Kernels {
     std::size_t (*line)(const Steps& axis, std::byte* cells, const Entries& entries) = nullptr;
-    std::size_t (*listedLine)(const Cells& known, std::byte* cells, const Entries& entries) = nullptr;
+    std::size_t (*fillFromIndices1D)(const Cells& known, std::byte* cells, const Entries& entries) = nullptr;
     std::size_t (*plane)(const Steps (&axes)[2], std::size_t stride, std::byte* cells,
                          const Entries& entries) = nullptr;
     std::size_t (*listedPlane)(const Cells& known, std::size_t stride, std::byte* cells,

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t blockSize = std::size_t{1} << 16;
 
-class Archive : public Unpacker {
+class Archive : public Decompressor {
 public:
     Archive(const std::filesystem::path& file, Packing how) : packing(how), handle(archive_read_new()) {
         if (!handle)
@@ -95,7 +95,7 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Unpacker> openArchive(const std::filesystem::path& file, Packing packing) {
+std::unique_ptr<Decompressor> openArchive(const std::filesystem::path& file, Packing packing) {
     return std::make_unique<Archive>(file, packing);
 }
 

@@ -17,7 +17,7 @@ namespace velmorak {
 namespace {
 
 using io::Packing;
-using io::Unpacker;
+using io::Decompressor;
 
 /// Only what no text begins with: a text may well begin as the other packed forms do.
 Packing packingOf(std::string_view bytes) {
@@ -52,13 +52,13 @@ void mustHoldOne(const std::filesystem::path& file) {
 
 }  // namespace
 
-struct PackedFile::Part {
+struct CompressedFile::Impl {
     std::string name;
     std::uintmax_t size = 0;
-    std::unique_ptr<Unpacker> unpacker;
+    std::unique_ptr<Decompressor> unpacker;
 };
 
-PackedFile::PackedFile(const std::filesystem::path& file) : part(std::make_unique<Part>()) {
+CompressedFile::CompressedFile(const std::filesystem::path& file) : part(std::make_unique<Impl>()) {
     requireRegular(file);
     std::error_code error;
     part->name = file.string();
@@ -73,11 +73,11 @@ PackedFile::PackedFile(const std::filesystem::path& file) : part(std::make_uniqu
         part->unpacker->nextEntry();
 }
 
-PackedFile::PackedFile(PackedFile&& other) noexcept = default;
-PackedFile& PackedFile::operator=(PackedFile&& other) noexcept = default;
-PackedFile::~PackedFile() = default;
+CompressedFile::CompressedFile(CompressedFile&& other) noexcept = default;
+CompressedFile& CompressedFile::operator=(CompressedFile&& other) noexcept = default;
+CompressedFile::~CompressedFile() = default;
 
-std::size_t PackedFile::read(char* target, std::size_t size) {
+std::size_t CompressedFile::read(char* target, std::size_t size) {
     std::size_t count = 0;
     for (std::size_t more = 1; more != 0 && count < size; count += more)
         more = part->unpacker->read(target + count, size - count);
@@ -86,7 +86,7 @@ std::size_t PackedFile::read(char* target, std::size_t size) {
     return count;
 }
 
-double PackedFile::fraction() const {
+double CompressedFile::fraction() const {
     const auto done = static_cast<double>(part->unpacker->position());
     return part->size == 0 ? 1.0 : std::min(1.0, done / static_cast<double>(part->size));
 }

@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::size_t packedSize = std::size_t{1} << 16;
 
-class PlainFile : public Unpacker {
+class PlainFile : public Decompressor {
 public:
     explicit PlainFile(const std::filesystem::path& file) : input(file, std::ios::binary) {
         if (!input)
@@ -44,7 +44,7 @@ private:
 };
 
 /// gzip of one member or several, zlib, and deflate without a head.
-class Deflated : public Unpacker {
+class Deflated : public Decompressor {
 public:
     Deflated(const std::filesystem::path& file, Packing how) : input(file), packing(how), packed(packedSize) {
         const int bits = packing == Packing::Gzip ? 16 + MAX_WBITS : packing == Packing::Zlib ? MAX_WBITS : -MAX_WBITS;
@@ -119,21 +119,21 @@ private:
 
 }  // namespace
 
-void Unpacker::damaged(std::string_view what) {
+void Decompressor::damaged(std::string_view what) {
     if (reason.empty())
         reason = fmt::format("{} at byte {} of the file", what, position());
 }
 
-void Unpacker::isDamaged(const std::string& sentence) {
+void Decompressor::isDamaged(const std::string& sentence) {
     if (reason.empty())
         reason = sentence;
 }
 
-std::unique_ptr<Unpacker> openDeflated(const std::filesystem::path& file, Packing packing) {
+std::unique_ptr<Decompressor> openDeflated(const std::filesystem::path& file, Packing packing) {
     return std::make_unique<Deflated>(file, packing);
 }
 
-std::unique_ptr<Unpacker> openPacked(const std::filesystem::path& file, Packing packing) {
+std::unique_ptr<Decompressor> openPacked(const std::filesystem::path& file, Packing packing) {
     requireRegular(file);
     switch (packing) {
         case Packing::Plain:

@@ -12,9 +12,9 @@ namespace velmorak::io {
 enum class Packing { Plain, Gzip, Zlib, Bzip2, Zip, RawDeflate };
 
 /// Gives the bytes that are packed in a file, piece by piece, in bounded memory. Threads: one at a time.
-class Unpacker {
+class Decompressor {
 public:
-    virtual ~Unpacker() = default;
+    virtual ~Decompressor() = default;
     /// @return bytes put into the target; 0 at the end, and where the file is damaged.
     virtual std::size_t read(char* target, std::size_t size) = 0;
     /// Bytes of the file that have been used up.
@@ -37,15 +37,15 @@ private:
 };
 
 /// @throws Failure when the file cannot be opened. An archive stands before its first entry.
-std::unique_ptr<Unpacker> openPacked(const std::filesystem::path& file, Packing packing);
+std::unique_ptr<Decompressor> openPacked(const std::filesystem::path& file, Packing packing);
 
 /// zip, and files in one bzip2 stream or several.
-std::unique_ptr<Unpacker> openArchive(const std::filesystem::path& file, Packing packing);
+std::unique_ptr<Decompressor> openArchive(const std::filesystem::path& file, Packing packing);
 
 /// gzip of one member or several, zlib, and deflate without a head, by zlib.
-std::unique_ptr<Unpacker> openDeflated(const std::filesystem::path& file, Packing packing);
+std::unique_ptr<Decompressor> openDeflated(const std::filesystem::path& file, Packing packing);
 
 /// gzip, by the fastest way that was there when the library was built.
-std::unique_ptr<Unpacker> openGzip(const std::filesystem::path& file);
+std::unique_ptr<Decompressor> openGzip(const std::filesystem::path& file);
 
 }  // namespace velmorak::io

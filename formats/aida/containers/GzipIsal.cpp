@@ -14,7 +14,7 @@ constexpr std::size_t packedSize = std::size_t{1} << 16;
 
 /// gzip by ISA-L, which unpacks several times faster than zlib. Where it finds damage the file is unpacked again by
 /// zlib, from the beginning: what follows is zlib's, and so is the sentence about the damage.
-class FastGzip : public Unpacker {
+class FastGzip : public Decompressor {
 public:
     explicit FastGzip(const std::filesystem::path& path)
         : file(path), input(openPacked(path, Packing::Plain)), packed(packedSize) {
@@ -96,18 +96,18 @@ private:
     }
 
     std::filesystem::path file;
-    std::unique_ptr<Unpacker> input;
+    std::unique_ptr<Decompressor> input;
     std::vector<char> packed;
     inflate_state state{};
     std::uint64_t given = 0;
     bool isFinished = false;
     bool isRefused = false;
-    std::unique_ptr<Unpacker> careful;
+    std::unique_ptr<Decompressor> careful;
 };
 
 }  // namespace
 
-std::unique_ptr<Unpacker> openGzip(const std::filesystem::path& file) {
+std::unique_ptr<Decompressor> openGzip(const std::filesystem::path& file) {
     return std::make_unique<FastGzip>(file);
 }
 

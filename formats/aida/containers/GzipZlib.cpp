@@ -2,7 +2,7 @@
 
 namespace velmorak::io {
 
-std::unique_ptr<Unpacker> openGzip(const std::filesystem::path& file) {
+std::unique_ptr<Decompressor> openGzip(const std::filesystem::path& file) {
     return openDeflated(file, Packing::Gzip);
 }
 

@@ -62,7 +62,7 @@ std::string firstBytes(const std::filesystem::path& file) {
 
 }  // namespace
 
-ByteStream::ByteStream(const std::filesystem::path& file, const RunContext& runContext) : context(runContext) {
+TextInput::TextInput(const std::filesystem::path& file, const RunContext& runContext) : context(runContext) {
     const std::string first = firstBytes(file);
     std::error_code error;
     fileSize = std::filesystem::file_size(file, error);
@@ -85,7 +85,7 @@ ByteStream::ByteStream(const std::filesystem::path& file, const RunContext& runC
         fmt::format("{} is not XML: first bytes {}", file.string(), shown(isPacked ? std::string_view(head) : first)));
 }
 
-bool ByteStream::beginDocument() {
+bool TextInput::beginDocument() {
     head.assign(lookAhead, '\0');
     headTaken = 0;
     std::size_t count = 0;
@@ -101,7 +101,7 @@ bool ByteStream::beginDocument() {
     return binary || isXml(head);
 }
 
-bool ByteStream::nextDocument() {
+bool TextInput::nextDocument() {
     while (unpacker->nextEntry()) {
         if (context.isStopping())
             throw Stopped();
@@ -113,16 +113,16 @@ bool ByteStream::nextDocument() {
     return false;
 }
 
-const std::string& ByteStream::damage() const {
+const std::string& TextInput::damage() const {
     return binary && unpacker->damage().empty() ? binary->damage() : unpacker->damage();
 }
 
-double ByteStream::fraction() const {
+double TextInput::fraction() const {
     const auto done = static_cast<double>(unpacker->position());
     return fileSize == 0 ? 0.0 : std::min(1.0, done / static_cast<double>(fileSize));
 }
 
-std::size_t ByteStream::unpack(char* target, std::size_t size) {
+std::size_t TextInput::unpack(char* target, std::size_t size) {
     if (headTaken == head.size())
         return unpacker->read(target, size);
     const std::size_t count = std::min(size, head.size() - headTaken);
@@ -131,7 +131,7 @@ std::size_t ByteStream::unpack(char* target, std::size_t size) {
     return count;
 }
 
-int ByteStream::nextByte() {
+int TextInput::nextByte() {
     if (binaryBegin == binaryEnd) {
         binaryBytes.resize(binaryPiece);
         binaryBegin = 0;
@@ -142,7 +142,7 @@ int ByteStream::nextByte() {
     return static_cast<unsigned char>(binaryBytes[binaryBegin++]);
 }
 
-std::size_t ByteStream::read(char* target, std::size_t size) {
+std::size_t TextInput::read(char* target, std::size_t size) {
     if (!binary)
         return unpack(target, size);
     while (binaryText.size() < size && binary->append(binaryText)) {

@@ -16,12 +16,12 @@ namespace velmorak::io {
 /// The XML text of a file, however it is packed. What the file is, its first bytes tell, never its name. An archive
 /// holds several documents, which come one after the other.
 /// Threads: one at a time.
-class ByteStream {
+class TextInput {
 public:
     /// @throws Failure when the file cannot be opened, is empty, or holds no XML; the sentence names what was found.
     ///         Stopped when the run is to end.
     /// @param runContext outlives this.
-    ByteStream(const std::filesystem::path& file, const RunContext& runContext);
+    TextInput(const std::filesystem::path& file, const RunContext& runContext);
 
     /// @return bytes put into the target; 0 at the end of the document, and where the file is damaged.
     std::size_t read(char* target, std::size_t size);
@@ -50,7 +50,7 @@ private:
     const RunContext& context;
     bool packed = false;
     std::uint64_t fileSize = 0;
-    std::unique_ptr<Unpacker> unpacker;
+    std::unique_ptr<Decompressor> unpacker;
     std::string head;  ///< Bytes that have been looked at, and not yet given away.
     std::size_t headTaken = 0;
     std::unique_ptr<WbxmlText> binary;  ///< Null for text.

@@ -16,7 +16,7 @@ namespace {
 constexpr double usualCells = 1 << 24;
 
 /// A file may promise any number of bins; memory for them is only taken up to here.
-double mostCells() {
+double maxCells() {
     const char* wanted = std::getenv("VELMORAK_MOST_CELLS");
     return wanted == nullptr ? usualCells : numberOr(wanted, usualCells);
 }
@@ -120,7 +120,7 @@ std::size_t promisedCells(const RawObject& raw) {
     double cells = 1.0;
     for (const RawAxis& axis : raw.axes)
         cells *= numberOr(axis.bins.c_str(), 0.0) + 2.0;
-    const bool isPossible = dimensions != 0 && raw.axes.size() == dimensions && cells >= 1.0 && cells <= mostCells();
+    const bool isPossible = dimensions != 0 && raw.axes.size() == dimensions && cells >= 1.0 && cells <= maxCells();
     return isPossible ? static_cast<std::size_t>(cells) : 0;
 }
 
@@ -134,7 +134,7 @@ std::size_t promisedBytes(const RawObject& raw) {
     constexpr std::size_t perBin = 20;
     std::size_t bins = 0;
     for (const RawAxis& axis : raw.axes)
-        bins += static_cast<std::size_t>(std::clamp(numberOr(axis.bins.c_str(), 0.0), 0.0, mostCells()));
+        bins += static_cast<std::size_t>(std::clamp(numberOr(axis.bins.c_str(), 0.0), 0.0, maxCells()));
     const std::size_t cells = promisedCells(raw);
     return cells == 0 ? 0 : cells * perCell + bins * perBin;
 }
@@ -145,9 +145,9 @@ std::vector<Axis> axesFrom(const RawObject& raw, std::size_t dimensions, std::ve
     double cells = 1.0;
     for (const RawAxis& axis : raw.axes)
         cells *= binsOf(axis) + 2.0;
-    if (cells > mostCells())
+    if (cells > maxCells())
         throw Failure(
-            fmt::format("its axes promise {} cells; at most {} are read", textOf(cells), textOf(mostCells())));
+            fmt::format("its axes promise {} cells; at most {} are read", textOf(cells), textOf(maxCells())));
     std::vector<Axis> axes;
     for (const std::size_t place : axisOrder(raw, dimensions, warnings))
         axes.push_back(axisFrom(raw.axes[place], warnings));

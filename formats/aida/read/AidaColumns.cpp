@@ -11,7 +11,7 @@ namespace velmorak::io {
 
 namespace {
 
-constexpr int deepestBooking = 16;
+constexpr int maxDeclarationDepth = 16;
 
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view blanks = " \t\r\n";
@@ -62,9 +62,9 @@ std::string_view unquoted(std::string_view text) {
 }
 
 /// Reads "{ double px = 0.0, py; ITuple hits = { int x } }" and the older "ITuple { float px, py; int q } trk".
-class Booking {
+class ColumnDeclarationParser {
 public:
-    explicit Booking(std::string_view booking) : text(booking) {}
+    explicit ColumnDeclarationParser(std::string_view booking) : text(booking) {}
 
     /// The list after an opening brace, to its closing one.
     std::vector<AidaColumn> list(int depth) {
@@ -91,8 +91,8 @@ public:
 
 private:
     AidaColumn item(std::string& type, int depth) {
-        if (++count > mostColumns) {
-            throw Failure(fmt::format("a nested column has more than {} columns", mostColumns));
+        if (++count > maxColumns) {
+            throw Failure(fmt::format("a nested column has more than {} columns", maxColumns));
         }
         AidaColumn column;
         const std::string_view words = upTo("=,;{}");
@@ -133,7 +133,7 @@ private:
 
     std::vector<AidaColumn> nested(int depth) {
         skip();
-        if (depth < deepestBooking)
+        if (depth < maxDeclarationDepth)
             return list(depth + 1);
         here = text.size();
         return {};
@@ -145,7 +145,7 @@ private:
 };
 
 std::vector<AidaColumn> bookedIn(std::string_view braces) {
-    Booking booking(braces);
+    ColumnDeclarationParser booking(braces);
     booking.upTo("{");
     booking.skip();
     return booking.list(0);

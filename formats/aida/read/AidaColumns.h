@@ -9,7 +9,7 @@
 namespace velmorak::io {
 
 /// A tuple of more columns is refused.
-inline constexpr std::size_t mostColumns = std::size_t{1} << 20U;
+inline constexpr std::size_t maxColumns = std::size_t{1} << 20U;
 
 /// A column of a tuple as its file describes it.
 struct AidaColumn {
@@ -28,7 +28,7 @@ bool haveSameShape(const std::vector<AidaColumn>& some, const std::vector<AidaCo
 
 /// Reads the attributes of a <column>, in every dialect in which programs write them.
 /// @param booking attribute of that name, empty when there is none.
-/// @throws Failure when it describes more than mostColumns.
+/// @throws Failure when it describes more than maxColumns.
 AidaColumn columnFrom(std::string_view name, std::string_view type, std::string_view booking);
 
 /// @return an object's name without the backslash that some programs put before a "/" in it.

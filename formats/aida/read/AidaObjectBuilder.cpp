@@ -12,7 +12,7 @@ namespace velmorak::io {
 
 namespace {
 
-constexpr std::size_t mostDimensions = 1000;
+constexpr std::size_t maxDimensions = 1000;
 
 template <typename Object>
 std::shared_ptr<DataObject> named(Object object, const RawObject& raw) {
@@ -221,7 +221,7 @@ std::size_t dimensionOf(const RawObject& raw, std::vector<std::string>& warnings
         warnings.emplace_back("it does not say its dimension; that of its points is taken");
         dimension = std::isnan(dimension) ? 1.0 : dimension;
     }
-    if (!(dimension >= 1.0) || dimension > static_cast<double>(mostDimensions) || dimension != std::floor(dimension))
+    if (!(dimension >= 1.0) || dimension > static_cast<double>(maxDimensions) || dimension != std::floor(dimension))
         throw Failure(fmt::format(R"(a dimension of "{:.40}" is not possible)", raw.dimension));
     return static_cast<std::size_t>(dimension);
 }

@@ -43,12 +43,12 @@ bool readBinNumber(const char* text, std::int64_t& number) {
     return true;
 }
 
-constexpr std::size_t mostObjects = 1'000'000;
+constexpr std::size_t maxObjects = 1'000'000;
 /// Different sentences about one file, that are remembered so as not to come twice.
-constexpr std::size_t mostWarned = 1000;
+constexpr std::size_t maxWarned = 1000;
 /// What the parts of an object may take before it is made, beside the bins that its axes promise.
-constexpr std::size_t mostHeld = std::size_t{512} << 20U;
-constexpr std::size_t longestCodelet = std::size_t{1} << 20U;
+constexpr std::size_t maxHeld = std::size_t{512} << 20U;
+constexpr std::size_t maxCodeletLength = std::size_t{1} << 20U;
 /// An object that takes more says so before it does.
 constexpr std::size_t manyBytes = std::size_t{256} << 20U;
 
@@ -62,29 +62,29 @@ bool isCloud(std::string_view element) {
 
 }  // namespace
 
-AidaObjectWalk::AidaObjectWalk(std::filesystem::path path, Choice isWantedObject, RunContext& runContext)
+AidaObjectHandler::AidaObjectHandler(std::filesystem::path path, Choice isWantedObject, RunContext& runContext)
     : file(std::move(path)), isWanted(std::move(isWantedObject)), warnings(runContext) {}
 
-void AidaObjectWalk::warn(const std::string& about, const std::string& sentence) {
-    if (warned.size() < mostWarned && warned.insert(about).second)
+void AidaObjectHandler::warn(const std::string& about, const std::string& sentence) {
+    if (warned.size() < maxWarned && warned.insert(about).second)
         warnings.add(fmt::format("{}: {}", file.string(), sentence));
 }
 
-void AidaObjectWalk::beginDocument() {
+void AidaObjectHandler::beginDocument() {
     depth = skippedFrom = 0;
     raw.reset();
     package.clear();
     isInCodelet = false;
 }
 
-bool AidaObjectWalk::continuesAfter(const std::string& damage) {
+bool AidaObjectHandler::continuesAfter(const std::string& damage) {
     if (reader->document().empty())
         return false;
     warnings.add(damage);
     return true;
 }
 
-void AidaObjectWalk::beginElement(const char* name, const char* const* attributes) {
+void AidaObjectHandler::beginElement(const char* name, const char* const* attributes) {
     ++depth;
     if (skippedFrom != 0)
         return;
@@ -106,7 +106,7 @@ void AidaObjectWalk::beginElement(const char* name, const char* const* attribute
         warn(std::string(element), fmt::format("the unknown element <{}> is skipped", element));
 }
 
-void AidaObjectWalk::endElement(const char* /*name*/) {
+void AidaObjectHandler::endElement(const char* /*name*/) {
     isInCodelet = false;
     if (skippedFrom == depth)
         skippedFrom = 0;
@@ -115,33 +115,33 @@ void AidaObjectWalk::endElement(const char* /*name*/) {
     --depth;
 }
 
-void AidaObjectWalk::characters(std::string_view text) {
+void AidaObjectHandler::characters(std::string_view text) {
     if (!isInCodelet || !raw || !raw->problem.empty())
         return;
     raw->codelet += text;
-    if (raw->codelet.size() > longestCodelet) {
-        raw->problem = fmt::format("its codelet is longer than {} MB", longestCodelet >> 20U);
+    if (raw->codelet.size() > maxCodeletLength) {
+        raw->problem = fmt::format("its codelet is longer than {} MB", maxCodeletLength >> 20U);
         raw->codelet.clear();
     }
 }
 
 /// Counts what is kept of the object. @return false where that is too much; the object is then not made.
-bool AidaObjectWalk::hold(std::size_t bytes) {
+bool AidaObjectHandler::hold(std::size_t bytes) {
     held += bytes;
-    if (held <= mostHeld)
+    if (held <= maxHeld)
         return true;
     if (raw->problem.empty())
-        raw->problem = fmt::format("its parts take more than {} MB", mostHeld >> 20U);
+        raw->problem = fmt::format("its parts take more than {} MB", maxHeld >> 20U);
     raw->bins.clear();
     raw->points.clear();
     raw->annotation.clear();
     return false;
 }
 
-void AidaObjectWalk::beginObject(std::string_view name, const char* const* attributes) {
+void AidaObjectHandler::beginObject(std::string_view name, const char* const* attributes) {
     std::string warning;
-    if (found.size() == mostObjects)
-        throw Failure(fmt::format("{}{}: it holds more than {} objects", file.string(), reader->where(), mostObjects));
+    if (found.size() == maxObjects)
+        throw Failure(fmt::format("{}{}: it holds more than {} objects", file.string(), reader->where(), maxObjects));
     held = promised = 0;
     raw.emplace();
     raw->path = paths.next(attributes, reader->document(), warning);
@@ -160,7 +160,7 @@ void AidaObjectWalk::beginObject(std::string_view name, const char* const* attri
         skippedFrom = depth;
 }
 
-void AidaObjectWalk::endObject() {
+void AidaObjectHandler::endObject() {
     AidaObject object{raw->path, raw->element, nullptr, raw->bins.size()};
     std::vector<std::string> sentences;
     const std::size_t bytes = isMade && raw->problem.empty() ? promisedBytes(*raw) : 0;
@@ -184,7 +184,7 @@ void AidaObjectWalk::endObject() {
     raw.reset();
 }
 
-bool AidaObjectWalk::inObject(std::string_view name, const char* const* attributes) {
+bool AidaObjectHandler::inObject(std::string_view name, const char* const* attributes) {
     if (name == "annotation")
         return depth == 3;
     if (name == "item") {
@@ -203,7 +203,7 @@ bool AidaObjectWalk::inObject(std::string_view name, const char* const* attribut
     return raw->element == "dataPointSet" ? inPoints(name, attributes) : inHistogram(name, attributes);
 }
 
-void AidaObjectWalk::putItem(const char* const* attributes) {
+void AidaObjectHandler::putItem(const char* const* attributes) {
     AnnotationItem item;
     const char* key = attributeOf(attributes, "key");
     item.key = textOr(key, "");
@@ -220,7 +220,7 @@ void AidaObjectWalk::putItem(const char* const* attributes) {
         raw->annotation.push_back(std::move(item));
 }
 
-bool AidaObjectWalk::inHistogram(std::string_view name, const char* const* attributes) {
+bool AidaObjectHandler::inHistogram(std::string_view name, const char* const* attributes) {
     if (name == "axis" && hold(sizeof(RawAxis)))
         raw->axes.push_back({textOr(attributeOf(attributes, "direction"), "x"),
                              textOr(attributeOf(attributes, "min"), ""),
@@ -238,7 +238,7 @@ bool AidaObjectWalk::inHistogram(std::string_view name, const char* const* attri
     return true;
 }
 
-void AidaObjectWalk::putBin(const char* const* attributes, std::size_t dimensions) {
+void AidaObjectHandler::putBin(const char* const* attributes, std::size_t dimensions) {
     constexpr std::array numbers{"binNumX", "binNumY", "binNumZ"};
     constexpr std::array means{"weightedMeanX", "weightedMeanY", "weightedMeanZ"};
     constexpr std::array spreads{"weightedRmsX", "weightedRmsY", "weightedRmsZ"};
@@ -263,7 +263,7 @@ void AidaObjectWalk::putBin(const char* const* attributes, std::size_t dimension
     raw->bins.push_back(bin);
 }
 
-bool AidaObjectWalk::inPoints(std::string_view name, const char* const* attributes) {
+bool AidaObjectHandler::inPoints(std::string_view name, const char* const* attributes) {
     if (name == "dataPoint") {
         if (hold(sizeof(raw->points.front())))
             raw->points.emplace_back();
@@ -284,7 +284,7 @@ bool AidaObjectWalk::inPoints(std::string_view name, const char* const* attribut
 }
 
 /// Titles of axes are no part of the document type, but several programs write them, also misspelt.
-void AidaObjectWalk::putAxisTitle(const char* const* attributes) {
+void AidaObjectHandler::putAxisTitle(const char* const* attributes) {
     const double place = numberOr(attributeOf(attributes, "dim"), static_cast<double>(raw->axisTitles.size()));
     if (!(place >= 0.0) || place > 1000.0)
         return;
@@ -294,7 +294,7 @@ void AidaObjectWalk::putAxisTitle(const char* const* attributes) {
         textOr(attributeOf(attributes, "title"), textOr(attributeOf(attributes, "Title"), "").c_str());
 }
 
-bool AidaObjectWalk::inFunction(std::string_view name, const char* const* attributes) {
+bool AidaObjectHandler::inFunction(std::string_view name, const char* const* attributes) {
     if (name == "codelet") {
         // One program writes it as an attribute.
         raw->codelet += textOr(attributeOf(attributes, "name"), "");

@@ -18,12 +18,12 @@ namespace velmorak::io {
 
 /// Follows the elements of an AIDA file and makes its histograms, profiles, points and functions; tuples and points of
 /// clouds are passed over. What cannot be made is told as a warning, and the rest is read.
-class AidaObjectWalk : public XmlHandler {
+class AidaObjectHandler : public XmlHandler {
 public:
     /// Whether an object of a path and an element is to be made.
     using Choice = std::function<bool(const std::string& path, const std::string& element)>;
 
-    AidaObjectWalk(std::filesystem::path path, Choice isWantedObject, RunContext& runContext);
+    AidaObjectHandler(std::filesystem::path path, Choice isWantedObject, RunContext& runContext);
 
     /// The reader that this walk is the handler of, told right after both are made.
     void attach(XmlReader& xmlReader) { reader = &xmlReader; }

@@ -13,15 +13,15 @@ namespace velmorak {
 
 namespace {
 
-using io::AidaObjectWalk;
+using io::AidaObjectHandler;
 using io::XmlReader;
 
-constexpr std::size_t mostNamed = 40;
+constexpr std::size_t maxNamed = 40;
 
 /// @param damage where the file is damaged, why; what is complete before the damage is in the list.
-std::vector<AidaObject> readAll(const std::filesystem::path& file, const AidaObjectWalk::Choice& isWanted,
+std::vector<AidaObject> readAll(const std::filesystem::path& file, const AidaObjectHandler::Choice& isWanted,
                                 RunContext& context, std::string& damage) {
-    AidaObjectWalk walk(file, isWanted, context);
+    AidaObjectHandler walk(file, isWanted, context);
     XmlReader reader(file, walk, context);
     walk.attach(reader);
     try {
@@ -40,10 +40,10 @@ std::vector<AidaObject> readAll(const std::filesystem::path& file, const AidaObj
 
 std::string named(const std::vector<AidaObject>& objects) {
     std::string all;
-    for (std::size_t i = 0; i < std::min(objects.size(), mostNamed); ++i)
+    for (std::size_t i = 0; i < std::min(objects.size(), maxNamed); ++i)
         all += fmt::format("{}{} ({})", i == 0 ? "" : ", ", objects[i].path, objects[i].element);
-    if (objects.size() > mostNamed)
-        all += fmt::format(" and {} more", objects.size() - mostNamed);
+    if (objects.size() > maxNamed)
+        all += fmt::format(" and {} more", objects.size() - maxNamed);
     return objects.empty() ? "nothing" : all;
 }
 

@@ -14,10 +14,10 @@ namespace velmorak {
 
 namespace {
 
-using io::AidaWalk;
+using io::AidaTupleHandler;
 using io::XmlReader;
 
-constexpr std::size_t mostNamed = 40;
+constexpr std::size_t maxNamed = 40;
 
 bool isTabular(const AidaEntry& entry) {
     return entry.element == "tuple" || entry.element.substr(0, 5) == "cloud";
@@ -29,10 +29,10 @@ bool endsWith(std::string_view text, std::string_view end) {
 
 std::string named(const std::vector<AidaEntry>& entries) {
     std::string all;
-    for (std::size_t i = 0; i < std::min(entries.size(), mostNamed); ++i)
+    for (std::size_t i = 0; i < std::min(entries.size(), maxNamed); ++i)
         all += fmt::format("{}{} ({})", i == 0 ? "" : ", ", entries[i].path, entries[i].element);
-    if (entries.size() > mostNamed)
-        all += fmt::format(" and {} more", entries.size() - mostNamed);
+    if (entries.size() > maxNamed)
+        all += fmt::format(" and {} more", entries.size() - maxNamed);
     return entries.empty() ? "nothing" : all;
 }
 
@@ -50,7 +50,7 @@ std::vector<AidaEntry> worthNaming(const std::vector<AidaEntry>& entries) {
 
 /// What stands in a file, without a word about its oddities.
 std::vector<AidaEntry> listed(const std::filesystem::path& file, RunContext& context, std::string& damage) {
-    AidaWalk walk(file, "", context);
+    AidaTupleHandler walk(file, "", context);
     XmlReader reader(file, walk, context);
     walk.attach(reader);
     try {
@@ -163,8 +163,8 @@ private:
             members.pop_front();
             ++begun;
             reader.reset();
-            walk = std::make_unique<AidaWalk>(file, path, context);
-            walk->goOnWith(std::move(rows));
+            walk = std::make_unique<AidaTupleHandler>(file, path, context);
+            walk->appendTo(std::move(rows));
             reader = std::make_unique<XmlReader>(file, *walk, context, reading);
             walk->attach(*reader);
             while (walk->builder() == nullptr && !walk->isDone() && reader->advance()) {
@@ -172,9 +172,9 @@ private:
             if (walk->builder() == nullptr && walk->chain().empty())
                 refuseMissing(path);
             members.insert(members.begin(), walk->chain().begin(), walk->chain().end());
-            if (begun + members.size() > mostMembers)
+            if (begun + members.size() > maxMembers)
                 throw Failure(fmt::format("{}: {} is a chain of more than {} tuples, or of itself", file.string(), path,
-                                          mostMembers));
+                                          maxMembers));
             if (walk->builder() == nullptr)
                 rows = walk->release();
         } while (walk->builder() == nullptr);
@@ -187,12 +187,12 @@ private:
         refuse(file, fmt::format("holds no object {}", path), walk->entries());
     }
 
-    static constexpr std::size_t mostMembers = 1000;
+    static constexpr std::size_t maxMembers = 1000;
 
     std::filesystem::path file;
     RunContext& context;
     io::RowReading reading;
-    std::unique_ptr<AidaWalk> walk;
+    std::unique_ptr<AidaTupleHandler> walk;
     std::unique_ptr<XmlReader> reader;
     std::deque<std::string> members;  ///< Paths of the tuples whose rows are still to come.
     std::size_t begun = 0;            ///< Tuples whose rows have come, and chains.

@@ -12,13 +12,13 @@ namespace velmorak::io {
 namespace {
 
 /// Deeper than any table is read; a file that means harm could nest without end.
-constexpr std::size_t deepestColumns = 64;
+constexpr std::size_t maxColumnDepth = 64;
 /// More are in no file, and the list of them must have an end.
-constexpr std::size_t mostObjects = 1'000'000;
-constexpr std::size_t mostListedColumns = 8'000'000;
+constexpr std::size_t maxObjects = 1'000'000;
+constexpr std::size_t maxListedColumns = 8'000'000;
 /// Different sentences about one file, that are remembered so as not to come twice.
-constexpr std::size_t mostWarned = 1000;
-constexpr std::size_t mostReported = 20;
+constexpr std::size_t maxWarned = 1000;
+constexpr std::size_t maxReported = 20;
 
 bool isCloud(std::string_view name) {
     return name.substr(0, 5) == "cloud";
@@ -40,31 +40,31 @@ std::string textOr(const char* text, const char* other) {
 
 }  // namespace
 
-AidaWalk::AidaWalk(std::filesystem::path path, std::string wantedPath, RunContext& runContext)
+AidaTupleHandler::AidaTupleHandler(std::filesystem::path path, std::string wantedPath, RunContext& runContext)
     : file(std::move(path)), wanted(std::move(wantedPath)), warnings(runContext) {}
 
-void AidaWalk::fail(const std::string& reason) const {
+void AidaTupleHandler::fail(const std::string& reason) const {
     throw Failure(fmt::format("{}{}: {}", file.string(), reader->where(), reason));
 }
 
-void AidaWalk::warnOnce(const std::string& about, const std::string& sentence) {
-    if (isReading() && warned.size() < mostWarned && warned.insert(about).second)
+void AidaTupleHandler::warnOnce(const std::string& about, const std::string& sentence) {
+    if (isReading() && warned.size() < maxWarned && warned.insert(about).second)
         warnings.add(fmt::format("{}: {}", file.string(), sentence));
 }
 
-void AidaWalk::noteUnknown(std::string_view name) {
+void AidaTupleHandler::noteUnknown(std::string_view name) {
     if (isReading() && !isKnownElement(name))
         warnOnce(fmt::format("<{}>", name), fmt::format("the unknown element <{}> is skipped", name));
 }
 
-void AidaWalk::beginElement(const char* name, const char* const* attributes) {
+void AidaTupleHandler::beginElement(const char* name, const char* const* attributes) {
     const State state = begun(name, attributes);
     if (state == State::Skipped)
         noteUnknown(name);
     states.push_back(state);
 }
 
-AidaWalk::State AidaWalk::begun(std::string_view name, const char* const* attributes) {
+AidaTupleHandler::State AidaTupleHandler::begun(std::string_view name, const char* const* attributes) {
     switch (states.back()) {
         case State::File:
             if (name != "aida")
@@ -80,7 +80,7 @@ AidaWalk::State AidaWalk::begun(std::string_view name, const char* const* attrib
             beginColumn(attributes);
             return State::Column;
         case State::Column:
-            return name == "columns" && openColumns.size() < deepestColumns ? State::Columns : State::Skipped;
+            return name == "columns" && openColumns.size() < maxColumnDepth ? State::Columns : State::Skipped;
         case State::Rows:
             return name == "row" ? State::Row : State::Skipped;
         case State::Row:
@@ -100,28 +100,28 @@ AidaWalk::State AidaWalk::begun(std::string_view name, const char* const* attrib
     }
 }
 
-void AidaWalk::beginDocument() {
+void AidaTupleHandler::beginDocument() {
     states = {State::File};
     isInPlainRows = false;
     openColumns.clear();
     isWanted = false;
 }
 
-bool AidaWalk::continuesAfter(const std::string& damage) {
+bool AidaTupleHandler::continuesAfter(const std::string& damage) {
     if (reader->document().empty() || hasBegun)
         return false;
     // What was looked for may have been in there.
     if (isReading())
         warnings.add(damage);
-    if (reported.size() < mostReported)
+    if (reported.size() < maxReported)
         reported.push_back(damage);
     return true;
 }
 
-AidaWalk::State AidaWalk::beginObject(std::string_view name, const char* const* attributes) {
+AidaTupleHandler::State AidaTupleHandler::beginObject(std::string_view name, const char* const* attributes) {
     std::string warning;
-    if (found.size() == mostObjects)
-        fail(fmt::format("it holds more than {} objects", mostObjects));
+    if (found.size() == maxObjects)
+        fail(fmt::format("it holds more than {} objects", maxObjects));
     current = {paths.next(attributes, reader->document(), warning), std::string(name), {}};
     if (!warning.empty())
         warnOnce(warning, warning);
@@ -140,7 +140,7 @@ AidaWalk::State AidaWalk::beginObject(std::string_view name, const char* const* 
     return State::Cloud;
 }
 
-AidaWalk::State AidaWalk::beginInTuple(std::string_view name, const char* const* attributes) {
+AidaTupleHandler::State AidaTupleHandler::beginInTuple(std::string_view name, const char* const* attributes) {
     if (name == "columns")
         return State::Columns;
     if (name == "tuple" && isWanted)
@@ -155,7 +155,7 @@ AidaWalk::State AidaWalk::beginInTuple(std::string_view name, const char* const*
     return isWanted ? State::Rows : State::PassedRows;
 }
 
-AidaWalk::State AidaWalk::beginInCloud(std::string_view name) {
+AidaTupleHandler::State AidaTupleHandler::beginInCloud(std::string_view name) {
     isConverted = isConverted || name.substr(0, 9) == "histogram";
     if (name.substr(0, 7) != "entries")
         return State::Skipped;
@@ -163,7 +163,7 @@ AidaWalk::State AidaWalk::beginInCloud(std::string_view name) {
     return isWanted ? State::Points : State::Skipped;
 }
 
-AidaWalk::State AidaWalk::beginInRow(std::string_view name, const char* const* attributes) {
+AidaTupleHandler::State AidaTupleHandler::beginInRow(std::string_view name, const char* const* attributes) {
     if (name == "entry") {
         putEntry(attributes);
         return State::Entry;
@@ -174,7 +174,7 @@ AidaWalk::State AidaWalk::beginInRow(std::string_view name, const char* const* a
     return State::Nested;
 }
 
-void AidaWalk::putEntry(const char* const* attributes) {
+void AidaTupleHandler::putEntry(const char* const* attributes) {
     const char* value = attributeOf(attributes, "value");
     if (value == nullptr)
         rowBuilder->missingEntry();
@@ -182,7 +182,7 @@ void AidaWalk::putEntry(const char* const* attributes) {
         fail(rowBuilder->problem());
 }
 
-void AidaWalk::putPoint(const char* const* attributes) {
+void AidaTupleHandler::putPoint(const char* const* attributes) {
     constexpr std::array names{"valueX", "valueY", "valueZ"};
     const auto put = [&](const char* value) {
         if (value == nullptr)
@@ -195,22 +195,22 @@ void AidaWalk::putPoint(const char* const* attributes) {
     put(attributeOf(attributes, "weight"));
 }
 
-void AidaWalk::beginColumn(const char* const* attributes) {
-    if (++columnCount > (isWanted ? mostColumns : mostListedColumns))
-        fail(fmt::format("there are more than {} columns", isWanted ? mostColumns : mostListedColumns));
+void AidaTupleHandler::beginColumn(const char* const* attributes) {
+    if (++columnCount > (isWanted ? maxColumns : maxListedColumns))
+        fail(fmt::format("there are more than {} columns", isWanted ? maxColumns : maxListedColumns));
     openColumns.push_back(columnFrom(textOr(attributeOf(attributes, "name"), ""),
                                      textOr(attributeOf(attributes, "type"), "double"),
                                      textOr(attributeOf(attributes, "booking"), "")));
 }
 
-void AidaWalk::endColumn() {
+void AidaTupleHandler::endColumn() {
     AidaColumn column = std::move(openColumns.back());
     openColumns.pop_back();
     auto& parent = openColumns.empty() ? header : openColumns.back().children;
     parent.push_back(std::move(column));
 }
 
-void AidaWalk::endHeader() {
+void AidaTupleHandler::endHeader() {
     if (hasHeader)
         return;
     hasHeader = true;
@@ -232,7 +232,7 @@ void AidaWalk::endHeader() {
     reader->pause();
 }
 
-void AidaWalk::endElement(const char* /*name*/) {
+void AidaTupleHandler::endElement(const char* /*name*/) {
     const State state = states.back();
     states.pop_back();
     switch (state) {
@@ -259,7 +259,7 @@ void AidaWalk::endElement(const char* /*name*/) {
     }
 }
 
-void AidaWalk::endRow() {
+void AidaTupleHandler::endRow() {
     rowBuilder->endRow();
     if (rowBuilder->hasExtraEntries())
         warnOnce("extra entries",
@@ -268,7 +268,7 @@ void AidaWalk::endRow() {
         reader->pause();
 }
 
-std::size_t AidaWalk::takeRows(const PlainRows& rows, std::size_t first) {
+std::size_t AidaTupleHandler::takeRows(const PlainRows& rows, std::size_t first) {
     if (!rowBuilder)
         return rows.count() - first;
     const std::size_t count = rowBuilder->roomFor(rows, first);
@@ -276,7 +276,7 @@ std::size_t AidaWalk::takeRows(const PlainRows& rows, std::size_t first) {
     return count;
 }
 
-void AidaWalk::endObject() {
+void AidaTupleHandler::endObject() {
     if (isWanted && !hasHeader && isConverted)
         fail(fmt::format("the cloud {} has been converted to a histogram and holds no points any more", current.path));
     if (!isWanted || members.empty() || hasHeader)

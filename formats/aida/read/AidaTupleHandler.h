@@ -17,10 +17,10 @@ namespace velmorak::io {
 
 /// Follows the elements of an AIDA file: finds its objects, reads the headers of tuples and clouds, and builds the rows
 /// of the one that is wanted.
-class AidaWalk : public XmlHandler {
+class AidaTupleHandler : public XmlHandler {
 public:
     /// @param wantedPath path of the object whose rows are built; empty for none, when only the objects are found.
-    AidaWalk(std::filesystem::path path, std::string wantedPath, RunContext& runContext);
+    AidaTupleHandler(std::filesystem::path path, std::string wantedPath, RunContext& runContext);
 
     /// The reader that this walk is the handler of, told right after both are made.
     void attach(XmlReader& xmlReader) { reader = &xmlReader; }
@@ -30,7 +30,7 @@ public:
     /// Null until the header of the wanted object has been read; the reader then pauses.
     TupleBuilder* builder() { return hasBegun ? rowBuilder.get() : nullptr; }
     /// The rows are put behind those of another tuple, which must have the same columns.
-    void goOnWith(std::unique_ptr<TupleBuilder> rows) { rowBuilder = std::move(rows); }
+    void appendTo(std::unique_ptr<TupleBuilder> rows) { rowBuilder = std::move(rows); }
     /// Complete rows, also of such a tuple before it.
     const std::unique_ptr<TupleBuilder>& rows() const { return rowBuilder; }
     std::unique_ptr<TupleBuilder> release() { return std::move(rowBuilder); }

@@ -15,11 +15,11 @@ namespace velmorak::io {
 
 namespace {
 
-constexpr std::size_t deepestNested = 16;
+constexpr std::size_t maxNestingDepth = 16;
 /// A nested row without entries has the defaults of all its columns: a few bytes of the file can ask for many values.
-constexpr std::size_t mostNestedValues = std::size_t{8} << 20U;
+constexpr std::size_t maxNestedValues = std::size_t{8} << 20U;
 /// The name of a nested column stands in those of all that are in it.
-constexpr std::size_t mostNameBytes = std::size_t{64} << 20U;
+constexpr std::size_t maxNameBytes = std::size_t{64} << 20U;
 
 std::string_view trimmed(std::string_view text) {
     const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
@@ -94,7 +94,7 @@ TupleBuilder::TupleBuilder(const std::vector<AidaColumn>& columns) : header(colu
         items.push_back(column.isNested ? addNested(column, column.name, 0) : addColumn(column));
     allColumns = Schema(std::exchange(infos, {}));
     timesUsed.clear();
-    mostRows = rowsInChunk(allColumns);
+    maxRows = rowsInChunk(allColumns);
     for (std::size_t i = 0; i < allColumns.size(); ++i) {
         const bool isList = allColumns[i].isList;
         rowBytes += isList ? sizeof(std::uint64_t) : bytesInRow(Schema({allColumns[i]}));
@@ -113,7 +113,7 @@ TupleBuilder::Item TupleBuilder::addColumn(const AidaColumn& column) {
 TupleBuilder::Item TupleBuilder::addNested(const AidaColumn& column, const std::string& name, std::size_t depth) {
     Item item;
     item.isNested = true;
-    if (depth > deepestNested) {
+    if (depth > maxNestingDepth) {
         note(fmt::format(R"(the column "{}" is nested too deep and is left out)", name));
         return item;
     }
@@ -169,8 +169,8 @@ std::size_t TupleBuilder::addSlot(const AidaColumn& column, const std::string& n
         note(fmt::format(R"(the type "{}" of the column "{}" is not known; it is read as text)", column.typeText,
                          unique));
     nameBytes += unique.size();
-    if (nameBytes > mostNameBytes) {
-        throw Failure(fmt::format("the names of its columns take more than {} MB", mostNameBytes >> 20U));
+    if (nameBytes > maxNameBytes) {
+        throw Failure(fmt::format("the names of its columns take more than {} MB", maxNameBytes >> 20U));
     }
     infos.push_back({unique, column.type, isList});
     Slot slot;
@@ -270,8 +270,8 @@ void TupleBuilder::beginNested() {
 bool TupleBuilder::endNestedRow() {
     Item* item = levels.back().item;
     nestedValues += item == nullptr ? 0 : item->children.size() + 1;
-    if (nestedValues > mostNestedValues) {
-        reason = fmt::format("there are more than {} values in the nested rows of one row", mostNestedValues);
+    if (nestedValues > maxNestedValues) {
+        reason = fmt::format("there are more than {} values in the nested rows of one row", maxNestedValues);
         return false;
     }
     while (item != nullptr && levels.back().position < item->children.size())
@@ -330,10 +330,10 @@ void TupleBuilder::weighRow() {
 }
 
 std::size_t TupleBuilder::roomFor(const PlainRows& rows, std::size_t first) const {
-    const std::size_t most = std::min(rows.count() - first, mostRows - rowCount);
+    const std::size_t most = std::min(rows.count() - first, maxRows - rowCount);
     std::size_t whole = bytes;
     for (std::size_t count = 0; count < most; ++count) {
-        if (whole >= mostChunkBytes)
+        if (whole >= maxChunkBytes)
             return count;
         whole += rowBytes;
         for (const std::size_t position : unequal)

@@ -50,7 +50,7 @@ public:
     /// Complete rows that have not been taken.
     std::size_t rows() const { return rowCount; }
     /// They are a whole chunk: in number, or because their texts and lists are large.
-    bool isFull() const { return rowCount >= mostRows || bytes >= mostChunkBytes; }
+    bool isFull() const { return rowCount >= maxRows || bytes >= maxChunkBytes; }
     /// Moves the complete rows out; the builder begins anew.
     std::vector<ColumnPtr> take();
 
@@ -107,7 +107,7 @@ private:
     std::vector<Level> levels;     ///< From the outermost to the one that is being read.
     std::size_t position = 0;      ///< Of the next entry in the row.
     std::size_t rowCount = 0;
-    std::size_t mostRows = 0;          ///< In a chunk.
+    std::size_t maxRows = 0;          ///< In a chunk.
     std::size_t rowBytes = 0;          ///< Of a row without its texts and lists.
     std::vector<std::size_t> unequal;  ///< Slots whose values are texts, or lists.
     std::size_t bytes = 0;             ///< Of the complete rows.

@@ -11,8 +11,8 @@ namespace {
 
 __extension__ using Wide = unsigned __int128;
 
-constexpr int leastPower = -27;  ///< 5^27 is the largest power of 5 that 64 bits hold.
-constexpr int mostPower = 27;
+constexpr int minPower = -27;  ///< 5^27 is the largest power of 5 that 64 bits hold.
+constexpr int maxPower = 27;
 
 /// The first 128 bits of a power of 5, the highest of them set; of a power below 0 one more than these.
 struct PowerOf5 {
@@ -45,10 +45,10 @@ constexpr PowerOf5 reciprocal(std::uint64_t power) {
 }
 
 constexpr auto makePowers() {
-    std::array<PowerOf5, mostPower - leastPower + 1> powers{};
-    for (int exponent = leastPower; exponent <= mostPower; ++exponent) {
+    std::array<PowerOf5, maxPower - minPower + 1> powers{};
+    for (int exponent = minPower; exponent <= maxPower; ++exponent) {
         const std::uint64_t power = power5(exponent < 0 ? -exponent : exponent);
-        powers[static_cast<std::size_t>(exponent - leastPower)] =
+        powers[static_cast<std::size_t>(exponent - minPower)] =
             exponent < 0 ? reciprocal(power) : PowerOf5{power << std::countl_zero(power), 0};
     }
     return powers;
@@ -65,7 +65,7 @@ double rounded(std::uint64_t digits, int exponent) {
         return 0.0;
     const int zeros = std::countl_zero(digits);
     digits <<= zeros;
-    const PowerOf5& power = powersOf5[static_cast<std::size_t>(exponent - leastPower)];
+    const PowerOf5& power = powersOf5[static_cast<std::size_t>(exponent - minPower)];
     const Wide first = static_cast<Wide>(digits) * power.high;
     auto high = static_cast<std::uint64_t>(first >> 64);
     auto low = static_cast<std::uint64_t>(first);
@@ -142,7 +142,7 @@ const char* scanExponent(const char* text, int& exponent) {
 }  // namespace
 
 const char* scanDecimal(const char* text, double& value) {
-    constexpr std::ptrdiff_t mostDigits = 19;
+    constexpr std::ptrdiff_t maxDigits = 19;
     const bool isNegative = *text == '-';
     if (isNegative)
         ++text;
@@ -157,13 +157,13 @@ const char* scanDecimal(const char* text, double& value) {
         exponent = static_cast<int>(fraction - end);
     }
     // Zeros in front are no digits that have to be held.
-    for (const char* zero = text; count > mostDigits && (*zero == '0' || *zero == '.'); ++zero)
+    for (const char* zero = text; count > maxDigits && (*zero == '0' || *zero == '.'); ++zero)
         count -= *zero == '0' ? 1 : 0;
-    if (count == 0 || count > mostDigits)
+    if (count == 0 || count > maxDigits)
         return nullptr;
     if (*end == 'e' || *end == 'E')
         end = scanExponent(end + 1, exponent);
-    if (end == nullptr || ((exponent < leastPower || exponent > mostPower) && digits != 0))
+    if (end == nullptr || ((exponent < minPower || exponent > maxPower) && digits != 0))
         return nullptr;
     const double size = digits == 0 ? 0.0 : rounded(digits, exponent);
     value = isNegative ? -size : size;

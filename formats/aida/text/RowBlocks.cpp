@@ -26,10 +26,10 @@ void RowBlocks::Block::scanFrom(std::size_t begin) {
 struct RowBlocks::Shared {
     using Lock = std::unique_lock<std::mutex>;
 
-    Shared(ByteStream& bytes, std::vector<PlainColumn> columns, std::size_t most)
-        : stream(bytes), layout(std::move(columns)), mostBlocks(most) {}
+    Shared(TextInput& bytes, std::vector<PlainColumn> columns, std::size_t most)
+        : stream(bytes), layout(std::move(columns)), maxBlocks(most) {}
 
-    bool mayRead() const { return !isReading && !isAtEnd && blocks.size() < mostBlocks; }
+    bool mayRead() const { return !isReading && !isAtEnd && blocks.size() < maxBlocks; }
     Block* firstUnscanned() const;
     /// @return false when there is nothing to do.
     bool work(Lock& lock, bool isReadingFirst);
@@ -40,9 +40,9 @@ struct RowBlocks::Shared {
     void callHelpers(const std::shared_ptr<Shared>& self, std::size_t most);
     void forgetText();
 
-    ByteStream& stream;
+    TextInput& stream;
     const std::vector<PlainColumn> layout;
-    const std::size_t mostBlocks;
+    const std::size_t maxBlocks;
     std::mutex mutex;
     std::condition_variable changed;
     std::deque<std::unique_ptr<Block>> blocks;   ///< In the order of the text.
@@ -144,8 +144,8 @@ void RowBlocks::Shared::help() {
 
 /// Not for every block that may be read: helpers would come and go.
 void RowBlocks::Shared::callHelpers(const std::shared_ptr<Shared>& self, std::size_t most) {
-    for (; helpers < most && !isAtEnd && 2 * blocks.size() <= mostBlocks; ++helpers)
-        doAside([self] { self->help(); });
+    for (; helpers < most && !isAtEnd && 2 * blocks.size() <= maxBlocks; ++helpers)
+        spawnTask([self] { self->help(); });
 }
 
 /// A helper that has not come yet holds this, maybe for long.
@@ -155,7 +155,7 @@ void RowBlocks::Shared::forgetText() {
     rest = std::vector<char>();
 }
 
-RowBlocks::RowBlocks(ByteStream& bytes, const std::vector<PlainColumn>& columns)
+RowBlocks::RowBlocks(TextInput& bytes, const std::vector<PlainColumn>& columns)
     : threads(static_cast<std::size_t>(std::max(1, oneapi::tbb::this_task_arena::max_concurrency()))) {
     shared = std::make_shared<Shared>(bytes, columns, threads == 1 ? 1 : 4 + 4 * threads);
 }

@@ -36,7 +36,7 @@ public:
     };
 
     /// @param bytes outlives this, and is read by nobody else until then.
-    RowBlocks(ByteStream& bytes, const std::vector<PlainColumn>& columns);
+    RowBlocks(TextInput& bytes, const std::vector<PlainColumn>& columns);
     ~RowBlocks();
     RowBlocks(const RowBlocks&) = delete;
     RowBlocks& operator=(const RowBlocks&) = delete;

@@ -20,7 +20,7 @@ constexpr std::string_view entryBegin = R"(<entry value=")";
 constexpr std::string_view entryEnd = R"("/>)";
 
 /// The shortest row of so many columns.
-std::size_t leastBytes(std::size_t columns) {
+std::size_t minBytes(std::size_t columns) {
     return rowBegin.size() + rowEnd.size() + columns * (entryBegin.size() + entryEnd.size());
 }
 
@@ -92,7 +92,7 @@ PlainRows::PlainRows(const std::vector<PlainColumn>& columns) : values(columns.s
 }
 
 void PlainRows::makeRoom(std::size_t size) {
-    const std::size_t most = size / leastBytes(targets.size()) + 1;
+    const std::size_t most = size / minBytes(targets.size()) + 1;
     if (most > room) {
         room = most;
         for (Column& column : values)

@@ -15,10 +15,10 @@ namespace velmorak::io {
 namespace {
 
 constexpr std::size_t deepest = 1000;
-constexpr std::size_t longestName = 1000;
-constexpr std::size_t longestTag = std::size_t{64} << 20U;
-constexpr std::size_t longestToken = std::size_t{256} << 20U;
-constexpr std::size_t largestPiece = std::size_t{32} << 20U;
+constexpr std::size_t maxNameLength = 1000;
+constexpr std::size_t maxTagLength = std::size_t{64} << 20U;
+constexpr std::size_t maxTokenLength = std::size_t{256} << 20U;
+constexpr std::size_t maxPiece = std::size_t{32} << 20U;
 
 }  // namespace
 
@@ -48,11 +48,11 @@ std::size_t XmlReader::wantedBytes() const {
     }
     const std::string_view first = currentBytes(2);
     const bool isTag = first.size() == 2 && first[0] == '<' && first[1] != '!' && first[1] != '?';
-    if (pending > (isTag ? longestTag : longestToken)) {
-        fail(isTag ? fmt::format("a tag is longer than {} MB", longestTag >> 20U)
-                   : fmt::format("a comment or text is longer than {} MB", longestToken >> 20U));
+    if (pending > (isTag ? maxTagLength : maxTokenLength)) {
+        fail(isTag ? fmt::format("a tag is longer than {} MB", maxTagLength >> 20U)
+                   : fmt::format("a comment or text is longer than {} MB", maxTokenLength >> 20U));
     }
-    return std::min(pending, largestPiece);
+    return std::min(pending, maxPiece);
 }
 
 void XmlReader::fail(const std::string& reason) const {
@@ -63,8 +63,8 @@ void XmlReader::checkElement(const char* name, const char* const* attributes) {
     if (++depth > deepest) {
         fail(fmt::format("elements lie deeper than {}", deepest));
     }
-    if (std::strlen(name) > longestName) {
-        fail(fmt::format("the name of an element is longer than {} bytes", longestName));
+    if (std::strlen(name) > maxNameLength) {
+        fail(fmt::format("the name of an element is longer than {} bytes", maxNameLength));
     }
     if (!names.see(name, attributes)) {
         fail(fmt::format("there are more than {} different names of elements or attributes", XmlNames::most));

@@ -100,7 +100,7 @@ private:
     std::filesystem::path path;
     XmlHandler& handler;
     RunContext& context;
-    ByteStream stream;
+    TextInput stream;
     TextRepair repair;
     XmlReferences references;
     XmlNames names;

@@ -9,7 +9,7 @@ namespace velmorak::io {
 namespace {
 
 constexpr std::string_view rowEnd = "</row>";
-constexpr std::size_t mostOddRows = 1024;
+constexpr std::size_t maxOddRows = 1024;
 
 }  // namespace
 
@@ -78,7 +78,7 @@ std::string_view XmlReader::nextOddRows() {
             const std::size_t found = text.find(rowEnd, end);
             end = found == std::string_view::npos ? text.size() : found + rowEnd.size();
         }
-        oddRows = std::min(2 * oddRows, mostOddRows);
+        oddRows = std::min(2 * oddRows, maxOddRows);
         const std::string_view rows = text.substr(cursor, end - cursor);
         cursor = end;
         return rows;

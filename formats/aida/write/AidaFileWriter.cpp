@@ -111,7 +111,7 @@ std::string columnElement(const ColumnInfo& column) {
 
 }  // namespace
 
-struct AidaFileWriter::Part {
+struct AidaFileWriter::Impl {
     struct Close {
         void operator()(std::FILE* open) const { std::fclose(open); }
     };
@@ -137,7 +137,7 @@ struct AidaFileWriter::Part {
     bool hasNestedRows = false;
 };
 
-AidaFileWriter::AidaFileWriter(const std::filesystem::path& file) : part(std::make_unique<Part>()) {
+AidaFileWriter::AidaFileWriter(const std::filesystem::path& file) : part(std::make_unique<Impl>()) {
     part->path = file;
     part->file.reset(std::fopen(file.c_str(), "wb"));
     if (!part->file)

@@ -23,7 +23,7 @@ constexpr std::array labels{"XLabel", "YLabel", "ZLabel"};
 constexpr std::array madeAnew{"Title", "XLabel", "YLabel", "ZLabel", "NaNEntries", "ExactSums", "Sums"};
 
 /// A longer list is written as several items: readers have a limit for what stands in one tag.
-constexpr std::size_t longestList = std::size_t{16} << 20U;
+constexpr std::size_t maxListLength = std::size_t{16} << 20U;
 
 std::string item(std::string_view key, std::string_view value, bool isSticky) {
     return fmt::format("<item key=\"{}\" value=\"{}\" sticky=\"{}\"/>\n", escaped(key), escaped(value), isSticky);
@@ -230,8 +230,8 @@ void AnnotationText::add(std::string_view key, std::string_view value) {
 }
 
 void AnnotationText::addList(std::string_view key, std::string_view list) {
-    while (list.size() > longestList) {
-        const std::size_t end = list.rfind("; ", longestList);
+    while (list.size() > maxListLength) {
+        const std::size_t end = list.rfind("; ", maxListLength);
         add(key, list.substr(0, end));
         list.remove_prefix(end + 2);
     }

@@ -73,8 +73,8 @@ public:
     void close();
 
 private:
-    struct Part;
-    std::unique_ptr<Part> part;
+    struct Impl;
+    std::unique_ptr<Impl> part;
 };
 
 /// A chunk's rows as they stand between <rows> and </rows>; may be called by several threads at once.

@@ -8,13 +8,13 @@ namespace velmorak {
 
 /// The bytes of a text file from front to back, unpacked where its first bytes say that it is packed with gzip (in one
 /// member or several) or bzip2, or is a zip archive of one file. Its name does not matter. Threads: one at a time.
-class PackedFile {
+class CompressedFile {
 public:
     /// @throws Failure when the file cannot be opened, or is an archive of no file or of several.
-    explicit PackedFile(const std::filesystem::path& file);
-    PackedFile(PackedFile&& other) noexcept;
-    PackedFile& operator=(PackedFile&& other) noexcept;
-    ~PackedFile();
+    explicit CompressedFile(const std::filesystem::path& file);
+    CompressedFile(CompressedFile&& other) noexcept;
+    CompressedFile& operator=(CompressedFile&& other) noexcept;
+    ~CompressedFile();
 
     /// @return bytes put into the target, as many as there is room for unless the file ends; 0 at its end.
     /// @throws Failure where the file is damaged, with the position in it. Bytes before the damage have come before.
@@ -23,8 +23,8 @@ public:
     double fraction() const;
 
 private:
-    struct Part;
-    std::unique_ptr<Part> part;
+    struct Impl;
+    std::unique_ptr<Impl> part;
 };
 
 }  // namespace velmorak

@@ -14,10 +14,10 @@ template <std::size_t dimensions>
 class Grid {
 public:
     /// More cells fit no memory.
-    static constexpr std::size_t mostCells = std::size_t{1} << 28U;
+    static constexpr std::size_t maxCells = std::size_t{1} << 28U;
     using Cells = std::array<std::size_t, dimensions>;
 
-    /// @throws std::invalid_argument if there would be more than mostCells.
+    /// @throws std::invalid_argument if there would be more than maxCells.
     explicit Grid(std::array<Axis, dimensions> axesInOrder);
 
     const Axis& axis(std::size_t direction) const { return axes[direction]; }

@@ -55,7 +55,7 @@ public:
     /// The kind tells of the whole run, as a report does. It is executed when all else has ended, also where what feeds
     /// it failed: such an input is wired and has no value, or keeps its own text. Its record holds every plug-in, and
     /// its result is never taken from the store. Such a kind is a function without outputs.
-    virtual bool tellsOfRun() const { return false; }
+    virtual bool isRunReporter() const { return false; }
     /// Ports of a plug-in with these values. A kind whose ports do not depend on them ignores the argument; it is
     /// empty when a new plug-in is made. Ports that stay keep their place.
     virtual Ports ports(const ValueTexts& values) const = 0;

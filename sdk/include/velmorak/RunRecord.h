@@ -21,7 +21,7 @@ struct RecordedInput {
 };
 
 /// How a plug-in ended. Whether it was executed or its stored result was still right makes no difference.
-enum class RecordedState { NotAsked, Done, Failed, NotRun, Unfinished };
+enum class RecordedState { NotRequested, Done, Failed, NotRun, Unfinished };
 
 struct RecordedPlugin {
     std::string name;
@@ -32,7 +32,7 @@ struct RecordedPlugin {
     std::vector<std::string> outputs{};
     float x = 0.0F;  ///< Lower left corner of the box in canvas units, y upwards.
     float y = 0.0F;
-    RecordedState state = RecordedState::NotAsked;
+    RecordedState state = RecordedState::NotRequested;
     std::string sentence{};  ///< Why it failed or was not run.
 };
 

@@ -8,7 +8,7 @@
 namespace {
 
 /// A whole session by hand, in several views.
-class Hands : public testing::TestWithParam<View> {
+class InputRobot : public testing::TestWithParam<View> {
 protected:
     void SetUp() override { ASSERT_TRUE(walk.isOpen()); }
 
@@ -79,7 +79,7 @@ protected:
     const std::string source = first + "." + walk.kind().output;
 };
 
-TEST_P(Hands, theDocumentHoldsWhatWasDone) {
+TEST_P(InputRobot, theDocumentHoldsWhatWasDone) {
     ASSERT_NO_FATAL_FAILURE(threeApart());
     ASSERT_NO_FATAL_FAILURE(wired());
     ASSERT_NO_FATAL_FAILURE(collapsedAndStarted());
@@ -96,7 +96,7 @@ TEST_P(Hands, theDocumentHoldsWhatWasDone) {
 }
 
 /// A box that is held while its window goes away.
-using Losing = Hands;
+using Losing = InputRobot;
 
 TEST_P(Losing, noBoxFollowsThePointerAfterTheWindowWasAway) {
     walk.create();
@@ -113,7 +113,7 @@ std::string nameOfView(const testing::TestParamInfo<View>& view) {
     return view.param.name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Views, Hands,
+INSTANTIATE_TEST_SUITE_P(Views, InputRobot,
                          testing::Values(View{"plain", 0, 0, 0}, View{"closer", 5, 0, 0}, View{"farther", -5, 0, 0},
                                          View{"large", 0, 1000, 800}),
                          nameOfView);

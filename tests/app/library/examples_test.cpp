@@ -69,14 +69,14 @@ protected:
 
     /// From the left edge to the right end of the longest chain of wires that ends there, were all of it as close
     /// together as it can be read.
-    double leastRightOf(QzBase& object) const;
+    double minRightOf(QzBase& object) const;
 
     /// Where the longest chain fits into the view beside the scrollbar, nothing lies beside it.
     void expectChainInTheOpeningView(const std::string& example) const {
         constexpr double viewWidth = 600;
         double least = 0;
         for (QzBase* object : manager->plugins) {
-            least = std::max(least, leastRightOf(*object));
+            least = std::max(least, minRightOf(*object));
         }
         for (const plugin* node : window->liveNodes()) {
             EXPECT_TRUE(least > viewWidth || node->box->get_bounds().get_x2() <= viewWidth)
@@ -132,13 +132,13 @@ void ExamplesTest::expectWiresToTheRight(const std::string& example) {
     EXPECT_EQ(window->pathMap.size(), wires) << example;
 }
 
-double ExamplesTest::leastRightOf(QzBase& object) const {
+double ExamplesTest::minRightOf(QzBase& object) const {
     constexpr double margin = 6;
     constexpr double gap = 16;  // Less hides the wire.
     double left = margin;
     for (const QzBase::Input& input : object.Inputs()) {
         if (input.source) {
-            left = std::max(left, leastRightOf(*input.source) + gap);
+            left = std::max(left, minRightOf(*input.source) + gap);
         }
     }
     const Goocanvas::Bounds box = window->nodeOf(object.name)->box->get_bounds();

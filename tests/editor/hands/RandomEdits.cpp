@@ -11,8 +11,8 @@
 
 namespace {
 
-constexpr int mostNodes = 9;
-constexpr std::size_t mostDialogs = 3;
+constexpr int maxNodes = 9;
+constexpr std::size_t maxDialogs = 3;
 constexpr int columns = 4;
 constexpr double cellWidth = 230;
 constexpr double cellHeight = 180;
@@ -186,7 +186,7 @@ int RandomEdits::select() {
 }
 
 void RandomEdits::add() {
-    if (model.nodes.size() == mostNodes) {
+    if (model.nodes.size() == maxNodes) {
         return;
     }
     const std::string kind = anyOf(std::vector<std::string>{"Number", "Adder", "Splitter", "Note", "Twins", "Twins"});
@@ -231,7 +231,7 @@ void RandomEdits::rename() {
 }
 
 void RandomEdits::openDialog() {
-    const int node = dialogs.size() < mostDialogs ? select() : -1;
+    const int node = dialogs.size() < maxDialogs ? select() : -1;
     if (node >= 0) {
         window->on_var();
         dialogs.push_back({window->lastDialog, node});

@@ -6,19 +6,19 @@
 namespace {
 
 /// A number that feeds an adder, and gestures that do not end as they should.
-class LeftBehind : public HandsTest {
+class InterruptedGestures : public HandsTest {
 protected:
-    LeftBehind() {
+    InterruptedGestures() {
         addAt("Number", 50, 700);
         addAt("Adder", 300, 700);
         window->connect({"Number", "value"}, {"Adder", "a"});
     }
-    ~LeftBehind() override { expectNothingLeftBehind(); }
+    ~InterruptedGestures() override { expectNothingLeftBehind(); }
 
     std::size_t connections() const { return window->connectionMap.size(); }
 };
 
-TEST_F(LeftBehind, byADoubleClickOnAnOutput) {
+TEST_F(InterruptedGestures, byADoubleClickOnAnOutput) {
     doubleClick(outputOf("Number", "value"));
     EXPECT_EQ(connections(), 1);
     press(outputOf("Number", "value"));
@@ -27,19 +27,19 @@ TEST_F(LeftBehind, byADoubleClickOnAnOutput) {
     release();
 }
 
-TEST_F(LeftBehind, byADoubleClickOnAFedInput) {
+TEST_F(InterruptedGestures, byADoubleClickOnAFedInput) {
     doubleClick(inputOf("Adder", "a"));
     EXPECT_EQ(connections(), 1);
     EXPECT_TRUE(isBound("Adder", "a", "Number", "value"));
 }
 
-TEST_F(LeftBehind, byADoubleClickOnABox) {
+TEST_F(InterruptedGestures, byADoubleClickOnABox) {
     doubleClick(headOf("Adder"));
     moveTo({500, 900});
     EXPECT_EQ(cornerOf("Adder").x, 300);
 }
 
-TEST_F(LeftBehind, byATripleClickOnAFedInput) {
+TEST_F(InterruptedGestures, byATripleClickOnAFedInput) {
     const CanvasPoint place = inputOf("Adder", "a");
     doubleClick(place);
     press(place);
@@ -48,7 +48,7 @@ TEST_F(LeftBehind, byATripleClickOnAFedInput) {
     EXPECT_EQ(connections(), 1);
 }
 
-TEST_F(LeftBehind, byAPressOutside) {
+TEST_F(InterruptedGestures, byAPressOutside) {
     press(nowhere());
     moveTo(headOf("Adder"));
     release();
@@ -56,7 +56,7 @@ TEST_F(LeftBehind, byAPressOutside) {
     EXPECT_EQ(connections(), 1);
 }
 
-TEST_F(LeftBehind, byAReleaseOutsideTheWindow) {
+TEST_F(InterruptedGestures, byAReleaseOutsideTheWindow) {
     press(outputOf("Number", "value"));
     moveOutside();
     release();
@@ -69,14 +69,14 @@ TEST_F(LeftBehind, byAReleaseOutsideTheWindow) {
     EXPECT_GT(cornerOf("Adder").x, 800);
 }
 
-TEST_F(LeftBehind, byAWirePulledOffAndReleasedOutsideTheWindow) {
+TEST_F(InterruptedGestures, byAWirePulledOffAndReleasedOutsideTheWindow) {
     press(inputOf("Adder", "a"));
     moveOutside();
     release();
     EXPECT_EQ(connections(), 0);
 }
 
-TEST_F(LeftBehind, byASecondButtonWhileAWireIsDrawn) {
+TEST_F(InterruptedGestures, byASecondButtonWhileAWireIsDrawn) {
     for (const unsigned second : {2U, 3U}) {
         press(outputOf("Number", "value"));
         moveTo(inputOf("Adder", "b"));
@@ -91,7 +91,7 @@ TEST_F(LeftBehind, byASecondButtonWhileAWireIsDrawn) {
     release(1);
 }
 
-TEST_F(LeftBehind, byASecondButtonWhileABoxIsDragged) {
+TEST_F(InterruptedGestures, byASecondButtonWhileABoxIsDragged) {
     press(headOf("Adder"));
     moveTo({400, 900});
     press({400, 900}, 2);
@@ -103,7 +103,7 @@ TEST_F(LeftBehind, byASecondButtonWhileABoxIsDragged) {
     EXPECT_EQ(cornerOf("Adder").x, dropped.x);
 }
 
-TEST_F(LeftBehind, byTheMenuThatOpensWhileABoxIsDragged) {
+TEST_F(InterruptedGestures, byTheMenuThatOpensWhileABoxIsDragged) {
     press(headOf("Adder"));
     moveTo({400, 900});
     press({400, 900}, 3);
@@ -119,7 +119,7 @@ TEST_F(LeftBehind, byTheMenuThatOpensWhileABoxIsDragged) {
     EXPECT_EQ(x, cornerOf("Adder").x);
 }
 
-TEST_F(LeftBehind, byADeletionInTheMiddleOfADrag) {
+TEST_F(InterruptedGestures, byADeletionInTheMiddleOfADrag) {
     press(headOf("Adder"));
     moveTo({400, 900});
     window->on_del();
@@ -129,7 +129,7 @@ TEST_F(LeftBehind, byADeletionInTheMiddleOfADrag) {
     EXPECT_THAT(boxesOnCanvas(), testing::ElementsAre("Number"));
 }
 
-TEST_F(LeftBehind, byADeletionInTheMiddleOfWiring) {
+TEST_F(InterruptedGestures, byADeletionInTheMiddleOfWiring) {
     clickOn(headOf("Number"));
     press(outputOf("Number", "value"));
     moveTo(inputOf("Adder", "b"));
@@ -140,7 +140,7 @@ TEST_F(LeftBehind, byADeletionInTheMiddleOfWiring) {
     EXPECT_EQ(connections(), 0);
 }
 
-TEST_F(LeftBehind, byADeletionWhileItsWireIsPulledOff) {
+TEST_F(InterruptedGestures, byADeletionWhileItsWireIsPulledOff) {
     clickOn(headOf("Adder"));
     press(inputOf("Adder", "a"));
     window->on_del();
@@ -149,7 +149,7 @@ TEST_F(LeftBehind, byADeletionWhileItsWireIsPulledOff) {
     EXPECT_EQ(connections(), 0);
 }
 
-TEST_F(LeftBehind, byACollapseInTheMiddleOfADrag) {
+TEST_F(InterruptedGestures, byACollapseInTheMiddleOfADrag) {
     press(headOf("Adder"));
     moveTo({400, 900});
     const CanvasPoint corner = cornerOf("Adder");
@@ -160,7 +160,7 @@ TEST_F(LeftBehind, byACollapseInTheMiddleOfADrag) {
     release();
 }
 
-TEST_F(LeftBehind, byADocumentOpenedInTheMiddleOfADrag) {
+TEST_F(InterruptedGestures, byADocumentOpenedInTheMiddleOfADrag) {
     press(headOf("Adder"));
     moveTo({400, 900});
     window->open("other.zedra");
@@ -170,7 +170,7 @@ TEST_F(LeftBehind, byADocumentOpenedInTheMiddleOfADrag) {
     EXPECT_THAT(boxesOnCanvas(), testing::SizeIs(3));
 }
 
-TEST_F(LeftBehind, byADocumentOpenedInTheMiddleOfWiring) {
+TEST_F(InterruptedGestures, byADocumentOpenedInTheMiddleOfWiring) {
     press(outputOf("Number", "value"));
     moveTo({400, 900});
     window->deleteAll();
@@ -180,7 +180,7 @@ TEST_F(LeftBehind, byADocumentOpenedInTheMiddleOfWiring) {
     EXPECT_EQ(connections(), 3);
 }
 
-TEST_F(LeftBehind, byADragWhoseReleaseWentElsewhere) {
+TEST_F(InterruptedGestures, byADragWhoseReleaseWentElsewhere) {
     press(headOf("Adder"));
     moveTo({400, 900});
     const CanvasPoint dropped = cornerOf("Adder");
@@ -198,7 +198,7 @@ TEST_F(LeftBehind, byADragWhoseReleaseWentElsewhere) {
     EXPECT_EQ(cornerOf("Number").y, 990);
 }
 
-TEST_F(LeftBehind, byAWireWhoseReleaseWentElsewhere) {
+TEST_F(InterruptedGestures, byAWireWhoseReleaseWentElsewhere) {
     press(outputOf("Number", "value"), 2);
     moveTo({400, 900});
     EXPECT_TRUE(window->rubberBand.isShown());
@@ -211,7 +211,7 @@ TEST_F(LeftBehind, byAWireWhoseReleaseWentElsewhere) {
     EXPECT_EQ(connections(), 0);
 }
 
-TEST_F(LeftBehind, byAWireDrawnWithAButtonOfWhichMotionsDoNotTell) {
+TEST_F(InterruptedGestures, byAWireDrawnWithAButtonOfWhichMotionsDoNotTell) {
     press(outputOf("Number", "value"), 8);
     moveTo(inputOf("Adder", "b"));
     EXPECT_TRUE(window->rubberBand.isShown());
@@ -219,7 +219,7 @@ TEST_F(LeftBehind, byAWireDrawnWithAButtonOfWhichMotionsDoNotTell) {
     EXPECT_TRUE(isBound("Adder", "b", "Number", "value"));
 }
 
-TEST_F(LeftBehind, byAWindowThatIsHidden) {
+TEST_F(InterruptedGestures, byAWindowThatIsHidden) {
     for (const CanvasPoint place : {headOf("Adder"), outputOf("Number", "value")}) {
         press(place);
         moveTo({400, 900});
@@ -233,7 +233,7 @@ TEST_F(LeftBehind, byAWindowThatIsHidden) {
     }
 }
 
-TEST_F(LeftBehind, byAWindowThatIsMinimised) {
+TEST_F(InterruptedGestures, byAWindowThatIsMinimised) {
     press(headOf("Adder"));
     moveTo({400, 900});
     GdkEvent event{};
@@ -252,7 +252,7 @@ TEST_F(LeftBehind, byAWindowThatIsMinimised) {
     EXPECT_EQ(cornerOf("Adder").x, 360);
 }
 
-TEST_F(LeftBehind, byAWindowThatIsTakenOffTheScreen) {
+TEST_F(InterruptedGestures, byAWindowThatIsTakenOffTheScreen) {
     press(outputOf("Number", "value"));
     moveTo({400, 900});
     GdkEvent event{};
@@ -263,7 +263,7 @@ TEST_F(LeftBehind, byAWindowThatIsTakenOffTheScreen) {
     release();
 }
 
-TEST_F(LeftBehind, byAQuestionThatIsAskedInTheMiddleOfAGesture) {
+TEST_F(InterruptedGestures, byAQuestionThatIsAskedInTheMiddleOfAGesture) {
     press(headOf("Adder"));
     moveTo({400, 900});
     answerNext(Gtk::RESPONSE_NO);

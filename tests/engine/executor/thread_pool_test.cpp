@@ -16,19 +16,19 @@ namespace {
 
 /// A line of items that are counted: loaded, squared by many at once, and gathered in order.
 struct Squares {
-    explicit Squares(std::size_t places, int items) : values(places, 0), items(items) {}
+    explicit Squares(std::size_t maxInFlight, int items) : values(maxInFlight, 0), items(items) {}
 
-    Line line() {
-        Line made;
-        made.load = [this](std::size_t place) {
-            values[place] = loaded;
+    StagePipeline line() {
+        StagePipeline made;
+        made.load = [this](std::size_t slot) {
+            values[slot] = loaded;
             return loaded++ < items;
         };
-        made.stages.push_back({false, [this](std::size_t place) {
-                                   beforeSquare(values[place]);
-                                   values[place] *= values[place];
+        made.stages.push_back({false, [this](std::size_t slot) {
+                                   beforeSquare(values[slot]);
+                                   values[slot] *= values[slot];
                                }});
-        made.stages.push_back({true, [this](std::size_t place) { gathered.push_back(values[place]); }});
+        made.stages.push_back({true, [this](std::size_t slot) { gathered.push_back(values[slot]); }});
         return made;
     }
     std::vector<int> expected() const {
@@ -47,29 +47,29 @@ struct Squares {
 };
 
 /// Among so many threads, as in a run, however few processors there are.
-void workWith(Crew& crew, std::size_t threads, const Line& line) {
+void workWith(ThreadPool& crew, std::size_t threads, const StagePipeline& line) {
     const oneapi::tbb::global_control allowance(oneapi::tbb::global_control::max_allowed_parallelism, threads);
     oneapi::tbb::task_arena arena(static_cast<int>(threads));
     arena.execute([&] { crew.work(line); });
 }
 
-class CrewOf : public testing::TestWithParam<std::size_t> {
+class ThreadPoolOf : public testing::TestWithParam<std::size_t> {
 protected:
-    void work(const Line& line) { workWith(crew, GetParam(), line); }
+    void work(const StagePipeline& line) { workWith(crew, GetParam(), line); }
 
-    Crew crew{GetParam()};
+    ThreadPool crew{GetParam()};
 };
 
-TEST_P(CrewOf, anyNumberKeepsTheOrder) {
+TEST_P(ThreadPoolOf, anyNumberKeepsTheOrder) {
     for (const int items : {0, 1, 2, 3, 1000}) {
-        Squares squares(crew.places(), items);
+        Squares squares(crew.maxInFlight(), items);
         work(squares.line());
         EXPECT_EQ(squares.gathered, squares.expected()) << items;
     }
 }
 
-TEST_P(CrewOf, anyNumberEndsWhenAStageThrows) {
-    Squares squares(crew.places(), 1000);
+TEST_P(ThreadPoolOf, anyNumberEndsWhenAStageThrows) {
+    Squares squares(crew.maxInFlight(), 1000);
     squares.beforeSquare = [](int value) {
         if (value == 500) {
             throw std::runtime_error("five hundred");
@@ -77,22 +77,22 @@ TEST_P(CrewOf, anyNumberEndsWhenAStageThrows) {
     };
     EXPECT_THROW(work(squares.line()), std::runtime_error);
     EXPECT_LE(squares.gathered.size(), 500U);
-    EXPECT_LE(squares.loaded, 501 + static_cast<int>(crew.places()));
+    EXPECT_LE(squares.loaded, 501 + static_cast<int>(crew.maxInFlight()));
 }
 
-TEST_P(CrewOf, anyNumberEndsWhenLoadingThrows) {
-    Squares squares(crew.places(), 10);
-    Line line = squares.line();
+TEST_P(ThreadPoolOf, anyNumberEndsWhenLoadingThrows) {
+    Squares squares(crew.maxInFlight(), 10);
+    StagePipeline line = squares.line();
     line.load = [](std::size_t) -> bool { throw std::bad_alloc(); };
     EXPECT_THROW(work(line), std::bad_alloc);
     EXPECT_TRUE(squares.gathered.empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Workers, CrewOf, testing::Values(1, 2, 3, 16));
+INSTANTIATE_TEST_SUITE_P(Executor, ThreadPoolOf, testing::Values(1, 2, 3, 16));
 
-TEST(Crew, worksOnSeveralItemsAtOnce) {
-    Crew crew(3);
-    Squares squares(crew.places(), 3);
+TEST(ThreadPool, worksOnSeveralItemsAtOnce) {
+    ThreadPool crew(3);
+    Squares squares(crew.maxInFlight(), 3);
     std::atomic<int> present = 0;
     squares.beforeSquare = [&](int) {
         ++present;
@@ -104,59 +104,59 @@ TEST(Crew, worksOnSeveralItemsAtOnce) {
     EXPECT_EQ(squares.gathered, squares.expected());
 }
 
-TEST(Crew, neverHasMoreItemsOnTheirWayThanPlaces) {
-    Crew crew(4);
-    Squares squares(crew.places(), 200);
+TEST(ThreadPool, neverHasMoreItemsOnTheirWayThanPlaces) {
+    ThreadPool crew(4);
+    Squares squares(crew.maxInFlight(), 200);
     std::mutex lock;
     std::size_t most = 0;
-    Line line = squares.line();
+    StagePipeline line = squares.line();
     const auto load = line.load;
-    line.load = [&](std::size_t place) {
+    line.load = [&](std::size_t slot) {
         const std::lock_guard guard(lock);
-        const bool isLoaded = load(place);
+        const bool isLoaded = load(slot);
         most = std::max(most, static_cast<std::size_t>(squares.loaded) - squares.gathered.size());
         return isLoaded;
     };
     const auto gather = line.stages.back().work;
-    line.stages.back().work = [&](std::size_t place) {
+    line.stages.back().work = [&](std::size_t slot) {
         const std::lock_guard guard(lock);
-        gather(place);
+        gather(slot);
     };
     workWith(crew, 4, line);
     EXPECT_EQ(squares.gathered, squares.expected());
-    EXPECT_LE(most, crew.places() + 1) << "the load that finds nothing counts as well";
+    EXPECT_LE(most, crew.maxInFlight() + 1) << "the load that finds nothing counts as well";
 }
 
 /// All that may be done at once with two places, an item that is worked on, and stages of both sorts.
-TEST(Timetable, offersEachStageInItsOrder) {
-    Line line;
+TEST(TaskScheduler, offersEachStageInItsOrder) {
+    StagePipeline line;
     line.stages.resize(2);
     line.stages[1].isInOrder = true;
-    using Task = Timetable::Task;
+    using Task = TaskScheduler::Task;
     using Tasks = std::vector<Task>;
-    constexpr std::size_t loading = Timetable::loading;
-    Timetable timetable(line, 2);
-    EXPECT_EQ(timetable.possible(), (Tasks{{0, loading}}));
-    timetable.begin({0, loading});
-    EXPECT_TRUE(timetable.possible().empty()) << "one loads at a time";
-    timetable.end({0, loading});
-    timetable.begin({1, loading});
-    timetable.end({1, loading});
-    EXPECT_EQ(timetable.possible(), (Tasks{{0, 0}, {1, 0}})) << "both places are taken";
-    timetable.begin({1, 0});
-    timetable.end({1, 0});
-    EXPECT_EQ(timetable.possible(), (Tasks{{0, 0}})) << "the second waits for the first";
-    timetable.begin({0, 0});
-    timetable.end({0, 0});
-    timetable.begin({0, 1});
-    timetable.end({0, 1});
-    EXPECT_EQ(timetable.possible(), (Tasks{{1, 1}, {2, loading}}));
-    timetable.begin({2, loading});
-    timetable.end({2, loading}, false);
-    EXPECT_FALSE(timetable.isOver());
-    timetable.begin({1, 1});
-    timetable.end({1, 1});
-    EXPECT_TRUE(timetable.isOver());
+    constexpr std::size_t loading = TaskScheduler::loading;
+    TaskScheduler scheduler(line, 2);
+    EXPECT_EQ(scheduler.runnableTasks(), (Tasks{{0, loading}}));
+    scheduler.begin({0, loading});
+    EXPECT_TRUE(scheduler.runnableTasks().empty()) << "one loads at a time";
+    scheduler.end({0, loading});
+    scheduler.begin({1, loading});
+    scheduler.end({1, loading});
+    EXPECT_EQ(scheduler.runnableTasks(), (Tasks{{0, 0}, {1, 0}})) << "both places are taken";
+    scheduler.begin({1, 0});
+    scheduler.end({1, 0});
+    EXPECT_EQ(scheduler.runnableTasks(), (Tasks{{0, 0}})) << "the second waits for the first";
+    scheduler.begin({0, 0});
+    scheduler.end({0, 0});
+    scheduler.begin({0, 1});
+    scheduler.end({0, 1});
+    EXPECT_EQ(scheduler.runnableTasks(), (Tasks{{1, 1}, {2, loading}}));
+    scheduler.begin({2, loading});
+    scheduler.end({2, loading}, false);
+    EXPECT_FALSE(scheduler.isOver());
+    scheduler.begin({1, 1});
+    scheduler.end({1, 1});
+    EXPECT_TRUE(scheduler.isOver());
 }
 
 }  // namespace

@@ -17,11 +17,11 @@ int priorityHere() {
 /// How far the threads of an arena stand back that is used from here.
 int priorityInARun() {
     oneapi::tbb::task_arena arena(1);
-    const Politeness politeness(arena, Politeness::isCalledFor());
+    const WorkerPriority politeness(arena, WorkerPriority::isCalledFor());
     return arena.execute([] { return priorityHere(); });
 }
 
-TEST(Politeness, aRunBesideAWindowStandsBack) {
+TEST(WorkerPriority, aRunBesideAWindowStandsBack) {
     const int before = priorityHere();
     int inside = before;
     std::thread([&] { inside = priorityInARun(); }).join();
@@ -29,7 +29,7 @@ TEST(Politeness, aRunBesideAWindowStandsBack) {
     EXPECT_EQ(priorityHere(), before);
 }
 
-TEST(Politeness, aRunOnTheFirstThreadStaysAsItIs) {
+TEST(WorkerPriority, aRunOnTheFirstThreadStaysAsItIs) {
     const int before = priorityHere();
     EXPECT_EQ(priorityInARun(), before);
 }

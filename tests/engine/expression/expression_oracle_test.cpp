@@ -20,7 +20,7 @@ namespace velmorak {
 namespace {
 
 constexpr std::size_t rowCount = 12;
-constexpr double mostUlps = 2.0;
+constexpr double maxUlps = 2.0;
 
 Chunk chunkOf(const std::vector<Column::Reals>& columns) {
     Chunk chunk;
@@ -79,7 +79,7 @@ private:
         // Its abs of 0 is -0.
         const bool hasOtherZero = name != "abs(x)" && ours == 0.0 && theirs == 0.0 && !isSame(ours, theirs);
         farthest = std::max(farthest, ulps);
-        if (ulps > mostUlps || hasOtherZero) {
+        if (ulps > maxUlps || hasOtherZero) {
             std::ostringstream text;
             text.precision(17);
             text << name << " of " << x << ", " << y << " is " << ours << ", by muParser " << theirs;
@@ -364,7 +364,7 @@ void expectSameResults(const expression::WideKernel& wide, const expression::Fun
     for (std::size_t rows = 1; rows < 150; ++rows) {
         const std::vector<Column::Reals> in = randomColumns(random, rows);
         Column::Reals out(rows);
-        expression::Lane lane{out.data(), {in[0].data(), in[1].data(), in[2].data()}, nullptr, rows};
+        expression::KernelArgs lane{out.data(), {in[0].data(), in[1].data(), in[2].data()}, nullptr, rows};
         wide.kernel(lane);
         Column::Reals expected(rows);
         lane.out = expected.data();

@@ -56,7 +56,7 @@ TEST(FitDerivatives, areThoseOfEveryOperation) {
         ASSERT_EQ(model.names.size(), formula.parameters.size()) << formula.text;
         Workspace space = model.program.workspace();
         valueOf(model, formula.parameters, formula.x, space);
-        model.program.derive(1, space);
+        model.program.backward(1, space);
         for (std::size_t i = 0; i < model.names.size(); ++i) {
             const double wanted = difference(model, formula.parameters, i, formula.x);
             EXPECT_NEAR(*model.program.derivative(i, space), wanted, 1e-8 * (1.0 + std::fabs(wanted)))
@@ -71,7 +71,7 @@ TEST(FitDerivatives, ignoreTheBranchThatIsNotTaken) {
     const std::vector<double> places{2.0, -1.0};
     const double a = 3.0;
     model.program.values(places.data(), 2, &a, space);
-    model.program.derive(2, space);
+    model.program.backward(2, space);
     EXPECT_EQ(model.program.derivative(0, space)[0], 2.0);
 }
 

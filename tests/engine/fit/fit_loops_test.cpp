@@ -13,7 +13,7 @@ namespace {
 
 using Values = std::vector<double>;
 
-constexpr std::size_t mostPlaces = 41;
+constexpr std::size_t maxPlaces = 41;
 
 /// Numbers of every size, among them those that need care.
 Values drawn(std::mt19937_64& random, std::size_t count) {
@@ -58,20 +58,20 @@ Values performed(const Loops& loops, Op op, const std::vector<Values>& in, std::
 }
 
 /// The weights of the three arguments one behind the other.
-Values handed(const Loops& loops, Op op, const std::vector<Values>& in, const Values& result, bool isTouched) {
+Values handed(const Loops& loops, Op op, const std::vector<Values>& in, const Values& result, bool hasAdjoint) {
     const std::size_t count = result.size();
     Values weights(3 * count, 0.25);
-    std::uint8_t touched[3] = {isTouched, isTouched, isTouched};
-    Chain chain{};
+    std::uint8_t touched[3] = {hasAdjoint, hasAdjoint, hasAdjoint};
+    AdjointStep chain{};
     for (std::size_t k = 0; k < 3; ++k) {
         chain.value[k] = in[k].data();
         chain.weight[k] = weights.data() + k * count;
-        chain.isTouched[k] = &touched[k];
+        chain.hasAdjoint[k] = &touched[k];
     }
     chain.result = result.data();
     chain.outer = in[2].data();
     chain.count = count;
-    loops.hand(op, chain);
+    loops.backward(op, chain);
     return weights;
 }
 
@@ -79,13 +79,13 @@ TEST(FitLoops, ofEveryOperationHaveTheSameBitsWithEveryWidth) {
     std::mt19937_64 random(20);
     for (const Loops* wide : runnableLoops())
         for (const Op op : allOperations())
-            for (std::size_t count = 1; count <= mostPlaces; ++count) {
+            for (std::size_t count = 1; count <= maxPlaces; ++count) {
                 const std::vector<Values> in{drawn(random, count), drawn(random, count), drawn(random, count)};
                 const Values result = performed(commonLoops(), op, in, count);
                 EXPECT_TRUE(areSame(performed(*wide, op, in, count), result)) << static_cast<int>(op);
-                for (const bool isTouched : {false, true})
-                    EXPECT_TRUE(areSame(handed(*wide, op, in, result, isTouched),
-                                        handed(commonLoops(), op, in, result, isTouched)))
+                for (const bool hasAdjoint : {false, true})
+                    EXPECT_TRUE(areSame(handed(*wide, op, in, result, hasAdjoint),
+                                        handed(commonLoops(), op, in, result, hasAdjoint)))
                         << static_cast<int>(op);
             }
 }
@@ -93,7 +93,7 @@ TEST(FitLoops, ofEveryOperationHaveTheSameBitsWithEveryWidth) {
 TEST(FitLoops, ofSumsHaveTheSameBitsWithEveryWidth) {
     std::mt19937_64 random(21);
     for (const Loops* wide : runnableLoops())
-        for (std::size_t count = 1; count <= mostPlaces; ++count) {
+        for (std::size_t count = 1; count <= maxPlaces; ++count) {
             const Values a = drawn(random, count);
             const Values b = drawn(random, count);
             EXPECT_TRUE(areSame({wide->product(a.data(), b.data(), count)},
@@ -113,7 +113,7 @@ struct Matrix {
     static constexpr std::size_t columns = 5;
     std::size_t stride;
     Values rows;
-    Values triangle = Values(columns * columns, 0.0);
+    Values rFactor = Values(columns * columns, 0.0);
 
     Matrix(std::mt19937_64& random, std::size_t count) : stride(count + foldedRows), rows(columns * stride, NAN) {
         for (std::size_t k = 0; k < columns; ++k)
@@ -121,20 +121,20 @@ struct Matrix {
                 rows[k * stride + i] = std::normal_distribution<double>()(random);
     }
 
-    void fold(const Loops& loops, std::size_t count) {
-        loops.fold(triangle.data(), columns, rows.data(), stride, count);
+    void householderUpdate(const Loops& loops, std::size_t count) {
+        loops.householderUpdate(rFactor.data(), columns, rows.data(), stride, count);
     }
 };
 
 TEST(FitLoops, foldRowsWithTheSameBitsWithEveryWidth) {
     std::mt19937_64 random(22);
     for (const Loops* wide : runnableLoops())
-        for (std::size_t count = 1; count <= mostPlaces; ++count) {
+        for (std::size_t count = 1; count <= maxPlaces; ++count) {
             Matrix matrix(random, count);
             Matrix expected = matrix;
-            matrix.fold(*wide, count);
-            expected.fold(commonLoops(), count);
-            EXPECT_TRUE(areSame(matrix.triangle, expected.triangle)) << count;
+            matrix.householderUpdate(*wide, count);
+            expected.householderUpdate(commonLoops(), count);
+            EXPECT_TRUE(areSame(matrix.rFactor, expected.rFactor)) << count;
         }
 }
 
@@ -144,25 +144,25 @@ TEST(FitLoops, foldRowsSoThatColumnsKeepTheirAngles) {
     Matrix first(random, count);
     Matrix second(random, count);
     const Matrix both[2] = {first, second};
-    first.fold(bestLoops(), count);
-    second.triangle = first.triangle;
-    second.fold(bestLoops(), count);
+    first.householderUpdate(bestLoops(), count);
+    second.rFactor = first.rFactor;
+    second.householderUpdate(bestLoops(), count);
     for (std::size_t a = 0; a < Matrix::columns; ++a)
         for (std::size_t b = a; b < Matrix::columns; ++b) {
             double wanted = 0.0;
             for (const Matrix& part : both)
                 wanted += bestLoops().product(&part.rows[a * part.stride], &part.rows[b * part.stride], count);
-            const double* const triangle = second.triangle.data();
-            EXPECT_NEAR(bestLoops().product(triangle + a * Matrix::columns, triangle + b * Matrix::columns, a + 1),
+            const double* const rFactor = second.rFactor.data();
+            EXPECT_NEAR(bestLoops().product(rFactor + a * Matrix::columns, rFactor + b * Matrix::columns, a + 1),
                         wanted, 1e-12);
         }
 }
 
 TEST(FitLoops, foldRowsOfZerosWithoutATrace) {
-    Values triangle{2.0, 0.0, 3.0, 5.0};
+    Values rFactor{2.0, 0.0, 3.0, 5.0};
     Values rows(2 * foldedRows, 0.0);
-    bestLoops().fold(triangle.data(), 2, rows.data(), foldedRows, 3);
-    EXPECT_EQ(triangle, (Values{2.0, 0.0, 3.0, 5.0}));
+    bestLoops().householderUpdate(rFactor.data(), 2, rows.data(), foldedRows, 3);
+    EXPECT_EQ(rFactor, (Values{2.0, 0.0, 3.0, 5.0}));
 }
 
 TEST(FitLoops, endWithThoseForEveryProcessor) {

@@ -71,7 +71,7 @@ std::vector<Family> families() {
          0, 10}};
 }
 
-struct Problem {
+struct LeastSquaresProblem {
     const Family* family;
     Parameters truth;
     std::vector<double> x;
@@ -79,8 +79,8 @@ struct Problem {
     std::vector<double> error;
 };
 
-Problem drawn(const Family& family, std::mt19937& engine) {
-    Problem problem{&family, family.draw(engine), {}, {}, {}};
+LeastSquaresProblem drawn(const Family& family, std::mt19937& engine) {
+    LeastSquaresProblem problem{&family, family.draw(engine), {}, {}, {}};
     const auto count = static_cast<std::size_t>(std::uniform_int_distribution<int>(30, 300)(engine));
     const std::vector<long double> truth(problem.truth.begin(), problem.truth.end());
     for (std::size_t i = 0; i < count; ++i) {
@@ -94,7 +94,7 @@ Problem drawn(const Family& family, std::mt19937& engine) {
 }
 
 int residuals(const gsl_vector* parameters, void* data, gsl_vector* out) {
-    const auto& problem = *static_cast<const Problem*>(data);
+    const auto& problem = *static_cast<const LeastSquaresProblem*>(data);
     std::vector<long double> p(parameters->size);
     for (std::size_t k = 0; k < p.size(); ++k)
         p[k] = gsl_vector_get(parameters, k);
@@ -106,7 +106,7 @@ int residuals(const gsl_vector* parameters, void* data, gsl_vector* out) {
 }
 
 /// Minimum by GSL, with derivatives by differences of its own.
-Parameters solvedByGsl(Problem& problem) {
+Parameters solvedByGsl(LeastSquaresProblem& problem) {
     gsl_multifit_nlinear_fdf functions{};
     functions.f = residuals;
     functions.n = problem.x.size();
@@ -127,7 +127,7 @@ Parameters solvedByGsl(Problem& problem) {
     return found;
 }
 
-long double chiSquare(const Problem& problem, const std::vector<long double>& p) {
+long double chiSquare(const LeastSquaresProblem& problem, const std::vector<long double>& p) {
     long double sum = 0;
     for (std::size_t i = 0; i < problem.x.size(); ++i) {
         const long double pull = (problem.family->formula(problem.x[i], p.data()) - problem.y[i]) / problem.error[i];
@@ -137,7 +137,7 @@ long double chiSquare(const Problem& problem, const std::vector<long double>& p)
 }
 
 /// Half the second derivatives of chi square in long double by differences; steps are parts of the errors.
-std::vector<long double> secondDerivatives(const Problem& problem, const Parameters& at, const Parameters& errors) {
+std::vector<long double> secondDerivatives(const LeastSquaresProblem& problem, const Parameters& at, const Parameters& errors) {
     const std::size_t n = at.size();
     std::vector<long double> made(n * n);
     for (std::size_t a = 0; a < n; ++a)
@@ -178,7 +178,7 @@ std::vector<long double> inverse(std::vector<long double> m, std::size_t n) {
     return made;
 }
 
-FitResult solvedByUs(const Problem& problem) {
+FitResult solvedByUs(const LeastSquaresProblem& problem) {
     FitOptions options;
     const FitModel model(problem.family->model);
     for (std::size_t k = 0; k < problem.truth.size(); ++k)
@@ -193,7 +193,7 @@ TEST(FitOracle, agreesWithGslOn200RandomProblems) {
     std::mt19937 engine(2026);
     const std::vector<Family> all = families();
     for (int number = 0; number < 200; ++number) {
-        Problem problem = drawn(all[static_cast<std::size_t>(number) % all.size()], engine);
+        LeastSquaresProblem problem = drawn(all[static_cast<std::size_t>(number) % all.size()], engine);
         const FitResult ours = solvedByUs(problem);
         const Parameters others = solvedByGsl(problem);
         const std::size_t n = others.size();

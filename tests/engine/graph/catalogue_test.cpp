@@ -84,7 +84,7 @@ TEST(Catalogue, theSameFolderTwiceIsReadOnce) {
 
 TEST(Catalogue, theEnvironmentComesBeforeWhatLiesBesideTheLibrary) {
     setenv("VELMORAK_EXAMPLES", "/one::/two:", 1);
-    const Catalogue::Places places = standardPlaces();
+    const Catalogue::SearchPath places = standardPlaces();
     unsetenv("VELMORAK_EXAMPLES");
     ASSERT_EQ(places.collections.size(), 2U);
     EXPECT_EQ(places.collections[0], TEST_COLLECTIONS);

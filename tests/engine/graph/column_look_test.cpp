@@ -11,21 +11,21 @@ namespace {
 constexpr std::chrono::milliseconds noTime(0);
 constexpr std::chrono::hours asLongAsItTakes(1);
 
-TEST(ColumnLooks, giveWhatWasFound) {
-    ColumnLooks looks;
-    const auto found = std::make_shared<ColumnsFound>();
-    const auto look = looks.begin("rows.csv", found, [found](WorkAside&) { found->sentence = "Columns: x, y."; });
+TEST(ColumnPreviews, giveWhatWasFound) {
+    ColumnPreviews looks;
+    const auto found = std::make_shared<PreviewedColumns>();
+    const auto look = looks.begin("rows.csv", found, [found](BackgroundTask&) { found->sentence = "Columns: x, y."; });
     ASSERT_TRUE(look->work->wait(asLongAsItTakes));
     EXPECT_EQ(look->subject, "rows.csv");
     EXPECT_EQ(look->found->sentence, "Columns: x, y.");
     EXPECT_EQ(looks.overdue(), 0U);
 }
 
-TEST(ColumnLooks, keepNobodyWaitingForAFileThatDoesNotAnswer) {
-    ColumnLooks looks;
+TEST(ColumnPreviews, keepNobodyWaitingForAFileThatDoesNotAnswer) {
+    ColumnPreviews looks;
     const auto answer = std::make_shared<std::promise<void>>();
-    const auto found = std::make_shared<ColumnsFound>();
-    const auto look = looks.begin("far.csv", found, [answer, found](WorkAside&) {
+    const auto found = std::make_shared<PreviewedColumns>();
+    const auto look = looks.begin("far.csv", found, [answer, found](BackgroundTask&) {
         answer->get_future().wait();
         found->sentence = "Column: x.";
     });
@@ -37,11 +37,11 @@ TEST(ColumnLooks, keepNobodyWaitingForAFileThatDoesNotAnswer) {
     EXPECT_EQ(looks.overdue(), 0U);
 }
 
-TEST(ColumnLooks, thatGoOnAreToldToStopWithTheirManager) {
+TEST(ColumnPreviews, thatGoOnAreToldToStopWithTheirManager) {
     const auto hasStopped = std::make_shared<std::promise<void>>();
     {
-        ColumnLooks looks;
-        looks.begin("long.csv", nullptr, [hasStopped](WorkAside& work) {
+        ColumnPreviews looks;
+        looks.begin("long.csv", nullptr, [hasStopped](BackgroundTask& work) {
             while (!work.isStopping()) {
                 std::this_thread::yield();
             }

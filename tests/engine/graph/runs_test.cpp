@@ -34,8 +34,8 @@ protected:
     std::future<void> runAside() {
         return std::async(std::launch::async, [this] { manager.Run(); });
     }
-    Outcome outcomeOf(const std::string& name) {
-        return lastReport(manager).nodes.at(static_cast<std::size_t>(manager.IndexOf(name))).outcome;
+    NodeStatus outcomeOf(const std::string& name) {
+        return lastReport(manager).nodes.at(static_cast<std::size_t>(manager.IndexOf(name))).status;
     }
 
     Errors errors;
@@ -54,14 +54,14 @@ TEST_F(Runs, valuesTravelAlongBindings) {
     setValue("B", "b", "10");
     wire("A", "sum", "B", "a");
     manager.Run();
-    ASSERT_EQ(outcomeOf("B"), Outcome::Done) << errors.text();
+    ASSERT_EQ(outcomeOf("B"), NodeStatus::Done) << errors.text();
     EXPECT_EQ(std::get<double>(lastReport(manager).nodes[1].outputs.at(0)), 13.5);
 }
 
 TEST_F(Runs, aPluginOfAnUnknownKindFailsByName) {
     read(R"({"zedra": 1, "plugins": [{"name": "S", "kind": "Teleporter"}]})");
     manager.Run();
-    EXPECT_EQ(outcomeOf("S"), Outcome::Failed);
+    EXPECT_EQ(outcomeOf("S"), NodeStatus::Failed);
     EXPECT_THAT(lastReport(manager).nodes[0].sentence, testing::HasSubstr("Teleporter"));
 }
 
@@ -69,7 +69,7 @@ TEST_F(Runs, stopEndsARunAndWithoutOneDoesNotStopTheNext) {
     add("Pair", "A");
     manager.Stop();
     manager.Run();
-    EXPECT_EQ(outcomeOf("A"), Outcome::Done);
+    EXPECT_EQ(outcomeOf("A"), NodeStatus::Done);
     add("Waiter", "W");
     manager.SetStart(1);
     auto run = runAside();
@@ -77,7 +77,7 @@ TEST_F(Runs, stopEndsARunAndWithoutOneDoesNotStopTheNext) {
     manager.Stop();
     run.get();
     EXPECT_TRUE(lastReport(manager).wasStopped);
-    EXPECT_EQ(outcomeOf("W"), Outcome::Unfinished);
+    EXPECT_EQ(outcomeOf("W"), NodeStatus::Unfinished);
 }
 
 // Whoever makes a thread for each run has asked for the run when the thread exists.
@@ -92,7 +92,7 @@ TEST_F(Runs, stopCountsForARunThatWasAskedForAndHasNotBegun) {
     stopped.set_value();
     worker.join();
     EXPECT_TRUE(lastReport(manager).wasStopped);
-    EXPECT_EQ(outcomeOf("W"), Outcome::Unfinished);
+    EXPECT_EQ(outcomeOf("W"), NodeStatus::Unfinished);
 }
 
 TEST_F(Runs, stopIsNeverLostBetweenTheAskingAndTheBeginning) {

@@ -11,24 +11,24 @@ namespace {
 constexpr std::chrono::milliseconds noTime(0);
 constexpr std::chrono::minutes plenty(10);
 
-TEST(WorkAside, thatEndsIsWaitedFor) {
+TEST(BackgroundTask, thatEndsIsWaitedFor) {
     std::promise<int> result;
-    const auto work = WorkAside::begin([&](WorkAside& /*self*/) { result.set_value(7); });
+    const auto work = BackgroundTask::begin([&](BackgroundTask& /*self*/) { result.set_value(7); });
     EXPECT_TRUE(work->wait(plenty));
     EXPECT_EQ(result.get_future().get(), 7);
 }
 
-TEST(WorkAside, thatDoesNotAdvanceIsLeftBehindAndMayBeWaitedForAgain) {
+TEST(BackgroundTask, thatDoesNotAdvanceIsLeftBehindAndMayBeWaitedForAgain) {
     const auto answer = std::make_shared<std::promise<void>>();
-    const auto work = WorkAside::begin([asked = answer->get_future().share()](WorkAside& /*self*/) { asked.wait(); });
+    const auto work = BackgroundTask::begin([asked = answer->get_future().share()](BackgroundTask& /*self*/) { asked.wait(); });
     EXPECT_FALSE(work->wait(noTime));
     EXPECT_FALSE(work->wait(noTime));
     answer->set_value();
     EXPECT_TRUE(work->wait(plenty));
 }
 
-TEST(WorkAside, isToldThatNobodyWantsTheRest) {
-    const auto work = WorkAside::begin([](WorkAside& self) {
+TEST(BackgroundTask, isToldThatNobodyWantsTheRest) {
+    const auto work = BackgroundTask::begin([](BackgroundTask& self) {
         while (!self.isStopping())
             std::this_thread::yield();
     });

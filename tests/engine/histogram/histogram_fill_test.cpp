@@ -184,7 +184,7 @@ TEST(HistogramFill, inAWideLoopEndsBeforeTheGroupThatItCannotFill) {
         EXPECT_EQ(wide.line(steps, filling::bytesOf(cells), entries), 4U);
         const std::vector<std::uint32_t> known(42, 7);
         weights[5] = infinity;
-        EXPECT_EQ(wide.listedLine({.x = known.data()}, filling::bytesOf(cells), entries), 40U);
+        EXPECT_EQ(wide.fillFromIndices1D({.x = known.data()}, filling::bytesOf(cells), entries), 40U);
         EXPECT_EQ(cells[8].entries, 0);
         EXPECT_EQ(cells[7].entries, 40);
         EXPECT_EQ(cells[7].w, infinity);

@@ -75,7 +75,7 @@ protected:
     }
 
     const NodeReport& of(const std::string& name) const { return report.nodes.at(positionOf(name)); }
-    Outcome outcome(const std::string& name) const { return of(name).outcome; }
+    NodeStatus status(const std::string& name) const { return of(name).status; }
     std::string sentence(const std::string& name) const { return of(name).sentence; }
     double number(const std::string& name) const { return std::get<double>(of(name).outputs.at(0)); }
     std::string text(const std::string& name, std::size_t output = 0) const {

@@ -142,7 +142,7 @@ protected:
     void expectFailure(const std::string& plugin, const std::string& reason) {
         addAll();
         run();
-        EXPECT_EQ(outcome(plugin), Outcome::Failed);
+        EXPECT_EQ(status(plugin), NodeStatus::Failed);
         EXPECT_EQ(sentence(plugin), reason);
         EXPECT_EQ(sentence("sum"), "not run because of \"" + plugin + "\"");
         EXPECT_EQ(sum.finished, 0);
@@ -218,7 +218,7 @@ TEST_F(BrokenKinds, yieldMoreRowsThanAChunkHas) {
 }
 
 TEST_F(BrokenKinds, yieldARowThatIsTooLarge) {
-    const std::string row(mostChunkBytes, 'x');
+    const std::string row(maxChunkBytes, 'x');
     expectRefused(Schema({{"x", ColumnType::Text, false, ""}}), 2,
                   {std::make_shared<Column>(Column{Column::Texts{"short", row}, {}})},
                   "row 2 takes 67108896 bytes, and 67108864 are the most");
@@ -245,14 +245,14 @@ TEST_F(BrokenKinds, mayEndAChunkWhereItsTextsAreLarge) {
     source.schema.columns = Schema({{"x", ColumnType::Real, false, ""}, {"t", ColumnType::Text, false, ""}});
     source.next = [chunks = 0](Chunk& chunk) mutable {
         chunk.rows = 2;
-        const Column::Texts texts(2, std::string(mostChunkBytes / 2, 'x'));
+        const Column::Texts texts(2, std::string(maxChunkBytes / 2, 'x'));
         chunk.columns = {reals(2), std::make_shared<Column>(Column{texts, {}})};
         return ++chunks < 3;
     };
     rowWise.schema.columns = source.schema.columns;
     addAll();
     run();
-    EXPECT_EQ(outcome("sum"), Outcome::Done) << sentence("rows");
+    EXPECT_EQ(status("sum"), NodeStatus::Done) << sentence("rows");
     EXPECT_EQ(number("sum"), 4.0);
 }
 
@@ -318,11 +318,11 @@ TEST_F(BrokenKinds, giveNoAccumulationOrState) {
     for (const auto& [name, kind] : kinds) {
         EXPECT_EQ(sentence(name), kind == &bare ? "the kind gives no accumulation" : "the kind gives no state") << name;
     }
-    EXPECT_EQ(outcome("sum"), Outcome::Done);
+    EXPECT_EQ(status("sum"), NodeStatus::Done);
     for (const auto& [name, kind] : kinds) {
         start(name + "Alone");
         run();
-        EXPECT_EQ(outcome(name + "Alone"), Outcome::Failed) << name;
+        EXPECT_EQ(status(name + "Alone"), NodeStatus::Failed) << name;
     }
 }
 

@@ -21,7 +21,7 @@ protected:
         setenv("VELMORAK_THREADS", threads, 1);
         runner.reset();
         run();
-        EXPECT_EQ(outcome("sum"), Outcome::Done) << sentence("sum");
+        EXPECT_EQ(status("sum"), NodeStatus::Done) << sentence("sum");
         return number("sum");
     }
 
@@ -85,14 +85,14 @@ TEST_F(Completing, endsTheSourceWhereItFails) {
     }
     start("a");
     run();
-    EXPECT_EQ(outcome("ofA"), Outcome::Done);
+    EXPECT_EQ(status("ofA"), NodeStatus::Done);
 }
 
 TEST_F(Completing, isDoneForATableThatNothingTakes) {
     add(late, "alone", {{"rows", "40000"}});
     start("alone");
     run();
-    EXPECT_EQ(outcome("alone"), Outcome::Done);
+    EXPECT_EQ(status("alone"), NodeStatus::Done);
     EXPECT_EQ(late.completed, 2);
 }
 

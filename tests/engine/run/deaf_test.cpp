@@ -86,9 +86,9 @@ protected:
 TEST_F(DeafKinds, areNamedAndLeftBehindAndTheRunEnds) {
     runAndStopWhenItBlocks();
     EXPECT_TRUE(report.wasStopped);
-    EXPECT_EQ(outcome("first"), Outcome::Done);
-    EXPECT_EQ(outcome("deaf"), Outcome::Unfinished);
-    EXPECT_EQ(outcome("after"), Outcome::Unfinished);
+    EXPECT_EQ(status("first"), NodeStatus::Done);
+    EXPECT_EQ(status("deaf"), NodeStatus::Unfinished);
+    EXPECT_EQ(status("after"), NodeStatus::Unfinished);
     EXPECT_TRUE(
         wasSaid("Deaf \"deaf\" does not stop; its thread is left behind, and its kind is refused until the "
                 "program is started anew"));
@@ -99,8 +99,8 @@ TEST_F(DeafKinds, areNamedAndLeftBehindAndTheRunEnds) {
 TEST_F(DeafKinds, areRefusedFromThenOnAndTheOthersRun) {
     runAndStopWhenItBlocks();
     run();
-    EXPECT_EQ(outcome("first"), Outcome::Reused);
-    EXPECT_EQ(outcome("deaf"), Outcome::Failed);
+    EXPECT_EQ(status("first"), NodeStatus::Reused);
+    EXPECT_EQ(status("deaf"), NodeStatus::Failed);
     EXPECT_EQ(sentence("deaf"),
               "its kind did not stop in a run before, and is refused until the program is started anew");
     EXPECT_EQ(sentence("after"), "not run because of \"deaf\"");
@@ -113,7 +113,7 @@ TEST_F(DeafKinds, sayAndChangeNothingMoreWhenTheyReturn) {
     letGo();
     run();
     EXPECT_FALSE(wasSaid("Deaf \"deaf\": warning: it hears again"));
-    EXPECT_EQ(outcome("deaf"), Outcome::Failed);
+    EXPECT_EQ(status("deaf"), NodeStatus::Failed);
 }
 
 TEST_F(DeafKinds, amongTheThreadsOfAStreamAreLeftBehindToo) {
@@ -133,7 +133,7 @@ TEST_F(DeafKinds, amongTheThreadsOfAStreamAreLeftBehindToo) {
     setenv("VELMORAK_THREADS", "2", 1);
     runAndStopWhenItBlocks();
     EXPECT_TRUE(report.wasStopped);
-    EXPECT_EQ(outcome("sum"), Outcome::Unfinished);
+    EXPECT_EQ(status("sum"), NodeStatus::Unfinished);
     EXPECT_TRUE(
         wasSaid("Sum \"sum\" does not stop; its thread is left behind, and its kind is refused until the "
                 "program is started anew"));
@@ -147,9 +147,9 @@ TEST_F(DeafKinds, thatStopInTimeAreNotRefused) {
         change.wait(lock, isOver);
     });
     runAndStopWhenItBlocks();
-    EXPECT_EQ(outcome("first"), Outcome::Done);
+    EXPECT_EQ(status("first"), NodeStatus::Done);
     run();
-    EXPECT_EQ(outcome("after"), Outcome::Done);
+    EXPECT_EQ(status("after"), NodeStatus::Done);
 }
 
 }  // namespace

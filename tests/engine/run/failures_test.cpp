@@ -31,11 +31,11 @@ TEST_F(Failures, aRowWisePlugInEndsItsOwnBranchOnly) {
         }
     };
     run();
-    EXPECT_EQ(outcome("cut"), Outcome::Failed);
+    EXPECT_EQ(status("cut"), NodeStatus::Failed);
     EXPECT_EQ(sentence("cut"), "input \"cut\": no good in row 98304") << "the first chunk that fails is the one named";
-    EXPECT_EQ(outcome("some"), Outcome::Skipped);
+    EXPECT_EQ(status("some"), NodeStatus::Skipped);
     EXPECT_EQ(sentence("some"), "not run because of \"cut\"");
-    EXPECT_EQ(outcome("all"), Outcome::Done);
+    EXPECT_EQ(status("all"), NodeStatus::Done);
     EXPECT_EQ(of("all").rowsIn, 8 * chunkRows);
     EXPECT_TRUE(wasSaid("Cut \"cut\" failed: input \"cut\": no good in row 98304"));
     EXPECT_TRUE(wasSaid("Sum \"some\": not run because of \"cut\""));
@@ -54,8 +54,8 @@ TEST_F(Failures, anAccumulatorLeavesTheOthersOnItsStreamAlone) {
     EXPECT_EQ(sentence("failing"), "there was not enough memory");
     EXPECT_EQ(sentence("after"), "not run because of \"failing\"");
     EXPECT_EQ(failing.finished, 0);
-    EXPECT_EQ(outcome("all"), Outcome::Done);
-    EXPECT_EQ(outcome("some"), Outcome::Done);
+    EXPECT_EQ(status("all"), NodeStatus::Done);
+    EXPECT_EQ(status("some"), NodeStatus::Done);
 }
 
 TEST_F(Failures, aSourceEndsAllThatHangsOnItAndNothingElse) {
@@ -121,7 +121,7 @@ TEST_F(Failures, ofSeveralTheFirstValueIsNamedWhicheverFailedFirst) {
     EXPECT_EQ(sentence("late"), "too late");
     EXPECT_EQ(sentence("unlucky"), "input \"value\": 13 brings bad luck");
     EXPECT_EQ(sentence("two"), "not run because of \"late\"");
-    EXPECT_EQ(outcome("cut"), Outcome::Failed);
+    EXPECT_EQ(status("cut"), NodeStatus::Failed);
     EXPECT_EQ(sentence("both"), "not run because of \"late\"");
 }
 
@@ -133,7 +133,7 @@ TEST_F(Failures, finishingFailsAloneToo) {
     };
     run();
     EXPECT_EQ(sentence("all"), "nothing to finish");
-    EXPECT_EQ(outcome("some"), Outcome::Done);
+    EXPECT_EQ(status("some"), NodeStatus::Done);
 }
 
 TEST_F(Failures, somethingThatIsNoExceptionIsAFailure) {
@@ -155,7 +155,7 @@ TEST_F(Failures, anUnknownKindFailsByName) {
     run();
     EXPECT_EQ(sentence("cut"), "no collection of this build offers the kind \"Foreign\"");
     EXPECT_EQ(sentence("some"), "not run because of \"cut\"");
-    EXPECT_EQ(outcome("all"), Outcome::Done);
+    EXPECT_EQ(status("all"), NodeStatus::Done);
 }
 
 TEST_F(Failures, aMissingWireNamesTheInput) {
@@ -204,9 +204,9 @@ TEST_F(Failures, aCycleIsNamedByTheFirstPlugInOnIt) {
     run();
     EXPECT_EQ(sentence("a"), "input \"value\": its result would feed itself: \"a\" -> \"b\" -> \"a\"");
     EXPECT_EQ(sentence("b"), "its result would feed itself: it lies on a cycle with \"a\"");
-    EXPECT_EQ(outcome("after"), Outcome::Skipped);
+    EXPECT_EQ(status("after"), NodeStatus::Skipped);
     EXPECT_EQ(sentence("some"), "not run because of \"b\"");
-    EXPECT_EQ(outcome("all"), Outcome::Done);
+    EXPECT_EQ(status("all"), NodeStatus::Done);
 }
 
 TEST_F(Failures, aPlugInThatFeedsItselfIsACycle) {
@@ -239,7 +239,7 @@ TEST_F(Failures, aSourceIsNotReadOnWhenNothingTakesItsRows) {
         }
     };
     run();
-    EXPECT_EQ(outcome("rows"), Outcome::Skipped);
+    EXPECT_EQ(status("rows"), NodeStatus::Skipped);
     EXPECT_EQ(sentence("rows"), "not read to its end because nothing that it feeds could go on");
 }
 

@@ -36,7 +36,7 @@ TEST_F(ManyPlugins, ofAChainAreAllExecuted) {
     EXPECT_EQ(pass.evaluated, static_cast<int>(count));
     EXPECT_EQ(std::get<double>(report.nodes.back().outputs.at(0)), 1.0);
     run();
-    EXPECT_EQ(report.nodes.back().outcome, Outcome::Reused);
+    EXPECT_EQ(report.nodes.back().status, NodeStatus::Reused);
     EXPECT_EQ(pass.evaluated, static_cast<int>(count));
 }
 

@@ -106,7 +106,7 @@ TEST_F(Lines, sayNumbersTheSameWayEverywhere) {
     };
     const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Grouping));
     PipelineNode node{"mass", "Sum", &sum, {}, {}};
-    const std::string line = summaryLine(node, {Outcome::Done, "", 1234567, 0, 0.0149, {}}, true);
+    const std::string line = summaryLine(node, {NodeStatus::Done, "", 1234567, 0, 0.0149, {}}, true);
     std::locale::global(before);
     EXPECT_EQ(line, "Sum \"mass\": 1234567 rows, 0.01 s");
 }
@@ -114,7 +114,7 @@ TEST_F(Lines, sayNumbersTheSameWayEverywhere) {
 TEST_F(Lines, sayNoRowsWhereNoTableCame) {
     const SeeKind see;
     const PipelineNode node{"see", "See", &see, {}, {}};
-    EXPECT_EQ(summaryLine(node, {Outcome::Done, "", 0, 0, 0.0149, {}}, false), "See \"see\": 0.01 s");
+    EXPECT_EQ(summaryLine(node, {NodeStatus::Done, "", 0, 0, 0.0149, {}}, false), "See \"see\": 0.01 s");
 }
 
 TEST_F(Lines, aWarningDoesNotEndThePlugIn) {
@@ -123,7 +123,7 @@ TEST_F(Lines, aWarningDoesNotEndThePlugIn) {
     add(warning, "w");
     run();
     EXPECT_TRUE(wasSaid("Warn \"w\": warning: three rows were odd"));
-    EXPECT_EQ(outcome("w"), Outcome::Done);
+    EXPECT_EQ(status("w"), NodeStatus::Done);
 }
 
 std::string hex(const Digest& digest) {
@@ -154,11 +154,11 @@ TEST(Digest, isTheSameWithTheProcessorsInstructionsAndWithout) {
 }
 
 TEST(Digest, agreesWithThePublishedExamples) {
-    EXPECT_EQ(hex(Digester().finish()), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
-    Digester abc;
+    EXPECT_EQ(hex(Sha256().finish()), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+    Sha256 abc;
     abc.add("abc", 3);
     EXPECT_EQ(hex(abc.finish()), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-    Digester million;
+    Sha256 million;
     const std::string thousand(1000, 'a');
     for (int i = 0; i < 1000; ++i) {
         million.add(thousand.data(), thousand.size());

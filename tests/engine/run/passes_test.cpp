@@ -46,7 +46,7 @@ TEST_F(Passes, aNumberOfTheSameStreamNeedsASecondPass) {
     wire("rows", "table", "third", "table");
     run();
     EXPECT_EQ(rows.opened, 2);
-    EXPECT_EQ(outcome("second"), Outcome::Done);
+    EXPECT_EQ(status("second"), NodeStatus::Done);
     EXPECT_EQ(number("second"), 0.0) << "no row is above the sum of all";
     EXPECT_EQ(of("rows").rowsOut, 50000U) << "rows are not counted twice";
     EXPECT_EQ(number("third"), number("first"));
@@ -63,7 +63,7 @@ TEST_F(Passes, aSourceWaitsForAnotherWhenThatSavesAPass) {
     wire("number", "sum", "waiting", "scale");
     wire("late", "table", "number", "table");
     run();
-    EXPECT_EQ(outcome("waiting"), Outcome::Done);
+    EXPECT_EQ(status("waiting"), NodeStatus::Done);
     EXPECT_EQ(rows.opened, 2) << "one pass over each";
 }
 
@@ -72,7 +72,7 @@ TEST_F(Passes, aTableThatNothingTakesIsPassedToCountItsRows) {
     add(cut, "cut");
     wire("rows", "table", "cut", "table");
     run();
-    EXPECT_EQ(outcome("cut"), Outcome::Done);
+    EXPECT_EQ(status("cut"), NodeStatus::Done);
     EXPECT_EQ(of("cut").rowsIn, 40000U);
     EXPECT_EQ(rows.opened, 1);
 }
@@ -81,7 +81,7 @@ TEST_F(Passes, aLoneSourceIsRead) {
     add(rows, "rows", {{"rows", "40000"}});
     run();
     EXPECT_EQ(of("rows").rowsOut, 40000U);
-    EXPECT_EQ(outcome("rows"), Outcome::Done);
+    EXPECT_EQ(status("rows"), NodeStatus::Done);
 }
 
 TEST_F(Passes, anEmptyTableGivesAnEmptyState) {
@@ -89,7 +89,7 @@ TEST_F(Passes, anEmptyTableGivesAnEmptyState) {
     add(sum, "sum");
     wire("rows", "table", "sum", "table");
     run();
-    EXPECT_EQ(outcome("sum"), Outcome::Done);
+    EXPECT_EQ(status("sum"), NodeStatus::Done);
     EXPECT_EQ(number("sum"), 0.0);
     EXPECT_EQ(text("sum", 1), "");
 }
@@ -124,7 +124,7 @@ TEST_F(Passes, theBitsDoNotDependOnTheNumberOfThreads) {
         setenv("VELMORAK_THREADS", threads, 1);
         runner.reset();  // or the first result would be used again
         run();
-        EXPECT_EQ(outcome("sum"), Outcome::Done);
+        EXPECT_EQ(status("sum"), NodeStatus::Done);
         results.emplace_back(number("sum"), number("ofCut"));
     }
     for (const auto& result : results) {
@@ -142,7 +142,7 @@ TEST_F(Passes, aNumberOfThreadsThatIsNoneIsSaidAndNotUsed) {
     setenv("VELMORAK_THREADS", "many", 1);
     run();
     EXPECT_TRUE(wasSaid("VELMORAK_THREADS=many is no number of threads; all cores are used"));
-    EXPECT_EQ(outcome("rows"), Outcome::Done);
+    EXPECT_EQ(status("rows"), NodeStatus::Done);
 }
 
 TEST_F(Passes, anInputForAnythingTakesATable) {

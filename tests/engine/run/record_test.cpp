@@ -49,7 +49,7 @@ TEST_F(Record, isTheSameWhenAllUpstreamIsReused) {
     set("report", "value", "1");
     reporting.kindVersion = 2;
     run();
-    ASSERT_EQ(outcome("total"), Outcome::Reused);
+    ASSERT_EQ(status("total"), NodeStatus::Reused);
     ASSERT_EQ(asked.files.size(), 1U);
     EXPECT_EQ(asked.files[0].name, before.files[0].name);
     EXPECT_EQ(asked.plugins.size(), 3U);

@@ -6,7 +6,7 @@ namespace {
 class TellingFunction : public FreeFunction {
 public:
     using FreeFunction::FreeFunction;
-    bool tellsOfRun() const override { return true; }
+    bool isRunReporter() const override { return true; }
 };
 
 /// good -> teller <- bad; apart is fed by bad, alone by nothing.
@@ -69,8 +69,8 @@ protected:
 TEST_F(Teller, isExecutedThoughSomethingThatFeedsItFailed) {
     start("bad");
     run();
-    EXPECT_EQ(outcome("bad"), Outcome::Failed);
-    EXPECT_EQ(outcome("teller"), Outcome::Done);
+    EXPECT_EQ(status("bad"), NodeStatus::Failed);
+    EXPECT_EQ(status("teller"), NodeStatus::Done);
     EXPECT_TRUE(hasGood);
     EXPECT_FALSE(hasBad);
     EXPECT_TRUE(isBadWired);
@@ -87,7 +87,7 @@ TEST_F(Teller, knowsHowAllOthersEnded) {
     EXPECT_EQ(recorded("bad").sentence, "no luck");
     EXPECT_EQ(recorded("after").state, RecordedState::NotRun);
     EXPECT_EQ(recorded("teller").state, RecordedState::Done);
-    EXPECT_EQ(recorded("alone").state, RecordedState::NotAsked);
+    EXPECT_EQ(recorded("alone").state, RecordedState::NotRequested);
     EXPECT_EQ(recorded("good").outputs, std::vector<std::string>{"number"});
 }
 
@@ -95,7 +95,7 @@ TEST_F(Teller, comesWhenAllElseHasEndedWhereverItStands) {
     start("teller");
     start("good");
     run();
-    EXPECT_EQ(outcome("teller"), Outcome::Done);
+    EXPECT_EQ(status("teller"), NodeStatus::Done);
     EXPECT_EQ(recorded("bad").state, RecordedState::Failed);
 }
 
@@ -112,8 +112,8 @@ TEST_F(Teller, isExecutedInEveryRunAndSeesNoDifferenceBetweenExecutedAndReused) 
     run();
     const int before = telling.evaluated;
     run();
-    EXPECT_EQ(outcome("good"), Outcome::Reused);
-    EXPECT_EQ(outcome("teller"), Outcome::Done);
+    EXPECT_EQ(status("good"), NodeStatus::Reused);
+    EXPECT_EQ(status("teller"), NodeStatus::Done);
     EXPECT_EQ(telling.evaluated, before + 1);
     EXPECT_EQ(recorded("good").state, RecordedState::Done);
 }
@@ -129,7 +129,7 @@ TEST_F(Teller, takesAStreamWhoseResultsAreReusedForDone) {
     EXPECT_EQ(recorded("rows").state, RecordedState::Done);
     const std::size_t files = asked.files.size();
     run();
-    EXPECT_EQ(outcome("total"), Outcome::Reused);
+    EXPECT_EQ(status("total"), NodeStatus::Reused);
     EXPECT_EQ(recorded("rows").state, RecordedState::Done);
     EXPECT_EQ(asked.files.size(), files);
 }
@@ -166,9 +166,9 @@ TEST_F(TellerOfRows, takesThemForDoneInAResultThatIsReusedThoughNothingCouldRunT
     start("bad");
     expectRowsAreDone();
     expectRowsAreDone();
-    EXPECT_EQ(outcome("before"), Outcome::Skipped);
-    EXPECT_EQ(outcome("next"), Outcome::Reused);
-    EXPECT_EQ(outcome("total"), Outcome::NotAsked);
+    EXPECT_EQ(status("before"), NodeStatus::Skipped);
+    EXPECT_EQ(status("next"), NodeStatus::Reused);
+    EXPECT_EQ(status("total"), NodeStatus::NotRequested);
 }
 
 TEST_F(TellerOfRows, takesThemForDoneInAResultThatIsReusedThoughAllElseThatNeedsThemFailed) {
@@ -181,8 +181,8 @@ TEST_F(TellerOfRows, takesThemForDoneInAResultThatIsReusedThoughAllElseThatNeeds
     start("rows");
     expectRowsAreDone();
     expectRowsAreDone();
-    EXPECT_EQ(outcome("while"), Outcome::Failed);
-    EXPECT_EQ(outcome("total"), Outcome::Reused);
+    EXPECT_EQ(status("while"), NodeStatus::Failed);
+    EXPECT_EQ(status("total"), NodeStatus::Reused);
 }
 
 TEST_F(Teller, mustBeAFunctionWithoutOutputs) {
@@ -191,7 +191,7 @@ TEST_F(Teller, mustBeAFunctionWithoutOutputs) {
     add(giving, "giving");
     start("giving");
     run();
-    EXPECT_EQ(outcome("giving"), Outcome::Failed);
+    EXPECT_EQ(status("giving"), NodeStatus::Failed);
     EXPECT_EQ(sentence("giving"), "the kind tells of the run, and such a kind must be a function without outputs");
 }
 

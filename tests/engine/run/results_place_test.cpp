@@ -40,20 +40,20 @@ protected:
 TEST_F(ResultsPlace, refusesTheNameOfTheRunsRecord) {
     for (const char* name : {"run.json", "./run.json", "a/../run.json"}) {
         runWriting({name});
-        EXPECT_EQ(outcome("writer"), Outcome::Failed) << name;
+        EXPECT_EQ(status("writer"), NodeStatus::Failed) << name;
         EXPECT_NE(sentence("writer").find("run.json"), std::string::npos);
     }
     runWriting({"run.json"});
     EXPECT_EQ(sentence("writer"), "the file \"run.json\" is already written by the run, as its record");
     runWriting({"plots/run.json"});
-    EXPECT_EQ(outcome("writer"), Outcome::Done) << "a folder has a name of its own";
+    EXPECT_EQ(status("writer"), NodeStatus::Done) << "a folder has a name of its own";
 }
 
 TEST_F(ResultsPlace, refusesNamesWithControlCharacters) {
     runWriting({"a\nb\x1B.txt"});
     EXPECT_EQ(sentence("writer"), "the file \"a\\nb\\x1B.txt\" cannot be written: its name has a control character");
     runWriting({"χ².txt"});
-    EXPECT_EQ(outcome("writer"), Outcome::Done);
+    EXPECT_EQ(status("writer"), NodeStatus::Done);
 }
 
 TEST_F(ResultsPlace, isNoLinkUnlessItWasChosen) {
@@ -68,7 +68,7 @@ TEST_F(ResultsPlace, isNoLinkUnlessItWasChosen) {
     EXPECT_TRUE(fs::is_empty(folder / "elsewhere"));
     pipeline.isResultsFolderChosen = true;
     runWriting({"note.txt"});
-    EXPECT_EQ(outcome("writer"), Outcome::Done);
+    EXPECT_EQ(status("writer"), NodeStatus::Done);
     EXPECT_TRUE(fs::exists(folder / "elsewhere" / "note.txt"));
     EXPECT_TRUE(fs::exists(folder / "elsewhere" / "run.json"));
 }

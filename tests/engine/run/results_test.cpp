@@ -29,7 +29,7 @@ protected:
 
 TEST_F(ResultFiles, landInTheResultsFolder) {
     run();
-    EXPECT_EQ(outcome("writer"), Outcome::Done) << sentence("writer");
+    EXPECT_EQ(status("writer"), NodeStatus::Done) << sentence("writer");
     EXPECT_EQ(content(folder / "test.results/note.txt"), "hello");
 }
 
@@ -90,7 +90,7 @@ TEST_F(ResultFiles, mayClimbWhereTheEnvironmentAllowsIt) {
 TEST_F(ResultFiles, anyOtherValueOfTheEnvironmentAllowsNothing) {
     setenv("VELMORAK_WRITE_ANYWHERE", "yes", 1);
     runWith("../note.txt");
-    EXPECT_EQ(outcome("writer"), Outcome::Failed);
+    EXPECT_EQ(status("writer"), NodeStatus::Failed);
 }
 
 TEST_F(ResultFiles, mayNotLeaveByALink) {
@@ -98,7 +98,7 @@ TEST_F(ResultFiles, mayNotLeaveByALink) {
     fs::create_directories(folder / "elsewhere");
     fs::create_directory_symlink(folder / "elsewhere", folder / "test.results/link");
     runWith("link/note.txt");
-    EXPECT_EQ(outcome("writer"), Outcome::Failed);
+    EXPECT_EQ(status("writer"), NodeStatus::Failed);
     EXPECT_TRUE(fs::is_empty(folder / "elsewhere"));
 }
 
@@ -128,7 +128,7 @@ TEST_F(ResultFiles, ofTwoPlugInsUnderOneNameNamesTheFirst) {
     wire("both", "number", "second", "text");
     start("both");
     run();
-    EXPECT_EQ(outcome("writer"), Outcome::Done);
+    EXPECT_EQ(status("writer"), NodeStatus::Done);
     EXPECT_EQ(sentence("second"), "the file \"./note.txt\" is already written by \"writer\"");
     EXPECT_EQ(content(folder / "test.results/note.txt"), "1");
 }

@@ -27,17 +27,17 @@ protected:
 
 TEST_F(Reuse, theFirstRunExecutesWhatTheStartNeedsAndNothingElse) {
     for (const char* name : {"rows", "total", "middle", "last"}) {
-        EXPECT_EQ(outcome(name), Outcome::Done) << name;
+        EXPECT_EQ(status(name), NodeStatus::Done) << name;
     }
-    EXPECT_EQ(outcome("apart"), Outcome::NotAsked);
+    EXPECT_EQ(status("apart"), NodeStatus::NotRequested);
     EXPECT_EQ(messages.str().find("apart"), std::string::npos);
 }
 
 TEST_F(Reuse, theSecondRunOfAnUnchangedPipelineExecutesNothing) {
     const double before = number("last");
     run();
-    EXPECT_EQ(outcome("last"), Outcome::Reused);
-    EXPECT_EQ(outcome("middle"), Outcome::NotAsked) << "nothing needs it any more";
+    EXPECT_EQ(status("last"), NodeStatus::Reused);
+    EXPECT_EQ(status("middle"), NodeStatus::NotRequested) << "nothing needs it any more";
     EXPECT_EQ(rows.opened, 1);
     EXPECT_EQ(number("last"), before);
     EXPECT_TRUE(wasSaid("Pass \"last\": kept from a former run"));
@@ -47,7 +47,7 @@ TEST_F(Reuse, nothingIsExecutedForAStartWhoseWholeBranchIsRight) {
     start("rows");
     run();
     for (const char* name : {"rows", "total", "middle", "last"}) {
-        EXPECT_EQ(outcome(name), Outcome::Reused) << name;
+        EXPECT_EQ(status(name), NodeStatus::Reused) << name;
     }
     EXPECT_EQ(rows.opened, 1);
 }
@@ -60,10 +60,10 @@ TEST_F(Reuse, aChangedValueIsExecutedWithWhatLiesDownstreamAndNothingElse) {
     run();
     set("beside", "scale", "2");
     run();
-    EXPECT_EQ(outcome("beside"), Outcome::Done);
-    EXPECT_EQ(outcome("rows"), Outcome::Done) << "its rows are needed";
+    EXPECT_EQ(status("beside"), NodeStatus::Done);
+    EXPECT_EQ(status("rows"), NodeStatus::Done) << "its rows are needed";
     for (const char* name : {"total", "middle", "last"}) {
-        EXPECT_EQ(outcome(name), Outcome::Reused) << name;
+        EXPECT_EQ(status(name), NodeStatus::Reused) << name;
     }
 }
 
@@ -73,7 +73,7 @@ TEST_F(Reuse, aTableThatNothingTakesIsNotPassedAgain) {
     run();
     EXPECT_EQ(rows.opened, 2);
     run();
-    EXPECT_EQ(outcome("alone"), Outcome::Reused);
+    EXPECT_EQ(status("alone"), NodeStatus::Reused);
     EXPECT_EQ(rows.opened, 2);
 }
 
@@ -93,8 +93,8 @@ TEST_F(Reuse, whatWasCompleteBeforeAStopIsKept) {
     EXPECT_TRUE(report.wasStopped);
     start("last");
     run();
-    EXPECT_EQ(outcome("last"), Outcome::Done);
-    EXPECT_EQ(outcome("total"), Outcome::Reused);
+    EXPECT_EQ(status("last"), NodeStatus::Done);
+    EXPECT_EQ(status("total"), NodeStatus::Reused);
 }
 
 TEST_F(Reuse, theReasonNamesTheValueThatChanged) {
@@ -143,7 +143,7 @@ TEST_F(Reuse, withoutBeingAskedNoReasonIsSaid) {
 TEST_F(Reuse, aChangedValueUpstreamIsSeen) {
     set("rows", "rows", "60000");
     run();
-    EXPECT_EQ(outcome("middle"), Outcome::Done);
+    EXPECT_EQ(status("middle"), NodeStatus::Done);
     EXPECT_EQ(of("rows").rowsOut, 60000U);
 }
 
@@ -152,7 +152,7 @@ TEST_F(Reuse, aValueThatComesBackFindsItsResult) {
     run();
     set("rows", "rows", "70000");
     run();
-    EXPECT_EQ(outcome("last"), Outcome::Reused);
+    EXPECT_EQ(status("last"), NodeStatus::Reused);
     EXPECT_EQ(rows.opened, 2);
 }
 
@@ -160,7 +160,7 @@ TEST_F(Reuse, aFileThatIsOnlyTouchedChangesNothing) {
     std::filesystem::last_write_time(folder / "data.txt", std::filesystem::file_time_type::clock::now());
     write("data.txt", "one");
     run();
-    EXPECT_EQ(outcome("last"), Outcome::Reused);
+    EXPECT_EQ(status("last"), NodeStatus::Reused);
 }
 
 TEST_F(Reuse, aFileWithOtherContentIsSeenThoughItsDateIsTheSame) {
@@ -168,14 +168,14 @@ TEST_F(Reuse, aFileWithOtherContentIsSeenThoughItsDateIsTheSame) {
     write("data.txt", "two");
     std::filesystem::last_write_time(folder / "data.txt", date);
     run();
-    EXPECT_EQ(outcome("middle"), Outcome::Done);
+    EXPECT_EQ(status("middle"), NodeStatus::Done);
     EXPECT_EQ(rows.opened, 2);
 }
 
 TEST_F(Reuse, aFileThatIsGoneIsSeen) {
     std::filesystem::remove(folder / "data.txt");
     run();
-    EXPECT_EQ(outcome("middle"), Outcome::Done);
+    EXPECT_EQ(status("middle"), NodeStatus::Done);
 }
 
 TEST_F(Reuse, aFileThatAFunctionAskedForCountsForAllThatFollows) {
@@ -191,7 +191,7 @@ TEST_F(Reuse, aFileThatAFunctionAskedForCountsForAllThatFollows) {
     run();
     EXPECT_EQ(number("last"), 5.0);
     run();
-    EXPECT_EQ(outcome("last"), Outcome::Reused);
+    EXPECT_EQ(status("last"), NodeStatus::Reused);
     write("number.txt", "6");
     run();
     EXPECT_EQ(number("last"), 6.0);
@@ -200,21 +200,21 @@ TEST_F(Reuse, aFileThatAFunctionAskedForCountsForAllThatFollows) {
 TEST_F(Reuse, anotherVersionOfAKindIsExecuted) {
     pass.kindVersion = 2;
     run();
-    EXPECT_EQ(outcome("middle"), Outcome::Done);
-    EXPECT_EQ(outcome("total"), Outcome::Reused) << "it is of another kind";
+    EXPECT_EQ(status("middle"), NodeStatus::Done);
+    EXPECT_EQ(status("total"), NodeStatus::Reused) << "it is of another kind";
 }
 
 TEST_F(Reuse, anotherNameMayStandInTheResult) {
     pipeline.nodes[positionOf("middle")].name = "renamed";
     run();
-    EXPECT_EQ(outcome("renamed"), Outcome::Done);
-    EXPECT_EQ(outcome("total"), Outcome::Reused);
+    EXPECT_EQ(status("renamed"), NodeStatus::Done);
+    EXPECT_EQ(status("total"), NodeStatus::Reused);
 }
 
 TEST_F(Reuse, resetForgets) {
     runner.reset();
     run();
-    EXPECT_EQ(outcome("middle"), Outcome::Done);
+    EXPECT_EQ(status("middle"), NodeStatus::Done);
     EXPECT_EQ(rows.opened, 2);
 }
 
@@ -222,9 +222,9 @@ TEST_F(Reuse, aFailureIsNotKept) {
     set("apart", "value", "13");
     wire("apart", "number", "last", "value");
     run();
-    EXPECT_EQ(outcome("apart"), Outcome::Failed);
+    EXPECT_EQ(status("apart"), NodeStatus::Failed);
     run();
-    EXPECT_EQ(outcome("apart"), Outcome::Failed);
+    EXPECT_EQ(status("apart"), NodeStatus::Failed);
     EXPECT_EQ(sentence("last"), "not run because of \"apart\"");
 }
 
@@ -252,15 +252,15 @@ protected:
 
 TEST_F(ReuseOfFiles, aFileThatIsStillThereIsNotWrittenAgain) {
     run();
-    EXPECT_EQ(outcome("write"), Outcome::Reused);
+    EXPECT_EQ(status("write"), NodeStatus::Reused);
     EXPECT_EQ(writing.evaluated, 1);
 }
 
 TEST_F(ReuseOfFiles, aFileThatIsGoneIsWrittenAgain) {
     std::filesystem::remove(note());
     run();
-    EXPECT_EQ(outcome("write"), Outcome::Done);
-    EXPECT_EQ(outcome("last"), Outcome::Reused);
+    EXPECT_EQ(status("write"), NodeStatus::Done);
+    EXPECT_EQ(status("last"), NodeStatus::Reused);
     EXPECT_EQ(content(note()), "note");
     EXPECT_TRUE(wasSaid("Write \"write\": executed, file note.txt is gone")) << messages.str();
 }
@@ -292,8 +292,8 @@ TEST_F(ReuseOfFiles, aFileOfOneThatIsReusedIsStillItsOwn) {
     add(writing, "thief", {{"text", "mine"}});
     wire("write", "number", "thief", "text");
     run();
-    EXPECT_EQ(outcome("write"), Outcome::Reused);
-    EXPECT_EQ(outcome("thief"), Outcome::Failed);
+    EXPECT_EQ(status("write"), NodeStatus::Reused);
+    EXPECT_EQ(status("thief"), NodeStatus::Failed);
     EXPECT_EQ(sentence("thief"), "the file \"note.txt\" is already written by \"write\"");
 }
 

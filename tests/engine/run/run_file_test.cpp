@@ -71,7 +71,7 @@ TEST_F(RunFile, isIncompleteAfterAStop) {
 TEST_F(RunFile, isNoHindranceWhereItCannotBeWritten) {
     write("test.results", "a file");
     run();
-    EXPECT_EQ(outcome("two"), Outcome::Done);
+    EXPECT_EQ(status("two"), NodeStatus::Done);
     EXPECT_NE(messages.str().find("The record of the run cannot be written: " + file().string()), std::string::npos);
 }
 

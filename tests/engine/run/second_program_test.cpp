@@ -30,7 +30,7 @@ protected:
     }
     int executed() const {
         return static_cast<int>(std::count_if(report.nodes.begin(), report.nodes.end(),
-                                              [](const NodeReport& node) { return node.outcome == Outcome::Done; }));
+                                              [](const NodeReport& node) { return node.status == NodeStatus::Done; }));
     }
 
     RowSource rows;
@@ -63,7 +63,7 @@ TEST_F(SecondProgram, isToldOfAResultThatIsTooLargeToKeep) {
     add(large, "large");
     start("large");
     runAnew();
-    EXPECT_EQ(outcome("large"), Outcome::Done);
+    EXPECT_EQ(status("large"), NodeStatus::Done);
     EXPECT_TRUE(
         wasSaid("Large \"large\": the result is not kept for later: it takes 2.0 MiB, and the limit is 1.0 MiB"))
         << messages.str();
@@ -75,7 +75,7 @@ TEST_F(SecondProgram, executesWhatChangedAndWhatLiesDownstream) {
     set("middle", "value", "1");
     inputOf("middle", "value").wire.reset();
     runAnew();
-    EXPECT_EQ(outcome("middle"), Outcome::NotAsked) << "it hangs on the start no more";
+    EXPECT_EQ(status("middle"), NodeStatus::NotRequested) << "it hangs on the start no more";
     start("middle");
     runAnew();
     EXPECT_EQ(executed(), 2);

@@ -57,10 +57,10 @@ TEST_F(Stop, endsTheRunInTheMiddleAndKeepsWhatIsComplete) {
     runAnd([&] { runner.stop(); });
     EXPECT_TRUE(report.wasStopped);
     EXPECT_FALSE(report.hasFailure());
-    EXPECT_EQ(outcome("first"), Outcome::Done);
-    EXPECT_EQ(outcome("rows"), Outcome::Unfinished);
-    EXPECT_EQ(outcome("sum"), Outcome::Unfinished);
-    EXPECT_EQ(outcome("after"), Outcome::Unfinished);
+    EXPECT_EQ(status("first"), NodeStatus::Done);
+    EXPECT_EQ(status("rows"), NodeStatus::Unfinished);
+    EXPECT_EQ(status("sum"), NodeStatus::Unfinished);
+    EXPECT_EQ(status("after"), NodeStatus::Unfinished);
     EXPECT_EQ(sum.finished, 0);
     EXPECT_TRUE(wasSaid("Sum \"sum\": not finished because the run was stopped"));
     EXPECT_TRUE(wasSaid("The run was stopped."));
@@ -70,15 +70,15 @@ TEST_F(Stop, doesNotReachTheNextRun) {
     runAnd([&] { runner.stop(); });
     run();
     EXPECT_FALSE(report.wasStopped);
-    EXPECT_EQ(outcome("after"), Outcome::Done);
+    EXPECT_EQ(status("after"), NodeStatus::Done);
 }
 
 TEST_F(Stop, keepsNoIncompleteResult) {
     start("after");
     runAnd([&] { runner.stop(); });
     run();
-    EXPECT_EQ(outcome("sum"), Outcome::Done);
-    EXPECT_EQ(outcome("first"), Outcome::Reused);
+    EXPECT_EQ(status("sum"), NodeStatus::Done);
+    EXPECT_EQ(status("first"), NodeStatus::Reused);
 }
 
 TEST_F(Stop, withoutARunIsHarmless) {
@@ -86,12 +86,12 @@ TEST_F(Stop, withoutARunIsHarmless) {
     runner.stop();
     run();
     EXPECT_FALSE(report.wasStopped);
-    EXPECT_EQ(outcome("after"), Outcome::Done);
+    EXPECT_EQ(status("after"), NodeStatus::Done);
     runner.stop();
     runner.reset();
     run();
     EXPECT_FALSE(report.wasStopped);
-    EXPECT_EQ(outcome("after"), Outcome::Done);
+    EXPECT_EQ(status("after"), NodeStatus::Done);
 }
 
 TEST_F(Stop, ofAFunctionLeavesItUnfinished) {
@@ -107,7 +107,7 @@ TEST_F(Stop, ofAFunctionLeavesItUnfinished) {
         runner.stop();
     });
     run();
-    EXPECT_EQ(outcome("wait"), Outcome::Unfinished);
+    EXPECT_EQ(status("wait"), NodeStatus::Unfinished);
     EXPECT_EQ(sentence("wait"), "not finished because the run was stopped");
 }
 
@@ -129,7 +129,7 @@ TEST_F(Stop, leavesNoFileUnderItsFinalName) {
         runner.stop();
     });
     run();
-    EXPECT_EQ(outcome("write"), Outcome::Unfinished);
+    EXPECT_EQ(status("write"), NodeStatus::Unfinished);
     EXPECT_TRUE(std::filesystem::is_empty(pipeline.resultsFolder));
 }
 
@@ -138,7 +138,7 @@ TEST_F(Stop, resetEndsTheRunAndItsResultsAreNotKept) {
     runAnd([&] { runner.reset(); });
     EXPECT_TRUE(report.wasStopped);
     run();
-    EXPECT_EQ(outcome("first"), Outcome::Done) << "what the ended run made is forgotten too";
+    EXPECT_EQ(status("first"), NodeStatus::Done) << "what the ended run made is forgotten too";
 }
 
 TEST_F(Stop, manyStopsAtAnyMomentLeaveTheRunnerWhole) {
@@ -154,13 +154,13 @@ TEST_F(Stop, manyStopsAtAnyMomentLeaveTheRunnerWhole) {
         runner.reset();
         run();
         EXPECT_FALSE(report.hasFailure());
-        EXPECT_TRUE(report.wasStopped || outcome("after") == Outcome::Done);
+        EXPECT_TRUE(report.wasStopped || status("after") == NodeStatus::Done);
     }
     isOver = true;
     caller.get();
     runner.reset();
     run();
-    EXPECT_EQ(outcome("after"), Outcome::Done);
+    EXPECT_EQ(status("after"), NodeStatus::Done);
 }
 
 /// Stops a run from inside of it, at a random moment of one of its phases, and times how long it goes on.

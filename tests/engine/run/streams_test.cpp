@@ -81,7 +81,7 @@ protected:
             setenv("VELMORAK_THREADS", threads, 1);
             runner.reset();  // Else the result of the run before is still right.
             run();
-            EXPECT_EQ(outcome(name), Outcome::Done) << sentence(name);
+            EXPECT_EQ(status(name), NodeStatus::Done) << sentence(name);
             sums.push_back(number(name));
             EXPECT_EQ(std::memcmp(&sums.back(), sums.data(), sizeof(double)), 0) << threads << " threads";
         }
@@ -143,7 +143,7 @@ TEST_F(Streams, oneTableCanBeBothHalves) {
     wire("cut", "table", "join", "second");
     wire("join", "table", "sum", "table");
     run();
-    EXPECT_EQ(outcome("sum"), Outcome::Done) << sentence("sum");
+    EXPECT_EQ(status("sum"), NodeStatus::Done) << sentence("sum");
     EXPECT_EQ(of("a").rowsOut, 1000U);
     EXPECT_EQ(rowsInto("cut"), 2000U);
     EXPECT_EQ(rowsInto("sum"), of("cut").rowsOut);
@@ -194,7 +194,7 @@ TEST_F(Streams, aSourceThatFailsEndsWhatItWasJoinedInto) {
     run();
     EXPECT_EQ(sentence("b"), "no good");
     EXPECT_EQ(sentence("sum"), "not run because of \"b\"");
-    EXPECT_EQ(outcome("ofA"), Outcome::Done);
+    EXPECT_EQ(status("ofA"), NodeStatus::Done);
 }
 
 TEST_F(Streams, anInputOfAJoinThatNothingFeedsIsNamed) {
@@ -243,7 +243,7 @@ TEST_F(Streams, aSourceIsNotReadForRowsThatNothingWants) {
     sumForAnyThreads("sum");
     EXPECT_EQ(rowsInto("sum"), 5U);
     EXPECT_LT(of("a").rowsOut, 100 * chunkRows);
-    EXPECT_EQ(outcome("a"), Outcome::Done);
+    EXPECT_EQ(status("a"), NodeStatus::Done);
     EXPECT_EQ(text("sum", 1), "0 ") << "what comes after does not decide how states meet";
 }
 
@@ -285,19 +285,19 @@ TEST_F(Streams, whatWasMadeOfAJoinIsReusedUntilOneOfItsTablesChanges) {
     wire("join", "table", "sum", "table");
     run();
     run();
-    EXPECT_EQ(outcome("sum"), Outcome::Reused);
+    EXPECT_EQ(status("sum"), NodeStatus::Reused);
     EXPECT_EQ(rows.opened, 2);
     set("b", "rows", "2001");
     run();
-    EXPECT_EQ(outcome("sum"), Outcome::Done);
+    EXPECT_EQ(status("sum"), NodeStatus::Done);
     EXPECT_EQ(rowsInto("sum"), 3001U);
     set("b", "rows", "2000");
     run();
-    EXPECT_EQ(outcome("sum"), Outcome::Reused) << "a result that was right before";
+    EXPECT_EQ(status("sum"), NodeStatus::Reused) << "a result that was right before";
     inputOf("join", "first").wire = PipelineWire{positionOf("b"), "table"};
     inputOf("join", "second").wire = PipelineWire{positionOf("a"), "table"};
     run();
-    EXPECT_EQ(outcome("sum"), Outcome::Done) << "the order of the tables counts";
+    EXPECT_EQ(status("sum"), NodeStatus::Done) << "the order of the tables counts";
 }
 
 TEST_F(Streams, whatWasMadeOfTheFirstRowsIsReusedAndNotTakenForTheWhole) {
@@ -310,18 +310,18 @@ TEST_F(Streams, whatWasMadeOfTheFirstRowsIsReusedAndNotTakenForTheWhole) {
     const double few = number("few");
     EXPECT_LT(of("a").rowsOut, 100 * chunkRows);
     run();
-    EXPECT_EQ(outcome("few"), Outcome::Reused);
+    EXPECT_EQ(status("few"), NodeStatus::Reused);
     EXPECT_EQ(number("few"), few);
     add(sum, "all");
     wire("a", "table", "all", "table");
     run();
-    EXPECT_EQ(outcome("few"), Outcome::Reused);
-    EXPECT_EQ(outcome("all"), Outcome::Done);
+    EXPECT_EQ(status("few"), NodeStatus::Reused);
+    EXPECT_EQ(status("all"), NodeStatus::Done);
     EXPECT_EQ(rowsInto("all"), 200 * chunkRows) << "though fewer were read before";
     set("head", "count", "6");
     run();
-    EXPECT_EQ(outcome("few"), Outcome::Done);
-    EXPECT_EQ(outcome("all"), Outcome::Reused);
+    EXPECT_EQ(status("few"), NodeStatus::Done);
+    EXPECT_EQ(status("all"), NodeStatus::Reused);
     EXPECT_EQ(rowsInto("few"), 6U);
 }
 

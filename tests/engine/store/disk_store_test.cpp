@@ -17,7 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 
 Digest keyOf(std::uint64_t number) {
-    Digester digester;
+    Sha256 digester;
     digester.addNumber(number);
     return digester.finish();
 }
@@ -232,21 +232,21 @@ protected:
 
 TEST_F(PlaceOfEnvironment, isBelowTheCacheFolder) {
     setenv("XDG_CACHE_HOME", "/somewhere", 1);
-    EXPECT_EQ(storePlaceOfEnvironment().folder, "/somewhere/velmorak");
-    EXPECT_EQ(storePlaceOfEnvironment().limitBytes, std::uint64_t{2048} << 20);
+    EXPECT_EQ(cacheConfigFromEnvironment().folder, "/somewhere/velmorak");
+    EXPECT_EQ(cacheConfigFromEnvironment().limitBytes, std::uint64_t{2048} << 20);
     setenv("XDG_CACHE_HOME", "relative", 1);
     setenv("HOME", "/home/me", 1);
-    EXPECT_EQ(storePlaceOfEnvironment().folder, "/home/me/.cache/velmorak");
+    EXPECT_EQ(cacheConfigFromEnvironment().folder, "/home/me/.cache/velmorak");
 }
 
 TEST_F(PlaceOfEnvironment, hasTheLimitThatIsAskedFor) {
     setenv("VELMORAK_CACHE_LIMIT", "3", 1);
-    EXPECT_EQ(storePlaceOfEnvironment().limitBytes, 3U << 20);
+    EXPECT_EQ(cacheConfigFromEnvironment().limitBytes, 3U << 20);
     setenv("VELMORAK_CACHE_LIMIT", "0", 1);
-    EXPECT_TRUE(storePlaceOfEnvironment().folder.empty());
+    EXPECT_TRUE(cacheConfigFromEnvironment().folder.empty());
     setenv("VELMORAK_CACHE_LIMIT", "much", 1);
-    EXPECT_EQ(storePlaceOfEnvironment().limitBytes, std::uint64_t{2048} << 20);
-    EXPECT_EQ(storePlaceOfEnvironment().complaint, "VELMORAK_CACHE_LIMIT=much is no number of MiB; 2048 is taken");
+    EXPECT_EQ(cacheConfigFromEnvironment().limitBytes, std::uint64_t{2048} << 20);
+    EXPECT_EQ(cacheConfigFromEnvironment().complaint, "VELMORAK_CACHE_LIMIT=much is no number of MiB; 2048 is taken");
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ protected:
     Digests() {
         const std::string content(bytes, 'v');
         std::ofstream(file, std::ios::binary) << content;
-        Digester digester;
+        Sha256 digester;
         digester.add(content.data(), content.size());
         expected = digester.finish();
         grown = *stampOf(file);
@@ -34,7 +34,7 @@ protected:
     fs::path file = fs::temp_directory_path() / ("velmorak-digests-" + std::to_string(getpid()));
     Digest expected{};
     FileStamp grown;
-    FileDigests digests;
+    FileHashes digests;
     const std::atomic<bool> never = false;
 };
 
@@ -72,7 +72,7 @@ TEST_F(Digests, areNotWaitedForByOneWhoIsStopped) {
 TEST_F(Digests, madeAheadAreThere) {
     oneapi::tbb::task_arena arena(2);
     arena.execute([&] {
-        DigestsAhead ahead(digests);
+        FilePrefetchHasher ahead(digests);
         EXPECT_TRUE(ahead.begin(file, grown));
         // Made by another thread, or else they would not be anybody's.
         while (!digests.changes())
@@ -85,8 +85,8 @@ TEST_F(Digests, madeAheadAreGivenUpWithTheRun) {
     oneapi::tbb::task_arena arena(2);
     for (int i = 0; i < 200; ++i)
         arena.execute([&] {
-            FileDigests ofRun;
-            DigestsAhead ahead(ofRun);
+            FileHashes ofRun;
+            FilePrefetchHasher ahead(ofRun);
             ahead.begin(file, grown);
             ahead.begin(file, grown);
         });
@@ -100,12 +100,12 @@ TEST_F(Digests, areMadeAheadOnlyWhereItPays) {
     FileStamp young = grown;
     young.changedNs = nowNs();
     arena.execute([&] {
-        DigestsAhead ahead(digests);
+        FilePrefetchHasher ahead(digests);
         EXPECT_FALSE(ahead.begin(file, small));
         EXPECT_FALSE(ahead.begin(file, young));
     });
     oneapi::tbb::task_arena(1).execute([&] {
-        DigestsAhead ahead(digests);
+        FilePrefetchHasher ahead(digests);
         EXPECT_FALSE(ahead.begin(file, grown));
     });
 }

@@ -58,9 +58,9 @@ std::map<std::string, std::string> resultsOf(const Pipeline& pipeline, const Run
     std::map<std::string, std::string> results;
     for (std::size_t i = 0; i < report.nodes.size(); ++i) {
         const NodeReport& node = report.nodes[i];
-        const bool isDone = node.outcome == Outcome::Done || node.outcome == Outcome::Reused;
+        const bool isDone = node.status == NodeStatus::Done || node.status == NodeStatus::Reused;
         std::string& text = results[pipeline.nodes[i].name];
-        text = isDone ? "done" : std::to_string(static_cast<int>(node.outcome)) + ' ' + node.sentence;
+        text = isDone ? "done" : std::to_string(static_cast<int>(node.status)) + ' ' + node.sentence;
         for (const Value& value : node.outputs)
             text += '\n' + bitsOf(value);
     }

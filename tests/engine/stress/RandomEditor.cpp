@@ -14,7 +14,7 @@
 namespace velmorak::test {
 namespace {
 
-constexpr std::size_t mostNodes = 25;
+constexpr std::size_t maxNodes = 25;
 
 using Texts = std::vector<std::string>;
 
@@ -133,19 +133,19 @@ std::uint32_t seedOfTest() {
     return seed;
 }
 
-Hands::Hands(QzManager& manager, std::uint32_t seed, std::filesystem::path folder, std::function<void()> afterCall)
+RandomEditor::RandomEditor(QzManager& manager, std::uint32_t seed, std::filesystem::path folder, std::function<void()> afterCall)
     : manager(manager), random(seed), folder(std::move(folder)), afterCall(std::move(afterCall)) {
     writeData(this->folder);
     manager.SetFileName((this->folder / "storm.zedra").string());
 }
 
-QzBase& Hands::anyNode() {
+QzBase& RandomEditor::anyNode() {
     return *manager.plugins[below(manager.plugins.size())];
 }
 
-void Hands::edit() {
+void RandomEditor::edit() {
     const std::size_t choice = below(100);
-    if (manager.plugins.empty() || (choice < 12 && manager.plugins.size() < mostNodes))
+    if (manager.plugins.empty() || (choice < 12 && manager.plugins.size() < maxNodes))
         add();
     else if (choice < 18)
         remove();
@@ -167,21 +167,21 @@ void Hands::edit() {
         open();
 }
 
-void Hands::build(std::size_t plugins) {
+void RandomEditor::build(std::size_t plugins) {
     while (manager.plugins.size() < plugins)
         add();
 }
 
-void Hands::add() {
+void RandomEditor::add() {
     const auto& kinds = QzManager::GetPlugins();
     const bool isSource = manager.plugins.empty() || oneIn(8);
     std::size_t kind = isSource ? kindOf("RandomTable") : below(kinds.size());
     while (isDrawn(kinds[kind]))
         kind = below(kinds.size());
-    place(kind);
+    slot(kind);
 }
 
-QzBase& Hands::place(std::size_t kind) {
+QzBase& RandomEditor::slot(std::size_t kind) {
     QzBase& node = *manager.CreatePlugin(static_cast<std::uint16_t>(kind), "N" + std::to_string(names++));
     afterCall();
     for (std::size_t input = 0; input < node.Inputs().size(); ++input)
@@ -190,22 +190,22 @@ QzBase& Hands::place(std::size_t kind) {
     return node;
 }
 
-std::size_t Hands::kindOf(const std::string& name) {
+std::size_t RandomEditor::kindOf(const std::string& name) {
     const auto& kinds = QzManager::GetPlugins();
     return static_cast<std::size_t>(std::ranges::find(kinds, name, &QzKind::name) - kinds.begin());
 }
 
-void Hands::remove() {
+void RandomEditor::remove() {
     manager.DeletePlugin(static_cast<int>(below(manager.plugins.size())));
     afterCall();
 }
 
-void Hands::rename() {
+void RandomEditor::rename() {
     anyNode().SetName("R" + std::to_string(names++));
     afterCall();
 }
 
-void Hands::connect() {
+void RandomEditor::connect() {
     if (!oneIn(4)) {
         repair();
         return;
@@ -224,7 +224,7 @@ void Hands::connect() {
 }
 
 /// Feeds each input that nothing is wired to and that only a wire can feed.
-void Hands::repair() {
+void RandomEditor::repair() {
     for (std::size_t i = 0; i < manager.plugins.size(); ++i) {
         QzBase& node = *manager.plugins[i];
         for (std::size_t input = 0; input < node.Inputs().size(); ++input)
@@ -233,7 +233,7 @@ void Hands::repair() {
     }
 }
 
-void Hands::feed(QzBase& receiver) {
+void RandomEditor::feed(QzBase& receiver) {
     const std::vector<InputSpec> specs = QzBase::Part::of(receiver).inputSpecs;
     for (std::size_t input = 0; input < specs.size(); ++input) {
         const bool isFed = receiver.Inputs()[input].source != nullptr;
@@ -242,7 +242,7 @@ void Hands::feed(QzBase& receiver) {
     }
 }
 
-void Hands::feed(QzBase& receiver, std::size_t input) {
+void RandomEditor::feed(QzBase& receiver, std::size_t input) {
     const InputSpec spec = QzBase::Part::of(receiver).inputSpecs[input];
     const std::set<const QzBase*> downstream = downstreamOf(receiver);
     std::vector<std::pair<QzBase*, std::string>> fitting;
@@ -257,7 +257,7 @@ void Hands::feed(QzBase& receiver, std::size_t input) {
     afterCall();
 }
 
-void Hands::disconnect() {
+void RandomEditor::disconnect() {
     QzBase& receiver = anyNode();
     for (const QzBase::Input& input : receiver.Inputs()) {
         if (input.source == nullptr)
@@ -269,12 +269,12 @@ void Hands::disconnect() {
     }
 }
 
-void Hands::setValue() {
+void RandomEditor::setValue() {
     QzBase& node = anyNode();
     setValue(node, below(node.Inputs().size()));
 }
 
-void Hands::setValue(QzBase& node, std::size_t input) {
+void RandomEditor::setValue(QzBase& node, std::size_t input) {
     // Ports may have gone with the value before.
     if (input >= node.Inputs().size())
         return;
@@ -283,7 +283,7 @@ void Hands::setValue(QzBase& node, std::size_t input) {
     afterCall();
 }
 
-std::string Hands::plausible(const QzBase& node, const InputSpec& spec) {
+std::string RandomEditor::plausible(const QzBase& node, const InputSpec& spec) {
     static const Texts rows{"0", "1", "1000", "40000", "100000"};
     static const Texts numbers{"0", "1", "2", "3", "0.5", "-1"};
     static const Texts counts{"1", "2", "3"};
@@ -301,7 +301,7 @@ std::string Hands::plausible(const QzBase& node, const InputSpec& spec) {
     return spec.type == ValueType::Text && !texts.empty() ? oneOf(texts) : spec.value;
 }
 
-void Hands::moveStart() {
+void RandomEditor::moveStart() {
     // Most of what there is hangs on a source.
     int index = static_cast<int>(below(manager.plugins.size()));
     for (int i = 0; i < index; ++i)
@@ -311,14 +311,14 @@ void Hands::moveStart() {
     afterCall();
 }
 
-void Hands::moveBox() {
+void RandomEditor::moveBox() {
     anyNode().SetPosition(static_cast<float>(below(1000)), static_cast<float>(below(1000)));
     anyNode().SetExpanded(oneIn(2));
     afterCall();
 }
 
 /// As the editor opens a document in place of the one that it shows.
-void Hands::open() {
+void RandomEditor::open() {
     const std::filesystem::path& file = saved[below(saved.size())];
     while (!manager.plugins.empty()) {
         manager.DeletePlugin(0);
@@ -328,7 +328,7 @@ void Hands::open() {
     afterCall();
 }
 
-void Hands::save() {
+void RandomEditor::save() {
     const std::filesystem::path file = folder / ("saved" + std::to_string(saved.size() % 8) + ".zedra");
     std::ofstream(file, std::ios::binary) << manager.DocumentText();
     manager.SetFileName(file.string());

@@ -19,12 +19,12 @@ std::uint32_t seedOfTest();
 
 /// Somebody who edits a pipeline at random, through the door alone, and knows what a value may look like. Never
 /// draws: a plug-in of the kind Plot starts another program.
-class Hands {
+class RandomEditor {
 public:
     /// @param manager outlives this.
     /// @param folder  for documents and data.
     /// @param afterCall called after each call that changes the pipeline.
-    Hands(
+    RandomEditor(
         QzManager& manager, std::uint32_t seed, std::filesystem::path folder, std::function<void()> afterCall = [] {});
 
     /// Adds, deletes, renames, connects, disconnects, sets a value, opens a document in place of everything, moves the
@@ -33,7 +33,7 @@ public:
     /// Adds plug-ins of random kinds, each with values and wires that are likely to work, until there are so many.
     void build(std::size_t plugins);
     /// Adds one of that kind in the same way.
-    QzBase& place(std::size_t kind);
+    QzBase& slot(std::size_t kind);
     /// Number of a kind.
     static std::size_t kindOf(const std::string& name);
 

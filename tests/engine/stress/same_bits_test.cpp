@@ -37,15 +37,15 @@ protected:
         return mkdtemp(name.data());
     }
 
-    Left runWith(std::unique_ptr<Workers> workers, Pipeline pipeline) {
+    Left runWith(std::unique_ptr<Executor> workers, Pipeline pipeline) {
         pipeline.resultsFolder = folder / "bits.results";
         fs::remove_all(pipeline.resultsFolder);
         std::ostringstream messages;
         Runner runner(messages, false);
-        runner.employ(std::move(workers));
+        runner.setExecutor(std::move(workers));
         report = runner.run(pipeline);
         for (const NodeReport& node : report.nodes)
-            EXPECT_NE(node.outcome, Outcome::Reused);
+            EXPECT_NE(node.status, NodeStatus::Reused);
         said = messages.str();
         return {resultsOf(pipeline, report), filesIn(pipeline.resultsFolder)};
     }
@@ -56,12 +56,12 @@ protected:
     }
 
     void compareAll(const Pipeline& pipeline, std::uint32_t seed) {
-        const Left one = runWith(std::make_unique<Crew>(1), pipeline);
+        const Left one = runWith(std::make_unique<ThreadPool>(1), pipeline);
         for (const std::size_t threads : {2, 3, 16})
-            expectSame(one, runWith(std::make_unique<Crew>(threads), pipeline), pipeline,
+            expectSame(one, runWith(std::make_unique<ThreadPool>(threads), pipeline), pipeline,
                        std::to_string(threads) + " threads");
         for (std::uint32_t order = 0; order < 3; ++order)
-            expectSame(one, runWith(std::make_unique<Adversary>(seed + order), pipeline), pipeline,
+            expectSame(one, runWith(std::make_unique<ShuffledExecutor>(seed + order), pipeline), pipeline,
                        "order " + std::to_string(seed + order));
     }
 
@@ -72,7 +72,7 @@ protected:
                 manager.DeletePlugin(static_cast<int>(i));
     }
 
-    bool isDone(std::size_t node) const { return report.nodes.at(node).outcome == Outcome::Done; }
+    bool isDone(std::size_t node) const { return report.nodes.at(node).status == NodeStatus::Done; }
 
     fs::path folder = newFolder();
     std::streambuf* quiet;
@@ -101,14 +101,14 @@ protected:
         QzManager manager("QzAnalysisFactory");
         const fs::path own = folder / (std::to_string(kind) + '-' + std::to_string(seed));
         fs::create_directories(own);
-        Hands hands(manager, seed, own);
+        RandomEditor hands(manager, seed, own);
         // Something of each type that is good to be used, and the rest at random.
         for (const char* const example : {"/Histograms/Efficiency.zedra", "/Histograms/Plane.zedra"})
             manager.ReadDocument(std::string(TEST_EXAMPLES) + example);
         manager.SetFileName((own / "storm.zedra").string());
         removePictures(manager);
         hands.build(manager.plugins.size() + 5);
-        QzBase& node = hands.place(kind);
+        QzBase& node = hands.slot(kind);
         for (std::size_t i = 0; i < node.Outputs().size(); ++i)
             write(manager, node, node.Outputs()[i].name);
         const int position = manager.IndexOf(node.GetName());
@@ -118,7 +118,7 @@ protected:
     }
 
     void write(QzManager& manager, QzBase& node, const std::string& output) {
-        const auto kind = static_cast<std::uint16_t>(Hands::kindOf("AidaWriter"));
+        const auto kind = static_cast<std::uint16_t>(RandomEditor::kindOf("AidaWriter"));
         QzBase& writer = *manager.CreatePlugin(kind, "Written " + output);
         writer.Connect("object", &node, output);
     }
@@ -131,8 +131,8 @@ TEST_F(SameBitsOfKinds, comeFromRandomPipelinesOfEveryKindForAnyWorkers) {
     for (std::size_t kind = 0; kind < QzManager::GetPlugins().size(); ++kind) {
         const std::string& name = QzManager::GetPlugins()[kind].name;
         bool isTried = name == "Plot";
-        constexpr std::uint32_t mostTries = 8;
-        for (std::uint32_t i = 0; i < mostTries && !isTried; ++i)
+        constexpr std::uint32_t maxTries = 8;
+        for (std::uint32_t i = 0; i < maxTries && !isTried; ++i)
             isTried = compare(kind, seed + 100 * i);
         if (!isTried)
             never.insert(name);

@@ -58,7 +58,7 @@ protected:
             count.wait(seen);
     }
 
-    void rage(Hands& hands, std::uint32_t seed, const std::function<void()>& run) {
+    void rage(RandomEditor& hands, std::uint32_t seed, const std::function<void()>& run) {
         const std::size_t wanted = editsAskedFor();
         hands.build(12);
         std::thread runner([&] {
@@ -105,8 +105,8 @@ protected:
     void compareWithARunAlone(const Pipeline& plan, const RunReport& report) {
         ++compared;
         // A call may have changed the pipeline and be about to say so.
-        constexpr int mostTries = 100000;
-        for (int i = 0; i < mostTries && !wasState(plan); ++i)
+        constexpr int maxTries = 100000;
+        for (int i = 0; i < maxTries && !wasState(plan); ++i)
             std::this_thread::yield();
         EXPECT_TRUE(wasState(plan)) << "the plan is none of the states between two edits:\n" << textOf(plan);
         Pipeline alone = plan;
@@ -118,11 +118,11 @@ protected:
         auto wanted = resultsOf(plan, expected);
         auto found = resultsOf(plan, report);
         for (std::size_t i = 0; i < plan.nodes.size(); ++i)
-            done[plan.nodes[i].kindName] += expected.nodes[i].outcome == Outcome::Done ? 1 : 0;
+            done[plan.nodes[i].kindName] += expected.nodes[i].status == NodeStatus::Done ? 1 : 0;
         for (std::size_t i = 0; i < plan.nodes.size(); ++i) {
             const bool isStream = dynamic_cast<const Function*>(plan.nodes[i].kind) == nullptr &&
                                   dynamic_cast<const Accumulator*>(plan.nodes[i].kind) == nullptr;
-            if (!isStream && report.nodes[i].outcome != Outcome::NotAsked) {
+            if (!isStream && report.nodes[i].status != NodeStatus::NotRequested) {
                 EXPECT_EQ(found[plan.nodes[i].name], wanted[plan.nodes[i].name]) << textOf(plan) << messages.str();
             }
         }
@@ -155,7 +155,7 @@ protected:
 
 TEST_F(Storm, ofEditsDuringRunsLeavesEachRunTheResultsOfItsPlan) {
     const std::uint32_t seed = seedOfTest();
-    Hands hands(manager, seed, folder, [this] { noteState(); });
+    RandomEditor hands(manager, seed, folder, [this] { noteState(); });
     noteState();
     rage(hands, seed, [this] { runs % 4 == 0 ? manager.Run() : runAndCompare(); });
     std::cout << compared << " runs compared\n";
@@ -171,7 +171,7 @@ TEST_F(Storm, ofEditsDuringRunsLeavesEachRunTheResultsOfItsPlan) {
 /// Nothing but the door, so that no lock of the test hides one that is missing.
 TEST_F(Storm, ofEditsDuringRunsIsHarmless) {
     const std::uint32_t seed = seedOfTest() + 1;
-    Hands hands(manager, seed, folder);
+    RandomEditor hands(manager, seed, folder);
     rage(hands, seed, [this] { manager.Run(); });
     const std::string text = manager.DocumentText();
     QzManager again("QzAnalysisFactory");

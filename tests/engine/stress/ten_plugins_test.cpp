@@ -40,7 +40,7 @@ protected:
         return lastReport(manager).nodes.at(static_cast<std::size_t>(manager.IndexOf(name)));
     }
     std::string sentence(const std::string& name) { return of(name).sentence; }
-    Outcome outcome(const std::string& name) { return of(name).outcome; }
+    NodeStatus status(const std::string& name) { return of(name).status; }
 
     static std::string random(const std::string& name) {
         return R"({"name": ")" + name + R"(", "kind": "RandomTable"})";
@@ -75,9 +75,9 @@ TEST_F(WrongPipeline, ofTenPluginsFinishesAllButThreeThatFailAndWhatIsBehindThem
            {"name": "Numbers", "kind": "Statistics", "inputs": [{"name": "data", "from": ["Odd", "table"]},
             {"name": "expression", "value": "result"}]},
            {"name": "Sum", "kind": "Adder", "inputs": [{"name": "a", "from": ["Make", "table"]}]})");
-    EXPECT_EQ(outcome("Keep"), Outcome::Done);
+    EXPECT_EQ(status("Keep"), NodeStatus::Done);
     EXPECT_TRUE(fs::exists(folder / "wrong.results" / "Keep.aida"));
-    EXPECT_EQ(outcome("Numbers"), Outcome::Done) << "NaN is a number like others";
+    EXPECT_EQ(status("Numbers"), NodeStatus::Done) << "NaN is a number like others";
     EXPECT_EQ(std::get<double>(of("Numbers").outputs.at(7)), 1000.0) << "and counted apart";
     EXPECT_THAT(sentence("Bad"), HasSubstr("nowhere"));
     EXPECT_EQ(sentence("Lost"), "not run because of \"Bad\"");
@@ -91,7 +91,7 @@ TEST_F(WrongPipeline, ofTenPluginsFinishesAllButThreeThatFailAndWhatIsBehindThem
 
 TEST_F(WrongPipeline, namesAFileThatIsMissing) {
     run(reader("Read", "AidaTable", "gone.aida") + "," + histogram("Fill", "Read", "x"));
-    EXPECT_EQ(outcome("Read"), Outcome::Failed);
+    EXPECT_EQ(status("Read"), NodeStatus::Failed);
     EXPECT_THAT(sentence("Read"), HasSubstr("gone.aida"));
     EXPECT_EQ(sentence("Fill"), "not run because of \"Read\"");
 }
@@ -99,14 +99,14 @@ TEST_F(WrongPipeline, namesAFileThatIsMissing) {
 /// Nobody may go there, not even the system's administrator.
 TEST_F(WrongPipeline, namesAFileInAPlaceThatCannotBeEntered) {
     run(reader("Read", "CsvTable", "short.csv/inside.csv") + "," + histogram("Fill", "Read", "x"));
-    EXPECT_EQ(outcome("Read"), Outcome::Failed);
+    EXPECT_EQ(status("Read"), NodeStatus::Failed);
     EXPECT_THAT(sentence("Read"), HasSubstr("short.csv/inside.csv"));
     EXPECT_EQ(sentence("Fill"), "not run because of \"Read\"");
 }
 
 TEST_F(WrongPipeline, namesTheRowThatIsWrongInAFile) {
     run(reader("Read", "CsvTable", "short.csv") + "," + histogram("Fill", "Read", "x"));
-    EXPECT_EQ(outcome("Read"), Outcome::Failed);
+    EXPECT_EQ(status("Read"), NodeStatus::Failed);
     EXPECT_THAT(sentence("Read"), AllOf(HasSubstr("short.csv"), HasSubstr("3")));
     EXPECT_EQ(sentence("Fill"), "not run because of \"Read\"");
 }
@@ -114,8 +114,8 @@ TEST_F(WrongPipeline, namesTheRowThatIsWrongInAFile) {
 TEST_F(WrongPipeline, namesAFolderThatCannotBeWritten) {
     setResultsFolder(manager, folder / "short.csv" / "results");
     run(random("Make") + "," + histogram("Fill", "Make", "x") + "," + writer("Write", "Fill", "histogram"));
-    EXPECT_EQ(outcome("Fill"), Outcome::Done);
-    EXPECT_EQ(outcome("Write"), Outcome::Failed);
+    EXPECT_EQ(status("Fill"), NodeStatus::Done);
+    EXPECT_EQ(status("Write"), NodeStatus::Failed);
     EXPECT_THAT(sentence("Write"), AllOf(HasSubstr("Write.aida"), HasSubstr("short.csv/results")));
 }
 
@@ -129,10 +129,10 @@ TEST_F(WrongPipeline, namesTheWayOfACycle) {
 
 TEST_F(WrongPipeline, doesNotKeepTheNextRunFromWorking) {
     run(random("Make") + "," + histogram("Fill", "Make", "nowhere"));
-    EXPECT_EQ(outcome("Fill"), Outcome::Failed);
+    EXPECT_EQ(status("Fill"), NodeStatus::Failed);
     manager.SetInputValue(1, manager.plugins[1]->InputIndex("expression"), "x");
     manager.Run();
-    EXPECT_EQ(outcome("Fill"), Outcome::Done);
+    EXPECT_EQ(status("Fill"), NodeStatus::Done);
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ struct Unpacked {
     std::uint64_t position = 0;
 };
 
-Unpacked unpacked(io::Unpacker& unpacker, std::size_t piece) {
+Unpacked unpacked(io::Decompressor& unpacker, std::size_t piece) {
     Unpacked all;
     std::string bytes(piece, '\0');
     for (std::size_t count = 1; count > 0;) {
@@ -30,14 +30,14 @@ class Gzip : public AidaFiles {
 protected:
     /// Right before damage one may have got a few bytes further than the other.
     void expectAsZlib(const std::string& packed, std::size_t piece, const std::string& about) const {
-        constexpr std::size_t mostMore = 300;
+        constexpr std::size_t maxFurther = 300;
         const auto file = fileWith(packed);
         const Unpacked expected = unpacked(*io::openDeflated(file, io::Packing::Gzip), piece);
         const Unpacked made = unpacked(*io::openGzip(file), piece);
         EXPECT_EQ(made.damage, expected.damage) << about;
         EXPECT_EQ(made.position, expected.position) << about;
         EXPECT_GE(made.bytes.size(), expected.bytes.size()) << about;
-        EXPECT_LE(made.bytes.size(), expected.bytes.size() + (expected.damage.empty() ? 0 : mostMore)) << about;
+        EXPECT_LE(made.bytes.size(), expected.bytes.size() + (expected.damage.empty() ? 0 : maxFurther)) << about;
         EXPECT_TRUE(made.bytes.starts_with(expected.bytes)) << about;
     }
 

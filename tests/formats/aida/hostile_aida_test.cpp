@@ -26,7 +26,7 @@ using HostileAida = AidaFiles;
 /// Counts how often it is asked whether the run is to end, and says yes after a number of times.
 class AskedRun : public QuietRun {
 public:
-    explicit AskedRun(std::size_t mostTimes = ~std::size_t{0}) : most(mostTimes) {}
+    explicit AskedRun(std::size_t maxTimes = ~std::size_t{0}) : most(maxTimes) {}
     bool isStopping() const override { return ++asked > most; }
 
     mutable std::size_t asked = 0;
@@ -79,7 +79,7 @@ TEST_F(HostileAida, thatIsNoRegularFileIsRefusedByEveryReader) {
         EXPECT_THAT(failureOf([&] { listAida(file, run); }), EndsWith(kind));
         EXPECT_THAT(failureOf([&] { readAidaObjects(file, run); }), EndsWith(kind));
         EXPECT_THAT(failureOf([&] { openAidaTable(file, "/t", run); }), EndsWith(kind));
-        EXPECT_THAT(failureOf([&] { PackedFile packed(file); }), EndsWith(kind));
+        EXPECT_THAT(failureOf([&] { CompressedFile packed(file); }), EndsWith(kind));
     }
 }
 

@@ -27,7 +27,7 @@ TEST_F(RowBlocks, LeaveNoTextToAHelperThatComesLate) {
         rows += "<row><entry value=\"1\"/></row>";
     }
     const auto file = aidaWith(rows);
-    io::ByteStream stream(file, run);
+    io::TextInput stream(file, run);
 
     // The only helper of two threads is busy with something else.
     std::promise<void> came;

@@ -61,7 +61,7 @@ private:
 };
 
 std::string textOf(const std::filesystem::path& file, const RunContext& run) {
-    io::ByteStream stream(file, run);
+    io::TextInput stream(file, run);
     std::string text;
     std::string piece(100, '\0');
     for (std::size_t count = 1; count != 0; text.append(piece, 0, count))
