@@ -32,8 +32,9 @@ inline void print(const Row& row) {
     line.imbue(std::locale::classic());
     line << "row\t" << row.work << '\t' << row.peer << '\t' << row.unit << '\t' << row.ours << '\t' << row.others
          << '\t' << row.ratio << '\t';
-    if (row.limit)
+    if (row.limit) {
         line << (row.limit->sense == Limit::Sense::AtLeast ? ">= " : "<= ") << row.limit->ratio;
+    }
     std::cout << line.str() << std::endl;
 }
 

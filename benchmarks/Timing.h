@@ -16,8 +16,9 @@ enum class Clock {
 
 /// In ms, from some beginning.
 inline double now(Clock clock) {
-    if (clock == Clock::Wall)
+    if (clock == Clock::Wall) {
         return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch()).count();
+    }
     timespec time{};
     clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
@@ -39,16 +40,19 @@ inline double medianOf(std::vector<double> values) {
 /// first round, which fills caches, does not count.
 inline std::vector<double> mediansOf(const std::vector<std::function<void()>>& works, Clock clock, int rounds = 7) {
     std::vector<std::vector<double>> times(works.size());
-    for (int round = 0; round <= rounds; ++round)
+    for (int round = 0; round <= rounds; ++round) {
         for (std::size_t i = 0; i < works.size(); ++i) {
             const double time = timeOf(works[i], clock);
-            if (round > 0)
+            if (round > 0) {
                 times[i].push_back(time);
+            }
         }
+    }
     std::vector<double> medians;
     medians.reserve(times.size());
-    for (std::vector<double>& each : times)
+    for (std::vector<double>& each : times) {
         medians.push_back(medianOf(std::move(each)));
+    }
     return medians;
 }
 

@@ -5,7 +5,7 @@
 
 std::string libraryObjection() {
     const void* const version = dlsym(RTLD_DEFAULT, qzVersionName);
-    if (version == nullptr || *static_cast<const unsigned*>(version) == qzVersion) {
+    if (!version || *static_cast<const unsigned*>(version) == qzVersion) {
         return {};
     }
     return "velmorak: this program needs version " + std::to_string(qzVersion) +

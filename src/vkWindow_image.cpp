@@ -69,7 +69,7 @@ void vkWindow::on_imgexp() {
         exportImage(canvas, extent, static_cast<int>(width), static_cast<int>(height));
     } else if (std::max(width, height) >= maxSide + 1) {
         std::cerr << "no image of the canvas: the plug-ins take " << std::llround(width) << " x "
-                  << std::llround(height) << " units, and an image holds at most " << maxSide << " x "
-                  << maxSide << "; move them closer together" << std::endl;
+                  << std::llround(height) << " units, and an image holds at most " << maxSide << " x " << maxSide
+                  << "; move them closer together" << std::endl;
     }
 }

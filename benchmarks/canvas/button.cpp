@@ -42,8 +42,9 @@ void turnUntil(Condition isMet) {
     // So that the loop wakes up also where nothing happens.
     sigc::connection clock = Glib::signal_timeout().connect([] { return true; }, 5);
     while (!isMet()) {
-        if (since(begin) > 30000)
+        if (since(begin) > 30000) {
             throw std::runtime_error("the button did not answer within 30 s");
+        }
         Gtk::Main::iteration(true);
     }
     clock.disconnect();

@@ -41,9 +41,11 @@ Columns randomColumns() {
     std::mt19937_64 random(2026);
     std::uniform_real_distribution<double> uniform(0.0, 1.0);
     Columns columns(3, std::vector<double>(rowCount));
-    for (std::vector<double>& column : columns)
-        for (double& value : column)
+    for (std::vector<double>& column : columns) {
+        for (double& value : column) {
             value = uniform(random);
+        }
+    }
     return columns;
 }
 
@@ -68,8 +70,9 @@ double sumOf(const Expression& expression, const std::vector<Chunk>& chunks) {
     double sum = 0.0;
     for (const Chunk& chunk : chunks) {
         const ColumnPtr values = asReals(expression.evaluate(chunk));
-        for (const double value : values->reals())
+        for (const double value : values->reals()) {
             sum += value;
+        }
     }
     return sum;
 }
@@ -79,8 +82,9 @@ class ColumnFile {
 public:
     explicit ColumnFile(const Columns& columns) {
         std::ofstream out(file, std::ios::binary);
-        for (const std::vector<double>& column : columns)
+        for (const std::vector<double>& column : columns) {
             out.write(reinterpret_cast<const char*>(column.data()), static_cast<std::streamsize>(8 * column.size()));
+        }
     }
     ~ColumnFile() { std::filesystem::remove(file); }
     ColumnFile(const ColumnFile&) = delete;
@@ -99,20 +103,24 @@ struct Answer {
 std::vector<Answer> askNumexpr(const ColumnFile& columns) {
     // The packages are those of the system's own Python.
     std::string command = "/usr/bin/python3 '" VELMORAK_BENCH_NUMEXPR "' '" + columns.file.string() + "'";
-    for (const Work& work : works)
+    for (const Work& work : works) {
         command += std::string(" '") + work.forNumexpr + "'";
+    }
     FILE* pipe = popen(command.c_str(), "r");
     std::vector<Answer> answers(std::size(works));
-    for (Answer& answer : answers)
-        if (pipe == nullptr || std::fscanf(pipe, "%lf %lf", &answer.ms, &answer.sum) != 2)
+    for (Answer& answer : answers) {
+        if (!pipe || std::fscanf(pipe, "%lf %lf", &answer.ms, &answer.sum) != 2) {
             throw std::runtime_error("numexpr gave no answer");
+        }
+    }
     pclose(pipe);
     return answers;
 }
 
 void expectSame(double ours, double theirs, const std::string& who) {
-    if (!(std::fabs(ours - theirs) <= 1e-9 * std::fabs(ours)))
+    if (!(std::fabs(ours - theirs) <= 1e-9 * std::fabs(ours))) {
         throw std::runtime_error(who + " finds another sum");
+    }
 }
 
 double medianOf3(const std::function<void()>& work) {
@@ -136,8 +144,9 @@ public:
     /// Each side three times in a row, so that none finds the columns farther away than another.
     void round(const Answer& numexpr) {
         oursMs.push_back(medianOf3([&] {
-            for (const Chunk& chunk : chunks)
+            for (const Chunk& chunk : chunks) {
                 expression.evaluate(chunk);
+            }
         }));
         muParserMs.push_back(medianOf3([&] { parser.Eval(results.data(), static_cast<int>(rowCount)); }));
         numexprMs.push_back(numexpr.ms);
@@ -171,15 +180,18 @@ int main() {
         const std::vector<Chunk> chunks = chunksOf(columns);
         const ColumnFile file(columns);
         std::vector<std::unique_ptr<Duel>> duels;
-        for (const Work& work : works)
+        for (const Work& work : works) {
             duels.push_back(std::make_unique<Duel>(work, columns, chunks));
+        }
         for (int round = 0; round < rounds; ++round) {
             const std::vector<Answer> answers = askNumexpr(file);
-            for (std::size_t i = 0; i < duels.size(); ++i)
+            for (std::size_t i = 0; i < duels.size(); ++i) {
                 duels[i]->round(answers[i]);
+            }
         }
-        for (const auto& duel : duels)
+        for (const auto& duel : duels) {
             duel->print();
+        }
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());

@@ -42,8 +42,9 @@ std::vector<FitPoints> drawnPoints() {
 
 FitData asData(const FitPoints& points) {
     FitData data;
-    for (std::size_t i = 0; i < points.x.size(); ++i)
+    for (std::size_t i = 0; i < points.x.size(); ++i) {
         data.entries.push_back({points.x[i], points.x[i], points.y[i], points.error[i]});
+    }
     return data;
 }
 
@@ -54,16 +55,19 @@ FitResult fittedByUs(const FitData& data) {
 }
 
 bool areAlike(const std::vector<double>& ours, const double* others, const std::vector<double>& errors) {
-    for (std::size_t k = 0; k < ours.size(); ++k)
-        if (!(std::fabs(ours[k] - others[k]) < 1e-3 * errors[k]))
+    for (std::size_t k = 0; k < ours.size(); ++k) {
+        if (!(std::fabs(ours[k] - others[k]) < 1e-3 * errors[k])) {
             return false;
+        }
+    }
     return true;
 }
 
 template <typename Values>
 void writeLine(std::ostream& out, const Values& values) {
-    for (const double value : values)
+    for (const double value : values) {
         out << textOf(value) << ' ';
+    }
     out << '\n';
 }
 
@@ -82,15 +86,17 @@ std::vector<double> answerOfScipy(const std::vector<FitPoints>& all) {
         "OMP_NUM_THREADS=1 /usr/bin/python3 '" VELMORAK_BENCH_SCIPY "' < '" + file.string() + "'";
     FILE* const pipe = popen(command.c_str(), "r");
     std::string text;
-    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
+    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) {
         text += static_cast<char>(c);
+    }
     pclose(pipe);
     std::filesystem::remove(file);
     std::istringstream words(text);
     words.imbue(std::locale::classic());
     std::vector<double> values;
-    for (double value = 0.0; words >> value;)
+    for (double value = 0.0; words >> value;) {
         values.push_back(value);
+    }
     return values;
 }
 
@@ -99,19 +105,24 @@ std::vector<double> answerOfScipy(const std::vector<FitPoints>& all) {
 int main() {
     const std::vector<FitPoints> points = drawnPoints();
     std::vector<FitData> data;
-    for (const FitPoints& each : points)
+    for (const FitPoints& each : points) {
         data.push_back(asData(each));
+    }
     const FitResult first = fittedByUs(data.front());
     const PeakOnLine byGsl = fittedByGsl(points.front(), start);
     const auto us = [&] {
-        for (int i = 0; i < repeats; ++i)
-            for (const FitData& each : data)
+        for (int i = 0; i < repeats; ++i) {
+            for (const FitData& each : data) {
                 fittedByUs(each);
+            }
+        }
     };
     const auto gsl = [&] {
-        for (int i = 0; i < repeats; ++i)
-            for (const FitPoints& each : points)
+        for (int i = 0; i < repeats; ++i) {
+            for (const FitPoints& each : points) {
                 fittedByGsl(each, start);
+            }
+        }
     };
     const std::vector<double> medians = mediansOf({us, gsl}, Clock::Processor, 9);
     const std::vector<double> byScipy = answerOfScipy(points);

@@ -56,8 +56,9 @@ std::vector<double> growingEdges() {
 }
 
 void requireSame(double ours, double theirs, const char* what) {
-    if (std::abs(ours - theirs) > 1e-9 * std::abs(ours))
+    if (std::abs(ours - theirs) > 1e-9 * std::abs(ours)) {
         throw std::runtime_error(std::string(what) + ": the sums of the heights differ");
+    }
 }
 
 /// Fills of one axis by us and by Boost.Histogram.
@@ -77,16 +78,18 @@ struct OneAxis {
         auto histogram = bh::make_weighted_histogram(boostAxis);
         histogram.fill(columns.x, bh::weight(columns.w));
         theirs = 0.0;
-        for (auto&& cell : bh::indexed(histogram))
+        for (auto&& cell : bh::indexed(histogram)) {
             theirs += cell->value();
+        }
     }
 };
 
 double fillGsl(const Columns& columns) {
     gsl_histogram* histogram = gsl_histogram_alloc(bins);
     gsl_histogram_set_ranges_uniform(histogram, low, high);
-    for (std::size_t i = 0; i < entries; ++i)
+    for (std::size_t i = 0; i < entries; ++i) {
         gsl_histogram_accumulate(histogram, columns.x[i], columns.w[i]);
+    }
     const double sum = gsl_histogram_sum(histogram);
     gsl_histogram_free(histogram);
     return sum;
@@ -101,16 +104,19 @@ struct Peer {
 std::vector<Peer> numpyOn(const Columns& columns) {
     const auto file = std::filesystem::temp_directory_path() / ("velmorak-histograms-" + std::to_string(getpid()));
     std::ofstream out(file, std::ios::binary);
-    for (const auto* column : {&columns.x, &columns.y, &columns.w})
+    for (const auto* column : {&columns.x, &columns.y, &columns.w}) {
         out.write(reinterpret_cast<const char*>(column->data()),
                   static_cast<std::streamsize>(column->size() * sizeof(double)));
+    }
     out.close();
     FILE* pipe =
         popen(("OMP_NUM_THREADS=1 /usr/bin/python3 '" VELMORAK_BENCH_NUMPY "' '" + file.string() + "'").c_str(), "r");
     std::vector<Peer> peers(2);
-    for (Peer& peer : peers)
-        if (std::fscanf(pipe, "%lf %lf", &peer.medianMs, &peer.sum) != 2)
+    for (Peer& peer : peers) {
+        if (std::fscanf(pipe, "%lf %lf", &peer.medianMs, &peer.sum) != 2) {
             throw std::runtime_error("numpy gives no figures");
+        }
+    }
     pclose(pipe);
     std::filesystem::remove(file);
     return peers;
@@ -156,8 +162,9 @@ void measurePlane(const Columns& columns, const Peer& numpy) {
         // What it does fastest: all values in one call.
         histogram.fill(coordinates);
         theirs = 0.0;
-        for (auto&& cell : bh::indexed(histogram))
+        for (auto&& cell : bh::indexed(histogram)) {
             theirs += cell->value();
+        }
     };
     const std::vector<double> times = bench::mediansOf({fillOurs, fillTheirs}, Clock::Processor);
     requireSame(ours, theirs, "Boost.Histogram");

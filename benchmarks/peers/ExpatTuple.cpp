@@ -46,8 +46,9 @@ std::vector<std::vector<double>> readWithExpat(const std::filesystem::path& file
         isWhole = XML_Parse(parser, piece.data(), static_cast<int>(input.gcount()), input ? 0 : 1) == XML_STATUS_OK;
     }
     XML_ParserFree(parser);
-    if (!isWhole)
+    if (!isWhole) {
         throw std::runtime_error("expat does not read the file");
+    }
     return std::move(reading.columns);
 }
 

@@ -17,8 +17,9 @@ namespace {
 
 int residuals(const gsl_vector* parameters, void* data, gsl_vector* out) {
     const auto& points = *static_cast<const FitPoints*>(data);
-    for (std::size_t i = 0; i < points.x.size(); ++i)
+    for (std::size_t i = 0; i < points.x.size(); ++i) {
         out->data[i * out->stride] = (peakOnLine(points.x[i], parameters->data) - points.y[i]) / points.error[i];
+    }
     return GSL_SUCCESS;
 }
 
@@ -43,8 +44,9 @@ PeakOnLine fittedByGsl(const FitPoints& points, const PeakOnLine& start) {
         gsl_matrix_alloc(start.size(), start.size()), gsl_matrix_free);
     gsl_multifit_nlinear_covar(gsl_multifit_nlinear_jac(work.get()), 0.0, covariance.get());
     PeakOnLine found{};
-    for (std::size_t k = 0; k < found.size(); ++k)
+    for (std::size_t k = 0; k < found.size(); ++k) {
         found[k] = gsl_vector_get(gsl_multifit_nlinear_position(work.get()), k);
+    }
     return found;
 }
 

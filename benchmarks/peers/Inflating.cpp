@@ -24,8 +24,9 @@ std::size_t inflate(const std::filesystem::path& file, Work work) {
         input.read(packed.data(), static_cast<std::streamsize>(packed.size()));
         count += work(packed.data(), static_cast<std::uint32_t>(input.gcount()));
     }
-    if (count == 0)
+    if (count == 0) {
         throw std::runtime_error("nothing was unpacked");
+    }
     return count;
 }
 

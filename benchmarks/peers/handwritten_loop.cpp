@@ -32,14 +32,16 @@ struct Counts {
 
     void fill(double value) {
         const double place = (value - low) * scale;
-        if (place >= 0.0 && place < static_cast<double>(counts.size()))
+        if (place >= 0.0 && place < static_cast<double>(counts.size())) {
             ++counts[static_cast<std::size_t>(place)];
+        }
     }
 
     std::uint64_t entries() const {
         std::uint64_t sum = 0;
-        for (const std::uint64_t count : counts)
+        for (const std::uint64_t count : counts) {
             sum += count;
+        }
         return sum;
     }
 
@@ -58,11 +60,13 @@ public:
         const char* const end = position + text.size();
         for (;;) {
             const void* found = memmem(position, static_cast<std::size_t>(end - position), mark.data(), mark.size());
-            if (found == nullptr)
+            if (!found) {
                 break;
+            }
             const char* const number = static_cast<const char*>(found) + mark.size();
-            if (end - number < 40)
+            if (end - number < 40) {
                 break;
+            }
             double value = 0.0;
             position = std::from_chars(number, end, value).ptr;
             put(value);
@@ -78,12 +82,14 @@ public:
 private:
     void put(double value) {
         row[count++] = value;
-        if (count < row.size())
+        if (count < row.size()) {
             return;
+        }
         count = 0;
         const auto [c0, c1, c2, c3] = row;
-        if (!(c1 > 0.2 && c3 < 0.9))
+        if (!(c1 > 0.2 && c3 < 0.9)) {
             return;
+        }
         histograms[0].fill(std::sqrt(c0 * c0 + c2 * c2) * c1 + std::exp(-c1));
         histograms[1].fill(c0 * c3 - c2 * c1);
         histograms[2].fill(c0);
@@ -115,8 +121,9 @@ public:
                 state.next_in = reinterpret_cast<std::uint8_t*>(packed.data());
                 state.avail_in = static_cast<std::uint32_t>(input.gcount());
             }
-            if (isal_inflate(&state) != ISAL_DECOMP_OK)
+            if (isal_inflate(&state) != ISAL_DECOMP_OK) {
                 std::exit(2);
+            }
             // Else the library's use of wide registers slows down what follows.
             zeroUpperParts();
         }
@@ -157,8 +164,9 @@ private:
 void runOnOne(const char* file, Loop& loop) {
     Decompressor unpacker(file);
     std::vector<char> piece(pieceSize);
-    for (std::size_t size = unpacker.read(piece); size > 0; size = unpacker.read(piece))
+    for (std::size_t size = unpacker.read(piece); size > 0; size = unpacker.read(piece)) {
         loop.add({piece.data(), size});
+    }
 }
 
 void runOnTwo(const char* file, Loop& loop) {
@@ -172,23 +180,27 @@ void runOnTwo(const char* file, Loop& loop) {
             pieces.put(std::move(piece));
         }
     });
-    for (std::vector<char> piece = pieces.take(); !piece.empty(); piece = pieces.take())
+    for (std::vector<char> piece = pieces.take(); !piece.empty(); piece = pieces.take()) {
         loop.add({piece.data(), piece.size()});
+    }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3)
+    if (argc != 3) {
         return 1;
+    }
     Loop loop;
-    if (std::string_view(argv[2]) == "1")
+    if (std::string_view(argv[2]) == "1") {
         runOnOne(argv[1], loop);
-    else
+    } else {
         runOnTwo(argv[1], loop);
+    }
     loop.finish();
-    for (const Counts& histogram : loop.histograms)
+    for (const Counts& histogram : loop.histograms) {
         std::cout << histogram.entries() << ' ';
+    }
     std::cout << std::endl;
     return 0;
 }

@@ -22,8 +22,9 @@ double milliseconds(const timeval& time) {
 [[noreturn]] void become(const std::vector<std::string>& command, int output) {
     std::vector<char*> arguments;
     arguments.reserve(command.size() + 1);
-    for (const std::string& argument : command)
+    for (const std::string& argument : command) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
+    }
     arguments.push_back(nullptr);
     dup2(output, STDOUT_FILENO);
     dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
@@ -35,12 +36,14 @@ double milliseconds(const timeval& time) {
 
 ProcessRun run(const std::vector<std::string>& command) {
     std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0)
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         std::abort();
+    }
     const double begin = now(Clock::Wall);
     const pid_t child = fork();
-    if (child == 0)
+    if (child == 0) {
         become(command, ends[1]);
+    }
     close(ends[1]);
     ProcessRun result;
     std::array<char, 4096> piece{};

@@ -2,10 +2,10 @@
 #include "Timing.h"
 
 #include <QzManager.h>
+#include <velmorak/Table.h>
 #include "graph/ManagerExtensions.h"
 #include "run/Messages.h"
 #include "run/Runner.h"
-#include <velmorak/Table.h>
 
 #include <chrono>
 #include <sstream>
@@ -58,8 +58,9 @@ double timeOfAsking() {
     bool isDue = false;
     const double time = bench::timeOf(
         [&] {
-            for (std::uint64_t i = 0; i < calls; ++i)
+            for (std::uint64_t i = 0; i < calls; ++i) {
                 isDue = messages.isProgressDue() || isDue;
+            }
         },
         bench::Clock::Processor);
     return time * (static_cast<double>(rows) / chunkRows) / static_cast<double>(calls);

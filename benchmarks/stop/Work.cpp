@@ -18,23 +18,26 @@ constexpr std::size_t columns = 6;
 /// As a packed file, as they are passed on.
 void writeTuple(const fs::path& file) {
     std::vector<ColumnInfo> names;
-    for (std::size_t column = 0; column < columns; ++column)
+    for (std::size_t column = 0; column < columns; ++column) {
         names.push_back({std::string(1, static_cast<char>('a' + column)), ColumnType::Real, false, ""});
+    }
     AidaFileWriter writer(file);
     const Schema schema(names);
     writer.beginTable("events", "", "/", schema);
     Chunk chunk{0, 0, rows, {}};
     for (std::size_t column = 0; column < columns; ++column) {
         std::vector<double> values(rows);
-        for (std::size_t row = 0; row < rows; ++row)
+        for (std::size_t row = 0; row < rows; ++row) {
             values[row] = static_cast<double>((row + 1) * (column + 3) * 7919 % 1'000'003) / 1000.0;
+        }
         chunk.columns.push_back(std::make_shared<Column>(Column{std::move(values), {}}));
     }
     writer.writeRows(chunk);
     writer.endTable();
     writer.close();
-    if (std::system(("gzip -1 '" + file.string() + "'").c_str()) != 0)
+    if (std::system(("gzip -1 '" + file.string() + "'").c_str()) != 0) {
         throw std::runtime_error("gzip failed");
+    }
 }
 
 std::string histogramOf(const std::string& name, const std::string& expression) {
@@ -110,11 +113,13 @@ fs::path Work::write(const Phase& phase) const {
 std::map<std::string, std::string> Work::results() const {
     std::map<std::string, std::string> files;
     const fs::path made = folder / "stop.results";
-    if (!fs::exists(made))
+    if (!fs::exists(made)) {
         return files;
+    }
     for (const fs::directory_entry& entry : fs::directory_iterator(made)) {
-        if (entry.path().filename() == "run.json")
+        if (entry.path().filename() == "run.json") {
             continue;
+        }
         std::ifstream stream(entry.path(), std::ios::binary);
         files[entry.path().filename().string()] = {std::istreambuf_iterator<char>(stream), {}};
     }

@@ -35,8 +35,9 @@ public:
         manager.ReadDocument(work.write(phase).string());
         const double wholeMs = timeOf([&] { runAnew(manager); }, Clock::Wall);
         const auto whole = work.results();
-        if (whole.empty())
+        if (whole.empty()) {
             throw std::runtime_error("the run left nothing: " + phase.name);
+        }
         std::vector<double> times;
         for (int i = 0; i < count; ++i) {
             times.push_back(stopAfter(manager, std::uniform_real_distribution<>(0, wholeMs)(random)));
@@ -71,9 +72,9 @@ private:
         const double askedMs = now(Clock::Wall);
         const double askedProcessorMs = now(Clock::Processor);
         // As the window does: one that comes before the run has begun is lost.
-        do
+        do {
             manager.Stop();
-        while (!ended.try_acquire_for(std::chrono::milliseconds(50)));
+        } while (!ended.try_acquire_for(std::chrono::milliseconds(50)));
         runner.join();
         processorMs.push_back(now(Clock::Processor) - askedProcessorMs);
         return std::max(0.0, endedMs - askedMs);
@@ -81,11 +82,12 @@ private:
 
     /// Whatever is there is whole.
     void check(const std::map<std::string, std::string>& whole) {
-        for (const auto& [name, content] : work.results())
+        for (const auto& [name, content] : work.results()) {
             if (!whole.contains(name) || whole.at(name) != content) {
                 std::cout << "A stopped run left " << name << ", which is not whole\n";
                 isClean = false;
             }
+        }
     }
 
     const Work& work;

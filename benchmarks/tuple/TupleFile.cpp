@@ -23,8 +23,9 @@ Folder::~Folder() {
 }
 
 Numbers::Numbers(std::size_t columns) {
-    for (std::size_t i = 0; i < columns; ++i)
+    for (std::size_t i = 0; i < columns; ++i) {
         columnNames.push_back("c" + std::to_string(i));
+    }
 }
 
 /// G. Marsaglia, Xorshift RNGs, Journal of Statistical Software 8 (2003).
@@ -46,8 +47,9 @@ void Numbers::nextRow(std::vector<double>& row) {
 void writeTuple(const std::filesystem::path& file, std::size_t rows, std::size_t columns) {
     Numbers numbers(columns);
     Schema schema;
-    for (const std::string& name : numbers.names())
+    for (const std::string& name : numbers.names()) {
         schema.add({.name = name});
+    }
     AidaFileWriter writer(file);
     writer.beginTable("numbers", "Random numbers", "/", schema);
     std::vector<double> row;
@@ -57,11 +59,13 @@ void writeTuple(const std::filesystem::path& file, std::size_t rows, std::size_t
         std::vector<Column::Reals> values(columns, Column::Reals(chunk.rows));
         for (std::size_t i = 0; i < chunk.rows; ++i) {
             numbers.nextRow(row);
-            for (std::size_t column = 0; column < columns; ++column)
+            for (std::size_t column = 0; column < columns; ++column) {
                 values[column][i] = row[column];
+            }
         }
-        for (Column::Reals& column : values)
+        for (Column::Reals& column : values) {
             chunk.columns.push_back(std::make_shared<Column>(Column{std::move(column), {}}));
+        }
         writer.writeRows(chunk);
     }
     writer.endTable();
@@ -72,8 +76,9 @@ void writeCsv(const std::filesystem::path& file, std::size_t rows, std::size_t c
     Numbers numbers(columns);
     std::ofstream output(file, std::ios::binary);
     std::string line;
-    for (const std::string& name : numbers.names())
+    for (const std::string& name : numbers.names()) {
         line += (line.empty() ? "" : ",") + name;
+    }
     std::vector<double> row;
     for (std::size_t i = 0; i < rows; ++i) {
         output << line << '\n';
@@ -81,14 +86,16 @@ void writeCsv(const std::filesystem::path& file, std::size_t rows, std::size_t c
         line.clear();
         for (const double value : row) {
             char text[32];
-            if (!line.empty())
+            if (!line.empty()) {
                 line += ',';
+            }
             line.append(text, std::to_chars(text, text + sizeof(text), value).ptr);
         }
     }
     output << line << '\n';
-    if (!output.flush())
+    if (!output.flush()) {
         throw std::runtime_error(file.string() + " cannot be written");
+    }
 }
 
 std::filesystem::path gzip(const std::filesystem::path& file) {
@@ -97,10 +104,12 @@ std::filesystem::path gzip(const std::filesystem::path& file) {
     gzFile output = gzopen(packed.c_str(), "wb6");
     std::vector<char> piece(1U << 20U);
     bool isWritten = output != nullptr;
-    while (isWritten && input.read(piece.data(), static_cast<std::streamsize>(piece.size())).gcount() > 0)
+    while (isWritten && input.read(piece.data(), static_cast<std::streamsize>(piece.size())).gcount() > 0) {
         isWritten = gzwrite(output, piece.data(), static_cast<unsigned>(input.gcount())) == input.gcount();
-    if (output == nullptr || gzclose(output) != Z_OK || !isWritten)
+    }
+    if (!output || gzclose(output) != Z_OK || !isWritten) {
         throw std::runtime_error(packed.string() + " cannot be written");
+    }
     return packed;
 }
 

@@ -25,9 +25,11 @@ double readTable(const std::filesystem::path& file) {
     IdleRun run;
     const auto table = openAidaTable(file, "/numbers", run);
     double sum = 0.0;
-    for (Chunk chunk; table->next(chunk); chunk = {})
-        for (const ColumnPtr& column : chunk.columns)
+    for (Chunk chunk; table->next(chunk); chunk = {}) {
+        for (const ColumnPtr& column : chunk.columns) {
             sum += column->reals().front() + column->reals().back();
+        }
+    }
     return sum;
 }
 
@@ -40,13 +42,18 @@ void requireSameValues(const std::filesystem::path& plain) {
     const auto table = openAidaTable(plain, "/numbers", run);
     const auto expected = readWithExpat(plain, columns);
     std::size_t row = 0;
-    for (Chunk chunk; table->next(chunk); chunk = {})
-        for (std::size_t i = 0; i < chunk.rows; ++i, ++row)
-            for (std::size_t column = 0; column < columns; ++column)
-                if (chunk.columns[column]->reals()[i] != expected[column][row])
+    for (Chunk chunk; table->next(chunk); chunk = {}) {
+        for (std::size_t i = 0; i < chunk.rows; ++i, ++row) {
+            for (std::size_t column = 0; column < columns; ++column) {
+                if (chunk.columns[column]->reals()[i] != expected[column][row]) {
                     std::exit(2);
-    if (row != rows)
+                }
+            }
+        }
+    }
+    if (row != rows) {
         std::exit(2);
+    }
 }
 
 void comparePlain(const std::filesystem::path& plain, oneapi::tbb::task_arena& one) {

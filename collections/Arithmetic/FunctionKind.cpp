@@ -20,8 +20,9 @@ NamedNumbers numbersOf(const std::string& expression) {
 
 /// A single row suffices, and has no columns: all names are numbers.
 double valueOf(const Expression& expression, const std::string& text) {
-    if (expression.type() == ColumnType::Text)
+    if (expression.type() == ColumnType::Text) {
         throw Failure("expression", "\"" + text + "\" is a text, not a number");
+    }
     Chunk row;
     row.rows = 1;
     return asReals(expression.evaluate(row))->reals().front();
@@ -41,9 +42,11 @@ std::string FunctionKind::notes() const {
 Ports FunctionKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
-    if (const auto expression = values.find("expression"); expression != values.end())
-        for (InputSpec& input : numbersOf(expression->second).inputs())
+    if (const auto expression = values.find("expression"); expression != values.end()) {
+        for (InputSpec& input : numbersOf(expression->second).inputs()) {
             ports.inputs.push_back(std::move(input));
+        }
+    }
     ports.outputs = {{.name = "value", .description = "What the expression gives, in the unit that it has."}};
     return ports;
 }
@@ -54,8 +57,9 @@ std::string FunctionKind::refusal(const std::string& input, const std::string& v
 
 void FunctionKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
     const std::string& text = arguments.text("expression");
-    if (text.empty())
+    if (text.empty()) {
         throw Failure("expression", "there is no expression to compute");
+    }
     const Schema noColumns;
     const Expression expression(text, noColumns, numbersOf(text).values(arguments, noColumns, context));
     results.set("value", valueOf(expression, text));

@@ -18,11 +18,13 @@ std::vector<InputSpec> aidaInputs(const std::string& objects, const std::string&
 
 std::filesystem::path aidaFileOf(const Arguments& arguments, const RunContext& context) {
     const std::string& file = arguments.text("file");
-    if (!file.empty())
+    if (!file.empty()) {
         return context.inputFile(file);
+    }
     std::filesystem::path fromCommandLine = context.commandLineAida();
-    if (fromCommandLine.empty())
+    if (fromCommandLine.empty()) {
         throw Failure("file", "there is no file to read: name one here, or give one with -a on the command line");
+    }
     return fromCommandLine;
 }
 

@@ -13,8 +13,9 @@ char delimiterNamed(const std::string& name) {
 }
 
 std::filesystem::path fileOf(const Arguments& arguments, const RunContext& context) {
-    if (arguments.text("file").empty())
+    if (arguments.text("file").empty()) {
         throw Failure("file", "there is no file to read");
+    }
     return context.inputFile(arguments.text("file"));
 }
 
@@ -64,15 +65,17 @@ Ports CsvTableKind::ports(const ValueTexts&) const {
                          "Text file, plain or packed with gzip, bzip2 or zip, which is told by its content. A "
                          "relative name is looked for beside the document, then in the current folder.",
                      .type = ValueType::Text}};
-    for (InputSpec& input : formInputs())
+    for (InputSpec& input : formInputs()) {
         ports.inputs.push_back(std::move(input));
+    }
     ports.outputs = {{.name = "table", .description = "The rows of the file.", .type = ValueType::Table}};
     return ports;
 }
 
 std::string CsvTableKind::refusal(const std::string& input, const std::string& value) const {
-    if (input != "types")
+    if (input != "types") {
         return {};
+    }
     try {
         csvTypesIn(value);
         return {};

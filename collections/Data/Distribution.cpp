@@ -67,14 +67,17 @@ double largePoisson(double mean, Draws& draws) {
         const double v = pair.second;
         const double margin = 0.5 - std::fabs(u);
         const double k = std::floor((2.0 * a / margin + b) * u + mean + 0.43);
-        if (margin >= 0.07 && v <= fastLimit)
+        if (margin >= 0.07 && v <= fastLimit) {
             return k;
-        if (k < 0.0 || (margin < 0.013 && v > margin))
+        }
+        if (k < 0.0 || (margin < 0.013 && v > margin)) {
             continue;
+        }
         int sign = 0;
         const double logProbability = k * std::log(mean) - mean - ::lgamma_r(k + 1.0, &sign);
-        if (std::log(v * inverseAlpha / (a / (margin * margin) + b)) <= logProbability)
+        if (std::log(v * inverseAlpha / (a / (margin * margin) + b)) <= logProbability) {
             return k;
+        }
     }
 }
 
@@ -108,8 +111,9 @@ std::vector<std::string> splitAt(const std::string& text, const char* signs) {
 const FormName& formNamed(const std::string& name) {
     std::string known;
     for (const FormName& form : forms) {
-        if (name == form.name)
+        if (name == form.name) {
             return form;
+        }
         known += (known.empty() ? "" : ", ") + std::string(form.name);
     }
     throw Failure("columns", "there is no distribution \"" + name + "\", only " + known + ".");
@@ -140,8 +144,9 @@ void check(const Distribution& distribution, const std::string& text) {
                           : form == Form::Exponential ? distribution.first > 0.0
                           : form == Form::Poisson     ? distribution.first >= 0.0 && distribution.first <= 1e15
                                                       : distribution.second > 0.0;
-    if (!isFinite || !isUsable)
+    if (!isFinite || !isUsable) {
         throw Failure("columns", "\"" + text + "\" has parameters that no distribution can have.");
+    }
     if (!std::isfinite(maxOf(distribution))) {
         throw Failure("columns", "\"" + text + "\" gives numbers beyond 1.8e308, the largest that a column can hold.");
     }
@@ -149,16 +154,18 @@ void check(const Distribution& distribution, const std::string& text) {
 
 Distribution distributionOf(const std::string& text) {
     const std::size_t open = text.find('(');
-    if (open == std::string::npos || text.back() != ')')
+    if (open == std::string::npos || text.back() != ')') {
         throw Failure("columns", "\"" + text + "\" is no distribution, like gauss(0, 1).");
+    }
     const FormName& form = formNamed(trimmed(text.substr(0, open)));
     const std::vector<std::string> parameters = splitAt(text.substr(open + 1, text.size() - open - 2), ",");
     Distribution distribution{.form = form.form};
     bool isRead = parameters.size() == form.parameters && readNumber(parameters[0], distribution.first);
     isRead = isRead && (parameters.size() == 1 || readNumber(parameters[1], distribution.second));
-    if (!isRead)
+    if (!isRead) {
         throw Failure("columns", "\"" + text + "\" must have " + (form.parameters == 1 ? "one number" : "two numbers") +
                                      " in its brackets.");
+    }
     check(distribution, text);
     return distribution;
 }
@@ -167,8 +174,9 @@ Distribution distributionOf(const std::string& text) {
 
 double Distribution::valueAt(std::uint64_t row, std::uint32_t column, std::uint64_t seed) const {
     Draws draws(row, column, seed);
-    if (form == Form::Poisson)
+    if (form == Form::Poisson) {
         return first < 30.0 ? smallPoisson(first, draws) : largePoisson(first, draws);
+    }
     const Draws::Pair pair = draws.next();
     switch (form) {
         case Form::Uniform:
@@ -188,11 +196,13 @@ std::vector<RandomColumn> randomColumnsIn(const std::string& text) {
     std::vector<RandomColumn> columns;
     std::set<std::string> names;
     for (const std::string& line : splitAt(text, "\n;")) {
-        if (line.empty())
+        if (line.empty()) {
             continue;
+        }
         const std::size_t colon = line.find(':');
-        if (colon == std::string::npos || trimmed(line.substr(0, colon)).empty())
+        if (colon == std::string::npos || trimmed(line.substr(0, colon)).empty()) {
             throw Failure("columns", "\"" + line + "\" must be a name, a colon and a distribution.");
+        }
         const std::string name = trimmed(line.substr(0, colon));
         if (!names.insert(name).second) {
             throw Failure("columns", "there are two columns \"" + name + "\".");

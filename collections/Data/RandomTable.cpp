@@ -16,9 +16,10 @@ public:
     RandomReader(std::vector<RandomColumn> randomColumns, std::uint64_t rowCount, std::uint64_t seed,
                  const RunContext& runContext)
         : columns(std::move(randomColumns)), rows(rowCount), seed(seed), context(runContext) {
-        for (const RandomColumn& column : columns)
+        for (const RandomColumn& column : columns) {
             made.add({.name = column.name,
                       .type = column.distribution.isInteger() ? ColumnType::Integer : ColumnType::Real});
+        }
         maxRows = rowsInChunk(made);
     }
 
@@ -33,8 +34,9 @@ public:
     /// Each number follows from its row and column alone, so chunks are made in any order and at the same time.
     void complete(Chunk& chunk) const override {
         for (std::uint32_t column = 0; column < columns.size(); ++column) {
-            if (context.isStopping())
+            if (context.isStopping()) {
                 throw Stopped();
+            }
             chunk.columns.push_back(columnOf(column, chunk));
         }
     }
@@ -46,16 +48,18 @@ public:
 private:
     ColumnPtr columnOf(std::uint32_t position, const Chunk& chunk) const {
         const Distribution& distribution = columns[position].distribution;
-        if (distribution.isInteger())
+        if (distribution.isInteger()) {
             return filled<std::int64_t>(distribution, position, chunk);
+        }
         return filled<double>(distribution, position, chunk);
     }
 
     template <typename Number>
     ColumnPtr filled(const Distribution& distribution, std::uint32_t position, const Chunk& chunk) const {
         std::vector<Number> values(chunk.rows);
-        for (std::size_t i = 0; i < chunk.rows; ++i)
+        for (std::size_t i = 0; i < chunk.rows; ++i) {
             values[i] = static_cast<Number>(distribution.valueAt(chunk.firstRow + i, position, seed));
+        }
         return std::make_shared<const Column>(Column{std::move(values), {}});
     }
 
@@ -102,8 +106,9 @@ Ports RandomTableKind::ports(const ValueTexts&) const {
 }
 
 std::string RandomTableKind::refusal(const std::string& input, const std::string& value) const {
-    if (input != "columns")
+    if (input != "columns") {
         return {};
+    }
     try {
         randomColumnsIn(value);
         return {};
@@ -114,8 +119,9 @@ std::string RandomTableKind::refusal(const std::string& input, const std::string
 
 std::unique_ptr<TableReader> RandomTableKind::open(const Arguments& arguments, RunContext& context) const {
     std::vector<RandomColumn> columns = randomColumnsIn(arguments.text("columns"));
-    if (columns.empty())
+    if (columns.empty()) {
         throw Failure("columns", "there is no column to make");
+    }
     return std::make_unique<RandomReader>(std::move(columns), static_cast<std::uint64_t>(arguments.integer("rows")),
                                           static_cast<std::uint64_t>(arguments.integer("seed")), context);
 }

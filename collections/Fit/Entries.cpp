@@ -12,8 +12,9 @@ namespace {
 FitData entriesOf(const Histogram1D& histogram) {
     FitData data;
     const std::vector<double>& edges = histogram.axis().edges();
-    for (std::size_t bin = 0; bin < histogram.bins(); ++bin)
+    for (std::size_t bin = 0; bin < histogram.bins(); ++bin) {
         data.entries.push_back({edges[bin], edges[bin + 1], histogram.height(bin), histogram.error(bin)});
+    }
     return data;
 }
 
@@ -31,9 +32,10 @@ FitData entriesOf(const Profile1D& profile) {
 }
 
 FitData entriesOf(const Points& points) {
-    if (points.dimension() != 2)
+    if (points.dimension() != 2) {
         throw Failure("data", "points that are fitted have an x and a y, but these have " +
                                   textOf(static_cast<double>(points.dimension())) + " values each");
+    }
     FitData data;
     for (std::size_t i = 0; i < points.size(); ++i) {
         const double x = points.measurement(i, 0).value;
@@ -47,16 +49,21 @@ FitData entriesOf(const Points& points) {
 
 FitData entriesOf(const Value& value, bool isCounted) {
     const auto* const object = std::get_if<DataObjectPtr>(&value);
-    if (object == nullptr || *object == nullptr)
+    if (!object || !*object) {
         throw Failure("data", "a histogram, profile or points must be wired");
-    if (const auto* const histogram = dynamic_cast<const Histogram1D*>(object->get()))
+    }
+    if (const auto* const histogram = dynamic_cast<const Histogram1D*>(object->get())) {
         return entriesOf(*histogram);
-    if (isCounted)
+    }
+    if (isCounted) {
         throw Failure("data", "the likelihood needs counts, which only a histogram holds; choose the method chi2");
-    if (const auto* const profile = dynamic_cast<const Profile1D*>(object->get()))
+    }
+    if (const auto* const profile = dynamic_cast<const Profile1D*>(object->get())) {
         return entriesOf(*profile);
-    if (const auto* const points = dynamic_cast<const Points*>(object->get()))
+    }
+    if (const auto* const points = dynamic_cast<const Points*>(object->get())) {
         return entriesOf(*points);
+    }
     throw Failure("data", "a " + std::string(nameOf((*object)->type())) +
                               " of this kind cannot be fitted; a histogram or profile of one dimension or points can");
 }

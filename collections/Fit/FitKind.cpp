@@ -79,8 +79,9 @@ FitOptions optionsFrom(const Arguments& arguments, const RunContext& context) {
                                               : FitOptions::Compare::Centre;
     options.low = arguments.number("low");
     options.high = arguments.number("high");
-    if (!(options.low < options.high))
+    if (!(options.low < options.high)) {
         throw Failure("low", "the range from " + textOf(options.low) + " to " + textOf(options.high) + " is empty");
+    }
     options.parameters = readFitParameters(arguments.text("start"));
     options.isStopping = [&context] { return context.isStopping(); };
     return options;
@@ -88,12 +89,14 @@ FitOptions optionsFrom(const Arguments& arguments, const RunContext& context) {
 
 std::string covarianceText(const std::vector<std::string>& names, const FitResult& result) {
     std::string text = "parameter";
-    for (const std::string& name : names)
+    for (const std::string& name : names) {
         text += "," + name;
+    }
     for (std::size_t i = 0; i < names.size(); ++i) {
         text += "\n" + names[i];
-        for (const double value : result.covariance[i])
+        for (const double value : result.covariance[i]) {
             text += "," + textOf(value);
+        }
     }
     return text;
 }
@@ -112,8 +115,9 @@ DataObjectPtr functionOf(const FitModel& model, const FitResult& result, const A
     };
     note("model", arguments.text("model"));
     note("method", arguments.text("method"));
-    for (std::size_t i = 0; i < result.values.size(); ++i)
+    for (std::size_t i = 0; i < result.values.size(); ++i) {
         note(model.parameters()[i] + "_error", textOf(result.errors[i]));
+    }
     note("chi2", textOf(result.chi2));
     note("ndf", textOf(result.ndf));
     note("p_value", textOf(result.pValue));
@@ -174,8 +178,9 @@ Ports FitKind::ports(const ValueTexts& values) const {
     Ports ports{fixedInputs(), fixedOutputs()};
     const auto found = values.find("model");
     const std::string text = found == values.end() ? firstModel : found->second;
-    if (!refusal("model", text).empty())
+    if (!refusal("model", text).empty()) {
         return ports;
+    }
     const FitModel model(text);
     for (const std::string& name : model.parameters()) {
         ports.outputs.push_back({.name = name, .description = "Best value of the parameter, in its unit."});
@@ -187,10 +192,12 @@ Ports FitKind::ports(const ValueTexts& values) const {
 
 std::string FitKind::refusal(const std::string& input, const std::string& value) const {
     try {
-        if (input == "model")
+        if (input == "model") {
             FitModel{value};
-        if (input == "start")
+        }
+        if (input == "start") {
             readFitParameters(value);
+        }
     } catch (const Failure& failure) {
         return failure.what();
     }
@@ -198,8 +205,9 @@ std::string FitKind::refusal(const std::string& input, const std::string& value)
 }
 
 void FitKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
-    if (arguments.isWired("model"))
+    if (arguments.isWired("model")) {
         throw Failure("model", "the model cannot come by wire, because it decides which outputs there are");
+    }
     const FitModel model(arguments.text("model"));
     for (const std::string& warning : model.warnings()) {
         context.warn(warning);
@@ -207,8 +215,9 @@ void FitKind::evaluate(const Arguments& arguments, Results& results, RunContext&
     const FitOptions options = optionsFrom(arguments, context);
     const FitData data = entriesOf(arguments.value("data"), options.method == FitOptions::Method::Likelihood);
     const FitResult result = fit(model, data, options);
-    for (const std::string& warning : result.warnings)
+    for (const std::string& warning : result.warnings) {
         context.warn(warning);
+    }
     results.set("function", functionOf(model, result, arguments, context));
     results.set("chi2", result.chi2);
     results.set("ndf", result.ndf);

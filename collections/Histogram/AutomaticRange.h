@@ -24,8 +24,9 @@ public:
     void fill(const FillBatch& batch) {
         AutomaticRange part(wantedBins);
         part.take(batch);
-        if (part.x.size() > maxCells)
+        if (part.x.size() > maxCells) {
             part.settle(DecimalGrid(part.lowest(), part.highest(), maxCells));
+        }
         merge(part);
     }
 
@@ -54,8 +55,9 @@ public:
         }
         settle(whole);
         std::vector<std::size_t> target(whole.count() + 2, 0);
-        for (std::size_t i = 0; i < whole.count(); ++i)
+        for (std::size_t i = 0; i < whole.count(); ++i) {
             target[i + 1] = bins.binOf(whole.first() + static_cast<std::int64_t>(i)) + 1;
+        }
         target.back() = wantedBins + 1;
         return replaced(bins.axis(whole), gathered(object->cells(), target, wantedBins + 2));
     }
@@ -78,8 +80,9 @@ private:
         target.insert(target.end(), source.begin(), source.end());
     }
     static void append(std::vector<double>& target, const double* source, std::size_t count) {
-        if (source != nullptr)
+        if (source) {
             target.assign(source, source + count);
+        }
     }
 
     void take(const FillBatch& batch) {
@@ -121,11 +124,12 @@ private:
 
     template <typename Sums>
     Object replaced(Axis axis, CellVector<Sums> cells) const {
-        if constexpr (std::is_same_v<Object, Profile1D>)
+        if constexpr (std::is_same_v<Object, Profile1D>) {
             return onAxis<Object>(std::move(axis), std::move(cells), CellVector<ProfileReading>{},
                                   object->nanEntries());
-        else
+        } else {
             return onAxis<Object>(std::move(axis), std::move(cells), object->nanEntries());
+        }
     }
 
     std::size_t wantedBins;

@@ -15,8 +15,9 @@ constexpr double maxAutomaticBins = 10000;
 
 double edgeFrom(const std::string& word, const std::string& input) {
     double edge = 0.0;
-    if (!readNumber(word, edge) || !std::isfinite(edge))
+    if (!readNumber(word, edge) || !std::isfinite(edge)) {
         throw Failure(input, "\"" + word + "\" is no number that could be the edge of a bin");
+    }
     return edge;
 }
 
@@ -32,26 +33,31 @@ std::vector<double> edgesIn(const std::string& text, const std::string& input) {
     while ((begin = text.find_first_not_of(" ,\t\n", begin)) != std::string::npos) {
         const std::size_t end = std::min(text.find_first_of(" ,\t\n", begin), text.size());
         edges.push_back(edgeFrom(text.substr(begin, end - begin), input));
-        if (edges.size() > 1 && edges[edges.size() - 2] >= edges.back())
+        if (edges.size() > 1 && edges[edges.size() - 2] >= edges.back()) {
             throw Failure(input, "the edges must ascend, and " + textOf(edges.back()) + " follows " +
                                      textOf(edges[edges.size() - 2]));
+        }
         begin = end;
     }
-    if (edges.size() < 2)
+    if (edges.size() < 2) {
         throw Failure(input, "a bin needs two edges");
-    if (static_cast<double>(edges.size() - 1) > maxBins)
+    }
+    if (static_cast<double>(edges.size() - 1) > maxBins) {
         throw Failure(input, "there are more than " + textOf(maxBins) + " bins");
+    }
     return edges;
 }
 
 Axis axisFrom(const Arguments& arguments, const std::string& prefix) {
-    if (const std::string& edges = arguments.text(prefix + "edges"); !isBlank(edges))
+    if (const std::string& edges = arguments.text(prefix + "edges"); !isBlank(edges)) {
         return Axis(edgesIn(edges, prefix + "edges"));
+    }
     const double low = arguments.number(prefix + "low");
     const double high = arguments.number(prefix + "high");
-    if (!std::isfinite(low) || !std::isfinite(high) || low >= high)
+    if (!std::isfinite(low) || !std::isfinite(high) || low >= high) {
         throw Failure(prefix + "high", "the axis from " + textOf(low) + " to " + textOf(high) +
                                            " has no bins: low must be below high, and both finite");
+    }
     try {
         return {static_cast<std::size_t>(arguments.integer(prefix + "bins")), low, high};
     } catch (const std::invalid_argument& reason) {
@@ -91,16 +97,19 @@ InputSpec rangeInput() {
 }
 
 bool isRangeAutomatic(const Arguments& arguments) {
-    if (arguments.text("range") != "automatic" || !isBlank(arguments.text("edges")))
+    if (arguments.text("range") != "automatic" || !isBlank(arguments.text("edges"))) {
         return false;
-    if (arguments.number("bins") > maxAutomaticBins)
+    }
+    if (arguments.number("bins") > maxAutomaticBins) {
         throw Failure("bins", "an automatic range has at most " + textOf(maxAutomaticBins) + " bins");
+    }
     return true;
 }
 
 std::string edgesRefusal(const std::string& text) {
-    if (isBlank(text))
+    if (isBlank(text)) {
         return {};
+    }
     try {
         edgesIn(text);
         return {};

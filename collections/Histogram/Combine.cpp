@@ -31,12 +31,14 @@ BinResult nothing() {
 /// Passed fills among all of them: k / n with its interval for z standard deviations.
 template <typename Sums>
 BinResult efficiency(const Sums& passed, const Sums& all, bool isWilson, double z) {
-    if (all.w == 0.0)
+    if (all.w == 0.0) {
         return nothing();
+    }
     const double ratio = passed.w / all.w;
-    if (!(ratio >= 0.0 && ratio <= 1.0))
+    if (!(ratio >= 0.0 && ratio <= 1.0)) {
         throw Failure("first", "a bin has a height of " + textOf(passed.w) + " out of " + textOf(all.w) +
                                    "; an efficiency needs the first histogram to be a part of the second");
+    }
     const double squared = std::max(0.0, ((1.0 - 2.0 * ratio) * passed.ww + ratio * ratio * all.ww) / (all.w * all.w));
     BinResult outcome = symmetric(ratio, squared);
     outcome.plus = outcome.minus = z * outcome.plus;
@@ -52,11 +54,13 @@ BinResult efficiency(const Sums& passed, const Sums& all, bool isWilson, double 
 
 template <typename Sums>
 BinResult combined(const Sums& a, const Sums& b, const std::string& operation, double z) {
-    if (operation == "multiply")
+    if (operation == "multiply") {
         return symmetric(a.w * b.w, a.w * a.w * b.ww + b.w * b.w * a.ww);
+    }
     if (operation == "divide") {
-        if (b.w == 0.0)
+        if (b.w == 0.0) {
             return nothing();
+        }
         const double ratio = a.w / b.w;
         return symmetric(ratio, (a.ww + ratio * ratio * b.ww) / (b.w * b.w));
     }
@@ -95,8 +99,9 @@ public:
         cells = first.cells();
         for (std::size_t cell = 0; cell < cells.size(); ++cell) {
             const BinResult outcome = isSum() ? sumIn(cell) : otherIn(cell);
-            if (outcome.isDefined && isInside(first, cell))
+            if (outcome.isDefined && isInside(first, cell)) {
                 addPoint(points, outcome, first, cell);
+            }
         }
     }
 
@@ -105,8 +110,9 @@ public:
     std::shared_ptr<Points> asPoints() const {
         const std::size_t dimensions = dimensionsOf(first) + 1;
         auto made = std::make_shared<Points>(dimensions, points);
-        for (std::size_t direction = 0; direction + 1 < dimensions; ++direction)
+        for (std::size_t direction = 0; direction + 1 < dimensions; ++direction) {
             made->axisTitles.push_back(axisOf(first, direction).title);
+        }
         made->axisTitles.emplace_back();
         return made;
     }
@@ -116,8 +122,9 @@ private:
 
     BinResult sumIn(std::size_t cell) {
         auto other = second.cells()[cell];
-        if (operation == "subtract")
+        if (operation == "subtract") {
             multiply(other, -1.0);
+        }
         cells[cell].add(other);
         return symmetric(cells[cell].w, cells[cell].ww);
     }
@@ -144,10 +151,11 @@ void requireSameBins(const Histogram& first, const Histogram& second, const Argu
     for (std::size_t direction = 0; direction < dimensionsOf(first); ++direction) {
         const Axis& mine = axisOf(first, direction);
         const Axis& other = axisOf(second, direction);
-        if (!(mine == other))
+        if (!(mine == other)) {
             throw Failure("second", "\"" + arguments.sourceName("first") + "\" has " + describe(mine) + " and \"" +
                                         arguments.sourceName("second") + "\" has " + describe(other) +
                                         "; they must be the same");
+        }
     }
 }
 
@@ -156,8 +164,9 @@ void combine(const Histogram& first, const Histogram& second, const Arguments& a
              const RunContext& context) {
     requireSameBins(first, second, arguments);
     auto cells = second.cells();
-    for (auto& cell : cells)
+    for (auto& cell : cells) {
         multiply(cell, arguments.number("factor"));
+    }
     Combination<Histogram> combination(first, withCells(second, std::move(cells), second.nanEntries()), arguments);
     combination.evaluate();
     deliver(combination.histogram(), first, arguments, context, results);
@@ -216,9 +225,10 @@ Ports CombineKind::ports(const ValueTexts&) const {
 void CombineKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
     const AnyHistogram first = histogramOf1Or2(arguments, "first");
     const AnyHistogram second = histogramOf1Or2(arguments, "second");
-    if (first.index() != second.index())
+    if (first.index() != second.index()) {
         throw Failure("second", "\"" + arguments.sourceName("first") + "\" and \"" + arguments.sourceName("second") +
                                     "\" have different numbers of axes");
+    }
     std::visit(
         [&](const auto& one) {
             combine(*one, *std::get<std::decay_t<decltype(one)>>(second), arguments, results, context);

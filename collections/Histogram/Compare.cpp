@@ -39,8 +39,9 @@ ChiSquare chiSquare(const Histogram1D& first, const Histogram1D& second, bool is
         const double difference = b * first.height(bin) - a * second.height(bin);
         const double variance = areCounts ? a * b * (first.height(bin) + second.height(bin))
                                           : b * b * first.bin(bin).ww + a * a * second.bin(bin).ww;
-        if (variance == 0.0)
+        if (variance == 0.0) {
             continue;
+        }
         result.value += difference * difference / variance;
         result.freedom += 1.0;
     }
@@ -68,10 +69,12 @@ double maxDistance(const Histogram1D& first, const Histogram1D& second) {
 /// Probability of a larger distance: 2 sum of (-1)^(j-1) exp(-2 j² t²), and the series that converges faster for small
 /// t.
 double kolmogorov(double t) {
-    if (std::isnan(t))
+    if (std::isnan(t)) {
         return notANumber;
-    if (t < 0.04)
+    }
+    if (t < 0.04) {
         return 1.0;
+    }
     double sum = 0.0;
     for (int j = 1; j <= 20; ++j) {
         const double odd = 2.0 * j - 1.0;
@@ -82,14 +85,17 @@ double kolmogorov(double t) {
 }
 
 void requireComparable(const Histogram1D& first, const Histogram1D& second, const Arguments& arguments) {
-    if (!(first.axis() == second.axis()))
+    if (!(first.axis() == second.axis())) {
         throw Failure("second", "\"" + arguments.sourceName("first") + "\" has " + describe(first.axis()) + " and \"" +
                                     arguments.sourceName("second") + "\" has " + describe(second.axis()) +
                                     "; they must be the same");
-    for (const auto& [histogram, input] : {std::pair{&first, "first"}, std::pair{&second, "second"}})
-        if (!(histogram->inRange().w > 0.0))
+    }
+    for (const auto& [histogram, input] : {std::pair{&first, "first"}, std::pair{&second, "second"}}) {
+        if (!(histogram->inRange().w > 0.0)) {
             throw Failure(input,
                           "there is nothing to compare: its heights add up to " + textOf(histogram->inRange().w));
+        }
+    }
 }
 
 }  // namespace

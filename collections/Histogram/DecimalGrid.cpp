@@ -24,8 +24,9 @@ std::int64_t floorOf(std::int64_t number, std::int64_t divisor) {
 
 double powerOfTen(int exponent) {
     double power = 1.0;
-    for (int i = 0; i < exponent; ++i)
+    for (int i = 0; i < exponent; ++i) {
         power *= 10.0;
+    }
     return power;
 }
 
@@ -36,10 +37,12 @@ int exponentOf(double positive) {
 /// The double next to number times 10^exponent.
 double decimal(std::int64_t number, int exponent) {
     const auto digitsOfNumber = static_cast<double>(number);
-    if (exponent >= 0 && exponent <= maxExactPower)
+    if (exponent >= 0 && exponent <= maxExactPower) {
         return digitsOfNumber * powerOfTen(exponent);
-    if (exponent < 0 && exponent >= -maxExactPower)
+    }
+    if (exponent < 0 && exponent >= -maxExactPower) {
         return digitsOfNumber / powerOfTen(-exponent);
+    }
     const std::string text = std::to_string(number) + "e" + std::to_string(exponent);
     double value = 0.0;
     std::from_chars(text.data(), text.data() + text.size(), value);
@@ -55,15 +58,18 @@ int finestExponent(double size) {
 
 DecimalGrid::DecimalGrid(double low, double high, std::size_t maxCells) {
     const double size = std::max(std::abs(low), std::abs(high));
-    if (size > maxNumber)
+    if (size > maxNumber) {
         throw Failure("range", "a value of " + textOf(low == -size ? low : high) +
                                    " leaves no room for an automatic range; give low and high");
+    }
     exponent = finestExponent(size);
     const auto most = static_cast<std::int64_t>(maxCells);
-    if (high > low)
+    if (high > low) {
         exponent = std::max(exponent, exponentOf((high - low) / static_cast<double>(maxCells)) - 1);
-    while (cellOf(high) - cellOf(low) >= most)
+    }
+    while (cellOf(high) - cellOf(low) >= most) {
         ++exponent;
+    }
     firstCell = cellOf(low);
     lastCell = cellOf(high);
 }
@@ -76,46 +82,53 @@ std::int64_t DecimalGrid::cellOf(double x) const {
     const double scaled =
         exponent >= 0 ? x / std::pow(10.0, exponent) : x * std::pow(10.0, -std::max(exponent, minExponent));
     auto number = static_cast<std::int64_t>(std::floor(scaled));
-    while (edge(number) > x)
+    while (edge(number) > x) {
         --number;
-    while (edge(number + 1) <= x)
+    }
+    while (edge(number + 1) <= x) {
         ++number;
+    }
     return number;
 }
 
 Axis DecimalGrid::axis() const {
     std::vector<double> edges;
     edges.reserve(count() + 1);
-    for (std::int64_t number = firstCell; number <= lastCell + 1; ++number)
+    for (std::int64_t number = firstCell; number <= lastCell + 1; ++number) {
         edges.push_back(edge(number));
+    }
     return Axis(std::move(edges));
 }
 
 std::int64_t DecimalGrid::cellIn(const DecimalGrid& coarser, std::int64_t number) const {
-    for (int step = exponent; step < coarser.exponent && number != 0 && number != -1; ++step)
+    for (int step = exponent; step < coarser.exponent && number != 0 && number != -1; ++step) {
         number = floorOf(number, 10);
+    }
     return number;
 }
 
 RoundBins::RoundBins(const DecimalGrid& grid, std::size_t bins) : count(bins) {
     const auto many = static_cast<std::int64_t>(bins);
     const std::int64_t last = grid.first() + static_cast<std::int64_t>(grid.count()) - 1;
-    for (std::int64_t power = 10;; power *= 10)
+    for (std::int64_t power = 10;; power *= 10) {
         for (const std::int64_t candidate : {power, 2 * power, power / 10 * 25, 5 * power}) {
             // A single bin that began at a multiple of its width could never hold numbers of both signs.
             const std::int64_t step = bins == 1 ? candidate / 10 : candidate;
             width = candidate;
             first = floorOf(grid.first(), step) * step;
-            if (last < first + many * width)
+            if (last < first + many * width) {
                 return;
+            }
         }
+    }
 }
 
 Axis RoundBins::axis(const DecimalGrid& grid) const {
     std::vector<double> edges;
     edges.reserve(count + 1);
-    for (std::size_t i = 0; i <= count; ++i)
+    for (std::size_t i = 0; i <= count; ++i) {
         edges.push_back(grid.edge(first + static_cast<std::int64_t>(i) * width));
+    }
     return Axis(std::move(edges));
 }
 

@@ -9,18 +9,21 @@ namespace {
 /// An expression that gives numbers, or nothing where the input is empty.
 std::optional<Expression> numbersFrom(const std::string& input, const Arguments& arguments, const Schema& schema) {
     const std::string& text = arguments.text(input);
-    if (text.empty())
+    if (text.empty()) {
         return std::nullopt;
+    }
     Expression expression(text, schema);
-    if (expression.type() == ColumnType::Text)
+    if (expression.type() == ColumnType::Text) {
         throw Failure(input, "\"" + text + "\" is a text, not a number");
+    }
     return expression;
 }
 
 Expression neededNumbers(const std::string& input, const Arguments& arguments, const Schema& schema) {
     std::optional<Expression> expression = numbersFrom(input, arguments, schema);
-    if (!expression)
+    if (!expression) {
         throw Failure(input, "there is no expression to fill from");
+    }
     return std::move(*expression);
 }
 
@@ -33,32 +36,38 @@ std::string labelOf(const std::string& text, const Schema& schema) {
 ColumnPtr spread(const Column& ofRows, const Column& list) {
     Column::Reals values;
     values.reserve(list.valueCount());
-    for (std::size_t row = 0; row + 1 < list.offsets.size(); ++row)
+    for (std::size_t row = 0; row + 1 < list.offsets.size(); ++row) {
         values.insert(values.end(), list.offsets[row + 1] - list.offsets[row], ofRows.reals()[row]);
+    }
     return std::make_shared<const Column>(Column{.values = std::move(values), .offsets = {}});
 }
 
 /// The column as long as the list.
 ColumnPtr alongside(const ColumnPtr& column, const Column& list, const std::string& input, const Chunk& chunk) {
-    if (!column->isList())
+    if (!column->isList()) {
         return spread(*column, list);
-    if (column->offsets != list.offsets)
+    }
+    if (column->offsets != list.offsets) {
         throw Failure(input, "a row between " + textOf(static_cast<double>(chunk.firstRow)) +
                                  " and the end of its chunk has lists of different lengths");
+    }
     return column;
 }
 
 /// The first list among the columns; null where each row has one number.
 ColumnPtr firstList(const std::vector<ColumnPtr>& columns) {
-    for (const ColumnPtr& column : columns)
-        if (column->isList())
+    for (const ColumnPtr& column : columns) {
+        if (column->isList()) {
             return column;
+        }
+    }
     return nullptr;
 }
 
 }  // namespace
 
-FillExpression::FillExpression(const Arguments& arguments, const Schema& schema, const std::vector<std::string>& inputs) {
+FillExpression::FillExpression(const Arguments& arguments, const Schema& schema,
+                               const std::vector<std::string>& inputs) {
     for (const std::string& input : inputs) {
         parts.push_back({.input = input,
                          .expression = neededNumbers(input, arguments, schema),
@@ -66,8 +75,9 @@ FillExpression::FillExpression(const Arguments& arguments, const Schema& schema,
         hasList = hasList || parts.back().expression.isList();
     }
     weight = numbersFrom("weight", arguments, schema);
-    if (weight && weight->isList() && !hasList)
+    if (weight && weight->isList() && !hasList) {
         throw Failure("weight", "the weight is a list in each row, but the expression is a single number");
+    }
 }
 
 FillBatch FillExpression::Values::batch() const {
@@ -79,17 +89,22 @@ FillBatch FillExpression::Values::batch() const {
 
 FillExpression::Values FillExpression::values(const Chunk& chunk) const {
     Values values;
-    for (const Factor& part : parts)
+    for (const Factor& part : parts) {
         values.coordinates.push_back(asReals(part.expression.evaluate(chunk)));
-    if (weight)
+    }
+    if (weight) {
         values.weights = asReals(weight->evaluate(chunk));
+    }
     const ColumnPtr list = firstList(values.coordinates);
-    if (!list)
+    if (!list) {
         return values;
-    for (std::size_t i = 0; i < parts.size(); ++i)
+    }
+    for (std::size_t i = 0; i < parts.size(); ++i) {
         values.coordinates[i] = alongside(values.coordinates[i], *list, parts[i].input, chunk);
-    if (weight)
+    }
+    if (weight) {
         values.weights = alongside(values.weights, *list, "weight", chunk);
+    }
     return values;
 }
 

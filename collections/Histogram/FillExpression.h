@@ -21,7 +21,8 @@ public:
     /// Reads the inputs with these names and the input "weight". An empty weight is 1.
     /// @throws Failure if one of them cannot be computed from these columns or is no number, or if the weight is a list
     ///         and no expression is.
-    FillExpression(const Arguments& arguments, const Schema& schema, const std::vector<std::string>& inputs = {"expression"});
+    FillExpression(const Arguments& arguments, const Schema& schema,
+                   const std::vector<std::string>& inputs = {"expression"});
 
     struct Values {
         std::vector<ColumnPtr> coordinates;  ///< As many as inputs, all of one length.

@@ -23,10 +23,11 @@ inline void fillInto(Profile1D& profile, const FillBatch& batch) {
 /// An object with one axis; without cells it is empty.
 template <typename Object, typename... Cells>
 Object onAxis(Axis axis, Cells&&... cells) {
-    if constexpr (std::is_same_v<Object, Profile1D>)
+    if constexpr (std::is_same_v<Object, Profile1D>) {
         return Object(Grid<1>({std::move(axis)}), std::forward<Cells>(cells)...);
-    else
+    } else {
         return Object(std::move(axis), std::forward<Cells>(cells)...);
+    }
 }
 
 }  // namespace velmorak

@@ -15,8 +15,9 @@ namespace velmorak {
 namespace {
 
 const Schema& neededTable(const Schema* schema) {
-    if (schema == nullptr)
+    if (!schema) {
         throw Failure("table", "nothing is wired");
+    }
     return *schema;
 }
 
@@ -123,9 +124,10 @@ std::unique_ptr<Accumulation> givenFilling(FillExpression quantity, std::size_t 
 template <typename Object>
 std::unique_ptr<Accumulation> fillingOf(const Arguments& arguments, FillExpression quantity, Naming naming,
                                         const std::string& output) {
-    if (isRangeAutomatic(arguments))
+    if (isRangeAutomatic(arguments)) {
         return filling(std::move(quantity), AutomaticRange<Object>(static_cast<std::size_t>(arguments.integer("bins"))),
                        std::move(naming), output);
+    }
     const Axis axis = axisFrom(arguments);
     return givenFilling<Object>(
         std::move(quantity), axis.bins() + 2, [axis] { return onAxis<Object>(axis); }, std::move(naming), output);
@@ -143,8 +145,9 @@ InputSpec coordinateInput(const std::string& name, const std::string& meaning) {
 }
 
 void append(Ports& ports, std::vector<InputSpec> inputs) {
-    for (InputSpec& input : inputs)
+    for (InputSpec& input : inputs) {
         ports.inputs.push_back(std::move(input));
+    }
 }
 
 }  // namespace
@@ -163,10 +166,12 @@ any finite value the range is that of 0, and around a single number it is at lea
 }
 
 std::string FillKind::refusal(const std::string& input, const std::string& value) const {
-    if (input == "expression" || input == "x" || input == "y" || input == "weight")
+    if (input == "expression" || input == "x" || input == "y" || input == "weight") {
         return expressionRefusal(value);
-    if (input == "edges" || input == "xedges" || input == "yedges")
+    }
+    if (input == "edges" || input == "xedges" || input == "yedges") {
         return edgesRefusal(value);
+    }
     return {};
 }
 
@@ -226,9 +231,10 @@ std::unique_ptr<Accumulation> Histogram2DKind::prepare(const Arguments& argument
                   {titleOr(arguments, "xaxis", quantity.label(0)), titleOr(arguments, "yaxis", quantity.label(1))});
     const Axis x = axisFrom(arguments, "x");
     const Axis y = axisFrom(arguments, "y");
-    if ((x.bins() + 2) > Grid<2>::maxCells / (y.bins() + 2))
+    if ((x.bins() + 2) > Grid<2>::maxCells / (y.bins() + 2)) {
         throw Failure("ybins", textOf(static_cast<double>(x.bins())) + " times " +
                                    textOf(static_cast<double>(y.bins())) + " bins fit no memory");
+    }
     const Grid<2> grid({x, y});
     return givenFilling<Histogram2D>(
         std::move(quantity), grid.cellCount(), [grid] { return Histogram2D(grid); }, std::move(naming), "histogram");

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "FillInto.h"
 #include "FillExpression.h"
+#include "FillInto.h"
 
 #include <functional>
 #include <optional>

@@ -11,7 +11,7 @@ namespace {
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 double weightAt(const double* weights, std::size_t i) {
-    return weights == nullptr ? 1.0 : weights[i];
+    return !weights ? 1.0 : weights[i];
 }
 
 bool isUsable(const double* x, const double* weights, std::size_t i) {
@@ -23,10 +23,12 @@ double meanOfFinite(const double* x, const double* weights, std::size_t size, st
     double origin = 0.0;
     double sum = 0.0;
     for (std::size_t i = 0; i < size; ++i) {
-        if (!isUsable(x, weights, i) || !std::isfinite(x[i]))
+        if (!isUsable(x, weights, i) || !std::isfinite(x[i])) {
             continue;
-        if (count++ == 0)
+        }
+        if (count++ == 0) {
             origin = x[i];
+        }
         sum += x[i] - origin;
     }
     const double mean = count == 0 ? 0.0 : origin + sum / static_cast<double>(count);
@@ -115,8 +117,9 @@ double Moments::mean() const {
 
 double Moments::rms() const {
     const double weight = totalWeight.value();
-    if (filled == 0 || weight == 0.0)
+    if (filled == 0 || weight == 0.0) {
         return notANumber;
+    }
     const double offset = first / weight;
     const double variance = second / weight - offset * offset;
     // With weights of one sign the exact value is not below 0; what rounding leaves there is 0.
@@ -126,8 +129,9 @@ double Moments::rms() const {
 
 double Moments::skewness() const {
     const double spread = rms();
-    if (!(spread > 0.0))
+    if (!(spread > 0.0)) {
         return notANumber;
+    }
     const double weight = totalWeight.value();
     const double offset = first / weight;
     const double central = third / weight + offset * (2.0 * offset * offset - 3.0 * second / weight);

@@ -6,9 +6,10 @@ namespace {
 
 const DataObjectPtr* objectAt(const Arguments& arguments, const std::string& input) {
     const Value& arrived = arguments.value(input);
-    if (std::holds_alternative<std::monostate>(arrived))
+    if (std::holds_alternative<std::monostate>(arrived)) {
         throw Failure(input,
                       arguments.isWired(input) ? "a table is wired where a histogram is needed" : "nothing is wired");
+    }
     return std::get_if<DataObjectPtr>(&arrived);
 }
 
@@ -16,11 +17,13 @@ const DataObjectPtr* objectAt(const Arguments& arguments, const std::string& inp
 
 AnyHistogram histogramOf1Or2(const Arguments& arguments, const std::string& input) {
     const DataObjectPtr* object = objectAt(arguments, input);
-    if (object != nullptr) {
-        if (auto one = std::dynamic_pointer_cast<const Histogram1D>(*object))
+    if (object) {
+        if (auto one = std::dynamic_pointer_cast<const Histogram1D>(*object)) {
             return one;
-        if (auto two = std::dynamic_pointer_cast<const Histogram2D>(*object))
+        }
+        if (auto two = std::dynamic_pointer_cast<const Histogram2D>(*object)) {
             return two;
+        }
     }
     throw Failure(input, "what is wired is no histogram of one or two dimensions");
 }
@@ -28,8 +31,9 @@ AnyHistogram histogramOf1Or2(const Arguments& arguments, const std::string& inpu
 Histogram2DPtr histogram2D(const Arguments& arguments, const std::string& input) {
     const DataObjectPtr* object = objectAt(arguments, input);
     auto histogram = object ? std::dynamic_pointer_cast<const Histogram2D>(*object) : nullptr;
-    if (!histogram)
+    if (!histogram) {
         throw Failure(input, "what is wired is no two-dimensional histogram");
+    }
     return histogram;
 }
 

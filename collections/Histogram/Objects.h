@@ -51,9 +51,11 @@ inline Grid<2>::Cells alongAxes(const Histogram2D& histogram, std::size_t cell) 
 template <typename Histogram>
 bool isInside(const Histogram& histogram, std::size_t cell) {
     const Grid<2>::Cells cells = alongAxes(histogram, cell);
-    for (std::size_t direction = 0; direction < dimensionsOf(histogram); ++direction)
-        if (cells[direction] == 0 || cells[direction] > axisOf(histogram, direction).bins())
+    for (std::size_t direction = 0; direction < dimensionsOf(histogram); ++direction) {
+        if (cells[direction] == 0 || cells[direction] > axisOf(histogram, direction).bins()) {
             return false;
+        }
+    }
     return true;
 }
 /// Width of a bin inside, or the product of its widths.
@@ -61,8 +63,9 @@ template <typename Histogram>
 double sizeOf(const Histogram& histogram, std::size_t cell) {
     const Grid<2>::Cells cells = alongAxes(histogram, cell);
     double size = 1.0;
-    for (std::size_t direction = 0; direction < dimensionsOf(histogram); ++direction)
+    for (std::size_t direction = 0; direction < dimensionsOf(histogram); ++direction) {
         size *= axisOf(histogram, direction).width(cells[direction] - 1);
+    }
     return size;
 }
 

@@ -1,6 +1,6 @@
-#include "ScatterAdd.h"
 #include "HistogramKinds.h"
 #include "Objects.h"
+#include "ScatterAdd.h"
 
 #include <velmorak/Profile.h>
 
@@ -13,10 +13,12 @@ namespace {
 /// A cell across the projection counts when its centre lies in the range; those outside the axis at infinity.
 bool isTaken(const Axis& axis, std::size_t cell, double low, double high) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
-    if (cell == 0)
+    if (cell == 0) {
         return low == -infinity;
-    if (cell == axis.bins() + 1)
+    }
+    if (cell == axis.bins() + 1) {
         return high == infinity;
+    }
     return axis.center(cell - 1) >= low && axis.center(cell - 1) < high;
 }
 
@@ -39,8 +41,9 @@ CellVector<ProfileSums<1>> projected(const Histogram2D& plane, std::size_t kept,
     CellVector<ProfileSums<1>> sums(plane.grid().axis(kept).bins() + 2);
     for (std::size_t cell = 0; cell < plane.cells().size(); ++cell) {
         const Grid<2>::Cells cells = plane.grid().alongAxes(cell);
-        if (isTaken(plane.grid().axis(1 - kept), cells[1 - kept], low, high))
+        if (isTaken(plane.grid().axis(1 - kept), cells[1 - kept], low, high)) {
             sums[cells[kept]].add(along(plane.cells()[cell], kept));
+        }
     }
     return sums;
 }
@@ -84,13 +87,15 @@ void ProjectKind::evaluate(const Arguments& arguments, Results& results, RunCont
     const std::size_t kept = arguments.text("axis") == "x" ? 0 : 1;
     const double low = arguments.number("low");
     const double high = arguments.number("high");
-    if (!(low < high))
+    if (!(low < high)) {
         throw Failure("high", "no bins lie between " + textOf(low) + " and " + textOf(high));
+    }
     const CellVector<ProfileSums<1>> sums = projected(*plane, kept, low, high);
     CellVector<BinSums> heights;
     heights.reserve(sums.size());
-    for (const ProfileSums<1>& cell : sums)
+    for (const ProfileSums<1>& cell : sums) {
         heights.push_back(withoutValue(cell));
+    }
     const Axis& axis = plane->grid().axis(kept);
     deliver(Histogram1D(axis, std::move(heights), plane->nanEntries()), *plane, arguments, context, results);
     auto profile =

@@ -30,17 +30,20 @@ void WeightedInterval::add(const WeightedInterval& other) {
 
 double quantileOf(const std::vector<WeightedInterval>& ascending, double probability) {
     double all = 0.0;
-    for (const WeightedInterval& portion : ascending)
+    for (const WeightedInterval& portion : ascending) {
         all += portion.weight;
-    if (!(all > 0.0) || !std::isfinite(all))
+    }
+    if (!(all > 0.0) || !std::isfinite(all)) {
         return notANumber;
+    }
     const double wanted = probability * all;
     double before = 0.0;
     for (auto portion = ascending.begin(); portion != ascending.end(); ++portion) {
         const double after = before + portion->weight;
         if (portion->weight > 0.0 && after >= wanted - rounding * all) {
-            if (after > wanted + rounding * all)
+            if (after > wanted + rounding * all) {
                 return between(portion->low, portion->high, std::max(0.0, (wanted - before) / portion->weight));
+            }
             const auto next =
                 std::find_if(portion + 1, ascending.end(), [](const WeightedInterval& p) { return p.weight > 0.0; });
             return next == ascending.end() ? portion->high : between(portion->high, next->low, 0.5);
@@ -51,8 +54,9 @@ double quantileOf(const std::vector<WeightedInterval>& ascending, double probabi
 }
 
 void Quantiles::take(double x, double weight) {
-    if (std::isnan(x) || std::isnan(weight) || weight == 0.0)
+    if (std::isnan(x) || std::isnan(weight) || weight == 0.0) {
         return;
+    }
     portions.push_back({.weight = weight, .low = x, .high = x});
     if (std::abs(x) <= DecimalGrid::maxNumber) {
         low = std::min(low, x);
@@ -63,10 +67,12 @@ void Quantiles::take(double x, double weight) {
 void Quantiles::fill(const double* x, const double* weights, std::size_t count) {
     Quantiles part;
     part.portions.reserve(count);
-    for (std::size_t i = 0; i < count; ++i)
-        part.take(x[i], weights == nullptr ? 1.0 : weights[i]);
-    if (part.portions.size() > maxCells)
+    for (std::size_t i = 0; i < count; ++i) {
+        part.take(x[i], !weights ? 1.0 : weights[i]);
+    }
+    if (part.portions.size() > maxCells) {
         part.settle(part.gridAround());
+    }
     merge(part);
 }
 
@@ -80,8 +86,9 @@ void Quantiles::merge(const Quantiles& other) {
     const DecimalGrid joint = gridAround();
     settle(joint);
     const std::vector<WeightedInterval> added = other.inCells(joint);
-    for (std::size_t i = 0; i < added.size(); ++i)
+    for (std::size_t i = 0; i < added.size(); ++i) {
         portions[i].add(added[i]);
+    }
 }
 
 DecimalGrid Quantiles::gridAround() const {
@@ -89,8 +96,9 @@ DecimalGrid Quantiles::gridAround() const {
 }
 
 void Quantiles::settle(const DecimalGrid& target) {
-    if (grid != target)
+    if (grid != target) {
         portions = inCells(target);
+    }
     grid = target;
 }
 
@@ -98,31 +106,36 @@ std::vector<WeightedInterval> Quantiles::inCells(const DecimalGrid& target) cons
     std::vector<WeightedInterval> cells(target.count() + 2);
     if (!grid) {
         const Axis axis = target.axis();
-        for (const WeightedInterval& number : portions)
+        for (const WeightedInterval& number : portions) {
             cells[axis.cell(number.low)].add(number);
+        }
         return cells;
     }
     cells.front() = portions.front();
     cells.back() = portions.back();
-    for (std::size_t i = 0; i < grid->count(); ++i)
+    for (std::size_t i = 0; i < grid->count(); ++i) {
         if (!portions[i + 1].isEmpty()) {
             const std::int64_t number = grid->cellIn(target, grid->first() + static_cast<std::int64_t>(i));
             cells[static_cast<std::size_t>(number - target.first()) + 1].add(portions[i + 1]);
         }
+    }
     return cells;
 }
 
 std::vector<WeightedInterval> Quantiles::ascending() const {
-    if (grid)
+    if (grid) {
         return portions;
+    }
     std::vector<WeightedInterval> sorted = portions;
     std::sort(sorted.begin(), sorted.end(), comesBefore);
     std::vector<WeightedInterval> joined;
-    for (const WeightedInterval& number : sorted)
-        if (joined.empty() || joined.back().low < number.low)
+    for (const WeightedInterval& number : sorted) {
+        if (joined.empty() || joined.back().low < number.low) {
             joined.push_back(number);
-        else
+        } else {
             joined.back().add(number);
+        }
+    }
     return joined;
 }
 

@@ -48,8 +48,8 @@ private:
 
     double low = std::numeric_limits<double>::infinity();  ///< Of the numbers that a grid can hold.
     double high = -std::numeric_limits<double>::infinity();
-    std::vector<WeightedInterval> portions;    ///< One for each number; or below the grid, its cells, above the grid.
-    std::optional<DecimalGrid> grid;  ///< None while the numbers are kept as they are.
+    std::vector<WeightedInterval> portions;  ///< One for each number; or below the grid, its cells, above the grid.
+    std::optional<DecimalGrid> grid;         ///< None while the numbers are kept as they are.
 };
 
 }  // namespace velmorak

@@ -1,7 +1,7 @@
 #include "Binning.h"
-#include "ScatterAdd.h"
 #include "HistogramKinds.h"
 #include "Objects.h"
+#include "ScatterAdd.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,37 +21,44 @@ double matchingEdge(const Axis& axis, double written, const std::string& input) 
     const auto& edges = axis.edges();
     const auto above = std::lower_bound(edges.begin(), edges.end(), written);
     const double tolerance = 1e-6 * (axis.high() - axis.low()) / static_cast<double>(axis.bins());
-    for (const auto place : {above, above == edges.begin() ? above : above - 1})
-        if (place != edges.end() && std::abs(*place - written) <= tolerance)
+    for (const auto place : {above, above == edges.begin() ? above : above - 1}) {
+        if (place != edges.end() && std::abs(*place - written) <= tolerance) {
             return *place;
+        }
+    }
     throw Failure(input, "no bin of the histogram begins or ends at " + textOf(written));
 }
 
 Joined atEdges(const Axis& axis, const std::string& text, const std::string& input) {
     std::vector<double> edges = edgesIn(text, input);
-    for (double& edge : edges)
+    for (double& edge : edges) {
         edge = matchingEdge(axis, edge, input);
+    }
     Joined joined{.axis = Axis(std::move(edges)), .target = {0}};
-    for (std::size_t bin = 0; bin < axis.bins(); ++bin)
+    for (std::size_t bin = 0; bin < axis.bins(); ++bin) {
         joined.target.push_back(joined.axis.cell(axis.edges()[bin]));
+    }
     joined.target.push_back(joined.axis.bins() + 1);
     return joined;
 }
 
 Joined byFactor(const Axis& axis, std::int64_t factor, const std::string& input) {
     const auto step = static_cast<std::size_t>(factor);
-    if (axis.bins() % step != 0)
+    if (axis.bins() % step != 0) {
         throw Failure(input, textOf(static_cast<double>(axis.bins())) + " bins cannot be joined in groups of " +
                                  textOf(static_cast<double>(factor)));
+    }
     Joined joined{.axis = axis, .target = {0}};
     if (step > 1) {
         std::vector<double> edges;
-        for (std::size_t i = 0; i <= axis.bins(); i += step)
+        for (std::size_t i = 0; i <= axis.bins(); i += step) {
             edges.push_back(axis.edges()[i]);
+        }
         joined.axis = Axis(std::move(edges));
     }
-    for (std::size_t bin = 0; bin < axis.bins(); ++bin)
+    for (std::size_t bin = 0; bin < axis.bins(); ++bin) {
         joined.target.push_back(bin / step + 1);
+    }
     joined.target.push_back(joined.axis.bins() + 1);
     return joined;
 }
@@ -112,9 +119,11 @@ Ports RebinKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {histogramInput("histogram", "Histogram of one or two dimensions.")};
     for (const auto& [prefix, axis] : {std::pair<std::string, std::string>{"", "horizontal axis"},
-                                       std::pair<std::string, std::string>{"y", "vertical axis of a plane"}})
-        for (InputSpec& input : joiningInputs(prefix, axis))
+                                       std::pair<std::string, std::string>{"y", "vertical axis of a plane"}}) {
+        for (InputSpec& input : joiningInputs(prefix, axis)) {
             ports.inputs.push_back(std::move(input));
+        }
+    }
     ports.inputs.push_back(derivedTitleInput());
     ports.outputs = {
         {.name = "histogram", .description = "The same fills in wider bins.", .type = ValueType::Histogram}};

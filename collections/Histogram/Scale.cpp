@@ -10,9 +10,11 @@ namespace {
 template <typename Histogram>
 double total(const Histogram& histogram, bool isArea) {
     double sum = 0.0;
-    for (std::size_t cell = 0; cell < histogram.cells().size(); ++cell)
-        if (isInside(histogram, cell))
+    for (std::size_t cell = 0; cell < histogram.cells().size(); ++cell) {
+        if (isInside(histogram, cell)) {
             sum += histogram.cells()[cell].w * (isArea ? sizeOf(histogram, cell) : 1.0);
+        }
+    }
     return sum;
 }
 
@@ -22,13 +24,15 @@ Histogram scaled(const Histogram& histogram, const std::string& mode, double fac
     if (mode == "sum" || mode == "area") {
         const double present = total(histogram, mode == "area");
         common = factor / present;
-        if (present == 0.0 || !std::isfinite(common))
+        if (present == 0.0 || !std::isfinite(common)) {
             throw Failure("histogram",
                           "its " + mode + " is " + textOf(present) + ", which no factor brings to " + textOf(factor));
+        }
     }
     auto cells = histogram.cells();
-    for (std::size_t cell = 0; cell < cells.size(); ++cell)
+    for (std::size_t cell = 0; cell < cells.size(); ++cell) {
         multiply(cells[cell], mode == "width" && isInside(histogram, cell) ? common / sizeOf(histogram, cell) : common);
+    }
     return withCells(histogram, std::move(cells), histogram.nanEntries());
 }
 
@@ -67,8 +71,9 @@ Ports ScaleKind::ports(const ValueTexts&) const {
 
 void ScaleKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
     const double factor = arguments.number("factor");
-    if (!std::isfinite(factor))
+    if (!std::isfinite(factor)) {
         throw Failure("factor", textOf(factor) + " is no factor");
+    }
     std::visit(
         [&](const auto& histogram) {
             deliver(scaled(*histogram, arguments.text("mode"), factor), *histogram, arguments, context, results);

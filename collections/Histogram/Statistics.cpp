@@ -1,8 +1,8 @@
 #include "Statistics.h"
 
+#include "FillExpression.h"
 #include "Moments.h"
 #include "Quantiles.h"
-#include "FillExpression.h"
 
 #include <algorithm>
 #include <limits>
@@ -82,14 +82,16 @@ public:
 double skewnessOf(const Histogram1D& histogram) {
     const double mean = histogram.mean();
     const double spread = histogram.rms();
-    if (!(spread > 0.0))
+    if (!(spread > 0.0)) {
         return std::numeric_limits<double>::quiet_NaN();
+    }
     double weight = 0.0;
     double third = 0.0;
     for (std::size_t i = 0; i < histogram.bins(); ++i) {
         const BinSums& bin = histogram.bin(i);
-        if (bin.w == 0.0)
+        if (bin.w == 0.0) {
             continue;
+        }
         const double meanOfBin = bin.wx / bin.w;
         const double varianceOfBin = std::max(0.0, bin.wxx / bin.w - meanOfBin * meanOfBin);
         const double distance = (meanOfBin - mean) / spread;
@@ -102,8 +104,9 @@ double skewnessOf(const Histogram1D& histogram) {
 std::vector<WeightedInterval> binsOf(const Histogram1D& histogram) {
     const std::vector<double>& edges = histogram.axis().edges();
     std::vector<WeightedInterval> bins;
-    for (std::size_t i = 0; i < histogram.bins(); ++i)
+    for (std::size_t i = 0; i < histogram.bins(); ++i) {
         bins.push_back({.weight = histogram.height(i), .low = edges[i], .high = edges[i + 1]});
+    }
     return bins;
 }
 
@@ -209,8 +212,9 @@ std::string StatisticsKind::refusal(const std::string& input, const std::string&
 
 std::unique_ptr<Accumulation> StatisticsKind::prepare(const Arguments& arguments, const Schema* schema,
                                                       RunContext&) const {
-    if (schema != nullptr)
+    if (schema) {
         return std::make_unique<TableStatistics>(arguments, *schema);
+    }
     return std::make_unique<HistogramStatistics>(arguments.histogram("data"));
 }
 

@@ -15,8 +15,9 @@ namespace {
 template <typename Class>
 bool writeAs(const AidaContents::Object& object, AidaFileWriter& writer, const std::string& folder) {
     const auto* original = dynamic_cast<const Class*>(object.object.get());
-    if (original == nullptr)
+    if (!original) {
         return false;
+    }
     Class named = *original;
     named.name = object.name;
     writer.write(named, folder);
@@ -28,16 +29,18 @@ bool writeAs(const AidaContents::Object& object, AidaFileWriter& writer, const s
 AidaOutput::AidaOutput(AidaContents whatToWrite, RunContext& run) : contents(std::move(whatToWrite)), context(run) {}
 
 void AidaOutput::appendRows(const std::string& rows) {
-    if (rows.empty())
+    if (rows.empty()) {
         return;
+    }
     begin();
     writer->writeRows(rows);
 }
 
 void AidaOutput::complete() {
     begin();
-    if (isInTable)
+    if (isInTable) {
         writer->endTable();
+    }
     isInTable = false;
     writeObjectsUpToTable();
     writer->close();
@@ -45,8 +48,9 @@ void AidaOutput::complete() {
 }
 
 void AidaOutput::begin() {
-    if (writer)
+    if (writer) {
         return;
+    }
     file = context.beginResult(contents.fileName);
     writer = std::make_unique<AidaFileWriter>(file->path());
     writeObjectsUpToTable();
@@ -67,8 +71,9 @@ void AidaOutput::writeObjectsUpToTable() {
                                writeAs<Profile2D>(object, *writer, contents.folder) ||
                                writeAs<Points>(object, *writer, contents.folder) ||
                                writeAs<FunctionObject>(object, *writer, contents.folder);
-        if (!isWritten)
+        if (!isWritten) {
             throw Failure(object.name + " has no place in an AIDA file");
+        }
     }
 }
 

@@ -50,21 +50,25 @@ private:
 
 /// @return the object at the input, or null for a table, which does not come as a value.
 DataObjectPtr objectOrTable(const Arguments& arguments, const std::string& input) {
-    if (!arguments.isWired(input))
+    if (!arguments.isWired(input)) {
         throw Failure(input, "nothing is wired");
+    }
     const Value& value = arguments.value(input);
-    if (std::holds_alternative<std::monostate>(value))
+    if (std::holds_alternative<std::monostate>(value)) {
         return nullptr;
-    if (!std::holds_alternative<DataObjectPtr>(value))
+    }
+    if (!std::holds_alternative<DataObjectPtr>(value)) {
         throw Failure(input, "a number or text has no place in an AIDA file; wire a table or a histogram");
+    }
     return std::get<DataObjectPtr>(value);
 }
 
 std::string unusedName(const std::string& name, const std::vector<AidaContents::Object>& objects) {
     std::string candidate = name;
     const auto hasCandidate = [&](const AidaContents::Object& object) { return object.name == candidate; };
-    for (int number = 2; std::any_of(objects.begin(), objects.end(), hasCandidate); ++number)
+    for (int number = 2; std::any_of(objects.begin(), objects.end(), hasCandidate); ++number) {
         candidate = name + "_" + textOf(number);
+    }
     return candidate;
 }
 
@@ -73,8 +77,9 @@ std::vector<AidaContents::Object> objectsOf(const Arguments& arguments) {
     bool hasTable = false;
     for (const std::string& input : numberedInputs(arguments, "objects", "object")) {
         DataObjectPtr object = objectOrTable(arguments, input);
-        if (!object && std::exchange(hasTable, true))
+        if (!object && std::exchange(hasTable, true)) {
             throw Failure(input, "a second table cannot go into the same file; use another AidaWriter for it");
+        }
         const bool hasName = object && !object->name.empty();
         const std::string& name = hasName ? object->name : arguments.sourceName(input);
         objects.push_back({.name = unusedName(name, objects), .object = std::move(object)});
@@ -114,8 +119,9 @@ Ports AidaWriterKind::ports(const ValueTexts& values) const {
 }
 
 std::string AidaWriterKind::refusal(const std::string& input, const std::string& value) const {
-    if (input == "folder" && !value.starts_with('/'))
+    if (input == "folder" && !value.starts_with('/')) {
         return "The folder begins with \"/\".";
+    }
     return {};
 }
 
@@ -125,11 +131,13 @@ std::unique_ptr<Accumulation> AidaWriterKind::prepare(const Arguments& arguments
     contents.fileName =
         arguments.text("file").empty() ? asFileName(context.pluginName()) + ".aida" : arguments.text("file");
     contents.folder = arguments.text("folder");
-    if (const std::string reason = refusal("folder", contents.folder); !reason.empty())
+    if (const std::string reason = refusal("folder", contents.folder); !reason.empty()) {
         throw Failure("folder", reason);
+    }
     contents.objects = objectsOf(arguments);
-    if (schema != nullptr)
+    if (schema) {
         contents.schema = *schema;
+    }
     return std::make_unique<Writing>(std::move(contents), context);
 }
 

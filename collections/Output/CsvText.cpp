@@ -18,8 +18,9 @@ void append(std::string& text, double number) {
     const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
     const std::size_t before = text.size();
     text.append(buffer.data(), end.ptr);
-    if (text.find_first_not_of("-0123456789", before) == std::string::npos)
+    if (text.find_first_not_of("-0123456789", before) == std::string::npos) {
         text += ".0";
+    }
 }
 
 void append(std::string& text, std::int64_t number) {
@@ -39,8 +40,9 @@ void append(std::string& text, const std::string& words) {
 void appendQuoted(std::string& text, const std::string& words) {
     text += '"';
     for (const char c : words) {
-        if (c == '"')
+        if (c == '"') {
             text += '"';
+        }
         text += c;
     }
     text += '"';
@@ -65,12 +67,14 @@ bool isPlain(const std::string& name, char delimiter) {
 std::string csvHeader(const std::vector<std::string>& names, char delimiter) {
     std::string text;
     for (std::size_t i = 0; i < names.size(); ++i) {
-        if (i > 0)
+        if (i > 0) {
             text += delimiter;
-        if (isPlain(names[i], delimiter))
+        }
+        if (isPlain(names[i], delimiter)) {
             text += names[i];
-        else
+        } else {
             appendQuoted(text, names[i]);
+        }
     }
     return text + "\n";
 }
@@ -79,8 +83,9 @@ std::string csvRows(const Schema& schema, const Chunk& chunk, char delimiter) {
     std::string text;
     for (std::size_t row = 0; row < chunk.rows; ++row) {
         for (std::size_t i = 0; i < schema.size(); ++i) {
-            if (i > 0)
+            if (i > 0) {
                 text += delimiter;
+            }
             appendField(text, *chunk.columns[i], row);
         }
         text += '\n';
@@ -92,12 +97,14 @@ std::string csvRows(const ObjectTable& table, char delimiter) {
     std::string text;
     for (const auto& row : table.rows) {
         for (std::size_t i = 0; i < row.size(); ++i) {
-            if (i > 0)
+            if (i > 0) {
                 text += delimiter;
-            if (row[i].isCount)
+            }
+            if (row[i].isCount) {
                 text += textOf(row[i].value);
-            else
+            } else {
                 append(text, row[i].value);
+            }
         }
         text += '\n';
     }
@@ -109,8 +116,9 @@ std::string fieldText(const Column& column, std::size_t row) {
     const std::size_t begin = column.isList() ? column.offsets[row] : row;
     const std::size_t end = column.isList() ? column.offsets[row + 1] : row + 1;
     for (std::size_t i = begin; i < end; ++i) {
-        if (i > begin)
+        if (i > begin) {
             text += ' ';
+        }
         std::visit([&](const auto& values) { append(text, values[i]); }, column.values);
     }
     return text;

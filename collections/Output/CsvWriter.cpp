@@ -67,17 +67,20 @@ char delimiterNamed(const std::string& name) {
 
 std::vector<std::string> namesOf(const Schema& schema) {
     std::vector<std::string> names;
-    for (const ColumnInfo& column : schema.columns())
+    for (const ColumnInfo& column : schema.columns()) {
         names.push_back(column.name);
+    }
     return names;
 }
 
 ObjectTable tableOf(const Arguments& arguments) {
     const auto* object = std::get_if<DataObjectPtr>(&arguments.value("object"));
-    if (!arguments.isWired("object"))
+    if (!arguments.isWired("object")) {
         throw Failure("object", "nothing is wired");
-    if (object == nullptr)
+    }
+    if (!object) {
         throw Failure("object", "a number or text is no table; use Print");
+    }
     const PlotRange range = rangeIn(arguments.text("range"));
     const Sampling sampling{
         .count = static_cast<std::size_t>(arguments.integer("samples")), .low = range.low, .high = range.high};
@@ -152,20 +155,23 @@ std::string CsvWriterKind::refusal(const std::string& input, const std::string& 
 
 std::unique_ptr<Accumulation> CsvWriterKind::prepare(const Arguments& arguments, const Schema* schema,
                                                      RunContext& context) const {
-    if (const std::string reason = rangeRefusal(arguments.text("range")); !reason.empty())
+    if (const std::string reason = rangeRefusal(arguments.text("range")); !reason.empty()) {
         throw Failure("range", reason);
-    if (schema != nullptr && schema->size() == 0)
+    }
+    if (schema && schema->size() == 0) {
         throw Failure("object", "the table has no columns");
+    }
     const char delimiter = delimiterNamed(arguments.text("delimiter"));
     const std::string& file = arguments.text("file");
-    const ObjectTable table = schema == nullptr ? tableOf(arguments) : ObjectTable();
+    const ObjectTable table = !schema ? tableOf(arguments) : ObjectTable();
     std::string first;
-    if (arguments.text("header") == "yes")
-        first = csvHeader(schema == nullptr ? table.columns : namesOf(*schema), delimiter);
+    if (arguments.text("header") == "yes") {
+        first = csvHeader(!schema ? table.columns : namesOf(*schema), delimiter);
+    }
     first += csvRows(table, delimiter);
     return std::make_unique<Writing>(
         TextOutput(file.empty() ? asFileName(context.pluginName()) + ".csv" : file, std::move(first), context),
-        schema == nullptr ? Schema() : *schema, delimiter);
+        schema ? *schema : Schema(), delimiter);
 }
 
 }  // namespace velmorak

@@ -17,16 +17,18 @@ void writeText(const std::filesystem::path& file, const std::string& text) {
     std::ofstream out(file, std::ios::binary);
     out.write(text.data(), static_cast<std::streamsize>(text.size()));
     out.close();
-    if (!out)
+    if (!out) {
         throw Failure(file.string() + " could not be written");
+    }
 }
 
 std::string readText(const std::filesystem::path& file) {
     std::ifstream in(file, std::ios::binary);
     std::ostringstream text;
     text << in.rdbuf();
-    if (!in)
+    if (!in) {
         throw Failure(file.string() + " could not be read");
+    }
     return text.str();
 }
 
@@ -37,13 +39,16 @@ void takeDateFrom(const std::filesystem::path& pdf) {
     constexpr std::string_view date = "20000101000000";
     std::string text = readText(pdf);
     const std::size_t at = text.find(mark);
-    if (at == std::string::npos || at + mark.size() + date.size() > text.size())
+    if (at == std::string::npos || at + mark.size() + date.size() > text.size()) {
         return;
+    }
     text.replace(at + mark.size(), date.size(), date);
     // The zone follows: +01'00 for example, or Z00'00.
-    for (std::size_t i = at + mark.size() + date.size(); i < text.size() && text[i] != ')'; ++i)
-        if (text[i] >= '1' && text[i] <= '9')
+    for (std::size_t i = at + mark.size() + date.size(); i < text.size() && text[i] != ')'; ++i) {
+        if (text[i] >= '1' && text[i] <= '9') {
             text[i] = '0';
+        }
+    }
     writeText(pdf, text);
 }
 
@@ -54,8 +59,9 @@ void drawInto(const std::filesystem::path& folder, const PlotFiles& files, const
     writeText(folder / (style.baseName + ".dat"), files.data);
     writeText(folder / (style.baseName + ".gp"), files.script);
     runGnuplot(folder, "./" + style.baseName + ".gp", context);
-    if (std::find(style.formats.begin(), style.formats.end(), "pdf") != style.formats.end())
+    if (std::find(style.formats.begin(), style.formats.end(), "pdf") != style.formats.end()) {
         takeDateFrom(folder / (style.baseName + ".pdf"));
+    }
 }
 
 std::string drawnSvg(const std::vector<PlotObject>& objects, RunContext& context) {
@@ -64,8 +70,9 @@ std::string drawnSvg(const std::vector<PlotObject>& objects, RunContext& context
     style.formats = {"svg"};
     PlotContents contents = plotContents(objects, style);
     const PlotFiles files = plotFiles(contents, style);
-    for (const std::string& warning : contents.warnings)
+    for (const std::string& warning : contents.warnings) {
         context.warn(warning);
+    }
     const ScratchFolder scratch;
     drawInto(scratch.path(), files, style, context);
     return readText(scratch.path() / "picture.svg");

@@ -10,8 +10,9 @@ std::optional<double> numberIn(const FunctionObject& function, const std::string
     const auto found = std::find_if(function.annotation.begin(), function.annotation.end(),
                                     [&](const AnnotationItem& item) { return item.key == key; });
     double number = 0.0;
-    if (found == function.annotation.end() || !readNumber(found->value, number))
+    if (found == function.annotation.end() || !readNumber(found->value, number)) {
         return std::nullopt;
+    }
     return number;
 }
 
@@ -27,8 +28,9 @@ FitNotes fitNotesOf(const FunctionObject& function) {
                    .ndf = numberIn(function, "ndf"),
                    .pValue = numberIn(function, "p_value"),
                    .errors = {}};
-    for (const FunctionObject::Parameter& parameter : function.parameters)
+    for (const FunctionObject::Parameter& parameter : function.parameters) {
         notes.errors.push_back(numberIn(function, parameter.name + "_error"));
+    }
     return notes;
 }
 

@@ -23,8 +23,9 @@ constexpr std::size_t maxComplaint = 2000;
 /// What the plotter says goes through here; closed at both ends with the object.
 struct Pipe {
     Pipe() {
-        if (pipe2(ends.data(), O_CLOEXEC) != 0)
+        if (pipe2(ends.data(), O_CLOEXEC) != 0) {
             throw Failure("no pipe to gnuplot could be made: " + std::generic_category().message(errno));
+        }
     }
     ~Pipe() {
         close(ends[0]);
@@ -34,8 +35,9 @@ struct Pipe {
     Pipe& operator=(const Pipe&) = delete;
 
     void closeWriter() {
-        if (ends[1] >= 0)
+        if (ends[1] >= 0) {
             close(ends[1]);
+        }
         ends[1] = -1;
     }
 
@@ -58,10 +60,12 @@ public:
         std::array<char*, 4> arguments = {program.data(), noStartFile.data(), argument.data(), nullptr};
         const int error = posix_spawnp(&id, "gnuplot", &actions, nullptr, arguments.data(), environ);
         posix_spawn_file_actions_destroy(&actions);
-        if (error == ENOENT)
+        if (error == ENOENT) {
             throw Failure("gnuplot is not installed; the Debian package gnuplot-nox brings it");
-        if (error != 0)
+        }
+        if (error != 0) {
             throw Failure("gnuplot could not be started: " + std::generic_category().message(error));
+        }
     }
     ~Child() {
         if (isRunning) {
@@ -91,25 +95,32 @@ std::string readAll(int descriptor, const RunContext& context) {
     std::string text;
     std::array<char, 4096> buffer{};
     while (true) {
-        if (context.isStopping())
+        if (context.isStopping()) {
             throw Stopped();
+        }
         pollfd waiting{.fd = descriptor, .events = POLLIN, .revents = 0};
-        if (poll(&waiting, 1, stopPollMs) <= 0)
+        if (poll(&waiting, 1, stopPollMs) <= 0) {
             continue;
+        }
         const ssize_t count = read(descriptor, buffer.data(), buffer.size());
-        if (count < 0 && errno == EINTR)
+        if (count < 0 && errno == EINTR) {
             continue;
-        if (count <= 0)
+        }
+        if (count <= 0) {
             return text;
-        if (text.size() < maxComplaint)
+        }
+        if (text.size() < maxComplaint) {
             text.append(buffer.data(), static_cast<std::size_t>(count));
+        }
     }
 }
 
 std::string asOneLine(std::string text) {
-    for (char& c : text)
-        if (static_cast<unsigned char>(c) < 0x20)
+    for (char& c : text) {
+        if (static_cast<unsigned char>(c) < 0x20) {
             c = ' ';
+        }
+    }
     text.resize(std::min(text.size(), maxComplaint));
     const std::size_t begin = std::min(text.find_first_not_of(' '), text.size());
     return text.substr(begin, text.find_last_not_of(' ') + 1 - begin);
@@ -120,8 +131,9 @@ std::string asOneLine(std::string text) {
 ScratchFolder::ScratchFolder() {
     std::error_code error;
     std::string pattern = (std::filesystem::temp_directory_path(error) / "velmorak-plot-XXXXXX").string();
-    if (error || mkdtemp(pattern.data()) == nullptr)
+    if (error || !mkdtemp(pattern.data())) {
         throw Failure("no folder for temporary files could be made");
+    }
     folder = pattern;
 }
 
@@ -137,10 +149,12 @@ void runGnuplot(const std::filesystem::path& folder, const std::string& script, 
     const std::string said = readAll(errors.ends[0], context);
     const bool isDrawn = child.wait();
     // An interrupt from the keyboard reaches both programs.
-    if (context.isStopping())
+    if (context.isStopping()) {
         throw Stopped();
-    if (!isDrawn)
+    }
+    if (!isDrawn) {
         throw Failure("gnuplot could not draw the picture: " + asOneLine(said));
+    }
 }
 
 }  // namespace velmorak

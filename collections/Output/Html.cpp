@@ -23,8 +23,9 @@ bool isForbidden(const std::string& text, std::size_t at, std::size_t length) {
 }
 
 void replaceAll(std::string& text, std::string_view what, std::string_view by) {
-    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size()))
+    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
         text.replace(at, what.size(), by);
+    }
 }
 
 void addPrefixBehind(std::string& tag, const std::string& quote, const std::string& prefix) {
@@ -53,20 +54,21 @@ std::string escaped(const std::string& text) {
     std::string safe;
     for (std::size_t i = 0; i < text.size();) {
         const std::size_t length = utf8LengthAt(text, i);
-        if (isForbidden(text, i, length))
+        if (isForbidden(text, i, length)) {
             safe += replacement;
-        else if (text[i] == '&')
+        } else if (text[i] == '&') {
             safe += "&amp;";
-        else if (text[i] == '<')
+        } else if (text[i] == '<') {
             safe += "&lt;";
-        else if (text[i] == '>')
+        } else if (text[i] == '>') {
             safe += "&gt;";
-        else if (text[i] == '"')
+        } else if (text[i] == '"') {
             safe += "&quot;";
-        else if (text[i] == '\'')
+        } else if (text[i] == '\'') {
             safe += "&#39;";
-        else
+        } else {
             safe += text.substr(i, length);
+        }
         i += std::max<std::size_t>(length, 1);
     }
     return safe;
@@ -79,13 +81,15 @@ std::string element(const std::string& tag, const std::string& text) {
 std::string htmlTable(const std::vector<std::string>& headings, const std::vector<std::vector<std::string>>& rows,
                       std::size_t firstNumber) {
     std::string text = "<table>\n<thead><tr>";
-    for (const std::string& heading : headings)
+    for (const std::string& heading : headings) {
         text += element("th", heading);
+    }
     text += "</tr></thead>\n<tbody>\n";
     for (const auto& row : rows) {
         text += "<tr>";
-        for (std::size_t i = 0; i < row.size(); ++i)
+        for (std::size_t i = 0; i < row.size(); ++i) {
             text += (i >= firstNumber ? "<td class=\"number\">" : "<td>") + escaped(row[i]) + "</td>";
+        }
         text += "</tr>\n";
     }
     return text + "</tbody>\n</table>\n";
@@ -100,8 +104,9 @@ std::string inlineSvg(const std::string& file, const std::string& prefix) {
     bool isFirst = true;
     while (at != std::string::npos && at < file.size()) {
         const std::size_t end = file.find('>', at);
-        if (end == std::string::npos)
+        if (end == std::string::npos) {
             break;
+        }
         const std::string tag = file.substr(at, end + 1 - at);
         text += isFirst ? openingTag(tag) : withPrefix(tag, prefix);
         const bool hasWords = isFirst && afterWords != std::string::npos;

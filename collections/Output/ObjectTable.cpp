@@ -28,18 +28,21 @@ ObjectTable::Number count(std::int64_t entries) {
 void addEnds(Row& row, const Axis& axis, std::size_t cell) {
     double lower = -unlimited;
     double upper = unlimited;
-    if (cell > 0)
+    if (cell > 0) {
         lower = axis.edges()[cell - 1];
-    if (cell <= axis.bins())
+    }
+    if (cell <= axis.bins()) {
         upper = axis.edges()[cell];
+    }
     row.push_back({.value = lower});
     row.push_back({.value = upper});
 }
 
 template <std::size_t dimensions>
 std::vector<std::string> endNames() {
-    if (dimensions == 1)
+    if (dimensions == 1) {
         return {"low", "high"};
+    }
     std::vector<std::string> names;
     for (std::size_t i = 0; i < dimensions; ++i) {
         names.push_back(letters[i] + "low");
@@ -55,8 +58,9 @@ ObjectTable gridTable(const Grid<dimensions>& grid, const std::vector<std::strin
     for (std::size_t cell = 0; cell < grid.cellCount(); ++cell) {
         Row& row = table.rows.emplace_back();
         const auto along = grid.alongAxes(cell);
-        for (std::size_t i = 0; i < dimensions; ++i)
+        for (std::size_t i = 0; i < dimensions; ++i) {
             addEnds(row, grid.axis(i), along[i]);
+        }
         fill(row, cell);
     }
     return table;
@@ -68,8 +72,9 @@ ObjectTable tableOf(const Histogram1D& histogram) {
                         [&](Row& row, std::size_t cell) {
                             const BinSums& sums = histogram.cells()[cell];
                             row.push_back(count(sums.entries));
-                            for (const double sum : {sums.w, std::sqrt(sums.ww), sums.ww, sums.wx, sums.wxx})
+                            for (const double sum : {sums.w, std::sqrt(sums.ww), sums.ww, sums.wx, sums.wxx}) {
                                 row.push_back({.value = sum});
+                            }
                         });
 }
 
@@ -99,15 +104,17 @@ ObjectTable tableOf(const Points& points) {
     for (std::size_t i = 0; i < points.dimension(); ++i) {
         const std::string name =
             points.dimension() <= letters.size() ? letters[i] : "x" + textOf(static_cast<double>(i + 1));
-        for (const std::string ending : {"", "plus", "minus"})
+        for (const std::string ending : {"", "plus", "minus"}) {
             table.columns.push_back(name + ending);
+        }
     }
     for (std::size_t point = 0; point < points.size(); ++point) {
         Row& row = table.rows.emplace_back();
         for (std::size_t i = 0; i < points.dimension(); ++i) {
             const Measurement& measured = points.measurement(point, i);
-            for (const double number : {measured.value, measured.errorPlus, measured.errorMinus})
+            for (const double number : {measured.value, measured.errorPlus, measured.errorMinus}) {
                 row.push_back({.value = number});
+            }
         }
     }
     return table;
@@ -118,8 +125,9 @@ ObjectTable tableOf(const FunctionObject& function, const Sampling& sampling) {
     const FunctionObject::Range range = hasRange ? function.arguments.front().ranges.front() : FunctionObject::Range();
     const double low = sampling.low.value_or(range.low);
     const double high = sampling.high.value_or(range.high);
-    if (!std::isfinite(low) || !std::isfinite(high) || !(low < high))
+    if (!std::isfinite(low) || !std::isfinite(high) || !(low < high)) {
         throw Failure("the function \"" + function.name + "\" does not say where it holds; give a range");
+    }
     std::vector<double> places;
     for (std::size_t i = 0; i < sampling.count; ++i) {
         const double part = static_cast<double>(i) / static_cast<double>(sampling.count - 1);
@@ -127,16 +135,18 @@ ObjectTable tableOf(const FunctionObject& function, const Sampling& sampling) {
     }
     const std::vector<double> values = FunctionValues(function)(places);
     ObjectTable table{.columns = {"x", "y"}, .rows = {}};
-    for (std::size_t i = 0; i < places.size(); ++i)
+    for (std::size_t i = 0; i < places.size(); ++i) {
         table.rows.push_back({{.value = places[i]}, {.value = values[i]}});
+    }
     return table;
 }
 
 template <typename Class>
 bool fillFrom(const DataObject& object, ObjectTable& table) {
     const auto* found = dynamic_cast<const Class*>(&object);
-    if (found != nullptr)
+    if (found) {
         table = tableOf(*found);
+    }
     return found != nullptr;
 }
 
@@ -146,10 +156,12 @@ ObjectTable objectTable(const DataObject& object, const Sampling& sampling) {
     ObjectTable table;
     if (fillFrom<Histogram1D>(object, table) || fillFrom<Histogram2D>(object, table) ||
         fillFrom<Histogram3D>(object, table) || fillFrom<Profile1D>(object, table) ||
-        fillFrom<Profile2D>(object, table) || fillFrom<Points>(object, table))
+        fillFrom<Profile2D>(object, table) || fillFrom<Points>(object, table)) {
         return table;
-    if (const auto* function = dynamic_cast<const FunctionObject*>(&object))
+    }
+    if (const auto* function = dynamic_cast<const FunctionObject*>(&object)) {
         return tableOf(*function, sampling);
+    }
     throw Failure("\"" + object.name + "\" has no table of numbers");
 }
 

@@ -42,8 +42,9 @@ std::string number(double value) {
 
 std::size_t longest(const std::vector<std::string>& names) {
     std::size_t most = 0;
-    for (const std::string& name : names)
+    for (const std::string& name : names) {
         most = std::max(most, lengthOf(name));
+    }
     return most;
 }
 
@@ -55,17 +56,22 @@ Boxes placedBoxes(const RunRecord& record) {
         const auto rows = static_cast<double>(std::max(plugin.inputs.size(), plugin.outputs.size()));
         box.left = plugin.x;
         box.top = -(static_cast<double>(plugin.y) + rowHeight * rows + headHeight);
-        for (const RecordedInput& input : plugin.inputs)
-            if (!input.plugin.empty())
+        for (const RecordedInput& input : plugin.inputs) {
+            if (!input.plugin.empty()) {
                 box.inputs.push_back(input.name);
+            }
+        }
     }
-    for (const RecordedPlugin& plugin : record.plugins)
-        for (const RecordedInput& input : plugin.inputs)
+    for (const RecordedPlugin& plugin : record.plugins) {
+        for (const RecordedInput& input : plugin.inputs) {
             if (const auto feeder = boxes.find(input.plugin); feeder != boxes.end()) {
                 std::vector<std::string>& outputs = feeder->second.outputs;
-                if (std::find(outputs.begin(), outputs.end(), input.output) == outputs.end())
+                if (std::find(outputs.begin(), outputs.end(), input.output) == outputs.end()) {
                     outputs.push_back(input.output);
+                }
             }
+        }
+    }
     for (const RecordedPlugin& plugin : record.plugins) {
         Box& box = boxes[plugin.name];
         const double heading = std::max(titleCharacter * static_cast<double>(lengthOf(plugin.name)),
@@ -82,8 +88,9 @@ std::string label(double x, double y, const std::string& text, const std::string
 }
 
 std::string frameStyle(RecordedState state) {
-    if (state == RecordedState::Failed)
+    if (state == RecordedState::Failed) {
         return R"(stroke="#C00000" stroke-width="3")";
+    }
     const bool isMissing = state == RecordedState::NotRun || state == RecordedState::Unfinished;
     return isMissing ? R"(stroke="#C00000" stroke-width="1.5" stroke-dasharray="5 3")"
                      : R"(stroke="#404040" stroke-width="1")";
@@ -96,11 +103,13 @@ std::string drawnBox(const RecordedPlugin& plugin, const Box& box, bool isStart)
             frameStyle(plugin.state) + "/>\n";
     text += label(box.left + 7, box.top + 13, plugin.name, R"(font-size="12" font-weight="bold")");
     text += label(box.left + 7, box.top + 25, plugin.kind, R"(font-size="10" fill="#404040")");
-    for (std::size_t i = 0; i < box.inputs.size(); ++i)
+    for (std::size_t i = 0; i < box.inputs.size(); ++i) {
         text += label(box.left + 7, box.rowAt(i) + 3.5, box.inputs[i], "font-size=\"10\"");
-    for (std::size_t i = 0; i < box.outputs.size(); ++i)
+    }
+    for (std::size_t i = 0; i < box.outputs.size(); ++i) {
         text +=
             label(box.left + box.width - 7, box.rowAt(i) + 3.5, box.outputs[i], R"(font-size="10" text-anchor="end")");
+    }
     return text + "</g>\n";
 }
 
@@ -140,18 +149,22 @@ std::string opening(const Boxes& boxes) {
 
 std::string drawnPipeline(const RunRecord& record) {
     const Boxes boxes = placedBoxes(record);
-    if (boxes.empty())
+    if (boxes.empty()) {
         return {};
+    }
     std::string text = opening(boxes);
-    for (const RecordedPlugin& plugin : record.plugins)
-        for (const RecordedInput& input : plugin.inputs)
+    for (const RecordedPlugin& plugin : record.plugins) {
+        for (const RecordedInput& input : plugin.inputs) {
             if (const auto feeder = boxes.find(input.plugin); feeder != boxes.end()) {
                 const Box& to = boxes.at(plugin.name);
                 text += drawnWire(feeder->second, rowOf(feeder->second.outputs, input.output), to,
                                   rowOf(to.inputs, input.name));
             }
-    for (const RecordedPlugin& plugin : record.plugins)
+        }
+    }
+    for (const RecordedPlugin& plugin : record.plugins) {
         text += drawnBox(plugin, boxes.at(plugin.name), &plugin == &record.plugins.front());
+    }
     return text + "</svg>\n";
 }
 

@@ -20,11 +20,13 @@ const InputSpec objectInput = {
 std::vector<PlotObject> objectsOf(const Arguments& arguments) {
     std::vector<PlotObject> objects;
     for (const std::string& input : numberedInputs(arguments, "objects", "object")) {
-        if (!arguments.isWired(input))
+        if (!arguments.isWired(input)) {
             throw Failure(input, "nothing is wired");
+        }
         const auto* object = std::get_if<DataObjectPtr>(&arguments.value(input));
-        if (object == nullptr)
+        if (!object) {
             throw Failure(input, "a number or text cannot be drawn; wire a histogram, profile, points or function");
+        }
         objects.push_back({.input = input, .maker = arguments.sourceName(input), .object = *object});
     }
     return objects;
@@ -32,16 +34,18 @@ std::vector<PlotObject> objectsOf(const Arguments& arguments) {
 
 void copyFile(const std::filesystem::path& from, const std::filesystem::path& to) {
     std::error_code error;
-    if (!std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error))
+    if (!std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error)) {
         throw Failure(to.string() + " could not be written: " + error.message());
+    }
 }
 
 /// Draws in a folder of its own under the names that the files will have, so that the script gives the same picture
 /// when it is run by hand beside its data.
 void draw(PlotContents& contents, const PlotStyle& style, const std::string& resultName, RunContext& context) {
     const PlotFiles files = plotFiles(contents, style);
-    for (const std::string& warning : contents.warnings)
+    for (const std::string& warning : contents.warnings) {
         context.warn(warning);
+    }
     const ScratchFolder scratch;
     drawInto(scratch.path(), files, style, context);
     std::vector<std::string> endings = {"dat", "gp"};
@@ -93,8 +97,9 @@ Ports PlotKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = {objectInput,
                     countInput("objects", "Number of objects in the picture, 1 to 16; each has an input of its own.")};
-    for (InputSpec& input : plotValueInputs())
+    for (InputSpec& input : plotValueInputs()) {
         ports.inputs.push_back(std::move(input));
+    }
     addNumbered(ports, objectInput, numberedCount(values, "objects"));
     return ports;
 }
@@ -109,8 +114,9 @@ void PlotKind::evaluate(const Arguments& arguments, Results&, RunContext& contex
     const std::string& file = arguments.text("file");
     const std::string resultName = file.empty() ? asFileName(context.pluginName()) : withoutPictureEnding(file);
     style.baseName = std::filesystem::path(resultName).filename().string();
-    if (style.baseName.empty())
+    if (style.baseName.empty()) {
         throw Failure("file", "\"" + file + "\" cannot be the name of a picture");
+    }
     PlotContents contents = plotContents(objects, style);
     draw(contents, style, resultName, context);
 }

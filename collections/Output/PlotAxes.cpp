@@ -22,12 +22,14 @@ std::string whole(int number) {
 
 /// 10⁻³; small powers as they are read.
 std::string powerText(int exponent) {
-    if (exponent >= -1 && exponent <= 2)
+    if (exponent >= -1 && exponent <= 2) {
         return exponent == -1 ? "0.1" : textOf(std::pow(10.0, exponent));
+    }
     const char* const digits[] = {"⁰", "¹", "²", "³", "⁴", "⁵", "⁶", "⁷", "⁸", "⁹"};
     std::string text = exponent < 0 ? "10⁻" : "10";
-    for (const char digit : whole(std::abs(exponent)))
+    for (const char digit : whole(std::abs(exponent))) {
         text += digits[digit - '0'];
+    }
     return text;
 }
 
@@ -35,8 +37,9 @@ std::string powerText(int exponent) {
 std::string logTics(const std::string& axis, const PlotSpan& span) {
     const int first = static_cast<int>(std::ceil(std::log10(span.low) - 1e-9));
     const int last = static_cast<int>(std::floor(std::log10(span.high) + 1e-9));
-    if (last - first < 1)
+    if (last - first < 1) {
         return {};
+    }
     const int step = (last - first) / maxPowers + 1;
     std::string tics;
     for (int power = first - 1; power <= last; ++power) {
@@ -46,12 +49,14 @@ std::string logTics(const std::string& axis, const PlotSpan& span) {
             tics += (tics.empty() ? "" : ", ") + quotedForGnuplot(isNamed ? powerText(power) : "") + " 1" + tail +
                     (isNamed ? " 0" : " 1");
         }
-        if (last - first > maxMarkedPowers)
+        if (last - first > maxMarkedPowers) {
             continue;
+        }
         for (int digit = 2; digit <= 9; ++digit) {
             const double at = digit * std::pow(10.0, power);
-            if (span.contains(at))
+            if (span.contains(at)) {
                 tics += std::string(tics.empty() ? "" : ", ") + "'' " + whole(digit) + tail + " 1";
+            }
         }
     }
     return "set " + axis + "tics (" + tics + ")\n";
@@ -77,17 +82,19 @@ std::string sized(const std::string& text, double room, double least, double mos
 
 std::string plotAxes(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style) {
     std::string text = range("x", frame.x, style.x.hasLog) + range("y", frame.y, style.y.hasLog);
-    if (contents.map)
+    if (contents.map) {
         text += range("cb", frame.z, style.z.hasLog);
+    }
     const std::string above = contents.map ? " offset 0,0.9" : "";
     text += "set title " + sized(firstNotEmpty(style.title, contents.title), 2300.0, 14.0, 34.0) + above + "\n";
     text +=
         "set xlabel " + sized(firstNotEmpty(style.x.title, contents.xTitle), 2100.0, 14.0, 32.0) + " offset 0,-0.2\n";
     text +=
         "set ylabel " + sized(firstNotEmpty(style.y.title, contents.yTitle), 1300.0, 14.0, 32.0) + " offset -1.2,0\n";
-    if (contents.map)
+    if (contents.map) {
         text += "set cblabel " + sized(firstNotEmpty(style.z.title, contents.zTitle), 1300.0, 14.0, 32.0) +
                 " offset 1.2,0\n";
+    }
     return text;
 }
 

@@ -20,8 +20,9 @@ constexpr double notThere = std::numeric_limits<double>::quiet_NaN();
 /// The unit that stands in brackets at the end of an axis title; empty where there is none.
 std::string unitIn(const std::string& axisTitle) {
     const std::size_t open = axisTitle.rfind('[');
-    if (open == std::string::npos || !axisTitle.ends_with(']'))
+    if (open == std::string::npos || !axisTitle.ends_with(']')) {
         return {};
+    }
     return axisTitle.substr(open + 1, axisTitle.size() - open - 2);
 }
 
@@ -30,8 +31,9 @@ std::string heightTitle(const BinSums& sums, const Axis& axis, const std::string
     const bool isWeighted = sums.w != static_cast<double>(sums.entries) || sums.ww != sums.w;
     const std::string quantity = isWeighted ? "Sum of weights" : "Entries";
     const std::string unit = unitIn(xTitle);
-    if (!axis.isRegular() || unit.empty())
+    if (!axis.isRegular() || unit.empty()) {
         return quantity + " / bin";
+    }
     const std::string width = roundedText(axis.width(0));
     return quantity + " / " + (width == "1" ? unit : "(" + width + " " + unit + ")");
 }
@@ -44,19 +46,23 @@ public:
     void add(const PlotObject& object) {
         const bool isDrawn = addIf<Histogram1D>(object) || addIf<Histogram2D>(object) || addIf<Profile1D>(object) ||
                              addIf<Profile2D>(object) || addIf<Points>(object) || addFunction(object);
-        if (!isDrawn)
+        if (!isDrawn) {
             throw Failure(object.input, "a histogram of three dimensions cannot be drawn; project it first");
-        if (contents.map && !contents.series.empty())
+        }
+        if (contents.map && !contents.series.empty()) {
             throw Failure(object.input,
                           "what has one dimension and what has two cannot be drawn in one frame; use another Plot");
+        }
     }
 
     PlotContents finish() {
         // A picture of one object, with or without curves, has its title.
-        if (titles.size() == 1)
+        if (titles.size() == 1) {
             contents.title = titles.front();
-        if (!haveOneHeight)
+        }
+        if (!haveOneHeight) {
             contents.yTitle = contents.yTitle.substr(0, contents.yTitle.find(" / ")) + " / bin";
+        }
         chooseLooks();
         return std::move(contents);
     }
@@ -65,8 +71,9 @@ private:
     template <typename Class>
     bool addIf(const PlotObject& object) {
         const auto* found = dynamic_cast<const Class*>(object.object.get());
-        if (found == nullptr)
+        if (!found) {
             return false;
+        }
         addObject(object, *found);
         titles.push_back(found->title);
         return true;
@@ -74,10 +81,12 @@ private:
 
     bool addFunction(const PlotObject& object) {
         auto function = std::dynamic_pointer_cast<const FunctionObject>(object.object);
-        if (!function)
+        if (!function) {
             return false;
-        if (function->arguments.size() > 1)
+        }
+        if (function->arguments.size() > 1) {
             throw Failure(object.input, "a function of more than one argument cannot be drawn");
+        }
         PlotSeries series = seriesOf(object);
         series.look = PlotSeries::SeriesStyle::Curve;
         series.statistics = statisticsOf(*function);
@@ -113,8 +122,9 @@ private:
         const std::string& xTitle = style.x.title.empty() ? contents.xTitle : style.x.title;
         const std::string title = heightTitle(histogram.inRange(), histogram.axis(), xTitle);
         haveOneHeight = haveOneHeight && (contents.yTitle.empty() || contents.yTitle == title);
-        if (contents.yTitle.empty() || title.starts_with("Sum"))
+        if (contents.yTitle.empty() || title.starts_with("Sum")) {
             contents.yTitle = title;
+        }
     }
 
     void addObject(const PlotObject& object, const Profile1D& profile) {
@@ -126,13 +136,14 @@ private:
             const double height = profile.height(i + 1);
             const double error = profile.error(i + 1);
             const bool isEmpty = profile.cells()[i + 1].entries == 0 && std::isnan(height);
-            if (!isEmpty)
+            if (!isEmpty) {
                 series.points.push_back({.x = axis.center(i),
                                          .xLow = axis.edges()[i],
                                          .xHigh = axis.edges()[i + 1],
                                          .y = height,
                                          .yLow = height - error,
                                          .yHigh = height + error});
+            }
         }
         series.edges = {axis.low(), axis.high()};
         warnOfStrange(object, series, "bins");
@@ -141,8 +152,9 @@ private:
     }
 
     void addObject(const PlotObject& object, const Points& points) {
-        if (points.dimension() > 2)
+        if (points.dimension() > 2) {
             throw Failure(object.input, "points of more than two dimensions cannot be drawn");
+        }
         PlotSeries series = seriesOf(object);
         series.look = PlotSeries::SeriesStyle::Points;
         series.statistics = {{"Points", textOf(static_cast<double>(points.size()))}};
@@ -178,8 +190,9 @@ private:
         contents.map->isCount = true;
         contents.zTitle = "Entries / bin";
         const auto sums = histogram.inRange();
-        if (sums.w != static_cast<double>(sums.entries) || sums.ww != sums.w)
+        if (sums.w != static_cast<double>(sums.entries) || sums.ww != sums.w) {
             contents.zTitle = "Sum of weights / bin";
+        }
     }
 
     void addObject(const PlotObject& object, const Profile2D& profile) {
@@ -193,21 +206,23 @@ private:
     /// @param valueOf of a cell; nothing where the cell stays white.
     template <typename ValueOf>
     void addMap(const PlotObject& object, const Grid<2>& grid, std::string statistics, const ValueOf& valueOf) {
-        if (contents.map)
+        if (contents.map) {
             throw Failure(object.input, "one frame has place for the colours of one object; use another Plot");
+        }
         PlotMap map{.xEdges = grid.axis(0).edges(),
                     .yEdges = grid.axis(1).edges(),
                     .values = {},
                     .statistics = std::move(statistics),
                     .isCount = false};
         std::size_t strange = 0;
-        for (std::size_t j = 1; j <= grid.axis(1).bins(); ++j)
+        for (std::size_t j = 1; j <= grid.axis(1).bins(); ++j) {
             for (std::size_t i = 1; i <= grid.axis(0).bins(); ++i) {
                 const std::optional<double> value = valueOf(grid.cell({i, j}));
                 const bool isStrange = value && !std::isfinite(*value);
                 strange += isStrange ? 1 : 0;
                 map.values.push_back(value && !isStrange ? *value : notThere);
             }
+        }
         warn(object, strange, "bins");
         contents.map = std::move(map);
         take(contents.xTitle, grid.axis(0).title);
@@ -233,23 +248,27 @@ private:
     }
 
     void warn(const PlotObject& object, std::size_t strange, const std::string& parts) {
-        if (strange > 0)
+        if (strange > 0) {
             contents.warnings.push_back(object.input + ": " + textOf(static_cast<double>(strange)) + " " + parts +
                                         " are not drawn because they are infinite or no number");
+        }
     }
 
     static void take(std::string& title, const std::string& found) {
-        if (title.empty())
+        if (title.empty()) {
             title = found;
+        }
     }
 
     /// Data that a curve goes through are points, others steps, unless the user wants one or the other.
     void chooseLooks() {
         const bool havePoints =
             style.look == HistogramLook::Points || (style.look == HistogramLook::Automatic && contents.hasCurve());
-        for (PlotSeries& series : contents.series)
-            if (series.isHistogram && havePoints)
+        for (PlotSeries& series : contents.series) {
+            if (series.isHistogram && havePoints) {
                 series.look = PlotSeries::SeriesStyle::Points;
+            }
+        }
     }
 
     const PlotStyle& style;
@@ -267,8 +286,9 @@ bool PlotContents::hasCurve() const {
 
 PlotContents plotContents(const std::vector<PlotObject>& objects, const PlotStyle& style) {
     Collector collector(style);
-    for (const PlotObject& object : objects)
+    for (const PlotObject& object : objects) {
         collector.add(object);
+    }
     return collector.finish();
 }
 

@@ -17,8 +17,9 @@ std::string within(double value, const PlotSpan& span) {
 
 std::string line(std::initializer_list<std::string> words) {
     std::string text;
-    for (const std::string& word : words)
+    for (const std::string& word : words) {
         text += (text.empty() ? "" : " ") + word;
+    }
     return text + "\n";
 }
 
@@ -36,9 +37,11 @@ std::string outline(const PlotSeries& series, const PlotFrame& frame) {
 /// Of steps: the bars. What would be drawn outside the frame is left out.
 std::string bars(const PlotSeries& series, const PlotFrame& frame) {
     std::string text = "NaN NaN NaN NaN\n";
-    for (const PlotPoint& point : series.points)
-        if (point.yHigh > point.yLow && frame.y.contains(point.y))
+    for (const PlotPoint& point : series.points) {
+        if (point.yHigh > point.yLow && frame.y.contains(point.y)) {
             text += line({textOf(point.x), textOf(point.y), within(point.yLow, frame.y), within(point.yHigh, frame.y)});
+        }
+    }
     return text;
 }
 
@@ -50,19 +53,22 @@ bool isDrawn(const PlotSeries& series, const PlotPoint& point, const PlotFrame& 
 
 std::string points(const PlotSeries& series, const PlotFrame& frame) {
     std::string text = "NaN NaN NaN NaN NaN NaN\n";
-    for (const PlotPoint& point : series.points)
-        if (isDrawn(series, point, frame))
+    for (const PlotPoint& point : series.points) {
+        if (isDrawn(series, point, frame)) {
             text += line({textOf(point.x), textOf(point.y), within(point.xLow, frame.x), within(point.xHigh, frame.x),
                           within(std::isnan(point.yLow) ? point.y : point.yLow, frame.y),
                           within(std::isnan(point.yHigh) ? point.y : point.yHigh, frame.y)});
+        }
+    }
     return text;
 }
 
 /// A curve that leaves the frame is cut off by the plotter; what is no number leaves a gap.
 std::string curve(const PlotSeries& series) {
     std::string text = "NaN NaN\n";
-    for (const PlotPoint& point : series.points)
+    for (const PlotPoint& point : series.points) {
         text += std::isfinite(point.y) ? line({textOf(point.x), textOf(point.y)}) : std::string("\n");
+    }
     return text;
 }
 
@@ -72,25 +78,28 @@ bool isPartlyInside(double low, double high, const PlotSpan& span) {
 
 std::string cells(const PlotMap& map, const PlotFrame& frame) {
     std::string text;
-    for (std::size_t j = 0; j + 1 < map.yEdges.size(); ++j)
+    for (std::size_t j = 0; j + 1 < map.yEdges.size(); ++j) {
         for (std::size_t i = 0; i + 1 < map.xEdges.size(); ++i) {
             const double value = map.values[j * (map.xEdges.size() - 1) + i];
             const bool isInside = isPartlyInside(map.xEdges[i], map.xEdges[i + 1], frame.x) &&
                                   isPartlyInside(map.yEdges[j], map.yEdges[j + 1], frame.y);
             const bool hasColour =
                 !std::isnan(value) && (frame.z.low > value || frame.z.contains(value) || value > frame.z.high);
-            if (isInside && hasColour)
+            if (isInside && hasColour) {
                 text += line({within(map.xEdges[i], frame.x), within(map.xEdges[i + 1], frame.x),
                               within(map.yEdges[j], frame.y), within(map.yEdges[j + 1], frame.y), textOf(value)});
+            }
         }
+    }
     return text.empty() ? "NaN NaN NaN NaN NaN\n" : text;
 }
 
 }  // namespace
 
 std::string plotData(const PlotContents& contents, const PlotFrame& frame) {
-    if (contents.map)
+    if (contents.map) {
         return "# Cells that have a colour: x from, x to, y from, y to, value.\n" + cells(*contents.map, frame);
+    }
     std::string text =
         "# For each histogram that is drawn as steps: its outline as x, height; then centre, height, height - error,\n"
         "# height + error. For points: x, y, then the ends of their bars in x and in y. For a curve: x, y. Each "

@@ -27,8 +27,9 @@ public:
     explicit Extent(bool hasLogarithm) : hasLog(hasLogarithm) {}
 
     void add(double value) {
-        if (!std::isfinite(value) || (hasLog && value <= 0.0))
+        if (!std::isfinite(value) || (hasLog && value <= 0.0)) {
             return;
+        }
         span.low = std::min(span.low, value);
         span.high = std::max(span.high, value);
     }
@@ -59,8 +60,9 @@ void widen(PlotSpan& span, bool hasLog, double below, double above) {
 
 /// A span of one value, or none, becomes one that can be drawn.
 void open(PlotSpan& span, bool hasLog) {
-    if (span.low > span.high)
+    if (span.low > span.high) {
         span = hasLog ? PlotSpan{.low = 0.5, .high = 10.0} : PlotSpan{.low = 0.0, .high = 1.0};
+    }
     if (!hasLog) {
         span.low = std::clamp(span.low, -maxShown, maxShown);
         span.high = std::clamp(span.high, -maxShown, maxShown);
@@ -68,8 +70,9 @@ void open(PlotSpan& span, bool hasLog) {
         span.low = std::clamp(span.low, minLogShown, maxShown);
         span.high = std::clamp(span.high, minLogShown, maxShown);
     }
-    if (span.low < span.high)
+    if (span.low < span.high) {
         return;
+    }
     const double half = std::abs(span.low) > minLogShown ? 0.5 * std::abs(span.low) : 0.5;
     span = hasLog ? PlotSpan{.low = span.low / 3.0, .high = span.high * 3.0}
                   : PlotSpan{.low = span.low - half, .high = span.high + half};
@@ -79,24 +82,29 @@ void open(PlotSpan& span, bool hasLog) {
 void choose(PlotSpan& span, const PlotAxis& axis, const std::string& name) {
     span.low = axis.range.low.value_or(span.low);
     span.high = axis.range.high.value_or(span.high);
-    if (axis.hasLog && span.low <= 0.0)
+    if (axis.hasLog && span.low <= 0.0) {
         throw Failure(name + "range", "a logarithmic axis cannot begin at " + textOf(span.low));
-    if (!(span.low < span.high))
+    }
+    if (!(span.low < span.high)) {
         throw Failure(name + "range", "it is empty: from " + textOf(span.low) + " to " + textOf(span.high));
+    }
 }
 
 PlotSpan mapSpan(const std::vector<double>& edges, const PlotAxis& axis, const std::string& name) {
     Extent extent(axis.hasLog);
-    for (const double edge : edges)
+    for (const double edge : edges) {
         extent.add(edge);
-    if (extent.isEmpty() || (extent.span.low == extent.span.high && axis.hasLog))
+    }
+    if (extent.isEmpty() || (extent.span.low == extent.span.high && axis.hasLog)) {
         throw Failure("log" + name, "the histogram has no bin above 0 that a logarithmic axis could show");
+    }
     return extent.span;
 }
 
 void addPoints(const PlotSeries& series, Extent& extent, bool& needsRoom) {
-    for (const double edge : series.edges)
+    for (const double edge : series.edges) {
         extent.add(edge);
+    }
     for (const PlotPoint& point : series.points) {
         extent.add(point.x);
         extent.add(point.xLow);
@@ -116,26 +124,31 @@ PlotSpan domainOf(const FunctionObject& function) {
 }
 
 PlotSpan spanX(const PlotContents& contents, const PlotStyle& style) {
-    if (contents.map)
+    if (contents.map) {
         return mapSpan(contents.map->xEdges, style.x, "x");
+    }
     Extent extent(style.x.hasLog);
     bool needsRoom = false;
-    for (const PlotSeries& series : contents.series)
+    for (const PlotSeries& series : contents.series) {
         addPoints(series, extent, needsRoom);
-    for (const PlotSeries& series : contents.series)
+    }
+    for (const PlotSeries& series : contents.series) {
         if (series.function && extent.isEmpty()) {
             const PlotSpan domain = domainOf(*series.function);
             extent.add(domain.low);
             extent.add(domain.high);
         }
+    }
     const bool isHistogram =
         std::any_of(contents.series.begin(), contents.series.end(), [](const auto& one) { return one.isHistogram; });
-    if (isHistogram && (extent.isEmpty() || extent.span.low == extent.span.high))
+    if (isHistogram && (extent.isEmpty() || extent.span.low == extent.span.high)) {
         throw Failure("logx", "the histogram has no bin above 0 that a logarithmic axis could show");
+    }
     PlotSpan span = extent.span;
     open(span, style.x.hasLog);
-    if (needsRoom)
+    if (needsRoom) {
         widen(span, style.x.hasLog, 0.04, 0.04);
+    }
     return span;
 }
 
@@ -144,8 +157,9 @@ void sample(PlotSeries& series, const PlotSpan& x, bool hasLog) {
     const PlotSpan domain = domainOf(*series.function);
     const PlotSpan span{.low = std::max(x.low, domain.low), .high = std::min(x.high, domain.high)};
     series.points.clear();
-    if (!(span.low < span.high))
+    if (!(span.low < span.high)) {
         return;
+    }
     std::vector<double> places;
     const double low = along(span.low, hasLog);
     const double high = along(span.high, hasLog);
@@ -154,24 +168,27 @@ void sample(PlotSeries& series, const PlotSpan& x, bool hasLog) {
         places.push_back(std::clamp(atPosition(low + part * (high - low), hasLog), span.low, span.high));
     }
     const std::vector<double> values = FunctionValues(*series.function)(places);
-    for (std::size_t i = 0; i < places.size(); ++i)
+    for (std::size_t i = 0; i < places.size(); ++i) {
         series.points.push_back({.x = places[i],
                                  .xLow = places[i],
                                  .xHigh = places[i],
                                  .y = values[i],
                                  .yLow = values[i],
                                  .yHigh = values[i]});
+    }
 }
 
 void sampleCurves(PlotContents& contents, const PlotFrame& frame, const PlotStyle& style) {
     for (PlotSeries& series : contents.series) {
-        if (!series.function)
+        if (!series.function) {
             continue;
+        }
         sample(series, frame.x, style.x.hasLog);
         const bool isSeen = std::any_of(series.points.begin(), series.points.end(),
                                         [](const PlotPoint& point) { return std::isfinite(point.y); });
-        if (!isSeen)
+        if (!isSeen) {
             contents.warnings.push_back("\"" + series.label + "\" has no value in the range that is drawn");
+        }
     }
 }
 
@@ -181,14 +198,16 @@ double highestBetween(const PlotContents& contents, const PlotFrame& frame, cons
     const double low = along(frame.x.low, style.x.hasLog);
     const double width = along(frame.x.high, style.x.hasLog) - low;
     double highest = -unlimited;
-    for (const PlotSeries& series : contents.series)
+    for (const PlotSeries& series : contents.series) {
         for (const PlotPoint& point : series.points) {
             const double left = (along(std::max(point.xLow, frame.x.low), style.x.hasLog) - low) / width;
             const double right = (along(std::min(point.xHigh, frame.x.high), style.x.hasLog) - low) / width;
             const double top = std::isfinite(point.yHigh) ? point.yHigh : point.y;
-            if (right >= from && left <= to && std::isfinite(top))
+            if (right >= from && left <= to && std::isfinite(top)) {
                 highest = std::max(highest, top);
+            }
         }
+    }
     return highest;
 }
 
@@ -205,8 +224,9 @@ void makeRoom(PlotFrame& frame, const PlotContents& contents, const PlotStyle& s
         const double to = corner.isLeft ? corner.width + margin : 1.0;
         const double highest = highestBetween(contents, frame, style, from, to);
         const double free = std::min(corner.height + margin, 0.6);
-        if (std::isfinite(highest) && (!hasLog || highest > 0.0))
+        if (std::isfinite(highest) && (!hasLog || highest > 0.0)) {
             high = std::max(high, low + (along(highest, hasLog) - low) / (1.0 - free));
+        }
     }
     frame.y.high = atPosition(std::min(high, hasLog ? 300.0 : maxShown), hasLog);
 }
@@ -217,22 +237,26 @@ PlotSpan spanY(const PlotContents& contents, const PlotFrame& frame, const PlotS
     for (const PlotSeries& series : contents.series) {
         for (const PlotPoint& point : series.points) {
             const bool isShown = point.xHigh >= frame.x.low && point.xLow <= frame.x.high;
-            if (!isShown || !std::isfinite(point.y) || (style.y.hasLog && point.y <= 0.0))
+            if (!isShown || !std::isfinite(point.y) || (style.y.hasLog && point.y <= 0.0)) {
                 continue;
+            }
             extent.add(point.y);
             extent.add(point.yHigh);
             // On a logarithmic axis a bar may reach down to nothing; the point itself decides.
-            if (!style.y.hasLog)
+            if (!style.y.hasLog) {
                 extent.add(point.yLow);
+            }
         }
         standsOnGround = standsOnGround || series.isHistogram;
     }
-    if (standsOnGround && !style.y.hasLog)
+    if (standsOnGround && !style.y.hasLog) {
         extent.add(0.0);
+    }
     PlotSpan span = extent.span;
     const bool isFlat = standsOnGround && !style.y.hasLog && span.low == span.high;
-    if (isFlat)
+    if (isFlat) {
         span = {.low = 0.0, .high = 1.0};
+    }
     open(span, style.y.hasLog);
     return span;
 }
@@ -244,23 +268,27 @@ void frameY(PlotFrame& frame, const PlotContents& contents, const PlotStyle& sty
         return;
     }
     frame.y = spanY(contents, frame, style);
-    if (style.y.hasLog)
+    if (style.y.hasLog) {
         frame.y.low = std::max(0.5 * frame.y.low, minLogShown);
-    else if (frame.y.low != 0.0)
+    } else if (frame.y.low != 0.0) {
         widen(frame.y, false, 0.06, 0.0);
+    }
     makeRoom(frame, contents, style, corners);
     // Few digits, so that the script is pleasant to change.
     double few = 0.0;
-    if (readNumber(roundedText(frame.y.high), few) && few > frame.y.low)
+    if (readNumber(roundedText(frame.y.high), few) && few > frame.y.low) {
         frame.y.high = few;
+    }
 }
 
 PlotSpan spanZ(const PlotMap& map, const PlotAxis& axis) {
     Extent extent(axis.hasLog);
-    for (const double value : map.values)
+    for (const double value : map.values) {
         extent.add(value);
-    if (map.isCount && !axis.hasLog && extent.span.low > 0.0)
+    }
+    if (map.isCount && !axis.hasLog && extent.span.low > 0.0) {
         extent.add(0.0);
+    }
     PlotSpan span = extent.span;
     open(span, axis.hasLog);
     return span;
@@ -270,23 +298,29 @@ PlotSpan spanZ(const PlotMap& map, const PlotAxis& axis) {
 void warnOfLog(PlotContents& contents, const PlotStyle& style) {
     std::size_t below = 0;
     std::size_t above = 0;
-    if (contents.map && style.z.hasLog)
-        for (const double value : contents.map->values)
-            if (!std::isnan(value))
+    if (contents.map && style.z.hasLog) {
+        for (const double value : contents.map->values) {
+            if (!std::isnan(value)) {
                 ++(value > 0.0 ? above : below);
-    if (!contents.map && style.y.hasLog)
-        for (const PlotSeries& series : contents.series)
+            }
+        }
+    }
+    if (!contents.map && style.y.hasLog) {
+        for (const PlotSeries& series : contents.series) {
             for (const PlotPoint& point : series.points) {
                 below += point.y < 0.0 || (point.y == 0.0 && !series.isHistogram) ? 1 : 0;
                 above += point.y > 0.0 ? 1 : 0;
             }
+        }
+    }
     const std::string axis = contents.map ? "logz" : "logy";
     const bool hasLog = contents.map ? style.z.hasLog : style.y.hasLog;
-    if (hasLog && above == 0)
+    if (hasLog && above == 0) {
         contents.warnings.push_back(axis + ": nothing is above 0, so the picture is empty");
-    else if (below > 0)
+    } else if (below > 0) {
         contents.warnings.push_back(axis + ": " + textOf(static_cast<double>(below)) +
                                     " values are not drawn because they are not above 0");
+    }
 }
 
 }  // namespace

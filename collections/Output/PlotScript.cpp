@@ -74,10 +74,12 @@ std::vector<StatisticsRow> boxRows(const PlotContents& contents, const PlotStyle
     std::vector<StatisticsRow> rows;
     const std::size_t curves = curveCount(contents);
     const bool isClear = contents.series.size() - curves <= 1 && curves <= 1;
-    if (style.statistics == StatisticsLook::None || !isClear)
+    if (style.statistics == StatisticsLook::None || !isClear) {
         return rows;
-    for (const PlotSeries& series : contents.series)
+    }
+    for (const PlotSeries& series : contents.series) {
         rows.insert(rows.end(), series.statistics.begin(), series.statistics.end());
+    }
     constexpr std::size_t maxRows = 12;
     rows.resize(std::min(rows.size(), maxRows));
     return rows;
@@ -98,8 +100,9 @@ std::string legendText(const PlotSeries& series, const PlotStyle& style, bool ha
     if (style.statistics == StatisticsLook::Always && !hasBox && !series.statistics.empty() && !series.function) {
         constexpr std::size_t maxNumbers = 3;
         text += "  (";
-        for (std::size_t i = 0; i < std::min(series.statistics.size(), maxNumbers); ++i)
+        for (std::size_t i = 0; i < std::min(series.statistics.size(), maxNumbers); ++i) {
             text += (i > 0 ? ", " : "") + series.statistics[i][0] + " " + series.statistics[i][1];
+        }
         text += ")";
     }
     return text;
@@ -107,12 +110,14 @@ std::string legendText(const PlotSeries& series, const PlotStyle& style, bool ha
 
 Boxes boxesOf(const PlotContents& contents, const PlotStyle& style) {
     Boxes boxes;
-    if (contents.map)
+    if (contents.map) {
         return boxes;
+    }
     boxes.rows = boxRows(contents, style);
     std::size_t widest = 0;
-    for (const StatisticsRow& row : boxes.rows)
+    for (const StatisticsRow& row : boxes.rows) {
         widest = std::max(widest, lengthOf(row[0]) + lengthOf(row[1]) + 2);
+    }
     boxes.box.width = boxes.rows.empty() ? 0.0 : std::max(0.2, 0.03 + boxCharacter * static_cast<double>(widest));
     boxes.box.height = boxes.rows.empty() ? 0.0 : 0.02 + boxLine * static_cast<double>(boxes.rows.size());
     boxes.hasLegend =
@@ -120,26 +125,31 @@ Boxes boxesOf(const PlotContents& contents, const PlotStyle& style) {
     boxes.legend.isLeft = style.legend == LegendPlace::TopLeft || style.legend == LegendPlace::BottomLeft ||
                           (style.legend == LegendPlace::Automatic && !boxes.rows.empty());
     boxes.isLegendBelow = style.legend == LegendPlace::BottomLeft || style.legend == LegendPlace::BottomRight;
-    if (!boxes.hasLegend)
+    if (!boxes.hasLegend) {
         return boxes;
+    }
     std::size_t longest = 0;
-    for (const PlotSeries& series : contents.series)
+    for (const PlotSeries& series : contents.series) {
         longest = std::max(longest, lengthOf(legendText(series, style, !boxes.rows.empty())));
+    }
     const double width = legendSample + legendCharacter * static_cast<double>(longest);
     boxes.legendScale = std::clamp(0.96 / width, 0.5, 1.0);
     boxes.legend.width = std::min(1.0, boxes.legendScale * width);
     boxes.legend.height = 0.01 + boxes.legendScale * legendLine * static_cast<double>(contents.series.size());
-    if (!boxes.legend.isLeft && !boxes.isLegendBelow)
+    if (!boxes.legend.isLeft && !boxes.isLegendBelow) {
         boxes.legend.height += boxes.box.height;
+    }
     return boxes;
 }
 
 std::vector<PlotCorner> upperCorners(const Boxes& boxes) {
     std::vector<PlotCorner> corners;
-    if (!boxes.rows.empty())
+    if (!boxes.rows.empty()) {
         corners.push_back(boxes.box);
-    if (boxes.hasLegend && !boxes.isLegendBelow)
+    }
+    if (boxes.hasLegend && !boxes.isLegendBelow) {
         corners.push_back(boxes.legend);
+    }
     return corners;
 }
 
@@ -165,8 +175,9 @@ std::string statisticsBox(const Boxes& boxes) {
 }
 
 std::string legendPlace(const Boxes& boxes) {
-    if (!boxes.hasLegend)
+    if (!boxes.hasLegend) {
         return "set key off\n";
+    }
     const std::string side = boxes.legend.isLeft ? "left Left reverse" : "right Right noreverse";
     const bool isUnderBox = !boxes.legend.isLeft && !boxes.isLegendBelow && !boxes.rows.empty();
     const std::string place =
@@ -185,9 +196,10 @@ std::vector<std::string> layersOf(const PlotSeries& series, std::size_t position
     std::vector<std::string> layers;
     switch (series.look) {
         case PlotSeries::SeriesStyle::Steps:
-            if (isAlone)
+            if (isAlone) {
                 layers.push_back(first + " using 1:2 with filledcurves closed fillcolor rgb " + look.colour +
                                  " fillstyle transparent solid 0.18 noborder notitle");
+            }
             layers.push_back(first + " using 1:2 with lines linewidth 3.5 dashtype " + look.dash + colour + title);
             layers.push_back(second + " using 1:3:(0):($4-$3) with vectors nohead linewidth 2.5" + colour + " notitle");
             break;
@@ -206,32 +218,37 @@ std::string seriesCommand(const PlotContents& contents, const PlotStyle& style, 
     const std::vector<DrawStyle> looks = looksOf(contents);
     std::string text = "plot";
     // Curves lie over data.
-    for (const bool isCurve : {false, true})
+    for (const bool isCurve : {false, true}) {
         for (std::size_t i = 0; i < contents.series.size(); ++i) {
             const PlotSeries& series = contents.series[i];
-            if ((series.function != nullptr) != isCurve)
+            if ((series.function) != isCurve) {
                 continue;
+            }
             const std::string title = boxes.hasLegend
                                           ? " title " + quotedForGnuplot(legendText(series, style, !boxes.rows.empty()))
                                           : std::string(" notitle");
-            for (const std::string& layer : layersOf(series, i, looks[i], title, contents.series.size() == 1))
+            for (const std::string& layer : layersOf(series, i, looks[i], title, contents.series.size() == 1)) {
                 text += (text.size() > 4 ? ", \\\n     " : " ") + layer;
+            }
         }
+    }
     return text + "\n";
 }
 
 std::string paletteText() {
     std::string text;
-    for (std::size_t i = 0; i < viridis.size(); ++i)
+    for (std::size_t i = 0; i < viridis.size(); ++i) {
         text += (text.empty() ? "" : ", ") + number(i) + " '" + std::string(viridis[i]) + "'";
+    }
     return "set palette defined (" + text + ")\n";
 }
 
 std::string mapSetting(const PlotContents& contents, const PlotStyle& style) {
     std::string text = "set key off\nset colorbox\n" + paletteText();
-    if (style.statistics != StatisticsLook::None)
+    if (style.statistics != StatisticsLook::None) {
         text += "set label " + quotedForGnuplot(contents.map->statistics) +
                 " at graph 1, graph 1.04 right font 'DejaVu Sans,22' textcolor rgb '#404040'\n";
+    }
     return text;
 }
 
@@ -249,11 +266,13 @@ std::string mapCommand(const PlotFrame& frame, const PlotStyle& style) {
 /// All look as the first does: the terminals have different ideas of the size of fonts, marks and lines.
 std::string terminalOf(const std::string& format) {
     const std::string font = " font 'DejaVu Sans,26' rounded";
-    if (format == "png")
+    if (format == "png") {
         return "set terminal pngcairo noenhanced size 1600,1000" + font + "\nmarks = 1.8\n";
-    if (format == "svg")
+    }
+    if (format == "svg") {
         return "set terminal svg noenhanced size 1600,1000 fontscale 1.333" + font +
                " background rgb 'white'\nmarks = 0.8\n";
+    }
     return "set terminal pdfcairo noenhanced size 16in,10in fontscale 0.74" + font +
            " linewidth 1.7 background rgb 'white'\nmarks = 1.8\n";
 }
@@ -282,8 +301,9 @@ PlotFiles plotFiles(PlotContents& contents, const PlotStyle& style) {
     const bool isMap = contents.map.has_value();
     std::string text = preamble(isMap) + (isMap ? mapSetting(contents, style) : legendPlace(boxes));
     text += plotAxes(contents, frame, style);
-    if (!boxes.rows.empty())
+    if (!boxes.rows.empty()) {
         text += statisticsBox(boxes);
+    }
     text += "data = " + quotedForGnuplot("./" + style.baseName + ".dat") + "\n";
     for (const std::string& format : style.formats) {
         text += terminalOf(format);

@@ -31,22 +31,26 @@ struct Moments {
 template <std::size_t dimensions>
 ProfileSums<dimensions> inRange(const Profile<dimensions>& profile) {
     ProfileSums<dimensions> sums;
-    for (std::size_t cell = 0; cell < profile.cells().size(); ++cell)
-        if (profile.grid().isInside(cell))
+    for (std::size_t cell = 0; cell < profile.cells().size(); ++cell) {
+        if (profile.grid().isInside(cell)) {
             sums.add(profile.cells()[cell]);
+        }
+    }
     return sums;
 }
 
 /// Without entries there is no mean to show.
 std::vector<StatisticsRow> momentRows(std::int64_t entries, double mean, double rms) {
-    if (entries == 0)
+    if (entries == 0) {
         return {{"Entries", "0"}};
+    }
     return {{"Entries", countText(entries)}, {"Mean", roundedText(mean)}, {"RMS", roundedText(rms)}};
 }
 
 std::string momentLine(std::int64_t entries, const Moments& x, const Moments& y) {
-    if (entries == 0)
+    if (entries == 0) {
         return "no entries";
+    }
     return countText(entries) + " entries, mean " + pairText(x.mean, y.mean) + ", RMS " + pairText(x.rms, y.rms);
 }
 
@@ -54,12 +58,15 @@ std::string momentLine(std::int64_t entries, const Moments& x, const Moments& y)
 
 std::vector<StatisticsRow> statisticsOf(const Histogram1D& histogram) {
     std::vector<StatisticsRow> rows = momentRows(histogram.inRange().entries, histogram.mean(), histogram.rms());
-    if (histogram.underflow().entries > 0)
+    if (histogram.underflow().entries > 0) {
         rows.push_back({"Underflow", roundedText(histogram.underflow().w)});
-    if (histogram.overflow().entries > 0)
+    }
+    if (histogram.overflow().entries > 0) {
         rows.push_back({"Overflow", roundedText(histogram.overflow().w)});
-    if (histogram.nanEntries() > 0)
+    }
+    if (histogram.nanEntries() > 0) {
         rows.push_back({"NaN", countText(histogram.nanEntries())});
+    }
     return rows;
 }
 
@@ -72,10 +79,12 @@ std::vector<StatisticsRow> statisticsOf(const Profile1D& profile) {
 std::vector<StatisticsRow> statisticsOf(const FunctionObject& function) {
     const FitNotes notes = fitNotesOf(function);
     std::vector<StatisticsRow> rows;
-    if (notes.chi2 && notes.ndf)
+    if (notes.chi2 && notes.ndf) {
         rows.push_back({"χ²/ndf", roundedText(*notes.chi2) + " / " + roundedText(*notes.ndf)});
-    if (notes.pValue)
+    }
+    if (notes.pValue) {
         rows.push_back({"p-value", roundedText(*notes.pValue)});
+    }
     for (std::size_t i = 0; i < function.parameters.size(); ++i) {
         const FunctionObject::Parameter& parameter = function.parameters[i];
         rows.push_back({parameter.name,

@@ -21,13 +21,16 @@ bool isNoCharacter(const std::string& text, std::size_t at, std::size_t length) 
 /// doubled one where a text begins with it, and looks for macros in what follows one that stands between double quotes.
 std::string readable(const std::string& text, std::size_t at, std::size_t length) {
     const auto byte = static_cast<std::uint8_t>(text[at]);
-    if (length == 0 || isNoCharacter(text, at, length))
+    if (length == 0 || isNoCharacter(text, at, length)) {
         return "?";
-    if (byte < 0x20 || byte == 0x7F)
+    }
+    if (byte < 0x20 || byte == 0x7F) {
         return " ";
+    }
     // gnuplot copies "]]>" into an SVG as it stands, which no reader of XML takes.
-    if (byte == '>' && at >= 2 && text.compare(at - 2, 2, "]]") == 0)
+    if (byte == '>' && at >= 2 && text.compare(at - 2, 2, "]]") == 0) {
         return " >";
+    }
     return byte == '\'' ? R"('."\047".')" : text.substr(at, length);
 }
 
@@ -38,10 +41,12 @@ std::size_t utf8LengthAt(const std::string& text, std::size_t at) {
     const auto isTail = [&](std::size_t i) { return (byte(i) & 0xC0U) == 0x80U; };
     const std::uint32_t lead = byte(at);
     const std::uint32_t second = byte(at + 1);
-    if (lead < 0x80)
+    if (lead < 0x80) {
         return 1;
-    if (lead >= 0xC2 && lead <= 0xDF)
+    }
+    if (lead >= 0xC2 && lead <= 0xDF) {
         return isTail(at + 1) ? 2 : 0;
+    }
     if (lead >= 0xE0 && lead <= 0xEF) {
         const bool isOverlong = lead == 0xE0 && second < 0xA0;
         const bool isSurrogate = lead == 0xED && second > 0x9F;
@@ -65,8 +70,9 @@ std::string quotedForGnuplot(const std::string& text) {
 }
 
 std::string roundedText(double number, int digits) {
-    if (!std::isfinite(number))
+    if (!std::isfinite(number)) {
         return textOf(number);
+    }
     std::array<char, 32> buffer{};
     const auto end =
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::general, digits);
@@ -76,11 +82,13 @@ std::string roundedText(double number, int digits) {
 std::string withError(double number, double error) {
     constexpr double maxFixed = 1e7;
     constexpr int maxDecimals = 9;
-    if (!std::isfinite(number) || !std::isfinite(error) || !(error > 0.0))
+    if (!std::isfinite(number) || !std::isfinite(error) || !(error > 0.0)) {
         return roundedText(number);
+    }
     const int decimals = 1 - static_cast<int>(std::floor(std::log10(error)));
-    if (decimals > maxDecimals || std::max(std::abs(number), error) > maxFixed)
+    if (decimals > maxDecimals || std::max(std::abs(number), error) > maxFixed) {
         return roundedText(number) + " ± " + roundedText(error);
+    }
     const auto fixed = [&](double value) {
         std::array<char, 64> buffer{};
         const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed,

@@ -47,43 +47,52 @@ bool isControl(char c) {
 std::vector<std::string> wordsOf(const std::string& text) {
     std::vector<std::string> words(1);
     for (const char c : text) {
-        if (c != ' ' && c != ',' && c != '\t')
+        if (c != ' ' && c != ',' && c != '\t') {
             words.back() += c;
-        else if (!words.back().empty())
+        } else if (!words.back().empty()) {
             words.emplace_back();
+        }
     }
-    if (words.back().empty())
+    if (words.back().empty()) {
         words.pop_back();
+    }
     return words;
 }
 
 std::string formatsRefusal(const std::string& text) {
     const std::vector<std::string> words = wordsOf(text);
-    for (const std::string& word : words)
-        if (std::find(allFormats.begin(), allFormats.end(), word) == allFormats.end())
+    for (const std::string& word : words) {
+        if (std::find(allFormats.begin(), allFormats.end(), word) == allFormats.end()) {
             return "\"" + word + "\" is none of png, svg and pdf.";
+        }
+    }
     return words.empty() ? "A picture has at least one format: png, svg or pdf." : "";
 }
 
 /// @return false when the word is neither a finite number nor an open end.
 bool readEnd(const std::string& word, std::optional<double>& end) {
     double number = 0.0;
-    if (word == "*")
+    if (word == "*") {
         return true;
-    if (!readNumber(word, number) || !std::isfinite(number))
+    }
+    if (!readNumber(word, number) || !std::isfinite(number)) {
         return false;
+    }
     end = number;
     return true;
 }
 
 std::string readRange(const std::string& text, PlotRange& range) {
     const std::vector<std::string> words = wordsOf(text);
-    if (words.empty())
+    if (words.empty()) {
         return {};
-    if (words.size() != 2 || !readEnd(words[0], range.low) || !readEnd(words[1], range.high))
+    }
+    if (words.size() != 2 || !readEnd(words[0], range.low) || !readEnd(words[1], range.high)) {
         return "The ends are two numbers, or * for an end that is left open.";
-    if (range.low && range.high && !(*range.low < *range.high))
+    }
+    if (range.low && range.high && !(*range.low < *range.high)) {
         return "The first end is below the second.";
+    }
     return {};
 }
 
@@ -101,10 +110,11 @@ PlotAxis axisOf(const Arguments& arguments, const std::string& letter) {
 std::vector<std::string> partsOf(const std::string& text) {
     std::vector<std::string> parts(1);
     for (const char c : text) {
-        if (c == ';')
+        if (c == ';') {
             parts.emplace_back();
-        else if (c != ' ' || !parts.back().empty())
+        } else if (c != ' ' || !parts.back().empty()) {
             parts.back() += c;
+        }
     }
     return parts;
 }
@@ -164,21 +174,27 @@ PlotRange rangeIn(const std::string& text) {
 }
 
 std::string plotRefusal(const std::string& input, const std::string& value) {
-    if (input == "file" && std::any_of(value.begin(), value.end(), isControl))
+    if (input == "file" && std::any_of(value.begin(), value.end(), isControl)) {
         return "The name of a file has no line ends or other control characters.";
-    if (input == "formats")
+    }
+    if (input == "formats") {
         return formatsRefusal(value);
+    }
     return isRange(input) ? rangeRefusal(value) : std::string();
 }
 
 PlotStyle plotStyleOf(const Arguments& arguments) {
-    for (const std::string input : {"file", "formats", "xrange", "yrange", "zrange"})
-        if (const std::string reason = plotRefusal(input, arguments.text(input)); !reason.empty())
+    for (const std::string input : {"file", "formats", "xrange", "yrange", "zrange"}) {
+        if (const std::string reason = plotRefusal(input, arguments.text(input)); !reason.empty()) {
             throw Failure(input, reason);
+        }
+    }
     PlotStyle style;
-    for (const std::string& word : wordsOf(arguments.text("formats")))
-        if (std::find(style.formats.begin(), style.formats.end(), word) == style.formats.end())
+    for (const std::string& word : wordsOf(arguments.text("formats"))) {
+        if (std::find(style.formats.begin(), style.formats.end(), word) == style.formats.end()) {
             style.formats.push_back(word);
+        }
+    }
     style.title = arguments.text("title");
     style.x = axisOf(arguments, "x");
     style.y = axisOf(arguments, "y");
@@ -193,8 +209,9 @@ PlotStyle plotStyleOf(const Arguments& arguments) {
 std::string withoutPictureEnding(const std::string& file) {
     for (const std::string_view format : allFormats) {
         const std::string ending = "." + std::string(format);
-        if (file.size() > ending.size() && file.ends_with(ending))
+        if (file.size() > ending.size() && file.ends_with(ending)) {
             return file.substr(0, file.size() - ending.size());
+        }
     }
     return file;
 }

@@ -12,8 +12,9 @@ std::string numberedName(const std::string& name, std::size_t position) {
 std::size_t numberedCount(const ValueTexts& values, const std::string& countInput) {
     const auto text = values.find(countInput);
     double count = 1.0;
-    if (text == values.end() || !readNumber(text->second, count) || std::isnan(count))
+    if (text == values.end() || !readNumber(text->second, count) || std::isnan(count)) {
         return 1;
+    }
     return static_cast<std::size_t>(std::clamp(count, 1.0, static_cast<double>(maxNumbered)));
 }
 
@@ -26,11 +27,13 @@ void addNumbered(Ports& ports, const InputSpec& first, std::size_t count) {
 
 std::vector<std::string> numberedInputs(const Arguments& arguments, const std::string& countInput,
                                         const std::string& name) {
-    if (arguments.isWired(countInput))
+    if (arguments.isWired(countInput)) {
         throw Failure(countInput, "the number decides which inputs there are and cannot come by wire");
+    }
     std::vector<std::string> names;
-    for (std::int64_t i = 0; i < arguments.integer(countInput); ++i)
+    for (std::int64_t i = 0; i < arguments.integer(countInput); ++i) {
         names.push_back(numberedName(name, static_cast<std::size_t>(i)));
+    }
     return names;
 }
 
@@ -47,8 +50,9 @@ std::string asFileName(const std::string& pluginName) {
     std::string name = pluginName;
     std::replace_if(
         name.begin(), name.end(), [](char c) { return c == '/' || static_cast<unsigned char>(c) < 0x20; }, '_');
-    if (name.empty() || name.front() == '.')
+    if (name.empty() || name.front() == '.') {
         name.insert(0, "_");
+    }
     return name;
 }
 

@@ -22,8 +22,9 @@ public:
     void fill(const Chunk& chunk) override {
         for (std::size_t row = 0; row < chunk.rows && rows.size() < most; ++row) {
             rows.emplace_back();
-            for (std::size_t i = 0; i < schema.size(); ++i)
+            for (std::size_t i = 0; i < schema.size(); ++i) {
                 rows.back().push_back(fieldText(*chunk.columns[i], row));
+            }
         }
         count += chunk.rows;
     }
@@ -65,8 +66,9 @@ public:
 
     void finish(AccumulatorState& state, Results&) override {
         std::string text;
-        for (const Section& part : parts)
+        for (const Section& part : parts) {
             text += part.isTable ? tableText(part.name, static_cast<FirstRows&>(state)) : part.text;
+        }
         text = withoutControls(std::move(text));
         TextOutput output(file, text, context);
         output.complete();
@@ -76,13 +78,16 @@ public:
 private:
     std::string tableText(const std::string& name, const FirstRows& first) const {
         std::vector<std::string> names;
-        for (const ColumnInfo& column : schema.columns())
+        for (const ColumnInfo& column : schema.columns()) {
             names.push_back(column.unit.empty() ? column.name : column.name + " [" + column.unit + "]");
+        }
         TextRows rows = first.rows;
-        for (auto& row : rows)
-            for (std::string& word : row)
+        for (auto& row : rows) {
+            for (std::string& word : row) {
                 std::replace_if(
                     word.begin(), word.end(), [](char c) { return c == '\n' || c == '\t'; }, ' ');
+            }
+        }
         const auto count = static_cast<double>(first.count);
         const std::string shown = textOf(static_cast<double>(rows.size())) + " of ";
         return name + ": " + (rows.size() < first.count ? "first " + shown : std::string()) + textOf(count) +
@@ -97,14 +102,16 @@ private:
 };
 
 Section partOf(const Arguments& arguments, const std::string& input, std::size_t rows) {
-    if (!arguments.isWired(input))
+    if (!arguments.isWired(input)) {
         throw Failure(input, "nothing is wired");
+    }
     const Value& value = arguments.value(input);
     Section part{.name = arguments.sourceName(input), .text = {}, .isTable = false};
     part.isTable = std::holds_alternative<std::monostate>(value);
     try {
-        if (!part.isTable)
+        if (!part.isTable) {
             part.text = printedValue(part.name, value, rows);
+        }
     } catch (const Failure& failure) {
         throw Failure(input, failure.what());
     }
@@ -154,10 +161,11 @@ std::unique_ptr<Accumulation> PrintKind::prepare(const Arguments& arguments, con
                                                  RunContext& context) const {
     const auto rows = static_cast<std::size_t>(arguments.integer("rows"));
     std::vector<Section> parts;
-    for (const std::string& input : numberedInputs(arguments, "objects", "object"))
+    for (const std::string& input : numberedInputs(arguments, "objects", "object")) {
         parts.push_back(partOf(arguments, input, rows));
+    }
     const std::string& file = arguments.text("file");
-    return std::make_unique<Printing>(std::move(parts), schema == nullptr ? Schema() : *schema, rows,
+    return std::make_unique<Printing>(std::move(parts), !schema ? Schema() : *schema, rows,
                                       file.empty() ? asFileName(context.pluginName()) + ".txt" : file, context);
 }
 

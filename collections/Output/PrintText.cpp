@@ -16,40 +16,49 @@ std::vector<std::vector<std::string>> textRows(const ObjectTable& table, std::si
     std::vector<std::vector<std::string>> rows;
     for (std::size_t i = 0; i < std::min(most, table.rows.size()); ++i) {
         rows.emplace_back();
-        for (const ObjectTable::Number& number : table.rows[i])
+        for (const ObjectTable::Number& number : table.rows[i]) {
             rows.back().push_back(textOf(number.value));
+        }
     }
     return rows;
 }
 
 std::string statisticsText(const DataObject& object) {
-    if (const auto* histogram = dynamic_cast<const Histogram2D*>(&object))
+    if (const auto* histogram = dynamic_cast<const Histogram2D*>(&object)) {
         return statisticsLine(*histogram) + "\n";
-    if (const auto* profile = dynamic_cast<const Profile2D*>(&object))
+    }
+    if (const auto* profile = dynamic_cast<const Profile2D*>(&object)) {
         return statisticsLine(*profile) + "\n";
+    }
     std::vector<StatisticsRow> rows;
-    if (const auto* histogram = dynamic_cast<const Histogram1D*>(&object))
+    if (const auto* histogram = dynamic_cast<const Histogram1D*>(&object)) {
         rows = statisticsOf(*histogram);
-    if (const auto* profile = dynamic_cast<const Profile1D*>(&object))
+    }
+    if (const auto* profile = dynamic_cast<const Profile1D*>(&object)) {
         rows = statisticsOf(*profile);
-    if (const auto* function = dynamic_cast<const FunctionObject*>(&object))
+    }
+    if (const auto* function = dynamic_cast<const FunctionObject*>(&object)) {
         rows = statisticsOf(*function);
+    }
     std::string text;
-    for (const StatisticsRow& row : rows)
+    for (const StatisticsRow& row : rows) {
         text += row[0] + ": " + row[1] + "\n";
+    }
     return text;
 }
 
 std::string printedObject(const std::string& name, const DataObject& object, std::size_t most) {
     std::string text = name + (object.title.empty() ? "" : ": " + object.title) + "\n" + statisticsText(object);
     // A function is told by its parameters.
-    if (object.type() == ValueType::Function || most == 0)
+    if (object.type() == ValueType::Function || most == 0) {
         return text;
+    }
     const ObjectTable table = objectTable(object, {});
     text += alignedTable(table.columns, textRows(table, most));
-    if (table.rows.size() > most)
+    if (table.rows.size() > most) {
         text += "(the first " + textOf(static_cast<double>(most)) + " of " +
                 textOf(static_cast<double>(table.rows.size())) + ")\n";
+    }
     return text;
 }
 
@@ -59,24 +68,28 @@ std::string alignedTable(const std::vector<std::string>& names, const std::vecto
     std::vector<std::size_t> widths;
     for (std::size_t i = 0; i < names.size(); ++i) {
         widths.push_back(lengthOf(names[i]));
-        for (const auto& row : rows)
+        for (const auto& row : rows) {
             widths[i] = std::max(widths[i], lengthOf(row[i]));
+        }
     }
     const auto line = [&](const std::vector<std::string>& words) {
         std::string text;
-        for (std::size_t i = 0; i < words.size(); ++i)
+        for (std::size_t i = 0; i < words.size(); ++i) {
             text += (i > 0 ? "  " : "") + std::string(widths[i] - lengthOf(words[i]), ' ') + words[i];
+        }
         return text + "\n";
     };
     std::string text = line(names);
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         text += line(row);
+    }
     return text;
 }
 
 std::string printedValue(const std::string& name, const Value& value, std::size_t rows) {
-    if (const auto* number = std::get_if<double>(&value))
+    if (const auto* number = std::get_if<double>(&value)) {
         return name + ": " + textOf(*number) + "\n";
+    }
     if (const auto* text = std::get_if<std::string>(&value)) {
         const bool hasLines = text->find('\n') != std::string::npos;
         return name + ":" + (hasLines ? "\n" : " ") + *text + (text->ends_with('\n') ? "" : "\n");

@@ -21,21 +21,26 @@ const InputSpec objectInput = {
     .isOptional = true};
 
 std::string outputOf(const RunRecord& record, const std::string& plugin, const std::string& input) {
-    for (const RecordedPlugin& recorded : record.plugins)
-        for (const RecordedInput& each : recorded.inputs)
-            if (recorded.name == plugin && each.name == input)
+    for (const RecordedPlugin& recorded : record.plugins) {
+        for (const RecordedInput& each : recorded.inputs) {
+            if (recorded.name == plugin && each.name == input) {
                 return each.output;
+            }
+        }
+    }
     return {};
 }
 
 std::vector<ReportItem> itemsOf(const Arguments& arguments, const RunRecord& record, const RunContext& context) {
     std::vector<ReportItem> items;
-    for (const std::string& input : numberedInputs(arguments, "objects", "object"))
-        if (arguments.isWired(input))
+    for (const std::string& input : numberedInputs(arguments, "objects", "object")) {
+        if (arguments.isWired(input)) {
             items.push_back({.input = input,
                              .plugin = arguments.sourceName(input),
                              .output = outputOf(record, context.pluginName(), input),
                              .value = arguments.value(input)});
+        }
+    }
     return items;
 }
 
@@ -44,11 +49,13 @@ std::vector<std::vector<PlotObject>> frames(const std::vector<ReportItem>& items
     std::vector<std::vector<PlotObject>> all;
     for (const ReportItem& item : items) {
         const auto* object = std::get_if<DataObjectPtr>(&item.value);
-        if (object == nullptr)
+        if (!object) {
             continue;
+        }
         const bool isOver = (*object)->type() == ValueType::Function && !all.empty();
-        if (!isOver)
+        if (!isOver) {
             all.emplace_back();
+        }
         all.back().push_back({.input = item.input, .maker = item.plugin, .object = *object});
     }
     return all;
@@ -70,12 +77,14 @@ ReportPicture pictureOf(const std::vector<PlotObject>& frame, RunContext& contex
 }
 
 std::string titleOf(const std::string& given, const RunRecord& record, const RunContext& context) {
-    if (!given.empty())
+    if (!given.empty()) {
         return given;
+    }
     const std::string ending = ".zedra";
     const std::string& document = record.document;
-    if (document.empty())
+    if (document.empty()) {
         return context.pluginName();
+    }
     return document.ends_with(ending) ? document.substr(0, document.size() - ending.size()) : document;
 }
 
@@ -126,8 +135,9 @@ void ReportKind::evaluate(const Arguments& arguments, Results&, RunContext& cont
     contents.title = titleOf(arguments.text("title"), contents.record, context);
     contents.comment = arguments.text("comment");
     contents.items = itemsOf(arguments, contents.record, context);
-    for (const std::vector<PlotObject>& frame : frames(contents.items))
+    for (const std::vector<PlotObject>& frame : frames(contents.items)) {
         contents.pictures.push_back(pictureOf(frame, context));
+    }
     const std::string& file = arguments.text("file");
     TextOutput output(file.empty() ? asFileName(context.pluginName()) + ".html" : file, reportPage(contents), context);
     output.complete();

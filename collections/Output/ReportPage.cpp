@@ -61,28 +61,35 @@ std::string head(const ReportContents& contents) {
     text += "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n";
     text += element("title", contents.title) + "\n<style>\n" + styleSheet + "</style>\n</head>\n<body>\n";
     text += element("h1", contents.title) + "\n<p class=\"quiet\">";
-    if (!record.document.empty())
+    if (!record.document.empty()) {
         text += "Document " + element("code", record.document) + ", ";
+    }
     text += "analysis library " + escaped(record.program) + "</p>\n";
-    if (!contents.comment.empty())
+    if (!contents.comment.empty()) {
         text += element("p", contents.comment) + "\n";
+    }
     return text;
 }
 
 std::string failures(const ReportContents& contents) {
     std::string text = "<h2>Failures</h2>\n";
     Rows rows;
-    for (const RecordedPlugin& plugin : contents.record.plugins)
-        if (isMissing(plugin.state))
+    for (const RecordedPlugin& plugin : contents.record.plugins) {
+        if (isMissing(plugin.state)) {
             rows.push_back({plugin.name, plugin.kind, stateText(plugin.state), plugin.sentence});
-    if (rows.empty())
+        }
+    }
+    if (rows.empty()) {
         return text + "<p>None: every plug-in that was asked for did its work.</p>\n";
+    }
     text += "<p class=\"failed\">" + textOf(static_cast<double>(rows.size())) + " of " +
             textOf(static_cast<double>(contents.record.plugins.size())) + " plug-ins gave no result.</p>\n";
     text += htmlTable({"plug-in", "kind", "state", "reason"}, rows);
-    for (const ReportItem& item : contents.items)
-        if (std::holds_alternative<std::monostate>(item.value))
+    for (const ReportItem& item : contents.items) {
+        if (std::holds_alternative<std::monostate>(item.value)) {
             text += element("p", "Missing in this report: " + nameOf(item) + ".") + "\n";
+        }
+    }
     return text;
 }
 
@@ -92,10 +99,11 @@ std::string pictures(const ReportContents& contents) {
     for (const ReportPicture& picture : contents.pictures) {
         text += number++ == 0 ? "<h2>Pictures</h2>\n" : "";
         text += "<figure>\n" + element("figcaption", picture.heading) + "\n";
-        if (picture.svg.empty())
+        if (picture.svg.empty()) {
             text += "<p class=\"failed\">" + escaped("It could not be drawn: " + picture.sentence) + "</p>\n";
-        else
+        } else {
             text += inlineSvg(picture.svg, "p" + textOf(static_cast<double>(number)) + "-");
+        }
         text += "</figure>\n";
     }
     return text;
@@ -103,46 +111,55 @@ std::string pictures(const ReportContents& contents) {
 
 std::string numbers(const ReportContents& contents) {
     Rows rows;
-    for (const ReportItem& item : contents.items)
-        if (const auto* number = std::get_if<double>(&item.value))
+    for (const ReportItem& item : contents.items) {
+        if (const auto* number = std::get_if<double>(&item.value)) {
             rows.push_back({item.plugin, item.output, textOf(*number)});
+        }
+    }
     return rows.empty() ? "" : "<h2>Numbers</h2>\n" + htmlTable({"plug-in", "output", "value"}, rows, 2);
 }
 
 std::vector<std::string> splitAt(const std::string& text, char mark) {
     std::vector<std::string> parts;
     std::istringstream stream(text);
-    for (std::string part; std::getline(stream, part, mark);)
+    for (std::string part; std::getline(stream, part, mark);) {
         parts.push_back(part);
+    }
     return parts;
 }
 
 /// Lines with the same number of tabulators are a table, such as a cut flow; its first line has the headings.
 std::string tableOrText(const std::string& text) {
     Rows rows;
-    for (const std::string& line : splitAt(text, '\n'))
+    for (const std::string& line : splitAt(text, '\n')) {
         rows.push_back(splitAt(line, '\t'));
+    }
     const bool isTable =
         rows.size() >= 2 && rows.front().size() >= 2 &&
         std::all_of(rows.begin(), rows.end(), [&](const auto& row) { return row.size() == rows.front().size(); });
-    if (!isTable)
+    if (!isTable) {
         return element("pre", text) + "\n";
+    }
     return htmlTable(rows.front(), Rows(rows.begin() + 1, rows.end()), 1);
 }
 
 std::string texts(const ReportContents& contents) {
     std::string text;
-    for (const ReportItem& item : contents.items)
-        if (const auto* words = std::get_if<std::string>(&item.value))
+    for (const ReportItem& item : contents.items) {
+        if (const auto* words = std::get_if<std::string>(&item.value)) {
             text += (text.empty() ? "<h2>Texts and tables</h2>\n" : "") + element("h3", nameOf(item)) + "\n" +
                     tableOrText(*words);
+        }
+    }
     return text;
 }
 
 std::string noteOf(const FunctionObject& function, const std::string& key) {
-    for (const AnnotationItem& item : function.annotation)
-        if (item.key == key)
+    for (const AnnotationItem& item : function.annotation) {
+        if (item.key == key) {
             return item.value;
+        }
+    }
     return {};
 }
 
@@ -150,18 +167,23 @@ std::string fitText(const ReportItem& item, const FunctionObject& function) {
     const FitNotes notes = fitNotesOf(function);
     std::string text = element("h3", function.title.empty() ? nameOf(item) : function.title) + "\n";
     Rows rows;
-    for (std::size_t i = 0; i < function.parameters.size(); ++i)
+    for (std::size_t i = 0; i < function.parameters.size(); ++i) {
         rows.push_back({function.parameters[i].name, textOf(function.parameters[i].value),
                         notes.errors[i] ? textOf(*notes.errors[i]) : ""});
+    }
     text += htmlTable({"parameter", "value", "error"}, rows, 1);
     Rows quality;
-    if (notes.chi2 && notes.ndf)
+    if (notes.chi2 && notes.ndf) {
         quality.push_back({"χ²/ndf", roundedText(*notes.chi2) + " / " + roundedText(*notes.ndf)});
-    if (notes.pValue)
+    }
+    if (notes.pValue) {
         quality.push_back({"p-value", roundedText(*notes.pValue)});
-    for (const std::string key : {"model", "method", "status"})
-        if (const std::string value = noteOf(function, key); !value.empty())
+    }
+    for (const std::string key : {"model", "method", "status"}) {
+        if (const std::string value = noteOf(function, key); !value.empty()) {
             quality.push_back({key, value});
+        }
+    }
     return text + (quality.empty() ? "" : htmlTable({"fit", ""}, quality));
 }
 
@@ -169,20 +191,23 @@ std::string fits(const ReportContents& contents) {
     std::string text;
     for (const ReportItem& item : contents.items) {
         const auto* object = std::get_if<DataObjectPtr>(&item.value);
-        const auto* function = object == nullptr ? nullptr : dynamic_cast<const FunctionObject*>(object->get());
-        if (function != nullptr)
+        const auto* function = !object ? nullptr : dynamic_cast<const FunctionObject*>(object->get());
+        if (function) {
             text += (text.empty() ? "<h2>Functions and fits</h2>\n" : "") + fitText(item, *function);
+        }
     }
     return text;
 }
 
 std::string valuesOf(const RecordedPlugin& plugin) {
     Rows rows;
-    for (const RecordedInput& input : plugin.inputs)
-        if (!input.plugin.empty())
+    for (const RecordedInput& input : plugin.inputs) {
+        if (!input.plugin.empty()) {
             rows.push_back({input.name, "from " + input.plugin + " " + input.output});
-        else if (!input.value.empty())
+        } else if (!input.value.empty()) {
             rows.push_back({input.name, input.value});
+        }
+    }
     std::string text = "<h3>" + escaped(plugin.name) + " <span class=\"quiet\">" +
                        escaped(plugin.kind + ", version " + textOf(plugin.version) + ", " + stateText(plugin.state)) +
                        "</span></h3>\n";
@@ -191,10 +216,13 @@ std::string valuesOf(const RecordedPlugin& plugin) {
 
 std::string seeds(const RunRecord& record) {
     Rows rows;
-    for (const RecordedPlugin& plugin : record.plugins)
-        for (const RecordedInput& input : plugin.inputs)
-            if (input.name == "seed")
+    for (const RecordedPlugin& plugin : record.plugins) {
+        for (const RecordedInput& input : plugin.inputs) {
+            if (input.name == "seed") {
                 rows.push_back({plugin.name, input.plugin.empty() ? input.value : "from " + input.plugin});
+            }
+        }
+    }
     return rows.empty() ? "" : "<h3>Seeds</h3>\n" + htmlTable({"plug-in", "seed"}, rows, 1);
 }
 
@@ -202,21 +230,25 @@ std::string origin(const ReportContents& contents) {
     const RunRecord& record = contents.record;
     std::string text = "<h2>Where everything came from</h2>\n";
     Rows rows;
-    if (!record.document.empty())
+    if (!record.document.empty()) {
         rows.push_back({"document", record.document});
+    }
     rows.push_back({"SHA-256 of the document as it was run", record.documentSha256});
     rows.push_back({"analysis library", record.program});
     text += htmlTable({"what", ""}, rows);
     Rows files;
-    for (const RecordedFile& file : record.files)
+    for (const RecordedFile& file : record.files) {
         files.push_back({file.name.empty() ? "AIDA file of the command line" : file.name,
                          textOf(static_cast<double>(file.bytes)),
                          file.sha256.empty() ? "cannot be read any more" : file.sha256});
-    if (!files.empty())
+    }
+    if (!files.empty()) {
         text += "<h3>Files that were read</h3>\n" + htmlTable({"file", "bytes", "SHA-256"}, files);
+    }
     text += seeds(record);
-    for (const RecordedPlugin& plugin : record.plugins)
+    for (const RecordedPlugin& plugin : record.plugins) {
         text += valuesOf(plugin);
+    }
     return text;
 }
 
@@ -224,8 +256,9 @@ std::string origin(const ReportContents& contents) {
 
 std::string reportPage(const ReportContents& contents) {
     std::string text = head(contents) + failures(contents);
-    if (const std::string drawing = drawnPipeline(contents.record); !drawing.empty())
+    if (const std::string drawing = drawnPipeline(contents.record); !drawing.empty()) {
         text += "<h2>Pipeline</h2>\n<figure>\n" + drawing + "</figure>\n";
+    }
     return text + pictures(contents) + fits(contents) + numbers(contents) + texts(contents) + origin(contents) +
            "</body>\n</html>\n";
 }

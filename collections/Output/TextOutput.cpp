@@ -10,8 +10,9 @@ TextOutput::TextOutput(std::string fileName, std::string beginning, RunContext& 
     : name(std::move(fileName)), first(std::move(beginning)), context(&runContext) {}
 
 void TextOutput::append(const std::string& text) {
-    if (text.empty())
+    if (text.empty()) {
         return;
+    }
     begin();
     write(text);
 }
@@ -19,14 +20,16 @@ void TextOutput::append(const std::string& text) {
 void TextOutput::complete() {
     begin();
     out.close();
-    if (!out)
+    if (!out) {
         throw Failure("\"" + name + "\" cannot be written");
+    }
     file->keep();
 }
 
 void TextOutput::begin() {
-    if (file)
+    if (file) {
         return;
+    }
     file = context->beginResult(name);
     out.open(file->path(), std::ios::binary);
     write(first);
@@ -34,8 +37,9 @@ void TextOutput::begin() {
 }
 
 void TextOutput::write(const std::string& text) {
-    if (!out.write(text.data(), static_cast<std::streamsize>(text.size())))
+    if (!out.write(text.data(), static_cast<std::streamsize>(text.size()))) {
         throw Failure("\"" + name + "\" cannot be written");
+    }
 }
 
 }  // namespace velmorak

@@ -16,8 +16,9 @@ std::string inputName(std::size_t position) {
 std::size_t tableCount(const ValueTexts& values) {
     const auto text = values.find("tables");
     double count = 2.0;
-    if (text == values.end() || !readNumber(text->second, count) || !(count >= 2.0))
+    if (text == values.end() || !readNumber(text->second, count) || !(count >= 2.0)) {
         return 2;
+    }
     return static_cast<std::size_t>(std::min(count, static_cast<double>(maxTables)));
 }
 
@@ -57,27 +58,35 @@ bool isNumber(ColumnType type) {
 /// Narrows what is known of a column down to what also holds for the same column of another table.
 void unite(ColumnInfo& column, const ColumnInfo& other, std::size_t table) {
     const bool haveOneType = column.type == other.type || (isNumber(column.type) && isNumber(other.type));
-    if (column.isList != other.isList || !haveOneType)
+    if (column.isList != other.isList || !haveOneType) {
         throw Failure(inputName(table), "column \"" + column.name + "\" is " + (other.isList ? "a list of " : "") +
                                             std::string(nameOf(other.type)) + " here and " +
                                             (column.isList ? "a list of " : "") + std::string(nameOf(column.type)) +
                                             " in the tables before");
-    if (column.type != other.type)
+    }
+    if (column.type != other.type) {
         column.type = ColumnType::Real;
-    if (column.unit != other.unit && !column.unit.empty() && !other.unit.empty())
+    }
+    if (column.unit != other.unit && !column.unit.empty() && !other.unit.empty()) {
         throw Failure(inputName(table), "column \"" + column.name + "\" is in " + other.unit + " here and in " +
                                             column.unit + " in the tables before");
-    if (column.unit.empty())
+    }
+    if (column.unit.empty()) {
         column.unit = other.unit;
+    }
 }
 
 void checkSameColumns(const Schema& schema, const Schema& first, std::size_t table) {
-    for (const ColumnInfo& column : first.columns())
-        if (!schema.find(column.name))
+    for (const ColumnInfo& column : first.columns()) {
+        if (!schema.find(column.name)) {
             throw Failure(inputName(table), "it has no column \"" + column.name + "\"");
-    for (const ColumnInfo& column : schema.columns())
-        if (!first.find(column.name))
+        }
+    }
+    for (const ColumnInfo& column : schema.columns()) {
+        if (!first.find(column.name)) {
             throw Failure(inputName(table), "the first table has no column \"" + column.name + "\"");
+        }
+    }
 }
 
 Schema unitedSchema(const std::vector<Schema>& schemas) {
@@ -87,11 +96,13 @@ Schema unitedSchema(const std::vector<Schema>& schemas) {
         for (std::size_t table = 1; table < schemas.size(); ++table) {
             const std::optional<std::size_t> place = schemas[table].find(column.name);
             isCommon = isCommon && place;
-            if (isCommon)
+            if (isCommon) {
                 unite(column, schemas[table][*place], table);
+            }
         }
-        if (isCommon)
+        if (isCommon) {
             result.add(column);
+        }
     }
     return result;
 }
@@ -124,8 +135,9 @@ Ports ConcatKind::ports(const ValueTexts& values) const {
                      .minimum = 2,
                      .maximum = static_cast<double>(maxTables),
                      .isInteger = true}};
-    for (std::size_t i = 2; i < tableCount(values); ++i)
+    for (std::size_t i = 2; i < tableCount(values); ++i) {
         ports.inputs.push_back(table(i));
+    }
     ports.outputs = {{.name = "table",
                       .description = "All rows, with the columns in the order of the first table; a column that is "
                                      "real in one table and integer in another is real.",
@@ -135,18 +147,23 @@ Ports ConcatKind::ports(const ValueTexts& values) const {
 
 std::vector<std::unique_ptr<RowOperation>> ConcatKind::prepare(const Arguments& arguments,
                                                                const std::vector<Schema>& schemas, RunContext&) const {
-    if (arguments.isWired("tables"))
+    if (arguments.isWired("tables")) {
         throw Failure("tables", "the number decides which inputs there are and cannot come by wire");
-    if (arguments.text("columns") == "same")
-        for (std::size_t table = 1; table < schemas.size(); ++table)
+    }
+    if (arguments.text("columns") == "same") {
+        for (std::size_t table = 1; table < schemas.size(); ++table) {
             checkSameColumns(schemas[table], schemas.front(), table);
+        }
+    }
     const Schema result = unitedSchema(schemas);
-    if (result.size() == 0)
+    if (result.size() == 0) {
         throw Failure("columns", "the tables have no column in common");
+    }
     std::vector<std::unique_ptr<RowOperation>> operations;
     operations.reserve(schemas.size());
-    for (const Schema& schema : schemas)
+    for (const Schema& schema : schemas) {
         operations.push_back(std::make_unique<JoinOperation>(schema, result));
+    }
     return operations;
 }
 

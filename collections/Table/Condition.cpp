@@ -9,23 +9,27 @@ namespace velmorak {
 Condition::Condition(const std::string& input, const std::string& text, const Schema& schema,
                      const std::map<std::string, double>& numbers)
     : expression(text, schema, numbers) {
-    if (expression.isList())
+    if (expression.isList()) {
         throw Failure(input, "\"" + text + "\" gives a list in each row, and a row is kept or not as a whole");
-    if (expression.type() == ColumnType::Text)
+    }
+    if (expression.type() == ColumnType::Text) {
         throw Failure(input, "\"" + text + "\" is a text, which is neither true nor false");
+    }
 }
 
 std::vector<std::uint8_t> Condition::truthIn(const Chunk& chunk) const {
     const ColumnPtr column = expression.evaluate(chunk);
-    if (column->type() == ColumnType::Boolean)
+    if (column->type() == ColumnType::Boolean) {
         return column->booleans();
+    }
     std::vector<std::uint8_t> truth(column->valueCount());
-    if (column->type() == ColumnType::Integer)
+    if (column->type() == ColumnType::Integer) {
         std::transform(column->integers().begin(), column->integers().end(), truth.begin(),
                        [](std::int64_t value) { return static_cast<std::uint8_t>(value != 0); });
-    else
+    } else {
         std::transform(column->reals().begin(), column->reals().end(), truth.begin(),
                        [](double value) { return static_cast<std::uint8_t>(value < 0.0 || value > 0.0); });
+    }
     return truth;
 }
 
@@ -35,12 +39,14 @@ std::size_t countTrue(const std::vector<std::uint8_t>& truth) {
 
 Chunk onlyRows(const Chunk& chunk, const std::vector<std::uint8_t>& keep) {
     const std::size_t kept = countTrue(keep);
-    if (kept == chunk.rows)
+    if (kept == chunk.rows) {
         return chunk;
+    }
     Chunk out = chunk;
     out.rows = kept;
-    for (ColumnPtr& column : out.columns)
+    for (ColumnPtr& column : out.columns) {
         column = keepRows(*column, keep);
+    }
     return out;
 }
 

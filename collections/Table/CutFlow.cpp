@@ -32,8 +32,9 @@ std::vector<InputSpec> ownInputs() {
 
 NamedNumbers numbersOf(const std::string& cuts, const std::string& weight) {
     std::vector<NamedNumbers::Text> texts;
-    for (const Cut& cut : cutsIn(cuts))
+    for (const Cut& cut : cutsIn(cuts)) {
         texts.push_back({"cuts", cut.condition});
+    }
     texts.push_back({"weight", weight});
     return {std::move(texts), ownInputs()};
 }
@@ -62,8 +63,9 @@ public:
     }
 
     void merge(AccumulatorState& other) override {
-        for (std::size_t i = 0; i < bins.size(); ++i)
+        for (std::size_t i = 0; i < bins.size(); ++i) {
             bins[i].add(static_cast<FlowState&>(other).bins[i]);
+        }
     }
 
     const std::vector<BinSums>& steps() const { return bins; }
@@ -72,9 +74,10 @@ private:
     void count(std::size_t bin, const std::vector<std::uint8_t>& keep, const Column* weights) {
         BinSums chunkSums;
         for (std::size_t row = 0; row < keep.size(); ++row) {
-            if (keep[row] == 0)
+            if (keep[row] == 0) {
                 continue;
-            const double w = weights == nullptr ? 1.0 : weights->reals()[row];
+            }
+            const double w = !weights ? 1.0 : weights->reals()[row];
             const auto x = static_cast<double>(bin);
             chunkSums.add({.entries = 1, .w = w, .ww = w * w, .wx = w * x, .wxx = w * x * x});
         }
@@ -100,10 +103,12 @@ public:
             names.push_back(cut.name);
             cuts.emplace_back("cuts", cut.condition, schema, numbers);
         }
-        if (const std::string& text = arguments.text("weight"); !text.empty())
+        if (const std::string& text = arguments.text("weight"); !text.empty()) {
             weight.emplace(text, schema, numbers);
-        if (weight && (weight->isList() || weight->type() == ColumnType::Text))
+        }
+        if (weight && (weight->isList() || weight->type() == ColumnType::Text)) {
             throw Failure("weight", "\"" + arguments.text("weight") + "\" is no number");
+        }
     }
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<FlowState>(cuts, weight); }
@@ -115,8 +120,9 @@ public:
         results.set("weights", steps.back().w);
         results.set("histogram", histogramOf(steps));
         results.set("text", text);
-        if (!file.empty())
+        if (!file.empty()) {
             context.writeResult(file, [&](const std::filesystem::path& path) { write(path, text); });
+        }
     }
 
 private:
@@ -146,8 +152,9 @@ private:
 
     static void write(const std::filesystem::path& path, const std::string& text) {
         std::ofstream out(path, std::ios::binary);
-        if (!(out << text).flush())
+        if (!(out << text).flush()) {
             throw Failure("file", "the file cannot be written");
+        }
     }
 
     RunContext& context;
@@ -166,8 +173,9 @@ std::string CutFlowKind::summary() const {
 Ports CutFlowKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
-    for (InputSpec& input : numbersOf(valueOr(values, "cuts"), valueOr(values, "weight")).inputs())
+    for (InputSpec& input : numbersOf(valueOr(values, "cuts"), valueOr(values, "weight")).inputs()) {
         ports.inputs.push_back(std::move(input));
+    }
     ports.outputs = {
         {.name = "rows", .description = "Number of rows that pass all cuts.", .type = ValueType::Number},
         {.name = "weights",
@@ -186,23 +194,28 @@ Ports CutFlowKind::ports(const ValueTexts& values) const {
 }
 
 std::string CutFlowKind::refusal(const std::string& input, const std::string& value) const {
-    if (input == "weight")
+    if (input == "weight") {
         return expressionRefusal(value);
-    if (input != "cuts")
+    }
+    if (input != "cuts") {
         return {};
+    }
     for (const Cut& cut : cutsIn(value)) {
-        if (cut.condition.empty())
+        if (cut.condition.empty()) {
             return "Cut \"" + cut.name + "\" has no condition.";
-        if (std::string reason = expressionRefusal(cut.condition); !reason.empty())
+        }
+        if (std::string reason = expressionRefusal(cut.condition); !reason.empty()) {
             return reason;
+        }
     }
     return {};
 }
 
 std::unique_ptr<Accumulation> CutFlowKind::prepare(const Arguments& arguments, const Schema* schema,
                                                    RunContext& context) const {
-    if (schema == nullptr)
+    if (!schema) {
         throw Failure("table", "nothing is wired");
+    }
     return std::make_unique<FlowAccumulation>(arguments, *schema, context);
 }
 

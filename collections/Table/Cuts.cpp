@@ -22,12 +22,13 @@ std::vector<std::string> splitAt(const std::string& text, const std::string& sig
             continue;
         }
         parts.back() += c;
-        if (quote != 0 && c == '\\' && quote != '`' && i + 1 < text.size())
+        if (quote != 0 && c == '\\' && quote != '`' && i + 1 < text.size()) {
             parts.back() += text[++i];
-        else if (quote == 0 && (c == '"' || c == '\'' || c == '`'))
+        } else if (quote == 0 && (c == '"' || c == '\'' || c == '`')) {
             quote = c;
-        else if (c == quote || c == '\n')
+        } else if (c == quote || c == '\n') {
             quote = 0;
+        }
     }
     return parts;
 }
@@ -39,8 +40,9 @@ bool isName(const std::string& text) {
 
 Cut cutOf(const std::string& line) {
     const std::size_t colon = line.find(':');
-    if (colon != std::string::npos && isName(line.substr(0, colon)))
+    if (colon != std::string::npos && isName(line.substr(0, colon))) {
         return {trimmed(line.substr(0, colon)), trimmed(line.substr(colon + 1))};
+    }
     return {trimmed(line), trimmed(line)};
 }
 
@@ -48,9 +50,11 @@ Cut cutOf(const std::string& line) {
 
 std::vector<Cut> cutsIn(const std::string& text) {
     std::vector<Cut> cuts;
-    for (const std::string& line : splitAt(text, "\n;"))
-        if (!trimmed(line).empty())
+    for (const std::string& line : splitAt(text, "\n;")) {
+        if (!trimmed(line).empty()) {
             cuts.push_back(cutOf(line));
+        }
+    }
     return cuts;
 }
 

@@ -16,8 +16,9 @@ template <typename Values>
 Values repeatedValues(const Values& values, const Offsets& offsets) {
     Values repeated;
     repeated.reserve(offsets.back());
-    for (std::size_t row = 0; row + 1 < offsets.size(); ++row)
+    for (std::size_t row = 0; row + 1 < offsets.size(); ++row) {
         repeated.insert(repeated.end(), offsets[row + 1] - offsets[row], values[row]);
+    }
     return repeated;
 }
 
@@ -26,12 +27,13 @@ template <typename Values>
 Column repeatedLists(const Values& values, const Offsets& lists, const Offsets& offsets) {
     Values repeated;
     Column column{.values = {}, .offsets = {0}};
-    for (std::size_t row = 0; row + 1 < offsets.size(); ++row)
+    for (std::size_t row = 0; row + 1 < offsets.size(); ++row) {
         for (std::uint64_t i = offsets[row]; i < offsets[row + 1]; ++i) {
             repeated.insert(repeated.end(), values.begin() + static_cast<std::ptrdiff_t>(lists[row]),
                             values.begin() + static_cast<std::ptrdiff_t>(lists[row + 1]));
             column.offsets.push_back(repeated.size());
         }
+    }
     column.values = std::move(repeated);
     return column;
 }
@@ -47,9 +49,10 @@ ColumnPtr repeated(const Column& column, const Offsets& offsets) {
 
 ColumnPtr positionsIn(const Offsets& offsets) {
     Column::Integers positions(offsets.back());
-    for (std::size_t row = 0; row + 1 < offsets.size(); ++row)
+    for (std::size_t row = 0; row + 1 < offsets.size(); ++row) {
         std::iota(positions.begin() + static_cast<std::ptrdiff_t>(offsets[row]),
                   positions.begin() + static_cast<std::ptrdiff_t>(offsets[row + 1]), 0);
+    }
     return std::make_shared<const Column>(Column{std::move(positions), {}});
 }
 
@@ -58,19 +61,22 @@ public:
     ExplodeOperation(const Schema& schema, std::vector<std::size_t> listPlaces, const std::string& index)
         : lists(std::move(listPlaces)), hasIndex(!index.empty()) {
         std::vector<ColumnInfo> columns = schema.columns();
-        for (const std::size_t place : lists)
+        for (const std::size_t place : lists) {
             columns[place].isList = false;
+        }
         result = Schema(std::move(columns));
-        if (hasIndex)
+        if (hasIndex) {
             result.add({.name = index, .type = ColumnType::Integer});
+        }
     }
 
     const Schema& schema() const override { return result; }
 
     Chunk apply(const Chunk& chunk) const override {
         const Offsets& offsets = chunk.columns[lists.front()]->offsets;
-        for (const std::size_t place : lists)
+        for (const std::size_t place : lists) {
             checkLengths(chunk, place);
+        }
         Chunk out = chunk;
         for (std::size_t place = 0; place < chunk.columns.size(); ++place) {
             const Column& column = *chunk.columns[place];
@@ -78,8 +84,9 @@ public:
             out.columns[place] =
                 isExploded ? std::make_shared<const Column>(Column{column.values, {}}) : repeated(column, offsets);
         }
-        if (hasIndex)
+        if (hasIndex) {
             out.columns.push_back(positionsIn(offsets));
+        }
         out.rows = offsets.back();
         return out;
     }
@@ -89,8 +96,9 @@ private:
         const Offsets& expected = chunk.columns[lists.front()]->offsets;
         const Offsets& offsets = chunk.columns[place]->offsets;
         const auto difference = std::mismatch(expected.begin(), expected.end(), offsets.begin());
-        if (difference.first == expected.end())
+        if (difference.first == expected.end()) {
             return;
+        }
         const auto row = static_cast<std::size_t>(difference.first - expected.begin()) - 1;
         const auto length = [row](const Offsets& of) { return textOf(static_cast<double>(of[row + 1] - of[row])); };
         throw Failure("columns", "lists of one row have different lengths: \"" + result[lists.front()].name +
@@ -106,9 +114,11 @@ private:
 
 std::vector<std::size_t> listColumns(const Schema& schema) {
     std::vector<std::size_t> places;
-    for (std::size_t place = 0; place < schema.size(); ++place)
-        if (schema[place].isList)
+    for (std::size_t place = 0; place < schema.size(); ++place) {
+        if (schema[place].isList) {
             places.push_back(place);
+        }
+    }
     return places;
 }
 
@@ -140,16 +150,21 @@ std::string ExplodeKind::refusal(const std::string& input, const std::string& va
 std::unique_ptr<RowOperation> ExplodeKind::prepare(const Arguments& arguments, const Schema& schema,
                                                    RunContext&) const {
     std::vector<std::size_t> places = columnPlaces("columns", arguments.text("columns"), schema);
-    for (const std::size_t place : places)
-        if (!schema[place].isList)
+    for (const std::size_t place : places) {
+        if (!schema[place].isList) {
             throw Failure("columns", "column \"" + schema[place].name + "\" holds no lists");
-    if (places.empty())
+        }
+    }
+    if (places.empty()) {
         places = listColumns(schema);
-    if (places.empty())
+    }
+    if (places.empty()) {
         throw Failure("table", "it has no list column");
+    }
     const std::string& index = arguments.text("index");
-    if (!index.empty() && schema.find(index))
+    if (!index.empty() && schema.find(index)) {
         throw Failure("index", "there is a column \"" + index + "\" already");
+    }
     return std::make_unique<ExplodeOperation>(schema, std::move(places), index);
 }
 

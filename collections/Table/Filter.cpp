@@ -48,9 +48,11 @@ std::string FilterKind::summary() const {
 Ports FilterKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
-    if (const auto condition = values.find("condition"); condition != values.end())
-        for (InputSpec& input : numbersOf(condition->second).inputs())
+    if (const auto condition = values.find("condition"); condition != values.end()) {
+        for (InputSpec& input : numbersOf(condition->second).inputs()) {
             ports.inputs.push_back(std::move(input));
+        }
+    }
     ports.outputs = {
         {.name = "table", .description = "The rows that passed, with all their columns.", .type = ValueType::Table}};
     return ports;
@@ -63,8 +65,9 @@ std::string FilterKind::refusal(const std::string& input, const std::string& val
 std::unique_ptr<RowOperation> FilterKind::prepare(const Arguments& arguments, const Schema& schema,
                                                   RunContext& context) const {
     const std::string& condition = arguments.text("condition");
-    if (condition.empty())
+    if (condition.empty()) {
         throw Failure("condition", "there is no condition to judge the rows by");
+    }
     return std::make_unique<FilterOperation>(
         schema, Condition("condition", condition, schema, numbersOf(condition).values(arguments, schema, context)));
 }

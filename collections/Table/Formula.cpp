@@ -36,8 +36,9 @@ public:
     FormulaOperation(const Schema& schema, Expression formula, const std::string& column, const std::string& unit)
         : expression(std::move(formula)), place(schema.find(column).value_or(schema.size())) {
         std::vector<ColumnInfo> columns = schema.columns();
-        if (place == columns.size())
+        if (place == columns.size()) {
             columns.emplace_back();
+        }
         columns[place] = {.name = column, .type = expression.type(), .isList = expression.isList(), .unit = unit};
         result = Schema(std::move(columns));
     }
@@ -58,8 +59,9 @@ private:
 };
 
 std::string columnRefusal(const std::string& column) {
-    if (column.empty() || isColumnName(column))
+    if (column.empty() || isColumnName(column)) {
         return {};
+    }
     return "\"" + column + "\" cannot be the name of a column: no expression could use it.";
 }
 
@@ -72,31 +74,38 @@ std::string FormulaKind::summary() const {
 Ports FormulaKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
-    if (const auto expression = values.find("expression"); expression != values.end())
-        for (InputSpec& input : numbersOf(expression->second).inputs())
+    if (const auto expression = values.find("expression"); expression != values.end()) {
+        for (InputSpec& input : numbersOf(expression->second).inputs()) {
             ports.inputs.push_back(std::move(input));
+        }
+    }
     ports.outputs = {{.name = "table", .description = "The table with the new column.", .type = ValueType::Table}};
     return ports;
 }
 
 std::string FormulaKind::refusal(const std::string& input, const std::string& value) const {
-    if (input == "expression")
+    if (input == "expression") {
         return expressionRefusal(value);
-    if (input == "column")
+    }
+    if (input == "column") {
         return columnRefusal(value);
+    }
     return {};
 }
 
 std::unique_ptr<RowOperation> FormulaKind::prepare(const Arguments& arguments, const Schema& schema,
                                                    RunContext& context) const {
     const std::string& column = arguments.text("column");
-    if (column.empty())
+    if (column.empty()) {
         throw Failure("column", "the new column has no name");
-    if (std::string reason = columnRefusal(column); !reason.empty())
+    }
+    if (std::string reason = columnRefusal(column); !reason.empty()) {
         throw Failure("column", reason);
+    }
     const std::string& text = arguments.text("expression");
-    if (text.empty())
+    if (text.empty()) {
         throw Failure("expression", "there is no expression to compute the column from");
+    }
     Expression expression(text, schema, numbersOf(text).values(arguments, schema, context));
     return std::make_unique<FormulaOperation>(schema, std::move(expression), column, arguments.text("unit"));
 }

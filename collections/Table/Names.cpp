@@ -16,8 +16,9 @@ std::vector<std::string> columnNames(const std::string& input, const std::string
             continue;
         }
         const std::size_t end = list.find('`', begin + 1);
-        if (end == std::string::npos)
+        if (end == std::string::npos) {
             throw Failure(input, "a back quote is opened and not closed.");
+        }
         names.push_back(list.substr(begin + 1, end - begin - 1));
         begin = end + 1;
     }
@@ -28,10 +29,12 @@ std::vector<std::size_t> columnPlaces(const std::string& input, const std::strin
     std::vector<std::size_t> places;
     for (const std::string& name : columnNames(input, list)) {
         const std::optional<std::size_t> place = schema.find(name);
-        if (!place)
+        if (!place) {
             throw Failure(input, "there is no column \"" + name + "\"");
-        if (std::find(places.begin(), places.end(), *place) != places.end())
+        }
+        if (std::find(places.begin(), places.end(), *place) != places.end()) {
             throw Failure(input, "column \"" + name + "\" stands in the list twice");
+        }
         places.push_back(*place);
     }
     return places;

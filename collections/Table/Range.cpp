@@ -28,8 +28,9 @@ public:
 
     Chunk apply(const Chunk& chunk) const override {
         std::vector<std::uint8_t> keep(chunk.rows);
-        for (std::size_t row = 0; row < chunk.rows; ++row)
+        for (std::size_t row = 0; row < chunk.rows; ++row) {
             keep[row] = positions.contains(chunk.rowsBefore + row) ? 1 : 0;
+        }
         return onlyRows(chunk, keep);
     }
 
@@ -74,8 +75,9 @@ std::unique_ptr<RowOperation> RangeKind::prepare(const Arguments& arguments, con
     Positions positions;
     positions.first = static_cast<std::uint64_t>(arguments.integer("first"));
     positions.every = static_cast<std::uint64_t>(arguments.integer("every"));
-    if (const double last = arguments.number("last"); last < 0x1p63)
+    if (const double last = arguments.number("last"); last < 0x1p63) {
         positions.last = static_cast<std::uint64_t>(last);
+    }
     return std::make_unique<RangeOperation>(schema, positions);
 }
 

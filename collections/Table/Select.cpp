@@ -12,8 +12,9 @@ namespace {
 class SelectOperation : public RowOperation {
 public:
     SelectOperation(const Schema& schema, std::vector<std::size_t> chosen) : places(std::move(chosen)) {
-        for (const std::size_t place : places)
+        for (const std::size_t place : places) {
             result.add(schema[place]);
+        }
     }
 
     const Schema& schema() const override { return result; }
@@ -21,8 +22,9 @@ public:
     Chunk apply(const Chunk& chunk) const override {
         Chunk out = chunk;
         out.columns.clear();
-        for (const std::size_t place : places)
+        for (const std::size_t place : places) {
             out.columns.push_back(chunk.columns[place]);
+        }
         return out;
     }
 
@@ -33,9 +35,11 @@ private:
 
 std::vector<std::size_t> allBut(const std::vector<std::size_t>& places, const Schema& schema) {
     std::vector<std::size_t> others;
-    for (std::size_t place = 0; place < schema.size(); ++place)
-        if (std::find(places.begin(), places.end(), place) == places.end())
+    for (std::size_t place = 0; place < schema.size(); ++place) {
+        if (std::find(places.begin(), places.end(), place) == places.end()) {
             others.push_back(place);
+        }
+    }
     return others;
 }
 
@@ -66,8 +70,9 @@ std::string SelectKind::refusal(const std::string& input, const std::string& val
 std::unique_ptr<RowOperation> SelectKind::prepare(const Arguments& arguments, const Schema& schema, RunContext&) const {
     const std::vector<std::size_t> named = columnPlaces("columns", arguments.text("columns"), schema);
     std::vector<std::size_t> chosen = arguments.text("mode") == "drop" ? allBut(named, schema) : named;
-    if (chosen.empty())
+    if (chosen.empty()) {
         throw Failure("columns", "no column would be left");
+    }
     return std::make_unique<SelectOperation>(schema, std::move(chosen));
 }
 

@@ -44,11 +44,13 @@ std::string purposeOf(const std::string& group) {
 
 void load(const std::string& library, Collector& collector) {
     void* handle = dlopen(library.c_str(), RTLD_LAZY | RTLD_LOCAL);
-    if (handle == nullptr)
+    if (!handle) {
         throw std::runtime_error(dlerror());
+    }
     void* factory = dlsym(handle, "QzAnalysisFactory");
-    if (factory == nullptr)
+    if (!factory) {
         throw std::runtime_error(library + " offers no kinds");
+    }
     reinterpret_cast<void (*)(Registry&)>(factory)(collector);
 }
 
@@ -57,11 +59,13 @@ void writeSummary(const Group& group, std::ostream& out) {
     for (const auto& kind : group.kinds) {
         const Ports ports = kind->ports({});
         out << "---- " << kind->name() << " ----\n" << kind->summary() << "\nInputs:\n";
-        for (const InputSpec& input : ports.inputs)
+        for (const InputSpec& input : ports.inputs) {
             out << input.name << ": " << input.description << "\n";
+        }
         out << "Outputs:\n";
-        for (const OutputSpec& output : ports.outputs)
+        for (const OutputSpec& output : ports.outputs) {
             out << output.name << ": " << output.description << "\n";
+        }
         out << "\n";
     }
 }
@@ -69,8 +73,9 @@ void writeSummary(const Group& group, std::ostream& out) {
 std::string limitsOf(const InputSpec& input) {
     if (input.type == ValueType::Choice) {
         std::string text;
-        for (const std::string& choice : input.choices)
+        for (const std::string& choice : input.choices) {
             text += (text.empty() ? "" : ", ") + choice;
+        }
         return text;
     }
     const std::string kind = input.isInteger ? "whole " : "";
@@ -87,10 +92,12 @@ std::string textIn(const fs::path& file) {
 /// Documents in the groups of the examples' folder that have a plug-in of the kind, in the order of their paths.
 std::vector<fs::path> examplesOf(const Kind& kind, const fs::path& examples) {
     std::vector<fs::path> found;
-    for (const auto& entry : fs::recursive_directory_iterator(examples))
+    for (const auto& entry : fs::recursive_directory_iterator(examples)) {
         if (entry.path().extension() == ".zedra" &&
-            textIn(entry.path()).find(R"("kind": ")" + kind.name() + "\"") != std::string::npos)
+            textIn(entry.path()).find(R"("kind": ")" + kind.name() + "\"") != std::string::npos) {
             found.push_back(entry.path().lexically_relative(examples));
+        }
+    }
     std::sort(found.begin(), found.end());
     return found;
 }
@@ -99,18 +106,21 @@ std::vector<fs::path> examplesOf(const Kind& kind, const fs::path& examples) {
 void writePictures(const fs::path& document, const fs::path& examples, std::ostream& out) {
     const std::string name = document.stem();
     out << "![" << name << "](../examples/" << name << ".png)\n";
-    if (textIn(examples / document).find(R"("kind": "Plot")") != std::string::npos)
+    if (textIn(examples / document).find(R"("kind": "Plot")") != std::string::npos) {
         out << "![What it plots](../examples/" << name << "-plot.png)\n";
+    }
     out << "\n";
 }
 
 void writeExamples(const Kind& kind, const fs::path& examples, std::ostream& out) {
     const std::vector<fs::path> found = examplesOf(kind, examples);
-    if (found.empty())
+    if (found.empty()) {
         return;
+    }
     out << (found.size() == 1 ? "Example: " : "Examples: ");
-    for (const fs::path& document : found)
+    for (const fs::path& document : found) {
         out << (document == found.front() ? "`" : ", `") << document.string() << "`";
+    }
     out << ".\n\n";
     writePictures(found.front(), examples, out);
 }
@@ -119,31 +129,37 @@ void writeKind(const Kind& kind, const fs::path& examples, std::ostream& out) {
     const Ports ports = kind.ports({});
     out << "## " << kind.name() << "\n\n" << kind.summary() << "\n\n";
     out << "| input | type | default | limits | meaning |\n|---|---|---|---|---|\n";
-    for (const InputSpec& input : ports.inputs)
+    for (const InputSpec& input : ports.inputs) {
         out << "| `" << input.name << "` | " << nameOf(input.type) << " | "
             << (input.value.empty() ? "" : "`" + input.value + "`") << " | " << limitsOf(input) << " | "
             << input.description << " |\n";
-    if (!ports.outputs.empty())
+    }
+    if (!ports.outputs.empty()) {
         out << "\n| output | type | meaning |\n|---|---|---|\n";
-    for (const OutputSpec& output : ports.outputs)
+    }
+    for (const OutputSpec& output : ports.outputs) {
         out << "| `" << output.name << "` | " << nameOf(output.type) << " | " << output.description << " |\n";
+    }
     out << "\n";
-    if (!kind.notes().empty())
+    if (!kind.notes().empty()) {
         out << kind.notes() << "\n\n";
+    }
     writeExamples(kind, examples, out);
 }
 
 void writePage(const Group& group, const fs::path& examples, std::ostream& out) {
     out << "# " << group.name << "\n\n" << purposeOf(group.name) << "\n\n";
-    for (const auto& kind : group.kinds)
+    for (const auto& kind : group.kinds) {
         writeKind(*kind, examples, out);
+    }
 }
 
 int describe(const std::vector<std::string>& words) {
     Collector collector;
     load(words.back(), collector);
-    for (const Group& group : collector.groups)
+    for (const Group& group : collector.groups) {
         words.front() == "summary" ? writeSummary(group, std::cout) : writePage(group, words[1], std::cout);
+    }
     return std::cout.flush() ? 0 : 1;
 }
 

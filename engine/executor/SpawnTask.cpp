@@ -29,7 +29,7 @@ void take(void* handed) {
 /// A program that ends before a thread has come leaves the work in the scheduler's queue, as it leaves the thread. That
 /// is no leak, but a tool which looks for leaks cannot see into that queue.
 void leaveToScheduler(const Handover* handover) {
-    if (__lsan_ignore_object != nullptr) {
+    if (__lsan_ignore_object) {
         __lsan_ignore_object(handover);
     }
 }

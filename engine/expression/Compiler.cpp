@@ -41,8 +41,9 @@ public:
 
     Code run() {
         nodes = parse(source);
-        for (const Node& node : nodes)
+        for (const Node& node : nodes) {
             typed.push_back(compiled(node));
+        }
         return std::move(emitter).finish(typed.back());
     }
 
@@ -66,102 +67,122 @@ private:
     }
 
     TypedOperand named(const Node& node) {
-        if (const auto position = columns.find(node.text))
+        if (const auto position = columns.find(node.text)) {
             return column(node, *position);
-        if (const auto number = numbers.find(node.text); number != numbers.end())
+        }
+        if (const auto number = numbers.find(node.text); number != numbers.end()) {
             return emitter.constant(number->second, ColumnType::Real);
-        if (const double* known = node.isQuoted ? nullptr : findConstant(node.text))
+        }
+        if (const double* known = node.isQuoted ? nullptr : findConstant(node.text)) {
             return emitter.constant(*known, ColumnType::Real);
+        }
         std::vector<std::string> names;
-        for (const ColumnInfo& info : columns.columns())
+        for (const ColumnInfo& info : columns.columns()) {
             names.push_back(info.name);
-        for (const auto& [name, value] : numbers)
+        }
+        for (const auto& [name, value] : numbers) {
             names.push_back(name);
+        }
         refuse(source, node.place, R"(there is no column ")" + node.text + "\"" + suggestion(node.text, names));
     }
 
     TypedOperand column(const Node& node, std::size_t position) {
         const TypedOperand value = emitter.column(position, columns[position]);
-        if (value.type != ColumnType::Text || nodes.size() == 1)
+        if (value.type != ColumnType::Text || nodes.size() == 1) {
             return value;
+        }
         return emitter.emit(addressTexts, {value}, ColumnType::Text, node.place);
     }
 
     TypedOperand called(const Node& node) {
         std::vector<TypedOperand> arguments;
-        for (const std::size_t child : node.children)
+        for (const std::size_t child : node.children) {
             arguments.push_back(typed[child]);
-        if (node.text == "[]")
+        }
+        if (node.text == "[]") {
             return indexed(node, arguments);
-        if (isReduction(node.text) && arguments.size() == 1 &&
-            (arguments[0].isList || findFunction(node.text) == nullptr))
+        }
+        if (isReduction(node.text) && arguments.size() == 1 && (arguments[0].isList || !findFunction(node.text))) {
             return reduced(node, arguments[0]);
+        }
         const Function* function = findFunction(node.text);
-        if (function == nullptr)
+        if (!function) {
             refuse(source, node.place,
                    isReduction(node.text)
                        ? "\"" + node.text + R"(" takes one list column)"
                        : R"(there is no function ")" + node.text + "\"" + suggestion(node.text, functionNames()));
+        }
         checkArguments(node, *function, arguments);
-        if (isSquare(node))
+        if (isSquare(node)) {
             return applied(node, *findFunction("square"), {arguments[0]});
+        }
         return applied(node, *function, arguments);
     }
 
     /// The power that is taken most often, for which a product is quick and exact to half a unit in the last place.
     bool isSquare(const Node& node) const {
-        if (node.text != "^" && node.text != "pow")
+        if (node.text != "^" && node.text != "pow") {
             return false;
+        }
         const Node& exponent = nodes[node.children[1]];
         return (exponent.form == Form::Integer && exponent.integer == 2) ||
                (exponent.form == Form::Real && exponent.real == 2.0);
     }
 
     TypedOperand reduced(const Node& node, const TypedOperand& list) {
-        if (!list.isList)
+        if (!list.isList) {
             refuse(source, node.place,
                    "\"" + node.text + R"(" of one value takes a list column, this is )" + shown(list));
+        }
         const Reduction reduction = findReduction(node.text, list.type);
-        if (reduction.kernel == nullptr)
+        if (!reduction.kernel) {
             refuse(source, node.place, "\"" + node.text + R"(" does not take )" + shown(list));
+        }
         return emitter.emitReduction(reduction.kernel, {list}, reduction.type, node.place);
     }
 
     TypedOperand indexed(const Node& node, const std::vector<TypedOperand>& arguments) {
         const TypedOperand& list = arguments[0];
-        if (!list.isList)
+        if (!list.isList) {
             refuse(source, node.place, "only a list has values to choose from, this is " + shown(list));
-        if (arguments[1].isList || arguments[1].type == ColumnType::Text || arguments[1].type == ColumnType::Boolean)
+        }
+        if (arguments[1].isList || arguments[1].type == ColumnType::Text || arguments[1].type == ColumnType::Boolean) {
             refuse(source, nodes[node.children[1]].place,
                    "a position in a list is a number, this is " + shown(arguments[1]));
+        }
         TypedOperand position = arguments[1];
-        if (position.type == ColumnType::Integer)
+        if (position.type == ColumnType::Integer) {
             position =
                 emitter.emit(conversion(position.type, ColumnType::Real), {position}, ColumnType::Real, node.place);
+        }
         const Reduction way = findIndexing(list.type);
         return emitter.emitReduction(way.kernel, {list, position}, way.type, node.place);
     }
 
     void checkArguments(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) {
         const std::size_t count = arguments.size();
-        if (count < function.arguments || (count > function.arguments && !function.takesMore))
+        if (count < function.arguments || (count > function.arguments && !function.takesMore)) {
             refuse(source, node.place, "\"" + node.text + R"(" takes )" + wanted(function));
+        }
     }
 
     static std::string wanted(const Function& function) {
-        if (function.takesMore)
+        if (function.takesMore) {
             return "two values or more, or one list column";
+        }
         return function.arguments == 1 ? "one value" : function.arguments == 2 ? "two values" : "three values";
     }
 
     TypedOperand applied(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) {
         switch (function.rule) {
             case Rule::Real:
-                if (node.text == "exp")
+                if (node.text == "exp") {
                     if (const auto negative =
-                            emitter.popIfProducedBy(arguments[0], kernel(*findFunction("-sign"), ColumnType::Real)))
+                            emitter.popIfProducedBy(arguments[0], kernel(*findFunction("-sign"), ColumnType::Real))) {
                         return emitter.emit(kernel(*findFunction("-exp"), ColumnType::Real), *negative,
                                             ColumnType::Real, node.place);
+                    }
+                }
                 return emitter.emit(kernel(function, ColumnType::Real), all(node, arguments, ColumnType::Real),
                                     ColumnType::Real, node.place);
             case Rule::Test:
@@ -184,17 +205,21 @@ private:
     }
 
     TypedOperand arithmetic(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) {
-        const bool hasReal = std::any_of(arguments.begin(), arguments.end(),
-                                         [](const TypedOperand& argument) { return argument.type == ColumnType::Real; });
+        const bool hasReal = std::any_of(arguments.begin(), arguments.end(), [](const TypedOperand& argument) {
+            return argument.type == ColumnType::Real;
+        });
         const ColumnType type = hasReal ? ColumnType::Real : ColumnType::Integer;
         const auto values = all(node, arguments, type);
-        if (values.size() == 1)
+        if (values.size() == 1) {
             return emitter.emit(kernel(function, type), values, type, node.place);
-        if (const auto joined = type == ColumnType::Real ? joinedWithProduct(node, values) : std::nullopt)
+        }
+        if (const auto joined = type == ColumnType::Real ? joinedWithProduct(node, values) : std::nullopt) {
             return *joined;
+        }
         TypedOperand result = emitter.emit(kernel(function, type), {values[0], values[1]}, type, node.place);
-        for (std::size_t i = 2; i < values.size(); ++i)
+        for (std::size_t i = 2; i < values.size(); ++i) {
             result = emitter.emit(kernel(function, type), {result, values[i]}, type, node.place);
+        }
         return result;
     }
 
@@ -202,15 +227,18 @@ private:
     /// step before.
     std::optional<TypedOperand> joinedWithProduct(const Node& node, const std::vector<TypedOperand>& values) {
         const bool isSum = node.text == "+";
-        if ((!isSum && node.text != "-") || values[0].isList || values[1].isList)
+        if ((!isSum && node.text != "-") || values[0].isList || values[1].isList) {
             return std::nullopt;
+        }
         const Kernel product = kernel(*findFunction("*"), ColumnType::Real);
         for (const std::size_t side : {1U, 0U}) {
-            if (side == 1 && !isSum)
+            if (side == 1 && !isSum) {
                 continue;
+            }
             auto factors = emitter.popIfProducedBy(values[side], product);
-            if (!factors)
+            if (!factors) {
                 continue;
+            }
             factors->push_back(values[1 - side]);
             return emitter.emit(kernel(*findFunction(isSum ? "*+" : "*-"), ColumnType::Real), *factors,
                                 ColumnType::Real, node.place);
@@ -222,18 +250,22 @@ private:
     ColumnType compared(const Node& node, const std::vector<TypedOperand>& pair) {
         const ColumnType first = pair[0].type;
         const ColumnType second = pair[1].type;
-        if ((first == ColumnType::Text) != (second == ColumnType::Text))
+        if ((first == ColumnType::Text) != (second == ColumnType::Text)) {
             refuse(source, node.place, "a text and a number do not go together here");
-        if (first == ColumnType::Text || first == ColumnType::Real || second == ColumnType::Real)
+        }
+        if (first == ColumnType::Text || first == ColumnType::Real || second == ColumnType::Real) {
             return first == ColumnType::Text ? first : ColumnType::Real;
+        }
         return ColumnType::Integer;
     }
 
     std::vector<TypedOperand> conditions(const Node& node, const std::vector<TypedOperand>& arguments) {
-        for (std::size_t i = 0; i < arguments.size(); ++i)
-            if (arguments[i].type == ColumnType::Real || arguments[i].type == ColumnType::Text)
+        for (std::size_t i = 0; i < arguments.size(); ++i) {
+            if (arguments[i].type == ColumnType::Real || arguments[i].type == ColumnType::Text) {
                 refuse(source, nodes[node.children[i]].place,
                        "a condition is needed here, this is " + shown(arguments[i]) + "; compare it with something");
+            }
+        }
         return all(node, arguments, ColumnType::Boolean);
     }
 
@@ -244,14 +276,15 @@ private:
         const bool areBooleans = pair[0].type == ColumnType::Boolean && pair[1].type == ColumnType::Boolean;
         const ColumnType type = areBooleans ? ColumnType::Boolean : compared(node, pair);
         const Node valuesOnly{node.form, node.place, node.text, 0.0, 0, false, {node.children[1], node.children[2]}};
-        for (const TypedOperand& value : all(valuesOnly, pair, type))
+        for (const TypedOperand& value : all(valuesOnly, pair, type)) {
             values.push_back(value);
+        }
         return emitter.emit(kernel(function, type), values, type, node.place);
     }
 
     static Kernel kernel(const Function& function, ColumnType type) {
         const Kernel wide = function.rule == Rule::Choice ? nullptr : wideKernel(function.name, type);
-        return wide == nullptr ? commonKernel(function, type) : wide;
+        return !wide ? commonKernel(function, type) : wide;
     }
 
     static Kernel commonKernel(const Function& function, ColumnType type) {
@@ -273,10 +306,11 @@ private:
         std::vector<TypedOperand> converted;
         for (std::size_t i = 0; i < values.size(); ++i) {
             const Kernel way = conversion(values[i].type, type);
-            if (way == nullptr && values[i].type != type)
+            if (!way && values[i].type != type) {
                 refuse(source, nodes[node.children[i]].place,
                        "\"" + shownName(node) + R"(" does not take )" + shown(values[i]));
-            converted.push_back(way == nullptr ? values[i] : emitter.emit(way, {values[i]}, type, node.place));
+            }
+            converted.push_back(!way ? values[i] : emitter.emit(way, {values[i]}, type, node.place));
         }
         return converted;
     }

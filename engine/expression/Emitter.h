@@ -37,7 +37,8 @@ public:
     /// columns are checked for equal lengths first, and a single value of a row is repeated for its list.
     TypedOperand emit(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type, std::size_t place);
     /// One value for each row of a list, by a kernel that looks at the offsets.
-    TypedOperand emitReduction(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type, std::size_t place);
+    TypedOperand emitReduction(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type,
+                               std::size_t place);
 
     /// Takes the last step back where it made the value by this kernel, row by row.
     /// @return what the step took; nothing where another step made the value.

@@ -1,8 +1,8 @@
 #include <velmorak/Expression.h>
 
-#include "expression/Program.h"
 #include <velmorak/Failure.h>
 #include <velmorak/Value.h>
+#include "expression/Program.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -14,8 +14,8 @@ namespace {
 using expression::Block;
 using expression::blockRows;
 using expression::Code;
-using expression::KernelArgs;
 using expression::IterationDomain;
+using expression::KernelArgs;
 using expression::Operand;
 using expression::Step;
 
@@ -32,12 +32,14 @@ public:
     ColumnPtr run() {
         auto column = std::make_shared<Column>();
         prepare(*column);
-        if (code.isList)
+        if (code.isList) {
             column->offsets = lengthsOf(*chunk.columns[code.resultShape]);
+        }
         for (std::size_t begin = 0; begin < chunk.rows; begin += blockRows) {
             const std::size_t rows = std::min(blockRows, chunk.rows - begin);
-            for (const Step& step : code.steps)
+            for (const Step& step : code.steps) {
                 perform(step, begin, rows);
+            }
             append(*column, begin, rows);
         }
         return column;
@@ -47,8 +49,9 @@ private:
     /// The offsets of a column, beginning with 0.
     static std::vector<std::uint64_t> lengthsOf(const Column& list) {
         std::vector<std::uint64_t> offsets = list.offsets;
-        for (std::uint64_t& offset : offsets)
+        for (std::uint64_t& offset : offsets) {
             offset -= list.offsets.front();
+        }
         return offsets;
     }
 
@@ -98,25 +101,30 @@ private:
     }
 
     void perform(const Step& step, std::size_t begin, std::size_t rows) {
-        if (step.over == IterationDomain::Lengths)
+        if (step.over == IterationDomain::Lengths) {
             return compareLengths(step, begin, rows);
-        if (step.over == IterationDomain::Lists)
+        }
+        if (step.over == IterationDomain::Lists) {
             return performOnLists(step, begin, rows);
+        }
         KernelArgs lane;
         lane.rows = rows;
-        if (step.over != IterationDomain::Rows)
+        if (step.over != IterationDomain::Rows) {
             lane.offsets = offsetsAt(step.shape, begin);
+        }
         lane.out = step.over == IterationDomain::Broadcast ? listFor(step, lane.offsets[rows] - lane.offsets[0])
-                                             : buffers[step.out.position].bytes;
-        for (std::size_t i = 0; i < 3; ++i)
+                                                           : buffers[step.out.position].bytes;
+        for (std::size_t i = 0; i < 3; ++i) {
             lane.in[i] = valuesAt(step.in[i], begin);
+        }
         call(step, lane, begin);
     }
 
     std::byte* listFor(const Step& step, std::size_t values) {
         auto& list = lists[step.out.position];
-        if (list.size() < values * step.outBytes)
+        if (list.size() < values * step.outBytes) {
             list.resize(values * step.outBytes);
+        }
         return list.data();
     }
 
@@ -129,9 +137,11 @@ private:
             KernelArgs lane;
             lane.rows = std::min(blockRows, values - first);
             lane.out = out + first * step.outBytes;
-            for (std::size_t i = 0; i < 3; ++i)
-                if (step.in[i].in != Operand::In::Nothing)
+            for (std::size_t i = 0; i < 3; ++i) {
+                if (step.in[i].in != Operand::In::Nothing) {
                     lane.in[i] = static_cast<const std::byte*>(valuesAt(step.in[i], begin)) + first * step.inBytes[i];
+                }
+            }
             call(step, lane, begin);
         }
     }
@@ -142,37 +152,42 @@ private:
         for (std::size_t row = 0; row < rows; ++row) {
             const std::uint64_t length = offsets[row + 1] - offsets[row];
             const std::uint64_t other = others[row + 1] - others[row];
-            if (length != other)
+            if (length != other) {
                 expression::refuse(text, step.place,
                                    "the lists have " + textOf(static_cast<double>(length)) + " and " +
                                        textOf(static_cast<double>(other)) + " values in row " +
                                        textOf(static_cast<double>(chunk.firstRow + begin + row)) +
                                        ", and only lists of equal length go together");
+            }
         }
     }
 
     void call(const Step& step, const KernelArgs& lane, std::size_t begin) const {
-        if (!step.kernel(lane))
+        if (!step.kernel(lane)) {
             expression::refuse(text, step.place,
                                "no integer can hold a result in the rows from " +
                                    textOf(static_cast<double>(chunk.firstRow + begin)) +
                                    " on: it is too large, or a division by 0");
+        }
     }
 
     template <typename Values, typename From>
     static void appendTo(Column& column, const void* from, std::size_t rows) {
         const auto* values = static_cast<const From*>(from);
         auto& target = std::get<Values>(column.values);
-        if constexpr (std::is_pointer_v<From>)
-            for (std::size_t row = 0; row < rows; ++row)
+        if constexpr (std::is_pointer_v<From>) {
+            for (std::size_t row = 0; row < rows; ++row) {
                 target.push_back(*values[row]);
-        else
+            }
+        } else {
             target.insert(target.end(), values, values + rows);
+        }
     }
 
     void append(Column& column, std::size_t begin, std::size_t rows) const {
-        if (code.isList)
+        if (code.isList) {
             rows = column.offsets[begin + rows] - column.offsets[begin];
+        }
         const void* from = valuesAt(code.result, begin);
         switch (code.type) {
             case ColumnType::Real:
@@ -229,11 +244,13 @@ ColumnPtr Expression::evaluate(const Chunk& chunk) const {
     for (const std::size_t position : code.usedColumns) {
         const ColumnInfo& info = program->columns[position];
         if (position >= chunk.columns.size() || chunk.columns[position]->type() != info.type ||
-            chunk.columns[position]->isList() != info.isList)
+            chunk.columns[position]->isList() != info.isList) {
             throw std::logic_error("the chunk is not of the schema that the expression was checked against");
+        }
     }
-    if (code.result.in == Operand::In::Column)
+    if (code.result.in == Operand::In::Column) {
         return chunk.columns[code.result.position];
+    }
     return Evaluation(program->text, code, chunk).run();
 }
 
@@ -242,15 +259,17 @@ std::vector<std::string> namesIn(std::string_view text) {
     for (const expression::Node& node : expression::parse(text)) {
         const bool isName =
             node.form == expression::Form::Name && (node.isQuoted || !expression::isConstant(node.text));
-        if (isName && std::find(names.begin(), names.end(), node.text) == names.end())
+        if (isName && std::find(names.begin(), names.end(), node.text) == names.end()) {
             names.push_back(node.text);
+        }
     }
     return names;
 }
 
 std::string expressionRefusal(std::string_view text) {
-    if (text.empty())
+    if (text.empty()) {
         return {};
+    }
     try {
         expression::parse(text);
         return {};

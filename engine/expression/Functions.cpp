@@ -17,8 +17,9 @@ template <typename In, typename Out, auto function>
 bool unary(const KernelArgs& lane) {
     const auto* a = static_cast<const In*>(lane.in[0]);
     auto* out = static_cast<Out*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row)
+    for (std::size_t row = 0; row < lane.rows; ++row) {
         out[row] = static_cast<Out>(function(a[row]));
+    }
     return true;
 }
 
@@ -27,8 +28,9 @@ bool binary(const KernelArgs& lane) {
     const auto* a = static_cast<const In*>(lane.in[0]);
     const auto* b = static_cast<const In*>(lane.in[1]);
     auto* out = static_cast<Out*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row)
+    for (std::size_t row = 0; row < lane.rows; ++row) {
         out[row] = static_cast<Out>(function(a[row], b[row]));
+    }
     return true;
 }
 
@@ -38,8 +40,9 @@ bool ternary(const KernelArgs& lane) {
     const auto* b = static_cast<const double*>(lane.in[1]);
     const auto* c = static_cast<const double*>(lane.in[2]);
     auto* out = static_cast<double*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row)
+    for (std::size_t row = 0; row < lane.rows; ++row) {
         out[row] = function(a[row], b[row], c[row]);
+    }
     return true;
 }
 
@@ -50,8 +53,9 @@ bool checked(const KernelArgs& lane) {
     const auto* b = static_cast<const std::int64_t*>(lane.in[1]);
     auto* out = static_cast<std::int64_t*>(lane.out);
     bool isWrong = false;
-    for (std::size_t row = 0; row < lane.rows; ++row)
-        isWrong |= function(a[row], b == nullptr ? 0 : b[row], out[row]);
+    for (std::size_t row = 0; row < lane.rows; ++row) {
+        isWrong |= function(a[row], !b ? 0 : b[row], out[row]);
+    }
     return !isWrong;
 }
 
@@ -61,8 +65,9 @@ bool choose(const KernelArgs& lane) {
     const auto* yes = static_cast<const T*>(lane.in[1]);
     const auto* no = static_cast<const T*>(lane.in[2]);
     auto* out = static_cast<T*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row)
+    for (std::size_t row = 0; row < lane.rows; ++row) {
         out[row] = condition[row] != 0 ? yes[row] : no[row];
+    }
     return true;
 }
 
@@ -78,10 +83,11 @@ constexpr auto sign = [](auto x) { return x > 0 ? decltype(x)(1) : x < 0 ? declt
 constexpr auto isTrue = [](auto x) { return x != 0; };
 template <typename Number>
 constexpr bool isNotANumber(Number x) {
-    if constexpr (std::is_floating_point_v<Number>)
+    if constexpr (std::is_floating_point_v<Number>) {
         return std::isnan(x);
-    else
+    } else {
         return false;
+    }
 }
 // NaN on either side gives NaN.
 constexpr auto lesser = [](auto x, auto y) { return y < x || isNotANumber(y) ? y : x; };
@@ -220,38 +226,48 @@ const Function* findFunction(std::string_view name) {
 
 Kernel wideKernel(std::string_view name, ColumnType type) {
     const std::vector<WideKernels> runnable = runnableKernels();
-    if (!runnable.empty())
-        for (const WideKernel& known : runnable.front())
-            if (known.type == type && name == known.name)
+    if (!runnable.empty()) {
+        for (const WideKernel& known : runnable.front()) {
+            if (known.type == type && name == known.name) {
                 return known.kernel;
+            }
+        }
+    }
     return nullptr;
 }
 
 std::vector<std::string> functionNames() {
     std::vector<std::string> names{"sum", "count", "any", "all"};
-    for (const Function& function : functions)
-        if (function.name.front() >= 'a' && function.name.front() <= 'z')
+    for (const Function& function : functions) {
+        if (function.name.front() >= 'a' && function.name.front() <= 'z') {
             names.emplace_back(function.name);
+        }
+    }
     return names;
 }
 
 Kernel conversion(ColumnType from, ColumnType to) {
-    if (from == ColumnType::Integer && to == ColumnType::Real)
+    if (from == ColumnType::Integer && to == ColumnType::Real) {
         return unary<std::int64_t, double, same>;
-    if (from == ColumnType::Boolean && to == ColumnType::Real)
+    }
+    if (from == ColumnType::Boolean && to == ColumnType::Real) {
         return unary<std::uint8_t, double, isTrue>;
-    if (from == ColumnType::Boolean && to == ColumnType::Integer)
+    }
+    if (from == ColumnType::Boolean && to == ColumnType::Integer) {
         return unary<std::uint8_t, std::int64_t, isTrue>;
-    if (from == ColumnType::Integer && to == ColumnType::Boolean)
+    }
+    if (from == ColumnType::Integer && to == ColumnType::Boolean) {
         return unary<std::int64_t, std::uint8_t, isTrue>;
+    }
     return nullptr;
 }
 
 bool addressTexts(const KernelArgs& lane) {
     const auto* texts = static_cast<const std::string*>(lane.in[0]);
     auto* out = static_cast<TextPtr*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row)
+    for (std::size_t row = 0; row < lane.rows; ++row) {
         out[row] = texts + row;
+    }
     return true;
 }
 

@@ -101,25 +101,31 @@ void refuse(std::string_view text, std::size_t place, const std::string& reason)
 }
 
 Token Lexer::next() {
-    while (here < source.size() && (source[here] == ' ' || (source[here] >= '\t' && source[here] <= '\r')))
+    while (here < source.size() && (source[here] == ' ' || (source[here] >= '\t' && source[here] <= '\r'))) {
         ++here;
-    if (here >= source.size())
+    }
+    if (here >= source.size()) {
         return {TokenKind::End, source.size(), "", 0.0, 0, false};
+    }
     const char c = source[here];
-    if (isDigit(c) || (c == '.' && isDigit(at(here + 1))))
+    if (isDigit(c) || (c == '.' && isDigit(at(here + 1)))) {
         return number();
-    if (beginsName(c))
+    }
+    if (beginsName(c)) {
         return name();
-    if (c == '"' || c == '\'' || c == '`')
+    }
+    if (c == '"' || c == '\'' || c == '`') {
         return quoted(c);
+    }
     return symbol();
 }
 
 Token Lexer::number() {
     Token token{TokenKind::Integer, here, "", 0.0, 0, false};
     std::size_t end = here;
-    while (isDigit(at(end)))
+    while (isDigit(at(end))) {
         ++end;
+    }
     bool isWhole = true;
     if (at(end) == '.') {
         isWhole = false;
@@ -130,11 +136,13 @@ Token Lexer::number() {
     if ((at(end) == 'e' || at(end) == 'E') && isDigit(at(end + 1 + sign))) {
         isWhole = false;
         end += 1 + sign;
-        while (isDigit(at(end)))
+        while (isDigit(at(end))) {
             ++end;
+        }
     }
-    if (beginsName(at(end)) || at(end) == '.')
+    if (beginsName(at(end)) || at(end) == '.') {
         refuse(source, end, "this number does not end where it should");
+    }
     token.text = source.substr(here, end - here);
     const auto* first = token.text.data();
     const auto result = std::from_chars(first, first + token.text.size(), token.integer);
@@ -149,22 +157,26 @@ Token Lexer::number() {
 Token Lexer::name() {
     Token token{TokenKind::Name, here, "", 0.0, 0, false};
     std::size_t end = here;
-    while (beginsName(at(end)) || isDigit(at(end)) || (at(end) == '.' && beginsName(at(end + 1))))
+    while (beginsName(at(end)) || isDigit(at(end)) || (at(end) == '.' && beginsName(at(end + 1)))) {
         ++end;
+    }
     token.text = source.substr(here, end - here);
     here = end;
     const std::array<std::array<std::string_view, 2>, 3> words{{{"and", "&&"}, {"or", "||"}, {"not", "not"}}};
-    for (const auto& [word, meaning] : words)
-        if (token.text == word)
+    for (const auto& [word, meaning] : words) {
+        if (token.text == word) {
             return {TokenKind::Symbol, token.place, std::string(meaning), 0.0, 0, false};
+        }
+    }
     return token;
 }
 
 Token Lexer::quoted(char quote) {
     Token token{quote == '`' ? TokenKind::Name : TokenKind::Text, here, "", 0.0, 0, quote == '`'};
     for (++here; at(here) != quote || here >= source.size(); ++here) {
-        if (here >= source.size())
+        if (here >= source.size()) {
             refuse(source, token.place, "this quote is never closed");
+        }
         char c = source[here];
         if (c == '\\' && here + 1 < source.size()) {
             c = source[++here];
@@ -180,16 +192,17 @@ Token Lexer::symbol() {
     constexpr std::array<std::string_view, 7> pairs{"**", "&&", "||", "==", "!=", "<=", ">="};
     const std::string_view pair = source.substr(here, 2);
     Token token{TokenKind::Symbol, here, "", 0.0, 0, false};
-    if (std::find(pairs.begin(), pairs.end(), pair) != pairs.end())
+    if (std::find(pairs.begin(), pairs.end(), pair) != pairs.end()) {
         token.text = pair == "**" ? "^" : std::string(pair);
-    else if (std::string_view("+-*/%^()[]<>!,?:").find(source[here]) != std::string_view::npos)
+    } else if (std::string_view("+-*/%^()[]<>!,?:").find(source[here]) != std::string_view::npos) {
         token.text = source[here];
-    else if (source[here] == '=')
+    } else if (source[here] == '=') {
         refuse(source, here, "a single = compares nothing; write ==");
-    else if (source[here] == '&' || source[here] == '|')
+    } else if (source[here] == '&' || source[here] == '|') {
         refuse(source, here, R"(write && for "and", || for "or")");
-    else
+    } else {
         refuse(source, here, "an expression has no such character");
+    }
     here += pair == "**" ? 2 : token.text.size();
     return token;
 }

@@ -18,8 +18,9 @@ bool fold(const KernelArgs& lane, Out start) {
     for (std::size_t row = 0; row < lane.rows; ++row) {
         Out folded = start;
         const std::uint64_t end = lane.offsets[row + 1] - lane.offsets[0];
-        for (std::uint64_t position = lane.offsets[row] - lane.offsets[0]; position < end; ++position)
+        for (std::uint64_t position = lane.offsets[row] - lane.offsets[0]; position < end; ++position) {
             isWrong |= step(folded, values[position]);
+        }
         out[row] = folded;
     }
     return !isWrong;
@@ -35,8 +36,9 @@ bool extreme(const KernelArgs& lane) {
         double best = begin == end ? std::numeric_limits<double>::quiet_NaN() : static_cast<double>(values[begin]);
         for (std::uint64_t position = begin; position < end; ++position) {
             const auto value = static_cast<double>(values[position]);
-            if (isBetter(value, best) || std::isnan(value))
+            if (isBetter(value, best) || std::isnan(value)) {
                 best = value;
+            }
         }
         out[row] = best;
     }
@@ -45,8 +47,9 @@ bool extreme(const KernelArgs& lane) {
 
 bool count(const KernelArgs& lane) {
     auto* out = static_cast<std::int64_t*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row)
+    for (std::size_t row = 0; row < lane.rows; ++row) {
         out[row] = static_cast<std::int64_t>(lane.offsets[row + 1] - lane.offsets[row]);
+    }
     return true;
 }
 
@@ -110,8 +113,9 @@ template <typename T>
 bool spread(const KernelArgs& lane) {
     const auto* values = static_cast<const T*>(lane.in[0]);
     auto* out = static_cast<T*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row)
+    for (std::size_t row = 0; row < lane.rows; ++row) {
         out = std::fill_n(out, lane.offsets[row + 1] - lane.offsets[row], values[row]);
+    }
     return true;
 }
 
@@ -144,9 +148,11 @@ bool isReduction(std::string_view name) {
 }
 
 Reduction findReduction(std::string_view name, ColumnType element) {
-    for (const Entry& entry : entries)
-        if (entry.name == name && entry.element == element)
+    for (const Entry& entry : entries) {
+        if (entry.name == name && entry.element == element) {
             return entry.reduction;
+        }
+    }
     return {};
 }
 

@@ -32,10 +32,13 @@ constexpr std::array<Operator, 13> operators{{{"||", 1},
 constexpr int notLevel = 3;
 
 int levelOf(const Token& token) {
-    if (token.kind == TokenKind::Symbol)
-        for (const Operator& known : operators)
-            if (known.symbol == token.text)
+    if (token.kind == TokenKind::Symbol) {
+        for (const Operator& known : operators) {
+            if (known.symbol == token.text) {
                 return known.level;
+            }
+        }
+    }
     return 0;
 }
 
@@ -46,11 +49,13 @@ public:
     explicit Parser(std::string_view expression) : source(expression), lexer(expression) { advance(); }
 
     std::vector<Node> whole() {
-        if (token.kind == TokenKind::End)
+        if (token.kind == TokenKind::End) {
             refuse(source, token.place, "there is no expression");
+        }
         choice();
-        if (token.kind != TokenKind::End)
+        if (token.kind != TokenKind::End) {
             refuse(source, token.place, "this is more than one expression; an operator is missing before it");
+        }
         return std::move(nodes);
     }
 
@@ -59,10 +64,11 @@ private:
     class Level {
     public:
         explicit Level(Parser& parser) : count(parser.levels) {
-            if (++count > maxLevels)
+            if (++count > maxLevels) {
                 refuse(parser.source, parser.token.place,
                        "the expression is nested too deeply; at most " + textOf(maxParentheses) +
                            " parentheses stand one within the other");
+            }
         }
         ~Level() { --count; }
         Level(const Level&) = delete;
@@ -76,8 +82,9 @@ private:
     bool isSymbol(std::string_view symbol) const { return token.kind == TokenKind::Symbol && token.text == symbol; }
 
     void expect(std::string_view symbol, const std::string& reason) {
-        if (!isSymbol(symbol))
+        if (!isSymbol(symbol)) {
             refuse(source, token.place, reason);
+        }
         advance();
     }
 
@@ -94,8 +101,9 @@ private:
     std::size_t choice() {
         const Level level(*this);
         const std::size_t condition = binary(1);
-        if (!isSymbol("?"))
+        if (!isSymbol("?")) {
             return condition;
+        }
         const std::size_t place = token.place;
         advance();
         const std::size_t yes = choice();
@@ -110,18 +118,21 @@ private:
             advance();
             const std::size_t right = binary(level + 1);
             left = call(symbol.text, symbol.place, {left, right});
-            if (level == comparison && levelOf(token) == comparison)
+            if (level == comparison && levelOf(token) == comparison) {
                 refuse(source, token.place, "comparisons do not chain; write a < b && b < c");
+            }
         }
         return left;
     }
 
     std::size_t operand(int lowest) {
-        if (!isSymbol("not"))
+        if (!isSymbol("not")) {
             return sign();
+        }
         const Level level(*this);
-        if (lowest > notLevel)
+        if (lowest > notLevel) {
             refuse(source, token.place, R"(put "not" and what it negates between parentheses here)");
+        }
         const std::size_t place = token.place;
         advance();
         return call("!", place, {binary(notLevel)});
@@ -129,8 +140,9 @@ private:
 
     std::size_t sign() {
         const Level level(*this);
-        if (!isSymbol("-") && !isSymbol("+") && !isSymbol("!"))
+        if (!isSymbol("-") && !isSymbol("+") && !isSymbol("!")) {
             return power();
+        }
         const Token symbol = token;
         advance();
         const std::size_t value = sign();
@@ -139,8 +151,9 @@ private:
 
     std::size_t power() {
         const std::size_t base = element();
-        if (!isSymbol("^"))
+        if (!isSymbol("^")) {
             return base;
+        }
         const std::size_t place = token.place;
         advance();
         return call("^", place, {base, sign()});
@@ -152,8 +165,9 @@ private:
             const std::size_t open = token.place;
             advance();
             const std::size_t position = choice();
-            if (token.kind == TokenKind::End)
+            if (token.kind == TokenKind::End) {
                 refuse(source, open, "this bracket is never closed");
+            }
             expect("]", "a bracket should be closed here");
             whole = call("[]", open, {whole, position});
         }
@@ -165,15 +179,18 @@ private:
             const std::size_t open = token.place;
             advance();
             const std::size_t inside = choice();
-            if (token.kind == TokenKind::End)
+            if (token.kind == TokenKind::End) {
                 refuse(source, open, "this parenthesis is never closed");
+            }
             expect(")", "a parenthesis should be closed here");
             return inside;
         }
-        if (token.kind == TokenKind::End)
+        if (token.kind == TokenKind::End) {
             refuse(source, token.place, "the expression ends too early; a value is missing");
-        if (token.kind == TokenKind::Symbol)
+        }
+        if (token.kind == TokenKind::Symbol) {
             refuse(source, token.place, R"(a value is missing before ")" + token.text + "\"");
+        }
         return value();
     }
 
@@ -190,8 +207,9 @@ private:
                                                        : Form::Name;
         advance();
         if (node.form == Form::Name && !node.isQuoted) {
-            if (isSymbol("("))
+            if (isSymbol("(")) {
                 return arguments(node);
+            }
             if (node.text == "true" || node.text == "false") {
                 node.form = Form::Truth;
                 node.integer = node.text == "true" ? 1 : 0;
@@ -204,8 +222,9 @@ private:
     std::size_t arguments(const Node& function) {
         advance();
         std::vector<std::size_t> children;
-        if (!isSymbol(")"))
+        if (!isSymbol(")")) {
             children.push_back(choice());
+        }
         while (isSymbol(",")) {
             advance();
             children.push_back(choice());
@@ -224,9 +243,10 @@ private:
 }  // namespace
 
 std::vector<Node> parse(std::string_view text) {
-    if (text.size() > maxCharacters)
+    if (text.size() > maxCharacters) {
         refuse(text, maxCharacters,
                "an expression has at most " + textOf(static_cast<double>(maxCharacters)) + " characters");
+    }
     return Parser(text).whole();
 }
 

@@ -22,7 +22,7 @@ enum class IterationDomain {
     Rows,         ///< A value for each row.
     Lists,        ///< All values of the lists of a block.
     RowsOfLists,  ///< The rows, with the values of a list each: the kernel looks at the offsets.
-    Broadcast,       ///< The rows, whose single value is repeated for each value of a list.
+    Broadcast,    ///< The rows, whose single value is repeated for each value of a list.
     Lengths       ///< The lengths of two lists, which must be equal. Has no kernel.
 };
 

@@ -32,13 +32,14 @@ std::size_t distance(std::string_view a, std::string_view b) {
 std::string suggestion(std::string_view wrong, const std::vector<std::string>& names) {
     std::size_t least = std::max<std::size_t>(1, wrong.size() / 3) + 1;
     const std::string* nearest = nullptr;
-    for (const std::string& name : names)
+    for (const std::string& name : names) {
         if (const std::size_t away = distance(wrong.substr(0, 200), std::string_view(name).substr(0, 200));
             away < least) {
             least = away;
             nearest = &name;
         }
-    return nearest == nullptr ? std::string() : R"(; did you mean ")" + *nearest + R"("?)";
+    }
+    return !nearest ? std::string() : R"(; did you mean ")" + *nearest + R"("?)";
 }
 
 }  // namespace velmorak::expression

@@ -20,14 +20,18 @@ template <typename Slope>
     double* const __restrict target = chain.weight[argument];
     const double* const __restrict from = chain.outer;
     const std::size_t count = chain.count;
-    if (target == nullptr)
+    if (!target) {
         return;
-    if (*chain.hasAdjoint[argument] != 0)
-        for (std::size_t i = 0; i < count; ++i)
+    }
+    if (*chain.hasAdjoint[argument] != 0) {
+        for (std::size_t i = 0; i < count; ++i) {
             target[i] += times(from[i], slope(i));
-    else
-        for (std::size_t i = 0; i < count; ++i)
+        }
+    } else {
+        for (std::size_t i = 0; i < count; ++i) {
             target[i] = times(from[i], slope(i));
+        }
+    }
     *chain.hasAdjoint[argument] = 1;
 }
 

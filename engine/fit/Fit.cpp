@@ -1,9 +1,9 @@
 #include <velmorak/Fit.h>
 
-#include "expression/Program.h"
-#include "fit/Minimise.h"
 #include <velmorak/Failure.h>
 #include <velmorak/Value.h>
+#include "expression/Program.h"
+#include "fit/Minimise.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,15 +12,17 @@ namespace velmorak {
 
 namespace {
 
-using fitting::Minimum;
 using fitting::LeastSquaresProblem;
+using fitting::Minimum;
 using fitting::Selection;
 
 void refuseUnknown(const FitModel& model, const FitParameters& given) {
     const std::vector<std::string>& names = model.parameters();
-    for (const auto& [name, parameter] : given)
-        if (std::find(names.begin(), names.end(), name) == names.end())
+    for (const auto& [name, parameter] : given) {
+        if (std::find(names.begin(), names.end(), name) == names.end()) {
             throw Failure("the model has no parameter \"" + name + "\"" + expression::suggestion(name, names));
+        }
+    }
 }
 
 /// A width counts in squares only: of the two that fit as well, the positive one is meant.
@@ -28,12 +30,14 @@ void makeWidthsPositive(LeastSquaresProblem& problem, Minimum& minimum, const Fi
     for (std::size_t k = 0; k < minimum.moving.size(); ++k) {
         const std::size_t i = minimum.moving[k];
         const auto& parameter = problem.model().parameters[i];
-        if (parameter.role != fitting::Role::Width || minimum.values[i] >= 0.0 || given.contains(parameter.name))
+        if (parameter.role != fitting::Role::Width || minimum.values[i] >= 0.0 || given.contains(parameter.name)) {
             continue;
+        }
         std::vector<double> flipped = minimum.values;
         flipped[i] = -flipped[i];
-        if (problem.cost(flipped) != problem.cost(minimum.values))
+        if (problem.cost(flipped) != problem.cost(minimum.values)) {
             continue;
+        }
         minimum.values = flipped;
         minimum.covariance.row(static_cast<Eigen::Index>(k)) *= -1.0;
         minimum.covariance.col(static_cast<Eigen::Index>(k)) *= -1.0;
@@ -41,11 +45,13 @@ void makeWidthsPositive(LeastSquaresProblem& problem, Minimum& minimum, const Fi
 }
 
 void refuseTooFew(const LeastSquaresProblem& problem, const Selection& free) {
-    if (problem.size() >= free.size())
+    if (problem.size() >= free.size()) {
         return;
+    }
     std::string names;
-    for (const std::size_t i : free)
+    for (const std::size_t i : free) {
         names += (names.empty() ? "" : ", ") + problem.model().names[i];
+    }
     throw Failure(textOf(static_cast<double>(problem.size())) + " entries are too few to fit " +
                   textOf(static_cast<double>(free.size())) + " parameters (" + names + ")");
 }
@@ -56,12 +62,15 @@ FitResult resultOf(LeastSquaresProblem& problem, const Minimum& minimum, std::si
     result.values = minimum.values;
     result.errors.assign(n, 0.0);
     result.covariance.assign(n, std::vector<double>(n, 0.0));
-    for (std::size_t a = 0; a < minimum.moving.size(); ++a)
-        for (std::size_t b = 0; b < minimum.moving.size(); ++b)
+    for (std::size_t a = 0; a < minimum.moving.size(); ++a) {
+        for (std::size_t b = 0; b < minimum.moving.size(); ++b) {
             result.covariance[minimum.moving[a]][minimum.moving[b]] =
                 minimum.covariance(static_cast<Eigen::Index>(a), static_cast<Eigen::Index>(b));
-    for (const std::size_t i : minimum.moving)
+        }
+    }
+    for (const std::size_t i : minimum.moving) {
         result.errors[i] = std::sqrt(result.covariance[i][i]);
+    }
     result.chi2 = problem.cost(minimum.values);
     result.entriesUsed = problem.size();
     result.ndf = static_cast<double>(problem.size() - freeCount);
@@ -69,8 +78,9 @@ FitResult resultOf(LeastSquaresProblem& problem, const Minimum& minimum, std::si
     result.steps = minimum.steps;
     result.warnings = problem.entries().warnings;
     result.status = freeCount == 0 ? "nothing to fit: every parameter is fixed" : "converged";
-    for (const std::size_t i : minimum.atLimit)
+    for (const std::size_t i : minimum.atLimit) {
         result.status += "; " + problem.model().names[i] + " is at its limit " + textOf(minimum.values[i]);
+    }
     return result;
 }
 
@@ -85,8 +95,9 @@ FitResult fit(const FitModel& model, const FitData& data, const FitOptions& opti
         const auto found = options.parameters.find(model.parameters()[i]);
         const FitParameter parameter = found == options.parameters.end() ? FitParameter{} : found->second;
         limits.push_back({parameter.low, parameter.high});
-        if (!parameter.isFixed)
+        if (!parameter.isFixed) {
             free.push_back(i);
+        }
     }
     refuseTooFew(problem, free);
     Minimum minimum =

@@ -22,16 +22,19 @@ std::string within(Written part, int level) {
 
 Written call(const std::string& name, const std::vector<Written>& parts) {
     std::string text = name + "(";
-    for (std::size_t i = 0; i < parts.size(); ++i)
+    for (std::size_t i = 0; i < parts.size(); ++i) {
         text += (i == 0 ? "" : ",") + parts[i].text;
+    }
     return {text + ")", 10};
 }
 
 Written constant(double value) {
-    if (std::isnan(value))
+    if (std::isnan(value)) {
         return {"(0/0)", 10};
-    if (std::isinf(value))
+    }
+    if (std::isinf(value)) {
         return {value > 0.0 ? "(1/0)" : "(-1/0)", 10};
+    }
     return {textOf(value), std::signbit(value) ? 7 : 10};
 }
 
@@ -138,8 +141,9 @@ int degreeOf(const Step& step, const std::vector<int>& degrees) {
 
 bool isLinear(const Program& program, const std::vector<bool>& chosen) {
     std::vector<int> degrees;
-    for (const Step& step : program.steps)
+    for (const Step& step : program.steps) {
         degrees.push_back(step.op == Op::Parameter ? (chosen[step.parameter] ? 1 : 0) : degreeOf(step, degrees));
+    }
     return degrees[program.result] <= 1;
 }
 
@@ -171,8 +175,9 @@ std::vector<bool> linearAmong(const Program& program, std::vector<bool> wanted) 
     std::vector<bool> chosen(wanted.size(), false);
     for (std::size_t i = 0; i < wanted.size(); ++i) {
         chosen[i] = wanted[i];
-        if (wanted[i] && !isLinear(program, chosen))
+        if (wanted[i] && !isLinear(program, chosen)) {
             chosen[i] = false;
+        }
     }
     return chosen;
 }

@@ -20,8 +20,9 @@ double logGamma(double x) {
 /// Slope of the logarithm of the gamma function: moved beyond 10 by its recurrence, then the asymptotic series (M.
 /// Abramowitz, I. Stegun, Handbook of Mathematical Functions, 6.3.5, 6.3.7 and 6.3.18).
 double digamma(double x) {
-    if (x <= 0.0)
+    if (x <= 0.0) {
         return digamma(1.0 - x) - pi / std::tan(pi * x);
+    }
     double below = 0.0;
     while (x < 10.0) {
         below += 1.0 / x;
@@ -100,8 +101,9 @@ const UnaryFunction* findUnary(std::string_view name) {
 std::vector<std::string> unaryNames() {
     std::vector<std::string> names;
     names.reserve(std::size(functions));
-    for (const UnaryFunction& function : functions)
+    for (const UnaryFunction& function : functions) {
         names.emplace_back(function.name);
+    }
     return names;
 }
 

@@ -64,7 +64,8 @@ struct Loops {
     /// angles alone (G. Golub, C. Van Loan, Matrix Computations, 5.2); the rows are used up.
     /// Shape: column k of the triangle begins at triangle + k * columns; column k of the rows at rows + k * stride,
     /// with count values and room for a multiple of foldedRows.
-    void (*householderUpdate)(double* rFactor, std::size_t columns, double* rows, std::size_t stride, std::size_t count);
+    void (*householderUpdate)(double* rFactor, std::size_t columns, double* rows, std::size_t stride,
+                              std::size_t count);
 };
 
 /// For every processor of the family.

@@ -14,12 +14,15 @@ namespace {
 
 inline void addScaled(const double* __restrict factor, const double* __restrict values, std::size_t count, bool isFirst,
                       double* __restrict sum) {
-    if (isFirst)
-        for (std::size_t i = 0; i < count; ++i)
+    if (isFirst) {
+        for (std::size_t i = 0; i < count; ++i) {
             sum[i] = factor[i] * values[i];
-    else
-        for (std::size_t i = 0; i < count; ++i)
+        }
+    } else {
+        for (std::size_t i = 0; i < count; ++i) {
             sum[i] += factor[i] * values[i];
+        }
+    }
 }
 
 inline constexpr Loops loops{perform, backward, addScaled, product, householderUpdate};

@@ -17,33 +17,42 @@ inline double sumOf(const double (&sums)[parts]) {
 inline double product(const double* a, const double* b, std::size_t count) {
     double sums[parts] = {};
     std::size_t i = 0;
-    for (; i + parts <= count; i += parts)
-        for (std::size_t part = 0; part < parts; ++part)
+    for (; i + parts <= count; i += parts) {
+        for (std::size_t part = 0; part < parts; ++part) {
             sums[part] += a[i + part] * b[i + part];
-    for (std::size_t part = 0; i < count; ++i, ++part)
+        }
+    }
+    for (std::size_t part = 0; i < count; ++i, ++part) {
         sums[part] += a[i] * b[i];
+    }
     return sumOf(sums);
 }
 
 /// Of whole blocks, without a rest, which would take longer than all before it.
 inline double wholeProduct(const double* a, const double* b, std::size_t count) {
     double sums[parts] = {};
-    for (std::size_t i = 0; i < count / parts * parts; i += parts)
-        for (std::size_t part = 0; part < parts; ++part)
+    for (std::size_t i = 0; i < count / parts * parts; i += parts) {
+        for (std::size_t part = 0; part < parts; ++part) {
             sums[part] += a[i + part] * b[i + part];
+        }
+    }
     return sumOf(sums);
 }
 
-inline void householderUpdate(double* rFactor, std::size_t columns, double* rows, std::size_t stride, std::size_t count) {
+inline void householderUpdate(double* rFactor, std::size_t columns, double* rows, std::size_t stride,
+                              std::size_t count) {
     const std::size_t whole = (count + parts - 1) / parts * parts;
-    for (std::size_t k = 0; k < columns; ++k)
-        for (std::size_t i = count; i < whole; ++i)
+    for (std::size_t k = 0; k < columns; ++k) {
+        for (std::size_t i = count; i < whole; ++i) {
             rows[k * stride + i] = 0.0;
+        }
+    }
     for (std::size_t k = 0; k < columns; ++k) {
         const double* const __restrict axis = rows + k * stride;
         const double rest = wholeProduct(axis, axis, whole);
-        if (rest == 0.0)
+        if (rest == 0.0) {
             continue;
+        }
         const double head = rFactor[k * columns + k];
         const double length = -__builtin_copysign(__builtin_sqrt(head * head + rest), head);
         const double scale = 1.0 / (head - length);
@@ -55,8 +64,9 @@ inline void householderUpdate(double* rFactor, std::size_t columns, double* rows
             const double along = part * (top + scale * wholeProduct(axis, other, whole));
             top -= along;
             const double below = along * scale;
-            for (std::size_t i = 0; i < whole / parts * parts; ++i)
+            for (std::size_t i = 0; i < whole / parts * parts; ++i) {
                 other[i] -= below * axis[i];
+            }
         }
     }
 }

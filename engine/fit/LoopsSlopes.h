@@ -13,14 +13,18 @@ inline void accumulateAdjoint(const AdjointStep& chain, std::size_t argument) {
     double* const __restrict target = chain.weight[argument];
     const double* const __restrict outer = chain.outer;
     const std::size_t count = chain.count;
-    if (target == nullptr)
+    if (!target) {
         return;
-    if (*chain.hasAdjoint[argument] == 0)
-        for (std::size_t i = 0; i < count; ++i)
+    }
+    if (*chain.hasAdjoint[argument] == 0) {
+        for (std::size_t i = 0; i < count; ++i) {
             target[i] = outer[i];
-    else
-        for (std::size_t i = 0; i < count; ++i)
+        }
+    } else {
+        for (std::size_t i = 0; i < count; ++i) {
             target[i] += outer[i];
+        }
+    }
     *chain.hasAdjoint[argument] = 1;
 }
 
@@ -39,10 +43,11 @@ inline bool backward(Op op, const AdjointStep& chain) {
             propagate(chain, 0, [=](std::size_t i) { return b[i]; });
             return propagate(chain, 1, [=](std::size_t i) { return a[i]; }), true;
         case Op::Divide:
-            if (const double inverse = 1.0 / b[0]; chain.isUniform[1])
+            if (const double inverse = 1.0 / b[0]; chain.isUniform[1]) {
                 propagate(chain, 0, [=](std::size_t) { return inverse; });
-            else
+            } else {
                 propagate(chain, 0, [=](std::size_t i) { return 1.0 / b[i]; });
+            }
             return propagate(chain, 1, [=](std::size_t i) { return -result[i] / b[i]; }), true;
         case Op::Negate:
             return propagate(chain, 0, [](std::size_t) { return -1.0; }), true;

@@ -11,8 +11,9 @@ namespace {
 
 template <auto rule>
 bool ofOne(const double* __restrict a, std::size_t count, double* __restrict out) {
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         out[i] = rule(a[i]);
+    }
     return true;
 }
 
@@ -20,8 +21,9 @@ template <auto rule>
 bool ofTwo(const double* const in[3], std::size_t count, double* __restrict out) {
     const double* const __restrict a = in[0];
     const double* const __restrict b = in[1];
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         out[i] = rule(a[i], b[i]);
+    }
     return true;
 }
 

@@ -5,10 +5,12 @@ namespace velmorak::fitting {
 
 std::vector<const Loops*> runnableLoops() {
     std::vector<const Loops*> runnable;
-    if (hasAvx512())
+    if (hasAvx512()) {
         runnable.push_back(&avx512Loops());
-    if (hasAvx2())
+    }
+    if (hasAvx2()) {
         runnable.push_back(&avx2Loops());
+    }
     runnable.push_back(&commonLoops());
     return runnable;
 }

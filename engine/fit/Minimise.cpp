@@ -29,29 +29,35 @@ Eigen::Index index(std::size_t position) {
 
 class Minimiser {
 public:
-    Minimiser(LeastSquaresProblem& fitted, std::vector<double> start, const Selection& freeOnes, const std::vector<Limits>& bounds,
-              const std::function<bool()>& stopping)
+    Minimiser(LeastSquaresProblem& fitted, std::vector<double> start, const Selection& freeOnes,
+              const std::vector<Limits>& bounds, const std::function<bool()>& stopping)
         : problem(fitted), values(std::move(start)), free(freeOnes), limits(bounds), isStopping(stopping) {}
 
     Minimum run() {
         latest = problem.linearise(values, free);
         cost = latest.cost;
-        if (!std::isfinite(cost))
+        if (!std::isfinite(cost)) {
             refuseStart();
+        }
         largest = VectorXd::Zero(index(values.size()));
         for (steps = 0; steps < maxSteps; ++steps) {
-            if (isStopping && isStopping())
+            if (isStopping && isStopping()) {
                 throw Stopped();
+            }
             const Linear linear = reduced(latest);
-            if (moving.empty())
+            if (moving.empty()) {
                 return {values, moving, frozen, MatrixXd(), steps};
+            }
             const double distance = linear.q.norm();
-            if ((distance < nearDistance || isFlat >= 3) && newtonRefine(linear))
+            if ((distance < nearDistance || isFlat >= 3) && newtonRefine(linear)) {
                 return {values, moving, frozen, covariance, steps};
-            if (!levenbergStep(linear))
+            }
+            if (!levenbergStep(linear)) {
                 isFlat = std::max(isFlat + 1, 3);
-            if (isFlat > 6)
+            }
+            if (isFlat > 6) {
                 break;
+            }
         }
         refuseEnd();
     }
@@ -60,8 +66,9 @@ private:
     [[noreturn]] void refuseStart() const {
         const std::optional<double> place = problem.firstInvalidEntry(values);
         Selection all(values.size());
-        for (std::size_t i = 0; i < all.size(); ++i)
+        for (std::size_t i = 0; i < all.size(); ++i) {
             all[i] = i;
+        }
         throw Failure("the function has no usable value" + (place ? " at x = " + textOf(*place) : std::string()) +
                       " with the start values " + listed(problem, values, all) + "; give others");
     }
@@ -89,13 +96,16 @@ private:
                 (value <= limits[free[k]].low && slope >= 0.0) || (value >= limits[free[k]].high && slope <= 0.0);
             (isStopped ? frozen : moving).push_back(free[k]);
         }
-        if (frozen.empty())
+        if (frozen.empty()) {
             return linear;
+        }
         const Eigen::Index n = index(moving.size());
         MatrixXd rest(linear.r.rows(), n + 1);
-        for (std::size_t k = 0, column = 0; k < free.size(); ++k)
-            if (column < moving.size() && moving[column] == free[k])
+        for (std::size_t k = 0, column = 0; k < free.size(); ++k) {
+            if (column < moving.size() && moving[column] == free[k]) {
                 rest.col(index(column++)) = linear.r.col(index(k));
+            }
+        }
         rest.col(n) = linear.q;
         const MatrixXd rFactor = Eigen::HouseholderQR<MatrixXd>(rest).matrixQR().triangularView<Eigen::Upper>();
         return {rFactor.topLeftCorner(n, n), rFactor.col(n).head(n), linear.rest};
@@ -119,7 +129,7 @@ private:
         MatrixXd rows = MatrixXd::Zero(n + index(foldedRows), n + 1);
         rows.topLeftCorner(n, n) = (std::sqrt(damping) * scales).asDiagonal();
         bestLoops().householderUpdate(rFactor.data(), static_cast<std::size_t>(n + 1), rows.data(),
-                         static_cast<std::size_t>(rows.rows()), static_cast<std::size_t>(n));
+                                      static_cast<std::size_t>(rows.rows()), static_cast<std::size_t>(n));
         return rFactor.topLeftCorner(n, n).triangularView<Eigen::Upper>().solve(VectorXd(rFactor.col(n).head(n)));
     }
 
@@ -139,23 +149,27 @@ private:
         for (; damping < 1e40; damping = std::max(10.0 * damping, 1e-6)) {
             const VectorXd step = damped(linear, scales);
             const std::vector<double> next = moved(step);
-            if (next == values)
+            if (next == values) {
                 return false;
+            }
             Linear there = problem.linearise(next, free);
             const double nextCost = there.cost;
             VectorXd taken(step.size());
-            for (std::size_t k = 0; k < moving.size(); ++k)
+            for (std::size_t k = 0; k < moving.size(); ++k) {
                 taken[index(k)] = next[moving[k]] - values[moving[k]];
+            }
             const double promised = linear.q.squaredNorm() - (linear.q - linear.r * taken).squaredNorm();
             const bool isInRounding = promised < costRounding * cost;
             const bool isAllowed = isInRounding && nextCost <= cost * (1.0 + costRounding);
-            if (!(nextCost < cost) && !isAllowed)
+            if (!(nextCost < cost) && !isAllowed) {
                 continue;
+            }
             const double kept = (cost - nextCost) / promised;
-            if (kept > 0.75 || isInRounding)
+            if (kept > 0.75 || isInRounding) {
                 damping *= 0.05;
-            else if (kept < 0.25)
+            } else if (kept < 0.25) {
                 damping *= 5.0;
+            }
             isFlat = isInRounding ? isFlat + 1 : 0;
             values = next;
             cost = nextCost;
@@ -176,8 +190,9 @@ private:
         MatrixXd made(unit.rows(), unit.cols());
         for (Eigen::Index k = 0; k < unit.cols(); ++k) {
             std::vector<double> above = values;
-            for (std::size_t i = 0; i < moving.size(); ++i)
+            for (std::size_t i = 0; i < moving.size(); ++i) {
                 above[moving[i]] += differenceStep * unit(index(i), k);
+            }
             made.col(k) = (pull - pullAt(above, unit)) / differenceStep;
         }
         return 0.5 * (made + made.transpose());
@@ -192,11 +207,13 @@ private:
         const std::vector<double> before = values;
         const double costBefore = cost;
         MatrixXd shape = curvature(unit, linear.q);
-        if (!shape.allFinite())
+        if (!shape.allFinite()) {
             shape.setIdentity();
+        }
         const Eigen::SelfAdjointEigenSolver<MatrixXd> axes(shape);
-        if (!(axes.eigenvalues().minCoeff() > 1e-9))
+        if (!(axes.eigenvalues().minCoeff() > 1e-9)) {
             refuseSaddle(axes.eigenvectors().col(0), unit);
+        }
         if (!newtonIterate(unit, axes, linear.q)) {
             latest = problem.linearise(values, free);
             cost = latest.cost;
@@ -218,16 +235,20 @@ private:
             const VectorXd along = axes.eigenvectors().transpose() * pull;
             const VectorXd step = axes.eigenvectors() * along.cwiseQuotient(axes.eigenvalues());
             const double distance = step.norm();
-            if (!(distance >= endDistance))
+            if (!(distance >= endDistance)) {
                 return distance < endDistance;
-            if (distance > 0.5 * last)
+            }
+            if (distance > 0.5 * last) {
                 return last < coarseDistance;
+            }
             last = distance;
             const VectorXd move = unit * step;
             std::vector<double> next = moved(move);
-            for (std::size_t k = 0; k < moving.size(); ++k)
-                if (next[moving[k]] != values[moving[k]] + move[index(k)])
+            for (std::size_t k = 0; k < moving.size(); ++k) {
+                if (next[moving[k]] != values[moving[k]] + move[index(k)]) {
                     return false;
+                }
+            }
             values = std::move(next);
             pull = pullAt(values, unit);
         }
@@ -237,9 +258,11 @@ private:
     [[noreturn]] void refuseSaddle(const VectorXd& axis, const MatrixXd& unit) const {
         const VectorXd direction = (unit * axis).cwiseProduct(unit.rowwise().norm().cwiseInverse());
         std::string names;
-        for (std::size_t k = 0; k < moving.size(); ++k)
-            if (!(std::fabs(direction[index(k)]) < 0.1 * direction.cwiseAbs().maxCoeff()))
+        for (std::size_t k = 0; k < moving.size(); ++k) {
+            if (!(std::fabs(direction[index(k)]) < 0.1 * direction.cwiseAbs().maxCoeff())) {
                 names += (names.empty() ? "\"" : ", \"") + problem.model().names[moving[k]] + "\"";
+            }
+        }
         throw Failure("the fit finds no minimum along " + names + ", last at " + listed(problem, values, free) +
                       " (the second derivatives are not positive); give other start values or limits");
     }
@@ -262,8 +285,8 @@ private:
 
 }  // namespace
 
-Minimum minimise(LeastSquaresProblem& problem, std::vector<double> start, const Selection& free, const std::vector<Limits>& limits,
-                 const std::function<bool()>& isStopping) {
+Minimum minimise(LeastSquaresProblem& problem, std::vector<double> start, const Selection& free,
+                 const std::vector<Limits>& limits, const std::function<bool()>& isStopping) {
     return Minimiser(problem, std::move(start), free, limits, isStopping).run();
 }
 

@@ -24,8 +24,8 @@ struct Minimum {
 /// @param start within the limits.
 /// @param free parameters that are not fixed.
 /// @throws Failure, Stopped.
-Minimum minimise(LeastSquaresProblem& problem, std::vector<double> start, const Selection& free, const std::vector<Limits>& limits,
-                 const std::function<bool()>& isStopping);
+Minimum minimise(LeastSquaresProblem& problem, std::vector<double> start, const Selection& free,
+                 const std::vector<Limits>& limits, const std::function<bool()>& isStopping);
 
 /// @throws Failure naming parameters that the data cannot tell apart, or on which the function does not depend.
 void refuseSingular(const LeastSquaresProblem& problem, const MatrixXd& r, const Selection& chosen);

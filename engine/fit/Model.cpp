@@ -1,10 +1,10 @@
 #include "fit/ModelParts.h"
 
-#include "expression/Program.h"
 #include <velmorak/Failure.h>
 #include <velmorak/Fit.h>
 #include <velmorak/FunctionValues.h>
 #include <velmorak/Value.h>
+#include "expression/Program.h"
 
 #include <algorithm>
 #include <array>
@@ -57,11 +57,14 @@ const Named* findOperation(std::string_view name) {
 
 std::vector<std::string> callableNames() {
     std::vector<std::string> names = unaryNames();
-    for (const Named& operation : operations)
-        if (operation.name.front() >= 'a')
+    for (const Named& operation : operations) {
+        if (operation.name.front() >= 'a') {
             names.emplace_back(operation.name);
-    for (const Shape& shape : allShapes())
+        }
+    }
+    for (const Shape& shape : allShapes()) {
         names.push_back(shape.name);
+    }
     return names;
 }
 
@@ -101,12 +104,15 @@ public:
 
     Model build() {
         const std::vector<Node> nodes = expression::parse(text);
-        for (const Node& node : nodes)
-            if (node.form == Form::Name && node.text != "x")
+        for (const Node& node : nodes) {
+            if (node.form == Form::Name && node.text != "x") {
                 written.push_back(node.text);
+            }
+        }
         model.program.result = convert(nodes, nullptr);
-        for (const ModelParameter& parameter : model.parameters)
+        for (const ModelParameter& parameter : model.parameters) {
             model.names.push_back(parameter.name);
+        }
         refuseReserved();
         refuseUnwritable();
         return std::move(model);
@@ -120,16 +126,18 @@ private:
         steps.reserve(nodes.size());
         for (const Node& node : nodes) {
             children.clear();
-            for (const std::size_t child : node.children)
+            for (const std::size_t child : node.children) {
                 children.push_back(steps[child]);
-            if (node.form == Form::Name)
-                steps.push_back(bindings != nullptr ? boundTo(*bindings, node.text) : named(node));
-            else if (node.form == Form::Call)
+            }
+            if (node.form == Form::Name) {
+                steps.push_back(bindings ? boundTo(*bindings, node.text) : named(node));
+            } else if (node.form == Form::Call) {
                 steps.push_back(call(node, children));
-            else if (node.form == Form::Text)
+            } else if (node.form == Form::Text) {
                 refuse(text, node.place, "a text is no value of a function");
-            else
+            } else {
                 steps.push_back(constant(node.form == Form::Real ? node.real : static_cast<double>(node.integer)));
+            }
         }
         return steps.back();
     }
@@ -142,20 +150,25 @@ private:
     std::size_t constant(double value) { return add({.op = Op::Constant, .constant = value}); }
 
     std::size_t variable() {
-        if (!placeOfVariable)
+        if (!placeOfVariable) {
             placeOfVariable = add({.op = Op::Variable, .dependsOnPlace = true});
+        }
         return *placeOfVariable;
     }
 
     std::size_t named(const Node& node) {
-        if (node.text == "x")
+        if (node.text == "x") {
             return variable();
-        if (!node.isQuoted && findShape(node.text) != nullptr)
+        }
+        if (!node.isQuoted && findShape(node.text)) {
             return shaped(*findShape(node.text), {variable()});
-        if (!node.isQuoted && expression::isConstant(node.text))
+        }
+        if (!node.isQuoted && expression::isConstant(node.text)) {
             return constant(node.text == "e" ? std::numbers::e : std::numbers::pi);
-        if (!isWord(node.text))
+        }
+        if (!isWord(node.text)) {
             refuse(text, node.place, "a parameter's name is one word of letters, digits and _");
+        }
         warnAbout(node);
         return parameter({node.text, Role::Any, 1.0, 0});
     }
@@ -173,8 +186,9 @@ private:
         std::vector<ModelParameter>& all = model.parameters;
         const auto found =
             std::find_if(all.begin(), all.end(), [&](const auto& known) { return known.name == wanted.name; });
-        if (found != all.end())
+        if (found != all.end()) {
             return model.program.stepOfParameter[static_cast<std::size_t>(found - all.begin())];
+        }
         all.push_back(wanted);
         model.program.stepOfParameter.push_back(
             add({.op = Op::Parameter, .parameter = all.size() - 1, .dependsOnParameters = true}));
@@ -183,43 +197,52 @@ private:
 
     std::size_t call(const Node& node, const std::vector<std::size_t>& children) {
         if (const Shape* const shape = findShape(node.text)) {
-            if (children.size() != 1 && children.size() != 1 + shape->parameters.size())
+            if (children.size() != 1 && children.size() != 1 + shape->parameters.size()) {
                 refuse(text, node.place,
                        shape->name + " takes x, or x and its " + textOf(static_cast<double>(shape->parameters.size())) +
                            " parameters");
+            }
             return shaped(*shape, children);
         }
-        if (node.text == "+sign")
+        if (node.text == "+sign") {
             return children.front();
-        if (node.text == ">" || node.text == ">=")
+        }
+        if (node.text == ">" || node.text == ">=") {
             return operation({.op = node.text == ">" ? Op::Less : Op::LessOrEqual}, {children[1], children[0]});
-        if (const Named* const known = findOperation(node.text))
+        }
+        if (const Named* const known = findOperation(node.text)) {
             return operationOf(*known, node, children);
+        }
         const UnaryFunction* const function = findUnary(node.text);
-        if (function == nullptr)
+        if (!function) {
             refuse(text, node.place,
                    "there is no function \"" + node.text + "\"" + expression::suggestion(node.text, callableNames()));
-        if (children.size() != 1)
+        }
+        if (children.size() != 1) {
             refuse(text, node.place, node.text + " takes one argument");
+        }
         return operation({.op = Op::Function, .function = function}, children);
     }
 
     std::size_t operationOf(const Named& known, const Node& node, const std::vector<std::size_t>& children) {
-        if (known.takesMore ? children.size() < known.arguments : children.size() != known.arguments)
+        if (known.takesMore ? children.size() < known.arguments : children.size() != known.arguments) {
             refuse(text, node.place,
                    node.text + " takes " + textOf(static_cast<double>(known.arguments)) +
                        (known.takesMore        ? " arguments or more"
                         : known.arguments == 1 ? " argument"
                                                : " arguments"));
+        }
         if (known.op == Op::Power) {
             const Step& exponent = model.program.steps[children[1]];
-            if (exponent.op == Op::Constant && exponent.constant == 2.0)
+            if (exponent.op == Op::Constant && exponent.constant == 2.0) {
                 return operation({.op = Op::Square}, {children[0]});
+            }
         }
         std::size_t result = operation(
             {.op = known.op}, {children.begin(), children.begin() + static_cast<std::ptrdiff_t>(known.arguments)});
-        for (std::size_t i = known.arguments; i < children.size(); ++i)
+        for (std::size_t i = known.arguments; i < children.size(); ++i) {
             result = operation({.op = known.op}, {result, children[i]});
+        }
         return result;
     }
 
@@ -235,8 +258,9 @@ private:
             isConstant = isConstant && from.op == Op::Constant;
             in[i] = &from.constant;
         }
-        if (!isConstant)
+        if (!isConstant) {
             return add(step);
+        }
         double value = 0.0;
         perform(step, in, 1, &value);
         return constant(value);
@@ -250,8 +274,9 @@ private:
                                [&](const auto& known) { return known.name == name; });
         };
         std::string name = wanted;
-        for (int number = 2; isTaken(name); ++number)
+        for (int number = 2; isTaken(name); ++number) {
             name = wanted + "_" + textOf(number);
+        }
         return name;
     }
 
@@ -279,11 +304,13 @@ private:
     /// A parameter of the user's that stands alone for one of a shape has its meaning.
     void learn(std::size_t step, const ModelParameter& meaning, bool isPlain) {
         const Step& from = model.program.steps[step];
-        if (from.op != Op::Parameter)
+        if (from.op != Op::Parameter) {
             return;
+        }
         ModelParameter& known = model.parameters[from.parameter];
-        if (known.role == Role::Any && isPlain)
+        if (known.role == Role::Any && isPlain) {
             known = {known.name, meaning.role, meaning.defaultStart, meaning.shape};
+        }
     }
 
     void refuseReserved() const {
@@ -295,9 +322,10 @@ private:
             const std::string_view stem = name.ends_with(suffix) ? name.substr(0, name.size() - suffix.size()) : "";
             const bool isTwice = std::any_of(model.parameters.begin(), model.parameters.end(),
                                              [&](const auto& other) { return !stem.empty() && other.name == stem; });
-            if (isTwice || std::find(reserved.begin(), reserved.end(), name) != reserved.end())
+            if (isTwice || std::find(reserved.begin(), reserved.end(), name) != reserved.end()) {
                 refuse(text, std::min(text.find(parameter.name), text.size()),
                        "\"" + parameter.name + "\" is an output of its own; give the parameter another name");
+            }
         }
     }
 

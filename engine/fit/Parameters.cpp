@@ -1,6 +1,6 @@
-#include "expression/Syntax.h"
 #include <velmorak/Fit.h>
 #include <velmorak/Value.h>
+#include "expression/Syntax.h"
 
 #include <algorithm>
 
@@ -22,12 +22,15 @@ public:
         for (skipBlanks(); here < text.size(); skipBlanks()) {
             const std::size_t place = here;
             const std::string name = word();
-            if (name.empty())
+            if (name.empty()) {
                 refuse(place, "the name of a parameter is missing");
-            if (!found.emplace(name, one(name, place)).second)
+            }
+            if (!found.emplace(name, one(name, place)).second) {
                 refuse(place, "\"" + name + "\" is given twice");
-            if (here < text.size() && !take(','))
+            }
+            if (here < text.size() && !take(',')) {
                 refuse(here, "parameters are separated by commas, and written  name=start [low,high] fixed");
+            }
         }
         return found;
     }
@@ -38,14 +41,16 @@ private:
     }
 
     void skipBlanks() {
-        while (here < text.size() && isBlank(text[here]))
+        while (here < text.size() && isBlank(text[here])) {
             ++here;
+        }
     }
 
     bool take(char c) {
         skipBlanks();
-        if (here >= text.size() || text[here] != c)
+        if (here >= text.size() || text[here] != c) {
             return false;
+        }
         ++here;
         return true;
     }
@@ -54,8 +59,9 @@ private:
         skipBlanks();
         const std::size_t begin = here;
         while (here < text.size() && !isBlank(text[here]) &&
-               std::string_view("=,[]").find(text[here]) == std::string_view::npos)
+               std::string_view("=,[]").find(text[here]) == std::string_view::npos) {
             ++here;
+        }
         return std::string(text.substr(begin, here - begin));
     }
 
@@ -63,46 +69,57 @@ private:
         skipBlanks();
         const std::size_t place = here;
         double value = 0.0;
-        if (!readNumber(word(), value) || value != value)
+        if (!readNumber(word(), value) || value != value) {
             refuse(place, what + " is a number");
+        }
         return value;
     }
 
     void limits(FitParameter& parameter, std::size_t place) {
         if (!take(',')) {
             parameter.low = number("the lower limit");
-            if (!take(','))
+            if (!take(',')) {
                 refuse(here, "limits are written  [low,high]  and one of them may be missing");
+            }
         }
-        if (take(']'))
+        if (take(']')) {
             return;
+        }
         parameter.high = number("the upper limit");
-        if (!take(']'))
+        if (!take(']')) {
             refuse(here, "limits are written  [low,high]  and one of them may be missing");
-        if (!(parameter.low < parameter.high))
+        }
+        if (!(parameter.low < parameter.high)) {
             refuse(place, "the lower limit is not below the upper one");
+        }
     }
 
     FitParameter one(const std::string& name, std::size_t place) {
         FitParameter parameter;
-        if (take('='))
+        if (take('=')) {
             parameter.start = number("the start value of " + name);
+        }
         skipBlanks();
         const std::size_t bracket = here;
-        if (take('['))
+        if (take('[')) {
             limits(parameter, bracket);
+        }
         skipBlanks();
         const std::size_t flag = here;
         const std::string last = word();
-        if (!last.empty() && last != "fixed")
+        if (!last.empty() && last != "fixed") {
             refuse(flag, "after start value and limits of " + name + " only  fixed  may follow");
+        }
         parameter.isFixed = !last.empty();
-        if (parameter.isFixed && !parameter.start)
+        if (parameter.isFixed && !parameter.start) {
             refuse(place, "\"" + name + "\" is fixed, but has no value");
-        if (parameter.start && (*parameter.start < parameter.low || *parameter.start > parameter.high))
+        }
+        if (parameter.start && (*parameter.start < parameter.low || *parameter.start > parameter.high)) {
             refuse(place, "the start value of \"" + name + "\" is outside its limits");
-        if (parameter.start && *parameter.start - *parameter.start != 0.0)
+        }
+        if (parameter.start && *parameter.start - *parameter.start != 0.0) {
             refuse(place, "the start value of \"" + name + "\" is not finite");
+        }
         return parameter;
     }
 

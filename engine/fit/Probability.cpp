@@ -36,8 +36,9 @@ double fraction(double a, double x) {
         c = std::fabs(c) < tiny ? tiny : c;
         const double factor = d * c;
         h *= factor;
-        if (std::fabs(factor - 1.0) < exactness)
+        if (std::fabs(factor - 1.0) < exactness) {
             break;
+        }
     }
     return h;
 }
@@ -46,14 +47,17 @@ double fraction(double a, double x) {
 
 // Q(ndf / 2, chi2 / 2) (W. Press and others, Numerical Recipes, 6.2).
 double chiSquareProbability(double chi2, double ndf) {
-    if (!(chi2 >= 0.0) || !(ndf > 0.0) || std::isinf(ndf))
+    if (!(chi2 >= 0.0) || !(ndf > 0.0) || std::isinf(ndf)) {
         return std::numeric_limits<double>::quiet_NaN();
+    }
     const double a = 0.5 * ndf;
     const double x = 0.5 * chi2;
-    if (x == 0.0)
+    if (x == 0.0) {
         return 1.0;
-    if (std::isinf(x))
+    }
+    if (std::isinf(x)) {
         return 0.0;
+    }
     int ignoredSign = 0;
     const double factor = std::exp(a * std::log(x) - x - ::lgamma_r(a, &ignoredSign));
     return x < a + 1.0 ? 1.0 - factor * series(a, x) : factor * fraction(a, x);

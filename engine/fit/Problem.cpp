@@ -22,14 +22,15 @@ LeastSquaresProblem::LeastSquaresProblem(const Model& model, Selected selected, 
       rows(alignedValues(space.stride * (model.parameters.size() + 1))) {}
 
 void LeastSquaresProblem::compute(const std::vector<double>& parameters, std::size_t begin, std::size_t count,
-                      const Selection* chosen) {
+                                  const Selection* chosen) {
     for (std::size_t rule = 0; rule < data.places.size(); ++rule) {
         const double* const factor = data.factors[rule].data() + begin;
         const double* const values =
             fitted.program.values(data.places[rule].data() + begin, count, parameters.data(), space);
         space.loops->addScaled(factor, values, count, rule == 0, f.data());
-        if (chosen == nullptr)
+        if (!chosen) {
             continue;
+        }
         fitted.program.backward(count, space);
         double* column = rows.get();
         for (const std::size_t parameter : *chosen) {
@@ -41,28 +42,34 @@ void LeastSquaresProblem::compute(const std::vector<double>& parameters, std::si
 
 double LeastSquaresProblem::termOf(std::size_t entry, double value) const {
     const double y = data.targets[entry];
-    if (y == 0.0)
+    if (y == 0.0) {
         return value < 0.0 ? std::numeric_limits<double>::infinity() : 2.0 * value;
+    }
     return value > 0.0 ? 2.0 * (value - y + y * std::log(y / value)) : std::numeric_limits<double>::infinity();
 }
 
 double LeastSquaresProblem::scaleOf(std::size_t entry, double value) const {
-    if (!isLikelihood)
+    if (!isLikelihood) {
         return 1.0;
-    if (isEstimating)
+    }
+    if (isEstimating) {
         return 1.0 / std::sqrt(std::max(data.targets[entry], 1.0));
+    }
     // A function that has vanished, as far from a peak, tells nothing of the parameters.
     return value == 0.0 && data.targets[entry] == 0.0 ? 0.0 : 1.0 / std::sqrt(value);
 }
 
 double LeastSquaresProblem::residuals(std::size_t begin, std::size_t count, double* out) const {
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         out[i] = data.targets[begin + i] - f[i];
-    if (!isLikelihood)
+    }
+    if (!isLikelihood) {
         return space.loops->product(out, out, count);
+    }
     double sum = 0.0;
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         sum += termOf(begin + i, f[i]);
+    }
     return sum;
 }
 
@@ -87,8 +94,9 @@ Linear LeastSquaresProblem::linearise(const std::vector<double>& parameters, con
         made.cost += residuals(begin, count, right);
         for (std::size_t i = 0; isLikelihood && i < count; ++i) {
             const double scale = scaleOf(begin + i, f[i]);
-            for (std::size_t k = 0; k <= n; ++k)
+            for (std::size_t k = 0; k <= n; ++k) {
                 rows[k * space.stride + i] *= scale;
+            }
         }
         space.loops->householderUpdate(rFactor.data(), n + 1, rows.get(), space.stride, count);
     }
@@ -104,14 +112,16 @@ VectorXd LeastSquaresProblem::gradient(const std::vector<double>& parameters, co
     for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
         const std::size_t count = std::min(blockPlaces, size() - begin);
         compute(parameters, begin, count, &chosen);
-        for (std::size_t i = 0; i < count; ++i)
+        for (std::size_t i = 0; i < count; ++i) {
             pull[i] = data.targets[begin + i] - f[i];
+        }
         for (std::size_t i = 0; isLikelihood && i < count; ++i) {
             const double scale = scaleOf(begin + i, f[i]);
             pull[i] *= scale * scale;
         }
-        for (std::size_t k = 0; k < chosen.size(); ++k)
+        for (std::size_t k = 0; k < chosen.size(); ++k) {
             sum[index(k)] -= space.loops->product(rows.get() + k * space.stride, pull, count);
+        }
     }
     return sum;
 }
@@ -122,8 +132,9 @@ std::optional<double> LeastSquaresProblem::firstInvalidEntry(const std::vector<d
         compute(parameters, begin, count, nullptr);
         for (std::size_t i = 0; i < count; ++i) {
             const double residual = data.targets[begin + i] - f[i];
-            if (!std::isfinite(isLikelihood ? termOf(begin + i, f[i]) : residual * residual))
+            if (!std::isfinite(isLikelihood ? termOf(begin + i, f[i]) : residual * residual)) {
                 return data.centers[begin + i];
+            }
         }
     }
     return std::nullopt;

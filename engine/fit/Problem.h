@@ -1,7 +1,7 @@
 #pragma once
 
-#include "fit/ModelParts.h"
 #include <velmorak/Fit.h>
+#include "fit/ModelParts.h"
 
 #include <Eigen/Core>
 

@@ -14,8 +14,9 @@ constexpr std::size_t cacheLine = 64;
 
 template <typename Rule>
 void each(std::size_t count, const Rule& rule) {
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         rule(i);
+    }
 }
 
 void handPower(const AdjointStep& chain) {
@@ -70,8 +71,9 @@ void executeScalar(const Step& step, const double* const in[3], std::size_t coun
 }  // namespace
 
 void perform(const Step& step, const double* const in[3], std::size_t count, double* out, const Loops& loops) {
-    if (!loops.perform(step.op, in, count, out))
+    if (!loops.perform(step.op, in, count, out)) {
         executeScalar(step, in, count, out);
+    }
 }
 
 void AlignedDelete::operator()(double* values) const {
@@ -91,9 +93,11 @@ Workspace Program::workspace(std::size_t places) const {
     space.values = alignedValues(steps.size() * stride);
     space.weights = alignedValues(steps.size() * stride);
     space.hasAdjoint.resize(steps.size());
-    for (std::size_t i = 0; i < steps.size(); ++i)
-        if (steps[i].op == Op::Constant)
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        if (steps[i].op == Op::Constant) {
             std::fill_n(space.values.get() + i * stride, stride, steps[i].constant);
+        }
+    }
     return space;
 }
 
@@ -103,15 +107,16 @@ const double* Program::values(const double* places, std::size_t count, const dou
         const Step& step = steps[i];
         double* const out = space.values.get() + i * space.stride;
         const double* in[3] = {nullptr, nullptr, nullptr};
-        for (std::size_t k = 0; k < 3 && step.in[k] != Step::none; ++k)
+        for (std::size_t k = 0; k < 3 && step.in[k] != Step::none; ++k) {
             in[k] = space.values.get() + step.in[k] * space.stride;
-        if (step.op == Op::Variable)
+        }
+        if (step.op == Op::Variable) {
             std::copy_n(places, count, out);
-        else if (step.op == Op::Parameter)
+        } else if (step.op == Op::Parameter) {
             std::fill_n(out, count, parameters[step.parameter]);
-        else if (step.dependsOnPlace)
+        } else if (step.dependsOnPlace) {
             perform(step, in, count, out, *space.loops);
-        else if (step.op != Op::Constant) {
+        } else if (step.op != Op::Constant) {
             perform(step, in, 1, out, *space.loops);
             std::fill_n(out, count, out[0]);
         }
@@ -125,8 +130,9 @@ void Program::backward(std::size_t count, Workspace& space) const {
     std::fill_n(space.weights.get() + result * space.stride, count, 1.0);
     for (std::size_t i = result + 1; i-- > 0;) {
         const Step& step = steps[i];
-        if (!step.dependsOnParameters || step.op == Op::Parameter || space.hasAdjoint[i] == 0)
+        if (!step.dependsOnParameters || step.op == Op::Parameter || space.hasAdjoint[i] == 0) {
             continue;
+        }
         AdjointStep chain{};
         chain.count = count;
         chain.result = space.values.get() + i * space.stride;
@@ -138,12 +144,15 @@ void Program::backward(std::size_t count, Workspace& space) const {
             chain.value[k] = space.values.get() + from * space.stride;
             chain.weight[k] = steps[from].dependsOnParameters ? space.weights.get() + from * space.stride : nullptr;
         }
-        if (!space.loops->backward(step.op, chain))
+        if (!space.loops->backward(step.op, chain)) {
             backwardScalar(step, chain);
+        }
     }
-    for (const std::size_t step : stepOfParameter)
-        if (space.hasAdjoint[step] == 0)
+    for (const std::size_t step : stepOfParameter) {
+        if (space.hasAdjoint[step] == 0) {
             std::fill_n(space.weights.get() + step * space.stride, count, 0.0);
+        }
+    }
 }
 
 }  // namespace velmorak::fitting

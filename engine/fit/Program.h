@@ -50,10 +50,10 @@ AlignedValues alignedValues(std::size_t count);
 
 /// Buffers of one thread for one program.
 struct Workspace {
-    const Loops* loops = nullptr;         ///< All give the same bits.
-    std::size_t stride = 0;               ///< Places that there is room for; whole cache lines.
-    AlignedValues values;                 ///< stride for each step.
-    AlignedValues weights;                ///< How the result changes with each step.
+    const Loops* loops = nullptr;          ///< All give the same bits.
+    std::size_t stride = 0;                ///< Places that there is room for; whole cache lines.
+    AlignedValues values;                  ///< stride for each step.
+    AlignedValues weights;                 ///< How the result changes with each step.
     std::vector<std::uint8_t> hasAdjoint;  ///< Whether weights are set.
 };
 

@@ -1,6 +1,6 @@
-#include "fit/Problem.h"
 #include <velmorak/Failure.h>
 #include <velmorak/Value.h>
+#include "fit/Problem.h"
 
 #include <array>
 #include <cmath>
@@ -40,32 +40,39 @@ public:
     Selector(const FitData& given, const FitOptions& wanted)
         : options(wanted), isLikelihood(wanted.method == Method::Likelihood) {
         kept.reserve(given.entries.size());
-        for (const Entry& entry : given.entries)
-            if (isWanted(entry))
+        for (const Entry& entry : given.entries) {
+            if (isWanted(entry)) {
                 kept.push_back(&entry);
-        if (unreadable > 0)
+            }
+        }
+        if (unreadable > 0) {
             made.warnings.push_back(counted(unreadable, "that hold NaN or Infinity"));
-        if (withoutError > 0)
+        }
+        if (withoutError > 0) {
             made.warnings.push_back(counted(withoutError, "without an error, such as empty bins,"));
+        }
     }
 
     Selected select() {
-        if (kept.empty())
+        if (kept.empty()) {
             throw Failure("no entry is left to fit between " + textOf(options.low) + " and " + textOf(options.high) +
                           (made.warnings.empty() ? "" : ": " + made.warnings.back()));
+        }
         const double defaultStart = isLikelihood ? usualScale() : 1.0;
-        if (options.compare == Compare::Centre)
+        if (options.compare == Compare::Centre) {
             addAll(middle, defaultStart);
-        else
+        } else {
             addAll(legendre, defaultStart);
+        }
         return std::move(made);
     }
 
 private:
     bool isWanted(const Entry& entry) {
         const double x = center(entry);
-        if (x < options.low || x > options.high)
+        if (x < options.low || x > options.high) {
             return false;
+        }
         if (!std::isfinite(x) || !std::isfinite(entry.y) || std::isnan(entry.error) || std::isinf(entry.error)) {
             ++unreadable;
             return false;
@@ -74,10 +81,12 @@ private:
             ++withoutError;
             return false;
         }
-        if (isLikelihood && entry.y < 0.0)
+        if (isLikelihood && entry.y < 0.0) {
             throw Failure("the likelihood needs counts, but the bin at " + textOf(x) + " holds " + textOf(entry.y));
-        if (options.compare == Compare::Integral && !(entry.low < entry.high))
+        }
+        if (options.compare == Compare::Integral && !(entry.low < entry.high)) {
             throw Failure("only bins have an integral; the entry at " + textOf(x) + " is a point");
+        }
         return true;
     }
 
@@ -89,14 +98,16 @@ private:
             weights += entry->y;
             squares += entry->error * entry->error;
         }
-        if (weights == 0.0)
+        if (weights == 0.0) {
             throw Failure("the likelihood needs counts, but all bins are empty");
+        }
         return squares > 0.0 ? weights / squares : 1.0;
     }
 
     double scaleOf(const Entry& entry, double defaultStart) const {
-        if (!isLikelihood)
+        if (!isLikelihood) {
             return 1.0 / entry.error;
+        }
         return entry.y > 0.0 && entry.error > 0.0 ? entry.y / (entry.error * entry.error) : defaultStart;
     }
 

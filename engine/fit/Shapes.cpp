@@ -32,10 +32,12 @@ std::vector<Shape> makeShapes() {
          {height, mean, {"sigma", Role::Width, 1.0}, {"alpha", Role::Shape, 1.5}, {"n", Role::Shape, 3.0}},
          "amplitude*((x-mean)/sigma > -alpha ? exp(-0.5*((x-mean)/sigma)^2)"
          " : exp(-0.5*alpha^2)*pow(1-alpha/n*(alpha+(x-mean)/sigma), -n))"}};
-    for (int degree = 0; degree <= highestDegree; ++degree)
+    for (int degree = 0; degree <= highestDegree; ++degree) {
         shapes.push_back(polynomial(degree));
-    for (Shape& shape : shapes)
+    }
+    for (Shape& shape : shapes) {
         shape.parsed = expression::parse(shape.formula);
+    }
     return shapes;
 }
 
@@ -87,11 +89,13 @@ namespace velmorak {
 std::string FitModel::shapes() {
     std::string text;
     for (const fitting::Shape& shape : fitting::allShapes()) {
-        if (shape.name.starts_with("pol") && shape.name != "pol2")
+        if (shape.name.starts_with("pol") && shape.name != "pol2") {
             continue;
+        }
         text += "| `" + shape.name + "` |";
-        for (const fitting::ShapeParameter& parameter : shape.parameters)
+        for (const fitting::ShapeParameter& parameter : shape.parameters) {
             text += " `" + parameter.name + "`";
+        }
         text += " | `" + shape.formula + "` |\n";
     }
     return text;

@@ -31,8 +31,9 @@ void BackgroundTask::end() {
 bool BackgroundTask::wait(std::chrono::milliseconds patience) {
     std::unique_lock guard(mutex);
     std::uint64_t seen = steps;
-    while (changed.wait_for(guard, patience, [&] { return isDone || steps != seen; }) && !isDone)
+    while (changed.wait_for(guard, patience, [&] { return isDone || steps != seen; }) && !isDone) {
         seen = steps;
+    }
     return isDone;
 }
 

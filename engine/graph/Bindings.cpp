@@ -19,26 +19,31 @@ void bind(QzBase& receiver, std::size_t input, QzBase& sender, std::size_t outpu
 
 void unbind(QzBase& receiver, std::size_t input) {
     QzBase::Input& fed = QzBase::Part::of(receiver).inputs[input];
-    if (fed.source == nullptr)
+    if (!fed.source) {
         return;
+    }
     QzBase::Output& feeding = QzBase::Part::of(*fed.source).outputs[fed.sourceOutput];
-    for (std::size_t i = 0; i < feeding.consumers.size(); ++i)
+    for (std::size_t i = 0; i < feeding.consumers.size(); ++i) {
         if (feeding.consumers[i] == &receiver && feeding.consumerInputs[i] == static_cast<int>(input)) {
             feeding.consumers.erase(feeding.consumers.begin() + static_cast<std::ptrdiff_t>(i));
             feeding.consumerInputs.erase(feeding.consumerInputs.begin() + static_cast<std::ptrdiff_t>(i));
             break;
         }
+    }
     fed.source = nullptr;
     fed.sourceOutput = 0;
 }
 
 void unbindAll(QzBase& node) {
     QzBase::Part& part = QzBase::Part::of(node);
-    for (std::size_t input = 0; input < part.inputs.size(); ++input)
+    for (std::size_t input = 0; input < part.inputs.size(); ++input) {
         unbind(node, input);
-    for (QzBase::Output& output : part.outputs)
-        while (!output.consumers.empty())
+    }
+    for (QzBase::Output& output : part.outputs) {
+        while (!output.consumers.empty()) {
             unbind(*output.consumers.back(), static_cast<std::size_t>(output.consumerInputs.back()));
+        }
+    }
 }
 
 int outputIndex(const QzBase& node, const std::string& output) {

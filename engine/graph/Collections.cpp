@@ -102,8 +102,9 @@ std::vector<fs::path> objectsIn(const fs::path& folder) {
     for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
         const fs::path object = at->path() / (at->path().filename().string() + ".so");
         std::error_code missing;
-        if (fs::is_regular_file(object, missing))
+        if (fs::is_regular_file(object, missing)) {
             found.push_back(fs::absolute(object));
+        }
     }
     std::ranges::sort(found);
     return found;
@@ -127,13 +128,14 @@ private:
 };
 
 void Loader::load(const fs::path& object) {
-    if (!loaded.insert(fs::weakly_canonical(object)).second)
+    if (!loaded.insert(fs::weakly_canonical(object)).second) {
         return;
+    }
     const LoadingNote note(notes, object);
     if (note.isOfAnEndedProgram()) {
         printMessage("The collection " + object.string() +
-            " is skipped: a program ended while it was loading it. Replace the file, or remove " +
-            note.file().string() + " to have it loaded again.");
+                     " is skipped: a program ended while it was loading it. Replace the file, or remove " +
+                     note.file().string() + " to have it loaded again.");
         return;
     }
     std::vector<OfferedKind> offered;
@@ -149,7 +151,7 @@ void Loader::take(OfferedKind offered) {
     const std::string& name = offered.record.name;
     if (!names.insert(name).second) {
         printMessage("The kind " + name + " of the collection " + offered.record.library +
-            " is skipped: another kind has that name.");
+                     " is skipped: another kind has that name.");
     } else {
         kinds.push_back(std::move(offered));
     }
@@ -164,9 +166,11 @@ std::vector<OfferedKind> Loader::takeSorted() {
 
 std::vector<OfferedKind> loadCollections(const std::vector<fs::path>& folders, const std::string& factory) {
     Loader loader(factory);
-    for (const fs::path& folder : folders)
-        for (const fs::path& object : objectsIn(folder))
+    for (const fs::path& folder : folders) {
+        for (const fs::path& object : objectsIn(folder)) {
             loader.load(object);
+        }
+    }
     return loader.takeSorted();
 }
 

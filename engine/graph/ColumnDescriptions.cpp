@@ -1,15 +1,15 @@
 #include "graph/ColumnDescriptions.h"
 
-#include "graph/PreviewContext.h"
+#include "graph/Log.h"
 #include "graph/ManagerImpl.h"
 #include "graph/PortTexts.h"
-#include "graph/Log.h"
+#include "graph/PreviewContext.h"
 
 #include "run/CrashNote.h"
-#include "store/FileHashes.h"
 #include "run/NodeArguments.h"
 #include "run/NodeError.h"
 #include "run/Visible.h"
+#include "store/FileHashes.h"
 
 #include <velmorak/Kind.h>
 
@@ -39,8 +39,9 @@ std::string sentenceOn(const Schema& schema) {
         sentence += (i == 0 ? "" : ", ") + onOneLine(column.name) + " (" + (column.isList ? "list of " : "") +
                     std::string(nameOf(column.type)) + unit + ")";
     }
-    if (schema.size() > shown)
+    if (schema.size() > shown) {
         sentence += " and " + textOf(static_cast<double>(schema.size() - shown)) + " more";
+    }
     return schema.size() == 0 ? "" : sentence + ".";
 }
 
@@ -135,9 +136,8 @@ void lookAside(QzBase& node, const Source& kind, const Pipeline& beside, const s
     const PreviewedColumns before = part.columnsSubject == subject ? part.columns : PreviewedColumns{};
     const auto found = std::make_shared<PreviewedColumns>();
     part.look = owner.looks.begin(subject, found,
-                                  [look = PreviewRequest{kind, nodeOf(part, node.name), beside, before}, found](BackgroundTask& work) {
-                                      *found = look.found(work);
-                                  });
+                                  [look = PreviewRequest{kind, nodeOf(part, node.name), beside, before},
+                                   found](BackgroundTask& work) { *found = look.found(work); });
     part.look->work->wait(overdue == 0 ? owner.looks.patience : std::chrono::milliseconds(0));
 }
 
@@ -171,7 +171,7 @@ void findColumns(QzBase& node, const Source& kind) {
 void updateColumnDescriptions(QzBase& node) {
     QzBase::Part& part = QzBase::Part::of(node);
     const auto* kind = dynamic_cast<const Source*>(part.kind);
-    if (kind == nullptr || !kind->tellsColumns()) {
+    if (!kind || !kind->tellsColumns()) {
         return;
     }
     if (std::ranges::any_of(part.inputs, [](const auto& input) { return input.source != nullptr; })) {

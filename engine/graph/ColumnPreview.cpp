@@ -19,10 +19,11 @@ ColumnPreviews::~ColumnPreviews() {
     }
 }
 
-std::shared_ptr<ColumnPreview> ColumnPreviews::begin(const std::string& subject, std::shared_ptr<const PreviewedColumns> found,
-                                               std::function<void(BackgroundTask&)> work) {
-    all.push_back(
-        std::make_shared<ColumnPreview>(ColumnPreview{subject, BackgroundTask::begin(std::move(work)), std::move(found)}));
+std::shared_ptr<ColumnPreview> ColumnPreviews::begin(const std::string& subject,
+                                                     std::shared_ptr<const PreviewedColumns> found,
+                                                     std::function<void(BackgroundTask&)> work) {
+    all.push_back(std::make_shared<ColumnPreview>(
+        ColumnPreview{subject, BackgroundTask::begin(std::move(work)), std::move(found)}));
     return all.back();
 }
 

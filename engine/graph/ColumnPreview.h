@@ -19,8 +19,8 @@ struct PreviewedColumns {
 
 /// A look at what a table reader would read, aside: the file may lie where no answer comes from.
 struct ColumnPreview {
-    std::string subject;                        ///< What is looked at; another look is needed when that has changed.
-    std::shared_ptr<BackgroundTask> work;            ///< Waited for before found is read.
+    std::string subject;                   ///< What is looked at; another look is needed when that has changed.
+    std::shared_ptr<BackgroundTask> work;  ///< Waited for before found is read.
     std::shared_ptr<const PreviewedColumns> found;  ///< Once the work has ended.
 };
 
@@ -37,7 +37,7 @@ public:
 
     /// @param work sets found, and owns all that it uses.
     std::shared_ptr<ColumnPreview> begin(const std::string& subject, std::shared_ptr<const PreviewedColumns> found,
-                                      std::function<void(BackgroundTask&)> work);
+                                         std::function<void(BackgroundTask&)> work);
     /// How many go on though nobody waits for them any more.
     std::size_t overdue();
 

@@ -18,13 +18,15 @@ public:
     explicit ObjectText(std::string betweenFields) : separator(std::move(betweenFields)) {}
 
     void field(const std::string& name, const std::string& json) {
-        if (!body.empty())
+        if (!body.empty()) {
             body += ',' + separator;
+        }
         body += jsonText(name) + ": " + json;
     }
     void foreign(const ForeignFields& fields) {
-        for (const ForeignField& each : fields)
+        for (const ForeignField& each : fields) {
             field(each.name, each.json);
+        }
     }
     const std::string& text() const { return body; }
 
@@ -36,10 +38,12 @@ private:
 std::string inputText(const DocumentInput& input) {
     ObjectText object(" ");
     object.field("name", jsonText(input.name));
-    if (input.value)
+    if (input.value) {
         object.field("value", jsonText(*input.value));
-    if (input.from)
+    }
+    if (input.from) {
         object.field("from", '[' + jsonText(input.from->plugin) + ", " + jsonText(input.from->output) + ']');
+    }
     object.foreign(input.foreign);
     return '{' + object.text() + '}';
 }
@@ -55,8 +59,9 @@ std::string outputText(const DocumentOutput& output) {
 template <typename Port>
 std::string portList(const std::vector<Port>& ports, std::string (*textOfPort)(const Port&)) {
     std::string list;
-    for (const Port& port : ports)
+    for (const Port& port : ports) {
         list += (list.empty() ? "\n        " : ",\n        ") + textOfPort(port);
+    }
     return '[' + list + "\n      ]";
 }
 
@@ -65,22 +70,27 @@ std::string pluginText(const DocumentPlugin& plugin) {
     object.field("name", jsonText(plugin.name));
     object.field("kind", jsonText(plugin.kind));
     object.field("position", '[' + coordinate(plugin.x) + ", " + coordinate(plugin.y) + ']');
-    if (plugin.isCollapsed)
+    if (plugin.isCollapsed) {
         object.field("collapsed", "true");
-    if (!plugin.inputs.empty())
+    }
+    if (!plugin.inputs.empty()) {
         object.field("inputs", portList(plugin.inputs, inputText));
-    if (!plugin.outputs.empty())
+    }
+    if (!plugin.outputs.empty()) {
         object.field("outputs", portList(plugin.outputs, outputText));
+    }
     object.foreign(plugin.foreign);
     return "{\n      " + object.text() + "\n    }";
 }
 
 std::string pluginList(const std::vector<DocumentPlugin>& plugins) {
-    if (plugins.empty())
+    if (plugins.empty()) {
         return "[]";
+    }
     std::string list;
-    for (const DocumentPlugin& plugin : plugins)
+    for (const DocumentPlugin& plugin : plugins) {
         list += (list.empty() ? "\n    " : ",\n    ") + pluginText(plugin);
+    }
     return '[' + list + "\n  ]";
 }
 
@@ -89,8 +99,9 @@ std::string pluginList(const std::vector<DocumentPlugin>& plugins) {
 std::string formatDocument(const Document& document) {
     ObjectText object("\n  ");
     object.field("zedra", "1");
-    if (document.summary)
+    if (document.summary) {
         object.field("summary", jsonText(*document.summary));
+    }
     object.field("plugins", pluginList(document.plugins));
     object.foreign(document.foreign);
     return "{\n  " + object.text() + "\n}\n";

@@ -1,12 +1,12 @@
 #include "graph/DocumentLoad.h"
 
-#include "graph/ValidateAidaFile.h"
 #include "graph/Bindings.h"
-#include "graph/Paths.h"
 #include "graph/FreeName.h"
+#include "graph/Log.h"
 #include "graph/NodeFromDocument.h"
 #include "graph/Nodes.h"
-#include "graph/Log.h"
+#include "graph/Paths.h"
+#include "graph/ValidateAidaFile.h"
 
 #include <algorithm>
 #include <set>
@@ -45,11 +45,13 @@ private:
 /// Names that are free stay; the others get numbers that no plug-in of pipeline or document has.
 std::vector<std::string> Loading::namesInPipeline() const {
     std::set<std::string> existing;
-    for (const QzBase* node : manager.plugins)
+    for (const QzBase* node : manager.plugins) {
         existing.insert(node->name);
+    }
     std::set<std::string> taken = existing;
-    for (const DocumentPlugin& plugin : document.plugins)
+    for (const DocumentPlugin& plugin : document.plugins) {
         taken.insert(plugin.name);
+    }
     std::vector<std::string> names;
     for (const DocumentPlugin& plugin : document.plugins) {
         names.push_back(existing.contains(plugin.name)
@@ -67,16 +69,20 @@ void Loading::makeNodes() {
         byName.emplace(document.plugins[i].name, i);
         nodes.push_back(nodeFromDocument(manager, document.plugins[i], names[i], notes));
         ports += nodes.back()->Inputs().size() + nodes.back()->Outputs().size();
-        if (ports > maxPorts)
+        if (ports > maxPorts) {
             throw DocumentError(document.plugins[i].line, "the plug-ins have more than 1000000 inputs and outputs");
+        }
     }
 }
 
 void Loading::wire() {
-    for (std::size_t i = 0; i < nodes.size(); ++i)
-        for (const DocumentInput& input : document.plugins[i].inputs)
-            if (input.from)
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        for (const DocumentInput& input : document.plugins[i].inputs) {
+            if (input.from) {
                 wireInput(i, input);
+            }
+        }
+    }
 }
 
 void Loading::wireInput(std::size_t receiverNumber, const DocumentInput& input) {
@@ -86,14 +92,15 @@ void Loading::wireInput(std::size_t receiverNumber, const DocumentInput& input) 
     const int position = receiver.InputIndex(input.name);
     const auto sender = byName.find(input.from->plugin);
     const int output = sender == byName.end() ? -1 : outputForBinding(*nodes[sender->second], input.from->output);
-    if (position >= 0 && output >= 0)
+    if (position >= 0 && output >= 0) {
         bind(receiver, static_cast<std::size_t>(position), *nodes[sender->second], static_cast<std::size_t>(output));
-    else if (keepsLooseEnds)
+    } else if (keepsLooseEnds) {
         part.keepsakes.danglingSources[input.name] = *input.from;
-    else
+    } else {
         notes.add(input.line, nameForMessages(receiver) + ", input " + input.name + ": the binding to " +
                                   quote(input.from->output) + " of " + quote(input.from->plugin) +
                                   " is dropped, because there is no such " + (position < 0 ? "input" : "output"));
+    }
 }
 
 void Loading::commitDocument(bool wasEmpty) {
@@ -101,12 +108,16 @@ void Loading::commitDocument(bool wasEmpty) {
         owner.summary = std::move(document.summary);
         owner.documentFields = std::move(document.foreign);
     } else {
-        for (ForeignField& field : document.foreign)
-            if (std::ranges::find(owner.documentFields, field.name, &ForeignField::name) == owner.documentFields.end())
+        for (ForeignField& field : document.foreign) {
+            if (std::ranges::find(owner.documentFields, field.name, &ForeignField::name) ==
+                owner.documentFields.end()) {
                 owner.documentFields.push_back(std::move(field));
+            }
+        }
     }
-    if (wasEmpty || owner.documentPath.empty())
+    if (wasEmpty || owner.documentPath.empty()) {
         owner.documentPath = absolutePath(file);
+    }
 }
 
 void Loading::commit() {
@@ -114,13 +125,15 @@ void Loading::commit() {
     const std::lock_guard guard(owner.lock);
     // What is read into an empty pipeline takes its place; an example is never saved over.
     const bool wasEmpty = manager.plugins.empty();
-    for (std::unique_ptr<GraphNode>& node : nodes)
+    for (std::unique_ptr<GraphNode>& node : nodes) {
         takeIn(manager, std::move(node));
+    }
     commitDocument(wasEmpty);
-    if (wasEmpty)
+    if (wasEmpty) {
         manager.fileName = isExample ? std::string() : file;
-    else if (manager.fileName.empty() && !isExample)
+    } else if (manager.fileName.empty() && !isExample) {
         manager.fileName = file;
+    }
 }
 
 }  // namespace

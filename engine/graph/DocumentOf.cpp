@@ -14,9 +14,10 @@ DocumentInput inputOf(const QzBase::Part& part, std::size_t position) {
     const QzBase::Input& input = part.inputs[position];
     DocumentInput made;
     made.name = input.name;
-    if (takesText(part.inputSpecs[position]) || !input.value.empty())
+    if (takesText(part.inputSpecs[position]) || !input.value.empty()) {
         made.value = input.value;
-    if (input.source != nullptr) {
+    }
+    if (input.source) {
         made.from = {input.source->name, QzBase::Part::of(*input.source).outputs[input.sourceOutput].name};
     } else if (const auto loose = part.keepsakes.danglingSources.find(input.name);
                loose != part.keepsakes.danglingSources.end()) {
@@ -34,12 +35,15 @@ DocumentPlugin pluginOf(const QzBase& node) {
     made.x = part.x;
     made.y = part.y;
     made.isCollapsed = !part.isExpanded;
-    for (std::size_t i = 0; i < part.inputs.size(); ++i)
+    for (std::size_t i = 0; i < part.inputs.size(); ++i) {
         made.inputs.push_back(inputOf(part, i));
-    for (const UnknownInput& stray : part.keepsakes.strayInputs)
+    }
+    for (const UnknownInput& stray : part.keepsakes.strayInputs) {
         made.inputs.push_back(stray);
-    for (const QzBase::Output& output : part.outputs)
+    }
+    for (const QzBase::Output& output : part.outputs) {
         made.outputs.push_back({output.name, output.type, fieldsOf(part.keepsakes.outputFields, output.name)});
+    }
     made.foreign = part.keepsakes.fields;
     return made;
 }
@@ -50,8 +54,9 @@ Document documentOf(const QzManager& manager) {
     const QzManager::Part& owner = QzManager::Part::of(manager);
     Document made;
     made.summary = owner.summary;
-    for (const QzBase* node : manager.plugins)
+    for (const QzBase* node : manager.plugins) {
         made.plugins.push_back(pluginOf(*node));
+    }
     made.foreign = owner.documentFields;
     return made;
 }

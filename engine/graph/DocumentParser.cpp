@@ -63,8 +63,9 @@ private:
 
 /// Values are mostly asked for in the order in which they stand.
 std::size_t Parser::line(const JsonValue& at) const {
-    if (at.begin < seen)
+    if (at.begin < seen) {
         seen = linesBefore = 0;
+    }
     linesBefore += static_cast<std::size_t>(std::count(text.begin() + static_cast<std::ptrdiff_t>(seen),
                                                        text.begin() + static_cast<std::ptrdiff_t>(at.begin), '\n'));
     seen = at.begin;
@@ -76,18 +77,20 @@ Parser::Fields Parser::fields(const JsonValue& object, std::initializer_list<std
                               ForeignFields& foreign) const {
     Fields found;
     forEachMember(text, object, [&](std::string name, const JsonValue& value) {
-        if (std::find(known.begin(), known.end(), name) == known.end())
+        if (std::find(known.begin(), known.end(), name) == known.end()) {
             foreign.push_back({std::move(name), std::string(written(value))});
-        else if (!found.emplace(name, value).second)
+        } else if (!found.emplace(name, value).second) {
             fail(value, "the field " + quote(name) + " stands twice in one object.");
+        }
     });
     return found;
 }
 
 const JsonValue& Parser::needed(const Fields& found, std::string_view name, const JsonValue& object) const {
     const auto at = found.find(name);
-    if (at == found.end())
+    if (at == found.end()) {
         fail(object, "the field " + quote(name) + " is missing.");
+    }
     return at->second;
 }
 
@@ -98,47 +101,55 @@ std::string Parser::textIn(const JsonValue& value, std::string_view name) const 
 std::string Parser::nameIn(const Fields& found, std::string_view name, const JsonValue& object) const {
     const JsonValue& value = needed(found, name, object);
     std::string made = textIn(value, name);
-    if (made.empty())
+    if (made.empty()) {
         fail(value, "the field " + quote(name) + " must not be empty.");
+    }
     return made;
 }
 
 const JsonValue& Parser::shaped(const JsonValue& value, JsonType type, const std::string& reason) const {
-    if (value.type != type)
+    if (value.type != type) {
         fail(value, reason);
+    }
     return value;
 }
 
 float Parser::coordinate(const JsonValue& value) const {
-    const double number = numberIn(text, shaped(value, JsonType::Number, "the field \"position\" must hold two numbers."));
-    if (std::abs(number) > static_cast<double>(std::numeric_limits<float>::max()))
+    const double number =
+        numberIn(text, shaped(value, JsonType::Number, "the field \"position\" must hold two numbers."));
+    if (std::abs(number) > static_cast<double>(std::numeric_limits<float>::max())) {
         fail(value, "a coordinate is out of range.");
+    }
     return static_cast<float>(number);
 }
 
 void Parser::checkVersion(const JsonValue& version) const {
     const JsonValue& number = shaped(version, JsonType::Number, "the field \"zedra\" must be a number.");
-    if (numberIn(text, number) != 1.0)
+    if (numberIn(text, number) != 1.0) {
         fail(version, "the document is of version " + std::string(written(version).substr(0, 40)) +
                           " of the format; this program reads version 1.");
+    }
 }
 
 void Parser::keepNamesApart(std::set<std::string>& taken, const std::string& name, const char* what,
                             const JsonValue& at) const {
-    if (!taken.insert(name).second)
+    if (!taken.insert(name).second) {
         fail(at, std::string("two ") + what + " are named " + quote(name) + ".");
+    }
 }
 
 /// The items of a list that must have two.
 std::vector<JsonValue> Parser::pairIn(const JsonValue& value, const std::string& reason) const {
     std::vector<JsonValue> items;
     forEachItem(text, shaped(value, JsonType::List, reason), [&](const JsonValue& item) {
-        if (items.size() == 2)
+        if (items.size() == 2) {
             fail(value, reason);
+        }
         items.push_back(item);
     });
-    if (items.size() != 2)
+    if (items.size() != 2) {
         fail(value, reason);
+    }
     return items;
 }
 
@@ -151,7 +162,8 @@ void Parser::place(const JsonValue& value, DocumentPlugin& plugin) const {
 OutputName Parser::source(const JsonValue& value) const {
     const std::string reason = "the field \"from\" must be a list of two texts: plug-in and output.";
     const std::vector<JsonValue> pair = pairIn(value, reason);
-    return {unquoted(text, shaped(pair[0], JsonType::Text, reason)), unquoted(text, shaped(pair[1], JsonType::Text, reason))};
+    return {unquoted(text, shaped(pair[0], JsonType::Text, reason)),
+            unquoted(text, shaped(pair[1], JsonType::Text, reason))};
 }
 
 DocumentInput Parser::input(const JsonValue& object) const {
@@ -160,10 +172,12 @@ DocumentInput Parser::input(const JsonValue& object) const {
     const Fields found = fields(object, {"name", "value", "from"}, made.foreign);
     made.line = line(object);
     made.name = nameIn(found, "name", object);
-    if (const auto value = found.find("value"); value != found.end())
+    if (const auto value = found.find("value"); value != found.end()) {
         made.value = textIn(value->second, "value");
-    if (const auto from = found.find("from"); from != found.end())
+    }
+    if (const auto from = found.find("from"); from != found.end()) {
         made.from = source(from->second);
+    }
     return made;
 }
 
@@ -184,21 +198,26 @@ DocumentPlugin Parser::plugin(const JsonValue& object) const {
     made.line = line(object);
     made.name = nameIn(found, "name", object);
     made.kind = nameIn(found, "kind", object);
-    if (const auto at = found.find("position"); at != found.end())
+    if (const auto at = found.find("position"); at != found.end()) {
         place(at->second, made);
-    if (const auto at = found.find("collapsed"); at != found.end())
+    }
+    if (const auto at = found.find("collapsed"); at != found.end()) {
         made.isCollapsed =
             text[shaped(at->second, JsonType::Boolean, "the field \"collapsed\" must be true or false.").begin] == 't';
-    if (const auto at = found.find("inputs"); at != found.end())
+    }
+    if (const auto at = found.find("inputs"); at != found.end()) {
         inputs(at->second, made);
-    if (const auto at = found.find("outputs"); at != found.end())
+    }
+    if (const auto at = found.find("outputs"); at != found.end()) {
         outputs(at->second, made);
+    }
     return made;
 }
 
 void Parser::countPort(const JsonValue& at) const {
-    if (++ports > maxPorts)
+    if (++ports > maxPorts) {
         fail(at, "the document has more than 1000000 inputs and outputs.");
+    }
 }
 
 void Parser::inputs(const JsonValue& list, DocumentPlugin& plugin) const {
@@ -212,11 +231,12 @@ void Parser::inputs(const JsonValue& list, DocumentPlugin& plugin) const {
 
 void Parser::outputs(const JsonValue& list, DocumentPlugin& plugin) const {
     std::set<std::string> names;
-    forEachItem(text, shaped(list, JsonType::List, "the field \"outputs\" must be a list."), [&](const JsonValue& item) {
-        countPort(item);
-        plugin.outputs.push_back(output(item));
-        keepNamesApart(names, plugin.outputs.back().name, "outputs of a plug-in", item);
-    });
+    forEachItem(text, shaped(list, JsonType::List, "the field \"outputs\" must be a list."),
+                [&](const JsonValue& item) {
+                    countPort(item);
+                    plugin.outputs.push_back(output(item));
+                    keepNamesApart(names, plugin.outputs.back().name, "outputs of a plug-in", item);
+                });
 }
 
 Document Parser::document(const JsonValue& root) const {
@@ -224,14 +244,16 @@ Document Parser::document(const JsonValue& root) const {
     Document made;
     const Fields found = fields(root, {"zedra", "summary", "plugins"}, made.foreign);
     checkVersion(needed(found, "zedra", root));
-    if (const auto at = found.find("summary"); at != found.end())
+    if (const auto at = found.find("summary"); at != found.end()) {
         made.summary = textIn(at->second, "summary");
+    }
     std::set<std::string> names;
     const JsonValue& plugins = needed(found, "plugins", root);
     forEachItem(text, shaped(plugins, JsonType::List, "the field \"plugins\" must be a list."),
                 [&](const JsonValue& item) {
-                    if (made.plugins.size() == maxPlugins)
+                    if (made.plugins.size() == maxPlugins) {
                         fail(item, "the document has more than 100000 plug-ins.");
+                    }
                     made.plugins.push_back(plugin(item));
                     keepNamesApart(names, made.plugins.back().name, "plug-ins", item);
                 });

@@ -33,8 +33,9 @@ JsonType typeOf(char first) {
 
 std::size_t endOfText(std::string_view text, std::size_t begin) {
     std::size_t at = begin + 1;
-    while (text[at] != '"')
+    while (text[at] != '"') {
         at += text[at] == '\\' ? 2 : 1;
+    }
     return at + 1;
 }
 
@@ -44,10 +45,11 @@ std::size_t endOfNest(std::string_view text, std::size_t begin) {
     do {
         at = text.find_first_of("\"[]{}", at);
         const char found = text[at];
-        if (found == '[' || found == '{')
+        if (found == '[' || found == '{') {
             ++level;
-        else if (found == ']' || found == '}')
+        } else if (found == ']' || found == '}') {
             --level;
+        }
         at = found == '"' ? endOfText(text, at) : at + 1;
     } while (level > 0);
     return at;
@@ -57,12 +59,13 @@ JsonValue valueAt(std::string_view text, std::size_t begin) {
     JsonValue found;
     found.type = typeOf(text[begin]);
     found.begin = begin;
-    if (found.type == JsonType::Text)
+    if (found.type == JsonType::Text) {
         found.end = endOfText(text, begin);
-    else if (found.type == JsonType::List || found.type == JsonType::Object)
+    } else if (found.type == JsonType::List || found.type == JsonType::Object) {
         found.end = endOfNest(text, begin);
-    else
+    } else {
         found.end = std::min(text.find_first_of(" \t\r\n,]}", begin), text.size());
+    }
     return found;
 }
 
@@ -90,8 +93,9 @@ void forEachMember(std::string_view text, const JsonValue& object,
 
 std::string unquoted(std::string_view text, const JsonValue& value) {
     const std::string_view inside = text.substr(value.begin + 1, value.end - value.begin - 2);
-    if (inside.find('\\') == std::string_view::npos)
+    if (inside.find('\\') == std::string_view::npos) {
         return std::string(inside);
+    }
     return Json::parse(text.substr(value.begin, value.end - value.begin)).get<std::string>();
 }
 
@@ -99,8 +103,9 @@ double numberIn(std::string_view text, const JsonValue& value) {
     const std::string_view digits = text.substr(value.begin, value.end - value.begin);
     double number = 0.0;
     const auto parsed = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    if (parsed.ec != std::errc::result_out_of_range)
+    if (parsed.ec != std::errc::result_out_of_range) {
         return number;
+    }
     const std::size_t exponent = digits.find_first_of("eE");
     const bool isTiny = exponent == std::string_view::npos ? digits.substr(digits[0] == '-' ? 1 : 0).starts_with("0.")
                                                            : digits[exponent + 1] == '-';

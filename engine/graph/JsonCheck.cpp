@@ -54,33 +54,39 @@ void Check::fail(const std::string& expected) const {
 
 void Check::need(char byte) {
     blanks();
-    if (at == text.size() || text[at] != byte)
+    if (at == text.size() || text[at] != byte) {
         fail(quote(std::string(1, byte)));
+    }
     ++at;
 }
 
 void Check::digits() {
-    if (!isDigit(ahead()))
+    if (!isDigit(ahead())) {
         fail("a digit");
-    while (isDigit(ahead()))
+    }
+    while (isDigit(ahead())) {
         ++at;
+    }
 }
 
 void Check::number() {
-    if (ahead() == '-')
+    if (ahead() == '-') {
         ++at;
-    if (ahead() == '0')
+    }
+    if (ahead() == '0') {
         ++at;
-    else
+    } else {
         digits();
+    }
     if (ahead() == '.') {
         ++at;
         digits();
     }
     if (ahead() == 'e' || ahead() == 'E') {
         ++at;
-        if (ahead() == '+' || ahead() == '-')
+        if (ahead() == '+' || ahead() == '-') {
             ++at;
+        }
         digits();
     }
 }
@@ -91,29 +97,33 @@ void Check::quoted() {
     bool isPlain = true;
     need('"');
     while (ahead() != '"') {
-        if (at >= text.size() || static_cast<unsigned char>(text[at]) < 0x20U)
+        if (at >= text.size() || static_cast<unsigned char>(text[at]) < 0x20U) {
             fail("the end of a text");
+        }
         const bool isEscape = text[at] == '\\';
         isPlain = isPlain && !isEscape && static_cast<unsigned char>(text[at]) < 0x80U;
         at = std::min(at + (isEscape ? 2 : 1), text.size());
     }
     ++at;
-    if (!isPlain && !nlohmann::json::accept(text.substr(begin, at - begin)))
+    if (!isPlain && !nlohmann::json::accept(text.substr(begin, at - begin))) {
         throw DocumentError(lineOf(text, begin),
                             "is no JSON: a text holds a wrong escape, or bytes that are not UTF-8");
+    }
 }
 
 void Check::word(std::string_view letters) {
-    if (text.substr(at, letters.size()) != letters)
+    if (text.substr(at, letters.size()) != letters) {
         fail("a value");
+    }
     at += letters.size();
 }
 
 /// What stands between a bracket and its counterpart.
 template <typename Part>
 void Check::parts(char end, int level, Part&& part) {
-    if (level == maxDepth)
+    if (level == maxDepth) {
         throw DocumentError(lineOf(text, at), "nests deeper than 64 levels");
+    }
     ++at;
     blanks();
     if (ahead() == end) {
@@ -124,16 +134,18 @@ void Check::parts(char end, int level, Part&& part) {
         part();
         blanks();
         isMore = ahead() == ',';
-        if (isMore)
+        if (isMore) {
             ++at;
+        }
     }
     need(end);
 }
 
 void Check::member(int level) {
     blanks();
-    if (ahead() != '"')
+    if (ahead() != '"') {
         fail("the name of a field");
+    }
     quoted();
     need(':');
     value(level);
@@ -161,8 +173,9 @@ JsonType Check::value(int level) {
             word("null");
             return JsonType::Null;
         default:
-            if (!isDigit(ahead()) && ahead() != '-')
+            if (!isDigit(ahead()) && ahead() != '-') {
                 fail("a value");
+            }
             number();
             return JsonType::Number;
     }
@@ -170,16 +183,18 @@ JsonType Check::value(int level) {
 
 JsonValue Check::document() {
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    if (text.starts_with(byteOrderMark))
+    if (text.starts_with(byteOrderMark)) {
         at = byteOrderMark.size();
+    }
     blanks();
     JsonValue root;
     root.begin = at;
     root.type = value(0);
     root.end = at;
     blanks();
-    if (at < text.size())
+    if (at < text.size()) {
         fail("the end of the text");
+    }
     return root;
 }
 

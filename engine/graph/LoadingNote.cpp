@@ -1,7 +1,7 @@
 #include "graph/LoadingNote.h"
 
-#include "store/Sha256.h"
 #include "store/FileHashes.h"
+#include "store/Sha256.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -43,7 +43,7 @@ std::string contentOf(int descriptor) {
 
 fs::path folderIn(const char* variable) {
     const char* const setting = std::getenv(variable);
-    const fs::path folder(setting == nullptr ? "" : setting);
+    const fs::path folder(!setting ? "" : setting);
     return folder.is_absolute() ? folder : fs::path();
 }
 

@@ -1,7 +1,7 @@
 #include "graph/Log.h"
 
-#include "run/Visible.h"
 #include "graph/Json.h"
+#include "run/Visible.h"
 
 #include <iostream>
 
@@ -16,14 +16,17 @@ bool continuesCharacter(char byte) {
 
 /// The beginning of a line says where it comes from, its end what is wrong.
 std::string withoutMiddle(const std::string& line) {
-    if (line.size() <= maxLineLength)
+    if (line.size() <= maxLineLength) {
         return line;
+    }
     std::size_t head = maxLineLength / 2;
-    while (continuesCharacter(line[head]))
+    while (continuesCharacter(line[head])) {
         --head;
+    }
     std::size_t tail = line.size() - maxLineLength / 2;
-    while (continuesCharacter(line[tail]))
+    while (continuesCharacter(line[tail])) {
         ++tail;
+    }
     return line.substr(0, head) + " ... " + line.substr(tail);
 }
 
@@ -40,8 +43,9 @@ std::string quote(std::string_view text) {
 }
 
 std::string withoutFullStop(std::string sentence) {
-    while (!sentence.empty() && (sentence.back() == '.' || sentence.back() == '\n'))
+    while (!sentence.empty() && (sentence.back() == '.' || sentence.back() == '\n')) {
         sentence.pop_back();
+    }
     return validUtf8(sentence);
 }
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "graph/ValidateAidaFile.h"
 #include "graph/Catalogue.h"
 #include "graph/ColumnPreview.h"
 #include "graph/Document.h"
 #include "graph/ManagerExtensions.h"
 #include "graph/RunQueue.h"
+#include "graph/ValidateAidaFile.h"
 
 #include <QzManager.h>
 
@@ -34,7 +34,8 @@ struct UnknownFields {
     std::map<std::string, ForeignFields> inputFields;
     std::map<std::string, ForeignFields> outputFields;
     std::vector<UnknownInput> strayInputs;
-    std::map<std::string, OutputName> danglingSources;  ///< Of a plug-in of an unknown kind: by input, what is not there.
+    std::map<std::string, OutputName>
+        danglingSources;  ///< Of a plug-in of an unknown kind: by input, what is not there.
 };
 
 }  // namespace velmorak
@@ -50,8 +51,8 @@ struct QzBase::Part {
     std::vector<Output> outputs;
     std::vector<velmorak::OutputSpec> outputSpecs;  ///< Parallel to outputs.
     velmorak::UnknownFields keepsakes;
-    velmorak::PreviewedColumns columns;              ///< What a table reader's descriptions say of its columns.
-    std::string columnsSubject;                  ///< Values and places that this was found for.
+    velmorak::PreviewedColumns columns;             ///< What a table reader's descriptions say of its columns.
+    std::string columnsSubject;                     ///< Values and places that this was found for.
     std::shared_ptr<velmorak::ColumnPreview> look;  ///< That is going on; null for none.
     float x = 0.0F;
     float y = 0.0F;

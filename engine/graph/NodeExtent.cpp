@@ -10,10 +10,10 @@ namespace velmorak {
 namespace {
 
 constexpr float rowHeight = 20.0F;
-constexpr float portMargin = 5.0F;      ///< The editor draws port names this far inside the border.
-constexpr float betweenPorts = 15.0F;   ///< Between an input's name and the name of the output beside it.
-constexpr float titleMargin = 10.0F;    ///< Radius of the box's corners.
-constexpr float minWidth = 60.0F;  ///< A box stays large enough to be grasped.
+constexpr float portMargin = 5.0F;     ///< The editor draws port names this far inside the border.
+constexpr float betweenPorts = 15.0F;  ///< Between an input's name and the name of the output beside it.
+constexpr float titleMargin = 10.0F;   ///< Radius of the box's corners.
+constexpr float minWidth = 60.0F;      ///< A box stays large enough to be grasped.
 
 constexpr char firstGlyph = ' ';
 constexpr char lastGlyph = '~';
@@ -47,11 +47,12 @@ struct Side {
 template <typename Port, typename Shown>
 Side sideOf(const std::vector<Port>& ports, int points, Shown isShown) {
     Side side;
-    for (const Port& port : ports)
+    for (const Port& port : ports) {
         if (isShown(port)) {
             ++side.ports;
             side.width = std::max(side.width, textWidth(port.name, points));
         }
+    }
     return side;
 }
 
@@ -90,11 +91,12 @@ float textWidth(std::string_view utf8, int points) {
     constexpr float unitsPerPoint = 96.0F / 72.0F;
     const float size = static_cast<float>(points) * unitsPerPoint / 1000.0F;
     float width = 0.0F;
-    for (const char byte : utf8)
+    for (const char byte : utf8) {
         if (beginsCharacter(byte)) {
             const float exact = static_cast<float>(advanceOf(byte)) * size;
             width += std::max(exact, std::round(exact));
         }
+    }
     return width;
 }
 

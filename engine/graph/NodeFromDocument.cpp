@@ -1,11 +1,11 @@
 #include "graph/NodeFromDocument.h"
 
-#include "run/Visible.h"
 #include "graph/Bindings.h"
+#include "graph/Log.h"
 #include "graph/Nodes.h"
 #include "graph/PortChange.h"
-#include "graph/Log.h"
 #include "graph/Values.h"
+#include "run/Visible.h"
 
 namespace velmorak {
 namespace {
@@ -14,9 +14,11 @@ constexpr std::size_t maxNotes = 20;
 
 ValueType typeNamed(const std::string& name) {
     for (const ValueType type : {ValueType::Number, ValueType::Text, ValueType::Choice, ValueType::Table,
-                                 ValueType::Histogram, ValueType::Profile, ValueType::Points, ValueType::Function})
-        if (name == nameOf(type))
+                                 ValueType::Histogram, ValueType::Profile, ValueType::Points, ValueType::Function}) {
+        if (name == nameOf(type)) {
             return type;
+        }
+    }
     return ValueType::Any;
 }
 
@@ -39,33 +41,39 @@ void addPortsOfDocument(QzBase::Part& part, const DocumentPlugin& plugin) {
         spec.type = input.value ? ValueType::Text : ValueType::Any;
         part.inputSpecs.push_back(std::move(spec));
     }
-    for (const DocumentOutput& output : plugin.outputs)
+    for (const DocumentOutput& output : plugin.outputs) {
         addOutput(part, output.name, output.type);
+    }
 }
 
 /// Ports as the document's values make them, or as those of a new plug-in where they cannot be used.
 void takePorts(GraphNode& node, const DocumentPlugin& plugin, LoadNotes& notes) {
     ValueTexts values = valuesOf(node);
-    for (const DocumentInput& input : plugin.inputs)
-        if (input.value)
+    for (const DocumentInput& input : plugin.inputs) {
+        if (input.value) {
             values[input.name] = *input.value;
+        }
+    }
     Ports ports;
     const std::string reason = tryPorts(*QzBase::Part::of(node).kind, values, ports);
-    if (reason.empty())
+    if (reason.empty()) {
         changePorts(node, ports, {});
-    else
+    } else {
         notes.add(plugin.line, nameForMessages(node) + ": " + reason);
+    }
 }
 
 void takeValue(GraphNode& node, std::size_t position, const DocumentInput& input, LoadNotes& notes) {
     QzBase::Part& part = QzBase::Part::of(node);
-    if (!input.value)
+    if (!input.value) {
         return;
+    }
     part.inputs[position].value = *input.value;
     const std::string reason = refusalOf(part.kind, part.inputSpecs[position], *input.value);
-    if (!reason.empty())
+    if (!reason.empty()) {
         notes.add(input.line, nameForMessages(node) + ", input " + input.name + ": " + reason +
                                   "; the value is kept, but a run cannot use it");
+    }
 }
 
 void takeValues(GraphNode& node, const DocumentPlugin& plugin, LoadNotes& notes) {
@@ -83,12 +91,16 @@ void takeValues(GraphNode& node, const DocumentPlugin& plugin, LoadNotes& notes)
 
 void takeForeignFields(QzBase::Part& part, const DocumentPlugin& plugin) {
     part.keepsakes.fields = plugin.foreign;
-    for (const DocumentInput& input : plugin.inputs)
-        if (!input.foreign.empty())
+    for (const DocumentInput& input : plugin.inputs) {
+        if (!input.foreign.empty()) {
             part.keepsakes.inputFields[input.name] = input.foreign;
-    for (const DocumentOutput& output : plugin.outputs)
-        if (!output.foreign.empty())
+        }
+    }
+    for (const DocumentOutput& output : plugin.outputs) {
+        if (!output.foreign.empty()) {
             part.keepsakes.outputFields[output.name] = output.foreign;
+        }
+    }
 }
 
 std::unique_ptr<GraphNode> knownNode(QzManager& manager, std::size_t kind, const DocumentPlugin& plugin,
@@ -103,21 +115,23 @@ std::unique_ptr<GraphNode> unknownNode(QzManager& manager, const DocumentPlugin&
                                        LoadNotes& notes) {
     auto node = makeUnknownNode(manager, plugin.kind, name);
     addPortsOfDocument(QzBase::Part::of(*node), plugin);
-    notes.add(plugin.line,
-              shortened(name) + " is kept as it is: no collection offers its kind " + quote(plugin.kind));
+    notes.add(plugin.line, shortened(name) + " is kept as it is: no collection offers its kind " + quote(plugin.kind));
     return node;
 }
 
 }  // namespace
 
 LoadNotes::~LoadNotes() {
-    if (count > maxNotes)
-        printMessage(file + ": " + textOf(static_cast<double>(count - maxNotes)) + " more lines like these are left out.");
+    if (count > maxNotes) {
+        printMessage(file + ": " + textOf(static_cast<double>(count - maxNotes)) +
+                     " more lines like these are left out.");
+    }
 }
 
 void LoadNotes::add(std::size_t line, const std::string& sentence) {
-    if (++count <= maxNotes)
+    if (++count <= maxNotes) {
         printMessage(file + ", line " + textOf(static_cast<double>(line)) + ": " + sentence + ".");
+    }
 }
 
 std::unique_ptr<GraphNode> nodeFromDocument(QzManager& manager, const DocumentPlugin& plugin, const std::string& name,
@@ -137,8 +151,9 @@ std::unique_ptr<GraphNode> nodeFromDocument(QzManager& manager, const DocumentPl
 int outputForBinding(QzBase& node, const std::string& output) {
     const int found = outputIndex(node, output);
     QzBase::Part& part = QzBase::Part::of(node);
-    if (found >= 0 || part.kind != nullptr)
+    if (found >= 0 || part.kind) {
         return found;
+    }
     addOutput(part, output, "any");
     return static_cast<int>(part.outputs.size()) - 1;
 }

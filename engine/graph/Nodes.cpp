@@ -1,8 +1,8 @@
 #include "graph/Nodes.h"
 
-#include "run/Visible.h"
 #include "graph/PortChange.h"
 #include "graph/Values.h"
+#include "run/Visible.h"
 
 namespace velmorak {
 namespace {

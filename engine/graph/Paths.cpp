@@ -1,8 +1,8 @@
 #include "graph/Paths.h"
 
+#include "graph/BackgroundTask.h"
 #include "graph/Json.h"
 #include "graph/Log.h"
-#include "graph/BackgroundTask.h"
 
 #include <velmorak/RegularFile.h>
 
@@ -28,8 +28,9 @@ class OpenFile {
 public:
     /// Never waits for a writer of a pipe.
     explicit OpenFile(const fs::path& file) : number(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
-        if (number < 0)
+        if (number < 0) {
             throw DocumentError(0, "cannot be opened: " + std::generic_category().message(errno));
+        }
     }
     ~OpenFile() { ::close(number); }
     OpenFile(const OpenFile&) = delete;
@@ -43,18 +44,21 @@ private:
 
 std::string contentOf(const fs::path& file, BackgroundTask& work) {
     // What opening would disturb, such as a device, is not opened.
-    if (const std::string reason = whyNotRegular(file); !reason.empty())
+    if (const std::string reason = whyNotRegular(file); !reason.empty()) {
         throw DocumentError(0, reason.substr(file.string().size() + 1));
+    }
     const OpenFile opened(file);
     std::string text;
     std::string piece(std::size_t{1} << 16U, '\0');
     for (ssize_t got = 1; got != 0; work.advance()) {
         got = read(opened.get(), piece.data(), piece.size());
-        if (got < 0 && errno != EINTR)
+        if (got < 0 && errno != EINTR) {
             throw DocumentError(0, "cannot be read: " + std::generic_category().message(errno));
+        }
         text.append(piece, 0, got < 0 ? 0 : static_cast<std::size_t>(got));
-        if (text.size() > maxDocument)
+        if (text.size() > maxDocument) {
             throw DocumentError(0, "is larger than 64 MiB");
+        }
     }
     return text;
 }
@@ -73,27 +77,30 @@ std::string readWholeFile(const fs::path& file) {
     });
     if (!work->wait(untilSaid)) {
         printMessage("Waiting for " + file.string() + ": its file system does not answer.");
-        if (!work->wait(untilLeft))
+        if (!work->wait(untilLeft)) {
             throw DocumentError(0, "cannot be read: its file system does not answer");
+        }
     }
     return content.get();
 }
 
 fs::path libraryFolder() {
     Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(&libraryFolder), &info) == 0 || info.dli_fname == nullptr)
+    if (dladdr(reinterpret_cast<const void*>(&libraryFolder), &info) == 0 || !info.dli_fname) {
         return {};
+    }
     return resolved(info.dli_fname).parent_path();
 }
 
 std::vector<fs::path> pathList(const char* variable) {
     std::vector<fs::path> paths;
     const char* const value = std::getenv(variable);
-    std::string rest = value == nullptr ? "" : value;
+    std::string rest = !value ? "" : value;
     while (!rest.empty()) {
         const std::size_t colon = std::min(rest.find(':'), rest.size());
-        if (colon > 0)
+        if (colon > 0) {
             paths.emplace_back(rest.substr(0, colon));
+        }
         rest.erase(0, colon + 1);
     }
     return paths;

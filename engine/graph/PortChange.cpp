@@ -28,21 +28,27 @@ std::vector<int> movesOf(const std::vector<Port>& ports, const std::vector<Spec>
 
 void unbindThoseThatGo(QzBase& node, const Moves& moves) {
     QzBase::Part& part = QzBase::Part::of(node);
-    for (std::size_t i = 0; i < part.inputs.size(); ++i)
-        if (moves.inputs[i] < 0)
+    for (std::size_t i = 0; i < part.inputs.size(); ++i) {
+        if (moves.inputs[i] < 0) {
             unbind(node, i);
-    for (std::size_t i = 0; i < part.outputs.size(); ++i)
-        while (moves.outputs[i] < 0 && !part.outputs[i].consumers.empty())
+        }
+    }
+    for (std::size_t i = 0; i < part.outputs.size(); ++i) {
+        while (moves.outputs[i] < 0 && !part.outputs[i].consumers.empty()) {
             unbind(*part.outputs[i].consumers.back(), static_cast<std::size_t>(part.outputs[i].consumerInputs.back()));
+        }
+    }
 }
 
 std::string firstValue(QzBase::Part& part, const InputSpec& spec) {
-    if (!takesText(spec))
+    if (!takesText(spec)) {
         return {};
+    }
     auto& strays = part.keepsakes.strayInputs;
     const auto stray = std::ranges::find(strays, spec.name, &UnknownInput::name);
-    if (stray == strays.end())
+    if (stray == strays.end()) {
         return spec.value;
+    }
     std::string value = stray->value.value_or(spec.value);
     part.keepsakes.inputFields[spec.name] = stray->foreign;
     strays.erase(stray);
@@ -53,17 +59,19 @@ void replaceInputs(QzBase::Part& part, const Ports& ports, const std::vector<int
     const std::vector<InputSpec>& specs = ports.inputs;
     std::vector<QzBase::Input> made(specs.size());
     std::vector<bool> isKept(specs.size(), false);
-    for (std::size_t i = 0; i < part.inputs.size(); ++i)
+    for (std::size_t i = 0; i < part.inputs.size(); ++i) {
         if (moves[i] >= 0) {
             const auto place = static_cast<std::size_t>(moves[i]);
             made[place] = std::move(part.inputs[i]);
             isKept[place] = part.inputSpecs[i].type == specs[place].type;
         }
+    }
     for (std::size_t i = 0; i < specs.size(); ++i) {
         made[i].name = specs[i].name;
         made[i].description = toldOf(specs[i], ports);
-        if (!isKept[i])
+        if (!isKept[i]) {
             made[i].value = firstValue(part, specs[i]);
+        }
     }
     part.inputs = std::move(made);
     part.inputSpecs = specs;
@@ -71,9 +79,11 @@ void replaceInputs(QzBase::Part& part, const Ports& ports, const std::vector<int
 
 void replaceOutputs(QzBase::Part& part, const std::vector<OutputSpec>& specs, const std::vector<int>& moves) {
     std::vector<QzBase::Output> made(specs.size());
-    for (std::size_t i = 0; i < part.outputs.size(); ++i)
-        if (moves[i] >= 0)
+    for (std::size_t i = 0; i < part.outputs.size(); ++i) {
+        if (moves[i] >= 0) {
             made[static_cast<std::size_t>(moves[i])] = std::move(part.outputs[i]);
+        }
+    }
     for (std::size_t i = 0; i < specs.size(); ++i) {
         made[i].name = specs[i].name;
         made[i].type = nameOf(specs[i].type);
@@ -86,13 +96,18 @@ void replaceOutputs(QzBase::Part& part, const std::vector<OutputSpec>& specs, co
 /// The ends of the node's bindings that lie in the other plug-ins, and in itself.
 void followMoves(const QzBase& node, const Moves& moves, QzBase& other) {
     QzBase::Part& part = QzBase::Part::of(other);
-    for (QzBase::Input& input : part.inputs)
-        if (input.source == &node)
+    for (QzBase::Input& input : part.inputs) {
+        if (input.source == &node) {
             input.sourceOutput = static_cast<std::uint32_t>(moves.outputs[input.sourceOutput]);
-    for (QzBase::Output& output : part.outputs)
-        for (std::size_t i = 0; i < output.consumers.size(); ++i)
-            if (output.consumers[i] == &node)
+        }
+    }
+    for (QzBase::Output& output : part.outputs) {
+        for (std::size_t i = 0; i < output.consumers.size(); ++i) {
+            if (output.consumers[i] == &node) {
                 output.consumerInputs[i] = moves.inputs[static_cast<std::size_t>(output.consumerInputs[i])];
+            }
+        }
+    }
 }
 
 }  // namespace
@@ -100,11 +115,14 @@ void followMoves(const QzBase& node, const Moves& moves, QzBase& other) {
 ValueTexts valuesOf(const QzBase& node) {
     const QzBase::Part& part = QzBase::Part::of(node);
     ValueTexts values;
-    for (const UnknownInput& stray : part.keepsakes.strayInputs)
-        if (stray.value)
+    for (const UnknownInput& stray : part.keepsakes.strayInputs) {
+        if (stray.value) {
             values[stray.name] = *stray.value;
-    for (const QzBase::Input& input : part.inputs)
+        }
+    }
+    for (const QzBase::Input& input : part.inputs) {
         values[input.name] = input.value;
+    }
     return values;
 }
 
@@ -114,8 +132,9 @@ void changePorts(QzBase& node, const Ports& ports, const std::vector<QzBase*>& o
     unbindThoseThatGo(node, moves);
     replaceInputs(part, ports, moves.inputs);
     replaceOutputs(part, ports.outputs, moves.outputs);
-    for (QzBase* other : others)
+    for (QzBase* other : others) {
         followMoves(node, moves, *other);
+    }
 }
 
 }  // namespace velmorak

@@ -11,8 +11,9 @@ namespace {
 /// A pipe or a device would keep the window waiting.
 fs::path checked(const fs::path& file) {
     std::error_code missing;
-    if (!file.empty() && !fs::is_regular_file(file, missing))
+    if (!file.empty() && !fs::is_regular_file(file, missing)) {
         throw Failure("there is no file " + file.string());
+    }
     return file;
 }
 

@@ -1,8 +1,8 @@
 #include "graph/Bindings.h"
 #include "graph/ColumnDescriptions.h"
-#include "graph/NodeExtent.h"
-#include "graph/ManagerImpl.h"
 #include "graph/Log.h"
+#include "graph/ManagerImpl.h"
+#include "graph/NodeExtent.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,27 +17,32 @@ QzBase::~QzBase() {
 
 void QzBase::Disconnect(const std::string& output, QzBase* receiver, const std::string& input) {
     QzManager::Part& owner = QzManager::Part::of(*part->manager);
-    if (!owner.owned.contains(receiver))
+    if (!owner.owned.contains(receiver)) {
         return;
+    }
     const int from = outputIndex(*this, output);
     const int to = receiver->InputIndex(input);
-    if (from < 0 || to < 0)
+    if (from < 0 || to < 0) {
         return;
+    }
     const Input& fed = Part::of(*receiver).inputs[static_cast<std::size_t>(to)];
-    if (fed.source != this || fed.sourceOutput != static_cast<std::uint32_t>(from))
+    if (fed.source != this || fed.sourceOutput != static_cast<std::uint32_t>(from)) {
         return;
+    }
     const std::lock_guard guard(owner.lock);
     velmorak::unbind(*receiver, static_cast<std::size_t>(to));
 }
 
 bool QzBase::Connect(const std::string& input, QzBase* sender, const std::string& output) {
     QzManager::Part& owner = QzManager::Part::of(*part->manager);
-    if (!owner.owned.contains(sender))
+    if (!owner.owned.contains(sender)) {
         return false;
+    }
     const int from = outputIndex(*sender, output);
     const int to = InputIndex(input);
-    if (from < 0 || to < 0)
+    if (from < 0 || to < 0) {
         return false;
+    }
     const std::lock_guard guard(owner.lock);
     velmorak::bind(*this, static_cast<std::size_t>(to), *sender, static_cast<std::size_t>(from));
     return true;
@@ -45,8 +50,9 @@ bool QzBase::Connect(const std::string& input, QzBase* sender, const std::string
 
 /// A document can only hold finite coordinates; others leave the plug-in where it is.
 void QzBase::SetPosition(float x, float y) {
-    if (!std::isfinite(x) || !std::isfinite(y))
+    if (!std::isfinite(x) || !std::isfinite(y)) {
         return;
+    }
     const std::lock_guard guard(QzManager::Part::of(*part->manager).lock);
     part->x = x;
     part->y = y;
@@ -84,18 +90,20 @@ bool QzBase::IsExpanded() const {
 }
 
 void QzBase::SetName(const std::string& newName) {
-    if (newName == name)
+    if (newName == name) {
         return;
+    }
     std::string reason;
-    if (newName.empty())
+    if (newName.empty()) {
         reason = "a name must not be empty";
-    else if (velmorak::validUtf8(newName) != newName)
+    } else if (velmorak::validUtf8(newName) != newName) {
         reason = "the text is not UTF-8";
-    else if (part->manager->FindPlugin(newName) != nullptr)
+    } else if (part->manager->FindPlugin(newName)) {
         reason = "another plug-in has that name";
+    }
     if (!reason.empty()) {
         velmorak::printMessage(name + " cannot be renamed to " + velmorak::quote(velmorak::validUtf8(newName)) + ": " +
-                      reason + ".");
+                               reason + ".");
         return;
     }
     const std::lock_guard guard(QzManager::Part::of(*part->manager).lock);
@@ -121,17 +129,20 @@ std::vector<QzBase::Output>& QzBase::Outputs() {
 std::vector<QzBase::Output*> QzBase::ReducedOutputs() {
     velmorak::updateColumnDescriptions(*this);
     std::vector<Output*> shown;
-    for (Output& output : part->outputs)
-        if (!output.consumers.empty())
+    for (Output& output : part->outputs) {
+        if (!output.consumers.empty()) {
             shown.push_back(&output);
+        }
+    }
     return shown;
 }
 
 std::vector<QzBase::Output*> QzBase::FullOutputs() {
     velmorak::updateColumnDescriptions(*this);
     std::vector<Output*> shown;
-    for (Output& output : part->outputs)
+    for (Output& output : part->outputs) {
         shown.push_back(&output);
+    }
     return shown;
 }
 
@@ -141,16 +152,19 @@ std::vector<QzBase::Input>& QzBase::Inputs() {
 
 std::vector<QzBase::Input*> QzBase::ReducedInputs() {
     std::vector<Input*> shown;
-    for (Input& input : part->inputs)
-        if (input.source != nullptr)
+    for (Input& input : part->inputs) {
+        if (input.source) {
             shown.push_back(&input);
+        }
+    }
     return shown;
 }
 
 std::vector<QzBase::Input*> QzBase::FullInputs() {
     std::vector<Input*> shown;
-    for (Input& input : part->inputs)
+    for (Input& input : part->inputs) {
         shown.push_back(&input);
+    }
     return shown;
 }
 

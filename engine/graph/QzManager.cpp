@@ -1,11 +1,11 @@
-#include "graph/ValidateAidaFile.h"
 #include "graph/Bindings.h"
 #include "graph/DocumentLoad.h"
 #include "graph/FreeName.h"
-#include "graph/Nodes.h"
-#include "graph/ManagerImpl.h"
-#include "graph/PortChange.h"
 #include "graph/Log.h"
+#include "graph/ManagerImpl.h"
+#include "graph/Nodes.h"
+#include "graph/PortChange.h"
+#include "graph/ValidateAidaFile.h"
 #include "graph/Values.h"
 
 #include "run/NodeError.h"
@@ -26,8 +26,9 @@ bool isPosition(int index, std::size_t size) {
 /// Looks each plug-in's name up once, for any number of tries.
 std::string freeNameFor(const std::vector<QzBase*>& plugins, const std::string& wanted) {
     std::unordered_set<std::string_view> taken;
-    for (const QzBase* node : plugins)
+    for (const QzBase* node : plugins) {
         taken.insert(node->name);
+    }
     return freeName(wanted, [&](const std::string& each) { return taken.contains(each); });
 }
 
@@ -35,7 +36,7 @@ std::string freeNameFor(const std::vector<QzBase*>& plugins, const std::string& 
 const Catalogue& catalogueOrNone() {
     static const Catalogue none({}, "");
     const Catalogue* const shared = sharedCatalogueIfMade();
-    return shared == nullptr ? none : *shared;
+    return !shared ? none : *shared;
 }
 
 }  // namespace
@@ -74,8 +75,9 @@ const std::vector<QzExample>& QzManager::GetExamples() {
 
 void QzManager::ReadDocument(const std::string& file) {
     part->readError = loadDocument(*this, file);
-    if (!part->readError.empty())
+    if (!part->readError.empty()) {
         printMessage(part->readError);
+    }
 }
 
 void QzManager::SetFileName(const std::string& file) {
@@ -94,8 +96,9 @@ std::string QzManager::DocumentText() {
 }
 
 void QzManager::DeletePlugin(int index) {
-    if (!isPosition(index, plugins.size()))
+    if (!isPosition(index, plugins.size())) {
         return;
+    }
     const std::lock_guard guard(part->lock);
     const auto at = plugins.begin() + index;
     QzBase* const node = *at;
@@ -105,8 +108,9 @@ void QzManager::DeletePlugin(int index) {
 }
 
 void QzManager::SetStart(const int& index) {
-    if (!isPosition(index, plugins.size()))
+    if (!isPosition(index, plugins.size())) {
         return;
+    }
     const std::lock_guard guard(part->lock);
     const auto at = plugins.begin() + index;
     std::rotate(plugins.begin(), at, at + 1);
@@ -131,30 +135,33 @@ QzBase* QzManager::CreatePlugin(std::uint16_t kind, const std::string& uniqueNam
 }
 
 void QzManager::SetInputValue(int index, int input, const std::string& value) {
-    if (!isPosition(index, plugins.size()))
+    if (!isPosition(index, plugins.size())) {
         return;
+    }
     QzBase& node = *plugins[static_cast<std::size_t>(index)];
     QzBase::Part& own = QzBase::Part::of(node);
-    if (!isPosition(input, own.inputs.size()))
+    if (!isPosition(input, own.inputs.size())) {
         return;
+    }
     const auto position = static_cast<std::size_t>(input);
     const InputSpec& spec = own.inputSpecs[position];
     std::string reason = refusalOf(own.kind, spec, value);
     Ports ports;
-    if (reason.empty() && own.kind != nullptr) {
+    if (reason.empty() && own.kind) {
         ValueTexts values = valuesOf(node);
         values[spec.name] = value;
         reason = tryPorts(*own.kind, values, ports);
     }
     if (!reason.empty()) {
         printMessage(nameForMessages(node) + ", input " + spec.name + ": " + reason + "; the value stays " +
-            quote(own.inputs[position].value) + ".");
+                     quote(own.inputs[position].value) + ".");
         return;
     }
     const std::lock_guard guard(part->lock);
     own.inputs[position].value = value;
-    if (own.kind != nullptr)
+    if (own.kind) {
         changePorts(node, ports, plugins);
+    }
 }
 
 void QzManager::Run() {

@@ -18,8 +18,9 @@ RunQueue::RunQueue() : runner(std::cerr, isatty(STDERR_FILENO) == 1, cacheConfig
 void RunQueue::run(const std::function<Pipeline()>& snapshot) {
     {
         const std::lock_guard guard(stateLock);
-        if (isClosed)
+        if (isClosed) {
             return;
+        }
         ++callers;
     }
     executeTurn(snapshot);
@@ -30,8 +31,9 @@ void RunQueue::run(const std::function<Pipeline()>& snapshot) {
 
 void RunQueue::executeTurn(const std::function<Pipeline()>& snapshot) {
     const std::lock_guard myTurn(turn);
-    if (!begins())
+    if (!begins()) {
         return;
+    }
     try {
         lastReport = runner.run([&] { return look(snapshot); });
     } catch (const std::exception&) {
@@ -43,8 +45,9 @@ void RunQueue::executeTurn(const std::function<Pipeline()>& snapshot) {
 
 bool RunQueue::begins() {
     const std::lock_guard guard(stateLock);
-    if (isClosed)
+    if (isClosed) {
         return false;
+    }
     isGoingOn = true;
     isToEnd = stopWithoutRun.takesBeginningRun();
     return true;
@@ -55,8 +58,9 @@ bool RunQueue::begins() {
 Pipeline RunQueue::look(const std::function<Pipeline()>& snapshot) {
     {
         const std::lock_guard guard(stateLock);
-        if (isToEnd)
+        if (isToEnd) {
             runner.stop();
+        }
     }
     return snapshot();
 }

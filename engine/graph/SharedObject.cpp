@@ -121,11 +121,11 @@ void* loadSharedObject(const fs::path& file) {
     const int copy = copyOf(file);
     const std::string place = "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(copy);
     void* object = dlopen(place.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (object == nullptr) {
+    if (!object) {
         close(copy);
         object = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
     }
-    if (object == nullptr) {
+    if (!object) {
         throw std::runtime_error(dlerror());
     }
     return object;
@@ -133,7 +133,7 @@ void* loadSharedObject(const fs::path& file) {
 
 void* symbolIn(void* object, const char* name) {
     void* const symbol = dlsym(object, name);
-    if (symbol == nullptr) {
+    if (!symbol) {
         throw std::runtime_error("it does not offer " + std::string(name));
     }
     return symbol;

@@ -1,7 +1,7 @@
 #include "graph/DocumentLoad.h"
+#include "graph/Log.h"
 #include "graph/ManagerExtensions.h"
 #include "graph/ManagerImpl.h"
-#include "graph/Log.h"
 
 #include <unordered_map>
 
@@ -17,8 +17,9 @@ PipelineInput inputOf(const QzBase::Part& part, std::size_t position, const Posi
     PipelineInput made;
     made.spec = part.inputSpecs[position];
     made.value = input.value;
-    if (input.source != nullptr)
+    if (input.source) {
         made.wire = {positions.at(input.source), QzBase::Part::of(*input.source).outputs[input.sourceOutput].name};
+    }
     return made;
 }
 
@@ -28,8 +29,9 @@ PipelineNode nodeOf(const QzBase& node, const Positions& positions) {
     made.name = node.name;
     made.kindName = part.record->name;
     made.kind = part.kind;
-    for (std::size_t i = 0; i < part.inputs.size(); ++i)
+    for (std::size_t i = 0; i < part.inputs.size(); ++i) {
         made.inputs.push_back(inputOf(part, i, positions));
+    }
     made.outputs = part.outputSpecs;
     made.x = part.x;
     made.y = part.y;
@@ -40,8 +42,9 @@ PipelineNode nodeOf(const QzBase& node, const Positions& positions) {
 fs::path resultsFolderOf(const fs::path& document, const Catalogue& catalogue) {
     std::error_code error;
     const fs::path here = fs::current_path(error);
-    if (document.empty())
+    if (document.empty()) {
         return here / "untitled.results";
+    }
     const fs::path folder = catalogue.isExample(document) ? here : document.parent_path();
     const std::string name = document.extension() == ".zedra" ? document.stem().string() : document.filename().string();
     return folder / (name + ".results");
@@ -65,10 +68,12 @@ Pipeline pipelineOf(const QzManager& manager) {
     {
         const std::lock_guard guard(owner.lock);
         Positions positions;
-        for (const QzBase* node : manager.plugins)
+        for (const QzBase* node : manager.plugins) {
             positions.emplace(node, positions.size());
-        for (const QzBase* node : manager.plugins)
+        }
+        for (const QzBase* node : manager.plugins) {
             made.nodes.push_back(nodeOf(*node, positions));
+        }
         document = owner.documentPath;
         resultsFolder = owner.resultsFolder;
         made.commandLineAida = owner.commandLineAida;
@@ -105,8 +110,9 @@ void noteSettings(QzManager& manager, const std::vector<std::string>& settings) 
 void readDocumentText(QzManager& manager, const std::string& text, const std::string& file) {
     std::string& error = QzManager::Part::of(manager).readError;
     error = loadDocumentText(manager, text, file);
-    if (!error.empty())
+    if (!error.empty()) {
         printMessage(error);
+    }
 }
 
 }  // namespace velmorak

@@ -1,7 +1,7 @@
 #include "graph/ValidateAidaFile.h"
 
-#include "graph/PreviewContext.h"
 #include "graph/Log.h"
+#include "graph/PreviewContext.h"
 
 #include <velmorak/Aida.h>
 #include <velmorak/RegularFile.h>
@@ -29,8 +29,9 @@ private:
 };
 
 std::string validateAidaFile(const std::string& file, const BackgroundTask& work) {
-    if (file.empty())
+    if (file.empty()) {
         return "no name is given";
+    }
     try {
         requireRegular(file);
         const Pipeline beside;
@@ -56,17 +57,20 @@ bool AidaCheck::look(const std::string& path, const std::string& name) {
     work = BackgroundTask::begin([path, name, isBad](BackgroundTask& self) {
         const std::string reason = validateAidaFile(path, self);
         *isBad = !reason.empty();
-        if (!reason.empty())
+        if (!reason.empty()) {
             printMessage("The AIDA file " + name + " cannot be read: " + reason + ".");
+        }
     });
-    if (!work->wait(aMoment))
+    if (!work->wait(aMoment)) {
         printMessage("Still waiting for the AIDA file " + name + ", in the background.");
+    }
     return !*isBad;
 }
 
 void AidaCheck::close() {
-    if (!work)
+    if (!work) {
         return;
+    }
     work->stop();
     work->wait(aMoment);
     work = nullptr;

@@ -18,23 +18,29 @@ namespace {
 
 std::string numberRefusal(const InputSpec& spec, const std::string& value) {
     double number = 0.0;
-    if (!readNumber(value, number) || std::isnan(number))
+    if (!readNumber(value, number) || std::isnan(number)) {
         return quote(value) + " is no number";
-    if (number < spec.minimum)
+    }
+    if (number < spec.minimum) {
         return quote(value) + " is below " + textOf(spec.minimum) + ", the smallest value allowed";
-    if (number > spec.maximum)
+    }
+    if (number > spec.maximum) {
         return quote(value) + " is above " + textOf(spec.maximum) + ", the largest value allowed";
-    if (spec.isInteger && number != std::floor(number))
+    }
+    if (spec.isInteger && number != std::floor(number)) {
         return quote(value) + " is no whole number";
+    }
     return {};
 }
 
 std::string choiceRefusal(const InputSpec& spec, const std::string& value) {
-    if (std::ranges::find(spec.choices, value) != spec.choices.end())
+    if (std::ranges::find(spec.choices, value) != spec.choices.end()) {
         return {};
+    }
     std::string all;
-    for (const std::string& choice : spec.choices)
+    for (const std::string& choice : spec.choices) {
         all += (all.empty() ? "" : ", ") + choice;
+    }
     return quote(value) + " is none of the choices: " + all;
 }
 
@@ -64,12 +70,15 @@ bool takesText(const InputSpec& spec) {
 }
 
 std::string refusalOf(const Kind* kind, const InputSpec& spec, const std::string& value) {
-    if (validUtf8(value) != value)
+    if (validUtf8(value) != value) {
         return "the text is not UTF-8";
-    if (kind == nullptr)
+    }
+    if (!kind) {
         return {};
-    if (!takesText(spec))
+    }
+    if (!takesText(spec)) {
         return "only a wire can bring a " + std::string(nameOf(spec.type));
+    }
     const std::string refusal = value == spec.value ? "" : typeRefusal(spec, value);
     return refusal.empty() ? kindRefusal(*kind, spec, value) : refusal;
 }

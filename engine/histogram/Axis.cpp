@@ -17,8 +17,9 @@ constexpr std::size_t maxBins = std::size_t{1} << 28;
 constexpr const char* doNotAscend = "the edges of an axis must ascend; so many bins do not fit between them";
 
 double equalEdge(std::size_t position, std::size_t bins, double low, double high) {
-    if (position == bins)
+    if (position == bins) {
         return high;
+    }
     const auto steps = static_cast<double>(position);
     const auto count = static_cast<double>(bins);
     const double distance = steps * (high - low);
@@ -28,10 +29,12 @@ double equalEdge(std::size_t position, std::size_t bins, double low, double high
 
 /// @throws std::invalid_argument where there are no such bins.
 void checkEqualEdges(std::size_t bins, double low, double high) {
-    if (bins == 0 || bins > maxBins)
+    if (bins == 0 || bins > maxBins) {
         throw std::invalid_argument("an axis needs at least one bin, and at most 2^28");
-    if (!std::isfinite(low) || !std::isfinite(high) || low >= high)
+    }
+    if (!std::isfinite(low) || !std::isfinite(high) || low >= high) {
         throw std::invalid_argument("the lower edge of an axis must be below the upper edge, and both finite");
+    }
     double before = low;
     for (std::size_t position = 1; position <= bins; ++position) {
         const double edge = equalEdge(position, bins, low, high);
@@ -44,25 +47,31 @@ void checkEqualEdges(std::size_t bins, double low, double high) {
 
 std::vector<double> equalEdges(std::size_t bins, double low, double high) {
     std::vector<double> edges(bins + 1);
-    for (std::size_t position = 0; position <= bins; ++position)
+    for (std::size_t position = 0; position <= bins; ++position) {
         edges[position] = equalEdge(position, bins, low, high);
+    }
     return edges;
 }
 
 void checkEdges(const std::vector<double>& edges) {
-    if (edges.size() < 2 || edges.size() > maxBins + 1)
+    if (edges.size() < 2 || edges.size() > maxBins + 1) {
         throw std::invalid_argument("an axis needs at least two edges, and at most 2^28 + 1");
+    }
     const auto isFinite = [](double edge) { return std::isfinite(edge); };
-    if (!std::all_of(edges.begin(), edges.end(), isFinite))
+    if (!std::all_of(edges.begin(), edges.end(), isFinite)) {
         throw std::invalid_argument("the edges of an axis must be finite");
-    if (std::adjacent_find(edges.begin(), edges.end(), std::greater_equal<>()) != edges.end())
+    }
+    if (std::adjacent_find(edges.begin(), edges.end(), std::greater_equal<>()) != edges.end()) {
         throw std::invalid_argument(doNotAscend);
+    }
 }
 
 bool areEqualBins(const std::vector<double>& edges) {
-    for (std::size_t position = 0; position < edges.size(); ++position)
-        if (edges[position] != equalEdge(position, edges.size() - 1, edges.front(), edges.back()))
+    for (std::size_t position = 0; position < edges.size(); ++position) {
+        if (edges[position] != equalEdge(position, edges.size() - 1, edges.front(), edges.back())) {
             return false;
+        }
+    }
     return true;
 }
 
@@ -73,8 +82,9 @@ struct EdgeTables {
     /// Never falls as x rises, also after rounding. An edge in an earlier slice than x is therefore below x, one in a
     /// later slice above it, and only the edges in x's own slice must be compared.
     std::size_t sliceOf(double edgeOrX) const {
-        if (slicesPerUnit == 0.0)  // The span, or its inverse, is no finite double.
+        if (slicesPerUnit == 0.0) {  // The span, or its inverse, is no finite double.
             return 0;
+        }
         const auto slice = static_cast<std::size_t>((edgeOrX - edges.front()) * slicesPerUnit);
         return slice < lookup.size() - 2 ? slice : lookup.size() - 2;
     }
@@ -83,7 +93,7 @@ struct EdgeTables {
 
     std::vector<double> edges;
     std::vector<double> stops;          ///< The edges, and a NaN that no value reaches.
-    std::size_t maxInSlice = 0;        ///< Edges in one slice.
+    std::size_t maxInSlice = 0;         ///< Edges in one slice.
     std::vector<std::uint32_t> lookup;  ///< Edges that lie in the slices before each slice of the axis.
     double slicesPerUnit = 0.0;
 };
@@ -94,31 +104,38 @@ EdgeTables::EdgeTables(std::vector<double> all, bool isRegular) : edges(std::mov
     const std::size_t slices =
         std::max<std::size_t>(isRegular ? 2 * bins : std::min<std::size_t>(8 * bins, 1U << 16), 64);
     slicesPerUnit = static_cast<double>(slices) / span;
-    if (!std::isfinite(slicesPerUnit) || !std::isfinite(span))
+    if (!std::isfinite(slicesPerUnit) || !std::isfinite(span)) {
         slicesPerUnit = 0.0;
+    }
     lookup.assign(slices + 1, 0);
-    for (const double edge : edges)
+    for (const double edge : edges) {
         ++lookup[sliceOf(edge) + 1];
+    }
     maxInSlice = *std::max_element(lookup.begin(), lookup.end());
-    for (std::size_t slice = 1; slice <= slices; ++slice)
+    for (std::size_t slice = 1; slice <= slices; ++slice) {
         lookup[slice] += lookup[slice - 1];
+    }
     stops.reserve(edges.size() + 1);
     stops = edges;
     stops.push_back(std::numeric_limits<double>::quiet_NaN());
 }
 
 std::size_t EdgeTables::cell(double x) const {
-    if (x < edges.front())
+    if (x < edges.front()) {
         return 0;
-    if (x >= edges.back())
+    }
+    if (x >= edges.back()) {
         return edges.size();
+    }
     const std::size_t slice = sliceOf(x);
     std::size_t position = lookup[slice];
     const std::size_t end = lookup[slice + 1];
-    if (end - position > 8)
+    if (end - position > 8) {
         return cellBetween(x, position, end);
-    while (position < end && edges[position] <= x)
+    }
+    while (position < end && edges[position] <= x) {
         ++position;
+    }
     return position;
 }
 
@@ -144,7 +161,7 @@ public:
     const EdgeTables* known() const { return made.load(std::memory_order_acquire); }
     const EdgeTables& of(const Axis& axis) const {
         const EdgeTables* const tables = known();
-        return tables != nullptr ? *tables : make(axis);
+        return tables ? *tables : make(axis);
     }
 
 private:
@@ -182,7 +199,7 @@ const std::vector<double>& Axis::edges() const {
 
 double Axis::edge(std::size_t position) const {
     const EdgeTables* const known = tables->known();
-    return known != nullptr ? known->edges[position] : equalEdge(position, count, first, last);
+    return known ? known->edges[position] : equalEdge(position, count, first, last);
 }
 
 std::size_t Axis::cell(double x) const {
@@ -217,8 +234,9 @@ void search(const Search& axis, const double* x, std::size_t count, std::uint32_
         slice = slice > 0.0 ? slice : 0.0;
         slice = slice < axis.lastSlice ? slice : axis.lastSlice;
         std::uint32_t position = axis.lookup[static_cast<std::int32_t>(slice)];
-        for (int step = 0; step < steps; ++step)
+        for (int step = 0; step < steps; ++step) {
             position += axis.stops[position] <= value ? 1U : 0U;
+        }
         target[i] = position;
     }
 }
@@ -234,15 +252,17 @@ void Axis::cells(const double* x, std::size_t values, std::uint32_t* target) con
                       .lastSlice = static_cast<double>(known.lookup.size() - 2)};
     const bool isOneByOne =
         known.slicesPerUnit == 0.0 || known.maxInSlice > 4 || known.lookup.size() > std::size_t{1} << 30U;
-    if (isOneByOne)
-        for (std::size_t i = 0; i < values; ++i)
+    if (isOneByOne) {
+        for (std::size_t i = 0; i < values; ++i) {
             target[i] = std::isnan(x[i]) ? 0U : static_cast<std::uint32_t>(known.cell(x[i]));
-    else if (known.maxInSlice == 1)
+        }
+    } else if (known.maxInSlice == 1) {
         search<1>(axis, x, values, target);
-    else if (known.maxInSlice == 2)
+    } else if (known.maxInSlice == 2) {
         search<2>(axis, x, values, target);
-    else
+    } else {
         search<4>(axis, x, values, target);
+    }
 }
 
 }  // namespace velmorak

@@ -32,8 +32,9 @@ std::vector<std::string_view> split(std::string_view text, char mark) {
 
 std::string quoted(std::string_view name) {
     std::string text = "`";
-    for (const char c : name)
+    for (const char c : name) {
         text += c == '`' || c == '\\' ? std::string{'\\', c} : std::string{c};
+    }
     return text + "`";
 }
 
@@ -46,18 +47,21 @@ public:
     explicit Reading(const FunctionObject& read) : function(read) {}
 
     Expression expression() {
-        if (function.isNormalized)
+        if (function.isNormalized) {
             fail("is normalised over a range, which is not computed");
-        if (function.arguments.size() > 1)
+        }
+        if (function.arguments.size() > 1) {
             fail("has more than one argument");
+        }
         const std::string_view codelet = trimmed(function.codelet);
         const std::size_t mark = codelet.find(":verbatim:jel");
         const std::string text = mark == std::string_view::npos
                                      ? catalogued(codelet)
                                      : verbatim(codelet.substr(mark + std::string_view(":verbatim:jel").size()));
         Expression made = compiled(text);
-        if (made.type() == ColumnType::Text)
+        if (made.type() == ColumnType::Text) {
             fail("gives a text");
+        }
         return made;
     }
 
@@ -77,13 +81,17 @@ private:
     /// @param rest ": 1 : EXPRESSION : NAMES : GRADIENT"; the expression may hold colons of its own.
     std::string verbatim(std::string_view rest) {
         const std::vector<std::string_view> fields = split(rest, ':');
-        if (fields.size() < 5 || !trimmed(fields[0]).empty())
+        if (fields.size() < 5 || !trimmed(fields[0]).empty()) {
             fail("has no codelet of the form  jel : 1 : expression : parameters : gradient");
-        if (trimmed(fields[1]) != "1")
+        }
+        if (trimmed(fields[1]) != "1") {
             fail("has more than one argument");
-        for (const std::string_view name : split(fields[fields.size() - 2], ','))
-            if (!trimmed(name).empty() && trimmed(name) != "null")
+        }
+        for (const std::string_view name : split(fields[fields.size() - 2], ',')) {
+            if (!trimmed(name).empty() && trimmed(name) != "null") {
                 numbers[std::string(trimmed(name))] = valueOf(trimmed(name));
+            }
+        }
         const std::string_view& names = fields[fields.size() - 2];
         const char* const begin = fields[2].data();
         return withArgument({begin, static_cast<std::size_t>(names.data() - 1 - begin)});
@@ -92,8 +100,9 @@ private:
     double valueOf(std::string_view name) const {
         const auto found = std::find_if(function.parameters.begin(), function.parameters.end(),
                                         [&](const auto& parameter) { return parameter.name == name; });
-        if (found == function.parameters.end())
+        if (found == function.parameters.end()) {
             fail("has no value for its parameter \"" + std::string(name) + "\"");
+        }
         return found->value;
     }
 
@@ -109,19 +118,22 @@ private:
 
     std::string catalogued(std::string_view codelet) {
         std::vector<std::string_view> parts = split(codelet, ':');
-        if (parts.size() == 3 && parts[0] == "codelet" && trimmed(parts[2]).starts_with("catalog"))
+        if (parts.size() == 3 && parts[0] == "codelet" && trimmed(parts[2]).starts_with("catalog")) {
             codelet = trimmed(parts[1]);
+        }
         std::string sum;
         for (const std::string_view term : split(codelet, '+')) {
             sum += sum.empty() ? "" : "+";
             std::string product;
-            for (const std::string_view factor : split(term, '*'))
+            for (const std::string_view factor : split(term, '*')) {
                 product += (product.empty() ? "(" : "*(") + known(trimmed(factor)) + ")";
+            }
             sum += product;
         }
-        if (numbers.size() != function.parameters.size())
+        if (numbers.size() != function.parameters.size()) {
             fail("has " + textOf(static_cast<double>(function.parameters.size())) + " parameters, but \"" +
                  std::string(codelet) + "\" takes " + textOf(static_cast<double>(numbers.size())));
+        }
         return sum;
     }
 
@@ -152,11 +164,13 @@ private:
         int degree = -1;
         const char* const end = name.data() + name.size();
         if (!(name.starts_with('P') || name.starts_with('p')) ||
-            std::from_chars(name.data() + 1, end, degree).ptr != end || degree < 0 || degree > highestDegree)
+            std::from_chars(name.data() + 1, end, degree).ptr != end || degree < 0 || degree > highestDegree) {
             fail("is not understood: \"" + std::string(name) + "\" is no known function");
+        }
         std::string sum = next();
-        for (int power = 1; power <= degree; ++power)
+        for (int power = 1; power <= degree; ++power) {
             sum += "+" + next() + "*" + x + "^" + textOf(power);
+        }
         return sum;
     }
 

@@ -32,12 +32,13 @@ inline Axis readAxis(ByteReader& reader) {
 template <std::size_t dimensions>
 Grid<dimensions> readGrid(ByteReader& reader) {
     // A braced list is read from its first axis to its last.
-    if constexpr (dimensions == 1)
+    if constexpr (dimensions == 1) {
         return Grid<1>({readAxis(reader)});
-    else if constexpr (dimensions == 2)
+    } else if constexpr (dimensions == 2) {
         return Grid<2>({readAxis(reader), readAxis(reader)});
-    else
+    } else {
         return Grid<3>({readAxis(reader), readAxis(reader), readAxis(reader)});
+    }
 }
 
 }  // namespace velmorak

@@ -13,16 +13,18 @@ namespace velmorak {
 template <std::size_t dimensions>
 bool hasNan(const std::array<double, dimensions>& point) {
     bool has = false;
-    for (const double x : point)
+    for (const double x : point) {
         has = has || std::isnan(x);
+    }
     return has;
 }
 
 template <std::size_t dimensions>
 std::size_t cellOf(const Grid<dimensions>& grid, const std::array<double, dimensions>& point) {
     typename Grid<dimensions>::Cells cells{};
-    for (std::size_t direction = 0; direction < dimensions; ++direction)
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
         cells[direction] = grid.axis(direction).cell(point[direction]);
+    }
     return grid.cell(cells);
 }
 
@@ -33,8 +35,9 @@ void addEntry(Sums& cell, const std::array<double, dimensions>& point, double we
     cell.w += weight;
     cell.ww += weight * weight;
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
-        if (std::isinf(point[direction]))
+        if (std::isinf(point[direction])) {
             continue;
+        }
         const double weighted = weight * point[direction];
         cell.wx[direction] += weighted;
         cell.wxx[direction] += weighted * point[direction];
@@ -68,16 +71,18 @@ void addAll(CellVector<Sums>& cells, const CellVector<Sums>& others) {
 template <std::size_t dimensions, typename Sums>
 void addCells(const Grid<dimensions>& grid, CellVector<Sums>& cells, const Grid<dimensions>& otherGrid,
               const CellVector<Sums>& others, const char* what) {
-    if (!(grid == otherGrid))
+    if (!(grid == otherGrid)) {
         throw std::invalid_argument(what);
+    }
     addAll(cells, others);
 }
 
 /// @return the population standard deviation from sums; NaN without weight, 0 where rounding or negative weights leave
 ///         no positive variance.
 inline double spreadOf(double w, double wx, double wxx) {
-    if (w == 0.0)
+    if (w == 0.0) {
         return std::numeric_limits<double>::quiet_NaN();
+    }
     const double mean = wx / w;
     const double variance = wxx / w - mean * mean;
     return variance < 0.0 ? 0.0 : std::sqrt(variance);

@@ -1,7 +1,7 @@
 #include <velmorak/Histogram1D.h>
 
-#include "histogram/fill/Fill.h"
 #include "histogram/GridFills.h"
+#include "histogram/fill/Fill.h"
 
 #include <algorithm>
 #include <array>
@@ -17,8 +17,9 @@ void count(BinSums& sums, double value, double weight) {
     ++sums.entries;
     sums.w += weight;
     sums.ww += weight * weight;
-    if (std::isinf(value))
+    if (std::isinf(value)) {
         return;
+    }
     const double weighted = weight * value;
     sums.wx += weighted;
     sums.wxx += weighted * value;
@@ -32,15 +33,17 @@ std::int64_t fillBlock(const Axis& axis, CellVector<BinSums>& sums, const fillin
     axis.cells(entries.x, entries.count, cells.data());
     std::int64_t nans = 0;
     for (std::size_t i = 0; i < entries.count;) {
-        if (wide != nullptr)
+        if (wide) {
             i += wide->fillFromIndices1D({.x = cells.data() + i, .y = nullptr}, filling::bytesOf(sums),
-                                  filling::from(entries, i));
+                                         filling::from(entries, i));
+        }
         for (const std::size_t end = std::min(i + filling::group, entries.count); i < end; ++i) {
             const double weight = filling::weightOf(entries, i);
-            if (std::isnan(entries.x[i]) || std::isnan(weight))
+            if (std::isnan(entries.x[i]) || std::isnan(weight)) {
                 ++nans;
-            else
+            } else {
                 count(sums[cells[i]], entries.x[i], weight);
+            }
         }
     }
     return nans;
@@ -60,8 +63,9 @@ Histogram1D::Histogram1D(Axis axis) : x(std::move(axis)), sums(x.bins() + 2) {}
 
 Histogram1D::Histogram1D(Axis axis, CellVector<BinSums> cells, std::int64_t nanEntries)
     : x(std::move(axis)), sums(std::move(cells)), nans(nanEntries) {
-    if (sums.size() != x.bins() + 2)
+    if (sums.size() != x.bins() + 2) {
         throw std::invalid_argument("a histogram needs one cell for each bin, and two outside");
+    }
 }
 
 void Histogram1D::fill(double value, double weight) {
@@ -77,8 +81,9 @@ void Histogram1D::fill(const double* values, const double* weights, std::size_t 
     const std::optional<filling::Steps> steps = filling::stepsOf(x);
     filling::Entries rest{.x = values, .y = nullptr, .weights = weights, .count = count};
     while (rest.count > 0) {
-        if (wide != nullptr && steps)
+        if (wide && steps) {
             rest = filling::from(rest, wide->line(*steps, filling::bytesOf(sums), rest));
+        }
         filling::Entries block = rest;
         block.count = std::min(filling::blockEntries, rest.count);
         nans += fillBlock(x, sums, block, wide);
@@ -87,8 +92,9 @@ void Histogram1D::fill(const double* values, const double* weights, std::size_t 
 }
 
 void Histogram1D::merge(const Histogram1D& other) {
-    if (!(x == other.x))
+    if (!(x == other.x)) {
         throw std::invalid_argument("histograms with different axes cannot be added");
+    }
     addAll(sums, other.sums);
     nans += other.nans;
 }
@@ -99,8 +105,9 @@ double Histogram1D::error(std::size_t position) const {
 
 BinSums Histogram1D::inRange() const {
     BinSums all;
-    for (std::size_t position = 0; position < bins(); ++position)
+    for (std::size_t position = 0; position < bins(); ++position) {
         all.add(bin(position));
+    }
     return all;
 }
 
@@ -111,8 +118,9 @@ double Histogram1D::mean() const {
 
 double Histogram1D::rms() const {
     const BinSums all = inRange();
-    if (all.w == 0.0)
+    if (all.w == 0.0) {
         return std::numeric_limits<double>::quiet_NaN();
+    }
     const double mean = all.wx / all.w;
     const double variance = all.wxx / all.w - mean * mean;
     return variance < 0.0 ? 0.0 : std::sqrt(variance);

@@ -1,9 +1,9 @@
 #include <velmorak/HistogramGrid.h>
 
-#include "histogram/fill/Fill.h"
 #include "histogram/GridBytes.h"
 #include "histogram/GridFills.h"
 #include "histogram/LargeCells.h"
+#include "histogram/fill/Fill.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,13 +29,14 @@ struct Fills {
 
     Fills from(std::size_t first) const {
         Fills rest = *this;
-        for (const double*& coordinate : rest.coordinates)
+        for (const double*& coordinate : rest.coordinates) {
             coordinate += first;
-        rest.weights = weights == nullptr ? nullptr : weights + first;
+        }
+        rest.weights = !weights ? nullptr : weights + first;
         rest.count -= first;
         return rest;
     }
-    double weight(std::size_t position) const { return weights == nullptr ? 1.0 : weights[position]; }
+    double weight(std::size_t position) const { return !weights ? 1.0 : weights[position]; }
 };
 
 template <std::size_t dimensions>
@@ -62,9 +63,11 @@ public:
     /// @return how many points were filled.
     template <std::size_t dimensions>
     std::size_t fill(CellVector<GridSums<dimensions>>& sums, const Fills<dimensions>& fills) const {
-        if constexpr (dimensions == 2)
-            if (kernels != nullptr && hasSteps)
+        if constexpr (dimensions == 2) {
+            if (kernels && hasSteps) {
                 return kernels->plane(axes, stride, filling::bytesOf(sums), entries(fills));
+            }
+        }
         return 0;
     }
 
@@ -72,10 +75,12 @@ public:
     template <std::size_t dimensions>
     std::size_t fillListed(CellVector<GridSums<dimensions>>& sums, const Fills<dimensions>& fills,
                            const BlockCells<dimensions>& cells, std::size_t position) const {
-        if constexpr (dimensions == 2)
-            if (kernels != nullptr)
+        if constexpr (dimensions == 2) {
+            if (kernels) {
                 return kernels->listedPlane({.x = cells[0].data() + position, .y = cells[1].data() + position}, stride,
                                             filling::bytesOf(sums), entries(fills.from(position)));
+            }
+        }
         return 0;
     }
 
@@ -95,8 +100,9 @@ template <std::size_t dimensions>
 std::int64_t fillBlock(const Grid<dimensions>& grid, CellVector<GridSums<dimensions>>& sums,
                        const Fills<dimensions>& fills, const PlaneKernels& wide) {
     BlockCells<dimensions> cells;
-    for (std::size_t direction = 0; direction < dimensions; ++direction)
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
         grid.axis(direction).cells(fills.coordinates[direction], fills.count, cells[direction].data());
+    }
     std::int64_t nans = 0;
     for (std::size_t i = 0; i < fills.count;) {
         i += wide.fillListed(sums, fills, cells, i);
@@ -107,10 +113,11 @@ std::int64_t fillBlock(const Grid<dimensions>& grid, CellVector<GridSums<dimensi
                 point[direction] = fills.coordinates[direction][i];
                 alongAxes[direction] = cells[direction][i];
             }
-            if (std::isnan(fills.weight(i)) || hasNan(point))
+            if (std::isnan(fills.weight(i)) || hasNan(point)) {
                 ++nans;
-            else
+            } else {
                 addEntry(sums[grid.cell(alongAxes)], point, fills.weight(i));
+            }
         }
     }
     return nans;
@@ -122,8 +129,9 @@ template <std::size_t dimensions>
 Grid<dimensions>::Grid(std::array<Axis, dimensions> axesInOrder) : axes(std::move(axesInOrder)) {
     std::size_t count = 1;
     for (const Axis& axis : axes) {
-        if (axis.bins() + 2 > maxCells / count)
+        if (axis.bins() + 2 > maxCells / count) {
             throw std::invalid_argument("the axes span too many bins");
+        }
         count *= axis.bins() + 2;
     }
 }
@@ -131,16 +139,18 @@ Grid<dimensions>::Grid(std::array<Axis, dimensions> axesInOrder) : axes(std::mov
 template <std::size_t dimensions>
 std::size_t Grid<dimensions>::cellCount() const {
     std::size_t count = 1;
-    for (const Axis& axis : axes)
+    for (const Axis& axis : axes) {
         count *= axis.bins() + 2;
+    }
     return count;
 }
 
 template <std::size_t dimensions>
 std::size_t Grid<dimensions>::cell(const Cells& alongAxes) const {
     std::size_t position = 0;
-    for (std::size_t direction = dimensions; direction-- > 0;)
+    for (std::size_t direction = dimensions; direction-- > 0;) {
         position = position * (axes[direction].bins() + 2) + alongAxes[direction];
+    }
     return position;
 }
 
@@ -158,9 +168,11 @@ typename Grid<dimensions>::Cells Grid<dimensions>::alongAxes(std::size_t cell) c
 template <std::size_t dimensions>
 bool Grid<dimensions>::isInside(std::size_t cell) const {
     const Cells cells = alongAxes(cell);
-    for (std::size_t direction = 0; direction < dimensions; ++direction)
-        if (cells[direction] == 0 || cells[direction] > axes[direction].bins())
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+        if (cells[direction] == 0 || cells[direction] > axes[direction].bins()) {
             return false;
+        }
+    }
     return true;
 }
 
@@ -176,8 +188,9 @@ HistogramGrid<dimensions>::HistogramGrid(Grid<dimensions> cellGrid)
 template <std::size_t dimensions>
 HistogramGrid<dimensions>::HistogramGrid(Grid<dimensions> cellGrid, CellVector<Sums> cells, std::int64_t nanEntries)
     : shape(std::move(cellGrid)), sums(std::move(cells)), nans(nanEntries) {
-    if (sums.size() != shape.cellCount())
+    if (sums.size() != shape.cellCount()) {
         throw std::invalid_argument("a histogram needs the sums of each of its cells");
+    }
 }
 
 template <std::size_t dimensions>
@@ -217,9 +230,11 @@ double HistogramGrid<dimensions>::error(std::size_t cell) const {
 template <std::size_t dimensions>
 GridSums<dimensions> HistogramGrid<dimensions>::inRange() const {
     Sums all;
-    for (std::size_t cell = 0; cell < sums.size(); ++cell)
-        if (shape.isInside(cell))
+    for (std::size_t cell = 0; cell < sums.size(); ++cell) {
+        if (shape.isInside(cell)) {
             all.add(sums[cell]);
+        }
+    }
     return all;
 }
 

@@ -12,7 +12,7 @@ void expectLarge(void* memory, std::size_t bytes) {
     constexpr std::size_t page = std::size_t{2} << 20U;
     constexpr std::size_t worthIt = 16 * page;
     // Where the system has no such pages, or none to give, nothing is lost.
-    if (bytes >= worthIt && std::align(page, worthIt - page, memory, bytes) != nullptr) {
+    if (bytes >= worthIt && std::align(page, worthIt - page, memory, bytes)) {
         madvise(memory, bytes / page * page, MADV_HUGEPAGE);
     }
 }

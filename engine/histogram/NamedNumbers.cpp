@@ -1,8 +1,8 @@
 #include <velmorak/NamedNumbers.h>
 
-#include "expression/Program.h"
 #include <velmorak/Expression.h>
 #include <velmorak/Failure.h>
+#include "expression/Program.h"
 
 #include <algorithm>
 #include <optional>
@@ -20,19 +20,23 @@ bool contains(const std::vector<std::string>& all, const std::string& name) {
 /// The names that may mean a number; none where the text is no expression.
 std::vector<Node> bareNames(const std::string& text) {
     std::vector<Node> names;
-    if (!expressionRefusal(text).empty() || text.empty())
+    if (!expressionRefusal(text).empty() || text.empty()) {
         return names;
-    for (Node& node : expression::parse(text))
-        if (node.form == expression::Form::Name && !node.isQuoted && !expression::isConstant(node.text))
+    }
+    for (Node& node : expression::parse(text)) {
+        if (node.form == expression::Form::Name && !node.isQuoted && !expression::isConstant(node.text)) {
             names.push_back(std::move(node));
+        }
+    }
     std::sort(names.begin(), names.end(), [](const Node& a, const Node& b) { return a.place < b.place; });
     return names;
 }
 
 /// A wire that is there brings a number, or fails by itself; without one an empty value means that there is none.
 std::optional<double> numberAt(const Arguments& arguments, const std::string& input) {
-    if (arguments.isWired(input))
+    if (arguments.isWired(input)) {
         return arguments.number(input);
+    }
     try {
         return arguments.number(input);
     } catch (const Failure&) {
@@ -44,23 +48,28 @@ std::optional<double> numberAt(const Arguments& arguments, const std::string& in
 
 NamedNumbers::NamedNumbers(std::vector<Text> expressions, const std::vector<InputSpec>& fixed)
     : texts(std::move(expressions)) {
-    for (const InputSpec& input : fixed)
+    for (const InputSpec& input : fixed) {
         fixedNames.push_back(input.name);
-    for (const Text& text : texts)
-        for (const Node& node : bareNames(text.expression))
-            if (!contains(names, node.text) && !contains(fixedNames, node.text) && names.size() < most)
+    }
+    for (const Text& text : texts) {
+        for (const Node& node : bareNames(text.expression)) {
+            if (!contains(names, node.text) && !contains(fixedNames, node.text) && names.size() < most) {
                 names.push_back(node.text);
+            }
+        }
+    }
 }
 
 std::vector<InputSpec> NamedNumbers::inputs() const {
     std::vector<InputSpec> specs;
-    for (const std::string& name : names)
+    for (const std::string& name : names) {
         specs.push_back({.name = name,
                          .description = "Number that \"" + name +
                                         "\" stands for, in the unit that the expression needs. Without effect where "
                                         "the table has a column of that name.",
                          .type = ValueType::Number,
                          .isOptional = true});
+    }
     return specs;
 }
 
@@ -71,32 +80,38 @@ std::map<std::string, double> NamedNumbers::values(const Arguments& arguments, c
         std::any_of(texts.begin(), texts.end(), [&](const Text& text) { return arguments.isWired(text.input); });
     for (const std::string& name : isByWire ? std::vector<std::string>() : names) {
         const std::optional<double> number = numberAt(arguments, name);
-        if (!number)
+        if (!number) {
             continue;
-        if (columns.find(name))
+        }
+        if (columns.find(name)) {
             context.warn("the number at input \"" + name + "\" is not used: the table has a column of that name");
-        else
+        } else {
             numbers[name] = *number;
+        }
     }
-    for (const Text& text : texts)
+    for (const Text& text : texts) {
         refuseUnknown(text, columns, numbers);
+    }
     return numbers;
 }
 
 void NamedNumbers::refuseUnknown(const Text& text, const Schema& columns,
                                  const std::map<std::string, double>& numbers) const {
     std::vector<std::string> known;
-    for (const ColumnInfo& info : columns.columns())
+    for (const ColumnInfo& info : columns.columns()) {
         known.push_back(info.name);
+    }
     for (const Node& node : bareNames(text.expression)) {
-        if (columns.find(node.text) || numbers.contains(node.text))
+        if (columns.find(node.text) || numbers.contains(node.text)) {
             continue;
+        }
         std::string reason = columns.size() == 0 ? "there is no number \"" + node.text + "\" at an input of that name"
                                                  : "there is no column \"" + node.text + "\"";
-        if (contains(fixedNames, node.text))
+        if (contains(fixedNames, node.text)) {
             reason += ", and no number can have the name, which an input of the plug-in has anyway";
-        else if (columns.size() != 0)
+        } else if (columns.size() != 0) {
             reason += ", and no number at an input of that name";
+        }
         try {
             expression::refuse(text.expression, node.place, reason + expression::suggestion(node.text, known));
         } catch (const Failure& failure) {
@@ -106,8 +121,9 @@ void NamedNumbers::refuseUnknown(const Text& text, const Schema& columns,
 }
 
 bool isColumnName(const std::string& word) {
-    if (word.empty() || !expressionRefusal(word).empty())
+    if (word.empty() || !expressionRefusal(word).empty()) {
         return false;
+    }
     const std::vector<Node> nodes = expression::parse(word);
     return nodes.size() == 1 && nodes[0].form == expression::Form::Name && !nodes[0].isQuoted && nodes[0].text == word;
 }

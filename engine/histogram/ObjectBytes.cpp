@@ -36,16 +36,18 @@ constexpr char letterOf<FunctionObject> = 'f';
 template <typename Object, typename Use>
 bool use(const DataObject& object, const Use& with) {
     const auto* known = dynamic_cast<const Object*>(&object);
-    if (known != nullptr)
+    if (known) {
         with(*known, letterOf<Object>);
+    }
     return known != nullptr;
 }
 
 template <typename Object>
 bool read(const std::string& bytes, DataObjectPtr& object) {
     const bool isThis = bytes.front() == letterOf<Object>;
-    if (isThis)
+    if (isThis) {
         object = std::make_shared<const Object>(Object::fromBytes(bytes.substr(1)));
+    }
     return isThis;
 }
 
@@ -54,8 +56,9 @@ struct Known {
     /// Calls with with the object as what it is, and the letter of its class.
     template <typename Use>
     static void use(const DataObject& object, const Use& with) {
-        if (!(velmorak::use<Classes>(object, with) || ...))
+        if (!(velmorak::use<Classes>(object, with) || ...)) {
             throw std::invalid_argument("an object of this class has no bytes");
+        }
     }
     static bool isRead(const std::string& bytes, DataObjectPtr& object) {
         return !bytes.empty() && (read<Classes>(bytes, object) || ...);
@@ -93,8 +96,9 @@ std::uint64_t countBytesOf(const DataObject& object) {
 
 DataObjectPtr objectFrom(const std::string& bytes) {
     DataObjectPtr object;
-    if (!AllKnown::isRead(bytes, object))
+    if (!AllKnown::isRead(bytes, object)) {
         throw std::invalid_argument("these are not the bytes of an object");
+    }
     return object;
 }
 

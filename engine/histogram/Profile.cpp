@@ -54,8 +54,9 @@ template <std::size_t dimensions>
 Profile<dimensions>::Profile(Grid<dimensions> cellGrid, CellVector<Sums> cells, CellVector<ProfileReading> readings,
                              std::int64_t nanEntries)
     : shape(std::move(cellGrid)), sums(std::move(cells)), asRead(std::move(readings)), nans(nanEntries) {
-    if (sums.size() != shape.cellCount() || (!asRead.empty() && asRead.size() != sums.size()))
+    if (sums.size() != shape.cellCount() || (!asRead.empty() && asRead.size() != sums.size())) {
         throw std::invalid_argument("a profile needs the sums of each of its cells");
+    }
 }
 
 template <std::size_t dimensions>
@@ -76,9 +77,10 @@ void Profile<dimensions>::fill(const std::array<const double*, dimensions>& coor
                                const double* weights, std::size_t count) {
     Point point{};
     for (std::size_t i = 0; i < count; ++i) {
-        for (std::size_t direction = 0; direction < dimensions; ++direction)
+        for (std::size_t direction = 0; direction < dimensions; ++direction) {
             point[direction] = coordinates[direction][i];
-        fill(point, values[i], weights == nullptr ? 1.0 : weights[i]);
+        }
+        fill(point, values[i], !weights ? 1.0 : weights[i]);
     }
 }
 
@@ -91,22 +93,25 @@ void Profile<dimensions>::merge(const Profile& other) {
 
 template <std::size_t dimensions>
 double Profile<dimensions>::height(std::size_t cell) const {
-    if (!asRead.empty())
+    if (!asRead.empty()) {
         return readingOf(asRead[cell])[0];
+    }
     return sums[cell].w == 0.0 ? nan : sums[cell].wv / sums[cell].w;
 }
 
 template <std::size_t dimensions>
 double Profile<dimensions>::error(std::size_t cell) const {
-    if (!asRead.empty())
+    if (!asRead.empty()) {
         return readingOf(asRead[cell])[1];
+    }
     return sums[cell].w == 0.0 ? nan : rms(cell) * std::sqrt(sums[cell].ww) / std::abs(sums[cell].w);
 }
 
 template <std::size_t dimensions>
 double Profile<dimensions>::rms(std::size_t cell) const {
-    if (!asRead.empty())
+    if (!asRead.empty()) {
         return readingOf(asRead[cell])[2];
+    }
     return spreadOf(sums[cell].w, sums[cell].wv, sums[cell].wvv);
 }
 

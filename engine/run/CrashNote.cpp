@@ -47,7 +47,7 @@ public:
         }
     }
     ~SpareStack() {
-        if (bytes != nullptr) {
+        if (bytes) {
             stack_t none{};
             none.ss_flags = SS_DISABLE;
             sigaltstack(&none, nullptr);
@@ -73,7 +73,7 @@ void put(const char* text) {
 }
 
 extern "C" void nameCrash(int number) {
-    if (currentTitle != nullptr) {
+    if (currentTitle) {
         put("\n");
         put(currentTitle);
         put(" crashed (");

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "store/FileHashes.h"
 #include "run/Messages.h"
 #include "run/Pipeline.h"
 #include "run/ResultFolder.h"
+#include "store/FileHashes.h"
 
 #include <atomic>
 #include <functional>

@@ -70,7 +70,8 @@ bool Plan::isRunReporter(std::size_t node) const {
 }
 
 bool Plan::isStream(std::size_t node) const {
-    return categories[node] == KindCategory::Source || categories[node] == KindCategory::RowWise || categories[node] == KindCategory::Concatenation;
+    return categories[node] == KindCategory::Source || categories[node] == KindCategory::RowWise ||
+           categories[node] == KindCategory::Concatenation;
 }
 
 std::optional<std::size_t> Plan::tableInput(std::size_t node) const {
@@ -234,8 +235,9 @@ std::string Plan::inputError(std::size_t node, const PipelineInput& input) const
         return "output \"" + output->name + "\" of \"" + feeder.name + "\" is " + article(typeName(output->type)) +
                ", where " + article(typeName(spec.type)) + " is needed";
     }
-    const bool takesTables =
-        categories[node] == KindCategory::RowWise || categories[node] == KindCategory::Concatenation || categories[node] == KindCategory::Accumulator;
+    const bool takesTables = categories[node] == KindCategory::RowWise ||
+                             categories[node] == KindCategory::Concatenation ||
+                             categories[node] == KindCategory::Accumulator;
     if (output->type == ValueType::Table && !takesTables) {
         return "output \"" + output->name + "\" of \"" + feeder.name + "\" is a table, which this kind cannot take";
     }

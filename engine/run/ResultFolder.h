@@ -1,7 +1,7 @@
 #pragma once
 
-#include "store/FileHashes.h"
 #include "run/Pipeline.h"
+#include "store/FileHashes.h"
 
 #include <velmorak/Run.h>
 

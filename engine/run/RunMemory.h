@@ -1,9 +1,9 @@
 #pragma once
 
-#include "store/DiskStore.h"
-#include "store/FileHashes.h"
 #include "run/Pipeline.h"
 #include "run/RunHistory.h"
+#include "store/DiskStore.h"
+#include "store/FileHashes.h"
 #include "store/ResultStore.h"
 
 #include <optional>

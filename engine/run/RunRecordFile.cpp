@@ -1,8 +1,8 @@
 #include "run/RunRecordFile.h"
 
+#include "run/ResultsPlace.h"
 #include "run/Version.h"
 #include "store/Sha256.h"
-#include "run/ResultsPlace.h"
 
 #include <velmorak/ObjectBytes.h>
 

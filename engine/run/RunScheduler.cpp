@@ -19,7 +19,7 @@ RunScheduler::RunScheduler(RunState& state, RunMemory& memory, bool explains, Ex
     state.environment.recorder = [this](const PipelineNode& node) {
         const auto position = static_cast<std::size_t>(&node - this->state.pipeline.nodes.data());
         return this->state.plan.isRunReporter(position) ? recordOfRun(this->state, this->cache, position)
-                                                     : recordOf(this->state, this->cache, position);
+                                                        : recordOf(this->state, this->cache, position);
     };
     state.environment.asked = [this](const std::filesystem::path& file, const FileStamp& stamp) {
         prefetchHasher.begin(file, stamp);
@@ -355,9 +355,10 @@ std::vector<OperatorInstance> RunScheduler::operatorsFor(const std::vector<std::
         }
     }
     std::vector<OperatorInstance> operators(wanted.begin(), wanted.end());
-    std::stable_sort(operators.begin(), operators.end(), [this](const OperatorInstance& one, const OperatorInstance& other) {
-        return state.plan.rank(one.node) < state.plan.rank(other.node);
-    });
+    std::stable_sort(operators.begin(), operators.end(),
+                     [this](const OperatorInstance& one, const OperatorInstance& other) {
+                         return state.plan.rank(one.node) < state.plan.rank(other.node);
+                     });
     return operators;
 }
 

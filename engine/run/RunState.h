@@ -2,8 +2,8 @@
 
 #include "run/NodeArguments.h"
 #include "run/NodeContext.h"
-#include "run/Plan.h"
 #include "run/NodeError.h"
+#include "run/Plan.h"
 #include "run/RunLedger.h"
 #include "run/RunListener.h"
 
@@ -17,8 +17,8 @@ namespace velmorak {
 /// Where one plug-in stands in a run.
 struct NodeRun {
     bool isNeeded = false;
-    bool isFinal = false;  ///< Its outcome stands.
-    bool isReported = false;     ///< The listener knows the outcome.
+    bool isFinal = false;      ///< Its outcome stands.
+    bool isReported = false;   ///< The listener knows the outcome.
     bool hasStreamed = false;  ///< Of a stream: at least one pass went through to its end.
     NodeReport report;
     std::string cause;  ///< Of a failed or skipped plug-in: the one that failed.

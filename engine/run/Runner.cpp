@@ -1,13 +1,13 @@
 #include "run/Runner.h"
 
-#include "run/CrashNote.h"
 #include "executor/ThreadPool.h"
-#include "run/RunScheduler.h"
 #include "executor/WorkerPriority.h"
+#include "run/CrashNote.h"
 #include "run/ResultsPlace.h"
-#include "run/RunRecordFile.h"
 #include "run/RunJob.h"
 #include "run/RunListener.h"
+#include "run/RunRecordFile.h"
+#include "run/RunScheduler.h"
 #include "run/Summary.h"
 
 #include <oneapi/tbb/global_control.h>

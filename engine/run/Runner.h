@@ -15,12 +15,12 @@
 namespace velmorak {
 
 enum class NodeStatus {
-    NotRequested,    ///< Shares nothing with the start plug-in.
-    Done,        ///< Executed.
-    Reused,      ///< Its stored result was still right.
-    Failed,      ///< See the sentence.
-    Skipped,     ///< Not run because of something upstream.
-    Unfinished,  ///< The run was stopped first.
+    NotRequested,  ///< Shares nothing with the start plug-in.
+    Done,          ///< Executed.
+    Reused,        ///< Its stored result was still right.
+    Failed,        ///< See the sentence.
+    Skipped,       ///< Not run because of something upstream.
+    Unfinished,    ///< The run was stopped first.
 };
 
 struct NodeReport {

@@ -35,7 +35,8 @@ Chunk counted(const Chunk& chunk, std::uint64_t rowsBefore) {
 
 }  // namespace
 
-StreamPass::StreamPass(RunState& state, const std::vector<std::size_t>& sources, const std::vector<OperatorInstance>& maxInFlight)
+StreamPass::StreamPass(RunState& state, const std::vector<std::size_t>& sources,
+                       const std::vector<OperatorInstance>& maxInFlight)
     : state(state) {
     for (const std::size_t source : sources) {
         segments.push_back(std::make_unique<Segment>());
@@ -71,8 +72,8 @@ void StreamPass::execute(Executor& executor) {
     for (std::size_t i = 0; i < operators.size() && isOpen; ++i) {
         prepare(*operators[i]);
     }
-    hasWork =
-        operators.empty() || std::any_of(operators.begin(), operators.end(), [](const auto& op) { return !op->isDropped; });
+    hasWork = operators.empty() ||
+              std::any_of(operators.begin(), operators.end(), [](const auto& op) { return !op->isDropped; });
     if (!isOpen || !hasWork || state.isStopping()) {
         return;
     }
@@ -337,8 +338,8 @@ void StreamPass::executeOperator(std::size_t position, ChunkTask& task) {
             made.state->fill(*table);
             return;
         }
-        Chunk rows = op.countsRows ? parent.operation->apply(counted(*table, made.rowsBefore))
-                                     : parent.operation->apply(*table);
+        Chunk rows =
+            op.countsRows ? parent.operation->apply(counted(*table, made.rowsBefore)) : parent.operation->apply(*table);
         rows.number = table->number;
         rows.firstRow = table->firstRow;
         parent.check->check(rows);

@@ -16,8 +16,8 @@
 
 namespace velmorak {
 
-/// A plug-in on a stream that is made of the rows of several sources, its legs: the plug-in sees those from firstSegment
-/// on. One that feeds a concatenation by two ways stands on the stream twice.
+/// A plug-in on a stream that is made of the rows of several sources, its legs: the plug-in sees those from
+/// firstSegment on. One that feeds a concatenation by two ways stands on the stream twice.
 struct OperatorInstance {
     std::size_t node = 0;
     std::size_t firstSegment = 0;
@@ -35,7 +35,8 @@ public:
     /// @param state outlives this.
     /// @param sources in the order of their rows; one may be there twice.
     /// @param places row-wise plug-ins, concatenations and accumulators, each after what feeds it.
-    StreamPass(RunState& state, const std::vector<std::size_t>& sources, const std::vector<OperatorInstance>& maxInFlight);
+    StreamPass(RunState& state, const std::vector<std::size_t>& sources,
+               const std::vector<OperatorInstance>& maxInFlight);
     ~StreamPass();
 
     /// Passes all rows and settles the accumulators. A plug-in that fails is left out from there on, with all that it
@@ -81,9 +82,9 @@ private:
     RunState& state;
     std::vector<std::unique_ptr<Segment>> segments;
     std::vector<std::unique_ptr<Operator>> operators;
-    std::map<OperatorInstance, std::size_t> maxInFlight;   ///< Positions in steps.
-    std::vector<std::unique_ptr<ChunkTask>> tasks;  ///< By place, one for each chunk that may be on its way.
-    std::atomic<bool> hasWork = true;          ///< Some step is not dropped.
+    std::map<OperatorInstance, std::size_t> maxInFlight;  ///< Positions in steps.
+    std::vector<std::unique_ptr<ChunkTask>> tasks;        ///< By place, one for each chunk that may be on its way.
+    std::atomic<bool> hasWork = true;                     ///< Some step is not dropped.
     std::size_t segmentBeingRead = 0;
     std::uint64_t chunks = 0;
     double fractionShown = 0.0;

@@ -26,13 +26,14 @@ struct StreamPass::Operator {
     struct Parent {
         std::size_t firstSegment = 0;
         std::size_t segments = 0;
-        std::optional<std::size_t> op;               ///< The source of the leg when nothing.
+        std::optional<std::size_t> op;                 ///< The source of the leg when nothing.
         std::unique_ptr<RowOperation> operation = {};  ///< Of the step, for what comes from there.
         std::optional<ChunkCheck> check = {};          ///< Of what the operation yields.
     };
 
     bool sees(std::size_t segment) const {
-        return segment >= parents.front().firstSegment && segment < parents.back().firstSegment + parents.back().segments;
+        return segment >= parents.front().firstSegment &&
+               segment < parents.back().firstSegment + parents.back().segments;
     }
     const Parent& parentFor(std::size_t segment) const {
         std::size_t at = 0;

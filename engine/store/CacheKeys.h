@@ -1,7 +1,7 @@
 #pragma once
 
-#include "store/Sha256.h"
 #include "run/RunState.h"
+#include "store/Sha256.h"
 
 #include <optional>
 #include <vector>

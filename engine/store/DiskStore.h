@@ -1,7 +1,7 @@
 #pragma once
 
-#include "store/Sha256.h"
 #include "store/CacheConfig.h"
+#include "store/Sha256.h"
 
 #include <velmorak/ObjectBytes.h>
 

@@ -77,8 +77,8 @@ void ResultCache::keep(std::size_t position) {
     const bool hasFiles = gatherFiles(position);
     const NodeRun& run = state.runs[position];
     const bool isComplete = run.hasStreamed || run.report.status == NodeStatus::Done;
-    if (!isComplete || !hasFiles || !keys[position] || state.plan.isRunReporter(position) || state.hasFailed(position) ||
-        !gatherWritten(position)) {
+    if (!isComplete || !hasFiles || !keys[position] || state.plan.isRunReporter(position) ||
+        state.hasFailed(position) || !gatherWritten(position)) {
         return;
     }
     std::string reason;

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "run/RunState.h"
 #include "store/CacheKeys.h"
 #include "store/FileHashes.h"
 #include "store/ResultStore.h"
-#include "run/RunState.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "store/DiskStore.h"
 #include "run/NodeContext.h"
+#include "store/DiskStore.h"
 
 #include <velmorak/Value.h>
 

@@ -32,8 +32,9 @@ inline constexpr std::uint64_t emptyChecksum = 0xcbf29ce484222325U;
 
 /// @param sum of the bytes before these.
 inline std::uint64_t checksum(std::string_view bytes, std::uint64_t sum = emptyChecksum) {
-    for (const char byte : bytes)
+    for (const char byte : bytes) {
         sum = (sum ^ static_cast<unsigned char>(byte)) * 0x100000001b3U;
+    }
     return sum;
 }
 
@@ -66,8 +67,9 @@ public:
             total += values.size() * bytesOfEach;
             return;
         }
-        for (const auto& value : values)
+        for (const auto& value : values) {
             add({reinterpret_cast<const char*>(&value), bytesOfEach});
+        }
     }
     /// An object's bytes after their number.
     void object(const DataObject& whole) {
@@ -149,8 +151,9 @@ public:
         bytes = sealed.substr(sumAt);
         const auto sum = number<std::uint64_t>();
         bytes = sealed.substr(0, sumAt);
-        if (number<std::uint64_t>() != mark || sum != checksum(sealed.substr(0, sumAt)))
+        if (number<std::uint64_t>() != mark || sum != checksum(sealed.substr(0, sumAt))) {
             throw std::invalid_argument("these are not the bytes of such an object");
+        }
     }
 
     template <typename Number>
@@ -163,8 +166,9 @@ public:
     List list() {
         const auto count = number<std::uint64_t>();
         constexpr std::size_t each = sizeof(typename List::value_type);
-        if (count > bytes.size() / each)
+        if (count > bytes.size() / each) {
             throw std::invalid_argument("the bytes of an object end too early");
+        }
         List values;
         values.resize(count);
         take(values.data(), count * each);
@@ -173,12 +177,14 @@ public:
     template <typename List>
     List packed(std::size_t bytesOfEach) {
         const auto count = number<std::uint64_t>();
-        if (count > bytes.size() / bytesOfEach)
+        if (count > bytes.size() / bytesOfEach) {
             throw std::invalid_argument("the bytes of an object end too early");
+        }
         List values;
         values.resize(count);
-        for (auto& value : values)
+        for (auto& value : values) {
             take(&value, bytesOfEach);
+        }
         return values;
     }
     ObjectHead head() {
@@ -196,16 +202,19 @@ public:
         return head;
     }
     void mustBeAtEnd() const {
-        if (!bytes.empty())
+        if (!bytes.empty()) {
             throw std::invalid_argument("the bytes of an object are followed by others");
+        }
     }
 
 private:
     void take(void* target, std::size_t count) {
-        if (count > bytes.size())
+        if (count > bytes.size()) {
             throw std::invalid_argument("the bytes of an object end too early");
-        if (count != 0)
+        }
+        if (count != 0) {
             std::memcpy(target, bytes.data(), count);
+        }
         bytes.remove_prefix(count);
     }
 

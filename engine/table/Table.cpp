@@ -14,9 +14,11 @@ Values keptValues(const Values& values, const std::vector<std::uint8_t>& keep, s
     Values kept;
     if constexpr (std::is_same_v<Values, Column::Texts>) {
         kept.reserve(keptRows);
-        for (std::size_t row = 0; row < keep.size(); ++row)
-            if (keep[row] != 0)
+        for (std::size_t row = 0; row < keep.size(); ++row) {
+            if (keep[row] != 0) {
                 kept.push_back(values[row]);
+            }
+        }
     } else {
         // Every value is written, and the next one over it where it is not kept: nothing has to be guessed.
         kept.resize(keptRows + 1);
@@ -34,19 +36,23 @@ template <typename Values>
 Values keptLists(const Values& values, const std::vector<std::uint64_t>& offsets,
                  const std::vector<std::uint8_t>& keep) {
     Values kept;
-    for (std::size_t row = 0; row < keep.size(); ++row)
-        if (keep[row] != 0)
+    for (std::size_t row = 0; row < keep.size(); ++row) {
+        if (keep[row] != 0) {
             kept.insert(kept.end(), values.begin() + static_cast<std::ptrdiff_t>(offsets[row]),
                         values.begin() + static_cast<std::ptrdiff_t>(offsets[row + 1]));
+        }
+    }
     return kept;
 }
 
 std::vector<std::uint64_t> keptOffsets(const std::vector<std::uint64_t>& offsets,
                                        const std::vector<std::uint8_t>& keep) {
     std::vector<std::uint64_t> kept{0};
-    for (std::size_t row = 0; row < keep.size(); ++row)
-        if (keep[row] != 0)
+    for (std::size_t row = 0; row < keep.size(); ++row) {
+        if (keep[row] != 0) {
             kept.push_back(kept.back() + offsets[row + 1] - offsets[row]);
+        }
+    }
     return kept;
 }
 
@@ -59,8 +65,9 @@ constexpr std::size_t fewColumns = 16;
 
 std::size_t countKept(const std::vector<std::uint8_t>& keep) {
     std::size_t count = 0;
-    for (const std::uint8_t isKept : keep)
+    for (const std::uint8_t isKept : keep) {
         count += isKept != 0 ? 1 : 0;
+    }
     return count;
 }
 
@@ -138,37 +145,43 @@ std::size_t Column::valueCount() const {
 
 ColumnPtr keepRows(const Column& column, const std::vector<std::uint8_t>& keep) {
     const std::size_t rows = column.isList() ? column.offsets.size() - 1 : column.valueCount();
-    if (keep.size() != rows)
+    if (keep.size() != rows) {
         throw std::invalid_argument("a row filter must have one entry for each row");
+    }
     auto kept = std::make_shared<Column>();
     const std::size_t keptRows = countKept(keep);
     std::visit(
         [&](const auto& values) {
-            if (column.isList())
+            if (column.isList()) {
                 kept->values = keptLists(values, column.offsets, keep);
-            else
+            } else {
                 kept->values = keptValues(values, keep, keptRows);
+            }
         },
         column.values);
-    if (column.isList())
+    if (column.isList()) {
         kept->offsets = keptOffsets(column.offsets, keep);
+    }
     return kept;
 }
 
 ColumnPtr asReals(const ColumnPtr& column) {
-    if (column->type() == ColumnType::Real)
+    if (column->type() == ColumnType::Real) {
         return column;
+    }
     auto reals = std::make_shared<Column>();
     reals->offsets = column->offsets;
     auto& target = reals->values.emplace<Column::Reals>();
     std::visit(
         [&](const auto& values) {
             using Values = std::decay_t<decltype(values)>;
-            if constexpr (std::is_same_v<Values, Column::Texts>)
+            if constexpr (std::is_same_v<Values, Column::Texts>) {
                 target.assign(values.size(), std::numeric_limits<double>::quiet_NaN());
-            else
-                for (const auto value : values)
+            } else {
+                for (const auto value : values) {
                     target.push_back(static_cast<double>(value));
+                }
+            }
         },
         column->values);
     return reals;

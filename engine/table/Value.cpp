@@ -21,21 +21,25 @@ bool isDigit(char c) {
 }
 
 std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && isBlank(text.front()))
+    while (!text.empty() && isBlank(text.front())) {
         text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back()))
+    }
+    while (!text.empty() && isBlank(text.back())) {
         text.remove_suffix(1);
+    }
     return text;
 }
 
 /// Exponent written after 'e', kept within a range in which it cannot overflow.
 std::int64_t writtenExponent(std::string_view digits) {
     const bool isNegative = !digits.empty() && digits.front() == '-';
-    if (!digits.empty() && !isDigit(digits.front()))
+    if (!digits.empty() && !isDigit(digits.front())) {
         digits.remove_prefix(1);
+    }
     std::int64_t exponent = 0;
-    for (const char c : digits)
+    for (const char c : digits) {
         exponent = exponent < 1'000'000'000 ? exponent * 10 + (c - '0') : exponent;
+    }
     return isNegative ? -exponent : exponent;
 }
 
@@ -46,8 +50,9 @@ bool isTooLarge(std::string_view unsignedNumber) {
     const auto point = std::min(digits.find('.'), digits.size());
     const auto first = digits.find_first_not_of("0.");
     std::int64_t magnitude = static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first);
-    if (mark != std::string_view::npos)
+    if (mark != std::string_view::npos) {
         magnitude += writtenExponent(unsignedNumber.substr(mark + 1));
+    }
     return magnitude > 0;
 }
 
@@ -78,10 +83,12 @@ std::string_view nameOf(ValueType type) {
 }
 
 std::string textOf(double number) {
-    if (std::isnan(number))
+    if (std::isnan(number)) {
         return "NaN";
-    if (std::isinf(number))
+    }
+    if (std::isinf(number)) {
         return number > 0 ? "Infinity" : "-Infinity";
+    }
     std::array<char, 32> text{};
     const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
     return {text.data(), end};
@@ -90,17 +97,21 @@ std::string textOf(double number) {
 bool readNumber(std::string_view text, double& number) {
     text = trimmed(text);
     const bool isNegative = !text.empty() && text.front() == '-';
-    if (isNegative || (!text.empty() && text.front() == '+'))
+    if (isNegative || (!text.empty() && text.front() == '+')) {
         text.remove_prefix(1);
+    }
     // What from_chars takes beyond a decimal number: a second sign, and "nan(...)".
-    if (text.empty() || text.front() == '-' || text.back() == ')')
+    if (text.empty() || text.front() == '-' || text.back() == ')') {
         return false;
+    }
     double value = 0.0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (end != text.data() + text.size() || error == std::errc::invalid_argument)
+    if (end != text.data() + text.size() || error == std::errc::invalid_argument) {
         return false;
-    if (error == std::errc::result_out_of_range)
+    }
+    if (error == std::errc::result_out_of_range) {
         value = isTooLarge(text) ? std::numeric_limits<double>::infinity() : 0.0;
+    }
     number = isNegative ? -value : value;
     return true;
 }

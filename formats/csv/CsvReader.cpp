@@ -40,8 +40,9 @@ void shorten(Column& column, std::size_t rows) {
 CsvReader::CsvReader(CsvOptions csvOptions, RunContext& runContext)
     : options(std::move(csvOptions)), context(runContext), records(options.file, options.form, runContext) {
     findColumns();
-    if (options.hasHeader)
+    if (options.hasHeader) {
         records.next(fields);
+    }
 }
 
 CsvReader::~CsvReader() {
@@ -51,8 +52,9 @@ CsvReader::~CsvReader() {
 /// @return the names in the first record, or as many made-up ones as it has fields.
 std::vector<std::string> CsvReader::readHeader(CsvRecords& from) {
     std::vector<CsvField> first;
-    if (!from.next(first))
+    if (!from.next(first)) {
         throw Failure("file", "\"" + options.file.string() + "\" holds no rows");
+    }
     if (!from.complaint().empty()) {
         throw Failure("file",
                       "\"" + options.file.string() + "\", line " + numbered(from.line()) + ": " + from.complaint());
@@ -65,9 +67,10 @@ std::vector<std::string> CsvReader::readHeader(CsvRecords& from) {
             firstRepaired = from.line();
         }
         names.push_back(isNamed ? asUtf8(field.text) : "c" + numbered(names.size() + 1));
-        if (!seen.insert(names.back()).second)
+        if (!seen.insert(names.back()).second) {
             throw Failure("file", "\"" + options.file.string() + "\", line " + numbered(from.line()) +
                                       ": there are two columns \"" + names.back() + "\"");
+        }
     }
     return names;
 }
@@ -75,16 +78,19 @@ std::vector<std::string> CsvReader::readHeader(CsvRecords& from) {
 /// Damage ends the looking; what stands before it will be read.
 void CsvReader::lookAtRows(CsvRecords& sample, std::vector<TypeGuess>& guesses) {
     for (std::size_t row = 0; row < rowsToLookAt; ++row) {
-        if (row % 1024 == 0 && context.isStopping())
+        if (row % 1024 == 0 && context.isStopping()) {
             throw Stopped();
+        }
         try {
-            if (!sample.next(fields))
+            if (!sample.next(fields)) {
                 return;
+            }
         } catch (const Failure&) {
             return;
         }
-        for (std::size_t i = 0; i < guesses.size() && fields.size() == guesses.size(); ++i)
+        for (std::size_t i = 0; i < guesses.size() && fields.size() == guesses.size(); ++i) {
             guesses[i].see(fields[i], options.missing);
+        }
     }
 }
 
@@ -92,8 +98,9 @@ void CsvReader::findColumns() {
     CsvRecords sample(options.file, options.form, context);
     const std::vector<std::string> names = readHeader(sample);
     std::vector<TypeGuess> guesses(names.size());
-    if (!options.hasHeader)
+    if (!options.hasHeader) {
         sample = CsvRecords(options.file, options.form, context);
+    }
     lookAtRows(sample, guesses);
     std::vector<ColumnInfo> found;
     for (std::size_t i = 0; i < names.size(); ++i) {
@@ -108,32 +115,39 @@ void CsvReader::findColumns() {
             textColumns.push_back(i);
         }
     }
-    for (const auto& given : options.types)
-        if (!columns.find(given.first))
+    for (const auto& given : options.types) {
+        if (!columns.find(given.first)) {
             throw Failure("types", "there is no column \"" + given.first + "\"");
+        }
+    }
 }
 
 bool CsvReader::next(Chunk& chunk) {
     std::vector<Column> target;
-    for (const ColumnInfo& column : columns.columns())
+    for (const ColumnInfo& column : columns.columns()) {
         target.push_back(emptyColumn(column.type));
+    }
     chunk.rows = 0;
     try {
         while (!failure && !isFull(target, chunk.rows) && readRow(target, chunk.rows)) {
         }
     } catch (const Failure& damage) {
         failure = damage;
-        for (Column& column : target)
+        for (Column& column : target) {
             shorten(column, chunk.rows);
+        }
     }
     // What is complete before the damage comes first.
-    if (failure && chunk.rows == 0)
+    if (failure && chunk.rows == 0) {
         throw Failure(*failure);
+    }
     chunk.columns.clear();
-    for (Column& column : target)
+    for (Column& column : target) {
         chunk.columns.push_back(std::make_shared<const Column>(std::move(column)));
-    if (chunk.rows == 0)
+    }
+    if (chunk.rows == 0) {
         reportSkipped();
+    }
     return chunk.rows > 0;
 }
 
@@ -153,21 +167,26 @@ bool CsvReader::isFull(const std::vector<Column>& target, std::size_t rows) {
 
 /// Appends the next record to the columns, or skips it. @return false at the end of the file.
 bool CsvReader::readRow(std::vector<Column>& target, std::size_t& rows) {
-    if (++recordsSeen % 4096 == 0 && context.isStopping())
+    if (++recordsSeen % 4096 == 0 && context.isStopping()) {
         throw Stopped();
-    if (!records.next(fields))
+    }
+    if (!records.next(fields)) {
         return false;
+    }
     const std::string complaint = complaintAbout(target);
     if (complaint.empty()) {
         ++rows;
         return true;
     }
-    if (!options.isSkipping)
+    if (!options.isSkipping) {
         throw Failure("file", complaint);
-    for (Column& column : target)
+    }
+    for (Column& column : target) {
         shorten(column, rows);
-    if (skippedRows++ == 0)
+    }
+    if (skippedRows++ == 0) {
         firstComplaint = complaint;
+    }
     return true;
 }
 
@@ -186,13 +205,15 @@ CsvField CsvReader::withUtf8(const CsvField& field, ColumnType type) {
 /// Appends the record to the columns. @return an empty text, or why that cannot be done.
 std::string CsvReader::complaintAbout(std::vector<Column>& target) {
     const auto where = [this] { return "\"" + options.file.string() + "\", line " + numbered(records.line()); };
-    if (!records.complaint().empty())
+    if (!records.complaint().empty()) {
         return where() + ": " + records.complaint();
-    if (fields.size() != target.size())
+    }
+    if (fields.size() != target.size()) {
         return where() +
                (fields.size() == 1 ? ": there is 1 field" : ": there are " + numbered(fields.size()) + " fields") +
                " where there should be " + numbered(target.size());
-    for (std::size_t i = 0; i < target.size(); ++i)
+    }
+    for (std::size_t i = 0; i < target.size(); ++i) {
         if (!appendField(withUtf8(fields[i], target[i].type()), options.missing, target[i])) {
             const std::string what = fields[i].text.empty()
                                          ? "nothing stands where there should be a value, and only "
@@ -201,6 +222,7 @@ std::string CsvReader::complaintAbout(std::vector<Column>& target) {
                                                std::string(nameOf(target[i].type()));
             return where() + ", column " + numbered(i + 1) + " (" + columns[i].name + "): " + what;
         }
+    }
     return {};
 }
 
@@ -209,8 +231,9 @@ void CsvReader::reportSkipped() {
         context.warn("\"" + options.file.string() + "\": bytes that are not UTF-8, the first on line " +
                      numbered(std::exchange(firstRepaired, 0)) + ", are read as ISO-8859-1");
     }
-    if (skippedRows == 0)
+    if (skippedRows == 0) {
         return;
+    }
     context.warn(numbered(skippedRows) + (skippedRows == 1 ? " row was" : " rows were") +
                  " skipped; the first: " + firstComplaint);
     skippedRows = 0;

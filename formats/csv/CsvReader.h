@@ -42,7 +42,7 @@ private:
     std::vector<CsvField> fields;
     std::optional<Failure> failure;  ///< That the rows end with.
     std::vector<std::size_t> textColumns;
-    std::size_t maxRows = 0;     ///< In a chunk.
+    std::size_t maxRows = 0;      ///< In a chunk.
     std::size_t rowBytes = 0;     ///< Of a row without its texts.
     std::size_t rowsWeighed = 0;  ///< Of the chunk that is being read.
     std::size_t textBytes = 0;    ///< In these rows.

@@ -26,7 +26,10 @@ auto ofTheFile(Work&& work) {
 }  // namespace
 
 CsvRecords::CsvRecords(const std::filesystem::path& file, CsvForm csvForm, const RunContext& context)
-    : form(std::move(csvForm)), run(&context), name(file.string()), in(ofTheFile([&] { return CompressedFile(file); })) {
+    : form(std::move(csvForm)),
+      run(&context),
+      name(file.string()),
+      in(ofTheFile([&] { return CompressedFile(file); })) {
     refill();
     begin();
 }
@@ -58,15 +61,17 @@ void CsvRecords::makeLineEnds(std::size_t from) {
 
 /// Puts more of the file behind what is left in the buffer.
 bool CsvRecords::refill() {
-    if (isAtEnd)
+    if (isAtEnd) {
         return false;
+    }
     if (run->isStopping()) {
         throw Stopped();
     }
     buffer.erase(0, std::exchange(place, 0));
-    if (buffer.size() > maxRecordBytes)
+    if (buffer.size() > maxRecordBytes) {
         throw Failure("file", "\"" + name + "\", line " + std::to_string(nextLine) +
                                   ": the record does not end; is a quote not closed?");
+    }
     const std::size_t before = buffer.size();
     buffer.resize(before + std::max(blockBytes, before));
     const std::size_t more = ofTheFile([&] { return in.read(buffer.data() + before, buffer.size() - before); });
@@ -77,8 +82,9 @@ bool CsvRecords::refill() {
 }
 
 std::size_t CsvRecords::pastBlanks(std::size_t at) const {
-    while (at < buffer.size() && isBlank(buffer[at]))
+    while (at < buffer.size() && isBlank(buffer[at])) {
         ++at;
+    }
     return at;
 }
 
@@ -87,8 +93,9 @@ bool CsvRecords::skipLine() {
     const std::size_t begin = pastBlanks(place);
     const bool isComment = !form.comment.empty() && buffer.compare(begin, form.comment.size(), form.comment) == 0;
     const bool isEmpty = begin < buffer.size() && (buffer[begin] == '\n' || buffer.compare(begin, 2, "\r\n") == 0);
-    if (!isComment && !isEmpty)
+    if (!isComment && !isEmpty) {
         return false;
+    }
     const std::size_t end = buffer.find('\n', begin);
     place = end == std::string::npos ? buffer.size() : end + 1;
     nextLine += end == std::string::npos ? 0 : 1;
@@ -98,16 +105,20 @@ bool CsvRecords::skipLine() {
 bool CsvRecords::next(std::vector<CsvField>& fields) {
     for (;;) {
         // A line, or the sign of a comment, may go on behind the buffer's end.
-        while (!isAtEnd && buffer.find('\n', place) == std::string::npos)
+        while (!isAtEnd && buffer.find('\n', place) == std::string::npos) {
             refill();
-        if (pastBlanks(place) >= buffer.size() && isAtEnd)
+        }
+        if (pastBlanks(place) >= buffer.size() && isAtEnd) {
             return false;
-        if (skipLine())
+        }
+        if (skipLine()) {
             continue;
+        }
         recordLine = nextLine;
         const Step step = readRecord(fields);
-        if (step != Step::Short)
+        if (step != Step::Short) {
             return true;
+        }
         nextLine = recordLine;
         refill();
     }
@@ -141,31 +152,37 @@ CsvRecords::Step CsvRecords::complete(std::size_t end) {
 CsvRecords::Step CsvRecords::readField(std::size_t& at, std::vector<CsvField>& fields) {
     at = pastBlanks(at);
     if (at < buffer.size() && buffer[at] == '"') {
-        if (readQuoted(at, fields) == Step::Short)
+        if (readQuoted(at, fields) == Step::Short) {
             return Step::Short;
+        }
     } else {
         std::size_t end = at;
         while (end < buffer.size() && buffer[end] != form.delimiter && buffer[end] != '\n' &&
-               !(form.delimiter == ' ' && isBlank(buffer[end])))
+               !(form.delimiter == ' ' && isBlank(buffer[end]))) {
             ++end;
+        }
         std::size_t last = end;
-        while (last > at && (isBlank(buffer[last - 1]) || buffer[last - 1] == '\r'))
+        while (last > at && (isBlank(buffer[last - 1]) || buffer[last - 1] == '\r')) {
             --last;
+        }
         fields.push_back({std::string_view(buffer).substr(at, last - at), false});
         at = end;
     }
     at = pastBlanks(at);
-    if (at < buffer.size() && buffer[at] == '\r')
+    if (at < buffer.size() && buffer[at] == '\r') {
         ++at;
-    if (at >= buffer.size())
+    }
+    if (at >= buffer.size()) {
         return isAtEnd ? Step::End : Step::Short;
+    }
     if (buffer[at] == '\n') {
         ++at;
         ++nextLine;
         return Step::End;
     }
-    if (form.delimiter != ' ')
+    if (form.delimiter != ' ') {
         ++at;
+    }
     return Step::More;
 }
 
@@ -175,13 +192,16 @@ CsvRecords::Step CsvRecords::readQuoted(std::size_t& at, std::vector<CsvField>& 
     bool hasQuotes = false;
     for (;; end += 2, hasQuotes = true) {
         end = buffer.find('"', end);
-        if (end == std::string::npos || (end + 1 == buffer.size() && !isAtEnd))
+        if (end == std::string::npos || (end + 1 == buffer.size() && !isAtEnd)) {
             break;
-        if (end + 1 >= buffer.size() || buffer[end + 1] != '"')
+        }
+        if (end + 1 >= buffer.size() || buffer[end + 1] != '"') {
             break;
+        }
     }
-    if ((end == std::string::npos || end + 1 == buffer.size()) && !isAtEnd)
+    if ((end == std::string::npos || end + 1 == buffer.size()) && !isAtEnd) {
         return Step::Short;
+    }
     if (end == std::string::npos) {
         problem = "a quote is opened and not closed";
         end = buffer.size();
@@ -203,8 +223,9 @@ CsvRecords::Step CsvRecords::readQuoted(std::size_t& at, std::vector<CsvField>& 
                             buffer[at] != '\r' && form.delimiter != ' ';
     if (isFollowed) {
         problem = "text stands behind a closing quote";
-        while (at < buffer.size() && buffer[at] != form.delimiter && buffer[at] != '\n')
+        while (at < buffer.size() && buffer[at] != form.delimiter && buffer[at] != '\n') {
             ++at;
+        }
     }
     return Step::More;
 }

@@ -12,8 +12,9 @@ bool isMissing(const CsvField& field, const std::string& missing) {
 }
 
 bool readInteger(std::string_view text, std::int64_t& value) {
-    if (text.starts_with('+') && !text.starts_with("+-"))
+    if (text.starts_with('+') && !text.starts_with("+-")) {
         text.remove_prefix(1);
+    }
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     return result.ec == std::errc() && result.ptr == text.data() + text.size() && !text.empty();
 }
@@ -37,9 +38,11 @@ std::string trimmed(const std::string& text) {
 }
 
 ColumnType typeNamed(const std::string& name) {
-    for (const ColumnType type : {ColumnType::Real, ColumnType::Integer, ColumnType::Boolean, ColumnType::Text})
-        if (name == nameOf(type))
+    for (const ColumnType type : {ColumnType::Real, ColumnType::Integer, ColumnType::Boolean, ColumnType::Text}) {
+        if (name == nameOf(type)) {
             return type;
+        }
+    }
     throw Failure("types", "\"" + name + "\" is no type of a column; there are real, integer, boolean and text.");
 }
 
@@ -54,21 +57,24 @@ bool appendField(const CsvField& field, const std::string& missing, Column& colu
     if (auto* reals = std::get_if<Column::Reals>(&column.values)) {
         double value = std::numeric_limits<double>::quiet_NaN();
         const bool isRead = isGone || readReal(field.text, value);
-        if (isRead)
+        if (isRead) {
             reals->push_back(value);
+        }
         return isRead;
     }
     if (auto* integers = std::get_if<Column::Integers>(&column.values)) {
         std::int64_t value = 0;
         const bool isRead = !isGone && readInteger(field.text, value);
-        if (isRead)
+        if (isRead) {
             integers->push_back(value);
+        }
         return isRead;
     }
     std::uint8_t value = 0;
     const bool isRead = !isGone && (readBoolean(field.text, value) || field.text == "0" || field.text == "1");
-    if (isRead)
+    if (isRead) {
         std::get<Column::Booleans>(column.values).push_back(field.text == "1" ? 1 : value);
+    }
     return isRead;
 }
 
@@ -78,11 +84,13 @@ std::map<std::string, ColumnType> csvTypesIn(const std::string& text) {
     for (std::size_t end = 0; end != std::string::npos; begin = end + 1) {
         end = text.find_first_of(",;\n", begin);
         const std::string part = trimmed(text.substr(begin, end == std::string::npos ? end : end - begin));
-        if (part.empty())
+        if (part.empty()) {
             continue;
+        }
         const std::size_t colon = part.rfind(':');
-        if (colon == std::string::npos)
+        if (colon == std::string::npos) {
             throw Failure("types", "\"" + part + "\" must be the name of a column, a colon and a type.");
+        }
         const std::string name = trimmed(part.substr(0, colon));
         if (!types.emplace(name, typeNamed(trimmed(part.substr(colon + 1)))).second) {
             throw Failure("types", "the type of column \"" + name + "\" is given twice.");
@@ -107,10 +115,12 @@ void TypeGuess::see(const CsvField& field, const std::string& missing) {
 
 ColumnType TypeGuess::type() const {
     // Neither an integer nor a boolean can be missing.
-    if (isSeen && isInteger && !isMissing)
+    if (isSeen && isInteger && !isMissing) {
         return ColumnType::Integer;
-    if (isReal)
+    }
+    if (isReal) {
         return ColumnType::Real;
+    }
     return isBoolean && !isMissing ? ColumnType::Boolean : ColumnType::Text;
 }
 

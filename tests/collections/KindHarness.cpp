@@ -24,12 +24,14 @@ struct Collector : Registry {
 Collector loadAll() {
     Collector collector;
     std::set<std::string> groups;
-    for (const auto& folder : fs::directory_iterator(VELMORAK_TEST_COLLECTIONS))
+    for (const auto& folder : fs::directory_iterator(VELMORAK_TEST_COLLECTIONS)) {
         groups.insert(folder.path().filename());
+    }
     for (const std::string& group : groups) {
         void* handle = dlopen((collectionFolder(group) / (group + ".so")).c_str(), RTLD_LAZY | RTLD_LOCAL);
-        if (handle == nullptr)
+        if (!handle) {
             throw std::runtime_error(dlerror());
+        }
         reinterpret_cast<void (*)(Registry&)>(dlsym(handle, "QzAnalysisFactory"))(collector);
     }
     return collector;
@@ -39,16 +41,19 @@ class BenchArguments : public Arguments {
 public:
     BenchArguments(const Ports& ports, const ValueTexts& texts, const std::map<std::string, Value>& wires)
         : wired(wires) {
-        for (const InputSpec& input : ports.inputs)
+        for (const InputSpec& input : ports.inputs) {
             values[input.name] = texts.contains(input.name) ? texts.at(input.name) : input.value;
+        }
     }
 
     double number(const std::string& input) const override {
-        if (wired.contains(input))
+        if (wired.contains(input)) {
             return std::get<double>(wired.at(input));
+        }
         double number = 0.0;
-        if (!readNumber(values.at(input), number))
+        if (!readNumber(values.at(input), number)) {
             throw Failure(input, "no number");
+        }
         return number;
     }
     std::int64_t integer(const std::string& input) const override { return static_cast<std::int64_t>(number(input)); }
@@ -96,10 +101,13 @@ const std::vector<ShippedGroup>& shippedGroups() {
 }
 
 const Kind& shippedKind(const std::string& name) {
-    for (const ShippedGroup& group : shippedGroups())
-        for (const auto& kind : group.kinds)
-            if (kind->name() == name)
+    for (const ShippedGroup& group : shippedGroups()) {
+        for (const auto& kind : group.kinds) {
+            if (kind->name() == name) {
                 return *kind;
+            }
+        }
+    }
     throw std::runtime_error("no kind " + name);
 }
 
@@ -109,8 +117,9 @@ fs::path collectionFolder(const std::string& group) {
 
 std::string textIn(const fs::path& file) {
     std::ifstream in(file, std::ios::binary);
-    if (!in)
+    if (!in) {
         throw std::runtime_error("cannot read " + file.string());
+    }
     std::ostringstream text;
     text << in.rdbuf();
     return text.str();
@@ -127,8 +136,9 @@ std::vector<double> SmallTable::column(const std::string& name) const {
 
 SmallTable tableOf(const std::vector<std::pair<std::string, std::vector<double>>>& columns, std::size_t chunkLength) {
     SmallTable table;
-    for (const auto& column : columns)
+    for (const auto& column : columns) {
         table.schema.add({.name = column.first, .type = ColumnType::Real, .isList = false, .unit = ""});
+    }
     const std::size_t rows = columns.front().second.size();
     for (std::size_t first = 0; first < rows; first += chunkLength) {
         Chunk chunk{.number = table.chunks.size(),
@@ -148,8 +158,9 @@ SmallTable tableOf(const std::vector<std::pair<std::string, std::vector<double>>
 KindHarness::KindHarness(const std::string& kindName, std::string pluginName)
     : shipped(shippedKind(kindName)), plugin(std::move(pluginName)) {
     std::string pattern = (fs::temp_directory_path() / "velmorak-bench-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr)
+    if (!mkdtemp(pattern.data())) {
         throw std::runtime_error("no folder for results");
+    }
     results = pattern;
 }
 
@@ -211,19 +222,21 @@ void KindHarness::apply(const RowOperation& operation) {
     for (Chunk chunk : given.chunks) {
         chunk.rowsBefore = rows;
         rows += chunk.rows;
-        if (!operation.countsRows() || operation.wantsRow(chunk.rowsBefore))
+        if (!operation.countsRows() || operation.wantsRow(chunk.rowsBefore)) {
             made.chunks.push_back(operation.apply(chunk));
+        }
     }
 }
 
 void KindHarness::concatenate(const Concatenation& concatenation, const Arguments& arguments) {
     std::vector<SmallTable> tables;
     std::vector<Schema> schemas;
-    for (const InputSpec& input : ports().inputs)
+    for (const InputSpec& input : ports().inputs) {
         if (givenByInput.contains(input.name)) {
             tables.push_back(givenByInput[input.name]);
             schemas.push_back(tables.back().schema);
         }
+    }
     const auto operations = concatenation.prepare(arguments, schemas, *this);
     made = {.schema = operations.front()->schema(), .chunks = {}};
     for (std::size_t i = 0; i < tables.size(); ++i) {
@@ -272,8 +285,9 @@ std::unique_ptr<ResultFile> KindHarness::beginResult(const std::string& fileName
 
 void KindHarness::warn(const std::string& sentence) {
     allWarnings.push_back(sentence);
-    if (!isWarned)
+    if (!isWarned) {
         throw std::runtime_error("unexpected warning: " + sentence);
+    }
 }
 
 }  // namespace velmorak::test

@@ -64,8 +64,9 @@ protected:
 
 TEST_P(AidaObjectKinds, readTheObjectOfAPath) {
     write(other + object("a", "/one") + object("a", "two/") + object("b", "/two"));
-    for (const char* path : {"/two/b", "two/b", "/two//b/", "b"})
+    for (const char* path : {"/two/b", "two/b", "/two//b/", "b"}) {
         EXPECT_EQ((bench.set("object", path), nameRead()), "b") << path;
+    }
     EXPECT_EQ((bench.set("object", "/two/a"), nameRead()), "a");
 }
 

@@ -59,14 +59,16 @@ void expectSameGrid(Numbers& numbers, const Fill& fill) {
     const Axis equal(3, 0.1, 2.9);
     const Axis edges(std::vector<double>{-1, 0.3, 1.0 / 3.0, 2});
     std::shared_ptr<Class> object;
-    if constexpr (dimensions == 3)
+    if constexpr (dimensions == 3) {
         object = std::make_shared<Class>(Grid<3>({equal, edges, Axis(2, 0, 1)}));
-    else
+    } else {
         object = std::make_shared<Class>(Grid<2>({equal, edges}));
+    }
     name(*object);
     object->setAxisTitle(0, "x [cm]");
-    for (int i = 0; i < 300; ++i)
+    for (int i = 0; i < 300; ++i) {
         fill(*object, numbers);
+    }
     const auto read = again(object);
     ASSERT_TRUE(read);
     expectSameHead(*read, *object);
@@ -85,8 +87,9 @@ TEST(AidaRoundTrip, histogramsOfOneDimension) {
     Numbers numbers;
     auto histogram = std::make_shared<Histogram1D>(Axis(7, 0.1, 3.1));
     name(*histogram);
-    for (int i = 0; i < 300; ++i)
+    for (int i = 0; i < 300; ++i) {
         histogram->fill(numbers(), numbers());
+    }
     const auto read = again(histogram);
     ASSERT_TRUE(read);
     expectSameHead(*read, *histogram);
@@ -98,8 +101,9 @@ TEST(AidaRoundTrip, profiles) {
     Numbers numbers;
     auto profile = std::make_shared<Profile1D>(Grid<1>({Axis(5, 0, 3)}));
     name(*profile);
-    for (int i = 0; i < 300; ++i)
+    for (int i = 0; i < 300; ++i) {
         profile->fill({numbers()}, numbers(), numbers() + 1.5);
+    }
     const auto read = again(profile);
     ASSERT_TRUE(read);
     expectSameHead(*read, *profile);
@@ -116,8 +120,9 @@ TEST(AidaRoundTrip, points) {
     Numbers numbers;
     for (const std::size_t dimension : {1U, 2U, 3U, 5U}) {
         std::vector<Measurement> all(4 * dimension);
-        for (Measurement& measured : all)
+        for (Measurement& measured : all) {
             measured = {.value = numbers(), .errorPlus = numbers(), .errorMinus = numbers()};
+        }
         all.front() = {.value = -0.0, .errorPlus = std::numeric_limits<double>::infinity(), .errorMinus = 5e-324};
         auto points = std::make_shared<Points>(dimension, all);
         name(*points);

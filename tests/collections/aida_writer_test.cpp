@@ -25,8 +25,9 @@ std::shared_ptr<Histogram1D> filled(const std::string& name) {
 
 std::vector<std::string> pathsIn(const fs::path& file, KindHarness& bench) {
     std::vector<std::string> paths;
-    for (const AidaEntry& entry : listAida(file, bench))
+    for (const AidaEntry& entry : listAida(file, bench)) {
         paths.push_back(entry.element + " " + entry.path);
+    }
     return paths;
 }
 

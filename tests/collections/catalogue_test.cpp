@@ -23,17 +23,20 @@ std::string described(const std::string& form, const std::string& group) {
     std::string text;
     FILE* pipe = popen(command.c_str(), "r");
     std::array<char, 4096> buffer{};
-    while (const std::size_t count = fread(buffer.data(), 1, buffer.size(), pipe))
+    while (const std::size_t count = fread(buffer.data(), 1, buffer.size(), pipe)) {
         text.append(buffer.data(), count);
+    }
     EXPECT_EQ(pclose(pipe), 0) << command;
     return text;
 }
 
 std::vector<std::string> kindNames() {
     std::vector<std::string> names;
-    for (const auto& group : shippedGroups())
-        for (const auto& kind : group.kinds)
+    for (const auto& group : shippedGroups()) {
+        for (const auto& kind : group.kinds) {
             names.push_back(kind->name());
+        }
+    }
     return names;
 }
 
@@ -52,9 +55,11 @@ TEST(Catalogue, offersTheKindsByGroup) {
         {"Table", {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode"}},
     };
     std::map<std::string, Names> found;
-    for (const auto& group : shippedGroups())
-        for (const auto& kind : group.kinds)
+    for (const auto& group : shippedGroups()) {
+        for (const auto& kind : group.kinds) {
             found[group.name].push_back(kind->name());
+        }
+    }
     EXPECT_EQ(found, wanted);
 }
 
@@ -108,22 +113,25 @@ void expectSentence(const std::string& text, const std::string& where) {
 }
 
 TEST(Catalogue, everyKindInputAndOutputIsDescribed) {
-    for (const auto& group : shippedGroups())
+    for (const auto& group : shippedGroups()) {
         for (const auto& kind : group.kinds) {
             expectSentence(kind->summary(), kind->name());
             const Ports ports =
                 kind->ports({{"count", "2"}, {"objects", "2"}, {"expression", "a + cut"}, {"condition", "a > cut"}});
-            for (const InputSpec& input : ports.inputs)
+            for (const InputSpec& input : ports.inputs) {
                 expectSentence(input.description, kind->name() + "." + input.name);
-            for (const OutputSpec& output : ports.outputs)
+            }
+            for (const OutputSpec& output : ports.outputs) {
                 expectSentence(output.description, kind->name() + "." + output.name);
+            }
         }
+    }
 }
 
 TEST(Catalogue, namesAreSingleWordsAndUnique) {
     const std::vector<std::string> names = kindNames();
     EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), names.size());
-    for (const auto& group : shippedGroups())
+    for (const auto& group : shippedGroups()) {
         for (const auto& kind : group.kinds) {
             std::set<std::string> inputs;
             for (const InputSpec& input : kind->ports({}).inputs) {
@@ -131,11 +139,12 @@ TEST(Catalogue, namesAreSingleWordsAndUnique) {
                 EXPECT_TRUE(inputs.insert(input.name).second) << kind->name() << "." << input.name;
             }
         }
+    }
 }
 
 TEST(Catalogue, theValueThatAKindBeginsWithIsOneThatItTakes) {
-    for (const auto& group : shippedGroups())
-        for (const auto& kind : group.kinds)
+    for (const auto& group : shippedGroups()) {
+        for (const auto& kind : group.kinds) {
             for (const InputSpec& input : kind->ports({}).inputs) {
                 EXPECT_EQ(kind->refusal(input.name, input.value), "") << kind->name() << "." << input.name;
                 double number = 0.0;
@@ -147,6 +156,8 @@ TEST(Catalogue, theValueThatAKindBeginsWithIsOneThatItTakes) {
                     EXPECT_EQ(std::count(input.choices.begin(), input.choices.end(), input.value), 1);
                 }
             }
+        }
+    }
 }
 
 }  // namespace

@@ -35,9 +35,11 @@ protected:
     }
 
     void add(const std::string& kind, const std::string& name) {
-        for (std::size_t i = 0; i < QzManager::GetPlugins().size(); ++i)
-            if (QzManager::GetPlugins()[i].name == kind)
+        for (std::size_t i = 0; i < QzManager::GetPlugins().size(); ++i) {
+            if (QzManager::GetPlugins()[i].name == kind) {
                 manager->CreatePlugin(static_cast<std::uint16_t>(i), name);
+            }
+        }
     }
     void set(const std::string& name, const std::string& input, const std::string& value) {
         manager->SetInputValue(manager->IndexOf(name), manager->FindPlugin(name)->InputIndex(input), value);
@@ -137,8 +139,9 @@ TEST_F(Columns, areNotToldWhereAWireBringsAValue) {
 
 TEST_F(Columns, areToldAsTheyAreCalledAndDoNotFillTheScreen) {
     std::string header = "a<b>&c\td";
-    for (int i = 1; i < 50; ++i)
+    for (int i = 1; i < 50; ++i) {
         header += ",c" + std::to_string(i);
+    }
     add("CsvTable", "csv");
     set("csv", "file", write("a.csv", header + "\n"));
     const std::string said = columnsOf("csv");
@@ -153,8 +156,9 @@ TEST_F(Columns, areGivenUpWhereTheyCannotBeFoundAtOnce) {
     set("csv", "file", pipe);
     EXPECT_EQ(columnsOf("csv"), "") << "nothing would ever come";
     std::string late = "<aida><tuple name=\"first\"><columns><column name=\"a\"/></columns><rows>";
-    for (int i = 0; i < 400000; ++i)
+    for (int i = 0; i < 400000; ++i) {
         late += "<row><entry value=\"1.5\"/></row>\n";
+    }
     late += "</rows></tuple><tuple name=\"last\"><columns><column name=\"b\"/></columns><rows/></tuple></aida>";
     add("AidaTable", "events");
     set("events", "file", write("late.aida", late));

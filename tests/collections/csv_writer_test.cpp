@@ -61,8 +61,9 @@ Values all(const SmallTable& table, std::size_t position) {
 
 std::vector<std::uint64_t> bits(const std::vector<double>& numbers) {
     std::vector<std::uint64_t> all;
-    for (const double number : numbers)
+    for (const double number : numbers) {
         all.push_back(std::bit_cast<std::uint64_t>(number));
+    }
     return all;
 }
 
@@ -86,8 +87,9 @@ TEST(CsvWriterKind, randomBitsReadBackAsTheyWere) {
     std::uint64_t state = 1;
     while (numbers.size() < 5000) {
         state = state * 6364136223846793005U + 1442695040888963407U;
-        if (const auto number = std::bit_cast<double>(state); !std::isnan(number))
+        if (const auto number = std::bit_cast<double>(state); !std::isnan(number)) {
             numbers.push_back(number);
+        }
     }
     KindHarness writer("CsvWriter", "out");
     writer.wire("object", tableOf({{"x", numbers}}, 700)).run();
@@ -207,8 +209,9 @@ TEST(PrintKind, printsAnObjectWithItsStatistics) {
     bench.set("rows", "1").wire("object", DataObjectPtr(histogram)).run();
     const std::string text = bench.told();
     for (const std::string part :
-         {"source: Title\n", "Entries: 1\n", "Mean: 0.5\n", "Overflow: 1\n", "low  high", "(the first 1 of 5)"})
+         {"source: Title\n", "Entries: 1\n", "Mean: 0.5\n", "Overflow: 1\n", "low  high", "(the first 1 of 5)"}) {
         EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
+    }
 }
 
 TEST(PrintKind, printsAFunctionByItsParameters) {

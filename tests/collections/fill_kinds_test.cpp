@@ -24,8 +24,9 @@ Numbers normal(std::size_t count, double mean, double width, unsigned seed) {
     std::mt19937_64 random(seed);
     std::normal_distribution<double> number(mean, width);
     Numbers all(count);
-    for (double& x : all)
+    for (double& x : all) {
         x = number(random);
+    }
     return all;
 }
 
@@ -38,8 +39,9 @@ HistogramPtr automatic(const Numbers& x, std::size_t chunkLength, const std::str
 
 std::vector<std::int64_t> entriesOf(const Histogram1D& histogram) {
     std::vector<std::int64_t> entries;
-    for (const BinSums& cell : histogram.cells())
+    for (const BinSums& cell : histogram.cells()) {
         entries.push_back(cell.entries);
+    }
     return entries;
 }
 
@@ -57,7 +59,7 @@ TEST(AutomaticRange, goesFromOneRoundNumberToAnother) {
 }
 
 TEST(AutomaticRange, holdsEveryFiniteValueInTheBinThatItsEdgesSay) {
-    for (const std::string bins : {"1", "7", "50", "300"})
+    for (const std::string bins : {"1", "7", "50", "300"}) {
         for (const double width : {1e-9, 0.3, 1e12}) {
             const Numbers x = normal(20000, 5 * width, width, 3);
             const HistogramPtr found = automatic(x, 3000, bins);
@@ -67,16 +69,19 @@ TEST(AutomaticRange, holdsEveryFiniteValueInTheBinThatItsEdgesSay) {
             EXPECT_LT(found->axis().high() - found->axis().low(), 6 * (*high - *low)) << bins;
             EXPECT_NEAR(found->inRange().wx, 5 * width * 20000, 1e4 * width);
         }
+    }
 }
 
 TEST(AutomaticRange, keepsValuesThatStandOnItsEdgesInTheUpperBin) {
     Numbers x;
-    for (int i = 0; i < 30000; ++i)
+    for (int i = 0; i < 30000; ++i) {
         x.push_back((i % 1000) / 100.0);
+    }
     const HistogramPtr found = automatic(x, 1000, "100");
     EXPECT_EQ(found->axis().high(), 10.0);
-    for (std::size_t bin = 0; bin < 100; ++bin)
+    for (std::size_t bin = 0; bin < 100; ++bin) {
         EXPECT_EQ(found->bin(bin).entries, 300) << bin;
+    }
 }
 
 TEST(AutomaticRange, doesNotDependOnTheOrderOrTheChunks) {

@@ -21,8 +21,9 @@ using testing::HasSubstr;
 /// Twenty fills in three bins of width 2 and an empty one: 4, 8, 8, 0.
 Value counts(double weight = 1.0) {
     auto made = std::make_shared<Histogram1D>(Axis(4, 0.0, 8.0));
-    for (int i = 0; i < 20; ++i)
+    for (int i = 0; i < 20; ++i) {
         made->fill(i < 4 ? 1.0 : i < 12 ? 3.0 : 5.0, weight);
+    }
     return DataObjectPtr(std::move(made));
 }
 
@@ -39,18 +40,20 @@ Value line() {
 /// Parabolic values in ten bins, four fills each.
 Value profile() {
     auto made = std::make_shared<Profile1D>(Grid<1>({Axis(10, 0.0, 10.0)}));
-    for (int bin = 0; bin < 9; ++bin)
+    for (int bin = 0; bin < 9; ++bin) {
         for (const double shift : {-1.0, 1.0, -2.0, 2.0}) {
             const double x = bin + 0.5;
             made->fill({x}, 3.0 + 0.5 * x * x + shift);
         }
+    }
     return DataObjectPtr(std::move(made));
 }
 
 std::vector<std::string> outputNames(const KindHarness& fit) {
     std::vector<std::string> names;
-    for (const OutputSpec& output : fit.ports().outputs)
+    for (const OutputSpec& output : fit.ports().outputs) {
         names.push_back(output.name);
+    }
     return names;
 }
 

@@ -20,9 +20,11 @@ using Numbers = std::vector<double>;
 /// A histogram over unit bins from 0 with so many fills in the middle of each, of a weight.
 std::shared_ptr<Histogram1D> counts(const std::vector<int>& fills, double weight = 1.0) {
     auto histogram = std::make_shared<Histogram1D>(Axis(fills.size(), 0, static_cast<double>(fills.size())));
-    for (std::size_t bin = 0; bin < fills.size(); ++bin)
-        for (int i = 0; i < fills[bin]; ++i)
+    for (std::size_t bin = 0; bin < fills.size(); ++bin) {
+        for (int i = 0; i < fills[bin]; ++i) {
             histogram->fill(static_cast<double>(bin) + 0.5, weight);
+        }
+    }
     histogram->title = "counts";
     histogram->setAxisTitle("x [cm]");
     return histogram;
@@ -41,8 +43,9 @@ std::shared_ptr<Histogram2D> plane() {
 
 Numbers heights(const Histogram1D& histogram) {
     Numbers all;
-    for (const BinSums& cell : histogram.cells())
+    for (const BinSums& cell : histogram.cells()) {
         all.push_back(cell.w);
+    }
     return all;
 }
 

@@ -15,8 +15,9 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 std::vector<double> heights(const Histogram1D& histogram) {
     std::vector<double> all;
-    for (const BinSums& cell : histogram.cells())
+    for (const BinSums& cell : histogram.cells()) {
         all.push_back(cell.w);
+    }
     return all;
 }
 
@@ -58,8 +59,9 @@ TEST(Histogram1DKind, refusesEdgesThatDoNotAscend) {
     EXPECT_EQ(kind.refusal("edges", ""), "");
     EXPECT_EQ(kind.refusal("edges", " "), "");
     EXPECT_EQ(kind.refusal("edges", "1,2,4"), "");
-    for (const std::string edges : {"1", "1 1", "2 1", "1 two", "1 NaN", "1 Infinity"})
+    for (const std::string edges : {"1", "1 1", "2 1", "1 two", "1 NaN", "1 Infinity"}) {
         EXPECT_NE(kind.refusal("edges", edges), "") << edges;
+    }
 }
 
 TEST(Histogram1DKind, refusesMistakesInItsExpressions) {
@@ -135,8 +137,9 @@ TEST(StatisticsKind, givesTheMomentsOfATable) {
 
 TEST(StatisticsKind, givesTheExactMomentsOfAHistogram) {
     auto histogram = std::make_shared<Histogram1D>(Axis(1, 0, 10));
-    for (const double x : {1.0, 2.0, 4.0, 99.0, nan})
+    for (const double x : {1.0, 2.0, 4.0, 99.0, nan}) {
         histogram->fill(x, 0.5);
+    }
     KindHarness bench("Statistics");
     bench.wire("data", DataObjectPtr(histogram)).run();
     EXPECT_EQ(bench.number("entries"), 3);

@@ -108,8 +108,9 @@ TEST(Moments, equalNumbersHaveNoSpread) {
 
 TEST(ExactSum, keepsWhatEachAdditionRoundsAway) {
     ExactSum sum;
-    for (const double term : {1.0, 1e100, 1.0, -1e100})
+    for (const double term : {1.0, 1e100, 1.0, -1e100}) {
         sum.add(term);
+    }
     EXPECT_EQ(sum.value(), 2.0);
 }
 

@@ -24,9 +24,11 @@ constexpr double noNumber = std::numeric_limits<double>::quiet_NaN();
 
 DataObjectPtr counts(const std::vector<double>& heights, const std::string& title = "Counts") {
     auto histogram = std::make_shared<Histogram1D>(Axis(heights.size(), 0, static_cast<double>(heights.size())));
-    for (std::size_t i = 0; i < heights.size(); ++i)
-        if (heights[i] != 0.0)
+    for (std::size_t i = 0; i < heights.size(); ++i) {
+        if (heights[i] != 0.0) {
             histogram->fill(static_cast<double>(i) + 0.5, heights[i]);
+        }
+    }
     histogram->title = title;
     histogram->setAxisTitle("x [cm]");
     return histogram;
@@ -62,8 +64,9 @@ std::shared_ptr<Histogram2D> grid() {
 
 DataObjectPtr profile() {
     auto made = std::make_shared<Profile1D>(Grid<1>({Axis(3, 0, 3)}));
-    for (const double value : {1.0, 2.0, 3.0})
+    for (const double value : {1.0, 2.0, 3.0}) {
         made->fill({0.5}, value);
+    }
     made->fill({2.5}, 8.0);
     made->setAxisTitle(0, "angle [rad]");
     return made;
@@ -78,12 +81,14 @@ std::vector<std::vector<double>> block(const KindHarness& bench, std::size_t ind
     for (std::string text; std::getline(lines, text);) {
         empty = text.empty() ? empty + 1 : 0;
         at += empty == 2 ? 1 : 0;
-        if (text.empty() || text.starts_with('#') || text.starts_with("NaN") || at != index)
+        if (text.empty() || text.starts_with('#') || text.starts_with("NaN") || at != index) {
             continue;
+        }
         rows.emplace_back();
         std::istringstream words(text);
-        for (std::string word; words >> word;)
+        for (std::string word; words >> word;) {
             EXPECT_TRUE(readNumber(word, rows.back().emplace_back())) << word;
+        }
     }
     return rows;
 }
@@ -134,8 +139,9 @@ TEST(PlotObjects, aCurveHasTheValuesOfItsFunctionWhereItHolds) {
     EXPECT_EQ(curve.front()[0], 1.0);
     EXPECT_EQ(curve.back()[0], 3.0);
     const FunctionValues values(*line());
-    for (const auto& row : curve)
+    for (const auto& row : curve) {
         EXPECT_EQ(row[1], values(row[0]));
+    }
 }
 
 TEST(PlotObjects, dataUnderACurveArePointsUnlessStepsAreAskedFor) {
@@ -162,11 +168,13 @@ TEST(PlotObjects, binsOfTwoQuantitiesAreColoursAndEmptyOnesWhite) {
     KindHarness bench("Plot");
     bench.wire("object", DataObjectPtr(grid())).run();
     EXPECT_EQ(block(bench, 0), (Rows{{0, 1, 0, 2, 2}, {1, 2, 2, 4, 1}}));
-    for (const std::string part : {"'x [cm]'", "'y [cm]'", "'Entries / bin'", "#440154", "#FDE725", "3 entries"})
+    for (const std::string part : {"'x [cm]'", "'y [cm]'", "'Entries / bin'", "#440154", "#FDE725", "3 entries"}) {
         EXPECT_TRUE(hasText(script(bench), part)) << part;
+    }
     bench.set("logz", "yes").set("zlabel", "events").run();
-    for (const std::string part : {"set logscale cb", "'events'"})
+    for (const std::string part : {"set logscale cb", "'events'"}) {
         EXPECT_TRUE(hasText(script(bench), part)) << part;
+    }
 }
 
 TEST(PlotObjects, oneQuantityAndTwoAreNotDrawnTogether) {
@@ -203,20 +211,23 @@ TEST(PlotObjects, theBoxShowsWhatAFitHasFound) {
                             {.key = "a_error", .value = "0.123"}};
     KindHarness bench("Plot");
     bench.set("objects", "2").wire("object", counts({2, 3, 4})).wire("object2", DataObjectPtr(function)).run();
-    for (const std::string part : {"'χ²/ndf'", "'3.5 / 4'", "'0.25'", "'2.00 ± 0.12'", "'0.5'", "'Entries'"})
+    for (const std::string part : {"'χ²/ndf'", "'3.5 / 4'", "'0.25'", "'2.00 ± 0.12'", "'0.5'", "'Entries'"}) {
         EXPECT_TRUE(hasText(script(bench), part)) << part;
+    }
     bench.set("statistics", "no").run();
     EXPECT_FALSE(hasText(script(bench), "Entries'"));
 }
 
 TEST(PlotObjects, theBoxCountsWhatLiesOutside) {
     auto histogram = std::make_shared<Histogram1D>(Axis(2, 0, 2));
-    for (const double x : {-1.0, 0.5, 5.0, 6.0, noNumber})
+    for (const double x : {-1.0, 0.5, 5.0, 6.0, noNumber}) {
         histogram->fill(x);
+    }
     KindHarness bench("Plot");
     bench.wire("object", DataObjectPtr(histogram)).run();
-    for (const std::string part : {"'Underflow'", "'Overflow'", "'NaN'", "set label '2' "})
+    for (const std::string part : {"'Underflow'", "'Overflow'", "'NaN'", "set label '2' "}) {
         EXPECT_TRUE(hasText(script(bench), part)) << part;
+    }
 }
 
 TEST(PlotObjects, theLegendHasTheNamesThatTheUserGives) {
@@ -246,12 +257,15 @@ TEST(PlotObjects, theUserChoosesRangesAndFormats) {
     EXPECT_TRUE(textIn(bench.folder() / "bench.pdf").starts_with("%PDF"));
     EXPECT_TRUE(hasText(textIn(bench.folder() / "bench.pdf"), "(D:20000101000000"));
     const Kind& plot = test::shippedKind("Plot");
-    for (const std::string range : {"", "1 2", "* *", "-1e3, *"})
+    for (const std::string range : {"", "1 2", "* *", "-1e3, *"}) {
         EXPECT_EQ(plot.refusal("xrange", range), "") << range;
-    for (const std::string range : {"1", "2 1", "1 1", "a b", "1 2 3", "nan 2", "0 inf"})
+    }
+    for (const std::string range : {"1", "2 1", "1 1", "a b", "1 2 3", "nan 2", "0 inf"}) {
         EXPECT_NE(plot.refusal("zrange", range), "") << range;
-    for (const std::string formats : {"", "gif", "png eps"})
+    }
+    for (const std::string formats : {"", "gif", "png eps"}) {
         EXPECT_NE(plot.refusal("formats", formats), "") << formats;
+    }
     bench.set("logy", "yes").set("yrange", "-1 5");
     EXPECT_TRUE(bench.failure().starts_with("yrange: ")) << bench.failure();
     bench.set("logy", "no").set("yrange", "").set("xrange", "9 *");
@@ -291,12 +305,13 @@ TEST(PlotObjects, drawsTheStrangestObjectsStill) {
         std::make_shared<Profile2D>(Grid<2>({Axis(1, 1, 2), Axis(1, 1, 2)})),
         counts({5}),
     };
-    for (const DataObjectPtr& object : objects)
+    for (const DataObjectPtr& object : objects) {
         for (const std::string log : {"no", "yes"}) {
             KindHarness bench("Plot");
             bench.expectWarnings().set("logy", log).set("logz", log).wire("object", object).run();
             EXPECT_TRUE(textIn(bench.folder() / "bench.svg").ends_with("</svg>\n\n"));
         }
+    }
 }
 
 TEST(PlotObjects, noTextOfAnObjectBecomesACommand) {
@@ -333,11 +348,13 @@ TEST(PlotObjects, theScriptOfEveryObjectGivesTheSamePictureByHand) {
         bench.wire("object", object).run();
         const fs::path hand = bench.folder() / "hand";
         fs::create_directory(hand);
-        for (const std::string file : {"bench.gp", "bench.dat"})
+        for (const std::string file : {"bench.gp", "bench.dat"}) {
             fs::copy_file(bench.folder() / file, hand / file);
+        }
         ASSERT_EQ(std::system(("cd '" + hand.string() + "' && gnuplot bench.gp").c_str()), 0);
-        for (const std::string file : {"bench.svg", "bench.png"})
+        for (const std::string file : {"bench.svg", "bench.png"}) {
             EXPECT_EQ(textIn(hand / file), textIn(bench.folder() / file));
+        }
     }
 }
 

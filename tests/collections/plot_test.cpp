@@ -29,8 +29,9 @@ DataObjectPtr peak(double center, const std::string& title, int entries = 4000) 
 
 std::vector<std::string> filesIn(const fs::path& folder) {
     std::vector<std::string> names;
-    for (const auto& entry : fs::recursive_directory_iterator(folder))
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
         names.push_back(entry.path().lexically_relative(folder).string());
+    }
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -51,8 +52,9 @@ std::string textOfXml(const std::string& xml) {
 
 unsigned bigEndian(const std::string& bytes, std::size_t at) {
     unsigned number = 0;
-    for (std::size_t i = 0; i < 4; ++i)
+    for (std::size_t i = 0; i < 4; ++i) {
         number = number * 256 + static_cast<unsigned char>(bytes.at(at + i));
+    }
     return number;
 }
 
@@ -79,12 +81,14 @@ TEST(PlotKind, titlesComeFromTheHistogramWhereNoneAreGiven) {
     KindHarness bench("Plot");
     bench.wire("object", peak(91.2, "Dimuon mass")).run();
     const std::string text = textOfXml(textIn(bench.folder() / "bench.svg"));
-    for (const std::string expected : {"Dimuon mass", "m(μ⁺μ⁻) [GeV]", "Entries / GeV", "Mean", "RMS"})
+    for (const std::string expected : {"Dimuon mass", "m(μ⁺μ⁻) [GeV]", "Entries / GeV", "Mean", "RMS"}) {
         EXPECT_NE(text.find(expected), std::string::npos) << expected;
+    }
     bench.set("title", "A talk").set("xlabel", "mass").set("ylabel", "events").set("statistics", "no").run();
     const std::string other = textOfXml(textIn(bench.folder() / "bench.svg"));
-    for (const std::string expected : {"A talk", "mass", "events"})
+    for (const std::string expected : {"A talk", "mass", "events"}) {
         EXPECT_NE(other.find(expected), std::string::npos) << expected;
+    }
     EXPECT_EQ(other.find("RMS"), std::string::npos);
 }
 
@@ -93,20 +97,24 @@ TEST(PlotKind, theScriptGivesTheSamePictureByHand) {
     bench.set("file", "by hand's").wire("object", peak(91.2, "Dimuon mass")).run();
     const fs::path hand = bench.folder() / "hand";
     fs::create_directory(hand);
-    for (const std::string ending : {".gp", ".dat"})
+    for (const std::string ending : {".gp", ".dat"}) {
         fs::copy_file(bench.folder() / ("by hand's" + ending), hand / ("by hand's" + ending));
+    }
     ASSERT_EQ(std::system(("cd '" + hand.string() + "' && gnuplot \"by hand's.gp\"").c_str()), 0);
-    for (const std::string ending : {".png", ".svg"})
+    for (const std::string ending : {".png", ".svg"}) {
         EXPECT_EQ(textIn(hand / ("by hand's" + ending)), textIn(bench.folder() / ("by hand's" + ending)));
+    }
 }
 
 TEST(PlotKind, theSameHistogramGivesTheSameBytes) {
     KindHarness first("Plot");
     KindHarness second("Plot");
-    for (KindHarness* bench : {&first, &second})
+    for (KindHarness* bench : {&first, &second}) {
         bench->wire("object", peak(91.2, "Dimuon mass")).run();
-    for (const std::string& file : filesIn(first.folder()))
+    }
+    for (const std::string& file : filesIn(first.folder())) {
         EXPECT_EQ(textIn(first.folder() / file), textIn(second.folder() / file)) << file;
+    }
 }
 
 TEST(PlotKind, noTextBecomesACommand) {
@@ -184,8 +192,9 @@ TEST(PlotKind, severalHistogramsHaveInputsOfTheirOwn) {
     EXPECT_TRUE(bench.failure().starts_with("object3: ")) << bench.failure();
     bench.wire("object3", peak(100, "Third")).run();
     const std::string text = textOfXml(textIn(bench.folder() / "bench.svg"));
-    for (const std::string expected : {"First", "Second", "Third"})
+    for (const std::string expected : {"First", "Second", "Third"}) {
         EXPECT_NE(text.find(expected), std::string::npos) << expected;
+    }
 }
 
 TEST(PlotKind, portsThatStayKeepTheirPlace) {
@@ -193,8 +202,9 @@ TEST(PlotKind, portsThatStayKeepTheirPlace) {
     const Ports one = plot.ports({});
     const Ports many = plot.ports({{"objects", "16"}});
     EXPECT_EQ(many.inputs.size(), one.inputs.size() + 15);
-    for (std::size_t i = 0; i < one.inputs.size(); ++i)
+    for (std::size_t i = 0; i < one.inputs.size(); ++i) {
         EXPECT_EQ(many.inputs[i].name, one.inputs[i].name);
+    }
     EXPECT_EQ(plot.ports({{"objects", "many"}}).inputs.size(), one.inputs.size());
     EXPECT_EQ(plot.ports({{"objects", "1e30"}}).inputs.size(), many.inputs.size());
     EXPECT_EQ(plot.ports({{"objects", "-4"}}).inputs.size(), one.inputs.size());

@@ -44,19 +44,22 @@ Sums joined(const std::vector<double>& x, std::size_t length, bool backwards) {
         parts.emplace_back();
         parts.back().fill(x.data() + begin, nullptr, std::min(length, x.size() - begin));
     }
-    if (backwards)
+    if (backwards) {
         std::reverse(parts.begin(), parts.end());
+    }
     Sums all;
-    for (const Sums& part : parts)
+    for (const Sums& part : parts) {
         all.merge(part);
+    }
     return all;
 }
 
 std::vector<double> manyNumbers() {
     std::mt19937_64 random(7);
     std::vector<double> x(50000);
-    for (std::size_t i = 0; i < x.size(); ++i)
+    for (std::size_t i = 0; i < x.size(); ++i) {
         x[i] = -std::log(static_cast<double>(random() % 1000000 + 1) / 1000001.0) * (i < 30000 ? 1.0 : 40.0);
+    }
     return x;
 }
 
@@ -76,9 +79,11 @@ TEST(Skewness, isThatOfTheWholeInWhateverOrderPartsAreJoined) {
     const std::vector<double> x = manyNumbers();
     const double whole = momentsOf(x).skewness();
     EXPECT_GT(whole, 2.0);
-    for (const std::size_t length : {1U, 7U, 1000U})
-        for (const bool backwards : {false, true})
+    for (const std::size_t length : {1U, 7U, 1000U}) {
+        for (const bool backwards : {false, true}) {
             EXPECT_NEAR(joined<Moments>(x, length, backwards).skewness(), whole, 1e-11 * whole);
+        }
+    }
 }
 
 TEST(Skewness, needsASpread) {
@@ -131,25 +136,29 @@ TEST(Quantiles, ofManyNumbersAreThoseOfTheSortedOnesToACell) {
     EXPECT_LE(portions.size(), Quantiles::maxCells + 2);
     std::sort(x.begin(), x.end());
     const double cell = (x.back() - x.front()) / 900;
-    for (const double share : {0.001, 0.158, 0.5, 0.842, 0.999})
+    for (const double share : {0.001, 0.158, 0.5, 0.842, 0.999}) {
         EXPECT_NEAR(quantileOf(portions, share), x[static_cast<std::size_t>(share * 50000)], cell);
+    }
 }
 
 TEST(Quantiles, haveTheSameBitsHoweverTheStreamIsCutAndJoined) {
     const std::vector<double> x = manyNumbers();
     const std::vector<WeightedInterval> whole = quantilesOf(x).ascending();
-    for (const std::size_t length : {999U, 10000U, 10001U, 32768U})
+    for (const std::size_t length : {999U, 10000U, 10001U, 32768U}) {
         for (const bool backwards : {false, true}) {
             const std::vector<WeightedInterval> parts = joined<Quantiles>(x, length, backwards).ascending();
-            for (const double share : {0.01, 0.16, 0.5, 0.84, 0.99})
+            for (const double share : {0.01, 0.16, 0.5, 0.84, 0.99}) {
                 EXPECT_EQ(quantileOf(parts, share), quantileOf(whole, share)) << length;
+            }
         }
+    }
 }
 
 TEST(Quantiles, ofManyCountsAreCounts) {
     std::vector<double> x;
-    for (int i = 0; i < 60000; ++i)
+    for (int i = 0; i < 60000; ++i) {
         x.push_back(i % 6);
+    }
     x.push_back(2);
     EXPECT_EQ(median(x), 2);
     EXPECT_EQ(median(std::vector<double>(20000, 0.1)), 0.1);
@@ -177,8 +186,9 @@ TEST(StatisticsKind, givesSkewnessAndQuantilesOfATable) {
 
 TEST(StatisticsKind, givesSkewnessAndQuantilesOfAHistogram) {
     auto histogram = std::make_shared<Histogram1D>(Axis(10, 0, 10));
-    for (const double x : {2.0, 8.0, 0.0, 4.0, 1.0, 9.0, 9.0, 0.0, 10.0, -1.0, nan})
+    for (const double x : {2.0, 8.0, 0.0, 4.0, 1.0, 9.0, 9.0, 0.0, 10.0, -1.0, nan}) {
         histogram->fill(x);
+    }
     KindHarness bench("Statistics");
     bench.wire("data", DataObjectPtr(histogram)).run();
     EXPECT_NEAR(bench.number("skewness"), 0.26505541226985731, 1e-14);

@@ -29,12 +29,15 @@ struct Page {
 void onStart(void* data, const XML_Char* tag, const XML_Char** attributes) {
     auto& page = *static_cast<Page*>(data);
     page.tags.insert(tag);
-    for (; *attributes != nullptr; attributes += 2) {
-        if (std::strcmp(attributes[0], "id") == 0)
+    for (; *attributes; attributes += 2) {
+        if (std::strcmp(attributes[0], "id") == 0) {
             page.ids.insert(attributes[1]);
-        for (const char* name : {"href", "xlink:href", "src", "srcset", "data", "action"})
-            if (std::strcmp(attributes[0], name) == 0)
+        }
+        for (const char* name : {"href", "xlink:href", "src", "srcset", "data", "action"}) {
+            if (std::strcmp(attributes[0], name) == 0) {
                 page.references.insert(attributes[1]);
+            }
+        }
     }
 }
 
@@ -57,8 +60,9 @@ Page pageOf(const std::string& html) {
 
 DataObjectPtr peak(const std::string& title) {
     auto histogram = std::make_shared<Histogram1D>(Axis(10, 0, 10));
-    for (const double x : {3.5, 4.5, 4.5, 5.5})
+    for (const double x : {3.5, 4.5, 4.5, 5.5}) {
         histogram->fill(x);
+    }
     histogram->title = title;
     histogram->setAxisTitle("mass [GeV]");
     return histogram;
@@ -125,10 +129,12 @@ TEST(ReportKind, isOnePageThatRefersToNothingOutside) {
         ASSERT_TRUE(reference.starts_with('#')) << reference;
         EXPECT_EQ(page.ids.count(reference.substr(1)), 1U) << reference;
     }
-    for (const std::string tag : {"script", "link", "img", "iframe", "object", "embed", "image", "foreignObject"})
+    for (const std::string tag : {"script", "link", "img", "iframe", "object", "embed", "image", "foreignObject"}) {
         EXPECT_EQ(page.tags.count(tag), 0U) << tag;
-    for (const std::string part : {"http", "@import", "file:", "//"})
+    }
+    for (const std::string part : {"http", "@import", "file:", "//"}) {
         EXPECT_EQ(html.find(part), std::string::npos) << part;
+    }
     EXPECT_EQ(page.tags.count("html"), 1U);
     EXPECT_EQ(page.tags.count("h1"), 1U);
     EXPECT_EQ(page.tags.count("svg"), 2U);
@@ -141,8 +147,9 @@ TEST(ReportKind, everyIdIsThereOnce) {
     const Page page = pageOf(written(bench));
     EXPECT_EQ(page.tags.count("svg"), 4U);
     EXPECT_EQ(std::set<std::string>(page.ids.begin(), page.ids.end()).size(), page.ids.size());
-    for (const std::string title : {"One", "Two", "Three"})
+    for (const std::string title : {"One", "Two", "Three"}) {
         EXPECT_NE(page.text.find(title), std::string::npos);
+    }
 }
 
 TEST(ReportKind, saysWhereEverythingCameFrom) {
@@ -160,8 +167,9 @@ TEST(ReportKind, saysWhereEverythingCameFrom) {
                                             "Seeds",
                                             "from Events table",
                                             "lost.csv"};
-    for (const std::string& part : parts)
+    for (const std::string& part : parts) {
         EXPECT_NE(text.find(part), std::string::npos) << part;
+    }
 }
 
 TEST(ReportKind, namesWhatFailedAndWhatIsMissing) {
@@ -171,10 +179,12 @@ TEST(ReportKind, namesWhatFailedAndWhatIsMissing) {
     bench.remember(given).wire("object", std::monostate()).run();
     const std::string text = pageOf(written(bench)).text;
     for (const std::string part :
-         {"1 of 3 plug-ins gave no result", "\"lost.csv\" cannot be opened", "Missing in this report: source rows."})
+         {"1 of 3 plug-ins gave no result", "\"lost.csv\" cannot be opened", "Missing in this report: source rows."}) {
         EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
-    for (RecordedPlugin& plugin : given.plugins)
+    }
+    for (RecordedPlugin& plugin : given.plugins) {
         plugin.state = RecordedState::Done;
+    }
     bench.remember(given).run();
     EXPECT_NE(written(bench).find("None: every plug-in"), std::string::npos);
 }
@@ -188,8 +198,9 @@ TEST(ReportKind, showsNumbersTextsAndFits) {
     for (const std::string part :
          {"<h1>Heading</h1>", "<p>A first look.</p>", "<td class=\"number\">0.1</td>", "<th>rows</th>",
           "<td>tight</td><td class=\"number\">4</td>", "<pre>plain words</pre>", "<td>a</td>",
-          "<td class=\"number\">0.25</td>", "7.5 / 8", "0.4842", "converged"})
+          "<td class=\"number\">0.25</td>", "7.5 / 8", "0.4842", "converged"}) {
         EXPECT_NE(html.find(part), std::string::npos) << part;
+    }
     pageOf(html);
 }
 
@@ -246,8 +257,9 @@ TEST(ReportKind, whatCannotBeDrawnIsSaid) {
 TEST(ReportKind, theSameRunGivesTheSameBytes) {
     KindHarness first("Report");
     KindHarness second("Report");
-    for (KindHarness* bench : {&first, &second})
+    for (KindHarness* bench : {&first, &second}) {
         bench->remember(record()).wire("object", peak("Mass")).run();
+    }
     EXPECT_EQ(written(first), written(second));
 }
 

@@ -242,16 +242,18 @@ TEST_F(Csv, twoColumnsOfOneNameAreOneTooMany) {
 
 TEST_F(Csv, aFileLargerThanTheReadersBuffer) {
     std::string content = "n,name\n";
-    for (int row = 0; row < 100000; ++row)
+    for (int row = 0; row < 100000; ++row) {
         content += std::to_string(row) + ",\"name of row " + std::to_string(row) + "\"\n";
+    }
     write(content);
     bench.run();
     ASSERT_EQ(bench.table().chunks.size(), 4U);
     EXPECT_EQ(bench.table().chunks[0].rows, chunkRows);
     const Reals numbers = bench.table().column("n");
     ASSERT_EQ(numbers.size(), 100000U);
-    for (std::size_t row = 0; row < numbers.size(); ++row)
+    for (std::size_t row = 0; row < numbers.size(); ++row) {
         ASSERT_EQ(numbers[row], static_cast<double>(row));
+    }
     EXPECT_EQ(bench.table().chunks[3].columns[1]->texts().back(), "name of row 99999");
 }
 
@@ -264,8 +266,9 @@ TEST_F(Csv, aFileThatIsNotThereIsNamed) {
 std::string outputOf(const std::string& command) {
     std::string bytes;
     FILE* pipe = popen(command.c_str(), "r");
-    for (int byte = fgetc(pipe); byte != EOF; byte = fgetc(pipe))
+    for (int byte = fgetc(pipe); byte != EOF; byte = fgetc(pipe)) {
         bytes += static_cast<char>(byte);
+    }
     EXPECT_EQ(pclose(pipe), 0) << command;
     return bytes;
 }
@@ -303,8 +306,9 @@ TEST_F(Csv, aTextThatBeginsLikeAPackedFileIsAText) {
 
 TEST_F(Csv, rowsBeforeTheDamageOfAPackedFileComeFirst) {
     std::string content = "n\n";
-    for (int row = 0; row < 100000; ++row)
+    for (int row = 0; row < 100000; ++row) {
         content += std::to_string(row) + "\n";
+    }
     write(content);
     const std::string packed = outputOf("gzip -c '" + (bench.folder() / "data.csv").string() + "'");
     write(packed.substr(0, packed.size() / 2));
@@ -316,8 +320,9 @@ TEST_F(Csv, rowsBeforeTheDamageOfAPackedFileComeFirst) {
 
 TEST_F(Csv, rowsThatAreSkippedInSeveralChunksMakeOneReport) {
     std::string content = "n\n";
-    for (int row = 0; row < 100000; ++row)
+    for (int row = 0; row < 100000; ++row) {
         content += row % 1000 == 7 ? "bad\n" : std::to_string(row) + "\n";
+    }
     write(content);
     bench.set("types", "n: integer").set("errors", "skip").expectWarnings().run();
     EXPECT_EQ(bench.table().column("n").size(), 99900U);
@@ -359,8 +364,9 @@ double mean(const Reals& values) {
 double variance(const Reals& values) {
     const double m = mean(values);
     double sum = 0.0;
-    for (const double value : values)
+    for (const double value : values) {
         sum += (value - m) * (value - m);
+    }
     return sum / static_cast<double>(values.size());
 }
 
@@ -438,8 +444,9 @@ TEST(RandomTable, columnsDoNotDependOnEachOther) {
     const Reals x = bench.table().column("x");
     const Reals y = bench.table().column("y");
     double sum = 0.0;
-    for (std::size_t i = 0; i < x.size(); ++i)
+    for (std::size_t i = 0; i < x.size(); ++i) {
         sum += (x[i] - 0.5) * (y[i] - 0.5);
+    }
     EXPECT_LT(std::fabs(sum / static_cast<double>(x.size())), 4.0 / 12.0 / std::sqrt(40000.0));
     ASSERT_EQ(bench.table().chunks.size(), 2U);
     EXPECT_EQ(bench.table().chunks[0].rows, chunkRows);
@@ -450,8 +457,9 @@ TEST(RandomTable, mistakesAreRefused) {
     for (const char* text : {"x", "x:", ": uniform(0, 1)", "x: normal(0, 1)", "x: uniform(0)", "x: uniform(0, 1, 2)",
                              "x: uniform(1, 0)", "x: gauss(0, 0)", "x: gauss(0, NaN)", "x: exponential(-1)",
                              "x: poisson(1e30)", "x: gauss(0, 1e308)", "x: exponential(1e307)",
-                             "x: breitwigner(0, 1e300)", "x: uniform(0, 1); x: uniform(0, 1)", "x: uniform(a, b)"})
+                             "x: breitwigner(0, 1e300)", "x: uniform(0, 1); x: uniform(0, 1)", "x: uniform(a, b)"}) {
         EXPECT_NE(random.refusal("columns", text), "") << text;
+    }
     KindHarness bench("RandomTable");
     EXPECT_EQ(bench.set("columns", " ; ").failure(), "columns: there is no column to make");
 }

@@ -20,8 +20,9 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 std::vector<std::string> inputNames(const Ports& ports) {
     std::vector<std::string> names;
-    for (const InputSpec& input : ports.inputs)
+    for (const InputSpec& input : ports.inputs) {
         names.push_back(input.name);
+    }
     return names;
 }
 
@@ -79,18 +80,21 @@ TEST(Formula, portsThatStayKeepTheirPlace) {
     const Ports one = formula.ports({{"expression", "a + 1"}});
     const Ports two = formula.ports({{"expression", "a + b"}});
     EXPECT_EQ(two.inputs.size(), without.inputs.size() + 2);
-    for (std::size_t i = 0; i < without.inputs.size(); ++i)
+    for (std::size_t i = 0; i < without.inputs.size(); ++i) {
         EXPECT_EQ(two.inputs[i].name, without.inputs[i].name);
-    for (std::size_t i = 0; i < one.inputs.size(); ++i)
+    }
+    for (std::size_t i = 0; i < one.inputs.size(); ++i) {
         EXPECT_EQ(two.inputs[i].name, one.inputs[i].name);
+    }
 }
 
 TEST(Formula, aMistakenExpressionGivesNoPortsButDoesNoHarm) {
     const Kind& formula = test::shippedKind("Formula");
     EXPECT_EQ(formula.ports({{"expression", "a + ((("}}).inputs.size(), formula.ports({}).inputs.size());
     std::string many = "0";
-    for (int i = 0; i < 500; ++i)
+    for (int i = 0; i < 500; ++i) {
         many += "+a" + std::to_string(i);
+    }
     EXPECT_EQ(formula.ports({{"expression", many}}).inputs.size(), formula.ports({}).inputs.size() + 64);
 }
 
@@ -211,8 +215,9 @@ TEST(Filter, aDocumentFromTheTimeOfTheListOfParametersKeepsItAndItsNumbers) {
     manager.ReadDocument(file.string());
     ASSERT_EQ(manager.plugins.size(), 1U);
     std::vector<std::string> inputs;
-    for (const QzBase::Input& input : manager.plugins[0]->Inputs())
+    for (const QzBase::Input& input : manager.plugins[0]->Inputs()) {
         inputs.push_back(input.name + "=" + input.value);
+    }
     EXPECT_EQ(inputs, (std::vector<std::string>{"table=", "condition=cut < x", "cut=1.5", "x="}));
     EXPECT_NE(manager.DocumentText().find(list), std::string::npos) << manager.DocumentText();
 }

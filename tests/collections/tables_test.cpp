@@ -32,8 +32,9 @@ SmallTable withLists() {
 
 std::vector<std::string> columnNames(const SmallTable& table) {
     std::vector<std::string> names;
-    for (const ColumnInfo& column : table.schema.columns())
+    for (const ColumnInfo& column : table.schema.columns()) {
         names.push_back(column.name);
+    }
     return names;
 }
 
@@ -176,8 +177,9 @@ TEST(CutFlow, namesInCutsAndWeightAreInputs) {
     KindHarness bench("CutFlow");
     bench.set("cuts", "a: x > low; b: x < high").set("weight", "scale * low");
     std::vector<std::string> names;
-    for (const InputSpec& input : bench.ports().inputs)
+    for (const InputSpec& input : bench.ports().inputs) {
         names.push_back(input.name);
+    }
     EXPECT_EQ(names, (std::vector<std::string>{"table", "cuts", "weight", "file", "x", "low", "high", "scale"}));
     bench.set("low", "1").wire("high", 4.0).set("scale", "2");
     bench.wire("table", tableOf({{"x", {1, 2, 3, 4}}}, 3)).run();

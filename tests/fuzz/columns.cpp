@@ -1,8 +1,8 @@
 #include "Target.h"
 
-#include "csv/CsvTypes.h"
-#include "Data/Distribution.h"
 #include <velmorak/Failure.h>
+#include "Data/Distribution.h"
+#include "csv/CsvTypes.h"
 
 #include <cmath>
 

@@ -88,7 +88,7 @@ void evaluateEachWay(const Expression& expression) {
     for (std::size_t row = 0; row < chunk.rows; ++row) {
         const ColumnPtr alone = evaluated(expression, rowOf(chunk, row));
         isFailing = isFailing || alone == nullptr;
-        if (whole == nullptr || alone == nullptr) {
+        if (!whole || !alone) {
             continue;
         }
         require(alone->type() == expression.type() && alone->isList() == expression.isList(),

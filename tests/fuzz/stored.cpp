@@ -1,7 +1,7 @@
 #include "Target.h"
 
-#include "table/Bytes.h"
 #include "store/StoreBytes.h"
+#include "table/Bytes.h"
 
 #include <velmorak/ObjectBytes.h>
 

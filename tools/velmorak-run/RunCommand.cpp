@@ -1,8 +1,8 @@
 #include "RunCommand.h"
 
-#include "Replay.h"
 #include "Events.h"
 #include "ListCommand.h"
+#include "Replay.h"
 #include "Settings.h"
 #include "StopOnSignal.h"
 

@@ -5,10 +5,12 @@ namespace velmorak::expression {
 
 std::vector<WideKernels> runnableKernels() {
     std::vector<WideKernels> runnable;
-    if (hasAvx512())
+    if (hasAvx512()) {
         runnable.push_back(avx512Kernels());
-    if (hasAvx2())
+    }
+    if (hasAvx2()) {
         runnable.push_back(avx2Kernels());
+    }
     return runnable;
 }
 

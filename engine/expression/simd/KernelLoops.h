@@ -1,8 +1,8 @@
 #pragma once
 
 #include "expression/simd/Exp.h"
-#include "expression/simd/SimdKernels.h"
 #include "expression/simd/KernelsBy4.h"
+#include "expression/simd/SimdKernels.h"
 
 // Compiled several times, for AVX2 with FMA and for more. Nothing of it may be an inline function that other sources
 // have too: the linker might take this one for all of them, also on a processor without these instructions.
@@ -26,8 +26,9 @@ bool unary(const KernelArgs& lane) {
     const auto* __restrict a = static_cast<const T*>(lane.in[0]);
     auto* __restrict out = static_cast<T*>(lane.out);
     const std::size_t rows = lane.rows;
-    for (std::size_t row = 0; row < rows; ++row)
+    for (std::size_t row = 0; row < rows; ++row) {
         out[row] = static_cast<T>(function(a[row]));
+    }
     return true;
 }
 
@@ -37,8 +38,9 @@ bool binary(const KernelArgs& lane) {
     const auto* __restrict b = static_cast<const T*>(lane.in[1]);
     auto* __restrict out = static_cast<T*>(lane.out);
     const std::size_t rows = lane.rows;
-    for (std::size_t row = 0; row < rows; ++row)
+    for (std::size_t row = 0; row < rows; ++row) {
         out[row] = static_cast<T>(function(a[row], b[row]));
+    }
     return true;
 }
 
@@ -49,8 +51,9 @@ bool ternary(const KernelArgs& lane) {
     const auto* __restrict c = static_cast<const double*>(lane.in[2]);
     auto* __restrict out = static_cast<double*>(lane.out);
     const std::size_t rows = lane.rows;
-    for (std::size_t row = 0; row < rows; ++row)
+    for (std::size_t row = 0; row < rows; ++row) {
         out[row] = function(a[row], b[row], c[row]);
+    }
     return true;
 }
 

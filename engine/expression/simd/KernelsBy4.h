@@ -15,16 +15,18 @@ inline constexpr std::size_t width = 4;
 /// The last values, fewer than four, take the same way as all others.
 inline __m256d loadSome(const double* values, std::size_t count) {
     alignas(32) double padded[width] = {1.0, 1.0, 1.0, 1.0};
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         padded[i] = values[i];
+    }
     return _mm256_load_pd(padded);
 }
 
 inline void storeSome(double* out, __m256d values, std::size_t count) {
     alignas(32) double padded[width];
     _mm256_store_pd(padded, values);
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         out[i] = padded[i];
+    }
 }
 
 template <__m256d (*function)(__m256d)>
@@ -32,10 +34,12 @@ bool unaryByFours(const KernelArgs& lane) {
     const auto* a = static_cast<const double*>(lane.in[0]);
     auto* out = static_cast<double*>(lane.out);
     std::size_t row = 0;
-    for (; row + width <= lane.rows; row += width)
+    for (; row + width <= lane.rows; row += width) {
         _mm256_storeu_pd(out + row, function(_mm256_loadu_pd(a + row)));
-    if (row < lane.rows)
+    }
+    if (row < lane.rows) {
         storeSome(out + row, function(loadSome(a + row, lane.rows - row)), lane.rows - row);
+    }
     return true;
 }
 
@@ -45,8 +49,9 @@ bool binaryByFours(const KernelArgs& lane) {
     const auto* b = static_cast<const double*>(lane.in[1]);
     auto* out = static_cast<double*>(lane.out);
     std::size_t row = 0;
-    for (; row + width <= lane.rows; row += width)
+    for (; row + width <= lane.rows; row += width) {
         _mm256_storeu_pd(out + row, function(_mm256_loadu_pd(a + row), _mm256_loadu_pd(b + row)));
+    }
     if (row < lane.rows) {
         const std::size_t rest = lane.rows - row;
         storeSome(out + row, function(loadSome(a + row, rest), loadSome(b + row, rest)), rest);
@@ -57,9 +62,10 @@ bool binaryByFours(const KernelArgs& lane) {
 /// Four bytes of 0 or 1 for each of eight comparisons, in their order.
 inline __m256i packed(const __m256d (&truths)[8]) {
     __m256i halves[4];
-    for (std::size_t i = 0; i < 4; ++i)
+    for (std::size_t i = 0; i < 4; ++i) {
         halves[i] = _mm256_castps_si256(
             _mm256_shuffle_ps(_mm256_castpd_ps(truths[2 * i]), _mm256_castpd_ps(truths[2 * i + 1]), 0x88));
+    }
     const __m256i bytes =
         _mm256_packs_epi16(_mm256_packs_epi32(halves[0], halves[1]), _mm256_packs_epi32(halves[2], halves[3]));
     const __m128i low = _mm256_castsi256_si128(bytes);
@@ -76,17 +82,19 @@ bool compare(const KernelArgs& lane) {
     std::size_t row = 0;
     for (; row + 8 * width <= lane.rows; row += 8 * width) {
         __m256d truths[8];
-        for (std::size_t i = 0; i < 8; ++i)
+        for (std::size_t i = 0; i < 8; ++i) {
             truths[i] =
                 _mm256_cmp_pd(_mm256_loadu_pd(a + row + i * width), _mm256_loadu_pd(b + row + i * width), predicate);
+        }
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + row), packed(truths));
     }
     for (; row < lane.rows; row += width) {
         const std::size_t rest = lane.rows - row < width ? lane.rows - row : width;
         const int truths =
             _mm256_movemask_pd(_mm256_cmp_pd(loadSome(a + row, rest), loadSome(b + row, rest), predicate));
-        for (std::size_t i = 0; i < rest; ++i)
+        for (std::size_t i = 0; i < rest; ++i) {
             out[row + i] = static_cast<std::uint8_t>((truths >> i) & 1);
+        }
     }
     return true;
 }

@@ -68,7 +68,7 @@ private:
 };
 
 __m256d weightsAt(const Entries& entries, std::size_t at) {
-    return entries.weights == nullptr ? _mm256_set1_pd(1.0) : _mm256_loadu_pd(entries.weights + at);
+    return !entries.weights ? _mm256_set1_pd(1.0) : _mm256_loadu_pd(entries.weights + at);
 }
 
 bool areAll(__m256d conditions) {

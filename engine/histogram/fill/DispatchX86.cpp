@@ -5,8 +5,9 @@ namespace velmorak::filling {
 
 std::vector<Kernels> runnableKernels() {
     std::vector<Kernels> runnable;
-    if (hasAvx2())
+    if (hasAvx2()) {
         runnable.push_back(avx2Kernels());
+    }
     return runnable;
 }
 

@@ -16,13 +16,13 @@ inline constexpr std::size_t blockEntries = 1024;
 
 inline Entries from(const Entries& entries, std::size_t first) {
     return {.x = entries.x + first,
-            .y = entries.y == nullptr ? nullptr : entries.y + first,
-            .weights = entries.weights == nullptr ? nullptr : entries.weights + first,
+            .y = !entries.y ? nullptr : entries.y + first,
+            .weights = !entries.weights ? nullptr : entries.weights + first,
             .count = entries.count - first};
 }
 
 inline double weightOf(const Entries& entries, std::size_t position) {
-    return entries.weights == nullptr ? 1.0 : entries.weights[position];
+    return !entries.weights ? 1.0 : entries.weights[position];
 }
 
 /// The cells of a histogram as the kernels take them.

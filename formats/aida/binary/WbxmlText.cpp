@@ -126,15 +126,17 @@ bool isKnown(int element) {
 /// @return the name; empty where no such element has an attribute of this number.
 std::string_view attributeName(int element, std::size_t number) {
     const bool isPoint = element >= firstPoint && element <= lastPoint;
-    if (isPoint && number >= coordinatesOnFirstPage && number < coordinatesOnFirstPage + 4)
+    if (isPoint && number >= coordinatesOnFirstPage && number < coordinatesOnFirstPage + 4) {
         return attributes[number - coordinatesOnFirstPage + coordinates];
+    }
     return number < attributes.size() ? attributes[number] : "";
 }
 
 std::uint64_t bigEndian(std::string_view bytes) {
     std::uint64_t number = 0;
-    for (const char byte : bytes)
+    for (const char byte : bytes) {
         number = number << 8U | static_cast<unsigned char>(byte);
+    }
     return number;
 }
 
@@ -144,12 +146,14 @@ constexpr std::array<std::size_t, 8> sizes{1, 1, 2, 8, 4, 4, 8, 2};
 
 /// The text behind its length; it ends with a zero, which some leave out.
 bool appendText(std::string_view bytes, std::string& text) {
-    if (bytes.size() < 2)
+    if (bytes.size() < 2) {
         return false;
+    }
     const std::size_t length = bigEndian(bytes.substr(0, 2));
     bytes.remove_prefix(2);
-    if (bytes.size() != length && (bytes.size() != length + 1 || bytes.back() != '\0'))
+    if (bytes.size() != length && (bytes.size() != length + 1 || bytes.back() != '\0')) {
         return false;
+    }
     appendEscaped(bytes.substr(0, length), text);
     return true;
 }
@@ -157,8 +161,9 @@ bool appendText(std::string_view bytes, std::string& text) {
 /// @return false for a boolean that is neither true nor false.
 bool appendBits(std::size_t type, std::string_view bytes, std::string& text) {
     const std::uint64_t bits = bigEndian(bytes);
-    if (type == 0 && bits > 1)
+    if (type == 0 && bits > 1) {
         return false;
+    }
     if (type == 0) {
         text += bits != 0 ? "true" : "false";
     } else if (type == 2) {
@@ -176,13 +181,16 @@ bool appendBits(std::size_t type, std::string_view bytes, std::string& text) {
 
 /// A value behind its type. @return why it is none; empty where it is.
 std::string appendTyped(std::size_t type, std::string_view bytes, std::string& text) {
-    if (type >= types.size())
+    if (type >= types.size()) {
         return fmt::format("has the unknown type {}", type);
-    if (type == 8)
+    }
+    if (type == 8) {
         return appendText(bytes, text) ? ""
                                        : fmt::format("is a text whose length does not fit its {} bytes", bytes.size());
-    if (bytes.size() != sizes[type])
+    }
+    if (bytes.size() != sizes[type]) {
         return fmt::format("is a {} of {} bytes instead of {}", types[type], bytes.size(), sizes[type]);
+    }
     return appendBits(type, bytes, text) ? "" : "is a boolean that is neither true nor false";
 }
 
@@ -192,15 +200,17 @@ WbxmlText::WbxmlText(std::function<int()> nextByte) : next(std::move(nextByte)) 
 
 void WbxmlText::damaged(const std::string& what) {
     isOver = true;
-    if (reason.empty())
+    if (reason.empty()) {
         reason = fmt::format("the binary XML is damaged at its byte {}: {}", position, what);
+    }
 }
 
 /// "the value of <entry>", "<entry>"
 std::string WbxmlText::place() const {
     std::string name = fmt::format("<{}>", elementName(element));
-    if (attribute == none)
+    if (attribute == none) {
         return name;
+    }
     const std::string_view known = attributeName(element, static_cast<std::size_t>(attribute));
     return known.empty() ? fmt::format("attribute {} of {}", attribute, name)
                          : fmt::format("the {} of {}", known, name);
@@ -208,10 +218,11 @@ std::string WbxmlText::place() const {
 
 int WbxmlText::byte() {
     const int value = isOver ? -1 : next();
-    if (value < 0)
+    if (value < 0) {
         damaged(element == none ? "it ends too early" : fmt::format("it ends within {}", place()));
-    else
+    } else {
         ++position;
+    }
     return value;
 }
 
@@ -219,11 +230,13 @@ std::uint32_t WbxmlText::length() {
     std::uint32_t value = 0;
     for (int digit = 0; digit < 5; ++digit) {
         const int more = byte();
-        if (more < 0)
+        if (more < 0) {
             return 0;
+        }
         value = value << 7U | static_cast<std::uint32_t>(more & 0x7F);
-        if (more < 0x80 && value <= longest)
+        if (more < 0x80 && value <= longest) {
             return value;
+        }
     }
     damaged(element == none ? "a length is out of range" : fmt::format("the length of {} is out of range", place()));
     return 0;
@@ -231,22 +244,25 @@ std::uint32_t WbxmlText::length() {
 
 std::string WbxmlText::bytes(std::uint32_t count) {
     std::string all;
-    for (int value = 0; all.size() < count && (value = byte()) >= 0;)
+    for (int value = 0; all.size() < count && (value = byte()) >= 0;) {
         all += static_cast<char>(value);
+    }
     return all;
 }
 
 void WbxmlText::skipHead() {
     bytes(1);  // Version; that this is 3, and the text UTF-8, whoever chose this reader has seen.
-    if (length() == 0)
+    if (length() == 0) {
         length();
+    }
     length();
     bytes(length());
 }
 
 bool WbxmlText::append(std::string& text) {
-    if (isOver)
+    if (isOver) {
         return false;
+    }
     const std::size_t before = text.size();
     if (!isBegun) {
         skipHead();
@@ -255,8 +271,9 @@ bool WbxmlText::append(std::string& text) {
     }
     appendNext(text);
     // An element that is not complete would be taken for one that lacks something.
-    if (!reason.empty())
+    if (!reason.empty()) {
         text.resize(before);
+    }
     isOver = isOver || open.empty();
     return reason.empty();
 }
@@ -279,16 +296,18 @@ void WbxmlText::appendNext(std::string& text) {
 void WbxmlText::appendElement(int tag, std::string& text) {
     element = (tag & 0x3F) - firstCode;
     text += "<" + elementName(element);
-    if ((tag & hasAttributes) != 0)
+    if ((tag & hasAttributes) != 0) {
         appendAttributes(text);
+    }
     if ((tag & hasContent) == 0) {
         text += "/>\n";
         return;
     }
     text += ">";
     open.push_back(element);
-    if (open.size() > deepest)
+    if (open.size() > deepest) {
         damaged(fmt::format("elements lie deeper than {}", deepest));
+    }
 }
 
 /// The page stays chosen from one element to the next.
@@ -296,14 +315,15 @@ void WbxmlText::appendElement(int tag, std::string& text) {
 void WbxmlText::appendAttributes(std::string& text) {
     const std::uint64_t begin = position;
     for (int code = byte(); code >= 0 && code != endMark; code = byte()) {
-        if (position - begin > longest)
+        if (position - begin > longest) {
             damaged(fmt::format("{} is longer than {} MB", place(), longest >> 20U));
-        else if (code == switchPage)
+        } else if (code == switchPage) {
             page = byte() & 0xFF;
-        else if (code < firstCode || code - firstCode >= pageLength)
+        } else if (code < firstCode || code - firstCode >= pageLength) {
             damaged(fmt::format("no attribute has the code {}", code));
-        else
+        } else {
             appendAttribute(page * pageLength + code - firstCode, text);
+        }
     }
 }
 
@@ -311,34 +331,40 @@ void WbxmlText::appendAttribute(int number, std::string& text) {
     attribute = number;
     const std::string_view name = attributeName(element, static_cast<std::size_t>(number));
     // What an element has that is left out as a whole does not matter.
-    if (name.empty() && isKnown(element))
+    if (name.empty() && isKnown(element)) {
         return damaged(fmt::format("{} is not known", place()));
+    }
     std::string value;
     appendValue(value);
-    if (!name.empty())
+    if (!name.empty()) {
         text.append(" ").append(name).append("=\"").append(value).append("\"");
+    }
     attribute = none;
 }
 
 void WbxmlText::appendValue(std::string& text) {
     const int mark = byte();
-    if (mark >= 0 && mark != valueMark)
+    if (mark >= 0 && mark != valueMark) {
         return damaged(fmt::format("{} has no value", place()));
+    }
     const std::string value = bytes(length());
-    if (!reason.empty())
+    if (!reason.empty()) {
         return;
+    }
     const std::string problem =
         value.empty() ? "is empty"
                       : appendTyped(static_cast<unsigned char>(value[0]), std::string_view(value).substr(1), text);
-    if (!problem.empty())
+    if (!problem.empty()) {
         damaged(fmt::format("{} {}", place(), problem));
+    }
 }
 
 void WbxmlText::appendCharacters(std::string& text) {
     const std::string count = bytes(2);
     appendEscaped(bytes(static_cast<std::uint32_t>(bigEndian(count))), text);
-    if (byte() > 0)
+    if (byte() > 0) {
         damaged("a text between elements is longer than it says");
+    }
 }
 
 }  // namespace velmorak::io

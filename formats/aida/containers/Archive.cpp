@@ -15,29 +15,34 @@ constexpr std::size_t blockSize = std::size_t{1} << 16;
 class Archive : public Decompressor {
 public:
     Archive(const std::filesystem::path& file, Packing how) : packing(how), handle(archive_read_new()) {
-        if (!handle)
+        if (!handle) {
             throw std::bad_alloc();
+        }
         if (packing == Packing::Zip) {
             archive_read_support_format_zip(handle.get());
         } else {
             archive_read_support_filter_bzip2(handle.get());
             archive_read_support_format_raw(handle.get());
         }
-        if (archive_read_open_filename(handle.get(), file.c_str(), blockSize) != ARCHIVE_OK)
+        if (archive_read_open_filename(handle.get(), file.c_str(), blockSize) != ARCHIVE_OK) {
             fail();
-        else if (packing == Packing::Bzip2)
+        } else if (packing == Packing::Bzip2) {
             nextHeader();
+        }
     }
 
     std::size_t read(char* target, std::size_t size) override {
-        if (!isInEntry)
+        if (!isInEntry) {
             return 0;
+        }
         const la_ssize_t count = archive_read_data(handle.get(), target, size);
-        if (count > 0)
+        if (count > 0) {
             return static_cast<std::size_t>(count);
+        }
         isInEntry = false;
-        if (count < 0)
+        if (count < 0) {
             fail();
+        }
         return 0;
     }
 
@@ -47,9 +52,11 @@ public:
     }
 
     bool nextEntry() override {
-        while (packing == Packing::Zip && nextHeader())
-            if (!name.empty() && name.back() != '/')
+        while (packing == Packing::Zip && nextHeader()) {
+            if (!name.empty() && name.back() != '/') {
                 return true;
+            }
+        }
         return false;
     }
     std::string entryName() const override { return packing == Packing::Zip ? name : std::string(); }
@@ -63,7 +70,7 @@ private:
 
     std::string sentence() const {
         const char* known = archive_error_string(handle.get());
-        return known == nullptr ? "no reason known" : known;
+        return !known ? "no reason known" : known;
     }
 
     void fail() {
@@ -73,13 +80,14 @@ private:
 
     bool nextHeader() {
         archive_entry* entry = nullptr;
-        if (isBroken)
+        if (isBroken) {
             return false;
+        }
         const int status = archive_read_next_header(handle.get(), &entry);
         isInEntry = status == ARCHIVE_OK || status == ARCHIVE_WARN;
         if (isInEntry) {
             const char* path = archive_entry_pathname(entry);
-            name = path == nullptr ? "unnamed" : path;
+            name = !path ? "unnamed" : path;
         } else if (status != ARCHIVE_EOF) {
             fail();
         }

@@ -16,16 +16,18 @@ namespace velmorak {
 
 namespace {
 
-using io::Packing;
 using io::Decompressor;
+using io::Packing;
 
 /// Only what no text begins with: a text may well begin as the other packed forms do.
 Packing packingOf(std::string_view bytes) {
     constexpr std::string_view bzip2Block = "1AY&SY";
-    if (bytes.starts_with("\x1F\x8B"))
+    if (bytes.starts_with("\x1F\x8B")) {
         return Packing::Gzip;
-    if (bytes.starts_with("BZh") && bytes.substr(std::min<std::size_t>(4, bytes.size())).starts_with(bzip2Block))
+    }
+    if (bytes.starts_with("BZh") && bytes.substr(std::min<std::size_t>(4, bytes.size())).starts_with(bzip2Block)) {
         return Packing::Bzip2;
+    }
     return bytes.starts_with("PK\x03\x04") || bytes.starts_with("PK\x05\x06") ? Packing::Zip : Packing::Plain;
 }
 
@@ -40,14 +42,17 @@ void mustHoldOne(const std::filesystem::path& file) {
     const auto archive = io::openPacked(file, Packing::Zip);
     std::string names;
     std::size_t count = 0;
-    for (; count < 10 && archive->nextEntry(); ++count)
+    for (; count < 10 && archive->nextEntry(); ++count) {
         names += (count == 0 ? "" : ", ") + archive->entryName();
-    if (count == 0)
+    }
+    if (count == 0) {
         throw Failure(fmt::format("{} is an archive without files{}{}", file.string(),
                                   archive->damage().empty() ? "" : ": ", archive->damage()));
-    if (count > 1)
+    }
+    if (count > 1) {
         throw Failure(fmt::format("{} is an archive of several files, and only of one can be read: it holds {}",
                                   file.string(), names));
+    }
 }
 
 }  // namespace
@@ -63,14 +68,17 @@ CompressedFile::CompressedFile(const std::filesystem::path& file) : part(std::ma
     std::error_code error;
     part->name = file.string();
     part->size = std::filesystem::file_size(file, error);
-    if (error)
+    if (error) {
         throw Failure(fmt::format("{} cannot be opened", part->name));
+    }
     const Packing packing = packingOf(file);
-    if (packing == Packing::Zip)
+    if (packing == Packing::Zip) {
         mustHoldOne(file);
+    }
     part->unpacker = io::openPacked(file, packing);
-    if (packing == Packing::Zip)
+    if (packing == Packing::Zip) {
         part->unpacker->nextEntry();
+    }
 }
 
 CompressedFile::CompressedFile(CompressedFile&& other) noexcept = default;
@@ -79,10 +87,12 @@ CompressedFile::~CompressedFile() = default;
 
 std::size_t CompressedFile::read(char* target, std::size_t size) {
     std::size_t count = 0;
-    for (std::size_t more = 1; more != 0 && count < size; count += more)
+    for (std::size_t more = 1; more != 0 && count < size; count += more) {
         more = part->unpacker->read(target + count, size - count);
-    if (count == 0 && size != 0 && !part->unpacker->damage().empty())
+    }
+    if (count == 0 && size != 0 && !part->unpacker->damage().empty()) {
         throw Failure(fmt::format("{}: {}", part->name, part->unpacker->damage()));
+    }
     return count;
 }
 

@@ -23,17 +23,19 @@ constexpr std::size_t packedSize = std::size_t{1} << 16;
 class PlainFile : public Decompressor {
 public:
     explicit PlainFile(const std::filesystem::path& file) : input(file, std::ios::binary) {
-        if (!input)
+        if (!input) {
             throw Failure(
                 fmt::format("{} cannot be opened: {}", file.string(), std::generic_category().message(errno)));
+        }
     }
 
     std::size_t read(char* target, std::size_t size) override {
         input.read(target, static_cast<std::streamsize>(size));
         const auto count = static_cast<std::size_t>(input.gcount());
         taken += count;
-        if (input.bad())
+        if (input.bad()) {
             damaged("the file cannot be read on");
+        }
         return count;
     }
     std::uint64_t position() const override { return taken; }
@@ -48,8 +50,9 @@ class Deflated : public Decompressor {
 public:
     Deflated(const std::filesystem::path& file, Packing how) : input(file), packing(how), packed(packedSize) {
         const int bits = packing == Packing::Gzip ? 16 + MAX_WBITS : packing == Packing::Zlib ? MAX_WBITS : -MAX_WBITS;
-        if (inflateInit2(&state, bits) != Z_OK)
+        if (inflateInit2(&state, bits) != Z_OK) {
             throw std::bad_alloc();
+        }
     }
     ~Deflated() override { inflateEnd(&state); }
     Deflated(const Deflated&) = delete;
@@ -61,8 +64,9 @@ public:
         state.next_out = reinterpret_cast<Bytef*>(target);
         state.avail_out = static_cast<uInt>(std::min<std::size_t>(size, 1U << 30U));
         const uInt room = state.avail_out;
-        while (state.avail_out == room && !isFinished)
+        while (state.avail_out == room && !isFinished) {
             step();
+        }
         return room - state.avail_out;
     }
 
@@ -78,13 +82,14 @@ private:
         const int status = ::inflate(&state, Z_NO_FLUSH);
         packedBegin = packedEnd - state.avail_in;
         // Without more input the last bytes may still have to come out.
-        if (status == Z_BUF_ERROR && !hasMore)
+        if (status == Z_BUF_ERROR && !hasMore) {
             end(fmt::format("the {} data end too early", packingName()));
-        else if (status == Z_STREAM_END)
+        } else if (status == Z_STREAM_END) {
             isFinished = !beginNextMember();
-        else if (status != Z_OK && status != Z_BUF_ERROR)
+        } else if (status != Z_OK && status != Z_BUF_ERROR) {
             end(fmt::format("the {} data are damaged ({})", packingName(),
-                            state.msg == nullptr ? "no reason known" : state.msg));
+                            state.msg ? state.msg : "no reason known"));
+        }
     }
 
     void end(const std::string& what) {
@@ -99,11 +104,13 @@ private:
     }
 
     bool beginNextMember() {
-        if (packing != Packing::Gzip || (packedBegin == packedEnd && !refill()))
+        if (packing != Packing::Gzip || (packedBegin == packedEnd && !refill())) {
             return false;
+        }
         // What follows the last member, zeros of a tape for example, is none of the file's content.
-        if (packed[packedBegin] != '\x1F')
+        if (packed[packedBegin] != '\x1F') {
             return false;
+        }
         inflateReset(&state);
         return true;
     }
@@ -120,13 +127,15 @@ private:
 }  // namespace
 
 void Decompressor::damaged(std::string_view what) {
-    if (reason.empty())
+    if (reason.empty()) {
         reason = fmt::format("{} at byte {} of the file", what, position());
+    }
 }
 
 void Decompressor::isDamaged(const std::string& sentence) {
-    if (reason.empty())
+    if (reason.empty()) {
         reason = sentence;
+    }
 }
 
 std::unique_ptr<Decompressor> openDeflated(const std::filesystem::path& file, Packing packing) {

@@ -27,17 +27,20 @@ public:
     }
 
     std::size_t read(char* target, std::size_t size) override {
-        if (careful)
+        if (careful) {
             return readCarefully(target, size);
+        }
         state.next_out = reinterpret_cast<std::uint8_t*>(target);
         state.avail_out = static_cast<std::uint32_t>(std::min<std::size_t>(size, 1U << 30U));
         const std::uint32_t room = state.avail_out;
-        while (state.avail_out == room && !isFinished && !isRefused)
+        while (state.avail_out == room && !isFinished && !isRefused) {
             step();
+        }
         const std::size_t count = room - state.avail_out;
         given += count;
-        if (count > 0 || !isRefused)
+        if (count > 0 || !isRefused) {
             return count;
+        }
         beginAgain();
         return readCarefully(target, size);
     }
@@ -58,8 +61,9 @@ private:
         } else {
             isRefused = inflateMore() != ISAL_DECOMP_OK;
         }
-        if (!isRefused && state.block_state == ISAL_BLOCK_FINISH)
+        if (!isRefused && state.block_state == ISAL_BLOCK_FINISH) {
             isFinished = !beginNextMember();
+        }
     }
 
     bool refill() {
@@ -70,8 +74,9 @@ private:
 
     bool beginNextMember() {
         // What follows the last member, zeros of a tape for example, is none of the file's content.
-        if ((state.avail_in == 0 && !refill()) || *state.next_in != 0x1F)
+        if ((state.avail_in == 0 && !refill()) || *state.next_in != 0x1F) {
             return false;
+        }
         isal_inflate_reset(&state);
         state.crc_flag = ISAL_GZIP;
         return true;
@@ -82,16 +87,18 @@ private:
         std::vector<char> known(packedSize);
         for (std::uint64_t left = given; left > 0;) {
             const std::size_t count = careful->read(known.data(), std::min<std::uint64_t>(left, known.size()));
-            if (count == 0)
+            if (count == 0) {
                 return;
+            }
             left -= count;
         }
     }
 
     std::size_t readCarefully(char* target, std::size_t size) {
         const std::size_t count = careful->read(target, size);
-        if (count == 0 && !careful->damage().empty())
+        if (count == 0 && !careful->damage().empty()) {
             isDamaged(careful->damage());
+        }
         return count;
     }
 

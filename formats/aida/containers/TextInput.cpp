@@ -18,10 +18,12 @@ constexpr std::size_t binaryPiece = std::size_t{1} << 16;
 constexpr std::string_view binaryMark("\x03\x00\x00\x6A", 4);
 
 bool isXml(std::string_view bytes) {
-    if (bytes.starts_with("\xFE\xFF") || bytes.starts_with("\xFF\xFE"))
+    if (bytes.starts_with("\xFE\xFF") || bytes.starts_with("\xFF\xFE")) {
         return true;
-    if (bytes.starts_with("\xEF\xBB\xBF"))
+    }
+    if (bytes.starts_with("\xEF\xBB\xBF")) {
         bytes.remove_prefix(3);
+    }
     const auto first = bytes.find_first_not_of(" \t\r\n");
     return first == std::string_view::npos || bytes[first] == '<';
 }
@@ -32,21 +34,26 @@ bool isZlib(std::string_view bytes) {
 }
 
 Packing packingOf(std::string_view bytes) {
-    if (bytes.starts_with("\x1F\x8B"))
+    if (bytes.starts_with("\x1F\x8B")) {
         return Packing::Gzip;
-    if (bytes.starts_with("BZh"))
+    }
+    if (bytes.starts_with("BZh")) {
         return Packing::Bzip2;
-    if (bytes.starts_with("PK\x03\x04"))
+    }
+    if (bytes.starts_with("PK\x03\x04")) {
         return Packing::Zip;
-    if (isZlib(bytes))
+    }
+    if (isZlib(bytes)) {
         return Packing::Zlib;
+    }
     return isXml(bytes) || bytes.starts_with(binaryMark) ? Packing::Plain : Packing::RawDeflate;
 }
 
 std::string shown(std::string_view bytes) {
     std::string hex;
-    for (const char byte : bytes.substr(0, 8))
+    for (const char byte : bytes.substr(0, 8)) {
         hex += fmt::format("{}{:02X}", hex.empty() ? "" : " ", static_cast<unsigned char>(byte));
+    }
     return hex;
 }
 
@@ -55,8 +62,9 @@ std::string firstBytes(const std::filesystem::path& file) {
     std::string bytes(lookAhead, '\0');
     const auto plain = openPacked(file, Packing::Plain);
     bytes.resize(plain->read(bytes.data(), bytes.size()));
-    if (bytes.empty())
+    if (bytes.empty()) {
         throw Failure(fmt::format("{} is empty", file.string()));
+    }
     return bytes;
 }
 
@@ -66,19 +74,22 @@ TextInput::TextInput(const std::filesystem::path& file, const RunContext& runCon
     const std::string first = firstBytes(file);
     std::error_code error;
     fileSize = std::filesystem::file_size(file, error);
-    if (error)
+    if (error) {
         fileSize = 0;
+    }
     const Packing packing = packingOf(first);
     packed = packing != Packing::Plain;
     unpacker = openPacked(file, packing);
     if (packing == Packing::Zip) {
-        if (!nextDocument())
+        if (!nextDocument()) {
             throw Failure(fmt::format("{} holds no XML{}{}", file.string(), damage().empty() ? "" : ": ", damage()));
+        }
         return;
     }
     const bool isWithoutMark = packing == Packing::RawDeflate;
-    if (beginDocument() && !(isWithoutMark && head.empty()))
+    if (beginDocument() && !(isWithoutMark && head.empty())) {
         return;
+    }
     // Bytes without a mark may be deflate without a head, and are, where they unpack to XML.
     const bool isPacked = packing != Packing::Plain && !isWithoutMark;
     throw Failure(
@@ -89,25 +100,29 @@ bool TextInput::beginDocument() {
     head.assign(lookAhead, '\0');
     headTaken = 0;
     std::size_t count = 0;
-    for (std::size_t more = 1; more != 0 && count < lookAhead; count += more)
+    for (std::size_t more = 1; more != 0 && count < lookAhead; count += more) {
         more = unpacker->read(head.data() + count, lookAhead - count);
+    }
     head.resize(count);
     binary.reset();
     binaryText.clear();
     binaryBegin = binaryEnd = 0;
-    if (head.starts_with(binaryMark))
+    if (head.starts_with(binaryMark)) {
         binary = std::make_unique<WbxmlText>([this] { return nextByte(); });
+    }
     // A damaged beginning is told when it is read.
     return binary || isXml(head);
 }
 
 bool TextInput::nextDocument() {
     while (unpacker->nextEntry()) {
-        if (context.isStopping())
+        if (context.isStopping()) {
             throw Stopped();
+        }
         name = unpacker->entryName();
-        if (beginDocument())
+        if (beginDocument()) {
             return true;
+        }
         notXml.push_back(name);
     }
     return false;
@@ -123,8 +138,9 @@ double TextInput::fraction() const {
 }
 
 std::size_t TextInput::unpack(char* target, std::size_t size) {
-    if (headTaken == head.size())
+    if (headTaken == head.size()) {
         return unpacker->read(target, size);
+    }
     const std::size_t count = std::min(size, head.size() - headTaken);
     std::memcpy(target, head.data() + headTaken, count);
     headTaken += count;
@@ -136,15 +152,17 @@ int TextInput::nextByte() {
         binaryBytes.resize(binaryPiece);
         binaryBegin = 0;
         binaryEnd = unpack(binaryBytes.data(), binaryBytes.size());
-        if (binaryEnd == 0)
+        if (binaryEnd == 0) {
             return -1;
+        }
     }
     return static_cast<unsigned char>(binaryBytes[binaryBegin++]);
 }
 
 std::size_t TextInput::read(char* target, std::size_t size) {
-    if (!binary)
+    if (!binary) {
         return unpack(target, size);
+    }
     while (binaryText.size() < size && binary->append(binaryText)) {
     }
     const std::size_t count = std::min(size, binaryText.size());

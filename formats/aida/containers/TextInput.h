@@ -1,7 +1,7 @@
 #pragma once
 
-#include "aida/containers/Decompressor.h"
 #include "aida/binary/WbxmlText.h"
+#include "aida/containers/Decompressor.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -13,8 +13,9 @@ namespace {
 }  // namespace
 
 void clearVectorState() {
-    if (__builtin_cpu_supports("avx"))
+    if (__builtin_cpu_supports("avx")) {
         zeroUpperParts();
+    }
 }
 
 }  // namespace velmorak::io

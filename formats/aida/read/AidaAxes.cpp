@@ -18,18 +18,20 @@ constexpr double usualCells = 1 << 24;
 /// A file may promise any number of bins; memory for them is only taken up to here.
 double maxCells() {
     const char* wanted = std::getenv("VELMORAK_MOST_CELLS");
-    return wanted == nullptr ? usualCells : numberOr(wanted, usualCells);
+    return !wanted ? usualCells : numberOr(wanted, usualCells);
 }
 
 double binsOf(const RawAxis& axis) {
     const double bins = numberOr(axis.bins.c_str(), notGiven);
     const double low = numberOr(axis.low.c_str(), notGiven);
     const double high = numberOr(axis.high.c_str(), notGiven);
-    if (axis.bins.empty() && axis.low.empty() && axis.high.empty())
+    if (axis.bins.empty() && axis.low.empty() && axis.high.empty()) {
         throw Failure("an axis has no min, max and numberOfBins, so that its bins have no place");
-    if (!(bins >= 1.0) || bins != std::floor(bins) || !(low < high))
+    }
+    if (!(bins >= 1.0) || bins != std::floor(bins) || !(low < high)) {
         throw Failure(fmt::format(R"(an axis cannot have min="{:.40}" max="{:.40}" numberOfBins="{:.40}")", axis.low,
                                   axis.high, axis.bins));
+    }
     return bins;
 }
 
@@ -39,14 +41,16 @@ Axis axisFrom(const RawAxis& axis, std::vector<std::string>& warnings) {
     const double high = numberOr(axis.high.c_str(), notGiven);
     std::vector<double> edges = axis.borders;
     std::sort(edges.begin(), edges.end());
-    if (edges.empty())
+    if (edges.empty()) {
         return {bins, low, high};
+    }
     if (edges.size() == bins + 1) {
         warnings.emplace_back("an axis lists its outer edges among the inner ones");
         return Axis(std::move(edges));
     }
-    if (edges.size() != bins - 1)
+    if (edges.size() != bins - 1) {
         throw Failure(fmt::format("an axis of {} bins has {} inner borders", bins, edges.size()));
+    }
     edges.insert(edges.begin(), low);
     edges.push_back(high);
     return Axis(std::move(edges));
@@ -56,17 +60,23 @@ Axis axisFrom(const RawAxis& axis, std::vector<std::string>& warnings) {
 std::vector<std::size_t> axisOrder(const RawObject& raw, std::size_t dimensions, std::vector<std::string>& warnings) {
     constexpr std::string_view names = "xyz";
     std::vector<std::size_t> order;
-    for (std::size_t direction = 0; direction < dimensions; ++direction)
-        for (std::size_t place = 0; place < dimensions; ++place)
-            if (order.size() == direction && raw.axes[place].direction == names.substr(direction, 1))
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+        for (std::size_t place = 0; place < dimensions; ++place) {
+            if (order.size() == direction && raw.axes[place].direction == names.substr(direction, 1)) {
                 order.push_back(place);
-    if (order.size() == dimensions)
+            }
+        }
+    }
+    if (order.size() == dimensions) {
         return order;
-    if (dimensions > 1)
+    }
+    if (dimensions > 1) {
         warnings.emplace_back("the axes do not say their directions; they are taken in their order");
+    }
     order.clear();
-    for (std::size_t place = 0; place < dimensions; ++place)
+    for (std::size_t place = 0; place < dimensions; ++place) {
         order.push_back(place);
+    }
     return order;
 }
 
@@ -83,14 +93,17 @@ bool addSums(const std::string& text, std::size_t numbers, std::map<std::size_t,
         while (begin < end) {
             const std::size_t stop = std::min(text.find(' ', begin), end);
             double value = 0.0;
-            if (stop > begin && !readNumber(std::string_view(text).substr(begin, stop - begin), value))
+            if (stop > begin && !readNumber(std::string_view(text).substr(begin, stop - begin), value)) {
                 return false;
-            if (stop > begin)
+            }
+            if (stop > begin) {
                 values.push_back(value);
+            }
             begin = stop + 1;
         }
-        if (values.size() != numbers + 1 || !(values[0] >= 0.0) || values[0] > 1e9)
+        if (values.size() != numbers + 1 || !(values[0] >= 0.0) || values[0] > 1e9) {
             return false;
+        }
         sums[static_cast<std::size_t>(values[0])] = std::vector<double>(values.begin() + 1, values.end());
         begin = end + 1;
     }
@@ -100,12 +113,14 @@ bool addSums(const std::string& text, std::size_t numbers, std::map<std::size_t,
 /// Sorts bins by their cells. @return how many were left out because a later one is for the same cell.
 std::size_t keepLast(PlacedBins& placed) {
     const auto isBefore = [](const auto& one, const auto& other) { return one.first < other.first; };
-    if (!std::is_sorted(placed.begin(), placed.end(), isBefore))
+    if (!std::is_sorted(placed.begin(), placed.end(), isBefore)) {
         std::stable_sort(placed.begin(), placed.end(), isBefore);
+    }
     std::size_t kept = 0;
     for (std::size_t i = 0; i < placed.size(); ++i) {
-        if (kept > 0 && placed[kept - 1].first == placed[i].first)
+        if (kept > 0 && placed[kept - 1].first == placed[i].first) {
             --kept;
+        }
         placed[kept++] = placed[i];
     }
     const std::size_t repeated = placed.size() - kept;
@@ -118,8 +133,9 @@ std::size_t keepLast(PlacedBins& placed) {
 std::size_t promisedCells(const RawObject& raw) {
     const std::size_t dimensions = dimensionsOf(raw);
     double cells = 1.0;
-    for (const RawAxis& axis : raw.axes)
+    for (const RawAxis& axis : raw.axes) {
         cells *= numberOr(axis.bins.c_str(), 0.0) + 2.0;
+    }
     const bool isPossible = dimensions != 0 && raw.axes.size() == dimensions && cells >= 1.0 && cells <= maxCells();
     return isPossible ? static_cast<std::size_t>(cells) : 0;
 }
@@ -133,28 +149,34 @@ std::size_t promisedBytes(const RawObject& raw) {
     // The edges of an axis stand there twice, and with a table in which to look for them.
     constexpr std::size_t perBin = 20;
     std::size_t bins = 0;
-    for (const RawAxis& axis : raw.axes)
+    for (const RawAxis& axis : raw.axes) {
         bins += static_cast<std::size_t>(std::clamp(numberOr(axis.bins.c_str(), 0.0), 0.0, maxCells()));
+    }
     const std::size_t cells = promisedCells(raw);
     return cells == 0 ? 0 : cells * perCell + bins * perBin;
 }
 
 std::vector<Axis> axesFrom(const RawObject& raw, std::size_t dimensions, std::vector<std::string>& warnings) {
-    if (raw.axes.size() != dimensions)
+    if (raw.axes.size() != dimensions) {
         throw Failure(fmt::format("it has {} axes instead of {}", raw.axes.size(), dimensions));
+    }
     double cells = 1.0;
-    for (const RawAxis& axis : raw.axes)
+    for (const RawAxis& axis : raw.axes) {
         cells *= binsOf(axis) + 2.0;
-    if (cells > maxCells())
-        throw Failure(
-            fmt::format("its axes promise {} cells; at most {} are read", textOf(cells), textOf(maxCells())));
+    }
+    if (cells > maxCells()) {
+        throw Failure(fmt::format("its axes promise {} cells; at most {} are read", textOf(cells), textOf(maxCells())));
+    }
     std::vector<Axis> axes;
-    for (const std::size_t place : axisOrder(raw, dimensions, warnings))
+    for (const std::size_t place : axisOrder(raw, dimensions, warnings)) {
         axes.push_back(axisFrom(raw.axes[place], warnings));
+    }
     constexpr std::array keys{"XLabel", "YLabel", "ZLabel"};
-    for (std::size_t direction = 0; direction < dimensions; ++direction)
-        if (const std::string* title = annotated(raw.annotation, keys[direction]))
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+        if (const std::string* title = annotated(raw.annotation, keys[direction])) {
             axes[direction].title = *title;
+        }
+    }
     return axes;
 }
 
@@ -173,16 +195,19 @@ PlacedBins placedBins(const RawObject& raw, const Grid<dimensions>& grid, std::v
                                : number == RawBin::overflow ? bins + 1
                                                             : static_cast<std::size_t>(number) + 1;
         }
-        if (isOnGrid)
+        if (isOnGrid) {
             placed.emplace_back(grid.cell(cells), &bin);
-        else
+        } else {
             ++outside;
+        }
     }
     const std::size_t repeated = keepLast(placed);
-    if (outside != 0)
+    if (outside != 0) {
         warnings.push_back(fmt::format("{} of its bins are beyond its axes and left out", outside));
-    if (repeated != 0)
+    }
+    if (repeated != 0) {
         warnings.push_back(fmt::format("{} of its bins are given more than once; the last one is taken", repeated));
+    }
     return placed;
 }
 
@@ -193,9 +218,11 @@ template PlacedBins placedBins(const RawObject&, const Grid<3>&, std::vector<std
 std::map<std::size_t, std::vector<double>> annotatedSums(const RawObject& raw, std::string_view key,
                                                          std::size_t numbers) {
     std::map<std::size_t, std::vector<double>> sums;
-    for (const AnnotationItem& item : raw.annotation)
-        if (item.key == key && !addSums(item.value, numbers, sums))
+    for (const AnnotationItem& item : raw.annotation) {
+        if (item.key == key && !addSums(item.value, numbers, sums)) {
             return {};
+        }
+    }
     return sums;
 }
 

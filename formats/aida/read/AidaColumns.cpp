@@ -16,8 +16,9 @@ constexpr int maxDeclarationDepth = 16;
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view blanks = " \t\r\n";
     const auto first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
+    if (first == std::string_view::npos) {
         return {};
+    }
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
@@ -41,14 +42,15 @@ void setType(AidaColumn& column, std::string_view type) {
     constexpr std::array integers{"int", "integer", "long", "short", "byte", "unsigned", "int64", "int32"};
     constexpr std::array booleans{"boolean", "bool"};
     const auto isOneOf = [&](const auto& words) { return std::find(words.begin(), words.end(), word) != words.end(); };
-    if (isOneOf(reals))
+    if (isOneOf(reals)) {
         column.type = ColumnType::Real;
-    else if (isOneOf(integers))
+    } else if (isOneOf(integers)) {
         column.type = ColumnType::Integer;
-    else if (isOneOf(booleans))
+    } else if (isOneOf(booleans)) {
         column.type = ColumnType::Boolean;
-    else
+    } else {
         column.type = ColumnType::Text;
+    }
     column.isSingleCharacter = word == "char" || word == "character";
     column.isKnownType = column.type != ColumnType::Text || column.isSingleCharacter || word == "object" ||
                          contains(type, "tring") || column.isNested;
@@ -72,10 +74,12 @@ public:
         std::string type = "double";
         while (here < text.size() && text[here] != '}') {
             AidaColumn column = item(type, depth);
-            if (!column.name.empty())
+            if (!column.name.empty()) {
                 columns.push_back(std::move(column));
-            if (here < text.size() && text[here] != '}')
+            }
+            if (here < text.size() && text[here] != '}') {
                 ++here;
+            }
         }
         here = std::min(here + 1, text.size());
         return columns;
@@ -104,19 +108,22 @@ private:
             column.name = upTo(",;}");
             return column;
         }
-        if (blank != std::string_view::npos)
+        if (blank != std::string_view::npos) {
             type = words.substr(0, blank + 1);
+        }
         column.name = blank == std::string_view::npos ? words : trimmed(words.substr(blank + 1));
         setType(column, type);
-        if (isAt('='))
+        if (isAt('=')) {
             defaultOf(column, depth);
+        }
         return column;
     }
 
     void defaultOf(AidaColumn& column, int depth) {
         skip();
-        while (here < text.size() && (text[here] == ' ' || text[here] == '\t' || text[here] == '\n'))
+        while (here < text.size() && (text[here] == ' ' || text[here] == '\t' || text[here] == '\n')) {
             ++here;
+        }
         if (isAt('{')) {
             column.isNested = true;
             column.children = nested(depth);
@@ -125,16 +132,18 @@ private:
         }
         const char quote = here < text.size() ? text[here] : '\0';
         const std::size_t begin = here;
-        if (quote == '"' || quote == '\'')
+        if (quote == '"' || quote == '\'') {
             here = std::min(text.find(quote, here + 1), text.size() - 1);
+        }
         upTo(",;}");
         column.defaultText = unquoted(text.substr(begin, here - begin));
     }
 
     std::vector<AidaColumn> nested(int depth) {
         skip();
-        if (depth < maxDeclarationDepth)
+        if (depth < maxDeclarationDepth) {
             return list(depth + 1);
+        }
         here = text.size();
         return {};
     }
@@ -154,8 +163,9 @@ std::vector<AidaColumn> bookedIn(std::string_view braces) {
 /// "(options) trk" is "trk".
 std::string_view withoutOptions(std::string_view name) {
     name = trimmed(name);
-    if (!name.empty() && name.front() == '(')
+    if (!name.empty() && name.front() == '(') {
         name.remove_prefix(std::min(name.find(')') + 1, name.size()));
+    }
     return trimmed(name);
 }
 
@@ -182,11 +192,11 @@ AidaColumn columnFrom(std::string_view name, std::string_view type, std::string_
     }
     const auto rest = equals == std::string_view::npos ? std::string_view() : trimmed(name.substr(equals + 1));
     column.name = trimmed(name.substr(0, equals));
-    if (!column.isNested)
+    if (!column.isNested) {
         column.defaultText = column.type == ColumnType::Text ? unquoted(rest) : rest;
-    else if (!booking.empty())
+    } else if (!booking.empty()) {
         column.children = bookedIn(booking);
-    else if (contains(rest, "{")) {
+    } else if (contains(rest, "{")) {
         column.children = bookedIn(rest);
         column.name = withoutOptions(column.name);
     }
@@ -195,19 +205,24 @@ AidaColumn columnFrom(std::string_view name, std::string_view type, std::string_
 
 std::string normalPath(std::string_view path) {
     std::string normal = "/";
-    for (const char c : path)
-        if (c != '/' || normal.back() != '/')
+    for (const char c : path) {
+        if (c != '/' || normal.back() != '/') {
             normal += c;
-    if (normal.size() > 1 && normal.back() == '/')
+        }
+    }
+    if (normal.size() > 1 && normal.back() == '/') {
         normal.pop_back();
+    }
     return normal;
 }
 
 std::string plainName(std::string_view name) {
     std::string plain;
-    for (std::size_t position = 0; position < name.size(); ++position)
-        if (name.substr(position, 2) != "\\/")
+    for (std::size_t position = 0; position < name.size(); ++position) {
+        if (name.substr(position, 2) != "\\/") {
             plain += name[position];
+        }
+    }
     return plain;
 }
 

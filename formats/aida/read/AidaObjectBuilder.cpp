@@ -25,14 +25,15 @@ std::shared_ptr<DataObject> named(Object object, const RawObject& raw) {
 
 std::int64_t nanEntriesOf(const RawObject& raw) {
     const std::string* text = annotated(raw.annotation, "NaNEntries");
-    const double count = text == nullptr ? 0.0 : numberOr(text->c_str(), 0.0);
+    const double count = !text ? 0.0 : numberOr(text->c_str(), 0.0);
     return count >= 0.0 && count < 9e18 ? static_cast<std::int64_t>(count) : 0;
 }
 
 /// The coordinate's mean where the file does not say it: writers leave out a mean of 0, others leave out all means.
 double likelyMean(const Axis& axis, std::size_t cell) {
-    if (cell == 0 || cell > axis.bins())
+    if (cell == 0 || cell > axis.bins()) {
         return 0.0;
+    }
     const bool mayBeZero = axis.edge(cell - 1) <= 0.0 && 0.0 < axis.edge(cell);
     return mayBeZero ? 0.0 : axis.center(cell - 1);
 }
@@ -88,19 +89,23 @@ bool agree(double a, double b) {
 template <typename Sums>
 bool isStale(const CellVector<Sums>& fromBins, const std::map<std::size_t, std::vector<double>>& exact,
              bool isHistogram) {
-    if (exact.empty())
+    if (exact.empty()) {
         return true;
-    for (const auto& [cell, numbers] : exact)
-        if (cell >= fromBins.size() || !(std::abs(numbers[0]) < 9e18))
+    }
+    for (const auto& [cell, numbers] : exact) {
+        if (cell >= fromBins.size() || !(std::abs(numbers[0]) < 9e18)) {
             return true;
+        }
+    }
     for (std::size_t cell = 0; cell < fromBins.size(); ++cell) {
         const auto place = exact.find(cell);
         const bool isThere = place != exact.end();
         const double entries = isThere ? place->second[0] : 0.0;
         const double w = isThere ? place->second[1] : 0.0;
         if (!agree(static_cast<double>(fromBins[cell].entries), entries) ||
-            (isHistogram && !agree(fromBins[cell].w, w)))
+            (isHistogram && !agree(fromBins[cell].w, w))) {
             return true;
+        }
     }
     return false;
 }
@@ -110,8 +115,9 @@ void noteErrors(const RawObject& raw, std::vector<std::string>& warnings) {
         return raw.package != "LWH" && !std::isnan(bin.error2) && !std::isnan(bin.error) && bin.error2 != bin.error &&
                std::abs(bin.error2 - bin.error * bin.error) > 1e-5 * std::abs(bin.error2);
     };
-    if (std::any_of(raw.bins.begin(), raw.bins.end(), isAsymmetric))
+    if (std::any_of(raw.bins.begin(), raw.bins.end(), isAsymmetric)) {
         warnings.emplace_back("its bins have errors of their own downwards; those upwards hold for both");
+    }
 }
 
 template <std::size_t dimensions>
@@ -122,19 +128,23 @@ CellVector<GridSums<dimensions>> histogramCells(const RawObject& raw, const Grid
     bool hasAllMeans = true;
     for (const auto& [cell, bin] : placedBins(raw, grid, warnings)) {
         cells[cell] = sumsOf(*bin, grid, cell);
-        for (std::size_t direction = 0; direction < dimensions; ++direction)
+        for (std::size_t direction = 0; direction < dimensions; ++direction) {
             hasAllMeans = hasAllMeans && (!grid.isInside(cell) || !std::isnan(bin->means[direction]) ||
                                           likelyMean(grid.axis(direction), grid.alongAxes(cell)[direction]) == 0.0);
+        }
     }
     const auto exact = annotatedSums(raw, "ExactSums", 3 + 2 * dimensions);
     if (!isStale(cells, exact, true)) {
-        for (const auto& [cell, numbers] : exact)
+        for (const auto& [cell, numbers] : exact) {
             cells[cell] = exactSums<dimensions>(numbers);
+        }
     } else {
-        if (!exact.empty())
+        if (!exact.empty()) {
             warnings.emplace_back("its annotation of exact sums does not belong to its bins any more");
-        if (!hasAllMeans)
+        }
+        if (!hasAllMeans) {
             warnings.emplace_back("its bins do not say where in them the fills are; the centres are taken");
+        }
     }
     return cells;
 }
@@ -190,9 +200,10 @@ ProfileSums<dimensions> profileSums(const RawBin& bin, const Grid<dimensions>& g
 
 template <std::size_t dimensions>
 std::shared_ptr<DataObject> profile(const RawObject& raw, std::vector<std::string>& warnings) {
-    if (raw.package == "LWH" && dimensions == 1)
+    if (raw.package == "LWH" && dimensions == 1) {
         warnings.emplace_back(
             "it was written by LWH, which puts heights and errors into wrong bins; they are kept as read");
+    }
     const auto grid = gridFrom<dimensions>(raw, warnings);
     CellVector<ProfileSums<dimensions>> cells(grid.cellCount());
     CellVector<ProfileReading> readings(cells.size());
@@ -203,26 +214,32 @@ std::shared_ptr<DataObject> profile(const RawObject& raw, std::vector<std::strin
     constexpr std::size_t numbers = 5 + 2 * dimensions;
     auto exact = annotatedSums(raw, "ExactSums", numbers);
     const bool isExact = !isStale(cells, exact, false);
-    if (!isExact)
+    if (!isExact) {
         exact = annotatedSums(raw, "Sums", numbers);
-    if (isExact || !isStale(cells, exact, false))
-        for (const auto& [cell, values] : exact)
+    }
+    if (isExact || !isStale(cells, exact, false)) {
+        for (const auto& [cell, values] : exact) {
             cells[cell] = profileSums<dimensions>(values);
-    if (isExact)
+        }
+    }
+    if (isExact) {
         readings.clear();
+    }
     return named(Profile<dimensions>(grid, std::move(cells), std::move(readings), nanEntriesOf(raw)), raw);
 }
 
 std::size_t dimensionOf(const RawObject& raw, std::vector<std::string>& warnings) {
     double dimension = numberOr(raw.dimension.c_str(), notGiven);
     if (raw.dimension.empty()) {
-        for (const auto& point : raw.points)
+        for (const auto& point : raw.points) {
             dimension = std::max(std::isnan(dimension) ? 1.0 : dimension, static_cast<double>(point.size()));
+        }
         warnings.emplace_back("it does not say its dimension; that of its points is taken");
         dimension = std::isnan(dimension) ? 1.0 : dimension;
     }
-    if (!(dimension >= 1.0) || dimension > static_cast<double>(maxDimensions) || dimension != std::floor(dimension))
+    if (!(dimension >= 1.0) || dimension > static_cast<double>(maxDimensions) || dimension != std::floor(dimension)) {
         throw Failure(fmt::format(R"(a dimension of "{:.40}" is not possible)", raw.dimension));
+    }
     return static_cast<std::size_t>(dimension);
 }
 
@@ -234,21 +251,26 @@ std::shared_ptr<DataObject> points(const RawObject& raw, std::vector<std::string
     for (const auto& point : raw.points) {
         tooShort += point.size() < dimension ? 1 : 0;
         tooLong += point.size() > dimension ? 1 : 0;
-        for (std::size_t direction = 0; direction < dimension; ++direction)
+        for (std::size_t direction = 0; direction < dimension; ++direction) {
             all.push_back(direction < point.size() ? point[direction] : Measurement{notGiven, notGiven, notGiven});
+        }
     }
-    if (tooShort != 0)
+    if (tooShort != 0) {
         warnings.push_back(fmt::format("{} of its points have too few measurements; the others are NaN", tooShort));
-    if (tooLong != 0)
+    }
+    if (tooLong != 0) {
         warnings.push_back(fmt::format("{} of its points have too many measurements; these are left out", tooLong));
+    }
     Points made(dimension, std::move(all));
     made.axisTitles = raw.axisTitles;
     constexpr std::array keys{"XLabel", "YLabel", "ZLabel"};
-    for (std::size_t direction = 0; direction < std::min(dimension, keys.size()) && raw.axisTitles.empty(); ++direction)
+    for (std::size_t direction = 0; direction < std::min(dimension, keys.size()) && raw.axisTitles.empty();
+         ++direction) {
         if (const std::string* title = annotated(raw.annotation, keys[direction])) {
             made.axisTitles.resize(direction + 1);
             made.axisTitles[direction] = *title;
         }
+    }
     made.axisTitles.resize(made.axisTitles.empty() ? 0 : dimension);
     return named(std::move(made), raw);
 }
@@ -257,8 +279,9 @@ std::shared_ptr<DataObject> function(const RawObject& raw) {
     FunctionObject made;
     constexpr std::string_view blanks = " \t\r\n";
     const auto first = raw.codelet.find_first_not_of(blanks);
-    if (first != std::string::npos)
+    if (first != std::string::npos) {
         made.codelet = raw.codelet.substr(first, raw.codelet.find_last_not_of(blanks) - first + 1);
+    }
     made.isNormalized = raw.isNormalized;
     made.arguments = raw.arguments;
     made.parameters = raw.parameters;
@@ -275,24 +298,31 @@ const std::string* annotated(const std::vector<AnnotationItem>& annotation, std:
 
 double numberOr(const char* text, double other) {
     double number = other;
-    if (text != nullptr)
+    if (text) {
         readNumber(text, number);
+    }
     return number;
 }
 
 std::shared_ptr<DataObject> objectFrom(const RawObject& raw, std::vector<std::string>& warnings) {
-    if (!raw.problem.empty())
+    if (!raw.problem.empty()) {
         throw Failure(raw.problem);
-    if (raw.element == "histogram1d")
+    }
+    if (raw.element == "histogram1d") {
         return histogram1D(raw, warnings);
-    if (raw.element == "histogram2d")
+    }
+    if (raw.element == "histogram2d") {
         return histogram<2>(raw, warnings);
-    if (raw.element == "histogram3d")
+    }
+    if (raw.element == "histogram3d") {
         return histogram<3>(raw, warnings);
-    if (raw.element == "profile1d")
+    }
+    if (raw.element == "profile1d") {
         return profile<1>(raw, warnings);
-    if (raw.element == "profile2d")
+    }
+    if (raw.element == "profile2d") {
         return profile<2>(raw, warnings);
+    }
     return raw.element == "function" ? function(raw) : points(raw, warnings);
 }
 

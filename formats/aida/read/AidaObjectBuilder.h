@@ -18,12 +18,13 @@ std::vector<Axis> axesFrom(const RawObject& raw, std::size_t dimensions, std::ve
 template <std::size_t dimensions>
 Grid<dimensions> gridFrom(const RawObject& raw, std::vector<std::string>& warnings) {
     std::vector<Axis> axes = axesFrom(raw, dimensions, warnings);
-    if constexpr (dimensions == 1)
+    if constexpr (dimensions == 1) {
         return Grid<1>({std::move(axes[0])});
-    else if constexpr (dimensions == 2)
+    } else if constexpr (dimensions == 2) {
         return Grid<2>({std::move(axes[0]), std::move(axes[1])});
-    else
+    } else {
         return Grid<3>({std::move(axes[0]), std::move(axes[1]), std::move(axes[2])});
+    }
 }
 
 /// Bins with their cells, which ascend.

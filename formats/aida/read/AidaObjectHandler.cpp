@@ -16,11 +16,11 @@ namespace velmorak::io {
 namespace {
 
 std::string textOr(const char* text, const char* other) {
-    return text == nullptr ? other : text;
+    return !text ? other : text;
 }
 
 bool isTrue(const char* text) {
-    const std::string_view word = text == nullptr ? "" : text;
+    const std::string_view word = !text ? "" : text;
     return word == "true" || word == "True" || word == "TRUE" || word == "1";
 }
 
@@ -30,16 +30,17 @@ std::int64_t rounded(double number) {
 
 /// @return false where the text names no bin.
 bool readBinNumber(const char* text, std::int64_t& number) {
-    const std::string_view word = text == nullptr ? "" : text;
+    const std::string_view word = !text ? "" : text;
     double value = 0.0;
-    if (word == "UNDERFLOW")
+    if (word == "UNDERFLOW") {
         number = RawBin::underflow;
-    else if (word == "OVERFLOW")
+    } else if (word == "OVERFLOW") {
         number = RawBin::overflow;
-    else if (readNumber(word, value) && value == std::floor(value) && std::abs(value) < 1e15)
+    } else if (readNumber(word, value) && value == std::floor(value) && std::abs(value) < 1e15) {
         number = rounded(value);
-    else
+    } else {
         return false;
+    }
     return true;
 }
 
@@ -66,8 +67,9 @@ AidaObjectHandler::AidaObjectHandler(std::filesystem::path path, Choice isWanted
     : file(std::move(path)), isWanted(std::move(isWantedObject)), warnings(runContext) {}
 
 void AidaObjectHandler::warn(const std::string& about, const std::string& sentence) {
-    if (warned.size() < maxWarned && warned.insert(about).second)
+    if (warned.size() < maxWarned && warned.insert(about).second) {
         warnings.add(fmt::format("{}: {}", file.string(), sentence));
+    }
 }
 
 void AidaObjectHandler::beginDocument() {
@@ -78,46 +80,55 @@ void AidaObjectHandler::beginDocument() {
 }
 
 bool AidaObjectHandler::continuesAfter(const std::string& damage) {
-    if (reader->document().empty())
+    if (reader->document().empty()) {
         return false;
+    }
     warnings.add(damage);
     return true;
 }
 
 void AidaObjectHandler::beginElement(const char* name, const char* const* attributes) {
     ++depth;
-    if (skippedFrom != 0)
+    if (skippedFrom != 0) {
         return;
+    }
     const std::string_view element = name;
     bool isUsed = true;
-    if (depth == 1 && element != "aida")
+    if (depth == 1 && element != "aida") {
         throw Failure(
             fmt::format("{}{}: this is no AIDA file: it begins with <{}>", file.string(), reader->where(), name));
-    if (depth == 2 && element == "implementation")
+    }
+    if (depth == 2 && element == "implementation") {
         package = textOr(attributeOf(attributes, "package"), "");
-    else if (depth == 2 && isObject(element))
+    } else if (depth == 2 && isObject(element)) {
         beginObject(element, attributes);
-    else if (depth > 1)
+    } else if (depth > 1) {
         isUsed = raw && inObject(element, attributes);
-    if (isUsed)
+    }
+    if (isUsed) {
         return;
+    }
     skippedFrom = depth;
-    if (!isKnownElement(element))
+    if (!isKnownElement(element)) {
         warn(std::string(element), fmt::format("the unknown element <{}> is skipped", element));
+    }
 }
 
 void AidaObjectHandler::endElement(const char* /*name*/) {
     isInCodelet = false;
-    if (skippedFrom == depth)
+    if (skippedFrom == depth) {
         skippedFrom = 0;
-    if (depth == 2 && raw)
+    }
+    if (depth == 2 && raw) {
         endObject();
+    }
     --depth;
 }
 
 void AidaObjectHandler::characters(std::string_view text) {
-    if (!isInCodelet || !raw || !raw->problem.empty())
+    if (!isInCodelet || !raw || !raw->problem.empty()) {
         return;
+    }
     raw->codelet += text;
     if (raw->codelet.size() > maxCodeletLength) {
         raw->problem = fmt::format("its codelet is longer than {} MB", maxCodeletLength >> 20U);
@@ -128,10 +139,12 @@ void AidaObjectHandler::characters(std::string_view text) {
 /// Counts what is kept of the object. @return false where that is too much; the object is then not made.
 bool AidaObjectHandler::hold(std::size_t bytes) {
     held += bytes;
-    if (held <= maxHeld)
+    if (held <= maxHeld) {
         return true;
-    if (raw->problem.empty())
+    }
+    if (raw->problem.empty()) {
         raw->problem = fmt::format("its parts take more than {} MB", maxHeld >> 20U);
+    }
     raw->bins.clear();
     raw->points.clear();
     raw->annotation.clear();
@@ -140,13 +153,15 @@ bool AidaObjectHandler::hold(std::size_t bytes) {
 
 void AidaObjectHandler::beginObject(std::string_view name, const char* const* attributes) {
     std::string warning;
-    if (found.size() == maxObjects)
+    if (found.size() == maxObjects) {
         throw Failure(fmt::format("{}{}: it holds more than {} objects", file.string(), reader->where(), maxObjects));
+    }
     held = promised = 0;
     raw.emplace();
     raw->path = paths.next(attributes, reader->document(), warning);
-    if (!warning.empty())
+    if (!warning.empty()) {
         warn(warning, warning);
+    }
     raw->element = name;
     raw->name = plainName(textOr(attributeOf(attributes, "name"), "unnamed"));
     raw->title =
@@ -156,20 +171,23 @@ void AidaObjectHandler::beginObject(std::string_view name, const char* const* at
     raw->dimension = textOr(attributeOf(attributes, "dimension"), "");
     raw->isNormalized = isTrue(attributeOf(attributes, "isNormalized"));
     isMade = !isCloud(name) && !isTable(name) && isWanted(raw->path, raw->element);
-    if (!isMade && !isCloud(name))
+    if (!isMade && !isCloud(name)) {
         skippedFrom = depth;
+    }
 }
 
 void AidaObjectHandler::endObject() {
     AidaObject object{raw->path, raw->element, nullptr, raw->bins.size()};
     std::vector<std::string> sentences;
     const std::size_t bytes = isMade && raw->problem.empty() ? promisedBytes(*raw) : 0;
-    if (bytes > manyBytes)
+    if (bytes > manyBytes) {
         warnings.add(fmt::format("{}: {} has {} cells, which take {:.1f} GB of memory", file.string(), raw->path,
                                  promisedCells(*raw), static_cast<double>(bytes) / 1e9));
+    }
     try {
-        if (isMade)
+        if (isMade) {
             object.object = objectFrom(*raw, sentences);
+        }
     } catch (const Failure& failure) {
         sentences.emplace_back(fmt::format("it cannot be read{}: {}", reader->where(), failure.what()));
     } catch (const std::bad_alloc&) {
@@ -178,28 +196,32 @@ void AidaObjectHandler::endObject() {
     } catch (const std::invalid_argument& problem) {
         sentences.emplace_back(fmt::format("it cannot be read{}: {}", reader->where(), problem.what()));
     }
-    for (const std::string& sentence : sentences)
+    for (const std::string& sentence : sentences) {
         warn(raw->path + sentence, fmt::format("{}: {}", raw->path, sentence));
+    }
     found.push_back(std::move(object));
     raw.reset();
 }
 
 bool AidaObjectHandler::inObject(std::string_view name, const char* const* attributes) {
-    if (name == "annotation")
+    if (name == "annotation") {
         return depth == 3;
+    }
     if (name == "item") {
         putItem(attributes);
         return true;
     }
-    if (isCloud(raw->element) && !name.starts_with("histogram"))
+    if (isCloud(raw->element) && !name.starts_with("histogram")) {
         return false;
+    }
     if (isCloud(raw->element)) {
         raw->element = name;
         isMade = isWanted(raw->path, raw->element);
         return isMade;
     }
-    if (raw->element == "function")
+    if (raw->element == "function") {
         return inFunction(name, attributes);
+    }
     return raw->element == "dataPointSet" ? inPoints(name, attributes) : inHistogram(name, attributes);
 }
 
@@ -210,31 +232,34 @@ void AidaObjectHandler::putItem(const char* const* attributes) {
     item.value = textOr(attributeOf(attributes, "value"), "");
     item.isSticky = isTrue(attributeOf(attributes, "sticky"));
     // Some programs write <item Title="..."/>: the name of the attribute is the key.
-    for (; key == nullptr && *attributes != nullptr; attributes += 2)
+    for (; !key && *attributes; attributes += 2) {
         if (std::string_view(*attributes) != "sticky" && std::string_view(*attributes) != "value") {
             item.key = attributes[0];
             item.value = attributes[1];
             break;
         }
-    if (hold(sizeof(item) + item.key.size() + item.value.size()))
+    }
+    if (hold(sizeof(item) + item.key.size() + item.value.size())) {
         raw->annotation.push_back(std::move(item));
+    }
 }
 
 bool AidaObjectHandler::inHistogram(std::string_view name, const char* const* attributes) {
-    if (name == "axis" && hold(sizeof(RawAxis)))
+    if (name == "axis" && hold(sizeof(RawAxis))) {
         raw->axes.push_back({textOr(attributeOf(attributes, "direction"), "x"),
                              textOr(attributeOf(attributes, "min"), ""),
                              textOr(attributeOf(attributes, "max"), ""),
                              textOr(attributeOf(attributes, "numberOfBins"), ""),
                              {}});
-    else if (name == "binBorder" && !raw->axes.empty() && hold(2 * sizeof(double)))
+    } else if (name == "binBorder" && !raw->axes.empty() && hold(2 * sizeof(double))) {
         raw->axes.back().borders.push_back(numberOr(attributeOf(attributes, "value"), notGiven));
-    else if (name == "bin1d" || name == "bin2d" || name == "bin3d")
+    } else if (name == "bin1d" || name == "bin2d" || name == "bin3d") {
         putBin(attributes, static_cast<std::size_t>(name[3] - '0'));
-    else if (name == "data1d" || name == "data2d" || name == "data3d")
+    } else if (name == "data1d" || name == "data2d" || name == "data3d") {
         promised = promisedCells(*raw);
-    else
+    } else {
         return name == "axis" || name == "binBorder" || name == "statistics" || name == "statistic";
+    }
     return true;
 }
 
@@ -243,14 +268,16 @@ void AidaObjectHandler::putBin(const char* const* attributes, std::size_t dimens
     constexpr std::array means{"weightedMeanX", "weightedMeanY", "weightedMeanZ"};
     constexpr std::array spreads{"weightedRmsX", "weightedRmsY", "weightedRmsZ"};
     const auto number = [&](const char* name) { return numberOr(attributeOf(attributes, name), notGiven); };
-    if (raw->bins.size() >= promised && !hold(sizeof(RawBin)))
+    if (raw->bins.size() >= promised && !hold(sizeof(RawBin))) {
         return;
+    }
     RawBin bin;
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
         const char* name = dimensions == 1 ? "binNum" : numbers[direction];
-        if (!readBinNumber(attributeOf(attributes, name), bin.numbers[direction]) && raw->problem.empty())
+        if (!readBinNumber(attributeOf(attributes, name), bin.numbers[direction]) && raw->problem.empty()) {
             raw->problem = fmt::format(R"({}="{:.40}"{} names no bin)", name, textOr(attributeOf(attributes, name), ""),
                                        reader->where());
+        }
         bin.means[direction] = number(dimensions == 1 ? "weightedMean" : means[direction]);
         bin.spreads[direction] = number(dimensions == 1 ? "weightedRms" : spreads[direction]);
     }
@@ -265,11 +292,13 @@ void AidaObjectHandler::putBin(const char* const* attributes, std::size_t dimens
 
 bool AidaObjectHandler::inPoints(std::string_view name, const char* const* attributes) {
     if (name == "dataPoint") {
-        if (hold(sizeof(raw->points.front())))
+        if (hold(sizeof(raw->points.front()))) {
             raw->points.emplace_back();
+        }
     } else if (name == "measurement") {
-        if (raw->points.empty() || !hold(2 * sizeof(Measurement)))
+        if (raw->points.empty() || !hold(2 * sizeof(Measurement))) {
             return true;
+        }
         Measurement measurement;
         measurement.value = numberOr(attributeOf(attributes, "value"), notGiven);
         measurement.errorPlus = numberOr(attributeOf(attributes, "errorPlus"), 0.0);
@@ -286,8 +315,9 @@ bool AidaObjectHandler::inPoints(std::string_view name, const char* const* attri
 /// Titles of axes are no part of the document type, but several programs write them, also misspelt.
 void AidaObjectHandler::putAxisTitle(const char* const* attributes) {
     const double place = numberOr(attributeOf(attributes, "dim"), static_cast<double>(raw->axisTitles.size()));
-    if (!(place >= 0.0) || place > 1000.0)
+    if (!(place >= 0.0) || place > 1000.0) {
         return;
+    }
     const auto position = static_cast<std::size_t>(place);
     raw->axisTitles.resize(std::max(raw->axisTitles.size(), position + 1));
     raw->axisTitles[position] =

@@ -28,22 +28,26 @@ std::vector<AidaObject> readAll(const std::filesystem::path& file, const AidaObj
         while (reader.advance()) {
         }
     } catch (const Failure& failure) {
-        if (walk.objects().empty())
+        if (walk.objects().empty()) {
             throw;
+        }
         damage = failure.what();
     }
     walk.finish();
-    if (reader.repairedBytes() > 0)
+    if (reader.repairedBytes() > 0) {
         context.warn(file.string() + ": bytes that are not UTF-8, as the file says, are read as ISO-8859-1");
+    }
     return std::move(walk.objects());
 }
 
 std::string named(const std::vector<AidaObject>& objects) {
     std::string all;
-    for (std::size_t i = 0; i < std::min(objects.size(), maxNamed); ++i)
+    for (std::size_t i = 0; i < std::min(objects.size(), maxNamed); ++i) {
         all += fmt::format("{}{} ({})", i == 0 ? "" : ", ", objects[i].path, objects[i].element);
-    if (objects.size() > maxNamed)
+    }
+    if (objects.size() > maxNamed) {
         all += fmt::format(" and {} more", objects.size() - maxNamed);
+    }
     return objects.empty() ? "nothing" : all;
 }
 
@@ -67,8 +71,9 @@ std::vector<AidaObject> readAidaObjects(const std::filesystem::path& file, RunCo
     std::string damage;
     auto objects = readAll(
         file, [](const std::string&, const std::string&) { return true; }, context, damage);
-    if (!damage.empty())
+    if (!damage.empty()) {
         context.warn(damage);
+    }
     return objects;
 }
 
@@ -79,8 +84,9 @@ DataObjectPtr readAidaObject(const std::filesystem::path& file, const std::strin
     bool isThereOne = false;
     const auto isWanted = [&](const std::string& candidate, const std::string& element) {
         const AidaObject object{candidate, element, nullptr, 0};
-        if (!fits(object, type) || !means(path, object))
+        if (!fits(object, type) || !means(path, object)) {
             return false;
+        }
         return !std::exchange(isThereOne, true) || candidate == io::normalPath(path);
     };
     const std::vector<AidaObject> objects = readAll(file, isWanted, context, damage);
@@ -94,18 +100,22 @@ DataObjectPtr readAidaObject(const std::filesystem::path& file, const std::strin
                                     [&](const AidaObject& object) { return object.path == io::normalPath(path); });
     const std::string after = damage.empty() ? "" : " before it is damaged (" + damage + ")";
     const std::string list = named(fitting.empty() ? objects : fitting);
-    if (meant.empty())
+    if (meant.empty()) {
         throw Failure(fmt::format("{} holds no {}{}{}; it holds {}", file.string(), nameOf(type),
                                   path.empty() ? "" : " " + path, after, list));
-    if (meant.size() > 1 && (path.empty() || exact == meant.end()))
+    }
+    if (meant.size() > 1 && (path.empty() || exact == meant.end())) {
         throw Failure(
             fmt::format("{} holds several objects that fit, and the whole path of one must be given; it holds {}",
                         file.string(), list));
+    }
     const AidaObject& chosen = exact == meant.end() ? meant.front() : *exact;
-    if (!chosen.object)
+    if (!chosen.object) {
         throw Failure(fmt::format("{}: {} cannot be read, as the warnings say", file.string(), chosen.path));
-    if (!damage.empty())
+    }
+    if (!damage.empty()) {
         context.warn(damage);
+    }
     return chosen.object;
 }
 

@@ -56,11 +56,13 @@ std::string aidaRows(const Schema& schema, const Chunk& chunk) {
     rows.reserve(chunk.rows * (16 + schema.size() * 40));
     for (std::size_t row = 0; row < chunk.rows; ++row) {
         rows += "<row>";
-        for (std::size_t column = 0; column < schema.size(); ++column)
-            if (schema[column].isList)
+        for (std::size_t column = 0; column < schema.size(); ++column) {
+            if (schema[column].isList) {
                 appendList(*chunk.columns[column], row, rows);
-            else
+            } else {
                 appendEntry(*chunk.columns[column], row, rows);
+            }
+        }
         rows += "</row>\n";
     }
     return rows;

@@ -29,10 +29,12 @@ bool endsWith(std::string_view text, std::string_view end) {
 
 std::string named(const std::vector<AidaEntry>& entries) {
     std::string all;
-    for (std::size_t i = 0; i < std::min(entries.size(), maxNamed); ++i)
+    for (std::size_t i = 0; i < std::min(entries.size(), maxNamed); ++i) {
         all += fmt::format("{}{} ({})", i == 0 ? "" : ", ", entries[i].path, entries[i].element);
-    if (entries.size() > maxNamed)
+    }
+    if (entries.size() > maxNamed) {
         all += fmt::format(" and {} more", entries.size() - maxNamed);
+    }
     return entries.empty() ? "nothing" : all;
 }
 
@@ -57,23 +59,28 @@ std::vector<AidaEntry> listed(const std::filesystem::path& file, RunContext& con
         while (reader.advance()) {
         }
     } catch (const Failure& failure) {
-        if (walk.entries().empty())
+        if (walk.entries().empty()) {
             throw;
+        }
         damage = failure.what();
     }
-    for (const std::string& more : walk.damages())
+    for (const std::string& more : walk.damages()) {
         damage += (damage.empty() ? "" : "; ") + more;
-    if (walk.entries().empty() && !damage.empty())
+    }
+    if (walk.entries().empty() && !damage.empty()) {
         throw Failure(damage);
+    }
     return walk.entries();
 }
 
 std::string onlyPath(const std::filesystem::path& file, const std::vector<AidaEntry>& entries) {
     const auto first = std::find_if(entries.begin(), entries.end(), isTabular);
-    if (first == entries.end())
+    if (first == entries.end()) {
         refuse(file, "holds no tuple or cloud", entries);
-    if (std::find_if(first + 1, entries.end(), isTabular) != entries.end())
+    }
+    if (std::find_if(first + 1, entries.end(), isTabular) != entries.end()) {
         refuse(file, "holds several tuples or clouds, and the path of one must be given", entries);
+    }
     return first->path;
 }
 
@@ -82,21 +89,26 @@ std::string pathOfName(const std::filesystem::path& file, const std::string& nam
                        const std::vector<AidaEntry>& entries) {
     std::vector<std::string> paths;
     for (const AidaEntry& entry : entries) {
-        if (entry.path == io::normalPath(name))
+        if (entry.path == io::normalPath(name)) {
             return entry.path;
-        if (isTabular(entry) && endsWith(entry.path, "/" + name))
+        }
+        if (isTabular(entry) && endsWith(entry.path, "/" + name)) {
             paths.push_back(entry.path);
+        }
     }
-    if (paths.size() > 1)
+    if (paths.size() > 1) {
         refuse(file, fmt::format(R"(holds several objects "{}", and the whole path must be given)", name), entries);
-    if (paths.empty())
+    }
+    if (paths.empty()) {
         refuse(file, fmt::format(R"(holds no tuple or cloud "{}")", name), entries);
+    }
     return paths[0];
 }
 
 std::string chosenPath(const std::filesystem::path& file, const std::string& object, RunContext& context) {
-    if (!object.empty() && object.front() == '/')
+    if (!object.empty() && object.front() == '/') {
         return io::normalPath(object);
+    }
     std::string damage;
     const auto entries = listed(file, context, damage);
     return object.empty() ? onlyPath(file, entries) : pathOfName(file, object, entries);
@@ -121,8 +133,9 @@ public:
             failure = std::make_unique<Failure>(damage);
         }
         // What is complete before the damage comes first.
-        if (failure && walk->rows()->rows() == 0)
+        if (failure && walk->rows()->rows() == 0) {
             throw Failure(fmt::format("{} (after {} complete rows)", failure->what(), rowsTaken));
+        }
         chunk.number = chunkNumber++;
         chunk.firstRow = rowsTaken;
         chunk.rows = walk->rows()->rows();
@@ -139,21 +152,25 @@ public:
 private:
     /// @return false when there are no more rows.
     bool advance() {
-        if (!walk->isDone())
+        if (!walk->isDone()) {
             return reader->advance();
+        }
         checkRest();
-        if (members.empty())
+        if (members.empty()) {
             return false;
+        }
         beginNext(walk->release());
         return true;
     }
 
     /// Damage behind the rows leaves them as they are, unless they are what the check sum is wrong for.
     void checkRest() {
-        if (std::exchange(isRestChecked, true))
+        if (std::exchange(isRestChecked, true)) {
             return;
-        if (const std::string damage = reader->damageBehind(); !damage.empty())
+        }
+        if (const std::string damage = reader->damageBehind(); !damage.empty()) {
             context.warn(damage + "; the rows may be wrong");
+        }
     }
 
     /// Goes to the rows of the next tuple. A chain gives way to the tuples that it names.
@@ -167,23 +184,28 @@ private:
             walk->appendTo(std::move(rows));
             reader = std::make_unique<XmlReader>(file, *walk, context, reading);
             walk->attach(*reader);
-            while (walk->builder() == nullptr && !walk->isDone() && reader->advance()) {
+            while (!walk->builder() && !walk->isDone() && reader->advance()) {
             }
-            if (walk->builder() == nullptr && walk->chain().empty())
+            if (!walk->builder() && walk->chain().empty()) {
                 refuseMissing(path);
+            }
             members.insert(members.begin(), walk->chain().begin(), walk->chain().end());
-            if (begun + members.size() > maxMembers)
+            if (begun + members.size() > maxMembers) {
                 throw Failure(fmt::format("{}: {} is a chain of more than {} tuples, or of itself", file.string(), path,
                                           maxMembers));
-            if (walk->builder() == nullptr)
+            }
+            if (!walk->builder()) {
                 rows = walk->release();
-        } while (walk->builder() == nullptr);
+            }
+        } while (!walk->builder());
     }
 
     [[noreturn]] void refuseMissing(const std::string& path) const {
-        for (const AidaEntry& entry : walk->entries())
-            if (entry.path == path)
+        for (const AidaEntry& entry : walk->entries()) {
+            if (entry.path == path) {
                 throw Failure(fmt::format("{}: {} is a {}, which is no table", file.string(), path, entry.element));
+            }
+        }
         refuse(file, fmt::format("holds no object {}", path), walk->entries());
     }
 
@@ -208,8 +230,9 @@ private:
 std::vector<AidaEntry> listAida(const std::filesystem::path& file, RunContext& context) {
     std::string damage;
     auto entries = listed(file, context, damage);
-    if (!damage.empty())
+    if (!damage.empty()) {
         context.warn(damage);
+    }
     return entries;
 }
 

@@ -27,15 +27,17 @@ bool isCloud(std::string_view name) {
 /// Columns of a cloud: its coordinates, and the weight, which is 1 where a point has none.
 std::vector<AidaColumn> cloudColumns(std::string_view element) {
     std::vector<AidaColumn> columns;
-    for (const char* name : {"x", "y", "z"})
-        if (columns.size() < static_cast<std::size_t>(element[5] - '0'))
+    for (const char* name : {"x", "y", "z"}) {
+        if (columns.size() < static_cast<std::size_t>(element[5] - '0')) {
             columns.push_back(columnFrom(name, "double", ""));
+        }
+    }
     columns.push_back(columnFrom("weight=1", "double", ""));
     return columns;
 }
 
 std::string textOr(const char* text, const char* other) {
-    return text == nullptr ? other : text;
+    return !text ? other : text;
 }
 
 }  // namespace
@@ -48,35 +50,40 @@ void AidaTupleHandler::fail(const std::string& reason) const {
 }
 
 void AidaTupleHandler::warnOnce(const std::string& about, const std::string& sentence) {
-    if (isReading() && warned.size() < maxWarned && warned.insert(about).second)
+    if (isReading() && warned.size() < maxWarned && warned.insert(about).second) {
         warnings.add(fmt::format("{}: {}", file.string(), sentence));
+    }
 }
 
 void AidaTupleHandler::noteUnknown(std::string_view name) {
-    if (isReading() && !isKnownElement(name))
+    if (isReading() && !isKnownElement(name)) {
         warnOnce(fmt::format("<{}>", name), fmt::format("the unknown element <{}> is skipped", name));
+    }
 }
 
 void AidaTupleHandler::beginElement(const char* name, const char* const* attributes) {
     const State state = begun(name, attributes);
-    if (state == State::Skipped)
+    if (state == State::Skipped) {
         noteUnknown(name);
+    }
     states.push_back(state);
 }
 
 AidaTupleHandler::State AidaTupleHandler::begun(std::string_view name, const char* const* attributes) {
     switch (states.back()) {
         case State::File:
-            if (name != "aida")
+            if (name != "aida") {
                 fail(fmt::format("this is no AIDA file: it begins with <{}>", name));
+            }
             return State::Root;
         case State::Root:
             return isObject(name) ? beginObject(name, attributes) : State::Skipped;
         case State::Tuple:
             return beginInTuple(name, attributes);
         case State::Columns:
-            if (name != "column")
+            if (name != "column") {
                 return State::Skipped;
+            }
             beginColumn(attributes);
             return State::Column;
         case State::Column:
@@ -91,8 +98,9 @@ AidaTupleHandler::State AidaTupleHandler::begun(std::string_view name, const cha
         case State::Cloud:
             return beginInCloud(name);
         case State::Points:
-            if (name.substr(0, 5) != "entry" || name.substr(5) != std::string_view(current.element).substr(5))
+            if (name.substr(0, 5) != "entry" || name.substr(5) != std::string_view(current.element).substr(5)) {
                 return State::Skipped;
+            }
             putPoint(attributes);
             return State::Point;
         default:
@@ -108,30 +116,37 @@ void AidaTupleHandler::beginDocument() {
 }
 
 bool AidaTupleHandler::continuesAfter(const std::string& damage) {
-    if (reader->document().empty() || hasBegun)
+    if (reader->document().empty() || hasBegun) {
         return false;
+    }
     // What was looked for may have been in there.
-    if (isReading())
+    if (isReading()) {
         warnings.add(damage);
-    if (reported.size() < maxReported)
+    }
+    if (reported.size() < maxReported) {
         reported.push_back(damage);
+    }
     return true;
 }
 
 AidaTupleHandler::State AidaTupleHandler::beginObject(std::string_view name, const char* const* attributes) {
     std::string warning;
-    if (found.size() == maxObjects)
+    if (found.size() == maxObjects) {
         fail(fmt::format("it holds more than {} objects", maxObjects));
+    }
     current = {paths.next(attributes, reader->document(), warning), std::string(name), {}};
-    if (!warning.empty())
+    if (!warning.empty()) {
         warnOnce(warning, warning);
+    }
     isWanted = isReading() && !done && current.path == wanted;
     hasHeader = isConverted = false;
-    if (isWanted)
+    if (isWanted) {
         columnCount = 0;
+    }
     header.clear();
-    if (name == "tuple")
+    if (name == "tuple") {
         return State::Tuple;
+    }
     if (!isCloud(name)) {
         found.push_back(current);
         return State::Skipped;
@@ -141,24 +156,29 @@ AidaTupleHandler::State AidaTupleHandler::beginObject(std::string_view name, con
 }
 
 AidaTupleHandler::State AidaTupleHandler::beginInTuple(std::string_view name, const char* const* attributes) {
-    if (name == "columns")
+    if (name == "columns") {
         return State::Columns;
-    if (name == "tuple" && isWanted)
+    }
+    if (name == "tuple" && isWanted) {
         members.push_back(
             objectPath(textOr(attributeOf(attributes, "path"), ""), textOr(attributeOf(attributes, "name"), "")));
-    if (name != "rows")
+    }
+    if (name != "rows") {
         return State::Skipped;
+    }
     endHeader();
-    if (isWanted)
+    if (isWanted) {
         plain = rowBuilder->plainColumns();
+    }
     isInPlainRows = (isWanted || !isReading()) && !plain.empty();
     return isWanted ? State::Rows : State::PassedRows;
 }
 
 AidaTupleHandler::State AidaTupleHandler::beginInCloud(std::string_view name) {
     isConverted = isConverted || name.substr(0, 9) == "histogram";
-    if (name.substr(0, 7) != "entries")
+    if (name.substr(0, 7) != "entries") {
         return State::Skipped;
+    }
     endHeader();
     return isWanted ? State::Points : State::Skipped;
 }
@@ -168,36 +188,41 @@ AidaTupleHandler::State AidaTupleHandler::beginInRow(std::string_view name, cons
         putEntry(attributes);
         return State::Entry;
     }
-    if (name != "entryITuple" && name != "entryTuple")
+    if (name != "entryITuple" && name != "entryTuple") {
         return State::Skipped;
+    }
     rowBuilder->beginNested();
     return State::Nested;
 }
 
 void AidaTupleHandler::putEntry(const char* const* attributes) {
     const char* value = attributeOf(attributes, "value");
-    if (value == nullptr)
+    if (!value) {
         rowBuilder->missingEntry();
-    else if (!rowBuilder->entry(value))
+    } else if (!rowBuilder->entry(value)) {
         fail(rowBuilder->problem());
+    }
 }
 
 void AidaTupleHandler::putPoint(const char* const* attributes) {
     constexpr std::array names{"valueX", "valueY", "valueZ"};
     const auto put = [&](const char* value) {
-        if (value == nullptr)
+        if (!value) {
             rowBuilder->missingEntry();
-        else if (!rowBuilder->entry(value))
+        } else if (!rowBuilder->entry(value)) {
             fail(rowBuilder->problem());
+        }
     };
-    for (std::size_t axis = 0; axis + 1 < header.size(); ++axis)
+    for (std::size_t axis = 0; axis + 1 < header.size(); ++axis) {
         put(attributeOf(attributes, names[axis]));
+    }
     put(attributeOf(attributes, "weight"));
 }
 
 void AidaTupleHandler::beginColumn(const char* const* attributes) {
-    if (++columnCount > (isWanted ? maxColumns : maxListedColumns))
+    if (++columnCount > (isWanted ? maxColumns : maxListedColumns)) {
         fail(fmt::format("there are more than {} columns", isWanted ? maxColumns : maxListedColumns));
+    }
     openColumns.push_back(columnFrom(textOr(attributeOf(attributes, "name"), ""),
                                      textOr(attributeOf(attributes, "type"), "double"),
                                      textOr(attributeOf(attributes, "booking"), "")));
@@ -211,23 +236,29 @@ void AidaTupleHandler::endColumn() {
 }
 
 void AidaTupleHandler::endHeader() {
-    if (hasHeader)
+    if (hasHeader) {
         return;
+    }
     hasHeader = true;
     auto made = std::make_unique<TupleBuilder>(header);
     current.schema = made->schema();
     // Rows that nothing is made of are passed faster by the scanner, which goes by the columns that it saw first.
-    if (!isReading() && plain.empty())
+    if (!isReading() && plain.empty()) {
         plain = made->plainColumns();
+    }
     found.push_back(current);
-    if (!isWanted)
+    if (!isWanted) {
         return;
-    for (const std::string& sentence : made->warnings())
+    }
+    for (const std::string& sentence : made->warnings()) {
         warnOnce(sentence, sentence);
-    if (rowBuilder && !haveSameShape(rowBuilder->columns(), header))
+    }
+    if (rowBuilder && !haveSameShape(rowBuilder->columns(), header)) {
         fail(fmt::format("{} has other columns than the tuples before it in its chain", current.path));
-    if (!rowBuilder)
+    }
+    if (!rowBuilder) {
         rowBuilder = std::move(made);
+    }
     hasBegun = true;
     reader->pause();
 }
@@ -246,8 +277,9 @@ void AidaTupleHandler::endElement(const char* /*name*/) {
             isInPlainRows = false;
             return;
         case State::NestedRow:
-            if (!rowBuilder->endNestedRow())
+            if (!rowBuilder->endNestedRow()) {
                 fail(rowBuilder->problem());
+            }
             return;
         case State::Nested:
             return rowBuilder->endNested();
@@ -261,32 +293,40 @@ void AidaTupleHandler::endElement(const char* /*name*/) {
 
 void AidaTupleHandler::endRow() {
     rowBuilder->endRow();
-    if (rowBuilder->hasExtraEntries())
+    if (rowBuilder->hasExtraEntries()) {
         warnOnce("extra entries",
                  fmt::format("{} has rows with more entries than columns; these are left out", current.path));
-    if (rowBuilder->isFull())
+    }
+    if (rowBuilder->isFull()) {
         reader->pause();
+    }
 }
 
 std::size_t AidaTupleHandler::takeRows(const PlainRows& rows, std::size_t first) {
-    if (!rowBuilder)
+    if (!rowBuilder) {
         return rows.count() - first;
+    }
     const std::size_t count = rowBuilder->roomFor(rows, first);
     rowBuilder->appendRows(rows, first, count);
     return count;
 }
 
 void AidaTupleHandler::endObject() {
-    if (isWanted && !hasHeader && isConverted)
+    if (isWanted && !hasHeader && isConverted) {
         fail(fmt::format("the cloud {} has been converted to a histogram and holds no points any more", current.path));
-    if (!isWanted || members.empty() || hasHeader)
+    }
+    if (!isWanted || members.empty() || hasHeader) {
         endHeader();
-    if (!isWanted)
+    }
+    if (!isWanted) {
         return;
-    if (reader->repairedBytes() > 0)
+    }
+    if (reader->repairedBytes() > 0) {
         warnOnce("encoding", "bytes that are not UTF-8, as the file says, are read as ISO-8859-1");
-    if (reader->skippedEntity())
+    }
+    if (reader->skippedEntity()) {
         warnOnce("entity", "a reference to another file is left out");
+    }
     warnings.finish(file.string());
     done = true;
     isWanted = false;

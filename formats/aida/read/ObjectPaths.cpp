@@ -20,11 +20,12 @@ bool isStored(std::string_view document) {
 }
 
 std::string folderOf(const char* const* attributes, std::string_view document) {
-    if (isStored(document))
+    if (isStored(document)) {
         return document.find('/') == std::string_view::npos ? "/"
                                                             : std::string(document.substr(0, document.rfind('/')));
+    }
     const char* folder = attributeOf(attributes, "path");
-    return folder == nullptr ? "/" : folder;
+    return !folder ? "/" : folder;
 }
 
 }  // namespace
@@ -37,10 +38,11 @@ bool isObject(std::string_view element) {
 
 std::string ObjectPaths::next(const char* const* attributes, std::string_view document, std::string& warning) {
     const char* name = attributeOf(attributes, "name");
-    std::string path = objectPath(folderOf(attributes, document), name == nullptr ? "unnamed" : name);
+    std::string path = objectPath(folderOf(attributes, document), !name ? "unnamed" : name);
     const int times = ++timesUsed[path];
-    if (times == 1)
+    if (times == 1) {
         return path;
+    }
     std::string unique = fmt::format("{};{}", path, times);
     warning = fmt::format("there is more than one object {}; this one is called {}", path, unique);
     return unique;

@@ -23,10 +23,12 @@ constexpr std::size_t maxNameBytes = std::size_t{64} << 20U;
 
 std::string_view trimmed(std::string_view text) {
     const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
-    while (!text.empty() && isBlank(text.front()))
+    while (!text.empty() && isBlank(text.front())) {
         text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back()))
+    }
+    while (!text.empty() && isBlank(text.back())) {
         text.remove_suffix(1);
+    }
     return text;
 }
 
@@ -37,8 +39,9 @@ bool isWord(std::string_view text, std::string_view word) {
 
 std::string firstCharacter(std::string_view text) {
     std::size_t length = std::min<std::size_t>(1, text.size());
-    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U)
+    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
         ++length;
+    }
     return std::string(text.substr(0, length));
 }
 
@@ -58,8 +61,9 @@ Column emptyColumn(ColumnType type, bool isList) {
             column.values.emplace<Column::Texts>();
             break;
     }
-    if (isList)
+    if (isList) {
         column.offsets.push_back(0);
+    }
     return column;
 }
 
@@ -69,13 +73,15 @@ bool readInteger(std::string_view text, std::int64_t& value) {
     text = trimmed(text);
     const std::string_view digits = !text.empty() && text.front() == '+' ? text.substr(1) : text;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    if (error == std::errc() && end == digits.data() + digits.size())
+    if (error == std::errc() && end == digits.data() + digits.size()) {
         return true;
+    }
     double real = 0.0;
     constexpr double limit = 9223372036854775808.0;
     if (error == std::errc::result_out_of_range || !readNumber(text, real) || real != std::trunc(real) ||
-        real < -limit || real >= limit)
+        real < -limit || real >= limit) {
         return false;
+    }
     value = static_cast<std::int64_t>(real);
     return true;
 }
@@ -83,15 +89,17 @@ bool readInteger(std::string_view text, std::int64_t& value) {
 bool readBoolean(std::string_view text, std::uint8_t& value) {
     text = trimmed(text);
     const bool isTrue = text == "1" || isWord(text, "true");
-    if (!isTrue && text != "0" && !isWord(text, "false"))
+    if (!isTrue && text != "0" && !isWord(text, "false")) {
         return false;
+    }
     value = isTrue ? 1 : 0;
     return true;
 }
 
 TupleBuilder::TupleBuilder(const std::vector<AidaColumn>& columns) : header(columns) {
-    for (const AidaColumn& column : columns)
+    for (const AidaColumn& column : columns) {
         items.push_back(column.isNested ? addNested(column, column.name, 0) : addColumn(column));
+    }
     allColumns = Schema(std::exchange(infos, {}));
     timesUsed.clear();
     maxRows = rowsInChunk(allColumns);
@@ -117,8 +125,9 @@ TupleBuilder::Item TupleBuilder::addNested(const AidaColumn& column, const std::
         note(fmt::format(R"(the column "{}" is nested too deep and is left out)", name));
         return item;
     }
-    if (column.children.empty())
+    if (column.children.empty()) {
         note(fmt::format(R"(the nested column "{}" does not say what it holds and is left out)", name));
+    }
     for (const AidaColumn& child : column.children) {
         const std::string inside = name + "." + child.name;
         if (child.isNested) {
@@ -163,11 +172,13 @@ std::string TupleBuilder::uniqueName(const std::string& given) {
 std::size_t TupleBuilder::addSlot(const AidaColumn& column, const std::string& name, bool isList) {
     const std::string given = name.empty() ? fmt::format("column{}", slots.size() + 1) : name;
     const std::string unique = uniqueName(given);
-    if (unique != given)
+    if (unique != given) {
         note(fmt::format(R"(there is more than one column "{}"; one is called "{}")", given, unique));
-    if (!column.isKnownType)
+    }
+    if (!column.isKnownType) {
         note(fmt::format(R"(the type "{}" of the column "{}" is not known; it is read as text)", column.typeText,
                          unique));
+    }
     nameBytes += unique.size();
     if (nameBytes > maxNameBytes) {
         throw Failure(fmt::format("the names of its columns take more than {} MB", maxNameBytes >> 20U));
@@ -178,12 +189,14 @@ std::size_t TupleBuilder::addSlot(const AidaColumn& column, const std::string& n
     slot.isSingleCharacter = column.isSingleCharacter;
     slot.textDefault = column.defaultText;
     std::uint8_t truth = 0;
-    if (!readNumber(column.defaultText, slot.realDefault))
+    if (!readNumber(column.defaultText, slot.realDefault)) {
         slot.realDefault = std::numeric_limits<double>::quiet_NaN();
-    if (column.type == ColumnType::Boolean && readBoolean(column.defaultText, truth))
+    }
+    if (column.type == ColumnType::Boolean && readBoolean(column.defaultText, truth)) {
         slot.integerDefault = truth;
-    else if (!readInteger(column.defaultText, slot.integerDefault))
+    } else if (!readInteger(column.defaultText, slot.integerDefault)) {
         slot.integerDefault = 0;
+    }
     slots.push_back(std::move(slot));
     return slots.size() - 1;
 }
@@ -191,25 +204,27 @@ std::size_t TupleBuilder::addSlot(const AidaColumn& column, const std::string& n
 TupleBuilder::Item* TupleBuilder::nextItem() {
     std::vector<Item>* all = levels.empty() ? &items : levels.back().item ? &levels.back().item->children : nullptr;
     std::size_t& place = levels.empty() ? position : levels.back().position;
-    return all != nullptr && place < all->size() ? &(*all)[place++] : nullptr;
+    return all && place < all->size() ? &(*all)[place++] : nullptr;
 }
 
 bool TupleBuilder::entry(const char* value) {
     const Item* item = nextItem();
-    if (item == nullptr) {
+    if (!item) {
         const Item* inside = levels.empty() ? nullptr : levels.back().item;
-        hasExtra = hasExtra || levels.empty() || (inside != nullptr && !inside->children.empty());
+        hasExtra = hasExtra || levels.empty() || (inside && !inside->children.empty());
         return true;
     }
     // A single value where rows belong says nothing of them.
-    if (item->isNested)
+    if (item->isNested) {
         countRows(*item, 0);
+    }
     return item->isNested || put(slots[item->slot], value);
 }
 
 void TupleBuilder::countRows(const Item& item, std::int64_t rows) {
-    if (item.countSlot != Item::none)
+    if (item.countSlot != Item::none) {
         std::get<Column::Integers>(slots[item.countSlot].column.values).push_back(rows);
+    }
 }
 
 bool TupleBuilder::put(Slot& slot, const char* value) {
@@ -230,30 +245,33 @@ bool TupleBuilder::put(Slot& slot, const char* value) {
         auto& texts = std::get<Column::Texts>(slot.column.values);
         texts.push_back(slot.isSingleCharacter ? firstCharacter(value) : value);
     }
-    if (!isValue)
+    if (!isValue) {
         reason =
             fmt::format(R"("{:.40}" in column "{}" is no {})", value,
                         allColumns[static_cast<std::size_t>(&slot - slots.data())].name, nameOf(slot.column.type()));
+    }
     return isValue;
 }
 
 void TupleBuilder::putDefault(Slot& slot) {
-    if (auto* reals = std::get_if<Column::Reals>(&slot.column.values))
+    if (auto* reals = std::get_if<Column::Reals>(&slot.column.values)) {
         reals->push_back(slot.realDefault);
-    else if (auto* integers = std::get_if<Column::Integers>(&slot.column.values))
+    } else if (auto* integers = std::get_if<Column::Integers>(&slot.column.values)) {
         integers->push_back(slot.integerDefault);
-    else if (auto* booleans = std::get_if<Column::Booleans>(&slot.column.values))
+    } else if (auto* booleans = std::get_if<Column::Booleans>(&slot.column.values)) {
         booleans->push_back(slot.integerDefault != 0 ? 1 : 0);
-    else
+    } else {
         std::get<Column::Texts>(slot.column.values).push_back(slot.textDefault);
+    }
 }
 
 void TupleBuilder::missingEntry() {
     const Item* item = nextItem();
-    if (item != nullptr && item->isNested)
+    if (item && item->isNested) {
         countRows(*item, 0);
-    else if (item != nullptr)
+    } else if (item) {
         putDefault(slots[item->slot]);
+    }
 }
 
 void TupleBuilder::beginNested() {
@@ -262,35 +280,40 @@ void TupleBuilder::beginNested() {
         nestedValues = 0;
     }
     // Rows where a single value belongs: the default takes its place.
-    if (item != nullptr && !item->isNested)
+    if (item && !item->isNested) {
         putDefault(slots[item->slot]);
-    levels.push_back({item != nullptr && item->isNested ? item : nullptr});
+    }
+    levels.push_back({item && item->isNested ? item : nullptr});
 }
 
 bool TupleBuilder::endNestedRow() {
     Item* item = levels.back().item;
-    nestedValues += item == nullptr ? 0 : item->children.size() + 1;
+    nestedValues += !item ? 0 : item->children.size() + 1;
     if (nestedValues > maxNestedValues) {
         reason = fmt::format("there are more than {} values in the nested rows of one row", maxNestedValues);
         return false;
     }
-    while (item != nullptr && levels.back().position < item->children.size())
+    while (item && levels.back().position < item->children.size()) {
         missingEntry();
+    }
     levels.back().position = 0;
     ++levels.back().rows;
-    if (item == nullptr)
+    if (!item) {
         return true;
+    }
     ++item->rows;
-    if (item->rowSlot != Item::none)
+    if (item->rowSlot != Item::none) {
         std::get<Column::Integers>(slots[item->rowSlot].column.values).push_back(levels[levels.size() - 2].item->rows);
+    }
     return true;
 }
 
 void TupleBuilder::endNested() {
     const Level level = levels.back();
     levels.pop_back();
-    if (level.item != nullptr)
+    if (level.item) {
         countRows(*level.item, level.rows);
+    }
 }
 
 /// Counts the nested rows anew.
@@ -302,13 +325,16 @@ void TupleBuilder::restart(std::vector<Item>& items) {
 }
 
 void TupleBuilder::endRow() {
-    while (position < items.size())
+    while (position < items.size()) {
         missingEntry();
+    }
     restart(items);
     position = 0;
-    for (Slot& slot : slots)
-        if (slot.column.isList())
+    for (Slot& slot : slots) {
+        if (slot.column.isList()) {
             slot.column.offsets.push_back(slot.column.valueCount());
+        }
+    }
     ++rowCount;
     weighRow();
 }
@@ -321,9 +347,11 @@ void TupleBuilder::weighRow() {
         std::visit(
             [&](const auto& values) {
                 bytes += column.isList() ? (values.size() - begin) * sizeof(values[0]) : 0;
-                if constexpr (std::is_same_v<std::decay_t<decltype(values)>, Column::Texts>)
-                    for (std::size_t i = begin; i < values.size(); ++i)
+                if constexpr (std::is_same_v<std::decay_t<decltype(values)>, Column::Texts>) {
+                    for (std::size_t i = begin; i < values.size(); ++i) {
                         bytes += values[i].size();
+                    }
+                }
             },
             column.values);
     }
@@ -333,27 +361,31 @@ std::size_t TupleBuilder::roomFor(const PlainRows& rows, std::size_t first) cons
     const std::size_t most = std::min(rows.count() - first, maxRows - rowCount);
     std::size_t whole = bytes;
     for (std::size_t count = 0; count < most; ++count) {
-        if (whole >= maxChunkBytes)
+        if (whole >= maxChunkBytes) {
             return count;
+        }
         whole += rowBytes;
-        for (const std::size_t position : unequal)
+        for (const std::size_t position : unequal) {
             whole += rows.columns()[position].texts()[first + count].size();
+        }
     }
     return most;
 }
 
 std::vector<PlainColumn> TupleBuilder::plainColumns() const {
-    if (std::any_of(items.begin(), items.end(), [](const Item& item) { return item.isNested; }))
+    if (std::any_of(items.begin(), items.end(), [](const Item& item) { return item.isNested; })) {
         return {};
+    }
     std::vector<PlainColumn> columns;
     columns.reserve(slots.size());
-    for (const Slot& slot : slots)
+    for (const Slot& slot : slots) {
         columns.push_back({slot.column.type(), slot.isSingleCharacter});
+    }
     return columns;
 }
 
 void TupleBuilder::appendRows(const PlainRows& rows, std::size_t first, std::size_t count) {
-    for (std::size_t i = 0; i < slots.size(); ++i)
+    for (std::size_t i = 0; i < slots.size(); ++i) {
         std::visit(
             [&](auto& target) {
                 const auto& values = std::get<std::decay_t<decltype(target)>>(rows.columns()[i].values);
@@ -361,11 +393,14 @@ void TupleBuilder::appendRows(const PlainRows& rows, std::size_t first, std::siz
                 target.insert(target.end(), begin, begin + static_cast<std::ptrdiff_t>(count));
             },
             slots[i].column.values);
+    }
     rowCount += count;
     bytes += count * rowBytes;
-    for (const std::size_t position : unequal)
-        for (std::size_t i = first; i < first + count; ++i)
+    for (const std::size_t position : unequal) {
+        for (std::size_t i = first; i < first + count; ++i) {
             bytes += rows.columns()[position].texts()[i].size();
+        }
+    }
 }
 
 void TupleBuilder::dropIncompleteRow() {
@@ -383,12 +418,13 @@ std::vector<ColumnPtr> TupleBuilder::take() {
     std::vector<ColumnPtr> columns;
     for (Slot& slot : slots) {
         Column next = emptyColumn(slot.column.type(), slot.column.isList());
-        if (!slot.column.isList())
+        if (!slot.column.isList()) {
             std::visit(
                 [&](auto& values) {
                     values.reserve(std::get<std::decay_t<decltype(values)>>(slot.column.values).size());
                 },
                 next.values);
+        }
         columns.push_back(std::make_shared<Column>(std::exchange(slot.column, std::move(next))));
     }
     rowCount = 0;

@@ -107,7 +107,7 @@ private:
     std::vector<Level> levels;     ///< From the outermost to the one that is being read.
     std::size_t position = 0;      ///< Of the next entry in the row.
     std::size_t rowCount = 0;
-    std::size_t maxRows = 0;          ///< In a chunk.
+    std::size_t maxRows = 0;           ///< In a chunk.
     std::size_t rowBytes = 0;          ///< Of a row without its texts and lists.
     std::vector<std::size_t> unequal;  ///< Slots whose values are texts, or lists.
     std::size_t bytes = 0;             ///< Of the complete rows.

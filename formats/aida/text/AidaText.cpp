@@ -37,9 +37,11 @@ std::string_view escapeOf(char c) {
 }
 
 bool isAscii(std::string_view text) {
-    for (const char c : text)
-        if (static_cast<unsigned char>(c) >= 0x80)
+    for (const char c : text) {
+        if (static_cast<unsigned char>(c) >= 0x80) {
             return false;
+        }
+    }
     return true;
 }
 

@@ -22,8 +22,9 @@ struct PowerOf5 {
 
 constexpr std::uint64_t power5(int exponent) {
     std::uint64_t power = 1;
-    for (int i = 0; i < exponent; ++i)
+    for (int i = 0; i < exponent; ++i) {
         power *= 5;
+    }
     return power;
 }
 
@@ -61,8 +62,9 @@ constexpr auto powersOf5 = makePowers();
 /// Software: Practice and Experience 53 (2023), shows that no case is left open. In the range of exponents here nothing
 /// is subnormal or infinite.
 double rounded(std::uint64_t digits, int exponent) {
-    if (digits == 0)
+    if (digits == 0) {
         return 0.0;
+    }
     const int zeros = std::countl_zero(digits);
     digits <<= zeros;
     const PowerOf5& power = powersOf5[static_cast<std::size_t>(exponent - minPower)];
@@ -80,8 +82,9 @@ double rounded(std::uint64_t digits, int exponent) {
     // log2(10) in 2^-16.
     int binary = ((217706 * exponent) >> 16) + 63 + upper - zeros;
     // Exactly half way lies only what such a small power of 5 divides; it is told from what lies just above.
-    if (low <= 1 && exponent >= -4 && exponent <= 23 && (mantissa & 3) == 1 && mantissa << (upper + 9) == high)
+    if (low <= 1 && exponent >= -4 && exponent <= 23 && (mantissa & 3) == 1 && mantissa << (upper + 9) == high) {
         mantissa &= ~std::uint64_t{1};
+    }
     mantissa = (mantissa + (mantissa & 1)) >> 1;
     if (mantissa == std::uint64_t{1} << 53) {
         mantissa >>= 1;
@@ -114,27 +117,32 @@ std::uint64_t valueOf8(std::uint64_t bytes) {
 }
 
 const char* scanDigits(const char* text, std::uint64_t& digits) {
-    if constexpr (std::endian::native == std::endian::little)
+    if constexpr (std::endian::native == std::endian::little) {
         for (std::uint64_t bytes = eightBytes(text); areDigits(bytes); bytes = eightBytes(text)) {
             digits = digits * 100'000'000 + valueOf8(bytes);
             text += 8;
         }
-    for (; static_cast<unsigned char>(*text - '0') < 10; ++text)
+    }
+    for (; static_cast<unsigned char>(*text - '0') < 10; ++text) {
         digits = digits * 10 + static_cast<unsigned>(*text - '0');
+    }
     return text;
 }
 
 /// @return null where an 'e' is followed by no number, or by a large one.
 const char* scanExponent(const char* text, int& exponent) {
     const bool isNegative = *text == '-';
-    if (isNegative || *text == '+')
+    if (isNegative || *text == '+') {
         ++text;
+    }
     const char* const begin = text;
     int written = 0;
-    for (; static_cast<unsigned char>(*text - '0') < 10 && text - begin < 4; ++text)
+    for (; static_cast<unsigned char>(*text - '0') < 10 && text - begin < 4; ++text) {
         written = written * 10 + (*text - '0');
-    if (text == begin || text - begin > 3)
+    }
+    if (text == begin || text - begin > 3) {
         return nullptr;
+    }
     exponent += isNegative ? -written : written;
     return text;
 }
@@ -144,8 +152,9 @@ const char* scanExponent(const char* text, int& exponent) {
 const char* scanDecimal(const char* text, double& value) {
     constexpr std::ptrdiff_t maxDigits = 19;
     const bool isNegative = *text == '-';
-    if (isNegative)
+    if (isNegative) {
         ++text;
+    }
     std::uint64_t digits = 0;
     int exponent = 0;
     const char* end = scanDigits(text, digits);
@@ -157,14 +166,18 @@ const char* scanDecimal(const char* text, double& value) {
         exponent = static_cast<int>(fraction - end);
     }
     // Zeros in front are no digits that have to be held.
-    for (const char* zero = text; count > maxDigits && (*zero == '0' || *zero == '.'); ++zero)
+    for (const char* zero = text; count > maxDigits && (*zero == '0' || *zero == '.'); ++zero) {
         count -= *zero == '0' ? 1 : 0;
-    if (count == 0 || count > maxDigits)
+    }
+    if (count == 0 || count > maxDigits) {
         return nullptr;
-    if (*end == 'e' || *end == 'E')
+    }
+    if (*end == 'e' || *end == 'E') {
         end = scanExponent(end + 1, exponent);
-    if (end == nullptr || ((exponent < minPower || exponent > maxPower) && digits != 0))
+    }
+    if (!end || ((exponent < minPower || exponent > maxPower) && digits != 0)) {
         return nullptr;
+    }
     const double size = digits == 0 ? 0.0 : rounded(digits, exponent);
     value = isNegative ? -size : size;
     return end;

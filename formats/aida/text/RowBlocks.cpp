@@ -64,12 +64,13 @@ RowBlocks::Block* RowBlocks::Shared::firstUnscanned() const {
 
 bool RowBlocks::Shared::work(Lock& lock, bool isReadingFirst) {
     Block* const block = firstUnscanned();
-    if (mayRead() && (isReadingFirst || block == nullptr))
+    if (mayRead() && (isReadingFirst || !block)) {
         read(lock);
-    else if (block != nullptr)
+    } else if (block) {
         scan(lock, *block);
-    else
+    } else {
         return false;
+    }
     return true;
 }
 
@@ -81,14 +82,16 @@ void RowBlocks::Shared::read(Lock& lock) {
         unused.pop_back();
     }
     lock.unlock();
-    if (!block)
+    if (!block) {
         block = std::make_unique<Block>(layout);
+    }
     fill(*block);
     lock.lock();
     isReading = false;
     isAtEnd = isDrained;
-    if (block->size > 0 || block->failure)
+    if (block->size > 0 || block->failure) {
         blocks.push_back(std::move(block));
+    }
     changed.notify_all();
 }
 
@@ -144,8 +147,9 @@ void RowBlocks::Shared::help() {
 
 /// Not for every block that may be read: helpers would come and go.
 void RowBlocks::Shared::callHelpers(const std::shared_ptr<Shared>& self, std::size_t most) {
-    for (; helpers < most && !isAtEnd && 2 * blocks.size() <= maxBlocks; ++helpers)
+    for (; helpers < most && !isAtEnd && 2 * blocks.size() <= maxBlocks; ++helpers) {
         spawnTask([self] { self->help(); });
+    }
 }
 
 /// A helper that has not come yet holds this, maybe for long.
@@ -171,14 +175,17 @@ RowBlocks::Block* RowBlocks::front() {
     Shared::Lock lock(shared->mutex);
     shared->callHelpers(shared, threads - 1);
     while (shared->blocks.empty() || !shared->blocks.front()->isScanned) {
-        if (shared->blocks.empty() && shared->isAtEnd)
+        if (shared->blocks.empty() && shared->isAtEnd) {
             return nullptr;
-        if (!shared->work(lock, false))
+        }
+        if (!shared->work(lock, false)) {
             shared->changed.wait(lock);
+        }
     }
     Block* const block = shared->blocks.front().get();
-    if (block->failure)
+    if (block->failure) {
         std::rethrow_exception(block->failure);
+    }
     return block;
 }
 

@@ -1,7 +1,7 @@
 #include "aida/text/RowFastPath.h"
 
-#include "aida/text/Decimal.h"
 #include "aida/read/TupleBuilder.h"
+#include "aida/text/Decimal.h"
 
 #include <velmorak/Value.h>
 
@@ -34,18 +34,20 @@ bool isAt(const char* text, const char (&mark)[Size]) {
 /// @return the first byte that is no blank. A carriage return alone is none: it would be a line end to a parser.
 const char* skipBlanks(const char* text, std::uint64_t& lines) {
     for (;; ++text) {
-        if (*text == '\n')
+        if (*text == '\n') {
             ++lines;
-        else if (*text != ' ' && *text != '\t' && !(*text == '\r' && text[1] == '\n'))
+        } else if (*text != ' ' && *text != '\t' && !(*text == '\r' && text[1] == '\n')) {
             return text;
+        }
     }
 }
 
 /// @return the quote that ends a value; null where something comes before it that is not as it stands.
 const char* endOfValue(const char* text) {
     while (*text != '"') {
-        if (*text < 0x20 || *text > 0x7E || *text == '&' || *text == '<')
+        if (*text < 0x20 || *text > 0x7E || *text == '&' || *text == '<') {
             return nullptr;
+        }
         ++text;
     }
     return text;
@@ -61,10 +63,12 @@ const char* scanInteger(const char* text, std::int64_t& value) {
     const char* const first = isNegative ? text + 1 : text;
     const char* digit = first;
     std::int64_t number = 0;
-    for (; static_cast<unsigned char>(*digit - '0') < 10 && digit - first < 18; ++digit)
+    for (; static_cast<unsigned char>(*digit - '0') < 10 && digit - first < 18; ++digit) {
         number = number * 10 + (*digit - '0');
-    if (digit == first || *digit != '"')
+    }
+    if (digit == first || *digit != '"') {
         return nullptr;
+    }
     value = isNegative ? -number : number;
     return digit;
 }
@@ -95,19 +99,21 @@ void PlainRows::makeRoom(std::size_t size) {
     const std::size_t most = size / minBytes(targets.size()) + 1;
     if (most > room) {
         room = most;
-        for (Column& column : values)
+        for (Column& column : values) {
             std::visit([this](auto& all) { all.resize(room); }, column.values);
+        }
     }
     for (std::size_t i = 0; i < targets.size(); ++i) {
         Target& target = targets[i];
-        if (auto* reals = std::get_if<Column::Reals>(&values[i].values))
+        if (auto* reals = std::get_if<Column::Reals>(&values[i].values)) {
             target.reals = reals->data();
-        else if (auto* integers = std::get_if<Column::Integers>(&values[i].values))
+        } else if (auto* integers = std::get_if<Column::Integers>(&values[i].values)) {
             target.integers = integers->data();
-        else if (auto* booleans = std::get_if<Column::Booleans>(&values[i].values))
+        } else if (auto* booleans = std::get_if<Column::Booleans>(&values[i].values)) {
             target.booleans = booleans->data();
-        else
+        } else {
             target.texts = std::get<Column::Texts>(values[i].values).data();
+        }
     }
 }
 
@@ -122,37 +128,42 @@ void PlainRows::scan(const char* text, std::size_t size) {
     clear();
     makeRoom(size);
     const char* position = text;
-    while (position != nullptr) {
+    while (position) {
         position = skipBlanks(position, linesSeen);
         byteCount = static_cast<std::size_t>(position - text);
         lineCount = linesSeen;
         position = scanRow(position);
-        rowCount += position != nullptr ? 1 : 0;
+        rowCount += position ? 1 : 0;
     }
 }
 
 /// @return the first byte behind the row; null where it is no plain one.
 const char* PlainRows::scanRow(const char* text) {
-    if (!isAt(text, "<row>"))
+    if (!isAt(text, "<row>")) {
         return nullptr;
+    }
     text += rowBegin.size();
     for (const Target& target : targets) {
         text = scanEntry(skipBlanks(text, linesSeen), target);
-        if (text == nullptr)
+        if (!text) {
             return nullptr;
+        }
     }
     text = skipBlanks(text, linesSeen);
     return isAt(text, "</row>") ? text + rowEnd.size() : nullptr;
 }
 
 const char* PlainRows::scanEntry(const char* text, const Target& target) {
-    if (!isAt(text, R"(<entry value=")"))
+    if (!isAt(text, R"(<entry value=")")) {
         return nullptr;
+    }
     text = scanValue(text + entryBegin.size(), target);
-    if (text == nullptr)
+    if (!text) {
         return nullptr;
-    if (isAt(text, R"("/>)"))
+    }
+    if (isAt(text, R"("/>)")) {
         return text + entryEnd.size();
+    }
     text = skipBlanks(text + 1, linesSeen);
     return isAt(text, "/>") ? text + 2 : nullptr;
 }
@@ -163,25 +174,30 @@ const char* PlainRows::scanValue(const char* text, const Target& target) {
     double number = 0.0;
     if (type == ColumnType::Real) {
         const char* const end = scanDecimal(text, number);
-        if (end != nullptr && *end == '"')
+        if (end && *end == '"') {
             return target.reals[rowCount] = number, end;
+        }
     }
-    if (type == ColumnType::Integer)
-        if (const char* const end = scanInteger(text, target.integers[rowCount]))
+    if (type == ColumnType::Integer) {
+        if (const char* const end = scanInteger(text, target.integers[rowCount])) {
             return end;
+        }
+    }
     const char* const end = endOfValue(text);
-    if (end == nullptr)
+    if (!end) {
         return nullptr;
+    }
     const std::string_view value = between(text, end);
     bool isValue = true;
-    if (type == ColumnType::Real)
+    if (type == ColumnType::Real) {
         isValue = readNumber(value, target.reals[rowCount]);
-    else if (type == ColumnType::Integer)
+    } else if (type == ColumnType::Integer) {
         isValue = readInteger(value, target.integers[rowCount]);
-    else if (type == ColumnType::Boolean)
+    } else if (type == ColumnType::Boolean) {
         isValue = readBoolean(value, target.booleans[rowCount]);
-    else
+    } else {
         target.texts[rowCount] = target.column.isSingleCharacter ? value.substr(0, 1) : value;
+    }
     return isValue ? end : nullptr;
 }
 

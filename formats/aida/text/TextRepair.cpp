@@ -11,12 +11,15 @@ unsigned byteAt(std::string_view text, std::size_t position) {
 }
 
 std::size_t lengthFrom(unsigned lead) {
-    if (lead < 0x80)
+    if (lead < 0x80) {
         return 1;
-    if (lead >= 0xC2 && lead < 0xE0)
+    }
+    if (lead >= 0xC2 && lead < 0xE0) {
         return 2;
-    if (lead >= 0xE0 && lead < 0xF0)
+    }
+    if (lead >= 0xE0 && lead < 0xF0) {
         return 3;
+    }
     return lead >= 0xF0 && lead < 0xF5 ? 4 : 0;
 }
 
@@ -33,8 +36,9 @@ std::size_t sequence(std::string_view text) {
     const std::size_t length = lengthFrom(byteAt(text, 0));
     for (std::size_t position = 1; position < std::min(length, text.size()); ++position) {
         const unsigned byte = byteAt(text, position);
-        if (position == 1 ? !isSecond(byteAt(text, 0), byte) : (byte & 0xC0U) != 0x80)
+        if (position == 1 ? !isSecond(byteAt(text, 0), byte) : (byte & 0xC0U) != 0x80) {
             return 0;
+        }
     }
     return length;
 }
@@ -67,29 +71,33 @@ void TextRepair::appendPiece(std::string_view piece, std::string& target) {
     rest.clear();
     while (!text.empty()) {
         std::size_t good = 0;
-        while (good < text.size() && byteAt(text, good) < 0x80)
+        while (good < text.size() && byteAt(text, good) < 0x80) {
             ++good;
+        }
         target.append(text.substr(0, good));
         text.remove_prefix(good);
-        if (text.empty())
+        if (text.empty()) {
             return;
+        }
         const std::size_t length = sequence(text);
         if (length > text.size()) {
             rest = text;
             return;
         }
-        if (length == 0)
+        if (length == 0) {
             appendLatin1(text[0], target);
-        else
+        } else {
             target.append(text.substr(0, length));
+        }
         text.remove_prefix(std::max<std::size_t>(length, 1));
     }
 }
 
 void TextRepair::finish(std::string& target) {
     begin(target);
-    for (const char byte : rest)
+    for (const char byte : rest) {
         appendLatin1(byte, target);
+    }
     rest.clear();
     end(target);
 }

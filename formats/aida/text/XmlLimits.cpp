@@ -34,7 +34,7 @@ std::string_view XmlReader::currentBytes(std::size_t count) const {
     int offset = 0;
     int size = 0;
     const char* const context = XML_GetInputContext(parser.get(), &offset, &size);
-    if (context == nullptr || offset < 0 || offset > size) {
+    if (!context || offset < 0 || offset > size) {
         return {};
     }
     return std::string_view(context, static_cast<std::size_t>(size)).substr(static_cast<std::size_t>(offset), count);

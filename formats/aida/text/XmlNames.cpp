@@ -9,7 +9,7 @@ bool XmlNames::see(std::string_view element, const char* const* attributes) {
         elements.emplace(element);
     }
     // Rows have the same attribute again and again.
-    for (; *attributes != nullptr; attributes += 2) {
+    for (; *attributes; attributes += 2) {
         if (*attributes != last) {
             last = *attributes;
             names.insert(last);

@@ -39,8 +39,9 @@ bool fillMap(iconv_t converter, int* map) {
         const unsigned code = (static_cast<unsigned>(out[0]) << 24U) | (static_cast<unsigned>(out[1]) << 16U) |
                               (static_cast<unsigned>(out[2]) << 8U) | static_cast<unsigned>(out[3]);
         map[byte] = isOne && code < 0x10000 ? static_cast<int>(code) : -1;
-        if (byte < 0x80 && byte >= 0x20 && map[byte] != byte)
+        if (byte < 0x80 && byte >= 0x20 && map[byte] != byte) {
             return false;
+        }
     }
     return true;
 }
@@ -49,8 +50,9 @@ bool fillMap(iconv_t converter, int* map) {
 int XMLCALL unknownEncoding(void* /*data*/, const XML_Char* name, XML_Encoding* info) {
     iconv_t converter = iconv_open("UCS-4BE", name);
     // The value that says so is an integer in the clothes of a pointer.
-    if (reinterpret_cast<std::intptr_t>(converter) == -1)
+    if (reinterpret_cast<std::intptr_t>(converter) == -1) {
         return XML_STATUS_ERROR;
+    }
     const bool isUsable = fillMap(converter, info->map);
     iconv_close(converter);
     info->convert = nullptr;
@@ -63,11 +65,13 @@ int XMLCALL unknownEncoding(void* /*data*/, const XML_Char* name, XML_Encoding* 
 std::string declaredEncoding(std::string_view text) {
     const std::string_view head = text.substr(0, text.find('>'));
     const auto begin = head.find("encoding");
-    if (begin == std::string_view::npos || head.find("<?xml") == std::string_view::npos)
+    if (begin == std::string_view::npos || head.find("<?xml") == std::string_view::npos) {
         return {};
+    }
     const auto open = head.find_first_of(R"("')", begin);
-    if (open == std::string_view::npos)
+    if (open == std::string_view::npos) {
         return {};
+    }
     std::string name(head.substr(open + 1, head.find(head[open], open + 1) - open - 1));
     std::transform(name.begin(), name.end(), name.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
@@ -77,9 +81,11 @@ std::string declaredEncoding(std::string_view text) {
 }  // namespace
 
 const char* attributeOf(const char* const* attributes, const char* name) {
-    for (; *attributes != nullptr; attributes += 2)
-        if (std::strcmp(*attributes, name) == 0)
+    for (; *attributes; attributes += 2) {
+        if (std::strcmp(*attributes, name) == 0) {
             return attributes[1];
+        }
+    }
     return nullptr;
 }
 
@@ -93,8 +99,9 @@ XmlReader::XmlReader(const std::filesystem::path& file, XmlHandler& elements, Ru
       piece(pieceSize, '\0'),
       reading(rowReading) {
     parser.reset(XML_ParserCreate(nullptr));
-    if (!parser)
+    if (!parser) {
         throw std::bad_alloc();
+    }
     prepareParser();
 }
 
@@ -115,11 +122,13 @@ void XmlReader::prepareParser() {
 bool XmlReader::advance() {
     do {
         try {
-            if (advanceInDocument())
+            if (advanceInDocument()) {
                 return true;
+            }
         } catch (const Failure& damage) {
-            if (!handler.continuesAfter(damage.what()))
+            if (!handler.continuesAfter(damage.what())) {
                 throw;
+            }
         }
     } while (beginNextDocument());
     return false;
@@ -127,15 +136,18 @@ bool XmlReader::advance() {
 
 bool XmlReader::advanceInDocument() {
     while (!isAtEnd) {
-        if (context.isStopping())
+        if (context.isStopping()) {
             throw Stopped();
-        if (!isSuspended && takeRows())
+        }
+        if (!isSuspended && takeRows()) {
             return true;
+        }
         const bool wasSuspended = isSuspended;
         isSuspended = false;
         check(wasSuspended ? XML_ResumeParser(parser.get()) : feed());
-        if (isSuspended)
+        if (isSuspended) {
             return true;
+        }
     }
     return false;
 }
@@ -143,12 +155,14 @@ bool XmlReader::advanceInDocument() {
 bool XmlReader::beginNextDocument() {
     blocks.reset();
     const bool isThereOne = stream.nextDocument();
-    for (; skippedFiles < stream.skipped().size(); ++skippedFiles)
+    for (; skippedFiles < stream.skipped().size(); ++skippedFiles) {
         warnings.add(fmt::format("{}: {} is no XML and is left out", path.string(), stream.skipped()[skippedFiles]));
+    }
     if (!isThereOne) {
         warnings.finish(path.string());
-        if (!stream.damage().empty() && isAtEnd)
+        if (!stream.damage().empty() && isAtEnd) {
             throw Failure(fmt::format("{}: {}", path.string(), stream.damage()));
+        }
         return false;
     }
     XML_ParserReset(parser.get(), nullptr);
@@ -167,18 +181,22 @@ bool XmlReader::beginNextDocument() {
 
 XML_Status XmlReader::feed() {
     const std::string_view bytes = nextPiece();
-    if (bytes.empty() && !stream.damage().empty())
+    if (bytes.empty() && !stream.damage().empty()) {
         throw Failure(fmt::format("{}: {}", path.string(), stream.damage()));
-    if (!isBegun)
+    }
+    if (!isBegun) {
         noteEncoding(bytes);
+    }
     isBegun = true;
-    if (!repairs)
+    if (!repairs) {
         return parse(bytes, bytes.empty());
+    }
     repaired.clear();
-    if (bytes.empty())
+    if (bytes.empty()) {
         repair.finish(repaired);
-    else
+    } else {
         repair.append(bytes, repaired);
+    }
     return parse(repaired, bytes.empty());
 }
 
@@ -188,25 +206,29 @@ XML_Status XmlReader::parse(std::string_view bytes, bool isLast) {
 }
 
 std::string_view XmlReader::nextPiece() {
-    if (!blocks && mayScan())
+    if (!blocks && mayScan()) {
         blocks = std::make_unique<RowBlocks>(stream, *handler.plainColumns());
+    }
     const std::size_t wanted = wantedBytes();
     if (blocks) {
         const std::string_view rows = nextOddRows();
-        if (wanted == pieceSize || rows.empty())
+        if (wanted == pieceSize || rows.empty()) {
             return rows;
+        }
         piece = rows;
         for (std::string_view more = nextOddRows(); !more.empty(); more = nextOddRows()) {
             piece += more;
-            if (piece.size() >= wanted)
+            if (piece.size() >= wanted) {
                 break;
+            }
         }
         return piece;
     }
     piece.resize(wanted);
     std::size_t size = 0;
-    for (std::size_t more = 1; more > 0 && size < (wanted == pieceSize ? 1 : wanted); size += more)
+    for (std::size_t more = 1; more > 0 && size < (wanted == pieceSize ? 1 : wanted); size += more) {
         more = stream.read(piece.data() + size, wanted - size);
+    }
     return std::string_view(piece).substr(0, size);
 }
 
@@ -218,15 +240,18 @@ void XmlReader::noteEncoding(std::string_view bytes) {
 }
 
 void XmlReader::check(XML_Status status) {
-    if (failure)
+    if (failure) {
         std::rethrow_exception(failure);
-    if (status == XML_STATUS_SUSPENDED)
+    }
+    if (status == XML_STATUS_SUSPENDED) {
         return;
+    }
     XML_ParsingStatus state{};
     XML_GetParsingStatus(parser.get(), &state);
     isAtEnd = state.parsing == XML_FINISHED;
-    if (status == XML_STATUS_OK)
+    if (status == XML_STATUS_OK) {
         return;
+    }
     const XML_Error error = XML_GetErrorCode(parser.get());
     throw Failure(fmt::format("{}: the XML is damaged{}: {}", path.string(), where(), XML_ErrorString(error)));
 }
@@ -251,8 +276,9 @@ void XmlReader::keep(std::exception_ptr thrown) {
 // No exception may pass through the parser: it is kept, and thrown again when the parser has returned.
 void XmlReader::began(void* self, const XML_Char* name, const XML_Char** attributes) {
     auto& reader = *static_cast<XmlReader*>(self);
-    if (reader.failure)
+    if (reader.failure) {
         return;
+    }
     try {
         reader.checkElement(name, attributes);
         reader.handler.beginElement(name, attributes);
@@ -263,8 +289,9 @@ void XmlReader::began(void* self, const XML_Char* name, const XML_Char** attribu
 
 void XmlReader::ended(void* self, const XML_Char* name) {
     auto& reader = *static_cast<XmlReader*>(self);
-    if (reader.failure)
+    if (reader.failure) {
         return;
+    }
     try {
         --reader.depth;
         reader.handler.endElement(name);
@@ -275,8 +302,9 @@ void XmlReader::ended(void* self, const XML_Char* name) {
 
 void XMLCALL XmlReader::text(void* self, const XML_Char* characters, int length) {
     auto& reader = *static_cast<XmlReader*>(self);
-    if (reader.failure)
+    if (reader.failure) {
         return;
+    }
     try {
         reader.handler.characters({characters, static_cast<std::size_t>(length)});
     } catch (...) {
@@ -287,14 +315,15 @@ void XMLCALL XmlReader::text(void* self, const XML_Char* characters, int length)
 int XMLCALL XmlReader::externalEntity(XML_Parser expat, const XML_Char* context, const XML_Char* /*base*/,
                                       const XML_Char* /*systemId*/, const XML_Char* /*publicId*/) {
     // Only a part of the document type comes without a context; any other entity is left out, unopened.
-    if (context != nullptr) {
+    if (context) {
         static_cast<XmlReader*>(XML_GetUserData(expat))->hasSkippedEntity = true;
         return XML_STATUS_OK;
     }
     const std::unique_ptr<std::remove_pointer_t<XML_Parser>, Free> part(
         XML_ExternalEntityParserCreate(expat, context, nullptr));
-    if (!part)
+    if (!part) {
         return XML_STATUS_ERROR;
+    }
     return XML_Parse(part.get(), documentType.data(), static_cast<int>(documentType.size()), 1);
 }
 

@@ -26,20 +26,24 @@ bool XmlReader::isParserBetweenRows() const {
 
 /// @return false where what comes next is for the parser.
 bool XmlReader::takeRows() {
-    if (!blocks || !mayScan() || !isParserBetweenRows())
+    if (!blocks || !mayScan() || !isParserBetweenRows()) {
         return false;
+    }
     RowBlocks::Block* const block = blocks->front();
-    if (block == nullptr)
+    if (!block) {
         return false;
+    }
     if (block->scannedFrom != cursor) {
         block->scanFrom(cursor);
         rowsTaken = 0;
     }
-    if (block->rows.bytes() == 0)
+    if (block->rows.bytes() == 0) {
         return false;
+    }
     rowsTaken += handler.takeRows(block->rows, rowsTaken);
-    if (rowsTaken == block->rows.count())
+    if (rowsTaken == block->rows.count()) {
         passRows(*block);
+    }
     return true;
 }
 
@@ -47,8 +51,9 @@ void XmlReader::passRows(RowBlocks::Block& block) {
     scannedBytes += block.rows.bytes();
     scannedLines += block.rows.lines();
     cursor += block.rows.bytes();
-    if (block.rows.count() > 0)
+    if (block.rows.count() > 0) {
         oddRows = 1;
+    }
     rowsTaken = 0;
     blockFraction = block.fraction;
     if (cursor < block.size) {
@@ -64,8 +69,9 @@ void XmlReader::passRows(RowBlocks::Block& block) {
 std::string_view XmlReader::nextOddRows() {
     for (;;) {
         const RowBlocks::Block* const block = blocks->front();
-        if (block == nullptr)
+        if (!block) {
             return {};
+        }
         if (cursor == block->size) {
             blocks->pop();
             cursor = 0;
@@ -96,8 +102,9 @@ void XMLCALL XmlReader::endedCdata(void* self) {
 void XMLCALL XmlReader::beganDoctype(void* self, const XML_Char* /*name*/, const XML_Char* /*systemId*/,
                                      const XML_Char* /*publicId*/, int hasInternalSubset) {
     // A file may declare there what a row means, the defaults of attributes for example.
-    if (hasInternalSubset != 0)
+    if (hasInternalSubset != 0) {
         static_cast<XmlReader*>(self)->isScannable = false;
+    }
 }
 
 }  // namespace velmorak::io

@@ -1,5 +1,5 @@
-#include "aida/write/AidaObjectWriter.h"
 #include "aida/text/AidaText.h"
+#include "aida/write/AidaObjectWriter.h"
 
 #include <velmorak/Aida.h>
 #include <velmorak/Failure.h>
@@ -44,19 +44,22 @@ std::string exactSums(const Histogram1D& histogram) {
     std::string text;
     for (std::size_t cell = 0; cell < histogram.cells().size(); ++cell) {
         const BinSums& sums = histogram.cells()[cell];
-        if (!isEmpty(sums))
+        if (!isEmpty(sums)) {
             text += fmt::format("{}{} {} {} {} {} {}", text.empty() ? "" : "; ", cell, sums.entries, textOf(sums.w),
                                 textOf(sums.ww), textOf(sums.wx), textOf(sums.wxx));
+        }
     }
     return text;
 }
 
 std::string annotation(const Histogram1D& histogram) {
     io::AnnotationText text(histogram);
-    if (!histogram.axis().title.empty())
+    if (!histogram.axis().title.empty()) {
         text.add("XLabel", histogram.axis().title);
-    if (histogram.nanEntries() != 0)
+    }
+    if (histogram.nanEntries() != 0) {
         text.add("NaNEntries", fmt::format("{}", histogram.nanEntries()));
+    }
     text.addList("ExactSums", exactSums(histogram));
     return text.finish(histogram);
 }
@@ -95,17 +98,19 @@ void checkName(const std::string& name) {
     constexpr std::string_view blanks = " \t\r\n";
     const bool isBlankAtAnEnd = name.empty() || blanks.find(name.front()) != std::string_view::npos ||
                                 blanks.find(name.back()) != std::string_view::npos;
-    if (isBlankAtAnEnd || name.find('=') != std::string::npos)
+    if (isBlankAtAnEnd || name.find('=') != std::string::npos) {
         throw Failure(fmt::format(
             R"(an AIDA file cannot name the column "{}": no "=", no blanks at its ends, and not empty, please)", name));
+    }
 }
 
 std::string columnElement(const ColumnInfo& column) {
     checkName(column.name);
     const std::string name = escaped(column.name);
     const std::string plain = fmt::format(R"(<column name="{}" type="{}"/>)", name, typeText(column.type));
-    if (!column.isList)
+    if (!column.isList) {
         return plain + "\n";
+    }
     return fmt::format("<column name=\"{}\" type=\"ITuple\"><columns>{}</columns></column>\n", name, plain);
 }
 
@@ -120,14 +125,17 @@ struct AidaFileWriter::Impl {
         throw Failure(fmt::format("{} cannot be written: {}", path.string(), std::generic_category().message(errno)));
     }
     void write(std::string_view text) {
-        if (!file)
+        if (!file) {
             throw std::logic_error("the AIDA file is closed");
-        if (std::fwrite(text.data(), 1, text.size(), file.get()) != text.size())
+        }
+        if (std::fwrite(text.data(), 1, text.size(), file.get()) != text.size()) {
             fail();
+        }
     }
     void mustBeInTable(bool expected) const {
-        if (isInTable != expected)
+        if (isInTable != expected) {
             throw std::logic_error("a table is begun, written and ended before anything else");
+        }
     }
 
     std::filesystem::path path;
@@ -140,8 +148,9 @@ struct AidaFileWriter::Impl {
 AidaFileWriter::AidaFileWriter(const std::filesystem::path& file) : part(std::make_unique<Impl>()) {
     part->path = file;
     part->file.reset(std::fopen(file.c_str(), "wb"));
-    if (!part->file)
+    if (!part->file) {
         part->fail();
+    }
     part->write(head(false));
 }
 
@@ -151,19 +160,24 @@ void AidaFileWriter::write(const Histogram1D& histogram, const std::string& fold
     part->mustBeInTable(false);
     std::string text = io::beginElement("histogram1d", histogram, folder) + annotation(histogram) +
                        io::axisElement(histogram.axis(), 'x') + statistics(histogram) + "<data1d>\n";
-    if (!isEmpty(histogram.underflow()))
+    if (!isEmpty(histogram.underflow())) {
         text += binElement("UNDERFLOW", histogram.underflow());
-    for (std::size_t bin = 0; bin < histogram.bins(); ++bin)
-        if (!isEmpty(histogram.bin(bin)))
+    }
+    for (std::size_t bin = 0; bin < histogram.bins(); ++bin) {
+        if (!isEmpty(histogram.bin(bin))) {
             text += binElement(fmt::format("{}", bin), histogram.bin(bin));
-    if (!isEmpty(histogram.overflow()))
+        }
+    }
+    if (!isEmpty(histogram.overflow())) {
         text += binElement("OVERFLOW", histogram.overflow());
+    }
     part->write(text + "</data1d>\n</histogram1d>\n");
 }
 
 void AidaFileWriter::write(const DataObject& object, const std::string& folder) {
-    if (const auto* histogram = dynamic_cast<const Histogram1D*>(&object))
+    if (const auto* histogram = dynamic_cast<const Histogram1D*>(&object)) {
         return write(*histogram, folder);
+    }
     part->mustBeInTable(false);
     part->write(io::objectElement(object, folder));
 }
@@ -175,13 +189,15 @@ void AidaFileWriter::beginTable(const std::string& name, const std::string& titl
     table.name = name;
     table.title = title;
     std::string text = io::beginElement("tuple", table, folder) + "<columns>\n";
-    for (const ColumnInfo& column : schema.columns())
+    for (const ColumnInfo& column : schema.columns()) {
         text += columnElement(column);
+    }
     part->write(text + "</columns>\n<rows>\n");
     part->schema = schema;
     part->isInTable = true;
-    for (const ColumnInfo& column : schema.columns())
+    for (const ColumnInfo& column : schema.columns()) {
         part->hasNestedRows = part->hasNestedRows || column.isList;
+    }
 }
 
 void AidaFileWriter::writeRows(const Chunk& chunk) {
@@ -204,15 +220,17 @@ void AidaFileWriter::close() {
     part->write("</aida>\n");
     std::FILE* file = part->file.get();
     if (part->hasNestedRows) {
-        if (std::fseek(file, 0, SEEK_SET) != 0)
+        if (std::fseek(file, 0, SEEK_SET) != 0) {
             part->fail();
+        }
         part->write(head(true));
     }
     // A full disk is reported here at the latest. To wait until all is on the disk could take seconds, in which a run
     // that is asked to end could not; and what a run makes can be made again.
     const bool isFlushed = std::fflush(file) == 0;
-    if (!isFlushed || std::fclose(part->file.release()) != 0)
+    if (!isFlushed || std::fclose(part->file.release()) != 0) {
         part->fail();
+    }
 }
 
 }  // namespace velmorak

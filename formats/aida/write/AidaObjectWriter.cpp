@@ -39,9 +39,10 @@ std::string binNumbers(const Grid<dimensions>& grid, std::size_t cell) {
     constexpr std::array names{"binNumX", "binNumY", "binNumZ"};
     const auto cells = grid.alongAxes(cell);
     std::string text;
-    for (std::size_t direction = 0; direction < dimensions; ++direction)
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
         text += fmt::format(R"( {}="{}")", dimensions == 1 ? "binNum" : names[direction],
                             binNumber(cells[direction], grid.axis(direction).bins()));
+    }
     return text;
 }
 
@@ -62,8 +63,9 @@ std::string coordinates(const Sums& sums) {
 
 template <std::size_t dimensions, typename Sums>
 void appendCoordinateSums(const Sums& sums, std::string& text) {
-    for (std::size_t direction = 0; direction < dimensions; ++direction)
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
         text += " " + textOf(sums.wx[direction]) + " " + textOf(sums.wxx[direction]);
+    }
 }
 
 template <std::size_t dimensions>
@@ -84,9 +86,11 @@ std::string sumsText(const ProfileSums<dimensions>& sums) {
 template <typename Sums>
 std::string allSums(const CellVector<Sums>& cells) {
     std::string text;
-    for (std::size_t cell = 0; cell < cells.size(); ++cell)
-        if (!(cells[cell] == Sums{}))
+    for (std::size_t cell = 0; cell < cells.size(); ++cell) {
+        if (!(cells[cell] == Sums{})) {
             text += fmt::format("{}{} {}", text.empty() ? "" : "; ", cell, sumsText(cells[cell]));
+        }
+    }
     return text;
 }
 
@@ -95,19 +99,25 @@ template <std::size_t dimensions, typename Object>
 std::string headOf(const Object& object, std::string_view sumsKey) {
     AnnotationText annotation(object);
     const auto& grid = object.grid();
-    for (std::size_t direction = 0; direction < dimensions; ++direction)
-        if (!grid.axis(direction).title.empty())
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+        if (!grid.axis(direction).title.empty()) {
             annotation.add(labels[direction], grid.axis(direction).title);
-    if (object.nanEntries() != 0)
+        }
+    }
+    if (object.nanEntries() != 0) {
         annotation.add("NaNEntries", fmt::format("{}", object.nanEntries()));
+    }
     annotation.addList(sumsKey, allSums(object.cells()));
     std::string text = annotation.finish(object);
     typename Object::Sums all;
-    for (std::size_t cell = 0; cell < object.cells().size(); ++cell)
-        if (grid.isInside(cell))
+    for (std::size_t cell = 0; cell < object.cells().size(); ++cell) {
+        if (grid.isInside(cell)) {
             all.add(object.cells()[cell]);
-    for (std::size_t direction = 0; direction < dimensions; ++direction)
+        }
+    }
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
         text += axisElement(grid.axis(direction), directions[direction]);
+    }
     text += fmt::format("<statistics entries=\"{}\"{}>\n", all.entries,
                         numberAttribute("equivalentBinEntries", all.w * all.w / all.ww));
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
@@ -126,10 +136,11 @@ std::string histogramElement(const HistogramGrid<dimensions>& histogram, const s
     text += fmt::format("<data{}d>\n", dimensions);
     for (std::size_t cell = 0; cell < histogram.cells().size(); ++cell) {
         const GridSums<dimensions>& sums = histogram.cells()[cell];
-        if (!(sums == GridSums<dimensions>{}))
+        if (!(sums == GridSums<dimensions>{})) {
             text += fmt::format("<bin{}d{} entries=\"{}\" height=\"{}\" error=\"{}\"{}/>\n", dimensions,
                                 binNumbers(histogram.grid(), cell), sums.entries, textOf(sums.w),
                                 textOf(std::sqrt(sums.ww)), coordinates<dimensions>(sums));
+        }
     }
     return text + fmt::format("</data{}d>\n</{}>\n", dimensions, element);
 }
@@ -143,19 +154,21 @@ std::string profileElement(const Profile<dimensions>& profile, const std::string
     for (std::size_t cell = 0; cell < profile.cells().size(); ++cell) {
         const ProfileSums<dimensions>& sums = profile.cells()[cell];
         const bool isGiven = !profile.hasExactSums() && !std::isnan(profile.height(cell));
-        if (isGiven || !(sums == ProfileSums<dimensions>{}))
+        if (isGiven || !(sums == ProfileSums<dimensions>{})) {
             text += fmt::format("<bin{}d{} entries=\"{}\" height=\"{}\" error=\"{}\"{}{}/>\n", dimensions,
                                 binNumbers(profile.grid(), cell), sums.entries, textOf(profile.height(cell)),
                                 textOf(profile.error(cell)), numberAttribute("rms", profile.rms(cell)),
                                 coordinates<dimensions>(sums));
+        }
     }
     return text + fmt::format("</data{}d>\n</{}>\n", dimensions, element);
 }
 
 std::string pointsElement(const Points& points, const std::string& folder) {
     AnnotationText annotation(points);
-    for (std::size_t direction = 0; direction < std::min(points.axisTitles.size(), labels.size()); ++direction)
+    for (std::size_t direction = 0; direction < std::min(points.axisTitles.size(), labels.size()); ++direction) {
         annotation.add(labels[direction], points.axisTitles[direction]);
+    }
     std::string text =
         beginElement("dataPointSet", points, folder, fmt::format(" dimension=\"{}\"", points.dimension()));
     text += annotation.finish(points);
@@ -179,14 +192,16 @@ std::string functionElement(const FunctionObject& function, const std::string& f
     text += fmt::format("<codelet>{}</codelet>\n<arguments>\n", escaped(function.codelet));
     for (const FunctionObject::Argument& argument : function.arguments) {
         text += fmt::format("<argument name=\"{}\">", escaped(argument.name));
-        for (const FunctionObject::Range& range : argument.ranges)
+        for (const FunctionObject::Range& range : argument.ranges) {
             text += fmt::format(R"(<range min="{}" max="{}"/>)", textOf(range.low), textOf(range.high));
+        }
         text += "</argument>\n";
     }
     text += "</arguments>\n<parameters>\n";
-    for (const FunctionObject::Parameter& parameter : function.parameters)
+    for (const FunctionObject::Parameter& parameter : function.parameters) {
         text +=
             fmt::format("<parameter name=\"{}\" value=\"{}\"/>\n", escaped(parameter.name), textOf(parameter.value));
+    }
     return text + "</parameters>\n</function>\n";
 }
 
@@ -195,8 +210,9 @@ std::string functionElement(const FunctionObject& function, const std::string& f
 std::string beginElement(std::string_view element, const DataObject& object, const std::string& folder,
                          std::string_view more) {
     std::string nameInPath;
-    for (const char c : object.name)
+    for (const char c : object.name) {
         nameInPath += c == '/' ? "\\/" : std::string(1, c);
+    }
     // Points and functions have none in the document type.
     const bool mayHaveOptions = element.starts_with("histogram") || element.starts_with("profile");
     const std::string options = mayHaveOptions && !object.options.empty()
@@ -213,11 +229,13 @@ std::string numberAttribute(std::string_view name, double number) {
 std::string axisElement(const Axis& axis, char direction) {
     std::string text = fmt::format(R"(<axis direction="{}" min="{}" max="{}" numberOfBins="{}")", direction,
                                    textOf(axis.low()), textOf(axis.high()), axis.bins());
-    if (axis.isRegular())
+    if (axis.isRegular()) {
         return text + "/>\n";
+    }
     text += ">\n";
-    for (std::size_t edge = 1; edge < axis.bins(); ++edge)
+    for (std::size_t edge = 1; edge < axis.bins(); ++edge) {
         text += fmt::format("<binBorder value=\"{}\"/>\n", textOf(axis.edges()[edge]));
+    }
     return text + "</axis>\n";
 }
 
@@ -239,25 +257,33 @@ void AnnotationText::addList(std::string_view key, std::string_view list) {
 }
 
 std::string AnnotationText::finish(const DataObject& object) {
-    for (const AnnotationItem& own : object.annotation)
-        if (std::find(madeAnew.begin(), madeAnew.end(), own.key) == madeAnew.end())
+    for (const AnnotationItem& own : object.annotation) {
+        if (std::find(madeAnew.begin(), madeAnew.end(), own.key) == madeAnew.end()) {
             items += item(own.key, own.value, own.isSticky);
+        }
+    }
     return "<annotation>\n" + items + "</annotation>\n";
 }
 
 std::string objectElement(const DataObject& object, const std::string& folder) {
-    if (const auto* histogram = dynamic_cast<const Histogram2D*>(&object))
+    if (const auto* histogram = dynamic_cast<const Histogram2D*>(&object)) {
         return histogramElement(*histogram, folder);
-    if (const auto* histogram = dynamic_cast<const Histogram3D*>(&object))
+    }
+    if (const auto* histogram = dynamic_cast<const Histogram3D*>(&object)) {
         return histogramElement(*histogram, folder);
-    if (const auto* profile = dynamic_cast<const Profile1D*>(&object))
+    }
+    if (const auto* profile = dynamic_cast<const Profile1D*>(&object)) {
         return profileElement(*profile, folder);
-    if (const auto* profile = dynamic_cast<const Profile2D*>(&object))
+    }
+    if (const auto* profile = dynamic_cast<const Profile2D*>(&object)) {
         return profileElement(*profile, folder);
-    if (const auto* points = dynamic_cast<const Points*>(&object))
+    }
+    if (const auto* points = dynamic_cast<const Points*>(&object)) {
         return pointsElement(*points, folder);
-    if (const auto* function = dynamic_cast<const FunctionObject*>(&object))
+    }
+    if (const auto* function = dynamic_cast<const FunctionObject*>(&object)) {
         return functionElement(*function, folder);
+    }
     throw Failure(fmt::format("a {} of this class has no place in an AIDA file", nameOf(object.type())));
 }
 

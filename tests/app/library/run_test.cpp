@@ -33,8 +33,9 @@ protected:
     void click() { editor->startButton.clicked(); }
     bool isIdle() { return editor->startButton.get_label() == "Start" && !editor->startButton.get_active(); }
     void pump() {
-        while (Gtk::Main::events_pending())
+        while (Gtk::Main::events_pending()) {
             Gtk::Main::iteration(false);
+        }
     }
 
     std::unique_ptr<Window> editor;
@@ -45,8 +46,9 @@ TEST_F(LongRun, isEndedByAClickAtAnyMomentAfterItsStart) {
         const Clock::time_point begin = Clock::now();
         click();
         // From at once to when it has long been going on.
-        while (Clock::now() - begin < std::chrono::microseconds(i * i * 10))
+        while (Clock::now() - begin < std::chrono::microseconds(i * i * 10)) {
             pump();
+        }
         click();
         EXPECT_TRUE(isIdle()) << i;
     }

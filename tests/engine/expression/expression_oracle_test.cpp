@@ -25,8 +25,9 @@ constexpr double maxUlps = 2.0;
 Chunk chunkOf(const std::vector<Column::Reals>& columns) {
     Chunk chunk;
     chunk.rows = columns.front().size();
-    for (const Column::Reals& values : columns)
+    for (const Column::Reals& values : columns) {
         chunk.columns.push_back(std::make_shared<Column>(Column{values, {}}));
+    }
     return chunk;
 }
 
@@ -42,10 +43,12 @@ std::int64_t ordinal(double value) {
 
 double ulpsBetween(double a, double b) {
     std::int64_t ulps = 0;
-    if (isSame(a, b))
+    if (isSame(a, b)) {
         return 0.0;
-    if (std::isnan(a) || std::isnan(b) || __builtin_sub_overflow(ordinal(a), ordinal(b), &ulps))
+    }
+    if (std::isnan(a) || std::isnan(b) || __builtin_sub_overflow(ordinal(a), ordinal(b), &ulps)) {
         return std::numeric_limits<double>::infinity();
+    }
     return std::fabs(static_cast<double>(ulps));
 }
 
@@ -126,8 +129,9 @@ public:
     explicit Writer(std::mt19937_64& source) : random(source) {}
 
     Pair real(int depth) {
-        if (depth == 0)
+        if (depth == 0) {
             return same(pick(leaves));
+        }
         switch (random() % 8) {
             case 0:
                 return joined({same("("), real(depth - 1), same(")")});
@@ -154,8 +158,9 @@ private:
     /// muParser has no way to take our power for its own sign of it.
     Pair power(int depth) {
         const Pair base = real(depth - 1);
-        if (random() % 3 == 0)
+        if (random() % 3 == 0) {
             return joined({{"(", "step16("}, base, {"^2)", ")"}});
+        }
         const bool isAngle = random() % 3 == 0;
         return joined({{isAngle ? "atan2(" : "(", isAngle ? "step15(" : "step14("},
                        base,
@@ -165,8 +170,9 @@ private:
     }
 
     Pair truth(int depth) {
-        if (depth == 0 || random() % 3 != 0)
+        if (depth == 0 || random() % 3 != 0) {
             return joined({same("("), real(depth), same(pick(comparisons)), real(depth), same(")")});
+        }
         return joined(
             {same("("), truth(depth - 1), same(random() % 2 == 0 ? " && " : " || "), truth(depth - 1), same(")")});
     }
@@ -231,15 +237,17 @@ double randomValue(std::mt19937_64& random) {
 
 std::vector<Column::Reals> randomColumns(std::mt19937_64& random, std::size_t rows = rowCount) {
     std::vector<Column::Reals> columns(3, Column::Reals(rows));
-    for (Column::Reals& column : columns)
-        for (double& value : column)
+    for (Column::Reals& column : columns) {
+        for (double& value : column) {
             value = randomValue(random);
+        }
+    }
     return columns;
 }
 
 std::uint64_t seed() {
     const char* given = std::getenv("VELMORAK_SEED");
-    return given == nullptr ? 4711 : std::strtoull(given, nullptr, 10);
+    return !given ? 4711 : std::strtoull(given, nullptr, 10);
 }
 
 TEST(Expression, givesWhatMuParserGivesTo2UlpAStep) {
@@ -249,19 +257,23 @@ TEST(Expression, givesWhatMuParserGivesTo2UlpAStep) {
     std::array<double, 3> variables{};
     mu::Parser parser;
     parser.EnableOptimizer(false);
-    for (std::size_t i = 0; i < 3; ++i)
+    for (std::size_t i = 0; i < 3; ++i) {
         parser.DefineVar(std::string(1, static_cast<char>('x' + i)), &variables[i]);
-    for (std::size_t i = 0; i < steps.size(); ++i)
-        if (const std::string name = "step" + std::to_string(i); steps[i]->takesTwo())
+    }
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        if (const std::string name = "step" + std::to_string(i); steps[i]->takesTwo()) {
             parser.DefineFunUserData(name, Step::two, steps[i].get(), false);
-        else
+        } else {
             parser.DefineFunUserData(name, Step::one, steps[i].get(), false);
+        }
+    }
     const Schema schema({{"x"}, {"y"}, {"z"}});
     Writer writer(random);
     std::vector<Column::Reals> columns;
     for (int round = 0; round < 100'000; ++round) {
-        if (round % 10 == 0)
+        if (round % 10 == 0) {
             columns = randomColumns(random);
+        }
         const Pair text = writer.real(1 + round % 4);
         const ColumnPtr ours = Expression(text.ours, schema).evaluate(chunkOf(columns));
         parser.SetExpr(text.theirs);
@@ -300,8 +312,9 @@ Twins randomTwins(std::mt19937_64& random, std::size_t rows) {
     }
     Twins twins{chunkOf({flat[0], flat[1], single}), chunkOf(flat)};
     twins.lists.rows = rows;
-    for (std::size_t i = 0; i < 2; ++i)
+    for (std::size_t i = 0; i < 2; ++i) {
         twins.lists.columns[i] = std::make_shared<Column>(Column{flat[i], offsets});
+    }
     return twins;
 }
 
@@ -313,17 +326,20 @@ TEST(ExpressionList, givesWhatARowOfEachValueGives) {
     Twins twins;
     int compared = 0;
     for (int round = 0; round < 5'000; ++round) {
-        if (round % 50 == 0)
+        if (round % 50 == 0) {
             twins = randomTwins(random, round % 1000 == 0 ? 3000 : 40);
+        }
         const std::string text = writer.real(1 + round % 4).ours;
         const Expression expression(text, lists);
-        if (!expression.isList())
+        if (!expression.isList()) {
             continue;
+        }
         const ColumnPtr ours = expression.evaluate(twins.lists);
         const ColumnPtr expected = Expression(text, rows).evaluate(twins.rows);
         ASSERT_EQ(ours->offsets, twins.lists.columns[0]->offsets);
-        for (std::size_t i = 0; i < expected->valueCount(); ++i)
+        for (std::size_t i = 0; i < expected->valueCount(); ++i) {
             ASSERT_TRUE(isSame(ours->reals()[i], expected->reals()[i])) << text << ", value " << i;
+        }
         ++compared;
     }
     EXPECT_GT(compared, 2'000);
@@ -343,10 +359,11 @@ TEST(Expression, hasTheSameBitsForAFunctionInWhateverPlaceARowStands) {
             y[row] = randomValue(random);
         }
         const ColumnPtr whole = asReals(expression.evaluate(chunkOf({x, y})));
-        for (std::size_t row = 0; row < x.size(); ++row)
+        for (std::size_t row = 0; row < x.size(); ++row) {
             ASSERT_TRUE(
                 isSame(asReals(expression.evaluate(chunkOf({{x[row]}, {y[row]}})))->reals()[0], whole->reals()[row]))
                 << text << " of " << x[row] << ", " << y[row] << " in row " << row;
+        }
     }
 }
 
@@ -373,17 +390,20 @@ void expectSameResults(const expression::WideKernel& wide, const expression::Fun
             ASSERT_EQ(std::memcmp(out.data(), expected.data(), rows), 0) << wide.name;
             continue;
         }
-        for (std::size_t row = 0; row < rows; ++row)
+        for (std::size_t row = 0; row < rows; ++row) {
             ASSERT_LE(ulpsBetween(out[row], expected[row]), ulpsAllowed(wide.name))
                 << wide.name << " of " << in[0][row] << ", " << in[1][row] << ", " << in[2][row];
+        }
     }
 }
 
 TEST(Expression, hasTheSameBitsOnProcessorsWithWideVectorsAndWithout) {
     std::mt19937_64 random(seed());
-    for (const expression::WideKernels& kernels : expression::runnableKernels())
-        for (const expression::WideKernel& wide : kernels)
+    for (const expression::WideKernels& kernels : expression::runnableKernels()) {
+        for (const expression::WideKernel& wide : kernels) {
             expectSameResults(wide, *expression::findFunction(wide.name), random);
+        }
+    }
 }
 
 }  // namespace

@@ -112,8 +112,9 @@ TEST(Expression, keepsIntegersUnlessAFractionMayComeOut) {
 
 TEST(Expression, failsWhereNoIntegerHoldsTheResult) {
     for (const char* text : {"9223372036854775807 + n", "n * 9223372036854775807", "n % 0", "-9223372036854775807 - n",
-                             "-(-9223372036854775807 - 1)", "abs(-9223372036854775807 - 1)"})
+                             "-(-9223372036854775807 - 1)", "abs(-9223372036854775807 - 1)"}) {
         EXPECT_NE(refusalOf(text).find("no integer can hold"), std::string::npos) << text;
+    }
     EXPECT_EQ(integer("(-9223372036854775807 - 1) % -1"), 0);
 }
 
@@ -218,8 +219,9 @@ TEST(ExpressionList, givesTheValueAtAPosition) {
     EXPECT_EQ(real("trk.px[count(trk.px) - 1]"), 2.0);
     EXPECT_EQ(real("2 ^ trk.px[1]"), 4.0);
     EXPECT_EQ(real("(trk.px * 10)[trk.hits[1]]"), 10.0);
-    for (const char* none : {"trk.px[-1]", "trk.px[2]", "trk.px[0.5]", "trk.px[nan]", "trk.px[1/0]", "trk.px[1e300]"})
+    for (const char* none : {"trk.px[-1]", "trk.px[2]", "trk.px[0.5]", "trk.px[nan]", "trk.px[1/0]", "trk.px[1e300]"}) {
         EXPECT_TRUE(std::isnan(real(none))) << none;
+    }
 }
 
 TEST(ExpressionList, ofAnotherLengthIsRefusedByRow) {
@@ -245,17 +247,20 @@ TEST(ExpressionList, longerThanABlockIsComputedWhole) {
     std::vector<std::uint64_t> offsets{0};
     for (std::size_t row = 0; row < chunk.rows; ++row) {
         lengths.push_back(static_cast<std::int64_t>(row % 5 == 0 ? 0 : row % 700));
-        for (std::int64_t i = 0; i < lengths.back(); ++i)
+        for (std::int64_t i = 0; i < lengths.back(); ++i) {
             values.push_back(static_cast<double>(i) + 0.5);
+        }
         offsets.push_back(values.size());
     }
     chunk.columns = {column(values, offsets), column(lengths)};
     const ColumnPtr made = Expression("2 * a - b", lists).evaluate(chunk);
     EXPECT_EQ(made->offsets, offsets);
     std::size_t wrong = 0;
-    for (std::size_t row = 0; row < chunk.rows; ++row)
-        for (std::uint64_t at = offsets[row]; at < offsets[row + 1]; ++at)
+    for (std::size_t row = 0; row < chunk.rows; ++row) {
+        for (std::uint64_t at = offsets[row]; at < offsets[row + 1]; ++at) {
             wrong += made->reals()[at] != 2.0 * values[at] - static_cast<double>(lengths[row]) ? 1 : 0;
+        }
+    }
     EXPECT_EQ(wrong, 0U);
 }
 
@@ -296,8 +301,9 @@ TEST(Expression, hasTheSameBitsInWhateverPlaceARowStands) {
     const Schema one({{"x"}});
     const Expression formula("sqrt(x*x + 0.1) * x + exp(-x) / (1 + x^3)", one);
     Column::Reals values;
-    for (int i = 0; i < 2500; ++i)
+    for (int i = 0; i < 2500; ++i) {
         values.push_back(0.001 * i);
+    }
     Chunk all;
     all.rows = values.size();
     all.columns = {column(values)};
@@ -307,9 +313,10 @@ TEST(Expression, hasTheSameBitsInWhateverPlaceARowStands) {
         tail.rows = values.size() - begin;
         tail.columns = {column(Column::Reals(values.begin() + begin, values.end()))};
         const ColumnPtr part = formula.evaluate(tail);
-        for (std::size_t row = 0; row < tail.rows; ++row)
+        for (std::size_t row = 0; row < tail.rows; ++row) {
             ASSERT_EQ(std::bit_cast<std::uint64_t>(part->reals()[row]),
                       std::bit_cast<std::uint64_t>(whole->reals()[begin + row]));
+        }
     }
 }
 
@@ -367,20 +374,23 @@ TEST(ExpressionMistake, hasAReason) {
         {"x ? 1", "a choice is written"},
         {"1 + not flag", "between parentheses"},
         {"sqrt(x", "closed by a parenthesis"}};
-    for (const auto& [text, reason] : mistakes)
+    for (const auto& [text, reason] : mistakes) {
         EXPECT_NE(refusalOf(text).find(reason), std::string::npos) << text << ": " << refusalOf(text);
+    }
 }
 
 std::string repeated(const std::string& text, std::size_t count) {
     std::string all;
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         all += text;
+    }
     return all;
 }
 
 TEST(ExpressionMistake, ofAnyDepthIsRefusedAndNoCrash) {
-    for (const char* opening : {"(", "-", "!", "not ", "sqrt(", "2^", "flag ? ", "flag ? 1 : ", "if(flag, x, "})
+    for (const char* opening : {"(", "-", "!", "not ", "sqrt(", "2^", "flag ? ", "flag ? 1 : ", "if(flag, x, "}) {
         EXPECT_NE(refusalOf(repeated(opening, 1300) + "x").find("too deeply"), std::string::npos) << opening;
+    }
     EXPECT_NE(refusalOf(repeated("(", 100'000)).find("at most 16384 characters"), std::string::npos);
     EXPECT_EQ(real(repeated("(", 150) + "x" + repeated(")", 150)), 1.5);
 }

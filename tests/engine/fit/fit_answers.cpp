@@ -25,10 +25,12 @@ int main() {
             data.entries.push_back(entry);
         }
         const FitResult result = fit(FitModel(model), data, options);
-        for (const double value : result.values)
+        for (const double value : result.values) {
             std::cout << textOf(value) << ' ';
-        for (const double error : result.errors)
+        }
+        for (const double error : result.errors) {
             std::cout << textOf(error) << ' ';
+        }
         std::cout << textOf(result.chi2) << '\n';
     }
     return 0;

@@ -29,24 +29,28 @@ Values drawn(std::mt19937_64& random, std::size_t count) {
                      710.5,
                      std::numeric_limits<double>::denorm_min()};
     Values made(count);
-    for (double& value : made)
+    for (double& value : made) {
         value = random() % 4 == 0 ? odd[random() % odd.size()] : std::normal_distribution<double>(0.0, 3.0)(random);
+    }
     return made;
 }
 
 /// One NaN is as good as another.
 bool areSame(const Values& a, const Values& b) {
-    for (std::size_t i = 0; i < a.size(); ++i)
+    for (std::size_t i = 0; i < a.size(); ++i) {
         if (std::bit_cast<std::uint64_t>(a[i]) != std::bit_cast<std::uint64_t>(b[i]) &&
-            !(std::isnan(a[i]) && std::isnan(b[i])))
+            !(std::isnan(a[i]) && std::isnan(b[i]))) {
             return false;
+        }
+    }
     return true;
 }
 
 std::vector<Op> allOperations() {
     std::vector<Op> all;
-    for (int i = 0; i <= static_cast<int>(Op::Choice); ++i)
+    for (int i = 0; i <= static_cast<int>(Op::Choice); ++i) {
         all.push_back(static_cast<Op>(i));
+    }
     return all;
 }
 
@@ -77,22 +81,25 @@ Values handed(const Loops& loops, Op op, const std::vector<Values>& in, const Va
 
 TEST(FitLoops, ofEveryOperationHaveTheSameBitsWithEveryWidth) {
     std::mt19937_64 random(20);
-    for (const Loops* wide : runnableLoops())
-        for (const Op op : allOperations())
+    for (const Loops* wide : runnableLoops()) {
+        for (const Op op : allOperations()) {
             for (std::size_t count = 1; count <= maxPlaces; ++count) {
                 const std::vector<Values> in{drawn(random, count), drawn(random, count), drawn(random, count)};
                 const Values result = performed(commonLoops(), op, in, count);
                 EXPECT_TRUE(areSame(performed(*wide, op, in, count), result)) << static_cast<int>(op);
-                for (const bool hasAdjoint : {false, true})
+                for (const bool hasAdjoint : {false, true}) {
                     EXPECT_TRUE(areSame(handed(*wide, op, in, result, hasAdjoint),
                                         handed(commonLoops(), op, in, result, hasAdjoint)))
                         << static_cast<int>(op);
+                }
             }
+        }
+    }
 }
 
 TEST(FitLoops, ofSumsHaveTheSameBitsWithEveryWidth) {
     std::mt19937_64 random(21);
-    for (const Loops* wide : runnableLoops())
+    for (const Loops* wide : runnableLoops()) {
         for (std::size_t count = 1; count <= maxPlaces; ++count) {
             const Values a = drawn(random, count);
             const Values b = drawn(random, count);
@@ -106,6 +113,7 @@ TEST(FitLoops, ofSumsHaveTheSameBitsWithEveryWidth) {
                 EXPECT_TRUE(areSame(sum, expected));
             }
         }
+    }
 }
 
 /// Columns of so many rows, with room behind each, which holds anything.
@@ -116,9 +124,11 @@ struct Matrix {
     Values rFactor = Values(columns * columns, 0.0);
 
     Matrix(std::mt19937_64& random, std::size_t count) : stride(count + foldedRows), rows(columns * stride, NAN) {
-        for (std::size_t k = 0; k < columns; ++k)
-            for (std::size_t i = 0; i < count; ++i)
+        for (std::size_t k = 0; k < columns; ++k) {
+            for (std::size_t i = 0; i < count; ++i) {
                 rows[k * stride + i] = std::normal_distribution<double>()(random);
+            }
+        }
     }
 
     void householderUpdate(const Loops& loops, std::size_t count) {
@@ -128,7 +138,7 @@ struct Matrix {
 
 TEST(FitLoops, foldRowsWithTheSameBitsWithEveryWidth) {
     std::mt19937_64 random(22);
-    for (const Loops* wide : runnableLoops())
+    for (const Loops* wide : runnableLoops()) {
         for (std::size_t count = 1; count <= maxPlaces; ++count) {
             Matrix matrix(random, count);
             Matrix expected = matrix;
@@ -136,6 +146,7 @@ TEST(FitLoops, foldRowsWithTheSameBitsWithEveryWidth) {
             expected.householderUpdate(commonLoops(), count);
             EXPECT_TRUE(areSame(matrix.rFactor, expected.rFactor)) << count;
         }
+    }
 }
 
 TEST(FitLoops, foldRowsSoThatColumnsKeepTheirAngles) {
@@ -147,15 +158,17 @@ TEST(FitLoops, foldRowsSoThatColumnsKeepTheirAngles) {
     first.householderUpdate(bestLoops(), count);
     second.rFactor = first.rFactor;
     second.householderUpdate(bestLoops(), count);
-    for (std::size_t a = 0; a < Matrix::columns; ++a)
+    for (std::size_t a = 0; a < Matrix::columns; ++a) {
         for (std::size_t b = a; b < Matrix::columns; ++b) {
             double wanted = 0.0;
-            for (const Matrix& part : both)
+            for (const Matrix& part : both) {
                 wanted += bestLoops().product(&part.rows[a * part.stride], &part.rows[b * part.stride], count);
+            }
             const double* const rFactor = second.rFactor.data();
             EXPECT_NEAR(bestLoops().product(rFactor + a * Matrix::columns, rFactor + b * Matrix::columns, a + 1),
                         wanted, 1e-12);
         }
+    }
 }
 
 TEST(FitLoops, foldRowsOfZerosWithoutATrace) {

@@ -96,8 +96,9 @@ LeastSquaresProblem drawn(const Family& family, std::mt19937& engine) {
 int residuals(const gsl_vector* parameters, void* data, gsl_vector* out) {
     const auto& problem = *static_cast<const LeastSquaresProblem*>(data);
     std::vector<long double> p(parameters->size);
-    for (std::size_t k = 0; k < p.size(); ++k)
+    for (std::size_t k = 0; k < p.size(); ++k) {
         p[k] = gsl_vector_get(parameters, k);
+    }
     for (std::size_t i = 0; i < problem.x.size(); ++i) {
         const long double f = problem.family->formula(problem.x[i], p.data());
         gsl_vector_set(out, i, static_cast<double>((f - problem.y[i]) / problem.error[i]));
@@ -122,8 +123,9 @@ Parameters solvedByGsl(LeastSquaresProblem& problem) {
     int reason = 0;
     gsl_multifit_nlinear_driver(500, 1e-15, 1e-15, 0, nullptr, nullptr, &reason, work.get());
     Parameters found;
-    for (std::size_t k = 0; k < problem.truth.size(); ++k)
+    for (std::size_t k = 0; k < problem.truth.size(); ++k) {
         found.push_back(gsl_vector_get(gsl_multifit_nlinear_position(work.get()), k));
+    }
     return found;
 }
 
@@ -137,10 +139,11 @@ long double chiSquare(const LeastSquaresProblem& problem, const std::vector<long
 }
 
 /// Half the second derivatives of chi square in long double by differences; steps are parts of the errors.
-std::vector<long double> secondDerivatives(const LeastSquaresProblem& problem, const Parameters& at, const Parameters& errors) {
+std::vector<long double> secondDerivatives(const LeastSquaresProblem& problem, const Parameters& at,
+                                           const Parameters& errors) {
     const std::size_t n = at.size();
     std::vector<long double> made(n * n);
-    for (std::size_t a = 0; a < n; ++a)
+    for (std::size_t a = 0; a < n; ++a) {
         for (std::size_t b = 0; b < n; ++b) {
             const long double stepA = 1e-3L * errors[a];
             const long double stepB = 1e-3L * errors[b];
@@ -153,14 +156,16 @@ std::vector<long double> secondDerivatives(const LeastSquaresProblem& problem, c
             made[a * n + b] =
                 (shifted(1, 1) - shifted(1, -1) - shifted(-1, 1) + shifted(-1, -1)) / (8.0L * stepA * stepB);
         }
+    }
     return made;
 }
 
 /// Gauss-Jordan in long double.
 std::vector<long double> inverse(std::vector<long double> m, std::size_t n) {
     std::vector<long double> made(n * n, 0.0L);
-    for (std::size_t i = 0; i < n; ++i)
+    for (std::size_t i = 0; i < n; ++i) {
         made[i * n + i] = 1.0L;
+    }
     for (std::size_t column = 0; column < n; ++column) {
         const long double pivot = m[column * n + column];
         for (std::size_t k = 0; k < n; ++k) {
@@ -181,11 +186,13 @@ std::vector<long double> inverse(std::vector<long double> m, std::size_t n) {
 FitResult solvedByUs(const LeastSquaresProblem& problem) {
     FitOptions options;
     const FitModel model(problem.family->model);
-    for (std::size_t k = 0; k < problem.truth.size(); ++k)
+    for (std::size_t k = 0; k < problem.truth.size(); ++k) {
         options.parameters[model.parameters()[k]].start = problem.truth[k];
+    }
     FitData data;
-    for (std::size_t i = 0; i < problem.x.size(); ++i)
+    for (std::size_t i = 0; i < problem.x.size(); ++i) {
         data.entries.push_back({problem.x[i], problem.x[i], problem.y[i], problem.error[i]});
+    }
     return fit(model, data, options);
 }
 
@@ -208,11 +215,12 @@ TEST(FitOracle, agreesWithGslOn200RandomProblems) {
 }
 
 TEST(FitOracle, agreesWithGslOnTheProbability) {
-    for (const double ndf : {1.0, 2.0, 3.0, 10.0, 57.0, 1000.0})
+    for (const double ndf : {1.0, 2.0, 3.0, 10.0, 57.0, 1000.0}) {
         for (const double part : {1e-9, 0.01, 0.3, 0.9, 1.0, 1.1, 1.5, 3.0, 20.0}) {
             const double wanted = gsl_cdf_chisq_Q(part * ndf, ndf);
             EXPECT_NEAR(chiSquareProbability(part * ndf, ndf), wanted, 1e-11 * wanted + 1e-13) << ndf << " " << part;
         }
+    }
 }
 
 }  // namespace

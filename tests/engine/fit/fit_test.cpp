@@ -33,8 +33,9 @@ FitData bins(std::size_t count, double low, double high, const Function& functio
 
 FitData points(const std::vector<std::array<double, 3>>& all) {
     FitData data;
-    for (const auto& [x, y, error] : all)
+    for (const auto& [x, y, error] : all) {
         data.entries.push_back({x, x, y, error});
+    }
     return data;
 }
 
@@ -147,7 +148,7 @@ TEST(Fit, findsEveryShapeWithoutStartValues) {
 
 TEST(Fit, comparesTheCentreTheMeanOrTheIntegralOfABin) {
     FitData data;
-    for (const double edge : {0.0, 1.0, 2.0, 4.0, 7.0})
+    for (const double edge : {0.0, 1.0, 2.0, 4.0, 7.0}) {
         data.entries.push_back({edge,
                                 edge == 0   ? 1.0
                                 : edge == 1 ? 2.0
@@ -155,6 +156,7 @@ TEST(Fit, comparesTheCentreTheMeanOrTheIntegralOfABin) {
                                 : edge == 4 ? 7.0
                                             : 9.0,
                                 0, 0});
+    }
     for (auto& entry : data.entries) {
         entry.y = (std::pow(entry.high, 3) - std::pow(entry.low, 3)) / 3.0;
         entry.error = 0.1;
@@ -162,8 +164,9 @@ TEST(Fit, comparesTheCentreTheMeanOrTheIntegralOfABin) {
     FitOptions options;
     options.compare = FitOptions::Compare::Integral;
     EXPECT_NEAR(fitted("a*x^2", data, "", options).values[0], 1.0, 1e-14);
-    for (auto& entry : data.entries)
+    for (auto& entry : data.entries) {
         entry.y /= entry.high - entry.low;
+    }
     options.compare = FitOptions::Compare::Mean;
     EXPECT_NEAR(fitted("a*x^2", data, "", options).values[0], 1.0, 1e-14);
     EXPECT_LT(fitted("a*x^2 + b", data).values[1], 1.0);

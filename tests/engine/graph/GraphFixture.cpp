@@ -65,13 +65,14 @@ bool Graph::wire(const std::string& sender, const std::string& from, const std::
 
 std::string Graph::sourceOf(const std::string& plugin, const std::string& inputName) {
     const QzBase::Input& fed = input(plugin, inputName);
-    return fed.source == nullptr ? "" : fed.source->name + '.' + fed.source->Outputs().at(fed.sourceOutput).name;
+    return !fed.source ? "" : fed.source->name + '.' + fed.source->Outputs().at(fed.sourceOutput).name;
 }
 
 std::vector<std::string> Graph::names() const {
     std::vector<std::string> all;
-    for (const QzBase* each : manager.plugins)
+    for (const QzBase* each : manager.plugins) {
         all.push_back(each->GetName());
+    }
     return all;
 }
 
@@ -93,8 +94,9 @@ void expectInStep(const QzManager& manager) {
                 ASSERT_EQ(&node->Outputs().at(input.sourceOutput), &output);
             }
         }
-        for (const QzBase::Input& input : node->Inputs())
-            fed += input.source != nullptr ? 1U : 0U;
+        for (const QzBase::Input& input : node->Inputs()) {
+            fed += input.source ? 1U : 0U;
+        }
     }
     ASSERT_EQ(fed, feeding);
 }

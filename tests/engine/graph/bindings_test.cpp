@@ -9,8 +9,9 @@ using testing::IsEmpty;
 class Bindings : public Graph {
 protected:
     Bindings() {
-        for (const char* name : {"A", "B", "C"})
+        for (const char* name : {"A", "B", "C"}) {
             add("Pair", name);
+        }
     }
 };
 

@@ -15,8 +15,9 @@ using testing::IsEmpty;
 
 std::vector<std::string> idsOf(const Catalogue& catalogue) {
     std::vector<std::string> ids;
-    for (const QzKind& kind : catalogue.kinds())
+    for (const QzKind& kind : catalogue.kinds()) {
         ids.push_back(kind.id);
+    }
     return ids;
 }
 
@@ -106,8 +107,9 @@ TEST(Catalogue, everyManagerHasTheSameLists) {
     EXPECT_EQ(&QzManager::GetExamples(), examples);
     EXPECT_EQ(kinds->size(), count);
     std::set<std::string> names;
-    for (const QzKind& kind : *kinds)
+    for (const QzKind& kind : *kinds) {
         EXPECT_TRUE(names.insert(kind.name).second) << kind.name;
+    }
 }
 
 }  // namespace

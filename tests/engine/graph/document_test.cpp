@@ -1,7 +1,7 @@
 #include "GraphFixture.h"
 
-#include "graph/ManagerExtensions.h"
 #include <sys/stat.h>
+#include "graph/ManagerExtensions.h"
 
 namespace velmorak::test {
 namespace {
@@ -224,8 +224,9 @@ TEST_F(Documents, aBindingToWhatIsNotThereIsDroppedAndSaid) {
 
 TEST_F(Documents, manyNotesAreCutShort) {
     std::string inputs;
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 1000; ++i) {
         inputs += (i == 0 ? "" : ",") + ("{\"name\": \"n" + std::to_string(i) + "\", \"from\": [\"A\", \"sum\"]}");
+    }
     const Errors errors;
     read(withPlugins("{\"name\": \"A\", \"kind\": \"Pair\", \"inputs\": [" + inputs + "]}"));
     EXPECT_EQ(errors.lines(), 21);

@@ -16,8 +16,9 @@ protected:
     std::vector<std::string> listed() {
         std::vector<std::string> all;
         const Catalogue catalogue = list();
-        for (const QzExample& each : catalogue.examples())
+        for (const QzExample& each : catalogue.examples()) {
             all.push_back(each.group + '/' + each.name);
+        }
         return all;
     }
 };

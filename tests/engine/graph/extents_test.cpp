@@ -89,9 +89,11 @@ TEST_F(Extents, largerLettersMakeTheBoxWider) {
 
 TEST_F(Extents, anyInputFitsBesideAnyOutput) {
     QzBase& made = add("Pair", "A");
-    for (const QzBase::Input& left : made.Inputs())
-        for (const QzBase::Output& right : made.Outputs())
+    for (const QzBase::Input& left : made.Inputs()) {
+        for (const QzBase::Output& right : made.Outputs()) {
             EXPECT_GT(full("A").first, 5 + textWidth(left.name, 8) + textWidth(right.name, 8) + 5);
+        }
+    }
 }
 
 /// What Pango needs for a line in DejaVu Sans of 8 points at 96 dots an inch, with its letters set to whole pixels.

@@ -48,8 +48,9 @@ protected:
                 default:
                     text.insert(at, pieces[below(std::size(pieces))]);
             }
-            if (text.empty())
+            if (text.empty()) {
                 text = "{";
+            }
         }
         return text;
     }
@@ -58,7 +59,7 @@ protected:
 TEST_F(Hostile, noMutationOfADocumentDoesHarm) {
     const Errors errors;
     int readable = 0;
-    for (const char* file : {TEST_DATA "/pipeline.zedra", TEST_DATA "/foreign.zedra"})
+    for (const char* file : {TEST_DATA "/pipeline.zedra", TEST_DATA "/foreign.zedra"}) {
         for (int i = 0; i < 2000; ++i) {
             QzManager fresh("QzAnalysisFactory");
             fresh.ReadDocument(folder.write("mutated.zedra", mutate(contentOf(file))));
@@ -74,6 +75,7 @@ TEST_F(Hostile, noMutationOfADocumentDoesHarm) {
             ASSERT_EQ(lastReadError(again), "") << text;
             ASSERT_EQ(again.DocumentText(), text);
         }
+    }
     EXPECT_GT(readable, 100);
 }
 
@@ -103,8 +105,9 @@ TEST_F(Hostile, aTinyCoordinateIsZero) {
 
 TEST_F(Hostile, morePortsThanAnybodyNeedsAreRefused) {
     std::string outputs;
-    for (int i = 0; i <= 1'000'000; ++i)
+    for (int i = 0; i <= 1'000'000; ++i) {
         outputs += "{\"name\": \"" + std::to_string(i) + "\"},";
+    }
     outputs.back() = ']';
     const Errors errors;
     read("{\"zedra\": 1, \"plugins\": [{\"name\": \"A\", \"kind\": \"B\", \"outputs\": [" + outputs + "}]}");
@@ -114,10 +117,11 @@ TEST_F(Hostile, morePortsThanAnybodyNeedsAreRefused) {
 
 TEST_F(Hostile, manyPluginsAndBindingsAreReadInTime) {
     std::string plugins;
-    for (int i = 0; i < 2000; ++i)
+    for (int i = 0; i < 2000; ++i) {
         plugins += (i == 0 ? "" : ",") + ("{\"name\": \"N" + std::to_string(i) +
                                           "\", \"kind\": \"Pair\", \"inputs\": [{\"name\": \"a\", \"from\": [\"N0\", "
                                           "\"sum\"]}]}");
+    }
     read("{\"zedra\": 1, \"plugins\": [" + plugins + "]}");
     EXPECT_EQ(manager.plugins.size(), 2000U);
     EXPECT_EQ(output("N0", "sum").consumers.size(), 2000U);

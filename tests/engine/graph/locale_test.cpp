@@ -56,8 +56,9 @@ TEST_F(CommaLocale, numbersInValuesHaveAPoint) {
 }
 
 TEST_F(CommaLocale, namesGetPlainNumbers) {
-    for (int i = 0; i < 1002; ++i)
+    for (int i = 0; i < 1002; ++i) {
         add("Drain", "D");
+    }
     EXPECT_EQ(manager.plugins.back()->name, "D1001");
 }
 

@@ -93,8 +93,9 @@ TEST_F(Plugins, itsOwnNameIsNoChange) {
 }
 
 TEST_F(Plugins, theStartMovesToTheFrontAndTheOthersKeepTheirOrder) {
-    for (const char* name : {"A", "B", "C", "D"})
+    for (const char* name : {"A", "B", "C", "D"}) {
         add("Pair", name);
+    }
     manager.SetStart(2);
     EXPECT_THAT(names(), ElementsAre("C", "A", "B", "D"));
     manager.SetStart(0);
@@ -104,8 +105,9 @@ TEST_F(Plugins, theStartMovesToTheFrontAndTheOthersKeepTheirOrder) {
 }
 
 TEST_F(Plugins, theNextOneIsTheStartWhenTheStartIsDeleted) {
-    for (const char* name : {"A", "B", "C"})
+    for (const char* name : {"A", "B", "C"}) {
         add("Pair", name);
+    }
     manager.DeletePlugin(0);
     EXPECT_THAT(names(), ElementsAre("B", "C"));
 }

@@ -29,8 +29,9 @@ protected:
     void connect() {
         QzBase& sender = anyNode();
         QzBase& receiver = anyNode();
-        if (sender.Outputs().empty())
+        if (sender.Outputs().empty()) {
             return;
+        }
         const std::string from = sender.Outputs()[below(sender.Outputs().size())].name;
         const std::string to = receiver.Inputs()[below(receiver.Inputs().size())].name;
         ASSERT_TRUE(receiver.Connect(to, &sender, from));
@@ -38,8 +39,9 @@ protected:
     }
 
     void disconnect() {
-        if (model.empty())
+        if (model.empty()) {
             return;
+        }
         const auto at = std::next(model.begin(), static_cast<std::ptrdiff_t>(below(model.size())));
         node(at->second.first).Disconnect(at->second.second, &node(at->first.first), at->first.second);
         model.erase(at);
@@ -51,20 +53,23 @@ protected:
         renamed.SetName("R" + std::to_string(random()));
         Model after;
         const auto renewed = [&](std::pair<std::string, std::string> port) {
-            if (port.first == before)
+            if (port.first == before) {
                 port.first = renamed.name;
+            }
             return port;
         };
-        for (const auto& [to, from] : model)
+        for (const auto& [to, from] : model) {
             after[renewed(to)] = renewed(from);
+        }
         model = after;
     }
 
     /// Ports come, go and change places.
     void changePorts() {
         QzBase& changed = anyNode();
-        if (changed.InputIndex("letters") < 0)
+        if (changed.InputIndex("letters") < 0) {
             return;
+        }
         std::string letters = "abcdef";
         std::ranges::shuffle(letters, random);
         letters.resize(below(6));
@@ -79,28 +84,32 @@ protected:
 
     void edit() {
         const std::size_t choice = below(20);
-        if (manager.plugins.empty() || (choice < 2 && manager.plugins.size() < 40))
+        if (manager.plugins.empty() || (choice < 2 && manager.plugins.size() < 40)) {
             create();
-        else if (choice < 3)
+        } else if (choice < 3) {
             remove();
-        else if (choice < 12)
+        } else if (choice < 12) {
             connect();
-        else if (choice < 15)
+        } else if (choice < 15) {
             disconnect();
-        else if (choice < 16)
+        } else if (choice < 16) {
             rename();
-        else if (choice < 17)
+        } else if (choice < 17) {
             manager.SetStart(static_cast<int>(below(manager.plugins.size())));
-        else
+        } else {
             changePorts();
+        }
     }
 
     Model asBound() {
         Model bound;
-        for (QzBase* each : manager.plugins)
-            for (const QzBase::Input& fed : each->Inputs())
-                if (fed.source != nullptr)
+        for (QzBase* each : manager.plugins) {
+            for (const QzBase::Input& fed : each->Inputs()) {
+                if (fed.source) {
                     bound[{each->name, fed.name}] = {fed.source->name, fed.source->Outputs().at(fed.sourceOutput).name};
+                }
+            }
+        }
         return bound;
     }
 };
@@ -112,8 +121,9 @@ TEST_F(RandomEdits, bothConsumerListsStayInStepWithAModel) {
     for (int i = 0; i < 5000; ++i) {
         edit();
         expectInStep(manager);
-        if (HasFatalFailure())
+        if (HasFatalFailure()) {
             FAIL() << "after edit " << i << " with seed " << seed;
+        }
         ASSERT_EQ(asBound(), model) << "after edit " << i << " with seed " << seed;
     }
     const std::string text = manager.DocumentText();

@@ -2,8 +2,8 @@
 
 #include "graph/Catalogue.h"
 #include "graph/ColumnDescriptions.h"
-#include "graph/Nodes.h"
 #include "graph/ManagerImpl.h"
+#include "graph/Nodes.h"
 #include "graph/PortChange.h"
 #include "graph/Values.h"
 

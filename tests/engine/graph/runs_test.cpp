@@ -28,8 +28,9 @@ protected:
         return *count;
     }
     void waitUntilItRuns() {
-        while (waiting() == 0)
+        while (waiting() == 0) {
             std::this_thread::yield();
+        }
     }
     std::future<void> runAside() {
         return std::async(std::launch::async, [this] { manager.Run(); });

@@ -27,8 +27,9 @@ protected:
     }
     std::vector<std::string> inputNames(const std::string& plugin) {
         std::vector<std::string> all;
-        for (const QzBase::Input& each : node(plugin).Inputs())
+        for (const QzBase::Input& each : node(plugin).Inputs()) {
             all.push_back(each.name);
+        }
         return all;
     }
 };
@@ -80,8 +81,9 @@ TEST_F(Values, anInputThatOnlyAWireCanFeedTakesNoText) {
 
 TEST_F(Values, positionsOutOfRangeDoNothing) {
     const Errors errors;
-    for (const auto& [index, position] : {std::pair(-1, 0), {1, 0}, {0, -1}, {0, 5}})
+    for (const auto& [index, position] : {std::pair(-1, 0), {1, 0}, {0, -1}, {0, 5}}) {
         manager.SetInputValue(index, position, "3");
+    }
     EXPECT_EQ(errors.text(), "");
     EXPECT_EQ(input("P", "a").value, "0");
 }

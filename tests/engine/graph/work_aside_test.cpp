@@ -1,5 +1,5 @@
-#include "graph/BackgroundTask.h"
 #include <gtest/gtest.h>
+#include "graph/BackgroundTask.h"
 
 #include <future>
 #include <memory>
@@ -20,7 +20,8 @@ TEST(BackgroundTask, thatEndsIsWaitedFor) {
 
 TEST(BackgroundTask, thatDoesNotAdvanceIsLeftBehindAndMayBeWaitedForAgain) {
     const auto answer = std::make_shared<std::promise<void>>();
-    const auto work = BackgroundTask::begin([asked = answer->get_future().share()](BackgroundTask& /*self*/) { asked.wait(); });
+    const auto work =
+        BackgroundTask::begin([asked = answer->get_future().share()](BackgroundTask& /*self*/) { asked.wait(); });
     EXPECT_FALSE(work->wait(noTime));
     EXPECT_FALSE(work->wait(noTime));
     answer->set_value();
@@ -29,8 +30,9 @@ TEST(BackgroundTask, thatDoesNotAdvanceIsLeftBehindAndMayBeWaitedForAgain) {
 
 TEST(BackgroundTask, isToldThatNobodyWantsTheRest) {
     const auto work = BackgroundTask::begin([](BackgroundTask& self) {
-        while (!self.isStopping())
+        while (!self.isStopping()) {
             std::this_thread::yield();
+        }
     });
     work->stop();
     EXPECT_TRUE(work->wait(plenty));

@@ -25,22 +25,27 @@ void expectAgreement(const Axis& axis, double x) {
 }
 
 void expectAgreementEverywhere(const Axis& axis, std::mt19937_64& random) {
-    for (const double edge : axis.edges())
-        for (const double x : {edge, std::nextafter(edge, -infinity), std::nextafter(edge, infinity)})
+    for (const double edge : axis.edges()) {
+        for (const double x : {edge, std::nextafter(edge, -infinity), std::nextafter(edge, infinity)}) {
             expectAgreement(axis, x);
-    for (const double x : {-infinity, infinity, 0.0, -0.0, std::numeric_limits<double>::max()})
+        }
+    }
+    for (const double x : {-infinity, infinity, 0.0, -0.0, std::numeric_limits<double>::max()}) {
         expectAgreement(axis, x);
+    }
     std::uniform_real_distribution<double> part(-0.05, 1.05);
-    for (int round = 0; round < 20'000; ++round)
+    for (int round = 0; round < 20'000; ++round) {
         expectAgreement(axis, axis.low() + part(random) * (axis.high() - axis.low()));
+    }
 }
 
 std::vector<double> randomEdges(std::mt19937_64& random) {
     std::vector<double> edges(2 + random() % 300);
     std::lognormal_distribution<double> step(0.0, 4.0);
     double edge = -50.0;
-    for (double& next : edges)
+    for (double& next : edges) {
         next = edge = std::max(edge + step(random), std::nextafter(edge, infinity));
+    }
     return edges;
 }
 
@@ -51,14 +56,16 @@ TEST(Axis, ofEqualBinsAlwaysAgreesWithItsEdges) {
         const double low = edge(random);
         expectAgreementEverywhere(Axis(1 + random() % 500, low, low + std::exp(edge(random) / 100)), random);
     }
-    for (const std::size_t bins : {1U, 3U, 7U, 10U, 100U, 1000U, 100'000U})
+    for (const std::size_t bins : {1U, 3U, 7U, 10U, 100U, 1000U, 100'000U}) {
         expectAgreementEverywhere(Axis(bins, 0.0, 1.0), random);
+    }
 }
 
 TEST(Axis, ofGivenEdgesAlwaysAgreesWithThem) {
     std::mt19937_64 random(12);
-    for (int round = 0; round < 60; ++round)
+    for (int round = 0; round < 60; ++round) {
         expectAgreementEverywhere(Axis(randomEdges(random)), random);
+    }
 }
 
 TEST(Axis, agreesWithItsEdgesAtTheEndsOfTheNumbers) {

@@ -21,8 +21,9 @@ std::vector<Axis> axes() {
     std::mt19937_64 random(5);
     std::lognormal_distribution<double> step(0.0, 2.0);
     std::vector<double> edges{-3.0};
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         edges.push_back(edges.back() + step(random));
+    }
     return {Axis(100, -3.0, 3.0),
             Axis(1, 0.0, 1.0),
             Axis(10, 0.1, 0.7),
@@ -37,20 +38,24 @@ std::vector<Axis> axes() {
 /// Values around all edges, outside, far away and not numbers; more than one block.
 std::vector<double> valuesFor(const Axis& axis) {
     std::vector<double> values{infinity, -infinity, notANumber, 0.0, -0.0, most, -most};
-    for (const double edge : axis.edges())
-        for (const double x : {edge, std::nextafter(edge, -infinity), std::nextafter(edge, infinity)})
+    for (const double edge : axis.edges()) {
+        for (const double x : {edge, std::nextafter(edge, -infinity), std::nextafter(edge, infinity)}) {
             values.push_back(x);
+        }
+    }
     std::mt19937_64 random(6);
     std::uniform_real_distribution<double> part(-0.1, 1.1);
-    for (int i = 0; i < 3000; ++i)
+    for (int i = 0; i < 3000; ++i) {
         values.push_back(axis.low() + part(random) * (axis.high() - axis.low()));
+    }
     return values;
 }
 
 std::vector<double> weightsFor(std::size_t count) {
     std::vector<double> weights(count);
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         weights[i] = i % 97 == 5 ? notANumber : std::sin(static_cast<double>(i)) + 0.5;
+    }
     return weights;
 }
 
@@ -76,8 +81,9 @@ TEST(HistogramFill, atOnceLeavesTheBitsOfOneByOne) {
             Histogram1D atOnce(axis);
             atOnce.fill(values.data(), given, values.size());
             Histogram1D oneByOne(axis);
-            for (std::size_t i = 0; i < values.size(); ++i)
-                oneByOne.fill(values[i], given == nullptr ? 1.0 : given[i]);
+            for (std::size_t i = 0; i < values.size(); ++i) {
+                oneByOne.fill(values[i], !given ? 1.0 : given[i]);
+            }
             EXPECT_EQ(atOnce.toBytes(), oneByOne.toBytes());
         }
     }
@@ -94,8 +100,9 @@ TEST(HistogramFill, ofAPlaneAtOnceLeavesTheBitsOfOneByOne) {
         Histogram2D atOnce(grid);
         atOnce.fill({x.data(), y.data()}, weights.data(), x.size());
         Histogram2D oneByOne(grid);
-        for (std::size_t i = 0; i < x.size(); ++i)
+        for (std::size_t i = 0; i < x.size(); ++i) {
             oneByOne.fill({x[i], y[i]}, weights[i]);
+        }
         EXPECT_EQ(atOnce.toBytes(), oneByOne.toBytes());
     }
 }
@@ -110,8 +117,9 @@ void expectSameBits(const Axis& axis, const std::vector<double>& values, std::mt
         begin += part;
     }
     Histogram1D oneByOne(axis);
-    for (std::size_t i = 0; i < values.size(); ++i)
+    for (std::size_t i = 0; i < values.size(); ++i) {
         oneByOne.fill(values[i], weights[i]);
+    }
     EXPECT_EQ(atOnce.toBytes(), oneByOne.toBytes())
         << axis.bins() << " bins from " << axis.low() << " to " << axis.high();
 }
@@ -135,8 +143,9 @@ TEST(HistogramFill, leavesTheBitsOfOneByOneOnRandomAxes) {
         std::vector<double> values;
         for (int k = 0; k < 1500; ++k) {
             double x = axis->edges()[random() % (bins + 1)];
-            for (auto steps = random() % 4; steps > 0; --steps)
+            for (auto steps = random() % 4; steps > 0; --steps) {
                 x = std::nextafter(x, random() % 2 == 0 ? infinity : -infinity);
+            }
             values.push_back(random() % 3 == 0 ? x : axis->low() + part(random) * span);
         }
         expectSameBits(*axis, values, random);
@@ -146,8 +155,9 @@ TEST(HistogramFill, leavesTheBitsOfOneByOneOnRandomAxes) {
 TEST(HistogramFill, leavesTheBitsOfOneByOneForWholeNumbersOnEdges) {
     std::mt19937_64 random(12);
     std::vector<double> values(10000);
-    for (double& value : values)
+    for (double& value : values) {
         value = static_cast<double>(static_cast<int>(random() % 14) - 2);
+    }
     expectSameBits(Axis(10, 0.0, 10.0), values, random);
     expectSameBits(Axis(20, -0.5, 9.5), values, random);
 }

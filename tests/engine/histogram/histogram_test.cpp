@@ -49,8 +49,9 @@ TEST(Histogram, hasTheBinsThatBoostHistogramHas) {
     auto theirs = bh::make_weighted_histogram(bh::axis::variable<>(axis.edges()));
     const Sample events = sample(100'000);
     ours.fill(events.values.data(), events.weights.data(), events.values.size());
-    for (std::size_t i = 0; i < events.values.size(); ++i)
+    for (std::size_t i = 0; i < events.values.size(); ++i) {
         theirs(events.values[i], bh::weight(events.weights[i]));
+    }
     for (int cell = -1; cell <= 40; ++cell) {
         const BinSums& sums = ours.cells()[static_cast<std::size_t>(cell + 1)];
         EXPECT_EQ(sums.w, theirs.at(cell).value());
@@ -90,8 +91,9 @@ TEST(Histogram, putsInfinitiesOutsideWithoutTheirMoments) {
 
 TEST(Histogram, takesMeanAndSpreadFromTheFillsInRange) {
     Histogram1D histogram(Axis(4, 0.0, 4.0));
-    for (const double x : {1.0, 2.0, 3.0, 100.0, -5.0})
+    for (const double x : {1.0, 2.0, 3.0, 100.0, -5.0}) {
         histogram.fill(x);
+    }
     EXPECT_EQ(histogram.inRange().entries, 3);
     EXPECT_EQ(histogram.mean(), 2.0);
     EXPECT_DOUBLE_EQ(histogram.rms(), std::sqrt(2.0 / 3.0));
@@ -139,8 +141,9 @@ TEST(HistogramBytes, readBackToTheSameHistogram) {
 
 TEST(HistogramBytes, areRefusedWhereverTheyAreDamaged) {
     const std::string bytes = filled().toBytes();
-    for (std::size_t length = 0; length < bytes.size(); ++length)
+    for (std::size_t length = 0; length < bytes.size(); ++length) {
         EXPECT_THROW(Histogram1D::fromBytes(bytes.substr(0, length)), std::invalid_argument) << length;
+    }
     for (std::size_t place = 0; place < bytes.size(); ++place) {
         std::string damaged = bytes;
         damaged[place] = static_cast<char>(damaged[place] ^ 0x10);

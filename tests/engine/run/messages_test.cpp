@@ -1,8 +1,8 @@
 #include "RunFixture.h"
 
-#include "store/Sha256.h"
 #include "run/Messages.h"
 #include "run/Summary.h"
+#include "store/Sha256.h"
 
 #include <iomanip>
 #include <locale>

@@ -42,13 +42,15 @@ TEST_F(Digests, areTheSameForAllThatAskAtOnce) {
     constexpr int askers = 4;
     std::latch begin(askers);
     std::vector<std::future<std::optional<Digest>>> answers;
-    for (int i = 0; i < askers; ++i)
+    for (int i = 0; i < askers; ++i) {
         answers.push_back(std::async(std::launch::async, [&] {
             begin.arrive_and_wait();
             return digests.of(file, never);
         }));
-    for (auto& answer : answers)
+    }
+    for (auto& answer : answers) {
         EXPECT_EQ(answer.get(), expected);
+    }
 }
 
 TEST_F(Digests, areMadeByTheNextWhenTheReaderIsStopped) {
@@ -75,21 +77,23 @@ TEST_F(Digests, madeAheadAreThere) {
         FilePrefetchHasher ahead(digests);
         EXPECT_TRUE(ahead.begin(file, grown));
         // Made by another thread, or else they would not be anybody's.
-        while (!digests.changes())
+        while (!digests.changes()) {
             std::this_thread::yield();
+        }
     });
     EXPECT_EQ(digests.of(file, never), expected);
 }
 
 TEST_F(Digests, madeAheadAreGivenUpWithTheRun) {
     oneapi::tbb::task_arena arena(2);
-    for (int i = 0; i < 200; ++i)
+    for (int i = 0; i < 200; ++i) {
         arena.execute([&] {
             FileHashes ofRun;
             FilePrefetchHasher ahead(ofRun);
             ahead.begin(file, grown);
             ahead.begin(file, grown);
         });
+    }
     EXPECT_EQ(digests.of(file, never), expected);
 }
 

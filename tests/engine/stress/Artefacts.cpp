@@ -36,8 +36,9 @@ std::string textOf(const Pipeline& pipeline) {
         text += node.name + ' ' + node.kindName + '\n';
         for (const PipelineInput& input : node.inputs) {
             text += "  " + input.spec.name + '=' + input.value;
-            if (input.wire)
+            if (input.wire) {
                 text += " <- " + pipeline.nodes.at(input.wire->node).name + '.' + input.wire->output;
+            }
             text += '\n';
         }
     }
@@ -45,12 +46,15 @@ std::string textOf(const Pipeline& pipeline) {
 }
 
 std::string bitsOf(const Value& value) {
-    if (const auto* number = std::get_if<double>(&value))
+    if (const auto* number = std::get_if<double>(&value)) {
         return std::to_string(std::bit_cast<std::uint64_t>(*number));
-    if (const auto* words = std::get_if<std::string>(&value))
+    }
+    if (const auto* words = std::get_if<std::string>(&value)) {
         return '"' + *words + '"';
-    if (const auto* object = std::get_if<DataObjectPtr>(&value))
+    }
+    if (const auto* object = std::get_if<DataObjectPtr>(&value)) {
         return bitsOfObject(**object);
+    }
     return "nothing";
 }
 
@@ -61,18 +65,22 @@ std::map<std::string, std::string> resultsOf(const Pipeline& pipeline, const Run
         const bool isDone = node.status == NodeStatus::Done || node.status == NodeStatus::Reused;
         std::string& text = results[pipeline.nodes[i].name];
         text = isDone ? "done" : std::to_string(static_cast<int>(node.status)) + ' ' + node.sentence;
-        for (const Value& value : node.outputs)
+        for (const Value& value : node.outputs) {
             text += '\n' + bitsOf(value);
+        }
     }
     return results;
 }
 
 std::map<std::string, std::string> filesIn(const fs::path& folder) {
     std::map<std::string, std::string> files;
-    if (fs::exists(folder))
-        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder))
-            if (entry.is_regular_file())
+    if (fs::exists(folder)) {
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
+            if (entry.is_regular_file()) {
                 files[fs::relative(entry.path(), folder).string()] = contentOf(entry.path());
+            }
+        }
+    }
     return files;
 }
 

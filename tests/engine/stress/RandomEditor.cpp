@@ -45,18 +45,23 @@ const std::map<std::string, Texts> textsOfOutputs{{"file", {"", "", "", "a.aida"
 
 /// What may stand in a text input; nothing where only what stands there is known to be good.
 Texts textsFor(const QzKind& kind, const InputSpec& spec) {
-    if (kind.name == "Explode" && spec.name == "columns")
+    if (kind.name == "Explode" && spec.name == "columns") {
         return {"", "l"};
+    }
     const auto& special = kind.group == "Data"     ? textsOfSources
                           : kind.group == "Output" ? textsOfOutputs
                                                    : textsOfTables;
-    for (const auto* texts : {&special, &textsByInput})
-        if (const auto found = texts->find(spec.name); found != texts->end())
+    for (const auto* texts : {&special, &textsByInput}) {
+        if (const auto found = texts->find(spec.name); found != texts->end()) {
             return found->second;
-    if (spec.name == "file")
+        }
+    }
+    if (spec.name == "file") {
         return {kind.name == "AidaTable" ? "tuple.aida" : kind.name == "CsvTable" ? "table.csv" : "objects.aida"};
-    if (spec.name.find("condition") != std::string::npos)
+    }
+    if (spec.name.find("condition") != std::string::npos) {
         return conditions;
+    }
     return spec.name.find("expression") == std::string::npos ? Texts{} : expressions;
 }
 
@@ -77,10 +82,13 @@ std::set<const QzBase*> downstreamOf(QzBase& node) {
     while (!open.empty()) {
         QzBase& at = *open.back();
         open.pop_back();
-        for (const QzBase::Output& output : at.Outputs())
-            for (QzBase* consumer : output.consumers)
-                if (found.insert(consumer).second)
+        for (const QzBase::Output& output : at.Outputs()) {
+            for (QzBase* consumer : output.consumers) {
+                if (found.insert(consumer).second) {
                     open.push_back(consumer);
+                }
+            }
+        }
     }
     return found;
 }
@@ -119,8 +127,9 @@ void writeData(const std::filesystem::path& folder) {
     writeTuple(folder / "tuple.aida", 5000);
     std::ofstream csv(folder / "table.csv");
     csv << "x,y,n\n";
-    for (int row = 0; row < 2000; ++row)
+    for (int row = 0; row < 2000; ++row) {
         csv << "0." << row % 97 << ',' << row % 13 << '.' << row % 9 << ',' << row % 5 << '\n';
+    }
     std::filesystem::copy_file(TEST_EXAMPLES "/First_steps/stored.aida", folder / "objects.aida");
 }
 
@@ -128,12 +137,13 @@ void writeData(const std::filesystem::path& folder) {
 
 std::uint32_t seedOfTest() {
     const char* const setting = std::getenv("VELMORAK_TEST_SEED");
-    const auto seed = static_cast<std::uint32_t>(setting == nullptr ? 20 : std::strtoul(setting, nullptr, 10));
+    const auto seed = static_cast<std::uint32_t>(!setting ? 20 : std::strtoul(setting, nullptr, 10));
     std::cout << "VELMORAK_TEST_SEED=" << seed << std::endl;
     return seed;
 }
 
-RandomEditor::RandomEditor(QzManager& manager, std::uint32_t seed, std::filesystem::path folder, std::function<void()> afterCall)
+RandomEditor::RandomEditor(QzManager& manager, std::uint32_t seed, std::filesystem::path folder,
+                           std::function<void()> afterCall)
     : manager(manager), random(seed), folder(std::move(folder)), afterCall(std::move(afterCall)) {
     writeData(this->folder);
     manager.SetFileName((this->folder / "storm.zedra").string());
@@ -145,47 +155,51 @@ QzBase& RandomEditor::anyNode() {
 
 void RandomEditor::edit() {
     const std::size_t choice = below(100);
-    if (manager.plugins.empty() || (choice < 12 && manager.plugins.size() < maxNodes))
+    if (manager.plugins.empty() || (choice < 12 && manager.plugins.size() < maxNodes)) {
         add();
-    else if (choice < 18)
+    } else if (choice < 18) {
         remove();
-    else if (choice < 22)
+    } else if (choice < 22) {
         rename();
-    else if (choice < 50)
+    } else if (choice < 50) {
         connect();
-    else if (choice < 58)
+    } else if (choice < 58) {
         disconnect();
-    else if (choice < 84)
+    } else if (choice < 84) {
         setValue();
-    else if (choice < 90)
+    } else if (choice < 90) {
         moveBox();
-    else if (choice < 96)
+    } else if (choice < 96) {
         moveStart();
-    else if (choice < 98)
+    } else if (choice < 98) {
         save();
-    else if (!saved.empty() && oneIn(2))
+    } else if (!saved.empty() && oneIn(2)) {
         open();
+    }
 }
 
 void RandomEditor::build(std::size_t plugins) {
-    while (manager.plugins.size() < plugins)
+    while (manager.plugins.size() < plugins) {
         add();
+    }
 }
 
 void RandomEditor::add() {
     const auto& kinds = QzManager::GetPlugins();
     const bool isSource = manager.plugins.empty() || oneIn(8);
     std::size_t kind = isSource ? kindOf("RandomTable") : below(kinds.size());
-    while (isDrawn(kinds[kind]))
+    while (isDrawn(kinds[kind])) {
         kind = below(kinds.size());
+    }
     slot(kind);
 }
 
 QzBase& RandomEditor::slot(std::size_t kind) {
     QzBase& node = *manager.CreatePlugin(static_cast<std::uint16_t>(kind), "N" + std::to_string(names++));
     afterCall();
-    for (std::size_t input = 0; input < node.Inputs().size(); ++input)
+    for (std::size_t input = 0; input < node.Inputs().size(); ++input) {
         setValue(node, input);
+    }
     feed(node);
     return node;
 }
@@ -211,13 +225,15 @@ void RandomEditor::connect() {
         return;
     }
     feed(anyNode());
-    if (!oneIn(10) || manager.plugins.empty())
+    if (!oneIn(10) || manager.plugins.empty()) {
         return;
+    }
     // Of any types, and in circles.
     QzBase& sender = anyNode();
     QzBase& receiver = anyNode();
-    if (sender.Outputs().empty())
+    if (sender.Outputs().empty()) {
         return;
+    }
     receiver.Connect(receiver.Inputs()[below(receiver.Inputs().size())].name, &sender,
                      sender.Outputs()[below(sender.Outputs().size())].name);
     afterCall();
@@ -227,9 +243,11 @@ void RandomEditor::connect() {
 void RandomEditor::repair() {
     for (std::size_t i = 0; i < manager.plugins.size(); ++i) {
         QzBase& node = *manager.plugins[i];
-        for (std::size_t input = 0; input < node.Inputs().size(); ++input)
-            if (!takesText(QzBase::Part::of(node).inputSpecs[input]) && node.Inputs()[input].source == nullptr)
+        for (std::size_t input = 0; input < node.Inputs().size(); ++input) {
+            if (!takesText(QzBase::Part::of(node).inputSpecs[input]) && !node.Inputs()[input].source) {
                 feed(node, input);
+            }
+        }
     }
 }
 
@@ -237,8 +255,9 @@ void RandomEditor::feed(QzBase& receiver) {
     const std::vector<InputSpec> specs = QzBase::Part::of(receiver).inputSpecs;
     for (std::size_t input = 0; input < specs.size(); ++input) {
         const bool isFed = receiver.Inputs()[input].source != nullptr;
-        if (takesText(specs[input]) ? oneIn(12) : !isFed || oneIn(3))
+        if (takesText(specs[input]) ? oneIn(12) : !isFed || oneIn(3)) {
             feed(receiver, input);
+        }
     }
 }
 
@@ -246,12 +265,16 @@ void RandomEditor::feed(QzBase& receiver, std::size_t input) {
     const InputSpec spec = QzBase::Part::of(receiver).inputSpecs[input];
     const std::set<const QzBase*> downstream = downstreamOf(receiver);
     std::vector<std::pair<QzBase*, std::string>> fitting;
-    for (QzBase* sender : manager.plugins)
-        for (const OutputSpec& output : QzBase::Part::of(*sender).outputSpecs)
-            if (!downstream.contains(sender) && fits(output, spec))
+    for (QzBase* sender : manager.plugins) {
+        for (const OutputSpec& output : QzBase::Part::of(*sender).outputSpecs) {
+            if (!downstream.contains(sender) && fits(output, spec)) {
                 fitting.emplace_back(sender, output.name);
-    if (fitting.empty())
+            }
+        }
+    }
+    if (fitting.empty()) {
         return;
+    }
     const auto& [sender, output] = fitting[below(fitting.size())];
     receiver.Connect(spec.name, sender, output);
     afterCall();
@@ -260,8 +283,9 @@ void RandomEditor::feed(QzBase& receiver, std::size_t input) {
 void RandomEditor::disconnect() {
     QzBase& receiver = anyNode();
     for (const QzBase::Input& input : receiver.Inputs()) {
-        if (input.source == nullptr)
+        if (!input.source) {
             continue;
+        }
         const std::string output = input.source->Outputs()[input.sourceOutput].name;
         input.source->Disconnect(output, &receiver, std::string(input.name));
         afterCall();
@@ -276,8 +300,9 @@ void RandomEditor::setValue() {
 
 void RandomEditor::setValue(QzBase& node, std::size_t input) {
     // Ports may have gone with the value before.
-    if (input >= node.Inputs().size())
+    if (input >= node.Inputs().size()) {
         return;
+    }
     manager.SetInputValue(manager.IndexOf(node.GetName()), static_cast<int>(input),
                           plausible(node, QzBase::Part::of(node).inputSpecs[input]));
     afterCall();
@@ -288,25 +313,32 @@ std::string RandomEditor::plausible(const QzBase& node, const InputSpec& spec) {
     static const Texts numbers{"0", "1", "2", "3", "0.5", "-1"};
     static const Texts counts{"1", "2", "3"};
     const Texts texts = textsFor(*node.GetKind(), spec);
-    if (spec.type == ValueType::Number && spec.name == "rows")
+    if (spec.type == ValueType::Number && spec.name == "rows") {
         return oneOf(rows);
-    if (spec.type == ValueType::Number && spec.isInteger)
+    }
+    if (spec.type == ValueType::Number && spec.isInteger) {
         return spec.maximum > 100 && oneIn(2) ? std::string(spec.value) : oneOf(counts);
-    if (spec.type == ValueType::Number)
+    }
+    if (spec.type == ValueType::Number) {
         return oneIn(2) ? std::string(spec.value) : oneOf(numbers);
-    if (spec.type == ValueType::Choice && !spec.choices.empty())
+    }
+    if (spec.type == ValueType::Choice && !spec.choices.empty()) {
         return oneOf(spec.choices);
-    if (spec.name == "file" && oneIn(30))
+    }
+    if (spec.name == "file" && oneIn(30)) {
         return "missing";
+    }
     return spec.type == ValueType::Text && !texts.empty() ? oneOf(texts) : spec.value;
 }
 
 void RandomEditor::moveStart() {
     // Most of what there is hangs on a source.
     int index = static_cast<int>(below(manager.plugins.size()));
-    for (int i = 0; i < index; ++i)
-        if (manager.plugins[static_cast<std::size_t>(i)]->GetKind()->group == "Data")
+    for (int i = 0; i < index; ++i) {
+        if (manager.plugins[static_cast<std::size_t>(i)]->GetKind()->group == "Data") {
             index = i;
+        }
+    }
     manager.SetStart(index);
     afterCall();
 }

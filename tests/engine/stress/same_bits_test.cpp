@@ -1,9 +1,9 @@
-#include "ShuffledExecutor.h"
 #include "Artefacts.h"
 #include "RandomEditor.h"
+#include "ShuffledExecutor.h"
 
-#include "graph/ManagerExtensions.h"
 #include "executor/ThreadPool.h"
+#include "graph/ManagerExtensions.h"
 
 #include <gtest/gtest.h>
 
@@ -44,8 +44,9 @@ protected:
         Runner runner(messages, false);
         runner.setExecutor(std::move(workers));
         report = runner.run(pipeline);
-        for (const NodeReport& node : report.nodes)
+        for (const NodeReport& node : report.nodes) {
             EXPECT_NE(node.status, NodeStatus::Reused);
+        }
         said = messages.str();
         return {resultsOf(pipeline, report), filesIn(pipeline.resultsFolder)};
     }
@@ -57,19 +58,23 @@ protected:
 
     void compareAll(const Pipeline& pipeline, std::uint32_t seed) {
         const Left one = runWith(std::make_unique<ThreadPool>(1), pipeline);
-        for (const std::size_t threads : {2, 3, 16})
+        for (const std::size_t threads : {2, 3, 16}) {
             expectSame(one, runWith(std::make_unique<ThreadPool>(threads), pipeline), pipeline,
                        std::to_string(threads) + " threads");
-        for (std::uint32_t order = 0; order < 3; ++order)
+        }
+        for (std::uint32_t order = 0; order < 3; ++order) {
             expectSame(one, runWith(std::make_unique<ShuffledExecutor>(seed + order), pipeline), pipeline,
                        "order " + std::to_string(seed + order));
+        }
     }
 
     /// Pictures are drawn by another program from what is compared here.
     void removePictures(QzManager& manager) {
-        for (std::size_t i = manager.plugins.size(); i-- > 0;)
-            if (manager.plugins[i]->GetKind()->name == "Plot")
+        for (std::size_t i = manager.plugins.size(); i-- > 0;) {
+            if (manager.plugins[i]->GetKind()->name == "Plot") {
                 manager.DeletePlugin(static_cast<int>(i));
+            }
+        }
     }
 
     bool isDone(std::size_t node) const { return report.nodes.at(node).status == NodeStatus::Done; }
@@ -82,8 +87,9 @@ protected:
 
 TEST_F(SameBits, comeFromEachExampleForAnyWorkers) {
     for (const auto& entry : fs::recursive_directory_iterator(TEST_EXAMPLES)) {
-        if (entry.path().extension() != ".zedra")
+        if (entry.path().extension() != ".zedra") {
             continue;
+        }
         QzManager manager("QzAnalysisFactory");
         manager.ReadDocument(entry.path().string());
         removePictures(manager);
@@ -103,14 +109,16 @@ protected:
         fs::create_directories(own);
         RandomEditor hands(manager, seed, own);
         // Something of each type that is good to be used, and the rest at random.
-        for (const char* const example : {"/Histograms/Efficiency.zedra", "/Histograms/Plane.zedra"})
+        for (const char* const example : {"/Histograms/Efficiency.zedra", "/Histograms/Plane.zedra"}) {
             manager.ReadDocument(std::string(TEST_EXAMPLES) + example);
+        }
         manager.SetFileName((own / "storm.zedra").string());
         removePictures(manager);
         hands.build(manager.plugins.size() + 5);
         QzBase& node = hands.slot(kind);
-        for (std::size_t i = 0; i < node.Outputs().size(); ++i)
+        for (std::size_t i = 0; i < node.Outputs().size(); ++i) {
             write(manager, node, node.Outputs()[i].name);
+        }
         const int position = manager.IndexOf(node.GetName());
         manager.SetStart(position);
         compareAll(pipelineOf(manager), seed);
@@ -132,14 +140,17 @@ TEST_F(SameBitsOfKinds, comeFromRandomPipelinesOfEveryKindForAnyWorkers) {
         const std::string& name = QzManager::GetPlugins()[kind].name;
         bool isTried = name == "Plot";
         constexpr std::uint32_t maxTries = 8;
-        for (std::uint32_t i = 0; i < maxTries && !isTried; ++i)
+        for (std::uint32_t i = 0; i < maxTries && !isTried; ++i) {
             isTried = compare(kind, seed + 100 * i);
-        if (!isTried)
+        }
+        if (!isTried) {
             never.insert(name);
+        }
     }
     std::cout << "Kinds that could never do their work:";
-    for (const std::string& name : never)
+    for (const std::string& name : never) {
         std::cout << ' ' << name;
+    }
     std::cout << '\n';
     EXPECT_LT(never.size(), QzManager::GetPlugins().size() / 3);
 }

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 
 std::size_t editsAskedFor() {
     const char* const setting = std::getenv("VELMORAK_STRESS_EDITS");
-    return setting == nullptr ? STRESS_EDITS : std::strtoul(setting, nullptr, 10);
+    return !setting ? STRESS_EDITS : std::strtoul(setting, nullptr, 10);
 }
 
 /// A pipeline that is edited by this thread, run by another, and stopped and reset by a third.
@@ -54,8 +54,9 @@ protected:
         count.notify_all();
     }
     void waitBeyond(const std::atomic<std::size_t>& count, std::size_t seen) {
-        while (count <= seen && !isOver)
+        while (count <= seen && !isOver) {
             count.wait(seen);
+        }
     }
 
     void rage(RandomEditor& hands, std::uint32_t seed, const std::function<void()>& run) {
@@ -71,8 +72,9 @@ protected:
         while (edits < wanted) {
             hands.edit();
             countUp(edits);
-            if (edits % 20 == 0)
+            if (edits % 20 == 0) {
                 waitBeyond(runs, runs);
+            }
         }
         isOver = true;
         countUp(edits);
@@ -90,14 +92,17 @@ protected:
         const RunReport report = lastReport(manager);
         EXPECT_EQ(report.nodes.size(), plan.nodes.size());
         EXPECT_FALSE(hasTemporaryFile());
-        if (!report.wasStopped)
+        if (!report.wasStopped) {
             compareWithARunAlone(plan, report);
+        }
     }
 
     bool hasTemporaryFile() const {
-        for (const auto& [name, content] : filesIn(folder / "storm.results"))
-            if (name.starts_with(".velmorak"))
+        for (const auto& [name, content] : filesIn(folder / "storm.results")) {
+            if (name.starts_with(".velmorak")) {
                 return true;
+            }
+        }
         return false;
     }
 
@@ -106,8 +111,9 @@ protected:
         ++compared;
         // A call may have changed the pipeline and be about to say so.
         constexpr int maxTries = 100000;
-        for (int i = 0; i < maxTries && !wasState(plan); ++i)
+        for (int i = 0; i < maxTries && !wasState(plan); ++i) {
             std::this_thread::yield();
+        }
         EXPECT_TRUE(wasState(plan)) << "the plan is none of the states between two edits:\n" << textOf(plan);
         Pipeline alone = plan;
         alone.resultsFolder = folder / "alone.results";
@@ -117,26 +123,29 @@ protected:
         const RunReport expected = runner.run(alone);
         auto wanted = resultsOf(plan, expected);
         auto found = resultsOf(plan, report);
-        for (std::size_t i = 0; i < plan.nodes.size(); ++i)
-            done[plan.nodes[i].kindName] += expected.nodes[i].status == NodeStatus::Done ? 1 : 0;
         for (std::size_t i = 0; i < plan.nodes.size(); ++i) {
-            const bool isStream = dynamic_cast<const Function*>(plan.nodes[i].kind) == nullptr &&
+            done[plan.nodes[i].kindName] += expected.nodes[i].status == NodeStatus::Done ? 1 : 0;
+        }
+        for (std::size_t i = 0; i < plan.nodes.size(); ++i) {
+            const bool isStream = dynamic_cast<const Function * !>(plan.nodes[i].kind) &&
                                   dynamic_cast<const Accumulator*>(plan.nodes[i].kind) == nullptr;
             if (!isStream && report.nodes[i].status != NodeStatus::NotRequested) {
                 EXPECT_EQ(found[plan.nodes[i].name], wanted[plan.nodes[i].name]) << textOf(plan) << messages.str();
             }
         }
         const auto files = filesIn(folder / "storm.results");
-        for (const auto& [name, content] : filesIn(alone.resultsFolder))
+        for (const auto& [name, content] : filesIn(alone.resultsFolder)) {
             EXPECT_TRUE(files.contains(name) && files.at(name) == content) << name << '\n' << textOf(plan);
+        }
     }
 
     void stopAndReset(std::uint32_t seed) {
         std::mt19937 random(seed);
         while (!isOver) {
             const std::size_t last = edits + random() % 60;
-            while (edits < last && !isOver)
+            while (edits < last && !isOver) {
                 waitBeyond(edits, edits);
+            }
             random() % 4 == 0 ? manager.Reset() : manager.Stop();
         }
     }

@@ -35,8 +35,9 @@ TEST(NumberText, readsBackToTheLastBit) {
     std::mt19937_64 random(7);
     for (int round = 0; round < 200'000; ++round) {
         const auto number = std::bit_cast<double>(random());
-        if (std::isnan(number))
+        if (std::isnan(number)) {
             continue;
+        }
         ASSERT_EQ(std::bit_cast<std::uint64_t>(numberIn(textOf(number))), std::bit_cast<std::uint64_t>(number));
     }
     EXPECT_TRUE(std::isnan(numberIn("NaN")));
@@ -51,10 +52,12 @@ TEST(NumberText, mayHaveASignAndBlanks) {
 }
 
 TEST(NumberText, readsNotANumberAndInfinityInEveryDialect) {
-    for (const char* text : {"nan", "NaN", "NAN", "-nan"})
+    for (const char* text : {"nan", "NaN", "NAN", "-nan"}) {
         EXPECT_TRUE(std::isnan(numberIn(text))) << text;
-    for (const char* text : {"inf", "Infinity", "+inf", "INF", "infinity"})
+    }
+    for (const char* text : {"inf", "Infinity", "+inf", "INF", "infinity"}) {
         EXPECT_EQ(numberIn(text), std::numeric_limits<double>::infinity()) << text;
+    }
     EXPECT_EQ(numberIn("-inf"), -std::numeric_limits<double>::infinity());
 }
 

@@ -27,15 +27,19 @@ TEST(AidaColumn, carriesItsDefaultInItsName) {
 }
 
 TEST(AidaColumn, hasTheTypeThatAnyProgramMeans) {
-    for (const char* type : {"double", "float", "Double", "java.lang.Double", ""})
+    for (const char* type : {"double", "float", "Double", "java.lang.Double", ""}) {
         EXPECT_EQ(columnText("x", type), "x:real") << type;
-    for (const char* type : {"int", "long", "short", "byte", "Integer", "unsigned int", "java.lang.Long"})
+    }
+    for (const char* type : {"int", "long", "short", "byte", "Integer", "unsigned int", "java.lang.Long"}) {
         EXPECT_EQ(columnText("x", type), "x:integer") << type;
+    }
     for (const char* type :
-         {"string", "String", "java.lang.String", "std::string", "char", "Object", "java.lang.Object"})
+         {"string", "String", "java.lang.String", "std::string", "char", "Object", "java.lang.Object"}) {
         EXPECT_EQ(columnText("x", type), "x:text") << type;
-    for (const char* type : {"boolean", "bool", "Boolean"})
+    }
+    for (const char* type : {"boolean", "bool", "Boolean"}) {
         EXPECT_EQ(columnText("x", type), "x:boolean") << type;
+    }
     EXPECT_TRUE(columnFrom("x", "java.lang.Object", "").isKnownType);
     EXPECT_FALSE(columnFrom("x", "colour", "").isKnownType);
 }
@@ -52,12 +56,14 @@ TEST(AidaColumn, namesItsNestedColumnsInAnyOrderOfWords) {
 
 TEST(AidaColumn, survivesAnyNonsense) {
     std::string deep = "trk=";
-    for (int level = 0; level < 10'000; ++level)
+    for (int level = 0; level < 10'000; ++level) {
         deep += "{ITuple a=";
+    }
     for (const std::string& name :
          {std::string("{"), std::string("={"), std::string("trk={int"), std::string("trk={\"="),
-          std::string("ITuple {"), std::string("trk={x=\""), std::string("}{"), deep})
+          std::string("ITuple {"), std::string("trk={x=\""), std::string("}{"), deep}) {
         EXPECT_TRUE(columnFrom(name, "ITuple", "").isNested);
+    }
 }
 
 TEST(AidaPath, isWrittenInOneWay) {
@@ -71,8 +77,9 @@ TEST(AidaPath, isWrittenInOneWay) {
 TEST(AidaElement, isKnownOrNot) {
     for (const char* name :
          {"aida", "tuple", "bin1d", "binBorder", "dataPoint", "dataPointSet", "entryITuple", "dimenstion",
-          "fitConstraint", "covarianceMatrix", "parameters", "statistics", "columns", "codelet"})
+          "fitConstraint", "covarianceMatrix", "parameters", "statistics", "columns", "codelet"}) {
         EXPECT_TRUE(isKnownElement(name)) << name;
+    }
     EXPECT_FALSE(isKnownElement("Tuple"));
 }
 

@@ -42,8 +42,9 @@ std::string packed(const std::vector<std::pair<std::string, std::string>>& files
 
 std::string tuple(const std::string& name, std::size_t rows) {
     std::string text = "<aida><tuple name='" + name + "' path='/t'><columns><column name='x'/></columns><rows>";
-    for (std::size_t row = 0; row < rows; ++row)
+    for (std::size_t row = 0; row < rows; ++row) {
         text += "<row><entry value=\"" + textOf(static_cast<double>(row * row)) + "\"/></row>\n";
+    }
     return text + "</rows></tuple></aida>";
 }
 
@@ -64,8 +65,9 @@ std::string binaryTuple() {
 
 std::vector<std::string> pathsIn(const std::filesystem::path& file, RunContext& run) {
     std::vector<std::string> paths;
-    for (const AidaEntry& entry : listAida(file, run))
+    for (const AidaEntry& entry : listAida(file, run)) {
         paths.push_back(entry.path);
+    }
     return paths;
 }
 
@@ -141,25 +143,31 @@ TEST_F(AidaContainers, damagedInAnyWayEndInASentenceOrInRows) {
     const std::string binary = binaryTuple();
     std::vector<std::string> wholes{binary, gzipped(binary)};
     for (const char* name : {"all.aida", "all.gz.aida", "multimember.gz.aida", "all.bz2.aida", "all.zlib.aida",
-                             "all.rawdeflate.aida", "all.zip", "store_layout.zip"})
+                             "all.rawdeflate.aida", "all.zip", "store_layout.zip"}) {
         wholes.push_back(contentOf(ownFile(name)));
+    }
     std::size_t failures = 0;
-    for (const std::string& whole : wholes)
+    for (const std::string& whole : wholes) {
         for (int round = 0; round < 60; ++round) {
             std::string bytes = whole;
-            for (std::size_t change = 0; change <= random() % 4; ++change)
+            for (std::size_t change = 0; change <= random() % 4; ++change) {
                 bytes[random() % bytes.size()] = static_cast<char>(random());
-            if (random() % 4 == 0)
+            }
+            if (random() % 4 == 0) {
                 bytes.resize(random() % bytes.size() + 1);
+            }
             const auto file = fileWith(bytes);
             const std::string failure = failureOf([&] {
-                for (const AidaEntry& entry : listAida(file, run))
-                    if (entry.schema.size() != 0)
+                for (const AidaEntry& entry : listAida(file, run)) {
+                    if (entry.schema.size() != 0) {
                         readRows(file, entry.path, run);
+                    }
+                }
                 readAidaObjects(file, run);
             });
             failures += failure == "no failure" ? 0U : 1U;
         }
+    }
     EXPECT_GT(failures, 100U);
 }
 

@@ -13,8 +13,9 @@ using DamagedAida = AidaFiles;
 
 std::string tupleOf(std::size_t rows) {
     std::string text = "<?xml version=\"1.0\"?>\n<aida>\n<tuple name='t'><columns><column name='x'/></columns><rows>\n";
-    for (std::size_t row = 0; row < rows; ++row)
+    for (std::size_t row = 0; row < rows; ++row) {
         text += "<row><entry value=\"" + textOf(static_cast<double>(row * row)) + "\"/></row>\n";
+    }
     return text + "</rows></tuple>\n</aida>\n";
 }
 
@@ -37,8 +38,9 @@ TEST_F(DamagedAida, givesTheRowsBeforeGzipDataEndTooEarly) {
 
 TEST_F(DamagedAida, givesTheRowsBeforeAWrongByteInGzipData) {
     std::string packed = gzipped(tupleOf(20'000));
-    for (std::size_t place = packed.size() / 2; place < packed.size() / 2 + 40; ++place)
+    for (std::size_t place = packed.size() / 2; place < packed.size() / 2 + 40; ++place) {
         packed[place] = '\xFF';
+    }
     const Rows rows = readRows(fileWith(packed), "/t", run);
     EXPECT_GT(rows.count(), 1000U);
     EXPECT_NE(rows.failure, "");
@@ -47,8 +49,9 @@ TEST_F(DamagedAida, givesTheRowsBeforeAWrongByteInGzipData) {
 TEST_F(DamagedAida, isReportedForTheTruncatedFile) {
     EXPECT_NE(failureOf([&] {
                   const Rows rows = readRows(ownFile("truncated.gz.aida"), "/data/events", run);
-                  if (!rows.failure.empty())
+                  if (!rows.failure.empty()) {
                       throw Failure(rows.failure);
+                  }
               }),
               "no failure");
     EXPECT_FALSE(listAida(ownFile("truncated.gz.aida"), run).empty());
@@ -81,8 +84,9 @@ TEST_F(DamagedAida, cannotGrowWithoutBound) {
     std::string text = "<!DOCTYPE aida [<!ENTITY a0 \"aaaaaaaaaaaaaaaaaaaa\">";
     for (int level = 1; level < 12; ++level) {
         std::string tenTimes;
-        for (int i = 0; i < 10; ++i)
+        for (int i = 0; i < 10; ++i) {
             tenTimes += "&a" + textOf(level - 1) + ";";
+        }
         text += "<!ENTITY a" + textOf(level) + " \"" + tenTimes + "\">";
     }
     text += "]><aida><tuple name='&a11;'/></aida>";
@@ -97,14 +101,17 @@ TEST_F(DamagedAida, ofAnyKindEndsInASentenceOrInRows) {
         const std::string whole = contentOf(ownFile(name));
         for (int round = 0; round < 120; ++round) {
             std::string bytes = whole;
-            for (std::size_t change = 0; change <= random() % 4; ++change)
+            for (std::size_t change = 0; change <= random() % 4; ++change) {
                 bytes[random() % bytes.size()] = static_cast<char>(random());
-            if (random() % 4 == 0)
+            }
+            if (random() % 4 == 0) {
                 bytes.resize(random() % bytes.size() + 1);
+            }
             const auto file = fileWith(bytes);
             const std::string failure = failureOf([&] {
-                for (const AidaEntry& entry : listAida(file, run))
+                for (const AidaEntry& entry : listAida(file, run)) {
                     readRows(file, entry.path, run);
+                }
             });
             failures += failure == "no failure" ? 0U : 1U;
         }

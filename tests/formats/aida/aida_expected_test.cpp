@@ -44,10 +44,12 @@ std::vector<Expected> expectedFiles(const std::filesystem::path& table) {
         std::istringstream cells(line);
         std::string cell;
         std::vector<std::string> all;
-        while (std::getline(cells, cell, '|'))
+        while (std::getline(cells, cell, '|')) {
             all.push_back(cell);
-        if (all.size() < 5 || all[1].find('/') == std::string::npos)
+        }
+        if (all.size() < 5 || all[1].find('/') == std::string::npos) {
             continue;
+        }
         Expected file{all[1].substr(1, all[1].size() - 2), all[2].substr(1, all[2].size() - 2), {}};
         addCounts(all[3], ',', file.counts);
         addCounts(all[4], ';', file.counts);
@@ -63,8 +65,9 @@ protected:
     }
     static bool isHere() {
         const bool isThere = std::filesystem::exists(shared("expected.md"));
-        if (!isThere)
+        if (!isThere) {
             std::puts("the files of other programs are not here: nothing to compare");
+        }
         return isThere;
     }
     Counts countsOf(const std::filesystem::path& file) {
@@ -72,18 +75,21 @@ protected:
         const auto entries = listAida(file, run);
         for (const AidaEntry& entry : entries) {
             ++counts[entry.element];
-            if (entry.schema.size() == 0 || entry.element == "histogram1d")
+            if (entry.schema.size() == 0 || entry.element == "histogram1d") {
                 continue;
+            }
             const bool isTuple = entry.element == "tuple";
-            if (failureOf([&] { openAidaTable(file, entry.path, run); }) == "no failure")
+            if (failureOf([&] { openAidaTable(file, entry.path, run); }) == "no failure") {
                 counts[isTuple ? "tuple rows" : "cloud entries"] += readRows(file, entry.path, run).count();
+            }
         }
         const auto objects = readAidaObjects(file, run);
         EXPECT_EQ(objects.size(), entries.size());
         for (const AidaObject& object : objects) {
             counts["bins written"] += object.bins;
-            if (const auto* points = dynamic_cast<const Points*>(object.object.get()))
+            if (const auto* points = dynamic_cast<const Points*>(object.object.get())) {
                 counts["points"] += points->size();
+            }
         }
         std::erase_if(counts, [](const auto& count) { return count.second == 0; });
         return counts;
@@ -91,14 +97,16 @@ protected:
 };
 
 TEST_F(ExpectedContents, areFoundInEveryFile) {
-    if (!isHere())
+    if (!isHere()) {
         return;
+    }
     const auto files = expectedFiles(shared("expected.md"));
     EXPECT_GT(files.size(), 40U);
     for (const Expected& expected : files) {
         const bool isCounted = !expected.counts.empty() || expected.container == "plain";
-        if (!isCounted)
+        if (!isCounted) {
             continue;
+        }
         EXPECT_EQ(countsOf(shared(expected.file)), expected.counts) << expected.file;
     }
     EXPECT_EQ(countsOf(shared("own/all.zip")), countsOf(shared("own/all.aida")));
@@ -108,8 +116,9 @@ TEST_F(ExpectedContents, areFoundInEveryFile) {
 }
 
 TEST_F(ExpectedContents, areKeptAsFarAsADamagedFileIsWhole) {
-    if (!isHere())
+    if (!isHere()) {
         return;
+    }
     for (const char* name : {"own/truncated.gz.aida", "others/to0.aida", "others/to1.aida"}) {
         run.warnings.clear();
         const std::string failure = failureOf([&] { readAidaObjects(shared(name), run); });
@@ -121,8 +130,9 @@ TEST_F(ExpectedContents, areKeptAsFarAsADamagedFileIsWhole) {
 /// A text that differs wherever two objects do.
 std::string dump(const DataObject& object) {
     std::string text = object.name + "|" + object.title;
-    for (const AnnotationItem& item : object.annotation)
+    for (const AnnotationItem& item : object.annotation) {
         text += "|" + item.key + "=" + item.value + (item.isSticky ? "!" : "");
+    }
     const auto add = [&](double number) { text += " " + textOf(number); };
     if (const auto* function = dynamic_cast<const FunctionObject*>(&object)) {
         text += function->codelet;
@@ -130,28 +140,35 @@ std::string dump(const DataObject& object) {
             text += " " + parameter.name;
             add(parameter.value);
         }
-        for (const auto& argument : function->arguments)
+        for (const auto& argument : function->arguments) {
             for (const auto& range : argument.ranges) {
                 add(range.low);
                 add(range.high);
             }
+        }
     }
     return text;
 }
 
 std::string bytesOf(const DataObject& object) {
-    if (const auto* histogram = dynamic_cast<const Histogram1D*>(&object))
+    if (const auto* histogram = dynamic_cast<const Histogram1D*>(&object)) {
         return histogram->toBytes();
-    if (const auto* histogram = dynamic_cast<const Histogram2D*>(&object))
+    }
+    if (const auto* histogram = dynamic_cast<const Histogram2D*>(&object)) {
         return histogram->toBytes();
-    if (const auto* histogram = dynamic_cast<const Histogram3D*>(&object))
+    }
+    if (const auto* histogram = dynamic_cast<const Histogram3D*>(&object)) {
         return histogram->toBytes();
-    if (const auto* profile = dynamic_cast<const Profile1D*>(&object))
+    }
+    if (const auto* profile = dynamic_cast<const Profile1D*>(&object)) {
         return profile->toBytes();
-    if (const auto* profile = dynamic_cast<const Profile2D*>(&object))
+    }
+    if (const auto* profile = dynamic_cast<const Profile2D*>(&object)) {
         return profile->toBytes();
-    if (const auto* points = dynamic_cast<const Points*>(&object))
+    }
+    if (const auto* points = dynamic_cast<const Points*>(&object)) {
         return points->toBytes();
+    }
     return dump(object);
 }
 
@@ -160,8 +177,9 @@ void expectSameValues(const Column& a, const Column& b, const std::string& where
     ASSERT_EQ(a.values.index(), b.values.index()) << where;
     if (a.type() == ColumnType::Integer) {
         // The binary form holds every number of a tuple as a double.
-        for (std::size_t i = 0; i < std::min(a.integers().size(), b.integers().size()); ++i)
+        for (std::size_t i = 0; i < std::min(a.integers().size(), b.integers().size()); ++i) {
             EXPECT_EQ(static_cast<double>(a.integers()[i]), static_cast<double>(b.integers()[i])) << where;
+        }
         EXPECT_EQ(a.integers().size(), b.integers().size()) << where;
         return;
     }
@@ -174,8 +192,9 @@ void expectSameValues(const Column& a, const Column& b, const std::string& where
 }
 
 TEST_F(ExpectedContents, areTheSameInTheBinaryTwinValueByValue) {
-    if (!isHere())
+    if (!isHere()) {
         return;
+    }
     const auto text = shared("others/AIDATestFile.ascii.aida");
     const auto binary = shared("others/AIDATestFile.wbxml.aida");
     const auto ofText = readAidaObjects(text, run);
@@ -190,13 +209,15 @@ TEST_F(ExpectedContents, areTheSameInTheBinaryTwinValueByValue) {
         }
     }
     for (const AidaEntry& entry : listAida(text, run)) {
-        if (failureOf([&] { openAidaTable(text, entry.path, run); }) != "no failure")
+        if (failureOf([&] { openAidaTable(text, entry.path, run); }) != "no failure") {
             continue;
+        }
         const Rows a = readRows(text, entry.path, run);
         const Rows b = readRows(binary, entry.path, run);
         EXPECT_EQ(a.schema, b.schema);
-        for (std::size_t column = 0; column < a.columns.size(); ++column)
+        for (std::size_t column = 0; column < a.columns.size(); ++column) {
             expectSameValues(a.columns[column], b.columns[column], entry.path);
+        }
     }
 }
 

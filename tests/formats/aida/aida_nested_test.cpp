@@ -27,8 +27,9 @@ protected:
     }
     static std::vector<std::string> namesOf(const Schema& schema) {
         std::vector<std::string> names;
-        for (const ColumnInfo& column : schema.columns())
+        for (const ColumnInfo& column : schema.columns()) {
             names.push_back(column.name);
+        }
         return names;
     }
     static const Column& column(const Rows& rows, const std::string& name) {
@@ -113,8 +114,9 @@ TEST_F(AidaNested, damageWithinThemLeavesTheRowsBefore) {
 
 TEST_F(AidaNested, thoseThatAreTooDeepAreLeftOutWithAWarning) {
     std::string columns = "<column name='x' type='int'/>";
-    for (int i = 0; i < 20; ++i)
+    for (int i = 0; i < 20; ++i) {
         columns = "<column name='n' type='ITuple'><columns>" + columns + "</columns></column>";
+    }
     const Rows rows = read(tuple(columns, row("<entryITuple/>")));
     EXPECT_EQ(rows.count(), 1U);
     ASSERT_EQ(run.warnings.size(), 1U);
@@ -143,14 +145,16 @@ protected:
     }
     static std::string chain(const std::string& name, const std::vector<std::string>& members) {
         std::string text = "<tuple name='" + name + "' path='/'>";
-        for (const std::string& each : members)
+        for (const std::string& each : members) {
             text += "<tuple name='" + each + "' path='/run'/>";
+        }
         return text + "</tuple>";
     }
     static std::string rowsFrom(int first, int count) {
         std::string text;
-        for (int i = first; i < first + count; ++i)
+        for (int i = first; i < first + count; ++i) {
             text += row(entry(std::to_string(i)));
+        }
         return text;
     }
 };
@@ -179,8 +183,9 @@ TEST_F(AidaChains, thatCannotBeFollowedSayWhy) {
     const auto failing = [&](const std::string& objects) {
         return failureOf([&] {
             const Rows rows = read(objects, "/all");
-            if (!rows.failure.empty())
+            if (!rows.failure.empty()) {
                 throw Failure(rows.failure);
+            }
         });
     };
     EXPECT_THAT(failing(chain("all", {"a", "gone"}) + member("a", rowsFrom(0, 2))),

@@ -83,8 +83,9 @@ TEST_F(AidaObjects, haveTwoOrThreeDimensionsWithEveryOutsideCell) {
     const auto cube = read<Histogram3D>(ownFile("histogram3d.aida"));
     ASSERT_TRUE(cube);
     std::int64_t entries = 0;
-    for (const auto& cell : cube->cells())
+    for (const auto& cell : cube->cells()) {
         entries += cell.entries;
+    }
     EXPECT_EQ(entries, 3);
     EXPECT_EQ(cube->inRange().entries, 1);
 }
@@ -175,10 +176,11 @@ TEST_F(AidaObjects, takeNoMemoryForBinsThatAreOnlyPromised) {
         aidaWith("<histogram1d name='h'><axis min='0' max='1' numberOfBins='1000000000'/></histogram1d>")));
     EXPECT_THAT(run.warnings.at(0), HasSubstr("promise 1000000002 cells"));
     for (const char* axis : {"min='0' max='1' numberOfBins='0'", "min='1' max='1' numberOfBins='2'",
-                             "min='NaN' max='1' numberOfBins='2'", "min='0' max='1' numberOfBins='1.5'"})
+                             "min='NaN' max='1' numberOfBins='2'", "min='0' max='1' numberOfBins='1.5'"}) {
         EXPECT_FALSE(
             read<Histogram1D>(aidaWith("<histogram1d name='h'><axis " + std::string(axis) + "/></histogram1d>")))
             << axis;
+    }
 }
 
 TEST_F(AidaObjects, takeDefaultsForWhatBinsDoNotSay) {
@@ -258,25 +260,34 @@ std::string numbersOf(const DataObject& object) {
         copy.annotation.clear();
         return copy.toBytes();
     };
-    if (const auto* histogram = dynamic_cast<const Histogram1D*>(&object))
+    if (const auto* histogram = dynamic_cast<const Histogram1D*>(&object)) {
         return bytes(*histogram);
-    if (const auto* histogram = dynamic_cast<const Histogram2D*>(&object))
+    }
+    if (const auto* histogram = dynamic_cast<const Histogram2D*>(&object)) {
         return bytes(*histogram);
-    if (const auto* histogram = dynamic_cast<const Histogram3D*>(&object))
+    }
+    if (const auto* histogram = dynamic_cast<const Histogram3D*>(&object)) {
         return bytes(*histogram);
-    if (const auto* profile = dynamic_cast<const Profile1D*>(&object))
+    }
+    if (const auto* profile = dynamic_cast<const Profile1D*>(&object)) {
         return bytes(*profile);
-    if (const auto* profile = dynamic_cast<const Profile2D*>(&object))
+    }
+    if (const auto* profile = dynamic_cast<const Profile2D*>(&object)) {
         return bytes(*profile);
-    if (const auto* points = dynamic_cast<const Points*>(&object))
+    }
+    if (const auto* points = dynamic_cast<const Points*>(&object)) {
         return bytes(*points);
+    }
     const auto& function = dynamic_cast<const FunctionObject&>(object);
     std::string text = function.name + function.title + function.codelet;
-    for (const auto& parameter : function.parameters)
+    for (const auto& parameter : function.parameters) {
         text += parameter.name + textOf(parameter.value);
-    for (const auto& argument : function.arguments)
-        for (const auto& range : argument.ranges)
+    }
+    for (const auto& argument : function.arguments) {
+        for (const auto& range : argument.ranges) {
             text += textOf(range.low) + textOf(range.high);
+        }
+    }
     return text;
 }
 
@@ -284,21 +295,25 @@ TEST_F(AidaObjects, ofEveryKindAreWrittenAndReadBackToTheLastBit) {
     const auto objects = readAidaObjects(ownFile("all.aida"), run);
     AidaFileWriter writer(folder / "again.aida");
     Profile2D filled(Grid<2>({Axis(3, 0, 1), Axis(std::vector<double>{0, 0.1, 7})}));
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         filled.fill({std::sin(i), std::cos(i)}, std::exp(i / 7.0), 1.0 / (i + 3));
+    }
     filled.name = "filled";
     writer.write(filled, "/");
-    for (const AidaObject& object : objects)
-        if (object.object)
+    for (const AidaObject& object : objects) {
+        if (object.object) {
             writer.write(*object.object, object.path.substr(0, object.path.rfind('/')));
+        }
+    }
     writer.close();
     const auto again = readAidaObjects(folder / "again.aida", run);
     ASSERT_EQ(again.size(), 10U);
     EXPECT_EQ(numbersOf(*again[0].object), numbersOf(filled));
     std::size_t next = 1;
     for (const AidaObject& object : objects) {
-        if (!object.object)
+        if (!object.object) {
             continue;
+        }
         EXPECT_EQ(again[next].path, object.path);
         ASSERT_TRUE(again[next].object) << object.path;
         EXPECT_EQ(numbersOf(*again[next++].object), numbersOf(*object.object)) << object.path;
@@ -324,8 +339,9 @@ TEST(GridHistogram, addsAndSurvivesAsBytes) {
 
 TEST(FilledProfile, knowsMeanSpreadAndErrorOfItsValue) {
     Profile1D profile(Grid<1>({Axis(1, 0, 1)}));
-    for (const double value : {1.0, 3.0, 1.0, 3.0})
+    for (const double value : {1.0, 3.0, 1.0, 3.0}) {
         profile.fill({0.5}, value);
+    }
     EXPECT_EQ(profile.height(1), 2.0);
     EXPECT_EQ(profile.rms(1), 1.0);
     EXPECT_EQ(profile.error(1), 0.5);

@@ -18,8 +18,9 @@ using AidaTables = AidaFiles;
 
 std::vector<std::string> namesOf(const Schema& schema) {
     std::vector<std::string> names;
-    for (const ColumnInfo& column : schema.columns())
+    for (const ColumnInfo& column : schema.columns()) {
         names.push_back(column.name);
+    }
     return names;
 }
 
@@ -76,8 +77,9 @@ TEST_F(AidaTables, areRefusedWhereACloudHasBecomeAHistogram) {
 }
 
 TEST_F(AidaTables, areChosenByPathOrByNameWhereItIsTheOnlyOne) {
-    for (const char* object : {"/data/events", "data/events", "events", "//data//events/"})
+    for (const char* object : {"/data/events", "data/events", "events", "//data//events/"}) {
         EXPECT_EQ(readRows(ownFile("all.aida"), object, run).count(), 2U) << object;
+    }
 }
 
 TEST_F(AidaTables, areListedWhereNoneFits) {
@@ -111,12 +113,14 @@ TEST_F(AidaTables, ofOnePathAreToldApart) {
 TEST_F(AidaTables, comeInChunksOfFixedLength) {
     std::string text = "<tuple name='t'><columns><column name='i' type='int'/></columns><rows>";
     const std::size_t count = 2 * chunkRows + 5;
-    for (std::size_t row = 0; row < count; ++row)
+    for (std::size_t row = 0; row < count; ++row) {
         text += "<row><entry value=\"" + textOf(static_cast<double>(row)) + "\"/></row>\n";
+    }
     const Rows rows = readRows(aidaWith(text + "</rows></tuple>"), "", run);
     EXPECT_THAT(rows.chunks, ElementsAre(chunkRows, chunkRows, 5U));
-    for (std::size_t row = 0; row < count; ++row)
+    for (std::size_t row = 0; row < count; ++row) {
         ASSERT_EQ(rows.columns[0].integers()[row], static_cast<std::int64_t>(row));
+    }
 }
 
 TEST_F(AidaTables, fillMissingEntriesAndLeaveOutExtraOnes) {
@@ -223,8 +227,9 @@ TEST_F(AidaTables, endWhenTheRunIsToEnd) {
 
 TEST_F(AidaTables, mayStandBesideEveryOtherKindOfObject) {
     std::vector<std::string> paths;
-    for (const AidaEntry& entry : listAida(ownFile("all.aida"), run))
+    for (const AidaEntry& entry : listAida(ownFile("all.aida"), run)) {
         paths.push_back(entry.path + " " + entry.element);
+    }
     EXPECT_THAT(
         paths, ElementsAre("/run1/energy histogram1d", "/run1/pt histogram1d", "/xy histogram2d", "/cube histogram3d",
                            "/clouds/t0 cloud1d", "/clouds/t1 cloud1d", "/clouds/hits cloud2d", "/clouds/points cloud3d",
@@ -240,12 +245,14 @@ std::string tuplesOfAllForms() {
         const bool isOdd = tuple % 2 == 1;
         text += "<tuple name='t" + std::to_string(tuple) + "'><columns><column name='x'/><column name='n' type='" +
                 (isOdd ? "string" : "int") + "'/></columns><rows>\n";
-        for (int row = 0; row < (tuple % 3 == 0 ? 20000 : 3); ++row)
+        for (int row = 0; row < (tuple % 3 == 0 ? 20000 : 3); ++row) {
             text += "<row><entry value=\"" + std::to_string(row) + "\"/><entry value=\"" + (isOdd ? "a" : "1") +
                     "\"/></row>\n" + (row % 777 == 5 ? "<!-- </rows></tuple> --><row><odd/></row>" : "");
+        }
         text += "</rows></tuple>\n";
-        if (tuple == 7)
+        if (tuple == 7) {
             text += "<cloud1d name='c' maxEntries='-1'><entries1d><entry1d valueX='1'/></entries1d></cloud1d>";
+        }
     }
     return text;
 }

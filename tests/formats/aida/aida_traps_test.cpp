@@ -2,9 +2,9 @@
 
 #include <cmath>
 
-#include "support.h"
 #include <velmorak/HistogramGrid.h>
 #include <velmorak/Points.h>
+#include "support.h"
 
 /// What programs write otherwise than the format says, one oddity a test.
 namespace velmorak {

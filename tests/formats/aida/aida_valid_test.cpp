@@ -4,11 +4,11 @@
 #include <cmath>
 #include <cstdio>
 
-#include "support.h"
 #include <velmorak/FunctionObject.h>
 #include <velmorak/HistogramGrid.h>
 #include <velmorak/Points.h>
 #include <velmorak/Profile.h>
+#include "support.h"
 
 /// What is written follows the document type, as another program checks it.
 namespace velmorak {
@@ -29,8 +29,9 @@ protected:
         std::FILE* pipe = popen(command.c_str(), "r");
         std::string text;
         std::array<char, 4096> part{};
-        while (const std::size_t count = std::fread(part.data(), 1, part.size(), pipe))
+        while (const std::size_t count = std::fread(part.data(), 1, part.size(), pipe)) {
             text.append(part.data(), count);
+        }
         return pclose(pipe) == 0 ? "" : "not valid: " + text;
     }
 
@@ -63,7 +64,7 @@ TEST_F(AidaValid, everyObjectIs) {
         Profile1D profile(Grid<1>({x}));
         Profile2D wide(Grid<2>({x, y}));
         for (const bool isFilled : {false, true}) {
-            for (const double value : {-7.0, 0.25, 0.75, 99.0, infinity, -infinity, nan})
+            for (const double value : {-7.0, 0.25, 0.75, 99.0, infinity, -infinity, nan}) {
                 if (isFilled) {
                     one.fill(value, -0.5);
                     two.fill({value, 0.1}, value);
@@ -71,6 +72,7 @@ TEST_F(AidaValid, everyObjectIs) {
                     profile.fill({value}, value, 2.0);
                     wide.fill({value, 0.1}, 1.0);
                 }
+            }
             writer.write(named(one, "h1"), "/");
             writer.write(named(two, "h2"), "deep/folder/");
             writer.write(named(three, "h3"), "/");
@@ -123,10 +125,12 @@ TEST_F(AidaValid, everyTableIs) {
 }
 
 TEST_F(AidaValid, isNotEveryFile) {
-    for (const char* good : {"all.aida", "tuple_nested.aida", "cloud3d.aida", "function.aida"})
+    for (const char* good : {"all.aida", "tuple_nested.aida", "cloud3d.aida", "function.aida"}) {
         EXPECT_EQ(complaints(ownFile(good)), "") << good;
-    for (const char* bad : {"trap_missing_attrs.aida", "trap_rivet_dimension.aida", "trap_geant4_style.xml"})
+    }
+    for (const char* bad : {"trap_missing_attrs.aida", "trap_rivet_dimension.aida", "trap_geant4_style.xml"}) {
         EXPECT_THAT(complaints(ownFile(bad)), HasSubstr("validity error")) << bad;
+    }
     EXPECT_THAT(complaints(fileWith("<aida version='3.3'/>")), Not(""));
 }
 

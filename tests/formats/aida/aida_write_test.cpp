@@ -35,8 +35,9 @@ std::string seenByPython(const std::filesystem::path& file) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(command.c_str(), "r"), pclose);
     std::string text;
     std::array<char, 4096> part{};
-    while (const std::size_t count = std::fread(part.data(), 1, part.size(), pipe.get()))
+    while (const std::size_t count = std::fread(part.data(), 1, part.size(), pipe.get())) {
         text.append(part.data(), count);
+    }
     return text;
 }
 
@@ -144,8 +145,9 @@ TEST_F(AidaWriting, keepsASlashInANameAsItWasWritten) {
     EXPECT_EQ(objects[1].object->name, "e\\/");
     const auto second = folder / "second.aida";
     AidaFileWriter writer(second);
-    for (const AidaObject& object : objects)
+    for (const AidaObject& object : objects) {
         writer.write(*object.object, "/d");
+    }
     writer.close();
     EXPECT_NE(contentOf(second).find("name=\"a\\/b\\c\""), std::string::npos);
     EXPECT_NE(contentOf(second).find("name=\"e\\\\/\""), std::string::npos);

@@ -43,8 +43,9 @@ protected:
 
     static std::string numbers(std::size_t count, std::mt19937_64& random) {
         std::string text;
-        for (std::size_t i = 0; i < count; ++i)
+        for (std::size_t i = 0; i < count; ++i) {
             text += "<entry value=\"" + std::to_string(random() % 100000) + "\"/>";
+        }
         return text;
     }
 };
@@ -61,9 +62,11 @@ TEST_F(Gzip, ofOneMemberAndOfSeveralIsRead) {
 TEST_F(Gzip, isReadAsZlibReadsItInPiecesOfAnyLength) {
     std::mt19937_64 random(2);
     const std::string whole = gzipped(numbers(30000, random));
-    for (const std::size_t piece : {1U, 7U, 512U, 65536U, 1U << 22U})
-        for (const std::string& rest : {std::string(), std::string(100, '\0'), std::string("\x1F"), gzipped("more")})
+    for (const std::size_t piece : {1U, 7U, 512U, 65536U, 1U << 22U}) {
+        for (const std::string& rest : {std::string(), std::string(100, '\0'), std::string("\x1F"), gzipped("more")}) {
             expectAsZlib(whole + rest, piece, std::to_string(piece) + " bytes a piece");
+        }
+    }
 }
 
 TEST_F(Gzip, thatIsDamagedIsReadAsZlibReadsIt) {
@@ -71,20 +74,24 @@ TEST_F(Gzip, thatIsDamagedIsReadAsZlibReadsIt) {
     const std::string whole = gzipped(numbers(3000, random)) + gzipped(numbers(300, random));
     for (int i = 0; i < 2000 && !HasFailure(); ++i) {
         std::string bytes = whole;
-        for (std::size_t change = 0; change < 1 + random() % 2; ++change)
+        for (std::size_t change = 0; change < 1 + random() % 2; ++change) {
             bytes[random() % bytes.size()] = static_cast<char>(random());
-        if (i % 4 == 0)
+        }
+        if (i % 4 == 0) {
             bytes.resize(random() % bytes.size());
-        if (!bytes.empty())
+        }
+        if (!bytes.empty()) {
             expectAsZlib(bytes, 1000 + random() % 100000, "damage " + std::to_string(i));
+        }
     }
 }
 
 TEST_F(Gzip, thatEndsTooEarlyIsReadAsZlibReadsIt) {
     std::mt19937_64 random(4);
     const std::string whole = gzipped(numbers(200, random));
-    for (std::size_t length = 1; length < whole.size() && !HasFailure(); ++length)
+    for (std::size_t length = 1; length < whole.size() && !HasFailure(); ++length) {
         expectAsZlib(whole.substr(0, length), 100, std::to_string(length) + " bytes");
+    }
 }
 
 }  // namespace

@@ -13,8 +13,9 @@ class OtherPrograms : public AidaFiles {
 protected:
     bool areHere() const {
         const bool isThere = std::filesystem::is_directory(AIDA_FILES_OF_OTHERS);
-        if (!isThere)
+        if (!isThere) {
             std::puts("the files of other programs are not here: nothing to compare");
+        }
         return isThere;
     }
     static std::filesystem::path other(const std::string& name) {
@@ -28,16 +29,19 @@ protected:
     /// Rows of all tuples or all clouds of a file.
     std::size_t allRows(const std::filesystem::path& file, std::string_view element) {
         std::size_t rows = 0;
-        for (const AidaEntry& entry : listAida(file, run))
-            if (std::string_view(entry.element).substr(0, element.size()) == element)
+        for (const AidaEntry& entry : listAida(file, run)) {
+            if (std::string_view(entry.element).substr(0, element.size()) == element) {
                 rows += rowsIn(file, entry.path);
+            }
+        }
         return rows;
     }
 };
 
 TEST_F(OtherPrograms, writeTuplesThatAreReadWhole) {
-    if (!areHere())
+    if (!areHere()) {
         return;
+    }
     EXPECT_EQ(rowsIn(other("tuple.xml.gz"), ""), 501U);
     EXPECT_EQ(rowsIn(other("shorttup.xml"), "/100"), 14U);
     const Rows rows = readRows(other("shorttup.xml"), "", run);
@@ -45,14 +49,16 @@ TEST_F(OtherPrograms, writeTuplesThatAreReadWhole) {
 }
 
 TEST_F(OtherPrograms, writeCloudsThatAreReadWhole) {
-    if (!areHere())
+    if (!areHere()) {
         return;
+    }
     EXPECT_EQ(allRows(other("clouds.xml.gz"), "cloud"), 410U);
 }
 
 TEST_F(OtherPrograms, writeEveryKindOfTuple) {
-    if (!areHere())
+    if (!areHere()) {
         return;
+    }
     const auto file = other("AIDATestFile.ascii.aida");
     EXPECT_EQ(listAida(file, run).size(), 23U);
     EXPECT_EQ(allRows(file, "tuple"), 60U);
@@ -65,8 +71,9 @@ TEST_F(OtherPrograms, writeEveryKindOfTuple) {
 }
 
 TEST_F(OtherPrograms, writeGzipFilesThatAreDamaged) {
-    if (!areHere())
+    if (!areHere()) {
         return;
+    }
     for (const char* name : {"to0.aida", "to1.aida"}) {
         run.warnings.clear();
         const std::string failure = failureOf([&] { listAida(other(name), run); });

@@ -59,8 +59,9 @@ TEST(Decimal, readsWhatProgramsWrite) {
                              "9223372036854775807",
                              "9999999999999999999",
                              "0.000001",
-                             "1.0E-9"})
+                             "1.0E-9"}) {
         expectAsReadNumber(text);
+    }
 }
 
 TEST(Decimal, leavesWhatIsNoSuchNumberToOthers) {
@@ -75,8 +76,9 @@ TEST(Decimal, roundsRandomNumbersExactly) {
     std::mt19937_64 random(20260727);
     for (int i = 0; i < 300000; ++i) {
         const std::uint64_t digits = random() >> (random() % 64);
-        if (digits >= 10'000'000'000'000'000'000U)
+        if (digits >= 10'000'000'000'000'000'000U) {
             continue;
+        }
         const int exponent = static_cast<int>(random() % 55) - 27;
         expectAsReadNumber(std::to_string(digits) + "e" + std::to_string(exponent));
     }
@@ -98,8 +100,9 @@ TEST(Decimal, roundsHalvesToEvenAndTheirNeighboursApart) {
 TEST(Decimal, readsTheShortestTextOfRandomNumbers) {
     std::mt19937_64 random(11);
     std::uniform_real_distribution<double> power(-8.0, 8.0);
-    for (int i = 0; i < 100000; ++i)
+    for (int i = 0; i < 100000; ++i) {
         expectAsReadNumber(textOf(std::pow(10.0, power(random)) * (i % 2 == 0 ? 1.0 : -1.0)));
+    }
 }
 
 TEST(PlainRows, areScannedUpToTheFirstThatIsNot) {
@@ -147,12 +150,13 @@ struct Told {
 
 bool isSame(const Column& one, const Column& other) {
     // By bits: NaN is NaN, and 0 is not -0.
-    if (one.type() == ColumnType::Real && other.type() == ColumnType::Real)
+    if (one.type() == ColumnType::Real && other.type() == ColumnType::Real) {
         return one.offsets == other.offsets &&
                std::equal(one.reals().begin(), one.reals().end(), other.reals().begin(), other.reals().end(),
                           [](double a, double b) {
                               return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
                           });
+    }
     return one.offsets == other.offsets && one.values == other.values;
 }
 
@@ -166,16 +170,18 @@ Told told(const std::filesystem::path& file, io::RowReading reading, int threads
             all.columns.resize(table->schema().size());
             for (Chunk chunk; table->next(chunk); chunk = {}) {
                 all.chunks.push_back(chunk.rows);
-                for (std::size_t i = 0; i < chunk.columns.size(); ++i)
+                for (std::size_t i = 0; i < chunk.columns.size(); ++i) {
                     std::visit(
                         [&](const auto& values) {
                             using Values = std::decay_t<decltype(values)>;
-                            if (all.columns[i].values.index() != chunk.columns[i]->values.index())
+                            if (all.columns[i].values.index() != chunk.columns[i]->values.index()) {
                                 all.columns[i].values.emplace<Values>();
+                            }
                             auto& target = std::get<Values>(all.columns[i].values);
                             target.insert(target.end(), values.begin(), values.end());
                         },
                         chunk.columns[i]->values);
+                }
             }
         });
     });
@@ -201,11 +207,12 @@ protected:
             "<tuple name=\"t\"><columns><column name=\"x\"/><column name=\"n\" type=\"int\"/>"
             "<column name=\"good\" type=\"boolean\"/><column name=\"tag\" type=\"string\"/></columns><rows>";
         std::normal_distribution<double> gauss;
-        for (std::size_t row = 0; row < rows; ++row)
+        for (std::size_t row = 0; row < rows; ++row) {
             text += blank + "<row>" + blank + "<entry value=\"" + textOf(gauss(random)) + "\"/>" + blank +
                     "<entry value=\"" + std::to_string(random() % 1000) + "\"/>" + blank + "<entry value=\"" +
                     (random() % 2 == 0 ? "true" : "false") + "\"/>" + blank + "<entry value=\"run " +
                     std::to_string(row) + "\"/>" + blank + "</row>\n";
+        }
         return text + "</rows></tuple>";
     }
 
@@ -308,8 +315,9 @@ TEST_F(RowScanner, tellsOfDamagedGzipFilesWhatTheParserTells) {
     for (int i = 0; i < 30 && !HasFailure(); ++i) {
         std::string bytes = packed;
         bytes[64 + random() % (bytes.size() - 64)] = static_cast<char>(random());
-        if (i % 3 == 0)
+        if (i % 3 == 0) {
             bytes.resize(64 + random() % bytes.size() / 2);
+        }
         expectBothWaysSame(bytes, "gzip mutation " + std::to_string(i));
     }
 }
@@ -337,7 +345,7 @@ TEST_F(RowScanner, takesNoRowsOutOfWhatIsNoElementWhereverTheTextIsCut) {
         "<row><entry value=\"1\"/><entry value=\"2\"/><entry value=\"0\"/><entry value=\"a\"/></row>";
     for (const std::string& odd :
          {"<!-- " + row + row + " -->", "<?pi " + row + row + "?>", "<![CDATA[" + row + row + "]]>",
-          "<rowset>" + row + row + "</rowset>", std::string("\xC3"), std::string("\xE9")})
+          "<rowset>" + row + row + "</rowset>", std::string("\xC3"), std::string("\xE9")}) {
         for (std::size_t length = 0; length < 120 && !HasFailure(); ++length) {
             std::string changed = text;
             const std::size_t second = changed.find("<row>", changed.find("</row>"));
@@ -345,6 +353,7 @@ TEST_F(RowScanner, takesNoRowsOutOfWhatIsNoElementWhereverTheTextIsCut) {
             changed.insert(changed.find("<tuple"), std::string(length, ' '));
             expectBothWaysSame(changed, odd + " behind " + std::to_string(length) + " blanks");
         }
+    }
 }
 
 TEST_F(RowScanner, namesTheSamePlaceBehindManyPlainRows) {

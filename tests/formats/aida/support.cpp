@@ -30,8 +30,9 @@ std::filesystem::path AidaFiles::aidaWith(std::string_view objects) const {
 
 std::size_t Rows::count() const {
     std::size_t all = 0;
-    for (const std::size_t rows : chunks)
+    for (const std::size_t rows : chunks) {
         all += rows;
+    }
     return all;
 }
 
@@ -41,16 +42,19 @@ void append(Column& target, const Column& more) {
     std::visit(
         [&](const auto& values) {
             using Values = std::decay_t<decltype(values)>;
-            if (target.values.index() != more.values.index())
+            if (target.values.index() != more.values.index()) {
                 target.values = Values();
+            }
             auto& all = std::get<Values>(target.values);
             all.insert(all.end(), values.begin(), values.end());
         },
         more.values);
-    if (more.isList() && target.offsets.empty())
+    if (more.isList() && target.offsets.empty()) {
         target.offsets.push_back(0);
-    for (std::size_t row = 1; row < more.offsets.size(); ++row)
+    }
+    for (std::size_t row = 1; row < more.offsets.size(); ++row) {
         target.offsets.push_back(target.offsets.back() + more.offsets[row] - more.offsets[row - 1]);
+    }
 }
 
 }  // namespace
@@ -64,8 +68,9 @@ Rows readRows(const std::filesystem::path& file, const std::string& object, RunC
     try {
         while (reader->next(chunk)) {
             rows.chunks.push_back(chunk.rows);
-            for (std::size_t column = 0; column < rows.columns.size(); ++column)
+            for (std::size_t column = 0; column < rows.columns.size(); ++column) {
                 append(rows.columns[column], *chunk.columns[column]);
+            }
         }
     } catch (const Failure& failure) {
         rows.failure = failure.what();

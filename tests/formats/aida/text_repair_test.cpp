@@ -8,16 +8,18 @@ namespace {
 std::string repairedInPiecesOf(std::size_t length, std::string_view text) {
     TextRepair repair;
     std::string result;
-    for (std::size_t begin = 0; begin < text.size(); begin += length)
+    for (std::size_t begin = 0; begin < text.size(); begin += length) {
         repair.append(text.substr(begin, length), result);
+    }
     repair.finish(result);
     return result;
 }
 
 TEST(TextRepair, leavesValidTextAloneWhereverItIsCut) {
     const std::string text = "plain, é, €, \xF0\x9F\x94\xAC, end";
-    for (std::size_t length = 1; length < 10; ++length)
+    for (std::size_t length = 1; length < 10; ++length) {
         EXPECT_EQ(repairedInPiecesOf(length, text), text) << length;
+    }
 }
 
 TEST(TextRepair, takesOtherBytesAsLatin1) {

@@ -41,22 +41,24 @@ private:
     static void XMLCALL began(void* self, const XML_Char* name, const XML_Char** attributes) {
         auto& seen = *static_cast<Seen*>(self);
         std::map<std::string, std::string> all;
-        for (; *attributes != nullptr; attributes += 2) {
+        for (; *attributes; attributes += 2) {
             all[attributes[0]] = attributes[1];
             seen.attributes.insert(attributes[0]);
         }
         seen.elements.insert(name);
         seen.lines.emplace_back(name);
-        for (const auto& [key, value] : all)
+        for (const auto& [key, value] : all) {
             seen.lines.back() += " " + key + "=" + value;
+        }
     }
     static void XMLCALL ended(void* self, const XML_Char* name) {
         static_cast<Seen*>(self)->lines.push_back(std::string("/") + name);
     }
     static void XMLCALL told(void* self, const XML_Char* text, int length) {
         const std::string all(text, static_cast<std::size_t>(length));
-        if (all.find_first_not_of(" \n") != std::string::npos)
+        if (all.find_first_not_of(" \n") != std::string::npos) {
             static_cast<Seen*>(self)->lines.push_back(all);
+        }
     }
 };
 
@@ -64,8 +66,9 @@ std::string textOf(const std::filesystem::path& file, const RunContext& run) {
     io::TextInput stream(file, run);
     std::string text;
     std::string piece(100, '\0');
-    for (std::size_t count = 1; count != 0; text.append(piece, 0, count))
+    for (std::size_t count = 1; count != 0; text.append(piece, 0, count)) {
         count = stream.read(piece.data(), piece.size());
+    }
     return text;
 }
 

@@ -112,7 +112,7 @@ std::optional<int> Process::wait(int timeoutMs) {
 
 TemporaryFolder::TemporaryFolder() {
     std::string name = (std::filesystem::temp_directory_path() / "velmorak-folder-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) {
+    if (!mkdtemp(name.data())) {
         throw std::runtime_error("no temporary folder");
     }
     folder = name;

@@ -31,8 +31,9 @@ public:
         return made;
     }
     std::string refusal(const std::string& input, const std::string& value) const override {
-        if (value == "throw")
+        if (value == "throw") {
             throw std::runtime_error("the kind is at a loss.");
+        }
         return input == "label" && value == "bad" ? "bad is no label." : "";
     }
     void evaluate(const Arguments& arguments, Results& results, RunContext&) const override {
@@ -52,8 +53,9 @@ public:
         Ports made;
         made.inputs.push_back({.name = "letters", .description = "L.", .type = ValueType::Text, .value = "xy"});
         for (const char letter : letters) {
-            if (letter == '!')
+            if (letter == '!') {
                 throw std::runtime_error("! is no letter.");
+            }
             made.inputs.push_back({.name = std::string(1, letter), .description = "N.", .value = "1"});
             made.outputs.push_back({.name = std::string(1, letter), .description = "N."});
         }

@@ -30,16 +30,18 @@ public:
     std::string summary() const override { return "Throws a number."; }
     Ports ports(const ValueTexts& values) const override {
         const auto text = values.find("text");
-        if (isAlways || (text != values.end() && text->second == "throw"))
+        if (isAlways || (text != values.end() && text->second == "throw")) {
             throw 7;
+        }
         Ports made;
         made.inputs = {{.name = "text", .type = ValueType::Text},
                        {.name = text != values.end() && text->second == "nameless" ? "" : "named"}};
         return made;
     }
     std::string refusal(const std::string&, const std::string& value) const override {
-        if (value == "refuse")
+        if (value == "refuse") {
             throw 8;
+        }
         return {};
     }
     void evaluate(const Arguments&, Results&, RunContext&) const override {}
@@ -61,8 +63,9 @@ public:
     }
     bool tellsColumns() const override { return true; }
     std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext&) const override {
-        if (arguments.text("how") == "throw")
+        if (arguments.text("how") == "throw") {
             throw 9;
+        }
         return nullptr;
     }
 };
