@@ -23,23 +23,27 @@ public:
         double first, second;  ///< Above 0 and below 1.
     };
 
-    Pair next() {
-        const Philox::Block block = Philox::at(
-            {static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(row >> 32U), column, count++}, seed);
-        return {uniform(block[0], block[1]), uniform(block[2], block[3])};
-    }
+    Pair next();
 
 private:
-    static double uniform(std::uint32_t high, std::uint32_t low) {
-        const std::uint64_t bits = (static_cast<std::uint64_t>(high) << 32U | low) >> 12U;
-        return (static_cast<double>(bits) + 0.5) * 0x1p-52;
-    }
+    static double uniform(std::uint32_t high, std::uint32_t low);
 
     std::uint64_t row;
     std::uint32_t column;
     std::uint64_t seed;
     std::uint32_t count = 0;
 };
+
+Draws::Pair Draws::next() {
+    const Philox::Block block =
+        Philox::at({static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(row >> 32U), column, count++}, seed);
+    return {uniform(block[0], block[1]), uniform(block[2], block[3])};
+}
+
+double Draws::uniform(std::uint32_t high, std::uint32_t low) {
+    const std::uint64_t bits = (static_cast<std::uint64_t>(high) << 32U | low) >> 12U;
+    return (static_cast<double>(bits) + 0.5) * 0x1p-52;
+}
 
 /// Adds up probabilities until they exceed a random number; for small means.
 double smallPoisson(double mean, Draws& draws) {

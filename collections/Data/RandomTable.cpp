@@ -14,45 +14,19 @@ namespace {
 class RandomReader : public TableReader {
 public:
     RandomReader(std::vector<RandomColumn> randomColumns, std::uint64_t rowCount, std::uint64_t seed,
-                 const RunContext& runContext)
-        : columns(std::move(randomColumns)), rows(rowCount), seed(seed), context(runContext) {
-        for (const RandomColumn& column : columns) {
-            made.add({.name = column.name,
-                      .type = column.distribution.isInteger() ? ColumnType::Integer : ColumnType::Real});
-        }
-        maxRows = rowsInChunk(made);
-    }
+                 const RunContext& runContext);
 
     const Schema& schema() const override { return made; }
 
-    bool next(Chunk& chunk) override {
-        chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(maxRows, rows - row));
-        row += chunk.rows;
-        return chunk.rows > 0;
-    }
+    bool next(Chunk& chunk) override;
 
     /// Each number follows from its row and column alone, so chunks are made in any order and at the same time.
-    void complete(Chunk& chunk) const override {
-        for (std::uint32_t column = 0; column < columns.size(); ++column) {
-            if (context.isStopping()) {
-                throw Stopped();
-            }
-            chunk.columns.push_back(columnOf(column, chunk));
-        }
-    }
+    void complete(Chunk& chunk) const override;
 
-    std::optional<double> fraction() const override {
-        return rows == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(rows);
-    }
+    std::optional<double> fraction() const override;
 
 private:
-    ColumnPtr columnOf(std::uint32_t position, const Chunk& chunk) const {
-        const Distribution& distribution = columns[position].distribution;
-        if (distribution.isInteger()) {
-            return filled<std::int64_t>(distribution, position, chunk);
-        }
-        return filled<double>(distribution, position, chunk);
-    }
+    ColumnPtr columnOf(std::uint32_t position, const Chunk& chunk) const;
 
     template <typename Number>
     ColumnPtr filled(const Distribution& distribution, std::uint32_t position, const Chunk& chunk) const {
@@ -71,6 +45,43 @@ private:
     std::uint64_t seed;
     const RunContext& context;
 };
+
+RandomReader::RandomReader(std::vector<RandomColumn> randomColumns, std::uint64_t rowCount, std::uint64_t seed,
+                           const RunContext& runContext)
+    : columns(std::move(randomColumns)), rows(rowCount), seed(seed), context(runContext) {
+    for (const RandomColumn& column : columns) {
+        made.add(
+            {.name = column.name, .type = column.distribution.isInteger() ? ColumnType::Integer : ColumnType::Real});
+    }
+    maxRows = rowsInChunk(made);
+}
+
+bool RandomReader::next(Chunk& chunk) {
+    chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(maxRows, rows - row));
+    row += chunk.rows;
+    return chunk.rows > 0;
+}
+
+void RandomReader::complete(Chunk& chunk) const {
+    for (std::uint32_t column = 0; column < columns.size(); ++column) {
+        if (context.isStopping()) {
+            throw Stopped();
+        }
+        chunk.columns.push_back(columnOf(column, chunk));
+    }
+}
+
+std::optional<double> RandomReader::fraction() const {
+    return rows == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(rows);
+}
+
+ColumnPtr RandomReader::columnOf(std::uint32_t position, const Chunk& chunk) const {
+    const Distribution& distribution = columns[position].distribution;
+    if (distribution.isInteger()) {
+        return filled<std::int64_t>(distribution, position, chunk);
+    }
+    return filled<double>(distribution, position, chunk);
+}
 
 constexpr double maxWhole = 9007199254740992.0;  // All whole numbers up to here are doubles.
 

@@ -18,10 +18,12 @@ struct ChiSquare {
     double value = 0.0;
     double freedom = 0.0;
 
-    double probability() const {
-        return freedom < 1.0 || !std::isfinite(value) ? notANumber : boost::math::gamma_q(freedom / 2.0, value / 2.0);
-    }
+    double probability() const;
 };
+
+double ChiSquare::probability() const {
+    return freedom < 1.0 || !std::isfinite(value) ? notANumber : boost::math::gamma_q(freedom / 2.0, value / 2.0);
+}
 
 /// Every fill had the weight 1.
 bool isCounted(const Histogram1D& histogram) {

@@ -39,8 +39,7 @@ void entitle(Profile1D& profile, const std::vector<std::string>& titles) {
 /// What the three kinds have in common: where the numbers come from and what the object is called.
 class Naming {
 public:
-    Naming(const Arguments& arguments, const RunContext& context, std::vector<std::string> titlesOfAxes)
-        : name(context.pluginName()), title(titleOr(arguments, "title", name)), axisTitles(std::move(titlesOfAxes)) {}
+    Naming(const Arguments& arguments, const RunContext& context, std::vector<std::string> titlesOfAxes);
 
     template <typename Object>
     void deliver(Object filled, const std::string& output, Results& results) const {
@@ -56,6 +55,9 @@ private:
     std::string title;
     std::vector<std::string> axisTitles;
 };
+
+Naming::Naming(const Arguments& arguments, const RunContext& context, std::vector<std::string> titlesOfAxes)
+    : name(context.pluginName()), title(titleOr(arguments, "title", name)), axisTitles(std::move(titlesOfAxes)) {}
 
 /// Fills copies of an empty filler.
 template <typename Filler>

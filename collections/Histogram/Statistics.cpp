@@ -20,18 +20,9 @@ class Gathering : public AccumulatorState {
 public:
     explicit Gathering(const FillExpression& gathered) : quantity(gathered) {}
 
-    void fill(const Chunk& chunk) override {
-        const FillExpression::Values values = quantity.values(chunk);
-        const FillBatch batch = values.batch();
-        moments.fill(batch.x, batch.weights, batch.count);
-        portions.fill(batch.x, batch.weights, batch.count);
-    }
+    void fill(const Chunk& chunk) override;
 
-    void merge(AccumulatorState& other) override {
-        auto& next = static_cast<Gathering&>(other);
-        moments.merge(next.moments);
-        portions.merge(next.portions);
-    }
+    void merge(AccumulatorState& other) override;
 
     const Moments& result() const { return moments; }
     const Quantiles& quantiles() const { return portions; }
@@ -41,6 +32,19 @@ private:
     Moments moments;
     Quantiles portions;
 };
+
+void Gathering::fill(const Chunk& chunk) {
+    const FillExpression::Values values = quantity.values(chunk);
+    const FillBatch batch = values.batch();
+    moments.fill(batch.x, batch.weights, batch.count);
+    portions.fill(batch.x, batch.weights, batch.count);
+}
+
+void Gathering::merge(AccumulatorState& other) {
+    auto& next = static_cast<Gathering&>(other);
+    moments.merge(next.moments);
+    portions.merge(next.portions);
+}
 
 void setQuantiles(const std::vector<WeightedInterval>& ascending, Results& results) {
     results.set("median", quantileOf(ascending, 0.5));
@@ -54,23 +58,25 @@ public:
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<Gathering>(quantity); }
 
-    void finish(AccumulatorState& state, Results& results) override {
-        const Moments& moments = static_cast<Gathering&>(state).result();
-        results.set("entries", static_cast<double>(moments.entries()));
-        results.set("weights", moments.sumOfWeights());
-        results.set("sum", moments.sum());
-        results.set("mean", moments.mean());
-        results.set("rms", moments.rms());
-        results.set("minimum", moments.minimum());
-        results.set("maximum", moments.maximum());
-        results.set("nan", static_cast<double>(moments.nans()));
-        results.set("skewness", moments.skewness());
-        setQuantiles(static_cast<Gathering&>(state).quantiles().ascending(), results);
-    }
+    void finish(AccumulatorState& state, Results& results) override;
 
 private:
     FillExpression quantity;
 };
+
+void TableStatistics::finish(AccumulatorState& state, Results& results) {
+    const Moments& moments = static_cast<Gathering&>(state).result();
+    results.set("entries", static_cast<double>(moments.entries()));
+    results.set("weights", moments.sumOfWeights());
+    results.set("sum", moments.sum());
+    results.set("mean", moments.mean());
+    results.set("rms", moments.rms());
+    results.set("minimum", moments.minimum());
+    results.set("maximum", moments.maximum());
+    results.set("nan", static_cast<double>(moments.nans()));
+    results.set("skewness", moments.skewness());
+    setQuantiles(static_cast<Gathering&>(state).quantiles().ascending(), results);
+}
 
 class NothingToGather : public AccumulatorState {
 public:
@@ -117,23 +123,25 @@ public:
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<NothingToGather>(); }
 
-    void finish(AccumulatorState&, Results& results) override {
-        const BinSums sums = histogram->inRange();
-        results.set("entries", static_cast<double>(sums.entries));
-        results.set("weights", sums.w);
-        results.set("sum", sums.wx);
-        results.set("mean", histogram->mean());
-        results.set("rms", histogram->rms());
-        results.set("minimum", std::numeric_limits<double>::quiet_NaN());
-        results.set("maximum", std::numeric_limits<double>::quiet_NaN());
-        results.set("nan", static_cast<double>(histogram->nanEntries()));
-        results.set("skewness", skewnessOf(*histogram));
-        setQuantiles(binsOf(*histogram), results);
-    }
+    void finish(AccumulatorState&, Results& results) override;
 
 private:
     HistogramPtr histogram;
 };
+
+void HistogramStatistics::finish(AccumulatorState&, Results& results) {
+    const BinSums sums = histogram->inRange();
+    results.set("entries", static_cast<double>(sums.entries));
+    results.set("weights", sums.w);
+    results.set("sum", sums.wx);
+    results.set("mean", histogram->mean());
+    results.set("rms", histogram->rms());
+    results.set("minimum", std::numeric_limits<double>::quiet_NaN());
+    results.set("maximum", std::numeric_limits<double>::quiet_NaN());
+    results.set("nan", static_cast<double>(histogram->nanEntries()));
+    results.set("skewness", skewnessOf(*histogram));
+    setQuantiles(binsOf(*histogram), results);
+}
 
 }  // namespace
 

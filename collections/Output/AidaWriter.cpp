@@ -17,36 +17,44 @@ public:
 
     void fill(const Chunk& chunk) override { text += aidaRows(output.schema(), chunk); }
 
-    void merge(AccumulatorState& other) override {
-        handOver();
-        static_cast<Rows&>(other).handOver();
-    }
+    void merge(AccumulatorState& other) override;
 
-    void handOver() {
-        output.appendRows(text);
-        text.clear();
-    }
+    void handOver();
 
 private:
     AidaOutput& output;
     std::string text;
 };
 
+void Rows::merge(AccumulatorState& other) {
+    handOver();
+    static_cast<Rows&>(other).handOver();
+}
+
+void Rows::handOver() {
+    output.appendRows(text);
+    text.clear();
+}
+
 class Writing : public Accumulation {
 public:
-    Writing(AidaContents contents, RunContext& context)
-        : output(std::make_unique<AidaOutput>(std::move(contents), context)) {}
+    Writing(AidaContents contents, RunContext& context);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<Rows>(*output); }
 
-    void finish(AccumulatorState& state, Results&) override {
-        static_cast<Rows&>(state).handOver();
-        output->complete();
-    }
+    void finish(AccumulatorState& state, Results&) override;
 
 private:
     std::unique_ptr<AidaOutput> output;
 };
+
+Writing::Writing(AidaContents contents, RunContext& context)
+    : output(std::make_unique<AidaOutput>(std::move(contents), context)) {}
+
+void Writing::finish(AccumulatorState& state, Results&) {
+    static_cast<Rows&>(state).handOver();
+    output->complete();
+}
 
 /// @return the object at the input, or null for a table, which does not come as a value.
 DataObjectPtr objectOrTable(const Arguments& arguments, const std::string& input) {

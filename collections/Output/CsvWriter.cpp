@@ -16,20 +16,13 @@ namespace {
 /// Rows of one chunk, made ready by many threads; the file takes them in one after the other.
 class Lines : public AccumulatorState {
 public:
-    Lines(TextOutput& target, const Schema& columns, char separator)
-        : output(target), schema(columns), delimiter(separator) {}
+    Lines(TextOutput& target, const Schema& columns, char separator);
 
     void fill(const Chunk& chunk) override { text += csvRows(schema, chunk, delimiter); }
 
-    void merge(AccumulatorState& other) override {
-        handOver();
-        static_cast<Lines&>(other).handOver();
-    }
+    void merge(AccumulatorState& other) override;
 
-    void handOver() {
-        output.append(text);
-        text.clear();
-    }
+    void handOver();
 
 private:
     TextOutput& output;
@@ -38,19 +31,26 @@ private:
     std::string text;
 };
 
+Lines::Lines(TextOutput& target, const Schema& columns, char separator)
+    : output(target), schema(columns), delimiter(separator) {}
+
+void Lines::merge(AccumulatorState& other) {
+    handOver();
+    static_cast<Lines&>(other).handOver();
+}
+
+void Lines::handOver() {
+    output.append(text);
+    text.clear();
+}
+
 class Writing : public Accumulation {
 public:
-    Writing(TextOutput textOutput, Schema columns, char separator)
-        : output(std::move(textOutput)), schema(std::move(columns)), delimiter(separator) {}
+    Writing(TextOutput textOutput, Schema columns, char separator);
 
-    std::unique_ptr<AccumulatorState> newState() const override {
-        return std::make_unique<Lines>(output, schema, delimiter);
-    }
+    std::unique_ptr<AccumulatorState> newState() const override;
 
-    void finish(AccumulatorState& state, Results&) override {
-        static_cast<Lines&>(state).handOver();
-        output.complete();
-    }
+    void finish(AccumulatorState& state, Results&) override;
 
 private:
     /// Takes the lines of the states; the run hands them over one at a time.
@@ -58,6 +58,18 @@ private:
     Schema schema;
     char delimiter;
 };
+
+Writing::Writing(TextOutput textOutput, Schema columns, char separator)
+    : output(std::move(textOutput)), schema(std::move(columns)), delimiter(separator) {}
+
+std::unique_ptr<AccumulatorState> Writing::newState() const {
+    return std::make_unique<Lines>(output, schema, delimiter);
+}
+
+void Writing::finish(AccumulatorState& state, Results&) {
+    static_cast<Lines&>(state).handOver();
+    output.complete();
+}
 
 char delimiterNamed(const std::string& name) {
     const std::map<std::string, char> delimiters = {

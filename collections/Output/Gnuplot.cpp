@@ -22,73 +22,85 @@ constexpr std::size_t maxComplaint = 2000;
 
 /// What the plotter says goes through here; closed at both ends with the object.
 struct Pipe {
-    Pipe() {
-        if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-            throw Failure("no pipe to gnuplot could be made: " + std::generic_category().message(errno));
-        }
-    }
-    ~Pipe() {
-        close(ends[0]);
-        closeWriter();
-    }
+    Pipe();
+    ~Pipe();
     Pipe(const Pipe&) = delete;
     Pipe& operator=(const Pipe&) = delete;
 
-    void closeWriter() {
-        if (ends[1] >= 0) {
-            close(ends[1]);
-        }
-        ends[1] = -1;
-    }
+    void closeWriter();
 
     std::array<int, 2> ends{-1, -1};
 };
 
+Pipe::Pipe() {
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+        throw Failure("no pipe to gnuplot could be made: " + std::generic_category().message(errno));
+    }
+}
+
+Pipe::~Pipe() {
+    close(ends[0]);
+    closeWriter();
+}
+
+void Pipe::closeWriter() {
+    if (ends[1] >= 0) {
+        close(ends[1]);
+    }
+    ends[1] = -1;
+}
+
 /// A gnuplot that is running; it is ended, and waited for, with the object.
 class Child {
 public:
-    Child(const std::filesystem::path& folder, const std::string& script, const Pipe& errors) {
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addchdir_np(&actions, folder.c_str());
-        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-        posix_spawn_file_actions_adddup2(&actions, errors.ends[1], STDERR_FILENO);
-        std::string program = "gnuplot";
-        std::string noStartFile = "-d";
-        std::string argument = script;
-        std::array<char*, 4> arguments = {program.data(), noStartFile.data(), argument.data(), nullptr};
-        const int error = posix_spawnp(&id, "gnuplot", &actions, nullptr, arguments.data(), environ);
-        posix_spawn_file_actions_destroy(&actions);
-        if (error == ENOENT) {
-            throw Failure("gnuplot is not installed; the Debian package gnuplot-nox brings it");
-        }
-        if (error != 0) {
-            throw Failure("gnuplot could not be started: " + std::generic_category().message(error));
-        }
-    }
-    ~Child() {
-        if (isRunning) {
-            kill(id, SIGKILL);
-            wait();
-        }
-    }
+    Child(const std::filesystem::path& folder, const std::string& script, const Pipe& errors);
+    ~Child();
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
     /// @return true if the program ended without an error.
-    bool wait() {
-        int status = 0;
-        while (waitpid(id, &status, 0) < 0 && errno == EINTR) {
-        }
-        isRunning = false;
-        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-    }
+    bool wait();
 
 private:
     pid_t id = -1;
     bool isRunning = true;
 };
+
+Child::Child(const std::filesystem::path& folder, const std::string& script, const Pipe& errors) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addchdir_np(&actions, folder.c_str());
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, errors.ends[1], STDERR_FILENO);
+    std::string program = "gnuplot";
+    std::string noStartFile = "-d";
+    std::string argument = script;
+    std::array<char*, 4> arguments = {program.data(), noStartFile.data(), argument.data(), nullptr};
+    const int error = posix_spawnp(&id, "gnuplot", &actions, nullptr, arguments.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (error == ENOENT) {
+        throw Failure("gnuplot is not installed; the Debian package gnuplot-nox brings it");
+    }
+    if (error != 0) {
+        throw Failure("gnuplot could not be started: " + std::generic_category().message(error));
+    }
+}
+
+Child::~Child() {
+    if (isRunning) {
+        kill(id, SIGKILL);
+        wait();
+    }
+}
+
+bool Child::wait() {
+    int status = 0;
+    while (waitpid(id, &status, 0) < 0 && errno == EINTR) {
+    }
+    isRunning = false;
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
 
 /// Reads until the other end is closed, that is until the child has ended.
 std::string readAll(int descriptor, const RunContext& context) {

@@ -43,29 +43,9 @@ class Collector {
 public:
     explicit Collector(const PlotStyle& plotStyle) : style(plotStyle) {}
 
-    void add(const PlotObject& object) {
-        const bool isDrawn = addIf<Histogram1D>(object) || addIf<Histogram2D>(object) || addIf<Profile1D>(object) ||
-                             addIf<Profile2D>(object) || addIf<Points>(object) || addFunction(object);
-        if (!isDrawn) {
-            throw Failure(object.input, "a histogram of three dimensions cannot be drawn; project it first");
-        }
-        if (contents.map && !contents.series.empty()) {
-            throw Failure(object.input,
-                          "what has one dimension and what has two cannot be drawn in one frame; use another Plot");
-        }
-    }
+    void add(const PlotObject& object);
 
-    PlotContents finish() {
-        // A picture of one object, with or without curves, has its title.
-        if (titles.size() == 1) {
-            contents.title = titles.front();
-        }
-        if (!haveOneHeight) {
-            contents.yTitle = contents.yTitle.substr(0, contents.yTitle.find(" / ")) + " / bin";
-        }
-        chooseLooks();
-        return std::move(contents);
-    }
+    PlotContents finish();
 
 private:
     template <typename Class>
@@ -79,129 +59,19 @@ private:
         return true;
     }
 
-    bool addFunction(const PlotObject& object) {
-        auto function = std::dynamic_pointer_cast<const FunctionObject>(object.object);
-        if (!function) {
-            return false;
-        }
-        if (function->arguments.size() > 1) {
-            throw Failure(object.input, "a function of more than one argument cannot be drawn");
-        }
-        PlotSeries series = seriesOf(object);
-        series.look = PlotSeries::SeriesStyle::Curve;
-        series.statistics = statisticsOf(*function);
-        series.function = std::move(function);
-        take(contents.xTitle, series.function->arguments.empty() ? "" : series.function->arguments.front().name);
-        contents.series.push_back(std::move(series));
-        return true;
-    }
+    bool addFunction(const PlotObject& object);
 
-    void addObject(const PlotObject& object, const Histogram1D& histogram) {
-        PlotSeries series = seriesOf(object);
-        series.isHistogram = true;
-        series.edges = histogram.axis().edges();
-        series.statistics = statisticsOf(histogram);
-        const Axis& axis = histogram.axis();
-        for (std::size_t i = 0; i < histogram.bins(); ++i) {
-            const double height = histogram.height(i);
-            const double error = histogram.error(i);
-            series.points.push_back({.x = axis.center(i),
-                                     .xLow = axis.edges()[i],
-                                     .xHigh = axis.edges()[i + 1],
-                                     .y = height,
-                                     .yLow = height - error,
-                                     .yHigh = height + error});
-        }
-        warnOfStrange(object, series, "bins");
-        setHeightTitle(histogram);
-        contents.series.push_back(std::move(series));
-    }
+    void addObject(const PlotObject& object, const Histogram1D& histogram);
 
-    void setHeightTitle(const Histogram1D& histogram) {
-        take(contents.xTitle, histogram.axis().title);
-        const std::string& xTitle = style.x.title.empty() ? contents.xTitle : style.x.title;
-        const std::string title = heightTitle(histogram.inRange(), histogram.axis(), xTitle);
-        haveOneHeight = haveOneHeight && (contents.yTitle.empty() || contents.yTitle == title);
-        if (contents.yTitle.empty() || title.starts_with("Sum")) {
-            contents.yTitle = title;
-        }
-    }
+    void setHeightTitle(const Histogram1D& histogram);
 
-    void addObject(const PlotObject& object, const Profile1D& profile) {
-        PlotSeries series = seriesOf(object);
-        series.look = PlotSeries::SeriesStyle::Points;
-        series.statistics = statisticsOf(profile);
-        const Axis& axis = profile.grid().axis(0);
-        for (std::size_t i = 0; i < axis.bins(); ++i) {
-            const double height = profile.height(i + 1);
-            const double error = profile.error(i + 1);
-            const bool isEmpty = profile.cells()[i + 1].entries == 0 && std::isnan(height);
-            if (!isEmpty) {
-                series.points.push_back({.x = axis.center(i),
-                                         .xLow = axis.edges()[i],
-                                         .xHigh = axis.edges()[i + 1],
-                                         .y = height,
-                                         .yLow = height - error,
-                                         .yHigh = height + error});
-            }
-        }
-        series.edges = {axis.low(), axis.high()};
-        warnOfStrange(object, series, "bins");
-        take(contents.xTitle, axis.title);
-        contents.series.push_back(std::move(series));
-    }
+    void addObject(const PlotObject& object, const Profile1D& profile);
 
-    void addObject(const PlotObject& object, const Points& points) {
-        if (points.dimension() > 2) {
-            throw Failure(object.input, "points of more than two dimensions cannot be drawn");
-        }
-        PlotSeries series = seriesOf(object);
-        series.look = PlotSeries::SeriesStyle::Points;
-        series.statistics = {{"Points", textOf(static_cast<double>(points.size()))}};
-        const std::size_t last = points.dimension() - 1;
-        for (std::size_t i = 0; i < points.size(); ++i) {
-            // Points that only have a value stand side by side.
-            const auto number = static_cast<double>(i + 1);
-            const Measurement x =
-                last == 0 ? Measurement{.value = number, .errorPlus = 0, .errorMinus = 0} : points.measurement(i, 0);
-            const Measurement y = points.measurement(i, last);
-            series.points.push_back({.x = x.value,
-                                     .xLow = x.value - x.errorMinus,
-                                     .xHigh = x.value + x.errorPlus,
-                                     .y = y.value,
-                                     .yLow = y.value - y.errorMinus,
-                                     .yHigh = y.value + y.errorPlus});
-        }
-        warnOfStrange(object, series, "points");
-        const auto titleOf = [&](std::size_t direction) {
-            return direction < points.axisTitles.size() ? points.axisTitles[direction] : std::string();
-        };
-        take(contents.xTitle, last == 0 ? "Point" : titleOf(0));
-        take(contents.yTitle, titleOf(last));
-        contents.series.push_back(std::move(series));
-    }
+    void addObject(const PlotObject& object, const Points& points);
 
-    void addObject(const PlotObject& object, const Histogram2D& histogram) {
-        addMap(object, histogram.grid(), statisticsLine(histogram), [&](std::size_t cell) {
-            const auto& sums = histogram.cells()[cell];
-            const bool isEmpty = sums.entries == 0 && sums.w == 0.0;
-            return isEmpty ? std::nullopt : std::optional(sums.w);
-        });
-        contents.map->isCount = true;
-        contents.zTitle = "Entries / bin";
-        const auto sums = histogram.inRange();
-        if (sums.w != static_cast<double>(sums.entries) || sums.ww != sums.w) {
-            contents.zTitle = "Sum of weights / bin";
-        }
-    }
+    void addObject(const PlotObject& object, const Histogram2D& histogram);
 
-    void addObject(const PlotObject& object, const Profile2D& profile) {
-        addMap(object, profile.grid(), statisticsLine(profile), [&](std::size_t cell) {
-            const bool isEmpty = profile.cells()[cell].entries == 0 && std::isnan(profile.height(cell));
-            return isEmpty ? std::nullopt : std::optional(profile.height(cell));
-        });
-        contents.zTitle = "Mean";
-    }
+    void addObject(const PlotObject& object, const Profile2D& profile);
 
     /// @param valueOf of a cell; nothing where the cell stays white.
     template <typename ValueOf>
@@ -229,47 +99,16 @@ private:
         take(contents.yTitle, grid.axis(1).title);
     }
 
-    PlotSeries seriesOf(const PlotObject& object) {
-        PlotSeries series;
-        const std::size_t position = next++;
-        const DataObject& data = *object.object;
-        const std::string& own = !data.title.empty() ? data.title : !data.name.empty() ? data.name : object.maker;
-        const bool isGiven = position < style.labels.size() && !style.labels[position].empty();
-        series.label = isGiven ? style.labels[position] : own;
-        return series;
-    }
+    PlotSeries seriesOf(const PlotObject& object);
 
-    void warnOfStrange(const PlotObject& object, const PlotSeries& series, const std::string& parts) {
-        const auto isStrange = [](const PlotPoint& point) {
-            return !std::isfinite(point.y) || !std::isfinite(point.x);
-        };
-        warn(object, static_cast<std::size_t>(std::count_if(series.points.begin(), series.points.end(), isStrange)),
-             parts);
-    }
+    void warnOfStrange(const PlotObject& object, const PlotSeries& series, const std::string& parts);
 
-    void warn(const PlotObject& object, std::size_t strange, const std::string& parts) {
-        if (strange > 0) {
-            contents.warnings.push_back(object.input + ": " + textOf(static_cast<double>(strange)) + " " + parts +
-                                        " are not drawn because they are infinite or no number");
-        }
-    }
+    void warn(const PlotObject& object, std::size_t strange, const std::string& parts);
 
-    static void take(std::string& title, const std::string& found) {
-        if (title.empty()) {
-            title = found;
-        }
-    }
+    static void take(std::string& title, const std::string& found);
 
     /// Data that a curve goes through are points, others steps, unless the user wants one or the other.
-    void chooseLooks() {
-        const bool havePoints =
-            style.look == HistogramLook::Points || (style.look == HistogramLook::Automatic && contents.hasCurve());
-        for (PlotSeries& series : contents.series) {
-            if (series.isHistogram && havePoints) {
-                series.look = PlotSeries::SeriesStyle::Points;
-            }
-        }
-    }
+    void chooseLooks();
 
     const PlotStyle& style;
     PlotContents contents;
@@ -277,6 +116,192 @@ private:
     std::size_t next = 0;  ///< Position of the next series, for its label.
     bool haveOneHeight = true;
 };
+
+void Collector::add(const PlotObject& object) {
+    const bool isDrawn = addIf<Histogram1D>(object) || addIf<Histogram2D>(object) || addIf<Profile1D>(object) ||
+                         addIf<Profile2D>(object) || addIf<Points>(object) || addFunction(object);
+    if (!isDrawn) {
+        throw Failure(object.input, "a histogram of three dimensions cannot be drawn; project it first");
+    }
+    if (contents.map && !contents.series.empty()) {
+        throw Failure(object.input,
+                      "what has one dimension and what has two cannot be drawn in one frame; use another Plot");
+    }
+}
+
+PlotContents Collector::finish() {
+    // A picture of one object, with or without curves, has its title.
+    if (titles.size() == 1) {
+        contents.title = titles.front();
+    }
+    if (!haveOneHeight) {
+        contents.yTitle = contents.yTitle.substr(0, contents.yTitle.find(" / ")) + " / bin";
+    }
+    chooseLooks();
+    return std::move(contents);
+}
+
+bool Collector::addFunction(const PlotObject& object) {
+    auto function = std::dynamic_pointer_cast<const FunctionObject>(object.object);
+    if (!function) {
+        return false;
+    }
+    if (function->arguments.size() > 1) {
+        throw Failure(object.input, "a function of more than one argument cannot be drawn");
+    }
+    PlotSeries series = seriesOf(object);
+    series.look = PlotSeries::SeriesStyle::Curve;
+    series.statistics = statisticsOf(*function);
+    series.function = std::move(function);
+    take(contents.xTitle, series.function->arguments.empty() ? "" : series.function->arguments.front().name);
+    contents.series.push_back(std::move(series));
+    return true;
+}
+
+void Collector::addObject(const PlotObject& object, const Histogram1D& histogram) {
+    PlotSeries series = seriesOf(object);
+    series.isHistogram = true;
+    series.edges = histogram.axis().edges();
+    series.statistics = statisticsOf(histogram);
+    const Axis& axis = histogram.axis();
+    for (std::size_t i = 0; i < histogram.bins(); ++i) {
+        const double height = histogram.height(i);
+        const double error = histogram.error(i);
+        series.points.push_back({.x = axis.center(i),
+                                 .xLow = axis.edges()[i],
+                                 .xHigh = axis.edges()[i + 1],
+                                 .y = height,
+                                 .yLow = height - error,
+                                 .yHigh = height + error});
+    }
+    warnOfStrange(object, series, "bins");
+    setHeightTitle(histogram);
+    contents.series.push_back(std::move(series));
+}
+
+void Collector::setHeightTitle(const Histogram1D& histogram) {
+    take(contents.xTitle, histogram.axis().title);
+    const std::string& xTitle = style.x.title.empty() ? contents.xTitle : style.x.title;
+    const std::string title = heightTitle(histogram.inRange(), histogram.axis(), xTitle);
+    haveOneHeight = haveOneHeight && (contents.yTitle.empty() || contents.yTitle == title);
+    if (contents.yTitle.empty() || title.starts_with("Sum")) {
+        contents.yTitle = title;
+    }
+}
+
+void Collector::addObject(const PlotObject& object, const Profile1D& profile) {
+    PlotSeries series = seriesOf(object);
+    series.look = PlotSeries::SeriesStyle::Points;
+    series.statistics = statisticsOf(profile);
+    const Axis& axis = profile.grid().axis(0);
+    for (std::size_t i = 0; i < axis.bins(); ++i) {
+        const double height = profile.height(i + 1);
+        const double error = profile.error(i + 1);
+        const bool isEmpty = profile.cells()[i + 1].entries == 0 && std::isnan(height);
+        if (!isEmpty) {
+            series.points.push_back({.x = axis.center(i),
+                                     .xLow = axis.edges()[i],
+                                     .xHigh = axis.edges()[i + 1],
+                                     .y = height,
+                                     .yLow = height - error,
+                                     .yHigh = height + error});
+        }
+    }
+    series.edges = {axis.low(), axis.high()};
+    warnOfStrange(object, series, "bins");
+    take(contents.xTitle, axis.title);
+    contents.series.push_back(std::move(series));
+}
+
+void Collector::addObject(const PlotObject& object, const Points& points) {
+    if (points.dimension() > 2) {
+        throw Failure(object.input, "points of more than two dimensions cannot be drawn");
+    }
+    PlotSeries series = seriesOf(object);
+    series.look = PlotSeries::SeriesStyle::Points;
+    series.statistics = {{"Points", textOf(static_cast<double>(points.size()))}};
+    const std::size_t last = points.dimension() - 1;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        // Points that only have a value stand side by side.
+        const auto number = static_cast<double>(i + 1);
+        const Measurement x =
+            last == 0 ? Measurement{.value = number, .errorPlus = 0, .errorMinus = 0} : points.measurement(i, 0);
+        const Measurement y = points.measurement(i, last);
+        series.points.push_back({.x = x.value,
+                                 .xLow = x.value - x.errorMinus,
+                                 .xHigh = x.value + x.errorPlus,
+                                 .y = y.value,
+                                 .yLow = y.value - y.errorMinus,
+                                 .yHigh = y.value + y.errorPlus});
+    }
+    warnOfStrange(object, series, "points");
+    const auto titleOf = [&](std::size_t direction) {
+        return direction < points.axisTitles.size() ? points.axisTitles[direction] : std::string();
+    };
+    take(contents.xTitle, last == 0 ? "Point" : titleOf(0));
+    take(contents.yTitle, titleOf(last));
+    contents.series.push_back(std::move(series));
+}
+
+void Collector::addObject(const PlotObject& object, const Histogram2D& histogram) {
+    addMap(object, histogram.grid(), statisticsLine(histogram), [&](std::size_t cell) {
+        const auto& sums = histogram.cells()[cell];
+        const bool isEmpty = sums.entries == 0 && sums.w == 0.0;
+        return isEmpty ? std::nullopt : std::optional(sums.w);
+    });
+    contents.map->isCount = true;
+    contents.zTitle = "Entries / bin";
+    const auto sums = histogram.inRange();
+    if (sums.w != static_cast<double>(sums.entries) || sums.ww != sums.w) {
+        contents.zTitle = "Sum of weights / bin";
+    }
+}
+
+void Collector::addObject(const PlotObject& object, const Profile2D& profile) {
+    addMap(object, profile.grid(), statisticsLine(profile), [&](std::size_t cell) {
+        const bool isEmpty = profile.cells()[cell].entries == 0 && std::isnan(profile.height(cell));
+        return isEmpty ? std::nullopt : std::optional(profile.height(cell));
+    });
+    contents.zTitle = "Mean";
+}
+
+PlotSeries Collector::seriesOf(const PlotObject& object) {
+    PlotSeries series;
+    const std::size_t position = next++;
+    const DataObject& data = *object.object;
+    const std::string& own = !data.title.empty() ? data.title : !data.name.empty() ? data.name : object.maker;
+    const bool isGiven = position < style.labels.size() && !style.labels[position].empty();
+    series.label = isGiven ? style.labels[position] : own;
+    return series;
+}
+
+void Collector::warnOfStrange(const PlotObject& object, const PlotSeries& series, const std::string& parts) {
+    const auto isStrange = [](const PlotPoint& point) { return !std::isfinite(point.y) || !std::isfinite(point.x); };
+    warn(object, static_cast<std::size_t>(std::count_if(series.points.begin(), series.points.end(), isStrange)), parts);
+}
+
+void Collector::warn(const PlotObject& object, std::size_t strange, const std::string& parts) {
+    if (strange > 0) {
+        contents.warnings.push_back(object.input + ": " + textOf(static_cast<double>(strange)) + " " + parts +
+                                    " are not drawn because they are infinite or no number");
+    }
+}
+
+void Collector::take(std::string& title, const std::string& found) {
+    if (title.empty()) {
+        title = found;
+    }
+}
+
+void Collector::chooseLooks() {
+    const bool havePoints =
+        style.look == HistogramLook::Points || (style.look == HistogramLook::Automatic && contents.hasCurve());
+    for (PlotSeries& series : contents.series) {
+        if (series.isHistogram && havePoints) {
+            series.look = PlotSeries::SeriesStyle::Points;
+        }
+    }
+}
 
 }  // namespace
 

@@ -26,13 +26,7 @@ class Extent {
 public:
     explicit Extent(bool hasLogarithm) : hasLog(hasLogarithm) {}
 
-    void add(double value) {
-        if (!std::isfinite(value) || (hasLog && value <= 0.0)) {
-            return;
-        }
-        span.low = std::min(span.low, value);
-        span.high = std::max(span.high, value);
-    }
+    void add(double value);
     bool isEmpty() const { return span.low > span.high; }
 
     PlotSpan span{.low = unlimited, .high = -unlimited};
@@ -40,6 +34,14 @@ public:
 private:
     bool hasLog;
 };
+
+void Extent::add(double value) {
+    if (!std::isfinite(value) || (hasLog && value <= 0.0)) {
+        return;
+    }
+    span.low = std::min(span.low, value);
+    span.high = std::max(span.high, value);
+}
 
 /// Positions along an axis as they are drawn: the logarithm where it is logarithmic.
 double along(double value, bool hasLog) {

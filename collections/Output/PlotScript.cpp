@@ -221,7 +221,7 @@ std::string seriesCommand(const PlotContents& contents, const PlotStyle& style, 
     for (const bool isCurve : {false, true}) {
         for (std::size_t i = 0; i < contents.series.size(); ++i) {
             const PlotSeries& series = contents.series[i];
-            if ((series.function) != isCurve) {
+            if ((series.function != nullptr) != isCurve) {
                 continue;
             }
             const std::string title = boxes.hasLegend

@@ -19,14 +19,16 @@ std::string pairText(double x, double y) {
 
 /// The moments of a coordinate as they follow from sums of w, wx and wx².
 struct Moments {
-    Moments(double w, double wx, double wxx) {
-        mean = wx / w;
-        const double variance = wxx / w - mean * mean;
-        rms = std::isnan(variance) ? variance : std::sqrt(std::max(variance, 0.0));
-    }
+    Moments(double w, double wx, double wxx);
     double mean = 0.0;
     double rms = 0.0;
 };
+
+Moments::Moments(double w, double wx, double wxx) {
+    mean = wx / w;
+    const double variance = wxx / w - mean * mean;
+    rms = std::isnan(variance) ? variance : std::sqrt(std::max(variance, 0.0));
+}
 
 template <std::size_t dimensions>
 ProfileSums<dimensions> inRange(const Profile<dimensions>& profile) {

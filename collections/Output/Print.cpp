@@ -19,23 +19,9 @@ class FirstRows : public AccumulatorState {
 public:
     FirstRows(const Schema& columns, std::size_t maxRows) : schema(columns), most(maxRows) {}
 
-    void fill(const Chunk& chunk) override {
-        for (std::size_t row = 0; row < chunk.rows && rows.size() < most; ++row) {
-            rows.emplace_back();
-            for (std::size_t i = 0; i < schema.size(); ++i) {
-                rows.back().push_back(fieldText(*chunk.columns[i], row));
-            }
-        }
-        count += chunk.rows;
-    }
+    void fill(const Chunk& chunk) override;
 
-    void merge(AccumulatorState& other) override {
-        auto& later = static_cast<FirstRows&>(other);
-        const std::size_t taken = std::min(most - rows.size(), later.rows.size());
-        std::move(later.rows.begin(), later.rows.begin() + static_cast<std::ptrdiff_t>(taken),
-                  std::back_inserter(rows));
-        count += later.count;
-    }
+    void merge(AccumulatorState& other) override;
 
     TextRows rows;
     std::uint64_t count = 0;
@@ -44,6 +30,23 @@ private:
     const Schema& schema;
     std::size_t most;
 };
+
+void FirstRows::fill(const Chunk& chunk) {
+    for (std::size_t row = 0; row < chunk.rows && rows.size() < most; ++row) {
+        rows.emplace_back();
+        for (std::size_t i = 0; i < schema.size(); ++i) {
+            rows.back().push_back(fieldText(*chunk.columns[i], row));
+        }
+    }
+    count += chunk.rows;
+}
+
+void FirstRows::merge(AccumulatorState& other) {
+    auto& later = static_cast<FirstRows&>(other);
+    const std::size_t taken = std::min(most - rows.size(), later.rows.size());
+    std::move(later.rows.begin(), later.rows.begin() + static_cast<std::ptrdiff_t>(taken), std::back_inserter(rows));
+    count += later.count;
+}
 
 /// One thing to print; the table has no text before it has passed.
 struct Section {
@@ -55,44 +58,14 @@ struct Section {
 class Printing : public Accumulation {
 public:
     Printing(std::vector<Section> printedParts, Schema columns, std::size_t maxRows, std::string fileName,
-             RunContext& runContext)
-        : parts(std::move(printedParts)),
-          schema(std::move(columns)),
-          most(maxRows),
-          file(std::move(fileName)),
-          context(runContext) {}
+             RunContext& runContext);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<FirstRows>(schema, most); }
 
-    void finish(AccumulatorState& state, Results&) override {
-        std::string text;
-        for (const Section& part : parts) {
-            text += part.isTable ? tableText(part.name, static_cast<FirstRows&>(state)) : part.text;
-        }
-        text = withoutControls(std::move(text));
-        TextOutput output(file, text, context);
-        output.complete();
-        context.tell(text);
-    }
+    void finish(AccumulatorState& state, Results&) override;
 
 private:
-    std::string tableText(const std::string& name, const FirstRows& first) const {
-        std::vector<std::string> names;
-        for (const ColumnInfo& column : schema.columns()) {
-            names.push_back(column.unit.empty() ? column.name : column.name + " [" + column.unit + "]");
-        }
-        TextRows rows = first.rows;
-        for (auto& row : rows) {
-            for (std::string& word : row) {
-                std::replace_if(
-                    word.begin(), word.end(), [](char c) { return c == '\n' || c == '\t'; }, ' ');
-            }
-        }
-        const auto count = static_cast<double>(first.count);
-        const std::string shown = textOf(static_cast<double>(rows.size())) + " of ";
-        return name + ": " + (rows.size() < first.count ? "first " + shown : std::string()) + textOf(count) +
-               (first.count == 1 ? " row\n" : " rows\n") + alignedTable(names, rows);
-    }
+    std::string tableText(const std::string& name, const FirstRows& first) const;
 
     std::vector<Section> parts;
     Schema schema;
@@ -100,6 +73,43 @@ private:
     std::string file;
     RunContext& context;
 };
+
+Printing::Printing(std::vector<Section> printedParts, Schema columns, std::size_t maxRows, std::string fileName,
+                   RunContext& runContext)
+    : parts(std::move(printedParts)),
+      schema(std::move(columns)),
+      most(maxRows),
+      file(std::move(fileName)),
+      context(runContext) {}
+
+void Printing::finish(AccumulatorState& state, Results&) {
+    std::string text;
+    for (const Section& part : parts) {
+        text += part.isTable ? tableText(part.name, static_cast<FirstRows&>(state)) : part.text;
+    }
+    text = withoutControls(std::move(text));
+    TextOutput output(file, text, context);
+    output.complete();
+    context.tell(text);
+}
+
+std::string Printing::tableText(const std::string& name, const FirstRows& first) const {
+    std::vector<std::string> names;
+    for (const ColumnInfo& column : schema.columns()) {
+        names.push_back(column.unit.empty() ? column.name : column.name + " [" + column.unit + "]");
+    }
+    TextRows rows = first.rows;
+    for (auto& row : rows) {
+        for (std::string& word : row) {
+            std::replace_if(
+                word.begin(), word.end(), [](char c) { return c == '\n' || c == '\t'; }, ' ');
+        }
+    }
+    const auto count = static_cast<double>(first.count);
+    const std::string shown = textOf(static_cast<double>(rows.size())) + " of ";
+    return name + ": " + (rows.size() < first.count ? "first " + shown : std::string()) + textOf(count) +
+           (first.count == 1 ? " row\n" : " rows\n") + alignedTable(names, rows);
+}
 
 Section partOf(const Arguments& arguments, const std::string& input, std::size_t rows) {
     if (!arguments.isWired(input)) {

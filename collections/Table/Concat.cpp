@@ -25,31 +25,35 @@ std::size_t tableCount(const ValueTexts& values) {
 /// Brings the columns of one table into the places and types of all.
 class JoinOperation : public RowOperation {
 public:
-    JoinOperation(const Schema& from, Schema to) : result(std::move(to)) {
-        for (const ColumnInfo& column : result.columns()) {
-            const std::size_t place = *from.find(column.name);
-            places.push_back(place);
-            areConverted.push_back(from[place].type != column.type);
-        }
-    }
+    JoinOperation(const Schema& from, Schema to);
 
     const Schema& schema() const override { return result; }
 
-    Chunk apply(const Chunk& chunk) const override {
-        Chunk out = chunk;
-        out.columns.clear();
-        for (std::size_t i = 0; i < places.size(); ++i) {
-            const ColumnPtr& column = chunk.columns[places[i]];
-            out.columns.push_back(areConverted[i] ? asReals(column) : column);
-        }
-        return out;
-    }
+    Chunk apply(const Chunk& chunk) const override;
 
 private:
     Schema result;
     std::vector<std::size_t> places;
     std::vector<bool> areConverted;
 };
+
+JoinOperation::JoinOperation(const Schema& from, Schema to) : result(std::move(to)) {
+    for (const ColumnInfo& column : result.columns()) {
+        const std::size_t place = *from.find(column.name);
+        places.push_back(place);
+        areConverted.push_back(from[place].type != column.type);
+    }
+}
+
+Chunk JoinOperation::apply(const Chunk& chunk) const {
+    Chunk out = chunk;
+    out.columns.clear();
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const ColumnPtr& column = chunk.columns[places[i]];
+        out.columns.push_back(areConverted[i] ? asReals(column) : column);
+    }
+    return out;
+}
 
 bool isNumber(ColumnType type) {
     return type == ColumnType::Real || type == ColumnType::Integer;

@@ -47,47 +47,55 @@ std::string valueOr(const ValueTexts& values, const std::string& input) {
 /// Rows that came, in bin 0, and those left after each cut, in the bins that follow.
 class FlowState : public AccumulatorState {
 public:
-    FlowState(const std::vector<Condition>& cuts, const std::optional<Expression>& weight)
-        : cuts(cuts), weight(weight), bins(cuts.size() + 1) {}
+    FlowState(const std::vector<Condition>& cuts, const std::optional<Expression>& weight);
 
-    void fill(const Chunk& chunk) override {
-        const ColumnPtr weights = weight ? asReals(weight->evaluate(chunk)) : nullptr;
-        std::vector<std::uint8_t> keep(chunk.rows, 1);
-        count(0, keep, weights.get());
-        for (std::size_t cut = 0; cut < cuts.size(); ++cut) {
-            const std::vector<std::uint8_t> truth = cuts[cut].truthIn(chunk);
-            std::transform(keep.begin(), keep.end(), truth.begin(), keep.begin(),
-                           [](auto left, auto right) { return static_cast<std::uint8_t>(left & right); });
-            count(cut + 1, keep, weights.get());
-        }
-    }
+    void fill(const Chunk& chunk) override;
 
-    void merge(AccumulatorState& other) override {
-        for (std::size_t i = 0; i < bins.size(); ++i) {
-            bins[i].add(static_cast<FlowState&>(other).bins[i]);
-        }
-    }
+    void merge(AccumulatorState& other) override;
 
     const std::vector<BinSums>& steps() const { return bins; }
 
 private:
-    void count(std::size_t bin, const std::vector<std::uint8_t>& keep, const Column* weights) {
-        BinSums chunkSums;
-        for (std::size_t row = 0; row < keep.size(); ++row) {
-            if (keep[row] == 0) {
-                continue;
-            }
-            const double w = !weights ? 1.0 : weights->reals()[row];
-            const auto x = static_cast<double>(bin);
-            chunkSums.add({.entries = 1, .w = w, .ww = w * w, .wx = w * x, .wxx = w * x * x});
-        }
-        bins[bin].add(chunkSums);
-    }
+    void count(std::size_t bin, const std::vector<std::uint8_t>& keep, const Column* weights);
 
     const std::vector<Condition>& cuts;
     const std::optional<Expression>& weight;
     std::vector<BinSums> bins;
 };
+
+FlowState::FlowState(const std::vector<Condition>& cuts, const std::optional<Expression>& weight)
+    : cuts(cuts), weight(weight), bins(cuts.size() + 1) {}
+
+void FlowState::fill(const Chunk& chunk) {
+    const ColumnPtr weights = weight ? asReals(weight->evaluate(chunk)) : nullptr;
+    std::vector<std::uint8_t> keep(chunk.rows, 1);
+    count(0, keep, weights.get());
+    for (std::size_t cut = 0; cut < cuts.size(); ++cut) {
+        const std::vector<std::uint8_t> truth = cuts[cut].truthIn(chunk);
+        std::transform(keep.begin(), keep.end(), truth.begin(), keep.begin(),
+                       [](auto left, auto right) { return static_cast<std::uint8_t>(left & right); });
+        count(cut + 1, keep, weights.get());
+    }
+}
+
+void FlowState::merge(AccumulatorState& other) {
+    for (std::size_t i = 0; i < bins.size(); ++i) {
+        bins[i].add(static_cast<FlowState&>(other).bins[i]);
+    }
+}
+
+void FlowState::count(std::size_t bin, const std::vector<std::uint8_t>& keep, const Column* weights) {
+    BinSums chunkSums;
+    for (std::size_t row = 0; row < keep.size(); ++row) {
+        if (keep[row] == 0) {
+            continue;
+        }
+        const double w = !weights ? 1.0 : weights->reals()[row];
+        const auto x = static_cast<double>(bin);
+        chunkSums.add({.entries = 1, .w = w, .ww = w * w, .wx = w * x, .wxx = w * x * x});
+    }
+    bins[bin].add(chunkSums);
+}
 
 std::string percent(double part, double whole) {
     return whole == 0.0 ? "-" : textOf(std::round(1e4 * part / whole) / 100.0);
@@ -95,67 +103,19 @@ std::string percent(double part, double whole) {
 
 class FlowAccumulation : public Accumulation {
 public:
-    FlowAccumulation(const Arguments& arguments, const Schema& schema, RunContext& runContext)
-        : context(runContext), file(arguments.text("file")) {
-        const std::map<std::string, double> numbers =
-            numbersOf(arguments.text("cuts"), arguments.text("weight")).values(arguments, schema, context);
-        for (const Cut& cut : cutsIn(arguments.text("cuts"))) {
-            names.push_back(cut.name);
-            cuts.emplace_back("cuts", cut.condition, schema, numbers);
-        }
-        if (const std::string& text = arguments.text("weight"); !text.empty()) {
-            weight.emplace(text, schema, numbers);
-        }
-        if (weight && (weight->isList() || weight->type() == ColumnType::Text)) {
-            throw Failure("weight", "\"" + arguments.text("weight") + "\" is no number");
-        }
-    }
+    FlowAccumulation(const Arguments& arguments, const Schema& schema, RunContext& runContext);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<FlowState>(cuts, weight); }
 
-    void finish(AccumulatorState& state, Results& results) override {
-        const std::vector<BinSums>& steps = static_cast<FlowState&>(state).steps();
-        const std::string text = described(steps);
-        results.set("rows", static_cast<double>(steps.back().entries));
-        results.set("weights", steps.back().w);
-        results.set("histogram", histogramOf(steps));
-        results.set("text", text);
-        if (!file.empty()) {
-            context.writeResult(file, [&](const std::filesystem::path& path) { write(path, text); });
-        }
-    }
+    void finish(AccumulatorState& state, Results& results) override;
 
 private:
-    std::string described(const std::vector<BinSums>& steps) const {
-        std::string text = "cut\trows\tweights\t% of the rows before\t% of all rows\n";
-        for (std::size_t i = 0; i < steps.size(); ++i) {
-            const auto rows = static_cast<double>(steps[i].entries);
-            const auto before = static_cast<double>(steps[i == 0 ? 0 : i - 1].entries);
-            text += (i == 0 ? "all" : names[i - 1]) + "\t" + textOf(rows) + "\t" + textOf(steps[i].w) + "\t" +
-                    percent(rows, before) + "\t" + percent(rows, static_cast<double>(steps[0].entries)) + "\n";
-        }
-        return text;
-    }
+    std::string described(const std::vector<BinSums>& steps) const;
 
     /// One bin for each step, of width 1 around its number.
-    Value histogramOf(const std::vector<BinSums>& steps) const {
-        CellVector<BinSums> cells(1);
-        cells.insert(cells.end(), steps.begin(), steps.end());
-        cells.emplace_back();
-        auto histogram = std::make_shared<Histogram1D>(
-            Axis(steps.size(), -0.5, static_cast<double>(steps.size()) - 0.5), std::move(cells), 0);
-        histogram->name = context.pluginName();
-        histogram->title = context.pluginName();
-        histogram->setAxisTitle("number of cuts");
-        return DataObjectPtr(std::move(histogram));
-    }
+    Value histogramOf(const std::vector<BinSums>& steps) const;
 
-    static void write(const std::filesystem::path& path, const std::string& text) {
-        std::ofstream out(path, std::ios::binary);
-        if (!(out << text).flush()) {
-            throw Failure("file", "the file cannot be written");
-        }
-    }
+    static void write(const std::filesystem::path& path, const std::string& text);
 
     RunContext& context;
     std::string file;
@@ -163,6 +123,64 @@ private:
     std::vector<Condition> cuts;
     std::optional<Expression> weight;
 };
+
+FlowAccumulation::FlowAccumulation(const Arguments& arguments, const Schema& schema, RunContext& runContext)
+    : context(runContext), file(arguments.text("file")) {
+    const std::map<std::string, double> numbers =
+        numbersOf(arguments.text("cuts"), arguments.text("weight")).values(arguments, schema, context);
+    for (const Cut& cut : cutsIn(arguments.text("cuts"))) {
+        names.push_back(cut.name);
+        cuts.emplace_back("cuts", cut.condition, schema, numbers);
+    }
+    if (const std::string& text = arguments.text("weight"); !text.empty()) {
+        weight.emplace(text, schema, numbers);
+    }
+    if (weight && (weight->isList() || weight->type() == ColumnType::Text)) {
+        throw Failure("weight", "\"" + arguments.text("weight") + "\" is no number");
+    }
+}
+
+void FlowAccumulation::finish(AccumulatorState& state, Results& results) {
+    const std::vector<BinSums>& steps = static_cast<FlowState&>(state).steps();
+    const std::string text = described(steps);
+    results.set("rows", static_cast<double>(steps.back().entries));
+    results.set("weights", steps.back().w);
+    results.set("histogram", histogramOf(steps));
+    results.set("text", text);
+    if (!file.empty()) {
+        context.writeResult(file, [&](const std::filesystem::path& path) { write(path, text); });
+    }
+}
+
+std::string FlowAccumulation::described(const std::vector<BinSums>& steps) const {
+    std::string text = "cut\trows\tweights\t% of the rows before\t% of all rows\n";
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        const auto rows = static_cast<double>(steps[i].entries);
+        const auto before = static_cast<double>(steps[i == 0 ? 0 : i - 1].entries);
+        text += (i == 0 ? "all" : names[i - 1]) + "\t" + textOf(rows) + "\t" + textOf(steps[i].w) + "\t" +
+                percent(rows, before) + "\t" + percent(rows, static_cast<double>(steps[0].entries)) + "\n";
+    }
+    return text;
+}
+
+Value FlowAccumulation::histogramOf(const std::vector<BinSums>& steps) const {
+    CellVector<BinSums> cells(1);
+    cells.insert(cells.end(), steps.begin(), steps.end());
+    cells.emplace_back();
+    auto histogram = std::make_shared<Histogram1D>(Axis(steps.size(), -0.5, static_cast<double>(steps.size()) - 0.5),
+                                                   std::move(cells), 0);
+    histogram->name = context.pluginName();
+    histogram->title = context.pluginName();
+    histogram->setAxisTitle("number of cuts");
+    return DataObjectPtr(std::move(histogram));
+}
+
+void FlowAccumulation::write(const std::filesystem::path& path, const std::string& text) {
+    std::ofstream out(path, std::ios::binary);
+    if (!(out << text).flush()) {
+        throw Failure("file", "the file cannot be written");
+    }
+}
 
 }  // namespace
 

@@ -58,59 +58,65 @@ ColumnPtr positionsIn(const Offsets& offsets) {
 
 class ExplodeOperation : public RowOperation {
 public:
-    ExplodeOperation(const Schema& schema, std::vector<std::size_t> listPlaces, const std::string& index)
-        : lists(std::move(listPlaces)), hasIndex(!index.empty()) {
-        std::vector<ColumnInfo> columns = schema.columns();
-        for (const std::size_t place : lists) {
-            columns[place].isList = false;
-        }
-        result = Schema(std::move(columns));
-        if (hasIndex) {
-            result.add({.name = index, .type = ColumnType::Integer});
-        }
-    }
+    ExplodeOperation(const Schema& schema, std::vector<std::size_t> listPlaces, const std::string& index);
 
     const Schema& schema() const override { return result; }
 
-    Chunk apply(const Chunk& chunk) const override {
-        const Offsets& offsets = chunk.columns[lists.front()]->offsets;
-        for (const std::size_t place : lists) {
-            checkLengths(chunk, place);
-        }
-        Chunk out = chunk;
-        for (std::size_t place = 0; place < chunk.columns.size(); ++place) {
-            const Column& column = *chunk.columns[place];
-            const bool isExploded = std::find(lists.begin(), lists.end(), place) != lists.end();
-            out.columns[place] =
-                isExploded ? std::make_shared<const Column>(Column{column.values, {}}) : repeated(column, offsets);
-        }
-        if (hasIndex) {
-            out.columns.push_back(positionsIn(offsets));
-        }
-        out.rows = offsets.back();
-        return out;
-    }
+    Chunk apply(const Chunk& chunk) const override;
 
 private:
-    void checkLengths(const Chunk& chunk, std::size_t place) const {
-        const Offsets& expected = chunk.columns[lists.front()]->offsets;
-        const Offsets& offsets = chunk.columns[place]->offsets;
-        const auto difference = std::mismatch(expected.begin(), expected.end(), offsets.begin());
-        if (difference.first == expected.end()) {
-            return;
-        }
-        const auto row = static_cast<std::size_t>(difference.first - expected.begin()) - 1;
-        const auto length = [row](const Offsets& of) { return textOf(static_cast<double>(of[row + 1] - of[row])); };
-        throw Failure("columns", "lists of one row have different lengths: \"" + result[lists.front()].name +
-                                     "\" holds " + length(expected) + " and \"" + result[place].name + "\" " +
-                                     length(offsets) + " values, in the part of the table that begins with row " +
-                                     textOf(static_cast<double>(chunk.firstRow)));
-    }
+    void checkLengths(const Chunk& chunk, std::size_t place) const;
 
     std::vector<std::size_t> lists;
     bool hasIndex;
     Schema result;
 };
+
+ExplodeOperation::ExplodeOperation(const Schema& schema, std::vector<std::size_t> listPlaces, const std::string& index)
+    : lists(std::move(listPlaces)), hasIndex(!index.empty()) {
+    std::vector<ColumnInfo> columns = schema.columns();
+    for (const std::size_t place : lists) {
+        columns[place].isList = false;
+    }
+    result = Schema(std::move(columns));
+    if (hasIndex) {
+        result.add({.name = index, .type = ColumnType::Integer});
+    }
+}
+
+Chunk ExplodeOperation::apply(const Chunk& chunk) const {
+    const Offsets& offsets = chunk.columns[lists.front()]->offsets;
+    for (const std::size_t place : lists) {
+        checkLengths(chunk, place);
+    }
+    Chunk out = chunk;
+    for (std::size_t place = 0; place < chunk.columns.size(); ++place) {
+        const Column& column = *chunk.columns[place];
+        const bool isExploded = std::find(lists.begin(), lists.end(), place) != lists.end();
+        out.columns[place] =
+            isExploded ? std::make_shared<const Column>(Column{column.values, {}}) : repeated(column, offsets);
+    }
+    if (hasIndex) {
+        out.columns.push_back(positionsIn(offsets));
+    }
+    out.rows = offsets.back();
+    return out;
+}
+
+void ExplodeOperation::checkLengths(const Chunk& chunk, std::size_t place) const {
+    const Offsets& expected = chunk.columns[lists.front()]->offsets;
+    const Offsets& offsets = chunk.columns[place]->offsets;
+    const auto difference = std::mismatch(expected.begin(), expected.end(), offsets.begin());
+    if (difference.first == expected.end()) {
+        return;
+    }
+    const auto row = static_cast<std::size_t>(difference.first - expected.begin()) - 1;
+    const auto length = [row](const Offsets& of) { return textOf(static_cast<double>(of[row + 1] - of[row])); };
+    throw Failure("columns", "lists of one row have different lengths: \"" + result[lists.front()].name + "\" holds " +
+                                 length(expected) + " and \"" + result[place].name + "\" " + length(offsets) +
+                                 " values, in the part of the table that begins with row " +
+                                 textOf(static_cast<double>(chunk.firstRow)));
+}
 
 std::vector<std::size_t> listColumns(const Schema& schema) {
     std::vector<std::size_t> places;

@@ -33,30 +33,35 @@ NamedNumbers numbersOf(const std::string& expression) {
 /// A column of the new one's name is replaced where it stands; else the new one comes last.
 class FormulaOperation : public RowOperation {
 public:
-    FormulaOperation(const Schema& schema, Expression formula, const std::string& column, const std::string& unit)
-        : expression(std::move(formula)), place(schema.find(column).value_or(schema.size())) {
-        std::vector<ColumnInfo> columns = schema.columns();
-        if (place == columns.size()) {
-            columns.emplace_back();
-        }
-        columns[place] = {.name = column, .type = expression.type(), .isList = expression.isList(), .unit = unit};
-        result = Schema(std::move(columns));
-    }
+    FormulaOperation(const Schema& schema, Expression formula, const std::string& column, const std::string& unit);
 
     const Schema& schema() const override { return result; }
 
-    Chunk apply(const Chunk& chunk) const override {
-        Chunk out = chunk;
-        out.columns.resize(result.size());
-        out.columns[place] = expression.evaluate(chunk);
-        return out;
-    }
+    Chunk apply(const Chunk& chunk) const override;
 
 private:
     Expression expression;
     std::size_t place;
     Schema result;
 };
+
+FormulaOperation::FormulaOperation(const Schema& schema, Expression formula, const std::string& column,
+                                   const std::string& unit)
+    : expression(std::move(formula)), place(schema.find(column).value_or(schema.size())) {
+    std::vector<ColumnInfo> columns = schema.columns();
+    if (place == columns.size()) {
+        columns.emplace_back();
+    }
+    columns[place] = {.name = column, .type = expression.type(), .isList = expression.isList(), .unit = unit};
+    result = Schema(std::move(columns));
+}
+
+Chunk FormulaOperation::apply(const Chunk& chunk) const {
+    Chunk out = chunk;
+    out.columns.resize(result.size());
+    out.columns[place] = expression.evaluate(chunk);
+    return out;
+}
 
 std::string columnRefusal(const std::string& column) {
     if (column.empty() || isColumnName(column)) {

@@ -26,18 +26,20 @@ public:
     bool countsRows() const override { return true; }
     bool wantsRow(std::uint64_t row) const override { return row <= positions.last; }
 
-    Chunk apply(const Chunk& chunk) const override {
-        std::vector<std::uint8_t> keep(chunk.rows);
-        for (std::size_t row = 0; row < chunk.rows; ++row) {
-            keep[row] = positions.contains(chunk.rowsBefore + row) ? 1 : 0;
-        }
-        return onlyRows(chunk, keep);
-    }
+    Chunk apply(const Chunk& chunk) const override;
 
 private:
     Schema columns;
     Positions positions;
 };
+
+Chunk RangeOperation::apply(const Chunk& chunk) const {
+    std::vector<std::uint8_t> keep(chunk.rows);
+    for (std::size_t row = 0; row < chunk.rows; ++row) {
+        keep[row] = positions.contains(chunk.rowsBefore + row) ? 1 : 0;
+    }
+    return onlyRows(chunk, keep);
+}
 
 }  // namespace
 

@@ -11,27 +11,31 @@ namespace {
 
 class SelectOperation : public RowOperation {
 public:
-    SelectOperation(const Schema& schema, std::vector<std::size_t> chosen) : places(std::move(chosen)) {
-        for (const std::size_t place : places) {
-            result.add(schema[place]);
-        }
-    }
+    SelectOperation(const Schema& schema, std::vector<std::size_t> chosen);
 
     const Schema& schema() const override { return result; }
 
-    Chunk apply(const Chunk& chunk) const override {
-        Chunk out = chunk;
-        out.columns.clear();
-        for (const std::size_t place : places) {
-            out.columns.push_back(chunk.columns[place]);
-        }
-        return out;
-    }
+    Chunk apply(const Chunk& chunk) const override;
 
 private:
     std::vector<std::size_t> places;
     Schema result;
 };
+
+SelectOperation::SelectOperation(const Schema& schema, std::vector<std::size_t> chosen) : places(std::move(chosen)) {
+    for (const std::size_t place : places) {
+        result.add(schema[place]);
+    }
+}
+
+Chunk SelectOperation::apply(const Chunk& chunk) const {
+    Chunk out = chunk;
+    out.columns.clear();
+    for (const std::size_t place : places) {
+        out.columns.push_back(chunk.columns[place]);
+    }
+    return out;
+}
 
 std::vector<std::size_t> allBut(const std::vector<std::size_t>& places, const Schema& schema) {
     std::vector<std::size_t> others;

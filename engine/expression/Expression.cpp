@@ -22,154 +22,33 @@ using expression::Step;
 /// The columns of one chunk and the buffers of one thread.
 class Evaluation {
 public:
-    Evaluation(const std::string& expressionText, const Code& program, const Chunk& rows)
-        : text(expressionText),
-          code(program),
-          chunk(rows),
-          buffers(std::make_unique_for_overwrite<Block[]>(program.buffers)),
-          lists(program.lists) {}
+    Evaluation(const std::string& expressionText, const Code& program, const Chunk& rows);
 
-    ColumnPtr run() {
-        auto column = std::make_shared<Column>();
-        prepare(*column);
-        if (code.isList) {
-            column->offsets = lengthsOf(*chunk.columns[code.resultShape]);
-        }
-        for (std::size_t begin = 0; begin < chunk.rows; begin += blockRows) {
-            const std::size_t rows = std::min(blockRows, chunk.rows - begin);
-            for (const Step& step : code.steps) {
-                perform(step, begin, rows);
-            }
-            append(*column, begin, rows);
-        }
-        return column;
-    }
+    ColumnPtr run();
 
 private:
     /// The offsets of a column, beginning with 0.
-    static std::vector<std::uint64_t> lengthsOf(const Column& list) {
-        std::vector<std::uint64_t> offsets = list.offsets;
-        for (std::uint64_t& offset : offsets) {
-            offset -= list.offsets.front();
-        }
-        return offsets;
-    }
+    static std::vector<std::uint64_t> lengthsOf(const Column& list);
 
-    void prepare(Column& column) const {
-        switch (code.type) {
-            case ColumnType::Real:
-                column.values.emplace<Column::Reals>().reserve(chunk.rows);
-                break;
-            case ColumnType::Integer:
-                column.values.emplace<Column::Integers>().reserve(chunk.rows);
-                break;
-            case ColumnType::Boolean:
-                column.values.emplace<Column::Booleans>().reserve(chunk.rows);
-                break;
-            case ColumnType::Text:
-                column.values.emplace<Column::Texts>().reserve(chunk.rows);
-                break;
-        }
-    }
+    void prepare(Column& column) const;
 
-    static const void* columnValues(const Column& column, std::size_t position) {
-        return std::visit([&](const auto& values) { return static_cast<const void*>(values.data() + position); },
-                          column.values);
-    }
+    static const void* columnValues(const Column& column, std::size_t position);
 
-    const std::uint64_t* offsetsAt(std::size_t shape, std::size_t row) const {
-        return chunk.columns[shape]->offsets.data() + row;
-    }
+    const std::uint64_t* offsetsAt(std::size_t shape, std::size_t row) const;
 
     /// The values of the block that begins with the row.
-    const void* valuesAt(const Operand& place, std::size_t row) const {
-        switch (place.in) {
-            case Operand::In::Buffer:
-                return buffers[place.position].bytes;
-            case Operand::In::List:
-                return lists[place.position].data();
-            case Operand::In::Constant:
-                return code.constantAt[place.position]->bytes;
-            case Operand::In::Column: {
-                const Column& column = *chunk.columns[place.position];
-                return columnValues(column, column.isList() ? column.offsets[row] : row);
-            }
-            case Operand::In::Nothing:
-                break;
-        }
-        return nullptr;
-    }
+    const void* valuesAt(const Operand& place, std::size_t row) const;
 
-    void perform(const Step& step, std::size_t begin, std::size_t rows) {
-        if (step.over == IterationDomain::Lengths) {
-            return compareLengths(step, begin, rows);
-        }
-        if (step.over == IterationDomain::Lists) {
-            return performOnLists(step, begin, rows);
-        }
-        KernelArgs lane;
-        lane.rows = rows;
-        if (step.over != IterationDomain::Rows) {
-            lane.offsets = offsetsAt(step.shape, begin);
-        }
-        lane.out = step.over == IterationDomain::Broadcast ? listFor(step, lane.offsets[rows] - lane.offsets[0])
-                                                           : buffers[step.out.position].bytes;
-        for (std::size_t i = 0; i < 3; ++i) {
-            lane.in[i] = valuesAt(step.in[i], begin);
-        }
-        call(step, lane, begin);
-    }
+    void perform(const Step& step, std::size_t begin, std::size_t rows);
 
-    std::byte* listFor(const Step& step, std::size_t values) {
-        auto& list = lists[step.out.position];
-        if (list.size() < values * step.outBytes) {
-            list.resize(values * step.outBytes);
-        }
-        return list.data();
-    }
+    std::byte* listFor(const Step& step, std::size_t values);
 
     /// Lists pass in pieces of a block's length, as constants have no more.
-    void performOnLists(const Step& step, std::size_t begin, std::size_t rows) {
-        const std::uint64_t* offsets = offsetsAt(step.shape, begin);
-        const std::size_t values = offsets[rows] - offsets[0];
-        std::byte* out = listFor(step, values);
-        for (std::size_t first = 0; first < values; first += blockRows) {
-            KernelArgs lane;
-            lane.rows = std::min(blockRows, values - first);
-            lane.out = out + first * step.outBytes;
-            for (std::size_t i = 0; i < 3; ++i) {
-                if (step.in[i].in != Operand::In::Nothing) {
-                    lane.in[i] = static_cast<const std::byte*>(valuesAt(step.in[i], begin)) + first * step.inBytes[i];
-                }
-            }
-            call(step, lane, begin);
-        }
-    }
+    void performOnLists(const Step& step, std::size_t begin, std::size_t rows);
 
-    void compareLengths(const Step& step, std::size_t begin, std::size_t rows) const {
-        const std::uint64_t* offsets = offsetsAt(step.shape, begin);
-        const std::uint64_t* others = offsetsAt(step.otherShape, begin);
-        for (std::size_t row = 0; row < rows; ++row) {
-            const std::uint64_t length = offsets[row + 1] - offsets[row];
-            const std::uint64_t other = others[row + 1] - others[row];
-            if (length != other) {
-                expression::refuse(text, step.place,
-                                   "the lists have " + textOf(static_cast<double>(length)) + " and " +
-                                       textOf(static_cast<double>(other)) + " values in row " +
-                                       textOf(static_cast<double>(chunk.firstRow + begin + row)) +
-                                       ", and only lists of equal length go together");
-            }
-        }
-    }
+    void compareLengths(const Step& step, std::size_t begin, std::size_t rows) const;
 
-    void call(const Step& step, const KernelArgs& lane, std::size_t begin) const {
-        if (!step.kernel(lane)) {
-            expression::refuse(text, step.place,
-                               "no integer can hold a result in the rows from " +
-                                   textOf(static_cast<double>(chunk.firstRow + begin)) +
-                                   " on: it is too large, or a division by 0");
-        }
-    }
+    void call(const Step& step, const KernelArgs& lane, std::size_t begin) const;
 
     template <typename Values, typename From>
     static void appendTo(Column& column, const void* from, std::size_t rows) {
@@ -184,22 +63,7 @@ private:
         }
     }
 
-    void append(Column& column, std::size_t begin, std::size_t rows) const {
-        if (code.isList) {
-            rows = column.offsets[begin + rows] - column.offsets[begin];
-        }
-        const void* from = valuesAt(code.result, begin);
-        switch (code.type) {
-            case ColumnType::Real:
-                return appendTo<Column::Reals, double>(column, from, rows);
-            case ColumnType::Integer:
-                return appendTo<Column::Integers, std::int64_t>(column, from, rows);
-            case ColumnType::Boolean:
-                return appendTo<Column::Booleans, std::uint8_t>(column, from, rows);
-            case ColumnType::Text:
-                return appendTo<Column::Texts, const std::string*>(column, from, rows);
-        }
-    }
+    void append(Column& column, std::size_t begin, std::size_t rows) const;
 
     const std::string& text;
     const Code& code;
@@ -207,6 +71,168 @@ private:
     std::unique_ptr<Block[]> buffers;
     std::vector<std::vector<std::byte>> lists;
 };
+
+Evaluation::Evaluation(const std::string& expressionText, const Code& program, const Chunk& rows)
+    : text(expressionText),
+      code(program),
+      chunk(rows),
+      buffers(std::make_unique_for_overwrite<Block[]>(program.buffers)),
+      lists(program.lists) {}
+
+ColumnPtr Evaluation::run() {
+    auto column = std::make_shared<Column>();
+    prepare(*column);
+    if (code.isList) {
+        column->offsets = lengthsOf(*chunk.columns[code.resultShape]);
+    }
+    for (std::size_t begin = 0; begin < chunk.rows; begin += blockRows) {
+        const std::size_t rows = std::min(blockRows, chunk.rows - begin);
+        for (const Step& step : code.steps) {
+            perform(step, begin, rows);
+        }
+        append(*column, begin, rows);
+    }
+    return column;
+}
+
+std::vector<std::uint64_t> Evaluation::lengthsOf(const Column& list) {
+    std::vector<std::uint64_t> offsets = list.offsets;
+    for (std::uint64_t& offset : offsets) {
+        offset -= list.offsets.front();
+    }
+    return offsets;
+}
+
+void Evaluation::prepare(Column& column) const {
+    switch (code.type) {
+        case ColumnType::Real:
+            column.values.emplace<Column::Reals>().reserve(chunk.rows);
+            break;
+        case ColumnType::Integer:
+            column.values.emplace<Column::Integers>().reserve(chunk.rows);
+            break;
+        case ColumnType::Boolean:
+            column.values.emplace<Column::Booleans>().reserve(chunk.rows);
+            break;
+        case ColumnType::Text:
+            column.values.emplace<Column::Texts>().reserve(chunk.rows);
+            break;
+    }
+}
+
+const void* Evaluation::columnValues(const Column& column, std::size_t position) {
+    return std::visit([&](const auto& values) { return static_cast<const void*>(values.data() + position); },
+                      column.values);
+}
+
+const std::uint64_t* Evaluation::offsetsAt(std::size_t shape, std::size_t row) const {
+    return chunk.columns[shape]->offsets.data() + row;
+}
+
+const void* Evaluation::valuesAt(const Operand& place, std::size_t row) const {
+    switch (place.in) {
+        case Operand::In::Buffer:
+            return buffers[place.position].bytes;
+        case Operand::In::List:
+            return lists[place.position].data();
+        case Operand::In::Constant:
+            return code.constantAt[place.position]->bytes;
+        case Operand::In::Column: {
+            const Column& column = *chunk.columns[place.position];
+            return columnValues(column, column.isList() ? column.offsets[row] : row);
+        }
+        case Operand::In::Nothing:
+            break;
+    }
+    return nullptr;
+}
+
+void Evaluation::perform(const Step& step, std::size_t begin, std::size_t rows) {
+    if (step.over == IterationDomain::Lengths) {
+        return compareLengths(step, begin, rows);
+    }
+    if (step.over == IterationDomain::Lists) {
+        return performOnLists(step, begin, rows);
+    }
+    KernelArgs lane;
+    lane.rows = rows;
+    if (step.over != IterationDomain::Rows) {
+        lane.offsets = offsetsAt(step.shape, begin);
+    }
+    lane.out = step.over == IterationDomain::Broadcast ? listFor(step, lane.offsets[rows] - lane.offsets[0])
+                                                       : buffers[step.out.position].bytes;
+    for (std::size_t i = 0; i < 3; ++i) {
+        lane.in[i] = valuesAt(step.in[i], begin);
+    }
+    call(step, lane, begin);
+}
+
+std::byte* Evaluation::listFor(const Step& step, std::size_t values) {
+    auto& list = lists[step.out.position];
+    if (list.size() < values * step.outBytes) {
+        list.resize(values * step.outBytes);
+    }
+    return list.data();
+}
+
+void Evaluation::performOnLists(const Step& step, std::size_t begin, std::size_t rows) {
+    const std::uint64_t* offsets = offsetsAt(step.shape, begin);
+    const std::size_t values = offsets[rows] - offsets[0];
+    std::byte* out = listFor(step, values);
+    for (std::size_t first = 0; first < values; first += blockRows) {
+        KernelArgs lane;
+        lane.rows = std::min(blockRows, values - first);
+        lane.out = out + first * step.outBytes;
+        for (std::size_t i = 0; i < 3; ++i) {
+            if (step.in[i].in != Operand::In::Nothing) {
+                lane.in[i] = static_cast<const std::byte*>(valuesAt(step.in[i], begin)) + first * step.inBytes[i];
+            }
+        }
+        call(step, lane, begin);
+    }
+}
+
+void Evaluation::compareLengths(const Step& step, std::size_t begin, std::size_t rows) const {
+    const std::uint64_t* offsets = offsetsAt(step.shape, begin);
+    const std::uint64_t* others = offsetsAt(step.otherShape, begin);
+    for (std::size_t row = 0; row < rows; ++row) {
+        const std::uint64_t length = offsets[row + 1] - offsets[row];
+        const std::uint64_t other = others[row + 1] - others[row];
+        if (length != other) {
+            expression::refuse(text, step.place,
+                               "the lists have " + textOf(static_cast<double>(length)) + " and " +
+                                   textOf(static_cast<double>(other)) + " values in row " +
+                                   textOf(static_cast<double>(chunk.firstRow + begin + row)) +
+                                   ", and only lists of equal length go together");
+        }
+    }
+}
+
+void Evaluation::call(const Step& step, const KernelArgs& lane, std::size_t begin) const {
+    if (!step.kernel(lane)) {
+        expression::refuse(text, step.place,
+                           "no integer can hold a result in the rows from " +
+                               textOf(static_cast<double>(chunk.firstRow + begin)) +
+                               " on: it is too large, or a division by 0");
+    }
+}
+
+void Evaluation::append(Column& column, std::size_t begin, std::size_t rows) const {
+    if (code.isList) {
+        rows = column.offsets[begin + rows] - column.offsets[begin];
+    }
+    const void* from = valuesAt(code.result, begin);
+    switch (code.type) {
+        case ColumnType::Real:
+            return appendTo<Column::Reals, double>(column, from, rows);
+        case ColumnType::Integer:
+            return appendTo<Column::Integers, std::int64_t>(column, from, rows);
+        case ColumnType::Boolean:
+            return appendTo<Column::Booleans, std::uint8_t>(column, from, rows);
+        case ColumnType::Text:
+            return appendTo<Column::Texts, const std::string*>(column, from, rows);
+    }
+}
 
 }  // namespace
 

@@ -48,28 +48,13 @@ class Parser {
 public:
     explicit Parser(std::string_view expression) : source(expression), lexer(expression) { advance(); }
 
-    std::vector<Node> whole() {
-        if (token.kind == TokenKind::End) {
-            refuse(source, token.place, "there is no expression");
-        }
-        choice();
-        if (token.kind != TokenKind::End) {
-            refuse(source, token.place, "this is more than one expression; an operator is missing before it");
-        }
-        return std::move(nodes);
-    }
+    std::vector<Node> whole();
 
 private:
     /// Counts the nesting while it lives.
     class Level {
     public:
-        explicit Level(Parser& parser) : count(parser.levels) {
-            if (++count > maxLevels) {
-                refuse(parser.source, parser.token.place,
-                       "the expression is nested too deeply; at most " + textOf(maxParentheses) +
-                           " parentheses stand one within the other");
-            }
-        }
+        explicit Level(Parser& parser);
         ~Level() { --count; }
         Level(const Level&) = delete;
         Level& operator=(const Level&) = delete;
@@ -81,157 +66,27 @@ private:
     void advance() { token = lexer.next(); }
     bool isSymbol(std::string_view symbol) const { return token.kind == TokenKind::Symbol && token.text == symbol; }
 
-    void expect(std::string_view symbol, const std::string& reason) {
-        if (!isSymbol(symbol)) {
-            refuse(source, token.place, reason);
-        }
-        advance();
-    }
+    void expect(std::string_view symbol, const std::string& reason);
 
-    std::size_t call(std::string_view name, std::size_t place, std::vector<std::size_t> children) {
-        Node node;
-        node.form = Form::Call;
-        node.place = place;
-        node.text = name;
-        node.children = std::move(children);
-        nodes.push_back(std::move(node));
-        return nodes.size() - 1;
-    }
+    std::size_t call(std::string_view name, std::size_t place, std::vector<std::size_t> children);
 
-    std::size_t choice() {
-        const Level level(*this);
-        const std::size_t condition = binary(1);
-        if (!isSymbol("?")) {
-            return condition;
-        }
-        const std::size_t place = token.place;
-        advance();
-        const std::size_t yes = choice();
-        expect(":", "a choice is written  condition ? value : other value");
-        return call("if", place, {condition, yes, choice()});
-    }
+    std::size_t choice();
 
-    std::size_t binary(int lowest) {
-        std::size_t left = operand(lowest);
-        for (int level = levelOf(token); level >= lowest && level != 0; level = levelOf(token)) {
-            const Token symbol = token;
-            advance();
-            const std::size_t right = binary(level + 1);
-            left = call(symbol.text, symbol.place, {left, right});
-            if (level == comparison && levelOf(token) == comparison) {
-                refuse(source, token.place, "comparisons do not chain; write a < b && b < c");
-            }
-        }
-        return left;
-    }
+    std::size_t binary(int lowest);
 
-    std::size_t operand(int lowest) {
-        if (!isSymbol("not")) {
-            return sign();
-        }
-        const Level level(*this);
-        if (lowest > notLevel) {
-            refuse(source, token.place, R"(put "not" and what it negates between parentheses here)");
-        }
-        const std::size_t place = token.place;
-        advance();
-        return call("!", place, {binary(notLevel)});
-    }
+    std::size_t operand(int lowest);
 
-    std::size_t sign() {
-        const Level level(*this);
-        if (!isSymbol("-") && !isSymbol("+") && !isSymbol("!")) {
-            return power();
-        }
-        const Token symbol = token;
-        advance();
-        const std::size_t value = sign();
-        return call(symbol.text == "!" ? "!" : symbol.text + "sign", symbol.place, {value});
-    }
+    std::size_t sign();
 
-    std::size_t power() {
-        const std::size_t base = element();
-        if (!isSymbol("^")) {
-            return base;
-        }
-        const std::size_t place = token.place;
-        advance();
-        return call("^", place, {base, sign()});
-    }
+    std::size_t power();
 
-    std::size_t element() {
-        std::size_t whole = primary();
-        while (isSymbol("[")) {
-            const std::size_t open = token.place;
-            advance();
-            const std::size_t position = choice();
-            if (token.kind == TokenKind::End) {
-                refuse(source, open, "this bracket is never closed");
-            }
-            expect("]", "a bracket should be closed here");
-            whole = call("[]", open, {whole, position});
-        }
-        return whole;
-    }
+    std::size_t element();
 
-    std::size_t primary() {
-        if (isSymbol("(")) {
-            const std::size_t open = token.place;
-            advance();
-            const std::size_t inside = choice();
-            if (token.kind == TokenKind::End) {
-                refuse(source, open, "this parenthesis is never closed");
-            }
-            expect(")", "a parenthesis should be closed here");
-            return inside;
-        }
-        if (token.kind == TokenKind::End) {
-            refuse(source, token.place, "the expression ends too early; a value is missing");
-        }
-        if (token.kind == TokenKind::Symbol) {
-            refuse(source, token.place, R"(a value is missing before ")" + token.text + "\"");
-        }
-        return value();
-    }
+    std::size_t primary();
 
-    std::size_t value() {
-        Node node;
-        node.place = token.place;
-        node.text = token.text;
-        node.real = token.real;
-        node.integer = token.integer;
-        node.isQuoted = token.isQuoted;
-        node.form = token.kind == TokenKind::Real      ? Form::Real
-                    : token.kind == TokenKind::Integer ? Form::Integer
-                    : token.kind == TokenKind::Text    ? Form::Text
-                                                       : Form::Name;
-        advance();
-        if (node.form == Form::Name && !node.isQuoted) {
-            if (isSymbol("(")) {
-                return arguments(node);
-            }
-            if (node.text == "true" || node.text == "false") {
-                node.form = Form::Truth;
-                node.integer = node.text == "true" ? 1 : 0;
-            }
-        }
-        nodes.push_back(std::move(node));
-        return nodes.size() - 1;
-    }
+    std::size_t value();
 
-    std::size_t arguments(const Node& function) {
-        advance();
-        std::vector<std::size_t> children;
-        if (!isSymbol(")")) {
-            children.push_back(choice());
-        }
-        while (isSymbol(",")) {
-            advance();
-            children.push_back(choice());
-        }
-        expect(")", "the arguments of " + function.text + " are separated by commas and closed by a parenthesis");
-        return call(function.text, function.place, std::move(children));
-    }
+    std::size_t arguments(const Node& function);
 
     std::string_view source;
     Lexer lexer;
@@ -239,6 +94,177 @@ private:
     int levels = 0;
     std::vector<Node> nodes;
 };
+
+std::vector<Node> Parser::whole() {
+    if (token.kind == TokenKind::End) {
+        refuse(source, token.place, "there is no expression");
+    }
+    choice();
+    if (token.kind != TokenKind::End) {
+        refuse(source, token.place, "this is more than one expression; an operator is missing before it");
+    }
+    return std::move(nodes);
+}
+
+Parser::Level::Level(Parser& parser) : count(parser.levels) {
+    if (++count > maxLevels) {
+        refuse(parser.source, parser.token.place,
+               "the expression is nested too deeply; at most " + textOf(maxParentheses) +
+                   " parentheses stand one within the other");
+    }
+}
+
+void Parser::expect(std::string_view symbol, const std::string& reason) {
+    if (!isSymbol(symbol)) {
+        refuse(source, token.place, reason);
+    }
+    advance();
+}
+
+std::size_t Parser::call(std::string_view name, std::size_t place, std::vector<std::size_t> children) {
+    Node node;
+    node.form = Form::Call;
+    node.place = place;
+    node.text = name;
+    node.children = std::move(children);
+    nodes.push_back(std::move(node));
+    return nodes.size() - 1;
+}
+
+std::size_t Parser::choice() {
+    const Level level(*this);
+    const std::size_t condition = binary(1);
+    if (!isSymbol("?")) {
+        return condition;
+    }
+    const std::size_t place = token.place;
+    advance();
+    const std::size_t yes = choice();
+    expect(":", "a choice is written  condition ? value : other value");
+    return call("if", place, {condition, yes, choice()});
+}
+
+std::size_t Parser::binary(int lowest) {
+    std::size_t left = operand(lowest);
+    for (int level = levelOf(token); level >= lowest && level != 0; level = levelOf(token)) {
+        const Token symbol = token;
+        advance();
+        const std::size_t right = binary(level + 1);
+        left = call(symbol.text, symbol.place, {left, right});
+        if (level == comparison && levelOf(token) == comparison) {
+            refuse(source, token.place, "comparisons do not chain; write a < b && b < c");
+        }
+    }
+    return left;
+}
+
+std::size_t Parser::operand(int lowest) {
+    if (!isSymbol("not")) {
+        return sign();
+    }
+    const Level level(*this);
+    if (lowest > notLevel) {
+        refuse(source, token.place, R"(put "not" and what it negates between parentheses here)");
+    }
+    const std::size_t place = token.place;
+    advance();
+    return call("!", place, {binary(notLevel)});
+}
+
+std::size_t Parser::sign() {
+    const Level level(*this);
+    if (!isSymbol("-") && !isSymbol("+") && !isSymbol("!")) {
+        return power();
+    }
+    const Token symbol = token;
+    advance();
+    const std::size_t value = sign();
+    return call(symbol.text == "!" ? "!" : symbol.text + "sign", symbol.place, {value});
+}
+
+std::size_t Parser::power() {
+    const std::size_t base = element();
+    if (!isSymbol("^")) {
+        return base;
+    }
+    const std::size_t place = token.place;
+    advance();
+    return call("^", place, {base, sign()});
+}
+
+std::size_t Parser::element() {
+    std::size_t whole = primary();
+    while (isSymbol("[")) {
+        const std::size_t open = token.place;
+        advance();
+        const std::size_t position = choice();
+        if (token.kind == TokenKind::End) {
+            refuse(source, open, "this bracket is never closed");
+        }
+        expect("]", "a bracket should be closed here");
+        whole = call("[]", open, {whole, position});
+    }
+    return whole;
+}
+
+std::size_t Parser::primary() {
+    if (isSymbol("(")) {
+        const std::size_t open = token.place;
+        advance();
+        const std::size_t inside = choice();
+        if (token.kind == TokenKind::End) {
+            refuse(source, open, "this parenthesis is never closed");
+        }
+        expect(")", "a parenthesis should be closed here");
+        return inside;
+    }
+    if (token.kind == TokenKind::End) {
+        refuse(source, token.place, "the expression ends too early; a value is missing");
+    }
+    if (token.kind == TokenKind::Symbol) {
+        refuse(source, token.place, R"(a value is missing before ")" + token.text + "\"");
+    }
+    return value();
+}
+
+std::size_t Parser::value() {
+    Node node;
+    node.place = token.place;
+    node.text = token.text;
+    node.real = token.real;
+    node.integer = token.integer;
+    node.isQuoted = token.isQuoted;
+    node.form = token.kind == TokenKind::Real      ? Form::Real
+                : token.kind == TokenKind::Integer ? Form::Integer
+                : token.kind == TokenKind::Text    ? Form::Text
+                                                   : Form::Name;
+    advance();
+    if (node.form == Form::Name && !node.isQuoted) {
+        if (isSymbol("(")) {
+            return arguments(node);
+        }
+        if (node.text == "true" || node.text == "false") {
+            node.form = Form::Truth;
+            node.integer = node.text == "true" ? 1 : 0;
+        }
+    }
+    nodes.push_back(std::move(node));
+    return nodes.size() - 1;
+}
+
+std::size_t Parser::arguments(const Node& function) {
+    advance();
+    std::vector<std::size_t> children;
+    if (!isSymbol(")")) {
+        children.push_back(choice());
+    }
+    while (isSymbol(",")) {
+        advance();
+        children.push_back(choice());
+    }
+    expect(")", "the arguments of " + function.text + " are separated by commas and closed by a parenthesis");
+    return call(function.text, function.place, std::move(children));
+}
 
 }  // namespace
 

@@ -37,79 +37,17 @@ std::string counted(std::size_t number, const std::string& what) {
 
 class Selector {
 public:
-    Selector(const FitData& given, const FitOptions& wanted)
-        : options(wanted), isLikelihood(wanted.method == Method::Likelihood) {
-        kept.reserve(given.entries.size());
-        for (const Entry& entry : given.entries) {
-            if (isWanted(entry)) {
-                kept.push_back(&entry);
-            }
-        }
-        if (unreadable > 0) {
-            made.warnings.push_back(counted(unreadable, "that hold NaN or Infinity"));
-        }
-        if (withoutError > 0) {
-            made.warnings.push_back(counted(withoutError, "without an error, such as empty bins,"));
-        }
-    }
+    Selector(const FitData& given, const FitOptions& wanted);
 
-    Selected select() {
-        if (kept.empty()) {
-            throw Failure("no entry is left to fit between " + textOf(options.low) + " and " + textOf(options.high) +
-                          (made.warnings.empty() ? "" : ": " + made.warnings.back()));
-        }
-        const double defaultStart = isLikelihood ? usualScale() : 1.0;
-        if (options.compare == Compare::Centre) {
-            addAll(middle, defaultStart);
-        } else {
-            addAll(legendre, defaultStart);
-        }
-        return std::move(made);
-    }
+    Selected select();
 
 private:
-    bool isWanted(const Entry& entry) {
-        const double x = center(entry);
-        if (x < options.low || x > options.high) {
-            return false;
-        }
-        if (!std::isfinite(x) || !std::isfinite(entry.y) || std::isnan(entry.error) || std::isinf(entry.error)) {
-            ++unreadable;
-            return false;
-        }
-        if (!isLikelihood && !(entry.error > 0.0)) {
-            ++withoutError;
-            return false;
-        }
-        if (isLikelihood && entry.y < 0.0) {
-            throw Failure("the likelihood needs counts, but the bin at " + textOf(x) + " holds " + textOf(entry.y));
-        }
-        if (options.compare == Compare::Integral && !(entry.low < entry.high)) {
-            throw Failure("only bins have an integral; the entry at " + textOf(x) + " is a point");
-        }
-        return true;
-    }
+    bool isWanted(const Entry& entry);
 
     /// Sum of weights / sum of squared weights: what makes counts of weighted bins.
-    double usualScale() const {
-        double weights = 0.0;
-        double squares = 0.0;
-        for (const Entry* const entry : kept) {
-            weights += entry->y;
-            squares += entry->error * entry->error;
-        }
-        if (weights == 0.0) {
-            throw Failure("the likelihood needs counts, but all bins are empty");
-        }
-        return squares > 0.0 ? weights / squares : 1.0;
-    }
+    double usualScale() const;
 
-    double scaleOf(const Entry& entry, double defaultStart) const {
-        if (!isLikelihood) {
-            return 1.0 / entry.error;
-        }
-        return entry.y > 0.0 && entry.error > 0.0 ? entry.y / (entry.error * entry.error) : defaultStart;
-    }
+    double scaleOf(const Entry& entry, double defaultStart) const;
 
     template <typename Rule>
     void addAll(const Rule& rule, double defaultStart) {
@@ -143,6 +81,78 @@ private:
     std::size_t withoutError = 0;
     Selected made;
 };
+
+Selector::Selector(const FitData& given, const FitOptions& wanted)
+    : options(wanted), isLikelihood(wanted.method == Method::Likelihood) {
+    kept.reserve(given.entries.size());
+    for (const Entry& entry : given.entries) {
+        if (isWanted(entry)) {
+            kept.push_back(&entry);
+        }
+    }
+    if (unreadable > 0) {
+        made.warnings.push_back(counted(unreadable, "that hold NaN or Infinity"));
+    }
+    if (withoutError > 0) {
+        made.warnings.push_back(counted(withoutError, "without an error, such as empty bins,"));
+    }
+}
+
+Selected Selector::select() {
+    if (kept.empty()) {
+        throw Failure("no entry is left to fit between " + textOf(options.low) + " and " + textOf(options.high) +
+                      (made.warnings.empty() ? "" : ": " + made.warnings.back()));
+    }
+    const double defaultStart = isLikelihood ? usualScale() : 1.0;
+    if (options.compare == Compare::Centre) {
+        addAll(middle, defaultStart);
+    } else {
+        addAll(legendre, defaultStart);
+    }
+    return std::move(made);
+}
+
+bool Selector::isWanted(const Entry& entry) {
+    const double x = center(entry);
+    if (x < options.low || x > options.high) {
+        return false;
+    }
+    if (!std::isfinite(x) || !std::isfinite(entry.y) || std::isnan(entry.error) || std::isinf(entry.error)) {
+        ++unreadable;
+        return false;
+    }
+    if (!isLikelihood && !(entry.error > 0.0)) {
+        ++withoutError;
+        return false;
+    }
+    if (isLikelihood && entry.y < 0.0) {
+        throw Failure("the likelihood needs counts, but the bin at " + textOf(x) + " holds " + textOf(entry.y));
+    }
+    if (options.compare == Compare::Integral && !(entry.low < entry.high)) {
+        throw Failure("only bins have an integral; the entry at " + textOf(x) + " is a point");
+    }
+    return true;
+}
+
+double Selector::usualScale() const {
+    double weights = 0.0;
+    double squares = 0.0;
+    for (const Entry* const entry : kept) {
+        weights += entry->y;
+        squares += entry->error * entry->error;
+    }
+    if (weights == 0.0) {
+        throw Failure("the likelihood needs counts, but all bins are empty");
+    }
+    return squares > 0.0 ? weights / squares : 1.0;
+}
+
+double Selector::scaleOf(const Entry& entry, double defaultStart) const {
+    if (!isLikelihood) {
+        return 1.0 / entry.error;
+    }
+    return entry.y > 0.0 && entry.error > 0.0 ? entry.y / (entry.error * entry.error) : defaultStart;
+}
 
 }  // namespace
 

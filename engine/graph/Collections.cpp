@@ -23,8 +23,7 @@ using Factory = void (*)(Registry&);
 /// Takes in the kinds of one collection; one that cannot be offered is reported and left out.
 class KindRegistry : public Registry {
 public:
-    KindRegistry(fs::path sharedObject, std::string firstGroup)
-        : object(std::move(sharedObject)), currentGroup(std::move(firstGroup)) {}
+    KindRegistry(fs::path sharedObject, std::string firstGroup);
 
     void group(const std::string& name) override { currentGroup = name; }
     void add(std::unique_ptr<Kind> kind) override;
@@ -39,6 +38,9 @@ private:
     std::string currentGroup;
     std::vector<OfferedKind> kinds;
 };
+
+KindRegistry::KindRegistry(fs::path sharedObject, std::string firstGroup)
+    : object(std::move(sharedObject)), currentGroup(std::move(firstGroup)) {}
 
 void KindRegistry::add(std::unique_ptr<Kind> kind) {
     if (!kind) {

@@ -17,23 +17,27 @@ class ObjectText {
 public:
     explicit ObjectText(std::string betweenFields) : separator(std::move(betweenFields)) {}
 
-    void field(const std::string& name, const std::string& json) {
-        if (!body.empty()) {
-            body += ',' + separator;
-        }
-        body += jsonText(name) + ": " + json;
-    }
-    void foreign(const ForeignFields& fields) {
-        for (const ForeignField& each : fields) {
-            field(each.name, each.json);
-        }
-    }
+    void field(const std::string& name, const std::string& json);
+    void foreign(const ForeignFields& fields);
     const std::string& text() const { return body; }
 
 private:
     std::string separator;
     std::string body;
 };
+
+void ObjectText::field(const std::string& name, const std::string& json) {
+    if (!body.empty()) {
+        body += ',' + separator;
+    }
+    body += jsonText(name) + ": " + json;
+}
+
+void ObjectText::foreign(const ForeignFields& fields) {
+    for (const ForeignField& each : fields) {
+        field(each.name, each.json);
+    }
+}
 
 std::string inputText(const DocumentInput& input) {
     ObjectText object(" ");

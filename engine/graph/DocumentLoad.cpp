@@ -21,8 +21,7 @@ constexpr std::size_t maxPorts = 1'000'000;
 /// One document on its way into the manager. Nothing but messages leaves it before commit.
 class Loading {
 public:
-    Loading(QzManager& into, Document read, const std::string& from)
-        : manager(into), owner(QzManager::Part::of(into)), document(std::move(read)), file(from), notes(from) {}
+    Loading(QzManager& into, Document read, const std::string& from);
 
     void makeNodes();
     void wire();
@@ -41,6 +40,9 @@ private:
     std::vector<std::unique_ptr<GraphNode>> nodes;        ///< Parallel to the document's plug-ins.
     std::unordered_map<std::string, std::size_t> byName;  ///< By the names in the document.
 };
+
+Loading::Loading(QzManager& into, Document read, const std::string& from)
+    : manager(into), owner(QzManager::Part::of(into)), document(std::move(read)), file(from), notes(from) {}
 
 /// Names that are free stay; the others get numbers that no plug-in of pipeline or document has.
 std::vector<std::string> Loading::namesInPipeline() const {

@@ -28,13 +28,9 @@ public:
 private:
     using Fields = std::map<std::string, JsonValue, std::less<>>;
 
-    [[noreturn]] void fail(const JsonValue& at, const std::string& reason) const {
-        throw DocumentError(line(at), reason);
-    }
+    [[noreturn]] void fail(const JsonValue& at, const std::string& reason) const;
     std::size_t line(const JsonValue& at) const;
-    std::string_view written(const JsonValue& value) const {
-        return std::string_view(text).substr(value.begin, value.end - value.begin);
-    }
+    std::string_view written(const JsonValue& value) const;
     Fields fields(const JsonValue& object, std::initializer_list<std::string_view> known, ForeignFields& foreign) const;
     const JsonValue& needed(const Fields& found, std::string_view name, const JsonValue& object) const;
     std::string textIn(const JsonValue& value, std::string_view name) const;
@@ -60,6 +56,14 @@ private:
     mutable std::size_t linesBefore = 0;
     mutable std::size_t ports = 0;
 };
+
+void Parser::fail(const JsonValue& at, const std::string& reason) const {
+    throw DocumentError(line(at), reason);
+}
+
+std::string_view Parser::written(const JsonValue& value) const {
+    return std::string_view(text).substr(value.begin, value.end - value.begin);
+}
 
 /// Values are mostly asked for in the order in which they stand.
 std::size_t Parser::line(const JsonValue& at) const {

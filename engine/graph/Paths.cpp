@@ -27,11 +27,7 @@ constexpr std::chrono::seconds untilLeft(4);
 class OpenFile {
 public:
     /// Never waits for a writer of a pipe.
-    explicit OpenFile(const fs::path& file) : number(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
-        if (number < 0) {
-            throw DocumentError(0, "cannot be opened: " + std::generic_category().message(errno));
-        }
-    }
+    explicit OpenFile(const fs::path& file);
     ~OpenFile() { ::close(number); }
     OpenFile(const OpenFile&) = delete;
     OpenFile& operator=(const OpenFile&) = delete;
@@ -41,6 +37,12 @@ public:
 private:
     int number;
 };
+
+OpenFile::OpenFile(const fs::path& file) : number(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
+    if (number < 0) {
+        throw DocumentError(0, "cannot be opened: " + std::generic_category().message(errno));
+    }
+}
 
 std::string contentOf(const fs::path& file, BackgroundTask& work) {
     // What opening would disturb, such as a device, is not opened.

@@ -24,26 +24,30 @@ namespace fs = std::filesystem;
 class Descriptor {
 public:
     explicit Descriptor(int opened) : number(opened) {}
-    ~Descriptor() {
-        if (number >= 0) {
-            close(number);
-        }
-    }
+    ~Descriptor();
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 
     bool isOpen() const { return number >= 0; }
     int get() const { return number; }
     /// It stays open to the end of the program.
-    int release() {
-        const int kept = number;
-        number = -1;
-        return kept;
-    }
+    int release();
 
 private:
     int number;
 };
+
+Descriptor::~Descriptor() {
+    if (number >= 0) {
+        close(number);
+    }
+}
+
+int Descriptor::release() {
+    const int kept = number;
+    number = -1;
+    return kept;
+}
 
 [[noreturn]] void failBySystem(const std::string& what) {
     throw std::runtime_error(what + ": " + std::generic_category().message(errno));

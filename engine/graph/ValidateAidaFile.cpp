@@ -19,14 +19,16 @@ constexpr std::chrono::seconds aMoment(2);
 /// Says what is odd in the file: it was just named by the user.
 class CheckContext : public PreviewContext {
 public:
-    CheckContext(const Pipeline& beside, const BackgroundTask& aside)
-        : PreviewContext(beside, std::numeric_limits<std::uint64_t>::max()), work(aside) {}
+    CheckContext(const Pipeline& beside, const BackgroundTask& aside);
     bool isStopping() const override { return work.isStopping(); }
     void warn(const std::string& sentence) override { printMessage(sentence); }
 
 private:
     const BackgroundTask& work;
 };
+
+CheckContext::CheckContext(const Pipeline& beside, const BackgroundTask& aside)
+    : PreviewContext(beside, std::numeric_limits<std::uint64_t>::max()), work(aside) {}
 
 std::string validateAidaFile(const std::string& file, const BackgroundTask& work) {
     if (file.empty()) {

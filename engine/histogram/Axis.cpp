@@ -81,13 +81,7 @@ struct EdgeTables {
 
     /// Never falls as x rises, also after rounding. An edge in an earlier slice than x is therefore below x, one in a
     /// later slice above it, and only the edges in x's own slice must be compared.
-    std::size_t sliceOf(double edgeOrX) const {
-        if (slicesPerUnit == 0.0) {  // The span, or its inverse, is no finite double.
-            return 0;
-        }
-        const auto slice = static_cast<std::size_t>((edgeOrX - edges.front()) * slicesPerUnit);
-        return slice < lookup.size() - 2 ? slice : lookup.size() - 2;
-    }
+    std::size_t sliceOf(double edgeOrX) const;
     std::size_t cell(double x) const;
     std::size_t cellBetween(double x, std::size_t begin, std::size_t end) const;
 
@@ -97,6 +91,14 @@ struct EdgeTables {
     std::vector<std::uint32_t> lookup;  ///< Edges that lie in the slices before each slice of the axis.
     double slicesPerUnit = 0.0;
 };
+
+std::size_t EdgeTables::sliceOf(double edgeOrX) const {
+    if (slicesPerUnit == 0.0) {  // The span, or its inverse, is no finite double.
+        return 0;
+    }
+    const auto slice = static_cast<std::size_t>((edgeOrX - edges.front()) * slicesPerUnit);
+    return slice < lookup.size() - 2 ? slice : lookup.size() - 2;
+}
 
 EdgeTables::EdgeTables(std::vector<double> all, bool isRegular) : edges(std::move(all)) {
     const std::size_t bins = edges.size() - 1;
@@ -154,30 +156,36 @@ std::size_t EdgeTables::cellBetween(double x, std::size_t begin, std::size_t end
 class AxisTables {
 public:
     AxisTables() = default;
-    AxisTables(std::vector<double> edges, bool isRegular)
-        : owned(std::make_unique<const EdgeTables>(std::move(edges), isRegular)), made(owned.get()) {}
+    AxisTables(std::vector<double> edges, bool isRegular);
 
     /// @return null where they have not been needed yet.
     const EdgeTables* known() const { return made.load(std::memory_order_acquire); }
-    const EdgeTables& of(const Axis& axis) const {
-        const EdgeTables* const tables = known();
-        return tables ? *tables : make(axis);
-    }
+    const EdgeTables& of(const Axis& axis) const;
 
 private:
-    const EdgeTables& make(const Axis& axis) const {
-        const std::scoped_lock lock(mutex);
-        if (!owned) {
-            owned = std::make_unique<const EdgeTables>(equalEdges(axis.bins(), axis.low(), axis.high()), true);
-            made.store(owned.get(), std::memory_order_release);
-        }
-        return *owned;
-    }
+    const EdgeTables& make(const Axis& axis) const;
 
     mutable std::mutex mutex;
     mutable std::unique_ptr<const EdgeTables> owned;
     mutable std::atomic<const EdgeTables*> made = nullptr;
 };
+
+AxisTables::AxisTables(std::vector<double> edges, bool isRegular)
+    : owned(std::make_unique<const EdgeTables>(std::move(edges), isRegular)), made(owned.get()) {}
+
+const EdgeTables& AxisTables::of(const Axis& axis) const {
+    const EdgeTables* const tables = known();
+    return tables ? *tables : make(axis);
+}
+
+const EdgeTables& AxisTables::make(const Axis& axis) const {
+    const std::scoped_lock lock(mutex);
+    if (!owned) {
+        owned = std::make_unique<const EdgeTables>(equalEdges(axis.bins(), axis.low(), axis.high()), true);
+        made.store(owned.get(), std::memory_order_release);
+    }
+    return *owned;
+}
 
 Axis::Axis(std::size_t bins, double low, double high)
     : count(bins), first(low), last(high), tables(std::make_shared<AxisTables>()) {

@@ -85,15 +85,17 @@ public:
     }
 
 private:
-    static filling::Entries entries(const Fills<2>& fills) {
-        return {.x = fills.coordinates[0], .y = fills.coordinates[1], .weights = fills.weights, .count = fills.count};
-    }
+    static filling::Entries entries(const Fills<2>& fills);
 
     const filling::Kernels* kernels = nullptr;
     filling::Steps axes[2];
     bool hasSteps = false;
     std::size_t stride = 0;
 };
+
+filling::Entries PlaneKernels::entries(const Fills<2>& fills) {
+    return {.x = fills.coordinates[0], .y = fills.coordinates[1], .weights = fills.weights, .count = fills.count};
+}
 
 /// @return how many were not filled because one of their numbers is NaN.
 template <std::size_t dimensions>

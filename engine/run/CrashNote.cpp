@@ -28,32 +28,8 @@ constexpr std::array<CrashSignal, 5> crashSignals{{{SIGSEGV, "segmentation fault
 /// A stack for the handler, because the thread's own may be what has run out.
 class SpareStack {
 public:
-    SpareStack() {
-        stack_t present{};
-        if (sigaltstack(nullptr, &present) != 0 || (present.ss_flags & SS_DISABLE) == 0) {
-            return;  // Somebody else's.
-        }
-        void* const memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (memory == MAP_FAILED) {
-            return;
-        }
-        stack_t own{};
-        own.ss_sp = memory;
-        own.ss_size = size;
-        if (sigaltstack(&own, nullptr) == 0) {
-            bytes = memory;
-        } else {
-            munmap(memory, size);
-        }
-    }
-    ~SpareStack() {
-        if (bytes) {
-            stack_t none{};
-            none.ss_flags = SS_DISABLE;
-            sigaltstack(&none, nullptr);
-            munmap(bytes, size);
-        }
-    }
+    SpareStack();
+    ~SpareStack();
     SpareStack(const SpareStack&) = delete;
     SpareStack& operator=(const SpareStack&) = delete;
 
@@ -64,6 +40,34 @@ private:
     static constexpr std::size_t size = std::size_t{1} << 16;
     void* bytes = nullptr;
 };
+
+SpareStack::SpareStack() {
+    stack_t present{};
+    if (sigaltstack(nullptr, &present) != 0 || (present.ss_flags & SS_DISABLE) == 0) {
+        return;  // Somebody else's.
+    }
+    void* const memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) {
+        return;
+    }
+    stack_t own{};
+    own.ss_sp = memory;
+    own.ss_size = size;
+    if (sigaltstack(&own, nullptr) == 0) {
+        bytes = memory;
+    } else {
+        munmap(memory, size);
+    }
+}
+
+SpareStack::~SpareStack() {
+    if (bytes) {
+        stack_t none{};
+        none.ss_flags = SS_DISABLE;
+        sigaltstack(&none, nullptr);
+        munmap(bytes, size);
+    }
+}
 
 thread_local const SpareStack spareStack;
 

@@ -9,20 +9,9 @@ namespace {
 
 class CycleSearch {
 public:
-    CycleSearch(const std::vector<std::vector<std::size_t>>& next, const std::vector<bool>& isAsked)
-        : next(next), isAsked(isAsked), number(next.size(), none), lowest(next.size(), none), isOpen(next.size()) {}
+    CycleSearch(const std::vector<std::vector<std::size_t>>& next, const std::vector<bool>& isAsked);
 
-    std::vector<std::vector<std::size_t>> cycles() {
-        for (std::size_t node = 0; node < next.size(); ++node) {
-            if (isAsked[node] && number[node] == none) {
-                enter(node);
-                while (!visits.empty()) {
-                    op();
-                }
-            }
-        }
-        return std::move(found);
-    }
+    std::vector<std::vector<std::size_t>> cycles();
 
 private:
     static constexpr std::size_t none = SIZE_MAX;
@@ -31,53 +20,14 @@ private:
         std::size_t edge;  ///< To be followed next.
     };
 
-    void enter(std::size_t node) {
-        number[node] = lowest[node] = numbers++;
-        isOpen[node] = true;
-        open.push_back(node);
-        visits.push_back({node, 0});
-    }
+    void enter(std::size_t node);
 
-    void op() {
-        Visit& visit = visits.back();
-        if (visit.edge == next[visit.node].size()) {
-            leave(visit.node);
-            return;
-        }
-        const std::size_t from = visit.node;
-        const std::size_t to = next[from][visit.edge++];
-        if (isAsked[to] && number[to] == none) {
-            enter(to);
-        } else if (isOpen[to]) {
-            lowest[from] = std::min(lowest[from], number[to]);
-        }
-    }
+    void op();
 
-    void leave(std::size_t node) {
-        visits.pop_back();
-        if (!visits.empty()) {
-            std::size_t& before = lowest[visits.back().node];
-            before = std::min(before, lowest[node]);
-        }
-        if (lowest[node] == number[node]) {
-            close(node);
-        }
-    }
+    void leave(std::size_t node);
 
     /// All that is open from the node on is one component.
-    void close(std::size_t node) {
-        const auto begin = std::find(open.rbegin(), open.rend(), node).base() - 1;
-        std::vector<std::size_t> members(begin, open.end());
-        open.erase(begin, open.end());
-        for (const std::size_t member : members) {
-            isOpen[member] = false;
-        }
-        const bool feedsItself = std::find(next[node].begin(), next[node].end(), node) != next[node].end();
-        if (members.size() > 1 || feedsItself) {
-            std::sort(members.begin(), members.end());
-            found.push_back(std::move(members));
-        }
-    }
+    void close(std::size_t node);
 
     const std::vector<std::vector<std::size_t>>& next;
     const std::vector<bool>& isAsked;
@@ -89,6 +39,68 @@ private:
     std::size_t numbers = 0;
     std::vector<std::vector<std::size_t>> found;
 };
+
+CycleSearch::CycleSearch(const std::vector<std::vector<std::size_t>>& next, const std::vector<bool>& isAsked)
+    : next(next), isAsked(isAsked), number(next.size(), none), lowest(next.size(), none), isOpen(next.size()) {}
+
+std::vector<std::vector<std::size_t>> CycleSearch::cycles() {
+    for (std::size_t node = 0; node < next.size(); ++node) {
+        if (isAsked[node] && number[node] == none) {
+            enter(node);
+            while (!visits.empty()) {
+                op();
+            }
+        }
+    }
+    return std::move(found);
+}
+
+void CycleSearch::enter(std::size_t node) {
+    number[node] = lowest[node] = numbers++;
+    isOpen[node] = true;
+    open.push_back(node);
+    visits.push_back({node, 0});
+}
+
+void CycleSearch::op() {
+    Visit& visit = visits.back();
+    if (visit.edge == next[visit.node].size()) {
+        leave(visit.node);
+        return;
+    }
+    const std::size_t from = visit.node;
+    const std::size_t to = next[from][visit.edge++];
+    if (isAsked[to] && number[to] == none) {
+        enter(to);
+    } else if (isOpen[to]) {
+        lowest[from] = std::min(lowest[from], number[to]);
+    }
+}
+
+void CycleSearch::leave(std::size_t node) {
+    visits.pop_back();
+    if (!visits.empty()) {
+        std::size_t& before = lowest[visits.back().node];
+        before = std::min(before, lowest[node]);
+    }
+    if (lowest[node] == number[node]) {
+        close(node);
+    }
+}
+
+void CycleSearch::close(std::size_t node) {
+    const auto begin = std::find(open.rbegin(), open.rend(), node).base() - 1;
+    std::vector<std::size_t> members(begin, open.end());
+    open.erase(begin, open.end());
+    for (const std::size_t member : members) {
+        isOpen[member] = false;
+    }
+    const bool feedsItself = std::find(next[node].begin(), next[node].end(), node) != next[node].end();
+    if (members.size() > 1 || feedsItself) {
+        std::sort(members.begin(), members.end());
+        found.push_back(std::move(members));
+    }
+}
 
 }  // namespace
 

@@ -39,35 +39,14 @@ fs::path followed(const fs::path& path) {
 /// A file that goes when its holder goes, unless it was kept.
 class ResultFolder::TemporaryFile : public ResultFile {
 public:
-    TemporaryFile(ResultFolder& results, fs::path temporary, fs::path file, std::string fileName)
-        : results(results), temporary(std::move(temporary)), file(std::move(file)), fileName(std::move(fileName)) {}
+    TemporaryFile(ResultFolder& results, fs::path temporary, fs::path file, std::string fileName);
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile() override {
-        if (!isKept) {
-            std::error_code ignored;
-            fs::remove(temporary, ignored);
-        }
-    }
+    ~TemporaryFile() override;
 
     const fs::path& path() const override { return temporary; }
 
-    void keep() override {
-        if (results.stopping) {
-            throw Stopped();
-        }
-        std::error_code error;
-        const std::optional<FileStamp> stamp = stampOf(temporary);
-        if (!stamp) {
-            refuse(fileName, "was not written");
-        }
-        fs::rename(temporary, file, error);
-        if (error) {
-            refuse(fileName, "cannot be put in its place: " + error.message());
-        }
-        isKept = true;
-        results.note(file, {fileName, file, *stamp});
-    }
+    void keep() override;
 
 private:
     ResultFolder& results;
@@ -76,6 +55,34 @@ private:
     std::string fileName;
     bool isKept = false;
 };
+
+ResultFolder::TemporaryFile::TemporaryFile(ResultFolder& results, fs::path temporary, fs::path file,
+                                           std::string fileName)
+    : results(results), temporary(std::move(temporary)), file(std::move(file)), fileName(std::move(fileName)) {}
+
+ResultFolder::TemporaryFile::~TemporaryFile() {
+    if (!isKept) {
+        std::error_code ignored;
+        fs::remove(temporary, ignored);
+    }
+}
+
+void ResultFolder::TemporaryFile::keep() {
+    if (results.stopping) {
+        throw Stopped();
+    }
+    std::error_code error;
+    const std::optional<FileStamp> stamp = stampOf(temporary);
+    if (!stamp) {
+        refuse(fileName, "was not written");
+    }
+    fs::rename(temporary, file, error);
+    if (error) {
+        refuse(fileName, "cannot be put in its place: " + error.message());
+    }
+    isKept = true;
+    results.note(file, {fileName, file, *stamp});
+}
 
 ResultFolder::ResultFolder(const Pipeline& pipeline, bool mayWriteAnywhere, const std::atomic<bool>& stopping)
     : folder(pipeline.resultsFolder),

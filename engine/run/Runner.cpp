@@ -56,15 +56,7 @@ bool RunReport::hasFailure() const {
 }
 
 struct Runner::Impl : std::enable_shared_from_this<Runner::Impl> {
-    Impl(std::ostream& stream, bool isTerminal, const CacheConfig& slot)
-        : stream(stream),
-          isTerminal(isTerminal),
-          messages(std::make_shared<Messages>(stream, isTerminal)),
-          memory(slot, [this](const std::string& sentence) { messages->line(sentence); }) {
-        if (!slot.complaint.empty()) {
-            messages->line(slot.complaint);
-        }
-    }
+    Impl(std::ostream& stream, bool isTerminal, const CacheConfig& slot);
 
     RunReport carryOut(RunJob& job);
     void execute(RunJob& job, int threads, bool isPolite);
@@ -85,6 +77,16 @@ struct Runner::Impl : std::enable_shared_from_this<Runner::Impl> {
     std::mutex mutex;
     std::shared_ptr<RunJob> job;  ///< Of the run that is going on; null without one.
 };
+
+Runner::Impl::Impl(std::ostream& stream, bool isTerminal, const CacheConfig& slot)
+    : stream(stream),
+      isTerminal(isTerminal),
+      messages(std::make_shared<Messages>(stream, isTerminal)),
+      memory(slot, [this](const std::string& sentence) { messages->line(sentence); }) {
+    if (!slot.complaint.empty()) {
+        messages->line(slot.complaint);
+    }
+}
 
 RunReport Runner::Impl::carryOut(RunJob& job) {
     const int threads = threadCount(*messages);

@@ -28,16 +28,18 @@ constexpr std::chrono::hours leftoverAge{1};
 class OpenFile {
 public:
     OpenFile(const fs::path& file, int flags) : number(open(file.c_str(), flags | O_CLOEXEC, 0600)) {}
-    ~OpenFile() {
-        if (number >= 0) {
-            close(number);
-        }
-    }
+    ~OpenFile();
     OpenFile(const OpenFile&) = delete;
     OpenFile& operator=(const OpenFile&) = delete;
 
     const int number;
 };
+
+OpenFile::~OpenFile() {
+    if (number >= 0) {
+        close(number);
+    }
+}
 
 std::optional<std::string> readAll(int file) {
     struct stat status {};
@@ -90,16 +92,18 @@ std::optional<std::string> contentOf(std::string bytes) {
 class TemporaryFile {
 public:
     explicit TemporaryFile(fs::path name) : path(std::move(name)) {}
-    ~TemporaryFile() {
-        const int reason = errno;
-        unlink(path.c_str());
-        errno = reason;
-    }
+    ~TemporaryFile();
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
     const fs::path path;
 };
+
+TemporaryFile::~TemporaryFile() {
+    const int reason = errno;
+    unlink(path.c_str());
+    errno = reason;
+}
 
 /// Writes mark, checksum and content. The checksum is known when the content has been written.
 bool writeEntry(int file, const std::function<void(const ByteSink& sink)>& content) {

@@ -68,30 +68,34 @@ bool hasSameContent(const FileStamp& one, const FileStamp& other) {
 /// Only one thread reads a file; the others come after it, and mostly find what it left.
 class FileHashes::Turn {
 public:
-    Turn(FileHashes& digests, const std::filesystem::path& file, const std::atomic<bool>& stopping)
-        : digests(digests), file(file) {
-        std::unique_lock lock(digests.mutex);
-        constexpr std::chrono::milliseconds untilNextLook(5);
-        while (digests.beingRead.contains(file) && !stopping) {
-            digests.change.wait_for(lock, untilNextLook);
-        }
-        isOurs = digests.beingRead.insert(file).second;
-    }
+    Turn(FileHashes& digests, const std::filesystem::path& file, const std::atomic<bool>& stopping);
     Turn(const Turn&) = delete;
     Turn& operator=(const Turn&) = delete;
-    ~Turn() {
-        const std::scoped_lock lock(digests.mutex);
-        if (isOurs) {
-            digests.beingRead.erase(file);
-            digests.change.notify_all();
-        }
-    }
+    ~Turn();
 
 private:
     FileHashes& digests;
     const std::filesystem::path& file;
     bool isOurs = false;  ///< Not when the run was stopped while another was reading.
 };
+
+FileHashes::Turn::Turn(FileHashes& digests, const std::filesystem::path& file, const std::atomic<bool>& stopping)
+    : digests(digests), file(file) {
+    std::unique_lock lock(digests.mutex);
+    constexpr std::chrono::milliseconds untilNextLook(5);
+    while (digests.beingRead.contains(file) && !stopping) {
+        digests.change.wait_for(lock, untilNextLook);
+    }
+    isOurs = digests.beingRead.insert(file).second;
+}
+
+FileHashes::Turn::~Turn() {
+    const std::scoped_lock lock(digests.mutex);
+    if (isOurs) {
+        digests.beingRead.erase(file);
+        digests.change.notify_all();
+    }
+}
 
 std::optional<Digest> FileHashes::recall(const std::filesystem::path& file, const FileStamp& stamp) {
     const std::scoped_lock lock(mutex);

@@ -21,29 +21,9 @@ class FilePrefetchHasher::Task {
 public:
     Task(FileHashes& digests, std::filesystem::path file) : digests(digests), file(std::move(file)) {}
 
-    void run() {
-        {
-            const std::scoped_lock lock(mutex);
-            if (isAbandoned) {
-                return;
-            }
-            isRunning = true;
-        }
-        try {
-            digests.of(file, isAbandoned);
-        } catch (const std::exception&) {
-            // Who needs the sum makes it and says what is wrong.
-        }
-        const std::scoped_lock lock(mutex);
-        isRunning = false;
-        change.notify_all();
-    }
+    void run();
 
-    void abandon() {
-        std::unique_lock lock(mutex);
-        isAbandoned = true;
-        change.wait(lock, [this] { return !isRunning; });
-    }
+    void abandon();
 
 private:
     FileHashes& digests;
@@ -53,6 +33,30 @@ private:
     std::atomic<bool> isAbandoned = false;
     bool isRunning = false;
 };
+
+void FilePrefetchHasher::Task::run() {
+    {
+        const std::scoped_lock lock(mutex);
+        if (isAbandoned) {
+            return;
+        }
+        isRunning = true;
+    }
+    try {
+        digests.of(file, isAbandoned);
+    } catch (const std::exception&) {
+        // Who needs the sum makes it and says what is wrong.
+    }
+    const std::scoped_lock lock(mutex);
+    isRunning = false;
+    change.notify_all();
+}
+
+void FilePrefetchHasher::Task::abandon() {
+    std::unique_lock lock(mutex);
+    isAbandoned = true;
+    change.wait(lock, [this] { return !isRunning; });
+}
 
 FilePrefetchHasher::FilePrefetchHasher(FileHashes& digests) : digests(digests) {}
 

@@ -26,18 +26,7 @@ class BitReader {
 public:
     explicit BitReader(Bytes bytes) : bytes(bytes) {}
 
-    std::uint32_t next(unsigned count) {
-        while (filled < count) {
-            const std::uint64_t byte = at < bytes.size() ? bytes[at] : 0;
-            ++at;
-            pending |= byte << filled;
-            filled += 8;
-        }
-        const auto bits = static_cast<std::uint32_t>(pending & ((std::uint64_t{1} << count) - 1));
-        pending >>= count;
-        filled -= count;
-        return bits;
-    }
+    std::uint32_t next(unsigned count);
 
 private:
     Bytes bytes;
@@ -45,6 +34,19 @@ private:
     std::uint64_t pending = 0;
     unsigned filled = 0;
 };
+
+std::uint32_t BitReader::next(unsigned count) {
+    while (filled < count) {
+        const std::uint64_t byte = at < bytes.size() ? bytes[at] : 0;
+        ++at;
+        pending |= byte << filled;
+        filled += 8;
+    }
+    const auto bits = static_cast<std::uint32_t>(pending & ((std::uint64_t{1} << count) - 1));
+    pending >>= count;
+    filled -= count;
+    return bits;
+}
 
 double halfPrecision(std::uint64_t bits) {
     const auto exponent = static_cast<int>(bits >> 10U & 31U);

@@ -44,15 +44,7 @@ public:
     std::string text() { return buffer.textOf(number<std::uint32_t>()); }
 
     /// Bits of features that a reader has to know; none are defined.
-    void flags() {
-        std::int64_t flags = 0;
-        do {
-            flags = number<std::int64_t>();
-            if ((flags & INT64_MAX) != 0) {
-                throw Failure("it has features that are not known");
-            }
-        } while (flags < 0);
-    }
+    void flags();
 
     /// Calls `record` in a frame of its own.
     template <typename Record>
@@ -85,33 +77,47 @@ public:
         list(item, [] {});
     }
 
-    Link locator() {
-        const std::size_t begin = buffer.position();
-        const auto size = number<std::int32_t>();
-        if (size >= 0) {
-            return {number<std::uint64_t>(), static_cast<std::uint64_t>(size), 0};
-        }
-        constexpr unsigned large = 1;
-        const auto word = static_cast<std::uint32_t>(size);
-        if ((word >> 24U & 0x7FU) != large) {
-            throw Failure("a place is given in a way that is not known");
-        }
-        Link link;
-        link.bytes = number<std::uint64_t>();
-        link.position = number<std::uint64_t>();
-        buffer.seek(begin + (word & 0xFFFFU));
-        return link;
-    }
-    Link link() {
-        const auto unpackedBytes = number<std::uint64_t>();
-        Link link = locator();
-        link.unpackedBytes = unpackedBytes;
-        return link;
-    }
+    Link locator();
+    Link link();
 
 private:
     Buffer buffer;
 };
+
+void Envelope::flags() {
+    std::int64_t flags = 0;
+    do {
+        flags = number<std::int64_t>();
+        if ((flags & INT64_MAX) != 0) {
+            throw Failure("it has features that are not known");
+        }
+    } while (flags < 0);
+}
+
+Link Envelope::locator() {
+    const std::size_t begin = buffer.position();
+    const auto size = number<std::int32_t>();
+    if (size >= 0) {
+        return {number<std::uint64_t>(), static_cast<std::uint64_t>(size), 0};
+    }
+    constexpr unsigned large = 1;
+    const auto word = static_cast<std::uint32_t>(size);
+    if ((word >> 24U & 0x7FU) != large) {
+        throw Failure("a place is given in a way that is not known");
+    }
+    Link link;
+    link.bytes = number<std::uint64_t>();
+    link.position = number<std::uint64_t>();
+    buffer.seek(begin + (word & 0xFFFFU));
+    return link;
+}
+
+Link Envelope::link() {
+    const auto unpackedBytes = number<std::uint64_t>();
+    Link link = locator();
+    link.unpackedBytes = unpackedBytes;
+    return link;
+}
 
 /// A description without the numbers around it, after its checksum was compared.
 std::vector<std::uint8_t> envelopeAt(const File& file, const Link& link, unsigned type) {
@@ -136,164 +142,183 @@ class SchemaReader {
 public:
     SchemaReader(const File& file, NTupleSchema& schema) : file(file), schema(schema) {}
 
-    void read(const Key& anchor) {
-        const std::vector<std::uint8_t> content = file.content(anchor);
-        Buffer buffer(content);
-        readHeader(buffer);
-        const std::size_t begin = buffer.position();
-        const unsigned epoch = buffer.u16();
-        const unsigned major = buffer.u16();
-        buffer.skip(4);
-        if (epoch != 1 || major != 0) {
-            throw Failure(fmt::format("its format has the version {}.{}; 1.0 can be read", epoch, major));
-        }
-        const Link header = linkIn(buffer);
-        const Link footer = linkIn(buffer);
-        buffer.skip(8);
-        const std::size_t fields = buffer.position() - begin;
-        if (XXH3_64bits(content.data() + begin, fields) != buffer.u64()) {
-            throw Failure("the checksum of its anchor is wrong");
-        }
-        readHeaderEnvelope(header);
-        readFooter(footer);
-    }
+    void read(const Key& anchor);
 
 private:
-    static Link linkIn(Buffer& buffer) {
-        Link link;
-        link.position = buffer.u64();
-        link.bytes = buffer.u64();
-        link.unpackedBytes = buffer.u64();
-        return link;
-    }
+    static Link linkIn(Buffer& buffer);
 
-    void readHeaderEnvelope(const Link& link) {
-        const std::vector<std::uint8_t> bytes = envelopeAt(file, link, 1);
-        Envelope envelope(bytes);
-        envelope.number<std::uint64_t>();
-        envelope.flags();
-        schema.name = envelope.text();
-        schema.description = envelope.text();
-        envelope.text();  // The program that wrote it.
-        readDescription(envelope);
-    }
+    void readHeaderEnvelope(const Link& link);
 
-    void readFooter(const Link& link) {
-        const std::vector<std::uint8_t> bytes = envelopeAt(file, link, 2);
-        schema.footerChecksum = littleEndian<std::uint64_t>(bytes.data() + bytes.size() - checksumBytes);
-        Envelope envelope(bytes);
-        envelope.number<std::uint64_t>();
-        envelope.flags();
-        envelope.number<std::uint64_t>();  // The header's checksum.
-        envelope.frame([&] { readDescription(envelope); });
-        std::vector<Link> groups;
-        envelope.list([&] {
-            envelope.frame([&] {
-                envelope.number<std::uint64_t>();
-                envelope.number<std::uint64_t>();
-                envelope.number<std::uint32_t>();
-                groups.push_back(envelope.link());
-            });
-        });
-        for (const Link& group : groups) {
-            readPageList(group);
-        }
-    }
+    void readFooter(const Link& link);
 
-    void readDescription(Envelope& envelope) {
-        envelope.list([&] { envelope.frame([&] { readField(envelope); }); });
-        envelope.list([&] { envelope.frame([&] { readColumn(envelope); }); });
-        envelope.list([&] { envelope.frame([] {}); });  // Columns of projected fields: those of their sources.
-        envelope.list([&] { envelope.frame([] {}); });
-    }
+    void readDescription(Envelope& envelope);
 
-    void readField(Envelope& envelope) {
-        NTupleField field;
-        envelope.number<std::uint64_t>();  // Versions.
-        field.parent = envelope.number<std::uint32_t>();
-        const auto role = envelope.number<std::uint16_t>();
-        const auto flags = envelope.number<std::uint16_t>();
-        if (role > 4 || field.parent > schema.fields.size()) {
-            throw Failure("the description of a field is damaged");
-        }
-        field.role = static_cast<NTupleField::Role>(role);
-        field.name = envelope.text();
-        field.typeName = envelope.text();
-        envelope.text();
-        field.description = envelope.text();
-        if ((flags & 1U) != 0) {
-            field.arraySize = envelope.number<std::uint64_t>();
-        }
-        if ((flags & 2U) != 0) {
-            field.source = envelope.number<std::uint32_t>();
-        }
-        schema.fields.push_back(std::move(field));
-    }
+    void readField(Envelope& envelope);
 
-    void readColumn(Envelope& envelope) {
-        NTupleColumn column;
-        column.type = envelope.number<std::uint16_t>();
-        column.bits = envelope.number<std::uint16_t>();
-        column.field = envelope.number<std::uint32_t>();
-        const auto flags = envelope.number<std::uint16_t>();
-        column.representation = envelope.number<std::uint16_t>();
-        if ((flags & 1U) != 0) {
-            envelope.number<std::int64_t>();  // The first element: those before are missing from the pages.
-        }
-        if ((flags & 2U) != 0) {
-            column.low = envelope.real();
-            column.high = envelope.real();
-        }
-        if (column.field >= schema.fields.size()) {
-            throw Failure("the description of a column is damaged");
-        }
-        schema.columns.push_back(column);
-    }
+    void readColumn(Envelope& envelope);
 
-    void readPageList(const Link& link) {
-        const std::vector<std::uint8_t> bytes = envelopeAt(file, link, 3);
-        Envelope envelope(bytes);
-        envelope.number<std::uint64_t>();
-        envelope.number<std::uint64_t>();
-        const std::size_t first = schema.clusters.size();
-        envelope.list([&] { envelope.frame([&] { readCluster(envelope); }); });
-        std::size_t at = first;
-        envelope.list([&] {
-            if (at >= schema.clusters.size()) {
-                throw Failure("a list of pages is damaged");
-            }
-            readColumnPages(envelope, schema.clusters[at++]);
-        });
-    }
+    void readPageList(const Link& link);
 
-    void readCluster(Envelope& envelope) {
-        constexpr unsigned countBits = 56;
-        NTupleCluster cluster;
-        cluster.firstEntry = envelope.number<std::uint64_t>();
-        cluster.entries = envelope.number<std::uint64_t>() & ((std::uint64_t{1} << countBits) - 1);
-        schema.entries = std::max(schema.entries, cluster.firstEntry + cluster.entries);
-        schema.clusters.push_back(std::move(cluster));
-    }
+    void readCluster(Envelope& envelope);
 
-    static void readColumnPages(Envelope& envelope, NTupleCluster& cluster) {
-        envelope.list([&] {
-            NTuplePages pages;
-            envelope.list(
-                [&] {
-                    const auto count = envelope.number<std::int32_t>();
-                    const Link place = envelope.locator();
-                    const std::int64_t elements = count < 0 ? -static_cast<std::int64_t>(count) : count;
-                    pages.pages.push_back(
-                        {static_cast<std::uint64_t>(elements), place.position, place.bytes, count < 0});
-                },
-                [&] { pages.isSuppressed = envelope.number<std::int64_t>() < 0; });
-            cluster.columns.push_back(std::move(pages));
-        });
-    }
+    static void readColumnPages(Envelope& envelope, NTupleCluster& cluster);
 
     const File& file;
     NTupleSchema& schema;
 };
+
+void SchemaReader::read(const Key& anchor) {
+    const std::vector<std::uint8_t> content = file.content(anchor);
+    Buffer buffer(content);
+    readHeader(buffer);
+    const std::size_t begin = buffer.position();
+    const unsigned epoch = buffer.u16();
+    const unsigned major = buffer.u16();
+    buffer.skip(4);
+    if (epoch != 1 || major != 0) {
+        throw Failure(fmt::format("its format has the version {}.{}; 1.0 can be read", epoch, major));
+    }
+    const Link header = linkIn(buffer);
+    const Link footer = linkIn(buffer);
+    buffer.skip(8);
+    const std::size_t fields = buffer.position() - begin;
+    if (XXH3_64bits(content.data() + begin, fields) != buffer.u64()) {
+        throw Failure("the checksum of its anchor is wrong");
+    }
+    readHeaderEnvelope(header);
+    readFooter(footer);
+}
+
+Link SchemaReader::linkIn(Buffer& buffer) {
+    Link link;
+    link.position = buffer.u64();
+    link.bytes = buffer.u64();
+    link.unpackedBytes = buffer.u64();
+    return link;
+}
+
+void SchemaReader::readHeaderEnvelope(const Link& link) {
+    const std::vector<std::uint8_t> bytes = envelopeAt(file, link, 1);
+    Envelope envelope(bytes);
+    envelope.number<std::uint64_t>();
+    envelope.flags();
+    schema.name = envelope.text();
+    schema.description = envelope.text();
+    envelope.text();  // The program that wrote it.
+    readDescription(envelope);
+}
+
+void SchemaReader::readFooter(const Link& link) {
+    const std::vector<std::uint8_t> bytes = envelopeAt(file, link, 2);
+    schema.footerChecksum = littleEndian<std::uint64_t>(bytes.data() + bytes.size() - checksumBytes);
+    Envelope envelope(bytes);
+    envelope.number<std::uint64_t>();
+    envelope.flags();
+    envelope.number<std::uint64_t>();  // The header's checksum.
+    envelope.frame([&] { readDescription(envelope); });
+    std::vector<Link> groups;
+    envelope.list([&] {
+        envelope.frame([&] {
+            envelope.number<std::uint64_t>();
+            envelope.number<std::uint64_t>();
+            envelope.number<std::uint32_t>();
+            groups.push_back(envelope.link());
+        });
+    });
+    for (const Link& group : groups) {
+        readPageList(group);
+    }
+}
+
+void SchemaReader::readDescription(Envelope& envelope) {
+    envelope.list([&] { envelope.frame([&] { readField(envelope); }); });
+    envelope.list([&] { envelope.frame([&] { readColumn(envelope); }); });
+    envelope.list([&] { envelope.frame([] {}); });  // Columns of projected fields: those of their sources.
+    envelope.list([&] { envelope.frame([] {}); });
+}
+
+void SchemaReader::readField(Envelope& envelope) {
+    NTupleField field;
+    envelope.number<std::uint64_t>();  // Versions.
+    field.parent = envelope.number<std::uint32_t>();
+    const auto role = envelope.number<std::uint16_t>();
+    const auto flags = envelope.number<std::uint16_t>();
+    if (role > 4 || field.parent > schema.fields.size()) {
+        throw Failure("the description of a field is damaged");
+    }
+    field.role = static_cast<NTupleField::Role>(role);
+    field.name = envelope.text();
+    field.typeName = envelope.text();
+    envelope.text();
+    field.description = envelope.text();
+    if ((flags & 1U) != 0) {
+        field.arraySize = envelope.number<std::uint64_t>();
+    }
+    if ((flags & 2U) != 0) {
+        field.source = envelope.number<std::uint32_t>();
+    }
+    schema.fields.push_back(std::move(field));
+}
+
+void SchemaReader::readColumn(Envelope& envelope) {
+    NTupleColumn column;
+    column.type = envelope.number<std::uint16_t>();
+    column.bits = envelope.number<std::uint16_t>();
+    column.field = envelope.number<std::uint32_t>();
+    const auto flags = envelope.number<std::uint16_t>();
+    column.representation = envelope.number<std::uint16_t>();
+    if ((flags & 1U) != 0) {
+        envelope.number<std::int64_t>();  // The first element: those before are missing from the pages.
+    }
+    if ((flags & 2U) != 0) {
+        column.low = envelope.real();
+        column.high = envelope.real();
+    }
+    if (column.field >= schema.fields.size()) {
+        throw Failure("the description of a column is damaged");
+    }
+    schema.columns.push_back(column);
+}
+
+void SchemaReader::readPageList(const Link& link) {
+    const std::vector<std::uint8_t> bytes = envelopeAt(file, link, 3);
+    Envelope envelope(bytes);
+    envelope.number<std::uint64_t>();
+    envelope.number<std::uint64_t>();
+    const std::size_t first = schema.clusters.size();
+    envelope.list([&] { envelope.frame([&] { readCluster(envelope); }); });
+    std::size_t at = first;
+    envelope.list([&] {
+        if (at >= schema.clusters.size()) {
+            throw Failure("a list of pages is damaged");
+        }
+        readColumnPages(envelope, schema.clusters[at++]);
+    });
+}
+
+void SchemaReader::readCluster(Envelope& envelope) {
+    constexpr unsigned countBits = 56;
+    NTupleCluster cluster;
+    cluster.firstEntry = envelope.number<std::uint64_t>();
+    cluster.entries = envelope.number<std::uint64_t>() & ((std::uint64_t{1} << countBits) - 1);
+    schema.entries = std::max(schema.entries, cluster.firstEntry + cluster.entries);
+    schema.clusters.push_back(std::move(cluster));
+}
+
+void SchemaReader::readColumnPages(Envelope& envelope, NTupleCluster& cluster) {
+    envelope.list([&] {
+        NTuplePages pages;
+        envelope.list(
+            [&] {
+                const auto count = envelope.number<std::int32_t>();
+                const Link place = envelope.locator();
+                const std::int64_t elements = count < 0 ? -static_cast<std::int64_t>(count) : count;
+                pages.pages.push_back({static_cast<std::uint64_t>(elements), place.position, place.bytes, count < 0});
+            },
+            [&] { pages.isSuppressed = envelope.number<std::int64_t>() < 0; });
+        cluster.columns.push_back(std::move(pages));
+    });
+}
 
 }  // namespace
 

@@ -14,11 +14,7 @@ constexpr std::uint32_t newClass = 0xFFFFFFFF;
 /// Counts the levels of objects within objects.
 class Level {
 public:
-    explicit Level(int& depth) : depth(depth) {
-        if (++depth > maxDepth) {
-            throw Failure("objects are nested too deep");
-        }
-    }
+    explicit Level(int& depth);
     ~Level() { --depth; }
     Level(const Level&) = delete;
     Level& operator=(const Level&) = delete;
@@ -26,6 +22,12 @@ public:
 private:
     int& depth;
 };
+
+Level::Level(int& depth) : depth(depth) {
+    if (++depth > maxDepth) {
+        throw Failure("objects are nested too deep");
+    }
+}
 
 std::optional<NumberType> arrayType(const std::string& className) {
     using enum NumberType;

@@ -70,111 +70,59 @@ Classes classesOf(const File& file) {
 /// A tree or an RNTuple. Its columns, those that cannot be read among them, have positions.
 class Table {
 public:
-    Table(const File& file, const Entry& entry) {
-        if (isNTuple(entry.key.className)) {
-            ntuple.emplace(file, entry);
-        } else {
-            tree = std::make_unique<Tree>(file, classesOf(file), entry);
-        }
-    }
+    Table(const File& file, const Entry& entry);
 
     std::uint64_t entries() const { return tree ? tree->entries() : ntuple->entries(); }
     std::size_t columns() const { return tree ? tree->columns().size() : ntuple->columns().size(); }
-    const ColumnInfo& info(std::size_t position) const {
-        return tree ? tree->columns()[position].info : ntuple->columns()[position].info;
-    }
-    const std::string& complaint(std::size_t position) const {
-        return tree ? tree->columns()[position].complaint : ntuple->columns()[position].complaint;
-    }
-    ColumnPtr read(std::size_t position, std::uint64_t first, std::size_t rows) const {
-        return tree ? tree->read(tree->columns()[position], first, rows)
-                    : ntuple->read(ntuple->columns()[position], first, rows);
-    }
+    const ColumnInfo& info(std::size_t position) const;
+    const std::string& complaint(std::size_t position) const;
+    ColumnPtr read(std::size_t position, std::uint64_t first, std::size_t rows) const;
 
 private:
     std::unique_ptr<Tree> tree;
     std::optional<NTuple> ntuple;
 };
 
+Table::Table(const File& file, const Entry& entry) {
+    if (isNTuple(entry.key.className)) {
+        ntuple.emplace(file, entry);
+    } else {
+        tree = std::make_unique<Tree>(file, classesOf(file), entry);
+    }
+}
+
+const ColumnInfo& Table::info(std::size_t position) const {
+    return tree ? tree->columns()[position].info : ntuple->columns()[position].info;
+}
+
+const std::string& Table::complaint(std::size_t position) const {
+    return tree ? tree->columns()[position].complaint : ntuple->columns()[position].complaint;
+}
+
+ColumnPtr Table::read(std::size_t position, std::uint64_t first, std::size_t rows) const {
+    return tree ? tree->read(tree->columns()[position], first, rows)
+                : ntuple->read(ntuple->columns()[position], first, rows);
+}
+
 class RootTableReader : public TableReader {
 public:
     RootTableReader(const std::filesystem::path& path, const std::string& object,
-                    const std::vector<std::string>& columns, RunContext& context)
-        : file(path), table(file, tableNamed(file, object)), context(context) {
-        if (!file.warning().empty()) {
-            context.warn(path.string() + ": " + file.warning());
-        }
-        if (columns.empty()) {
-            addAll();
-        }
-        for (const std::string& name : columns) {
-            addNamed(name);
-        }
-    }
+                    const std::vector<std::string>& columns, RunContext& context);
 
     const Schema& schema() const override { return offered; }
 
-    bool next(Chunk& chunk) override {
-        if (context.isStopping()) {
-            throw Stopped();
-        }
-        chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(rowsInChunk(offered), table.entries() - row));
-        row += chunk.rows;
-        return chunk.rows > 0;
-    }
+    bool next(Chunk& chunk) override;
 
-    void complete(Chunk& chunk) const override {
-        for (const std::size_t position : positions) {
-            if (context.isStopping()) {
-                throw Stopped();
-            }
-            chunk.columns.push_back(table.read(position, chunk.firstRow, chunk.rows));
-        }
-    }
+    void complete(Chunk& chunk) const override;
 
-    std::optional<double> fraction() const override {
-        return table.entries() == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(table.entries());
-    }
+    std::optional<double> fraction() const override;
 
 private:
-    void addAll() {
-        std::vector<std::string> left;
-        for (std::size_t i = 0; i < table.columns(); ++i) {
-            if (table.complaint(i).empty()) {
-                add(i);
-            } else {
-                left.push_back(table.info(i).name);
-            }
-        }
-        if (!left.empty()) {
-            context.warn(
-                fmt::format("{} of {} columns cannot be read: {}", left.size(), table.columns(), listOf(left)));
-        }
-    }
+    void addAll();
 
-    void addNamed(const std::string& name) {
-        std::vector<std::string> names;
-        for (std::size_t i = 0; i < table.columns(); ++i) {
-            if (table.info(i).name == name) {
-                if (!table.complaint(i).empty()) {
-                    throw Failure("columns",
-                                  fmt::format("the column \"{}\" cannot be read: {}", name, table.complaint(i)));
-                }
-                add(i);
-                return;
-            }
-            names.push_back(table.info(i).name);
-        }
-        throw Failure("columns", fmt::format("there is no column \"{}\"; there is {}", name, listOf(names)));
-    }
+    void addNamed(const std::string& name);
 
-    void add(std::size_t position) {
-        if (offered.find(table.info(position).name)) {
-            return;
-        }
-        offered.add(table.info(position));
-        positions.push_back(position);
-    }
+    void add(std::size_t position);
 
     File file;
     Table table;
@@ -183,6 +131,79 @@ private:
     std::vector<std::size_t> positions;  ///< Of the offered columns in the table.
     std::uint64_t row = 0;
 };
+
+RootTableReader::RootTableReader(const std::filesystem::path& path, const std::string& object,
+                                 const std::vector<std::string>& columns, RunContext& context)
+    : file(path), table(file, tableNamed(file, object)), context(context) {
+    if (!file.warning().empty()) {
+        context.warn(path.string() + ": " + file.warning());
+    }
+    if (columns.empty()) {
+        addAll();
+    }
+    for (const std::string& name : columns) {
+        addNamed(name);
+    }
+}
+
+bool RootTableReader::next(Chunk& chunk) {
+    if (context.isStopping()) {
+        throw Stopped();
+    }
+    chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(rowsInChunk(offered), table.entries() - row));
+    row += chunk.rows;
+    return chunk.rows > 0;
+}
+
+void RootTableReader::complete(Chunk& chunk) const {
+    for (const std::size_t position : positions) {
+        if (context.isStopping()) {
+            throw Stopped();
+        }
+        chunk.columns.push_back(table.read(position, chunk.firstRow, chunk.rows));
+    }
+}
+
+std::optional<double> RootTableReader::fraction() const {
+    return table.entries() == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(table.entries());
+}
+
+void RootTableReader::addAll() {
+    std::vector<std::string> left;
+    for (std::size_t i = 0; i < table.columns(); ++i) {
+        if (table.complaint(i).empty()) {
+            add(i);
+        } else {
+            left.push_back(table.info(i).name);
+        }
+    }
+    if (!left.empty()) {
+        context.warn(fmt::format("{} of {} columns cannot be read: {}", left.size(), table.columns(), listOf(left)));
+    }
+}
+
+void RootTableReader::addNamed(const std::string& name) {
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < table.columns(); ++i) {
+        if (table.info(i).name == name) {
+            if (!table.complaint(i).empty()) {
+                throw Failure("columns", fmt::format("the column \"{}\" cannot be read: {}", name, table.complaint(i)));
+            }
+            add(i);
+            return;
+        }
+        names.push_back(table.info(i).name);
+    }
+    throw Failure("columns", fmt::format("there is no column \"{}\"; there is {}", name, listOf(names)));
+}
+
+void RootTableReader::add(std::size_t position) {
+    if (offered.find(table.info(position).name)) {
+        return;
+    }
+    offered.add(table.info(position));
+    positions.push_back(position);
+}
 
 }  // namespace
 

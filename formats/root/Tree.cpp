@@ -16,43 +16,49 @@ class Sink {
 public:
     Sink(Column& column, const TreeColumn& tree) : column(column), isList(tree.info.isList) {}
 
-    void number(Buffer& buffer, const ValueType& type) {
-        switch (column.values.index()) {
-            case 0:
-                std::get<Column::Reals>(column.values).push_back(readReal(buffer, type.number, type.range));
-                break;
-            case 1:
-                std::get<Column::Integers>(column.values).push_back(readInteger(buffer, type.number));
-                break;
-            default:
-                std::get<Column::Booleans>(column.values)
-                    .push_back(static_cast<std::uint8_t>(readInteger(buffer, type.number)));
-        }
-    }
+    void number(Buffer& buffer, const ValueType& type);
     void text(Buffer& buffer) { std::get<Column::Texts>(column.values).push_back(buffer.text()); }
-    void endEntry() {
-        if (isList) {
-            column.offsets.push_back(column.valueCount());
-        }
-    }
+    void endEntry();
 
-    void value(Buffer& buffer, const ValueType& type) {
-        if (type.kind == ValueType::Kind::Number) {
-            number(buffer, type);
-        } else if (type.kind == ValueType::Kind::Text) {
-            text(buffer);
-        } else {
-            const std::size_t count = buffer.count(1);
-            for (std::size_t i = 0; i < count; ++i) {
-                value(buffer, type.arguments.front());
-            }
-        }
-    }
+    void value(Buffer& buffer, const ValueType& type);
 
 private:
     Column& column;
     bool isList;
 };
+
+void Sink::number(Buffer& buffer, const ValueType& type) {
+    switch (column.values.index()) {
+        case 0:
+            std::get<Column::Reals>(column.values).push_back(readReal(buffer, type.number, type.range));
+            break;
+        case 1:
+            std::get<Column::Integers>(column.values).push_back(readInteger(buffer, type.number));
+            break;
+        default:
+            std::get<Column::Booleans>(column.values)
+                .push_back(static_cast<std::uint8_t>(readInteger(buffer, type.number)));
+    }
+}
+
+void Sink::endEntry() {
+    if (isList) {
+        column.offsets.push_back(column.valueCount());
+    }
+}
+
+void Sink::value(Buffer& buffer, const ValueType& type) {
+    if (type.kind == ValueType::Kind::Number) {
+        number(buffer, type);
+    } else if (type.kind == ValueType::Kind::Text) {
+        text(buffer);
+    } else {
+        const std::size_t count = buffer.count(1);
+        for (std::size_t i = 0; i < count; ++i) {
+            value(buffer, type.arguments.front());
+        }
+    }
+}
 
 void readEntry(Buffer& entry, const TreeColumn& column, Sink& sink) {
     const Layout& layout = column.layout;

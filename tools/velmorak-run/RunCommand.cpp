@@ -138,22 +138,26 @@ ExitStatus runDocument(QzManager& manager, const Options& order, StopOnSignal& s
 /// A folder that goes with its holder.
 class TemporaryFolder {
 public:
-    TemporaryFolder() : path(fs::temp_directory_path() / "velmorak-again-XXXXXX") {
-        std::string name = path.string();
-        if (!mkdtemp(name.data())) {
-            throw UsageError("no folder can be made in " + fs::temp_directory_path().string());
-        }
-        path = name;
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
+    TemporaryFolder();
+    ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     fs::path path;
 };
+
+TemporaryFolder::TemporaryFolder() : path(fs::temp_directory_path() / "velmorak-again-XXXXXX") {
+    std::string name = path.string();
+    if (!mkdtemp(name.data())) {
+        throw UsageError("no folder can be made in " + fs::temp_directory_path().string());
+    }
+    path = name;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    fs::remove_all(path, ignored);
+}
 
 ExitStatus repeat(QzManager& manager, const Options& order, const RunRecordFile& record, StopOnSignal& signals,
                   std::ostream& output) {

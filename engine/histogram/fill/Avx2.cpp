@@ -30,21 +30,9 @@ struct CellIndices {
 /// Cells by their number along an axis of equal bins.
 class ByStep {
 public:
-    explicit ByStep(const Steps& axis)
-        : shifted(_mm256_set1_pd(axis.shifted)),
-          perUnit(_mm256_set1_pd(axis.perUnit)),
-          top(_mm256_set1_pd(axis.top)),
-          bound(_mm256_set1_pd(axis.bound)) {}
+    explicit ByStep(const Steps& axis);
 
-    CellIndices operator()(std::size_t /*at*/, __m256d x) const {
-        const __m256d whole = _mm256_set1_pd(wholeNumbers);
-        const __m256d steps = _mm256_mul_pd(_mm256_sub_pd(x, shifted), perUnit);
-        const __m256d inside = _mm256_min_pd(_mm256_max_pd(steps, _mm256_setzero_pd()), top);
-        const __m256d rounded = _mm256_add_pd(inside, whole);
-        const __m256d rest = _mm256_sub_pd(inside, _mm256_sub_pd(rounded, whole));
-        const __m256d isSure = _mm256_cmp_pd(magnitude(rest), bound, _CMP_LE_OQ);
-        return {_mm256_castpd_si256(rounded), _mm256_and_pd(isSure, isFinite(x))};
-    }
+    CellIndices operator()(std::size_t /*at*/, __m256d x) const;
 
 private:
     __m256d shifted;
@@ -53,19 +41,37 @@ private:
     __m256d bound;
 };
 
+ByStep::ByStep(const Steps& axis)
+    : shifted(_mm256_set1_pd(axis.shifted)),
+      perUnit(_mm256_set1_pd(axis.perUnit)),
+      top(_mm256_set1_pd(axis.top)),
+      bound(_mm256_set1_pd(axis.bound)) {}
+
+CellIndices ByStep::operator()(std::size_t /*at*/, __m256d x) const {
+    const __m256d whole = _mm256_set1_pd(wholeNumbers);
+    const __m256d steps = _mm256_mul_pd(_mm256_sub_pd(x, shifted), perUnit);
+    const __m256d inside = _mm256_min_pd(_mm256_max_pd(steps, _mm256_setzero_pd()), top);
+    const __m256d rounded = _mm256_add_pd(inside, whole);
+    const __m256d rest = _mm256_sub_pd(inside, _mm256_sub_pd(rounded, whole));
+    const __m256d isSure = _mm256_cmp_pd(magnitude(rest), bound, _CMP_LE_OQ);
+    return {_mm256_castpd_si256(rounded), _mm256_and_pd(isSure, isFinite(x))};
+}
+
 /// Cells that were found before.
 class Listed {
 public:
     explicit Listed(const std::uint32_t* known) : known(known) {}
 
-    CellIndices operator()(std::size_t at, __m256d x) const {
-        const __m128i cells = _mm_loadu_si128(reinterpret_cast<const __m128i*>(known + at));
-        return {_mm256_cvtepu32_epi64(cells), isFinite(x)};
-    }
+    CellIndices operator()(std::size_t at, __m256d x) const;
 
 private:
     const std::uint32_t* known;
 };
+
+CellIndices Listed::operator()(std::size_t at, __m256d x) const {
+    const __m128i cells = _mm_loadu_si128(reinterpret_cast<const __m128i*>(known + at));
+    return {_mm256_cvtepu32_epi64(cells), isFinite(x)};
+}
 
 __m256d weightsAt(const Entries& entries, std::size_t at) {
     return !entries.weights ? _mm256_set1_pd(1.0) : _mm256_loadu_pd(entries.weights + at);
@@ -81,15 +87,19 @@ void fetch(const double* values, std::size_t at) {
 
 /// The positions of four cells in bytes.
 struct Offsets {
-    explicit Offsets(__m256i cells) {
-        _mm256_store_si256(reinterpret_cast<__m256i*>(inLowBits), _mm256_slli_epi64(cells, shiftToBytes));
-    }
-    std::byte* in(std::byte* cells, std::size_t entry) const {
-        return cells + static_cast<std::uint32_t>(inLowBits[entry]);
-    }
+    explicit Offsets(__m256i cells);
+    std::byte* in(std::byte* cells, std::size_t entry) const;
 
     alignas(32) std::uint64_t inLowBits[group];
 };
+
+Offsets::Offsets(__m256i cells) {
+    _mm256_store_si256(reinterpret_cast<__m256i*>(inLowBits), _mm256_slli_epi64(cells, shiftToBytes));
+}
+
+std::byte* Offsets::in(std::byte* cells, std::size_t entry) const {
+    return cells + static_cast<std::uint32_t>(inLowBits[entry]);
+}
 
 void count(std::byte* cell) {
     ++*reinterpret_cast<std::int64_t*>(cell);
@@ -107,19 +117,21 @@ void addLastTwo(std::byte* cell, __m128d addends) {
 
 /// What four entries add to the first four sums of their cells, one vector for each entry.
 struct Addends {
-    Addends(__m256d first, __m256d second, __m256d third, __m256d fourth) {
-        const __m256d evenLow = _mm256_unpacklo_pd(first, second);
-        const __m256d oddLow = _mm256_unpackhi_pd(first, second);
-        const __m256d evenHigh = _mm256_unpacklo_pd(third, fourth);
-        const __m256d oddHigh = _mm256_unpackhi_pd(third, fourth);
-        of[0] = _mm256_insertf128_pd(evenLow, _mm256_castpd256_pd128(evenHigh), 1);
-        of[1] = _mm256_insertf128_pd(oddLow, _mm256_castpd256_pd128(oddHigh), 1);
-        of[2] = _mm256_permute2f128_pd(evenLow, evenHigh, 0x31);
-        of[3] = _mm256_permute2f128_pd(oddLow, oddHigh, 0x31);
-    }
+    Addends(__m256d first, __m256d second, __m256d third, __m256d fourth);
 
     __m256d of[group];
 };
+
+Addends::Addends(__m256d first, __m256d second, __m256d third, __m256d fourth) {
+    const __m256d evenLow = _mm256_unpacklo_pd(first, second);
+    const __m256d oddLow = _mm256_unpackhi_pd(first, second);
+    const __m256d evenHigh = _mm256_unpacklo_pd(third, fourth);
+    const __m256d oddHigh = _mm256_unpackhi_pd(third, fourth);
+    of[0] = _mm256_insertf128_pd(evenLow, _mm256_castpd256_pd128(evenHigh), 1);
+    of[1] = _mm256_insertf128_pd(oddLow, _mm256_castpd256_pd128(oddHigh), 1);
+    of[2] = _mm256_permute2f128_pd(evenLow, evenHigh, 0x31);
+    of[3] = _mm256_permute2f128_pd(oddLow, oddHigh, 0x31);
+}
 
 // The entries are taken by value, so that no store into a cell can change where they lie.
 

@@ -22,22 +22,9 @@ constexpr std::size_t packedSize = std::size_t{1} << 16;
 
 class PlainFile : public Decompressor {
 public:
-    explicit PlainFile(const std::filesystem::path& file) : input(file, std::ios::binary) {
-        if (!input) {
-            throw Failure(
-                fmt::format("{} cannot be opened: {}", file.string(), std::generic_category().message(errno)));
-        }
-    }
+    explicit PlainFile(const std::filesystem::path& file);
 
-    std::size_t read(char* target, std::size_t size) override {
-        input.read(target, static_cast<std::streamsize>(size));
-        const auto count = static_cast<std::size_t>(input.gcount());
-        taken += count;
-        if (input.bad()) {
-            damaged("the file cannot be read on");
-        }
-        return count;
-    }
+    std::size_t read(char* target, std::size_t size) override;
     std::uint64_t position() const override { return taken; }
 
 private:
@@ -45,75 +32,44 @@ private:
     std::uint64_t taken = 0;
 };
 
+PlainFile::PlainFile(const std::filesystem::path& file) : input(file, std::ios::binary) {
+    if (!input) {
+        throw Failure(fmt::format("{} cannot be opened: {}", file.string(), std::generic_category().message(errno)));
+    }
+}
+
+std::size_t PlainFile::read(char* target, std::size_t size) {
+    input.read(target, static_cast<std::streamsize>(size));
+    const auto count = static_cast<std::size_t>(input.gcount());
+    taken += count;
+    if (input.bad()) {
+        damaged("the file cannot be read on");
+    }
+    return count;
+}
+
 /// gzip of one member or several, zlib, and deflate without a head.
 class Deflated : public Decompressor {
 public:
-    Deflated(const std::filesystem::path& file, Packing how) : input(file), packing(how), packed(packedSize) {
-        const int bits = packing == Packing::Gzip ? 16 + MAX_WBITS : packing == Packing::Zlib ? MAX_WBITS : -MAX_WBITS;
-        if (inflateInit2(&state, bits) != Z_OK) {
-            throw std::bad_alloc();
-        }
-    }
+    Deflated(const std::filesystem::path& file, Packing how);
     ~Deflated() override { inflateEnd(&state); }
     Deflated(const Deflated&) = delete;
     Deflated& operator=(const Deflated&) = delete;
 
     std::uint64_t position() const override { return input.position() - (packedEnd - packedBegin); }
 
-    std::size_t read(char* target, std::size_t size) override {
-        state.next_out = reinterpret_cast<Bytef*>(target);
-        state.avail_out = static_cast<uInt>(std::min<std::size_t>(size, 1U << 30U));
-        const uInt room = state.avail_out;
-        while (state.avail_out == room && !isFinished) {
-            step();
-        }
-        return room - state.avail_out;
-    }
+    std::size_t read(char* target, std::size_t size) override;
 
 private:
-    std::string_view packingName() const {
-        return packing == Packing::Gzip ? "gzip" : packing == Packing::Zlib ? "zlib" : "deflate";
-    }
+    std::string_view packingName() const;
 
-    void step() {
-        const bool hasMore = packedBegin != packedEnd || refill();
-        state.next_in = reinterpret_cast<Bytef*>(packed.data() + packedBegin);
-        state.avail_in = static_cast<uInt>(packedEnd - packedBegin);
-        const int status = ::inflate(&state, Z_NO_FLUSH);
-        packedBegin = packedEnd - state.avail_in;
-        // Without more input the last bytes may still have to come out.
-        if (status == Z_BUF_ERROR && !hasMore) {
-            end(fmt::format("the {} data end too early", packingName()));
-        } else if (status == Z_STREAM_END) {
-            isFinished = !beginNextMember();
-        } else if (status != Z_OK && status != Z_BUF_ERROR) {
-            end(fmt::format("the {} data are damaged ({})", packingName(),
-                            state.msg ? state.msg : "no reason known"));
-        }
-    }
+    void step();
 
-    void end(const std::string& what) {
-        isFinished = true;
-        damaged(what);
-    }
+    void end(const std::string& what);
 
-    bool refill() {
-        packedBegin = 0;
-        packedEnd = input.read(packed.data(), packed.size());
-        return packedEnd > 0;
-    }
+    bool refill();
 
-    bool beginNextMember() {
-        if (packing != Packing::Gzip || (packedBegin == packedEnd && !refill())) {
-            return false;
-        }
-        // What follows the last member, zeros of a tape for example, is none of the file's content.
-        if (packed[packedBegin] != '\x1F') {
-            return false;
-        }
-        inflateReset(&state);
-        return true;
-    }
+    bool beginNextMember();
 
     PlainFile input;
     Packing packing;
@@ -123,6 +79,66 @@ private:
     z_stream state{};
     bool isFinished = false;
 };
+
+Deflated::Deflated(const std::filesystem::path& file, Packing how) : input(file), packing(how), packed(packedSize) {
+    const int bits = packing == Packing::Gzip ? 16 + MAX_WBITS : packing == Packing::Zlib ? MAX_WBITS : -MAX_WBITS;
+    if (inflateInit2(&state, bits) != Z_OK) {
+        throw std::bad_alloc();
+    }
+}
+
+std::size_t Deflated::read(char* target, std::size_t size) {
+    state.next_out = reinterpret_cast<Bytef*>(target);
+    state.avail_out = static_cast<uInt>(std::min<std::size_t>(size, 1U << 30U));
+    const uInt room = state.avail_out;
+    while (state.avail_out == room && !isFinished) {
+        step();
+    }
+    return room - state.avail_out;
+}
+
+std::string_view Deflated::packingName() const {
+    return packing == Packing::Gzip ? "gzip" : packing == Packing::Zlib ? "zlib" : "deflate";
+}
+
+void Deflated::step() {
+    const bool hasMore = packedBegin != packedEnd || refill();
+    state.next_in = reinterpret_cast<Bytef*>(packed.data() + packedBegin);
+    state.avail_in = static_cast<uInt>(packedEnd - packedBegin);
+    const int status = ::inflate(&state, Z_NO_FLUSH);
+    packedBegin = packedEnd - state.avail_in;
+    // Without more input the last bytes may still have to come out.
+    if (status == Z_BUF_ERROR && !hasMore) {
+        end(fmt::format("the {} data end too early", packingName()));
+    } else if (status == Z_STREAM_END) {
+        isFinished = !beginNextMember();
+    } else if (status != Z_OK && status != Z_BUF_ERROR) {
+        end(fmt::format("the {} data are damaged ({})", packingName(), state.msg ? state.msg : "no reason known"));
+    }
+}
+
+void Deflated::end(const std::string& what) {
+    isFinished = true;
+    damaged(what);
+}
+
+bool Deflated::refill() {
+    packedBegin = 0;
+    packedEnd = input.read(packed.data(), packed.size());
+    return packedEnd > 0;
+}
+
+bool Deflated::beginNextMember() {
+    if (packing != Packing::Gzip || (packedBegin == packedEnd && !refill())) {
+        return false;
+    }
+    // What follows the last member, zeros of a tape for example, is none of the file's content.
+    if (packed[packedBegin] != '\x1F') {
+        return false;
+    }
+    inflateReset(&state);
+    return true;
+}
 
 }  // namespace
 

@@ -16,91 +16,24 @@ constexpr std::size_t packedSize = std::size_t{1} << 16;
 /// zlib, from the beginning: what follows is zlib's, and so is the sentence about the damage.
 class FastGzip : public Decompressor {
 public:
-    explicit FastGzip(const std::filesystem::path& path)
-        : file(path), input(openPacked(path, Packing::Plain)), packed(packedSize) {
-        isal_inflate_init(&state);
-        state.crc_flag = ISAL_GZIP;
-    }
+    explicit FastGzip(const std::filesystem::path& path);
 
-    std::uint64_t position() const override {
-        return careful ? careful->position() : input->position() - state.avail_in;
-    }
+    std::uint64_t position() const override;
 
-    std::size_t read(char* target, std::size_t size) override {
-        if (careful) {
-            return readCarefully(target, size);
-        }
-        state.next_out = reinterpret_cast<std::uint8_t*>(target);
-        state.avail_out = static_cast<std::uint32_t>(std::min<std::size_t>(size, 1U << 30U));
-        const std::uint32_t room = state.avail_out;
-        while (state.avail_out == room && !isFinished && !isRefused) {
-            step();
-        }
-        const std::size_t count = room - state.avail_out;
-        given += count;
-        if (count > 0 || !isRefused) {
-            return count;
-        }
-        beginAgain();
-        return readCarefully(target, size);
-    }
+    std::size_t read(char* target, std::size_t size) override;
 
 private:
-    int inflateMore() {
-        const int status = isal_inflate(&state);
-        clearVectorState();
-        return status;
-    }
+    int inflateMore();
 
-    void step() {
-        if (state.avail_in == 0 && !refill()) {
-            // The last bytes may still be inside; with none the data end too early.
-            const std::uint32_t before = state.avail_out;
-            isRefused = inflateMore() != ISAL_DECOMP_OK ||
-                        (state.avail_out == before && state.block_state != ISAL_BLOCK_FINISH);
-        } else {
-            isRefused = inflateMore() != ISAL_DECOMP_OK;
-        }
-        if (!isRefused && state.block_state == ISAL_BLOCK_FINISH) {
-            isFinished = !beginNextMember();
-        }
-    }
+    void step();
 
-    bool refill() {
-        state.next_in = reinterpret_cast<std::uint8_t*>(packed.data());
-        state.avail_in = static_cast<std::uint32_t>(input->read(packed.data(), packed.size()));
-        return state.avail_in > 0;
-    }
+    bool refill();
 
-    bool beginNextMember() {
-        // What follows the last member, zeros of a tape for example, is none of the file's content.
-        if ((state.avail_in == 0 && !refill()) || *state.next_in != 0x1F) {
-            return false;
-        }
-        isal_inflate_reset(&state);
-        state.crc_flag = ISAL_GZIP;
-        return true;
-    }
+    bool beginNextMember();
 
-    void beginAgain() {
-        careful = openDeflated(file, Packing::Gzip);
-        std::vector<char> known(packedSize);
-        for (std::uint64_t left = given; left > 0;) {
-            const std::size_t count = careful->read(known.data(), std::min<std::uint64_t>(left, known.size()));
-            if (count == 0) {
-                return;
-            }
-            left -= count;
-        }
-    }
+    void beginAgain();
 
-    std::size_t readCarefully(char* target, std::size_t size) {
-        const std::size_t count = careful->read(target, size);
-        if (count == 0 && !careful->damage().empty()) {
-            isDamaged(careful->damage());
-        }
-        return count;
-    }
+    std::size_t readCarefully(char* target, std::size_t size);
 
     std::filesystem::path file;
     std::unique_ptr<Decompressor> input;
@@ -111,6 +44,91 @@ private:
     bool isRefused = false;
     std::unique_ptr<Decompressor> careful;
 };
+
+FastGzip::FastGzip(const std::filesystem::path& path)
+    : file(path), input(openPacked(path, Packing::Plain)), packed(packedSize) {
+    isal_inflate_init(&state);
+    state.crc_flag = ISAL_GZIP;
+}
+
+std::uint64_t FastGzip::position() const {
+    return careful ? careful->position() : input->position() - state.avail_in;
+}
+
+std::size_t FastGzip::read(char* target, std::size_t size) {
+    if (careful) {
+        return readCarefully(target, size);
+    }
+    state.next_out = reinterpret_cast<std::uint8_t*>(target);
+    state.avail_out = static_cast<std::uint32_t>(std::min<std::size_t>(size, 1U << 30U));
+    const std::uint32_t room = state.avail_out;
+    while (state.avail_out == room && !isFinished && !isRefused) {
+        step();
+    }
+    const std::size_t count = room - state.avail_out;
+    given += count;
+    if (count > 0 || !isRefused) {
+        return count;
+    }
+    beginAgain();
+    return readCarefully(target, size);
+}
+
+int FastGzip::inflateMore() {
+    const int status = isal_inflate(&state);
+    clearVectorState();
+    return status;
+}
+
+void FastGzip::step() {
+    if (state.avail_in == 0 && !refill()) {
+        // The last bytes may still be inside; with none the data end too early.
+        const std::uint32_t before = state.avail_out;
+        isRefused =
+            inflateMore() != ISAL_DECOMP_OK || (state.avail_out == before && state.block_state != ISAL_BLOCK_FINISH);
+    } else {
+        isRefused = inflateMore() != ISAL_DECOMP_OK;
+    }
+    if (!isRefused && state.block_state == ISAL_BLOCK_FINISH) {
+        isFinished = !beginNextMember();
+    }
+}
+
+bool FastGzip::refill() {
+    state.next_in = reinterpret_cast<std::uint8_t*>(packed.data());
+    state.avail_in = static_cast<std::uint32_t>(input->read(packed.data(), packed.size()));
+    return state.avail_in > 0;
+}
+
+bool FastGzip::beginNextMember() {
+    // What follows the last member, zeros of a tape for example, is none of the file's content.
+    if ((state.avail_in == 0 && !refill()) || *state.next_in != 0x1F) {
+        return false;
+    }
+    isal_inflate_reset(&state);
+    state.crc_flag = ISAL_GZIP;
+    return true;
+}
+
+void FastGzip::beginAgain() {
+    careful = openDeflated(file, Packing::Gzip);
+    std::vector<char> known(packedSize);
+    for (std::uint64_t left = given; left > 0;) {
+        const std::size_t count = careful->read(known.data(), std::min<std::uint64_t>(left, known.size()));
+        if (count == 0) {
+            return;
+        }
+        left -= count;
+    }
+}
+
+std::size_t FastGzip::readCarefully(char* target, std::size_t size) {
+    const std::size_t count = careful->read(target, size);
+    if (count == 0 && !careful->damage().empty()) {
+        isDamaged(careful->damage());
+    }
+    return count;
+}
 
 }  // namespace
 

@@ -69,89 +69,99 @@ public:
     explicit ColumnDeclarationParser(std::string_view booking) : text(booking) {}
 
     /// The list after an opening brace, to its closing one.
-    std::vector<AidaColumn> list(int depth) {
-        std::vector<AidaColumn> columns;
-        std::string type = "double";
-        while (here < text.size() && text[here] != '}') {
-            AidaColumn column = item(type, depth);
-            if (!column.name.empty()) {
-                columns.push_back(std::move(column));
-            }
-            if (here < text.size() && text[here] != '}') {
-                ++here;
-            }
-        }
-        here = std::min(here + 1, text.size());
-        return columns;
-    }
+    std::vector<AidaColumn> list(int depth);
 
-    std::string_view upTo(std::string_view ends) {
-        const std::size_t begin = here;
-        here = std::min(text.find_first_of(ends, here), text.size());
-        return trimmed(text.substr(begin, here - begin));
-    }
+    std::string_view upTo(std::string_view ends);
     bool isAt(char c) const { return here < text.size() && text[here] == c; }
     void skip() { here = std::min(here + 1, text.size()); }
 
 private:
-    AidaColumn item(std::string& type, int depth) {
-        if (++count > maxColumns) {
-            throw Failure(fmt::format("a nested column has more than {} columns", maxColumns));
-        }
-        AidaColumn column;
-        const std::string_view words = upTo("=,;{}");
-        const auto blank = words.find_last_of(" \t\r\n)");
-        if (isAt('{')) {
-            setType(column, words);
-            column.isNested = true;
-            column.children = nested(depth);
-            column.name = upTo(",;}");
-            return column;
-        }
-        if (blank != std::string_view::npos) {
-            type = words.substr(0, blank + 1);
-        }
-        column.name = blank == std::string_view::npos ? words : trimmed(words.substr(blank + 1));
-        setType(column, type);
-        if (isAt('=')) {
-            defaultOf(column, depth);
-        }
-        return column;
-    }
+    AidaColumn item(std::string& type, int depth);
 
-    void defaultOf(AidaColumn& column, int depth) {
-        skip();
-        while (here < text.size() && (text[here] == ' ' || text[here] == '\t' || text[here] == '\n')) {
-            ++here;
-        }
-        if (isAt('{')) {
-            column.isNested = true;
-            column.children = nested(depth);
-            upTo(",;}");
-            return;
-        }
-        const char quote = here < text.size() ? text[here] : '\0';
-        const std::size_t begin = here;
-        if (quote == '"' || quote == '\'') {
-            here = std::min(text.find(quote, here + 1), text.size() - 1);
-        }
-        upTo(",;}");
-        column.defaultText = unquoted(text.substr(begin, here - begin));
-    }
+    void defaultOf(AidaColumn& column, int depth);
 
-    std::vector<AidaColumn> nested(int depth) {
-        skip();
-        if (depth < maxDeclarationDepth) {
-            return list(depth + 1);
-        }
-        here = text.size();
-        return {};
-    }
+    std::vector<AidaColumn> nested(int depth);
 
     std::string_view text;
     std::size_t here = 0;
     std::size_t count = 0;
 };
+
+std::vector<AidaColumn> ColumnDeclarationParser::list(int depth) {
+    std::vector<AidaColumn> columns;
+    std::string type = "double";
+    while (here < text.size() && text[here] != '}') {
+        AidaColumn column = item(type, depth);
+        if (!column.name.empty()) {
+            columns.push_back(std::move(column));
+        }
+        if (here < text.size() && text[here] != '}') {
+            ++here;
+        }
+    }
+    here = std::min(here + 1, text.size());
+    return columns;
+}
+
+std::string_view ColumnDeclarationParser::upTo(std::string_view ends) {
+    const std::size_t begin = here;
+    here = std::min(text.find_first_of(ends, here), text.size());
+    return trimmed(text.substr(begin, here - begin));
+}
+
+AidaColumn ColumnDeclarationParser::item(std::string& type, int depth) {
+    if (++count > maxColumns) {
+        throw Failure(fmt::format("a nested column has more than {} columns", maxColumns));
+    }
+    AidaColumn column;
+    const std::string_view words = upTo("=,;{}");
+    const auto blank = words.find_last_of(" \t\r\n)");
+    if (isAt('{')) {
+        setType(column, words);
+        column.isNested = true;
+        column.children = nested(depth);
+        column.name = upTo(",;}");
+        return column;
+    }
+    if (blank != std::string_view::npos) {
+        type = words.substr(0, blank + 1);
+    }
+    column.name = blank == std::string_view::npos ? words : trimmed(words.substr(blank + 1));
+    setType(column, type);
+    if (isAt('=')) {
+        defaultOf(column, depth);
+    }
+    return column;
+}
+
+void ColumnDeclarationParser::defaultOf(AidaColumn& column, int depth) {
+    skip();
+    while (here < text.size() && (text[here] == ' ' || text[here] == '\t' || text[here] == '\n')) {
+        ++here;
+    }
+    if (isAt('{')) {
+        column.isNested = true;
+        column.children = nested(depth);
+        upTo(",;}");
+        return;
+    }
+    const char quote = here < text.size() ? text[here] : '\0';
+    const std::size_t begin = here;
+    if (quote == '"' || quote == '\'') {
+        here = std::min(text.find(quote, here + 1), text.size() - 1);
+    }
+    upTo(",;}");
+    column.defaultText = unquoted(text.substr(begin, here - begin));
+}
+
+std::vector<AidaColumn> ColumnDeclarationParser::nested(int depth) {
+    skip();
+    if (depth < maxDeclarationDepth) {
+        return list(depth + 1);
+    }
+    here = text.size();
+    return {};
+}
 
 std::vector<AidaColumn> bookedIn(std::string_view braces) {
     ColumnDeclarationParser booking(braces);

@@ -117,97 +117,25 @@ std::string chosenPath(const std::filesystem::path& file, const std::string& obj
 class AidaTable : public TableReader {
 public:
     AidaTable(std::filesystem::path fileName, const std::string& path, RunContext& runContext,
-              io::RowReading rowReading)
-        : file(std::move(fileName)), context(runContext), reading(rowReading), members{path} {
-        beginNext(nullptr);
-        tableSchema = walk->builder()->schema();
-    }
+              io::RowReading rowReading);
 
     const Schema& schema() const override { return tableSchema; }
 
-    bool next(Chunk& chunk) override {
-        try {
-            while (!failure && !walk->rows()->isFull() && advance()) {
-            }
-        } catch (const Failure& damage) {
-            failure = std::make_unique<Failure>(damage);
-        }
-        // What is complete before the damage comes first.
-        if (failure && walk->rows()->rows() == 0) {
-            throw Failure(fmt::format("{} (after {} complete rows)", failure->what(), rowsTaken));
-        }
-        chunk.number = chunkNumber++;
-        chunk.firstRow = rowsTaken;
-        chunk.rows = walk->rows()->rows();
-        chunk.columns = walk->rows()->take();
-        rowsTaken += chunk.rows;
-        return chunk.rows > 0;
-    }
+    bool next(Chunk& chunk) override;
 
-    std::optional<double> fraction() const override {
-        const auto before = static_cast<double>(begun - 1);
-        return (before + reader->fraction()) / (before + 1.0 + static_cast<double>(members.size()));
-    }
+    std::optional<double> fraction() const override;
 
 private:
     /// @return false when there are no more rows.
-    bool advance() {
-        if (!walk->isDone()) {
-            return reader->advance();
-        }
-        checkRest();
-        if (members.empty()) {
-            return false;
-        }
-        beginNext(walk->release());
-        return true;
-    }
+    bool advance();
 
     /// Damage behind the rows leaves them as they are, unless they are what the check sum is wrong for.
-    void checkRest() {
-        if (std::exchange(isRestChecked, true)) {
-            return;
-        }
-        if (const std::string damage = reader->damageBehind(); !damage.empty()) {
-            context.warn(damage + "; the rows may be wrong");
-        }
-    }
+    void checkRest();
 
     /// Goes to the rows of the next tuple. A chain gives way to the tuples that it names.
-    void beginNext(std::unique_ptr<io::TupleBuilder> rows) {
-        do {
-            const std::string path = members.front();
-            members.pop_front();
-            ++begun;
-            reader.reset();
-            walk = std::make_unique<AidaTupleHandler>(file, path, context);
-            walk->appendTo(std::move(rows));
-            reader = std::make_unique<XmlReader>(file, *walk, context, reading);
-            walk->attach(*reader);
-            while (!walk->builder() && !walk->isDone() && reader->advance()) {
-            }
-            if (!walk->builder() && walk->chain().empty()) {
-                refuseMissing(path);
-            }
-            members.insert(members.begin(), walk->chain().begin(), walk->chain().end());
-            if (begun + members.size() > maxMembers) {
-                throw Failure(fmt::format("{}: {} is a chain of more than {} tuples, or of itself", file.string(), path,
-                                          maxMembers));
-            }
-            if (!walk->builder()) {
-                rows = walk->release();
-            }
-        } while (!walk->builder());
-    }
+    void beginNext(std::unique_ptr<io::TupleBuilder> rows);
 
-    [[noreturn]] void refuseMissing(const std::string& path) const {
-        for (const AidaEntry& entry : walk->entries()) {
-            if (entry.path == path) {
-                throw Failure(fmt::format("{}: {} is a {}, which is no table", file.string(), path, entry.element));
-            }
-        }
-        refuse(file, fmt::format("holds no object {}", path), walk->entries());
-    }
+    [[noreturn]] void refuseMissing(const std::string& path) const;
 
     static constexpr std::size_t maxMembers = 1000;
 
@@ -224,6 +152,93 @@ private:
     std::uint64_t chunkNumber = 0;
     std::uint64_t rowsTaken = 0;
 };
+
+AidaTable::AidaTable(std::filesystem::path fileName, const std::string& path, RunContext& runContext,
+                     io::RowReading rowReading)
+    : file(std::move(fileName)), context(runContext), reading(rowReading), members{path} {
+    beginNext(nullptr);
+    tableSchema = walk->builder()->schema();
+}
+
+bool AidaTable::next(Chunk& chunk) {
+    try {
+        while (!failure && !walk->rows()->isFull() && advance()) {
+        }
+    } catch (const Failure& damage) {
+        failure = std::make_unique<Failure>(damage);
+    }
+    // What is complete before the damage comes first.
+    if (failure && walk->rows()->rows() == 0) {
+        throw Failure(fmt::format("{} (after {} complete rows)", failure->what(), rowsTaken));
+    }
+    chunk.number = chunkNumber++;
+    chunk.firstRow = rowsTaken;
+    chunk.rows = walk->rows()->rows();
+    chunk.columns = walk->rows()->take();
+    rowsTaken += chunk.rows;
+    return chunk.rows > 0;
+}
+
+std::optional<double> AidaTable::fraction() const {
+    const auto before = static_cast<double>(begun - 1);
+    return (before + reader->fraction()) / (before + 1.0 + static_cast<double>(members.size()));
+}
+
+bool AidaTable::advance() {
+    if (!walk->isDone()) {
+        return reader->advance();
+    }
+    checkRest();
+    if (members.empty()) {
+        return false;
+    }
+    beginNext(walk->release());
+    return true;
+}
+
+void AidaTable::checkRest() {
+    if (std::exchange(isRestChecked, true)) {
+        return;
+    }
+    if (const std::string damage = reader->damageBehind(); !damage.empty()) {
+        context.warn(damage + "; the rows may be wrong");
+    }
+}
+
+void AidaTable::beginNext(std::unique_ptr<io::TupleBuilder> rows) {
+    do {
+        const std::string path = members.front();
+        members.pop_front();
+        ++begun;
+        reader.reset();
+        walk = std::make_unique<AidaTupleHandler>(file, path, context);
+        walk->appendTo(std::move(rows));
+        reader = std::make_unique<XmlReader>(file, *walk, context, reading);
+        walk->attach(*reader);
+        while (!walk->builder() && !walk->isDone() && reader->advance()) {
+        }
+        if (!walk->builder() && walk->chain().empty()) {
+            refuseMissing(path);
+        }
+        members.insert(members.begin(), walk->chain().begin(), walk->chain().end());
+        if (begun + members.size() > maxMembers) {
+            throw Failure(
+                fmt::format("{}: {} is a chain of more than {} tuples, or of itself", file.string(), path, maxMembers));
+        }
+        if (!walk->builder()) {
+            rows = walk->release();
+        }
+    } while (!walk->builder());
+}
+
+void AidaTable::refuseMissing(const std::string& path) const {
+    for (const AidaEntry& entry : walk->entries()) {
+        if (entry.path == path) {
+            throw Failure(fmt::format("{}: {} is a {}, which is no table", file.string(), path, entry.element));
+        }
+    }
+    refuse(file, fmt::format("holds no object {}", path), walk->entries());
+}
 
 }  // namespace
 

@@ -26,8 +26,7 @@ void RowBlocks::Block::scanFrom(std::size_t begin) {
 struct RowBlocks::Shared {
     using Lock = std::unique_lock<std::mutex>;
 
-    Shared(TextInput& bytes, std::vector<PlainColumn> columns, std::size_t most)
-        : stream(bytes), layout(std::move(columns)), maxBlocks(most) {}
+    Shared(TextInput& bytes, std::vector<PlainColumn> columns, std::size_t most);
 
     bool mayRead() const { return !isReading && !isAtEnd && blocks.size() < maxBlocks; }
     Block* firstUnscanned() const;
@@ -55,6 +54,9 @@ struct RowBlocks::Shared {
     bool isAtEnd = false;
     bool isClosed = false;
 };
+
+RowBlocks::Shared::Shared(TextInput& bytes, std::vector<PlainColumn> columns, std::size_t most)
+    : stream(bytes), layout(std::move(columns)), maxBlocks(most) {}
 
 RowBlocks::Block* RowBlocks::Shared::firstUnscanned() const {
     const auto found = std::find_if(blocks.begin(), blocks.end(),

@@ -121,22 +121,9 @@ struct AidaFileWriter::Impl {
         void operator()(std::FILE* open) const { std::fclose(open); }
     };
 
-    [[noreturn]] void fail() const {
-        throw Failure(fmt::format("{} cannot be written: {}", path.string(), std::generic_category().message(errno)));
-    }
-    void write(std::string_view text) {
-        if (!file) {
-            throw std::logic_error("the AIDA file is closed");
-        }
-        if (std::fwrite(text.data(), 1, text.size(), file.get()) != text.size()) {
-            fail();
-        }
-    }
-    void mustBeInTable(bool expected) const {
-        if (isInTable != expected) {
-            throw std::logic_error("a table is begun, written and ended before anything else");
-        }
-    }
+    [[noreturn]] void fail() const;
+    void write(std::string_view text);
+    void mustBeInTable(bool expected) const;
 
     std::filesystem::path path;
     std::unique_ptr<std::FILE, Close> file;
@@ -144,6 +131,25 @@ struct AidaFileWriter::Impl {
     bool isInTable = false;
     bool hasNestedRows = false;
 };
+
+void AidaFileWriter::Impl::fail() const {
+    throw Failure(fmt::format("{} cannot be written: {}", path.string(), std::generic_category().message(errno)));
+}
+
+void AidaFileWriter::Impl::write(std::string_view text) {
+    if (!file) {
+        throw std::logic_error("the AIDA file is closed");
+    }
+    if (std::fwrite(text.data(), 1, text.size(), file.get()) != text.size()) {
+        fail();
+    }
+}
+
+void AidaFileWriter::Impl::mustBeInTable(bool expected) const {
+    if (isInTable != expected) {
+        throw std::logic_error("a table is begun, written and ended before anything else");
+    }
+}
 
 AidaFileWriter::AidaFileWriter(const std::filesystem::path& file) : part(std::make_unique<Impl>()) {
     part->path = file;
