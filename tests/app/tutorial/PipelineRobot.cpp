@@ -145,7 +145,7 @@ bool PipelineRobot::placeFound() {
     return session.listIsClosed() && session.toFront() && hasCaughtUp() && isShown(name, allFills);
 }
 
-bool PipelineRobot::drag(const std::string& name, CanvasPlace to) {
+bool PipelineRobot::drag(const std::string& name, CanvasPlace to, const WhileHeld& whileHeld) {
     const CanvasPlace from = corners.at(name);
     const ScreenPoint handle = handleOf(name);
     point(handle);
@@ -155,6 +155,9 @@ bool PipelineRobot::drag(const std::string& name, CanvasPlace to) {
         return false;
     }
     point({handle.x + static_cast<int>(to.x - from.x), handle.y + static_cast<int>(to.y - from.y)});
+    if (whileHeld) {
+        whileHeld();
+    }
     corners[name] = to;
     storePlace(name);
     return release() && isShown(name, selectedFills);
@@ -218,14 +221,22 @@ bool PipelineRobot::release() {
     return hasCaughtUp();
 }
 
-bool PipelineRobot::wire(const Port& output, const Port& input) {
-    const bool isDrawn = pullFrom(output, placeOf(input)) && release();
+bool PipelineRobot::wire(const Port& output, const Port& input, const WhileHeld& whileHeld) {
+    bool isDrawn = pullFrom(output, placeOf(input));
+    if (whileHeld) {
+        whileHeld();
+    }
+    isDrawn = release() && isDrawn;
     plugin(input.plugin).Connect(input.name, &plugin(output.plugin), output.name);
     return isDrawn;
 }
 
-bool PipelineRobot::unwire(const Port& input, CanvasPlace emptyPlace) {
-    const bool isPulled = pullFrom(input, toScreen(emptyPlace)) && release();
+bool PipelineRobot::unwire(const Port& input, CanvasPlace emptyPlace, const WhileHeld& whileHeld) {
+    bool isPulled = pullFrom(input, toScreen(emptyPlace));
+    if (whileHeld) {
+        whileHeld();
+    }
+    isPulled = release() && isPulled;
     QzBase& receiver = plugin(input.plugin);
     const QzBase::Input& port = receiver.Inputs().at(static_cast<std::size_t>(receiver.InputIndex(input.name)));
     if (port.source) {
@@ -251,9 +262,23 @@ bool PipelineRobot::setStart(const std::string& name) {
 bool PipelineRobot::remove(const std::string& name) {
     const bool isSelected = select(name);
     session.pressKeys({"Delete"});
+    forget(name);
+    return isSelected && hasCaughtUp();
+}
+
+bool PipelineRobot::removeByMenu(const std::string& name) {
+    session.pressKeys({"Up", "Return"});
+    forget(name);
+    return session.toFront() && hasCaughtUp();
+}
+
+void PipelineRobot::forget(const std::string& name) {
     expected.DeletePlugin(expected.IndexOf(name));
     corners.erase(name);
-    return isSelected && hasCaughtUp();
+}
+
+bool PipelineRobot::pointAtHandle(const std::string& name) {
+    return point(handleOf(name));
 }
 
 bool PipelineRobot::openMenu(const std::string& name) {

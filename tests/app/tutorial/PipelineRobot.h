@@ -4,6 +4,7 @@
 
 #include <QzManager.h>
 
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -24,6 +25,9 @@ struct CanvasPlace {
 /// Inputs with their values, in the order in which they are typed.
 using Values = std::vector<std::pair<std::string, std::string>>;
 
+/// Called at the end of a drag, before the button is released.
+using WhileHeld = std::function<void()>;
+
 /// Builds a pipeline in the window of a session by real events. A copy of the pipeline in this process gets every
 /// change as well: it tells where things are on the canvas, and what the saved document must hold.
 class PipelineRobot {
@@ -37,7 +41,7 @@ public:
     bool placeFound();
     bool place(const std::string& kind) { return findKind(kind) && placeFound(); }
     /// Drags a box until its upper left corner is there. @return whether the screen shows it there.
-    bool drag(const std::string& name, CanvasPlace to);
+    bool drag(const std::string& name, CanvasPlace to, const WhileHeld& whileHeld = {});
     bool select(const std::string& name);
     /// Opens the variables of the selected plug-in and types the values.
     bool typeValues(const std::string& name, const Values& values);
@@ -48,15 +52,18 @@ public:
     /// Lets go of what is pulled.
     bool release();
     /// Draws a wire from an output to an input.
-    bool wire(const Port& output, const Port& input);
+    bool wire(const Port& output, const Port& input, const WhileHeld& whileHeld = {});
     /// Pulls the wire off an input and drops it on the empty canvas there.
-    bool unwire(const Port& input, CanvasPlace emptyPlace);
+    bool unwire(const Port& input, CanvasPlace emptyPlace, const WhileHeld& whileHeld = {});
     bool collapse(const std::string& name);  ///< Or expands.
     bool setStart(const std::string& name);
     bool remove(const std::string& name);
     /// Opens the context menu of a box by the right button.
     bool openMenu(const std::string& name);
+    /// Chooses "Delete", the last entry, from the context menu of that box.
+    bool removeByMenu(const std::string& name);
 
+    bool pointAtHandle(const std::string& name);
     /// Points at a port and waits for its tooltip.
     bool pointAt(const Port& port);
 
@@ -81,6 +88,7 @@ private:
     double widthOf(const std::string& name);
     /// As the window does where the button is released over a box.
     void storePlace(const std::string& name);
+    void forget(const std::string& name);
     void apply(const std::string& name, const Values& values);
 
     Session& session;
