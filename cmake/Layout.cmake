@@ -1,5 +1,5 @@
-# The build tree is laid out like the installed one, so that both find their parts by the same relative paths and both
-# may be moved.
+# The build tree has the layout of the installed one, so that both find their parts by the same relative paths and are
+# relocatable.
 set(VELMORAK_LIBDIR ${CMAKE_INSTALL_LIBDIR}/velmorak)
 set(VELMORAK_DATADIR ${CMAKE_INSTALL_DATADIR}/velmorak)
 set(VELMORAK_BIN ${CMAKE_BINARY_DIR}/${CMAKE_INSTALL_BINDIR})
@@ -10,7 +10,7 @@ file(RELATIVE_PATH VELMORAK_LIB_FROM_BIN /${CMAKE_INSTALL_BINDIR} /${VELMORAK_LI
 file(RELATIVE_PATH VELMORAK_SHARE_FROM_LIB /${VELMORAK_LIBDIR} /${VELMORAK_DATADIR})
 file(RELATIVE_PATH VELMORAK_DOC_FROM_BIN /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_DOCDIR})
 
-# RUNPATH, not RPATH: LD_LIBRARY_PATH comes first, so that another library can take the place of ours.
+# RUNPATH, not RPATH: LD_LIBRARY_PATH takes precedence, so that it can substitute another library.
 add_link_options(LINKER:--enable-new-dtags)
 set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 

@@ -1,5 +1,5 @@
-# gtkmm-3.0 with goocanvasmm-2.0 as one target. Debian's goocanvasmm names an include folder that does not exist, which
-# an imported target refuses; it is filtered out.
+# gtkmm-3.0 and goocanvasmm-2.0 as one target. Debian's goocanvasmm lists an include folder that does not exist, which
+# an imported target rejects; it is filtered out.
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(VELMORAK_TOOLKIT REQUIRED gtkmm-3.0>=3.24 goocanvasmm-2.0>=1.90 gthread-2.0)
 list(FILTER VELMORAK_TOOLKIT_INCLUDE_DIRS EXCLUDE REGEX "/lib/.*/goocanvasmm-2.0/include$")

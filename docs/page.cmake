@@ -1,4 +1,4 @@
-# Makes one HTML page of one Markdown page. Links between pages follow.
+# Converts one Markdown page to HTML, including the links between pages.
 execute_process(COMMAND ${CMARK} --unsafe -e table -e autolink ${PAGE} OUTPUT_VARIABLE body COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX REPLACE "href=\"([^\":]*)\\.md" "href=\"\\1.html" body "${body}")
 file(WRITE ${HTML} "<!DOCTYPE html>

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes the data of the examples again, bit for bit.
+"""Regenerates the data of the examples, bit for bit.
 
 usage: make_data.py FOLDER
 
@@ -21,7 +21,7 @@ class Random:
         self.state = seed
 
     def uniform(self):
-        """Above 0 and below 1."""
+        """Greater than 0 and less than 1."""
         self.state ^= self.state >> 12
         self.state ^= (self.state << 25) & 0xFFFFFFFFFFFFFFFF
         self.state ^= self.state >> 27
@@ -32,7 +32,7 @@ class Random:
         return low + (high - low) * self.uniform()
 
     def gauss(self, mean, sigma):
-        """Box and Muller."""
+        """Box-Muller transform."""
         radius = math.sqrt(-2.0 * math.log(self.uniform()))
         return mean + sigma * radius * math.cos(2.0 * math.pi * self.uniform())
 
@@ -44,7 +44,7 @@ class Random:
 
 
 def text(number):
-    """Four digits behind the point, without the zeros at the end."""
+    """Four decimals, without trailing zeros."""
     digits = "%.4f" % number
     digits = digits.rstrip("0").rstrip(".")
     return "0" if digits == "-0" else digits
@@ -60,7 +60,7 @@ def header():
 
 
 def write_compressed(path, content):
-    """Without time and name, so that equal content gives equal bytes."""
+    """gzip without time and name, so that equal content gives equal bytes."""
     packed = io.BytesIO()
     with gzip.GzipFile(filename="", mode="wb", compresslevel=9, fileobj=packed, mtime=0) as stream:
         stream.write(content.encode("utf-8"))
@@ -70,7 +70,7 @@ def write_compressed(path, content):
 
 def muons_of(random, mass):
     """Two muons, each as pt in GeV, eta and phi, from the decay of a particle of this mass that moves along the beam
-    and a little across it. Muons are taken as massless, which at these momenta changes nothing that is seen."""
+    with a small transverse momentum. The muon mass is negligible at these momenta and is neglected."""
     cosine = random.between(-1.0, 1.0)
     sine = math.sqrt(1.0 - cosine * cosine)
     phi = random.between(-math.pi, math.pi)
@@ -115,13 +115,13 @@ def pt_eta_phi(vector):
 
 
 def smeared(random, muon):
-    """What a detector measures: momenta to 1.5 %, angles to a milliradian."""
+    """Detector resolution: 1.5 % in momentum, one milliradian in the angles."""
     pt, eta, phi = muon
     return pt * random.gauss(1.0, 0.015), eta + random.gauss(0.0, 0.001), phi + random.gauss(0.0, 0.001)
 
 
 def signal_or_background(random):
-    """A mass in GeV and whether the two muons come from one decay: a Z boson with its natural width, or a falling
+    """A mass in GeV, and whether both muons come from one decay: a Z boson with its natural width, or a falling
     background."""
     if random.uniform() < 0.62:
         return min(max(random.breit_wigner(91.19, 2.495), 20.0), 300.0), True
@@ -157,7 +157,7 @@ def dimuon(path):
 
 
 def decays(path):
-    """Decay times of muons at rest, in microseconds, with a little noise that does not decay."""
+    """Decay times of muons at rest, in microseconds, with a small constant background."""
     random = Random(0x0DECA1ED)
     out = [header(), '<cloud1d name="times" title="Decay times of stopped muons [us]" path="/" maxEntries="-1">\n']
     out.append("<entries1d>\n")
@@ -170,7 +170,7 @@ def decays(path):
 
 
 def filled_bins(values, bins, low, high):
-    """Counts, and sums of the values and their squares, of equal bins."""
+    """Entries and sums of the values and their squares, in equal bins."""
     sums = [[0, 0.0, 0.0] for _ in range(bins)]
     for x, value in values:
         if low <= x < high:
@@ -221,7 +221,7 @@ LINE = """<function name="line" title="From energy to channel" path="/lab" isNor
 
 
 def stored(path):
-    """One object of each kind that is no table."""
+    """One object of each kind that is not a table."""
     random = Random(0x570BED)
     content = header() + spectrum(random) + gain(random) + calibration(random) + LINE + "</aida>\n"
     path.write_text(content, encoding="utf-8")
@@ -261,7 +261,7 @@ def tracks(path):
 
 
 def trigger(path):
-    """Transverse momenta in GeV, and whether the trigger took the event: it turns on at 20 GeV and reaches 94 %."""
+    """Transverse momenta in GeV, and whether the trigger accepted the event: it turns on at 20 GeV and reaches 94 %."""
     random = Random(0x7121663)
     out = ["pt,passed\n"]
     for _ in range(4000):
@@ -273,7 +273,7 @@ def trigger(path):
 
 
 def lines(path):
-    """Channels in which known gamma lines (in keV) were seen, with their errors."""
+    """Channels of known gamma lines (in keV), with their errors."""
     random = Random(0xCA11B)
     out = [header(), '<dataPointSet name="lines" title="Known gamma lines" path="/" dimension="2">\n']
     out.append('<annotation>\n<item key="xAxisLabel" value="channel"/>\n')
@@ -290,7 +290,7 @@ def lines(path):
 
 def scattering(path):
     """Directions of scattered particles, cosine and azimuth (in rad), and their energies in MeV. The density of
-    directions goes with (1 + cos^2) (1 + 0.5 cos 2phi sin^2)."""
+    directions is proportional to (1 + cos^2) (1 + 0.5 cos 2phi sin^2)."""
     random = Random(0x5CA77E2)
     out = [header(), '<tuple name="scattered" title="Scattered particles" path="/">\n<columns>\n']
     out.append('<column name="cosine" type="double"/>\n<column name="phi" type="double"/>\n')
@@ -309,7 +309,7 @@ def scattering(path):
 
 
 def stopped(path):
-    """Decay times of stopped muons in microseconds, above a flat background of accidental counts."""
+    """Decay times of stopped muons in microseconds, on a flat background of accidental coincidences."""
     random = Random(0x57099ED)
     out = ["time\n"]
     for _ in range(6000):

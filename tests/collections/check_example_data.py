@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes the data of the examples again and compares it bit for bit.
+"""Regenerates the data of the examples and compares it bit for bit.
 
 usage: check_example_data.py EXAMPLES
 """
@@ -17,4 +17,4 @@ with tempfile.TemporaryDirectory() as folder:
     assert made == kept, "made %s, kept %s" % (made, kept)
     for path in made:
         assert (pathlib.Path(folder) / path).read_bytes() == (examples / path).read_bytes(), "%s differs" % path
-        print("%s is made again bit for bit" % path)
+        print("%s is regenerated bit for bit" % path)

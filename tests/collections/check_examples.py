@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Runs every example with several numbers of threads: each run ends well, all give the same files bit for bit, and what
-is text in them equals the golden results.
+"""Runs every example with several numbers of threads: each run succeeds, all write bit-identical files, and the text
+files equal the golden results.
 
 usage: check_examples.py VELMORAK-RUN EXAMPLES GOLDEN [--write]
 
-With --write the golden results are made anew.
+With --write the golden results are regenerated.
 """
 
 import os
@@ -20,7 +20,7 @@ COMPARED = (".aida", ".csv", ".dat", ".gp", ".txt")
 
 
 def results_of(runner, document, threads):
-    """Every file that a run leaves, by name."""
+    """Every file that a run writes, by name."""
     with tempfile.TemporaryDirectory() as folder:
         copy = pathlib.Path(folder) / document.parent.name
         shutil.copytree(document.parent, copy, ignore=shutil.ignore_patterns("*.results"))
@@ -33,7 +33,7 @@ def results_of(runner, document, threads):
 
 
 def comparable(file):
-    """What stands in the file, without the version of the program that wrote it."""
+    """The content of the file, without the version of the program that wrote it."""
     return re.sub(rb'(<implementation package="Velmorak" version=)"[^"]*"', rb'\1""', file.read_bytes())
 
 
@@ -63,7 +63,7 @@ def check(runner, document, golden, is_writing):
     if is_writing:
         write(golden, files)
     compare(golden, files, document)
-    print("%s: %d files, equal for %s threads" % (document.name, len(files), ", ".join(THREADS)))
+    print("%s: %d files, identical for %s threads" % (document.name, len(files), ", ".join(THREADS)))
 
 
 def main():

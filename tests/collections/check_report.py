@@ -62,7 +62,7 @@ def main():
         assert part in text, "%r is not in the page:\n%s" % (part, text)
     assert len(root.findall(".//svg")) == 2, "pipeline and picture"
     assert b"http" not in page and b"src=" not in page and b"<script" not in page
-    print("one page of %d bytes, the same for 1 and 4 threads" % len(page))
+    print("one page of %d bytes, identical for 1 and 4 threads" % len(page))
 
 
 main()

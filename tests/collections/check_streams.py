@@ -93,7 +93,7 @@ def main():
         check(first["all.aida"])
         for threads in ("2", "3", "16"):
             assert run(runner, folder, threads) == first, "the results depend on the threads"
-        print("%d rows, %d files, equal for any threads" % (ROWS, len(first)))
+        print("%d rows, %d files, identical for any number of threads" % (ROWS, len(first)))
 
 
 if __name__ == "__main__":

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that a library exports the subjects that a list names, each of them, and nothing else.
+"""Checks that a library exports exactly the classes and functions that a list names.
 
 A subject is a class with its members, or a function. Usage: check_exports.py LIBRARY LIST
 """
@@ -24,9 +24,9 @@ def main():
     with open(expected, encoding="utf-8") as file:
         wanted = {line.strip() for line in file if line.strip()}
     for name in sorted(found - wanted):
-        print(f"{library} exports {name}, which {expected} does not name")
+        print(f"{library} exports {name}, which is missing in {expected}")
     for name in sorted(wanted - found):
-        print(f"{library} does not export {name}, which {expected} names")
+        print(f"{library} does not export {name}, which is listed in {expected}")
     print(f"{len(names.splitlines())} symbols of {len(found)} subjects")
     return 0 if found == wanted else 1
 

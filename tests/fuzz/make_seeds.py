@@ -1,4 +1,4 @@
-"""Makes the seeds of the fuzz targets from the examples and the files of the tests: make_seeds.py SOURCE OUT."""
+"""Makes the seeds of the fuzz targets from the examples and the test data: make_seeds.py SOURCE OUT."""
 
 import hashlib
 import json
@@ -8,7 +8,7 @@ import struct
 import sys
 
 source, out = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
-largest = 65536  # Longer files slow every run down and show nothing that shorter ones do not.
+largest = 65536  # Longer files slow down every run and find no more than shorter ones.
 counts = {}
 
 
@@ -37,7 +37,7 @@ def values(document):
 
 
 def listed(content, each=1):
-    """A list after its length."""
+    """A list, preceded by its length."""
     return struct.pack("<Q", len(content) // each) + content
 
 
@@ -50,13 +50,13 @@ def mark(number):
 
 
 def result(number, text):
-    """A stored result of nothing, a number and a text, without files."""
+    """A stored result of an empty value, a number and a text, without files."""
     outputs = [b"\0", b"\1" + reals(number), b"\2" + listed(text.encode())]
     return b"r" + mark(0x31534552_6B6C6556) + mark(len(outputs)) + b"".join(outputs) + mark(0) * 3
 
 
 def objects():
-    """Small objects as the store keeps them, each without its checksum."""
+    """Small objects as in the result cache, each without its checksum."""
     head = listed(b"name") + listed(b"title") + listed(b"") + mark(1) + listed(b"key") + listed(b"value") + b"\0"
     axis = listed(b"x [GeV]") + listed(reals(0, 1, 4), 8)
     yield b"oh" + mark(0x32443148_6B6C6556) + head + axis + listed(reals(*range(20)), 40) + mark(3)
@@ -102,7 +102,7 @@ seed("columns", "run: integer, comment: text; ok: boolean\nx: real")
 seed("stored", result(1.5, "text"))
 for kept in objects():
     seed("stored", kept)
-# The head of a binary AIDA file, <aida version="3.3"> with nothing in it.
+# Header of a binary AIDA file: an empty <aida version="3.3">.
 seed("wbxml", b"\x03\x01\x6a\x00" + bytes([0x85, 0x05, 0x03]) + b"3.3\x00\x01")
 
 for target in sorted(counts):

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""docs/environment.md lists the environment variables that the sources read, and no others.
+"""Checks that docs/environment.md lists exactly the environment variables that the sources read.
 
 usage: check_environment.py SOURCE
 """

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Links between the pages lead somewhere, and every page of docs/ can be reached from its index.
+"""Checks that the links between pages are not broken, and that every page of docs/ can be reached from its index.
 
 usage: check_links.py SOURCE
 """
@@ -22,7 +22,7 @@ def main(source):
     pages = {source / "README.md", source / "CONTRIBUTING.md", source / "examples" / "README.md", *docs.rglob("*.md")}
     broken = [(page, target) for page in sorted(pages) for target in links(page) if not target.exists()]
     for page, target in broken:
-        print(f"{page.relative_to(source)}: nothing is at {target}")
+        print(f"{page.relative_to(source)}: broken link to {target}")
 
     reached, waiting = set(), [docs / "index.md"]
     while waiting:

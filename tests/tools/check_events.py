@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What velmorak-run --events says and what run.json holds is as their schemas say, and true.
+"""Checks that the output of velmorak-run --events and run.json match their schemas, and are true.
 
 usage: check_events.py VELMORAK-RUN DOCS
 """
@@ -31,7 +31,7 @@ def check_order(events, plugins):
 
 
 def check_progress(events):
-    """Never backwards within a pass, never above all."""
+    """Progress never decreases within a pass and never exceeds the total."""
     last = {}
     for event in events:
         if event["event"] == "progress":
@@ -62,7 +62,7 @@ def check_long_run(place, schemas):
 
 
 def check_range(place, schemas):
-    """The fraction is of the rows that are wanted, not of those that there are."""
+    """The fraction refers to the rows that are needed, not to all rows."""
     done = place.run("--events", "-", place.document(
         plugin("Rows", "RandomTable", rows="1000000000", columns="x: gauss(0, 1)"),
         plugin("Some", "Range", table=["Rows", "table"], last="2999999"),

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""The manual page, the page of the docs and the completion know the options of --help, and no others; --help fits a
-screen.
+"""Checks that the manual page, docs/running.md and the completion have exactly the options of --help, and that --help
+fits on a screen.
 
 usage: check_pages.py VELMORAK-RUN SOURCE
 """
@@ -18,7 +18,7 @@ def options(text):
 
 
 def completed(script, *words):
-    """What the completion offers for the last of the words."""
+    """The completions of the last word."""
     line = "source %s; COMP_WORDS=(%s); COMP_CWORD=%d; _velmorak_run; printf '%%s\\n' \"${COMPREPLY[@]}\"" % (
         script, " ".join("'%s'" % word for word in words), len(words) - 1)
     done = subprocess.run(["bash", "-c", line], capture_output=True, text=True, check=True)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""A run that is killed goes on where it was, and a recorded run is repeated and compared.
+"""Checks that a killed run continues where it was, and that a recorded run is repeated and compared.
 
 usage: check_resume.py VELMORAK-RUN
 """
@@ -15,7 +15,7 @@ from pipelines import Place, plugin, table
 
 
 def kill_in_the_second_pass(place, document):
-    """The mean is complete then, and the histogram is not."""
+    """The mean is complete at that time, and the histogram is not."""
     run = subprocess.Popen([place.runner, "--events", "-", document], cwd=place.folder, env=place.environment,
                            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
     for line in run.stdout:

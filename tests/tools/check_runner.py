@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Whole runs as a batch system makes them: failures among others, scans, stops, progress on a terminal and in a pipe.
+"""Complete runs as in a batch system: partial failures, scans, stops, progress on a terminal and in a pipe.
 
 usage: check_runner.py VELMORAK-RUN
 """
@@ -21,7 +21,7 @@ def outcomes(record):
 
 
 def check_three_failures_of_ten(place):
-    """A histogram and a formula of no such column, and a file outside of the results folder."""
+    """A histogram and a formula of a missing column, and a file outside the results folder."""
     done = place.run(place.document(
         *table(1000),
         plugin("Lost", "Histogram1D", table=["Rows", "table"], expression="y", bins="5", low="0", high="1"),
@@ -92,7 +92,7 @@ def check_stop(place, which):
 
 
 def on_a_terminal(place, *arguments):
-    """What comes on standard error when that is a terminal, and how long it took."""
+    """The output on standard error if that is a terminal, and the time that the run took."""
     ours, theirs = pty.openpty()
     begin = time.monotonic()
     run = subprocess.Popen([place.runner, *arguments], cwd=place.folder, env=place.environment,

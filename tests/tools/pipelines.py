@@ -16,7 +16,7 @@ def plugin(name, kind, **inputs):
 
 
 class Place:
-    """A folder with a document and a cache of its own, gone at the end."""
+    """A temporary folder with a document and a cache."""
 
     def __init__(self, runner):
         self.runner = str(pathlib.Path(runner).resolve())
@@ -45,7 +45,7 @@ class Place:
 
 
 def table(rows):
-    """A table of random numbers with statistics, a histogram, and a file of it."""
+    """A table of random numbers with statistics, a histogram, and a file of the histogram."""
     return [
         plugin("Rows", "RandomTable", rows=str(rows), columns="x: gauss(0, 1)", seed="7"),
         plugin("Mean", "Statistics", data=["Rows", "table"], expression="x"),

@@ -1,5 +1,5 @@
-"""Judges JSON by a schema, as far as the schemas of docs/ need it. Keywords that are not known are refused, so that none
-is passed over."""
+"""Validates JSON against a schema, with the keywords that the schemas in docs/ use. Unknown keywords are an error, so
+that none is ignored."""
 
 import re
 
@@ -18,11 +18,11 @@ def simple_faults(value, schema, place):
     types = schema.get("type", [])
     types = [types] if isinstance(types, str) else types
     if types and not any(is_type(value, name) for name in types):
-        yield "%s is no %s" % (place, " or ".join(types))
+        yield "%s is not of type %s" % (place, " or ".join(types))
     if "const" in schema and value != schema["const"]:
         yield "%s is not %r" % (place, schema["const"])
     if "enum" in schema and value not in schema["enum"]:
-        yield "%s is none of %r" % (place, schema["enum"])
+        yield "%s is not one of %r" % (place, schema["enum"])
     if is_type(value, "number") and not schema.get("minimum", value) <= value <= schema.get("maximum", value):
         yield "%s is out of range" % place
     if isinstance(value, str) and not re.search(schema.get("pattern", ""), value):
@@ -30,7 +30,7 @@ def simple_faults(value, schema, place):
 
 
 def faults(value, schema, whole=None, place="it"):
-    """Every way in which the value is not what the schema says."""
+    """Yields every violation of the schema."""
     whole = whole or schema
     assert set(schema) <= KNOWN, "unknown keywords %s" % (set(schema) - KNOWN)
     if "$ref" in schema:
@@ -40,7 +40,7 @@ def faults(value, schema, whole=None, place="it"):
     if "oneOf" in schema:
         fitting = [one for one in schema["oneOf"] if not list(faults(value, one, whole, place))]
         if len(fitting) != 1:
-            yield "%s fits %d of the forms" % (place, len(fitting))
+            yield "%s matches %d of the alternatives" % (place, len(fitting))
     if isinstance(value, list):
         if not schema.get("minItems", 0) <= len(value) <= schema.get("maxItems", len(value)):
             yield "%s has %d items" % (place, len(value))

@@ -109,14 +109,26 @@ Screen Session::look() {
     return screen;
 }
 
+ScreenArea Session::canvas() {
+    waitFor([this] {
+        look();
+        return canvasArea.width > 0;
+    });
+    return canvasArea;
+}
+
 bool Session::seesPipeline() {
     return waitFor([this] { return look().find(startFills, canvasArea).width > 0; });
 }
 
 bool Session::run(const std::string& lastPlugin) {
+    constexpr int patienceMs = 20000;
     const std::ptrdiff_t before = countOfRuns(errors(), lastPlugin);
-    clickStart();
-    return waitFor([&] { return countOfRuns(errors(), lastPlugin) > before; });
+    // A click while the run before is about to end would stop that one.
+    return waitFor([&] {
+        clickStart();
+        return waitFor([&] { return countOfRuns(errors(), lastPlugin) > before; }, patienceMs);
+    });
 }
 
 void Session::clickStart() {
@@ -173,6 +185,10 @@ bool Session::pointAtStart() {
     const std::string y = std::to_string(box.y + static_cast<int>(handleHeight));
     desktop.act({"mousemove", std::to_string(box.x + box.width / 2), y, "mousemove",
                  std::to_string(box.x + box.width / 2 + 2), y});
+    return seesTooltip();
+}
+
+bool Session::seesTooltip() {
     return waitFor([this] { return !shownWindow("TOOLTIP").empty(); });
 }
 
@@ -243,6 +259,17 @@ bool Session::listIsClosed() {
     return waitFor([this] { return shownWindow("COMBO").empty(); });
 }
 
+bool Session::openKindSelector() {
+    desktop.activate(window);
+    const ScreenArea main = area();
+    desktop.click(main.x + main.width * 5 / 6, main.y + main.height - halfButton);
+    return !openList().empty();
+}
+
+bool Session::seesMenu() {
+    return waitFor([this] { return !shownWindow("POPUP_MENU").empty(); });
+}
+
 bool Session::maximise() {
     desktop.activate(window);
     constexpr int halfTitleBar = 10;
@@ -252,9 +279,19 @@ bool Session::maximise() {
     return waitFor([&] { return area().width > before.width; }) && desktop.activate(window);
 }
 
-bool Session::saveAs(const fs::path& file) {
+bool Session::resize(int width, int height) {
+    constexpr int besideCanvas = 60;
+    desktop.act({"windowsize", window, std::to_string(width), std::to_string(height)});
+    // The server knows the new size before the program has laid itself out by it.
+    return waitFor([&] {
+        look();
+        return canvasArea.width > width - besideCanvas && area().width == width;
+    });
+}
+
+bool Session::saveAs(const fs::path& file, const std::string& key) {
     desktop.activate(window);
-    desktop.pressKeys({"ctrl+shift+s"});
+    desktop.pressKeys({key});
     if (!activate("Save as")) {
         return false;
     }

@@ -52,9 +52,19 @@ public:
     /// Waits for the list of an entry or a selector. @return its window, empty when none came.
     std::string openList();
     bool listIsClosed();
+    bool openKindSelector();  ///< Clicks on the kind selector. @return whether its list came.
+    bool seesMenu();          ///< Waits for a context menu.
+    bool seesTooltip();
     void pressKeys(const std::vector<std::string>& keys) const { desktop.pressKeys(keys); }
+    void act(const std::vector<std::string>& words) const { desktop.act(words); }  ///< By xdotool.
+    bool toFront() { return desktop.activate(window); }  ///< The main window, with the keyboard.
+    Screen look();
+    /// The part of the screen that shows the canvas.
+    ScreenArea canvas();
     /// Makes the main window as large as the screen by a double click on its title bar. @return whether it is.
     bool maximise();
+    /// @return whether the canvas has followed.
+    bool resize(int width, int height);
     ScreenArea area() const { return desktop.areaOf(window); }  ///< Of the main window.
     /// Puts the window of that title there.
     void move(const std::string& title, int x, int y);
@@ -67,7 +77,8 @@ public:
     void click(int x, int y) const { desktop.click(x, y); }
     /// Presses Return in that window. @return whether the program ended with status 0.
     bool quitByReturn(const std::string& question);
-    bool saveAs(const std::filesystem::path& file);
+    /// @param key opens the dialog.
+    bool saveAs(const std::filesystem::path& file, const std::string& key = "ctrl+shift+s");
     /// Presses a key in the main window and waits until the file is there.
     bool makes(const std::string& key, const std::filesystem::path& file);
 
@@ -81,6 +92,8 @@ public:
     void picture(const std::string& title, const std::string& step);
     void picture(const std::string& step);        ///< Of the main window.
     void screenPicture(const std::string& step);  ///< Of the whole screen, with the lists that are open.
+    void screenshot(const std::filesystem::path& file) const { desktop.screenshot(file); }
+    std::filesystem::path pictureFile(const std::string& step) const;
 
     std::filesystem::path folder() const { return ownFolder.path(); }
     std::string errors() const { return editor->errors(); }
@@ -89,9 +102,7 @@ public:
 private:
     std::string find(const std::string& title) const;
     bool activate(const std::string& title);
-    Screen look();
     std::string shownWindow(const std::string& type) const;  ///< A window of the program of that type.
-    std::filesystem::path pictureFile(const std::string& step) const;
 
     std::string name;
     std::map<std::string, std::string> environment;

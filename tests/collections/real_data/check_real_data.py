@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Fills histograms of real files twice, by velmorak-run and here with nothing of it, and compares every bin.
+"""Fills histograms of real files twice, with velmorak-run and with independent code, and compares every bin.
 
 usage: check_real_data.py VELMORAK-RUN REPOSITORY
 
@@ -102,7 +102,7 @@ def compare(result, name, values, weights, edges):
         assert sum(cell[0] for cell in expected) == len(values)
         for i, found in enumerate(cells_in(histogram, len(expected))):
             compare_cell("%s, cell %d" % (name, i), expected[i], found)
-        print("%s: %d fills in %d cells are equal" % (name, len(values), len(expected)))
+        print("%s: %d fills in %d cells are identical" % (name, len(values), len(expected)))
         return
     raise SystemExit("no histogram " + name)
 
@@ -130,7 +130,7 @@ def main():
     runner, repository = str(pathlib.Path(sys.argv[1]).resolve()), pathlib.Path(sys.argv[2])
     data = repository.resolve().parent / "shared" / "data" / "aida" / "others"
     if not (data / "tuple.xml.gz").exists() or not (data / "clouds.xml.gz").exists():
-        print("No real data at %s: nothing was compared." % data)
+        print("No real data in %s: nothing was compared." % data)
         return
     check(runner, data, pathlib.Path(__file__).resolve().parent)
 
