@@ -2,6 +2,7 @@
 #include "visible.h"
 
 #include "canvasItems.h"
+#include "canvasText.h"
 #include "colours.h"
 
 #include <QzBase.h>
@@ -188,16 +189,13 @@ void plugin::removeItems() {
 
 void plugin::drawBox(const Frame& frame, std::uint32_t colour) {
     box = Goocanvas::Rect::create(frame.x, frame.y, frame.width, frame.height + headerHeight);
-    box->set_property("radius_x", 10);
-    box->set_property("radius_y", 10);
-    box->set_property("fill_color_rgba", colour);
-    box->set_property("title", Glib::ustring(object->GetName()));
-    box->set_property("can_focus", false);
-    box->set_property("tooltip", Glib::ustring(object->description));
+    // In one call, as documents bring thousands of them.
+    g_object_set(box->gobj(), "radius-x", 10.0, "radius-y", 10.0, "fill-color-rgba", colour, "title",
+                 object->GetName().c_str(), "can-focus", FALSE, "tooltip", object->description.c_str(), nullptr);
     canvas->get_root_item()->add_child(box);
     const double middle = frame.x + 0.5 * frame.width;
-    titleText = addTitle(object->GetName(), middle, frame.y + 2, "Sans 8");
-    kindText = addTitle(kindName, middle, frame.y + 12, "Sans 5");
+    titleText = addTitle(object->GetName(), {middle, frame.y + 2}, "Sans 8");
+    kindText = addTitle(kindName.raw(), {middle, frame.y + 12}, "Sans 5");
 }
 
 void plugin::drawInputs(const Frame& frame) {
@@ -205,7 +203,7 @@ void plugin::drawInputs(const Frame& frame) {
     for (const QzBase::Input* input : object->IsExpanded() ? object->FullInputs() : object->ReducedInputs()) {
         const TextItem text =
             makePort(input->name, input->description, {frame.x + portInset, y}, Goocanvas::ANCHOR_WEST);
-        text->set_property("title", Glib::ustring("input"));
+        g_object_set(text->gobj(), "title", "input", nullptr);
         inputIndex[input->name] = static_cast<unsigned short>(inputTexts.size());
         inputTexts.push_back(text);
         canvas->get_root_item()->add_child(text);
@@ -225,20 +223,18 @@ void plugin::drawOutputs(const Frame& frame) {
     }
 }
 
-plugin::TextItem plugin::addTitle(const Glib::ustring& text, double x, double y, const Glib::ustring& font) {
-    TextItem item = Goocanvas::Text::create(text, x, y, 0, Goocanvas::ANCHOR_NORTH);
-    item->set_property("font", font);
-    item->set_property("pointer_events", Goocanvas::EVENTS_NONE);  // clicks fall through to the box
+plugin::TextItem plugin::addTitle(const std::string& text, CanvasPoint place, const char* font) {
+    TextItem item = makeText(*canvas, text, place, Goocanvas::ANCHOR_NORTH, font);
+    // Clicks fall through to the box.
+    g_object_set(item->gobj(), "pointer-events", GOO_CANVAS_EVENTS_NONE, nullptr);
     canvas->get_root_item()->add_child(item);
     return item;
 }
 
-plugin::TextItem plugin::makePort(const Glib::ustring& name, const Glib::ustring& description, Position place,
+plugin::TextItem plugin::makePort(const std::string& name, const std::string& description, CanvasPoint place,
                                   Goocanvas::AnchorType anchor) {
-    TextItem item = Goocanvas::Text::create(name, place.x, place.y, 0, anchor);
-    item->set_property("font", Glib::ustring("Sans 8"));
-    item->set_property("can_focus", false);
-    item->set_property("tooltip", description);
+    TextItem item = makeText(*canvas, name, place, anchor, "Sans 8");
+    g_object_set(item->gobj(), "can-focus", FALSE, "tooltip", description.c_str(), nullptr);
     return item;
 }
 

@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 class QzBase;
@@ -85,10 +86,6 @@ private:
         double x, y, width, height;
     };
 
-    struct Position {
-        double x, y;
-    };
-
     Glib::ustring freeName(const Glib::ustring& wanted) const;
     Frame measure();
     CanvasPoint canvasExtent() const;  ///< Lower right corner of the canvas, which begins at (0, 0).
@@ -97,9 +94,9 @@ private:
     void drawBox(const Frame& frame, std::uint32_t colour);
     void drawInputs(const Frame& frame);
     void drawOutputs(const Frame& frame);
-    TextItem addTitle(const Glib::ustring& text, double x, double y, const Glib::ustring& font);
-    static TextItem makePort(const Glib::ustring& name, const Glib::ustring& description, Position place,
-                             Goocanvas::AnchorType anchor);
+    TextItem addTitle(const std::string& text, CanvasPoint place, const char* font);
+    TextItem makePort(const std::string& name, const std::string& description, CanvasPoint place,
+                      Goocanvas::AnchorType anchor);
 
     QzManager* manager;
     Goocanvas::Canvas* canvas;

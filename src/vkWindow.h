@@ -73,8 +73,7 @@ public:
 
     // Run (vkWindow_run.cpp)
     void setRun();  ///< A click on the start button.
-    void start_button_clicked();
-    void reset_button_clicked();
+    void start_button_clicked(), reset_button_clicked();
     void run();           ///< Body of the worker thread.
     void after_thread();  ///< End of a run, on the main thread.
 
@@ -82,8 +81,7 @@ public:
     void quit(), on_var();
     void on_plcoll(), examples_call();
     void on_zIn(), on_zOut(), on_z0();
-    void about_call();
-    void on_combo_changed();
+    void about_call(), on_combo_changed();
 
 protected:
     bool on_delete_event(GdkEventAny* event) override;  ///< Does nothing: the program ends through Quit only.
@@ -91,7 +89,9 @@ protected:
 
     void buildActions(), buildMenus(), buildCanvas(), connectSignals(), pack();
     void appendToNodeMenu(const Glib::ustring& label, void (vkWindow::*handler)());
-    void bindSignals(plugin& node);  ///< The four kinds of signals of a node's items.
+    plugin* makeNode(QzBase* object, Glib::ustring name);  ///< Draws it; it has no name in pluginMap yet.
+    void bindSignals(plugin& node);                        ///< The four kinds of signals of a node's items.
+    void drawObjects(), drawBindings();  ///< Everything the library holds after it has read a document.
 
     /// The node of that name, null where there is none (any more). Never inserts.
     plugin* nodeOf(const Glib::ustring& name) const;

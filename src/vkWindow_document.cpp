@@ -1,4 +1,3 @@
-#include "bindings.h"
 #include "plugin.h"
 #include "safeFile.h"
 #include "stateFolder.h"
@@ -11,7 +10,6 @@
 #include <algorithm>
 #include <iostream>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -26,31 +24,11 @@ void tellOfInterruptedSave(const std::string& file) {
     }
 }
 
-/// A connection that has been drawn, on its way into the maps.
-struct Drawn {
-    PortRef output, input;
-    Glib::RefPtr<Goocanvas::Path> path = {};
-    std::string rank = {};  ///< Sorts bytewise as the maps sort their keys.
+/// A node that is drawn but not in the map yet.
+struct Named {
+    plugin* node;
+    std::string rank;  ///< Sorts bytewise as the map sorts its keys.
 };
-
-using Nodes = std::unordered_map<const QzBase*, plugin*>;
-
-Nodes nodesByObject(const std::vector<plugin*>& shown) {
-    Nodes nodes;
-    for (plugin* node : shown) {
-        nodes[node->GetPlugin()] = node;
-    }
-    return nodes;
-}
-
-/// Places in that order are found at once, where a search compares names by the rules of the user's language.
-void sortAsMaps(std::vector<Drawn>& connections) {
-    for (Drawn& each : connections) {
-        each.rank = each.input[0].collate_key() + '\0' + each.input[1].collate_key();
-    }
-    std::stable_sort(connections.begin(), connections.end(),
-                     [](const Drawn& one, const Drawn& other) { return one.rank < other.rank; });
-}
 
 }  // namespace
 
@@ -58,31 +36,30 @@ void vkWindow::open(const Glib::ustring& file) {
     endGestures();
     manager->ReadDocument(file);
     tellOfInterruptedSave(file);
-    for (QzBase* object : manager->plugins) {
-        addPlugin(object, "");
-    }
-    // As connect() for each of them, without its searches.
-    Nodes nodes = nodesByObject(liveNodes());
-    std::vector<Drawn> connections;
-    for (QzBase* object : manager->plugins) {
-        plugin* receiver = nodes[object];
-        for (const QzBase::Input* input : object->FullInputs()) {
-            PortRef source = sourceOf(*input);
-            plugin* sender = nodes[input->source];
-            if (!source.empty() && sender && receiver) {
-                Drawn& drawn = connections.emplace_back(Drawn{std::move(source), {object->name, input->name}});
-                layWire({*sender, drawn.output[1]}, {*receiver, drawn.input[1]}, drawn.path);
-            }
-        }
-    }
-    sortAsMaps(connections);
-    for (const Drawn& each : connections) {
-        connectionMap.insert_or_assign(connectionMap.end(), each.input, each.output);
-        auto& path = pathMap.try_emplace(pathMap.end(), each.input)->second;
-        if (path) {
-            path->remove();
-        }
-        path = each.path;
-    }
+    drawObjects();
+    drawBindings();
     modified = false;
+}
+
+void vkWindow::drawObjects() {
+    if (!liveNodes().empty()) {
+        for (QzBase* object : manager->plugins) {
+            addPlugin(object, "");
+        }
+        return;
+    }
+    // Like addPlugin() for each of them, but on an empty canvas no node can show an object already.
+    std::vector<Named> made;
+    for (QzBase* object : manager->plugins) {
+        plugin* node = makeNode(object, "");
+        made.push_back({node, node->uniqueName.collate_key()});
+    }
+    // In map order every insertion goes to the end; a search would compare names by the rules of the user's language.
+    std::ranges::stable_sort(made, {}, &Named::rank);
+    for (const auto& [node, rank] : made) {
+        const auto entry = pluginMap.try_emplace(pluginMap.end(), node->uniqueName, node);
+        if (entry->second != node) {
+            giveName(node->uniqueName, *node);
+        }
+    }
 }

@@ -51,11 +51,16 @@ void renameConnections(PortMap<PortRef>& connectionMap, const Glib::ustring& old
 
 }  // namespace
 
-void vkWindow::addPlugin(QzBase* object, Glib::ustring name) {
+plugin* vkWindow::makeNode(QzBase* object, Glib::ustring name) {
     // Deliberate: a kind that nobody knows is taken for the first one.
     const unsigned short kind = object ? noKind : kindMap[name];
     auto* node = new plugin(manager, canvas, object, std::move(name), kind);
     bindSignals(*node);
+    return node;
+}
+
+void vkWindow::addPlugin(QzBase* object, Glib::ustring name) {
+    plugin* node = makeNode(object, std::move(name));
     if (object) {
         replaceTwin(*node);
     }

@@ -5,6 +5,7 @@
 #include "wirePath.h"
 
 #include <QzBase.h>
+#include <QzManager.h>
 
 #include <algorithm>
 #include <set>
@@ -26,6 +27,29 @@ WireEnds endsOf(NodePort from, NodePort to) {
     return {from.node.outputAnchor(from.port), to.node.inputAnchor(to.port)};
 }
 
+/// Not on the canvas yet.
+Glib::RefPtr<Goocanvas::Path> makeBoundWire(NodePort from, NodePort to) {
+    bind(from, to);
+    return makeWire(endsOf(from, to));
+}
+
+/// A connection whose wire exists but is not in the maps yet.
+struct Drawn {
+    PortRef output, input;
+    Glib::RefPtr<Goocanvas::Path> path = {};
+    std::string rank = {};  ///< Sorts bytewise as the maps sort their keys.
+};
+
+using Nodes = std::unordered_map<const QzBase*, plugin*>;
+
+Nodes nodesByObject(const std::vector<plugin*>& shown) {
+    Nodes nodes;
+    for (plugin* node : shown) {
+        nodes[node->GetPlugin()] = node;
+    }
+    return nodes;
+}
+
 }  // namespace
 
 void vkWindow::connect(const PortRef& from, const PortRef& to) {
@@ -42,11 +66,41 @@ void vkWindow::layWire(NodePort from, NodePort to, Glib::RefPtr<Goocanvas::Path>
     if (path) {
         path->remove();
     }
-    path = makeWire(endsOf(from, to));
+    path = makeBoundWire(from, to);
     // At the bottom from the beginning: lowering it afterwards has the canvas look at all its items each time.
     canvas.get_root_item()->add_child(path, 0);
-    bind(from, to);
     modified = true;
+}
+
+void vkWindow::drawBindings() {
+    // Like connect() for each of them, without its searches.
+    Nodes nodes = nodesByObject(liveNodes());
+    std::vector<Drawn> connections;
+    std::vector<Glib::RefPtr<Goocanvas::Path>> wires;
+    for (QzBase* object : manager->plugins) {
+        plugin* receiver = nodes[object];
+        for (const QzBase::Input* input : object->FullInputs()) {
+            PortRef source = sourceOf(*input);
+            plugin* sender = nodes[input->source];
+            if (!source.empty() && sender && receiver) {
+                Drawn& drawn = connections.emplace_back(Drawn{std::move(source), {object->name, input->name}});
+                drawn.path = makeBoundWire({*sender, drawn.output[1]}, {*receiver, drawn.input[1]});
+                drawn.rank = drawn.input[0].collate_key() + '\0' + drawn.input[1].collate_key();
+                wires.push_back(drawn.path);
+            }
+        }
+    }
+    addBelow(canvas.get_root_item(), wires);
+    // In map order every insertion goes to the end; a search would compare names by the rules of the user's language.
+    std::ranges::stable_sort(connections, {}, &Drawn::rank);
+    for (const Drawn& each : connections) {
+        connectionMap.insert_or_assign(connectionMap.end(), each.input, each.output);
+        auto& path = pathMap.try_emplace(pathMap.end(), each.input)->second;
+        if (path) {
+            path->remove();
+        }
+        path = each.path;
+    }
 }
 
 void vkWindow::redrawConnections() {

@@ -50,6 +50,14 @@ bool leads(const Glib::RefPtr<Goocanvas::Path>& wire, const WireEnds& ends) {
     return start.x == ends.fromX + inset && start.y == ends.fromY && end.x == ends.toX - inset && end.y == ends.toY;
 }
 
+void addBelow(const Glib::RefPtr<Goocanvas::Item>& root, const std::vector<Glib::RefPtr<Goocanvas::Path>>& wires) {
+    std::for_each(wires.rbegin(), wires.rend(), [&root](const auto& wire) { root->add_child(wire); });
+    // They are on top now, in the right order. The group keeps its items from the bottom up.
+    const GPtrArray* items = GOO_CANVAS_GROUP(root->gobj())->items;
+    gpointer* end = items->pdata + items->len;
+    std::rotate(items->pdata, end - wires.size(), end);
+}
+
 WireStack::WireStack(Glib::RefPtr<Goocanvas::Item> root, std::size_t count)
     : root(std::move(root)), next(static_cast<int>(count)) {
     wires.reserve(count);

@@ -21,6 +21,10 @@ Glib::RefPtr<Goocanvas::Path> makeWire(const WireEnds& ends);
 /// Whether makeWire() would make the same curve.
 bool leads(const Glib::RefPtr<Goocanvas::Path>& wire, const WireEnds& ends);
 
+/// Adds new wires to the canvas, each below the previous one and all below the existing items. Inserting them at the
+/// bottom one by one would move all other items each time.
+void addBelow(const Glib::RefPtr<Goocanvas::Item>& root, const std::vector<Glib::RefPtr<Goocanvas::Path>>& wires);
+
 /// All wires of a canvas lie below its other items, in the order in which they would if each had been put to the bottom
 /// in turn: the last one is the lowest.
 /// Lifetime: refers to the wires' places, for one use.

@@ -37,6 +37,16 @@ TEST_F(Document, showsOnePathForEachBoundInputAndNoneForOthers) {
     EXPECT_EQ(pathsOnCanvas(), 3);
 }
 
+TEST_F(Document, hasItsWiresBelowAllBoxesTheLastOneLowest) {
+    window->open("other.zedra");
+    window->open("chain.zedra");
+    const auto root = window->canvas.get_root_item();
+    EXPECT_EQ(root->get_child(0), window->pathMap.at({"Parts", "x"}));
+    EXPECT_EQ(root->get_child(1), window->pathMap.at({"Sum", "b"}));
+    EXPECT_EQ(root->get_child(2), window->pathMap.at({"Sum", "a"}));
+    EXPECT_EQ(root->get_child(3), node("Alone").box);
+}
+
 TEST_F(Document, isNotBoundAgainByDrawingIt) {
     window->open("chain.zedra");
     EXPECT_THAT(recording::callsOf("Connect"), ElementsAre());
