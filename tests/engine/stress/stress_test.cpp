@@ -127,8 +127,8 @@ protected:
             done[plan.nodes[i].kindName] += expected.nodes[i].status == NodeStatus::Done ? 1 : 0;
         }
         for (std::size_t i = 0; i < plan.nodes.size(); ++i) {
-            const bool isStream = dynamic_cast<const Function * !>(plan.nodes[i].kind) &&
-                                  dynamic_cast<const Accumulator*>(plan.nodes[i].kind) == nullptr;
+            const bool isStream = !dynamic_cast<const Function*>(plan.nodes[i].kind) &&
+                                  !dynamic_cast<const Accumulator*>(plan.nodes[i].kind);
             if (!isStream && report.nodes[i].status != NodeStatus::NotRequested) {
                 EXPECT_EQ(found[plan.nodes[i].name], wanted[plan.nodes[i].name]) << textOf(plan) << messages.str();
             }
