@@ -1,7 +1,8 @@
 # All our targets link this one, so that they have the same warnings and sanitizers.
 add_library(velmorak_warnings INTERFACE)
 target_compile_options(velmorak_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion
-                                                   $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>)
+                                                   $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>
+                                                   $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
 # False positive of GCC 12 with optimisation: overlapping copies in the concatenation of a literal and a string.
 target_compile_options(velmorak_warnings INTERFACE $<$<CONFIG:Release>:-Wno-restrict>)
 if(VELMORAK_WERROR)
