@@ -1,36 +1,31 @@
 #include "store/Sha256.h"
 
-#include <algorithm>
-#include <cstring>
+#include <openssl/evp.h>
+
+#include <new>
 
 namespace velmorak {
-void Sha256::absorb(const std::uint8_t* blocks, std::size_t count) {
-    if (hasDigestInstructions) {
-        absorbBlocksByInstructions(state, blocks, count);
-    } else {
-        absorbBlocks(state, blocks, count);
+namespace {
+
+/// The operations fail only without memory.
+void check(int isDone) {
+    if (isDone != 1) {
+        throw std::bad_alloc();
     }
 }
 
+}  // namespace
+
+void Sha256::Free::operator()(evp_md_ctx_st* context) const {
+    EVP_MD_CTX_free(context);
+}
+
+Sha256::Sha256() : context(EVP_MD_CTX_new()) {
+    check(context ? EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) : 0);
+}
+
 void Sha256::add(const void* bytes, std::size_t count) {
-    const auto* from = static_cast<const std::uint8_t*>(bytes);
-    std::size_t filled = total % pending.size();
-    total += count;
-    if (filled > 0) {
-        const std::size_t taken = std::min(count, pending.size() - filled);
-        std::memcpy(pending.data() + filled, from, taken);
-        if (filled + taken < pending.size()) {
-            return;
-        }
-        absorb(pending.data(), 1);
-        from += taken;
-        count -= taken;
-    }
-    const std::size_t blocks = count / pending.size();
-    absorb(from, blocks);
-    if (count % pending.size() > 0) {
-        std::memcpy(pending.data(), from + blocks * pending.size(), count % pending.size());
-    }
+    check(EVP_DigestUpdate(context.get(), bytes, count));
 }
 
 void Sha256::addText(std::string_view text) {
@@ -39,7 +34,7 @@ void Sha256::addText(std::string_view text) {
 }
 
 void Sha256::addNumber(std::uint64_t number) {
-    std::array<std::uint8_t, 8> bytes;
+    std::array<std::uint8_t, 8> bytes{};
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         bytes[i] = static_cast<std::uint8_t>(number >> (56 - 8 * i));
     }
@@ -47,15 +42,8 @@ void Sha256::addNumber(std::uint64_t number) {
 }
 
 Digest Sha256::finish() {
-    const std::uint64_t bits = total * 8;
-    constexpr std::array<std::uint8_t, 64> padding{0x80};
-    const std::size_t filled = total % pending.size();
-    add(padding.data(), filled < 56 ? 56 - filled : 120 - filled);
-    addNumber(bits);
     Digest digest;
-    for (std::size_t i = 0; i < digest.size(); ++i) {
-        digest[i] = static_cast<std::uint8_t>(state[i / 4] >> (24 - 8 * (i % 4)));
-    }
+    check(EVP_DigestFinal_ex(context.get(), digest.data(), nullptr));
     return digest;
 }
 

@@ -2,11 +2,8 @@
 
 #include "run/Messages.h"
 #include "run/Summary.h"
-#include "store/Sha256.h"
 
-#include <iomanip>
 #include <locale>
-#include <random>
 
 namespace velmorak::test {
 namespace {
@@ -124,46 +121,6 @@ TEST_F(Lines, aWarningDoesNotEndThePlugIn) {
     run();
     EXPECT_TRUE(wasSaid("Warn \"w\": warning: three rows were odd"));
     EXPECT_EQ(status("w"), NodeStatus::Done);
-}
-
-std::string hex(const Digest& digest) {
-    std::ostringstream text;
-    for (const std::uint8_t byte : digest) {
-        text << std::hex << std::setw(2) << std::setfill('0') << int{byte};
-    }
-    return text.str();
-}
-
-TEST(Digest, isTheSameWithTheProcessorsInstructionsAndWithout) {
-    std::mt19937 random(1);
-    std::vector<std::uint8_t> blocks(100 * digestBlock);
-    for (std::uint8_t& byte : blocks) {
-        byte = static_cast<std::uint8_t>(random());
-    }
-    for (const std::size_t count : {0U, 1U, 2U, 37U, 100U}) {
-        DigestState plain{1, 2, 3, 4, 5, 6, 7, 8};
-        DigestState fast = plain;
-        absorbBlocks(plain, blocks.data(), count);
-        if (hasDigestInstructions) {
-            absorbBlocksByInstructions(fast, blocks.data(), count);
-        } else {
-            absorbBlocks(fast, blocks.data(), count);
-        }
-        EXPECT_EQ(fast, plain);
-    }
-}
-
-TEST(Digest, agreesWithThePublishedExamples) {
-    EXPECT_EQ(hex(Sha256().finish()), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
-    Sha256 abc;
-    abc.add("abc", 3);
-    EXPECT_EQ(hex(abc.finish()), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-    Sha256 million;
-    const std::string thousand(1000, 'a');
-    for (int i = 0; i < 1000; ++i) {
-        million.add(thousand.data(), thousand.size());
-    }
-    EXPECT_EQ(hex(million.finish()), "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
 }
 
 }  // namespace
