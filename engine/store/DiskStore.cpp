@@ -1,16 +1,17 @@
 #include "store/DiskStore.h"
 
+#include "store/AtomicFile.h"
+#include "store/FileDescriptor.h"
+
 #include <fcntl.h>
-#include <fmt/format.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <ctime>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -19,107 +20,39 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// An entry is this mark, the digest of the content, and the content.
 constexpr std::string_view mark = "velmorak store 1\n";
-constexpr std::string_view temporaryMark = ".new-";
+constexpr std::size_t headBytes = mark.size() + Digest().size();
+constexpr std::string_view temporaryPrefix = ".new-";
 constexpr std::size_t folderDigits = 2;
+/// After which a temporary file belongs to no program that is still writing it.
 constexpr std::chrono::hours leftoverAge{1};
 
-/// An open file, closed with its holder.
-class OpenFile {
-public:
-    OpenFile(const fs::path& file, int flags) : number(open(file.c_str(), flags | O_CLOEXEC, 0600)) {}
-    ~OpenFile();
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-
-    const int number;
-};
-
-OpenFile::~OpenFile() {
-    if (number >= 0) {
-        close(number);
-    }
+std::string_view bytesIn(const Digest& digest) {
+    return {reinterpret_cast<const char*>(digest.data()), digest.size()};
 }
 
-std::optional<std::string> readAll(int file) {
-    struct stat status {};
-    if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) {
+/// @return the content of an entry; empty if it is damaged.
+std::optional<std::string> contentOf(const std::string& entry) {
+    const std::string_view bytes(entry);
+    if (bytes.size() < headBytes || !bytes.starts_with(mark)) {
         return std::nullopt;
     }
-    std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t count = ::read(file, bytes.data() + done, bytes.size() - done);
-        if (count <= 0) {
-            return std::nullopt;
-        }
-        done += static_cast<std::size_t>(count);
-    }
-    return bytes;
-}
-
-bool writeAll(int file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = ::write(file, bytes.data(), bytes.size());
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        bytes.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
-    }
-    return true;
-}
-
-Digest sumOf(std::string_view content) {
-    Sha256 digester;
-    digester.add(content.data(), content.size());
-    return digester.finish();
-}
-
-/// @return what stands behind mark and checksum; nothing when it is not what was written.
-std::optional<std::string> contentOf(std::string bytes) {
-    const std::size_t head = mark.size() + Digest().size();
-    if (bytes.size() < head || std::string_view(bytes).substr(0, mark.size()) != mark) {
+    const std::string_view content = bytes.substr(headBytes);
+    Sha256 hash;
+    hash.add(content.data(), content.size());
+    if (bytesIn(hash.finish()) != bytes.substr(mark.size(), Digest().size())) {
         return std::nullopt;
     }
-    const Digest sum = sumOf(std::string_view(bytes).substr(head));
-    if (std::memcmp(sum.data(), bytes.data() + mark.size(), sum.size()) != 0) {
+    return std::string(content);
+}
+
+std::optional<std::string> readContent(const FileDescriptor& file) {
+    try {
+        return contentOf(file.readAll());
+    } catch (const std::system_error&) {
         return std::nullopt;
     }
-    return bytes.substr(head);
-}
-
-/// A name that is free again when its holder is gone, unless the file was given another.
-class TemporaryFile {
-public:
-    explicit TemporaryFile(fs::path name) : path(std::move(name)) {}
-    ~TemporaryFile();
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    const fs::path path;
-};
-
-TemporaryFile::~TemporaryFile() {
-    const int reason = errno;
-    unlink(path.c_str());
-    errno = reason;
-}
-
-/// Writes mark, checksum and content. The checksum is known when the content has been written.
-bool writeEntry(int file, const std::function<void(const ByteSink& sink)>& content) {
-    Digest sum{};
-    const std::string_view sumBytes(reinterpret_cast<const char*>(sum.data()), sum.size());
-    if (!writeAll(file, mark) || !writeAll(file, sumBytes)) {
-        return false;
-    }
-    Sha256 digester;
-    bool isWritten = true;
-    content([&](std::string_view piece) {
-        digester.add(piece.data(), piece.size());
-        isWritten = isWritten && writeAll(file, piece);
-    });
-    sum = digester.finish();
-    return isWritten && lseek(file, static_cast<off_t>(mark.size()), SEEK_SET) >= 0 && writeAll(file, sumBytes);
 }
 
 bool isHexadecimal(const std::string& name, std::size_t length) {
@@ -128,25 +61,24 @@ bool isHexadecimal(const std::string& name, std::size_t length) {
 
 }  // namespace
 
-DiskStore::DiskStore(CacheConfig place, Say say) : place(std::move(place)), say(std::move(say)) {}
+DiskStore::DiskStore(CacheConfig config, Warn warn) : config(std::move(config)), warn(std::move(warn)) {}
 
 fs::path DiskStore::fileOf(const Digest& key) const {
     const std::string name = hexOf(key);
-    return place.folder / name.substr(0, folderDigits) / name.substr(folderDigits);
+    return config.folder / name.substr(0, folderDigits) / name.substr(folderDigits);
 }
 
 std::optional<std::string> DiskStore::read(const Digest& key) {
-    if (place.folder.empty()) {
+    if (config.folder.empty()) {
         return std::nullopt;
     }
-    const OpenFile file(fileOf(key), O_RDONLY);
-    if (file.number < 0) {
+    const FileDescriptor file(fileOf(key), O_RDONLY);
+    if (!file.isOpen()) {
         return std::nullopt;
     }
-    std::optional<std::string> bytes = readAll(file.number);
-    std::optional<std::string> content = bytes ? contentOf(std::move(*bytes)) : std::nullopt;
+    std::optional<std::string> content = readContent(file);
     if (content) {
-        futimens(file.number, nullptr);
+        futimens(file.get(), nullptr);  // Marks the entry as used.
     } else {
         remove(key);
     }
@@ -159,30 +91,39 @@ void DiskStore::write(const Digest& key, const std::string& content) {
 
 void DiskStore::write(const Digest& key, std::uint64_t bytes,
                       const std::function<void(const ByteSink& sink)>& content) {
-    const std::uint64_t bytesOfAll = mark.size() + Digest().size() + bytes;
-    if (place.folder.empty() || hasGivenUp || bytesOfAll > place.limitBytes) {
+    const std::uint64_t entryBytes = headBytes + bytes;
+    if (!isUsed() || entryBytes > config.limitBytes) {
         return;
     }
-    const fs::path file = fileOf(key);
-    std::error_code error;
-    fs::create_directories(file.parent_path(), error);
-    if (error) {
-        return abandon(error.message());
+    try {
+        writeEntry(fileOf(key), content);
+        makeRoom(entryBytes);
+    } catch (const std::system_error& error) {
+        giveUp(error.code().message());
     }
-    fs::permissions(place.folder, fs::perms::owner_all, error);
-    const TemporaryFile temporary(file.parent_path() /
-                                  fmt::format("{}{}-{}", temporaryMark, getpid(), temporaries.fetch_add(1)));
-    const OpenFile written(temporary.path, O_WRONLY | O_CREAT | O_EXCL);
-    if (written.number < 0 || !writeEntry(written.number, content) ||
-        std::rename(temporary.path.c_str(), file.c_str()) != 0) {
-        return abandon(std::generic_category().message(errno));
-    }
-    makeRoom(bytesOfAll);
 }
 
-void DiskStore::abandon(const std::string& reason) {
+/// The digest is known only when the content has been written, and then replaces the one in front of it.
+void DiskStore::writeEntry(const fs::path& file, const std::function<void(const ByteSink& sink)>& content) {
+    std::error_code ignored;
+    fs::create_directories(file.parent_path());
+    fs::permissions(config.folder, fs::perms::owner_all, ignored);
+    constexpr mode_t ownerOnly = 0600;
+    AtomicFile entry(file, std::string(temporaryPrefix), ownerOnly);
+    entry.write(mark);
+    entry.write(bytesIn(Digest{}));
+    Sha256 hash;
+    content([&](std::string_view piece) {
+        hash.add(piece.data(), piece.size());
+        entry.write(piece);
+    });
+    entry.writeAt(mark.size(), bytesIn(hash.finish()));
+    entry.commitUnsynced();  // The digest exposes what a power failure damages.
+}
+
+void DiskStore::giveUp(const std::string& reason) {
     if (!hasGivenUp.exchange(true)) {
-        say("Results are not kept for later: " + place.folder.string() + " cannot be written: " + reason);
+        warn("Results are not cached: cannot write to " + config.folder.string() + ": " + reason);
     }
 }
 
@@ -192,7 +133,7 @@ void DiskStore::remove(const Digest& key) {
 }
 
 void DiskStore::clear() {
-    const std::scoped_lock lock(countMutex);
+    const MutexLock lock(countMutex);
     std::error_code ignored;
     for (const Entry& entry : entries()) {
         fs::remove(entry.file, ignored);
@@ -200,41 +141,44 @@ void DiskStore::clear() {
     bytesKept.reset();
 }
 
-/// Entries, and what programs that were killed have left of theirs.
 std::vector<DiskStore::Entry> DiskStore::entries() const {
     std::vector<Entry> all;
     std::error_code error;
-    for (fs::directory_iterator folder(place.folder, error); !error && folder != fs::end(folder);
+    for (fs::directory_iterator folder(config.folder, error); !error && folder != fs::end(folder);
          folder.increment(error)) {
-        if (!isHexadecimal(folder->path().filename(), folderDigits)) {
-            continue;
-        }
-        std::error_code inner;
-        for (fs::directory_iterator file(folder->path(), inner); !inner && file != fs::end(file);
-             file.increment(inner)) {
-            struct stat status {};
-            const std::string name = file->path().filename();
-            const bool isEntry = isHexadecimal(name, 2 * Digest().size() - folderDigits);
-            if (stat(file->path().c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
-                continue;
-            }
-            const std::chrono::seconds age{std::time(nullptr) - status.st_mtim.tv_sec};
-            if (isEntry || (name.starts_with(temporaryMark) && age > leftoverAge)) {
-                constexpr std::int64_t nsPerSecond = 1'000'000'000;
-                all.push_back({file->path(), static_cast<std::uint64_t>(status.st_size),
-                               status.st_mtim.tv_sec * nsPerSecond + status.st_mtim.tv_nsec});
-            }
+        if (isHexadecimal(folder->path().filename(), folderDigits)) {
+            addEntries(folder->path(), all);
         }
     }
     return all;
 }
 
-/// Other programs add entries as well, so the folder is looked through now and then.
+/// Adds entries, and temporary files that killed programs left behind.
+void DiskStore::addEntries(const fs::path& folder, std::vector<Entry>& all) {
+    constexpr std::int64_t nsPerSecond = 1'000'000'000;
+    std::error_code error;
+    for (fs::directory_iterator file(folder, error); !error && file != fs::end(file); file.increment(error)) {
+        struct stat status {};
+        if (stat(file->path().c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+            continue;
+        }
+        const std::string name = file->path().filename();
+        const bool isEntry = isHexadecimal(name, 2 * Digest().size() - folderDigits);
+        const std::chrono::seconds age{std::time(nullptr) - status.st_mtim.tv_sec};
+        if (isEntry || (name.starts_with(temporaryPrefix) && age > leftoverAge)) {
+            all.push_back({file->path(), static_cast<std::uint64_t>(status.st_size),
+                           status.st_mtim.tv_sec * nsPerSecond + status.st_mtim.tv_nsec});
+        }
+    }
+}
+
+/// Other programs add entries as well, so the folder is scanned each time a tenth of the limit has been added.
 void DiskStore::makeRoom(std::uint64_t bytesAdded) {
-    constexpr std::uint64_t looks = 10;
-    const std::scoped_lock lock(countMutex);
+    constexpr std::uint64_t scansPerLimit = 10;
+    const MutexLock lock(countMutex);
     bytesUncounted += bytesAdded;
-    if (bytesKept && bytesUncounted < place.limitBytes / looks && *bytesKept + bytesUncounted <= place.limitBytes) {
+    if (bytesKept && bytesUncounted < config.limitBytes / scansPerLimit &&
+        *bytesKept + bytesUncounted <= config.limitBytes) {
         return;
     }
     removeOldest();
@@ -248,18 +192,19 @@ void DiskStore::removeOldest() {
         sum += entry.bytes;
     }
     bytesKept = sum;
-    const OpenFile turn(place.folder / "lock", O_RDWR | O_CREAT);
-    // Another program that makes room at the moment makes it for this one, too.
-    if (sum <= place.limitBytes || turn.number < 0 || flock(turn.number, LOCK_EX | LOCK_NB) != 0) {
+    const FileDescriptor lock(config.folder / "lock", O_RDWR | O_CREAT, 0600);
+    // Another program that is making room makes it for this one as well.
+    if (sum <= config.limitBytes || !lock.isOpen() || flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
         return;
     }
     std::sort(all.begin(), all.end(), [](const Entry& one, const Entry& other) { return one.usedNs < other.usedNs; });
     std::error_code ignored;
-    const std::uint64_t wanted = place.limitBytes - place.limitBytes / 5;
-    for (auto entry = all.begin(); entry != all.end() && *bytesKept > wanted; ++entry) {
+    const std::uint64_t wanted = config.limitBytes - config.limitBytes / 5;
+    for (auto entry = all.begin(); entry != all.end() && sum > wanted; ++entry) {
         fs::remove(entry->file, ignored);
-        *bytesKept -= entry->bytes;
+        sum -= entry->bytes;
     }
+    bytesKept = sum;
 }
 
 }  // namespace velmorak

@@ -3,43 +3,43 @@
 #include "store/CacheConfig.h"
 #include "store/Sha256.h"
 
+#include <velmorak/Mutex.h>
 #include <velmorak/ObjectBytes.h>
 
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace velmorak {
 
-/// Bytes by key in a folder, for this program and later ones. Any number of programs may use the folder at once: an
-/// entry is a file of its own that takes its name when it is complete, and carries a checksum. An entry that is damaged
-/// is as good as none. When there is more than the limit, those that were used longest ago go.
+/// Bytes by key in a folder, for this program and later ones. Any number of programs may use the folder at once: each
+/// entry is a file that takes its name when it is complete, and carries a checksum. A damaged entry counts as missing.
+/// Beyond the size limit, the least recently used entries are removed.
 /// Threads: every operation may be called on any thread.
-/// Errors:  none; when the folder cannot be written this is said once, and nothing is kept.
+/// Errors:  none are thrown; if the folder cannot be written, the store warns once and stores nothing any more.
 class DiskStore {
 public:
-    using Say = std::function<void(const std::string& sentence)>;
+    using Warn = std::function<void(const std::string& message)>;
 
-    /// @param say outlives nothing: called during write only, on its thread.
-    DiskStore(CacheConfig place, Say say);
+    /// @param warn called synchronously from write.
+    DiskStore(CacheConfig config, Warn warn);
 
-    /// Something that is written can be found again.
-    bool isUsed() const { return !place.folder.empty() && !hasGivenUp; }
-    std::uint64_t limitBytes() const { return place.limitBytes; }
+    /// @return whether there is a folder that can be written, as far as is known.
+    bool isUsed() const { return !config.folder.empty() && !hasGivenUp; }
+    std::uint64_t limitBytes() const { return config.limitBytes; }
 
     std::optional<std::string> read(const Digest& key);
     void write(const Digest& key, const std::string& content);
-    /// @param bytes of the content.
-    /// @param content gives them to the sink in pieces. What it throws leaves no entry behind.
+    /// @param bytes size of the content.
+    /// @param content passes it to the sink in pieces. If it throws, no entry is left behind.
     void write(const Digest& key, std::uint64_t bytes, const std::function<void(const ByteSink& sink)>& content);
     void remove(const Digest& key);
     /// Removes all entries, also those of other programs.
-    void clear();
+    void clear() VELMORAK_EXCLUDES(countMutex);
 
 private:
     struct Entry {
@@ -49,18 +49,19 @@ private:
     };
 
     std::filesystem::path fileOf(const Digest& key) const;
-    void abandon(const std::string& reason);
+    void writeEntry(const std::filesystem::path& file, const std::function<void(const ByteSink& sink)>& content);
+    void giveUp(const std::string& reason);
     std::vector<Entry> entries() const;
-    void makeRoom(std::uint64_t bytesAdded);
-    void removeOldest();
+    static void addEntries(const std::filesystem::path& folder, std::vector<Entry>& all);
+    void makeRoom(std::uint64_t bytesAdded) VELMORAK_EXCLUDES(countMutex);
+    void removeOldest() VELMORAK_REQUIRES(countMutex);
 
-    CacheConfig place;
-    Say say;
+    const CacheConfig config;
+    const Warn warn;
     std::atomic<bool> hasGivenUp = false;
-    std::atomic<unsigned> temporaries = 0;
-    std::mutex countMutex;
-    std::optional<std::uint64_t> bytesKept;  ///< As far as this program knows.
-    std::uint64_t bytesUncounted = 0;        ///< Added since the folder was looked through.
+    Mutex countMutex;
+    std::optional<std::uint64_t> bytesKept VELMORAK_GUARDED_BY(countMutex);  ///< As far as this program knows.
+    std::uint64_t bytesUncounted VELMORAK_GUARDED_BY(countMutex) = 0;  ///< Added since the last scan of the folder.
 };
 
 }  // namespace velmorak

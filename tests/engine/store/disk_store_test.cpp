@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -17,18 +16,18 @@ namespace {
 namespace fs = std::filesystem;
 
 Digest keyOf(std::uint64_t number) {
-    Sha256 digester;
-    digester.addNumber(number);
-    return digester.finish();
+    Sha256 hash;
+    hash.addNumber(number);
+    return hash.finish();
 }
 
-class OnDisk : public ::testing::Test {
+class DiskStoreTest : public ::testing::Test {
 protected:
-    OnDisk() { fs::remove_all(folder); }
-    ~OnDisk() override { fs::remove_all(folder); }
+    DiskStoreTest() { fs::remove_all(folder); }
+    ~DiskStoreTest() override { fs::remove_all(folder); }
 
     DiskStore storeFor(std::uint64_t limit = 1 << 20) {
-        return {{folder, limit}, [this](const std::string& sentence) { said.push_back(sentence); }};
+        return {{folder, limit}, [this](const std::string& message) { warnings.push_back(message); }};
     }
 
     std::vector<fs::path> files() const {
@@ -50,11 +49,11 @@ protected:
     }
 
     fs::path folder = fs::temp_directory_path() / ("velmorak-disk-store-" + std::to_string(getpid()));
-    std::vector<std::string> said;
+    std::vector<std::string> warnings;
     DiskStore store = storeFor();
 };
 
-TEST_F(OnDisk, takesWhatComesInPieces) {
+TEST_F(DiskStoreTest, acceptsContentInPieces) {
     DiskStore store = storeFor();
     store.write(keyOf(1), 6, [](const ByteSink& sink) {
         sink("one");
@@ -64,7 +63,7 @@ TEST_F(OnDisk, takesWhatComesInPieces) {
     EXPECT_EQ(store.read(keyOf(1)), "onetwo");
 }
 
-TEST_F(OnDisk, leavesNothingOfWhatCouldNotBeMade) {
+TEST_F(DiskStoreTest, leavesNothingBehindWhenMakingTheContentFails) {
     DiskStore store = storeFor();
     const auto half = [](const ByteSink& sink) {
         sink("one");
@@ -72,10 +71,10 @@ TEST_F(OnDisk, leavesNothingOfWhatCouldNotBeMade) {
     };
     EXPECT_THROW(store.write(keyOf(1), 6, half), std::bad_alloc);
     EXPECT_TRUE(files().empty());
-    EXPECT_TRUE(said.empty());
+    EXPECT_TRUE(warnings.empty());
 }
 
-TEST_F(OnDisk, whatWasWrittenIsReadByALaterProgram) {
+TEST_F(DiskStoreTest, readsWhatAnEarlierProgramWrote) {
     EXPECT_EQ(store.read(keyOf(1)), std::nullopt);
     store.write(keyOf(1), "one");
     store.write(keyOf(2), std::string("\0two", 4));
@@ -86,7 +85,7 @@ TEST_F(OnDisk, whatWasWrittenIsReadByALaterProgram) {
     EXPECT_EQ(store.read(keyOf(1)), "another");
 }
 
-TEST_F(OnDisk, anEntryOfAnyOtherLengthIsNone) {
+TEST_F(DiskStoreTest, takesAnEntryOfAnotherLengthForMissing) {
     store.write(keyOf(1), "content");
     const fs::path file = files().at(0);
     const std::string whole = bytesOf(file);
@@ -101,7 +100,7 @@ TEST_F(OnDisk, anEntryOfAnyOtherLengthIsNone) {
     EXPECT_EQ(store.read(keyOf(1)), "content");
 }
 
-TEST_F(OnDisk, anEntryWithAFlippedBitIsNone) {
+TEST_F(DiskStoreTest, takesAnEntryWithAFlippedBitForMissing) {
     store.write(keyOf(1), "content");
     const fs::path file = files().at(0);
     const std::string whole = bytesOf(file);
@@ -112,10 +111,10 @@ TEST_F(OnDisk, anEntryWithAFlippedBitIsNone) {
         EXPECT_EQ(store.read(keyOf(1)), std::nullopt) << bit;
     }
     store.write(keyOf(1), "content");
-    EXPECT_EQ(store.read(keyOf(1)), "content") << "what was damaged is written anew";
+    EXPECT_EQ(store.read(keyOf(1)), "content") << "a damaged entry can be replaced";
 }
 
-TEST_F(OnDisk, whatWasUsedLongestAgoGoesFirst) {
+TEST_F(DiskStoreTest, removesTheLeastRecentlyUsedFirst) {
     DiskStore small = storeFor(10000);
     const std::string kilobyte(1000, 'x');
     const auto now = fs::file_time_type::clock::now();
@@ -125,7 +124,7 @@ TEST_F(OnDisk, whatWasUsedLongestAgoGoesFirst) {
             fs::last_write_time(file, fs::last_write_time(file) - std::chrono::hours(1));
         }
     }
-    EXPECT_EQ(small.read(keyOf(0)), kilobyte);  // which uses it
+    EXPECT_EQ(small.read(keyOf(0)), kilobyte);  // Marks it as used.
     small.write(keyOf(9), kilobyte);
     EXPECT_EQ(small.read(keyOf(0)), kilobyte);
     EXPECT_EQ(small.read(keyOf(1)), std::nullopt);
@@ -134,7 +133,7 @@ TEST_F(OnDisk, whatWasUsedLongestAgoGoesFirst) {
     EXPECT_LT(fs::last_write_time(files().at(0)), now + std::chrono::hours(1));
 }
 
-TEST_F(OnDisk, neverMoreThanTheLimitIsKept) {
+TEST_F(DiskStoreTest, neverExceedsItsLimit) {
     constexpr std::uint64_t limit = 100000;
     DiskStore small = storeFor(limit);
     for (std::uint64_t i = 0; i < 200; ++i) {
@@ -146,11 +145,11 @@ TEST_F(OnDisk, neverMoreThanTheLimitIsKept) {
         ASSERT_LE(sum, limit) << i;
     }
     small.write(keyOf(1000), std::string(limit, 'x'));
-    EXPECT_EQ(small.read(keyOf(1000)), std::nullopt) << "larger than all that may be kept";
+    EXPECT_EQ(small.read(keyOf(1000)), std::nullopt) << "larger than the limit";
     EXPECT_NE(small.read(keyOf(199)), std::nullopt);
 }
 
-TEST_F(OnDisk, clearRemovesEntriesAndNothingElse) {
+TEST_F(DiskStoreTest, clearRemovesEntriesAndNothingElse) {
     store.write(keyOf(1), "one");
     std::ofstream(folder / "note.txt") << "mine";
     store.clear();
@@ -158,25 +157,25 @@ TEST_F(OnDisk, clearRemovesEntriesAndNothingElse) {
     EXPECT_EQ(files(), std::vector<fs::path>{folder / "note.txt"});
 }
 
-TEST_F(OnDisk, aFolderThatCannotBeWrittenIsSaidOnce) {
+TEST_F(DiskStoreTest, warnsOnceOfAFolderThatCannotBeWritten) {
     std::ofstream(folder) << "a file";
     store.write(keyOf(1), "one");
     store.write(keyOf(2), "two");
     EXPECT_EQ(store.read(keyOf(1)), std::nullopt);
     store.clear();
-    ASSERT_EQ(said.size(), 1U);
-    EXPECT_EQ(said[0], "Results are not kept for later: " + folder.string() + " cannot be written: Not a directory");
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_EQ(warnings[0], "Results are not cached: cannot write to " + folder.string() + ": Not a directory");
 }
 
-TEST_F(OnDisk, withoutAFolderNothingIsKept) {
-    DiskStore none({}, [this](const std::string& sentence) { said.push_back(sentence); });
+TEST_F(DiskStoreTest, storesNothingWithoutAFolder) {
+    DiskStore none({}, [this](const std::string& message) { warnings.push_back(message); });
     none.write(keyOf(1), "one");
     EXPECT_EQ(none.read(keyOf(1)), std::nullopt);
     none.clear();
-    EXPECT_TRUE(said.empty());
+    EXPECT_TRUE(warnings.empty());
 }
 
-TEST_F(OnDisk, whatAKilledProgramLeftIsRemoved) {
+TEST_F(DiskStoreTest, removesWhatAKilledProgramLeft) {
     store.write(keyOf(1), "one");
     const fs::path leftover = files().at(0).parent_path() / ".new-1-1";
     std::ofstream(leftover) << std::string(1000, 'x');
@@ -185,7 +184,7 @@ TEST_F(OnDisk, whatAKilledProgramLeftIsRemoved) {
     EXPECT_TRUE(files().empty());
 }
 
-/// Writes and reads the same few entries as others do. @return the number of entries that held something wrong.
+/// Writes and reads few entries, the same as others do. @return the number of reads that found wrong content.
 int hammer(DiskStore& store, unsigned seed) {
     int wrong = 0;
     for (std::uint64_t i = 0; i < 3000; ++i) {
@@ -203,7 +202,7 @@ int hammer(DiskStore& store, unsigned seed) {
     return wrong;
 }
 
-TEST_F(OnDisk, twoProgramsMayUseItAtOnce) {
+TEST_F(DiskStoreTest, isSharedByProgramsThatRunAtOnce) {
     constexpr int programs = 2;
     std::vector<pid_t> others;
     for (unsigned seed = 1; seed <= programs; ++seed) {
@@ -211,42 +210,18 @@ TEST_F(OnDisk, twoProgramsMayUseItAtOnce) {
         if (id == 0) {
             DiskStore own = storeFor(50000);
             const int wrong = hammer(own, seed);
-            _exit(wrong > 0 || !said.empty() ? 1 : 0);
+            _exit(wrong > 0 || !warnings.empty() ? 1 : 0);
         }
         others.push_back(id);
     }
     DiskStore own = storeFor(50000);
     EXPECT_EQ(hammer(own, 3), 0);
-    EXPECT_TRUE(said.empty()) << said.front();
+    EXPECT_TRUE(warnings.empty()) << warnings.front();
     for (const pid_t id : others) {
         int status = -1;
         ASSERT_EQ(waitpid(id, &status, 0), id);
         EXPECT_EQ(status, 0);
     }
-}
-
-class PlaceOfEnvironment : public ::testing::Test {
-protected:
-    ~PlaceOfEnvironment() override { unsetenv("VELMORAK_CACHE_LIMIT"); }
-};
-
-TEST_F(PlaceOfEnvironment, isBelowTheCacheFolder) {
-    setenv("XDG_CACHE_HOME", "/somewhere", 1);
-    EXPECT_EQ(cacheConfigFromEnvironment().folder, "/somewhere/velmorak");
-    EXPECT_EQ(cacheConfigFromEnvironment().limitBytes, std::uint64_t{2048} << 20);
-    setenv("XDG_CACHE_HOME", "relative", 1);
-    setenv("HOME", "/home/me", 1);
-    EXPECT_EQ(cacheConfigFromEnvironment().folder, "/home/me/.cache/velmorak");
-}
-
-TEST_F(PlaceOfEnvironment, hasTheLimitThatIsAskedFor) {
-    setenv("VELMORAK_CACHE_LIMIT", "3", 1);
-    EXPECT_EQ(cacheConfigFromEnvironment().limitBytes, 3U << 20);
-    setenv("VELMORAK_CACHE_LIMIT", "0", 1);
-    EXPECT_TRUE(cacheConfigFromEnvironment().folder.empty());
-    setenv("VELMORAK_CACHE_LIMIT", "much", 1);
-    EXPECT_EQ(cacheConfigFromEnvironment().limitBytes, std::uint64_t{2048} << 20);
-    EXPECT_EQ(cacheConfigFromEnvironment().complaint, "VELMORAK_CACHE_LIMIT=much is no number of MiB; 2048 is taken");
 }
 
 }  // namespace
