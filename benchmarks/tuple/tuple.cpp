@@ -5,7 +5,8 @@
 #include "Timing.h"
 #include "TupleFile.h"
 
-#include <oneapi/tbb/task_arena.h>
+#include "executor/ThreadPool.h"
+
 #include <velmorak/Aida.h>
 
 #include <cstdlib>
@@ -56,24 +57,27 @@ void requireSameValues(const std::filesystem::path& plain) {
     }
 }
 
-void comparePlain(const std::filesystem::path& plain, oneapi::tbb::task_arena& one) {
-    const auto times = mediansOf(
-        {[&] { one.execute([&] { readTable(plain); }); }, [&] { readWithExpat(plain, columns); }}, Clock::Processor);
+void readOnTwoThreads(const std::filesystem::path& file) {
+    const velmorak::ThreadPool pool(2);
+    readTable(file);
+}
+
+void comparePlain(const std::filesystem::path& plain) {
+    const auto times = mediansOf({[&] { readTable(plain); }, [&] { readWithExpat(plain, columns); }}, Clock::Processor);
     printFaster("plain tuple rows, 250,000 x 8, one core", "expat, from_chars", times[0], times[1], 5.0);
     const double speed = megabytes(plain) / times[0] * 1e3;
     print({"plain tuple rows, 250,000 x 8, one core", "what is asked for", "MB/s", speed, 700.0, speed / 700.0,
            Limit{Limit::Sense::AtLeast, 1.0}});
 }
 
-void comparePacked(const std::filesystem::path& packed, oneapi::tbb::task_arena& one, oneapi::tbb::task_arena& two) {
-    const auto oneCore = mediansOf({[&] { one.execute([&] { readTable(packed); }); }, [&] { inflateWithZlib(packed); },
-                                    [&] { inflateWithIsal(packed); }},
-                                   Clock::Processor);
+void comparePacked(const std::filesystem::path& packed) {
+    const auto oneCore =
+        mediansOf({[&] { readTable(packed); }, [&] { inflateWithZlib(packed); }, [&] { inflateWithIsal(packed); }},
+                  Clock::Processor);
     printFaster("the same gzipped, one core", "zlib inflating alone", oneCore[0], oneCore[1], 0.8);
     print(
         {"the same gzipped, one core", "ISA-L inflating alone", "ms", oneCore[0], oneCore[2], oneCore[2] / oneCore[0]});
-    const auto twoCores =
-        mediansOf({[&] { two.execute([&] { readTable(packed); }); }, [&] { inflateWithIsal(packed); }}, Clock::Wall);
+    const auto twoCores = mediansOf({[&] { readOnTwoThreads(packed); }, [&] { inflateWithIsal(packed); }}, Clock::Wall);
     printFaster("the same gzipped, inflating on a thread of its own", "ISA-L inflating alone", twoCores[0], twoCores[1],
                 0.8);
 }
@@ -85,9 +89,7 @@ int main() {
     const std::filesystem::path plain = folder / "numbers.aida";
     writeTuple(plain, rows, columns);
     requireSameValues(plain);
-    oneapi::tbb::task_arena one(1);
-    oneapi::tbb::task_arena two(2);
-    comparePlain(plain, one);
-    comparePacked(gzip(plain), one, two);
+    comparePlain(plain);
+    comparePacked(gzip(plain));
     return 0;
 }

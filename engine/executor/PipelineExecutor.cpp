@@ -1,55 +1,55 @@
-#include "executor/ThreadPool.h"
+#include "executor/PipelineExecutor.h"
 
+#include <velmorak/Mutex.h>
 #include <velmorak/Tasks.h>
 
 #include <algorithm>
-#include <condition_variable>
 #include <exception>
 #include <memory>
-#include <mutex>
 
 namespace velmorak {
 
-/// One line, and those who work on it. Outlives the line, for helpers that come too late.
-class ThreadPool::Job : public std::enable_shared_from_this<ThreadPool::Job> {
+/// One pipeline and the threads that work on it. It outlives the pipeline, for helpers that start too late: they find
+/// no runnable task and leave.
+class PipelineExecutor::Job : public std::enable_shared_from_this<PipelineExecutor::Job> {
 public:
-    Job(const StagePipeline& line, std::size_t maxInFlight, std::size_t maxHelpers);
+    Job(const StagePipeline& pipeline, std::size_t maxInFlight, std::size_t maxHelpers);
 
-    void run();
+    void run() VELMORAK_EXCLUDES(mutex);
 
 private:
-    /// Where nothing is left to do at the moment, the thread goes, and is called again.
-    void help();
+    /// Body of a helper's task. Returns when no task is runnable; requestHelpers submits it again when one is.
+    void help() VELMORAK_EXCLUDES(mutex);
 
-    /// Does one thing that can be done. @return false when there is none.
-    bool step(std::unique_lock<std::mutex>& guard, TaskScheduler::Task& last);
+    /// Executes one runnable task, without the mutex. @return false when there is none.
+    bool step(TaskScheduler::Task& last) VELMORAK_REQUIRES(mutex);
 
-    /// Rather goes on with the item that was worked on last, which is still at hand.
+    /// Prefers the item last worked on; it is still in the processor's cache.
     static TaskScheduler::Task chosen(const std::vector<TaskScheduler::Task>& tasks, const TaskScheduler::Task& last);
 
-    /// Where none can be had, the line is worked on with those that there are.
-    void callHelpers(std::size_t wanted);
+    /// Without memory for it, the pipeline runs on the threads that it has.
+    void requestHelpers(std::size_t wanted) VELMORAK_REQUIRES(mutex);
 
-    bool tryExecute(const TaskScheduler::Task& task);
+    bool tryExecute(const TaskScheduler::Task& task, std::size_t slot) VELMORAK_EXCLUDES(mutex);
 
-    const StagePipeline& line;  ///< Not there any more when the timetable is over.
-    TaskScheduler scheduler;
-    std::mutex lock;  ///< Of the timetable and of all that follows.
-    std::condition_variable change;
-    std::size_t maxHelpers;
-    std::size_t helpers = 0;  ///< Called, and not yet gone.
-    std::exception_ptr exception;
+    const StagePipeline& pipeline;  ///< Dangles when the scheduler is over.
+    Mutex mutex;
+    TaskScheduler scheduler VELMORAK_GUARDED_BY(mutex);
+    ConditionVariable change;
+    std::size_t maxHelpers VELMORAK_GUARDED_BY(mutex);
+    std::size_t helpers VELMORAK_GUARDED_BY(mutex) = 0;  ///< Requested, and not yet gone.
+    std::exception_ptr exception VELMORAK_GUARDED_BY(mutex);
 };
 
-ThreadPool::Job::Job(const StagePipeline& line, std::size_t maxInFlight, std::size_t maxHelpers)
-    : line(line), scheduler(line, maxInFlight), maxHelpers(maxHelpers) {}
+PipelineExecutor::Job::Job(const StagePipeline& pipeline, std::size_t maxInFlight, std::size_t maxHelpers)
+    : pipeline(pipeline), scheduler(pipeline, maxInFlight), maxHelpers(maxHelpers) {}
 
-void ThreadPool::Job::run() {
-    std::unique_lock guard(lock);
+void PipelineExecutor::Job::run() {
+    const MutexLock lock(mutex);
     TaskScheduler::Task last;
     while (!scheduler.isOver()) {
-        if (!step(guard, last)) {
-            change.wait(guard);
+        if (!step(last)) {
+            change.wait(mutex);
         }
     }
     if (exception) {
@@ -57,40 +57,41 @@ void ThreadPool::Job::run() {
     }
 }
 
-void ThreadPool::Job::help() {
-    std::unique_lock guard(lock);
+void PipelineExecutor::Job::help() {
+    const MutexLock lock(mutex);
     TaskScheduler::Task last;
-    while (step(guard, last)) {
+    while (step(last)) {
     }
     --helpers;
 }
 
-bool ThreadPool::Job::step(std::unique_lock<std::mutex>& guard, TaskScheduler::Task& last) {
+bool PipelineExecutor::Job::step(TaskScheduler::Task& last) {
     const std::vector<TaskScheduler::Task> tasks = scheduler.runnableTasks();
     if (tasks.empty()) {
         return false;
     }
     const TaskScheduler::Task task = chosen(tasks, last);
+    const std::size_t slot = scheduler.slotOf(task);
     scheduler.begin(task);
-    callHelpers(tasks.size() - 1);
-    guard.unlock();
-    const bool isLoaded = tryExecute(task);
-    guard.lock();
+    requestHelpers(tasks.size() - 1);
+    mutex.unlock();
+    const bool isLoaded = tryExecute(task, slot);
+    mutex.lock();
     scheduler.end(task, isLoaded);
     last = task;
-    change.notify_one();  // To the one who called.
+    change.notifyOne();  // Only run waits.
     return true;
 }
 
-TaskScheduler::Task ThreadPool::Job::chosen(const std::vector<TaskScheduler::Task>& tasks,
-                                            const TaskScheduler::Task& last) {
+TaskScheduler::Task PipelineExecutor::Job::chosen(const std::vector<TaskScheduler::Task>& tasks,
+                                                  const TaskScheduler::Task& last) {
     const auto same = std::find_if(tasks.begin(), tasks.end(), [&](const TaskScheduler::Task& task) {
         return task.item == last.item && task.stage != TaskScheduler::loading;
     });
     return same == tasks.end() ? tasks.front() : *same;
 }
 
-void ThreadPool::Job::callHelpers(std::size_t wanted) {
+void PipelineExecutor::Job::requestHelpers(std::size_t wanted) {
     try {
         for (std::size_t i = 0; i < wanted && helpers < maxHelpers; ++i, ++helpers) {
             spawnTask([self = shared_from_this()] { self->help(); });
@@ -100,21 +101,23 @@ void ThreadPool::Job::callHelpers(std::size_t wanted) {
     }
 }
 
-bool ThreadPool::Job::tryExecute(const TaskScheduler::Task& task) {
+bool PipelineExecutor::Job::tryExecute(const TaskScheduler::Task& task, std::size_t slot) {
     try {
-        return execute(line, task, scheduler.slotOf(task));
+        return execute(pipeline, task, slot);
     } catch (...) {
-        const std::lock_guard guard(lock);
+        const MutexLock lock(mutex);
         exception = exception ? exception : std::current_exception();
         scheduler.close();
         return false;
     }
 }
 
-ThreadPool::ThreadPool(std::size_t threads) : threads(std::max<std::size_t>(threads, 1)) {}
+PipelineExecutor::PipelineExecutor(std::size_t threads) : threads(std::max<std::size_t>(threads, 1)) {}
 
-void ThreadPool::work(const StagePipeline& line) {
-    std::make_shared<Job>(line, maxInFlight(), threads - 1)->run();
+void PipelineExecutor::run(const StagePipeline& pipeline) {
+    // Outside of a pool nobody would run a helper's task.
+    const std::size_t maxHelpers = std::min(threads, runThreads()) - 1;
+    std::make_shared<Job>(pipeline, maxInFlight(), maxHelpers)->run();
 }
 
 }  // namespace velmorak

@@ -4,14 +4,14 @@
 
 namespace velmorak {
 
-/// Works on a line with several threads: the one that calls, and others of the run, which come when there is work for
-/// them and go when there is none, so that they are free for whatever else the run has to do.
-class ThreadPool : public Executor {
+/// Runs a stage pipeline on several threads: the calling one, and others of its thread pool. A pool thread leaves when
+/// no task is runnable and is requested again when one is, so that it is free for other tasks of the run.
+class PipelineExecutor : public Executor {
 public:
-    /// @param threads how many may work at once.
-    explicit ThreadPool(std::size_t threads);
+    /// @param threads that may work at once; there are never more than the calling thread's pool has.
+    explicit PipelineExecutor(std::size_t threads);
     std::size_t maxInFlight() const override { return 2 * threads; }
-    void work(const StagePipeline& line) override;
+    void run(const StagePipeline& pipeline) override;
 
 private:
     class Job;

@@ -4,12 +4,12 @@
 
 namespace velmorak {
 
-TaskScheduler::TaskScheduler(const StagePipeline& line, std::size_t maxInFlight)
-    : line(line), items(std::max<std::size_t>(maxInFlight, 1)), passed(line.stages.size(), 0) {}
+TaskScheduler::TaskScheduler(const StagePipeline& pipeline, std::size_t maxInFlight)
+    : pipeline(pipeline), items(std::max<std::size_t>(maxInFlight, 1)), passed(pipeline.stages.size(), 0) {}
 
 bool TaskScheduler::mayBegin(std::uint64_t item) const {
     const Item& state = items[item % items.size()];
-    return !state.isBusy && (!line.stages[state.stage].isInOrder || passed[state.stage] == item);
+    return !state.isBusy && (!pipeline.stages[state.stage].isInOrder || passed[state.stage] == item);
 }
 
 std::vector<TaskScheduler::Task> TaskScheduler::runnableTasks() const {
@@ -49,10 +49,10 @@ void TaskScheduler::end(const Task& task, bool isLoaded) {
     Item& item = items[slotOf(task)];
     item.isBusy = false;
     ++item.stage;
-    if (line.stages[task.stage].isInOrder) {
+    if (pipeline.stages[task.stage].isInOrder) {
         ++passed[task.stage];
     }
-    if (item.stage == line.stages.size()) {
+    if (item.stage == pipeline.stages.size()) {
         ++done;
     }
 }
@@ -65,11 +65,11 @@ bool TaskScheduler::isOver() const {
     return busy == 0 && (isClosed || (isExhausted && done == loaded));
 }
 
-bool execute(const StagePipeline& line, const TaskScheduler::Task& task, std::size_t slot) {
+bool execute(const StagePipeline& pipeline, const TaskScheduler::Task& task, std::size_t slot) {
     if (task.stage == TaskScheduler::loading) {
-        return line.load(slot);
+        return pipeline.load(slot);
     }
-    line.stages[task.stage].work(slot);
+    pipeline.stages[task.stage].work(slot);
     return true;
 }
 

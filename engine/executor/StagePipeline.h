@@ -3,39 +3,44 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <vector>
 
 namespace velmorak {
 
-/// Items that pass a row of stages. Each item stands in a place until its last stage is done, and the next but so many
-/// takes the place after it.
+/// Items that pass through stages one after the other. Each item occupies a slot from its loading to the end of its
+/// last stage; item i has slot i modulo the number of slots, so the caller can keep an array of items in flight.
 struct StagePipeline {
     struct Stage {
-        bool isInOrder = false;  ///< One item after the other; else any number at once, in any order.
+        bool isInOrder = false;  ///< One item at a time, in their order; else any number at once, in any order.
         std::function<void(std::size_t slot)> work;
     };
 
-    /// Puts the next item into the place; called for one after the other. @return false when there is none.
+    /// Loads the next item into the slot; never called concurrently with itself. @return false when there is none.
     std::function<bool(std::size_t slot)> load;
-    std::vector<Stage> stages;  ///< The last one is in order.
+    std::vector<Stage> stages;  ///< At least one; the last one is in order.
 };
 
-/// Who works on a line. What is written in one call of a line is seen by all that follow.
+/// Runs stage pipelines. What one call of a pipeline's function writes is visible to all later calls.
 class Executor {
 public:
     virtual ~Executor() = default;
-    /// How many items may be on their way; the same for as long as it lives.
+    /// @return the number of slots, that is, of items that may be in flight; constant.
     virtual std::size_t maxInFlight() const = 0;
-    /// Returns when all items have passed. @throws what the line throws; the items that are on their way end then.
-    virtual void work(const StagePipeline& line) = 0;
+    /// Returns when all items have passed. @throws what a function of the pipeline throws first; stages that are
+    /// running then complete, and no other begins.
+    virtual void run(const StagePipeline& pipeline) = 0;
 };
 
-/// Knows what may be done on a line next, and in doing so decides that stages keep their order.
+/// Says which tasks of a pipeline may run now, and thereby decides that ordered stages keep their order. It calls no
+/// function of the pipeline, so a test can drive it through every order that threads could produce.
+///
+/// The items in flight are those in [done, loaded); there are never more than slots, so no two share one. An item runs
+/// one stage at a time. Stage s of item i is runnable when i has completed stage s - 1 and, where s is in order, all
+/// items before i have completed s. As the last stage is in order, items are done in their order.
 /// Threads: one at a time.
 class TaskScheduler {
 public:
-    /// Loads an item, or does a stage of it.
+    /// Loading of an item, or a stage of it.
     struct Task {
         std::uint64_t item = 0;
         std::size_t stage = loading;
@@ -44,39 +49,40 @@ public:
     };
     static constexpr std::size_t loading = SIZE_MAX;
 
-    /// @param line outlives this.
-    TaskScheduler(const StagePipeline& line, std::size_t maxInFlight);
+    /// @param pipeline outlives this.
+    TaskScheduler(const StagePipeline& pipeline, std::size_t maxInFlight);
 
-    /// All tasks that may be done now, those of the oldest items first, loading last. None may be begun twice.
+    /// @return all tasks that may begin now, those of the oldest items first, loading last.
     std::vector<Task> runnableTasks() const;
+    /// @param task one of runnableTasks.
     void begin(const Task& task);
-    /// @param isLoaded of a loading: there was an item.
+    /// @param isLoaded for a loading: there was an item.
     void end(const Task& task, bool isLoaded = true);
-    /// No item is loaded, and no stage begun, any more.
+    /// No task begins any more.
     void close();
-    /// Nothing is on its way, and nothing will be.
+    /// @return whether no task runs and none will.
     bool isOver() const;
     std::size_t slotOf(const Task& task) const { return task.item % items.size(); }
 
 private:
     struct Item {
-        std::size_t stage = 0;  ///< To be done next.
+        std::size_t stage = 0;  ///< The next one, or the one that runs.
         bool isBusy = false;
     };
     bool mayBegin(std::uint64_t item) const;
 
-    const StagePipeline& line;
-    std::vector<Item> items;            ///< By place.
-    std::vector<std::uint64_t> passed;  ///< By stage: items that are through, where it is in order.
+    const StagePipeline& pipeline;
+    std::vector<Item> items;            ///< By slot.
+    std::vector<std::uint64_t> passed;  ///< By stage: number of items that completed it, if it is in order.
     std::uint64_t loaded = 0;
     std::uint64_t done = 0;
-    std::size_t busy = 0;
+    std::size_t busy = 0;  ///< Tasks that run.
     bool isLoading = false;
-    bool isExhausted = false;
+    bool isExhausted = false;  ///< A loading found no item.
     bool isClosed = false;
 };
 
-/// Does a task. @return false when there was nothing to load.
-bool execute(const StagePipeline& line, const TaskScheduler::Task& task, std::size_t slot);
+/// Calls the function that the task stands for. @return false when there was nothing to load.
+bool execute(const StagePipeline& pipeline, const TaskScheduler::Task& task, std::size_t slot);
 
 }  // namespace velmorak

@@ -5,42 +5,15 @@
 
 namespace velmorak {
 
-namespace {
-
-constexpr int background = 10;  ///< As `nice` counts: about a tenth of the time of a thread at 0 that wants it too.
-
-bool isFirstThread() {
+bool isMainThread() {
     return gettid() == getpid();
 }
 
-/// Of the calling thread alone. The system does not let it rise again: the threads are the run's own, and another run
-/// wants them so too.
 void lowerPriority() {
+    constexpr int background = 10;  // Nice value: about a tenth of the time of a competing thread at 0.
     const auto thread = static_cast<id_t>(gettid());
-    if (getpriority(PRIO_PROCESS, thread) < background) {  // A program that stands farther back stays there.
+    if (getpriority(PRIO_PROCESS, thread) < background) {
         setpriority(PRIO_PROCESS, thread, background);
-    }
-}
-
-}  // namespace
-
-WorkerPriority::WorkerPriority(oneapi::tbb::task_arena& arena, bool isWanted) : task_scheduler_observer(arena) {
-    if (isWanted) {
-        observe(true);
-    }
-}
-
-WorkerPriority::~WorkerPriority() {
-    observe(false);
-}
-
-bool WorkerPriority::isCalledFor() {
-    return !isFirstThread();
-}
-
-void WorkerPriority::on_scheduler_entry(bool) {
-    if (!isFirstThread()) {
-        lowerPriority();
     }
 }
 

@@ -1,25 +1,14 @@
 #pragma once
 
-#include <oneapi/tbb/task_arena.h>
-#include <oneapi/tbb/task_scheduler_observer.h>
-
 namespace velmorak {
 
-/// While it lives, the threads that work in an arena stand back behind those that a user waits for: in a program whose
-/// first thread draws windows, a run that takes all processors must not make them jerk. Where the run is the program's
-/// first thread itself there is no one to stand back behind, and nothing is changed.
-class WorkerPriority : public oneapi::tbb::task_scheduler_observer {
-public:
-    /// @param isWanted what isCalledFor was on the thread that waits for the run.
-    WorkerPriority(oneapi::tbb::task_arena& arena, bool isWanted);
-    ~WorkerPriority() override;
-    WorkerPriority(const WorkerPriority&) = delete;
-    WorkerPriority& operator=(const WorkerPriority&) = delete;
+/// @return whether the calling thread is the first of its program. In a program with windows that is the one that the
+///         user waits for.
+bool isMainThread();
 
-    /// The thread is not the program's first.
-    static bool isCalledFor();
-
-    void on_scheduler_entry(bool isWorker) override;
-};
+/// Lowers the priority of the calling thread, and of threads that it starts from now on, so that a run on all
+/// processors leaves windows responsive. A thread that is lower already stays where it is. The system does not let a
+/// thread rise again.
+void lowerPriority();
 
 }  // namespace velmorak

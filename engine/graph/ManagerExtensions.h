@@ -1,9 +1,11 @@
 #pragma once
 
 #include "run/RunListener.h"
+#include "store/CacheConfig.h"
 
 #include <QzManager.h>
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 
@@ -21,6 +23,12 @@ Pipeline pipelineOf(const QzManager& manager);
 
 /// Results go there from now on, instead of beside the document.
 void setResultsFolder(QzManager& manager, const std::filesystem::path& folder);
+
+/// Number of threads of the runs from now on, in place of VELMORAK_THREADS. Called while no run is going on.
+void setThreads(QzManager& manager, std::size_t threads);
+
+/// Where results are cached on disk, in place of VELMORAK_CACHE_LIMIT; {} for nowhere. Called before the first run.
+void setCache(QzManager& manager, const CacheConfig& cache);
 
 /// From now on, runs say for each plug-in whether it is executed or reused, and why; they do at first. Called while no
 /// run is going on.

@@ -10,7 +10,7 @@
 
 namespace velmorak {
 
-RunQueue::RunQueue() : runner(std::cerr, isatty(STDERR_FILENO) == 1, cacheConfigFromEnvironment()) {
+RunQueue::RunQueue() : runner(std::cerr, isatty(STDERR_FILENO) == 1, runConfigFromEnvironment()) {
     runner.explain(true);
     runner.leaveRecords();
 }

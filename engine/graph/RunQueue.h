@@ -18,6 +18,8 @@ public:
 
     /// @param snapshot gives the pipeline at the moment when this run's turn has come.
     void run(const std::function<Pipeline()>& snapshot);
+    void setThreads(std::size_t threads) { runner.setThreads(threads); }
+    void setCache(const CacheConfig& cache) { runner.setCache(cache); }
     void explain(bool isAsked) { runner.explain(isAsked); }
     void tell(RunListener* listener) { runner.tell(listener); }
 

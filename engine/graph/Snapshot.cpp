@@ -93,6 +93,14 @@ void setResultsFolder(QzManager& manager, const fs::path& folder) {
     owner.resultsFolder = folder.string();
 }
 
+void setThreads(QzManager& manager, std::size_t threads) {
+    QzManager::Part::of(manager).runs.setThreads(threads);
+}
+
+void setCache(QzManager& manager, const CacheConfig& cache) {
+    QzManager::Part::of(manager).runs.setCache(cache);
+}
+
 void explainRuns(QzManager& manager, bool isAsked) {
     QzManager::Part::of(manager).runs.explain(isAsked);
 }

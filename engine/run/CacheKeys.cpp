@@ -1,4 +1,4 @@
-#include "store/CacheKeys.h"
+#include "run/CacheKeys.h"
 
 #include "run/KindBuild.h"
 
@@ -7,8 +7,9 @@ namespace {
 
 enum class Tag : std::uint64_t { Value, Wire };
 
-/// Paths that a source without wires reads: a name that stands for several files can come to mean others.
-bool addFiles(Sha256& digester, const RunState& state, std::size_t position) {
+/// Adds the paths that an unwired source would read, because a pattern may match other files than before.
+/// @return false if the source refuses its values.
+bool addFiles(Sha256& hash, const RunState& state, std::size_t position) {
     const auto* source = dynamic_cast<const Source*>(state.node(position).kind);
     if (!source || !state.plan.upstream(position).empty()) {
         return true;
@@ -16,7 +17,7 @@ bool addFiles(Sha256& digester, const RunState& state, std::size_t position) {
     const std::optional<NodeError> error = state.call(position, [&] {
         NodeContext context(state.environment, state.node(position));
         for (const std::filesystem::path& file : source->files(state.arguments(position), context)) {
-            digester.addText(file.string());
+            hash.addText(file.string());
         }
     });
     return !error;
@@ -28,26 +29,26 @@ std::optional<Digest> keyOf(const RunState& state, std::size_t position,
     if (!node.kind) {
         return std::nullopt;
     }
-    Sha256 digester;
-    // A plug-in may write its name, and that of what feeds it, into its result.
-    digester.addText(node.name);
-    digester.addText(node.kindName);
-    digester.addNumber(static_cast<std::uint64_t>(node.kind->version()));
-    digester.addText(buildOf(*node.kind));
+    Sha256 hash;
+    // A plug-in may write its own name and those of upstream nodes into its result.
+    hash.addText(node.name);
+    hash.addText(node.kindName);
+    hash.addNumber(static_cast<std::uint64_t>(node.kind->version()));
+    hash.addText(buildOf(*node.kind));
     for (const PipelineInput& input : node.inputs) {
-        digester.addText(input.spec.name);
-        digester.addNumber(static_cast<std::uint64_t>(input.wire ? Tag::Wire : Tag::Value));
+        hash.addText(input.spec.name);
+        hash.addNumber(static_cast<std::uint64_t>(input.wire ? Tag::Wire : Tag::Value));
         if (!input.wire) {
-            digester.addText(input.value);
+            hash.addText(input.value);
             continue;
         }
         if (input.wire->node >= keys.size() || !keys[input.wire->node]) {
             return std::nullopt;
         }
-        digester.add(keys[input.wire->node]->data(), keys[input.wire->node]->size());
-        digester.addText(input.wire->output);
+        hash.add(keys[input.wire->node]->data(), keys[input.wire->node]->size());
+        hash.addText(input.wire->output);
     }
-    return addFiles(digester, state, position) ? std::optional(digester.finish()) : std::nullopt;
+    return addFiles(hash, state, position) ? std::optional(hash.finish()) : std::nullopt;
 }
 
 }  // namespace

@@ -8,10 +8,9 @@
 
 namespace velmorak {
 
-/// @return for each plug-in a sum over its name, kind with the build of its code, and values and all that feeds it;
-/// nothing where it has no meaning
-///         because of a cycle or an unknown kind. Two plug-ins with the same sum give the same results as long as the
-///         files that they read hold the same.
+/// Cache key of each node: a hash of its name, kind, build of the kind's code, values and upstream keys; empty for
+/// nodes in or below a cycle and for unknown kinds. Nodes with equal keys give equal results as long as the files that
+/// they read have equal content.
 std::vector<std::optional<Digest>> cacheKeys(const RunState& state);
 
 }  // namespace velmorak

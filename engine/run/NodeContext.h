@@ -3,6 +3,7 @@
 #include "run/Messages.h"
 #include "run/Pipeline.h"
 #include "run/ResultFolder.h"
+#include "store/FileContent.h"
 #include "store/FileHashes.h"
 
 #include <atomic>
@@ -25,10 +26,6 @@ struct RunEnvironment {
     /// Called on any thread when a plug-in asks for a file that is there.
     std::function<void(const std::filesystem::path&, const FileStamp&)> asked{};
 };
-
-/// A file by the text that names it, so that another document finds its own file by the same text. Without a text:
-/// the AIDA file of the command line.
-using NamedFile = std::optional<std::string>;
 
 /// @return the path that a text in a document means: beside the document, or else in the current folder.
 std::filesystem::path resolved(const Pipeline& pipeline, const NamedFile& file);

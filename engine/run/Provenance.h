@@ -1,7 +1,7 @@
 #pragma once
 
+#include "run/ResultCache.h"
 #include "run/RunState.h"
-#include "store/ResultCache.h"
 
 #include <cstddef>
 

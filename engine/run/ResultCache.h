@@ -1,7 +1,7 @@
 #pragma once
 
+#include "run/CacheKeys.h"
 #include "run/RunState.h"
-#include "store/CacheKeys.h"
 #include "store/FileHashes.h"
 #include "store/ResultStore.h"
 
@@ -12,50 +12,52 @@
 
 namespace velmorak {
 
-/// Takes results of former runs from the store, and puts those of this run into it.
+/// Reuses results of former runs from the store, and stores those of one run: adapts the store, which knows keys,
+/// values and files, to the nodes of the run.
 class ResultCache {
 public:
-    /// @param state, store and digests outlive this.
-    ResultCache(RunState& state, ResultStore& store, FileHashes& digests);
+    /// @param state, store and hashes outlive this.
+    ResultCache(RunState& state, ResultStore& store, FileHashes& hashes);
 
     const std::optional<Digest>& key(std::size_t position) const { return keys[position]; }
 
-    /// Settles a plug-in whose stored result is still right: the files that it was made from and those that it left
-    /// hold what they held.
-    /// @return false when it has to be executed.
+    /// Finishes a node with its stored result if that is valid: the files that it was made from and those that it wrote
+    /// have the same content as then.
+    /// @return false if the node must be executed.
     bool reuse(std::size_t position);
 
-    /// Stores the results of plug-ins that have become complete, each once. A stream is stored without a value: that
-    /// its rows have passed is all that there is to know.
+    /// Stores the results of nodes that have become complete, each once. A stream is stored without a value: only that
+    /// all of its rows have passed.
     /// @param finished in the plan's order.
     void keep(const std::vector<std::size_t>& finished);
 
-    /// Files that the results of these plug-ins depend on, by name, with what they hold now; as far as is known yet.
+    /// Files that the results of these nodes depend on, by name, with their content now; as far as is known yet.
     std::vector<FileContent> filesOf(const std::vector<std::size_t>& positions);
 
-    /// Files that the plug-in itself asked for in this run, as far as they could be read since.
+    /// Files that the node itself opened in this run, as far as they could be hashed.
     const std::vector<FileContent>& askedFiles(std::size_t position) const { return asked[position]; }
-    /// Files that the plug-in left in this run or before it.
+    /// Result files of the node, written in this run or reused.
     const std::vector<FileContent>& writtenFiles(std::size_t position) const { return written[position]; }
 
-    /// What a file that was read, or one that was left, holds now; nothing when it is not there.
+    /// Content of an input file or of a result file now; empty if it cannot be read.
     std::optional<Digest> contentOf(const NamedFile& file);
     std::optional<Digest> resultContentOf(const std::string& fileName);
 
 private:
-    bool isRight(const StoredResult& stored);
+    bool isValid(const StoredResult& stored);
+    /// Claims the result files of a reused result, so that no other node may write them.
     bool claims(std::size_t position, const StoredResult& stored);
     void keep(std::size_t position);
-    bool gatherFiles(std::size_t position);
-    bool gatherWritten(std::size_t position);
+    bool collectFiles(std::size_t position);
+    bool collectWritten(std::size_t position);
 
     RunState& state;
     ResultStore& store;
-    FileHashes& digests;
-    std::uint64_t number;
+    FileHashes& hashes;
+    std::uint64_t runNumber;
     std::vector<std::optional<Digest>> keys;
-    std::vector<bool> isSeen;
-    std::vector<std::optional<std::vector<FileContent>>> files;  ///< All that each plug-in's result depends on.
+    std::vector<bool> isStored;                                  ///< Or needs no storing.
+    std::vector<std::optional<std::vector<FileContent>>> files;  ///< Everything that each node's result depends on.
     std::vector<std::vector<FileContent>> asked;
     std::vector<std::vector<FileContent>> written;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "store/ResultCache.h"
+#include "run/ResultCache.h"
 
 #include <map>
 #include <optional>

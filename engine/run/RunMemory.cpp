@@ -19,7 +19,8 @@ Digest keyOfDigests() {
 
 }  // namespace
 
-RunMemory::RunMemory(CacheConfig place, DiskStore::Say say) : disk(std::move(place), std::move(say)), store(disk) {}
+RunMemory::RunMemory(CacheConfig config, DiskStore::Warn warn)
+    : disk(std::move(config), std::move(warn)), store(disk) {}
 
 void RunMemory::recall(const Pipeline& pipeline) {
     if (!historyKey) {

@@ -15,7 +15,7 @@ namespace velmorak {
 /// Threads: used by the run's thread; store.clear may be called on any.
 class RunMemory {
 public:
-    RunMemory(CacheConfig place, DiskStore::Say say);
+    RunMemory(CacheConfig config, DiskStore::Warn warn);
 
     /// Brings to mind what is known of the pipeline's document.
     void recall(const Pipeline& pipeline);

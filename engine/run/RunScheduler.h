@@ -1,10 +1,10 @@
 #pragma once
 
+#include "run/ResultCache.h"
 #include "run/RunMemory.h"
 #include "run/RunState.h"
 #include "run/StreamPass.h"
 #include "store/FilePrefetchHasher.h"
-#include "store/ResultCache.h"
 
 #include <cstddef>
 #include <list>

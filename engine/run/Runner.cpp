@@ -1,5 +1,6 @@
 #include "run/Runner.h"
 
+#include "executor/PipelineExecutor.h"
 #include "executor/ThreadPool.h"
 #include "executor/WorkerPriority.h"
 #include "run/CrashNote.h"
@@ -10,38 +11,13 @@
 #include "run/RunScheduler.h"
 #include "run/Summary.h"
 
-#include <oneapi/tbb/global_control.h>
-#include <oneapi/tbb/info.h>
-#include <oneapi/tbb/task_arena.h>
-
 #include <algorithm>
 #include <atomic>
-#include <charconv>
-#include <cstdlib>
 #include <mutex>
-#include <string_view>
+#include <utility>
 
 namespace velmorak {
 namespace {
-
-constexpr int maxThreads = 1024;
-
-/// @return the number of threads that the environment asks for, or that the machine has.
-int threadCount(Messages& messages) {
-    const int cores = oneapi::tbb::info::default_concurrency();
-    const char* setting = std::getenv("VELMORAK_THREADS");
-    if (!setting || *setting == '\0') {
-        return cores;
-    }
-    const std::string_view text(setting);
-    int threads = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), threads);
-    if (error == std::errc() && end == text.data() + text.size() && threads >= 1 && threads <= maxThreads) {
-        return threads;
-    }
-    messages.line("VELMORAK_THREADS=" + std::string(text) + " is no number of threads; all cores are used");
-    return cores;
-}
 
 void threeSeconds(std::unique_lock<std::mutex>& lock, std::condition_variable& change,
                   const std::function<bool()>& isOver) {
@@ -56,10 +32,12 @@ bool RunReport::hasFailure() const {
 }
 
 struct Runner::Impl : std::enable_shared_from_this<Runner::Impl> {
-    Impl(std::ostream& stream, bool isTerminal, const CacheConfig& slot);
+    Impl(std::ostream& stream, bool isTerminal, RunConfig config);
 
     RunReport carryOut(RunJob& job);
-    void execute(RunJob& job, int threads, bool isPolite);
+    void warnOfConfig();
+    std::unique_ptr<RunMemory> newMemory();
+    void execute(RunJob& job, bool isBackground);
     RunReport leaveBehind(RunJob& job);
     void summarise(const Pipeline& pipeline, const RunReport& report);
     bool leave(const Pipeline& pipeline, const RunReport& report, bool isOver);
@@ -67,37 +45,44 @@ struct Runner::Impl : std::enable_shared_from_this<Runner::Impl> {
     std::ostream& stream;
     const bool isTerminal;
     std::shared_ptr<Messages> messages;  ///< A run that is left behind has silent ones of its own.
-    RunMemory memory;
+    RunConfig config;
+    std::unique_ptr<RunMemory> memory;
     bool explains = false;
-    std::unique_ptr<Executor> executor;  ///< Null: a crew for each run.
+    std::unique_ptr<Executor> executor;  ///< Null: a thread pool for each run.
     bool leavesRecords = false;
     RunListener* listener = nullptr;
     Grace grace = threeSeconds;
-    int threadsLeft = 0;  ///< Behind, for good.
     std::mutex mutex;
     std::shared_ptr<RunJob> job;  ///< Of the run that is going on; null without one.
 };
 
-Runner::Impl::Impl(std::ostream& stream, bool isTerminal, const CacheConfig& slot)
+Runner::Impl::Impl(std::ostream& stream, bool isTerminal, RunConfig config)
     : stream(stream),
       isTerminal(isTerminal),
       messages(std::make_shared<Messages>(stream, isTerminal)),
-      memory(slot, [this](const std::string& sentence) { messages->line(sentence); }) {
-    if (!slot.complaint.empty()) {
-        messages->line(slot.complaint);
+      config(std::move(config)),
+      memory(newMemory()) {}
+
+std::unique_ptr<RunMemory> Runner::Impl::newMemory() {
+    return std::make_unique<RunMemory>(config.cache, [this](const std::string& message) { messages->line(message); });
+}
+
+/// Each warning once.
+void Runner::Impl::warnOfConfig() {
+    for (std::string* const warning : {&config.cache.warning, &config.threads.warning}) {
+        if (!warning->empty()) {
+            messages->line(std::exchange(*warning, {}));
+        }
     }
 }
 
 RunReport Runner::Impl::carryOut(RunJob& job) {
-    const int threads = threadCount(*messages);
-    const oneapi::tbb::global_control allowance(oneapi::tbb::global_control::max_allowed_parallelism,
-                                                static_cast<std::size_t>(threads + threadsLeft));
-    job.report.threads = threads;
+    warnOfConfig();
+    job.report.threads = static_cast<int>(config.threads.threads);
     job.report.began = std::chrono::system_clock::now();
     const auto begin = std::chrono::steady_clock::now();
-    job.begin([self = shared_from_this(), &job, threads, isPolite = WorkerPriority::isCalledFor()] {
-        self->execute(job, threads, isPolite);
-    });
+    // A run that the main thread waits for has no window to keep responsive.
+    job.begin([self = shared_from_this(), &job, isBackground = !isMainThread()] { self->execute(job, isBackground); });
     const bool hasEnded = job.wait(grace);
     RunReport report = hasEnded ? std::move(job.report) : leaveBehind(job);
     if (hasEnded && job.error()) {
@@ -118,33 +103,33 @@ RunReport Runner::Impl::carryOut(RunJob& job) {
 }
 
 /// On the job's thread.
-void Runner::Impl::execute(RunJob& job, int threads, bool isPolite) {
-    oneapi::tbb::task_arena arena(threads);
-    const WorkerPriority politeness(arena, isPolite);
-    ThreadPool crew(static_cast<std::size_t>(threads));
+void Runner::Impl::execute(RunJob& job, bool isBackground) {
+    if (isBackground) {
+        lowerPriority();
+    }
+    const auto threads = static_cast<std::size_t>(job.report.threads);
+    const ThreadPool pool(threads);
+    PipelineExecutor ownExecutor(threads);
     job.messages->beginProgress();
-    memory.recall(job.pipeline);
+    memory->recall(job.pipeline);
     removeLeftovers(job.pipeline);
     job.leavesRecord = leave(job.pipeline, job.report, false);
-    job.listener.began(job.pipeline, threads);
-    arena.execute([&] {
-        RunState state(job.pipeline, job.isAskedToEnd(), *job.messages, *job.ledger,
-                       job.isListening ? &job.listener : nullptr);
-        RunScheduler(state, memory, explains, executor ? *executor : crew).run(job.report);
-    });
+    job.listener.began(job.pipeline, job.report.threads);
+    RunState state(job.pipeline, job.isAskedToEnd(), *job.messages, *job.ledger,
+                   job.isListening ? &job.listener : nullptr);
+    RunScheduler(state, *memory, explains, executor ? *executor : ownExecutor).run(job.report);
 }
 
 RunReport Runner::Impl::leaveBehind(RunJob& job) {
     RunReport report;
-    report.threads = threadCount(*messages);
+    report.threads = static_cast<int>(config.threads.threads);
     report.began = std::chrono::system_clock::now();
     const std::vector<std::size_t> deaf = job.leaveBehind();
     messages = std::make_shared<Messages>(stream, isTerminal);
     report.nodes = job.ledger->reports();
     report.wasStopped = true;
     for (const std::size_t position : deaf) {
-        ++threadsLeft;
-        memory.refused.insert(job.pipeline.nodes[position].kind);
+        memory->refused.insert(job.pipeline.nodes[position].kind);
         messages->line(job.ledger->title(position) +
                        " does not stop; its thread is left behind, and its kind is refused until the program is "
                        "started anew");
@@ -183,8 +168,8 @@ void Runner::Impl::summarise(const Pipeline& pipeline, const RunReport& report) 
     }
 }
 
-Runner::Runner(std::ostream& messages, bool isTerminal, const CacheConfig& slot)
-    : part(std::make_shared<Impl>(messages, isTerminal, slot)) {
+Runner::Runner(std::ostream& messages, bool isTerminal, const RunConfig& config)
+    : part(std::make_shared<Impl>(messages, isTerminal, config)) {
     nameCrashes();
 }
 
@@ -218,6 +203,15 @@ void Runner::explain(bool isInScope) {
     part->explains = isInScope;
 }
 
+void Runner::setThreads(std::size_t threads) {
+    part->config.threads = {threads};
+}
+
+void Runner::setCache(const CacheConfig& cache) {
+    part->config.cache = cache;
+    part->memory = part->newMemory();
+}
+
 void Runner::setExecutor(std::unique_ptr<Executor> executor) {
     part->executor = std::move(executor);
 }
@@ -243,7 +237,7 @@ void Runner::stop() {
 
 void Runner::reset() {
     stop();
-    part->memory.store.clear();
+    part->memory->store.clear();
 }
 
 }  // namespace velmorak

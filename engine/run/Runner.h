@@ -1,7 +1,7 @@
 #pragma once
 
 #include "run/Pipeline.h"
-#include "store/CacheConfig.h"
+#include "run/RunConfig.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -55,8 +55,7 @@ class RunListener;
 class Runner {
 public:
     /// @param messages progress, one line a plug-in, and failures. On a terminal the progress line redraws.
-    /// @param place where results are kept for later programs.
-    Runner(std::ostream& messages, bool isTerminal, const CacheConfig& place = {});
+    Runner(std::ostream& messages, bool isTerminal, const RunConfig& config = {});
     ~Runner();
 
     RunReport run(const Pipeline& pipeline);
@@ -64,6 +63,12 @@ public:
     /// Before a run executes anything, it says for each plug-in whether it is executed or reused, and why. Not at
     /// first. Called while no run is going on.
     void explain(bool isAsked);
+
+    /// Number of threads of each run from now on, at least 1. Called while no run is going on.
+    void setThreads(std::size_t threads);
+
+    /// Where results are cached on disk. Called before the first run.
+    void setCache(const CacheConfig& cache);
 
     /// Who works from now on, in place of threads of the runner's own. Called while no run is going on.
     void setExecutor(std::unique_ptr<Executor> executor);

@@ -209,7 +209,7 @@ void StreamPass::runPipeline(Executor& executor) {
                                }});
     }
     line.stages.push_back({true, [this](std::size_t slot) { commitChunk(*tasks[slot]); }});
-    executor.work(line);
+    executor.run(line);
 }
 
 bool StreamPass::read(ChunkTask& task) {

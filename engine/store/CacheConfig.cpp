@@ -8,7 +8,7 @@ namespace velmorak {
 namespace {
 
 constexpr std::uint64_t mebibyte = std::uint64_t{1} << 20;
-constexpr std::uint64_t usualMebibytes = 2048;
+constexpr std::uint64_t defaultMebibytes = 2048;
 constexpr std::uint64_t maxMebibytes = std::uint64_t{1} << 30;
 
 std::filesystem::path absolutePathIn(const char* variable) {
@@ -17,7 +17,7 @@ std::filesystem::path absolutePathIn(const char* variable) {
     return path.is_absolute() ? path : std::filesystem::path();
 }
 
-std::filesystem::path folderOfEnvironment() {
+std::filesystem::path folderFromEnvironment() {
     if (const auto cache = absolutePathIn("XDG_CACHE_HOME"); !cache.empty()) {
         return cache / "velmorak";
     }
@@ -30,18 +30,19 @@ std::filesystem::path folderOfEnvironment() {
 CacheConfig cacheConfigFromEnvironment() {
     const char* setting = std::getenv("VELMORAK_CACHE_LIMIT");
     const std::string_view text(setting ? setting : "");
-    std::uint64_t mebibytes = usualMebibytes;
-    std::string complaint;
+    std::uint64_t mebibytes = defaultMebibytes;
+    std::string warning;
     if (!text.empty()) {
         std::uint64_t read = 0;
         const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), read);
         if (error == std::errc() && end == text.data() + text.size() && read <= maxMebibytes) {
             mebibytes = read;
         } else {
-            complaint = "VELMORAK_CACHE_LIMIT=" + std::string(text) + " is no number of MiB; 2048 is taken";
+            warning = "VELMORAK_CACHE_LIMIT=" + std::string(text) + " is not a whole number of MiB; using " +
+                      std::to_string(defaultMebibytes);
         }
     }
-    return {mebibytes == 0 ? std::filesystem::path() : folderOfEnvironment(), mebibytes * mebibyte, complaint};
+    return {mebibytes == 0 ? std::filesystem::path() : folderFromEnvironment(), mebibytes * mebibyte, warning};
 }
 
 }  // namespace velmorak

@@ -27,16 +27,16 @@ std::optional<Digest> read(const std::filesystem::path& file, const std::atomic<
     if (!stream) {
         return std::nullopt;
     }
-    Sha256 digester;
+    Sha256 hash;
     std::vector<char> block(blockBytes);
     while (stream) {
         if (stopping) {
             return std::nullopt;
         }
         stream.read(block.data(), static_cast<std::streamsize>(block.size()));
-        digester.add(block.data(), static_cast<std::size_t>(stream.gcount()));
+        hash.add(block.data(), static_cast<std::size_t>(stream.gcount()));
     }
-    return stream.bad() ? std::nullopt : std::optional(digester.finish());
+    return stream.bad() ? std::nullopt : std::optional(hash.finish());
 }
 
 }  // namespace
@@ -65,40 +65,40 @@ bool hasSameContent(const FileStamp& one, const FileStamp& other) {
     return renamed == other;
 }
 
-/// Only one thread reads a file; the others come after it, and mostly find what it left.
+/// The right to read a file, which one thread has at a time. Others wait for it, and then usually find its digest.
 class FileHashes::Turn {
 public:
-    Turn(FileHashes& digests, const std::filesystem::path& file, const std::atomic<bool>& stopping);
+    Turn(FileHashes& hashes, const std::filesystem::path& file, const std::atomic<bool>& stopping);
     Turn(const Turn&) = delete;
     Turn& operator=(const Turn&) = delete;
     ~Turn();
 
 private:
-    FileHashes& digests;
+    FileHashes& hashes;
     const std::filesystem::path& file;
-    bool isOurs = false;  ///< Not when the run was stopped while another was reading.
+    bool isOurs = false;  ///< Not if the run was stopped while another thread was reading.
 };
 
-FileHashes::Turn::Turn(FileHashes& digests, const std::filesystem::path& file, const std::atomic<bool>& stopping)
-    : digests(digests), file(file) {
-    std::unique_lock lock(digests.mutex);
-    constexpr std::chrono::milliseconds untilNextLook(5);
-    while (digests.beingRead.contains(file) && !stopping) {
-        digests.change.wait_for(lock, untilNextLook);
+FileHashes::Turn::Turn(FileHashes& hashes, const std::filesystem::path& file, const std::atomic<bool>& stopping)
+    : hashes(hashes), file(file) {
+    const MutexLock lock(hashes.mutex);
+    constexpr std::chrono::milliseconds stopCheckInterval(5);
+    while (hashes.beingRead.contains(file) && !stopping) {
+        hashes.change.waitFor(hashes.mutex, stopCheckInterval);
     }
-    isOurs = digests.beingRead.insert(file).second;
+    isOurs = hashes.beingRead.insert(file).second;
 }
 
 FileHashes::Turn::~Turn() {
-    const std::scoped_lock lock(digests.mutex);
+    const MutexLock lock(hashes.mutex);
     if (isOurs) {
-        digests.beingRead.erase(file);
-        digests.change.notify_all();
+        hashes.beingRead.erase(file);
+        hashes.change.notifyAll();
     }
 }
 
 std::optional<Digest> FileHashes::recall(const std::filesystem::path& file, const FileStamp& stamp) {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     const auto found = known.find(file);
     const bool isKnown = found != known.end() && found->second.stamp == stamp && !isYoung(stamp, found->second.readNs);
     return isKnown ? std::optional(found->second.digest) : std::nullopt;
@@ -118,22 +118,26 @@ std::optional<Digest> FileHashes::of(const std::filesystem::path& file, const st
     if (!digest || stampOf(file) != stamp) {
         return std::nullopt;
     }
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     known[file] = {*stamp, *digest, readNs};
     hasChanged = true;
     return digest;
 }
 
-std::optional<std::string> FileHashes::changes() {
-    const std::scoped_lock lock(mutex);
-    if (!std::exchange(hasChanged, false)) {
-        return std::nullopt;
-    }
+void FileHashes::evictOldest() {
     while (known.size() > maxKnown) {
         known.erase(std::min_element(known.begin(), known.end(), [](const auto& one, const auto& other) {
             return one.second.readNs < other.second.readNs;
         }));
     }
+}
+
+std::optional<std::string> FileHashes::changes() {
+    const MutexLock lock(mutex);
+    if (!std::exchange(hasChanged, false)) {
+        return std::nullopt;
+    }
+    evictOldest();
     ByteWriter writer;
     writer.number(mark);
     writer.number<std::uint64_t>(known.size());
@@ -145,7 +149,7 @@ std::optional<std::string> FileHashes::changes() {
 }
 
 void FileHashes::restore(const std::string& bytes) {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     try {
         ByteReader reader(bytes, mark);
         for (auto count = reader.number<std::uint64_t>(); count > 0; --count) {
@@ -153,7 +157,7 @@ void FileHashes::restore(const std::string& bytes) {
             known.emplace(std::move(file), reader.number<Known>());
         }
     } catch (const std::invalid_argument&) {
-        hasChanged = true;  // The rest of it is not worth keeping.
+        hasChanged = true;  // Replaces the damaged bytes.
     }
 }
 

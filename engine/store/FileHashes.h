@@ -2,20 +2,20 @@
 
 #include "store/Sha256.h"
 
+#include <velmorak/Mutex.h>
+
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <filesystem>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
 
 namespace velmorak {
 
-/// What the file system knows of a file's state. Whoever changes the content changes the stamp; a stamp may change
-/// while the content stays.
+/// Identity and state of a file as the file system reports them. A change of the content changes the stamp; the stamp
+/// may also change while the content stays the same.
 struct FileStamp {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
@@ -26,32 +26,32 @@ struct FileStamp {
     bool operator==(const FileStamp&) const = default;
 };
 
-/// As far as the two stamps tell; a file that only got another name has the same content.
+/// @return whether the stamps differ at most by a renaming of the file.
 bool hasSameContent(const FileStamp& one, const FileStamp& other);
 
-/// @return nothing when there is no such file, or it is no plain file.
+/// @return empty if there is no such file, or it is not a regular file.
 std::optional<FileStamp> stampOf(const std::filesystem::path& file);
 
-/// @return whether a change right after the given time could have left the stamp as it was, because file systems count
-///         time in steps of up to two seconds.
+/// @return whether a change right after the given time could leave the stamp as it is, because file systems count time
+///         in steps of up to two seconds.
 /// @param timeNs since 1970.
 bool isYoung(const FileStamp& stamp, std::int64_t timeNs);
 
 /// @return nanoseconds since 1970.
 std::int64_t nowNs();
 
-/// Content sums of files. A file is read again only when its stamp has changed, or is so young that a change right
+/// SHA-256 digests of files. A file is read again only if its stamp has changed, or is so young that a change right
 /// after the reading could have left the stamp as it was.
 /// Threads: every operation may be called on any thread.
 class FileHashes {
 public:
-    /// Waits where another thread is reading the file already.
-    /// @return nothing when the file cannot be read, changes meanwhile, or stopping is set first.
+    /// Waits if another thread is reading the file already.
+    /// @return empty if the file cannot be read, changes meanwhile, or stopping is set first.
     std::optional<Digest> of(const std::filesystem::path& file, const std::atomic<bool>& stopping);
 
-    /// What is known, for a later program. @return nothing when it is what restore was given.
+    /// All digests, for restore in a later program. @return empty if nothing was added since the last call.
     std::optional<std::string> changes();
-    /// Takes in what changes gave, as far as nothing newer is known. Anything else is ignored.
+    /// Adds the digests that changes returned, without replacing newer ones. Damaged bytes are ignored.
     void restore(const std::string& bytes);
 
 private:
@@ -63,13 +63,14 @@ private:
 
     class Turn;
 
-    std::optional<Digest> recall(const std::filesystem::path& file, const FileStamp& stamp);
+    std::optional<Digest> recall(const std::filesystem::path& file, const FileStamp& stamp) VELMORAK_EXCLUDES(mutex);
+    void evictOldest() VELMORAK_REQUIRES(mutex);
 
-    std::mutex mutex;
-    std::condition_variable change;
-    std::map<std::filesystem::path, Known> known;
-    std::set<std::filesystem::path> beingRead;
-    bool hasChanged = false;
+    Mutex mutex;
+    ConditionVariable change;
+    std::map<std::filesystem::path, Known> known VELMORAK_GUARDED_BY(mutex);
+    std::set<std::filesystem::path> beingRead VELMORAK_GUARDED_BY(mutex);
+    bool hasChanged VELMORAK_GUARDED_BY(mutex) = false;
 };
 
 }  // namespace velmorak

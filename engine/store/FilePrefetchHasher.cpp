@@ -2,10 +2,7 @@
 
 #include <velmorak/Tasks.h>
 
-#include <oneapi/tbb/task_arena.h>
-
 #include <atomic>
-#include <condition_variable>
 #include <exception>
 #include <utility>
 
@@ -16,63 +13,71 @@ constexpr std::int64_t minBytes = std::int64_t{1} << 20;
 
 }  // namespace
 
-/// Outlives the run where it is called too late.
+/// Outlives the run if it starts too late.
 class FilePrefetchHasher::Task {
 public:
-    Task(FileHashes& digests, std::filesystem::path file) : digests(digests), file(std::move(file)) {}
+    Task(FileHashes& hashes, std::filesystem::path file) : hashes(hashes), file(std::move(file)) {}
 
-    void run();
-
-    void abandon();
+    void run() VELMORAK_EXCLUDES(mutex);
+    /// Returns when run does not use the hashes any more, and never will.
+    void cancel() VELMORAK_EXCLUDES(mutex);
 
 private:
-    FileHashes& digests;
+    /// @return false if the task was cancelled.
+    bool start() VELMORAK_EXCLUDES(mutex);
+
+    FileHashes& hashes;
     const std::filesystem::path file;
-    std::mutex mutex;
-    std::condition_variable change;
-    std::atomic<bool> isAbandoned = false;
-    bool isRunning = false;
+    std::atomic<bool> isCancelled = false;
+    Mutex mutex;
+    ConditionVariable change;
+    bool isRunning VELMORAK_GUARDED_BY(mutex) = false;
 };
 
+bool FilePrefetchHasher::Task::start() {
+    const MutexLock lock(mutex);
+    isRunning = !isCancelled;
+    return isRunning;
+}
+
 void FilePrefetchHasher::Task::run() {
-    {
-        const std::scoped_lock lock(mutex);
-        if (isAbandoned) {
-            return;
-        }
-        isRunning = true;
+    if (!start()) {
+        return;
     }
     try {
-        digests.of(file, isAbandoned);
+        hashes.of(file, isCancelled);
     } catch (const std::exception&) {
-        // Who needs the sum makes it and says what is wrong.
+        // Whoever needs the digest computes it again and reports the error.
     }
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     isRunning = false;
-    change.notify_all();
+    change.notifyAll();
 }
 
-void FilePrefetchHasher::Task::abandon() {
-    std::unique_lock lock(mutex);
-    isAbandoned = true;
-    change.wait(lock, [this] { return !isRunning; });
+void FilePrefetchHasher::Task::cancel() {
+    const MutexLock lock(mutex);
+    isCancelled = true;
+    while (isRunning) {
+        change.wait(mutex);
+    }
 }
 
-FilePrefetchHasher::FilePrefetchHasher(FileHashes& digests) : digests(digests) {}
+FilePrefetchHasher::FilePrefetchHasher(FileHashes& hashes) : hashes(hashes) {}
 
 FilePrefetchHasher::~FilePrefetchHasher() {
+    const MutexLock lock(mutex);
     for (const std::shared_ptr<Task>& task : tasks) {
-        task->abandon();
+        task->cancel();
     }
 }
 
 bool FilePrefetchHasher::begin(const std::filesystem::path& file, const FileStamp& stamp) {
-    if (oneapi::tbb::this_task_arena::max_concurrency() < 2 || stamp.size < minBytes || isYoung(stamp, nowNs())) {
+    if (runThreads() < 2 || stamp.size < minBytes || isYoung(stamp, nowNs())) {
         return false;
     }
-    const auto task = std::make_shared<Task>(digests, file);
+    const auto task = std::make_shared<Task>(hashes, file);
     {
-        const std::scoped_lock lock(mutex);
+        const MutexLock lock(mutex);
         tasks.push_back(task);
     }
     spawnTask([task] { task->run(); });

@@ -2,37 +2,38 @@
 
 #include "store/FileHashes.h"
 
+#include <velmorak/Mutex.h>
+
 #include <filesystem>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 namespace velmorak {
 
-/// Has the contents of input files summed up by other threads of the run while their rows are read, so that the sums
-/// are there when the results are to be kept. Who needs one earlier waits for it, or makes it. Threads: begin may be
-/// called on any thread of the run.
+/// Hashes input files on other threads of the run while their rows are read, so that the digests are known when the
+/// results are to be stored. Whoever needs one earlier waits for it, or computes it.
+/// Threads: begin may be called on any thread of the run.
 class FilePrefetchHasher {
 public:
-    /// @param digests outlives this.
-    explicit FilePrefetchHasher(FileHashes& digests);
+    /// @param hashes outlives this.
+    explicit FilePrefetchHasher(FileHashes& hashes);
     FilePrefetchHasher(const FilePrefetchHasher&) = delete;
     FilePrefetchHasher& operator=(const FilePrefetchHasher&) = delete;
-    /// What has not begun is left, what has begun is given up.
+    /// Cancels the tasks and waits for those that run.
     ~FilePrefetchHasher();
 
-    /// Does nothing where it would not pay: without another thread, with a small file, or one so young that it would be
-    /// read again.
+    /// Does nothing where it would not pay: if the run has one thread, or for a file that is small or was changed so
+    /// recently that its digest would not be trusted later.
     /// @param stamp of the file.
-    /// @return whether it is done.
-    bool begin(const std::filesystem::path& file, const FileStamp& stamp);
+    /// @return whether the file will be hashed.
+    bool begin(const std::filesystem::path& file, const FileStamp& stamp) VELMORAK_EXCLUDES(mutex);
 
 private:
     class Task;
 
-    FileHashes& digests;
-    std::mutex mutex;
-    std::vector<std::shared_ptr<Task>> tasks;
+    FileHashes& hashes;
+    Mutex mutex;
+    std::vector<std::shared_ptr<Task>> tasks VELMORAK_GUARDED_BY(mutex);
 };
 
 }  // namespace velmorak

@@ -1,43 +1,39 @@
 #pragma once
 
-#include "run/NodeContext.h"
 #include "store/DiskStore.h"
+#include "store/FileContent.h"
 
+#include <velmorak/Mutex.h>
 #include <velmorak/Value.h>
 
 #include <cstdint>
 #include <map>
-#include <mutex>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace velmorak {
 
-/// A file that a result depends on, and what it held then.
-struct FileContent {
-    NamedFile file;
-    Digest digest{};
-};
-
-/// What is kept of a plug-in that has done its work.
+/// What the store keeps of a node that is done.
 struct StoredResult {
     std::vector<Value> outputs;
-    std::vector<FileContent> files;    ///< Its own and those of all that is upstream of it.
-    std::vector<FileContent> asked;    ///< Its own only.
-    std::vector<FileContent> written;  ///< Files that it left, by the names that it gave them.
+    std::vector<FileContent> files;    ///< Input files of the node and of everything upstream.
+    std::vector<FileContent> asked;    ///< Input files of the node itself.
+    std::vector<FileContent> written;  ///< Result files, by the names that the node gave them.
 };
 
-/// Results by what they were made from: in memory, where what the last runs neither used nor made is forgotten, and on
-/// disk behind it.
+/// Results by cache key: in memory, where results are evicted that the last runs neither used nor made, and behind that
+/// on disk.
 /// Threads: every operation may be called on any thread.
 class ResultStore {
 public:
+    /// @param disk outlives this.
     explicit ResultStore(DiskStore& disk) : disk(disk) {}
 
-    /// @return a number for keep: after clear, a run that had begun before keeps nothing.
+    /// @return a number for keep. After clear, keep ignores the results of runs that began before.
     std::uint64_t beginRun();
     std::optional<StoredResult> find(const Digest& key);
-    /// @return why no later program will find the result; empty where one will, or where there is no place for any.
+    /// @return why the result is not on disk for later programs; empty if it is, or if there is no disk cache.
     /// @throws std::bad_alloc
     std::string keep(std::uint64_t run, const Digest& key, const StoredResult& result);
     void clear();
@@ -52,10 +48,10 @@ private:
     bool keepInMemory(std::uint64_t run, const Digest& key, const StoredResult& result);
 
     DiskStore& disk;
-    std::mutex mutex;
-    std::map<Digest, Entry> entries;
-    std::uint64_t runs = 0;
-    std::uint64_t firstRun = 0;  ///< First run after the last clear.
+    Mutex mutex;
+    std::map<Digest, Entry> entries VELMORAK_GUARDED_BY(mutex);
+    std::uint64_t runs VELMORAK_GUARDED_BY(mutex) = 0;
+    std::uint64_t firstRun VELMORAK_GUARDED_BY(mutex) = 0;  ///< First run after the last clear.
 };
 
 }  // namespace velmorak

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint64_t mark = 0x31'53'45'52'6b'6c'65'56;
 
-enum class Sort : std::uint8_t { Nothing, Number, Text, Object };
+enum class ValueTag : std::uint8_t { Nothing, Number, Text, Object };
 
 void addValue(ByteWriter& writer, const Value& value) {
     writer.number(static_cast<std::uint8_t>(value.index()));
@@ -23,17 +23,17 @@ void addValue(ByteWriter& writer, const Value& value) {
 }
 
 Value readValue(ByteReader& reader) {
-    switch (static_cast<Sort>(reader.number<std::uint8_t>())) {
-        case Sort::Nothing:
+    switch (static_cast<ValueTag>(reader.number<std::uint8_t>())) {
+        case ValueTag::Nothing:
             return {};
-        case Sort::Number:
+        case ValueTag::Number:
             return reader.number<double>();
-        case Sort::Text:
+        case ValueTag::Text:
             return reader.list<std::string>();
-        case Sort::Object:
+        case ValueTag::Object:
             return objectFrom(reader.list<std::string>());
     }
-    throw std::invalid_argument("there is no such sort of value");
+    throw std::invalid_argument("unknown type of value");
 }
 
 void write(ByteWriter& writer, const StoredResult& result) {

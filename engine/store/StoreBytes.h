@@ -7,20 +7,20 @@
 #include <optional>
 #include <string>
 
-/// What the store keeps as bytes, for this machine only.
+/// Serialisation of stored results, in the byte order of this machine.
 namespace velmorak {
 
 void addFiles(ByteWriter& writer, const std::vector<FileContent>& files);
 /// @throws std::invalid_argument
 std::vector<FileContent> readFiles(ByteReader& reader);
 
-/// @return nothing when there is an object among the outputs that only its collection knows.
+/// @return empty if an output is an object of a class that only its collection knows.
 std::optional<std::string> bytesOf(const StoredResult& result);
-/// The bytes of bytesOf in pieces. @throws std::invalid_argument where bytesOf gives nothing.
+/// Writes the same bytes in pieces. @throws std::invalid_argument where the other bytesOf returns nothing.
 void bytesOf(const StoredResult& result, const ByteSink& sink);
-/// @return how many these are, without making them; nothing where bytesOf gives nothing.
+/// @return the number of these bytes, without making them; empty where bytesOf returns nothing.
 std::optional<std::uint64_t> countBytesOf(const StoredResult& result);
-/// @return nothing when these are no such bytes.
+/// @return empty if the bytes are not those of a result.
 std::optional<StoredResult> storedResultFrom(const std::string& bytes);
 
 }  // namespace velmorak

@@ -2,8 +2,6 @@
 
 #include <velmorak/Tasks.h>
 
-#include <oneapi/tbb/task_arena.h>
-
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -161,8 +159,7 @@ void RowBlocks::Shared::forgetText() {
     rest = std::vector<char>();
 }
 
-RowBlocks::RowBlocks(TextInput& bytes, const std::vector<PlainColumn>& columns)
-    : threads(static_cast<std::size_t>(std::max(1, oneapi::tbb::this_task_arena::max_concurrency()))) {
+RowBlocks::RowBlocks(TextInput& bytes, const std::vector<PlainColumn>& columns) : threads(runThreads()) {
     shared = std::make_shared<Shared>(bytes, columns, threads == 1 ? 1 : 4 + 4 * threads);
 }
 

@@ -14,7 +14,7 @@
 namespace velmorak::io {
 
 /// The text of a tuple's rows, cut into blocks behind rows, each scanned as if it held plain rows and nothing else. In
-/// an arena of several threads of the scheduler those that are idle unpack and scan ahead of what is asked for.
+/// a run of several threads, idle ones decompress and scan ahead of what is asked for.
 /// Threads: its operations are called by one at a time, which alone sees the block at the front.
 class RowBlocks {
 public:

@@ -1,11 +1,17 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 
+/// What a reader or a kind may use to work on several threads of the run that it is called by.
 namespace velmorak {
 
-/// Lets another thread of the run do the work, as soon as there is one; how many there are is for the run to say. What
-/// was written before the call is seen by the work. The work must not throw.
-void spawnTask(std::function<void()> work);
+/// @return how many threads the run that the calling thread belongs to has; 1 outside of a run.
+std::size_t runThreads();
+
+/// Runs the task on another thread of the run that the calling thread belongs to, as soon as one is free. A task that
+/// has not begun when the run ends is discarded, so the caller must be able to finish without it.
+/// The task must not throw. Outside of a run, it is discarded at once.
+void spawnTask(std::function<void()> task);
 
 }  // namespace velmorak

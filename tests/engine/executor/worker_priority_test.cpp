@@ -1,3 +1,4 @@
+#include "executor/ThreadPool.h"
 #include "executor/WorkerPriority.h"
 
 #include <gtest/gtest.h>
@@ -5,34 +6,54 @@
 #include <sys/resource.h>
 #include <unistd.h>
 #include <algorithm>
+#include <functional>
+#include <future>
 #include <thread>
 
-namespace velmorak {
+namespace velmorak::test {
 namespace {
 
-int priorityHere() {
+int niceValue() {
     return getpriority(PRIO_PROCESS, static_cast<id_t>(gettid()));
 }
 
-/// How far the threads of an arena stand back that is used from here.
-int priorityInARun() {
-    oneapi::tbb::task_arena arena(1);
-    const WorkerPriority politeness(arena, WorkerPriority::isCalledFor());
-    return arena.execute([] { return priorityHere(); });
+void inThread(const std::function<void()>& work) {
+    std::thread(work).join();
 }
 
-TEST(WorkerPriority, aRunBesideAWindowStandsBack) {
-    const int before = priorityHere();
-    int inside = before;
-    std::thread([&] { inside = priorityInARun(); }).join();
-    EXPECT_EQ(inside, std::max(before, 10));
-    EXPECT_EQ(priorityHere(), before);
+TEST(WorkerPriority, tellsTheMainThreadFromOthers) {
+    EXPECT_TRUE(isMainThread());
+    inThread([] { EXPECT_FALSE(isMainThread()); });
 }
 
-TEST(WorkerPriority, aRunOnTheFirstThreadStaysAsItIs) {
-    const int before = priorityHere();
-    EXPECT_EQ(priorityInARun(), before);
+TEST(WorkerPriority, isLoweredForTheCallingThreadOnly) {
+    const int before = niceValue();
+    inThread([before] {
+        lowerPriority();
+        EXPECT_EQ(niceValue(), std::max(before, 10));
+    });
+    EXPECT_EQ(niceValue(), before);
+}
+
+TEST(WorkerPriority, isPassedOnToThePoolOfTheThread) {
+    inThread([] {
+        lowerPriority();
+        const int lowered = niceValue();
+        std::promise<int> inPool;
+        ThreadPool pool(2);
+        pool.submit([&] { inPool.set_value(niceValue()); });
+        EXPECT_EQ(inPool.get_future().get(), lowered);
+    });
+}
+
+TEST(WorkerPriority, isNeverRaised) {
+    inThread([] {
+        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 15);
+        const int inherited = niceValue();
+        lowerPriority();
+        EXPECT_EQ(niceValue(), inherited);
+    });
 }
 
 }  // namespace
-}  // namespace velmorak
+}  // namespace velmorak::test

@@ -17,8 +17,8 @@ protected:
         wire("late", "table", "sum", "table");
     }
 
-    double sumOf(const char* threads) {
-        setenv("VELMORAK_THREADS", threads, 1);
+    double sumOf(std::size_t threads) {
+        runner.setThreads(threads);
         runner.reset();
         run();
         EXPECT_EQ(status("sum"), NodeStatus::Done) << sentence("sum");
@@ -32,13 +32,13 @@ protected:
 };
 
 TEST_F(Completing, givesTheSameBitsForAnyThreads) {
-    const double inOne = sumOf("1");
-    for (const char* threads : {"2", "3", "16"}) {
+    const double inOne = sumOf(1);
+    for (const std::size_t threads : {2, 3, 16}) {
         const double inMany = sumOf(threads);
         EXPECT_EQ(std::memcmp(&inOne, &inMany, sizeof inOne), 0) << threads;
     }
     late.isLate = false;
-    EXPECT_EQ(sumOf("2"), inOne) << "as rows that are made one chunk after the other";
+    EXPECT_EQ(sumOf(2), inOne) << "as rows that are made one chunk after the other";
 }
 
 TEST_F(Completing, isDoneOnceForEachChunkHoweverManyTakeIt) {
@@ -46,7 +46,7 @@ TEST_F(Completing, isDoneOnceForEachChunkHoweverManyTakeIt) {
     add(cut, "cut");
     wire("late", "table", "another", "table");
     wire("late", "table", "cut", "table");
-    sumOf("4");
+    sumOf(4);
     EXPECT_EQ(late.completed, 21);
     EXPECT_EQ(number("another"), number("sum"));
     EXPECT_EQ(of("late").rowsOut, 20 * chunkRows + 3);
@@ -63,7 +63,7 @@ TEST_F(Completing, isDoneByTwoThreadsAtOnce) {
         changed.notify_all();
         changed.wait_for(lock, std::chrono::seconds(20), [&] { return haveMet; });
     };
-    sumOf("2");
+    sumOf(2);
     EXPECT_TRUE(haveMet);
 }
 
@@ -76,8 +76,8 @@ TEST_F(Completing, endsTheSourceWhereItFails) {
     add(rows, "a", {{"rows", "10"}});
     add(sum, "ofA");
     wire("a", "table", "ofA", "table");
-    for (const char* threads : {"1", "4"}) {
-        setenv("VELMORAK_THREADS", threads, 1);
+    for (const std::size_t threads : {1, 4}) {
+        runner.setThreads(threads);
         runner.reset();
         run();
         EXPECT_EQ(sentence("late"), "chunk 7 is no good") << "the first in order, for any number of threads";

@@ -130,7 +130,7 @@ TEST_F(DeafKinds, amongTheThreadsOfAStreamAreLeftBehindToo) {
     add(rows, "rows", {{"rows", std::to_string(6 * chunkRows)}});
     add(sum, "sum");
     wire("rows", "table", "sum", "table");
-    setenv("VELMORAK_THREADS", "2", 1);
+    runner.setThreads(2);
     runAndStopWhenItBlocks();
     EXPECT_TRUE(report.wasStopped);
     EXPECT_EQ(status("sum"), NodeStatus::Unfinished);

@@ -47,8 +47,8 @@ TEST_F(OrderedAccumulations, meetFromFirstToLastThoughOthersOfTheirKindMeetInATr
     add(kind, "ordered", {{"ordered", "1"}});
     wire("rows", "table", "tree", "table");
     wire("rows", "table", "ordered", "table");
-    for (const char* threads : {"1", "4"}) {
-        setenv("VELMORAK_THREADS", threads, 1);
+    for (const std::size_t threads : {1, 4}) {
+        runner.setThreads(threads);
         runner.reset();
         run();
         EXPECT_EQ(text("tree"), "((0+1)+(2+3))");

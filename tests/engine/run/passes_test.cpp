@@ -120,8 +120,8 @@ TEST_F(Passes, theBitsDoNotDependOnTheNumberOfThreads) {
     wire("rows", "table", "sum", "table");
     wire("cut", "table", "ofCut", "table");
     std::vector<std::pair<double, double>> results;
-    for (const char* threads : {"1", "2", "3", "16"}) {
-        setenv("VELMORAK_THREADS", threads, 1);
+    for (const std::size_t threads : {1, 2, 3, 16}) {
+        runner.setThreads(threads);
         runner.reset();  // or the first result would be used again
         run();
         EXPECT_EQ(status("sum"), NodeStatus::Done);
@@ -137,12 +137,16 @@ TEST_F(Passes, theBitsDoNotDependOnTheNumberOfThreads) {
     EXPECT_NE(inOneGo, results.front().first) << "the sum must show the order of its terms, or this test shows nothing";
 }
 
-TEST_F(Passes, aNumberOfThreadsThatIsNoneIsSaidAndNotUsed) {
+TEST_F(Passes, warnOnceOfASettingThatCannotBeUsed) {
+    RunConfig config;
+    config.threads.warning = "VELMORAK_THREADS=many is not a number";
     add(rows, "rows");
-    setenv("VELMORAK_THREADS", "many", 1);
-    run();
-    EXPECT_TRUE(wasSaid("VELMORAK_THREADS=many is no number of threads; all cores are used"));
-    EXPECT_EQ(status("rows"), NodeStatus::Done);
+    Runner warned(messages, false, config);
+    warned.run(pipeline);
+    EXPECT_TRUE(wasSaid(config.threads.warning));
+    messages.str("");
+    warned.run(pipeline);
+    EXPECT_FALSE(wasSaid(config.threads.warning));
 }
 
 TEST_F(Passes, anInputForAnythingTakesATable) {

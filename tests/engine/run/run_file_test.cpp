@@ -29,7 +29,7 @@ protected:
 };
 
 TEST_F(RunFile, saysWhatRanAndHow) {
-    setenv("VELMORAK_THREADS", "3", 1);
+    runner.setThreads(3);
     run();
     const Json left = record();
     EXPECT_EQ(left["threads"], 3);

@@ -23,7 +23,7 @@ protected:
 
     /// As a program does that has just been started.
     void runAnew() {
-        Runner fresh(messages, false, {folder / "cache", 1 << 20});
+        Runner fresh(messages, false, {{folder / "cache", 1 << 20}});
         fresh.explain(true);
         messages.str("");
         report = fresh.run(pipeline);
@@ -64,9 +64,7 @@ TEST_F(SecondProgram, isToldOfAResultThatIsTooLargeToKeep) {
     start("large");
     runAnew();
     EXPECT_EQ(status("large"), NodeStatus::Done);
-    EXPECT_TRUE(
-        wasSaid("Large \"large\": the result is not kept for later: it takes 2.0 MiB, and the limit is 1.0 MiB"))
-        << messages.str();
+    EXPECT_TRUE(wasSaid("Large \"large\": result not cached: 2.0 MiB exceed the limit of 1.0 MiB")) << messages.str();
     runAnew();
     EXPECT_EQ(large.evaluated, 2);
 }
@@ -126,7 +124,7 @@ TEST_F(SecondProgram, executesAllAgainWhereTheStoreIsDamaged) {
 }
 
 TEST_F(SecondProgram, findsNothingAfterAReset) {
-    Runner(messages, false, {folder / "cache", 1 << 20}).reset();
+    Runner(messages, false, {{folder / "cache", 1 << 20}}).reset();
     runAnew();
     EXPECT_EQ(executed(), 4) << messages.str();
 }

@@ -77,8 +77,8 @@ protected:
     /// Runs with several numbers of threads, all of which must give the same sum.
     double sumForAnyThreads(const std::string& name) {
         std::vector<double> sums;
-        for (const char* threads : {"1", "2", "3", "16"}) {
-            setenv("VELMORAK_THREADS", threads, 1);
+        for (const std::size_t threads : {1, 2, 3, 16}) {
+            runner.setThreads(threads);
             runner.reset();  // Else the result of the run before is still right.
             run();
             EXPECT_EQ(status(name), NodeStatus::Done) << sentence(name);

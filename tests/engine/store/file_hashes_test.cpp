@@ -1,123 +1,71 @@
-#include "store/FilePrefetchHasher.h"
+#include "LargeFile.h"
+
+#include "store/FileHashes.h"
 
 #include <gtest/gtest.h>
-#include <oneapi/tbb/task_arena.h>
 
-#include <unistd.h>
-#include <fstream>
 #include <future>
 #include <latch>
-#include <string>
-#include <thread>
+#include <vector>
 
-namespace velmorak {
+namespace velmorak::test {
 namespace {
 
-namespace fs = std::filesystem;
-using namespace std::chrono_literals;
-
-/// A file that is large enough to be read for a while, and was there for an hour.
-class Digests : public testing::Test {
+class FileHashesTest : public testing::Test {
 protected:
-    Digests() {
-        const std::string content(bytes, 'v');
-        std::ofstream(file, std::ios::binary) << content;
-        Sha256 digester;
-        digester.add(content.data(), content.size());
-        expected = digester.finish();
-        grown = *stampOf(file);
-        grown.changedNs -= std::chrono::nanoseconds(1h).count();
-    }
-    ~Digests() override { fs::remove(file); }
-
-    static constexpr std::size_t bytes = std::size_t{24} << 20;
-    fs::path file = fs::temp_directory_path() / ("velmorak-digests-" + std::to_string(getpid()));
-    Digest expected{};
-    FileStamp grown;
-    FileHashes digests;
+    const LargeFile file;
+    FileHashes hashes;
     const std::atomic<bool> never = false;
 };
 
-TEST_F(Digests, areTheSameForAllThatAskAtOnce) {
+TEST_F(FileHashesTest, areTheSameForAllThatAskAtOnce) {
     constexpr int askers = 4;
     std::latch begin(askers);
     std::vector<std::future<std::optional<Digest>>> answers;
     for (int i = 0; i < askers; ++i) {
         answers.push_back(std::async(std::launch::async, [&] {
             begin.arrive_and_wait();
-            return digests.of(file, never);
+            return hashes.of(file.path, never);
         }));
     }
     for (auto& answer : answers) {
-        EXPECT_EQ(answer.get(), expected);
+        EXPECT_EQ(answer.get(), file.digest);
     }
 }
 
-TEST_F(Digests, areMadeByTheNextWhenTheReaderIsStopped) {
+TEST_F(FileHashesTest, areComputedByTheNextAskerWhenTheReaderIsStopped) {
     std::atomic<bool> isStopped = false;
-    auto first = std::async(std::launch::async, [&] { return digests.of(file, isStopped); });
-    auto second = std::async(std::launch::async, [&] { return digests.of(file, never); });
+    auto first = std::async(std::launch::async, [&] { return hashes.of(file.path, isStopped); });
+    auto second = std::async(std::launch::async, [&] { return hashes.of(file.path, never); });
     isStopped = true;
     const std::optional<Digest> found = first.get();
-    EXPECT_TRUE(!found || found == expected);
-    EXPECT_EQ(second.get(), expected);
+    EXPECT_TRUE(!found || found == file.digest);
+    EXPECT_EQ(second.get(), file.digest);
 }
 
-TEST_F(Digests, areNotWaitedForByOneWhoIsStopped) {
-    auto first = std::async(std::launch::async, [&] { return digests.of(file, never); });
+TEST_F(FileHashesTest, areNotWaitedForByAStoppedAsker) {
+    auto first = std::async(std::launch::async, [&] { return hashes.of(file.path, never); });
     const std::atomic<bool> isStopped = true;
-    const std::optional<Digest> found = digests.of(file, isStopped);
-    EXPECT_TRUE(!found || found == expected);
-    EXPECT_EQ(first.get(), expected);
+    const std::optional<Digest> found = hashes.of(file.path, isStopped);
+    EXPECT_TRUE(!found || found == file.digest);
+    EXPECT_EQ(first.get(), file.digest);
 }
 
-TEST_F(Digests, madeAheadAreThere) {
-    oneapi::tbb::task_arena arena(2);
-    arena.execute([&] {
-        FilePrefetchHasher ahead(digests);
-        EXPECT_TRUE(ahead.begin(file, grown));
-        // Made by another thread, or else they would not be anybody's.
-        while (!digests.changes()) {
-            std::this_thread::yield();
-        }
-    });
-    EXPECT_EQ(digests.of(file, never), expected);
+TEST_F(FileHashesTest, areEmptyForWhatIsNotARegularFile) {
+    EXPECT_EQ(hashes.of(file.path.string() + ".absent", never), std::nullopt);
+    EXPECT_EQ(hashes.of(file.path.parent_path(), never), std::nullopt);
 }
 
-TEST_F(Digests, madeAheadAreGivenUpWithTheRun) {
-    oneapi::tbb::task_arena arena(2);
-    for (int i = 0; i < 200; ++i) {
-        arena.execute([&] {
-            FileHashes ofRun;
-            FilePrefetchHasher ahead(ofRun);
-            ahead.begin(file, grown);
-            ahead.begin(file, grown);
-        });
-    }
-    EXPECT_EQ(digests.of(file, never), expected);
-}
-
-TEST_F(Digests, areMadeAheadOnlyWhereItPays) {
-    oneapi::tbb::task_arena arena(2);
-    FileStamp small = grown;
-    small.size = 1000;
-    FileStamp young = grown;
-    young.changedNs = nowNs();
-    arena.execute([&] {
-        FilePrefetchHasher ahead(digests);
-        EXPECT_FALSE(ahead.begin(file, small));
-        EXPECT_FALSE(ahead.begin(file, young));
-    });
-    oneapi::tbb::task_arena(1).execute([&] {
-        FilePrefetchHasher ahead(digests);
-        EXPECT_FALSE(ahead.begin(file, grown));
-    });
-}
-
-TEST_F(Digests, ofAnAbsentFileAreNone) {
-    EXPECT_EQ(digests.of(file.string() + ".absent", never), std::nullopt);
-    EXPECT_EQ(digests.of(fs::temp_directory_path(), never), std::nullopt);
+TEST_F(FileHashesTest, surviveTheProgram) {
+    hashes.of(file.path, never);
+    const std::optional<std::string> bytes = hashes.changes();
+    ASSERT_TRUE(bytes);
+    EXPECT_FALSE(hashes.changes()) << "nothing was added since";
+    FileHashes later;
+    later.restore(*bytes);
+    EXPECT_FALSE(later.changes()) << "what was restored is no change";
+    EXPECT_EQ(later.of(file.path, never), file.digest);
 }
 
 }  // namespace
-}  // namespace velmorak
+}  // namespace velmorak::test

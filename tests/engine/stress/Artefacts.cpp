@@ -17,7 +17,7 @@ std::string contentOf(const fs::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// The files of the library keep every bit.
+/// AIDA files keep every bit.
 std::string bitsOfObject(const DataObject& object) {
     const fs::path file = fs::temp_directory_path() / ("velmorak-bits-" + std::to_string(getpid()) + ".aida");
     AidaFileWriter writer(file);

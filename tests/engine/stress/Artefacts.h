@@ -6,7 +6,7 @@
 #include <map>
 #include <string>
 
-/// What a run gave, as texts that can be compared bit for bit.
+/// What a run produced, as texts that can be compared bit for bit.
 namespace velmorak::test {
 
 /// Names, kinds, values and wires.
@@ -15,10 +15,10 @@ std::string textOf(const Pipeline& pipeline);
 /// Every bit of a value.
 std::string bitsOf(const Value& value);
 
-/// By plug-in: how it ended, and all bits of what it gave. Of a table nothing, for its rows are not kept.
+/// By plug-in: its status and all bits of its outputs, except tables, whose rows are not kept.
 std::map<std::string, std::string> resultsOf(const Pipeline& pipeline, const RunReport& report);
 
-/// By name in the folder: content.
+/// Content of the files, by name in the folder.
 std::map<std::string, std::string> filesIn(const std::filesystem::path& folder);
 
 }  // namespace velmorak::test

@@ -43,7 +43,7 @@ const std::map<std::string, Texts> textsOfSources{
 const std::map<std::string, Texts> textsOfTables{{"columns", {"x y n", "x y n", "n x", ""}}, {"file", {""}}};
 const std::map<std::string, Texts> textsOfOutputs{{"file", {"", "", "", "a.aida", "b.aida", "../c"}}};
 
-/// What may stand in a text input; nothing where only what stands there is known to be good.
+/// @return plausible texts for a text input; empty if only its default is known to work.
 Texts textsFor(const QzKind& kind, const InputSpec& spec) {
     if (kind.name == "Explode" && spec.name == "columns") {
         return {"", "l"};
@@ -75,7 +75,7 @@ bool fits(const OutputSpec& output, const InputSpec& input) {
     return input.type == ValueType::Any ? !isFurther || output.type != ValueType::Table : input.type == output.type;
 }
 
-/// The node and all that it feeds.
+/// @return the node and everything downstream of it.
 std::set<const QzBase*> downstreamOf(QzBase& node) {
     std::set<const QzBase*> found{&node};
     std::vector<QzBase*> open{&node};
@@ -146,7 +146,7 @@ RandomEditor::RandomEditor(QzManager& manager, std::uint32_t seed, std::filesyst
                            std::function<void()> afterCall)
     : manager(manager), random(seed), folder(std::move(folder)), afterCall(std::move(afterCall)) {
     writeData(this->folder);
-    manager.SetFileName((this->folder / "storm.zedra").string());
+    manager.SetFileName((this->folder / "stress.zedra").string());
 }
 
 QzBase& RandomEditor::anyNode() {
@@ -191,10 +191,10 @@ void RandomEditor::add() {
     while (isDrawn(kinds[kind])) {
         kind = below(kinds.size());
     }
-    slot(kind);
+    addOfKind(kind);
 }
 
-QzBase& RandomEditor::slot(std::size_t kind) {
+QzBase& RandomEditor::addOfKind(std::size_t kind) {
     QzBase& node = *manager.CreatePlugin(static_cast<std::uint16_t>(kind), "N" + std::to_string(names++));
     afterCall();
     for (std::size_t input = 0; input < node.Inputs().size(); ++input) {
@@ -228,7 +228,7 @@ void RandomEditor::connect() {
     if (!oneIn(10) || manager.plugins.empty()) {
         return;
     }
-    // Of any types, and in circles.
+    // Of any types, and in cycles.
     QzBase& sender = anyNode();
     QzBase& receiver = anyNode();
     if (sender.Outputs().empty()) {
@@ -239,7 +239,7 @@ void RandomEditor::connect() {
     afterCall();
 }
 
-/// Feeds each input that nothing is wired to and that only a wire can feed.
+/// Connects each unconnected input that only a wire can feed.
 void RandomEditor::repair() {
     for (std::size_t i = 0; i < manager.plugins.size(); ++i) {
         QzBase& node = *manager.plugins[i];
@@ -299,7 +299,7 @@ void RandomEditor::setValue() {
 }
 
 void RandomEditor::setValue(QzBase& node, std::size_t input) {
-    // Ports may have gone with the value before.
+    // The previous value may have removed ports.
     if (input >= node.Inputs().size()) {
         return;
     }
@@ -332,7 +332,7 @@ std::string RandomEditor::plausible(const QzBase& node, const InputSpec& spec) {
 }
 
 void RandomEditor::moveStart() {
-    // Most of what there is hangs on a source.
+    // Prefers a source: most plug-ins are downstream of one.
     int index = static_cast<int>(below(manager.plugins.size()));
     for (int i = 0; i < index; ++i) {
         if (manager.plugins[static_cast<std::size_t>(i)]->GetKind()->group == "Data") {
@@ -349,7 +349,7 @@ void RandomEditor::moveBox() {
     afterCall();
 }
 
-/// As the editor opens a document in place of the one that it shows.
+/// Replaces the document as the editor does.
 void RandomEditor::open() {
     const std::filesystem::path& file = saved[below(saved.size())];
     while (!manager.plugins.empty()) {

@@ -14,11 +14,11 @@ struct InputSpec;
 
 namespace velmorak::test {
 
-/// Number that the random tests begin with: VELMORAK_TEST_SEED, else always the same. It is printed.
+/// Seed of the random tests: VELMORAK_TEST_SEED, or else always the same. It is printed.
 std::uint32_t seedOfTest();
 
-/// Somebody who edits a pipeline at random, through the door alone, and knows what a value may look like. Never
-/// draws: a plug-in of the kind Plot starts another program.
+/// Edits a pipeline at random, only through the interface that the editor uses, with plausible values. Never adds a
+/// plug-in of the kind Plot, which starts another program.
 class RandomEditor {
 public:
     /// @param manager outlives this.
@@ -27,14 +27,14 @@ public:
     RandomEditor(
         QzManager& manager, std::uint32_t seed, std::filesystem::path folder, std::function<void()> afterCall = [] {});
 
-    /// Adds, deletes, renames, connects, disconnects, sets a value, opens a document in place of everything, moves the
-    /// start, or saves.
+    /// Adds, deletes, renames, connects or disconnects a plug-in, sets a value, moves a box or the start, saves, or
+    /// replaces everything by a saved document.
     void edit();
-    /// Adds plug-ins of random kinds, each with values and wires that are likely to work, until there are so many.
+    /// Adds plug-ins of random kinds, with values and wires that are likely to work, up to the given number.
     void build(std::size_t plugins);
-    /// Adds one of that kind in the same way.
-    QzBase& slot(std::size_t kind);
-    /// Number of a kind.
+    /// Adds one of the kind in the same way.
+    QzBase& addOfKind(std::size_t kind);
+    /// @return index of the kind in QzManager::GetPlugins.
     static std::size_t kindOf(const std::string& name);
 
     std::size_t below(std::size_t limit) { return random() % limit; }

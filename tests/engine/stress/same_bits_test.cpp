@@ -2,7 +2,7 @@
 #include "RandomEditor.h"
 #include "ShuffledExecutor.h"
 
-#include "executor/ThreadPool.h"
+#include "executor/PipelineExecutor.h"
 #include "graph/ManagerExtensions.h"
 
 #include <gtest/gtest.h>
@@ -17,13 +17,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Everything that a run left.
-struct Left {
+/// Everything that a run produced.
+struct Produced {
     std::map<std::string, std::string> results;
     std::map<std::string, std::string> files;
 };
 
-/// Runs the same pipeline with all sorts of workers.
+/// Runs the same pipeline on different executors.
 class SameBits : public testing::Test {
 protected:
     SameBits() : quiet(std::cerr.rdbuf(nullptr)) {}
@@ -37,29 +37,31 @@ protected:
         return mkdtemp(name.data());
     }
 
-    Left runWith(std::unique_ptr<Executor> workers, Pipeline pipeline) {
-        pipeline.resultsFolder = folder / "bits.results";
-        fs::remove_all(pipeline.resultsFolder);
+    Produced runWith(std::unique_ptr<Executor> executor, const Pipeline& pipeline, std::size_t threads = 1) {
+        Pipeline own = pipeline;
+        own.resultsFolder = folder / "bits.results";
+        fs::remove_all(own.resultsFolder);
         std::ostringstream messages;
         Runner runner(messages, false);
-        runner.setExecutor(std::move(workers));
-        report = runner.run(pipeline);
+        runner.setThreads(threads);
+        runner.setExecutor(std::move(executor));
+        report = runner.run(own);
         for (const NodeReport& node : report.nodes) {
             EXPECT_NE(node.status, NodeStatus::Reused);
         }
         said = messages.str();
-        return {resultsOf(pipeline, report), filesIn(pipeline.resultsFolder)};
+        return {resultsOf(own, report), filesIn(own.resultsFolder)};
     }
 
-    void expectSame(const Left& expected, const Left& found, const Pipeline& pipeline, const std::string& workers) {
-        EXPECT_EQ(found.results, expected.results) << workers << '\n' << textOf(pipeline);
-        EXPECT_TRUE(found.files == expected.files) << workers << '\n' << textOf(pipeline);
+    void expectSame(const Left& expected, const Left& found, const Pipeline& pipeline, const std::string& executor) {
+        EXPECT_EQ(found.results, expected.results) << executor << '\n' << textOf(pipeline);
+        EXPECT_TRUE(found.files == expected.files) << executor << '\n' << textOf(pipeline);
     }
 
     void compareAll(const Pipeline& pipeline, std::uint32_t seed) {
-        const Left one = runWith(std::make_unique<ThreadPool>(1), pipeline);
+        const Produced one = runWith(std::make_unique<PipelineExecutor>(1), pipeline);
         for (const std::size_t threads : {2, 3, 16}) {
-            expectSame(one, runWith(std::make_unique<ThreadPool>(threads), pipeline), pipeline,
+            expectSame(one, runWith(std::make_unique<PipelineExecutor>(threads), pipeline, threads), pipeline,
                        std::to_string(threads) + " threads");
         }
         for (std::uint32_t order = 0; order < 3; ++order) {
@@ -68,7 +70,7 @@ protected:
         }
     }
 
-    /// Pictures are drawn by another program from what is compared here.
+    /// Another program draws the pictures, from files that are compared here.
     void removePictures(QzManager& manager) {
         for (std::size_t i = manager.plugins.size(); i-- > 0;) {
             if (manager.plugins[i]->GetKind()->name == "Plot") {
@@ -85,7 +87,7 @@ protected:
     std::string said;
 };
 
-TEST_F(SameBits, comeFromEachExampleForAnyWorkers) {
+TEST_F(SameBits, comeFromEachExampleOnAnyExecutor) {
     for (const auto& entry : fs::recursive_directory_iterator(TEST_EXAMPLES)) {
         if (entry.path().extension() != ".zedra") {
             continue;
@@ -99,7 +101,7 @@ TEST_F(SameBits, comeFromEachExampleForAnyWorkers) {
     }
 }
 
-/// A pipeline at random that ends in a plug-in of one kind, all that it gives being written to files.
+/// Random pipelines that end in a plug-in of one kind whose outputs are written to files.
 class SameBitsOfKinds : public SameBits {
 protected:
     /// @return whether the plug-in could do its work.
@@ -107,15 +109,15 @@ protected:
         QzManager manager("QzAnalysisFactory");
         const fs::path own = folder / (std::to_string(kind) + '-' + std::to_string(seed));
         fs::create_directories(own);
-        RandomEditor hands(manager, seed, own);
-        // Something of each type that is good to be used, and the rest at random.
+        RandomEditor editor(manager, seed, own);
+        // One usable output of each type, and random plug-ins.
         for (const char* const example : {"/Histograms/Efficiency.zedra", "/Histograms/Plane.zedra"}) {
             manager.ReadDocument(std::string(TEST_EXAMPLES) + example);
         }
-        manager.SetFileName((own / "storm.zedra").string());
+        manager.SetFileName((own / "bits.zedra").string());
         removePictures(manager);
-        hands.build(manager.plugins.size() + 5);
-        QzBase& node = hands.slot(kind);
+        editor.build(manager.plugins.size() + 5);
+        QzBase& node = editor.addOfKind(kind);
         for (std::size_t i = 0; i < node.Outputs().size(); ++i) {
             write(manager, node, node.Outputs()[i].name);
         }
@@ -132,7 +134,7 @@ protected:
     }
 };
 
-TEST_F(SameBitsOfKinds, comeFromRandomPipelinesOfEveryKindForAnyWorkers) {
+TEST_F(SameBitsOfKinds, comeFromRandomPipelinesOfEveryKindOnAnyExecutor) {
     const std::uint32_t seed = seedOfTest();
     const QzManager manager("QzAnalysisFactory");
     std::set<std::string> never;
@@ -147,7 +149,7 @@ TEST_F(SameBitsOfKinds, comeFromRandomPipelinesOfEveryKindForAnyWorkers) {
             never.insert(name);
         }
     }
-    std::cout << "Kinds that could never do their work:";
+    std::cout << "Kinds that never succeeded:";
     for (const std::string& name : never) {
         std::cout << ' ' << name;
     }

@@ -19,22 +19,22 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::size_t editsAskedFor() {
+std::size_t numberOfEdits() {
     const char* const setting = std::getenv("VELMORAK_STRESS_EDITS");
     return !setting ? STRESS_EDITS : std::strtoul(setting, nullptr, 10);
 }
 
-/// A pipeline that is edited by this thread, run by another, and stopped and reset by a third.
-class Storm : public testing::Test {
+/// A pipeline that this thread edits while a second one runs it, and a third one stops and resets it.
+class Stress : public testing::Test {
 protected:
-    Storm() : quiet(std::cerr.rdbuf(nullptr)) { setResultsFolder(manager, folder / "storm.results"); }
-    ~Storm() override {
+    Stress() : quiet(std::cerr.rdbuf(nullptr)) { setResultsFolder(manager, folder / "stress.results"); }
+    ~Stress() override {
         std::cerr.rdbuf(quiet);
         fs::remove_all(folder);
     }
 
     static fs::path newFolder() {
-        std::string name = (fs::temp_directory_path() / "velmorak-storm-XXXXXX").string();
+        std::string name = (fs::temp_directory_path() / "velmorak-stress-XXXXXX").string();
         return mkdtemp(name.data());
     }
 
@@ -59,9 +59,9 @@ protected:
         }
     }
 
-    void rage(RandomEditor& hands, std::uint32_t seed, const std::function<void()>& run) {
-        const std::size_t wanted = editsAskedFor();
-        hands.build(12);
+    void editDuringRuns(RandomEditor& editor, std::uint32_t seed, const std::function<void()>& run) {
+        const std::size_t wanted = numberOfEdits();
+        editor.build(12);
         std::thread runner([&] {
             while (!isOver) {
                 countUp(runs);
@@ -70,7 +70,7 @@ protected:
         });
         std::thread stopper([this, seed] { stopAndReset(seed + 1); });
         while (edits < wanted) {
-            hands.edit();
+            editor.edit();
             countUp(edits);
             if (edits % 20 == 0) {
                 waitBeyond(runs, runs);
@@ -85,7 +85,7 @@ protected:
         std::cout << wanted << " edits, " << runs - 1 << " runs\n";
     }
 
-    /// As QzManager::Run, but that the plan is kept.
+    /// Does what QzManager::Run does, and keeps the plan.
     void runAndCompare() {
         Pipeline plan;
         QzManager::Part::of(manager).runs.run([&] { return plan = pipelineOf(manager); });
@@ -98,7 +98,7 @@ protected:
     }
 
     bool hasTemporaryFile() const {
-        for (const auto& [name, content] : filesIn(folder / "storm.results")) {
+        for (const auto& [name, content] : filesIn(folder / "stress.results")) {
             if (name.starts_with(".velmorak")) {
                 return true;
             }
@@ -106,15 +106,15 @@ protected:
         return false;
     }
 
-    /// The plan's plug-ins, but for those that a run with stored results need not execute.
+    /// Compares all plug-ins of the plan except those that a run with cached results need not execute.
     void compareWithARunAlone(const Pipeline& plan, const RunReport& report) {
         ++compared;
-        // A call may have changed the pipeline and be about to say so.
+        // An edit may have changed the pipeline and not noted the state yet.
         constexpr int maxTries = 100000;
         for (int i = 0; i < maxTries && !wasState(plan); ++i) {
             std::this_thread::yield();
         }
-        EXPECT_TRUE(wasState(plan)) << "the plan is none of the states between two edits:\n" << textOf(plan);
+        EXPECT_TRUE(wasState(plan)) << "the plan is not a state between two edits:\n" << textOf(plan);
         Pipeline alone = plan;
         alone.resultsFolder = folder / "alone.results";
         fs::remove_all(alone.resultsFolder);
@@ -133,7 +133,7 @@ protected:
                 EXPECT_EQ(found[plan.nodes[i].name], wanted[plan.nodes[i].name]) << textOf(plan) << messages.str();
             }
         }
-        const auto files = filesIn(folder / "storm.results");
+        const auto files = filesIn(folder / "stress.results");
         for (const auto& [name, content] : filesIn(alone.resultsFolder)) {
             EXPECT_TRUE(files.contains(name) && files.at(name) == content) << name << '\n' << textOf(plan);
         }
@@ -159,14 +159,14 @@ protected:
     std::atomic<std::size_t> edits = 0;
     std::atomic<std::size_t> runs = 0;
     std::size_t compared = 0;
-    std::map<std::string, std::size_t> done;  ///< Plug-ins of a kind that did their work in a run that was compared.
+    std::map<std::string, std::size_t> done;  ///< By kind: plug-ins that succeeded in compared runs.
 };
 
-TEST_F(Storm, ofEditsDuringRunsLeavesEachRunTheResultsOfItsPlan) {
+TEST_F(Stress, editsDuringRunsLeaveEachRunTheResultsOfItsPlan) {
     const std::uint32_t seed = seedOfTest();
-    RandomEditor hands(manager, seed, folder, [this] { noteState(); });
+    RandomEditor editor(manager, seed, folder, [this] { noteState(); });
     noteState();
-    rage(hands, seed, [this] { runs % 4 == 0 ? manager.Run() : runAndCompare(); });
+    editDuringRuns(editor, seed, [this] { runs % 4 == 0 ? manager.Run() : runAndCompare(); });
     std::cout << compared << " runs compared\n";
     std::size_t allDone = 0;
     for (const auto& [kind, count] : done) {
@@ -177,11 +177,11 @@ TEST_F(Storm, ofEditsDuringRunsLeavesEachRunTheResultsOfItsPlan) {
     EXPECT_GT(allDone, 0U);
 }
 
-/// Nothing but the door, so that no lock of the test hides one that is missing.
-TEST_F(Storm, ofEditsDuringRunsIsHarmless) {
+/// Uses only the interface of the editor, so that no lock of the test hides a missing one.
+TEST_F(Stress, editsDuringRunsAreHarmless) {
     const std::uint32_t seed = seedOfTest() + 1;
-    RandomEditor hands(manager, seed, folder);
-    rage(hands, seed, [this] { manager.Run(); });
+    RandomEditor editor(manager, seed, folder);
+    editDuringRuns(editor, seed, [this] { manager.Run(); });
     const std::string text = manager.DocumentText();
     QzManager again("QzAnalysisFactory");
     std::ofstream(folder / "again.zedra") << text;

@@ -1,10 +1,10 @@
 #include "aida/read/AidaTableReader.h"
 #include "aida/text/Decimal.h"
 #include "aida/text/RowFastPath.h"
+#include "executor/ThreadPool.h"
 #include "support.h"
 
 #include <gmock/gmock.h>
-#include <oneapi/tbb/task_arena.h>
 
 #include <algorithm>
 #include <array>
@@ -160,30 +160,28 @@ bool isSame(const Column& one, const Column& other) {
     return one.offsets == other.offsets && one.values == other.values;
 }
 
-Told told(const std::filesystem::path& file, io::RowReading reading, int threads) {
+Told told(const std::filesystem::path& file, io::RowReading reading, std::size_t threads) {
     QuietRun run;
     Told all;
-    oneapi::tbb::task_arena arena(threads);
-    arena.execute([&] {
-        all.failure = failureOf([&] {
-            const auto table = io::openAidaTable(file, "/t", run, reading);
-            all.columns.resize(table->schema().size());
-            for (Chunk chunk; table->next(chunk); chunk = {}) {
-                all.chunks.push_back(chunk.rows);
-                for (std::size_t i = 0; i < chunk.columns.size(); ++i) {
-                    std::visit(
-                        [&](const auto& values) {
-                            using Values = std::decay_t<decltype(values)>;
-                            if (all.columns[i].values.index() != chunk.columns[i]->values.index()) {
-                                all.columns[i].values.emplace<Values>();
-                            }
-                            auto& target = std::get<Values>(all.columns[i].values);
-                            target.insert(target.end(), values.begin(), values.end());
-                        },
-                        chunk.columns[i]->values);
-                }
+    const ThreadPool pool(threads);
+    all.failure = failureOf([&] {
+        const auto table = io::openAidaTable(file, "/t", run, reading);
+        all.columns.resize(table->schema().size());
+        for (Chunk chunk; table->next(chunk); chunk = {}) {
+            all.chunks.push_back(chunk.rows);
+            for (std::size_t i = 0; i < chunk.columns.size(); ++i) {
+                std::visit(
+                    [&](const auto& values) {
+                        using Values = std::decay_t<decltype(values)>;
+                        if (all.columns[i].values.index() != chunk.columns[i]->values.index()) {
+                            all.columns[i].values.emplace<Values>();
+                        }
+                        auto& target = std::get<Values>(all.columns[i].values);
+                        target.insert(target.end(), values.begin(), values.end());
+                    },
+                    chunk.columns[i]->values);
             }
-        });
+        }
     });
     all.warnings = run.warnings;
     return all;

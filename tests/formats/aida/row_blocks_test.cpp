@@ -1,10 +1,9 @@
 #include "aida/containers/TextInput.h"
 #include "aida/text/RowBlocks.h"
+#include "executor/ThreadPool.h"
 #include "support.h"
 
 #include <malloc.h>
-
-#include <oneapi/tbb/task_arena.h>
 
 #include <future>
 
@@ -32,21 +31,22 @@ TEST_F(RowBlocks, LeaveNoTextToAHelperThatComesLate) {
     // The only helper of two threads is busy with something else.
     std::promise<void> came;
     std::promise<void> leave;
-    oneapi::tbb::task_arena arena(2);
-    arena.enqueue([&came, left = leave.get_future().share()] {
+    ThreadPool pool(2);
+    pool.submit([&came, left = leave.get_future().share()] {
         came.set_value();
         left.wait();
     });
     came.get_future().wait();
 
     const std::size_t before = bytesInUse();
-    arena.execute([&] {
+    const auto readThreeBlocks = [&] {
         io::RowBlocks blocks(stream, {{ColumnType::Real, false}});
         for (int i = 0; i < 3; ++i) {
             ASSERT_NE(blocks.front(), nullptr);
             blocks.pop();
         }
-    });
+    };
+    readThreeBlocks();
     EXPECT_LT(bytesInUse(), before + oneBlock / 2);
     leave.set_value();
 }
