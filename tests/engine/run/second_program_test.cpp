@@ -135,9 +135,9 @@ TEST_F(SecondProgram, runsWithoutAStoreThatCannotBeWritten) {
     runAnew();
     EXPECT_EQ(executed(), 4) << messages.str();
     const std::string said = messages.str();
-    const std::size_t first = said.find("cannot be written");
+    const std::size_t first = said.find("cannot write to");
     EXPECT_NE(first, std::string::npos);
-    EXPECT_EQ(said.find("cannot be written", first + 1), std::string::npos) << said;
+    EXPECT_EQ(said.find("cannot write to", first + 1), std::string::npos) << said;
 }
 
 TEST_F(SecondProgram, executesAKindOfAnotherVersion) {
