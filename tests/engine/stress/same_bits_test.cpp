@@ -53,7 +53,8 @@ protected:
         return {resultsOf(own, report), filesIn(own.resultsFolder)};
     }
 
-    void expectSame(const Left& expected, const Left& found, const Pipeline& pipeline, const std::string& executor) {
+    void expectSame(const Produced& expected, const Produced& found, const Pipeline& pipeline,
+                    const std::string& executor) {
         EXPECT_EQ(found.results, expected.results) << executor << '\n' << textOf(pipeline);
         EXPECT_TRUE(found.files == expected.files) << executor << '\n' << textOf(pipeline);
     }
