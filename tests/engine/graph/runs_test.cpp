@@ -28,11 +28,13 @@ protected:
         return *count;
     }
     void waitUntilItRuns() {
-        while (waiting() == 0) {
+        constexpr long maxPolls = 100'000'000;
+        for (long poll = 0; waiting() == 0; ++poll) {
+            ASSERT_LT(poll, maxPolls) << "no Waiter runs";
             std::this_thread::yield();
         }
     }
-    std::future<void> runAside() {
+    std::future<void> runInBackground() {
         return std::async(std::launch::async, [this] { manager.Run(); });
     }
     NodeStatus outcomeOf(const std::string& name) {
@@ -73,7 +75,7 @@ TEST_F(Runs, stopEndsARunAndWithoutOneDoesNotStopTheNext) {
     EXPECT_EQ(outcomeOf("A"), NodeStatus::Done);
     add("Waiter", "W");
     manager.SetStart(1);
-    auto run = runAside();
+    auto run = runInBackground();
     waitUntilItRuns();
     manager.Stop();
     run.get();
@@ -110,7 +112,7 @@ TEST_F(Runs, stopAfterARunDoesNotReachTheOneThatIsAskedForNext) {
     add("Pair", "A");
     for (int i = 0; i < 50; ++i) {
         manager.Stop();
-        runAside().get();
+        runInBackground().get();
         ASSERT_FALSE(lastReport(manager).wasStopped);
         manager.Stop();
     }
@@ -136,7 +138,7 @@ TEST_F(Runs, stopBetweenTwoRunsOfOneThreadReachesNeither) {
 TEST_F(Runs, everyEditIsPossibleWhileOneGoesOn) {
     add("Waiter", "W");
     add("Pair", "A");
-    auto run = runAside();
+    auto run = runInBackground();
     waitUntilItRuns();
     wire("W", "never", "A", "a");
     setValue("A", "b", "3");
@@ -152,9 +154,9 @@ TEST_F(Runs, everyEditIsPossibleWhileOneGoesOn) {
 
 TEST_F(Runs, aSecondOneWaitsForTheFirst) {
     add("Waiter", "W");
-    auto first = runAside();
+    auto first = runInBackground();
     waitUntilItRuns();
-    auto second = runAside();
+    auto second = runInBackground();
     EXPECT_EQ(waiting(), 1);
     manager.Stop();
     first.get();
