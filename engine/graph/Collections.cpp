@@ -114,7 +114,7 @@ std::vector<fs::path> objectsIn(const fs::path& folder) {
 
 class Loader {
 public:
-    explicit Loader(std::string factoryName) : factory(std::move(factoryName)) {}
+    Loader(fs::path notes, std::string factory) : notes(std::move(notes)), factory(std::move(factory)) {}
 
     void load(const fs::path& object);
     std::vector<OfferedKind> takeSorted();
@@ -122,8 +122,8 @@ public:
 private:
     void take(OfferedKind offered);
 
+    fs::path notes;
     std::string factory;
-    fs::path notes = loadingNotes();
     std::set<fs::path> loaded;
     std::set<std::string> names;
     std::vector<OfferedKind> kinds;
@@ -166,8 +166,9 @@ std::vector<OfferedKind> Loader::takeSorted() {
 
 }  // namespace
 
-std::vector<OfferedKind> loadCollections(const std::vector<fs::path>& folders, const std::string& factory) {
-    Loader loader(factory);
+std::vector<OfferedKind> loadCollections(const std::vector<fs::path>& folders, const fs::path& notes,
+                                         const std::string& factory) {
+    Loader loader(notes, factory);
     for (const fs::path& folder : folders) {
         for (const fs::path& object : objectsIn(folder)) {
             loader.load(object);

@@ -20,7 +20,9 @@ struct OfferedKind {
 /// the factory or throws is reported on standard error and skipped whole, and so is one that has ended a program while
 /// it was loaded. A kind whose name is taken, or is none, or whose ports contradict themselves is reported and skipped
 /// by itself.
+/// @param notes folder for notes about what is being loaded; see LoadingNote. Empty for none.
 /// @return groups in alphabetical order, and so are the kinds in each.
-std::vector<OfferedKind> loadCollections(const std::vector<std::filesystem::path>& folders, const std::string& factory);
+std::vector<OfferedKind> loadCollections(const std::vector<std::filesystem::path>& folders,
+                                         const std::filesystem::path& notes, const std::string& factory);
 
 }  // namespace velmorak

@@ -1,6 +1,7 @@
 #include "graph/DocumentLoad.h"
 
 #include "graph/Bindings.h"
+#include "graph/ColumnDescriptions.h"
 #include "graph/FreeName.h"
 #include "graph/Log.h"
 #include "graph/NodeFromDocument.h"
@@ -153,7 +154,13 @@ std::string loadDocumentText(QzManager& manager, const std::string& text, const 
         Loading loading(manager, parseDocument(text), file);
         loading.makeNodes();
         loading.wire();
+        const std::string before = QzManager::Part::of(manager).documentPath;
+        const std::size_t oldPlugins = manager.plugins.size();
         loading.commit();
+        // Another document's folder is another place to look for the files of all plug-ins.
+        const bool isSamePlace = QzManager::Part::of(manager).documentPath == before;
+        const auto first = manager.plugins.begin() + (isSamePlace ? static_cast<std::ptrdiff_t>(oldPlugins) : 0);
+        refreshColumns({first, manager.plugins.end()});
         return {};
     } catch (const DocumentError& error) {
         const std::string place =

@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstdlib>
 #include <optional>
 #include <system_error>
 
@@ -39,12 +38,6 @@ std::string contentOf(int descriptor) {
     std::array<char, 8192> bytes{};
     const ssize_t count = pread(descriptor, bytes.data(), bytes.size(), 0);
     return {bytes.data(), static_cast<std::size_t>(count < 0 ? 0 : count)};
-}
-
-fs::path folderIn(const char* variable) {
-    const char* const setting = std::getenv(variable);
-    const fs::path folder(!setting ? "" : setting);
-    return folder.is_absolute() ? folder : fs::path();
 }
 
 }  // namespace
@@ -87,15 +80,6 @@ void LoadingNote::write(const std::string& text) const {
     if (ftruncate(descriptor, 0) == 0) {
         [[maybe_unused]] const ssize_t written = pwrite(descriptor, text.data(), text.size(), 0);
     }
-}
-
-fs::path loadingNotes() {
-    fs::path state = folderIn("XDG_STATE_HOME");
-    if (state.empty()) {
-        const fs::path home = folderIn("HOME");
-        state = home.empty() ? home : home / ".local" / "state";
-    }
-    return state.empty() ? state : state / "velmorak" / "loading";
 }
 
 }  // namespace velmorak

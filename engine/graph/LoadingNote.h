@@ -29,7 +29,4 @@ private:
     bool isLeftBehind = false;
 };
 
-/// `velmorak/loading` in the folder for the state of programs; empty where the environment names none.
-std::filesystem::path loadingNotes();
-
 }  // namespace velmorak

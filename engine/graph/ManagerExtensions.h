@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-/// What the tools ask of the library beyond the door.
+/// What the tools ask of the library beyond the interface in qz/.
 namespace velmorak {
 
 /// Report of the manager's last run; empty before the first one.
@@ -19,20 +19,31 @@ const std::string& lastReadError(const QzManager& manager);
 /// The pipeline as a run would see it now.
 Pipeline pipelineOf(const QzManager& manager);
 
-/// Results go there from now on, instead of beside the document.
+/// Results go there from now on, instead of into the folder beside the document.
 void setResultsFolder(QzManager& manager, const std::filesystem::path& folder);
 
-/// From now on, runs say for each plug-in whether it is executed or reused, and why; they do at first. Called while no
-/// run is going on.
+/// How the manager works where it differs from what the environment says.
+struct ManagerConfig {
+    int threads = 0;              ///< Of a run; 0: as the environment says.
+    bool keepsResults = true;     ///< False: runs neither reuse earlier results nor keep theirs.
+    bool previewsColumns = true;  ///< The descriptions of table readers' outputs name their columns.
+};
+
+/// Called before the manager has plug-ins, and before the two functions below.
+void configure(QzManager& manager, const ManagerConfig& config);
+
+/// From now on, runs print for each plug-in whether it is executed or reused, and why; they do at first. Called while
+/// no run is going on.
 void explainRuns(QzManager& manager, bool isAsked);
 
-/// From now on, the listener is told what runs do. Called while no run is going on.
-void tellOfRuns(QzManager& manager, RunListener* listener);
+/// From now on, runs call the listener. Called while no run is going on.
+/// @param listener outlives the runs; null for none.
+void setRunListener(QzManager& manager, RunListener* listener);
 
-/// What was set for the runs from now on, as it is to stand in their records: PLUGIN.INPUT=VALUE.
-void noteSettings(QzManager& manager, const std::vector<std::string>& settings);
+/// Records of runs list these settings from now on: PLUGIN.INPUT=VALUE.
+void recordSettings(QzManager& manager, const std::vector<std::string>& settings);
 
-/// As ReadDocument, of a text that stood in that file; the file itself may be gone.
+/// As ReadDocument, with the text that was in the file; the file itself may be gone.
 void readDocumentText(QzManager& manager, const std::string& text, const std::string& file);
 
 }  // namespace velmorak

@@ -51,9 +51,9 @@ struct QzBase::Part {
     std::vector<Output> outputs;
     std::vector<velmorak::OutputSpec> outputSpecs;  ///< Parallel to outputs.
     velmorak::UnknownFields keepsakes;
-    velmorak::PreviewedColumns columns;             ///< What a table reader's descriptions say of its columns.
-    std::string columnsSubject;                     ///< Values and places that this was found for.
-    std::shared_ptr<velmorak::ColumnPreview> look;  ///< That is going on; null for none.
+    velmorak::PreviewedColumns columns;                ///< What a table reader's descriptions say of its columns.
+    std::string columnsSubject;                        ///< Values and places that this was found for.
+    std::shared_ptr<velmorak::ColumnPreview> preview;  ///< The one that has been started; null without one.
     float x = 0.0F;
     float y = 0.0F;
     bool isExpanded = true;
@@ -66,7 +66,8 @@ struct QzBase::Part {
 /// Threads: records are written by the main thread under the lock and read by it without; the worker thread reads them
 ///          under the lock and writes none.
 struct QzManager::Part {
-    explicit Part(const velmorak::Catalogue& offered) : catalogue(offered) {}
+    Part(const velmorak::Catalogue& catalogue, const velmorak::CacheConfig& cache)
+        : catalogue(catalogue), runs(cache) {}
 
     const velmorak::Catalogue& catalogue;
     mutable std::mutex lock;
@@ -83,7 +84,8 @@ struct QzManager::Part {
     int portPoints = 9;
     int titlePoints = 11;
     velmorak::RunQueue runs;
-    velmorak::ColumnPreviews looks;
+    bool previewsColumns = true;
+    velmorak::ColumnPreviews previews;
 
     static Part& of(QzManager& manager) { return *manager.part; }
     static const Part& of(const QzManager& manager) { return *manager.part; }

@@ -10,7 +10,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 #include <cerrno>
-#include <cstdlib>
 #include <future>
 #include <memory>
 #include <system_error>
@@ -92,20 +91,6 @@ fs::path libraryFolder() {
         return {};
     }
     return resolved(info.dli_fname).parent_path();
-}
-
-std::vector<fs::path> pathList(const char* variable) {
-    std::vector<fs::path> paths;
-    const char* const value = std::getenv(variable);
-    std::string rest = !value ? "" : value;
-    while (!rest.empty()) {
-        const std::size_t colon = std::min(rest.find(':'), rest.size());
-        if (colon > 0) {
-            paths.emplace_back(rest.substr(0, colon));
-        }
-        rest.erase(0, colon + 1);
-    }
-    return paths;
 }
 
 fs::path resolved(const fs::path& path) {

@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <string>
-#include <vector>
 
 namespace velmorak {
 
@@ -13,9 +12,6 @@ std::string readWholeFile(const std::filesystem::path& file);
 
 /// The folder that the analysis library's shared object lies in, without links; empty when unknown.
 std::filesystem::path libraryFolder();
-
-/// Folders of an environment variable that holds a list separated by colons.
-std::vector<std::filesystem::path> pathList(const char* variable);
 
 /// Absolute and without links as far as it exists; the path itself where that cannot be found out.
 std::filesystem::path resolved(const std::filesystem::path& path);

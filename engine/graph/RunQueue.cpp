@@ -9,10 +9,21 @@
 #include <iostream>
 
 namespace velmorak {
+namespace {
 
-RunQueue::RunQueue() : runner(std::cerr, isatty(STDERR_FILENO) == 1, cacheConfigFromEnvironment()) {
-    runner.explain(true);
-    runner.leaveRecords();
+std::unique_ptr<Runner> makeRunner(const CacheConfig& cache) {
+    auto runner = std::make_unique<Runner>(std::cerr, isatty(STDERR_FILENO) == 1, cache);
+    runner->explain(true);
+    runner->leaveRecords();
+    return runner;
+}
+
+}  // namespace
+
+RunQueue::RunQueue(const CacheConfig& cache) : runner(makeRunner(cache)) {}
+
+void RunQueue::forgetResults() {
+    runner = makeRunner({});
 }
 
 void RunQueue::run(const std::function<Pipeline()>& snapshot) {
@@ -35,7 +46,7 @@ void RunQueue::executeTurn(const std::function<Pipeline()>& snapshot) {
         return;
     }
     try {
-        lastReport = runner.run([&] { return look(snapshot); });
+        lastReport = runner->run([&] { return takeSnapshot(snapshot); });
     } catch (const std::exception&) {
         printMessage("The run ended: " + errorOf(std::current_exception()).sentence + ".");
     }
@@ -53,13 +64,12 @@ bool RunQueue::begins() {
     return true;
 }
 
-/// The runner takes its snapshot when a stop already reaches it, so that here is the place to pass on one that came
-/// before.
-Pipeline RunQueue::look(const std::function<Pipeline()>& snapshot) {
+/// When the runner takes its snapshot, a stop already reaches it: a stop that came earlier is passed on here.
+Pipeline RunQueue::takeSnapshot(const std::function<Pipeline()>& snapshot) {
     {
         const std::lock_guard guard(stateLock);
         if (isToEnd) {
-            runner.stop();
+            runner->stop();
         }
     }
     return snapshot();
@@ -72,14 +82,14 @@ void RunQueue::stop() {
         return;
     }
     isToEnd = true;
-    runner.stop();
+    runner->stop();
 }
 
 void RunQueue::close() {
     std::unique_lock guard(stateLock);
     isClosed = true;
     isToEnd = true;
-    runner.stop();
+    runner->stop();
     nobodyIsLeft.wait(guard, [this] { return callers == 0; });
 }
 

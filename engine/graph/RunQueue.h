@@ -6,25 +6,31 @@
 
 #include <condition_variable>
 #include <functional>
+#include <memory>
 #include <mutex>
 
 namespace velmorak {
 
-/// Lets one run at a time through to the runner.
-/// Threads: run on any number of worker threads, one executes and the others wait; stop and reset on any thread.
+/// Executes one run at a time; further ones wait for their turn.
+/// Threads: run on any number of worker threads; stop and reset on any thread; all others while no run is going on.
 class RunQueue {
 public:
-    RunQueue();
+    /// @param cache where results are kept for later programs.
+    explicit RunQueue(const CacheConfig& cache);
 
     /// @param snapshot gives the pipeline at the moment when this run's turn has come.
     void run(const std::function<Pipeline()>& snapshot);
-    void explain(bool isAsked) { runner.explain(isAsked); }
-    void tell(RunListener* listener) { runner.tell(listener); }
+    void explain(bool isAsked) { runner->explain(isAsked); }
+    void setListener(RunListener* listener) { runner->tell(listener); }
+    /// @param count 0 for as many as the environment says.
+    void setThreads(int count) { runner->setThreads(count); }
+    /// From now on, no run reuses an earlier result or keeps its own. Forgets the settings above.
+    void forgetResults();
 
     /// Ends the run that is going on. Where none is, it counts for a run that was asked for but has not begun yet (see
     /// EarlyStop), and for no other.
     void stop();
-    void reset() { runner.reset(); }
+    void reset() { runner->reset(); }
 
     /// Ends the run that is going on, turns those that wait away, and returns when none is left.
     void close();
@@ -35,9 +41,9 @@ public:
 private:
     void executeTurn(const std::function<Pipeline()>& snapshot);
     bool begins();
-    Pipeline look(const std::function<Pipeline()>& snapshot);
+    Pipeline takeSnapshot(const std::function<Pipeline()>& snapshot);
 
-    Runner runner;
+    std::unique_ptr<Runner> runner;
     std::mutex turn;
     std::mutex stateLock;
     std::condition_variable nobodyIsLeft;

@@ -97,11 +97,20 @@ void explainRuns(QzManager& manager, bool isAsked) {
     QzManager::Part::of(manager).runs.explain(isAsked);
 }
 
-void tellOfRuns(QzManager& manager, RunListener* listener) {
-    QzManager::Part::of(manager).runs.tell(listener);
+void configure(QzManager& manager, const ManagerConfig& config) {
+    QzManager::Part& owner = QzManager::Part::of(manager);
+    if (!config.keepsResults) {
+        owner.runs.forgetResults();
+    }
+    owner.runs.setThreads(config.threads);
+    owner.previewsColumns = config.previewsColumns;
 }
 
-void noteSettings(QzManager& manager, const std::vector<std::string>& settings) {
+void setRunListener(QzManager& manager, RunListener* listener) {
+    QzManager::Part::of(manager).runs.setListener(listener);
+}
+
+void recordSettings(QzManager& manager, const std::vector<std::string>& settings) {
     QzManager::Part& owner = QzManager::Part::of(manager);
     const std::lock_guard guard(owner.lock);
     owner.settings = settings;

@@ -24,8 +24,6 @@
 namespace velmorak {
 namespace {
 
-constexpr int maxThreads = 1024;
-
 /// @return the number of threads that the environment asks for, or that the machine has.
 int threadCount(Messages& messages) {
     const int cores = oneapi::tbb::info::default_concurrency();
@@ -73,6 +71,7 @@ struct Runner::Impl : std::enable_shared_from_this<Runner::Impl> {
     bool leavesRecords = false;
     RunListener* listener = nullptr;
     Grace grace = threeSeconds;
+    int threads = 0;      ///< Of a run; 0: as the environment says.
     int threadsLeft = 0;  ///< Behind, for good.
     std::mutex mutex;
     std::shared_ptr<RunJob> job;  ///< Of the run that is going on; null without one.
@@ -89,7 +88,7 @@ Runner::Impl::Impl(std::ostream& stream, bool isTerminal, const CacheConfig& slo
 }
 
 RunReport Runner::Impl::carryOut(RunJob& job) {
-    const int threads = threadCount(*messages);
+    const int threads = this->threads > 0 ? this->threads : threadCount(*messages);
     const oneapi::tbb::global_control allowance(oneapi::tbb::global_control::max_allowed_parallelism,
                                                 static_cast<std::size_t>(threads + threadsLeft));
     job.report.threads = threads;
@@ -136,7 +135,7 @@ void Runner::Impl::execute(RunJob& job, int threads, bool isPolite) {
 
 RunReport Runner::Impl::leaveBehind(RunJob& job) {
     RunReport report;
-    report.threads = threadCount(*messages);
+    report.threads = job.report.threads;
     report.began = std::chrono::system_clock::now();
     const std::vector<std::size_t> deaf = job.leaveBehind();
     messages = std::make_shared<Messages>(stream, isTerminal);
@@ -220,6 +219,10 @@ void Runner::explain(bool isInScope) {
 
 void Runner::setExecutor(std::unique_ptr<Executor> executor) {
     part->executor = std::move(executor);
+}
+
+void Runner::setThreads(int count) {
+    part->threads = count;
 }
 
 void Runner::leaveRecords() {

@@ -45,6 +45,8 @@ struct RunReport {
     bool hasFailure() const;
 };
 
+inline constexpr int maxThreads = 1024;  ///< Of one run.
+
 class Executor;
 class RunListener;
 
@@ -67,6 +69,9 @@ public:
 
     /// Who works from now on, in place of threads of the runner's own. Called while no run is going on.
     void setExecutor(std::unique_ptr<Executor> executor);
+
+    /// @param count of threads of each run from now on; 0 for as many as the environment says.
+    void setThreads(int count);
 
     /// From now on, each run leaves a record of itself in its results folder. Called while no run is going on.
     void leaveRecords();

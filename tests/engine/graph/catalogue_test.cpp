@@ -1,6 +1,7 @@
 #include "GraphFixture.h"
 
 #include "graph/Catalogue.h"
+#include "graph/LibraryConfig.h"
 
 #include <cstdlib>
 #include <set>
@@ -83,9 +84,9 @@ TEST(Catalogue, theSameFolderTwiceIsReadOnce) {
     EXPECT_EQ(errors.lines(), 6);
 }
 
-TEST(Catalogue, theEnvironmentComesBeforeWhatLiesBesideTheLibrary) {
+TEST(LibraryConfig, theEnvironmentComesBeforeWhatLiesBesideTheLibrary) {
     setenv("VELMORAK_EXAMPLES", "/one::/two:", 1);
-    const Catalogue::SearchPath places = standardPlaces();
+    const Catalogue::SearchPath places = libraryConfigFromEnvironment().search;
     unsetenv("VELMORAK_EXAMPLES");
     ASSERT_EQ(places.collections.size(), 2U);
     EXPECT_EQ(places.collections[0], TEST_COLLECTIONS);

@@ -97,7 +97,7 @@ TEST_F(Registration, isFollowedByATableThatCannotBeOpened) {
     changePorts(node, portsOf(opener, {}), {});
     for (const char* how : {"null", "throw"}) {
         part.inputs.front().value = how;
-        updateColumnDescriptions(node);
+        refreshColumns({&node});
         EXPECT_THAT(node.Outputs().front().description, Not(HasSubstr("Column"))) << how;
     }
 }
