@@ -22,7 +22,7 @@ public:
         std::filesystem::path loadingNotes{};  ///< Folder for notes; see LoadingNote. Empty for none.
     };
 
-    /// Loads every collection that offers the factory. One that cannot be used is reported on standard error and
+    /// Loads every collection that exports the factory. One that cannot be used is reported on standard error and
     /// skipped.
     Catalogue(SearchPath search, const std::string& factory);
 

@@ -153,7 +153,7 @@ void describeOutputs(QzBase::Part& part) {
     const std::lock_guard guard(QzManager::Part::of(*part.manager).lock);
     for (std::size_t i = 0; i < part.outputs.size(); ++i) {
         if (part.outputSpecs[i].type == ValueType::Table) {
-            part.outputs[i].description = toldOf(part.outputSpecs[i]) + part.columns.sentence;
+            part.outputs[i].description = descriptionOf(part.outputSpecs[i]) + part.columns.sentence;
         }
     }
 }

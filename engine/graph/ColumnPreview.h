@@ -20,7 +20,7 @@ struct PreviewedColumns {
 
 /// A preview of the table that a reader would read, in the background: its file may lie where no answer comes from.
 struct ColumnPreview {
-    std::string subject;                   ///< What is previewed; another preview is needed when that has changed.
+    std::string subject;                   ///< What is previewed; another preview is required when that has changed.
     std::shared_ptr<BackgroundTask> work;  ///< Waited for before found is read.
     std::shared_ptr<const PreviewedColumns> found;  ///< Once the work has ended.
 };

@@ -16,7 +16,7 @@ std::string readable(std::string folderName) {
     return validUtf8(folderName);
 }
 
-/// An example that cannot be read is listed without one; opening it says why.
+/// Empty for an example that cannot be read; opening it reports the reason.
 std::string summaryOf(const fs::path& document) {
     try {
         return parseDocument(readWholeFile(document)).summary.value_or("");

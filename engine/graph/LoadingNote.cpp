@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The object as it lies on the disk: another one under its name may be loaded again.
+/// Identifies the file on disk: another one of the same name may be loaded.
 std::string textFor(const fs::path& object) {
     std::string text = object.string() + '\n';
     if (const std::optional<FileStamp> stamp = stampOf(object)) {
@@ -50,7 +50,7 @@ LoadingNote::LoadingNote(const fs::path& folder, const fs::path& object) {
     }
     path = folder / nameFor(object);
     descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
-    // Another program that is loading the object at this moment has its own eye on it.
+    // Another program that is loading the object right now holds the lock.
     if (descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
         close(descriptor);
         descriptor = -1;
@@ -76,7 +76,7 @@ LoadingNote::~LoadingNote() {
 }
 
 void LoadingNote::write(const std::string& text) const {
-    // A note that is not whole is none.
+    // An incomplete note has no effect.
     if (ftruncate(descriptor, 0) == 0) {
         [[maybe_unused]] const ssize_t written = pwrite(descriptor, text.data(), text.size(), 0);
     }

@@ -16,16 +16,16 @@ const RunReport& lastReport(const QzManager& manager);
 /// Why the last ReadDocument added nothing; empty when it succeeded.
 const std::string& lastReadError(const QzManager& manager);
 
-/// The pipeline as a run would see it now.
+/// The pipeline that a run would execute now.
 Pipeline pipelineOf(const QzManager& manager);
 
 /// Results go there from now on, instead of into the folder beside the document.
 void setResultsFolder(QzManager& manager, const std::filesystem::path& folder);
 
-/// How the manager works where it differs from what the environment says.
+/// Settings that differ from those of the environment.
 struct ManagerConfig {
-    int threads = 0;              ///< Of a run; 0: as the environment says.
-    bool keepsResults = true;     ///< False: runs neither reuse earlier results nor keep theirs.
+    int threads = 0;              ///< Of a run; 0: as VELMORAK_THREADS says.
+    bool keepsResults = true;     ///< False: runs neither reuse results from disk nor store theirs.
     bool previewsColumns = true;  ///< The descriptions of table readers' outputs name their columns.
 };
 

@@ -20,12 +20,12 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t maxDocument = std::size_t{64} << 20U;
-constexpr std::chrono::seconds untilSaid(1);
-constexpr std::chrono::seconds untilLeft(4);
+constexpr std::chrono::seconds untilMessage(1);
+constexpr std::chrono::seconds untilGivenUp(4);
 
 class OpenFile {
 public:
-    /// Never waits for a writer of a pipe.
+    /// Does not wait for the writer of a pipe.
     explicit OpenFile(const fs::path& file);
     ~OpenFile() { ::close(number); }
     OpenFile(const OpenFile&) = delete;
@@ -44,7 +44,7 @@ OpenFile::OpenFile(const fs::path& file) : number(open(file.c_str(), O_RDONLY | 
 }
 
 std::string contentOf(const fs::path& file, BackgroundTask& work) {
-    // What opening would disturb, such as a device, is not opened.
+    // Opening a device may have effects.
     if (const std::string reason = whyNotRegular(file); !reason.empty()) {
         throw DocumentError(0, reason.substr(file.string().size() + 1));
     }
@@ -76,9 +76,9 @@ std::string readWholeFile(const fs::path& file) {
             reading->set_exception(std::current_exception());
         }
     });
-    if (!work->wait(untilSaid)) {
+    if (!work->wait(untilMessage)) {
         printMessage("Waiting for " + file.string() + ": its file system does not answer.");
-        if (!work->wait(untilLeft)) {
+        if (!work->wait(untilGivenUp)) {
             throw DocumentError(0, "cannot be read: its file system does not answer");
         }
     }

@@ -41,7 +41,7 @@ std::vector<QzBase*> consumersOf(const QzBase& node) {
     return consumers;
 }
 
-/// Looks each plug-in's name up once, for any number of tries.
+/// Collects the names once, for any number of attempts.
 std::string freeNameFor(const std::vector<QzBase*>& plugins, const std::string& wanted) {
     std::unordered_set<std::string_view> taken;
     for (const QzBase* node : plugins) {
@@ -79,7 +79,7 @@ bool QzManager::loadAIDA(const std::string& file) {
         part->commandLineAida = path;
     }
     refreshColumns(plugins);
-    return part->aidaCheck.look(path, file);
+    return part->aidaCheck.check(path, file);
 }
 
 void QzManager::SetFontSize(int portSize, int titleSize) {
@@ -166,7 +166,7 @@ QzBase* QzManager::CreatePlugin(std::uint16_t kind, const std::string& uniqueNam
     }
     {
         const std::lock_guard guard(part->lock);
-        takeIn(*this, std::move(node));
+        addNode(*this, std::move(node));
     }
     refreshColumns({plugins.back()});
     return plugins.back();
@@ -183,7 +183,7 @@ void QzManager::SetInputValue(int index, int input, const std::string& value) {
     }
     const auto position = static_cast<std::size_t>(input);
     const InputSpec& spec = own.inputSpecs[position];
-    std::string reason = refusalOf(own.kind, spec, value);
+    std::string reason = valueError(own.kind, spec, value);
     Ports ports;
     if (reason.empty() && own.kind) {
         ValueTexts values = valuesOf(node);

@@ -18,7 +18,7 @@ public:
     /// @param cache where results are kept for later programs.
     explicit RunQueue(const CacheConfig& cache);
 
-    /// @param snapshot gives the pipeline at the moment when this run's turn has come.
+    /// @param snapshot called when this run's turn has come; returns the pipeline as it is then.
     void run(const std::function<Pipeline()>& snapshot);
     void explain(bool isAsked) { runner->explain(isAsked); }
     void setListener(RunListener* listener) { runner->tell(listener); }
@@ -27,31 +27,31 @@ public:
     /// From now on, no run reuses an earlier result or keeps its own. Forgets the settings above.
     void forgetResults();
 
-    /// Ends the run that is going on. Where none is, it counts for a run that was asked for but has not begun yet (see
-    /// EarlyStop), and for no other.
+    /// Stops the current run. Without one, the stop applies to a run that was requested but has not begun (see
+    /// EarlyStop), and to no other.
     void stop();
     void reset() { runner->reset(); }
 
-    /// Ends the run that is going on, turns those that wait away, and returns when none is left.
+    /// Stops the current run, rejects the waiting ones, and returns when none is left.
     void close();
 
-    /// Of the last run that has ended.
+    /// Report of the last run that has ended.
     const RunReport& report() const { return lastReport; }
 
 private:
     void executeTurn(const std::function<Pipeline()>& snapshot);
-    bool begins();
+    bool tryBegin();
     Pipeline takeSnapshot(const std::function<Pipeline()>& snapshot);
 
     std::unique_ptr<Runner> runner;
-    std::mutex turn;
-    std::mutex stateLock;
-    std::condition_variable nobodyIsLeft;
-    int callers = 0;           ///< Of run, waiting or executing.
-    bool isClosed = false;     ///< No run begins any more.
-    bool isGoingOn = false;    ///< A run has begun and not ended.
-    bool isToEnd = false;      ///< That run was asked to end.
-    EarlyStop stopWithoutRun;  ///< The last one.
+    std::mutex runMutex;
+    std::mutex stateMutex;
+    std::condition_variable isIdle;
+    int callers = 0;               ///< Threads in run(), waiting or executing.
+    bool isClosed = false;         ///< Further runs are rejected.
+    bool isRunning = false;        ///< A run has begun and has not ended.
+    bool isStopRequested = false;  ///< For the current run.
+    EarlyStop stopWithoutRun;      ///< The last stop that came while no run was going on.
     RunReport lastReport;
 };
 

@@ -200,14 +200,14 @@ TEST_F(VelmorakRunOptions, nameTheNearestPlugInOrInputAndRunNothing) {
 }
 
 TEST_F(VelmorakRunOptions, refuseWhatHasNotTheirForm) {
-    expectRefusal({"--set", "one"}, R"("one" has not the form PLUGIN.INPUT=VALUE)");
-    expectRefusal({"--scan", "one.value=1:2:0"}, R"("1:2:0" is no range from:to:step of at most 10000 values)");
-    expectRefusal({"--scan", "one.value=1:2:-1"}, R"("1:2:-1" is no range from:to:step of at most 10000 values)");
-    expectRefusal({"--scan", "one.value=1:x:1"}, R"("1:x:1" is no range from:to:step of at most 10000 values)");
+    expectRefusal({"--set", "one"}, R"("one" does not have the form PLUGIN.INPUT=VALUE)");
+    expectRefusal({"--scan", "one.value=1:2:0"}, R"("1:2:0" is not a range from:to:step with at most 10000 values)");
+    expectRefusal({"--scan", "one.value=1:2:-1"}, R"("1:2:-1" is not a range from:to:step with at most 10000 values)");
+    expectRefusal({"--scan", "one.value=1:x:1"}, R"("1:x:1" is not a range from:to:step with at most 10000 values)");
 }
 
 TEST_F(VelmorakRunOptions, refuseAValueForAnInputThatIsFed) {
-    expectRefusal({"--set", "sum.a=2"}, R"(input "a" of "sum" is fed by "one", so that a value would not count)");
+    expectRefusal({"--set", "sum.a=2"}, R"(input "a" of "sum" is fed by "one"; a value would have no effect)");
 }
 
 TEST_F(VelmorakRunOptions, sayAValueThatTheInputDoesNotTake) {

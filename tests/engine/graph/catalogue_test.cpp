@@ -48,8 +48,8 @@ TEST(Catalogue, whatCannotBeUsedIsSkippedInOneSentenceEach) {
     EXPECT_THAT(errors.text(), HasSubstr("Damaged/Damaged.so is skipped: "));
     EXPECT_THAT(errors.text(), HasSubstr("NoFactory.so is skipped: it does not offer QzAnalysisFactory."));
     EXPECT_THAT(errors.text(),
-                HasSubstr("OldKit.so is skipped: it is made with version 0123456789abcdef of the kit, and "
-                          "this library with " VELMORAK_SDK_VERSION "; build it again."));
+                HasSubstr("OldSdk.so is skipped: it was built with version 0123456789abcdef of the SDK, and "
+                          "this library with " VELMORAK_SDK_VERSION "; rebuild it."));
     EXPECT_THAT(errors.text(), HasSubstr("Throwing.so is skipped: its licence has run out.\n"));
     EXPECT_THAT(errors.text(), HasSubstr("The kind Single of the collection"));
     EXPECT_THAT(errors.text(), HasSubstr("its name \"two words\" is not one word."));

@@ -148,16 +148,17 @@ TEST_F(Documents, aGoodOneForgetsTheFormerError) {
 }
 
 TEST_F(Documents, whatIsNoJsonIsRefusedWithItsLine) {
-    expectRefused("", "1: is no JSON");
-    expectRefused("{\n\"zedra\": 1,\n\"plugins\": [}", "3: is no JSON: syntax error");
-    expectRefused("{\"zedra\": 1, \"plugins\": []}\n\nmore", "3: is no JSON");
-    expectRefused("{\"zedra\": 1,\n\"x\": 1e, \"plugins\": []}", "2: is no JSON");
-    expectRefused("{\"zedra\": 1, \"plugins\": [],\n\"x\": 01}", "2: is no JSON");
-    expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"\\ud800\"}", "1: is no JSON");
-    expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"a\nb\"}", "1: is no JSON");
-    expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"\xFF\"}", "1: is no JSON");
+    expectRefused("", "1: is not JSON");
+    expectRefused("{\n\"zedra\": 1,\n\"plugins\": [}", "3: is not JSON: syntax error");
+    expectRefused("{\"zedra\": 1, \"plugins\": []}\n\nmore", "3: is not JSON");
+    expectRefused("{\"zedra\": 1,\n\"x\": 1e, \"plugins\": []}", "2: is not JSON");
+    expectRefused("{\"zedra\": 1, \"plugins\": [],\n\"x\": 01}", "2: is not JSON");
+    expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"\\ud800\"}", "1: is not JSON");
+    expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"a\nb\"}", "1: is not JSON");
+    expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"\xFF\"}", "1: is not JSON");
     const std::string whole = "{\"zedra\": 1, \"plugins\": []}\n";
-    expectRefused(whole + std::string(1, '\0') + "more", "2: is no JSON: syntax error: found the byte 0 where");
+    expectRefused(whole + std::string(1, '\0') + "more",
+                  "2: is not JSON: syntax error: expected the end of the text, found the byte 0");
     expectRefused("\n" + std::string(100000, '['), "2: nests deeper than 64 levels");
 }
 
@@ -168,16 +169,16 @@ TEST_F(Documents, whatIsNoDocumentIsRefusedWithItsLine) {
     expectRefused("{\n\"zedra\": 2, \"plugins\": []}", "2: the document is of version 2 of the format");
     expectRefused("{\n\"zedra\": \"1\", \"plugins\": []}", "2: the field \"zedra\" must be a number.");
     expectRefused("{\"zedra\": 1,\n\"zedra\": 1, \"plugins\": []}",
-                  "2: the field \"zedra\" stands twice in one object.");
+                  "2: the field \"zedra\" appears twice in one object.");
     expectRefused("{\"zedra\": 1, \"plugins\": {}}", "1: the field \"plugins\" must be a list.");
-    expectRefused("{\"zedra\": 1, \"plugins\": [], \"summary\": 5}", "1: the field \"summary\" must be a text.");
+    expectRefused("{\"zedra\": 1, \"plugins\": [], \"summary\": 5}", "1: the field \"summary\" must be a string.");
 }
 
 TEST_F(Documents, whatIsNoPluginIsRefusedWithItsLine) {
     expectRefused(withPlugins("5"), "4: a plug-in must be an object.");
     expectRefused(withPlugins("{\"kind\": \"Pair\"}"), "4: the field \"name\" is missing.");
     expectRefused(withPlugins("{\"name\": \"\", \"kind\": \"Pair\"}"), "4: the field \"name\" must not be empty.");
-    expectRefused(withPlugins("{\"name\": 7, \"kind\": \"Pair\"}"), "4: the field \"name\" must be a text.");
+    expectRefused(withPlugins("{\"name\": 7, \"kind\": \"Pair\"}"), "4: the field \"name\" must be a string.");
     expectRefused(withPlugins("{\"name\": \"A\"}"), "4: the field \"kind\" is missing.");
     expectRefused(withPlugins("{\"name\":\"A\",\"kind\":\"Pair\"},\n{\"name\":\"A\",\"kind\":\"Drain\"}"),
                   "5: two plug-ins are named \"A\".");
@@ -195,9 +196,9 @@ TEST_F(Documents, whatIsNoPluginIsRefusedWithItsLine) {
     expectRefused(withPlugins(begin + "\"inputs\": [{\"name\":\"a\"},\n{\"name\":\"a\"}]}"),
                   "6: two inputs of a plug-in are named \"a\".");
     expectRefused(withPlugins(begin + "\"inputs\": [{\"name\":\"a\", \"value\": 1}]}"),
-                  "5: the field \"value\" must be a text.");
+                  "5: the field \"value\" must be a string.");
     expectRefused(withPlugins(begin + "\"inputs\": [{\"name\":\"a\", \"from\": [\"A\"]}]}"),
-                  "5: the field \"from\" must be a list of two texts");
+                  "5: the field \"from\" must be a list of two strings");
     expectRefused(withPlugins(begin + "\"outputs\": [{\"type\":\"a\"}]}"), "5: the field \"name\" is missing.");
 }
 

@@ -66,7 +66,7 @@ TEST_F(Foreign, aValueThatTheKindRefusesIsKeptAndSaid) {
     read(
         R"({"zedra": 1, "plugins": [{"name": "K", "kind": "Pair", "inputs": [{"name": "mode", "value": "spline"}]}]})");
     EXPECT_EQ(input("K", "mode").value, "spline");
-    EXPECT_THAT(errors.text(), HasSubstr("K (Pair), input mode: \"spline\" is none of the choices: plain, weighted; "
+    EXPECT_THAT(errors.text(), HasSubstr("K (Pair), input mode: \"spline\" is not one of the choices: plain, weighted; "
                                          "the value is kept, but a run cannot use it."));
 }
 

@@ -6,7 +6,7 @@ namespace velmorak::test {
 namespace {
 
 std::string told(const InputSpec& input) {
-    return toldOf(input, {{input}, {}});
+    return descriptionOf(input, {{input}, {}});
 }
 
 TEST(PortTexts, aNumberTellsItsLimitsAsAUserWouldWriteThem) {
@@ -32,13 +32,13 @@ TEST(PortTexts, aFileIsToReadWhereNothingElseFeedsThePlugin) {
     const InputSpec file{.name = "file", .type = ValueType::Text};
     const InputSpec header{.name = "header", .type = ValueType::Choice, .choices = {"yes"}};
     const InputSpec table{.name = "table", .type = ValueType::Table};
-    EXPECT_EQ(toldOf(file, {{file, header}, {}}), "Type: file to read");
-    EXPECT_EQ(toldOf(file, {{table, file}, {}}), "Type: text");
-    EXPECT_EQ(toldOf({.name = "filer", .type = ValueType::Text}, {{file}, {}}), "Type: text");
+    EXPECT_EQ(descriptionOf(file, {{file, header}, {}}), "Type: file to read");
+    EXPECT_EQ(descriptionOf(file, {{table, file}, {}}), "Type: text");
+    EXPECT_EQ(descriptionOf({.name = "filer", .type = ValueType::Text}, {{file}, {}}), "Type: text");
 }
 
 TEST(PortTexts, anOutputTellsItsType) {
-    EXPECT_EQ(toldOf(OutputSpec{.name = "p", .description = "Mean.", .type = ValueType::Profile}),
+    EXPECT_EQ(descriptionOf(OutputSpec{.name = "p", .description = "Mean.", .type = ValueType::Profile}),
               "Mean.\nType: profile");
 }
 

@@ -52,19 +52,19 @@ TEST_F(Registration, refusesNamesThatAreNone) {
 }
 
 TEST_F(Registration, refusesInputsThatContradictThemselves) {
-    expectRefused("NoLimit", "its input \"i\" has a limit that is no number");
-    expectRefused("Crossed", "its input \"i\" allows nothing: its lower limit 2 is above its upper one 1");
+    expectRefused("NoLimit", "its input \"i\" has a limit that is not a number");
+    expectRefused("Crossed", "its input \"i\" allows no value: its lower limit 2 is above its upper one 1");
     expectRefused("Outside",
-                  "its input \"i\" begins with a value that it refuses: \"5\" is above 1, the largest value allowed");
-    expectRefused("Halved", "its input \"i\" begins with a value that it refuses: \"0.5\" is no whole number");
-    expectRefused("NoNumber", "its input \"i\" begins with a value that it refuses: \"one\" is no number");
-    expectRefused("LimitedText", "its input \"i\" has limits, and takes no number");
-    expectRefused("NoChoices", "its input \"i\" has nothing to choose from");
+                  "its input \"i\" has a default value that it refuses: \"5\" is above 1, the largest value allowed");
+    expectRefused("Halved", "its input \"i\" has a default value that it refuses: \"0.5\" is not a whole number");
+    expectRefused("NoNumber", "its input \"i\" has a default value that it refuses: \"one\" is not a number");
+    expectRefused("LimitedText", "its input \"i\" has limits, but is not a number");
+    expectRefused("NoChoices", "its input \"i\" has no choices");
     expectRefused("TwiceChosen", "its input \"i\" has the choice \"a\" twice");
     expectRefused("NotChosen",
-                  "its input \"i\" begins with a value that it refuses: \"c\" is none of the choices: a, b");
-    expectRefused("ChoosyText", "its input \"i\" has choices, and is no choice");
-    expectRefused("WiredValue", "its input \"i\" has a value, though only a wire can bring one");
+                  "its input \"i\" has a default value that it refuses: \"c\" is not one of the choices: a, b");
+    expectRefused("ChoosyText", "its input \"i\" has choices, but is not of type choice");
+    expectRefused("WiredValue", "its input \"i\" has a default value, though only a wire can supply one");
 }
 
 TEST_F(Registration, refusesAKindThatThrowsWhatIsNoException) {
@@ -84,8 +84,8 @@ TEST_F(Registration, isFollowedByWhatIsNoExceptionWhileNoRunIsGoingOn) {
     Ports ports;
     EXPECT_EQ(tryPorts(later, {{"text", "throw"}}, ports), "it failed without saying why");
     const InputSpec text{.name = "text", .type = ValueType::Text};
-    EXPECT_EQ(refusalOf(&later, text, "refuse"), "it failed without saying why");
-    EXPECT_EQ(refusalOf(&later, text, "take"), "");
+    EXPECT_EQ(valueError(&later, text, "refuse"), "it failed without saying why");
+    EXPECT_EQ(valueError(&later, text, "take"), "");
 }
 
 TEST_F(Registration, isFollowedByATableThatCannotBeOpened) {
