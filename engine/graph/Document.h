@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// The content of a document, independent of any kind or manager. docs/document.md describes the format.
@@ -53,6 +54,9 @@ struct DocumentPlugin {
     ForeignFields foreign;
     std::size_t line = 0;
 };
+
+/// Of the files that hold documents.
+inline constexpr std::string_view documentExtension = ".zedra";
 
 struct Document {
     std::optional<std::string> summary;

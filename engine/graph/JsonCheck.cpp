@@ -37,8 +37,8 @@ private:
     void number();
     void quoted();
     void word(std::string_view letters);
-    template <typename Part>
-    void parts(char end, int level, Part&& part);
+    template <typename Item>
+    void items(char end, int level, Item&& item);
     void member(int level);
     JsonType value(int level);
 
@@ -117,9 +117,9 @@ void Check::word(std::string_view letters) {
     at += letters.size();
 }
 
-/// The comma-separated parts between a bracket and its counterpart.
-template <typename Part>
-void Check::parts(char end, int level, Part&& part) {
+/// The comma-separated items between a bracket and its counterpart.
+template <typename Item>
+void Check::items(char end, int level, Item&& item) {
     if (level == maxDepth) {
         throw DocumentError(lineOf(text, at), "nests deeper than 64 levels");
     }
@@ -130,7 +130,7 @@ void Check::parts(char end, int level, Part&& part) {
         return;
     }
     for (bool isMore = true; isMore;) {
-        part();
+        item();
         blanks();
         isMore = ahead() == ',';
         if (isMore) {
@@ -154,10 +154,10 @@ JsonType Check::value(int level) {
     blanks();
     switch (ahead()) {
         case '{':
-            parts('}', level, [&] { member(level + 1); });
+            items('}', level, [&] { member(level + 1); });
             return JsonType::Object;
         case '[':
-            parts(']', level, [&] { value(level + 1); });
+            items(']', level, [&] { value(level + 1); });
             return JsonType::List;
         case '"':
             quoted();

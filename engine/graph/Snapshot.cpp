@@ -46,7 +46,8 @@ fs::path resultsFolderOf(const fs::path& document, const Catalogue& catalogue) {
         return here / "untitled.results";
     }
     const fs::path folder = catalogue.isExample(document) ? here : document.parent_path();
-    const std::string name = document.extension() == ".zedra" ? document.stem().string() : document.filename().string();
+    const std::string name =
+        document.extension() == documentExtension ? document.stem().string() : document.filename().string();
     return folder / (name + ".results");
 }
 
