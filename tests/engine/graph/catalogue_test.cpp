@@ -22,14 +22,14 @@ std::vector<std::string> idsOf(const Catalogue& catalogue) {
     return ids;
 }
 
-TEST(Catalogue, groupsStandTogetherAndEverythingIsInOrder) {
+TEST(Catalogue, kindsAreSortedByGroupAndName) {
     const Errors errors;
     const Catalogue catalogue({{TEST_COLLECTIONS}, {}}, "QzAnalysisFactory");
     EXPECT_THAT(idsOf(catalogue),
                 ElementsAre("Drains/Drain", "Twice/Single", "Workbench/Letters", "Workbench/Pair", "Workbench/Waiter"));
 }
 
-TEST(Catalogue, aRecordSaysWhereItsKindComesFrom) {
+TEST(Catalogue, aRecordNamesTheSharedObjectOfItsKind) {
     const Errors errors;
     const Catalogue catalogue({{TEST_COLLECTIONS}, {}}, "QzAnalysisFactory");
     const QzKind& pair = catalogue.kinds()[catalogue.find("Pair")];
@@ -41,7 +41,7 @@ TEST(Catalogue, aRecordSaysWhereItsKindComesFrom) {
     EXPECT_EQ(catalogue.find("Absent"), catalogue.kinds().size());
 }
 
-TEST(Catalogue, whatCannotBeUsedIsSkippedInOneSentenceEach) {
+TEST(Catalogue, unusableCollectionsAreSkippedWithOneSentenceEach) {
     const Errors errors;
     const Catalogue catalogue({{TEST_COLLECTIONS}, {}}, "QzAnalysisFactory");
     EXPECT_EQ(errors.lines(), 6);

@@ -20,7 +20,7 @@ bool isStopped(const BackgroundTask& work) {
     return work.isStopping();
 }
 
-TEST(ColumnPreviews, giveWhatTheyFound) {
+TEST(ColumnPreviews, returnTheColumnsThatTheyFound) {
     ColumnPreviews previews;
     const auto found = std::make_shared<PreviewedColumns>();
     const auto preview =

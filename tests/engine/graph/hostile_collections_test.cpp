@@ -66,7 +66,7 @@ TEST_F(HostileCollection, isLoadedWithoutANoteWhereNoneCanBeWritten) {
     EXPECT_EQ(errors.text(), "");
 }
 
-TEST_F(HostileCollection, thatIsCutOffAnywhereIsSkipped) {
+TEST_F(HostileCollection, thatIsTruncatedAnywhereIsSkipped) {
     const fs::path object = put(TEST_COLLECTIONS "/Workbench/Workbench.so");
     // What the loader maps ends before the tables for debuggers and linkers do.
     for (const std::uintmax_t size : {0U, 1U, 63U, 64U, 100U, 4096U, 8192U}) {

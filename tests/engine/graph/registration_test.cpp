@@ -31,14 +31,14 @@ protected:
     Catalogue catalogue;
 };
 
-TEST_F(Registration, refusesOneKindByASentenceAndTakesTheOthers) {
+TEST_F(Registration, refusesOneKindWithASentenceAndAddsTheOthers) {
     EXPECT_EQ(catalogue.kinds().size(), 2U);
     EXPECT_TRUE(has("Later"));
     EXPECT_TRUE(has("Opener"));
     EXPECT_EQ(errors.lines(), 22);
 }
 
-TEST_F(Registration, refusesNamesThatAreNone) {
+TEST_F(Registration, refusesInvalidNames) {
     expectRefused("", "it is null");
     expectRefused("", "its name \"\" is empty");
     expectRefused("", "its name \"two words\" is not one word");
@@ -67,11 +67,11 @@ TEST_F(Registration, refusesInputsThatContradictThemselves) {
     expectRefused("WiredValue", "its input \"i\" has a default value, though only a wire can supply one");
 }
 
-TEST_F(Registration, refusesAKindThatThrowsWhatIsNoException) {
+TEST_F(Registration, refusesAKindThatThrowsSomethingOtherThanAnException) {
     expectRefused("Always", "it failed without saying why");
 }
 
-TEST_F(Registration, isFollowedByAPortWithoutANameThatIsRefused) {
+TEST_F(Registration, refusesAPortWithoutANameLater) {
     const Kind& later = catalogue.kind(catalogue.find("Later"));
     Ports ports;
     EXPECT_EQ(tryPorts(later, {{"text", "plain"}}, ports), "");
@@ -79,7 +79,7 @@ TEST_F(Registration, isFollowedByAPortWithoutANameThatIsRefused) {
     EXPECT_EQ(ports.inputs.at(1).name, "named");
 }
 
-TEST_F(Registration, isFollowedByWhatIsNoExceptionWhileNoRunIsGoingOn) {
+TEST_F(Registration, survivesSomethingOtherThanAnExceptionOutsideARun) {
     const Kind& later = catalogue.kind(catalogue.find("Later"));
     Ports ports;
     EXPECT_EQ(tryPorts(later, {{"text", "throw"}}, ports), "it failed without saying why");
@@ -88,7 +88,7 @@ TEST_F(Registration, isFollowedByWhatIsNoExceptionWhileNoRunIsGoingOn) {
     EXPECT_EQ(valueError(&later, text, "take"), "");
 }
 
-TEST_F(Registration, isFollowedByATableThatCannotBeOpened) {
+TEST_F(Registration, survivesATableThatCannotBeOpened) {
     const Kind& opener = catalogue.kind(catalogue.find("Opener"));
     QzManager manager("QzAnalysisFactory");
     QzBase& node = *manager.CreatePlugin(0, "Reader");

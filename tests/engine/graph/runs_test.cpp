@@ -84,7 +84,7 @@ TEST_F(Runs, stopEndsARunAndWithoutOneDoesNotStopTheNext) {
 }
 
 // Whoever makes a thread for each run has asked for the run when the thread exists.
-TEST_F(Runs, stopCountsForARunThatWasAskedForAndHasNotBegun) {
+TEST_F(Runs, stopAppliesToARunThatIsRequestedButHasNotBegun) {
     add("Waiter", "W");
     std::promise<void> stopped;
     std::thread worker([&] {
@@ -98,7 +98,7 @@ TEST_F(Runs, stopCountsForARunThatWasAskedForAndHasNotBegun) {
     EXPECT_EQ(outcomeOf("W"), NodeStatus::Unfinished);
 }
 
-TEST_F(Runs, stopIsNeverLostBetweenTheAskingAndTheBeginning) {
+TEST_F(Runs, stopIsNeverLostBetweenRequestAndBeginning) {
     add("Waiter", "W");
     for (int i = 0; i < 200; ++i) {
         std::thread worker([this] { manager.Run(); });
@@ -108,7 +108,7 @@ TEST_F(Runs, stopIsNeverLostBetweenTheAskingAndTheBeginning) {
     }
 }
 
-TEST_F(Runs, stopAfterARunDoesNotReachTheOneThatIsAskedForNext) {
+TEST_F(Runs, stopAfterARunDoesNotApplyToTheNextOne) {
     add("Pair", "A");
     for (int i = 0; i < 50; ++i) {
         manager.Stop();
@@ -118,7 +118,7 @@ TEST_F(Runs, stopAfterARunDoesNotReachTheOneThatIsAskedForNext) {
     }
 }
 
-TEST_F(Runs, stopBetweenTwoRunsOfOneThreadReachesNeither) {
+TEST_F(Runs, stopBetweenTwoRunsOfOneThreadAppliesToNeither) {
     add("Pair", "A");
     std::promise<void> hasRun;
     std::promise<void> stopped;
@@ -135,7 +135,7 @@ TEST_F(Runs, stopBetweenTwoRunsOfOneThreadReachesNeither) {
     EXPECT_FALSE(lastReport(manager).wasStopped);
 }
 
-TEST_F(Runs, everyEditIsPossibleWhileOneGoesOn) {
+TEST_F(Runs, everyEditIsPossibleDuringARun) {
     add("Waiter", "W");
     add("Pair", "A");
     auto run = runInBackground();
@@ -152,7 +152,7 @@ TEST_F(Runs, everyEditIsPossibleWhileOneGoesOn) {
     expectInStep(manager);
 }
 
-TEST_F(Runs, aSecondOneWaitsForTheFirst) {
+TEST_F(Runs, aSecondRunWaitsForTheFirst) {
     add("Waiter", "W");
     auto first = runInBackground();
     waitUntilItRuns();
@@ -166,7 +166,7 @@ TEST_F(Runs, aSecondOneWaitsForTheFirst) {
     EXPECT_TRUE(lastReport(manager).wasStopped);
 }
 
-TEST_F(Runs, theManagersEndEndsItsRuns) {
+TEST_F(Runs, destroyingTheManagerStopsItsRuns) {
     std::optional<QzManager> dying(std::in_place, "QzAnalysisFactory");
     dying->CreatePlugin(kindNumber("Waiter"), "W");
     auto first = std::async(std::launch::async, [&] { dying->Run(); });

@@ -34,13 +34,13 @@ protected:
     }
 };
 
-TEST_F(Values, aNumberIsKeptAsItWasTyped) {
+TEST_F(Values, aNumberIsKeptAsTyped) {
     expectTaken("a", "1.50");
     expectTaken("a", " -2e3 ");
     expectTaken("b", "-10");
 }
 
-TEST_F(Values, whatIsNoNumberIsRefused) {
+TEST_F(Values, aTextThatIsNotANumberIsRefused) {
     expectRefused("a", "one", "\"one\" is not a number");
     expectRefused("a", "1,5", "\"1,5\" is not a number");
     expectRefused("a", "", "\"\" is not a number");
@@ -59,7 +59,7 @@ TEST_F(Values, aChoiceIsOneOfItsTexts) {
     expectRefused("mode", "Plain", "\"Plain\" is not one of the choices: plain, weighted");
 }
 
-TEST_F(Values, theKindHasTheLastWord) {
+TEST_F(Values, theKindDecidesLast) {
     expectTaken("label", "good");
     expectRefused("label", "bad", "bad is no label");
     expectRefused("label", "throw", "the kind is at a loss");
