@@ -5,26 +5,25 @@
 
 namespace velmorak {
 
-std::shared_ptr<BackgroundTask> BackgroundTask::begin(std::function<void(BackgroundTask&)> work) {
-    auto made = std::make_shared<BackgroundTask>();
-    // Nothing can end a thread that the kernel holds, so it cannot be joined.
-    std::thread([made, work = std::move(work)]() mutable {
-        work(*made);
-        work = nullptr;
-        made->end();
-    }).detach();
-    return made;
+std::shared_ptr<BackgroundTask> BackgroundTask::begin(Work work) {
+    auto task = std::make_shared<BackgroundTask>(std::move(work));
+    std::thread([task] { task->run(); }).detach();
+    return task;
+}
+
+void BackgroundTask::run() {
+    if (!isStopped) {
+        work(*this);
+    }
+    work = nullptr;
+    const std::lock_guard guard(mutex);
+    isDone = true;
+    changed.notify_all();
 }
 
 void BackgroundTask::advance() {
     const std::lock_guard guard(mutex);
     ++steps;
-    changed.notify_all();
-}
-
-void BackgroundTask::end() {
-    const std::lock_guard guard(mutex);
-    isDone = true;
     changed.notify_all();
 }
 

@@ -10,26 +10,34 @@
 
 namespace velmorak {
 
-/// Work that may wait without end, because a file system does not answer. It has a thread of its own, which is left
-/// behind where nobody wants to wait for it any longer.
-/// Threads: every operation may be called on any thread.
+/// Work that may block for ever, because a file system does not answer. Its thread is detached: the kernel gives no way
+/// to end a thread that it holds, so nobody can be made to join it.
+/// Lifetime: the work owns everything that it uses, because it may outlive whoever started it.
+/// Threads:  every operation may be called on any thread.
 class BackgroundTask {
 public:
-    /// Begins the work, which must own all that it uses and must not throw.
-    static std::shared_ptr<BackgroundTask> begin(std::function<void(BackgroundTask&)> work);
+    using Work = std::function<void(BackgroundTask&)>;
 
-    /// For the work: it has got hold of something.
+    /// @param work must not throw.
+    explicit BackgroundTask(Work work) : work(std::move(work)) {}
+
+    /// Runs the work on a new thread.
+    static std::shared_ptr<BackgroundTask> begin(Work work);
+
+    /// Runs the work on this thread, unless stop came first. Called once.
+    void run();
+
+    /// For the work: reports progress.
     void advance();
     /// For the work: nobody wants the rest of it.
     bool isStopping() const { return isStopped; }
 
     void stop() { isStopped = true; }
-    /// @return true when the work has ended, false when it has not advanced for so long.
+    /// @return true when the work has ended, false when it has made no progress for so long.
     bool wait(std::chrono::milliseconds patience);
 
 private:
-    void end();
-
+    Work work;
     std::mutex mutex;
     std::condition_variable changed;
     std::uint64_t steps = 0;

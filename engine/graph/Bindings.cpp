@@ -9,7 +9,7 @@ namespace velmorak {
 void bind(QzBase& receiver, std::size_t input, QzBase& sender, std::size_t output) {
     unbind(receiver, input);
     QzBase::Part& part = QzBase::Part::of(receiver);
-    part.keepsakes.danglingSources.erase(part.inputs[input].name);
+    part.unknownFields.danglingSources.erase(part.inputs[input].name);
     part.inputs[input].source = &sender;
     part.inputs[input].sourceOutput = static_cast<std::uint32_t>(output);
     QzBase::Output& feeding = QzBase::Part::of(sender).outputs[output];

@@ -5,20 +5,20 @@
 #include <cstddef>
 #include <string>
 
-/// Who feeds whom. Every change goes through here, so that an input's source and the consumer lists of the output that
-/// feeds it always say the same.
+/// The wires between plug-ins. A wire is recorded at both ends, in the input's source and in the output's list of
+/// consumers. All changes are made by these functions, which keep the two ends consistent.
 namespace velmorak {
 
-/// Feeds the input from the output, in place of what fed it before. Positions must exist.
+/// Connects the output to the input and removes the wire that the input had before. Positions must exist.
 void bind(QzBase& receiver, std::size_t input, QzBase& sender, std::size_t output);
 
-/// Nothing happens when nothing feeds the input.
+/// Does nothing when the input has no wire.
 void unbind(QzBase& receiver, std::size_t input);
 
-/// Undoes every binding of the plug-in, on both sides.
+/// Removes every wire of the plug-in, of its inputs and its outputs.
 void unbindAll(QzBase& node);
 
-/// @return position of the named output, -1 when there is none.
+/// @return position of the named output, or -1.
 int outputIndex(const QzBase& node, const std::string& output);
 
 }  // namespace velmorak

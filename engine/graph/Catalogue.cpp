@@ -26,12 +26,12 @@ Shared& shared() {
 
 }  // namespace
 
-Catalogue::Catalogue(SearchPath where, const std::string& factory) : places(std::move(where)) {
-    for (OfferedKind& offered : loadCollections(places.collections, factory)) {
+Catalogue::Catalogue(SearchPath search, const std::string& factory) : search(std::move(search)) {
+    for (OfferedKind& offered : loadCollections(this->search.collections, this->search.loadingNotes, factory)) {
         records.push_back(std::move(offered.record));
         made.push_back(std::move(offered.kind));
     }
-    exampleRecords = listExamples(places.examples);
+    exampleRecords = listExamples(this->search.examples);
 }
 
 std::size_t Catalogue::find(const std::string& kindName) const {
@@ -41,22 +41,14 @@ std::size_t Catalogue::find(const std::string& kindName) const {
 
 bool Catalogue::isExample(const fs::path& file) const {
     const fs::path whole = resolved(file);
-    return std::ranges::any_of(places.examples, [&](const fs::path& folder) {
+    return std::ranges::any_of(search.examples, [&](const fs::path& folder) {
         const fs::path root = resolved(folder);
         return std::mismatch(root.begin(), root.end(), whole.begin(), whole.end()).first == root.end();
     });
 }
 
-Catalogue::SearchPath standardPlaces() {
-    Catalogue::SearchPath places{pathList("VELMORAK_COLLECTIONS"), pathList("VELMORAK_EXAMPLES")};
-    const fs::path library = libraryFolder();
-    places.collections.push_back(library / "collections");
-    places.examples.push_back((library / VELMORAK_SHARE_FROM_LIB / "examples").lexically_normal());
-    return places;
-}
-
-const Catalogue& sharedCatalogue(const std::string& factory) {
-    std::call_once(shared().once, [&] { shared().made = new Catalogue(standardPlaces(), factory); });
+const Catalogue& sharedCatalogue(const Catalogue::SearchPath& search, const std::string& factory) {
+    std::call_once(shared().once, [&] { shared().made = new Catalogue(search, factory); });
     return *shared().made;
 }
 

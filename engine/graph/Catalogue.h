@@ -19,11 +19,12 @@ public:
     struct SearchPath {
         std::vector<std::filesystem::path> collections;
         std::vector<std::filesystem::path> examples;
+        std::filesystem::path loadingNotes{};  ///< Folder for notes; see LoadingNote. Empty for none.
     };
 
-    /// Loads every collection that offers the factory. One that cannot be used is reported on standard error and
+    /// Loads every collection that exports the factory. One that cannot be used is reported on standard error and
     /// skipped.
-    Catalogue(SearchPath where, const std::string& factory);
+    Catalogue(SearchPath search, const std::string& factory);
 
     const std::vector<QzKind>& kinds() const { return records; }
     const std::vector<QzExample>& examples() const { return exampleRecords; }
@@ -31,21 +32,18 @@ public:
     const Kind& kind(std::size_t number) const { return *made[number]; }
     /// @return kinds().size() when no kind has the name.
     std::size_t find(const std::string& kindName) const;
-    /// The file lies below a folder of examples, also by way of a link.
+    /// @return whether the file lies below a folder of examples, also by way of a link.
     bool isExample(const std::filesystem::path& file) const;
 
 private:
-    SearchPath places;
+    SearchPath search;
     std::vector<QzKind> records;
     std::vector<std::unique_ptr<Kind>> made;
     std::vector<QzExample> exampleRecords;
 };
 
-/// VELMORAK_COLLECTIONS and VELMORAK_EXAMPLES, then what lies beside the library.
-Catalogue::SearchPath standardPlaces();
-
-/// The program's catalogue. Made by the first call, with its factory; later calls give the same.
-const Catalogue& sharedCatalogue(const std::string& factory);
+/// The program's catalogue. Made by the first call, with its arguments; later calls give the same.
+const Catalogue& sharedCatalogue(const Catalogue::SearchPath& search, const std::string& factory);
 
 /// The program's catalogue if it has been made, else null.
 const Catalogue* sharedCatalogueIfMade();

@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 using Factory = void (*)(Registry&);
 
-/// Takes in the kinds of one collection; one that cannot be offered is reported and left out.
+/// Receives the kinds of one collection; reports and skips those that cannot be offered.
 class KindRegistry : public Registry {
 public:
     KindRegistry(fs::path sharedObject, std::string firstGroup);
@@ -32,7 +32,7 @@ public:
 
 private:
     void refuse(const std::string& name, const std::string& reason) const;
-    std::string objectionTo(const Kind& kind, const QzKind& record) const;
+    std::string whyRefused(const Kind& kind, const QzKind& record) const;
 
     fs::path object;
     std::string currentGroup;
@@ -48,17 +48,17 @@ void KindRegistry::add(std::unique_ptr<Kind> kind) {
         return;
     }
     QzKind record;
-    std::string objection;
+    std::string reason;
     const std::optional<NodeError> error = errorIn([&] {
         record.name = kind->name();
         record.summary = validUtf8(kind->summary());
-        objection = objectionTo(*kind, record);
+        reason = whyRefused(*kind, record);
     });
     if (error) {
-        objection = withoutFullStop(error->sentence);
+        reason = withoutFullStop(error->sentence);
     }
-    if (!objection.empty()) {
-        refuse(record.name, objection);
+    if (!reason.empty()) {
+        refuse(record.name, reason);
         return;
     }
     record.group = currentGroup;
@@ -68,28 +68,29 @@ void KindRegistry::add(std::unique_ptr<Kind> kind) {
     kinds.push_back({std::move(record), std::move(kind)});
 }
 
-std::string KindRegistry::objectionTo(const Kind& kind, const QzKind& record) const {
-    if (const std::string reason = nameObjection(record.name); !reason.empty()) {
-        return "its name " + shownName(record.name) + ' ' + reason;
+std::string KindRegistry::whyRefused(const Kind& kind, const QzKind& record) const {
+    if (const std::string reason = nameError(record.name); !reason.empty()) {
+        return "its name " + quotedName(record.name) + ' ' + reason;
     }
-    if (const std::string reason = groupObjection(currentGroup); !reason.empty()) {
-        return "the name " + shownName(currentGroup) + " of its group " + reason;
+    if (const std::string reason = groupNameError(currentGroup); !reason.empty()) {
+        return "the name " + quotedName(currentGroup) + " of its group " + reason;
     }
-    return portsObjection(kind.ports({}));
+    return portsError(kind.ports({}));
 }
 
 void KindRegistry::refuse(const std::string& name, const std::string& reason) const {
-    const std::string subject = nameObjection(name).empty() ? "The kind " + name : "A kind";
+    const std::string subject = nameError(name).empty() ? "The kind " + name : "A kind";
     printMessage(subject + " of the collection " + object.string() + " is skipped: " + reason + ".");
 }
 
-/// The library stays loaded to the end of the program, also when it is refused: what it has started may still run.
+/// The library stays loaded to the end of the program, even when it is skipped: threads that it has started may still
+/// run.
 std::vector<OfferedKind> kindsOf(const fs::path& object, const std::string& factory) {
     void* const library = loadSharedObject(object);
     const std::string madeWith = static_cast<const char*>(symbolIn(library, "velmorakSdkHeaders"));
     if (madeWith != VELMORAK_SDK_VERSION) {
-        throw std::runtime_error("it is made with version " + madeWith +
-                                 " of the kit, and this library with " VELMORAK_SDK_VERSION "; build it again");
+        throw std::runtime_error("it was built with version " + madeWith +
+                                 " of the SDK, and this library with " VELMORAK_SDK_VERSION "; rebuild it");
     }
     const auto call = reinterpret_cast<Factory>(symbolIn(library, factory.c_str()));
     KindRegistry intake(object, object.stem().string());
@@ -114,16 +115,16 @@ std::vector<fs::path> objectsIn(const fs::path& folder) {
 
 class Loader {
 public:
-    explicit Loader(std::string factoryName) : factory(std::move(factoryName)) {}
+    Loader(fs::path notes, std::string factory) : notes(std::move(notes)), factory(std::move(factory)) {}
 
     void load(const fs::path& object);
     std::vector<OfferedKind> takeSorted();
 
 private:
-    void take(OfferedKind offered);
+    void add(OfferedKind offered);
 
+    fs::path notes;
     std::string factory;
-    fs::path notes = loadingNotes();
     std::set<fs::path> loaded;
     std::set<std::string> names;
     std::vector<OfferedKind> kinds;
@@ -145,11 +146,11 @@ void Loader::load(const fs::path& object) {
         printMessage("The collection " + object.string() + " is skipped: " + withoutFullStop(error->sentence) + ".");
     }
     for (OfferedKind& each : offered) {
-        take(std::move(each));
+        add(std::move(each));
     }
 }
 
-void Loader::take(OfferedKind offered) {
+void Loader::add(OfferedKind offered) {
     const std::string& name = offered.record.name;
     if (!names.insert(name).second) {
         printMessage("The kind " + name + " of the collection " + offered.record.library +
@@ -166,8 +167,9 @@ std::vector<OfferedKind> Loader::takeSorted() {
 
 }  // namespace
 
-std::vector<OfferedKind> loadCollections(const std::vector<fs::path>& folders, const std::string& factory) {
-    Loader loader(factory);
+std::vector<OfferedKind> loadCollections(const std::vector<fs::path>& folders, const fs::path& notes,
+                                         const std::string& factory) {
+    Loader loader(notes, factory);
     for (const fs::path& folder : folders) {
         for (const fs::path& object : objectsIn(folder)) {
             loader.load(object);

@@ -10,17 +10,19 @@
 
 namespace velmorak {
 
-/// A kind as a collection has registered it.
+/// A kind that a collection has registered.
 struct OfferedKind {
     QzKind record;
     std::unique_ptr<Kind> kind;
 };
 
-/// Loads the collections that lie in the folders. One that cannot be loaded, is made with another kit, does not offer
-/// the factory or throws is reported on standard error and skipped whole, and so is one that has ended a program while
-/// it was loaded. A kind whose name is taken, or is none, or whose ports contradict themselves is reported and skipped
-/// by itself.
-/// @return groups in alphabetical order, and so are the kinds in each.
-std::vector<OfferedKind> loadCollections(const std::vector<std::filesystem::path>& folders, const std::string& factory);
+/// Loads the collections in the folders. A collection is reported on standard error and skipped as a whole when it
+/// cannot be loaded, was built with other SDK headers, does not export the factory, throws, or ended an earlier program
+/// while that loaded it. A kind is reported and skipped alone when its name is in use or invalid, or when its ports
+/// contradict each other.
+/// @param notes folder for notes about what is being loaded; see LoadingNote. Empty for none.
+/// @return sorted by group, then by name.
+std::vector<OfferedKind> loadCollections(const std::vector<std::filesystem::path>& folders,
+                                         const std::filesystem::path& notes, const std::string& factory);
 
 }  // namespace velmorak

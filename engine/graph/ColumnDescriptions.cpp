@@ -45,17 +45,17 @@ std::string sentenceOn(const Schema& schema) {
     return schema.size() == 0 ? "" : sentence + ".";
 }
 
-/// Is told to stop when enough was read, and when nobody waits any more.
-class AsideContext : public PreviewContext {
+/// Stops a preview when it has read enough, and when nobody wants it any more.
+class TaskContext : public PreviewContext {
 public:
-    AsideContext(const Pipeline& beside, const BackgroundTask& work) : PreviewContext(beside, maxPieces), work(work) {}
+    TaskContext(const Pipeline& beside, const BackgroundTask& work) : PreviewContext(beside, maxPieces), work(work) {}
     bool isStopping() const override { return work.isStopping() || PreviewContext::isStopping(); }
 
 private:
     const BackgroundTask& work;
 };
 
-/// What decides on the columns, and how they are found. Used by a thread of its own.
+/// Everything that decides on the columns, and how they are found. Used on a background thread.
 struct PreviewRequest {
     const Source& kind;
     PipelineNode node;
@@ -91,11 +91,11 @@ PreviewedColumns PreviewRequest::found(const BackgroundTask& work) const {
     const std::string title = visible(titleOf(node));
     const CrashNote note(title.c_str());
     PreviewedColumns now;
-    // What is wrong with the values or the file, a run will say.
+    // A run reports what is wrong with the values or the file.
     const std::optional<NodeError> error = errorIn([&] {
-        AsideContext stamps(beside, work);
-        now.key = "looked" + keyOfFiles(stamps);
-        AsideContext columns(beside, work);
+        TaskContext stamps(beside, work);
+        now.key = "previewed" + keyOfFiles(stamps);
+        TaskContext columns(beside, work);
         now.sentence = now.key == before.key ? before.sentence : sentence(columns);
     });
     return error ? PreviewedColumns{} : now;
@@ -123,67 +123,87 @@ std::string subjectOf(const QzBase::Part& part, const Pipeline& beside) {
     return subject;
 }
 
-/// Begins a look, and waits for it as long as a user would, unless another file keeps somebody waiting already.
-void lookAside(QzBase& node, const Source& kind, const Pipeline& beside, const std::string& subject) {
-    constexpr std::size_t maxAtOnce = 8;
-    QzBase::Part& part = QzBase::Part::of(node);
-    QzManager::Part& owner = QzManager::Part::of(*part.manager);
-    const std::size_t overdue = owner.looks.overdue();
-    if (overdue >= maxAtOnce) {
-        return;
-    }
-    // The key is that of the file alone: for other values, the same file may have other columns.
-    const PreviewedColumns before = part.columnsSubject == subject ? part.columns : PreviewedColumns{};
-    const auto found = std::make_shared<PreviewedColumns>();
-    part.look = owner.looks.begin(subject, found,
-                                  [look = PreviewRequest{kind, nodeOf(part, node.name), beside, before},
-                                   found](BackgroundTask& work) { *found = look.found(work); });
-    part.look->work->wait(overdue == 0 ? owner.looks.patience : std::chrono::milliseconds(0));
+/// The table reader of the plug-in whose columns can be previewed; null for any other, and where a wire decides on
+/// them.
+const Source* previewedKind(const QzBase::Part& part) {
+    const auto* kind = dynamic_cast<const Source*>(part.kind);
+    const bool isWired = std::ranges::any_of(part.inputs, [](const auto& input) { return input.source != nullptr; });
+    return kind && kind->tellsColumns() && !isWired ? kind : nullptr;
 }
 
-/// Brings what is said of the node's columns up to what is known of them.
-void findColumns(QzBase& node, const Source& kind) {
+void beginPreview(QzBase& node, const Source& kind) {
     QzBase::Part& part = QzBase::Part::of(node);
-    const QzManager::Part& owner = QzManager::Part::of(*part.manager);
+    QzManager::Part& owner = QzManager::Part::of(*part.manager);
     Pipeline beside;
     beside.documentFolder = std::filesystem::path(owner.documentPath).parent_path();
     beside.commandLineAida = owner.commandLineAida;
     const std::string subject = subjectOf(part, beside);
-    if (part.look && part.look->subject != subject) {
-        part.look->work->stop();
-        part.look.reset();
+    // The key is that of the file alone: for other values, the same file may have other columns.
+    if (part.columnsSubject != subject) {
         part.columns = {};
-    }
-    if (!part.look) {
-        lookAside(node, kind, beside, subject);
-    }
-    if (part.look && part.look->work->wait(std::chrono::milliseconds(0))) {
-        part.columns = *part.look->found;
-        part.look.reset();
         part.columnsSubject = subject;
-    } else if (part.columnsSubject != subject) {
-        part.columns = {};
+    }
+    const auto found = std::make_shared<PreviewedColumns>();
+    part.preview = owner.previews.begin(subject, found,
+                                        [request = PreviewRequest{kind, nodeOf(part, node.name), beside, part.columns},
+                                         found](BackgroundTask& work) { *found = request.found(work); });
+}
+
+void describeOutputs(QzBase::Part& part) {
+    const std::lock_guard guard(QzManager::Part::of(*part.manager).lock);
+    for (std::size_t i = 0; i < part.outputs.size(); ++i) {
+        if (part.outputSpecs[i].type == ValueType::Table) {
+            part.outputs[i].description = descriptionOf(part.outputSpecs[i]) + part.columns.sentence;
+        }
     }
 }
 
 }  // namespace
 
-void updateColumnDescriptions(QzBase& node) {
-    QzBase::Part& part = QzBase::Part::of(node);
-    const auto* kind = dynamic_cast<const Source*>(part.kind);
-    if (!kind || !kind->tellsColumns()) {
+void refreshColumns(const std::vector<QzBase*>& nodes) {
+    if (nodes.empty()) {
         return;
     }
-    if (std::ranges::any_of(part.inputs, [](const auto& input) { return input.source != nullptr; })) {
-        part.columns = {};
-    } else {
-        findColumns(node, *kind);
+    QzManager::Part& owner = QzManager::Part::of(*nodes.front()->GetManager());
+    if (!owner.previewsColumns) {
+        return;
     }
-    const std::lock_guard guard(QzManager::Part::of(*part.manager).lock);
-    for (std::size_t i = 0; i < part.outputs.size(); ++i) {
-        if (part.outputSpecs[i].type == ValueType::Table) {
-            part.outputs[i].description = toldOf(part.outputSpecs[i]) + part.columns.sentence;
+    ColumnPreviews& previews = owner.previews;
+    const bool mayWait = previews.unfinished() == 0;
+    for (QzBase* node : nodes) {
+        QzBase::Part& part = QzBase::Part::of(*node);
+        stopPreview(*node);
+        if (const Source* kind = previewedKind(part)) {
+            beginPreview(*node, *kind);
+        } else {
+            part.columns = {};
         }
+    }
+    if (mayWait) {
+        previews.wait();
+    }
+    for (QzBase* node : nodes) {
+        showColumns(*node);
+    }
+}
+
+void stopPreview(QzBase& node) {
+    QzBase::Part& part = QzBase::Part::of(node);
+    if (part.preview) {
+        part.preview->work->stop();
+        part.preview.reset();
+    }
+}
+
+void showColumns(QzBase& node) {
+    QzBase::Part& part = QzBase::Part::of(node);
+    if (part.preview && part.preview->work->wait(std::chrono::milliseconds(0))) {
+        part.columns = *part.preview->found;
+        part.preview.reset();
+    }
+    const auto* kind = dynamic_cast<const Source*>(part.kind);
+    if (kind && kind->tellsColumns()) {
+        describeOutputs(part);
     }
 }
 

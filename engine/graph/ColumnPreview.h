@@ -4,47 +4,61 @@
 
 #include <chrono>
 #include <cstddef>
-#include <functional>
+#include <deque>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
 namespace velmorak {
 
-/// What a look at the beginning of a table has found.
+/// What a preview of the beginning of a table has found.
 struct PreviewedColumns {
-    std::string key{};       ///< Differs whenever the columns could; empty where nothing can be told.
-    std::string sentence{};  ///< Empty where nothing can be told.
+    std::string key{};       ///< Differs whenever the columns could; empty where nothing was found.
+    std::string sentence{};  ///< Empty where nothing was found.
 };
 
-/// A look at what a table reader would read, aside: the file may lie where no answer comes from.
+/// A preview of the table that a reader would read, in the background: its file may lie where no answer comes from.
 struct ColumnPreview {
-    std::string subject;                   ///< What is looked at; another look is needed when that has changed.
+    std::string subject;                   ///< What is previewed; another preview is required when that has changed.
     std::shared_ptr<BackgroundTask> work;  ///< Waited for before found is read.
     std::shared_ptr<const PreviewedColumns> found;  ///< Once the work has ended.
 };
 
-/// The looks of one manager.
+/// The previews of one manager. At most eight run at the same time; the others queue. A file that does not answer
+/// occupies one of the eight threads and delays nobody else.
 /// Threads: used by the main thread.
 class ColumnPreviews {
 public:
     ColumnPreviews() = default;
-    /// Tells those that go on to stop. One that does not is left behind, and the program then ends without destroying
-    /// what it may be in.
+    /// Asks unfinished previews to stop. If one does not, its thread is left behind, and the program then ends without
+    /// destructors, because the thread may still use what they destroy.
     ~ColumnPreviews();
     ColumnPreviews(const ColumnPreviews&) = delete;
     ColumnPreviews& operator=(const ColumnPreviews&) = delete;
 
-    /// @param work sets found, and owns all that it uses.
+    /// @param work sets found, and owns everything that it uses.
     std::shared_ptr<ColumnPreview> begin(const std::string& subject, std::shared_ptr<const PreviewedColumns> found,
-                                         std::function<void(BackgroundTask&)> work);
-    /// How many go on though nobody waits for them any more.
-    std::size_t overdue();
+                                         BackgroundTask::Work work);
+    /// @return number of previews that have not ended.
+    std::size_t unfinished();
+    /// Waits until all have ended, at most as long as the patience lasts.
+    void wait();
 
-    std::chrono::milliseconds patience{500};  ///< For which a look may keep a user waiting.
+    std::chrono::milliseconds patience{500};  ///< For which previews may keep a user waiting.
 
 private:
-    std::vector<std::shared_ptr<ColumnPreview>> all;
+    /// Shared with the threads, which may outlive this.
+    struct Queue {
+        std::mutex mutex;
+        std::deque<std::shared_ptr<BackgroundTask>> waiting;
+        std::size_t threads = 0;
+    };
+
+    static void runWaiting(Queue& queue);
+
+    std::shared_ptr<Queue> queue = std::make_shared<Queue>();
+    std::vector<std::shared_ptr<ColumnPreview>> all;  ///< But for those that are known to have ended.
 };
 
 }  // namespace velmorak

@@ -5,12 +5,13 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
-/// The document text and what it says, apart from any kind or manager. docs/document.md describes the format.
+/// The content of a document, independent of any kind or manager. docs/document.md describes the format.
 namespace velmorak {
 
-/// A field that this version does not know, kept byte for byte.
+/// A field that this version does not know, preserved byte for byte.
 struct ForeignField {
     std::string name;
     std::string json;
@@ -20,7 +21,7 @@ struct ForeignField {
 
 using ForeignFields = std::vector<ForeignField>;
 
-/// An output by the name of its plug-in and its own.
+/// An output, named by its plug-in and its own name.
 struct OutputName {
     std::string plugin;
     std::string output;
@@ -33,7 +34,7 @@ struct DocumentInput {
     std::optional<std::string> value;
     std::optional<OutputName> from;
     ForeignFields foreign;
-    std::size_t line = 0;  ///< Where it stands in the text that was read.
+    std::size_t line = 0;  ///< In the text that was read, counted from 1.
 };
 
 struct DocumentOutput {
@@ -54,6 +55,9 @@ struct DocumentPlugin {
     std::size_t line = 0;
 };
 
+/// Of the files that hold documents.
+inline constexpr std::string_view documentExtension = ".zedra";
+
 struct Document {
     std::optional<std::string> summary;
     std::vector<DocumentPlugin> plugins;  ///< The first one is the start.
@@ -63,7 +67,7 @@ struct Document {
 /// @throws DocumentError with the line.
 Document parseDocument(const std::string& text);
 
-/// The one way to write a document. Never uses the locale.
+/// The only writer of documents. Does not depend on the locale.
 std::string formatDocument(const Document& document);
 
 }  // namespace velmorak

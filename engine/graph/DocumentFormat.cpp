@@ -12,7 +12,7 @@ std::string coordinate(float number) {
     return {digits.data(), end};
 }
 
-/// The fields of one object, put one after the other with what stands between them.
+/// Joins the fields of one object with a separator.
 class ObjectText {
 public:
     explicit ObjectText(std::string betweenFields) : separator(std::move(betweenFields)) {}

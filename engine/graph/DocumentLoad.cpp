@@ -1,6 +1,7 @@
 #include "graph/DocumentLoad.h"
 
 #include "graph/Bindings.h"
+#include "graph/ColumnDescriptions.h"
 #include "graph/FreeName.h"
 #include "graph/Log.h"
 #include "graph/NodeFromDocument.h"
@@ -15,10 +16,10 @@
 namespace velmorak {
 namespace {
 
-// As many as the document itself may name; a known kind has its ports whether they are named or not.
+// The same limit as for ports that a document names; a known kind has its ports whether they are named or not.
 constexpr std::size_t maxPorts = 1'000'000;
 
-/// One document on its way into the manager. Nothing but messages leaves it before commit.
+/// Loads one document. Nothing in the manager changes before commit.
 class Loading {
 public:
     Loading(QzManager& into, Document read, const std::string& from);
@@ -36,7 +37,7 @@ private:
     QzManager::Part& owner;
     Document document;
     const std::string& file;
-    LoadNotes notes;
+    LoadWarnings notes;
     std::vector<std::unique_ptr<GraphNode>> nodes;        ///< Parallel to the document's plug-ins.
     std::unordered_map<std::string, std::size_t> byName;  ///< By the names in the document.
 };
@@ -44,7 +45,7 @@ private:
 Loading::Loading(QzManager& into, Document read, const std::string& from)
     : manager(into), owner(QzManager::Part::of(into)), document(std::move(read)), file(from), notes(from) {}
 
-/// Names that are free stay; the others get numbers that no plug-in of pipeline or document has.
+/// A name that is in use gets a number that makes it unique in the pipeline and the document.
 std::vector<std::string> Loading::namesInPipeline() const {
     std::set<std::string> existing;
     for (const QzBase* node : manager.plugins) {
@@ -97,7 +98,7 @@ void Loading::wireInput(std::size_t receiverNumber, const DocumentInput& input) 
     if (position >= 0 && output >= 0) {
         bind(receiver, static_cast<std::size_t>(position), *nodes[sender->second], static_cast<std::size_t>(output));
     } else if (keepsLooseEnds) {
-        part.keepsakes.danglingSources[input.name] = *input.from;
+        part.unknownFields.danglingSources[input.name] = *input.from;
     } else {
         notes.add(input.line, nameForMessages(receiver) + ", input " + input.name + ": the binding to " +
                                   quote(input.from->output) + " of " + quote(input.from->plugin) +
@@ -125,10 +126,10 @@ void Loading::commitDocument(bool wasEmpty) {
 void Loading::commit() {
     const bool isExample = owner.catalogue.isExample(file);
     const std::lock_guard guard(owner.lock);
-    // What is read into an empty pipeline takes its place; an example is never saved over.
+    // A document that is read into an empty pipeline gives it its file name; an example is never overwritten.
     const bool wasEmpty = manager.plugins.empty();
     for (std::unique_ptr<GraphNode>& node : nodes) {
-        takeIn(manager, std::move(node));
+        addNode(manager, std::move(node));
     }
     commitDocument(wasEmpty);
     if (wasEmpty) {
@@ -153,7 +154,13 @@ std::string loadDocumentText(QzManager& manager, const std::string& text, const 
         Loading loading(manager, parseDocument(text), file);
         loading.makeNodes();
         loading.wire();
+        const std::string before = QzManager::Part::of(manager).documentPath;
+        const std::size_t oldPlugins = manager.plugins.size();
         loading.commit();
+        // Another document's folder is another place to look for the files of all plug-ins.
+        const bool isSamePlace = QzManager::Part::of(manager).documentPath == before;
+        const auto first = manager.plugins.begin() + (isSamePlace ? static_cast<std::ptrdiff_t>(oldPlugins) : 0);
+        refreshColumns({first, manager.plugins.end()});
         return {};
     } catch (const DocumentError& error) {
         const std::string place =

@@ -6,18 +6,18 @@
 
 #include <string>
 
-/// Between a document and the plug-ins of a manager.
+/// Conversion between a document and the plug-ins of a manager.
 namespace velmorak {
 
-/// Appends the plug-ins of a document to the manager's, or none of them. What is left out of an otherwise good document
-/// is said on standard error.
-/// @return an empty text, or why nothing was added: a sentence with file, line and reason.
+/// Appends the plug-ins of a document to the manager's: all of them, or none. Parts of a valid document that cannot be
+/// used are reported on standard error.
+/// @return empty, or why nothing was added: a sentence with file, line and reason.
 std::string loadDocument(QzManager& manager, const std::string& file);
 
-/// The same of a text that stood in the file.
+/// The same for a text that was read from the file earlier.
 std::string loadDocumentText(QzManager& manager, const std::string& text, const std::string& file);
 
-/// What the manager's plug-ins are as a document.
+/// The manager's pipeline as a document.
 Document documentOf(const QzManager& manager);
 
 }  // namespace velmorak

@@ -19,11 +19,11 @@ DocumentInput inputOf(const QzBase::Part& part, std::size_t position) {
     }
     if (input.source) {
         made.from = {input.source->name, QzBase::Part::of(*input.source).outputs[input.sourceOutput].name};
-    } else if (const auto loose = part.keepsakes.danglingSources.find(input.name);
-               loose != part.keepsakes.danglingSources.end()) {
+    } else if (const auto loose = part.unknownFields.danglingSources.find(input.name);
+               loose != part.unknownFields.danglingSources.end()) {
         made.from = loose->second;
     }
-    made.foreign = fieldsOf(part.keepsakes.inputFields, input.name);
+    made.foreign = fieldsOf(part.unknownFields.inputFields, input.name);
     return made;
 }
 
@@ -38,13 +38,13 @@ DocumentPlugin pluginOf(const QzBase& node) {
     for (std::size_t i = 0; i < part.inputs.size(); ++i) {
         made.inputs.push_back(inputOf(part, i));
     }
-    for (const UnknownInput& stray : part.keepsakes.strayInputs) {
+    for (const UnknownInput& stray : part.unknownFields.unknownInputs) {
         made.inputs.push_back(stray);
     }
     for (const QzBase::Output& output : part.outputs) {
-        made.outputs.push_back({output.name, output.type, fieldsOf(part.keepsakes.outputFields, output.name)});
+        made.outputs.push_back({output.name, output.type, fieldsOf(part.unknownFields.outputFields, output.name)});
     }
-    made.foreign = part.keepsakes.fields;
+    made.foreign = part.unknownFields.fields;
     return made;
 }
 

@@ -14,11 +14,11 @@ namespace {
 
 using JsonType = JsonValue::JsonType;
 
-// Far more than anybody draws, and no more than fits into memory together with their plug-ins.
+// Far more than anybody draws, and few enough to fit into memory.
 constexpr std::size_t maxPlugins = 100'000;
 constexpr std::size_t maxPorts = 1'000'000;
 
-/// What every check of a value needs: the text, for line numbers and for fields that are kept as they stand.
+/// Checks values against the format. Holds the text for line numbers and for fields that are preserved unchanged.
 class Parser {
 public:
     explicit Parser(const std::string& whole) : text(whole) {}
@@ -32,11 +32,11 @@ private:
     std::size_t line(const JsonValue& at) const;
     std::string_view written(const JsonValue& value) const;
     Fields fields(const JsonValue& object, std::initializer_list<std::string_view> known, ForeignFields& foreign) const;
-    const JsonValue& needed(const Fields& found, std::string_view name, const JsonValue& object) const;
+    const JsonValue& required(const Fields& found, std::string_view name, const JsonValue& object) const;
     std::string textIn(const JsonValue& value, std::string_view name) const;
     std::string nameIn(const Fields& found, std::string_view name, const JsonValue& object) const;
     float coordinate(const JsonValue& value) const;
-    const JsonValue& shaped(const JsonValue& value, JsonType type, const std::string& reason) const;
+    const JsonValue& ofType(const JsonValue& value, JsonType type, const std::string& reason) const;
 
     void checkVersion(const JsonValue& version) const;
     DocumentPlugin plugin(const JsonValue& object) const;
@@ -48,11 +48,11 @@ private:
     DocumentOutput output(const JsonValue& object) const;
     OutputName source(const JsonValue& value) const;
     std::vector<JsonValue> pairIn(const JsonValue& value, const std::string& reason) const;
-    void keepNamesApart(std::set<std::string>& taken, const std::string& name, const char* what,
-                        const JsonValue& at) const;
+    void requireUnique(std::set<std::string>& taken, const std::string& name, const char* what,
+                       const JsonValue& at) const;
 
     const std::string& text;
-    mutable std::size_t seen = 0;  ///< Where the last line that was asked for was counted to.
+    mutable std::size_t seen = 0;  ///< Position up to which lines have been counted.
     mutable std::size_t linesBefore = 0;
     mutable std::size_t ports = 0;
 };
@@ -65,7 +65,7 @@ std::string_view Parser::written(const JsonValue& value) const {
     return std::string_view(text).substr(value.begin, value.end - value.begin);
 }
 
-/// Values are mostly asked for in the order in which they stand.
+/// Counts on from the previous call, because values are mostly visited in the order of the text.
 std::size_t Parser::line(const JsonValue& at) const {
     if (at.begin < seen) {
         seen = linesBefore = 0;
@@ -84,13 +84,13 @@ Parser::Fields Parser::fields(const JsonValue& object, std::initializer_list<std
         if (std::find(known.begin(), known.end(), name) == known.end()) {
             foreign.push_back({std::move(name), std::string(written(value))});
         } else if (!found.emplace(name, value).second) {
-            fail(value, "the field " + quote(name) + " stands twice in one object.");
+            fail(value, "the field " + quote(name) + " appears twice in one object.");
         }
     });
     return found;
 }
 
-const JsonValue& Parser::needed(const Fields& found, std::string_view name, const JsonValue& object) const {
+const JsonValue& Parser::required(const Fields& found, std::string_view name, const JsonValue& object) const {
     const auto at = found.find(name);
     if (at == found.end()) {
         fail(object, "the field " + quote(name) + " is missing.");
@@ -99,11 +99,11 @@ const JsonValue& Parser::needed(const Fields& found, std::string_view name, cons
 }
 
 std::string Parser::textIn(const JsonValue& value, std::string_view name) const {
-    return unquoted(text, shaped(value, JsonType::Text, "the field " + quote(name) + " must be a text."));
+    return unquoted(text, ofType(value, JsonType::Text, "the field " + quote(name) + " must be a string."));
 }
 
 std::string Parser::nameIn(const Fields& found, std::string_view name, const JsonValue& object) const {
-    const JsonValue& value = needed(found, name, object);
+    const JsonValue& value = required(found, name, object);
     std::string made = textIn(value, name);
     if (made.empty()) {
         fail(value, "the field " + quote(name) + " must not be empty.");
@@ -111,7 +111,7 @@ std::string Parser::nameIn(const Fields& found, std::string_view name, const Jso
     return made;
 }
 
-const JsonValue& Parser::shaped(const JsonValue& value, JsonType type, const std::string& reason) const {
+const JsonValue& Parser::ofType(const JsonValue& value, JsonType type, const std::string& reason) const {
     if (value.type != type) {
         fail(value, reason);
     }
@@ -120,7 +120,7 @@ const JsonValue& Parser::shaped(const JsonValue& value, JsonType type, const std
 
 float Parser::coordinate(const JsonValue& value) const {
     const double number =
-        numberIn(text, shaped(value, JsonType::Number, "the field \"position\" must hold two numbers."));
+        numberIn(text, ofType(value, JsonType::Number, "the field \"position\" must hold two numbers."));
     if (std::abs(number) > static_cast<double>(std::numeric_limits<float>::max())) {
         fail(value, "a coordinate is out of range.");
     }
@@ -128,15 +128,15 @@ float Parser::coordinate(const JsonValue& value) const {
 }
 
 void Parser::checkVersion(const JsonValue& version) const {
-    const JsonValue& number = shaped(version, JsonType::Number, "the field \"zedra\" must be a number.");
+    const JsonValue& number = ofType(version, JsonType::Number, "the field \"zedra\" must be a number.");
     if (numberIn(text, number) != 1.0) {
         fail(version, "the document is of version " + std::string(written(version).substr(0, 40)) +
                           " of the format; this program reads version 1.");
     }
 }
 
-void Parser::keepNamesApart(std::set<std::string>& taken, const std::string& name, const char* what,
-                            const JsonValue& at) const {
+void Parser::requireUnique(std::set<std::string>& taken, const std::string& name, const char* what,
+                           const JsonValue& at) const {
     if (!taken.insert(name).second) {
         fail(at, std::string("two ") + what + " are named " + quote(name) + ".");
     }
@@ -145,7 +145,7 @@ void Parser::keepNamesApart(std::set<std::string>& taken, const std::string& nam
 /// The items of a list that must have two.
 std::vector<JsonValue> Parser::pairIn(const JsonValue& value, const std::string& reason) const {
     std::vector<JsonValue> items;
-    forEachItem(text, shaped(value, JsonType::List, reason), [&](const JsonValue& item) {
+    forEachItem(text, ofType(value, JsonType::List, reason), [&](const JsonValue& item) {
         if (items.size() == 2) {
             fail(value, reason);
         }
@@ -164,14 +164,14 @@ void Parser::place(const JsonValue& value, DocumentPlugin& plugin) const {
 }
 
 OutputName Parser::source(const JsonValue& value) const {
-    const std::string reason = "the field \"from\" must be a list of two texts: plug-in and output.";
+    const std::string reason = "the field \"from\" must be a list of two strings: plug-in and output.";
     const std::vector<JsonValue> pair = pairIn(value, reason);
-    return {unquoted(text, shaped(pair[0], JsonType::Text, reason)),
-            unquoted(text, shaped(pair[1], JsonType::Text, reason))};
+    return {unquoted(text, ofType(pair[0], JsonType::Text, reason)),
+            unquoted(text, ofType(pair[1], JsonType::Text, reason))};
 }
 
 DocumentInput Parser::input(const JsonValue& object) const {
-    shaped(object, JsonType::Object, "an input must be an object.");
+    ofType(object, JsonType::Object, "an input must be an object.");
     DocumentInput made;
     const Fields found = fields(object, {"name", "value", "from"}, made.foreign);
     made.line = line(object);
@@ -186,7 +186,7 @@ DocumentInput Parser::input(const JsonValue& object) const {
 }
 
 DocumentOutput Parser::output(const JsonValue& object) const {
-    shaped(object, JsonType::Object, "an output must be an object.");
+    ofType(object, JsonType::Object, "an output must be an object.");
     DocumentOutput made;
     const Fields found = fields(object, {"name", "type"}, made.foreign);
     made.name = nameIn(found, "name", object);
@@ -196,7 +196,7 @@ DocumentOutput Parser::output(const JsonValue& object) const {
 }
 
 DocumentPlugin Parser::plugin(const JsonValue& object) const {
-    shaped(object, JsonType::Object, "a plug-in must be an object.");
+    ofType(object, JsonType::Object, "a plug-in must be an object.");
     DocumentPlugin made;
     const Fields found = fields(object, {"name", "kind", "position", "collapsed", "inputs", "outputs"}, made.foreign);
     made.line = line(object);
@@ -207,7 +207,7 @@ DocumentPlugin Parser::plugin(const JsonValue& object) const {
     }
     if (const auto at = found.find("collapsed"); at != found.end()) {
         made.isCollapsed =
-            text[shaped(at->second, JsonType::Boolean, "the field \"collapsed\" must be true or false.").begin] == 't';
+            text[ofType(at->second, JsonType::Boolean, "the field \"collapsed\" must be true or false.").begin] == 't';
     }
     if (const auto at = found.find("inputs"); at != found.end()) {
         inputs(at->second, made);
@@ -226,40 +226,40 @@ void Parser::countPort(const JsonValue& at) const {
 
 void Parser::inputs(const JsonValue& list, DocumentPlugin& plugin) const {
     std::set<std::string> names;
-    forEachItem(text, shaped(list, JsonType::List, "the field \"inputs\" must be a list."), [&](const JsonValue& item) {
+    forEachItem(text, ofType(list, JsonType::List, "the field \"inputs\" must be a list."), [&](const JsonValue& item) {
         countPort(item);
         plugin.inputs.push_back(input(item));
-        keepNamesApart(names, plugin.inputs.back().name, "inputs of a plug-in", item);
+        requireUnique(names, plugin.inputs.back().name, "inputs of a plug-in", item);
     });
 }
 
 void Parser::outputs(const JsonValue& list, DocumentPlugin& plugin) const {
     std::set<std::string> names;
-    forEachItem(text, shaped(list, JsonType::List, "the field \"outputs\" must be a list."),
+    forEachItem(text, ofType(list, JsonType::List, "the field \"outputs\" must be a list."),
                 [&](const JsonValue& item) {
                     countPort(item);
                     plugin.outputs.push_back(output(item));
-                    keepNamesApart(names, plugin.outputs.back().name, "outputs of a plug-in", item);
+                    requireUnique(names, plugin.outputs.back().name, "outputs of a plug-in", item);
                 });
 }
 
 Document Parser::document(const JsonValue& root) const {
-    shaped(root, JsonType::Object, "a document must be an object.");
+    ofType(root, JsonType::Object, "a document must be an object.");
     Document made;
     const Fields found = fields(root, {"zedra", "summary", "plugins"}, made.foreign);
-    checkVersion(needed(found, "zedra", root));
+    checkVersion(required(found, "zedra", root));
     if (const auto at = found.find("summary"); at != found.end()) {
         made.summary = textIn(at->second, "summary");
     }
     std::set<std::string> names;
-    const JsonValue& plugins = needed(found, "plugins", root);
-    forEachItem(text, shaped(plugins, JsonType::List, "the field \"plugins\" must be a list."),
+    const JsonValue& plugins = required(found, "plugins", root);
+    forEachItem(text, ofType(plugins, JsonType::List, "the field \"plugins\" must be a list."),
                 [&](const JsonValue& item) {
                     if (made.plugins.size() == maxPlugins) {
                         fail(item, "the document has more than 100000 plug-ins.");
                     }
                     made.plugins.push_back(plugin(item));
-                    keepNamesApart(names, made.plugins.back().name, "plug-ins", item);
+                    requireUnique(names, made.plugins.back().name, "plug-ins", item);
                 });
     return made;
 }

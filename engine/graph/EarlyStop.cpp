@@ -9,7 +9,7 @@
 namespace velmorak {
 namespace {
 
-/// Of this process. Empty where the system does not tell; a stop without a run then counts for none.
+/// Threads of this process. Empty where /proc is missing; a stop without a run then applies to none.
 std::set<pid_t> threadsAlive() {
     std::set<pid_t> threads;
     std::error_code failure;
@@ -33,7 +33,7 @@ void EarlyStop::note() {
     waiting.erase(gettid());
 }
 
-bool EarlyStop::takesBeginningRun() {
+bool EarlyStop::consumeForThisRun() {
     const bool isMeant = waiting.contains(gettid());
     waiting.clear();
     haveRun.insert(gettid());

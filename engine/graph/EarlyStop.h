@@ -6,22 +6,23 @@
 
 namespace velmorak {
 
-/// A stop that came while no run was going on. It counts for a run that had been asked for by then: one whose thread
-/// was already there, because who makes a thread for each run, as the editor does, has asked for the run when the
-/// thread exists. A run on the thread that asked for the stop, on a thread that was made later, or on one that has run
-/// before, was asked for afterwards.
-/// Threads: the caller sees to it that one at a time is in here.
+/// A stop that came while no run was going on. It applies to a run that had been requested by then. A caller that
+/// creates a thread for each run, as the editor does, has requested the run once the thread exists; therefore the stop
+/// applies to a run on a thread that existed when the stop came. It does not apply to a run on the thread that called
+/// stop, on a thread that was created later, or on a thread that has executed a run before: those were requested
+/// afterwards.
+/// Threads: not synchronised; the caller holds a lock.
 class EarlyStop {
 public:
     /// Called on the thread that asks for the stop.
     void note();
 
-    /// Called on a thread that begins a run. @return whether the stop was meant for this run.
-    bool takesBeginningRun();
+    /// Called on a thread that begins a run; ends the effect of the stop. @return whether the stop applies to this run.
+    bool consumeForThisRun();
 
 private:
-    std::set<pid_t> waiting;  ///< Threads that may have been made for a run that has not begun.
-    std::set<pid_t> haveRun;  ///< Threads that serve more than one run.
+    std::set<pid_t> waiting;  ///< Threads that may have been created for a run that has not begun.
+    std::set<pid_t> haveRun;  ///< Threads that have executed a run.
 };
 
 }  // namespace velmorak

@@ -16,7 +16,7 @@ std::string readable(std::string folderName) {
     return validUtf8(folderName);
 }
 
-/// An example that cannot be read is listed without one; opening it says why.
+/// Empty for an example that cannot be read; opening it reports the reason.
 std::string summaryOf(const fs::path& document) {
     try {
         return parseDocument(readWholeFile(document)).summary.value_or("");
@@ -39,7 +39,7 @@ std::vector<QzExample> examplesIn(const fs::path& groupFolder) {
     std::vector<QzExample> found;
     for (const fs::path& file : sortedEntries(groupFolder)) {
         std::error_code missing;
-        if (file.extension() == ".zedra" && fs::is_regular_file(file, missing)) {
+        if (file.extension() == documentExtension && fs::is_regular_file(file, missing)) {
             found.push_back({file.filename().string(), readable(groupFolder.filename().string()),
                              fs::absolute(groupFolder).lexically_normal().string(), summaryOf(file)});
         }

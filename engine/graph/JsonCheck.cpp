@@ -20,8 +20,8 @@ std::string nameOf(char byte) {
     return isPrinted ? quote(std::string(1, byte)) : "the byte " + std::to_string(static_cast<unsigned char>(byte));
 }
 
-/// Walks over a text by the grammar of RFC 8259. It stands in for a library because those turn every number into a
-/// double, and refuse a text for one that is too large.
+/// Checks a text against the grammar of RFC 8259. The usual libraries cannot be used because they convert every number
+/// to double, and reject a text with a number out of its range.
 class Check {
 public:
     explicit Check(std::string_view whole) : text(whole) {}
@@ -37,8 +37,8 @@ private:
     void number();
     void quoted();
     void word(std::string_view letters);
-    template <typename Part>
-    void parts(char end, int level, Part&& part);
+    template <typename Item>
+    void items(char end, int level, Item&& item);
     void member(int level);
     JsonType value(int level);
 
@@ -48,8 +48,7 @@ private:
 
 void Check::fail(const std::string& expected) const {
     const std::string found = at < text.size() ? nameOf(text[at]) : "the end of the text";
-    throw DocumentError(lineOf(text, at),
-                        "is no JSON: syntax error: found " + found + " where " + expected + " should be");
+    throw DocumentError(lineOf(text, at), "is not JSON: syntax error: expected " + expected + ", found " + found);
 }
 
 void Check::need(char byte) {
@@ -91,7 +90,7 @@ void Check::number() {
     }
 }
 
-/// Escapes and what is not ASCII are left to the library.
+/// The library checks escapes and characters outside ASCII.
 void Check::quoted() {
     const std::size_t begin = at;
     bool isPlain = true;
@@ -107,7 +106,7 @@ void Check::quoted() {
     ++at;
     if (!isPlain && !nlohmann::json::accept(text.substr(begin, at - begin))) {
         throw DocumentError(lineOf(text, begin),
-                            "is no JSON: a text holds a wrong escape, or bytes that are not UTF-8");
+                            "is not JSON: a string holds an invalid escape, or bytes that are not UTF-8");
     }
 }
 
@@ -118,9 +117,9 @@ void Check::word(std::string_view letters) {
     at += letters.size();
 }
 
-/// What stands between a bracket and its counterpart.
-template <typename Part>
-void Check::parts(char end, int level, Part&& part) {
+/// The comma-separated items between a bracket and its counterpart.
+template <typename Item>
+void Check::items(char end, int level, Item&& item) {
     if (level == maxDepth) {
         throw DocumentError(lineOf(text, at), "nests deeper than 64 levels");
     }
@@ -131,7 +130,7 @@ void Check::parts(char end, int level, Part&& part) {
         return;
     }
     for (bool isMore = true; isMore;) {
-        part();
+        item();
         blanks();
         isMore = ahead() == ',';
         if (isMore) {
@@ -155,10 +154,10 @@ JsonType Check::value(int level) {
     blanks();
     switch (ahead()) {
         case '{':
-            parts('}', level, [&] { member(level + 1); });
+            items('}', level, [&] { member(level + 1); });
             return JsonType::Object;
         case '[':
-            parts(']', level, [&] { value(level + 1); });
+            items(']', level, [&] { value(level + 1); });
             return JsonType::List;
         case '"':
             quoted();

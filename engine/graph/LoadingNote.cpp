@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstdlib>
 #include <optional>
 #include <system_error>
 
@@ -17,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The object as it lies on the disk: another one under its name may be loaded again.
+/// Identifies the file on disk: another one of the same name may be loaded.
 std::string textFor(const fs::path& object) {
     std::string text = object.string() + '\n';
     if (const std::optional<FileStamp> stamp = stampOf(object)) {
@@ -41,12 +40,6 @@ std::string contentOf(int descriptor) {
     return {bytes.data(), static_cast<std::size_t>(count < 0 ? 0 : count)};
 }
 
-fs::path folderIn(const char* variable) {
-    const char* const setting = std::getenv(variable);
-    const fs::path folder(!setting ? "" : setting);
-    return folder.is_absolute() ? folder : fs::path();
-}
-
 }  // namespace
 
 LoadingNote::LoadingNote(const fs::path& folder, const fs::path& object) {
@@ -57,7 +50,7 @@ LoadingNote::LoadingNote(const fs::path& folder, const fs::path& object) {
     }
     path = folder / nameFor(object);
     descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
-    // Another program that is loading the object at this moment has its own eye on it.
+    // Another program that is loading the object right now holds the lock.
     if (descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
         close(descriptor);
         descriptor = -1;
@@ -83,19 +76,10 @@ LoadingNote::~LoadingNote() {
 }
 
 void LoadingNote::write(const std::string& text) const {
-    // A note that is not whole is none.
+    // An incomplete note has no effect.
     if (ftruncate(descriptor, 0) == 0) {
         [[maybe_unused]] const ssize_t written = pwrite(descriptor, text.data(), text.size(), 0);
     }
-}
-
-fs::path loadingNotes() {
-    fs::path state = folderIn("XDG_STATE_HOME");
-    if (state.empty()) {
-        const fs::path home = folderIn("HOME");
-        state = home.empty() ? home : home / ".local" / "state";
-    }
-    return state.empty() ? state : state / "velmorak" / "loading";
 }
 
 }  // namespace velmorak

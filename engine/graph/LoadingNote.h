@@ -5,19 +5,19 @@
 
 namespace velmorak {
 
-/// A note on disk that a collection is being loaded. A program that ends meanwhile leaves its note behind, and the next
-/// one knows what not to load. Where no note can be written there is none.
+/// A file that exists while a collection is being loaded. If loading crashes the program, the file stays, and the next
+/// program skips that collection. Where the file cannot be written, a collection is loaded without it.
 class LoadingNote {
 public:
-    /// @param folder that notes are kept in; empty for none.
-    /// @param object that is about to be loaded.
+    /// @param folder for notes; empty for none.
+    /// @param object shared object that is about to be loaded.
     LoadingNote(const std::filesystem::path& folder, const std::filesystem::path& object);
-    /// The note goes, unless it is that of an earlier program.
+    /// Removes the note, unless an earlier program left it.
     ~LoadingNote();
     LoadingNote(const LoadingNote&) = delete;
     LoadingNote& operator=(const LoadingNote&) = delete;
 
-    /// A program ended while it was loading the object, which has not changed since.
+    /// An earlier program ended while it loaded the object, and the object has not changed since.
     bool isOfAnEndedProgram() const { return isLeftBehind; }
     const std::filesystem::path& file() const { return path; }
 
@@ -28,8 +28,5 @@ private:
     int descriptor = -1;
     bool isLeftBehind = false;
 };
-
-/// `velmorak/loading` in the folder for the state of programs; empty where the environment names none.
-std::filesystem::path loadingNotes();
 
 }  // namespace velmorak

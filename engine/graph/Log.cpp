@@ -14,7 +14,7 @@ bool continuesCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
-/// The beginning of a line says where it comes from, its end what is wrong.
+/// Keeps both ends: a line begins with the place and ends with the reason.
 std::string withoutMiddle(const std::string& line) {
     if (line.size() <= maxLineLength) {
         return line;

@@ -5,14 +5,14 @@
 
 namespace velmorak {
 
-/// Writes one line to standard error, with control characters written out; in the middle of what is longer than any
-/// message some is left out.
+/// Prints one line to standard error, with control characters escaped. The middle of an excessively long line is
+/// replaced by an ellipsis.
 void printMessage(const std::string& sentence);
 
-/// The text in double quotes, with control characters written out, and shortened where it is too long for a message.
+/// The text in double quotes, with control characters escaped, shortened where it is too long for a message.
 std::string quote(std::string_view text);
 
-/// What someone else has said, as a part of a sentence: without its own full stop, in UTF-8.
+/// A sentence from elsewhere as a part of another one: in UTF-8, without its full stop.
 std::string withoutFullStop(std::string sentence);
 
 }  // namespace velmorak

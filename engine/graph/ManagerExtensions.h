@@ -1,7 +1,6 @@
 #pragma once
 
 #include "run/RunListener.h"
-#include "store/CacheConfig.h"
 
 #include <QzManager.h>
 
@@ -9,7 +8,7 @@
 #include <filesystem>
 #include <string>
 
-/// What the tools ask of the library beyond the door.
+/// What the tools ask of the library beyond the interface in qz/.
 namespace velmorak {
 
 /// Report of the manager's last run; empty before the first one.
@@ -18,29 +17,34 @@ const RunReport& lastReport(const QzManager& manager);
 /// Why the last ReadDocument added nothing; empty when it succeeded.
 const std::string& lastReadError(const QzManager& manager);
 
-/// The pipeline as a run would see it now.
+/// The pipeline that a run would execute now.
 Pipeline pipelineOf(const QzManager& manager);
 
-/// Results go there from now on, instead of beside the document.
+/// Results go there from now on, instead of into the folder beside the document.
 void setResultsFolder(QzManager& manager, const std::filesystem::path& folder);
 
-/// Number of threads of the runs from now on, in place of VELMORAK_THREADS. Called while no run is going on.
-void setThreads(QzManager& manager, std::size_t threads);
+/// Settings that differ from those of the environment.
+struct ManagerConfig {
+    int threads = 0;              ///< Of a run; 0: as VELMORAK_THREADS says.
+    bool keepsResults = true;     ///< False: runs neither reuse results from disk nor store theirs.
+    bool previewsColumns = true;  ///< The descriptions of table readers' outputs name their columns.
+};
 
-/// Where results are cached on disk, in place of VELMORAK_CACHE_LIMIT; {} for nowhere. Called before the first run.
-void setCache(QzManager& manager, const CacheConfig& cache);
+/// Called before the manager has plug-ins, and before the two functions below.
+void configure(QzManager& manager, const ManagerConfig& config);
 
-/// From now on, runs say for each plug-in whether it is executed or reused, and why; they do at first. Called while no
-/// run is going on.
+/// From now on, runs print for each plug-in whether it is executed or reused, and why; they do at first. Called while
+/// no run is going on.
 void explainRuns(QzManager& manager, bool isAsked);
 
-/// From now on, the listener is told what runs do. Called while no run is going on.
-void tellOfRuns(QzManager& manager, RunListener* listener);
+/// From now on, runs call the listener. Called while no run is going on.
+/// @param listener outlives the runs; null for none.
+void setRunListener(QzManager& manager, RunListener* listener);
 
-/// What was set for the runs from now on, as it is to stand in their records: PLUGIN.INPUT=VALUE.
-void noteSettings(QzManager& manager, const std::vector<std::string>& settings);
+/// Records of runs list these settings from now on: PLUGIN.INPUT=VALUE.
+void recordSettings(QzManager& manager, const std::vector<std::string>& settings);
 
-/// As ReadDocument, of a text that stood in that file; the file itself may be gone.
+/// As ReadDocument, with the text that was in the file; the file itself may be gone.
 void readDocumentText(QzManager& manager, const std::string& text, const std::string& file);
 
 }  // namespace velmorak

@@ -16,7 +16,7 @@
 
 namespace velmorak {
 
-/// Makes and frees the objects that the door hands out.
+/// The plug-ins that the interface in qz/ hands out.
 class GraphNode final : public QzBase {
 public:
     explicit GraphNode(Part* own) : QzBase(own) {}
@@ -25,23 +25,23 @@ public:
     GraphNode& operator=(const GraphNode&) = delete;
 };
 
-/// An input of a document that the plug-in's kind does not have.
+/// An input in a document that the plug-in's kind does not have.
 using UnknownInput = DocumentInput;
 
-/// What a document said about one plug-in and this build has no place for; written again with it.
+/// Parts of a document about one plug-in that this version does not know; they are preserved when it is saved.
 struct UnknownFields {
     ForeignFields fields;
     std::map<std::string, ForeignFields> inputFields;
     std::map<std::string, ForeignFields> outputFields;
-    std::vector<UnknownInput> strayInputs;
+    std::vector<UnknownInput> unknownInputs;
     std::map<std::string, OutputName>
-        danglingSources;  ///< Of a plug-in of an unknown kind: by input, what is not there.
+        danglingSources;  ///< For a plug-in of an unknown kind: by input, an output that does not exist.
 };
 
 }  // namespace velmorak
 
-/// What the library knows of a plug-in. Written on the main thread only, under the manager's lock once the plug-in
-/// belongs to it.
+/// Private state of a plug-in. Written by the main thread only, under the manager's lock once the plug-in belongs to
+/// the manager.
 struct QzBase::Part {
     QzManager* manager = nullptr;
     const QzKind* record = nullptr;
@@ -50,10 +50,10 @@ struct QzBase::Part {
     std::vector<velmorak::InputSpec> inputSpecs;  ///< Parallel to inputs.
     std::vector<Output> outputs;
     std::vector<velmorak::OutputSpec> outputSpecs;  ///< Parallel to outputs.
-    velmorak::UnknownFields keepsakes;
-    velmorak::PreviewedColumns columns;             ///< What a table reader's descriptions say of its columns.
-    std::string columnsSubject;                     ///< Values and places that this was found for.
-    std::shared_ptr<velmorak::ColumnPreview> look;  ///< That is going on; null for none.
+    velmorak::UnknownFields unknownFields;
+    velmorak::PreviewedColumns columns;                ///< Of a table reader: what its previews have found.
+    std::string columnsSubject;                        ///< Values and folders for which this was found.
+    std::shared_ptr<velmorak::ColumnPreview> preview;  ///< The unfinished one; null without one.
     float x = 0.0F;
     float y = 0.0F;
     bool isExpanded = true;
@@ -62,28 +62,33 @@ struct QzBase::Part {
     static const Part& of(const QzBase& node) { return *node.part; }
 };
 
-/// What the library knows of a pipeline.
-/// Threads: records are written by the main thread under the lock and read by it without; the worker thread reads them
-///          under the lock and writes none.
+/// Private state of a pipeline.
+///
+/// Lock order: no lock is held while a kind is called, while a run executes, or while a preview is started or awaited.
+/// Threads: the main thread writes under the lock and reads without it; a run reads under the lock, once, to take its
+///          snapshot (Snapshot.cpp), and writes nothing.
 struct QzManager::Part {
-    explicit Part(const velmorak::Catalogue& offered) : catalogue(offered) {}
+    Part(const velmorak::Catalogue& catalogue, const velmorak::RunConfig& config)
+        : catalogue(catalogue), runs(config) {}
 
     const velmorak::Catalogue& catalogue;
     mutable std::mutex lock;
     std::unordered_map<const QzBase*, std::unique_ptr<velmorak::GraphNode>> owned;
-    std::map<std::string, std::unique_ptr<QzKind>> unknownKinds;  ///< By name; never shrinks: GetKind hands them out.
-    std::string documentPath;  ///< File that relative names refer to; empty for an untitled pipeline.
+    std::map<std::string, std::unique_ptr<QzKind>>
+        unknownKinds;          ///< By name; never shrinks, because GetKind returns pointers to them.
+    std::string documentPath;  ///< Relative file names refer to its folder; empty for an untitled pipeline.
     std::optional<std::string> summary;
     velmorak::ForeignFields documentFields;
     std::string readError;
     std::string commandLineAida;
-    velmorak::AidaCheck aidaCheck;
-    std::vector<std::string> settings;  ///< For the record of a run.
-    std::string resultsFolder;          ///< Empty: the one that belongs to the document.
+    velmorak::AidaFileCheck aidaCheck;
+    std::vector<std::string> settings;  ///< Listed in the records of runs.
+    std::string resultsFolder;          ///< Empty for the one beside the document.
     int portPoints = 9;
     int titlePoints = 11;
     velmorak::RunQueue runs;
-    velmorak::ColumnPreviews looks;
+    bool previewsColumns = true;
+    velmorak::ColumnPreviews previews;
 
     static Part& of(QzManager& manager) { return *manager.part; }
     static const Part& of(const QzManager& manager) { return *manager.part; }

@@ -13,7 +13,7 @@ constexpr float rowHeight = 20.0F;
 constexpr float portMargin = 5.0F;     ///< The editor draws port names this far inside the border.
 constexpr float betweenPorts = 15.0F;  ///< Between an input's name and the name of the output beside it.
 constexpr float titleMargin = 10.0F;   ///< Radius of the box's corners.
-constexpr float minWidth = 60.0F;      ///< A box stays large enough to be grasped.
+constexpr float minWidth = 60.0F;      ///< Large enough to be dragged with the mouse.
 
 constexpr char firstGlyph = ' ';
 constexpr char lastGlyph = '~';
@@ -38,7 +38,7 @@ bool beginsCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
 }
 
-/// What one side of a box shows: how many ports, and the widest of their names.
+/// The ports that one side of a box shows: their number and the width of the longest name.
 struct Side {
     std::size_t ports = 0;
     float width = 0.0F;

@@ -15,14 +15,15 @@ struct Extent {
 /// Height of the two title lines above the ports.
 inline constexpr float headerHeight = 30.0F;
 
-/// Whole box without header; does not depend on which ports are shown.
+/// Size of the expanded box without header; does not depend on which ports are shown.
 Extent fullExtent(const QzBase& node);
 
-/// What is drawn, without header: as wide as the whole box, as high as the longer list of the shown ports.
+/// Size of the box as it is drawn, without header: as wide as the expanded box, as high as the longer list of shown
+/// ports.
 Extent drawnExtent(const QzBase& node);
 
-/// Width of one line of text in a sans-serif face, not below what the toolkit needs with its letters set to whole
-/// units.
+/// Upper estimate of the width of one line of sans-serif text, with each letter rounded to whole units as the toolkit
+/// does.
 float textWidth(std::string_view utf8, int points);
 
 }  // namespace velmorak

@@ -46,8 +46,8 @@ void addPortsOfDocument(QzBase::Part& part, const DocumentPlugin& plugin) {
     }
 }
 
-/// Ports as the document's values make them, or as those of a new plug-in where they cannot be used.
-void takePorts(GraphNode& node, const DocumentPlugin& plugin, LoadNotes& notes) {
+/// Ports for the values in the document, or those of a new plug-in where the values cannot be used.
+void applyPorts(GraphNode& node, const DocumentPlugin& plugin, LoadWarnings& notes) {
     ValueTexts values = valuesOf(node);
     for (const DocumentInput& input : plugin.inputs) {
         if (input.value) {
@@ -63,56 +63,56 @@ void takePorts(GraphNode& node, const DocumentPlugin& plugin, LoadNotes& notes) 
     }
 }
 
-void takeValue(GraphNode& node, std::size_t position, const DocumentInput& input, LoadNotes& notes) {
+void applyValue(GraphNode& node, std::size_t position, const DocumentInput& input, LoadWarnings& notes) {
     QzBase::Part& part = QzBase::Part::of(node);
     if (!input.value) {
         return;
     }
     part.inputs[position].value = *input.value;
-    const std::string reason = refusalOf(part.kind, part.inputSpecs[position], *input.value);
+    const std::string reason = valueError(part.kind, part.inputSpecs[position], *input.value);
     if (!reason.empty()) {
         notes.add(input.line, nameForMessages(node) + ", input " + input.name + ": " + reason +
                                   "; the value is kept, but a run cannot use it");
     }
 }
 
-void takeValues(GraphNode& node, const DocumentPlugin& plugin, LoadNotes& notes) {
-    UnknownFields& keepsakes = QzBase::Part::of(node).keepsakes;
+void applyValues(GraphNode& node, const DocumentPlugin& plugin, LoadWarnings& notes) {
+    UnknownFields& unknownFields = QzBase::Part::of(node).unknownFields;
     for (const DocumentInput& input : plugin.inputs) {
         const int position = node.InputIndex(input.name);
         if (position >= 0) {
-            takeValue(node, static_cast<std::size_t>(position), input, notes);
+            applyValue(node, static_cast<std::size_t>(position), input, notes);
         } else {
-            keepsakes.strayInputs.push_back(input);
-            keepsakes.strayInputs.back().from.reset();
+            unknownFields.unknownInputs.push_back(input);
+            unknownFields.unknownInputs.back().from.reset();
         }
     }
 }
 
-void takeForeignFields(QzBase::Part& part, const DocumentPlugin& plugin) {
-    part.keepsakes.fields = plugin.foreign;
+void copyForeignFields(QzBase::Part& part, const DocumentPlugin& plugin) {
+    part.unknownFields.fields = plugin.foreign;
     for (const DocumentInput& input : plugin.inputs) {
         if (!input.foreign.empty()) {
-            part.keepsakes.inputFields[input.name] = input.foreign;
+            part.unknownFields.inputFields[input.name] = input.foreign;
         }
     }
     for (const DocumentOutput& output : plugin.outputs) {
         if (!output.foreign.empty()) {
-            part.keepsakes.outputFields[output.name] = output.foreign;
+            part.unknownFields.outputFields[output.name] = output.foreign;
         }
     }
 }
 
 std::unique_ptr<GraphNode> knownNode(QzManager& manager, std::size_t kind, const DocumentPlugin& plugin,
-                                     const std::string& name, LoadNotes& notes) {
+                                     const std::string& name, LoadWarnings& notes) {
     auto node = makeNode(manager, kind, name);
-    takePorts(*node, plugin, notes);
-    takeValues(*node, plugin, notes);
+    applyPorts(*node, plugin, notes);
+    applyValues(*node, plugin, notes);
     return node;
 }
 
 std::unique_ptr<GraphNode> unknownNode(QzManager& manager, const DocumentPlugin& plugin, const std::string& name,
-                                       LoadNotes& notes) {
+                                       LoadWarnings& notes) {
     auto node = makeUnknownNode(manager, plugin.kind, name);
     addPortsOfDocument(QzBase::Part::of(*node), plugin);
     notes.add(plugin.line, shortened(name) + " is kept as it is: no collection offers its kind " + quote(plugin.kind));
@@ -121,27 +121,27 @@ std::unique_ptr<GraphNode> unknownNode(QzManager& manager, const DocumentPlugin&
 
 }  // namespace
 
-LoadNotes::~LoadNotes() {
+LoadWarnings::~LoadWarnings() {
     if (count > maxNotes) {
         printMessage(file + ": " + textOf(static_cast<double>(count - maxNotes)) +
                      " more lines like these are left out.");
     }
 }
 
-void LoadNotes::add(std::size_t line, const std::string& sentence) {
+void LoadWarnings::add(std::size_t line, const std::string& sentence) {
     if (++count <= maxNotes) {
         printMessage(file + ", line " + textOf(static_cast<double>(line)) + ": " + sentence + ".");
     }
 }
 
 std::unique_ptr<GraphNode> nodeFromDocument(QzManager& manager, const DocumentPlugin& plugin, const std::string& name,
-                                            LoadNotes& notes) {
+                                            LoadWarnings& notes) {
     const Catalogue& catalogue = QzManager::Part::of(manager).catalogue;
     const std::size_t kind = catalogue.find(plugin.kind);
     auto node = kind < catalogue.kinds().size() ? knownNode(manager, kind, plugin, name, notes)
                                                 : unknownNode(manager, plugin, name, notes);
     QzBase::Part& part = QzBase::Part::of(*node);
-    takeForeignFields(part, plugin);
+    copyForeignFields(part, plugin);
     part.x = plugin.x;
     part.y = plugin.y;
     part.isExpanded = !plugin.isCollapsed;

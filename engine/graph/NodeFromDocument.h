@@ -6,14 +6,13 @@
 
 namespace velmorak {
 
-/// What is worth saying about a document that is read nevertheless. A damaged document may give cause for any number
-/// of lines; only the first ones are said.
-class LoadNotes {
+/// Prints warnings about a document that is read nevertheless: the first twenty, and how many more there are.
+class LoadWarnings {
 public:
-    explicit LoadNotes(std::string documentFile) : file(std::move(documentFile)) {}
-    ~LoadNotes();
-    LoadNotes(const LoadNotes&) = delete;
-    LoadNotes& operator=(const LoadNotes&) = delete;
+    explicit LoadWarnings(std::string documentFile) : file(std::move(documentFile)) {}
+    ~LoadWarnings();
+    LoadWarnings(const LoadWarnings&) = delete;
+    LoadWarnings& operator=(const LoadWarnings&) = delete;
 
     /// @param sentence without full stop.
     void add(std::size_t line, const std::string& sentence);
@@ -23,11 +22,11 @@ private:
     std::size_t count = 0;
 };
 
-/// The plug-in that a document describes, without bindings, not yet among the manager's.
+/// Creates the plug-in that a document describes, without wires. It does not yet belong to the manager.
 std::unique_ptr<GraphNode> nodeFromDocument(QzManager& manager, const DocumentPlugin& plugin, const std::string& name,
-                                            LoadNotes& notes);
+                                            LoadWarnings& notes);
 
-/// @return position of the named output; a plug-in of an unknown kind gets one that it lacks. -1 when there is none.
+/// Adds a missing output to a plug-in of an unknown kind. @return position of the named output, or -1.
 int outputForBinding(QzBase& node, const std::string& output);
 
 }  // namespace velmorak

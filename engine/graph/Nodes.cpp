@@ -42,7 +42,7 @@ std::unique_ptr<GraphNode> makeUnknownNode(QzManager& manager, const std::string
     return bareNode(manager, unknownKind(QzManager::Part::of(manager), kindName), name);
 }
 
-void takeIn(QzManager& manager, std::unique_ptr<GraphNode> node) {
+void addNode(QzManager& manager, std::unique_ptr<GraphNode> node) {
     GraphNode* const key = node.get();
     QzManager::Part::of(manager).owned.emplace(key, std::move(node));
     manager.plugins.push_back(key);

@@ -10,7 +10,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 #include <cerrno>
-#include <cstdlib>
 #include <future>
 #include <memory>
 #include <system_error>
@@ -21,12 +20,12 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t maxDocument = std::size_t{64} << 20U;
-constexpr std::chrono::seconds untilSaid(1);
-constexpr std::chrono::seconds untilLeft(4);
+constexpr std::chrono::seconds untilMessage(1);
+constexpr std::chrono::seconds untilGivenUp(4);
 
 class OpenFile {
 public:
-    /// Never waits for a writer of a pipe.
+    /// Does not wait for the writer of a pipe.
     explicit OpenFile(const fs::path& file);
     ~OpenFile() { ::close(number); }
     OpenFile(const OpenFile&) = delete;
@@ -45,7 +44,7 @@ OpenFile::OpenFile(const fs::path& file) : number(open(file.c_str(), O_RDONLY | 
 }
 
 std::string contentOf(const fs::path& file, BackgroundTask& work) {
-    // What opening would disturb, such as a device, is not opened.
+    // Opening a device may have effects.
     if (const std::string reason = whyNotRegular(file); !reason.empty()) {
         throw DocumentError(0, reason.substr(file.string().size() + 1));
     }
@@ -77,9 +76,9 @@ std::string readWholeFile(const fs::path& file) {
             reading->set_exception(std::current_exception());
         }
     });
-    if (!work->wait(untilSaid)) {
+    if (!work->wait(untilMessage)) {
         printMessage("Waiting for " + file.string() + ": its file system does not answer.");
-        if (!work->wait(untilLeft)) {
+        if (!work->wait(untilGivenUp)) {
             throw DocumentError(0, "cannot be read: its file system does not answer");
         }
     }
@@ -92,20 +91,6 @@ fs::path libraryFolder() {
         return {};
     }
     return resolved(info.dli_fname).parent_path();
-}
-
-std::vector<fs::path> pathList(const char* variable) {
-    std::vector<fs::path> paths;
-    const char* const value = std::getenv(variable);
-    std::string rest = !value ? "" : value;
-    while (!rest.empty()) {
-        const std::size_t colon = std::min(rest.find(':'), rest.size());
-        if (colon > 0) {
-            paths.emplace_back(rest.substr(0, colon));
-        }
-        rest.erase(0, colon + 1);
-    }
-    return paths;
 }
 
 fs::path resolved(const fs::path& path) {

@@ -2,22 +2,18 @@
 
 #include <filesystem>
 #include <string>
-#include <vector>
 
 namespace velmorak {
 
-/// Content of a document's file. Says what it waits for where the file system does not answer.
-/// @throws DocumentError when it cannot be read, is no regular file, does not answer, or is too large for a document
-/// (64 MiB).
+/// Content of a document's file. Prints a message where the file system does not answer within a second.
+/// @throws DocumentError when the file cannot be read, is not a regular file, does not answer for four more seconds, or
+/// is larger than 64 MiB.
 std::string readWholeFile(const std::filesystem::path& file);
 
-/// The folder that the analysis library's shared object lies in, without links; empty when unknown.
+/// The folder of the analysis library's shared object, without links; empty when unknown.
 std::filesystem::path libraryFolder();
 
-/// Folders of an environment variable that holds a list separated by colons.
-std::vector<std::filesystem::path> pathList(const char* variable);
-
-/// Absolute and without links as far as it exists; the path itself where that cannot be found out.
+/// The path made absolute, with links resolved as far as it exists; the path itself where that fails.
 std::filesystem::path resolved(const std::filesystem::path& path);
 
 }  // namespace velmorak

@@ -10,7 +10,7 @@
 namespace velmorak {
 namespace {
 
-/// New position of each port by its old one, -1 for one that goes.
+/// New position of each port by its old one, -1 for a removed port.
 struct Moves {
     std::vector<int> inputs;
     std::vector<int> outputs;
@@ -26,7 +26,7 @@ std::vector<int> movesOf(const std::vector<Port>& ports, const std::vector<Spec>
     return moves;
 }
 
-void unbindThoseThatGo(QzBase& node, const Moves& moves) {
+void unbindRemovedPorts(QzBase& node, const Moves& moves) {
     QzBase::Part& part = QzBase::Part::of(node);
     for (std::size_t i = 0; i < part.inputs.size(); ++i) {
         if (moves.inputs[i] < 0) {
@@ -44,15 +44,15 @@ std::string firstValue(QzBase::Part& part, const InputSpec& spec) {
     if (!takesText(spec)) {
         return {};
     }
-    auto& strays = part.keepsakes.strayInputs;
+    auto& strays = part.unknownFields.unknownInputs;
     const auto stray = std::ranges::find(strays, spec.name, &UnknownInput::name);
     if (stray == strays.end()) {
         return spec.value;
     }
     std::string value = stray->value.value_or(spec.value);
-    part.keepsakes.inputFields[spec.name] = stray->foreign;
+    part.unknownFields.inputFields[spec.name] = stray->foreign;
     strays.erase(stray);
-    return refusalOf(part.kind, spec, value).empty() ? value : spec.value;
+    return valueError(part.kind, spec, value).empty() ? value : spec.value;
 }
 
 void replaceInputs(QzBase::Part& part, const Ports& ports, const std::vector<int>& moves) {
@@ -68,7 +68,7 @@ void replaceInputs(QzBase::Part& part, const Ports& ports, const std::vector<int
     }
     for (std::size_t i = 0; i < specs.size(); ++i) {
         made[i].name = specs[i].name;
-        made[i].description = toldOf(specs[i], ports);
+        made[i].description = descriptionOf(specs[i], ports);
         if (!isKept[i]) {
             made[i].value = firstValue(part, specs[i]);
         }
@@ -87,13 +87,13 @@ void replaceOutputs(QzBase::Part& part, const std::vector<OutputSpec>& specs, co
     for (std::size_t i = 0; i < specs.size(); ++i) {
         made[i].name = specs[i].name;
         made[i].type = nameOf(specs[i].type);
-        made[i].description = toldOf(specs[i]);
+        made[i].description = descriptionOf(specs[i]);
     }
     part.outputs = std::move(made);
     part.outputSpecs = specs;
 }
 
-/// The ends of the node's bindings that lie in the other plug-ins, and in itself.
+/// Updates the far ends of the node's wires, in other plug-ins or in the node itself.
 void followMoves(const QzBase& node, const Moves& moves, QzBase& other) {
     QzBase::Part& part = QzBase::Part::of(other);
     for (QzBase::Input& input : part.inputs) {
@@ -115,7 +115,7 @@ void followMoves(const QzBase& node, const Moves& moves, QzBase& other) {
 ValueTexts valuesOf(const QzBase& node) {
     const QzBase::Part& part = QzBase::Part::of(node);
     ValueTexts values;
-    for (const UnknownInput& stray : part.keepsakes.strayInputs) {
+    for (const UnknownInput& stray : part.unknownFields.unknownInputs) {
         if (stray.value) {
             values[stray.name] = *stray.value;
         }
@@ -129,7 +129,7 @@ ValueTexts valuesOf(const QzBase& node) {
 void changePorts(QzBase& node, const Ports& ports, const std::vector<QzBase*>& others) {
     QzBase::Part& part = QzBase::Part::of(node);
     const Moves moves{movesOf(part.inputs, ports.inputs), movesOf(part.outputs, ports.outputs)};
-    unbindThoseThatGo(node, moves);
+    unbindRemovedPorts(node, moves);
     replaceInputs(part, ports, moves.inputs);
     replaceOutputs(part, ports.outputs, moves.outputs);
     for (QzBase* other : others) {

@@ -7,12 +7,12 @@
 
 namespace velmorak {
 
-/// Value texts of a plug-in, also of inputs that its kind does not have now.
+/// Values of a plug-in, including those of inputs that its kind does not have now.
 ValueTexts valuesOf(const QzBase& node);
 
-/// Gives a plug-in the ports. Those that it had under the same name keep value and bindings; bindings of ports that go
-/// are undone on both sides. A new input takes the value that a document had for it, else its own first value.
-/// @param others every plug-in that may be bound to this one, which may be among them.
+/// Replaces the ports of a plug-in. Ports that keep their name keep their value and wires; wires of removed ports are
+/// removed at both ends. A new input gets the value that a document had for it, or else its default.
+/// @param others every plug-in that may be connected to this one; may include it.
 void changePorts(QzBase& node, const Ports& ports, const std::vector<QzBase*>& others);
 
 }  // namespace velmorak

@@ -60,11 +60,11 @@ std::string withType(const std::string& description, const std::string& type) {
 
 }  // namespace
 
-std::string toldOf(const InputSpec& input, const Ports& ports) {
+std::string descriptionOf(const InputSpec& input, const Ports& ports) {
     return withType(input.description, typeText(input, ports));
 }
 
-std::string toldOf(const OutputSpec& output) {
+std::string descriptionOf(const OutputSpec& output) {
     return withType(output.description, std::string(nameOf(output.type)));
 }
 

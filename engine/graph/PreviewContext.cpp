@@ -8,7 +8,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// A pipe or a device would keep the window waiting.
+/// Refuses pipes and devices, which may block for ever.
 fs::path checked(const fs::path& file) {
     std::error_code missing;
     if (!file.empty() && !fs::is_regular_file(file, missing)) {

@@ -9,16 +9,16 @@
 
 namespace velmorak {
 
-/// What a kind may do when a file is looked at and no run is going on: nothing is written, and nothing is said.
+/// The context of a kind during a preview, outside any run: files may be read; nothing is written or printed.
 class PreviewContext : public RunContext {
 public:
-    /// @param beside its document's folder and command line's file are where names lead to; outlives this.
-    /// @param maxPolls that a reader may make before it is asked to stop.
+    /// @param beside relative file names refer to its document's folder; outlives this.
+    /// @param maxPolls number of polls after which a reader is asked to stop.
     PreviewContext(const Pipeline& beside, std::uint64_t maxPolls) : beside(beside), pollsLeft(maxPolls) {}
 
     bool isStopping() const override { return pollsLeft == 0 || --pollsLeft == 0; }
     const std::string& pluginName() const override { return name; }
-    /// @throws Failure when the file is none whose bytes lie there to be read.
+    /// @throws Failure when there is no regular file of that name.
     std::filesystem::path inputFile(const std::string& text) const override;
     std::filesystem::path commandLineAida() const override;
     void writeResult(const std::string& fileName,

@@ -29,8 +29,11 @@ void QzBase::Disconnect(const std::string& output, QzBase* receiver, const std::
     if (fed.source != this || fed.sourceOutput != static_cast<std::uint32_t>(from)) {
         return;
     }
-    const std::lock_guard guard(owner.lock);
-    velmorak::unbind(*receiver, static_cast<std::size_t>(to));
+    {
+        const std::lock_guard guard(owner.lock);
+        velmorak::unbind(*receiver, static_cast<std::size_t>(to));
+    }
+    velmorak::refreshColumns({receiver});
 }
 
 bool QzBase::Connect(const std::string& input, QzBase* sender, const std::string& output) {
@@ -43,8 +46,11 @@ bool QzBase::Connect(const std::string& input, QzBase* sender, const std::string
     if (from < 0 || to < 0) {
         return false;
     }
-    const std::lock_guard guard(owner.lock);
-    velmorak::bind(*this, static_cast<std::size_t>(to), *sender, static_cast<std::size_t>(from));
+    {
+        const std::lock_guard guard(owner.lock);
+        velmorak::bind(*this, static_cast<std::size_t>(to), *sender, static_cast<std::size_t>(from));
+    }
+    velmorak::refreshColumns({this});
     return true;
 }
 
@@ -127,7 +133,7 @@ std::vector<QzBase::Output>& QzBase::Outputs() {
 }
 
 std::vector<QzBase::Output*> QzBase::ReducedOutputs() {
-    velmorak::updateColumnDescriptions(*this);
+    velmorak::showColumns(*this);
     std::vector<Output*> shown;
     for (Output& output : part->outputs) {
         if (!output.consumers.empty()) {
@@ -138,7 +144,7 @@ std::vector<QzBase::Output*> QzBase::ReducedOutputs() {
 }
 
 std::vector<QzBase::Output*> QzBase::FullOutputs() {
-    velmorak::updateColumnDescriptions(*this);
+    velmorak::showColumns(*this);
     std::vector<Output*> shown;
     for (Output& output : part->outputs) {
         shown.push_back(&output);

@@ -1,6 +1,8 @@
 #include "graph/Bindings.h"
+#include "graph/ColumnDescriptions.h"
 #include "graph/DocumentLoad.h"
 #include "graph/FreeName.h"
+#include "graph/LibraryConfig.h"
 #include "graph/Log.h"
 #include "graph/ManagerImpl.h"
 #include "graph/Nodes.h"
@@ -12,6 +14,8 @@
 
 #include <QzManager.h>
 #include <algorithm>
+#include <filesystem>
+#include <iterator>
 #include <string_view>
 #include <unordered_set>
 
@@ -23,13 +27,32 @@ bool isPosition(int index, std::size_t size) {
     return index >= 0 && static_cast<std::size_t>(index) < size;
 }
 
-/// Looks each plug-in's name up once, for any number of tries.
+std::filesystem::path folderOf(const std::string& file) {
+    return std::filesystem::path(file).parent_path();
+}
+
+/// The plug-ins that an output of this one feeds, without this one.
+std::vector<QzBase*> consumersOf(const QzBase& node) {
+    std::vector<QzBase*> consumers;
+    for (const QzBase::Output& output : QzBase::Part::of(node).outputs) {
+        std::ranges::copy_if(output.consumers, std::back_inserter(consumers),
+                             [&](const QzBase* consumer) { return consumer != &node; });
+    }
+    return consumers;
+}
+
+/// Collects the names once, for any number of attempts.
 std::string freeNameFor(const std::vector<QzBase*>& plugins, const std::string& wanted) {
     std::unordered_set<std::string_view> taken;
     for (const QzBase* node : plugins) {
         taken.insert(node->name);
     }
     return freeName(wanted, [&](const std::string& each) { return taken.contains(each); });
+}
+
+QzManager::Part* makePart(const std::string& factory) {
+    const LibraryConfig config = libraryConfigFromEnvironment();
+    return new QzManager::Part(sharedCatalogue(config.search, factory), config.runs);
 }
 
 /// Before the first manager there is no catalogue.
@@ -41,7 +64,7 @@ const Catalogue& catalogueOrNone() {
 
 }  // namespace
 
-QzManager::QzManager(const std::string& factory) : part(new Part(sharedCatalogue(factory))) {}
+QzManager::QzManager(const std::string& factory) : part(makePart(factory)) {}
 
 QzManager::~QzManager() {
     part->aidaCheck.close();
@@ -55,7 +78,8 @@ bool QzManager::loadAIDA(const std::string& file) {
         const std::lock_guard guard(part->lock);
         part->commandLineAida = path;
     }
-    return part->aidaCheck.look(path, file);
+    refreshColumns(plugins);
+    return part->aidaCheck.check(path, file);
 }
 
 void QzManager::SetFontSize(int portSize, int titleSize) {
@@ -82,9 +106,15 @@ void QzManager::ReadDocument(const std::string& file) {
 
 void QzManager::SetFileName(const std::string& file) {
     const std::string path = file.empty() ? std::string() : absolutePath(file);
-    const std::lock_guard guard(part->lock);
-    fileName = file;
-    part->documentPath = path;
+    const bool isElsewhere = folderOf(path) != folderOf(part->documentPath);
+    {
+        const std::lock_guard guard(part->lock);
+        fileName = file;
+        part->documentPath = path;
+    }
+    if (isElsewhere) {
+        refreshColumns(plugins);
+    }
 }
 
 void QzManager::Reset() {
@@ -99,12 +129,17 @@ void QzManager::DeletePlugin(int index) {
     if (!isPosition(index, plugins.size())) {
         return;
     }
-    const std::lock_guard guard(part->lock);
     const auto at = plugins.begin() + index;
     QzBase* const node = *at;
-    unbindAll(*node);
-    plugins.erase(at);
-    part->owned.erase(node);
+    const std::vector<QzBase*> consumers = consumersOf(*node);
+    stopPreview(*node);
+    {
+        const std::lock_guard guard(part->lock);
+        unbindAll(*node);
+        plugins.erase(at);
+        part->owned.erase(node);
+    }
+    refreshColumns(consumers);
 }
 
 void QzManager::SetStart(const int& index) {
@@ -129,8 +164,11 @@ QzBase* QzManager::CreatePlugin(std::uint16_t kind, const std::string& uniqueNam
         printMessage(name + " (" + record.name + ") has no ports: " + withoutFullStop(error->sentence) + ".");
         node = makeUnknownNode(*this, record.name, name);
     }
-    const std::lock_guard guard(part->lock);
-    takeIn(*this, std::move(node));
+    {
+        const std::lock_guard guard(part->lock);
+        addNode(*this, std::move(node));
+    }
+    refreshColumns({plugins.back()});
     return plugins.back();
 }
 
@@ -145,7 +183,7 @@ void QzManager::SetInputValue(int index, int input, const std::string& value) {
     }
     const auto position = static_cast<std::size_t>(input);
     const InputSpec& spec = own.inputSpecs[position];
-    std::string reason = refusalOf(own.kind, spec, value);
+    std::string reason = valueError(own.kind, spec, value);
     Ports ports;
     if (reason.empty() && own.kind) {
         ValueTexts values = valuesOf(node);
@@ -157,11 +195,16 @@ void QzManager::SetInputValue(int index, int input, const std::string& value) {
                      quote(own.inputs[position].value) + ".");
         return;
     }
-    const std::lock_guard guard(part->lock);
-    own.inputs[position].value = value;
-    if (own.kind) {
-        changePorts(node, ports, plugins);
+    std::vector<QzBase*> changed = consumersOf(node);
+    changed.push_back(&node);
+    {
+        const std::lock_guard guard(part->lock);
+        own.inputs[position].value = value;
+        if (own.kind) {
+            changePorts(node, ports, plugins);
+        }
     }
+    refreshColumns(changed);
 }
 
 void QzManager::Run() {

@@ -9,56 +9,54 @@
 #include <iostream>
 
 namespace velmorak {
-
-RunQueue::RunQueue() : runner(std::cerr, isatty(STDERR_FILENO) == 1, runConfigFromEnvironment()) {
+RunQueue::RunQueue(const RunConfig& config) : runner(std::cerr, isatty(STDERR_FILENO) == 1, config) {
     runner.explain(true);
     runner.leaveRecords();
 }
 
 void RunQueue::run(const std::function<Pipeline()>& snapshot) {
     {
-        const std::lock_guard guard(stateLock);
+        const std::lock_guard guard(stateMutex);
         if (isClosed) {
             return;
         }
         ++callers;
     }
     executeTurn(snapshot);
-    const std::lock_guard guard(stateLock);
+    const std::lock_guard guard(stateMutex);
     --callers;
-    nobodyIsLeft.notify_all();
+    isIdle.notify_all();
 }
 
 void RunQueue::executeTurn(const std::function<Pipeline()>& snapshot) {
-    const std::lock_guard myTurn(turn);
-    if (!begins()) {
+    const std::lock_guard guardOfRun(runMutex);
+    if (!tryBegin()) {
         return;
     }
     try {
-        lastReport = runner.run([&] { return look(snapshot); });
+        lastReport = runner.run([&] { return takeSnapshot(snapshot); });
     } catch (const std::exception&) {
         printMessage("The run ended: " + errorOf(std::current_exception()).sentence + ".");
     }
-    const std::lock_guard guard(stateLock);
-    isGoingOn = false;
+    const std::lock_guard guard(stateMutex);
+    isRunning = false;
 }
 
-bool RunQueue::begins() {
-    const std::lock_guard guard(stateLock);
+bool RunQueue::tryBegin() {
+    const std::lock_guard guard(stateMutex);
     if (isClosed) {
         return false;
     }
-    isGoingOn = true;
-    isToEnd = stopWithoutRun.takesBeginningRun();
+    isRunning = true;
+    isStopRequested = stopWithoutRun.consumeForThisRun();
     return true;
 }
 
-/// The runner takes its snapshot when a stop already reaches it, so that here is the place to pass on one that came
-/// before.
-Pipeline RunQueue::look(const std::function<Pipeline()>& snapshot) {
+/// When the runner takes its snapshot, a stop already reaches it: a stop that came earlier is passed on here.
+Pipeline RunQueue::takeSnapshot(const std::function<Pipeline()>& snapshot) {
     {
-        const std::lock_guard guard(stateLock);
-        if (isToEnd) {
+        const std::lock_guard guard(stateMutex);
+        if (isStopRequested) {
             runner.stop();
         }
     }
@@ -66,21 +64,21 @@ Pipeline RunQueue::look(const std::function<Pipeline()>& snapshot) {
 }
 
 void RunQueue::stop() {
-    const std::lock_guard guard(stateLock);
-    if (!isGoingOn) {
+    const std::lock_guard guard(stateMutex);
+    if (!isRunning) {
         stopWithoutRun.note();
         return;
     }
-    isToEnd = true;
+    isStopRequested = true;
     runner.stop();
 }
 
 void RunQueue::close() {
-    std::unique_lock guard(stateLock);
+    std::unique_lock guard(stateMutex);
     isClosed = true;
-    isToEnd = true;
+    isStopRequested = true;
     runner.stop();
-    nobodyIsLeft.wait(guard, [this] { return callers == 0; });
+    isIdle.wait(guard, [this] { return callers == 0; });
 }
 
 }  // namespace velmorak

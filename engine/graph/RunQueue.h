@@ -6,48 +6,50 @@
 
 #include <condition_variable>
 #include <functional>
+#include <memory>
 #include <mutex>
 
 namespace velmorak {
 
-/// Lets one run at a time through to the runner.
-/// Threads: run on any number of worker threads, one executes and the others wait; stop and reset on any thread.
+/// Executes one run at a time; further ones wait for their turn.
+/// Threads: run on any number of worker threads; stop and reset on any thread; all others while no run is going on.
 class RunQueue {
 public:
-    RunQueue();
+    /// @param config of every run, until it is changed below.
+    explicit RunQueue(const RunConfig& config);
 
-    /// @param snapshot gives the pipeline at the moment when this run's turn has come.
+    /// @param snapshot called when this run's turn has come; returns the pipeline as it is then.
     void run(const std::function<Pipeline()>& snapshot);
+    void explain(bool isAsked) { runner.explain(isAsked); }
+    void setListener(RunListener* listener) { runner.tell(listener); }
     void setThreads(std::size_t threads) { runner.setThreads(threads); }
     void setCache(const CacheConfig& cache) { runner.setCache(cache); }
-    void explain(bool isAsked) { runner.explain(isAsked); }
-    void tell(RunListener* listener) { runner.tell(listener); }
 
-    /// Ends the run that is going on. Where none is, it counts for a run that was asked for but has not begun yet (see
-    /// EarlyStop), and for no other.
+    /// Stops the current run. Without one, the stop applies to a run that was requested but has not begun (see
+    /// EarlyStop), and to no other.
     void stop();
     void reset() { runner.reset(); }
 
-    /// Ends the run that is going on, turns those that wait away, and returns when none is left.
+    /// Stops the current run, rejects the waiting ones, and returns when none is left.
     void close();
 
-    /// Of the last run that has ended.
+    /// Report of the last run that has ended.
     const RunReport& report() const { return lastReport; }
 
 private:
     void executeTurn(const std::function<Pipeline()>& snapshot);
-    bool begins();
-    Pipeline look(const std::function<Pipeline()>& snapshot);
+    bool tryBegin();
+    Pipeline takeSnapshot(const std::function<Pipeline()>& snapshot);
 
     Runner runner;
-    std::mutex turn;
-    std::mutex stateLock;
-    std::condition_variable nobodyIsLeft;
-    int callers = 0;           ///< Of run, waiting or executing.
-    bool isClosed = false;     ///< No run begins any more.
-    bool isGoingOn = false;    ///< A run has begun and not ended.
-    bool isToEnd = false;      ///< That run was asked to end.
-    EarlyStop stopWithoutRun;  ///< The last one.
+    std::mutex runMutex;
+    std::mutex stateMutex;
+    std::condition_variable isIdle;
+    int callers = 0;               ///< Threads in run(), waiting or executing.
+    bool isClosed = false;         ///< Further runs are rejected.
+    bool isRunning = false;        ///< A run has begun and has not ended.
+    bool isStopRequested = false;  ///< For the current run.
+    EarlyStop stopWithoutRun;      ///< The last stop that came while no run was going on.
     RunReport lastReport;
 };
 

@@ -30,7 +30,7 @@ public:
 
     bool isOpen() const { return number >= 0; }
     int get() const { return number; }
-    /// It stays open to the end of the program.
+    /// Keeps it open to the end of the program.
     int release();
 
 private:
@@ -65,38 +65,39 @@ template <typename Record>
 Record recordAt(int descriptor, std::uint64_t position) {
     Record record{};
     if (pread(descriptor, &record, sizeof record, static_cast<off_t>(position)) != sizeof record) {
-        throw std::runtime_error("it is cut off");
+        throw std::runtime_error("it is truncated");
     }
     return record;
 }
 
-void mustReach(std::uint64_t size, std::uint64_t begin, std::uint64_t count) {
+void requireBytes(std::uint64_t size, std::uint64_t begin, std::uint64_t count) {
     if (begin > size || count > size - begin) {
-        throw std::runtime_error("it is cut off: it has " + std::to_string(size) + " bytes, and needs more");
+        throw std::runtime_error("it is truncated: it has " + std::to_string(size) +
+                                 " bytes, its headers promise more");
     }
 }
 
-/// The loader maps what the headers promise, and a program that reads behind the end of the file is ended.
+/// The loader maps as many bytes as the headers promise; reading past the end of the file would crash the program.
 void checkSizes(int descriptor) {
     const std::uint64_t size = sizeOf(descriptor);
     if (size < sizeof(ElfW(Ehdr))) {
-        throw std::runtime_error("it is no shared object");
+        throw std::runtime_error("it is not a shared object");
     }
     const auto head = recordAt<ElfW(Ehdr)>(descriptor, 0);
     if (std::memcmp(head.e_ident, ELFMAG, SELFMAG) != 0 || head.e_type != ET_DYN ||
         head.e_phentsize != sizeof(ElfW(Phdr))) {
-        throw std::runtime_error("it is no shared object");
+        throw std::runtime_error("it is not a shared object");
     }
-    mustReach(size, head.e_phoff, std::uint64_t{head.e_phnum} * sizeof(ElfW(Phdr)));
+    requireBytes(size, head.e_phoff, std::uint64_t{head.e_phnum} * sizeof(ElfW(Phdr)));
     for (std::uint64_t i = 0; i < head.e_phnum; ++i) {
         const auto part = recordAt<ElfW(Phdr)>(descriptor, head.e_phoff + i * sizeof(ElfW(Phdr)));
         if (part.p_type != PT_NULL) {
-            mustReach(size, part.p_offset, part.p_filesz);
+            requireBytes(size, part.p_offset, part.p_filesz);
         }
     }
 }
 
-/// @return a copy that nobody else can write to.
+/// @return descriptor of a copy that no other program can write to.
 int copyOf(const fs::path& file) {
     const Descriptor source(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!source.isOpen()) {
@@ -121,7 +122,7 @@ int copyOf(const fs::path& file) {
 }  // namespace
 
 void* loadSharedObject(const fs::path& file) {
-    // It stays open, and has this process in its name, so that a debugger finds it, too.
+    // The descriptor stays open, and the path names this process, so that debuggers find the object.
     const int copy = copyOf(file);
     const std::string place = "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(copy);
     void* object = dlopen(place.c_str(), RTLD_NOW | RTLD_LOCAL);

@@ -4,14 +4,14 @@
 
 namespace velmorak {
 
-/// Loads a shared object for good, from a copy in memory: whoever writes over the file changes nothing for this
-/// program. An object that needs others beside it cannot be loaded from there, and is loaded from its place.
+/// Loads a shared object for the rest of the program, from a copy in memory, so that overwriting the file does not
+/// affect this program. An object that needs other files beside it is loaded from its own path instead.
 /// @return the loader's handle.
-/// @throws std::runtime_error with the reason: a file that is cut off is one.
+/// @throws std::runtime_error with the reason, also for a truncated file.
 void* loadSharedObject(const std::filesystem::path& file);
 
-/// @return a function or a constant of the object.
-/// @throws std::runtime_error when it offers none of that name.
+/// @return address of a function or constant of the object.
+/// @throws std::runtime_error when the object does not export the name.
 void* symbolIn(void* object, const char* name);
 
 }  // namespace velmorak

@@ -46,7 +46,8 @@ fs::path resultsFolderOf(const fs::path& document, const Catalogue& catalogue) {
         return here / "untitled.results";
     }
     const fs::path folder = catalogue.isExample(document) ? here : document.parent_path();
-    const std::string name = document.extension() == ".zedra" ? document.stem().string() : document.filename().string();
+    const std::string name =
+        document.extension() == documentExtension ? document.stem().string() : document.filename().string();
     return folder / (name + ".results");
 }
 
@@ -93,23 +94,26 @@ void setResultsFolder(QzManager& manager, const fs::path& folder) {
     owner.resultsFolder = folder.string();
 }
 
-void setThreads(QzManager& manager, std::size_t threads) {
-    QzManager::Part::of(manager).runs.setThreads(threads);
-}
-
-void setCache(QzManager& manager, const CacheConfig& cache) {
-    QzManager::Part::of(manager).runs.setCache(cache);
-}
-
 void explainRuns(QzManager& manager, bool isAsked) {
     QzManager::Part::of(manager).runs.explain(isAsked);
 }
 
-void tellOfRuns(QzManager& manager, RunListener* listener) {
-    QzManager::Part::of(manager).runs.tell(listener);
+void configure(QzManager& manager, const ManagerConfig& config) {
+    QzManager::Part& owner = QzManager::Part::of(manager);
+    if (!config.keepsResults) {
+        owner.runs.setCache({});
+    }
+    if (config.threads > 0) {
+        owner.runs.setThreads(static_cast<std::size_t>(config.threads));
+    }
+    owner.previewsColumns = config.previewsColumns;
 }
 
-void noteSettings(QzManager& manager, const std::vector<std::string>& settings) {
+void setRunListener(QzManager& manager, RunListener* listener) {
+    QzManager::Part::of(manager).runs.setListener(listener);
+}
+
+void recordSettings(QzManager& manager, const std::vector<std::string>& settings) {
     QzManager::Part& owner = QzManager::Part::of(manager);
     const std::lock_guard guard(owner.lock);
     owner.settings = settings;

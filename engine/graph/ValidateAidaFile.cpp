@@ -14,9 +14,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::chrono::seconds aMoment(2);
+constexpr std::chrono::seconds patience(2);
 
-/// Says what is odd in the file: it was just named by the user.
+/// Prints the warnings of the reader, because the user has just named the file.
 class CheckContext : public PreviewContext {
 public:
     CheckContext(const Pipeline& beside, const BackgroundTask& aside);
@@ -53,7 +53,7 @@ std::string absolutePath(const std::string& file) {
     return error ? file : path.string();
 }
 
-bool AidaCheck::look(const std::string& path, const std::string& name) {
+bool AidaFileCheck::check(const std::string& path, const std::string& name) {
     close();
     const auto isBad = std::make_shared<std::atomic<bool>>(false);
     work = BackgroundTask::begin([path, name, isBad](BackgroundTask& self) {
@@ -63,18 +63,18 @@ bool AidaCheck::look(const std::string& path, const std::string& name) {
             printMessage("The AIDA file " + name + " cannot be read: " + reason + ".");
         }
     });
-    if (!work->wait(aMoment)) {
+    if (!work->wait(patience)) {
         printMessage("Still waiting for the AIDA file " + name + ", in the background.");
     }
     return !*isBad;
 }
 
-void AidaCheck::close() {
+void AidaFileCheck::close() {
     if (!work) {
         return;
     }
     work->stop();
-    work->wait(aMoment);
+    work->wait(patience);
     work = nullptr;
 }
 

@@ -10,19 +10,19 @@ namespace velmorak {
 /// @return the name as an absolute path; empty for none.
 std::string absolutePath(const std::string& file);
 
-/// Looks whether a file that the user has named is an AIDA file, and says so where it is not. What takes longer than a
-/// moment goes on in the background: a file system may not answer, and a file may be of any size.
-class AidaCheck {
+/// Checks whether a file that the user has named is an AIDA file, and reports it when it is not. After two seconds the
+/// check continues in the background: a file system may not answer, and a file may be of any size.
+class AidaFileCheck {
 public:
-    AidaCheck() = default;
-    ~AidaCheck() { close(); }
-    AidaCheck(const AidaCheck&) = delete;
-    AidaCheck& operator=(const AidaCheck&) = delete;
+    AidaFileCheck() = default;
+    ~AidaFileCheck() { close(); }
+    AidaFileCheck(const AidaFileCheck&) = delete;
+    AidaFileCheck& operator=(const AidaFileCheck&) = delete;
 
     /// @param name as the user wrote it.
     /// @return false when the file cannot be read; true when it can, or when that is not known yet.
-    bool look(const std::string& path, const std::string& name);
-    /// Ends what goes on, unless the file system does not answer.
+    bool check(const std::string& path, const std::string& name);
+    /// Stops the check and waits for it for at most two seconds.
     void close();
 
 private:

@@ -6,23 +6,23 @@
 
 namespace velmorak {
 
-/// The input can be written down as a text, and does not need a wire.
+/// The input has a value that can be typed; other inputs need a wire.
 bool takesText(const InputSpec& spec);
 
-/// Why a value is none of the input's type, or outside its limits or choices; see refusalOf.
-std::string typeRefusal(const InputSpec& spec, const std::string& value);
+/// Why a value does not match the input's type, limits or choices; see valueError.
+std::string typeError(const InputSpec& spec, const std::string& value);
 
 /// Why a value cannot be used.
-/// @param kind asked last; null for an unknown kind, which takes everything.
-/// @return an empty text when it can, else the end of a sentence, without full stop.
-std::string refusalOf(const Kind* kind, const InputSpec& spec, const std::string& value);
+/// @param kind consulted last; null for an unknown kind, which accepts every value.
+/// @return empty for a usable value, else the end of a sentence, without full stop.
+std::string valueError(const Kind* kind, const InputSpec& spec, const std::string& value);
 
-/// Ports as the kind tells them, with names once on each side.
-/// @throws whatever the kind throws; std::runtime_error for a port whose name is none.
+/// The ports that the kind lists, without repeated names.
+/// @throws what the kind throws; std::runtime_error for an invalid port name.
 Ports portsOf(const Kind& kind, const ValueTexts& values);
 
 /// As portsOf.
-/// @return an empty text, or why the kind cannot tell them, with ports unchanged.
+/// @return empty, or why the kind cannot list its ports; ports are then unchanged.
 std::string tryPorts(const Kind& kind, const ValueTexts& values, Ports& ports);
 
 }  // namespace velmorak

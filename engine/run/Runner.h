@@ -45,6 +45,8 @@ struct RunReport {
     bool hasFailure() const;
 };
 
+inline constexpr int maxThreads = 1024;  ///< Of one run.
+
 class Executor;
 class RunListener;
 

@@ -26,8 +26,8 @@ protected:
         std::string pattern = (fs::temp_directory_path() / "velmorak-columns-XXXXXX").string();
         folder = mkdtemp(pattern.data());
         manager.emplace("QzAnalysisFactory");
-        // A busy machine must not make the looks overdue.
-        QzManager::Part::of(*manager).looks.patience = std::chrono::hours(1);
+        // A preview always ends in time, however busy the machine is.
+        QzManager::Part::of(*manager).previews.patience = std::chrono::hours(1);
     }
     ~Columns() override {
         manager.reset();
@@ -118,13 +118,31 @@ TEST_F(Columns, followTheFileAndComeBack) {
     set("csv", "file", file);
     EXPECT_EQ(columnsOf("csv"), "\nColumn: x (integer).");
     fs::remove(file);
+    set("csv", "file", file);
     EXPECT_EQ(columnsOf("csv"), "");
     write("a.csv", "longer,than\n0.5,before\n");
+    set("csv", "file", file);
     EXPECT_EQ(columnsOf("csv"), "\nColumns: longer (real), than (text).");
     set("csv", "file", "");
     EXPECT_EQ(columnsOf("csv"), "");
     set("csv", "file", file);
     EXPECT_EQ(columnsOf("csv"), "\nColumns: longer (real), than (text).");
+}
+
+TEST_F(Columns, areLookedUpWhenAValueIsSetAndNotWhenTheOutputsAreListed) {
+    const std::string file = write("a.csv", "x\n1\n");
+    add("CsvTable", "csv");
+    set("csv", "file", file);
+    write("a.csv", "other,columns\n1,2\n");
+    EXPECT_EQ(columnsOf("csv"), "\nColumn: x (integer).");
+    set("csv", "file", file);
+    EXPECT_EQ(columnsOf("csv"), "\nColumns: other (integer), columns (integer).");
+}
+
+TEST_F(Columns, areNotLookedUpWhereNobodyReadsThem) {
+    configure(*manager, {.previewsColumns = false});
+    add("RandomTable", "random");
+    EXPECT_EQ(columnsOf("random"), "");
 }
 
 TEST_F(Columns, areNotToldWhereAWireBringsAValue) {

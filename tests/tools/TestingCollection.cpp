@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <future>
 #include <iostream>
 #include <thread>
 
@@ -29,15 +30,19 @@ public:
     std::string summary() const override { return "Waits until the run is stopped."; }
     Ports ports(const ValueTexts&) const override { return {}; }
     void evaluate(const Arguments&, Results&, RunContext& context) const override {
+        constexpr long maxPolls = 100'000'000;
         context.warn("it waits");
-        while (!context.isStopping()) {
+        for (long poll = 0; poll < maxPolls; ++poll) {
+            if (context.isStopping()) {
+                throw Stopped();
+            }
             std::this_thread::yield();
         }
-        throw Stopped();
+        throw Failure("nobody has stopped the run");
     }
 };
 
-/// Does not hear of a stop until a minute has passed.
+/// Ignores a stop for a minute.
 class IsDeaf : public Function {
 public:
     std::string name() const override { return "IsDeaf"; }
@@ -45,14 +50,11 @@ public:
     Ports ports(const ValueTexts&) const override { return {}; }
     void evaluate(const Arguments&, Results&, RunContext& context) const override {
         context.warn("it goes on");
-        const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-        while (std::chrono::steady_clock::now() < end) {
-            std::this_thread::yield();
-        }
+        std::promise<void>().get_future().wait_for(std::chrono::minutes(1));
     }
 };
 
-/// Writes where the results of the program belong.
+/// Writes to standard output, which belongs to the results of the program.
 class Prints : public Function {
 public:
     std::string name() const override { return "Prints"; }

@@ -56,7 +56,7 @@ protected:
     fs::path folder;
 };
 
-TEST_F(Memory, thatARunHoldsDoesNotGrowWithTheRowsOfItsTables) {
+TEST_F(Memory, ofARunDoesNotGrowWithTheRowsOfItsTables) {
     const double little = peakWith(2'000'000);
     EXPECT_LT(peakWith(8'000'000), 1.2 * little);
     EXPECT_LT(little, 300e3);

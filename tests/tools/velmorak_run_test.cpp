@@ -97,7 +97,7 @@ TEST_F(VelmorakRun, endsWithZeroWhenAllIsDone) {
     EXPECT_THAT(ended.errors, HasSubstr("Adder \"sum\": "));
 }
 
-TEST_F(VelmorakRun, endsWithOneWhenCalledWrongly) {
+TEST_F(VelmorakRun, endsWithOneOnAWrongCommandLine) {
     for (const std::vector<std::string>& arguments :
          std::vector<std::vector<std::string>>{{}, {"--bogus", "a"}, {"a", "b"}, {"a", "-a"}}) {
         const Ended ended = run(arguments);
@@ -141,14 +141,14 @@ TEST_F(VelmorakRun, endsWithThreeWhenItIsStopped) {
     }
 }
 
-TEST_F(VelmorakRun, saysThatAnAidaFileIsMissingAndGoesOn) {
+TEST_F(VelmorakRun, reportsAMissingAidaFileAndContinues) {
     const Ended ended = run({"-a", (folder / "none.aida").string(), document(plugin("one", "Number"))});
     EXPECT_EQ(ended.status, 0);
     EXPECT_THAT(ended.errors, HasSubstr("none.aida"));
     EXPECT_THAT(ended.errors, HasSubstr("Number \"one\": "));
 }
 
-TEST_F(VelmorakRun, writesOnStandardOutputWhatIsAskedFor) {
+TEST_F(VelmorakRun, printsListsToStandardOutput) {
     const Ended version = run({"--version"});
     EXPECT_EQ(version.status, 0);
     EXPECT_EQ(version.output, "velmorak-run " VELMORAK_VERSION "\n");
@@ -199,18 +199,18 @@ TEST_F(VelmorakRunOptions, nameTheNearestPlugInOrInputAndRunNothing) {
     expectRefusal({"--scan", "ome.value=1,2"}, R"(no plug-in is named "ome"; the nearest name is "one")");
 }
 
-TEST_F(VelmorakRunOptions, refuseWhatHasNotTheirForm) {
-    expectRefusal({"--set", "one"}, R"("one" has not the form PLUGIN.INPUT=VALUE)");
-    expectRefusal({"--scan", "one.value=1:2:0"}, R"("1:2:0" is no range from:to:step of at most 10000 values)");
-    expectRefusal({"--scan", "one.value=1:2:-1"}, R"("1:2:-1" is no range from:to:step of at most 10000 values)");
-    expectRefusal({"--scan", "one.value=1:x:1"}, R"("1:x:1" is no range from:to:step of at most 10000 values)");
+TEST_F(VelmorakRunOptions, refuseMalformedSettings) {
+    expectRefusal({"--set", "one"}, R"("one" does not have the form PLUGIN.INPUT=VALUE)");
+    expectRefusal({"--scan", "one.value=1:2:0"}, R"("1:2:0" is not a range from:to:step with at most 10000 values)");
+    expectRefusal({"--scan", "one.value=1:2:-1"}, R"("1:2:-1" is not a range from:to:step with at most 10000 values)");
+    expectRefusal({"--scan", "one.value=1:x:1"}, R"("1:x:1" is not a range from:to:step with at most 10000 values)");
 }
 
 TEST_F(VelmorakRunOptions, refuseAValueForAnInputThatIsFed) {
-    expectRefusal({"--set", "sum.a=2"}, R"(input "a" of "sum" is fed by "one", so that a value would not count)");
+    expectRefusal({"--set", "sum.a=2"}, R"(input "a" of "sum" is fed by "one"; a value would have no effect)");
 }
 
-TEST_F(VelmorakRunOptions, sayAValueThatTheInputDoesNotTake) {
+TEST_F(VelmorakRunOptions, reportAValueThatTheInputRefuses) {
     const Ended ended = run({"--set", "one.value=many", file});
     EXPECT_EQ(ended.status, 1);
     EXPECT_THAT(ended.errors, HasSubstr(R"(input "value" of "one" does not take "many"; it is ")"));
@@ -232,7 +232,7 @@ TEST_F(VelmorakRunOptions, checkWithoutRunning) {
     EXPECT_THAT(ended.errors, Not(HasSubstr("unlucky")));
 }
 
-TEST_F(VelmorakRunOptions, sayWhyOnlyWhenAsked) {
+TEST_F(VelmorakRunOptions, printReasonsOnlyWithWhy) {
     const std::string why = "Number \"one\": executed, never run\n";
     EXPECT_THAT(run({"--why", file}).errors, HasSubstr(why));
     EXPECT_THAT(run({file}).errors, Not(HasSubstr(why)));
@@ -290,7 +290,7 @@ TEST_F(VelmorakRunOptions, aSecondSignalEndsAtOnce) {
     EXPECT_THAT(ended.errors, Not(HasSubstr("not finished")));
 }
 
-TEST_F(VelmorakRunOptions, refuseATimeThatCannotBeWaitedFor) {
+TEST_F(VelmorakRunOptions, refuseAnInvalidTimeLimit) {
     for (const char* seconds : {"nan", "-1", "0", "inf", "1e300", "soon"}) {
         const Ended ended = run({"--timeout", seconds, file});
         EXPECT_EQ(ended.status, 1) << seconds;
@@ -313,7 +313,7 @@ TEST_F(VelmorakRunOptions, listThatCannotBeWrittenFailsTheProgram) {
     EXPECT_EQ(ended.errors, "velmorak-run: standard output cannot be written\n");
 }
 
-TEST_F(VelmorakRunOptions, recordThatIsNoneIsRefusedInWords) {
+TEST_F(VelmorakRunOptions, refuseAnInvalidRecord) {
     std::ofstream(folder / "cut.json") << R"({"run": 1, "plug)";
     std::ofstream(folder / "other.json") << "[1, 2]";
     for (const char* name : {"cut.json", "other.json", "missing.json"}) {
@@ -335,7 +335,7 @@ TEST_F(VelmorakRun, keepsItsStandardOutputForItself) {
     EXPECT_THAT(ended.errors, HasSubstr("from a function\n"));
 }
 
-TEST_F(VelmorakRun, saysNoNamesOfTheStandardLibraryAlone) {
+TEST_F(VelmorakRun, explainsExceptionsOfTheStandardLibrary) {
     const Ended ended = run({document(plugin("far", "Overreaches"))});
     EXPECT_EQ(ended.status, 2);
     EXPECT_THAT(ended.errors,
@@ -367,7 +367,7 @@ TEST_F(VelmorakRun, endsWithThreeWhenAPlugInDoesNotStop) {
     EXPECT_THAT(ended.errors, HasSubstr("The run was stopped.\n"));
 }
 
-TEST_F(VelmorakRun, namesThePlugInThatItCrashedIn) {
+TEST_F(VelmorakRun, namesThePlugInThatCrashed) {
     const Ended ended =
         runProgram({"sh", "-c", "ulimit -c 0; exec \"$0\" \"$1\"", VELMORAK_RUN, document(plugin("odd", "Crashes"))});
     EXPECT_EQ(ended.status, -1) << "ended by a signal";

@@ -8,7 +8,7 @@
 #include <ostream>
 #include <string>
 
-/// Writes what runs do as lines of JSON, each at once. docs/run-events.md describes them.
+/// Writes the events of runs as lines of JSON, each as soon as it happens. docs/run-events.md describes them.
 class Events : public velmorak::RunListener {
 public:
     /// @param name of the file; "-" for the output. @throws UsageError when it cannot be written.
@@ -16,8 +16,8 @@ public:
 
     /// All events so far have been written.
     bool isComplete() const { return reason.empty(); }
-    /// Why one could not be written; with the first that cannot, the file ends.
-    const std::string& complaint() const { return reason; }
+    /// Why an event could not be written; none is written after it.
+    const std::string& error() const { return reason; }
 
     void began(const velmorak::Pipeline& pipeline, int threads) override;
     bool isProgressDue() override;

@@ -21,7 +21,7 @@ std::string contentOf(const Pipeline& pipeline, const PipelineInput& input) {
 
 }  // namespace
 
-void list(const Pipeline& pipeline, std::ostream& stream) {
+void printPlugins(const Pipeline& pipeline, std::ostream& stream) {
     for (const PipelineNode& node : pipeline.nodes) {
         stream << velmorak::visible(velmorak::titleOf(node)) << '\n';
         for (const PipelineInput& input : node.inputs) {
@@ -32,14 +32,14 @@ void list(const Pipeline& pipeline, std::ostream& stream) {
     }
 }
 
-bool check(const Pipeline& pipeline, std::ostream& stream) {
+std::size_t printErrors(const Pipeline& pipeline, std::ostream& stream) {
     const velmorak::Plan plan(pipeline);
-    bool isRight = true;
+    std::size_t errors = 0;
     for (std::size_t i = 0; i < pipeline.nodes.size(); ++i) {
         if (const std::string sentence = plan.validate(i); !sentence.empty()) {
             stream << velmorak::visible(velmorak::titleOf(pipeline.nodes[i]) + ": " + sentence) << '\n';
-            isRight = false;
+            ++errors;
         }
     }
-    return isRight;
+    return errors;
 }

@@ -2,11 +2,12 @@
 
 #include "run/Pipeline.h"
 
+#include <cstddef>
 #include <iosfwd>
 
-/// Writes each plug-in with its kind, and its inputs with type and value or with what feeds them.
-void list(const velmorak::Pipeline& pipeline, std::ostream& stream);
+/// Prints each plug-in with its kind, and its inputs with type and value or with the output that feeds them.
+void printPlugins(const velmorak::Pipeline& pipeline, std::ostream& stream);
 
-/// Says what could not run, without running anything.
-/// @return false when something was said.
-bool check(const velmorak::Pipeline& pipeline, std::ostream& stream);
+/// Prints what makes plug-ins of the pipeline impossible to run, without running anything.
+/// @return number of plug-ins with an error.
+std::size_t printErrors(const velmorak::Pipeline& pipeline, std::ostream& stream);

@@ -1,5 +1,6 @@
 #include "Options.h"
 
+#include "run/Runner.h"
 #include "run/Version.h"
 
 #include <velmorak/Value.h>
@@ -31,49 +32,47 @@ Exit status: 0 all done, 1 wrong usage or unreadable document, 2 a plug-in
 failed, 3 stopped, 4 the results of --again differ.
 )";
 
-constexpr int maxThreads = 1024;
-
-/// @return empty for a time that can be waited for.
-std::string secondsComplaint(const std::string& text) {
+/// @return empty, or why the text is no time limit.
+std::string secondsError(const std::string& text) {
     constexpr double maxSeconds = 1e9;
     double seconds = 0.0;
     const bool isTime = velmorak::readNumber(text, seconds) && seconds > 0.0 && seconds <= maxSeconds;
-    return isTime ? "" : "\"" + text + "\" is no number of seconds above 0 and up to 1e9";
+    return isTime ? "" : "\"" + text + "\": expected a number of seconds above 0 and up to 1e9";
 }
 
-void describe(CLI::App& app, Options& order) {
+void addOptions(CLI::App& app, Options& options) {
     app.name("velmorak-run");
     app.formatter_fn([](const CLI::App*, const std::string&, CLI::AppFormatMode) { return std::string(helpText); });
     app.set_version_flag("--version", "velmorak-run " + std::string(velmorak::version()));
-    CLI::Option* document = app.add_option("DOCUMENT", order.document);
-    CLI::Option* again = app.add_option("--again", order.again);
+    CLI::Option* document = app.add_option("DOCUMENT", options.document);
+    CLI::Option* again = app.add_option("--again", options.again);
     app.callback([document, again] {
         if ((document->count() > 0) == (again->count() > 0)) {
             throw CLI::RequiredError("DOCUMENT or --again, one of them,");
         }
     });
-    app.add_option("--events", order.events);
-    app.add_option("-a", order.aidaFile);
-    app.add_option("--set", order.settings)->expected(1)->take_all()->allow_extra_args(false);
-    app.add_option("--scan", order.scans)->expected(1)->take_all()->allow_extra_args(false);
-    app.add_option("--start", order.start);
-    app.add_option("--results", order.resultsFolder);
-    app.add_option("-j", order.threads)->check(CLI::Range(1, maxThreads));
-    app.add_option("--timeout", order.timeoutSeconds)->check(CLI::Validator(secondsComplaint, "SECONDS"));
-    app.add_flag("--why", order.isWhy);
-    app.add_flag("--list", order.isList);
-    app.add_flag("--check", order.isCheck);
+    app.add_option("--events", options.events);
+    app.add_option("-a", options.aidaFile);
+    app.add_option("--set", options.settings)->expected(1)->take_all()->allow_extra_args(false);
+    app.add_option("--scan", options.scans)->expected(1)->take_all()->allow_extra_args(false);
+    app.add_option("--start", options.start);
+    app.add_option("--results", options.resultsFolder);
+    app.add_option("-j", options.threads)->check(CLI::Range(1, velmorak::maxThreads));
+    app.add_option("--timeout", options.timeoutSeconds)->check(CLI::Validator(secondsError, "SECONDS"));
+    app.add_flag("--why", options.isWhy);
+    app.add_flag("--list", options.isList);
+    app.add_flag("--check", options.isCheck);
 }
 
 }  // namespace
 
-std::optional<Options> readOrder(int argc, char** argv, ExitStatus& status) {
+std::optional<Options> parseOptions(int argc, char** argv, ExitStatus& status) {
     CLI::App app;
-    Options order;
+    Options options;
     try {
-        describe(app, order);
+        addOptions(app, options);
         app.parse(argc, argv);
-        return order;
+        return options;
     } catch (const CLI::ParseError& error) {
         status = app.exit(error) == 0 ? AllDone : NotUsable;
         return std::nullopt;

@@ -6,7 +6,7 @@
 
 enum ExitStatus { AllDone = 0, NotUsable = 1, PluginFailed = 2, WasStopped = 3, ResultsDiffer = 4 };
 
-/// What the command line asks for.
+/// The parsed command line.
 struct Options {
     std::string document;
     std::string aidaFile;
@@ -16,12 +16,13 @@ struct Options {
     std::string events;                 ///< File for events, or "-"; empty for none.
     std::string start;                  ///< Plug-in to start at; empty for the document's own.
     std::string resultsFolder;          ///< Empty for the one beside the document.
-    int threads = 0;                    ///< 0: as the environment says.
+    int threads = 0;                    ///< 0: as VELMORAK_THREADS says.
     double timeoutSeconds = 0.0;        ///< 0: none.
     bool isList = false;
     bool isCheck = false;
     bool isWhy = false;
 };
 
-/// @return nothing when the program is to end with the status, after what had to be said.
-std::optional<Options> readOrder(int argc, char** argv, ExitStatus& status);
+/// Parses the command line; prints help, version, or what is wrong.
+/// @return nothing when the program must end with the status.
+std::optional<Options> parseOptions(int argc, char** argv, ExitStatus& status);

@@ -5,13 +5,13 @@
 #include "Replay.h"
 #include "Settings.h"
 #include "StopOnSignal.h"
+#include "TemporaryFolder.h"
 
 #include "graph/ManagerExtensions.h"
 #include "run/ResultsPlace.h"
 #include "run/RunRecordFile.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -28,46 +28,46 @@ ExitStatus statusOf(const velmorak::RunReport& report) {
     return report.hasFailure() ? PluginFailed : AllDone;
 }
 
-/// @return false when the document cannot be read, which the manager has said.
-bool load(QzManager& manager, const Options& order) {
-    if (!order.aidaFile.empty()) {
-        // A file that cannot be read is said by the manager; what needs it fails by name.
-        manager.loadAIDA(order.aidaFile);
+/// @return false when the document cannot be read, which the manager has reported.
+bool load(QzManager& manager, const Options& options) {
+    if (!options.aidaFile.empty()) {
+        // The manager reports a file that cannot be read; plug-ins that need it fail by name.
+        manager.loadAIDA(options.aidaFile);
     }
-    manager.ReadDocument(order.document);
+    manager.ReadDocument(options.document);
     return velmorak::lastReadError(manager).empty();
 }
 
-void prepare(QzManager& manager, const Options& order) {
-    for (const std::string& setting : order.settings) {
+void prepare(QzManager& manager, const Options& options) {
+    for (const std::string& setting : options.settings) {
         apply(manager, settingOf(setting));
     }
-    if (!order.start.empty()) {
-        startAt(manager, order.start);
+    if (!options.start.empty()) {
+        startAt(manager, options.start);
     }
-    if (!order.resultsFolder.empty()) {
-        velmorak::setResultsFolder(manager, std::filesystem::absolute(order.resultsFolder));
+    if (!options.resultsFolder.empty()) {
+        velmorak::setResultsFolder(manager, fs::absolute(options.resultsFolder));
     }
-    velmorak::noteSettings(manager, order.settings);
-    velmorak::explainRuns(manager, order.isWhy);
+    velmorak::recordSettings(manager, options.settings);
+    velmorak::explainRuns(manager, options.isWhy);
 }
 
-/// @return what must outlive the manager's runs; null when no events are asked for.
-std::unique_ptr<Events> eventsFor(QzManager& manager, const Options& order, std::ostream& output) {
-    if (order.events.empty()) {
+/// @return the listener, which must outlive the manager's runs; null when no events are asked for.
+std::unique_ptr<Events> eventsFor(QzManager& manager, const Options& options, std::ostream& output) {
+    if (options.events.empty()) {
         return nullptr;
     }
-    auto events = std::make_unique<Events>(order.events, output);
-    velmorak::tellOfRuns(manager, events.get());
+    auto events = std::make_unique<Events>(options.events, output);
+    velmorak::setRunListener(manager, events.get());
     return events;
 }
 
-/// @return the status of the program where not all events could be written, which is said.
+/// Reports when not all events could be written. @return the exit status, which then is no success.
 ExitStatus withEvents(ExitStatus status, const std::unique_ptr<Events>& events) {
     if (!events || events->isComplete()) {
         return status;
     }
-    std::cerr << "velmorak-run: the events cannot be written: " << events->complaint() << '\n';
+    std::cerr << "velmorak-run: the events cannot be written: " << events->error() << '\n';
     return status == AllDone ? NotUsable : status;
 }
 
@@ -79,7 +79,7 @@ ExitStatus runOnce(QzManager& manager, const StopOnSignal& signals) {
     return statusOf(velmorak::lastReport(manager));
 }
 
-/// Values as a part of a file name.
+/// Settings as the name of a folder.
 std::string folderNameOf(const std::vector<std::string>& settings) {
     std::string name;
     for (const std::string& setting : settings) {
@@ -98,11 +98,11 @@ std::vector<std::string> textsOf(const std::vector<Setting>& point) {
     return texts;
 }
 
-ExitStatus runScan(QzManager& manager, const Options& order, const std::vector<std::vector<Setting>>& points,
+ExitStatus runScan(QzManager& manager, const Options& options, const std::vector<std::vector<Setting>>& points,
                    const StopOnSignal& signals) {
     const velmorak::Pipeline pipeline = velmorak::pipelineOf(manager);
-    if (const std::string complaint = velmorak::whyNoResultsFolder(pipeline); !complaint.empty()) {
-        throw UsageError(complaint);
+    if (const std::string error = velmorak::whyNoResultsFolder(pipeline); !error.empty()) {
+        throw UsageError(error);
     }
     const fs::path folder = pipeline.resultsFolder;
     ExitStatus worst = AllDone;
@@ -113,9 +113,9 @@ ExitStatus runScan(QzManager& manager, const Options& order, const std::vector<s
         }
         std::cerr << "Scan: " << folderNameOf(texts) << '\n';
         velmorak::setResultsFolder(manager, folder / folderNameOf(texts));
-        std::vector<std::string> settings = order.settings;
+        std::vector<std::string> settings = options.settings;
         settings.insert(settings.end(), texts.begin(), texts.end());
-        velmorak::noteSettings(manager, settings);
+        velmorak::recordSettings(manager, settings);
         worst = std::max(worst, runOnce(manager, signals));
         if (worst == WasStopped) {
             break;
@@ -124,48 +124,24 @@ ExitStatus runScan(QzManager& manager, const Options& order, const std::vector<s
     return worst;
 }
 
-ExitStatus runDocument(QzManager& manager, const Options& order, StopOnSignal& signals) {
-    std::vector<std::vector<Setting>> points = pointsOf(order.scans);
+ExitStatus runDocument(QzManager& manager, const Options& options, StopOnSignal& signals) {
+    std::vector<std::vector<Setting>> points = pointsOf(options.scans);
     for (const std::vector<Setting>& point : points) {
         for (const Setting& setting : point) {
-            apply(manager, setting);  // All are tried before the first is run.
+            apply(manager, setting);  // Refuses any wrong value before the first run.
         }
     }
     const StopOnSignal::Stoppable stoppable(signals, [&manager] { manager.Stop(); });
-    return order.scans.empty() ? runOnce(manager, signals) : runScan(manager, order, points, signals);
+    return options.scans.empty() ? runOnce(manager, signals) : runScan(manager, options, points, signals);
 }
 
-/// A folder that goes with its holder.
-class TemporaryFolder {
-public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    fs::path path;
-};
-
-TemporaryFolder::TemporaryFolder() : path(fs::temp_directory_path() / "velmorak-again-XXXXXX") {
-    std::string name = path.string();
-    if (!mkdtemp(name.data())) {
-        throw UsageError("no folder can be made in " + fs::temp_directory_path().string());
-    }
-    path = name;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    fs::remove_all(path, ignored);
-}
-
-ExitStatus repeat(QzManager& manager, const Options& order, const RunRecordFile& record, StopOnSignal& signals,
+ExitStatus repeat(QzManager& manager, const Options& options, const RunRecordFile& record, StopOnSignal& signals,
                   std::ostream& output) {
     const StopOnSignal::Stoppable stoppable(signals, [&manager] { manager.Stop(); });
-    const TemporaryFolder passing;
-    const fs::path results = order.resultsFolder.empty() ? passing.path : fs::absolute(order.resultsFolder);
+    const TemporaryFolder temporary;
+    const fs::path results = options.resultsFolder.empty() ? temporary.path() : fs::absolute(options.resultsFolder);
     velmorak::setResultsFolder(manager, results);
-    velmorak::noteSettings(manager, record.settings());
+    velmorak::recordSettings(manager, record.settings());
     const ExitStatus status = runOnce(manager, signals);
     if (status == WasStopped) {
         return status;
@@ -175,10 +151,11 @@ ExitStatus repeat(QzManager& manager, const Options& order, const RunRecordFile&
     return record.compareResults(repeated, output) ? status : ResultsDiffer;
 }
 
-ExitStatus runAgain(const Options& order, StopOnSignal& signals, std::ostream& output) {
-    const RunRecordFile record(order.again);
-    setenv("VELMORAK_CACHE_LIMIT", "0", 1);  // All of it is computed.
+ExitStatus runAgain(const Options& options, StopOnSignal& signals, std::ostream& output) {
+    const RunRecordFile record(options.again);
     QzManager manager("QzAnalysisFactory");
+    // A repetition computes everything anew.
+    velmorak::configure(manager, {.threads = options.threads, .keepsResults = false, .previewsColumns = false});
     if (const std::string aida = record.aidaFile(); !aida.empty()) {
         manager.loadAIDA(aida);
     }
@@ -186,29 +163,30 @@ ExitStatus runAgain(const Options& order, StopOnSignal& signals, std::ostream& o
     if (!velmorak::lastReadError(manager).empty()) {
         return NotUsable;
     }
-    velmorak::explainRuns(manager, order.isWhy);
-    const std::unique_ptr<Events> events = eventsFor(manager, order, output);
-    return withEvents(repeat(manager, order, record, signals, output), events);
+    velmorak::explainRuns(manager, options.isWhy);
+    const std::unique_ptr<Events> events = eventsFor(manager, options, output);
+    return withEvents(repeat(manager, options, record, signals, output), events);
 }
 
 }  // namespace
 
-ExitStatus execute(const Options& order, StopOnSignal& signals, std::ostream& output) {
-    if (!order.again.empty()) {
-        return runAgain(order, signals, output);
+ExitStatus execute(const Options& options, StopOnSignal& signals, std::ostream& output) {
+    if (!options.again.empty()) {
+        return runAgain(options, signals, output);
     }
     QzManager manager("QzAnalysisFactory");
-    if (!load(manager, order)) {
+    velmorak::configure(manager, {.threads = options.threads, .previewsColumns = false});
+    if (!load(manager, options)) {
         return NotUsable;
     }
-    prepare(manager, order);
-    if (order.isList || order.isCheck) {
+    prepare(manager, options);
+    if (options.isList || options.isCheck) {
         const velmorak::Pipeline pipeline = velmorak::pipelineOf(manager);
-        if (order.isList) {
-            list(pipeline, output);
+        if (options.isList) {
+            printPlugins(pipeline, output);
         }
-        return !order.isCheck || check(pipeline, std::cerr) ? AllDone : PluginFailed;
+        return !options.isCheck || printErrors(pipeline, std::cerr) == 0 ? AllDone : PluginFailed;
     }
-    const std::unique_ptr<Events> events = eventsFor(manager, order, output);
-    return withEvents(runDocument(manager, order, signals), events);
+    const std::unique_ptr<Events> events = eventsFor(manager, options, output);
+    return withEvents(runDocument(manager, options, signals), events);
 }

@@ -6,6 +6,6 @@
 
 class StopOnSignal;
 
-/// Does what the command line asks for.
-/// @param output for what is asked for on standard output. @throws UsageError
-ExitStatus execute(const Options& order, StopOnSignal& signals, std::ostream& output);
+/// Carries out the command line.
+/// @param output standard output: lists, comparisons, events. @throws UsageError
+ExitStatus execute(const Options& options, StopOnSignal& signals, std::ostream& output);

@@ -20,7 +20,7 @@ std::string quoted(const std::string& text) {
     return "\"" + text + "\"";
 }
 
-/// Letters to change, add or leave out to make the one text of the other.
+/// Levenshtein distance.
 std::size_t distance(const std::string& one, const std::string& other) {
     std::vector<std::size_t> row(other.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
@@ -73,7 +73,7 @@ void refuseUnusable(const Pipeline& pipeline, const PipelineInput& input, const 
     const std::string place = "input " + quoted(setting.input) + " of " + quoted(setting.plugin);
     if (input.wire) {
         throw UsageError(place + " is fed by " + quoted(pipeline.nodes[input.wire->node].name) +
-                         ", so that a value would not count");
+                         "; a value would have no effect");
     }
     const std::vector<std::string>& choices = input.spec.choices;
     if (!choices.empty() && std::find(choices.begin(), choices.end(), setting.value) == choices.end()) {
@@ -85,7 +85,7 @@ Setting split(const std::string& text, const std::string& form) {
     const std::size_t equals = text.find('=');
     const std::size_t dot = equals == std::string::npos ? equals : text.rfind('.', equals);
     if (dot == std::string::npos || dot == 0 || dot + 1 == equals) {
-        throw UsageError(quoted(text) + " has not the form " + form);
+        throw UsageError(quoted(text) + " does not have the form " + form);
     }
     return {text.substr(0, dot), text.substr(dot + 1, equals - dot - 1), text.substr(equals + 1)};
 }
@@ -109,7 +109,7 @@ std::vector<std::string> rangeOf(const std::vector<std::string>& parts, const st
     // A step that meets the end but for rounding counts as meeting it.
     const double steps = std::floor((to - from) / step + 1e-9);
     if (!isRead || !(steps >= 0.0) || !(steps < maxPoints)) {
-        throw UsageError(quoted(text) + " is no range from:to:step of at most 10000 values");
+        throw UsageError(quoted(text) + " is not a range from:to:step with at most 10000 values");
     }
     std::vector<std::string> values;
     for (int i = 0; i <= static_cast<int>(steps); ++i) {

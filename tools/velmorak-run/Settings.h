@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-/// Something that the user asked for and that is not there, as a sentence.
+/// A mistake in the command line or its files, as a sentence.
 class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// One input with what it is to hold.
+/// An input and the value to set.
 struct Setting {
     std::string plugin;
     std::string input;
@@ -23,7 +23,7 @@ struct Setting {
 Setting settingOf(const std::string& text);
 
 /// Sets the value. @throws UsageError with the nearest name when plug-in, input or choice is unknown, when the value
-/// is refused, or when a wire feeds the input, so that a value would not count.
+/// is refused, or when the input has a wire.
 void apply(QzManager& manager, const Setting& setting);
 
 /// Makes the plug-in the start. @throws UsageError with the nearest name.

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Takes the file off the descriptor that everybody writes to.
+/// Moves standard output to a private descriptor and points the public one to standard error.
 int takeOver() {
     std::cout.flush();
     const int own = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -20,6 +20,6 @@ int takeOver() {
 StandardOutput::StandardOutput() : buffer(takeOver(), std::ios::out | std::ios::binary), output(&buffer) {}
 
 bool StandardOutput::isComplete() {
-    // One that was closed from the beginning lacks nothing as long as nothing is written.
+    // A standard output that was closed from the beginning is complete as long as nothing is written.
     return !buffer.is_open() ? output.good() : output.flush().good();
 }

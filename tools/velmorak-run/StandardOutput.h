@@ -4,8 +4,8 @@
 
 #include <ostream>
 
-/// The standard output of the program, for what the program itself has to write there. Whatever else is written to
-/// standard output from then on, by a kind or by a library that it calls, goes to standard error.
+/// Reserves standard output for the program itself. From then on, text that a kind or a library writes to standard
+/// output goes to standard error.
 class StandardOutput {
 public:
     StandardOutput();

@@ -15,7 +15,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
-/// Ends the wait for the others; nobody else sends it to this program.
+/// Ends the wait for the other signals; nobody else sends it to this program.
 constexpr int wakeUp = SIGUSR1;
 
 sigset_t heldSignals() {
@@ -67,7 +67,7 @@ StopOnSignal::Stoppable::~Stoppable() {
     signals.stop = nullptr;
 }
 
-/// What is being read need not come to an end, and nothing is lost by leaving it.
+/// Before the run nothing has been written: the program may end while it reads a document.
 void StopOnSignal::callStop() {
     const std::scoped_lock lock(mutex);
     if (!stop && !asked) {

@@ -5,26 +5,26 @@
 #include <mutex>
 #include <thread>
 
-/// Turns SIGINT and SIGTERM, and the end of the time that is allowed, into a stop of the run, on a thread of its own,
-/// where any call is safe. While there is no run that could be stopped, the program ends at once, with the status of
-/// one that was stopped; so it does at a second signal.
+/// Stops the run on SIGINT, SIGTERM, or when the time limit has passed. It waits for signals on a separate thread,
+/// where any function may be called. Without a run that can be stopped, and at a second signal, the program ends at
+/// once with the exit status of a stopped run.
 class StopOnSignal {
 public:
-    /// Keeps the signals from ending the program until an object of this class waits for them. Called on the main
-    /// thread before any other is started.
+    /// Blocks the signals until an object of this class waits for them. Called on the main thread before any other
+    /// thread is started.
     static void holdSignals();
 
-    /// @param timeoutSeconds from now on; 0 for any time.
+    /// @param timeoutSeconds from now on; 0 for no limit.
     explicit StopOnSignal(double timeoutSeconds);
     ~StopOnSignal();
     StopOnSignal(const StopOnSignal&) = delete;
     StopOnSignal& operator=(const StopOnSignal&) = delete;
 
-    /// While it lives, a stop is a call and not the end of the program.
+    /// While it lives, a signal calls a function instead of ending the program.
     class Stoppable {
     public:
-        /// @param stop called when a signal comes, and again and again until this object goes: a run that is just about
-        ///             to begin does not hear of the first call.
+        /// @param stop called when a signal comes, and repeatedly until this object is destroyed, because a run that is
+        ///             about to begin misses the first call.
         Stoppable(StopOnSignal& signals, std::function<void()> stop);
         ~Stoppable();
         Stoppable(const Stoppable&) = delete;
@@ -34,7 +34,7 @@ public:
         StopOnSignal& signals;
     };
 
-    /// A signal has come, or the time is over.
+    /// A signal has come, or the time limit has passed.
     bool wasAsked() const { return asked; }
 
 private:
@@ -42,8 +42,8 @@ private:
     void stopUntilOver(bool isSignalled);
     void callStop();
 
-    std::mutex mutex;            ///< Of stop, also while it is called.
-    std::function<void()> stop;  ///< Empty where the program is to end.
+    std::mutex mutex;            ///< Guards stop, also while it is called.
+    std::function<void()> stop;  ///< Empty when a signal must end the program.
     double timeoutSeconds;
     std::atomic<bool> asked = false;
     std::atomic<bool> isOver = false;

@@ -5,9 +5,6 @@
 #include "run/NodeError.h"
 #include "run/Visible.h"
 
-#include <velmorak/Value.h>
-
-#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <optional>
@@ -16,16 +13,13 @@ int main(int argc, char** argv) {
     StopOnSignal::holdSignals();
     try {
         ExitStatus status = AllDone;
-        const std::optional<Options> order = readOrder(argc, argv, status);
-        if (!order) {
+        const std::optional<Options> options = parseOptions(argc, argv, status);
+        if (!options) {
             return status;
         }
-        if (order->threads > 0) {
-            setenv("VELMORAK_THREADS", velmorak::textOf(order->threads).c_str(), 1);
-        }
-        StopOnSignal signals(order->timeoutSeconds);
+        StopOnSignal signals(options->timeoutSeconds);
         StandardOutput output;
-        status = execute(*order, signals, output.stream());
+        status = execute(*options, signals, output.stream());
         if (!output.isComplete()) {
             std::cerr << "velmorak-run: standard output cannot be written\n";
             status = status == AllDone ? NotUsable : status;

@@ -47,7 +47,7 @@ TEST_F(Bindings, theSameBindingTwiceIsOne) {
     expectInStep(manager);
 }
 
-TEST_F(Bindings, whatARunCannotUseIsKept) {
+TEST_F(Bindings, aBindingThatARunCannotUseIsKept) {
     EXPECT_TRUE(wire("A", "sum", "A", "a"));
     EXPECT_TRUE(wire("B", "text", "C", "a"));
     EXPECT_TRUE(wire("C", "sum", "B", "a"));
@@ -55,7 +55,7 @@ TEST_F(Bindings, whatARunCannotUseIsKept) {
     expectInStep(manager);
 }
 
-TEST_F(Bindings, whatDoesNotExistIsRefusedAndChangesNothing) {
+TEST_F(Bindings, missingPortsAndPluginsAreRefusedAndChangeNothing) {
     wire("A", "sum", "B", "b");
     QzManager other("QzAnalysisFactory");
     QzBase* const stranger = other.CreatePlugin(kindNumber("Pair"), "S");
@@ -82,7 +82,7 @@ TEST_F(Bindings, onlyTheFeedingOutputCanUndoABinding) {
     EXPECT_THAT(output("A", "sum").consumers, IsEmpty());
 }
 
-TEST_F(Bindings, aDeletedPluginLeavesNoneBehind) {
+TEST_F(Bindings, aDeletedPluginLeavesNoBindingBehind) {
     wire("A", "sum", "B", "a");
     wire("B", "sum", "B", "b");
     wire("B", "sum", "C", "a");

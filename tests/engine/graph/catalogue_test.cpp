@@ -1,6 +1,7 @@
 #include "GraphFixture.h"
 
 #include "graph/Catalogue.h"
+#include "graph/LibraryConfig.h"
 
 #include <cstdlib>
 #include <set>
@@ -21,14 +22,14 @@ std::vector<std::string> idsOf(const Catalogue& catalogue) {
     return ids;
 }
 
-TEST(Catalogue, groupsStandTogetherAndEverythingIsInOrder) {
+TEST(Catalogue, kindsAreSortedByGroupAndName) {
     const Errors errors;
     const Catalogue catalogue({{TEST_COLLECTIONS}, {}}, "QzAnalysisFactory");
     EXPECT_THAT(idsOf(catalogue),
                 ElementsAre("Drains/Drain", "Twice/Single", "Workbench/Letters", "Workbench/Pair", "Workbench/Waiter"));
 }
 
-TEST(Catalogue, aRecordSaysWhereItsKindComesFrom) {
+TEST(Catalogue, aRecordNamesTheSharedObjectOfItsKind) {
     const Errors errors;
     const Catalogue catalogue({{TEST_COLLECTIONS}, {}}, "QzAnalysisFactory");
     const QzKind& pair = catalogue.kinds()[catalogue.find("Pair")];
@@ -40,15 +41,15 @@ TEST(Catalogue, aRecordSaysWhereItsKindComesFrom) {
     EXPECT_EQ(catalogue.find("Absent"), catalogue.kinds().size());
 }
 
-TEST(Catalogue, whatCannotBeUsedIsSkippedInOneSentenceEach) {
+TEST(Catalogue, unusableCollectionsAreSkippedWithOneSentenceEach) {
     const Errors errors;
     const Catalogue catalogue({{TEST_COLLECTIONS}, {}}, "QzAnalysisFactory");
     EXPECT_EQ(errors.lines(), 6);
     EXPECT_THAT(errors.text(), HasSubstr("Damaged/Damaged.so is skipped: "));
     EXPECT_THAT(errors.text(), HasSubstr("NoFactory.so is skipped: it does not offer QzAnalysisFactory."));
     EXPECT_THAT(errors.text(),
-                HasSubstr("OldKit.so is skipped: it is made with version 0123456789abcdef of the kit, and "
-                          "this library with " VELMORAK_SDK_VERSION "; build it again."));
+                HasSubstr("OldSdk.so is skipped: it was built with version 0123456789abcdef of the SDK, and "
+                          "this library with " VELMORAK_SDK_VERSION "; rebuild it."));
     EXPECT_THAT(errors.text(), HasSubstr("Throwing.so is skipped: its licence has run out.\n"));
     EXPECT_THAT(errors.text(), HasSubstr("The kind Single of the collection"));
     EXPECT_THAT(errors.text(), HasSubstr("its name \"two words\" is not one word."));
@@ -83,9 +84,9 @@ TEST(Catalogue, theSameFolderTwiceIsReadOnce) {
     EXPECT_EQ(errors.lines(), 6);
 }
 
-TEST(Catalogue, theEnvironmentComesBeforeWhatLiesBesideTheLibrary) {
+TEST(LibraryConfig, theEnvironmentComesBeforeWhatLiesBesideTheLibrary) {
     setenv("VELMORAK_EXAMPLES", "/one::/two:", 1);
-    const Catalogue::SearchPath places = standardPlaces();
+    const Catalogue::SearchPath places = libraryConfigFromEnvironment().search;
     unsetenv("VELMORAK_EXAMPLES");
     ASSERT_EQ(places.collections.size(), 2U);
     EXPECT_EQ(places.collections[0], TEST_COLLECTIONS);

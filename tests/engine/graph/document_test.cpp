@@ -46,12 +46,12 @@ TEST_F(Documents, anEmptyPipelineIsADocument) {
     EXPECT_EQ(manager.DocumentText(), "{\n  \"zedra\": 1,\n  \"plugins\": []\n}\n");
 }
 
-TEST_F(Documents, aPipelineIsWrittenInItsOneWay) {
+TEST_F(Documents, aPipelineHasOneWrittenForm) {
     buildPipeline();
     EXPECT_EQ(manager.DocumentText(), contentOf(TEST_DATA "/pipeline.zedra"));
 }
 
-TEST_F(Documents, whatIsReadIsWrittenAgainTheSame) {
+TEST_F(Documents, aDocumentIsWrittenAsItWasRead) {
     manager.ReadDocument(TEST_DATA "/pipeline.zedra");
     EXPECT_EQ(lastReadError(manager), "");
     EXPECT_THAT(names(), ElementsAre("Port \"maker\" \xC2\xB5", "First", "Last"));
@@ -117,7 +117,7 @@ TEST_F(Documents, theFileNameStaysWhenTheLastPluginGoesUntilAnotherDocumentIsRea
     EXPECT_EQ(manager.fileName, second);
 }
 
-TEST_F(Documents, whatIsNoRegularFileIsRefusedByName) {
+TEST_F(Documents, aFileThatIsNotRegularIsRefusedByName) {
     const std::string pipe = (folder.path / "pipe.zedra").string();
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const Errors errors;
@@ -127,7 +127,7 @@ TEST_F(Documents, whatIsNoRegularFileIsRefusedByName) {
     EXPECT_THAT(errors.text(), HasSubstr("/dev/tty: is not a regular file (a character device).\n"));
 }
 
-TEST_F(Documents, aMissingOrUnsuitableFileIsSaid) {
+TEST_F(Documents, aMissingOrUnsuitableFileIsReported) {
     const Errors errors;
     manager.ReadDocument("/nowhere/a.zedra");
     EXPECT_THAT(errors.text(), HasSubstr("/nowhere/a.zedra: cannot be opened: No such file or directory."));
@@ -147,37 +147,38 @@ TEST_F(Documents, aGoodOneForgetsTheFormerError) {
     EXPECT_EQ(lastReadError(manager), "");
 }
 
-TEST_F(Documents, whatIsNoJsonIsRefusedWithItsLine) {
-    expectRefused("", "1: is no JSON");
-    expectRefused("{\n\"zedra\": 1,\n\"plugins\": [}", "3: is no JSON: syntax error");
-    expectRefused("{\"zedra\": 1, \"plugins\": []}\n\nmore", "3: is no JSON");
-    expectRefused("{\"zedra\": 1,\n\"x\": 1e, \"plugins\": []}", "2: is no JSON");
-    expectRefused("{\"zedra\": 1, \"plugins\": [],\n\"x\": 01}", "2: is no JSON");
-    expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"\\ud800\"}", "1: is no JSON");
-    expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"a\nb\"}", "1: is no JSON");
-    expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"\xFF\"}", "1: is no JSON");
+TEST_F(Documents, invalidJsonIsRefusedWithItsLine) {
+    expectRefused("", "1: is not JSON");
+    expectRefused("{\n\"zedra\": 1,\n\"plugins\": [}", "3: is not JSON: syntax error");
+    expectRefused("{\"zedra\": 1, \"plugins\": []}\n\nmore", "3: is not JSON");
+    expectRefused("{\"zedra\": 1,\n\"x\": 1e, \"plugins\": []}", "2: is not JSON");
+    expectRefused("{\"zedra\": 1, \"plugins\": [],\n\"x\": 01}", "2: is not JSON");
+    expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"\\ud800\"}", "1: is not JSON");
+    expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"a\nb\"}", "1: is not JSON");
+    expectRefused("{\"zedra\": 1, \"plugins\": [], \"x\": \"\xFF\"}", "1: is not JSON");
     const std::string whole = "{\"zedra\": 1, \"plugins\": []}\n";
-    expectRefused(whole + std::string(1, '\0') + "more", "2: is no JSON: syntax error: found the byte 0 where");
+    expectRefused(whole + std::string(1, '\0') + "more",
+                  "2: is not JSON: syntax error: expected the end of the text, found the byte 0");
     expectRefused("\n" + std::string(100000, '['), "2: nests deeper than 64 levels");
 }
 
-TEST_F(Documents, whatIsNoDocumentIsRefusedWithItsLine) {
+TEST_F(Documents, anInvalidDocumentIsRefusedWithItsLine) {
     expectRefused("[1]", "1: a document must be an object.");
     expectRefused("{\n\"plugins\": []}", "1: the field \"zedra\" is missing.");
     expectRefused("{\"zedra\": 1\n}", "1: the field \"plugins\" is missing.");
     expectRefused("{\n\"zedra\": 2, \"plugins\": []}", "2: the document is of version 2 of the format");
     expectRefused("{\n\"zedra\": \"1\", \"plugins\": []}", "2: the field \"zedra\" must be a number.");
     expectRefused("{\"zedra\": 1,\n\"zedra\": 1, \"plugins\": []}",
-                  "2: the field \"zedra\" stands twice in one object.");
+                  "2: the field \"zedra\" appears twice in one object.");
     expectRefused("{\"zedra\": 1, \"plugins\": {}}", "1: the field \"plugins\" must be a list.");
-    expectRefused("{\"zedra\": 1, \"plugins\": [], \"summary\": 5}", "1: the field \"summary\" must be a text.");
+    expectRefused("{\"zedra\": 1, \"plugins\": [], \"summary\": 5}", "1: the field \"summary\" must be a string.");
 }
 
-TEST_F(Documents, whatIsNoPluginIsRefusedWithItsLine) {
+TEST_F(Documents, anInvalidPluginIsRefusedWithItsLine) {
     expectRefused(withPlugins("5"), "4: a plug-in must be an object.");
     expectRefused(withPlugins("{\"kind\": \"Pair\"}"), "4: the field \"name\" is missing.");
     expectRefused(withPlugins("{\"name\": \"\", \"kind\": \"Pair\"}"), "4: the field \"name\" must not be empty.");
-    expectRefused(withPlugins("{\"name\": 7, \"kind\": \"Pair\"}"), "4: the field \"name\" must be a text.");
+    expectRefused(withPlugins("{\"name\": 7, \"kind\": \"Pair\"}"), "4: the field \"name\" must be a string.");
     expectRefused(withPlugins("{\"name\": \"A\"}"), "4: the field \"kind\" is missing.");
     expectRefused(withPlugins("{\"name\":\"A\",\"kind\":\"Pair\"},\n{\"name\":\"A\",\"kind\":\"Drain\"}"),
                   "5: two plug-ins are named \"A\".");
@@ -195,9 +196,9 @@ TEST_F(Documents, whatIsNoPluginIsRefusedWithItsLine) {
     expectRefused(withPlugins(begin + "\"inputs\": [{\"name\":\"a\"},\n{\"name\":\"a\"}]}"),
                   "6: two inputs of a plug-in are named \"a\".");
     expectRefused(withPlugins(begin + "\"inputs\": [{\"name\":\"a\", \"value\": 1}]}"),
-                  "5: the field \"value\" must be a text.");
+                  "5: the field \"value\" must be a string.");
     expectRefused(withPlugins(begin + "\"inputs\": [{\"name\":\"a\", \"from\": [\"A\"]}]}"),
-                  "5: the field \"from\" must be a list of two texts");
+                  "5: the field \"from\" must be a list of two strings");
     expectRefused(withPlugins(begin + "\"outputs\": [{\"type\":\"a\"}]}"), "5: the field \"name\" is missing.");
 }
 
@@ -206,7 +207,7 @@ TEST_F(Documents, aRefusedOneLeavesAFullPipelineAsItIs) {
     expectRefused(withPlugins("{\"name\": \"New\", \"kind\": \"Pair\"}, 5"), "4: a plug-in must be an object.");
 }
 
-TEST_F(Documents, aBindingToWhatIsNotThereIsDroppedAndSaid) {
+TEST_F(Documents, aBindingToAMissingPortIsDroppedAndReported) {
     const Errors errors;
     read(withPlugins(R"({"name": "A", "kind": "Pair", "inputs": [
         {"name": "a", "from": ["Ghost", "sum"]},
@@ -222,7 +223,7 @@ TEST_F(Documents, aBindingToWhatIsNotThereIsDroppedAndSaid) {
     expectInStep(manager);
 }
 
-TEST_F(Documents, manyNotesAreCutShort) {
+TEST_F(Documents, onlyTheFirstWarningsArePrinted) {
     std::string inputs;
     for (int i = 0; i < 1000; ++i) {
         inputs += (i == 0 ? "" : ",") + ("{\"name\": \"n" + std::to_string(i) + "\", \"from\": [\"A\", \"sum\"]}");

@@ -56,7 +56,7 @@ TEST_F(Examples, theSummaryIsTheDocuments) {
     EXPECT_EQ(errors.text(), "");
 }
 
-TEST_F(Examples, whatLiesBelowTheirFolderIsAnExampleAlsoByALink) {
+TEST_F(Examples, filesBelowTheirFolderAreExamplesAlsoThroughALink) {
     const std::string file = first.write("A/one.zedra", "{}");
     const Folder elsewhere;
     std::filesystem::create_symlink(file, elsewhere.path / "link.zedra");

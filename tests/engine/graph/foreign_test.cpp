@@ -9,7 +9,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 /// Documents of another version or with collections that are not there.
-class Foreign : public Graph {
+class UnknownFields : public Graph {
 protected:
     void readQuietly(const std::string& document) {
         const Errors errors;
@@ -18,13 +18,13 @@ protected:
     }
 };
 
-TEST_F(Foreign, everythingThatIsNotKnownSurvivesByteForByte) {
+TEST_F(UnknownFields, unknownFieldsSurviveByteForByte) {
     const std::string document = contentOf(TEST_DATA "/foreign.zedra");
     readQuietly(document);
     EXPECT_EQ(manager.DocumentText(), document);
 }
 
-TEST_F(Foreign, aPluginOfAnUnknownKindHasTheDocumentsPorts) {
+TEST_F(UnknownFields, aPluginOfAnUnknownKindHasTheDocumentsPorts) {
     readQuietly(contentOf(TEST_DATA "/foreign.zedra"));
     QzBase& stranger = node("Stranger");
     ASSERT_NE(stranger.GetKind(), nullptr);
@@ -38,13 +38,13 @@ TEST_F(Foreign, aPluginOfAnUnknownKindHasTheDocumentsPorts) {
     expectInStep(manager);
 }
 
-TEST_F(Foreign, itIsSaidWithItsKind) {
+TEST_F(UnknownFields, anUnknownKindIsReportedByName) {
     const Errors errors;
     read(contentOf(TEST_DATA "/foreign.zedra"));
     EXPECT_THAT(errors.text(), HasSubstr("Stranger is kept as it is: no collection offers its kind \"Teleporter\"."));
 }
 
-TEST_F(Foreign, anUnknownPluginCanBeEdited) {
+TEST_F(UnknownFields, anUnknownPluginCanBeEdited) {
     readQuietly(contentOf(TEST_DATA "/foreign.zedra"));
     setValue("Stranger", "mode", "new text");
     EXPECT_EQ(input("Stranger", "mode").value, "new text");
@@ -54,23 +54,23 @@ TEST_F(Foreign, anUnknownPluginCanBeEdited) {
     EXPECT_EQ(sourceOf("Known", "a"), "");
 }
 
-TEST_F(Foreign, anOutputThatOnlyABindingNamesIsThere) {
+TEST_F(UnknownFields, anOutputThatOnlyABindingNamesIsThere) {
     readQuietly(R"({"zedra": 1, "plugins": [{"name": "S", "kind": "Teleporter"},
         {"name": "K", "kind": "Pair", "inputs": [{"name": "a", "from": ["S", "ray"]}]}]})");
     EXPECT_EQ(sourceOf("K", "a"), "S.ray");
     EXPECT_EQ(output("S", "ray").type, "any");
 }
 
-TEST_F(Foreign, aValueThatTheKindRefusesIsKeptAndSaid) {
+TEST_F(UnknownFields, aValueThatTheKindRefusesIsKeptAndReported) {
     const Errors errors;
     read(
         R"({"zedra": 1, "plugins": [{"name": "K", "kind": "Pair", "inputs": [{"name": "mode", "value": "spline"}]}]})");
     EXPECT_EQ(input("K", "mode").value, "spline");
-    EXPECT_THAT(errors.text(), HasSubstr("K (Pair), input mode: \"spline\" is none of the choices: plain, weighted; "
+    EXPECT_THAT(errors.text(), HasSubstr("K (Pair), input mode: \"spline\" is not one of the choices: plain, weighted; "
                                          "the value is kept, but a run cannot use it."));
 }
 
-TEST_F(Foreign, anInputThatComesBackHasItsKeptValue) {
+TEST_F(UnknownFields, anInputThatComesBackHasItsKeptValue) {
     readQuietly(R"({"zedra": 1, "plugins": [{"name": "L", "kind": "Letters", "inputs": [
         {"name": "letters", "value": "a"}, {"name": "b", "value": "6", "unit": "GeV"}]}]})");
     EXPECT_THAT(manager.DocumentText(), HasSubstr(R"({"name": "b", "value": "6", "unit": "GeV"})"));
@@ -80,7 +80,7 @@ TEST_F(Foreign, anInputThatComesBackHasItsKeptValue) {
     EXPECT_EQ(text.find(R"("unit": "GeV")"), text.rfind(R"("unit": "GeV")"));
 }
 
-TEST_F(Foreign, valuesForWhichThereAreNoPortsAreKept) {
+TEST_F(UnknownFields, valuesForWhichThereAreNoPortsAreKept) {
     const Errors errors;
     read(R"({"zedra": 1, "plugins": [{"name": "L", "kind": "Letters", "inputs": [
         {"name": "letters", "value": "p!"}, {"name": "p", "value": "6"}]}]})");
@@ -89,7 +89,7 @@ TEST_F(Foreign, valuesForWhichThereAreNoPortsAreKept) {
     EXPECT_THAT(manager.DocumentText(), HasSubstr(R"({"name": "p", "value": "6"})"));
 }
 
-TEST_F(Foreign, fieldsOfTheDocumentGoWithItsPlugins) {
+TEST_F(UnknownFields, fieldsOfTheDocumentGoWithItsPlugins) {
     readQuietly(R"({"zedra": 1, "summary": "One.", "plugins": [{"name": "K", "kind": "Pair"}], "author": "A"})");
     readQuietly(R"({"zedra": 1, "summary": "Two.", "plugins": [], "author": "B", "more": [ ]})");
     EXPECT_THAT(manager.DocumentText(), HasSubstr("\"summary\": \"One.\""));

@@ -22,9 +22,11 @@ protected:
         fs::copy_file(from, object, fs::copy_options::overwrite_existing);
         return object;
     }
-    Catalogue load() const { return {{{folder.path}, {}}, "QzAnalysisFactory"}; }
+    Catalogue load() const { return {{{folder.path}, {}, notes}, "QzAnalysisFactory"}; }
 
     Folder folder;
+    Folder state;
+    fs::path notes = state.path / "loading";
 };
 
 TEST_F(HostileCollection, thatEndsTheProgramIsSkippedAtTheNextStart) {
@@ -32,7 +34,7 @@ TEST_F(HostileCollection, thatEndsTheProgramIsSkippedAtTheNextStart) {
     EXPECT_EXIT(load(), testing::ExitedWithCode(0), "");
     const Errors errors;
     EXPECT_THAT(load().kinds(), IsEmpty());
-    const fs::path note = LoadingNote(loadingNotes(), object).file();
+    const fs::path note = LoadingNote(notes, object).file();
     EXPECT_EQ(errors.text(), "The collection " + object.string() +
                                  " is skipped: a program ended while it was loading it. Replace the file, or remove " +
                                  note.string() + " to have it loaded again.\n");
@@ -53,18 +55,18 @@ TEST_F(HostileCollection, leavesNoNoteWhenItCouldBeLoaded) {
     const fs::path object = put(TEST_COLLECTIONS "/Workbench/Workbench.so");
     const Errors errors;
     EXPECT_EQ(load().kinds().size(), 4U);
-    EXPECT_TRUE(fs::is_empty(loadingNotes()));
+    EXPECT_TRUE(fs::is_empty(notes));
 }
 
 TEST_F(HostileCollection, isLoadedWithoutANoteWhereNoneCanBeWritten) {
     put(TEST_COLLECTIONS "/Workbench/Workbench.so");
-    setenv("XDG_STATE_HOME", folder.write("file", "").c_str(), 1);
+    notes = folder.write("file", "");
     const Errors errors;
     EXPECT_EQ(load().kinds().size(), 4U);
     EXPECT_EQ(errors.text(), "");
 }
 
-TEST_F(HostileCollection, thatIsCutOffAnywhereIsSkipped) {
+TEST_F(HostileCollection, thatIsTruncatedAnywhereIsSkipped) {
     const fs::path object = put(TEST_COLLECTIONS "/Workbench/Workbench.so");
     // What the loader maps ends before the tables for debuggers and linkers do.
     for (const std::uintmax_t size : {0U, 1U, 63U, 64U, 100U, 4096U, 8192U}) {

@@ -8,7 +8,7 @@
 namespace velmorak::test {
 namespace {
 
-class Hostile : public Graph {
+class HostileDocuments : public Graph {
 protected:
     std::mt19937 random{20260214};
 
@@ -56,7 +56,7 @@ protected:
     }
 };
 
-TEST_F(Hostile, noMutationOfADocumentDoesHarm) {
+TEST_F(HostileDocuments, noMutationOfADocumentDoesHarm) {
     const Errors errors;
     int readable = 0;
     for (const char* file : {TEST_DATA "/pipeline.zedra", TEST_DATA "/foreign.zedra"}) {
@@ -79,14 +79,14 @@ TEST_F(Hostile, noMutationOfADocumentDoesHarm) {
     EXPECT_GT(readable, 100);
 }
 
-TEST_F(Hostile, aNumberBeforeAnythingIsKeptAsItIs) {
+TEST_F(HostileDocuments, aNumberInTheFirstFieldIsKeptUnchanged) {
     const std::string document =
         "{\n  \"zedra\": 1,\n  \"plugins\": [],\n  \"a\": [1.50,-0 ,1e5\n],\n  \"b\": 12345678901234567890123\n}\n";
     read(document);
     EXPECT_EQ(manager.DocumentText(), document);
 }
 
-TEST_F(Hostile, aNumberOfAnySizeThatIsNotUnderstoodIsKeptByteForByte) {
+TEST_F(HostileDocuments, anUnknownNumberOfAnySizeIsKeptByteForByte) {
     const std::string document =
         "{\n  \"zedra\": 1,\n  \"plugins\": [],\n  \"a\": [1e309, -1.5E+99999],\n  \"b\": " + std::string(400, '9') +
         "\n}\n";
@@ -94,7 +94,7 @@ TEST_F(Hostile, aNumberOfAnySizeThatIsNotUnderstoodIsKeptByteForByte) {
     EXPECT_EQ(manager.DocumentText(), document);
 }
 
-TEST_F(Hostile, aTinyCoordinateIsZero) {
+TEST_F(HostileDocuments, aTinyCoordinateIsZero) {
     read(R"({"zedra": 1, "plugins": [{"name": "A", "kind": "Pair", "position": [1e-400, -1e-999]}]})");
     float x = 1;
     float y = 1;
@@ -103,7 +103,7 @@ TEST_F(Hostile, aTinyCoordinateIsZero) {
     EXPECT_EQ(y, 0);
 }
 
-TEST_F(Hostile, morePortsThanAnybodyNeedsAreRefused) {
+TEST_F(HostileDocuments, morePortsThanAnybodyNeedsAreRefused) {
     std::string outputs;
     for (int i = 0; i <= 1'000'000; ++i) {
         outputs += "{\"name\": \"" + std::to_string(i) + "\"},";
@@ -115,7 +115,7 @@ TEST_F(Hostile, morePortsThanAnybodyNeedsAreRefused) {
     EXPECT_THAT(manager.plugins, testing::IsEmpty());
 }
 
-TEST_F(Hostile, manyPluginsAndBindingsAreReadInTime) {
+TEST_F(HostileDocuments, manyPluginsAndBindingsAreReadInTime) {
     std::string plugins;
     for (int i = 0; i < 2000; ++i) {
         plugins += (i == 0 ? "" : ",") + ("{\"name\": \"N" + std::to_string(i) +
@@ -128,7 +128,7 @@ TEST_F(Hostile, manyPluginsAndBindingsAreReadInTime) {
     expectInStep(manager);
 }
 
-TEST_F(Hostile, aFileOfAnySizeIsRefusedUnread) {
+TEST_F(HostileDocuments, aFileOfAnySizeIsRefusedUnread) {
     const Errors errors;
     const std::string file = folder.write("large.zedra", "{");
     std::filesystem::resize_file(file, std::uintmax_t{1} << 34U);
@@ -136,7 +136,7 @@ TEST_F(Hostile, aFileOfAnySizeIsRefusedUnread) {
     EXPECT_EQ(errors.text(), file + ": is larger than 64 MiB.\n");
 }
 
-TEST_F(Hostile, noNameForgesALineOrReachesTheTerminal) {
+TEST_F(HostileDocuments, noNameForgesALineOrReachesTheTerminal) {
     const Errors errors;
     read(R"({"zedra": 1, "plugins": [{"name": "A\nDone.\u001b[2J", "kind": "No\rKind\u009b", "inputs": []},
         {"name": ")" +
@@ -147,7 +147,7 @@ TEST_F(Hostile, noNameForgesALineOrReachesTheTerminal) {
     EXPECT_LT(errors.text().size(), 1000U);
 }
 
-TEST_F(Hostile, ofAMessageOfAMegabyteTheEndsAreSaid) {
+TEST_F(HostileDocuments, aMessageOfAMegabyteKeepsItsEnds) {
     const Errors errors;
     const std::string name(1000000, 'n');
     read(R"({"zedra": 1, "plugins": [{"name": "A", "kind": "Pair", "inputs": [{"name": ")" + name +
@@ -157,7 +157,7 @@ TEST_F(Hostile, ofAMessageOfAMegabyteTheEndsAreSaid) {
     EXPECT_LT(errors.text().size(), 5000U);
 }
 
-TEST_F(Hostile, aPipeAsTheAidaFileIsRefusedWithoutWaitingForIt) {
+TEST_F(HostileDocuments, aPipeAsTheAidaFileIsRefusedWithoutWaitingForIt) {
     const Errors errors;
     const std::string fifo = folder.path / "data.fifo";
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);

@@ -73,7 +73,7 @@ TEST_F(Plugins, aNewNameIsFoundAndTheOldOneIsNot) {
     EXPECT_EQ(manager.FindPlugin("A"), nullptr);
 }
 
-TEST_F(Plugins, anEmptyOrTakenOrUnreadableNewNameIsRefusedInOneSentence) {
+TEST_F(Plugins, anEmptyOrTakenOrUnreadableNewNameIsRefusedWithOneSentence) {
     QzBase& made = add("Pair", "A");
     add("Pair", "B");
     const Errors errors;
@@ -119,7 +119,7 @@ TEST_F(Plugins, deletingOutOfRangeDoesNothing) {
     EXPECT_THAT(names(), ElementsAre("A"));
 }
 
-TEST_F(Plugins, aPositionIsStoredAndOneThatIsNoNumberIsNot) {
+TEST_F(Plugins, aPositionIsStoredUnlessItIsNotANumber) {
     QzBase& made = add("Pair", "A");
     made.SetPosition(12.5F, -3.0F);
     made.SetPosition(std::numeric_limits<float>::infinity(), 1.0F);

@@ -31,14 +31,14 @@ protected:
     Catalogue catalogue;
 };
 
-TEST_F(Registration, refusesOneKindByASentenceAndTakesTheOthers) {
+TEST_F(Registration, refusesOneKindWithASentenceAndAddsTheOthers) {
     EXPECT_EQ(catalogue.kinds().size(), 2U);
     EXPECT_TRUE(has("Later"));
     EXPECT_TRUE(has("Opener"));
     EXPECT_EQ(errors.lines(), 22);
 }
 
-TEST_F(Registration, refusesNamesThatAreNone) {
+TEST_F(Registration, refusesInvalidNames) {
     expectRefused("", "it is null");
     expectRefused("", "its name \"\" is empty");
     expectRefused("", "its name \"two words\" is not one word");
@@ -52,26 +52,26 @@ TEST_F(Registration, refusesNamesThatAreNone) {
 }
 
 TEST_F(Registration, refusesInputsThatContradictThemselves) {
-    expectRefused("NoLimit", "its input \"i\" has a limit that is no number");
-    expectRefused("Crossed", "its input \"i\" allows nothing: its lower limit 2 is above its upper one 1");
+    expectRefused("NoLimit", "its input \"i\" has a limit that is not a number");
+    expectRefused("Crossed", "its input \"i\" allows no value: its lower limit 2 is above its upper one 1");
     expectRefused("Outside",
-                  "its input \"i\" begins with a value that it refuses: \"5\" is above 1, the largest value allowed");
-    expectRefused("Halved", "its input \"i\" begins with a value that it refuses: \"0.5\" is no whole number");
-    expectRefused("NoNumber", "its input \"i\" begins with a value that it refuses: \"one\" is no number");
-    expectRefused("LimitedText", "its input \"i\" has limits, and takes no number");
-    expectRefused("NoChoices", "its input \"i\" has nothing to choose from");
+                  "its input \"i\" has a default value that it refuses: \"5\" is above 1, the largest value allowed");
+    expectRefused("Halved", "its input \"i\" has a default value that it refuses: \"0.5\" is not a whole number");
+    expectRefused("NoNumber", "its input \"i\" has a default value that it refuses: \"one\" is not a number");
+    expectRefused("LimitedText", "its input \"i\" has limits, but is not a number");
+    expectRefused("NoChoices", "its input \"i\" has no choices");
     expectRefused("TwiceChosen", "its input \"i\" has the choice \"a\" twice");
     expectRefused("NotChosen",
-                  "its input \"i\" begins with a value that it refuses: \"c\" is none of the choices: a, b");
-    expectRefused("ChoosyText", "its input \"i\" has choices, and is no choice");
-    expectRefused("WiredValue", "its input \"i\" has a value, though only a wire can bring one");
+                  "its input \"i\" has a default value that it refuses: \"c\" is not one of the choices: a, b");
+    expectRefused("ChoosyText", "its input \"i\" has choices, but is not of type choice");
+    expectRefused("WiredValue", "its input \"i\" has a default value, though only a wire can supply one");
 }
 
-TEST_F(Registration, refusesAKindThatThrowsWhatIsNoException) {
+TEST_F(Registration, refusesAKindThatThrowsSomethingOtherThanAnException) {
     expectRefused("Always", "it failed without saying why");
 }
 
-TEST_F(Registration, isFollowedByAPortWithoutANameThatIsRefused) {
+TEST_F(Registration, refusesAPortWithoutANameLater) {
     const Kind& later = catalogue.kind(catalogue.find("Later"));
     Ports ports;
     EXPECT_EQ(tryPorts(later, {{"text", "plain"}}, ports), "");
@@ -79,16 +79,16 @@ TEST_F(Registration, isFollowedByAPortWithoutANameThatIsRefused) {
     EXPECT_EQ(ports.inputs.at(1).name, "named");
 }
 
-TEST_F(Registration, isFollowedByWhatIsNoExceptionWhileNoRunIsGoingOn) {
+TEST_F(Registration, survivesSomethingOtherThanAnExceptionOutsideARun) {
     const Kind& later = catalogue.kind(catalogue.find("Later"));
     Ports ports;
     EXPECT_EQ(tryPorts(later, {{"text", "throw"}}, ports), "it failed without saying why");
     const InputSpec text{.name = "text", .type = ValueType::Text};
-    EXPECT_EQ(refusalOf(&later, text, "refuse"), "it failed without saying why");
-    EXPECT_EQ(refusalOf(&later, text, "take"), "");
+    EXPECT_EQ(valueError(&later, text, "refuse"), "it failed without saying why");
+    EXPECT_EQ(valueError(&later, text, "take"), "");
 }
 
-TEST_F(Registration, isFollowedByATableThatCannotBeOpened) {
+TEST_F(Registration, survivesATableThatCannotBeOpened) {
     const Kind& opener = catalogue.kind(catalogue.find("Opener"));
     QzManager manager("QzAnalysisFactory");
     QzBase& node = *manager.CreatePlugin(0, "Reader");
@@ -97,7 +97,7 @@ TEST_F(Registration, isFollowedByATableThatCannotBeOpened) {
     changePorts(node, portsOf(opener, {}), {});
     for (const char* how : {"null", "throw"}) {
         part.inputs.front().value = how;
-        updateColumnDescriptions(node);
+        refreshColumns({&node});
         EXPECT_THAT(node.Outputs().front().description, Not(HasSubstr("Column"))) << how;
     }
 }

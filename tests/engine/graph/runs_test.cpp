@@ -28,11 +28,13 @@ protected:
         return *count;
     }
     void waitUntilItRuns() {
-        while (waiting() == 0) {
+        constexpr long maxPolls = 100'000'000;
+        for (long poll = 0; waiting() == 0; ++poll) {
+            ASSERT_LT(poll, maxPolls) << "no Waiter runs";
             std::this_thread::yield();
         }
     }
-    std::future<void> runAside() {
+    std::future<void> runInBackground() {
         return std::async(std::launch::async, [this] { manager.Run(); });
     }
     NodeStatus outcomeOf(const std::string& name) {
@@ -73,7 +75,7 @@ TEST_F(Runs, stopEndsARunAndWithoutOneDoesNotStopTheNext) {
     EXPECT_EQ(outcomeOf("A"), NodeStatus::Done);
     add("Waiter", "W");
     manager.SetStart(1);
-    auto run = runAside();
+    auto run = runInBackground();
     waitUntilItRuns();
     manager.Stop();
     run.get();
@@ -82,7 +84,7 @@ TEST_F(Runs, stopEndsARunAndWithoutOneDoesNotStopTheNext) {
 }
 
 // Whoever makes a thread for each run has asked for the run when the thread exists.
-TEST_F(Runs, stopCountsForARunThatWasAskedForAndHasNotBegun) {
+TEST_F(Runs, stopAppliesToARunThatIsRequestedButHasNotBegun) {
     add("Waiter", "W");
     std::promise<void> stopped;
     std::thread worker([&] {
@@ -96,7 +98,7 @@ TEST_F(Runs, stopCountsForARunThatWasAskedForAndHasNotBegun) {
     EXPECT_EQ(outcomeOf("W"), NodeStatus::Unfinished);
 }
 
-TEST_F(Runs, stopIsNeverLostBetweenTheAskingAndTheBeginning) {
+TEST_F(Runs, stopIsNeverLostBetweenRequestAndBeginning) {
     add("Waiter", "W");
     for (int i = 0; i < 200; ++i) {
         std::thread worker([this] { manager.Run(); });
@@ -106,17 +108,17 @@ TEST_F(Runs, stopIsNeverLostBetweenTheAskingAndTheBeginning) {
     }
 }
 
-TEST_F(Runs, stopAfterARunDoesNotReachTheOneThatIsAskedForNext) {
+TEST_F(Runs, stopAfterARunDoesNotApplyToTheNextOne) {
     add("Pair", "A");
     for (int i = 0; i < 50; ++i) {
         manager.Stop();
-        runAside().get();
+        runInBackground().get();
         ASSERT_FALSE(lastReport(manager).wasStopped);
         manager.Stop();
     }
 }
 
-TEST_F(Runs, stopBetweenTwoRunsOfOneThreadReachesNeither) {
+TEST_F(Runs, stopBetweenTwoRunsOfOneThreadAppliesToNeither) {
     add("Pair", "A");
     std::promise<void> hasRun;
     std::promise<void> stopped;
@@ -133,10 +135,10 @@ TEST_F(Runs, stopBetweenTwoRunsOfOneThreadReachesNeither) {
     EXPECT_FALSE(lastReport(manager).wasStopped);
 }
 
-TEST_F(Runs, everyEditIsPossibleWhileOneGoesOn) {
+TEST_F(Runs, everyEditIsPossibleDuringARun) {
     add("Waiter", "W");
     add("Pair", "A");
-    auto run = runAside();
+    auto run = runInBackground();
     waitUntilItRuns();
     wire("W", "never", "A", "a");
     setValue("A", "b", "3");
@@ -150,11 +152,11 @@ TEST_F(Runs, everyEditIsPossibleWhileOneGoesOn) {
     expectInStep(manager);
 }
 
-TEST_F(Runs, aSecondOneWaitsForTheFirst) {
+TEST_F(Runs, aSecondRunWaitsForTheFirst) {
     add("Waiter", "W");
-    auto first = runAside();
+    auto first = runInBackground();
     waitUntilItRuns();
-    auto second = runAside();
+    auto second = runInBackground();
     EXPECT_EQ(waiting(), 1);
     manager.Stop();
     first.get();
@@ -164,7 +166,7 @@ TEST_F(Runs, aSecondOneWaitsForTheFirst) {
     EXPECT_TRUE(lastReport(manager).wasStopped);
 }
 
-TEST_F(Runs, theManagersEndEndsItsRuns) {
+TEST_F(Runs, destroyingTheManagerStopsItsRuns) {
     std::optional<QzManager> dying(std::in_place, "QzAnalysisFactory");
     dying->CreatePlugin(kindNumber("Waiter"), "W");
     auto first = std::async(std::launch::async, [&] { dying->Run(); });

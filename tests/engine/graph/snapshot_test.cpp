@@ -34,7 +34,7 @@ TEST_F(Snapshot, holdsNodesValuesAndWiresInTheManagersOrder) {
     EXPECT_EQ(pipeline.nodes[1].kind->name(), "Pair");
 }
 
-TEST_F(Snapshot, laterEditsDoNotReachIt) {
+TEST_F(Snapshot, isIndependentOfLaterEdits) {
     add("Pair", "A");
     const Pipeline pipeline = pipelineOf(manager);
     setValue("A", "a", "9");

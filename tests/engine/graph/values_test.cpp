@@ -34,32 +34,32 @@ protected:
     }
 };
 
-TEST_F(Values, aNumberIsKeptAsItWasTyped) {
+TEST_F(Values, aNumberIsKeptAsTyped) {
     expectTaken("a", "1.50");
     expectTaken("a", " -2e3 ");
     expectTaken("b", "-10");
 }
 
-TEST_F(Values, whatIsNoNumberIsRefused) {
-    expectRefused("a", "one", "\"one\" is no number");
-    expectRefused("a", "1,5", "\"1,5\" is no number");
-    expectRefused("a", "", "\"\" is no number");
-    expectRefused("a", "NaN", "\"NaN\" is no number");
+TEST_F(Values, aTextThatIsNotANumberIsRefused) {
+    expectRefused("a", "one", "\"one\" is not a number");
+    expectRefused("a", "1,5", "\"1,5\" is not a number");
+    expectRefused("a", "", "\"\" is not a number");
+    expectRefused("a", "NaN", "\"NaN\" is not a number");
 }
 
 TEST_F(Values, aNumberOutOfItsBoundsIsRefused) {
     expectRefused("b", "-10.5", "\"-10.5\" is below -10, the smallest value allowed");
     expectRefused("b", "11", "\"11\" is above 10, the largest value allowed");
-    expectRefused("count", "1.5", "\"1.5\" is no whole number");
+    expectRefused("count", "1.5", "\"1.5\" is not a whole number");
     expectTaken("count", "7");
 }
 
 TEST_F(Values, aChoiceIsOneOfItsTexts) {
     expectTaken("mode", "weighted");
-    expectRefused("mode", "Plain", "\"Plain\" is none of the choices: plain, weighted");
+    expectRefused("mode", "Plain", "\"Plain\" is not one of the choices: plain, weighted");
 }
 
-TEST_F(Values, theKindHasTheLastWord) {
+TEST_F(Values, theKindDecidesLast) {
     expectTaken("label", "good");
     expectRefused("label", "bad", "bad is no label");
     expectRefused("label", "throw", "the kind is at a loss");
@@ -75,7 +75,7 @@ TEST_F(Values, anInputThatOnlyAWireCanFeedTakesNoText) {
     add("Drain", "D");
     const Errors errors;
     setValue("D", "histogram", "x");
-    EXPECT_THAT(errors.text(), HasSubstr("D (Drain), input histogram: only a wire can bring a histogram"));
+    EXPECT_THAT(errors.text(), HasSubstr("D (Drain), input histogram: only a wire can supply a histogram"));
     EXPECT_EQ(input("D", "histogram").value, "");
 }
 

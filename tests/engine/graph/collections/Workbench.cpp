@@ -3,6 +3,7 @@
 #include <velmorak/Kind.h>
 
 #include <stdexcept>
+#include <thread>
 
 using namespace velmorak;
 
@@ -89,10 +90,15 @@ public:
         return made;
     }
     void evaluate(const Arguments&, Results&, RunContext& context) const override {
+        constexpr long maxPolls = 100'000'000;
         ++workbenchWaiting;
-        while (!context.isStopping())
-            ;
+        for (long poll = 0; poll < maxPolls && !context.isStopping(); ++poll) {
+            std::this_thread::yield();
+        }
         --workbenchWaiting;
+        if (!context.isStopping()) {
+            throw Failure("nobody has stopped the run");
+        }
         throw Stopped();
     }
 };

@@ -1,0 +1,63 @@
+#include "graph/LibraryConfig.h"
+
+#include "graph/Paths.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace velmorak {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string valueOf(const char* variable) {
+    const char* const value = std::getenv(variable);
+    return value ? value : "";
+}
+
+/// Folders of a list that is separated by colons.
+std::vector<fs::path> foldersIn(const char* variable) {
+    std::vector<fs::path> folders;
+    std::string rest = valueOf(variable);
+    while (!rest.empty()) {
+        const std::size_t colon = std::min(rest.find(':'), rest.size());
+        if (colon > 0) {
+            folders.emplace_back(rest.substr(0, colon));
+        }
+        rest.erase(0, colon + 1);
+    }
+    return folders;
+}
+
+/// Empty for a path that is not absolute, as the XDG base directory specification asks.
+fs::path absoluteFolderIn(const char* variable) {
+    const fs::path folder(valueOf(variable));
+    return folder.is_absolute() ? folder : fs::path();
+}
+
+fs::path loadingNotes() {
+    fs::path state = absoluteFolderIn("XDG_STATE_HOME");
+    if (state.empty()) {
+        const fs::path home = absoluteFolderIn("HOME");
+        state = home.empty() ? home : home / ".local" / "state";
+    }
+    return state.empty() ? state : state / "velmorak" / "loading";
+}
+
+Catalogue::SearchPath searchPath() {
+    Catalogue::SearchPath search{foldersIn("VELMORAK_COLLECTIONS"), foldersIn("VELMORAK_EXAMPLES"), loadingNotes()};
+    const fs::path library = libraryFolder();
+    search.collections.push_back(library / "collections");
+    search.examples.push_back((library / VELMORAK_SHARE_FROM_LIB / "examples").lexically_normal());
+    return search;
+}
+
+}  // namespace
+
+LibraryConfig libraryConfigFromEnvironment() {
+    return {searchPath(), runConfigFromEnvironment()};
+}
+
+}  // namespace velmorak

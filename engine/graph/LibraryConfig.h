@@ -1,0 +1,19 @@
+#pragma once
+
+#include "graph/Catalogue.h"
+
+#include "run/RunConfig.h"
+
+namespace velmorak {
+
+/// Everything that the environment decides on in this folder; docs/environment.md lists the variables.
+struct LibraryConfig {
+    Catalogue::SearchPath search;
+    RunConfig runs;
+};
+
+/// VELMORAK_COLLECTIONS and VELMORAK_EXAMPLES come before what lies beside the library; notes about collections are
+/// kept in `velmorak/loading` in XDG_STATE_HOME, or else in ~/.local/state.
+LibraryConfig libraryConfigFromEnvironment();
+
+}  // namespace velmorak
