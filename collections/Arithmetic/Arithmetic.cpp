@@ -1,38 +1,43 @@
-#include "Arithmetic.h"
+#include "kinds.h"
 
 namespace velmorak {
 
-std::string NumberKind::summary() const {
-    return "Gives a number that is written into it, for example a cut value.";
-}
+namespace {
 
-Ports NumberKind::ports(const ValueTexts&) const {
-    Ports ports;
-    ports.inputs = {
-        {.name = "value", .description = "The number, in the unit of whatever it is wired to.", .value = "0"}};
-    ports.outputs = {{.name = "number", .description = "The number as it was written."}};
-    return ports;
-}
+class AdderKind : public Function {
+public:
+    std::string name() const override { return "Adder"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
 
-void NumberKind::evaluate(const Arguments& arguments, Results& results, RunContext&) const {
-    results.set("number", arguments.number("value"));
-}
+class SubtractorKind : public Function {
+public:
+    std::string name() const override { return "Subtractor"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
 
-std::string TextKind::summary() const {
-    return "Gives a text that is written into it, for example a title or an expression.";
-}
+class MultiplierKind : public Function {
+public:
+    std::string name() const override { return "Multiplier"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
 
-Ports TextKind::ports(const ValueTexts&) const {
-    Ports ports;
-    ports.inputs = {
-        {.name = "value", .description = "The text, as it is wanted at the other end.", .type = ValueType::Text}};
-    ports.outputs = {{.name = "text", .description = "The text as it was written.", .type = ValueType::Text}};
-    return ports;
-}
+class DividerKind : public Function {
+public:
+    std::string name() const override { return "Divider"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
 
-void TextKind::evaluate(const Arguments& arguments, Results& results, RunContext&) const {
-    results.set("text", arguments.text("value"));
-}
+}  // namespace
 
 std::string AdderKind::summary() const {
     return "Adds two numbers.";
@@ -100,6 +105,22 @@ Ports DividerKind::ports(const ValueTexts&) const {
 
 void DividerKind::evaluate(const Arguments& arguments, Results& results, RunContext&) const {
     results.set("quotient", arguments.number("a") / arguments.number("b"));
+}
+
+std::unique_ptr<Kind> makeAdder() {
+    return std::make_unique<AdderKind>();
+}
+
+std::unique_ptr<Kind> makeSubtractor() {
+    return std::make_unique<SubtractorKind>();
+}
+
+std::unique_ptr<Kind> makeMultiplier() {
+    return std::make_unique<MultiplierKind>();
+}
+
+std::unique_ptr<Kind> makeDivider() {
+    return std::make_unique<DividerKind>();
 }
 
 }  // namespace velmorak

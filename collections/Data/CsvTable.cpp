@@ -1,4 +1,4 @@
-#include "CsvTable.h"
+#include "kinds.h"
 
 #include "csv/CsvReader.h"
 
@@ -52,6 +52,18 @@ std::vector<InputSpec> formInputs() {
     };
 }
 
+/// Reads a table from a text file with a row on each line.
+class CsvTableKind : public Source {
+public:
+    std::string name() const override { return "CsvTable"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    bool tellsColumns() const override { return true; }
+    std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override;
+    std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string CsvTableKind::summary() const {
@@ -97,6 +109,10 @@ std::unique_ptr<TableReader> CsvTableKind::open(const Arguments& arguments, RunC
 
 std::vector<std::filesystem::path> CsvTableKind::files(const Arguments& arguments, RunContext& context) const {
     return {fileOf(arguments, context)};
+}
+
+std::unique_ptr<Kind> makeCsvTable() {
+    return std::make_unique<CsvTableKind>();
 }
 
 }  // namespace velmorak

@@ -1,4 +1,4 @@
-#include "RandomTable.h"
+#include "kinds.h"
 
 #include "Distribution.h"
 
@@ -85,6 +85,17 @@ ColumnPtr RandomReader::columnOf(std::uint32_t position, const Chunk& chunk) con
 
 constexpr double maxWhole = 9007199254740992.0;  // All whole numbers up to here are doubles.
 
+/// Makes random numbers. Each is a function of seed, row and column alone.
+class RandomTableKind : public Source {
+public:
+    std::string name() const override { return "RandomTable"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    bool tellsColumns() const override { return true; }
+    std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string RandomTableKind::summary() const {
@@ -135,6 +146,10 @@ std::unique_ptr<TableReader> RandomTableKind::open(const Arguments& arguments, R
     }
     return std::make_unique<RandomReader>(std::move(columns), static_cast<std::uint64_t>(arguments.integer("rows")),
                                           static_cast<std::uint64_t>(arguments.integer("seed")), context);
+}
+
+std::unique_ptr<Kind> makeRandomTable() {
+    return std::make_unique<RandomTableKind>();
 }
 
 }  // namespace velmorak

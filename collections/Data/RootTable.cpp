@@ -1,6 +1,6 @@
-#include "RootTable.h"
+#include "kinds.h"
 
-#include "../Table/Names.h"
+#include "shared/ColumnList.h"
 
 #include <root/RootFile.h>
 
@@ -13,6 +13,18 @@ std::filesystem::path fileOf(const Arguments& arguments, const RunContext& conte
     }
     return context.inputFile(arguments.text("file"));
 }
+
+/// RootTable: a tree, ntuple or RNTuple of a ROOT file.
+class RootTableKind : public Source {
+public:
+    std::string name() const override { return "RootTable"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override;
+    std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext& context) const override;
+    bool tellsColumns() const override { return true; }
+};
 
 }  // namespace
 
@@ -58,6 +70,10 @@ std::unique_ptr<TableReader> RootTableKind::open(const Arguments& arguments, Run
 
 std::vector<std::filesystem::path> RootTableKind::files(const Arguments& arguments, RunContext& context) const {
     return {fileOf(arguments, context)};
+}
+
+std::unique_ptr<Kind> makeRootTable() {
+    return std::make_unique<RootTableKind>();
 }
 
 }  // namespace velmorak

@@ -1,4 +1,5 @@
-#include "HistogramKinds.h"
+#include "kinds.h"
+
 #include "Objects.h"
 
 #include <velmorak/Points.h>
@@ -175,6 +176,16 @@ void combine(const Histogram& first, const Histogram& second, const Arguments& a
     results.set("points", DataObjectPtr(points));
 }
 
+/// Combines two histograms bin by bin.
+class CombineKind : public Function {
+public:
+    std::string name() const override { return "Combine"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string CombineKind::summary() const {
@@ -234,6 +245,10 @@ void CombineKind::evaluate(const Arguments& arguments, Results& results, RunCont
             combine(*one, *std::get<std::decay_t<decltype(one)>>(second), arguments, results, context);
         },
         first);
+}
+
+std::unique_ptr<Kind> makeCombine() {
+    return std::make_unique<CombineKind>();
 }
 
 }  // namespace velmorak

@@ -1,4 +1,5 @@
-#include "HistogramKinds.h"
+#include "kinds.h"
+
 #include "Objects.h"
 
 #include <velmorak/Fit.h>
@@ -100,6 +101,16 @@ void requireComparable(const Histogram1D& first, const Histogram1D& second, cons
     }
 }
 
+/// Tests whether two histograms show the same distribution.
+class CompareKind : public Function {
+public:
+    std::string name() const override { return "Compare"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string CompareKind::summary() const {
@@ -152,6 +163,10 @@ void CompareKind::evaluate(const Arguments& arguments, Results& results, RunCont
     results.set("probability", chi.probability());
     results.set("distance", distance);
     results.set("ksprobability", kolmogorov(distance * std::sqrt(n * m / (n + m))));
+}
+
+std::unique_ptr<Kind> makeCompare() {
+    return std::make_unique<CompareKind>();
 }
 
 }  // namespace velmorak

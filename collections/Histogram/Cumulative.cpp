@@ -1,4 +1,5 @@
-#include "HistogramKinds.h"
+#include "kinds.h"
+
 #include "Objects.h"
 
 namespace velmorak {
@@ -16,6 +17,16 @@ Histogram1D summedUp(const Histogram1D& histogram, bool isForward, bool hasOutsi
     }
     return {histogram.axis(), std::move(cells), histogram.nanEntries()};
 }
+
+/// Sums up bins from one end.
+class CumulativeKind : public Function {
+public:
+    std::string name() const override { return "Cumulative"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
 
 }  // namespace
 
@@ -49,6 +60,10 @@ void CumulativeKind::evaluate(const Arguments& arguments, Results& results, RunC
     const HistogramPtr histogram = arguments.histogram("histogram");
     deliver(summedUp(*histogram, arguments.text("direction") == "forward", arguments.text("outside") == "yes"),
             *histogram, arguments, context, results);
+}
+
+std::unique_ptr<Kind> makeCumulative() {
+    return std::make_unique<CumulativeKind>();
 }
 
 }  // namespace velmorak

@@ -1,4 +1,4 @@
-#include "FillKinds.h"
+#include "kinds.h"
 
 #include "AutomaticRange.h"
 #include "Binning.h"
@@ -152,6 +152,45 @@ void append(Ports& ports, std::vector<InputSpec> inputs) {
     }
 }
 
+/// Kinds that fill an object from the rows of a table.
+class FillKind : public Accumulator {
+public:
+    std::string notes() const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+};
+
+/// Fills a one-dimensional histogram.
+class Histogram1DKind : public FillKind {
+public:
+    std::string name() const override { return "Histogram1D"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
+
+/// Fills a two-dimensional histogram.
+class Histogram2DKind : public FillKind {
+public:
+    std::string name() const override { return "Histogram2D"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
+
+/// Fills the mean of one quantity in bins of another.
+class Profile1DKind : public FillKind {
+public:
+    std::string name() const override { return "Profile1D"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string FillKind::notes() const {
@@ -271,6 +310,18 @@ std::unique_ptr<Accumulation> Profile1DKind::prepare(const Arguments& arguments,
     FillExpression quantity(arguments, neededTable(schema), {"x", "y"});
     Naming naming(arguments, context, {titleOr(arguments, "axis", quantity.label(0))});
     return fillingOf<Profile1D>(arguments, std::move(quantity), std::move(naming), "profile");
+}
+
+std::unique_ptr<Kind> makeHistogram1D() {
+    return std::make_unique<Histogram1DKind>();
+}
+
+std::unique_ptr<Kind> makeHistogram2D() {
+    return std::make_unique<Histogram2DKind>();
+}
+
+std::unique_ptr<Kind> makeProfile1D() {
+    return std::make_unique<Profile1DKind>();
 }
 
 }  // namespace velmorak

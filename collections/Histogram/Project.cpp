@@ -1,4 +1,5 @@
-#include "HistogramKinds.h"
+#include "kinds.h"
+
 #include "Objects.h"
 #include "ScatterAdd.h"
 
@@ -47,6 +48,16 @@ CellVector<ProfileSums<1>> projected(const Histogram2D& plane, std::size_t kept,
     }
     return sums;
 }
+
+/// Sums a plane along one axis.
+class ProjectKind : public Function {
+public:
+    std::string name() const override { return "Project"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
 
 }  // namespace
 
@@ -102,6 +113,10 @@ void ProjectKind::evaluate(const Arguments& arguments, Results& results, RunCont
         std::make_shared<Profile1D>(Grid<1>({axis}), sums, CellVector<ProfileReading>{}, plane->nanEntries());
     nameAfter(*profile, *plane, arguments, context);
     results.set("profile", DataObjectPtr(std::move(profile)));
+}
+
+std::unique_ptr<Kind> makeProject() {
+    return std::make_unique<ProjectKind>();
 }
 
 }  // namespace velmorak

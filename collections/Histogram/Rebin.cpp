@@ -1,5 +1,6 @@
+#include "kinds.h"
+
 #include "Binning.h"
-#include "HistogramKinds.h"
 #include "Objects.h"
 #include "ScatterAdd.h"
 
@@ -103,6 +104,17 @@ std::vector<InputSpec> joiningInputs(const std::string& prefix, const std::strin
              .type = ValueType::Text}};
 }
 
+/// Joins neighbouring bins.
+class RebinKind : public Function {
+public:
+    std::string name() const override { return "Rebin"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string RebinKind::summary() const {
@@ -140,6 +152,10 @@ void RebinKind::evaluate(const Arguments& arguments, Results& results, RunContex
             deliver(rebinned(*histogram, arguments), *histogram, arguments, context, results);
         },
         histogramOf1Or2(arguments, "histogram"));
+}
+
+std::unique_ptr<Kind> makeRebin() {
+    return std::make_unique<RebinKind>();
 }
 
 }  // namespace velmorak

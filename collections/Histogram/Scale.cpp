@@ -1,4 +1,5 @@
-#include "HistogramKinds.h"
+#include "kinds.h"
+
 #include "Objects.h"
 
 #include <cmath>
@@ -35,6 +36,16 @@ Histogram scaled(const Histogram& histogram, const std::string& mode, double fac
     }
     return withCells(histogram, std::move(cells), histogram.nanEntries());
 }
+
+/// Multiplies heights.
+class ScaleKind : public Function {
+public:
+    std::string name() const override { return "Scale"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
 
 }  // namespace
 
@@ -79,6 +90,10 @@ void ScaleKind::evaluate(const Arguments& arguments, Results& results, RunContex
             deliver(scaled(*histogram, arguments.text("mode"), factor), *histogram, arguments, context, results);
         },
         histogramOf1Or2(arguments, "histogram"));
+}
+
+std::unique_ptr<Kind> makeScale() {
+    return std::make_unique<ScaleKind>();
 }
 
 }  // namespace velmorak

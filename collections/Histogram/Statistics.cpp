@@ -1,4 +1,4 @@
-#include "Statistics.h"
+#include "kinds.h"
 
 #include "FillExpression.h"
 #include "Moments.h"
@@ -143,6 +143,19 @@ void HistogramStatistics::finish(AccumulatorState&, Results& results) {
     setQuantiles(binsOf(*histogram), results);
 }
 
+/// Gives the moments and quantiles of one quantity as numbers.
+class StatisticsKind : public Accumulator {
+public:
+    std::string name() const override { return "Statistics"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    int version() const override { return 2; }
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string StatisticsKind::summary() const {
@@ -224,6 +237,10 @@ std::unique_ptr<Accumulation> StatisticsKind::prepare(const Arguments& arguments
         return std::make_unique<TableStatistics>(arguments, *schema);
     }
     return std::make_unique<HistogramStatistics>(arguments.histogram("data"));
+}
+
+std::unique_ptr<Kind> makeStatistics() {
+    return std::make_unique<StatisticsKind>();
 }
 
 }  // namespace velmorak

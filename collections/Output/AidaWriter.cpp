@@ -1,4 +1,4 @@
-#include "AidaWriter.h"
+#include "kinds.h"
 
 #include "AidaOutput.h"
 #include "Ports.h"
@@ -95,6 +95,18 @@ std::vector<AidaContents::Object> objectsOf(const Arguments& arguments) {
     return objects;
 }
 
+/// Writes what is wired to it into one AIDA file. A table is written while it passes, so it may be larger than memory.
+class AidaWriterKind : public Accumulator {
+public:
+    std::string name() const override { return "AidaWriter"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    MergeOrder mergeOrder() const override { return MergeOrder::FirstToLast; }
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string AidaWriterKind::summary() const {
@@ -147,6 +159,10 @@ std::unique_ptr<Accumulation> AidaWriterKind::prepare(const Arguments& arguments
         contents.schema = *schema;
     }
     return std::make_unique<Writing>(std::move(contents), context);
+}
+
+std::unique_ptr<Kind> makeAidaWriter() {
+    return std::make_unique<AidaWriterKind>();
 }
 
 }  // namespace velmorak

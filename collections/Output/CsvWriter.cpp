@@ -1,4 +1,4 @@
-#include "CsvWriter.h"
+#include "kinds.h"
 
 #include "CsvText.h"
 #include "PlotValues.h"
@@ -103,6 +103,20 @@ ObjectTable tableOf(const Arguments& arguments) {
     }
 }
 
+/// Writes a table, or the numbers of an object, as lines of text. A table is written while it passes, so it may be
+/// larger than memory.
+class CsvWriterKind : public Accumulator {
+public:
+    std::string name() const override { return "CsvWriter"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    MergeOrder mergeOrder() const override { return MergeOrder::FirstToLast; }
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string CsvWriterKind::summary() const {
@@ -184,6 +198,10 @@ std::unique_ptr<Accumulation> CsvWriterKind::prepare(const Arguments& arguments,
     return std::make_unique<Writing>(
         TextOutput(file.empty() ? asFileName(context.pluginName()) + ".csv" : file, std::move(first), context),
         schema ? *schema : Schema(), delimiter);
+}
+
+std::unique_ptr<Kind> makeCsvWriter() {
+    return std::make_unique<CsvWriterKind>();
 }
 
 }  // namespace velmorak

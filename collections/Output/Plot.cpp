@@ -1,4 +1,4 @@
-#include "Plot.h"
+#include "kinds.h"
 
 #include "Drawing.h"
 #include "Gnuplot.h"
@@ -57,6 +57,17 @@ void draw(PlotContents& contents, const PlotStyle& style, const std::string& res
     };
     std::for_each(endings.begin(), endings.end(), leave);
 }
+
+/// Draws objects into one picture.
+class PlotKind : public Function {
+public:
+    std::string name() const override { return "Plot"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
 
 }  // namespace
 
@@ -119,6 +130,10 @@ void PlotKind::evaluate(const Arguments& arguments, Results&, RunContext& contex
     }
     PlotContents contents = plotContents(objects, style);
     draw(contents, style, resultName, context);
+}
+
+std::unique_ptr<Kind> makePlot() {
+    return std::make_unique<PlotKind>();
 }
 
 }  // namespace velmorak

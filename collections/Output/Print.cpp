@@ -1,4 +1,4 @@
-#include "Print.h"
+#include "kinds.h"
 
 #include "CsvText.h"
 #include "Ports.h"
@@ -128,6 +128,18 @@ Section partOf(const Arguments& arguments, const std::string& input, std::size_t
     return part;
 }
 
+/// Shows values to the user, among the messages of the run and in a text file.
+class PrintKind : public Accumulator {
+public:
+    std::string name() const override { return "Print"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    MergeOrder mergeOrder() const override { return MergeOrder::FirstToLast; }
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string PrintKind::summary() const {
@@ -177,6 +189,10 @@ std::unique_ptr<Accumulation> PrintKind::prepare(const Arguments& arguments, con
     const std::string& file = arguments.text("file");
     return std::make_unique<Printing>(std::move(parts), !schema ? Schema() : *schema, rows,
                                       file.empty() ? asFileName(context.pluginName()) + ".txt" : file, context);
+}
+
+std::unique_ptr<Kind> makePrint() {
+    return std::make_unique<PrintKind>();
 }
 
 }  // namespace velmorak

@@ -1,4 +1,4 @@
-#include "Report.h"
+#include "kinds.h"
 
 #include "Drawing.h"
 #include "Ports.h"
@@ -88,6 +88,17 @@ std::string titleOf(const std::string& given, const RunRecord& record, const Run
     return document.ends_with(ending) ? document.substr(0, document.size() - ending.size()) : document;
 }
 
+/// Writes a page about the whole run.
+class ReportKind : public Function {
+public:
+    std::string name() const override { return "Report"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    bool isRunReporter() const override { return true; }
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string ReportKind::summary() const {
@@ -141,6 +152,10 @@ void ReportKind::evaluate(const Arguments& arguments, Results&, RunContext& cont
     const std::string& file = arguments.text("file");
     TextOutput output(file.empty() ? asFileName(context.pluginName()) + ".html" : file, reportPage(contents), context);
     output.complete();
+}
+
+std::unique_ptr<Kind> makeReport() {
+    return std::make_unique<ReportKind>();
 }
 
 }  // namespace velmorak

@@ -1,4 +1,4 @@
-#include "Concat.h"
+#include "kinds.h"
 
 #include <algorithm>
 #include <utility>
@@ -111,6 +111,16 @@ Schema unitedSchema(const std::vector<Schema>& schemas) {
     return result;
 }
 
+/// Puts tables one after the other.
+class ConcatKind : public Concatenation {
+public:
+    std::string name() const override { return "Concat"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::vector<std::unique_ptr<RowOperation>> prepare(const Arguments& arguments, const std::vector<Schema>& schemas,
+                                                       RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string ConcatKind::summary() const {
@@ -169,6 +179,10 @@ std::vector<std::unique_ptr<RowOperation>> ConcatKind::prepare(const Arguments& 
         operations.push_back(std::make_unique<JoinOperation>(schema, result));
     }
     return operations;
+}
+
+std::unique_ptr<Kind> makeConcat() {
+    return std::make_unique<ConcatKind>();
 }
 
 }  // namespace velmorak

@@ -1,4 +1,4 @@
-#include "CutFlow.h"
+#include "kinds.h"
 
 #include "Condition.h"
 #include "Cuts.h"
@@ -182,6 +182,17 @@ void FlowAccumulation::write(const std::filesystem::path& path, const std::strin
     }
 }
 
+/// Counts the rows that are left after each of several cuts.
+class CutFlowKind : public Accumulator {
+public:
+    std::string name() const override { return "CutFlow"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string CutFlowKind::summary() const {
@@ -235,6 +246,10 @@ std::unique_ptr<Accumulation> CutFlowKind::prepare(const Arguments& arguments, c
         throw Failure("table", "nothing is wired");
     }
     return std::make_unique<FlowAccumulation>(arguments, *schema, context);
+}
+
+std::unique_ptr<Kind> makeCutFlow() {
+    return std::make_unique<CutFlowKind>();
 }
 
 }  // namespace velmorak

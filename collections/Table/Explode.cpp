@@ -1,6 +1,6 @@
-#include "Explode.h"
+#include "kinds.h"
 
-#include "Names.h"
+#include "shared/ColumnList.h"
 
 #include <algorithm>
 #include <numeric>
@@ -128,6 +128,17 @@ std::vector<std::size_t> listColumns(const Schema& schema) {
     return places;
 }
 
+/// Makes a row of each value in list columns.
+class ExplodeKind : public RowWise {
+public:
+    std::string name() const override { return "Explode"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string ExplodeKind::summary() const {
@@ -155,7 +166,7 @@ std::string ExplodeKind::refusal(const std::string& input, const std::string& va
 
 std::unique_ptr<RowOperation> ExplodeKind::prepare(const Arguments& arguments, const Schema& schema,
                                                    RunContext&) const {
-    std::vector<std::size_t> places = columnPlaces("columns", arguments.text("columns"), schema);
+    std::vector<std::size_t> places = columnPositions("columns", arguments.text("columns"), schema);
     for (const std::size_t place : places) {
         if (!schema[place].isList) {
             throw Failure("columns", "column \"" + schema[place].name + "\" holds no lists");
@@ -172,6 +183,10 @@ std::unique_ptr<RowOperation> ExplodeKind::prepare(const Arguments& arguments, c
         throw Failure("index", "there is a column \"" + index + "\" already");
     }
     return std::make_unique<ExplodeOperation>(schema, std::move(places), index);
+}
+
+std::unique_ptr<Kind> makeExplode() {
+    return std::make_unique<ExplodeKind>();
 }
 
 }  // namespace velmorak

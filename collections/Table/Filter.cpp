@@ -1,4 +1,4 @@
-#include "Filter.h"
+#include "kinds.h"
 
 #include "Condition.h"
 
@@ -39,6 +39,17 @@ private:
     Condition condition;
 };
 
+/// Keeps the rows for which a condition holds.
+class FilterKind : public RowWise {
+public:
+    std::string name() const override { return "Filter"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string FilterKind::summary() const {
@@ -70,6 +81,10 @@ std::unique_ptr<RowOperation> FilterKind::prepare(const Arguments& arguments, co
     }
     return std::make_unique<FilterOperation>(
         schema, Condition("condition", condition, schema, numbersOf(condition).values(arguments, schema, context)));
+}
+
+std::unique_ptr<Kind> makeFilter() {
+    return std::make_unique<FilterKind>();
 }
 
 }  // namespace velmorak

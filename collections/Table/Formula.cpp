@@ -1,4 +1,4 @@
-#include "Formula.h"
+#include "kinds.h"
 
 #include <velmorak/Expression.h>
 #include <velmorak/NamedNumbers.h>
@@ -70,6 +70,17 @@ std::string columnRefusal(const std::string& column) {
     return "\"" + column + "\" cannot be the name of a column: no expression could use it.";
 }
 
+/// Computes a column from the others.
+class FormulaKind : public RowWise {
+public:
+    std::string name() const override { return "Formula"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string FormulaKind::summary() const {
@@ -113,6 +124,10 @@ std::unique_ptr<RowOperation> FormulaKind::prepare(const Arguments& arguments, c
     }
     Expression expression(text, schema, numbersOf(text).values(arguments, schema, context));
     return std::make_unique<FormulaOperation>(schema, std::move(expression), column, arguments.text("unit"));
+}
+
+std::unique_ptr<Kind> makeFormula() {
+    return std::make_unique<FormulaKind>();
 }
 
 }  // namespace velmorak

@@ -1,4 +1,4 @@
-#include "Range.h"
+#include "kinds.h"
 
 #include "Condition.h"
 
@@ -41,6 +41,16 @@ Chunk RangeOperation::apply(const Chunk& chunk) const {
     return onlyRows(chunk, keep);
 }
 
+/// Keeps the rows between two positions, or every n-th of them.
+class RangeKind : public RowWise {
+public:
+    std::string name() const override { return "Range"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string RangeKind::summary() const {
@@ -81,6 +91,10 @@ std::unique_ptr<RowOperation> RangeKind::prepare(const Arguments& arguments, con
         positions.last = static_cast<std::uint64_t>(last);
     }
     return std::make_unique<RangeOperation>(schema, positions);
+}
+
+std::unique_ptr<Kind> makeRange() {
+    return std::make_unique<RangeKind>();
 }
 
 }  // namespace velmorak

@@ -1,6 +1,6 @@
-#include "Select.h"
+#include "kinds.h"
 
-#include "Names.h"
+#include "shared/ColumnList.h"
 
 #include <algorithm>
 #include <utility>
@@ -47,6 +47,17 @@ std::vector<std::size_t> allBut(const std::vector<std::size_t>& places, const Sc
     return others;
 }
 
+/// Keeps, or leaves out, some of a table's columns.
+class SelectKind : public RowWise {
+public:
+    std::string name() const override { return "Select"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string SelectKind::summary() const {
@@ -72,12 +83,16 @@ std::string SelectKind::refusal(const std::string& input, const std::string& val
 }
 
 std::unique_ptr<RowOperation> SelectKind::prepare(const Arguments& arguments, const Schema& schema, RunContext&) const {
-    const std::vector<std::size_t> named = columnPlaces("columns", arguments.text("columns"), schema);
+    const std::vector<std::size_t> named = columnPositions("columns", arguments.text("columns"), schema);
     std::vector<std::size_t> chosen = arguments.text("mode") == "drop" ? allBut(named, schema) : named;
     if (chosen.empty()) {
         throw Failure("columns", "no column would be left");
     }
     return std::make_unique<SelectOperation>(schema, std::move(chosen));
+}
+
+std::unique_ptr<Kind> makeSelect() {
+    return std::make_unique<SelectKind>();
 }
 
 }  // namespace velmorak

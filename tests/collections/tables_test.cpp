@@ -56,9 +56,9 @@ TEST(Select, saysWhichColumnIsNotThere) {
     KindHarness bench("Select");
     bench.wire("table", tableOf({{"x", {1}}}, 2));
     EXPECT_EQ(bench.set("columns", "w").failure(), "columns: there is no column \"w\"");
-    EXPECT_EQ(bench.set("columns", "x x").failure(), "columns: column \"x\" stands in the list twice");
+    EXPECT_EQ(bench.set("columns", "x x").failure(), "columns: column \"x\" is listed twice");
     EXPECT_EQ(bench.set("columns", " ").failure(), "columns: no column would be left");
-    EXPECT_EQ(bench.kind().refusal("columns", "`x"), "a back quote is opened and not closed.");
+    EXPECT_EQ(bench.kind().refusal("columns", "`x"), "a back quote is not closed");
 }
 
 TEST(Range, keepsRowsBetweenPositionsInAllChunks) {

@@ -1,4 +1,4 @@
-#include "FitKind.h"
+#include "kinds.h"
 
 #include "Entries.h"
 
@@ -125,6 +125,17 @@ DataObjectPtr functionOf(const FitModel& model, const FitResult& result, const A
     return function;
 }
 
+/// Fits a function to a histogram, profile or points. The parameters of its model appear as outputs.
+class FitKind : public Function {
+public:
+    std::string name() const override { return "Fit"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string FitKind::summary() const {
@@ -230,6 +241,10 @@ void FitKind::evaluate(const Arguments& arguments, Results& results, RunContext&
         results.set(model.parameters()[i], result.values[i]);
         results.set(model.parameters()[i] + "_error", result.errors[i]);
     }
+}
+
+std::unique_ptr<Kind> makeFit() {
+    return std::make_unique<FitKind>();
 }
 
 }  // namespace velmorak

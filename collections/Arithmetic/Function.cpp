@@ -1,4 +1,4 @@
-#include "FunctionKind.h"
+#include "kinds.h"
 
 #include <velmorak/Expression.h>
 #include <velmorak/NamedNumbers.h>
@@ -27,6 +27,17 @@ double valueOf(const Expression& expression, const std::string& text) {
     row.rows = 1;
     return asReals(expression.evaluate(row))->reals().front();
 }
+
+/// Computes a number from an expression of numbers, each of which is an input.
+class FunctionKind : public Function {
+public:
+    std::string name() const override { return "Function"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
 
 }  // namespace
 
@@ -63,6 +74,10 @@ void FunctionKind::evaluate(const Arguments& arguments, Results& results, RunCon
     const Schema noColumns;
     const Expression expression(text, noColumns, numbersOf(text).values(arguments, noColumns, context));
     results.set("value", valueOf(expression, text));
+}
+
+std::unique_ptr<Kind> makeFunction() {
+    return std::make_unique<FunctionKind>();
 }
 
 }  // namespace velmorak

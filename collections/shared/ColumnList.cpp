@@ -1,6 +1,9 @@
-#include "Names.h"
+#include "shared/ColumnList.h"
+
+#include <velmorak/Failure.h>
 
 #include <algorithm>
+#include <optional>
 
 namespace velmorak {
 
@@ -17,7 +20,7 @@ std::vector<std::string> columnNames(const std::string& input, const std::string
         }
         const std::size_t end = list.find('`', begin + 1);
         if (end == std::string::npos) {
-            throw Failure(input, "a back quote is opened and not closed.");
+            throw Failure(input, "a back quote is not closed");
         }
         names.push_back(list.substr(begin + 1, end - begin - 1));
         begin = end + 1;
@@ -25,19 +28,19 @@ std::vector<std::string> columnNames(const std::string& input, const std::string
     return names;
 }
 
-std::vector<std::size_t> columnPlaces(const std::string& input, const std::string& list, const Schema& schema) {
-    std::vector<std::size_t> places;
+std::vector<std::size_t> columnPositions(const std::string& input, const std::string& list, const Schema& schema) {
+    std::vector<std::size_t> positions;
     for (const std::string& name : columnNames(input, list)) {
-        const std::optional<std::size_t> place = schema.find(name);
-        if (!place) {
+        const std::optional<std::size_t> position = schema.find(name);
+        if (!position) {
             throw Failure(input, "there is no column \"" + name + "\"");
         }
-        if (std::find(places.begin(), places.end(), *place) != places.end()) {
-            throw Failure(input, "column \"" + name + "\" stands in the list twice");
+        if (std::find(positions.begin(), positions.end(), *position) != positions.end()) {
+            throw Failure(input, "column \"" + name + "\" is listed twice");
         }
-        places.push_back(*place);
+        positions.push_back(*position);
     }
-    return places;
+    return positions;
 }
 
 std::string columnListRefusal(const std::string& input, const std::string& list) {

@@ -1,0 +1,67 @@
+#include "kinds.h"
+
+namespace velmorak {
+
+namespace {
+
+/// Gives a number that was written down.
+class NumberKind : public Function {
+public:
+    std::string name() const override { return "Number"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
+/// Gives a text that was written down.
+class TextKind : public Function {
+public:
+    std::string name() const override { return "Text"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
+}  // namespace
+
+std::string NumberKind::summary() const {
+    return "Gives a number that is written into it, for example a cut value.";
+}
+
+Ports NumberKind::ports(const ValueTexts&) const {
+    Ports ports;
+    ports.inputs = {
+        {.name = "value", .description = "The number, in the unit of whatever it is wired to.", .value = "0"}};
+    ports.outputs = {{.name = "number", .description = "The number as it was written."}};
+    return ports;
+}
+
+void NumberKind::evaluate(const Arguments& arguments, Results& results, RunContext&) const {
+    results.set("number", arguments.number("value"));
+}
+
+std::string TextKind::summary() const {
+    return "Gives a text that is written into it, for example a title or an expression.";
+}
+
+Ports TextKind::ports(const ValueTexts&) const {
+    Ports ports;
+    ports.inputs = {
+        {.name = "value", .description = "The text, as it is wanted at the other end.", .type = ValueType::Text}};
+    ports.outputs = {{.name = "text", .description = "The text as it was written.", .type = ValueType::Text}};
+    return ports;
+}
+
+void TextKind::evaluate(const Arguments& arguments, Results& results, RunContext&) const {
+    results.set("text", arguments.text("value"));
+}
+
+std::unique_ptr<Kind> makeNumber() {
+    return std::make_unique<NumberKind>();
+}
+
+std::unique_ptr<Kind> makeText() {
+    return std::make_unique<TextKind>();
+}
+
+}  // namespace velmorak
