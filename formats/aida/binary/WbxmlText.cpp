@@ -1,9 +1,11 @@
 #include "aida/binary/WbxmlText.h"
 
+#include "aida/Vocabulary.h"
 #include "aida/text/AidaText.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <string_view>
@@ -24,7 +26,7 @@ constexpr std::size_t deepest = 1000;
 constexpr std::uint32_t longest = 1U << 26U;
 
 /// Elements by number.
-constexpr std::array elements{
+constexpr std::array<std::string_view, 45> elements{
     "aida",        "implementation", "histogram1d", "histogram2d", "histogram3d", "axis",         "binBorder",
     "statistics",  "statistic",      "data1d",      "bin1d",       "data2d",      "bin2d",        "data3d",
     "bin3d",       "tuple",          "columns",     "column",      "rows",        "row",          "entry",
@@ -32,6 +34,8 @@ constexpr std::array elements{
     "entry1d",     "entry2d",        "entry3d",     "profile1d",   "profile2d",   "dataPointSet", "dataPoint",
     "measurement", "annotation",     "item",        "function",    "codelet",     "arguments",    "argument",
     "range",       "parameters",     "parameter"};
+
+static_assert(std::ranges::all_of(elements, isKnownElement));
 
 /// Attributes by number; a page holds 59. Those without a name are written by nobody. The value of an entry has a
 /// number for each type.
@@ -111,12 +115,13 @@ constexpr std::array attributes{"version",
 /// A point of a cloud has its coordinates here, and in some files on the first page, where other elements have values.
 constexpr int firstPoint = 28;
 constexpr int lastPoint = 30;
+static_assert(elements[firstPoint] == "entry1d" && elements[lastPoint] == "entry3d");
 constexpr std::size_t coordinates = 62;
 constexpr std::size_t coordinatesOnFirstPage = 3;
 
 std::string elementName(int number) {
     const auto position = static_cast<std::size_t>(number);
-    return position < elements.size() ? elements[position] : fmt::format("element-{}", number);
+    return position < elements.size() ? std::string(elements[position]) : fmt::format("element-{}", number);
 }
 
 bool isKnown(int element) {

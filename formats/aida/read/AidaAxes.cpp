@@ -1,3 +1,4 @@
+#include "aida/Vocabulary.h"
 #include "aida/read/AidaObjectBuilder.h"
 
 #include <velmorak/Failure.h>
@@ -6,6 +7,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 
@@ -81,8 +83,9 @@ std::vector<std::size_t> axisOrder(const RawObject& raw, std::size_t dimensions,
 }
 
 std::size_t dimensionsOf(const RawObject& raw) {
-    const bool isBinned = raw.element.starts_with("histogram") || raw.element.starts_with("profile");
-    return isBinned && raw.element.size() > 2 ? static_cast<std::size_t>(raw.element[raw.element.size() - 2] - '0') : 0;
+    const AidaObjectType* const type = aidaObjectType(raw.element);
+    const bool isBinned = type && (type->family == AidaFamily::Histogram || type->family == AidaFamily::Profile);
+    return isBinned ? type->dimensions : 0;
 }
 
 /// @return false where a list is none of so many numbers.
@@ -141,19 +144,23 @@ std::size_t promisedCells(const RawObject& raw) {
 }
 
 std::size_t promisedBytes(const RawObject& raw) {
-    const std::size_t perCell = raw.element == "histogram1d"   ? sizeof(BinSums)
-                                : raw.element == "histogram2d" ? sizeof(GridSums<2>)
-                                : raw.element == "histogram3d" ? sizeof(GridSums<3>)
-                                : raw.element == "profile1d"   ? sizeof(ProfileSums<1>) + sizeof(ProfileReading)
-                                                               : sizeof(ProfileSums<2>) + sizeof(ProfileReading);
+    constexpr std::array histogramCell{sizeof(BinSums), sizeof(GridSums<2>), sizeof(GridSums<3>)};
+    constexpr std::array profileCell{sizeof(ProfileSums<1>) + sizeof(ProfileReading),
+                                     sizeof(ProfileSums<2>) + sizeof(ProfileReading)};
+    const std::size_t cells = promisedCells(raw);
+    if (cells == 0) {
+        return 0;
+    }
+    const std::size_t direction = dimensionsOf(raw) - 1;
+    const std::size_t perCell =
+        isOfFamily(raw.element, AidaFamily::Histogram) ? histogramCell.at(direction) : profileCell.at(direction);
     // The edges of an axis stand there twice, and with a table in which to look for them.
     constexpr std::size_t perBin = 20;
     std::size_t bins = 0;
     for (const RawAxis& axis : raw.axes) {
         bins += static_cast<std::size_t>(std::clamp(numberOr(axis.bins.c_str(), 0.0), 0.0, maxCells()));
     }
-    const std::size_t cells = promisedCells(raw);
-    return cells == 0 ? 0 : cells * perCell + bins * perBin;
+    return cells * perCell + bins * perBin;
 }
 
 std::vector<Axis> axesFrom(const RawObject& raw, std::size_t dimensions, std::vector<std::string>& warnings) {

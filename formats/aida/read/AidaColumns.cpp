@@ -241,23 +241,4 @@ std::string objectPath(std::string_view folder, std::string_view name) {
     return (path == "/" ? path : path + "/") + plainName(name);
 }
 
-bool isKnownElement(std::string_view name) {
-    constexpr std::array known{"aida",          "annotation",    "argument",        "arguments",
-                               "axis",          "bin1d",         "bin2d",           "bin3d",
-                               "binBorder",     "cloud1d",       "cloud2d",         "cloud3d",
-                               "codelet",       "column",        "columns",         "covarianceMatrix",
-                               "data1d",        "data2d",        "data3d",          "dataPoint",
-                               "dataPointSet",  "dimension",     "dimenstion",      "entries1d",
-                               "entries2d",     "entries3d",     "entry",           "entry1d",
-                               "entry2d",       "entry3d",       "entryITuple",     "entryTuple",
-                               "fitConstraint", "fitResult",     "fittedParameter", "function",
-                               "histogram1d",   "histogram2d",   "histogram3d",     "implementation",
-                               "item",          "matrixElement", "measurement",     "parameter",
-                               "parameters",    "profile1d",     "profile2d",       "range",
-                               "row",           "rows",          "statistic",       "statistics",
-                               "tuple"};
-    return std::binary_search(known.begin(), known.end(), name,
-                              [](std::string_view a, std::string_view b) { return a < b; });
-}
-
 }  // namespace velmorak::io

@@ -39,7 +39,4 @@ std::string objectPath(std::string_view folder, std::string_view name);
 /// @return the path written in the same way.
 std::string normalPath(std::string_view path);
 
-/// @return whether the format, or a program that writes it, has such an element.
-bool isKnownElement(std::string_view name);
-
 }  // namespace velmorak::io

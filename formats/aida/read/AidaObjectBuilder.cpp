@@ -1,5 +1,7 @@
 #include "aida/read/AidaObjectBuilder.h"
 
+#include "aida/Vocabulary.h"
+
 #include <velmorak/Failure.h>
 #include <velmorak/Profile.h>
 
@@ -7,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 
 namespace velmorak::io {
 
@@ -308,22 +311,23 @@ std::shared_ptr<DataObject> objectFrom(const RawObject& raw, std::vector<std::st
     if (!raw.problem.empty()) {
         throw Failure(raw.problem);
     }
-    if (raw.element == "histogram1d") {
-        return histogram1D(raw, warnings);
+    const AidaObjectType* const type = aidaObjectType(raw.element);
+    switch (type ? type->family : AidaFamily::Tuple) {
+        case AidaFamily::Histogram:
+            return type->dimensions == 1   ? histogram1D(raw, warnings)
+                   : type->dimensions == 2 ? histogram<2>(raw, warnings)
+                                           : histogram<3>(raw, warnings);
+        case AidaFamily::Profile:
+            return type->dimensions == 1 ? profile<1>(raw, warnings) : profile<2>(raw, warnings);
+        case AidaFamily::Points:
+            return points(raw, warnings);
+        case AidaFamily::Function:
+            return function(raw);
+        case AidaFamily::Cloud:
+        case AidaFamily::Tuple:
+            break;
     }
-    if (raw.element == "histogram2d") {
-        return histogram<2>(raw, warnings);
-    }
-    if (raw.element == "histogram3d") {
-        return histogram<3>(raw, warnings);
-    }
-    if (raw.element == "profile1d") {
-        return profile<1>(raw, warnings);
-    }
-    if (raw.element == "profile2d") {
-        return profile<2>(raw, warnings);
-    }
-    return raw.element == "function" ? function(raw) : points(raw, warnings);
+    throw std::logic_error("a table has no object");
 }
 
 }  // namespace velmorak::io

@@ -1,5 +1,6 @@
 #include "aida/read/AidaObjectHandler.h"
 
+#include "aida/Vocabulary.h"
 #include "aida/read/AidaColumns.h"
 
 #include <velmorak/Failure.h>
@@ -53,12 +54,8 @@ constexpr std::size_t maxCodeletLength = std::size_t{1} << 20U;
 /// An object that takes more says so before it does.
 constexpr std::size_t manyBytes = std::size_t{256} << 20U;
 
-bool isTable(std::string_view element) {
-    return element == "tuple";
-}
-
 bool isCloud(std::string_view element) {
-    return element.starts_with("cloud");
+    return isOfFamily(element, AidaFamily::Cloud);
 }
 
 }  // namespace
@@ -100,7 +97,7 @@ void AidaObjectHandler::beginElement(const char* name, const char* const* attrib
     }
     if (depth == 2 && element == "implementation") {
         package = textOr(attributeOf(attributes, "package"), "");
-    } else if (depth == 2 && isObject(element)) {
+    } else if (depth == 2 && aidaObjectType(element)) {
         beginObject(element, attributes);
     } else if (depth > 1) {
         isUsed = raw && inObject(element, attributes);
@@ -170,7 +167,7 @@ void AidaObjectHandler::beginObject(std::string_view name, const char* const* at
     raw->package = package;
     raw->dimension = textOr(attributeOf(attributes, "dimension"), "");
     raw->isNormalized = isTrue(attributeOf(attributes, "isNormalized"));
-    isMade = !isCloud(name) && !isTable(name) && isWanted(raw->path, raw->element);
+    isMade = !isAidaTable(name) && isWanted(raw->path, raw->element);
     if (!isMade && !isCloud(name)) {
         skippedFrom = depth;
     }
@@ -211,7 +208,7 @@ bool AidaObjectHandler::inObject(std::string_view name, const char* const* attri
         putItem(attributes);
         return true;
     }
-    if (isCloud(raw->element) && !name.starts_with("histogram")) {
+    if (isCloud(raw->element) && !isOfFamily(name, AidaFamily::Histogram)) {
         return false;
     }
     if (isCloud(raw->element)) {
@@ -219,10 +216,10 @@ bool AidaObjectHandler::inObject(std::string_view name, const char* const* attri
         isMade = isWanted(raw->path, raw->element);
         return isMade;
     }
-    if (raw->element == "function") {
+    if (isOfFamily(raw->element, AidaFamily::Function)) {
         return inFunction(name, attributes);
     }
-    return raw->element == "dataPointSet" ? inPoints(name, attributes) : inHistogram(name, attributes);
+    return isOfFamily(raw->element, AidaFamily::Points) ? inPoints(name, attributes) : inHistogram(name, attributes);
 }
 
 void AidaObjectHandler::putItem(const char* const* attributes) {

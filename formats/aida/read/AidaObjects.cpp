@@ -1,3 +1,4 @@
+#include "aida/Vocabulary.h"
 #include "aida/read/AidaColumns.h"
 #include "aida/read/AidaObjectHandler.h"
 
@@ -52,11 +53,8 @@ std::string named(const std::vector<AidaObject>& objects) {
 }
 
 bool fits(const AidaObject& object, ValueType type) {
-    const std::string& element = object.element;
-    return type == ValueType::Histogram ? element.starts_with("histogram")
-           : type == ValueType::Profile ? element.starts_with("profile")
-           : type == ValueType::Points  ? element == "dataPointSet"
-                                        : element == "function";
+    const io::AidaObjectType* const known = io::aidaObjectType(object.element);
+    return known && known->value == type;
 }
 
 /// Does the path, which may be the bare name, mean the object?

@@ -1,4 +1,6 @@
 #include "aida/read/AidaTableReader.h"
+
+#include "aida/Vocabulary.h"
 #include "aida/read/AidaTupleHandler.h"
 
 #include <velmorak/Aida.h>
@@ -20,7 +22,7 @@ using io::XmlReader;
 constexpr std::size_t maxNamed = 40;
 
 bool isTabular(const AidaEntry& entry) {
-    return entry.element == "tuple" || entry.element.substr(0, 5) == "cloud";
+    return io::isAidaTable(entry.element);
 }
 
 bool endsWith(std::string_view text, std::string_view end) {

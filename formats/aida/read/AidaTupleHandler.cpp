@@ -1,5 +1,7 @@
 #include "aida/read/AidaTupleHandler.h"
 
+#include "aida/Vocabulary.h"
+
 #include <velmorak/Failure.h>
 
 #include <fmt/format.h>
@@ -20,17 +22,12 @@ constexpr std::size_t maxListedColumns = 8'000'000;
 constexpr std::size_t maxWarned = 1000;
 constexpr std::size_t maxReported = 20;
 
-bool isCloud(std::string_view name) {
-    return name.substr(0, 5) == "cloud";
-}
-
 /// Columns of a cloud: its coordinates, and the weight, which is 1 where a point has none.
-std::vector<AidaColumn> cloudColumns(std::string_view element) {
+std::vector<AidaColumn> cloudColumns(std::size_t dimensions) {
+    constexpr std::array<std::string_view, 3> names{"x", "y", "z"};
     std::vector<AidaColumn> columns;
-    for (const char* name : {"x", "y", "z"}) {
-        if (columns.size() < static_cast<std::size_t>(element[5] - '0')) {
-            columns.push_back(columnFrom(name, "double", ""));
-        }
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+        columns.push_back(columnFrom(names[direction], "double", ""));
     }
     columns.push_back(columnFrom("weight=1", "double", ""));
     return columns;
@@ -77,7 +74,7 @@ AidaTupleHandler::State AidaTupleHandler::begun(std::string_view name, const cha
             }
             return State::Root;
         case State::Root:
-            return isObject(name) ? beginObject(name, attributes) : State::Skipped;
+            return aidaObjectType(name) ? beginObject(*aidaObjectType(name), attributes) : State::Skipped;
         case State::Tuple:
             return beginInTuple(name, attributes);
         case State::Columns:
@@ -129,12 +126,12 @@ bool AidaTupleHandler::continuesAfter(const std::string& damage) {
     return true;
 }
 
-AidaTupleHandler::State AidaTupleHandler::beginObject(std::string_view name, const char* const* attributes) {
+AidaTupleHandler::State AidaTupleHandler::beginObject(const AidaObjectType& type, const char* const* attributes) {
     std::string warning;
     if (found.size() == maxObjects) {
         fail(fmt::format("it holds more than {} objects", maxObjects));
     }
-    current = {paths.next(attributes, reader->document(), warning), std::string(name), {}};
+    current = {paths.next(attributes, reader->document(), warning), std::string(type.element), {}};
     if (!warning.empty()) {
         warnOnce(warning, warning);
     }
@@ -144,14 +141,14 @@ AidaTupleHandler::State AidaTupleHandler::beginObject(std::string_view name, con
         columnCount = 0;
     }
     header.clear();
-    if (name == "tuple") {
+    if (type.family == AidaFamily::Tuple) {
         return State::Tuple;
     }
-    if (!isCloud(name)) {
+    if (type.family != AidaFamily::Cloud) {
         found.push_back(current);
         return State::Skipped;
     }
-    header = cloudColumns(name);
+    header = cloudColumns(type.dimensions);
     return State::Cloud;
 }
 
@@ -159,7 +156,7 @@ AidaTupleHandler::State AidaTupleHandler::beginInTuple(std::string_view name, co
     if (name == "columns") {
         return State::Columns;
     }
-    if (name == "tuple" && isWanted) {
+    if (isOfFamily(name, AidaFamily::Tuple) && isWanted) {
         members.push_back(
             objectPath(textOr(attributeOf(attributes, "path"), ""), textOr(attributeOf(attributes, "name"), "")));
     }
@@ -175,7 +172,7 @@ AidaTupleHandler::State AidaTupleHandler::beginInTuple(std::string_view name, co
 }
 
 AidaTupleHandler::State AidaTupleHandler::beginInCloud(std::string_view name) {
-    isConverted = isConverted || name.substr(0, 9) == "histogram";
+    isConverted = isConverted || isOfFamily(name, AidaFamily::Histogram);
     if (name.substr(0, 7) != "entries") {
         return State::Skipped;
     }

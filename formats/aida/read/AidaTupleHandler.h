@@ -15,6 +15,8 @@
 
 namespace velmorak::io {
 
+struct AidaObjectType;
+
 /// Follows the elements of an AIDA file: finds its objects, reads the headers of tuples and clouds, and builds the rows
 /// of the one that is wanted.
 class AidaTupleHandler : public XmlHandler {
@@ -69,7 +71,7 @@ private:
     };
 
     State begun(std::string_view name, const char* const* attributes);
-    State beginObject(std::string_view name, const char* const* attributes);
+    State beginObject(const AidaObjectType& type, const char* const* attributes);
     State beginInTuple(std::string_view name, const char* const* attributes);
     State beginInRow(std::string_view name, const char* const* attributes);
     State beginInCloud(std::string_view name);

@@ -6,9 +6,6 @@
 
 namespace velmorak::io {
 
-/// @return whether an element of that name is an object of an AIDA file.
-bool isObject(std::string_view element);
-
 /// Gives each top-level object of a file its path. Every reader of a file asks for all objects in their order, so that
 /// they agree.
 class ObjectPaths {

@@ -1,6 +1,6 @@
 #include "aida/text/XmlNames.h"
 
-#include "aida/read/AidaColumns.h"
+#include "aida/Vocabulary.h"
 
 namespace velmorak::io {
 

@@ -1,3 +1,4 @@
+#include "aida/Vocabulary.h"
 #include "aida/text/AidaText.h"
 #include "aida/write/AidaObjectWriter.h"
 
@@ -164,7 +165,7 @@ AidaFileWriter::~AidaFileWriter() = default;
 
 void AidaFileWriter::write(const Histogram1D& histogram, const std::string& folder) {
     part->mustBeInTable(false);
-    std::string text = io::beginElement("histogram1d", histogram, folder) + annotation(histogram) +
+    std::string text = io::beginElement(io::aidaElement(io::AidaFamily::Histogram, 1), histogram, folder) + annotation(histogram) +
                        io::axisElement(histogram.axis(), 'x') + statistics(histogram) + "<data1d>\n";
     if (!isEmpty(histogram.underflow())) {
         text += binElement("UNDERFLOW", histogram.underflow());
@@ -194,7 +195,7 @@ void AidaFileWriter::beginTable(const std::string& name, const std::string& titl
     TableHead table;
     table.name = name;
     table.title = title;
-    std::string text = io::beginElement("tuple", table, folder) + "<columns>\n";
+    std::string text = io::beginElement(io::aidaElement(io::AidaFamily::Tuple), table, folder) + "<columns>\n";
     for (const ColumnInfo& column : schema.columns()) {
         text += columnElement(column);
     }

@@ -1,5 +1,6 @@
 #include "aida/write/AidaObjectWriter.h"
 
+#include "aida/Vocabulary.h"
 #include "aida/read/AidaColumns.h"
 #include "aida/text/AidaText.h"
 
@@ -131,7 +132,8 @@ std::string headOf(const Object& object, std::string_view sumsKey) {
 
 template <std::size_t dimensions>
 std::string histogramElement(const HistogramGrid<dimensions>& histogram, const std::string& folder) {
-    const std::string element = fmt::format("histogram{}d", dimensions);
+    constexpr std::string_view element = aidaElement(AidaFamily::Histogram, dimensions);
+    static_assert(!element.empty());
     std::string text = beginElement(element, histogram, folder) + headOf<dimensions>(histogram, "ExactSums");
     text += fmt::format("<data{}d>\n", dimensions);
     for (std::size_t cell = 0; cell < histogram.cells().size(); ++cell) {
@@ -147,7 +149,8 @@ std::string histogramElement(const HistogramGrid<dimensions>& histogram, const s
 
 template <std::size_t dimensions>
 std::string profileElement(const Profile<dimensions>& profile, const std::string& folder) {
-    const std::string element = fmt::format("profile{}d", dimensions);
+    constexpr std::string_view element = aidaElement(AidaFamily::Profile, dimensions);
+    static_assert(!element.empty());
     std::string text = beginElement(element, profile, folder);
     text += headOf<dimensions>(profile, profile.hasExactSums() ? "ExactSums" : "Sums");
     text += fmt::format("<data{}d>\n", dimensions);
@@ -165,12 +168,13 @@ std::string profileElement(const Profile<dimensions>& profile, const std::string
 }
 
 std::string pointsElement(const Points& points, const std::string& folder) {
+    constexpr std::string_view element = aidaElement(AidaFamily::Points);
     AnnotationText annotation(points);
     for (std::size_t direction = 0; direction < std::min(points.axisTitles.size(), labels.size()); ++direction) {
         annotation.add(labels[direction], points.axisTitles[direction]);
     }
     std::string text =
-        beginElement("dataPointSet", points, folder, fmt::format(" dimension=\"{}\"", points.dimension()));
+        beginElement(element, points, folder, fmt::format(" dimension=\"{}\"", points.dimension()));
     text += annotation.finish(points);
     for (std::size_t point = 0; point < points.size(); ++point) {
         text += "<dataPoint>";
@@ -182,12 +186,13 @@ std::string pointsElement(const Points& points, const std::string& folder) {
         }
         text += "</dataPoint>\n";
     }
-    return text + "</dataPointSet>\n";
+    return text + fmt::format("</{}>\n", element);
 }
 
 std::string functionElement(const FunctionObject& function, const std::string& folder) {
+    constexpr std::string_view element = aidaElement(AidaFamily::Function);
     std::string text =
-        beginElement("function", function, folder, fmt::format(" isNormalized=\"{}\"", function.isNormalized));
+        beginElement(element, function, folder, fmt::format(" isNormalized=\"{}\"", function.isNormalized));
     text += AnnotationText(function).finish(function);
     text += fmt::format("<codelet>{}</codelet>\n<arguments>\n", escaped(function.codelet));
     for (const FunctionObject::Argument& argument : function.arguments) {
@@ -202,7 +207,7 @@ std::string functionElement(const FunctionObject& function, const std::string& f
         text +=
             fmt::format("<parameter name=\"{}\" value=\"{}\"/>\n", escaped(parameter.name), textOf(parameter.value));
     }
-    return text + "</parameters>\n</function>\n";
+    return text + fmt::format("</parameters>\n</{}>\n", element);
 }
 
 }  // namespace
@@ -214,7 +219,7 @@ std::string beginElement(std::string_view element, const DataObject& object, con
         nameInPath += c == '/' ? "\\/" : std::string(1, c);
     }
     // Points and functions have none in the document type.
-    const bool mayHaveOptions = element.starts_with("histogram") || element.starts_with("profile");
+    const bool mayHaveOptions = isOfFamily(element, AidaFamily::Histogram) || isOfFamily(element, AidaFamily::Profile);
     const std::string options = mayHaveOptions && !object.options.empty()
                                     ? fmt::format(" options=\"{}\"", escaped(object.options))
                                     : std::string();
