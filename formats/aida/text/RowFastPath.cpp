@@ -1,7 +1,7 @@
 #include "aida/text/RowFastPath.h"
 
-#include "aida/read/TupleBuilder.h"
 #include "aida/text/Decimal.h"
+#include "aida/text/EntryValues.h"
 
 #include <velmorak/Value.h>
 

@@ -15,7 +15,7 @@ bool XmlNames::see(std::string_view element, const char* const* attributes) {
             names.insert(last);
         }
     }
-    return elements.size() <= most && names.size() <= most;
+    return elements.size() <= maxNames && names.size() <= maxNames;
 }
 
 }  // namespace velmorak::io

@@ -11,10 +11,10 @@ namespace velmorak::io {
 /// Counts the different names in a document: the parser keeps each of them to the end.
 class XmlNames {
 public:
-    static constexpr std::size_t most = 10'000;
+    static constexpr std::size_t maxNames = 10'000;
 
     /// @param attributes names and values, ended by null; the parser gives one pointer to each name.
-    /// @return false where there are more than most.
+    /// @return false where there are more than maxNames.
     bool see(std::string_view element, const char* const* attributes);
 
 private:

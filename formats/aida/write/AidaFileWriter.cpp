@@ -165,8 +165,9 @@ AidaFileWriter::~AidaFileWriter() = default;
 
 void AidaFileWriter::write(const Histogram1D& histogram, const std::string& folder) {
     part->mustBeInTable(false);
-    std::string text = io::beginElement(io::aidaElement(io::AidaFamily::Histogram, 1), histogram, folder) + annotation(histogram) +
-                       io::axisElement(histogram.axis(), 'x') + statistics(histogram) + "<data1d>\n";
+    std::string text = io::beginElement(io::aidaElement(io::AidaFamily::Histogram, 1), histogram, folder) +
+                       annotation(histogram) + io::axisElement(histogram.axis(), 'x') + statistics(histogram) +
+                       "<data1d>\n";
     if (!isEmpty(histogram.underflow())) {
         text += binElement("UNDERFLOW", histogram.underflow());
     }

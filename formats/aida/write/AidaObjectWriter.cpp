@@ -173,8 +173,7 @@ std::string pointsElement(const Points& points, const std::string& folder) {
     for (std::size_t direction = 0; direction < std::min(points.axisTitles.size(), labels.size()); ++direction) {
         annotation.add(labels[direction], points.axisTitles[direction]);
     }
-    std::string text =
-        beginElement(element, points, folder, fmt::format(" dimension=\"{}\"", points.dimension()));
+    std::string text = beginElement(element, points, folder, fmt::format(" dimension=\"{}\"", points.dimension()));
     text += annotation.finish(points);
     for (std::size_t point = 0; point < points.size(); ++point) {
         text += "<dataPoint>";
