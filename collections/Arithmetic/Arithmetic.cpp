@@ -47,7 +47,7 @@ Ports AdderKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {{.name = "a", .description = "First number.", .value = "0"},
                     {.name = "b", .description = "Second number, in the unit of the first.", .value = "0"}};
-    ports.outputs = {{.name = "sum", .description = "a + b, in the unit of the two."}};
+    ports.outputs = {{.name = "sum", .description = "a + b, in their unit."}};
     return ports;
 }
 
@@ -56,14 +56,14 @@ void AdderKind::evaluate(const Arguments& arguments, Results& results, RunContex
 }
 
 std::string SubtractorKind::summary() const {
-    return "Subtracts a number from another.";
+    return "Subtracts one number from another.";
 }
 
 Ports SubtractorKind::ports(const ValueTexts&) const {
     Ports ports;
-    ports.inputs = {{.name = "a", .description = "Number that is subtracted from.", .value = "0"},
-                    {.name = "b", .description = "Number that is taken away, in the unit of the first.", .value = "0"}};
-    ports.outputs = {{.name = "difference", .description = "a - b, in the unit of the two."}};
+    ports.inputs = {{.name = "a", .description = "Minuend.", .value = "0"},
+                    {.name = "b", .description = "Subtrahend, in the unit of the first.", .value = "0"}};
+    ports.outputs = {{.name = "difference", .description = "a - b, in their unit."}};
     return ports;
 }
 
@@ -79,7 +79,7 @@ Ports MultiplierKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {{.name = "a", .description = "First number.", .value = "1"},
                     {.name = "b", .description = "Second number, in any unit.", .value = "1"}};
-    ports.outputs = {{.name = "product", .description = "a * b, in the product of the two units."}};
+    ports.outputs = {{.name = "product", .description = "a * b, in the product of their units."}};
     return ports;
 }
 
@@ -88,18 +88,18 @@ void MultiplierKind::evaluate(const Arguments& arguments, Results& results, RunC
 }
 
 std::string DividerKind::summary() const {
-    return "Divides a number by another.";
+    return "Divides one number by another.";
 }
 
 std::string DividerKind::notes() const {
-    return "A division by 0 is no failure: it gives Infinity with the sign of the two, and 0 / 0 gives NaN.";
+    return "Division by 0 is not an error: it gives plus or minus Infinity, and 0 / 0 gives NaN.";
 }
 
 Ports DividerKind::ports(const ValueTexts&) const {
     Ports ports;
-    ports.inputs = {{.name = "a", .description = "Number that is divided.", .value = "1"},
-                    {.name = "b", .description = "Number that it is divided by, in any unit.", .value = "1"}};
-    ports.outputs = {{.name = "quotient", .description = "a / b, in the quotient of the two units."}};
+    ports.inputs = {{.name = "a", .description = "Dividend.", .value = "1"},
+                    {.name = "b", .description = "Divisor, in any unit.", .value = "1"}};
+    ports.outputs = {{.name = "quotient", .description = "a / b, in the quotient of their units."}};
     return ports;
 }
 

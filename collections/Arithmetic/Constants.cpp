@@ -4,7 +4,7 @@ namespace velmorak {
 
 namespace {
 
-/// Gives a number that was written down.
+/// Gives the number entered as its value.
 class NumberKind : public Function {
 public:
     std::string name() const override { return "Number"; }
@@ -13,7 +13,7 @@ public:
     void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
 };
 
-/// Gives a text that was written down.
+/// Gives the text entered as its value.
 class TextKind : public Function {
 public:
     std::string name() const override { return "Text"; }
@@ -25,14 +25,14 @@ public:
 }  // namespace
 
 std::string NumberKind::summary() const {
-    return "Gives a number that is written into it, for example a cut value.";
+    return "Gives a number that you enter, for example a cut value.";
 }
 
 Ports NumberKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {
-        {.name = "value", .description = "The number, in the unit of whatever it is wired to.", .value = "0"}};
-    ports.outputs = {{.name = "number", .description = "The number as it was written."}};
+        {.name = "value", .description = "The number, in the unit expected by whatever it is wired to.", .value = "0"}};
+    ports.outputs = {{.name = "number", .description = "The number as entered."}};
     return ports;
 }
 
@@ -41,14 +41,14 @@ void NumberKind::evaluate(const Arguments& arguments, Results& results, RunConte
 }
 
 std::string TextKind::summary() const {
-    return "Gives a text that is written into it, for example a title or an expression.";
+    return "Gives a text that you enter, for example a title or an expression.";
 }
 
 Ports TextKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {
-        {.name = "value", .description = "The text, as it is wanted at the other end.", .type = ValueType::Text}};
-    ports.outputs = {{.name = "text", .description = "The text as it was written.", .type = ValueType::Text}};
+        {.name = "value", .description = "The text.", .type = ValueType::Text}};
+    ports.outputs = {{.name = "text", .description = "The text as entered.", .type = ValueType::Text}};
     return ports;
 }
 

@@ -9,8 +9,8 @@ namespace {
 
 std::vector<InputSpec> ownInputs() {
     return {{.name = "expression",
-             .description = "Formula of numbers, for example passed / all. Each name in it is an input that can be "
-                            "written or wired.",
+             .description = "Formula of numbers, for example passed / all. Each name in it becomes an input that can be "
+                            "entered or wired.",
              .type = ValueType::Text}};
 }
 
@@ -18,7 +18,7 @@ NamedNumbers numbersOf(const std::string& expression) {
     return {{{"expression", expression}}, ownInputs()};
 }
 
-/// A single row suffices, and has no columns: all names are numbers.
+/// Evaluates the expression for one row of a table without columns: all names are numbers.
 double valueOf(const Expression& expression, const std::string& text) {
     if (expression.type() == ColumnType::Text) {
         throw Failure("expression", "\"" + text + "\" is a text, not a number");
@@ -28,7 +28,7 @@ double valueOf(const Expression& expression, const std::string& text) {
     return asReals(expression.evaluate(row))->reals().front();
 }
 
-/// Computes a number from an expression of numbers, each of which is an input.
+/// Computes a number from an expression of other numbers; each of them is an input.
 class FunctionKind : public Function {
 public:
     std::string name() const override { return "Function"; }
@@ -46,8 +46,8 @@ std::string FunctionKind::summary() const {
 }
 
 std::string FunctionKind::notes() const {
-    return "The language is that of [expressions](../expressions.md). A name between back quotes, and the name "
-           "`expression`, get no input and cannot be used. True gives 1 and false 0.";
+    return "The syntax is that of [expressions](../expressions.md). A name in back quotes, or the name "
+           "`expression`, does not become an input and cannot be used. True gives 1, false 0.";
 }
 
 Ports FunctionKind::ports(const ValueTexts& values) const {
@@ -58,7 +58,7 @@ Ports FunctionKind::ports(const ValueTexts& values) const {
             ports.inputs.push_back(std::move(input));
         }
     }
-    ports.outputs = {{.name = "value", .description = "What the expression gives, in the unit that it has."}};
+    ports.outputs = {{.name = "value", .description = "Value of the expression, in its unit."}};
     return ports;
 }
 
@@ -69,7 +69,7 @@ std::string FunctionKind::refusal(const std::string& input, const std::string& v
 void FunctionKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
     const std::string& text = arguments.text("expression");
     if (text.empty()) {
-        throw Failure("expression", "there is no expression to compute");
+        throw Failure("expression", "the expression is empty");
     }
     const Schema noColumns;
     const Expression expression(text, noColumns, numbersOf(text).values(arguments, noColumns, context));

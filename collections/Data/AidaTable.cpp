@@ -22,7 +22,7 @@ public:
 }  // namespace
 
 std::string AidaTableKind::summary() const {
-    return "Reads a table, a tuple or a cloud of an AIDA file, from front to back.";
+    return "Reads a tuple or cloud of an AIDA file as a table.";
 }
 
 Ports AidaTableKind::ports(const ValueTexts&) const {

@@ -20,7 +20,7 @@ public:
 
     bool next(Chunk& chunk) override;
 
-    /// Each number follows from its row and column alone, so chunks are made in any order and at the same time.
+    /// Each number depends on its row and column alone, so that chunks can be made in any order and in parallel.
     void complete(Chunk& chunk) const override;
 
     std::optional<double> fraction() const override;
@@ -83,9 +83,9 @@ ColumnPtr RandomReader::columnOf(std::uint32_t position, const Chunk& chunk) con
     return filled<double>(distribution, position, chunk);
 }
 
-constexpr double maxWhole = 9007199254740992.0;  // All whole numbers up to here are doubles.
+constexpr double maxWhole = 9007199254740992.0;  // All integers up to here are doubles.
 
-/// Makes random numbers. Each is a function of seed, row and column alone.
+/// Generates random numbers, each a function of seed, row and column alone.
 class RandomTableKind : public Source {
 public:
     std::string name() const override { return "RandomTable"; }
@@ -99,12 +99,12 @@ public:
 }  // namespace
 
 std::string RandomTableKind::summary() const {
-    return "Makes a table of random numbers, the same ones for the same seed.";
+    return "Generates a table of random numbers, reproducible for a given seed.";
 }
 
 Ports RandomTableKind::ports(const ValueTexts&) const {
     return {{{.name = "rows",
-              .description = "Number of rows to make.",
+              .description = "Number of rows.",
               .value = "1000",
               .minimum = 0,
               .maximum = maxWhole,
@@ -117,7 +117,7 @@ Ports RandomTableKind::ports(const ValueTexts&) const {
               .type = ValueType::Text,
               .value = "x: uniform(0, 1)"},
              {.name = "seed",
-              .description = "Number that decides which random numbers come; with the same one they are the same.",
+              .description = "Seed of the random numbers; the same seed gives the same numbers.",
               .value = "1",
               .minimum = 0,
               .maximum = maxWhole,
@@ -142,7 +142,7 @@ std::string RandomTableKind::refusal(const std::string& input, const std::string
 std::unique_ptr<TableReader> RandomTableKind::open(const Arguments& arguments, RunContext& context) const {
     std::vector<RandomColumn> columns = randomColumnsIn(arguments.text("columns"));
     if (columns.empty()) {
-        throw Failure("columns", "there is no column to make");
+        throw Failure("columns", "no column is given");
     }
     return std::make_unique<RandomReader>(std::move(columns), static_cast<std::uint64_t>(arguments.integer("rows")),
                                           static_cast<std::uint64_t>(arguments.integer("seed")), context);

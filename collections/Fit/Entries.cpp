@@ -18,7 +18,7 @@ FitData entriesOf(const Histogram1D& histogram) {
     return data;
 }
 
-/// A bin without fills has no height; without an error it is left out as such.
+/// A bin without fills has no height. One without an error is left out when the fit collects its data.
 FitData entriesOf(const Profile1D& profile) {
     FitData data;
     const std::vector<double>& edges = profile.grid().axis(0).edges();
@@ -33,8 +33,8 @@ FitData entriesOf(const Profile1D& profile) {
 
 FitData entriesOf(const Points& points) {
     if (points.dimension() != 2) {
-        throw Failure("data", "points that are fitted have an x and a y, but these have " +
-                                  std::to_string(points.dimension()) + " values each");
+        throw Failure("data", "expected points with x and y, but these have " +
+                                  textOf(static_cast<double>(points.dimension())) + " coordinates");
     }
     FitData data;
     for (std::size_t i = 0; i < points.size(); ++i) {
@@ -50,13 +50,13 @@ FitData entriesOf(const Points& points) {
 FitData entriesOf(const Value& value, bool isCounted) {
     const auto* const object = std::get_if<DataObjectPtr>(&value);
     if (!object || !*object) {
-        throw Failure("data", "a histogram, profile or points must be wired");
+        throw Failure("data", "nothing is wired; expected a histogram, profile or points");
     }
     if (const auto* const histogram = dynamic_cast<const Histogram1D*>(object->get())) {
         return entriesOf(*histogram);
     }
     if (isCounted) {
-        throw Failure("data", "the likelihood needs counts, which only a histogram holds; choose the method chi2");
+        throw Failure("data", "the likelihood method needs counts, which only a histogram has; use the method chi2");
     }
     if (const auto* const profile = dynamic_cast<const Profile1D*>(object->get())) {
         return entriesOf(*profile);
@@ -65,7 +65,7 @@ FitData entriesOf(const Value& value, bool isCounted) {
         return entriesOf(*points);
     }
     throw Failure("data", "a " + std::string(nameOf((*object)->type())) +
-                              " of this kind cannot be fitted; a histogram or profile of one dimension or points can");
+                              " cannot be fitted; expected a one-dimensional histogram or profile, or points");
 }
 
 }  // namespace velmorak

@@ -13,7 +13,7 @@ constexpr const char* firstModel = "gauss";
 std::vector<InputSpec> fixedInputs() {
     return {
         {.name = "data",
-         .description = "Histogram or profile of one dimension, or points of x and y, to which the function is fitted.",
+         .description = "Data to fit: a one-dimensional histogram or profile, or points with x and y.",
          .type = ValueType::Any},
         {.name = "model",
          .description = "Function of x: shapes such as gauss + pol1, or an expression, in which every other name is a "
@@ -22,25 +22,25 @@ std::vector<InputSpec> fixedInputs() {
          .value = firstModel},
         {.name = "start",
          .description = "Start values, limits and fixed parameters, in their units, for example mean=91.2 [80,100], "
-                        "sigma=2.5 fixed. What is not given is estimated from the data.",
+                        "sigma=2.5 fixed. Start values that are not given are estimated from the data.",
          .type = ValueType::Text},
         {.name = "method",
-         .description = "What is made least: chi2, the squares of deviations over errors, or likelihood, for counts.",
+         .description = "Quantity to minimise: chi2, the sum of squared deviations over errors, or likelihood, the Poisson likelihood of counts.",
          .type = ValueType::Choice,
          .value = "chi2",
          .choices = {"chi2", "likelihood"}},
         {.name = "compare",
-         .description = "What is compared with the content of a bin: the function at its centre, its mean over the "
+         .description = "Value of the function in a bin: at its centre, its mean over the "
                         "bin, or its integral over the bin.",
          .type = ValueType::Choice,
          .value = "centre",
          .choices = {"centre", "mean", "integral"}},
         {.name = "low",
-         .description = "Bins and points below are left out, in the unit of x; a bin counts where its centre lies.",
+         .description = "Bins and points below this are left out, in the unit of x; the centre of a bin decides.",
          .value = "-Infinity"},
-        {.name = "high", .description = "Bins and points above are left out, in the unit of x.", .value = "Infinity"},
+        {.name = "high", .description = "Bins and points above this are left out, in the unit of x.", .value = "Infinity"},
         {.name = "title",
-         .description = "Title of the function, in the legend of a plot. Empty: the name of this plug-in.",
+         .description = "Title of the function, shown in the legend of a plot. Empty: the name of this plug-in.",
          .type = ValueType::Text},
     };
 }
@@ -48,19 +48,19 @@ std::vector<InputSpec> fixedInputs() {
 std::vector<OutputSpec> fixedOutputs() {
     return {
         {.name = "function",
-         .description = "The function with the best parameters; their errors and the quality of the fit are in its "
+         .description = "The function with the fitted parameters; their errors and the quality of the fit are in its "
                         "annotation.",
          .type = ValueType::Function},
         {.name = "chi2",
          .description = "Chi square at the minimum; for the likelihood twice the logarithm of its ratio to that of a "
                         "perfect fit."},
-        {.name = "ndf", .description = "Number of degrees of freedom: entries less free parameters."},
-        {.name = "reduced", .description = "Chi square divided by the degrees of freedom; NaN without any."},
+        {.name = "ndf", .description = "Number of degrees of freedom: entries minus free parameters."},
+        {.name = "reduced", .description = "Chi square divided by the number of degrees of freedom; NaN if there are none."},
         {.name = "p_value",
-         .description = "Probability of a larger chi square if the function is true; NaN without degrees of freedom."},
-        {.name = "entries", .description = "Number of bins or points that are fitted."},
+         .description = "Probability of a larger chi square if the function is true (p-value); NaN without degrees of freedom."},
+        {.name = "entries", .description = "Number of bins or points in the fit."},
         {.name = "status",
-         .description = "The word converged, and the parameters that a limit stopped.",
+         .description = "The word converged, and the parameters that end at a limit.",
          .type = ValueType::Text},
         {.name = "covariance",
          .description = "Covariance of the parameters in their units, as a table of text: a line of names, then a line "
@@ -125,7 +125,7 @@ DataObjectPtr functionOf(const FitModel& model, const FitResult& result, const A
     return function;
 }
 
-/// Fits a function to a histogram, profile or points. The parameters of its model appear as outputs.
+/// Fits a function to a histogram, profile or points. The parameters of the model become outputs.
 class FitKind : public Function {
 public:
     std::string name() const override { return "Fit"; }
@@ -144,45 +144,45 @@ std::string FitKind::summary() const {
 
 std::string FitKind::notes() const {
     return R"(**Model.** An [expression](../expressions.md) of `x`, in which every other name is a parameter, for example
-`n*exp(-x/tau) + b`. A shape stands for its formula:
+`n*exp(-x/tau) + b`. A shape is an abbreviation of its formula:
 
 | shape | parameters | formula |
 |---|---|---|
 )" + FitModel::shapes() +
            R"(
-`pol0` to `pol9` are polynomials likewise. `gauss + pol1` and `gauss(x) + pol1(x)` are the same. A parameter whose name is
-taken gets the next number: `gauss + gauss` has `mean` and `mean_2`. A shape also takes parameters of your own, which may be
-shared or expressions: `gauss(x, n, m, s) + gauss(x, k, m, 3*s)`. The amplitude is the height of the peak, `gamma` the full
+`pol0` to `pol9` are polynomials of that degree. `gauss + pol1` and `gauss(x) + pol1(x)` are the same. A parameter whose name
+is already used gets the next number: `gauss + gauss` has `mean` and `mean_2`. The parameters of a shape can also be given, as shared
+parameters or expressions: `gauss(x, n, m, s) + gauss(x, k, m, 3*s)`. The amplitude is the height of the peak, `gamma` the full
 width at half of it, `alpha` where the tail begins, in sigmas below the mean (J. E. Gaiser, SLAC-R-255 (1982), appendix F).
-Each parameter gives two outputs: its best value, and its error under the name with `_error`. The model, which decides
-what outputs there are, cannot come by wire.
+Each parameter has two outputs: its fitted value, and its error under the name with `_error`. The model determines the
+outputs and therefore cannot be wired.
 
-**Start.** `mean=91.2 [80,100], sigma=2.5 fixed, n [0,]`: start value, limits, whether it is fixed. What is not given is
-estimated: places and widths of shapes by trying several over the range, one shape after the other, and with each the
-best heights, which are a linear problem. Any other parameter begins at 1.
+**Start.** `mean=91.2 [80,100], sigma=2.5 fixed, n [0,]`: start value, limits, and whether the parameter is fixed. Other start
+values are estimated: positions and widths of shapes by a scan over the range, one shape after the other, with the heights
+that solve the linear least-squares problem at each step. Any other parameter starts at 1.
 
-**Chi square** is the sum of (y - f)² / error². The error of a bin is the root of its sum of squared weights, that of a
-profile the error of its height, that of a point the mean of its two errors; errors of x are not used. Entries without an
-error, among them all empty bins, are left out, which a warning counts; so are entries that hold NaN or Infinity.
+**Chi square** is the sum of (y - f)² / error². The error of a histogram bin is the root of its sum of squared weights, that of
+a profile bin the error of its height, that of a point the mean of its two errors; errors of x are not used. Entries without
+an error, among them all empty bins, are left out, as are entries with NaN or Infinity; a warning reports their number.
 
-**Likelihood** is that of independent Poisson counts, extended: 2 times the sum of f - y + y log(y / f) is least (S.
-Baker, R. Cousins, Nuclear Instruments and Methods 221 (1984) 437). Empty bins count. It takes histograms alone. In a
-weighted histogram content and function are both multiplied by the sum of weights over the sum of squared weights of the
+**Likelihood** is the extended likelihood of independent Poisson counts: 2 times the sum of f - y + y log(y / f) is minimised
+(S. Baker, R. Cousins, Nuclear Instruments and Methods 221 (1984) 437). Empty bins are included. Only histograms can be fitted. In a
+weighted histogram, content and function are both multiplied by the sum of weights over the sum of squared weights of the
 bin (G. Bohm, G. Zech, Nuclear Instruments and Methods A 748 (2014) 1), in an empty bin by that of all bins. A negative
-bin is refused.
+bin is an error.
 
 **Bins.** `centre` compares the content with the function at the centre of the bin, `mean` with its mean over the bin, by
-the Gauss-Legendre rule of five points. With `integral` the function is a density, in entries per unit of x: take it for
-bins of unequal width.
+a five-point Gauss-Legendre rule. With `integral`, the function is a density, in entries per unit of x: use it for bins of
+unequal width.
 
-**Minimum.** Levenberg-Marquardt steps with exact derivatives of the model (J. Moré, Lecture Notes in Mathematics 630
-(1978) 105), which end at limits, then Newton steps until the minimum is closer than 1e-9 standard deviations. The
-covariance is the inverse of half the matrix of second derivatives at the minimum, all of its terms included. A fixed
-parameter, and one that a limit stops, has the error 0 and no covariance; the status names the latter.
+**Minimisation.** Levenberg-Marquardt steps with exact derivatives of the model (J. Moré, Lecture Notes in Mathematics 630
+(1978) 105), which stop at limits, then Newton steps until the minimum is closer than 1e-9 standard deviations. The
+covariance is the inverse of half the matrix of second derivatives at the minimum, including all its terms. A fixed
+parameter, or one that ends at a limit, has an error of 0 and no covariance; the status names the latter.
 
 A fit fails, with the names of the parameters, when it does not converge in 1000 steps, when there are fewer entries than
-free parameters, and when the data cannot tell parameters apart. The p-value is the chance that chi square with this
-number of degrees of freedom is larger; for the likelihood it holds as far as the bins hold more than a few entries.)";
+free parameters, and when the data do not determine the parameters. The p-value is the probability of a larger chi square
+for this number of degrees of freedom; for the likelihood it is valid if the bins have more than a few entries.)";
 }
 
 Ports FitKind::ports(const ValueTexts& values) const {
@@ -194,7 +194,7 @@ Ports FitKind::ports(const ValueTexts& values) const {
     }
     const FitModel model(text);
     for (const std::string& name : model.parameters()) {
-        ports.outputs.push_back({.name = name, .description = "Best value of the parameter, in its unit."});
+        ports.outputs.push_back({.name = name, .description = "Fitted value of the parameter, in its unit."});
         ports.outputs.push_back(
             {.name = name + "_error", .description = "Standard deviation of the parameter, in its unit; 0 if fixed."});
     }
@@ -217,7 +217,7 @@ std::string FitKind::refusal(const std::string& input, const std::string& value)
 
 void FitKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
     if (arguments.isWired("model")) {
-        throw Failure("model", "the model cannot come by wire, because it decides which outputs there are");
+        throw Failure("model", "the model cannot be wired, because it determines the outputs; enter it as a value");
     }
     const FitModel model(arguments.text("model"));
     for (const std::string& warning : model.warnings()) {

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-/// Makes the kinds of the collection; each is described by its own summary, ports and notes.
+/// Factories of the collection's kinds. What a kind does is described by its summary, ports and notes.
 namespace velmorak {
 
 std::unique_ptr<Kind> makeFit();

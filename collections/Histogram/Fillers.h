@@ -10,7 +10,7 @@
 
 namespace velmorak {
 
-/// Fills an object whose bins are known.
+/// Fills an object whose binning is known.
 template <typename Object>
 class GivenRange {
 public:
@@ -24,9 +24,9 @@ private:
     Object object;
 };
 
-/// What one chunk is filled with, kept until the chunk's turn comes: the state of the whole stream has the only object.
-/// For one of so many cells that to make and to add it for each chunk would take far longer than to fill it. The bits
-/// are those of all fills one after the other.
+/// Keeps the values of one chunk until its turn comes to fill the only object, which belongs to the state of the whole
+/// stream. For objects with so many cells that allocating and adding one for each chunk would take far longer than
+/// filling it. The result is bit-identical to sequential filling.
 template <typename Object>
 class LateState : public AccumulatorState {
 public:
@@ -35,19 +35,19 @@ public:
 
     void fill(const Chunk& chunk) override { waiting.push_back(quantity.values(chunk)); }
     void merge(AccumulatorState& other) override {
-        settle();
+        fillWaiting();
         auto& next = static_cast<LateState&>(other);
         std::swap(waiting, next.waiting);
-        settle();
+        fillWaiting();
     }
 
     Object result() {
-        settle();
+        fillWaiting();
         return std::move(*object);
     }
 
 private:
-    void settle() {
+    void fillWaiting() {
         if (!object) {
             object.emplace(make());
         }
@@ -60,7 +60,7 @@ private:
     const FillExpression& quantity;
     const std::function<Object()>& make;
     std::vector<FillExpression::Values> waiting;
-    std::optional<Object> object;  ///< As soon as it is filled.
+    std::optional<Object> object;  ///< Created by the first fill.
 };
 
 /// A filler as the state of an accumulation.

@@ -8,7 +8,7 @@ const DataObjectPtr* objectAt(const Arguments& arguments, const std::string& inp
     const Value& arrived = arguments.value(input);
     if (std::holds_alternative<std::monostate>(arrived)) {
         throw Failure(input,
-                      arguments.isWired(input) ? "a table is wired where a histogram is needed" : "nothing is wired");
+                      arguments.isWired(input) ? "expected a histogram, but a table is wired" : "nothing is wired");
     }
     return std::get_if<DataObjectPtr>(&arrived);
 }
@@ -25,14 +25,14 @@ AnyHistogram histogramOf1Or2(const Arguments& arguments, const std::string& inpu
             return two;
         }
     }
-    throw Failure(input, "what is wired is no histogram of one or two dimensions");
+    throw Failure(input, "expected a histogram of one or two dimensions");
 }
 
 Histogram2DPtr histogram2D(const Arguments& arguments, const std::string& input) {
     const DataObjectPtr* object = objectAt(arguments, input);
     auto histogram = object ? std::dynamic_pointer_cast<const Histogram2D>(*object) : nullptr;
     if (!histogram) {
-        throw Failure(input, "what is wired is no two-dimensional histogram");
+        throw Failure(input, "expected a two-dimensional histogram");
     }
     return histogram;
 }
@@ -43,7 +43,7 @@ InputSpec histogramInput(const std::string& name, const std::string& description
 
 InputSpec derivedTitleInput() {
     return {.name = "title",
-            .description = "Shown above a plot. Empty: the title of the histogram that it is made of.",
+            .description = "Title shown above a plot. Empty: the title of the input histogram.",
             .type = ValueType::Text};
 }
 

@@ -10,7 +10,7 @@ namespace velmorak {
 
 namespace {
 
-/// Writes a copy under the name that the object has in the file.
+/// Writes a copy of the object under its name in the file.
 /// @return false when the object is of another class.
 template <typename Class>
 bool writeAs(const AidaContents::Object& object, AidaFileWriter& writer, const std::string& folder) {
@@ -72,7 +72,7 @@ void AidaOutput::writeObjectsUpToTable() {
                                writeAs<Points>(object, *writer, contents.folder) ||
                                writeAs<FunctionObject>(object, *writer, contents.folder);
         if (!isWritten) {
-            throw Failure(object.name + " has no place in an AIDA file");
+            throw Failure(object.name + " cannot be written to an AIDA file");
         }
     }
 }

@@ -7,10 +7,10 @@
 
 namespace velmorak {
 
-/// A folder of its own below the system's folder for temporary files; gone with the object.
+/// A folder for temporary files; the destructor removes it with its contents.
 class ScratchFolder {
 public:
-    /// @throws Failure if it cannot be made.
+    /// @throws Failure if it cannot be created.
     ScratchFolder();
     ~ScratchFolder();
     ScratchFolder(const ScratchFolder&) = delete;
@@ -22,9 +22,9 @@ private:
     std::filesystem::path folder;
 };
 
-/// Runs gnuplot on a script in its folder, without a shell and without the user's own start file.
-/// @param script path of the script, seen from the folder; must not begin with "-".
-/// @throws Failure if gnuplot is not installed or ends with an error, with what it said; Stopped.
+/// Runs gnuplot on a script in its folder, without a shell and without the user's start file.
+/// @param script path of the script relative to the folder; must not begin with "-".
+/// @throws Failure if gnuplot is not installed or fails, with its message; Stopped.
 void runGnuplot(const std::filesystem::path& folder, const std::string& script, const RunContext& context);
 
 }  // namespace velmorak

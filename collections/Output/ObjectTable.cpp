@@ -24,7 +24,7 @@ ObjectTable::Number count(std::int64_t entries) {
     return {.value = static_cast<double>(entries), .isCount = true};
 }
 
-/// Ends of a cell along one axis; 0 and bins + 1 are under- and overflow.
+/// Ends of a cell along one axis; 0 is underflow and bins + 1 overflow.
 void addEnds(Row& row, const Axis& axis, std::size_t cell) {
     double lower = -unlimited;
     double upper = unlimited;
@@ -125,7 +125,7 @@ ObjectTable tableOf(const FunctionObject& function, const Sampling& sampling) {
     const double low = sampling.low.value_or(range.low);
     const double high = sampling.high.value_or(range.high);
     if (!std::isfinite(low) || !std::isfinite(high) || !(low < high)) {
-        throw Failure("the function \"" + function.name + "\" does not say where it holds; give a range");
+        throw Failure("the function \"" + function.name + "\" has no range of validity; enter a range");
     }
     std::vector<double> places;
     for (std::size_t i = 0; i < sampling.count; ++i) {
@@ -161,7 +161,7 @@ ObjectTable objectTable(const DataObject& object, const Sampling& sampling) {
     if (const auto* function = dynamic_cast<const FunctionObject*>(&object)) {
         return tableOf(*function, sampling);
     }
-    throw Failure("\"" + object.name + "\" has no table of numbers");
+    throw Failure("\"" + object.name + "\" cannot be converted to a table");
 }
 
 }  // namespace velmorak

@@ -28,7 +28,7 @@ void addNumbered(Ports& ports, const InputSpec& first, std::size_t count) {
 std::vector<std::string> numberedInputs(const Arguments& arguments, const std::string& countInput,
                                         const std::string& name) {
     if (arguments.isWired(countInput)) {
-        throw Failure(countInput, "the number decides which inputs there are and cannot come by wire");
+        throw Failure(countInput, "the number cannot be wired, because it determines the inputs; enter it as a value");
     }
     std::vector<std::string> names;
     for (std::int64_t i = 0; i < arguments.integer(countInput); ++i) {

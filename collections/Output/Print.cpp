@@ -14,7 +14,7 @@ namespace {
 
 using TextRows = std::vector<std::vector<std::string>>;
 
-/// The first rows of a table, and how many there are.
+/// The first rows of a table, and the number of all rows.
 class FirstRows : public AccumulatorState {
 public:
     FirstRows(const Schema& columns, std::size_t maxRows) : schema(columns), most(maxRows) {}
@@ -48,7 +48,7 @@ void FirstRows::merge(AccumulatorState& other) {
     count += later.count;
 }
 
-/// One thing to print; the table has no text before it has passed.
+/// One item to print; a table gets its text when it has been read.
 struct Section {
     std::string name;
     std::string text;
@@ -128,7 +128,7 @@ Section partOf(const Arguments& arguments, const std::string& input, std::size_t
     return part;
 }
 
-/// Shows values to the user, among the messages of the run and in a text file.
+/// Prints values among the messages of the run and into a text file.
 class PrintKind : public Accumulator {
 public:
     std::string name() const override { return "Print"; }
@@ -143,30 +143,30 @@ public:
 }  // namespace
 
 std::string PrintKind::summary() const {
-    return "Shows numbers, texts, objects and the first rows of a table among the messages of the run, and in a text "
+    return "Prints numbers, texts, objects and the first rows of a table among the messages of the run, and into a text "
            "file.";
 }
 
 std::string PrintKind::notes() const {
-    return R"(What is printed stands on standard error, between the messages of the run, and the same text in a file of the results
-folder. Standard output carries nothing. A number is written with as many digits as read back to the same number, a text as it
-is, without control characters. Of an object the title comes first, then its statistics, then its first bins or points, as
-`CsvWriter` describes their columns; of a function its parameters, with errors, χ² and p-value where a fit has found them.
+    return R"(Output goes to standard error, among the messages of the run, and to a file in the results folder; nothing is written to
+standard output. Numbers have as many digits as are needed to read back the same number; control characters are removed from
+texts. For an object, its title is followed by statistics and the first bins or points, with columns as in `CsvWriter`; for a
+function, by its parameters, with errors, χ² and p-value if it was fitted.
 
-As long as nothing has changed, a further run prints nothing again; the file is still there.)";
+If nothing has changed, a further run does not print again; the file stays.)";
 }
 
 Ports PrintKind::ports(const ValueTexts& values) const {
     const InputSpec object = {.name = "object",
-                              .description = "Number, text, object or table to print. At most one is a table.",
+                              .description = "Number, text, object or table to print. At most one can be a table.",
                               .type = ValueType::Any};
     Ports ports;
     ports.inputs = {
         object,
-        countInput("objects", "Number of things to print, 1 to 16; each has an input of its own."),
+        countInput("objects", "Number of items to print, 1 to 16; each has its own input."),
         {.name = "rows",
          .description =
-             "Rows that are printed of a table, bins of a histogram or points; 0: none, but how many there are.",
+             "Number of rows of a table, bins of a histogram or points to print; 0: only how many there are.",
          .value = "10",
          .minimum = 0,
          .maximum = 10000,

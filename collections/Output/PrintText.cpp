@@ -5,6 +5,7 @@
 
 #include <velmorak/Failure.h>
 #include <velmorak/Points.h>
+#include <velmorak/Utf8.h>
 
 #include <algorithm>
 
@@ -49,7 +50,7 @@ std::string statisticsText(const DataObject& object) {
 
 std::string printedObject(const std::string& name, const DataObject& object, std::size_t most) {
     std::string text = name + (object.title.empty() ? "" : ": " + object.title) + "\n" + statisticsText(object);
-    // A function is told by its parameters.
+    // A function is described by its parameters.
     if (object.type() == ValueType::Function || most == 0) {
         return text;
     }
@@ -66,15 +67,15 @@ std::string printedObject(const std::string& name, const DataObject& object, std
 std::string alignedTable(const std::vector<std::string>& names, const std::vector<std::vector<std::string>>& rows) {
     std::vector<std::size_t> widths;
     for (std::size_t i = 0; i < names.size(); ++i) {
-        widths.push_back(lengthOf(names[i]));
+        widths.push_back(characterCount(names[i]));
         for (const auto& row : rows) {
-            widths[i] = std::max(widths[i], lengthOf(row[i]));
+            widths[i] = std::max(widths[i], characterCount(row[i]));
         }
     }
     const auto line = [&](const std::vector<std::string>& words) {
         std::string text;
         for (std::size_t i = 0; i < words.size(); ++i) {
-            text += (i > 0 ? "  " : "") + std::string(widths[i] - lengthOf(words[i]), ' ') + words[i];
+            text += (i > 0 ? "  " : "") + std::string(widths[i] - characterCount(words[i]), ' ') + words[i];
         }
         return text + "\n";
     };

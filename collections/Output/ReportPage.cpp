@@ -48,7 +48,7 @@ std::string stateText(RecordedState state) {
         case RecordedState::NotRequested:
             break;
     }
-    return "not asked for";
+    return "not requested";
 }
 
 bool isMissing(RecordedState state) {
@@ -80,7 +80,7 @@ std::string failures(const ReportContents& contents) {
         }
     }
     if (rows.empty()) {
-        return text + "<p>None: every plug-in that was asked for did its work.</p>\n";
+        return text + "<p>None: every requested plug-in succeeded.</p>\n";
     }
     text += "<p class=\"failed\">" + std::to_string(rows.size()) + " of " +
             std::to_string(contents.record.plugins.size()) + " plug-ins gave no result.</p>\n";
@@ -100,7 +100,7 @@ std::string pictures(const ReportContents& contents) {
         text += number++ == 0 ? "<h2>Pictures</h2>\n" : "";
         text += "<figure>\n" + element("figcaption", picture.heading) + "\n";
         if (picture.svg.empty()) {
-            text += "<p class=\"failed\">" + escaped("It could not be drawn: " + picture.sentence) + "</p>\n";
+            text += "<p class=\"failed\">" + escaped("It cannot be drawn: " + picture.sentence) + "</p>\n";
         } else {
             text += inlineSvg(picture.svg, "p" + std::to_string(number) + "-");
         }
@@ -128,7 +128,7 @@ std::vector<std::string> splitAt(const std::string& text, char mark) {
     return parts;
 }
 
-/// Lines with the same number of tabulators are a table, such as a cut flow; its first line has the headings.
+/// Lines with the same number of tabs are a table, such as a cut flow; the first line has the headings.
 std::string tableOrText(const std::string& text) {
     Rows rows;
     for (const std::string& line : splitAt(text, '\n')) {

@@ -12,11 +12,11 @@ namespace {
 
 std::vector<InputSpec> ownInputs() {
     return {
-        {.name = "table", .description = "Table whose rows are judged.", .type = ValueType::Table},
+        {.name = "table", .description = "Table whose rows are tested.", .type = ValueType::Table},
         {.name = "condition",
          .description =
-             "Expression of the columns, for example pt > 20 and abs(eta) < 2.4. A number counts as true when "
-             "it is neither 0 nor NaN. A name that is no column is a number that comes by an input of that name.",
+             "Expression of the columns, for example pt > 20 and abs(eta) < 2.4. A number counts as true if "
+             "it is neither 0 nor NaN. A name that is not a column becomes an input for a number.",
          .type = ValueType::Text,
          .value = "true"},
     };
@@ -39,7 +39,7 @@ private:
     Condition condition;
 };
 
-/// Keeps the rows for which a condition holds.
+/// Keeps the rows for which a condition is true.
 class FilterKind : public RowWise {
 public:
     std::string name() const override { return "Filter"; }
@@ -77,7 +77,7 @@ std::unique_ptr<RowOperation> FilterKind::prepare(const Arguments& arguments, co
                                                   RunContext& context) const {
     const std::string& condition = arguments.text("condition");
     if (condition.empty()) {
-        throw Failure("condition", "there is no condition to judge the rows by");
+        throw Failure("condition", "the condition is empty");
     }
     return std::make_unique<FilterOperation>(
         schema, Condition("condition", condition, schema, numbersOf(condition).values(arguments, schema, context)));

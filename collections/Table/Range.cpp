@@ -9,7 +9,7 @@ namespace velmorak {
 
 namespace {
 
-/// Positions of rows in the table that comes in, counted from 0.
+/// Positions of rows in the input table, counted from 0.
 struct Positions {
     std::uint64_t first = 0;
     std::uint64_t last = std::numeric_limits<std::uint64_t>::max();
@@ -58,10 +58,10 @@ std::string RangeKind::summary() const {
 }
 
 Ports RangeKind::ports(const ValueTexts&) const {
-    const double largest = 9007199254740992.0;  // All whole numbers up to here are doubles.
+    const double largest = 9007199254740992.0;  // All integers up to here are doubles.
     return {{{.name = "table", .description = "Table whose rows are counted.", .type = ValueType::Table},
              {.name = "first",
-              .description = "Position of the first row to keep; 0 is the first row that comes in.",
+              .description = "Position of the first row to keep; 0 is the first row of the table.",
               .value = "0",
               .minimum = 0,
               .maximum = largest,
@@ -73,13 +73,13 @@ Ports RangeKind::ports(const ValueTexts&) const {
               .minimum = 0,
               .isInteger = true},
              {.name = "every",
-              .description = "Keep every n-th row, beginning with the first.",
+              .description = "Keep every n-th row, starting with the first.",
               .value = "1",
               .minimum = 1,
               .maximum = largest,
               .isInteger = true}},
             {{.name = "table",
-              .description = "The rows that were kept, with all their columns.",
+              .description = "The rows kept, with all their columns.",
               .type = ValueType::Table}}};
 }
 

@@ -9,7 +9,7 @@
 #include <sstream>
 #include <stdexcept>
 
-/// Writes what the kinds say of themselves: a collection's plugin_summary.txt, or a page in Markdown.
+/// Writes the kinds' descriptions of themselves: a collection's plugin_summary.txt, or a page in Markdown.
 namespace {
 
 using namespace velmorak;
@@ -49,7 +49,7 @@ void load(const std::string& library, Collector& collector) {
     }
     void* factory = dlsym(handle, "QzAnalysisFactory");
     if (!factory) {
-        throw std::runtime_error(library + " offers no kinds");
+        throw std::runtime_error(library + " has no kinds");
     }
     reinterpret_cast<void (*)(Registry&)>(factory)(collector);
 }
@@ -102,7 +102,7 @@ std::vector<fs::path> examplesOf(const Kind& kind, const fs::path& examples) {
     return found;
 }
 
-/// The pipeline of an example, and beside it what it plots.
+/// The pipeline of an example, and its plot beside it.
 void writePictures(const fs::path& document, const fs::path& examples, std::ostream& out) {
     const std::string name = document.stem();
     out << "![" << name << "](../examples/" << name << ".png)\n";

@@ -19,7 +19,7 @@ using io::XmlReader;
 
 constexpr std::size_t maxNamed = 40;
 
-/// @param damage where the file is damaged, why; what is complete before the damage is in the list.
+/// @param damage set if the file is damaged; objects that are complete before the damage are in the list.
 std::vector<AidaObject> readAll(const std::filesystem::path& file, const AidaObjectHandler::Choice& isWanted,
                                 RunContext& context, std::string& damage) {
     AidaObjectHandler walk(file, isWanted, context);
@@ -36,7 +36,7 @@ std::vector<AidaObject> readAll(const std::filesystem::path& file, const AidaObj
     }
     walk.finish();
     if (reader.repairedBytes() > 0) {
-        context.warn(file.string() + ": bytes that are not UTF-8, as the file says, are read as ISO-8859-1");
+        context.warn(file.string() + ": bytes that are not valid UTF-8 are read as ISO-8859-1");
     }
     return std::move(walk.objects());
 }
@@ -57,7 +57,7 @@ bool fits(const AidaObject& object, ValueType type) {
     return known && known->value == type;
 }
 
-/// Does the path, which may be the bare name, mean the object?
+/// @return whether the path, which may be a bare name, refers to the object.
 bool means(const std::string& path, const AidaObject& object) {
     return path.empty() || object.path == io::normalPath(path) ||
            (path.front() != '/' && object.path.ends_with("/" + path));
@@ -99,17 +99,17 @@ DataObjectPtr readAidaObject(const std::filesystem::path& file, const std::strin
     const std::string after = damage.empty() ? "" : " before it is damaged (" + damage + ")";
     const std::string list = named(fitting.empty() ? objects : fitting);
     if (meant.empty()) {
-        throw Failure(fmt::format("{} holds no {}{}{}; it holds {}", file.string(), nameOf(type),
+        throw Failure(fmt::format("{} contains no {}{}{}; it contains {}", file.string(), nameOf(type),
                                   path.empty() ? "" : " " + path, after, list));
     }
     if (meant.size() > 1 && (path.empty() || exact == meant.end())) {
         throw Failure(
-            fmt::format("{} holds several objects that fit, and the whole path of one must be given; it holds {}",
+            fmt::format("{} contains several matching objects; enter the full path of one; it contains {}",
                         file.string(), list));
     }
     const AidaObject& chosen = exact == meant.end() ? meant.front() : *exact;
     if (!chosen.object) {
-        throw Failure(fmt::format("{}: {} cannot be read, as the warnings say", file.string(), chosen.path));
+        throw Failure(fmt::format("{}: {} cannot be read; see the warnings", file.string(), chosen.path));
     }
     if (!damage.empty()) {
         context.warn(damage);

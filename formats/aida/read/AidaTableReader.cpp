@@ -40,7 +40,7 @@ std::string named(const std::vector<AidaEntry>& entries) {
     return entries.empty() ? "nothing" : all;
 }
 
-/// Tuples and clouds, or all objects where there are none.
+/// Tuples and clouds, or all objects if there are none.
 std::vector<AidaEntry> worthNaming(const std::vector<AidaEntry>& entries) {
     std::vector<AidaEntry> tabular;
     std::copy_if(entries.begin(), entries.end(), std::back_inserter(tabular), isTabular);
@@ -49,10 +49,10 @@ std::vector<AidaEntry> worthNaming(const std::vector<AidaEntry>& entries) {
 
 [[noreturn]] void refuse(const std::filesystem::path& file, const std::string& reason,
                          const std::vector<AidaEntry>& entries) {
-    throw Failure(fmt::format("{} {}; it holds {}", file.string(), reason, named(worthNaming(entries))));
+    throw Failure(fmt::format("{} {}; it contains {}", file.string(), reason, named(worthNaming(entries))));
 }
 
-/// What stands in a file, without a word about its oddities.
+/// Lists the objects of a file without warnings.
 std::vector<AidaEntry> listed(const std::filesystem::path& file, RunContext& context, std::string& damage) {
     AidaTupleHandler walk(file, "", context);
     XmlReader reader(file, walk, context);
@@ -78,15 +78,15 @@ std::vector<AidaEntry> listed(const std::filesystem::path& file, RunContext& con
 std::string onlyPath(const std::filesystem::path& file, const std::vector<AidaEntry>& entries) {
     const auto first = std::find_if(entries.begin(), entries.end(), isTabular);
     if (first == entries.end()) {
-        refuse(file, "holds no tuple or cloud", entries);
+        refuse(file, "contains no tuple or cloud", entries);
     }
     if (std::find_if(first + 1, entries.end(), isTabular) != entries.end()) {
-        refuse(file, "holds several tuples or clouds, and the path of one must be given", entries);
+        refuse(file, "contains several tuples or clouds; enter the path of one", entries);
     }
     return first->path;
 }
 
-/// An object named without its folder, where only one has the name.
+/// Path of the only object with this name, which is given without its folder.
 std::string pathOfName(const std::filesystem::path& file, const std::string& name,
                        const std::vector<AidaEntry>& entries) {
     std::vector<std::string> paths;
@@ -99,10 +99,10 @@ std::string pathOfName(const std::filesystem::path& file, const std::string& nam
         }
     }
     if (paths.size() > 1) {
-        refuse(file, fmt::format(R"(holds several objects "{}", and the whole path must be given)", name), entries);
+        refuse(file, fmt::format(R"(contains several objects "{}"; enter the full path of one)", name), entries);
     }
     if (paths.empty()) {
-        refuse(file, fmt::format(R"(holds no tuple or cloud "{}")", name), entries);
+        refuse(file, fmt::format(R"(contains no tuple or cloud "{}")", name), entries);
     }
     return paths[0];
 }
@@ -128,13 +128,13 @@ public:
     std::optional<double> fraction() const override;
 
 private:
-    /// @return false when there are no more rows.
+    /// @return false if there are no more rows.
     bool advance();
 
-    /// Damage behind the rows leaves them as they are, unless they are what the check sum is wrong for.
+    /// Warns about damage after the rows: a wrong checksum may mean that the rows are wrong, too.
     void checkRest();
 
-    /// Goes to the rows of the next tuple. A chain gives way to the tuples that it names.
+    /// Goes to the rows of the next tuple. A chain is replaced by its tuples.
     void beginNext(std::unique_ptr<io::TupleBuilder> rows);
 
     [[noreturn]] void refuseMissing(const std::string& path) const;
@@ -146,8 +146,8 @@ private:
     io::RowReading reading;
     std::unique_ptr<AidaTupleHandler> walk;
     std::unique_ptr<XmlReader> reader;
-    std::deque<std::string> members;  ///< Paths of the tuples whose rows are still to come.
-    std::size_t begun = 0;            ///< Tuples whose rows have come, and chains.
+    std::deque<std::string> members;  ///< Paths of the tuples that are still to be read.
+    std::size_t begun = 0;            ///< Tuples and chains that have been begun.
     Schema tableSchema;
     bool isRestChecked = false;
     std::unique_ptr<Failure> failure;
@@ -169,7 +169,7 @@ bool AidaTable::next(Chunk& chunk) {
     } catch (const Failure& damage) {
         failure = std::make_unique<Failure>(damage);
     }
-    // What is complete before the damage comes first.
+    // Complete rows before the damage are returned first.
     if (failure && walk->rows()->rows() == 0) {
         throw Failure(fmt::format("{} (after {} complete rows)", failure->what(), rowsTaken));
     }
@@ -236,10 +236,10 @@ void AidaTable::beginNext(std::unique_ptr<io::TupleBuilder> rows) {
 void AidaTable::refuseMissing(const std::string& path) const {
     for (const AidaEntry& entry : walk->entries()) {
         if (entry.path == path) {
-            throw Failure(fmt::format("{}: {} is a {}, which is no table", file.string(), path, entry.element));
+            throw Failure(fmt::format("{}: {} is a {}, not a table", file.string(), path, entry.element));
         }
     }
-    refuse(file, fmt::format("holds no object {}", path), walk->entries());
+    refuse(file, fmt::format("contains no object {}", path), walk->entries());
 }
 
 }  // namespace

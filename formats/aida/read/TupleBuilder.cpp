@@ -3,6 +3,7 @@
 #include "aida/text/EntryValues.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/Utf8.h>
 #include <velmorak/Value.h>
 
 #include <fmt/format.h>
@@ -19,7 +20,7 @@ constexpr std::size_t maxNestedValues = std::size_t{8} << 20U;
 
 std::string firstCharacter(std::string_view text) {
     std::size_t length = std::min<std::size_t>(1, text.size());
-    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
+    while (length < text.size() && isContinuationByte(text[length])) {
         ++length;
     }
     return std::string(text.substr(0, length));
@@ -93,7 +94,7 @@ bool TupleBuilder::put(TupleSlot& slot, const char* value) {
     }
     if (!isValue) {
         reason =
-            fmt::format(R"("{:.40}" in column "{}" is no {})", value,
+            fmt::format(R"("{:.40}" in column "{}" is not a valid {})", value,
                         tableSchema[static_cast<std::size_t>(&slot - slots.data())].name, nameOf(slot.column.type()));
     }
     return isValue;

@@ -58,11 +58,11 @@ TupleItem LayoutBuilder::addNested(const AidaColumn& column, const std::string& 
     TupleItem item;
     item.isNested = true;
     if (depth > maxNestingDepth) {
-        warn(fmt::format(R"(the column "{}" is nested too deep and is left out)", name));
+        warn(fmt::format(R"(the column "{}" is nested too deeply and is left out)", name));
         return item;
     }
     if (column.children.empty()) {
-        warn(fmt::format(R"(the nested column "{}" does not say what it holds and is left out)", name));
+        warn(fmt::format(R"(the nested column "{}" declares no columns and is left out)", name));
     }
     for (const AidaColumn& child : column.children) {
         const std::string inside = name + "." + child.name;
@@ -107,10 +107,10 @@ std::size_t LayoutBuilder::addSlot(const AidaColumn& column, const std::string& 
     const std::string given = name.empty() ? fmt::format("column{}", layout.slots.size() + 1) : name;
     const std::string unique = uniqueName(given);
     if (unique != given) {
-        warn(fmt::format(R"(there is more than one column "{}"; one is called "{}")", given, unique));
+        warn(fmt::format(R"(there is more than one column "{}"; one is renamed to "{}")", given, unique));
     }
     if (!column.isKnownType) {
-        warn(fmt::format(R"(the type "{}" of the column "{}" is not known; it is read as text)", column.typeText,
+        warn(fmt::format(R"(the type "{}" of the column "{}" is unknown; it is read as text)", column.typeText,
                          unique));
     }
     nameBytes += unique.size();

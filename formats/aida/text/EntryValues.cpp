@@ -1,5 +1,6 @@
 #include "aida/text/EntryValues.h"
 
+#include <velmorak/Text.h>
 #include <velmorak/Value.h>
 
 #include <algorithm>
@@ -10,17 +11,6 @@
 namespace velmorak::io {
 
 namespace {
-
-std::string_view trimmed(std::string_view text) {
-    const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
-    while (!text.empty() && isBlank(text.front())) {
-        text.remove_prefix(1);
-    }
-    while (!text.empty() && isBlank(text.back())) {
-        text.remove_suffix(1);
-    }
-    return text;
-}
 
 bool isWord(std::string_view text, std::string_view word) {
     return text.size() == word.size() &&

@@ -8,7 +8,7 @@ bool XmlNames::see(std::string_view element, const char* const* attributes) {
     if (!isKnownElement(element) && !elements.contains(element)) {
         elements.emplace(element);
     }
-    // Rows have the same attribute again and again.
+    // Rows repeat the same attribute.
     for (; *attributes; attributes += 2) {
         if (*attributes != last) {
             last = *attributes;

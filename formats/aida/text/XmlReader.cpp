@@ -95,7 +95,7 @@ bool XmlReader::beginNextDocument() {
     rows.reset();
     const bool isThereOne = stream.nextDocument();
     for (; skippedFiles < stream.skipped().size(); ++skippedFiles) {
-        warnings.add(fmt::format("{}: {} is no XML and is left out", path.string(), stream.skipped()[skippedFiles]));
+        warnings.add(fmt::format("{}: {} is not XML and is skipped", path.string(), stream.skipped()[skippedFiles]));
     }
     if (!isThereOne) {
         warnings.finish(path.string());

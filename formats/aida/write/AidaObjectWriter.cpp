@@ -21,9 +21,9 @@ namespace {
 
 constexpr std::string_view directions = "xyz";
 constexpr std::array labels{"XLabel", "YLabel", "ZLabel"};
-constexpr std::array madeAnew{"Title", "XLabel", "YLabel", "ZLabel", "NaNEntries", "ExactSums", "Sums"};
+constexpr std::array replacedKeys{"Title", "XLabel", "YLabel", "ZLabel", "NaNEntries", "ExactSums", "Sums"};
 
-/// A longer list is written as several items: readers have a limit for what stands in one tag.
+/// Longer lists are written as several items: readers limit the length of a tag.
 constexpr std::size_t maxListLength = std::size_t{16} << 20U;
 
 std::string item(std::string_view key, std::string_view value, bool isSticky) {
@@ -217,7 +217,7 @@ std::string beginElement(std::string_view element, const DataObject& object, con
     for (const char c : object.name) {
         nameInPath += c == '/' ? "\\/" : std::string(1, c);
     }
-    // Points and functions have none in the document type.
+    // In the document type, points and functions have no options.
     const bool mayHaveOptions = isOfFamily(element, AidaFamily::Histogram) || isOfFamily(element, AidaFamily::Profile);
     const std::string options = mayHaveOptions && !object.options.empty()
                                     ? fmt::format(" options=\"{}\"", escaped(object.options))
@@ -262,7 +262,7 @@ void AnnotationText::addList(std::string_view key, std::string_view list) {
 
 std::string AnnotationText::finish(const DataObject& object) {
     for (const AnnotationItem& own : object.annotation) {
-        if (std::find(madeAnew.begin(), madeAnew.end(), own.key) == madeAnew.end()) {
+        if (std::find(replacedKeys.begin(), replacedKeys.end(), own.key) == replacedKeys.end()) {
             items += item(own.key, own.value, own.isSticky);
         }
     }
@@ -288,7 +288,7 @@ std::string objectElement(const DataObject& object, const std::string& folder) {
     if (const auto* function = dynamic_cast<const FunctionObject*>(&object)) {
         return functionElement(*function, folder);
     }
-    throw Failure(fmt::format("a {} of this class has no place in an AIDA file", nameOf(object.type())));
+    throw Failure(fmt::format("a {} of this class cannot be written to an AIDA file", nameOf(object.type())));
 }
 
 }  // namespace velmorak::io
