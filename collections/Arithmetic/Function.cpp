@@ -9,8 +9,9 @@ namespace {
 
 std::vector<InputSpec> ownInputs() {
     return {{.name = "expression",
-             .description = "Formula of numbers, for example passed / all. Each name in it becomes an input that can be "
-                            "entered or wired.",
+             .description =
+                 "Formula of numbers, for example passed / all. Each name in it becomes an input that can be "
+                 "entered or wired.",
              .type = ValueType::Text}};
 }
 

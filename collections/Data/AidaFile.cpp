@@ -5,13 +5,14 @@ namespace velmorak {
 std::vector<InputSpec> aidaInputs(const std::string& objects, const std::string& example) {
     return {
         {.name = "file",
-         .description = "AIDA file, plain or compressed; the format is recognised by content. A relative path is searched "
-                        "for beside the document, then in the current folder. Empty: the file given with -a on the "
-                        "command line.",
+         .description =
+             "AIDA file, plain or compressed; the format is recognised by content. A relative path is searched "
+             "for beside the document, then in the current folder. Empty: the file given with -a on the "
+             "command line.",
          .type = ValueType::Text},
         {.name = "object",
-         .description = "Path of the " + objects + " in the file, for example " + example +
-                        ". Empty: the only one in the file.",
+         .description =
+             "Path of the " + objects + " in the file, for example " + example + ". Empty: the only one in the file.",
          .type = ValueType::Text},
     };
 }

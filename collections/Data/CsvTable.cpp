@@ -72,11 +72,12 @@ std::string CsvTableKind::summary() const {
 
 Ports CsvTableKind::ports(const ValueTexts&) const {
     Ports ports;
-    ports.inputs = {{.name = "file",
-                     .description =
-                         "Text file, plain or compressed with gzip, bzip2 or zip; the format is recognised by content. A "
-                         "relative path is searched for beside the document, then in the current folder.",
-                     .type = ValueType::Text}};
+    ports.inputs = {
+        {.name = "file",
+         .description =
+             "Text file, plain or compressed with gzip, bzip2 or zip; the format is recognised by content. A "
+             "relative path is searched for beside the document, then in the current folder.",
+         .type = ValueType::Text}};
     for (InputSpec& input : formInputs()) {
         ports.inputs.push_back(std::move(input));
     }

@@ -53,8 +53,9 @@ Ports RootTableKind::ports(const ValueTexts&) const {
                         "in the file.",
          .type = ValueType::Text},
         {.name = "columns",
-         .description = "Names of the columns to read, separated by blanks or commas; a name with other characters in back "
-                        "quotes. Empty: all columns that can be read.",
+         .description =
+             "Names of the columns to read, separated by blanks or commas; a name with other characters in back "
+             "quotes. Empty: all columns that can be read.",
          .type = ValueType::Text},
     };
     ports.outputs = {{.name = "table",

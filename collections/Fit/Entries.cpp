@@ -1,9 +1,7 @@
 #include "Entries.h"
 
+#include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
-#include <velmorak/Histogram1D.h>
-#include <velmorak/Points.h>
-#include <velmorak/Profile.h>
 
 namespace velmorak {
 
@@ -45,6 +43,20 @@ FitData entriesOf(const Points& points) {
     return data;
 }
 
+[[noreturn]] FitData entriesOf(const DataObject& other) {
+    throw Failure("data", "a " + std::string(nameOf(other.type())) +
+                              " cannot be fitted; expected a one-dimensional histogram or profile, or points");
+}
+
+/// Of an object without counts.
+template <typename Object>
+FitData uncountedEntriesOf(const Object& object, bool isCounted) {
+    if (isCounted) {
+        throw Failure("data", "the likelihood method needs counts, which only a histogram has; use the method chi2");
+    }
+    return entriesOf(object);
+}
+
 }  // namespace
 
 FitData entriesOf(const Value& value, bool isCounted) {
@@ -52,20 +64,12 @@ FitData entriesOf(const Value& value, bool isCounted) {
     if (!object || !*object) {
         throw Failure("data", "nothing is wired; expected a histogram, profile or points");
     }
-    if (const auto* const histogram = dynamic_cast<const Histogram1D*>(object->get())) {
-        return entriesOf(*histogram);
-    }
-    if (isCounted) {
-        throw Failure("data", "the likelihood method needs counts, which only a histogram has; use the method chi2");
-    }
-    if (const auto* const profile = dynamic_cast<const Profile1D*>(object->get())) {
-        return entriesOf(*profile);
-    }
-    if (const auto* const points = dynamic_cast<const Points*>(object->get())) {
-        return entriesOf(*points);
-    }
-    throw Failure("data", "a " + std::string(nameOf((*object)->type())) +
-                              " cannot be fitted; expected a one-dimensional histogram or profile, or points");
+    return visit(**object, overloaded{
+                               [](const Histogram1D& histogram) { return entriesOf(histogram); },
+                               [&](const Profile1D& profile) { return uncountedEntriesOf(profile, isCounted); },
+                               [&](const Points& points) { return uncountedEntriesOf(points, isCounted); },
+                               [&](const DataObject& other) { return uncountedEntriesOf(other, isCounted); },
+                           });
 }
 
 }  // namespace velmorak

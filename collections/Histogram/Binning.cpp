@@ -80,8 +80,7 @@ std::vector<InputSpec> axisInputs(const std::string& expression, const std::stri
          .value = "100"},
         {.name = prefix + "edges",
          .description = "Ascending edges of bins of any width, separated by blanks or commas, " + unit +
-                        ". If not empty, they replace " + prefix + "bins, " + prefix + "low and " + prefix +
-                        "high.",
+                        ". If not empty, they replace " + prefix + "bins, " + prefix + "low and " + prefix + "high.",
          .type = ValueType::Text},
     };
 }

@@ -210,27 +210,29 @@ of the first histogram, and underflow and overflow are 0.)";
 }
 
 Ports CombineKind::ports(const ValueTexts&) const {
-    return {{histogramInput("first", "Histogram of one or two dimensions; for an efficiency, the fills that passed."),
-             histogramInput("second", "Histogram with the same bins; for an efficiency, all fills."),
-             {.name = "operation",
-              .description = "Operation for each bin; binomial and wilson divide the fills that passed by all fills and differ in "
-                             "their errors.",
-              .type = ValueType::Choice,
-              .value = "add",
-              .choices = {"add", "subtract", "multiply", "divide", "binomial", "wilson"}},
-             {.name = "factor", .description = "Factor applied to the second histogram first, without unit.", .value = "1"},
-             {.name = "deviations",
-              .description = "Half width of the efficiency intervals of the points, in standard deviations.",
-              .value = "1",
-              .minimum = 0,
-              .maximum = 10},
-             derivedTitleInput()},
-            {{.name = "histogram",
-              .description = "Result in each bin, with its symmetric error.",
-              .type = ValueType::Histogram},
-             {.name = "points",
-              .description = "Result at the centre of each bin that has one, with errors upwards and downwards.",
-              .type = ValueType::Points}}};
+    return {
+        {histogramInput("first", "Histogram of one or two dimensions; for an efficiency, the fills that passed."),
+         histogramInput("second", "Histogram with the same bins; for an efficiency, all fills."),
+         {.name = "operation",
+          .description =
+              "Operation for each bin; binomial and wilson divide the fills that passed by all fills and differ in "
+              "their errors.",
+          .type = ValueType::Choice,
+          .value = "add",
+          .choices = {"add", "subtract", "multiply", "divide", "binomial", "wilson"}},
+         {.name = "factor", .description = "Factor applied to the second histogram first, without unit.", .value = "1"},
+         {.name = "deviations",
+          .description = "Half width of the efficiency intervals of the points, in standard deviations.",
+          .value = "1",
+          .minimum = 0,
+          .maximum = 10},
+         derivedTitleInput()},
+        {{.name = "histogram",
+          .description = "Result in each bin, with its symmetric error.",
+          .type = ValueType::Histogram},
+         {.name = "points",
+          .description = "Result at the centre of each bin that has one, with errors upwards and downwards.",
+          .type = ValueType::Points}}};
 }
 
 void CombineKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {

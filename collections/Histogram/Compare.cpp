@@ -94,8 +94,7 @@ void requireComparable(const Histogram1D& first, const Histogram1D& second, cons
     }
     for (const auto& [histogram, input] : {std::pair{&first, "first"}, std::pair{&second, "second"}}) {
         if (!(histogram->inRange().w > 0.0)) {
-            throw Failure(input,
-                          "it cannot be compared: its heights add up to " + textOf(histogram->inRange().w));
+            throw Failure(input, "it cannot be compared: its heights add up to " + textOf(histogram->inRange().w));
         }
     }
 }
@@ -113,7 +112,8 @@ public:
 }  // namespace
 
 std::string CompareKind::summary() const {
-    return "Tests whether two histograms follow the same distribution, with the chi-square and Kolmogorov-Smirnov tests.";
+    return "Tests whether two histograms follow the same distribution, with the chi-square and Kolmogorov-Smirnov "
+           "tests.";
 }
 
 std::string CompareKind::notes() const {
@@ -142,8 +142,9 @@ Ports CompareKind::ports(const ValueTexts&) const {
             {{.name = "chisquare", .description = "Chi square, without unit."},
              {.name = "ndf", .description = "Number of degrees of freedom."},
              {.name = "probability",
-              .description = "P-value: probability of a larger chi square if both follow one distribution; NaN without degrees "
-                             "of freedom."},
+              .description =
+                  "P-value: probability of a larger chi square if both follow one distribution; NaN without degrees "
+                  "of freedom."},
              {.name = "distance", .description = "Largest distance between the two cumulative distributions, 0 to 1."},
              {.name = "ksprobability",
               .description = "P-value: probability of a larger distance if both follow one distribution."}}};

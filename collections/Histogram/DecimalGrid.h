@@ -13,7 +13,8 @@ public:
     static constexpr double maxNumber = 1e300;
 
     /// The finest grid on which no more than maxCells lie between the cells of low and high; coarser where the
-    /// precision of doubles of this size does not resolve its edges. It depends on low and high alone, and is no finer for a wider span.
+    /// precision of doubles of this size does not resolve its edges. It depends on low and high alone, and is no finer
+    /// for a wider span.
     /// @throws Failure if the numbers are beyond maxNumber.
     DecimalGrid(double low, double high, std::size_t maxCells);
 

@@ -142,7 +142,8 @@ InputSpec tableInput() {
 InputSpec coordinateInput(const std::string& name, const std::string& meaning) {
     InputSpec input = expressionInput();
     input.name = name;
-    input.description = meaning + ": a column or an expression of columns, in their unit. Of a list, all values are filled.";
+    input.description =
+        meaning + ": a column or an expression of columns, in their unit. Of a list, all values are filled.";
     return input;
 }
 
@@ -273,8 +274,8 @@ std::unique_ptr<Accumulation> Histogram2DKind::prepare(const Arguments& argument
     const Axis x = axisFrom(arguments, "x");
     const Axis y = axisFrom(arguments, "y");
     if ((x.bins() + 2) > Grid<2>::maxCells / (y.bins() + 2)) {
-        throw Failure("ybins", textOf(static_cast<double>(x.bins())) + " x " +
-                                   textOf(static_cast<double>(y.bins())) + " bins need too much memory");
+        throw Failure("ybins", textOf(static_cast<double>(x.bins())) + " x " + textOf(static_cast<double>(y.bins())) +
+                                   " bins need too much memory");
     }
     const Grid<2> grid({x, y});
     return givenFilling<Histogram2D>(

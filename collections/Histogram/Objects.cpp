@@ -1,5 +1,7 @@
 #include "Objects.h"
 
+#include <velmorak/DataObjects.h>
+
 namespace velmorak {
 
 namespace {
@@ -16,25 +18,29 @@ const DataObjectPtr* objectAt(const Arguments& arguments, const std::string& inp
 }  // namespace
 
 AnyHistogram histogramOf1Or2(const Arguments& arguments, const std::string& input) {
-    const DataObjectPtr* object = objectAt(arguments, input);
-    if (object) {
-        if (auto one = std::dynamic_pointer_cast<const Histogram1D>(*object)) {
-            return one;
-        }
-        if (auto two = std::dynamic_pointer_cast<const Histogram2D>(*object)) {
-            return two;
-        }
+    const DataObjectPtr* const object = objectAt(arguments, input);
+    const Failure other(input, "expected a histogram of one or two dimensions");
+    if (!object) {
+        throw other;
     }
-    throw Failure(input, "expected a histogram of one or two dimensions");
+    return visit(**object,
+                 overloaded{
+                     [&](const Histogram1D& histogram) -> AnyHistogram { return HistogramPtr(*object, &histogram); },
+                     [&](const Histogram2D& histogram) -> AnyHistogram { return Histogram2DPtr(*object, &histogram); },
+                     [&](const DataObject&) -> AnyHistogram { throw other; },
+                 });
 }
 
 Histogram2DPtr histogram2D(const Arguments& arguments, const std::string& input) {
-    const DataObjectPtr* object = objectAt(arguments, input);
-    auto histogram = object ? std::dynamic_pointer_cast<const Histogram2D>(*object) : nullptr;
-    if (!histogram) {
-        throw Failure(input, "expected a two-dimensional histogram");
+    const DataObjectPtr* const object = objectAt(arguments, input);
+    const Failure other(input, "expected a two-dimensional histogram");
+    if (!object) {
+        throw other;
     }
-    return histogram;
+    return visit(**object, overloaded{
+                               [&](const Histogram2D& histogram) { return Histogram2DPtr(*object, &histogram); },
+                               [&](const DataObject&) -> Histogram2DPtr { throw other; },
+                           });
 }
 
 InputSpec histogramInput(const std::string& name, const std::string& description) {

@@ -27,8 +27,8 @@ double quantileOf(const std::vector<WeightedInterval>& ascending, double probabi
 
 /// Weights of a stream of numbers by size, in bounded memory. Up to maxCells numbers are kept as they are; more go
 /// into the cells of a decimal grid around them, which are joined to wider ones when the range grows. The cells
-/// depend on the set of all numbers, not on how the stream was cut into chunks. Threads: one filler at a time; give each
-/// chunk its own, then merge in chunk order.
+/// depend on the set of all numbers, not on how the stream was cut into chunks. Threads: one filler at a time; give
+/// each chunk its own, then merge in chunk order.
 class Quantiles {
 public:
     static constexpr std::size_t maxCells = 10000;

@@ -91,16 +91,18 @@ Histogram2D rebinned(const Histogram2D& histogram, const Arguments& arguments) {
 
 std::vector<InputSpec> joiningInputs(const std::string& prefix, const std::string& axis) {
     return {{.name = prefix + "factor",
-             .description = "Number of neighbouring bins of the " + axis + " to join into one; a divisor of the number of bins.",
+             .description =
+                 "Number of neighbouring bins of the " + axis + " to join into one; a divisor of the number of bins.",
              .value = prefix.empty() ? "2" : "1",
              .minimum = 1,
              .maximum = maxBins,
              .isInteger = true},
             {.name = prefix + "edges",
-             .description = "Edges of the new bins of the " + axis +
-                            ", in its unit, separated by blanks or commas; each must be an edge already. If not empty, they "
-                            "replace " +
-                            prefix + "factor.",
+             .description =
+                 "Edges of the new bins of the " + axis +
+                 ", in its unit, separated by blanks or commas; each must be an edge already. If not empty, they "
+                 "replace " +
+                 prefix + "factor.",
              .type = ValueType::Text}};
 }
 
@@ -130,8 +132,9 @@ millionth of the mean bin width.)";
 Ports RebinKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {histogramInput("histogram", "Histogram of one or two dimensions.")};
-    for (const auto& [prefix, axis] : {std::pair<std::string, std::string>{"", "horizontal axis"},
-                                       std::pair<std::string, std::string>{"y", "vertical axis of a two-dimensional histogram"}}) {
+    for (const auto& [prefix, axis] :
+         {std::pair<std::string, std::string>{"", "horizontal axis"},
+          std::pair<std::string, std::string>{"y", "vertical axis of a two-dimensional histogram"}}) {
         for (InputSpec& input : joiningInputs(prefix, axis)) {
             ports.inputs.push_back(std::move(input));
         }

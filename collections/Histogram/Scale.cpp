@@ -67,17 +67,16 @@ unchanged. The number of entries is unchanged, too.)";
 }
 
 Ports ScaleKind::ports(const ValueTexts&) const {
-    return {
-        {histogramInput("histogram", "Histogram of one or two dimensions."),
-         {.name = "mode",
-          .description = "Meaning of the factor: the factor of the heights, their new sum, the new area, "
-                         "or the factor of heights divided by bin widths.",
-          .type = ValueType::Choice,
-          .value = "factor",
-          .choices = {"factor", "sum", "area", "width"}},
-         {.name = "factor", .description = "Number to apply as the mode says, without unit.", .value = "1"},
-         derivedTitleInput()},
-        {{.name = "histogram", .description = "The scaled histogram.", .type = ValueType::Histogram}}};
+    return {{histogramInput("histogram", "Histogram of one or two dimensions."),
+             {.name = "mode",
+              .description = "Meaning of the factor: the factor of the heights, their new sum, the new area, "
+                             "or the factor of heights divided by bin widths.",
+              .type = ValueType::Choice,
+              .value = "factor",
+              .choices = {"factor", "sum", "area", "width"}},
+             {.name = "factor", .description = "Number to apply as the mode says, without unit.", .value = "1"},
+             derivedTitleInput()},
+            {{.name = "histogram", .description = "The scaled histogram.", .type = ValueType::Histogram}}};
 }
 
 void ScaleKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {

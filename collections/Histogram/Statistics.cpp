@@ -84,7 +84,8 @@ public:
     void merge(AccumulatorState&) override {}
 };
 
-/// Skewness from the exact mean and spread of each bin; the fills of a bin are assumed to lie symmetrically about its mean.
+/// Skewness from the exact mean and spread of each bin; the fills of a bin are assumed to lie symmetrically about its
+/// mean.
 double skewnessOf(const Histogram1D& histogram) {
     const double mean = histogram.mean();
     const double spread = histogram.rms();
@@ -218,11 +219,13 @@ Ports StatisticsKind::ports(const ValueTexts&) const {
         {.name = "median",
          .description = "Median: half of the weight lies below it; in the unit of the expression; NaN without fills."},
         {.name = "lower",
-         .description = "Quantile for 15.87 %, the lower end of the central 68.27 %, in the unit of the expression; NaN "
-                        "without fills."},
+         .description =
+             "Quantile for 15.87 %, the lower end of the central 68.27 %, in the unit of the expression; NaN "
+             "without fills."},
         {.name = "upper",
-         .description = "Quantile for 84.13 %, the upper end of the central 68.27 %, in the unit of the expression; NaN "
-                        "without fills."},
+         .description =
+             "Quantile for 84.13 %, the upper end of the central 68.27 %, in the unit of the expression; NaN "
+             "without fills."},
     };
     return ports;
 }

@@ -17,8 +17,8 @@ struct AidaContents {
     Schema schema;  ///< Of the table, if there is one.
 };
 
-/// An AIDA file that is being written. Nothing is on disk before the first call; without complete() the file is removed.
-/// Threads: one at a time.
+/// An AIDA file that is being written. Nothing is on disk before the first call; without complete() the file is
+/// removed. Threads: one at a time.
 class AidaOutput {
 public:
     AidaOutput(AidaContents whatToWrite, RunContext& run);

@@ -66,7 +66,9 @@ DataObjectPtr objectOrTable(const Arguments& arguments, const std::string& input
         return nullptr;
     }
     if (!std::holds_alternative<DataObjectPtr>(value)) {
-        throw Failure(input, "a number or text cannot be written to an AIDA file; wire a table, histogram, profile, points or function");
+        throw Failure(
+            input,
+            "a number or text cannot be written to an AIDA file; wire a table, histogram, profile, points or function");
     }
     return std::get<DataObjectPtr>(value);
 }

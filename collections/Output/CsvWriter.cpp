@@ -128,7 +128,7 @@ std::string CsvWriterKind::summary() const {
 std::string CsvWriterKind::notes() const {
     return R"(`CsvTable` reads every number of the file back to the last bit: reals have as many digits as that requires, with a decimal
 point (`3.0`) if they are integral; `NaN`, `Infinity` and `-Infinity` are written as such, NaN without a sign. Texts are put in
-double quotes, and quotes in them are doubled, so that a text that looks like a number stays a text; booleans are `true` and
+double quotes, and quotes in them are doubled, so that a text that styles like a number stays a text; booleans are `true` and
 `false`. A list is written as one text with its values separated by blanks; use `Explode` first to get one row for each value. The first line names the columns.
 
 | object | columns |

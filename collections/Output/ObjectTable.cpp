@@ -1,11 +1,8 @@
 #include "ObjectTable.h"
 
+#include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
 #include <velmorak/FunctionValues.h>
-#include <velmorak/Histogram1D.h>
-#include <velmorak/HistogramGrid.h>
-#include <velmorak/Points.h>
-#include <velmorak/Profile.h>
 
 #include <array>
 #include <cmath>
@@ -140,28 +137,16 @@ ObjectTable tableOf(const FunctionObject& function, const Sampling& sampling) {
     return table;
 }
 
-template <typename Class>
-bool fillFrom(const DataObject& object, ObjectTable& table) {
-    const auto* found = dynamic_cast<const Class*>(&object);
-    if (found) {
-        table = tableOf(*found);
-    }
-    return found != nullptr;
-}
-
 }  // namespace
 
 ObjectTable objectTable(const DataObject& object, const Sampling& sampling) {
-    ObjectTable table;
-    if (fillFrom<Histogram1D>(object, table) || fillFrom<Histogram2D>(object, table) ||
-        fillFrom<Histogram3D>(object, table) || fillFrom<Profile1D>(object, table) ||
-        fillFrom<Profile2D>(object, table) || fillFrom<Points>(object, table)) {
-        return table;
-    }
-    if (const auto* function = dynamic_cast<const FunctionObject*>(&object)) {
-        return tableOf(*function, sampling);
-    }
-    throw Failure("\"" + object.name + "\" cannot be converted to a table");
+    return visit(object, overloaded{
+                             [&](const FunctionObject& function) { return tableOf(function, sampling); },
+                             [](const DataObject& other) -> ObjectTable {
+                                 throw Failure("\"" + other.name + "\" cannot be converted to a table");
+                             },
+                             [](const auto& known) { return tableOf(known); },
+                         });
 }
 
 }  // namespace velmorak

@@ -3,8 +3,8 @@
 #include "Html.h"
 #include "PlotText.h"
 
-#include <velmorak/Value.h>
 #include <velmorak/Utf8.h>
+#include <velmorak/Value.h>
 
 #include <algorithm>
 #include <cmath>

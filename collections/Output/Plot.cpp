@@ -12,10 +12,11 @@ namespace velmorak {
 
 namespace {
 
-const InputSpec objectInput = {
-    .name = "object",
-    .description = "Histogram, profile, points or function to draw. Two-dimensional objects are drawn as colours and need their own plot.",
-    .type = ValueType::Any};
+const InputSpec objectInput = {.name = "object",
+                               .description =
+                                   "Histogram, profile, points or function to draw. Two-dimensional objects are drawn "
+                                   "as colours and need their own plot.",
+                               .type = ValueType::Any};
 
 std::vector<PlotObject> objectsOf(const Arguments& arguments) {
     std::vector<PlotObject> objects;

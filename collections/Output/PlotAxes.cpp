@@ -2,8 +2,8 @@
 
 #include "PlotText.h"
 
-#include <velmorak/Value.h>
 #include <velmorak/Utf8.h>
+#include <velmorak/Value.h>
 
 #include <algorithm>
 #include <cmath>

@@ -3,9 +3,8 @@
 #include "PlotStatistics.h"
 #include "PlotText.h"
 
+#include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
-#include <velmorak/Points.h>
-#include <velmorak/Profile.h>
 
 #include <algorithm>
 #include <cmath>
@@ -48,18 +47,7 @@ public:
     PlotContents finish();
 
 private:
-    template <typename Class>
-    bool addIf(const PlotObject& object) {
-        const auto* found = dynamic_cast<const Class*>(object.object.get());
-        if (!found) {
-            return false;
-        }
-        addObject(object, *found);
-        titles.push_back(found->title);
-        return true;
-    }
-
-    bool addFunction(const PlotObject& object);
+    void addObject(const PlotObject& object, const FunctionObject& function);
 
     void addObject(const PlotObject& object, const Histogram1D& histogram);
 
@@ -108,7 +96,7 @@ private:
     static void take(std::string& title, const std::string& found);
 
     /// Unless the user chooses, data with a curve are drawn as points, others as steps.
-    void chooseLooks();
+    void chooseSeriesStyles();
 
     const PlotStyle& style;
     PlotContents contents;
@@ -117,12 +105,20 @@ private:
     bool haveOneHeight = true;
 };
 
+[[noreturn]] void refuse(const PlotObject& object) {
+    throw Failure(object.input, "a three-dimensional histogram cannot be drawn; project it first");
+}
+
 void Collector::add(const PlotObject& object) {
-    const bool isDrawn = addIf<Histogram1D>(object) || addIf<Histogram2D>(object) || addIf<Profile1D>(object) ||
-                         addIf<Profile2D>(object) || addIf<Points>(object) || addFunction(object);
-    if (!isDrawn) {
-        throw Failure(object.input, "a three-dimensional histogram cannot be drawn; project it first");
-    }
+    visit(*object.object, overloaded{
+                              [&](const FunctionObject& function) { addObject(object, function); },
+                              [&](const Histogram3D&) { refuse(object); },
+                              [&](const DataObject&) { refuse(object); },
+                              [&](const auto& data) {
+                                  addObject(object, data);
+                                  titles.push_back(data.title);
+                              },
+                          });
     if (contents.map && !contents.series.empty()) {
         throw Failure(object.input,
                       "one- and two-dimensional objects cannot be drawn in the same plot; use another Plot");
@@ -137,25 +133,20 @@ PlotContents Collector::finish() {
     if (!haveOneHeight) {
         contents.yTitle = contents.yTitle.substr(0, contents.yTitle.find(" / ")) + " / bin";
     }
-    chooseLooks();
+    chooseSeriesStyles();
     return std::move(contents);
 }
 
-bool Collector::addFunction(const PlotObject& object) {
-    auto function = std::dynamic_pointer_cast<const FunctionObject>(object.object);
-    if (!function) {
-        return false;
-    }
-    if (function->arguments.size() > 1) {
+void Collector::addObject(const PlotObject& object, const FunctionObject& function) {
+    if (function.arguments.size() > 1) {
         throw Failure(object.input, "a function of more than one argument cannot be drawn");
     }
     PlotSeries series = seriesOf(object);
-    series.look = PlotSeries::SeriesStyle::Curve;
-    series.statistics = statisticsOf(*function);
-    series.function = std::move(function);
+    series.style = PlotSeries::SeriesStyle::Curve;
+    series.statistics = statisticsOf(function);
+    series.function = std::shared_ptr<const FunctionObject>(object.object, &function);
     take(contents.xTitle, series.function->arguments.empty() ? "" : series.function->arguments.front().name);
     contents.series.push_back(std::move(series));
-    return true;
 }
 
 void Collector::addObject(const PlotObject& object, const Histogram1D& histogram) {
@@ -191,7 +182,7 @@ void Collector::setHeightTitle(const Histogram1D& histogram) {
 
 void Collector::addObject(const PlotObject& object, const Profile1D& profile) {
     PlotSeries series = seriesOf(object);
-    series.look = PlotSeries::SeriesStyle::Points;
+    series.style = PlotSeries::SeriesStyle::Points;
     series.statistics = statisticsOf(profile);
     const Axis& axis = profile.grid().axis(0);
     for (std::size_t i = 0; i < axis.bins(); ++i) {
@@ -218,8 +209,8 @@ void Collector::addObject(const PlotObject& object, const Points& points) {
         throw Failure(object.input, "points of more than two dimensions cannot be drawn");
     }
     PlotSeries series = seriesOf(object);
-    series.look = PlotSeries::SeriesStyle::Points;
-    series.statistics = {{"Points", std::to_string(points.size())}};
+    series.style = PlotSeries::SeriesStyle::Points;
+    series.statistics = {{"Points", textOf(static_cast<double>(points.size()))}};
     const std::size_t last = points.dimension() - 1;
     for (std::size_t i = 0; i < points.size(); ++i) {
         // One-dimensional points are drawn side by side.
@@ -293,12 +284,12 @@ void Collector::take(std::string& title, const std::string& found) {
     }
 }
 
-void Collector::chooseLooks() {
-    const bool havePoints =
-        style.look == HistogramLook::Points || (style.look == HistogramLook::Automatic && contents.hasCurve());
+void Collector::chooseSeriesStyles() {
+    const bool havePoints = style.histograms == HistogramStyle::Points ||
+                            (style.histograms == HistogramStyle::Automatic && contents.hasCurve());
     for (PlotSeries& series : contents.series) {
         if (series.isHistogram && havePoints) {
-            series.look = PlotSeries::SeriesStyle::Points;
+            series.style = PlotSeries::SeriesStyle::Points;
         }
     }
 }

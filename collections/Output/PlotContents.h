@@ -37,7 +37,7 @@ struct PlotPoint {
 /// Drawing of a one-dimensional object.
 struct PlotSeries {
     enum class SeriesStyle { Steps, Points, Curve };
-    SeriesStyle look = SeriesStyle::Steps;
+    SeriesStyle style = SeriesStyle::Steps;
     bool isHistogram = false;
     std::string label;
     std::vector<double> edges;                       ///< Bin edges.

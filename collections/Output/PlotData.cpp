@@ -107,7 +107,7 @@ std::string plotData(const PlotContents& contents, const PlotFrame& frame) {
         "# has two blocks, of which the second may hold nothing.\n";
     for (const PlotSeries& series : contents.series) {
         const std::string nothing = "NaN NaN\n";
-        switch (series.look) {
+        switch (series.style) {
             case PlotSeries::SeriesStyle::Steps:
                 text += outline(series, frame) + "\n\n" + bars(series, frame) + "\n\n";
                 break;

@@ -2,8 +2,8 @@
 
 #include "PlotText.h"
 
-#include <velmorak/Value.h>
 #include <velmorak/Utf8.h>
+#include <velmorak/Value.h>
 
 #include <algorithm>
 #include <array>
@@ -27,8 +27,8 @@ constexpr std::array<int, 7> openMarks = {6, 4, 8, 10, 12, 14, 6};
 constexpr std::array<std::string_view, 9> viridis = {"#440154", "#472D7B", "#3B528B", "#2C728E", "#21918C",
                                                      "#28AE80", "#5EC962", "#ADDC30", "#FDE725"};
 
-/// Sizes in fractions of the frame: line and character of the box; line, character and sample of the legend; character of
-/// the line above a frame with colours.
+/// Sizes in fractions of the frame: line and character of the box; line, character and sample of the legend; character
+/// of the line above a frame with colours.
 constexpr double boxLine = 0.046;
 constexpr double boxCharacter = 0.0132;
 constexpr double legendLine = 0.066;
@@ -48,21 +48,21 @@ struct DrawStyle {
 };
 
 /// Data with curves are black, and the curves are coloured.
-std::vector<DrawStyle> looksOf(const PlotContents& contents) {
-    std::vector<DrawStyle> looks;
+std::vector<DrawStyle> drawStylesOf(const PlotContents& contents) {
+    std::vector<DrawStyle> styles;
     std::size_t next = 0;
     bool hasBlack = !contents.hasCurve();
     for (const PlotSeries& series : contents.series) {
-        const bool isBlack = series.look == PlotSeries::SeriesStyle::Points && !hasBlack;
+        const bool isBlack = series.style == PlotSeries::SeriesStyle::Points && !hasBlack;
         hasBlack = hasBlack || isBlack;
         const std::size_t at = next % colours.size();
         const std::size_t turn = next / colours.size();
-        looks.push_back({.colour = "'" + std::string(isBlack ? black : colours[at]) + "'",
-                         .dash = number(turn + 1),
-                         .mark = number(static_cast<std::size_t>(turn % 2 == 0 ? fullMarks[at] : openMarks[at]))});
+        styles.push_back({.colour = "'" + std::string(isBlack ? black : colours[at]) + "'",
+                          .dash = number(turn + 1),
+                          .mark = number(static_cast<std::size_t>(turn % 2 == 0 ? fullMarks[at] : openMarks[at]))});
         next += isBlack ? 0 : 1;
     }
-    return looks;
+    return styles;
 }
 
 std::size_t curveCount(const PlotContents& contents) {
@@ -75,7 +75,7 @@ std::vector<StatisticsRow> boxRows(const PlotContents& contents, const PlotStyle
     std::vector<StatisticsRow> rows;
     const std::size_t curves = curveCount(contents);
     const bool isClear = contents.series.size() - curves <= 1 && curves <= 1;
-    if (style.statistics == StatisticsLook::None || !isClear) {
+    if (style.statistics == StatisticsDisplay::None || !isClear) {
         return rows;
     }
     for (const PlotSeries& series : contents.series) {
@@ -98,7 +98,7 @@ struct Boxes {
 
 std::string legendText(const PlotSeries& series, const PlotStyle& style, bool hasBox) {
     std::string text = series.label;
-    if (style.statistics == StatisticsLook::Always && !hasBox && !series.statistics.empty() && !series.function) {
+    if (style.statistics == StatisticsDisplay::Always && !hasBox && !series.statistics.empty() && !series.function) {
         constexpr std::size_t maxNumbers = 3;
         text += "  (";
         for (std::size_t i = 0; i < std::min(series.statistics.size(), maxNumbers); ++i) {
@@ -189,34 +189,34 @@ std::string legendPlace(const Boxes& boxes) {
 }
 
 /// Layers of one series in the plot command.
-std::vector<std::string> layersOf(const PlotSeries& series, std::size_t position, const DrawStyle& look,
+std::vector<std::string> layersOf(const PlotSeries& series, std::size_t position, const DrawStyle& drawStyle,
                                   const std::string& title, bool isAlone) {
-    const std::string colour = " linecolor rgb " + look.colour;
+    const std::string colour = " linecolor rgb " + drawStyle.colour;
     const std::string first = "data index " + number(2 * position);
     const std::string second = "data index " + number(2 * position + 1);
     std::vector<std::string> layers;
-    switch (series.look) {
+    switch (series.style) {
         case PlotSeries::SeriesStyle::Steps:
             if (isAlone) {
-                layers.push_back(first + " using 1:2 with filledcurves closed fillcolor rgb " + look.colour +
+                layers.push_back(first + " using 1:2 with filledcurves closed fillcolor rgb " + drawStyle.colour +
                                  " fillstyle transparent solid 0.18 noborder notitle");
             }
-            layers.push_back(first + " using 1:2 with lines linewidth 3.5 dashtype " + look.dash + colour + title);
+            layers.push_back(first + " using 1:2 with lines linewidth 3.5 dashtype " + drawStyle.dash + colour + title);
             layers.push_back(second + " using 1:3:(0):($4-$3) with vectors nohead linewidth 2.5" + colour + " notitle");
             break;
         case PlotSeries::SeriesStyle::Points:
-            layers.push_back(first + " using 1:2:3:4:5:6 with xyerrorbars pointtype " + look.mark +
+            layers.push_back(first + " using 1:2:3:4:5:6 with xyerrorbars pointtype " + drawStyle.mark +
                              " pointsize marks linewidth 2.5" + colour + title);
             break;
         case PlotSeries::SeriesStyle::Curve:
-            layers.push_back(first + " using 1:2 with lines linewidth 5 dashtype " + look.dash + colour + title);
+            layers.push_back(first + " using 1:2 with lines linewidth 5 dashtype " + drawStyle.dash + colour + title);
             break;
     }
     return layers;
 }
 
 std::string seriesCommand(const PlotContents& contents, const PlotStyle& style, const Boxes& boxes) {
-    const std::vector<DrawStyle> looks = looksOf(contents);
+    const std::vector<DrawStyle> styles = drawStylesOf(contents);
     std::string text = "plot";
     // Curves are drawn over data.
     for (const bool isCurve : {false, true}) {
@@ -228,7 +228,7 @@ std::string seriesCommand(const PlotContents& contents, const PlotStyle& style, 
             const std::string title = boxes.hasLegend
                                           ? " title " + quotedForGnuplot(legendText(series, style, !boxes.rows.empty()))
                                           : std::string(" notitle");
-            for (const std::string& layer : layersOf(series, i, looks[i], title, contents.series.size() == 1)) {
+            for (const std::string& layer : layersOf(series, i, styles[i], title, contents.series.size() == 1)) {
                 text += (text.size() > 4 ? ", \\\n     " : " ") + layer;
             }
         }
@@ -246,7 +246,7 @@ std::string paletteText() {
 
 std::string mapSetting(const PlotContents& contents, const PlotStyle& style) {
     std::string text = "set key off\nset colorbox\n" + paletteText();
-    if (style.statistics != StatisticsLook::None) {
+    if (style.statistics != StatisticsDisplay::None) {
         text += "set label " + quotedForGnuplot(contents.map->statistics) +
                 " at graph 1, graph 1.04 right font 'DejaVu Sans,22' textcolor rgb '#404040'\n";
     }

@@ -7,8 +7,8 @@
 namespace velmorak {
 
 enum class LegendPlace { None, Automatic, TopLeft, TopRight, BottomLeft, BottomRight };
-enum class HistogramLook { Automatic, Steps, Points };
-enum class StatisticsLook { None, Automatic, Always };
+enum class HistogramStyle { Automatic, Steps, Points };
+enum class StatisticsDisplay { None, Automatic, Always };
 
 /// Ends of an axis, in its unit; an end that is not set follows the contents.
 struct PlotRange {
@@ -31,10 +31,11 @@ struct PlotStyle {
     PlotAxis x;
     PlotAxis y;
     PlotAxis z;
-    std::vector<std::string> labels;  ///< For the legend, in the order of the objects; an empty one means the object's title.
+    std::vector<std::string>
+        labels;  ///< For the legend, in the order of the objects; an empty one means the object's title.
     LegendPlace legend = LegendPlace::Automatic;
-    HistogramLook look = HistogramLook::Automatic;
-    StatisticsLook statistics = StatisticsLook::Automatic;
+    HistogramStyle histograms = HistogramStyle::Automatic;
+    StatisticsDisplay statistics = StatisticsDisplay::Automatic;
 };
 
 }  // namespace velmorak

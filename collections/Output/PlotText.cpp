@@ -19,8 +19,8 @@ bool isNoCharacter(const std::string& text, std::size_t at, std::size_t length) 
     return length == 3 && (text.compare(at, 3, "\xEF\xBF\xBE") == 0 || text.compare(at, 3, "\xEF\xBF\xBF") == 0);
 }
 
-/// Escapes a character within single quotes. A quote is concatenated by its code: gnuplot misreads a doubled quote at the
-/// beginning of a text, and expands macros after one in double quotes.
+/// Escapes a character within single quotes. A quote is concatenated by its code: gnuplot misreads a doubled quote at
+/// the beginning of a text, and expands macros after one in double quotes.
 std::string readable(const std::string& text, std::size_t at, std::size_t length) {
     const auto byte = static_cast<std::uint8_t>(text[at]);
     if (length == 0 || isNoCharacter(text, at, length)) {

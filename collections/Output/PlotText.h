@@ -4,8 +4,8 @@
 
 namespace velmorak {
 
-/// Quotes a text for gnuplot, in single quotes, where no character has a special meaning; quotes in it are concatenated.
-/// Line ends and invalid UTF-8 are replaced, so that no text can become a command.
+/// Quotes a text for gnuplot, in single quotes, where no character has a special meaning; quotes in it are
+/// concatenated. Line ends and invalid UTF-8 are replaced, so that no text can become a command.
 std::string quotedForGnuplot(const std::string& text);
 
 /// Formats a number for people, with at most so many digits.

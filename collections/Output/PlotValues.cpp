@@ -16,7 +16,7 @@ std::vector<std::string> legendChoices() {
     return {"no", "automatic", "top left", "top right", "bottom left", "bottom right"};
 }
 
-std::vector<std::string> lookChoices() {
+std::vector<std::string> histogramStyleChoices() {
     return {"automatic", "steps", "points"};
 }
 
@@ -150,15 +150,14 @@ std::vector<InputSpec> plotValueInputs() {
         choiceInput("style",
                     "How histograms are drawn; automatic: as points if there is a function, else as "
                     "steps.",
-                    "automatic", lookChoices()),
+                    "automatic", histogramStyleChoices()),
         choiceInput("legend", "Position of the legend; automatic: in an upper corner, if there are several objects.",
                     "automatic", legendChoices()),
         textInput("labels", "Names in the legend, separated by semicolons. Empty: the titles of the objects."),
-        choiceInput(
-            "statistics",
-            "Shows entries, mean and rms in range, and fit results; automatic: if there is "
-            "one object, with or without a function; yes: for several objects in the legend.",
-            "automatic", statisticsChoices()),
+        choiceInput("statistics",
+                    "Shows entries, mean and rms in range, and fit results; automatic: if there is "
+                    "one object, with or without a function; yes: for several objects in the legend.",
+                    "automatic", statisticsChoices()),
     };
 }
 
@@ -201,8 +200,8 @@ PlotStyle plotStyleOf(const Arguments& arguments) {
     style.z = axisOf(arguments, "z");
     style.labels = partsOf(arguments.text("labels"));
     style.legend = chosen<LegendPlace>(arguments, "legend", legendChoices());
-    style.look = chosen<HistogramLook>(arguments, "style", lookChoices());
-    style.statistics = chosen<StatisticsLook>(arguments, "statistics", statisticsChoices());
+    style.histograms = chosen<HistogramStyle>(arguments, "style", histogramStyleChoices());
+    style.statistics = chosen<StatisticsDisplay>(arguments, "statistics", statisticsChoices());
     return style;
 }
 

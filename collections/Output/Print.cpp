@@ -143,7 +143,8 @@ public:
 }  // namespace
 
 std::string PrintKind::summary() const {
-    return "Prints numbers, texts, objects and the first rows of a table among the messages of the run, and into a text "
+    return "Prints numbers, texts, objects and the first rows of a table among the messages of the run, and into a "
+           "text "
            "file.";
 }
 

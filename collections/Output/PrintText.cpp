@@ -3,8 +3,8 @@
 #include "PlotStatistics.h"
 #include "PlotText.h"
 
+#include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
-#include <velmorak/Points.h>
 #include <velmorak/Utf8.h>
 
 #include <algorithm>
@@ -24,28 +24,23 @@ std::vector<std::vector<std::string>> textRows(const ObjectTable& table, std::si
     return rows;
 }
 
-std::string statisticsText(const DataObject& object) {
-    if (const auto* histogram = dynamic_cast<const Histogram2D*>(&object)) {
-        return statisticsLine(*histogram) + "\n";
-    }
-    if (const auto* profile = dynamic_cast<const Profile2D*>(&object)) {
-        return statisticsLine(*profile) + "\n";
-    }
-    std::vector<StatisticsRow> rows;
-    if (const auto* histogram = dynamic_cast<const Histogram1D*>(&object)) {
-        rows = statisticsOf(*histogram);
-    }
-    if (const auto* profile = dynamic_cast<const Profile1D*>(&object)) {
-        rows = statisticsOf(*profile);
-    }
-    if (const auto* function = dynamic_cast<const FunctionObject*>(&object)) {
-        rows = statisticsOf(*function);
-    }
+std::string linesOf(const std::vector<StatisticsRow>& rows) {
     std::string text;
     for (const StatisticsRow& row : rows) {
         text += row[0] + ": " + row[1] + "\n";
     }
     return text;
+}
+
+std::string statisticsText(const DataObject& object) {
+    return visit(object, overloaded{
+                             [](const Histogram1D& histogram) { return linesOf(statisticsOf(histogram)); },
+                             [](const Histogram2D& histogram) { return statisticsLine(histogram) + "\n"; },
+                             [](const Profile1D& profile) { return linesOf(statisticsOf(profile)); },
+                             [](const Profile2D& profile) { return statisticsLine(profile) + "\n"; },
+                             [](const FunctionObject& function) { return linesOf(statisticsOf(function)); },
+                             [](const DataObject&) { return std::string(); },
+                         });
 }
 
 std::string printedObject(const std::string& name, const DataObject& object, std::size_t most) {

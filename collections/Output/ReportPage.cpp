@@ -5,6 +5,8 @@
 #include "PipelineDrawing.h"
 #include "PlotText.h"
 
+#include <velmorak/DataObjects.h>
+
 #include <algorithm>
 #include <sstream>
 
@@ -191,10 +193,15 @@ std::string fits(const ReportContents& contents) {
     std::string text;
     for (const ReportItem& item : contents.items) {
         const auto* object = std::get_if<DataObjectPtr>(&item.value);
-        const auto* function = !object ? nullptr : dynamic_cast<const FunctionObject*>(object->get());
-        if (function) {
-            text += (text.empty() ? "<h2>Functions and fits</h2>\n" : "") + fitText(item, *function);
+        if (!object) {
+            continue;
         }
+        visit(**object, overloaded{
+                            [&](const FunctionObject& function) {
+                                text += (text.empty() ? "<h2>Functions and fits</h2>\n" : "") + fitText(item, function);
+                            },
+                            [](const DataObject&) {},
+                        });
     }
     return text;
 }

@@ -14,9 +14,8 @@ std::vector<InputSpec> ownInputs() {
     return {
         {.name = "table", .description = "Table whose rows are tested.", .type = ValueType::Table},
         {.name = "condition",
-         .description =
-             "Expression of the columns, for example pt > 20 and abs(eta) < 2.4. A number counts as true if "
-             "it is neither 0 nor NaN. A name that is not a column becomes an input for a number.",
+         .description = "Expression of the columns, for example pt > 20 and abs(eta) < 2.4. A number counts as true if "
+                        "it is neither 0 nor NaN. A name that is not a column becomes an input for a number.",
          .type = ValueType::Text,
          .value = "true"},
     };

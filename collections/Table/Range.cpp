@@ -78,9 +78,7 @@ Ports RangeKind::ports(const ValueTexts&) const {
               .minimum = 1,
               .maximum = largest,
               .isInteger = true}},
-            {{.name = "table",
-              .description = "The rows kept, with all their columns.",
-              .type = ValueType::Table}}};
+            {{.name = "table", .description = "The rows kept, with all their columns.", .type = ValueType::Table}}};
 }
 
 std::unique_ptr<RowOperation> RangeKind::prepare(const Arguments& arguments, const Schema& schema, RunContext&) const {

@@ -65,17 +65,16 @@ std::string SelectKind::summary() const {
 }
 
 Ports SelectKind::ports(const ValueTexts&) const {
-    return {
-        {{.name = "table", .description = "Table to select columns from.", .type = ValueType::Table},
-         {.name = "columns",
-          .description = "Names of columns, separated by blanks or commas; a name with blanks in back quotes.",
-          .type = ValueType::Text},
-         {.name = "mode",
-          .description = "Keep: the named columns, in the order of the list. Drop: all other columns.",
-          .type = ValueType::Choice,
-          .value = "keep",
-          .choices = {"keep", "drop"}}},
-        {{.name = "table", .description = "All rows, with the selected columns.", .type = ValueType::Table}}};
+    return {{{.name = "table", .description = "Table to select columns from.", .type = ValueType::Table},
+             {.name = "columns",
+              .description = "Names of columns, separated by blanks or commas; a name with blanks in back quotes.",
+              .type = ValueType::Text},
+             {.name = "mode",
+              .description = "Keep: the named columns, in the order of the list. Drop: all other columns.",
+              .type = ValueType::Choice,
+              .value = "keep",
+              .choices = {"keep", "drop"}}},
+            {{.name = "table", .description = "All rows, with the selected columns.", .type = ValueType::Table}}};
 }
 
 std::string SelectKind::refusal(const std::string& input, const std::string& value) const {

@@ -39,8 +39,8 @@ void CsvRecords::begin() {
     constexpr std::string_view utf32("\xFF\xFE\0\0", 4);
     const bool isUtf32 = buffer.starts_with(utf32) || buffer.starts_with(std::string_view("\0\0\xFE\xFF", 4));
     if (isUtf32 || buffer.starts_with("\xFF\xFE") || buffer.starts_with("\xFE\xFF")) {
-        throw Failure("file", "\"" + name + "\" is encoded in " + (isUtf32 ? "UTF-32" : "UTF-16") +
-                                  "; save it as UTF-8");
+        throw Failure("file",
+                      "\"" + name + "\" is encoded in " + (isUtf32 ? "UTF-32" : "UTF-16") + "; save it as UTF-8");
     }
     if (buffer.starts_with("\xEF\xBB\xBF")) {
         place = 3;

@@ -23,9 +23,9 @@ struct CsvField {
     bool isQuoted = false;
 };
 
-/// Splits a text file, compressed or not, into records and fields. A field in double quotes may contain delimiters, line
-/// ends, and quotes, which are doubled. Blanks around other fields and empty lines are ignored. Line ends are those of
-/// Unix, Windows or old Macs. Threads: one at a time.
+/// Splits a text file, compressed or not, into records and fields. A field in double quotes may contain delimiters,
+/// line ends, and quotes, which are doubled. Blanks around other fields and empty lines are ignored. Line ends are
+/// those of Unix, Windows or old Macs. Threads: one at a time.
 class CsvRecords {
 public:
     /// Limit for the fields of a record.

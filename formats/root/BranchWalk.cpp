@@ -232,8 +232,8 @@ void BranchWalk::setElementLayout(const Object& branch, const Object& leaf, Tree
     }
 }
 
-/// A collection in a branch of its own has a header in each entry, except for a text; a member has one header for all its
-/// values, which are contiguous if it is a member of the items of another collection.
+/// A collection in a branch of its own has a header in each entry, except for a text; a member has one header for all
+/// its values, which are contiguous if it is a member of the items of another collection.
 void BranchWalk::setCollection(TreeColumn& column, const std::string& typeName, Collected collected) {
     const std::optional<ValueType> type = valueTypeNamed(typeName);
     if (!type) {

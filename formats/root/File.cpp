@@ -105,8 +105,9 @@ std::vector<std::uint8_t> File::bytesAt(std::uint64_t position, std::size_t coun
             continue;
         }
         if (read <= 0) {
-            throw Failure(fmt::format("cannot read at byte {}: {}", position + done,
-                                      read < 0 ? std::generic_category().message(errno) : "the file was truncated meanwhile"));
+            throw Failure(
+                fmt::format("cannot read at byte {}: {}", position + done,
+                            read < 0 ? std::generic_category().message(errno) : "the file was truncated meanwhile"));
         }
         done += static_cast<std::size_t>(read);
     }

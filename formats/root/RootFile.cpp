@@ -52,12 +52,12 @@ const Entry& tableNamed(const File& file, const std::string& wanted) {
         throw Failure(fmt::format("{} contains no tree or ntuple", file.path().string()));
     }
     if (!found) {
-        throw Failure("object", fmt::format("{} contains no tree or ntuple \"{}\"; it contains {}", file.path().string(),
-                                            path, listOf(tables)));
+        throw Failure("object", fmt::format("{} contains no tree or ntuple \"{}\"; it contains {}",
+                                            file.path().string(), path, listOf(tables)));
     }
     if (path.empty() && tables.size() > 1) {
-        throw Failure("object",
-                      fmt::format("{} contains several tables; enter the path of one: {}", file.path().string(), listOf(tables)));
+        throw Failure("object", fmt::format("{} contains several tables; enter the path of one: {}",
+                                            file.path().string(), listOf(tables)));
     }
     return *found;
 }

@@ -243,7 +243,8 @@ std::uint32_t WbxmlText::length() {
             return value;
         }
     }
-    reportDamage(element == none ? "a length is out of range" : fmt::format("the length of {} is out of range", place()));
+    reportDamage(element == none ? "a length is out of range"
+                                 : fmt::format("the length of {} is out of range", place()));
     return 0;
 }
 

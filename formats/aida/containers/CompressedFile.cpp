@@ -50,8 +50,9 @@ void mustHoldOne(const std::filesystem::path& file) {
                                   archive->damage().empty() ? "" : ": ", archive->damage()));
     }
     if (count > 1) {
-        throw Failure(fmt::format("{} is an archive of several files; only archives of one file can be read: it contains {}",
-                                  file.string(), names));
+        throw Failure(
+            fmt::format("{} is an archive of several files; only archives of one file can be read: it contains {}",
+                        file.string(), names));
     }
 }
 

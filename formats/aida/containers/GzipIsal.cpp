@@ -12,8 +12,8 @@ namespace {
 
 constexpr std::size_t packedSize = std::size_t{1} << 16;
 
-/// gzip by ISA-L, which is several times faster than zlib. If it finds damage, zlib decompresses the file again from the
-/// beginning, so that data and error message are those of zlib.
+/// gzip by ISA-L, which is several times faster than zlib. If it finds damage, zlib decompresses the file again from
+/// the beginning, so that data and error message are those of zlib.
 class FastGzip : public Decompressor {
 public:
     explicit FastGzip(const std::filesystem::path& path);

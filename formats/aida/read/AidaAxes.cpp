@@ -31,8 +31,8 @@ double binsOf(const ParsedAxis& axis) {
         throw Failure("an axis has no min, max and numberOfBins");
     }
     if (!(bins >= 1.0) || bins != std::floor(bins) || !(low < high)) {
-        throw Failure(fmt::format(R"(an axis has invalid attributes min="{:.40}" max="{:.40}" numberOfBins="{:.40}")", axis.low,
-                                  axis.high, axis.bins));
+        throw Failure(fmt::format(R"(an axis has invalid attributes min="{:.40}" max="{:.40}" numberOfBins="{:.40}")",
+                                  axis.low, axis.high, axis.bins));
     }
     return bins;
 }
@@ -59,7 +59,8 @@ Axis axisFrom(const ParsedAxis& axis, std::vector<std::string>& warnings) {
 }
 
 /// Positions of the axes in the file by direction; in the order of the file if directions are missing.
-std::vector<std::size_t> axisOrder(const ParsedObject& parsed, std::size_t dimensions, std::vector<std::string>& warnings) {
+std::vector<std::size_t> axisOrder(const ParsedObject& parsed, std::size_t dimensions,
+                                   std::vector<std::string>& warnings) {
     constexpr std::string_view names = "xyz";
     std::vector<std::size_t> order;
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
@@ -200,7 +201,7 @@ PlacedBins placedBins(const ParsedObject& parsed, const Grid<dimensions>& grid, 
             isOnGrid = isOnGrid && number >= ParsedBin::underflow && number < static_cast<std::int64_t>(bins);
             cells[direction] = number == ParsedBin::underflow  ? 0
                                : number == ParsedBin::overflow ? bins + 1
-                                                            : static_cast<std::size_t>(number) + 1;
+                                                               : static_cast<std::size_t>(number) + 1;
         }
         if (isOnGrid) {
             placed.emplace_back(grid.cell(cells), &bin);

@@ -48,7 +48,8 @@ double heightOf(const ParsedBin& bin) {
 
 /// Adds the sums of the coordinates of a bin whose sum of weights is w.
 template <std::size_t dimensions, typename Sums>
-void addCoordinates(const ParsedBin& bin, const Grid<dimensions>& grid, std::size_t cell, bool isHistogram, Sums& sums) {
+void addCoordinates(const ParsedBin& bin, const Grid<dimensions>& grid, std::size_t cell, bool isHistogram,
+                    Sums& sums) {
     const auto cells = grid.alongAxes(cell);
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
         const double mean = std::isnan(bin.means[direction]) ? likelyMean(grid.axis(direction), cells[direction])
@@ -117,8 +118,8 @@ bool isStale(const CellVector<Sums>& fromBins, const std::map<std::size_t, std::
 
 void noteErrors(const ParsedObject& parsed, std::vector<std::string>& warnings) {
     const auto isAsymmetric = [&](const ParsedBin& bin) {
-        return parsed.package != "LWH" && !std::isnan(bin.error2) && !std::isnan(bin.error) && bin.error2 != bin.error &&
-               std::abs(bin.error2 - bin.error * bin.error) > 1e-5 * std::abs(bin.error2);
+        return parsed.package != "LWH" && !std::isnan(bin.error2) && !std::isnan(bin.error) &&
+               bin.error2 != bin.error && std::abs(bin.error2 - bin.error * bin.error) > 1e-5 * std::abs(bin.error2);
     };
     if (std::any_of(parsed.bins.begin(), parsed.bins.end(), isAsymmetric)) {
         warnings.emplace_back("its bins have different errors downwards; the errors upwards are used for both");
@@ -261,7 +262,8 @@ std::shared_ptr<DataObject> points(const ParsedObject& parsed, std::vector<std::
         }
     }
     if (tooShort != 0) {
-        warnings.push_back(fmt::format("{} of its points have too few measurements; the missing ones are NaN", tooShort));
+        warnings.push_back(
+            fmt::format("{} of its points have too few measurements; the missing ones are NaN", tooShort));
     }
     if (tooLong != 0) {
         warnings.push_back(fmt::format("{} of its points have too many measurements; the surplus is ignored", tooLong));

@@ -151,7 +151,8 @@ bool AidaObjectHandler::hold(std::size_t bytes) {
 void AidaObjectHandler::beginObject(std::string_view name, const char* const* attributes) {
     std::string warning;
     if (found.size() == maxObjects) {
-        throw Failure(fmt::format("{}{}: the file contains more than {} objects", file.string(), reader->where(), maxObjects));
+        throw Failure(
+            fmt::format("{}{}: the file contains more than {} objects", file.string(), reader->where(), maxObjects));
     }
     held = declared = 0;
     parsed.emplace();
@@ -161,8 +162,8 @@ void AidaObjectHandler::beginObject(std::string_view name, const char* const* at
     }
     parsed->element = name;
     parsed->name = plainName(textOr(attributeOf(attributes, "name"), "unnamed"));
-    parsed->title =
-        textOr(attributeOf(attributes, "title"), textOr(attributeOf(attributes, "label"), parsed->name.c_str()).c_str());
+    parsed->title = textOr(attributeOf(attributes, "title"),
+                           textOr(attributeOf(attributes, "label"), parsed->name.c_str()).c_str());
     parsed->options = textOr(attributeOf(attributes, "options"), "");
     parsed->package = package;
     parsed->dimension = textOr(attributeOf(attributes, "dimension"), "");
@@ -244,10 +245,10 @@ void AidaObjectHandler::putItem(const char* const* attributes) {
 bool AidaObjectHandler::inHistogram(std::string_view name, const char* const* attributes) {
     if (name == "axis" && hold(sizeof(ParsedAxis))) {
         parsed->axes.push_back({textOr(attributeOf(attributes, "direction"), "x"),
-                             textOr(attributeOf(attributes, "min"), ""),
-                             textOr(attributeOf(attributes, "max"), ""),
-                             textOr(attributeOf(attributes, "numberOfBins"), ""),
-                             {}});
+                                textOr(attributeOf(attributes, "min"), ""),
+                                textOr(attributeOf(attributes, "max"), ""),
+                                textOr(attributeOf(attributes, "numberOfBins"), ""),
+                                {}});
     } else if (name == "binBorder" && !parsed->axes.empty() && hold(2 * sizeof(double))) {
         parsed->axes.back().borders.push_back(numberOr(attributeOf(attributes, "value"), notGiven));
     } else if (name == "bin1d" || name == "bin2d" || name == "bin3d") {
@@ -272,8 +273,8 @@ void AidaObjectHandler::putBin(const char* const* attributes, std::size_t dimens
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
         const char* name = dimensions == 1 ? "binNum" : numbers[direction];
         if (!readBinNumber(attributeOf(attributes, name), bin.numbers[direction]) && parsed->problem.empty()) {
-            parsed->problem = fmt::format(R"({}="{:.40}"{} is not the number of a bin)", name, textOr(attributeOf(attributes, name), ""),
-                                       reader->where());
+            parsed->problem = fmt::format(R"({}="{:.40}"{} is not the number of a bin)", name,
+                                          textOr(attributeOf(attributes, name), ""), reader->where());
         }
         bin.means[direction] = number(dimensions == 1 ? "weightedMean" : means[direction]);
         bin.spreads[direction] = number(dimensions == 1 ? "weightedRms" : spreads[direction]);

@@ -103,9 +103,8 @@ DataObjectPtr readAidaObject(const std::filesystem::path& file, const std::strin
                                   path.empty() ? "" : " " + path, after, list));
     }
     if (meant.size() > 1 && (path.empty() || exact == meant.end())) {
-        throw Failure(
-            fmt::format("{} contains several matching objects; enter the full path of one; it contains {}",
-                        file.string(), list));
+        throw Failure(fmt::format("{} contains several matching objects; enter the full path of one; it contains {}",
+                                  file.string(), list));
     }
     const AidaObject& chosen = exact == meant.end() ? meant.front() : *exact;
     if (!chosen.object) {

@@ -17,8 +17,8 @@ namespace velmorak::io {
 
 struct AidaObjectType;
 
-/// Handles the elements of an AIDA file: lists its objects, reads the headers of tuples and clouds, and builds the rows of
-/// the wanted one.
+/// Handles the elements of an AIDA file: lists its objects, reads the headers of tuples and clouds, and builds the rows
+/// of the wanted one.
 class AidaTupleHandler : public XmlHandler {
 public:
     /// @param wantedPath path of the object whose rows are built; empty to only list the objects.

@@ -110,8 +110,8 @@ std::size_t LayoutBuilder::addSlot(const AidaColumn& column, const std::string& 
         warn(fmt::format(R"(there is more than one column "{}"; one is renamed to "{}")", given, unique));
     }
     if (!column.isKnownType) {
-        warn(fmt::format(R"(the type "{}" of the column "{}" is unknown; it is read as text)", column.typeText,
-                         unique));
+        warn(
+            fmt::format(R"(the type "{}" of the column "{}" is unknown; it is read as text)", column.typeText, unique));
     }
     nameBytes += unique.size();
     if (nameBytes > maxNameBytes) {

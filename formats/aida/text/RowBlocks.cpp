@@ -46,10 +46,10 @@ struct RowBlocks::Shared {
     std::condition_variable changed;
     std::deque<std::unique_ptr<Block>> blocks;   ///< In the order of the text.
     std::vector<std::unique_ptr<Block>> unused;  ///< For reuse.
-    std::vector<char> rest;                      ///< Of the last block, after its last row. Accessed by the reading thread.
-    bool isDrained = false;                      ///< The stream is at its end. Accessed by the reading thread.
-    std::size_t helpers = 0;                     ///< Tasks that were spawned and have not ended.
-    std::size_t busy = 0;                        ///< Helper tasks that are running.
+    std::vector<char> rest;   ///< Of the last block, after its last row. Accessed by the reading thread.
+    bool isDrained = false;   ///< The stream is at its end. Accessed by the reading thread.
+    std::size_t helpers = 0;  ///< Tasks that were spawned and have not ended.
+    std::size_t busy = 0;     ///< Helper tasks that are running.
     bool isReading = false;
     bool isAtEnd = false;
     bool isClosed = false;

@@ -13,9 +13,9 @@
 
 namespace velmorak::io {
 
-/// The text of a tuple's rows, cut into blocks at row ends, each scanned as if it contained only plain rows. Idle threads
-/// of the task arena decompress and scan ahead.
-/// Threads: operations are called by one thread at a time, which alone accesses the block at the front.
+/// The text of a tuple's rows, cut into blocks at row ends, each scanned as if it contained only plain rows. Idle
+/// threads of the task arena decompress and scan ahead. Threads: operations are called by one thread at a time, which
+/// alone accesses the block at the front.
 class RowBlocks {
 public:
     struct Block {

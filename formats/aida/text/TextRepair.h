@@ -7,8 +7,8 @@
 
 namespace velmorak::io {
 
-/// Repairs text that is declared as UTF-8: some writers copy bytes of other encodings, so that a byte that is not part of
-/// a valid sequence is taken as ISO-8859-1. Works on pieces; a sequence may be cut anywhere.
+/// Repairs text that is declared as UTF-8: some writers copy bytes of other encodings, so that a byte that is not part
+/// of a valid sequence is taken as ISO-8859-1. Works on pieces; a sequence may be cut anywhere.
 class TextRepair {
 public:
     /// Appends the repaired piece to the target.
@@ -28,10 +28,10 @@ private:
     void begin(const std::string& target);
     void end(const std::string& target);
 
-    std::uint64_t appended = 0;         ///< Bytes in total.
-    std::uint64_t targetBegin = 0;      ///< Bytes appended before the target's first one.
+    std::uint64_t appended = 0;            ///< Bytes in total.
+    std::uint64_t targetBegin = 0;         ///< Bytes appended before the target's first one.
     std::vector<std::uint64_t> positions;  ///< Positions of the bytes that the last call took as ISO-8859-1.
-    std::string rest;                   ///< Beginning of a sequence at the end of the last piece.
+    std::string rest;                      ///< Beginning of a sequence at the end of the last piece.
     std::uint64_t count = 0;
 };
 

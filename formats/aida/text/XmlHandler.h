@@ -17,8 +17,8 @@ public:
     virtual void endElement(const char* name) = 0;
     /// Text between elements, in pieces.
     virtual void characters(std::string_view /*text*/) {}
-    /// Columns of the tuple whose rows are being read if its rows may be plain and are wanted; null otherwise, and inside
-    /// elements other than rows.
+    /// Columns of the tuple whose rows are being read if its rows may be plain and are wanted; null otherwise, and
+    /// inside elements other than rows.
     virtual const std::vector<PlainColumn>* plainColumns() const { return nullptr; }
     /// No element is open inside the one that contains the rows. Called only if there are plain columns.
     virtual bool isBetweenRows() const { return false; }

@@ -3,6 +3,7 @@
 #include "aida/write/AidaObjectWriter.h"
 
 #include <velmorak/Aida.h>
+#include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
 #include <velmorak/Text.h>
 #include <velmorak/Value.h>
@@ -99,7 +100,8 @@ std::string typeText(ColumnType type) {
 void checkName(const std::string& name) {
     if (name.empty() || trimmed(name) != name || name.find('=') != std::string::npos) {
         throw Failure(fmt::format(
-            R"(an AIDA file cannot have a column named "{}": column names must not be empty, contain "=" or start or end with blanks)", name));
+            R"(an AIDA file cannot have a column named "{}": column names must not be empty, contain "=" or start or end with blanks)",
+            name));
     }
 }
 
@@ -181,11 +183,13 @@ void AidaFileWriter::write(const Histogram1D& histogram, const std::string& fold
 }
 
 void AidaFileWriter::write(const DataObject& object, const std::string& folder) {
-    if (const auto* histogram = dynamic_cast<const Histogram1D*>(&object)) {
-        return write(*histogram, folder);
-    }
-    part->mustBeInTable(false);
-    part->write(io::objectElement(object, folder));
+    visit(object, overloaded{
+                      [&](const Histogram1D& histogram) { write(histogram, folder); },
+                      [&](const DataObject& other) {
+                          part->mustBeInTable(false);
+                          part->write(io::objectElement(other, folder));
+                      },
+                  });
 }
 
 void AidaFileWriter::beginTable(const std::string& name, const std::string& title, const std::string& folder,

@@ -4,10 +4,8 @@
 #include "aida/read/AidaColumns.h"
 #include "aida/text/AidaText.h"
 
+#include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
-#include <velmorak/FunctionObject.h>
-#include <velmorak/Points.h>
-#include <velmorak/Profile.h>
 
 #include <fmt/format.h>
 
@@ -270,25 +268,18 @@ std::string AnnotationText::finish(const DataObject& object) {
 }
 
 std::string objectElement(const DataObject& object, const std::string& folder) {
-    if (const auto* histogram = dynamic_cast<const Histogram2D*>(&object)) {
-        return histogramElement(*histogram, folder);
-    }
-    if (const auto* histogram = dynamic_cast<const Histogram3D*>(&object)) {
-        return histogramElement(*histogram, folder);
-    }
-    if (const auto* profile = dynamic_cast<const Profile1D*>(&object)) {
-        return profileElement(*profile, folder);
-    }
-    if (const auto* profile = dynamic_cast<const Profile2D*>(&object)) {
-        return profileElement(*profile, folder);
-    }
-    if (const auto* points = dynamic_cast<const Points*>(&object)) {
-        return pointsElement(*points, folder);
-    }
-    if (const auto* function = dynamic_cast<const FunctionObject*>(&object)) {
-        return functionElement(*function, folder);
-    }
-    throw Failure(fmt::format("a {} of this class cannot be written to an AIDA file", nameOf(object.type())));
+    return visit(object, overloaded{
+                             [&](const Histogram2D& histogram) { return histogramElement(histogram, folder); },
+                             [&](const Histogram3D& histogram) { return histogramElement(histogram, folder); },
+                             [&](const Profile1D& profile) { return profileElement(profile, folder); },
+                             [&](const Profile2D& profile) { return profileElement(profile, folder); },
+                             [&](const Points& points) { return pointsElement(points, folder); },
+                             [&](const FunctionObject& function) { return functionElement(function, folder); },
+                             [](const DataObject& other) -> std::string {
+                                 throw Failure(fmt::format("a {} of this class cannot be written to an AIDA file",
+                                                           nameOf(other.type())));
+                             },
+                         });
 }
 
 }  // namespace velmorak::io
