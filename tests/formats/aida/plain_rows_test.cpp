@@ -161,7 +161,7 @@ bool isSame(const Column& one, const Column& other) {
 }
 
 Told told(const std::filesystem::path& file, io::RowReading reading, int threads) {
-    QuietRun run;
+    QuietContext run;
     Told all;
     oneapi::tbb::task_arena arena(threads);
     arena.execute([&] {

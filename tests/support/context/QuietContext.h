@@ -3,12 +3,15 @@
 #include <velmorak/Failure.h>
 #include <velmorak/Run.h>
 
+#include <filesystem>
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace velmorak {
 
-/// A run that does nothing but remember the warnings.
+/// The run of a test: records warnings, and stops when the test says so.
 class QuietContext : public RunContext {
 public:
     bool isStopping() const override { return stopping; }
