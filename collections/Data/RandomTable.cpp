@@ -13,8 +13,8 @@ namespace {
 
 class RandomReader : public TableReader {
 public:
-    RandomReader(std::vector<RandomColumn> randomColumns, std::uint64_t rowCount, std::uint64_t seed,
-                 const RunContext& runContext);
+    RandomReader(std::vector<RandomColumn> randomColumns, std::uint64_t rows, std::uint64_t seed,
+                 const RunContext& context);
 
     const Schema& schema() const override { return made; }
 
@@ -46,9 +46,9 @@ private:
     const RunContext& context;
 };
 
-RandomReader::RandomReader(std::vector<RandomColumn> randomColumns, std::uint64_t rowCount, std::uint64_t seed,
-                           const RunContext& runContext)
-    : columns(std::move(randomColumns)), rows(rowCount), seed(seed), context(runContext) {
+RandomReader::RandomReader(std::vector<RandomColumn> randomColumns, std::uint64_t rows, std::uint64_t seed,
+                           const RunContext& context)
+    : columns(std::move(randomColumns)), rows(rows), seed(seed), context(context) {
     for (const RandomColumn& column : columns) {
         made.add(
             {.name = column.name, .type = column.distribution.isInteger() ? ColumnType::Integer : ColumnType::Real});

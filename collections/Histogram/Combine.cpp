@@ -90,9 +90,9 @@ void addPoint(std::vector<Measurement>& points, const BinResult& outcome, const 
 template <typename Histogram>
 class Combination {
 public:
-    Combination(const Histogram& firstOne, Histogram secondOne, const Arguments& arguments)
-        : first(firstOne),
-          second(std::move(secondOne)),
+    Combination(const Histogram& first, Histogram second, const Arguments& arguments)
+        : first(first),
+          second(std::move(second)),
           operation(arguments.text("operation")),
           z(arguments.number("deviations")) {}
 

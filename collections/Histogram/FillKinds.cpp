@@ -39,7 +39,7 @@ void entitle(Profile1D& profile, const std::vector<std::string>& titles) {
 /// Name and titles of the filled object.
 class Naming {
 public:
-    Naming(const Arguments& arguments, const RunContext& context, std::vector<std::string> titlesOfAxes);
+    Naming(const Arguments& arguments, const RunContext& context, std::vector<std::string> axisTitles);
 
     template <typename Object>
     void deliver(Object filled, const std::string& output, Results& results) const {
@@ -56,18 +56,18 @@ private:
     std::vector<std::string> axisTitles;
 };
 
-Naming::Naming(const Arguments& arguments, const RunContext& context, std::vector<std::string> titlesOfAxes)
-    : name(context.pluginName()), title(titleOr(arguments, "title", name)), axisTitles(std::move(titlesOfAxes)) {}
+Naming::Naming(const Arguments& arguments, const RunContext& context, std::vector<std::string> axisTitles)
+    : name(context.pluginName()), title(titleOr(arguments, "title", name)), axisTitles(std::move(axisTitles)) {}
 
 /// Fills copies of an empty filler.
 template <typename Filler>
 class Filling : public Accumulation {
 public:
-    Filling(FillExpression filled, Filler emptyFiller, Naming names, std::string outputName)
-        : quantity(std::move(filled)),
-          empty(std::move(emptyFiller)),
-          naming(std::move(names)),
-          output(std::move(outputName)) {}
+    Filling(FillExpression quantity, Filler empty, Naming naming, std::string output)
+        : quantity(std::move(quantity)),
+          empty(std::move(empty)),
+          naming(std::move(naming)),
+          output(std::move(output)) {}
 
     std::unique_ptr<AccumulatorState> newState() const override {
         return std::make_unique<FillingState<Filler>>(quantity, empty);
@@ -92,11 +92,8 @@ std::unique_ptr<Accumulation> filling(FillExpression quantity, Filler empty, Nam
 template <typename Object>
 class LateFilling : public OrderedAccumulation {
 public:
-    LateFilling(FillExpression filled, std::function<Object()> objectMaker, Naming names, std::string outputName)
-        : quantity(std::move(filled)),
-          make(std::move(objectMaker)),
-          naming(std::move(names)),
-          output(std::move(outputName)) {}
+    LateFilling(FillExpression quantity, std::function<Object()> make, Naming naming, std::string output)
+        : quantity(std::move(quantity)), make(std::move(make)), naming(std::move(naming)), output(std::move(output)) {}
 
     std::unique_ptr<AccumulatorState> newState() const override {
         return std::make_unique<LateState<Object>>(quantity, make);

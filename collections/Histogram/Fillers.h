@@ -14,7 +14,7 @@ namespace velmorak {
 template <typename Object>
 class GivenRange {
 public:
-    explicit GivenRange(Object empty) : object(std::move(empty)) {}
+    explicit GivenRange(Object object) : object(std::move(object)) {}
 
     void fill(const FillBatch& batch) { fillInto(object, batch); }
     void merge(GivenRange& other) { object.merge(other.object); }
@@ -30,8 +30,7 @@ private:
 template <typename Object>
 class LateState : public AccumulatorState {
 public:
-    LateState(const FillExpression& filled, const std::function<Object()>& objectMaker)
-        : quantity(filled), make(objectMaker) {}
+    LateState(const FillExpression& quantity, const std::function<Object()>& make) : quantity(quantity), make(make) {}
 
     void fill(const Chunk& chunk) override { waiting.push_back(quantity.values(chunk)); }
     void merge(AccumulatorState& other) override {
@@ -67,7 +66,7 @@ private:
 template <typename Filler>
 class FillingState : public AccumulatorState {
 public:
-    FillingState(const FillExpression& filled, Filler empty) : quantity(filled), filler(std::move(empty)) {}
+    FillingState(const FillExpression& quantity, Filler filler) : quantity(quantity), filler(std::move(filler)) {}
 
     void fill(const Chunk& chunk) override {
         const FillExpression::Values values = quantity.values(chunk);

@@ -18,7 +18,7 @@ constexpr double upperProbability = 0.84134474606854295;
 
 class Gathering : public AccumulatorState {
 public:
-    explicit Gathering(const FillExpression& gathered) : quantity(gathered) {}
+    explicit Gathering(const FillExpression& quantity) : quantity(quantity) {}
 
     void fill(const Chunk& chunk) override;
 
@@ -120,7 +120,7 @@ std::vector<WeightedInterval> binsOf(const Histogram1D& histogram) {
 /// A histogram keeps the exact sums of its fills, but not their smallest and largest value.
 class HistogramStatistics : public Accumulation {
 public:
-    explicit HistogramStatistics(HistogramPtr filled) : histogram(std::move(filled)) {}
+    explicit HistogramStatistics(HistogramPtr histogram) : histogram(std::move(histogram)) {}
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<NothingToGather>(); }
 

@@ -23,7 +23,7 @@ void writeAs(const AidaContents::Object& object, AidaFileWriter& writer, const s
 
 }  // namespace
 
-AidaOutput::AidaOutput(AidaContents whatToWrite, RunContext& run) : contents(std::move(whatToWrite)), context(run) {}
+AidaOutput::AidaOutput(AidaContents contents, RunContext& context) : contents(std::move(contents)), context(context) {}
 
 void AidaOutput::appendRows(const std::string& rows) {
     if (rows.empty()) {

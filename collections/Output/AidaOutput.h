@@ -21,7 +21,7 @@ struct AidaContents {
 /// removed. Threads: one at a time.
 class AidaOutput {
 public:
-    AidaOutput(AidaContents whatToWrite, RunContext& run);
+    AidaOutput(AidaContents contents, RunContext& context);
 
     const Schema& schema() const { return contents.schema; }
     /// Appends rows of the table, as formatted by aidaRows. @throws Failure if the file cannot be created.

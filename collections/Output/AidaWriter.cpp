@@ -13,7 +13,7 @@ namespace {
 /// Rows of one chunk: formatted in parallel, appended to the file in order.
 class Rows : public AccumulatorState {
 public:
-    explicit Rows(AidaOutput& target) : output(target) {}
+    explicit Rows(AidaOutput& output) : output(output) {}
 
     void fill(const Chunk& chunk) override { text += aidaRows(output.schema(), chunk); }
 

@@ -16,7 +16,7 @@ namespace {
 /// Rows of one chunk: formatted in parallel, appended to the file in order.
 class Lines : public AccumulatorState {
 public:
-    Lines(TextOutput& target, const Schema& columns, char separator);
+    Lines(TextOutput& output, const Schema& schema, char delimiter);
 
     void fill(const Chunk& chunk) override { text += csvRows(schema, chunk, delimiter); }
 
@@ -31,8 +31,8 @@ private:
     std::string text;
 };
 
-Lines::Lines(TextOutput& target, const Schema& columns, char separator)
-    : output(target), schema(columns), delimiter(separator) {}
+Lines::Lines(TextOutput& output, const Schema& schema, char delimiter)
+    : output(output), schema(schema), delimiter(delimiter) {}
 
 void Lines::merge(AccumulatorState& other) {
     handOver();
@@ -46,7 +46,7 @@ void Lines::handOver() {
 
 class Writing : public Accumulation {
 public:
-    Writing(TextOutput textOutput, Schema columns, char separator);
+    Writing(TextOutput output, Schema schema, char delimiter);
 
     std::unique_ptr<AccumulatorState> newState() const override;
 
@@ -59,8 +59,8 @@ private:
     char delimiter;
 };
 
-Writing::Writing(TextOutput textOutput, Schema columns, char separator)
-    : output(std::move(textOutput)), schema(std::move(columns)), delimiter(separator) {}
+Writing::Writing(TextOutput output, Schema schema, char delimiter)
+    : output(std::move(output)), schema(std::move(schema)), delimiter(delimiter) {}
 
 std::unique_ptr<AccumulatorState> Writing::newState() const {
     return std::make_unique<Lines>(output, schema, delimiter);

@@ -73,7 +73,7 @@ std::string drawnSvg(const std::vector<PlotObject>& objects, RunContext& context
     for (const std::string& warning : contents.warnings) {
         context.warn(warning);
     }
-    const ScratchFolder scratch;
+    const TemporaryFolder scratch;
     drawInto(scratch.path(), files, style, context);
     return readText(scratch.path() / "picture.svg");
 }

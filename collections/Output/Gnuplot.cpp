@@ -140,7 +140,7 @@ std::string asOneLine(std::string text) {
 
 }  // namespace
 
-ScratchFolder::ScratchFolder() {
+TemporaryFolder::TemporaryFolder() {
     std::error_code error;
     std::string pattern = (std::filesystem::temp_directory_path(error) / "velmorak-plot-XXXXXX").string();
     if (error || !mkdtemp(pattern.data())) {
@@ -149,7 +149,7 @@ ScratchFolder::ScratchFolder() {
     folder = pattern;
 }
 
-ScratchFolder::~ScratchFolder() {
+TemporaryFolder::~TemporaryFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(folder, ignored);
 }

@@ -8,13 +8,13 @@
 namespace velmorak {
 
 /// A folder for temporary files; the destructor removes it with its contents.
-class ScratchFolder {
+class TemporaryFolder {
 public:
     /// @throws Failure if it cannot be created.
-    ScratchFolder();
-    ~ScratchFolder();
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     const std::filesystem::path& path() const { return folder; }
 

@@ -47,7 +47,7 @@ void draw(PlotContents& contents, const PlotStyle& style, const std::string& res
     for (const std::string& warning : contents.warnings) {
         context.warn(warning);
     }
-    const ScratchFolder scratch;
+    const TemporaryFolder scratch;
     drawInto(scratch.path(), files, style, context);
     std::vector<std::string> endings = {"dat", "gp"};
     endings.insert(endings.end(), style.formats.begin(), style.formats.end());

@@ -40,7 +40,7 @@ std::string heightTitle(const BinSums& sums, const Axis& axis, const std::string
 /// Collects objects of all classes for one picture.
 class Collector {
 public:
-    explicit Collector(const PlotStyle& plotStyle) : style(plotStyle) {}
+    explicit Collector(const PlotStyle& style) : style(style) {}
 
     void add(const PlotObject& object);
 

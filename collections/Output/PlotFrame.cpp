@@ -24,7 +24,7 @@ constexpr std::size_t curveSamples = 600;
 /// Collects the range of numbers that an axis must show.
 class Extent {
 public:
-    explicit Extent(bool hasLogarithm) : hasLog(hasLogarithm) {}
+    explicit Extent(bool hasLog) : hasLog(hasLog) {}
 
     void add(double value);
     bool isEmpty() const { return span.low > span.high; }

@@ -17,7 +17,7 @@ using TextRows = std::vector<std::vector<std::string>>;
 /// The first rows of a table, and the number of all rows.
 class FirstRows : public AccumulatorState {
 public:
-    FirstRows(const Schema& columns, std::size_t maxRows) : schema(columns), most(maxRows) {}
+    FirstRows(const Schema& schema, std::size_t most) : schema(schema), most(most) {}
 
     void fill(const Chunk& chunk) override;
 
@@ -57,8 +57,7 @@ struct Section {
 
 class Printing : public Accumulation {
 public:
-    Printing(std::vector<Section> printedParts, Schema columns, std::size_t maxRows, std::string fileName,
-             RunContext& runContext);
+    Printing(std::vector<Section> parts, Schema schema, std::size_t most, std::string file, RunContext& context);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<FirstRows>(schema, most); }
 
@@ -74,13 +73,8 @@ private:
     RunContext& context;
 };
 
-Printing::Printing(std::vector<Section> printedParts, Schema columns, std::size_t maxRows, std::string fileName,
-                   RunContext& runContext)
-    : parts(std::move(printedParts)),
-      schema(std::move(columns)),
-      most(maxRows),
-      file(std::move(fileName)),
-      context(runContext) {}
+Printing::Printing(std::vector<Section> parts, Schema schema, std::size_t most, std::string file, RunContext& context)
+    : parts(std::move(parts)), schema(std::move(schema)), most(most), file(std::move(file)), context(context) {}
 
 void Printing::finish(AccumulatorState& state, Results&) {
     std::string text;

@@ -12,9 +12,9 @@ namespace velmorak {
 /// Threads: one at a time.
 class TextOutput {
 public:
-    /// @param beginning first part of the text.
+    /// @param first first part of the text.
     /// @param runContext outlives this.
-    TextOutput(std::string fileName, std::string beginning, RunContext& runContext);
+    TextOutput(std::string name, std::string first, RunContext& runContext);
 
     /// @throws Failure if the file cannot be created or written.
     void append(const std::string& text);

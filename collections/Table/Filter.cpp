@@ -27,7 +27,8 @@ NamedNumbers numbersOf(const std::string& condition) {
 
 class FilterOperation : public RowOperation {
 public:
-    FilterOperation(Schema schema, Condition judge) : columns(std::move(schema)), condition(std::move(judge)) {}
+    FilterOperation(Schema columns, Condition condition)
+        : columns(std::move(columns)), condition(std::move(condition)) {}
 
     const Schema& schema() const override { return columns; }
 

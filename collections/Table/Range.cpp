@@ -20,7 +20,7 @@ struct Positions {
 
 class RangeOperation : public RowOperation {
 public:
-    RangeOperation(Schema schema, Positions wanted) : columns(std::move(schema)), positions(wanted) {}
+    RangeOperation(Schema columns, Positions positions) : columns(std::move(columns)), positions(positions) {}
 
     const Schema& schema() const override { return columns; }
     bool countsRows() const override { return true; }

@@ -25,11 +25,8 @@ auto ofTheFile(Work&& work) {
 
 }  // namespace
 
-CsvRecords::CsvRecords(const std::filesystem::path& file, CsvForm csvForm, const RunContext& context)
-    : form(std::move(csvForm)),
-      run(&context),
-      name(file.string()),
-      in(ofTheFile([&] { return CompressedFile(file); })) {
+CsvRecords::CsvRecords(const std::filesystem::path& file, CsvForm form, const RunContext& context)
+    : form(std::move(form)), run(&context), name(file.string()), in(ofTheFile([&] { return CompressedFile(file); })) {
     refill();
     begin();
 }

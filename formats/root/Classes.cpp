@@ -11,7 +11,7 @@ namespace {
 /// need.
 class Descriptions {
 public:
-    Descriptions(Bytes record, std::size_t headBytes) : buffer(record), headBytes(headBytes) {}
+    Descriptions(Bytes buffer, std::size_t headBytes) : buffer(buffer), headBytes(headBytes) {}
 
     std::vector<ClassInfo> read();
 

@@ -34,7 +34,7 @@ struct Link {
 /// Reads a description, whose numbers are little-endian.
 class Envelope {
 public:
-    explicit Envelope(Bytes bytes) : buffer(bytes) {}
+    explicit Envelope(Bytes buffer) : buffer(buffer) {}
 
     template <typename Number>
     Number number() {

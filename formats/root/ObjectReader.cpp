@@ -57,8 +57,8 @@ std::string argumentOf(const std::string& name) {
 
 }  // namespace
 
-ObjectReader::ObjectReader(Bytes content, std::size_t headBytes, const Classes& classes)
-    : bytes(content), headBytes(headBytes), classes(classes) {}
+ObjectReader::ObjectReader(Bytes bytes, std::size_t headBytes, const Classes& classes)
+    : bytes(bytes), headBytes(headBytes), classes(classes) {}
 
 ObjectPtr ObjectReader::read(const std::string& className) {
     return readClass(className);

@@ -11,10 +11,10 @@ namespace velmorak::root {
 /// Reads the objects of one record using the file's descriptions of their classes.
 class ObjectReader {
 public:
-    /// @param content   of the record.
+    /// @param bytes   of the record.
     /// @param headBytes length of its header.
     /// @param classes   must outlive this.
-    ObjectReader(Bytes content, std::size_t headBytes, const Classes& classes);
+    ObjectReader(Bytes bytes, std::size_t headBytes, const Classes& classes);
 
     /// The record's object. Members that cannot be read are skipped if the file gives their length.
     /// @throws Failure if the record is damaged.

@@ -201,7 +201,7 @@ std::string appendTyped(std::size_t type, std::string_view bytes, std::string& t
 
 }  // namespace
 
-WbxmlText::WbxmlText(std::function<int()> nextByte) : next(std::move(nextByte)) {}
+WbxmlText::WbxmlText(std::function<int()> next) : next(std::move(next)) {}
 
 void WbxmlText::reportDamage(const std::string& what) {
     isOver = true;

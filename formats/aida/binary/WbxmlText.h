@@ -11,8 +11,8 @@ namespace velmorak::io {
 /// Works byte by byte; memory is needed for one value and the stack of open elements.
 class WbxmlText {
 public:
-    /// @param nextByte returns the next byte, negative at the end.
-    explicit WbxmlText(std::function<int()> nextByte);
+    /// @param next returns the next byte, negative at the end.
+    explicit WbxmlText(std::function<int()> next);
 
     /// Appends the text of the next element or end of one.
     /// @return false at the end, and if the bytes are damaged.

@@ -51,7 +51,7 @@ std::size_t PlainFile::read(char* target, std::size_t size) {
 /// gzip of one member or several, zlib, and raw deflate.
 class Deflated : public Decompressor {
 public:
-    Deflated(const std::filesystem::path& file, Packing how);
+    Deflated(const std::filesystem::path& input, Packing how);
     ~Deflated() override { inflateEnd(&state); }
     Deflated(const Deflated&) = delete;
     Deflated& operator=(const Deflated&) = delete;
@@ -80,7 +80,7 @@ private:
     bool isFinished = false;
 };
 
-Deflated::Deflated(const std::filesystem::path& file, Packing how) : input(file), packing(how), packed(packedSize) {
+Deflated::Deflated(const std::filesystem::path& input, Packing how) : input(input), packing(how), packed(packedSize) {
     const int bits = packing == Packing::Gzip ? 16 + MAX_WBITS : packing == Packing::Zlib ? MAX_WBITS : -MAX_WBITS;
     if (inflateInit2(&state, bits) != Z_OK) {
         throw std::bad_alloc();

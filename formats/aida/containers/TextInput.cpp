@@ -70,7 +70,7 @@ std::string firstBytes(const std::filesystem::path& file) {
 
 }  // namespace
 
-TextInput::TextInput(const std::filesystem::path& file, const RunContext& runContext) : context(runContext) {
+TextInput::TextInput(const std::filesystem::path& file, const RunContext& context) : context(context) {
     const std::string first = firstBytes(file);
     std::error_code error;
     fileSize = std::filesystem::file_size(file, error);

@@ -20,8 +20,8 @@ class TextInput {
 public:
     /// @throws Failure if the file cannot be opened, is empty, or contains no XML, with what was found instead.
     ///         Stopped if the run is stopping.
-    /// @param runContext must outlive this.
-    TextInput(const std::filesystem::path& file, const RunContext& runContext);
+    /// @param context must outlive this.
+    TextInput(const std::filesystem::path& file, const RunContext& context);
 
     /// @return the number of bytes written to the target; 0 at the end of the document, and if the file is damaged.
     std::size_t read(char* target, std::size_t size);

@@ -58,7 +58,7 @@ std::string_view unquoted(std::string_view text) {
 /// Reads "{ double px = 0.0, py; ITuple hits = { int x } }" and the older "ITuple { float px, py; int q } trk".
 class ColumnDeclarationParser {
 public:
-    explicit ColumnDeclarationParser(std::string_view booking) : text(booking) {}
+    explicit ColumnDeclarationParser(std::string_view text) : text(text) {}
 
     /// Parses the list after an opening brace up to the closing one.
     std::vector<AidaColumn> list(int depth);

@@ -1,6 +1,7 @@
 #include "aida/Vocabulary.h"
 #include "aida/read/AidaColumns.h"
 #include "aida/read/AidaObjectHandler.h"
+#include "aida/read/ObjectList.h"
 
 #include <velmorak/Aida.h>
 #include <velmorak/Failure.h>
@@ -17,39 +18,18 @@ namespace {
 using io::AidaObjectHandler;
 using io::XmlReader;
 
-constexpr std::size_t maxNamed = 40;
-
 /// @param damage set if the file is damaged; objects that are complete before the damage are in the list.
 std::vector<AidaObject> readAll(const std::filesystem::path& file, const AidaObjectHandler::Choice& isWanted,
                                 RunContext& context, std::string& damage) {
-    AidaObjectHandler walk(file, isWanted, context);
-    XmlReader reader(file, walk, context);
-    walk.attach(reader);
-    try {
-        while (reader.advance()) {
-        }
-    } catch (const Failure& failure) {
-        if (walk.objects().empty()) {
-            throw;
-        }
-        damage = failure.what();
-    }
-    walk.finish();
+    AidaObjectHandler handler(file, isWanted, context);
+    XmlReader reader(file, handler, context);
+    handler.attach(reader);
+    damage = io::readToEnd(reader, handler.objects());
+    handler.finish();
     if (reader.repairedBytes() > 0) {
         context.warn(file.string() + ": bytes that are not valid UTF-8 are read as ISO-8859-1");
     }
-    return std::move(walk.objects());
-}
-
-std::string named(const std::vector<AidaObject>& objects) {
-    std::string all;
-    for (std::size_t i = 0; i < std::min(objects.size(), maxNamed); ++i) {
-        all += fmt::format("{}{} ({})", i == 0 ? "" : ", ", objects[i].path, objects[i].element);
-    }
-    if (objects.size() > maxNamed) {
-        all += fmt::format(" and {} more", objects.size() - maxNamed);
-    }
-    return objects.empty() ? "nothing" : all;
+    return std::move(handler.objects());
 }
 
 bool fits(const AidaObject& object, ValueType type) {
@@ -97,7 +77,7 @@ DataObjectPtr readAidaObject(const std::filesystem::path& file, const std::strin
     const auto exact = std::find_if(meant.begin(), meant.end(),
                                     [&](const AidaObject& object) { return object.path == io::normalPath(path); });
     const std::string after = damage.empty() ? "" : " before it is damaged (" + damage + ")";
-    const std::string list = named(fitting.empty() ? objects : fitting);
+    const std::string list = io::listOf(fitting.empty() ? objects : fitting);
     if (meant.empty()) {
         throw Failure(fmt::format("{} contains no {}{}{}; it contains {}", file.string(), nameOf(type),
                                   path.empty() ? "" : " " + path, after, list));

@@ -10,7 +10,7 @@ namespace velmorak::io {
 /// Reports the first warnings about a file, and counts the others: a damaged file may cause any number.
 class FewWarnings {
 public:
-    explicit FewWarnings(RunContext& runContext) : context(runContext) {}
+    explicit FewWarnings(RunContext& context) : context(context) {}
 
     void add(const std::string& sentence);
     /// Reports how many warnings were suppressed, if any.

@@ -30,8 +30,8 @@ std::string firstCharacter(std::string_view text) {
 
 TupleBuilder::TupleBuilder(const std::vector<AidaColumn>& columns) : TupleBuilder(columns, layoutOf(columns)) {}
 
-TupleBuilder::TupleBuilder(const std::vector<AidaColumn>& columns, TupleLayout layout)
-    : header(columns),
+TupleBuilder::TupleBuilder(const std::vector<AidaColumn>& header, TupleLayout layout)
+    : header(header),
       tableSchema(std::move(layout.schema)),
       slots(std::move(layout.slots)),
       items(std::move(layout.items)),

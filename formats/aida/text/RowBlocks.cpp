@@ -26,7 +26,7 @@ void RowBlocks::Block::scanFrom(std::size_t begin) {
 struct RowBlocks::Shared {
     using Lock = std::unique_lock<std::mutex>;
 
-    Shared(TextInput& bytes, std::vector<PlainColumn> columns, std::size_t most);
+    Shared(TextInput& stream, std::vector<PlainColumn> layout, std::size_t maxBlocks);
 
     bool mayRead() const { return !isReading && !isAtEnd && blocks.size() < maxBlocks; }
     Block* firstUnscanned() const;
@@ -55,8 +55,8 @@ struct RowBlocks::Shared {
     bool isClosed = false;
 };
 
-RowBlocks::Shared::Shared(TextInput& bytes, std::vector<PlainColumn> columns, std::size_t most)
-    : stream(bytes), layout(std::move(columns)), maxBlocks(most) {}
+RowBlocks::Shared::Shared(TextInput& stream, std::vector<PlainColumn> layout, std::size_t maxBlocks)
+    : stream(stream), layout(std::move(layout)), maxBlocks(maxBlocks) {}
 
 RowBlocks::Block* RowBlocks::Shared::firstUnscanned() const {
     const auto found = std::find_if(blocks.begin(), blocks.end(),
