@@ -32,12 +32,12 @@ public:
 /// One sentence for each shipped group, shown beside its name.
 std::string purposeOf(const std::string& group) {
     const std::map<std::string, std::string> purposes = {
-        {"Arithmetic", "Numbers, and what is computed from them."},
-        {"Data", "Where tables and stored objects come from."},
+        {"Arithmetic", "Numbers and arithmetic."},
+        {"Data", "Sources of tables and stored objects."},
         {"Fit", "Functions fitted to histograms, profiles and points."},
         {"Histogram", "Histograms and statistics."},
         {"Output", "Pictures, reports and files."},
-        {"Table", "New columns, cuts, and tables made of others."},
+        {"Table", "New columns, cuts, and operations on tables."},
     };
     return purposes.at(group);
 }
