@@ -31,8 +31,8 @@ FitData entriesOf(const Profile1D& profile) {
 
 FitData entriesOf(const Points& points) {
     if (points.dimension() != 2) {
-        throw Failure("data", "expected points with x and y, but these have " +
-                                  textOf(static_cast<double>(points.dimension())) + " coordinates");
+        throw Failure("data", "expected points with x and y, but these have " + std::to_string(points.dimension()) +
+                                  " coordinates");
     }
     FitData data;
     for (std::size_t i = 0; i < points.size(); ++i) {

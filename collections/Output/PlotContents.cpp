@@ -210,7 +210,7 @@ void Collector::addObject(const PlotObject& object, const Points& points) {
     }
     PlotSeries series = seriesOf(object);
     series.style = PlotSeries::SeriesStyle::Points;
-    series.statistics = {{"Points", textOf(static_cast<double>(points.size()))}};
+    series.statistics = {{"Points", std::to_string(points.size())}};
     const std::size_t last = points.dimension() - 1;
     for (std::size_t i = 0; i < points.size(); ++i) {
         // One-dimensional points are drawn side by side.
@@ -273,7 +273,7 @@ void Collector::warnOfStrange(const PlotObject& object, const PlotSeries& series
 
 void Collector::warn(const PlotObject& object, std::size_t strange, const std::string& parts) {
     if (strange > 0) {
-        contents.warnings.push_back(object.input + ": " + textOf(static_cast<double>(strange)) + " " + parts +
+        contents.warnings.push_back(object.input + ": " + std::to_string(strange) + " " + parts +
                                     " are not drawn because they are infinite or NaN");
     }
 }

@@ -131,7 +131,7 @@ Ports ConcatKind::ports(const ValueTexts& values) const {
     Ports ports;
     const auto table = [](std::size_t position) {
         return InputSpec{.name = inputName(position),
-                         .description = "Table number " + textOf(static_cast<double>(position + 1)) +
+                         .description = "Table number " + std::to_string(position + 1) +
                                         "; its rows follow those of the previous tables.",
                          .type = ValueType::Table};
     };
