@@ -1,38 +1,43 @@
-#include "Arithmetic.h"
+#include "kinds.h"
 
 namespace velmorak {
 
-std::string NumberKind::summary() const {
-    return "Gives a number that is written into it, for example a cut value.";
-}
+namespace {
 
-Ports NumberKind::ports(const ValueTexts&) const {
-    Ports ports;
-    ports.inputs = {
-        {.name = "value", .description = "The number, in the unit of whatever it is wired to.", .value = "0"}};
-    ports.outputs = {{.name = "number", .description = "The number as it was written."}};
-    return ports;
-}
+class AdderKind : public Function {
+public:
+    std::string name() const override { return "Adder"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
 
-void NumberKind::evaluate(const Arguments& arguments, Results& results, RunContext&) const {
-    results.set("number", arguments.number("value"));
-}
+class SubtractorKind : public Function {
+public:
+    std::string name() const override { return "Subtractor"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
 
-std::string TextKind::summary() const {
-    return "Gives a text that is written into it, for example a title or an expression.";
-}
+class MultiplierKind : public Function {
+public:
+    std::string name() const override { return "Multiplier"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
 
-Ports TextKind::ports(const ValueTexts&) const {
-    Ports ports;
-    ports.inputs = {
-        {.name = "value", .description = "The text, as it is wanted at the other end.", .type = ValueType::Text}};
-    ports.outputs = {{.name = "text", .description = "The text as it was written.", .type = ValueType::Text}};
-    return ports;
-}
+class DividerKind : public Function {
+public:
+    std::string name() const override { return "Divider"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
 
-void TextKind::evaluate(const Arguments& arguments, Results& results, RunContext&) const {
-    results.set("text", arguments.text("value"));
-}
+}  // namespace
 
 std::string AdderKind::summary() const {
     return "Adds two numbers.";
@@ -42,7 +47,7 @@ Ports AdderKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {{.name = "a", .description = "First number.", .value = "0"},
                     {.name = "b", .description = "Second number, in the unit of the first.", .value = "0"}};
-    ports.outputs = {{.name = "sum", .description = "a + b, in the unit of the two."}};
+    ports.outputs = {{.name = "sum", .description = "a + b, in their unit."}};
     return ports;
 }
 
@@ -51,14 +56,14 @@ void AdderKind::evaluate(const Arguments& arguments, Results& results, RunContex
 }
 
 std::string SubtractorKind::summary() const {
-    return "Subtracts a number from another.";
+    return "Subtracts one number from another.";
 }
 
 Ports SubtractorKind::ports(const ValueTexts&) const {
     Ports ports;
-    ports.inputs = {{.name = "a", .description = "Number that is subtracted from.", .value = "0"},
-                    {.name = "b", .description = "Number that is taken away, in the unit of the first.", .value = "0"}};
-    ports.outputs = {{.name = "difference", .description = "a - b, in the unit of the two."}};
+    ports.inputs = {{.name = "a", .description = "Minuend.", .value = "0"},
+                    {.name = "b", .description = "Subtrahend, in the unit of the first.", .value = "0"}};
+    ports.outputs = {{.name = "difference", .description = "a - b, in their unit."}};
     return ports;
 }
 
@@ -74,7 +79,7 @@ Ports MultiplierKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {{.name = "a", .description = "First number.", .value = "1"},
                     {.name = "b", .description = "Second number, in any unit.", .value = "1"}};
-    ports.outputs = {{.name = "product", .description = "a * b, in the product of the two units."}};
+    ports.outputs = {{.name = "product", .description = "a * b, in the product of their units."}};
     return ports;
 }
 
@@ -83,23 +88,39 @@ void MultiplierKind::evaluate(const Arguments& arguments, Results& results, RunC
 }
 
 std::string DividerKind::summary() const {
-    return "Divides a number by another.";
+    return "Divides one number by another.";
 }
 
 std::string DividerKind::notes() const {
-    return "A division by 0 is no failure: it gives Infinity with the sign of the two, and 0 / 0 gives NaN.";
+    return "Division by 0 is not an error: it gives plus or minus Infinity, and 0 / 0 gives NaN.";
 }
 
 Ports DividerKind::ports(const ValueTexts&) const {
     Ports ports;
-    ports.inputs = {{.name = "a", .description = "Number that is divided.", .value = "1"},
-                    {.name = "b", .description = "Number that it is divided by, in any unit.", .value = "1"}};
-    ports.outputs = {{.name = "quotient", .description = "a / b, in the quotient of the two units."}};
+    ports.inputs = {{.name = "a", .description = "Dividend.", .value = "1"},
+                    {.name = "b", .description = "Divisor, in any unit.", .value = "1"}};
+    ports.outputs = {{.name = "quotient", .description = "a / b, in the quotient of their units."}};
     return ports;
 }
 
 void DividerKind::evaluate(const Arguments& arguments, Results& results, RunContext&) const {
     results.set("quotient", arguments.number("a") / arguments.number("b"));
+}
+
+std::unique_ptr<Kind> makeAdder() {
+    return std::make_unique<AdderKind>();
+}
+
+std::unique_ptr<Kind> makeSubtractor() {
+    return std::make_unique<SubtractorKind>();
+}
+
+std::unique_ptr<Kind> makeMultiplier() {
+    return std::make_unique<MultiplierKind>();
+}
+
+std::unique_ptr<Kind> makeDivider() {
+    return std::make_unique<DividerKind>();
 }
 
 }  // namespace velmorak

@@ -1,13 +1,13 @@
-#include "Arithmetic.h"
-#include "FunctionKind.h"
+#include "kinds.h"
 
 VELMORAK_COLLECTION(registry) {
+    using namespace velmorak;
     registry.group("Arithmetic");
-    registry.add(std::make_unique<velmorak::NumberKind>());
-    registry.add(std::make_unique<velmorak::TextKind>());
-    registry.add(std::make_unique<velmorak::AdderKind>());
-    registry.add(std::make_unique<velmorak::SubtractorKind>());
-    registry.add(std::make_unique<velmorak::MultiplierKind>());
-    registry.add(std::make_unique<velmorak::DividerKind>());
-    registry.add(std::make_unique<velmorak::FunctionKind>());
+    registry.add(makeNumber());
+    registry.add(makeText());
+    registry.add(makeAdder());
+    registry.add(makeSubtractor());
+    registry.add(makeMultiplier());
+    registry.add(makeDivider());
+    registry.add(makeFunction());
 }

@@ -5,13 +5,14 @@ namespace velmorak {
 std::vector<InputSpec> aidaInputs(const std::string& objects, const std::string& example) {
     return {
         {.name = "file",
-         .description = "AIDA file, plain or packed in any way that is told by its content. A relative name is looked "
-                        "for beside the document, then in the current folder. Empty: the file given with -a on the "
-                        "command line.",
+         .description =
+             "AIDA file, plain or compressed; the format is recognised by content. A relative path is searched "
+             "for beside the document, then in the current folder. Empty: the file given with -a on the "
+             "command line.",
          .type = ValueType::Text},
         {.name = "object",
-         .description = "Path of the " + objects + " in the file, for example " + example +
-                        ". Empty: the only one that the file holds.",
+         .description =
+             "Path of the " + objects + " in the file, for example " + example + ". Empty: the only one in the file.",
          .type = ValueType::Text},
     };
 }
@@ -23,7 +24,7 @@ std::filesystem::path aidaFileOf(const Arguments& arguments, const RunContext& c
     }
     std::filesystem::path fromCommandLine = context.commandLineAida();
     if (fromCommandLine.empty()) {
-        throw Failure("file", "there is no file to read: name one here, or give one with -a on the command line");
+        throw Failure("file", "no file is given: enter one here, or use -a on the command line");
     }
     return fromCommandLine;
 }

@@ -1,4 +1,4 @@
-#include "AidaTable.h"
+#include "kinds.h"
 
 #include "AidaFile.h"
 
@@ -6,8 +6,23 @@
 
 namespace velmorak {
 
+namespace {
+
+/// Reads a tuple or cloud of an AIDA file.
+class AidaTableKind : public Source {
+public:
+    std::string name() const override { return "AidaTable"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    bool tellsColumns() const override { return true; }
+    std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override;
+    std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext& context) const override;
+};
+
+}  // namespace
+
 std::string AidaTableKind::summary() const {
-    return "Reads a table, a tuple or a cloud of an AIDA file, from front to back.";
+    return "Reads a tuple or cloud of an AIDA file as a table.";
 }
 
 Ports AidaTableKind::ports(const ValueTexts&) const {
@@ -27,6 +42,10 @@ std::unique_ptr<TableReader> AidaTableKind::open(const Arguments& arguments, Run
 
 std::vector<std::filesystem::path> AidaTableKind::files(const Arguments& arguments, RunContext& context) const {
     return {aidaFileOf(arguments, context)};
+}
+
+std::unique_ptr<Kind> makeAidaTable() {
+    return std::make_unique<AidaTableKind>();
 }
 
 }  // namespace velmorak

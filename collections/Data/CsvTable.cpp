@@ -1,4 +1,4 @@
-#include "CsvTable.h"
+#include "kinds.h"
 
 #include "csv/CsvReader.h"
 
@@ -14,7 +14,7 @@ char delimiterNamed(const std::string& name) {
 
 std::filesystem::path fileOf(const Arguments& arguments, const RunContext& context) {
     if (arguments.text("file").empty()) {
-        throw Failure("file", "there is no file to read");
+        throw Failure("file", "no file is given");
     }
     return context.inputFile(arguments.text("file"));
 }
@@ -22,29 +22,29 @@ std::filesystem::path fileOf(const Arguments& arguments, const RunContext& conte
 std::vector<InputSpec> formInputs() {
     return {
         {.name = "delimiter",
-         .description = "What stands between the fields of a line; blanks: any number of blanks and tabulators.",
+         .description = "Separator of the fields in a line; blanks: any number of spaces and tabs.",
          .type = ValueType::Choice,
          .value = "comma",
          .choices = {"comma", "semicolon", "tabulator", "blanks", "bar"}},
         {.name = "header",
-         .description = "Yes: the first line names the columns. No: they are c1, c2 and so on.",
+         .description = "Yes: the first line names the columns. No: they are called c1, c2 and so on.",
          .type = ValueType::Choice,
          .value = "yes",
          .choices = {"yes", "no"}},
         {.name = "comment",
-         .description = "Lines that begin with this are left out. Empty: there are no comments.",
+         .description = "Lines that begin with this text are skipped. Empty: there are no comments.",
          .type = ValueType::Text,
          .value = "#"},
         {.name = "types",
-         .description = "Types of columns, for example run: integer, comment: text. The first 10000 rows decide on the "
-                        "others: integer, real, boolean or text.",
+         .description = "Types of columns, for example run: integer, comment: text. The type of any other column is "
+                        "inferred from the first 10000 rows: integer, real, boolean or text.",
          .type = ValueType::Text},
         {.name = "missing",
-         .description = "What a missing value is written as, beside an empty field; it becomes NaN or an empty text.",
+         .description = "Text that marks a missing value, besides an empty field; it becomes NaN or an empty text.",
          .type = ValueType::Text,
          .value = "NA"},
         {.name = "errors",
-         .description = "A row that cannot be read ends the reading (fail), or is left out, counted and reported "
+         .description = "A row that cannot be read stops the run (fail), or is skipped, counted and reported "
                         "(skip).",
          .type = ValueType::Choice,
          .value = "fail",
@@ -52,19 +52,32 @@ std::vector<InputSpec> formInputs() {
     };
 }
 
+/// Reads a table from a text file with one row on each line.
+class CsvTableKind : public Source {
+public:
+    std::string name() const override { return "CsvTable"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    bool tellsColumns() const override { return true; }
+    std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override;
+    std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string CsvTableKind::summary() const {
-    return "Reads a table from a text file with a row on each line, such as CSV, from front to back.";
+    return "Reads a table from a text file with one row on each line, such as CSV.";
 }
 
 Ports CsvTableKind::ports(const ValueTexts&) const {
     Ports ports;
-    ports.inputs = {{.name = "file",
-                     .description =
-                         "Text file, plain or packed with gzip, bzip2 or zip, which is told by its content. A "
-                         "relative name is looked for beside the document, then in the current folder.",
-                     .type = ValueType::Text}};
+    ports.inputs = {
+        {.name = "file",
+         .description =
+             "Text file, plain or compressed with gzip, bzip2 or zip; the format is recognised by content. A "
+             "relative path is searched for beside the document, then in the current folder.",
+         .type = ValueType::Text}};
     for (InputSpec& input : formInputs()) {
         ports.inputs.push_back(std::move(input));
     }
@@ -97,6 +110,10 @@ std::unique_ptr<TableReader> CsvTableKind::open(const Arguments& arguments, RunC
 
 std::vector<std::filesystem::path> CsvTableKind::files(const Arguments& arguments, RunContext& context) const {
     return {fileOf(arguments, context)};
+}
+
+std::unique_ptr<Kind> makeCsvTable() {
+    return std::make_unique<CsvTableKind>();
 }
 
 }  // namespace velmorak

@@ -3,6 +3,7 @@
 #include "Philox.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/Text.h>
 #include <velmorak/Value.h>
 
 #include <algorithm>
@@ -14,7 +15,7 @@ namespace velmorak {
 
 namespace {
 
-/// Random numbers of one row and column, two at a time.
+/// Uniform random numbers of one row and column, two at a time.
 class Draws {
 public:
     Draws(std::uint64_t row, std::uint32_t column, std::uint64_t seed) : row(row), column(column), seed(seed) {}
@@ -97,17 +98,12 @@ constexpr FormName forms[] = {
     {"poisson", Distribution::Form::Poisson, 1},
 };
 
-std::string trimmed(const std::string& text) {
-    const std::size_t begin = text.find_first_not_of(" \t\r");
-    return begin == std::string::npos ? std::string() : text.substr(begin, text.find_last_not_of(" \t\r") - begin + 1);
-}
-
-std::vector<std::string> splitAt(const std::string& text, const char* signs) {
+std::vector<std::string> splitAt(std::string_view text, const char* signs) {
     std::vector<std::string> parts;
     std::size_t begin = 0;
-    for (std::size_t end = 0; end != std::string::npos; begin = end + 1) {
+    for (std::size_t end = 0; end != std::string_view::npos; begin = end + 1) {
         end = text.find_first_of(signs, begin);
-        parts.push_back(trimmed(text.substr(begin, end == std::string::npos ? end : end - begin)));
+        parts.emplace_back(trimmed(text.substr(begin, end == std::string_view::npos ? end : end - begin)));
     }
     return parts;
 }
@@ -120,10 +116,10 @@ const FormName& formNamed(const std::string& name) {
         }
         known += (known.empty() ? "" : ", ") + std::string(form.name);
     }
-    throw Failure("columns", "there is no distribution \"" + name + "\", only " + known + ".");
+    throw Failure("columns", "unknown distribution \"" + name + "\"; the known ones are " + known);
 }
 
-/// An upper limit of the size of the numbers.
+/// Upper bound of the absolute value of the numbers.
 double maxOf(const Distribution& distribution) {
     switch (distribution.form) {
         case Distribution::Form::Uniform:
@@ -139,7 +135,7 @@ double maxOf(const Distribution& distribution) {
     }
 }
 
-/// @throws Failure where no number can be distributed so.
+/// @throws Failure if the parameters are not allowed.
 void check(const Distribution& distribution, const std::string& text) {
     using Form = Distribution::Form;
     const Form form = distribution.form;
@@ -149,26 +145,26 @@ void check(const Distribution& distribution, const std::string& text) {
                           : form == Form::Poisson     ? distribution.first >= 0.0 && distribution.first <= 1e15
                                                       : distribution.second > 0.0;
     if (!isFinite || !isUsable) {
-        throw Failure("columns", "\"" + text + "\" has parameters that no distribution can have.");
+        throw Failure("columns", "\"" + text + "\" has parameters outside the range allowed for this distribution");
     }
     if (!std::isfinite(maxOf(distribution))) {
-        throw Failure("columns", "\"" + text + "\" gives numbers beyond 1.8e308, the largest that a column can hold.");
+        throw Failure("columns", "\"" + text + "\" gives numbers beyond 1.8e308, the largest that a column can hold");
     }
 }
 
 Distribution distributionOf(const std::string& text) {
     const std::size_t open = text.find('(');
     if (open == std::string::npos || text.back() != ')') {
-        throw Failure("columns", "\"" + text + "\" is no distribution, like gauss(0, 1).");
+        throw Failure("columns", "\"" + text + "\" is not a distribution such as gauss(0, 1)");
     }
-    const FormName& form = formNamed(trimmed(text.substr(0, open)));
+    const FormName& form = formNamed(std::string(trimmed(std::string_view(text).substr(0, open))));
     const std::vector<std::string> parameters = splitAt(text.substr(open + 1, text.size() - open - 2), ",");
     Distribution distribution{.form = form.form};
     bool isRead = parameters.size() == form.parameters && readNumber(parameters[0], distribution.first);
     isRead = isRead && (parameters.size() == 1 || readNumber(parameters[1], distribution.second));
     if (!isRead) {
-        throw Failure("columns", "\"" + text + "\" must have " + (form.parameters == 1 ? "one number" : "two numbers") +
-                                     " in its brackets.");
+        throw Failure("columns", "\"" + text + "\" needs " + (form.parameters == 1 ? "one number" : "two numbers") +
+                                     " in parentheses");
     }
     check(distribution, text);
     return distribution;
@@ -204,14 +200,14 @@ std::vector<RandomColumn> randomColumnsIn(const std::string& text) {
             continue;
         }
         const std::size_t colon = line.find(':');
-        if (colon == std::string::npos || trimmed(line.substr(0, colon)).empty()) {
-            throw Failure("columns", "\"" + line + "\" must be a name, a colon and a distribution.");
+        if (colon == std::string::npos || trimmed(std::string_view(line).substr(0, colon)).empty()) {
+            throw Failure("columns", "\"" + line + "\" is not of the form name: distribution");
         }
-        const std::string name = trimmed(line.substr(0, colon));
+        const std::string name(trimmed(std::string_view(line).substr(0, colon)));
         if (!names.insert(name).second) {
-            throw Failure("columns", "there are two columns \"" + name + "\".");
+            throw Failure("columns", "there are two columns \"" + name + "\"");
         }
-        columns.push_back({name, distributionOf(trimmed(line.substr(colon + 1)))});
+        columns.push_back({name, distributionOf(std::string(trimmed(std::string_view(line).substr(colon + 1))))});
     }
     return columns;
 }

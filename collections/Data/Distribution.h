@@ -8,7 +8,7 @@
 
 namespace velmorak {
 
-/// How a column of random numbers is distributed, written as name(parameters).
+/// Distribution of a column of random numbers, written as name(parameters).
 struct Distribution {
     enum class Form { Uniform, Gauss, Exponential, BreitWigner, Poisson };
 
@@ -17,7 +17,7 @@ struct Distribution {
     double second = 1.0;  ///< Upper end, standard deviation, or full width at half maximum.
 
     bool isInteger() const { return form == Form::Poisson; }
-    /// The value in one row; the same for the same arguments, whatever was asked for before.
+    /// @return the value in one row: a function of the arguments alone.
     double valueAt(std::uint64_t row, std::uint32_t column, std::uint64_t seed) const;
 };
 
@@ -26,7 +26,7 @@ struct RandomColumn {
     Distribution distribution;
 };
 
-/// Columns on lines of their own or with semicolons between them, each as name: distribution(parameters).
+/// Parses columns, one a line or separated by semicolons, each as name: distribution(parameters).
 /// @throws Failure for the input "columns".
 std::vector<RandomColumn> randomColumnsIn(const std::string& text);
 

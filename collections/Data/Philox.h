@@ -5,8 +5,8 @@
 
 namespace velmorak {
 
-/// Philox 4x32 with 10 rounds: random bits as a function of a counter and a key, so that any place of a sequence can be
-/// computed without those before it. J. Salmon et al., Parallel random numbers: as easy as 1, 2, 3, SC11 (2011).
+/// Philox 4x32 with 10 rounds: random bits as a function of a counter and a key, so that any element of a sequence
+/// can be computed without those before it. J. Salmon et al., Parallel random numbers: as easy as 1, 2, 3, SC11 (2011).
 struct Philox {
     using Block = std::array<std::uint32_t, 4>;
 

@@ -1,4 +1,4 @@
-#include "RandomTable.h"
+#include "kinds.h"
 
 #include "Distribution.h"
 
@@ -13,14 +13,14 @@ namespace {
 
 class RandomReader : public TableReader {
 public:
-    RandomReader(std::vector<RandomColumn> randomColumns, std::uint64_t rowCount, std::uint64_t seed,
-                 const RunContext& runContext);
+    RandomReader(std::vector<RandomColumn> randomColumns, std::uint64_t rows, std::uint64_t seed,
+                 const RunContext& context);
 
     const Schema& schema() const override { return made; }
 
     bool next(Chunk& chunk) override;
 
-    /// Each number follows from its row and column alone, so chunks are made in any order and at the same time.
+    /// Each number depends on its row and column alone, so that chunks can be made in any order and in parallel.
     void complete(Chunk& chunk) const override;
 
     std::optional<double> fraction() const override;
@@ -46,9 +46,9 @@ private:
     const RunContext& context;
 };
 
-RandomReader::RandomReader(std::vector<RandomColumn> randomColumns, std::uint64_t rowCount, std::uint64_t seed,
-                           const RunContext& runContext)
-    : columns(std::move(randomColumns)), rows(rowCount), seed(seed), context(runContext) {
+RandomReader::RandomReader(std::vector<RandomColumn> randomColumns, std::uint64_t rows, std::uint64_t seed,
+                           const RunContext& context)
+    : columns(std::move(randomColumns)), rows(rows), seed(seed), context(context) {
     for (const RandomColumn& column : columns) {
         made.add(
             {.name = column.name, .type = column.distribution.isInteger() ? ColumnType::Integer : ColumnType::Real});
@@ -83,17 +83,28 @@ ColumnPtr RandomReader::columnOf(std::uint32_t position, const Chunk& chunk) con
     return filled<double>(distribution, position, chunk);
 }
 
-constexpr double maxWhole = 9007199254740992.0;  // All whole numbers up to here are doubles.
+constexpr double maxWhole = 9007199254740992.0;  // All integers up to here are doubles.
+
+/// Generates random numbers, each a function of seed, row and column alone.
+class RandomTableKind : public Source {
+public:
+    std::string name() const override { return "RandomTable"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    bool tellsColumns() const override { return true; }
+    std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override;
+};
 
 }  // namespace
 
 std::string RandomTableKind::summary() const {
-    return "Makes a table of random numbers, the same ones for the same seed.";
+    return "Generates a table of random numbers, reproducible for a given seed.";
 }
 
 Ports RandomTableKind::ports(const ValueTexts&) const {
     return {{{.name = "rows",
-              .description = "Number of rows to make.",
+              .description = "Number of rows.",
               .value = "1000",
               .minimum = 0,
               .maximum = maxWhole,
@@ -106,7 +117,7 @@ Ports RandomTableKind::ports(const ValueTexts&) const {
               .type = ValueType::Text,
               .value = "x: uniform(0, 1)"},
              {.name = "seed",
-              .description = "Number that decides which random numbers come; with the same one they are the same.",
+              .description = "Seed of the random numbers; the same seed gives the same numbers.",
               .value = "1",
               .minimum = 0,
               .maximum = maxWhole,
@@ -131,10 +142,14 @@ std::string RandomTableKind::refusal(const std::string& input, const std::string
 std::unique_ptr<TableReader> RandomTableKind::open(const Arguments& arguments, RunContext& context) const {
     std::vector<RandomColumn> columns = randomColumnsIn(arguments.text("columns"));
     if (columns.empty()) {
-        throw Failure("columns", "there is no column to make");
+        throw Failure("columns", "no column is given");
     }
     return std::make_unique<RandomReader>(std::move(columns), static_cast<std::uint64_t>(arguments.integer("rows")),
                                           static_cast<std::uint64_t>(arguments.integer("seed")), context);
+}
+
+std::unique_ptr<Kind> makeRandomTable() {
+    return std::make_unique<RandomTableKind>();
 }
 
 }  // namespace velmorak

@@ -1,6 +1,6 @@
-#include "RootTable.h"
+#include "kinds.h"
 
-#include "../Table/Names.h"
+#include "shared/ColumnList.h"
 
 #include <root/RootFile.h>
 
@@ -9,24 +9,36 @@ namespace {
 
 std::filesystem::path fileOf(const Arguments& arguments, const RunContext& context) {
     if (arguments.text("file").empty()) {
-        throw Failure("file", "there is no file to read");
+        throw Failure("file", "no file is given");
     }
     return context.inputFile(arguments.text("file"));
 }
 
+/// Reads a tree, ntuple or RNTuple of a ROOT file.
+class RootTableKind : public Source {
+public:
+    std::string name() const override { return "RootTable"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override;
+    std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext& context) const override;
+    bool tellsColumns() const override { return true; }
+};
+
 }  // namespace
 
 std::string RootTableKind::summary() const {
-    return "Reads a tree, an ntuple or an RNTuple of a ROOT file.";
+    return "Reads a tree, an ntuple or an RNTuple from a ROOT file.";
 }
 
 std::string RootTableKind::notes() const {
-    return R"(Branches of numbers, texts, arrays, standard containers and split objects become columns; [ROOT
-files](../root.md) says which. An array or a container is a list column; a list of lists is flattened into one list for
-each row. Branches of one name under different parents are told apart by the names of their parents. An integer of 64
-bits without sign that is too large for one with a sign becomes negative.
+    return R"(Branches of numbers, texts, arrays, standard containers and split objects become columns; see [ROOT
+files](../root.md). An array or a container is a list column; a list of lists is flattened into one list for
+each row. Branches of the same name under different parents are distinguished by the names of the parents. An unsigned 64-bit
+integer that is too large for a signed one becomes negative.
 
-Columns that cannot be read are left out, with one warning that names them; naming one in `columns` fails with the reason.
+Columns that cannot be read are left out, with one warning that names them; if `columns` names one, the run fails with the reason.
 A file that was not closed is searched record by record, with a warning.)";
 }
 
@@ -34,15 +46,16 @@ Ports RootTableKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {
         {.name = "file",
-         .description = "ROOT file. A relative name is looked for beside the document, then in the current folder.",
+         .description = "ROOT file. A relative path is searched for beside the document, then in the current folder.",
          .type = ValueType::Text},
         {.name = "object",
          .description = "Path of the tree, ntuple or RNTuple in the file, for example run1/events. Empty: the only one "
-                        "that the file holds.",
+                        "in the file.",
          .type = ValueType::Text},
         {.name = "columns",
-         .description = "Names of the columns to read, separated by blanks or commas; a name with other signs in back "
-                        "quotes. Empty: all that can be read.",
+         .description =
+             "Names of the columns to read, separated by blanks or commas; a name with other characters in back "
+             "quotes. Empty: all columns that can be read.",
          .type = ValueType::Text},
     };
     ports.outputs = {{.name = "table",
@@ -58,6 +71,10 @@ std::unique_ptr<TableReader> RootTableKind::open(const Arguments& arguments, Run
 
 std::vector<std::filesystem::path> RootTableKind::files(const Arguments& arguments, RunContext& context) const {
     return {fileOf(arguments, context)};
+}
+
+std::unique_ptr<Kind> makeRootTable() {
+    return std::make_unique<RootTableKind>();
 }
 
 }  // namespace velmorak

@@ -1,16 +1,13 @@
-#include "AidaObjectKind.h"
-#include "AidaTable.h"
-#include "CsvTable.h"
-#include "RandomTable.h"
-#include "RootTable.h"
+#include "kinds.h"
 
 VELMORAK_COLLECTION(registry) {
+    using namespace velmorak;
     registry.group("Data");
-    registry.add(std::make_unique<velmorak::AidaTableKind>());
-    for (velmorak::AidaObjectKind::About& about : velmorak::aidaObjectKinds()) {
-        registry.add(std::make_unique<velmorak::AidaObjectKind>(std::move(about)));
+    registry.add(makeAidaTable());
+    for (std::unique_ptr<Kind>& kind : makeAidaObjects()) {
+        registry.add(std::move(kind));
     }
-    registry.add(std::make_unique<velmorak::CsvTableKind>());
-    registry.add(std::make_unique<velmorak::RandomTableKind>());
-    registry.add(std::make_unique<velmorak::RootTableKind>());
+    registry.add(makeCsvTable());
+    registry.add(makeRandomTable());
+    registry.add(makeRootTable());
 }

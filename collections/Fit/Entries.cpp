@@ -1,9 +1,7 @@
 #include "Entries.h"
 
+#include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
-#include <velmorak/Histogram1D.h>
-#include <velmorak/Points.h>
-#include <velmorak/Profile.h>
 
 namespace velmorak {
 
@@ -18,7 +16,7 @@ FitData entriesOf(const Histogram1D& histogram) {
     return data;
 }
 
-/// A bin without fills has no height; without an error it is left out as such.
+/// A bin without fills has no height. One without an error is left out when the fit collects its data.
 FitData entriesOf(const Profile1D& profile) {
     FitData data;
     const std::vector<double>& edges = profile.grid().axis(0).edges();
@@ -33,8 +31,8 @@ FitData entriesOf(const Profile1D& profile) {
 
 FitData entriesOf(const Points& points) {
     if (points.dimension() != 2) {
-        throw Failure("data", "points that are fitted have an x and a y, but these have " +
-                                  textOf(static_cast<double>(points.dimension())) + " values each");
+        throw Failure("data", "expected points with x and y, but these have " + std::to_string(points.dimension()) +
+                                  " coordinates");
     }
     FitData data;
     for (std::size_t i = 0; i < points.size(); ++i) {
@@ -45,27 +43,33 @@ FitData entriesOf(const Points& points) {
     return data;
 }
 
+[[noreturn]] FitData entriesOf(const DataObject& other) {
+    throw Failure("data", "a " + std::string(nameOf(other.type())) +
+                              " cannot be fitted; expected a one-dimensional histogram or profile, or points");
+}
+
+/// Of an object without counts.
+template <typename Object>
+FitData uncountedEntriesOf(const Object& object, bool isCounted) {
+    if (isCounted) {
+        throw Failure("data", "the likelihood method needs counts, which only a histogram has; use the method chi2");
+    }
+    return entriesOf(object);
+}
+
 }  // namespace
 
 FitData entriesOf(const Value& value, bool isCounted) {
     const auto* const object = std::get_if<DataObjectPtr>(&value);
     if (!object || !*object) {
-        throw Failure("data", "a histogram, profile or points must be wired");
+        throw Failure("data", "nothing is wired; expected a histogram, profile or points");
     }
-    if (const auto* const histogram = dynamic_cast<const Histogram1D*>(object->get())) {
-        return entriesOf(*histogram);
-    }
-    if (isCounted) {
-        throw Failure("data", "the likelihood needs counts, which only a histogram holds; choose the method chi2");
-    }
-    if (const auto* const profile = dynamic_cast<const Profile1D*>(object->get())) {
-        return entriesOf(*profile);
-    }
-    if (const auto* const points = dynamic_cast<const Points*>(object->get())) {
-        return entriesOf(*points);
-    }
-    throw Failure("data", "a " + std::string(nameOf((*object)->type())) +
-                              " of this kind cannot be fitted; a histogram or profile of one dimension or points can");
+    return visit(**object, overloaded{
+                               [](const Histogram1D& histogram) { return entriesOf(histogram); },
+                               [&](const Profile1D& profile) { return uncountedEntriesOf(profile, isCounted); },
+                               [&](const Points& points) { return uncountedEntriesOf(points, isCounted); },
+                               [&](const DataObject& other) { return uncountedEntriesOf(other, isCounted); },
+                           });
 }
 
 }  // namespace velmorak

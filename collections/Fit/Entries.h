@@ -5,9 +5,9 @@
 
 namespace velmorak {
 
-/// What a fit is made to: the bins of a one-dimensional histogram or profile, or points of x and y.
-/// @param isCounted only a histogram will do.
-/// @throws Failure about the input "data" for anything else.
+/// The data of a fit: the bins of a one-dimensional histogram or profile, or points with x and y.
+/// @param isCounted accept a histogram only.
+/// @throws Failure for the input "data" if it is anything else.
 FitData entriesOf(const Value& value, bool isCounted);
 
 }  // namespace velmorak

@@ -1,6 +1,7 @@
-#include "FitKind.h"
+#include "kinds.h"
 
 VELMORAK_COLLECTION(registry) {
+    using namespace velmorak;
     registry.group("Fit");
-    registry.add(std::make_unique<velmorak::FitKind>());
+    registry.add(makeFit());
 }

@@ -12,10 +12,10 @@
 
 namespace velmorak {
 
-/// Fills an object of one axis whose range is that of the finite numbers. Up to maxCells fills are kept as they are;
+/// Fills an object of one axis whose range spans the finite numbers. Up to maxCells fills are kept as they are;
 /// more go into the cells of a decimal grid around them, which are joined to wider ones when the range grows. Cells and
-/// bins nest exactly, so that each bin holds the fills that its edges say.
-/// Threads: as the object; what comes out depends on which batches are merged in which tree, and on nothing else.
+/// bins nest exactly, so that each bin holds exactly the fills between its edges.
+/// Threads: as the object. The result depends only on the batches and on the tree in which they are merged.
 template <typename Object>
 class AutomaticRange {
 public:
@@ -104,7 +104,7 @@ private:
                 .count = x.size()};
     }
 
-    /// Brings what is kept, or the cells so far, into the cells of a grid that is no finer.
+    /// Moves the kept fills, or the cells so far, into the cells of a grid that is no finer.
     void settle(const DecimalGrid& target) {
         if (!object) {
             object = onAxis<Object>(target.axis());

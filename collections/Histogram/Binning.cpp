@@ -16,7 +16,7 @@ constexpr double maxAutomaticBins = 10000;
 double edgeFrom(const std::string& word, const std::string& input) {
     double edge = 0.0;
     if (!readNumber(word, edge) || !std::isfinite(edge)) {
-        throw Failure(input, "\"" + word + "\" is no number that could be the edge of a bin");
+        throw Failure(input, "\"" + word + "\" is not a finite number");
     }
     return edge;
 }
@@ -34,13 +34,13 @@ std::vector<double> edgesIn(const std::string& text, const std::string& input) {
         const std::size_t end = std::min(text.find_first_of(" ,\t\n", begin), text.size());
         edges.push_back(edgeFrom(text.substr(begin, end - begin), input));
         if (edges.size() > 1 && edges[edges.size() - 2] >= edges.back()) {
-            throw Failure(input, "the edges must ascend, and " + textOf(edges.back()) + " follows " +
+            throw Failure(input, "the edges must ascend, but " + textOf(edges.back()) + " follows " +
                                      textOf(edges[edges.size() - 2]));
         }
         begin = end;
     }
     if (edges.size() < 2) {
-        throw Failure(input, "a bin needs two edges");
+        throw Failure(input, "at least two edges are needed");
     }
     if (static_cast<double>(edges.size() - 1) > maxBins) {
         throw Failure(input, "there are more than " + textOf(maxBins) + " bins");
@@ -56,7 +56,7 @@ Axis axisFrom(const Arguments& arguments, const std::string& prefix) {
     const double high = arguments.number(prefix + "high");
     if (!std::isfinite(low) || !std::isfinite(high) || low >= high) {
         throw Failure(prefix + "high", "the axis from " + textOf(low) + " to " + textOf(high) +
-                                           " has no bins: low must be below high, and both finite");
+                                           " has no bins: low must be less than high, and both finite");
     }
     try {
         return {static_cast<std::size_t>(arguments.integer(prefix + "bins")), low, high};
@@ -80,8 +80,7 @@ std::vector<InputSpec> axisInputs(const std::string& expression, const std::stri
          .value = "100"},
         {.name = prefix + "edges",
          .description = "Ascending edges of bins of any width, separated by blanks or commas, " + unit +
-                        ". Not empty: they hold instead of " + prefix + "bins, " + prefix + "low and " + prefix +
-                        "high.",
+                        ". If not empty, they replace " + prefix + "bins, " + prefix + "low and " + prefix + "high.",
          .type = ValueType::Text},
     };
 }
@@ -89,7 +88,7 @@ std::vector<InputSpec> axisInputs(const std::string& expression, const std::stri
 InputSpec rangeInput() {
     return {.name = "range",
             .description =
-                "Whether low and high are given, or automatic: round numbers around all finite values, "
+                "Given: from low to high. Automatic: between round numbers around all finite values, "
                 "found in the same pass over the table.",
             .type = ValueType::Choice,
             .value = "given",
@@ -120,7 +119,7 @@ std::string edgesRefusal(const std::string& text) {
 
 InputSpec titleInput() {
     return {.name = "title",
-            .description = "Shown above a plot. Empty: the name of this plug-in.",
+            .description = "Title shown above a plot. Empty: the name of this plug-in.",
             .type = ValueType::Text};
 }
 

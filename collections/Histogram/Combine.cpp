@@ -1,4 +1,5 @@
-#include "HistogramKinds.h"
+#include "kinds.h"
+
 #include "Objects.h"
 
 #include <velmorak/Points.h>
@@ -10,7 +11,7 @@ namespace velmorak {
 
 namespace {
 
-/// What becomes of a bin: its height with the errors upwards and downwards.
+/// Result in a bin: its height with the errors upwards and downwards.
 struct BinResult {
     double value = 0.0;
     double squaredError = 0.0;
@@ -28,7 +29,7 @@ BinResult nothing() {
     return {.isDefined = false};
 }
 
-/// Passed fills among all of them: k / n with its interval for z standard deviations.
+/// Fraction of fills that passed, k / n, with its interval for z standard deviations.
 template <typename Sums>
 BinResult efficiency(const Sums& passed, const Sums& all, bool isWilson, double z) {
     if (all.w == 0.0) {
@@ -37,7 +38,7 @@ BinResult efficiency(const Sums& passed, const Sums& all, bool isWilson, double 
     const double ratio = passed.w / all.w;
     if (!(ratio >= 0.0 && ratio <= 1.0)) {
         throw Failure("first", "a bin has a height of " + textOf(passed.w) + " out of " + textOf(all.w) +
-                                   "; an efficiency needs the first histogram to be a part of the second");
+                                   "; for an efficiency, the first histogram must be a subset of the second");
     }
     const double squared = std::max(0.0, ((1.0 - 2.0 * ratio) * passed.ww + ratio * ratio * all.ww) / (all.w * all.w));
     BinResult outcome = symmetric(ratio, squared);
@@ -89,9 +90,9 @@ void addPoint(std::vector<Measurement>& points, const BinResult& outcome, const 
 template <typename Histogram>
 class Combination {
 public:
-    Combination(const Histogram& firstOne, Histogram secondOne, const Arguments& arguments)
-        : first(firstOne),
-          second(std::move(secondOne)),
+    Combination(const Histogram& first, Histogram second, const Arguments& arguments)
+        : first(first),
+          second(std::move(second)),
           operation(arguments.text("operation")),
           z(arguments.number("deviations")) {}
 
@@ -154,7 +155,7 @@ void requireSameBins(const Histogram& first, const Histogram& second, const Argu
         if (!(mine == other)) {
             throw Failure("second", "\"" + arguments.sourceName("first") + "\" has " + describe(mine) + " and \"" +
                                         arguments.sourceName("second") + "\" has " + describe(other) +
-                                        "; they must be the same");
+                                        "; they must be equal");
         }
     }
 }
@@ -175,51 +176,63 @@ void combine(const Histogram& first, const Histogram& second, const Arguments& a
     results.set("points", DataObjectPtr(points));
 }
 
+/// Combines two histograms bin by bin.
+class CombineKind : public Function {
+public:
+    std::string name() const override { return "Combine"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string CombineKind::summary() const {
-    return "Adds, subtracts, multiplies or divides two histograms bin by bin, or makes an efficiency of them.";
+    return "Adds, subtracts, multiplies or divides two histograms bin by bin, or computes an efficiency.";
 }
 
 std::string CombineKind::notes() const {
-    return R"(With a and b the heights, b times the factor, and errors s that are taken as independent:
+    return R"(Heights are a and b, with b multiplied by the factor, and errors s, which are taken as independent:
 
-- `add`, `subtract`: all sums of the bins are added or subtracted, s² = s(a)² + s(b)²;
+- `add`, `subtract`: all sums in the bins are added or subtracted, s² = s(a)² + s(b)²;
 - `multiply`: s² = a² s(b)² + b² s(a)²;
 - `divide`: s² = (s(a)² + (a/b)² s(b)²) / b²;
-- `binomial`: e = a/b, where the fills of the first are part of those of the second:
-  s² = ((1 - 2 e) s(a)² + e² s(b)²) / b², which is e (1 - e) / n without weights;
-- `wilson`: e as before; the points have the limits (e + z²/2n ± z root of (e (1 - e)/n + z²/4n²)) / (1 + z²/n) for z
+- `binomial`: e = a/b, where the fills of the first histogram are a subset of those of the second:
+  s² = ((1 - 2 e) s(a)² + e² s(b)²) / b², which is e (1 - e) / n for unweighted fills;
+- `wilson`: e as before; the limits of the points are (e + z²/2n ± z root of (e (1 - e)/n + z²/4n²)) / (1 + z²/n) for z
   standard deviations (E. B. Wilson, Journal of the American Statistical Association 22 (1927) 209), with the effective
-  number n = b² / s(b)² where there are weights. They stay between 0 and 1, also for e = 0 and e = 1.
+  number n = b² / s(b)² for weighted fills. They lie between 0 and 1, also for e = 0 and e = 1.
 
-Where b is 0, quotient and efficiency have no value: the histogram has a height of 0 there and the points leave the bin
-out. For products, quotients and efficiencies the moments of a bin are those of fills in its centre, its entries those of
-the first histogram, and underflow and overflow are 0.)";
+Where b is 0, quotient and efficiency are undefined: the height of the histogram is 0, and the points have no entry for the
+bin. For products, quotients and efficiencies, the moments of a bin are those of fills at its centre, its entries are those
+of the first histogram, and underflow and overflow are 0.)";
 }
 
 Ports CombineKind::ports(const ValueTexts&) const {
-    return {{histogramInput("first", "Histogram of one or two dimensions; of an efficiency: what passed."),
-             histogramInput("second", "Histogram with the same bins; of an efficiency: all."),
-             {.name = "operation",
-              .description = "What is done bin by bin; binomial and wilson divide what passed by all and differ in "
-                             "their errors.",
-              .type = ValueType::Choice,
-              .value = "add",
-              .choices = {"add", "subtract", "multiply", "divide", "binomial", "wilson"}},
-             {.name = "factor", .description = "Multiplies the second histogram before, without unit.", .value = "1"},
-             {.name = "deviations",
-              .description = "Half width of the intervals of efficiencies in the points, in standard deviations.",
-              .value = "1",
-              .minimum = 0,
-              .maximum = 10},
-             derivedTitleInput()},
-            {{.name = "histogram",
-              .description = "Result in each bin, with its symmetric error.",
-              .type = ValueType::Histogram},
-             {.name = "points",
-              .description = "Result in each bin that has one, at its centre, with errors upwards and downwards.",
-              .type = ValueType::Points}}};
+    return {
+        {histogramInput("first", "Histogram of one or two dimensions; for an efficiency, the fills that passed."),
+         histogramInput("second", "Histogram with the same bins; for an efficiency, all fills."),
+         {.name = "operation",
+          .description =
+              "Operation for each bin; binomial and wilson divide the fills that passed by all fills and differ in "
+              "their errors.",
+          .type = ValueType::Choice,
+          .value = "add",
+          .choices = {"add", "subtract", "multiply", "divide", "binomial", "wilson"}},
+         {.name = "factor", .description = "Factor applied to the second histogram first, without unit.", .value = "1"},
+         {.name = "deviations",
+          .description = "Half width of the efficiency intervals of the points, in standard deviations.",
+          .value = "1",
+          .minimum = 0,
+          .maximum = 10},
+         derivedTitleInput()},
+        {{.name = "histogram",
+          .description = "Result in each bin, with its symmetric error.",
+          .type = ValueType::Histogram},
+         {.name = "points",
+          .description = "Result at the centre of each bin that has one, with errors upwards and downwards.",
+          .type = ValueType::Points}}};
 }
 
 void CombineKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
@@ -234,6 +247,10 @@ void CombineKind::evaluate(const Arguments& arguments, Results& results, RunCont
             combine(*one, *std::get<std::decay_t<decltype(one)>>(second), arguments, results, context);
         },
         first);
+}
+
+std::unique_ptr<Kind> makeCombine() {
+    return std::make_unique<CombineKind>();
 }
 
 }  // namespace velmorak

@@ -1,7 +1,8 @@
-#include "HistogramKinds.h"
+#include "kinds.h"
+
 #include "Objects.h"
 
-#include <boost/math/special_functions/gamma.hpp>
+#include <velmorak/Fit.h>
 
 #include <algorithm>
 #include <cmath>
@@ -22,10 +23,10 @@ struct ChiSquare {
 };
 
 double ChiSquare::probability() const {
-    return freedom < 1.0 || !std::isfinite(value) ? notANumber : boost::math::gamma_q(freedom / 2.0, value / 2.0);
+    return freedom < 1.0 || !std::isfinite(value) ? notANumber : chiSquareProbability(value, freedom);
 }
 
-/// Every fill had the weight 1.
+/// Every fill has the weight 1.
 bool isCounted(const Histogram1D& histogram) {
     return std::all_of(histogram.cells().begin(), histogram.cells().end(), [](const BinSums& cell) {
         return cell.w == static_cast<double>(cell.entries) && cell.ww == cell.w;
@@ -68,8 +69,7 @@ double maxDistance(const Histogram1D& first, const Histogram1D& second) {
     return distance;
 }
 
-/// Probability of a larger distance: 2 sum of (-1)^(j-1) exp(-2 j² t²), and the series that converges faster for small
-/// t.
+/// Probability of a larger distance: 2 sum of (-1)^(j-1) exp(-2 j² t²); for small t a series that converges faster.
 double kolmogorov(double t) {
     if (std::isnan(t)) {
         return notANumber;
@@ -90,53 +90,64 @@ void requireComparable(const Histogram1D& first, const Histogram1D& second, cons
     if (!(first.axis() == second.axis())) {
         throw Failure("second", "\"" + arguments.sourceName("first") + "\" has " + describe(first.axis()) + " and \"" +
                                     arguments.sourceName("second") + "\" has " + describe(second.axis()) +
-                                    "; they must be the same");
+                                    "; they must be equal");
     }
     for (const auto& [histogram, input] : {std::pair{&first, "first"}, std::pair{&second, "second"}}) {
         if (!(histogram->inRange().w > 0.0)) {
-            throw Failure(input,
-                          "there is nothing to compare: its heights add up to " + textOf(histogram->inRange().w));
+            throw Failure(input, "it cannot be compared: its heights add up to " + textOf(histogram->inRange().w));
         }
     }
 }
 
+/// Tests whether two histograms follow the same distribution.
+class CompareKind : public Function {
+public:
+    std::string name() const override { return "Compare"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string CompareKind::summary() const {
-    return "Tests whether two histograms show the same distribution, by chi square and by Kolmogorov and Smirnov.";
+    return "Tests whether two histograms follow the same distribution, with the chi-square and Kolmogorov-Smirnov "
+           "tests.";
 }
 
 std::string CompareKind::notes() const {
-    return R"(Only bins in range count. With heights a and b that add up to A and B, and their errors s:
+    return R"(Only bins in range are used. Heights are a and b, with sums A and B and errors s:
 
 - chi square of the shapes, without weights: sum of (B a - A b)² / (A B (a + b)) (K. Pearson, Biometrika 8 (1911) 250), and
   with weights: sum of (B a - A b)² / (B² s(a)² + A² s(b)²) (N. D. Gagunashvili, Nuclear Instruments and Methods A 614 (2010)
-  287). The degrees of freedom are the bins with an error, less one.
+  287). The number of degrees of freedom is that of the bins with an error, minus one.
 - chi square of the heights: sum of (a - b)² / (s(a)² + s(b)²), with one degree of freedom for each bin with an error.
-- The p-value is the regularised incomplete gamma function Q(ndf / 2, chi square / 2). It holds where bins have enough
+- The p-value is the regularised incomplete gamma function Q(ndf / 2, chi square / 2). It is valid where bins have enough
   entries, say ten.
-- Kolmogorov and Smirnov: D is the largest distance between the two cumulative distributions at the bin edges;
-  t = D root of (n m / (n + m)) with the effective numbers n = A² / sum of s(a)², m likewise; p = 2 sum of (-1)^(j-1)
-  exp(-2 j² t²) (N. Smirnov, Annals of Mathematical Statistics 19 (1948) 279). Within a bin nothing is known of the order
-  of the fills, so the true D may be larger, and p is on the large side; narrow bins make that small.)";
+- Kolmogorov-Smirnov: D is the largest distance between the two cumulative distributions at the bin edges;
+  t = D root of (n m / (n + m)) with the effective numbers n = A² / sum of s(a)², and m likewise; p = 2 sum of (-1)^(j-1)
+  exp(-2 j² t²) (N. Smirnov, Annals of Mathematical Statistics 19 (1948) 279). The order of the fills within a bin is not
+  known, so that the true D may be larger and p is an upper estimate; narrow bins reduce the difference.)";
 }
 
 Ports CompareKind::ports(const ValueTexts&) const {
     return {{histogramInput("first", "One-dimensional histogram."),
              histogramInput("second", "One-dimensional histogram with the same bins."),
              {.name = "test",
-              .description = "Whether chi square compares the shapes alone, or the heights as they are.",
+              .description = "Whether chi square compares shapes only, or the heights themselves.",
               .type = ValueType::Choice,
               .value = "shape",
               .choices = {"shape", "heights"}}},
             {{.name = "chisquare", .description = "Chi square, without unit."},
-             {.name = "ndf", .description = "Its number of degrees of freedom."},
+             {.name = "ndf", .description = "Number of degrees of freedom."},
              {.name = "probability",
-              .description = "Probability of a larger chi square if both follow one distribution; NaN without degrees "
-                             "of freedom."},
+              .description =
+                  "P-value: probability of a larger chi square if both follow one distribution; NaN without degrees "
+                  "of freedom."},
              {.name = "distance", .description = "Largest distance between the two cumulative distributions, 0 to 1."},
              {.name = "ksprobability",
-              .description = "Probability of a larger distance if both follow one distribution."}}};
+              .description = "P-value: probability of a larger distance if both follow one distribution."}}};
 }
 
 void CompareKind::evaluate(const Arguments& arguments, Results& results, RunContext&) const {
@@ -152,6 +163,10 @@ void CompareKind::evaluate(const Arguments& arguments, Results& results, RunCont
     results.set("probability", chi.probability());
     results.set("distance", distance);
     results.set("ksprobability", kolmogorov(distance * std::sqrt(n * m / (n + m))));
+}
+
+std::unique_ptr<Kind> makeCompare() {
+    return std::make_unique<CompareKind>();
 }
 
 }  // namespace velmorak

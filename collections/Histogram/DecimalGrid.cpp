@@ -11,10 +11,10 @@ namespace velmorak {
 
 namespace {
 
-/// Powers of ten up to this one are doubles.
+/// Powers of ten up to this one are exact doubles.
 constexpr int maxExactPower = 22;
 constexpr int minExponent = -300;
-/// Decimal digits by which neighbouring edges can differ, and a cell's number is an exact double.
+/// Decimal digits for which neighbouring edges differ, and the number of a cell is an exact double.
 constexpr int digits = 14;
 
 std::int64_t floorOf(std::int64_t number, std::int64_t divisor) {
@@ -60,7 +60,7 @@ DecimalGrid::DecimalGrid(double low, double high, std::size_t maxCells) {
     const double size = std::max(std::abs(low), std::abs(high));
     if (size > maxNumber) {
         throw Failure("range", "a value of " + textOf(low == -size ? low : high) +
-                                   " leaves no room for an automatic range; give low and high");
+                                   " is too large for an automatic range; enter low and high");
     }
     exponent = finestExponent(size);
     const auto most = static_cast<std::int64_t>(maxCells);

@@ -7,13 +7,14 @@
 namespace velmorak {
 
 /// Cells between neighbouring multiples of a power of ten: cell n is [n 10^e, (n + 1) 10^e). Every edge is the double
-/// next to its decimal number, so that ten cells are together exactly one cell of the grid with the next exponent.
+/// next to its decimal number, so that ten cells make exactly one cell of the grid with the next exponent.
 class DecimalGrid {
 public:
     static constexpr double maxNumber = 1e300;
 
-    /// The finest grid on which no more than maxCells lie between the cells of low and high; coarser where numbers of
-    /// this size could not tell its edges apart. It depends on low and high alone, and is no finer for a wider span.
+    /// The finest grid on which no more than maxCells lie between the cells of low and high; coarser where the
+    /// precision of doubles of this size does not resolve its edges. It depends on low and high alone, and is no finer
+    /// for a wider span.
     /// @throws Failure if the numbers are beyond maxNumber.
     DecimalGrid(double low, double high, std::size_t maxCells);
 
@@ -23,9 +24,9 @@ public:
 
     std::int64_t first() const { return firstCell; }
     std::size_t count() const { return static_cast<std::size_t>(lastCell - firstCell) + 1; }
-    /// The cells from that of low to that of high as bins.
+    /// The cells from that of low to that of high, as bins.
     Axis axis() const;
-    /// In which cell of a grid that is no finer a cell of this one lies.
+    /// The cell of a grid that is no finer in which a cell of this one lies.
     std::int64_t cellIn(const DecimalGrid& coarser, std::int64_t number) const;
 
     bool operator==(const DecimalGrid&) const = default;

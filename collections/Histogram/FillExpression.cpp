@@ -22,7 +22,7 @@ std::optional<Expression> numbersFrom(const std::string& input, const Arguments&
 Expression neededNumbers(const std::string& input, const Arguments& arguments, const Schema& schema) {
     std::optional<Expression> expression = numbersFrom(input, arguments, schema);
     if (!expression) {
-        throw Failure(input, "there is no expression to fill from");
+        throw Failure(input, "the expression is empty");
     }
     return std::move(*expression);
 }
@@ -32,7 +32,7 @@ std::string labelOf(const std::string& text, const Schema& schema) {
     return column && !schema[*column].unit.empty() ? text + " [" + schema[*column].unit + "]" : text;
 }
 
-/// A number for each value of a list, from one for each row.
+/// Repeats the number of each row for every value of its list.
 ColumnPtr spread(const Column& ofRows, const Column& list) {
     Column::Reals values;
     values.reserve(list.valueCount());
@@ -42,13 +42,13 @@ ColumnPtr spread(const Column& ofRows, const Column& list) {
     return std::make_shared<const Column>(Column{.values = std::move(values), .offsets = {}});
 }
 
-/// The column as long as the list.
+/// The column, as long as the list.
 ColumnPtr alongside(const ColumnPtr& column, const Column& list, const std::string& input, const Chunk& chunk) {
     if (!column->isList()) {
         return spread(*column, list);
     }
     if (column->offsets != list.offsets) {
-        throw Failure(input, "a row between " + textOf(static_cast<double>(chunk.firstRow)) +
+        throw Failure(input, "a row between " + std::to_string(chunk.firstRow) +
                                  " and the end of its chunk has lists of different lengths");
     }
     return column;
@@ -111,14 +111,14 @@ FillExpression::Values FillExpression::values(const Chunk& chunk) const {
 InputSpec expressionInput() {
     return {.name = "expression",
             .description =
-                "What is filled: a column or an expression of columns, in their unit. A list gives all its "
-                "values.",
+                "Quantity to fill: a column or an expression of columns, in their unit. Of a list, all "
+                "values are filled.",
             .type = ValueType::Text};
 }
 
 InputSpec weightInput() {
     return {.name = "weight",
-            .description = "Weight of each fill, an expression of columns without unit. Empty: 1.",
+            .description = "Weight of each fill: an expression of columns, without unit. Empty: 1.",
             .type = ValueType::Text};
 }
 

@@ -5,7 +5,7 @@
 
 namespace velmorak {
 
-/// Numbers that go into a fill, one after the other; all arrays have count values.
+/// Coordinates and weights of fills, in order; all arrays have count values.
 struct FillBatch {
     const double* x = nullptr;
     const double* y = nullptr;        ///< Null where there is one coordinate.
@@ -14,13 +14,13 @@ struct FillBatch {
 };
 
 /// What is filled from a table: one or two expressions and their weight, evaluated chunk by chunk.
-/// Shape:   a list expression gives all its values; what is no list holds for all values of its row.
+/// Shape:   a list expression gives all its values; a single value applies to all values of the list in its row.
 /// Threads: values may be called by several threads at once.
 class FillExpression {
 public:
     /// Reads the inputs with these names and the input "weight". An empty weight is 1.
-    /// @throws Failure if one of them cannot be computed from these columns or is no number, or if the weight is a list
-    ///         and no expression is.
+    /// @throws Failure if one of them cannot be computed from these columns or is not a number, or if the weight is a
+    ///         list and no expression is.
     FillExpression(const Arguments& arguments, const Schema& schema,
                    const std::vector<std::string>& inputs = {"expression"});
 
@@ -33,7 +33,7 @@ public:
     /// @throws Failure if a row's lists have different lengths.
     Values values(const Chunk& chunk) const;
 
-    /// An expression, with the unit in brackets where it is a column whose unit is known.
+    /// The expression, followed by its unit in brackets if it is a column whose unit is known.
     const std::string& label(std::size_t coordinate = 0) const { return parts[coordinate].label; }
 
 private:
@@ -47,7 +47,7 @@ private:
     bool hasList = false;
 };
 
-/// The inputs that Quantity reads.
+/// The inputs that FillExpression reads.
 InputSpec expressionInput();
 InputSpec weightInput();
 

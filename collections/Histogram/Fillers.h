@@ -10,11 +10,11 @@
 
 namespace velmorak {
 
-/// Fills an object whose bins are known.
+/// Fills an object whose binning is known.
 template <typename Object>
 class GivenRange {
 public:
-    explicit GivenRange(Object empty) : object(std::move(empty)) {}
+    explicit GivenRange(Object object) : object(std::move(object)) {}
 
     void fill(const FillBatch& batch) { fillInto(object, batch); }
     void merge(GivenRange& other) { object.merge(other.object); }
@@ -24,30 +24,29 @@ private:
     Object object;
 };
 
-/// What one chunk is filled with, kept until the chunk's turn comes: the state of the whole stream has the only object.
-/// For one of so many cells that to make and to add it for each chunk would take far longer than to fill it. The bits
-/// are those of all fills one after the other.
+/// Keeps the values of one chunk until its turn comes to fill the only object, which belongs to the state of the whole
+/// stream. For objects with so many cells that allocating and adding one for each chunk would take far longer than
+/// filling it. The result is bit-identical to sequential filling.
 template <typename Object>
 class LateState : public AccumulatorState {
 public:
-    LateState(const FillExpression& filled, const std::function<Object()>& objectMaker)
-        : quantity(filled), make(objectMaker) {}
+    LateState(const FillExpression& quantity, const std::function<Object()>& make) : quantity(quantity), make(make) {}
 
     void fill(const Chunk& chunk) override { waiting.push_back(quantity.values(chunk)); }
     void merge(AccumulatorState& other) override {
-        settle();
+        fillWaiting();
         auto& next = static_cast<LateState&>(other);
         std::swap(waiting, next.waiting);
-        settle();
+        fillWaiting();
     }
 
     Object result() {
-        settle();
+        fillWaiting();
         return std::move(*object);
     }
 
 private:
-    void settle() {
+    void fillWaiting() {
         if (!object) {
             object.emplace(make());
         }
@@ -60,14 +59,14 @@ private:
     const FillExpression& quantity;
     const std::function<Object()>& make;
     std::vector<FillExpression::Values> waiting;
-    std::optional<Object> object;  ///< As soon as it is filled.
+    std::optional<Object> object;  ///< Created by the first fill.
 };
 
 /// A filler as the state of an accumulation.
 template <typename Filler>
 class FillingState : public AccumulatorState {
 public:
-    FillingState(const FillExpression& filled, Filler empty) : quantity(filled), filler(std::move(empty)) {}
+    FillingState(const FillExpression& quantity, Filler filler) : quantity(quantity), filler(std::move(filler)) {}
 
     void fill(const Chunk& chunk) override {
         const FillExpression::Values values = quantity.values(chunk);

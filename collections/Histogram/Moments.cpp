@@ -18,7 +18,7 @@ bool isUsable(const double* x, const double* weights, std::size_t i) {
     return !std::isnan(x[i]) && !std::isnan(weightAt(weights, i));
 }
 
-/// Plain mean of the finite numbers, each taken relative to the first one; count says how many they are.
+/// Unweighted mean of the finite numbers, computed relative to the first one; count is how many there are.
 double meanOfFinite(const double* x, const double* weights, std::size_t size, std::int64_t& count) {
     double origin = 0.0;
     double sum = 0.0;
@@ -122,7 +122,7 @@ double Moments::rms() const {
     }
     const double offset = first / weight;
     const double variance = second / weight - offset * offset;
-    // With weights of one sign the exact value is not below 0; what rounding leaves there is 0.
+    // With weights of one sign the exact value is not below 0; a negative rounding error is set to 0.
     const double rounding = 1e-14 * (std::abs(second / weight) + offset * offset);
     return variance < 0.0 && variance > -rounding ? 0.0 : std::sqrt(variance);
 }

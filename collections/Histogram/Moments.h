@@ -5,7 +5,7 @@
 
 namespace velmorak {
 
-/// A sum that keeps what each addition rounds away (A. Neumaier, Z. Angew. Math. Mech. 54 (1974) 39).
+/// Compensated sum: keeps the rounding error of each addition (A. Neumaier, Z. Angew. Math. Mech. 54 (1974) 39).
 class ExactSum {
 public:
     void add(double term);
@@ -20,7 +20,7 @@ private:
 /// Weighted moments of a stream of numbers, by shifted sums:
 ///     S1 = sum of w (x - p),  S2 = sum of w (x - p)^2,  mean = p + S1 / W,  rms^2 = S2 / W - (S1 / W)^2
 ///     S3 = sum of w (x - p)^3,  d = S1 / W,  skewness = (S3 / W - 3 d S2 / W + 2 d^3) / rms^3
-/// The pivot p is the plain mean of the numbers, so that nothing cancels, and weights may have either sign. Two parts
+/// The pivot p is the unweighted mean, which avoids cancellation; weights may have either sign. Two parts
 /// are joined about their common pivot (T. F. Chan, G. H. Golub, R. J. LeVeque, Am. Stat. 37 (1983) 242; the third
 /// order as in P. Pébay, Sandia National Laboratories SAND2008-6212 (2008)). Threads: one filler at a time; give each
 /// chunk its own, then merge in chunk order.

@@ -1,5 +1,7 @@
 #include "Objects.h"
 
+#include <velmorak/DataObjects.h>
+
 namespace velmorak {
 
 namespace {
@@ -8,7 +10,7 @@ const DataObjectPtr* objectAt(const Arguments& arguments, const std::string& inp
     const Value& arrived = arguments.value(input);
     if (std::holds_alternative<std::monostate>(arrived)) {
         throw Failure(input,
-                      arguments.isWired(input) ? "a table is wired where a histogram is needed" : "nothing is wired");
+                      arguments.isWired(input) ? "expected a histogram, but a table is wired" : "nothing is wired");
     }
     return std::get_if<DataObjectPtr>(&arrived);
 }
@@ -16,25 +18,29 @@ const DataObjectPtr* objectAt(const Arguments& arguments, const std::string& inp
 }  // namespace
 
 AnyHistogram histogramOf1Or2(const Arguments& arguments, const std::string& input) {
-    const DataObjectPtr* object = objectAt(arguments, input);
-    if (object) {
-        if (auto one = std::dynamic_pointer_cast<const Histogram1D>(*object)) {
-            return one;
-        }
-        if (auto two = std::dynamic_pointer_cast<const Histogram2D>(*object)) {
-            return two;
-        }
+    const DataObjectPtr* const object = objectAt(arguments, input);
+    const Failure other(input, "expected a histogram of one or two dimensions");
+    if (!object) {
+        throw other;
     }
-    throw Failure(input, "what is wired is no histogram of one or two dimensions");
+    return visit(**object,
+                 overloaded{
+                     [&](const Histogram1D& histogram) -> AnyHistogram { return HistogramPtr(*object, &histogram); },
+                     [&](const Histogram2D& histogram) -> AnyHistogram { return Histogram2DPtr(*object, &histogram); },
+                     [&](const DataObject&) -> AnyHistogram { throw other; },
+                 });
 }
 
 Histogram2DPtr histogram2D(const Arguments& arguments, const std::string& input) {
-    const DataObjectPtr* object = objectAt(arguments, input);
-    auto histogram = object ? std::dynamic_pointer_cast<const Histogram2D>(*object) : nullptr;
-    if (!histogram) {
-        throw Failure(input, "what is wired is no two-dimensional histogram");
+    const DataObjectPtr* const object = objectAt(arguments, input);
+    const Failure other(input, "expected a two-dimensional histogram");
+    if (!object) {
+        throw other;
     }
-    return histogram;
+    return visit(**object, overloaded{
+                               [&](const Histogram2D& histogram) { return Histogram2DPtr(*object, &histogram); },
+                               [&](const DataObject&) -> Histogram2DPtr { throw other; },
+                           });
 }
 
 InputSpec histogramInput(const std::string& name, const std::string& description) {
@@ -43,7 +49,7 @@ InputSpec histogramInput(const std::string& name, const std::string& description
 
 InputSpec derivedTitleInput() {
     return {.name = "title",
-            .description = "Shown above a plot. Empty: the title of the histogram that it is made of.",
+            .description = "Title shown above a plot. Empty: the title of the input histogram.",
             .type = ValueType::Text};
 }
 
@@ -53,7 +59,7 @@ void nameAfter(DataObject& object, const DataObject& source, const Arguments& ar
 }
 
 std::string describe(const Axis& axis) {
-    return textOf(static_cast<double>(axis.bins())) + " bins from " + textOf(axis.low()) + " to " + textOf(axis.high());
+    return std::to_string(axis.bins()) + " bins from " + textOf(axis.low()) + " to " + textOf(axis.high());
 }
 
 }  // namespace velmorak

@@ -8,22 +8,22 @@
 #include <utility>
 #include <variant>
 
-/// What kinds that make histograms of histograms have in common.
+/// Helpers of the kinds that turn histograms into histograms.
 namespace velmorak {
 
 using Histogram2DPtr = std::shared_ptr<const Histogram2D>;
 using AnyHistogram = std::variant<HistogramPtr, Histogram2DPtr>;
 
-/// @throws Failure if nothing is wired, or something else than a histogram of one or two dimensions.
+/// @throws Failure if nothing is wired, or anything but a histogram of one or two dimensions.
 AnyHistogram histogramOf1Or2(const Arguments& arguments, const std::string& input);
-/// @throws Failure if nothing is wired, or no two-dimensional histogram.
+/// @throws Failure if nothing is wired, or anything but a two-dimensional histogram.
 Histogram2DPtr histogram2D(const Arguments& arguments, const std::string& input);
 
-/// The input of a kind that changes one histogram, and the title of what it makes.
+/// The input for a histogram, and for the title of the result.
 InputSpec histogramInput(const std::string& name, const std::string& description);
 InputSpec derivedTitleInput();
 
-/// Name and title of a derived object: the plug-in's, and that of the object where the title input is empty.
+/// Name and title of a derived object: the plug-in's, and the source's if the title input is empty.
 void nameAfter(DataObject& object, const DataObject& source, const Arguments& arguments, const RunContext& context);
 
 /// "50 bins from 0 to 10".
@@ -41,7 +41,7 @@ inline std::size_t dimensionsOf(const Histogram1D&) {
 inline std::size_t dimensionsOf(const Histogram2D&) {
     return 2;
 }
-/// Cell of a histogram along each axis, as Axis::cell counts.
+/// Cell number along each axis, counted as in Axis::cell.
 inline Grid<2>::Cells alongAxes(const Histogram1D&, std::size_t cell) {
     return {cell, 1};
 }
@@ -58,7 +58,7 @@ bool isInside(const Histogram& histogram, std::size_t cell) {
     }
     return true;
 }
-/// Width of a bin inside, or the product of its widths.
+/// Width of a bin in range, or the product of its widths.
 template <typename Histogram>
 double sizeOf(const Histogram& histogram, std::size_t cell) {
     const Grid<2>::Cells cells = alongAxes(histogram, cell);
@@ -69,7 +69,7 @@ double sizeOf(const Histogram& histogram, std::size_t cell) {
     return size;
 }
 
-/// Another histogram with the same axes.
+/// @return a histogram with the same axes and these cells.
 inline Histogram1D withCells(const Histogram1D& like, CellVector<BinSums> cells, std::int64_t nans) {
     Histogram1D made(like.axis(), std::move(cells), nans);
     return made;
@@ -78,7 +78,7 @@ inline Histogram2D withCells(const Histogram2D& like, CellVector<GridSums<2>> ce
     return {like.grid(), std::move(cells), nans};
 }
 
-/// Each fill's weight times a factor.
+/// Multiplies the weight of each fill by a factor.
 inline void multiply(BinSums& sums, double factor) {
     sums.w *= factor;
     sums.ww *= factor * factor;
@@ -94,7 +94,7 @@ inline void multiply(GridSums<2>& sums, double factor) {
     }
 }
 
-/// The moments that all fills in the centre of the bin would have; none outside.
+/// Replaces the moments by those of fills at the centre of the bin; 0 outside.
 inline void takeMomentsFromCentre(BinSums& sums, const Histogram1D& histogram, std::size_t cell) {
     const double x = isInside(histogram, cell) ? histogram.axis().center(cell - 1) : 0.0;
     sums.wx = sums.w * x;
@@ -110,7 +110,7 @@ inline void takeMomentsFromCentre(GridSums<2>& sums, const Histogram2D& histogra
     }
 }
 
-/// Hands a derived histogram over.
+/// Sets name and title of a derived histogram and outputs it.
 template <typename Histogram>
 void deliver(Histogram made, const DataObject& source, const Arguments& arguments, const RunContext& context,
              Results& results) {

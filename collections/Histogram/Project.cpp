@@ -1,4 +1,5 @@
-#include "HistogramKinds.h"
+#include "kinds.h"
+
 #include "Objects.h"
 #include "ScatterAdd.h"
 
@@ -10,7 +11,7 @@ namespace velmorak {
 
 namespace {
 
-/// A cell across the projection counts when its centre lies in the range; those outside the axis at infinity.
+/// Whether a cell's centre along the projected axis lies in the range; underflow and overflow count as infinite.
 bool isTaken(const Axis& axis, std::size_t cell, double low, double high) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     if (cell == 0) {
@@ -48,6 +49,16 @@ CellVector<ProfileSums<1>> projected(const Histogram2D& plane, std::size_t kept,
     return sums;
 }
 
+/// Sums a two-dimensional histogram along one axis.
+class ProjectKind : public Function {
+public:
+    std::string name() const override { return "Project"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string ProjectKind::summary() const {
@@ -55,27 +66,27 @@ std::string ProjectKind::summary() const {
 }
 
 std::string ProjectKind::notes() const {
-    return R"(Bins across whose centre lies in [low, high) are added up. An infinite limit takes the underflow or overflow of that
-axis too, so that with both limits infinite every fill counts. The profile has the mean and rms of the other coordinate in
-each bin, from the exact sums of the fills and not from the bin centres.)";
+    return R"(Bins of the other axis whose centre lies in [low, high) are summed. An infinite limit includes the underflow or overflow
+of that axis, so that with two infinite limits every fill counts. The profile has the mean and rms of the other coordinate
+in each bin, computed from the exact sums of the fills rather than from bin centres.)";
 }
 
 Ports ProjectKind::ports(const ValueTexts&) const {
     return {{histogramInput("histogram", "Two-dimensional histogram."),
              {.name = "axis",
-              .description = "Axis that stays: x is the horizontal one, y the vertical one.",
+              .description = "Axis to project onto: x is the horizontal one, y the vertical one.",
               .type = ValueType::Choice,
               .value = "x",
               .choices = {"x", "y"}},
              {.name = "low",
-              .description = "Bins are taken from here on, by their centre, in the unit of the other axis.",
+              .description = "Lower limit for the bin centres of the other axis, in its unit.",
               .value = "-Infinity"},
              {.name = "high",
-              .description = "Bins are taken up to here, by their centre, in the unit of the other axis.",
+              .description = "Upper limit for the bin centres of the other axis, in its unit.",
               .value = "Infinity"},
              derivedTitleInput()},
             {{.name = "histogram",
-              .description = "Sums of the taken bins along the axis that stays.",
+              .description = "Sums of the selected bins along the axis.",
               .type = ValueType::Histogram},
              {.name = "profile",
               .description = "Mean of the other coordinate in each bin, in its unit.",
@@ -88,7 +99,7 @@ void ProjectKind::evaluate(const Arguments& arguments, Results& results, RunCont
     const double low = arguments.number("low");
     const double high = arguments.number("high");
     if (!(low < high)) {
-        throw Failure("high", "no bins lie between " + textOf(low) + " and " + textOf(high));
+        throw Failure("high", "no bin centres lie between " + textOf(low) + " and " + textOf(high));
     }
     const CellVector<ProfileSums<1>> sums = projected(*plane, kept, low, high);
     CellVector<BinSums> heights;
@@ -102,6 +113,10 @@ void ProjectKind::evaluate(const Arguments& arguments, Results& results, RunCont
         std::make_shared<Profile1D>(Grid<1>({axis}), sums, CellVector<ProfileReading>{}, plane->nanEntries());
     nameAfter(*profile, *plane, arguments, context);
     results.set("profile", DataObjectPtr(std::move(profile)));
+}
+
+std::unique_ptr<Kind> makeProject() {
+    return std::make_unique<ProjectKind>();
 }
 
 }  // namespace velmorak

@@ -9,7 +9,7 @@ namespace velmorak {
 namespace {
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-/// A running sum this close to what is asked for, as a share of all weights, differs from it by rounding alone.
+/// A cumulative weight this close to the requested one, relative to the total, differs from it by rounding only.
 constexpr double rounding = 1e-12;
 
 double between(double low, double high, double share) {

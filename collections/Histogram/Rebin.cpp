@@ -1,5 +1,6 @@
+#include "kinds.h"
+
 #include "Binning.h"
-#include "HistogramKinds.h"
 #include "Objects.h"
 #include "ScatterAdd.h"
 
@@ -10,13 +11,13 @@ namespace velmorak {
 
 namespace {
 
-/// An axis of fewer bins, and where the old cells go.
+/// An axis with fewer bins, and the new cell of each old one.
 struct Joined {
     Axis axis;
     std::vector<std::size_t> target;
 };
 
-/// The old edge that a written number means; the last decimal places of an edge are not written down.
+/// The old edge closest to an entered number: the last decimal places of an edge may be missing.
 double matchingEdge(const Axis& axis, double written, const std::string& input) {
     const auto& edges = axis.edges();
     const auto above = std::lower_bound(edges.begin(), edges.end(), written);
@@ -26,7 +27,7 @@ double matchingEdge(const Axis& axis, double written, const std::string& input) 
             return *place;
         }
     }
-    throw Failure(input, "no bin of the histogram begins or ends at " + textOf(written));
+    throw Failure(input, "no bin of the histogram has an edge at " + textOf(written));
 }
 
 Joined atEdges(const Axis& axis, const std::string& text, const std::string& input) {
@@ -45,8 +46,8 @@ Joined atEdges(const Axis& axis, const std::string& text, const std::string& inp
 Joined byFactor(const Axis& axis, std::int64_t factor, const std::string& input) {
     const auto step = static_cast<std::size_t>(factor);
     if (axis.bins() % step != 0) {
-        throw Failure(input, textOf(static_cast<double>(axis.bins())) + " bins cannot be joined in groups of " +
-                                 textOf(static_cast<double>(factor)));
+        throw Failure(input,
+                      std::to_string(axis.bins()) + " bins cannot be joined in groups of " + std::to_string(factor));
     }
     Joined joined{.axis = axis, .target = {0}};
     if (step > 1) {
@@ -90,36 +91,50 @@ Histogram2D rebinned(const Histogram2D& histogram, const Arguments& arguments) {
 
 std::vector<InputSpec> joiningInputs(const std::string& prefix, const std::string& axis) {
     return {{.name = prefix + "factor",
-             .description = "How many neighbouring bins of the " + axis + " become one; it divides their number.",
+             .description =
+                 "Number of neighbouring bins of the " + axis + " to join into one; a divisor of the number of bins.",
              .value = prefix.empty() ? "2" : "1",
              .minimum = 1,
              .maximum = maxBins,
              .isInteger = true},
             {.name = prefix + "edges",
-             .description = "Edges of the new bins of the " + axis +
-                            ", in its unit, separated by blanks or commas; each is an edge already. Not empty: they "
-                            "hold instead of " +
-                            prefix + "factor.",
+             .description =
+                 "Edges of the new bins of the " + axis +
+                 ", in its unit, separated by blanks or commas; each must be an edge already. If not empty, they "
+                 "replace " +
+                 prefix + "factor.",
              .type = ValueType::Text}};
 }
+
+/// Joins neighbouring bins.
+class RebinKind : public Function {
+public:
+    std::string name() const override { return "Rebin"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
 
 }  // namespace
 
 std::string RebinKind::summary() const {
-    return "Joins neighbouring bins of a histogram to wider ones.";
+    return "Joins neighbouring bins of a histogram into wider ones.";
 }
 
 std::string RebinKind::notes() const {
-    return R"(The sums of a new bin are those of its old bins added up, so nothing is lost: entries, sums of w, w², w x and w x².
-Given edges may leave out bins at both ends; these go into underflow and overflow. A written edge means the bin edge that
-is less than a millionth of a mean bin width away.)";
+    return R"(The sums of a new bin are the sums over its old bins, so that nothing is lost: entries, sums of w, w², w x and w x².
+Edges may exclude bins at both ends; these go into underflow and overflow. An entered edge matches a bin edge within a
+millionth of the mean bin width.)";
 }
 
 Ports RebinKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {histogramInput("histogram", "Histogram of one or two dimensions.")};
-    for (const auto& [prefix, axis] : {std::pair<std::string, std::string>{"", "horizontal axis"},
-                                       std::pair<std::string, std::string>{"y", "vertical axis of a plane"}}) {
+    for (const auto& [prefix, axis] :
+         {std::pair<std::string, std::string>{"", "horizontal axis"},
+          std::pair<std::string, std::string>{"y", "vertical axis of a two-dimensional histogram"}}) {
         for (InputSpec& input : joiningInputs(prefix, axis)) {
             ports.inputs.push_back(std::move(input));
         }
@@ -140,6 +155,10 @@ void RebinKind::evaluate(const Arguments& arguments, Results& results, RunContex
             deliver(rebinned(*histogram, arguments), *histogram, arguments, context, results);
         },
         histogramOf1Or2(arguments, "histogram"));
+}
+
+std::unique_ptr<Kind> makeRebin() {
+    return std::make_unique<RebinKind>();
 }
 
 }  // namespace velmorak

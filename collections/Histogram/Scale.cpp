@@ -1,4 +1,5 @@
-#include "HistogramKinds.h"
+#include "kinds.h"
+
 #include "Objects.h"
 
 #include <cmath>
@@ -26,7 +27,7 @@ Histogram scaled(const Histogram& histogram, const std::string& mode, double fac
         common = factor / present;
         if (present == 0.0 || !std::isfinite(common)) {
             throw Failure("histogram",
-                          "its " + mode + " is " + textOf(present) + ", which no factor brings to " + textOf(factor));
+                          "its " + mode + " is " + textOf(present) + ", which cannot be scaled to " + textOf(factor));
         }
     }
     auto cells = histogram.cells();
@@ -36,49 +37,62 @@ Histogram scaled(const Histogram& histogram, const std::string& mode, double fac
     return withCells(histogram, std::move(cells), histogram.nanEntries());
 }
 
+/// Multiplies the heights of a histogram.
+class ScaleKind : public Function {
+public:
+    std::string name() const override { return "Scale"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string ScaleKind::summary() const {
-    return "Multiplies the heights of a histogram, brings its sum or area to a number, or divides by bin widths.";
+    return "Scales the heights of a histogram by a factor, to a given sum or area, or by bin width.";
 }
 
 std::string ScaleKind::notes() const {
-    return R"(With f the factor, every bin is multiplied by
+    return R"(With the factor f, every bin is multiplied by
 
 - `factor`: f;
-- `sum`: f / sum of the in-range heights, so that these add up to f;
+- `sum`: f / sum of the in-range heights, so that they add up to f;
 - `area`: f / sum of in-range height times width, so that the area is f;
-- `width`: f / its width (in a plane: the product of both widths), which makes a density. Underflow and overflow have no
-  width; they are multiplied by f alone.
+- `width`: f / its width (in two dimensions the product of both widths), which gives a density. Underflow and overflow
+  have no width and are multiplied by f alone.
 
-A bin multiplied by c has sums of w, w x and w x² times c and a sum of w² times c², so that its relative error stays. The
-number of entries stays too.)";
+Multiplying a bin by c multiplies its sums of w, w x and w x² by c and its sum of w² by c², so that its relative error is
+unchanged. The number of entries is unchanged, too.)";
 }
 
 Ports ScaleKind::ports(const ValueTexts&) const {
-    return {
-        {histogramInput("histogram", "Histogram of one or two dimensions."),
-         {.name = "mode",
-          .description = "What the factor is: what heights are multiplied by, what their sum or the area becomes, "
-                         "or what heights per width are multiplied by.",
-          .type = ValueType::Choice,
-          .value = "factor",
-          .choices = {"factor", "sum", "area", "width"}},
-         {.name = "factor", .description = "Number that the mode speaks of, without unit.", .value = "1"},
-         derivedTitleInput()},
-        {{.name = "histogram", .description = "The histogram with its new heights.", .type = ValueType::Histogram}}};
+    return {{histogramInput("histogram", "Histogram of one or two dimensions."),
+             {.name = "mode",
+              .description = "Meaning of the factor: the factor of the heights, their new sum, the new area, "
+                             "or the factor of heights divided by bin widths.",
+              .type = ValueType::Choice,
+              .value = "factor",
+              .choices = {"factor", "sum", "area", "width"}},
+             {.name = "factor", .description = "Number to apply as the mode says, without unit.", .value = "1"},
+             derivedTitleInput()},
+            {{.name = "histogram", .description = "The scaled histogram.", .type = ValueType::Histogram}}};
 }
 
 void ScaleKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
     const double factor = arguments.number("factor");
     if (!std::isfinite(factor)) {
-        throw Failure("factor", textOf(factor) + " is no factor");
+        throw Failure("factor", "the factor must be finite, but is " + textOf(factor));
     }
     std::visit(
         [&](const auto& histogram) {
             deliver(scaled(*histogram, arguments.text("mode"), factor), *histogram, arguments, context, results);
         },
         histogramOf1Or2(arguments, "histogram"));
+}
+
+std::unique_ptr<Kind> makeScale() {
+    return std::make_unique<ScaleKind>();
 }
 
 }  // namespace velmorak

@@ -7,8 +7,7 @@
 
 namespace velmorak {
 
-/// Cells added to those that they become: cell i of the old ones goes into cell target[i] of count new ones, in the
-/// order of the old ones.
+/// Adds old cell i to cell target[i] of count new ones, in the order of the old cells.
 template <typename Sums>
 CellVector<Sums> gathered(const CellVector<Sums>& cells, const std::vector<std::size_t>& target, std::size_t count) {
     CellVector<Sums> all(count);

@@ -1,4 +1,4 @@
-#include "Statistics.h"
+#include "kinds.h"
 
 #include "FillExpression.h"
 #include "Moments.h"
@@ -12,13 +12,13 @@ namespace velmorak {
 
 namespace {
 
-/// Quantiles of a standard normal distribution at -1 and 1.
+/// Probabilities of a standard normal distribution below -1 and 1.
 constexpr double lowerProbability = 0.15865525393145705;
 constexpr double upperProbability = 0.84134474606854295;
 
 class Gathering : public AccumulatorState {
 public:
-    explicit Gathering(const FillExpression& gathered) : quantity(gathered) {}
+    explicit Gathering(const FillExpression& quantity) : quantity(quantity) {}
 
     void fill(const Chunk& chunk) override;
 
@@ -84,7 +84,8 @@ public:
     void merge(AccumulatorState&) override {}
 };
 
-/// From the exact mean and spread in each bin, about which the fills of a bin are taken to lie evenly.
+/// Skewness from the exact mean and spread of each bin; the fills of a bin are assumed to lie symmetrically about its
+/// mean.
 double skewnessOf(const Histogram1D& histogram) {
     const double mean = histogram.mean();
     const double spread = histogram.rms();
@@ -116,10 +117,10 @@ std::vector<WeightedInterval> binsOf(const Histogram1D& histogram) {
     return bins;
 }
 
-/// A histogram keeps the exact sums of what was filled, but not its smallest and largest value.
+/// A histogram keeps the exact sums of its fills, but not their smallest and largest value.
 class HistogramStatistics : public Accumulation {
 public:
-    explicit HistogramStatistics(HistogramPtr filled) : histogram(std::move(filled)) {}
+    explicit HistogramStatistics(HistogramPtr histogram) : histogram(std::move(histogram)) {}
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<NothingToGather>(); }
 
@@ -143,49 +144,62 @@ void HistogramStatistics::finish(AccumulatorState&, Results& results) {
     setQuantiles(binsOf(*histogram), results);
 }
 
+/// Computes the moments and quantiles of a quantity.
+class StatisticsKind : public Accumulator {
+public:
+    std::string name() const override { return "Statistics"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    int version() const override { return 2; }
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string StatisticsKind::summary() const {
-    return "Gives entries, sum, mean, rms, skewness, extremes and quantiles of a quantity of a table, or of a "
+    return "Computes entries, sum, mean, rms, skewness, extremes and quantiles of a quantity of a table, or of a "
            "histogram.";
 }
 
 std::string StatisticsKind::notes() const {
-    return R"(The sums are formed about the plain mean p of the values, so that nothing cancels:
+    return R"(Sums are formed about the unweighted mean p of the values to avoid cancellation:
 S1 = sum of w (x - p), S2 = sum of w (x - p)², mean = p + S1 / W, rms² = S2 / W - (S1 / W)², with W the sum of the weights
-w. Parts are joined about their common p (T. F. Chan, G. H. Golub, R. J. LeVeque, The American Statistician 37 (1983)
-242). Sums keep what each addition rounds away (A. Neumaier, Zeitschrift für Angewandte Mathematik und Mechanik 54 (1974)
-39). The rms is that of the population: it is divided by W, not by W - 1. Weights of both signs may make rms² negative;
+w. Partial results are merged about their common p (T. F. Chan, G. H. Golub, R. J. LeVeque, The American Statistician 37 (1983)
+242). Summation is compensated (A. Neumaier, Zeitschrift für Angewandte Mathematik und Mechanik 54 (1974)
+39). The rms is that of the population: the divisor is W, not W - 1. With weights of both signs, rms² may be negative;
 the rms is then NaN.
 
 The skewness is the third standardised moment of the population, sum of w (x - mean)³ / (W rms³). With S3 = sum of
-w (x - p)³ and d = S1 / W it is (S3 / W - 3 d S2 / W + 2 d³) / rms³; parts are joined as above (P. Pébay, Sandia National
-Laboratories SAND2008-6212 (2008)). It is NaN where the rms is NaN or 0. That of a histogram comes from the sums of its
-in-range bins: the fills of one bin count with their own mean and spread, but as if they lay evenly about that mean.
+w (x - p)³ and d = S1 / W it is (S3 / W - 3 d S2 / W + 2 d³) / rms³; partial results are merged as above (P. Pébay, Sandia National
+Laboratories SAND2008-6212 (2008)). It is NaN where the rms is NaN or 0. For a histogram it is computed from the sums of its
+in-range bins: the fills of a bin have its exact mean and spread, but are assumed to lie symmetrically about that mean.
 
-The quantile for the probability P is the value at which the running sum of the weights of the ascending values passes
-P W; where a value ends exactly at P W, it is the middle between that value and the next one (R. J. Hyndman, Y. Fan, The
+The quantile for the probability P is the value at which the cumulative weight of the ascending values passes P W; if it
+equals P W exactly at a value, the quantile is midway between that value and the next one (R. J. Hyndman, Y. Fan, The
 American Statistician 50 (1996) 361, definition 2, with weights). Up to 10000 values with a weight other than 0 are kept
 as they are, and the quantile is exact. More are counted in at most 10000 cells between neighbouring multiples of a power
 of ten, from the smallest to the largest finite value; within a cell the quantile is interpolated linearly between the
-smallest and the largest value that lie there. It is thus wrong by less than a cell, that is by at most 1/900 of the span
-of the values (or 10^-14 of the largest, where that is more), and exact where a cell holds equal values only. Infinite
-values, and then also those beyond 1e300, lie outside the cells, below or above all others. In a histogram the quantile
+smallest and the largest value in it. Its error is thus less than a cell, that is at most 1/900 of the span
+of the values (or 10^-14 of the largest, if that is more), and 0 if all values of the cell are equal. Infinite
+values, and then also those beyond 1e300, lie below or above all cells. In a histogram the quantile
 is interpolated linearly in the bins; underflow and overflow are left out. With weights of both signs the quantile is the
-first value at which the running sum reaches P W. Without fills, and where W is not above 0, it is NaN.)";
+first value at which the cumulative weight reaches P W. Without fills, and if W is not positive, it is NaN.)";
 }
 
 Ports StatisticsKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {
         {.name = "data",
-         .description = "Table whose rows are used, or a histogram, of which all in-range fills are used.",
+         .description = "Table whose rows are used, or a histogram, whose in-range fills are used.",
          .type = ValueType::Any},
         expressionInput(),
         weightInput(),
     };
     ports.outputs = {
-        {.name = "entries", .description = "Number of fills; a NaN is none."},
+        {.name = "entries", .description = "Number of fills, without those that are NaN."},
         {.name = "weights", .description = "Sum of the weights, sum of w."},
         {.name = "sum", .description = "Weighted sum, sum of w x, in the unit of the expression."},
         {.name = "mean",
@@ -195,21 +209,23 @@ Ports StatisticsKind::ports(const ValueTexts&) const {
                         "fills."},
         {.name = "minimum",
          .description = "Smallest value, in the unit of the expression; NaN without fills and for a histogram, which "
-                        "does not keep it."},
+                        "does not store it."},
         {.name = "maximum",
          .description = "Largest value, in the unit of the expression; NaN without fills and for a histogram, which "
-                        "does not keep it."},
-        {.name = "nan", .description = "Number of fills left out because value or weight was NaN."},
+                        "does not store it."},
+        {.name = "nan", .description = "Number of fills left out because value or weight is NaN."},
         {.name = "skewness",
          .description = "Weighted third standardised moment of the population, without unit; NaN without spread."},
         {.name = "median",
-         .description = "Value that halves the weights, in the unit of the expression; NaN without fills."},
+         .description = "Median: half of the weight lies below it; in the unit of the expression; NaN without fills."},
         {.name = "lower",
-         .description = "Quantile for 15.87 %, where the central 68.27 % begin, in the unit of the expression; NaN "
-                        "without fills."},
+         .description =
+             "Quantile for 15.87 %, the lower end of the central 68.27 %, in the unit of the expression; NaN "
+             "without fills."},
         {.name = "upper",
-         .description = "Quantile for 84.13 %, where the central 68.27 % end, in the unit of the expression; NaN "
-                        "without fills."},
+         .description =
+             "Quantile for 84.13 %, the upper end of the central 68.27 %, in the unit of the expression; NaN "
+             "without fills."},
     };
     return ports;
 }
@@ -224,6 +240,10 @@ std::unique_ptr<Accumulation> StatisticsKind::prepare(const Arguments& arguments
         return std::make_unique<TableStatistics>(arguments, *schema);
     }
     return std::make_unique<HistogramStatistics>(arguments.histogram("data"));
+}
+
+std::unique_ptr<Kind> makeStatistics() {
+    return std::make_unique<StatisticsKind>();
 }
 
 }  // namespace velmorak

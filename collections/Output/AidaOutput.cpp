@@ -1,32 +1,29 @@
 #include "AidaOutput.h"
 
-#include <utility>
+#include <velmorak/DataObjects.h>
 
-#include <velmorak/FunctionObject.h>
-#include <velmorak/Points.h>
-#include <velmorak/Profile.h>
+#include <utility>
 
 namespace velmorak {
 
 namespace {
 
-/// Writes a copy under the name that the object has in the file.
-/// @return false when the object is of another class.
-template <typename Class>
-bool writeAs(const AidaContents::Object& object, AidaFileWriter& writer, const std::string& folder) {
-    const auto* original = dynamic_cast<const Class*>(object.object.get());
-    if (!original) {
-        return false;
-    }
-    Class named = *original;
-    named.name = object.name;
-    writer.write(named, folder);
-    return true;
+/// Writes a copy of the object under its name in the file.
+void writeAs(const AidaContents::Object& object, AidaFileWriter& writer, const std::string& folder) {
+    visit(*object.object,
+          overloaded{
+              [&](const DataObject&) { throw Failure(object.name + " cannot be written to an AIDA file"); },
+              [&](const auto& original) {
+                  auto copy = original;
+                  copy.name = object.name;
+                  writer.write(copy, folder);
+              },
+          });
 }
 
 }  // namespace
 
-AidaOutput::AidaOutput(AidaContents whatToWrite, RunContext& run) : contents(std::move(whatToWrite)), context(run) {}
+AidaOutput::AidaOutput(AidaContents contents, RunContext& context) : contents(std::move(contents)), context(context) {}
 
 void AidaOutput::appendRows(const std::string& rows) {
     if (rows.empty()) {
@@ -64,16 +61,7 @@ void AidaOutput::writeObjectsUpToTable() {
             writer->beginTable(object.name, object.name, contents.folder, contents.schema);
             continue;
         }
-        const bool isWritten = writeAs<Histogram1D>(object, *writer, contents.folder) ||
-                               writeAs<Histogram2D>(object, *writer, contents.folder) ||
-                               writeAs<Histogram3D>(object, *writer, contents.folder) ||
-                               writeAs<Profile1D>(object, *writer, contents.folder) ||
-                               writeAs<Profile2D>(object, *writer, contents.folder) ||
-                               writeAs<Points>(object, *writer, contents.folder) ||
-                               writeAs<FunctionObject>(object, *writer, contents.folder);
-        if (!isWritten) {
-            throw Failure(object.name + " has no place in an AIDA file");
-        }
+        writeAs(object, *writer, contents.folder);
     }
 }
 

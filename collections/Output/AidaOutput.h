@@ -5,7 +5,7 @@
 
 namespace velmorak {
 
-/// What goes into one AIDA file, in order.
+/// Contents of an AIDA file, in order.
 struct AidaContents {
     struct Object {
         std::string name;
@@ -17,16 +17,16 @@ struct AidaContents {
     Schema schema;  ///< Of the table, if there is one.
 };
 
-/// A file in the making. Nothing is on disk before the first call, and nothing stays there without complete().
-/// Threads: one at a time.
+/// An AIDA file that is being written. Nothing is on disk before the first call; without complete() the file is
+/// removed. Threads: one at a time.
 class AidaOutput {
 public:
-    AidaOutput(AidaContents whatToWrite, RunContext& run);
+    AidaOutput(AidaContents contents, RunContext& context);
 
     const Schema& schema() const { return contents.schema; }
-    /// Rows of the table as aidaRows made them. @throws Failure if the file cannot be made.
+    /// Appends rows of the table, as formatted by aidaRows. @throws Failure if the file cannot be created.
     void appendRows(const std::string& rows);
-    /// Writes what is left and gives the file its name. @throws Failure if that cannot be done.
+    /// Writes the rest and renames the file to its final name. @throws Failure if that fails.
     void complete();
 
 private:
@@ -35,7 +35,7 @@ private:
 
     AidaContents contents;
     RunContext& context;
-    std::size_t next = 0;  ///< Position of the first object that is not written or begun.
+    std::size_t next = 0;  ///< Position of the first object that is not yet written or begun.
     bool isInTable = false;
     std::unique_ptr<ResultFile> file;
     std::unique_ptr<AidaFileWriter> writer;

@@ -1,4 +1,4 @@
-#include "AidaWriter.h"
+#include "kinds.h"
 
 #include "AidaOutput.h"
 #include "Ports.h"
@@ -10,10 +10,10 @@ namespace velmorak {
 
 namespace {
 
-/// Rows of one chunk, made ready by many threads; the file takes them in one after the other.
+/// Rows of one chunk: formatted in parallel, appended to the file in order.
 class Rows : public AccumulatorState {
 public:
-    explicit Rows(AidaOutput& target) : output(target) {}
+    explicit Rows(AidaOutput& output) : output(output) {}
 
     void fill(const Chunk& chunk) override { text += aidaRows(output.schema(), chunk); }
 
@@ -56,7 +56,7 @@ void Writing::finish(AccumulatorState& state, Results&) {
     output->complete();
 }
 
-/// @return the object at the input, or null for a table, which does not come as a value.
+/// @return the object at the input, or null for a table, which is not a value.
 DataObjectPtr objectOrTable(const Arguments& arguments, const std::string& input) {
     if (!arguments.isWired(input)) {
         throw Failure(input, "nothing is wired");
@@ -66,7 +66,9 @@ DataObjectPtr objectOrTable(const Arguments& arguments, const std::string& input
         return nullptr;
     }
     if (!std::holds_alternative<DataObjectPtr>(value)) {
-        throw Failure(input, "a number or text has no place in an AIDA file; wire a table or a histogram");
+        throw Failure(
+            input,
+            "a number or text cannot be written to an AIDA file; wire a table, histogram, profile, points or function");
     }
     return std::get<DataObjectPtr>(value);
 }
@@ -86,7 +88,7 @@ std::vector<AidaContents::Object> objectsOf(const Arguments& arguments) {
     for (const std::string& input : numberedInputs(arguments, "objects", "object")) {
         DataObjectPtr object = objectOrTable(arguments, input);
         if (!object && std::exchange(hasTable, true)) {
-            throw Failure(input, "a second table cannot go into the same file; use another AidaWriter for it");
+            throw Failure(input, "a file can hold only one table; use another AidaWriter for the second one");
         }
         const bool hasName = object && !object->name.empty();
         const std::string& name = hasName ? object->name : arguments.sourceName(input);
@@ -94,6 +96,18 @@ std::vector<AidaContents::Object> objectsOf(const Arguments& arguments) {
     }
     return objects;
 }
+
+/// Writes its inputs into one AIDA file. A table is streamed, so it may be larger than memory.
+class AidaWriterKind : public Accumulator {
+public:
+    std::string name() const override { return "AidaWriter"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    MergeOrder mergeOrder() const override { return MergeOrder::FirstToLast; }
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
 
 }  // namespace
 
@@ -108,7 +122,7 @@ Ports AidaWriterKind::ports(const ValueTexts& values) const {
         .name = "object",
         .description =
             "Histogram, profile, points, function or table to write, under its name or that of the plug-in that made "
-            "it. At most one of a writer's objects is a table.",
+            "it. At most one object of a writer can be a table.",
         .type = ValueType::Any};
     Ports ports;
     ports.inputs = {
@@ -117,10 +131,10 @@ Ports AidaWriterKind::ports(const ValueTexts& values) const {
          .description = "Name of the file in the results folder. Empty: the name of this plug-in with .aida.",
          .type = ValueType::Text},
         {.name = "folder",
-         .description = "Folder of the objects in the file, for example /run1.",
+         .description = "Folder of the objects within the file, for example /run1.",
          .type = ValueType::Text,
          .value = "/"},
-        countInput("objects", "Number of objects to write, 1 to 16; each has an input of its own."),
+        countInput("objects", "Number of objects to write, 1 to 16; each has its own input."),
     };
     addNumbered(ports, object, numberedCount(values, "objects"));
     return ports;
@@ -128,7 +142,7 @@ Ports AidaWriterKind::ports(const ValueTexts& values) const {
 
 std::string AidaWriterKind::refusal(const std::string& input, const std::string& value) const {
     if (input == "folder" && !value.starts_with('/')) {
-        return "The folder begins with \"/\".";
+        return "The folder must begin with \"/\".";
     }
     return {};
 }
@@ -147,6 +161,10 @@ std::unique_ptr<Accumulation> AidaWriterKind::prepare(const Arguments& arguments
         contents.schema = *schema;
     }
     return std::make_unique<Writing>(std::move(contents), context);
+}
+
+std::unique_ptr<Kind> makeAidaWriter() {
+    return std::make_unique<AidaWriterKind>();
 }
 
 }  // namespace velmorak

@@ -8,7 +8,7 @@ namespace velmorak {
 
 namespace {
 
-/// A real that is whole keeps its point, so that it is read as a real, and -0 with its sign.
+/// An integral real keeps its decimal point, so that it is read back as a real, and -0 keeps its sign.
 void append(std::string& text, double number) {
     if (!std::isfinite(number)) {
         text += textOf(number);

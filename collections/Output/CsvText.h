@@ -7,17 +7,17 @@
 #include <string>
 #include <vector>
 
-/// Lines of text with a row each, as CsvTable reads them: numbers read back to the last bit, with their type.
+/// Formats rows as lines of text for CsvTable: numbers read back to the last bit, with their type.
 namespace velmorak {
 
-/// A line with the names. A name is in quotes where it could be mistaken.
+/// The header line. A name is quoted if it could be misread.
 std::string csvHeader(const std::vector<std::string>& names, char delimiter);
 
-/// May be called by several threads at once.
+/// Threads: any number at once.
 std::string csvRows(const Schema& schema, const Chunk& chunk, char delimiter);
 std::string csvRows(const ObjectTable& table, char delimiter);
 
-/// The value of one row as it stands in a field, without quotes; of a list all its values, with blanks between them.
+/// Text of one value, without quotes; of a list all its values, separated by blanks.
 std::string fieldText(const Column& column, std::size_t row);
 
 }  // namespace velmorak

@@ -1,4 +1,4 @@
-#include "CsvWriter.h"
+#include "kinds.h"
 
 #include "CsvText.h"
 #include "PlotValues.h"
@@ -13,10 +13,10 @@ namespace velmorak {
 
 namespace {
 
-/// Rows of one chunk, made ready by many threads; the file takes them in one after the other.
+/// Rows of one chunk: formatted in parallel, appended to the file in order.
 class Lines : public AccumulatorState {
 public:
-    Lines(TextOutput& target, const Schema& columns, char separator);
+    Lines(TextOutput& output, const Schema& schema, char delimiter);
 
     void fill(const Chunk& chunk) override { text += csvRows(schema, chunk, delimiter); }
 
@@ -31,8 +31,8 @@ private:
     std::string text;
 };
 
-Lines::Lines(TextOutput& target, const Schema& columns, char separator)
-    : output(target), schema(columns), delimiter(separator) {}
+Lines::Lines(TextOutput& output, const Schema& schema, char delimiter)
+    : output(output), schema(schema), delimiter(delimiter) {}
 
 void Lines::merge(AccumulatorState& other) {
     handOver();
@@ -46,21 +46,21 @@ void Lines::handOver() {
 
 class Writing : public Accumulation {
 public:
-    Writing(TextOutput textOutput, Schema columns, char separator);
+    Writing(TextOutput output, Schema schema, char delimiter);
 
     std::unique_ptr<AccumulatorState> newState() const override;
 
     void finish(AccumulatorState& state, Results&) override;
 
 private:
-    /// Takes the lines of the states; the run hands them over one at a time.
+    /// Appends the lines of the states, which the run merges one at a time.
     mutable TextOutput output;
     Schema schema;
     char delimiter;
 };
 
-Writing::Writing(TextOutput textOutput, Schema columns, char separator)
-    : output(std::move(textOutput)), schema(std::move(columns)), delimiter(separator) {}
+Writing::Writing(TextOutput output, Schema schema, char delimiter)
+    : output(std::move(output)), schema(std::move(schema)), delimiter(delimiter) {}
 
 std::unique_ptr<AccumulatorState> Writing::newState() const {
     return std::make_unique<Lines>(output, schema, delimiter);
@@ -91,7 +91,7 @@ ObjectTable tableOf(const Arguments& arguments) {
         throw Failure("object", "nothing is wired");
     }
     if (!object) {
-        throw Failure("object", "a number or text is no table; use Print");
+        throw Failure("object", "a number or text cannot be written as a table; use Print");
     }
     const PlotRange range = rangeIn(arguments.text("range"));
     const Sampling sampling{
@@ -103,19 +103,33 @@ ObjectTable tableOf(const Arguments& arguments) {
     }
 }
 
+/// Writes a table, or the numbers of an object, as lines of text. A table is streamed, so it may be larger than
+/// memory.
+class CsvWriterKind : public Accumulator {
+public:
+    std::string name() const override { return "CsvWriter"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    MergeOrder mergeOrder() const override { return MergeOrder::FirstToLast; }
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string CsvWriterKind::summary() const {
-    return "Writes a table, or the numbers of a histogram, profile, points or function, as a text file with a row on "
+    return "Writes a table, or the numbers of a histogram, profile, points or function, as a text file with one row on "
            "each "
            "line.";
 }
 
 std::string CsvWriterKind::notes() const {
-    return R"(`CsvTable` reads every number of the file back to the last bit: reals have as many digits as that needs, whole ones a
-point (`3.0`), and there are `NaN`, `Infinity` and `-Infinity`; a NaN has no sign. Texts stand in double quotes, with quotes in
-them doubled, so that a text that looks like a number stays one; booleans are `true` and `false`. A list column becomes one
-text with its values and blanks between them; use `Explode` before it for a row each. The first line names the columns.
+    return R"(`CsvTable` reads every number of the file back to the last bit: reals have as many digits as that requires, with a decimal
+point (`3.0`) if they are integral; `NaN`, `Infinity` and `-Infinity` are written as such, NaN without a sign. Texts are put in
+double quotes, and quotes in them are doubled, so that a text that styles like a number stays a text; booleans are `true` and
+`false`. A list is written as one text with its values separated by blanks; use `Explode` first to get one row for each value. The first line names the columns.
 
 | object | columns |
 |---|---|
@@ -123,9 +137,9 @@ text with its values and blanks between them; use `Explode` before it for a row 
 | histogram over two or three | `xlow`, `xhigh`, `ylow`, `yhigh`, ..., `entries`, `height`, `error` |
 | profile | `low`, `high` (or as above), `entries`, `weights`, `mean`, `error`, `rms` |
 | points | `x`, `xplus`, `xminus`, `y`, `yplus`, `yminus`, ...; of more than three dimensions `x1`, `x2`, ... |
-| function | `x`, `y` at equal distances, both ends included |
+| function | `x`, `y` at equidistant points, both ends included |
 
-Under- and overflow are rows that reach to `-Infinity` and `Infinity`.)";
+Underflow and overflow are rows that extend to `-Infinity` and `Infinity`.)";
 }
 
 Ports CsvWriterKind::ports(const ValueTexts&) const {
@@ -138,24 +152,24 @@ Ports CsvWriterKind::ports(const ValueTexts&) const {
          .description = "Name of the file in the results folder. Empty: the name of this plug-in with .csv.",
          .type = ValueType::Text},
         {.name = "delimiter",
-         .description = "What stands between the fields of a line.",
+         .description = "Separator of the fields in a line.",
          .type = ValueType::Choice,
          .value = "comma",
          .choices = {"comma", "semicolon", "tabulator", "bar"}},
         {.name = "header",
-         .description = "Yes: the first line names the columns.",
+         .description = "Yes: the first line names the columns. No: there is no such line.",
          .type = ValueType::Choice,
          .value = "yes",
          .choices = {"yes", "no"}},
         {.name = "samples",
-         .description = "Number of places at which a function is computed, from 2 on.",
+         .description = "Number of points at which a function is sampled, at least 2.",
          .value = "101",
          .minimum = 2,
          .maximum = 1e7,
          .isInteger = true},
         {.name = "range",
-         .description = "Ends between which a function is computed, as two numbers in the unit of its argument; * for "
-                        "an end that the function knows. Empty: it knows both.",
+         .description = "Range in which a function is sampled, as two numbers in the unit of its argument; * for "
+                        "an end that the function defines. Empty: it defines both.",
          .type = ValueType::Text},
     };
     return ports;
@@ -184,6 +198,10 @@ std::unique_ptr<Accumulation> CsvWriterKind::prepare(const Arguments& arguments,
     return std::make_unique<Writing>(
         TextOutput(file.empty() ? asFileName(context.pluginName()) + ".csv" : file, std::move(first), context),
         schema ? *schema : Schema(), delimiter);
+}
+
+std::unique_ptr<Kind> makeCsvWriter() {
+    return std::make_unique<CsvWriterKind>();
 }
 
 }  // namespace velmorak

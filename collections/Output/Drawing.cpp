@@ -32,8 +32,8 @@ std::string readText(const std::filesystem::path& file) {
     return text.str();
 }
 
-/// A page notes when it was made. The same objects give the same bytes, so the date becomes one that never changes; it
-/// has as many digits, so that every position in the file stays right.
+/// A PDF records its creation date. To give the same bytes for the same objects, the date is replaced by a fixed one of
+/// the same length, so that offsets in the file stay valid.
 void takeDateFrom(const std::filesystem::path& pdf) {
     constexpr std::string_view mark = "/CreationDate (D:";
     constexpr std::string_view date = "20000101000000";
@@ -43,7 +43,7 @@ void takeDateFrom(const std::filesystem::path& pdf) {
         return;
     }
     text.replace(at + mark.size(), date.size(), date);
-    // The zone follows: +01'00 for example, or Z00'00.
+    // The time zone follows: +01'00 for example, or Z00'00.
     for (std::size_t i = at + mark.size() + date.size(); i < text.size() && text[i] != ')'; ++i) {
         if (text[i] >= '1' && text[i] <= '9') {
             text[i] = '0';
@@ -73,7 +73,7 @@ std::string drawnSvg(const std::vector<PlotObject>& objects, RunContext& context
     for (const std::string& warning : contents.warnings) {
         context.warn(warning);
     }
-    const ScratchFolder scratch;
+    const TemporaryFolder scratch;
     drawInto(scratch.path(), files, style, context);
     return readText(scratch.path() / "picture.svg");
 }

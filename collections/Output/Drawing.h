@@ -9,11 +9,11 @@
 namespace velmorak {
 
 /// Draws into a folder: base name with .dat, .gp, and one picture for each format.
-/// @throws Failure if the plotter is not there or cannot draw it; Stopped.
+/// @throws Failure if gnuplot is not installed or fails; Stopped.
 void drawInto(const std::filesystem::path& folder, const PlotFiles& files, const PlotStyle& style,
               const RunContext& context);
 
-/// @return the picture as SVG, drawn as a Plot would. What the user should know is told as a warning.
+/// @return the picture as SVG, as Plot draws it. Reports what is left out as a warning.
 /// @throws as plotContents, plotFiles and drawInto.
 std::string drawnSvg(const std::vector<PlotObject>& objects, RunContext& context);
 

@@ -7,7 +7,7 @@
 
 namespace velmorak {
 
-/// What a fit notes of its function in the annotation.
+/// What a fit records in the annotation of its function.
 struct FitNotes {
     std::optional<double> chi2;
     std::optional<double> ndf;

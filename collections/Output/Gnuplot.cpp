@@ -20,7 +20,7 @@ namespace {
 constexpr int stopPollMs = 50;
 constexpr std::size_t maxComplaint = 2000;
 
-/// What the plotter says goes through here; closed at both ends with the object.
+/// A pipe for gnuplot's messages; the destructor closes both ends.
 struct Pipe {
     Pipe();
     ~Pipe();
@@ -34,7 +34,7 @@ struct Pipe {
 
 Pipe::Pipe() {
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-        throw Failure("no pipe to gnuplot could be made: " + std::generic_category().message(errno));
+        throw Failure("cannot create a pipe to gnuplot: " + std::generic_category().message(errno));
     }
 }
 
@@ -50,7 +50,7 @@ void Pipe::closeWriter() {
     ends[1] = -1;
 }
 
-/// A gnuplot that is running; it is ended, and waited for, with the object.
+/// A running gnuplot; the destructor terminates it and waits for it.
 class Child {
 public:
     Child(const std::filesystem::path& folder, const std::string& script, const Pipe& errors);
@@ -58,7 +58,7 @@ public:
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
-    /// @return true if the program ended without an error.
+    /// @return whether gnuplot succeeded.
     bool wait();
 
 private:
@@ -80,10 +80,10 @@ Child::Child(const std::filesystem::path& folder, const std::string& script, con
     const int error = posix_spawnp(&id, "gnuplot", &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (error == ENOENT) {
-        throw Failure("gnuplot is not installed; the Debian package gnuplot-nox brings it");
+        throw Failure("gnuplot is not installed; install the Debian package gnuplot-nox");
     }
     if (error != 0) {
-        throw Failure("gnuplot could not be started: " + std::generic_category().message(error));
+        throw Failure("cannot start gnuplot: " + std::generic_category().message(error));
     }
 }
 
@@ -140,16 +140,16 @@ std::string asOneLine(std::string text) {
 
 }  // namespace
 
-ScratchFolder::ScratchFolder() {
+TemporaryFolder::TemporaryFolder() {
     std::error_code error;
     std::string pattern = (std::filesystem::temp_directory_path(error) / "velmorak-plot-XXXXXX").string();
     if (error || !mkdtemp(pattern.data())) {
-        throw Failure("no folder for temporary files could be made");
+        throw Failure("cannot create a folder for temporary files");
     }
     folder = pattern;
 }
 
-ScratchFolder::~ScratchFolder() {
+TemporaryFolder::~TemporaryFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(folder, ignored);
 }
@@ -158,14 +158,14 @@ void runGnuplot(const std::filesystem::path& folder, const std::string& script, 
     Pipe errors;
     Child child(folder, script, errors);
     errors.closeWriter();
-    const std::string said = readAll(errors.ends[0], context);
+    const std::string output = readAll(errors.ends[0], context);
     const bool isDrawn = child.wait();
-    // An interrupt from the keyboard reaches both programs.
+    // An interrupt from the keyboard reaches gnuplot, too.
     if (context.isStopping()) {
         throw Stopped();
     }
     if (!isDrawn) {
-        throw Failure("gnuplot could not draw the picture: " + asOneLine(said));
+        throw Failure("gnuplot cannot draw the picture: " + asOneLine(output));
     }
 }
 

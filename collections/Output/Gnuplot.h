@@ -7,14 +7,14 @@
 
 namespace velmorak {
 
-/// A folder of its own below the system's folder for temporary files; gone with the object.
-class ScratchFolder {
+/// A folder for temporary files; the destructor removes it with its contents.
+class TemporaryFolder {
 public:
-    /// @throws Failure if it cannot be made.
-    ScratchFolder();
-    ~ScratchFolder();
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    /// @throws Failure if it cannot be created.
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     const std::filesystem::path& path() const { return folder; }
 
@@ -22,9 +22,9 @@ private:
     std::filesystem::path folder;
 };
 
-/// Runs gnuplot on a script in its folder, without a shell and without the user's own start file.
-/// @param script path of the script, seen from the folder; must not begin with "-".
-/// @throws Failure if gnuplot is not installed or ends with an error, with what it said; Stopped.
+/// Runs gnuplot on a script in its folder, without a shell and without the user's start file.
+/// @param script path of the script relative to the folder; must not begin with "-".
+/// @throws Failure if gnuplot is not installed or fails, with its message; Stopped.
 void runGnuplot(const std::filesystem::path& folder, const std::string& script, const RunContext& context);
 
 }  // namespace velmorak

@@ -2,6 +2,8 @@
 
 #include "PlotText.h"
 
+#include <velmorak/Utf8.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <string_view>
@@ -15,7 +17,7 @@ constexpr std::string_view replacement = "\xEF\xBF\xBD";
 bool isForbidden(const std::string& text, std::size_t at, std::size_t length) {
     const auto byte = static_cast<std::uint8_t>(text[at]);
     const bool isControl = length == 1 && ((byte < 0x20 && byte != '\n' && byte != '\t') || byte == 0x7F);
-    // U+0080 to U+009F, which HTML does not take, and U+FFFE and U+FFFF, which XML does not.
+    // HTML does not allow U+0080 to U+009F, XML neither U+FFFE nor U+FFFF.
     const bool isHighControl = length == 2 && byte == 0xC2 && static_cast<std::uint8_t>(text[at + 1]) < 0xA0;
     const bool isNoCharacter =
         length == 3 && (text.compare(at, 3, "\xEF\xBF\xBE") == 0 || text.compare(at, 3, "\xEF\xBF\xBF") == 0);
@@ -33,7 +35,7 @@ void addPrefixBehind(std::string& tag, const std::string& quote, const std::stri
     replaceAll(tag, "xlink:href=" + quote + "#", "href=" + quote + "#" + prefix);
 }
 
-/// One tag with its ids under another name.
+/// Adds the prefix to the ids in one tag.
 std::string withPrefix(std::string tag, const std::string& prefix) {
     addPrefixBehind(tag, "'", prefix);
     addPrefixBehind(tag, "\"", prefix);
@@ -41,7 +43,7 @@ std::string withPrefix(std::string tag, const std::string& prefix) {
     return tag;
 }
 
-/// The first tag, without sizes in dots and without names of name spaces, which HTML knows.
+/// The opening svg tag without its pixel size and without namespace declarations, which HTML does not need.
 std::string openingTag(const std::string& tag) {
     const std::size_t box = tag.find("viewBox=\"");
     const std::size_t end = box == std::string::npos ? box : tag.find('"', box + 9);
@@ -53,7 +55,7 @@ std::string openingTag(const std::string& tag) {
 std::string escaped(const std::string& text) {
     std::string safe;
     for (std::size_t i = 0; i < text.size();) {
-        const std::size_t length = utf8LengthAt(text, i);
+        const std::size_t length = characterBytes(std::string_view(text).substr(i));
         if (isForbidden(text, i, length)) {
             safe += replacement;
         } else if (text[i] == '&') {
@@ -97,7 +99,7 @@ std::string htmlTable(const std::vector<std::string>& headings, const std::vecto
 
 std::string inlineSvg(const std::string& file, const std::string& prefix) {
     std::size_t at = file.find("<svg");
-    // The plotter's own title and version say nothing about the picture.
+    // gnuplot's title and version do not describe the picture.
     const std::string_view lastWords = "</desc>";
     const std::size_t afterWords = file.find(lastWords);
     std::string text;

@@ -3,21 +3,21 @@
 #include <string>
 #include <vector>
 
-/// Pieces of a page that is HTML and well-formed XML at once.
+/// Builds pieces of a page that is both HTML and well-formed XML.
 namespace velmorak {
 
-/// A text between tags or in an attribute. What XML may not hold becomes U+FFFD.
+/// Escapes a text for element content or an attribute. Characters that XML does not allow become U+FFFD.
 std::string escaped(const std::string& text);
 
 /// <tag>text</tag>, with the text escaped.
 std::string element(const std::string& tag, const std::string& text);
 
-/// A table of texts below a row of headings. The columns from firstNumber on stand to the right.
+/// A table of texts below a row of headings. Columns from firstNumber on are right-aligned.
 std::string htmlTable(const std::vector<std::string>& headings, const std::vector<std::vector<std::string>>& rows,
                       std::size_t firstNumber = static_cast<std::size_t>(-1));
 
-/// An SVG file as a part of a page: without what only a file has, and with a prefix before all its ids, so that several
-/// can stand in one page.
+/// Prepares an SVG file for embedding into a page: drops the XML prologue and prefixes all ids, so that several fit in
+/// one page.
 std::string inlineSvg(const std::string& file, const std::string& prefix);
 
 }  // namespace velmorak

@@ -1,11 +1,8 @@
 #include "ObjectTable.h"
 
+#include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
 #include <velmorak/FunctionValues.h>
-#include <velmorak/Histogram1D.h>
-#include <velmorak/HistogramGrid.h>
-#include <velmorak/Points.h>
-#include <velmorak/Profile.h>
 
 #include <array>
 #include <cmath>
@@ -24,7 +21,7 @@ ObjectTable::Number count(std::int64_t entries) {
     return {.value = static_cast<double>(entries), .isCount = true};
 }
 
-/// Ends of a cell along one axis; 0 and bins + 1 are under- and overflow.
+/// Ends of a cell along one axis; 0 is underflow and bins + 1 overflow.
 void addEnds(Row& row, const Axis& axis, std::size_t cell) {
     double lower = -unlimited;
     double upper = unlimited;
@@ -102,8 +99,7 @@ ObjectTable tableOf(const Profile<dimensions>& profile) {
 ObjectTable tableOf(const Points& points) {
     ObjectTable table;
     for (std::size_t i = 0; i < points.dimension(); ++i) {
-        const std::string name =
-            points.dimension() <= letters.size() ? letters[i] : "x" + textOf(static_cast<double>(i + 1));
+        const std::string name = points.dimension() <= letters.size() ? letters[i] : "x" + std::to_string(i + 1);
         for (const std::string ending : {"", "plus", "minus"}) {
             table.columns.push_back(name + ending);
         }
@@ -126,7 +122,7 @@ ObjectTable tableOf(const FunctionObject& function, const Sampling& sampling) {
     const double low = sampling.low.value_or(range.low);
     const double high = sampling.high.value_or(range.high);
     if (!std::isfinite(low) || !std::isfinite(high) || !(low < high)) {
-        throw Failure("the function \"" + function.name + "\" does not say where it holds; give a range");
+        throw Failure("the function \"" + function.name + "\" has no range of validity; enter a range");
     }
     std::vector<double> places;
     for (std::size_t i = 0; i < sampling.count; ++i) {
@@ -141,28 +137,16 @@ ObjectTable tableOf(const FunctionObject& function, const Sampling& sampling) {
     return table;
 }
 
-template <typename Class>
-bool fillFrom(const DataObject& object, ObjectTable& table) {
-    const auto* found = dynamic_cast<const Class*>(&object);
-    if (found) {
-        table = tableOf(*found);
-    }
-    return found != nullptr;
-}
-
 }  // namespace
 
 ObjectTable objectTable(const DataObject& object, const Sampling& sampling) {
-    ObjectTable table;
-    if (fillFrom<Histogram1D>(object, table) || fillFrom<Histogram2D>(object, table) ||
-        fillFrom<Histogram3D>(object, table) || fillFrom<Profile1D>(object, table) ||
-        fillFrom<Profile2D>(object, table) || fillFrom<Points>(object, table)) {
-        return table;
-    }
-    if (const auto* function = dynamic_cast<const FunctionObject*>(&object)) {
-        return tableOf(*function, sampling);
-    }
-    throw Failure("\"" + object.name + "\" has no table of numbers");
+    return visit(object, overloaded{
+                             [&](const FunctionObject& function) { return tableOf(function, sampling); },
+                             [](const DataObject& other) -> ObjectTable {
+                                 throw Failure("\"" + other.name + "\" cannot be converted to a table");
+                             },
+                             [](const auto& known) { return tableOf(known); },
+                         });
 }
 
 }  // namespace velmorak

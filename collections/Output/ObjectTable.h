@@ -8,7 +8,7 @@
 
 namespace velmorak {
 
-/// The numbers of an object as a table: a row for each bin, point or sample.
+/// The numbers of an object as a table: one row for each bin, point or sample.
 struct ObjectTable {
     struct Number {
         double value = 0.0;
@@ -18,16 +18,16 @@ struct ObjectTable {
     std::vector<std::vector<Number>> rows;
 };
 
-/// Where a function is computed.
+/// Range in which a function is sampled.
 struct Sampling {
     std::size_t count = 101;
-    std::optional<double> low;  ///< Nothing: where the function says that it begins.
+    std::optional<double> low;  ///< Empty: the lower end of the function's range.
     std::optional<double> high;
 };
 
-/// Bins with under- and overflow, which reach to infinity; points with their errors; samples of a function of one
-/// argument, both ends included.
-/// @throws Failure, without an input, for a function that cannot be computed or has no range.
+/// Lists bins including underflow and overflow, which extend to infinity; points with their errors; samples of a
+/// function of one argument, both ends included.
+/// @throws Failure, without an input, for a function that cannot be evaluated or has no range.
 ObjectTable objectTable(const DataObject& object, const Sampling& sampling);
 
 }  // namespace velmorak

@@ -3,6 +3,7 @@
 #include "Html.h"
 #include "PlotText.h"
 
+#include <velmorak/Utf8.h>
 #include <velmorak/Value.h>
 
 #include <algorithm>
@@ -22,7 +23,7 @@ constexpr double titleCharacter = 8.8;
 constexpr double kindCharacter = 6.4;
 constexpr double portCharacter = 6.4;
 
-/// One plug-in in canvas units, y downwards.
+/// Box of a plug-in in canvas units, y downwards.
 struct Box {
     double left = 0.0;
     double top = 0.0;
@@ -43,7 +44,7 @@ std::string number(double value) {
 std::size_t longest(const std::vector<std::string>& names) {
     std::size_t most = 0;
     for (const std::string& name : names) {
-        most = std::max(most, lengthOf(name));
+        most = std::max(most, characterCount(name));
     }
     return most;
 }
@@ -52,7 +53,7 @@ Boxes placedBoxes(const RunRecord& record) {
     Boxes boxes;
     for (const RecordedPlugin& plugin : record.plugins) {
         Box& box = boxes[plugin.name];
-        // The library keeps the lower left corner of the whole box, however much of it is shown.
+        // The record has the lower left corner of the full box, even if fewer ports are drawn.
         const auto rows = static_cast<double>(std::max(plugin.inputs.size(), plugin.outputs.size()));
         box.left = plugin.x;
         box.top = -(static_cast<double>(plugin.y) + rowHeight * rows + headHeight);
@@ -74,8 +75,8 @@ Boxes placedBoxes(const RunRecord& record) {
     }
     for (const RecordedPlugin& plugin : record.plugins) {
         Box& box = boxes[plugin.name];
-        const double heading = std::max(titleCharacter * static_cast<double>(lengthOf(plugin.name)),
-                                        kindCharacter * static_cast<double>(lengthOf(plugin.kind)));
+        const double heading = std::max(titleCharacter * static_cast<double>(characterCount(plugin.name)),
+                                        kindCharacter * static_cast<double>(characterCount(plugin.kind)));
         const auto ports = static_cast<double>(longest(box.inputs) + longest(box.outputs));
         box.width = 14.0 + std::max(heading, portCharacter * ports + 14.0);
         box.height = headHeight + rowHeight * static_cast<double>(std::max(box.inputs.size(), box.outputs.size()));

@@ -6,8 +6,8 @@
 
 namespace velmorak {
 
-/// Draws the boxes and wires of a pipeline where they stand on the canvas, as SVG that can stand in a page. Of a box
-/// the ports are shown that are wired. What failed has a red frame, what was not run a dashed one.
+/// Draws the boxes and wires of a pipeline at their positions on the canvas, as SVG for embedding in a page. Only wired
+/// ports are shown. Plug-ins that failed have a red frame, those that did not run a dashed one.
 std::string drawnPipeline(const RunRecord& record);
 
 }  // namespace velmorak

@@ -1,4 +1,4 @@
-#include "Plot.h"
+#include "kinds.h"
 
 #include "Drawing.h"
 #include "Gnuplot.h"
@@ -12,10 +12,11 @@ namespace velmorak {
 
 namespace {
 
-const InputSpec objectInput = {
-    .name = "object",
-    .description = "Histogram, profile, points or function to draw. Two quantities are drawn as colours, alone.",
-    .type = ValueType::Any};
+const InputSpec objectInput = {.name = "object",
+                               .description =
+                                   "Histogram, profile, points or function to draw. Two-dimensional objects are drawn "
+                                   "as colours and need their own plot.",
+                               .type = ValueType::Any};
 
 std::vector<PlotObject> objectsOf(const Arguments& arguments) {
     std::vector<PlotObject> objects;
@@ -35,18 +36,18 @@ std::vector<PlotObject> objectsOf(const Arguments& arguments) {
 void copyFile(const std::filesystem::path& from, const std::filesystem::path& to) {
     std::error_code error;
     if (!std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error)) {
-        throw Failure(to.string() + " could not be written: " + error.message());
+        throw Failure(to.string() + " cannot be written: " + error.message());
     }
 }
 
-/// Draws in a folder of its own under the names that the files will have, so that the script gives the same picture
-/// when it is run by hand beside its data.
+/// Draws in a temporary folder with the final file names, so that the script reproduces the picture when it is run by
+/// hand next to its data.
 void draw(PlotContents& contents, const PlotStyle& style, const std::string& resultName, RunContext& context) {
     const PlotFiles files = plotFiles(contents, style);
     for (const std::string& warning : contents.warnings) {
         context.warn(warning);
     }
-    const ScratchFolder scratch;
+    const TemporaryFolder scratch;
     drawInto(scratch.path(), files, style, context);
     std::vector<std::string> endings = {"dat", "gp"};
     endings.insert(endings.end(), style.formats.begin(), style.formats.end());
@@ -58,6 +59,17 @@ void draw(PlotContents& contents, const PlotStyle& style, const std::string& res
     std::for_each(endings.begin(), endings.end(), leave);
 }
 
+/// Draws objects into one picture.
+class PlotKind : public Function {
+public:
+    std::string name() const override { return "Plot"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string PlotKind::summary() const {
@@ -67,36 +79,36 @@ std::string PlotKind::summary() const {
 }
 
 std::string PlotKind::notes() const {
-    return R"(One picture takes any number of objects over one quantity, or one histogram or profile over two, whose bins become
-colours. Functions lie over the data, where they say that they hold; they take 601 samples, evenly along the axis as it is
-drawn.
+    return R"(A picture shows any number of one-dimensional objects, or one two-dimensional histogram or profile, whose bins are drawn
+as colours. Functions are drawn over the data within their range of validity, with 601 samples that are equidistant along the
+axis as drawn.
 
-| object | is drawn as |
+| object | drawn as |
 |---|---|
 | histogram | steps, or points with bars as long as a bin is wide; error: square root of the sum of squared weights |
 | profile | points: mean of each bin that has entries, with the error of the mean |
-| points | points with the errors that they carry, upwards and downwards; of one dimension side by side |
+| points | points with their errors upwards and downwards; one-dimensional points are drawn side by side |
 | function of one argument | a curve |
-| histogram, profile over two | colours; a bin without entries stays white |
+| two-dimensional histogram, profile | colours; bins without entries stay white |
 
-The colours of objects are M. Okabe and K. Ito's, those of bins viridis; both can be told apart by any colour vision, and
-marks and dashes differ too. The statistics box shows entries, mean and rms of what lies in range, under- and overflow and
-NaN where there are some, and of a fitted function χ² and parameters with their errors. The vertical axis reaches so high
-that box and legend hide nothing.
+Objects use the colours of M. Okabe and K. Ito, bins use viridis; both suit every type of colour vision, and
+markers and dashes differ, too. The statistics box shows entries, mean and rms in range, underflow, overflow and NaN if there
+are any, and of a fitted function χ² and parameters with their errors. The vertical axis extends far enough that box and
+legend hide nothing.
 
-On a logarithmic axis a bin or point that is not above 0 is not drawn, and a bar that reaches below 0 ends at the frame. What
-is infinite or no number is left out. Both are said as a warning, but for bins that simply are empty.
+On a logarithmic axis, bins and points that are not positive are not drawn, and error bars that extend below 0 end at the
+frame. Infinite and NaN values are left out. A warning reports both, except for bins that are simply empty.
 
-The picture is drawn by gnuplot, which the package gnuplot-nox brings. Script and data stay beside the picture: change them
-and run `gnuplot` on the script in that folder. A title is drawn letter for letter; write µ, ⁺ or ² rather than a markup.
-`]]>` is drawn as `]] >`, and what is no valid UTF-8 as a question mark. The same objects give the same bytes; a PDF has a
-fixed date for that.)";
+Pictures are drawn by gnuplot, from the package gnuplot-nox. Script and data are kept beside the picture: edit them
+and run `gnuplot` on the script in that folder. Titles are drawn literally; write µ, ⁺ or ² instead of markup.
+`]]>` is drawn as `]] >`, invalid UTF-8 as question marks. The same objects give the same bytes; for this, a PDF has a fixed
+date.)";
 }
 
 Ports PlotKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = {objectInput,
-                    countInput("objects", "Number of objects in the picture, 1 to 16; each has an input of its own.")};
+                    countInput("objects", "Number of objects in the picture, 1 to 16; each has its own input.")};
     for (InputSpec& input : plotValueInputs()) {
         ports.inputs.push_back(std::move(input));
     }
@@ -115,10 +127,14 @@ void PlotKind::evaluate(const Arguments& arguments, Results&, RunContext& contex
     const std::string resultName = file.empty() ? asFileName(context.pluginName()) : withoutPictureEnding(file);
     style.baseName = std::filesystem::path(resultName).filename().string();
     if (style.baseName.empty()) {
-        throw Failure("file", "\"" + file + "\" cannot be the name of a picture");
+        throw Failure("file", "\"" + file + "\" is not a valid file name for a picture");
     }
     PlotContents contents = plotContents(objects, style);
     draw(contents, style, resultName, context);
+}
+
+std::unique_ptr<Kind> makePlot() {
+    return std::make_unique<PlotKind>();
 }
 
 }  // namespace velmorak

@@ -2,6 +2,7 @@
 
 #include "PlotText.h"
 
+#include <velmorak/Utf8.h>
 #include <velmorak/Value.h>
 
 #include <algorithm>
@@ -11,16 +12,16 @@ namespace velmorak {
 
 namespace {
 
-/// Powers of ten that are labelled on one axis, at most.
+/// Maximum number of labelled powers of ten on an axis.
 constexpr int maxPowers = 8;
-/// Powers of ten up to which the steps between them are marked.
+/// Maximum number of powers of ten with minor tics in between.
 constexpr int maxMarkedPowers = 12;
 
 std::string whole(int number) {
-    return textOf(static_cast<double>(number));
+    return std::to_string(number);
 }
 
-/// 10⁻³; small powers as they are read.
+/// "10⁻³"; small powers are written out.
 std::string powerText(int exponent) {
     if (exponent >= -1 && exponent <= 2) {
         return exponent == -1 ? "0.1" : textOf(std::pow(10.0, exponent));
@@ -33,7 +34,7 @@ std::string powerText(int exponent) {
     return text;
 }
 
-/// Powers of ten by name, and marks between them. Fewer than two powers are left to the plotter.
+/// Tics at powers of ten, and minor ones in between. For fewer than two powers, gnuplot chooses the tics.
 std::string logTics(const std::string& axis, const PlotSpan& span) {
     const int first = static_cast<int>(std::ceil(std::log10(span.low) - 1e-9));
     const int last = static_cast<int>(std::floor(std::log10(span.high) + 1e-9));
@@ -72,9 +73,9 @@ const std::string& firstNotEmpty(const std::string& text, const std::string& oth
     return text.empty() ? otherwise : text;
 }
 
-/// Long titles are set smaller, so that they stay in the picture.
+/// Long titles get a smaller font, so that they fit into the picture.
 std::string sized(const std::string& text, double room, double least, double most) {
-    const double fitting = room / std::max<double>(1.0, static_cast<double>(lengthOf(text)));
+    const double fitting = room / std::max<double>(1.0, static_cast<double>(characterCount(text)));
     return quotedForGnuplot(text) + " font 'DejaVu Sans," + textOf(std::floor(std::clamp(fitting, least, most))) + "'";
 }
 

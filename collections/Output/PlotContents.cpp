@@ -3,9 +3,8 @@
 #include "PlotStatistics.h"
 #include "PlotText.h"
 
+#include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
-#include <velmorak/Points.h>
-#include <velmorak/Profile.h>
 
 #include <algorithm>
 #include <cmath>
@@ -17,7 +16,7 @@ namespace {
 
 constexpr double notThere = std::numeric_limits<double>::quiet_NaN();
 
-/// The unit that stands in brackets at the end of an axis title; empty where there is none.
+/// The unit in brackets at the end of an axis title; empty if there is none.
 std::string unitIn(const std::string& axisTitle) {
     const std::size_t open = axisTitle.rfind('[');
     if (open == std::string::npos || !axisTitle.ends_with(']')) {
@@ -26,7 +25,7 @@ std::string unitIn(const std::string& axisTitle) {
     return axisTitle.substr(open + 1, axisTitle.size() - open - 2);
 }
 
-/// What the heights of a histogram are; with the width of a bin where all are equal and have a unit.
+/// Title for the heights of a histogram; with the bin width if all bins are equal and have a unit.
 std::string heightTitle(const BinSums& sums, const Axis& axis, const std::string& xTitle) {
     const bool isWeighted = sums.w != static_cast<double>(sums.entries) || sums.ww != sums.w;
     const std::string quantity = isWeighted ? "Sum of weights" : "Entries";
@@ -38,28 +37,17 @@ std::string heightTitle(const BinSums& sums, const Axis& axis, const std::string
     return quantity + " / " + (width == "1" ? unit : "(" + width + " " + unit + ")");
 }
 
-/// Puts objects of all classes into one picture.
+/// Collects objects of all classes for one picture.
 class Collector {
 public:
-    explicit Collector(const PlotStyle& plotStyle) : style(plotStyle) {}
+    explicit Collector(const PlotStyle& style) : style(style) {}
 
     void add(const PlotObject& object);
 
     PlotContents finish();
 
 private:
-    template <typename Class>
-    bool addIf(const PlotObject& object) {
-        const auto* found = dynamic_cast<const Class*>(object.object.get());
-        if (!found) {
-            return false;
-        }
-        addObject(object, *found);
-        titles.push_back(found->title);
-        return true;
-    }
-
-    bool addFunction(const PlotObject& object);
+    void addObject(const PlotObject& object, const FunctionObject& function);
 
     void addObject(const PlotObject& object, const Histogram1D& histogram);
 
@@ -73,11 +61,11 @@ private:
 
     void addObject(const PlotObject& object, const Profile2D& profile);
 
-    /// @param valueOf of a cell; nothing where the cell stays white.
+    /// @param valueOf value of a cell; empty if the cell stays white.
     template <typename ValueOf>
     void addMap(const PlotObject& object, const Grid<2>& grid, std::string statistics, const ValueOf& valueOf) {
         if (contents.map) {
-            throw Failure(object.input, "one frame has place for the colours of one object; use another Plot");
+            throw Failure(object.input, "a plot can show only one two-dimensional object; use another Plot");
         }
         PlotMap map{.xEdges = grid.axis(0).edges(),
                     .yEdges = grid.axis(1).edges(),
@@ -107,8 +95,8 @@ private:
 
     static void take(std::string& title, const std::string& found);
 
-    /// Data that a curve goes through are points, others steps, unless the user wants one or the other.
-    void chooseLooks();
+    /// Unless the user chooses, data with a curve are drawn as points, others as steps.
+    void chooseSeriesStyles();
 
     const PlotStyle& style;
     PlotContents contents;
@@ -117,45 +105,48 @@ private:
     bool haveOneHeight = true;
 };
 
+[[noreturn]] void refuse(const PlotObject& object) {
+    throw Failure(object.input, "a three-dimensional histogram cannot be drawn; project it first");
+}
+
 void Collector::add(const PlotObject& object) {
-    const bool isDrawn = addIf<Histogram1D>(object) || addIf<Histogram2D>(object) || addIf<Profile1D>(object) ||
-                         addIf<Profile2D>(object) || addIf<Points>(object) || addFunction(object);
-    if (!isDrawn) {
-        throw Failure(object.input, "a histogram of three dimensions cannot be drawn; project it first");
-    }
+    visit(*object.object, overloaded{
+                              [&](const FunctionObject& function) { addObject(object, function); },
+                              [&](const Histogram3D&) { refuse(object); },
+                              [&](const DataObject&) { refuse(object); },
+                              [&](const auto& data) {
+                                  addObject(object, data);
+                                  titles.push_back(data.title);
+                              },
+                          });
     if (contents.map && !contents.series.empty()) {
         throw Failure(object.input,
-                      "what has one dimension and what has two cannot be drawn in one frame; use another Plot");
+                      "one- and two-dimensional objects cannot be drawn in the same plot; use another Plot");
     }
 }
 
 PlotContents Collector::finish() {
-    // A picture of one object, with or without curves, has its title.
+    // A picture of one object, with or without curves, gets the object's title.
     if (titles.size() == 1) {
         contents.title = titles.front();
     }
     if (!haveOneHeight) {
         contents.yTitle = contents.yTitle.substr(0, contents.yTitle.find(" / ")) + " / bin";
     }
-    chooseLooks();
+    chooseSeriesStyles();
     return std::move(contents);
 }
 
-bool Collector::addFunction(const PlotObject& object) {
-    auto function = std::dynamic_pointer_cast<const FunctionObject>(object.object);
-    if (!function) {
-        return false;
-    }
-    if (function->arguments.size() > 1) {
+void Collector::addObject(const PlotObject& object, const FunctionObject& function) {
+    if (function.arguments.size() > 1) {
         throw Failure(object.input, "a function of more than one argument cannot be drawn");
     }
     PlotSeries series = seriesOf(object);
-    series.look = PlotSeries::SeriesStyle::Curve;
-    series.statistics = statisticsOf(*function);
-    series.function = std::move(function);
+    series.style = PlotSeries::SeriesStyle::Curve;
+    series.statistics = statisticsOf(function);
+    series.function = std::shared_ptr<const FunctionObject>(object.object, &function);
     take(contents.xTitle, series.function->arguments.empty() ? "" : series.function->arguments.front().name);
     contents.series.push_back(std::move(series));
-    return true;
 }
 
 void Collector::addObject(const PlotObject& object, const Histogram1D& histogram) {
@@ -191,7 +182,7 @@ void Collector::setHeightTitle(const Histogram1D& histogram) {
 
 void Collector::addObject(const PlotObject& object, const Profile1D& profile) {
     PlotSeries series = seriesOf(object);
-    series.look = PlotSeries::SeriesStyle::Points;
+    series.style = PlotSeries::SeriesStyle::Points;
     series.statistics = statisticsOf(profile);
     const Axis& axis = profile.grid().axis(0);
     for (std::size_t i = 0; i < axis.bins(); ++i) {
@@ -218,11 +209,11 @@ void Collector::addObject(const PlotObject& object, const Points& points) {
         throw Failure(object.input, "points of more than two dimensions cannot be drawn");
     }
     PlotSeries series = seriesOf(object);
-    series.look = PlotSeries::SeriesStyle::Points;
-    series.statistics = {{"Points", textOf(static_cast<double>(points.size()))}};
+    series.style = PlotSeries::SeriesStyle::Points;
+    series.statistics = {{"Points", std::to_string(points.size())}};
     const std::size_t last = points.dimension() - 1;
     for (std::size_t i = 0; i < points.size(); ++i) {
-        // Points that only have a value stand side by side.
+        // One-dimensional points are drawn side by side.
         const auto number = static_cast<double>(i + 1);
         const Measurement x =
             last == 0 ? Measurement{.value = number, .errorPlus = 0, .errorMinus = 0} : points.measurement(i, 0);
@@ -282,8 +273,8 @@ void Collector::warnOfStrange(const PlotObject& object, const PlotSeries& series
 
 void Collector::warn(const PlotObject& object, std::size_t strange, const std::string& parts) {
     if (strange > 0) {
-        contents.warnings.push_back(object.input + ": " + textOf(static_cast<double>(strange)) + " " + parts +
-                                    " are not drawn because they are infinite or no number");
+        contents.warnings.push_back(object.input + ": " + std::to_string(strange) + " " + parts +
+                                    " are not drawn because they are infinite or NaN");
     }
 }
 
@@ -293,12 +284,12 @@ void Collector::take(std::string& title, const std::string& found) {
     }
 }
 
-void Collector::chooseLooks() {
-    const bool havePoints =
-        style.look == HistogramLook::Points || (style.look == HistogramLook::Automatic && contents.hasCurve());
+void Collector::chooseSeriesStyles() {
+    const bool havePoints = style.histograms == HistogramStyle::Points ||
+                            (style.histograms == HistogramStyle::Automatic && contents.hasCurve());
     for (PlotSeries& series : contents.series) {
         if (series.isHistogram && havePoints) {
-            series.look = PlotSeries::SeriesStyle::Points;
+            series.style = PlotSeries::SeriesStyle::Points;
         }
     }
 }

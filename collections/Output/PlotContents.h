@@ -14,17 +14,17 @@
 
 namespace velmorak {
 
-/// An object that goes into a picture.
+/// An object to draw.
 struct PlotObject {
-    std::string input;  ///< By which it came, for messages.
-    std::string maker;  ///< The plug-in that made it.
+    std::string input;  ///< Its input, for messages.
+    std::string maker;  ///< Name of the plug-in that made it.
     DataObjectPtr object;
 };
 
-/// One line of the statistics box: what it is, and how much.
+/// One line of the statistics box: label and value.
 using StatisticsRow = std::array<std::string, 2>;
 
-/// A value with the ends of its bars, in the units of the axes.
+/// A value with the ends of its error bars, in the units of the axes.
 struct PlotPoint {
     double x = 0.0;
     double xLow = 0.0;
@@ -34,32 +34,32 @@ struct PlotPoint {
     double yHigh = 0.0;
 };
 
-/// What is drawn of one object over one quantity.
+/// Drawing of a one-dimensional object.
 struct PlotSeries {
     enum class SeriesStyle { Steps, Points, Curve };
-    SeriesStyle look = SeriesStyle::Steps;
+    SeriesStyle style = SeriesStyle::Steps;
     bool isHistogram = false;
     std::string label;
-    std::vector<double> edges;                       ///< Of bins.
-    std::vector<PlotPoint> points;                   ///< Of bins one for each, in order. Of a curve its samples.
+    std::vector<double> edges;                       ///< Bin edges.
+    std::vector<PlotPoint> points;                   ///< One for each bin, in order; the samples of a curve.
     std::shared_ptr<const FunctionObject> function;  ///< Of a curve.
     std::vector<StatisticsRow> statistics;
 };
 
-/// What is drawn of one object over two quantities: colours.
+/// Drawing of a two-dimensional object: colours.
 struct PlotMap {
     std::vector<double> xEdges;
     std::vector<double> yEdges;
-    std::vector<double> values;  ///< Cells next to each other along x; NaN where nothing is drawn.
+    std::vector<double> values;  ///< Cells, x fastest; NaN for those not drawn.
     std::string statistics;      ///< One line.
-    bool isCount = false;        ///< The colours begin at 0.
+    bool isCount = false;        ///< The colour scale begins at 0.
 };
 
-/// All that is drawn in one frame: series, or one map.
+/// Contents of a plot: series, or one map.
 struct PlotContents {
     std::vector<PlotSeries> series;
     std::optional<PlotMap> map;
-    std::string title;  ///< Titles as the objects have them.
+    std::string title;  ///< The objects' titles.
     std::string xTitle;
     std::string yTitle;
     std::string zTitle;
@@ -68,7 +68,7 @@ struct PlotContents {
     bool hasCurve() const;
 };
 
-/// @throws Failure, with the input, for what cannot be drawn, or not in one frame with the others.
+/// @throws Failure, with the input, for an object that cannot be drawn, or not together with the others.
 PlotContents plotContents(const std::vector<PlotObject>& objects, const PlotStyle& style);
 
 }  // namespace velmorak

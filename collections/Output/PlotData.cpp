@@ -34,7 +34,7 @@ std::string outline(const PlotSeries& series, const PlotFrame& frame) {
     return text + line({textOf(series.edges.back()), ground});
 }
 
-/// Of steps: the bars. What would be drawn outside the frame is left out.
+/// Error bars of a histogram drawn as steps, without those outside the frame.
 std::string bars(const PlotSeries& series, const PlotFrame& frame) {
     std::string text = "NaN NaN NaN NaN\n";
     for (const PlotPoint& point : series.points) {
@@ -45,7 +45,7 @@ std::string bars(const PlotSeries& series, const PlotFrame& frame) {
     return text;
 }
 
-/// A bin without anything in it is no measurement.
+/// An empty bin is not a measurement.
 bool isDrawn(const PlotSeries& series, const PlotPoint& point, const PlotFrame& frame) {
     const bool isEmptyBin = series.isHistogram && point.y == 0.0 && point.yHigh == point.yLow;
     return frame.x.contains(point.x) && frame.y.contains(point.y) && !isEmptyBin;
@@ -63,7 +63,7 @@ std::string points(const PlotSeries& series, const PlotFrame& frame) {
     return text;
 }
 
-/// A curve that leaves the frame is cut off by the plotter; what is no number leaves a gap.
+/// gnuplot clips a curve at the frame; a NaN leaves a gap.
 std::string curve(const PlotSeries& series) {
     std::string text = "NaN NaN\n";
     for (const PlotPoint& point : series.points) {
@@ -107,7 +107,7 @@ std::string plotData(const PlotContents& contents, const PlotFrame& frame) {
         "# has two blocks, of which the second may hold nothing.\n";
     for (const PlotSeries& series : contents.series) {
         const std::string nothing = "NaN NaN\n";
-        switch (series.look) {
+        switch (series.style) {
             case PlotSeries::SeriesStyle::Steps:
                 text += outline(series, frame) + "\n\n" + bars(series, frame) + "\n\n";
                 break;

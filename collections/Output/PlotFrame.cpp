@@ -15,16 +15,16 @@ namespace {
 
 constexpr double unlimited = std::numeric_limits<double>::infinity();
 
-/// Beyond these, the room around the numbers would overflow.
+/// Beyond these, the margins around the numbers would overflow.
 constexpr double maxShown = 1e300;
 constexpr double minLogShown = 1e-300;
 
 constexpr std::size_t curveSamples = 600;
 
-/// Gathers the numbers that an axis must show.
+/// Collects the range of numbers that an axis must show.
 class Extent {
 public:
-    explicit Extent(bool hasLogarithm) : hasLog(hasLogarithm) {}
+    explicit Extent(bool hasLog) : hasLog(hasLog) {}
 
     void add(double value);
     bool isEmpty() const { return span.low > span.high; }
@@ -43,7 +43,7 @@ void Extent::add(double value) {
     span.high = std::max(span.high, value);
 }
 
-/// Positions along an axis as they are drawn: the logarithm where it is logarithmic.
+/// Positions along an axis as drawn: logarithms on a logarithmic axis.
 double along(double value, bool hasLog) {
     return hasLog ? std::log10(value) : value;
 }
@@ -52,7 +52,7 @@ double atPosition(double position, bool hasLog) {
     return hasLog ? std::clamp(std::pow(10.0, position), minLogShown, maxShown) : position;
 }
 
-/// Room at both ends, in parts of the span.
+/// Margins at both ends, as fractions of the span.
 void widen(PlotSpan& span, bool hasLog, double below, double above) {
     const double low = along(span.low, hasLog);
     const double high = along(span.high, hasLog);
@@ -60,7 +60,7 @@ void widen(PlotSpan& span, bool hasLog, double below, double above) {
     span.high = above > 0.0 ? atPosition(high + above * (high - low), hasLog) : span.high;
 }
 
-/// A span of one value, or none, becomes one that can be drawn.
+/// Widens an empty or single-valued span to one that can be drawn.
 void open(PlotSpan& span, bool hasLog) {
     if (span.low > span.high) {
         span = hasLog ? PlotSpan{.low = 0.5, .high = 10.0} : PlotSpan{.low = 0.0, .high = 1.0};
@@ -80,7 +80,7 @@ void open(PlotSpan& span, bool hasLog) {
                   : PlotSpan{.low = span.low - half, .high = span.high + half};
 }
 
-/// What the user wants at the ends.
+/// Applies the ends that the user chose.
 void choose(PlotSpan& span, const PlotAxis& axis, const std::string& name) {
     span.low = axis.range.low.value_or(span.low);
     span.high = axis.range.high.value_or(span.high);
@@ -88,7 +88,7 @@ void choose(PlotSpan& span, const PlotAxis& axis, const std::string& name) {
         throw Failure(name + "range", "a logarithmic axis cannot begin at " + textOf(span.low));
     }
     if (!(span.low < span.high)) {
-        throw Failure(name + "range", "it is empty: from " + textOf(span.low) + " to " + textOf(span.high));
+        throw Failure(name + "range", "the range is empty: from " + textOf(span.low) + " to " + textOf(span.high));
     }
 }
 
@@ -98,7 +98,7 @@ PlotSpan mapSpan(const std::vector<double>& edges, const PlotAxis& axis, const s
         extent.add(edge);
     }
     if (extent.isEmpty() || (extent.span.low == extent.span.high && axis.hasLog)) {
-        throw Failure("log" + name, "the histogram has no bin above 0 that a logarithmic axis could show");
+        throw Failure("log" + name, "the histogram has no bin above 0, as a logarithmic axis requires");
     }
     return extent.span;
 }
@@ -115,7 +115,7 @@ void addPoints(const PlotSeries& series, Extent& extent, bool& needsRoom) {
     needsRoom = needsRoom || (series.edges.empty() && !series.function);
 }
 
-/// @return where a function says that it holds; all numbers where it does not say.
+/// @return the range of a function; unbounded if it has none.
 PlotSpan domainOf(const FunctionObject& function) {
     PlotSpan domain{.low = -unlimited, .high = unlimited};
     if (function.arguments.size() == 1 && !function.arguments.front().ranges.empty()) {
@@ -144,7 +144,7 @@ PlotSpan spanX(const PlotContents& contents, const PlotStyle& style) {
     const bool isHistogram =
         std::any_of(contents.series.begin(), contents.series.end(), [](const auto& one) { return one.isHistogram; });
     if (isHistogram && (extent.isEmpty() || extent.span.low == extent.span.high)) {
-        throw Failure("logx", "the histogram has no bin above 0 that a logarithmic axis could show");
+        throw Failure("logx", "the histogram has no bin above 0, as a logarithmic axis requires");
     }
     PlotSpan span = extent.span;
     open(span, style.x.hasLog);
@@ -154,7 +154,7 @@ PlotSpan spanX(const PlotContents& contents, const PlotStyle& style) {
     return span;
 }
 
-/// Samples at equal distances as the axis is drawn.
+/// Samples that are equidistant along the axis as drawn.
 void sample(PlotSeries& series, const PlotSpan& x, bool hasLog) {
     const PlotSpan domain = domainOf(*series.function);
     const PlotSpan span{.low = std::max(x.low, domain.low), .high = std::min(x.high, domain.high)};
@@ -189,12 +189,12 @@ void sampleCurves(PlotContents& contents, const PlotFrame& frame, const PlotStyl
         const bool isSeen = std::any_of(series.points.begin(), series.points.end(),
                                         [](const PlotPoint& point) { return std::isfinite(point.y); });
         if (!isSeen) {
-            contents.warnings.push_back("\"" + series.label + "\" has no value in the range that is drawn");
+            contents.warnings.push_back("\"" + series.label + "\" is undefined in the range of the plot");
         }
     }
 }
 
-/// The highest value, with its bar, that is drawn between two parts of the frame's width.
+/// The highest value, including its error bar, between two fractions of the frame's width.
 double highestBetween(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style, double from,
                       double to) {
     const double low = along(frame.x.low, style.x.hasLog);
@@ -213,7 +213,7 @@ double highestBetween(const PlotContents& contents, const PlotFrame& frame, cons
     return highest;
 }
 
-/// Makes the frame so high that nothing is drawn where the boxes stand.
+/// Extends the frame upwards until the boxes hide nothing.
 void makeRoom(PlotFrame& frame, const PlotContents& contents, const PlotStyle& style,
               const std::vector<PlotCorner>& corners) {
     constexpr double margin = 0.03;
@@ -244,7 +244,7 @@ PlotSpan spanY(const PlotContents& contents, const PlotFrame& frame, const PlotS
             }
             extent.add(point.y);
             extent.add(point.yHigh);
-            // On a logarithmic axis a bar may reach down to nothing; the point itself decides.
+            // On a logarithmic axis an error bar may extend to 0 or below; only the point counts.
             if (!style.y.hasLog) {
                 extent.add(point.yLow);
             }
@@ -276,7 +276,7 @@ void frameY(PlotFrame& frame, const PlotContents& contents, const PlotStyle& sty
         widen(frame.y, false, 0.06, 0.0);
     }
     makeRoom(frame, contents, style, corners);
-    // Few digits, so that the script is pleasant to change.
+    // Few digits, so that the script is easy to edit.
     double few = 0.0;
     if (readNumber(roundedText(frame.y.high), few) && few > frame.y.low) {
         frame.y.high = few;
@@ -296,7 +296,7 @@ PlotSpan spanZ(const PlotMap& map, const PlotAxis& axis) {
     return span;
 }
 
-/// What a logarithmic axis cannot show though something is there.
+/// Counts values that a logarithmic axis cannot show.
 void warnOfLog(PlotContents& contents, const PlotStyle& style) {
     std::size_t below = 0;
     std::size_t above = 0;
@@ -318,9 +318,9 @@ void warnOfLog(PlotContents& contents, const PlotStyle& style) {
     const std::string axis = contents.map ? "logz" : "logy";
     const bool hasLog = contents.map ? style.z.hasLog : style.y.hasLog;
     if (hasLog && above == 0) {
-        contents.warnings.push_back(axis + ": nothing is above 0, so the picture is empty");
+        contents.warnings.push_back(axis + ": no value is above 0, so the picture is empty");
     } else if (below > 0) {
-        contents.warnings.push_back(axis + ": " + textOf(static_cast<double>(below)) +
+        contents.warnings.push_back(axis + ": " + std::to_string(below) +
                                     " values are not drawn because they are not above 0");
     }
 }

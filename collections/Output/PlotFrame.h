@@ -4,7 +4,7 @@
 
 namespace velmorak {
 
-/// Part of an axis that is shown, in its unit.
+/// Range of an axis, in its unit.
 struct PlotSpan {
     double low = 0.0;
     double high = 1.0;
@@ -12,7 +12,7 @@ struct PlotSpan {
     bool contains(double value) const { return value >= low && value <= high; }
 };
 
-/// A box in the upper corners of the frame; all in parts of the frame's width and height.
+/// A box in an upper corner of the frame, in fractions of the frame's width and height.
 struct PlotCorner {
     bool isLeft = false;
     double width = 0.0;
@@ -23,12 +23,12 @@ struct PlotFrame {
     PlotSpan x;
     PlotSpan y;
     PlotSpan z;
-    double ground = 0.0;  ///< Where the steps of a histogram stand.
+    double ground = 0.0;  ///< Base line of histograms drawn as steps.
 };
 
-/// The axes around all that is drawn, high enough that the boxes in the corners hide nothing. Curves take their samples
-/// within it.
-/// @throws Failure, with the input, if a range is empty, or has nothing above 0 where the axis is logarithmic.
+/// Determines axes around all series, high enough that the boxes in the corners hide nothing. Samples the curves
+/// within them.
+/// @throws Failure, with the input, if a range is empty, or has no value above 0 for a logarithmic axis.
 PlotFrame frameOf(PlotContents& contents, const PlotStyle& style, const std::vector<PlotCorner>& corners);
 
 }  // namespace velmorak

@@ -2,6 +2,7 @@
 
 #include "PlotText.h"
 
+#include <velmorak/Utf8.h>
 #include <velmorak/Value.h>
 
 #include <algorithm>
@@ -13,21 +14,21 @@ namespace velmorak {
 
 namespace {
 
-/// M. Okabe and K. Ito's colours that people with any colour vision tell apart, dark ones first.
+/// M. Okabe and K. Ito's palette for every type of colour vision, dark colours first.
 constexpr std::array<std::string_view, 7> colours = {"#0072B2", "#D55E00", "#009E73", "#CC79A7",
                                                      "#E69F00", "#56B4E9", "#000000"};
 constexpr std::string_view black = "#000000";
-/// Full marks first; the colours come again with open ones.
+/// Filled markers first; open ones when the colours repeat.
 constexpr std::array<int, 7> fullMarks = {7, 5, 9, 11, 13, 15, 7};
 constexpr std::array<int, 7> openMarks = {6, 4, 8, 10, 12, 14, 6};
 
-/// Nine of the colours of viridis, whose lightness rises evenly for every kind of colour vision (S. van der Walt and
+/// Nine colours of viridis, whose lightness rises uniformly for every type of colour vision (S. van der Walt and
 /// N. Smith).
 constexpr std::array<std::string_view, 9> viridis = {"#440154", "#472D7B", "#3B528B", "#2C728E", "#21918C",
                                                      "#28AE80", "#5EC962", "#ADDC30", "#FDE725"};
 
-/// Parts of the frame: a line and a character of the box, a line and a character of the legend and what stands before
-/// its texts; of a frame with colours a character of the line above it.
+/// Sizes in fractions of the frame: line and character of the box; line, character and sample of the legend; character
+/// of the line above a frame with colours.
 constexpr double boxLine = 0.046;
 constexpr double boxCharacter = 0.0132;
 constexpr double legendLine = 0.066;
@@ -36,32 +37,32 @@ constexpr double legendSample = 0.085;
 constexpr double legendFont = 26.0;
 
 std::string number(std::size_t count) {
-    return textOf(static_cast<double>(count));
+    return std::to_string(count);
 }
 
-/// How one series is told from the others.
+/// Colour, dash and marker of a series.
 struct DrawStyle {
     std::string colour;
     std::string dash;
     std::string mark;
 };
 
-/// Data that a curve goes through are black, and the curves have the colours.
-std::vector<DrawStyle> looksOf(const PlotContents& contents) {
-    std::vector<DrawStyle> looks;
+/// Data with curves are black, and the curves are coloured.
+std::vector<DrawStyle> drawStylesOf(const PlotContents& contents) {
+    std::vector<DrawStyle> styles;
     std::size_t next = 0;
     bool hasBlack = !contents.hasCurve();
     for (const PlotSeries& series : contents.series) {
-        const bool isBlack = series.look == PlotSeries::SeriesStyle::Points && !hasBlack;
+        const bool isBlack = series.style == PlotSeries::SeriesStyle::Points && !hasBlack;
         hasBlack = hasBlack || isBlack;
         const std::size_t at = next % colours.size();
         const std::size_t turn = next / colours.size();
-        looks.push_back({.colour = "'" + std::string(isBlack ? black : colours[at]) + "'",
-                         .dash = number(turn + 1),
-                         .mark = number(static_cast<std::size_t>(turn % 2 == 0 ? fullMarks[at] : openMarks[at]))});
+        styles.push_back({.colour = "'" + std::string(isBlack ? black : colours[at]) + "'",
+                          .dash = number(turn + 1),
+                          .mark = number(static_cast<std::size_t>(turn % 2 == 0 ? fullMarks[at] : openMarks[at]))});
         next += isBlack ? 0 : 1;
     }
-    return looks;
+    return styles;
 }
 
 std::size_t curveCount(const PlotContents& contents) {
@@ -69,12 +70,12 @@ std::size_t curveCount(const PlotContents& contents) {
                                                   [](const PlotSeries& series) { return series.function != nullptr; }));
 }
 
-/// The rows of the box: those of one object, and of the curve that goes through it.
+/// Rows of the statistics box: those of one object and of its curve.
 std::vector<StatisticsRow> boxRows(const PlotContents& contents, const PlotStyle& style) {
     std::vector<StatisticsRow> rows;
     const std::size_t curves = curveCount(contents);
     const bool isClear = contents.series.size() - curves <= 1 && curves <= 1;
-    if (style.statistics == StatisticsLook::None || !isClear) {
+    if (style.statistics == StatisticsDisplay::None || !isClear) {
         return rows;
     }
     for (const PlotSeries& series : contents.series) {
@@ -85,19 +86,19 @@ std::vector<StatisticsRow> boxRows(const PlotContents& contents, const PlotStyle
     return rows;
 }
 
-/// The legend stands in a corner, above it the box if it is the same.
+/// The legend is in one corner, below the box if both are in the same.
 struct Boxes {
     std::vector<StatisticsRow> rows;
     PlotCorner box;
     PlotCorner legend;
     bool hasLegend = false;
     bool isLegendBelow = false;
-    double legendScale = 1.0;  ///< Long texts are set smaller.
+    double legendScale = 1.0;  ///< Below 1 for long texts.
 };
 
 std::string legendText(const PlotSeries& series, const PlotStyle& style, bool hasBox) {
     std::string text = series.label;
-    if (style.statistics == StatisticsLook::Always && !hasBox && !series.statistics.empty() && !series.function) {
+    if (style.statistics == StatisticsDisplay::Always && !hasBox && !series.statistics.empty() && !series.function) {
         constexpr std::size_t maxNumbers = 3;
         text += "  (";
         for (std::size_t i = 0; i < std::min(series.statistics.size(), maxNumbers); ++i) {
@@ -116,7 +117,7 @@ Boxes boxesOf(const PlotContents& contents, const PlotStyle& style) {
     boxes.rows = boxRows(contents, style);
     std::size_t widest = 0;
     for (const StatisticsRow& row : boxes.rows) {
-        widest = std::max(widest, lengthOf(row[0]) + lengthOf(row[1]) + 2);
+        widest = std::max(widest, characterCount(row[0]) + characterCount(row[1]) + 2);
     }
     boxes.box.width = boxes.rows.empty() ? 0.0 : std::max(0.2, 0.03 + boxCharacter * static_cast<double>(widest));
     boxes.box.height = boxes.rows.empty() ? 0.0 : 0.02 + boxLine * static_cast<double>(boxes.rows.size());
@@ -130,7 +131,7 @@ Boxes boxesOf(const PlotContents& contents, const PlotStyle& style) {
     }
     std::size_t longest = 0;
     for (const PlotSeries& series : contents.series) {
-        longest = std::max(longest, lengthOf(legendText(series, style, !boxes.rows.empty())));
+        longest = std::max(longest, characterCount(legendText(series, style, !boxes.rows.empty())));
     }
     const double width = legendSample + legendCharacter * static_cast<double>(longest);
     boxes.legendScale = std::clamp(0.96 / width, 0.5, 1.0);
@@ -187,37 +188,37 @@ std::string legendPlace(const Boxes& boxes) {
            roundedText(std::floor(legendFont * boxes.legendScale)) + "'\n";
 }
 
-/// What one series adds to the plot command.
-std::vector<std::string> layersOf(const PlotSeries& series, std::size_t position, const DrawStyle& look,
+/// Layers of one series in the plot command.
+std::vector<std::string> layersOf(const PlotSeries& series, std::size_t position, const DrawStyle& drawStyle,
                                   const std::string& title, bool isAlone) {
-    const std::string colour = " linecolor rgb " + look.colour;
+    const std::string colour = " linecolor rgb " + drawStyle.colour;
     const std::string first = "data index " + number(2 * position);
     const std::string second = "data index " + number(2 * position + 1);
     std::vector<std::string> layers;
-    switch (series.look) {
+    switch (series.style) {
         case PlotSeries::SeriesStyle::Steps:
             if (isAlone) {
-                layers.push_back(first + " using 1:2 with filledcurves closed fillcolor rgb " + look.colour +
+                layers.push_back(first + " using 1:2 with filledcurves closed fillcolor rgb " + drawStyle.colour +
                                  " fillstyle transparent solid 0.18 noborder notitle");
             }
-            layers.push_back(first + " using 1:2 with lines linewidth 3.5 dashtype " + look.dash + colour + title);
+            layers.push_back(first + " using 1:2 with lines linewidth 3.5 dashtype " + drawStyle.dash + colour + title);
             layers.push_back(second + " using 1:3:(0):($4-$3) with vectors nohead linewidth 2.5" + colour + " notitle");
             break;
         case PlotSeries::SeriesStyle::Points:
-            layers.push_back(first + " using 1:2:3:4:5:6 with xyerrorbars pointtype " + look.mark +
+            layers.push_back(first + " using 1:2:3:4:5:6 with xyerrorbars pointtype " + drawStyle.mark +
                              " pointsize marks linewidth 2.5" + colour + title);
             break;
         case PlotSeries::SeriesStyle::Curve:
-            layers.push_back(first + " using 1:2 with lines linewidth 5 dashtype " + look.dash + colour + title);
+            layers.push_back(first + " using 1:2 with lines linewidth 5 dashtype " + drawStyle.dash + colour + title);
             break;
     }
     return layers;
 }
 
 std::string seriesCommand(const PlotContents& contents, const PlotStyle& style, const Boxes& boxes) {
-    const std::vector<DrawStyle> looks = looksOf(contents);
+    const std::vector<DrawStyle> styles = drawStylesOf(contents);
     std::string text = "plot";
-    // Curves lie over data.
+    // Curves are drawn over data.
     for (const bool isCurve : {false, true}) {
         for (std::size_t i = 0; i < contents.series.size(); ++i) {
             const PlotSeries& series = contents.series[i];
@@ -227,7 +228,7 @@ std::string seriesCommand(const PlotContents& contents, const PlotStyle& style, 
             const std::string title = boxes.hasLegend
                                           ? " title " + quotedForGnuplot(legendText(series, style, !boxes.rows.empty()))
                                           : std::string(" notitle");
-            for (const std::string& layer : layersOf(series, i, looks[i], title, contents.series.size() == 1)) {
+            for (const std::string& layer : layersOf(series, i, styles[i], title, contents.series.size() == 1)) {
                 text += (text.size() > 4 ? ", \\\n     " : " ") + layer;
             }
         }
@@ -245,14 +246,14 @@ std::string paletteText() {
 
 std::string mapSetting(const PlotContents& contents, const PlotStyle& style) {
     std::string text = "set key off\nset colorbox\n" + paletteText();
-    if (style.statistics != StatisticsLook::None) {
+    if (style.statistics != StatisticsDisplay::None) {
         text += "set label " + quotedForGnuplot(contents.map->statistics) +
                 " at graph 1, graph 1.04 right font 'DejaVu Sans,22' textcolor rgb '#404040'\n";
     }
     return text;
 }
 
-/// The cells reach a hair's breadth under their neighbours, so that no light shines between them.
+/// Cells slightly overlap their neighbours, so that no gaps show between them.
 std::string mapCommand(const PlotFrame& frame, const PlotStyle& style) {
     const auto end = [](const std::string& column, const PlotSpan& span, bool hasLog) {
         constexpr double hair = 1.0 / 2000.0;
@@ -263,7 +264,7 @@ std::string mapCommand(const PlotFrame& frame, const PlotStyle& style) {
            ":5 with boxxyerror fillcolor palette fillstyle solid 1 noborder notitle\n";
 }
 
-/// All look as the first does: the terminals have different ideas of the size of fonts, marks and lines.
+/// Scales fonts, markers and lines, which the terminals size differently, to look alike.
 std::string terminalOf(const std::string& format) {
     const std::string font = " font 'DejaVu Sans,26' rounded";
     if (format == "png") {

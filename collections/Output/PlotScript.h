@@ -4,14 +4,14 @@
 
 namespace velmorak {
 
-/// A picture as gnuplot draws it. All files stand in one folder and begin with the base name.
+/// Files of a picture for gnuplot, all in one folder and beginning with the base name.
 struct PlotFiles {
     std::string script;
     std::string data;
 };
 
-/// @param contents takes the samples of curves and what the user should know.
-/// @throws Failure, with the input, where the contents cannot be shown.
+/// @param contents receives the samples of curves and warnings for the user.
+/// @throws Failure, with the input, if the contents cannot be shown.
 PlotFiles plotFiles(PlotContents& contents, const PlotStyle& style);
 
 /// The numbers of the picture: for each series a block with its outline and one with its points; or the cells of a map.

@@ -10,14 +10,14 @@ namespace velmorak {
 namespace {
 
 std::string countText(std::int64_t count) {
-    return textOf(static_cast<double>(count));
+    return std::to_string(count);
 }
 
 std::string pairText(double x, double y) {
     return "(" + roundedText(x, 3) + ", " + roundedText(y, 3) + ")";
 }
 
-/// The moments of a coordinate as they follow from sums of w, wx and wx².
+/// Moments of a coordinate from the sums of w, wx and wx².
 struct Moments {
     Moments(double w, double wx, double wxx);
     double mean = 0.0;
@@ -41,7 +41,7 @@ ProfileSums<dimensions> inRange(const Profile<dimensions>& profile) {
     return sums;
 }
 
-/// Without entries there is no mean to show.
+/// Without entries there is no mean.
 std::vector<StatisticsRow> momentRows(std::int64_t entries, double mean, double rms) {
     if (entries == 0) {
         return {{"Entries", "0"}};

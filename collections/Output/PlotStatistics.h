@@ -7,10 +7,10 @@
 
 namespace velmorak {
 
-/// Entries, mean and rms of what lies in range; what lies outside where there is some.
+/// Entries, mean and rms in range; underflow, overflow and NaN if there are any.
 std::vector<StatisticsRow> statisticsOf(const Histogram1D& histogram);
 std::vector<StatisticsRow> statisticsOf(const Profile1D& profile);
-/// Parameters of a function; with errors, chi-squared and p-value where a fit notes them in its annotation.
+/// Parameters of a function; with errors, chi square and p-value if a fit recorded them in the annotation.
 std::vector<StatisticsRow> statisticsOf(const FunctionObject& function);
 
 std::string statisticsLine(const Histogram2D& histogram);

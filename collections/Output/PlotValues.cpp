@@ -11,12 +11,12 @@ namespace {
 
 constexpr std::array<std::string_view, 3> allFormats = {"png", "svg", "pdf"};
 
-/// Names of the places of the legend, in the order of LegendPlace.
+/// Names of the legend positions, in the order of LegendPlace.
 std::vector<std::string> legendChoices() {
     return {"no", "automatic", "top left", "top right", "bottom left", "bottom right"};
 }
 
-std::vector<std::string> lookChoices() {
+std::vector<std::string> histogramStyleChoices() {
     return {"automatic", "steps", "points"};
 }
 
@@ -34,16 +34,16 @@ InputSpec choiceInput(const std::string& name, const std::string& description, c
 }
 
 InputSpec rangeInput(const std::string& name, const std::string& axis) {
-    return textInput(name, "Ends of the " + axis +
-                               ", as two numbers in its unit; * for an end that follows what is "
-                               "drawn. Empty: both follow.");
+    return textInput(name, "Range of the " + axis +
+                               ", as two numbers in its unit; * for an end that follows the "
+                               "contents. Empty: both do.");
 }
 
 bool isControl(char c) {
     return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
 }
 
-/// Words between blanks and commas.
+/// Words separated by blanks or commas.
 std::vector<std::string> wordsOf(const std::string& text) {
     std::vector<std::string> words(1);
     for (const char c : text) {
@@ -63,13 +63,13 @@ std::string formatsRefusal(const std::string& text) {
     const std::vector<std::string> words = wordsOf(text);
     for (const std::string& word : words) {
         if (std::find(allFormats.begin(), allFormats.end(), word) == allFormats.end()) {
-            return "\"" + word + "\" is none of png, svg and pdf.";
+            return "\"" + word + "\" is not one of png, svg and pdf.";
         }
     }
-    return words.empty() ? "A picture has at least one format: png, svg or pdf." : "";
+    return words.empty() ? "Enter at least one format: png, svg or pdf." : "";
 }
 
-/// @return false when the word is neither a finite number nor an open end.
+/// @return false if the word is neither a finite number nor *.
 bool readEnd(const std::string& word, std::optional<double>& end) {
     double number = 0.0;
     if (word == "*") {
@@ -88,10 +88,10 @@ std::string readRange(const std::string& text, PlotRange& range) {
         return {};
     }
     if (words.size() != 2 || !readEnd(words[0], range.low) || !readEnd(words[1], range.high)) {
-        return "The ends are two numbers, or * for an end that is left open.";
+        return "Enter two numbers, or * for an end that is left open.";
     }
     if (range.low && range.high && !(*range.low < *range.high)) {
-        return "The first end is below the second.";
+        return "The first end must be less than the second.";
     }
     return {};
 }
@@ -130,35 +130,34 @@ Choice chosen(const Arguments& arguments, const std::string& input, const std::v
 std::vector<InputSpec> plotValueInputs() {
     return {
         textInput("file",
-                  "Name of the picture in the results folder, without ending: the pictures and the script .gp with its "
-                  "data .dat are added. Empty: the name of this plug-in."),
+                  "Name of the picture in the results folder, without extension; the script .gp with its "
+                  "data .dat is written, too. Empty: the name of this plug-in."),
         textInput("formats", "Formats of the picture: png, svg, pdf, or several of them.", "png svg"),
-        textInput("title", "Shown above the picture. Empty: the title of the object, if there is only one."),
+        textInput("title", "Title shown above the picture. Empty: the title of the object, if there is only one."),
         textInput("xlabel",
                   "Title of the horizontal axis with its unit. Empty: that of the first object that has one."),
         textInput(
             "ylabel",
-            "Title of the vertical axis with its unit. Empty: that of the object; of a histogram entries, with the "
-            "width of a bin where all have the same."),
-        textInput("zlabel", "Title of the colours with their unit. Empty: what they count."),
+            "Title of the vertical axis with its unit. Empty: that of the object; for a histogram entries, with the "
+            "bin width if all bins are equal."),
+        textInput("zlabel", "Title of the colour scale with its unit. Empty: the quantity that is shown."),
         rangeInput("xrange", "horizontal axis"),
         rangeInput("yrange", "vertical axis"),
         rangeInput("zrange", "colours"),
         choiceInput("logx", "Logarithmic horizontal axis, from the first edge above 0.", "no"),
-        choiceInput("logy", "Logarithmic vertical axis; what is not above 0 is not drawn.", "no"),
-        choiceInput("logz", "Logarithmic colours; what is not above 0 stays white.", "no"),
+        choiceInput("logy", "Logarithmic vertical axis; values that are not above 0 are not drawn.", "no"),
+        choiceInput("logz", "Logarithmic colour scale; bins that are not above 0 stay white.", "no"),
         choiceInput("style",
-                    "How histograms are drawn; automatic: as points where a function goes through them, else as "
+                    "How histograms are drawn; automatic: as points if there is a function, else as "
                     "steps.",
-                    "automatic", lookChoices()),
-        choiceInput("legend", "Place of the names of the objects; automatic: in an upper corner, if there are several.",
+                    "automatic", histogramStyleChoices()),
+        choiceInput("legend", "Position of the legend; automatic: in an upper corner, if there are several objects.",
                     "automatic", legendChoices()),
         textInput("labels", "Names in the legend, separated by semicolons. Empty: the titles of the objects."),
-        choiceInput(
-            "statistics",
-            "Shows entries, mean and rms of what lies in range, and what a fit has found; automatic: if there is "
-            "one object, with a function or without; yes: of several in the legend.",
-            "automatic", statisticsChoices()),
+        choiceInput("statistics",
+                    "Shows entries, mean and rms in range, and fit results; automatic: if there is "
+                    "one object, with or without a function; yes: for several objects in the legend.",
+                    "automatic", statisticsChoices()),
     };
 }
 
@@ -175,7 +174,7 @@ PlotRange rangeIn(const std::string& text) {
 
 std::string plotRefusal(const std::string& input, const std::string& value) {
     if (input == "file" && std::any_of(value.begin(), value.end(), isControl)) {
-        return "The name of a file has no line ends or other control characters.";
+        return "A file name must not contain line ends or other control characters.";
     }
     if (input == "formats") {
         return formatsRefusal(value);
@@ -201,8 +200,8 @@ PlotStyle plotStyleOf(const Arguments& arguments) {
     style.z = axisOf(arguments, "z");
     style.labels = partsOf(arguments.text("labels"));
     style.legend = chosen<LegendPlace>(arguments, "legend", legendChoices());
-    style.look = chosen<HistogramLook>(arguments, "style", lookChoices());
-    style.statistics = chosen<StatisticsLook>(arguments, "statistics", statisticsChoices());
+    style.histograms = chosen<HistogramStyle>(arguments, "style", histogramStyleChoices());
+    style.statistics = chosen<StatisticsDisplay>(arguments, "statistics", statisticsChoices());
     return style;
 }
 

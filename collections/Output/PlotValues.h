@@ -4,24 +4,24 @@
 
 #include <velmorak/Kind.h>
 
-/// The values of a Plot: what the user may choose of a picture.
+/// The input values of a Plot.
 namespace velmorak {
 
 std::vector<InputSpec> plotValueInputs();
 
-/// @return an empty text, or why no picture could use the value.
+/// @return why the value cannot be used; empty if it can.
 std::string plotRefusal(const std::string& input, const std::string& value);
 
-/// @return what the values say; the base name stays empty.
+/// @return the style that the values describe; its base name is empty.
 /// @throws Failure, with the input, for a value that cannot be used.
 PlotStyle plotStyleOf(const Arguments& arguments);
 
-/// Of the two ends of a range. @return an empty text, or why they cannot be used.
+/// @return why the two ends of a range cannot be used; empty if they can.
 std::string rangeRefusal(const std::string& text);
-/// @return the ends in a text that is not refused.
+/// @return the ends given by a valid text.
 PlotRange rangeIn(const std::string& text);
 
-/// The file's name without the ending of a picture.
+/// The file name without the extension of a picture.
 std::string withoutPictureEnding(const std::string& file);
 
 }  // namespace velmorak

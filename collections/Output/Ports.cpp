@@ -6,7 +6,7 @@
 namespace velmorak {
 
 std::string numberedName(const std::string& name, std::size_t position) {
-    return position == 0 ? name : name + textOf(static_cast<double>(position + 1));
+    return position == 0 ? name : name + std::to_string(position + 1);
 }
 
 std::size_t numberedCount(const ValueTexts& values, const std::string& countInput) {
@@ -28,7 +28,7 @@ void addNumbered(Ports& ports, const InputSpec& first, std::size_t count) {
 std::vector<std::string> numberedInputs(const Arguments& arguments, const std::string& countInput,
                                         const std::string& name) {
     if (arguments.isWired(countInput)) {
-        throw Failure(countInput, "the number decides which inputs there are and cannot come by wire");
+        throw Failure(countInput, "the number cannot be wired, because it determines the inputs; enter it as a value");
     }
     std::vector<std::string> names;
     for (std::int64_t i = 0; i < arguments.integer(countInput); ++i) {

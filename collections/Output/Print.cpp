@@ -1,4 +1,4 @@
-#include "Print.h"
+#include "kinds.h"
 
 #include "CsvText.h"
 #include "Ports.h"
@@ -14,10 +14,10 @@ namespace {
 
 using TextRows = std::vector<std::vector<std::string>>;
 
-/// The first rows of a table, and how many there are.
+/// The first rows of a table, and the number of all rows.
 class FirstRows : public AccumulatorState {
 public:
-    FirstRows(const Schema& columns, std::size_t maxRows) : schema(columns), most(maxRows) {}
+    FirstRows(const Schema& schema, std::size_t most) : schema(schema), most(most) {}
 
     void fill(const Chunk& chunk) override;
 
@@ -48,7 +48,7 @@ void FirstRows::merge(AccumulatorState& other) {
     count += later.count;
 }
 
-/// One thing to print; the table has no text before it has passed.
+/// One item to print; a table gets its text when it has been read.
 struct Section {
     std::string name;
     std::string text;
@@ -57,8 +57,7 @@ struct Section {
 
 class Printing : public Accumulation {
 public:
-    Printing(std::vector<Section> printedParts, Schema columns, std::size_t maxRows, std::string fileName,
-             RunContext& runContext);
+    Printing(std::vector<Section> parts, Schema schema, std::size_t most, std::string file, RunContext& context);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<FirstRows>(schema, most); }
 
@@ -74,13 +73,8 @@ private:
     RunContext& context;
 };
 
-Printing::Printing(std::vector<Section> printedParts, Schema columns, std::size_t maxRows, std::string fileName,
-                   RunContext& runContext)
-    : parts(std::move(printedParts)),
-      schema(std::move(columns)),
-      most(maxRows),
-      file(std::move(fileName)),
-      context(runContext) {}
+Printing::Printing(std::vector<Section> parts, Schema schema, std::size_t most, std::string file, RunContext& context)
+    : parts(std::move(parts)), schema(std::move(schema)), most(most), file(std::move(file)), context(context) {}
 
 void Printing::finish(AccumulatorState& state, Results&) {
     std::string text;
@@ -106,7 +100,7 @@ std::string Printing::tableText(const std::string& name, const FirstRows& first)
         }
     }
     const auto count = static_cast<double>(first.count);
-    const std::string shown = textOf(static_cast<double>(rows.size())) + " of ";
+    const std::string shown = std::to_string(rows.size()) + " of ";
     return name + ": " + (rows.size() < first.count ? "first " + shown : std::string()) + textOf(count) +
            (first.count == 1 ? " row\n" : " rows\n") + alignedTable(names, rows);
 }
@@ -128,33 +122,46 @@ Section partOf(const Arguments& arguments, const std::string& input, std::size_t
     return part;
 }
 
+/// Prints values among the messages of the run and into a text file.
+class PrintKind : public Accumulator {
+public:
+    std::string name() const override { return "Print"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    MergeOrder mergeOrder() const override { return MergeOrder::FirstToLast; }
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string PrintKind::summary() const {
-    return "Shows numbers, texts, objects and the first rows of a table among the messages of the run, and in a text "
+    return "Prints numbers, texts, objects and the first rows of a table among the messages of the run, and into a "
+           "text "
            "file.";
 }
 
 std::string PrintKind::notes() const {
-    return R"(What is printed stands on standard error, between the messages of the run, and the same text in a file of the results
-folder. Standard output carries nothing. A number is written with as many digits as read back to the same number, a text as it
-is, without control characters. Of an object the title comes first, then its statistics, then its first bins or points, as
-`CsvWriter` describes their columns; of a function its parameters, with errors, χ² and p-value where a fit has found them.
+    return R"(Output goes to standard error, among the messages of the run, and to a file in the results folder; nothing is written to
+standard output. Numbers have as many digits as are needed to read back the same number; control characters are removed from
+texts. For an object, its title is followed by statistics and the first bins or points, with columns as in `CsvWriter`; for a
+function, by its parameters, with errors, χ² and p-value if it was fitted.
 
-As long as nothing has changed, a further run prints nothing again; the file is still there.)";
+If nothing has changed, a further run does not print again; the file stays.)";
 }
 
 Ports PrintKind::ports(const ValueTexts& values) const {
     const InputSpec object = {.name = "object",
-                              .description = "Number, text, object or table to print. At most one is a table.",
+                              .description = "Number, text, object or table to print. At most one can be a table.",
                               .type = ValueType::Any};
     Ports ports;
     ports.inputs = {
         object,
-        countInput("objects", "Number of things to print, 1 to 16; each has an input of its own."),
+        countInput("objects", "Number of items to print, 1 to 16; each has its own input."),
         {.name = "rows",
          .description =
-             "Rows that are printed of a table, bins of a histogram or points; 0: none, but how many there are.",
+             "Number of rows of a table, bins of a histogram or points to print; 0: only how many there are.",
          .value = "10",
          .minimum = 0,
          .maximum = 10000,
@@ -177,6 +184,10 @@ std::unique_ptr<Accumulation> PrintKind::prepare(const Arguments& arguments, con
     const std::string& file = arguments.text("file");
     return std::make_unique<Printing>(std::move(parts), !schema ? Schema() : *schema, rows,
                                       file.empty() ? asFileName(context.pluginName()) + ".txt" : file, context);
+}
+
+std::unique_ptr<Kind> makePrint() {
+    return std::make_unique<PrintKind>();
 }
 
 }  // namespace velmorak

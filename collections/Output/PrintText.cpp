@@ -3,8 +3,9 @@
 #include "PlotStatistics.h"
 #include "PlotText.h"
 
+#include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
-#include <velmorak/Points.h>
+#include <velmorak/Utf8.h>
 
 #include <algorithm>
 
@@ -23,23 +24,7 @@ std::vector<std::vector<std::string>> textRows(const ObjectTable& table, std::si
     return rows;
 }
 
-std::string statisticsText(const DataObject& object) {
-    if (const auto* histogram = dynamic_cast<const Histogram2D*>(&object)) {
-        return statisticsLine(*histogram) + "\n";
-    }
-    if (const auto* profile = dynamic_cast<const Profile2D*>(&object)) {
-        return statisticsLine(*profile) + "\n";
-    }
-    std::vector<StatisticsRow> rows;
-    if (const auto* histogram = dynamic_cast<const Histogram1D*>(&object)) {
-        rows = statisticsOf(*histogram);
-    }
-    if (const auto* profile = dynamic_cast<const Profile1D*>(&object)) {
-        rows = statisticsOf(*profile);
-    }
-    if (const auto* function = dynamic_cast<const FunctionObject*>(&object)) {
-        rows = statisticsOf(*function);
-    }
+std::string linesOf(const std::vector<StatisticsRow>& rows) {
     std::string text;
     for (const StatisticsRow& row : rows) {
         text += row[0] + ": " + row[1] + "\n";
@@ -47,17 +32,27 @@ std::string statisticsText(const DataObject& object) {
     return text;
 }
 
+std::string statisticsText(const DataObject& object) {
+    return visit(object, overloaded{
+                             [](const Histogram1D& histogram) { return linesOf(statisticsOf(histogram)); },
+                             [](const Histogram2D& histogram) { return statisticsLine(histogram) + "\n"; },
+                             [](const Profile1D& profile) { return linesOf(statisticsOf(profile)); },
+                             [](const Profile2D& profile) { return statisticsLine(profile) + "\n"; },
+                             [](const FunctionObject& function) { return linesOf(statisticsOf(function)); },
+                             [](const DataObject&) { return std::string(); },
+                         });
+}
+
 std::string printedObject(const std::string& name, const DataObject& object, std::size_t most) {
     std::string text = name + (object.title.empty() ? "" : ": " + object.title) + "\n" + statisticsText(object);
-    // A function is told by its parameters.
+    // A function is described by its parameters.
     if (object.type() == ValueType::Function || most == 0) {
         return text;
     }
     const ObjectTable table = objectTable(object, {});
     text += alignedTable(table.columns, textRows(table, most));
     if (table.rows.size() > most) {
-        text += "(the first " + textOf(static_cast<double>(most)) + " of " +
-                textOf(static_cast<double>(table.rows.size())) + ")\n";
+        text += "(the first " + std::to_string(most) + " of " + std::to_string(table.rows.size()) + ")\n";
     }
     return text;
 }
@@ -67,15 +62,15 @@ std::string printedObject(const std::string& name, const DataObject& object, std
 std::string alignedTable(const std::vector<std::string>& names, const std::vector<std::vector<std::string>>& rows) {
     std::vector<std::size_t> widths;
     for (std::size_t i = 0; i < names.size(); ++i) {
-        widths.push_back(lengthOf(names[i]));
+        widths.push_back(characterCount(names[i]));
         for (const auto& row : rows) {
-            widths[i] = std::max(widths[i], lengthOf(row[i]));
+            widths[i] = std::max(widths[i], characterCount(row[i]));
         }
     }
     const auto line = [&](const std::vector<std::string>& words) {
         std::string text;
         for (std::size_t i = 0; i < words.size(); ++i) {
-            text += (i > 0 ? "  " : "") + std::string(widths[i] - lengthOf(words[i]), ' ') + words[i];
+            text += (i > 0 ? "  " : "") + std::string(widths[i] - characterCount(words[i]), ' ') + words[i];
         }
         return text + "\n";
     };

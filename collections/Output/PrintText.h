@@ -7,18 +7,18 @@
 #include <string>
 #include <vector>
 
-/// Values as a person reads them.
+/// Formats values for people.
 namespace velmorak {
 
-/// Rows of texts below their names, in columns that are as wide as they must be. Numbers stand to the right.
+/// Formats rows of texts below their headings, in columns of minimal width; numbers are right-aligned.
 std::string alignedTable(const std::vector<std::string>& names, const std::vector<std::vector<std::string>>& rows);
 
-/// What is printed of a value that is no table: a number or text in its line or lines; of an object its title, its
-/// statistics and its first rows.
-/// @throws Failure, without an input, for what has no numbers to show.
+/// Formats a value that is not a table: a number or text on its line or lines; of an object its title, statistics and
+/// first rows.
+/// @throws Failure, without an input, for an object without numbers.
 std::string printedValue(const std::string& name, const Value& value, std::size_t rows);
 
-/// Control characters, which could change what a terminal shows, become blanks; line ends and tabulators stay.
+/// Replaces control characters, which could affect a terminal, by blanks; line ends and tabs are kept.
 std::string withoutControls(std::string text);
 
 }  // namespace velmorak

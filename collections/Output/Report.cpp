@@ -1,4 +1,4 @@
-#include "Report.h"
+#include "kinds.h"
 
 #include "Drawing.h"
 #include "Ports.h"
@@ -16,7 +16,7 @@ const InputSpec objectInput = {
     .name = "object",
     .description =
         "Number, text, histogram, profile, points or function for the report. A function is drawn over the "
-        "object that stands before it. What has no value because a plug-in failed is named.",
+        "object before it. Values that are missing because a plug-in failed are named.",
     .type = ValueType::Any,
     .isOptional = true};
 
@@ -44,7 +44,7 @@ std::vector<ReportItem> itemsOf(const Arguments& arguments, const RunRecord& rec
     return items;
 }
 
-/// Objects that are drawn together: one, and the functions behind it.
+/// Objects that are drawn together: one, and the functions that follow it.
 std::vector<std::vector<PlotObject>> frames(const std::vector<ReportItem>& items) {
     std::vector<std::vector<PlotObject>> all;
     for (const ReportItem& item : items) {
@@ -88,6 +88,17 @@ std::string titleOf(const std::string& given, const RunRecord& record, const Run
     return document.ends_with(ending) ? document.substr(0, document.size() - ending.size()) : document;
 }
 
+/// Writes a page about the whole run.
+class ReportKind : public Function {
+public:
+    std::string name() const override { return "Report"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    bool isRunReporter() const override { return true; }
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string ReportKind::summary() const {
@@ -97,26 +108,26 @@ std::string ReportKind::summary() const {
 }
 
 std::string ReportKind::notes() const {
-    return R"(The page is one file that opens without a network and refers to nothing outside itself. It holds
+    return R"(The page is one self-contained file that opens without a network. It contains
 
-- what failed, and why; what could not run because of that
+- failures with their reasons, and the plug-ins that could not run because of them
 - the pipeline with its boxes and wires
-- each histogram, profile and set of points that is wired to the report, drawn as `Plot` draws it; a function lies over the
-  object that is wired before it
-- parameters of functions, with errors, χ²/ndf and p-value where a fit has found them
-- numbers, and texts: lines with tabulators, such as those of `CutFlow`, become a table
-- the document with its SHA-256 sum as it was run, the files that were read with theirs, versions of the library and of each
+- each histogram, profile and set of points that is wired to the report, drawn as by `Plot`; a function is drawn over the
+  object wired before it
+- parameters of functions, with errors, χ²/ndf and p-value if they were fitted
+- numbers, and texts: lines with tabs, such as those of `CutFlow`, become a table
+- the document as it was run and the files that were read, with SHA-256 sums, the versions of the library and of each
   kind, seeds, and the values of all plug-ins
 
-A report comes when all else has ended, also when something that feeds it failed. It is written anew in every run. The same
-pipeline, with the same files, gives the same bytes.)";
+A report is written when everything else has ended, even if one of its inputs failed, and in every run. The same
+pipeline with the same files gives the same bytes.)";
 }
 
 Ports ReportKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = {
         objectInput,
-        countInput("objects", "Number of things in the report, 1 to 16; each has an input of its own."),
+        countInput("objects", "Number of items in the report, 1 to 16; each has its own input."),
         {.name = "file",
          .description = "Name of the page in the results folder. Empty: the name of this plug-in with .html.",
          .type = ValueType::Text},
@@ -141,6 +152,10 @@ void ReportKind::evaluate(const Arguments& arguments, Results&, RunContext& cont
     const std::string& file = arguments.text("file");
     TextOutput output(file.empty() ? asFileName(context.pluginName()) + ".html" : file, reportPage(contents), context);
     output.complete();
+}
+
+std::unique_ptr<Kind> makeReport() {
+    return std::make_unique<ReportKind>();
 }
 
 }  // namespace velmorak

@@ -5,6 +5,8 @@
 #include "PipelineDrawing.h"
 #include "PlotText.h"
 
+#include <velmorak/DataObjects.h>
+
 #include <algorithm>
 #include <sstream>
 
@@ -48,7 +50,7 @@ std::string stateText(RecordedState state) {
         case RecordedState::NotRequested:
             break;
     }
-    return "not asked for";
+    return "not requested";
 }
 
 bool isMissing(RecordedState state) {
@@ -80,10 +82,10 @@ std::string failures(const ReportContents& contents) {
         }
     }
     if (rows.empty()) {
-        return text + "<p>None: every plug-in that was asked for did its work.</p>\n";
+        return text + "<p>None: every requested plug-in succeeded.</p>\n";
     }
-    text += "<p class=\"failed\">" + textOf(static_cast<double>(rows.size())) + " of " +
-            textOf(static_cast<double>(contents.record.plugins.size())) + " plug-ins gave no result.</p>\n";
+    text += "<p class=\"failed\">" + std::to_string(rows.size()) + " of " +
+            std::to_string(contents.record.plugins.size()) + " plug-ins gave no result.</p>\n";
     text += htmlTable({"plug-in", "kind", "state", "reason"}, rows);
     for (const ReportItem& item : contents.items) {
         if (std::holds_alternative<std::monostate>(item.value)) {
@@ -100,9 +102,9 @@ std::string pictures(const ReportContents& contents) {
         text += number++ == 0 ? "<h2>Pictures</h2>\n" : "";
         text += "<figure>\n" + element("figcaption", picture.heading) + "\n";
         if (picture.svg.empty()) {
-            text += "<p class=\"failed\">" + escaped("It could not be drawn: " + picture.sentence) + "</p>\n";
+            text += "<p class=\"failed\">" + escaped("It cannot be drawn: " + picture.sentence) + "</p>\n";
         } else {
-            text += inlineSvg(picture.svg, "p" + textOf(static_cast<double>(number)) + "-");
+            text += inlineSvg(picture.svg, "p" + std::to_string(number) + "-");
         }
         text += "</figure>\n";
     }
@@ -128,7 +130,7 @@ std::vector<std::string> splitAt(const std::string& text, char mark) {
     return parts;
 }
 
-/// Lines with the same number of tabulators are a table, such as a cut flow; its first line has the headings.
+/// Lines with the same number of tabs are a table, such as a cut flow; the first line has the headings.
 std::string tableOrText(const std::string& text) {
     Rows rows;
     for (const std::string& line : splitAt(text, '\n')) {
@@ -191,10 +193,15 @@ std::string fits(const ReportContents& contents) {
     std::string text;
     for (const ReportItem& item : contents.items) {
         const auto* object = std::get_if<DataObjectPtr>(&item.value);
-        const auto* function = !object ? nullptr : dynamic_cast<const FunctionObject*>(object->get());
-        if (function) {
-            text += (text.empty() ? "<h2>Functions and fits</h2>\n" : "") + fitText(item, *function);
+        if (!object) {
+            continue;
         }
+        visit(**object, overloaded{
+                            [&](const FunctionObject& function) {
+                                text += (text.empty() ? "<h2>Functions and fits</h2>\n" : "") + fitText(item, function);
+                            },
+                            [](const DataObject&) {},
+                        });
     }
     return text;
 }
@@ -238,8 +245,7 @@ std::string origin(const ReportContents& contents) {
     text += htmlTable({"what", ""}, rows);
     Rows files;
     for (const RecordedFile& file : record.files) {
-        files.push_back({file.name.empty() ? "AIDA file of the command line" : file.name,
-                         textOf(static_cast<double>(file.bytes)),
+        files.push_back({file.name.empty() ? "AIDA file of the command line" : file.name, std::to_string(file.bytes),
                          file.sha256.empty() ? "cannot be read any more" : file.sha256});
     }
     if (!files.empty()) {

@@ -8,19 +8,19 @@
 
 namespace velmorak {
 
-/// Something that is wired to a report.
+/// An item wired to a report.
 struct ReportItem {
     std::string input;
-    std::string plugin;  ///< That gives it.
+    std::string plugin;  ///< Name of the plug-in that produced it.
     std::string output;
-    Value value;  ///< Monostate where the plug-in failed.
+    Value value;  ///< Monostate if the plug-in failed.
 };
 
-/// A picture that has been drawn.
+/// A picture, or why it could not be drawn.
 struct ReportPicture {
     std::string heading;
-    std::string svg;       ///< A whole file; empty where it could not be drawn.
-    std::string sentence;  ///< Why not.
+    std::string svg;       ///< A whole file; empty if it could not be drawn.
+    std::string sentence;  ///< Why it could not be drawn.
 };
 
 struct ReportContents {
@@ -31,7 +31,7 @@ struct ReportContents {
     RunRecord record;
 };
 
-/// The page, in one piece that refers to nothing outside itself. The same contents give the same bytes.
+/// @return the page, which is self-contained. The same contents give the same bytes.
 std::string reportPage(const ReportContents& contents);
 
 }  // namespace velmorak

@@ -6,8 +6,8 @@
 
 namespace velmorak {
 
-TextOutput::TextOutput(std::string fileName, std::string beginning, RunContext& runContext)
-    : name(std::move(fileName)), first(std::move(beginning)), context(&runContext) {}
+TextOutput::TextOutput(std::string name, std::string first, RunContext& runContext)
+    : name(std::move(name)), first(std::move(first)), context(&runContext) {}
 
 void TextOutput::append(const std::string& text) {
     if (text.empty()) {

@@ -8,17 +8,17 @@
 
 namespace velmorak {
 
-/// A text file in the making. Nothing is on disk before the first call, and nothing stays there without complete().
+/// A text file that is being written. Nothing is on disk before the first call; without complete() the file is removed.
 /// Threads: one at a time.
 class TextOutput {
 public:
-    /// @param beginning of the text.
+    /// @param first first part of the text.
     /// @param runContext outlives this.
-    TextOutput(std::string fileName, std::string beginning, RunContext& runContext);
+    TextOutput(std::string name, std::string first, RunContext& runContext);
 
-    /// @throws Failure if the file cannot be made or written.
+    /// @throws Failure if the file cannot be created or written.
     void append(const std::string& text);
-    /// Gives the file its name. @throws Failure if that cannot be done.
+    /// Renames the file to its final name. @throws Failure if that fails.
     void complete();
 
 private:

@@ -1,14 +1,11 @@
-#include "AidaWriter.h"
-#include "CsvWriter.h"
-#include "Plot.h"
-#include "Print.h"
-#include "Report.h"
+#include "kinds.h"
 
 VELMORAK_COLLECTION(registry) {
+    using namespace velmorak;
     registry.group("Output");
-    registry.add(std::make_unique<velmorak::PlotKind>());
-    registry.add(std::make_unique<velmorak::AidaWriterKind>());
-    registry.add(std::make_unique<velmorak::CsvWriterKind>());
-    registry.add(std::make_unique<velmorak::PrintKind>());
-    registry.add(std::make_unique<velmorak::ReportKind>());
+    registry.add(makePlot());
+    registry.add(makeAidaWriter());
+    registry.add(makeCsvWriter());
+    registry.add(makePrint());
+    registry.add(makeReport());
 }

@@ -1,4 +1,4 @@
-#include "Concat.h"
+#include "kinds.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t maxTables = 16;
 
 std::string inputName(std::size_t position) {
-    return position == 0 ? "table" : "table" + textOf(static_cast<double>(position + 1));
+    return position == 0 ? "table" : "table" + std::to_string(position + 1);
 }
 
 std::size_t tableCount(const ValueTexts& values) {
@@ -22,7 +22,7 @@ std::size_t tableCount(const ValueTexts& values) {
     return static_cast<std::size_t>(std::min(count, static_cast<double>(maxTables)));
 }
 
-/// Brings the columns of one table into the places and types of all.
+/// Converts the columns of one table to the positions and types of the result.
 class JoinOperation : public RowOperation {
 public:
     JoinOperation(const Schema& from, Schema to);
@@ -59,21 +59,21 @@ bool isNumber(ColumnType type) {
     return type == ColumnType::Real || type == ColumnType::Integer;
 }
 
-/// Narrows what is known of a column down to what also holds for the same column of another table.
+/// Keeps the attributes of a column that also hold for the same column of another table.
 void unite(ColumnInfo& column, const ColumnInfo& other, std::size_t table) {
     const bool haveOneType = column.type == other.type || (isNumber(column.type) && isNumber(other.type));
     if (column.isList != other.isList || !haveOneType) {
         throw Failure(inputName(table), "column \"" + column.name + "\" is " + (other.isList ? "a list of " : "") +
                                             std::string(nameOf(other.type)) + " here and " +
                                             (column.isList ? "a list of " : "") + std::string(nameOf(column.type)) +
-                                            " in the tables before");
+                                            " in the previous tables");
     }
     if (column.type != other.type) {
         column.type = ColumnType::Real;
     }
     if (column.unit != other.unit && !column.unit.empty() && !other.unit.empty()) {
         throw Failure(inputName(table), "column \"" + column.name + "\" is in " + other.unit + " here and in " +
-                                            column.unit + " in the tables before");
+                                            column.unit + " in the previous tables");
     }
     if (column.unit.empty()) {
         column.unit = other.unit;
@@ -111,30 +111,40 @@ Schema unitedSchema(const std::vector<Schema>& schemas) {
     return result;
 }
 
+/// Concatenates tables.
+class ConcatKind : public Concatenation {
+public:
+    std::string name() const override { return "Concat"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::vector<std::unique_ptr<RowOperation>> prepare(const Arguments& arguments, const std::vector<Schema>& schemas,
+                                                       RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string ConcatKind::summary() const {
-    return "Puts the rows of several tables one after the other.";
+    return "Concatenates the rows of several tables.";
 }
 
 Ports ConcatKind::ports(const ValueTexts& values) const {
     Ports ports;
     const auto table = [](std::size_t position) {
         return InputSpec{.name = inputName(position),
-                         .description = "Table number " + textOf(static_cast<double>(position + 1)) +
-                                        "; its rows follow those of the tables before.",
+                         .description = "Table number " + std::to_string(position + 1) +
+                                        "; its rows follow those of the previous tables.",
                          .type = ValueType::Table};
     };
     ports.inputs = {table(0),
                     table(1),
                     {.name = "columns",
-                     .description = "The same: all tables must have columns of the same names, in any order. Common: "
-                                    "columns that some table does not have are left out.",
+                     .description = "Same: all tables must have the same column names, in any order. Common: "
+                                    "columns that are not in every table are left out.",
                      .type = ValueType::Choice,
                      .value = "same",
                      .choices = {"same", "common"}},
                     {.name = "tables",
-                     .description = "Number of tables, 2 to 16; each is an input of its own.",
+                     .description = "Number of tables, 2 to 16; each has its own input.",
                      .value = "2",
                      .minimum = 2,
                      .maximum = static_cast<double>(maxTables),
@@ -152,7 +162,7 @@ Ports ConcatKind::ports(const ValueTexts& values) const {
 std::vector<std::unique_ptr<RowOperation>> ConcatKind::prepare(const Arguments& arguments,
                                                                const std::vector<Schema>& schemas, RunContext&) const {
     if (arguments.isWired("tables")) {
-        throw Failure("tables", "the number decides which inputs there are and cannot come by wire");
+        throw Failure("tables", "the number cannot be wired, because it determines the inputs; enter it as a value");
     }
     if (arguments.text("columns") == "same") {
         for (std::size_t table = 1; table < schemas.size(); ++table) {
@@ -169,6 +179,10 @@ std::vector<std::unique_ptr<RowOperation>> ConcatKind::prepare(const Arguments& 
         operations.push_back(std::make_unique<JoinOperation>(schema, result));
     }
     return operations;
+}
+
+std::unique_ptr<Kind> makeConcat() {
+    return std::make_unique<ConcatKind>();
 }
 
 }  // namespace velmorak

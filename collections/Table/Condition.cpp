@@ -10,10 +10,10 @@ Condition::Condition(const std::string& input, const std::string& text, const Sc
                      const std::map<std::string, double>& numbers)
     : expression(text, schema, numbers) {
     if (expression.isList()) {
-        throw Failure(input, "\"" + text + "\" gives a list in each row, and a row is kept or not as a whole");
+        throw Failure(input, "\"" + text + "\" is a list in each row; expected a single value");
     }
     if (expression.type() == ColumnType::Text) {
-        throw Failure(input, "\"" + text + "\" is a text, which is neither true nor false");
+        throw Failure(input, "\"" + text + "\" is a text; expected a boolean or a number");
     }
 }
 

@@ -1,4 +1,4 @@
-#include "CutFlow.h"
+#include "kinds.h"
 
 #include "Condition.h"
 #include "Cuts.h"
@@ -17,15 +17,15 @@ namespace {
 
 std::vector<InputSpec> ownInputs() {
     return {
-        {.name = "table", .description = "Table whose rows are judged.", .type = ValueType::Table},
+        {.name = "table", .description = "Table whose rows are tested.", .type = ValueType::Table},
         {.name = "cuts",
-         .description = "Cuts in their order, one a line or separated by semicolons, each as name: condition, for "
-                        "example trigger: pt > 20; central: abs(eta) < 2.4. A name that is no column is a number that "
-                        "comes by an input of that name.",
+         .description = "Cuts in order, one a line or separated by semicolons, each as name: condition, for "
+                        "example trigger: pt > 20; central: abs(eta) < 2.4. A name that is not a column becomes "
+                        "an input for a number.",
          .type = ValueType::Text},
         {.name = "weight", .description = "Expression for the weight of a row. Empty: 1.", .type = ValueType::Text},
         {.name = "file",
-         .description = "File in the results folder that the counts are written to. Empty: none.",
+         .description = "File in the results folder for the counts. Empty: none.",
          .type = ValueType::Text},
     };
 }
@@ -44,7 +44,7 @@ std::string valueOr(const ValueTexts& values, const std::string& input) {
     return found == values.end() ? std::string() : found->second;
 }
 
-/// Rows that came, in bin 0, and those left after each cut, in the bins that follow.
+/// Rows before the first cut in bin 0, and rows left after each cut in the following bins.
 class FlowState : public AccumulatorState {
 public:
     FlowState(const std::vector<Condition>& cuts, const std::optional<Expression>& weight);
@@ -112,7 +112,7 @@ public:
 private:
     std::string described(const std::vector<BinSums>& steps) const;
 
-    /// One bin for each step, of width 1 around its number.
+    /// One bin of width 1 around the number of each step.
     Value histogramOf(const std::vector<BinSums>& steps) const;
 
     static void write(const std::filesystem::path& path, const std::string& text);
@@ -136,7 +136,7 @@ FlowAccumulation::FlowAccumulation(const Arguments& arguments, const Schema& sch
         weight.emplace(text, schema, numbers);
     }
     if (weight && (weight->isList() || weight->type() == ColumnType::Text)) {
-        throw Failure("weight", "\"" + arguments.text("weight") + "\" is no number");
+        throw Failure("weight", "\"" + arguments.text("weight") + "\" is not a number");
     }
 }
 
@@ -182,6 +182,17 @@ void FlowAccumulation::write(const std::filesystem::path& path, const std::strin
     }
 }
 
+/// Counts the rows that are left after each of several cuts.
+class CutFlowKind : public Accumulator {
+public:
+    std::string name() const override { return "CutFlow"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string CutFlowKind::summary() const {
@@ -204,8 +215,8 @@ Ports CutFlowKind::ports(const ValueTexts& values) const {
                         "first cut.",
          .type = ValueType::Histogram},
         {.name = "text",
-         .description = "A line for each cut: its name, rows and weights that are left, and the percentage of rows, "
-                        "with tabulators between them.",
+         .description = "One line for each cut: its name, the rows and weights left, and the percentage of rows, "
+                        "separated by tabs.",
          .type = ValueType::Text},
     };
     return ports;
@@ -235,6 +246,10 @@ std::unique_ptr<Accumulation> CutFlowKind::prepare(const Arguments& arguments, c
         throw Failure("table", "nothing is wired");
     }
     return std::make_unique<FlowAccumulation>(arguments, *schema, context);
+}
+
+std::unique_ptr<Kind> makeCutFlow() {
+    return std::make_unique<CutFlowKind>();
 }
 
 }  // namespace velmorak

@@ -1,17 +1,15 @@
 #include "Cuts.h"
 
+#include <velmorak/Text.h>
+
 #include <cstddef>
+#include <string_view>
 
 namespace velmorak {
 
 namespace {
 
-std::string trimmed(const std::string& text) {
-    const std::size_t begin = text.find_first_not_of(" \t\r");
-    return begin == std::string::npos ? std::string() : text.substr(begin, text.find_last_not_of(" \t\r") - begin + 1);
-}
-
-/// Cuts a text at the signs that stand outside of quotes.
+/// Splits a text at separators outside of quotes.
 std::vector<std::string> splitAt(const std::string& text, const std::string& signs) {
     std::vector<std::string> parts(1);
     char quote = 0;
@@ -33,7 +31,7 @@ std::vector<std::string> splitAt(const std::string& text, const std::string& sig
     return parts;
 }
 
-/// A name is anything before the first colon, as long as no sign of a condition stands there.
+/// A name is the text before the first colon, if it contains no character of a condition.
 bool isName(const std::string& text) {
     return !trimmed(text).empty() && text.find_first_of("?<>=&|\"'`(") == std::string::npos;
 }
@@ -41,9 +39,11 @@ bool isName(const std::string& text) {
 Cut cutOf(const std::string& line) {
     const std::size_t colon = line.find(':');
     if (colon != std::string::npos && isName(line.substr(0, colon))) {
-        return {trimmed(line.substr(0, colon)), trimmed(line.substr(colon + 1))};
+        const std::string_view text = line;
+        return {std::string(trimmed(text.substr(0, colon))), std::string(trimmed(text.substr(colon + 1)))};
     }
-    return {trimmed(line), trimmed(line)};
+    const std::string condition(trimmed(line));
+    return {condition, condition};
 }
 
 }  // namespace

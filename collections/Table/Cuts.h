@@ -11,8 +11,8 @@ struct Cut {
     std::string condition;
 };
 
-/// Cuts stand on lines of their own, or with semicolons between them; empty lines are left out. A colon inside of a
-/// choice (a ? b : c), in quotes or in brackets begins no condition.
+/// Parses cuts, one a line or separated by semicolons; empty lines are skipped. A colon within a choice (a ? b : c), in
+/// quotes or in brackets does not end a name.
 std::vector<Cut> cutsIn(const std::string& text);
 
 }  // namespace velmorak

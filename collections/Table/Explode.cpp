@@ -1,6 +1,6 @@
-#include "Explode.h"
+#include "kinds.h"
 
-#include "Names.h"
+#include "shared/ColumnList.h"
 
 #include <algorithm>
 #include <numeric>
@@ -22,7 +22,7 @@ Values repeatedValues(const Values& values, const Offsets& offsets) {
     return repeated;
 }
 
-/// Each list as often as the offsets say.
+/// Repeats each list as often as the offsets say.
 template <typename Values>
 Column repeatedLists(const Values& values, const Offsets& lists, const Offsets& offsets) {
     Values repeated;
@@ -111,11 +111,11 @@ void ExplodeOperation::checkLengths(const Chunk& chunk, std::size_t place) const
         return;
     }
     const auto row = static_cast<std::size_t>(difference.first - expected.begin()) - 1;
-    const auto length = [row](const Offsets& of) { return textOf(static_cast<double>(of[row + 1] - of[row])); };
-    throw Failure("columns", "lists of one row have different lengths: \"" + result[lists.front()].name + "\" holds " +
-                                 length(expected) + " and \"" + result[place].name + "\" " + length(offsets) +
-                                 " values, in the part of the table that begins with row " +
-                                 textOf(static_cast<double>(chunk.firstRow)));
+    const auto length = [row](const Offsets& of) { return std::to_string(of[row + 1] - of[row]); };
+    throw Failure("columns", "lists in the same row have different lengths: \"" + result[lists.front()].name +
+                                 "\" holds " + length(expected) + " and \"" + result[place].name + "\" " +
+                                 length(offsets) + " values, in the part of the table that begins with row " +
+                                 std::to_string(chunk.firstRow));
 }
 
 std::vector<std::size_t> listColumns(const Schema& schema) {
@@ -128,23 +128,34 @@ std::vector<std::size_t> listColumns(const Schema& schema) {
     return places;
 }
 
+/// Makes one row for each value in list columns.
+class ExplodeKind : public RowWise {
+public:
+    std::string name() const override { return "Explode"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string ExplodeKind::summary() const {
-    return "Makes a row of each value in the list columns of a table.";
+    return "Makes one row for each value in the list columns of a table.";
 }
 
 Ports ExplodeKind::ports(const ValueTexts&) const {
     return {{{.name = "table", .description = "Table with list columns.", .type = ValueType::Table},
              {.name = "columns",
-              .description = "Names of the list columns to take apart, separated by blanks or commas; in one row they "
-                             "must be equally long. Empty: all list columns.",
+              .description = "Names of the list columns to expand, separated by blanks or commas; in each row they "
+                             "must have the same length. Empty: all list columns.",
               .type = ValueType::Text},
              {.name = "index",
-              .description = "Name of a new column with the position in the list, counted from 0. Empty: none.",
+              .description = "Name of a new column for the position in the list, counted from 0. Empty: none.",
               .type = ValueType::Text}},
             {{.name = "table",
-              .description = "A row for each value; the other columns are repeated, and a row with empty lists "
+              .description = "One row for each value; the other columns are repeated, and a row with empty lists "
                              "vanishes.",
               .type = ValueType::Table}}};
 }
@@ -155,23 +166,27 @@ std::string ExplodeKind::refusal(const std::string& input, const std::string& va
 
 std::unique_ptr<RowOperation> ExplodeKind::prepare(const Arguments& arguments, const Schema& schema,
                                                    RunContext&) const {
-    std::vector<std::size_t> places = columnPlaces("columns", arguments.text("columns"), schema);
+    std::vector<std::size_t> places = columnPositions("columns", arguments.text("columns"), schema);
     for (const std::size_t place : places) {
         if (!schema[place].isList) {
-            throw Failure("columns", "column \"" + schema[place].name + "\" holds no lists");
+            throw Failure("columns", "column \"" + schema[place].name + "\" is not a list column");
         }
     }
     if (places.empty()) {
         places = listColumns(schema);
     }
     if (places.empty()) {
-        throw Failure("table", "it has no list column");
+        throw Failure("table", "the table has no list column");
     }
     const std::string& index = arguments.text("index");
     if (!index.empty() && schema.find(index)) {
-        throw Failure("index", "there is a column \"" + index + "\" already");
+        throw Failure("index", "the table already has a column \"" + index + "\"");
     }
     return std::make_unique<ExplodeOperation>(schema, std::move(places), index);
+}
+
+std::unique_ptr<Kind> makeExplode() {
+    return std::make_unique<ExplodeKind>();
 }
 
 }  // namespace velmorak

@@ -1,4 +1,4 @@
-#include "Filter.h"
+#include "kinds.h"
 
 #include "Condition.h"
 
@@ -12,11 +12,10 @@ namespace {
 
 std::vector<InputSpec> ownInputs() {
     return {
-        {.name = "table", .description = "Table whose rows are judged.", .type = ValueType::Table},
+        {.name = "table", .description = "Table whose rows are tested.", .type = ValueType::Table},
         {.name = "condition",
-         .description =
-             "Expression of the columns, for example pt > 20 and abs(eta) < 2.4. A number counts as true when "
-             "it is neither 0 nor NaN. A name that is no column is a number that comes by an input of that name.",
+         .description = "Expression of the columns, for example pt > 20 and abs(eta) < 2.4. A number counts as true if "
+                        "it is neither 0 nor NaN. A name that is not a column becomes an input for a number.",
          .type = ValueType::Text,
          .value = "true"},
     };
@@ -28,7 +27,8 @@ NamedNumbers numbersOf(const std::string& condition) {
 
 class FilterOperation : public RowOperation {
 public:
-    FilterOperation(Schema schema, Condition judge) : columns(std::move(schema)), condition(std::move(judge)) {}
+    FilterOperation(Schema columns, Condition condition)
+        : columns(std::move(columns)), condition(std::move(condition)) {}
 
     const Schema& schema() const override { return columns; }
 
@@ -37,6 +37,17 @@ public:
 private:
     Schema columns;
     Condition condition;
+};
+
+/// Keeps the rows for which a condition is true.
+class FilterKind : public RowWise {
+public:
+    std::string name() const override { return "Filter"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema,
+                                          RunContext& context) const override;
 };
 
 }  // namespace
@@ -66,10 +77,14 @@ std::unique_ptr<RowOperation> FilterKind::prepare(const Arguments& arguments, co
                                                   RunContext& context) const {
     const std::string& condition = arguments.text("condition");
     if (condition.empty()) {
-        throw Failure("condition", "there is no condition to judge the rows by");
+        throw Failure("condition", "the condition is empty");
     }
     return std::make_unique<FilterOperation>(
         schema, Condition("condition", condition, schema, numbersOf(condition).values(arguments, schema, context)));
+}
+
+std::unique_ptr<Kind> makeFilter() {
+    return std::make_unique<FilterKind>();
 }
 
 }  // namespace velmorak

@@ -1,4 +1,4 @@
-#include "Formula.h"
+#include "kinds.h"
 
 #include <velmorak/Expression.h>
 #include <velmorak/NamedNumbers.h>
@@ -13,12 +13,12 @@ std::vector<InputSpec> ownInputs() {
     return {
         {.name = "table", .description = "Table whose columns the expression uses.", .type = ValueType::Table},
         {.name = "column",
-         .description = "Name of the new column, one word. A column of that name is replaced in its place.",
+         .description = "Name of the new column, one word. An existing column of that name is replaced.",
          .type = ValueType::Text,
          .value = "result"},
         {.name = "expression",
-         .description = "Formula of the columns, for example sqrt(px*px + py*py); evaluated for each row. A name that "
-                        "is no column is a number that comes by an input of that name.",
+         .description = "Formula of the columns, for example sqrt(px*px + py*py), evaluated for each row. A name that "
+                        "is not a column becomes an input for a number.",
          .type = ValueType::Text},
         {.name = "unit",
          .description = "Unit of the new column, for example GeV; shown on axes. Nothing is converted.",
@@ -30,7 +30,7 @@ NamedNumbers numbersOf(const std::string& expression) {
     return {{{"expression", expression}}, ownInputs()};
 }
 
-/// A column of the new one's name is replaced where it stands; else the new one comes last.
+/// Replaces an existing column of the same name at its position; otherwise appends the new one.
 class FormulaOperation : public RowOperation {
 public:
     FormulaOperation(const Schema& schema, Expression formula, const std::string& column, const std::string& unit);
@@ -67,13 +67,24 @@ std::string columnRefusal(const std::string& column) {
     if (column.empty() || isColumnName(column)) {
         return {};
     }
-    return "\"" + column + "\" cannot be the name of a column: no expression could use it.";
+    return "\"" + column + "\" is not a valid name for a column: expressions could not refer to it.";
 }
+
+/// Computes a column from others.
+class FormulaKind : public RowWise {
+public:
+    std::string name() const override { return "Formula"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema,
+                                          RunContext& context) const override;
+};
 
 }  // namespace
 
 std::string FormulaKind::summary() const {
-    return "Computes a new column of a table from an expression of the others.";
+    return "Computes a new column of a table from an expression of its columns.";
 }
 
 Ports FormulaKind::ports(const ValueTexts& values) const {
@@ -109,10 +120,14 @@ std::unique_ptr<RowOperation> FormulaKind::prepare(const Arguments& arguments, c
     }
     const std::string& text = arguments.text("expression");
     if (text.empty()) {
-        throw Failure("expression", "there is no expression to compute the column from");
+        throw Failure("expression", "the expression is empty");
     }
     Expression expression(text, schema, numbersOf(text).values(arguments, schema, context));
     return std::make_unique<FormulaOperation>(schema, std::move(expression), column, arguments.text("unit"));
+}
+
+std::unique_ptr<Kind> makeFormula() {
+    return std::make_unique<FormulaKind>();
 }
 
 }  // namespace velmorak

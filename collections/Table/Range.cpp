@@ -1,4 +1,4 @@
-#include "Range.h"
+#include "kinds.h"
 
 #include "Condition.h"
 
@@ -9,7 +9,7 @@ namespace velmorak {
 
 namespace {
 
-/// Positions of rows in the table that comes in, counted from 0.
+/// Positions of rows in the input table, counted from 0.
 struct Positions {
     std::uint64_t first = 0;
     std::uint64_t last = std::numeric_limits<std::uint64_t>::max();
@@ -20,7 +20,7 @@ struct Positions {
 
 class RangeOperation : public RowOperation {
 public:
-    RangeOperation(Schema schema, Positions wanted) : columns(std::move(schema)), positions(wanted) {}
+    RangeOperation(Schema columns, Positions positions) : columns(std::move(columns)), positions(positions) {}
 
     const Schema& schema() const override { return columns; }
     bool countsRows() const override { return true; }
@@ -41,6 +41,16 @@ Chunk RangeOperation::apply(const Chunk& chunk) const {
     return onlyRows(chunk, keep);
 }
 
+/// Keeps the rows between two positions, or every n-th of them.
+class RangeKind : public RowWise {
+public:
+    std::string name() const override { return "Range"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string RangeKind::summary() const {
@@ -48,10 +58,10 @@ std::string RangeKind::summary() const {
 }
 
 Ports RangeKind::ports(const ValueTexts&) const {
-    const double largest = 9007199254740992.0;  // All whole numbers up to here are doubles.
+    const double largest = 9007199254740992.0;  // All integers up to here are doubles.
     return {{{.name = "table", .description = "Table whose rows are counted.", .type = ValueType::Table},
              {.name = "first",
-              .description = "Position of the first row to keep; 0 is the first row that comes in.",
+              .description = "Position of the first row to keep; 0 is the first row of the table.",
               .value = "0",
               .minimum = 0,
               .maximum = largest,
@@ -63,14 +73,12 @@ Ports RangeKind::ports(const ValueTexts&) const {
               .minimum = 0,
               .isInteger = true},
              {.name = "every",
-              .description = "Keep every n-th row, beginning with the first.",
+              .description = "Keep every n-th row, starting with the first.",
               .value = "1",
               .minimum = 1,
               .maximum = largest,
               .isInteger = true}},
-            {{.name = "table",
-              .description = "The rows that were kept, with all their columns.",
-              .type = ValueType::Table}}};
+            {{.name = "table", .description = "The rows kept, with all their columns.", .type = ValueType::Table}}};
 }
 
 std::unique_ptr<RowOperation> RangeKind::prepare(const Arguments& arguments, const Schema& schema, RunContext&) const {
@@ -81,6 +89,10 @@ std::unique_ptr<RowOperation> RangeKind::prepare(const Arguments& arguments, con
         positions.last = static_cast<std::uint64_t>(last);
     }
     return std::make_unique<RangeOperation>(schema, positions);
+}
+
+std::unique_ptr<Kind> makeRange() {
+    return std::make_unique<RangeKind>();
 }
 
 }  // namespace velmorak

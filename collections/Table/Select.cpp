@@ -1,6 +1,6 @@
-#include "Select.h"
+#include "kinds.h"
 
-#include "Names.h"
+#include "shared/ColumnList.h"
 
 #include <algorithm>
 #include <utility>
@@ -47,24 +47,34 @@ std::vector<std::size_t> allBut(const std::vector<std::size_t>& places, const Sc
     return others;
 }
 
+/// Keeps or drops some columns of a table.
+class SelectKind : public RowWise {
+public:
+    std::string name() const override { return "Select"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema,
+                                          RunContext& context) const override;
+};
+
 }  // namespace
 
 std::string SelectKind::summary() const {
-    return "Keeps some columns of a table, or leaves them out.";
+    return "Keeps or drops some columns of a table.";
 }
 
 Ports SelectKind::ports(const ValueTexts&) const {
-    return {
-        {{.name = "table", .description = "Table whose columns are chosen from.", .type = ValueType::Table},
-         {.name = "columns",
-          .description = "Names of columns, separated by blanks or commas; a name with blanks in it in back quotes.",
-          .type = ValueType::Text},
-         {.name = "mode",
-          .description = "Keep the named columns, in the order of the list, or drop them and keep the others.",
-          .type = ValueType::Choice,
-          .value = "keep",
-          .choices = {"keep", "drop"}}},
-        {{.name = "table", .description = "All rows, with the columns that are left.", .type = ValueType::Table}}};
+    return {{{.name = "table", .description = "Table to select columns from.", .type = ValueType::Table},
+             {.name = "columns",
+              .description = "Names of columns, separated by blanks or commas; a name with blanks in back quotes.",
+              .type = ValueType::Text},
+             {.name = "mode",
+              .description = "Keep: the named columns, in the order of the list. Drop: all other columns.",
+              .type = ValueType::Choice,
+              .value = "keep",
+              .choices = {"keep", "drop"}}},
+            {{.name = "table", .description = "All rows, with the selected columns.", .type = ValueType::Table}}};
 }
 
 std::string SelectKind::refusal(const std::string& input, const std::string& value) const {
@@ -72,12 +82,16 @@ std::string SelectKind::refusal(const std::string& input, const std::string& val
 }
 
 std::unique_ptr<RowOperation> SelectKind::prepare(const Arguments& arguments, const Schema& schema, RunContext&) const {
-    const std::vector<std::size_t> named = columnPlaces("columns", arguments.text("columns"), schema);
+    const std::vector<std::size_t> named = columnPositions("columns", arguments.text("columns"), schema);
     std::vector<std::size_t> chosen = arguments.text("mode") == "drop" ? allBut(named, schema) : named;
     if (chosen.empty()) {
-        throw Failure("columns", "no column would be left");
+        throw Failure("columns", "no column is left");
     }
     return std::make_unique<SelectOperation>(schema, std::move(chosen));
+}
+
+std::unique_ptr<Kind> makeSelect() {
+    return std::make_unique<SelectKind>();
 }
 
 }  // namespace velmorak

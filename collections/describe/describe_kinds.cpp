@@ -9,7 +9,7 @@
 #include <sstream>
 #include <stdexcept>
 
-/// Writes what the kinds say of themselves: a collection's plugin_summary.txt, or a page in Markdown.
+/// Writes the kinds' descriptions of themselves: a collection's plugin_summary.txt, or a page in Markdown.
 namespace {
 
 using namespace velmorak;
@@ -32,12 +32,12 @@ public:
 /// One sentence for each shipped group, shown beside its name.
 std::string purposeOf(const std::string& group) {
     const std::map<std::string, std::string> purposes = {
-        {"Arithmetic", "Numbers, and what is computed from them."},
-        {"Data", "Where tables and stored objects come from."},
+        {"Arithmetic", "Numbers and arithmetic."},
+        {"Data", "Sources of tables and stored objects."},
         {"Fit", "Functions fitted to histograms, profiles and points."},
         {"Histogram", "Histograms and statistics."},
         {"Output", "Pictures, reports and files."},
-        {"Table", "New columns, cuts, and tables made of others."},
+        {"Table", "New columns, cuts, and operations on tables."},
     };
     return purposes.at(group);
 }
@@ -49,7 +49,7 @@ void load(const std::string& library, Collector& collector) {
     }
     void* factory = dlsym(handle, "QzAnalysisFactory");
     if (!factory) {
-        throw std::runtime_error(library + " offers no kinds");
+        throw std::runtime_error(library + " has no kinds");
     }
     reinterpret_cast<void (*)(Registry&)>(factory)(collector);
 }
@@ -102,7 +102,7 @@ std::vector<fs::path> examplesOf(const Kind& kind, const fs::path& examples) {
     return found;
 }
 
-/// The pipeline of an example, and beside it what it plots.
+/// The pipeline of an example, and its plot beside it.
 void writePictures(const fs::path& document, const fs::path& examples, std::ostream& out) {
     const std::string name = document.stem();
     out << "![" << name << "](../examples/" << name << ".png)\n";

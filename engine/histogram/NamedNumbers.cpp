@@ -2,6 +2,7 @@
 
 #include <velmorak/Expression.h>
 #include <velmorak/Failure.h>
+#include <velmorak/Text.h>
 #include "expression/Program.h"
 
 #include <algorithm>
@@ -53,7 +54,7 @@ NamedNumbers::NamedNumbers(std::vector<Text> expressions, const std::vector<Inpu
     }
     for (const Text& text : texts) {
         for (const Node& node : bareNames(text.expression)) {
-            if (!contains(names, node.text) && !contains(fixedNames, node.text) && names.size() < most) {
+            if (!contains(names, node.text) && !contains(fixedNames, node.text) && names.size() < maxNames) {
                 names.push_back(node.text);
             }
         }
@@ -90,13 +91,13 @@ std::map<std::string, double> NamedNumbers::values(const Arguments& arguments, c
         }
     }
     for (const Text& text : texts) {
-        refuseUnknown(text, columns, numbers);
+        checkKnown(text, columns, numbers);
     }
     return numbers;
 }
 
-void NamedNumbers::refuseUnknown(const Text& text, const Schema& columns,
-                                 const std::map<std::string, double>& numbers) const {
+void NamedNumbers::checkKnown(const Text& text, const Schema& columns,
+                              const std::map<std::string, double>& numbers) const {
     std::vector<std::string> known;
     for (const ColumnInfo& info : columns.columns()) {
         known.push_back(info.name);
@@ -113,7 +114,7 @@ void NamedNumbers::refuseUnknown(const Text& text, const Schema& columns,
             reason += ", and no number at an input of that name";
         }
         try {
-            expression::refuse(text.expression, node.place, reason + expression::suggestion(node.text, known));
+            expression::refuse(text.expression, node.place, reason + suggestion(node.text, known));
         } catch (const Failure& failure) {
             throw Failure(text.input, failure.what());
         }

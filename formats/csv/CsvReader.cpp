@@ -1,8 +1,7 @@
 #include "csv/CsvReader.h"
 
-#include "csv/Utf8.h"
-
 #include <velmorak/ChunkSize.h>
+#include <velmorak/Utf8.h>
 
 #include <set>
 #include <utility>
@@ -11,7 +10,7 @@ namespace velmorak {
 
 namespace {
 
-/// Enough to tell whole numbers from others, and read in no time.
+/// Rows that are read to infer the types: enough to distinguish integers from reals, and quick to read.
 constexpr std::size_t rowsToLookAt = 10000;
 
 std::string numbered(std::uint64_t number) {
@@ -49,11 +48,11 @@ CsvReader::~CsvReader() {
     reportSkipped();
 }
 
-/// @return the names in the first record, or as many made-up ones as it has fields.
+/// @return the names in the first record, or generated ones, as many as it has fields.
 std::vector<std::string> CsvReader::readHeader(CsvRecords& from) {
     std::vector<CsvField> first;
     if (!from.next(first)) {
-        throw Failure("file", "\"" + options.file.string() + "\" holds no rows");
+        throw Failure("file", "\"" + options.file.string() + "\" has no rows");
     }
     if (!from.complaint().empty()) {
         throw Failure("file",
@@ -66,7 +65,7 @@ std::vector<std::string> CsvReader::readHeader(CsvRecords& from) {
         if (isNamed && firstRepaired == 0 && !isUtf8(field.text)) {
             firstRepaired = from.line();
         }
-        names.push_back(isNamed ? asUtf8(field.text) : "c" + numbered(names.size() + 1));
+        names.push_back(isNamed ? toUtf8(field.text) : "c" + numbered(names.size() + 1));
         if (!seen.insert(names.back()).second) {
             throw Failure("file", "\"" + options.file.string() + "\", line " + numbered(from.line()) +
                                       ": there are two columns \"" + names.back() + "\"");
@@ -75,7 +74,7 @@ std::vector<std::string> CsvReader::readHeader(CsvRecords& from) {
     return names;
 }
 
-/// Damage ends the looking; what stands before it will be read.
+/// Damage ends the inference; the rows before it are still read.
 void CsvReader::lookAtRows(CsvRecords& sample, std::vector<TypeGuess>& guesses) {
     for (std::size_t row = 0; row < rowsToLookAt; ++row) {
         if (row % 1024 == 0 && context.isStopping()) {
@@ -137,7 +136,7 @@ bool CsvReader::next(Chunk& chunk) {
             shorten(column, chunk.rows);
         }
     }
-    // What is complete before the damage comes first.
+    // Complete rows before the damage are returned first.
     if (failure && chunk.rows == 0) {
         throw Failure(*failure);
     }
@@ -151,15 +150,15 @@ bool CsvReader::next(Chunk& chunk) {
     return chunk.rows > 0;
 }
 
-/// Long texts end a chunk before it has all its rows.
+/// Long texts end a chunk before it has its full number of rows.
 bool CsvReader::isFull(const std::vector<Column>& target, std::size_t rows) {
     if (rows == 0) {
         textBytes = 0;
-        rowsWeighed = 0;
+        rowsCounted = 0;
     }
-    for (; rowsWeighed < rows; ++rowsWeighed) {
+    for (; rowsCounted < rows; ++rowsCounted) {
         for (const std::size_t position : textColumns) {
-            textBytes += target[position].texts()[rowsWeighed].size();
+            textBytes += target[position].texts()[rowsCounted].size();
         }
     }
     return rows >= maxRows || rows * rowBytes + textBytes >= maxChunkBytes;
@@ -190,7 +189,7 @@ bool CsvReader::readRow(std::vector<Column>& target, std::size_t& rows) {
     return true;
 }
 
-/// A text that is no UTF-8 would be damage in every file that it is written into.
+/// A text that is not UTF-8 would be invalid in every file that it is written to.
 CsvField CsvReader::withUtf8(const CsvField& field, ColumnType type) {
     if (type != ColumnType::Text || isUtf8(field.text)) {
         return field;
@@ -198,11 +197,11 @@ CsvField CsvReader::withUtf8(const CsvField& field, ColumnType type) {
     if (firstRepaired == 0) {
         firstRepaired = records.line();
     }
-    repaired = asUtf8(field.text);
+    repaired = toUtf8(field.text);
     return {repaired, field.isQuoted};
 }
 
-/// Appends the record to the columns. @return an empty text, or why that cannot be done.
+/// Appends the record to the columns. @return why it cannot be appended; empty if it is.
 std::string CsvReader::complaintAbout(std::vector<Column>& target) {
     const auto where = [this] { return "\"" + options.file.string() + "\", line " + numbered(records.line()); };
     if (!records.complaint().empty()) {
@@ -211,14 +210,14 @@ std::string CsvReader::complaintAbout(std::vector<Column>& target) {
     if (fields.size() != target.size()) {
         return where() +
                (fields.size() == 1 ? ": there is 1 field" : ": there are " + numbered(fields.size()) + " fields") +
-               " where there should be " + numbered(target.size());
+               " instead of " + numbered(target.size());
     }
     for (std::size_t i = 0; i < target.size(); ++i) {
         if (!appendField(withUtf8(fields[i], target[i].type()), options.missing, target[i])) {
             const std::string what = fields[i].text.empty()
-                                         ? "nothing stands where there should be a value, and only "
-                                           "a real or a text can be missing"
-                                         : "\"" + asUtf8(fields[i].text.substr(0, 40)) + "\" is no value of type " +
+                                         ? "the value is missing, and only "
+                                           "reals and texts may be missing"
+                                         : "\"" + toUtf8(fields[i].text.substr(0, 40)) + "\" is not a value of type " +
                                                std::string(nameOf(target[i].type()));
             return where() + ", column " + numbered(i + 1) + " (" + columns[i].name + "): " + what;
         }

@@ -8,16 +8,16 @@ struct CsvOptions {
     std::filesystem::path file;
     CsvForm form;
     bool hasHeader = true;
-    bool isSkipping = false;  ///< A row that cannot be read is left out; else it ends the reading.
-    std::string missing;      ///< Text of a missing value, beside an empty field.
+    bool isSkipping = false;  ///< Skip rows that cannot be read, instead of failing.
+    std::string missing;      ///< Text of a missing value, besides an empty field.
     std::map<std::string, ColumnType> types;
 };
 
 class CsvReader : public TableReader {
 public:
-    /// Looks at the first rows for the types that are not given.
+    /// Infers types that are not given from the first rows.
     /// @param runContext outlives this.
-    /// @throws Failure
+    /// @throws Failure if the file cannot be opened or its first record cannot be read.
     CsvReader(CsvOptions csvOptions, RunContext& runContext);
     ~CsvReader() override;
 
@@ -40,15 +40,15 @@ private:
     CsvRecords records;
     Schema columns;
     std::vector<CsvField> fields;
-    std::optional<Failure> failure;  ///< That the rows end with.
+    std::optional<Failure> failure;  ///< Thrown after the rows.
     std::vector<std::size_t> textColumns;
     std::size_t maxRows = 0;      ///< In a chunk.
     std::size_t rowBytes = 0;     ///< Of a row without its texts.
-    std::size_t rowsWeighed = 0;  ///< Of the chunk that is being read.
+    std::size_t rowsCounted = 0;  ///< Rows of the current chunk that are counted in textBytes.
     std::size_t textBytes = 0;    ///< In these rows.
     std::uint64_t recordsSeen = 0;
     std::uint64_t skippedRows = 0;
-    std::uint64_t firstRepaired = 0;  ///< Line of the first text that was no UTF-8; 0 for none.
+    std::uint64_t firstRepaired = 0;  ///< Line of the first text that is not UTF-8; 0 for none.
     std::string repaired;
     std::string firstComplaint;
 };

@@ -10,10 +10,10 @@ namespace velmorak {
 namespace {
 
 constexpr std::size_t blockBytes = 1U << 20U;
-/// A quote that is not closed would otherwise take in the whole file.
+/// Otherwise an unclosed quote would take in the whole file.
 constexpr std::size_t maxRecordBytes = 64U << 20U;
 
-/// What goes wrong in the work is about the input that names the file.
+/// Turns failures into failures of the input that names the file.
 template <typename Work>
 auto ofTheFile(Work&& work) {
     try {
@@ -25,41 +25,38 @@ auto ofTheFile(Work&& work) {
 
 }  // namespace
 
-CsvRecords::CsvRecords(const std::filesystem::path& file, CsvForm csvForm, const RunContext& context)
-    : form(std::move(csvForm)),
-      run(&context),
-      name(file.string()),
-      in(ofTheFile([&] { return CompressedFile(file); })) {
+CsvRecords::CsvRecords(const std::filesystem::path& file, CsvForm form, const RunContext& context)
+    : form(std::move(form)), run(&context), name(file.string()), in(ofTheFile([&] { return CompressedFile(file); })) {
     refill();
     begin();
 }
 
-/// Looks at the first bytes for what the text is written in, and how its lines end.
+/// Determines encoding and line ends from the first bytes.
 void CsvRecords::begin() {
     constexpr std::string_view utf32("\xFF\xFE\0\0", 4);
     const bool isUtf32 = buffer.starts_with(utf32) || buffer.starts_with(std::string_view("\0\0\xFE\xFF", 4));
     if (isUtf32 || buffer.starts_with("\xFF\xFE") || buffer.starts_with("\xFE\xFF")) {
-        throw Failure("file", "\"" + name + "\" is a text in " + (isUtf32 ? "UTF-32" : "UTF-16") +
-                                  "; only UTF-8 is read: save it as UTF-8");
+        throw Failure("file",
+                      "\"" + name + "\" is encoded in " + (isUtf32 ? "UTF-32" : "UTF-16") + "; save it as UTF-8");
     }
     if (buffer.starts_with("\xEF\xBB\xBF")) {
         place = 3;
     }
     const std::size_t carriageReturn = buffer.find('\r');
-    // One that ends a whole block may have its other half in the next one.
+    // A carriage return at the end of the block may belong to a CR LF pair.
     isOfMac = buffer.find('\n') == std::string::npos && carriageReturn != std::string::npos &&
               (carriageReturn + 1 < buffer.size() || buffer.size() < blockBytes);
     makeLineEnds(0);
 }
 
-/// The lines of an old Mac file are made to end as others do.
+/// Converts the line ends of an old Mac file.
 void CsvRecords::makeLineEnds(std::size_t from) {
     if (isOfMac) {
         std::replace(buffer.begin() + static_cast<std::ptrdiff_t>(from), buffer.end(), '\r', '\n');
     }
 }
 
-/// Puts more of the file behind what is left in the buffer.
+/// Appends more of the file to the rest in the buffer.
 bool CsvRecords::refill() {
     if (isAtEnd) {
         return false;
@@ -70,7 +67,7 @@ bool CsvRecords::refill() {
     buffer.erase(0, std::exchange(place, 0));
     if (buffer.size() > maxRecordBytes) {
         throw Failure("file", "\"" + name + "\", line " + std::to_string(nextLine) +
-                                  ": the record does not end; is a quote not closed?");
+                                  ": the record does not end; is there an unclosed quote?");
     }
     const std::size_t before = buffer.size();
     buffer.resize(before + std::max(blockBytes, before));
@@ -88,7 +85,7 @@ std::size_t CsvRecords::pastBlanks(std::size_t at) const {
     return at;
 }
 
-/// Passes an empty line or a comment. @return false if there is neither.
+/// Skips an empty line or a comment. @return false if there is neither.
 bool CsvRecords::skipLine() {
     const std::size_t begin = pastBlanks(place);
     const bool isComment = !form.comment.empty() && buffer.compare(begin, form.comment.size(), form.comment) == 0;
@@ -104,7 +101,7 @@ bool CsvRecords::skipLine() {
 
 bool CsvRecords::next(std::vector<CsvField>& fields) {
     for (;;) {
-        // A line, or the sign of a comment, may go on behind the buffer's end.
+        // A line, or the comment sign, may continue beyond the buffer's end.
         while (!isAtEnd && buffer.find('\n', place) == std::string::npos) {
             refill();
         }
@@ -140,10 +137,10 @@ CsvRecords::Step CsvRecords::readRecord(std::vector<CsvField>& fields) {
     return step == Step::End ? complete(at) : step;
 }
 
-/// The record ends before a place in the buffer.
+/// Ends the record at a position in the buffer.
 CsvRecords::Step CsvRecords::complete(std::size_t end) {
     if (std::string_view(buffer).substr(place, end - place).find('\0') != std::string_view::npos) {
-        problem = "a byte 0 stands in it, which no text has; is the file in UTF-16?";
+        problem = "it contains a zero byte; is the file encoded in UTF-16?";
     }
     place = end;
     return Step::End;
@@ -203,7 +200,7 @@ CsvRecords::Step CsvRecords::readQuoted(std::size_t& at, std::vector<CsvField>& 
         return Step::Short;
     }
     if (end == std::string::npos) {
-        problem = "a quote is opened and not closed";
+        problem = "a quote is not closed";
         end = buffer.size();
     }
     const std::string_view raw = std::string_view(buffer).substr(begin, end - begin);
@@ -222,7 +219,7 @@ CsvRecords::Step CsvRecords::readQuoted(std::size_t& at, std::vector<CsvField>& 
     const bool isFollowed = at < buffer.size() && buffer[at] != form.delimiter && buffer[at] != '\n' &&
                             buffer[at] != '\r' && form.delimiter != ' ';
     if (isFollowed) {
-        problem = "text stands behind a closing quote";
+        problem = "there is text after a closing quote";
         while (at < buffer.size() && buffer[at] != form.delimiter && buffer[at] != '\n') {
             ++at;
         }

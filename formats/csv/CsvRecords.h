@@ -12,10 +12,10 @@
 
 namespace velmorak {
 
-/// How the fields of a text file are told apart.
+/// Syntax of a text file.
 struct CsvForm {
-    char delimiter = ',';      ///< A blank: any number of blanks and tabulators.
-    std::string comment = {};  ///< Lines that begin with it are left out; empty: there are none.
+    char delimiter = ',';      ///< A blank: any number of spaces and tabs.
+    std::string comment = {};  ///< Lines that begin with it are skipped; empty: there are no comments.
 };
 
 struct CsvField {
@@ -23,27 +23,27 @@ struct CsvField {
     bool isQuoted = false;
 };
 
-/// Takes a text file, packed or not, apart, record by record. A field in double quotes may hold delimiters, line ends,
-/// and quotes, which are doubled. Blanks around other fields are left out, and so are empty lines. Lines end as on
-/// Unix, Windows or old Macs. One thread at a time.
+/// Splits a text file, compressed or not, into records and fields. A field in double quotes may contain delimiters,
+/// line ends, and quotes, which are doubled. Blanks around other fields and empty lines are ignored. Line ends are
+/// those of Unix, Windows or old Macs. Threads: one at a time.
 class CsvRecords {
 public:
-    /// More fields in a record are refused.
+    /// Limit for the fields of a record.
     static constexpr std::size_t maxFields = std::size_t{1} << 20U;
 
-    /// @param context outlives this.
+    /// @param context must outlive this.
     /// @throws Failure if the file cannot be opened, or is in UTF-16 or UTF-32.
     CsvRecords(const std::filesystem::path& file, CsvForm form, const RunContext& context);
 
     /// @param fields valid until the next call.
     /// @return false at the end of the file.
-    /// @throws Failure if the file cannot be read. Stopped when the run is to end.
+    /// @throws Failure if the file cannot be read. Stopped if the run is stopping.
     bool next(std::vector<CsvField>& fields);
     /// Line that the last record began on, counted from 1.
     std::uint64_t line() const { return recordLine; }
-    /// Empty, or what is wrong with the last record.
+    /// What is wrong with the last record; empty if nothing is.
     const std::string& complaint() const { return problem; }
-    /// Part of the file that has been read.
+    /// Part of the file that has been read, 0 to 1.
     double fraction() const { return in.fraction(); }
 
 private:
@@ -65,7 +65,7 @@ private:
     std::string name;
     CompressedFile in;
     std::string buffer;
-    std::size_t place = 0;  ///< Where the next record begins in the buffer.
+    std::size_t place = 0;  ///< Of the next record in the buffer.
     bool isAtEnd = false;   ///< The buffer holds the rest of the file.
     bool isOfMac = false;   ///< Lines end with a carriage return alone.
     std::uint64_t nextLine = 1;

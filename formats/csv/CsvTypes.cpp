@@ -1,5 +1,7 @@
 #include "csv/CsvTypes.h"
 
+#include <velmorak/Text.h>
+
 #include <charconv>
 #include <limits>
 
@@ -19,7 +21,7 @@ bool readInteger(std::string_view text, std::int64_t& value) {
     return result.ec == std::errc() && result.ptr == text.data() + text.size() && !text.empty();
 }
 
-/// The quick way first; what it does not take (a sign, a number beyond the range, "Infinity") is rare.
+/// Tries from_chars first; what it does not accept (a plus sign, numbers out of range, "Infinity") is rare.
 bool readReal(std::string_view text, double& value) {
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     return (result.ec == std::errc() && result.ptr == text.data() + text.size() && !text.empty()) ||
@@ -32,18 +34,13 @@ bool readBoolean(std::string_view text, std::uint8_t& value) {
     return isTrue || text == "false" || text == "False" || text == "FALSE";
 }
 
-std::string trimmed(const std::string& text) {
-    const std::size_t begin = text.find_first_not_of(" \t\r");
-    return begin == std::string::npos ? std::string() : text.substr(begin, text.find_last_not_of(" \t\r") - begin + 1);
-}
-
 ColumnType typeNamed(const std::string& name) {
     for (const ColumnType type : {ColumnType::Real, ColumnType::Integer, ColumnType::Boolean, ColumnType::Text}) {
         if (name == nameOf(type)) {
             return type;
         }
     }
-    throw Failure("types", "\"" + name + "\" is no type of a column; there are real, integer, boolean and text.");
+    throw Failure("types", "\"" + name + "\" is not a column type; use real, integer, boolean or text");
 }
 
 }  // namespace
@@ -83,17 +80,18 @@ std::map<std::string, ColumnType> csvTypesIn(const std::string& text) {
     std::size_t begin = 0;
     for (std::size_t end = 0; end != std::string::npos; begin = end + 1) {
         end = text.find_first_of(",;\n", begin);
-        const std::string part = trimmed(text.substr(begin, end == std::string::npos ? end : end - begin));
+        const std::string part(
+            trimmed(std::string_view(text).substr(begin, end == std::string::npos ? end : end - begin)));
         if (part.empty()) {
             continue;
         }
         const std::size_t colon = part.rfind(':');
         if (colon == std::string::npos) {
-            throw Failure("types", "\"" + part + "\" must be the name of a column, a colon and a type.");
+            throw Failure("types", "\"" + part + "\" is not of the form column: type");
         }
-        const std::string name = trimmed(part.substr(0, colon));
-        if (!types.emplace(name, typeNamed(trimmed(part.substr(colon + 1)))).second) {
-            throw Failure("types", "the type of column \"" + name + "\" is given twice.");
+        const std::string name(trimmed(std::string_view(part).substr(0, colon)));
+        if (!types.emplace(name, typeNamed(std::string(trimmed(std::string_view(part).substr(colon + 1))))).second) {
+            throw Failure("types", "the type of column \"" + name + "\" is given twice");
         }
     }
     return types;
@@ -114,7 +112,7 @@ void TypeGuess::see(const CsvField& field, const std::string& missing) {
 }
 
 ColumnType TypeGuess::type() const {
-    // Neither an integer nor a boolean can be missing.
+    // Integers and booleans have no value for a missing entry.
     if (isSeen && isInteger && !isMissing) {
         return ColumnType::Integer;
     }

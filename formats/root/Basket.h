@@ -5,12 +5,12 @@
 
 namespace velmorak::root {
 
-/// Some entries of a branch as they lie in the file, unpacked.
+/// Some entries of a branch as they are in the file, decompressed.
 struct Basket {
     std::uint64_t firstEntry = 0;
     std::uint64_t entries = 0;
     std::vector<std::uint8_t> content;
-    /// Where each entry begins, and one more for the end; empty where all entries are equally long.
+    /// Where each entry begins, and one more for the end; empty if all entries have the same length.
     std::vector<std::uint32_t> offsets;
 
     std::uint64_t end() const { return firstEntry + entries; }

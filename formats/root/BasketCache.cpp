@@ -5,7 +5,7 @@
 namespace velmorak::root {
 namespace {
 
-/// Enough for the columns and threads of a usual pass; baskets have some ten thousand bytes.
+/// Enough for the columns and threads of a typical run; a basket has some ten thousand bytes.
 constexpr std::size_t maxSlots = 256;
 
 }  // namespace

@@ -10,14 +10,14 @@
 
 namespace velmorak::root {
 
-/// The baskets that were unpacked last: one that lies across the border of two chunks is not unpacked twice.
-/// Threads: get may be called on several threads at once; of those that ask for the same basket, one loads it.
+/// Caches the baskets decompressed last, so that one that spans two chunks is decompressed once.
+/// Threads: get may be called on several threads at once; if several request the same basket, one of them loads it.
 class BasketCache {
 public:
     using BasketPtr = std::shared_ptr<const Basket>;
 
-    /// @param key  of the basket: any address that is its own.
-    /// @param load unpacks the basket; what it throws, all that wait for the basket throw.
+    /// @param key  any address that is unique to the basket.
+    /// @param load decompresses the basket; all threads that wait for the basket rethrow its exceptions.
     BasketPtr get(const void* key, const std::function<Basket()>& load);
 
 private:
@@ -27,7 +27,7 @@ private:
     };
 
     std::mutex mutex;
-    std::list<Slot> slots;  ///< The one used last in front.
+    std::list<Slot> slots;  ///< Most recently used first.
 };
 
 }  // namespace velmorak::root

@@ -7,7 +7,7 @@
 namespace velmorak::root {
 namespace {
 
-/// What the classes of leaves hold.
+/// Types of the values in each class of leaf.
 std::optional<NumberType> leafType(const Object& leaf) {
     using enum NumberType;
     const bool isUnsigned = leaf.integer("fIsUnsigned") != 0;
@@ -38,7 +38,7 @@ std::uint64_t atOr(const std::vector<std::int64_t>& numbers, std::size_t positio
                                                                : otherwise;
 }
 
-/// The baskets of a branch, those within the tree's record behind those that lie in the file.
+/// The baskets of a branch: first those in the file, then those within the tree's record.
 std::vector<BasketPlace> basketsOf(const Object& branch, std::uint64_t entries) {
     const std::vector<std::int64_t> firsts = branch.integers("fBasketEntry");
     const std::vector<std::int64_t> positions = branch.integers("fBasketSeek");
@@ -84,7 +84,7 @@ void BranchWalk::walk(const std::vector<ObjectPtr>& branches) {
     }
 }
 
-/// Branches of different parents may have one name; the parents' names tell them apart.
+/// Branches of different parents may have the same name; the parents' names distinguish them.
 std::string BranchWalk::freeName(const std::string& name) {
     std::string free = name;
     for (auto parent = parents.rbegin(); parent != parents.rend() && names.contains(free); ++parent) {
@@ -125,7 +125,7 @@ TreeColumn BranchWalk::columnOf(const Object& branch) const {
     column.entries = static_cast<std::uint64_t>(std::max(branch.real("fEntries"), 0.0));
     column.baskets = basketsOf(branch, column.entries);
     if (!branch.text("fFileName").empty()) {
-        column.complaint = "its values are in the file " + branch.text("fFileName");
+        column.complaint = "its values are in another file, " + branch.text("fFileName");
     }
     if (!branch.isWhole) {
         column.complaint = "its description cannot be read";
@@ -140,7 +140,7 @@ void BranchWalk::setCount(const Object& leaf, TreeColumn& column) {
     }
     const auto found = byLeaf.find(count.get());
     if (found == byLeaf.end()) {
-        column.complaint = "the column " + count->text("fName") + " with its counts is missing";
+        column.complaint = "the column " + count->text("fName") + " of its counts is missing";
     } else {
         column.count = found->second;
     }
@@ -177,7 +177,7 @@ void BranchWalk::addLeaf(const Object& branch, const Object& leaf, bool isAlone,
     }
     setCount(leaf, column);
     if (!isAlone && (column.count || leaf.className == "TLeafC")) {
-        column.complaint = "it shares its branch with leaves of other lengths";
+        column.complaint = "its branch has other leaves of variable length";
     }
     add(std::move(column), leaf);
 }
@@ -220,7 +220,7 @@ void BranchWalk::setElementLayout(const Object& branch, const Object& leaf, Tree
         column.layout.type.range = element ? element->range : NumberRange();
         column.layout.kind = kind > Element::CountedArray ? Layout::Kind::FlaggedNumbers : Layout::Kind::Numbers;
         if (kind > Element::CountedArray && isCounted) {
-            column.complaint = "arrays of any length within a collection cannot be read";
+            column.complaint = "arrays of variable length within a collection cannot be read";
         }
     } else if (kind == Element::Text || kind == Element::StandardText) {
         column.layout.kind = isCounted ? Layout::Kind::Values : Layout::Kind::Value;
@@ -232,8 +232,8 @@ void BranchWalk::setElementLayout(const Object& branch, const Object& leaf, Tree
     }
 }
 
-/// A collection that is a branch of its own has a header in each entry, but for a text; a member has one for all its
-/// values, which follow each other where it is a member of the items of another collection.
+/// A collection in a branch of its own has a header in each entry, except for a text; a member has one header for all
+/// its values, which are contiguous if it is a member of the items of another collection.
 void BranchWalk::setCollection(TreeColumn& column, const std::string& typeName, Collected collected) {
     const std::optional<ValueType> type = valueTypeNamed(typeName);
     if (!type) {

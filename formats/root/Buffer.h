@@ -32,7 +32,7 @@ Number bigEndian(const std::uint8_t* bytes) {
 }
 
 /// Reads the numbers and texts of a record one after the other. ROOT writes them with the most significant byte first.
-/// Errors: Failure when the record ends before what is asked for.
+/// Errors: Failure if the record ends too early.
 class Buffer {
 public:
     explicit Buffer(Bytes bytes) : bytes(bytes) {}
@@ -67,7 +67,7 @@ public:
     std::int32_t i32() { return number<std::int32_t>(); }
     std::int64_t i64() { return number<std::int64_t>(); }
 
-    /// A text with its length in front, in one byte or, behind a byte of 255, in four.
+    /// A text preceded by its length in one byte or, after a byte of 255, in four.
     std::string text() {
         std::size_t length = u8();
         if (length == 255) {
@@ -75,7 +75,7 @@ public:
         }
         return textOf(length);
     }
-    /// A text up to a byte of zero.
+    /// A zero-terminated text.
     std::string cText() {
         const void* end = std::memchr(bytes.data() + at, 0, remaining());
         check(end != nullptr);
@@ -88,7 +88,7 @@ public:
         return {reinterpret_cast<const char*>(taken.data()), taken.size()};
     }
 
-    /// @return a count of things of which each takes at least that many bytes of what remains.
+    /// @return a count of items, each of which takes at least that many of the remaining bytes.
     std::size_t count(std::size_t bytesEach) {
         const std::int32_t found = i32();
         check(found >= 0 && static_cast<std::size_t>(found) <= remaining() / bytesEach);

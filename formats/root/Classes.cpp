@@ -7,16 +7,16 @@
 namespace velmorak::root {
 namespace {
 
-/// Reads the objects of a list or an array, of which the class is written out for each: only what descriptions of
-/// classes need.
+/// Reads the objects of a list or an array, each preceded by its class; supports only what descriptions of classes
+/// need.
 class Descriptions {
 public:
-    Descriptions(Bytes record, std::size_t headBytes) : buffer(record), headBytes(headBytes) {}
+    Descriptions(Bytes buffer, std::size_t headBytes) : buffer(buffer), headBytes(headBytes) {}
 
     std::vector<ClassInfo> read();
 
 private:
-    /// An object with its class in front; what it does not read is passed over.
+    /// An object preceded by its class; unread bytes are skipped.
     void readObject(const std::function<void(const std::string&)>& content);
 
     std::string readClassName(std::size_t tagAt);
@@ -30,8 +30,8 @@ private:
     Element readElementBase(const std::string& className);
 
     Buffer buffer;
-    std::size_t headBytes;                     ///< Tags count from the beginning of the record's head.
-    std::map<std::size_t, std::string> names;  ///< By the position of the tag.
+    std::size_t headBytes;                     ///< Tags are offsets from the beginning of the record's header.
+    std::map<std::size_t, std::string> names;  ///< By the offset of the tag.
 };
 
 std::vector<ClassInfo> Descriptions::read() {
@@ -46,7 +46,7 @@ std::vector<ClassInfo> Descriptions::read() {
                 found.push_back(readInfo());
             }
         });
-        buffer.skip(buffer.u8());  // How the list shows it.
+        buffer.skip(buffer.u8());  // Draw option in the list.
     }
     header.leave(buffer);
     return found;

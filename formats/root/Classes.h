@@ -10,9 +10,9 @@
 
 namespace velmorak::root {
 
-/// One member, or one base class, of a class that a file describes.
+/// A member or base class of a class that a file describes.
 struct Element {
-    /// As files number them; the arithmetic types are below 20, arrays of them 20 more, counted arrays 40 more.
+    /// Number of the type in files; arithmetic types are below 20, arrays of them 20 more, counted arrays 40 more.
     enum Kind {
         Base = 0,
         FixedArray = 20,
@@ -41,7 +41,7 @@ struct Element {
     std::size_t arrayLength = 0;
     std::string countName;   ///< Member that holds the length of a counted array.
     int collectionKind = 0;  ///< Of a collection: 1 vector, 2 list, 3 deque, 4 map, 5 multimap, 6 set, 8 bitset.
-    int collectedKind = 0;   ///< Of a collection: kind of what it holds.
+    int collectedKind = 0;   ///< Of a collection: kind of its items.
     NumberRange range;       ///< Of Double32_t and Float16_t.
 };
 
@@ -56,12 +56,12 @@ struct ClassInfo {
 class Classes {
 public:
     Classes() = default;
-    /// @param record    content of the record with the descriptions; nothing is known when it is empty.
-    /// @param headBytes length of the record's head.
+    /// @param record    content of the record with the descriptions; may be empty.
+    /// @param headBytes length of the record's header.
     /// @throws Failure when it is damaged.
     Classes(Bytes record, std::size_t headBytes);
 
-    /// @return the class in that version, or else in any; null when it is not described.
+    /// @return the class in that version, or else in any; null if it is not described.
     const ClassInfo* find(const std::string& name, int version) const;
     const ClassInfo* findByChecksum(const std::string& name, std::uint32_t checksum) const;
 

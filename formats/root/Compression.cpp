@@ -15,7 +15,7 @@ using Target = std::span<std::uint8_t>;
 
 constexpr std::size_t headerSize = 9;
 constexpr std::size_t checksumSize = 8;
-/// The most that deflate packs, which is the densest of the kinds for repeated bytes but for zstd and lzma.
+/// Largest compression ratio of deflate; only zstd and lzma exceed it.
 constexpr std::size_t maxRatio = std::size_t{1} << 17;
 
 bool inflateZlib(Bytes packed, Target target, int windowBits) {
@@ -79,7 +79,7 @@ bool unpackFrame(std::string_view kind, Bytes packed, Target target) {
     if (kind == "ZS") {
         return unpackZstd(packed, target);
     }
-    throw Failure("its content is packed in a way that is not known");
+    throw Failure("its compression is not supported");
 }
 
 /// Sizes are in three bytes, the least significant first.
@@ -94,22 +94,22 @@ std::vector<std::uint8_t> unpacked(Bytes packed, std::size_t size) {
         return {packed.begin(), packed.end()};
     }
     if (size / maxRatio > packed.size()) {
-        throw Failure("its content cannot be as long as it says");
+        throw Failure("its content cannot have the stated length");
     }
     std::vector<std::uint8_t> content(size);
     std::size_t done = 0;
     while (done < size) {
         if (packed.size() < headerSize) {
-            throw Failure("its packed content ends early");
+            throw Failure("its compressed content ends early");
         }
         const std::string_view kind(reinterpret_cast<const char*>(packed.data()), 2);
         const std::size_t from = sizeAt(packed.data() + 3);
         const std::size_t to = sizeAt(packed.data() + 6);
         if (from > packed.size() - headerSize || to == 0 || to > size - done) {
-            throw Failure("its packed content is damaged");
+            throw Failure("its compressed content is damaged");
         }
         if (!unpackFrame(kind, packed.subspan(headerSize, from), Target(content).subspan(done, to))) {
-            throw Failure("its packed content is damaged");
+            throw Failure("its compressed content is damaged");
         }
         packed = packed.subspan(headerSize + from);
         done += to;

@@ -4,10 +4,10 @@
 
 namespace velmorak::root {
 
-/// Unpacks a record's content, which is a row of frames by zlib ("ZL"), the deflate of old programs ("CS"), lzma
-/// ("XZ"), lz4 ("L4") or zstd ("ZS"). A content as long as what it unpacks to is not packed.
-/// @param size of the unpacked content.
-/// @throws Failure when a frame is damaged, of another kind, or its checksum is wrong.
+/// Decompresses a record's content: a sequence of frames by zlib ("ZL"), the deflate of old programs ("CS"), lzma
+/// ("XZ"), lz4 ("L4") or zstd ("ZS"). Content of the stated length is not compressed.
+/// @param size of the decompressed content.
+/// @throws Failure if a frame is damaged, has an unknown format, or a wrong checksum.
 std::vector<std::uint8_t> unpacked(Bytes packed, std::size_t size);
 
 }  // namespace velmorak::root

@@ -26,7 +26,7 @@ bool isDirectory(const std::string& className) {
     return className == "TDirectory" || className == "TDirectoryFile";
 }
 
-/// Not what only belongs to the file or to a tree.
+/// Excludes records that only belong to the file or to a tree.
 bool isObject(const std::string& className) {
     return !className.empty() && className != "TBasket" && className != "TFile" && className != "TList" &&
            !isDirectory(className);
@@ -43,7 +43,7 @@ Key readKey(Buffer& buffer) {
     const std::int32_t bytes = buffer.i32();
     const std::int16_t version = buffer.i16();
     key.unpackedBytes = buffer.u32();
-    buffer.skip(4);  // The time of writing.
+    buffer.skip(4);  // Time of writing.
     key.headBytes = buffer.u16();
     key.cycle = buffer.u16();
     key.position = positionIn(buffer, version > bigKeyVersion);
@@ -52,7 +52,7 @@ Key readKey(Buffer& buffer) {
     key.name = buffer.text();
     key.title = buffer.text();
     if (bytes < 0 || static_cast<std::uint32_t>(bytes) < key.headBytes) {
-        throw Failure("the head of a record is damaged");
+        throw Failure("the header of a record is damaged");
     }
     key.bytes = static_cast<std::uint32_t>(bytes);
     return key;
@@ -105,8 +105,9 @@ std::vector<std::uint8_t> File::bytesAt(std::uint64_t position, std::size_t coun
             continue;
         }
         if (read <= 0) {
-            throw Failure(fmt::format("cannot read at byte {}: {}", position + done,
-                                      read < 0 ? std::generic_category().message(errno) : "the file became shorter"));
+            throw Failure(
+                fmt::format("cannot read at byte {}: {}", position + done,
+                            read < 0 ? std::generic_category().message(errno) : "the file was truncated meanwhile"));
         }
         done += static_cast<std::size_t>(read);
     }
@@ -117,15 +118,15 @@ void File::readHeader() {
     const std::vector<std::uint8_t> bytes = bytesAt(0, std::min<std::uint64_t>(maxHeaderBytes, fileSize));
     Buffer buffer(bytes);
     if (bytes.size() < 4 || buffer.textOf(4) != "root") {
-        throw Failure("it is no ROOT file, which begins with \"root\"");
+        throw Failure("it is not a ROOT file, which begins with \"root\"");
     }
     const bool isBig = buffer.i32() >= bigFileVersion;
     begin = buffer.u32();
     end = positionIn(buffer, isBig);
-    positionIn(buffer, isBig);  // Free places.
+    positionIn(buffer, isBig);  // Free segments.
     buffer.skip(8);             // Their number and bytes.
     nameBytes = buffer.u32();
-    buffer.skip(5);  // The size of positions, and how new records are packed.
+    buffer.skip(5);  // The size of positions, and the compression of new records.
     streamerPosition = positionIn(buffer, isBig);
     streamerBytes = buffer.u32();
     buffer.skip(2);
@@ -178,7 +179,7 @@ void File::addEntry(const std::string& path, const Key& key) {
     }
 }
 
-/// Walks from record to record. A place that was given free has its size as a negative number.
+/// Scans the file record by record. A free segment has its size as a negative number.
 void File::recover() {
     constexpr std::uint64_t minHead = 18;
     std::uint64_t position = begin;
@@ -193,11 +194,11 @@ void File::recover() {
         position += static_cast<std::uint64_t>(size < 0 ? -size : size);
     }
     if (!all.empty()) {
-        complaint = "the file was not closed; its records were found one by one, and what was not written is missing";
+        complaint = "the file was not closed; it was scanned record by record, and unwritten data are missing";
     }
 }
 
-/// @return false where there is no record.
+/// @return false if there is no record.
 bool File::recoverRecord(Bytes bytes, std::uint64_t position) {
     try {
         Buffer buffer(bytes);

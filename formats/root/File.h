@@ -10,20 +10,20 @@
 
 namespace velmorak::root {
 
-/// The head of a record: what it is, and where its content lies.
+/// Header of a record: its class and name, and where its content is.
 struct Key {
     std::uint64_t position = 0;  ///< Of the record in the file.
-    std::uint32_t bytes = 0;     ///< Head and packed content.
+    std::uint32_t bytes = 0;     ///< Header and compressed content.
     std::uint32_t unpackedBytes = 0;
     std::uint16_t headBytes = 0;
-    std::uint16_t cycle = 0;  ///< Counts up when an object is written again under its name.
+    std::uint16_t cycle = 0;  ///< Incremented when an object is written again under the same name.
     std::string className;
     std::string name;
     std::string title;
 };
 
-/// @param position of the record, where the head does not say.
-/// @throws Failure when it is no head of a record.
+/// @param position of the record, if the header does not contain it.
+/// @throws Failure if it is not the header of a record.
 Key readKey(Buffer& buffer);
 
 /// An object in a file with its path, such as "run1/events".
@@ -36,8 +36,8 @@ struct Entry {
 /// Threads: content and bytesAt may be called on several threads at once.
 class File {
 public:
-    /// Reads the header and the directories. A file that was not closed is walked through record by record.
-    /// @throws Failure when it cannot be opened or is no ROOT file.
+    /// Reads the header and the directories. A file that was not closed is scanned record by record.
+    /// @throws Failure if it cannot be opened or is not a ROOT file.
     explicit File(const std::filesystem::path& path);
 
     const std::filesystem::path& path() const { return filePath; }
@@ -48,11 +48,11 @@ public:
     const std::string& warning() const { return complaint; }
     const std::array<std::uint8_t, 16>& uuid() const { return uniqueId; }
 
-    /// @throws Failure when the file ends before.
+    /// @throws Failure if the file ends before.
     std::vector<std::uint8_t> bytesAt(std::uint64_t position, std::size_t count) const;
-    /// The unpacked content of a record.
+    /// The decompressed content of a record.
     std::vector<std::uint8_t> content(const Key& key) const;
-    /// The head of the record with the descriptions of classes; nothing when the file has none.
+    /// The header of the record with the descriptions of classes; empty if the file has none.
     std::optional<Key> streamerKey() const;
 
 private:
@@ -64,7 +64,7 @@ private:
         int number;
     };
     struct Directory {
-        std::uint64_t keys = 0;  ///< Position of the record with its keys; 0 when it was not written.
+        std::uint64_t keys = 0;  ///< Position of the record with its keys; 0 if it was not written.
         std::size_t keyBytes = 0;
     };
 
@@ -85,7 +85,7 @@ private:
     std::size_t nameBytes = 0;
     std::array<std::uint8_t, 16> uniqueId{};
     std::vector<Entry> all;
-    std::unordered_map<std::string, std::size_t> positions;  ///< In all, by path.
+    std::unordered_map<std::string, std::size_t> positions;  ///< In the list of all keys, by path.
     std::string complaint;
 };
 

@@ -48,7 +48,7 @@ std::size_t NTuple::sourceOf(std::size_t field) const {
     return source && *source < schema.fields.size() ? *source : field;
 }
 
-/// Records give a column for each member; the items of collections and arrays have no name of their own.
+/// A record gives a column for each member; items of collections and arrays have no name.
 void NTuple::addField(std::size_t field, const std::string& name, std::vector<std::size_t> above) {
     constexpr std::size_t maxDepth = 32;
     const NTupleField& description = schema.fields[field];
@@ -100,7 +100,7 @@ std::vector<std::size_t> NTuple::columnsOf(std::size_t field, const NTupleCluste
     std::vector<std::size_t> found;
     std::optional<unsigned> representation;
     for (std::size_t i = 0; i < schema.columns.size(); ++i) {
-        // A column that was added later has no pages in the clusters before: its values there are zero.
+        // A column that was added later has no pages in earlier clusters: its values there are zero.
         const bool isThere = !cluster || i >= cluster->columns.size() || !cluster->columns[i].isSuppressed;
         if (schema.columns[i].field == field && isThere) {
             representation = representation.value_or(schema.columns[i].representation);
@@ -142,7 +142,7 @@ ColumnPtr NTuple::read(const NTupleTableColumn& column, std::uint64_t first, std
             try {
                 appendRows(column, cluster, from - cluster.firstEntry, to - cluster.firstEntry, *values);
             } catch (const Failure& failure) {
-                throw Failure(fmt::format("{}: the field {} of {} is damaged in the entries from {} on: {}",
+                throw Failure(fmt::format("{}: the field {} of {} is damaged from entry {} on: {}",
                                           file.path().string(), column.name, path, from, failure.what()));
             }
         }
@@ -150,8 +150,8 @@ ColumnPtr NTuple::read(const NTupleTableColumn& column, std::uint64_t first, std
     return values;
 }
 
-/// Goes down from the rows to the leaf: each collection and array on the way makes ranges of its items of the ranges
-/// of rows.
+/// Descends from the rows to the leaf: each collection or array on the way maps ranges of rows to ranges of its
+/// items.
 void NTuple::appendRows(const NTupleTableColumn& column, const NTupleCluster& cluster, std::uint64_t first,
                         std::uint64_t last, Column& target) const {
     std::vector<std::uint64_t> bounds;
@@ -181,7 +181,7 @@ void NTuple::appendRows(const NTupleTableColumn& column, const NTupleCluster& cl
         }
     }
     if (!std::is_sorted(bounds.begin(), bounds.end()) || bounds.back() > total) {
-        throw Failure("its counts do not rise");
+        throw Failure("its counts do not ascend");
     }
     const std::size_t before = target.valueCount();
     appendLeaf(column.path.back(), cluster, total, bounds.front(), bounds.back(), target);
@@ -239,7 +239,7 @@ void NTuple::appendTexts(std::size_t field, const NTupleCluster& cluster, std::u
     for (std::uint64_t i = first; i < last; ++i) {
         const std::uint64_t next = endBefore(ends, i + 1, from);
         if (next < at || next > end) {
-            throw Failure("its texts do not lie one after the other");
+            throw Failure("its texts are not contiguous");
         }
         to.push_back(text.substr(at - begin, next - at));
         at = next;
@@ -253,9 +253,9 @@ Elements NTuple::elements(std::size_t column, const NTupleCluster& cluster, std:
     const NTuplePages& pages = column < cluster.columns.size() ? cluster.columns[column] : none;
     const std::uint64_t stored = pages.elements();
     if (last < first || last > total || stored > total) {
-        throw Failure("its counts do not go with its pages");
+        throw Failure("its counts do not match its pages");
     }
-    const std::uint64_t missing = total - stored;  // In front: the field was added later.
+    const std::uint64_t missing = total - stored;  // At the beginning: the field was added later.
     Elements found =
         isRealColumn(description.type) ? Elements(std::vector<double>()) : Elements(std::vector<std::int64_t>());
     std::uint64_t begin = missing;  // Of the page.

@@ -6,13 +6,12 @@
 
 namespace velmorak::root {
 
-/// One column of the table that an RNTuple makes: a leaf of its fields, reached through records, collections and
-/// arrays.
+/// A column of an RNTuple as a table: a leaf of its fields, reached through records, collections and arrays.
 struct NTupleTableColumn {
     std::string name;
     std::string typeName;
     ColumnInfo info;
-    std::string complaint;          ///< Why the column cannot be read; empty when it can.
+    std::string complaint;          ///< Why the column cannot be read; empty if it can.
     std::vector<std::size_t> path;  ///< Fields from the top to the leaf.
 };
 
@@ -20,8 +19,8 @@ struct NTupleTableColumn {
 /// Threads: after construction, all operations may be called on several threads at once.
 class NTuple {
 public:
-    /// @param file outlives this.
-    /// @throws Failure when a description is damaged.
+    /// @param file must outlive this.
+    /// @throws Failure if a description is damaged.
     NTuple(const File& file, const Entry& entry);
 
     std::uint64_t entries() const { return schema.entries; }
@@ -30,7 +29,7 @@ public:
     /// Changes with the content.
     std::uint64_t checksum() const { return schema.footerChecksum; }
 
-    /// @throws Failure when the column cannot be read or its pages are damaged.
+    /// @throws Failure if the column cannot be read or its pages are damaged.
     ColumnPtr read(const NTupleTableColumn& column, std::uint64_t first, std::size_t rows) const;
 
 private:
@@ -38,7 +37,7 @@ private:
     void addLeaf(std::size_t field, const std::string& name, std::vector<std::size_t> above);
     ColumnType typeOf(const NTupleField& field, std::size_t position) const;
     std::vector<std::size_t> childrenOf(std::size_t field) const;
-    /// The columns of a field, in their order, in the representation that the cluster has.
+    /// The columns of a field, in order, in the representation used by the cluster.
     std::vector<std::size_t> columnsOf(std::size_t field, const NTupleCluster* cluster) const;
     std::size_t sourceOf(std::size_t field) const;
 
@@ -48,7 +47,7 @@ private:
                     std::uint64_t last, Column& target) const;
     void appendTexts(std::size_t field, const NTupleCluster& cluster, std::uint64_t total, std::uint64_t first,
                      std::uint64_t last, Column& target) const;
-    /// @param total elements that the column has in the cluster, those before its first page among them.
+    /// @param total elements of the column in the cluster, including those before its first page.
     Elements elements(std::size_t column, const NTupleCluster& cluster, std::uint64_t total, std::uint64_t first,
                       std::uint64_t last) const;
 

@@ -21,7 +21,7 @@ std::uint64_t littleEndian(const std::uint8_t* bytes, std::size_t count, std::si
     return bits;
 }
 
-/// Numbers of any count of bits, one behind the other, from the lowest bit of each byte on.
+/// Unpacks contiguous numbers of any bit width, beginning with the lowest bit of each byte.
 class BitReader {
 public:
     explicit BitReader(Bytes bytes) : bytes(bytes) {}
@@ -66,7 +66,7 @@ bool isSplit(int type) {
     return type >= NTupleColumn::SplitInt16 && type <= NTupleColumn::SplitIndex64;
 }
 
-/// The type that a split one has without its encoding.
+/// The type of a split type without its encoding.
 int plainType(int type) {
     using Type = NTupleColumn::Type;
     switch (type) {

@@ -9,11 +9,11 @@ namespace velmorak::root {
 /// Elements of a column: reals, or integers for everything else. Indices count from the beginning of the cluster.
 using Elements = std::variant<std::vector<double>, std::vector<std::int64_t>>;
 
-/// Whether elements of that type become reals.
+/// Elements of that type become reals.
 bool isRealColumn(int type);
 
-/// Unpacks and decodes a page and appends its elements.
-/// @throws Failure when the page is damaged, its checksum is wrong, or its type cannot be read.
+/// Decompresses and decodes a page and appends its elements.
+/// @throws Failure if the page is damaged, its checksum is wrong, or its type cannot be read.
 void appendPage(const File& file, const NTupleColumn& column, const NTuplePage& page, Elements& elements);
 
 }  // namespace velmorak::root

@@ -13,7 +13,7 @@ namespace velmorak::root {
 namespace {
 
 constexpr std::size_t checksumBytes = 8;
-/// Packed descriptions are small; anything larger is damaged.
+/// Descriptions are small; anything larger is damaged.
 constexpr std::uint64_t maxEnvelopeBytes = std::uint64_t{1} << 30;
 
 template <typename Number>
@@ -31,10 +31,10 @@ struct Link {
     std::uint64_t unpackedBytes = 0;
 };
 
-/// Reads a description, whose numbers have the least significant byte first.
+/// Reads a description, whose numbers are little-endian.
 class Envelope {
 public:
-    explicit Envelope(Bytes bytes) : buffer(bytes) {}
+    explicit Envelope(Bytes buffer) : buffer(buffer) {}
 
     template <typename Number>
     Number number() {
@@ -43,7 +43,7 @@ public:
     double real() { return std::bit_cast<double>(number<std::uint64_t>()); }
     std::string text() { return buffer.textOf(number<std::uint32_t>()); }
 
-    /// Bits of features that a reader has to know; none are defined.
+    /// Bits of features that a reader must support; none are defined.
     void flags();
 
     /// Calls `record` in a frame of its own.
@@ -57,7 +57,7 @@ public:
         record();
         buffer.seek(begin + static_cast<std::size_t>(size));
     }
-    /// Calls `item` for each item of a list. What is behind them in the list's frame is read by `rest`.
+    /// Calls `item` for each item of a list. `rest` reads what follows them in the list's frame.
     template <typename Item, typename Rest>
     void list(Item&& item, Rest&& rest) {
         const std::size_t begin = buffer.position();
@@ -89,7 +89,7 @@ void Envelope::flags() {
     do {
         flags = number<std::int64_t>();
         if ((flags & INT64_MAX) != 0) {
-            throw Failure("it has features that are not known");
+            throw Failure("it uses unknown features");
         }
     } while (flags < 0);
 }
@@ -103,7 +103,7 @@ Link Envelope::locator() {
     constexpr unsigned large = 1;
     const auto word = static_cast<std::uint32_t>(size);
     if ((word >> 24U & 0x7FU) != large) {
-        throw Failure("a place is given in a way that is not known");
+        throw Failure("a position has an unknown format");
     }
     Link link;
     link.bytes = number<std::uint64_t>();
@@ -119,7 +119,7 @@ Link Envelope::link() {
     return link;
 }
 
-/// A description without the numbers around it, after its checksum was compared.
+/// The content of a description, after checking its checksum.
 std::vector<std::uint8_t> envelopeAt(const File& file, const Link& link, unsigned type) {
     if (link.unpackedBytes > maxEnvelopeBytes || link.bytes > maxEnvelopeBytes) {
         throw Failure("a description is too large");
@@ -133,7 +133,7 @@ std::vector<std::uint8_t> envelopeAt(const File& file, const Link& link, unsigne
         throw Failure("the checksum of a description is wrong");
     }
     if ((littleEndian<std::uint64_t>(bytes.data()) & 0xFFFFU) != type) {
-        throw Failure("a description is of another kind");
+        throw Failure("a description has the wrong type");
     }
     return bytes;
 }
@@ -176,7 +176,7 @@ void SchemaReader::read(const Key& anchor) {
     const unsigned major = buffer.u16();
     buffer.skip(4);
     if (epoch != 1 || major != 0) {
-        throw Failure(fmt::format("its format has the version {}.{}; 1.0 can be read", epoch, major));
+        throw Failure(fmt::format("its format version is {}.{}; only 1.0 can be read", epoch, major));
     }
     const Link header = linkIn(buffer);
     const Link footer = linkIn(buffer);
@@ -204,7 +204,7 @@ void SchemaReader::readHeaderEnvelope(const Link& link) {
     envelope.flags();
     schema.name = envelope.text();
     schema.description = envelope.text();
-    envelope.text();  // The program that wrote it.
+    envelope.text();  // Program that wrote it.
     readDescription(envelope);
 }
 

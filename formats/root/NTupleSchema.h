@@ -8,16 +8,16 @@
 
 namespace velmorak::root {
 
-/// The descriptions of an RNTuple, format version 1.0: its fields, the columns that they are stored in, and where the
-/// pages of each column lie.
+/// The descriptions of an RNTuple, format version 1.0: its fields, the columns that they are stored in, and where
+/// the pages of each column are.
 struct NTupleField {
     enum class Role { Leaf = 0, Collection = 1, Record = 2, Variant = 3, Streamed = 4 };
     std::string name;
     std::string typeName;
     std::string description;
-    std::size_t parent = 0;  ///< Its own position for one at the top.
+    std::size_t parent = 0;  ///< Its own position if it is at the top.
     Role role = Role::Leaf;
-    std::uint64_t arraySize = 0;        ///< 0 for a field that is no array of a fixed size.
+    std::uint64_t arraySize = 0;        ///< 0 if the field is not an array of fixed size.
     std::optional<std::size_t> source;  ///< Of a projected field: the one that has the values.
 };
 
@@ -59,7 +59,7 @@ struct NTupleColumn {
     unsigned bits = 0;
     std::size_t field = 0;
     unsigned representation = 0;
-    double low = 0.0;  ///< Of a Real32Quant: what its integers lie between.
+    double low = 0.0;  ///< Of a Real32Quant: range of its integers.
     double high = 0.0;
 };
 
@@ -73,11 +73,11 @@ struct NTuplePage {
 /// The pages of one column in one cluster.
 struct NTuplePages {
     std::vector<NTuplePage> pages;
-    bool isSuppressed = false;  ///< Another representation of the field has the values.
+    bool isSuppressed = false;  ///< The values are in another representation of the field.
     std::uint64_t elements() const;
 };
 
-/// Entries that lie together.
+/// A cluster: consecutive entries that are stored together.
 struct NTupleCluster {
     std::uint64_t firstEntry = 0;
     std::uint64_t entries = 0;
@@ -93,7 +93,7 @@ struct NTupleSchema {
     std::uint64_t entries = 0;
     std::uint64_t footerChecksum = 0;
 
-    /// @throws Failure when a description is damaged, its checksum is wrong, or its version is not known.
+    /// @throws Failure if a description is damaged, has a wrong checksum or an unknown version.
     static NTupleSchema read(const File& file, const Key& anchor);
 };
 

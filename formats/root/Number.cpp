@@ -16,7 +16,7 @@ std::string_view trimmed(std::string_view text) {
                                            : text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
-/// A bound of a range, which may be given in terms of pi.
+/// A bound of a range, which may contain pi.
 double boundOf(std::string_view text) {
     double sign = 1.0;
     text = trimmed(text);
@@ -42,7 +42,7 @@ double boundOf(std::string_view text) {
     return sign * value;
 }
 
-/// A sign, eight bits of exponent and a mantissa of so many bits, in three bytes.
+/// A sign, an 8-bit exponent and a mantissa of so many bits, in three bytes.
 double readShortened(Buffer& buffer, unsigned bits) {
     const std::uint32_t exponent = buffer.u8();
     const std::uint32_t mantissa = buffer.u16();

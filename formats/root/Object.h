@@ -17,29 +17,29 @@ using ObjectPtr = std::shared_ptr<Object>;
 using Member = std::variant<std::monostate, double, std::int64_t, std::string, std::vector<double>,
                             std::vector<std::int64_t>, ObjectPtr, std::vector<ObjectPtr>>;
 
-/// An object as its file describes it, the members of its base classes among its own.
+/// An object as its file describes it; members of base classes are among its own.
 struct Object {
     std::string className;
-    bool isWhole = true;  ///< Nothing had to be passed over.
+    bool isWhole = true;  ///< No member was skipped.
     std::vector<std::pair<std::string, Member>> members;
 
     const Member* find(std::string_view name) const;
-    /// @return the number, or the one given where there is no such member, or it is no number.
+    /// @return the number, or the default if there is no such member or it is not a number.
     double real(std::string_view name, double otherwise = 0.0) const;
     std::int64_t integer(std::string_view name, std::int64_t otherwise = 0) const;
-    /// @return empty where there is no such member, or it is no text.
+    /// @return empty if there is no such member or it is not a text.
     std::string text(std::string_view name) const;
-    /// @return null where there is no such member, or it is no object.
+    /// @return null if there is no such member or it is not an object.
     ObjectPtr object(std::string_view name) const;
-    /// The objects of a list, or of a member that is an object which is a list. Empty ones are null.
+    /// The objects of a list, or of a member that is a list. Empty ones are null.
     std::vector<ObjectPtr> objects(std::string_view name) const;
     std::vector<double> reals(std::string_view name) const;
     std::vector<std::int64_t> integers(std::string_view name) const;
 };
 
-/// What a list or an array of objects has its objects in.
+/// Name of the member that holds the objects of a list or array.
 inline constexpr std::string_view itemsMember = "items";
-/// What an array of numbers has its numbers in.
+/// Name of the member that holds the numbers of an array.
 inline constexpr std::string_view arrayMember = "fArray";
 
 }  // namespace velmorak::root

@@ -11,7 +11,7 @@ constexpr std::uint32_t countMask = 0x40000000;
 constexpr std::uint32_t classMask = 0x80000000;
 constexpr std::uint32_t newClass = 0xFFFFFFFF;
 
-/// Counts the levels of objects within objects.
+/// Counts the nesting depth of objects.
 class Level {
 public:
     explicit Level(int& depth);
@@ -38,7 +38,7 @@ std::optional<NumberType> arrayType(const std::string& className) {
     return found == types.end() ? std::nullopt : std::optional(found->second);
 }
 
-/// The name of a class without what marks a pointer.
+/// The name of a class without the mark of a pointer.
 std::string withoutPointer(std::string name) {
     while (!name.empty() && (name.back() == '*' || name.back() == ' ')) {
         name.pop_back();
@@ -46,7 +46,7 @@ std::string withoutPointer(std::string name) {
     return name;
 }
 
-/// What stands between the angle brackets of a template's name.
+/// The text between the angle brackets of a template's name.
 std::string argumentOf(const std::string& name) {
     const std::size_t open = name.find('<');
     const std::size_t close = name.rfind('>');
@@ -57,8 +57,8 @@ std::string argumentOf(const std::string& name) {
 
 }  // namespace
 
-ObjectReader::ObjectReader(Bytes content, std::size_t headBytes, const Classes& classes)
-    : bytes(content), headBytes(headBytes), classes(classes) {}
+ObjectReader::ObjectReader(Bytes bytes, std::size_t headBytes, const Classes& classes)
+    : bytes(bytes), headBytes(headBytes), classes(classes) {}
 
 ObjectPtr ObjectReader::read(const std::string& className) {
     return readClass(className);
@@ -160,7 +160,7 @@ Member ObjectReader::readArithmetic(const Element& element, const Object& object
 
 Member ObjectReader::readNumbers(NumberType type, const NumberRange& range, std::size_t count) {
     if (count > bytes.remaining() / sizeOf(type, range)) {
-        throw Failure("an array ends behind its record");
+        throw Failure("an array extends beyond its record");
     }
     if (isReal(type)) {
         std::vector<double> reals(count);
@@ -236,7 +236,7 @@ void ObjectReader::readList(Object& object) {
         for (std::size_t i = 0; i < count; ++i) {
             items.push_back(readPointer());
             if (header.version > 4) {
-                bytes.text();  // How the list shows it.
+                bytes.text();  // Draw option in the list.
             }
         }
     }
@@ -268,7 +268,7 @@ void ObjectReader::readNumberArray(const std::string& className, Object& object)
     object.members.emplace_back(arrayMember, readNumbers(type, {}, count));
 }
 
-/// A basket that was still in memory when the tree was written. Its content is a member of its own.
+/// A basket that was still in memory when the tree was written. Its content is a separate member.
 void ObjectReader::readBasket(Object& object) {
     constexpr int withoutOffsets = 80;
     constexpr int withDisplacements = 40;
@@ -310,7 +310,7 @@ void ObjectReader::readBasket(Object& object) {
     }
 }
 
-/// An object with its class in front, or a reference to one that was there before.
+/// An object preceded by its class, or a reference to an earlier one.
 ObjectPtr ObjectReader::readPointer() {
     const Level level(depth);
     const std::size_t begin = bytes.position();
@@ -338,7 +338,7 @@ ObjectPtr ObjectReader::readTagged(std::size_t begin, std::size_t tagAt, bool ha
     } else if (const auto found = classTags.find(tag & ~classMask); found != classTags.end()) {
         object->className = found->second;
     } else {
-        throw Failure("an object's class is not known");
+        throw Failure("the class of an object is unknown");
     }
     objectTags[hasCount ? begin + headBytes + tagOffset : classTags.size() + objectTags.size() + 1] = object;
     try {

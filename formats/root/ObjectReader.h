@@ -8,19 +8,19 @@
 
 namespace velmorak::root {
 
-/// Reads the objects of one record by what the file says of their classes.
+/// Reads the objects of one record using the file's descriptions of their classes.
 class ObjectReader {
 public:
-    /// @param content   of the record.
-    /// @param headBytes length of its head.
-    /// @param classes   outlives this.
-    ObjectReader(Bytes content, std::size_t headBytes, const Classes& classes);
+    /// @param bytes   of the record.
+    /// @param headBytes length of its header.
+    /// @param classes   must outlive this.
+    ObjectReader(Bytes bytes, std::size_t headBytes, const Classes& classes);
 
-    /// The record's object. Members that cannot be read are passed over where the file tells how long they are.
-    /// @throws Failure when the record is damaged.
+    /// The record's object. Members that cannot be read are skipped if the file gives their length.
+    /// @throws Failure if the record is damaged.
     ObjectPtr read(const std::string& className);
 
-    /// Reads the members of a class at a place in another buffer, without a header in front.
+    /// Reads the members of a class at a position in another buffer, without a header.
     static void readMembers(ObjectReader& reader, const ClassInfo& info, Object& object);
 
     Buffer& buffer() { return bytes; }

@@ -17,7 +17,7 @@ ObjectHeader readHeader(Buffer& buffer, bool hasChecksum) {
     if ((first & countMask) != 0) {
         header.end = begin + 4 + (first & ~countMask);
         if (*header.end > buffer.size()) {
-            throw Failure("an object ends behind its record");
+            throw Failure("an object extends beyond its record");
         }
         version = buffer.u16();
     } else {

@@ -6,17 +6,17 @@
 
 namespace velmorak::root {
 
-/// References within a record count from the beginning of its head, and two more.
+/// References within a record are offsets from the beginning of its header, plus two.
 inline constexpr std::size_t tagOffset = 2;
 
-/// What stands before the members of an object: its version and, but for a few old classes, where it ends.
+/// Header of an object: its version and, except for a few old classes, where it ends.
 struct ObjectHeader {
     int version = 0;
-    std::uint32_t checksum = 0;      ///< Of a class without a version of its own.
+    std::uint32_t checksum = 0;      ///< Of a class without a version number.
     bool isMemberWise = false;       ///< Of a collection: member by member instead of object by object.
     std::optional<std::size_t> end;  ///< Position in the buffer.
 
-    /// Goes to the end of the object, where it is known.
+    /// Goes to the end of the object if it is known.
     void leave(Buffer& buffer) const {
         if (end) {
             buffer.seek(*end);
@@ -27,7 +27,7 @@ struct ObjectHeader {
 /// @param hasChecksum a version of 0 is followed by a checksum.
 ObjectHeader readHeader(Buffer& buffer, bool hasChecksum = true);
 
-/// Passes over what a TObject has, which is an identity and bits.
+/// Skips the members of a TObject: an identity and bits.
 /// @return the bits.
 std::uint32_t skipObjectBase(Buffer& buffer);
 

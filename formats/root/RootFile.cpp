@@ -29,7 +29,7 @@ bool isTable(const std::string& className) {
 
 constexpr std::size_t maxListed = 20;
 
-/// The first texts, and how many there are beyond.
+/// The first texts, and the number of further ones.
 std::string listOf(const std::vector<std::string>& texts) {
     std::string list;
     for (std::size_t i = 0; i < std::min(texts.size(), maxListed); ++i) {
@@ -49,15 +49,15 @@ const Entry& tableNamed(const File& file, const std::string& wanted) {
         }
     }
     if (tables.empty()) {
-        throw Failure(fmt::format("{} holds no tree or ntuple", file.path().string()));
+        throw Failure(fmt::format("{} contains no tree or ntuple", file.path().string()));
     }
     if (!found) {
-        throw Failure("object", fmt::format("{} holds no tree or ntuple \"{}\"; there is {}", file.path().string(),
-                                            path, listOf(tables)));
+        throw Failure("object", fmt::format("{} contains no tree or ntuple \"{}\"; it contains {}",
+                                            file.path().string(), path, listOf(tables)));
     }
     if (path.empty() && tables.size() > 1) {
-        throw Failure("object",
-                      fmt::format("{} holds several tables; name one: {}", file.path().string(), listOf(tables)));
+        throw Failure("object", fmt::format("{} contains several tables; enter the path of one: {}",
+                                            file.path().string(), listOf(tables)));
     }
     return *found;
 }
@@ -67,7 +67,7 @@ Classes classesOf(const File& file) {
     return key ? Classes(file.content(*key), key->headBytes) : Classes();
 }
 
-/// A tree or an RNTuple. Its columns, those that cannot be read among them, have positions.
+/// A tree or an RNTuple. Positions count all columns, including those that cannot be read.
 class Table {
 public:
     Table(const File& file, const Entry& entry);
@@ -194,7 +194,7 @@ void RootTableReader::addNamed(const std::string& name) {
         }
         names.push_back(table.info(i).name);
     }
-    throw Failure("columns", fmt::format("there is no column \"{}\"; there is {}", name, listOf(names)));
+    throw Failure("columns", fmt::format("there is no column \"{}\"; the columns are {}", name, listOf(names)));
 }
 
 void RootTableReader::add(std::size_t position) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// ROOT files: trees, ntuples and RNTuples as tables. docs/root.md says what is read.
+/// ROOT files: trees, ntuples and RNTuples as tables. See docs/root.md.
 namespace velmorak {
 
 /// An object of a file.
@@ -17,14 +17,14 @@ struct RootEntry {
     bool isTable = false;
 };
 
-/// @throws Failure when the file is missing or is no ROOT file.
+/// @throws Failure if the file is missing or is not a ROOT file.
 std::vector<RootEntry> listRoot(const std::filesystem::path& file);
 
 /// Opens a tree, ntuple or RNTuple. Columns are decoded when a chunk is completed, on any thread.
-/// @param object  path of the object; empty for the only table that the file holds.
-/// @param columns names of the columns to offer, in this order; none for all that can be read.
-/// @throws Failure also when there is no such object or column, with the list of those that there are, and for a column
-///         that cannot be read, with the reason.
+/// @param object  path of the object; empty for the only table in the file.
+/// @param columns names of the columns to provide, in this order; empty for all that can be read.
+/// @throws Failure also if there is no such object or column, with a list of the existing ones, and for a column that
+///         cannot be read, with the reason.
 std::unique_ptr<TableReader> openRootTable(const std::filesystem::path& file, const std::string& object,
                                            const std::vector<std::string>& columns, RunContext& context);
 

@@ -11,7 +11,7 @@
 namespace velmorak::root {
 namespace {
 
-/// Takes in the values of entries, one after the other.
+/// Appends the values of entries in order.
 class Sink {
 public:
     Sink(Column& column, const TreeColumn& tree) : column(column), isList(tree.info.isList) {}
@@ -123,7 +123,7 @@ Basket embeddedBasket(const Object& object) {
     return basket;
 }
 
-/// The head of a basket's record, behind that of any record.
+/// Header of a basket, after the header common to all records.
 Basket writtenBasket(const File& file, const BasketPlace& place) {
     const std::vector<std::uint8_t> bytes = file.bytesAt(place.position, place.bytes);
     Buffer buffer(bytes);
@@ -135,7 +135,7 @@ Basket writtenBasket(const File& file, const BasketPlace& place) {
     const std::int32_t entries = buffer.i32();
     const std::int32_t last = buffer.i32();
     if (key.bytes > bytes.size() || last < key.headBytes || entries < 0) {
-        throw Failure("its head is damaged");
+        throw Failure("its header is damaged");
     }
     Basket basket;
     basket.content = unpacked(Bytes(bytes).subspan(key.headBytes, key.bytes - key.headBytes), key.unpackedBytes);
@@ -154,7 +154,7 @@ Basket writtenBasket(const File& file, const BasketPlace& place) {
     return basket;
 }
 
-/// Makes the offsets of a basket whole, and checks that they rise and lie inside.
+/// Completes the offsets of a basket, and checks that they ascend and are within it.
 void closeOffsets(Basket& basket) {
     if (basket.offsets.empty()) {
         return;
@@ -162,7 +162,7 @@ void closeOffsets(Basket& basket) {
     basket.offsets.resize(std::min<std::size_t>(basket.offsets.size(), basket.entries));
     basket.offsets.push_back(static_cast<std::uint32_t>(basket.content.size()));
     if (basket.offsets.size() != basket.entries + 1 || !std::is_sorted(basket.offsets.begin(), basket.offsets.end())) {
-        throw Failure("its entries do not lie one after the other");
+        throw Failure("its entries are not contiguous");
     }
 }
 
@@ -174,7 +174,7 @@ Tree::Tree(const File& file, const Classes& classes, const Entry& entry) : file(
     treeTitle = tree->text("fTitle");
     count = static_cast<std::uint64_t>(std::max(tree->real("fEntries"), 0.0));
     BranchWalk(classes, all).walk(tree->objects("fBranches"));
-    if (count == 0) {  // Some programs fill branches only.
+    if (count == 0) {  // Some programs fill only the branches.
         for (const TreeColumn& column : all) {
             count = std::max(count, column.entries);
         }
@@ -197,7 +197,7 @@ Basket Tree::basketAt(const TreeColumn& column, const BasketPlace& place) const 
     return basket;
 }
 
-/// Where a basket does not say where its entries begin, the counts do.
+/// Where a basket has no offsets of its entries, they follow from the counts.
 void Tree::addOffsets(const TreeColumn& column, Basket& basket) const {
     const ColumnPtr counts = read(all[*column.count], basket.firstEntry, basket.entries);
     const std::size_t size = sizeOf(column.layout.type.number, column.layout.type.range) * column.layout.length;
@@ -207,7 +207,7 @@ void Tree::addOffsets(const TreeColumn& column, Basket& basket) const {
     for (const std::int64_t number : counts->integers()) {
         at += extra + static_cast<std::uint64_t>(std::max<std::int64_t>(number, 0)) * size;
         if (at > basket.content.size()) {
-            throw Failure("its counts do not go with its length");
+            throw Failure("its counts do not match its length");
         }
         basket.offsets.push_back(static_cast<std::uint32_t>(at));
     }
@@ -231,7 +231,7 @@ void Tree::decode(const TreeColumn& column, const Basket& basket, std::uint64_t 
     }
 }
 
-/// @return the entry behind the last one that was there.
+/// @return the entry after the last one decoded.
 std::uint64_t Tree::appendBaskets(const TreeColumn& column, std::uint64_t first, std::uint64_t end,
                                   Column& target) const {
     std::uint64_t at = first;

@@ -14,7 +14,7 @@
 
 namespace velmorak::root {
 
-/// Where a basket lies: at a place in the file, or in the tree's own record.
+/// Location of a basket: a position in the file, or the tree's own record.
 struct BasketPlace {
     std::uint64_t firstEntry = 0;
     std::uint64_t entries = 0;
@@ -23,20 +23,20 @@ struct BasketPlace {
     ObjectPtr embedded;
 };
 
-/// What the values of a type look like in the bytes of an entry.
+/// Layout of the values of a type in the bytes of an entry.
 struct ValueType {
     enum class Kind { Number, Text, List, Map };
     Kind kind = Kind::Number;
     NumberType number = NumberType::Int32;
     NumberRange range;
-    std::vector<ValueType> arguments;  ///< Of a list what it holds, of a map keys and values.
+    std::vector<ValueType> arguments;  ///< Of a list the type of its items, of a map those of keys and values.
 };
 
-/// How the values of a column lie in the entries of its branch.
+/// Layout of a column's values in the entries of its branch.
 struct Layout {
     enum class Kind {
-        Numbers,         ///< `length` numbers, times the count where there is one.
-        FlaggedNumbers,  ///< The same behind a byte that says whether there are any.
+        Numbers,         ///< `length` numbers, times the count if there is one.
+        FlaggedNumbers,  ///< The same after a byte that says whether there are any.
         Value,           ///< One value of `type`.
         Values,          ///< Values of `type` up to the end of the entry.
     };
@@ -51,10 +51,10 @@ struct Layout {
 /// One column of a tree.
 struct TreeColumn {
     std::string name;
-    std::string typeName;  ///< As C++ has it.
+    std::string typeName;  ///< C++ name.
     std::string title;
     ColumnInfo info;
-    std::string complaint;  ///< Why the column cannot be read; empty when it can.
+    std::string complaint;  ///< Why the column cannot be read; empty if it can.
     Layout layout;
     std::vector<BasketPlace> baskets;
     std::uint64_t entries = 0;
@@ -65,15 +65,15 @@ struct TreeColumn {
 /// Threads: after construction, all operations may be called on several threads at once.
 class Tree {
 public:
-    /// @param file outlives this.
-    /// @throws Failure when the tree's record is damaged.
+    /// @param file must outlive this.
+    /// @throws Failure if the tree's record is damaged.
     Tree(const File& file, const Classes& classes, const Entry& entry);
 
     std::uint64_t entries() const { return count; }
     const std::vector<TreeColumn>& columns() const { return all; }
     const std::string& title() const { return treeTitle; }
 
-    /// @throws Failure when the column cannot be read or its bytes are damaged; names branch and entry.
+    /// @throws Failure if the column cannot be read or its bytes are damaged, with branch and entry.
     ColumnPtr read(const TreeColumn& column, std::uint64_t first, std::size_t rows) const;
 
 private:

@@ -4,10 +4,10 @@
 
 namespace velmorak::root {
 
-/// @return nothing for a type that is made of anything but numbers, texts and the containers of the standard library.
+/// @return empty for a type that contains anything but numbers, texts and standard containers.
 std::optional<ValueType> valueTypeNamed(std::string_view name);
 
-/// @return what a list of lists holds in the end; of a map its values.
+/// @return the innermost type of nested lists; of a map the type of its values.
 const ValueType& innermost(const ValueType& type);
 
 }  // namespace velmorak::root

@@ -79,7 +79,7 @@ TEST_P(AidaObjectKinds, listThoseThatFitWhereSeveralDo) {
     write(other + object("a", "/one") + object("a", "/two"));
     const std::string& element = GetParam().element;
     const std::string several =
-        "data.aida holds several objects that fit, and the whole path of one must be given; "
+        "data.aida contains several matching objects that fit, and the whole path of one must be given; "
         "it holds /one/a (" +
         element + "), /two/a (" + element + ")";
     EXPECT_EQ(complaint(), several);
@@ -88,12 +88,12 @@ TEST_P(AidaObjectKinds, listThoseThatFitWhereSeveralDo) {
 
 TEST_P(AidaObjectKinds, sayWhatThereIsWhereNoneFits) {
     write(other);
-    EXPECT_EQ(complaint(), "data.aida holds no " + GetParam().output + "; it holds /o/t (tuple)");
+    EXPECT_EQ(complaint(), "data.aida holds no " + GetParam().output + "; it contains /o/t (tuple)");
     EXPECT_EQ((bench.set("object", "/o/t"), complaint()),
-              "data.aida holds no " + GetParam().output + " /o/t; it holds /o/t (tuple)");
+              "data.aida holds no " + GetParam().output + " /o/t; it contains /o/t (tuple)");
     write(other + object("a", "/"));
     EXPECT_EQ((bench.set("object", "/none"), complaint()),
-              "data.aida holds no " + GetParam().output + " /none; it holds /a (" + GetParam().element + ")");
+              "data.aida holds no " + GetParam().output + " /none; it contains /a (" + GetParam().element + ")");
 }
 
 TEST_P(AidaObjectKinds, readWhatIsCompleteBeforeDamage) {
@@ -109,8 +109,7 @@ TEST_P(AidaObjectKinds, readWhatIsCompleteBeforeDamage) {
 }
 
 TEST_P(AidaObjectKinds, needAFile) {
-    EXPECT_EQ(bench.failure(),
-              "file: there is no file to read: name one here, or give one with -a on the command line");
+    EXPECT_EQ(bench.failure(), "file: no file is given: enter one here, or use -a on the command line");
     bench.set("file", "/nowhere/data.aida");
     EXPECT_NE(complaint().find("cannot be opened"), std::string::npos) << complaint();
 }

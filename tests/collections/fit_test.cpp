@@ -152,7 +152,7 @@ TEST(FitKind, warnsOfAParameterThatLooksLikeAShape) {
 
 TEST(FitKind, refusesWhatItCannotFit) {
     KindHarness nothing("Fit");
-    EXPECT_THAT(nothing.failure(), HasSubstr("a histogram, profile or points must be wired"));
+    EXPECT_THAT(nothing.failure(), HasSubstr("nothing is wired; expected a histogram, profile or points"));
     nothing.wire("data", Value(DataObjectPtr(std::make_shared<Histogram2D>(Grid<2>({Axis(2, 0, 1), Axis(2, 0, 1)})))));
     EXPECT_THAT(nothing.failure(), HasSubstr("cannot be fitted"));
     KindHarness flat("Fit");

@@ -73,7 +73,7 @@ TEST(RebinKind, takesEdgesThatAreThere) {
     KindHarness bench("Rebin");
     with(bench, "histogram", counts({1, 2, 3, 4})).set("edges", "1 3").run();
     EXPECT_EQ(heights(*bench.histogram("histogram")), (Numbers{1, 5, 4}));
-    EXPECT_EQ(bench.set("edges", "0 1.5").failure(), "edges: no bin of the histogram begins or ends at 1.5");
+    EXPECT_EQ(bench.set("edges", "0 1.5").failure(), "edges: no bin of the histogram has an edge at 1.5");
 }
 
 TEST(RebinKind, knowsAnEdgeByTheDigitsThatOneWrites) {
@@ -126,7 +126,7 @@ TEST(ScaleKind, bringsSumAndAreaToANumber) {
 TEST(ScaleKind, refusesWhatHasNoSum) {
     KindHarness bench("Scale");
     with(bench, "histogram", counts({0, 0})).set("mode", "sum");
-    EXPECT_EQ(bench.failure(), "histogram: its sum is 0, which no factor brings to 1");
+    EXPECT_EQ(bench.failure(), "histogram: its sum is 0, which cannot be scaled to 1");
     EXPECT_TRUE(bench.set("factor", "NaN").failure().starts_with("factor: "));
 }
 
@@ -200,12 +200,12 @@ TEST(CombineKind, anEfficiencyDoesNotChangeWithACommonWeight) {
 
 TEST(CombineKind, refusesWhatDoesNotFit) {
     EXPECT_EQ(Combining("add", counts({1, 2}), counts({1})).bench.failure(),
-              "second: \"source\" has 2 bins from 0 to 2 and \"source\" has 1 bins from 0 to 1; they must be the same");
+              "second: \"source\" has 2 bins from 0 to 2 and \"source\" has 1 bins from 0 to 1; they must be equal");
     EXPECT_TRUE(Combining("add", counts({1}), plane()).bench.failure().ends_with("different numbers of axes"));
     EXPECT_TRUE(Combining("wilson", counts({3}), counts({2})).bench.failure().starts_with("first: a bin has"));
     auto points = std::make_shared<Points>(1, std::vector<Measurement>{});
     EXPECT_EQ(Combining("add", points, counts({1})).bench.failure(),
-              "first: what is wired is no histogram of one or two dimensions");
+              "first: expected a histogram of one or two dimensions");
 }
 
 TEST(CombineKind, combinesPlanes) {
@@ -237,8 +237,7 @@ TEST(ProjectKind, takesARangeOfTheOtherAxis) {
 
 TEST(ProjectKind, takesPlanesOnly) {
     KindHarness bench("Project");
-    EXPECT_EQ(with(bench, "histogram", counts({1})).failure(),
-              "histogram: what is wired is no two-dimensional histogram");
+    EXPECT_EQ(with(bench, "histogram", counts({1})).failure(), "histogram: expected a two-dimensional histogram");
 }
 
 TEST(CumulativeKind, sumsUpFromEitherEnd) {
@@ -311,7 +310,7 @@ TEST(CompareKind, refusesWhatCannotBeCompared) {
     EXPECT_EQ(bench.failure(), "second: nothing is wired");
     EXPECT_TRUE(with(bench, "second", counts({1})).failure().starts_with("second: \"source\" has 2 bins"));
     EXPECT_EQ(with(bench, "second", counts({0, 0})).failure(),
-              "second: there is nothing to compare: its heights add up to 0");
+              "second: it cannot be compared: its heights add up to 0");
 }
 
 }  // namespace

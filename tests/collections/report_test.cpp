@@ -250,7 +250,7 @@ TEST(ReportKind, whatCannotBeDrawnIsSaid) {
     KindHarness bench("Report");
     const Grid<3> cube({Axis(1, 0, 1), Axis(1, 0, 1), Axis(1, 0, 1)});
     bench.expectWarnings().remember(record()).wire("object", DataObjectPtr(std::make_shared<Histogram3D>(cube))).run();
-    EXPECT_NE(pageOf(written(bench)).text.find("It could not be drawn: "), std::string::npos);
+    EXPECT_NE(pageOf(written(bench)).text.find("It cannot be drawn: "), std::string::npos);
     EXPECT_EQ(bench.warnings().size(), 1U);
 }
 

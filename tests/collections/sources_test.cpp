@@ -122,12 +122,12 @@ TEST_F(Csv, typesCanBeGiven) {
 TEST_F(Csv, aBadFieldIsNamedByLineAndColumn) {
     write("# first\nx,n\n1,1\n2,b\n");
     bench.set("types", "n: integer");
-    EXPECT_EQ(complaint(), "data.csv\", line 4, column 2 (n): \"b\" is no value of type integer");
+    EXPECT_EQ(complaint(), "data.csv\", line 4, column 2 (n): \"b\" is not a value of type integer");
 }
 
 TEST_F(Csv, aRowOfAnotherLengthIsNamedByLine) {
     write("x,n\n1,1\n\"2\n\",2,3\n");
-    EXPECT_EQ(complaint(), "data.csv\", line 3: there are 3 fields where there should be 2");
+    EXPECT_EQ(complaint(), "data.csv\", line 3: there are 3 fields instead of 2");
 }
 
 TEST_F(Csv, badRowsAreSkippedCountedAndReported) {
@@ -137,17 +137,17 @@ TEST_F(Csv, badRowsAreSkippedCountedAndReported) {
     EXPECT_EQ(bench.table().column("n"), (Reals{1, 4}));
     ASSERT_EQ(bench.warnings().size(), 1U);
     EXPECT_TRUE(bench.warnings()[0].starts_with("3 rows were skipped; the first: "));
-    EXPECT_TRUE(bench.warnings()[0].ends_with("line 3, column 1 (x): \"bad\" is no value of type real"));
+    EXPECT_TRUE(bench.warnings()[0].ends_with("line 3, column 1 (x): \"bad\" is not a value of type real"));
 }
 
 TEST_F(Csv, aQuoteThatIsNotClosedIsSaid) {
     write("x,name\n1,\"mu\n2,e\n");
-    EXPECT_EQ(complaint(), "data.csv\", line 2: a quote is opened and not closed");
+    EXPECT_EQ(complaint(), "data.csv\", line 2: a quote is not closed");
 }
 
 TEST_F(Csv, oneFieldIsSaidInTheSingular) {
     write("x,n\n1\n");
-    EXPECT_EQ(complaint(), "data.csv\", line 2: there is 1 field where there should be 2");
+    EXPECT_EQ(complaint(), "data.csv\", line 2: there is 1 field instead of 2");
 }
 
 TEST_F(Csv, linesOfOldMacFilesEndWithACarriageReturn) {
@@ -170,15 +170,15 @@ TEST_F(Csv, otherUnicodeFormsAreRefusedByName) {
                                                           {{"\xFE\xFF\0x\0\n", 6}, "UTF-16"},
                                                           {{"\xFF\xFE\0\0x\0\0\0", 8}, "UTF-32"}}) {
         write(bytes);
-        EXPECT_EQ(complaint(), "data.csv\" is a text in " + form + "; only UTF-8 is read: save it as UTF-8");
+        EXPECT_EQ(complaint(), "data.csv\" is a text in " + form + "; save it as UTF-8");
     }
     write(std::string("x\0,\0n\0\n\0", 8));
-    EXPECT_EQ(complaint(), "data.csv\", line 1: a byte 0 stands in it, which no text has; is the file in UTF-16?");
+    EXPECT_EQ(complaint(), "data.csv\", line 1: it contains a zero byte; is the file encoded in UTF-16?");
 }
 
 TEST_F(Csv, aByteZeroIsNoText) {
     write(std::string("name,n\na,1\nb\0c,2\nd,3\n", 22));
-    EXPECT_EQ(complaint(), "data.csv\", line 3: a byte 0 stands in it, which no text has; is the file in UTF-16?");
+    EXPECT_EQ(complaint(), "data.csv\", line 3: it contains a zero byte; is the file encoded in UTF-16?");
     bench.set("errors", "skip").expectWarnings().run();
     EXPECT_EQ(column("name").texts(), (Column::Texts{"a", "d"}));
 }
@@ -195,7 +195,7 @@ TEST_F(Csv, bytesThatAreNoUtf8AreReadAsLatin1) {
 
 TEST_F(Csv, aRecordThatDoesNotEndIsNamedByItsLine) {
     write("\"x" + std::string(70U << 20U, ' '));
-    EXPECT_EQ(complaint(), "data.csv\", line 1: the record does not end; is a quote not closed?");
+    EXPECT_EQ(complaint(), "data.csv\", line 1: the record does not end; is there an unclosed quote?");
 }
 
 TEST_F(Csv, aMillionColumnsAreFoundByTheirNames) {
@@ -292,8 +292,9 @@ TEST_F(Csv, packedFilesAreReadByTheirContent) {
     }
     outputOf("python3 -c \"" + zip + "\" " + plain + target + "a.csv b.csv");
     write(test::textIn(bench.folder() / "made.zip"));
-    EXPECT_EQ(complaint(),
-              "data.csv is an archive of several files, and only of one can be read: it holds a.csv, b.csv");
+    EXPECT_EQ(
+        complaint(),
+        "data.csv is an archive of several files; only archives of one file can be read: it contains a.csv, b.csv");
 }
 
 TEST_F(Csv, aTextThatBeginsLikeAPackedFileIsAText) {
@@ -339,7 +340,7 @@ TEST_F(Csv, whatIsMissingCanBeWrittenInAnyWay) {
     EXPECT_EQ(column("name").texts(), (Column::Texts{"", "mu"}));
     write("n\n1\n\"\"\n");
     bench.set("types", "n: integer");
-    EXPECT_NE(complaint().find("line 3, column 1 (n): nothing stands where there should be a value"), std::string::npos)
+    EXPECT_NE(complaint().find("line 3, column 1 (n): nothing stands instead of a value"), std::string::npos)
         << complaint();
 }
 
@@ -461,7 +462,7 @@ TEST(RandomTable, mistakesAreRefused) {
         EXPECT_NE(random.refusal("columns", text), "") << text;
     }
     KindHarness bench("RandomTable");
-    EXPECT_EQ(bench.set("columns", " ; ").failure(), "columns: there is no column to make");
+    EXPECT_EQ(bench.set("columns", " ; ").failure(), "columns: no column is given");
 }
 
 TEST(RandomTable, stopsInTheMidst) {

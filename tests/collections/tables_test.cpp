@@ -56,9 +56,9 @@ TEST(Select, saysWhichColumnIsNotThere) {
     KindHarness bench("Select");
     bench.wire("table", tableOf({{"x", {1}}}, 2));
     EXPECT_EQ(bench.set("columns", "w").failure(), "columns: there is no column \"w\"");
-    EXPECT_EQ(bench.set("columns", "x x").failure(), "columns: column \"x\" stands in the list twice");
-    EXPECT_EQ(bench.set("columns", " ").failure(), "columns: no column would be left");
-    EXPECT_EQ(bench.kind().refusal("columns", "`x"), "a back quote is opened and not closed.");
+    EXPECT_EQ(bench.set("columns", "x x").failure(), "columns: column \"x\" is listed twice");
+    EXPECT_EQ(bench.set("columns", " ").failure(), "columns: no column is left");
+    EXPECT_EQ(bench.kind().refusal("columns", "`x"), "a back quote is not closed");
 }
 
 TEST(Range, keepsRowsBetweenPositionsInAllChunks) {
@@ -116,7 +116,7 @@ TEST(Concat, integersBecomeRealWhereAnotherTableHoldsReals) {
 TEST(Concat, otherTypesDoNotGoTogether) {
     KindHarness bench("Concat");
     bench.set("columns", "common").wire("table", tableOf({{"pt", {1}}}, 2)).wire("table2", withLists());
-    EXPECT_EQ(bench.failure(), "table2: column \"pt\" is a list of real here and real in the tables before");
+    EXPECT_EQ(bench.failure(), "table2: column \"pt\" is a list of real here and real in the previous tables");
     KindHarness none("Concat");
     none.set("columns", "common").wire("table", tableOf({{"a", {1}}}, 2)).wire("table2", tableOf({{"b", {1}}}, 2));
     EXPECT_EQ(none.failure(), "columns: the tables have no column in common");
@@ -228,7 +228,7 @@ TEST(Explode, listsOfOneRowMustBeEquallyLong) {
 TEST(Explode, needsAList) {
     KindHarness bench("Explode");
     bench.wire("table", tableOf({{"x", {1}}}, 2));
-    EXPECT_EQ(bench.failure(), "table: it has no list column");
+    EXPECT_EQ(bench.failure(), "table: the table has no list column");
     EXPECT_EQ(bench.set("columns", "x").failure(), "columns: column \"x\" holds no lists");
     KindHarness taken("Explode");
     taken.set("index", "n").wire("table", withLists());

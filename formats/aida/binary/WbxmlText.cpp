@@ -1,9 +1,11 @@
 #include "aida/binary/WbxmlText.h"
 
+#include "aida/Vocabulary.h"
 #include "aida/text/AidaText.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <string_view>
@@ -19,12 +21,12 @@ constexpr int switchPage = 0x00;
 constexpr int endMark = 0x01;
 constexpr int textMark = 0x03;
 constexpr int valueMark = 0xC3;
-/// No element lies deeper, and no value or tag is longer, in any file that means well.
-constexpr std::size_t deepest = 1000;
-constexpr std::uint32_t longest = 1U << 26U;
+/// Limits against malformed or hostile files.
+constexpr std::size_t maxDepth = 1000;
+constexpr std::uint32_t maxLength = 1U << 26U;
 
 /// Elements by number.
-constexpr std::array elements{
+constexpr std::array<std::string_view, 45> elements{
     "aida",        "implementation", "histogram1d", "histogram2d", "histogram3d", "axis",         "binBorder",
     "statistics",  "statistic",      "data1d",      "bin1d",       "data2d",      "bin2d",        "data3d",
     "bin3d",       "tuple",          "columns",     "column",      "rows",        "row",          "entry",
@@ -33,8 +35,10 @@ constexpr std::array elements{
     "measurement", "annotation",     "item",        "function",    "codelet",     "arguments",    "argument",
     "range",       "parameters",     "parameter"};
 
-/// Attributes by number; a page holds 59. Those without a name are written by nobody. The value of an entry has a
-/// number for each type.
+static_assert(std::ranges::all_of(elements, isKnownElement));
+
+/// Attributes by number; a page has 59. Numbers without a name are not in use. The value of an entry has one number for
+/// each type.
 constexpr int pageLength = 59;
 constexpr std::array attributes{"version",
                                 "",
@@ -108,22 +112,23 @@ constexpr std::array attributes{"version",
                                 "key",
                                 "sticky",
                                 "isNormalized"};
-/// A point of a cloud has its coordinates here, and in some files on the first page, where other elements have values.
+/// A point of a cloud has its coordinates at this number, and in some files at that of values, on the first page.
 constexpr int firstPoint = 28;
 constexpr int lastPoint = 30;
+static_assert(elements[firstPoint] == "entry1d" && elements[lastPoint] == "entry3d");
 constexpr std::size_t coordinates = 62;
 constexpr std::size_t coordinatesOnFirstPage = 3;
 
 std::string elementName(int number) {
     const auto position = static_cast<std::size_t>(number);
-    return position < elements.size() ? elements[position] : fmt::format("element-{}", number);
+    return position < elements.size() ? std::string(elements[position]) : fmt::format("element-{}", number);
 }
 
 bool isKnown(int element) {
     return static_cast<std::size_t>(element) < elements.size();
 }
 
-/// @return the name; empty where no such element has an attribute of this number.
+/// @return the name; empty if elements of this number have no such attribute.
 std::string_view attributeName(int element, std::size_t number) {
     const bool isPoint = element >= firstPoint && element <= lastPoint;
     if (isPoint && number >= coordinatesOnFirstPage && number < coordinatesOnFirstPage + 4) {
@@ -144,7 +149,7 @@ constexpr std::array<std::string_view, 9> types{"boolean", "byte", "char",  "dou
                                                 "int",     "long", "short", "text"};
 constexpr std::array<std::size_t, 8> sizes{1, 1, 2, 8, 4, 4, 8, 2};
 
-/// The text behind its length; it ends with a zero, which some leave out.
+/// Decodes a text after its length; it ends with a zero byte, which some writers omit.
 bool appendText(std::string_view bytes, std::string& text) {
     if (bytes.size() < 2) {
         return false;
@@ -179,7 +184,7 @@ bool appendBits(std::size_t type, std::string_view bytes, std::string& text) {
     return true;
 }
 
-/// A value behind its type. @return why it is none; empty where it is.
+/// Decodes a value after its type. @return why it is invalid; empty if it is valid.
 std::string appendTyped(std::size_t type, std::string_view bytes, std::string& text) {
     if (type >= types.size()) {
         return fmt::format("has the unknown type {}", type);
@@ -196,9 +201,9 @@ std::string appendTyped(std::size_t type, std::string_view bytes, std::string& t
 
 }  // namespace
 
-WbxmlText::WbxmlText(std::function<int()> nextByte) : next(std::move(nextByte)) {}
+WbxmlText::WbxmlText(std::function<int()> next) : next(std::move(next)) {}
 
-void WbxmlText::damaged(const std::string& what) {
+void WbxmlText::reportDamage(const std::string& what) {
     isOver = true;
     if (reason.empty()) {
         reason = fmt::format("the binary XML is damaged at its byte {}: {}", position, what);
@@ -219,7 +224,7 @@ std::string WbxmlText::place() const {
 int WbxmlText::byte() {
     const int value = isOver ? -1 : next();
     if (value < 0) {
-        damaged(element == none ? "it ends too early" : fmt::format("it ends within {}", place()));
+        reportDamage(element == none ? "it ends too early" : fmt::format("it ends within {}", place()));
     } else {
         ++position;
     }
@@ -234,11 +239,12 @@ std::uint32_t WbxmlText::length() {
             return 0;
         }
         value = value << 7U | static_cast<std::uint32_t>(more & 0x7F);
-        if (more < 0x80 && value <= longest) {
+        if (more < 0x80 && value <= maxLength) {
             return value;
         }
     }
-    damaged(element == none ? "a length is out of range" : fmt::format("the length of {} is out of range", place()));
+    reportDamage(element == none ? "a length is out of range"
+                                 : fmt::format("the length of {} is out of range", place()));
     return 0;
 }
 
@@ -251,7 +257,7 @@ std::string WbxmlText::bytes(std::uint32_t count) {
 }
 
 void WbxmlText::skipHead() {
-    bytes(1);  // Version; that this is 3, and the text UTF-8, whoever chose this reader has seen.
+    bytes(1);  // Version; the caller has checked that it is 3, and that the text is UTF-8.
     if (length() == 0) {
         length();
     }
@@ -270,7 +276,7 @@ bool WbxmlText::append(std::string& text) {
         text += R"(<?xml version="1.0" encoding="UTF-8"?>)";
     }
     appendNext(text);
-    // An element that is not complete would be taken for one that lacks something.
+    // An incomplete element would look like one that lacks attributes.
     if (!reason.empty()) {
         text.resize(before);
     }
@@ -287,7 +293,7 @@ void WbxmlText::appendNext(std::string& text) {
     } else if (code == textMark && !open.empty()) {
         appendCharacters(text);
     } else if (code == switchPage || (code & 0x3F) < firstCode) {
-        damaged(fmt::format("no such file has the code {}", code));
+        reportDamage(fmt::format("unknown code {}", code));
     } else if (code >= 0) {
         appendElement(code, text);
     }
@@ -305,22 +311,21 @@ void WbxmlText::appendElement(int tag, std::string& text) {
     }
     text += ">";
     open.push_back(element);
-    if (open.size() > deepest) {
-        damaged(fmt::format("elements lie deeper than {}", deepest));
+    if (open.size() > maxDepth) {
+        reportDamage(fmt::format("elements are nested deeper than {}", maxDepth));
     }
 }
 
-/// The page stays chosen from one element to the next.
-/// The page stays chosen from one element to the next.
+/// The current page persists from one element to the next.
 void WbxmlText::appendAttributes(std::string& text) {
     const std::uint64_t begin = position;
     for (int code = byte(); code >= 0 && code != endMark; code = byte()) {
-        if (position - begin > longest) {
-            damaged(fmt::format("{} is longer than {} MB", place(), longest >> 20U));
+        if (position - begin > maxLength) {
+            reportDamage(fmt::format("{} is longer than {} MB", place(), maxLength >> 20U));
         } else if (code == switchPage) {
             page = byte() & 0xFF;
         } else if (code < firstCode || code - firstCode >= pageLength) {
-            damaged(fmt::format("no attribute has the code {}", code));
+            reportDamage(fmt::format("no attribute has the code {}", code));
         } else {
             appendAttribute(page * pageLength + code - firstCode, text);
         }
@@ -330,9 +335,9 @@ void WbxmlText::appendAttributes(std::string& text) {
 void WbxmlText::appendAttribute(int number, std::string& text) {
     attribute = number;
     const std::string_view name = attributeName(element, static_cast<std::size_t>(number));
-    // What an element has that is left out as a whole does not matter.
+    // Attributes of unknown elements do not matter: these are skipped as a whole.
     if (name.empty() && isKnown(element)) {
-        return damaged(fmt::format("{} is not known", place()));
+        return reportDamage(fmt::format("{} is unknown", place()));
     }
     std::string value;
     appendValue(value);
@@ -345,7 +350,7 @@ void WbxmlText::appendAttribute(int number, std::string& text) {
 void WbxmlText::appendValue(std::string& text) {
     const int mark = byte();
     if (mark >= 0 && mark != valueMark) {
-        return damaged(fmt::format("{} has no value", place()));
+        return reportDamage(fmt::format("{} has no value", place()));
     }
     const std::string value = bytes(length());
     if (!reason.empty()) {
@@ -355,7 +360,7 @@ void WbxmlText::appendValue(std::string& text) {
         value.empty() ? "is empty"
                       : appendTyped(static_cast<unsigned char>(value[0]), std::string_view(value).substr(1), text);
     if (!problem.empty()) {
-        damaged(fmt::format("{} {}", place(), problem));
+        reportDamage(fmt::format("{} {}", place(), problem));
     }
 }
 
@@ -363,7 +368,7 @@ void WbxmlText::appendCharacters(std::string& text) {
     const std::string count = bytes(2);
     appendEscaped(bytes(static_cast<std::uint32_t>(bigEndian(count))), text);
     if (byte() > 0) {
-        damaged("a text between elements is longer than it says");
+        reportDamage("a text between elements is longer than stated");
     }
 }
 

@@ -7,17 +7,17 @@
 
 namespace velmorak::io {
 
-/// Turns the binary form of an AIDA file, WBXML "BinaryAIDA/1.0", into the text that it stands for. docs/aida.md
-/// describes its layout. Works byte by byte, in memory for one value and the names of the open elements.
+/// Decodes the binary form of an AIDA file, WBXML "BinaryAIDA/1.0", to XML text. docs/aida.md describes its layout.
+/// Works byte by byte; memory is needed for one value and the stack of open elements.
 class WbxmlText {
 public:
-    /// @param nextByte gives the next byte, negative at the end.
-    explicit WbxmlText(std::function<int()> nextByte);
+    /// @param next returns the next byte, negative at the end.
+    explicit WbxmlText(std::function<int()> next);
 
     /// Appends the text of the next element or end of one.
-    /// @return false at the end, and where the bytes are damaged.
+    /// @return false at the end, and if the bytes are damaged.
     bool append(std::string& text);
-    /// Why there is no more; empty where the bytes are whole.
+    /// Why there is no more text; empty if the bytes are intact.
     const std::string& damage() const { return reason; }
 
 private:
@@ -31,18 +31,18 @@ private:
     void appendAttribute(int number, std::string& text);
     void appendValue(std::string& text);
     void appendCharacters(std::string& text);
-    void damaged(const std::string& what);
+    void reportDamage(const std::string& what);
     std::string place() const;
 
     std::function<int()> next;
     std::uint64_t position = 0;
     static constexpr int none = -1;
     int page = 0;          ///< Of the attributes.
-    int element = none;    ///< Whose beginning is being read.
-    int attribute = none;  ///< Whose value is being read.
+    int element = none;    ///< Element whose beginning is being read.
+    int attribute = none;  ///< Attribute whose value is being read.
     bool isBegun = false;
     bool isOver = false;
-    std::vector<int> open;  ///< Numbers of the elements that have not ended.
+    std::vector<int> open;  ///< Numbers of the open elements, outermost first.
     std::string reason;
 };
 

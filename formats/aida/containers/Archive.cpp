@@ -91,7 +91,7 @@ bool Archive::nextEntry() {
 
 std::string Archive::sentence() const {
     const char* known = archive_error_string(handle.get());
-    return !known ? "no reason known" : known;
+    return !known ? "unknown reason" : known;
 }
 
 void Archive::fail() {

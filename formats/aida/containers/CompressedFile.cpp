@@ -19,7 +19,7 @@ namespace {
 using io::Decompressor;
 using io::Packing;
 
-/// Only what no text begins with: a text may well begin as the other packed forms do.
+/// Only the formats whose magic bytes cannot begin a text; a text may begin like the others.
 Packing packingOf(std::string_view bytes) {
     constexpr std::string_view bzip2Block = "1AY&SY";
     if (bytes.starts_with("\x1F\x8B")) {
@@ -37,7 +37,7 @@ Packing packingOf(const std::filesystem::path& file) {
     return packingOf(std::string_view(bytes.data(), plain->read(bytes.data(), bytes.size())));
 }
 
-/// @throws Failure unless there is one file in the archive.
+/// @throws Failure unless the archive contains exactly one file.
 void mustHoldOne(const std::filesystem::path& file) {
     const auto archive = io::openPacked(file, Packing::Zip);
     std::string names;
@@ -50,8 +50,9 @@ void mustHoldOne(const std::filesystem::path& file) {
                                   archive->damage().empty() ? "" : ": ", archive->damage()));
     }
     if (count > 1) {
-        throw Failure(fmt::format("{} is an archive of several files, and only of one can be read: it holds {}",
-                                  file.string(), names));
+        throw Failure(
+            fmt::format("{} is an archive of several files; only archives of one file can be read: it contains {}",
+                        file.string(), names));
     }
 }
 

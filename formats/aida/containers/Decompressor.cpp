@@ -43,15 +43,15 @@ std::size_t PlainFile::read(char* target, std::size_t size) {
     const auto count = static_cast<std::size_t>(input.gcount());
     taken += count;
     if (input.bad()) {
-        damaged("the file cannot be read on");
+        damaged("reading the file failed");
     }
     return count;
 }
 
-/// gzip of one member or several, zlib, and deflate without a head.
+/// gzip of one member or several, zlib, and raw deflate.
 class Deflated : public Decompressor {
 public:
-    Deflated(const std::filesystem::path& file, Packing how);
+    Deflated(const std::filesystem::path& input, Packing how);
     ~Deflated() override { inflateEnd(&state); }
     Deflated(const Deflated&) = delete;
     Deflated& operator=(const Deflated&) = delete;
@@ -80,7 +80,7 @@ private:
     bool isFinished = false;
 };
 
-Deflated::Deflated(const std::filesystem::path& file, Packing how) : input(file), packing(how), packed(packedSize) {
+Deflated::Deflated(const std::filesystem::path& input, Packing how) : input(input), packing(how), packed(packedSize) {
     const int bits = packing == Packing::Gzip ? 16 + MAX_WBITS : packing == Packing::Zlib ? MAX_WBITS : -MAX_WBITS;
     if (inflateInit2(&state, bits) != Z_OK) {
         throw std::bad_alloc();
@@ -107,13 +107,13 @@ void Deflated::step() {
     state.avail_in = static_cast<uInt>(packedEnd - packedBegin);
     const int status = ::inflate(&state, Z_NO_FLUSH);
     packedBegin = packedEnd - state.avail_in;
-    // Without more input the last bytes may still have to come out.
+    // The last bytes may still have to be output.
     if (status == Z_BUF_ERROR && !hasMore) {
         end(fmt::format("the {} data end too early", packingName()));
     } else if (status == Z_STREAM_END) {
         isFinished = !beginNextMember();
     } else if (status != Z_OK && status != Z_BUF_ERROR) {
-        end(fmt::format("the {} data are damaged ({})", packingName(), state.msg ? state.msg : "no reason known"));
+        end(fmt::format("the {} data are damaged ({})", packingName(), state.msg ? state.msg : "unknown reason"));
     }
 }
 
@@ -132,7 +132,7 @@ bool Deflated::beginNextMember() {
     if (packing != Packing::Gzip || (packedBegin == packedEnd && !refill())) {
         return false;
     }
-    // What follows the last member, zeros of a tape for example, is none of the file's content.
+    // Bytes after the last member, for example a tape's padding with zeros, are ignored.
     if (packed[packedBegin] != '\x1F') {
         return false;
     }

@@ -12,8 +12,8 @@ namespace {
 
 constexpr std::size_t packedSize = std::size_t{1} << 16;
 
-/// gzip by ISA-L, which unpacks several times faster than zlib. Where it finds damage the file is unpacked again by
-/// zlib, from the beginning: what follows is zlib's, and so is the sentence about the damage.
+/// gzip by ISA-L, which is several times faster than zlib. If it finds damage, zlib decompresses the file again from
+/// the beginning, so that data and error message are those of zlib.
 class FastGzip : public Decompressor {
 public:
     explicit FastGzip(const std::filesystem::path& path);
@@ -82,7 +82,7 @@ int FastGzip::inflateMore() {
 
 void FastGzip::step() {
     if (state.avail_in == 0 && !refill()) {
-        // The last bytes may still be inside; with none the data end too early.
+        // The last bytes may still have to be output; if there are none, the data are truncated.
         const std::uint32_t before = state.avail_out;
         isRefused =
             inflateMore() != ISAL_DECOMP_OK || (state.avail_out == before && state.block_state != ISAL_BLOCK_FINISH);
@@ -101,7 +101,7 @@ bool FastGzip::refill() {
 }
 
 bool FastGzip::beginNextMember() {
-    // What follows the last member, zeros of a tape for example, is none of the file's content.
+    // Bytes after the last member, for example a tape's padding with zeros, are ignored.
     if ((state.avail_in == 0 && !refill()) || *state.next_in != 0x1F) {
         return false;
     }

@@ -57,7 +57,7 @@ std::string shown(std::string_view bytes) {
     return hex;
 }
 
-/// The file's first bytes. @throws Failure when there are none.
+/// The file's first bytes. @throws Failure if it is empty.
 std::string firstBytes(const std::filesystem::path& file) {
     std::string bytes(lookAhead, '\0');
     const auto plain = openPacked(file, Packing::Plain);
@@ -70,7 +70,7 @@ std::string firstBytes(const std::filesystem::path& file) {
 
 }  // namespace
 
-TextInput::TextInput(const std::filesystem::path& file, const RunContext& runContext) : context(runContext) {
+TextInput::TextInput(const std::filesystem::path& file, const RunContext& context) : context(context) {
     const std::string first = firstBytes(file);
     std::error_code error;
     fileSize = std::filesystem::file_size(file, error);
@@ -82,7 +82,7 @@ TextInput::TextInput(const std::filesystem::path& file, const RunContext& runCon
     unpacker = openPacked(file, packing);
     if (packing == Packing::Zip) {
         if (!nextDocument()) {
-            throw Failure(fmt::format("{} holds no XML{}{}", file.string(), damage().empty() ? "" : ": ", damage()));
+            throw Failure(fmt::format("{} contains no XML{}{}", file.string(), damage().empty() ? "" : ": ", damage()));
         }
         return;
     }
@@ -90,7 +90,7 @@ TextInput::TextInput(const std::filesystem::path& file, const RunContext& runCon
     if (beginDocument() && !(isWithoutMark && head.empty())) {
         return;
     }
-    // Bytes without a mark may be deflate without a head, and are, where they unpack to XML.
+    // Bytes without a known magic number are raw deflate if they decompress to XML.
     const bool isPacked = packing != Packing::Plain && !isWithoutMark;
     throw Failure(
         fmt::format("{} is not XML: first bytes {}", file.string(), shown(isPacked ? std::string_view(head) : first)));
@@ -110,7 +110,7 @@ bool TextInput::beginDocument() {
     if (head.starts_with(binaryMark)) {
         binary = std::make_unique<WbxmlText>([this] { return nextByte(); });
     }
-    // A damaged beginning is told when it is read.
+    // Damage at the beginning is reported when it is read.
     return binary || isXml(head);
 }
 

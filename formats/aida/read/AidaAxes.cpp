@@ -1,3 +1,4 @@
+#include "aida/Vocabulary.h"
 #include "aida/read/AidaObjectBuilder.h"
 
 #include <velmorak/Failure.h>
@@ -6,6 +7,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 
@@ -13,29 +15,29 @@ namespace velmorak::io {
 
 namespace {
 
-constexpr double usualCells = 1 << 24;
+constexpr double defaultMaxCells = 1 << 24;
 
-/// A file may promise any number of bins; memory for them is only taken up to here.
+/// Limit for the cells of an object: a file may declare any number of bins.
 double maxCells() {
     const char* wanted = std::getenv("VELMORAK_MOST_CELLS");
-    return !wanted ? usualCells : numberOr(wanted, usualCells);
+    return !wanted ? defaultMaxCells : numberOr(wanted, defaultMaxCells);
 }
 
-double binsOf(const RawAxis& axis) {
+double binsOf(const ParsedAxis& axis) {
     const double bins = numberOr(axis.bins.c_str(), notGiven);
     const double low = numberOr(axis.low.c_str(), notGiven);
     const double high = numberOr(axis.high.c_str(), notGiven);
     if (axis.bins.empty() && axis.low.empty() && axis.high.empty()) {
-        throw Failure("an axis has no min, max and numberOfBins, so that its bins have no place");
+        throw Failure("an axis has no min, max and numberOfBins");
     }
     if (!(bins >= 1.0) || bins != std::floor(bins) || !(low < high)) {
-        throw Failure(fmt::format(R"(an axis cannot have min="{:.40}" max="{:.40}" numberOfBins="{:.40}")", axis.low,
-                                  axis.high, axis.bins));
+        throw Failure(fmt::format(R"(an axis has invalid attributes min="{:.40}" max="{:.40}" numberOfBins="{:.40}")",
+                                  axis.low, axis.high, axis.bins));
     }
     return bins;
 }
 
-Axis axisFrom(const RawAxis& axis, std::vector<std::string>& warnings) {
+Axis axisFrom(const ParsedAxis& axis, std::vector<std::string>& warnings) {
     const auto bins = static_cast<std::size_t>(binsOf(axis));
     const double low = numberOr(axis.low.c_str(), notGiven);
     const double high = numberOr(axis.high.c_str(), notGiven);
@@ -45,7 +47,7 @@ Axis axisFrom(const RawAxis& axis, std::vector<std::string>& warnings) {
         return {bins, low, high};
     }
     if (edges.size() == bins + 1) {
-        warnings.emplace_back("an axis lists its outer edges among the inner ones");
+        warnings.emplace_back("an axis lists its outer edges as inner borders");
         return Axis(std::move(edges));
     }
     if (edges.size() != bins - 1) {
@@ -56,13 +58,14 @@ Axis axisFrom(const RawAxis& axis, std::vector<std::string>& warnings) {
     return Axis(std::move(edges));
 }
 
-/// Positions of the axes in the file, by direction; in the order of the file where directions are missing.
-std::vector<std::size_t> axisOrder(const RawObject& raw, std::size_t dimensions, std::vector<std::string>& warnings) {
+/// Positions of the axes in the file by direction; in the order of the file if directions are missing.
+std::vector<std::size_t> axisOrder(const ParsedObject& parsed, std::size_t dimensions,
+                                   std::vector<std::string>& warnings) {
     constexpr std::string_view names = "xyz";
     std::vector<std::size_t> order;
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
         for (std::size_t place = 0; place < dimensions; ++place) {
-            if (order.size() == direction && raw.axes[place].direction == names.substr(direction, 1)) {
+            if (order.size() == direction && parsed.axes[place].direction == names.substr(direction, 1)) {
                 order.push_back(place);
             }
         }
@@ -71,7 +74,7 @@ std::vector<std::size_t> axisOrder(const RawObject& raw, std::size_t dimensions,
         return order;
     }
     if (dimensions > 1) {
-        warnings.emplace_back("the axes do not say their directions; they are taken in their order");
+        warnings.emplace_back("the axes have no directions; they are used in their order");
     }
     order.clear();
     for (std::size_t place = 0; place < dimensions; ++place) {
@@ -80,12 +83,13 @@ std::vector<std::size_t> axisOrder(const RawObject& raw, std::size_t dimensions,
     return order;
 }
 
-std::size_t dimensionsOf(const RawObject& raw) {
-    const bool isBinned = raw.element.starts_with("histogram") || raw.element.starts_with("profile");
-    return isBinned && raw.element.size() > 2 ? static_cast<std::size_t>(raw.element[raw.element.size() - 2] - '0') : 0;
+std::size_t dimensionsOf(const ParsedObject& parsed) {
+    const AidaObjectType* const type = aidaObjectType(parsed.element);
+    const bool isBinned = type && (type->family == AidaFamily::Histogram || type->family == AidaFamily::Profile);
+    return isBinned ? type->dimensions : 0;
 }
 
-/// @return false where a list is none of so many numbers.
+/// @return false if a list does not have that many numbers.
 bool addSums(const std::string& text, std::size_t numbers, std::map<std::size_t, std::vector<double>>& sums) {
     for (std::size_t begin = 0; begin < text.size();) {
         const std::size_t end = std::min(text.find(';', begin), text.size());
@@ -110,7 +114,7 @@ bool addSums(const std::string& text, std::size_t numbers, std::map<std::size_t,
     return true;
 }
 
-/// Sorts bins by their cells. @return how many were left out because a later one is for the same cell.
+/// Sorts bins by cell. @return how many were dropped because a later one has the same cell.
 std::size_t keepLast(PlacedBins& placed) {
     const auto isBefore = [](const auto& one, const auto& other) { return one.first < other.first; };
     if (!std::is_sorted(placed.begin(), placed.end(), isBefore)) {
@@ -130,50 +134,54 @@ std::size_t keepLast(PlacedBins& placed) {
 
 }  // namespace
 
-std::size_t promisedCells(const RawObject& raw) {
-    const std::size_t dimensions = dimensionsOf(raw);
+std::size_t declaredCells(const ParsedObject& parsed) {
+    const std::size_t dimensions = dimensionsOf(parsed);
     double cells = 1.0;
-    for (const RawAxis& axis : raw.axes) {
+    for (const ParsedAxis& axis : parsed.axes) {
         cells *= numberOr(axis.bins.c_str(), 0.0) + 2.0;
     }
-    const bool isPossible = dimensions != 0 && raw.axes.size() == dimensions && cells >= 1.0 && cells <= maxCells();
+    const bool isPossible = dimensions != 0 && parsed.axes.size() == dimensions && cells >= 1.0 && cells <= maxCells();
     return isPossible ? static_cast<std::size_t>(cells) : 0;
 }
 
-std::size_t promisedBytes(const RawObject& raw) {
-    const std::size_t perCell = raw.element == "histogram1d"   ? sizeof(BinSums)
-                                : raw.element == "histogram2d" ? sizeof(GridSums<2>)
-                                : raw.element == "histogram3d" ? sizeof(GridSums<3>)
-                                : raw.element == "profile1d"   ? sizeof(ProfileSums<1>) + sizeof(ProfileReading)
-                                                               : sizeof(ProfileSums<2>) + sizeof(ProfileReading);
-    // The edges of an axis stand there twice, and with a table in which to look for them.
+std::size_t declaredBytes(const ParsedObject& parsed) {
+    constexpr std::array histogramCell{sizeof(BinSums), sizeof(GridSums<2>), sizeof(GridSums<3>)};
+    constexpr std::array profileCell{sizeof(ProfileSums<1>) + sizeof(ProfileReading),
+                                     sizeof(ProfileSums<2>) + sizeof(ProfileReading)};
+    const std::size_t cells = declaredCells(parsed);
+    if (cells == 0) {
+        return 0;
+    }
+    const std::size_t direction = dimensionsOf(parsed) - 1;
+    const std::size_t perCell =
+        isOfFamily(parsed.element, AidaFamily::Histogram) ? histogramCell.at(direction) : profileCell.at(direction);
+    // An axis stores its edges twice, and a lookup table.
     constexpr std::size_t perBin = 20;
     std::size_t bins = 0;
-    for (const RawAxis& axis : raw.axes) {
+    for (const ParsedAxis& axis : parsed.axes) {
         bins += static_cast<std::size_t>(std::clamp(numberOr(axis.bins.c_str(), 0.0), 0.0, maxCells()));
     }
-    const std::size_t cells = promisedCells(raw);
-    return cells == 0 ? 0 : cells * perCell + bins * perBin;
+    return cells * perCell + bins * perBin;
 }
 
-std::vector<Axis> axesFrom(const RawObject& raw, std::size_t dimensions, std::vector<std::string>& warnings) {
-    if (raw.axes.size() != dimensions) {
-        throw Failure(fmt::format("it has {} axes instead of {}", raw.axes.size(), dimensions));
+std::vector<Axis> axesFrom(const ParsedObject& parsed, std::size_t dimensions, std::vector<std::string>& warnings) {
+    if (parsed.axes.size() != dimensions) {
+        throw Failure(fmt::format("it has {} axes instead of {}", parsed.axes.size(), dimensions));
     }
     double cells = 1.0;
-    for (const RawAxis& axis : raw.axes) {
+    for (const ParsedAxis& axis : parsed.axes) {
         cells *= binsOf(axis) + 2.0;
     }
     if (cells > maxCells()) {
-        throw Failure(fmt::format("its axes promise {} cells; at most {} are read", textOf(cells), textOf(maxCells())));
+        throw Failure(fmt::format("its axes declare {} cells; the limit is {}", textOf(cells), textOf(maxCells())));
     }
     std::vector<Axis> axes;
-    for (const std::size_t place : axisOrder(raw, dimensions, warnings)) {
-        axes.push_back(axisFrom(raw.axes[place], warnings));
+    for (const std::size_t place : axisOrder(parsed, dimensions, warnings)) {
+        axes.push_back(axisFrom(parsed.axes[place], warnings));
     }
     constexpr std::array keys{"XLabel", "YLabel", "ZLabel"};
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
-        if (const std::string* title = annotated(raw.annotation, keys[direction])) {
+        if (const std::string* title = annotated(parsed.annotation, keys[direction])) {
             axes[direction].title = *title;
         }
     }
@@ -181,19 +189,19 @@ std::vector<Axis> axesFrom(const RawObject& raw, std::size_t dimensions, std::ve
 }
 
 template <std::size_t dimensions>
-PlacedBins placedBins(const RawObject& raw, const Grid<dimensions>& grid, std::vector<std::string>& warnings) {
+PlacedBins placedBins(const ParsedObject& parsed, const Grid<dimensions>& grid, std::vector<std::string>& warnings) {
     PlacedBins placed;
     std::size_t outside = 0;
-    for (const RawBin& bin : raw.bins) {
+    for (const ParsedBin& bin : parsed.bins) {
         typename Grid<dimensions>::Cells cells{};
         bool isOnGrid = true;
         for (std::size_t direction = 0; direction < dimensions; ++direction) {
             const std::size_t bins = grid.axis(direction).bins();
             const std::int64_t number = bin.numbers[direction];
-            isOnGrid = isOnGrid && number >= RawBin::underflow && number < static_cast<std::int64_t>(bins);
-            cells[direction] = number == RawBin::underflow  ? 0
-                               : number == RawBin::overflow ? bins + 1
-                                                            : static_cast<std::size_t>(number) + 1;
+            isOnGrid = isOnGrid && number >= ParsedBin::underflow && number < static_cast<std::int64_t>(bins);
+            cells[direction] = number == ParsedBin::underflow  ? 0
+                               : number == ParsedBin::overflow ? bins + 1
+                                                               : static_cast<std::size_t>(number) + 1;
         }
         if (isOnGrid) {
             placed.emplace_back(grid.cell(cells), &bin);
@@ -203,22 +211,22 @@ PlacedBins placedBins(const RawObject& raw, const Grid<dimensions>& grid, std::v
     }
     const std::size_t repeated = keepLast(placed);
     if (outside != 0) {
-        warnings.push_back(fmt::format("{} of its bins are beyond its axes and left out", outside));
+        warnings.push_back(fmt::format("{} of its bins are beyond its axes and are ignored", outside));
     }
     if (repeated != 0) {
-        warnings.push_back(fmt::format("{} of its bins are given more than once; the last one is taken", repeated));
+        warnings.push_back(fmt::format("{} of its bins are listed more than once; the last one is used", repeated));
     }
     return placed;
 }
 
-template PlacedBins placedBins(const RawObject&, const Grid<1>&, std::vector<std::string>&);
-template PlacedBins placedBins(const RawObject&, const Grid<2>&, std::vector<std::string>&);
-template PlacedBins placedBins(const RawObject&, const Grid<3>&, std::vector<std::string>&);
+template PlacedBins placedBins(const ParsedObject&, const Grid<1>&, std::vector<std::string>&);
+template PlacedBins placedBins(const ParsedObject&, const Grid<2>&, std::vector<std::string>&);
+template PlacedBins placedBins(const ParsedObject&, const Grid<3>&, std::vector<std::string>&);
 
-std::map<std::size_t, std::vector<double>> annotatedSums(const RawObject& raw, std::string_view key,
+std::map<std::size_t, std::vector<double>> annotatedSums(const ParsedObject& parsed, std::string_view key,
                                                          std::size_t numbers) {
     std::map<std::size_t, std::vector<double>> sums;
-    for (const AnnotationItem& item : raw.annotation) {
+    for (const AnnotationItem& item : parsed.annotation) {
         if (item.key == key && !addSums(item.value, numbers, sums)) {
             return {};
         }

@@ -1,6 +1,7 @@
 #include "aida/read/AidaColumns.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/Text.h>
 
 #include <fmt/format.h>
 
@@ -12,15 +13,6 @@ namespace velmorak::io {
 namespace {
 
 constexpr int maxDeclarationDepth = 16;
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    const auto first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
 
 bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
@@ -66,9 +58,9 @@ std::string_view unquoted(std::string_view text) {
 /// Reads "{ double px = 0.0, py; ITuple hits = { int x } }" and the older "ITuple { float px, py; int q } trk".
 class ColumnDeclarationParser {
 public:
-    explicit ColumnDeclarationParser(std::string_view booking) : text(booking) {}
+    explicit ColumnDeclarationParser(std::string_view text) : text(text) {}
 
-    /// The list after an opening brace, to its closing one.
+    /// Parses the list after an opening brace up to the closing one.
     std::vector<AidaColumn> list(int depth);
 
     std::string_view upTo(std::string_view ends);
@@ -163,7 +155,7 @@ std::vector<AidaColumn> ColumnDeclarationParser::nested(int depth) {
     return {};
 }
 
-std::vector<AidaColumn> bookedIn(std::string_view braces) {
+std::vector<AidaColumn> columnsIn(std::string_view braces) {
     ColumnDeclarationParser booking(braces);
     booking.upTo("{");
     booking.skip();
@@ -196,7 +188,7 @@ AidaColumn columnFrom(std::string_view name, std::string_view type, std::string_
     const auto equals = name.find('=');
     const auto brace = name.find('{');
     if (column.isNested && brace < equals && contains(name.substr(0, brace), "uple")) {
-        column.children = bookedIn(name);
+        column.children = columnsIn(name);
         column.name = trimmed(name.substr(std::min(name.rfind('}') + 1, name.size())));
         return column;
     }
@@ -205,9 +197,9 @@ AidaColumn columnFrom(std::string_view name, std::string_view type, std::string_
     if (!column.isNested) {
         column.defaultText = column.type == ColumnType::Text ? unquoted(rest) : rest;
     } else if (!booking.empty()) {
-        column.children = bookedIn(booking);
+        column.children = columnsIn(booking);
     } else if (contains(rest, "{")) {
-        column.children = bookedIn(rest);
+        column.children = columnsIn(rest);
         column.name = withoutOptions(column.name);
     }
     return column;
@@ -239,25 +231,6 @@ std::string plainName(std::string_view name) {
 std::string objectPath(std::string_view folder, std::string_view name) {
     const std::string path = normalPath(folder);
     return (path == "/" ? path : path + "/") + plainName(name);
-}
-
-bool isKnownElement(std::string_view name) {
-    constexpr std::array known{"aida",          "annotation",    "argument",        "arguments",
-                               "axis",          "bin1d",         "bin2d",           "bin3d",
-                               "binBorder",     "cloud1d",       "cloud2d",         "cloud3d",
-                               "codelet",       "column",        "columns",         "covarianceMatrix",
-                               "data1d",        "data2d",        "data3d",          "dataPoint",
-                               "dataPointSet",  "dimension",     "dimenstion",      "entries1d",
-                               "entries2d",     "entries3d",     "entry",           "entry1d",
-                               "entry2d",       "entry3d",       "entryITuple",     "entryTuple",
-                               "fitConstraint", "fitResult",     "fittedParameter", "function",
-                               "histogram1d",   "histogram2d",   "histogram3d",     "implementation",
-                               "item",          "matrixElement", "measurement",     "parameter",
-                               "parameters",    "profile1d",     "profile2d",       "range",
-                               "row",           "rows",          "statistic",       "statistics",
-                               "tuple"};
-    return std::binary_search(known.begin(), known.end(), name,
-                              [](std::string_view a, std::string_view b) { return a < b; });
 }
 
 }  // namespace velmorak::io

@@ -8,14 +8,14 @@
 
 namespace velmorak::io {
 
-/// A tuple of more columns is refused.
+/// Limit for the columns of a tuple.
 inline constexpr std::size_t maxColumns = std::size_t{1} << 20U;
 
 /// A column of a tuple as its file describes it.
 struct AidaColumn {
     std::string name;
     std::string typeText;     ///< As written: "double", "java.lang.String".
-    std::string defaultText;  ///< What stands for a missing entry; empty when the file gives none.
+    std::string defaultText;  ///< Replaces a missing entry; empty if the file gives none.
     bool isNested = false;
     bool isSingleCharacter = false;
     ColumnType type = ColumnType::Real;  ///< Of a column that is not nested.
@@ -23,23 +23,20 @@ struct AidaColumn {
     std::vector<AidaColumn> children;    ///< Of a nested column.
 };
 
-/// The columns have the same names, types and nested columns, so that rows of the one fit the other.
+/// @return whether the columns have the same names, types and nested columns, so that rows of one fit the other.
 bool haveSameShape(const std::vector<AidaColumn>& some, const std::vector<AidaColumn>& others);
 
-/// Reads the attributes of a <column>, in every dialect in which programs write them.
-/// @param booking attribute of that name, empty when there is none.
-/// @throws Failure when it describes more than maxColumns.
+/// Parses the attributes of a <column>, in all dialects that programs write.
+/// @param booking attribute of that name; empty if there is none.
+/// @throws Failure if it describes more than maxColumns.
 AidaColumn columnFrom(std::string_view name, std::string_view type, std::string_view booking);
 
-/// @return an object's name without the backslash that some programs put before a "/" in it.
+/// @return an object's name without the backslashes that some programs put before "/".
 std::string plainName(std::string_view name);
-/// @return "/" separated path of an object from the attributes of its element: with a "/" in front, none doubled, none
-///         at the end.
+/// @return path of an object from the attributes of its element, "/" separated: with a leading "/", and no double or
+///         trailing ones.
 std::string objectPath(std::string_view folder, std::string_view name);
-/// @return the path written in the same way.
+/// @return the path in the same form.
 std::string normalPath(std::string_view path);
-
-/// @return whether the format, or a program that writes it, has such an element.
-bool isKnownElement(std::string_view name);
 
 }  // namespace velmorak::io

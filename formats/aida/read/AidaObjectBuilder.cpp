@@ -1,12 +1,16 @@
 #include "aida/read/AidaObjectBuilder.h"
 
+#include "aida/Vocabulary.h"
+
 #include <velmorak/Failure.h>
 #include <velmorak/Profile.h>
+#include <velmorak/Text.h>
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 
 namespace velmorak::io {
 
@@ -15,21 +19,21 @@ namespace {
 constexpr std::size_t maxDimensions = 1000;
 
 template <typename Object>
-std::shared_ptr<DataObject> named(Object object, const RawObject& raw) {
-    object.name = raw.name;
-    object.title = raw.title;
-    object.annotation = raw.annotation;
-    object.options = raw.options;
+std::shared_ptr<DataObject> entitled(Object object, const ParsedObject& parsed) {
+    object.name = parsed.name;
+    object.title = parsed.title;
+    object.annotation = parsed.annotation;
+    object.options = parsed.options;
     return std::make_shared<Object>(std::move(object));
 }
 
-std::int64_t nanEntriesOf(const RawObject& raw) {
-    const std::string* text = annotated(raw.annotation, "NaNEntries");
+std::int64_t nanEntriesOf(const ParsedObject& parsed) {
+    const std::string* text = annotated(parsed.annotation, "NaNEntries");
     const double count = !text ? 0.0 : numberOr(text->c_str(), 0.0);
     return count >= 0.0 && count < 9e18 ? static_cast<std::int64_t>(count) : 0;
 }
 
-/// The coordinate's mean where the file does not say it: writers leave out a mean of 0, others leave out all means.
+/// Mean of the coordinate if the file does not give it: some writers omit a mean of 0, others omit all means.
 double likelyMean(const Axis& axis, std::size_t cell) {
     if (cell == 0 || cell > axis.bins()) {
         return 0.0;
@@ -38,18 +42,19 @@ double likelyMean(const Axis& axis, std::size_t cell) {
     return mayBeZero ? 0.0 : axis.center(cell - 1);
 }
 
-double heightOf(const RawBin& bin) {
+double heightOf(const ParsedBin& bin) {
     return std::isnan(bin.height) ? static_cast<double>(bin.entries) : bin.height;
 }
 
-/// Sums of the coordinates of a bin whose weights add up to w.
+/// Adds the sums of the coordinates of a bin whose sum of weights is w.
 template <std::size_t dimensions, typename Sums>
-void addCoordinates(const RawBin& bin, const Grid<dimensions>& grid, std::size_t cell, bool isHistogram, Sums& sums) {
+void addCoordinates(const ParsedBin& bin, const Grid<dimensions>& grid, std::size_t cell, bool isHistogram,
+                    Sums& sums) {
     const auto cells = grid.alongAxes(cell);
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
         const double mean = std::isnan(bin.means[direction]) ? likelyMean(grid.axis(direction), cells[direction])
                                                              : bin.means[direction];
-        // Old writers of histograms put the spread of the coordinate into rms.
+        // Old writers store the spread of the coordinate of a histogram in rms.
         const bool hasOldSpread = isHistogram && dimensions == 1 && std::isnan(bin.spreads[direction]);
         double spread = hasOldSpread ? bin.rms : bin.spreads[direction];
         spread = std::isnan(spread) ? 0.0 : spread;
@@ -59,7 +64,7 @@ void addCoordinates(const RawBin& bin, const Grid<dimensions>& grid, std::size_t
 }
 
 template <std::size_t dimensions>
-GridSums<dimensions> sumsOf(const RawBin& bin, const Grid<dimensions>& grid, std::size_t cell) {
+GridSums<dimensions> sumsOf(const ParsedBin& bin, const Grid<dimensions>& grid, std::size_t cell) {
     GridSums<dimensions> sums;
     sums.entries = bin.entries;
     sums.w = heightOf(bin);
@@ -85,7 +90,8 @@ bool agree(double a, double b) {
     return a == b || (std::isnan(a) && std::isnan(b)) || std::abs(a - b) <= 1e-8 * std::max(std::abs(a), std::abs(b));
 }
 
-/// Exact sums stand beside the bins. A program that changed the bins and kept the annotation is noticed here.
+/// Whether the exact sums in the annotation contradict the bins: another program may have changed the bins and kept the
+/// annotation.
 template <typename Sums>
 bool isStale(const CellVector<Sums>& fromBins, const std::map<std::size_t, std::vector<double>>& exact,
              bool isHistogram) {
@@ -110,63 +116,63 @@ bool isStale(const CellVector<Sums>& fromBins, const std::map<std::size_t, std::
     return false;
 }
 
-void noteErrors(const RawObject& raw, std::vector<std::string>& warnings) {
-    const auto isAsymmetric = [&](const RawBin& bin) {
-        return raw.package != "LWH" && !std::isnan(bin.error2) && !std::isnan(bin.error) && bin.error2 != bin.error &&
-               std::abs(bin.error2 - bin.error * bin.error) > 1e-5 * std::abs(bin.error2);
+void noteErrors(const ParsedObject& parsed, std::vector<std::string>& warnings) {
+    const auto isAsymmetric = [&](const ParsedBin& bin) {
+        return parsed.package != "LWH" && !std::isnan(bin.error2) && !std::isnan(bin.error) &&
+               bin.error2 != bin.error && std::abs(bin.error2 - bin.error * bin.error) > 1e-5 * std::abs(bin.error2);
     };
-    if (std::any_of(raw.bins.begin(), raw.bins.end(), isAsymmetric)) {
-        warnings.emplace_back("its bins have errors of their own downwards; those upwards hold for both");
+    if (std::any_of(parsed.bins.begin(), parsed.bins.end(), isAsymmetric)) {
+        warnings.emplace_back("its bins have different errors downwards; the errors upwards are used for both");
     }
 }
 
 template <std::size_t dimensions>
-CellVector<GridSums<dimensions>> histogramCells(const RawObject& raw, const Grid<dimensions>& grid,
+CellVector<GridSums<dimensions>> histogramCells(const ParsedObject& parsed, const Grid<dimensions>& grid,
                                                 std::vector<std::string>& warnings) {
-    noteErrors(raw, warnings);
+    noteErrors(parsed, warnings);
     CellVector<GridSums<dimensions>> cells(grid.cellCount());
     bool hasAllMeans = true;
-    for (const auto& [cell, bin] : placedBins(raw, grid, warnings)) {
+    for (const auto& [cell, bin] : placedBins(parsed, grid, warnings)) {
         cells[cell] = sumsOf(*bin, grid, cell);
         for (std::size_t direction = 0; direction < dimensions; ++direction) {
             hasAllMeans = hasAllMeans && (!grid.isInside(cell) || !std::isnan(bin->means[direction]) ||
                                           likelyMean(grid.axis(direction), grid.alongAxes(cell)[direction]) == 0.0);
         }
     }
-    const auto exact = annotatedSums(raw, "ExactSums", 3 + 2 * dimensions);
+    const auto exact = annotatedSums(parsed, "ExactSums", 3 + 2 * dimensions);
     if (!isStale(cells, exact, true)) {
         for (const auto& [cell, numbers] : exact) {
             cells[cell] = exactSums<dimensions>(numbers);
         }
     } else {
         if (!exact.empty()) {
-            warnings.emplace_back("its annotation of exact sums does not belong to its bins any more");
+            warnings.emplace_back("its annotation of exact sums does not match its bins and is ignored");
         }
         if (!hasAllMeans) {
-            warnings.emplace_back("its bins do not say where in them the fills are; the centres are taken");
+            warnings.emplace_back("its bins have no means of the fills; the bin centres are used");
         }
     }
     return cells;
 }
 
-std::shared_ptr<DataObject> histogram1D(const RawObject& raw, std::vector<std::string>& warnings) {
-    const Grid<1> grid = gridFrom<1>(raw, warnings);
-    const CellVector<GridSums<1>> listed = histogramCells(raw, grid, warnings);
+std::shared_ptr<DataObject> histogram1D(const ParsedObject& parsed, std::vector<std::string>& warnings) {
+    const Grid<1> grid = gridFrom<1>(parsed, warnings);
+    const CellVector<GridSums<1>> listed = histogramCells(parsed, grid, warnings);
     CellVector<BinSums> cells(listed.size());
     for (std::size_t cell = 0; cell < cells.size(); ++cell) {
         const GridSums<1>& sums = listed[cell];
-        if (!isBlank(sums)) {
+        if (!isZero(sums)) {
             cells[cell] = {sums.entries, sums.w, sums.ww, sums.wx[0], sums.wxx[0]};
         }
     }
-    return named(Histogram1D(grid.axis(0), std::move(cells), nanEntriesOf(raw)), raw);
+    return entitled(Histogram1D(grid.axis(0), std::move(cells), nanEntriesOf(parsed)), parsed);
 }
 
 template <std::size_t dimensions>
-std::shared_ptr<DataObject> histogram(const RawObject& raw, std::vector<std::string>& warnings) {
-    const auto grid = gridFrom<dimensions>(raw, warnings);
-    auto cells = histogramCells(raw, grid, warnings);
-    return named(HistogramGrid<dimensions>(grid, std::move(cells), nanEntriesOf(raw)), raw);
+std::shared_ptr<DataObject> histogram(const ParsedObject& parsed, std::vector<std::string>& warnings) {
+    const auto grid = gridFrom<dimensions>(parsed, warnings);
+    auto cells = histogramCells(parsed, grid, warnings);
+    return entitled(HistogramGrid<dimensions>(grid, std::move(cells), nanEntriesOf(parsed)), parsed);
 }
 
 template <std::size_t dimensions>
@@ -184,9 +190,9 @@ ProfileSums<dimensions> profileSums(const std::vector<double>& numbers) {
     return sums;
 }
 
-/// The file does not say the weights: each entry counts as one.
+/// The file has no weights: each entry counts as one.
 template <std::size_t dimensions>
-ProfileSums<dimensions> profileSums(const RawBin& bin, const Grid<dimensions>& grid, std::size_t cell) {
+ProfileSums<dimensions> profileSums(const ParsedBin& bin, const Grid<dimensions>& grid, std::size_t cell) {
     ProfileSums<dimensions> sums;
     sums.entries = bin.entries;
     sums.w = sums.ww = static_cast<double>(bin.entries);
@@ -199,23 +205,23 @@ ProfileSums<dimensions> profileSums(const RawBin& bin, const Grid<dimensions>& g
 }
 
 template <std::size_t dimensions>
-std::shared_ptr<DataObject> profile(const RawObject& raw, std::vector<std::string>& warnings) {
-    if (raw.package == "LWH" && dimensions == 1) {
+std::shared_ptr<DataObject> profile(const ParsedObject& parsed, std::vector<std::string>& warnings) {
+    if (parsed.package == "LWH" && dimensions == 1) {
         warnings.emplace_back(
             "it was written by LWH, which puts heights and errors into wrong bins; they are kept as read");
     }
-    const auto grid = gridFrom<dimensions>(raw, warnings);
+    const auto grid = gridFrom<dimensions>(parsed, warnings);
     CellVector<ProfileSums<dimensions>> cells(grid.cellCount());
     CellVector<ProfileReading> readings(cells.size());
-    for (const auto& [cell, bin] : placedBins(raw, grid, warnings)) {
+    for (const auto& [cell, bin] : placedBins(parsed, grid, warnings)) {
         cells[cell] = profileSums(*bin, grid, cell);
         readings[cell] = {bin->height, bin->error, bin->rms, 1};
     }
     constexpr std::size_t numbers = 5 + 2 * dimensions;
-    auto exact = annotatedSums(raw, "ExactSums", numbers);
+    auto exact = annotatedSums(parsed, "ExactSums", numbers);
     const bool isExact = !isStale(cells, exact, false);
     if (!isExact) {
-        exact = annotatedSums(raw, "Sums", numbers);
+        exact = annotatedSums(parsed, "Sums", numbers);
     }
     if (isExact || !isStale(cells, exact, false)) {
         for (const auto& [cell, values] : exact) {
@@ -225,30 +231,30 @@ std::shared_ptr<DataObject> profile(const RawObject& raw, std::vector<std::strin
     if (isExact) {
         readings.clear();
     }
-    return named(Profile<dimensions>(grid, std::move(cells), std::move(readings), nanEntriesOf(raw)), raw);
+    return entitled(Profile<dimensions>(grid, std::move(cells), std::move(readings), nanEntriesOf(parsed)), parsed);
 }
 
-std::size_t dimensionOf(const RawObject& raw, std::vector<std::string>& warnings) {
-    double dimension = numberOr(raw.dimension.c_str(), notGiven);
-    if (raw.dimension.empty()) {
-        for (const auto& point : raw.points) {
+std::size_t dimensionOf(const ParsedObject& parsed, std::vector<std::string>& warnings) {
+    double dimension = numberOr(parsed.dimension.c_str(), notGiven);
+    if (parsed.dimension.empty()) {
+        for (const auto& point : parsed.points) {
             dimension = std::max(std::isnan(dimension) ? 1.0 : dimension, static_cast<double>(point.size()));
         }
-        warnings.emplace_back("it does not say its dimension; that of its points is taken");
+        warnings.emplace_back("it has no dimension; that of its points is used");
         dimension = std::isnan(dimension) ? 1.0 : dimension;
     }
     if (!(dimension >= 1.0) || dimension > static_cast<double>(maxDimensions) || dimension != std::floor(dimension)) {
-        throw Failure(fmt::format(R"(a dimension of "{:.40}" is not possible)", raw.dimension));
+        throw Failure(fmt::format(R"("{:.40}" is not a valid dimension)", parsed.dimension));
     }
     return static_cast<std::size_t>(dimension);
 }
 
-std::shared_ptr<DataObject> points(const RawObject& raw, std::vector<std::string>& warnings) {
-    const std::size_t dimension = dimensionOf(raw, warnings);
+std::shared_ptr<DataObject> points(const ParsedObject& parsed, std::vector<std::string>& warnings) {
+    const std::size_t dimension = dimensionOf(parsed, warnings);
     std::vector<Measurement> all;
     std::size_t tooShort = 0;
     std::size_t tooLong = 0;
-    for (const auto& point : raw.points) {
+    for (const auto& point : parsed.points) {
         tooShort += point.size() < dimension ? 1 : 0;
         tooLong += point.size() > dimension ? 1 : 0;
         for (std::size_t direction = 0; direction < dimension; ++direction) {
@@ -256,36 +262,33 @@ std::shared_ptr<DataObject> points(const RawObject& raw, std::vector<std::string
         }
     }
     if (tooShort != 0) {
-        warnings.push_back(fmt::format("{} of its points have too few measurements; the others are NaN", tooShort));
+        warnings.push_back(
+            fmt::format("{} of its points have too few measurements; the missing ones are NaN", tooShort));
     }
     if (tooLong != 0) {
-        warnings.push_back(fmt::format("{} of its points have too many measurements; these are left out", tooLong));
+        warnings.push_back(fmt::format("{} of its points have too many measurements; the surplus is ignored", tooLong));
     }
     Points made(dimension, std::move(all));
-    made.axisTitles = raw.axisTitles;
+    made.axisTitles = parsed.axisTitles;
     constexpr std::array keys{"XLabel", "YLabel", "ZLabel"};
-    for (std::size_t direction = 0; direction < std::min(dimension, keys.size()) && raw.axisTitles.empty();
+    for (std::size_t direction = 0; direction < std::min(dimension, keys.size()) && parsed.axisTitles.empty();
          ++direction) {
-        if (const std::string* title = annotated(raw.annotation, keys[direction])) {
+        if (const std::string* title = annotated(parsed.annotation, keys[direction])) {
             made.axisTitles.resize(direction + 1);
             made.axisTitles[direction] = *title;
         }
     }
     made.axisTitles.resize(made.axisTitles.empty() ? 0 : dimension);
-    return named(std::move(made), raw);
+    return entitled(std::move(made), parsed);
 }
 
-std::shared_ptr<DataObject> function(const RawObject& raw) {
+std::shared_ptr<DataObject> function(const ParsedObject& parsed) {
     FunctionObject made;
-    constexpr std::string_view blanks = " \t\r\n";
-    const auto first = raw.codelet.find_first_not_of(blanks);
-    if (first != std::string::npos) {
-        made.codelet = raw.codelet.substr(first, raw.codelet.find_last_not_of(blanks) - first + 1);
-    }
-    made.isNormalized = raw.isNormalized;
-    made.arguments = raw.arguments;
-    made.parameters = raw.parameters;
-    return named(std::move(made), raw);
+    made.codelet = trimmed(parsed.codelet);
+    made.isNormalized = parsed.isNormalized;
+    made.arguments = parsed.arguments;
+    made.parameters = parsed.parameters;
+    return entitled(std::move(made), parsed);
 }
 
 }  // namespace
@@ -304,26 +307,27 @@ double numberOr(const char* text, double other) {
     return number;
 }
 
-std::shared_ptr<DataObject> objectFrom(const RawObject& raw, std::vector<std::string>& warnings) {
-    if (!raw.problem.empty()) {
-        throw Failure(raw.problem);
+std::shared_ptr<DataObject> objectFrom(const ParsedObject& parsed, std::vector<std::string>& warnings) {
+    if (!parsed.problem.empty()) {
+        throw Failure(parsed.problem);
     }
-    if (raw.element == "histogram1d") {
-        return histogram1D(raw, warnings);
+    const AidaObjectType* const type = aidaObjectType(parsed.element);
+    switch (type ? type->family : AidaFamily::Tuple) {
+        case AidaFamily::Histogram:
+            return type->dimensions == 1   ? histogram1D(parsed, warnings)
+                   : type->dimensions == 2 ? histogram<2>(parsed, warnings)
+                                           : histogram<3>(parsed, warnings);
+        case AidaFamily::Profile:
+            return type->dimensions == 1 ? profile<1>(parsed, warnings) : profile<2>(parsed, warnings);
+        case AidaFamily::Points:
+            return points(parsed, warnings);
+        case AidaFamily::Function:
+            return function(parsed);
+        case AidaFamily::Cloud:
+        case AidaFamily::Tuple:
+            break;
     }
-    if (raw.element == "histogram2d") {
-        return histogram<2>(raw, warnings);
-    }
-    if (raw.element == "histogram3d") {
-        return histogram<3>(raw, warnings);
-    }
-    if (raw.element == "profile1d") {
-        return profile<1>(raw, warnings);
-    }
-    if (raw.element == "profile2d") {
-        return profile<2>(raw, warnings);
-    }
-    return raw.element == "function" ? function(raw) : points(raw, warnings);
+    throw std::logic_error("a table has no object");
 }
 
 }  // namespace velmorak::io

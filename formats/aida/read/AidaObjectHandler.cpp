@@ -1,5 +1,6 @@
 #include "aida/read/AidaObjectHandler.h"
 
+#include "aida/Vocabulary.h"
 #include "aida/read/AidaColumns.h"
 
 #include <velmorak/Failure.h>
@@ -28,14 +29,14 @@ std::int64_t rounded(double number) {
     return std::abs(number) < 9e18 ? std::llround(number) : 0;
 }
 
-/// @return false where the text names no bin.
+/// @return false if the text is not the number of a bin.
 bool readBinNumber(const char* text, std::int64_t& number) {
     const std::string_view word = !text ? "" : text;
     double value = 0.0;
     if (word == "UNDERFLOW") {
-        number = RawBin::underflow;
+        number = ParsedBin::underflow;
     } else if (word == "OVERFLOW") {
-        number = RawBin::overflow;
+        number = ParsedBin::overflow;
     } else if (readNumber(word, value) && value == std::floor(value) && std::abs(value) < 1e15) {
         number = rounded(value);
     } else {
@@ -45,20 +46,16 @@ bool readBinNumber(const char* text, std::int64_t& number) {
 }
 
 constexpr std::size_t maxObjects = 1'000'000;
-/// Different sentences about one file, that are remembered so as not to come twice.
+/// Limit for the messages that are remembered to report each only once.
 constexpr std::size_t maxWarned = 1000;
-/// What the parts of an object may take before it is made, beside the bins that its axes promise.
+/// What the parts of an object may take before it is built, beside the bins that its axes promise.
 constexpr std::size_t maxHeld = std::size_t{512} << 20U;
 constexpr std::size_t maxCodeletLength = std::size_t{1} << 20U;
-/// An object that takes more says so before it does.
+/// Objects above this size are announced by a warning.
 constexpr std::size_t manyBytes = std::size_t{256} << 20U;
 
-bool isTable(std::string_view element) {
-    return element == "tuple";
-}
-
 bool isCloud(std::string_view element) {
-    return element.starts_with("cloud");
+    return isOfFamily(element, AidaFamily::Cloud);
 }
 
 }  // namespace
@@ -74,7 +71,7 @@ void AidaObjectHandler::warn(const std::string& about, const std::string& senten
 
 void AidaObjectHandler::beginDocument() {
     depth = skippedFrom = 0;
-    raw.reset();
+    parsed.reset();
     package.clear();
     isInCodelet = false;
 }
@@ -96,14 +93,14 @@ void AidaObjectHandler::beginElement(const char* name, const char* const* attrib
     bool isUsed = true;
     if (depth == 1 && element != "aida") {
         throw Failure(
-            fmt::format("{}{}: this is no AIDA file: it begins with <{}>", file.string(), reader->where(), name));
+            fmt::format("{}{}: this is not an AIDA file: it begins with <{}>", file.string(), reader->where(), name));
     }
     if (depth == 2 && element == "implementation") {
         package = textOr(attributeOf(attributes, "package"), "");
-    } else if (depth == 2 && isObject(element)) {
+    } else if (depth == 2 && aidaObjectType(element)) {
         beginObject(element, attributes);
     } else if (depth > 1) {
-        isUsed = raw && inObject(element, attributes);
+        isUsed = parsed && inObject(element, attributes);
     }
     if (isUsed) {
         return;
@@ -119,88 +116,89 @@ void AidaObjectHandler::endElement(const char* /*name*/) {
     if (skippedFrom == depth) {
         skippedFrom = 0;
     }
-    if (depth == 2 && raw) {
+    if (depth == 2 && parsed) {
         endObject();
     }
     --depth;
 }
 
 void AidaObjectHandler::characters(std::string_view text) {
-    if (!isInCodelet || !raw || !raw->problem.empty()) {
+    if (!isInCodelet || !parsed || !parsed->problem.empty()) {
         return;
     }
-    raw->codelet += text;
-    if (raw->codelet.size() > maxCodeletLength) {
-        raw->problem = fmt::format("its codelet is longer than {} MB", maxCodeletLength >> 20U);
-        raw->codelet.clear();
+    parsed->codelet += text;
+    if (parsed->codelet.size() > maxCodeletLength) {
+        parsed->problem = fmt::format("its codelet is longer than {} MB", maxCodeletLength >> 20U);
+        parsed->codelet.clear();
     }
 }
 
-/// Counts what is kept of the object. @return false where that is too much; the object is then not made.
+/// Counts the memory for parts of the object. @return false if it is too much; the object is then not built.
 bool AidaObjectHandler::hold(std::size_t bytes) {
     held += bytes;
     if (held <= maxHeld) {
         return true;
     }
-    if (raw->problem.empty()) {
-        raw->problem = fmt::format("its parts take more than {} MB", maxHeld >> 20U);
+    if (parsed->problem.empty()) {
+        parsed->problem = fmt::format("its parts take more than {} MB", maxHeld >> 20U);
     }
-    raw->bins.clear();
-    raw->points.clear();
-    raw->annotation.clear();
+    parsed->bins.clear();
+    parsed->points.clear();
+    parsed->annotation.clear();
     return false;
 }
 
 void AidaObjectHandler::beginObject(std::string_view name, const char* const* attributes) {
     std::string warning;
     if (found.size() == maxObjects) {
-        throw Failure(fmt::format("{}{}: it holds more than {} objects", file.string(), reader->where(), maxObjects));
+        throw Failure(
+            fmt::format("{}{}: the file contains more than {} objects", file.string(), reader->where(), maxObjects));
     }
-    held = promised = 0;
-    raw.emplace();
-    raw->path = paths.next(attributes, reader->document(), warning);
+    held = declared = 0;
+    parsed.emplace();
+    parsed->path = paths.next(attributes, reader->document(), warning);
     if (!warning.empty()) {
         warn(warning, warning);
     }
-    raw->element = name;
-    raw->name = plainName(textOr(attributeOf(attributes, "name"), "unnamed"));
-    raw->title =
-        textOr(attributeOf(attributes, "title"), textOr(attributeOf(attributes, "label"), raw->name.c_str()).c_str());
-    raw->options = textOr(attributeOf(attributes, "options"), "");
-    raw->package = package;
-    raw->dimension = textOr(attributeOf(attributes, "dimension"), "");
-    raw->isNormalized = isTrue(attributeOf(attributes, "isNormalized"));
-    isMade = !isCloud(name) && !isTable(name) && isWanted(raw->path, raw->element);
-    if (!isMade && !isCloud(name)) {
+    parsed->element = name;
+    parsed->name = plainName(textOr(attributeOf(attributes, "name"), "unnamed"));
+    parsed->title = textOr(attributeOf(attributes, "title"),
+                           textOr(attributeOf(attributes, "label"), parsed->name.c_str()).c_str());
+    parsed->options = textOr(attributeOf(attributes, "options"), "");
+    parsed->package = package;
+    parsed->dimension = textOr(attributeOf(attributes, "dimension"), "");
+    parsed->isNormalized = isTrue(attributeOf(attributes, "isNormalized"));
+    isBuilt = !isAidaTable(name) && isWanted(parsed->path, parsed->element);
+    if (!isBuilt && !isCloud(name)) {
         skippedFrom = depth;
     }
 }
 
 void AidaObjectHandler::endObject() {
-    AidaObject object{raw->path, raw->element, nullptr, raw->bins.size()};
+    AidaObject object{parsed->path, parsed->element, nullptr, parsed->bins.size()};
     std::vector<std::string> sentences;
-    const std::size_t bytes = isMade && raw->problem.empty() ? promisedBytes(*raw) : 0;
+    const std::size_t bytes = isBuilt && parsed->problem.empty() ? declaredBytes(*parsed) : 0;
     if (bytes > manyBytes) {
-        warnings.add(fmt::format("{}: {} has {} cells, which take {:.1f} GB of memory", file.string(), raw->path,
-                                 promisedCells(*raw), static_cast<double>(bytes) / 1e9));
+        warnings.add(fmt::format("{}: {} has {} cells, which take {:.1f} GB of memory", file.string(), parsed->path,
+                                 declaredCells(*parsed), static_cast<double>(bytes) / 1e9));
     }
     try {
-        if (isMade) {
-            object.object = objectFrom(*raw, sentences);
+        if (isBuilt) {
+            object.object = objectFrom(*parsed, sentences);
         }
     } catch (const Failure& failure) {
         sentences.emplace_back(fmt::format("it cannot be read{}: {}", reader->where(), failure.what()));
     } catch (const std::bad_alloc&) {
         sentences.emplace_back(
-            fmt::format("it cannot be read: there is not enough memory for its {} cells", promisedCells(*raw)));
+            fmt::format("it cannot be read: there is not enough memory for its {} cells", declaredCells(*parsed)));
     } catch (const std::invalid_argument& problem) {
         sentences.emplace_back(fmt::format("it cannot be read{}: {}", reader->where(), problem.what()));
     }
     for (const std::string& sentence : sentences) {
-        warn(raw->path + sentence, fmt::format("{}: {}", raw->path, sentence));
+        warn(parsed->path + sentence, fmt::format("{}: {}", parsed->path, sentence));
     }
     found.push_back(std::move(object));
-    raw.reset();
+    parsed.reset();
 }
 
 bool AidaObjectHandler::inObject(std::string_view name, const char* const* attributes) {
@@ -211,18 +209,18 @@ bool AidaObjectHandler::inObject(std::string_view name, const char* const* attri
         putItem(attributes);
         return true;
     }
-    if (isCloud(raw->element) && !name.starts_with("histogram")) {
+    if (isCloud(parsed->element) && !isOfFamily(name, AidaFamily::Histogram)) {
         return false;
     }
-    if (isCloud(raw->element)) {
-        raw->element = name;
-        isMade = isWanted(raw->path, raw->element);
-        return isMade;
+    if (isCloud(parsed->element)) {
+        parsed->element = name;
+        isBuilt = isWanted(parsed->path, parsed->element);
+        return isBuilt;
     }
-    if (raw->element == "function") {
+    if (isOfFamily(parsed->element, AidaFamily::Function)) {
         return inFunction(name, attributes);
     }
-    return raw->element == "dataPointSet" ? inPoints(name, attributes) : inHistogram(name, attributes);
+    return isOfFamily(parsed->element, AidaFamily::Points) ? inPoints(name, attributes) : inHistogram(name, attributes);
 }
 
 void AidaObjectHandler::putItem(const char* const* attributes) {
@@ -231,7 +229,7 @@ void AidaObjectHandler::putItem(const char* const* attributes) {
     item.key = textOr(key, "");
     item.value = textOr(attributeOf(attributes, "value"), "");
     item.isSticky = isTrue(attributeOf(attributes, "sticky"));
-    // Some programs write <item Title="..."/>: the name of the attribute is the key.
+    // Some programs write <item Title="..."/>, with the key as the name of the attribute.
     for (; !key && *attributes; attributes += 2) {
         if (std::string_view(*attributes) != "sticky" && std::string_view(*attributes) != "value") {
             item.key = attributes[0];
@@ -240,23 +238,23 @@ void AidaObjectHandler::putItem(const char* const* attributes) {
         }
     }
     if (hold(sizeof(item) + item.key.size() + item.value.size())) {
-        raw->annotation.push_back(std::move(item));
+        parsed->annotation.push_back(std::move(item));
     }
 }
 
 bool AidaObjectHandler::inHistogram(std::string_view name, const char* const* attributes) {
-    if (name == "axis" && hold(sizeof(RawAxis))) {
-        raw->axes.push_back({textOr(attributeOf(attributes, "direction"), "x"),
-                             textOr(attributeOf(attributes, "min"), ""),
-                             textOr(attributeOf(attributes, "max"), ""),
-                             textOr(attributeOf(attributes, "numberOfBins"), ""),
-                             {}});
-    } else if (name == "binBorder" && !raw->axes.empty() && hold(2 * sizeof(double))) {
-        raw->axes.back().borders.push_back(numberOr(attributeOf(attributes, "value"), notGiven));
+    if (name == "axis" && hold(sizeof(ParsedAxis))) {
+        parsed->axes.push_back({textOr(attributeOf(attributes, "direction"), "x"),
+                                textOr(attributeOf(attributes, "min"), ""),
+                                textOr(attributeOf(attributes, "max"), ""),
+                                textOr(attributeOf(attributes, "numberOfBins"), ""),
+                                {}});
+    } else if (name == "binBorder" && !parsed->axes.empty() && hold(2 * sizeof(double))) {
+        parsed->axes.back().borders.push_back(numberOr(attributeOf(attributes, "value"), notGiven));
     } else if (name == "bin1d" || name == "bin2d" || name == "bin3d") {
         putBin(attributes, static_cast<std::size_t>(name[3] - '0'));
     } else if (name == "data1d" || name == "data2d" || name == "data3d") {
-        promised = promisedCells(*raw);
+        declared = declaredCells(*parsed);
     } else {
         return name == "axis" || name == "binBorder" || name == "statistics" || name == "statistic";
     }
@@ -268,15 +266,15 @@ void AidaObjectHandler::putBin(const char* const* attributes, std::size_t dimens
     constexpr std::array means{"weightedMeanX", "weightedMeanY", "weightedMeanZ"};
     constexpr std::array spreads{"weightedRmsX", "weightedRmsY", "weightedRmsZ"};
     const auto number = [&](const char* name) { return numberOr(attributeOf(attributes, name), notGiven); };
-    if (raw->bins.size() >= promised && !hold(sizeof(RawBin))) {
+    if (parsed->bins.size() >= declared && !hold(sizeof(ParsedBin))) {
         return;
     }
-    RawBin bin;
+    ParsedBin bin;
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
         const char* name = dimensions == 1 ? "binNum" : numbers[direction];
-        if (!readBinNumber(attributeOf(attributes, name), bin.numbers[direction]) && raw->problem.empty()) {
-            raw->problem = fmt::format(R"({}="{:.40}"{} names no bin)", name, textOr(attributeOf(attributes, name), ""),
-                                       reader->where());
+        if (!readBinNumber(attributeOf(attributes, name), bin.numbers[direction]) && parsed->problem.empty()) {
+            parsed->problem = fmt::format(R"({}="{:.40}"{} is not the number of a bin)", name,
+                                          textOr(attributeOf(attributes, name), ""), reader->where());
         }
         bin.means[direction] = number(dimensions == 1 ? "weightedMean" : means[direction]);
         bin.spreads[direction] = number(dimensions == 1 ? "weightedRms" : spreads[direction]);
@@ -287,23 +285,23 @@ void AidaObjectHandler::putBin(const char* const* attributes, std::size_t dimens
     bin.error = number("error");
     bin.error2 = number("error2");
     bin.rms = number("rms");
-    raw->bins.push_back(bin);
+    parsed->bins.push_back(bin);
 }
 
 bool AidaObjectHandler::inPoints(std::string_view name, const char* const* attributes) {
     if (name == "dataPoint") {
-        if (hold(sizeof(raw->points.front()))) {
-            raw->points.emplace_back();
+        if (hold(sizeof(parsed->points.front()))) {
+            parsed->points.emplace_back();
         }
     } else if (name == "measurement") {
-        if (raw->points.empty() || !hold(2 * sizeof(Measurement))) {
+        if (parsed->points.empty() || !hold(2 * sizeof(Measurement))) {
             return true;
         }
         Measurement measurement;
         measurement.value = numberOr(attributeOf(attributes, "value"), notGiven);
         measurement.errorPlus = numberOr(attributeOf(attributes, "errorPlus"), 0.0);
         measurement.errorMinus = numberOr(attributeOf(attributes, "errorMinus"), measurement.errorPlus);
-        raw->points.back().push_back(measurement);
+        parsed->points.back().push_back(measurement);
     } else if (name == "dimension" || name == "dimenstion") {
         putAxisTitle(attributes);
     } else {
@@ -312,34 +310,34 @@ bool AidaObjectHandler::inPoints(std::string_view name, const char* const* attri
     return true;
 }
 
-/// Titles of axes are no part of the document type, but several programs write them, also misspelt.
+/// Titles of axes are not in the document type, but several programs write them, some misspelt.
 void AidaObjectHandler::putAxisTitle(const char* const* attributes) {
-    const double place = numberOr(attributeOf(attributes, "dim"), static_cast<double>(raw->axisTitles.size()));
+    const double place = numberOr(attributeOf(attributes, "dim"), static_cast<double>(parsed->axisTitles.size()));
     if (!(place >= 0.0) || place > 1000.0) {
         return;
     }
     const auto position = static_cast<std::size_t>(place);
-    raw->axisTitles.resize(std::max(raw->axisTitles.size(), position + 1));
-    raw->axisTitles[position] =
+    parsed->axisTitles.resize(std::max(parsed->axisTitles.size(), position + 1));
+    parsed->axisTitles[position] =
         textOr(attributeOf(attributes, "title"), textOr(attributeOf(attributes, "Title"), "").c_str());
 }
 
 bool AidaObjectHandler::inFunction(std::string_view name, const char* const* attributes) {
     if (name == "codelet") {
-        // One program writes it as an attribute.
-        raw->codelet += textOr(attributeOf(attributes, "name"), "");
+        // One program writes the codelet as an attribute.
+        parsed->codelet += textOr(attributeOf(attributes, "name"), "");
         isInCodelet = true;
     } else if (!hold(sizeof(FunctionObject::Argument))) {
         return false;
     } else if (name == "argument") {
-        raw->arguments.push_back({textOr(attributeOf(attributes, "name"), ""), {}});
-    } else if (name == "range" && !raw->arguments.empty()) {
+        parsed->arguments.push_back({textOr(attributeOf(attributes, "name"), ""), {}});
+    } else if (name == "range" && !parsed->arguments.empty()) {
         FunctionObject::Range range;
         range.low = numberOr(attributeOf(attributes, "min"), range.low);
         range.high = numberOr(attributeOf(attributes, "max"), range.high);
-        raw->arguments.back().ranges.push_back(range);
+        parsed->arguments.back().ranges.push_back(range);
     } else if (name == "parameter") {
-        raw->parameters.push_back(
+        parsed->parameters.push_back(
             {textOr(attributeOf(attributes, "name"), ""), numberOr(attributeOf(attributes, "value"), notGiven)});
     } else {
         return name == "arguments" || name == "parameters";

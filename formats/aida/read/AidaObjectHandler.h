@@ -16,21 +16,21 @@
 
 namespace velmorak::io {
 
-/// Follows the elements of an AIDA file and makes its histograms, profiles, points and functions; tuples and points of
-/// clouds are passed over. What cannot be made is told as a warning, and the rest is read.
+/// Builds the histograms, profiles, points and functions of an AIDA file from its elements; tuples and points of clouds
+/// are skipped. An object that cannot be built is reported as a warning, and the others are read.
 class AidaObjectHandler : public XmlHandler {
 public:
-    /// Whether an object of a path and an element is to be made.
+    /// Whether to build the object with this path and element.
     using Choice = std::function<bool(const std::string& path, const std::string& element)>;
 
     AidaObjectHandler(std::filesystem::path path, Choice isWantedObject, RunContext& runContext);
 
-    /// The reader that this walk is the handler of, told right after both are made.
+    /// Sets the reader that calls this handler; must be called before it reads.
     void attach(XmlReader& xmlReader) { reader = &xmlReader; }
 
-    /// All objects that are complete, in their order; with none made where it is not wanted, cannot be, or is a table.
+    /// All complete objects in order; object is null if it is not wanted, cannot be built, or is a table.
     std::vector<AidaObject>& objects() { return found; }
-    /// Says how many warnings were left out.
+    /// Reports the number of suppressed warnings.
     void finish() { warnings.finish(file.string()); }
 
     void beginElement(const char* name, const char* const* attributes) override;
@@ -42,7 +42,7 @@ public:
 private:
     void beginObject(std::string_view name, const char* const* attributes);
     void endObject();
-    /// @return false where the element has no meaning here; it is then skipped with all that is in it.
+    /// @return false if the element has no meaning here; it is then skipped with its contents.
     bool inObject(std::string_view name, const char* const* attributes);
     bool inHistogram(std::string_view name, const char* const* attributes);
     bool inPoints(std::string_view name, const char* const* attributes);
@@ -59,13 +59,13 @@ private:
     XmlReader* reader = nullptr;
     ObjectPaths paths;
     std::vector<AidaObject> found;
-    std::optional<RawObject> raw;  ///< Of the object that is open.
+    std::optional<ParsedObject> parsed;  ///< The object that is being read.
     std::string package;
-    std::size_t held = 0;      ///< Bytes of it.
-    std::size_t promised = 0;  ///< Bins of it that are not counted among them, because its axes say so many.
+    std::size_t held = 0;      ///< Bytes of the parsed object.
+    std::size_t declared = 0;  ///< Bins that its axes declare, which are not counted in held.
     std::size_t depth = 0;
-    std::size_t skippedFrom = 0;  ///< Depth of the element that is skipped; 0 for none.
-    bool isMade = false;
+    std::size_t skippedFrom = 0;  ///< Depth of the element that is being skipped; 0 for none.
+    bool isBuilt = false;
     bool isInCodelet = false;
     std::set<std::string> warned;
 };

@@ -1,5 +1,7 @@
+#include "aida/Vocabulary.h"
 #include "aida/read/AidaColumns.h"
 #include "aida/read/AidaObjectHandler.h"
+#include "aida/read/ObjectList.h"
 
 #include <velmorak/Aida.h>
 #include <velmorak/Failure.h>
@@ -16,50 +18,26 @@ namespace {
 using io::AidaObjectHandler;
 using io::XmlReader;
 
-constexpr std::size_t maxNamed = 40;
-
-/// @param damage where the file is damaged, why; what is complete before the damage is in the list.
+/// @param damage set if the file is damaged; objects that are complete before the damage are in the list.
 std::vector<AidaObject> readAll(const std::filesystem::path& file, const AidaObjectHandler::Choice& isWanted,
                                 RunContext& context, std::string& damage) {
-    AidaObjectHandler walk(file, isWanted, context);
-    XmlReader reader(file, walk, context);
-    walk.attach(reader);
-    try {
-        while (reader.advance()) {
-        }
-    } catch (const Failure& failure) {
-        if (walk.objects().empty()) {
-            throw;
-        }
-        damage = failure.what();
-    }
-    walk.finish();
+    AidaObjectHandler handler(file, isWanted, context);
+    XmlReader reader(file, handler, context);
+    handler.attach(reader);
+    damage = io::readToEnd(reader, handler.objects());
+    handler.finish();
     if (reader.repairedBytes() > 0) {
-        context.warn(file.string() + ": bytes that are not UTF-8, as the file says, are read as ISO-8859-1");
+        context.warn(file.string() + ": bytes that are not valid UTF-8 are read as ISO-8859-1");
     }
-    return std::move(walk.objects());
-}
-
-std::string named(const std::vector<AidaObject>& objects) {
-    std::string all;
-    for (std::size_t i = 0; i < std::min(objects.size(), maxNamed); ++i) {
-        all += fmt::format("{}{} ({})", i == 0 ? "" : ", ", objects[i].path, objects[i].element);
-    }
-    if (objects.size() > maxNamed) {
-        all += fmt::format(" and {} more", objects.size() - maxNamed);
-    }
-    return objects.empty() ? "nothing" : all;
+    return std::move(handler.objects());
 }
 
 bool fits(const AidaObject& object, ValueType type) {
-    const std::string& element = object.element;
-    return type == ValueType::Histogram ? element.starts_with("histogram")
-           : type == ValueType::Profile ? element.starts_with("profile")
-           : type == ValueType::Points  ? element == "dataPointSet"
-                                        : element == "function";
+    const io::AidaObjectType* const known = io::aidaObjectType(object.element);
+    return known && known->value == type;
 }
 
-/// Does the path, which may be the bare name, mean the object?
+/// @return whether the path, which may be a bare name, refers to the object.
 bool means(const std::string& path, const AidaObject& object) {
     return path.empty() || object.path == io::normalPath(path) ||
            (path.front() != '/' && object.path.ends_with("/" + path));
@@ -99,19 +77,18 @@ DataObjectPtr readAidaObject(const std::filesystem::path& file, const std::strin
     const auto exact = std::find_if(meant.begin(), meant.end(),
                                     [&](const AidaObject& object) { return object.path == io::normalPath(path); });
     const std::string after = damage.empty() ? "" : " before it is damaged (" + damage + ")";
-    const std::string list = named(fitting.empty() ? objects : fitting);
+    const std::string list = io::listOf(fitting.empty() ? objects : fitting);
     if (meant.empty()) {
-        throw Failure(fmt::format("{} holds no {}{}{}; it holds {}", file.string(), nameOf(type),
+        throw Failure(fmt::format("{} contains no {}{}{}; it contains {}", file.string(), nameOf(type),
                                   path.empty() ? "" : " " + path, after, list));
     }
     if (meant.size() > 1 && (path.empty() || exact == meant.end())) {
-        throw Failure(
-            fmt::format("{} holds several objects that fit, and the whole path of one must be given; it holds {}",
-                        file.string(), list));
+        throw Failure(fmt::format("{} contains several matching objects; enter the full path of one; it contains {}",
+                                  file.string(), list));
     }
     const AidaObject& chosen = exact == meant.end() ? meant.front() : *exact;
     if (!chosen.object) {
-        throw Failure(fmt::format("{}: {} cannot be read, as the warnings say", file.string(), chosen.path));
+        throw Failure(fmt::format("{}: {} cannot be read; see the warnings", file.string(), chosen.path));
     }
     if (!damage.empty()) {
         context.warn(damage);

@@ -12,20 +12,20 @@
 #include <velmorak/Points.h>
 #include <velmorak/Value.h>
 
-/// What the elements of one object say, before it is made of them: a file may give its parts in any order.
+/// The parsed elements of one object, from which it is built: a file may list its parts in any order.
 namespace velmorak::io {
 
 inline constexpr double notGiven = std::numeric_limits<double>::quiet_NaN();
 
-struct RawAxis {
-    std::string direction;  ///< As written; empty when it is not.
+struct ParsedAxis {
+    std::string direction;  ///< As written; empty if missing.
     std::string low;
     std::string high;
     std::string bins;
     std::vector<double> borders;
 };
 
-struct RawBin {
+struct ParsedBin {
     static constexpr std::int64_t underflow = -2;
     static constexpr std::int64_t overflow = -1;
     std::array<std::int64_t, 3> numbers{};  ///< Along each axis: 0 is the first bin.
@@ -38,9 +38,9 @@ struct RawBin {
     std::array<double, 3> spreads{notGiven, notGiven, notGiven};
 };
 
-struct RawObject {
+struct ParsedObject {
     std::string path;
-    std::string element;  ///< "histogram1d"; of a converted cloud that of its histogram.
+    std::string element;  ///< "histogram1d"; of a converted cloud the element of its histogram.
     std::string name;
     std::string title;
     std::string options;
@@ -48,30 +48,30 @@ struct RawObject {
     std::string dimension;
     bool isNormalized = false;
     std::vector<AnnotationItem> annotation;
-    std::vector<RawAxis> axes;
-    std::deque<RawBin> bins;  ///< A vector of so many would for a moment take three times the memory.
+    std::vector<ParsedAxis> axes;
+    std::deque<ParsedBin> bins;  ///< A growing vector would temporarily take three times the memory.
     std::deque<std::vector<Measurement>> points;
     std::vector<std::string> axisTitles;
     std::string codelet;
     std::vector<FunctionObject::Argument> arguments;
     std::vector<FunctionObject::Parameter> parameters;
-    std::string problem;  ///< Why the object cannot be made; empty so far.
+    std::string problem;  ///< Why the object cannot be built; empty if it can.
 };
 
-/// @return cells that the axes of a histogram or profile promise; 0 where there is no such object, or it cannot be
-/// made.
-std::size_t promisedCells(const RawObject& raw);
-/// @return bytes that the object will take when it is made, as far as its axes say.
-std::size_t promisedBytes(const RawObject& raw);
+/// @return the number of cells that the axes of a histogram or profile declare; 0 for other objects and for axes that
+///         cannot be built.
+std::size_t declaredCells(const ParsedObject& parsed);
+/// @return bytes that the object will take, according to its axes.
+std::size_t declaredBytes(const ParsedObject& parsed);
 
-/// @param warnings sentences about what was taken otherwise than it stands.
-/// @throws Failure, or std::invalid_argument, with the reason when no object can be made.
-std::shared_ptr<DataObject> objectFrom(const RawObject& raw, std::vector<std::string>& warnings);
+/// @param warnings receives messages about contents that were corrected or guessed.
+/// @throws Failure, or std::invalid_argument, if no object can be built.
+std::shared_ptr<DataObject> objectFrom(const ParsedObject& parsed, std::vector<std::string>& warnings);
 
-/// Value of an annotation item; of several of one key the last. Null when there is none.
+/// Value of the last annotation item with this key; null if there is none.
 const std::string* annotated(const std::vector<AnnotationItem>& annotation, std::string_view key);
 
-/// @return the number, also where the text has blanks or a "+"; another number when the text is none.
+/// @return the number, which may have blanks around it or a "+"; the other one if the text is null or not a number.
 double numberOr(const char* text, double other);
 
 }  // namespace velmorak::io

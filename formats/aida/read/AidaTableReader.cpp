@@ -1,5 +1,8 @@
 #include "aida/read/AidaTableReader.h"
+
+#include "aida/Vocabulary.h"
 #include "aida/read/AidaTupleHandler.h"
+#include "aida/read/ObjectList.h"
 
 #include <velmorak/Aida.h>
 #include <velmorak/Failure.h>
@@ -17,29 +20,16 @@ namespace {
 using io::AidaTupleHandler;
 using io::XmlReader;
 
-constexpr std::size_t maxNamed = 40;
-
 bool isTabular(const AidaEntry& entry) {
-    return entry.element == "tuple" || entry.element.substr(0, 5) == "cloud";
+    return io::isAidaTable(entry.element);
 }
 
 bool endsWith(std::string_view text, std::string_view end) {
     return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
 }
 
-std::string named(const std::vector<AidaEntry>& entries) {
-    std::string all;
-    for (std::size_t i = 0; i < std::min(entries.size(), maxNamed); ++i) {
-        all += fmt::format("{}{} ({})", i == 0 ? "" : ", ", entries[i].path, entries[i].element);
-    }
-    if (entries.size() > maxNamed) {
-        all += fmt::format(" and {} more", entries.size() - maxNamed);
-    }
-    return entries.empty() ? "nothing" : all;
-}
-
-/// Tuples and clouds, or all objects where there are none.
-std::vector<AidaEntry> worthNaming(const std::vector<AidaEntry>& entries) {
+/// Tuples and clouds, or all objects if there are none.
+std::vector<AidaEntry> worthListing(const std::vector<AidaEntry>& entries) {
     std::vector<AidaEntry> tabular;
     std::copy_if(entries.begin(), entries.end(), std::back_inserter(tabular), isTabular);
     return tabular.empty() ? entries : tabular;
@@ -47,44 +37,36 @@ std::vector<AidaEntry> worthNaming(const std::vector<AidaEntry>& entries) {
 
 [[noreturn]] void refuse(const std::filesystem::path& file, const std::string& reason,
                          const std::vector<AidaEntry>& entries) {
-    throw Failure(fmt::format("{} {}; it holds {}", file.string(), reason, named(worthNaming(entries))));
+    throw Failure(fmt::format("{} {}; it contains {}", file.string(), reason, io::listOf(worthListing(entries))));
 }
 
-/// What stands in a file, without a word about its oddities.
+/// Lists the objects of a file without warnings.
 std::vector<AidaEntry> listed(const std::filesystem::path& file, RunContext& context, std::string& damage) {
-    AidaTupleHandler walk(file, "", context);
-    XmlReader reader(file, walk, context);
-    walk.attach(reader);
-    try {
-        while (reader.advance()) {
-        }
-    } catch (const Failure& failure) {
-        if (walk.entries().empty()) {
-            throw;
-        }
-        damage = failure.what();
-    }
-    for (const std::string& more : walk.damages()) {
+    AidaTupleHandler handler(file, "", context);
+    XmlReader reader(file, handler, context);
+    handler.attach(reader);
+    damage = io::readToEnd(reader, handler.entries());
+    for (const std::string& more : handler.damages()) {
         damage += (damage.empty() ? "" : "; ") + more;
     }
-    if (walk.entries().empty() && !damage.empty()) {
+    if (handler.entries().empty() && !damage.empty()) {
         throw Failure(damage);
     }
-    return walk.entries();
+    return handler.entries();
 }
 
 std::string onlyPath(const std::filesystem::path& file, const std::vector<AidaEntry>& entries) {
     const auto first = std::find_if(entries.begin(), entries.end(), isTabular);
     if (first == entries.end()) {
-        refuse(file, "holds no tuple or cloud", entries);
+        refuse(file, "contains no tuple or cloud", entries);
     }
     if (std::find_if(first + 1, entries.end(), isTabular) != entries.end()) {
-        refuse(file, "holds several tuples or clouds, and the path of one must be given", entries);
+        refuse(file, "contains several tuples or clouds; enter the path of one", entries);
     }
     return first->path;
 }
 
-/// An object named without its folder, where only one has the name.
+/// Path of the only object with this name, which is given without its folder.
 std::string pathOfName(const std::filesystem::path& file, const std::string& name,
                        const std::vector<AidaEntry>& entries) {
     std::vector<std::string> paths;
@@ -97,10 +79,10 @@ std::string pathOfName(const std::filesystem::path& file, const std::string& nam
         }
     }
     if (paths.size() > 1) {
-        refuse(file, fmt::format(R"(holds several objects "{}", and the whole path must be given)", name), entries);
+        refuse(file, fmt::format(R"(contains several objects "{}"; enter the full path of one)", name), entries);
     }
     if (paths.empty()) {
-        refuse(file, fmt::format(R"(holds no tuple or cloud "{}")", name), entries);
+        refuse(file, fmt::format(R"(contains no tuple or cloud "{}")", name), entries);
     }
     return paths[0];
 }
@@ -126,13 +108,13 @@ public:
     std::optional<double> fraction() const override;
 
 private:
-    /// @return false when there are no more rows.
+    /// @return false if there are no more rows.
     bool advance();
 
-    /// Damage behind the rows leaves them as they are, unless they are what the check sum is wrong for.
+    /// Warns about damage after the rows: a wrong checksum may mean that the rows are wrong, too.
     void checkRest();
 
-    /// Goes to the rows of the next tuple. A chain gives way to the tuples that it names.
+    /// Goes to the rows of the next tuple. A chain is replaced by its tuples.
     void beginNext(std::unique_ptr<io::TupleBuilder> rows);
 
     [[noreturn]] void refuseMissing(const std::string& path) const;
@@ -142,10 +124,10 @@ private:
     std::filesystem::path file;
     RunContext& context;
     io::RowReading reading;
-    std::unique_ptr<AidaTupleHandler> walk;
+    std::unique_ptr<AidaTupleHandler> handler;
     std::unique_ptr<XmlReader> reader;
-    std::deque<std::string> members;  ///< Paths of the tuples whose rows are still to come.
-    std::size_t begun = 0;            ///< Tuples whose rows have come, and chains.
+    std::deque<std::string> members;  ///< Paths of the tuples that are still to be read.
+    std::size_t begun = 0;            ///< Tuples and chains that have been begun.
     Schema tableSchema;
     bool isRestChecked = false;
     std::unique_ptr<Failure> failure;
@@ -157,24 +139,24 @@ AidaTable::AidaTable(std::filesystem::path fileName, const std::string& path, Ru
                      io::RowReading rowReading)
     : file(std::move(fileName)), context(runContext), reading(rowReading), members{path} {
     beginNext(nullptr);
-    tableSchema = walk->builder()->schema();
+    tableSchema = handler->builder()->schema();
 }
 
 bool AidaTable::next(Chunk& chunk) {
     try {
-        while (!failure && !walk->rows()->isFull() && advance()) {
+        while (!failure && !handler->rows()->isFull() && advance()) {
         }
     } catch (const Failure& damage) {
         failure = std::make_unique<Failure>(damage);
     }
-    // What is complete before the damage comes first.
-    if (failure && walk->rows()->rows() == 0) {
+    // Complete rows before the damage are returned first.
+    if (failure && handler->rows()->rows() == 0) {
         throw Failure(fmt::format("{} (after {} complete rows)", failure->what(), rowsTaken));
     }
     chunk.number = chunkNumber++;
     chunk.firstRow = rowsTaken;
-    chunk.rows = walk->rows()->rows();
-    chunk.columns = walk->rows()->take();
+    chunk.rows = handler->rows()->rows();
+    chunk.columns = handler->rows()->take();
     rowsTaken += chunk.rows;
     return chunk.rows > 0;
 }
@@ -185,14 +167,14 @@ std::optional<double> AidaTable::fraction() const {
 }
 
 bool AidaTable::advance() {
-    if (!walk->isDone()) {
+    if (!handler->isDone()) {
         return reader->advance();
     }
     checkRest();
     if (members.empty()) {
         return false;
     }
-    beginNext(walk->release());
+    beginNext(handler->release());
     return true;
 }
 
@@ -211,33 +193,33 @@ void AidaTable::beginNext(std::unique_ptr<io::TupleBuilder> rows) {
         members.pop_front();
         ++begun;
         reader.reset();
-        walk = std::make_unique<AidaTupleHandler>(file, path, context);
-        walk->appendTo(std::move(rows));
-        reader = std::make_unique<XmlReader>(file, *walk, context, reading);
-        walk->attach(*reader);
-        while (!walk->builder() && !walk->isDone() && reader->advance()) {
+        handler = std::make_unique<AidaTupleHandler>(file, path, context);
+        handler->appendTo(std::move(rows));
+        reader = std::make_unique<XmlReader>(file, *handler, context, reading);
+        handler->attach(*reader);
+        while (!handler->builder() && !handler->isDone() && reader->advance()) {
         }
-        if (!walk->builder() && walk->chain().empty()) {
+        if (!handler->builder() && handler->chain().empty()) {
             refuseMissing(path);
         }
-        members.insert(members.begin(), walk->chain().begin(), walk->chain().end());
+        members.insert(members.begin(), handler->chain().begin(), handler->chain().end());
         if (begun + members.size() > maxMembers) {
             throw Failure(
                 fmt::format("{}: {} is a chain of more than {} tuples, or of itself", file.string(), path, maxMembers));
         }
-        if (!walk->builder()) {
-            rows = walk->release();
+        if (!handler->builder()) {
+            rows = handler->release();
         }
-    } while (!walk->builder());
+    } while (!handler->builder());
 }
 
 void AidaTable::refuseMissing(const std::string& path) const {
-    for (const AidaEntry& entry : walk->entries()) {
+    for (const AidaEntry& entry : handler->entries()) {
         if (entry.path == path) {
-            throw Failure(fmt::format("{}: {} is a {}, which is no table", file.string(), path, entry.element));
+            throw Failure(fmt::format("{}: {} is a {}, not a table", file.string(), path, entry.element));
         }
     }
-    refuse(file, fmt::format("holds no object {}", path), walk->entries());
+    refuse(file, fmt::format("contains no object {}", path), handler->entries());
 }
 
 }  // namespace

@@ -10,7 +10,8 @@
 
 namespace velmorak::io {
 
-/// As openAidaTable of the kit, with a say in how rows are read. Both ways give the same rows, warnings and failures.
+/// As openAidaTable of the SDK, with the choice of how rows are read. Both ways give the same rows, warnings and
+/// failures.
 std::unique_ptr<TableReader> openAidaTable(const std::filesystem::path& file, const std::string& object,
                                            RunContext& context, RowReading reading);
 

@@ -1,5 +1,7 @@
 #include "aida/read/AidaTupleHandler.h"
 
+#include "aida/Vocabulary.h"
+
 #include <velmorak/Failure.h>
 
 #include <fmt/format.h>
@@ -11,26 +13,20 @@ namespace velmorak::io {
 
 namespace {
 
-/// Deeper than any table is read; a file that means harm could nest without end.
+/// Limits against malformed or hostile files.
 constexpr std::size_t maxColumnDepth = 64;
-/// More are in no file, and the list of them must have an end.
 constexpr std::size_t maxObjects = 1'000'000;
 constexpr std::size_t maxListedColumns = 8'000'000;
-/// Different sentences about one file, that are remembered so as not to come twice.
+/// Limit for the messages that are remembered to report each only once.
 constexpr std::size_t maxWarned = 1000;
 constexpr std::size_t maxReported = 20;
 
-bool isCloud(std::string_view name) {
-    return name.substr(0, 5) == "cloud";
-}
-
-/// Columns of a cloud: its coordinates, and the weight, which is 1 where a point has none.
-std::vector<AidaColumn> cloudColumns(std::string_view element) {
+/// Columns of a cloud: its coordinates, and the weight, which is 1 if a point has none.
+std::vector<AidaColumn> cloudColumns(std::size_t dimensions) {
+    constexpr std::array<std::string_view, 3> names{"x", "y", "z"};
     std::vector<AidaColumn> columns;
-    for (const char* name : {"x", "y", "z"}) {
-        if (columns.size() < static_cast<std::size_t>(element[5] - '0')) {
-            columns.push_back(columnFrom(name, "double", ""));
-        }
+    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+        columns.push_back(columnFrom(names[direction], "double", ""));
     }
     columns.push_back(columnFrom("weight=1", "double", ""));
     return columns;
@@ -73,11 +69,11 @@ AidaTupleHandler::State AidaTupleHandler::begun(std::string_view name, const cha
     switch (states.back()) {
         case State::File:
             if (name != "aida") {
-                fail(fmt::format("this is no AIDA file: it begins with <{}>", name));
+                fail(fmt::format("this is not an AIDA file: it begins with <{}>", name));
             }
             return State::Root;
         case State::Root:
-            return isObject(name) ? beginObject(name, attributes) : State::Skipped;
+            return aidaObjectType(name) ? beginObject(*aidaObjectType(name), attributes) : State::Skipped;
         case State::Tuple:
             return beginInTuple(name, attributes);
         case State::Columns:
@@ -119,7 +115,7 @@ bool AidaTupleHandler::continuesAfter(const std::string& damage) {
     if (reader->document().empty() || hasBegun) {
         return false;
     }
-    // What was looked for may have been in there.
+    // The damaged document may have contained the wanted object.
     if (isReading()) {
         warnings.add(damage);
     }
@@ -129,12 +125,12 @@ bool AidaTupleHandler::continuesAfter(const std::string& damage) {
     return true;
 }
 
-AidaTupleHandler::State AidaTupleHandler::beginObject(std::string_view name, const char* const* attributes) {
+AidaTupleHandler::State AidaTupleHandler::beginObject(const AidaObjectType& type, const char* const* attributes) {
     std::string warning;
     if (found.size() == maxObjects) {
-        fail(fmt::format("it holds more than {} objects", maxObjects));
+        fail(fmt::format("the file contains more than {} objects", maxObjects));
     }
-    current = {paths.next(attributes, reader->document(), warning), std::string(name), {}};
+    current = {paths.next(attributes, reader->document(), warning), std::string(type.element), {}};
     if (!warning.empty()) {
         warnOnce(warning, warning);
     }
@@ -144,14 +140,14 @@ AidaTupleHandler::State AidaTupleHandler::beginObject(std::string_view name, con
         columnCount = 0;
     }
     header.clear();
-    if (name == "tuple") {
+    if (type.family == AidaFamily::Tuple) {
         return State::Tuple;
     }
-    if (!isCloud(name)) {
+    if (type.family != AidaFamily::Cloud) {
         found.push_back(current);
         return State::Skipped;
     }
-    header = cloudColumns(name);
+    header = cloudColumns(type.dimensions);
     return State::Cloud;
 }
 
@@ -159,7 +155,7 @@ AidaTupleHandler::State AidaTupleHandler::beginInTuple(std::string_view name, co
     if (name == "columns") {
         return State::Columns;
     }
-    if (name == "tuple" && isWanted) {
+    if (isOfFamily(name, AidaFamily::Tuple) && isWanted) {
         members.push_back(
             objectPath(textOr(attributeOf(attributes, "path"), ""), textOr(attributeOf(attributes, "name"), "")));
     }
@@ -171,11 +167,11 @@ AidaTupleHandler::State AidaTupleHandler::beginInTuple(std::string_view name, co
         plain = rowBuilder->plainColumns();
     }
     isInPlainRows = (isWanted || !isReading()) && !plain.empty();
-    return isWanted ? State::Rows : State::PassedRows;
+    return isWanted ? State::Rows : State::SkippedRows;
 }
 
 AidaTupleHandler::State AidaTupleHandler::beginInCloud(std::string_view name) {
-    isConverted = isConverted || name.substr(0, 9) == "histogram";
+    isConverted = isConverted || isOfFamily(name, AidaFamily::Histogram);
     if (name.substr(0, 7) != "entries") {
         return State::Skipped;
     }
@@ -242,7 +238,7 @@ void AidaTupleHandler::endHeader() {
     hasHeader = true;
     auto made = std::make_unique<TupleBuilder>(header);
     current.schema = made->schema();
-    // Rows that nothing is made of are passed faster by the scanner, which goes by the columns that it saw first.
+    // Skipping rows is faster with the scanner, which uses the columns of the first tuple.
     if (!isReading() && plain.empty()) {
         plain = made->plainColumns();
     }
@@ -254,7 +250,7 @@ void AidaTupleHandler::endHeader() {
         warnOnce(sentence, sentence);
     }
     if (rowBuilder && !haveSameShape(rowBuilder->columns(), header)) {
-        fail(fmt::format("{} has other columns than the tuples before it in its chain", current.path));
+        fail(fmt::format("{} has other columns than the previous tuples of its chain", current.path));
     }
     if (!rowBuilder) {
         rowBuilder = std::move(made);
@@ -273,7 +269,7 @@ void AidaTupleHandler::endElement(const char* /*name*/) {
         case State::Point:
             return endRow();
         case State::Rows:
-        case State::PassedRows:
+        case State::SkippedRows:
             isInPlainRows = false;
             return;
         case State::NestedRow:
@@ -295,7 +291,7 @@ void AidaTupleHandler::endRow() {
     rowBuilder->endRow();
     if (rowBuilder->hasExtraEntries()) {
         warnOnce("extra entries",
-                 fmt::format("{} has rows with more entries than columns; these are left out", current.path));
+                 fmt::format("{} has rows with more entries than columns; the surplus is ignored", current.path));
     }
     if (rowBuilder->isFull()) {
         reader->pause();
@@ -313,7 +309,7 @@ std::size_t AidaTupleHandler::takeRows(const PlainRows& rows, std::size_t first)
 
 void AidaTupleHandler::endObject() {
     if (isWanted && !hasHeader && isConverted) {
-        fail(fmt::format("the cloud {} has been converted to a histogram and holds no points any more", current.path));
+        fail(fmt::format("the cloud {} was converted to a histogram and has no points", current.path));
     }
     if (!isWanted || members.empty() || hasHeader) {
         endHeader();
@@ -322,7 +318,7 @@ void AidaTupleHandler::endObject() {
         return;
     }
     if (reader->repairedBytes() > 0) {
-        warnOnce("encoding", "bytes that are not UTF-8, as the file says, are read as ISO-8859-1");
+        warnOnce("encoding", "bytes that are not valid UTF-8 are read as ISO-8859-1");
     }
     if (reader->skippedEntity()) {
         warnOnce("entity", "a reference to another file is left out");

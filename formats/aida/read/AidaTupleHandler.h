@@ -15,26 +15,28 @@
 
 namespace velmorak::io {
 
-/// Follows the elements of an AIDA file: finds its objects, reads the headers of tuples and clouds, and builds the rows
-/// of the one that is wanted.
+struct AidaObjectType;
+
+/// Handles the elements of an AIDA file: lists its objects, reads the headers of tuples and clouds, and builds the rows
+/// of the wanted one.
 class AidaTupleHandler : public XmlHandler {
 public:
-    /// @param wantedPath path of the object whose rows are built; empty for none, when only the objects are found.
+    /// @param wantedPath path of the object whose rows are built; empty to only list the objects.
     AidaTupleHandler(std::filesystem::path path, std::string wantedPath, RunContext& runContext);
 
-    /// The reader that this walk is the handler of, told right after both are made.
+    /// Sets the reader that calls this handler; must be called before it reads.
     void attach(XmlReader& xmlReader) { reader = &xmlReader; }
 
-    /// Objects whose beginnings, with the header where there is one, have been read.
+    /// Objects whose beginnings, including headers, have been read.
     const std::vector<AidaEntry>& entries() const { return found; }
     /// Null until the header of the wanted object has been read; the reader then pauses.
     TupleBuilder* builder() { return hasBegun ? rowBuilder.get() : nullptr; }
-    /// The rows are put behind those of another tuple, which must have the same columns.
+    /// Appends the rows to those of another tuple, which must have the same columns.
     void appendTo(std::unique_ptr<TupleBuilder> rows) { rowBuilder = std::move(rows); }
-    /// Complete rows, also of such a tuple before it.
+    /// Complete rows, including those of the tuple that is appended to.
     const std::unique_ptr<TupleBuilder>& rows() const { return rowBuilder; }
     std::unique_ptr<TupleBuilder> release() { return std::move(rowBuilder); }
-    /// Paths of the tuples that the wanted one, which has no rows of its own, names in their place.
+    /// Paths of the tuples that the wanted one refers to instead of having rows.
     const std::vector<std::string>& chain() const { return members; }
     /// The wanted object has been read to its end.
     bool isDone() const { return done; }
@@ -42,11 +44,11 @@ public:
     void beginElement(const char* name, const char* const* attributes) override;
     void endElement(const char* name) override;
     const std::vector<PlainColumn>* plainColumns() const override { return isInPlainRows ? &plain : nullptr; }
-    bool isBetweenRows() const override { return states.back() == State::Rows || states.back() == State::PassedRows; }
+    bool isBetweenRows() const override { return states.back() == State::Rows || states.back() == State::SkippedRows; }
     std::size_t takeRows(const PlainRows& rows, std::size_t first) override;
     void beginDocument() override;
     bool continuesAfter(const std::string& damage) override;
-    /// What was wrong with the files of an archive that were left.
+    /// Damage of skipped files of an archive.
     const std::vector<std::string>& damages() const { return reported; }
 
 private:
@@ -58,7 +60,7 @@ private:
         Columns,
         Column,
         Rows,
-        PassedRows,
+        SkippedRows,
         Row,
         Entry,
         Nested,
@@ -69,7 +71,7 @@ private:
     };
 
     State begun(std::string_view name, const char* const* attributes);
-    State beginObject(std::string_view name, const char* const* attributes);
+    State beginObject(const AidaObjectType& type, const char* const* attributes);
     State beginInTuple(std::string_view name, const char* const* attributes);
     State beginInRow(std::string_view name, const char* const* attributes);
     State beginInCloud(std::string_view name);
@@ -106,7 +108,7 @@ private:
     std::vector<std::string> reported;
     std::set<std::string> warned;
     FewWarnings warnings;
-    std::size_t columnCount = 0;  ///< Of all tuples so far, or of the one that is read.
+    std::size_t columnCount = 0;  ///< Of all tuples so far, or of the wanted one.
 };
 
 }  // namespace velmorak::io

@@ -7,13 +7,13 @@
 
 namespace velmorak::io {
 
-/// Passes on the first warnings about a file, and counts the others: a file may give reason for any number.
+/// Reports the first warnings about a file, and counts the others: a damaged file may cause any number.
 class FewWarnings {
 public:
-    explicit FewWarnings(RunContext& runContext) : context(runContext) {}
+    explicit FewWarnings(RunContext& context) : context(context) {}
 
     void add(const std::string& sentence);
-    /// Says how many were left out, where there are such.
+    /// Reports how many warnings were suppressed, if any.
     void finish(const std::string& file);
 
 private:

@@ -5,9 +5,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <array>
-
 namespace velmorak::io {
 
 namespace {
@@ -29,12 +26,6 @@ std::string folderOf(const char* const* attributes, std::string_view document) {
 }
 
 }  // namespace
-
-bool isObject(std::string_view element) {
-    constexpr std::array objects{"histogram1d", "histogram2d", "histogram3d", "cloud1d",      "cloud2d", "cloud3d",
-                                 "profile1d",   "profile2d",   "tuple",       "dataPointSet", "function"};
-    return std::find(objects.begin(), objects.end(), element) != objects.end();
-}
 
 std::string ObjectPaths::next(const char* const* attributes, std::string_view document, std::string& warning) {
     const char* name = attributeOf(attributes, "name");

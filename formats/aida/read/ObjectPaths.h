@@ -6,17 +6,14 @@
 
 namespace velmorak::io {
 
-/// @return whether an element of that name is an object of an AIDA file.
-bool isObject(std::string_view element);
-
-/// Gives each top-level object of a file its path. Every reader of a file asks for all objects in their order, so that
-/// they agree.
+/// Assigns each top-level object of a file its path. Every reader of a file passes all objects in order, so that all
+/// readers agree.
 class ObjectPaths {
 public:
     /// @param attributes of the object's element, as expat gives them.
-    /// @param document name of the file in an archive; in a store, with its objects in files of their own, its folders
-    ///                 are those of the object. Empty where there is no archive.
-    /// @param warning set where the path is taken: this object's path then ends in ";2".
+    /// @param document name of the file in an archive; empty if there is none. In a store, which has one file for each
+    ///                 object, the folders of the file are those of the object.
+    /// @param warning set if the path is in use already: this object's path then ends in ";2".
     std::string next(const char* const* attributes, std::string_view document, std::string& warning);
 
 private:

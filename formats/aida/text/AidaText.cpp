@@ -1,6 +1,6 @@
 #include "aida/text/AidaText.h"
 
-#include "aida/text/TextRepair.h"
+#include <velmorak/Utf8.h>
 
 #include <array>
 #include <charconv>
@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
-/// What stands for a character of ASCII; empty for itself.
+/// Replacement of an ASCII character; empty if it needs none.
 std::string_view escapeOf(char c) {
     switch (c) {
         case '&':
@@ -67,11 +67,7 @@ void appendEscaped(std::string_view text, std::string& target) {
         appendValid(text, target);
         return;
     }
-    TextRepair repair;
-    std::string valid;
-    repair.append(text, valid);
-    repair.finish(valid);
-    appendValid(valid, target);
+    appendValid(toUtf8(text), target);
 }
 
 std::string escaped(std::string_view text) {

@@ -11,10 +11,10 @@ namespace {
 
 __extension__ using Wide = unsigned __int128;
 
-constexpr int minPower = -27;  ///< 5^27 is the largest power of 5 that 64 bits hold.
+constexpr int minPower = -27;  ///< 5^27 is the largest power of 5 below 2^64.
 constexpr int maxPower = 27;
 
-/// The first 128 bits of a power of 5, the highest of them set; of a power below 0 one more than these.
+/// The leading 128 bits of a power of 5, normalised; for negative powers rounded up.
 struct PowerOf5 {
     std::uint64_t high = 0;
     std::uint64_t low = 0;
@@ -28,7 +28,7 @@ constexpr std::uint64_t power5(int exponent) {
     return power;
 }
 
-/// 2^(127 + the bits of the power) / power, cut off, and 1 more.
+/// 2^(127 + the bits of the power) / power, truncated, plus 1.
 constexpr PowerOf5 reciprocal(std::uint64_t power) {
     const int bits = 64 - std::countl_zero(power - 1);
     Wide rest = 1;
@@ -59,8 +59,8 @@ constexpr auto powersOf5 = makePowers();
 
 /// digits * 10^exponent, rounded to the nearest double, halves to even. D. Lemire, Number Parsing at a Gigabyte per
 /// Second, Software: Practice and Experience 51 (2021); N. Mushtak, D. Lemire, Fast Number Parsing Without Fallback,
-/// Software: Practice and Experience 53 (2023), shows that no case is left open. In the range of exponents here nothing
-/// is subnormal or infinite.
+/// Software: Practice and Experience 53 (2023), shows that no case needs a fallback. In the range of exponents here no
+/// result is subnormal or infinite.
 double rounded(std::uint64_t digits, int exponent) {
     if (digits == 0) {
         return 0.0;
@@ -71,7 +71,7 @@ double rounded(std::uint64_t digits, int exponent) {
     const Wide first = static_cast<Wide>(digits) * power.high;
     auto high = static_cast<std::uint64_t>(first >> 64);
     auto low = static_cast<std::uint64_t>(first);
-    // Only where the bits that decide are all set can the rest of the power carry into them.
+    // Only if the deciding bits are all set can the rest of the power carry into them.
     if ((high & 0x1FF) == 0x1FF) {
         const auto more = static_cast<std::uint64_t>((static_cast<Wide>(digits) * power.low) >> 64);
         low += more;
@@ -81,7 +81,7 @@ double rounded(std::uint64_t digits, int exponent) {
     std::uint64_t mantissa = high >> (upper + 9);
     // log2(10) in 2^-16.
     int binary = ((217706 * exponent) >> 16) + 63 + upper - zeros;
-    // Exactly half way lies only what such a small power of 5 divides; it is told from what lies just above.
+    // Only numbers divisible by such a small power of 5 are exactly halfway; others lie just above.
     if (low <= 1 && exponent >= -4 && exponent <= 23 && (mantissa & 3) == 1 && mantissa << (upper + 9) == high) {
         mantissa &= ~std::uint64_t{1};
     }
@@ -107,7 +107,7 @@ bool areDigits(std::uint64_t bytes) {
            0x3333333333333333;
 }
 
-/// Of eight digits, the first in the lowest byte: pairs, then fours, then all.
+/// Converts eight digits, the first in the lowest byte: pairs, then fours, then all.
 std::uint64_t valueOf8(std::uint64_t bytes) {
     bytes -= zerosOf8;
     bytes = bytes * 10 + (bytes >> 8);
@@ -129,7 +129,7 @@ const char* scanDigits(const char* text, std::uint64_t& digits) {
     return text;
 }
 
-/// @return null where an 'e' is followed by no number, or by a large one.
+/// @return null if an 'e' is followed by no number, or by a large one.
 const char* scanExponent(const char* text, int& exponent) {
     const bool isNegative = *text == '-';
     if (isNegative || *text == '+') {
@@ -165,7 +165,7 @@ const char* scanDecimal(const char* text, double& value) {
         count += end - fraction;
         exponent = static_cast<int>(fraction - end);
     }
-    // Zeros in front are no digits that have to be held.
+    // Leading zeros are not significant digits.
     for (const char* zero = text; count > maxDigits && (*zero == '0' || *zero == '.'); ++zero) {
         count -= *zero == '0' ? 1 : 0;
     }

@@ -20,15 +20,15 @@ void RowBlocks::Block::scanFrom(std::size_t begin) {
     rows.scan(bytes.data() + begin, size - begin);
 }
 
-/// What the reader's thread and its helpers work on. The lock is never held while reading or scanning.
+/// State shared by the reader's thread and its helper tasks. The lock is not held while reading or scanning.
 struct RowBlocks::Shared {
     using Lock = std::unique_lock<std::mutex>;
 
-    Shared(TextInput& bytes, std::vector<PlainColumn> columns, std::size_t most);
+    Shared(TextInput& stream, std::vector<PlainColumn> layout, std::size_t maxBlocks);
 
     bool mayRead() const { return !isReading && !isAtEnd && blocks.size() < maxBlocks; }
     Block* firstUnscanned() const;
-    /// @return false when there is nothing to do.
+    /// @return false if there is nothing to do.
     bool work(Lock& lock, bool isReadingFirst);
     void read(Lock& lock);
     void scan(Lock& lock, Block& block);
@@ -43,18 +43,18 @@ struct RowBlocks::Shared {
     std::mutex mutex;
     std::condition_variable changed;
     std::deque<std::unique_ptr<Block>> blocks;   ///< In the order of the text.
-    std::vector<std::unique_ptr<Block>> unused;  ///< To be filled again.
-    std::vector<char> rest;                      ///< Of the last block, behind its last row. For the one who reads.
-    bool isDrained = false;                      ///< The stream has no more. For the one who reads.
-    std::size_t helpers = 0;                     ///< Called, and not yet gone.
-    std::size_t busy = 0;                        ///< Helpers that have come.
+    std::vector<std::unique_ptr<Block>> unused;  ///< For reuse.
+    std::vector<char> rest;   ///< Of the last block, after its last row. Accessed by the reading thread.
+    bool isDrained = false;   ///< The stream is at its end. Accessed by the reading thread.
+    std::size_t helpers = 0;  ///< Tasks that were spawned and have not ended.
+    std::size_t busy = 0;     ///< Helper tasks that are running.
     bool isReading = false;
     bool isAtEnd = false;
     bool isClosed = false;
 };
 
-RowBlocks::Shared::Shared(TextInput& bytes, std::vector<PlainColumn> columns, std::size_t most)
-    : stream(bytes), layout(std::move(columns)), maxBlocks(most) {}
+RowBlocks::Shared::Shared(TextInput& stream, std::vector<PlainColumn> layout, std::size_t maxBlocks)
+    : stream(stream), layout(std::move(layout)), maxBlocks(maxBlocks) {}
 
 RowBlocks::Block* RowBlocks::Shared::firstUnscanned() const {
     const auto found = std::find_if(blocks.begin(), blocks.end(),
@@ -95,7 +95,7 @@ void RowBlocks::Shared::read(Lock& lock) {
     changed.notify_all();
 }
 
-/// Fills a block up to the end of its last row; what is behind that begins the next one.
+/// Fills a block up to the end of its last row; the rest begins the next block.
 void RowBlocks::Shared::fill(Block& block) {
     block.failure = nullptr;
     block.isScanned = block.isBeingScanned = false;
@@ -111,7 +111,7 @@ void RowBlocks::Shared::fill(Block& block) {
         }
         block.fraction = stream.fraction();
     } catch (...) {
-        // For the one who asks for the block.
+        // Rethrown by front.
         block.failure = std::current_exception();
     }
     isDrained = count == 0 || block.failure;
@@ -145,14 +145,14 @@ void RowBlocks::Shared::help() {
     changed.notify_all();
 }
 
-/// Not for every block that may be read: helpers would come and go.
+/// Spawns helpers only when half of the blocks are free, so that they do not end and restart for every block.
 void RowBlocks::Shared::callHelpers(const std::shared_ptr<Shared>& self, std::size_t most) {
     for (; helpers < most && !isAtEnd && 2 * blocks.size() <= maxBlocks; ++helpers) {
         spawnTask([self] { self->help(); });
     }
 }
 
-/// A helper that has not come yet holds this, maybe for long.
+/// Frees the memory: a helper task that has not started may keep this object alive for long.
 void RowBlocks::Shared::forgetText() {
     blocks = std::deque<std::unique_ptr<Block>>();
     unused = std::vector<std::unique_ptr<Block>>();

@@ -22,10 +22,10 @@ public:
         explicit Block(const std::vector<PlainColumn>& columns) : rows(columns) {}
 
         std::string_view text() const { return {bytes.data(), size}; }
-        /// Scans what stands from a byte on.
+        /// Scans the text from a byte on.
         void scanFrom(std::size_t begin);
 
-        std::vector<char> bytes;  ///< The text, and zeros.
+        std::vector<char> bytes;  ///< The text, followed by zeros.
         std::size_t size = 0;
         PlainRows rows;
         std::size_t scannedFrom = 0;
@@ -35,21 +35,21 @@ public:
         bool isBeingScanned = false;
     };
 
-    /// @param bytes outlives this, and is read by nobody else until then.
+    /// @param bytes must outlive this, and must not be read by others until then.
     RowBlocks(TextInput& bytes, const std::vector<PlainColumn>& columns);
     ~RowBlocks();
     RowBlocks(const RowBlocks&) = delete;
     RowBlocks& operator=(const RowBlocks&) = delete;
 
-    /// @return the first block that has not been taken away, scanned from its begin; null at the end of the text.
-    /// @throws what reading threw.
+    /// @return the first block that has not been popped, scanned from its beginning; null at the end of the text.
+    /// @throws the exception of reading the block.
     Block* front();
     void pop();
 
 private:
     struct Shared;
 
-    std::shared_ptr<Shared> shared;  ///< A helper that comes late finds it closed.
+    std::shared_ptr<Shared> shared;  ///< Outlives this for helper tasks that start late; they find it closed.
     std::size_t threads;
 };
 

@@ -1,7 +1,7 @@
 #include "aida/text/RowFastPath.h"
 
-#include "aida/read/TupleBuilder.h"
 #include "aida/text/Decimal.h"
+#include "aida/text/EntryValues.h"
 
 #include <velmorak/Value.h>
 
@@ -24,14 +24,14 @@ std::size_t minBytes(std::size_t columns) {
     return rowBegin.size() + rowEnd.size() + columns * (entryBegin.size() + entryEnd.size());
 }
 
-/// The mark is short and known when this is compiled: that makes it one or two comparisons.
+/// The mark is a short constant, so that this compiles to one or two comparisons.
 template <std::size_t Size>
 bool isAt(const char* text, const char (&mark)[Size]) {
     static_assert(Size - 1 <= plainRowsMargin);
     return std::memcmp(text, mark, Size - 1) == 0;
 }
 
-/// @return the first byte that is no blank. A carriage return alone is none: it would be a line end to a parser.
+/// @return the first byte that is not blank. A lone carriage return is not: a parser takes it for a line end.
 const char* skipBlanks(const char* text, std::uint64_t& lines) {
     for (;; ++text) {
         if (*text == '\n') {
@@ -42,7 +42,7 @@ const char* skipBlanks(const char* text, std::uint64_t& lines) {
     }
 }
 
-/// @return the quote that ends a value; null where something comes before it that is not as it stands.
+/// @return the quote that ends a value; null if an escape or a byte beyond ASCII comes before it.
 const char* endOfValue(const char* text) {
     while (*text != '"') {
         if (*text < 0x20 || *text > 0x7E || *text == '&' || *text == '<') {
@@ -57,7 +57,7 @@ std::string_view between(const char* begin, const char* end) {
     return {begin, static_cast<std::size_t>(end - begin)};
 }
 
-/// @return the quote behind a number of up to 18 digits; null where anything else stands.
+/// @return the quote after an integer of up to 18 digits; null for anything else.
 const char* scanInteger(const char* text, std::int64_t& value) {
     const bool isNegative = *text == '-';
     const char* const first = isNegative ? text + 1 : text;
@@ -137,7 +137,7 @@ void PlainRows::scan(const char* text, std::size_t size) {
     }
 }
 
-/// @return the first byte behind the row; null where it is no plain one.
+/// @return the first byte after the row; null if it is not a plain one.
 const char* PlainRows::scanRow(const char* text) {
     if (!isAt(text, "<row>")) {
         return nullptr;
@@ -168,7 +168,7 @@ const char* PlainRows::scanEntry(const char* text, const Target& target) {
     return isAt(text, "/>") ? text + 2 : nullptr;
 }
 
-/// @return the quote that ends the value; null where it is none for the column.
+/// @return the quote that ends the value; null if the value does not fit the column.
 const char* PlainRows::scanValue(const char* text, const Target& target) {
     const ColumnType type = target.column.type;
     double number = 0.0;

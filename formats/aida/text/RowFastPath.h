@@ -15,32 +15,32 @@ struct PlainColumn {
     bool isSingleCharacter = false;
 };
 
-/// Bytes beyond the end of a text that PlainRows may look at. They must be zero.
+/// Bytes beyond the end of a text that PlainRows may read. They must be zero.
 inline constexpr std::size_t plainRowsMargin = 32;
 
-/// Rows of a tuple as nearly every program writes them: <row> with an <entry value="..."/> for each column, blanks, and
-/// nothing else. Any other byte ends the scan before the row that it stands in, which is then for a parser of all XML:
+/// Scans plain rows of a tuple, as nearly every program writes them: <row> with an <entry value="..."/> for each
+/// column, blanks, and nothing else. Anything else ends the scan before its row, which the full XML parser must read:
 /// another element or attribute, a reference, a comment, a byte beyond ASCII, an entry too many or too few, a value
 /// that the column cannot hold. Threads: one at a time.
 class PlainRows {
 public:
     explicit PlainRows(const std::vector<PlainColumn>& columns);
 
-    /// Scans from where a row, or blanks before one, may begin. What was scanned before is gone.
+    /// Scans from the beginning of a row, or of blanks before one. Discards the rows scanned before.
     /// @param text followed by plainRowsMargin bytes of zero.
     void scan(const char* text, std::size_t size);
     void clear();
 
     std::size_t count() const { return rowCount; }
-    /// The first count() values of each are those of the rows; what follows has no meaning.
+    /// The first count() values of each column are valid.
     const std::vector<Column>& columns() const { return values; }
-    /// Bytes of the text that the rows take up, with the blanks before, between and behind them.
+    /// Bytes of the text in the rows and in the blanks before, between and after them.
     std::size_t bytes() const { return byteCount; }
     /// Line ends in these bytes.
     std::uint64_t lines() const { return lineCount; }
 
 private:
-    /// Where the value of the next row goes, as the column's type is.
+    /// Destination of the next value, according to the column's type.
     struct Target {
         PlainColumn column;
         double* reals = nullptr;
@@ -56,11 +56,11 @@ private:
 
     std::vector<Column> values;
     std::vector<Target> targets;
-    std::size_t room = 0;  ///< Rows that fit into the columns.
+    std::size_t room = 0;  ///< Rows that the columns have memory for.
     std::size_t rowCount = 0;
     std::size_t byteCount = 0;
     std::uint64_t lineCount = 0;
-    std::uint64_t linesSeen = 0;  ///< Those of the row that is being scanned too.
+    std::uint64_t linesSeen = 0;  ///< Including those of the row that is being scanned.
 };
 
 }  // namespace velmorak::io

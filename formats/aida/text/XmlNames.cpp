@@ -1,6 +1,6 @@
 #include "aida/text/XmlNames.h"
 
-#include "aida/read/AidaColumns.h"
+#include "aida/Vocabulary.h"
 
 namespace velmorak::io {
 
@@ -8,14 +8,14 @@ bool XmlNames::see(std::string_view element, const char* const* attributes) {
     if (!isKnownElement(element) && !elements.contains(element)) {
         elements.emplace(element);
     }
-    // Rows have the same attribute again and again.
+    // Rows repeat the same attribute.
     for (; *attributes; attributes += 2) {
         if (*attributes != last) {
             last = *attributes;
             names.insert(last);
         }
     }
-    return elements.size() <= most && names.size() <= most;
+    return elements.size() <= maxNames && names.size() <= maxNames;
 }
 
 }  // namespace velmorak::io

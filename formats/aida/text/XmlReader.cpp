@@ -1,82 +1,26 @@
 #include "aida/text/XmlReader.h"
 
+#include "aida/text/XmlEncoding.h"
+
 #include <velmorak/Failure.h>
 
 #include <fmt/format.h>
-#include <iconv.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
 #include <cstring>
-#include <string_view>
+#include <utility>
 
 namespace velmorak::io {
 
 namespace {
 
-/// What the AIDA document type adds to a text: two entities, and the defaults of attributes.
-constexpr std::string_view documentType = R"(<!ENTITY UNDERFLOW "-2">)"
-                                          R"(<!ENTITY OVERFLOW "-1">)"
-                                          R"(<!ATTLIST axis direction CDATA "x">)"
-                                          R"(<!ATTLIST statistic direction CDATA "x">)"
-                                          R"(<!ATTLIST column type CDATA "double">)"
-                                          R"(<!ATTLIST item sticky CDATA "false">)"
-                                          R"(<!ATTLIST function isNormalized CDATA "false">)";
-
-/// Code point of each byte of an encoding, -1 for none.
-bool fillMap(iconv_t converter, int* map) {
-    for (int byte = 0; byte < 256; ++byte) {
-        std::array<char, 1> in{static_cast<char>(byte)};
-        std::array<unsigned char, 8> out{};
-        char* from = in.data();
-        char* to = reinterpret_cast<char*>(out.data());
-        std::size_t fromLeft = in.size();
-        std::size_t toLeft = out.size();
-        iconv(converter, nullptr, nullptr, nullptr, nullptr);
-        const bool isOne =
-            iconv(converter, &from, &fromLeft, &to, &toLeft) != static_cast<std::size_t>(-1) && toLeft == 4;
-        const unsigned code = (static_cast<unsigned>(out[0]) << 24U) | (static_cast<unsigned>(out[1]) << 16U) |
-                              (static_cast<unsigned>(out[2]) << 8U) | static_cast<unsigned>(out[3]);
-        map[byte] = isOne && code < 0x10000 ? static_cast<int>(code) : -1;
-        if (byte < 0x80 && byte >= 0x20 && map[byte] != byte) {
-            return false;
-        }
-    }
-    return true;
-}
-
-/// For encodings that expat does not know: those with one byte a character that extend ASCII.
-int XMLCALL unknownEncoding(void* /*data*/, const XML_Char* name, XML_Encoding* info) {
-    iconv_t converter = iconv_open("UCS-4BE", name);
-    // The value that says so is an integer in the clothes of a pointer.
-    if (reinterpret_cast<std::intptr_t>(converter) == -1) {
-        return XML_STATUS_ERROR;
-    }
-    const bool isUsable = fillMap(converter, info->map);
-    iconv_close(converter);
-    info->convert = nullptr;
-    info->data = nullptr;
-    info->release = nullptr;
-    return isUsable ? XML_STATUS_OK : XML_STATUS_ERROR;
-}
-
-/// @return the encoding that the text's first line declares, in small letters; empty when it declares none.
-std::string declaredEncoding(std::string_view text) {
-    const std::string_view head = text.substr(0, text.find('>'));
-    const auto begin = head.find("encoding");
-    if (begin == std::string_view::npos || head.find("<?xml") == std::string_view::npos) {
-        return {};
-    }
-    const auto open = head.find_first_of(R"("')", begin);
-    if (open == std::string_view::npos) {
-        return {};
-    }
-    std::string name(head.substr(open + 1, head.find(head[open], open + 1) - open - 1));
-    std::transform(name.begin(), name.end(), name.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return name;
-}
+/// Bytes that the parser is given at once, except for a longer tag or text.
+constexpr std::size_t pieceSize = std::size_t{1} << 16U;
+constexpr std::size_t maxPieceSize = std::size_t{32} << 20U;
+constexpr std::size_t maxDepth = 1000;
+constexpr std::size_t maxNameLength = 1000;
+constexpr std::size_t maxTagLength = std::size_t{64} << 20U;
+constexpr std::size_t maxTokenLength = std::size_t{256} << 20U;
 
 }  // namespace
 
@@ -89,34 +33,29 @@ const char* attributeOf(const char* const* attributes, const char* name) {
     return nullptr;
 }
 
-XmlReader::XmlReader(const std::filesystem::path& file, XmlHandler& elements, RunContext& runContext,
-                     RowReading rowReading)
-    : path(file),
-      handler(elements),
-      context(runContext),
-      stream(file, runContext),
-      warnings(runContext),
+XmlReader::XmlReader(const std::filesystem::path& path, XmlHandler& handler, RunContext& context, RowReading reading)
+    : path(path),
+      handler(handler),
+      context(context),
+      stream(path, context),
+      warnings(context),
       piece(pieceSize, '\0'),
-      reading(rowReading) {
-    parser.reset(XML_ParserCreate(nullptr));
-    if (!parser) {
-        throw std::bad_alloc();
-    }
-    prepareParser();
+      reading(reading) {
+    setCallbacks();
 }
 
-void XmlReader::prepareParser() {
+void XmlReader::setCallbacks() {
     XML_SetUserData(parser.get(), this);
-    XML_SetElementHandler(parser.get(), began, ended);
-    XML_SetCharacterDataHandler(parser.get(), text);
+    XML_SetElementHandler(parser.get(), elementBegan, elementEnded);
+    XML_SetCharacterDataHandler(parser.get(), textRead);
     XML_SetUnknownEncodingHandler(parser.get(), unknownEncoding, nullptr);
     XML_SetParamEntityParsing(parser.get(), XML_PARAM_ENTITY_PARSING_ALWAYS);
     XML_UseForeignDTD(parser.get(), XML_TRUE);
     XML_SetExternalEntityRefHandler(parser.get(), externalEntity);
-    XML_SetEntityDeclHandler(parser.get(), declaredEntity);
-    XML_SetSkippedEntityHandler(parser.get(), skippedEntity);
-    XML_SetStartDoctypeDeclHandler(parser.get(), beganDoctype);
-    XML_SetCdataSectionHandler(parser.get(), beganCdata, endedCdata);
+    XML_SetEntityDeclHandler(parser.get(), entityDeclared);
+    XML_SetSkippedEntityHandler(parser.get(), entitySkipped);
+    XML_SetStartDoctypeDeclHandler(parser.get(), doctypeBegan);
+    XML_SetCdataSectionHandler(parser.get(), cdataBegan, cdataEnded);
 }
 
 bool XmlReader::advance() {
@@ -144,7 +83,7 @@ bool XmlReader::advanceInDocument() {
         }
         const bool wasSuspended = isSuspended;
         isSuspended = false;
-        check(wasSuspended ? XML_ResumeParser(parser.get()) : feed());
+        check(wasSuspended ? parser.resume() : feed());
         if (isSuspended) {
             return true;
         }
@@ -153,10 +92,10 @@ bool XmlReader::advanceInDocument() {
 }
 
 bool XmlReader::beginNextDocument() {
-    blocks.reset();
+    rows.reset();
     const bool isThereOne = stream.nextDocument();
     for (; skippedFiles < stream.skipped().size(); ++skippedFiles) {
-        warnings.add(fmt::format("{}: {} is no XML and is left out", path.string(), stream.skipped()[skippedFiles]));
+        warnings.add(fmt::format("{}: {} is not XML and is skipped", path.string(), stream.skipped()[skippedFiles]));
     }
     if (!isThereOne) {
         warnings.finish(path.string());
@@ -165,12 +104,10 @@ bool XmlReader::beginNextDocument() {
         }
         return false;
     }
-    XML_ParserReset(parser.get(), nullptr);
-    prepareParser();
+    parser.reset();
+    setCallbacks();
     failure = nullptr;
     isBegun = isSuspended = isAtEnd = isScannable = isInCdata = false;
-    cursor = rowsTaken = 0;
-    parsedBytes = scannedBytes = scannedLines = 0;
     depth = 0;
     references = XmlReferences();
     names = XmlNames();
@@ -189,7 +126,7 @@ XML_Status XmlReader::feed() {
     }
     isBegun = true;
     if (!repairs) {
-        return parse(bytes, bytes.empty());
+        return parser.parse(bytes, bytes.empty());
     }
     repaired.clear();
     if (bytes.empty()) {
@@ -197,26 +134,21 @@ XML_Status XmlReader::feed() {
     } else {
         repair.append(bytes, repaired);
     }
-    return parse(repaired, bytes.empty());
-}
-
-XML_Status XmlReader::parse(std::string_view bytes, bool isLast) {
-    parsedBytes += bytes.size();
-    return XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), isLast ? 1 : 0);
+    return parser.parse(repaired, bytes.empty());
 }
 
 std::string_view XmlReader::nextPiece() {
-    if (!blocks && mayScan()) {
-        blocks = std::make_unique<RowBlocks>(stream, *handler.plainColumns());
+    if (!rows && mayScan()) {
+        rows = std::make_unique<RowBlockReader>(stream, *handler.plainColumns());
     }
     const std::size_t wanted = wantedBytes();
-    if (blocks) {
-        const std::string_view rows = nextOddRows();
-        if (wanted == pieceSize || rows.empty()) {
-            return rows;
+    if (rows) {
+        const std::string_view first = rows->nextSlowRows();
+        if (wanted == pieceSize || first.empty()) {
+            return first;
         }
-        piece = rows;
-        for (std::string_view more = nextOddRows(); !more.empty(); more = nextOddRows()) {
+        piece = first;
+        for (std::string_view more = rows->nextSlowRows(); !more.empty(); more = rows->nextSlowRows()) {
             piece += more;
             if (piece.size() >= wanted) {
                 break;
@@ -234,9 +166,25 @@ std::string_view XmlReader::nextPiece() {
 
 void XmlReader::noteEncoding(std::string_view bytes) {
     const std::string encoding = declaredEncoding(bytes);
-    const bool isUtf16 = bytes.substr(0, 2) == "\xFE\xFF" || bytes.substr(0, 2) == "\xFF\xFE";
-    repairs = !bytes.empty() && !isUtf16 && (encoding.empty() || encoding == "utf-8" || encoding == "utf8");
-    isScannable = repairs || (!isUtf16 && (encoding == "iso-8859-1" || encoding == "us-ascii"));
+    const bool isWide = isUtf16(bytes);
+    repairs = !bytes.empty() && !isWide && (encoding.empty() || encoding == "utf-8" || encoding == "utf8");
+    isScannable = repairs || (!isWide && (encoding == "iso-8859-1" || encoding == "us-ascii"));
+}
+
+/// Each time that the parser gets more of an incomplete token it scans that from its beginning, so it gets as many
+/// bytes as it holds: the time stays linear.
+std::size_t XmlReader::wantedBytes() const {
+    const std::size_t pending = parser.pendingBytes();
+    if (pending <= pieceSize) {
+        return pieceSize;
+    }
+    const std::string_view first = parser.currentBytes(2);
+    const bool isTag = first.size() == 2 && first[0] == '<' && first[1] != '!' && first[1] != '?';
+    if (pending > (isTag ? maxTagLength : maxTokenLength)) {
+        fail(isTag ? fmt::format("a tag is longer than {} MB", maxTagLength >> 20U)
+                   : fmt::format("a comment or text is longer than {} MB", maxTokenLength >> 20U));
+    }
+    return std::min(pending, maxPieceSize);
 }
 
 void XmlReader::check(XML_Status status) {
@@ -246,85 +194,161 @@ void XmlReader::check(XML_Status status) {
     if (status == XML_STATUS_SUSPENDED) {
         return;
     }
-    XML_ParsingStatus state{};
-    XML_GetParsingStatus(parser.get(), &state);
-    isAtEnd = state.parsing == XML_FINISHED;
+    isAtEnd = parser.isAtEnd();
     if (status == XML_STATUS_OK) {
         return;
     }
-    const XML_Error error = XML_GetErrorCode(parser.get());
-    throw Failure(fmt::format("{}: the XML is damaged{}: {}", path.string(), where(), XML_ErrorString(error)));
+    throw Failure(fmt::format("{}: the XML is damaged{}: {}", path.string(), where(),
+                              XML_ErrorString(XML_GetErrorCode(parser.get()))));
+}
+
+bool XmlReader::mayScan() const {
+    return reading == RowReading::Scanned && isScannable && handler.plainColumns() != nullptr;
+}
+
+/// @return false if what comes next is for the parser.
+bool XmlReader::takeRows() {
+    const bool isBetweenRows = rows && mayScan() && handler.isBetweenRows() && !isInCdata && !repair.hasRest();
+    return isBetweenRows && parser.isDrained() && rows->takeRows(handler);
 }
 
 void XmlReader::pause() {
     isSuspended = true;
-    XML_StopParser(parser.get(), XML_TRUE);
+    parser.pause();
 }
 
 std::string XmlReader::where() const {
-    const auto byte = static_cast<std::uint64_t>(std::max<XML_Index>(0, XML_GetCurrentByteIndex(parser.get())));
+    const std::uint64_t byte = parser.position();
     const std::string in = document().empty() ? "" : ", " + document();
-    return fmt::format("{}, line {}, byte {} of the text", in, XML_GetCurrentLineNumber(parser.get()) + scannedLines,
-                       byte - repair.repairedBefore(byte) + scannedBytes);
+    return fmt::format("{}, line {}, byte {} of the text", in, parser.line() + (rows ? rows->bypassedLines() : 0),
+                       byte - repair.repairedBefore(byte) + (rows ? rows->bypassedBytes() : 0));
 }
 
-void XmlReader::keep(std::exception_ptr thrown) {
-    failure = std::move(thrown);
-    XML_StopParser(parser.get(), XML_FALSE);
+void XmlReader::fail(const std::string& reason) const {
+    throw Failure(fmt::format("{}{}: {}", path.string(), where(), reason));
 }
 
-// No exception may pass through the parser: it is kept, and thrown again when the parser has returned.
-void XmlReader::began(void* self, const XML_Char* name, const XML_Char** attributes) {
+void XmlReader::checkElement(const char* name, const char* const* attributes) {
+    if (++depth > maxDepth) {
+        fail(fmt::format("elements are nested deeper than {}", maxDepth));
+    }
+    if (std::strlen(name) > maxNameLength) {
+        fail(fmt::format("the name of an element is longer than {} bytes", maxNameLength));
+    }
+    if (!names.see(name, attributes)) {
+        fail(fmt::format("there are more than {} different names of elements or attributes", XmlNames::maxNames));
+    }
+    const std::string_view tag = parser.currentTag();
+    if (const auto undefined = references.undefinedIn(tag)) {
+        refuseEntity(undefined->name, tag.substr(0, undefined->position));
+    }
+}
+
+/// @param before bytes between the parser's position and the reference.
+void XmlReader::refuseEntity(const std::string& entity, std::string_view before) const {
+    const auto lines = static_cast<std::uint64_t>(std::count(before.begin(), before.end(), '\n'));
+    const std::string_view line = before.substr(before.rfind('\n') + 1);
+    const auto isBegin = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80 && c != '\0'; };
+    const auto characters = static_cast<std::uint64_t>(std::count_if(line.begin(), line.end(), isBegin));
+    const std::uint64_t column = (lines == 0 ? parser.column() : 0) + characters + 1;
+    throw Failure(fmt::format(
+        "{}{}{}, line {}, column {}: the entity &{}; is not defined", path.string(), document().empty() ? "" : ", ",
+        document(), parser.line() + (rows ? rows->bypassedLines() : 0) + lines, column, entity.substr(0, 40)));
+}
+
+std::string XmlReader::damageBehind() {
+    rows.reset();
+    if (!stream.isPacked()) {
+        return {};
+    }
+    while (stream.pass(piece.data(), piece.size()) > 0) {
+        if (context.isStopping()) {
+            throw Stopped();
+        }
+    }
+    return stream.damage().empty() ? std::string() : fmt::format("{}: {}", path.string(), stream.damage());
+}
+
+/// No exception may propagate through the parser: it is stored, and check throws it when the parser has returned.
+template <typename Action>
+void XmlReader::callback(void* self, const Action& action) {
     auto& reader = *static_cast<XmlReader*>(self);
     if (reader.failure) {
         return;
     }
     try {
+        action(reader);
+    } catch (...) {
+        reader.failure = std::current_exception();
+        reader.parser.abort();
+    }
+}
+
+void XMLCALL XmlReader::elementBegan(void* self, const XML_Char* name, const XML_Char** attributes) {
+    callback(self, [&](XmlReader& reader) {
         reader.checkElement(name, attributes);
         reader.handler.beginElement(name, attributes);
-    } catch (...) {
-        reader.keep(std::current_exception());
-    }
+    });
 }
 
-void XmlReader::ended(void* self, const XML_Char* name) {
-    auto& reader = *static_cast<XmlReader*>(self);
-    if (reader.failure) {
-        return;
-    }
-    try {
+void XMLCALL XmlReader::elementEnded(void* self, const XML_Char* name) {
+    callback(self, [&](XmlReader& reader) {
         --reader.depth;
         reader.handler.endElement(name);
-    } catch (...) {
-        reader.keep(std::current_exception());
-    }
+    });
 }
 
-void XMLCALL XmlReader::text(void* self, const XML_Char* characters, int length) {
-    auto& reader = *static_cast<XmlReader*>(self);
-    if (reader.failure) {
-        return;
-    }
-    try {
+void XMLCALL XmlReader::textRead(void* self, const XML_Char* characters, int length) {
+    callback(self, [&](XmlReader& reader) {
         reader.handler.characters({characters, static_cast<std::size_t>(length)});
-    } catch (...) {
-        reader.keep(std::current_exception());
-    }
+    });
 }
 
 int XMLCALL XmlReader::externalEntity(XML_Parser expat, const XML_Char* context, const XML_Char* /*base*/,
                                       const XML_Char* /*systemId*/, const XML_Char* /*publicId*/) {
-    // Only a part of the document type comes without a context; any other entity is left out, unopened.
+    // Only the document type has no context; any other entity is skipped, unopened.
     if (context) {
         static_cast<XmlReader*>(XML_GetUserData(expat))->hasSkippedEntity = true;
         return XML_STATUS_OK;
     }
-    const std::unique_ptr<std::remove_pointer_t<XML_Parser>, Free> part(
-        XML_ExternalEntityParserCreate(expat, context, nullptr));
-    if (!part) {
-        return XML_STATUS_ERROR;
+    return parseAidaDocumentType(expat) ? XML_STATUS_OK : XML_STATUS_ERROR;
+}
+
+// The parser determines the parameters. NOLINTNEXTLINE(readability-function-size)
+void XMLCALL XmlReader::entityDeclared(void* self, const XML_Char* name, int isParameter, const XML_Char* /*value*/,
+                                       int /*length*/, const XML_Char* /*base*/, const XML_Char* /*systemId*/,
+                                       const XML_Char* /*publicId*/, const XML_Char* /*notation*/) {
+    if (isParameter != 0) {
+        return;
     }
-    return XML_Parse(part.get(), documentType.data(), static_cast<int>(documentType.size()), 1);
+    callback(self, [&](XmlReader& reader) {
+        reader.references.declare(name);
+        if (reader.references.count() > XmlNames::maxNames) {
+            reader.fail(fmt::format("more than {} entities are declared", XmlNames::maxNames));
+        }
+    });
+}
+
+void XMLCALL XmlReader::entitySkipped(void* self, const XML_Char* name, int isParameter) {
+    if (isParameter == 0) {
+        callback(self, [&](XmlReader& reader) { reader.refuseEntity(name, {}); });
+    }
+}
+
+void XMLCALL XmlReader::doctypeBegan(void* self, const XML_Char* /*name*/, const XML_Char* /*systemId*/,
+                                     const XML_Char* /*publicId*/, int hasInternalSubset) {
+    // The internal subset may change what a row means, by defaults of attributes for example.
+    if (hasInternalSubset != 0) {
+        static_cast<XmlReader*>(self)->isScannable = false;
+    }
+}
+
+void XMLCALL XmlReader::cdataBegan(void* self) {
+    static_cast<XmlReader*>(self)->isInCdata = true;
+}
+
+void XMLCALL XmlReader::cdataEnded(void* self) {
+    static_cast<XmlReader*>(self)->isInCdata = false;
 }
 
 }  // namespace velmorak::io

@@ -8,8 +8,8 @@
 
 namespace velmorak::io {
 
-/// The entities that a document has declared. The parser leaves a reference to any other one out of the value of an
-/// attribute, without a word; here it is found.
+/// The entities that a document declares. The parser silently drops a reference to any other one from the value of an
+/// attribute; this class finds it.
 class XmlReferences {
 public:
     struct Undefined {
@@ -19,8 +19,8 @@ public:
 
     void declare(std::string_view name);
     std::size_t count() const { return declared.size(); }
-    /// @param tag as it stands in the file; in UTF-16 it has a byte 0 in each pair.
-    /// @return the first reference in it that means nothing.
+    /// @param tag as in the file; in UTF-16 each pair has a zero byte.
+    /// @return the first undefined reference in it.
     std::optional<Undefined> undefinedIn(std::string_view tag) const;
 
 private:

@@ -1,8 +1,11 @@
+#include "aida/Vocabulary.h"
 #include "aida/text/AidaText.h"
 #include "aida/write/AidaObjectWriter.h"
 
 #include <velmorak/Aida.h>
+#include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
+#include <velmorak/Text.h>
 #include <velmorak/Value.h>
 
 #include <fmt/format.h>
@@ -19,7 +22,7 @@ namespace {
 
 using io::escaped;
 
-/// Both versions make a head of the same length, so that it can be written again when the file is complete.
+/// The heads of both versions have the same length, so that the head can be overwritten when the file is complete.
 std::string head(bool hasNestedRows) {
     const std::string_view version = hasNestedRows ? "3.3" : "3.2.1";
     const std::string_view blanks = hasNestedRows ? "  " : "";
@@ -31,7 +34,7 @@ std::string head(bool hasNestedRows) {
         version, blanks, VELMORAK_VERSION);
 }
 
-/// Only what an element's beginning needs of a table.
+/// Stands in for a table in beginElement.
 struct TableHead : DataObject {
     ValueType type() const override { return ValueType::Table; }
 };
@@ -95,12 +98,10 @@ std::string typeText(ColumnType type) {
 }
 
 void checkName(const std::string& name) {
-    constexpr std::string_view blanks = " \t\r\n";
-    const bool isBlankAtAnEnd = name.empty() || blanks.find(name.front()) != std::string_view::npos ||
-                                blanks.find(name.back()) != std::string_view::npos;
-    if (isBlankAtAnEnd || name.find('=') != std::string::npos) {
+    if (name.empty() || trimmed(name) != name || name.find('=') != std::string::npos) {
         throw Failure(fmt::format(
-            R"(an AIDA file cannot name the column "{}": no "=", no blanks at its ends, and not empty, please)", name));
+            R"(an AIDA file cannot have a column named "{}": column names must not be empty, contain "=" or start or end with blanks)",
+            name));
     }
 }
 
@@ -147,7 +148,7 @@ void AidaFileWriter::Impl::write(std::string_view text) {
 
 void AidaFileWriter::Impl::mustBeInTable(bool expected) const {
     if (isInTable != expected) {
-        throw std::logic_error("a table is begun, written and ended before anything else");
+        throw std::logic_error("only rows can be written between the begin and the end of a table");
     }
 }
 
@@ -164,8 +165,9 @@ AidaFileWriter::~AidaFileWriter() = default;
 
 void AidaFileWriter::write(const Histogram1D& histogram, const std::string& folder) {
     part->mustBeInTable(false);
-    std::string text = io::beginElement("histogram1d", histogram, folder) + annotation(histogram) +
-                       io::axisElement(histogram.axis(), 'x') + statistics(histogram) + "<data1d>\n";
+    std::string text = io::beginElement(io::aidaElement(io::AidaFamily::Histogram, 1), histogram, folder) +
+                       annotation(histogram) + io::axisElement(histogram.axis(), 'x') + statistics(histogram) +
+                       "<data1d>\n";
     if (!isEmpty(histogram.underflow())) {
         text += binElement("UNDERFLOW", histogram.underflow());
     }
@@ -181,11 +183,13 @@ void AidaFileWriter::write(const Histogram1D& histogram, const std::string& fold
 }
 
 void AidaFileWriter::write(const DataObject& object, const std::string& folder) {
-    if (const auto* histogram = dynamic_cast<const Histogram1D*>(&object)) {
-        return write(*histogram, folder);
-    }
-    part->mustBeInTable(false);
-    part->write(io::objectElement(object, folder));
+    visit(object, overloaded{
+                      [&](const Histogram1D& histogram) { write(histogram, folder); },
+                      [&](const DataObject& other) {
+                          part->mustBeInTable(false);
+                          part->write(io::objectElement(other, folder));
+                      },
+                  });
 }
 
 void AidaFileWriter::beginTable(const std::string& name, const std::string& title, const std::string& folder,
@@ -194,7 +198,7 @@ void AidaFileWriter::beginTable(const std::string& name, const std::string& titl
     TableHead table;
     table.name = name;
     table.title = title;
-    std::string text = io::beginElement("tuple", table, folder) + "<columns>\n";
+    std::string text = io::beginElement(io::aidaElement(io::AidaFamily::Tuple), table, folder) + "<columns>\n";
     for (const ColumnInfo& column : schema.columns()) {
         text += columnElement(column);
     }
@@ -231,8 +235,8 @@ void AidaFileWriter::close() {
         }
         part->write(head(true));
     }
-    // A full disk is reported here at the latest. To wait until all is on the disk could take seconds, in which a run
-    // that is asked to end could not; and what a run makes can be made again.
+    // A full disk is reported here at the latest. There is no fsync: it could take seconds during which the run cannot
+    // be stopped, and results can be computed again.
     const bool isFlushed = std::fflush(file) == 0;
     if (!isFlushed || std::fclose(part->file.release()) != 0) {
         part->fail();

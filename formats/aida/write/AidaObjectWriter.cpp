@@ -1,12 +1,11 @@
 #include "aida/write/AidaObjectWriter.h"
 
+#include "aida/Vocabulary.h"
 #include "aida/read/AidaColumns.h"
 #include "aida/text/AidaText.h"
 
+#include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
-#include <velmorak/FunctionObject.h>
-#include <velmorak/Points.h>
-#include <velmorak/Profile.h>
 
 #include <fmt/format.h>
 
@@ -20,9 +19,9 @@ namespace {
 
 constexpr std::string_view directions = "xyz";
 constexpr std::array labels{"XLabel", "YLabel", "ZLabel"};
-constexpr std::array madeAnew{"Title", "XLabel", "YLabel", "ZLabel", "NaNEntries", "ExactSums", "Sums"};
+constexpr std::array replacedKeys{"Title", "XLabel", "YLabel", "ZLabel", "NaNEntries", "ExactSums", "Sums"};
 
-/// A longer list is written as several items: readers have a limit for what stands in one tag.
+/// Longer lists are written as several items: readers limit the length of a tag.
 constexpr std::size_t maxListLength = std::size_t{16} << 20U;
 
 std::string item(std::string_view key, std::string_view value, bool isSticky) {
@@ -131,7 +130,8 @@ std::string headOf(const Object& object, std::string_view sumsKey) {
 
 template <std::size_t dimensions>
 std::string histogramElement(const HistogramGrid<dimensions>& histogram, const std::string& folder) {
-    const std::string element = fmt::format("histogram{}d", dimensions);
+    constexpr std::string_view element = aidaElement(AidaFamily::Histogram, dimensions);
+    static_assert(!element.empty());
     std::string text = beginElement(element, histogram, folder) + headOf<dimensions>(histogram, "ExactSums");
     text += fmt::format("<data{}d>\n", dimensions);
     for (std::size_t cell = 0; cell < histogram.cells().size(); ++cell) {
@@ -147,7 +147,8 @@ std::string histogramElement(const HistogramGrid<dimensions>& histogram, const s
 
 template <std::size_t dimensions>
 std::string profileElement(const Profile<dimensions>& profile, const std::string& folder) {
-    const std::string element = fmt::format("profile{}d", dimensions);
+    constexpr std::string_view element = aidaElement(AidaFamily::Profile, dimensions);
+    static_assert(!element.empty());
     std::string text = beginElement(element, profile, folder);
     text += headOf<dimensions>(profile, profile.hasExactSums() ? "ExactSums" : "Sums");
     text += fmt::format("<data{}d>\n", dimensions);
@@ -165,12 +166,12 @@ std::string profileElement(const Profile<dimensions>& profile, const std::string
 }
 
 std::string pointsElement(const Points& points, const std::string& folder) {
+    constexpr std::string_view element = aidaElement(AidaFamily::Points);
     AnnotationText annotation(points);
     for (std::size_t direction = 0; direction < std::min(points.axisTitles.size(), labels.size()); ++direction) {
         annotation.add(labels[direction], points.axisTitles[direction]);
     }
-    std::string text =
-        beginElement("dataPointSet", points, folder, fmt::format(" dimension=\"{}\"", points.dimension()));
+    std::string text = beginElement(element, points, folder, fmt::format(" dimension=\"{}\"", points.dimension()));
     text += annotation.finish(points);
     for (std::size_t point = 0; point < points.size(); ++point) {
         text += "<dataPoint>";
@@ -182,12 +183,13 @@ std::string pointsElement(const Points& points, const std::string& folder) {
         }
         text += "</dataPoint>\n";
     }
-    return text + "</dataPointSet>\n";
+    return text + fmt::format("</{}>\n", element);
 }
 
 std::string functionElement(const FunctionObject& function, const std::string& folder) {
+    constexpr std::string_view element = aidaElement(AidaFamily::Function);
     std::string text =
-        beginElement("function", function, folder, fmt::format(" isNormalized=\"{}\"", function.isNormalized));
+        beginElement(element, function, folder, fmt::format(" isNormalized=\"{}\"", function.isNormalized));
     text += AnnotationText(function).finish(function);
     text += fmt::format("<codelet>{}</codelet>\n<arguments>\n", escaped(function.codelet));
     for (const FunctionObject::Argument& argument : function.arguments) {
@@ -202,7 +204,7 @@ std::string functionElement(const FunctionObject& function, const std::string& f
         text +=
             fmt::format("<parameter name=\"{}\" value=\"{}\"/>\n", escaped(parameter.name), textOf(parameter.value));
     }
-    return text + "</parameters>\n</function>\n";
+    return text + fmt::format("</parameters>\n</{}>\n", element);
 }
 
 }  // namespace
@@ -213,8 +215,8 @@ std::string beginElement(std::string_view element, const DataObject& object, con
     for (const char c : object.name) {
         nameInPath += c == '/' ? "\\/" : std::string(1, c);
     }
-    // Points and functions have none in the document type.
-    const bool mayHaveOptions = element.starts_with("histogram") || element.starts_with("profile");
+    // In the document type, points and functions have no options.
+    const bool mayHaveOptions = isOfFamily(element, AidaFamily::Histogram) || isOfFamily(element, AidaFamily::Profile);
     const std::string options = mayHaveOptions && !object.options.empty()
                                     ? fmt::format(" options=\"{}\"", escaped(object.options))
                                     : std::string();
@@ -258,7 +260,7 @@ void AnnotationText::addList(std::string_view key, std::string_view list) {
 
 std::string AnnotationText::finish(const DataObject& object) {
     for (const AnnotationItem& own : object.annotation) {
-        if (std::find(madeAnew.begin(), madeAnew.end(), own.key) == madeAnew.end()) {
+        if (std::find(replacedKeys.begin(), replacedKeys.end(), own.key) == replacedKeys.end()) {
             items += item(own.key, own.value, own.isSticky);
         }
     }
@@ -266,25 +268,18 @@ std::string AnnotationText::finish(const DataObject& object) {
 }
 
 std::string objectElement(const DataObject& object, const std::string& folder) {
-    if (const auto* histogram = dynamic_cast<const Histogram2D*>(&object)) {
-        return histogramElement(*histogram, folder);
-    }
-    if (const auto* histogram = dynamic_cast<const Histogram3D*>(&object)) {
-        return histogramElement(*histogram, folder);
-    }
-    if (const auto* profile = dynamic_cast<const Profile1D*>(&object)) {
-        return profileElement(*profile, folder);
-    }
-    if (const auto* profile = dynamic_cast<const Profile2D*>(&object)) {
-        return profileElement(*profile, folder);
-    }
-    if (const auto* points = dynamic_cast<const Points*>(&object)) {
-        return pointsElement(*points, folder);
-    }
-    if (const auto* function = dynamic_cast<const FunctionObject*>(&object)) {
-        return functionElement(*function, folder);
-    }
-    throw Failure(fmt::format("a {} of this class has no place in an AIDA file", nameOf(object.type())));
+    return visit(object, overloaded{
+                             [&](const Histogram2D& histogram) { return histogramElement(histogram, folder); },
+                             [&](const Histogram3D& histogram) { return histogramElement(histogram, folder); },
+                             [&](const Profile1D& profile) { return profileElement(profile, folder); },
+                             [&](const Profile2D& profile) { return profileElement(profile, folder); },
+                             [&](const Points& points) { return pointsElement(points, folder); },
+                             [&](const FunctionObject& function) { return functionElement(function, folder); },
+                             [](const DataObject& other) -> std::string {
+                                 throw Failure(fmt::format("a {} of this class cannot be written to an AIDA file",
+                                                           nameOf(other.type())));
+                             },
+                         });
 }
 
 }  // namespace velmorak::io

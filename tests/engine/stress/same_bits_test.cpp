@@ -5,6 +5,7 @@
 #include "executor/PipelineExecutor.h"
 #include "graph/ManagerExtensions.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -23,7 +24,7 @@ struct Produced {
     std::map<std::string, std::string> files;
 };
 
-/// Runs the same pipeline on different executors.
+/// Runs the same pipeline with different executors.
 class SameBits : public testing::Test {
 protected:
     SameBits() : quiet(std::cerr.rdbuf(nullptr)) {}
@@ -71,7 +72,7 @@ protected:
         }
     }
 
-    /// Another program draws the pictures, from files that are compared here.
+    /// Pictures are drawn by another program from the data that are compared here.
     void removePictures(QzManager& manager) {
         for (std::size_t i = manager.plugins.size(); i-- > 0;) {
             if (manager.plugins[i]->GetKind()->name == "Plot") {
@@ -102,16 +103,16 @@ TEST_F(SameBits, comeFromEachExampleOnAnyExecutor) {
     }
 }
 
-/// Random pipelines that end in a plug-in of one kind whose outputs are written to files.
+/// A random pipeline that ends in a plug-in of one kind, with all its outputs written to files.
 class SameBitsOfKinds : public SameBits {
 protected:
-    /// @return whether the plug-in could do its work.
+    /// @return whether the plug-in completed.
     bool compare(std::size_t kind, std::uint32_t seed) {
         QzManager manager("QzAnalysisFactory");
         const fs::path own = folder / (std::to_string(kind) + '-' + std::to_string(seed));
         fs::create_directories(own);
         RandomEditor editor(manager, seed, own);
-        // One usable output of each type, and random plug-ins.
+        // Some valid values of each type; everything else is random.
         for (const char* const example : {"/Histograms/Efficiency.zedra", "/Histograms/Plane.zedra"}) {
             manager.ReadDocument(std::string(TEST_EXAMPLES) + example);
         }
@@ -124,6 +125,34 @@ protected:
         }
         const int position = manager.IndexOf(node.GetName());
         manager.SetStart(position);
+        compareAll(pipelineOf(manager), seed);
+        return isDone(0);
+    }
+
+    /// Runs each plug-in of the kind in the examples. @return whether one of them completed.
+    bool compareInExamples(const std::string& kind, std::uint32_t seed) {
+        for (const auto& entry : fs::recursive_directory_iterator(TEST_EXAMPLES)) {
+            if (entry.path().extension() == ".zedra" && compareInExample(entry.path(), kind, seed)) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    bool compareInExample(const fs::path& example, const std::string& kind, std::uint32_t seed) {
+        QzManager manager("QzAnalysisFactory");
+        manager.ReadDocument(example.string());
+        removePictures(manager);
+        const auto found = std::ranges::find_if(
+            manager.plugins, [&](const QzBase* node) { return node->GetKind() && node->GetKind()->name == kind; });
+        if (found == manager.plugins.end()) {
+            return false;
+        }
+        manager.SetStart(static_cast<int>(found - manager.plugins.begin()));
+        QzBase& node = *manager.plugins.front();
+        for (std::size_t i = 0; i < node.Outputs().size(); ++i) {
+            write(manager, node, node.Outputs()[i].name);
+        }
         compareAll(pipelineOf(manager), seed);
         return isDone(0);
     }
@@ -146,16 +175,12 @@ TEST_F(SameBitsOfKinds, comeFromRandomPipelinesOfEveryKindOnAnyExecutor) {
         for (std::uint32_t i = 0; i < maxTries && !isTried; ++i) {
             isTried = compare(kind, seed + 100 * i);
         }
-        if (!isTried) {
+        // Random values rarely suit some kinds; what an example does with them always works.
+        if (!isTried && !compareInExamples(name, seed)) {
             never.insert(name);
         }
     }
-    std::cout << "Kinds that never succeeded:";
-    for (const std::string& name : never) {
-        std::cout << ' ' << name;
-    }
-    std::cout << '\n';
-    EXPECT_LT(never.size(), QzManager::GetPlugins().size() / 3);
+    EXPECT_THAT(never, testing::IsEmpty()) << "these kinds never did their work";
 }
 
 }  // namespace

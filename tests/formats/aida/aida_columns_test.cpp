@@ -1,3 +1,4 @@
+#include "aida/Vocabulary.h"
 #include "aida/read/AidaColumns.h"
 
 #include <gtest/gtest.h>

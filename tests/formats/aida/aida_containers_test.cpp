@@ -112,7 +112,7 @@ TEST_F(AidaContainers, leaveOutWhatIsNoXmlAndWhatIsDamaged) {
     EXPECT_THAT(failureOf([&] {
                     listAida(fileWith(packed({{"README", "no"}}, true)), run);
                 }),
-                HasSubstr("holds no XML"));
+                HasSubstr("contains no XML"));
 }
 
 TEST_F(AidaContainers, mayHoldTheBinaryForm) {
@@ -181,7 +181,7 @@ TEST_F(AidaContainers, tellOfADamagedFileBeforeTheOneThatIsRead) {
         EXPECT_THAT(run.warnings[0], HasSubstr("a.aida"));
     }
     run.warnings.clear();
-    EXPECT_THAT(failureOf([&] { openAidaTable(file, "/t/gone", run); }), HasSubstr("holds no object /t/gone"));
+    EXPECT_THAT(failureOf([&] { openAidaTable(file, "/t/gone", run); }), HasSubstr("contains no object /t/gone"));
     EXPECT_EQ(run.warnings.size(), 1U) << "it may have been in there";
 }
 

@@ -77,7 +77,7 @@ TEST_F(DamagedAida, saysWhatAFileIsThatIsNotRead) {
     EXPECT_THAT(failureFor(fileWith("<html></html>")), HasSubstr("it begins with <html>"));
     EXPECT_THAT(failureFor(folder / "missing.aida"), HasSubstr("missing.aida cannot be opened"));
     EXPECT_THAT(failureFor(folder), HasSubstr("is a folder"));
-    EXPECT_THAT(failureFor(fileWith("<aida></aida>")), HasSubstr("holds no tuple or cloud; it holds nothing"));
+    EXPECT_THAT(failureFor(fileWith("<aida></aida>")), HasSubstr("contains no tuple or cloud; it contains nothing"));
 }
 
 TEST_F(DamagedAida, cannotGrowWithoutBound) {

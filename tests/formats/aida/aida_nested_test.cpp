@@ -120,7 +120,7 @@ TEST_F(AidaNested, thoseThatAreTooDeepAreLeftOutWithAWarning) {
     const Rows rows = read(tuple(columns, row("<entryITuple/>")));
     EXPECT_EQ(rows.count(), 1U);
     ASSERT_EQ(run.warnings.size(), 1U);
-    EXPECT_THAT(run.warnings[0], HasSubstr("is nested too deep and is left out"));
+    EXPECT_THAT(run.warnings[0], HasSubstr("is nested too deeply and is left out"));
 }
 
 TEST_F(AidaNested, thoseWithoutEndTakeNoMoreThanOthers) {
@@ -134,7 +134,7 @@ TEST_F(AidaNested, thoseWithoutEndTakeNoMoreThanOthers) {
         return tuple(open + "<column name='x'/>" + close, row("<entryITuple/>"));
     };
     EXPECT_EQ(read(nested(400)).count(), 1U);
-    EXPECT_THAT(failureOf([&] { read(nested(300'000)); }), HasSubstr("elements lie deeper than 1000"));
+    EXPECT_THAT(failureOf([&] { read(nested(300'000)); }), HasSubstr("elements are nested deeper than 1000"));
 }
 
 class AidaChains : public AidaNested {
@@ -188,14 +188,15 @@ TEST_F(AidaChains, thatCannotBeFollowedSayWhy) {
             }
         });
     };
-    EXPECT_THAT(failing(chain("all", {"a", "gone"}) + member("a", rowsFrom(0, 2))),
-                HasSubstr("holds no object /run/gone; it holds /all (tuple), /run/a (tuple) (after 2 complete rows)"));
+    EXPECT_THAT(
+        failing(chain("all", {"a", "gone"}) + member("a", rowsFrom(0, 2))),
+        HasSubstr("contains no object /run/gone; it contains /all (tuple), /run/a (tuple) (after 2 complete rows)"));
     EXPECT_THAT(failing("<tuple name='all'><tuple name='all'/></tuple>"),
                 HasSubstr("of more than 1000 tuples, or of itself"));
     EXPECT_THAT(failing(chain("all", {"a", "b"}) + member("a", rowsFrom(0, 2)) +
                         "<tuple name='b' path='/run'><columns><column name='y'/></columns><rows/></tuple>"),
-                HasSubstr("/run/b has other columns than the tuples before it in its chain (after 2 complete rows)"));
-    EXPECT_THAT(failing(chain("all", {"h"}) + "<histogram1d name='h' path='/run'/>"), HasSubstr("which is no table"));
+                HasSubstr("/run/b has other columns than the previous tuples of its chain (after 2 complete rows)"));
+    EXPECT_THAT(failing(chain("all", {"h"}) + "<histogram1d name='h' path='/run'/>"), HasSubstr("not a table"));
 }
 
 }  // namespace

@@ -230,7 +230,8 @@ TEST_F(AidaObjects, areChosenByPathOrAloneOrListed) {
     EXPECT_EQ(failure("gain", ValueType::Profile), "no failure");
     EXPECT_EQ(failure("", ValueType::Points), "no failure");
     EXPECT_THAT(failure("", ValueType::Profile), HasSubstr("/calib/gain (profile1d), /calib/map (profile2d)"));
-    EXPECT_THAT(failure("/nowhere", ValueType::Function), HasSubstr("holds no function /nowhere; it holds /fits/line"));
+    EXPECT_THAT(failure("/nowhere", ValueType::Function),
+                HasSubstr("holds no function /nowhere; it contains /fits/line"));
     EXPECT_THAT(failure("/data/events", ValueType::Histogram), HasSubstr("holds no histogram /data/events"));
 }
 

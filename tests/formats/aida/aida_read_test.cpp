@@ -5,6 +5,10 @@
 
 #include "support.h"
 
+#include "aida/read/AidaTableReader.h"
+
+#include <velmorak/ChunkSize.h>
+
 namespace velmorak {
 namespace {
 
@@ -89,9 +93,9 @@ TEST_F(AidaTables, areListedWhereNoneFits) {
     EXPECT_THAT(failureOf([&] { readRows(ownFile("all.aida"), "/nothing", run); }), HasSubstr("/data/events (tuple)"));
     EXPECT_THAT(failureOf([&] { readRows(ownFile("all.aida"), "nothing", run); }), HasSubstr("/data/events (tuple)"));
     EXPECT_THAT(failureOf([&] { readRows(ownFile("all.aida"), "/run1/energy", run); }),
-                HasSubstr("/run1/energy is a histogram1d, which is no table"));
+                HasSubstr("/run1/energy is a histogram1d, not a table"));
     EXPECT_THAT(failureOf([&] { readRows(ownFile("histogram1d.aida"), "", run); }),
-                HasSubstr("holds no tuple or cloud; it holds /run1/energy (histogram1d)"));
+                HasSubstr("contains no tuple or cloud; it contains /run1/energy (histogram1d)"));
 }
 
 TEST_F(AidaTables, ofOneNameMustBeChosenByTheWholePath) {
@@ -211,16 +215,44 @@ TEST_F(AidaTables, areReadInTheEncodingThatTheFileDeclares) {
     EXPECT_THAT(failureOf([&] { bytesIn("<?xml version='1.0' encoding='klingon'?>", "x"); }), HasSubstr("encoding"));
 }
 
-TEST_F(AidaTables, knowHowMuchOfTheFileIsRead) {
-    const auto reader = openAidaTable(ownFile("tuple.aida"), "", run);
-    Chunk chunk;
-    while (reader->next(chunk)) {
+/// A tuple whose rows take the same number of bytes each.
+std::string tupleOf(std::size_t rows) {
+    std::string text = "<tuple name='t'><columns><column name='x'/></columns><rows>\n";
+    for (std::size_t row = 0; row < rows; ++row) {
+        text += "<row><entry value=\"" + std::to_string(100'000 + row) + "\"/></row>\n";
     }
-    EXPECT_EQ(reader->fraction(), 1.0);
+    return text + "</rows></tuple>\n";
 }
 
-TEST_F(AidaTables, endWhenTheRunIsToEnd) {
-    const auto reader = openAidaTable(ownFile("tuple.aida"), "", run);
+TEST_F(AidaTables, knowWhichFractionOfTheFileHasBeenRead) {
+    const std::size_t rows = 10 * chunkRows;
+    const auto file = aidaWith(tupleOf(rows));
+    for (const io::RowReading reading : {io::RowReading::Scanned, io::RowReading::Parsed}) {
+        const auto reader = io::openAidaTable(file, "", run, reading);
+        Chunk chunk;
+        std::size_t rowsRead = 0;
+        while (reader->next(chunk)) {
+            rowsRead += chunk.rows;
+            EXPECT_NEAR(reader->fraction().value(), static_cast<double>(rowsRead) / static_cast<double>(rows), 0.15);
+        }
+        EXPECT_EQ(rowsRead, rows);
+        EXPECT_EQ(reader->fraction(), 1.0);
+    }
+}
+
+TEST_F(AidaTables, stopInTheMiddleOfReadingWhenTheRunStops) {
+    const auto file = aidaWith(tupleOf(3 * chunkRows));
+    for (const io::RowReading reading : {io::RowReading::Scanned, io::RowReading::Parsed}) {
+        run.stopping = false;
+        const auto reader = io::openAidaTable(file, "", run, reading);
+        Chunk chunk;
+        ASSERT_TRUE(reader->next(chunk));
+        run.stopping = true;
+        EXPECT_THROW(reader->next(chunk), Stopped);
+    }
+}
+
+TEST_F(AidaTables, areNotOpenedWhenTheRunStops) {
     run.stopping = true;
     EXPECT_THROW(openAidaTable(ownFile("tuple.aida"), "", run), Stopped);
 }

@@ -81,7 +81,7 @@ TEST_F(AidaTraps, ofABinThatIsListedTwiceTheLastCounts) {
     EXPECT_EQ(read->overflow().entries, 2);
     EXPECT_EQ(read->bin(1).entries, 7) << "all weights may be 0";
     EXPECT_EQ(read->height(1), 0.0);
-    EXPECT_THAT(run.warnings, Contains(HasSubstr("1 of its bins are beyond its axes and left out")));
+    EXPECT_THAT(run.warnings, Contains(HasSubstr("1 of its bins are beyond its axes and are ignored")));
     EXPECT_THAT(run.warnings, Contains(HasSubstr("more than once; the last one is taken")));
 }
 

@@ -24,7 +24,7 @@ using ::testing::HasSubstr;
 using HostileAida = AidaFiles;
 
 /// Counts how often it is asked whether the run is to end, and says yes after a number of times.
-class AskedRun : public QuietRun {
+class AskedRun : public QuietContext {
 public:
     explicit AskedRun(std::size_t maxTimes = ~std::size_t{0}) : most(maxTimes) {}
     bool isStopping() const override { return ++asked > most; }
@@ -96,7 +96,7 @@ TEST_F(HostileAida, withALongCommentIsNotParsedAgainAndAgain) {
 
 TEST_F(HostileAida, hasALimitForItsDepth) {
     const auto file = aidaWith(repeated("<a>", 3000));
-    const std::string sentence = "elements lie deeper than 1000";
+    const std::string sentence = "elements are nested deeper than 1000";
     EXPECT_THAT(failureOf([&] { listAida(file, run); }), HasSubstr(sentence));
     EXPECT_THAT(failureOf([&] { readAidaObjects(file, run); }), HasSubstr(sentence));
     EXPECT_THAT(failureOf([&] { openAidaTable(file, "/t", run); }), HasSubstr("line 3, byte"));

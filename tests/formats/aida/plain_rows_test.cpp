@@ -161,7 +161,7 @@ bool isSame(const Column& one, const Column& other) {
 }
 
 Told told(const std::filesystem::path& file, io::RowReading reading, std::size_t threads) {
-    QuietRun run;
+    QuietContext run;
     Told all;
     const ThreadPool pool(threads);
     all.failure = failureOf([&] {

@@ -27,7 +27,7 @@ std::string failureOf(const fs::path& file, const std::string& object, const std
 
 TEST(RootTable, isTheOnlyOneOfItsFileOrHasAName) {
     EXPECT_THAT(failureOf(folder / "uproot-nesteddirs.root", "", {}),
-                HasSubstr("holds several tables; name one: \"one"));
+                HasSubstr("contains several tables; enter the path of one: \"one"));
     EXPECT_EQ(failureOf(folder / "uproot-nesteddirs.root", "one/two/tree", {}), "");
     EXPECT_EQ(failureOf(folder / "uproot-nesteddirs.root", "/one/two/tree", {}), "");
     EXPECT_THAT(failureOf(folder / "uproot-issue-60.root", "events", {}), HasSubstr("there is \"tree\""));
@@ -66,7 +66,7 @@ TEST(RootTable, endsWhenTheRunIsToEnd) {
 }
 
 TEST(RootTable, isRefusedWhereTheFileIsOfAnotherKind) {
-    EXPECT_THAT(failureOf(folder / "expected.jsonl", "", {}), HasSubstr("it is no ROOT file"));
+    EXPECT_THAT(failureOf(folder / "expected.jsonl", "", {}), HasSubstr("it is not a ROOT file"));
     EXPECT_THAT(failureOf(folder / "nothing.root", "", {}), HasSubstr("No such file"));
     EXPECT_THAT(failureOf(folder, "", {}), HasSubstr("is a folder"));
 }

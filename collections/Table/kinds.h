@@ -1,0 +1,18 @@
+#pragma once
+
+#include <velmorak/Kind.h>
+
+#include <memory>
+
+/// Factories of the collection's kinds. What a kind does is described by its summary, ports and notes.
+namespace velmorak {
+
+std::unique_ptr<Kind> makeFormula();
+std::unique_ptr<Kind> makeFilter();
+std::unique_ptr<Kind> makeSelect();
+std::unique_ptr<Kind> makeRange();
+std::unique_ptr<Kind> makeConcat();
+std::unique_ptr<Kind> makeCutFlow();
+std::unique_ptr<Kind> makeExplode();
+
+}  // namespace velmorak
