@@ -88,7 +88,7 @@ FitResult resultOf(LeastSquaresProblem& problem, const Minimum& minimum, std::si
 
 FitResult fit(const FitModel& model, const FitData& data, const FitOptions& options) {
     refuseUnknown(model, options.parameters);
-    LeastSquaresProblem problem(model.parts(), fitting::select(data, options), options.method);
+    LeastSquaresProblem problem(model.compiled(), fitting::select(data, options), options.method);
     Selection free;
     std::vector<fitting::Limits> limits;
     for (std::size_t i = 0; i < model.parameters().size(); ++i) {

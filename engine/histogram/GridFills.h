@@ -60,7 +60,7 @@ void addEntries(Sums& cell, const Sums& other) {
 template <typename Sums>
 void addAll(CellVector<Sums>& cells, const CellVector<Sums>& others) {
     for (std::size_t cell = 0; cell < cells.size(); ++cell) {
-        if (!isBlank(others[cell]) || !isBlank(cells[cell])) {
+        if (!isZero(others[cell]) || !isZero(cells[cell])) {
             cells[cell].add(others[cell]);
         }
     }

@@ -11,7 +11,7 @@ namespace velmorak {
 void expectLarge(void* memory, std::size_t bytes) {
     constexpr std::size_t page = std::size_t{2} << 20U;
     constexpr std::size_t worthIt = 16 * page;
-    // Where the system has no such pages, or none to give, nothing is lost.
+    // A hint: without huge pages the memory works as well.
     if (bytes >= worthIt && std::align(page, worthIt - page, memory, bytes)) {
         madvise(memory, bytes / page * page, MADV_HUGEPAGE);
     }
@@ -19,12 +19,12 @@ void expectLarge(void* memory, std::size_t bytes) {
 
 namespace {
 
-/// From here on the system is asked directly. Its pages are blank, and are not there until they are written.
+/// Larger blocks come directly from the system, whose pages are zero and occupy memory only once they are written.
 constexpr std::size_t largeBytes = std::size_t{1} << 20U;
 
 }  // namespace
 
-void* BlankMemory::take(std::size_t bytes, std::size_t alignment) {
+void* ZeroedMemory::allocate(std::size_t bytes, std::size_t alignment) {
     if (bytes < largeBytes) {
         return std::memset(::operator new (bytes, std::align_val_t{alignment}), 0, bytes);
     }
@@ -35,7 +35,7 @@ void* BlankMemory::take(std::size_t bytes, std::size_t alignment) {
     return memory;
 }
 
-void BlankMemory::giveBack(void* memory, std::size_t bytes, std::size_t alignment) noexcept {
+void ZeroedMemory::release(void* memory, std::size_t bytes, std::size_t alignment) noexcept {
     if (bytes < largeBytes) {
         ::operator delete (memory, std::align_val_t{alignment});
     } else {

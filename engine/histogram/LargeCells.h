@@ -6,11 +6,10 @@
 
 namespace velmorak {
 
-/// Tells the system that so much memory is about to be filled all over, so that it gives it in large pages.
+/// Asks the system for huge pages for memory that is about to be filled at random addresses.
 void expectLarge(void* memory, std::size_t bytes);
 
-/// @return cells without entries. Where they are many, fills of cells far from each other do not wait for the tables of
-///         the system's pages.
+/// @return cells without entries. Many cells get huge pages, which saves TLB misses when distant cells are filled.
 template <typename Sums>
 CellVector<Sums> emptyCells(std::size_t count) {
     CellVector<Sums> cells;

@@ -53,7 +53,7 @@ NamedNumbers::NamedNumbers(std::vector<Text> expressions, const std::vector<Inpu
     }
     for (const Text& text : texts) {
         for (const Node& node : bareNames(text.expression)) {
-            if (!contains(names, node.text) && !contains(fixedNames, node.text) && names.size() < most) {
+            if (!contains(names, node.text) && !contains(fixedNames, node.text) && names.size() < maxNames) {
                 names.push_back(node.text);
             }
         }
@@ -90,12 +90,12 @@ std::map<std::string, double> NamedNumbers::values(const Arguments& arguments, c
         }
     }
     for (const Text& text : texts) {
-        refuseUnknown(text, columns, numbers);
+        checkKnown(text, columns, numbers);
     }
     return numbers;
 }
 
-void NamedNumbers::refuseUnknown(const Text& text, const Schema& columns,
+void NamedNumbers::checkKnown(const Text& text, const Schema& columns,
                                  const std::map<std::string, double>& numbers) const {
     std::vector<std::string> known;
     for (const ColumnInfo& info : columns.columns()) {

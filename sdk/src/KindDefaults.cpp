@@ -16,12 +16,12 @@ std::vector<std::filesystem::path> Source::files(const Arguments& /*arguments*/,
 HistogramPtr Arguments::histogram(const std::string& input) const {
     const Value& arrived = value(input);
     if (std::holds_alternative<std::monostate>(arrived)) {
-        throw Failure(input, isWired(input) ? "a table is wired where a histogram is needed" : "nothing is wired");
+        throw Failure(input, isWired(input) ? "expected a histogram, but a table is wired" : "nothing is wired");
     }
     const auto* object = std::get_if<DataObjectPtr>(&arrived);
     HistogramPtr histogram = object ? std::dynamic_pointer_cast<const Histogram1D>(*object) : nullptr;
     if (!histogram) {
-        throw Failure(input, "what is wired is no one-dimensional histogram");
+        throw Failure(input, "expected a one-dimensional histogram");
     }
     return histogram;
 }

@@ -155,7 +155,7 @@ std::shared_ptr<DataObject> histogram1D(const RawObject& raw, std::vector<std::s
     CellVector<BinSums> cells(listed.size());
     for (std::size_t cell = 0; cell < cells.size(); ++cell) {
         const GridSums<1>& sums = listed[cell];
-        if (!isBlank(sums)) {
+        if (!isZero(sums)) {
             cells[cell] = {sums.entries, sums.w, sums.ww, sums.wx[0], sums.wxx[0]};
         }
     }

@@ -8,20 +8,20 @@
 #include <utility>
 #include <vector>
 
-/// Cells of histograms and profiles, most of which may be empty.
+/// Storage for the cells of histograms and profiles, most of which may be empty.
 namespace velmorak {
 
-/// Memory of zero bytes. Where it is large, the system gives a page of it when something is first written there.
-class BlankMemory {
+/// Memory filled with zeros. The system provides the pages of a large block only when they are first written.
+class ZeroedMemory {
 public:
     /// @throws std::bad_alloc
-    static void* take(std::size_t bytes, std::size_t alignment);
-    static void giveBack(void* memory, std::size_t bytes, std::size_t alignment) noexcept;
+    static void* allocate(std::size_t bytes, std::size_t alignment);
+    static void release(void* memory, std::size_t bytes, std::size_t alignment) noexcept;
 };
 
-/// Every byte of the cell is zero, its padding included.
+/// Every byte of the cell is zero, padding included.
 template <typename Cell>
-bool isBlank(const Cell& cell) {
+bool isZero(const Cell& cell) {
     static_assert(std::is_trivially_copyable_v<Cell> && sizeof(Cell) % sizeof(std::uint64_t) == 0);
     const auto* bytes = reinterpret_cast<const unsigned char*>(&cell);
     std::uint64_t any = 0;
@@ -33,8 +33,8 @@ bool isBlank(const Cell& cell) {
     return any == 0;
 }
 
-/// Allocates cells, of which a default one holds only zeros. An empty cell that is made where memory is still blank
-/// writes nothing, so that empty cells take none.
+/// Allocates cells whose default value is all zeros. Constructing an empty cell in memory that is still zero writes
+/// nothing, so that runs of empty cells use no physical memory.
 template <typename Cell>
 class CellAllocator {
 public:
@@ -42,26 +42,26 @@ public:
 
     CellAllocator() = default;
     template <typename Other>
-    // NOLINTNEXTLINE(google-explicit-constructor): as the standard wants an allocator.
+    // NOLINTNEXTLINE(google-explicit-constructor): required of an allocator by the standard.
     CellAllocator(const CellAllocator<Other>&) noexcept {}
 
     Cell* allocate(std::size_t count) {
         if (count > static_cast<std::size_t>(-1) / sizeof(Cell)) {
             throw std::bad_array_new_length();
         }
-        return static_cast<Cell*>(BlankMemory::take(count * sizeof(Cell), alignof(Cell)));
+        return static_cast<Cell*>(ZeroedMemory::allocate(count * sizeof(Cell), alignof(Cell)));
     }
     void deallocate(Cell* cells, std::size_t count) noexcept {
-        BlankMemory::giveBack(cells, count * sizeof(Cell), alignof(Cell));
+        ZeroedMemory::release(cells, count * sizeof(Cell), alignof(Cell));
     }
 
     void construct(Cell* place) {
-        if (!isBlank(*place)) {
+        if (!isZero(*place)) {
             ::new (static_cast<void*>(place)) Cell();
         }
     }
     void construct(Cell* place, const Cell& cell) {
-        if (!isBlank(cell) || !isBlank(*place)) {
+        if (!isZero(cell) || !isZero(*place)) {
             ::new (static_cast<void*>(place)) Cell(cell);
         }
     }

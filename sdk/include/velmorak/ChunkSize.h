@@ -4,21 +4,21 @@
 
 #include <cstddef>
 
-/// How large the chunks of a table are: in rows, and where rows are wide or texts long, in bytes.
+/// The size of a table's chunks: a number of rows, limited in bytes where rows are wide or texts are long.
 namespace velmorak {
 
-/// What the chunks of a wide table are kept to, and the most that a single row may take.
+/// Upper limit for the chunks of a wide table, and for a single row.
 inline constexpr std::size_t maxChunkBytes = std::size_t{64} << 20U;
 
-/// @return rows in each chunk of a table with these columns: chunkRows, and where so many could take more than
-///         maxChunkBytes before any text or list is counted, as often halved as is needed; at least 1.
+/// @return rows per chunk of a table with these columns: chunkRows, halved until a chunk fits into maxChunkBytes (texts
+///         and lists not counted); at least 1.
 std::size_t rowsInChunk(const Schema& schema);
 
-/// @return bytes that a row takes before any text or list is counted.
+/// @return bytes per row, not counting the contents of texts and lists.
 std::size_t bytesInRow(const Schema& schema);
 
-/// @return bytes that the values take, texts with their characters. A source ends a chunk where all columns together
-///         have maxChunkBytes, also when it could have more rows.
+/// @return bytes that the values occupy, including the characters of texts. A source ends a chunk early once its
+///         columns together reach maxChunkBytes.
 std::size_t bytesIn(const Column& column);
 
 }  // namespace velmorak

@@ -5,24 +5,24 @@
 #include <memory>
 #include <string>
 
-/// How a collection hands over its kinds when it is loaded.
+/// The entry point of a collection: a shared library that provides plug-in kinds.
 namespace velmorak {
 
-/// Where a collection puts its kinds when it is loaded.
+/// Receives the kinds of a collection while it is loaded.
 class Registry {
 public:
     virtual ~Registry() = default;
-    /// Name of the group that the kinds added from now on belong to.
+    /// Sets the group of the kinds that are added from now on.
     virtual void group(const std::string& name) = 0;
     virtual void add(std::unique_ptr<Kind> kind) = 0;
 };
 
-/// For authors: counts up with what they must change. What is compared is VELMORAK_SDK_VERSION.
+/// For authors: increases whenever existing kinds need source changes. The loader compares VELMORAK_SDK_VERSION.
 inline constexpr int sdkVersion = 5;
 
 }  // namespace velmorak
 
-/// Put once into each collection, before a body that registers its kinds:
+/// Defines the entry point; use it once per collection, before a body that registers the kinds:
 ///     VELMORAK_COLLECTION(registry) { registry.group("Data"); registry.add(std::make_unique<AidaTable>()); }
 #define VELMORAK_COLLECTION(registry)                                                                       \
     extern "C" __attribute__((visibility("default"))) const char velmorakSdkHeaders[];                      \

@@ -6,20 +6,21 @@
 
 namespace velmorak {
 
-/// The bytes of a text file from front to back, unpacked where its first bytes say that it is packed with gzip (in one
-/// member or several) or bzip2, or is a zip archive of one file. Its name does not matter. Threads: one at a time.
+/// Reads a file sequentially and decompresses gzip (any number of members), bzip2, and zip archives of one file. The
+/// format is recognised by the first bytes, not by the name.
+/// Threads: one at a time.
 class CompressedFile {
 public:
-    /// @throws Failure when the file cannot be opened, or is an archive of no file or of several.
+    /// @throws Failure if the file cannot be opened, or is a zip archive that does not hold exactly one file.
     explicit CompressedFile(const std::filesystem::path& file);
     CompressedFile(CompressedFile&& other) noexcept;
     CompressedFile& operator=(CompressedFile&& other) noexcept;
     ~CompressedFile();
 
-    /// @return bytes put into the target, as many as there is room for unless the file ends; 0 at its end.
-    /// @throws Failure where the file is damaged, with the position in it. Bytes before the damage have come before.
+    /// @return the number of bytes stored in target: size, fewer only before the end of the file, 0 at the end.
+    /// @throws Failure with the position of the damage in a damaged file, once all bytes before it have been returned.
     std::size_t read(char* target, std::size_t size);
-    /// Part of the file that has been read, 0 to 1.
+    /// Fraction of the compressed file that has been read, 0 to 1.
     double fraction() const;
 
 private:

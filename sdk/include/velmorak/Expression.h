@@ -10,13 +10,13 @@
 
 namespace velmorak {
 
-/// A formula over the columns of a table, checked against their types before any row is read. docs/expressions.md
+/// A formula over the columns of a table, compiled and type-checked before any row is read. docs/expressions.md
 /// describes the language.
 /// Threads: evaluate may be called by several threads at once.
 class Expression {
 public:
-    /// @param numbers named constants that stand beside the columns; a column of the same name hides them.
-    /// @throws Failure with the expression and a caret under the place.
+    /// @param numbers named constants beside the columns; a column of the same name hides the constant.
+    /// @throws Failure whose message shows the expression with a caret under the mistake.
     Expression(std::string_view text, const Schema& columns, const std::map<std::string, double>& numbers = {});
     Expression(Expression&&) noexcept;
     Expression& operator=(Expression&&) noexcept;
@@ -24,11 +24,11 @@ public:
 
     ColumnType type() const;
     bool isList() const;
-    /// Positions in the schema of the columns that the expression reads, ascending.
+    /// Schema positions of the columns that the expression reads, ascending.
     const std::vector<std::size_t>& usedColumns() const;
 
-    /// @return one value for each row (a list for each where isList()). Every row is computed by the same instructions
-    ///         in whatever place of a chunk it stands.
+    /// @return one value per row (one list per row if isList()). The bits of a value do not depend on the position of
+    ///         its row in the chunk.
     ColumnPtr evaluate(const Chunk& chunk) const;
 
 private:
@@ -36,11 +36,12 @@ private:
     std::unique_ptr<Program> program;
 };
 
-/// Names that stand in the expression as columns or numbers, each once, in order of appearance.
-/// @throws Failure when the text is no expression.
+/// @return the names that the expression uses as columns or numbers, each once, in order of appearance.
+/// @throws Failure if the text is not an expression.
 std::vector<std::string> namesIn(std::string_view text);
 
-/// @return an empty text, or the mistake in the expression. An empty expression is no mistake yet.
+/// Checks the syntax of an expression that a user types.
+/// @return the error message; empty if there is no mistake, and for an empty expression.
 std::string expressionRefusal(std::string_view text);
 
 }  // namespace velmorak

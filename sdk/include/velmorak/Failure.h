@@ -5,12 +5,12 @@
 
 namespace velmorak {
 
-/// Why a plug-in could not do its work: a sentence for the user, with file, row or entry where there is one. The run
-/// puts plug-in and kind before it.
+/// The reason why a plug-in cannot do its work: a sentence for the user that says what is wrong, where (file, row,
+/// entry) and what to do. The run prefixes it with the names of the plug-in and its kind.
 class Failure : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
-    /// The sentence is about one input of the plug-in.
+    /// For a sentence about one input of the plug-in.
     Failure(std::string inputName, const std::string& sentence);
 
     const std::string& input() const { return inputName; }
@@ -19,7 +19,7 @@ private:
     std::string inputName;
 };
 
-/// Thrown out of a loop that saw RunContext::isStopping(). Not a failure: the run was asked to end.
+/// Thrown by a loop that found RunContext::isStopping() true. Not a failure: the user stopped the run.
 class Stopped : public std::exception {
 public:
     const char* what() const noexcept override { return "stopped"; }

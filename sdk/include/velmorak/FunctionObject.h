@@ -10,7 +10,7 @@ namespace velmorak {
 
 class ByteWriter;
 
-/// A function of one or more arguments with its parameters, as a file describes it.
+/// A function of one or more arguments and its parameters, as a file describes it.
 class FunctionObject : public DataObject {
 public:
     struct Range {
@@ -21,7 +21,7 @@ public:
     };
     struct Argument {
         std::string name;
-        std::vector<Range> ranges;  ///< Over which the function is normalised.
+        std::vector<Range> ranges;  ///< Ranges over which the function is normalised.
 
         bool operator==(const Argument&) const = default;
     };
@@ -34,16 +34,16 @@ public:
 
     ValueType type() const override { return ValueType::Function; }
 
-    /// What is computed: "codelet:G:catalog", or "codelet:TITLE:verbatim:jel : 1 : a+b*x[0] : a,b : null". Without
-    /// blanks at its ends.
+    /// The formula: "codelet:G:catalog", or "codelet:TITLE:verbatim:jel : 1 : a+b*x[0] : a,b : null". No blanks at the
+    /// ends.
     std::string codelet;
     bool isNormalized = false;
     std::vector<Argument> arguments;
     std::vector<Parameter> parameters;
 
-    /// Everything as bytes that fromBytes reads on any machine of the same kind.
+    /// Serialises the whole object; fromBytes reads it on machines of the same byte order.
     std::string toBytes() const;
-    /// Writes these bytes without the checksum at their end.
+    /// Writes the same bytes without the checksum at the end.
     void write(ByteWriter& writer) const;
     /// @throws std::invalid_argument if the bytes are damaged.
     static FunctionObject fromBytes(const std::string& bytes);

@@ -15,12 +15,12 @@ namespace velmorak {
 class ByteWriter;
 class AxisTables;
 
-/// Bins [edge i, edge i + 1) on one axis; a value equal to the last edge is overflow. Copies share what they look up.
+/// Bins [edge i, edge i + 1) on one axis; a value equal to the last edge is overflow. Copies share their lookup tables.
 class Axis {
 public:
-    /// Equal bins.
-    /// @throws std::invalid_argument if bins is 0 or not (low < high, both finite), or where so many bins lie between
-    ///         the two that neighbouring edges would be the same double.
+    /// Bins of equal width.
+    /// @throws std::invalid_argument if bins is 0, unless low < high and both are finite, or if the bins are so narrow
+    ///         that neighbouring edges round to the same double.
     Axis(std::size_t bins, double low, double high);
     /// @throws std::invalid_argument if there are fewer than two edges, or they are not finite and ascending.
     explicit Axis(std::vector<double> edges);
@@ -28,22 +28,23 @@ public:
     std::size_t bins() const { return count; }
     double low() const { return first; }
     double high() const { return last; }
-    /// The bins are equal: the edges are, to the last bit, those that the first constructor makes.
+    /// The bins have equal width: the edges are, to the last bit, those of the first constructor.
     bool isRegular() const { return regular; }
-    /// bins() + 1 values; the edges of equal bins are low + i * (high - low) / bins, the last one exactly high. Those
-    /// of equal bins are stored from the first call on.
+    /// @return bins() + 1 values. For bins of equal width they are low + i * (high - low) / bins, the last one exactly
+    ///         high, and are stored from the first call on.
     const std::vector<double>& edges() const;
-    /// edges()[position], without storing any.
+    /// @return edges()[position], without storing the edges.
     double edge(std::size_t position) const;
     double center(std::size_t bin) const { return 0.5 * (edge(bin) + edge(bin + 1)); }
     double width(std::size_t bin) const { return edge(bin + 1) - edge(bin); }
-    /// @return 0 for underflow, 1 + bin inside, bins() + 1 for overflow. Not for NaN. Always agrees with edges().
+    /// @param x not NaN.
+    /// @return 0 for underflow, 1 + bin inside, bins() + 1 for overflow; always consistent with edges().
     std::size_t cell(double x) const;
 
-    /// The cells of many values at once, as cell gives them; where a value is NaN, any cell of the axis.
+    /// Stores cell(x) of many values in target; an arbitrary cell of the axis for NaN.
     void cells(const double* x, std::size_t values, std::uint32_t* target) const;
 
-    std::string title;  ///< With its unit, for example "m(mu+ mu-) [GeV]".
+    std::string title;  ///< Includes the unit, for example "m(mu+ mu-) [GeV]".
 
     bool operator==(const Axis& other) const;
 
@@ -55,8 +56,8 @@ private:
     std::shared_ptr<const AxisTables> tables;
 };
 
-/// What a bin knows of the fills that went into it. x is the filled coordinate, w its weight. Each has a line of the
-/// processor's cache for itself, so that a fill touches one.
+/// Sums over the fills of one bin, x being the coordinate and w the weight. Aligned so that a fill touches a single
+/// cache line.
 struct alignas(64) BinSums {
     std::int64_t entries = 0;
     double w = 0.0;
@@ -70,12 +71,12 @@ struct alignas(64) BinSums {
 
 /// Weighted counts of one quantity in bins.
 /// Unit:    edges in the unit of the filled column.
-/// Shape:   cells() has bins() + 2 entries: [0] underflow, [bins() + 1] overflow; NaN is counted apart.
-/// Threads: one filler at a time; give each chunk its own, then merge in chunk order.
+/// Shape:   cells() has bins() + 2 entries: [0] underflow, [bins() + 1] overflow; NaN is counted separately.
+/// Threads: one filler at a time; fill one histogram per chunk, then merge them in chunk order.
 class Histogram1D : public DataObject {
 public:
     explicit Histogram1D(Axis axis);
-    /// What a file knows of a histogram.
+    /// For a reader of a file: takes the stored sums.
     /// @throws std::invalid_argument if cells does not have axis.bins() + 2 entries.
     Histogram1D(Axis axis, CellVector<BinSums> cells, std::int64_t nanEntries);
 
@@ -88,13 +89,13 @@ public:
     const BinSums& bin(std::size_t position) const { return sums[position + 1]; }
     const BinSums& underflow() const { return sums.front(); }
     const BinSums& overflow() const { return sums.back(); }
-    /// Fills whose coordinate or weight was NaN; they are in no cell.
+    /// Number of fills whose coordinate or weight was NaN; no cell contains them.
     std::int64_t nanEntries() const { return nans; }
 
-    /// An infinite coordinate counts in underflow or overflow, and leaves that cell's wx and wxx alone. An infinite
+    /// An infinite coordinate counts as underflow or overflow and does not enter wx and wxx of that cell. An infinite
     /// weight is added like any other.
     void fill(double value, double weight = 1.0);
-    /// Fills count values in order; weights is null for a weight of 1 each.
+    /// Fills count values in order. weights may be null: each weight is then 1.
     void fill(const double* values, const double* weights, std::size_t count);
     /// @throws std::invalid_argument if the axes differ.
     void merge(const Histogram1D& other);
@@ -103,17 +104,17 @@ public:
     /// Square root of the sum of squared weights.
     double error(std::size_t position) const;
 
-    /// All in-range cells together.
+    /// The sums over all bins, without underflow and overflow.
     BinSums inRange() const;
-    /// Weighted mean of the in-range fills, from the exact sums; NaN without fills.
+    /// Weighted mean of the in-range fills, from the exact sums; NaN if there are none.
     double mean() const;
-    /// Population standard deviation of the in-range fills, from the exact sums; NaN without fills; 0 where rounding
+    /// Population standard deviation of the in-range fills, from the exact sums; NaN if there are none, 0 if rounding
     /// or negative weights leave no positive variance.
     double rms() const;
 
-    /// Everything as bytes that fromBytes reads on any machine of the same kind; crosses a process border.
+    /// Serialises the whole object; fromBytes reads it on machines of the same byte order.
     std::string toBytes() const;
-    /// Writes these bytes without the checksum at their end.
+    /// Writes the same bytes without the checksum at the end.
     void write(ByteWriter& writer) const;
     /// @throws std::invalid_argument if the bytes are damaged.
     static Histogram1D fromBytes(const std::string& bytes);

@@ -7,24 +7,24 @@
 
 namespace velmorak {
 
-/// Axes that stand at right angles, and the numbering of the cells between them.
-/// Shape: (bins + 2) cells along each axis, as Axis::cell counts them: 0 underflow, 1 the first bin, bins + 1 overflow.
-///        The cells of the first axis lie next to each other.
+/// The axes of a multidimensional histogram and the numbering of its cells.
+/// Shape: bins + 2 cells along each axis, numbered as by Axis::cell: 0 underflow, 1 the first bin, bins + 1 overflow.
+///        Neighbours along the first axis are contiguous.
 template <std::size_t dimensions>
 class Grid {
 public:
-    /// More cells fit no memory.
+    /// Limits the memory of one histogram.
     static constexpr std::size_t maxCells = std::size_t{1} << 28U;
     using Cells = std::array<std::size_t, dimensions>;
 
-    /// @throws std::invalid_argument if there would be more than maxCells.
+    /// @throws std::invalid_argument if the grid would have more than maxCells cells.
     explicit Grid(std::array<Axis, dimensions> axesInOrder);
 
     const Axis& axis(std::size_t direction) const { return axes[direction]; }
     std::size_t cellCount() const;
     std::size_t cell(const Cells& alongAxes) const;
     Cells alongAxes(std::size_t cell) const;
-    /// The cell is underflow or overflow of no axis.
+    /// The cell is neither underflow nor overflow on any axis.
     bool isInside(std::size_t cell) const;
     void setAxisTitle(std::size_t direction, const std::string& title) { axes[direction].title = title; }
 
@@ -34,8 +34,8 @@ private:
     std::array<Axis, dimensions> axes;
 };
 
-/// What a cell knows of the fills that went into it: sums of the weights w, and of the coordinates along each axis. In
-/// two dimensions each has a line of the processor's cache for itself, so that a fill touches one.
+/// Sums over the fills of one cell: the weights w and, for each axis, the coordinates x. Aligned in two dimensions so
+/// that a fill touches a single cache line.
 template <std::size_t dimensions>
 struct alignas(dimensions == 2 ? 64 : alignof(double)) GridSums {
     std::int64_t entries = 0;
@@ -50,8 +50,9 @@ struct alignas(dimensions == 2 ? 64 : alignof(double)) GridSums {
 
 /// Weighted counts of two or three quantities in bins.
 /// Unit:    edges in the units of the filled columns.
-/// Shape:   cells() as the grid numbers them; a fill with a NaN is counted apart. Every outside cell is its own.
-/// Threads: one filler at a time; give each chunk its own, then merge in chunk order.
+/// Shape:   cells() in the numbering of the grid, each underflow and overflow cell separately; fills with a NaN are
+///          counted in nanEntries().
+/// Threads: one filler at a time; fill one histogram per chunk, then merge them in chunk order.
 template <std::size_t dimensions>
 class HistogramGrid : public DataObject {
 public:
@@ -59,7 +60,7 @@ public:
     using Point = std::array<double, dimensions>;
 
     explicit HistogramGrid(Grid<dimensions> cellGrid);
-    /// What a file knows of a histogram.
+    /// For a reader of a file: takes the stored sums.
     /// @throws std::invalid_argument if there is not one entry for each cell.
     HistogramGrid(Grid<dimensions> cellGrid, CellVector<Sums> cells, std::int64_t nanEntries);
 
@@ -70,24 +71,24 @@ public:
     std::int64_t nanEntries() const { return nans; }
     void setAxisTitle(std::size_t direction, const std::string& title) { shape.setAxisTitle(direction, title); }
 
-    /// As Histogram1D::fill: an infinite coordinate leaves wx and wxx of its direction alone.
+    /// As Histogram1D::fill: an infinite coordinate does not enter wx and wxx of its axis.
     void fill(const Point& point, double weight = 1.0);
-    /// Fills count points in order, one array for each direction; weights is null for a weight of 1 each. The same bits
-    /// as one after the other.
+    /// Fills count points in order, given as one array per axis, with the same bits as single fills. weights may be
+    /// null: each weight is then 1.
     void fill(const std::array<const double*, dimensions>& coordinates, const double* weights, std::size_t count);
     /// @throws std::invalid_argument if the axes differ.
     void merge(const HistogramGrid& other);
 
     double error(std::size_t cell) const;
-    /// All cells together that are inside on every axis.
+    /// The sums over all cells that are inside on every axis.
     Sums inRange() const;
-    /// Of the in-range fills along one axis; NaN without fills. The rms is that of the population.
+    /// Weighted mean and population standard deviation of the in-range fills along one axis; NaN if there are none.
     double mean(std::size_t direction) const;
     double rms(std::size_t direction) const;
 
-    /// Everything as bytes that fromBytes reads on any machine of the same kind.
+    /// Serialises the whole object; fromBytes reads it on machines of the same byte order.
     std::string toBytes() const;
-    /// Writes these bytes without the checksum at their end.
+    /// Writes the same bytes without the checksum at the end.
     void write(ByteWriter& writer) const;
     /// @throws std::invalid_argument if the bytes are damaged.
     static HistogramGrid fromBytes(const std::string& bytes);

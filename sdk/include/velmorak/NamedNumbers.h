@@ -10,42 +10,42 @@
 
 namespace velmorak {
 
-/// Numbers that a plug-in's expressions use beside the columns of its table. Each bare name in the expressions is an
-/// optional number input of that name, which may be written or fed by a wire. Which of the names are columns shows only
-/// in the run: a column goes before the number.
+/// Numbers that a plug-in's expressions use beside the columns of its table. Each bare name in the expressions becomes
+/// an optional number input, set as text or fed by a wire. Whether a name is a column is known only during the run: a
+/// column takes precedence over the number.
 ///
-/// A name in back quotes is always a column, and so is one that is also the name of an input that the plug-in has
-/// anyway. Expressions that came by wire have columns only: their names were not known when the ports were made.
+/// A name in back quotes always means a column, and so does the name of a fixed input of the plug-in. An expression
+/// that arrives by wire can use columns only, because the ports exist before its names are known.
 class NamedNumbers {
 public:
     struct Text {
-        std::string input;       ///< That the expression stands in.
-        std::string expression;  ///< May hold mistakes, or be empty: it then has no names.
+        std::string input;       ///< Name of the input that holds the expression.
+        std::string expression;  ///< Contributes no names if it has mistakes or is empty.
     };
 
-    /// @param fixed inputs of the plug-in without those of the names.
+    /// @param fixed the plug-in's other inputs.
     NamedNumbers(std::vector<Text> expressions, const std::vector<InputSpec>& fixed);
 
-    /// Most names that get an input; those that follow are columns.
-    static constexpr std::size_t most = 64;
+    /// Further names get no input: they mean columns.
+    static constexpr std::size_t maxNames = 64;
 
-    /// The inputs, in the order in which the names appear.
+    /// One input per name, in order of appearance.
     std::vector<InputSpec> inputs() const;
 
-    /// What the run found at the inputs, of names that are no columns. Warns of an input with a number whose name is a
-    /// column.
-    /// @throws Failure for a name that is neither a column nor has a number.
+    /// @return the numbers of the names that are not columns. Warns about an input with a number that a column of the
+    ///         same name hides.
+    /// @throws Failure for a name that is not a column and has no number.
     std::map<std::string, double> values(const Arguments& arguments, const Schema& columns, RunContext& context) const;
 
 private:
-    void refuseUnknown(const Text& text, const Schema& columns, const std::map<std::string, double>& numbers) const;
+    void checkKnown(const Text& text, const Schema& columns, const std::map<std::string, double>& numbers) const;
 
     std::vector<Text> texts;
     std::vector<std::string> fixedNames;
     std::vector<std::string> names;
 };
 
-/// @return true for a word that an expression takes, without quotes, as the name of a column.
+/// The word can be written in an expression without quotes to mean a column of that name.
 bool isColumnName(const std::string& word);
 
 }  // namespace velmorak

@@ -7,25 +7,25 @@
 #include <string>
 #include <string_view>
 
-/// Objects of any class as bytes: what a result store keeps, and what crosses a process border.
+/// Serialises data objects of any class, for the result cache and for other processes.
 namespace velmorak {
 
-/// Everything of the object, with name, title, annotation and options: a Histogram1D, Histogram2D, Histogram3D,
-/// Profile1D, Profile2D, Points or FunctionObject.
+/// Serialises an object of a class listed in DataObjects.h, including name, title, annotation and options.
 /// @throws std::invalid_argument for an object of another class.
 std::string bytesOf(const DataObject& object);
 
-/// Takes bytes piece by piece, in order.
+/// Receives consecutive pieces of a sequence of bytes.
 using ByteSink = std::function<void(std::string_view)>;
 
-/// Gives the bytes of bytesOf in pieces, so that they need not lie in memory together.
-/// @throws std::invalid_argument for an object of another class; and what the sink throws.
+/// As above, but passes the bytes on in pieces, so that they need not fit into memory together.
+/// @throws std::invalid_argument for an object of another class, and whatever the sink throws.
 void bytesOf(const DataObject& object, const ByteSink& sink);
-/// @return how many bytes bytesOf gives, without making them.
+/// @return the number of bytes of bytesOf(object), without producing them.
 /// @throws std::invalid_argument for an object of another class.
 std::uint64_t countBytesOf(const DataObject& object);
 
-/// @return an object of the class that bytesOf was given, equal to it to the last bit.
+/// Reverses bytesOf.
+/// @return an object of the same class, equal to the last bit.
 /// @throws std::invalid_argument if the bytes are damaged.
 DataObjectPtr objectFrom(const std::string& bytes);
 

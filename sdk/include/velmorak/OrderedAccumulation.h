@@ -4,8 +4,8 @@
 
 namespace velmorak {
 
-/// An accumulation whose states are taken in from first to last, whatever its kind says of others: where it depends on
-/// schema and values.
+/// An accumulation whose states are merged from first to last although mergeOrder() of its kind is Tree: for kinds
+/// whose merge order depends on schema and values.
 class OrderedAccumulation : public Accumulation {};
 
 }  // namespace velmorak

@@ -9,7 +9,7 @@ namespace velmorak {
 
 class ByteWriter;
 
-/// A value with its errors, both counted away from it: the value lies between value - errorMinus and value + errorPlus.
+/// A value with asymmetric errors, both positive away from it: the interval is value - errorMinus to value + errorPlus.
 struct Measurement {
     double value = 0.0;
     double errorPlus = 0.0;
@@ -18,18 +18,19 @@ struct Measurement {
     bool operator==(const Measurement&) const = default;
 };
 
-/// Points of measurements, one for each dimension: x and y of a curve, for example. In many files the errors of x are
-/// the half widths of bins.
+/// Points with a measurement in each dimension, for example x and y of a curve. In many files the errors of x are half
+/// bin widths.
 /// Shape: measurement(point, direction), direction below dimension().
 class Points : public DataObject {
 public:
-    /// @throws std::invalid_argument if dimension is 0, or all does not hold dimension measurements for each point.
+    /// @param all dimension measurements for each point, point after point.
+    /// @throws std::invalid_argument if dimension is 0 or the size of all is not a multiple of it.
     Points(std::size_t dimension, std::vector<Measurement> all);
 
     ValueType type() const override { return ValueType::Points; }
 
     std::size_t dimension() const { return dimensions; }
-    // The constructor refuses 0 dimensions.
+    // The constructor rejects 0 dimensions.
     // NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
     std::size_t size() const { return measurements.size() / dimensions; }
     const Measurement& measurement(std::size_t point, std::size_t direction) const {
@@ -37,12 +38,12 @@ public:
     }
     const std::vector<Measurement>& all() const { return measurements; }
 
-    /// One for each dimension, or none; with units.
+    /// One for each dimension, including units; or empty.
     std::vector<std::string> axisTitles;
 
-    /// Everything as bytes that fromBytes reads on any machine of the same kind.
+    /// Serialises the whole object; fromBytes reads it on machines of the same byte order.
     std::string toBytes() const;
-    /// Writes these bytes without the checksum at their end.
+    /// Writes the same bytes without the checksum at the end.
     void write(ByteWriter& writer) const;
     /// @throws std::invalid_argument if the bytes are damaged.
     static Points fromBytes(const std::string& bytes);

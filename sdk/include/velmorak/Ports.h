@@ -7,19 +7,19 @@
 #include <string>
 #include <vector>
 
-/// What a kind of plug-in says of itself: name, ports, which values it refuses.
+/// The description of a plug-in kind: name, ports, and the values that its inputs accept.
 namespace velmorak {
 
 struct InputSpec {
     std::string name{};         ///< One word.
-    std::string description{};  ///< A sentence that a physicist understands, with the unit where there is one.
+    std::string description{};  ///< A sentence for physicists, with the unit if there is one.
     ValueType type = ValueType::Number;
-    std::string value{};  ///< Text that a new plug-in begins with; empty where only a wire brings something.
-    std::vector<std::string> choices{};                         ///< Of a choice: the texts that are allowed.
+    std::string value{};                                        ///< Default; empty if only a wire can provide a value.
+    std::vector<std::string> choices{};                         ///< Of a choice: the allowed texts.
     double minimum = -std::numeric_limits<double>::infinity();  ///< Of a number.
     double maximum = std::numeric_limits<double>::infinity();
-    bool isInteger = false;   ///< Of a number: no fraction.
-    bool isOptional = false;  ///< Of an input that only a wire can feed: the run goes on without one.
+    bool isInteger = false;   ///< Of a number: must have no fraction.
+    bool isOptional = false;  ///< Of an input that only a wire can feed: may stay unwired.
 };
 
 struct OutputSpec {
@@ -36,7 +36,7 @@ struct Ports {
 /// Value texts of a plug-in by input name.
 using ValueTexts = std::map<std::string, std::string>;
 
-/// One kind of plug-in. Made once when its collection is loaded, never changed; serves any number of plug-ins.
+/// One kind of plug-in. Created once when its collection is loaded, immutable, and shared by all plug-ins of the kind.
 /// Threads: every operation may be called by several threads at once.
 class Kind {
 public:
@@ -48,19 +48,21 @@ public:
     virtual std::string name() const = 0;
     /// One sentence.
     virtual std::string summary() const = 0;
-    /// What its page says below the tables, in Markdown: formulas with their sources, rules at the edges.
+    /// Markdown for the kind's page of the documentation, below the tables of ports: formulas with their sources, edge
+    /// cases.
     virtual std::string notes() const { return {}; }
-    /// Counts up when the same inputs would give other results than before.
+    /// Increase it whenever the same inputs yield other results than before: cached results then expire.
     virtual int version() const { return 1; }
-    /// The kind tells of the whole run, as a report does. It is executed when all else has ended, also where what feeds
-    /// it failed: such an input is wired and has no value, or keeps its own text. Its record holds every plug-in, and
-    /// its result is never taken from the store. Such a kind is a function without outputs.
+    /// The kind reports on the whole run. It is executed after all other plug-ins, even if a plug-in that feeds it has
+    /// failed: such an input is wired but has no value, or falls back to its own text. RunContext::record() then covers
+    /// every plug-in, and results are never cached. Such a kind must be a Function without outputs.
     virtual bool isRunReporter() const { return false; }
-    /// Ports of a plug-in with these values. A kind whose ports do not depend on them ignores the argument; it is
-    /// empty when a new plug-in is made. Ports that stay keep their place.
+    /// Ports of a plug-in with these values; values is empty for a new plug-in. Most kinds ignore the argument. Where
+    /// ports do depend on values, those that remain keep their order.
     virtual Ports ports(const ValueTexts& values) const = 0;
-    /// Refuses values that no run could use, for example an expression with a mistake. Called when the value is set.
-    /// @return an empty text, or the reason as a sentence.
+    /// Rejects a value that no run could use, for example an expression with a syntax error. Called when a value is
+    /// set.
+    /// @return the reason as a sentence; empty to accept the value.
     virtual std::string refusal(const std::string& input, const std::string& value) const;
 
 protected:

@@ -4,8 +4,7 @@
 
 namespace velmorak {
 
-/// What a cell of a profile knows: sums of the weights w, of the coordinates x along each axis, and of the value v that
-/// is profiled.
+/// Sums over the fills of one cell: the weights w, the coordinates x along each axis, and the profiled value v.
 template <std::size_t dimensions>
 struct ProfileSums {
     std::int64_t entries = 0;
@@ -20,20 +19,20 @@ struct ProfileSums {
     bool operator==(const ProfileSums&) const = default;
 };
 
-/// What a file says of a cell of a profile, as it stands there; NaN where it leaves one of them out.
+/// The numbers of one cell as a file gives them; NaN for those that the file omits.
 struct ProfileReading {
     double height = 0.0;
     double error = 0.0;
     double rms = 0.0;
-    std::uint64_t isGiven = 0;  ///< Not 0 where the file says anything of the cell; else all three are NaN.
+    std::uint64_t isGiven = 0;  ///< 0 if the file omits the cell; all three are then NaN.
 
     bool operator==(const ProfileReading&) const = default;
 };
 
-/// Mean and spread of a value in bins of one or two others.
+/// Mean and spread of a value in bins of one or two other quantities.
 /// Unit:    edges in the units of the coordinates; height, error and rms in the unit of the value.
-/// Shape:   cells() as the grid numbers them; a fill with a NaN is counted apart.
-/// Threads: one filler at a time; give each chunk its own, then merge in chunk order.
+/// Shape:   cells() in the numbering of the grid; fills with a NaN are counted in nanEntries().
+/// Threads: one filler at a time; fill one profile per chunk, then merge them in chunk order.
 template <std::size_t dimensions>
 class Profile : public DataObject {
 public:
@@ -41,9 +40,9 @@ public:
     using Point = std::array<double, dimensions>;
 
     explicit Profile(Grid<dimensions> cellGrid);
-    /// What a file knows of a profile. readings is empty where the sums are exact; otherwise it has one entry for each
-    /// cell, and height, error and rms are these.
-    /// @throws std::invalid_argument if there is not one entry for each cell.
+    /// For a reader of a file. readings is empty if the sums are exact; otherwise it has one entry per cell, from which
+    /// height, error and rms are taken.
+    /// @throws std::invalid_argument if cells, or readings unless empty, does not have one entry per cell.
     Profile(Grid<dimensions> cellGrid, CellVector<Sums> cells, CellVector<ProfileReading> readings,
             std::int64_t nanEntries);
 
@@ -53,29 +52,29 @@ public:
     const CellVector<Sums>& cells() const { return sums; }
     const CellVector<ProfileReading>& readings() const { return asRead; }
     std::int64_t nanEntries() const { return nans; }
-    /// False for what a file tells without its sums of weights: each entry then counts as a weight of 1.
+    /// False for a profile from a file without sums of weights: each entry then counts with a weight of 1.
     bool hasExactSums() const { return asRead.empty(); }
     void setAxisTitle(std::size_t direction, std::string title) { shape.setAxisTitle(direction, std::move(title)); }
 
-    /// An infinite coordinate leaves wx and wxx of its direction alone.
+    /// An infinite coordinate does not enter wx and wxx of its axis.
     void fill(const Point& point, double value, double weight = 1.0);
-    /// Fills count points in order, one array for each direction; weights is null for a weight of 1 each.
+    /// Fills count points in order, given as one array per axis. weights may be null: each weight is then 1.
     void fill(const std::array<const double*, dimensions>& coordinates, const double* values, const double* weights,
               std::size_t count);
-    /// Adds the sums; what a file said of single cells then holds no more.
+    /// Adds the sums and discards the readings of a file.
     /// @throws std::invalid_argument if the axes differ.
     void merge(const Profile& other);
 
-    /// Weighted mean of the value; NaN in a cell without fills.
+    /// Weighted mean of the value; NaN in an empty cell.
     double height(std::size_t cell) const;
-    /// Of the height: rms divided by the root of the effective number of entries, W²/sum of w².
+    /// Standard error of the height: rms divided by the square root of the effective number of entries, (Σw)²/Σw².
     double error(std::size_t cell) const;
-    /// Spread of the value, that of the population.
+    /// Population standard deviation of the value.
     double rms(std::size_t cell) const;
 
-    /// Everything as bytes that fromBytes reads on any machine of the same kind.
+    /// Serialises the whole object; fromBytes reads it on machines of the same byte order.
     std::string toBytes() const;
-    /// Writes these bytes without the checksum at their end.
+    /// Writes the same bytes without the checksum at the end.
     void write(ByteWriter& writer) const;
     /// @throws std::invalid_argument if the bytes are damaged.
     static Profile fromBytes(const std::string& bytes);

@@ -12,81 +12,82 @@
 
 namespace velmorak {
 
-/// A result file that is being written. Destroyed before keep, it leaves nothing behind.
+/// A result file that is being written. If it is destroyed before keep, nothing is left behind.
 class ResultFile {
 public:
     virtual ~ResultFile() = default;
-    /// Where to write: a temporary name in the folder that the file will stand in.
+    /// The file to write to: a temporary name in the final folder.
     virtual const std::filesystem::path& path() const = 0;
-    /// Gives the closed file its final name. @throws Failure if that cannot be done.
+    /// Gives the closed file its final name. @throws Failure if that is impossible.
     virtual void keep() = 0;
 };
 
-/// What one plug-in may ask of the run that executes it.
+/// The services that a run offers to a plug-in while executing it.
 /// Threads: every operation may be called on any thread.
 class RunContext {
 public:
     virtual ~RunContext() = default;
 
-    /// The user wants the run to end. Every loop over rows, bytes or bins polls this and throws Stopped.
+    /// The user has stopped the run. Every loop over rows, bytes or bins polls this and throws Stopped.
     virtual bool isStopping() const = 0;
 
     /// Name of the plug-in in the pipeline.
     virtual const std::string& pluginName() const = 0;
 
-    /// A file that the user named in a value. A relative name is looked for beside the document, then in the current
-    /// folder.
+    /// Resolves a file name that the user entered. A relative name is searched in the document's folder, then in the
+    /// current folder.
     /// @throws Failure if the text is empty.
     virtual std::filesystem::path inputFile(const std::string& text) const = 0;
 
-    /// The AIDA file named on the command line; empty when there is none.
+    /// The AIDA file given on the command line; empty if there is none.
     virtual std::filesystem::path commandLineAida() const = 0;
 
-    /// Writes a result file. A relative name lands in the results folder; an absolute one, or one that leaves the
-    /// folder, is refused unless the environment allows it. The writer is given a temporary name; the file takes its
-    /// final name only when the writer has returned.
-    /// @throws Failure if the name is refused or the file cannot be made; and whatever the writer throws.
+    /// Writes a result file. A relative name is placed in the results folder; an absolute name, or one that leaves the
+    /// folder, is rejected unless the environment allows it. The writer receives a temporary name; the file gets its
+    /// final name after the writer has returned.
+    /// @throws Failure if the name is rejected or the file cannot be created, and whatever the writer throws.
     virtual void writeResult(const std::string& fileName,
                              const std::function<void(const std::filesystem::path&)>& writer) = 0;
 
-    /// As writeResult, for a file that is written piece by piece while a table passes.
-    /// @throws Failure if the name is refused or the file cannot be made.
+    /// As writeResult, for a file that is written in pieces while the chunks of a table arrive.
+    /// @throws Failure if the name is rejected or the file cannot be created.
     virtual std::unique_ptr<ResultFile> beginResult(const std::string& fileName) = 0;
 
-    /// One line for the user that does not end the plug-in.
+    /// Shows the user a one-line warning; the plug-in goes on.
     virtual void warn(const std::string& sentence) = 0;
 
-    /// Text that the user asked to see, of one or more lines; it appears among the messages of the run.
+    /// Prints text that the user asked for, of one or more lines, among the messages of the run.
     virtual void tell(const std::string& /*text*/) {}
 
-    /// What the plug-in's result is made from: the plug-in itself and all that is upstream of it, with the files that
-    /// were read up to now. It never differs between two runs of which the second could use the first one's result.
-    /// Called on the thread that the run called the kind on.
+    /// The provenance of the plug-in's result: the plug-in and everything upstream, with the files read so far. It is
+    /// the same in two runs whenever the second may reuse the result of the first.
+    /// Threads: only on the thread on which the run called the kind.
     virtual RunRecord record() const { return {}; }
 };
 
-/// The inputs of one plug-in in one run, by name. A wired input gives what came by wire, any other what its text says.
-/// An unknown name, or one of another type, is a mistake of the kind's author and ends in std::logic_error.
+/// The inputs of one plug-in in one run, by name. The value of a wired input comes from the wire, that of any other
+/// from its text. Asking for an unknown name or another type is a programming error and throws std::logic_error.
 class Arguments {
 public:
     virtual ~Arguments() = default;
 
     virtual double number(const std::string& input) const = 0;
-    /// A number without fraction. @throws Failure if it has one or is out of range.
+    /// @throws Failure if the number has a fraction or is out of range.
     virtual std::int64_t integer(const std::string& input) const = 0;
     /// Of a text or choice input.
     virtual const std::string& text(const std::string& input) const = 0;
-    /// What came by wire into an input of any other type; monostate when nothing is wired.
+    /// The value from the wire of an input of any other type; monostate if it is not wired.
     virtual const Value& value(const std::string& input) const = 0;
     virtual bool isWired(const std::string& input) const = 0;
-    /// Name of the plug-in that feeds the input; empty when nothing is wired.
+    /// Name of the plug-in that feeds the input; empty if it is not wired.
     virtual const std::string& sourceName(const std::string& input) const = 0;
 
-    /// @throws Failure if nothing is wired or it is no one-dimensional histogram.
+    /// @throws Failure if the input is not wired or its value is not a one-dimensional histogram.
     HistogramPtr histogram(const std::string& input) const;
 };
 
-/// The outputs of one plug-in in one run, by name. An unknown name is a mistake of the kind's author.
+/// The outputs of one plug-in in one run, by name. Setting an unknown name is a programming error and throws
+/// std::logic_error.
 class Results {
 public:
     virtual ~Results() = default;

@@ -6,21 +6,21 @@
 
 namespace velmorak {
 
-/// A file that was read, by its content.
+/// A file that the run read, identified by its content.
 struct RecordedFile {
-    std::string name;         ///< As the plug-in named it; empty for the AIDA file of the command line.
-    std::string sha256;       ///< 64 hexadecimal digits; empty when it cannot be read any more.
-    std::uint64_t bytes = 0;  ///< Known only to a kind that tells of the run.
+    std::string name;         ///< As given to the plug-in; empty for the AIDA file of the command line.
+    std::string sha256;       ///< 64 hexadecimal digits; empty if the file is no longer readable.
+    std::uint64_t bytes = 0;  ///< Set only for a kind that isRunReporter().
 };
 
 struct RecordedInput {
     std::string name;
-    std::string value;   ///< Text; without meaning where something is wired.
-    std::string plugin;  ///< Whose output feeds it; empty where nothing is wired.
+    std::string value;   ///< Its text; meaningless if the input is wired.
+    std::string plugin;  ///< The plug-in that feeds it; empty if it is not wired.
     std::string output;
 };
 
-/// How a plug-in ended. Whether it was executed or its stored result was still right makes no difference.
+/// How a plug-in ended. Done covers execution as well as reuse of a cached result.
 enum class RecordedState { NotRequested, Done, Failed, NotRun, Unfinished };
 
 struct RecordedPlugin {
@@ -28,23 +28,23 @@ struct RecordedPlugin {
     std::string kind;
     int version = 0;
     std::vector<RecordedInput> inputs;
-    /// What follows is known only to a kind that tells of the run.
+    /// From here on, set only for a kind that isRunReporter().
     std::vector<std::string> outputs{};
     float x = 0.0F;  ///< Lower left corner of the box in canvas units, y upwards.
     float y = 0.0F;
     RecordedState state = RecordedState::NotRequested;
-    std::string sentence{};  ///< Why it failed or was not run.
+    std::string sentence{};  ///< The reason why it failed or was not run.
 };
 
-/// What a result was made from: enough to make it again.
+/// The provenance of a result: enough to reproduce it.
 struct RunRecord {
-    /// File name of the document, without folder; empty for a pipeline without one. Known only to a kind that tells of
-    /// the run, as is the sum.
+    /// File name of the document, without folder; empty for a pipeline without one. Set only for a kind that
+    /// isRunReporter(), as is the hash.
     std::string document{};
-    std::string documentSha256{};         ///< Of the document's text as it was run: 64 hexadecimal digits.
+    std::string documentSha256{};         ///< Of the document's text at the start of the run: 64 hexadecimal digits.
     std::string program;                  ///< Version of the analysis library, as in "0.2.0".
-    std::vector<RecordedPlugin> plugins;  ///< Each after those that feed it, as far as there is no cycle.
-    std::vector<RecordedFile> files;      ///< By name, each once.
+    std::vector<RecordedPlugin> plugins;  ///< In topological order, except within dependency cycles.
+    std::vector<RecordedFile> files;      ///< Sorted by name, each once.
 };
 
 }  // namespace velmorak

@@ -9,11 +9,11 @@
 #include <variant>
 #include <vector>
 
-/// Tables flow on wires as a stream of chunks: a run of rows, stored column by column.
+/// A table travels along a wire as a stream of chunks: consecutive rows, stored column by column.
 namespace velmorak {
 
-/// Rows in each chunk that a source yields, but for its last one, which may be shorter. Results depend on this length
-/// and never on the number of threads, so it is the same everywhere.
+/// Rows in each chunk of a source; the last one may be shorter. Results may depend on this number (rounding of sums),
+/// but never on the number of threads, so it is a constant.
 inline constexpr std::size_t chunkRows = 32768;
 
 enum class ColumnType { Real, Integer, Boolean, Text };
@@ -21,17 +21,17 @@ enum class ColumnType { Real, Integer, Boolean, Text };
 /// @return "real", "integer", "boolean" or "text".
 std::string_view nameOf(ColumnType type);
 
-/// What is known of a column before any row is read.
+/// Describes a column before any row is read.
 struct ColumnInfo {
     std::string name;
     ColumnType type = ColumnType::Real;
-    bool isList = false;    ///< Each row holds any number of values (nested rows).
+    bool isList = false;    ///< Each row holds a list of values (nested rows).
     std::string unit = {};  ///< Empty when unknown.
 
     bool operator==(const ColumnInfo&) const = default;
 };
 
-/// The columns of a table in order. Names are unique.
+/// The columns of a table, in order. Names are unique.
 class Schema {
 public:
     Schema() = default;
@@ -52,12 +52,13 @@ private:
     void growIndex();
 
     std::vector<ColumnInfo> all;
-    /// A table by the hash of the names, half of it free: 1 + the position of a column, or 0. Empty for few columns.
+    /// Open-addressing hash table of the names, at most half full: 1 + position of a column, or 0 if free. Not used for
+    /// few columns.
     std::vector<std::uint32_t> slots;
 };
 
-/// The values of one column in one chunk. Booleans are bytes of 0 and 1. A list column holds the values of all rows
-/// one after the other, and in offsets rows + 1 positions: row i has values [offsets[i], offsets[i + 1]).
+/// The values of one column in one chunk. Booleans are bytes of 0 and 1. A list column holds the concatenated values of
+/// all rows; offsets has rows + 1 entries, and row i has values [offsets[i], offsets[i + 1]).
 struct Column {
     using Reals = std::vector<double>;
     using Integers = std::vector<std::int64_t>;
@@ -65,7 +66,7 @@ struct Column {
     using Texts = std::vector<std::string>;
 
     std::variant<Reals, Integers, Booleans, Texts> values;
-    std::vector<std::uint64_t> offsets;  ///< Empty for a column that is not a list.
+    std::vector<std::uint64_t> offsets;  ///< Empty unless the column is a list.
 
     ColumnType type() const { return static_cast<ColumnType>(values.index()); }
     bool isList() const { return !offsets.empty(); }
@@ -77,23 +78,25 @@ struct Column {
     const Texts& texts() const { return std::get<Texts>(values); }
 };
 
-/// Columns are shared between chunks, never changed after they are made.
+/// Columns are immutable and shared between chunks.
 using ColumnPtr = std::shared_ptr<const Column>;
 
-/// A run of rows. A row-wise kind keeps number and firstRow of the chunk that it was given, also when it drops rows.
+/// Consecutive rows of a table. A row-wise kind keeps number and firstRow of its input chunk even if it drops rows.
 struct Chunk {
-    std::uint64_t number = 0;        ///< 0, 1, 2, ... in the order of the source.
-    std::uint64_t firstRow = 0;      ///< Row of the source that the chunk begins with, for messages; counted from 0.
-    std::size_t rows = 0;            ///< Rows that are left in the chunk.
-    std::vector<ColumnPtr> columns;  ///< As in the table's schema.
-    /// Rows of this table in the chunks before; set only for an operation that counts rows.
+    std::uint64_t number = 0;        ///< 0, 1, 2, ... in source order.
+    std::uint64_t firstRow = 0;      ///< Source row of the chunk's beginning, for messages; counted from 0.
+    std::size_t rows = 0;            ///< Rows in the chunk, without dropped ones.
+    std::vector<ColumnPtr> columns;  ///< In the order of the schema.
+    /// Rows of this table in all previous chunks; set only for a RowOperation that countsRows().
     std::uint64_t rowsBefore = 0;
 };
 
-/// @return the column with only those rows for which keep is not 0. keep has a byte for each row.
+/// Filters a column.
+/// @param keep one byte per row; rows with 0 are dropped.
 ColumnPtr keepRows(const Column& column, const std::vector<std::uint8_t>& keep);
 
-/// @return a copy as reals: integers and booleans are converted, a text is NaN; the same pointer if they are reals.
+/// Converts to real numbers: integers and booleans by value, texts to NaN.
+/// @return the same pointer if the column is real already.
 ColumnPtr asReals(const ColumnPtr& column);
 
 }  // namespace velmorak

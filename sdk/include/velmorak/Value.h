@@ -8,24 +8,23 @@
 
 namespace velmorak {
 
-/// What an input takes or an output gives. The first three can also be written down as a value; the others come by
-/// wire only.
+/// The type of an input or output. A user can enter values of the first three; the others come by wire only.
 enum class ValueType { Number, Text, Choice, Table, Histogram, Profile, Points, Function, Any };
 
 /// @return the name as shown to the user: "number", "text", "choice", "table", "histogram", ...
 std::string_view nameOf(ValueType type);
 
-/// A remark that a file carries with an object.
+/// A key-value remark that a file attaches to an object.
 struct AnnotationItem {
     std::string key;
     std::string value;
-    bool isSticky = false;  ///< A user may not take it away.
+    bool isSticky = false;  ///< Users may not remove it.
 
     bool operator==(const AnnotationItem&) const = default;
 };
 
-/// Something that is not a number, text or table and travels on a wire whole: a histogram, a fitted function.
-/// Immutable once it has left the plug-in that made it.
+/// Base class of values that travel along a wire as a whole: histograms, profiles, points, functions. DataObjects.h
+/// lists the classes. Immutable once it has left the plug-in that made it.
 class DataObject {
 public:
     virtual ~DataObject() = default;
@@ -33,9 +32,9 @@ public:
 
     std::string name;   ///< Short name, as in a file's listing.
     std::string title;  ///< Shown above a plot.
-    /// As a file has them, in its order.
+    /// In the order of the file.
     std::vector<AnnotationItem> annotation;
-    std::string options;  ///< What the program that wrote the file notes for itself, as it stands.
+    std::string options;  ///< Private notes of the program that wrote the file, verbatim.
 
 protected:
     DataObject() = default;
@@ -47,16 +46,17 @@ protected:
 
 using DataObjectPtr = std::shared_ptr<const DataObject>;
 
-/// A finished value. A table is never one: it is a stream and passes by chunks.
+/// A complete value. Tables are never values: they are streams of chunks.
 using Value = std::variant<std::monostate, double, std::string, DataObjectPtr>;
 
-/// Shortest decimal text that reads back as the same number; "NaN", "Infinity", "-Infinity". Never uses the locale.
+/// @return the shortest decimal text that reads back as the same number; "NaN", "Infinity" or "-Infinity". Independent
+///         of the locale. For integers use std::to_string: this may print 100000 as 1e+05.
 std::string textOf(double number);
 
-/// Reads what textOf writes, and any decimal number with optional sign and blanks around it; also "nan", "inf" and
-/// "infinity" in any case. A number beyond the range of a double is rounded like any other: 1e999 is Infinity, 1e-999
-/// is 0. Never uses the locale.
-/// @return false, with number unchanged, when the text is anything else.
+/// Parses the output of textOf and any decimal number with optional sign and surrounding blanks, also "nan", "inf" and
+/// "infinity" in either case. A number beyond the range of a double is rounded: 1e999 to Infinity, 1e-999 to 0.
+/// Independent of the locale.
+/// @return false, with number unchanged, if the text is anything else.
 bool readNumber(std::string_view text, double& number);
 
 }  // namespace velmorak
