@@ -1,7 +1,7 @@
 #include "HistogramKinds.h"
 #include "Objects.h"
 
-#include <boost/math/special_functions/gamma.hpp>
+#include <velmorak/Fit.h>
 
 #include <algorithm>
 #include <cmath>
@@ -22,7 +22,7 @@ struct ChiSquare {
 };
 
 double ChiSquare::probability() const {
-    return freedom < 1.0 || !std::isfinite(value) ? notANumber : boost::math::gamma_q(freedom / 2.0, value / 2.0);
+    return freedom < 1.0 || !std::isfinite(value) ? notANumber : chiSquareProbability(value, freedom);
 }
 
 /// Every fill had the weight 1.

@@ -1,5 +1,7 @@
 #include "fit/Program.h"
 
+#include <boost/math/special_functions/digamma.hpp>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -17,21 +19,11 @@ double logGamma(double x) {
     return ::lgamma_r(x, &ignoredSign);
 }
 
-/// Slope of the logarithm of the gamma function: moved beyond 10 by its recurrence, then the asymptotic series (M.
-/// Abramowitz, I. Stegun, Handbook of Mathematical Functions, 6.3.5, 6.3.7 and 6.3.18).
+/// Derivative of the logarithm of the gamma function; NaN at its poles.
 double digamma(double x) {
-    if (x <= 0.0) {
-        return digamma(1.0 - x) - pi / std::tan(pi * x);
-    }
-    double below = 0.0;
-    while (x < 10.0) {
-        below += 1.0 / x;
-        x += 1.0;
-    }
-    const double u = 1.0 / (x * x);
-    const double series =
-        u * (1.0 / 12 - u * (1.0 / 120 - u * (1.0 / 252 - u * (1.0 / 240 - u * (1.0 / 132 - u * 691.0 / 32760)))));
-    return std::log(x) - 0.5 / x - series - below;
+    using boost::math::policies::ignore_error;
+    const boost::math::policies::policy<boost::math::policies::pole_error<ignore_error>> valuesForErrors;
+    return boost::math::digamma(x, valuesForErrors);
 }
 
 double flat(double /*x*/, double /*y*/) {

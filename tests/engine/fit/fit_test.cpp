@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <random>
 
@@ -312,6 +313,26 @@ TEST(Fit, endsWhenTheRunIsStopped) {
     FitOptions options;
     options.isStopping = [] { return true; };
     EXPECT_THROW(fitted("gauss + pol1", countedPeak(), "", options), Stopped);
+}
+
+// The values were computed with mpmath at 40 digits.
+TEST(ChiSquareProbability, keepsItsPrecisionAtManyDegreesOfFreedom) {
+    const auto expectNear = [](double chi2, double ndf, double expected) {
+        EXPECT_NEAR(chiSquareProbability(chi2, ndf) / expected, 1.0, 1e-14) << chi2 << " / " << ndf;
+    };
+    expectNear(10300.0, 10000.0, 0.017638117447345399638);
+    expectNear(12345.6, 12000.0, 0.013412044092198150621);
+    expectNear(1002000.0, 1000000.0, 0.078718661386129633385);
+    expectNear(1e7, 1e7, 0.49994052919606216232);
+    expectNear(700.0, 10.0, 6.2801466992359498821e-144);
+}
+
+TEST(ChiSquareProbability, reachesItsLimits) {
+    EXPECT_EQ(chiSquareProbability(1e308, 2.0), 0.0);
+    EXPECT_EQ(chiSquareProbability(5000.0, 1.0), 0.0);
+    EXPECT_EQ(chiSquareProbability(std::numeric_limits<double>::infinity(), 3.0), 0.0);
+    EXPECT_EQ(chiSquareProbability(1e-320, 1.0), 1.0);
+    EXPECT_TRUE(std::isnan(chiSquareProbability(1.0, std::numeric_limits<double>::infinity())));
 }
 
 TEST(ChiSquareProbability, hasItsTextbookValues) {
