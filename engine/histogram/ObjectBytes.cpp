@@ -2,15 +2,12 @@
 
 #include "table/Bytes.h"
 
-#include <velmorak/FunctionObject.h>
-#include <velmorak/Histogram1D.h>
-#include <velmorak/HistogramGrid.h>
-#include <velmorak/Points.h>
-#include <velmorak/Profile.h>
+#include <velmorak/DataObjects.h>
 
 #include <stdexcept>
+#include <type_traits>
 
-// Layout: one letter for the class, then the bytes of the object itself, which carry a mark and a checksum.
+// Layout: one letter for the class, then the serialised object, which begins with a mark and ends with a checksum.
 namespace velmorak {
 
 namespace {
@@ -32,16 +29,6 @@ constexpr char letterOf<Points> = 'x';
 template <>
 constexpr char letterOf<FunctionObject> = 'f';
 
-/// @return whether the object is of this class.
-template <typename Object, typename Use>
-bool use(const DataObject& object, const Use& with) {
-    const auto* known = dynamic_cast<const Object*>(&object);
-    if (known) {
-        with(*known, letterOf<Object>);
-    }
-    return known != nullptr;
-}
-
 template <typename Object>
 bool read(const std::string& bytes, DataObjectPtr& object) {
     const bool isThis = bytes.front() == letterOf<Object>;
@@ -51,21 +38,33 @@ bool read(const std::string& bytes, DataObjectPtr& object) {
     return isThis;
 }
 
-template <typename... Classes>
-struct Known {
-    /// Calls with with the object as what it is, and the letter of its class.
-    template <typename Use>
-    static void use(const DataObject& object, const Use& with) {
-        if (!(velmorak::use<Classes>(object, with) || ...)) {
-            throw std::invalid_argument("an object of this class has no bytes");
+/// Every class of ConcreteObject but DataObject itself.
+template <typename... Objects>
+bool readAny(const std::string& bytes, DataObjectPtr& object, std::variant<const Objects*...> /*classes*/) {
+    const auto readIfListed = [&]<typename Object>(const Object*) {
+        if constexpr (std::is_same_v<Object, DataObject>) {
+            return false;
+        } else {
+            return read<Object>(bytes, object);
         }
-    }
-    static bool isRead(const std::string& bytes, DataObjectPtr& object) {
-        return !bytes.empty() && (read<Classes>(bytes, object) || ...);
-    }
-};
+    };
+    return !bytes.empty() && (readIfListed(static_cast<const Objects*>(nullptr)) || ...);
+}
 
-using AllKnown = Known<Histogram1D, Histogram2D, Histogram3D, Profile1D, Profile2D, Points, FunctionObject>;
+/// Calls use with the object as its concrete class and the letter of that class.
+template <typename Use>
+void visitSerialisable(const DataObject& object, const Use& use) {
+    visit(object, overloaded{
+                      [](const DataObject&) {
+        throw std::invalid_argument("objects of this class have no bytes"); },
+                      [&]<typename Object>(const Object& known)
+                          requires(letterOf<Object> != '\0')
+                      { use(known, letterOf<Object>);
+}
+,
+}  // namespace
+);
+}  // namespace velmorak
 
 }  // namespace
 
@@ -76,7 +75,7 @@ std::string bytesOf(const DataObject& object) {
 }
 
 void bytesOf(const DataObject& object, const ByteSink& sink) {
-    AllKnown::use(object, [&](const auto& known, char letter) {
+    visitSerialisable(object, [&](const auto& known, char letter) {
         sink({&letter, 1});
         ByteWriter writer(sink);
         known.write(writer);
@@ -86,7 +85,7 @@ void bytesOf(const DataObject& object, const ByteSink& sink) {
 
 std::uint64_t countBytesOf(const DataObject& object) {
     std::uint64_t count = 0;
-    AllKnown::use(object, [&](const auto& known, char) {
+    visitSerialisable(object, [&](const auto& known, char) {
         ByteWriter writer = ByteWriter::counter();
         known.write(writer);
         count = 1 + writer.count();
@@ -96,8 +95,8 @@ std::uint64_t countBytesOf(const DataObject& object) {
 
 DataObjectPtr objectFrom(const std::string& bytes) {
     DataObjectPtr object;
-    if (!AllKnown::isRead(bytes, object)) {
-        throw std::invalid_argument("these are not the bytes of an object");
+    if (!readAny(bytes, object, ConcreteObject())) {
+        throw std::invalid_argument("these are not the bytes of a data object");
     }
     return object;
 }
