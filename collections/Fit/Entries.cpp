@@ -34,7 +34,7 @@ FitData entriesOf(const Profile1D& profile) {
 FitData entriesOf(const Points& points) {
     if (points.dimension() != 2) {
         throw Failure("data", "points that are fitted have an x and a y, but these have " +
-                                  textOf(static_cast<double>(points.dimension())) + " values each");
+                                  std::to_string(points.dimension()) + " values each");
     }
     FitData data;
     for (std::size_t i = 0; i < points.size(); ++i) {

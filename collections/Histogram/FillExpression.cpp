@@ -48,7 +48,7 @@ ColumnPtr alongside(const ColumnPtr& column, const Column& list, const std::stri
         return spread(*column, list);
     }
     if (column->offsets != list.offsets) {
-        throw Failure(input, "a row between " + textOf(static_cast<double>(chunk.firstRow)) +
+        throw Failure(input, "a row between " + std::to_string(chunk.firstRow) +
                                  " and the end of its chunk has lists of different lengths");
     }
     return column;

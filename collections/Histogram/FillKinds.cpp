@@ -234,8 +234,7 @@ std::unique_ptr<Accumulation> Histogram2DKind::prepare(const Arguments& argument
     const Axis x = axisFrom(arguments, "x");
     const Axis y = axisFrom(arguments, "y");
     if ((x.bins() + 2) > Grid<2>::maxCells / (y.bins() + 2)) {
-        throw Failure("ybins", textOf(static_cast<double>(x.bins())) + " times " +
-                                   textOf(static_cast<double>(y.bins())) + " bins fit no memory");
+        throw Failure("ybins", std::to_string(x.bins()) + " times " + std::to_string(y.bins()) + " bins fit no memory");
     }
     const Grid<2> grid({x, y});
     return givenFilling<Histogram2D>(

@@ -53,7 +53,7 @@ void nameAfter(DataObject& object, const DataObject& source, const Arguments& ar
 }
 
 std::string describe(const Axis& axis) {
-    return textOf(static_cast<double>(axis.bins())) + " bins from " + textOf(axis.low()) + " to " + textOf(axis.high());
+    return std::to_string(axis.bins()) + " bins from " + textOf(axis.low()) + " to " + textOf(axis.high());
 }
 
 }  // namespace velmorak

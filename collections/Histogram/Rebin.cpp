@@ -45,8 +45,8 @@ Joined atEdges(const Axis& axis, const std::string& text, const std::string& inp
 Joined byFactor(const Axis& axis, std::int64_t factor, const std::string& input) {
     const auto step = static_cast<std::size_t>(factor);
     if (axis.bins() % step != 0) {
-        throw Failure(input, textOf(static_cast<double>(axis.bins())) + " bins cannot be joined in groups of " +
-                                 textOf(static_cast<double>(factor)));
+        throw Failure(input,
+                      std::to_string(axis.bins()) + " bins cannot be joined in groups of " + std::to_string(factor));
     }
     Joined joined{.axis = axis, .target = {0}};
     if (step > 1) {

@@ -102,8 +102,7 @@ ObjectTable tableOf(const Profile<dimensions>& profile) {
 ObjectTable tableOf(const Points& points) {
     ObjectTable table;
     for (std::size_t i = 0; i < points.dimension(); ++i) {
-        const std::string name =
-            points.dimension() <= letters.size() ? letters[i] : "x" + textOf(static_cast<double>(i + 1));
+        const std::string name = points.dimension() <= letters.size() ? letters[i] : "x" + std::to_string(i + 1);
         for (const std::string ending : {"", "plus", "minus"}) {
             table.columns.push_back(name + ending);
         }

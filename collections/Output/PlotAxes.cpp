@@ -17,7 +17,7 @@ constexpr int maxPowers = 8;
 constexpr int maxMarkedPowers = 12;
 
 std::string whole(int number) {
-    return textOf(static_cast<double>(number));
+    return std::to_string(number);
 }
 
 /// 10⁻³; small powers as they are read.

@@ -219,7 +219,7 @@ void Collector::addObject(const PlotObject& object, const Points& points) {
     }
     PlotSeries series = seriesOf(object);
     series.look = PlotSeries::SeriesStyle::Points;
-    series.statistics = {{"Points", textOf(static_cast<double>(points.size()))}};
+    series.statistics = {{"Points", std::to_string(points.size())}};
     const std::size_t last = points.dimension() - 1;
     for (std::size_t i = 0; i < points.size(); ++i) {
         // Points that only have a value stand side by side.
@@ -282,7 +282,7 @@ void Collector::warnOfStrange(const PlotObject& object, const PlotSeries& series
 
 void Collector::warn(const PlotObject& object, std::size_t strange, const std::string& parts) {
     if (strange > 0) {
-        contents.warnings.push_back(object.input + ": " + textOf(static_cast<double>(strange)) + " " + parts +
+        contents.warnings.push_back(object.input + ": " + std::to_string(strange) + " " + parts +
                                     " are not drawn because they are infinite or no number");
     }
 }

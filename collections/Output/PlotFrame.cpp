@@ -320,7 +320,7 @@ void warnOfLog(PlotContents& contents, const PlotStyle& style) {
     if (hasLog && above == 0) {
         contents.warnings.push_back(axis + ": nothing is above 0, so the picture is empty");
     } else if (below > 0) {
-        contents.warnings.push_back(axis + ": " + textOf(static_cast<double>(below)) +
+        contents.warnings.push_back(axis + ": " + std::to_string(below) +
                                     " values are not drawn because they are not above 0");
     }
 }

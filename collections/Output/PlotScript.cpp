@@ -36,7 +36,7 @@ constexpr double legendSample = 0.085;
 constexpr double legendFont = 26.0;
 
 std::string number(std::size_t count) {
-    return textOf(static_cast<double>(count));
+    return std::to_string(count);
 }
 
 /// How one series is told from the others.

@@ -10,7 +10,7 @@ namespace velmorak {
 namespace {
 
 std::string countText(std::int64_t count) {
-    return textOf(static_cast<double>(count));
+    return std::to_string(count);
 }
 
 std::string pairText(double x, double y) {

@@ -6,7 +6,7 @@
 namespace velmorak {
 
 std::string numberedName(const std::string& name, std::size_t position) {
-    return position == 0 ? name : name + textOf(static_cast<double>(position + 1));
+    return position == 0 ? name : name + std::to_string(position + 1);
 }
 
 std::size_t numberedCount(const ValueTexts& values, const std::string& countInput) {

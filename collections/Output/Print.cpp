@@ -106,7 +106,7 @@ std::string Printing::tableText(const std::string& name, const FirstRows& first)
         }
     }
     const auto count = static_cast<double>(first.count);
-    const std::string shown = textOf(static_cast<double>(rows.size())) + " of ";
+    const std::string shown = std::to_string(rows.size()) + " of ";
     return name + ": " + (rows.size() < first.count ? "first " + shown : std::string()) + textOf(count) +
            (first.count == 1 ? " row\n" : " rows\n") + alignedTable(names, rows);
 }

@@ -56,8 +56,7 @@ std::string printedObject(const std::string& name, const DataObject& object, std
     const ObjectTable table = objectTable(object, {});
     text += alignedTable(table.columns, textRows(table, most));
     if (table.rows.size() > most) {
-        text += "(the first " + textOf(static_cast<double>(most)) + " of " +
-                textOf(static_cast<double>(table.rows.size())) + ")\n";
+        text += "(the first " + std::to_string(most) + " of " + std::to_string(table.rows.size()) + ")\n";
     }
     return text;
 }

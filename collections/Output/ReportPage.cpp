@@ -82,8 +82,8 @@ std::string failures(const ReportContents& contents) {
     if (rows.empty()) {
         return text + "<p>None: every plug-in that was asked for did its work.</p>\n";
     }
-    text += "<p class=\"failed\">" + textOf(static_cast<double>(rows.size())) + " of " +
-            textOf(static_cast<double>(contents.record.plugins.size())) + " plug-ins gave no result.</p>\n";
+    text += "<p class=\"failed\">" + std::to_string(rows.size()) + " of " +
+            std::to_string(contents.record.plugins.size()) + " plug-ins gave no result.</p>\n";
     text += htmlTable({"plug-in", "kind", "state", "reason"}, rows);
     for (const ReportItem& item : contents.items) {
         if (std::holds_alternative<std::monostate>(item.value)) {
@@ -102,7 +102,7 @@ std::string pictures(const ReportContents& contents) {
         if (picture.svg.empty()) {
             text += "<p class=\"failed\">" + escaped("It could not be drawn: " + picture.sentence) + "</p>\n";
         } else {
-            text += inlineSvg(picture.svg, "p" + textOf(static_cast<double>(number)) + "-");
+            text += inlineSvg(picture.svg, "p" + std::to_string(number) + "-");
         }
         text += "</figure>\n";
     }
@@ -238,8 +238,7 @@ std::string origin(const ReportContents& contents) {
     text += htmlTable({"what", ""}, rows);
     Rows files;
     for (const RecordedFile& file : record.files) {
-        files.push_back({file.name.empty() ? "AIDA file of the command line" : file.name,
-                         textOf(static_cast<double>(file.bytes)),
+        files.push_back({file.name.empty() ? "AIDA file of the command line" : file.name, std::to_string(file.bytes),
                          file.sha256.empty() ? "cannot be read any more" : file.sha256});
     }
     if (!files.empty()) {

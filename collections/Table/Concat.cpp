@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t maxTables = 16;
 
 std::string inputName(std::size_t position) {
-    return position == 0 ? "table" : "table" + textOf(static_cast<double>(position + 1));
+    return position == 0 ? "table" : "table" + std::to_string(position + 1);
 }
 
 std::size_t tableCount(const ValueTexts& values) {
@@ -121,7 +121,7 @@ Ports ConcatKind::ports(const ValueTexts& values) const {
     Ports ports;
     const auto table = [](std::size_t position) {
         return InputSpec{.name = inputName(position),
-                         .description = "Table number " + textOf(static_cast<double>(position + 1)) +
+                         .description = "Table number " + std::to_string(position + 1) +
                                         "; its rows follow those of the tables before.",
                          .type = ValueType::Table};
     };

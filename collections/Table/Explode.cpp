@@ -111,11 +111,11 @@ void ExplodeOperation::checkLengths(const Chunk& chunk, std::size_t place) const
         return;
     }
     const auto row = static_cast<std::size_t>(difference.first - expected.begin()) - 1;
-    const auto length = [row](const Offsets& of) { return textOf(static_cast<double>(of[row + 1] - of[row])); };
+    const auto length = [row](const Offsets& of) { return std::to_string(of[row + 1] - of[row]); };
     throw Failure("columns", "lists of one row have different lengths: \"" + result[lists.front()].name + "\" holds " +
                                  length(expected) + " and \"" + result[place].name + "\" " + length(offsets) +
                                  " values, in the part of the table that begins with row " +
-                                 textOf(static_cast<double>(chunk.firstRow)));
+                                 std::to_string(chunk.firstRow));
 }
 
 std::vector<std::size_t> listColumns(const Schema& schema) {

@@ -31,7 +31,7 @@ double center(const Entry& entry) {
 }
 
 std::string counted(std::size_t number, const std::string& what) {
-    return textOf(static_cast<double>(number)) + (number == 1 ? " entry " : " entries ") + what +
+    return std::to_string(number) + (number == 1 ? " entry " : " entries ") + what +
            (number == 1 ? " is left out" : " are left out");
 }
 

@@ -1,7 +1,6 @@
 #include "fit/ModelParts.h"
 
 #include <velmorak/Fit.h>
-#include <velmorak/Value.h>
 
 #include <algorithm>
 
@@ -11,9 +10,9 @@ namespace {
 
 /// p0 + x (p1 + x (p2 + ...)).
 Shape polynomial(int degree) {
-    Shape shape{"pol" + textOf(degree), {}, {}, {}};
+    Shape shape{"pol" + std::to_string(degree), {}, {}, {}};
     for (int power = 0; power <= degree; ++power) {
-        const std::string name = "p" + textOf(power);
+        const std::string name = "p" + std::to_string(power);
         shape.parameters.push_back({name, Role::Height, 0.0});
         shape.formula += power < degree ? name + "+x*(" : name;
     }
@@ -66,7 +65,7 @@ std::string shapeMeantBy(std::string_view name) {
     const bool isPolynomial = word.starts_with("pol") && word.size() > 3 &&
                               word.find_first_not_of("0123456789", word[3] == 'y' ? 4 : 3) == std::string::npos;
     if (isPolynomial) {
-        return "one of the shapes pol0 to pol" + textOf(highestDegree);
+        return "one of the shapes pol0 to pol" + std::to_string(highestDegree);
     }
     if (word.size() > 5 && word.ends_with("ian")) {
         word.resize(word.size() - 3);  // Gaussian.

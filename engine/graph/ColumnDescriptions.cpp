@@ -40,7 +40,7 @@ std::string sentenceOn(const Schema& schema) {
                     std::string(nameOf(column.type)) + unit + ")";
     }
     if (schema.size() > shown) {
-        sentence += " and " + textOf(static_cast<double>(schema.size() - shown)) + " more";
+        sentence += " and " + std::to_string(schema.size() - shown) + " more";
     }
     return schema.size() == 0 ? "" : sentence + ".";
 }

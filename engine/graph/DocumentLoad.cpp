@@ -163,8 +163,7 @@ std::string loadDocumentText(QzManager& manager, const std::string& text, const 
         refreshColumns({first, manager.plugins.end()});
         return {};
     } catch (const DocumentError& error) {
-        const std::string place =
-            error.line() == 0 ? std::string() : ", line " + textOf(static_cast<double>(error.line()));
+        const std::string place = error.line() == 0 ? std::string() : ", line " + std::to_string(error.line());
         return file + place + ": " + withoutFullStop(error.what()) + ".";
     } catch (const std::exception& error) {
         return file + ": " + withoutFullStop(error.what()) + ".";

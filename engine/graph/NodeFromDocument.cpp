@@ -123,14 +123,13 @@ std::unique_ptr<GraphNode> unknownNode(QzManager& manager, const DocumentPlugin&
 
 LoadWarnings::~LoadWarnings() {
     if (count > maxNotes) {
-        printMessage(file + ": " + textOf(static_cast<double>(count - maxNotes)) +
-                     " more lines like these are left out.");
+        printMessage(file + ": " + std::to_string(count - maxNotes) + " more lines like these are left out.");
     }
 }
 
 void LoadWarnings::add(std::size_t line, const std::string& sentence) {
     if (++count <= maxNotes) {
-        printMessage(file + ", line " + textOf(static_cast<double>(line)) + ": " + sentence + ".");
+        printMessage(file + ", line " + std::to_string(line) + ": " + sentence + ".");
     }
 }
 

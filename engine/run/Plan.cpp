@@ -249,7 +249,7 @@ std::string Plan::categoryError(std::size_t node) const {
         return "the kind tells of the run, and such a kind must be a function without outputs";
     }
     if (segments(node).size() > maxLegs) {
-        return "it would read tables more than " + textOf(static_cast<double>(maxLegs)) + " times";
+        return "it would read tables more than " + std::to_string(maxLegs) + " times";
     }
     const PipelineInput* first = nullptr;
     for (const PipelineInput& input : pipeline.nodes[node].inputs) {
@@ -308,7 +308,7 @@ std::string Plan::cycleSentence(std::size_t node, const std::vector<bool>& isMem
         before = at;
     }
     if (others >= maxNamed) {
-        way += " -> (" + textOf(static_cast<double>(others - maxNamed + 1)) + " more)";
+        way += " -> (" + std::to_string(others - maxNamed + 1) + " more)";
     }
     const std::string name = "\"" + shortened(pipeline.nodes[node].name) + "\"";
     std::string sentence = "its result would feed itself: " + name + way + " -> " + name;
