@@ -1,6 +1,8 @@
 #include "expression/Emitter.h"
 #include "expression/simd/SimdKernels.h"
 
+#include <velmorak/Text.h>
+
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -136,7 +138,7 @@ TypedOperand Compiler::named(const Node& node) {
     for (const auto& [name, value] : numbers) {
         names.push_back(name);
     }
-    refuse(source, node.place, R"(there is no column ")" + node.text + "\"" + suggestion(node.text, names));
+    refuse(source, node.place, "there is no column " + quoted(node.text) + suggestion(node.text, names));
 }
 
 TypedOperand Compiler::column(const Node& node, std::size_t position) {
@@ -162,8 +164,8 @@ TypedOperand Compiler::called(const Node& node) {
     if (!function) {
         refuse(source, node.place,
                isReduction(node.text)
-                   ? "\"" + node.text + R"(" takes one list column)"
-                   : R"(there is no function ")" + node.text + "\"" + suggestion(node.text, functionNames()));
+                   ? quoted(node.text) + " takes one list column"
+                   : "there is no function " + quoted(node.text) + suggestion(node.text, functionNames()));
     }
     checkArguments(node, *function, arguments);
     if (isSquare(node)) {
@@ -183,11 +185,11 @@ bool Compiler::isSquare(const Node& node) const {
 
 TypedOperand Compiler::reduced(const Node& node, const TypedOperand& list) {
     if (!list.isList) {
-        refuse(source, node.place, "\"" + node.text + R"(" of one value takes a list column, this is )" + shown(list));
+        refuse(source, node.place, quoted(node.text) + " of one value takes a list column, this is " + shown(list));
     }
     const Reduction reduction = findReduction(node.text, list.type);
     if (!reduction.kernel) {
-        refuse(source, node.place, "\"" + node.text + R"(" does not take )" + shown(list));
+        refuse(source, node.place, quoted(node.text) + " does not take " + shown(list));
     }
     return emitter.emitReduction(reduction.kernel, {list}, reduction.type, node.place);
 }
@@ -212,7 +214,7 @@ TypedOperand Compiler::indexed(const Node& node, const std::vector<TypedOperand>
 void Compiler::checkArguments(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) {
     const std::size_t count = arguments.size();
     if (count < function.arguments || (count > function.arguments && !function.takesMore)) {
-        refuse(source, node.place, "\"" + node.text + R"(" takes )" + wanted(function));
+        refuse(source, node.place, quoted(node.text) + " takes " + wanted(function));
     }
 }
 
@@ -353,7 +355,7 @@ std::vector<TypedOperand> Compiler::all(const Node& node, const std::vector<Type
         const Kernel way = conversion(values[i].type, type);
         if (!way && values[i].type != type) {
             refuse(source, nodes[node.children[i]].place,
-                   "\"" + shownName(node) + R"(" does not take )" + shown(values[i]));
+                   quoted(shownName(node)) + " does not take " + shown(values[i]));
         }
         converted.push_back(!way ? values[i] : emitter.emit(way, {values[i]}, type, node.place));
     }

@@ -1,7 +1,6 @@
 #include <velmorak/Expression.h>
 
 #include <velmorak/Failure.h>
-#include <velmorak/Value.h>
 #include "expression/Program.h"
 
 #include <algorithm>
@@ -200,9 +199,8 @@ void Evaluation::compareLengths(const Step& step, std::size_t begin, std::size_t
         const std::uint64_t other = others[row + 1] - others[row];
         if (length != other) {
             expression::refuse(text, step.place,
-                               "the lists have " + textOf(static_cast<double>(length)) + " and " +
-                                   textOf(static_cast<double>(other)) + " values in row " +
-                                   textOf(static_cast<double>(chunk.firstRow + begin + row)) +
+                               "the lists have " + std::to_string(length) + " and " + std::to_string(other) +
+                                   " values in row " + std::to_string(chunk.firstRow + begin + row) +
                                    ", and only lists of equal length go together");
         }
     }
@@ -211,8 +209,7 @@ void Evaluation::compareLengths(const Step& step, std::size_t begin, std::size_t
 void Evaluation::call(const Step& step, const KernelArgs& lane, std::size_t begin) const {
     if (!step.kernel(lane)) {
         expression::refuse(text, step.place,
-                           "no integer can hold a result in the rows from " +
-                               textOf(static_cast<double>(chunk.firstRow + begin)) +
+                           "no integer can hold a result in the rows from " + std::to_string(chunk.firstRow + begin) +
                                " on: it is too large, or a division by 0");
     }
 }

@@ -1,6 +1,7 @@
 #include "expression/Syntax.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/Utf8.h>
 #include <velmorak/Value.h>
 
 #include <algorithm>
@@ -21,33 +22,6 @@ bool beginsName(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || static_cast<unsigned char>(c) >= 0x80;
 }
 
-bool isInsideCharacter(char c) {
-    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
-}
-
-/// Bytes of the UTF-8 character that a text begins with; 0 where it begins with none.
-std::size_t characterBytes(std::string_view text) {
-    const auto first = static_cast<unsigned char>(text.front());
-    const std::size_t count = first < 0x80   ? 1
-                              : first < 0xC2 ? 0
-                              : first < 0xE0 ? 2
-                              : first < 0xF0 ? 3
-                              : first < 0xF5 ? 4
-                                             : 0;
-    if (count > text.size()) {
-        return 0;
-    }
-    for (const char c : text.substr(1, count > 1 ? count - 1 : 0)) {
-        if (!isInsideCharacter(c)) {
-            return 0;
-        }
-    }
-    const auto second = static_cast<unsigned char>(count > 2 ? text[1] : '\0');
-    const bool isOverlong = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
-    const bool isOutside = (first == 0xED && second > 0x9F) || (first == 0xF4 && second > 0x8F);
-    return count > 2 && (isOverlong || isOutside) ? 0 : count;
-}
-
 bool isControl(std::string_view character) {
     const auto first = static_cast<unsigned char>(character.front());
     const bool isUpper = first == 0xC2 && static_cast<unsigned char>(character.back()) < 0xA0;
@@ -60,11 +34,11 @@ std::string_view window(std::string_view text, std::size_t& place) {
         return text;
     }
     std::size_t begin = place > maxShown / 2 ? place - maxShown / 2 : 0;
-    while (begin < place && isInsideCharacter(text[begin])) {
+    while (begin < place && isContinuationByte(text[begin])) {
         ++begin;
     }
     std::size_t end = std::min(text.size(), begin + maxShown);
-    while (end < std::min(text.size(), begin + maxShown + 3) && isInsideCharacter(text[end])) {
+    while (end < std::min(text.size(), begin + maxShown + 3) && isContinuationByte(text[end])) {
         ++end;
     }
     place -= begin;

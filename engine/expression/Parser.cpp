@@ -1,5 +1,6 @@
 #include "expression/Syntax.h"
 
+#include <velmorak/Text.h>
 #include <velmorak/Value.h>
 
 #include <array>
@@ -109,7 +110,7 @@ std::vector<Node> Parser::whole() {
 Parser::Level::Level(Parser& parser) : count(parser.levels) {
     if (++count > maxLevels) {
         refuse(parser.source, parser.token.place,
-               "the expression is nested too deeply; at most " + textOf(maxParentheses) +
+               "the expression is nested too deeply; at most " + std::to_string(maxParentheses) +
                    " parentheses stand one within the other");
     }
 }
@@ -222,7 +223,7 @@ std::size_t Parser::primary() {
         refuse(source, token.place, "the expression ends too early; a value is missing");
     }
     if (token.kind == TokenKind::Symbol) {
-        refuse(source, token.place, R"(a value is missing before ")" + token.text + "\"");
+        refuse(source, token.place, "a value is missing before " + quoted(token.text));
     }
     return value();
 }
@@ -270,8 +271,7 @@ std::size_t Parser::arguments(const Node& function) {
 
 std::vector<Node> parse(std::string_view text) {
     if (text.size() > maxCharacters) {
-        refuse(text, maxCharacters,
-               "an expression has at most " + textOf(static_cast<double>(maxCharacters)) + " characters");
+        refuse(text, maxCharacters, "an expression has at most " + std::to_string(maxCharacters) + " characters");
     }
     return Parser(text).whole();
 }

@@ -65,7 +65,4 @@ Code compile(std::string_view text, const Schema& columns, const std::map<std::s
 /// @return whether the bare name means a constant where no column or number has it.
 bool isConstant(std::string_view name);
 
-/// @return "; did you mean ...?" with the nearest of the names, or nothing when none is near.
-std::string suggestion(std::string_view wrong, const std::vector<std::string>& names);
-
 }  // namespace velmorak::expression

@@ -1,8 +1,8 @@
 #include <velmorak/Fit.h>
 
 #include <velmorak/Failure.h>
+#include <velmorak/Text.h>
 #include <velmorak/Value.h>
-#include "expression/Program.h"
 #include "fit/Minimise.h"
 
 #include <algorithm>
@@ -20,7 +20,7 @@ void refuseUnknown(const FitModel& model, const FitParameters& given) {
     const std::vector<std::string>& names = model.parameters();
     for (const auto& [name, parameter] : given) {
         if (std::find(names.begin(), names.end(), name) == names.end()) {
-            throw Failure("the model has no parameter \"" + name + "\"" + expression::suggestion(name, names));
+            throw Failure("the model has no parameter " + quoted(name) + suggestion(name, names));
         }
     }
 }
@@ -52,8 +52,8 @@ void refuseTooFew(const LeastSquaresProblem& problem, const Selection& free) {
     for (const std::size_t i : free) {
         names += (names.empty() ? "" : ", ") + problem.model().names[i];
     }
-    throw Failure(textOf(static_cast<double>(problem.size())) + " entries are too few to fit " +
-                  textOf(static_cast<double>(free.size())) + " parameters (" + names + ")");
+    throw Failure(std::to_string(problem.size()) + " entries are too few to fit " + std::to_string(free.size()) +
+                  " parameters (" + names + ")");
 }
 
 FitResult resultOf(LeastSquaresProblem& problem, const Minimum& minimum, std::size_t freeCount) {

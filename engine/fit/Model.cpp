@@ -3,6 +3,7 @@
 #include <velmorak/Failure.h>
 #include <velmorak/Fit.h>
 #include <velmorak/FunctionValues.h>
+#include <velmorak/Text.h>
 #include <velmorak/Value.h>
 #include "expression/Program.h"
 
@@ -220,7 +221,7 @@ void Builder::warnAbout(const Node& node) {
     if (meant.empty() || !warned.insert(node.text).second) {
         return;
     }
-    model.warnings.push_back("\"" + node.text + "\" is fitted as a parameter, not as a function of x; if " + meant +
+    model.warnings.push_back(quoted(node.text) + " is fitted as a parameter, not as a function of x; if " + meant +
                              " is meant, write its name, else `" + node.text + "` in back quotes");
 }
 
@@ -241,8 +242,7 @@ std::size_t Builder::call(const Node& node, const std::vector<std::size_t>& chil
     if (const Shape* const shape = findShape(node.text)) {
         if (children.size() != 1 && children.size() != 1 + shape->parameters.size()) {
             refuse(text, node.place,
-                   shape->name + " takes x, or x and its " + textOf(static_cast<double>(shape->parameters.size())) +
-                       " parameters");
+                   shape->name + " takes x, or x and its " + std::to_string(shape->parameters.size()) + " parameters");
         }
         return shaped(*shape, children);
     }
@@ -257,8 +257,7 @@ std::size_t Builder::call(const Node& node, const std::vector<std::size_t>& chil
     }
     const UnaryFunction* const function = findUnary(node.text);
     if (!function) {
-        refuse(text, node.place,
-               "there is no function \"" + node.text + "\"" + expression::suggestion(node.text, callableNames()));
+        refuse(text, node.place, "there is no function " + quoted(node.text) + suggestion(node.text, callableNames()));
     }
     if (children.size() != 1) {
         refuse(text, node.place, node.text + " takes one argument");
@@ -269,7 +268,7 @@ std::size_t Builder::call(const Node& node, const std::vector<std::size_t>& chil
 std::size_t Builder::operationOf(const Named& known, const Node& node, const std::vector<std::size_t>& children) {
     if (known.takesMore ? children.size() < known.arguments : children.size() != known.arguments) {
         refuse(text, node.place,
-               node.text + " takes " + textOf(static_cast<double>(known.arguments)) +
+               node.text + " takes " + std::to_string(known.arguments) +
                    (known.takesMore        ? " arguments or more"
                     : known.arguments == 1 ? " argument"
                                            : " arguments"));
@@ -315,7 +314,7 @@ std::string Builder::freeName(const std::string& wanted) const {
     };
     std::string name = wanted;
     for (int number = 2; isTaken(name); ++number) {
-        name = wanted + "_" + textOf(number);
+        name = wanted + "_" + std::to_string(number);
     }
     return name;
 }
@@ -362,7 +361,7 @@ void Builder::refuseReserved() const {
                                          [&](const auto& other) { return !stem.empty() && other.name == stem; });
         if (isTwice || std::find(reserved.begin(), reserved.end(), name) != reserved.end()) {
             refuse(text, std::min(text.find(parameter.name), text.size()),
-                   "\"" + parameter.name + "\" is an output of its own; give the parameter another name");
+                   quoted(parameter.name) + " is the name of an output of the fit; give the parameter another name");
         }
     }
 }
@@ -373,7 +372,7 @@ void Builder::refuseUnwritable() const {
     } catch (const Failure&) {
         refuse(text, 0,
                "the formula of this model, with its shapes written out, has more than " +
-                   textOf(static_cast<double>(expression::maxCharacters)) + " characters or more than " +
+                   std::to_string(expression::maxCharacters) + " characters or more than " +
                    textOf(expression::maxParentheses) + " parentheses one within the other");
     }
 }

@@ -1,4 +1,5 @@
 #include <velmorak/Fit.h>
+#include <velmorak/Text.h>
 #include <velmorak/Value.h>
 #include "expression/Syntax.h"
 
@@ -47,7 +48,7 @@ FitParameters Reader::all() {
             refuse(place, "the name of a parameter is missing");
         }
         if (!found.emplace(name, one(name, place)).second) {
-            refuse(place, "\"" + name + "\" is given twice");
+            refuse(place, quoted(name) + " is given twice");
         }
         if (here < text.size() && !take(',')) {
             refuse(here, "parameters are separated by commas, and written  name=start [low,high] fixed");
@@ -132,7 +133,7 @@ FitParameter Reader::one(const std::string& name, std::size_t place) {
     }
     parameter.isFixed = !last.empty();
     if (parameter.isFixed && !parameter.start) {
-        refuse(place, "\"" + name + "\" is fixed, but has no value");
+        refuse(place, quoted(name) + " is fixed but has no value");
     }
     if (parameter.start && (*parameter.start < parameter.low || *parameter.start > parameter.high)) {
         refuse(place, "the start value of \"" + name + "\" is outside its limits");

@@ -1,4 +1,5 @@
 #include <velmorak/Failure.h>
+#include <velmorak/Text.h>
 #include <velmorak/Value.h>
 #include "fit/Minimise.h"
 
@@ -11,8 +12,8 @@ namespace {
 /// Directions along which the function changes by less than this part of its change along others are lost in rounding.
 constexpr double minPart = 1e-12;
 
-std::string quoted(const LeastSquaresProblem& problem, std::size_t parameter) {
-    return "\"" + problem.model().names[parameter] + "\"";
+std::string nameOf(const LeastSquaresProblem& problem, std::size_t parameter) {
+    return quoted(problem.model().names[parameter]);
 }
 
 }  // namespace
@@ -22,7 +23,7 @@ void refuseSingular(const LeastSquaresProblem& problem, const MatrixXd& r, const
     VectorXd norms = r.colwise().norm();
     for (Eigen::Index k = 0; k < n; ++k) {
         if (!(norms[k] > 0.0)) {
-            throw Failure("the function does not depend on " + quoted(problem, chosen[static_cast<std::size_t>(k)]) +
+            throw Failure("the function does not depend on " + nameOf(problem, chosen[static_cast<std::size_t>(k)]) +
                           " for the entries that are fitted; fix it, or give it another start value");
         }
     }
@@ -41,7 +42,7 @@ void refuseSingular(const LeastSquaresProblem& problem, const MatrixXd& r, const
     std::string names;
     for (Eigen::Index k = 0; k < n; ++k) {
         if (!(std::fabs(direction[k]) < 0.01 * direction.cwiseAbs().maxCoeff())) {
-            names += (names.empty() ? "" : ", ") + quoted(problem, chosen[static_cast<std::size_t>(k)]);
+            names += (names.empty() ? "" : ", ") + nameOf(problem, chosen[static_cast<std::size_t>(k)]);
         }
     }
     throw Failure("these entries cannot tell the parameters " + names +

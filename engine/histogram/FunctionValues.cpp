@@ -1,6 +1,7 @@
 #include <velmorak/FunctionValues.h>
 
 #include <velmorak/Failure.h>
+#include <velmorak/Text.h>
 
 #include <algorithm>
 #include <charconv>
@@ -13,13 +14,6 @@ namespace {
 /// Name of the argument, which no parameter can have.
 constexpr std::string_view argument = "x[0]";
 
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(blanks);
-    return first == std::string_view::npos ? std::string_view()
-                                           : text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
 std::vector<std::string_view> split(std::string_view text, char mark) {
     std::vector<std::string_view> parts;
     for (std::size_t end = text.find(mark); end != std::string_view::npos; end = text.find(mark)) {
@@ -30,7 +24,7 @@ std::vector<std::string_view> split(std::string_view text, char mark) {
     return parts;
 }
 
-std::string quoted(std::string_view name) {
+std::string backQuoted(std::string_view name) {
     std::string text = "`";
     for (const char c : name) {
         text += c == '`' || c == '\\' ? std::string{'\\', c} : std::string{c};
@@ -134,7 +128,7 @@ double Reading::valueOf(std::string_view name) const {
 std::string Reading::withArgument(std::string_view text) {
     std::string made;
     for (std::size_t place = text.find(argument); place != std::string_view::npos; place = text.find(argument)) {
-        made += std::string(text.substr(0, place)) + quoted(argument);
+        made += std::string(text.substr(0, place)) + backQuoted(argument);
         text.remove_prefix(place + argument.size());
     }
     return made += text;
@@ -155,8 +149,8 @@ std::string Reading::catalogued(std::string_view codelet) {
         sum += product;
     }
     if (numbers.size() != function.parameters.size()) {
-        fail("has " + textOf(static_cast<double>(function.parameters.size())) + " parameters, but \"" +
-             std::string(codelet) + "\" takes " + textOf(static_cast<double>(numbers.size())));
+        fail("has " + std::to_string(function.parameters.size()) + " parameters, but \"" + std::string(codelet) +
+             "\" takes " + std::to_string(numbers.size()));
     }
     return sum;
 }
@@ -164,15 +158,15 @@ std::string Reading::catalogued(std::string_view codelet) {
 std::string Reading::next() {
     const std::size_t position = numbers.size();
     if (position == maxParameters) {
-        fail("takes more than " + textOf(static_cast<double>(maxParameters)) + " parameters");
+        fail("takes more than " + std::to_string(maxParameters) + " parameters");
     }
-    const std::string name = "#" + textOf(static_cast<double>(position));
+    const std::string name = "#" + std::to_string(position);
     numbers[name] = position < function.parameters.size() ? function.parameters[position].value : 0.0;
-    return quoted(name);
+    return backQuoted(name);
 }
 
 std::string Reading::known(std::string_view name) {
-    const std::string x = quoted(argument);
+    const std::string x = backQuoted(argument);
     if (name == "G" || name == "g") {
         const std::string amplitude = next();
         const std::string mean = next();

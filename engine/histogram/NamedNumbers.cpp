@@ -2,6 +2,7 @@
 
 #include <velmorak/Expression.h>
 #include <velmorak/Failure.h>
+#include <velmorak/Text.h>
 #include "expression/Program.h"
 
 #include <algorithm>
@@ -96,7 +97,7 @@ std::map<std::string, double> NamedNumbers::values(const Arguments& arguments, c
 }
 
 void NamedNumbers::checkKnown(const Text& text, const Schema& columns,
-                                 const std::map<std::string, double>& numbers) const {
+                              const std::map<std::string, double>& numbers) const {
     std::vector<std::string> known;
     for (const ColumnInfo& info : columns.columns()) {
         known.push_back(info.name);
@@ -113,7 +114,7 @@ void NamedNumbers::checkKnown(const Text& text, const Schema& columns,
             reason += ", and no number at an input of that name";
         }
         try {
-            expression::refuse(text.expression, node.place, reason + expression::suggestion(node.text, known));
+            expression::refuse(text.expression, node.place, reason + suggestion(node.text, known));
         } catch (const Failure& failure) {
             throw Failure(text.input, failure.what());
         }

@@ -1,3 +1,4 @@
+#include <velmorak/Text.h>
 #include <velmorak/Value.h>
 
 #include <algorithm>
@@ -12,22 +13,8 @@ namespace velmorak {
 
 namespace {
 
-bool isBlank(char c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
-
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
-}
-
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && isBlank(text.front())) {
-        text.remove_prefix(1);
-    }
-    while (!text.empty() && isBlank(text.back())) {
-        text.remove_suffix(1);
-    }
-    return text;
 }
 
 /// Exponent written after 'e', kept within a range in which it cannot overflow.

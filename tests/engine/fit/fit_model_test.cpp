@@ -108,8 +108,8 @@ TEST(FitModel, refusesMistakesWithACaret) {
     EXPECT_THAT(refusal("min(a)"), HasSubstr("min takes 2 arguments or more"));
     EXPECT_THAT(refusal("a +"), HasSubstr("ends too early"));
     EXPECT_THAT(refusal(""), HasSubstr("there is no expression"));
-    EXPECT_THAT(refusal("a + chi2*x"), HasSubstr("output of its own"));
-    EXPECT_THAT(refusal("a + a_error"), HasSubstr("output of its own"));
+    EXPECT_THAT(refusal("a + chi2*x"), HasSubstr("name of an output"));
+    EXPECT_THAT(refusal("a + a_error"), HasSubstr("name of an output"));
     EXPECT_THAT(refusal("`two words`*x"), HasSubstr("one word"));
 }
 
