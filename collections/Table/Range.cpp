@@ -2,7 +2,8 @@
 
 #include "Condition.h"
 
-#include <limits>
+#include <cstdint>
+#include <optional>
 #include <utility>
 
 namespace velmorak {
@@ -12,10 +13,12 @@ namespace {
 /// Positions of rows in the input table, counted from 0.
 struct Positions {
     std::uint64_t first = 0;
-    std::uint64_t last = std::numeric_limits<std::uint64_t>::max();
+    std::optional<std::uint64_t> limit{};  ///< One more than the last; nothing when the table's end is the last.
     std::uint64_t every = 1;
 
-    bool contains(std::uint64_t row) const { return row >= first && row <= last && (row - first) % every == 0; }
+    bool contains(std::uint64_t row) const {
+        return row >= first && (!limit || row < *limit) && (row - first) % every == 0;
+    }
 };
 
 class RangeOperation : public RowOperation {
@@ -24,7 +27,7 @@ public:
 
     const Schema& schema() const override { return columns; }
     bool countsRows() const override { return true; }
-    bool wantsRow(std::uint64_t row) const override { return row <= positions.last; }
+    std::optional<std::uint64_t> rowLimit() const override { return positions.limit; }
 
     Chunk apply(const Chunk& chunk) const override;
 
@@ -86,7 +89,7 @@ std::unique_ptr<RowOperation> RangeKind::prepare(const Arguments& arguments, con
     positions.first = static_cast<std::uint64_t>(arguments.integer("first"));
     positions.every = static_cast<std::uint64_t>(arguments.integer("every"));
     if (const double last = arguments.number("last"); last < 0x1p63) {
-        positions.last = static_cast<std::uint64_t>(last);
+        positions.limit = static_cast<std::uint64_t>(last) + 1;
     }
     return std::make_unique<RangeOperation>(schema, positions);
 }

@@ -13,20 +13,6 @@ namespace {
 
 using Instant = std::chrono::steady_clock;
 
-/// @return the first row that is not wanted; 0 when there is none.
-std::uint64_t rowsWantedBy(const RowOperation& operation) {
-    std::uint64_t wanted = 0;
-    std::uint64_t unwanted = std::uint64_t{1} << 62U;
-    if (operation.wantsRow(unwanted)) {
-        return 0;
-    }
-    while (unwanted - wanted > 1) {
-        const std::uint64_t middle = wanted + (unwanted - wanted) / 2;
-        (operation.wantsRow(middle) ? wanted : unwanted) = middle;
-    }
-    return unwanted;
-}
-
 Chunk counted(const Chunk& chunk, std::uint64_t rowsBefore) {
     Chunk copy = chunk;
     copy.rowsBefore = rowsBefore;
@@ -179,7 +165,7 @@ void StreamPass::prepareConcatenation(Operator& op, const Concatenation& kind) {
 void StreamPass::prepareCounting(Operator& op) {
     const RowOperation& operation = *op.parents.front().operation;
     op.countsRows = operation.countsRows();
-    op.rowsWanted = op.countsRows ? rowsWantedBy(operation) : 0;
+    op.rowLimit = op.countsRows ? operation.rowLimit() : std::nullopt;
 }
 
 std::size_t StreamPass::stages() const {
@@ -275,8 +261,7 @@ void StreamPass::count(ChunkTask& task, std::size_t stage) {
         const Chunk* table = tableFor(op, task);
         ChunkTask::OperatorOutput& made = task.made[i];
         made.rowsBefore = op.rowsCounted;
-        made.error =
-            state.call(op.node, [&] { made.isOver = !op.parents.front().operation->wantsRow(op.rowsCounted); });
+        made.isOver = op.rowLimit && op.rowsCounted >= *op.rowLimit;
         op.rowsCounted += table ? table->rows : 0;
     }
 }

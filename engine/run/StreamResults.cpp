@@ -20,9 +20,9 @@ std::optional<double> StreamPass::fractionOf(const Segment& segment) {
         }
         double furthest = read.value_or(-1.0);
         for (std::optional<std::size_t> at = i; at; at = operators[*at]->parentFor(segmentBeingRead).op) {
-            if (operators[*at]->rowsWanted > 0) {
+            if (const std::optional<std::uint64_t> limit = operators[*at]->rowLimit) {
                 const auto rows = static_cast<double>(operators[*at]->rowsCounted.load(std::memory_order_relaxed));
-                furthest = std::max(furthest, rows / static_cast<double>(operators[*at]->rowsWanted));
+                furthest = std::max(furthest, *limit > 0 ? rows / static_cast<double>(*limit) : 1.0);
             }
         }
         if (furthest < 0.0) {

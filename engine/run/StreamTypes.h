@@ -52,8 +52,8 @@ struct StreamPass::Operator {
     std::unique_ptr<Accumulation> accumulation;
     std::unique_ptr<StateMerger> merger;
     std::atomic<std::uint64_t> rowsCounted = 0;
-    std::uint64_t rowsWanted = 0;     ///< After so many that come to it, it wants no more; 0 when it wants all.
-    std::atomic<bool> isOut = false;  ///< As isDropped, for any thread.
+    std::optional<std::uint64_t> rowLimit;  ///< It needs no more rows than these; nothing when it needs all.
+    std::atomic<bool> isOut = false;        ///< As isDropped, for any thread.
     std::uint64_t rowsIn = 0;
     std::uint64_t rowsOut = 0;
     std::chrono::nanoseconds time{0};

@@ -222,7 +222,8 @@ void KindHarness::apply(const RowOperation& operation) {
     for (Chunk chunk : given.chunks) {
         chunk.rowsBefore = rows;
         rows += chunk.rows;
-        if (!operation.countsRows() || operation.wantsRow(chunk.rowsBefore)) {
+        const std::optional<std::uint64_t> limit = operation.countsRows() ? operation.rowLimit() : std::nullopt;
+        if (!limit || chunk.rowsBefore < *limit) {
             made.chunks.push_back(operation.apply(chunk));
         }
     }

@@ -18,7 +18,7 @@ public:
 };
 
 /// For authors: increases whenever existing kinds need source changes. The loader compares VELMORAK_SDK_VERSION.
-inline constexpr int sdkVersion = 5;
+inline constexpr int sdkVersion = 6;
 
 }  // namespace velmorak
 

@@ -54,9 +54,10 @@ public:
     virtual Chunk apply(const Chunk& chunk) const = 0;
     /// Whether apply uses Chunk::rowsBefore. The run then counts the rows that arrive, in order.
     virtual bool countsRows() const { return false; }
-    /// Asked where countsRows. Once false for a row it stays so for those after it: apply is not called for chunks that
-    /// begin there, and a source is not read on for rows that nothing wants.
-    virtual bool wantsRow(std::uint64_t /*row*/) const { return true; }
+    /// Number of rows, counted from the first that comes in, after which the operation needs no more; nothing when it
+    /// needs all. Used where countsRows: apply is not called for chunks that begin at the limit or after it, and a
+    /// source is not read further than some operation needs its rows.
+    virtual std::optional<std::uint64_t> rowLimit() const { return std::nullopt; }
 };
 
 /// Transforms a table row by row. It has one input and one output of type table.

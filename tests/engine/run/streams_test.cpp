@@ -39,7 +39,7 @@ public:
     HeadOperation(Schema schema, std::uint64_t count) : columns(std::move(schema)), count(count) {}
     const Schema& schema() const override { return columns; }
     bool countsRows() const override { return true; }
-    bool wantsRow(std::uint64_t row) const override { return row < count; }
+    std::optional<std::uint64_t> rowLimit() const override { return count; }
     Chunk apply(const Chunk& chunk) const override {
         std::vector<std::uint8_t> keep(chunk.rows);
         Chunk out = chunk;
