@@ -121,7 +121,8 @@ Ports RandomTableKind::ports(const ValueTexts&) const {
               .value = "1",
               .minimum = 0,
               .maximum = maxWhole,
-              .isInteger = true}},
+              .isInteger = true,
+              .isSeed = true}},
             {{.name = "table",
               .description = "The random numbers; a Poisson column is integer, the others are real.",
               .type = ValueType::Table}}};

@@ -74,6 +74,17 @@ std::vector<OutputSpec> fixedOutputs() {
     };
 }
 
+constexpr const char* errorSuffix = "_error";
+
+/// @throws Failure, also when a parameter has the name of another output.
+FitModel modelFrom(const std::string& text) {
+    ReservedNames reserved{{}, errorSuffix};
+    for (const OutputSpec& output : fixedOutputs()) {
+        reserved.names.push_back(output.name);
+    }
+    return FitModel(text, reserved);
+}
+
 FitOptions optionsFrom(const Arguments& arguments, const RunContext& context) {
     FitOptions options;
     options.method =
@@ -121,7 +132,7 @@ DataObjectPtr functionOf(const FitModel& model, const FitResult& result, const A
     note("model", arguments.text("model"));
     note("method", arguments.text("method"));
     for (std::size_t i = 0; i < result.values.size(); ++i) {
-        note(model.parameters()[i] + "_error", textOf(result.errors[i]));
+        note(model.parameters()[i] + errorSuffix, textOf(result.errors[i]));
     }
     note("chi2", textOf(result.chi2));
     note("ndf", textOf(result.ndf));
@@ -197,11 +208,11 @@ Ports FitKind::ports(const ValueTexts& values) const {
     if (!refusal("model", text).empty()) {
         return ports;
     }
-    const FitModel model(text);
+    const FitModel model = modelFrom(text);
     for (const std::string& name : model.parameters()) {
         ports.outputs.push_back({.name = name, .description = "Fitted value of the parameter, in its unit."});
-        ports.outputs.push_back(
-            {.name = name + "_error", .description = "Standard deviation of the parameter, in its unit; 0 if fixed."});
+        ports.outputs.push_back({.name = name + errorSuffix,
+                                 .description = "Standard deviation of the parameter, in its unit; 0 if fixed."});
     }
     return ports;
 }
@@ -209,7 +220,7 @@ Ports FitKind::ports(const ValueTexts& values) const {
 std::string FitKind::refusal(const std::string& input, const std::string& value) const {
     try {
         if (input == "model") {
-            FitModel{value};
+            modelFrom(value);
         }
         if (input == "start") {
             readFitParameters(value);
@@ -224,7 +235,7 @@ void FitKind::evaluate(const Arguments& arguments, Results& results, RunContext&
     if (arguments.isWired("model")) {
         throw Failure("model", "the model cannot be wired, because it determines the outputs; enter it as a value");
     }
-    const FitModel model(arguments.text("model"));
+    const FitModel model = modelFrom(arguments.text("model"));
     for (const std::string& warning : model.warnings()) {
         context.warn(warning);
     }
@@ -244,7 +255,7 @@ void FitKind::evaluate(const Arguments& arguments, Results& results, RunContext&
     results.set("covariance", covarianceText(model.parameters(), result));
     for (std::size_t i = 0; i < result.values.size(); ++i) {
         results.set(model.parameters()[i], result.values[i]);
-        results.set(model.parameters()[i] + "_error", result.errors[i]);
+        results.set(model.parameters()[i] + errorSuffix, result.errors[i]);
     }
 }
 

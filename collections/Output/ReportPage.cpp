@@ -225,7 +225,7 @@ std::string seeds(const RunRecord& record) {
     Rows rows;
     for (const RecordedPlugin& plugin : record.plugins) {
         for (const RecordedInput& input : plugin.inputs) {
-            if (input.name == "seed") {
+            if (input.isSeed) {
                 rows.push_back({plugin.name, input.plugin.empty() ? input.value : "from " + input.plugin});
             }
         }

@@ -101,7 +101,9 @@ FunctionObject functionOf(const Model& model, const std::vector<double>& values)
 /// Makes the program of a text.
 class Builder {
 public:
-    explicit Builder(std::string_view modelText) : text(modelText) { model.text = modelText; }
+    Builder(std::string_view modelText, const ReservedNames& reserved) : text(modelText), reserved(reserved) {
+        model.text = modelText;
+    }
 
     Model build();
 
@@ -143,6 +145,7 @@ private:
     void refuseUnwritable() const;
 
     std::string_view text;
+    const ReservedNames& reserved;
     Model model;
     std::vector<std::string_view> written;  ///< In the text; views of the parts that build holds.
     std::set<std::string> warned;
@@ -351,17 +354,15 @@ void Builder::learn(std::size_t step, const ModelParameter& meaning, bool isPlai
 }
 
 void Builder::refuseReserved() const {
-    constexpr std::array<std::string_view, 8> reserved{"function", "covariance", "chi2",   "ndf",
-                                                       "reduced",  "p_value",    "status", "entries"};
-    constexpr std::string_view suffix = "_error";
     for (const ModelParameter& parameter : model.parameters) {
         const std::string_view name = parameter.name;
-        const std::string_view stem = name.ends_with(suffix) ? name.substr(0, name.size() - suffix.size()) : "";
+        const bool hasSuffix = !reserved.suffix.empty() && name.ends_with(reserved.suffix);
+        const std::string_view stem = hasSuffix ? name.substr(0, name.size() - reserved.suffix.size()) : "";
         const bool isTwice = std::any_of(model.parameters.begin(), model.parameters.end(),
                                          [&](const auto& other) { return !stem.empty() && other.name == stem; });
-        if (isTwice || std::find(reserved.begin(), reserved.end(), name) != reserved.end()) {
+        if (isTwice || std::find(reserved.names.begin(), reserved.names.end(), name) != reserved.names.end()) {
             refuse(text, std::min(text.find(parameter.name), text.size()),
-                   quoted(parameter.name) + " is the name of an output of the fit; give the parameter another name");
+                   quoted(parameter.name) + " is the name of another output; choose another name for the parameter");
         }
     }
 }
@@ -379,15 +380,16 @@ void Builder::refuseUnwritable() const {
 
 }  // namespace
 
-Model modelOf(std::string_view text) {
-    return Builder(text).build();
+Model modelOf(std::string_view text, const ReservedNames& reserved) {
+    return Builder(text, reserved).build();
 }
 
 }  // namespace velmorak::fitting
 
 namespace velmorak {
 
-FitModel::FitModel(std::string_view text) : model(std::make_shared<const fitting::Model>(fitting::modelOf(text))) {}
+FitModel::FitModel(std::string_view text, const ReservedNames& reserved)
+    : model(std::make_shared<const fitting::Model>(fitting::modelOf(text, reserved))) {}
 
 const std::vector<std::string>& FitModel::parameters() const {
     return model->names;

@@ -3,6 +3,8 @@
 #include "expression/Syntax.h"
 #include "fit/Program.h"
 
+#include <velmorak/Fit.h>
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -55,7 +57,7 @@ struct Model {
 };
 
 /// @throws Failure with the text and a caret under the place.
-Model modelOf(std::string_view text);
+Model modelOf(std::string_view text, const ReservedNames& reserved = {});
 
 /// The program as an expression of x[0] and the parameters' names.
 /// @throws Failure when it becomes longer than an expression may be.

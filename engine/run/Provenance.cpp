@@ -74,7 +74,7 @@ RecordedPlugin recordOf(const RunState& state, std::size_t position) {
     const PipelineNode& node = state.node(position);
     RecordedPlugin plugin{node.name, node.kindName, node.kind ? node.kind->version() : 0, {}};
     for (const PipelineInput& input : node.inputs) {
-        RecordedInput recorded{input.spec.name, input.value, {}, {}};
+        RecordedInput recorded{input.spec.name, input.value, {}, {}, input.spec.isSeed};
         if (input.wire && input.wire->node < state.runs.size()) {
             recorded.plugin = state.node(input.wire->node).name;
             recorded.output = input.wire->output;

@@ -115,12 +115,12 @@ Json pluginOf(const Pipeline& pipeline, std::size_t position, const NodeReport& 
             {"results", filesOf(report.written)}};
 }
 
-/// The seeds of random numbers: values of inputs of that name, by plug-in.
+/// Values of the inputs that are seeds of random numbers, by plug-in.
 Json seedsOf(const Pipeline& pipeline) {
     Json seeds = Json::object();
     for (const PipelineNode& node : pipeline.nodes) {
         for (const PipelineInput& input : node.inputs) {
-            if (input.spec.name == "seed" && !input.wire) {
+            if (input.spec.isSeed && !input.wire) {
                 seeds[node.name] = input.value;
             }
         }

@@ -90,7 +90,7 @@ RunRecord record() {
     made.plugins = {{.name = "Events",
                      .kind = "RandomTable",
                      .version = 3,
-                     .inputs = {{.name = "seed", .value = "4711", .plugin = "", .output = ""}},
+                     .inputs = {{.name = "seed", .value = "4711", .plugin = "", .output = "", .isSeed = true}},
                      .outputs = {"table"},
                      .x = 0,
                      .y = 100,

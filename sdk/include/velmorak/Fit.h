@@ -17,6 +17,12 @@ namespace fitting {
 struct Model;
 }
 
+/// Names that no parameter may have, because a kind has outputs with these names.
+struct ReservedNames {
+    std::vector<std::string> names;
+    std::string suffix;  ///< Nor may a parameter have the name of another one with this suffix; empty: none.
+};
+
 /// A function of x with named parameters, compiled from a text: an expression (docs/expressions.md) in which every
 /// other name is a parameter and the names of shapes stand for their formulas, for example "gauss + pol1" or
 /// "n*exp(-x/tau) + gauss(x)".
@@ -24,7 +30,7 @@ struct Model;
 class FitModel {
 public:
     /// @throws Failure whose message shows the text with a caret under the mistake.
-    explicit FitModel(std::string_view text);
+    explicit FitModel(std::string_view text, const ReservedNames& reserved = {});
 
     /// Names of the parameters, each once, in order of appearance.
     const std::vector<std::string>& parameters() const;

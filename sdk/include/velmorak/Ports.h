@@ -20,6 +20,7 @@ struct InputSpec {
     double maximum = std::numeric_limits<double>::infinity();
     bool isInteger = false;   ///< Of a number: must have no fraction.
     bool isOptional = false;  ///< Of an input that only a wire can feed: may stay unwired.
+    bool isSeed = false;      ///< Of a number: seeds random numbers; the record of a run lists it.
 };
 
 struct OutputSpec {

@@ -18,6 +18,7 @@ struct RecordedInput {
     std::string value;   ///< Its text; meaningless if the input is wired.
     std::string plugin;  ///< The plug-in that feeds it; empty if it is not wired.
     std::string output;
+    bool isSeed = false;  ///< As InputSpec::isSeed.
 };
 
 /// How a plug-in ended. Done covers execution as well as reuse of a cached result.

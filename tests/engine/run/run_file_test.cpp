@@ -43,6 +43,16 @@ TEST_F(RunFile, saysWhatRanAndHow) {
     EXPECT_EQ(left["plugins"][1]["outputs"][0]["value"], "2");
 }
 
+TEST_F(RunFile, listsTheInputsThatTheirKindsDeclareAsSeeds) {
+    InputSpec first = numberInput("first", "4711");
+    first.isSeed = true;
+    const FreeFunction drawing("Draw", {{first, numberInput("seed", "5")}, {}},
+                               [](const Arguments&, Results&, RunContext&) {});
+    add(drawing, "draw");
+    run();
+    EXPECT_EQ(record()["seed"], Json({{"draw", "4711"}}));
+}
+
 TEST_F(RunFile, isIncompleteWhileTheRunGoesOn) {
     Json meanwhile;
     const FreeFunction looking("Look", {{numberInput("value")}, {}},
