@@ -134,7 +134,7 @@ fs::path ResultFolder::place(const std::string& fileName) const {
 
 void ResultFolder::claim(const std::string& plugin, const std::string& fileName) {
     const fs::path file = place(fileName);
-    if (!folder.empty() && file == followed(folder) / runFileName) {
+    if (!folder.empty() && file == followed(folder) / runRecordFileName) {
         refuse(fileName, "is already written by the run, as its record");
     }
     const std::scoped_lock lock(mutex);

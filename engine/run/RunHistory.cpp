@@ -17,7 +17,7 @@ std::string quoted(const std::string& text) {
     return "\"" + text + "\"";
 }
 
-std::string said(const RunState& state, const PipelineInput& input) {
+std::string describe(const RunState& state, const PipelineInput& input) {
     if (!input.wire) {
         return input.value.empty() ? "nothing" : input.value;
     }
@@ -58,16 +58,16 @@ std::string needOf(const RunState& state, std::size_t position) {
 
 }  // namespace
 
-History::Record History::recordOf(const RunState& state, std::size_t position) {
+RunHistory::Entry RunHistory::entryOf(const RunState& state, std::size_t position) {
     const PipelineNode& node = state.node(position);
-    Record record{node.kindName, node.kind ? node.kind->version() : 0, {}, {}, {}, {}};
+    Entry entry{node.kindName, node.kind ? node.kind->version() : 0, {}, {}, {}, {}};
     for (const PipelineInput& input : node.inputs) {
-        record.inputs[input.spec.name] = said(state, input);
+        entry.inputs[input.spec.name] = describe(state, input);
     }
-    return record;
+    return entry;
 }
 
-void History::explain(RunState& state, ResultCache& cache) const {
+void RunHistory::explain(RunState& state, ResultCache& cache) const {
     std::vector<bool> isChanged(state.runs.size(), false);
     for (const std::size_t position : state.plan.order()) {
         NodeRun& run = state.runs[position];
@@ -92,13 +92,13 @@ void History::explain(RunState& state, ResultCache& cache) const {
     }
 }
 
-std::string History::changeOf(const RunState& state, std::size_t position, ResultCache& cache) const {
-    const auto found = records.find(state.node(position).name);
-    if (found == records.end()) {
+std::string RunHistory::changeOf(const RunState& state, std::size_t position, ResultCache& cache) const {
+    const auto found = entries.find(state.node(position).name);
+    if (found == entries.end()) {
         return "never run";
     }
-    const Record& before = found->second;
-    const Record now = recordOf(state, position);
+    const Entry& before = found->second;
+    const Entry now = entryOf(state, position);
     if (before.kindName != now.kindName || before.version != now.version) {
         return fmt::format("version {} of {} was {} of {}", now.version, now.kindName, before.version, before.kindName);
     }
@@ -118,80 +118,80 @@ std::string History::changeOf(const RunState& state, std::size_t position, Resul
     return change.empty() ? before.sentence : change;
 }
 
-std::string History::lossOf(const RunState& state, std::size_t position, ResultCache& cache) const {
-    const Record& before = records.at(state.node(position).name);
+std::string RunHistory::lossOf(const RunState& state, std::size_t position, ResultCache& cache) const {
+    const Entry& before = entries.at(state.node(position).name);
     return firstChange(before.written, [&](const NamedFile& file) { return cache.resultContentOf(*file); });
 }
 
-History History::ifInterrupted(const RunState& state) const {
-    History expected = *this;
+RunHistory RunHistory::ifInterrupted(const RunState& state) const {
+    RunHistory expected = *this;
     for (std::size_t position = 0; position < state.runs.size(); ++position) {
         if (state.runs[position].isNeeded && !state.runs[position].isFinal) {
-            Record& record = expected.records[state.node(position).name];
-            record = recordOf(state, position);
-            record.sentence = unfinished;
+            Entry& entry = expected.entries[state.node(position).name];
+            entry = entryOf(state, position);
+            entry.sentence = unfinished;
         }
     }
     return expected;
 }
 
-void History::remember(const RunState& state, const ResultCache& cache) {
+void RunHistory::remember(const RunState& state, const ResultCache& cache) {
     for (std::size_t position = 0; position < state.runs.size(); ++position) {
         const NodeRun& run = state.runs[position];
         const NodeStatus status = run.report.status;
         if (!run.isNeeded || status == NodeStatus::Reused || status == NodeStatus::Skipped) {
             continue;
         }
-        Record& record = records[state.node(position).name];
-        record = recordOf(state, position);
-        record.asked = cache.askedFiles(position);
-        record.written = cache.writtenFiles(position);
+        Entry& entry = entries[state.node(position).name];
+        entry = entryOf(state, position);
+        entry.asked = cache.askedFiles(position);
+        entry.written = cache.writtenFiles(position);
         if (status == NodeStatus::Failed) {
-            record.sentence = "it failed in the run before";
+            entry.sentence = "it failed in the run before";
         } else if (status == NodeStatus::Unfinished) {
-            record.sentence = unfinished;
+            entry.sentence = unfinished;
         }
     }
 }
 
-std::string History::toBytes() const {
+std::string RunHistory::toBytes() const {
     ByteWriter writer;
     writer.number(mark);
-    writer.number<std::uint64_t>(records.size());
-    for (const auto& [plugin, record] : records) {
+    writer.number<std::uint64_t>(entries.size());
+    for (const auto& [plugin, entry] : entries) {
         writer.list(plugin);
-        writer.list(record.kindName);
-        writer.number(record.version);
-        writer.number<std::uint64_t>(record.inputs.size());
-        for (const auto& [input, text] : record.inputs) {
+        writer.list(entry.kindName);
+        writer.number(entry.version);
+        writer.number<std::uint64_t>(entry.inputs.size());
+        for (const auto& [input, text] : entry.inputs) {
             writer.list(input);
             writer.list(text);
         }
-        addFiles(writer, record.asked);
-        addFiles(writer, record.written);
-        writer.list(record.sentence);
+        addFiles(writer, entry.asked);
+        addFiles(writer, entry.written);
+        writer.list(entry.sentence);
     }
     return writer.sealed();
 }
 
-void History::fromBytes(const std::string& bytes) {
-    records.clear();
+void RunHistory::fromBytes(const std::string& bytes) {
+    entries.clear();
     try {
         ByteReader reader(bytes, mark);
         for (auto count = reader.number<std::uint64_t>(); count > 0; --count) {
-            Record& record = records[reader.list<std::string>()];
-            record.kindName = reader.list<std::string>();
-            record.version = reader.number<int>();
+            Entry& entry = entries[reader.list<std::string>()];
+            entry.kindName = reader.list<std::string>();
+            entry.version = reader.number<int>();
             for (auto inputs = reader.number<std::uint64_t>(); inputs > 0; --inputs) {
                 const auto input = reader.list<std::string>();
-                record.inputs[input] = reader.list<std::string>();
+                entry.inputs[input] = reader.list<std::string>();
             }
-            record.asked = readFiles(reader);
-            record.written = readFiles(reader);
-            record.sentence = reader.list<std::string>();
+            entry.asked = readFiles(reader);
+            entry.written = readFiles(reader);
+            entry.sentence = reader.list<std::string>();
         }
     } catch (const std::invalid_argument&) {
-        records.clear();
+        entries.clear();
     }
 }
 

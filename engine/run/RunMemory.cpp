@@ -43,7 +43,7 @@ void RunMemory::recall(const Pipeline& pipeline) {
     wasUntitled = pipeline.document.empty();
 }
 
-void RunMemory::writeDown(const History& now) {
+void RunMemory::writeDown(const RunHistory& now) {
     if (historyKey) {
         disk.write(*historyKey, now.toBytes());
     }

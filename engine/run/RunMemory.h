@@ -20,7 +20,7 @@ public:
     /// Brings to mind what is known of the pipeline's document.
     void recall(const Pipeline& pipeline);
     /// Writes down how the plug-ins are remembered if the program should end now.
-    void writeDown(const History& now);
+    void writeDown(const RunHistory& now);
 
 private:
     DiskStore disk;
@@ -30,7 +30,7 @@ private:
 public:
     ResultStore store;
     FileHashes digests;
-    History history;
+    RunHistory history;
     std::set<const Kind*> refused;  ///< Did not stop; never called again.
 };
 

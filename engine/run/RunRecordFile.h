@@ -3,20 +3,42 @@
 #include "run/Runner.h"
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace velmorak {
 
-/// Name of the file in the results folder that says how its results were made.
-inline constexpr std::string_view runFileName = "run.json";
+/// Name of the file in the results folder that records how the results were made.
+inline constexpr std::string_view runRecordFileName = "run.json";
 
-/// What a run was and what became of it, as JSON. docs/run-record.md describes it.
-/// @param isOver false while the run goes on: should the program be killed, this is what remains.
-std::string runFileText(const Pipeline& pipeline, const RunReport& report, bool isOver);
+/// The record of a run as JSON; docs/run-record.md describes it.
+/// @param isOver false while the run goes on; this is what remains if the program is killed.
+std::string runRecordText(const Pipeline& pipeline, const RunReport& report, bool isOver);
 
-/// Puts the text into the results folder. @return empty, or why that cannot be done, as a sentence.
-std::string writeRunFile(const std::filesystem::path& resultsFolder, const std::string& text);
+/// Writes the text to the record in the results folder. @return empty, or a sentence that says why that failed.
+std::string writeRunRecord(const std::filesystem::path& resultsFolder, const std::string& text);
+
+/// The part of a record by which a run is repeated and its results are compared.
+struct StoredRunRecord {
+    /// Values of numbers and SHA-256 sums of everything else, by title: file "plot.svg", output "sum".
+    using Sums = std::map<std::string, std::string>;
+    struct Plugin {
+        bool isDone = false;  ///< Executed or reused.
+        Sums results;
+    };
+
+    std::string documentText;
+    std::filesystem::path documentFile;  ///< Empty for a pipeline that was never saved.
+    std::string aidaFile;
+    std::vector<std::string> settings;
+    Sums inputs;  ///< Sums of the files that were read, by name; empty for the AIDA file of the command line.
+    std::map<std::string, Plugin> plugins;
+};
+
+/// @throws Failure when the file cannot be read or holds no record.
+StoredRunRecord readRunRecord(const std::filesystem::path& file);
 
 /// "done", "reused", ...
 std::string_view nameOf(NodeStatus status);

@@ -1,7 +1,7 @@
 #include "run/RunScheduler.h"
 
 #include "run/ChunkCheck.h"
-#include "run/Provenance.h"
+#include "run/MakeRunRecord.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -18,8 +18,8 @@ RunScheduler::RunScheduler(RunState& state, RunMemory& memory, bool explains, Ex
       prefetchHasher(memory.digests) {
     state.environment.recorder = [this](const PipelineNode& node) {
         const auto position = static_cast<std::size_t>(&node - this->state.pipeline.nodes.data());
-        return this->state.plan.isRunReporter(position) ? recordOfRun(this->state, this->cache, position)
-                                                        : recordOf(this->state, this->cache, position);
+        return this->state.plan.isRunReporter(position) ? makeReporterRecord(this->state, this->cache, position)
+                                                        : makeRunRecord(this->state, this->cache, position);
     };
     state.environment.asked = [this](const std::filesystem::path& file, const FileStamp& stamp) {
         prefetchHasher.begin(file, stamp);
@@ -74,10 +74,10 @@ void RunScheduler::reportTo(RunReport& report) {
         report.wasStopped = report.wasStopped || run.report.status == NodeStatus::Unfinished;
         if (run.isNeeded) {
             needed.push_back(i);
-            run.report.written = recorded(cache.writtenFiles(i));
+            run.report.written = recordFiles(cache.writtenFiles(i));
         }
     }
-    report.files = recorded(cache.filesOf(needed));
+    report.files = recordFiles(cache.filesOf(needed));
     for (NodeRun& run : state.runs) {
         report.nodes.push_back(std::move(run.report));
     }

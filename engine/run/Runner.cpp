@@ -146,7 +146,7 @@ bool Runner::Impl::leave(const Pipeline& pipeline, const RunReport& report, bool
         return false;
     }
     std::string complaint = whyNoResultsFolder(pipeline);
-    complaint = complaint.empty() ? writeRunFile(pipeline.resultsFolder, runFileText(pipeline, report, isOver))
+    complaint = complaint.empty() ? writeRunRecord(pipeline.resultsFolder, runRecordText(pipeline, report, isOver))
                                   : "The record of the run cannot be written: " + complaint;
     if (!complaint.empty()) {
         messages->line(complaint);

@@ -75,7 +75,7 @@ def check_again(place):
     assert 'differs: output "histogram" of "Bars"\n' in other.stdout, other.stdout
     assert 'differs: file "out/bars.aida" of "Writer"\n' in other.stdout, other.stdout
     assert 'entries' not in other.stdout, other.stdout
-    assert 'The file "in.csv" is not what it was then.' in other.stderr, other.stderr
+    assert 'The file "in.csv" has changed since that run.' in other.stderr, other.stderr
     os.remove(place.folder / "in.csv")
     gone = place.run("--again", str(record))
     assert gone.returncode == 4 and 'missing: file "out/bars.aida" of "Writer"\n' in gone.stdout, gone

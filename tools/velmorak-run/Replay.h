@@ -1,31 +1,20 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include "run/RunRecordFile.h"
 
 #include <filesystem>
 #include <iosfwd>
-#include <string>
-#include <vector>
 
-/// What a run left in its results folder of what it was.
-class RunRecordFile {
-public:
-    /// @throws UsageError when there is no such record.
-    explicit RunRecordFile(const std::filesystem::path& recordFile);
+/// @throws UsageError when there is no such record.
+velmorak::StoredRunRecord readRecordToRepeat(const std::filesystem::path& file);
 
-    std::string documentText() const;
-    /// Where the document stood; where the record lies suggests it when that folder is no more.
-    std::filesystem::path documentFile() const;
-    std::string aidaFile() const;
-    std::vector<std::string> settings() const;
+/// @return where the document was; beside the results folder of the record when its folder is gone.
+std::filesystem::path documentFileOf(const velmorak::StoredRunRecord& record, const std::filesystem::path& recordFile);
 
-    /// Says which files that were read are not what they were.
-    void compareInputs(const RunRecordFile& repeated, std::ostream& stream) const;
-    /// Says which results are not the same, or that all are.
-    /// @return false when some are not.
-    bool compareResults(const RunRecordFile& repeated, std::ostream& stream) const;
+/// Prints which of the files that were read have changed since.
+void compareInputs(const velmorak::StoredRunRecord& before, const velmorak::StoredRunRecord& repeated,
+                   std::ostream& stream);
 
-private:
-    std::filesystem::path file;
-    nlohmann::ordered_json record;
-};
+/// Prints which results differ, or that all are identical. @return false when some differ.
+bool compareResults(const velmorak::StoredRunRecord& before, const velmorak::StoredRunRecord& repeated,
+                    std::ostream& stream);

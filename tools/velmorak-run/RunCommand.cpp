@@ -135,31 +135,31 @@ ExitStatus runDocument(QzManager& manager, const Options& options, StopOnSignal&
     return options.scans.empty() ? runOnce(manager, signals) : runScan(manager, options, points, signals);
 }
 
-ExitStatus repeat(QzManager& manager, const Options& options, const RunRecordFile& record, StopOnSignal& signals,
-                  std::ostream& output) {
+ExitStatus repeat(QzManager& manager, const Options& options, const velmorak::StoredRunRecord& record,
+                  StopOnSignal& signals, std::ostream& output) {
     const StopOnSignal::Stoppable stoppable(signals, [&manager] { manager.Stop(); });
     const TemporaryFolder temporary;
     const fs::path results = options.resultsFolder.empty() ? temporary.path() : fs::absolute(options.resultsFolder);
     velmorak::setResultsFolder(manager, results);
-    velmorak::recordSettings(manager, record.settings());
+    velmorak::recordSettings(manager, record.settings);
     const ExitStatus status = runOnce(manager, signals);
     if (status == WasStopped) {
         return status;
     }
-    const RunRecordFile repeated(results / velmorak::runFileName);
-    record.compareInputs(repeated, std::cerr);
-    return record.compareResults(repeated, output) ? status : ResultsDiffer;
+    const velmorak::StoredRunRecord repeated = readRecordToRepeat(results / velmorak::runRecordFileName);
+    compareInputs(record, repeated, std::cerr);
+    return compareResults(record, repeated, output) ? status : ResultsDiffer;
 }
 
 ExitStatus runAgain(const Options& options, StopOnSignal& signals, std::ostream& output) {
-    const RunRecordFile record(options.again);
+    const velmorak::StoredRunRecord record = readRecordToRepeat(options.again);
     QzManager manager("QzAnalysisFactory");
     // A repetition computes everything anew.
     velmorak::configure(manager, {.threads = options.threads, .keepsResults = false, .previewsColumns = false});
-    if (const std::string aida = record.aidaFile(); !aida.empty()) {
-        manager.loadAIDA(aida);
+    if (!record.aidaFile.empty()) {
+        manager.loadAIDA(record.aidaFile);
     }
-    velmorak::readDocumentText(manager, record.documentText(), record.documentFile().string());
+    velmorak::readDocumentText(manager, record.documentText, documentFileOf(record, options.again).string());
     if (!velmorak::lastReadError(manager).empty()) {
         return NotUsable;
     }

@@ -1,4 +1,4 @@
-#include "run/Provenance.h"
+#include "run/MakeRunRecord.h"
 
 #include "run/Version.h"
 
@@ -9,7 +9,7 @@
 namespace velmorak {
 namespace {
 
-/// The plug-in and all that is upstream of it, in the plan's order.
+/// The plug-in and everything upstream of it, in the plan's order.
 std::vector<std::size_t> upstreamOf(const Plan& plan, std::size_t position) {
     std::vector<std::size_t> found{position};
     std::unordered_set<std::size_t> known{position};
@@ -42,7 +42,7 @@ RecordedState stateOf(NodeStatus status) {
     return RecordedState::Unfinished;
 }
 
-/// How each plug-in has ended. Whose rows are in results that were reused has done its work, though in a former run.
+/// How each plug-in has ended. A source whose rows are part of a reused result counts as done.
 std::vector<RecordedState> statesOf(const RunState& state) {
     std::vector<RecordedState> states;
     for (const NodeRun& run : state.runs) {
@@ -59,18 +59,7 @@ std::vector<RecordedState> statesOf(const RunState& state) {
     return states;
 }
 
-}  // namespace
-
-std::vector<RecordedFile> recorded(const std::vector<FileContent>& files) {
-    std::vector<RecordedFile> all;
-    for (const FileContent& file : files) {
-        const bool isThere = file.digest != Digest{};
-        all.push_back({file.file.value_or(""), isThere ? hexOf(file.digest) : ""});
-    }
-    return all;
-}
-
-RecordedPlugin recordOf(const RunState& state, std::size_t position) {
+RecordedPlugin recordPlugin(const RunState& state, std::size_t position) {
     const PipelineNode& node = state.node(position);
     RecordedPlugin plugin{node.name, node.kindName, node.kind ? node.kind->version() : 0, {}};
     for (const PipelineInput& input : node.inputs) {
@@ -84,18 +73,29 @@ RecordedPlugin recordOf(const RunState& state, std::size_t position) {
     return plugin;
 }
 
-RunRecord recordOf(const RunState& state, ResultCache& cache, std::size_t position) {
+}  // namespace
+
+std::vector<RecordedFile> recordFiles(const std::vector<FileContent>& files) {
+    std::vector<RecordedFile> all;
+    for (const FileContent& file : files) {
+        const bool isReadable = file.digest != Digest{};
+        all.push_back({file.file.value_or(""), isReadable ? hexOf(file.digest) : ""});
+    }
+    return all;
+}
+
+RunRecord makeRunRecord(const RunState& state, ResultCache& cache, std::size_t position) {
     RunRecord record;
     record.program = version();
     const std::vector<std::size_t> upstream = upstreamOf(state.plan, position);
     for (const std::size_t each : upstream) {
-        record.plugins.push_back(recordOf(state, each));
+        record.plugins.push_back(recordPlugin(state, each));
     }
-    record.files = recorded(cache.filesOf(upstream));
+    record.files = recordFiles(cache.filesOf(upstream));
     return record;
 }
 
-RunRecord recordOfRun(const RunState& state, ResultCache& cache, std::size_t reporter) {
+RunRecord makeReporterRecord(const RunState& state, ResultCache& cache, std::size_t reporter) {
     RunRecord record;
     record.program = version();
     record.document = state.pipeline.document.filename().string();
@@ -106,7 +106,7 @@ RunRecord recordOfRun(const RunState& state, ResultCache& cache, std::size_t rep
     std::vector<std::size_t> needed;
     for (std::size_t i = 0; i < state.runs.size(); ++i) {
         const PipelineNode& node = state.node(i);
-        RecordedPlugin& plugin = record.plugins.emplace_back(recordOf(state, i));
+        RecordedPlugin& plugin = record.plugins.emplace_back(recordPlugin(state, i));
         for (const OutputSpec& output : node.outputs) {
             plugin.outputs.push_back(output.name);
         }
@@ -119,7 +119,7 @@ RunRecord recordOfRun(const RunState& state, ResultCache& cache, std::size_t rep
         }
     }
     const std::vector<FileContent> files = cache.filesOf(needed);
-    record.files = recorded(files);
+    record.files = recordFiles(files);
     for (std::size_t i = 0; i < files.size(); ++i) {
         const std::optional<FileStamp> stamp = stampOf(resolved(state.pipeline, files[i].file));
         record.files[i].bytes = stamp ? static_cast<std::uint64_t>(stamp->size) : 0;
