@@ -9,7 +9,7 @@ namespace {
 
 class CycleSearch {
 public:
-    CycleSearch(const std::vector<std::vector<std::size_t>>& next, const std::vector<bool>& isAsked);
+    CycleSearch(const std::vector<std::vector<std::size_t>>& next, const std::vector<bool>& isIncluded, StopPoll& poll);
 
     std::vector<std::vector<std::size_t>> cycles();
 
@@ -17,20 +17,19 @@ private:
     static constexpr std::size_t none = SIZE_MAX;
     struct Visit {
         std::size_t node;
-        std::size_t edge;  ///< To be followed next.
+        std::size_t edge;  ///< The next one to follow.
     };
 
     void enter(std::size_t node);
-
-    void op();
-
+    /// Follows the next edge of the last visit.
+    void follow();
     void leave(std::size_t node);
-
-    /// All that is open from the node on is one component.
+    /// The open nodes from this one on are a component.
     void close(std::size_t node);
 
     const std::vector<std::vector<std::size_t>>& next;
-    const std::vector<bool>& isAsked;
+    const std::vector<bool>& isIncluded;
+    StopPoll& poll;
     std::vector<std::size_t> number;  ///< In the order of entering.
     std::vector<std::size_t> lowest;  ///< Number that can be reached from the node.
     std::vector<bool> isOpen;         ///< Entered, and in no component yet.
@@ -40,15 +39,22 @@ private:
     std::vector<std::vector<std::size_t>> found;
 };
 
-CycleSearch::CycleSearch(const std::vector<std::vector<std::size_t>>& next, const std::vector<bool>& isAsked)
-    : next(next), isAsked(isAsked), number(next.size(), none), lowest(next.size(), none), isOpen(next.size()) {}
+CycleSearch::CycleSearch(const std::vector<std::vector<std::size_t>>& next, const std::vector<bool>& isIncluded,
+                         StopPoll& poll)
+    : next(next),
+      isIncluded(isIncluded),
+      poll(poll),
+      number(next.size(), none),
+      lowest(next.size(), none),
+      isOpen(next.size()) {}
 
 std::vector<std::vector<std::size_t>> CycleSearch::cycles() {
     for (std::size_t node = 0; node < next.size(); ++node) {
-        if (isAsked[node] && number[node] == none) {
+        if (isIncluded[node] && number[node] == none) {
             enter(node);
             while (!visits.empty()) {
-                op();
+                poll.step();
+                follow();
             }
         }
     }
@@ -62,7 +68,7 @@ void CycleSearch::enter(std::size_t node) {
     visits.push_back({node, 0});
 }
 
-void CycleSearch::op() {
+void CycleSearch::follow() {
     Visit& visit = visits.back();
     if (visit.edge == next[visit.node].size()) {
         leave(visit.node);
@@ -70,7 +76,7 @@ void CycleSearch::op() {
     }
     const std::size_t from = visit.node;
     const std::size_t to = next[from][visit.edge++];
-    if (isAsked[to] && number[to] == none) {
+    if (isIncluded[to] && number[to] == none) {
         enter(to);
     } else if (isOpen[to]) {
         lowest[from] = std::min(lowest[from], number[to]);
@@ -104,9 +110,9 @@ void CycleSearch::close(std::size_t node) {
 
 }  // namespace
 
-std::vector<std::vector<std::size_t>> cyclesOf(const std::vector<std::vector<std::size_t>>& next,
-                                               const std::vector<bool>& isAsked) {
-    return CycleSearch(next, isAsked).cycles();
+std::vector<std::vector<std::size_t>> findCycles(const std::vector<std::vector<std::size_t>>& next,
+                                                 const std::vector<bool>& isIncluded, StopPoll& poll) {
+    return CycleSearch(next, isIncluded, poll).cycles();
 }
 
 }  // namespace velmorak

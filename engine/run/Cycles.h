@@ -1,16 +1,19 @@
 #pragma once
 
+#include "run/StopPoll.h"
+
 #include <cstddef>
 #include <vector>
 
 namespace velmorak {
 
-/// The cycles of a graph: its strongly connected components that are more than a node without a way back to itself.
-/// Found as by Tarjan (SIAM J. Comput. 1, 146, 1972), in linear time and without recursion.
-/// @param next by node: where its edges lead.
-/// @param isAsked by node: only these, and edges between them, count.
-/// @return the nodes of each, in ascending order.
-std::vector<std::vector<std::size_t>> cyclesOf(const std::vector<std::vector<std::size_t>>& next,
-                                               const std::vector<bool>& isAsked);
+/// Finds the cycles of a graph: the strongly connected components that have an edge, by Tarjan's algorithm (SIAM J.
+/// Comput. 1, 146, 1972) in linear time and without recursion.
+/// @param next by node: the nodes that its edges lead to.
+/// @param isIncluded by node: other nodes, and their edges, are ignored.
+/// @return the nodes of each cycle, in ascending order.
+/// @throws Stopped
+std::vector<std::vector<std::size_t>> findCycles(const std::vector<std::vector<std::size_t>>& next,
+                                                 const std::vector<bool>& isIncluded, StopPoll& poll);
 
 }  // namespace velmorak

@@ -48,7 +48,7 @@ std::vector<RecordedState> statesOf(const RunState& state) {
     for (const NodeRun& run : state.runs) {
         states.push_back(stateOf(run.report.status));
     }
-    for (const std::size_t position : state.plan.orderUpstream()) {
+    for (const std::size_t position : state.plan.reverseOrder()) {
         const std::vector<std::size_t>& consumers = state.plan.consumers(position);
         const bool isUsed = std::any_of(consumers.begin(), consumers.end(),
                                         [&](std::size_t consumer) { return states[consumer] == RecordedState::Done; });

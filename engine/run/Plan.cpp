@@ -13,8 +13,8 @@
 namespace velmorak {
 namespace {
 
-/// Concatenations that double a table many times over would read its source for ever.
-constexpr std::size_t maxLegs = 1000;
+/// A limit, because concatenations that double a table again and again would read its source for ever.
+constexpr std::size_t maxSegments = 1000;
 
 std::string article(const std::string& noun) {
     return (std::string("aeiou").find(noun.front()) == std::string::npos ? "a " : "an ") + noun;
@@ -46,13 +46,14 @@ KindCategory categoryOf(const Kind* kind) {
     return dynamic_cast<const Function*>(kind) ? KindCategory::Function : KindCategory::Unknown;
 }
 
-Plan::Plan(const Pipeline& pipeline)
+Plan::Plan(const Pipeline& pipeline, std::function<bool()> isStopping)
     : pipeline(pipeline),
+      poll(std::move(isStopping)),
       upstreamOf(pipeline.nodes.size()),
       consumersOf(pipeline.nodes.size()),
-      unordered(pipeline.nodes.size(), true),
-      cycles(pipeline.nodes.size()),
-      asked(pipeline.nodes.size(), false),
+      isUnordered(pipeline.nodes.size(), true),
+      cycleErrors(pipeline.nodes.size()),
+      inScope(pipeline.nodes.size(), false),
       tables(pipeline.nodes.size()),
       segmentsOf(pipeline.nodes.size()) {
     for (const PipelineNode& node : pipeline.nodes) {
@@ -60,7 +61,7 @@ Plan::Plan(const Pipeline& pipeline)
     }
     connect();
     sort();
-    ask();
+    markScope();
     findSegments();
 }
 
@@ -81,31 +82,33 @@ std::optional<std::size_t> Plan::tableInput(std::size_t node) const {
 void Plan::connect() {
     for (std::size_t node = 0; node < pipeline.nodes.size(); ++node) {
         for (const PipelineInput& input : pipeline.nodes[node].inputs) {
+            poll.step();
             if (!input.wire || input.wire->node >= pipeline.nodes.size()) {
                 continue;
             }
             const std::size_t feeder = input.wire->node;
-            // What feeds this node by another input, too, has it as the last of its consumers.
+            // A node that already feeds this one by another input has it as the last of its consumers.
             std::vector<std::size_t>& fed = consumersOf[feeder];
             if (fed.empty() || fed.back() != node) {
                 upstreamOf[node].push_back(feeder);
                 fed.push_back(node);
             }
-            const bool hasPlace = tables[node].empty() || categories[node] == KindCategory::Concatenation;
-            if (hasPlace && bringsTable(input)) {
+            const bool takesTable = tables[node].empty() || categories[node] == KindCategory::Concatenation;
+            if (takesTable && carriesTable(input)) {
                 tables[node].push_back(feeder);
             }
         }
     }
 }
 
-void Plan::append(std::size_t first, std::vector<std::size_t>& waitsFor) {
-    unordered[first] = false;
+void Plan::append(std::size_t first, std::vector<std::size_t>& waiting) {
+    isUnordered[first] = false;
     for (std::deque<std::size_t> ready{first}; !ready.empty(); ready.pop_front()) {
         ordered.push_back(ready.front());
         for (const std::size_t consumer : consumersOf[ready.front()]) {
-            if (--waitsFor[consumer] == 0 && unordered[consumer]) {
-                unordered[consumer] = false;
+            poll.step();
+            if (--waiting[consumer] == 0 && isUnordered[consumer]) {
+                isUnordered[consumer] = false;
                 ready.push_back(consumer);
             }
         }
@@ -114,20 +117,20 @@ void Plan::append(std::size_t first, std::vector<std::size_t>& waitsFor) {
 
 void Plan::sort() {
     const std::size_t count = pipeline.nodes.size();
-    std::vector<std::size_t> waitsFor(count);
+    std::vector<std::size_t> waiting(count);
     for (std::size_t node = 0; node < count; ++node) {
-        waitsFor[node] = upstreamOf[node].size();
+        waiting[node] = upstreamOf[node].size();
     }
     for (std::size_t node = 0; node < count; ++node) {
         if (upstreamOf[node].empty()) {
-            append(node, waitsFor);
+            append(node, waiting);
         }
     }
     nameCycles();
-    // Plug-ins on a cycle fail before anything is executed; they stand before what they feed.
+    // Nodes on a cycle fail before anything is executed; they come before the nodes that they feed.
     for (std::size_t node = 0; node < count; ++node) {
-        if (unordered[node] && !cycles[node].empty()) {
-            append(node, waitsFor);
+        if (isUnordered[node] && !cycleErrors[node].empty()) {
+            append(node, waiting);
         }
     }
     ranks.resize(count);
@@ -136,18 +139,19 @@ void Plan::sort() {
     }
 }
 
-void Plan::ask() {
+void Plan::markScope() {
     std::vector<std::size_t> reached;
     if (!pipeline.nodes.empty()) {
         reached.push_back(0);
-        asked[0] = true;
+        inScope[0] = true;
     }
     while (!reached.empty()) {
         const std::size_t node = reached.back();
         reached.pop_back();
         for (const std::size_t consumer : consumersOf[node]) {
-            if (!asked[consumer]) {
-                asked[consumer] = true;
+            poll.step();
+            if (!inScope[consumer]) {
+                inScope[consumer] = true;
                 reached.push_back(consumer);
             }
         }
@@ -157,6 +161,7 @@ void Plan::ask() {
 void Plan::findSegments() {
     std::map<std::vector<std::size_t>, std::size_t> numbers{{{}, 0}};
     for (const std::size_t node : ordered) {
+        poll.step();
         if (categories[node] != KindCategory::Source && tables[node].size() == 1) {
             segmentsOf[node] = segmentsOf[tables[node].front()];
             continue;
@@ -166,14 +171,14 @@ void Plan::findSegments() {
             segments = {node};
         } else {
             for (const std::size_t feeder : tables[node]) {
-                const std::vector<std::size_t>& more = legLists[segmentsOf[feeder]];
+                const std::vector<std::size_t>& more = segmentLists[segmentsOf[feeder]];
                 segments.insert(segments.end(), more.begin(), more.end());
             }
         }
-        segments.resize(std::min(segments.size(), maxLegs + 1));
-        const auto [known, isNew] = numbers.emplace(segments, legLists.size());
+        segments.resize(std::min(segments.size(), maxSegments + 1));
+        const auto [known, isNew] = numbers.emplace(segments, segmentLists.size());
         if (isNew) {
-            legLists.push_back(std::move(segments));
+            segmentLists.push_back(std::move(segments));
         }
         segmentsOf[node] = known->second;
     }
@@ -186,7 +191,7 @@ const OutputSpec* Plan::outputOf(const PipelineWire& wire) const {
     return found == outputs.end() ? nullptr : &*found;
 }
 
-bool Plan::bringsTable(const PipelineInput& input) const {
+bool Plan::carriesTable(const PipelineInput& input) const {
     if (!input.wire || input.wire->node >= pipeline.nodes.size()) {
         return false;
     }
@@ -195,17 +200,17 @@ bool Plan::bringsTable(const PipelineInput& input) const {
 }
 
 std::string Plan::validate(std::size_t node) const {
-    const PipelineNode& asked = pipeline.nodes[node];
-    if (!asked.kind) {
-        return "no collection of this build offers the kind \"" + asked.kindName + "\"";
+    const PipelineNode& checked = pipeline.nodes[node];
+    if (!checked.kind) {
+        return "no collection of this build offers the kind \"" + checked.kindName + "\"";
     }
     if (categories[node] == KindCategory::Unknown) {
-        return "the kind is neither source, row-wise, accumulator nor function";
+        return "its kind belongs to none of the categories source, row-wise, concatenation, accumulator and function";
     }
-    if (!cycles[node].empty()) {
-        return cycles[node];
+    if (!cycleErrors[node].empty()) {
+        return cycleErrors[node];
     }
-    for (const PipelineInput& input : asked.inputs) {
+    for (const PipelineInput& input : checked.inputs) {
         if (const std::string sentence = inputError(node, input); !sentence.empty()) {
             return aboutInput(input.spec.name, sentence);
         }
@@ -221,12 +226,12 @@ std::string Plan::inputError(std::size_t node, const PipelineInput& input) const
         return isMissing ? "nothing is wired where " + wanted + " is needed" : "";
     }
     if (input.wire->node >= pipeline.nodes.size()) {
-        return "it is wired to a plug-in that is not there";
+        return "it is wired to a plug-in that does not exist";
     }
     const PipelineNode& feeder = pipeline.nodes[input.wire->node];
     const OutputSpec* output = outputOf(*input.wire);
     if (!feeder.kind) {
-        return "";  // Its own failure says more.
+        return "";  // The feeder fails with a better message.
     }
     if (!output) {
         return "\"" + feeder.name + "\" has no output \"" + input.wire->output + "\"";
@@ -239,79 +244,75 @@ std::string Plan::inputError(std::size_t node, const PipelineInput& input) const
                              categories[node] == KindCategory::Concatenation ||
                              categories[node] == KindCategory::Accumulator;
     if (output->type == ValueType::Table && !takesTables) {
-        return "output \"" + output->name + "\" of \"" + feeder.name + "\" is a table, which this kind cannot take";
+        return "output \"" + output->name + "\" of \"" + feeder.name + "\" is a table, which this kind does not take";
     }
     return "";
 }
 
 std::string Plan::categoryError(std::size_t node) const {
     if (isRunReporter(node) && (categories[node] != KindCategory::Function || !pipeline.nodes[node].outputs.empty())) {
-        return "the kind tells of the run, and such a kind must be a function without outputs";
+        return "its kind reports on the run and must therefore be a function without outputs";
     }
-    if (segments(node).size() > maxLegs) {
-        return "it would read tables more than " + std::to_string(maxLegs) + " times";
+    if (segments(node).size() > maxSegments) {
+        return "it would read more than " + std::to_string(maxSegments) + " tables one after the other";
     }
     const PipelineInput* first = nullptr;
     for (const PipelineInput& input : pipeline.nodes[node].inputs) {
-        if (!bringsTable(input)) {
+        if (!carriesTable(input)) {
             continue;
         }
         if (first && categories[node] != KindCategory::Concatenation) {
-            return aboutInput(input.spec.name, "a table comes by input \"" + first->spec.name +
-                                                   "\" already, and a plug-in can take only one");
+            return aboutInput(input.spec.name, "input \"" + first->spec.name +
+                                                   "\" is wired to a table already; a plug-in takes only one");
         }
         first = &input;
     }
     return isStream(node) && categories[node] != KindCategory::Source && !first ? "no table is wired" : "";
 }
 
-/// Of the plug-ins that have no place in the order yet.
-std::vector<std::vector<std::size_t>> Plan::cycleMembers() const {
-    return cyclesOf(consumersOf, unordered);
-}
-
-/// The first plug-in of a cycle names it, the others name the first.
+/// The error of the first node of a cycle lists its members; those of the others name the first.
 void Plan::nameCycles() {
     std::vector<bool> isMember(pipeline.nodes.size(), false);
-    for (const std::vector<std::size_t>& members : cycleMembers()) {
+    for (const std::vector<std::size_t>& members : findCycles(consumersOf, isUnordered, poll)) {
         for (const std::size_t member : members) {
+            poll.step();
             isMember[member] = true;
-            cycles[member] = "its result would feed itself: it lies on a cycle with \"" +
-                             shortened(pipeline.nodes[members.front()].name) + "\"";
+            cycleErrors[member] = "dependency cycle with \"" + shortened(pipeline.nodes[members.front()].name) + "\"";
         }
-        cycles[members.front()] = cycleSentence(members.front(), isMember);
+        cycleErrors[members.front()] = cycleError(members.front(), isMember);
         for (const std::size_t member : members) {
             isMember[member] = false;
         }
     }
 }
 
-std::string Plan::cycleSentence(std::size_t node, const std::vector<bool>& isMember) const {
+std::string Plan::cycleError(std::size_t node, const std::vector<bool>& isMember) {
     constexpr std::size_t maxNamed = 10;
-    // The shortest way back, found from the node against the wires.
+    // The shortest path back to the node, searched against the direction of the wires.
     std::unordered_map<std::size_t, std::size_t> next;
     std::deque<std::size_t> reached{node};
     for (; !reached.empty() && !next.contains(node); reached.pop_front()) {
         for (const std::size_t feeder : upstreamOf[reached.front()]) {
+            poll.step();
             if (isMember[feeder] && next.emplace(feeder, reached.front()).second) {
                 reached.push_back(feeder);
             }
         }
     }
-    std::string way;
+    std::string path;
     std::size_t before = node;
     std::size_t others = 0;
     for (std::size_t at = next.at(node); at != node; at = next.at(at)) {
         if (++others < maxNamed) {
-            way += " -> \"" + shortened(pipeline.nodes[at].name) + "\"";
+            path += " -> \"" + shortened(pipeline.nodes[at].name) + "\"";
         }
         before = at;
     }
     if (others >= maxNamed) {
-        way += " -> (" + std::to_string(others - maxNamed + 1) + " more)";
+        path += " -> (" + std::to_string(others - maxNamed + 1) + " more)";
     }
     const std::string name = "\"" + shortened(pipeline.nodes[node].name) + "\"";
-    std::string sentence = "its result would feed itself: " + name + way + " -> " + name;
+    std::string sentence = "dependency cycle: " + name + path + " -> " + name;
     for (const PipelineInput& input : pipeline.nodes[node].inputs) {
         if (input.wire && input.wire->node == before) {
             return aboutInput(input.spec.name, sentence);

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "run/Pipeline.h"
+#include "run/StopPoll.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,67 +15,73 @@ enum class KindCategory { Unknown, Source, RowWise, Concatenation, Accumulator, 
 
 KindCategory categoryOf(const Kind* kind);
 
-/// What the wires of a pipeline mean for its run, before anything is executed.
+/// The dependencies of a pipeline, derived from its wires before anything is executed. Built once, in linear time, and
+/// never changed; nodes are positions in Pipeline::nodes.
+///
+/// Invariants: the order holds every node once. A node comes after those that feed it, unless they lie on a cycle;
+/// nodes of a cycle have an error and come before the nodes that the cycle feeds. A stream node has the list of
+/// segments that its rows consist of: the sources in the order of their rows. Nodes with the same list share a pass.
 class Plan {
 public:
-    /// @param pipeline outlives this.
-    explicit Plan(const Pipeline& pipeline);
+    /// @param pipeline outlives this, as does what isStopping refers to.
+    /// @param isStopping polled; empty: planning is never stopped.
+    /// @throws Stopped
+    explicit Plan(const Pipeline& pipeline, std::function<bool()> isStopping = {});
 
-    /// All plug-ins, each after those that feed it, as far as there is no cycle.
+    /// All nodes, each after those that feed it, as far as there is no cycle.
     const std::vector<std::size_t>& order() const { return ordered; }
-    /// All plug-ins, each before those that feed it, as far as there is no cycle.
-    std::vector<std::size_t> orderUpstream() const { return {ordered.rbegin(), ordered.rend()}; }
-    /// Place in the order.
+    /// All nodes, each before those that feed it, as far as there is no cycle.
+    std::vector<std::size_t> reverseOrder() const { return {ordered.rbegin(), ordered.rend()}; }
+    /// Position in the order.
     std::size_t rank(std::size_t node) const { return ranks[node]; }
-    /// Plug-ins that feed this one, in the order of its inputs, each once.
+    /// The nodes that feed this one, in the order of its inputs, each once.
     const std::vector<std::size_t>& upstream(std::size_t node) const { return upstreamOf[node]; }
     const std::vector<std::size_t>& consumers(std::size_t node) const { return consumersOf[node]; }
-    /// The start plug-in, and all that is downstream of it.
-    bool isInScope(std::size_t node) const { return asked[node]; }
+    /// The start plug-in, or downstream of it.
+    bool isInScope(std::size_t node) const { return inScope[node]; }
     KindCategory category(std::size_t node) const { return categories[node]; }
-    /// The plug-in is executed when all else has ended.
+    /// Executed when everything else has ended.
     bool isRunReporter(std::size_t node) const;
-    /// A source, row-wise plug-in or concatenation: its rows pass and are not kept.
+    /// A source, row-wise plug-in or concatenation: its rows are not kept.
     bool isStream(std::size_t node) const;
-    /// The plug-in whose table comes into this one.
+    /// The node whose table is the input of this one.
     std::optional<std::size_t> tableInput(std::size_t node) const;
-    /// The same for a concatenation, which takes several, in the order of its inputs; one may be there twice.
+    /// The same for a concatenation, which has several, in the order of its inputs; one may occur twice.
     const std::vector<std::size_t>& tableInputs(std::size_t node) const { return tables[node]; }
-    /// The sources whose rows come to, or from, this plug-in, in the order of the rows; one may be there twice.
-    const std::vector<std::size_t>& segments(std::size_t node) const { return legLists[segmentsOf[node]]; }
-    /// The same for two plug-ins when their legs are; 0 when there are none.
-    std::size_t legsNumber(std::size_t node) const { return segmentsOf[node]; }
-    /// One more than the greatest legsNumber.
-    std::size_t legsNumbers() const { return legLists.size(); }
-    /// @return empty, or why the plug-in cannot run, as a sentence.
+    /// The sources whose rows pass through this node, in the order of the rows; one may occur twice.
+    const std::vector<std::size_t>& segments(std::size_t node) const { return segmentLists[segmentsOf[node]]; }
+    /// Number of the node's list of segments: equal for two nodes whose lists are equal; 0 for an empty list.
+    std::size_t segmentListOf(std::size_t node) const { return segmentsOf[node]; }
+    std::size_t segmentListCount() const { return segmentLists.size(); }
+    /// @return empty, or a sentence that says why the node cannot run.
     std::string validate(std::size_t node) const;
 
 private:
     void connect();
     void sort();
-    void append(std::size_t first, std::vector<std::size_t>& waitsFor);
-    void ask();
+    void append(std::size_t first, std::vector<std::size_t>& waiting);
+    void markScope();
     void findSegments();
     void nameCycles();
-    std::vector<std::vector<std::size_t>> cycleMembers() const;
-    std::string cycleSentence(std::size_t node, const std::vector<bool>& isMember) const;
+    std::string cycleError(std::size_t node, const std::vector<bool>& isMember);
     std::string inputError(std::size_t node, const PipelineInput& input) const;
     std::string categoryError(std::size_t node) const;
     const OutputSpec* outputOf(const PipelineWire& wire) const;
-    bool bringsTable(const PipelineInput& input) const;
+    bool carriesTable(const PipelineInput& input) const;
 
     const Pipeline& pipeline;
+    StopPoll poll;
     std::vector<KindCategory> categories;
     std::vector<std::vector<std::size_t>> upstreamOf;
     std::vector<std::vector<std::size_t>> consumersOf;
     std::vector<std::size_t> ordered;
     std::vector<std::size_t> ranks;
-    std::vector<bool> unordered;      ///< While the order is made: not in it yet.
-    std::vector<std::string> cycles;  ///< Objection of those that lie on a cycle.
-    std::vector<bool> asked;
+    std::vector<bool> isUnordered;         ///< While the order is made: not in it yet.
+    std::vector<std::string> cycleErrors;  ///< Empty for a node on no cycle.
+    std::vector<bool> inScope;
     std::vector<std::vector<std::size_t>> tables;
-    std::vector<std::size_t> segmentsOf;  ///< Positions in legLists.
-    std::vector<std::vector<std::size_t>> legLists{{}};
+    std::vector<std::size_t> segmentsOf;  ///< Positions in segmentLists.
+    std::vector<std::vector<std::size_t>> segmentLists{{}};
 };
 
 }  // namespace velmorak

@@ -65,9 +65,15 @@ std::string sumOf(std::string_view bytes) {
     return hexOf(digester.finish());
 }
 
-std::string sumOf(const DataObject& object) {
+/// @throws Stopped
+std::string sumOf(const DataObject& object, const std::atomic<bool>& stopping) {
     Sha256 digester;
-    bytesOf(object, [&](std::string_view piece) { digester.add(piece.data(), piece.size()); });
+    bytesOf(object, [&](std::string_view piece) {
+        if (stopping) {
+            throw Stopped();
+        }
+        digester.add(piece.data(), piece.size());
+    });
     return hexOf(digester.finish());
 }
 
@@ -93,7 +99,7 @@ Json filesOf(const std::vector<RecordedFile>& files) {
 }
 
 /// The value of a number, a sum of anything else; null when there is none, or only its collection knows its bytes.
-Json valueSum(const Value& value) {
+Json valueSum(const Value& value, const std::atomic<bool>& stopping) {
     if (const auto* number = std::get_if<double>(&value)) {
         return textOf(*number);
     }
@@ -102,7 +108,9 @@ Json valueSum(const Value& value) {
     }
     try {
         const auto* object = std::get_if<DataObjectPtr>(&value);
-        return object ? Json(sumOf(**object)) : Json();
+        return object ? Json(sumOf(**object, stopping)) : Json();
+    } catch (const Stopped&) {
+        return {};
     } catch (const std::invalid_argument&) {
         return {};
     } catch (const std::bad_alloc&) {
@@ -112,10 +120,10 @@ Json valueSum(const Value& value) {
     }
 }
 
-Json outputsOf(const PipelineNode& node, const NodeReport& report) {
+Json outputsOf(const PipelineNode& node, const NodeReport& report, const std::atomic<bool>& stopping) {
     Json all = Json::array();
     for (std::size_t i = 0; i < std::min(node.outputs.size(), report.outputs.size()); ++i) {
-        if (const Json sum = valueSum(report.outputs[i]); !sum.is_null()) {
+        if (const Json sum = valueSum(report.outputs[i], stopping); !sum.is_null()) {
             const bool isNumber = std::holds_alternative<double>(report.outputs[i]);
             all.push_back({{key::name, node.outputs[i].name}, {isNumber ? key::value : key::sha256, sum}});
         }
@@ -136,7 +144,8 @@ Json inputsOf(const Pipeline& pipeline, const PipelineNode& node) {
     return all;
 }
 
-Json pluginOf(const Pipeline& pipeline, std::size_t position, const NodeReport& report) {
+Json pluginOf(const Pipeline& pipeline, std::size_t position, const NodeReport& report,
+              const std::atomic<bool>& stopping) {
     const PipelineNode& node = pipeline.nodes[position];
     return {{key::name, node.name},
             {key::kind, node.kindName},
@@ -148,7 +157,7 @@ Json pluginOf(const Pipeline& pipeline, std::size_t position, const NodeReport& 
             {key::rowsIn, report.rowsIn},
             {key::rowsOut, report.rowsOut},
             {key::seconds, report.seconds},
-            {key::outputs, outputsOf(node, report)},
+            {key::outputs, outputsOf(node, report, stopping)},
             {key::results, filesOf(report.written)}};
 }
 
@@ -234,7 +243,8 @@ std::string_view nameOf(NodeStatus status) {
     return "not asked";
 }
 
-std::string runRecordText(const Pipeline& pipeline, const RunReport& report, bool isOver) {
+std::string runRecordText(const Pipeline& pipeline, const RunReport& report, bool isOver,
+                          const std::atomic<bool>& stopping) {
     Json record{{key::run, formatVersion}, {key::velmorak, version()}};
     record[key::complete] = isOver && !report.wasStopped;
     record[key::began] = timeText(report.began);
@@ -249,7 +259,8 @@ std::string runRecordText(const Pipeline& pipeline, const RunReport& report, boo
     for (std::size_t i = 0; i < pipeline.nodes.size(); ++i) {
         NodeReport none;
         none.status = NodeStatus::Unfinished;
-        record[key::plugins].push_back(pluginOf(pipeline, i, i < report.nodes.size() ? report.nodes[i] : none));
+        record[key::plugins].push_back(
+            pluginOf(pipeline, i, i < report.nodes.size() ? report.nodes[i] : none, stopping));
     }
     return record.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }

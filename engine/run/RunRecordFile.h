@@ -2,6 +2,7 @@
 
 #include "run/Runner.h"
 
+#include <atomic>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -15,7 +16,9 @@ inline constexpr std::string_view runRecordFileName = "run.json";
 
 /// The record of a run as JSON; docs/run-record.md describes it.
 /// @param isOver false while the run goes on; this is what remains if the program is killed.
-std::string runRecordText(const Pipeline& pipeline, const RunReport& report, bool isOver);
+/// @param stopping polled: when the run is asked to end, sums of objects are left out, since large ones take seconds.
+std::string runRecordText(const Pipeline& pipeline, const RunReport& report, bool isOver,
+                          const std::atomic<bool>& stopping);
 
 /// Writes the text to the record in the results folder. @return empty, or a sentence that says why that failed.
 std::string writeRunRecord(const std::filesystem::path& resultsFolder, const std::string& text);

@@ -13,6 +13,7 @@ RunScheduler::RunScheduler(RunState& state, RunMemory& memory, bool explains, Ex
     : state(state),
       memory(memory),
       explains(explains),
+      poll([&state] { return state.isStopping(); }),
       executor(executor),
       cache(state, memory.store, memory.digests),
       prefetchHasher(memory.digests) {
@@ -89,7 +90,8 @@ void RunScheduler::findNeeded() {
     bool isMore = true;
     while (isMore) {
         isMore = false;
-        for (const std::size_t position : state.plan.orderUpstream()) {
+        for (const std::size_t position : state.plan.reverseOrder()) {
+            poll.step();
             if (!state.runs[position].isNeeded && (state.plan.isInScope(position) || isWanted(position))) {
                 state.runs[position].isNeeded = true;
                 state.ledger.expect(position);
@@ -136,6 +138,7 @@ void RunScheduler::sayReasons() {
 
 void RunScheduler::failInvalidNodes() {
     for (std::size_t i = 0; i < state.runs.size(); ++i) {
+        poll.step();
         if (!state.runs[i].isNeeded || state.runs[i].isFinal) {
             continue;
         }
@@ -285,10 +288,10 @@ bool RunScheduler::isReady(std::size_t target, std::unordered_map<std::size_t, b
 
 /// The sources, or rows of sources, that some target waits for; in the order of the first of them.
 void RunScheduler::findTables() {
-    std::vector<std::vector<std::size_t>> targets(state.plan.legsNumbers());
+    std::vector<std::vector<std::size_t>> targets(state.plan.segmentListCount());
     for (std::size_t i = 0; i < state.runs.size(); ++i) {
-        if (state.plan.legsNumber(i) != 0 && isTarget(i)) {
-            targets[state.plan.legsNumber(i)].push_back(i);
+        if (state.plan.segmentListOf(i) != 0 && isTarget(i)) {
+            targets[state.plan.segmentListOf(i)].push_back(i);
         }
     }
     for (std::vector<std::size_t>& each : targets) {
@@ -365,7 +368,7 @@ std::vector<OperatorInstance> RunScheduler::operatorsFor(const std::vector<std::
 void RunScheduler::finalizeRemaining() {
     // What is downstream first, because it is known there whether the rows are in a result that is reused.
     std::vector<bool> isInReused(state.runs.size(), false);
-    for (const std::size_t position : state.plan.orderUpstream()) {
+    for (const std::size_t position : state.plan.reverseOrder()) {
         const std::vector<std::size_t>& consumers = state.plan.consumers(position);
         isInReused[position] = std::any_of(consumers.begin(), consumers.end(), [&](std::size_t consumer) {
             const NodeStatus status = state.runs[consumer].report.status;

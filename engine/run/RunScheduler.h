@@ -52,6 +52,7 @@ private:
     RunState& state;
     RunMemory& memory;
     bool explains;
+    StopPoll poll;
     Executor& executor;
     ResultCache cache;
     FilePrefetchHasher prefetchHasher;

@@ -24,12 +24,13 @@ RunState::RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, 
       messages(messages),
       ledger(ledger),
       listener(listener),
-      plan(pipeline),
+      plan(pipeline, [&stopping] { return stopping.load(); }),
       results(pipeline, mayWriteAnywhere(), stopping),
       environment{pipeline, stopping, messages, results, {}, {}},
       runs(pipeline.nodes.size()) {
     for (std::size_t i = 0; i < runs.size(); ++i) {
         runs[i].report.outputs.resize(node(i).outputs.size());
+        runs[i].report.takesTable = plan.tableInput(i).has_value();
         runs[i].context = std::make_unique<NodeContext>(environment, node(i));
     }
 }

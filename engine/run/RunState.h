@@ -29,6 +29,7 @@ struct NodeRun {
 class RunState {
 public:
     /// @param pipeline, stopping, messages, ledger and listener outlive this.
+    /// @throws Stopped when the run is asked to end during the planning.
     RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, Messages& messages, RunLedger& ledger,
              RunListener* listener);
 

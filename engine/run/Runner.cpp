@@ -38,9 +38,10 @@ struct Runner::Impl : std::enable_shared_from_this<Runner::Impl> {
     void warnOfConfig();
     std::unique_ptr<RunMemory> newMemory();
     void execute(RunJob& job, bool isBackground);
+    void schedule(RunJob& job, Executor& workers);
     RunReport leaveBehind(RunJob& job);
     void summarise(const Pipeline& pipeline, const RunReport& report);
-    bool leave(const Pipeline& pipeline, const RunReport& report, bool isOver);
+    bool leave(const RunJob& job, const RunReport& report, bool isOver);
 
     std::ostream& stream;
     const bool isTerminal;
@@ -93,7 +94,7 @@ RunReport Runner::Impl::carryOut(RunJob& job) {
     }
     report.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     if (!hasEnded || job.leavesRecord) {
-        leave(job.pipeline, report, true);
+        leave(job, report, true);
     }
     summarise(job.pipeline, report);
     if (listener) {
@@ -113,11 +114,23 @@ void Runner::Impl::execute(RunJob& job, bool isBackground) {
     job.messages->beginProgress();
     memory->recall(job.pipeline);
     removeLeftovers(job.pipeline);
-    job.leavesRecord = leave(job.pipeline, job.report, false);
+    job.leavesRecord = leave(job, job.report, false);
     job.listener.began(job.pipeline, job.report.threads);
-    RunState state(job.pipeline, job.isAskedToEnd(), *job.messages, *job.ledger,
-                   job.isListening ? &job.listener : nullptr);
-    RunScheduler(state, *memory, explains, executor ? *executor : ownExecutor).run(job.report);
+    schedule(job, executor ? *executor : ownExecutor);
+}
+
+void Runner::Impl::schedule(RunJob& job, Executor& workers) {
+    try {
+        RunState state(job.pipeline, job.isAskedToEnd(), *job.messages, *job.ledger,
+                       job.isListening ? &job.listener : nullptr);
+        RunScheduler(state, *memory, explains, workers).run(job.report);
+    } catch (const Stopped&) {  // Before the first plug-in was executed.
+        NodeReport unfinished;
+        unfinished.status = NodeStatus::Unfinished;
+        unfinished.sentence = unfinishedSentence;
+        job.report.nodes.assign(job.pipeline.nodes.size(), unfinished);
+        job.report.wasStopped = true;
+    }
 }
 
 RunReport Runner::Impl::leaveBehind(RunJob& job) {
@@ -141,12 +154,14 @@ RunReport Runner::Impl::leaveBehind(RunJob& job) {
 }
 
 /// @return false when there is to be no record, or it cannot be written, which is said.
-bool Runner::Impl::leave(const Pipeline& pipeline, const RunReport& report, bool isOver) {
+bool Runner::Impl::leave(const RunJob& job, const RunReport& report, bool isOver) {
+    const Pipeline& pipeline = job.pipeline;
     if (!leavesRecords || pipeline.nodes.empty() || pipeline.resultsFolder.empty()) {
         return false;
     }
     std::string complaint = whyNoResultsFolder(pipeline);
-    complaint = complaint.empty() ? writeRunRecord(pipeline.resultsFolder, runRecordText(pipeline, report, isOver))
+    complaint = complaint.empty() ? writeRunRecord(pipeline.resultsFolder,
+                                                   runRecordText(pipeline, report, isOver, job.isAskedToEnd()))
                                   : "The record of the run cannot be written: " + complaint;
     if (!complaint.empty()) {
         messages->line(complaint);
@@ -155,13 +170,12 @@ bool Runner::Impl::leave(const Pipeline& pipeline, const RunReport& report, bool
 }
 
 void Runner::Impl::summarise(const Pipeline& pipeline, const RunReport& report) {
-    const Plan plan(pipeline);
     for (std::size_t i = 0; i < report.nodes.size(); ++i) {
         // Failures were said when they happened.
         if (report.nodes[i].status == NodeStatus::Failed || report.nodes[i].status == NodeStatus::NotRequested) {
             continue;
         }
-        messages->line(summaryLine(pipeline.nodes[i], report.nodes[i], plan.tableInput(i).has_value()));
+        messages->line(summaryLine(pipeline.nodes[i], report.nodes[i]));
     }
     if (report.wasStopped) {
         messages->line("The run was stopped.");
@@ -199,8 +213,8 @@ RunReport Runner::run(const std::function<Pipeline()>& snapshot) {
     return report;
 }
 
-void Runner::explain(bool isInScope) {
-    part->explains = isInScope;
+void Runner::explain(bool isWanted) {
+    part->explains = isWanted;
 }
 
 void Runner::setThreads(std::size_t threads) {

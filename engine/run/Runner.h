@@ -31,7 +31,8 @@ struct NodeReport {
     double seconds = 0.0;
     std::vector<Value> outputs;  ///< Parallel to the node's outputs; monostate for a table and for what is missing.
     std::string reason{};        ///< Of one that was executed or reused: why.
-    std::vector<RecordedFile> written{};  ///< Files that it left, complete, in this run or before it.
+    std::vector<RecordedFile> written{};  ///< Complete files that it left, in this run or before it.
+    bool takesTable = false;              ///< Some input is a table.
 };
 
 struct RunReport {
@@ -64,7 +65,7 @@ public:
 
     /// Before a run executes anything, it says for each plug-in whether it is executed or reused, and why. Not at
     /// first. Called while no run is going on.
-    void explain(bool isAsked);
+    void explain(bool isWanted);
 
     /// Number of threads of each run from now on, at least 1. Called while no run is going on.
     void setThreads(std::size_t threads);

@@ -9,14 +9,14 @@
 namespace velmorak {
 namespace {
 
-/// Part of the work after which its rate is taken as known.
-constexpr double minToForesee = 0.01;
+/// Fraction of the work after which the time left is estimated.
+constexpr double minToEstimate = 0.01;
 
 std::string rowsText(std::uint64_t rows) {
     return fmt::format("{} {}", rows, rows == 1 ? "row" : "rows");
 }
 
-std::string workText(const PipelineNode& node, const NodeReport& report, bool takesRows) {
+std::string workText(const PipelineNode& node, const NodeReport& report) {
     std::string time = fmt::format("{:.2f} s", report.seconds);
     switch (categoryOf(node.kind)) {
         case KindCategory::Source:
@@ -25,7 +25,7 @@ std::string workText(const PipelineNode& node, const NodeReport& report, bool ta
         case KindCategory::Concatenation:
             return rowsText(report.rowsIn) + " in, " + rowsText(report.rowsOut) + " out, " + time;
         case KindCategory::Accumulator:
-            return takesRows ? rowsText(report.rowsIn) + ", " + time : time;
+            return report.takesTable ? rowsText(report.rowsIn) + ", " + time : time;
         default:
             return time;
     }
@@ -33,10 +33,10 @@ std::string workText(const PipelineNode& node, const NodeReport& report, bool ta
 
 }  // namespace
 
-std::string summaryLine(const PipelineNode& node, const NodeReport& report, bool takesRows) {
+std::string summaryLine(const PipelineNode& node, const NodeReport& report) {
     switch (report.status) {
         case NodeStatus::Done:
-            return titleOf(node) + ": " + workText(node, report, takesRows);
+            return titleOf(node) + ": " + workText(node, report);
         case NodeStatus::Reused:
             return titleOf(node) + ": kept from a former run";
         case NodeStatus::Failed:
@@ -70,7 +70,7 @@ std::string progressText(const ProgressNow& progress) {
 }
 
 std::optional<double> secondsLeft(const ProgressNow& progress) {
-    if (!progress.fraction || *progress.fraction < minToForesee) {
+    if (!progress.fraction || *progress.fraction < minToEstimate) {
         return std::nullopt;
     }
     return progress.seconds * (1.0 - *progress.fraction) / *progress.fraction;

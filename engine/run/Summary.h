@@ -7,16 +7,14 @@
 
 namespace velmorak {
 
-/// @param takesRows a table comes into the plug-in.
-/// @return the line that ends the report of a plug-in: Histogram1D "mass": 2000 rows, 0.01 s. Empty for one that was
-///         not asked for.
-std::string summaryLine(const PipelineNode& node, const NodeReport& report, bool takesRows);
+/// @return the final line of a plug-in: Histogram1D "mass": 2000 rows, 0.01 s. Empty for one that was not requested.
+std::string summaryLine(const PipelineNode& node, const NodeReport& report);
 
-/// @return the line of progress of a table that passes: Reading "events": 40 %, 2000 rows, 1000 rows/s, 3 s left. The
-///         time left is said when at least a hundredth is done.
+/// @return the progress line of a pass: Reading "events": 40 %, 2000 rows, 1000 rows/s, 3 s left. The time left appears
+///         when at least a hundredth is done.
 std::string progressText(const ProgressNow& progress);
 
-/// @return nothing while too little is done to foresee it.
+/// @return nothing while too little is done for an estimate.
 std::optional<double> secondsLeft(const ProgressNow& progress);
 
 }  // namespace velmorak

@@ -190,7 +190,7 @@ TEST_F(Failures, twoTablesInOnePlugInAreOneTooMany) {
     wire("cut", "table", "see", "other");
     run();
     EXPECT_EQ(sentence("see"),
-              "input \"other\": a table comes by input \"object\" already, and a plug-in can take only one");
+              "input \"other\": input \"object\" is wired to a table already; a plug-in takes only one");
 }
 
 TEST_F(Failures, aCycleIsNamedByTheFirstPlugInOnIt) {
@@ -202,8 +202,8 @@ TEST_F(Failures, aCycleIsNamedByTheFirstPlugInOnIt) {
     wire("b", "number", "after", "value");
     wire("after", "number", "some", "scale");
     run();
-    EXPECT_EQ(sentence("a"), "input \"value\": its result would feed itself: \"a\" -> \"b\" -> \"a\"");
-    EXPECT_EQ(sentence("b"), "its result would feed itself: it lies on a cycle with \"a\"");
+    EXPECT_EQ(sentence("a"), "input \"value\": dependency cycle: \"a\" -> \"b\" -> \"a\"");
+    EXPECT_EQ(sentence("b"), "dependency cycle with \"a\"");
     EXPECT_EQ(status("after"), NodeStatus::Skipped);
     EXPECT_EQ(sentence("some"), "not run because of \"b\"");
     EXPECT_EQ(status("all"), NodeStatus::Done);
@@ -214,7 +214,7 @@ TEST_F(Failures, aPlugInThatFeedsItselfIsACycle) {
     wire("a", "number", "a", "value");
     start("a");
     run();
-    EXPECT_EQ(sentence("a"), "input \"value\": its result would feed itself: \"a\" -> \"a\"");
+    EXPECT_EQ(sentence("a"), "input \"value\": dependency cycle: \"a\" -> \"a\"");
 }
 
 TEST_F(Failures, whatFollowsACycleIsSkippedInWhateverOrderItStands) {

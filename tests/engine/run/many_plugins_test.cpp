@@ -1,7 +1,26 @@
 #include "RunFixture.h"
 
+#include "run/Plan.h"
+#include "run/RunListener.h"
+
+#include <functional>
+
 namespace velmorak::test {
 namespace {
+
+/// Stops the run when it begins: before it is planned.
+class StopAtBegin : public RunListener {
+public:
+    explicit StopAtBegin(Runner& runner) : runner(runner) {}
+    void began(const Pipeline&, int) override { runner.stop(); }
+    bool isProgressDue() override { return false; }
+    void progressed(const ProgressNow&) override {}
+    void nodeFinished(const PipelineNode&, const NodeReport&) override {}
+    void ended(const RunReport&) override {}
+
+private:
+    Runner& runner;
+};
 
 /// Pipelines of as many plug-ins as nobody draws by hand.
 class ManyPlugins : public RunTest {
@@ -44,11 +63,10 @@ TEST_F(ManyPlugins, onACycleNameItOnceWithTenMembers) {
     addChain();
     pipeline.nodes[0].inputs[0].wire = PipelineWire{count - 1, "number"};
     run();
-    EXPECT_EQ(
-        report.nodes[0].sentence,
-        "input \"value\": its result would feed itself: \"p0\" -> \"p1\" -> \"p2\" -> \"p3\" -> \"p4\" -> \"p5\" -> "
-        "\"p6\" -> \"p7\" -> \"p8\" -> \"p9\" -> (9990 more) -> \"p0\"");
-    EXPECT_EQ(report.nodes[1].sentence, "its result would feed itself: it lies on a cycle with \"p0\"");
+    EXPECT_EQ(report.nodes[0].sentence,
+              "input \"value\": dependency cycle: \"p0\" -> \"p1\" -> \"p2\" -> \"p3\" -> \"p4\" -> \"p5\" -> "
+              "\"p6\" -> \"p7\" -> \"p8\" -> \"p9\" -> (9990 more) -> \"p0\"");
+    EXPECT_EQ(report.nodes[1].sentence, "dependency cycle with \"p0\"");
     EXPECT_EQ(times("\"p1\" -> \"p2\""), 1U);
     EXPECT_LT(messages.str().size(), 1'000'000U);
 }
@@ -64,13 +82,59 @@ TEST_F(ManyPlugins, onTwoCyclesThatShareNoneNameEachOfThem) {
     wire("c", "number", "e", "value");
     start("a");
     run();
-    EXPECT_EQ(sentence("a"), "input \"value\": its result would feed itself: \"a\" -> \"b\" -> \"a\"");
-    EXPECT_EQ(sentence("b"), "its result would feed itself: it lies on a cycle with \"a\"");
+    EXPECT_EQ(sentence("a"), "input \"value\": dependency cycle: \"a\" -> \"b\" -> \"a\"");
+    EXPECT_EQ(sentence("b"), "dependency cycle with \"a\"");
     start("c");
     run();
-    EXPECT_EQ(sentence("c"), "input \"value\": its result would feed itself: \"c\" -> \"e\" -> \"d\" -> \"c\"");
-    EXPECT_EQ(sentence("d"), "its result would feed itself: it lies on a cycle with \"c\"");
-    EXPECT_EQ(sentence("e"), "its result would feed itself: it lies on a cycle with \"c\"");
+    EXPECT_EQ(sentence("c"), "input \"value\": dependency cycle: \"c\" -> \"e\" -> \"d\" -> \"c\"");
+    EXPECT_EQ(sentence("d"), "dependency cycle with \"c\"");
+    EXPECT_EQ(sentence("e"), "dependency cycle with \"c\"");
+}
+
+/// Counts the polls of a plan, and stops it at one of them.
+class PlanStop {
+public:
+    explicit PlanStop(int stopAt = -1) : stopAt(stopAt) {}
+    std::function<bool()> poll() {
+        return [this] { return polls++ == stopAt; };
+    }
+    int polls = 0;
+
+private:
+    int stopAt;
+};
+
+TEST_F(ManyPlugins, areNotPlannedToTheEndWhenTheRunIsStopped) {
+    for (const bool isCycle : {false, true}) {
+        pipeline.nodes.clear();
+        addChain();
+        if (isCycle) {
+            pipeline.nodes[0].inputs[0].wire = PipelineWire{count - 1, "number"};
+        }
+        PlanStop whole;
+        const Plan plan(pipeline, whole.poll());
+        EXPECT_GT(whole.polls, 4 * static_cast<int>(count / StopPoll::interval) - 4) << "in four loops over all";
+        for (int at = 0; at < whole.polls; ++at) {
+            PlanStop stopped(at);
+            EXPECT_THROW(Plan(pipeline, stopped.poll()), Stopped) << at;
+            EXPECT_EQ(stopped.polls, at + 1);
+        }
+    }
+}
+
+TEST_F(ManyPlugins, areUnfinishedAfterAStopDuringThePlanning) {
+    addChain();
+    StopAtBegin listener(runner);
+    runner.tell(&listener);
+    run();
+    EXPECT_TRUE(report.wasStopped);
+    EXPECT_EQ(report.nodes.size(), count);
+    EXPECT_EQ(report.nodes.front().status, NodeStatus::Unfinished);
+    EXPECT_EQ(report.nodes.back().sentence, "not finished because the run was stopped");
+    EXPECT_EQ(pass.evaluated, 0);
+    runner.tell(nullptr);
+    run();
+    EXPECT_EQ(pass.evaluated, static_cast<int>(count)) << "the next run is whole";
 }
 
 TEST_F(ManyPlugins, withTablesOfTheirOwnArePassedEachOnce) {

@@ -103,7 +103,7 @@ TEST_F(Lines, sayNumbersTheSameWayEverywhere) {
     };
     const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Grouping));
     PipelineNode node{"mass", "Sum", &sum, {}, {}};
-    const std::string line = summaryLine(node, {NodeStatus::Done, "", 1234567, 0, 0.0149, {}}, true);
+    const std::string line = summaryLine(node, {NodeStatus::Done, "", 1234567, 0, 0.0149, {}, {}, {}, true});
     std::locale::global(before);
     EXPECT_EQ(line, "Sum \"mass\": 1234567 rows, 0.01 s");
 }
@@ -111,7 +111,7 @@ TEST_F(Lines, sayNumbersTheSameWayEverywhere) {
 TEST_F(Lines, sayNoRowsWhereNoTableCame) {
     const SeeKind see;
     const PipelineNode node{"see", "See", &see, {}, {}};
-    EXPECT_EQ(summaryLine(node, {NodeStatus::Done, "", 0, 0, 0.0149, {}}, false), "See \"see\": 0.01 s");
+    EXPECT_EQ(summaryLine(node, {NodeStatus::Done, "", 0, 0, 0.0149, {}}), "See \"see\": 0.01 s");
 }
 
 TEST_F(Lines, aWarningDoesNotEndThePlugIn) {

@@ -192,7 +192,7 @@ TEST_F(Teller, mustBeAFunctionWithoutOutputs) {
     start("giving");
     run();
     EXPECT_EQ(status("giving"), NodeStatus::Failed);
-    EXPECT_EQ(sentence("giving"), "the kind tells of the run, and such a kind must be a function without outputs");
+    EXPECT_EQ(sentence("giving"), "its kind reports on the run and must therefore be a function without outputs");
 }
 
 }  // namespace

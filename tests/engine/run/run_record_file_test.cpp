@@ -91,6 +91,27 @@ TEST_F(RunRecordFile, isNotWrittenForAPipelineWithoutPlugIns) {
     EXPECT_FALSE(std::filesystem::exists(pipeline.resultsFolder));
 }
 
+TEST_F(RunRecordFile, hasNoSumsOfObjectsAfterAStop) {
+    const FreeFunction making("Make", {{}, {output("object", ValueType::Histogram), output("text", ValueType::Text)}},
+                              [](const Arguments&, Results& results, RunContext&) {
+                                  results.set("object", std::make_shared<const Histogram1D>(Axis(2, 0.0, 1.0)));
+                                  results.set("text", std::string("a"));
+                              });
+    const FreeFunction stopping("Stop", {{wireInput("object", ValueType::Any)}, {}},
+                                [this](const Arguments&, Results&, RunContext&) { runner.stop(); });
+    add(making, "make");
+    run();
+    EXPECT_EQ(record()["plugins"][2]["outputs"].size(), 0U) << "not requested";
+    start("make");
+    run();
+    EXPECT_EQ(record()["plugins"][0]["outputs"].size(), 2U);
+    add(stopping, "stop");
+    wire("make", "object", "stop", "object");
+    run();
+    EXPECT_EQ(record()["plugins"][0]["outcome"], "reused");
+    EXPECT_EQ(record()["plugins"][0]["outputs"].size(), 1U) << "the text";
+}
+
 TEST_F(RunRecordFile, isReadAsItWasWritten) {
     write("in.txt", "content");
     const FreeFunction reading(

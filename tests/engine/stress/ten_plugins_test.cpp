@@ -123,7 +123,7 @@ TEST_F(WrongPipeline, namesTheWayOfACycle) {
     run(R"({"name": "A", "kind": "Adder", "inputs": [{"name": "a", "from": ["B", "sum"]}]},
            {"name": "B", "kind": "Adder", "inputs": [{"name": "a", "from": ["A", "sum"]}]},
            {"name": "C", "kind": "Adder", "inputs": [{"name": "a", "from": ["B", "sum"]}]})");
-    EXPECT_EQ(sentence("A"), "input \"a\": its result would feed itself: \"A\" -> \"B\" -> \"A\"");
+    EXPECT_EQ(sentence("A"), "input \"a\": dependency cycle: \"A\" -> \"B\" -> \"A\"");
     EXPECT_EQ(sentence("C"), "not run because of \"B\"");
 }
 
