@@ -24,7 +24,7 @@ void checkOffsets(const ColumnInfo& column, const Column& values, std::size_t ro
     if (offsets.size() != rows + 1) {
         failFor(column, "with " + counted(offsets.size(), "offset") + " for the lists of " + counted(rows, "row"));
     }
-    // Without a way out, so that it is done with vectors.
+    // Without an early exit, so that the compiler vectorises the loop.
     bool falls = false;
     for (std::size_t row = 0; row < rows; ++row) {
         falls |= offsets[row + 1] < offsets[row];
@@ -34,7 +34,7 @@ void checkOffsets(const ColumnInfo& column, const Column& values, std::size_t ro
     }
 }
 
-/// @return bytes of the value, with the characters of a text.
+/// @return bytes of the values, including the characters of texts.
 std::size_t bytesOfValues(const Column& column, std::size_t begin, std::size_t end) {
     return std::visit(
         [&](const auto& values) {
@@ -112,7 +112,7 @@ void ChunkCheck::checkColumn(const ColumnInfo& column, const ColumnPtr& values, 
     }
 }
 
-/// Only where texts and lists are large together, a row can be.
+/// A single row can be too large only if texts and lists are large together.
 void ChunkCheck::checkWidth(const Chunk& chunk) const {
     std::size_t most = rowBytes;
     for (const ColumnPtr& column : chunk.columns) {

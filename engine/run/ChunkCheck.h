@@ -9,8 +9,8 @@
 
 namespace velmorak {
 
-/// Checks the chunks of one table before anyone reads them. A chunk that is not as the kit says ends in
-/// std::logic_error, with a sentence that names the column.
+/// Checks the chunks of one table before other plug-ins read them. A chunk that breaks the contract of the SDK ends in
+/// std::logic_error with a message that names the column.
 /// Threads: check may be called by several threads at once.
 class ChunkCheck {
 public:
@@ -18,10 +18,10 @@ public:
         : promised(promised), maxRows(rowsInChunk(promised)), rowBytes(bytesInRow(promised)) {}
 
     const Schema& schema() const { return promised; }
-    /// A chunk of a source, before its columns need to be there, with those before it: has it rows, and not too many;
-    /// was the one before it allowed to be short? Threads: called for one chunk after the other.
+    /// Checks the number of rows of a source's chunk, whose columns may not exist yet: it has rows, not too many, and
+    /// the chunk before it was not too short. Threads: called for one chunk after the other.
     void checkRows(const Chunk& chunk);
-    /// The columns are there, and are what the schema says.
+    /// Checks the columns against the schema.
     void check(const Chunk& chunk) const;
 
 private:
@@ -30,12 +30,12 @@ private:
 
     Schema promised;
     std::size_t maxRows;
-    std::size_t rowBytes;       ///< Of a row without its texts and lists.
-    std::size_t shortRows = 0;  ///< Of the chunk before, where it was too short not to be the last.
+    std::size_t rowBytes;       ///< In a row, without texts and lists.
+    std::size_t shortRows = 0;  ///< Rows of the previous chunk if only the last one may be so short.
 };
 
-/// @param what was asked for.
-/// @throws std::logic_error when a kind made nothing.
+/// @param what names the object in the message.
+/// @throws std::logic_error if a kind returned null.
 template <typename OperatorOutput>
 std::unique_ptr<OperatorOutput> mustBe(std::unique_ptr<OperatorOutput> made, const char* what) {
     if (!made) {

@@ -22,10 +22,10 @@ constexpr std::array<CrashSignal, 5> crashSignals{{{SIGSEGV, "segmentation fault
                                                    {SIGFPE, "arithmetic error"},
                                                    {SIGABRT, "abort"}}};
 
-/// Of the kind that this thread is in. A handler must find it without a call that may reserve memory.
+/// Title for this thread. The handler must find it without a call that may allocate.
 [[gnu::tls_model("initial-exec")]] thread_local const char* currentTitle = nullptr;
 
-/// A stack for the handler, because the thread's own may be what has run out.
+/// A stack for the handler, because an overflow of the thread's stack is one of the crashes.
 class SpareStack {
 public:
     SpareStack();
@@ -33,7 +33,7 @@ public:
     SpareStack(const SpareStack&) = delete;
     SpareStack& operator=(const SpareStack&) = delete;
 
-    /// Makes the thread's own, where there is none yet.
+    /// Creates that of the thread on first use.
     void use() const {}
 
 private:
@@ -44,7 +44,7 @@ private:
 SpareStack::SpareStack() {
     stack_t present{};
     if (sigaltstack(nullptr, &present) != 0 || (present.ss_flags & SS_DISABLE) == 0) {
-        return;  // Somebody else's.
+        return;  // Another handler is installed.
     }
     void* const memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED) {
@@ -71,7 +71,7 @@ SpareStack::~SpareStack() {
 
 thread_local const SpareStack spareStack;
 
-/// Only what a signal handler may call.
+/// Calls async-signal-safe functions only.
 void put(const char* text) {
     static_cast<void>(write(STDERR_FILENO, text, std::strlen(text)) < 0);
 }
@@ -88,7 +88,7 @@ extern "C" void nameCrash(int number) {
         }
         put("); the program ends.\n");
     }
-    // The handler is off by now; the signal is blocked until this one returns, and then ends the program.
+    // The handler is reset by now; the signal stays blocked until this one returns, and then ends the program.
     raise(number);
 }
 

@@ -2,8 +2,8 @@
 
 namespace velmorak {
 
-/// Names the plug-in whose kind this thread is in, for the case that the program crashes there: a signal handler then
-/// writes the name to standard error before the signal takes its usual course.
+/// Marks the plug-in whose code this thread executes: if the program crashes there, a signal handler writes the title
+/// to standard error before the signal takes its usual course.
 class CrashNote {
 public:
     /// @param title outlives this.
@@ -13,12 +13,12 @@ public:
     CrashNote& operator=(const CrashNote&) = delete;
 
 private:
-    const char* outer;  ///< Named before, and again afterwards.
+    const char* outer;  ///< The title before this one, restored afterwards.
 };
 
-/// Takes on the signals of a crash, as far as nobody else has: a checker's handler stays where it is. After the name is
-/// written the signal is raised once more, without a handler, so that a core dump is left as ever. May be called any
-/// number of times.
+/// Installs handlers for the signals of a crash, except where one exists, for example that of a sanitizer. After
+/// writing the title the signal is raised again without a handler, so that it dumps core as usual. May be called
+/// repeatedly.
 void nameCrashes();
 
 }  // namespace velmorak

@@ -13,14 +13,14 @@
 namespace velmorak {
 namespace {
 
-/// An address in a shared object, and what was found out about that object.
+/// Looks for the build of the shared object that contains an address.
 struct Search {
     const char* address = nullptr;
     std::string build{};
 };
 
 const char* addressIn(const dl_phdr_info& object, const ElfW(Phdr) & part) {
-    // The loader says where the object lies as a number.
+    // The loader gives the address of the object as a number.
     return reinterpret_cast<const char*>(object.dlpi_addr + part.p_vaddr);  // NOLINT(performance-no-int-to-ptr)
 }
 
@@ -39,7 +39,7 @@ std::size_t padded(std::size_t bytes) {
     return (bytes + 3U) & ~std::size_t{3};
 }
 
-/// The linker's sum over the object's content; empty when the notes have none.
+/// The build id that the linker computes from the content; empty without one.
 std::string buildIdIn(const char* notes, std::size_t bytes) {
     while (bytes >= sizeof(ElfW(Nhdr))) {
         ElfW(Nhdr) head{};
@@ -58,7 +58,7 @@ std::string buildIdIn(const char* notes, std::size_t bytes) {
     return "";
 }
 
-/// For an object without such a note.
+/// For an object without a build id.
 std::string contentOf(const std::string& file) {
     const std::atomic<bool> isStopping = false;
     const std::optional<Digest> digest = FileHashes().of(file.empty() ? "/proc/self/exe" : file, isStopping);

@@ -6,8 +6,8 @@
 
 namespace velmorak {
 
-/// Which build of the code a kind is: it changes when the shared object that the kind lies in, or the library itself,
-/// is built from other sources.
+/// Identifies the build of a kind's code: changes when its shared object, or the library itself, is built from other
+/// sources. Part of cache keys.
 std::string buildOf(const Kind& kind);
 
 }  // namespace velmorak

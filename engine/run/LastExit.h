@@ -2,7 +2,7 @@
 
 namespace velmorak {
 
-/// From now on, the program ends without destroying what is static: a thread that was left behind may be in it.
+/// Makes the program exit without destroying static objects, because a thread that was left behind may use them.
 void endWithoutDestructors();
 
 }  // namespace velmorak

@@ -6,10 +6,11 @@
 
 namespace velmorak {
 
-/// Passes on what a run tells until it is closed, after which the listener is not called any more.
+/// Forwards the events of a run until it is closed. An abandoned run keeps its gate, so the listener can go away.
+/// Threads: every operation may be called on any thread.
 class ListenerGate : public RunListener {
 public:
-    /// @param listener outlives the time until close.
+    /// @param listener must live until close returns; null for none.
     explicit ListenerGate(RunListener* listener) : listener(listener) {}
 
     void began(const Pipeline& pipeline, int threads) override;
@@ -18,7 +19,7 @@ public:
     void nodeFinished(const PipelineNode& node, const NodeReport& report) override;
     void ended(const RunReport& report) override;
 
-    /// Returns when no call is under way.
+    /// Waits for calls in progress; none follows.
     void close();
 
 private:

@@ -8,8 +8,8 @@
 
 namespace velmorak {
 
-/// What the user reads of a run: whole lines, and a line of progress that does not come too often. On a terminal the
-/// line of progress is drawn again in its place; elsewhere it is a line like the others.
+/// Writes the messages of a run: whole lines, and a progress line at most ten times a second on a terminal, where it is
+/// redrawn in place, and every five seconds elsewhere.
 /// Threads: every operation may be called on any thread.
 class Messages {
 public:
@@ -17,19 +17,19 @@ public:
 
     Messages(std::ostream& stream, bool isTerminal, Clock clock = std::chrono::steady_clock::now);
 
-    /// Control characters are written out.
+    /// Escapes control characters.
     void line(const std::string& text);
-    /// The text of one or more lines, behind a line of its own.
+    /// A title line, then the text, which may have several lines.
     void lines(const std::string& title, const std::string& text);
-    /// Starts the time after which the first progress is shown, so that a short run shows none.
+    /// Starts the interval before the first progress line, so that a short run shows none.
     void beginProgress();
-    /// @return true when a line of progress is due; the caller then makes one for showProgress.
+    /// Lets the caller skip the work of composing a progress line that is not due.
     bool isProgressDue();
     void showProgress(const std::string& text);
-    /// Takes the line of progress off the terminal.
+    /// Erases the progress line on a terminal.
     void endProgress();
 
-    /// Nothing more is written, whoever calls.
+    /// Ignores all later calls.
     void silence();
 
 private:

@@ -117,7 +117,7 @@ double NodeArguments::number(const std::string& input) const {
 
 std::int64_t NodeArguments::integer(const std::string& input) const {
     const double number = findNumber(input).number;
-    // 2^63 is the first number above all of them.
+    // 2^63 is the smallest number that does not fit.
     if (!(number >= -0x1p63 && number < 0x1p63) || number != std::trunc(number)) {
         throw Failure(input, textOf(number) + " is not a whole number that can be used");
     }

@@ -9,20 +9,20 @@
 
 namespace velmorak {
 
-/// What came by wire into one input.
+/// The value that a wire brought to one input.
 struct Arrival {
     bool isWired = false;
-    std::string sourceName;  ///< Plug-in that feeds the input.
-    Value value;             ///< Monostate for a table, and when nothing is wired.
+    std::string sourceName;  ///< Name of the plug-in that feeds the input.
+    Value value;             ///< Monostate for a table and for an unwired input.
 };
 
-/// The inputs of one plug-in, checked against what the kind says of them.
+/// The inputs of one plug-in, checked against their specifications.
 /// Threads: may be read by several threads at once.
 class NodeArguments : public Arguments {
 public:
-    /// @param node     outlives this.
+    /// @param node outlives this.
     /// @param arrivals parallel to the node's inputs.
-    /// @throws Failure when a text or an arrived value is not what an input takes.
+    /// @throws Failure if a text or a value from a wire does not suit its input.
     NodeArguments(const PipelineNode& node, const std::vector<Arrival>& arrivals);
 
     double number(const std::string& input) const override;
@@ -48,14 +48,14 @@ private:
     std::map<std::string, Entry> entries;
 };
 
-/// The outputs of one plug-in, as far as it has set them.
+/// Collects the outputs that a plug-in sets.
 class NodeResults : public Results {
 public:
     /// @param outputs outlives this.
     explicit NodeResults(const std::vector<OutputSpec>& outputs);
 
     void set(const std::string& output, Value value) override;
-    /// Parallel to the outputs.
+    /// Parallel to the outputs; monostate for one that was not set.
     const std::vector<Value>& values() const { return all; }
 
 private:
@@ -66,7 +66,7 @@ private:
 /// An input of this type can be given as text; any other takes only what a wire brings.
 bool isWritable(ValueType type);
 
-/// @return true when an output of the one type may feed an input of the other.
+/// @return whether an output of the first type may feed an input of the second.
 bool mayFeed(ValueType output, ValueType input);
 
 }  // namespace velmorak

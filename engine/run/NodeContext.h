@@ -16,30 +16,31 @@
 
 namespace velmorak {
 
-/// What all plug-ins of one run share.
+/// Shared by the contexts of all plug-ins of a run.
 struct RunEnvironment {
     const Pipeline& pipeline;
     const std::atomic<bool>& stopping;
     Messages& messages;
     ResultFolder& results;
-    std::function<RunRecord(const PipelineNode&)> recorder{};  ///< Set when the run knows what it is about to do.
-    /// Called on any thread when a plug-in asks for a file that is there.
+    std::function<RunRecord(const PipelineNode&)> recorder{};  ///< Empty while the run is being planned.
+    /// Called on any thread when a plug-in asks for an existing file.
     std::function<void(const std::filesystem::path&, const FileStamp&)> asked{};
 };
 
-/// @return the path that a text in a document means: beside the document, or else in the current folder.
+/// @return the path of a name in the document: relative to the document, or else to the current folder.
 std::filesystem::path resolved(const Pipeline& pipeline, const NamedFile& file);
 
-/// A file as it was when a plug-in asked for it.
+/// A file and its state when a plug-in asked for it.
 struct AskedFile {
     NamedFile file;
     std::optional<FileStamp> stamp;
 };
 
-/// What the run lets one plug-in do.
+/// The services of the run for one plug-in.
+/// Threads: every operation may be called on any thread.
 class NodeContext : public RunContext {
 public:
-    /// @param surroundings and node outlive this.
+    /// @param environment and node outlive this.
     NodeContext(const RunEnvironment& environment, const PipelineNode& node);
 
     bool isStopping() const override { return environment.stopping.load(std::memory_order_relaxed); }
@@ -53,9 +54,9 @@ public:
     void tell(const std::string& text) override;
     RunRecord record() const override;
 
-    /// Notes a file that decides what the plug-in gives.
+    /// Records a file that the result depends on.
     void watch(const NamedFile& file) const;
-    /// Files that the plug-in depends on.
+    /// @return the files that the result depends on.
     std::vector<AskedFile> askedFiles() const;
 
 private:
@@ -65,7 +66,7 @@ private:
     mutable std::vector<AskedFile> asked;
 };
 
-/// @return kind and name as they stand at the beginning of a message: Histogram1D "mass".
+/// @return kind and name as they begin a message: Histogram1D "mass".
 std::string titleOf(const PipelineNode& node);
 
 }  // namespace velmorak

@@ -13,20 +13,19 @@ namespace velmorak {
 
 namespace {
 
-/// A stream knows only that it failed; its category has no words of its own for it.
+/// The message of a stream's error category says nothing useful.
 std::string systemSentence(const std::system_error& error) {
     const bool isOfSystem =
         error.code().category() == std::generic_category() || error.code().category() == std::system_category();
     return isOfSystem ? error.code().message() : "a file could not be read or written";
 }
 
-/// What the standard library throws names functions of the library, which says nothing to a user.
+/// Messages of the standard library name its functions, which means nothing to users.
 std::string sentenceOf(const std::exception& error) {
     const std::string sentence = error.what();
     const std::string firstWord = sentence.substr(0, sentence.find(' '));
     const bool isOfLibrary = firstWord == sentence || firstWord.find("::") != std::string::npos;
-    return isOfLibrary ? "it failed by a mistake of its own (" + (sentence.empty() ? "no reason given" : sentence) + ")"
-                       : sentence;
+    return isOfLibrary ? "internal error (" + (sentence.empty() ? "no reason given" : sentence) + ")" : sentence;
 }
 
 }  // namespace

@@ -6,19 +6,19 @@
 
 namespace velmorak {
 
-/// What ended the work of a plug-in.
+/// Why a plug-in ended without a result.
 struct NodeError {
-    std::string sentence;     ///< Names the input where the plug-in did.
-    bool wasStopped = false;  ///< The plug-in ended because the run was asked to.
+    std::string sentence;     ///< Names the input if the plug-in did.
+    bool wasStopped = false;  ///< The plug-in saw that the run is stopping.
 };
 
-/// Thrown through all of a run's own code when nobody waits for the run any more.
+/// Unwinds the threads of a run that was left behind.
 class LeftBehind {};
 
-/// Says what an exception out of a kind means to the user.
+/// Translates an exception from a kind into a message for the user.
 NodeError errorOf(const std::exception_ptr& exception);
 
-/// Calls a piece of a kind. Whatever it throws ends here, as a problem.
+/// Calls code of a kind. @return the error for anything that it throws.
 template <typename Work>
 std::optional<NodeError> errorIn(Work&& work) {
     try {

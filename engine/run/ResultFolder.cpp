@@ -28,8 +28,8 @@ bool isBelow(const fs::path& path, const fs::path& folder) {
     return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first == folder.end();
 }
 
-/// The path with links followed as far as it exists.
-fs::path followed(const fs::path& path) {
+/// Resolves links in the part of the path that exists.
+fs::path resolveLinks(const fs::path& path) {
     const fs::path absolute = fs::absolute(path).lexically_normal();
     return fs::weakly_canonical(absolute.has_filename() ? absolute : absolute.parent_path());
 }
@@ -96,8 +96,8 @@ std::unique_ptr<ResultFile> ResultFolder::begin(const std::string& plugin, const
     std::error_code error;
     fs::create_directories(file.parent_path(), error);
     if (error) {
-        refuse(fileName,
-               "cannot be written: the folder " + file.parent_path().string() + " cannot be made: " + error.message());
+        refuse(fileName, "cannot be written: the folder " + file.parent_path().string() +
+                             " cannot be created: " + error.message());
     }
     if (fs::is_directory(file, error)) {
         refuse(fileName, "cannot be written: a folder has that name");
@@ -108,13 +108,13 @@ std::unique_ptr<ResultFile> ResultFolder::begin(const std::string& plugin, const
 fs::path ResultFolder::place(const std::string& fileName) const {
     const fs::path name(fileName);
     if (fileName.empty()) {
-        throw Failure("the name of the file to write is empty");
+        throw Failure("the name of the result file is empty");
     }
     if (hasControlCharacter(fileName)) {
         refuse(visible(fileName), "cannot be written: its name has a control character");
     }
     if (!name.has_filename() || name.filename() == "." || name.filename() == "..") {
-        refuse(fileName, "cannot be written: this is no name of a file");
+        refuse(fileName, "cannot be written: this is not a file name");
     }
     if (folder.empty() && name.is_relative()) {
         refuse(fileName, "cannot be written: there is no results folder");
@@ -122,20 +122,20 @@ fs::path ResultFolder::place(const std::string& fileName) const {
     if (!folderComplaint.empty() && name.is_relative()) {
         refuse(fileName, "cannot be written: " + folderComplaint);
     }
-    const fs::path base = folder.empty() ? fs::path() : followed(folder);
-    // Links are followed in the folder's part only: the file itself is replaced, whatever it is.
-    fs::path file = followed((folder / name).parent_path()) / name.filename();
+    const fs::path base = folder.empty() ? fs::path() : resolveLinks(folder);
+    // Links are resolved in the folder only: a link with the name of the file is replaced.
+    fs::path file = resolveLinks((folder / name).parent_path()) / name.filename();
     const bool climbs = std::find(name.begin(), name.end(), "..") != name.end();
     if (!mayWriteAnywhere && (name.is_absolute() || climbs || !isBelow(file, base))) {
-        refuse(fileName, "lies outside the results folder; VELMORAK_WRITE_ANYWHERE=1 would allow it");
+        refuse(fileName, "is outside the results folder; set VELMORAK_WRITE_ANYWHERE=1 to allow that");
     }
     return file;
 }
 
 void ResultFolder::claim(const std::string& plugin, const std::string& fileName) {
     const fs::path file = place(fileName);
-    if (!folder.empty() && file == followed(folder) / runRecordFileName) {
-        refuse(fileName, "is already written by the run, as its record");
+    if (!folder.empty() && file == resolveLinks(folder) / runRecordFileName) {
+        refuse(fileName, "is the name of the record of the run; choose another one");
     }
     const std::scoped_lock lock(mutex);
     const auto [owner, isNew] = owners.emplace(file, Owned{plugin, {}});

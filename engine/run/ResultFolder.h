@@ -17,46 +17,49 @@
 
 namespace velmorak {
 
-/// A file that a plug-in has left.
+/// A complete result file.
 struct WrittenFile {
     std::string fileName;  ///< As the plug-in named it.
     std::filesystem::path path;
-    FileStamp stamp;  ///< Before it got its name.
+    FileStamp stamp;  ///< Taken before the file got its name.
 };
 
-/// The folder in which the plug-ins of one run leave their files. A file takes its name when it is complete, and
-/// belongs to one plug-in.
+/// The folder of the result files of one run.
+///
+/// Invariants: a file appears under its name only when it is complete (AtomicFile), never after the run was stopped,
+/// and only if no other plug-in of the run has claimed the name, so that the content does not depend on the order of
+/// execution. Names stay inside the folder unless mayWriteAnywhere; links on the way are resolved before the check.
 /// Threads: every operation may be called on any thread.
 class ResultFolder {
 public:
-    /// @param mayWriteAnywhere names may be absolute or lead out of the folder.
-    /// @param stopping set when the run is asked to end; files that are complete only then are thrown away.
-    /// @param pipeline says where the folder is, and why it cannot be one.
+    /// @param mayWriteAnywhere allows absolute names and names outside of the folder.
+    /// @param stopping true when the run is asked to end; files completed after that are discarded.
+    /// @param pipeline has the path of the folder.
     ResultFolder(const Pipeline& pipeline, bool mayWriteAnywhere, const std::atomic<bool>& stopping);
 
-    /// @return a file under a temporary name. Its keep throws Stopped when the run was asked to end.
-    /// @throws Failure if the name is refused or the folder cannot be made.
+    /// @return a file under a temporary name. Its keep throws Stopped if the run was asked to end.
+    /// @throws Failure if the name is refused or the folder cannot be created.
     std::unique_ptr<ResultFile> begin(const std::string& plugin, const std::string& fileName);
 
-    /// @return where a file of that name stands. @throws Failure if the name is refused.
+    /// @return the path for a file name. @throws Failure if the name is refused.
     std::filesystem::path place(const std::string& fileName) const;
-    /// Makes the file the plug-in's own. @throws Failure if it is another's.
+    /// Reserves a name for the plug-in. @throws Failure if another one has it.
     void claim(const std::string& plugin, const std::string& fileName);
-    /// @return what the plug-in has left; nothing when a file that it began was not kept.
+    /// @return the files of the plug-in; no value if one that it began is incomplete.
     std::optional<std::vector<WrittenFile>> writtenBy(const std::string& plugin);
 
 private:
     class TemporaryFile;
     struct Owned {
         std::string plugin;
-        std::optional<WrittenFile> written;  ///< Nothing until it is kept.
+        std::optional<WrittenFile> written;  ///< No value until it is complete.
     };
 
     void note(const std::filesystem::path& file, WrittenFile written);
     std::filesystem::path temporaryFor(const std::filesystem::path& file);
 
     std::filesystem::path folder;
-    std::string folderComplaint;  ///< Empty where it can be written to.
+    std::string folderComplaint;  ///< Why the folder cannot be used; empty if it can.
     bool mayWriteAnywhere;
     const std::atomic<bool>& stopping;
     std::mutex mutex;

@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// @return whether the file was begun by a program that is no more.
+/// @return whether the file belongs to a program that no longer runs.
 bool isLeftover(const std::string& name) {
     if (!name.starts_with(temporaryMark)) {
         return false;
@@ -31,7 +31,7 @@ std::string whyNoResultsFolder(const Pipeline& pipeline) {
         return {};
     }
     return "the results folder " + pipeline.resultsFolder.string() +
-           " is a link; --results names the folder that is meant";
+           " is a link; name the folder with --results to use it";
 }
 
 void removeLeftovers(const Pipeline& pipeline) {

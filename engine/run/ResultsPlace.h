@@ -7,14 +7,14 @@
 
 namespace velmorak {
 
-/// With which the name of a file begins that is not complete; the number of its program follows, and a hyphen.
+/// Prefix of the names of incomplete files; the process id and a hyphen follow.
 inline constexpr std::string_view temporaryMark = ".velmorak-";
 
-/// @return empty, or why nothing is written to the results folder: a link in place of the document's own folder may
-///         lead anywhere, and only who names it says that he means it.
+/// @return empty, or why the results folder is not used: a link in place of the document's folder may lead anywhere, so
+///         the user has to name it explicitly.
 std::string whyNoResultsFolder(const Pipeline& pipeline);
 
-/// Removes what programs that have crashed or were killed left of files that were not complete.
+/// Removes incomplete files of programs that crashed or were killed.
 void removeLeftovers(const Pipeline& pipeline);
 
 }  // namespace velmorak

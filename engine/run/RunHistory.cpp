@@ -29,7 +29,7 @@ std::string titleOfFile(const NamedFile& file) {
     return file ? "file " + *file : "the AIDA file of the command line";
 }
 
-/// @return the change of the first file that does not hold what it held.
+/// @return the change of the first file whose content differs.
 template <typename Contents>
 std::string firstChange(const std::vector<FileContent>& files, const Contents& contents) {
     for (const FileContent& file : files) {
@@ -41,7 +41,7 @@ std::string firstChange(const std::vector<FileContent>& files, const Contents& c
     return "";
 }
 
-/// Why a plug-in is executed though nothing has changed.
+/// Why a plug-in without changes is executed.
 std::string needOf(const RunState& state, std::size_t position) {
     if (state.plan.isRunReporter(position)) {
         return "it tells of the whole run";

@@ -9,37 +9,37 @@
 
 namespace velmorak {
 
-/// What a runner remembers of the plug-ins of its former runs, to say why one is executed again.
+/// Remembers the inputs and files of each plug-in in its last run, to explain why it is executed again.
 class RunHistory {
 public:
-    /// Sets the reason of every plug-in that is about to be executed or was taken from the store.
+    /// Sets the reason in the report of every plug-in that will be executed or was reused.
     void explain(RunState& state, ResultCache& cache) const;
-    /// What is to be remembered when the run that is about to begin does not come to its end.
+    /// @return the history to store before the run, for the case that the program is killed.
     RunHistory ifInterrupted(const RunState& state) const;
-    /// Takes in how the run has ended.
+    /// Updates the history after a run.
     void remember(const RunState& state, const ResultCache& cache);
 
-    /// All of it, for a later program.
+    /// Serialises the history for a later program.
     std::string toBytes() const;
-    /// Takes the place of what is remembered. Anything but such bytes leaves nothing to remember.
+    /// Replaces the history; it is empty after bytes that are invalid.
     void fromBytes(const std::string& bytes);
 
 private:
     struct Entry {
         std::string kindName;
         int version = 0;
-        std::map<std::string, std::string> inputs;  ///< What each said, as the user reads it.
+        std::map<std::string, std::string> inputs;  ///< Value or source of each, as shown to the user.
         std::vector<FileContent> asked;
         std::vector<FileContent> written;
-        std::string sentence;  ///< Of one that failed.
+        std::string sentence;  ///< Why it was not completed.
     };
 
     static Entry entryOf(const RunState& state, std::size_t position);
     std::string changeOf(const RunState& state, std::size_t position, ResultCache& cache) const;
-    /// What is no more as a plug-in of a former run left it. What it feeds does not depend on that.
+    /// @return the change of a result file since it was written; does not affect plug-ins downstream.
     std::string lossOf(const RunState& state, std::size_t position, ResultCache& cache) const;
 
-    std::map<std::string, Entry> entries;  ///< By the plug-in's name.
+    std::map<std::string, Entry> entries;  ///< By plug-in name.
 };
 
 }  // namespace velmorak

@@ -32,7 +32,7 @@ void RunJob::begin(std::function<void()> work) {
 
 bool RunJob::wait(const Runner::Grace& grace) {
     const auto hasEnded = [this] { return isOver; };
-    // Where no kind is at work, it is the run's own files that take the time, and what is complete is worth more of it.
+    // If no kind is being called, the run is writing its own files, and complete results are worth the wait.
     constexpr int maxGraces = 10;
     std::unique_lock lock(mutex);
     change.wait(lock, [this] { return isOver || stopping; });
@@ -51,13 +51,13 @@ bool RunJob::wait(const Runner::Grace& grace) {
 }
 
 std::vector<std::size_t> RunJob::leaveBehind() {
-    std::vector<std::size_t> deaf = ledger->underWay();
+    std::vector<std::size_t> unresponsive = ledger->underWay();
     ledger->leaveBehind();
     listener.close();
     messages->silence();
-    thread.detach();  // It cannot be joined: nobody knows whether it ends.
+    thread.detach();  // It may never end.
     endWithoutDestructors();
-    return deaf;
+    return unresponsive;
 }
 
 }  // namespace velmorak

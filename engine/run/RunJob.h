@@ -16,25 +16,25 @@
 
 namespace velmorak {
 
-/// One run, with all that its threads use, on a thread of its own: so that who asked for the run can leave it behind
-/// when a plug-in does not stop. What is left behind keeps the job, and reaches nothing outside of it any more.
+/// One run on its own thread, with everything that its threads use, so that the caller can leave it behind when a
+/// plug-in does not stop. A run that was left behind keeps the job alive and no longer touches anything outside of it.
 class RunJob : public std::enable_shared_from_this<RunJob> {
 public:
     /// @param listener null for none.
     RunJob(std::shared_ptr<Messages> messages, RunListener* listener);
 
-    /// Called on any thread, also before the run begins.
+    /// Asks the run to end. May be called on any thread, also before begin.
     void askToEnd();
     const std::atomic<bool>& isAskedToEnd() const { return stopping; }
 
-    /// Begins the work on the job's thread. What it throws ends the run.
+    /// Starts the work on the job's thread. An exception ends the run.
     void begin(std::function<void()> work);
-    /// Waits for the end of the run, and for no longer than the grace once it is asked to end.
-    /// @return false when it has not ended.
+    /// Waits for the end of the run, and at most for the grace period once it is asked to end.
+    /// @return false if it has not ended.
     bool wait(const Runner::Grace& grace);
-    /// Lets the threads go on without the run. @return the plug-ins that did not stop.
+    /// Detaches the thread. @return the plug-ins that did not stop.
     std::vector<std::size_t> leaveBehind();
-    /// Why the run ended before its end.
+    /// The exception that ended the run, if any.
     const std::optional<NodeError>& error() const { return failure; }
 
     Pipeline pipeline;                ///< Not changed after begin.
@@ -42,8 +42,8 @@ public:
     const std::shared_ptr<Messages> messages;
     ListenerGate listener;
     const bool isListening;
-    bool leavesRecord = false;  ///< As the report.
-    RunReport report;           ///< Complete after wait has returned true.
+    bool leavesRecord = false;  ///< A first record was written.
+    RunReport report;           ///< Valid after wait has returned true.
 
 private:
     std::atomic<bool> stopping = false;

@@ -16,15 +16,15 @@ namespace velmorak {
 
 inline constexpr const char* unfinishedSentence = "not finished because the run was stopped";
 
-/// What can be known of a run from outside while it goes on: which kinds are being called, and how the plug-ins that
-/// are settled have ended. A run that does not end is left behind by it.
-/// Threads: every operation may be called on any thread.
+/// The part of a run's state that other threads may see during the run: which kinds are being called, and the reports
+/// of plug-ins with a final status. The report of a run that is left behind is made from it. Threads: every operation
+/// may be called on any thread.
 class RunLedger {
 public:
     explicit RunLedger(const Pipeline& pipeline);
 
-    /// Calls a piece of the kind of the plug-in; whatever it throws ends here, as a problem.
-    /// @throws LeftBehind when the run was left behind meanwhile: nobody waits for what the kind has done.
+    /// Calls code of the plug-in's kind. @return the error for anything that it throws.
+    /// @throws LeftBehind if the run was left behind during the call.
     template <typename Work>
     std::optional<NodeError> call(std::size_t position, Work&& work) {
         std::optional<NodeError> error;
@@ -38,16 +38,16 @@ public:
         return error;
     }
 
-    /// Plug-ins whose kinds are being called.
+    /// @return the plug-ins whose kinds are being called.
     std::vector<std::size_t> underWay() const;
 
-    /// The plug-in is a part of the run, and not settled yet.
+    /// Marks the plug-in as needed by the run: unfinished until finalize.
     void expect(std::size_t position);
     void finalize(std::size_t position, const NodeReport& report);
-    /// How all plug-ins stand now; those that are not settled are unfinished.
+    /// @return the current reports of all plug-ins.
     std::vector<NodeReport> reports() const;
 
-    /// From now on, a call that returns ends its thread's part of the run.
+    /// Makes calls in progress throw LeftBehind when they return.
     void leaveBehind() { isLeft = true; }
 
     const std::string& title(std::size_t position) const { return titles[position]; }
@@ -69,7 +69,7 @@ private:
     };
 
     std::vector<std::string> titles;
-    std::vector<std::atomic<int>> calls;  ///< By plug-in: threads that are in its kind.
+    std::vector<std::atomic<int>> calls;  ///< By plug-in: number of threads in its kind.
     std::atomic<bool> isLeft = false;
     mutable std::mutex mutex;
     std::vector<NodeReport> nodeFinished;  ///< By plug-in.

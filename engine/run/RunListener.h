@@ -8,25 +8,25 @@
 
 namespace velmorak {
 
-/// How far the rows of a table have passed.
+/// The progress of a pass.
 struct ProgressNow {
-    std::string plugin;  ///< The source that is read.
-    unsigned pass = 0;   ///< Which passage of rows of the run, from 1.
+    std::string plugin;  ///< The source being read.
+    unsigned pass = 0;   ///< Number of the pass in the run, from 1.
     std::uint64_t rows = 0;
-    std::optional<double> fraction;  ///< Of the pass, 0 to 1, never less than before; nothing when unknown.
+    std::optional<double> fraction;  ///< Of the pass, 0 to 1, never decreasing; no value if unknown.
     double seconds = 0.0;            ///< Since the pass began.
 };
 
-/// Is told what a run does.
-/// Threads: called on the run's threads, by several at once.
+/// Observes runs.
+/// Threads: called on the threads of the run, several at once.
 class RunListener {
 public:
     virtual ~RunListener() = default;
     virtual void began(const Pipeline& pipeline, int threads) = 0;
-    /// Asked for each chunk: whether progressed is to be called.
+    /// Asked for each chunk whether to call progressed.
     virtual bool isProgressDue() = 0;
     virtual void progressed(const ProgressNow& progress) = 0;
-    /// Each plug-in that the run needed, once, when its outcome stands.
+    /// Called once for each plug-in that the run needed, when its status is final.
     virtual void nodeFinished(const PipelineNode& node, const NodeReport& report) = 0;
     virtual void ended(const RunReport& report) = 0;
 };

@@ -33,7 +33,7 @@ void RunMemory::recall(const Pipeline& pipeline) {
     if (historyKey == key) {
         return;
     }
-    // A pipeline that is saved for the first time is still the same.
+    // Saving a pipeline for the first time does not make it another one.
     const bool isSaved = historyKey && wasUntitled;
     const std::optional<std::string> bytes = disk.read(key);
     if (bytes || (historyKey && !isSaved)) {

@@ -11,27 +11,28 @@
 
 namespace velmorak {
 
-/// What a runner remembers from run to run, and where there is a place for it, from program to program.
-/// Threads: used by the run's thread; store.clear may be called on any.
+/// The state that a runner keeps from run to run: cached results, file hashes and history. With a cache folder it
+/// survives the program.
+/// Threads: used by the thread of the run; store.clear may be called on any.
 class RunMemory {
 public:
     RunMemory(CacheConfig config, DiskStore::Warn warn);
 
-    /// Brings to mind what is known of the pipeline's document.
+    /// Loads the history of the pipeline's document.
     void recall(const Pipeline& pipeline);
-    /// Writes down how the plug-ins are remembered if the program should end now.
+    /// Stores a history and the file hashes.
     void writeDown(const RunHistory& now);
 
 private:
     DiskStore disk;
-    std::optional<Digest> historyKey;  ///< Of the document that history is about; nothing before the first run.
+    std::optional<Digest> historyKey;  ///< Of the document of the history; no value before the first run.
     bool wasUntitled = false;
 
 public:
     ResultStore store;
     FileHashes digests;
     RunHistory history;
-    std::set<const Kind*> refused;  ///< Did not stop; never called again.
+    std::set<const Kind*> refused;  ///< Kinds that did not stop and are not called again.
 };
 
 }  // namespace velmorak

@@ -31,23 +31,23 @@ void RunScheduler::run(RunReport& report) {
     findNeeded();
     failInvalidNodes();
     memory.history.explain(state, cache);
-    sayReasons();
+    printReasons();
     memory.writeDown(memory.history.ifInterrupted(state));
     do {
-        takeInFinished();
+        commitFinished();
         evaluateReady();
-        takeInFinished();
+        commitFinished();
     } while (!state.isStopping() && passNext());
     finalizeRemaining();
     evaluateReporters();
-    takeInFinished();
+    commitFinished();
     memory.history.remember(state, cache);
     memory.writeDown(memory.history);
     reportTo(report);
 }
 
-/// Keeps and tells what has become complete.
-void RunScheduler::takeInFinished() {
+/// Caches and reports what became final.
+void RunScheduler::commitFinished() {
     const std::vector<std::size_t> finished = state.takeFinished();
     cache.keep(finished);
     for (const std::size_t position : finished) {
@@ -85,8 +85,8 @@ void RunScheduler::reportTo(RunReport& report) {
 }
 
 void RunScheduler::findNeeded() {
-    // What is downstream decides first, because a plug-in upstream is only needed by one that is executed. Where
-    // plug-ins feed themselves there is no such order, so it is gone through until nothing more is needed.
+    // Downstream nodes first, because an upstream node is needed only by one that is executed. Cycles have no such
+    // order, so this repeats until nothing changes.
     bool isMore = true;
     while (isMore) {
         isMore = false;
@@ -102,7 +102,7 @@ void RunScheduler::findNeeded() {
     }
 }
 
-/// A plug-in that takes something from this one is executed.
+/// Some consumer of the node is executed.
 bool RunScheduler::isWanted(std::size_t position) const {
     const std::vector<std::size_t>& consumers = state.plan.consumers(position);
     return std::any_of(consumers.begin(), consumers.end(), [this](std::size_t consumer) {
@@ -120,12 +120,12 @@ bool RunScheduler::reuse(std::size_t position) {
     }
     if (!cache.reuse(position) && isStream && !state.plan.consumers(position).empty()) {
         state.finish(position, NodeStatus::Reused, state.runs[position].report.outputs);
-        // All that was made from its rows is still right.
+        // Everything made from its rows is still valid.
     }
     return state.runs[position].isFinal;
 }
 
-void RunScheduler::sayReasons() {
+void RunScheduler::printReasons() {
     for (std::size_t i = 0; explains && i < state.runs.size(); ++i) {
         const NodeRun& run = state.runs[i];
         if (!run.report.reason.empty() && run.report.status != NodeStatus::Failed) {
@@ -143,17 +143,17 @@ void RunScheduler::failInvalidNodes() {
             continue;
         }
         if (memory.refused.contains(state.node(i).kind)) {
-            state.fail(i, {"its kind did not stop in a run before, and is refused until the program is started anew"});
+            state.fail(i, {"its kind did not stop in an earlier run and is refused until the program is restarted"});
         } else if (const std::string sentence = state.plan.validate(i); !sentence.empty()) {
             state.fail(i, {sentence});
         }
     }
 }
 
-/// Goes to the plug-ins that something new has come to since the last time, each after those that feed it.
+/// Evaluates the nodes on the agenda, each after those that feed it.
 void RunScheduler::evaluateReady() {
-    if (!hasSwept) {
-        hasSwept = true;
+    if (!hasFilledAgenda) {
+        hasFilledAgenda = true;
         for (const std::size_t position : state.plan.order()) {
             agenda.insert(state.plan.rank(position));
         }
@@ -163,7 +163,7 @@ void RunScheduler::evaluateReady() {
         agenda.erase(agenda.begin());
         if (state.runs[position].isNeeded && !state.runs[position].isFinal) {
             evaluateIfReady(position);
-            takeInFinished();  // What comes next may take long, and the program may be killed.
+            commitFinished();  // The next node may take long, and the program may be killed.
         }
     }
 }
@@ -174,7 +174,7 @@ void RunScheduler::evaluateIfReady(std::size_t position) {
     }
     const std::vector<std::size_t>& upstream = state.plan.upstream(position);
     const auto isStream = [this](std::size_t feeder) { return state.plan.isStream(feeder); };
-    // Until all values are there, because which of two failures is known first depends on what is reused.
+    // Wait for all values: which of two failures occurs first depends on what is reused.
     if (!std::all_of(upstream.begin(), upstream.end(),
                      [&](std::size_t feeder) { return isStream(feeder) || state.runs[feeder].isFinal; })) {
         return;
@@ -189,7 +189,7 @@ void RunScheduler::evaluateIfReady(std::size_t position) {
     }
 }
 
-/// The first that gives a value, or else the first that gives rows.
+/// The first failed node upstream that gives a value, or else the first that gives rows.
 std::optional<std::size_t> RunScheduler::failedUpstream(std::size_t position) const {
     const std::vector<std::size_t>& upstream = state.plan.upstream(position);
     for (const bool givesRows : {false, true}) {
@@ -203,7 +203,7 @@ std::optional<std::size_t> RunScheduler::failedUpstream(std::size_t position) co
     return std::nullopt;
 }
 
-/// Those that tell of the run come when all else has ended, in whatever way.
+/// Run reporters are evaluated after everything else has ended, in whatever way.
 void RunScheduler::evaluateReporters() {
     for (const std::size_t position : state.plan.order()) {
         if (!state.runs[position].isNeeded || state.runs[position].isFinal) {
@@ -213,7 +213,7 @@ void RunScheduler::evaluateReporters() {
             state.stopFirst(position);
         } else {
             evaluate(position);
-            takeInFinished();
+            commitFinished();
         }
     }
 }
@@ -256,11 +256,11 @@ bool RunScheduler::isTarget(std::size_t position) const {
     if (!state.plan.isStream(position)) {
         return state.plan.tableInput(position).has_value();
     }
-    // The rows of a table that nothing takes are passed for the sake of what is said about them.
+    // A table without consumers is read once, to report its row count and errors.
     return !run.hasStreamed && state.plan.isInScope(position) && state.plan.consumers(position).empty();
 }
 
-/// @param known of plug-ins that were asked about before, at the same moment.
+/// @param known results of earlier calls in the same state.
 bool RunScheduler::isReady(std::size_t target, std::unordered_map<std::size_t, bool>& known) const {
     std::vector<std::size_t> open{target};
     while (!open.empty()) {
@@ -286,7 +286,7 @@ bool RunScheduler::isReady(std::size_t target, std::unordered_map<std::size_t, b
     return known.at(target);
 }
 
-/// The sources, or rows of sources, that some target waits for; in the order of the first of them.
+/// Groups the targets by their segments, in the order of the first source.
 void RunScheduler::findTables() {
     std::vector<std::vector<std::size_t>> targets(state.plan.segmentListCount());
     for (std::size_t i = 0; i < state.runs.size(); ++i) {
@@ -299,10 +299,10 @@ void RunScheduler::findTables() {
             tables.push_back(std::move(each));
         }
     }
-    const auto placeOf = [this](const std::vector<std::size_t>& table) {
+    const auto positionOf = [this](const std::vector<std::size_t>& table) {
         return std::pair(state.plan.rank(state.plan.segments(table.front()).front()), table.front());
     };
-    tables.sort([&](const auto& one, const auto& other) { return placeOf(one) < placeOf(other); });
+    tables.sort([&](const auto& one, const auto& other) { return positionOf(one) < positionOf(other); });
 }
 
 bool RunScheduler::passNext() {
@@ -310,8 +310,8 @@ bool RunScheduler::passNext() {
         hasTables = true;
         findTables();
     }
-    // A table whose plug-ins all can take part goes first: those of the others may become ready meanwhile, which
-    // saves a pass.
+    // Prefers the table with the fewest targets that are not ready: they may become ready meanwhile, which saves a
+    // pass.
     std::vector<std::size_t> best;
     std::size_t fewestWaiting = SIZE_MAX;
     std::unordered_map<std::size_t, bool> known;
@@ -337,7 +337,7 @@ bool RunScheduler::passNext() {
     return true;
 }
 
-/// The targets, and what passes rows on to them, each after what feeds it.
+/// The targets and the operators upstream of them, each after those that feed it.
 std::vector<OperatorInstance> RunScheduler::operatorsFor(const std::vector<std::size_t>& targets) const {
     std::set<OperatorInstance> wanted;
     std::vector<OperatorInstance> open;
@@ -346,13 +346,13 @@ std::vector<OperatorInstance> RunScheduler::operatorsFor(const std::vector<std::
         open.push_back({target, 0});
     }
     while (!open.empty()) {
-        const OperatorInstance place = open.back();
+        const OperatorInstance instance = open.back();
         open.pop_back();
-        if (state.plan.category(place.node) == KindCategory::Source || !wanted.insert(place).second) {
+        if (state.plan.category(instance.node) == KindCategory::Source || !wanted.insert(instance).second) {
             continue;
         }
-        std::size_t segment = place.firstSegment;
-        for (const std::size_t feeder : state.plan.tableInputs(place.node)) {
+        std::size_t segment = instance.firstSegment;
+        for (const std::size_t feeder : state.plan.tableInputs(instance.node)) {
             open.push_back({feeder, segment});
             segment += state.plan.segments(feeder).size();
         }
@@ -366,7 +366,7 @@ std::vector<OperatorInstance> RunScheduler::operatorsFor(const std::vector<std::
 }
 
 void RunScheduler::finalizeRemaining() {
-    // What is downstream first, because it is known there whether the rows are in a result that is reused.
+    // Downstream nodes first: whether rows are part of a reused result is known there.
     std::vector<bool> isInReused(state.runs.size(), false);
     for (const std::size_t position : state.plan.reverseOrder()) {
         const std::vector<std::size_t>& consumers = state.plan.consumers(position);
@@ -381,8 +381,7 @@ void RunScheduler::finalizeRemaining() {
     }
 }
 
-/// Ends a stream: where all that could take its rows ended without, a result that was made from them in a former run
-/// tells that they are right.
+/// Sets the status of a stream. One that no consumer read counts as reused if a reused result was made from its rows.
 void RunScheduler::finalize(std::size_t position, bool isInReused) {
     NodeRun& run = state.runs[position];
     state.finalize(position);

@@ -15,11 +15,20 @@
 
 namespace velmorak {
 
-/// One run of a pipeline, from what is needed to what is kept.
+/// Executes one run: decides which nodes are needed, reuses cached results, evaluates functions, and passes streams.
+///
+/// The life of a node, whose status changes only here and in StreamPass, on the thread of the run:
+///  - not requested, unless it is in scope or feeds a needed node that is not reused (findNeeded, from downstream up);
+///  - reused, if the cache has a result for its key; nodes upstream are then needed only for other consumers;
+///  - failed at once, if the plan has an error for it (failInvalidNodes);
+///  - evaluated when all its values are final (evaluateReady), or as part of a pass (passNext) if it takes rows;
+///  - skipped as soon as something upstream has failed; unfinished if the run is stopped first.
+/// A final status never changes. A result is put into the cache as soon as it is final, so that a killed program loses
+/// only the work in progress. Reporters run last, whatever happened to the nodes that feed them.
 class RunScheduler {
 public:
-    /// @param state, memory and workers outlive this.
-    /// @param explains reasons are said.
+    /// @param state, memory and executor outlive this.
+    /// @param explains prints why each node is executed or reused.
     RunScheduler(RunState& state, RunMemory& memory, bool explains, Executor& executor);
 
     void run(RunReport& report);
@@ -28,7 +37,7 @@ private:
     void findNeeded();
     bool isWanted(std::size_t position) const;
     bool reuse(std::size_t position);
-    void sayReasons();
+    void printReasons();
     void failInvalidNodes();
     void evaluateReady();
     void evaluateIfReady(std::size_t position);
@@ -44,7 +53,7 @@ private:
     void findTables();
     std::vector<OperatorInstance> operatorsFor(const std::vector<std::size_t>& targets) const;
 
-    void takeInFinished();
+    void commitFinished();
     void finalizeRemaining();
     void finalize(std::size_t position, bool isInReused);
     void reportTo(RunReport& report);
@@ -56,10 +65,10 @@ private:
     Executor& executor;
     ResultCache cache;
     FilePrefetchHasher prefetchHasher;
-    bool hasSwept = false;
-    std::set<std::size_t> agenda;  ///< Places in the plan's order to go to in the next sweep.
+    bool hasFilledAgenda = false;
+    std::set<std::size_t> agenda;  ///< Ranks of nodes to look at again, because something that feeds them became final.
     bool hasTables = false;
-    std::list<std::vector<std::size_t>> tables;  ///< The targets of each that is still to be passed.
+    std::list<std::vector<std::size_t>> tables;  ///< The targets of each list of segments that is still to be passed.
 };
 
 }  // namespace velmorak

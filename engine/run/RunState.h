@@ -14,18 +14,19 @@
 
 namespace velmorak {
 
-/// Where one plug-in stands in a run.
+/// The state of one plug-in in a run.
 struct NodeRun {
     bool isNeeded = false;
-    bool isFinal = false;      ///< Its outcome stands.
-    bool isReported = false;   ///< The listener knows the outcome.
-    bool hasStreamed = false;  ///< Of a stream: at least one pass went through to its end.
+    bool isFinal = false;      ///< The status does not change any more.
+    bool isReported = false;   ///< The listener has been called.
+    bool hasStreamed = false;  ///< Of a stream: at least one pass came to its end.
     NodeReport report;
-    std::string cause;  ///< Of a failed or skipped plug-in: the one that failed.
+    std::string cause;  ///< Of a failed or skipped plug-in: name of the one that failed.
     std::unique_ptr<NodeContext> context;
 };
 
-/// Everything that one run knows. Used by one thread at a time, but for what the contexts do.
+/// The state of one run.
+/// Threads: one at a time, except for the contexts and call.
 class RunState {
 public:
     /// @param pipeline, stopping, messages, ledger and listener outlive this.
@@ -35,32 +36,32 @@ public:
 
     const PipelineNode& node(std::size_t position) const { return pipeline.nodes[position]; }
     bool isStopping() const { return stopping; }
-    /// Executed, or taken from the store.
+    /// Executed or reused.
     bool isDone(std::size_t position) const;
     bool hasFailed(std::size_t position) const;
-    /// All that feeds the plug-in with values is done.
+    /// All values that the plug-in takes are available.
     bool hasArguments(std::size_t position) const;
-    /// @throws Failure when a value is not what the input takes.
+    /// @throws Failure if a value does not suit its input.
     NodeArguments arguments(std::size_t position) const;
 
-    /// Sets the outcome of a plug-in that could not do its work; a failure is said at once.
+    /// Sets the status of a plug-in that ended with an error, and prints a failure.
     void fail(std::size_t position, const NodeError& error);
     void finalize(std::size_t position);
     void skip(std::size_t position, const std::string& cause);
-    /// Sets the outcome of a plug-in that the end of the run came before.
+    /// Sets the status of a plug-in that was not finished when the run was stopped.
     void stopFirst(std::size_t position);
     void finish(std::size_t position, NodeStatus status, std::vector<Value> outputs);
     void addSeconds(std::size_t position, std::chrono::nanoseconds time);
-    /// The rows of a stream have passed to their end.
+    /// A pass of the stream came to its end.
     void pass(std::size_t position);
 
-    /// Calls a piece of the plug-in's kind, as RunLedger does.
+    /// Calls code of the plug-in's kind; see RunLedger::call.
     template <typename Work>
     std::optional<NodeError> call(std::size_t position, Work&& work) const {
         return ledger.call(position, std::forward<Work>(work));
     }
 
-    /// Plug-ins that were settled, or that passed, since the last call, in the plan's order.
+    /// @return plug-ins that became final, or whose stream ended, since the last call, in the plan's order.
     std::vector<std::size_t> takeFinished();
 
     const Pipeline& pipeline;
@@ -68,20 +69,20 @@ public:
     Messages& messages;
     RunLedger& ledger;
     RunListener* listener;  ///< Null for none.
-    unsigned passes = 0;    ///< Passages of rows that have begun.
+    unsigned passes = 0;    ///< Number of passes begun.
     Plan plan;
     ResultFolder results;
     RunEnvironment environment;
     std::vector<NodeRun> runs;  ///< Parallel to the pipeline's nodes.
 
 private:
-    /// @param mayMiss the plug-in takes what has no value because something failed.
+    /// @param mayMiss a value may be missing because its plug-in failed.
     Arrival arrival(const PipelineInput& input, bool mayMiss) const;
 
-    std::vector<std::size_t> finished;  ///< Since the last takeFinished; perhaps twice.
+    std::vector<std::size_t> finished;  ///< Since the last takeFinished; may contain duplicates.
 };
 
-/// Times what a plug-in does on the run's own thread, into its seconds.
+/// Adds the time of its scope to the seconds of a plug-in.
 class Stopwatch {
 public:
     Stopwatch(RunState& state, std::size_t node) : state(state), node(node) {}

@@ -45,7 +45,7 @@ struct Runner::Impl : std::enable_shared_from_this<Runner::Impl> {
 
     std::ostream& stream;
     const bool isTerminal;
-    std::shared_ptr<Messages> messages;  ///< A run that is left behind has silent ones of its own.
+    std::shared_ptr<Messages> messages;  ///< Replaced when a run is left behind, which keeps silenced ones.
     RunConfig config;
     std::unique_ptr<RunMemory> memory;
     bool explains = false;
@@ -54,7 +54,7 @@ struct Runner::Impl : std::enable_shared_from_this<Runner::Impl> {
     RunListener* listener = nullptr;
     Grace grace = threeSeconds;
     std::mutex mutex;
-    std::shared_ptr<RunJob> job;  ///< Of the run that is going on; null without one.
+    std::shared_ptr<RunJob> job;  ///< The current run; null without one.
 };
 
 Runner::Impl::Impl(std::ostream& stream, bool isTerminal, RunConfig config)
@@ -103,7 +103,7 @@ RunReport Runner::Impl::carryOut(RunJob& job) {
     return report;
 }
 
-/// On the job's thread.
+/// Runs on the job's thread.
 void Runner::Impl::execute(RunJob& job, bool isBackground) {
     if (isBackground) {
         lowerPriority();
@@ -137,23 +137,23 @@ RunReport Runner::Impl::leaveBehind(RunJob& job) {
     RunReport report;
     report.threads = static_cast<int>(config.threads.threads);
     report.began = std::chrono::system_clock::now();
-    const std::vector<std::size_t> deaf = job.leaveBehind();
+    const std::vector<std::size_t> unresponsive = job.leaveBehind();
     messages = std::make_shared<Messages>(stream, isTerminal);
     report.nodes = job.ledger->reports();
     report.wasStopped = true;
-    for (const std::size_t position : deaf) {
+    for (const std::size_t position : unresponsive) {
         memory->refused.insert(job.pipeline.nodes[position].kind);
         messages->line(job.ledger->title(position) +
                        " does not stop; its thread is left behind, and its kind is refused until the program is "
-                       "started anew");
+                       "restarted");
     }
-    if (deaf.empty()) {
-        messages->line("The run does not stop; it is left behind while it waits for a file");
+    if (unresponsive.empty()) {
+        messages->line("The run does not stop; it is left behind while waiting for a file");
     }
     return report;
 }
 
-/// @return false when there is to be no record, or it cannot be written, which is said.
+/// @return false if records are off or writing failed, which prints a warning.
 bool Runner::Impl::leave(const RunJob& job, const RunReport& report, bool isOver) {
     const Pipeline& pipeline = job.pipeline;
     if (!leavesRecords || pipeline.nodes.empty() || pipeline.resultsFolder.empty()) {
@@ -171,7 +171,7 @@ bool Runner::Impl::leave(const RunJob& job, const RunReport& report, bool isOver
 
 void Runner::Impl::summarise(const Pipeline& pipeline, const RunReport& report) {
     for (std::size_t i = 0; i < report.nodes.size(); ++i) {
-        // Failures were said when they happened.
+        // Failures were printed when they occurred.
         if (report.nodes[i].status == NodeStatus::Failed || report.nodes[i].status == NodeStatus::NotRequested) {
             continue;
         }

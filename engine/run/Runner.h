@@ -15,12 +15,12 @@
 namespace velmorak {
 
 enum class NodeStatus {
-    NotRequested,  ///< Shares nothing with the start plug-in.
+    NotRequested,  ///< Not downstream of the start plug-in, and not needed by one that is.
     Done,          ///< Executed.
-    Reused,        ///< Its stored result was still right.
+    Reused,        ///< Its cached result is still valid.
     Failed,        ///< See the sentence.
-    Skipped,       ///< Not run because of something upstream.
-    Unfinished,    ///< The run was stopped first.
+    Skipped,       ///< Not run because something upstream failed.
+    Unfinished,    ///< The run was stopped before.
 };
 
 struct NodeReport {
@@ -30,7 +30,7 @@ struct NodeReport {
     std::uint64_t rowsOut = 0;
     double seconds = 0.0;
     std::vector<Value> outputs;  ///< Parallel to the node's outputs; monostate for a table and for what is missing.
-    std::string reason{};        ///< Of one that was executed or reused: why.
+    std::string reason{};        ///< Why it was executed or reused.
     std::vector<RecordedFile> written{};  ///< Complete files that it left, in this run or before it.
     bool takesTable = false;              ///< Some input is a table.
 };
@@ -51,20 +51,20 @@ inline constexpr int maxThreads = 1024;  ///< Of one run.
 class Executor;
 class RunListener;
 
-/// Executes pipelines, one at a time, on all cores, and keeps what may be used again. A plug-in that does not stop when
-/// the run is asked to end is left behind after a grace of three seconds, with its thread; its kind is refused from
-/// then on. Threads: run on one thread at a time; stop and reset on any thread at any time. Errors:  nothing is thrown;
-/// what fails is in the report and on the stream of messages.
+/// Executes pipelines, one at a time, and caches results. A plug-in that does not stop within a grace period of three
+/// seconds after the run was asked to end is left behind with its thread; its kind is refused from then on.
+/// Threads: run on one thread at a time; stop and reset on any thread at any time.
+/// Errors:  nothing is thrown; failures are in the report and among the messages.
 class Runner {
 public:
-    /// @param messages progress, one line a plug-in, and failures. On a terminal the progress line redraws.
+    /// @param messages receives progress, one line for each plug-in, and failures.
     Runner(std::ostream& messages, bool isTerminal, const RunConfig& config = {});
     ~Runner();
 
     RunReport run(const Pipeline& pipeline);
 
-    /// Before a run executes anything, it says for each plug-in whether it is executed or reused, and why. Not at
-    /// first. Called while no run is going on.
+    /// Whether runs first print for each plug-in whether it is executed or reused, and why. Off by default. Not called
+    /// during a run.
     void explain(bool isWanted);
 
     /// Number of threads of each run from now on, at least 1. Called while no run is going on.
@@ -76,31 +76,31 @@ public:
     /// Who works from now on, in place of threads of the runner's own. Called while no run is going on.
     void setExecutor(std::unique_ptr<Executor> executor);
 
-    /// From now on, each run leaves a record of itself in its results folder. Called while no run is going on.
+    /// Makes later runs write run.json to their results folders. Not called during a run.
     void leaveRecords();
 
-    /// Waits on a run that was asked to end, until isOver or for as long as a plug-in may take to hear of it.
+    /// Waits for a run that was asked to end, until isOver or the end of the grace period.
     using Grace = std::function<void(std::unique_lock<std::mutex>& lock, std::condition_variable& change,
                                      const std::function<bool()>& isOver)>;
-    /// Takes the place of three seconds of the clock. Called while no run is going on.
+    /// Replaces the grace period of three seconds. Not called during a run.
     void waitWith(Grace grace);
 
-    /// From now on, this is told what runs do. Called while no run is going on.
+    /// Sets the observer of later runs. Not called during a run.
     /// @param listener outlives the runs; null for none.
     void tell(RunListener* listener);
 
-    /// As above. The snapshot is taken when a stop already counts, so that none gets lost between the two.
+    /// As above, but takes the snapshot when a stop already counts, so that none is lost in between.
     RunReport run(const std::function<Pipeline()>& snapshot);
 
-    /// Asks the run that is going on to end. Without one, nothing happens and the next run is not affected.
+    /// Asks the current run to end. Without one it has no effect, also not on the next run.
     void stop();
 
-    /// Forgets all kept results and asks a run that is going on to end.
+    /// Clears the cache and asks the current run to end.
     void reset();
 
 private:
     struct Impl;
-    std::shared_ptr<Impl> part;  ///< Also of runs that are left behind.
+    std::shared_ptr<Impl> part;  ///< Shared with runs that are left behind.
 };
 
 }  // namespace velmorak

@@ -8,15 +8,16 @@
 
 namespace velmorak {
 
-/// Merges the states of an accumulator, which come one for each chunk, in chunk order. Neighbours of equal size are
-/// merged, so that the number of chunks alone decides which states meet, and few states are alive at a time.
+/// Merges the states of an accumulator, which arrive one for each chunk in chunk order. Neighbours made of equally many
+/// chunks are merged, as in a binary counter: which states meet depends only on the number of chunks, and at most log2
+/// of it are alive.
 class StateMerger {
 public:
     /// @param accumulation outlives this.
     StateMerger(const Accumulation& accumulation, Accumulator::MergeOrder order);
 
     void take(std::unique_ptr<AccumulatorState> state);
-    /// @return the state of the whole stream; an empty one when none was taken. Nothing is left here.
+    /// @return the state of the whole stream; a new one if none was taken. Leaves the merger empty.
     std::unique_ptr<AccumulatorState> whole();
 
 private:
@@ -27,7 +28,7 @@ private:
 
     const Accumulation& accumulation;
     Accumulator::MergeOrder order;
-    std::vector<Entry> parts;  ///< From the first chunk on; levels fall.
+    std::vector<Entry> parts;  ///< In chunk order, with decreasing levels.
 };
 
 }  // namespace velmorak

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t maxNameLength = 120;
 
-/// One character of a text in UTF-8, or a byte that belongs to none.
+/// One character of a UTF-8 text, or a byte that belongs to none.
 struct Character {
     char32_t code = 0;
     std::size_t length = 1;

@@ -4,20 +4,20 @@
 #include <string>
 #include <string_view>
 
-/// Texts of documents and kinds as a terminal may be given them.
+/// Makes texts of documents and kinds safe to print on a terminal.
 namespace velmorak {
 
-/// A control character, or one that ends a line or turns the direction of writing.
+/// Whether the text has a control character, or one that ends a line or changes the writing direction.
 bool hasControlCharacter(std::string_view text);
 
-/// The text with its control characters, and with bytes that are no UTF-8, written out: "\n", "\x1B", "\u202E". What
-/// it says can then neither begin a line nor change what stands on the terminal.
+/// Escapes control characters and bytes that are not UTF-8: "\n", "\x1B", "\u202E", so that the text can neither begin
+/// a line nor change the terminal.
 std::string visible(std::string_view text);
 
-/// The same where line ends and tabulators belong to the text.
+/// The same, but keeps line ends and tabs.
 std::string visibleLines(std::string_view text);
 
-/// A name as a part of a message: its beginning and "..." where it is longer than anybody reads.
+/// Shortens a long name for a message: its beginning and "...".
 std::string shortened(const std::string& name);
 
 }  // namespace velmorak

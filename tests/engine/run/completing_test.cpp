@@ -8,9 +8,9 @@
 namespace velmorak::test {
 namespace {
 
-class Completing : public RunTest {
+class SourceCompletion : public RunTest {
 protected:
-    Completing() {
+    SourceCompletion() {
         late.isLate = true;
         add(late, "late", {{"rows", std::to_string(20 * chunkRows + 3)}});
         add(sum, "sum");
@@ -31,7 +31,7 @@ protected:
     CutKind cut;
 };
 
-TEST_F(Completing, givesTheSameBitsForAnyThreads) {
+TEST_F(SourceCompletion, givesTheSameBitsForAnyThreads) {
     const double inOne = sumOf(1);
     for (const std::size_t threads : {2, 3, 16}) {
         const double inMany = sumOf(threads);
@@ -41,7 +41,7 @@ TEST_F(Completing, givesTheSameBitsForAnyThreads) {
     EXPECT_EQ(sumOf(2), inOne) << "as rows that are made one chunk after the other";
 }
 
-TEST_F(Completing, isDoneOnceForEachChunkHoweverManyTakeIt) {
+TEST_F(SourceCompletion, isDoneOnceForEachChunkHoweverManyTakeIt) {
     add(sum, "another");
     add(cut, "cut");
     wire("late", "table", "another", "table");
@@ -52,7 +52,7 @@ TEST_F(Completing, isDoneOnceForEachChunkHoweverManyTakeIt) {
     EXPECT_EQ(of("late").rowsOut, 20 * chunkRows + 3);
 }
 
-TEST_F(Completing, isDoneByTwoThreadsAtOnce) {
+TEST_F(SourceCompletion, isDoneByTwoThreadsAtOnce) {
     std::mutex mutex;
     std::condition_variable changed;
     int inside = 0;
@@ -67,7 +67,7 @@ TEST_F(Completing, isDoneByTwoThreadsAtOnce) {
     EXPECT_TRUE(haveMet);
 }
 
-TEST_F(Completing, endsTheSourceWhereItFails) {
+TEST_F(SourceCompletion, endsTheSourceWhereItFails) {
     late.beforeComplete = [](std::uint64_t chunk) {
         if (chunk >= 7) {
             throw Failure("chunk " + std::to_string(chunk) + " is no good");
@@ -88,7 +88,7 @@ TEST_F(Completing, endsTheSourceWhereItFails) {
     EXPECT_EQ(status("ofA"), NodeStatus::Done);
 }
 
-TEST_F(Completing, isDoneForATableThatNothingTakes) {
+TEST_F(SourceCompletion, isDoneForATableThatNothingTakes) {
     add(late, "alone", {{"rows", "40000"}});
     start("alone");
     run();

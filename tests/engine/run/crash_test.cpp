@@ -7,9 +7,9 @@ namespace velmorak::test {
 namespace {
 
 /// The program ends in each of these, in a copy of itself.
-class Crashes : public RunTest {
+class CrashNotes : public RunTest {
 protected:
-    Crashes() { ::testing::GTEST_FLAG(death_test_style) = "threadsafe"; }
+    CrashNotes() { ::testing::GTEST_FLAG(death_test_style) = "threadsafe"; }
 
     /// Says on standard error what a user reads there.
     void runAloud() {
@@ -31,23 +31,23 @@ protected:
                          }};
 };
 
-TEST_F(Crashes, nameThePlugInAndItsKindAndEndByTheirSignal) {
+TEST_F(CrashNotes, nameThePlugInAndItsKindAndEndByTheirSignal) {
     add(raising, "odd");
     EXPECT_EXIT(runAloud(), ::testing::KilledBySignal(SIGSEGV),
                 "Broken \"odd\" crashed \\(segmentation fault\\); the program ends\\.");
 }
 
-TEST_F(Crashes, ofAnAbortAreNamed) {
+TEST_F(CrashNotes, ofAnAbortAreNamed) {
     add(aborting, "odd");
     EXPECT_EXIT(runAloud(), ::testing::KilledBySignal(SIGABRT), "Broken \"odd\" crashed \\(abort\\)");
 }
 
-TEST_F(Crashes, byAStackThatHasRunOutAreNamed) {
+TEST_F(CrashNotes, byAStackThatHasRunOutAreNamed) {
     add(endless, "deep");
     EXPECT_EXIT(runAloud(), ::testing::KilledBySignal(SIGSEGV), "Broken \"deep\" crashed");
 }
 
-TEST_F(Crashes, onAnotherThreadOfAStreamAreNamed) {
+TEST_F(CrashNotes, onAnotherThreadOfAStreamAreNamed) {
     RowSource rows;
     SumKind sum;
     sum.beforeFill = [](const Chunk&) { static_cast<void>(std::raise(SIGBUS)); };
@@ -57,7 +57,7 @@ TEST_F(Crashes, onAnotherThreadOfAStreamAreNamed) {
     EXPECT_EXIT(runAloud(), ::testing::KilledBySignal(SIGBUS), "Sum \"odd\" crashed \\(bus error\\)");
 }
 
-TEST_F(Crashes, areLeftToAHandlerThatWasThereBefore) {
+TEST_F(CrashNotes, areLeftToAHandlerThatWasThereBefore) {
     struct sigaction own {};
     own.sa_handler = [](int) { _exit(42); };
     sigaction(SIGFPE, &own, nullptr);

@@ -45,9 +45,9 @@ private:
 };
 
 /// Kinds that do not hear of a stop until the test lets them go on, and runs that wait no time for them.
-class DeafKinds : public RunTest {
+class UnresponsiveKinds : public RunTest {
 protected:
-    DeafKinds() {
+    UnresponsiveKinds() {
         runner.waitWith([](auto&, auto&, const auto&) {});
         add(pass, "first", {{"value", "2"}});
         add(deaf, "deaf");
@@ -55,7 +55,7 @@ protected:
         wire("first", "number", "deaf", "value");
         wire("deaf", "number", "after", "value");
     }
-    ~DeafKinds() override { letGo(); }
+    ~UnresponsiveKinds() override { letGo(); }
 
     void letGo() {
         gate->open();
@@ -83,7 +83,7 @@ protected:
                       }};
 };
 
-TEST_F(DeafKinds, areNamedAndLeftBehindAndTheRunEnds) {
+TEST_F(UnresponsiveKinds, areNamedAndLeftBehindAndTheRunEnds) {
     runAndStopWhenItBlocks();
     EXPECT_TRUE(report.wasStopped);
     EXPECT_EQ(status("first"), NodeStatus::Done);
@@ -91,23 +91,23 @@ TEST_F(DeafKinds, areNamedAndLeftBehindAndTheRunEnds) {
     EXPECT_EQ(status("after"), NodeStatus::Unfinished);
     EXPECT_TRUE(
         wasSaid("Deaf \"deaf\" does not stop; its thread is left behind, and its kind is refused until the "
-                "program is started anew"));
+                "program is restarted"));
     EXPECT_TRUE(wasSaid("Deaf \"deaf\": not finished because the run was stopped"));
     EXPECT_TRUE(wasSaid("The run was stopped."));
 }
 
-TEST_F(DeafKinds, areRefusedFromThenOnAndTheOthersRun) {
+TEST_F(UnresponsiveKinds, areRefusedFromThenOnAndTheOthersRun) {
     runAndStopWhenItBlocks();
     run();
     EXPECT_EQ(status("first"), NodeStatus::Reused);
     EXPECT_EQ(status("deaf"), NodeStatus::Failed);
     EXPECT_EQ(sentence("deaf"),
-              "its kind did not stop in a run before, and is refused until the program is started anew");
+              "its kind did not stop in an earlier run and is refused until the program is restarted");
     EXPECT_EQ(sentence("after"), "not run because of \"deaf\"");
     EXPECT_EQ(deaf.evaluated, 1);
 }
 
-TEST_F(DeafKinds, sayAndChangeNothingMoreWhenTheyReturn) {
+TEST_F(UnresponsiveKinds, sayAndChangeNothingMoreWhenTheyReturn) {
     runAndStopWhenItBlocks();
     messages.str("");
     letGo();
@@ -116,7 +116,7 @@ TEST_F(DeafKinds, sayAndChangeNothingMoreWhenTheyReturn) {
     EXPECT_EQ(status("deaf"), NodeStatus::Failed);
 }
 
-TEST_F(DeafKinds, amongTheThreadsOfAStreamAreLeftBehindToo) {
+TEST_F(UnresponsiveKinds, amongTheThreadsOfAStreamAreLeftBehindToo) {
     // Kinds are never unloaded: a thread that is left behind is still in its call of one.
     static RowSource rows;
     static SumKind sum;
@@ -136,12 +136,12 @@ TEST_F(DeafKinds, amongTheThreadsOfAStreamAreLeftBehindToo) {
     EXPECT_EQ(status("sum"), NodeStatus::Unfinished);
     EXPECT_TRUE(
         wasSaid("Sum \"sum\" does not stop; its thread is left behind, and its kind is refused until the "
-                "program is started anew"));
+                "program is restarted"));
     EXPECT_EQ(sum.finished, 0);
     letGo();
 }
 
-TEST_F(DeafKinds, thatStopInTimeAreNotRefused) {
+TEST_F(UnresponsiveKinds, thatStopInTimeAreNotRefused) {
     runner.waitWith([this](auto& lock, auto& change, const auto& isOver) {
         gate->open();
         change.wait(lock, isOver);

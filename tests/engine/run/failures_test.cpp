@@ -5,9 +5,9 @@
 namespace velmorak::test {
 namespace {
 
-class Failures : public RunTest {
+class NodeFailures : public RunTest {
 protected:
-    Failures() {
+    NodeFailures() {
         add(rows, "rows", {{"rows", std::to_string(8 * chunkRows)}});
         add(cut, "cut");
         add(sum, "all");
@@ -24,7 +24,7 @@ protected:
     SeeKind see;
 };
 
-TEST_F(Failures, aRowWisePlugInEndsItsOwnBranchOnly) {
+TEST_F(NodeFailures, aRowWisePlugInEndsItsOwnBranchOnly) {
     cut.beforeApply = [](const Chunk& chunk) {
         if (chunk.number >= 3) {
             throw Failure("cut", "no good in row " + std::to_string(chunk.firstRow));
@@ -43,7 +43,7 @@ TEST_F(Failures, aRowWisePlugInEndsItsOwnBranchOnly) {
     EXPECT_FALSE(report.wasStopped);
 }
 
-TEST_F(Failures, anAccumulatorLeavesTheOthersOnItsStreamAlone) {
+TEST_F(NodeFailures, anAccumulatorLeavesTheOthersOnItsStreamAlone) {
     SumKind failing;
     failing.beforeFill = [](const Chunk&) { throw std::bad_alloc(); };
     add(failing, "failing");
@@ -58,7 +58,7 @@ TEST_F(Failures, anAccumulatorLeavesTheOthersOnItsStreamAlone) {
     EXPECT_EQ(status("some"), NodeStatus::Done);
 }
 
-TEST_F(Failures, aSourceEndsAllThatHangsOnItAndNothingElse) {
+TEST_F(NodeFailures, aSourceEndsAllThatHangsOnItAndNothingElse) {
     add(rows, "other");
     add(sum, "ofOther");
     wire("other", "table", "ofOther", "table");
@@ -78,7 +78,7 @@ TEST_F(Failures, aSourceEndsAllThatHangsOnItAndNothingElse) {
     EXPECT_EQ(sum.finished, 0);
 }
 
-TEST_F(Failures, whatNeedsAFailureTwoStepsAwayNamesTheFailure) {
+TEST_F(NodeFailures, whatNeedsAFailureTwoStepsAwayNamesTheFailure) {
     add(pass, "unlucky", {{"value", "13"}});
     add(pass, "next");
     add(pass, "last");
@@ -95,7 +95,7 @@ TEST_F(Failures, whatNeedsAFailureTwoStepsAwayNamesTheFailure) {
 }
 
 /// "late" fails when all else has failed already, because it waits for what a whole table gives.
-TEST_F(Failures, ofSeveralTheFirstValueIsNamedWhicheverFailedFirst) {
+TEST_F(NodeFailures, ofSeveralTheFirstValueIsNamedWhicheverFailedFirst) {
     const FreeFunction two("Two", {{numberInput("a"), numberInput("b")}, {}},
                            [](const Arguments&, Results&, RunContext&) {});
     cut.beforeApply = [](const Chunk&) { throw Failure("no good"); };
@@ -125,7 +125,7 @@ TEST_F(Failures, ofSeveralTheFirstValueIsNamedWhicheverFailedFirst) {
     EXPECT_EQ(sentence("both"), "not run because of \"late\"");
 }
 
-TEST_F(Failures, finishingFailsAloneToo) {
+TEST_F(NodeFailures, finishingFailsAloneToo) {
     sum.beforeFinish = [](RunContext& context) {
         if (context.pluginName() == "all") {
             throw std::runtime_error("nothing to finish");
@@ -136,20 +136,20 @@ TEST_F(Failures, finishingFailsAloneToo) {
     EXPECT_EQ(status("some"), NodeStatus::Done);
 }
 
-TEST_F(Failures, somethingThatIsNoExceptionIsAFailure) {
+TEST_F(NodeFailures, somethingThatIsNoExceptionIsAFailure) {
     sum.beforeFinish = [](RunContext&) { throw 42; };
     run();
     EXPECT_EQ(sentence("all"), "it failed without saying why");
 }
 
-TEST_F(Failures, stoppingWithoutBeingAskedIsAFailure) {
+TEST_F(NodeFailures, stoppingWithoutBeingAskedIsAFailure) {
     sum.beforeFinish = [](RunContext&) { throw Stopped(); };
     run();
     EXPECT_EQ(sentence("all"), "it stopped without being asked to");
     EXPECT_FALSE(report.wasStopped);
 }
 
-TEST_F(Failures, anUnknownKindFailsByName) {
+TEST_F(NodeFailures, anUnknownKindFailsByName) {
     pipeline.nodes[positionOf("cut")].kind = nullptr;
     pipeline.nodes[positionOf("cut")].kindName = "Foreign";
     run();
@@ -158,33 +158,33 @@ TEST_F(Failures, anUnknownKindFailsByName) {
     EXPECT_EQ(status("all"), NodeStatus::Done);
 }
 
-TEST_F(Failures, aMissingWireNamesTheInput) {
+TEST_F(NodeFailures, aMissingWireNamesTheInput) {
     inputOf("cut", "table").wire.reset();
     start("cut");
     run();
     EXPECT_EQ(sentence("cut"), "input \"table\": nothing is wired where a table is needed");
 }
 
-TEST_F(Failures, aMissingWireOfAnyTypeNamesTheInputToo) {
+TEST_F(NodeFailures, aMissingWireOfAnyTypeNamesTheInputToo) {
     add(see, "see");
     start("see");
     run();
     EXPECT_EQ(sentence("see"), "input \"object\": nothing is wired where something is needed");
 }
 
-TEST_F(Failures, aWireOfTheWrongTypeNamesBothEnds) {
+TEST_F(NodeFailures, aWireOfTheWrongTypeNamesBothEnds) {
     wire("all", "sum", "some", "table");
     run();
     EXPECT_EQ(sentence("some"), "input \"table\": output \"sum\" of \"all\" is a number, where a table is needed");
 }
 
-TEST_F(Failures, anOutputThatIsGoneIsNamed) {
+TEST_F(NodeFailures, anOutputThatIsGoneIsNamed) {
     wire("rows", "events", "all", "table");
     run();
     EXPECT_EQ(sentence("all"), "input \"table\": \"rows\" has no output \"events\"");
 }
 
-TEST_F(Failures, twoTablesInOnePlugInAreOneTooMany) {
+TEST_F(NodeFailures, twoTablesInOnePlugInAreOneTooMany) {
     add(see, "see");
     wire("rows", "table", "see", "object");
     wire("cut", "table", "see", "other");
@@ -193,7 +193,7 @@ TEST_F(Failures, twoTablesInOnePlugInAreOneTooMany) {
               "input \"other\": input \"object\" is wired to a table already; a plug-in takes only one");
 }
 
-TEST_F(Failures, aCycleIsNamedByTheFirstPlugInOnIt) {
+TEST_F(NodeFailures, aCycleIsNamedByTheFirstPlugInOnIt) {
     add(pass, "a");
     add(pass, "b");
     add(pass, "after");
@@ -209,7 +209,7 @@ TEST_F(Failures, aCycleIsNamedByTheFirstPlugInOnIt) {
     EXPECT_EQ(status("all"), NodeStatus::Done);
 }
 
-TEST_F(Failures, aPlugInThatFeedsItselfIsACycle) {
+TEST_F(NodeFailures, aPlugInThatFeedsItselfIsACycle) {
     add(pass, "a");
     wire("a", "number", "a", "value");
     start("a");
@@ -217,7 +217,7 @@ TEST_F(Failures, aPlugInThatFeedsItselfIsACycle) {
     EXPECT_EQ(sentence("a"), "input \"value\": dependency cycle: \"a\" -> \"a\"");
 }
 
-TEST_F(Failures, whatFollowsACycleIsSkippedInWhateverOrderItStands) {
+TEST_F(NodeFailures, whatFollowsACycleIsSkippedInWhateverOrderItStands) {
     pipeline.nodes.clear();
     for (const char* name : {"last", "next", "a", "b"}) {
         add(pass, name);
@@ -231,7 +231,7 @@ TEST_F(Failures, whatFollowsACycleIsSkippedInWhateverOrderItStands) {
     EXPECT_EQ(sentence("last"), "not run because of \"b\"");
 }
 
-TEST_F(Failures, aSourceIsNotReadOnWhenNothingTakesItsRows) {
+TEST_F(NodeFailures, aSourceIsNotReadOnWhenNothingTakesItsRows) {
     inputOf("all", "table").wire.reset();
     cut.beforeApply = [](const Chunk& chunk) {
         if (chunk.number == 1) {
@@ -243,7 +243,7 @@ TEST_F(Failures, aSourceIsNotReadOnWhenNothingTakesItsRows) {
     EXPECT_EQ(sentence("rows"), "not read to its end because nothing that it feeds could go on");
 }
 
-TEST_F(Failures, anEmptyPipelineHasNothingToReport) {
+TEST_F(NodeFailures, anEmptyPipelineHasNothingToReport) {
     pipeline.nodes.clear();
     run();
     EXPECT_TRUE(report.nodes.empty());

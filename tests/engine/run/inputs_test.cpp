@@ -6,7 +6,7 @@ namespace velmorak::test {
 namespace {
 
 /// One plug-in with an input of the type in question, fed by a text or a number.
-class Inputs : public RunTest {
+class NodeArgumentsOfRun : public RunTest {
 protected:
     void feed(const InputSpec& spec, const Value& value) {
         const bool isNumber = std::holds_alternative<double>(value);
@@ -35,33 +35,33 @@ protected:
     std::unique_ptr<FreeFunction> taking;
 };
 
-TEST_F(Inputs, aNumberFeedsAText) {
+TEST_F(NodeArgumentsOfRun, aNumberFeedsAText) {
     feed(textInput("in"), 0.1);
     EXPECT_EQ(text("take"), "text 0.1");
 }
 
-TEST_F(Inputs, aTextFeedsANumber) {
+TEST_F(NodeArgumentsOfRun, aTextFeedsANumber) {
     feed(numberInput("in"), Value(std::string(" 2.50 ")));
     EXPECT_EQ(text("take"), "number 2.5");
 }
 
-TEST_F(Inputs, aTextThatIsNoNumberIsRefusedByName) {
+TEST_F(NodeArgumentsOfRun, aTextThatIsNoNumberIsRefusedByName) {
     feed(numberInput("in"), Value(std::string("many")));
     EXPECT_EQ(sentence("take"), "input \"in\": \"many\" is no number");
 }
 
-TEST_F(Inputs, anEmptyTextIsNoNumber) {
+TEST_F(NodeArgumentsOfRun, anEmptyTextIsNoNumber) {
     feed(numberInput("in"), Value(std::string()));
     EXPECT_EQ(sentence("take"), "input \"in\": \"\" is no number");
 }
 
-TEST_F(Inputs, aNumberWithoutAnyValueIsSaid) {
+TEST_F(NodeArgumentsOfRun, aNumberWithoutAnyValueIsSaid) {
     take(numberInput("in", ""));
     run();
     EXPECT_EQ(sentence("take"), "input \"in\": it has no value");
 }
 
-TEST_F(Inputs, aNumberOutOfRangeIsRefused) {
+TEST_F(NodeArgumentsOfRun, aNumberOutOfRangeIsRefused) {
     InputSpec spec = numberInput("in");
     spec.minimum = 1.0;
     spec.maximum = 10.0;
@@ -69,33 +69,33 @@ TEST_F(Inputs, aNumberOutOfRangeIsRefused) {
     EXPECT_EQ(sentence("take"), "input \"in\": 10.5 is more than 10");
 }
 
-TEST_F(Inputs, aNumberBelowTheRangeIsRefused) {
+TEST_F(NodeArgumentsOfRun, aNumberBelowTheRangeIsRefused) {
     InputSpec spec = numberInput("in");
     spec.minimum = 1.0;
     feed(spec, 0.5);
     EXPECT_EQ(sentence("take"), "input \"in\": 0.5 is less than 1");
 }
 
-TEST_F(Inputs, aFractionIsNoWholeNumber) {
+TEST_F(NodeArgumentsOfRun, aFractionIsNoWholeNumber) {
     InputSpec spec = numberInput("in");
     spec.isInteger = true;
     feed(spec, 2.5);
     EXPECT_EQ(sentence("take"), "input \"in\": 2.5 is not a whole number");
 }
 
-TEST_F(Inputs, nanPassesWhereNothingIsSaidOfTheRange) {
+TEST_F(NodeArgumentsOfRun, nanPassesWhereNothingIsSaidOfTheRange) {
     feed(numberInput("in"), std::numeric_limits<double>::quiet_NaN());
     EXPECT_EQ(text("take"), "number NaN");
 }
 
-TEST_F(Inputs, nanIsInNoRange) {
+TEST_F(NodeArgumentsOfRun, nanIsInNoRange) {
     InputSpec spec = numberInput("in");
     spec.minimum = 0.0;
     feed(spec, std::numeric_limits<double>::quiet_NaN());
     EXPECT_EQ(sentence("take"), "input \"in\": NaN cannot be used here");
 }
 
-TEST_F(Inputs, aChoiceTakesOnlyItsChoices) {
+TEST_F(NodeArgumentsOfRun, aChoiceTakesOnlyItsChoices) {
     InputSpec spec = textInput("in", "red");
     spec.type = ValueType::Choice;
     spec.choices = {"red", "blue"};
@@ -103,7 +103,7 @@ TEST_F(Inputs, aChoiceTakesOnlyItsChoices) {
     EXPECT_EQ(sentence("take"), "input \"in\": \"green\" is none of its choices");
 }
 
-TEST_F(Inputs, aChoiceTakesAFittingText) {
+TEST_F(NodeArgumentsOfRun, aChoiceTakesAFittingText) {
     InputSpec spec = textInput("in", "red");
     spec.type = ValueType::Choice;
     spec.choices = {"red", "blue"};
@@ -111,7 +111,7 @@ TEST_F(Inputs, aChoiceTakesAFittingText) {
     EXPECT_EQ(text("take"), "text blue");
 }
 
-TEST_F(Inputs, anOutputThatWasNotSetIsNamed) {
+TEST_F(NodeArgumentsOfRun, anOutputThatWasNotSetIsNamed) {
     giving = std::make_unique<FreeFunction>("Give", Ports{{}, {output("out", ValueType::Number)}},
                                             [](const Arguments&, Results&, RunContext&) {});
     add(*giving, "give");
@@ -121,7 +121,7 @@ TEST_F(Inputs, anOutputThatWasNotSetIsNamed) {
     EXPECT_EQ(sentence("take"), "input \"in\": \"give\" gave no \"out\"");
 }
 
-TEST_F(Inputs, anOutputOfAnotherTypeIsTheKindsMistake) {
+TEST_F(NodeArgumentsOfRun, anOutputOfAnotherTypeIsTheKindsMistake) {
     giving = std::make_unique<FreeFunction>(
         "Give", Ports{{}, {output("out", ValueType::Histogram)}},
         [](const Arguments&, Results& results, RunContext&) { results.set("out", 1.0); });
@@ -130,7 +130,7 @@ TEST_F(Inputs, anOutputOfAnotherTypeIsTheKindsMistake) {
     EXPECT_EQ(sentence("give"), "the kind sets its output \"out\" to something that is no histogram");
 }
 
-TEST_F(Inputs, anUnknownOutputIsTheKindsMistake) {
+TEST_F(NodeArgumentsOfRun, anUnknownOutputIsTheKindsMistake) {
     giving = std::make_unique<FreeFunction>(
         "Give", Ports{}, [](const Arguments&, Results& results, RunContext&) { results.set("out", 1.0); });
     add(*giving, "give");

@@ -23,7 +23,7 @@ private:
 };
 
 /// Pipelines of as many plug-ins as nobody draws by hand.
-class ManyPlugins : public RunTest {
+class LargePipelines : public RunTest {
 protected:
     static constexpr std::size_t count = 10'000;
 
@@ -49,7 +49,7 @@ protected:
     PassKind pass;
 };
 
-TEST_F(ManyPlugins, ofAChainAreAllExecuted) {
+TEST_F(LargePipelines, ofAChainAreAllExecuted) {
     addChain();
     run();
     EXPECT_EQ(pass.evaluated, static_cast<int>(count));
@@ -59,7 +59,7 @@ TEST_F(ManyPlugins, ofAChainAreAllExecuted) {
     EXPECT_EQ(pass.evaluated, static_cast<int>(count));
 }
 
-TEST_F(ManyPlugins, onACycleNameItOnceWithTenMembers) {
+TEST_F(LargePipelines, onACycleNameItOnceWithTenMembers) {
     addChain();
     pipeline.nodes[0].inputs[0].wire = PipelineWire{count - 1, "number"};
     run();
@@ -71,7 +71,7 @@ TEST_F(ManyPlugins, onACycleNameItOnceWithTenMembers) {
     EXPECT_LT(messages.str().size(), 1'000'000U);
 }
 
-TEST_F(ManyPlugins, onTwoCyclesThatShareNoneNameEachOfThem) {
+TEST_F(LargePipelines, onTwoCyclesThatShareNoneNameEachOfThem) {
     for (const char* name : {"a", "b", "c", "d", "e"}) {
         add(pass, name);
     }
@@ -104,7 +104,7 @@ private:
     int stopAt;
 };
 
-TEST_F(ManyPlugins, areNotPlannedToTheEndWhenTheRunIsStopped) {
+TEST_F(LargePipelines, areNotPlannedToTheEndWhenTheRunIsStopped) {
     for (const bool isCycle : {false, true}) {
         pipeline.nodes.clear();
         addChain();
@@ -122,7 +122,7 @@ TEST_F(ManyPlugins, areNotPlannedToTheEndWhenTheRunIsStopped) {
     }
 }
 
-TEST_F(ManyPlugins, areUnfinishedAfterAStopDuringThePlanning) {
+TEST_F(LargePipelines, areUnfinishedAfterAStopDuringThePlanning) {
     addChain();
     StopAtBegin listener(runner);
     runner.tell(&listener);
@@ -137,7 +137,7 @@ TEST_F(ManyPlugins, areUnfinishedAfterAStopDuringThePlanning) {
     EXPECT_EQ(pass.evaluated, static_cast<int>(count)) << "the next run is whole";
 }
 
-TEST_F(ManyPlugins, withTablesOfTheirOwnArePassedEachOnce) {
+TEST_F(LargePipelines, withTablesOfTheirOwnArePassedEachOnce) {
     constexpr std::size_t tables = 2'000;
     RowSource rows;
     SumKind sum;

@@ -11,7 +11,7 @@ namespace {
 using namespace std::chrono_literals;
 
 /// Time that passes when the test says so.
-class Progress : public ::testing::Test {
+class ProgressMessages : public ::testing::Test {
 protected:
     void showAfter(Messages& messages, std::chrono::milliseconds pause, const std::string& text) {
         now += pause;
@@ -25,7 +25,7 @@ protected:
     Messages::Clock clock = [this] { return now; };
 };
 
-TEST_F(Progress, isALineAtMostOnceInFiveSecondsInAPipe) {
+TEST_F(ProgressMessages, isALineAtMostOnceInFiveSecondsInAPipe) {
     Messages messages(stream, false, clock);
     messages.beginProgress();
     showAfter(messages, 4999ms, "a");
@@ -36,7 +36,7 @@ TEST_F(Progress, isALineAtMostOnceInFiveSecondsInAPipe) {
     EXPECT_EQ(stream.str(), "b\nd\n");
 }
 
-TEST_F(Progress, redrawsAtMostTenTimesASecondOnATerminal) {
+TEST_F(ProgressMessages, redrawsAtMostTenTimesASecondOnATerminal) {
     Messages messages(stream, true, clock);
     messages.beginProgress();
     showAfter(messages, 99ms, "a");
@@ -46,7 +46,7 @@ TEST_F(Progress, redrawsAtMostTenTimesASecondOnATerminal) {
     EXPECT_EQ(stream.str(), "b\r\x1b[Kd");
 }
 
-TEST_F(Progress, makesWayForALine) {
+TEST_F(ProgressMessages, makesWayForALine) {
     Messages messages(stream, true, clock);
     messages.beginProgress();
     showAfter(messages, 100ms, "half");
@@ -55,7 +55,7 @@ TEST_F(Progress, makesWayForALine) {
     EXPECT_EQ(stream.str(), "half\r\x1b[KPlot \"p\": warning\n");
 }
 
-class Lines : public RunTest {
+class SummaryLines : public RunTest {
 protected:
     RowSource rows;
     CutKind cut;
@@ -78,7 +78,7 @@ TEST(ProgressText, foreseesNothingFromTooLittle) {
     EXPECT_EQ(progressText({"events", 1, 1, std::nullopt, 0.0}), "Reading \"events\": 1 row");
 }
 
-TEST_F(Lines, oneForEachPlugInWithItsRowsAndTime) {
+TEST_F(SummaryLines, oneForEachPlugInWithItsRowsAndTime) {
     add(rows, "rows", {{"rows", "2000"}});
     add(cut, "cut", {{"cut", "1e300"}});
     add(sum, "sum");
@@ -95,7 +95,7 @@ TEST_F(Lines, oneForEachPlugInWithItsRowsAndTime) {
                                                     "Sum \"sum\": 0 rows"}));
 }
 
-TEST_F(Lines, sayNumbersTheSameWayEverywhere) {
+TEST_F(SummaryLines, sayNumbersTheSameWayEverywhere) {
     class Grouping : public std::numpunct<char> {
         char do_thousands_sep() const override { return '.'; }
         char do_decimal_point() const override { return ','; }
@@ -108,13 +108,13 @@ TEST_F(Lines, sayNumbersTheSameWayEverywhere) {
     EXPECT_EQ(line, "Sum \"mass\": 1234567 rows, 0.01 s");
 }
 
-TEST_F(Lines, sayNoRowsWhereNoTableCame) {
+TEST_F(SummaryLines, sayNoRowsWhereNoTableCame) {
     const SeeKind see;
     const PipelineNode node{"see", "See", &see, {}, {}};
     EXPECT_EQ(summaryLine(node, {NodeStatus::Done, "", 0, 0, 0.0149, {}}), "See \"see\": 0.01 s");
 }
 
-TEST_F(Lines, aWarningDoesNotEndThePlugIn) {
+TEST_F(SummaryLines, aWarningDoesNotEndThePlugIn) {
     const FreeFunction warning(
         "Warn", {}, [](const Arguments&, Results&, RunContext& context) { context.warn("three rows were odd"); });
     add(warning, "w");

@@ -5,7 +5,7 @@
 namespace velmorak::test {
 namespace {
 
-class Passes : public RunTest {
+class StreamPasses : public RunTest {
 protected:
     RowSource rows;
     CutKind cut;
@@ -14,7 +14,7 @@ protected:
     SeeKind see;
 };
 
-TEST_F(Passes, accumulatorsOnOneStreamShareOnePass) {
+TEST_F(StreamPasses, accumulatorsOnOneStreamShareOnePass) {
     add(rows, "rows", {{"rows", "100000"}});
     add(cut, "cut");
     for (const char* name : {"a", "b", "c"}) {
@@ -33,7 +33,7 @@ TEST_F(Passes, accumulatorsOnOneStreamShareOnePass) {
     EXPECT_FALSE(report.hasFailure());
 }
 
-TEST_F(Passes, aNumberOfTheSameStreamNeedsASecondPass) {
+TEST_F(StreamPasses, aNumberOfTheSameStreamNeedsASecondPass) {
     add(rows, "rows", {{"rows", "50000"}});
     add(sum, "first");
     add(cut, "cut");
@@ -52,7 +52,7 @@ TEST_F(Passes, aNumberOfTheSameStreamNeedsASecondPass) {
     EXPECT_EQ(number("third"), number("first"));
 }
 
-TEST_F(Passes, aSourceWaitsForAnotherWhenThatSavesAPass) {
+TEST_F(StreamPasses, aSourceWaitsForAnotherWhenThatSavesAPass) {
     add(rows, "early", {{"rows", "10"}});
     add(sum, "ready");
     add(sum, "waiting");
@@ -67,7 +67,7 @@ TEST_F(Passes, aSourceWaitsForAnotherWhenThatSavesAPass) {
     EXPECT_EQ(rows.opened, 2) << "one pass over each";
 }
 
-TEST_F(Passes, aTableThatNothingTakesIsPassedToCountItsRows) {
+TEST_F(StreamPasses, aTableThatNothingTakesIsPassedToCountItsRows) {
     add(rows, "rows", {{"rows", "40000"}});
     add(cut, "cut");
     wire("rows", "table", "cut", "table");
@@ -77,14 +77,14 @@ TEST_F(Passes, aTableThatNothingTakesIsPassedToCountItsRows) {
     EXPECT_EQ(rows.opened, 1);
 }
 
-TEST_F(Passes, aLoneSourceIsRead) {
+TEST_F(StreamPasses, aLoneSourceIsRead) {
     add(rows, "rows", {{"rows", "40000"}});
     run();
     EXPECT_EQ(of("rows").rowsOut, 40000U);
     EXPECT_EQ(status("rows"), NodeStatus::Done);
 }
 
-TEST_F(Passes, anEmptyTableGivesAnEmptyState) {
+TEST_F(StreamPasses, anEmptyTableGivesAnEmptyState) {
     add(rows, "rows", {{"rows", "0"}});
     add(sum, "sum");
     wire("rows", "table", "sum", "table");
@@ -94,7 +94,7 @@ TEST_F(Passes, anEmptyTableGivesAnEmptyState) {
     EXPECT_EQ(text("sum", 1), "");
 }
 
-TEST_F(Passes, statesMeetInATreeThatTheChunkNumbersFix) {
+TEST_F(StreamPasses, statesMeetInATreeThatTheChunkNumbersFix) {
     add(rows, "rows", {{"rows", std::to_string(6 * chunkRows + 5)}});
     add(sum, "sum");
     wire("rows", "table", "sum", "table");
@@ -102,7 +102,7 @@ TEST_F(Passes, statesMeetInATreeThatTheChunkNumbersFix) {
     EXPECT_EQ(text("sum", 1), "(((0 + 1 ) + (2 + 3 ) ) + ((4 + 5 ) + 6 ) ) ");
 }
 
-TEST_F(Passes, statesThatAreWrittenOutMeetFromFirstToLast) {
+TEST_F(StreamPasses, statesThatAreWrittenOutMeetFromFirstToLast) {
     const SumKind writing(Accumulator::MergeOrder::FirstToLast);
     add(rows, "rows", {{"rows", std::to_string(3 * chunkRows + 5)}});
     add(writing, "sum");
@@ -111,7 +111,7 @@ TEST_F(Passes, statesThatAreWrittenOutMeetFromFirstToLast) {
     EXPECT_EQ(text("sum", 1), "(((0 + 1 ) + 2 ) + 3 ) ");
 }
 
-TEST_F(Passes, theBitsDoNotDependOnTheNumberOfThreads) {
+TEST_F(StreamPasses, theBitsDoNotDependOnTheNumberOfThreads) {
     add(rows, "rows", {{"rows", std::to_string(37 * chunkRows + 11)}});
     add(cut, "cut");
     add(sum, "sum");
@@ -137,7 +137,7 @@ TEST_F(Passes, theBitsDoNotDependOnTheNumberOfThreads) {
     EXPECT_NE(inOneGo, results.front().first) << "the sum must show the order of its terms, or this test shows nothing";
 }
 
-TEST_F(Passes, warnOnceOfASettingThatCannotBeUsed) {
+TEST_F(StreamPasses, warnOnceOfASettingThatCannotBeUsed) {
     RunConfig config;
     config.threads.warning = "VELMORAK_THREADS=many is not a number";
     add(rows, "rows");
@@ -149,7 +149,7 @@ TEST_F(Passes, warnOnceOfASettingThatCannotBeUsed) {
     EXPECT_FALSE(wasSaid(config.threads.warning));
 }
 
-TEST_F(Passes, anInputForAnythingTakesATable) {
+TEST_F(StreamPasses, anInputForAnythingTakesATable) {
     add(rows, "rows", {{"rows", "40000"}});
     add(see, "see");
     wire("rows", "table", "see", "object");
@@ -157,7 +157,7 @@ TEST_F(Passes, anInputForAnythingTakesATable) {
     EXPECT_EQ(text("see"), "a table of rows, 40000 rows");
 }
 
-TEST_F(Passes, anInputForAnythingTakesANumberWithoutAPass) {
+TEST_F(StreamPasses, anInputForAnythingTakesANumberWithoutAPass) {
     add(pass, "pass", {{"value", "2.5"}});
     add(see, "see");
     wire("pass", "number", "see", "object");
@@ -165,7 +165,7 @@ TEST_F(Passes, anInputForAnythingTakesANumberWithoutAPass) {
     EXPECT_EQ(text("see"), "number 2.5, 0 rows");
 }
 
-TEST_F(Passes, aTableAndANumberComeTogether) {
+TEST_F(StreamPasses, aTableAndANumberComeTogether) {
     add(pass, "pass", {{"value", "2.5"}});
     add(rows, "rows", {{"rows", "7"}});
     add(see, "see");

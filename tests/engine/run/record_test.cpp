@@ -4,9 +4,9 @@ namespace velmorak::test {
 namespace {
 
 /// rows (reads data.txt) -> total -> "report", which asks what it is made from.
-class Record : public RunTest {
+class RunRecords : public RunTest {
 protected:
-    Record() {
+    RunRecords() {
         write("data.txt", "abc");
         add(rows, "rows", {{"rows", "70000"}, {"file", "data.txt"}});
         add(sum, "total", {{"scale", "3"}});
@@ -26,7 +26,7 @@ protected:
                            [this](const Arguments&, Results&, RunContext& context) { asked = context.record(); }};
 };
 
-TEST_F(Record, namesThePlugInAndAllUpstreamWithKindsVersionsAndValues) {
+TEST_F(RunRecords, namesThePlugInAndAllUpstreamWithKindsVersionsAndValues) {
     ASSERT_EQ(asked.plugins.size(), 3U);
     EXPECT_EQ(asked.plugins[0].name, "rows");
     EXPECT_EQ(asked.plugins[0].kind, "Rows");
@@ -39,12 +39,12 @@ TEST_F(Record, namesThePlugInAndAllUpstreamWithKindsVersionsAndValues) {
     EXPECT_FALSE(asked.program.empty());
 }
 
-TEST_F(Record, namesTheFilesWithTheirSums) {
+TEST_F(RunRecords, namesTheFilesWithTheirSums) {
     ASSERT_EQ(asked.files.size(), 1U);
     EXPECT_EQ(asked.files[0].sha256, "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
 }
 
-TEST_F(Record, isTheSameWhenAllUpstreamIsReused) {
+TEST_F(RunRecords, isTheSameWhenAllUpstreamIsReused) {
     const RunRecord before = asked;
     set("report", "value", "1");
     reporting.kindVersion = 2;

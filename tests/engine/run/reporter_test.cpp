@@ -10,9 +10,9 @@ public:
 };
 
 /// good -> teller <- bad; apart is fed by bad, alone by nothing.
-class Teller : public RunTest {
+class RunReporters : public RunTest {
 protected:
-    Teller() {
+    RunReporters() {
         add(constant, "good");
         add(failing, "bad");
         add(failing, "after");
@@ -66,7 +66,7 @@ protected:
                             }};
 };
 
-TEST_F(Teller, isExecutedThoughSomethingThatFeedsItFailed) {
+TEST_F(RunReporters, isExecutedThoughSomethingThatFeedsItFailed) {
     start("bad");
     run();
     EXPECT_EQ(status("bad"), NodeStatus::Failed);
@@ -77,7 +77,7 @@ TEST_F(Teller, isExecutedThoughSomethingThatFeedsItFailed) {
     EXPECT_EQ(label, "own text");
 }
 
-TEST_F(Teller, knowsHowAllOthersEnded) {
+TEST_F(RunReporters, knowsHowAllOthersEnded) {
     add(constant, "alone");
     start("bad");
     run();
@@ -91,7 +91,7 @@ TEST_F(Teller, knowsHowAllOthersEnded) {
     EXPECT_EQ(recorded("good").outputs, std::vector<std::string>{"number"});
 }
 
-TEST_F(Teller, comesWhenAllElseHasEndedWhereverItStands) {
+TEST_F(RunReporters, comesWhenAllElseHasEndedWhereverItStands) {
     start("teller");
     start("good");
     run();
@@ -99,7 +99,7 @@ TEST_F(Teller, comesWhenAllElseHasEndedWhereverItStands) {
     EXPECT_EQ(recorded("bad").state, RecordedState::Failed);
 }
 
-TEST_F(Teller, isToldOfTheDocumentAsItWasRun) {
+TEST_F(RunReporters, isToldOfTheDocumentAsItWasRun) {
     start("bad");
     run();
     EXPECT_EQ(asked.document, "test.zedra");
@@ -107,7 +107,7 @@ TEST_F(Teller, isToldOfTheDocumentAsItWasRun) {
     EXPECT_FALSE(asked.program.empty());
 }
 
-TEST_F(Teller, isExecutedInEveryRunAndSeesNoDifferenceBetweenExecutedAndReused) {
+TEST_F(RunReporters, isExecutedInEveryRunAndSeesNoDifferenceBetweenExecutedAndReused) {
     start("good");
     run();
     const int before = telling.evaluated;
@@ -118,7 +118,7 @@ TEST_F(Teller, isExecutedInEveryRunAndSeesNoDifferenceBetweenExecutedAndReused) 
     EXPECT_EQ(recorded("good").state, RecordedState::Done);
 }
 
-TEST_F(Teller, takesAStreamWhoseResultsAreReusedForDone) {
+TEST_F(RunReporters, takesAStreamWhoseResultsAreReusedForDone) {
     write("data.txt", "abc");
     add(rows, "rows", {{"rows", "10"}, {"file", "data.txt"}});
     add(sum, "total");
@@ -135,9 +135,9 @@ TEST_F(Teller, takesAStreamWhoseResultsAreReusedForDone) {
 }
 
 /// The rows feed one result that can be reused and one that fails in every run.
-class TellerOfRows : public Teller {
+class RunReportersOfStreams : public RunReporters {
 protected:
-    TellerOfRows() {
+    RunReportersOfStreams() {
         add(rows, "rows", {{"rows", "10"}});
         add(cut, "cut");
         add(sum, "total");
@@ -162,7 +162,7 @@ protected:
     PassKind pass;
 };
 
-TEST_F(TellerOfRows, takesThemForDoneInAResultThatIsReusedThoughNothingCouldRunThatNeedsThem) {
+TEST_F(RunReportersOfStreams, takesThemForDoneInAResultThatIsReusedThoughNothingCouldRunThatNeedsThem) {
     start("bad");
     expectRowsAreDone();
     expectRowsAreDone();
@@ -171,7 +171,7 @@ TEST_F(TellerOfRows, takesThemForDoneInAResultThatIsReusedThoughNothingCouldRunT
     EXPECT_EQ(status("total"), NodeStatus::NotRequested);
 }
 
-TEST_F(TellerOfRows, takesThemForDoneInAResultThatIsReusedThoughAllElseThatNeedsThemFailed) {
+TEST_F(RunReportersOfStreams, takesThemForDoneInAResultThatIsReusedThoughAllElseThatNeedsThemFailed) {
     CutKind failingCut;
     failingCut.beforeApply = [](const Chunk&) { throw Failure("no good"); };
     add(failingCut, "while");
@@ -185,7 +185,7 @@ TEST_F(TellerOfRows, takesThemForDoneInAResultThatIsReusedThoughAllElseThatNeeds
     EXPECT_EQ(status("total"), NodeStatus::Reused);
 }
 
-TEST_F(Teller, mustBeAFunctionWithoutOutputs) {
+TEST_F(RunReporters, mustBeAFunctionWithoutOutputs) {
     const TellingFunction giving("Giving", {{}, {{.name = "number"}}},
                                  [](const Arguments&, Results& results, RunContext&) { results.set("number", 1.0); });
     add(giving, "giving");

@@ -44,7 +44,7 @@ TEST_F(ResultsPlace, refusesTheNameOfTheRunsRecord) {
         EXPECT_NE(sentence("writer").find("run.json"), std::string::npos);
     }
     runWriting({"run.json"});
-    EXPECT_EQ(sentence("writer"), "the file \"run.json\" is already written by the run, as its record");
+    EXPECT_EQ(sentence("writer"), "the file \"run.json\" is the name of the record of the run; choose another one");
     runWriting({"plots/run.json"});
     EXPECT_EQ(status("writer"), NodeStatus::Done) << "a folder has a name of its own";
 }
@@ -62,7 +62,7 @@ TEST_F(ResultsPlace, isNoLinkUnlessItWasChosen) {
     runner.leaveRecords();
     runWriting({"note.txt"});
     const std::string complaint = "the results folder " + pipeline.resultsFolder.string() +
-                                  " is a link; --results names the folder that is meant";
+                                  " is a link; name the folder with --results to use it";
     EXPECT_EQ(sentence("writer"), "the file \"note.txt\" cannot be written: " + complaint);
     EXPECT_TRUE(wasSaid("The record of the run cannot be written: " + complaint));
     EXPECT_TRUE(fs::is_empty(folder / "elsewhere"));

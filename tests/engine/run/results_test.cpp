@@ -6,9 +6,9 @@ namespace {
 namespace fs = std::filesystem;
 
 /// A plug-in that writes its text into the file that it names.
-class ResultFiles : public RunTest {
+class ResultFolders : public RunTest {
 protected:
-    ResultFiles() { add(writing, "writer", {{"file", "note.txt"}, {"text", "hello"}}); }
+    ResultFolders() { add(writing, "writer", {{"file", "note.txt"}, {"text", "hello"}}); }
 
     void runWith(const std::string& fileName) {
         set("writer", "file", fileName);
@@ -27,25 +27,25 @@ protected:
                          }};
 };
 
-TEST_F(ResultFiles, landInTheResultsFolder) {
+TEST_F(ResultFolders, landInTheResultsFolder) {
     run();
     EXPECT_EQ(status("writer"), NodeStatus::Done) << sentence("writer");
     EXPECT_EQ(content(folder / "test.results/note.txt"), "hello");
 }
 
-TEST_F(ResultFiles, landInFoldersOfTheirOwn) {
+TEST_F(ResultFolders, landInFoldersOfTheirOwn) {
     runWith("plots/mass/a.txt");
     EXPECT_EQ(content(folder / "test.results/plots/mass/a.txt"), "hello");
 }
 
-TEST_F(ResultFiles, takeThePlaceOfOlderOnes) {
+TEST_F(ResultFolders, takeThePlaceOfOlderOnes) {
     run();
     set("writer", "text", "again");
     run();
     EXPECT_EQ(content(folder / "test.results/note.txt"), "again");
 }
 
-TEST_F(ResultFiles, leaveTheOlderOneWhenTheWriterFails) {
+TEST_F(ResultFolders, leaveTheOlderOneWhenTheWriterFails) {
     run();
     set("writer", "text", "bad");
     run();
@@ -54,7 +54,7 @@ TEST_F(ResultFiles, leaveTheOlderOneWhenTheWriterFails) {
     EXPECT_EQ(std::distance(fs::directory_iterator(folder / "test.results"), {}), 1) << "no temporary file stays";
 }
 
-TEST_F(ResultFiles, keepTheEndingWhileTheyAreWritten) {
+TEST_F(ResultFolders, keepTheEndingWhileTheyAreWritten) {
     std::string ending;
     const FreeFunction asking("Ask", {}, [&](const Arguments&, Results&, RunContext& context) {
         context.writeResult("plot.svg", [&](const fs::path& path) {
@@ -68,18 +68,18 @@ TEST_F(ResultFiles, keepTheEndingWhileTheyAreWritten) {
     EXPECT_EQ(ending, ".svg");
 }
 
-TEST_F(ResultFiles, mayNotClimbOutOfTheFolder) {
+TEST_F(ResultFolders, mayNotClimbOutOfTheFolder) {
     for (const char* name : {"../note.txt", "a/../../note.txt", "a/../note.txt", "/tmp/velmorak-note.txt"}) {
         runWith(name);
         EXPECT_EQ(sentence("writer"),
                   "the file \"" + std::string(name) +
-                      "\" lies outside the results folder; VELMORAK_WRITE_ANYWHERE=1 would allow it");
+                      "\" is outside the results folder; set VELMORAK_WRITE_ANYWHERE=1 to allow that");
     }
     EXPECT_FALSE(fs::exists(folder / "note.txt"));
     EXPECT_FALSE(fs::exists(folder / "test.results")) << "a refused name makes no folder";
 }
 
-TEST_F(ResultFiles, mayClimbWhereTheEnvironmentAllowsIt) {
+TEST_F(ResultFolders, mayClimbWhereTheEnvironmentAllowsIt) {
     setenv("VELMORAK_WRITE_ANYWHERE", "1", 1);
     runWith("../note.txt");
     EXPECT_EQ(content(folder / "note.txt"), "hello");
@@ -87,13 +87,13 @@ TEST_F(ResultFiles, mayClimbWhereTheEnvironmentAllowsIt) {
     EXPECT_EQ(content(folder / "absolute.txt"), "hello");
 }
 
-TEST_F(ResultFiles, anyOtherValueOfTheEnvironmentAllowsNothing) {
+TEST_F(ResultFolders, anyOtherValueOfTheEnvironmentAllowsNothing) {
     setenv("VELMORAK_WRITE_ANYWHERE", "yes", 1);
     runWith("../note.txt");
     EXPECT_EQ(status("writer"), NodeStatus::Failed);
 }
 
-TEST_F(ResultFiles, mayNotLeaveByALink) {
+TEST_F(ResultFolders, mayNotLeaveByALink) {
     fs::create_directories(folder / "test.results");
     fs::create_directories(folder / "elsewhere");
     fs::create_directory_symlink(folder / "elsewhere", folder / "test.results/link");
@@ -102,7 +102,7 @@ TEST_F(ResultFiles, mayNotLeaveByALink) {
     EXPECT_TRUE(fs::is_empty(folder / "elsewhere"));
 }
 
-TEST_F(ResultFiles, aLinkUnderTheirNameIsReplacedAndNotFollowed) {
+TEST_F(ResultFolders, aLinkUnderTheirNameIsReplacedAndNotFollowed) {
     fs::create_directories(folder / "test.results");
     write("precious.txt", "keep me");
     fs::create_symlink(folder / "precious.txt", folder / "test.results/note.txt");
@@ -111,7 +111,7 @@ TEST_F(ResultFiles, aLinkUnderTheirNameIsReplacedAndNotFollowed) {
     EXPECT_EQ(content(folder / "test.results/note.txt"), "hello");
 }
 
-TEST_F(ResultFiles, theFolderItselfMayBeALinkWhereItWasChosen) {
+TEST_F(ResultFolders, theFolderItselfMayBeALinkWhereItWasChosen) {
     pipeline.isResultsFolderChosen = true;
     fs::create_directories(folder / "scratch");
     fs::create_directory_symlink(folder / "scratch", folder / "test.results");
@@ -119,7 +119,7 @@ TEST_F(ResultFiles, theFolderItselfMayBeALinkWhereItWasChosen) {
     EXPECT_EQ(content(folder / "scratch/note.txt"), "hello");
 }
 
-TEST_F(ResultFiles, ofTwoPlugInsUnderOneNameNamesTheFirst) {
+TEST_F(ResultFolders, ofTwoPlugInsUnderOneNameNamesTheFirst) {
     add(writing, "second", {{"file", "./note.txt"}, {"text", "mine"}});
     const FreeFunction both("Both", {{numberInput("a")}, {output("number", ValueType::Number)}},
                             [](const Arguments&, Results& results, RunContext&) { results.set("number", 1.0); });
@@ -133,30 +133,30 @@ TEST_F(ResultFiles, ofTwoPlugInsUnderOneNameNamesTheFirst) {
     EXPECT_EQ(content(folder / "test.results/note.txt"), "1");
 }
 
-TEST_F(ResultFiles, needAName) {
+TEST_F(ResultFolders, needAName) {
     runWith("");
-    EXPECT_EQ(sentence("writer"), "the name of the file to write is empty");
+    EXPECT_EQ(sentence("writer"), "the name of the result file is empty");
     for (const char* name : {".", "..", "a/"}) {
         runWith(name);
         EXPECT_EQ(sentence("writer"),
-                  "the file \"" + std::string(name) + "\" cannot be written: this is no name of a file");
+                  "the file \"" + std::string(name) + "\" cannot be written: this is not a file name");
     }
 }
 
-TEST_F(ResultFiles, doNotReplaceAFolder) {
+TEST_F(ResultFolders, doNotReplaceAFolder) {
     fs::create_directories(folder / "test.results/note.txt");
     run();
     EXPECT_EQ(sentence("writer"), "the file \"note.txt\" cannot be written: a folder has that name");
 }
 
-TEST_F(ResultFiles, areMissedWhenTheFolderCannotBeMade) {
+TEST_F(ResultFolders, areMissedWhenTheFolderCannotBeMade) {
     write("test.results", "in the way");
     run();
     EXPECT_EQ(sentence("writer").find("the file \"note.txt\" cannot be written: the folder "), 0U)
         << sentence("writer");
 }
 
-TEST_F(ResultFiles, thatAreWrittenPieceByPieceAreThereWhenKept) {
+TEST_F(ResultFolders, thatAreWrittenPieceByPieceAreThereWhenKept) {
     const FreeFunction pieces("Pieces", {{numberInput("kept")}, {}},
                               [](const Arguments& arguments, Results&, RunContext& context) {
                                   const auto file = context.beginResult("pieces.txt");
@@ -175,7 +175,7 @@ TEST_F(ResultFiles, thatAreWrittenPieceByPieceAreThereWhenKept) {
     EXPECT_EQ(content(folder / "test.results/pieces.txt"), "onetwo");
 }
 
-TEST_F(ResultFiles, inputFilesAreLookedForBesideTheDocumentFirst) {
+TEST_F(ResultFolders, inputFilesAreLookedForBesideTheDocumentFirst) {
     fs::path found;
     const FreeFunction asking(
         "Ask", {}, [&](const Arguments&, Results&, RunContext& context) { found = context.inputFile("data.txt"); });

@@ -4,9 +4,9 @@ namespace velmorak::test {
 namespace {
 
 /// rows -> total -> double -> last, run from "last", so that all but the last may be kept.
-class Reuse : public RunTest {
+class ResultReuse : public RunTest {
 protected:
-    Reuse() {
+    ResultReuse() {
         write("data.txt", "one");
         add(rows, "rows", {{"rows", "70000"}, {"file", "data.txt"}});
         add(sum, "total");
@@ -25,7 +25,7 @@ protected:
     PassKind pass;
 };
 
-TEST_F(Reuse, theFirstRunExecutesWhatTheStartNeedsAndNothingElse) {
+TEST_F(ResultReuse, theFirstRunExecutesWhatTheStartNeedsAndNothingElse) {
     for (const char* name : {"rows", "total", "middle", "last"}) {
         EXPECT_EQ(status(name), NodeStatus::Done) << name;
     }
@@ -33,7 +33,7 @@ TEST_F(Reuse, theFirstRunExecutesWhatTheStartNeedsAndNothingElse) {
     EXPECT_EQ(messages.str().find("apart"), std::string::npos);
 }
 
-TEST_F(Reuse, theSecondRunOfAnUnchangedPipelineExecutesNothing) {
+TEST_F(ResultReuse, theSecondRunOfAnUnchangedPipelineExecutesNothing) {
     const double before = number("last");
     run();
     EXPECT_EQ(status("last"), NodeStatus::Reused);
@@ -43,7 +43,7 @@ TEST_F(Reuse, theSecondRunOfAnUnchangedPipelineExecutesNothing) {
     EXPECT_TRUE(wasSaid("Pass \"last\": kept from a former run"));
 }
 
-TEST_F(Reuse, nothingIsExecutedForAStartWhoseWholeBranchIsRight) {
+TEST_F(ResultReuse, nothingIsExecutedForAStartWhoseWholeBranchIsRight) {
     start("rows");
     run();
     for (const char* name : {"rows", "total", "middle", "last"}) {
@@ -52,7 +52,7 @@ TEST_F(Reuse, nothingIsExecutedForAStartWhoseWholeBranchIsRight) {
     EXPECT_EQ(rows.opened, 1);
 }
 
-TEST_F(Reuse, aChangedValueIsExecutedWithWhatLiesDownstreamAndNothingElse) {
+TEST_F(ResultReuse, aChangedValueIsExecutedWithWhatLiesDownstreamAndNothingElse) {
     start("rows");
     set("total", "scale", "3");
     add(sum, "beside");
@@ -67,7 +67,7 @@ TEST_F(Reuse, aChangedValueIsExecutedWithWhatLiesDownstreamAndNothingElse) {
     }
 }
 
-TEST_F(Reuse, aTableThatNothingTakesIsNotPassedAgain) {
+TEST_F(ResultReuse, aTableThatNothingTakesIsNotPassedAgain) {
     add(rows, "alone", {{"rows", "10"}});
     start("alone");
     run();
@@ -77,7 +77,7 @@ TEST_F(Reuse, aTableThatNothingTakesIsNotPassedAgain) {
     EXPECT_EQ(rows.opened, 2);
 }
 
-TEST_F(Reuse, whatWasCompleteBeforeAStopIsKept) {
+TEST_F(ResultReuse, whatWasCompleteBeforeAStopIsKept) {
     std::filesystem::remove(folder / "data.txt");
     set("rows", "file", "");
     set("total", "scale", "7");
@@ -97,7 +97,7 @@ TEST_F(Reuse, whatWasCompleteBeforeAStopIsKept) {
     EXPECT_EQ(status("total"), NodeStatus::Reused);
 }
 
-TEST_F(Reuse, theReasonNamesTheValueThatChanged) {
+TEST_F(ResultReuse, theReasonNamesTheValueThatChanged) {
     runner.explain(true);
     set("total", "scale", "25");
     run();
@@ -108,7 +108,7 @@ TEST_F(Reuse, theReasonNamesTheValueThatChanged) {
     EXPECT_TRUE(wasSaid("Pass \"last\": reused, nothing changed"));
 }
 
-TEST_F(Reuse, theReasonNamesTheFileThatChanged) {
+TEST_F(ResultReuse, theReasonNamesTheFileThatChanged) {
     runner.explain(true);
     write("data.txt", "two");
     run();
@@ -118,7 +118,7 @@ TEST_F(Reuse, theReasonNamesTheFileThatChanged) {
     EXPECT_TRUE(wasSaid("Rows \"rows\": executed, file data.txt is gone")) << messages.str();
 }
 
-TEST_F(Reuse, theReasonOfANewOneIsThatItNeverRan) {
+TEST_F(ResultReuse, theReasonOfANewOneIsThatItNeverRan) {
     runner.explain(true);
     start("apart");
     run();
@@ -136,18 +136,18 @@ TEST_F(Reuse, theReasonOfANewOneIsThatItNeverRan) {
     EXPECT_TRUE(wasSaid("Pass \"apart\": executed, its result is not kept any more"));
 }
 
-TEST_F(Reuse, withoutBeingAskedNoReasonIsSaid) {
+TEST_F(ResultReuse, withoutBeingAskedNoReasonIsSaid) {
     EXPECT_EQ(messages.str().find("never run"), std::string::npos);
 }
 
-TEST_F(Reuse, aChangedValueUpstreamIsSeen) {
+TEST_F(ResultReuse, aChangedValueUpstreamIsSeen) {
     set("rows", "rows", "60000");
     run();
     EXPECT_EQ(status("middle"), NodeStatus::Done);
     EXPECT_EQ(of("rows").rowsOut, 60000U);
 }
 
-TEST_F(Reuse, aValueThatComesBackFindsItsResult) {
+TEST_F(ResultReuse, aValueThatComesBackFindsItsResult) {
     set("rows", "rows", "60000");
     run();
     set("rows", "rows", "70000");
@@ -156,14 +156,14 @@ TEST_F(Reuse, aValueThatComesBackFindsItsResult) {
     EXPECT_EQ(rows.opened, 2);
 }
 
-TEST_F(Reuse, aFileThatIsOnlyTouchedChangesNothing) {
+TEST_F(ResultReuse, aFileThatIsOnlyTouchedChangesNothing) {
     std::filesystem::last_write_time(folder / "data.txt", std::filesystem::file_time_type::clock::now());
     write("data.txt", "one");
     run();
     EXPECT_EQ(status("last"), NodeStatus::Reused);
 }
 
-TEST_F(Reuse, aFileWithOtherContentIsSeenThoughItsDateIsTheSame) {
+TEST_F(ResultReuse, aFileWithOtherContentIsSeenThoughItsDateIsTheSame) {
     const auto date = std::filesystem::last_write_time(folder / "data.txt");
     write("data.txt", "two");
     std::filesystem::last_write_time(folder / "data.txt", date);
@@ -172,13 +172,13 @@ TEST_F(Reuse, aFileWithOtherContentIsSeenThoughItsDateIsTheSame) {
     EXPECT_EQ(rows.opened, 2);
 }
 
-TEST_F(Reuse, aFileThatIsGoneIsSeen) {
+TEST_F(ResultReuse, aFileThatIsGoneIsSeen) {
     std::filesystem::remove(folder / "data.txt");
     run();
     EXPECT_EQ(status("middle"), NodeStatus::Done);
 }
 
-TEST_F(Reuse, aFileThatAFunctionAskedForCountsForAllThatFollows) {
+TEST_F(ResultReuse, aFileThatAFunctionAskedForCountsForAllThatFollows) {
     const FreeFunction reading("Read", {{}, {output("number", ValueType::Number)}},
                                [](const Arguments&, Results& results, RunContext& context) {
                                    double number = 0.0;
@@ -197,28 +197,28 @@ TEST_F(Reuse, aFileThatAFunctionAskedForCountsForAllThatFollows) {
     EXPECT_EQ(number("last"), 6.0);
 }
 
-TEST_F(Reuse, anotherVersionOfAKindIsExecuted) {
+TEST_F(ResultReuse, anotherVersionOfAKindIsExecuted) {
     pass.kindVersion = 2;
     run();
     EXPECT_EQ(status("middle"), NodeStatus::Done);
     EXPECT_EQ(status("total"), NodeStatus::Reused) << "it is of another kind";
 }
 
-TEST_F(Reuse, anotherNameMayStandInTheResult) {
+TEST_F(ResultReuse, anotherNameMayStandInTheResult) {
     pipeline.nodes[positionOf("middle")].name = "renamed";
     run();
     EXPECT_EQ(status("renamed"), NodeStatus::Done);
     EXPECT_EQ(status("total"), NodeStatus::Reused);
 }
 
-TEST_F(Reuse, resetForgets) {
+TEST_F(ResultReuse, resetForgets) {
     runner.reset();
     run();
     EXPECT_EQ(status("middle"), NodeStatus::Done);
     EXPECT_EQ(rows.opened, 2);
 }
 
-TEST_F(Reuse, aFailureIsNotKept) {
+TEST_F(ResultReuse, aFailureIsNotKept) {
     set("apart", "value", "13");
     wire("apart", "number", "last", "value");
     run();
@@ -229,9 +229,9 @@ TEST_F(Reuse, aFailureIsNotKept) {
 }
 
 /// "write" leaves note.txt, and "last" takes its number.
-class ReuseOfFiles : public Reuse {
+class ResultReuseOfFiles : public ResultReuse {
 protected:
-    ReuseOfFiles() {
+    ResultReuseOfFiles() {
         add(writing, "write");
         wire("write", "number", "last", "value");
         start("write");
@@ -250,13 +250,13 @@ protected:
                          }};
 };
 
-TEST_F(ReuseOfFiles, aFileThatIsStillThereIsNotWrittenAgain) {
+TEST_F(ResultReuseOfFiles, aFileThatIsStillThereIsNotWrittenAgain) {
     run();
     EXPECT_EQ(status("write"), NodeStatus::Reused);
     EXPECT_EQ(writing.evaluated, 1);
 }
 
-TEST_F(ReuseOfFiles, aFileThatIsGoneIsWrittenAgain) {
+TEST_F(ResultReuseOfFiles, aFileThatIsGoneIsWrittenAgain) {
     std::filesystem::remove(note());
     run();
     EXPECT_EQ(status("write"), NodeStatus::Done);
@@ -265,14 +265,14 @@ TEST_F(ReuseOfFiles, aFileThatIsGoneIsWrittenAgain) {
     EXPECT_TRUE(wasSaid("Write \"write\": executed, file note.txt is gone")) << messages.str();
 }
 
-TEST_F(ReuseOfFiles, aFileThatSomebodyChangedIsWrittenAgain) {
+TEST_F(ResultReuseOfFiles, aFileThatSomebodyChangedIsWrittenAgain) {
     std::ofstream(note()) << "none";
     run();
     EXPECT_EQ(content(note()), "note");
     EXPECT_TRUE(wasSaid("Write \"write\": executed, file note.txt changed")) << messages.str();
 }
 
-TEST_F(ReuseOfFiles, theReasonIsTheChangeBeforeTheFile) {
+TEST_F(ResultReuseOfFiles, theReasonIsTheChangeBeforeTheFile) {
     add(pass, "source");
     wire("source", "number", "write", "text");
     run();
@@ -282,13 +282,13 @@ TEST_F(ReuseOfFiles, theReasonIsTheChangeBeforeTheFile) {
     EXPECT_TRUE(wasSaid("Write \"write\": executed, \"source\" changed")) << messages.str();
 }
 
-TEST_F(ReuseOfFiles, anotherResultsFolderGetsItsOwn) {
+TEST_F(ResultReuseOfFiles, anotherResultsFolderGetsItsOwn) {
     pipeline.resultsFolder = folder / "other.results";
     run();
     EXPECT_EQ(content(note()), "note");
 }
 
-TEST_F(ReuseOfFiles, aFileOfOneThatIsReusedIsStillItsOwn) {
+TEST_F(ResultReuseOfFiles, aFileOfOneThatIsReusedIsStillItsOwn) {
     add(writing, "thief", {{"text", "mine"}});
     wire("write", "number", "thief", "text");
     run();

@@ -6,9 +6,9 @@ namespace velmorak::test {
 namespace {
 
 /// rows (reads data.txt) -> total -> middle -> write (leaves note.txt), run by one program after the other.
-class SecondProgram : public RunTest {
+class CacheOfFormerProgram : public RunTest {
 protected:
-    SecondProgram() {
+    CacheOfFormerProgram() {
         write("data.txt", "one");
         add(rows, "rows", {{"rows", "70000"}, {"file", "data.txt"}});
         add(sum, "total");
@@ -46,7 +46,7 @@ protected:
                          }};
 };
 
-TEST_F(SecondProgram, ofAnUnchangedPipelineExecutesNothing) {
+TEST_F(CacheOfFormerProgram, ofAnUnchangedPipelineExecutesNothing) {
     EXPECT_EQ(executed(), 4);
     const double before = number("write");
     runAnew();
@@ -56,7 +56,7 @@ TEST_F(SecondProgram, ofAnUnchangedPipelineExecutesNothing) {
     EXPECT_TRUE(wasSaid("Write \"write\": reused, nothing changed")) << messages.str();
 }
 
-TEST_F(SecondProgram, isToldOfAResultThatIsTooLargeToKeep) {
+TEST_F(CacheOfFormerProgram, isToldOfAResultThatIsTooLargeToKeep) {
     const FreeFunction large(
         "Large", {{}, {output("text", ValueType::Text)}},
         [](const Arguments&, Results& results, RunContext&) { results.set("text", std::string(2 << 20, 'x')); });
@@ -69,7 +69,7 @@ TEST_F(SecondProgram, isToldOfAResultThatIsTooLargeToKeep) {
     EXPECT_EQ(large.evaluated, 2);
 }
 
-TEST_F(SecondProgram, executesWhatChangedAndWhatLiesDownstream) {
+TEST_F(CacheOfFormerProgram, executesWhatChangedAndWhatLiesDownstream) {
     set("middle", "value", "1");
     inputOf("middle", "value").wire.reset();
     runAnew();
@@ -82,26 +82,26 @@ TEST_F(SecondProgram, executesWhatChangedAndWhatLiesDownstream) {
     EXPECT_TRUE(wasSaid("Write \"write\": executed, \"middle\" changed")) << messages.str();
 }
 
-TEST_F(SecondProgram, namesTheValueThatChangedAndWhatHangsOnIt) {
+TEST_F(CacheOfFormerProgram, namesTheValueThatChangedAndWhatHangsOnIt) {
     set("total", "scale", "25");
     runAnew();
     EXPECT_TRUE(wasSaid("Sum \"total\": executed, scale changed from 1 to 25")) << messages.str();
     EXPECT_TRUE(wasSaid("Rows \"rows\": executed, its rows are needed by \"total\"")) << messages.str();
 }
 
-TEST_F(SecondProgram, executesNothingForATouchedFile) {
+TEST_F(CacheOfFormerProgram, executesNothingForATouchedFile) {
     write("data.txt", "one");
     runAnew();
     EXPECT_EQ(executed(), 0) << messages.str();
 }
 
-TEST_F(SecondProgram, namesTheFileThatChanged) {
+TEST_F(CacheOfFormerProgram, namesTheFileThatChanged) {
     write("data.txt", "two");
     runAnew();
     EXPECT_TRUE(wasSaid("Rows \"rows\": executed, file data.txt changed")) << messages.str();
 }
 
-TEST_F(SecondProgram, writesAFileAgainThatIsGone) {
+TEST_F(CacheOfFormerProgram, writesAFileAgainThatIsGone) {
     const std::filesystem::path note = pipeline.resultsFolder / "note.txt";
     const std::string before = content(note);
     std::filesystem::remove(note);
@@ -111,7 +111,7 @@ TEST_F(SecondProgram, writesAFileAgainThatIsGone) {
     EXPECT_TRUE(wasSaid("Write \"write\": executed, file note.txt is gone")) << messages.str();
 }
 
-TEST_F(SecondProgram, executesAllAgainWhereTheStoreIsDamaged) {
+TEST_F(CacheOfFormerProgram, executesAllAgainWhereTheStoreIsDamaged) {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder / "cache")) {
         if (entry.is_regular_file() && entry.file_size() > 0) {
             std::filesystem::resize_file(entry.path(), entry.file_size() / 2);
@@ -123,13 +123,13 @@ TEST_F(SecondProgram, executesAllAgainWhereTheStoreIsDamaged) {
     EXPECT_EQ(executed(), 0) << messages.str();
 }
 
-TEST_F(SecondProgram, findsNothingAfterAReset) {
+TEST_F(CacheOfFormerProgram, findsNothingAfterAReset) {
     Runner(messages, false, {{folder / "cache", 1 << 20}}).reset();
     runAnew();
     EXPECT_EQ(executed(), 4) << messages.str();
 }
 
-TEST_F(SecondProgram, runsWithoutAStoreThatCannotBeWritten) {
+TEST_F(CacheOfFormerProgram, runsWithoutAStoreThatCannotBeWritten) {
     std::filesystem::remove_all(folder / "cache");
     write("cache", "a file");
     runAnew();
@@ -140,14 +140,14 @@ TEST_F(SecondProgram, runsWithoutAStoreThatCannotBeWritten) {
     EXPECT_EQ(said.find("cannot write to", first + 1), std::string::npos) << said;
 }
 
-TEST_F(SecondProgram, executesAKindOfAnotherVersion) {
+TEST_F(CacheOfFormerProgram, executesAKindOfAnotherVersion) {
     writing.kindVersion = 2;
     runAnew();
     EXPECT_EQ(executed(), 1) << messages.str();
     EXPECT_TRUE(wasSaid("Write \"write\": executed, version 2 of Write was 1 of Write")) << messages.str();
 }
 
-TEST_F(SecondProgram, knowsThatTheOneBeforeWasInterrupted) {
+TEST_F(CacheOfFormerProgram, knowsThatTheOneBeforeWasInterrupted) {
     set("middle", "value", "0");
     FreeFunction dying("Die", {{numberInput("value")}, {}}, [this](const Arguments&, Results&, RunContext&) {
         // What lies on disk at this moment is all that is left of a program that is killed now.
@@ -165,7 +165,7 @@ TEST_F(SecondProgram, knowsThatTheOneBeforeWasInterrupted) {
     EXPECT_TRUE(wasSaid("Die \"die\": executed, it was not finished in the run before")) << messages.str();
 }
 
-TEST_F(SecondProgram, keepsTextsAndObjectsToTheLastBit) {
+TEST_F(CacheOfFormerProgram, keepsTextsAndObjectsToTheLastBit) {
     FreeFunction making("Make", {{}, {output("object", ValueType::Points), output("text", ValueType::Text)}},
                         [](const Arguments&, Results& results, RunContext&) {
                             auto points = std::make_shared<Points>(2, std::vector<Measurement>(2));

@@ -9,9 +9,9 @@ namespace velmorak::test {
 namespace {
 
 /// A source that waits in its third chunk until the run is asked to end.
-class Stop : public RunTest {
+class RunnerStop : public RunTest {
 protected:
-    Stop() {
+    RunnerStop() {
         rows.beforeChunk = [this](std::uint64_t chunk, RunContext& context) {
             if (chunk == 2 && isWaiting) {
                 isWaiting = false;
@@ -53,7 +53,7 @@ protected:
     std::atomic<bool> isWaiting = true;
 };
 
-TEST_F(Stop, endsTheRunInTheMiddleAndKeepsWhatIsComplete) {
+TEST_F(RunnerStop, endsTheRunInTheMiddleAndKeepsWhatIsComplete) {
     runAnd([&] { runner.stop(); });
     EXPECT_TRUE(report.wasStopped);
     EXPECT_FALSE(report.hasFailure());
@@ -66,14 +66,14 @@ TEST_F(Stop, endsTheRunInTheMiddleAndKeepsWhatIsComplete) {
     EXPECT_TRUE(wasSaid("The run was stopped."));
 }
 
-TEST_F(Stop, doesNotReachTheNextRun) {
+TEST_F(RunnerStop, doesNotReachTheNextRun) {
     runAnd([&] { runner.stop(); });
     run();
     EXPECT_FALSE(report.wasStopped);
     EXPECT_EQ(status("after"), NodeStatus::Done);
 }
 
-TEST_F(Stop, keepsNoIncompleteResult) {
+TEST_F(RunnerStop, keepsNoIncompleteResult) {
     start("after");
     runAnd([&] { runner.stop(); });
     run();
@@ -81,7 +81,7 @@ TEST_F(Stop, keepsNoIncompleteResult) {
     EXPECT_EQ(status("first"), NodeStatus::Reused);
 }
 
-TEST_F(Stop, withoutARunIsHarmless) {
+TEST_F(RunnerStop, withoutARunIsHarmless) {
     isWaiting = false;
     runner.stop();
     run();
@@ -94,7 +94,7 @@ TEST_F(Stop, withoutARunIsHarmless) {
     EXPECT_EQ(status("after"), NodeStatus::Done);
 }
 
-TEST_F(Stop, ofAFunctionLeavesItUnfinished) {
+TEST_F(RunnerStop, ofAFunctionLeavesItUnfinished) {
     std::promise<void> started;
     const FreeFunction waiting("Wait", {}, [&](const Arguments&, Results&, RunContext& context) {
         started.set_value();
@@ -111,7 +111,7 @@ TEST_F(Stop, ofAFunctionLeavesItUnfinished) {
     EXPECT_EQ(sentence("wait"), "not finished because the run was stopped");
 }
 
-TEST_F(Stop, leavesNoFileUnderItsFinalName) {
+TEST_F(RunnerStop, leavesNoFileUnderItsFinalName) {
     std::promise<void> started;
     const FreeFunction writing("Write", {}, [&](const Arguments&, Results&, RunContext& context) {
         context.writeResult("half.txt", [&](const std::filesystem::path& path) {
@@ -133,7 +133,7 @@ TEST_F(Stop, leavesNoFileUnderItsFinalName) {
     EXPECT_TRUE(std::filesystem::is_empty(pipeline.resultsFolder));
 }
 
-TEST_F(Stop, resetEndsTheRunAndItsResultsAreNotKept) {
+TEST_F(RunnerStop, resetEndsTheRunAndItsResultsAreNotKept) {
     start("after");
     runAnd([&] { runner.reset(); });
     EXPECT_TRUE(report.wasStopped);
@@ -141,7 +141,7 @@ TEST_F(Stop, resetEndsTheRunAndItsResultsAreNotKept) {
     EXPECT_EQ(status("first"), NodeStatus::Done) << "what the ended run made is forgotten too";
 }
 
-TEST_F(Stop, manyStopsAtAnyMomentLeaveTheRunnerWhole) {
+TEST_F(RunnerStop, manyStopsAtAnyMomentLeaveTheRunnerWhole) {
     isWaiting = false;
     std::atomic<bool> isOver = false;
     auto caller = std::async(std::launch::async, [&] {
@@ -164,9 +164,9 @@ TEST_F(Stop, manyStopsAtAnyMomentLeaveTheRunnerWhole) {
 }
 
 /// Stops a run from inside of it, at a random moment of one of its phases, and times how long it goes on.
-class StopTimes : public RunTest {
+class RunnerStopPhases : public RunTest {
 protected:
-    StopTimes() {
+    RunnerStopPhases() {
         rows.beforeChunk = [this](std::uint64_t, RunContext&) { maybeStop(0); };
         cut.beforeApply = [this](const Chunk&) { maybeStop(1); };
         sum.beforeFill = [this](const Chunk&) { maybeStop(2); };
@@ -211,7 +211,7 @@ protected:
     std::atomic<std::chrono::steady_clock::time_point> asked{};
 };
 
-TEST_F(StopTimes, areShortInTwoHundredStopsOfEveryPhase) {
+TEST_F(RunnerStopPhases, areShortInTwoHundredStopsOfEveryPhase) {
     constexpr std::array<int, 5> callsOfPhase{20, 20, 20, 1, 1};
     std::mt19937 random(20);
     std::vector<double> seconds;

@@ -72,7 +72,7 @@ public:
     }
 };
 
-class Streams : public RunTest {
+class Concatenations : public RunTest {
 protected:
     /// Runs with several numbers of threads, all of which must give the same sum.
     double sumForAnyThreads(const std::string& name) {
@@ -98,7 +98,7 @@ protected:
     HeadKind head;
 };
 
-TEST_F(Streams, tablesOfTwoSourcesFollowEachOther) {
+TEST_F(Concatenations, tablesOfTwoSourcesFollowEachOther) {
     add(rows, "a", {{"rows", std::to_string(2 * chunkRows + 5)}});
     add(rows, "b", {{"rows", std::to_string(chunkRows + 7)}});
     add(join, "join");
@@ -115,7 +115,7 @@ TEST_F(Streams, tablesOfTwoSourcesFollowEachOther) {
     EXPECT_EQ(of("join").rowsOut, 3 * chunkRows + 12);
 }
 
-TEST_F(Streams, eachTableGoesThroughItsOwnPlugIns) {
+TEST_F(Concatenations, eachTableGoesThroughItsOwnPlugIns) {
     add(rows, "a", {{"rows", "1000"}});
     add(rows, "b", {{"rows", "2000"}});
     add(cut, "none", {{"cut", "1e300"}});
@@ -133,7 +133,7 @@ TEST_F(Streams, eachTableGoesThroughItsOwnPlugIns) {
     EXPECT_EQ(rowsInto("sum"), 2000U);
 }
 
-TEST_F(Streams, oneTableCanBeBothHalves) {
+TEST_F(Concatenations, oneTableCanBeBothHalves) {
     add(rows, "a", {{"rows", "1000"}});
     add(cut, "cut", {{"cut", "0"}});
     add(join, "join");
@@ -149,7 +149,7 @@ TEST_F(Streams, oneTableCanBeBothHalves) {
     EXPECT_EQ(rowsInto("sum"), of("cut").rowsOut);
 }
 
-TEST_F(Streams, joinedTablesCanBeJoinedAgain) {
+TEST_F(Concatenations, joinedTablesCanBeJoinedAgain) {
     add(rows, "a", {{"rows", "10"}});
     add(rows, "b", {{"rows", "20"}});
     add(rows, "c", {{"rows", "40"}});
@@ -167,7 +167,7 @@ TEST_F(Streams, joinedTablesCanBeJoinedAgain) {
     EXPECT_EQ(text("sum", 1), "((0 + 1 ) + 2 ) ");
 }
 
-TEST_F(Streams, aTableThatDoublesWithoutEndIsRefused) {
+TEST_F(Concatenations, aTableThatDoublesWithoutEndIsRefused) {
     add(rows, "j0", {{"rows", "1"}});
     for (int i = 1; i <= 40; ++i) {
         add(join, "j" + std::to_string(i));
@@ -179,7 +179,7 @@ TEST_F(Streams, aTableThatDoublesWithoutEndIsRefused) {
     EXPECT_EQ(sentence("j10"), "it would read more than 1000 tables one after the other");
 }
 
-TEST_F(Streams, aSourceThatFailsEndsWhatItWasJoinedInto) {
+TEST_F(Concatenations, aSourceThatFailsEndsWhatItWasJoinedInto) {
     RowSource failing;
     failing.beforeChunk = [](std::uint64_t, RunContext&) { throw Failure("no good"); };
     add(rows, "a", {{"rows", "10"}});
@@ -197,7 +197,7 @@ TEST_F(Streams, aSourceThatFailsEndsWhatItWasJoinedInto) {
     EXPECT_EQ(status("ofA"), NodeStatus::Done);
 }
 
-TEST_F(Streams, anInputOfAJoinThatNothingFeedsIsNamed) {
+TEST_F(Concatenations, anInputOfAJoinThatNothingFeedsIsNamed) {
     add(rows, "a", {{"rows", "10"}});
     add(join, "join");
     wire("a", "table", "join", "second");
@@ -205,7 +205,7 @@ TEST_F(Streams, anInputOfAJoinThatNothingFeedsIsNamed) {
     EXPECT_EQ(sentence("join"), "input \"first\": nothing is wired where a table is needed");
 }
 
-TEST_F(Streams, rowsAreCountedAfterACut) {
+TEST_F(Concatenations, rowsAreCountedAfterACut) {
     add(rows, "a", {{"rows", std::to_string(20 * chunkRows)}});
     add(cut, "cut", {{"cut", "0"}});
     add(head, "head", {{"count", std::to_string(3 * chunkRows)}});
@@ -217,7 +217,7 @@ TEST_F(Streams, rowsAreCountedAfterACut) {
     EXPECT_EQ(rowsInto("sum"), 3 * chunkRows);
 }
 
-TEST_F(Streams, rowsAreCountedInAJoinedTable) {
+TEST_F(Concatenations, rowsAreCountedInAJoinedTable) {
     add(rows, "a", {{"rows", "100"}});
     add(rows, "b", {{"rows", "100"}});
     add(join, "join");
@@ -234,7 +234,7 @@ TEST_F(Streams, rowsAreCountedInAJoinedTable) {
     EXPECT_EQ(rowsInto("sum"), 120U);
 }
 
-TEST_F(Streams, aSourceIsNotReadForRowsThatNothingWants) {
+TEST_F(Concatenations, aSourceIsNotReadForRowsThatNothingWants) {
     add(rows, "a", {{"rows", std::to_string(1000 * chunkRows)}});
     add(head, "head", {{"count", "5"}});
     add(sum, "sum");
@@ -247,7 +247,7 @@ TEST_F(Streams, aSourceIsNotReadForRowsThatNothingWants) {
     EXPECT_EQ(text("sum", 1), "0 ") << "what comes after does not decide how states meet";
 }
 
-TEST_F(Streams, aSourceIsReadOnForTheOthers) {
+TEST_F(Concatenations, aSourceIsReadOnForTheOthers) {
     add(rows, "a", {{"rows", std::to_string(50 * chunkRows)}});
     add(head, "head", {{"count", "5"}});
     add(sum, "few");
@@ -260,7 +260,7 @@ TEST_F(Streams, aSourceIsReadOnForTheOthers) {
     EXPECT_EQ(rowsInto("all"), 50 * chunkRows);
 }
 
-TEST_F(Streams, theSecondTableComesWhenEnoughOfTheFirstIsRead) {
+TEST_F(Concatenations, theSecondTableComesWhenEnoughOfTheFirstIsRead) {
     add(rows, "a", {{"rows", std::to_string(1000 * chunkRows)}});
     add(rows, "b", {{"rows", "7"}});
     add(head, "head", {{"count", "5"}});
@@ -275,7 +275,7 @@ TEST_F(Streams, theSecondTableComesWhenEnoughOfTheFirstIsRead) {
     EXPECT_LT(of("a").rowsOut, 100 * chunkRows);
 }
 
-TEST_F(Streams, whatWasMadeOfAJoinIsReusedUntilOneOfItsTablesChanges) {
+TEST_F(Concatenations, whatWasMadeOfAJoinIsReusedUntilOneOfItsTablesChanges) {
     add(rows, "a", {{"rows", "1000"}});
     add(rows, "b", {{"rows", "2000"}});
     add(join, "join");
@@ -300,7 +300,7 @@ TEST_F(Streams, whatWasMadeOfAJoinIsReusedUntilOneOfItsTablesChanges) {
     EXPECT_EQ(status("sum"), NodeStatus::Done) << "the order of the tables counts";
 }
 
-TEST_F(Streams, whatWasMadeOfTheFirstRowsIsReusedAndNotTakenForTheWhole) {
+TEST_F(Concatenations, whatWasMadeOfTheFirstRowsIsReusedAndNotTakenForTheWhole) {
     add(rows, "a", {{"rows", std::to_string(200 * chunkRows)}});
     add(head, "head", {{"count", "5"}});
     add(sum, "few");
