@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <thread>
 #include <utility>
 
 namespace velmorak::test {
@@ -167,6 +168,16 @@ InputSpec wireInput(const std::string& name, ValueType type, bool isOptional) {
 
 OutputSpec output(const std::string& name, ValueType type) {
     return {name, "", type};
+}
+
+void waitForStop(const RunContext& context) {
+    constexpr long maxPolls = 100'000'000;
+    for (long poll = 0; !context.isStopping(); ++poll) {
+        if (poll == maxPolls) {
+            throw Failure("nobody has stopped the run");
+        }
+        std::this_thread::yield();
+    }
 }
 
 double valueOfRow(std::uint64_t row) {

@@ -17,6 +17,10 @@ InputSpec textInput(const std::string& name, const std::string& value = "");
 InputSpec wireInput(const std::string& name, ValueType type, bool isOptional = false);
 OutputSpec output(const std::string& name, ValueType type);
 
+/// Waits until the run is asked to end.
+/// @throws Failure after so many polls that it never will be.
+void waitForStop(const RunContext& context);
+
 /// The value in column "x" of a row: of very different sizes, so that sums show the order of their terms.
 double valueOfRow(std::uint64_t row);
 
