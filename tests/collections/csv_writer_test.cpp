@@ -164,7 +164,7 @@ TEST(CsvWriterKind, aFunctionIsSampledWithBothEnds) {
     function->arguments = {{.name = "x", .ranges = {}}};
     KindHarness bench("CsvWriter", "out");
     bench.set("samples", "3").wire("object", DataObjectPtr(function));
-    EXPECT_TRUE(bench.failure().find("give a range") != std::string::npos) << bench.failure();
+    EXPECT_TRUE(bench.failure().find("enter a range") != std::string::npos) << bench.failure();
     bench.set("range", "0 4").run();
     EXPECT_EQ(textIn(bench.folder() / "out.csv"), "x,y\n0.0,0.0\n2.0,4.0\n4.0,16.0\n");
     EXPECT_NE(bench.kind().refusal("range", "4 0"), "");

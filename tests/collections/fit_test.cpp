@@ -160,7 +160,7 @@ TEST(FitKind, refusesWhatItCannotFit) {
     EXPECT_THAT(flat.failure(), HasSubstr("have 1 values each"));
     KindHarness counted("Fit");
     counted.wire("data", line()).set("method", "likelihood");
-    EXPECT_THAT(counted.failure(), HasSubstr("only a histogram holds"));
+    EXPECT_THAT(counted.failure(), HasSubstr("only a histogram has"));
     KindHarness few("Fit");
     few.wire("data", line()).set("model", "pol7");
     EXPECT_THAT(few.failure(), HasSubstr("4 entries are too few to fit 8 parameters"));
@@ -174,7 +174,7 @@ TEST(FitKind, refusesMistakesWhenTheyAreMade) {
     EXPECT_THAT(kind.refusal("start", "mean=one"), HasSubstr("is a number"));
     KindHarness wired("Fit");
     wired.wire("data", line()).wire("model", Value(std::string("pol1")));
-    EXPECT_THAT(wired.failure(), HasSubstr("cannot come by wire"));
+    EXPECT_THAT(wired.failure(), HasSubstr("cannot be wired"));
 }
 
 TEST(FitKind, endsWhenTheRunIsStopped) {

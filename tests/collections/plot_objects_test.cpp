@@ -181,7 +181,7 @@ TEST(PlotObjects, oneQuantityAndTwoAreNotDrawnTogether) {
     KindHarness bench("Plot");
     bench.set("objects", "2").wire("object", counts({1})).wire("object2", DataObjectPtr(grid()));
     EXPECT_TRUE(bench.failure().starts_with("object2: ")) << bench.failure();
-    EXPECT_TRUE(hasText(bench.failure(), "one frame")) << bench.failure();
+    EXPECT_TRUE(hasText(bench.failure(), "use another Plot")) << bench.failure();
     bench.wire("object", DataObjectPtr(grid()));
     EXPECT_TRUE(bench.failure().starts_with("object2: ")) << bench.failure();
     EXPECT_TRUE(fs::is_empty(bench.folder()));
@@ -281,7 +281,7 @@ TEST(PlotObjects, saysWhatIsNotDrawn) {
     };
     EXPECT_EQ(warningOf({1, 0, 2}, "yes"), "");
     EXPECT_EQ(warningOf({0, 0}, "no"), "");
-    EXPECT_TRUE(hasText(warningOf({0, 0}, "yes"), "nothing is above 0"));
+    EXPECT_TRUE(hasText(warningOf({0, 0}, "yes"), "no value is above 0"));
     EXPECT_TRUE(hasText(warningOf({1, -2}, "yes"), "1 values are not drawn"));
     EXPECT_TRUE(hasText(warningOf({1, infinite}, "no"), "object: 1 bins"));
     auto weighted = grid();

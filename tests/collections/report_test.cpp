@@ -186,7 +186,7 @@ TEST(ReportKind, namesWhatFailedAndWhatIsMissing) {
         plugin.state = RecordedState::Done;
     }
     bench.remember(given).run();
-    EXPECT_NE(written(bench).find("None: every plug-in"), std::string::npos);
+    EXPECT_NE(written(bench).find("None: every requested plug-in"), std::string::npos);
 }
 
 TEST(ReportKind, showsNumbersTextsAndFits) {

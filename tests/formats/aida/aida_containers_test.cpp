@@ -105,8 +105,8 @@ TEST_F(AidaContainers, leaveOutWhatIsNoXmlAndWhatIsDamaged) {
                                       true));
     EXPECT_EQ(pathsIn(file, run), (std::vector<std::string>{"/t/a", "/t/c"}));
     ASSERT_EQ(run.warnings.size(), 3U);
-    EXPECT_THAT(run.warnings[0], HasSubstr("README is no XML"));
-    EXPECT_THAT(run.warnings[1], HasSubstr("picture.png is no XML"));
+    EXPECT_THAT(run.warnings[0], HasSubstr("README is not XML"));
+    EXPECT_THAT(run.warnings[1], HasSubstr("picture.png is not XML"));
     EXPECT_THAT(run.warnings[2], HasSubstr("b.aida, line 1, byte"));
     EXPECT_EQ(readRows(file, "/t/c", run).count(), 5U);
     EXPECT_THAT(failureOf([&] {

@@ -64,7 +64,7 @@ TEST_F(DamagedAida, namesTheRowAndColumnOfAValueThatIsNone) {
     text.replace(text.find("\"16\""), 4, "\"1,6\"");
     const Rows rows = readRows(fileWith(text), "", run);
     EXPECT_EQ(rows.count(), 4U);
-    EXPECT_THAT(rows.failure, HasSubstr("\"1,6\" in column \"x\" is no real (after 4 complete rows)"));
+    EXPECT_THAT(rows.failure, HasSubstr("\"1,6\" in column \"x\" is not a valid real (after 4 complete rows)"));
     EXPECT_THAT(rows.failure, HasSubstr("line 8"));
 }
 

@@ -156,7 +156,7 @@ TEST_F(AidaObjects, takeTheEntitiesAndNumbersOfOutsideBins) {
     EXPECT_EQ(histogram->overflow().entries, 3);
     EXPECT_EQ(histogram->underflow().entries, 4);
     EXPECT_FALSE(histogramOf("<bin1d binNum='' entries='1'/>"));
-    EXPECT_THAT(run.warnings.at(0), HasSubstr("names no bin"));
+    EXPECT_THAT(run.warnings.at(0), HasSubstr("is not the number of a bin"));
 }
 
 TEST_F(AidaObjects, thatCannotBeReadAreTheOnlyOnesLost) {
@@ -174,7 +174,7 @@ TEST_F(AidaObjects, thatCannotBeReadAreTheOnlyOnesLost) {
 TEST_F(AidaObjects, takeNoMemoryForBinsThatAreOnlyPromised) {
     EXPECT_FALSE(read<Histogram1D>(
         aidaWith("<histogram1d name='h'><axis min='0' max='1' numberOfBins='1000000000'/></histogram1d>")));
-    EXPECT_THAT(run.warnings.at(0), HasSubstr("promise 1000000002 cells"));
+    EXPECT_THAT(run.warnings.at(0), HasSubstr("declare 1000000002 cells"));
     for (const char* axis : {"min='0' max='1' numberOfBins='0'", "min='1' max='1' numberOfBins='2'",
                              "min='NaN' max='1' numberOfBins='2'", "min='0' max='1' numberOfBins='1.5'"}) {
         EXPECT_FALSE(
@@ -195,8 +195,8 @@ TEST_F(AidaObjects, takeDefaultsForWhatBinsDoNotSay) {
     EXPECT_EQ(histogram->bin(0).w, 0.0);
     EXPECT_EQ(histogram->bin(1).wxx, 3 * (1.5 * 1.5 + 0.25));
     ASSERT_EQ(run.warnings.size(), 2U);
-    EXPECT_THAT(run.warnings[0], HasSubstr("1 of its bins are given more than once"));
-    EXPECT_THAT(run.warnings[1], HasSubstr("the centres are taken"));
+    EXPECT_THAT(run.warnings[0], HasSubstr("1 of its bins are listed more than once"));
+    EXPECT_THAT(run.warnings[1], HasSubstr("the bin centres are used"));
 }
 
 TEST_F(AidaObjects, knowThatOneProgramWritesSquaredErrors) {
@@ -204,7 +204,7 @@ TEST_F(AidaObjects, knowThatOneProgramWritesSquaredErrors) {
     histogramOf("<bin1d binNum='1' entries='2' error='1.5' error2='7' weightedMean='1.5'/>", "LWH");
     EXPECT_TRUE(run.warnings.empty());
     histogramOf("<bin1d binNum='1' entries='2' error='1.5' error2='1.25' weightedMean='1.5'/>");
-    EXPECT_THAT(run.warnings.at(0), HasSubstr("errors of their own downwards"));
+    EXPECT_THAT(run.warnings.at(0), HasSubstr("different errors downwards"));
 }
 
 TEST_F(AidaObjects, mayHaveTheirPartsInAnyOrder) {
@@ -218,7 +218,7 @@ TEST_F(AidaObjects, mayHaveTheirPartsInAnyOrder) {
         read<Histogram2D>(aidaWith("<histogram2d name='h'><axis min='0' max='2' numberOfBins='2'/>"
                                    "<axis min='0' max='3' numberOfBins='3'/><data2d/></histogram2d>"));
     EXPECT_EQ(unnamed->grid().axis(1).bins(), 3U);
-    EXPECT_THAT(run.warnings, ::testing::Contains(HasSubstr("do not say their directions")));
+    EXPECT_THAT(run.warnings, ::testing::Contains(HasSubstr("have no directions")));
 }
 
 TEST_F(AidaObjects, areChosenByPathOrAloneOrListed) {
@@ -231,8 +231,8 @@ TEST_F(AidaObjects, areChosenByPathOrAloneOrListed) {
     EXPECT_EQ(failure("", ValueType::Points), "no failure");
     EXPECT_THAT(failure("", ValueType::Profile), HasSubstr("/calib/gain (profile1d), /calib/map (profile2d)"));
     EXPECT_THAT(failure("/nowhere", ValueType::Function),
-                HasSubstr("holds no function /nowhere; it contains /fits/line"));
-    EXPECT_THAT(failure("/data/events", ValueType::Histogram), HasSubstr("holds no histogram /data/events"));
+                HasSubstr("contains no function /nowhere; it contains /fits/line"));
+    EXPECT_THAT(failure("/data/events", ValueType::Histogram), HasSubstr("contains no histogram /data/events"));
 }
 
 TEST_F(AidaObjects, ofUnknownKindAreSkippedWithOneWarning) {

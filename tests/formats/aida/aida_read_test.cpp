@@ -77,7 +77,7 @@ TEST_F(AidaTables, areAlsoWhatACloudHolds) {
 
 TEST_F(AidaTables, areRefusedWhereACloudHasBecomeAHistogram) {
     const std::string failure = failureOf([&] { readRows(ownFile("cloud1d_converted.aida"), "", run); });
-    EXPECT_THAT(failure, HasSubstr("/clouds/t1 has been converted to a histogram"));
+    EXPECT_THAT(failure, HasSubstr("/clouds/t1 was converted to a histogram"));
 }
 
 TEST_F(AidaTables, areChosenByPathOrByNameWhereItIsTheOnlyOne) {
@@ -102,7 +102,7 @@ TEST_F(AidaTables, ofOneNameMustBeChosenByTheWholePath) {
     const auto file = aidaWith(
         "<tuple name='t' path='/a'><columns><column name='x'/></columns><rows/></tuple>"
         "<tuple name='t' path='/b'><columns><column name='x'/></columns><rows/></tuple>");
-    EXPECT_THAT(failureOf([&] { readRows(file, "t", run); }), HasSubstr("the whole path must be given"));
+    EXPECT_THAT(failureOf([&] { readRows(file, "t", run); }), HasSubstr("enter the full path of one"));
     EXPECT_EQ(readRows(file, "/b/t", run).count(), 0U);
 }
 
@@ -211,7 +211,7 @@ TEST_F(AidaTables, areReadInTheEncodingThatTheFileDeclares) {
     EXPECT_EQ(bytesIn("\xEF\xBB\xBF<?xml version='1.0' encoding=\"utf-8\"?>\r\n", "é"), "é");
     EXPECT_THAT(run.warnings, IsEmpty());
     EXPECT_EQ(bytesIn("<?xml version='1.0' encoding='UTF-8'?>", "\xE9 é"), "é é");
-    EXPECT_THAT(run.warnings, ElementsAre(HasSubstr("not UTF-8")));
+    EXPECT_THAT(run.warnings, ElementsAre(HasSubstr("not valid UTF-8")));
     EXPECT_THAT(failureOf([&] { bytesIn("<?xml version='1.0' encoding='klingon'?>", "x"); }), HasSubstr("encoding"));
 }
 

@@ -61,7 +61,7 @@ TEST_F(AidaTraps, anEmptyBinNumberIsNoBin) {
     EXPECT_FALSE(only<Histogram1D>(histogram("<bin1d binNum='' entries='1'/>")));
     ASSERT_EQ(run.warnings.size(), 1U);
     EXPECT_THAT(run.warnings[0], HasSubstr("binNum=\"\""));
-    EXPECT_THAT(run.warnings[0], HasSubstr("names no bin"));
+    EXPECT_THAT(run.warnings[0], HasSubstr("is not the number of a bin"));
 }
 
 TEST_F(AidaTraps, entriesMayBeWrittenAsRealNumbers) {
@@ -82,7 +82,7 @@ TEST_F(AidaTraps, ofABinThatIsListedTwiceTheLastCounts) {
     EXPECT_EQ(read->bin(1).entries, 7) << "all weights may be 0";
     EXPECT_EQ(read->height(1), 0.0);
     EXPECT_THAT(run.warnings, Contains(HasSubstr("1 of its bins are beyond its axes and are ignored")));
-    EXPECT_THAT(run.warnings, Contains(HasSubstr("more than once; the last one is taken")));
+    EXPECT_THAT(run.warnings, Contains(HasSubstr("more than once; the last one is used")));
 }
 
 TEST_F(AidaTraps, bordersMayHoldTheEndsOfTheAxisToo) {

@@ -113,7 +113,7 @@ TEST_F(AidaWriting, refusesColumnsThatNoFileCanName) {
     for (const char* name : {"a=b", "", " a", "a\n"}) {
         AidaFileWriter writer(folder / "odd.aida");
         EXPECT_THAT(failureOf([&] { writer.beginTable("t", "", "/", Schema({{name}})); }),
-                    HasSubstr("cannot name the column"));
+                    HasSubstr("cannot have a column named"));
     }
 }
 

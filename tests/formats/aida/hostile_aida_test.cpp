@@ -144,8 +144,10 @@ TEST_F(HostileAida, isNotMadeWhereItIsNotAskedFor) {
     const auto file = aidaWith("<histogram1d name='h' path='/a'>" + good + "<histogram1d name='h' path='/b'>" + bad +
                                "<dataPointSet name='h' path='/c'/>");
     EXPECT_NE(readAidaObject(file, "/a/h", ValueType::Histogram, run), nullptr);
-    EXPECT_THAT(failureOf([&] { readAidaObject(file, "h", ValueType::Histogram, run); }), HasSubstr("several objects"));
-    EXPECT_THAT(failureOf([&] { readAidaObject(file, "", ValueType::Histogram, run); }), HasSubstr("several objects"));
+    EXPECT_THAT(failureOf([&] { readAidaObject(file, "h", ValueType::Histogram, run); }),
+                HasSubstr("several matching objects"));
+    EXPECT_THAT(failureOf([&] { readAidaObject(file, "", ValueType::Histogram, run); }),
+                HasSubstr("several matching objects"));
     EXPECT_EQ(run.warnings, std::vector<std::string>());
     const auto withRoot = aidaWith("<histogram1d name='h' path='/a'>" + good + "<histogram1d name='h'>" + good);
     EXPECT_NE(readAidaObject(withRoot, "h", ValueType::Histogram, run), nullptr);
@@ -248,7 +250,7 @@ TEST_F(HostileAida, isRefusedForAnUndefinedEntity) {
     EXPECT_THAT(failureOf([&] { readAidaObjects(inText, run); }), HasSubstr("the entity &bar; is not defined"));
     const auto declared = fileWith("<!DOCTYPE aida [<!ENTITY foo '5'>]>\n<aida>" + rows +
                                    "<row><entry value=\"1&foo;2&#48;&amp;\"/></row>" + end + "</aida>");
-    EXPECT_THAT(readRows(declared, "/t", run).failure, HasSubstr("\"1520&\" in column \"x\" is no real"));
+    EXPECT_THAT(readRows(declared, "/t", run).failure, HasSubstr("\"1520&\" in column \"x\" is not a valid real"));
 }
 
 TEST_F(HostileAida, keepsAnEmptyTitleAndAMissingOne) {

@@ -145,9 +145,9 @@ TEST_F(BinaryAida, failsForAValueThatIsNotUnderstood) {
         return rows.count() == 0 ? rows.failure : "a row";
     };
     const std::string wrongAttribute("\x06\xC3\x02\x01\x05", 5);
-    EXPECT_THAT(failureWith("byte", wrongAttribute), HasSubstr("attribute 1 of <entry> is not known"));
+    EXPECT_THAT(failureWith("byte", wrongAttribute), HasSubstr("attribute 1 of <entry> is unknown"));
     const std::string wrongPage("\x00\x02\x06\xC3\x02\x01\x05", 7);
-    EXPECT_THAT(failureWith("byte", wrongPage), HasSubstr("attribute 119 of <entry> is not known"));
+    EXPECT_THAT(failureWith("byte", wrongPage), HasSubstr("attribute 119 of <entry> is unknown"));
     const std::string wrongType("\x0A\xC3\x02\x09\x05", 5);
     EXPECT_THAT(failureWith("byte", wrongType), HasSubstr("the value of <entry> has the unknown type 9"));
     const std::string wrongLength("\x0A\xC3\x03\x01\x05\x05", 6);

@@ -30,7 +30,7 @@ TEST(RootTable, isTheOnlyOneOfItsFileOrHasAName) {
                 HasSubstr("contains several tables; enter the path of one: \"one"));
     EXPECT_EQ(failureOf(folder / "uproot-nesteddirs.root", "one/two/tree", {}), "");
     EXPECT_EQ(failureOf(folder / "uproot-nesteddirs.root", "/one/two/tree", {}), "");
-    EXPECT_THAT(failureOf(folder / "uproot-issue-60.root", "events", {}), HasSubstr("there is \"tree\""));
+    EXPECT_THAT(failureOf(folder / "uproot-issue-60.root", "events", {}), HasSubstr("it contains \"tree\""));
 }
 
 TEST(RootTable, offersOnlyTheNamedColumnsInTheirOrder) {
