@@ -30,12 +30,6 @@ constexpr std::array constants{Constant{"pi", std::numbers::pi}, Constant{"e", s
                                Constant{"inf", std::numeric_limits<double>::infinity()},
                                Constant{"nan", std::numeric_limits<double>::quiet_NaN()}};
 
-const double* findConstant(std::string_view name) {
-    const auto* const found =
-        std::find_if(constants.begin(), constants.end(), [&](const Constant& known) { return known.name == name; });
-    return found == constants.end() ? nullptr : &found->value;
-}
-
 class Compiler {
 public:
     Compiler(std::string_view expression, const Schema& schema, const std::map<std::string, double>& named);
@@ -51,7 +45,7 @@ private:
 
     TypedOperand called(const Node& node);
 
-    /// The power that is taken most often, for which a product is quick and exact to half a unit in the last place.
+    /// Compiles x^2 as a product, which is faster and correctly rounded.
     bool isSquare(const Node& node) const;
 
     TypedOperand reduced(const Node& node, const TypedOperand& list);
@@ -66,11 +60,10 @@ private:
 
     TypedOperand arithmetic(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments);
 
-    /// A sum with a product, or a difference from one, is a single step with both roundings, where the product was the
-    /// step before.
+    /// Fuses a product with the sum or difference that follows into one step, which rounds twice as before.
     std::optional<TypedOperand> joinedWithProduct(const Node& node, const std::vector<TypedOperand>& values);
 
-    /// The type that two values are compared in, or that a choice between them has.
+    /// @return the common type in which two values are compared or chosen.
     ColumnType compared(const Node& node, const std::vector<TypedOperand>& pair);
 
     std::vector<TypedOperand> conditions(const Node& node, const std::vector<TypedOperand>& arguments);
@@ -79,16 +72,16 @@ private:
 
     static Kernel kernel(const Function& function, ColumnType type);
 
-    static Kernel commonKernel(const Function& function, ColumnType type);
+    static Kernel scalarKernel(const Function& function, ColumnType type);
 
-    /// @return the values in the given type.
+    /// @return the values, converted to the type.
     std::vector<TypedOperand> all(const Node& node, const std::vector<TypedOperand>& values, ColumnType type);
 
     std::string_view source;
     const Schema& columns;
     const std::map<std::string, double>& numbers;
     std::vector<Node> nodes;
-    std::vector<TypedOperand> typed;  ///< Of each node.
+    std::vector<TypedOperand> typed;  ///< The value of each node.
     Emitter emitter;
 };
 
@@ -138,7 +131,7 @@ TypedOperand Compiler::named(const Node& node) {
     for (const auto& [name, value] : numbers) {
         names.push_back(name);
     }
-    refuse(source, node.place, "there is no column " + quoted(node.text) + suggestion(node.text, names));
+    throwAt(source, node.offset, "there is no column " + quoted(node.text) + suggestion(node.text, names));
 }
 
 TypedOperand Compiler::column(const Node& node, std::size_t position) {
@@ -146,7 +139,7 @@ TypedOperand Compiler::column(const Node& node, std::size_t position) {
     if (value.type != ColumnType::Text || nodes.size() == 1) {
         return value;
     }
-    return emitter.emit(addressTexts, {value}, ColumnType::Text, node.place);
+    return emitter.emit(addressTexts, {value}, ColumnType::Text, node.offset);
 }
 
 TypedOperand Compiler::called(const Node& node) {
@@ -162,10 +155,10 @@ TypedOperand Compiler::called(const Node& node) {
     }
     const Function* function = findFunction(node.text);
     if (!function) {
-        refuse(source, node.place,
-               isReduction(node.text)
-                   ? quoted(node.text) + " takes one list column"
-                   : "there is no function " + quoted(node.text) + suggestion(node.text, functionNames()));
+        throwAt(source, node.offset,
+                isReduction(node.text)
+                    ? quoted(node.text) + " takes one list column"
+                    : "there is no function " + quoted(node.text) + suggestion(node.text, functionNames()));
     }
     checkArguments(node, *function, arguments);
     if (isSquare(node)) {
@@ -185,36 +178,36 @@ bool Compiler::isSquare(const Node& node) const {
 
 TypedOperand Compiler::reduced(const Node& node, const TypedOperand& list) {
     if (!list.isList) {
-        refuse(source, node.place, quoted(node.text) + " of one value takes a list column, this is " + shown(list));
+        throwAt(source, node.offset, quoted(node.text) + " of one value takes a list column, this is " + shown(list));
     }
     const Reduction reduction = findReduction(node.text, list.type);
     if (!reduction.kernel) {
-        refuse(source, node.place, quoted(node.text) + " does not take " + shown(list));
+        throwAt(source, node.offset, quoted(node.text) + " does not take " + shown(list));
     }
-    return emitter.emitReduction(reduction.kernel, {list}, reduction.type, node.place);
+    return emitter.emitReduction(reduction.kernel, {list}, reduction.type, node.offset);
 }
 
 TypedOperand Compiler::indexed(const Node& node, const std::vector<TypedOperand>& arguments) {
     const TypedOperand& list = arguments[0];
     if (!list.isList) {
-        refuse(source, node.place, "only a list has values to choose from, this is " + shown(list));
+        throwAt(source, node.offset, "only a list has values to choose from, this is " + shown(list));
     }
     if (arguments[1].isList || arguments[1].type == ColumnType::Text || arguments[1].type == ColumnType::Boolean) {
-        refuse(source, nodes[node.children[1]].place,
-               "a position in a list is a number, this is " + shown(arguments[1]));
+        throwAt(source, nodes[node.children[1]].offset,
+                "a position in a list is a number, this is " + shown(arguments[1]));
     }
     TypedOperand position = arguments[1];
     if (position.type == ColumnType::Integer) {
-        position = emitter.emit(conversion(position.type, ColumnType::Real), {position}, ColumnType::Real, node.place);
+        position = emitter.emit(conversion(position.type, ColumnType::Real), {position}, ColumnType::Real, node.offset);
     }
     const Reduction way = findIndexing(list.type);
-    return emitter.emitReduction(way.kernel, {list, position}, way.type, node.place);
+    return emitter.emitReduction(way.kernel, {list, position}, way.type, node.offset);
 }
 
 void Compiler::checkArguments(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) {
     const std::size_t count = arguments.size();
     if (count < function.arguments || (count > function.arguments && !function.takesMore)) {
-        refuse(source, node.place, quoted(node.text) + " takes " + wanted(function));
+        throwAt(source, node.offset, quoted(node.text) + " takes " + wanted(function));
     }
 }
 
@@ -232,23 +225,23 @@ TypedOperand Compiler::applied(const Node& node, const Function& function, const
                 if (const auto negative =
                         emitter.popIfProducedBy(arguments[0], kernel(*findFunction("-sign"), ColumnType::Real))) {
                     return emitter.emit(kernel(*findFunction("-exp"), ColumnType::Real), *negative, ColumnType::Real,
-                                        node.place);
+                                        node.offset);
                 }
             }
             return emitter.emit(kernel(function, ColumnType::Real), all(node, arguments, ColumnType::Real),
-                                ColumnType::Real, node.place);
+                                ColumnType::Real, node.offset);
         case Rule::Test:
             return emitter.emit(kernel(function, ColumnType::Real), all(node, arguments, ColumnType::Real),
-                                ColumnType::Boolean, node.place);
+                                ColumnType::Boolean, node.offset);
         case Rule::Arithmetic:
             return arithmetic(node, function, arguments);
         case Rule::Comparison: {
             const ColumnType type = compared(node, arguments);
-            return emitter.emit(kernel(function, type), all(node, arguments, type), ColumnType::Boolean, node.place);
+            return emitter.emit(kernel(function, type), all(node, arguments, type), ColumnType::Boolean, node.offset);
         }
         case Rule::Logic:
             return emitter.emit(kernel(function, ColumnType::Boolean), conditions(node, arguments), ColumnType::Boolean,
-                                node.place);
+                                node.offset);
         case Rule::Choice:
             break;
     }
@@ -262,14 +255,14 @@ TypedOperand Compiler::arithmetic(const Node& node, const Function& function,
     const ColumnType type = hasReal ? ColumnType::Real : ColumnType::Integer;
     const auto values = all(node, arguments, type);
     if (values.size() == 1) {
-        return emitter.emit(kernel(function, type), values, type, node.place);
+        return emitter.emit(kernel(function, type), values, type, node.offset);
     }
     if (const auto joined = type == ColumnType::Real ? joinedWithProduct(node, values) : std::nullopt) {
         return *joined;
     }
-    TypedOperand result = emitter.emit(kernel(function, type), {values[0], values[1]}, type, node.place);
+    TypedOperand result = emitter.emit(kernel(function, type), {values[0], values[1]}, type, node.offset);
     for (std::size_t i = 2; i < values.size(); ++i) {
-        result = emitter.emit(kernel(function, type), {result, values[i]}, type, node.place);
+        result = emitter.emit(kernel(function, type), {result, values[i]}, type, node.offset);
     }
     return result;
 }
@@ -290,7 +283,7 @@ std::optional<TypedOperand> Compiler::joinedWithProduct(const Node& node, const 
         }
         factors->push_back(values[1 - side]);
         return emitter.emit(kernel(*findFunction(isSum ? "*+" : "*-"), ColumnType::Real), *factors, ColumnType::Real,
-                            node.place);
+                            node.offset);
     }
     return std::nullopt;
 }
@@ -299,7 +292,7 @@ ColumnType Compiler::compared(const Node& node, const std::vector<TypedOperand>&
     const ColumnType first = pair[0].type;
     const ColumnType second = pair[1].type;
     if ((first == ColumnType::Text) != (second == ColumnType::Text)) {
-        refuse(source, node.place, "a text and a number do not go together here");
+        throwAt(source, node.offset, "a text and a number do not go together here");
     }
     if (first == ColumnType::Text || first == ColumnType::Real || second == ColumnType::Real) {
         return first == ColumnType::Text ? first : ColumnType::Real;
@@ -310,32 +303,32 @@ ColumnType Compiler::compared(const Node& node, const std::vector<TypedOperand>&
 std::vector<TypedOperand> Compiler::conditions(const Node& node, const std::vector<TypedOperand>& arguments) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         if (arguments[i].type == ColumnType::Real || arguments[i].type == ColumnType::Text) {
-            refuse(source, nodes[node.children[i]].place,
-                   "a condition is needed here, this is " + shown(arguments[i]) + "; compare it with something");
+            throwAt(source, nodes[node.children[i]].offset,
+                    "a condition is needed here, this is " + shown(arguments[i]) + "; compare it with something");
         }
     }
     return all(node, arguments, ColumnType::Boolean);
 }
 
 TypedOperand Compiler::choice(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) {
-    const Node conditionOnly{node.form, node.place, node.text, 0.0, 0, false, {node.children[0]}};
+    const Node conditionOnly{node.form, node.offset, node.text, 0.0, 0, false, {node.children[0]}};
     auto values = conditions(conditionOnly, {arguments[0]});
     const std::vector<TypedOperand> pair{arguments[1], arguments[2]};
     const bool areBooleans = pair[0].type == ColumnType::Boolean && pair[1].type == ColumnType::Boolean;
     const ColumnType type = areBooleans ? ColumnType::Boolean : compared(node, pair);
-    const Node valuesOnly{node.form, node.place, node.text, 0.0, 0, false, {node.children[1], node.children[2]}};
+    const Node valuesOnly{node.form, node.offset, node.text, 0.0, 0, false, {node.children[1], node.children[2]}};
     for (const TypedOperand& value : all(valuesOnly, pair, type)) {
         values.push_back(value);
     }
-    return emitter.emit(kernel(function, type), values, type, node.place);
+    return emitter.emit(kernel(function, type), values, type, node.offset);
 }
 
 Kernel Compiler::kernel(const Function& function, ColumnType type) {
-    const Kernel wide = function.rule == Rule::Choice ? nullptr : wideKernel(function.name, type);
-    return !wide ? commonKernel(function, type) : wide;
+    const Kernel wide = function.rule == Rule::Choice ? nullptr : simdKernel(function.name, type);
+    return !wide ? scalarKernel(function, type) : wide;
 }
 
-Kernel Compiler::commonKernel(const Function& function, ColumnType type) {
+Kernel Compiler::scalarKernel(const Function& function, ColumnType type) {
     switch (type) {
         case ColumnType::Real:
             return function.forReals;
@@ -354,10 +347,10 @@ std::vector<TypedOperand> Compiler::all(const Node& node, const std::vector<Type
     for (std::size_t i = 0; i < values.size(); ++i) {
         const Kernel way = conversion(values[i].type, type);
         if (!way && values[i].type != type) {
-            refuse(source, nodes[node.children[i]].place,
-                   quoted(shownName(node)) + " does not take " + shown(values[i]));
+            throwAt(source, nodes[node.children[i]].offset,
+                    quoted(shownName(node)) + " does not take " + shown(values[i]));
         }
-        converted.push_back(!way ? values[i] : emitter.emit(way, {values[i]}, type, node.place));
+        converted.push_back(!way ? values[i] : emitter.emit(way, {values[i]}, type, node.offset));
     }
     return converted;
 }
@@ -368,8 +361,10 @@ Code compile(std::string_view text, const Schema& columns, const std::map<std::s
     return Compiler(text, columns, numbers).run();
 }
 
-bool isConstant(std::string_view name) {
-    return findConstant(name) != nullptr;
+const double* findConstant(std::string_view name) {
+    const auto* const found =
+        std::find_if(constants.begin(), constants.end(), [&](const Constant& known) { return known.name == name; });
+    return found == constants.end() ? nullptr : &found->value;
 }
 
 }  // namespace velmorak::expression

@@ -4,7 +4,7 @@ namespace velmorak::expression {
 
 namespace {
 
-/// Bytes of a value in a buffer; a text stands there by its address.
+/// Bytes of a value in a buffer, which holds texts by address.
 std::size_t bytesOf(ColumnType type) {
     return type == ColumnType::Boolean ? 1 : 8;
 }
@@ -27,70 +27,71 @@ TypedOperand Emitter::column(std::size_t position, const ColumnInfo& info) {
     return {{Operand::In::Column, position}, info.type, info.isList, position, bytesInColumn(info.type)};
 }
 
-TypedOperand Emitter::emit(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type, std::size_t place) {
+TypedOperand Emitter::emit(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type,
+                           std::size_t offset) {
     const auto list =
         std::find_if(values.begin(), values.end(), [](const TypedOperand& value) { return value.isList; });
     Step step;
     step.kernel = kernel;
-    step.place = place;
+    step.offset = offset;
     if (list == values.end()) {
         return emitStep(step, values, type);
     }
-    step.over = IterationDomain::Lists;
-    step.shape = list->shape;
+    step.domain = IterationDomain::Lists;
+    step.listColumn = list->listColumn;
     std::vector<TypedOperand> lists;
     for (const TypedOperand& value : values) {
         if (value.isList) {
-            demandEqualLengths(step.shape, value.shape, place);
+            emitLengthCheck(step.listColumn, value.listColumn, offset);
         }
-        const bool isSingle = !value.isList && value.place.in != Operand::In::Constant;
-        lists.push_back(isSingle ? spread(value, step.shape, place) : value);
+        const bool isSingle = !value.isList && value.operand.in != Operand::In::Constant;
+        lists.push_back(isSingle ? broadcast(value, step.listColumn, offset) : value);
     }
     return emitStep(step, lists, type);
 }
 
 TypedOperand Emitter::emitReduction(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type,
-                                    std::size_t place) {
+                                    std::size_t offset) {
     Step step;
     step.kernel = kernel;
-    step.place = place;
-    step.over = IterationDomain::RowsOfLists;
-    step.shape = values.front().shape;
+    step.offset = offset;
+    step.domain = IterationDomain::RowsOfLists;
+    step.listColumn = values.front().listColumn;
     return emitStep(step, values, type);
 }
 
-/// The result has a buffer that none of the step's own values stands in: their sizes may differ.
+/// The output buffer differs from the input buffers, because the sizes of values may differ.
 TypedOperand Emitter::emitStep(Step step, const std::vector<TypedOperand>& values, ColumnType type) {
-    const bool isList = step.over == IterationDomain::Lists || step.over == IterationDomain::Broadcast;
-    step.out = isList ? Operand{Operand::In::List, taken(freeLists, code.lists)}
-                      : Operand{Operand::In::Buffer, taken(freeBuffers, code.buffers)};
+    const bool isList = step.domain == IterationDomain::Lists || step.domain == IterationDomain::Broadcast;
+    step.out = isList ? Operand{Operand::In::List, allocate(freeLists, code.lists)}
+                      : Operand{Operand::In::Buffer, allocate(freeBuffers, code.buffers)};
     step.outBytes = bytesOf(type);
     for (std::size_t i = 0; i < values.size(); ++i) {
-        step.in[i] = values[i].place;
+        step.in[i] = values[i].operand;
         step.inBytes[i] = values[i].elementBytes;
     }
     code.steps.push_back(step);
     for (const TypedOperand& value : values) {
-        if (value.place.in == Operand::In::Buffer) {
-            freeBuffers.push_back(value.place.position);
-        } else if (value.place.in == Operand::In::List) {
-            freeLists.push_back(value.place.position);
+        if (value.operand.in == Operand::In::Buffer) {
+            freeBuffers.push_back(value.operand.position);
+        } else if (value.operand.in == Operand::In::List) {
+            freeLists.push_back(value.operand.position);
         }
     }
     lastValues = values;
-    return {step.out, type, isList, step.shape, step.outBytes};
+    return {step.out, type, isList, step.listColumn, step.outBytes};
 }
 
 std::optional<std::vector<TypedOperand>> Emitter::popIfProducedBy(const TypedOperand& value, Kernel kernel) {
-    if (code.steps.empty() || value.place.in != Operand::In::Buffer) {
+    if (code.steps.empty() || value.operand.in != Operand::In::Buffer) {
         return std::nullopt;
     }
     const Step& last = code.steps.back();
-    if (last.kernel != kernel || last.over != IterationDomain::Rows || last.out.position != value.place.position) {
+    if (last.kernel != kernel || last.domain != IterationDomain::Rows || last.out.position != value.operand.position) {
         return std::nullopt;
     }
     for (const TypedOperand& taken : lastValues) {
-        if (taken.place.in == Operand::In::Buffer) {
+        if (taken.operand.in == Operand::In::Buffer) {
             freeBuffers.pop_back();
         }
     }
@@ -99,28 +100,28 @@ std::optional<std::vector<TypedOperand>> Emitter::popIfProducedBy(const TypedOpe
     return std::exchange(lastValues, {});
 }
 
-TypedOperand Emitter::spread(const TypedOperand& value, std::size_t shape, std::size_t place) {
+TypedOperand Emitter::broadcast(const TypedOperand& value, std::size_t listColumn, std::size_t offset) {
     Step step;
-    step.kernel = spreading(value.type);
-    step.place = place;
-    step.over = IterationDomain::Broadcast;
-    step.shape = shape;
+    step.kernel = broadcastKernel(value.type);
+    step.offset = offset;
+    step.domain = IterationDomain::Broadcast;
+    step.listColumn = listColumn;
     return emitStep(step, {value}, value.type);
 }
 
-void Emitter::demandEqualLengths(std::size_t shape, std::size_t other, std::size_t place) {
-    if (shape == other || !equalShapes.insert({shape, other}).second) {
+void Emitter::emitLengthCheck(std::size_t listColumn, std::size_t other, std::size_t offset) {
+    if (listColumn == other || !equalLengths.insert({listColumn, other}).second) {
         return;
     }
     Step step;
-    step.place = place;
-    step.over = IterationDomain::Lengths;
-    step.shape = shape;
-    step.otherShape = other;
+    step.offset = offset;
+    step.domain = IterationDomain::Lengths;
+    step.listColumn = listColumn;
+    step.otherListColumn = other;
     code.steps.push_back(step);
 }
 
-std::size_t Emitter::taken(std::vector<std::size_t>& free, std::size_t& count) {
+std::size_t Emitter::allocate(std::vector<std::size_t>& free, std::size_t& count) {
     if (free.empty()) {
         return count++;
     }
@@ -130,8 +131,8 @@ std::size_t Emitter::taken(std::vector<std::size_t>& free, std::size_t& count) {
 }
 
 Code Emitter::finish(const TypedOperand& whole) && {
-    code.result = whole.place;
-    code.resultShape = whole.shape;
+    code.result = whole.operand;
+    code.resultListColumn = whole.listColumn;
     code.type = whole.type;
     code.isList = whole.isList;
     std::sort(code.usedColumns.begin(), code.usedColumns.end());

@@ -10,19 +10,19 @@
 
 namespace velmorak::expression {
 
-/// A value that the steps so far have made.
+/// A value computed by the steps emitted so far.
 struct TypedOperand {
-    Operand place;
+    Operand operand;
     ColumnType type = ColumnType::Real;
     bool isList = false;
-    std::size_t shape = 0;         ///< Of a list: the column that has as many values in each row.
-    std::size_t elementBytes = 0;  ///< From one value to the next; 0 for a constant.
+    std::size_t listColumn = 0;    ///< For a list: the column whose offsets it shares.
+    std::size_t elementBytes = 0;  ///< Distance between values; 0 for a constant.
 };
 
-/// Writes the steps of an expression, and says which buffer each takes.
+/// Emits the steps of an expression and allocates their buffers.
 class Emitter {
 public:
-    /// A value that is the same in every row.
+    /// A value that is the same in all rows.
     template <typename T>
     TypedOperand constant(T value, ColumnType type) {
         Block& block = code.constants.emplace_back();
@@ -33,29 +33,29 @@ public:
     TypedOperand text(const std::string& value);
     TypedOperand column(std::size_t position, const ColumnInfo& info);
 
-    /// Where one of the values is a list so is the result: a kernel then takes lists value by value. Lists of other
-    /// columns are checked for equal lengths first, and a single value of a row is repeated for its list.
-    TypedOperand emit(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type, std::size_t place);
-    /// One value for each row of a list, by a kernel that looks at the offsets.
+    /// Emits an element-wise step. If a value is a list, so is the result: lists of different columns are checked for
+    /// equal lengths first, and single values are broadcast.
+    TypedOperand emit(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type, std::size_t offset);
+    /// Emits a step from a list to one value per row.
     TypedOperand emitReduction(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type,
-                               std::size_t place);
+                               std::size_t offset);
 
-    /// Takes the last step back where it made the value by this kernel, row by row.
-    /// @return what the step took; nothing where another step made the value.
+    /// Peephole optimisation: removes the last step if it computed the value by this kernel, row by row.
+    /// @return the arguments of the removed step; no value if nothing was removed.
     std::optional<std::vector<TypedOperand>> popIfProducedBy(const TypedOperand& value, Kernel kernel);
 
     Code finish(const TypedOperand& whole) &&;
 
 private:
     TypedOperand emitStep(Step step, const std::vector<TypedOperand>& values, ColumnType type);
-    TypedOperand spread(const TypedOperand& value, std::size_t shape, std::size_t place);
-    void demandEqualLengths(std::size_t shape, std::size_t other, std::size_t place);
-    static std::size_t taken(std::vector<std::size_t>& free, std::size_t& count);
+    TypedOperand broadcast(const TypedOperand& value, std::size_t listColumn, std::size_t offset);
+    void emitLengthCheck(std::size_t listColumn, std::size_t other, std::size_t offset);
+    static std::size_t allocate(std::vector<std::size_t>& free, std::size_t& count);
 
     std::vector<std::size_t> freeBuffers;
     std::vector<std::size_t> freeLists;
-    std::vector<TypedOperand> lastValues;  ///< Of the last step.
-    std::set<std::pair<std::size_t, std::size_t>> equalShapes;
+    std::vector<TypedOperand> lastValues;  ///< Arguments of the last step.
+    std::set<std::pair<std::size_t, std::size_t>> equalLengths;
     Code code;
 };
 

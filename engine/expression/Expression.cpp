@@ -18,7 +18,7 @@ using expression::KernelArgs;
 using expression::Operand;
 using expression::Step;
 
-/// The columns of one chunk and the buffers of one thread.
+/// One evaluation: the columns of a chunk and the buffers of a thread.
 class Evaluation {
 public:
     Evaluation(const std::string& expressionText, const Code& program, const Chunk& rows);
@@ -26,28 +26,28 @@ public:
     ColumnPtr run();
 
 private:
-    /// The offsets of a column, beginning with 0.
+    /// @return the offsets of a column, shifted to begin with 0.
     static std::vector<std::uint64_t> lengthsOf(const Column& list);
 
     void prepare(Column& column) const;
 
     static const void* columnValues(const Column& column, std::size_t position);
 
-    const std::uint64_t* offsetsAt(std::size_t shape, std::size_t row) const;
+    const std::uint64_t* offsetsAt(std::size_t listColumn, std::size_t row) const;
 
-    /// The values of the block that begins with the row.
-    const void* valuesAt(const Operand& place, std::size_t row) const;
+    /// @return the values of the block that begins at the row.
+    const void* valuesAt(const Operand& operand, std::size_t row) const;
 
-    void perform(const Step& step, std::size_t begin, std::size_t rows);
+    void execute(const Step& step, std::size_t begin, std::size_t rows);
 
     std::byte* listFor(const Step& step, std::size_t values);
 
-    /// Lists pass in pieces of a block's length, as constants have no more.
-    void performOnLists(const Step& step, std::size_t begin, std::size_t rows);
+    /// Processes lists in pieces of a block's length, because constants are no longer than that.
+    void executeOnLists(const Step& step, std::size_t begin, std::size_t rows);
 
-    void compareLengths(const Step& step, std::size_t begin, std::size_t rows) const;
+    void checkLengths(const Step& step, std::size_t begin, std::size_t rows) const;
 
-    void call(const Step& step, const KernelArgs& lane, std::size_t begin) const;
+    void call(const Step& step, const KernelArgs& args, std::size_t begin) const;
 
     template <typename Values, typename From>
     static void appendTo(Column& column, const void* from, std::size_t rows) {
@@ -82,12 +82,12 @@ ColumnPtr Evaluation::run() {
     auto column = std::make_shared<Column>();
     prepare(*column);
     if (code.isList) {
-        column->offsets = lengthsOf(*chunk.columns[code.resultShape]);
+        column->offsets = lengthsOf(*chunk.columns[code.resultListColumn]);
     }
     for (std::size_t begin = 0; begin < chunk.rows; begin += blockRows) {
         const std::size_t rows = std::min(blockRows, chunk.rows - begin);
         for (const Step& step : code.steps) {
-            perform(step, begin, rows);
+            execute(step, begin, rows);
         }
         append(*column, begin, rows);
     }
@@ -124,20 +124,20 @@ const void* Evaluation::columnValues(const Column& column, std::size_t position)
                       column.values);
 }
 
-const std::uint64_t* Evaluation::offsetsAt(std::size_t shape, std::size_t row) const {
-    return chunk.columns[shape]->offsets.data() + row;
+const std::uint64_t* Evaluation::offsetsAt(std::size_t listColumn, std::size_t row) const {
+    return chunk.columns[listColumn]->offsets.data() + row;
 }
 
-const void* Evaluation::valuesAt(const Operand& place, std::size_t row) const {
-    switch (place.in) {
+const void* Evaluation::valuesAt(const Operand& operand, std::size_t row) const {
+    switch (operand.in) {
         case Operand::In::Buffer:
-            return buffers[place.position].bytes;
+            return buffers[operand.position].bytes;
         case Operand::In::List:
-            return lists[place.position].data();
+            return lists[operand.position].data();
         case Operand::In::Constant:
-            return code.constantAt[place.position]->bytes;
+            return code.constantAt[operand.position]->bytes;
         case Operand::In::Column: {
-            const Column& column = *chunk.columns[place.position];
+            const Column& column = *chunk.columns[operand.position];
             return columnValues(column, column.isList() ? column.offsets[row] : row);
         }
         case Operand::In::Nothing:
@@ -146,24 +146,24 @@ const void* Evaluation::valuesAt(const Operand& place, std::size_t row) const {
     return nullptr;
 }
 
-void Evaluation::perform(const Step& step, std::size_t begin, std::size_t rows) {
-    if (step.over == IterationDomain::Lengths) {
-        return compareLengths(step, begin, rows);
+void Evaluation::execute(const Step& step, std::size_t begin, std::size_t rows) {
+    if (step.domain == IterationDomain::Lengths) {
+        return checkLengths(step, begin, rows);
     }
-    if (step.over == IterationDomain::Lists) {
-        return performOnLists(step, begin, rows);
+    if (step.domain == IterationDomain::Lists) {
+        return executeOnLists(step, begin, rows);
     }
-    KernelArgs lane;
-    lane.rows = rows;
-    if (step.over != IterationDomain::Rows) {
-        lane.offsets = offsetsAt(step.shape, begin);
+    KernelArgs args;
+    args.rows = rows;
+    if (step.domain != IterationDomain::Rows) {
+        args.offsets = offsetsAt(step.listColumn, begin);
     }
-    lane.out = step.over == IterationDomain::Broadcast ? listFor(step, lane.offsets[rows] - lane.offsets[0])
-                                                       : buffers[step.out.position].bytes;
+    args.out = step.domain == IterationDomain::Broadcast ? listFor(step, args.offsets[rows] - args.offsets[0])
+                                                         : buffers[step.out.position].bytes;
     for (std::size_t i = 0; i < 3; ++i) {
-        lane.in[i] = valuesAt(step.in[i], begin);
+        args.in[i] = valuesAt(step.in[i], begin);
     }
-    call(step, lane, begin);
+    call(step, args, begin);
 }
 
 std::byte* Evaluation::listFor(const Step& step, std::size_t values) {
@@ -174,43 +174,43 @@ std::byte* Evaluation::listFor(const Step& step, std::size_t values) {
     return list.data();
 }
 
-void Evaluation::performOnLists(const Step& step, std::size_t begin, std::size_t rows) {
-    const std::uint64_t* offsets = offsetsAt(step.shape, begin);
+void Evaluation::executeOnLists(const Step& step, std::size_t begin, std::size_t rows) {
+    const std::uint64_t* offsets = offsetsAt(step.listColumn, begin);
     const std::size_t values = offsets[rows] - offsets[0];
     std::byte* out = listFor(step, values);
     for (std::size_t first = 0; first < values; first += blockRows) {
-        KernelArgs lane;
-        lane.rows = std::min(blockRows, values - first);
-        lane.out = out + first * step.outBytes;
+        KernelArgs args;
+        args.rows = std::min(blockRows, values - first);
+        args.out = out + first * step.outBytes;
         for (std::size_t i = 0; i < 3; ++i) {
             if (step.in[i].in != Operand::In::Nothing) {
-                lane.in[i] = static_cast<const std::byte*>(valuesAt(step.in[i], begin)) + first * step.inBytes[i];
+                args.in[i] = static_cast<const std::byte*>(valuesAt(step.in[i], begin)) + first * step.inBytes[i];
             }
         }
-        call(step, lane, begin);
+        call(step, args, begin);
     }
 }
 
-void Evaluation::compareLengths(const Step& step, std::size_t begin, std::size_t rows) const {
-    const std::uint64_t* offsets = offsetsAt(step.shape, begin);
-    const std::uint64_t* others = offsetsAt(step.otherShape, begin);
+void Evaluation::checkLengths(const Step& step, std::size_t begin, std::size_t rows) const {
+    const std::uint64_t* offsets = offsetsAt(step.listColumn, begin);
+    const std::uint64_t* others = offsetsAt(step.otherListColumn, begin);
     for (std::size_t row = 0; row < rows; ++row) {
         const std::uint64_t length = offsets[row + 1] - offsets[row];
         const std::uint64_t other = others[row + 1] - others[row];
         if (length != other) {
-            expression::refuse(text, step.place,
-                               "the lists have " + std::to_string(length) + " and " + std::to_string(other) +
-                                   " values in row " + std::to_string(chunk.firstRow + begin + row) +
-                                   ", and only lists of equal length go together");
+            expression::throwAt(text, step.offset,
+                                "the lists have " + std::to_string(length) + " and " + std::to_string(other) +
+                                    " values in row " + std::to_string(chunk.firstRow + begin + row) +
+                                    ", and only lists of equal length go together");
         }
     }
 }
 
-void Evaluation::call(const Step& step, const KernelArgs& lane, std::size_t begin) const {
-    if (!step.kernel(lane)) {
-        expression::refuse(text, step.place,
-                           "no integer can hold a result in the rows from " + std::to_string(chunk.firstRow + begin) +
-                               " on: it is too large, or a division by 0");
+void Evaluation::call(const Step& step, const KernelArgs& args, std::size_t begin) const {
+    if (!step.kernel(args)) {
+        expression::throwAt(text, step.offset,
+                            "no integer can hold a result in the rows from " + std::to_string(chunk.firstRow + begin) +
+                                " on: it is too large, or a division by 0");
     }
 }
 

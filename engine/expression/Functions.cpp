@@ -14,33 +14,33 @@ namespace {
 using TextPtr = const std::string*;
 
 template <typename In, typename Out, auto function>
-bool unary(const KernelArgs& lane) {
-    const auto* a = static_cast<const In*>(lane.in[0]);
-    auto* out = static_cast<Out*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row) {
+bool unary(const KernelArgs& args) {
+    const auto* a = static_cast<const In*>(args.in[0]);
+    auto* out = static_cast<Out*>(args.out);
+    for (std::size_t row = 0; row < args.rows; ++row) {
         out[row] = static_cast<Out>(function(a[row]));
     }
     return true;
 }
 
 template <typename In, typename Out, auto function>
-bool binary(const KernelArgs& lane) {
-    const auto* a = static_cast<const In*>(lane.in[0]);
-    const auto* b = static_cast<const In*>(lane.in[1]);
-    auto* out = static_cast<Out*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row) {
+bool binary(const KernelArgs& args) {
+    const auto* a = static_cast<const In*>(args.in[0]);
+    const auto* b = static_cast<const In*>(args.in[1]);
+    auto* out = static_cast<Out*>(args.out);
+    for (std::size_t row = 0; row < args.rows; ++row) {
         out[row] = static_cast<Out>(function(a[row], b[row]));
     }
     return true;
 }
 
 template <auto function>
-bool ternary(const KernelArgs& lane) {
-    const auto* a = static_cast<const double*>(lane.in[0]);
-    const auto* b = static_cast<const double*>(lane.in[1]);
-    const auto* c = static_cast<const double*>(lane.in[2]);
-    auto* out = static_cast<double*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row) {
+bool ternary(const KernelArgs& args) {
+    const auto* a = static_cast<const double*>(args.in[0]);
+    const auto* b = static_cast<const double*>(args.in[1]);
+    const auto* c = static_cast<const double*>(args.in[2]);
+    auto* out = static_cast<double*>(args.out);
+    for (std::size_t row = 0; row < args.rows; ++row) {
         out[row] = function(a[row], b[row], c[row]);
     }
     return true;
@@ -48,24 +48,24 @@ bool ternary(const KernelArgs& lane) {
 
 /// function says by its return value whether there is no result.
 template <auto function>
-bool checked(const KernelArgs& lane) {
-    const auto* a = static_cast<const std::int64_t*>(lane.in[0]);
-    const auto* b = static_cast<const std::int64_t*>(lane.in[1]);
-    auto* out = static_cast<std::int64_t*>(lane.out);
+bool checked(const KernelArgs& args) {
+    const auto* a = static_cast<const std::int64_t*>(args.in[0]);
+    const auto* b = static_cast<const std::int64_t*>(args.in[1]);
+    auto* out = static_cast<std::int64_t*>(args.out);
     bool isWrong = false;
-    for (std::size_t row = 0; row < lane.rows; ++row) {
+    for (std::size_t row = 0; row < args.rows; ++row) {
         isWrong |= function(a[row], !b ? 0 : b[row], out[row]);
     }
     return !isWrong;
 }
 
 template <typename T>
-bool choose(const KernelArgs& lane) {
-    const auto* condition = static_cast<const std::uint8_t*>(lane.in[0]);
-    const auto* yes = static_cast<const T*>(lane.in[1]);
-    const auto* no = static_cast<const T*>(lane.in[2]);
-    auto* out = static_cast<T*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row) {
+bool choose(const KernelArgs& args) {
+    const auto* condition = static_cast<const std::uint8_t*>(args.in[0]);
+    const auto* yes = static_cast<const T*>(args.in[1]);
+    const auto* no = static_cast<const T*>(args.in[2]);
+    auto* out = static_cast<T*>(args.out);
+    for (std::size_t row = 0; row < args.rows; ++row) {
         out[row] = condition[row] != 0 ? yes[row] : no[row];
     }
     return true;
@@ -224,10 +224,10 @@ const Function* findFunction(std::string_view name) {
     return found == functions.end() ? nullptr : found;
 }
 
-Kernel wideKernel(std::string_view name, ColumnType type) {
-    const std::vector<WideKernels> runnable = runnableKernels();
+Kernel simdKernel(std::string_view name, ColumnType type) {
+    const std::vector<SimdKernels> runnable = runnableKernels();
     if (!runnable.empty()) {
-        for (const WideKernel& known : runnable.front()) {
+        for (const SimdKernel& known : runnable.front()) {
             if (known.type == type && name == known.name) {
                 return known.kernel;
             }
@@ -262,10 +262,10 @@ Kernel conversion(ColumnType from, ColumnType to) {
     return nullptr;
 }
 
-bool addressTexts(const KernelArgs& lane) {
-    const auto* texts = static_cast<const std::string*>(lane.in[0]);
-    auto* out = static_cast<TextPtr*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row) {
+bool addressTexts(const KernelArgs& args) {
+    const auto* texts = static_cast<const std::string*>(args.in[0]);
+    auto* out = static_cast<TextPtr*>(args.out);
+    for (std::size_t row = 0; row < args.rows; ++row) {
         out[row] = texts + row;
     }
     return true;

@@ -7,40 +7,40 @@
 #include <string>
 #include <string_view>
 
-/// The steps that an expression is computed in: each takes a block of rows through one function.
+/// Kernels: functions that compute one step of an expression for a block of rows.
 namespace velmorak::expression {
 
-/// Rows that are computed at once; their intermediate values stay in the processor's cache.
+/// Rows per block, few enough that the intermediate values stay in the processor's cache.
 inline constexpr std::size_t blockRows = 1024;
 
-/// Where a step finds and puts its values: an array each, of double, std::int64_t, std::uint8_t or const std::string*.
+/// Input and output arrays of a kernel, of double, std::int64_t, std::uint8_t or const std::string*.
 struct KernelArgs {
     void* out = nullptr;
     const void* in[3] = {nullptr, nullptr, nullptr};
-    /// Of lists: in[0] holds the values from those of the first row on, which stand at offsets[0] of the chunk.
+    /// For lists: row i has the values offsets[i] - offsets[0] to offsets[i + 1] - offsets[0] of in[0].
     const std::uint64_t* offsets = nullptr;
     std::size_t rows = 0;
 };
 
-/// @return false when a row has no integer result: the result is too large, or a division is by 0.
+/// @return false if a row has no integer result: an overflow, or a division by 0.
 using Kernel = bool (*)(const KernelArgs&);
 
-/// Which types a function takes, and what comes out.
+/// The argument types and the result type of a function.
 enum class Rule {
-    Real,        ///< Takes reals, gives a real.
-    Arithmetic,  ///< Integers give an integer, anything with a real a real.
-    Comparison,  ///< Two numbers or two texts; gives a boolean.
-    Logic,       ///< Booleans, or integers that are not 0; gives a boolean.
-    Test,        ///< Takes a real, gives a boolean.
-    Choice       ///< A condition and two values of like types.
+    Real,        ///< Reals to a real.
+    Arithmetic,  ///< Integers to an integer, otherwise numbers to a real.
+    Comparison,  ///< Two numbers or two texts to a boolean.
+    Logic,       ///< Booleans, or integers (true unless 0), to a boolean.
+    Test,        ///< A real to a boolean.
+    Choice       ///< A condition and two values of compatible types.
 };
 
-/// A function or operator with its kernels, as far as it has them for a type.
+/// A function or operator with its kernels; null for types that it does not support.
 struct Function {
     std::string_view name;
     Rule rule = Rule::Real;
     std::size_t arguments = 1;
-    bool takesMore = false;  ///< min and max: any number from two on, taken in pairs.
+    bool takesMore = false;  ///< min and max: two or more arguments, combined in pairs.
     Kernel forReals = nullptr;
     Kernel forIntegers = nullptr;
     Kernel forTexts = nullptr;
@@ -49,26 +49,26 @@ struct Function {
 
 /// @return null for an unknown name.
 const Function* findFunction(std::string_view name);
-/// All names that a user may write, for suggestions.
+/// @return all names that a user may write, for suggestions.
 std::vector<std::string> functionNames();
 
-/// A function of a whole list: sum, count, min, max, any, all.
+/// A function over a whole list: sum, count, min, max, any, all.
 struct Reduction {
-    Kernel kernel = nullptr;  ///< Null when there is none for this type.
+    Kernel kernel = nullptr;  ///< Null if the element type is not supported.
     ColumnType type = ColumnType::Real;
 };
 bool isReduction(std::string_view name);
 Reduction findReduction(std::string_view name, ColumnType element);
 
-/// The value at a position in each row's list. Beyond the end, and for a position that is no whole number from 0 on,
-/// it is NaN, false or an empty text; integers become real for that.
+/// Takes the value at a position in each row's list: NaN, false or an empty text unless the position is an integer
+/// within the list. Integers become reals, to allow for NaN.
 Reduction findIndexing(ColumnType element);
-/// @return the kernel that repeats each row's value for its list.
-Kernel spreading(ColumnType type);
+/// @return the kernel that repeats each row's value for every element of its list.
+Kernel broadcastKernel(ColumnType type);
 
-/// @return the kernel that makes one type of another; null for the same type, and where there is no such way.
+/// @return the kernel that converts between types; null for equal types and for impossible conversions.
 Kernel conversion(ColumnType from, ColumnType to);
-/// Takes the addresses of a text column's values.
-bool addressTexts(const KernelArgs& lane);
+/// Kernel that stores the addresses of a text column's values.
+bool addressTexts(const KernelArgs& args);
 
 }  // namespace velmorak::expression

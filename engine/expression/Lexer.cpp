@@ -28,31 +28,31 @@ bool isControl(std::string_view character) {
     return first < 0x20 || first == 0x7F || isUpper;
 }
 
-/// The part of the text around the place that fits a line; the place moves along.
-std::string_view window(std::string_view text, std::size_t& place) {
+/// @return the part of the text around the offset that fits into a line; adapts the offset to it.
+std::string_view window(std::string_view text, std::size_t& offset) {
     if (text.size() <= maxShown) {
         return text;
     }
-    std::size_t begin = place > maxShown / 2 ? place - maxShown / 2 : 0;
-    while (begin < place && isContinuationByte(text[begin])) {
+    std::size_t begin = offset > maxShown / 2 ? offset - maxShown / 2 : 0;
+    while (begin < offset && isContinuationByte(text[begin])) {
         ++begin;
     }
     std::size_t end = std::min(text.size(), begin + maxShown);
     while (end < std::min(text.size(), begin + maxShown + 3) && isContinuationByte(text[end])) {
         ++end;
     }
-    place -= begin;
+    offset -= begin;
     return text.substr(begin, end - begin);
 }
 
-/// The text in one line of UTF-8: a blank for a control character, U+FFFD for a byte that belongs to no character.
-/// @param column that the place has in the line, in characters.
-std::string asLine(std::string_view text, std::size_t place, std::size_t& column) {
+/// @return the text as one line of UTF-8: control characters become blanks, stray bytes U+FFFD.
+/// @param column is increased by the number of characters before the offset.
+std::string asLine(std::string_view text, std::size_t offset, std::size_t& column) {
     std::string line;
     for (std::size_t position = 0; position < text.size();) {
         const std::size_t count = characterBytes(text.substr(position));
         const std::string_view character = text.substr(position, count);
-        column += position < place ? 1 : 0;
+        column += position < offset ? 1 : 0;
         line += count == 0 ? "\xEF\xBF\xBD" : isControl(character) ? " " : character;
         position += std::max<std::size_t>(count, 1);
     }
@@ -61,15 +61,15 @@ std::string asLine(std::string_view text, std::size_t place, std::size_t& column
 
 }  // namespace
 
-void refuse(std::string_view text, std::size_t place, const std::string& reason) {
+void throwAt(std::string_view text, std::size_t offset, const std::string& reason) {
     constexpr std::string_view omission = "...";
-    std::size_t placeInPart = place;
-    const std::string_view part = window(text, placeInPart);
+    std::size_t offsetInPart = offset;
+    const std::string_view part = window(text, offsetInPart);
     const std::string_view before = part.data() == text.data() ? "" : omission;
     const std::string_view after = part.data() + part.size() == text.data() + text.size() ? "" : omission;
     std::size_t column = before.size();
     std::size_t ignored = 0;
-    const std::string line = asLine(part, placeInPart, column);
+    const std::string line = asLine(part, offsetInPart, column);
     throw Failure(asLine(reason, 0, ignored) + "\n  " + std::string(before) + line + std::string(after) + "\n  " +
                   std::string(column, ' ') + "^");
 }
@@ -115,7 +115,7 @@ Token Lexer::number() {
         }
     }
     if (beginsName(at(end)) || at(end) == '.') {
-        refuse(source, end, "this number does not end where it should");
+        throwAt(source, end, "this number does not end where it should");
     }
     token.text = source.substr(here, end - here);
     const auto* first = token.text.data();
@@ -139,7 +139,7 @@ Token Lexer::name() {
     const std::array<std::array<std::string_view, 2>, 3> words{{{"and", "&&"}, {"or", "||"}, {"not", "not"}}};
     for (const auto& [word, meaning] : words) {
         if (token.text == word) {
-            return {TokenKind::Symbol, token.place, std::string(meaning), 0.0, 0, false};
+            return {TokenKind::Symbol, token.offset, std::string(meaning), 0.0, 0, false};
         }
     }
     return token;
@@ -149,7 +149,7 @@ Token Lexer::quoted(char quote) {
     Token token{quote == '`' ? TokenKind::Name : TokenKind::Text, here, "", 0.0, 0, quote == '`'};
     for (++here; at(here) != quote || here >= source.size(); ++here) {
         if (here >= source.size()) {
-            refuse(source, token.place, "this quote is never closed");
+            throwAt(source, token.offset, "this quote is never closed");
         }
         char c = source[here];
         if (c == '\\' && here + 1 < source.size()) {
@@ -171,11 +171,11 @@ Token Lexer::symbol() {
     } else if (std::string_view("+-*/%^()[]<>!,?:").find(source[here]) != std::string_view::npos) {
         token.text = source[here];
     } else if (source[here] == '=') {
-        refuse(source, here, "a single = compares nothing; write ==");
+        throwAt(source, here, "a single = compares nothing; write ==");
     } else if (source[here] == '&' || source[here] == '|') {
-        refuse(source, here, R"(write && for "and", || for "or")");
+        throwAt(source, here, R"(write && for "and", || for "or")");
     } else {
-        refuse(source, here, "an expression has no such character");
+        throwAt(source, here, "an expression has no such character");
     }
     here += pair == "**" ? 2 : token.text.size();
     return token;

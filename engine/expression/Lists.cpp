@@ -9,16 +9,16 @@ namespace velmorak::expression {
 
 namespace {
 
-/// Folds the values of each row, from the first to the last.
+/// Folds the values of each row in order.
 template <typename In, typename Out, auto step>
-bool fold(const KernelArgs& lane, Out start) {
-    const auto* values = static_cast<const In*>(lane.in[0]);
-    auto* out = static_cast<Out*>(lane.out);
+bool fold(const KernelArgs& args, Out start) {
+    const auto* values = static_cast<const In*>(args.in[0]);
+    auto* out = static_cast<Out*>(args.out);
     bool isWrong = false;
-    for (std::size_t row = 0; row < lane.rows; ++row) {
+    for (std::size_t row = 0; row < args.rows; ++row) {
         Out folded = start;
-        const std::uint64_t end = lane.offsets[row + 1] - lane.offsets[0];
-        for (std::uint64_t position = lane.offsets[row] - lane.offsets[0]; position < end; ++position) {
+        const std::uint64_t end = args.offsets[row + 1] - args.offsets[0];
+        for (std::uint64_t position = args.offsets[row] - args.offsets[0]; position < end; ++position) {
             isWrong |= step(folded, values[position]);
         }
         out[row] = folded;
@@ -27,12 +27,12 @@ bool fold(const KernelArgs& lane, Out start) {
 }
 
 template <typename In, auto isBetter>
-bool extreme(const KernelArgs& lane) {
-    const auto* values = static_cast<const In*>(lane.in[0]);
-    auto* out = static_cast<double*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row) {
-        const std::uint64_t begin = lane.offsets[row] - lane.offsets[0];
-        const std::uint64_t end = lane.offsets[row + 1] - lane.offsets[0];
+bool extreme(const KernelArgs& args) {
+    const auto* values = static_cast<const In*>(args.in[0]);
+    auto* out = static_cast<double*>(args.out);
+    for (std::size_t row = 0; row < args.rows; ++row) {
+        const std::uint64_t begin = args.offsets[row] - args.offsets[0];
+        const std::uint64_t end = args.offsets[row + 1] - args.offsets[0];
         double best = begin == end ? std::numeric_limits<double>::quiet_NaN() : static_cast<double>(values[begin]);
         for (std::uint64_t position = begin; position < end; ++position) {
             const auto value = static_cast<double>(values[position]);
@@ -45,48 +45,48 @@ bool extreme(const KernelArgs& lane) {
     return true;
 }
 
-bool count(const KernelArgs& lane) {
-    auto* out = static_cast<std::int64_t*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row) {
-        out[row] = static_cast<std::int64_t>(lane.offsets[row + 1] - lane.offsets[row]);
+bool count(const KernelArgs& args) {
+    auto* out = static_cast<std::int64_t*>(args.out);
+    for (std::size_t row = 0; row < args.rows; ++row) {
+        out[row] = static_cast<std::int64_t>(args.offsets[row + 1] - args.offsets[row]);
     }
     return true;
 }
 
-bool sumReals(const KernelArgs& lane) {
-    return fold<double, double, [](double& sum, double value) { return sum += value, false; }>(lane, 0.0);
+bool sumReals(const KernelArgs& args) {
+    return fold<double, double, [](double& sum, double value) { return sum += value, false; }>(args, 0.0);
 }
 
 template <typename In>
-bool sumIntegers(const KernelArgs& lane) {
+bool sumIntegers(const KernelArgs& args) {
     return fold<In, std::int64_t, [](std::int64_t& sum, In value) {
         return __builtin_add_overflow(sum, std::int64_t{value}, &sum);
-    }>(lane, 0);
+    }>(args, 0);
 }
 
 template <typename In>
-bool any(const KernelArgs& lane) {
+bool any(const KernelArgs& args) {
     return fold<In, std::uint8_t, [](std::uint8_t& found, In value) { return found |= value != 0 ? 1 : 0, false; }>(
-        lane, 0);
+        args, 0);
 }
 
 template <typename In>
-bool all(const KernelArgs& lane) {
+bool all(const KernelArgs& args) {
     return fold<In, std::uint8_t, [](std::uint8_t& found, In value) { return found &= value != 0 ? 1 : 0, false; }>(
-        lane, 1);
+        args, 1);
 }
 
 constexpr auto isLess = [](double x, double y) { return x < y; };
 constexpr auto isMore = [](double x, double y) { return x > y; };
 
 template <typename In, typename Out>
-bool valueAt(const KernelArgs& lane, Out missing) {
-    const auto* values = static_cast<const In*>(lane.in[0]);
-    const auto* positions = static_cast<const double*>(lane.in[1]);
-    auto* out = static_cast<Out*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row) {
-        const std::uint64_t begin = lane.offsets[row] - lane.offsets[0];
-        const std::uint64_t count = lane.offsets[row + 1] - lane.offsets[row];
+bool valueAt(const KernelArgs& args, Out missing) {
+    const auto* values = static_cast<const In*>(args.in[0]);
+    const auto* positions = static_cast<const double*>(args.in[1]);
+    auto* out = static_cast<Out*>(args.out);
+    for (std::size_t row = 0; row < args.rows; ++row) {
+        const std::uint64_t begin = args.offsets[row] - args.offsets[0];
+        const std::uint64_t count = args.offsets[row + 1] - args.offsets[row];
         const double position = positions[row];
         const bool isThere =
             position >= 0.0 && position < static_cast<double>(count) && position == std::floor(position);
@@ -96,25 +96,25 @@ bool valueAt(const KernelArgs& lane, Out missing) {
 }
 
 template <typename In>
-bool numberAt(const KernelArgs& lane) {
-    return valueAt<In, double>(lane, std::numeric_limits<double>::quiet_NaN());
+bool numberAt(const KernelArgs& args) {
+    return valueAt<In, double>(args, std::numeric_limits<double>::quiet_NaN());
 }
 
-bool truthAt(const KernelArgs& lane) {
-    return valueAt<std::uint8_t, std::uint8_t>(lane, 0);
+bool truthAt(const KernelArgs& args) {
+    return valueAt<std::uint8_t, std::uint8_t>(args, 0);
 }
 
-bool textAt(const KernelArgs& lane) {
+bool textAt(const KernelArgs& args) {
     static const std::string missing;
-    return valueAt<const std::string*, const std::string*>(lane, &missing);
+    return valueAt<const std::string*, const std::string*>(args, &missing);
 }
 
 template <typename T>
-bool spread(const KernelArgs& lane) {
-    const auto* values = static_cast<const T*>(lane.in[0]);
-    auto* out = static_cast<T*>(lane.out);
-    for (std::size_t row = 0; row < lane.rows; ++row) {
-        out = std::fill_n(out, lane.offsets[row + 1] - lane.offsets[row], values[row]);
+bool broadcast(const KernelArgs& args) {
+    const auto* values = static_cast<const T*>(args.in[0]);
+    auto* out = static_cast<T*>(args.out);
+    for (std::size_t row = 0; row < args.rows; ++row) {
+        out = std::fill_n(out, args.offsets[row + 1] - args.offsets[row], values[row]);
     }
     return true;
 }
@@ -170,18 +170,18 @@ Reduction findIndexing(ColumnType element) {
     return {textAt, ColumnType::Text};
 }
 
-Kernel spreading(ColumnType type) {
+Kernel broadcastKernel(ColumnType type) {
     switch (type) {
         case ColumnType::Real:
-            return spread<double>;
+            return broadcast<double>;
         case ColumnType::Integer:
-            return spread<std::int64_t>;
+            return broadcast<std::int64_t>;
         case ColumnType::Boolean:
-            return spread<std::uint8_t>;
+            return broadcast<std::uint8_t>;
         case ColumnType::Text:
             break;
     }
-    return spread<const std::string*>;
+    return broadcast<const std::string*>;
 }
 
 }  // namespace velmorak::expression

@@ -43,8 +43,8 @@ int levelOf(const Token& token) {
     return 0;
 }
 
-/// Descends by levels of binding: choice, or, and, not, comparison, sum, product, sign, power, position in a
-/// list, primary.
+/// Recursive-descent parser. Levels of precedence: choice, or, and, not, comparison, sum, product, sign, power, index
+/// into a list, primary.
 class Parser {
 public:
     explicit Parser(std::string_view expression) : source(expression), lexer(expression) { advance(); }
@@ -52,7 +52,7 @@ public:
     std::vector<Node> whole();
 
 private:
-    /// Counts the nesting while it lives.
+    /// Counts the nesting for the time of its life.
     class Level {
     public:
         explicit Level(Parser& parser);
@@ -69,7 +69,7 @@ private:
 
     void expect(std::string_view symbol, const std::string& reason);
 
-    std::size_t call(std::string_view name, std::size_t place, std::vector<std::size_t> children);
+    std::size_t call(std::string_view name, std::size_t offset, std::vector<std::size_t> children);
 
     std::size_t choice();
 
@@ -98,34 +98,34 @@ private:
 
 std::vector<Node> Parser::whole() {
     if (token.kind == TokenKind::End) {
-        refuse(source, token.place, "there is no expression");
+        throwAt(source, token.offset, "there is no expression");
     }
     choice();
     if (token.kind != TokenKind::End) {
-        refuse(source, token.place, "this is more than one expression; an operator is missing before it");
+        throwAt(source, token.offset, "this is more than one expression; an operator is missing before it");
     }
     return std::move(nodes);
 }
 
 Parser::Level::Level(Parser& parser) : count(parser.levels) {
     if (++count > maxLevels) {
-        refuse(parser.source, parser.token.place,
-               "the expression is nested too deeply; at most " + std::to_string(maxParentheses) +
-                   " parentheses stand one within the other");
+        throwAt(parser.source, parser.token.offset,
+                "the expression is nested too deeply; at most " + std::to_string(maxParentheses) +
+                    " parentheses stand one within the other");
     }
 }
 
 void Parser::expect(std::string_view symbol, const std::string& reason) {
     if (!isSymbol(symbol)) {
-        refuse(source, token.place, reason);
+        throwAt(source, token.offset, reason);
     }
     advance();
 }
 
-std::size_t Parser::call(std::string_view name, std::size_t place, std::vector<std::size_t> children) {
+std::size_t Parser::call(std::string_view name, std::size_t offset, std::vector<std::size_t> children) {
     Node node;
     node.form = Form::Call;
-    node.place = place;
+    node.offset = offset;
     node.text = name;
     node.children = std::move(children);
     nodes.push_back(std::move(node));
@@ -138,11 +138,11 @@ std::size_t Parser::choice() {
     if (!isSymbol("?")) {
         return condition;
     }
-    const std::size_t place = token.place;
+    const std::size_t offset = token.offset;
     advance();
     const std::size_t yes = choice();
     expect(":", "a choice is written  condition ? value : other value");
-    return call("if", place, {condition, yes, choice()});
+    return call("if", offset, {condition, yes, choice()});
 }
 
 std::size_t Parser::binary(int lowest) {
@@ -151,9 +151,9 @@ std::size_t Parser::binary(int lowest) {
         const Token symbol = token;
         advance();
         const std::size_t right = binary(level + 1);
-        left = call(symbol.text, symbol.place, {left, right});
+        left = call(symbol.text, symbol.offset, {left, right});
         if (level == comparison && levelOf(token) == comparison) {
-            refuse(source, token.place, "comparisons do not chain; write a < b && b < c");
+            throwAt(source, token.offset, "comparisons do not chain; write a < b && b < c");
         }
     }
     return left;
@@ -165,11 +165,11 @@ std::size_t Parser::operand(int lowest) {
     }
     const Level level(*this);
     if (lowest > notLevel) {
-        refuse(source, token.place, R"(put "not" and what it negates between parentheses here)");
+        throwAt(source, token.offset, R"(put "not" and what it negates between parentheses here)");
     }
-    const std::size_t place = token.place;
+    const std::size_t offset = token.offset;
     advance();
-    return call("!", place, {binary(notLevel)});
+    return call("!", offset, {binary(notLevel)});
 }
 
 std::size_t Parser::sign() {
@@ -180,7 +180,7 @@ std::size_t Parser::sign() {
     const Token symbol = token;
     advance();
     const std::size_t value = sign();
-    return call(symbol.text == "!" ? "!" : symbol.text + "sign", symbol.place, {value});
+    return call(symbol.text == "!" ? "!" : symbol.text + "sign", symbol.offset, {value});
 }
 
 std::size_t Parser::power() {
@@ -188,19 +188,19 @@ std::size_t Parser::power() {
     if (!isSymbol("^")) {
         return base;
     }
-    const std::size_t place = token.place;
+    const std::size_t offset = token.offset;
     advance();
-    return call("^", place, {base, sign()});
+    return call("^", offset, {base, sign()});
 }
 
 std::size_t Parser::element() {
     std::size_t whole = primary();
     while (isSymbol("[")) {
-        const std::size_t open = token.place;
+        const std::size_t open = token.offset;
         advance();
         const std::size_t position = choice();
         if (token.kind == TokenKind::End) {
-            refuse(source, open, "this bracket is never closed");
+            throwAt(source, open, "this bracket is never closed");
         }
         expect("]", "a bracket should be closed here");
         whole = call("[]", open, {whole, position});
@@ -210,27 +210,27 @@ std::size_t Parser::element() {
 
 std::size_t Parser::primary() {
     if (isSymbol("(")) {
-        const std::size_t open = token.place;
+        const std::size_t open = token.offset;
         advance();
         const std::size_t inside = choice();
         if (token.kind == TokenKind::End) {
-            refuse(source, open, "this parenthesis is never closed");
+            throwAt(source, open, "this parenthesis is never closed");
         }
         expect(")", "a parenthesis should be closed here");
         return inside;
     }
     if (token.kind == TokenKind::End) {
-        refuse(source, token.place, "the expression ends too early; a value is missing");
+        throwAt(source, token.offset, "the expression ends too early; a value is missing");
     }
     if (token.kind == TokenKind::Symbol) {
-        refuse(source, token.place, "a value is missing before " + quoted(token.text));
+        throwAt(source, token.offset, "a value is missing before " + quoted(token.text));
     }
     return value();
 }
 
 std::size_t Parser::value() {
     Node node;
-    node.place = token.place;
+    node.offset = token.offset;
     node.text = token.text;
     node.real = token.real;
     node.integer = token.integer;
@@ -264,14 +264,14 @@ std::size_t Parser::arguments(const Node& function) {
         children.push_back(choice());
     }
     expect(")", "the arguments of " + function.text + " are separated by commas and closed by a parenthesis");
-    return call(function.text, function.place, std::move(children));
+    return call(function.text, function.offset, std::move(children));
 }
 
 }  // namespace
 
 std::vector<Node> parse(std::string_view text) {
     if (text.size() > maxCharacters) {
-        refuse(text, maxCharacters, "an expression has at most " + std::to_string(maxCharacters) + " characters");
+        throwAt(text, maxCharacters, "an expression has at most " + std::to_string(maxCharacters) + " characters");
     }
     return Parser(text).whole();
 }

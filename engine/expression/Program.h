@@ -9,60 +9,62 @@
 
 namespace velmorak::expression {
 
-/// Where a value stands: in a block's buffer, in the lists of a block, in a column of the chunk, or in a constant of
-/// the program.
+/// The location of a value: a buffer or list of the current block, a column of the chunk, or a constant.
 struct Operand {
     enum class In { Nothing, Buffer, List, Column, Constant };
     In in = In::Nothing;
     std::size_t position = 0;
 };
 
-/// What a step goes over.
+/// The values over which a step iterates.
 enum class IterationDomain {
-    Rows,         ///< A value for each row.
-    Lists,        ///< All values of the lists of a block.
-    RowsOfLists,  ///< The rows, with the values of a list each: the kernel looks at the offsets.
-    Broadcast,    ///< The rows, whose single value is repeated for each value of a list.
-    Lengths       ///< The lengths of two lists, which must be equal. Has no kernel.
+    Rows,         ///< One value per row.
+    Lists,        ///< All list values of a block.
+    RowsOfLists,  ///< Rows with their lists: the kernel uses the offsets.
+    Broadcast,    ///< Rows whose single value is repeated for each value of a list.
+    Lengths       ///< Checks that two lists have equal lengths. Has no kernel.
 };
 
 struct Step {
     Kernel kernel = nullptr;
-    IterationDomain over = IterationDomain::Rows;
+    IterationDomain domain = IterationDomain::Rows;
     Operand out;
     Operand in[3];
-    std::size_t outBytes = 0;  ///< From one value to the next.
+    std::size_t outBytes = 0;  ///< Distance between values.
     std::size_t inBytes[3] = {};
-    std::size_t shape = 0;  ///< Column whose offsets the lists have.
-    std::size_t otherShape = 0;
-    std::size_t place = 0;  ///< Byte of the expression, for a message.
+    std::size_t listColumn = 0;  ///< Column whose offsets the lists share.
+    std::size_t otherListColumn = 0;
+    std::size_t offset = 0;  ///< In the expression, for messages.
 };
 
-/// One value, repeated for a block, so that a step need not know that it is a constant.
+/// One value repeated for a whole block, so that kernels need not distinguish constants.
 struct alignas(64) Block {
     std::byte bytes[blockRows * 8];
 };
 
-/// An expression in the order in which it is computed.
+/// A compiled expression: steps in execution order.
 struct Code {
     std::vector<Step> steps;
     std::vector<std::size_t> usedColumns;
     std::list<Block> constants;
     std::vector<const Block*> constantAt;
-    std::list<std::string> texts;  ///< That constants point to.
+    std::list<std::string> texts;  ///< Storage of text constants.
     std::size_t buffers = 0;
     std::size_t lists = 0;
     Operand result;
-    std::size_t resultShape = 0;  ///< Where it is a list: the column whose offsets it has.
+    std::size_t resultListColumn = 0;  ///< For a list: the column whose offsets it shares.
     ColumnType type = ColumnType::Real;
     bool isList = false;
 };
 
-/// Checks the types and lays out the steps.
-/// @throws Failure with the expression and a caret under the place.
+/// Checks the types and compiles.
+/// @throws Failure whose message shows the expression with a caret under the mistake.
 Code compile(std::string_view text, const Schema& columns, const std::map<std::string, double>& numbers);
 
-/// @return whether the bare name means a constant where no column or number has it.
-bool isConstant(std::string_view name);
+/// @return the constant that a name without quotes means unless a column or number has it; null for other names.
+const double* findConstant(std::string_view name);
+inline bool isConstant(std::string_view name) {
+    return findConstant(name) != nullptr;
+}
 
 }  // namespace velmorak::expression

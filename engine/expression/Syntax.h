@@ -5,52 +5,51 @@
 #include <string_view>
 #include <vector>
 
-/// What an expression says, before anything is known of the columns.
+/// The syntax tree of an expression, independent of the columns.
 namespace velmorak::expression {
 
 enum class Form { Real, Integer, Truth, Text, Name, Call };
 
-/// A part of an expression. An operator is a call of the function of its name, "+" for example; a sign is "-sign" or
-/// "+sign", a choice with ? and : is "if".
+/// A node of the syntax tree. An operator is a call of the function of that name, such as "+"; a sign is "-sign" or
+/// "+sign", and ?: is "if".
 struct Node {
     Form form = Form::Real;
-    std::size_t place = 0;  ///< Byte of the text that a message points at.
-    std::string text;       ///< Name, or the text between quotes.
+    std::size_t offset = 0;  ///< In bytes; messages point there.
+    std::string text;        ///< Name, or text between quotes.
     double real = 0.0;
-    std::int64_t integer = 0;  ///< Also 0 and 1 of a truth.
-    bool isQuoted = false;     ///< A name between back quotes, which never means a constant.
+    std::int64_t integer = 0;  ///< Also 0 or 1 of a boolean.
+    bool isQuoted = false;     ///< A name in back quotes, which never means a constant.
     std::vector<std::size_t> children;
 };
 
-/// Longest text, and deepest nesting, that is read. A pair of parentheses takes two levels, and so does what is within.
+/// Limits of length and nesting. A pair of parentheses takes two levels.
 inline constexpr std::size_t maxCharacters = 16384;
 inline constexpr int maxParentheses = 200;
 inline constexpr int maxLevels = 2 * maxParentheses + 2;
 
-/// @return all parts, each after its children: the last is the whole. No nesting of the text makes a later pass
-///         recurse.
-/// @throws Failure with the expression and a caret under the place.
+/// @return all nodes, each after its children; the last is the root. Later passes therefore need no recursion.
+/// @throws Failure whose message shows the expression with a caret under the mistake.
 std::vector<Node> parse(std::string_view text);
 
-/// @throws Failure: the reason, the expression, and a caret under the place.
-[[noreturn]] void refuse(std::string_view text, std::size_t place, const std::string& reason);
+/// @throws Failure with the reason, the text, and a caret under the byte at offset.
+[[noreturn]] void throwAt(std::string_view text, std::size_t offset, const std::string& reason);
 
 enum class TokenKind { End, Real, Integer, Text, Name, Symbol };
 
 struct Token {
     TokenKind kind = TokenKind::End;
-    std::size_t place = 0;
+    std::size_t offset = 0;
     std::string text;  ///< Name, contents of quotes, or symbol ("&&" also for "and").
     double real = 0.0;
     std::int64_t integer = 0;
     bool isQuoted = false;
 };
 
-/// Cuts an expression into numbers, names, texts and symbols.
+/// Splits an expression into numbers, names, texts and symbols.
 class Lexer {
 public:
     explicit Lexer(std::string_view expression) : source(expression) {}
-    /// @throws Failure at a character that begins nothing.
+    /// @throws Failure at a character that begins no token.
     Token next();
 
 private:

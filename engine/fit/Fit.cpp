@@ -16,7 +16,7 @@ using fitting::LeastSquaresProblem;
 using fitting::Minimum;
 using fitting::Selection;
 
-void refuseUnknown(const FitModel& model, const FitParameters& given) {
+void checkParameterNames(const FitModel& model, const FitParameters& given) {
     const std::vector<std::string>& names = model.parameters();
     for (const auto& [name, parameter] : given) {
         if (std::find(names.begin(), names.end(), name) == names.end()) {
@@ -25,7 +25,7 @@ void refuseUnknown(const FitModel& model, const FitParameters& given) {
     }
 }
 
-/// A width counts in squares only: of the two that fit as well, the positive one is meant.
+/// Most shapes depend on the square of a width only: of the two equally good solutions, takes the positive one.
 void makeWidthsPositive(LeastSquaresProblem& problem, Minimum& minimum, const FitParameters& given) {
     for (std::size_t k = 0; k < minimum.moving.size(); ++k) {
         const std::size_t i = minimum.moving[k];
@@ -44,7 +44,7 @@ void makeWidthsPositive(LeastSquaresProblem& problem, Minimum& minimum, const Fi
     }
 }
 
-void refuseTooFew(const LeastSquaresProblem& problem, const Selection& free) {
+void checkEntryCount(const LeastSquaresProblem& problem, const Selection& free) {
     if (problem.size() >= free.size()) {
         return;
     }
@@ -87,8 +87,8 @@ FitResult resultOf(LeastSquaresProblem& problem, const Minimum& minimum, std::si
 }  // namespace
 
 FitResult fit(const FitModel& model, const FitData& data, const FitOptions& options) {
-    refuseUnknown(model, options.parameters);
-    LeastSquaresProblem problem(model.compiled(), fitting::select(data, options), options.method);
+    checkParameterNames(model, options.parameters);
+    LeastSquaresProblem problem(model.compiled(), fitting::selectEntries(data, options), options.method);
     Selection free;
     std::vector<fitting::Limits> limits;
     for (std::size_t i = 0; i < model.parameters().size(); ++i) {
@@ -99,7 +99,7 @@ FitResult fit(const FitModel& model, const FitData& data, const FitOptions& opti
             free.push_back(i);
         }
     }
-    refuseTooFew(problem, free);
+    checkEntryCount(problem, free);
     Minimum minimum =
         fitting::minimise(problem, fitting::startValues(problem, options.parameters), free, limits, options.isStopping);
     makeWidthsPositive(problem, minimum, options.parameters);

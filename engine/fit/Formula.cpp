@@ -1,4 +1,4 @@
-#include "fit/ModelParts.h"
+#include "fit/Model.h"
 
 #include <velmorak/Failure.h>
 #include <velmorak/Value.h>
@@ -10,7 +10,7 @@ namespace velmorak::fitting {
 
 namespace {
 
-/// How tightly an operation binds, as in docs/expressions.md; 10 for what needs no parentheses anywhere.
+/// Text with its precedence as in docs/expressions.md; 10 needs no parentheses anywhere.
 struct Written {
     std::string text;
     int level = 10;
@@ -38,7 +38,7 @@ Written constant(double value) {
     return {textOf(value), std::signbit(value) ? 7 : 10};
 }
 
-/// The right side of - and / binds tighter, so that the tree is kept.
+/// Puts parentheses around a right side of the same precedence, so that the tree is kept.
 Written infix(const std::string& symbol, int level, std::vector<Written>& parts) {
     std::string text = within(std::move(parts[0]), level);
     text += symbol;
@@ -95,7 +95,7 @@ Written operation(const Step& step, std::vector<Written>& parts) {
     }
 }
 
-/// A name as the formula says it: in back quotes where it would mean something else.
+/// @return the name, in back quotes if it is a word of the language.
 std::string nameIn(const std::string& name) {
     for (const std::string_view word : {"and", "or", "not", "true", "false"}) {
         if (name == word) {
@@ -105,7 +105,7 @@ std::string nameIn(const std::string& name) {
     return name;
 }
 
-/// How often each step is part of others, and once more the result.
+/// @return how many steps use each step; the result counts as used once more.
 std::vector<std::size_t> usesOf(const Program& program) {
     std::vector<std::size_t> uses(program.steps.size(), 0);
     for (const Step& step : program.steps) {
@@ -117,7 +117,7 @@ std::vector<std::size_t> usesOf(const Program& program) {
     return uses;
 }
 
-/// 0: the step does not depend on the chosen parameters; 1: linearly; 2: in another way.
+/// @return 0 if the step does not depend on the chosen parameters, 1 if linearly, 2 otherwise.
 int degreeOf(const Step& step, const std::vector<int>& degrees) {
     const auto of = [&](std::size_t argument) {
         return step.in[argument] == Step::none ? 0 : degrees[step.in[argument]];
@@ -163,7 +163,7 @@ std::string formulaOf(const Model& model) {
                           : step.op == Op::Variable  ? Written{"x[0]", 10}
                           : step.op == Op::Parameter ? Written{nameIn(model.names[step.parameter]), 10}
                                                      : operation(step, parts));
-        // A part that is used several times, as in pol9(pol9(x)), doubles the text at each level.
+        // Parts that are used several times, as in pol9(pol9(x)), multiply the text at each level.
         if (written.back().text.size() > expression::maxCharacters) {
             throw Failure("the formula is too long");
         }

@@ -13,15 +13,15 @@ bool isBlank(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
-/// Reads parameters from left to right.
-class Reader {
+/// Recursive-descent parser for the settings of parameters.
+class Parser {
 public:
-    explicit Reader(std::string_view given) : text(given) {}
+    explicit Parser(std::string_view text) : text(text) {}
 
-    FitParameters all();
+    FitParameters parse();
 
 private:
-    [[noreturn]] void refuse(std::size_t place, const std::string& reason) const;
+    [[noreturn]] void fail(std::size_t offset, const std::string& reason) const;
 
     void skipBlanks();
 
@@ -31,43 +31,43 @@ private:
 
     double number(const std::string& what);
 
-    void limits(FitParameter& parameter, std::size_t place);
+    void limits(FitParameter& parameter, std::size_t offset);
 
-    FitParameter one(const std::string& name, std::size_t place);
+    FitParameter one(const std::string& name, std::size_t offset);
 
     std::string_view text;
     std::size_t here = 0;
 };
 
-FitParameters Reader::all() {
-    FitParameters found;
+FitParameters Parser::parse() {
+    FitParameters parameters;
     for (skipBlanks(); here < text.size(); skipBlanks()) {
-        const std::size_t place = here;
+        const std::size_t offset = here;
         const std::string name = word();
         if (name.empty()) {
-            refuse(place, "the name of a parameter is missing");
+            fail(offset, "the name of a parameter is missing");
         }
-        if (!found.emplace(name, one(name, place)).second) {
-            refuse(place, quoted(name) + " is given twice");
+        if (!parameters.emplace(name, one(name, offset)).second) {
+            fail(offset, quoted(name) + " is given twice");
         }
         if (here < text.size() && !take(',')) {
-            refuse(here, "parameters are separated by commas, and written  name=start [low,high] fixed");
+            fail(here, "separate parameters by commas, and write each as  name=start [low,high] fixed");
         }
     }
-    return found;
+    return parameters;
 }
 
-void Reader::refuse(std::size_t place, const std::string& reason) const {
-    expression::refuse(text, place, reason);
+void Parser::fail(std::size_t offset, const std::string& reason) const {
+    expression::throwAt(text, offset, reason);
 }
 
-void Reader::skipBlanks() {
+void Parser::skipBlanks() {
     while (here < text.size() && isBlank(text[here])) {
         ++here;
     }
 }
 
-bool Reader::take(char c) {
+bool Parser::take(char c) {
     skipBlanks();
     if (here >= text.size() || text[here] != c) {
         return false;
@@ -76,7 +76,7 @@ bool Reader::take(char c) {
     return true;
 }
 
-std::string Reader::word() {
+std::string Parser::word() {
     skipBlanks();
     const std::size_t begin = here;
     while (here < text.size() && !isBlank(text[here]) &&
@@ -86,21 +86,21 @@ std::string Reader::word() {
     return std::string(text.substr(begin, here - begin));
 }
 
-double Reader::number(const std::string& what) {
+double Parser::number(const std::string& what) {
     skipBlanks();
-    const std::size_t place = here;
+    const std::size_t offset = here;
     double value = 0.0;
     if (!readNumber(word(), value) || value != value) {
-        refuse(place, what + " is a number");
+        fail(offset, what + " must be a number");
     }
     return value;
 }
 
-void Reader::limits(FitParameter& parameter, std::size_t place) {
+void Parser::limits(FitParameter& parameter, std::size_t offset) {
     if (!take(',')) {
         parameter.low = number("the lower limit");
         if (!take(',')) {
-            refuse(here, "limits are written  [low,high]  and one of them may be missing");
+            fail(here, "write limits as  [low,high]  (one of them may be missing)");
         }
     }
     if (take(']')) {
@@ -108,14 +108,14 @@ void Reader::limits(FitParameter& parameter, std::size_t place) {
     }
     parameter.high = number("the upper limit");
     if (!take(']')) {
-        refuse(here, "limits are written  [low,high]  and one of them may be missing");
+        fail(here, "write limits as  [low,high]  (one of them may be missing)");
     }
     if (!(parameter.low < parameter.high)) {
-        refuse(place, "the lower limit is not below the upper one");
+        fail(offset, "the lower limit must be less than the upper limit");
     }
 }
 
-FitParameter Reader::one(const std::string& name, std::size_t place) {
+FitParameter Parser::one(const std::string& name, std::size_t offset) {
     FitParameter parameter;
     if (take('=')) {
         parameter.start = number("the start value of " + name);
@@ -129,17 +129,17 @@ FitParameter Reader::one(const std::string& name, std::size_t place) {
     const std::size_t flag = here;
     const std::string last = word();
     if (!last.empty() && last != "fixed") {
-        refuse(flag, "after start value and limits of " + name + " only  fixed  may follow");
+        fail(flag, "after start value and limits of " + name + " only  fixed  may follow");
     }
     parameter.isFixed = !last.empty();
     if (parameter.isFixed && !parameter.start) {
-        refuse(place, quoted(name) + " is fixed but has no value");
+        fail(offset, quoted(name) + " is fixed but has no value");
     }
     if (parameter.start && (*parameter.start < parameter.low || *parameter.start > parameter.high)) {
-        refuse(place, "the start value of \"" + name + "\" is outside its limits");
+        fail(offset, "the start value of " + quoted(name) + " is outside its limits");
     }
     if (parameter.start && *parameter.start - *parameter.start != 0.0) {
-        refuse(place, "the start value of \"" + name + "\" is not finite");
+        fail(offset, "the start value of " + quoted(name) + " is not finite");
     }
     return parameter;
 }
@@ -147,7 +147,7 @@ FitParameter Reader::one(const std::string& name, std::size_t place) {
 }  // namespace
 
 FitParameters readFitParameters(std::string_view text) {
-    return Reader(text).all();
+    return Parser(text).parse();
 }
 
 }  // namespace velmorak

@@ -1,6 +1,6 @@
 #include "fit/Program.h"
 
-#include "fit/Chain.h"
+#include "fit/simd/Adjoint.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,31 +19,33 @@ void each(std::size_t count, const Rule& rule) {
     }
 }
 
-void handPower(const AdjointStep& chain) {
-    const double* const a = chain.value[0];
-    const double* const b = chain.value[1];
-    propagate(chain, 0, [&](std::size_t i) { return b[i] == 0.0 ? 0.0 : b[i] * std::pow(a[i], b[i] - 1.0); });
-    propagate(chain, 1, [&](std::size_t i) { return a[i] == 0.0 ? 0.0 : chain.result[i] * std::log(a[i]); });
+void backwardPower(const AdjointStep& adjointStep) {
+    const double* const a = adjointStep.value[0];
+    const double* const b = adjointStep.value[1];
+    propagate(adjointStep, 0, [&](std::size_t i) { return b[i] == 0.0 ? 0.0 : b[i] * std::pow(a[i], b[i] - 1.0); });
+    propagate(adjointStep, 1,
+              [&](std::size_t i) { return a[i] == 0.0 ? 0.0 : adjointStep.result[i] * std::log(a[i]); });
 }
 
-/// What calls functions of the mathematical library, or is rare.
-void backwardScalar(const Step& step, const AdjointStep& chain) {
-    const double* const a = chain.value[0];
-    const double* const b = chain.value[1];
+/// Operations without a vectorised kernel: rare ones, and calls of the mathematical library.
+void backwardScalar(const Step& step, const AdjointStep& adjointStep) {
+    const double* const a = adjointStep.value[0];
+    const double* const b = adjointStep.value[1];
     switch (step.op) {
         case Op::Power:
-            return handPower(chain);
+            return backwardPower(adjointStep);
         case Op::Remainder:
-            propagate(chain, 0, [](std::size_t) { return 1.0; });
-            return propagate(chain, 1, [&](std::size_t i) { return -std::trunc(a[i] / b[i]); });
+            propagate(adjointStep, 0, [](std::size_t) { return 1.0; });
+            return propagate(adjointStep, 1, [&](std::size_t i) { return -std::trunc(a[i] / b[i]); });
         case Op::Arctangent2:
-            propagate(chain, 0, [&](std::size_t i) { return b[i] / (a[i] * a[i] + b[i] * b[i]); });
-            return propagate(chain, 1, [&](std::size_t i) { return -a[i] / (a[i] * a[i] + b[i] * b[i]); });
+            propagate(adjointStep, 0, [&](std::size_t i) { return b[i] / (a[i] * a[i] + b[i] * b[i]); });
+            return propagate(adjointStep, 1, [&](std::size_t i) { return -a[i] / (a[i] * a[i] + b[i] * b[i]); });
         case Op::Hypotenuse:
-            propagate(chain, 0, [&](std::size_t i) { return a[i] / chain.result[i]; });
-            return propagate(chain, 1, [&](std::size_t i) { return b[i] / chain.result[i]; });
+            propagate(adjointStep, 0, [&](std::size_t i) { return a[i] / adjointStep.result[i]; });
+            return propagate(adjointStep, 1, [&](std::size_t i) { return b[i] / adjointStep.result[i]; });
         case Op::Function:
-            return propagate(chain, 0, [&](std::size_t i) { return step.function->slope(a[i], chain.result[i]); });
+            return propagate(adjointStep, 0,
+                             [&](std::size_t i) { return step.function->derivative(a[i], adjointStep.result[i]); });
         default:
             return;
     }
@@ -70,8 +72,9 @@ void executeScalar(const Step& step, const double* const in[3], std::size_t coun
 
 }  // namespace
 
-void perform(const Step& step, const double* const in[3], std::size_t count, double* out, const Loops& loops) {
-    if (!loops.perform(step.op, in, count, out)) {
+void executeStep(const Step& step, const double* const in[3], std::size_t count, double* out,
+                 const FitKernels& kernels) {
+    if (!kernels.forward(step.op, in, count, out)) {
         executeScalar(step, in, count, out);
     }
 }
@@ -84,14 +87,14 @@ AlignedValues alignedValues(std::size_t count) {
     return AlignedValues(static_cast<double*>(::operator new[](count * sizeof(double), std::align_val_t{cacheLine})));
 }
 
-Workspace Program::workspace(std::size_t places) const {
+Workspace Program::workspace(std::size_t points) const {
     constexpr std::size_t whole = cacheLine / sizeof(double);
-    const std::size_t stride = (places + whole - 1) / whole * whole;
+    const std::size_t stride = (points + whole - 1) / whole * whole;
     Workspace space;
-    space.loops = &bestLoops();
+    space.kernels = &bestKernels();
     space.stride = stride;
     space.values = alignedValues(steps.size() * stride);
-    space.weights = alignedValues(steps.size() * stride);
+    space.adjoints = alignedValues(steps.size() * stride);
     space.hasAdjoint.resize(steps.size());
     for (std::size_t i = 0; i < steps.size(); ++i) {
         if (steps[i].op == Op::Constant) {
@@ -101,8 +104,7 @@ Workspace Program::workspace(std::size_t places) const {
     return space;
 }
 
-const double* Program::values(const double* places, std::size_t count, const double* parameters,
-                              Workspace& space) const {
+const double* Program::evaluate(const double* x, std::size_t count, const double* parameters, Workspace& space) const {
     for (std::size_t i = 0; i < steps.size(); ++i) {
         const Step& step = steps[i];
         double* const out = space.values.get() + i * space.stride;
@@ -111,13 +113,13 @@ const double* Program::values(const double* places, std::size_t count, const dou
             in[k] = space.values.get() + step.in[k] * space.stride;
         }
         if (step.op == Op::Variable) {
-            std::copy_n(places, count, out);
+            std::copy_n(x, count, out);
         } else if (step.op == Op::Parameter) {
             std::fill_n(out, count, parameters[step.parameter]);
-        } else if (step.dependsOnPlace) {
-            perform(step, in, count, out, *space.loops);
+        } else if (step.dependsOnX) {
+            executeStep(step, in, count, out, *space.kernels);
         } else if (step.op != Op::Constant) {
-            perform(step, in, 1, out, *space.loops);
+            executeStep(step, in, 1, out, *space.kernels);
             std::fill_n(out, count, out[0]);
         }
     }
@@ -127,30 +129,31 @@ const double* Program::values(const double* places, std::size_t count, const dou
 void Program::backward(std::size_t count, Workspace& space) const {
     std::fill(space.hasAdjoint.begin(), space.hasAdjoint.end(), std::uint8_t{0});
     space.hasAdjoint[result] = 1;
-    std::fill_n(space.weights.get() + result * space.stride, count, 1.0);
+    std::fill_n(space.adjoints.get() + result * space.stride, count, 1.0);
     for (std::size_t i = result + 1; i-- > 0;) {
         const Step& step = steps[i];
         if (!step.dependsOnParameters || step.op == Op::Parameter || space.hasAdjoint[i] == 0) {
             continue;
         }
-        AdjointStep chain{};
-        chain.count = count;
-        chain.result = space.values.get() + i * space.stride;
-        chain.outer = space.weights.get() + i * space.stride;
+        AdjointStep adjointStep{};
+        adjointStep.count = count;
+        adjointStep.result = space.values.get() + i * space.stride;
+        adjointStep.resultAdjoint = space.adjoints.get() + i * space.stride;
         for (std::size_t k = 0; k < 3 && step.in[k] != Step::none; ++k) {
             const std::size_t from = step.in[k];
-            chain.hasAdjoint[k] = &space.hasAdjoint[from];
-            chain.isUniform[k] = !steps[from].dependsOnPlace;
-            chain.value[k] = space.values.get() + from * space.stride;
-            chain.weight[k] = steps[from].dependsOnParameters ? space.weights.get() + from * space.stride : nullptr;
+            adjointStep.hasAdjoint[k] = &space.hasAdjoint[from];
+            adjointStep.isUniform[k] = !steps[from].dependsOnX;
+            adjointStep.value[k] = space.values.get() + from * space.stride;
+            adjointStep.adjoint[k] =
+                steps[from].dependsOnParameters ? space.adjoints.get() + from * space.stride : nullptr;
         }
-        if (!space.loops->backward(step.op, chain)) {
-            backwardScalar(step, chain);
+        if (!space.kernels->backward(step.op, adjointStep)) {
+            backwardScalar(step, adjointStep);
         }
     }
     for (const std::size_t step : stepOfParameter) {
         if (space.hasAdjoint[step] == 0) {
-            std::fill_n(space.weights.get() + step * space.stride, count, 0.0);
+            std::fill_n(space.adjoints.get() + step * space.stride, count, 0.0);
         }
     }
 }

@@ -9,8 +9,8 @@ namespace velmorak::fitting {
 
 namespace {
 
-/// Directions along which the function changes by less than this part of its change along others are lost in rounding.
-constexpr double minPart = 1e-12;
+/// Directions along which the function changes relatively less than this are lost in rounding.
+constexpr double minRelativeChange = 1e-12;
 
 std::string nameOf(const LeastSquaresProblem& problem, std::size_t parameter) {
     return quoted(problem.model().names[parameter]);
@@ -18,19 +18,19 @@ std::string nameOf(const LeastSquaresProblem& problem, std::size_t parameter) {
 
 }  // namespace
 
-void refuseSingular(const LeastSquaresProblem& problem, const MatrixXd& r, const Selection& chosen) {
+void checkNotSingular(const LeastSquaresProblem& problem, const MatrixXd& r, const Selection& chosen) {
     const Eigen::Index n = r.cols();
     VectorXd norms = r.colwise().norm();
     for (Eigen::Index k = 0; k < n; ++k) {
         if (!(norms[k] > 0.0)) {
             throw Failure("the function does not depend on " + nameOf(problem, chosen[static_cast<std::size_t>(k)]) +
-                          " for the entries that are fitted; fix it, or give it another start value");
+                          " for the fitted entries; fix it, or give it another start value");
         }
     }
     const MatrixXd scaled = r * norms.cwiseInverse().asDiagonal();
     const Eigen::ColPivHouseholderQR<MatrixXd> rotation(scaled);
     const MatrixXd& rFactor = rotation.matrixQR();
-    if (std::fabs(rFactor(n - 1, n - 1)) > minPart * std::fabs(rFactor(0, 0))) {
+    if (std::fabs(rFactor(n - 1, n - 1)) > minRelativeChange * std::fabs(rFactor(0, 0))) {
         return;
     }
     VectorXd direction = VectorXd::Zero(n);
@@ -45,11 +45,12 @@ void refuseSingular(const LeastSquaresProblem& problem, const MatrixXd& r, const
             names += (names.empty() ? "" : ", ") + nameOf(problem, chosen[static_cast<std::size_t>(k)]);
         }
     }
-    throw Failure("these entries cannot tell the parameters " + names +
-                  " apart (the matrix is singular); fix one of them, or use a simpler model");
+    throw Failure("these entries cannot distinguish the parameters " + names +
+                  " (the matrix is singular); fix one of them, or use a simpler model");
 }
 
-std::string listed(const LeastSquaresProblem& problem, const std::vector<double>& values, const Selection& chosen) {
+std::string formatParameters(const LeastSquaresProblem& problem, const std::vector<double>& values,
+                             const Selection& chosen) {
     std::string text;
     for (const std::size_t position : chosen) {
         text += (text.empty() ? "" : ", ") + problem.model().names[position] + "=" + textOf(values[position]);

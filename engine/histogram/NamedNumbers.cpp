@@ -18,7 +18,7 @@ bool contains(const std::vector<std::string>& all, const std::string& name) {
     return std::find(all.begin(), all.end(), name) != all.end();
 }
 
-/// The names that may mean a number; none where the text is no expression.
+/// @return the names that may mean a number; none if the text is not an expression.
 std::vector<Node> bareNames(const std::string& text) {
     std::vector<Node> names;
     if (!expressionRefusal(text).empty() || text.empty()) {
@@ -29,11 +29,11 @@ std::vector<Node> bareNames(const std::string& text) {
             names.push_back(std::move(node));
         }
     }
-    std::sort(names.begin(), names.end(), [](const Node& a, const Node& b) { return a.place < b.place; });
+    std::sort(names.begin(), names.end(), [](const Node& a, const Node& b) { return a.offset < b.offset; });
     return names;
 }
 
-/// A wire that is there brings a number, or fails by itself; without one an empty value means that there is none.
+/// @return the number of an input. A wire provides one or fails; an empty value without a wire means none.
 std::optional<double> numberAt(const Arguments& arguments, const std::string& input) {
     if (arguments.isWired(input)) {
         return arguments.number(input);
@@ -114,7 +114,7 @@ void NamedNumbers::checkKnown(const Text& text, const Schema& columns,
             reason += ", and no number at an input of that name";
         }
         try {
-            expression::refuse(text.expression, node.place, reason + suggestion(node.text, known));
+            expression::throwAt(text.expression, node.offset, reason + suggestion(node.text, known));
         } catch (const Failure& failure) {
             throw Failure(text.input, failure.what());
         }

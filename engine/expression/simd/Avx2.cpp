@@ -2,7 +2,7 @@
 
 namespace velmorak::expression {
 
-WideKernels avx2Kernels() {
+SimdKernels avx2Kernels() {
     return allKernels;
 }
 

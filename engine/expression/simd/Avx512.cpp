@@ -2,7 +2,7 @@
 
 namespace velmorak::expression {
 
-WideKernels avx512Kernels() {
+SimdKernels avx512Kernels() {
     return allKernels;
 }
 

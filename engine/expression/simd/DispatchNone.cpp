@@ -2,7 +2,7 @@
 
 namespace velmorak::expression {
 
-std::vector<WideKernels> runnableKernels() {
+std::vector<SimdKernels> runnableKernels() {
     return {};
 }
 

@@ -3,8 +3,8 @@
 
 namespace velmorak::expression {
 
-std::vector<WideKernels> runnableKernels() {
-    std::vector<WideKernels> runnable;
+std::vector<SimdKernels> runnableKernels() {
+    std::vector<SimdKernels> runnable;
     if (hasAvx512()) {
         runnable.push_back(avx512Kernels());
     }

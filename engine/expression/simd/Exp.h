@@ -6,15 +6,15 @@ namespace velmorak::expression {
 
 namespace {
 
-/// The exponential function, off by less than 1.2 units in the last place. It has no branch and no table, so that a
-/// compiler makes vector instructions of a loop over it. Where a product is added without rounding the code says so
-/// itself, so that every processor gives the same bits; one without such an instruction only takes longer.
+/// The exponential function, accurate to 1.2 units in the last place. It has no branch and no table, so that compilers
+/// vectorise loops over it. Fused multiply-adds are explicit, so that every processor yields the same bits; one without
+/// the instruction is only slower.
 ///
-/// With k = round(x / ln 2) and r = x - k ln 2 it is 2^k (1 + r + r^2/2 + r^3 q(r)); q interpolates what is missing of
+/// With k = round(x / ln 2) and r = x - k ln 2 it is 2^k (1 + r + r^2/2 + r^3 q(r)); q interpolates the remainder of
 /// the series at the Chebyshev nodes of |r| < 0.3466. ln 2 comes in two parts (Cody, Waite: Software Manual for the
 /// Elementary Functions, 1980), of which k times the first is exact.
 [[gnu::always_inline]] inline double exponential(double x) {
-    // Adding this number and taking it away again rounds to a whole number, which stands in its lowest bits meanwhile.
+    // Adding and subtracting this number rounds to an integer, which its lowest bits hold in between.
     constexpr double rounder = 0x1.8p52;
     constexpr double low = -746.0;  // Gives 0.
     constexpr double high = 710.0;  // Gives Infinity.
@@ -32,7 +32,7 @@ namespace {
     q = __builtin_fma(q, r, 0x1.5555555554cb7p-5);
     q = __builtin_fma(q, r, 0x1.5555555555555p-3);
     const double mantissa = 1.0 + __builtin_fma(r * r, __builtin_fma(r, q, 0.5), r);
-    // In two steps, as 2^k itself may be too large or too small; only the last one rounds.
+    // In two steps, because 2^k itself may overflow or underflow; only the last one rounds.
     const double halfSum = __builtin_fma(k, 0.5, rounder);
     const double restSum = (k - (halfSum - rounder)) + rounder;
     const auto powerOf2 = [](double sum) {

@@ -1,14 +1,14 @@
 #pragma once
 
+#include "expression/simd/Avx2Helpers.h"
 #include "expression/simd/Exp.h"
-#include "expression/simd/KernelsBy4.h"
 #include "expression/simd/SimdKernels.h"
 
-// Compiled several times, for AVX2 with FMA and for more. Nothing of it may be an inline function that other sources
-// have too: the linker might take this one for all of them, also on a processor without these instructions.
+// Compiled for AVX2 with FMA and for AVX-512. Nothing here may be an inline function that other sources share: the
+// linker might keep this copy for all of them, also on a processor without these instructions.
 
-// The vector functions of the C library, four values at once. Those that are taken here differ from its functions of
-// one value by 1 unit in the last place at most; its others by more. Their names are the library's.
+// Vector functions of the C library for four values. Those used here differ from the scalar functions by at most 1 unit
+// in the last place; the others differ by more. The names are the library's.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 __m256d _ZGVdN4v_log(__m256d);
@@ -22,10 +22,10 @@ namespace velmorak::expression {
 namespace {
 
 template <typename T, auto function>
-bool unary(const KernelArgs& lane) {
-    const auto* __restrict a = static_cast<const T*>(lane.in[0]);
-    auto* __restrict out = static_cast<T*>(lane.out);
-    const std::size_t rows = lane.rows;
+bool unary(const KernelArgs& args) {
+    const auto* __restrict a = static_cast<const T*>(args.in[0]);
+    auto* __restrict out = static_cast<T*>(args.out);
+    const std::size_t rows = args.rows;
     for (std::size_t row = 0; row < rows; ++row) {
         out[row] = static_cast<T>(function(a[row]));
     }
@@ -33,11 +33,11 @@ bool unary(const KernelArgs& lane) {
 }
 
 template <typename T, auto function>
-bool binary(const KernelArgs& lane) {
-    const auto* __restrict a = static_cast<const T*>(lane.in[0]);
-    const auto* __restrict b = static_cast<const T*>(lane.in[1]);
-    auto* __restrict out = static_cast<T*>(lane.out);
-    const std::size_t rows = lane.rows;
+bool binary(const KernelArgs& args) {
+    const auto* __restrict a = static_cast<const T*>(args.in[0]);
+    const auto* __restrict b = static_cast<const T*>(args.in[1]);
+    auto* __restrict out = static_cast<T*>(args.out);
+    const std::size_t rows = args.rows;
     for (std::size_t row = 0; row < rows; ++row) {
         out[row] = static_cast<T>(function(a[row], b[row]));
     }
@@ -45,12 +45,12 @@ bool binary(const KernelArgs& lane) {
 }
 
 template <auto function>
-bool ternary(const KernelArgs& lane) {
-    const auto* __restrict a = static_cast<const double*>(lane.in[0]);
-    const auto* __restrict b = static_cast<const double*>(lane.in[1]);
-    const auto* __restrict c = static_cast<const double*>(lane.in[2]);
-    auto* __restrict out = static_cast<double*>(lane.out);
-    const std::size_t rows = lane.rows;
+bool ternary(const KernelArgs& args) {
+    const auto* __restrict a = static_cast<const double*>(args.in[0]);
+    const auto* __restrict b = static_cast<const double*>(args.in[1]);
+    const auto* __restrict c = static_cast<const double*>(args.in[2]);
+    auto* __restrict out = static_cast<double*>(args.out);
+    const std::size_t rows = args.rows;
     for (std::size_t row = 0; row < rows; ++row) {
         out[row] = function(a[row], b[row], c[row]);
     }
@@ -60,7 +60,7 @@ bool ternary(const KernelArgs& lane) {
 inline constexpr ColumnType real = ColumnType::Real;
 inline constexpr ColumnType boolean = ColumnType::Boolean;
 
-inline constexpr WideKernel kernels[] = {
+inline constexpr SimdKernel kernels[] = {
     {"+", real, binary<double, [](double x, double y) { return x + y; }>},
     {"-", real, binary<double, [](double x, double y) { return x - y; }>},
     {"*", real, binary<double, [](double x, double y) { return x * y; }>},
@@ -73,10 +73,10 @@ inline constexpr WideKernel kernels[] = {
     {"-exp", real, unary<double, [](double x) { return exponential(-x); }>},
     {"*+", real, ternary<[](double x, double y, double z) { return x * y + z; }>},
     {"*-", real, ternary<[](double x, double y, double z) { return x * y - z; }>},
-    {"log", real, unaryByFours<_ZGVdN4v_log>},
-    {"^", real, binaryByFours<_ZGVdN4vv_pow>},
-    {"pow", real, binaryByFours<_ZGVdN4vv_pow>},
-    {"hypot", real, binaryByFours<_ZGVdN4vv_hypot>},
+    {"log", real, unaryAvx2<_ZGVdN4v_log>},
+    {"^", real, binaryAvx2<_ZGVdN4vv_pow>},
+    {"pow", real, binaryAvx2<_ZGVdN4vv_pow>},
+    {"hypot", real, binaryAvx2<_ZGVdN4vv_hypot>},
     {"==", real, compare<_CMP_EQ_OQ>},
     {"!=", real, compare<_CMP_NEQ_UQ>},
     {"<", real, compare<_CMP_LT_OQ>},
@@ -88,7 +88,7 @@ inline constexpr WideKernel kernels[] = {
     {"!", boolean, unary<std::uint8_t, [](int x) { return x == 0; }>},
 };
 
-inline constexpr WideKernels allKernels{kernels, kernels + sizeof(kernels) / sizeof(kernels[0])};
+inline constexpr SimdKernels allKernels{kernels, kernels + sizeof(kernels) / sizeof(kernels[0])};
 
 }  // namespace
 

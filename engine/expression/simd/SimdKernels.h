@@ -4,33 +4,32 @@
 
 #include <vector>
 
-/// Kernels for processors with wider vectors than any of the family has.
+/// Kernels for vector instructions that not every processor of the architecture has.
 namespace velmorak::expression {
 
-struct WideKernel {
+struct SimdKernel {
     const char* name = nullptr;
-    ColumnType type = ColumnType::Real;  ///< Of the values that it takes.
+    ColumnType type = ColumnType::Real;  ///< Of the arguments.
     Kernel kernel = nullptr;
 };
 
-struct WideKernels {
-    const WideKernel* first = nullptr;
-    const WideKernel* last = nullptr;  ///< One behind.
+struct SimdKernels {
+    const SimdKernel* first = nullptr;
+    const SimdKernel* last = nullptr;  ///< One past the end.
 
-    const WideKernel* begin() const { return first; }
-    const WideKernel* end() const { return last; }
+    const SimdKernel* begin() const { return first; }
+    const SimdKernel* end() const { return last; }
 };
 
-/// Those for AVX2 and FMA, which the processor must have to run them.
-WideKernels avx2Kernels();
-/// The same, with the same bits, for AVX-512 (F, BW, DQ, VL) beside these.
-WideKernels avx512Kernels();
+/// Need AVX2 and FMA.
+SimdKernels avx2Kernels();
+/// Need also AVX-512 (F, BW, DQ, VL). Same bits.
+SimdKernels avx512Kernels();
 
-/// @return those that the processor of this machine can run, the widest first.
-std::vector<WideKernels> runnableKernels();
+/// @return the kernels that this processor can run, the widest first; empty on a processor without AVX2.
+std::vector<SimdKernels> runnableKernels();
 
-/// @return the kernel of the function that suits the processor of this machine better than the common one; null when
-///         there is none.
-Kernel wideKernel(std::string_view name, ColumnType type);
+/// @return the best vectorised kernel of a function for this processor; null if only the scalar one exists.
+Kernel simdKernel(std::string_view name, ColumnType type);
 
 }  // namespace velmorak::expression

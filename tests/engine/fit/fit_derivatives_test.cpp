@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "fit/ModelParts.h"
+#include "fit/Model.h"
 
 namespace velmorak::fitting {
 namespace {
@@ -16,7 +16,7 @@ struct Formula {
 };
 
 double valueOf(const Model& model, const std::vector<double>& parameters, double x, Workspace& space) {
-    return *model.program.values(&x, 1, parameters.data(), space);
+    return *model.program.evaluate(&x, 1, parameters.data(), space);
 }
 
 /// Central differences of two steps, extrapolated to step 0.
@@ -52,7 +52,7 @@ TEST(FitDerivatives, areThoseOfEveryOperation) {
         {"abs(-a) + sign(a)*a + floor(a) + ceil(a) + round(a) + trunc(a) + isnan(a) + -a*+2", {0.43}, 0},
         {"a^2*(a - x)^2/a", {0.43}, 0.2}};
     for (const Formula& formula : formulas) {
-        const Model model = modelOf(formula.text);
+        const Model model = buildModel(formula.text);
         ASSERT_EQ(model.names.size(), formula.parameters.size()) << formula.text;
         Workspace space = model.program.workspace();
         valueOf(model, formula.parameters, formula.x, space);
@@ -66,18 +66,18 @@ TEST(FitDerivatives, areThoseOfEveryOperation) {
 }
 
 TEST(FitDerivatives, ignoreTheBranchThatIsNotTaken) {
-    const Model model = modelOf("x > 0 ? a*x : log(a*x)");
+    const Model model = buildModel("x > 0 ? a*x : log(a*x)");
     Workspace space = model.program.workspace();
-    const std::vector<double> places{2.0, -1.0};
+    const std::vector<double> points{2.0, -1.0};
     const double a = 3.0;
-    model.program.values(places.data(), 2, &a, space);
+    model.program.evaluate(points.data(), 2, &a, space);
     model.program.backward(2, space);
     EXPECT_EQ(model.program.derivative(0, space)[0], 2.0);
 }
 
-TEST(FitDerivatives, tellInWhichParametersAFunctionIsLinear) {
+TEST(FitDerivatives, showInWhichParametersAFunctionIsLinear) {
     const auto linear = [](const std::string& text) {
-        const Model model = modelOf(text);
+        const Model model = buildModel(text);
         return linearAmong(model.program, std::vector<bool>(model.names.size(), true));
     };
     EXPECT_EQ(linear("gauss + pol1"), (std::vector<bool>{true, false, false, true, true}));

@@ -132,8 +132,8 @@ Parameters solvedByGsl(LeastSquaresProblem& problem) {
 long double chiSquare(const LeastSquaresProblem& problem, const std::vector<long double>& p) {
     long double sum = 0;
     for (std::size_t i = 0; i < problem.x.size(); ++i) {
-        const long double pull = (problem.family->formula(problem.x[i], p.data()) - problem.y[i]) / problem.error[i];
-        sum += pull * pull;
+        const long double descent = (problem.family->formula(problem.x[i], p.data()) - problem.y[i]) / problem.error[i];
+        sum += descent * descent;
     }
     return sum;
 }

@@ -6,16 +6,16 @@
 #include <random>
 #include <vector>
 
-#include "fit/Loops.h"
+#include "fit/simd/FitKernels.h"
 
 namespace velmorak::fitting {
 namespace {
 
 using Values = std::vector<double>;
 
-constexpr std::size_t maxPlaces = 41;
+constexpr std::size_t maxPoints = 41;
 
-/// Numbers of every size, among them those that need care.
+/// Numbers of every magnitude, including the special cases of floating point.
 Values drawn(std::mt19937_64& random, std::size_t count) {
     const Values odd{0.0,
                      -0.0,
@@ -35,7 +35,7 @@ Values drawn(std::mt19937_64& random, std::size_t count) {
     return made;
 }
 
-/// One NaN is as good as another.
+/// Compares bits; all NaN are equal.
 bool areSame(const Values& a, const Values& b) {
     for (std::size_t i = 0; i < a.size(); ++i) {
         if (std::bit_cast<std::uint64_t>(a[i]) != std::bit_cast<std::uint64_t>(b[i]) &&
@@ -54,42 +54,46 @@ std::vector<Op> allOperations() {
     return all;
 }
 
-Values performed(const Loops& loops, Op op, const std::vector<Values>& in, std::size_t count) {
+Values computed(const FitKernels& kernels, Op op, const std::vector<Values>& in, std::size_t count) {
     const double* const arrays[3] = {in[0].data(), in[1].data(), in[2].data()};
     Values out(count, 7.0);
-    loops.perform(op, arrays, count, out.data());
+    kernels.forward(op, arrays, count, out.data());
     return out;
 }
 
-/// The weights of the three arguments one behind the other.
-Values handed(const Loops& loops, Op op, const std::vector<Values>& in, const Values& result, bool hasAdjoint) {
+/// The adjoints of the three arguments, one after the other.
+Values propagated(const FitKernels& kernels, Op op, const std::vector<Values>& in, const Values& result,
+                  bool hasAdjoint) {
     const std::size_t count = result.size();
-    Values weights(3 * count, 0.25);
-    std::uint8_t touched[3] = {hasAdjoint, hasAdjoint, hasAdjoint};
-    AdjointStep chain{};
+    Values adjoints(3 * count, 0.25);
+    std::uint8_t flags[3] = {hasAdjoint, hasAdjoint, hasAdjoint};
+    AdjointStep step{};
     for (std::size_t k = 0; k < 3; ++k) {
-        chain.value[k] = in[k].data();
-        chain.weight[k] = weights.data() + k * count;
-        chain.hasAdjoint[k] = &touched[k];
+        step.value[k] = in[k].data();
+        step.adjoint[k] = adjoints.data() + k * count;
+        step.hasAdjoint[k] = &flags[k];
     }
-    chain.result = result.data();
-    chain.outer = in[2].data();
-    chain.count = count;
-    loops.backward(op, chain);
-    return weights;
+    step.result = result.data();
+    step.resultAdjoint = in[2].data();
+    step.count = count;
+    kernels.backward(op, step);
+    return adjoints;
 }
 
-TEST(FitLoops, ofEveryOperationHaveTheSameBitsWithEveryWidth) {
+TEST(FitKernels, computeTheBitsOfTheCommonOnesForEveryOperation) {
+    if (runnableKernels().size() == 1) {
+        GTEST_SKIP() << "no AVX2";
+    }
     std::mt19937_64 random(20);
-    for (const Loops* wide : runnableLoops()) {
+    for (const FitKernels* wide : runnableKernels()) {
         for (const Op op : allOperations()) {
-            for (std::size_t count = 1; count <= maxPlaces; ++count) {
+            for (std::size_t count = 1; count <= maxPoints; ++count) {
                 const std::vector<Values> in{drawn(random, count), drawn(random, count), drawn(random, count)};
-                const Values result = performed(commonLoops(), op, in, count);
-                EXPECT_TRUE(areSame(performed(*wide, op, in, count), result)) << static_cast<int>(op);
+                const Values result = computed(commonKernels(), op, in, count);
+                EXPECT_TRUE(areSame(computed(*wide, op, in, count), result)) << static_cast<int>(op);
                 for (const bool hasAdjoint : {false, true}) {
-                    EXPECT_TRUE(areSame(handed(*wide, op, in, result, hasAdjoint),
-                                        handed(commonLoops(), op, in, result, hasAdjoint)))
+                    EXPECT_TRUE(areSame(propagated(*wide, op, in, result, hasAdjoint),
+                                        propagated(commonKernels(), op, in, result, hasAdjoint)))
                         << static_cast<int>(op);
                 }
             }
@@ -97,33 +101,36 @@ TEST(FitLoops, ofEveryOperationHaveTheSameBitsWithEveryWidth) {
     }
 }
 
-TEST(FitLoops, ofSumsHaveTheSameBitsWithEveryWidth) {
+TEST(FitKernels, sumToTheBitsOfTheCommonOnes) {
+    if (runnableKernels().size() == 1) {
+        GTEST_SKIP() << "no AVX2";
+    }
     std::mt19937_64 random(21);
-    for (const Loops* wide : runnableLoops()) {
-        for (std::size_t count = 1; count <= maxPlaces; ++count) {
+    for (const FitKernels* wide : runnableKernels()) {
+        for (std::size_t count = 1; count <= maxPoints; ++count) {
             const Values a = drawn(random, count);
             const Values b = drawn(random, count);
             EXPECT_TRUE(areSame({wide->product(a.data(), b.data(), count)},
-                                {commonLoops().product(a.data(), b.data(), count)}));
+                                {commonKernels().product(a.data(), b.data(), count)}));
             for (const bool isFirst : {false, true}) {
                 Values sum(count, 0.5);
                 Values expected(count, 0.5);
                 wide->addScaled(a.data(), b.data(), count, isFirst, sum.data());
-                commonLoops().addScaled(a.data(), b.data(), count, isFirst, expected.data());
+                commonKernels().addScaled(a.data(), b.data(), count, isFirst, expected.data());
                 EXPECT_TRUE(areSame(sum, expected));
             }
         }
     }
 }
 
-/// Columns of so many rows, with room behind each, which holds anything.
+/// Columns of count rows, each followed by room that holds arbitrary values.
 struct Matrix {
     static constexpr std::size_t columns = 5;
     std::size_t stride;
     Values rows;
     Values rFactor = Values(columns * columns, 0.0);
 
-    Matrix(std::mt19937_64& random, std::size_t count) : stride(count + foldedRows), rows(columns * stride, NAN) {
+    Matrix(std::mt19937_64& random, std::size_t count) : stride(count + rowsPerUpdate), rows(columns * stride, NAN) {
         for (std::size_t k = 0; k < columns; ++k) {
             for (std::size_t i = 0; i < count; ++i) {
                 rows[k * stride + i] = std::normal_distribution<double>()(random);
@@ -131,56 +138,59 @@ struct Matrix {
         }
     }
 
-    void householderUpdate(const Loops& loops, std::size_t count) {
-        loops.householderUpdate(rFactor.data(), columns, rows.data(), stride, count);
+    void householderUpdate(const FitKernels& kernels, std::size_t count) {
+        kernels.householderUpdate(rFactor.data(), columns, rows.data(), stride, count);
     }
 };
 
-TEST(FitLoops, foldRowsWithTheSameBitsWithEveryWidth) {
+TEST(FitKernels, updateTheRFactorWithTheBitsOfTheCommonOnes) {
+    if (runnableKernels().size() == 1) {
+        GTEST_SKIP() << "no AVX2";
+    }
     std::mt19937_64 random(22);
-    for (const Loops* wide : runnableLoops()) {
-        for (std::size_t count = 1; count <= maxPlaces; ++count) {
+    for (const FitKernels* wide : runnableKernels()) {
+        for (std::size_t count = 1; count <= maxPoints; ++count) {
             Matrix matrix(random, count);
             Matrix expected = matrix;
             matrix.householderUpdate(*wide, count);
-            expected.householderUpdate(commonLoops(), count);
+            expected.householderUpdate(commonKernels(), count);
             EXPECT_TRUE(areSame(matrix.rFactor, expected.rFactor)) << count;
         }
     }
 }
 
-TEST(FitLoops, foldRowsSoThatColumnsKeepTheirAngles) {
+TEST(FitKernels, updateTheRFactorSoThatColumnsKeepTheirAngles) {
     std::mt19937_64 random(23);
     const std::size_t count = 19;
     Matrix first(random, count);
     Matrix second(random, count);
     const Matrix both[2] = {first, second};
-    first.householderUpdate(bestLoops(), count);
+    first.householderUpdate(bestKernels(), count);
     second.rFactor = first.rFactor;
-    second.householderUpdate(bestLoops(), count);
+    second.householderUpdate(bestKernels(), count);
     for (std::size_t a = 0; a < Matrix::columns; ++a) {
         for (std::size_t b = a; b < Matrix::columns; ++b) {
             double wanted = 0.0;
             for (const Matrix& part : both) {
-                wanted += bestLoops().product(&part.rows[a * part.stride], &part.rows[b * part.stride], count);
+                wanted += bestKernels().product(&part.rows[a * part.stride], &part.rows[b * part.stride], count);
             }
             const double* const rFactor = second.rFactor.data();
-            EXPECT_NEAR(bestLoops().product(rFactor + a * Matrix::columns, rFactor + b * Matrix::columns, a + 1),
+            EXPECT_NEAR(bestKernels().product(rFactor + a * Matrix::columns, rFactor + b * Matrix::columns, a + 1),
                         wanted, 1e-12);
         }
     }
 }
 
-TEST(FitLoops, foldRowsOfZerosWithoutATrace) {
+TEST(FitKernels, leaveTheRFactorAloneForRowsOfZeros) {
     Values rFactor{2.0, 0.0, 3.0, 5.0};
-    Values rows(2 * foldedRows, 0.0);
-    bestLoops().householderUpdate(rFactor.data(), 2, rows.data(), foldedRows, 3);
+    Values rows(2 * rowsPerUpdate, 0.0);
+    bestKernels().householderUpdate(rFactor.data(), 2, rows.data(), rowsPerUpdate, 3);
     EXPECT_EQ(rFactor, (Values{2.0, 0.0, 3.0, 5.0}));
 }
 
-TEST(FitLoops, endWithThoseForEveryProcessor) {
-    EXPECT_EQ(runnableLoops().back(), &commonLoops());
-    EXPECT_EQ(runnableLoops().front(), &bestLoops());
+TEST(FitKernels, endWithThoseForEveryProcessor) {
+    EXPECT_EQ(runnableKernels().back(), &commonKernels());
+    EXPECT_EQ(runnableKernels().front(), &bestKernels());
 }
 
 }  // namespace

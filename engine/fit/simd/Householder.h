@@ -1,14 +1,15 @@
 #pragma once
 
-#include "fit/Loops.h"
+#include "fit/simd/FitKernels.h"
 
-// Part of loops that are compiled several times: nothing here may be an inline function that other sources share.
+// Compiled for several instruction sets: nothing here may be an inline function that other sources share.
 
 namespace velmorak::fitting {
 
 namespace {
 
-inline constexpr std::size_t parts = foldedRows;
+/// Partial sums, so that the rounding does not depend on the width of the vectors.
+inline constexpr std::size_t parts = rowsPerUpdate;
 
 inline double sumOf(const double (&sums)[parts]) {
     return ((sums[0] + sums[1]) + (sums[2] + sums[3])) + ((sums[4] + sums[5]) + (sums[6] + sums[7]));
@@ -28,7 +29,7 @@ inline double product(const double* a, const double* b, std::size_t count) {
     return sumOf(sums);
 }
 
-/// Of whole blocks, without a rest, which would take longer than all before it.
+/// product for counts that are a multiple of parts: the loop over a remainder would take longer than the rest.
 inline double wholeProduct(const double* a, const double* b, std::size_t count) {
     double sums[parts] = {};
     for (std::size_t i = 0; i < count / parts * parts; i += parts) {

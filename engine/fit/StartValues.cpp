@@ -9,11 +9,11 @@ namespace velmorak::fitting {
 
 namespace {
 
-/// Finds start values: where a shape has a place or width that is not given, several are tried, each with the best
-/// heights, which are a linear problem.
+/// Estimates start values. Several candidates are tried for locations, widths and slopes that are not given, each with
+/// the best heights, which follow from a linear problem.
 class Estimator {
 public:
-    Estimator(LeastSquaresProblem& fitted, const FitParameters& known);
+    Estimator(LeastSquaresProblem& problem, const FitParameters& given);
 
     std::vector<double> run();
 
@@ -24,20 +24,20 @@ private:
 
     void clampAll();
 
-    /// Linear parameters of the shapes up to one, and of no shape; those of later shapes are switched off.
-    Selection chosenUpTo(std::size_t shape);
+    /// @return the linear parameters outside of shapes and of the shapes up to this one. Switches later shapes off.
+    Selection linearUpTo(std::size_t shape);
 
-    /// @return the sum of squares that the best linear parameters leave.
+    /// Finds the best linear parameters. @return the remaining sum of squares.
     double solve(const Selection& chosen, bool isKept);
 
     std::vector<double> candidates(std::size_t parameter) const;
 
-    void placeShape(std::size_t shape);
+    void fitShape(std::size_t shape);
 
-    /// Shapes have at most two parameters to try.
+    /// Tries all combinations of candidates; shapes have at most two such parameters.
     void tryAll(const Selection& open, std::size_t position, const Selection& chosen);
 
-    /// Where the best heights make the function negative, the likelihood begins with positive ones.
+    /// Replaces heights that make the function negative, which the likelihood does not allow.
     void makePositive();
 
     LeastSquaresProblem& problem;
@@ -46,15 +46,15 @@ private:
     std::vector<double> values;
     std::vector<bool> isOpen;
     std::vector<bool> isLinear;
-    bool isAnyOpen = false;
+    bool hasOpen = false;
     std::vector<double> bestValues;
     double best = 0.0;
     double lowest = 0.0;
     double span = 1.0;
 };
 
-Estimator::Estimator(LeastSquaresProblem& fitted, const FitParameters& known)
-    : problem(fitted), model(fitted.model()), given(known) {
+Estimator::Estimator(LeastSquaresProblem& problem, const FitParameters& given)
+    : problem(problem), model(problem.model()), given(given) {
     const std::size_t n = model.parameters.size();
     values.resize(n);
     isOpen.resize(n);
@@ -68,21 +68,21 @@ Estimator::Estimator(LeastSquaresProblem& fitted, const FitParameters& known)
         values[i] = isOpen[i] ? defaultStart(i) : *found->second.start;
         wanted[i] = isOpen[i];
     }
-    isAnyOpen = std::find(isOpen.begin(), isOpen.end(), true) != isOpen.end();
-    if (isAnyOpen) {
+    hasOpen = std::find(isOpen.begin(), isOpen.end(), true) != isOpen.end();
+    if (hasOpen) {
         isLinear = linearAmong(model.program, wanted);
     }
 }
 
 std::vector<double> Estimator::run() {
-    if (!isAnyOpen) {
+    if (!hasOpen) {
         return values;
     }
     problem.setEstimating(true);
     for (std::size_t shape = 1; shape <= model.shapes; ++shape) {
-        placeShape(shape);
+        fitShape(shape);
     }
-    solve(chosenUpTo(model.shapes), true);
+    solve(linearUpTo(model.shapes), true);
     problem.setEstimating(false);
     clampAll();
     if (!std::isfinite(problem.cost(values))) {
@@ -125,7 +125,7 @@ void Estimator::clampAll() {
     }
 }
 
-Selection Estimator::chosenUpTo(std::size_t shape) {
+Selection Estimator::linearUpTo(std::size_t shape) {
     Selection chosen;
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (!isLinear[i]) {
@@ -144,7 +144,7 @@ double Estimator::solve(const Selection& chosen, bool isKept) {
     for (const std::size_t position : chosen) {
         values[position] = 0.0;
     }
-    const Linear linear = problem.linearise(values, chosen);
+    const LinearSystem linear = problem.linearise(values, chosen);
     if (isKept && !chosen.empty() && linear.r.allFinite() && linear.q.allFinite()) {
         // Columns that vanish or repeat are given 0.
         const VectorXd best = linear.r.colPivHouseholderQr().solve(linear.q);
@@ -161,12 +161,12 @@ std::vector<double> Estimator::candidates(std::size_t parameter) const {
     const Role role = model.parameters[parameter].role;
     std::vector<double> all;
     if (role == Role::Location) {
-        const Selected& entries = problem.entries();
+        const FitEntries& entries = problem.entries();
         const auto top = std::max_element(entries.targets.begin(), entries.targets.end());
         all.push_back(entries.centers[static_cast<std::size_t>(top - entries.targets.begin())]);
-        constexpr int places = 16;
-        for (int i = 0; i < places; ++i) {
-            all.push_back(lowest + span * (i + 0.5) / places);
+        constexpr int locations = 16;
+        for (int i = 0; i < locations; ++i) {
+            all.push_back(lowest + span * (i + 0.5) / locations);
         }
     } else if (role == Role::Width) {
         for (const double part : {0.01, 0.03, 0.08, 0.2, 0.5}) {
@@ -187,7 +187,7 @@ std::vector<double> Estimator::candidates(std::size_t parameter) const {
     return all;
 }
 
-void Estimator::placeShape(std::size_t shape) {
+void Estimator::fitShape(std::size_t shape) {
     Selection open;
     for (std::size_t i = 0; i < values.size(); ++i) {
         const Role role = model.parameters[i].role;
@@ -199,7 +199,7 @@ void Estimator::placeShape(std::size_t shape) {
     if (open.empty()) {
         return;
     }
-    const Selection chosen = chosenUpTo(shape);
+    const Selection chosen = linearUpTo(shape);
     best = std::numeric_limits<double>::infinity();
     bestValues = values;
     tryAll(open, 0, chosen);

@@ -4,7 +4,7 @@
 
 #include <immintrin.h>
 
-// Part of kernels that are compiled several times: nothing here may be an inline function that other sources share.
+// Compiled for several instruction sets: nothing here may be an inline function that other sources share.
 
 namespace velmorak::expression {
 
@@ -12,7 +12,7 @@ namespace {
 
 inline constexpr std::size_t width = 4;
 
-/// The last values, fewer than four, take the same way as all others.
+/// Pads a remainder of fewer than four values, so that it takes the same instructions as the others.
 inline __m256d loadSome(const double* values, std::size_t count) {
     alignas(32) double padded[width] = {1.0, 1.0, 1.0, 1.0};
     for (std::size_t i = 0; i < count; ++i) {
@@ -30,36 +30,36 @@ inline void storeSome(double* out, __m256d values, std::size_t count) {
 }
 
 template <__m256d (*function)(__m256d)>
-bool unaryByFours(const KernelArgs& lane) {
-    const auto* a = static_cast<const double*>(lane.in[0]);
-    auto* out = static_cast<double*>(lane.out);
+bool unaryAvx2(const KernelArgs& args) {
+    const auto* a = static_cast<const double*>(args.in[0]);
+    auto* out = static_cast<double*>(args.out);
     std::size_t row = 0;
-    for (; row + width <= lane.rows; row += width) {
+    for (; row + width <= args.rows; row += width) {
         _mm256_storeu_pd(out + row, function(_mm256_loadu_pd(a + row)));
     }
-    if (row < lane.rows) {
-        storeSome(out + row, function(loadSome(a + row, lane.rows - row)), lane.rows - row);
+    if (row < args.rows) {
+        storeSome(out + row, function(loadSome(a + row, args.rows - row)), args.rows - row);
     }
     return true;
 }
 
 template <__m256d (*function)(__m256d, __m256d)>
-bool binaryByFours(const KernelArgs& lane) {
-    const auto* a = static_cast<const double*>(lane.in[0]);
-    const auto* b = static_cast<const double*>(lane.in[1]);
-    auto* out = static_cast<double*>(lane.out);
+bool binaryAvx2(const KernelArgs& args) {
+    const auto* a = static_cast<const double*>(args.in[0]);
+    const auto* b = static_cast<const double*>(args.in[1]);
+    auto* out = static_cast<double*>(args.out);
     std::size_t row = 0;
-    for (; row + width <= lane.rows; row += width) {
+    for (; row + width <= args.rows; row += width) {
         _mm256_storeu_pd(out + row, function(_mm256_loadu_pd(a + row), _mm256_loadu_pd(b + row)));
     }
-    if (row < lane.rows) {
-        const std::size_t rest = lane.rows - row;
+    if (row < args.rows) {
+        const std::size_t rest = args.rows - row;
         storeSome(out + row, function(loadSome(a + row, rest), loadSome(b + row, rest)), rest);
     }
     return true;
 }
 
-/// Four bytes of 0 or 1 for each of eight comparisons, in their order.
+/// Packs eight comparisons of four values each into 32 bytes of 0 or 1, in order.
 inline __m256i packed(const __m256d (&truths)[8]) {
     __m256i halves[4];
     for (std::size_t i = 0; i < 4; ++i) {
@@ -75,12 +75,12 @@ inline __m256i packed(const __m256d (&truths)[8]) {
 }
 
 template <int predicate>
-bool compare(const KernelArgs& lane) {
-    const auto* a = static_cast<const double*>(lane.in[0]);
-    const auto* b = static_cast<const double*>(lane.in[1]);
-    auto* out = static_cast<std::uint8_t*>(lane.out);
+bool compare(const KernelArgs& args) {
+    const auto* a = static_cast<const double*>(args.in[0]);
+    const auto* b = static_cast<const double*>(args.in[1]);
+    auto* out = static_cast<std::uint8_t*>(args.out);
     std::size_t row = 0;
-    for (; row + 8 * width <= lane.rows; row += 8 * width) {
+    for (; row + 8 * width <= args.rows; row += 8 * width) {
         __m256d truths[8];
         for (std::size_t i = 0; i < 8; ++i) {
             truths[i] =
@@ -88,8 +88,8 @@ bool compare(const KernelArgs& lane) {
         }
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + row), packed(truths));
     }
-    for (; row < lane.rows; row += width) {
-        const std::size_t rest = lane.rows - row < width ? lane.rows - row : width;
+    for (; row < args.rows; row += width) {
+        const std::size_t rest = args.rows - row < width ? args.rows - row : width;
         const int truths =
             _mm256_movemask_pd(_mm256_cmp_pd(loadSome(a + row, rest), loadSome(b + row, rest), predicate));
         for (std::size_t i = 0; i < rest; ++i) {

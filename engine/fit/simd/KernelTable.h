@@ -1,12 +1,11 @@
 #pragma once
 
-#include "fit/LoopsRotation.h"
-#include "fit/LoopsSlopes.h"
-#include "fit/LoopsValues.h"
+#include "fit/simd/Backward.h"
+#include "fit/simd/Forward.h"
+#include "fit/simd/Householder.h"
 
-// Compiled several times, for the common processor and for wider vectors. Nothing of it may be an inline function that
-// other sources have too: the linker might take this one for all of them, also on a processor without these
-// instructions.
+// Compiled for several instruction sets. Nothing here may be an inline function that other sources share: the linker
+// might keep this copy for all of them, also on a processor without these instructions.
 
 namespace velmorak::fitting {
 
@@ -25,7 +24,7 @@ inline void addScaled(const double* __restrict factor, const double* __restrict 
     }
 }
 
-inline constexpr Loops loops{perform, backward, addScaled, product, householderUpdate};
+inline constexpr FitKernels kernels{forward, backward, addScaled, product, householderUpdate};
 
 }  // namespace
 

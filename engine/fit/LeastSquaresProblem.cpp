@@ -1,4 +1,4 @@
-#include "fit/Problem.h"
+#include "fit/LeastSquaresProblem.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,34 +13,34 @@ Eigen::Index index(std::size_t position) {
 
 }  // namespace
 
-LeastSquaresProblem::LeastSquaresProblem(const Model& model, Selected selected, FitOptions::Method method)
-    : fitted(model),
-      data(std::move(selected)),
+LeastSquaresProblem::LeastSquaresProblem(const Model& model, FitEntries entries, FitOptions::Method method)
+    : fitModel(model),
+      data(std::move(entries)),
       isLikelihood(method == FitOptions::Method::Likelihood),
-      space(model.program.workspace(std::min(blockPlaces, data.targets.size()))),
+      space(model.program.workspace(std::min(blockPoints, data.targets.size()))),
       f(space.stride),
       rows(alignedValues(space.stride * (model.parameters.size() + 1))) {}
 
 void LeastSquaresProblem::compute(const std::vector<double>& parameters, std::size_t begin, std::size_t count,
                                   const Selection* chosen) {
-    for (std::size_t rule = 0; rule < data.places.size(); ++rule) {
-        const double* const factor = data.factors[rule].data() + begin;
+    for (std::size_t point = 0; point < data.abscissae.size(); ++point) {
+        const double* const weight = data.weights[point].data() + begin;
         const double* const values =
-            fitted.program.values(data.places[rule].data() + begin, count, parameters.data(), space);
-        space.loops->addScaled(factor, values, count, rule == 0, f.data());
+            fitModel.program.evaluate(data.abscissae[point].data() + begin, count, parameters.data(), space);
+        space.kernels->addScaled(weight, values, count, point == 0, f.data());
         if (!chosen) {
             continue;
         }
-        fitted.program.backward(count, space);
+        fitModel.program.backward(count, space);
         double* column = rows.get();
         for (const std::size_t parameter : *chosen) {
-            space.loops->addScaled(factor, fitted.program.derivative(parameter, space), count, rule == 0, column);
+            space.kernels->addScaled(weight, fitModel.program.derivative(parameter, space), count, point == 0, column);
             column += space.stride;
         }
     }
 }
 
-double LeastSquaresProblem::termOf(std::size_t entry, double value) const {
+double LeastSquaresProblem::likelihoodTerm(std::size_t entry, double value) const {
     const double y = data.targets[entry];
     if (y == 0.0) {
         return value < 0.0 ? std::numeric_limits<double>::infinity() : 2.0 * value;
@@ -48,14 +48,14 @@ double LeastSquaresProblem::termOf(std::size_t entry, double value) const {
     return value > 0.0 ? 2.0 * (value - y + y * std::log(y / value)) : std::numeric_limits<double>::infinity();
 }
 
-double LeastSquaresProblem::scaleOf(std::size_t entry, double value) const {
+double LeastSquaresProblem::inverseDeviation(std::size_t entry, double value) const {
     if (!isLikelihood) {
         return 1.0;
     }
     if (isEstimating) {
         return 1.0 / std::sqrt(std::max(data.targets[entry], 1.0));
     }
-    // A function that has vanished, as far from a peak, tells nothing of the parameters.
+    // Where the function has underflowed to 0, as far away from a peak, the entry carries no information.
     return value == 0.0 && data.targets[entry] == 0.0 ? 0.0 : 1.0 / std::sqrt(value);
 }
 
@@ -64,75 +64,75 @@ double LeastSquaresProblem::residuals(std::size_t begin, std::size_t count, doub
         out[i] = data.targets[begin + i] - f[i];
     }
     if (!isLikelihood) {
-        return space.loops->product(out, out, count);
+        return space.kernels->product(out, out, count);
     }
     double sum = 0.0;
     for (std::size_t i = 0; i < count; ++i) {
-        sum += termOf(begin + i, f[i]);
+        sum += likelihoodTerm(begin + i, f[i]);
     }
     return sum;
 }
 
 double LeastSquaresProblem::cost(const std::vector<double>& parameters) {
     double sum = 0.0;
-    for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
-        const std::size_t count = std::min(blockPlaces, size() - begin);
+    for (std::size_t begin = 0; begin < size(); begin += blockPoints) {
+        const std::size_t count = std::min(blockPoints, size() - begin);
         compute(parameters, begin, count, nullptr);
         sum += residuals(begin, count, rows.get());
     }
     return sum;
 }
 
-Linear LeastSquaresProblem::linearise(const std::vector<double>& parameters, const Selection& chosen) {
+LinearSystem LeastSquaresProblem::linearise(const std::vector<double>& parameters, const Selection& chosen) {
     const std::size_t n = chosen.size();
-    Linear made;
+    LinearSystem system;
     rFactor.setZero(index(n + 1), index(n + 1));
-    double* const right = rows.get() + n * space.stride;
-    for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
-        const std::size_t count = std::min(blockPlaces, size() - begin);
+    double* const residual = rows.get() + n * space.stride;
+    for (std::size_t begin = 0; begin < size(); begin += blockPoints) {
+        const std::size_t count = std::min(blockPoints, size() - begin);
         compute(parameters, begin, count, &chosen);
-        made.cost += residuals(begin, count, right);
+        system.cost += residuals(begin, count, residual);
         for (std::size_t i = 0; isLikelihood && i < count; ++i) {
-            const double scale = scaleOf(begin + i, f[i]);
+            const double scale = inverseDeviation(begin + i, f[i]);
             for (std::size_t k = 0; k <= n; ++k) {
                 rows[k * space.stride + i] *= scale;
             }
         }
-        space.loops->householderUpdate(rFactor.data(), n + 1, rows.get(), space.stride, count);
+        space.kernels->householderUpdate(rFactor.data(), n + 1, rows.get(), space.stride, count);
     }
-    made.r = rFactor.topLeftCorner(index(n), index(n));
-    made.q = rFactor.col(index(n)).head(index(n));
-    made.rest = rFactor(index(n), index(n));
-    return made;
+    system.r = rFactor.topLeftCorner(index(n), index(n));
+    system.q = rFactor.col(index(n)).head(index(n));
+    system.rest = rFactor(index(n), index(n));
+    return system;
 }
 
 VectorXd LeastSquaresProblem::gradient(const std::vector<double>& parameters, const Selection& chosen) {
     VectorXd sum = VectorXd::Zero(index(chosen.size()));
-    double* const pull = rows.get() + chosen.size() * space.stride;
-    for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
-        const std::size_t count = std::min(blockPlaces, size() - begin);
+    double* const scaled = rows.get() + chosen.size() * space.stride;
+    for (std::size_t begin = 0; begin < size(); begin += blockPoints) {
+        const std::size_t count = std::min(blockPoints, size() - begin);
         compute(parameters, begin, count, &chosen);
         for (std::size_t i = 0; i < count; ++i) {
-            pull[i] = data.targets[begin + i] - f[i];
+            scaled[i] = data.targets[begin + i] - f[i];
         }
         for (std::size_t i = 0; isLikelihood && i < count; ++i) {
-            const double scale = scaleOf(begin + i, f[i]);
-            pull[i] *= scale * scale;
+            const double scale = inverseDeviation(begin + i, f[i]);
+            scaled[i] *= scale * scale;
         }
         for (std::size_t k = 0; k < chosen.size(); ++k) {
-            sum[index(k)] -= space.loops->product(rows.get() + k * space.stride, pull, count);
+            sum[index(k)] -= space.kernels->product(rows.get() + k * space.stride, scaled, count);
         }
     }
     return sum;
 }
 
 std::optional<double> LeastSquaresProblem::firstInvalidEntry(const std::vector<double>& parameters) {
-    for (std::size_t begin = 0; begin < size(); begin += blockPlaces) {
-        const std::size_t count = std::min(blockPlaces, size() - begin);
+    for (std::size_t begin = 0; begin < size(); begin += blockPoints) {
+        const std::size_t count = std::min(blockPoints, size() - begin);
         compute(parameters, begin, count, nullptr);
         for (std::size_t i = 0; i < count; ++i) {
             const double residual = data.targets[begin + i] - f[i];
-            if (!std::isfinite(isLikelihood ? termOf(begin + i, f[i]) : residual * residual)) {
+            if (!std::isfinite(isLikelihood ? likelihoodTerm(begin + i, f[i]) : residual * residual)) {
                 return data.centers[begin + i];
             }
         }

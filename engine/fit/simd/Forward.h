@@ -1,9 +1,9 @@
 #pragma once
 
 #include "expression/simd/Exp.h"
-#include "fit/Loops.h"
+#include "fit/simd/FitKernels.h"
 
-// Part of loops that are compiled several times: nothing here may be an inline function that other sources share.
+// Compiled for several instruction sets: nothing here may be an inline function that other sources share.
 
 namespace velmorak::fitting {
 
@@ -39,7 +39,7 @@ inline bool choose(const double* const in[3], std::size_t count, double* __restr
     return true;
 }
 
-/// NaN counts as missing.
+/// NaN if either argument is NaN.
 inline double lesser(double x, double y) {
     return y < x || y != y ? y : x;
 }
@@ -48,7 +48,7 @@ inline double greater(double x, double y) {
     return x < y || y != y ? y : x;
 }
 
-inline bool performTest(Op op, const double* const in[3], std::size_t count, double* out) {
+inline bool forwardTest(Op op, const double* const in[3], std::size_t count, double* out) {
     switch (op) {
         case Op::Less:
             return ofTwo<[](double a, double b) { return a < b ? 1.0 : 0.0; }>(in, count, out);
@@ -69,7 +69,7 @@ inline bool performTest(Op op, const double* const in[3], std::size_t count, dou
     }
 }
 
-inline bool perform(Op op, const double* const in[3], std::size_t count, double* out) {
+inline bool forward(Op op, const double* const in[3], std::size_t count, double* out) {
     switch (op) {
         case Op::Add:
             return ofTwo<[](double a, double b) { return a + b; }>(in, count, out);
@@ -92,7 +92,7 @@ inline bool perform(Op op, const double* const in[3], std::size_t count, double*
         case Op::Choice:
             return choose(in, count, out);
         default:
-            return performTest(op, in, count, out);
+            return forwardTest(op, in, count, out);
     }
 }
 
