@@ -11,7 +11,7 @@ namespace velmorak {
 
 namespace {
 
-/// More would not fit the positions in the lookup table, nor any memory.
+/// Limit of the positions in the lookup table, and of the memory.
 constexpr std::size_t maxBins = std::size_t{1} << 28;
 
 constexpr const char* doNotAscend = "the edges of an axis must ascend; so many bins do not fit between them";
@@ -23,11 +23,11 @@ double equalEdge(std::size_t position, std::size_t bins, double low, double high
     const auto steps = static_cast<double>(position);
     const auto count = static_cast<double>(bins);
     const double distance = steps * (high - low);
-    // An axis that spans nearly all doubles: the product would be infinite.
+    // On an axis that spans nearly all doubles the product would overflow.
     return std::isfinite(distance) ? low + distance / count : low * (1.0 - steps / count) + high * (steps / count);
 }
 
-/// @throws std::invalid_argument where there are no such bins.
+/// @throws std::invalid_argument for impossible bins.
 void checkEqualEdges(std::size_t bins, double low, double high) {
     if (bins == 0 || bins > maxBins) {
         throw std::invalid_argument("an axis needs at least one bin, and at most 2^28");
@@ -75,25 +75,25 @@ bool areEqualBins(const std::vector<double>& edges) {
     return true;
 }
 
-/// Edges, and what finds the cell of a value among them.
+/// The edges and a lookup table for the cell of a value.
 struct EdgeTables {
     EdgeTables(std::vector<double> all, bool isRegular);
 
-    /// Never falls as x rises, also after rounding. An edge in an earlier slice than x is therefore below x, one in a
-    /// later slice above it, and only the edges in x's own slice must be compared.
+    /// Monotonic in x, also after rounding. Edges in earlier slices are therefore below x and those in later slices
+    /// above it; only the edges in the same slice must be compared.
     std::size_t sliceOf(double edgeOrX) const;
     std::size_t cell(double x) const;
     std::size_t cellBetween(double x, std::size_t begin, std::size_t end) const;
 
     std::vector<double> edges;
-    std::vector<double> stops;          ///< The edges, and a NaN that no value reaches.
-    std::size_t maxInSlice = 0;         ///< Edges in one slice.
-    std::vector<std::uint32_t> lookup;  ///< Edges that lie in the slices before each slice of the axis.
+    std::vector<double> stops;          ///< The edges, and a NaN as sentinel.
+    std::size_t maxInSlice = 0;         ///< Largest number of edges in one slice.
+    std::vector<std::uint32_t> lookup;  ///< For each slice, the number of edges in the slices before it.
     double slicesPerUnit = 0.0;
 };
 
 std::size_t EdgeTables::sliceOf(double edgeOrX) const {
-    if (slicesPerUnit == 0.0) {  // The span, or its inverse, is no finite double.
+    if (slicesPerUnit == 0.0) {  // The span or its inverse is not finite.
         return 0;
     }
     const auto slice = static_cast<std::size_t>((edgeOrX - edges.front()) * slicesPerUnit);
@@ -150,7 +150,7 @@ std::size_t EdgeTables::cellBetween(double x, std::size_t begin, std::size_t end
 
 }  // namespace
 
-/// The tables of an axis and of its copies. Those of equal bins are made when they are first needed: a file may promise
+/// The tables shared by an axis and its copies. Those of bins of equal width are built on demand: a file may declare
 /// many more bins than it fills.
 /// Threads: every operation may be called on any thread.
 class AxisTables {
@@ -158,7 +158,7 @@ public:
     AxisTables() = default;
     AxisTables(std::vector<double> edges, bool isRegular);
 
-    /// @return null where they have not been needed yet.
+    /// @return null if they have not been built yet.
     const EdgeTables* known() const { return made.load(std::memory_order_acquire); }
     const EdgeTables& of(const Axis& axis) const;
 
@@ -223,7 +223,7 @@ bool Axis::operator==(const Axis& other) const {
 
 namespace {
 
-/// What the search for cells needs, apart from the axis, so that it stays in registers.
+/// The state of the search for cells, separate from the axis so that it stays in registers.
 struct Search {
     const double* stops;
     const std::uint32_t* lookup;
@@ -232,8 +232,8 @@ struct Search {
     double lastSlice;
 };
 
-/// As Axis::cell, without a branch: a value outside begins in the first or last slice. Each slice has at most steps
-/// edges, and each comparison takes one of them.
+/// As Axis::cell, without branches: a value outside starts in the first or last slice. Each slice has at most steps
+/// edges, and each comparison consumes one of them.
 template <int steps>
 void search(const Search& axis, const double* x, std::size_t count, std::uint32_t* target) {
     for (std::size_t i = 0; i < count; ++i) {

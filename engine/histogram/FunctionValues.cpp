@@ -11,7 +11,7 @@ namespace velmorak {
 
 namespace {
 
-/// Name of the argument, which no parameter can have.
+/// Name of the argument; parameters cannot have it.
 constexpr std::string_view argument = "x[0]";
 
 std::vector<std::string_view> split(std::string_view text, char mark) {
@@ -32,13 +32,13 @@ std::string backQuoted(std::string_view name) {
     return text + "`";
 }
 
-/// No function of the catalogue that means well takes more.
+/// Limit against hostile files: no real function of the catalogue has more.
 constexpr std::size_t maxParameters = 1000;
 
-/// A function that is being understood.
-class Reading {
+/// Translates a codelet into an expression.
+class CodeletParser {
 public:
-    explicit Reading(const FunctionObject& read) : function(read) {}
+    explicit CodeletParser(const FunctionObject& read) : function(read) {}
 
     Expression expression();
 
@@ -47,29 +47,29 @@ private:
 
     Expression compiled(const std::string& text) const;
 
-    /// @param rest ": 1 : EXPRESSION : NAMES : GRADIENT"; the expression may hold colons of its own.
+    /// @param rest ": 1 : EXPRESSION : NAMES : GRADIENT"; the expression may contain colons.
     std::string verbatim(std::string_view rest);
 
     double valueOf(std::string_view name) const;
 
-    /// Puts the argument between back quotes, so that it is a name.
+    /// Puts the argument into back quotes, so that it is a name.
     static std::string withArgument(std::string_view text);
 
     std::string catalogued(std::string_view codelet);
 
-    /// What stands for the next parameter in an expression.
+    /// @return the next parameter as an expression refers to it.
     std::string next();
 
-    /// Some programs write the names of the catalogue in small letters.
+    /// Some programs write the names of the catalogue in lower case.
     std::string known(std::string_view name);
 
     const FunctionObject& function;
     std::map<std::string, double> numbers;
 };
 
-Expression Reading::expression() {
+Expression CodeletParser::expression() {
     if (function.isNormalized) {
-        fail("is normalised over a range, which is not computed");
+        fail("is normalised over a range, which is not supported");
     }
     if (function.arguments.size() > 1) {
         fail("has more than one argument");
@@ -86,11 +86,11 @@ Expression Reading::expression() {
     return made;
 }
 
-void Reading::fail(const std::string& reason) const {
+void CodeletParser::fail(const std::string& reason) const {
     throw Failure("the function \"" + function.name + "\" " + reason);
 }
 
-Expression Reading::compiled(const std::string& text) const {
+Expression CodeletParser::compiled(const std::string& text) const {
     try {
         return Expression(text, Schema({{std::string(argument)}}), numbers);
     } catch (const Failure& problem) {
@@ -98,7 +98,7 @@ Expression Reading::compiled(const std::string& text) const {
     }
 }
 
-std::string Reading::verbatim(std::string_view rest) {
+std::string CodeletParser::verbatim(std::string_view rest) {
     const std::vector<std::string_view> fields = split(rest, ':');
     if (fields.size() < 5 || !trimmed(fields[0]).empty()) {
         fail("has no codelet of the form  jel : 1 : expression : parameters : gradient");
@@ -116,7 +116,7 @@ std::string Reading::verbatim(std::string_view rest) {
     return withArgument({begin, static_cast<std::size_t>(names.data() - 1 - begin)});
 }
 
-double Reading::valueOf(std::string_view name) const {
+double CodeletParser::valueOf(std::string_view name) const {
     const auto found = std::find_if(function.parameters.begin(), function.parameters.end(),
                                     [&](const auto& parameter) { return parameter.name == name; });
     if (found == function.parameters.end()) {
@@ -125,7 +125,7 @@ double Reading::valueOf(std::string_view name) const {
     return found->value;
 }
 
-std::string Reading::withArgument(std::string_view text) {
+std::string CodeletParser::withArgument(std::string_view text) {
     std::string made;
     for (std::size_t place = text.find(argument); place != std::string_view::npos; place = text.find(argument)) {
         made += std::string(text.substr(0, place)) + backQuoted(argument);
@@ -134,7 +134,7 @@ std::string Reading::withArgument(std::string_view text) {
     return made += text;
 }
 
-std::string Reading::catalogued(std::string_view codelet) {
+std::string CodeletParser::catalogued(std::string_view codelet) {
     std::vector<std::string_view> parts = split(codelet, ':');
     if (parts.size() == 3 && parts[0] == "codelet" && trimmed(parts[2]).starts_with("catalog")) {
         codelet = trimmed(parts[1]);
@@ -155,7 +155,7 @@ std::string Reading::catalogued(std::string_view codelet) {
     return sum;
 }
 
-std::string Reading::next() {
+std::string CodeletParser::next() {
     const std::size_t position = numbers.size();
     if (position == maxParameters) {
         fail("takes more than " + std::to_string(maxParameters) + " parameters");
@@ -165,7 +165,7 @@ std::string Reading::next() {
     return backQuoted(name);
 }
 
-std::string Reading::known(std::string_view name) {
+std::string CodeletParser::known(std::string_view name) {
     const std::string x = backQuoted(argument);
     if (name == "G" || name == "g") {
         const std::string amplitude = next();
@@ -192,7 +192,7 @@ std::string Reading::known(std::string_view name) {
 
 }  // namespace
 
-FunctionValues::FunctionValues(const FunctionObject& function) : expression(Reading(function).expression()) {}
+FunctionValues::FunctionValues(const FunctionObject& function) : expression(CodeletParser(function).expression()) {}
 
 std::vector<double> FunctionValues::operator()(const std::vector<double>& x) const {
     Chunk chunk;

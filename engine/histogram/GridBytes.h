@@ -6,7 +6,7 @@
 
 namespace velmorak {
 
-/// The edges as ByteWriter::list writes them, also where the axis has not stored them.
+/// Writes the edges as ByteWriter::list does, even if the axis has not stored them.
 inline void writeEdges(ByteWriter& writer, const Axis& axis) {
     writer.number<std::uint64_t>(axis.bins() + 1);
     for (std::size_t position = 0; position <= axis.bins(); ++position) {
@@ -31,7 +31,7 @@ inline Axis readAxis(ByteReader& reader) {
 
 template <std::size_t dimensions>
 Grid<dimensions> readGrid(ByteReader& reader) {
-    // A braced list is read from its first axis to its last.
+    // Braced initialisers are evaluated in order.
     if constexpr (dimensions == 1) {
         return Grid<1>({readAxis(reader)});
     } else if constexpr (dimensions == 2) {

@@ -6,8 +6,8 @@
 #include <limits>
 #include <stdexcept>
 
-/// What histograms and profiles of several axes have in common. Included where no product and sum are joined, so that
-/// the bits are those of two roundings.
+/// Shared by histograms and profiles of several axes. Sources that include it are compiled without contraction of
+/// products and sums, so that the bits do not depend on the processor.
 namespace velmorak {
 
 template <std::size_t dimensions>
@@ -28,7 +28,7 @@ std::size_t cellOf(const Grid<dimensions>& grid, const std::array<double, dimens
     return grid.cell(cells);
 }
 
-/// An infinite coordinate leaves wx and wxx of its direction alone.
+/// An infinite coordinate does not enter wx and wxx of its axis.
 template <typename Sums, std::size_t dimensions>
 void addEntry(Sums& cell, const std::array<double, dimensions>& point, double weight) {
     ++cell.entries;
@@ -44,7 +44,7 @@ void addEntry(Sums& cell, const std::array<double, dimensions>& point, double we
     }
 }
 
-/// Adds the sums that addEntry counts.
+/// Adds the sums that addEntry fills.
 template <typename Sums>
 void addEntries(Sums& cell, const Sums& other) {
     cell.entries += other.entries;
@@ -56,7 +56,7 @@ void addEntries(Sums& cell, const Sums& other) {
     }
 }
 
-/// Adds cells to as many others. What is blank on both sides stays so, and takes no memory.
+/// Adds cells to as many others. Cells that are zero on both sides are not written, so that they take no memory.
 template <typename Sums>
 void addAll(CellVector<Sums>& cells, const CellVector<Sums>& others) {
     for (std::size_t cell = 0; cell < cells.size(); ++cell) {
@@ -67,7 +67,8 @@ void addAll(CellVector<Sums>& cells, const CellVector<Sums>& others) {
 }
 
 /// Adds the cells of an object with the same axes.
-/// @throws std::invalid_argument if they differ; what says what cannot be added.
+/// @param what noun for the message, such as "histograms".
+/// @throws std::invalid_argument if the axes differ.
 template <std::size_t dimensions, typename Sums>
 void addCells(const Grid<dimensions>& grid, CellVector<Sums>& cells, const Grid<dimensions>& otherGrid,
               const CellVector<Sums>& others, const char* what) {
@@ -77,7 +78,7 @@ void addCells(const Grid<dimensions>& grid, CellVector<Sums>& cells, const Grid<
     addAll(cells, others);
 }
 
-/// @return the population standard deviation from sums; NaN without weight, 0 where rounding or negative weights leave
+/// @return the population standard deviation from sums; NaN without weight, 0 if rounding or negative weights leave
 ///         no positive variance.
 inline double spreadOf(double w, double wx, double wxx) {
     if (w == 0.0) {

@@ -25,8 +25,8 @@ void count(BinSums& sums, double value, double weight) {
     sums.wxx += weighted * value;
 }
 
-/// @param wide may be null.
-/// @return how many were not filled because one of their numbers is NaN.
+/// @param wide vectorised kernels, or null.
+/// @return the number of entries skipped because of a NaN.
 std::int64_t fillBlock(const Axis& axis, CellVector<BinSums>& sums, const filling::Entries& entries,
                        const filling::Kernels* wide) {
     std::array<std::uint32_t, filling::blockEntries> cells;
@@ -82,7 +82,7 @@ void Histogram1D::fill(const double* values, const double* weights, std::size_t 
     filling::Entries rest{.x = values, .y = nullptr, .weights = weights, .count = count};
     while (rest.count > 0) {
         if (wide && steps) {
-            rest = filling::from(rest, wide->line(*steps, filling::bytesOf(sums), rest));
+            rest = filling::from(rest, wide->fill1D(*steps, filling::bytesOf(sums), rest));
         }
         filling::Entries block = rest;
         block.count = std::min(filling::blockEntries, rest.count);

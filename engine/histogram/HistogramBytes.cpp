@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <type_traits>
 
-// Layout: mark, name, title, annotation, options, axis title, edges, cells, NaN entries, checksum; a text or list
-// follows its length.
+// Layout: mark, name, title, annotation, options, axis title, edges, cells, NaN entries, checksum; texts and lists
+// are preceded by their length.
 namespace velmorak {
 
 namespace {

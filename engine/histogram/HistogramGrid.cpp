@@ -20,7 +20,7 @@ constexpr std::uint64_t mark = 0x31'44'67'48'6b'6c'65'00;
 template <std::size_t dimensions>
 constexpr std::size_t bytesOfCell = (3 + 2 * dimensions) * sizeof(double);
 
-/// Points that are filled in order; weights is null for a weight of 1 each.
+/// Points to fill, in order; weights is null if each is 1.
 template <std::size_t dimensions>
 struct Fills {
     std::array<const double*, dimensions> coordinates{};
@@ -42,7 +42,7 @@ struct Fills {
 template <std::size_t dimensions>
 using BlockCells = std::array<std::array<std::uint32_t, filling::blockEntries>, dimensions>;
 
-/// The loops for wide vectors, as far as there are any.
+/// The vectorised kernels, if there are any for these dimensions and this processor.
 class PlaneKernels {
 public:
     template <std::size_t dimensions>
@@ -60,25 +60,25 @@ public:
         }
     }
 
-    /// @return how many points were filled.
+    /// @return the number of points filled.
     template <std::size_t dimensions>
     std::size_t fill(CellVector<GridSums<dimensions>>& sums, const Fills<dimensions>& fills) const {
         if constexpr (dimensions == 2) {
             if (kernels && hasSteps) {
-                return kernels->plane(axes, stride, filling::bytesOf(sums), entries(fills));
+                return kernels->fill2D(axes, stride, filling::bytesOf(sums), entries(fills));
             }
         }
         return 0;
     }
 
-    /// As fill, but for the cells, which are known from the given position on.
+    /// As fill, with known cells from the given position on.
     template <std::size_t dimensions>
     std::size_t fillListed(CellVector<GridSums<dimensions>>& sums, const Fills<dimensions>& fills,
                            const BlockCells<dimensions>& cells, std::size_t position) const {
         if constexpr (dimensions == 2) {
             if (kernels) {
-                return kernels->listedPlane({.x = cells[0].data() + position, .y = cells[1].data() + position}, stride,
-                                            filling::bytesOf(sums), entries(fills.from(position)));
+                return kernels->fillFromIndices2D({.x = cells[0].data() + position, .y = cells[1].data() + position},
+                                                  stride, filling::bytesOf(sums), entries(fills.from(position)));
             }
         }
         return 0;
@@ -97,7 +97,7 @@ filling::Entries PlaneKernels::entries(const Fills<2>& fills) {
     return {.x = fills.coordinates[0], .y = fills.coordinates[1], .weights = fills.weights, .count = fills.count};
 }
 
-/// @return how many were not filled because one of their numbers is NaN.
+/// @return the number of entries skipped because of a NaN.
 template <std::size_t dimensions>
 std::int64_t fillBlock(const Grid<dimensions>& grid, CellVector<GridSums<dimensions>>& sums,
                        const Fills<dimensions>& fills, const PlaneKernels& wide) {

@@ -13,7 +13,7 @@
 
 namespace velmorak {
 
-/// What every object has in front of its numbers.
+/// The header of every serialised object.
 struct ObjectHead {
     std::string name;
     std::string title;
@@ -30,7 +30,7 @@ struct ObjectHead {
 
 inline constexpr std::uint64_t emptyChecksum = 0xcbf29ce484222325U;
 
-/// @param sum of the bytes before these.
+/// @param sum checksum of the preceding bytes.
 inline std::uint64_t checksum(std::string_view bytes, std::uint64_t sum = emptyChecksum) {
     for (const char byte : bytes) {
         sum = (sum ^ static_cast<unsigned char>(byte)) * 0x100000001b3U;
@@ -38,8 +38,8 @@ inline std::uint64_t checksum(std::string_view bytes, std::uint64_t sum = emptyC
     return sum;
 }
 
-/// Writes numbers as they lie in memory, a list after its length: into a text, in pieces to a sink, or nowhere, to know
-/// how many there are.
+/// Serialises numbers in the byte order of the machine, lists preceded by their length: into a text, in pieces into a
+/// sink, or nowhere, to count the bytes.
 class ByteWriter {
 public:
     ByteWriter() = default;
@@ -59,7 +59,7 @@ public:
         number<std::uint64_t>(values.size());
         add({reinterpret_cast<const char*>(values.data()), values.size() * sizeof values[0]});
     }
-    /// A list of which only the first bytes of each say something.
+    /// Writes only the first bytes of each element of a list; the rest is padding.
     template <typename List>
     void packed(const List& values, std::size_t bytesOfEach) {
         number<std::uint64_t>(values.size());
@@ -71,7 +71,7 @@ public:
             add({reinterpret_cast<const char*>(&value), bytesOfEach});
         }
     }
-    /// An object's bytes after their number.
+    /// Writes the bytes of an object, preceded by their number.
     void object(const DataObject& whole) {
         const std::uint64_t bytesOfIt = countBytesOf(whole);
         number(bytesOfIt);
@@ -92,17 +92,17 @@ public:
             number<std::uint8_t>(item.isSticky ? 1 : 0);
         }
     }
-    /// All bytes with their checksum; the writer is then empty.
+    /// @return all bytes with their checksum; the writer is then empty.
     std::string sealed() {
         number(checksum(bytes));
         return std::move(bytes);
     }
-    /// Gives the sink what it has not got yet, and the checksum.
+    /// Flushes the remaining bytes and the checksum to the sink.
     void seal() {
         flush();
         sink({reinterpret_cast<const char*>(&sum), sizeof sum});
     }
-    /// @return how many bytes there are with their checksum.
+    /// @return the number of bytes including the checksum.
     std::uint64_t count() const { return total + sizeof sum; }
 
 private:
@@ -143,7 +143,7 @@ private:
     std::uint64_t sum = emptyChecksum;
 };
 
-/// Reads what ByteWriter wrote. Every operation throws std::invalid_argument where the bytes are damaged.
+/// Reads the bytes of a ByteWriter. Every operation throws std::invalid_argument if the bytes are damaged.
 class ByteReader {
 public:
     ByteReader(std::string_view sealed, std::uint64_t mark) : bytes(sealed) {

@@ -20,7 +20,7 @@ Values keptValues(const Values& values, const std::vector<std::uint8_t>& keep, s
             }
         }
     } else {
-        // Every value is written, and the next one over it where it is not kept: nothing has to be guessed.
+        // Branch-free: every value is written, and overwritten by the next one unless it is kept.
         kept.resize(keptRows + 1);
         std::size_t next = 0;
         for (std::size_t row = 0; row < keep.size(); ++row) {
@@ -56,11 +56,11 @@ std::vector<std::uint64_t> keptOffsets(const std::vector<std::uint64_t>& offsets
     return kept;
 }
 
-/// Fewer are found sooner by looking at each.
+/// For fewer columns a linear search is faster.
 constexpr std::size_t fewColumns = 16;
 
 [[noreturn]] void refuseSecond(const std::string& name) {
-    throw std::invalid_argument(R"(there are two columns with the name ")" + name + "\"");
+    throw std::invalid_argument(R"(two columns have the name ")" + name + "\"");
 }
 
 std::size_t countKept(const std::vector<std::uint8_t>& keep) {
@@ -107,7 +107,7 @@ std::optional<std::size_t> Schema::find(std::string_view name) const {
     return std::nullopt;
 }
 
-/// @return the slot of the column with the name, or the free one that it would take.
+/// @return the slot of the column with the name, or the free one where it belongs.
 std::size_t Schema::slotOf(std::string_view name) const {
     std::size_t slot = std::hash<std::string_view>{}(name) % slots.size();
     while (slots[slot] != 0 && all[slots[slot] - 1].name != name) {

@@ -17,7 +17,7 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-/// Exponent written after 'e', kept within a range in which it cannot overflow.
+/// @return the exponent after 'e', limited so that it cannot overflow.
 std::int64_t writtenExponent(std::string_view digits) {
     const bool isNegative = !digits.empty() && digits.front() == '-';
     if (!digits.empty() && !isDigit(digits.front())) {
@@ -30,7 +30,7 @@ std::int64_t writtenExponent(std::string_view digits) {
     return isNegative ? -exponent : exponent;
 }
 
-/// @return whether a decimal number that no double can hold is too large rather than too small.
+/// @return whether a decimal number beyond the range of a double overflows rather than underflows.
 bool isTooLarge(std::string_view unsignedNumber) {
     const auto mark = unsignedNumber.find_first_of("eE");
     const std::string_view digits = unsignedNumber.substr(0, mark);
@@ -87,7 +87,7 @@ bool readNumber(std::string_view text, double& number) {
     if (isNegative || (!text.empty() && text.front() == '+')) {
         text.remove_prefix(1);
     }
-    // What from_chars takes beyond a decimal number: a second sign, and "nan(...)".
+    // from_chars also accepts a second sign and "nan(...)".
     if (text.empty() || text.front() == '-' || text.back() == ')') {
         return false;
     }

@@ -5,7 +5,7 @@
 namespace velmorak::filling {
 namespace {
 
-/// The sums wait for no memory where the entries are fetched so far ahead.
+/// Prefetch distance at which the sums do not wait for memory.
 constexpr std::size_t fetchedAhead = 128;
 /// A double so large that its unit in the last place is 1; sums with it are rounded to whole numbers.
 constexpr double wholeNumbers = 0x1.8p52;
@@ -21,13 +21,13 @@ __m256d isFinite(__m256d x) {
     return _mm256_cmp_pd(magnitude(x), _mm256_set1_pd(largest), _CMP_LE_OQ);
 }
 
-/// Where four entries go.
+/// The cells of four entries.
 struct CellIndices {
     __m256i cells;  ///< In the low 32 bits of each.
     __m256d areSure;
 };
 
-/// Cells by their number along an axis of equal bins.
+/// Computes cells on an axis with bins of equal width.
 class ByStep {
 public:
     explicit ByStep(const Steps& axis);
@@ -57,7 +57,7 @@ CellIndices ByStep::operator()(std::size_t /*at*/, __m256d x) const {
     return {_mm256_castpd_si256(rounded), _mm256_and_pd(isSure, isFinite(x))};
 }
 
-/// Cells that were found before.
+/// Takes cells that are known already.
 class Listed {
 public:
     explicit Listed(const std::uint32_t* known) : known(known) {}
@@ -85,7 +85,7 @@ void fetch(const double* values, std::size_t at) {
     _mm_prefetch(reinterpret_cast<const char*>(values + at + fetchedAhead), _MM_HINT_T0);
 }
 
-/// The positions of four cells in bytes.
+/// Byte offsets of four cells.
 struct Offsets {
     explicit Offsets(__m256i cells);
     std::byte* in(std::byte* cells, std::size_t entry) const;
@@ -115,7 +115,7 @@ void addLastTwo(std::byte* cell, __m128d addends) {
     _mm_storeu_pd(sums, _mm_add_pd(_mm_loadu_pd(sums), addends));
 }
 
-/// What four entries add to the first four sums of their cells, one vector for each entry.
+/// The contributions of four entries to the first four sums of their cells, one vector per entry.
 struct Addends {
     Addends(__m256d first, __m256d second, __m256d third, __m256d fourth);
 
@@ -133,7 +133,7 @@ Addends::Addends(__m256d first, __m256d second, __m256d third, __m256d fourth) {
     of[3] = _mm256_permute2f128_pd(oddLow, oddHigh, 0x31);
 }
 
-// The entries are taken by value, so that no store into a cell can change where they lie.
+// The entries are passed by value, so that the compiler knows that stores into cells do not change their addresses.
 
 template <typename FindX>
 std::size_t fillLine(const FindX findX, std::byte* cells, const Entries entries) {
@@ -193,7 +193,7 @@ std::size_t fillPlane(const FindX findX, const FindY findY, std::size_t stride, 
     return at;
 }
 
-std::size_t line(const Steps& axis, std::byte* cells, const Entries& entries) {
+std::size_t fill1D(const Steps& axis, std::byte* cells, const Entries& entries) {
     return fillLine(ByStep(axis), cells, entries);
 }
 
@@ -201,18 +201,21 @@ std::size_t fillFromIndices1D(const Cells& known, std::byte* cells, const Entrie
     return fillLine(Listed(known.x), cells, entries);
 }
 
-std::size_t plane(const Steps (&axes)[2], std::size_t stride, std::byte* cells, const Entries& entries) {
+std::size_t fill2D(const Steps (&axes)[2], std::size_t stride, std::byte* cells, const Entries& entries) {
     return fillPlane(ByStep(axes[0]), ByStep(axes[1]), stride, cells, entries);
 }
 
-std::size_t listedPlane(const Cells& known, std::size_t stride, std::byte* cells, const Entries& entries) {
+std::size_t fillFromIndices2D(const Cells& known, std::size_t stride, std::byte* cells, const Entries& entries) {
     return fillPlane(Listed(known.x), Listed(known.y), stride, cells, entries);
 }
 
 }  // namespace
 
 Kernels avx2Kernels() {
-    return {.line = line, .fillFromIndices1D = fillFromIndices1D, .plane = plane, .listedPlane = listedPlane};
+    return {.fill1D = fill1D,
+            .fillFromIndices1D = fillFromIndices1D,
+            .fill2D = fill2D,
+            .fillFromIndices2D = fillFromIndices2D};
 }
 
 }  // namespace velmorak::filling

@@ -22,7 +22,7 @@ std::optional<Steps> stepsOf(const Axis& axis) {
     if (!(uncertainty < maxUncertain)) {
         return std::nullopt;
     }
-    // Beside the lowest doubles there is none half a bin below the axis.
+    // Near the lowest double, half a bin below the axis is not representable.
     const double shifted = axis.low() - 0.5 / perUnit;
     if (!std::isfinite(shifted)) {
         return std::nullopt;

@@ -10,8 +10,8 @@
 
 namespace velmorak::filling {
 
-/// Entries that are filled block by block have their cells looked up before any of the block is filled, so that the one
-/// does not wait for the other.
+/// Entries per block of the scalar path, which looks up all cells of a block before it fills them, so that the lookups
+/// overlap.
 inline constexpr std::size_t blockEntries = 1024;
 
 inline Entries from(const Entries& entries, std::size_t first) {
@@ -25,7 +25,7 @@ inline double weightOf(const Entries& entries, std::size_t position) {
     return !entries.weights ? 1.0 : entries.weights[position];
 }
 
-/// The cells of a histogram as the kernels take them.
+/// @return the cells of a histogram in the form that kernels take.
 template <typename Sums>
 std::byte* bytesOf(CellVector<Sums>& cells) {
     static_assert(sizeof(Sums) == cellBytes && offsetof(Sums, entries) == 0 && offsetof(Sums, w) == 8 &&
@@ -33,13 +33,13 @@ std::byte* bytesOf(CellVector<Sums>& cells) {
     return reinterpret_cast<std::byte*>(cells.data());
 }
 
-/// @return nothing where the axis has no equal bins, or where rounding errors would be of their size.
+/// @return no value for bins of different widths, or so narrow that rounding errors are comparable.
 std::optional<Steps> stepsOf(const Axis& axis);
 
-/// @return those that the processor of this machine can run, the best first.
+/// @return the kernels that this processor can run, the best first.
 std::vector<Kernels> runnableKernels();
 
-/// @return those that suit the processor of this machine; null where it has none, or for too many cells.
+/// @return the best kernels for this processor; null if there are none, or for too many cells.
 const Kernels* bestKernels(std::size_t cells);
 
 }  // namespace velmorak::filling

@@ -172,8 +172,10 @@ TEST(HistogramFill, findsNoStepsWhereRoundingErrorsAreOfTheirSize) {
     EXPECT_FALSE(filling::stepsOf(Axis(1, 0.0, std::numeric_limits<double>::denorm_min())));
 }
 
-/// What each of the loops for wide vectors does that this machine can run.
-TEST(HistogramFill, inAWideLoopEndsBeforeTheGroupThatItCannotFill) {
+TEST(FillKernels, endOnALineBeforeTheGroupThatItCannotFill) {
+    if (filling::runnableKernels().empty()) {
+        GTEST_SKIP() << "no AVX2";
+    }
     const Axis axis(10, 0.0, 10.0);
     const filling::Steps steps = filling::stepsOf(axis).value();
     for (const filling::Kernels& wide : filling::runnableKernels()) {
@@ -181,17 +183,17 @@ TEST(HistogramFill, inAWideLoopEndsBeforeTheGroupThatItCannotFill) {
             std::vector<double> values(42, 2.5);
             values[21] = special;
             CellVector<BinSums> cells(12);
-            EXPECT_EQ(wide.line(steps, filling::bytesOf(cells), {.x = values.data(), .count = 42}), 20U) << special;
+            EXPECT_EQ(wide.fill1D(steps, filling::bytesOf(cells), {.x = values.data(), .count = 42}), 20U) << special;
             EXPECT_EQ(cells[3], (BinSums{20, 20.0, 20.0, 50.0, 125.0}));
         }
         std::vector<double> values(42, 2.5);
         std::vector<double> weights(42, 2.0);
         CellVector<BinSums> cells(12);
         const filling::Entries entries{.x = values.data(), .weights = weights.data(), .count = 42};
-        EXPECT_EQ(wide.line(steps, filling::bytesOf(cells), entries), 40U);
+        EXPECT_EQ(wide.fill1D(steps, filling::bytesOf(cells), entries), 40U);
         EXPECT_EQ(cells[3], (BinSums{40, 80.0, 160.0, 200.0, 500.0}));
         weights[5] = notANumber;
-        EXPECT_EQ(wide.line(steps, filling::bytesOf(cells), entries), 4U);
+        EXPECT_EQ(wide.fill1D(steps, filling::bytesOf(cells), entries), 4U);
         const std::vector<std::uint32_t> known(42, 7);
         weights[5] = infinity;
         EXPECT_EQ(wide.fillFromIndices1D({.x = known.data()}, filling::bytesOf(cells), entries), 40U);
@@ -201,7 +203,10 @@ TEST(HistogramFill, inAWideLoopEndsBeforeTheGroupThatItCannotFill) {
     }
 }
 
-TEST(HistogramFill, ofAPlaneInAWideLoopEndsBeforeTheGroupThatItCannotFill) {
+TEST(FillKernels, endInAPlaneBeforeTheGroupThatItCannotFill) {
+    if (filling::runnableKernels().empty()) {
+        GTEST_SKIP() << "no AVX2";
+    }
     const filling::Steps axes[2] = {filling::stepsOf(Axis(10, 0.0, 10.0)).value(),
                                     filling::stepsOf(Axis(5, 0.0, 5.0)).value()};
     for (const filling::Kernels& wide : filling::runnableKernels()) {
@@ -211,7 +216,7 @@ TEST(HistogramFill, ofAPlaneInAWideLoopEndsBeforeTheGroupThatItCannotFill) {
             y[13] = special;
             CellVector<GridSums<2>> cells(12U * 7U);
             const filling::Entries entries{.x = x.data(), .y = y.data(), .count = 42};
-            EXPECT_EQ(wide.plane(axes, 12, filling::bytesOf(cells), entries), 12U) << special;
+            EXPECT_EQ(wide.fill2D(axes, 12, filling::bytesOf(cells), entries), 12U) << special;
             EXPECT_EQ(cells[2 * 12 + 3], (GridSums<2>{12, 12.0, 12.0, {30.0, 18.0}, {75.0, 27.0}}));
         }
     }
