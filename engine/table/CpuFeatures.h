@@ -2,15 +2,12 @@
 
 namespace velmorak {
 
-/// AVX2 and FMA, for which the narrower of the wide loops are compiled.
-inline bool hasAvx2() {
-    return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0;
-}
+/// Whether kernels for AVX2 and FMA may run: the processor has both, and the environment variable VELMORAK_VECTORS is
+/// not "none".
+bool hasAvx2();
 
-/// Beside these AVX-512 F, BW, DQ and VL, for which the widest are.
-inline bool hasAvx512() {
-    return hasAvx2() && __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
-           __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0;
-}
+/// Whether kernels for AVX-512 F, BW, DQ and VL may run: hasAvx2(), the processor has them, and VELMORAK_VECTORS is not
+/// "avx2".
+bool hasAvx512();
 
 }  // namespace velmorak
