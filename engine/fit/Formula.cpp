@@ -82,6 +82,10 @@ Written operation(const Step& step, std::vector<Written>& parts) {
             return call("atan2", parts);
         case Op::Hypotenuse:
             return call("hypot", parts);
+        case Op::NearestRemainder:
+            return call("remainder", parts);
+        case Op::CopySign:
+            return call("copysign", parts);
         case Op::Minimum:
             return call("min", parts);
         case Op::Maximum:

@@ -5,7 +5,6 @@
 #include "expression/Program.h"
 
 #include <algorithm>
-#include <numbers>
 #include <optional>
 #include <set>
 
@@ -137,8 +136,8 @@ std::size_t ModelBuilder::nameStep(const Node& node) {
     if (!node.isQuoted && findShape(node.text)) {
         return expand(*findShape(node.text), {variable()});
     }
-    if (!node.isQuoted && expression::isConstant(node.text)) {
-        return constant(node.text == "e" ? std::numbers::e : std::numbers::pi);
+    if (const double* const known = node.isQuoted ? nullptr : expression::findConstant(node.text)) {
+        return constant(*known);
     }
     if (!isWord(node.text)) {
         throwAt(text, node.offset, "the name of a parameter must be one word of letters, digits and _");

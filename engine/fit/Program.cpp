@@ -37,6 +37,13 @@ void backwardScalar(const Step& step, const AdjointStep& adjointStep) {
         case Op::Remainder:
             propagate(adjointStep, 0, [](std::size_t) { return 1.0; });
             return propagate(adjointStep, 1, [&](std::size_t i) { return -std::trunc(a[i] / b[i]); });
+        case Op::NearestRemainder:
+            propagate(adjointStep, 0, [](std::size_t) { return 1.0; });
+            return propagate(adjointStep, 1, [&](std::size_t i) { return (adjointStep.result[i] - a[i]) / b[i]; });
+        case Op::CopySign:
+            propagate(adjointStep, 0,
+                      [&](std::size_t i) { return std::signbit(a[i]) == std::signbit(b[i]) ? 1.0 : -1.0; });
+            return propagate(adjointStep, 1, [](std::size_t) { return 0.0; });
         case Op::Arctangent2:
             propagate(adjointStep, 0, [&](std::size_t i) { return b[i] / (a[i] * a[i] + b[i] * b[i]); });
             return propagate(adjointStep, 1, [&](std::size_t i) { return -a[i] / (a[i] * a[i] + b[i] * b[i]); });
@@ -57,6 +64,10 @@ void executeScalar(const Step& step, const double* const in[3], std::size_t coun
     switch (step.op) {
         case Op::Remainder:
             return each(count, [=](std::size_t i) { out[i] = std::fmod(a[i], b[i]); });
+        case Op::NearestRemainder:
+            return each(count, [=](std::size_t i) { out[i] = std::remainder(a[i], b[i]); });
+        case Op::CopySign:
+            return each(count, [=](std::size_t i) { out[i] = std::copysign(a[i], b[i]); });
         case Op::Power:
             return each(count, [=](std::size_t i) { out[i] = std::pow(a[i], b[i]); });
         case Op::Arctangent2:

@@ -16,6 +16,8 @@ enum class Op : std::uint8_t {
     Multiply,
     Divide,
     Remainder,
+    NearestRemainder,
+    CopySign,
     Negate,
     Square,
     Power,

@@ -50,6 +50,7 @@ TEST(FitDerivatives, areThoseOfEveryOperation) {
         {"asinh(a) + acosh(a + 1) + atanh(a) + erf(a) + erfc(a)*3 + gamma(a) + lgamma(a)*2", {0.43}, 0},
         {"lgamma(-a) + gamma(a + 12) / 1e8", {0.43}, 0},
         {"abs(-a) + sign(a)*a + floor(a) + ceil(a) + round(a) + trunc(a) + isnan(a) + -a*+2", {0.43}, 0},
+        {"square(a) + 2*copysign(a, x) + 3*copysign(a, -x) + remainder(a, x) + remainder(x, a)", {0.43}, 0.2},
         {"a^2*(a - x)^2/a", {0.43}, 0.2}};
     for (const Formula& formula : formulas) {
         const Model model = buildModel(formula.text);
