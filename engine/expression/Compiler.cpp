@@ -178,7 +178,8 @@ bool Compiler::isSquare(const Node& node) const {
 
 TypedOperand Compiler::reduced(const Node& node, const TypedOperand& list) {
     if (!list.isList) {
-        throwAt(source, node.offset, quoted(node.text) + " of one value takes a list column, this is " + shown(list));
+        throwAt(source, node.offset,
+                quoted(node.text) + " of one argument needs a list column, but this is " + shown(list));
     }
     const Reduction reduction = findReduction(node.text, list.type);
     if (!reduction.kernel) {
@@ -190,11 +191,11 @@ TypedOperand Compiler::reduced(const Node& node, const TypedOperand& list) {
 TypedOperand Compiler::indexed(const Node& node, const std::vector<TypedOperand>& arguments) {
     const TypedOperand& list = arguments[0];
     if (!list.isList) {
-        throwAt(source, node.offset, "only a list has values to choose from, this is " + shown(list));
+        throwAt(source, node.offset, "only a list can be indexed, but this is " + shown(list));
     }
     if (arguments[1].isList || arguments[1].type == ColumnType::Text || arguments[1].type == ColumnType::Boolean) {
         throwAt(source, nodes[node.children[1]].offset,
-                "a position in a list is a number, this is " + shown(arguments[1]));
+                "a position in a list must be a number, but this is " + shown(arguments[1]));
     }
     TypedOperand position = arguments[1];
     if (position.type == ColumnType::Integer) {
@@ -292,7 +293,7 @@ ColumnType Compiler::compared(const Node& node, const std::vector<TypedOperand>&
     const ColumnType first = pair[0].type;
     const ColumnType second = pair[1].type;
     if ((first == ColumnType::Text) != (second == ColumnType::Text)) {
-        throwAt(source, node.offset, "a text and a number do not go together here");
+        throwAt(source, node.offset, "a text and a number cannot be combined here");
     }
     if (first == ColumnType::Text || first == ColumnType::Real || second == ColumnType::Real) {
         return first == ColumnType::Text ? first : ColumnType::Real;
@@ -304,7 +305,7 @@ std::vector<TypedOperand> Compiler::conditions(const Node& node, const std::vect
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         if (arguments[i].type == ColumnType::Real || arguments[i].type == ColumnType::Text) {
             throwAt(source, nodes[node.children[i]].offset,
-                    "a condition is needed here, this is " + shown(arguments[i]) + "; compare it with something");
+                    "expected a condition, but this is " + shown(arguments[i]) + "; compare it with something");
         }
     }
     return all(node, arguments, ColumnType::Boolean);

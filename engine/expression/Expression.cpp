@@ -201,7 +201,7 @@ void Evaluation::checkLengths(const Step& step, std::size_t begin, std::size_t r
             expression::throwAt(text, step.offset,
                                 "the lists have " + std::to_string(length) + " and " + std::to_string(other) +
                                     " values in row " + std::to_string(chunk.firstRow + begin + row) +
-                                    ", and only lists of equal length go together");
+                                    "; only lists of equal length can be combined");
         }
     }
 }

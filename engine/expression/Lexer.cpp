@@ -171,11 +171,11 @@ Token Lexer::symbol() {
     } else if (std::string_view("+-*/%^()[]<>!,?:").find(source[here]) != std::string_view::npos) {
         token.text = source[here];
     } else if (source[here] == '=') {
-        throwAt(source, here, "a single = compares nothing; write ==");
+        throwAt(source, here, "use == to compare");
     } else if (source[here] == '&' || source[here] == '|') {
         throwAt(source, here, R"(write && for "and", || for "or")");
     } else {
-        throwAt(source, here, "an expression has no such character");
+        throwAt(source, here, "unexpected character");
     }
     here += pair == "**" ? 2 : token.text.size();
     return token;

@@ -98,11 +98,11 @@ private:
 
 std::vector<Node> Parser::whole() {
     if (token.kind == TokenKind::End) {
-        throwAt(source, token.offset, "there is no expression");
+        throwAt(source, token.offset, "the expression is empty");
     }
     choice();
     if (token.kind != TokenKind::End) {
-        throwAt(source, token.offset, "this is more than one expression; an operator is missing before it");
+        throwAt(source, token.offset, "an operator is missing before this");
     }
     return std::move(nodes);
 }
@@ -111,7 +111,7 @@ Parser::Level::Level(Parser& parser) : count(parser.levels) {
     if (++count > maxLevels) {
         throwAt(parser.source, parser.token.offset,
                 "the expression is nested too deeply; at most " + std::to_string(maxParentheses) +
-                    " parentheses stand one within the other");
+                    " nested parentheses are allowed");
     }
 }
 
@@ -202,7 +202,7 @@ std::size_t Parser::element() {
         if (token.kind == TokenKind::End) {
             throwAt(source, open, "this bracket is never closed");
         }
-        expect("]", "a bracket should be closed here");
+        expect("]", "expected ]");
         whole = call("[]", open, {whole, position});
     }
     return whole;
@@ -216,7 +216,7 @@ std::size_t Parser::primary() {
         if (token.kind == TokenKind::End) {
             throwAt(source, open, "this parenthesis is never closed");
         }
-        expect(")", "a parenthesis should be closed here");
+        expect(")", "expected )");
         return inside;
     }
     if (token.kind == TokenKind::End) {

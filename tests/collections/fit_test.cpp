@@ -147,7 +147,7 @@ TEST(FitKind, fitsInTheRangeOnly) {
 TEST(FitKind, warnsOfAParameterThatLooksLikeAShape) {
     KindHarness fit("Fit");
     fit.wire("data", line()).set("model", "expo").expectWarnings().run();
-    EXPECT_THAT(fit.warnings(), ElementsAre(HasSubstr("if the shape exponential is meant, write its name")));
+    EXPECT_THAT(fit.warnings(), ElementsAre(HasSubstr("if you mean the shape exponential, write its name")));
 }
 
 TEST(FitKind, refusesWhatItCannotFit) {
@@ -171,7 +171,7 @@ TEST(FitKind, refusesMistakesWhenTheyAreMade) {
     EXPECT_EQ(kind.refusal("model", "gauss + pol1"), "");
     EXPECT_THAT(kind.refusal("model", "gauss + pool(x)"), HasSubstr("^"));
     EXPECT_EQ(kind.refusal("start", "mean=1 [0,2]"), "");
-    EXPECT_THAT(kind.refusal("start", "mean=one"), HasSubstr("is a number"));
+    EXPECT_THAT(kind.refusal("start", "mean=one"), HasSubstr("must be a number"));
     KindHarness wired("Fit");
     wired.wire("data", line()).wire("model", Value(std::string("pol1")));
     EXPECT_THAT(wired.failure(), HasSubstr("cannot be wired"));

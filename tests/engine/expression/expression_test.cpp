@@ -232,7 +232,7 @@ TEST(ExpressionList, ofAnotherLengthIsRefusedByRow) {
         FAIL();
     } catch (const Failure& failure) {
         EXPECT_STREQ(failure.what(),
-                     "the lists have 0 and 1 values in row 101, and only lists of equal length go together\n"
+                     "the lists have 0 and 1 values in row 101; only lists of equal length can be combined\n"
                      "  trk.px + jet.pt\n         ^");
     }
     EXPECT_EQ(real("sum(trk.px) + sum(jet.pt)"), 33.0);
@@ -330,40 +330,40 @@ TEST(ExpressionMistake, isShownWithACaretUnderThePlace) {
     EXPECT_EQ(refusalOf("x + enrgy"), "there is no column \"enrgy\"\n  x + enrgy\n      ^");
     EXPECT_EQ(refusalOf("x + tagg"), "there is no column \"tagg\"; did you mean \"tag\"?\n  x + tagg\n      ^");
     EXPECT_EQ(refusalOf("é + 1"), "there is no column \"é\"\n  é + 1\n  ^");
-    EXPECT_EQ(refusalOf("'é' == 1"), "a text and a number do not go together here\n  'é' == 1\n      ^");
+    EXPECT_EQ(refusalOf("'é' == 1"), "a text and a number cannot be combined here\n  'é' == 1\n      ^");
     EXPECT_EQ(refusalOf("x +\n)"), "a value is missing before \")\"\n  x + )\n      ^");
 }
 
 TEST(ExpressionMistake, hasAReason) {
     const std::vector<std::pair<const char*, const char*>> mistakes{
-        {"", "there is no expression"},
+        {"", "the expression is empty"},
         {"x +", "ends too early"},
         {"(x", "never closed"},
-        {"x)", "more than one expression"},
+        {"x)", "an operator is missing before this"},
         {"x y", "an operator is missing"},
         {"0 < x < 1", "do not chain"},
         {"x = 1", "write =="},
         {"x & flag", "write &&"},
-        {"x # 1", "no such character"},
+        {"x # 1", "unexpected character"},
         {"sqr(x)", "did you mean \"sqrt\""},
         {"sqrt(x, y)", "takes one value"},
         {"atan2(x)", "takes two values"},
         {"min()", "takes two values or more"},
         {"sqrt(tag)", "does not take a value of type text"},
         {"-tag", "\"-\" does not take a value of type text"},
-        {"x && flag", "a condition is needed here"},
-        {"if(x, 1, 2)", "a condition is needed here"},
+        {"x && flag", "expected a condition"},
+        {"if(x, 1, 2)", "expected a condition"},
         {"if(flag, 1, tag)", "do not go together"},
         {"tag == 1", "do not go together"},
         {"trk.tag * 2", "does not take a list of type text"},
-        {"x[0]", "only a list has values to choose from, this is a value of type real"},
+        {"x[0]", "only a list can be indexed, but this is a value of type real"},
         {"trk.px[0", "this bracket is never closed"},
-        {"trk.px[0)", "a bracket should be closed here"},
+        {"trk.px[0)", "expected ]"},
         {"trk.px[]", "a value is missing"},
-        {"trk.px[tag]", "a position in a list is a number"},
-        {"trk.px[trk.hits]", "a position in a list is a number"},
-        {"if(trk.px, 1, 2)", "a condition is needed here, this is a list of type real"},
-        {"sum(x)", "takes a list column"},
+        {"trk.px[tag]", "a position in a list must be a number"},
+        {"trk.px[trk.hits]", "a position in a list must be a number"},
+        {"if(trk.px, 1, 2)", "expected a condition, but this is a list of type real"},
+        {"sum(x)", "needs a list column"},
         {"sum(x, y)", "takes one list column"},
         {"any(trk.px)", "does not take a list of type real"},
         {"\"abc", "never closed"},
@@ -399,7 +399,7 @@ TEST(ExpressionMistake, nestsAsDeepAsThePageSays) {
     EXPECT_EQ(real(repeated("(", 200) + "x" + repeated(")", 200)), 1.5);
     EXPECT_EQ(real(repeated("sqrt(", 200) + "1" + repeated(")", 200)), 1.0);
     EXPECT_NE(refusalOf(repeated("(", 201) + "x" + repeated(")", 201))
-                  .find("nested too deeply; at most 200 parentheses stand one within the other"),
+                  .find("nested too deeply; at most 200 nested parentheses are allowed"),
               std::string::npos);
 }
 

@@ -85,7 +85,7 @@ TEST(FitModel, refusesWhatItsFunctionCouldNotSay) {
     const auto refusal = [](const std::string& text) { return failureOf([&] { FitModel{text}; }); };
     const std::string reason =
         "the formula of this model, with its shapes written out, has more than 16384 characters "
-        "or more than 200 parentheses one within the other";
+        "or more than 200 nested parentheses";
     EXPECT_THAT(refusal(repeated("pol9(", 40) + "x" + repeated(")", 40)), HasSubstr(reason));
     EXPECT_THAT(refusal(repeated("2^", 300) + "x"), HasSubstr(reason));
     EXPECT_EQ(refusal(repeated("(", 200) + "x" + repeated(")", 200)), "nothing failed");
@@ -113,12 +113,12 @@ TEST(FitModel, refusesMistakesWithACaret) {
               "there is no function \"gaus\"; did you mean \"gauss\"?\n  gauss + gaus(x)\n          ^");
     EXPECT_THAT(refusal("gauss(x, a)"), HasSubstr("gauss takes x, or x and its 3 parameters"));
     EXPECT_THAT(refusal("pol10(x)"), HasSubstr("there is no function \"pol10\""));
-    EXPECT_THAT(refusal("a*'b'"), HasSubstr("a text is no value of a function\n  a*'b'\n    ^"));
+    EXPECT_THAT(refusal("a*'b'"), HasSubstr("a text cannot be part of a function\n  a*'b'\n    ^"));
     EXPECT_THAT(refusal("exp(x, a)"), HasSubstr("exp takes 1 argument"));
     EXPECT_THAT(refusal("sqrt()"), HasSubstr("sqrt takes one argument"));
     EXPECT_THAT(refusal("min(a)"), HasSubstr("min takes 2 arguments or more"));
     EXPECT_THAT(refusal("a +"), HasSubstr("ends too early"));
-    EXPECT_THAT(refusal(""), HasSubstr("there is no expression"));
+    EXPECT_THAT(refusal(""), HasSubstr("the expression is empty"));
     EXPECT_THAT(refusal("`two words`*x"), HasSubstr("one word"));
 }
 
@@ -135,15 +135,15 @@ TEST(FitParameters, areReadWithStartLimitsAndWhetherTheyAreFixed) {
 
 TEST(FitParameters, areRefusedWithThePlace) {
     const auto refusal = [](const std::string& text) { return failureOf([&] { readFitParameters(text); }); };
-    EXPECT_EQ(refusal("mean=9l"), "the start value of mean is a number\n  mean=9l\n       ^");
+    EXPECT_EQ(refusal("mean=9l"), "the start value of mean must be a number\n  mean=9l\n       ^");
     EXPECT_THAT(refusal("a=1 b=2"), HasSubstr("only  fixed  may follow\n  a=1 b=2\n      ^"));
     EXPECT_THAT(refusal("a=1 fixed b=2"), HasSubstr("separated by commas"));
     EXPECT_THAT(refusal("a=1, a=2"), HasSubstr("\"a\" is given twice"));
     EXPECT_THAT(refusal("a=1 [2,1]"), HasSubstr("not below"));
     EXPECT_THAT(refusal("a=1 [2,3]"), HasSubstr("outside its limits"));
-    EXPECT_THAT(refusal("a=1 [2"), HasSubstr("limits are written"));
+    EXPECT_THAT(refusal("a=1 [2"), HasSubstr("write limits as"));
     EXPECT_THAT(refusal("a [0,1] fixed"), HasSubstr("has no value"));
-    EXPECT_THAT(refusal("a=nan"), HasSubstr("is a number"));
+    EXPECT_THAT(refusal("a=nan"), HasSubstr("must be a number"));
     EXPECT_THAT(refusal("a=inf"), HasSubstr("not finite"));
     EXPECT_THAT(refusal(",a=1"), HasSubstr("name of a parameter is missing"));
 }

@@ -218,7 +218,7 @@ TEST(Fit, failsWithTheReason) {
     const FitData line = points({{{0, 1, 1}, {1, 3, 1}, {2, 5, 1}, {3, 6.5, 1}}});
     EXPECT_THAT(failureOfFit("pol5", line),
                 HasSubstr("4 entries are too few to fit 6 parameters (p0, p1, p2, p3, p4, p5)"));
-    EXPECT_THAT(failureOfFit("(a+b)*x", line), HasSubstr("cannot tell the parameters \"a\", \"b\" apart"));
+    EXPECT_THAT(failureOfFit("(a+b)*x", line), HasSubstr("cannot distinguish the parameters \"a\", \"b\""));
     EXPECT_THAT(failureOfFit("a*x + 0*b", line), HasSubstr("does not depend on \"b\""));
     EXPECT_THAT(failureOfFit("a*x", line, "aa=1"), HasSubstr("no parameter \"aa\"; did you mean \"a\"?"));
     EXPECT_THAT(failureOfFit("gauss", countedPeak(), "meen=1"), HasSubstr("did you mean \"mean\"?"));
@@ -227,7 +227,7 @@ TEST(Fit, failsWithTheReason) {
     FitOptions range;
     range.low = 10.0;
     range.high = 20.0;
-    EXPECT_THAT(failureOfFit("pol1", line, "", range), HasSubstr("no entry is left to fit between 10 and 20"));
+    EXPECT_THAT(failureOfFit("pol1", line, "", range), HasSubstr("no entry to fit between 10 and 20"));
     // The best value lies at infinity.
     const FitData steep = points({{{1, 10, 1}, {2, 20, 1}, {3, 30, 1}}});
     EXPECT_THAT(failureOfFit("x*atan(a)", steep), HasSubstr("finds no minimum along \"a\", last at a="));
