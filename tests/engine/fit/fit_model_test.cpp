@@ -137,9 +137,9 @@ TEST(FitParameters, areRefusedWithThePlace) {
     const auto refusal = [](const std::string& text) { return failureOf([&] { readFitParameters(text); }); };
     EXPECT_EQ(refusal("mean=9l"), "the start value of mean must be a number\n  mean=9l\n       ^");
     EXPECT_THAT(refusal("a=1 b=2"), HasSubstr("only  fixed  may follow\n  a=1 b=2\n      ^"));
-    EXPECT_THAT(refusal("a=1 fixed b=2"), HasSubstr("separated by commas"));
+    EXPECT_THAT(refusal("a=1 fixed b=2"), HasSubstr("separate parameters by commas"));
     EXPECT_THAT(refusal("a=1, a=2"), HasSubstr("\"a\" is given twice"));
-    EXPECT_THAT(refusal("a=1 [2,1]"), HasSubstr("not below"));
+    EXPECT_THAT(refusal("a=1 [2,1]"), HasSubstr("must be less than"));
     EXPECT_THAT(refusal("a=1 [2,3]"), HasSubstr("outside its limits"));
     EXPECT_THAT(refusal("a=1 [2"), HasSubstr("write limits as"));
     EXPECT_THAT(refusal("a [0,1] fixed"), HasSubstr("has no value"));
