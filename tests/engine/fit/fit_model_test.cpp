@@ -72,12 +72,12 @@ std::string repeated(const std::string& text, std::size_t count) {
 
 TEST(FitModel, warnsOfParametersThatLookLikeShapes) {
     EXPECT_THAT(FitModel("n*gaus").warnings(),
-                ElementsAre("\"gaus\" is fitted as a parameter, not as a function of x; if the shape gauss is meant, "
-                            "write its name, else `gaus` in back quotes"));
+                ElementsAre("\"gaus\" is fitted as a parameter, not as a function of x; if you mean the shape gauss, "
+                            "write its name, else write `gaus` in back quotes"));
     EXPECT_THAT(FitModel("expo + expo*x").warnings(), ElementsAre(HasSubstr("the shape exponential")));
     EXPECT_THAT(FitModel("pol10").warnings(), ElementsAre(HasSubstr("one of the shapes pol0 to pol9")));
     EXPECT_THAT(FitModel("poly2 + Gaussian + Breit_Wigner").warnings(),
-                ElementsAre(HasSubstr("pol0 to pol9"), HasSubstr("gauss is"), HasSubstr("breitwigner")));
+                ElementsAre(HasSubstr("pol0 to pol9"), HasSubstr("gauss, write"), HasSubstr("breitwigner")));
     EXPECT_THAT(FitModel("gauss + `expo`*x + pole + mass + gauss_norm*exp(-x/tau)").warnings(), ElementsAre());
 }
 
