@@ -61,7 +61,7 @@ std::string SubtractorKind::summary() const {
 
 Ports SubtractorKind::ports(const ValueTexts&) const {
     Ports ports;
-    ports.inputs = {{.name = "a", .description = "Minuend.", .value = "0"},
+    ports.inputs = {{.name = "a", .description = "Number to subtract from (minuend).", .value = "0"},
                     {.name = "b", .description = "Subtrahend, in the unit of the first.", .value = "0"}};
     ports.outputs = {{.name = "difference", .description = "a - b, in their unit."}};
     return ports;
@@ -97,7 +97,7 @@ std::string DividerKind::notes() const {
 
 Ports DividerKind::ports(const ValueTexts&) const {
     Ports ports;
-    ports.inputs = {{.name = "a", .description = "Dividend.", .value = "1"},
+    ports.inputs = {{.name = "a", .description = "Number to divide (dividend).", .value = "1"},
                     {.name = "b", .description = "Divisor, in any unit.", .value = "1"}};
     ports.outputs = {{.name = "quotient", .description = "a / b, in the quotient of their units."}};
     return ports;

@@ -46,7 +46,7 @@ std::string TextKind::summary() const {
 
 Ports TextKind::ports(const ValueTexts&) const {
     Ports ports;
-    ports.inputs = {{.name = "value", .description = "The text.", .type = ValueType::Text}};
+    ports.inputs = {{.name = "value", .description = "The text to pass on.", .type = ValueType::Text}};
     ports.outputs = {{.name = "text", .description = "The text as entered.", .type = ValueType::Text}};
     return ports;
 }

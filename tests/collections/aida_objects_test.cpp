@@ -79,21 +79,20 @@ TEST_P(AidaObjectKinds, listThoseThatFitWhereSeveralDo) {
     write(other + object("a", "/one") + object("a", "/two"));
     const std::string& element = GetParam().element;
     const std::string several =
-        "data.aida contains several matching objects that fit, and the whole path of one must be given; "
-        "it holds /one/a (" +
-        element + "), /two/a (" + element + ")";
+        "data.aida contains several matching objects; enter the full path of one; it contains /one/a (" + element +
+        "), /two/a (" + element + ")";
     EXPECT_EQ(complaint(), several);
     EXPECT_EQ((bench.set("object", "a"), complaint()), several) << "the bare name of two";
 }
 
 TEST_P(AidaObjectKinds, sayWhatThereIsWhereNoneFits) {
     write(other);
-    EXPECT_EQ(complaint(), "data.aida holds no " + GetParam().output + "; it contains /o/t (tuple)");
+    EXPECT_EQ(complaint(), "data.aida contains no " + GetParam().output + "; it contains /o/t (tuple)");
     EXPECT_EQ((bench.set("object", "/o/t"), complaint()),
-              "data.aida holds no " + GetParam().output + " /o/t; it contains /o/t (tuple)");
+              "data.aida contains no " + GetParam().output + " /o/t; it contains /o/t (tuple)");
     write(other + object("a", "/"));
     EXPECT_EQ((bench.set("object", "/none"), complaint()),
-              "data.aida holds no " + GetParam().output + " /none; it contains /a (" + GetParam().element + ")");
+              "data.aida contains no " + GetParam().output + " /none; it contains /a (" + GetParam().element + ")");
 }
 
 TEST_P(AidaObjectKinds, readWhatIsCompleteBeforeDamage) {

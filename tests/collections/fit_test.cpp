@@ -157,7 +157,7 @@ TEST(FitKind, refusesWhatItCannotFit) {
     EXPECT_THAT(nothing.failure(), HasSubstr("cannot be fitted"));
     KindHarness flat("Fit");
     flat.wire("data", Value(DataObjectPtr(std::make_shared<Points>(1, std::vector<Measurement>(3)))));
-    EXPECT_THAT(flat.failure(), HasSubstr("have 1 values each"));
+    EXPECT_THAT(flat.failure(), HasSubstr("have 1 coordinates"));
     KindHarness counted("Fit");
     counted.wire("data", line()).set("method", "likelihood");
     EXPECT_THAT(counted.failure(), HasSubstr("only a histogram has"));

@@ -194,7 +194,7 @@ TEST(PlotObjects, refusesWhatCannotBeDrawnByName) {
     EXPECT_TRUE(hasText(bench.failure(), "number or text")) << bench.failure();
     const Grid<3> cube({Axis(1, 0, 1), Axis(1, 0, 1), Axis(1, 0, 1)});
     bench.wire("object", DataObjectPtr(std::make_shared<Histogram3D>(cube)));
-    EXPECT_TRUE(hasText(bench.failure(), "three dimensions")) << bench.failure();
+    EXPECT_TRUE(hasText(bench.failure(), "three-dimensional")) << bench.failure();
     bench.wire("object", DataObjectPtr(std::make_shared<Points>(3, std::vector<Measurement>(3))));
     EXPECT_TRUE(hasText(bench.failure(), "two dimensions")) << bench.failure();
     auto unknown = line();

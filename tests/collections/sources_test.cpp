@@ -170,7 +170,7 @@ TEST_F(Csv, otherUnicodeFormsAreRefusedByName) {
                                                           {{"\xFE\xFF\0x\0\n", 6}, "UTF-16"},
                                                           {{"\xFF\xFE\0\0x\0\0\0", 8}, "UTF-32"}}) {
         write(bytes);
-        EXPECT_EQ(complaint(), "data.csv\" is a text in " + form + "; save it as UTF-8");
+        EXPECT_EQ(complaint(), "data.csv\" is encoded in " + form + "; save it as UTF-8");
     }
     write(std::string("x\0,\0n\0\n\0", 8));
     EXPECT_EQ(complaint(), "data.csv\", line 1: it contains a zero byte; is the file encoded in UTF-16?");
@@ -340,8 +340,7 @@ TEST_F(Csv, whatIsMissingCanBeWrittenInAnyWay) {
     EXPECT_EQ(column("name").texts(), (Column::Texts{"", "mu"}));
     write("n\n1\n\"\"\n");
     bench.set("types", "n: integer");
-    EXPECT_NE(complaint().find("line 3, column 1 (n): nothing stands instead of a value"), std::string::npos)
-        << complaint();
+    EXPECT_NE(complaint().find("line 3, column 1 (n): the value is missing"), std::string::npos) << complaint();
 }
 
 TEST(Philox, givesTheNumbersOfItsPaper) {

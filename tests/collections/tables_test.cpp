@@ -194,7 +194,7 @@ TEST(CutFlow, mistakesAreRefused) {
     EXPECT_EQ(flow.refusal("cuts", "good: x > 1"), "");
     KindHarness bench("CutFlow");
     bench.set("cuts", "x > 1").set("weight", "'a'").wire("table", tableOf({{"x", {1}}}, 3));
-    EXPECT_EQ(bench.failure(), "weight: \"'a'\" is no number");
+    EXPECT_EQ(bench.failure(), "weight: \"'a'\" is not a number");
 }
 
 TEST(Explode, makesARowOfEachValue) {
@@ -229,10 +229,10 @@ TEST(Explode, needsAList) {
     KindHarness bench("Explode");
     bench.wire("table", tableOf({{"x", {1}}}, 2));
     EXPECT_EQ(bench.failure(), "table: the table has no list column");
-    EXPECT_EQ(bench.set("columns", "x").failure(), "columns: column \"x\" holds no lists");
+    EXPECT_EQ(bench.set("columns", "x").failure(), "columns: column \"x\" is not a list column");
     KindHarness taken("Explode");
     taken.set("index", "n").wire("table", withLists());
-    EXPECT_EQ(taken.failure(), "index: there is a column \"n\" already");
+    EXPECT_EQ(taken.failure(), "index: the table already has a column \"n\"");
 }
 
 }  // namespace
