@@ -10,36 +10,19 @@ ExampleWindow::ModelColumns::ModelColumns() {
     add(directory);
 }
 
-ExampleWindow::ExampleWindow(vkWindow* main) : mainWindow(main) {
-    set_title("Examples");
-    set_border_width(5);
-    set_default_size(400, 200);
-    pack();
+ExampleWindow::ExampleWindow(vkWindow* main) : TreeDialog(main, "Examples") {
     button.signal_clicked().connect(sigc::mem_fun(*this, &ExampleWindow::on_button_open));
     tree = Gtk::TreeStore::create(columns);
-    treeView.set_model(tree);
-    treeView.set_reorderable(false);
-    treeView.append_column("Example", columns.name);
+    showTree("Example", columns.name);
     treeView.signal_row_activated().connect(sigc::mem_fun(*this, &ExampleWindow::on_treeview_row_activated));
     show_all_children();
-}
-
-void ExampleWindow::pack() {
-    add(box);
-    scroller.add(treeView);
-    scroller.set_policy(Gtk::POLICY_AUTOMATIC, Gtk::POLICY_AUTOMATIC);
-    box.pack_start(scroller, Gtk::PACK_EXPAND_WIDGET);
-    box.pack_start(buttonBox, Gtk::PACK_SHRINK);
-    buttonBox.pack_start(button, Gtk::PACK_SHRINK);
-    buttonBox.set_border_width(5);
-    buttonBox.set_layout(Gtk::BUTTONBOX_END);
 }
 
 void ExampleWindow::setManager() {
     const auto& examples = QzManager::GetExamples();
     std::string groupName;
     Gtk::TreeIter group;
-    // Counted like the kinds, with 16 bits.
+    // Deliberate: a 16-bit counter, as for the kinds.
     // NOLINTNEXTLINE(bugprone-too-small-loop-variable,modernize-loop-convert)
     for (std::uint16_t number = 0; number < examples.size(); ++number) {
         const QzExample& example = examples[number];
@@ -53,13 +36,13 @@ void ExampleWindow::setManager() {
 }
 
 void ExampleWindow::append(const QzExample& example, const Gtk::TreeIter& group) {
-    const auto row = group ? tree->append(group->children()) : tree->append();
+    const auto row = appendRow(group);
     row->set_value(columns.name, Glib::ustring(example.name));
     row->set_value(columns.directory, Glib::ustring(example.directory));
 }
 
 void ExampleWindow::select(Gtk::TreeIter& row) {
-    if (row && tree->iter_depth(row) != 0) {
+    if (isEntry(row)) {
         mainWindow->checkOpen(row->get_value(columns.directory) + '/' + row->get_value(columns.name));
     }
 }

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <fstream>
 
-// The collection whose rows are being made.
+// The collection whose rows are being appended.
 struct PluginWindow::Collection {
     std::string name;
     Gtk::TreeIter row;
@@ -22,38 +22,21 @@ PluginWindow::ModelColumns::ModelColumns() {
     add(description);
 }
 
-PluginWindow::PluginWindow(vkWindow* main) : mainWindow(main) {
-    set_title("Plugin collection");
-    set_border_width(5);
-    set_default_size(400, 200);
-    pack();
-    addButton.signal_clicked().connect(sigc::mem_fun(*this, &PluginWindow::on_button_add));
+PluginWindow::PluginWindow(vkWindow* main) : TreeDialog(main, "Plugin collection") {
+    button.signal_clicked().connect(sigc::mem_fun(*this, &PluginWindow::on_button_add));
     tree = Gtk::TreeStore::create(columns);
-    treeView.set_model(tree);
-    treeView.set_reorderable(false);
-    treeView.append_column("Plugin", columns.name);
+    showTree("Plugin", columns.name);
     treeView.signal_row_activated().connect(sigc::mem_fun(*this, &PluginWindow::on_treeview_row_activated));
-    // Before the toolkit's own handler, which takes the text for markup.
-    treeView.signal_query_tooltip().connect(sigc::mem_fun(*this, &PluginWindow::tellRow), false);
+    // Runs before the toolkit's own handler, which would read the description as markup.
+    treeView.signal_query_tooltip().connect(sigc::mem_fun(*this, &PluginWindow::showTooltip), false);
     treeView.set_tooltip_column(columns.description.index());
     show_all_children();
-}
-
-void PluginWindow::pack() {
-    add(box);
-    scroller.add(treeView);
-    scroller.set_policy(Gtk::POLICY_AUTOMATIC, Gtk::POLICY_AUTOMATIC);
-    box.pack_start(scroller, Gtk::PACK_EXPAND_WIDGET);
-    box.pack_start(buttonBox, Gtk::PACK_SHRINK);
-    buttonBox.pack_start(addButton, Gtk::PACK_SHRINK);
-    buttonBox.set_border_width(5);
-    buttonBox.set_layout(Gtk::BUTTONBOX_END);
 }
 
 void PluginWindow::setManager() {
     const auto& kinds = QzManager::GetPlugins();
     Collection collection;
-    // A kind number has 16 bits, in the library as here.
+    // Deliberate: a 16-bit counter, like the kind numbers of the library.
     // NOLINTNEXTLINE(bugprone-too-small-loop-variable,modernize-loop-convert)
     for (std::uint16_t number = 0; number < kinds.size(); ++number) {
         const QzKind& kind = kinds[number];
@@ -80,7 +63,7 @@ void PluginWindow::begin(const QzKind& kind, Collection& collection) {
 }
 
 void PluginWindow::append(const QzKind& kind, const Collection& collection) {
-    const auto row = collection.row ? tree->append(collection.row->children()) : tree->append();
+    const auto row = appendRow(collection.row);
     row->set_value(columns.name, Glib::ustring(kind.name));
     const auto description = collection.summary.kinds.find(kind.name);
     if (description != collection.summary.kinds.end()) {
@@ -88,7 +71,7 @@ void PluginWindow::append(const QzKind& kind, const Collection& collection) {
     }
 }
 
-bool PluginWindow::tellRow(int x, int y, bool isByKey, const Glib::RefPtr<Gtk::Tooltip>& tooltip) {
+bool PluginWindow::showTooltip(int x, int y, bool isByKey, const Glib::RefPtr<Gtk::Tooltip>& tooltip) {
     g_signal_stop_emission_by_name(treeView.gobj(), "query-tooltip");
     Gtk::TreePath path;
     if (!treeView.get_tooltip_context_path(x, y, isByKey, path)) {
@@ -101,7 +84,7 @@ bool PluginWindow::tellRow(int x, int y, bool isByKey, const Glib::RefPtr<Gtk::T
 }
 
 void PluginWindow::select(Gtk::TreeIter& row) {
-    if (row && tree->iter_depth(row) != 0) {
+    if (isEntry(row)) {
         mainWindow->addPlugin(nullptr, row->get_value(columns.name));
     }
 }
