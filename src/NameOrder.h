@@ -4,9 +4,9 @@
 
 #include <map>
 
-/// Orders names as the user's language sorts them. Where its rules take two different names for equal ("x2" and "x²", a
-/// composed and a decomposed "é"), their bytes decide, so that the map keys are exactly the names the library tells
-/// apart.
+/// Orders names by the collation rules of the user's language. If these rules treat two different names as equal ("x2"
+/// and "x²", a composed and a decomposed "é"), the bytes decide: two keys are equivalent only if the library, too,
+/// considers the names equal.
 struct NameOrder {
     bool operator()(const Glib::ustring& one, const Glib::ustring& other) const;
 };
@@ -14,7 +14,7 @@ struct NameOrder {
 template <typename Value>
 using NameMap = std::map<Glib::ustring, Value, NameOrder>;
 
-/// Byte for byte, as the library compares names. The operator == of Glib::ustring compares by the user's language.
+/// Compares byte for byte, as the library does; operator== of Glib::ustring compares by the user's language.
 inline bool isSameName(const Glib::ustring& one, const Glib::ustring& other) {
     return one.raw() == other.raw();
 }

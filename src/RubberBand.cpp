@@ -1,5 +1,7 @@
 #include "RubberBand.h"
 
+#include "wirePath.h"
+
 #include <locale>
 #include <sstream>
 #include <string>
@@ -8,7 +10,7 @@ namespace {
 
 constexpr double inset = 3.0;
 
-/// Other than a finished path, which ends beside the input in whole units, the band ends at the pointer itself.
+/// Unlike a finished wire, which ends beside its input at whole units, the band ends exactly at the pointer.
 std::string curve(CanvasPoint start, CanvasPoint pointer) {
     const double half = (pointer.x - start.x) * 0.5;
     std::ostringstream text;
@@ -42,9 +44,6 @@ void RubberBand::remove() {
 }
 
 void RubberBand::draw(CanvasPoint pointer) {
-    path = Goocanvas::Path::create(curve(start, pointer));
-    path->set_property("can_focus", false);
-    path->set_property("line_width", 4);
-    path->set_property("stroke_color", Glib::ustring("firebrick"));
+    path = makeWirePath(curve(start, pointer));
     canvas->get_root_item()->add_child(path);
 }

@@ -6,10 +6,10 @@
 #include <goocanvasmm/canvas.h>
 #include <goocanvasmm/path.h>
 
-/// The curve from an output to the pointer while a wire is drawn, above all other items.
+/// The curve from an output to the pointer while the user draws a wire, above all other items.
 class RubberBand {
 public:
-    /// Begins a new one; one that is shown goes. The canvas outlives the band.
+    /// Starts a new curve and removes a previous one. The canvas must outlive the band.
     void begin(Goocanvas::Canvas& target, CanvasPoint startPoint, CanvasPoint pointer);
     void follow(CanvasPoint pointer);
     void remove();

@@ -4,18 +4,18 @@
 
 #include <cstdint>
 
-/// The button that starts and stops a run. While the window waits for a run to end it serves nobody, and what is
-/// clicked then reaches it later all at once: those clicks are not meant to start the next run.
+/// The button that starts and stops a run. While the window waits for a run to end, it handles no events; clicks made
+/// in the meantime arrive afterwards, all at once, and must not start the next run.
 class StartButton : public Gtk::ToggleButton {
 public:
     using Gtk::ToggleButton::ToggleButton;
 
-    /// Clicks and keys that were made up to this moment, and have not been served, are passed over.
-    void forgetWaitingClicks();
+    /// Ignores clicks and keys made before this moment that have not been handled yet.
+    void discardPendingClicks();
 
 protected:
     bool on_event(GdkEvent* event) override;
 
 private:
-    std::uint32_t servedFrom = 0;  ///< Time of the display server, in ms; 0: everything is served.
+    std::uint32_t ignoredUntil = 0;  ///< Time of the display server, in ms; 0: nothing is ignored.
 };

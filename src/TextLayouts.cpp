@@ -6,8 +6,8 @@ using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy
 
 constexpr const char* key = "velmorak-text-layouts";
 
-/// Per font. Names come and go with plug-ins; beyond this many the cache starts over.
-constexpr std::size_t mostTexts = 20000;
+/// Per font. Plug-ins, and with them their names, come and go; beyond this limit the cache is cleared.
+constexpr std::size_t maxTexts = 20000;
 
 cairo_font_options_t* optionsOf(cairo_t* drawing) {
     cairo_font_options_t* options = cairo_font_options_create();
@@ -15,7 +15,7 @@ cairo_font_options_t* optionsOf(cairo_t* drawing) {
     return options;
 }
 
-/// With the settings of the canvas library's own text items.
+/// Uses the settings of the canvas library's own text items.
 PangoContext* makeContext(cairo_t* drawing) {
     PangoContext* context = pango_cairo_create_context(drawing);
     cairo_font_options_t* options = cairo_font_options_create();
@@ -32,7 +32,7 @@ PangoLayout* makeLayout(PangoContext* context, const PangoFontDescription* font,
     return layout;
 }
 
-/// Compatible with what the canvas will be painted on, as far as that is known yet.
+/// Compatible with the window of the canvas, if it has one already.
 cairo_t* makeDrawing(GooCanvas* canvas) {
     GdkWindow* window = gtk_widget_get_window(GTK_WIDGET(canvas));
     const Surface surface(window ? gdk_window_create_similar_surface(window, CAIRO_CONTENT_COLOR_ALPHA, 1, 1)
@@ -85,7 +85,7 @@ TextLayouts::Extents TextLayouts::measure(const PangoFontDescription* font, cons
     Extents extents{};
     if (matrix.xx == 1 && matrix.yy == 1) {
         pango_layout_get_extents(laidOut(font, text), &extents.ink, &extents.logical);
-    } else {  // The cached layouts are for a zoomed canvas.
+    } else {  // The cached layouts fit a zoomed canvas.
         const Context own(makeContext(Drawing(makeDrawing(canvas)).get()));
         const Layout layout(makeLayout(own.get(), font, text));
         pango_layout_get_extents(layout.get(), &extents.ink, &extents.logical);
@@ -112,7 +112,7 @@ PangoLayout* TextLayouts::laidOut(const PangoFontDescription* font, const char* 
 
 TextLayouts::Texts& TextLayouts::textsIn(const PangoFontDescription* font) {
     for (Texts& each : fonts) {
-        if (pango_font_description_equal(each.font.get(), font)) {
+        if (pango_font_description_equal(each.font.get(), font) != FALSE) {
             return each;
         }
     }
@@ -124,7 +124,7 @@ bool TextLayouts::isMadeFor(cairo_t* drawing) const {
     cairo_get_matrix(drawing, &wanted);
     const Options wantedOptions(optionsOf(drawing));
     return wanted.xx == matrix.xx && wanted.xy == matrix.xy && wanted.yx == matrix.yx && wanted.yy == matrix.yy &&
-           cairo_font_options_equal(wantedOptions.get(), options.get());
+           cairo_font_options_equal(wantedOptions.get(), options.get()) != 0;
 }
 
 void TextLayouts::restartFor(cairo_t* drawing) {
@@ -140,7 +140,7 @@ void TextLayouts::dropStaleTexts() {
     const guint now = pango_font_map_get_serial(pango_cairo_font_map_get_default());
     bool isStale = now != fontMapSerial;
     for (const Texts& each : fonts) {
-        isStale = isStale || each.extents.size() > mostTexts || each.layouts.size() > mostTexts;
+        isStale = isStale || each.extents.size() > maxTexts || each.layouts.size() > maxTexts;
     }
     if (isStale) {
         fonts.clear();

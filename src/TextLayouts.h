@@ -14,16 +14,16 @@
 
 /// Cache of text layouts for one canvas: a style per font, and a layout per distinct text and font. A document shows
 /// thousands of texts, most of them equal, and the layout is the most expensive part of a text item.
-/// Lifetime: belongs to the canvas and goes with it.
+/// Lifetime: owned by the canvas and destroyed with it.
 /// Threads:  the main thread only.
 class TextLayouts {
 public:
-    /// In units of Pango, from the upper left corner of the layout.
+    /// In Pango units, relative to the upper left corner of the layout.
     struct Extents {
         PangoRectangle ink, logical;
     };
 
-    /// The canvas's own cache, created on first use.
+    /// The cache of that canvas, created on first use.
     static TextLayouts& of(GooCanvas* canvas);
 
     explicit TextLayouts(GooCanvas* canvas) : canvas(canvas) {}
@@ -31,10 +31,10 @@ public:
     /// Shared by all texts in that font: setting a style property on one of them changes all.
     GooCanvasStyle* styleOf(const std::string& font);
 
-    /// At a scale of 1.
+    /// Extents at scale 1, whatever the zoom.
     Extents extentsOf(const PangoFontDescription* font, const char* text);
 
-    /// For painting on `drawing`. Valid until the next call.
+    /// A layout for painting on `drawing`. Valid until the next call.
     PangoLayout* layoutOf(const PangoFontDescription* font, const char* text, cairo_t* drawing);
 
 private:
@@ -74,8 +74,8 @@ private:
     GooCanvas* canvas;
     std::map<std::string, Style, std::less<>> styles;
     std::vector<Texts> fonts;
-    Context context;          ///< Of all cached layouts; empty before the first one.
-    Options options;          ///< Font options of the drawing that the layouts are made for.
-    cairo_matrix_t matrix{};  ///< Its scale; the translation does not matter.
+    Context context;          ///< Shared by all cached layouts; empty before the first one.
+    Options options;          ///< Font options of the drawing that the cached layouts fit.
+    cairo_matrix_t matrix{};  ///< Scale of that drawing; the translation does not matter.
     guint fontMapSerial = 0;  ///< Changes with the installed fonts and their configuration.
 };

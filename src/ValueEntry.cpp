@@ -22,12 +22,12 @@ struct ChoiceColumns : public Gtk::TreeModel::ColumnRecord {
     Gtk::TreeModelColumn<Glib::ustring> text;
 };
 
-/// The rest of the line of the description that begins so; empty where there is none.
-std::string lineAfter(const std::string& description, const std::string& beginning) {
+/// The rest of the first line of the description with that prefix; empty if there is none.
+std::string lineAfter(const std::string& description, const std::string& prefix) {
     std::istringstream lines(description);
     for (std::string line; std::getline(lines, line);) {
-        if (line.starts_with(beginning)) {
-            return line.substr(beginning.size());
+        if (line.starts_with(prefix)) {
+            return line.substr(prefix.size());
         }
     }
     return {};
@@ -62,7 +62,7 @@ void ValueEntry::assist(const QzBase::Input& input) {
 
 void ValueEntry::fitToText() {
     constexpr Glib::ustring::size_type maxCharacters = 60;
-    constexpr int narrowest = 150;  // pixels that the toolkit gives to any entry
+    constexpr int defaultWidth = 150;  // pixels, given by the toolkit to any entry
     const Glib::ustring text = get_text();
     const auto count = static_cast<int>(std::min(text.size(), maxCharacters));
     int width = 0;
@@ -71,7 +71,7 @@ void ValueEntry::fitToText() {
     const Pango::FontMetrics metrics = get_pango_context()->get_metrics(get_pango_context()->get_font_description());
     const int ofOne = std::max(metrics.get_approximate_char_width(), metrics.get_approximate_digit_width());
     const int characters = std::max(count, width * PANGO_SCALE / std::max(ofOne, 1) + 1);
-    const bool isNarrow = width <= narrowest;
+    const bool isNarrow = width <= defaultWidth;
     set_width_chars(isNarrow ? -1 : std::min(characters, static_cast<int>(maxCharacters)));
 }
 
@@ -109,11 +109,11 @@ bool ValueEntry::isOffered(const Glib::ustring& /*key*/, const Gtk::TreeModel::c
 bool ValueEntry::openChoices(GdkEventKey* event) {
     const bool isDown = event->keyval == GDK_KEY_Down || event->keyval == GDK_KEY_KP_Down;
     const bool isAlone = (event->state & Gtk::AccelGroup::get_default_mod_mask()) == 0;
-    const bool isOpen = gtk_grab_get_current() != nullptr;  // The key then goes down in the list.
+    const bool isOpen = gtk_grab_get_current() != nullptr;  // Then the key moves down in the list.
     if (choices.empty() || !isDown || !isAlone || isOpen) {
         return false;
     }
-    // The toolkit opens its list after a change of the text only.
+    // The toolkit opens its list only after the text has changed.
     g_signal_emit_by_name(gobj(), "changed");
     return true;
 }
@@ -128,7 +128,7 @@ void ValueEntry::offerFiles(bool isFile) {
 }
 
 void ValueEntry::chooseFile(Gtk::EntryIconPosition /*position*/, const GdkEventButton* /*event*/) {
-    const DialogsStepBack inFront;
+    const KeepAboveSuspension suspension;
     Gtk::FileChooserDialog chooser("Choose a file", Gtk::FILE_CHOOSER_ACTION_OPEN);
     if (auto* dialog = dynamic_cast<Gtk::Window*>(get_toplevel())) {
         chooser.set_transient_for(*dialog);

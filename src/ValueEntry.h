@@ -7,16 +7,16 @@
 #include <string>
 #include <vector>
 
-/// The entry of a row in the variables dialog. It holds any text; what the library tells of the input only helps to
-/// write it: a tooltip, the choices by the key Down, a button that looks for a file.
+/// The entry of a row in the variables dialog. It accepts any text; the description of the input only helps to write
+/// it: a tooltip, a list of choices, an icon that opens a file chooser.
 class ValueEntry : public Gtk::Entry {
 public:
     ValueEntry();
 
-    /// Helps with this input from now on, in place of the one before.
+    /// Offers the help for this input, instead of the previous one's.
     void assist(const QzBase::Input& input);
 
-    /// As wide as its text, up to 60 characters, and never narrower than any entry.
+    /// Makes the entry as wide as its text, up to 60 characters, but never narrower than the toolkit's default.
     void fitToText();
 
 private:

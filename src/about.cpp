@@ -14,7 +14,7 @@
 
 namespace {
 
-/// The first page of the documentation that was installed (or built) with this program.
+/// The first page of the documentation installed, or built, with this program.
 Glib::ustring websiteAddress() {
     std::error_code failure;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", failure);
@@ -41,7 +41,7 @@ void setLogo(Gtk::AboutDialog& dialog) {
 }  // namespace
 
 void showAbout() {
-    const DialogsStepBack inFront;
+    const KeepAboveSuspension suspension;
     Gtk::AboutDialog dialog;
     dialog.set_program_name("Velmorak(Gtk)");
     dialog.set_version("0.2");
@@ -52,7 +52,7 @@ void showAbout() {
         "separately, at least version 16.10.");
     dialog.set_website(websiteAddress());
     dialog.set_website_label("Velmorak Website");
-    // Otherwise the toolkit shows the sign for a picture that is missing.
+    // Otherwise the toolkit shows its icon for a missing image.
     gtk_about_dialog_set_logo_icon_name(dialog.gobj(), nullptr);
     setLogo(dialog);
     dialog.run();

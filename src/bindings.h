@@ -4,11 +4,11 @@
 
 #include <QzBase.h>
 
-/// The output that feeds an input; empty where none does.
+/// The output that feeds an input; empty if the input is not connected.
 PortRef sourceOf(const QzBase::Input& input);
 
-/// The library's bindings into and out of a plug-in: by input, the output that feeds it.
+/// The library's bindings into and out of a plug-in: input -> the output that feeds it.
 PortMap<PortRef> bindingsOf(QzBase& object);
 
-/// Whether the library has this input fed by this output. False where either port does not exist.
+/// Whether, in the library, that output feeds that input. False if either port does not exist.
 bool isBound(QzBase& receiver, const std::string& input, QzBase& sender, const std::string& output);

@@ -4,8 +4,8 @@
 
 #include <goocanvasmm/item.h>
 
-/// What an item carries in its "title": a box the name of its plug-in, the text of an input "input", others nothing.
-/// Over empty canvas the toolkit tells of no item at all.
+/// The "title" of an item: the plug-in's name for a box, "input" for the text of an input, empty for all others. Null,
+/// which the toolkit reports over empty canvas, has no title either.
 inline Glib::ustring titleOf(const Glib::RefPtr<Goocanvas::Item>& item) {
     Glib::ustring title;
     if (item) {

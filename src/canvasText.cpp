@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* typeName = "VelmorakText";
 
-/// Null for a text with settings that the cache does not cover: the canvas library lays it out itself.
+/// Null if the text has settings that the cache does not support; the canvas library then lays it out itself.
 const PangoFontDescription* fontOf(const GooCanvasText* item) {
     const GooCanvasTextData* data = item->text_data;
     if (!data->text || data->width > 0 || data->use_markup || data->alignment != PANGO_ALIGN_LEFT) {
@@ -69,7 +69,7 @@ CanvasPoint originOf(const GooCanvasTextData& text, const PangoRectangle& logica
             text.y - upperPart(text.anchor) * inUnits(logical.height)};
 }
 
-/// The bounds include ink that extends beyond the line, as that of italic letters.
+/// The bounds include ink beyond the logical extents, such as the overhang of italic letters.
 void update(GooCanvasItemSimple* simple, cairo_t* drawing) {
     GooCanvasText* item = GOO_CANVAS_TEXT(simple);
     const PangoFontDescription* font = fontOf(item);
@@ -121,7 +121,8 @@ GType textType() {
                                                       static_cast<GTypeFlags>(0));
 }
 
-/// C++ wrapper of an existing item; takes over the reference. Glib::wrap() needs the bindings to be initialised.
+/// C++ wrapper of an existing item; takes over the reference. Glib::wrap() would require the bindings to be
+/// initialised.
 class Wrapped : public Goocanvas::Text {
 public:
     explicit Wrapped(GooCanvasText* item) : Goocanvas::Text(item) {}
@@ -131,8 +132,8 @@ public:
 
 Glib::RefPtr<Goocanvas::Text> makeText(Goocanvas::Canvas& canvas, const std::string& text, CanvasPoint place,
                                        Goocanvas::AnchorType anchor, const std::string& font) {
-    // Fills the fields directly, as the C constructor goo_canvas_text_new() does: setting properties one by one costs
-    // more than the item itself.
+    // Fills the fields directly, as the C constructor goo_canvas_text_new() does: setting the properties one by one
+    // takes longer than creating the item.
     auto* item = GOO_CANVAS_TEXT(g_object_new(textType(), nullptr));
     GooCanvasTextData& data = *item->text_data;
     data.text = g_strdup(text.c_str());

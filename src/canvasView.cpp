@@ -13,7 +13,7 @@
 namespace canvasView {
 namespace {
 
-/// Where the item is on the whole canvas, in pixels.
+/// The bounds of the item, in pixels from the upper left corner of the whole canvas.
 Gdk::Rectangle pixelsOf(const Goocanvas::Canvas& canvas, GooCanvasItem* item) {
     GooCanvasBounds bounds{};
     goo_canvas_item_get_bounds(item, &bounds);
@@ -31,9 +31,9 @@ std::string tooltipOf(GooCanvasItem* item) {
     return copy;
 }
 
-/// The canvas library would read a tooltip as markup.
-bool tell(int x, int y, bool isByKey, const Glib::RefPtr<Gtk::Tooltip>& tooltip, Goocanvas::Canvas* canvas,
-          Gtk::ScrolledWindow* scroller) {
+/// Replaces the canvas library's handler, which would read the tooltip as markup.
+bool showTooltip(int x, int y, bool isByKey, const Glib::RefPtr<Gtk::Tooltip>& tooltip, Goocanvas::Canvas* canvas,
+                 Gtk::ScrolledWindow* scroller) {
     g_signal_stop_emission_by_name(canvas->gobj(), "query-tooltip");
     const int scrolledX = static_cast<int>(scroller->get_hadjustment()->get_value());
     const int scrolledY = static_cast<int>(scroller->get_vadjustment()->get_value());
@@ -97,7 +97,7 @@ bool scrollByKey(GdkEventKey* event, Gtk::ScrolledWindow* scroller) {
 
 void showTooltips(Goocanvas::Canvas& canvas, Gtk::ScrolledWindow& scroller) {
     canvas.set_has_tooltip(true);
-    canvas.signal_query_tooltip().connect(sigc::bind(sigc::ptr_fun(&tell), &canvas, &scroller), false);
+    canvas.signal_query_tooltip().connect(sigc::bind(sigc::ptr_fun(&showTooltip), &canvas, &scroller), false);
 }
 
 void scrollByKeys(Goocanvas::Canvas& canvas, Gtk::ScrolledWindow& scroller) {

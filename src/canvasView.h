@@ -3,16 +3,17 @@
 #include <goocanvasmm/canvas.h>
 #include <gtkmm/scrolledwindow.h>
 
-/// What a user sees of the canvas, and how it is brought into view.
+/// Tooltips and scrolling of the canvas.
 namespace canvasView {
 
-/// Has the canvas show the "tooltip" of the item below the pointer, as plain text.
+/// Makes the canvas show the "tooltip" of the item below the pointer, as plain text.
 void showTooltips(Goocanvas::Canvas& canvas, Gtk::ScrolledWindow& scroller);
 
-/// Has the arrow and the Page keys scroll the canvas while it has the keyboard, instead of leaving it for a button.
+/// Makes the arrow and Page keys scroll the canvas while it has the keyboard focus, instead of moving the focus to a
+/// button.
 void scrollByKeys(Goocanvas::Canvas& canvas, Gtk::ScrolledWindow& scroller);
 
-/// Scrolls as far as it takes to see the item; of one larger than the view, its upper left corner.
+/// Scrolls just far enough to show the item, or the upper left corner of one that is larger than the view.
 void bringIntoView(Goocanvas::Canvas& canvas, Gtk::ScrolledWindow& scroller, const Glib::RefPtr<Goocanvas::Item>& item);
 
 }  // namespace canvasView

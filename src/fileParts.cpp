@@ -15,14 +15,14 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr mode_t modeBits = 07777;
-constexpr const char* passingPrefix = ".velmorak-save-";
+constexpr const char* temporaryPrefix = ".velmorak-save-";
 
-// The name is short and does not depend on the target's, which may be as long as the file system allows.
-fs::path passingName(const fs::path& folder, unsigned number) {
-    return folder / (passingPrefix + std::to_string(getpid()) + '-' + std::to_string(number));
+// Short, and independent of the target's name, which may be as long as the file system allows.
+fs::path temporaryName(const fs::path& folder, unsigned number) {
+    return folder / (temporaryPrefix + std::to_string(getpid()) + '-' + std::to_string(number));
 }
 
-// Where locks are not to be had, removeLeftovers gets none either and leaves the file.
+// On a file system without locks, removeLeftovers cannot lock the file either and keeps it.
 bool isOurs(const Descriptor& file) {
     if (flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
         return false;
@@ -31,9 +31,9 @@ bool isOurs(const Descriptor& file) {
     return fstat(file.get(), &status) == 0 && status.st_nlink > 0;
 }
 
-Descriptor makePassing(const fs::path& folder, mode_t mode, fs::path& path) {
+Descriptor createTemporary(const fs::path& folder, mode_t mode, fs::path& path) {
     for (unsigned number = 0;; ++number) {
-        path = passingName(folder, number);
+        path = temporaryName(folder, number);
         Descriptor made(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
         if (made.isOpen() ? isOurs(made) : errno != EEXIST) {
             return made;
@@ -60,7 +60,7 @@ std::optional<std::string> attributeOf(const fs::path& file, const std::string& 
     return got == room && got >= 0 ? std::optional(value) : std::nullopt;
 }
 
-// Some attributes are the system's to set, and it has given them to the new file already.
+// Some attributes can be set by the system only; the new file already has these.
 bool copyAttributes(const fs::path& from, const fs::path& to, const Descriptor& file) {
     const auto names = attributeNames(from);
     return std::all_of(names.begin(), names.end(), [&](const std::string& name) {
@@ -85,15 +85,15 @@ Descriptor::~Descriptor() {
     }
 }
 
-PassingFile::PassingFile(const fs::path& folder, mode_t mode) : file(makePassing(folder, mode, path)) {}
+TemporaryFile::TemporaryFile(const fs::path& folder, mode_t mode) : file(createTemporary(folder, mode, path)) {}
 
-PassingFile::~PassingFile() {
+TemporaryFile::~TemporaryFile() {
     if (file.isOpen() && !path.empty()) {
         unlink(path.c_str());
     }
 }
 
-bool PassingFile::becomeAlike(const fs::path& model, const struct stat& status) const {
+bool TemporaryFile::copyMetadata(const fs::path& model, const struct stat& status) const {
     struct stat made {};
     if (fstat(file.get(), &made) != 0) {
         return false;
@@ -103,11 +103,11 @@ bool PassingFile::becomeAlike(const fs::path& model, const struct stat& status) 
            fchmod(file.get(), status.st_mode & modeBits) == 0 && copyAttributes(model, path, file);
 }
 
-bool PassingFile::write(std::string_view text) const {
+bool TemporaryFile::write(std::string_view text) const {
     return writeAll(file, text) && flush(file);
 }
 
-bool PassingFile::takePlaceOf(const fs::path& target) {
+bool TemporaryFile::renameTo(const fs::path& target) {
     if (std::rename(path.c_str(), target.c_str()) != 0) {
         return false;
     }
@@ -120,7 +120,7 @@ void removeLeftovers(const fs::path& folder) {
     std::error_code failure;
     for (fs::directory_iterator entry(folder, failure); !failure && entry != fs::directory_iterator();
          entry.increment(failure)) {
-        if (entry->path().filename().native().starts_with(passingPrefix)) {
+        if (entry->path().filename().native().starts_with(temporaryPrefix)) {
             removeIfLeft(entry->path());
         }
     }
@@ -138,7 +138,7 @@ bool writeAll(const Descriptor& file, std::string_view text) {
 }
 
 bool flush(const Descriptor& file) {
-    return fsync(file.get()) == 0 || errno == EINVAL || errno == EROFS;  // what has no disk below it
+    return fsync(file.get()) == 0 || errno == EINVAL || errno == EROFS;  // not stored on a disk
 }
 
 void flushFolder(const fs::path& folder) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-/// A file descriptor that is closed with its holder.
+/// Owns a file descriptor and closes it.
 class Descriptor {
 public:
     explicit Descriptor(int number) : number(number) {}
@@ -24,34 +24,36 @@ private:
     int number;
 };
 
-/// A new file under a passing name, which goes with its holder unless it takes another's place. It is locked for as
-/// long, by which removeLeftovers knows that it is in use.
-class PassingFile {
+/// A new file under a temporary name, deleted by the destructor unless it has replaced another file. It stays locked
+/// for its lifetime, so that removeLeftovers recognises files in use.
+class TemporaryFile {
 public:
-    PassingFile(const std::filesystem::path& folder, mode_t mode);
-    ~PassingFile();
-    PassingFile(const PassingFile&) = delete;
-    PassingFile& operator=(const PassingFile&) = delete;
+    TemporaryFile(const std::filesystem::path& folder, mode_t mode);
+    ~TemporaryFile();
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
 
     bool isOpen() const { return file.isOpen(); }
-    /// Gives it owner, mode and extended attributes of another file.
-    bool becomeAlike(const std::filesystem::path& model, const struct stat& status) const;
-    /// Writes all of the text, to the disk.
+    /// Copies owner, mode and extended attributes of another file.
+    bool copyMetadata(const std::filesystem::path& model, const struct stat& status) const;
+    /// Writes the whole text and flushes it to the disk.
     bool write(std::string_view text) const;
-    bool takePlaceOf(const std::filesystem::path& target);
+    bool renameTo(const std::filesystem::path& target);
 
 private:
     std::filesystem::path path;
     Descriptor file;
 };
 
-/// Removes what killed programs have left of passing files in a folder.
+/// Removes the temporary files that killed programs have left in a folder.
 void removeLeftovers(const std::filesystem::path& folder);
 
+inline constexpr mode_t privateFile = 0600;
+
 bool writeAll(const Descriptor& file, std::string_view text);
-bool flush(const Descriptor& file);  ///< To the disk.
+bool flush(const Descriptor& file);  ///< Waits until the content is on the disk.
 void flushFolder(const std::filesystem::path& folder);
 std::filesystem::path folderOf(const std::filesystem::path& file);
 std::optional<struct stat> statusOf(const std::filesystem::path& file);
-/// @return nothing when it cannot be read or is no regular file.
+/// @return nothing if it cannot be read or is not a regular file.
 std::optional<std::string> contentOfFile(const std::filesystem::path& file);

@@ -5,7 +5,7 @@
 
 namespace {
 
-bool serveNoWheel(GdkEventScroll* /*event*/) {
+bool ignoreWheel(GdkEventScroll* /*event*/) {
     return true;
 }
 
@@ -36,6 +36,6 @@ void chooseFromListOnly(Gtk::ComboBoxText& selector) {
     const auto asList = Gtk::CssProvider::create();
     asList->load_from_data("* { -GtkComboBox-appears-as-list: true; }");
     selector.get_style_context()->add_provider(asList, GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
-    selector.signal_scroll_event().connect(sigc::ptr_fun(&serveNoWheel), false);
+    selector.signal_scroll_event().connect(sigc::ptr_fun(&ignoreWheel), false);
     selector.signal_key_press_event().connect(sigc::bind(sigc::ptr_fun(&openByKey), &selector), false);
 }

@@ -2,6 +2,6 @@
 
 #include <gtkmm/comboboxtext.h>
 
-/// Has the selector show its entries as a list at the button, and choose only from there: neither the wheel over it nor
-/// the arrow keys go from entry to entry, each of which would place a plug-in. Those keys open the list.
+/// Makes the selector show its entries as a list at the button, the only way to choose one. The wheel and the arrow
+/// keys do not step through the entries, because every step would place a plug-in; the keys open the list instead.
 void chooseFromListOnly(Gtk::ComboBoxText& selector);

@@ -2,6 +2,6 @@
 
 #include <string>
 
-/// @return empty, or why the program cannot work with the analysis library that the loader has found. Calls nothing of
-///         the library.
+/// @return the reason why the program cannot work with the analysis library that the loader has found; empty if it can.
+///         Calls no function of the library.
 std::string libraryObjection();

@@ -4,5 +4,5 @@
 
 #include <string>
 
-/// The text as the toolkit can show it: bytes that are not UTF-8 become replacement characters.
+/// The text as valid UTF-8, which the toolkit requires: each invalid byte becomes a replacement character.
 Glib::ustring plainText(const std::string& text);

@@ -20,33 +20,32 @@
 
 namespace {
 
-constexpr double canvasHeight = 1200;
 constexpr double headerHeight = 30;
 constexpr double rowHeight = 20;
 constexpr double portInset = 5;
 
-/// A counter is put behind the name in a buffer of fixed length; a name that does not fit ends the program.
+/// The name followed by a number, in a buffer of fixed length; a name that does not fit ends the program.
 Glib::ustring numbered(const Glib::ustring& name, std::uint16_t number) {
     std::array<char, 64> buffer{};
     const int length = std::snprintf(buffer.data(), buffer.size(), "%s%u", name.c_str(), static_cast<unsigned>(number));
     if (length < 0 || static_cast<std::size_t>(length) >= buffer.size()) {
-        std::cerr << "The name " << visible(name) << " is too long for a number to follow it." << std::endl;
+        std::cerr << "The name " << visible(name) << " is too long to append a number." << std::endl;
         std::abort();
     }
     return buffer.data();
 }
 
-/// The canvas library never frees the tooltip of an item, neither when the item dies nor when it gets another.
+/// The canvas library never frees the tooltip of an item, neither with the item nor when another tooltip is set.
 void freeTooltip(const Glib::RefPtr<Goocanvas::Item>& item) {
     GooCanvasItemSimpleData* data = GOO_CANVAS_ITEM_SIMPLE(item->gobj())->simple_data;
     g_clear_pointer(&data->tooltip, g_free);
 }
 
-/// Beyond it a position is damaged, and the toolkit's numbers overflow.
-constexpr double farthest = 1e6;
+/// A larger position can only be corrupt, and would overflow in the toolkit.
+constexpr double maxPosition = 1e6;
 
 bool isPlace(double position) {
-    return std::abs(position) <= farthest;  // NaN is not
+    return std::abs(position) <= maxPosition;  // NaN is not
 }
 
 /// The nearest position that leaves `length` in [0, end]; 0 for NaN.
@@ -54,7 +53,7 @@ double nearestPlace(double position, double length, double end) {
     return std::isnan(position) ? 0 : std::clamp(position, 0.0, std::max(0.0, end - length));
 }
 
-/// Whole units of `travel` that lead from `place` into [0, end], or at least not farther away from it.
+/// The whole units of `travel`, limited so that the step from `place` ends in [0, end] or does not lead farther away.
 double wholeStep(double place, double travel, double end) {
     const double from = std::trunc(place);
     return std::clamp(from + std::trunc(travel), std::min(0.0, from), std::max(std::floor(end), from)) - from;
@@ -69,14 +68,14 @@ void shift(const Glib::RefPtr<Goocanvas::Item>& item, float dx, float dy) {
     item->set_property("y", static_cast<double>(static_cast<float>(y) + dy));
 }
 
-/// As its properties say, but in no time, for thousands of them at every step of a drag.
+/// Reads the fields directly: a drag asks for thousands of positions per step, and reading properties is slow.
 CanvasPoint placeOfText(const plugin::TextItem& text) {
     const GooCanvasTextData* data = text->gobj()->text_data;
     return {data->x, data->y};
 }
 
-/// A name that is not there is entered as the first one. Compared letter for letter first, which is much quicker than
-/// by the rules of the user's language, as the map does it.
+/// An unknown name is added with position 0. Compares bytes first, which is much faster than the map's comparison by
+/// the rules of the user's language.
 unsigned short positionOf(NameMap<unsigned short>& index, const Glib::ustring& port) {
     for (const auto& [name, position] : index) {
         if (name.raw() == port.raw()) {
@@ -116,7 +115,7 @@ plugin::~plugin() {
 
 Glib::ustring plugin::freeName(const Glib::ustring& wanted) const {
     Glib::ustring candidate = wanted;
-    for (std::uint16_t number = 1; manager->FindPlugin(candidate); ++number) {
+    for (std::uint16_t number = 1; manager->FindPlugin(candidate) != nullptr; ++number) {
         candidate = numbered(wanted, number);
     }
     return candidate;
@@ -139,8 +138,8 @@ plugin::Frame plugin::measure() {
     object->GetPosition(x, y);
     object->GetExtent(width, height);
     displaced = !isPlace(x) || !isPlace(y);
-    const double bottom = isPlace(y) ? y : nearestPlace(y, height + headerHeight, canvasHeight);
-    double canvasY = canvasHeight - bottom - height - headerHeight;
+    const double bottom = isPlace(y) ? y : nearestPlace(y, height + headerHeight, canvasSize.y);
+    double canvasY = canvasSize.y - bottom - height - headerHeight;
     object->GetDrawnExtent(width, height);
     const double canvasX = isPlace(x) ? x : nearestPlace(x, width, canvasExtent().x);
     // Deliberate: a redraw never moves a node up or down, while x always comes from the library.
@@ -189,7 +188,7 @@ void plugin::removeItems() {
 
 void plugin::drawBox(const Frame& frame, std::uint32_t colour) {
     box = Goocanvas::Rect::create(frame.x, frame.y, frame.width, frame.height + headerHeight);
-    // In one call, as documents bring thousands of them.
+    // One call for all properties: documents have thousands of boxes.
     g_object_set(box->gobj(), "radius-x", 10.0, "radius-y", 10.0, "fill-color-rgba", colour, "title",
                  object->GetName().c_str(), "can-focus", FALSE, "tooltip", object->description.c_str(), nullptr);
     canvas->get_root_item()->add_child(box);
@@ -225,7 +224,7 @@ void plugin::drawOutputs(const Frame& frame) {
 
 plugin::TextItem plugin::addTitle(const std::string& text, CanvasPoint place, const char* font) {
     TextItem item = makeText(*canvas, text, place, Goocanvas::ANCHOR_NORTH, font);
-    // Clicks fall through to the box.
+    // Clicks reach the box below.
     g_object_set(item->gobj(), "pointer-events", GOO_CANVAS_EVENTS_NONE, nullptr);
     canvas->get_root_item()->add_child(item);
     return item;
@@ -308,7 +307,7 @@ std::shared_ptr<plugin*> plugin::handle() const {
     return self;
 }
 
-void plugin::succeed(plugin& former) {
+void plugin::replace(plugin& former) {
     self = former.self;
     *self = this;
     changed = former.changed;

@@ -17,78 +17,80 @@
 class QzBase;
 class QzManager;
 
-/// The face of one analysis plug-in on the canvas: a box with two title lines and one text for each port shown.
+/// One analysis plug-in on the canvas: a box with two title lines and a text for each visible port.
 ///
-/// Every item is a direct child of the canvas's root item.
-/// Lengths:  canvas units, y downwards; the library keeps positions with y upwards.
-/// Lifetime: wraps an object of the manager, and has the manager delete it when the node dies (unless released).
+/// Invariant: every item is a direct child of the canvas's root item, and a redraw replaces all of them. Whoever holds
+/// an
+///           item across draw() holds one that is no longer on the canvas; hold the name of the plug-in instead.
+/// Lengths:  canvas units, y downwards; the library stores positions with y upwards.
+/// Lifetime: wraps an object of the manager and makes the manager delete it in the destructor, unless released.
 /// Threads:  the main thread only.
 class plugin {
 public:
     using TextItem = Glib::RefPtr<Goocanvas::Text>;
 
-    /// Wraps `object`, or, where it is null, has the manager create one of the kind with that name and number, under
-    /// a name of its own, at (100, 100) of the library's frame. Draws at once.
+    /// Wraps `object` or, if it is null, makes the manager create one of the kind with that name and number, under a
+    /// unique name, at the library's position (100, 100). Draws it at once.
     plugin(QzManager* manager, Goocanvas::Canvas& canvas, QzBase* object, Glib::ustring name, unsigned short kind);
 
-    /// Takes the items off the canvas, then has the manager delete the object.
+    /// Removes the items from the canvas, then makes the manager delete the object.
     ~plugin();
 
     plugin(const plugin&) = delete;
     plugin& operator=(const plugin&) = delete;
 
-    /// Makes all items anew. A redraw keeps the box's y and takes x from the library.
+    /// Creates all items anew. A redraw keeps the box's y and takes x from the library.
     void draw();
 
-    /// Moves every item; positions snap to whole units before the step is added.
+    /// Moves every item; positions are truncated to whole units before the step is added.
     void translate(float dx, float dy);
 
-    /// Moves by the whole units of `travel`, as far as the title bar stays on the canvas. @return how far the box went.
+    /// Moves by the whole units of `travel`, but keeps the title bar on the canvas. @return the distance moved.
     CanvasPoint follow(CanvasPoint travel);
 
-    /// Above everything else on the canvas, the texts above their box.
+    /// Raises the box above everything else on the canvas, and the texts above their box.
     void raise_to_top();
 
     QzBase* GetPlugin();
 
-    /// Whether the library's position is no place on the canvas, and the box is drawn beside it and not moved since.
+    /// Whether the library's position is not on the canvas, so that the box is drawn elsewhere, and not moved since.
     bool isDisplaced() const { return displaced; }
 
-    /// Where a wire begins or ends: the place of that port's text. A name that is not shown is entered in the index as
-    /// the first port; on a side that shows no port it is the place where the first one would stand.
+    /// End point of a wire: the position of the port's text. A port that is not shown is added to the index at position
+    /// 0; if its side shows no port at all, the wire ends where the first port would be.
     CanvasPoint outputAnchor(const Glib::ustring& port);
     CanvasPoint inputAnchor(const Glib::ustring& port);
 
-    /// Lets go of the object: it stays in the manager when this node dies.
+    /// Gives up the object: it stays in the manager when this node is destroyed.
     void release();
 
-    /// Lets go of the items, where the canvas goes or is cleared as a whole.
+    /// Gives up the items, before the canvas is destroyed or cleared as a whole.
     void leaveCanvas();
 
-    /// Leads to this node, or to the one that succeeded it; to null once that is gone too.
+    /// Points to this node or to the one that has replaced it, and to null after that has been deleted too.
     std::shared_ptr<plugin*> handle() const;
 
-    /// Takes the place of another node of the same object, which lets go of it.
-    void succeed(plugin& former);
+    /// Replaces another node of the same object, which gives up the object.
+    void replace(plugin& former);
 
     Glib::RefPtr<Goocanvas::Rect> box;    ///< Empty until the first draw; its "title" is the object's name.
-    Glib::ustring uniqueName;             ///< Name when the node was made; a later rename does not change it.
+    Glib::ustring uniqueName;             ///< Name when the node was created; a rename does not change it.
     Glib::ustring kindName;               ///< Second title line.
     std::vector<TextItem> inputTexts;     ///< In port order; "title" is "input".
     std::vector<TextItem> outputTexts;    ///< In port order; without "title".
     NameMap<unsigned short> inputIndex;   ///< Name of an input: its position in inputTexts.
     NameMap<unsigned short> outputIndex;  ///< Name of an output: its position in outputTexts.
-    bool changed = false;  ///< Edited in the variables dialog since the last save. The node itself never reads it.
+    bool changed = false;  ///< Edited in the variables dialog since the last save; read by the main window only.
 
 private:
-    /// Where the box goes, and its size without the header.
+    /// Position of the box, and its size without the header.
     struct Frame {
         double x, y, width, height;
     };
 
     Glib::ustring freeName(const Glib::ustring& wanted) const;
     Frame measure();
-    CanvasPoint canvasExtent() const;  ///< Lower right corner of the canvas, which begins at (0, 0).
+    CanvasPoint canvasExtent() const;  ///< Lower right corner; the upper left one is (0, 0).
     void freeTooltips();
     void removeItems();
     void drawBox(const Frame& frame, std::uint32_t colour);
@@ -107,7 +109,7 @@ private:
     std::shared_ptr<plugin*> self = std::make_shared<plugin*>(this);
 };
 
-/// One port of a node, while it is worked on.
+/// A port of a node, as a function argument.
 struct NodePort {
     plugin& node;
     const Glib::ustring& port;

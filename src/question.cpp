@@ -18,20 +18,20 @@ std::vector<varWindow*> variablesDialogs() {
 
 }  // namespace
 
-DialogsStepBack::DialogsStepBack() {
+KeepAboveSuspension::KeepAboveSuspension() {
     for (varWindow* dialog : variablesDialogs()) {
-        dialog->stepBack();
+        dialog->suspendKeepAbove();
     }
 }
 
-DialogsStepBack::~DialogsStepBack() {
+KeepAboveSuspension::~KeepAboveSuspension() {
     for (varWindow* dialog : variablesDialogs()) {
-        dialog->comeBack();
+        dialog->resumeKeepAbove();
     }
 }
 
 bool confirms(const Glib::ustring& question, Gtk::ResponseType preferred) {
-    const DialogsStepBack inFront;
+    const KeepAboveSuspension suspension;
     Gtk::MessageDialog dialog(question, false, Gtk::MESSAGE_QUESTION, Gtk::BUTTONS_YES_NO, false);
     dialog.set_keep_above(true);
     if (preferred != Gtk::RESPONSE_NONE) {

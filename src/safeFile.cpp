@@ -14,10 +14,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int maxChainLength = 40;  // of links, as the kernel has it
-constexpr mode_t ownFile = 0600;
+constexpr int maxLinks = 40;  // in a chain, as in the kernel
 
-// A file that grows beyond the user's limit fails like one on a full disk; unblocked, the signal would end the program.
+// Blocks SIGXFSZ, which would otherwise end the program: writing beyond the user's file size limit then fails like
+// writing to a full disk.
 class SizeSignalBlock {
 public:
     SizeSignalBlock() {
@@ -44,7 +44,7 @@ private:
 fs::path followLinks(const std::string& file) {
     fs::path target(file);
     std::error_code failure;
-    for (int i = 0; i < maxChainLength && fs::is_symlink(target, failure); ++i) {
+    for (int i = 0; i < maxLinks && fs::is_symlink(target, failure); ++i) {
         const fs::path next = fs::read_symlink(target, failure);
         target = target.parent_path() / next;
     }
@@ -56,14 +56,14 @@ Descriptor openForWriting(const fs::path& file, const std::optional<struct stat>
     return Descriptor(isRegular ? open(file.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC) : -1);
 }
 
-// The size stays, so that a file that is not written after all is what it was. What cannot reserve is tried all the
-// same.
+// Reserves the blocks without changing the size, so that a file that is not written after all stays as it was. If the
+// file system cannot reserve blocks, writing is attempted anyway.
 bool hasRoom(const Descriptor& file, std::size_t size, off_t formerSize) {
     if (size == 0 || fallocate(file.get(), FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(size)) == 0 ||
         (errno != ENOSPC && errno != EDQUOT && errno != EFBIG)) {
         return true;
     }
-    std::ignore = ftruncate(file.get(), formerSize);  // what was reserved until there was no more
+    std::ignore = ftruncate(file.get(), formerSize);  // frees the blocks reserved so far
     return false;
 }
 
@@ -77,7 +77,7 @@ bool rewrite(const Descriptor& file, std::string_view text) {
 SafeFile::SafeFile(const std::string& name, mode_t mode)
     : target(followLinks(name)), former(statusOf(target)), inPlace(openForWriting(target, former)) {
     std::error_code failure;
-    if (!former && target.has_filename() && !fs::is_symlink(target, failure)) {  // else a circle of links
+    if (!former && target.has_filename() && !fs::is_symlink(target, failure)) {  // a link here is part of a cycle
         beside.emplace(folderOf(target), mode);
     }
 }
@@ -92,14 +92,14 @@ std::optional<std::string> SafeFile::formerContent() const {
 
 bool SafeFile::replace(std::string_view text) {
     if (!former) {
-        return beside->write(text) && beside->takePlaceOf(target);
+        return beside->write(text) && beside->renameTo(target);
     }
     if (former->st_nlink > 1) {
         return false;
     }
-    PassingFile passing(folderOf(target), ownFile);
-    return passing.isOpen() && passing.becomeAlike(target, *former) && passing.write(text) &&
-           passing.takePlaceOf(target);
+    TemporaryFile temporary(folderOf(target), privateFile);
+    return temporary.isOpen() && temporary.copyMetadata(target, *former) && temporary.write(text) &&
+           temporary.renameTo(target);
 }
 
 bool SafeFile::overwrite(std::string_view text) {

@@ -7,31 +7,32 @@
 #include <string>
 #include <string_view>
 
-/// A regular file that gets a new content as a whole. Symbolic links are followed; owner, mode, extended attributes and
-/// hard links stay.
+/// Replaces the content of a regular file atomically. Follows symbolic links; preserves owner, mode, extended
+/// attributes and hard links.
 ///
-/// The text goes to a file beside the target, to the disk, and then takes the target's place: whoever reads the file
-/// meanwhile, or after a failure, a kill or a power cut, finds either the former content or the new one.
+/// Normally, the text is written to a temporary file in the same folder, flushed to the disk, and renamed to the
+/// target. Invariant: a reader finds either the old content or the new one, at any time and also after a failure, a
+/// kill or a power cut.
 ///
-/// That would cut hard links, and cannot be done without the right to the folder, for another's file, for attributes
-/// that may not be set, or where the disk has no room for two. Then the target is written in place. The promise is a
-/// weaker one: a reader may meet a file that is half written; after a failure the former content is put back; after a
-/// kill or a power cut the whole new text lies in a copy (putCopy), made before the target is touched. Only where the
-/// copy finds no room either, the former content is kept in memory alone, for a failure but not for a kill.
+/// Renaming would break hard links. It is impossible without write permission for the folder, if the file belongs to
+/// another user, if an attribute cannot be set, or if the disk has no room for two files. The target is then written in
+/// place, with a weaker guarantee: a reader may find a half-written file; after a failure, the old content is restored;
+/// after a kill or a power cut, the complete new text is in a copy (putCopy), written before the target is modified. If
+/// there is no room for the copy either, the old content is in memory only: it survives a failure, but not a kill.
 class SafeFile {
 public:
-    static constexpr mode_t usualMode = 0666;  ///< Less the user's mask.
+    static constexpr mode_t defaultMode = 0666;  ///< Before the umask is applied.
 
-    /// @param mode of a file that is not there yet, less the user's mask.
-    explicit SafeFile(const std::string& name, mode_t mode = usualMode);
+    /// @param mode of a new file, before the umask is applied.
+    explicit SafeFile(const std::string& name, mode_t mode = defaultMode);
 
-    /// False when it is no regular file or may not be written. A device or a pipe is not touched.
+    /// False if it is not a regular file or must not be written. Devices and pipes are never opened.
     bool isOpen() const;
-    /// @return the content that it has; nothing when it is new or cannot be read.
+    /// @return the current content; nothing if the file is new or cannot be read.
     std::optional<std::string> formerContent() const;
     bool isNew() const { return !former; }
-    mode_t formerMode() const { return former ? former->st_mode : usualMode; }
-    /// @return false, with nothing changed, when there is no room for the text.
+    mode_t formerMode() const { return former ? former->st_mode : defaultMode; }
+    /// @return false, with nothing changed, if there is no room for the text.
     bool save(std::string_view text);
 
 private:
@@ -40,16 +41,17 @@ private:
 
     std::filesystem::path target;
     std::optional<struct stat> former;
-    Descriptor inPlace;                 ///< Of a file that is there.
-    std::optional<PassingFile> beside;  ///< Of a new one.
+    Descriptor inPlace;                   ///< Open if the file exists.
+    std::optional<TemporaryFile> beside;  ///< Set if the file is new.
 };
 
 /// Makes `text` the whole content of a file.
-/// @return false, with nothing changed, when the file may not be written or there is no room for the text.
+/// @return false, with nothing changed, if the file must not be written or there is no room for the text.
 bool saveFile(const std::string& file, std::string_view text);
 
-/// @return where the text lies that a program was writing in place when it was killed; empty where the file holds it.
+/// @return the copy with the text that a killed program was writing to the file in place; nothing if the file is
+/// complete.
 std::optional<std::string> interruptedSaveOf(const std::string& file);
 
-/// @return true when there is something of that name that can be opened; a pipe is not waited for.
+/// @return whether something of that name exists and can be opened; does not wait for a pipe.
 bool isThere(const std::string& file);

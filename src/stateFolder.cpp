@@ -16,41 +16,41 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr mode_t ownFolder = 0700;
-constexpr mode_t ownFile = 0600;
+constexpr mode_t privateFolder = 0700;
 constexpr std::size_t maxRemoved = 50;
 
 fs::path stateFolder() {
     const char* const state = std::getenv("XDG_STATE_HOME");
-    if (state && fs::path(state).is_absolute()) {
+    if (state != nullptr && fs::path(state).is_absolute()) {
         return fs::path(state) / "velmorak";
     }
     const char* const home = std::getenv("HOME");
-    // Without a home, a place in which nothing can be made.
-    return home && fs::path(home).is_absolute() ? fs::path(home) / ".local/state/velmorak" : "/dev/null/velmorak";
+    // Without a home, a folder that cannot be created.
+    return home != nullptr && fs::path(home).is_absolute() ? fs::path(home) / ".local/state/velmorak"
+                                                           : "/dev/null/velmorak";
 }
 
-// @return where nothing can be made, a folder that is not there.
-fs::path madeFolder(const char* name) {
+// Creates the folder. @return its path, even if it could not be created.
+fs::path createFolder(const char* name) {
     fs::path folder = stateFolder() / name;
     fs::path made;
     for (const fs::path& part : folder) {
         made /= part;
-        mkdir(made.c_str(), ownFolder);
+        mkdir(made.c_str(), privateFolder);
     }
     return folder;
 }
 
 bool put(const fs::path& file, std::string_view text) {
-    PassingFile passing(folderOf(file), ownFile);
-    return passing.isOpen() && passing.write(text) && passing.takePlaceOf(file);
+    TemporaryFile temporary(folderOf(file), privateFile);
+    return temporary.isOpen() && temporary.write(text) && temporary.renameTo(file);
 }
 
 fs::path originOf(fs::path file) {
     return file.replace_extension(".origin");
 }
 
-// The text is there only when its origin is.
+// The origin comes first: a text never exists without it.
 bool putWithOrigin(const fs::path& file, std::string_view text, const std::string& origin) {
     removeLeftovers(folderOf(file));
     return put(originOf(file), origin) && put(file, text);
@@ -86,7 +86,7 @@ fs::path copyInState(const fs::path& target) {
     return stateFolder() / "saving" / (digestOf(pathOf(target)) + ".new");
 }
 
-// Names begin with the time, so their order is that of their making.
+// Names begin with the time, so that they sort by age.
 void removeOldest(const fs::path& folder) {
     std::set<std::string> stems;
     std::error_code failure;
@@ -95,7 +95,7 @@ void removeOldest(const fs::path& folder) {
         stems.insert(entry->path().stem().string());
     }
     while (stems.size() > maxRemoved) {
-        removeWithOrigin(folder / (*stems.begin() + ".zedra"));
+        removeWithOrigin(folder / (*stems.begin() + documentExtension));
         stems.erase(stems.begin());
     }
 }
@@ -112,17 +112,17 @@ std::string timeAndProcess() {
 }  // namespace
 
 std::string keepRemoved(std::string_view text, const std::string& origin) {
-    const fs::path folder = madeFolder("removed");
+    const fs::path folder = createFolder("removed");
     const std::string stem = timeAndProcess();
     fs::path file;
     unsigned number = 0;
     std::error_code failure;
     do {
-        file = folder / (stem + std::to_string(number++) + ".zedra");
+        file = folder / (stem + std::to_string(number++) + documentExtension);
     } while (fs::exists(file, failure));
-    const bool isKept = putWithOrigin(file, text, origin.empty() ? std::string() : pathOf(origin));
+    const bool isWritten = putWithOrigin(file, text, origin.empty() ? std::string() : pathOf(origin));
     removeOldest(folder);
-    return isKept ? file.string() : std::string();
+    return isWritten ? file.string() : std::string();
 }
 
 void forgetRemoved(const std::string& kept) {
@@ -135,7 +135,7 @@ bool putCopy(const fs::path& target, std::string_view text) {
     if (put(copyBeside(target), text)) {
         return true;
     }
-    madeFolder("saving");
+    createFolder("saving");
     return putWithOrigin(copyInState(target), text, pathOf(target));
 }
 

@@ -6,13 +6,13 @@
 
 namespace {
 
-constexpr std::size_t lineBuffer = 512;  // 511 characters and the end mark
+constexpr std::size_t lineBuffer = 512;  // 511 characters and the terminating null
 
 bool contains(const std::string& line, std::string_view mark) {
     return line.find(mark) != std::string::npos;
 }
 
-// Empty for a line of dashes and blanks only.
+// Empty for a line that consists of dashes and spaces.
 std::string headingName(const std::string& line) {
     constexpr auto border = "- ";
     const std::size_t first = line.find_first_not_of(border);
@@ -47,7 +47,7 @@ private:
         } else if (text.empty()) {
             text = line;
         } else {
-            // Deliberate: a tooltip shows the first line; those that follow only make it taller.
+            // Deliberate: the tooltip shows only the first line; further lines make it taller.
             text += '\n';
         }
     }
@@ -64,7 +64,7 @@ private:
     }
 
     bool isInBlock = false;
-    std::string name;  // of the kind whose description is being read; empty under a collection's heading
+    std::string name;  // kind of the description being read; empty for that of the collection
     std::string text;
 };
 
@@ -74,7 +74,7 @@ Summary readSummary(std::istream& text) {
     Reader reader;
     std::array<char, lineBuffer> line{};
     while (text.good()) {
-        // A read that fails at the end leaves an empty line, which closes the last block.
+        // The failing read at the end yields an empty line, which closes the last block.
         text.getline(line.data(), line.size());
         reader.take(line.data());
     }

@@ -12,7 +12,7 @@ std::unique_ptr<Gtk::Main> startToolkit(int& argc, char**& argv) {
     }
     auto kit = std::make_unique<Gtk::Main>(argc, argv, true);
     if (!isChosen) {
-        Glib::unsetenv(openGl);  // Not for the programs that this one starts.
+        Glib::unsetenv(openGl);  // Child processes must not inherit it.
     }
     return kit;
 }

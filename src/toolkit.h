@@ -4,6 +4,6 @@
 
 #include <memory>
 
-/// Starts the toolkit as the editor needs it: on X11, because places of the pointer are those of a window without a
-/// decoration of its own, and without OpenGL, which draws nothing here and would take 50 MB. Called once.
+/// Initialises the toolkit, once: on X11, because the pointer's coordinates assume a window without client-side
+/// decoration, and without OpenGL, which the editor does not use and which would take 50 MB.
 std::unique_ptr<Gtk::Main> startToolkit(int& argc, char**& argv);

@@ -18,14 +18,14 @@ class plugin;
 class varWindow;
 class vkWindow;
 
-/// The refresh button of one row: sends the row's value to the library, also when it is the value that it has.
+/// The refresh button of one row: sends the row's value to the library, even if it has not changed.
 class sendButton : public Gtk::ToolButton {
 public:
     /// @param index position of the input in the plug-in's list, -1 for the row of the name.
     sendButton(std::shared_ptr<plugin*> node, Gtk::Entry* entry, int index, varWindow* dialog);
 
     void send();
-    void tellOf(const Glib::ustring& row);  ///< What it does, by pointer and for a screen reader.
+    void describe(const Glib::ustring& row);  ///< Sets the tooltip and the name for screen readers.
 
 private:
     std::shared_ptr<plugin*> node;
@@ -34,10 +34,10 @@ private:
     varWindow* dialog;
 };
 
-/// Shows and edits one plug-in's name and the values of its inputs, as plain text that the library judges.
+/// Shows and edits the name of one plug-in and the values of its inputs, as plain text that the library validates.
 ///
-/// Lifetime: made by new, shown at once, deletes itself on "OK" and "Cancel". Closed by the window manager it is hidden
-///           and stays. When the plug-in is gone, the buttons change nothing any more.
+/// Lifetime: created by new, shown at once, deletes itself on "OK" and "Cancel". If the window manager closes it, it is
+///           only hidden. After the plug-in has been deleted, the buttons have no effect.
 class varWindow : public Gtk::Window {
 public:
     varWindow(vkWindow* main, plugin* edited);
@@ -46,25 +46,25 @@ public:
     /// One row for the name and one for each input.
     void createFields();
 
-    /// Position of the row's input in the library's list; -1 when the input is gone.
+    /// Position of the row's input in the library's list; -1 if the input no longer exists.
     int inputOf(int row) const;
 
-    /// Draws the node anew, with the ports and the wires that the library has.
+    /// Redraws the node with the library's current ports and wires.
     void redrawNode();
 
-    /// Hands what was edited to the library, then redraws the node if it has changes that were not saved.
+    /// Sends the edited values to the library, then redraws the node if it has unsaved changes.
     void apply_changes();
 
     void on_apply();
     void on_ok();
     void exit();
 
-    /// While a question is open, the dialog is not kept above it. Calls may be nested; each has its comeBack.
-    void stepBack();
-    void comeBack();
+    /// While a question is open, the dialog must not be kept above it. Calls nest: each one needs its resumeKeepAbove.
+    void suspendKeepAbove();
+    void resumeKeepAbove();
 
 private:
-    QzBase* object() const;  ///< Null when the plug-in is gone.
+    QzBase* object() const;  ///< Null once the plug-in has been deleted.
     void buildButtons();
     void addRow(const Glib::ustring& label, Gtk::Entry& entry, int index);
     void addSendButton(const Glib::ustring& label, Gtk::Entry& entry, int index);
@@ -84,11 +84,11 @@ private:
     Gtk::VBox entryColumn{false, 0};
     Gtk::VBox sendColumn{false, 0};
     Gtk::VBox outerBox{false, 0};
-    Gtk::ScrolledWindow scroller;  ///< Around the fields where they are higher than the screen; else without a place.
+    Gtk::ScrolledWindow scroller;  ///< Contains the fields if they are higher than the screen; else not in the window.
     int openQuestions = 0;
-    std::vector<Gtk::Entry*> valueEntries;  ///< Of the inputs' rows; position i is input i.
+    std::vector<Gtk::Entry*> valueEntries;  ///< One per input, in the order of the rows.
     Gtk::Entry* nameEntry = nullptr;
-    std::shared_ptr<plugin*> node;                          ///< Leads to null when the node is gone.
-    std::vector<std::string> inputNames;                    ///< Parallel to valueEntries: what the row was made for.
-    std::map<const Gtk::Entry*, std::string> shownInstead;  ///< By entries that do not show the text that is stored.
+    std::shared_ptr<plugin*> node;                          ///< Points to null once the node has been deleted.
+    std::vector<std::string> inputNames;                    ///< Parallel to valueEntries: the input of the row.
+    std::map<const Gtk::Entry*, std::string> shownInstead;  ///< Text of each entry that cannot show the stored one.
 };

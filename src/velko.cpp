@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Only whole arguments "-a" and "-run" are options; everything else names the document, and the last one counts.
+/// Only the exact arguments "-a" and "-run" are options; every other one is a document, and the last document counts.
 void readArguments(int count, char** arguments, std::string& aidaFile, Glib::ustring& document, bool& isRunWanted) {
     for (int i = 1; i < count; ++i) {
         if (std::strcmp(arguments[i], "-a") == 0) {
@@ -38,7 +38,7 @@ int main(int argc, char** argv) {
     std::string aidaFile;
     Glib::ustring document;
     bool isRunWanted = false;
-    // Deliberately before the toolkit takes its own options out of the vector: those name a document here.
+    // Deliberate: read before the toolkit removes its own options from the vector, so that these, too, name a document.
     readArguments(argc, argv, aidaFile, document, isRunWanted);
 
     const auto kit = startToolkit(argc, argv);

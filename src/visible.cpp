@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t longest = 4096;
+constexpr std::size_t maxLength = 4096;
 
 std::string hexOf(unsigned number) {
     std::array<char, 8> digits{};
@@ -15,7 +15,7 @@ std::string hexOf(unsigned number) {
     return {digits.data(), end};
 }
 
-bool isActedOn(gunichar character) {
+bool isEscaped(gunichar character) {
     const GUnicodeType type = g_unichar_type(character);
     return type == G_UNICODE_CONTROL || type == G_UNICODE_FORMAT || type == G_UNICODE_LINE_SEPARATOR ||
            type == G_UNICODE_PARAGRAPH_SEPARATOR;
@@ -28,18 +28,18 @@ std::string escapeOf(gunichar character) {
 }  // namespace
 
 std::string visible(const std::string& text) {
-    std::string made;
+    std::string shown;
     std::size_t at = 0;
-    while (at < text.size() && at < longest) {
+    while (at < text.size() && at < maxLength) {
         const gunichar character = g_utf8_get_char_validated(text.data() + at, static_cast<gssize>(text.size() - at));
-        const bool isValid = character != 0 && g_unichar_validate(character);
+        const bool isValid = character != 0 && g_unichar_validate(character) != FALSE;
         const auto length = isValid ? static_cast<std::size_t>(g_unichar_to_utf8(character, nullptr)) : 1;
         if (!isValid) {
-            made += "\\x" + hexOf(static_cast<unsigned char>(text[at]));
+            shown += "\\x" + hexOf(static_cast<unsigned char>(text[at]));
         } else {
-            made += isActedOn(character) ? escapeOf(character) : text.substr(at, length);
+            shown += isEscaped(character) ? escapeOf(character) : text.substr(at, length);
         }
         at += length;
     }
-    return at < text.size() ? made + "..." : made;
+    return at < text.size() ? shown + "..." : shown;
 }

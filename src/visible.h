@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// @return a file name or another text of others as it may stand in a line of standard output or error: control
-/// characters, line ends, marks that turn the direction of writing, and bytes that are not UTF-8 become escapes; what
-/// is longer than any file name is shortened.
+/// Makes an untrusted text, such as a file name, safe to print on one line of a terminal.
+/// @return the text with control characters, line ends, bidirectional formatting characters and invalid UTF-8 escaped,
+///         truncated if it is longer than any file name.
 std::string visible(const std::string& text);

@@ -13,10 +13,19 @@
 
 #include <iostream>
 
+// Invariants of the editing state:
+//
+// - The library holds every plug-in, value and binding. Everything on the canvas can be redrawn from it at any time.
+// - pluginMap maps every name that a node has ever had to that node, or to null once the node is deleted. Several names
+//   can lead to one node; a name that is taken over leads to its new owner.
+// - connectionMap and pathMap have the same keys, one for each input with a wire. Both ends of a connection have names
+//   in pluginMap. Every path is on the canvas, below all boxes.
+// - Selection is by name: what counts is the title of selectedItem, which may be a box that is no longer on the canvas,
+//   because a redraw gives the selected node another box.
+// - Whatever deletes or replaces items ends the gestures, because the pointer may hold one of these items.
+
 namespace {
 
-constexpr double canvasWidth = 1500;
-constexpr double canvasHeight = 1200;
 constexpr int viewWidth = 600;
 constexpr int viewHeight = 400;
 constexpr double zoomStep = 0.1;
@@ -69,11 +78,11 @@ vkWindow::vkWindow()
 }
 
 vkWindow::~vkWindow() {
-    hide();  // While all that answers to it is there.
+    hide();  // Emits signals whose handlers need the members.
     if (worker) {
         stopWorker();
     }
-    // The objects belong to the manager, which is told nothing here.
+    // The objects belong to the manager and stay there.
     for (plugin* node : liveNodes()) {
         node->release();
         node->leaveCanvas();
@@ -105,7 +114,7 @@ void vkWindow::buildActions() {
     action(Action::create("Col", "(Un)_Collapse"), "<alt>C", &vkWindow::on_collapse);
     action(Action::create("SStart", "Set _Start"), "<alt>S", &vkWindow::on_setstart);
     action(Action::create("Del", "_Delete"), "Delete", &vkWindow::on_del);
-    action(Action::create("ImgExp", "Export Image"), "<alt>I", &vkWindow::on_imgexp);  // deliberately in no menu
+    action(Action::create("ImgExp", "Export Image"), "<alt>I", &vkWindow::on_imgexp);  // Deliberate: in no menu.
     menu("PluginMenu", "Plugins");
     stockAction(Action::create("plcoll", "From _Collection"), &vkWindow::on_plcoll);
     menu("ViewMenu", "View");
@@ -126,7 +135,7 @@ void vkWindow::buildMenus() {
     } catch (const Glib::Error& failure) {
         std::cerr << "building menus failed: " << failure.what().raw() << std::endl;
     }
-    // A menu item brings its action's key to life; the one that is in no menu has none to do it.
+    // A menu item connects its action's accelerator; an action without a menu item needs this.
     const auto imageExport = actionGroup->get_action("ImgExp");
     imageExport->set_accel_group(uiManager->get_accel_group());
     imageExport->connect_accelerator();
@@ -145,7 +154,7 @@ void vkWindow::appendToNodeMenu(const Glib::ustring& label, void (vkWindow::*han
 }
 
 void vkWindow::buildCanvas() {
-    canvas.set_bounds(0, 0, canvasWidth, canvasHeight);
+    canvas.set_bounds(0, 0, canvasSize.x, canvasSize.y);
     canvas.set_size_request(viewWidth, viewHeight);
     canvas.set_property("background_color_rgb", std::uint32_t{0xABBAC9});
     canvas.get_root_item()->signal_motion_notify_event().connect(sigc::mem_fun(*this, &vkWindow::mouse_drag), true);
@@ -156,15 +165,16 @@ void vkWindow::connectSignals() {
     startButton.signal_clicked().connect(sigc::mem_fun(*this, &vkWindow::start_button_clicked));
     resetButton.signal_clicked().connect(sigc::mem_fun(*this, &vkWindow::reset_button_clicked));
     kindSelector.signal_changed().connect(sigc::mem_fun(*this, &vkWindow::on_combo_changed));
-    // A menu, a dialog or another program that takes the pointer also takes the release that would end a gesture.
+    // A menu, a dialog or another program that grabs the pointer also receives the release that would end a gesture.
     canvas.signal_grab_broken_event().connect(
         sigc::bind_return(sigc::hide(sigc::mem_fun(*this, &vkWindow::endGestures)), false));
     canvas.signal_grab_notify().connect(sigc::hide(sigc::mem_fun(*this, &vkWindow::endGestures)));
-    // So does whoever hides the window.
-    canvas.signal_unmap().connect(sigc::mem_fun(*this, &vkWindow::loseGrip));
-    signal_unmap_event().connect(sigc::bind_return(sigc::hide(sigc::mem_fun(*this, &vkWindow::loseGrip)), false));
-    // A window that grows has its scrolling clamped while the canvas does not listen: it would go on showing, and
-    // answering to, another part than the scrollbars say.
+    // The same applies when the window is hidden.
+    canvas.signal_unmap().connect(sigc::mem_fun(*this, &vkWindow::abandonGestures));
+    signal_unmap_event().connect(
+        sigc::bind_return(sigc::hide(sigc::mem_fun(*this, &vkWindow::abandonGestures)), false));
+    // When the window grows, the adjustment is clamped without notifying the canvas, which would then show, and react
+    // to, another part than the scrollbars indicate.
     canvas.signal_size_allocate().connect(
         sigc::hide(sigc::mem_fun(*scroller.get_vadjustment().operator->(), &Gtk::Adjustment::value_changed)), true);
     canvasView::showTooltips(canvas, scroller);
@@ -175,14 +185,14 @@ void vkWindow::connectSignals() {
 }
 
 void vkWindow::pack() {
-    // The window opens with this much of the canvas in view. The scrollbars stand beside the canvas, not upon it, and
-    // always: one that comes later would leave the bottom out of view.
+    // The window opens with this part of the canvas in view. The scrollbars are always visible, beside the canvas: one
+    // that appeared later would cover the bottom of the canvas.
     scroller.set_min_content_width(viewWidth);
     scroller.set_min_content_height(viewHeight);
     scroller.set_overlay_scrolling(false);
     scroller.set_policy(Gtk::POLICY_ALWAYS, Gtk::POLICY_ALWAYS);
     scroller.add(canvas);
-    scroller.get_vadjustment()->set_value(canvasHeight);
+    scroller.get_vadjustment()->set_value(canvasSize.y);
     if (menuBar) {
         mainBox.pack_start(*menuBar, Gtk::PACK_SHRINK, 0);
     }
@@ -212,11 +222,11 @@ void vkWindow::on_combo_changed() {
         return;
     }
     addPlugin(nullptr, kind);
-    kindSelector.set_active(0);  // comes here once more
+    kindSelector.set_active(0);  // emits "changed" again
     static_cast<Gtk::Widget&>(canvas).grab_focus();
 }
 
-// Deliberately without a limit on either side.
+// Deliberate: no limits in either direction.
 void vkWindow::on_zIn() {
     canvas.set_scale(canvas.get_scale() + zoomStep);
 }
@@ -251,10 +261,10 @@ bool vkWindow::on_delete_event(GdkEventAny*) {
 }
 
 bool vkWindow::on_window_state_event(GdkEventWindowState* event) {
-    // Some window managers minimise without unmapping.
+    // Some window managers minimise a window without unmapping it.
     if ((event->changed_mask & event->new_window_state & (GDK_WINDOW_STATE_ICONIFIED | GDK_WINDOW_STATE_WITHDRAWN)) !=
         0) {
-        loseGrip();
+        abandonGestures();
     }
     return Gtk::Window::on_window_state_event(event);
 }
@@ -275,7 +285,7 @@ CanvasPoint vkWindow::pointerOnCanvas() {
     int windowX = 0;
     int windowY = 0;
     get_pointer(windowX, windowY);
-    // The canvas does not begin at the window's left edge where the scrollbar stands on the left.
+    // In right-to-left languages, the scrollbar is to the left of the canvas.
     int left = 0;
     int top = 0;
     canvas.translate_coordinates(*this, 0, 0, left, top);

@@ -12,7 +12,7 @@
 
 namespace {
 
-// The position of an input that stood at `position` when its row was made; -1 when it is gone.
+// The current position of an input that was at `position` when its row was created; -1 if it no longer exists.
 int positionOf(QzBase& object, const std::string& name, std::size_t position) {
     const auto& inputs = object.Inputs();
     const bool isInPlace = position < inputs.size() && inputs[position].name == name;
@@ -29,7 +29,7 @@ std::vector<std::string> portsOf(QzBase& object) {
     for (const QzBase::Input& input : object.Inputs()) {
         names.push_back(input.name);
     }
-    names.emplace_back();  // No port is without a name.
+    names.emplace_back();  // Separates inputs from outputs: every port has a name.
     for (const QzBase::Output& output : object.Outputs()) {
         names.push_back(output.name);
     }
@@ -42,7 +42,7 @@ Glib::ustring nameOfSource(const QzBase::Input& input) {
     return input.source->name + " " + output;
 }
 
-// A widget that is only removed would stay for ever.
+// Removing a widget does not delete it.
 void deleteChildren(Gtk::Box& column) {
     for (Gtk::Widget* child : column.get_children()) {
         column.remove(*child);
@@ -57,7 +57,7 @@ sendButton::sendButton(std::shared_ptr<plugin*> node, Gtk::Entry* entry, int ind
     signal_clicked().connect(sigc::mem_fun(*this, &sendButton::send));
 }
 
-void sendButton::tellOf(const Glib::ustring& row) {
+void sendButton::describe(const Glib::ustring& row) {
     const Glib::ustring purpose = index < 0 ? "Apply the new name" : "Send " + row + " to the library once more";
     set_tooltip_text(purpose);
     get_child()->get_accessible()->set_name(purpose);
@@ -71,16 +71,16 @@ void sendButton::send() {
     const std::string text = entry->get_text();
     if (index < 0) {
         if (text != object.GetName()) {
-            dialog->on_apply();  // takes this button away
+            dialog->on_apply();  // deletes this button
         }
         return;
     }
     const int input = dialog->inputOf(index);
     if (input < 0 || object.Inputs().at(static_cast<std::size_t>(input)).value != text) {
-        dialog->on_apply();  // takes this button away
+        dialog->on_apply();  // deletes this button
         return;
     }
-    // Deliberate: sent though nothing changed, so that the library takes the value up once more.
+    // Deliberate: sent although nothing has changed, so that the library evaluates the value again.
     const std::vector<std::string> formerPorts = portsOf(object);
     setValue(**node, object, input, text);
     if (portsOf(object) != formerPorts) {
@@ -152,11 +152,11 @@ void varWindow::addRow(const Glib::ustring& label, Gtk::Entry& entry, int index)
 
 void varWindow::addSendButton(const Glib::ustring& label, Gtk::Entry& entry, int index) {
     auto* button = Gtk::make_managed<sendButton>(node, &entry, index, this);
-    button->tellOf(label);
+    button->describe(label);
     sendColumn.add(*button);
 }
 
-// What feeds the input, in grey and not to be edited; its value where nothing does.
+// The value of the input, or, if the input is connected, the name of its source, grey and read-only.
 void varWindow::show(Gtk::Entry& entry, const QzBase::Input& input) {
     const bool isFed = input.source != nullptr;
     setText(entry, isFed ? nameOfSource(input) : Glib::ustring(input.value), input.value);
@@ -169,7 +169,7 @@ void varWindow::show(Gtk::Entry& entry, const QzBase::Input& input) {
     dynamic_cast<ValueEntry&>(entry).assist(input);
 }
 
-// An entry shows at most 65,534 characters, and none from a U+0000 on.
+// An entry shows at most 65,534 characters, and none after a U+0000.
 void varWindow::setText(Gtk::Entry& entry, const Glib::ustring& text, const std::string& stored) {
     entry.set_text(text);
     const std::string shown = entry.get_text();
@@ -180,7 +180,7 @@ void varWindow::setText(Gtk::Entry& entry, const Glib::ustring& text, const std:
     }
 }
 
-// An entry that still shows what it was given in place of the stored text has not been edited.
+// An entry that still shows the substitute for a stored text has not been edited.
 bool varWindow::isEdited(const Gtk::Entry& entry, const std::string& stored) const {
     const std::string text = entry.get_text();
     const auto given = shownInstead.find(&entry);
@@ -199,7 +199,7 @@ void varWindow::apply_changes() {
     }
     applyName();
     applyValues();
-    // Deliberate: redrawn as long as anything is unsaved, whether or not this call changed something.
+    // Deliberate: redraws as long as anything is unsaved, whether or not this call has changed something.
     if ((*node)->changed) {
         redrawNode();
     }
@@ -213,7 +213,7 @@ void varWindow::applyName() {
     }
     edited.SetName(nameEntry->get_text());
     (*node)->changed = true;
-    // The library may refuse a name; the maps follow the name that it holds.
+    // The library may refuse the name; the maps follow the name that it keeps.
     if (edited.GetName() != oldName) {
         mainWindow->renamePlugin(oldName, edited.GetName());
         (*node)->uniqueName = edited.GetName();
@@ -223,7 +223,7 @@ void varWindow::applyName() {
 void varWindow::applyValues() {
     QzBase& edited = *object();
     for (std::size_t i = 0; i < valueEntries.size(); ++i) {
-        // A value that was just set may have moved or removed the inputs behind it.
+        // Setting the previous value may have moved or removed the inputs that follow it.
         const int position = inputOf(static_cast<int>(i));
         if (position < 0) {
             continue;
@@ -250,8 +250,8 @@ void varWindow::on_apply() {
     if (!object()) {
         return;
     }
-    // Deliberate: the label "Name" counts as well, so that the rows are made anew but for the case that the inputs
-    // have become one more.
+    // Deliberate: the label "Name" counts too, so that all rows are created anew unless the number of inputs has grown
+    // by exactly one.
     if (labels != object()->Inputs().size()) {
         removeRows();
         createFields();
@@ -264,7 +264,7 @@ void varWindow::on_apply() {
     Gtk::Window::show();
 }
 
-// The window has the size that its rows ask for; the rest of the screen is for its buttons and its frame.
+// The window is as high as its rows request, up to the height of the screen without the buttons and the frame.
 void varWindow::fitToScreen() {
     const auto screenHeight = [this] {
         Gdk::Rectangle area;
@@ -280,8 +280,8 @@ void varWindow::fitToScreen() {
         return natural;
     };
     constexpr int frame = 60;
-    const int most = screenHeight() - heightOf(buttonRow) - frame;
-    const bool isTooHigh = heightOf(fieldsRow) > most;
+    const int maxHeight = screenHeight() - heightOf(buttonRow) - frame;
+    const bool isTooHigh = heightOf(fieldsRow) > maxHeight;
     const bool isScrolled = scroller.get_parent() != nullptr;
     if (isTooHigh && !isScrolled) {
         outerBox.remove(fieldsRow);
@@ -296,15 +296,15 @@ void varWindow::fitToScreen() {
     }
     scroller.set_policy(Gtk::POLICY_NEVER, Gtk::POLICY_AUTOMATIC);
     scroller.set_overlay_scrolling(false);
-    scroller.set_min_content_height(isTooHigh ? most : -1);
+    scroller.set_min_content_height(isTooHigh ? maxHeight : -1);
 }
 
-void varWindow::stepBack() {
+void varWindow::suspendKeepAbove() {
     ++openQuestions;
     set_keep_above(false);
 }
 
-void varWindow::comeBack() {
+void varWindow::resumeKeepAbove() {
     if (openQuestions > 0 && --openQuestions == 0) {
         set_keep_above(true);
     }
@@ -317,8 +317,8 @@ void varWindow::removeRows() {
     nameEntry = nullptr;
 }
 
-// From the first row on, each row becomes that of the input at its position: the row of the name serves the first
-// input, and the dialog has a row for the name again when it is opened anew or the inputs change in number.
+// Every row, from the first one on, is reused for the input at its position: the row of the name now shows the first
+// input. A row for the name returns when the dialog is reopened or the number of inputs changes.
 void varWindow::updateRows() {
     const auto labels = labelColumn.get_children();
     const auto entries = entryColumn.get_children();

@@ -15,8 +15,8 @@
 
 namespace {
 
-// A program that was killed while it wrote the file in place has left all of the text in a copy.
-void tellOfInterruptedSave(const std::string& file) {
+// A program killed while it was overwriting the file in place has left the complete text in a copy.
+void reportInterruptedSave(const std::string& file) {
     const auto copy = interruptedSaveOf(file);
     if (copy) {
         std::cerr << "The last save of " << visible(file) << " was interrupted; its text is in " << visible(*copy)
@@ -24,10 +24,10 @@ void tellOfInterruptedSave(const std::string& file) {
     }
 }
 
-/// A node that is drawn but not in the map yet.
+/// A node that is drawn, but not in the map yet.
 struct Named {
     plugin* node;
-    std::string rank;  ///< Sorts bytewise as the map sorts its keys.
+    std::string collationKey;  ///< Its byte order is the order of the map.
 };
 
 }  // namespace
@@ -35,7 +35,7 @@ struct Named {
 void vkWindow::open(const Glib::ustring& file) {
     endGestures();
     manager->ReadDocument(file);
-    tellOfInterruptedSave(file);
+    reportInterruptedSave(file);
     drawObjects();
     drawBindings();
     modified = false;
@@ -48,18 +48,19 @@ void vkWindow::drawObjects() {
         }
         return;
     }
-    // Like addPlugin() for each of them, but on an empty canvas no node can show an object already.
-    std::vector<Named> made;
+    // Equivalent to addPlugin() for each object, because on an empty canvas no node shows an object yet.
+    std::vector<Named> drawn;
     for (QzBase* object : manager->plugins) {
         plugin* node = makeNode(object, "");
-        made.push_back({node, node->uniqueName.collate_key()});
+        drawn.push_back({node, node->uniqueName.collate_key()});
     }
-    // In map order every insertion goes to the end; a search would compare names by the rules of the user's language.
-    std::ranges::stable_sort(made, {}, &Named::rank);
-    for (const auto& [node, rank] : made) {
+    // Sorted, so that every insertion is at the end of the map: searching it would collate names in the user's
+    // language.
+    std::ranges::stable_sort(drawn, {}, &Named::collationKey);
+    for (const auto& [node, collationKey] : drawn) {
         const auto entry = pluginMap.try_emplace(pluginMap.end(), node->uniqueName, node);
         if (entry->second != node) {
-            giveName(node->uniqueName, *node);
+            assignName(node->uniqueName, *node);
         }
     }
 }

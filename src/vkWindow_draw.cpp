@@ -35,7 +35,7 @@ bool vkWindow::stop_draw(const ItemRef& /*item*/, GdkEventButton* /*event*/) {
 
 bool vkWindow::click_ip(const ItemRef& item, GdkEventButton* event) {
     const bool isRepeated = event->type == GDK_2BUTTON_PRESS || event->type == GDK_3BUTTON_PRESS;
-    // A double click comes once more for its second press, which has pulled the wire off already.
+    // A double click is reported in addition to its second press, which has already pulled the wire off.
     if (event->button == 1 && !isRepeated) {
         pull_off(textOf(item));
     }
@@ -46,7 +46,7 @@ bool vkWindow::pull_off(const Glib::ustring& port) {
     const CanvasPoint pointer = pointerOnCanvas();
     const std::vector<ItemRef> items = canvas.get_items_at(pointer.x, pointer.y, true);
     if (items.empty()) {
-        modified = true;  // Deliberate, though nothing changes.
+        modified = true;  // Deliberate, although nothing has changed.
         return false;
     }
     endGestures();

@@ -13,10 +13,10 @@ namespace {
 
 constexpr const char* imageFile = "test.png";
 
-/// Of the toolkit's images, in pixels.
+/// Limit of the toolkit's images, in pixels.
 constexpr int maxSide = 32767;
 
-// Without a node the extent is negative; beyond the toolkit's largest image there is none to make.
+// Without nodes, the extent is negative.
 bool isImageSide(double length) {
     return length >= 1 && length < maxSide + 1;
 }
@@ -26,7 +26,7 @@ cairo_status_t append(void* bytes, const unsigned char* data, unsigned int lengt
     return CAIRO_STATUS_SUCCESS;
 }
 
-// Empty where the toolkit cannot make an image of that size. Its own classes would throw.
+// Empty if an image of that size cannot be created; the C++ class would throw.
 Cairo::RefPtr<Cairo::ImageSurface> makeSurface(int width, int height) {
     cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height);
     if (cairo_surface_status(surface) != CAIRO_STATUS_SUCCESS) {
@@ -42,9 +42,9 @@ void exportImage(Goocanvas::Canvas& canvas, const Goocanvas::Bounds& extent, int
         return;
     }
     const auto context = Cairo::Context::create(surface);
-    // Deliberate: neither filled, stroked nor a clip.
+    // Deliberate: this rectangle is neither filled nor stroked, and does not clip.
     context->rectangle(0, 0, 1000, 1000);
-    // Deliberately without a translation: the image begins at the canvas's origin, not at the first box.
+    // Deliberate: no translation. The image begins at the origin of the canvas, not at the first box.
     canvas.render(context, extent, 0.0);
     std::string bytes;
     if (cairo_surface_write_to_png_stream(surface->cobj(), append, &bytes) == CAIRO_STATUS_SUCCESS) {

@@ -14,7 +14,7 @@
 
 namespace {
 
-/// Stands where a kind number is asked for and the node wraps an object that is there already.
+/// Kind number for a node that wraps an existing object; never used.
 constexpr unsigned short noKind = 99;
 
 void renamePaths(PortMap<Glib::RefPtr<Goocanvas::Path>>& pathMap, const Glib::ustring& oldName,
@@ -33,8 +33,8 @@ void renamePaths(PortMap<Glib::RefPtr<Goocanvas::Path>>& pathMap, const Glib::us
 
 void renameConnections(PortMap<PortRef>& connectionMap, const Glib::ustring& oldName, const Glib::ustring& newName) {
     std::vector<PortRef> former;
-    // One walk, in which a new key that sorts later is met again. Deliberate: a connection of the plug-in to itself
-    // keeps the old name as its source where the new name sorts before the old one.
+    // A single pass, which also visits an inserted key if it sorts later. Deliberate: a connection of the plug-in to
+    // itself keeps the old name as its source if the new name sorts before the old one.
     for (auto& [input, output] : connectionMap) {
         if (isSameName(input[0], oldName)) {
             connectionMap[{newName, input[1]}] = output;
@@ -52,7 +52,7 @@ void renameConnections(PortMap<PortRef>& connectionMap, const Glib::ustring& old
 }  // namespace
 
 plugin* vkWindow::makeNode(QzBase* object, Glib::ustring name) {
-    // Deliberate: a kind that nobody knows is taken for the first one.
+    // Deliberate: an unknown kind is treated as the first one.
     const unsigned short kind = object ? noKind : kindMap[name];
     auto* node = new plugin(manager, canvas, object, std::move(name), kind);
     bindSignals(*node);
@@ -64,21 +64,21 @@ void vkWindow::addPlugin(QzBase* object, Glib::ustring name) {
     if (object) {
         replaceTwin(*node);
     }
-    giveName(node->uniqueName, *node);
+    assignName(node->uniqueName, *node);
     if (!object) {
         canvasView::bringIntoView(canvas, scroller, node->box);
     }
     modified = true;
 }
 
-void vkWindow::giveName(const Glib::ustring& name, plugin& node) {
+void vkWindow::assignName(const Glib::ustring& name, plugin& node) {
     plugin*& held = pluginMap[name];
     plugin* former = held;
     held = &node;
     if (!former || former == &node) {
         return;
     }
-    // What speaks of the former node by a name that it had once must not speak of this one.
+    // Whatever refers to the former owner by this name must not refer to the new one.
     const Glib::ustring formerName = former->GetPlugin()->name;
     if (selectedItem && isSameName(titleOf(selectedItem), name)) {
         selectedItem = former->box;
@@ -119,7 +119,7 @@ void vkWindow::replaceTwin(plugin& node) {
         }
     }
     if (twin) {
-        node.succeed(*twin);
+        node.replace(*twin);
         delete twin;
     }
 }
@@ -154,10 +154,10 @@ unsigned int vkWindow::renamePlugin(const std::string& oldName, const std::strin
 
 plugin* vkWindow::nodeOf(const Glib::ustring& name) const {
     const auto entry = pluginMap.find(name);
-    if (entry != pluginMap.end() && entry->second) {
+    if (entry != pluginMap.end() && entry->second != nullptr) {
         return entry->second;
     }
-    // The library may have given a node a name that renamePlugin had to refuse: the key of a node that is gone.
+    // The library may have accepted a name that renamePlugin refused because it is the key of a deleted node.
     for (const auto& [key, node] : pluginMap) {
         if (node && node->GetPlugin()->GetName() == name.raw()) {
             return node;
@@ -170,7 +170,7 @@ std::vector<plugin*> vkWindow::liveNodes() const {
     std::vector<plugin*> nodes;
     std::set<const plugin*> seen;
     for (const auto& [name, node] : pluginMap) {
-        if (node && seen.insert(node).second) {
+        if (node != nullptr && seen.insert(node).second) {
             nodes.push_back(node);
         }
     }
@@ -203,14 +203,14 @@ void vkWindow::forgetConnections(plugin& node, const Glib::ustring& name) {
             forgetConnection({consumer->name, consumer->Inputs().at(position).name});
         }
     }
-    // What still stands under another name of this node, or was not the library's to tell.
+    // Connections under other names of this node, and those that the library does not have.
     const std::vector<std::string> names = namesOf(node);
-    const auto isHere = [&names](const PortRef& port) {
+    const auto isOwn = [&names](const PortRef& port) {
         return std::find(names.begin(), names.end(), port[0].raw()) != names.end();
     };
     std::vector<PortRef> rest;
     for (const auto& [input, output] : connectionMap) {
-        if (isHere(input) || isHere(output)) {
+        if (isOwn(input) || isOwn(output)) {
             rest.push_back(input);
         }
     }
@@ -246,7 +246,7 @@ void vkWindow::deleteAll() {
     }
     connectionMap.clear();
     pathMap.clear();
-    // From the top down: to look for each item among the others would take longer the more there are.
+    // From the top down: removing an item by its position needs no search.
     const auto root = canvas.get_root_item();
     for (int i = root->get_n_children() - 1; i >= 0; --i) {
         root->remove_child(i);

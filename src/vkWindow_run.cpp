@@ -14,7 +14,7 @@ void vkWindow::start_button_clicked() {
     }
     startButton.set_label("Stop");
     worker = Glib::Thread::create(sigc::mem_fun(*this, &vkWindow::run), true);
-    // Deliberately once more for each start, and never taken back: a later call finds no thread to join.
+    // Deliberate: connected again for each start and never disconnected; further calls find no thread to join.
     runFinished.connect(sigc::mem_fun(*this, &vkWindow::after_thread));
 }
 
@@ -28,12 +28,12 @@ void vkWindow::run() {
 }
 
 void vkWindow::after_thread() {
-    // The signal of a run that was stopped may come only when the next one is going on, which it must not wait for.
+    // The signal of a stopped run may arrive during the next run, and must not wait for that.
     if (worker && !runEnded.try_acquire()) {
         return;
     }
     joinWorker();
-    // A button that was pressed in reports its release as a click, which comes here once more.
+    // Releasing the button reports a click, which calls this function again.
     startButton.set_active(false);
     startButton.set_label("Start");
 }
@@ -52,7 +52,7 @@ void vkWindow::stopWorker() {
     }
     runEnded.acquire();
     joinWorker();
-    startButton.forgetWaitingClicks();
+    startButton.discardPendingClicks();
 }
 
 void vkWindow::reset_button_clicked() {

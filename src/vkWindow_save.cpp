@@ -16,14 +16,14 @@ constexpr const char* removalQuestion = "Remove existing plugins?\n(Continuing w
 
 void prepare(Gtk::FileChooserDialog& chooser, const Glib::ustring& accept) {
     const auto filter = Gtk::FileFilter::create();
-    filter->add_pattern("*.zedra");
+    filter->add_pattern("*" + std::string(documentExtension));
     chooser.set_filter(filter);
     chooser.add_button("Cancel", Gtk::RESPONSE_CANCEL);
     chooser.add_button(accept, Gtk::RESPONSE_OK);
 }
 
-// Shows the chooser until it is cancelled or a name is taken; deliberately, closing it does not end it.
-// @return false when it was cancelled.
+// Shows the chooser until it is cancelled or a name is chosen. Deliberate: closing it shows it again.
+// @return false if it was cancelled.
 bool choose(Gtk::FileChooserDialog& chooser) {
     int response = chooser.run();
     while (response != Gtk::RESPONSE_CANCEL && response != Gtk::RESPONSE_OK) {
@@ -33,17 +33,17 @@ bool choose(Gtk::FileChooserDialog& chooser) {
     return response == Gtk::RESPONSE_OK;
 }
 
-// The first extension decides: pipe.zedra.bak gets another one.
+// Deliberate: only the first occurrence counts. "pipe.zedra.zedra" and "pipe.zedra.bak" get another extension.
 std::string withExtension(const std::string& name) {
-    const std::string extension = ".zedra";
+    const std::string extension = documentExtension;
     const auto found = name.find(extension);
     const bool isAtEnd = found != std::string::npos && found + extension.size() == name.size();
     return isAtEnd ? name : name + extension;
 }
 
-// @return the name to save under, empty when the user gave up.
+// @return the name to save under, empty if the user has cancelled.
 std::string askForName() {
-    const DialogsStepBack inFront;
+    const KeepAboveSuspension suspension;
     Gtk::FileChooserDialog chooser("Save as", Gtk::FILE_CHOOSER_ACTION_SAVE);
     prepare(chooser, "Save");
     while (choose(chooser)) {
@@ -59,16 +59,16 @@ std::string askForName() {
     return {};
 }
 
-// @return the document to open, empty when the user gave up.
+// @return the document to open, empty if the user has cancelled.
 std::string askForDocument() {
-    const DialogsStepBack inFront;
+    const KeepAboveSuspension suspension;
     Gtk::FileChooserDialog chooser("Open", Gtk::FILE_CHOOSER_ACTION_OPEN);
     prepare(chooser, "Open");
     return chooser.run() == Gtk::RESPONSE_OK ? chooser.get_filename() : std::string();
 }
 
-// What stands in the file goes to a file beside it, else to the state folder.
-bool keepFormer(const SafeFile& target, std::string_view text, const std::string& file) {
+// Copies the current content to a backup in the same folder or, if that fails, to the state folder.
+bool backUp(const SafeFile& target, std::string_view text, const std::string& file) {
     const auto former = target.formerContent();
     if (target.isNew() || (former && (former->empty() || *former == text))) {
         return true;
@@ -76,12 +76,12 @@ bool keepFormer(const SafeFile& target, std::string_view text, const std::string
     return former && (SafeFile(file + '~', target.formerMode()).save(*former) || !keepRemoved(*former, file).empty());
 }
 
-// @param emptied the name of the file where the document has no plug-ins (any more): what the file holds is kept.
+// @param emptied the name of the file if the document has no plug-ins: the file is backed up first.
 bool save(const std::string& text, SafeFile& target, const std::string& emptied) {
-    return (emptied.empty() || keepFormer(target, text, emptied)) && target.save(text);
+    return (emptied.empty() || backUp(target, text, emptied)) && target.save(text);
 }
 
-// The plug-ins that were removed are not lost where no others came.
+// Removed plug-ins are kept until others have replaced them.
 void forgetIfReplaced(const std::string& kept, const QzManager& manager) {
     if (!manager.plugins.empty()) {
         forgetRemoved(kept);
@@ -147,7 +147,7 @@ void vkWindow::checkOpen(const Glib::ustring& file) {
     if (!manager->plugins.empty()) {
         askForRemoval(removed);
     }
-    // Clears the modified flag, also where plug-ins were kept; deliberately unlike open_call.
+    // Deliberate: unlike open_call, clears the modified flag even if plug-ins were kept.
     open(file);
     forgetIfReplaced(removed, *manager);
 }

@@ -9,9 +9,7 @@
 
 namespace {
 
-constexpr double canvasHeight = 1200;
-
-/// Whether the pointer's button is still held at a motion. The toolkit knows that of the first five buttons.
+/// Whether the button is still pressed during a motion. The toolkit reports this for the first five buttons only.
 bool isHeld(const GdkEventMotion& motion, unsigned button) {
     constexpr unsigned knownButtons = 5;
     return button > knownButtons || (motion.state & (GDK_BUTTON1_MASK << (button - 1))) != 0;
@@ -34,14 +32,14 @@ bool vkWindow::click(const ItemRef& item, GdkEventButton* event) {
     if (event->button == 1) {
         start_drag(item);
     } else if (event->button == 3) {
-        endGestures();  // The menu takes the pointer: no release would reach the canvas any more.
+        endGestures();  // The menu grabs the pointer, so that no release reaches the canvas.
         nodeMenu.popup(event->button, event->time);
     }
     return false;
 }
 
 plugin* vkWindow::selectedNode() const {
-    // By name and not by item: a node that was redrawn since has another box.
+    // By name, not by item: a redraw gives the node another box.
     return selectedItem ? nodeOf(titleOf(selectedItem)) : nullptr;
 }
 
@@ -74,7 +72,7 @@ bool vkWindow::mouse_drag(const ItemRef& item, GdkEventMotion* event) {
         return false;
     }
     if (!isHeld(*event, gestureButton)) {
-        loseGrip();  // The release went elsewhere.
+        abandonGestures();  // The release went to another window.
         return false;
     }
     const CanvasPoint pointer = pointerOnCanvas();
@@ -83,8 +81,8 @@ bool vkWindow::mouse_drag(const ItemRef& item, GdkEventMotion* event) {
         return false;
     }
     plugin* node = nodeOf(titleOf(item));
-    if (node && node->box.get() == item.get()) {  // The texts of inputs have a title too.
-        // What the box has not followed yet, a part of a unit or the way beyond the canvas's edge, counts at later
+    if (node && node->box.get() == item.get()) {  // The texts of inputs have a title, too.
+        // The rest of the motion, a fraction of a unit or a distance beyond the edge of the canvas, counts in later
         // steps.
         const auto [dx, dy] = node->follow({pointer.x - lastPointer.x, pointer.y - lastPointer.y});
         lastPointer = {lastPointer.x + dx, lastPointer.y + dy};
@@ -113,7 +111,7 @@ void vkWindow::storePlace(const ItemRef& boxItem) {
     float height = 0;
     QzBase* object = node->GetPlugin();
     object->GetOuterExtent(width, height);
-    object->SetPosition(static_cast<float>(x), static_cast<float>(canvasHeight - y - height));
+    object->SetPosition(static_cast<float>(x), static_cast<float>(canvasSize.y - y - height));
 }
 
 void vkWindow::endGestures() {
@@ -127,9 +125,9 @@ void vkWindow::endGestures() {
     rubberBand.remove();
 }
 
-void vkWindow::loseGrip() {
+void vkWindow::abandonGestures() {
     endGestures();
-    // No release will tell the canvas that the item no longer holds the pointer.
+    // The canvas itself would release the item's pointer grab only on a button release.
     GooCanvas* widget = canvas.gobj();
     if (widget->pointer_grab_item) {
         goo_canvas_pointer_ungrab(widget, widget->pointer_grab_item, GDK_CURRENT_TIME);
@@ -156,7 +154,7 @@ void vkWindow::on_collapse() {
     node->draw();
     Glib::ustring name = object->name;
     reconnect(name);
-    // Deliberate: the selected item is the former box, and the new one looks unselected until it is clicked.
+    // Deliberate: the selected item is the former box; the new one looks unselected until it is clicked.
     setBoxColour(*node, false);
     modified = true;
 }

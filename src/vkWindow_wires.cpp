@@ -27,17 +27,17 @@ WireEnds endsOf(NodePort from, NodePort to) {
     return {from.node.outputAnchor(from.port), to.node.inputAnchor(to.port)};
 }
 
-/// Not on the canvas yet.
+/// Creates the binding if necessary, and a wire that is not on the canvas yet.
 Glib::RefPtr<Goocanvas::Path> makeBoundWire(NodePort from, NodePort to) {
     bind(from, to);
     return makeWire(endsOf(from, to));
 }
 
-/// A connection whose wire exists but is not in the maps yet.
+/// A connection whose wire exists, but is not in the maps yet.
 struct Drawn {
     PortRef output, input;
     Glib::RefPtr<Goocanvas::Path> path = {};
-    std::string rank = {};  ///< Sorts bytewise as the maps sort their keys.
+    std::string collationKey = {};  ///< Its byte order is the order of the maps.
 };
 
 using Nodes = std::unordered_map<const QzBase*, plugin*>;
@@ -67,13 +67,13 @@ void vkWindow::layWire(NodePort from, NodePort to, Glib::RefPtr<Goocanvas::Path>
         path->remove();
     }
     path = makeBoundWire(from, to);
-    // At the bottom from the beginning: lowering it afterwards has the canvas look at all its items each time.
+    // Inserted at the bottom: lowering it afterwards would make the canvas search all its items.
     canvas.get_root_item()->add_child(path, 0);
     modified = true;
 }
 
 void vkWindow::drawBindings() {
-    // Like connect() for each of them, without its searches.
+    // Equivalent to connect() for each binding, without its searches.
     Nodes nodes = nodesByObject(liveNodes());
     std::vector<Drawn> connections;
     std::vector<Glib::RefPtr<Goocanvas::Path>> wires;
@@ -85,14 +85,15 @@ void vkWindow::drawBindings() {
             if (!source.empty() && sender && receiver) {
                 Drawn& drawn = connections.emplace_back(Drawn{std::move(source), {object->name, input->name}});
                 drawn.path = makeBoundWire({*sender, drawn.output[1]}, {*receiver, drawn.input[1]});
-                drawn.rank = drawn.input[0].collate_key() + '\0' + drawn.input[1].collate_key();
+                drawn.collationKey = drawn.input[0].collate_key() + '\0' + drawn.input[1].collate_key();
                 wires.push_back(drawn.path);
             }
         }
     }
     addBelow(canvas.get_root_item(), wires);
-    // In map order every insertion goes to the end; a search would compare names by the rules of the user's language.
-    std::ranges::stable_sort(connections, {}, &Drawn::rank);
+    // Sorted, so that every insertion is at the end of the map: searching it would collate names in the user's
+    // language.
+    std::ranges::stable_sort(connections, {}, &Drawn::collationKey);
     for (const Drawn& each : connections) {
         connectionMap.insert_or_assign(connectionMap.end(), each.input, each.output);
         auto& path = pathMap.try_emplace(pathMap.end(), each.input)->second;
@@ -104,8 +105,8 @@ void vkWindow::drawBindings() {
 }
 
 void vkWindow::redrawConnections() {
-    // As connect() for each of them in turn, but without a search for each name, as the maps compare by the rules of
-    // the user's language, and without touching what is drawn already.
+    // Equivalent to connectAll(), but keeps wires that have not moved and does not search the maps, which collate names
+    // in the user's language. Falls back to connectAll() if the maps and the canvas do not match.
     std::unordered_map<std::string_view, plugin*> nodes;
     for (const auto& [name, node] : pluginMap) {
         nodes[name.raw()] = node;
@@ -135,15 +136,15 @@ void vkWindow::connectAll() {
     }
 }
 
-plugin* vkWindow::drawnUnder(const Glib::ustring& name) {
+plugin* vkWindow::nodeShowing(const Glib::ustring& name) {
     const auto nodes = liveNodes();
     const auto found = std::find_if(nodes.begin(), nodes.end(),
                                     [&name](plugin* node) { return node->GetPlugin()->name == name.raw(); });
     if (found == nodes.end()) {
         return nodeOf(name);
     }
-    // Where the maps kept to another name that the node had, they follow: this one stands on its box.
-    giveName(name, **found);
+    // The maps may still use another name of this node; they follow the name on its box.
+    assignName(name, **found);
     for (const Glib::ustring formerName : namesOf(**found)) {
         const auto isFormer = [&](const auto& entry) { return isSameName(entry.first[0], formerName); };
         if (!isSameName(formerName, name) && std::any_of(connectionMap.begin(), connectionMap.end(), isFormer)) {
@@ -181,11 +182,11 @@ void vkWindow::matchBindings(plugin& node) {
 }
 
 void vkWindow::reconnect(Glib::ustring& name) {
-    plugin* node = drawnUnder(name);
+    plugin* node = nodeShowing(name);
     if (!node) {
         return;
     }
-    endGestures();  // The items that the pointer held are gone.
+    endGestures();  // The pointer may have held one of the former items.
     if (node == selectedNode()) {
         setBoxColour(*node, true);
     }

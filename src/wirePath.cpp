@@ -12,11 +12,11 @@ namespace {
 
 constexpr int inset = 3;
 
-/// Beyond it the numbers of a curve overflow.
-constexpr double farthest = 1e9;
+/// Larger coordinates would overflow an int.
+constexpr double maxCoordinate = 1e9;
 
 int whole(double coordinate) {
-    return static_cast<int>(std::clamp(coordinate, -farthest, farthest));
+    return static_cast<int>(std::clamp(coordinate, -maxCoordinate, maxCoordinate));
 }
 
 std::string curve(const WireEnds& ends) {
@@ -34,13 +34,17 @@ WireEnds::WireEnds(CanvasPoint output, CanvasPoint input)
     : fromX(whole(output.x)), fromY(whole(output.y)), toX(whole(input.x)), toY(whole(input.y)) {}
 
 Glib::RefPtr<Goocanvas::Path> makeWire(const WireEnds& ends) {
-    auto path = Goocanvas::Path::create(curve(ends));
-    // In one call, as documents bring thousands of them.
+    return makeWirePath(curve(ends));
+}
+
+Glib::RefPtr<Goocanvas::Path> makeWirePath(const std::string& data) {
+    auto path = Goocanvas::Path::create(data);
+    // One call for all properties: documents have thousands of wires.
     g_object_set(path->gobj(), "can-focus", FALSE, "line-width", 4.0, "stroke-color", "firebrick", nullptr);
     return path;
 }
 
-bool leads(const Glib::RefPtr<Goocanvas::Path>& wire, const WireEnds& ends) {
+bool connects(const Glib::RefPtr<Goocanvas::Path>& wire, const WireEnds& ends) {
     const GArray* commands = wire->gobj()->path_data->path_commands;
     if (commands->len != 2) {
         return false;
@@ -52,7 +56,7 @@ bool leads(const Glib::RefPtr<Goocanvas::Path>& wire, const WireEnds& ends) {
 
 void addBelow(const Glib::RefPtr<Goocanvas::Item>& root, const std::vector<Glib::RefPtr<Goocanvas::Path>>& wires) {
     std::for_each(wires.rbegin(), wires.rend(), [&root](const auto& wire) { root->add_child(wire); });
-    // They are on top now, in the right order. The group keeps its items from the bottom up.
+    // They are on top now, in the right order; the group keeps its items from the bottom up.
     const GPtrArray* items = GOO_CANVAS_GROUP(root->gobj())->items;
     gpointer* end = items->pdata + items->len;
     std::rotate(items->pdata, end - wires.size(), end);
@@ -71,7 +75,7 @@ void WireStack::add(Wire& wire, const WireEnds& ends) {
     --next;
     isInOrder = isInOrder && isAt(next, wire);
     wires.push_back(&wire);
-    if (!leads(wire, ends)) {
+    if (!connects(wire, ends)) {
         moved.push_back({&wire, ends, next});
     }
 }
@@ -85,7 +89,7 @@ void WireStack::lay() {
     for (const Moved& each : moved) {
         root->remove_child(each.position);
     }
-    // From the bottom up, so that all below each of them is in place.
+    // From the bottom up, so that everything below each of them is already in place.
     std::for_each(moved.rbegin(), moved.rend(), [this](const Moved& each) {
         *each.wire = makeWire(each.ends);
         root->add_child(*each.wire, each.position);

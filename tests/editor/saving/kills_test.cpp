@@ -230,7 +230,7 @@ TEST_F(Kills, whereTheFormerContentCannotBePutBackTheCopyStays) {
 }
 
 TEST_F(Kills, whatAnotherProgramIsWritingIsNotTakenForALeftover) {
-    const PassingFile inUse(folder, 0600);
+    const TemporaryFile inUse(folder, 0600);
     put("former");
     EXPECT_EQ(save("new"), End::saved);
     EXPECT_EQ(leftovers().size(), 1U);
