@@ -22,7 +22,7 @@ document foreign.zedra
 run blocks
 )";
 
-/// What the program asks the loader for by name, of the library's two classes.
+/// The symbols of the library's two classes that the program imports.
 std::set<std::string> importsOf(const std::string& program) {
     Process process({"nm", "--dynamic", "--demangle", "--undefined-only", program});
     process.wait();
@@ -30,7 +30,7 @@ std::set<std::string> importsOf(const std::string& program) {
     std::istringstream lines(process.output());
     for (std::string line; std::getline(lines, line);) {
         const std::size_t start = line.find("Qz");
-        // A sanitizer that checks the types of objects brings their type information in.
+        // A sanitizer that checks the types of objects imports their type information.
         if (start != std::string::npos && line.find("typeinfo") == std::string::npos) {
             names.insert(line.substr(start, line.find('(') - start));
         }

@@ -16,8 +16,7 @@ struct Row {
     std::string name, label, stock, key;
 };
 
-/// Every action there is, with the name of its key as the toolkit writes it. Open, Save and Quit have the key of their
-/// stock item.
+/// Every action, with its key as the toolkit spells it. Open, Save and Quit have the keys of their stock items.
 const std::vector<Row>& table() {
     static const std::vector<Row> rows = {
         {"FileMenu", "File", "", ""},

@@ -41,7 +41,7 @@ TEST_F(Run, isStoppedByASecondClick) {
     EXPECT_TRUE(isIdle());
     const std::vector<std::string> calls = {"Run() [worker]", "Stop()", "Run has ended() [worker]"};
     EXPECT_EQ(recording::edits(), calls);
-    pump();  // the worker's signal comes only now
+    pump();  // delivers the worker's signal
     EXPECT_TRUE(isIdle());
     EXPECT_EQ(recording::edits(), calls);
 }
@@ -74,7 +74,7 @@ TEST_F(Run, isNotWaitedForWhenTheSignalOfTheOneBeforeComes) {
     start();
     window->startButton.clicked();
     window->startButton.clicked();
-    pump();  // the first run's signal comes only now
+    pump();  // delivers the first run's signal
     EXPECT_EQ(window->startButton.get_label(), "Stop");
     EXPECT_TRUE(window->startButton.get_active());
     window->startButton.clicked();

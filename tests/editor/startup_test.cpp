@@ -25,7 +25,7 @@ using Calls = std::vector<std::string>;
 
 class Startup : public ::testing::Test {
 protected:
-    /// Starts the program, waits until it has shown its window and done `last`, and quits.
+    /// Starts the program, waits until it has shown its window and called `last`, and quits.
     Calls callsWith(const Calls& arguments, const std::string& last = "GetExamples()") {
         RecordedProgram program(VELMORAK_PROGRAM, script);
         EXPECT_TRUE(program.start(arguments));
@@ -34,11 +34,11 @@ protected:
         return program.calls();
     }
 
-    /// What is called with this between the construction of the manager and its end.
+    /// The expected calls, from the construction of the manager to its destruction.
     static Calls expected(const Calls& atStart, const Calls& atEnd) {
         Calls calls{"QzManager(QzAnalysisFactory)"};
         calls.insert(calls.end(), atStart.begin(), atStart.end());
-        // The list of kinds is read by the window, then by the list of the collections.
+        // The window reads the list of kinds, then the plug-in collection does.
         for (const char* call :
              {"SetFontSize(9, 11)", "GetListOfPlugins(0)", "GetPlugins()", "GetPlugins()", "GetExamples()"}) {
             calls.emplace_back(call);

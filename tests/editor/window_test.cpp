@@ -15,7 +15,7 @@ using ::testing::ElementsAre;
 
 namespace {
 
-class Window : public EditorTest {
+class MainWindow : public EditorTest {
 protected:
     std::vector<std::string> selectorEntries() {
         std::vector<std::string> entries;
@@ -27,7 +27,7 @@ protected:
         return entries;
     }
 
-    /// Colour on the screen at that place of the window, as hexadecimal digits.
+    /// Colour of a pixel of the window, as hexadecimal digits.
     std::string pixelAt(int x, int y) {
         const auto picture = Gdk::Pixbuf::create(window->get_window(), x, y, 1, 1);
         std::ostringstream text;
@@ -46,7 +46,7 @@ protected:
 
 }  // namespace
 
-TEST_F(Window, opensAtSixHundredByFourHundredOfCanvasWithItsBottomInView) {
+TEST_F(MainWindow, opensAtSixHundredByFourHundredOfCanvasWithItsBottomInView) {
     showAll();
     EXPECT_EQ(window->canvas.get_allocated_width(), 600);
     EXPECT_EQ(window->canvas.get_allocated_height(), 400);
@@ -56,7 +56,7 @@ TEST_F(Window, opensAtSixHundredByFourHundredOfCanvasWithItsBottomInView) {
     EXPECT_DOUBLE_EQ(window->scroller.get_hadjustment()->get_value(), 0);
 }
 
-TEST_F(Window, theCanvasHasItsBoundsAndColour) {
+TEST_F(MainWindow, theCanvasHasItsBoundsAndColour) {
     double left = 1;
     double top = 1;
     double right = 0;
@@ -67,7 +67,7 @@ TEST_F(Window, theCanvasHasItsBoundsAndColour) {
     EXPECT_TRUE(pumpUntil([this] { return pixelAt(300, 200) == "abbac9"; })) << pixelAt(300, 200);
 }
 
-TEST_F(Window, stacksMenusCanvasAndControls) {
+TEST_F(MainWindow, stacksMenusCanvasAndControls) {
     EXPECT_THAT(window->mainBox.get_children(), ElementsAre(window->menuBar, &window->scroller, &window->controlRow));
     EXPECT_THAT(window->controlRow.get_children(),
                 ElementsAre(&window->startButton, &window->resetButton, &window->kindSelector));
@@ -76,12 +76,12 @@ TEST_F(Window, stacksMenusCanvasAndControls) {
     EXPECT_EQ(window->scroller.get_child(), &window->canvas);
 }
 
-TEST_F(Window, hasNoCloseButtonAndNoTitle) {
+TEST_F(MainWindow, hasNoCloseButtonAndNoTitle) {
     EXPECT_FALSE(window->get_deletable());
     EXPECT_EQ(window->get_title(), "");
 }
 
-TEST_F(Window, staysWhenTheWindowManagerWantsToCloseIt) {
+TEST_F(MainWindow, staysWhenTheWindowManagerWantsToCloseIt) {
     showAll();
     GdkEvent* request = gdk_event_new(GDK_DELETE);
     request->any.window = GDK_WINDOW(g_object_ref(window->get_window()->gobj()));
@@ -91,36 +91,36 @@ TEST_F(Window, staysWhenTheWindowManagerWantsToCloseIt) {
     EXPECT_TRUE(window->get_visible());
 }
 
-TEST_F(Window, theSelectorOffersTheKindsBelowItsHeading) {
+TEST_F(MainWindow, theSelectorOffersTheKindsBelowItsHeading) {
     EXPECT_THAT(selectorEntries(), ElementsAre("Create...", "Number", "Adder", "Splitter", "Note"));
     EXPECT_EQ(window->kindSelector.get_active_row_number(), 0);
 }
 
-TEST_F(Window, kindsOfOneNameShareTheNumberOfTheLast) {
+TEST_F(MainWindow, kindsOfOneNameShareTheNumberOfTheLast) {
     restart("kind Same One\nkind Other One\nkind Same Two\n");
     EXPECT_EQ(window->kindMap.size(), 2U);
     EXPECT_EQ(window->kindMap.at("Same"), 2);
     EXPECT_THAT(selectorEntries(), ElementsAre("Create...", "Same", "Other", "Same"));
 }
 
-TEST_F(Window, choosingAKindAddsItAndTheSelectorGoesBack) {
+TEST_F(MainWindow, choosingAKindAddsItAndTheSelectorGoesBack) {
     window->kindSelector.set_active(2);
     EXPECT_THAT(recording::callsOf("CreatePlugin"), ElementsAre("CreatePlugin(1, Adder)"));
     EXPECT_EQ(window->kindSelector.get_active_row_number(), 0);
     EXPECT_THAT(boxesOnCanvas(), ElementsAre("Adder"));
 }
 
-TEST_F(Window, choosingTheHeadingAddsNothing) {
+TEST_F(MainWindow, choosingTheHeadingAddsNothing) {
     window->on_combo_changed();
     EXPECT_THAT(recording::calls(), ElementsAre());
 }
 
-TEST_F(Window, clearingTheSelectorAddsNothing) {
+TEST_F(MainWindow, clearingTheSelectorAddsNothing) {
     window->kindSelector.unset_active();
     EXPECT_THAT(recording::calls(), ElementsAre());
 }
 
-TEST_F(Window, zoomsOutToNothingAndBeyond) {
+TEST_F(MainWindow, zoomsOutToNothingAndBeyond) {
     add("Adder");
     showAll();
     for (int i = 0; i < 10; ++i) {
@@ -135,20 +135,20 @@ TEST_F(Window, zoomsOutToNothingAndBeyond) {
     EXPECT_EQ(window->canvas.get_scale(), 1.0);
 }
 
-TEST_F(Window, zoomsInWithoutLimit) {
+TEST_F(MainWindow, zoomsInWithoutLimit) {
     for (int i = 0; i < 100; ++i) {
         window->on_zIn();
     }
     EXPECT_NEAR(window->canvas.get_scale(), 11.0, 1e-9);
 }
 
-TEST_F(Window, quitsAtOnceWithoutAChange) {
+TEST_F(MainWindow, quitsAtOnceWithoutAChange) {
     window->open("chain.zedra");
     window->quit();
     EXPECT_FALSE(window->get_visible());
 }
 
-TEST_F(Window, quitAsksWhereSomethingChangedAndNoDoesNotSave) {
+TEST_F(MainWindow, quitAsksWhereSomethingChangedAndNoDoesNotSave) {
     add("Adder");
     answerNext(Gtk::RESPONSE_NO);
     window->quit();
@@ -157,7 +157,7 @@ TEST_F(Window, quitAsksWhereSomethingChangedAndNoDoesNotSave) {
     EXPECT_THAT(recording::callsOf("DocumentText"), ElementsAre());
 }
 
-TEST_F(Window, quitSavesByReturn) {
+TEST_F(MainWindow, quitSavesByReturn) {
     add("Adder");
     std::pair<bool, bool> isYes;
     answerNext(Gtk::RESPONSE_NO, [&isYes](Gtk::Dialog& shown) {
@@ -169,7 +169,7 @@ TEST_F(Window, quitSavesByReturn) {
     EXPECT_TRUE(isYes.second);
 }
 
-TEST_F(Window, quitHidesAlsoWhenTheQuestionIsClosed) {
+TEST_F(MainWindow, quitHidesAlsoWhenTheQuestionIsClosed) {
     add("Adder");
     answerNext(Gtk::RESPONSE_DELETE_EVENT);
     window->quit();
@@ -177,7 +177,7 @@ TEST_F(Window, quitHidesAlsoWhenTheQuestionIsClosed) {
     EXPECT_THAT(recording::callsOf("DocumentText"), ElementsAre());
 }
 
-TEST_F(Window, quitAsksWhereOnlyANodeChanged) {
+TEST_F(MainWindow, quitAsksWhereOnlyANodeChanged) {
     window->open("chain.zedra");
     node("Parts").changed = true;
     answerNext(Gtk::RESPONSE_NO);
@@ -186,7 +186,7 @@ TEST_F(Window, quitAsksWhereOnlyANodeChanged) {
     EXPECT_TRUE(window->modified);
 }
 
-TEST_F(Window, theFlagsOfNodesThatAreGoneDoNotCount) {
+TEST_F(MainWindow, theFlagsOfNodesThatAreGoneDoNotCount) {
     window->open("chain.zedra");
     node("Parts").changed = true;
     window->pldelete("Parts");
@@ -194,7 +194,7 @@ TEST_F(Window, theFlagsOfNodesThatAreGoneDoNotCount) {
     EXPECT_FALSE(window->hasChanges());
 }
 
-TEST_F(Window, theAboutBoxSaysWhoMadeIt) {
+TEST_F(MainWindow, theAboutBoxSaysWhoMadeIt) {
     unsetenv("HOME");
     Glib::ustring program, version, comments, address, label;
     std::vector<Glib::ustring> authors;
@@ -227,7 +227,7 @@ TEST_F(Window, theAboutBoxSaysWhoMadeIt) {
 
 namespace {
 
-class Logo : public Window {
+class Logo : public MainWindow {
 protected:
     Logo() {
         folder = std::filesystem::temp_directory_path() / ("velmorak-home-" + std::to_string(getpid()));
@@ -266,7 +266,7 @@ protected:
 }  // namespace
 
 TEST_F(Logo, isTheOneInTheHomeFolder) {
-    // A picture's format is told by its content: this one is three pixels wide.
+    // The toolkit detects the format by the content: this picture is three pixels wide.
     write("P3\n3 1\n255\n0 0 0 0 0 0 0 0 0\n");
     EXPECT_EQ(widthOfLogo(), 3);
     EXPECT_TRUE(isAnyShown());

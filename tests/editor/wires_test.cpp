@@ -12,7 +12,7 @@ namespace {
 
 class Wires : public EditorTest {
 protected:
-    /// A Number and an Adder whose ports stand where the test wants them.
+    /// Moves a Number and an Adder so that their ports are at the given points.
     void place(double outputX, double outputY, double inputX, double inputY) {
         add("Number");
         add("Adder");

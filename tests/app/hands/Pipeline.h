@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-/// What a saved document holds of one plug-in, with its place as the canvas shows it (canvas units, y downwards).
+/// One plug-in of a saved document, at its position on the canvas (canvas units, y downwards).
 struct SavedNode {
     std::string name;
     double x = 0;
@@ -19,17 +19,17 @@ struct SavedNode {
 
 /// A saved document as the analysis library reads it, the start plug-in first.
 struct SavedPipeline {
-    /// Empty when there is no such document, or when it is just being written.
+    /// Empty if there is no such document, or while it is being written.
     static SavedPipeline read(const std::filesystem::path& file);
 
     const SavedNode& node(const std::string& name) const;
     std::vector<std::string> names() const;
 
     std::vector<SavedNode> nodes;
-    std::string textAgain;  ///< The library's text of what it read.
+    std::string textAgain;  ///< The library's text of the document that it has read.
 };
 
-/// A kind with two inputs and an output at least, to be wired in every way.
+/// A kind with at least two inputs and one output.
 struct WiredKind {
     static WiredKind first();
 

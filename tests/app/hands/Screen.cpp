@@ -40,7 +40,7 @@ Screen::Colour Screen::overGround(std::uint32_t fill) {
 }
 
 bool Screen::isLike(int x, int y, const Colour& colour) const {
-    constexpr int tolerance = 12;  // Boxes are a little transparent, and those of new nodes lie upon one another.
+    constexpr int tolerance = 12;  // Boxes are slightly transparent, and new ones overlap.
     const std::size_t first =
         (static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)) * 3;
     return std::abs(pixels[first] - colour.red) <= tolerance &&

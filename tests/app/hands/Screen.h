@@ -10,14 +10,14 @@ struct ScreenPoint {
     int x, y;
 };
 
-/// A picture of the whole screen, to find on it what was drawn.
+/// A picture of the whole screen, in which coloured areas can be found.
 class Screen {
 public:
-    /// Takes the picture by way of that file, a .ppm.
+    /// Takes the picture, using that .ppm file.
     Screen(const Desktop& desktop, const std::filesystem::path& file);
 
-    /// The smallest area that holds every pixel inside `within` that is filled with one of these colours of boxes
-    /// (0xRRGGBBAA) over the canvas's ground. Its width is 0 when there is none.
+    /// The smallest area that contains every pixel of `within` with one of these box colours (0xRRGGBBAA), blended with
+    /// the canvas's background. Its width is 0 if there is none.
     ScreenArea find(const std::vector<std::uint32_t>& fills, const ScreenArea& within) const;
     /// The same for pixels of one plain colour (0xRRGGBB).
     ScreenArea findPlain(std::uint32_t colour, const ScreenArea& within) const;

@@ -53,7 +53,7 @@ Walk::Walk(View chosen, const std::function<void(QzManager&)>& fill) : view(std:
     if (view.width > 0) {
         desktop.act({"windowmove", window, "20", "20"});
         desktop.act({"windowsize", window, word(view.width), word(view.height)});
-        // The server knows the new size before the program has laid itself out by it.
+        // The server knows the new size before the program has applied it.
         waitFor([this] {
             const Screen screen(desktop, folder.path() / "look.ppm");
             return screen.findPlain(ground, desktop.areaOf(window)).width > view.width - 60;
@@ -79,7 +79,7 @@ Walk::~Walk() = default;
 void Walk::create() {
     const ScreenArea area = desktop.areaOf(window);
     desktop.click(area.x + area.width * 5 / 6, area.y + area.height - 12);
-    // The list opens on its heading, which is no kind.
+    // The list opens at its heading, which is not a kind.
     std::vector<std::string> keys(static_cast<std::size_t>(wiredKind.number) + 1, "Down");
     keys.emplace_back("Return");
     desktop.pressKeys(keys);
@@ -164,7 +164,7 @@ ScreenPoint Walk::outputOf(const std::string& name) const {
 
 bool Walk::pull(ScreenPoint from, ScreenPoint to) {
     desktop.act({"mousemove", word(from.x), word(from.y), "mousedown", "1"});
-    // The program asks for the pointer's place when an event arrives: the hand must not have left by then.
+    // The program reads the pointer's position when an event arrives: the pointer must still be there.
     const bool isHeld = hasCaughtUp();
     desktop.act({"mousemove", word((from.x + to.x) / 2), word((from.y + to.y) / 2), "mousemove", word(to.x), word(to.y),
                  "mouseup", "1"});
@@ -252,7 +252,7 @@ void Walk::picture(const std::string& step) {
 }
 
 bool Walk::quit() {
-    // The last entry of the first menu; the document has just been saved, so nothing is asked.
+    // The last entry of the first menu; the document has just been saved, so there is no question.
     desktop.pressKeys({"F10", "Up", "Return"});
     return editor->wait(20000) == 0;
 }

@@ -11,7 +11,7 @@ const std::string raised = "chi\u00B2";
 const std::string sink = "Sink";
 const std::string misleading = "input";
 
-/// A document whose names a language takes for equal, and a plug-in called as the canvas calls all inputs.
+/// A document with names that collation treats as equal, and a plug-in named "input", the title of every input's item.
 void fillWithTwins(QzManager& library) {
     const WiredKind kind = WiredKind::first();
     struct Place {

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// A whole session by hand, in several views.
+/// A whole session with mouse and keyboard, in several views.
 class InputRobot : public testing::TestWithParam<View> {
 protected:
     void SetUp() override { ASSERT_TRUE(walk.isOpen()); }
@@ -18,7 +18,7 @@ protected:
         }
         ASSERT_EQ(walk.saved().names(), (std::vector<std::string>{first, second, third}));
         walk.picture("created");
-        // The last one lies on top.
+        // The last one is on top.
         const int step = static_cast<int>(160 * walk.scale());
         ASSERT_TRUE(walk.dragBy(third, step, -step / 3));
         ASSERT_TRUE(walk.dragBy(second, step, step / 3));
@@ -42,7 +42,7 @@ protected:
         walk.picture("start-set");
     }
 
-    /// Drags the third box by so many canvas units.
+    /// Drags the third box by that many canvas units.
     bool moved(double dx, double dy) {
         return walk.dragBy(third, static_cast<int>(dx * walk.scale()), static_cast<int>(dy * walk.scale()));
     }
@@ -95,10 +95,10 @@ TEST_P(InputRobot, theDocumentHoldsWhatWasDone) {
     EXPECT_TRUE(walk.quit());
 }
 
-/// A box that is held while its window goes away.
-using Losing = InputRobot;
+/// A box that is being dragged while its window disappears.
+using LostWindow = InputRobot;
 
-TEST_P(Losing, noBoxFollowsThePointerAfterTheWindowWasAway) {
+TEST_P(LostWindow, noBoxFollowsThePointerAfterTheWindowWasAway) {
     walk.create();
     walk.create();
     const int step = static_cast<int>(80 * walk.scale());
@@ -117,6 +117,7 @@ INSTANTIATE_TEST_SUITE_P(Views, InputRobot,
                          testing::Values(View{"plain", 0, 0, 0}, View{"closer", 5, 0, 0}, View{"farther", -5, 0, 0},
                                          View{"large", 0, 1000, 800}),
                          nameOfView);
-INSTANTIATE_TEST_SUITE_P(Views, Losing, testing::Values(View{"plain", 0, 0, 0}, View{"closer", 3, 0, 0}), nameOfView);
+INSTANTIATE_TEST_SUITE_P(Views, LostWindow, testing::Values(View{"plain", 0, 0, 0}, View{"closer", 3, 0, 0}),
+                         nameOfView);
 
 }  // namespace

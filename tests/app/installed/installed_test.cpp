@@ -27,7 +27,7 @@ std::set<std::string> filesIn(const fs::path& folder) {
     std::set<std::string> names;
     if (fs::exists(folder)) {
         for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-            // The record of a run says when it was.
+            // The record of a run contains its time.
             if (entry.is_regular_file() && entry.path().filename() != "run.json") {
                 names.insert(fs::relative(entry.path(), folder).string());
             }
@@ -53,7 +53,7 @@ void expectSameFiles(const fs::path& first, const fs::path& second) {
     }
 }
 
-/// The program on a screen of its own, in a folder of its own, where an example leaves its results.
+/// The program on a private screen, in a temporary folder, which receives the results of an example.
 class Installed : public testing::Test {
 protected:
     void start(std::vector<std::string> arguments) {
@@ -81,7 +81,7 @@ protected:
 
     fs::path results() const { return folder.path() / "Dimuon_mass.results"; }
 
-    /// The library says how each plug-in fared when all are done.
+    /// The library reports the result of each plug-in at the end of a run.
     void waitForResults() {
         const std::regex line("AidaWriter \"Results\": [0-9.]+ s\n");
         ASSERT_TRUE(waitFor([&] { return std::regex_search(editor->errors(), line); })) << editor->errors();

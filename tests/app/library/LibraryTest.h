@@ -14,7 +14,7 @@
 #include <memory>
 #include <sstream>
 
-/// The editor over the shipped library, in a folder of its own, which is the current one.
+/// The editor with the shipped library, in a temporary current folder.
 class LibraryTest : public testing::Test {
 protected:
     class Window : public vkWindow {
@@ -69,7 +69,7 @@ protected:
         std::ofstream(file, std::ios::binary) << text;
     }
 
-    /// @return the content after opening the text in the emptied window and saving it under its own name.
+    /// @return the content of the file after opening the text in the emptied window and saving it again.
     std::string throughTheEditor(const std::string& text) {
         const std::filesystem::path file = folder / "document.zedra";
         put(file, text);

@@ -9,7 +9,7 @@ namespace {
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-class DocumentTest : public LibraryTest {
+class Documents : public LibraryTest {
 protected:
     std::size_t dice(std::size_t sides) { return std::uniform_int_distribution<std::size_t>(0, sides - 1)(generator); }
 
@@ -51,7 +51,7 @@ protected:
     std::mt19937 generator{20261121};
 };
 
-TEST_F(DocumentTest, everyExampleIsSavedAsItWasOpened) {
+TEST_F(Documents, everyExampleIsSavedAsItWasOpened) {
     ASSERT_THAT(QzManager::GetExamples(), Not(IsEmpty()));
     for (const QzExample& example : QzManager::GetExamples()) {
         const std::string text = contentOf(std::filesystem::path(example.directory) / example.name);
@@ -61,7 +61,7 @@ TEST_F(DocumentTest, everyExampleIsSavedAsItWasOpened) {
     }
 }
 
-TEST_F(DocumentTest, anOpenedExampleIsNeverOverwritten) {
+TEST_F(Documents, anOpenedExampleIsNeverOverwritten) {
     const QzExample& example = QzManager::GetExamples().front();
     window->checkOpen(example.directory + '/' + example.name);
     EXPECT_EQ(manager->fileName, "");
@@ -71,8 +71,8 @@ TEST_F(DocumentTest, anOpenedExampleIsNeverOverwritten) {
     EXPECT_EQ(contentOf(folder / "mine.zedra"), contentOf(std::filesystem::path(example.directory) / example.name));
 }
 
-TEST_F(DocumentTest, aThousandRandomPipelinesAreSavedAsTheyWereOpened) {
-    testing::internal::CaptureStderr();  // refused values and bindings are meant
+TEST_F(Documents, aThousandRandomPipelinesAreSavedAsTheyWereOpened) {
+    testing::internal::CaptureStderr();  // refused values and bindings are expected
     for (int i = 0; i < 1000 && !HasFailure(); ++i) {
         const std::string text = randomPipeline();
         EXPECT_EQ(throughTheEditor(text), text) << "pipeline " << i;
@@ -80,7 +80,7 @@ TEST_F(DocumentTest, aThousandRandomPipelinesAreSavedAsTheyWereOpened) {
     testing::internal::GetCapturedStderr();
 }
 
-TEST_F(DocumentTest, whatThisBuildDoesNotKnowIsSavedAsItWasOpened) {
+TEST_F(Documents, whatThisBuildDoesNotKnowIsSavedAsItWasOpened) {
     const std::string text = R"({
   "zedra": 1,
   "plugins": [
@@ -123,7 +123,7 @@ TEST_F(DocumentTest, whatThisBuildDoesNotKnowIsSavedAsItWasOpened) {
     EXPECT_EQ(window->pathMap.count({"Sum", "a"}), 1U);
 }
 
-TEST_F(DocumentTest, aCommaLocaleChangesNoByte) {
+TEST_F(Documents, aCommaLocaleChangesNoByte) {
     const CommaLocale comma;
     for (const QzExample& example : QzManager::GetExamples()) {
         const std::string text = contentOf(std::filesystem::path(example.directory) / example.name);

@@ -11,15 +11,15 @@ namespace {
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-/// The examples as the window shows them. Their pictures are kept for docs/.
-class ExamplesTest : public LibraryTest {
+/// The examples as the window shows them. Saves their pictures for docs/.
+class Examples : public LibraryTest {
 protected:
     static constexpr double margin = 10;  ///< Around a picture, in canvas units.
 
     void show(const QzExample& example) {
         window->deleteAll();
         window->open(example.directory + '/' + example.name);
-        window->canvas.update();  // Until then the boxes have no bounds.
+        window->canvas.update();  // Otherwise the boxes have no bounds yet.
     }
 
     Goocanvas::Bounds extent() const {
@@ -34,7 +34,7 @@ protected:
         return all;
     }
 
-    /// Draws the canvas as far as it is used, on white.
+    /// Draws the used part of the canvas on a white background.
     void draw(const std::filesystem::path& file) const {
         const Goocanvas::Bounds all = extent();
         const int width = static_cast<int>(std::ceil(all.get_x2() - all.get_x1()));
@@ -49,8 +49,7 @@ protected:
         surface->write_to_png(file.string());
     }
 
-    /// Nothing lies above or below what the window shows of the canvas before anybody scrolls, and the start plug-in
-    /// not beside it either.
+    /// Before scrolling, nothing is above or below the visible part of the canvas, and the start plug-in is inside it.
     void expectInTheOpeningView(const std::string& example) const {
         constexpr double viewWidth = 600;
         constexpr double viewHeight = 400;
@@ -67,11 +66,10 @@ protected:
         EXPECT_LE(start->box->get_bounds().get_x2(), viewWidth) << example;
     }
 
-    /// From the left edge to the right end of the longest chain of wires that ends there, were all of it as close
-    /// together as it can be read.
+    /// Minimal width of a readable layout: from the left edge to the right end of the longest chain of wires.
     double minRightOf(QzBase& object) const;
 
-    /// Where the longest chain fits into the view beside the scrollbar, nothing lies beside it.
+    /// If the longest chain fits into the view, nothing is outside it horizontally.
     void expectChainInTheOpeningView(const std::string& example) const {
         constexpr double viewWidth = 600;
         double least = 0;
@@ -87,7 +85,7 @@ protected:
     /// Shows all ports of every box.
     void uncollapse() {
         GdkEventButton event{};
-        event.button = 2;  // selects, and does no more
+        event.button = 2;  // only selects
         for (plugin* node : window->liveNodes()) {
             if (!node->GetPlugin()->IsExpanded()) {
                 window->click(node->box, &event);
@@ -108,7 +106,7 @@ protected:
         EXPECT_TRUE(bounds.get_x2() <= right && bounds.get_y2() <= bottom) << what;
     }
 
-    /// All that the library has are drawn, and each sender stands left of its receiver.
+    /// All bindings of the library are drawn, and each sender is to the left of its receiver.
     void expectWiresToTheRight(const std::string& example);
 
     static bool overlap(const Goocanvas::Bounds& one, const Goocanvas::Bounds& other) {
@@ -117,7 +115,7 @@ protected:
     }
 };
 
-void ExamplesTest::expectWiresToTheRight(const std::string& example) {
+void Examples::expectWiresToTheRight(const std::string& example) {
     std::size_t wires = 0;
     for (QzBase* object : manager->plugins) {
         const double left = window->nodeOf(object->name)->box->get_bounds().get_x1();
@@ -132,7 +130,7 @@ void ExamplesTest::expectWiresToTheRight(const std::string& example) {
     EXPECT_EQ(window->pathMap.size(), wires) << example;
 }
 
-double ExamplesTest::minRightOf(QzBase& object) const {
+double Examples::minRightOf(QzBase& object) const {
     constexpr double margin = 6;
     constexpr double gap = 16;  // Less hides the wire.
     double left = margin;
@@ -145,7 +143,7 @@ double ExamplesTest::minRightOf(QzBase& object) const {
     return left + box.get_x2() - box.get_x1();
 }
 
-TEST_F(ExamplesTest, everyBoxCanBeOpenedWithAllItsPortsOnTheCanvas) {
+TEST_F(Examples, everyBoxCanBeOpenedWithAllItsPortsOnTheCanvas) {
     for (const QzExample& example : QzManager::GetExamples()) {
         show(example);
         uncollapse();
@@ -162,7 +160,7 @@ TEST_F(ExamplesTest, everyBoxCanBeOpenedWithAllItsPortsOnTheCanvas) {
     }
 }
 
-TEST_F(ExamplesTest, boxesStandApartOnTheCanvasAndAllWiresLeadToTheRight) {
+TEST_F(Examples, boxesStandApartOnTheCanvasAndAllWiresLeadToTheRight) {
     const std::filesystem::path pictures = VELMORAK_PICTURES;
     std::filesystem::create_directories(pictures);
     ASSERT_THAT(QzManager::GetExamples(), Not(IsEmpty()));

@@ -11,7 +11,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// The button over a run that would not end by itself within anybody's life.
+/// The start button and a run that would take years.
 class LongRun : public LibraryTest {
 protected:
     class Window : public vkWindow {
@@ -45,7 +45,7 @@ TEST_F(LongRun, isEndedByAClickAtAnyMomentAfterItsStart) {
     for (int i = 0; i < 60; ++i) {
         const Clock::time_point begin = Clock::now();
         click();
-        // From at once to when it has long been going on.
+        // From immediately after the start to well into the run.
         while (Clock::now() - begin < std::chrono::microseconds(i * i * 10)) {
             pump();
         }
@@ -59,7 +59,7 @@ TEST_F(LongRun, isEndedByAClickAtAnyMomentAfterItsStart) {
 TEST_F(LongRun, isEndedByResetToo) {
     click();
     const Clock::time_point begin = Clock::now();
-    // A reset that comes before the run has begun has nothing to end.
+    // A reset before the run has begun has no effect.
     while (!isIdle() && Clock::now() - begin < std::chrono::seconds(20)) {
         manager->Reset();
         pump();

@@ -5,7 +5,7 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 
-class ValuesTest : public LibraryTest {
+class Values : public LibraryTest {
 protected:
     static constexpr std::size_t expression = 3;  ///< Its row in the dialog of a Formula.
 
@@ -33,7 +33,7 @@ protected:
 
     static std::vector<Gtk::Entry*> entries(varWindow& dialog) { return widgetsIn<Gtk::Entry>(dialog); }
 
-    // The labels of the rows; those of the buttons lie within the buttons.
+    // The labels of the rows; those of the buttons are inside the buttons.
     static std::vector<std::string> labels(varWindow& dialog) {
         std::vector<std::string> texts;
         for (Gtk::Label* label : widgetsIn<Gtk::Label>(dialog)) {
@@ -45,7 +45,7 @@ protected:
     }
 };
 
-TEST_F(ValuesTest, aValueThatTheTypeRefusesComesBackAsItWas) {
+TEST_F(Values, aValueThatTheTypeRefusesComesBackAsItWas) {
     varWindow& dialog = openNew("Number");
     entries(dialog).at(1)->set_text("2.5");
     buttonIn(dialog, "Apply").clicked();
@@ -56,7 +56,7 @@ TEST_F(ValuesTest, aValueThatTheTypeRefusesComesBackAsItWas) {
     EXPECT_EQ(entries(dialog).at(1)->get_text(), "2.5");
 }
 
-TEST_F(ValuesTest, newVariablesOfAFormulaAppearAsRows) {
+TEST_F(Values, newVariablesOfAFormulaAppearAsRows) {
     varWindow& dialog = openNew("Formula");
     const auto before = labels(dialog);
     entries(dialog).at(expression)->set_text("mass * width");
@@ -67,7 +67,7 @@ TEST_F(ValuesTest, newVariablesOfAFormulaAppearAsRows) {
     EXPECT_EQ(window->liveNodes().front()->inputTexts.size(), before.size() + 1);
 }
 
-TEST_F(ValuesTest, oneNewVariableOfAFormulaAppearsAsARowToo) {
+TEST_F(Values, oneNewVariableOfAFormulaAppearsAsARowToo) {
     varWindow& dialog = openNew("Formula");
     entries(dialog).at(expression)->set_text("2 * mass");
     buttonIn(dialog, "Apply").clicked();
@@ -78,7 +78,7 @@ TEST_F(ValuesTest, oneNewVariableOfAFormulaAppearsAsARowToo) {
     EXPECT_EQ(manager->plugins[0]->name, "Formula");
 }
 
-TEST_F(ValuesTest, variablesOfAFormulaGoWithTheirValues) {
+TEST_F(Values, variablesOfAFormulaGoWithTheirValues) {
     varWindow& dialog = openNew("Formula");
     entries(dialog).at(expression)->set_text("first + second");
     buttonIn(dialog, "Apply").clicked();
@@ -90,7 +90,7 @@ TEST_F(ValuesTest, variablesOfAFormulaGoWithTheirValues) {
     EXPECT_EQ(inputs.back().value, "22");
 }
 
-TEST_F(ValuesTest, aVariableThatGoesTakesItsWireWithItAndTheOtherKeepsIts) {
+TEST_F(Values, aVariableThatGoesTakesItsWireWithItAndTheOtherKeepsIts) {
     window->addPlugin(nullptr, "Number");
     varWindow& dialog = openNew("Function");
     entries(dialog).at(functionExpression)->set_text("a + b");
@@ -114,7 +114,7 @@ TEST_F(ValuesTest, aVariableThatGoesTakesItsWireWithItAndTheOtherKeepsIts) {
     EXPECT_EQ(pathsOnCanvas(), 1) << "the wire of a is gone for good";
 }
 
-TEST_F(ValuesTest, aWiredInputShowsItsSourceInGrey) {
+TEST_F(Values, aWiredInputShowsItsSourceInGrey) {
     window->addPlugin(nullptr, "Number");
     window->addPlugin(nullptr, "Adder");
     window->connect({"Number", "number"}, {"Adder", "a"});
@@ -125,13 +125,13 @@ TEST_F(ValuesTest, aWiredInputShowsItsSourceInGrey) {
     EXPECT_EQ(entry.get_style_context()->get_color(entry.get_state_flags()).to_string(), Gdk::RGBA("grey").to_string());
 }
 
-TEST_F(ValuesTest, everyCollectionAndEveryKindHasADescription) {
+TEST_F(Values, everyCollectionAndEveryKindHasADescription) {
     for (const std::string& row : ListView(window->pluginWindow).rows()) {
         EXPECT_NE(row.back(), '|') << row;
     }
 }
 
-TEST_F(ValuesTest, everyDescriptionIsGoodMarkup) {
+TEST_F(Values, everyDescriptionIsGoodMarkup) {
     auto& view = ListView(window->pluginWindow).widget();
     view.get_model()->foreach_iter([](const Gtk::TreeIter& row) {
         Glib::ustring text;

@@ -23,7 +23,7 @@ constexpr int nearness = 4;
 // Height of the main window's and of the dialogs' row of buttons.
 constexpr int halfButton = 12;
 
-/// Counts the lines that tell how long the plug-in took, which come when the run is done.
+/// Counts the lines with the duration of the plug-in, printed at the end of a run.
 std::ptrdiff_t countOfRuns(const std::string& errors, const std::string& plugin) {
     const std::regex line(plugin + ": [0-9.]+ s\n");
     return std::distance(std::sregex_iterator(errors.begin(), errors.end(), line), std::sregex_iterator());
@@ -124,7 +124,7 @@ bool Session::seesPipeline() {
 bool Session::run(const std::string& lastPlugin) {
     constexpr int patienceMs = 20000;
     const std::ptrdiff_t before = countOfRuns(errors(), lastPlugin);
-    // A click while the run before is about to end would stop that one.
+    // A click while the previous run is still ending would stop that run.
     return waitFor([&] {
         clickStart();
         return waitFor([&] { return countOfRuns(errors(), lastPlugin) > before; }, patienceMs);
@@ -282,7 +282,7 @@ bool Session::maximise() {
 bool Session::resize(int width, int height) {
     constexpr int besideCanvas = 60;
     desktop.act({"windowsize", window, std::to_string(width), std::to_string(height)});
-    // The server knows the new size before the program has laid itself out by it.
+    // The server knows the new size before the program has applied it.
     return waitFor([&] {
         look();
         return canvasArea.width > width - besideCanvas && area().width == width;
@@ -297,7 +297,7 @@ bool Session::saveAs(const fs::path& file, const std::string& key) {
     }
     type(0, file.string());
     picture("Save as", "save-as");
-    // The button comes alive only when the chooser has looked at the name.
+    // The button is enabled only after the chooser has checked the name.
     const bool isChosen = waitFor([this] {
         desktop.pressKeys({"Return"});
         return waitFor([this] { return find("Save as").empty(); }, 3000);

@@ -8,51 +8,51 @@
 #include <string>
 #include <vector>
 
-/// The installed program on a screen of its own, in a folder of its own, and hands that do a session with it. Every
-/// step waits until the screen, the program's output or a file shows that it is done, and keeps a picture.
+/// Drives the installed program on a private screen, in a temporary folder. Every step waits until the screen, the
+/// program's output or a file shows that it is done, and saves a picture.
 class Session {
 public:
-    /// @param name        begins the names of its pictures.
-    /// @param environment added to what the program gets anyway.
+    /// @param name        prefix of the names of its pictures.
+    /// @param environment added to the default environment.
     Session(std::string name, std::map<std::string, std::string> environment);
 
     bool start(const std::vector<std::string>& arguments);
     bool quit();  ///< @return whether it ended at once, without a question, and with status 0.
 
-    /// Chooses from a menu: steps to the right from File (to the left where negative), then up from below the last
-    /// entry. @return whether the window came.
+    /// Chooses from a menu: `menu` steps to the right of File (negative: to the left), then `entryFromBelow` steps up
+    /// from below the last entry. @return whether the window appeared.
     bool choose(int menu, int entryFromBelow, const std::string& title);
-    /// Goes to a group of a list of two levels, counted from 0, and opens it, with its first entry chosen.
+    /// Expands a group of a tree, counted from 0, and selects its first entry.
     void chooseInGroup(int group);
     void confirm();  ///< Presses Return.
     void cancel();   ///< Presses Escape.
     bool closeByManager(const std::string& title);
 
-    /// Waits until a start plug-in is on the canvas. @return whether one came.
+    /// Waits until a start plug-in is on the canvas. @return whether one appeared.
     bool seesPipeline();
-    /// Clicks on Start and waits until the library says that the plug-in is done, once more than before.
+    /// Clicks on Start and waits until the library reports once more that the plug-in is done.
     bool run(const std::string& lastPlugin);
-    /// Clicks on Start, or on Stop while a run goes on.
+    /// Clicks on Start, which is Stop during a run.
     void clickStart();
     /// Waits until the program has written this to standard error. @return whether it has.
     bool hears(const std::string& text);
-    /// What the screen shows of the button Start with the pointer elsewhere, as the text of a picture.
+    /// Picture of the start button on the screen, with the pointer elsewhere, as the content of a file.
     std::string lookOfStart();
-    /// Selects a box of the pipeline that is shown.
+    /// Selects a box of the visible pipeline.
     bool select(const SavedPipeline& shown, const std::string& name);
-    /// Points at the start plug-in's box and waits for the toolkit's tooltip. @return whether one came.
+    /// Points at the start plug-in's box and waits for its tooltip. @return whether one appeared.
     bool pointAtStart();
     /// Opens the variables of the selected plug-in.
     bool openVariables(const std::string& name);
-    /// Replaces the text of a row of the dialog that has the keyboard in its first row; row 0 is the name.
+    /// Replaces the text in a row of the dialog whose first row has the keyboard focus; row 0 is the name.
     void type(int row, const std::string& text);
     /// Clicks on a button of the variables dialog: 0 "OK", 1 "Apply", 2 "Cancel".
     void pressButton(const std::string& title, int button);
     bool isGone(const std::string& title);
-    /// Waits for the list of an entry or a selector. @return its window, empty when none came.
+    /// Waits for the list of an entry or a selector. @return its window, empty if none appeared.
     std::string openList();
     bool listIsClosed();
-    bool openKindSelector();  ///< Clicks on the kind selector. @return whether its list came.
+    bool openKindSelector();  ///< Clicks on the kind selector. @return whether its list appeared.
     bool seesMenu();          ///< Waits for a context menu.
     bool seesTooltip();
     void pressKeys(const std::vector<std::string>& keys) const { desktop.pressKeys(keys); }
@@ -66,11 +66,11 @@ public:
     /// @return whether the canvas has followed.
     bool resize(int width, int height);
     ScreenArea area() const { return desktop.areaOf(window); }  ///< Of the main window.
-    /// Puts the window of that title there.
+    /// Moves the window with that title.
     void move(const std::string& title, int x, int y);
-    /// Has the program ask its question before it ends, and waits for it. @return its window, empty when none came.
+    /// Makes the program ask its question before it ends, and waits for it. @return its window, empty if none appeared.
     std::string askToQuit();
-    /// Windows of the desktop, from the one behind to the one in front.
+    /// Windows of the desktop, from back to front.
     std::vector<std::string> stack() const;
     std::string windowOf(const std::string& title) const { return find(title); }
     ScreenArea areaOf(const std::string& shown) const { return desktop.areaOf(shown); }
@@ -82,16 +82,16 @@ public:
     /// Presses a key in the main window and waits until the file is there.
     bool makes(const std::string& key, const std::filesystem::path& file);
 
-    /// Scrolls until the upper end of the canvas is in view, with the start plug-in at that place of it.
+    /// Scrolls until the upper end of the canvas is in view, with the start plug-in at that position.
     bool scrollToTop(const SavedNode& start);
-    /// Keeps what the screen shows of the canvas's upper left part, as large as the picture `model`. The pointer is put
-    /// out of the way.
+    /// Saves the upper left part of the canvas on the screen, with the size of the picture `model`. Moves the pointer
+    /// away first.
     void takeCanvas(const std::filesystem::path& model, const std::filesystem::path& file);
 
-    /// Keeps a picture of one window, with its frame.
+    /// Saves a picture of one window, with its frame.
     void picture(const std::string& title, const std::string& step);
     void picture(const std::string& step);        ///< Of the main window.
-    void screenPicture(const std::string& step);  ///< Of the whole screen, with the lists that are open.
+    void screenPicture(const std::string& step);  ///< Of the whole screen, with open lists.
     void screenshot(const std::filesystem::path& file) const { desktop.screenshot(file); }
     std::filesystem::path pictureFile(const std::string& step) const;
 

@@ -17,7 +17,7 @@ constexpr const char* lastToRun = "AidaWriter \"Results\"";
 constexpr int binsRow = 4;
 constexpr int binsInput = 3;
 
-/// A language that the program is used in.
+/// A language of the user interface.
 struct Language {
     std::string name;
     std::map<std::string, std::string> environment;
@@ -45,11 +45,11 @@ std::string expectedText() {
     return manager.DocumentText();
 }
 
-class SessionTest : public testing::TestWithParam<Language> {
+class InstalledSession : public testing::TestWithParam<Language> {
 protected:
     void exampleOpened() {
         ASSERT_TRUE(session.start({}));
-        // The last menu; "Examples" stands above "About".
+        // The last menu; "Examples" is above "About".
         ASSERT_TRUE(session.choose(-1, 2, "Examples"));
         session.chooseInGroup(groupOf(example));
         session.picture("Examples", "examples");
@@ -102,7 +102,7 @@ protected:
     const fs::path results = session.folder() / "Dimuon_mass.results";
 };
 
-TEST_P(SessionTest, whatWasDoneIsThereAfterTheNextStart) {
+TEST_P(InstalledSession, whatWasDoneIsThereAfterTheNextStart) {
     ASSERT_NO_FATAL_FAILURE(exampleOpened());
     ASSERT_NO_FATAL_FAILURE(runTwiceWithOtherBins());
     ASSERT_NO_FATAL_FAILURE(renamed());
@@ -113,7 +113,7 @@ TEST_P(SessionTest, whatWasDoneIsThereAfterTheNextStart) {
     session.picture("Zboson Variables", "variables-again");
     session.pressButton("Zboson Variables", 2);
     ASSERT_TRUE(session.isGone("Zboson Variables"));
-    // What the program holds, written once more.
+    // The program's document, saved again.
     fs::remove(document);
     ASSERT_TRUE(session.makes("ctrl+s", document));
     EXPECT_EQ(contentOf(document), expectedText());
@@ -121,7 +121,7 @@ TEST_P(SessionTest, whatWasDoneIsThereAfterTheNextStart) {
     EXPECT_EQ(session.errors().find("ocale"), std::string::npos) << session.errors();
 }
 
-INSTANTIATE_TEST_SUITE_P(Languages, SessionTest,
+INSTANTIATE_TEST_SUITE_P(Languages, InstalledSession,
                          testing::Values(Language{"plain", {{"LC_ALL", "C.UTF-8"}}},
                                          Language{"german",
                                                   {{"LC_ALL", "de_DE.UTF-8"}, {"LOCPATH", VELMORAK_TEST_LOCALES}}}),

@@ -14,14 +14,14 @@ namespace fs = std::filesystem;
 
 const fs::path example = fs::path(VELMORAK_EXAMPLES) / "Particle_physics" / "Dimuon_mass.zedra";
 
-class Windows : public testing::Test {
+class DesktopWindows : public testing::Test {
 protected:
     // Tests run side by side, and each keeps its pictures.
     const std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
     Session session{name, {}};
 };
 
-TEST_F(Windows, theCollectionPlacesAPluginAndTheAboutBoxAnswers) {
+TEST_F(DesktopWindows, theCollectionPlacesAPluginAndTheAboutBoxAnswers) {
     const fs::path document = session.folder() / "empty.zedra";
     std::ofstream(document) << QzManager("QzAnalysisFactory").DocumentText();
     ASSERT_TRUE(session.start({document.string()}));
@@ -42,7 +42,7 @@ TEST_F(Windows, theCollectionPlacesAPluginAndTheAboutBoxAnswers) {
     EXPECT_TRUE(session.quit());
 }
 
-TEST_F(Windows, pointingAtABoxShowsWhatItIs) {
+TEST_F(DesktopWindows, pointingAtABoxShowsWhatItIs) {
     ASSERT_TRUE(session.start({example.string()}));
     ASSERT_TRUE(session.seesPipeline());
     EXPECT_TRUE(session.pointAtStart());
@@ -51,7 +51,7 @@ TEST_F(Windows, pointingAtABoxShowsWhatItIs) {
     EXPECT_TRUE(session.quit());
 }
 
-TEST_F(Windows, theQuestionStandsInFrontOfAVariablesDialogAndReturnSaves) {
+TEST_F(DesktopWindows, theQuestionStandsInFrontOfAVariablesDialogAndReturnSaves) {
     const fs::path document = session.folder() / "own.zedra";
     fs::copy_file(example, document);
     fs::copy(example.parent_path(), session.folder(), fs::copy_options::recursive | fs::copy_options::skip_existing);
@@ -78,7 +78,7 @@ TEST_F(Windows, theQuestionStandsInFrontOfAVariablesDialogAndReturnSaves) {
     EXPECT_NE(text.str().find("\"31\""), std::string::npos);
 }
 
-TEST_F(Windows, anExpressionThatLosesAVariableLosesItsWire) {
+TEST_F(DesktopWindows, anExpressionThatLosesAVariableLosesItsWire) {
     const fs::path document = session.folder() / "sum.zedra";
     std::ofstream(document) << R"({
   "zedra": 1,
@@ -132,15 +132,16 @@ std::string exampleAtTheTop() {
     return manager.DocumentText();
 }
 
-/// The picture over the canvas's ground, which an exported image leaves out, seen from so far that the shading of
-/// single letters, which the screen does in its own way, no longer matters.
+/// The picture on the canvas's background, which an exported image does not contain, blurred so that the antialiasing
+/// of single letters does not matter: the X server rasterises text with its own subpixel positions and hinting, and an
+/// 8-bit transparent image rounds colours differently. ExportedImage checks exact pixels in one process.
 fs::path fromAfar(const fs::path& picture) {
     fs::path file = picture.parent_path() / (picture.stem().string() + "-afar.png");
     Process({"convert", picture.string(), "-background", "#ABBAC9", "-flatten", "-blur", "0x2", file.string()}).wait();
     return file;
 }
 
-/// Counts the places where two pictures differ; -1 where they cannot be compared.
+/// Number of pixels in which two pictures differ; -1 if they cannot be compared.
 long differences(const fs::path& first, const fs::path& second) {
     Process compare(
         {"compare", "-metric", "AE", "-fuzz", "8%", fromAfar(first).string(), fromAfar(second).string(), "null:"});
@@ -151,7 +152,7 @@ long differences(const fs::path& first, const fs::path& second) {
     return end == said.c_str() || *end != '\0' ? -1 : count;
 }
 
-TEST_F(Windows, theExportedImageIsWhatTheCanvasShows) {
+TEST_F(DesktopWindows, theExportedImageIsWhatTheCanvasShows) {
     const fs::path document = session.folder() / "top.zedra";
     std::ofstream(document) << exampleAtTheTop();
     ASSERT_TRUE(session.start({document.string()}));

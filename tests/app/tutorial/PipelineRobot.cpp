@@ -94,7 +94,7 @@ ScreenPoint PipelineRobot::placeOf(const Port& port) {
 }
 
 bool PipelineRobot::hasCaughtUp() {
-    // The program serves its events in turn. It exports the image of its canvas without any effect on the document.
+    // The program handles events in order. Exporting the image of the canvas has no effect on the document.
     const fs::path image = session.folder() / "test.png";
     fs::remove(image);
     session.pressKeys({"alt+i"});
@@ -125,7 +125,7 @@ bool PipelineRobot::findKind(const std::string& kind) {
     if (!session.openKindSelector()) {
         return false;
     }
-    // The list opens on its heading, which is no kind.
+    // The list opens at its heading, which is not a kind.
     session.pressKeys(std::vector<std::string>(static_cast<std::size_t>(kindNumber(kind)) + 1, "Down"));
     return true;
 }
@@ -150,7 +150,7 @@ bool PipelineRobot::drag(const std::string& name, CanvasPlace to, const WhileHel
     const ScreenPoint handle = handleOf(name);
     point(handle);
     session.act({"mousedown", "1"});
-    // The program asks for the pointer's place when an event arrives: the pointer must not have left by then.
+    // The program reads the pointer's position when an event arrives: the pointer must still be there.
     if (!hasCaughtUp()) {
         return false;
     }
@@ -193,7 +193,7 @@ bool PipelineRobot::typeValues(const std::string& name, const Values& values) {
         session.type(0, value);
         row = inputRow;
     }
-    session.pressKeys({"Home"});  // A long value is seen from its beginning.
+    session.pressKeys({"Home"});  // Shows the beginning of a long value.
     return true;
 }
 
@@ -290,7 +290,7 @@ bool PipelineRobot::openMenu(const std::string& name) {
 bool PipelineRobot::pointAt(const Port& port) {
     const ScreenPoint place = placeOf(port);
     point(place);
-    // No key must be pressed from here on: it would hide the tooltip.
+    // Do not press a key after this: it would hide the tooltip.
     pointer = {place.x - 2, place.y};
     session.act({"mousemove", word(pointer.x), word(pointer.y)});
     return session.seesTooltip();
@@ -304,7 +304,7 @@ void PipelineRobot::canvasPicture(const std::string& step, CanvasPlace corner, i
 void PipelineRobot::screenPicture(const std::string& step, const ScreenArea& part) {
     const fs::path whole = session.folder() / "screen.png";
     session.screenshot(whole);
-    // The picture of a screen has no pointer.
+    // A picture of the screen does not contain the pointer.
     const std::string arrow = "translate " + word(pointer.x) + "," + word(pointer.y) +
                               " polygon 0,0 0,16 4,12.5 7,19 9.5,18 6.5,11.5 11.5,11.5";
     Process({"convert", whole.string(), "-fill", "white", "-stroke", "black", "-draw", arrow, "-crop", areaText(part),

@@ -28,16 +28,16 @@ using Values = std::vector<std::pair<std::string, std::string>>;
 /// Called at the end of a drag, before the button is released.
 using WhileHeld = std::function<void()>;
 
-/// Builds a pipeline in the window of a session by real events. A copy of the pipeline in this process gets every
-/// change as well: it tells where things are on the canvas, and what the saved document must hold.
+/// Builds a pipeline in the window of a session with real events, and a copy of the pipeline in this process, which
+/// gives the positions on the canvas and the expected content of the saved document.
 class PipelineRobot {
 public:
-    /// The session's window is open, its canvas is empty and not scrolled or zoomed.
+    /// Requires an open window whose canvas is empty, not scrolled and not zoomed.
     explicit PipelineRobot(Session& session);
 
     /// Opens the kind selector's list and goes to a kind. @return whether the list opened.
     bool findKind(const std::string& kind);
-    /// Chooses the kind that was found. @return whether its box appeared where new boxes do.
+    /// Chooses the kind that was found. @return whether its box appeared at the position of new boxes.
     bool placeFound();
     bool place(const std::string& kind) { return findKind(kind) && placeFound(); }
     /// Drags a box until its upper left corner is there. @return whether the screen shows it there.
@@ -47,9 +47,9 @@ public:
     bool typeValues(const std::string& name, const Values& values);
     /// Presses "OK" in these variables.
     bool acceptValues();
-    /// Presses on an output, or on the name of an input that is wired, and pulls the wire to a place.
+    /// Presses on an output, or on the name of a connected input, and pulls the wire to a point.
     bool pullFrom(const Port& port, ScreenPoint to);
-    /// Lets go of what is pulled.
+    /// Releases the wire.
     bool release();
     /// Draws a wire from an output to an input.
     bool wire(const Port& output, const Port& input, const WhileHeld& whileHeld = {});
@@ -74,11 +74,11 @@ public:
 
     /// Moves the pointer away from the window, so that no tooltip is in a picture.
     void leaveWindow();
-    /// Keeps a picture of a part of the canvas, with the pointer where it is over that part.
+    /// Saves a picture of a part of the canvas, with the pointer.
     void canvasPicture(const std::string& step, CanvasPlace corner, int width, int height);
     /// The same for a part of the screen.
     void screenPicture(const std::string& step, const ScreenArea& part);
-    /// Waits until the window has served all events so far.
+    /// Waits until the window has handled all events so far.
     bool hasCaughtUp();
 
 private:
@@ -86,7 +86,7 @@ private:
     bool isShown(const std::string& name, const std::vector<std::uint32_t>& fills);
     QzBase& plugin(const std::string& name);
     double widthOf(const std::string& name);
-    /// As the window does where the button is released over a box.
+    /// Stores the position as the window does when the button is released over a box.
     void storePlace(const std::string& name);
     void forget(const std::string& name);
     void apply(const std::string& name, const Values& values);
@@ -98,5 +98,5 @@ private:
     std::string edited;
     Values typed;
     ScreenPoint pointer{0, 0};
-    ScreenPoint origin{0, 0};  ///< Where the canvas's own origin is on the screen.
+    ScreenPoint origin{0, 0};  ///< The canvas's origin on the screen.
 };

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 constexpr const char* lastToRun = "Plot \"Plot\"";
 const std::array<std::string, 4> plotFiles{"Plot.dat", "Plot.gp", "Plot.png", "Plot.svg"};
 
-/// Whether the record of a run says that the run has ended.
+/// Whether the record of a run is complete.
 bool isComplete(const fs::path& record) {
     return nlohmann::json::parse(contentOf(record)).at("complete").get<bool>();
 }
@@ -39,13 +39,13 @@ void writeMasses(const fs::path& file, const std::string& header) {
     std::ofstream out(file);
     out << header << '\n';
     for (int i = 0; i < 2000; ++i) {
-        // Sums of three rows of a lattice are spread like a bell.
+        // The sum of three uniform variates has a bell-shaped distribution.
         const double bell = (i * 7 % 20 + 0.5) / 20 + (i * 11 % 37 + 0.5) / 37 + (i * 13 % 101 + 0.5) / 101;
         out << 91.2 + 5 * (bell - 1.5) << ",0.5\n";
     }
 }
 
-/// A reader of the tutorial, who does what it says and types what stands in its tables and code blocks.
+/// A reader of the tutorial, who follows it and types the content of its tables and code blocks.
 class Tutorial : public testing::Test {
 protected:
     void started() {
@@ -137,7 +137,7 @@ protected:
         EXPECT_EQ(messages.find("RandomTable\": executed"), std::string::npos) << messages;
     }
 
-    /// Runs a command of the page beside the saved document, with nothing kept from the window's run.
+    /// Runs a command of the page beside the saved document, without results of the run in the window.
     void executed(const std::string& command) const {
         const fs::path& folder = withoutWindow.path();
         const std::string programs = fs::path(VELMORAK_RUNNER).parent_path().string() + ":" + std::getenv("PATH");

@@ -34,7 +34,7 @@ Answers::~Answers() {
     tick.disconnect();
     response.disconnect();
     for (const Answer& answer : expected) {
-        ADD_FAILURE() << "did not come: " << answer.dialog;
+        ADD_FAILURE() << "did not appear: " << answer.dialog;
     }
 }
 
@@ -120,7 +120,7 @@ void Answers::onResponse(int) {
     deadline = std::chrono::steady_clock::now() + patience;
 }
 
-// Whatever is open is closed, so that the test goes on.
+// Closes all dialogs, so that the test can continue.
 void Answers::giveUp(const std::string& why) {
     expected.clear();
     response.disconnect();

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-/// Answers the dialogs that the program runs, in the order in which the answers were given here. A dialog that is not
-/// the expected one, or does not come, fails the test.
+/// Answers the program's dialogs, in the order in which the answers were registered. A dialog that is unexpected or
+/// does not appear fails the test.
 class Answers {
 public:
     Answers();
@@ -22,13 +22,13 @@ public:
     /// The question with this text.
     void question(const std::string& text, int response);
 
-    /// The chooser with this title: types the name into the folder that is given, and presses the accepting button.
+    /// In the chooser with this title, selects the folder and the file name and accepts them.
     void save(const std::filesystem::path& file);
     void open(const std::filesystem::path& file);
     void choose(const std::string& title, const std::filesystem::path& file);
     void press(const std::string& title, int response);
 
-    /// As the window manager does it.
+    /// Closes the dialog like the window manager.
     void close(const std::string& title);
 
     bool areAllGiven() const { return expected.empty(); }
@@ -45,7 +45,7 @@ private:
     void giveUp(const std::string& why);
 
     std::deque<Answer> expected;
-    Gtk::Dialog* answered = nullptr;  // waits for its response to come through
+    Gtk::Dialog* answered = nullptr;  // its response is pending
     sigc::connection tick;
     sigc::connection response;
     std::chrono::steady_clock::time_point deadline;

@@ -10,7 +10,7 @@
 #include <fstream>
 #include <sstream>
 
-/// An editor with a folder of its own, which is the current one.
+/// An editor whose current folder is a temporary one.
 class DialogTest : public EditorTest {
 protected:
     DialogTest() : formerFolder(std::filesystem::current_path()) {
@@ -36,10 +36,10 @@ protected:
 
     bool exists(const std::string& name) const { return std::filesystem::exists(folder / name); }
 
-    /// As a user does it, whatever the menu.
+    /// Activates an action, like its menu item.
     void act(const std::string& action) { window->actionGroup->get_action(action)->activate(); }
 
-    /// What the window manager's close button does.
+    /// Closes the window like the window manager.
     static void closeByManager(Gtk::Window& shown) {
         shown.close();
         pumpUntil([&shown] { return !shown.is_visible(); });

@@ -6,7 +6,7 @@
 #include <gtkmm/entry.h>
 #include <gtkmm/label.h>
 
-/// A variables dialog as its user meets it: rows of label, entry and refresh button.
+/// A variables dialog as a user sees it: rows of label, entry and refresh button.
 class VariablesTest : public DialogTest {
 protected:
     ~VariablesTest() override {
@@ -22,7 +22,7 @@ protected:
         return *window->lastDialog;
     }
 
-    /// A new plug-in with its dialog; the calls so far are forgotten.
+    /// Adds a plug-in, clears the recorded calls and opens its dialog.
     varWindow& openNew(const std::string& kind) {
         const std::string name = add(kind).uniqueName;
         node(name).changed = false;
@@ -73,7 +73,7 @@ protected:
     }
 };
 
-/// Becomes true when the object dies.
+/// Becomes true when the object is destroyed.
 class Death {
 public:
     explicit Death(sigc::trackable& mortal) : mortal(&mortal) {

@@ -5,14 +5,14 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class ExampleWindowTest : public DialogTest {
+class ExamplesDialog : public DialogTest {
 protected:
     ExampleWindow& dialog() { return window->exampleWindow; }
     ListView list() { return ListView(dialog()); }
     Gtk::Button& button() { return buttonIn(dialog(), "Add"); }
 };
 
-TEST_F(ExampleWindowTest, isBuiltAsItShouldLook) {
+TEST_F(ExamplesDialog, isBuiltAsItShouldLook) {
     int width = 0;
     int height = 0;
     dialog().get_default_size(width, height);
@@ -27,37 +27,37 @@ TEST_F(ExampleWindowTest, isBuiltAsItShouldLook) {
     EXPECT_FALSE(list().widget().get_reorderable());
 }
 
-TEST_F(ExampleWindowTest, isHiddenUntilTheMenuEntryShowsIt) {
+TEST_F(ExamplesDialog, isHiddenUntilTheMenuEntryShowsIt) {
     EXPECT_FALSE(dialog().is_visible());
     act("Examples");
     EXPECT_TRUE(dialog().is_visible());
     EXPECT_TRUE(button().is_visible());
 }
 
-TEST_F(ExampleWindowTest, listsTheDocumentsWithTheirFoldersUnderTheirGroups) {
+TEST_F(ExamplesDialog, listsTheDocumentsWithTheirFoldersUnderTheirGroups) {
     restart("kind A One /x/\nexample a.zedra First /data\nexample b.zedra First /more\nexample c.zedra Second /data\n");
     EXPECT_THAT(list().rows(),
                 ElementsAre("First|", "  a.zedra|/data", "  b.zedra|/more", "Second|", "  c.zedra|/data"));
 }
 
-TEST_F(ExampleWindowTest, aGroupThatComesBackGetsASecondRow) {
+TEST_F(ExamplesDialog, aGroupThatComesBackGetsASecondRow) {
     restart("example a.zedra One /x\nexample b.zedra Two /x\nexample c.zedra One /x\n");
     EXPECT_THAT(list().rows(), ElementsAre("One|", "  a.zedra|/x", "Two|", "  b.zedra|/x", "One|", "  c.zedra|/x"));
 }
 
-TEST_F(ExampleWindowTest, anExampleWithoutAGroupAtTheStartStandsOnTheTopLevel) {
+TEST_F(ExamplesDialog, anExampleWithoutAGroupAtTheStartStandsOnTheTopLevel) {
     restart("example loose.zedra \"\" /x\nexample a.zedra One /x\n");
     EXPECT_THAT(list().rows(), ElementsAre("loose.zedra|/x", "One|", "  a.zedra|/x"));
 }
 
-TEST_F(ExampleWindowTest, activatingAnExampleOpensItsPath) {
+TEST_F(ExamplesDialog, activatingAnExampleOpensItsPath) {
     testing::internal::CaptureStdout();
     list().activate("0:0");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "Trying to open /examples/basics/sum.zedra\n");
     EXPECT_THAT(recording::callsOf("ReadDocument"), ElementsAre("ReadDocument(/examples/basics/sum.zedra)"));
 }
 
-TEST_F(ExampleWindowTest, theButtonOpensTheSelectedExampleAndTheDialogStays) {
+TEST_F(ExamplesDialog, theButtonOpensTheSelectedExampleAndTheDialogStays) {
     restart(script() + "example chain.zedra Basics /examples/basics\n");
     act("Examples");
     list().select("0:1");
@@ -67,25 +67,25 @@ TEST_F(ExampleWindowTest, theButtonOpensTheSelectedExampleAndTheDialogStays) {
     EXPECT_FALSE(window->modified);
 }
 
-TEST_F(ExampleWindowTest, aFolderWithASlashAtItsEndGivesTwo) {
+TEST_F(ExamplesDialog, aFolderWithASlashAtItsEndGivesTwo) {
     restart("example a.zedra One /x/\n");
     list().activate("0:0");
     EXPECT_THAT(recording::callsOf("ReadDocument"), ElementsAre("ReadDocument(/x//a.zedra)"));
 }
 
-TEST_F(ExampleWindowTest, activatingAGroupOpensNothing) {
+TEST_F(ExamplesDialog, activatingAGroupOpensNothing) {
     list().activate("0");
     EXPECT_THAT(recording::edits(), IsEmpty());
 }
 
-TEST_F(ExampleWindowTest, theButtonOpensNothingWithAGroupOrNothingSelected) {
+TEST_F(ExamplesDialog, theButtonOpensNothingWithAGroupOrNothingSelected) {
     button().clicked();
     list().select("0");
     button().clicked();
     EXPECT_THAT(recording::edits(), IsEmpty());
 }
 
-TEST_F(ExampleWindowTest, theListIsReadOnce) {
+TEST_F(ExamplesDialog, theListIsReadOnce) {
     const auto before = list().rows();
     closeByManager(dialog());
     act("Examples");
@@ -94,7 +94,7 @@ TEST_F(ExampleWindowTest, theListIsReadOnce) {
     EXPECT_THAT(recording::callsOf("GetExamples"), IsEmpty());
 }
 
-TEST_F(ExampleWindowTest, closedByTheManagerItIsHiddenAndCanBeShownAgain) {
+TEST_F(ExamplesDialog, closedByTheManagerItIsHiddenAndCanBeShownAgain) {
     act("Examples");
     closeByManager(dialog());
     EXPECT_FALSE(dialog().is_visible());

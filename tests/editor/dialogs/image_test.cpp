@@ -9,13 +9,13 @@ namespace {
 
 using ::testing::ElementsAre;
 
-class ImageTest : public DialogTest {
+class ExportedImage : public DialogTest {
 protected:
     Cairo::RefPtr<Cairo::ImageSurface> image() const {
         return Cairo::ImageSurface::create_from_png((folder / "test.png").string());
     }
 
-    // Moves the node's box to these corners, as if the library had it there.
+    // Moves the node's box to these corners, as if the library's position were there.
     Glib::RefPtr<Goocanvas::Rect> place(const std::string& name, double x, double y, double width, double height) {
         const auto box = node(name).box;
         box->set_property("x", x);
@@ -26,13 +26,13 @@ protected:
         return box;
     }
 
-    // Opacity at a place of the image; the canvas's background is not painted.
+    // Opacity of a pixel of the image; the canvas's background is not painted.
     static int opacityAt(const Cairo::RefPtr<Cairo::ImageSurface>& picture, int x, int y) {
         return picture->get_data()[y * picture->get_stride() + 4 * x + 3];
     }
 };
 
-TEST_F(ImageTest, isAsLargeAsTheBoxButShowsTheCanvasFromItsOrigin) {
+TEST_F(ExportedImage, isAsLargeAsTheBoxButShowsTheCanvasFromItsOrigin) {
     add("Note");
     place("Note", 100, 100, 160, 80);
     act("ImgExp");
@@ -43,7 +43,7 @@ TEST_F(ImageTest, isAsLargeAsTheBoxButShowsTheCanvasFromItsOrigin) {
     EXPECT_EQ(opacityAt(picture, 159, 79), 0);
 }
 
-TEST_F(ImageTest, showsAllOfNodesThatBeginAtTheOrigin) {
+TEST_F(ExportedImage, showsAllOfNodesThatBeginAtTheOrigin) {
     add("Note");
     add("Note");
     place("Note", 0, 0, 200, 100);
@@ -57,7 +57,7 @@ TEST_F(ImageTest, showsAllOfNodesThatBeginAtTheOrigin) {
     EXPECT_EQ(opacityAt(picture, 400, 300), 0);
 }
 
-TEST_F(ImageTest, theExtentIsThatOfTheBoxesAsTheCanvasReportsThem) {
+TEST_F(ExportedImage, theExtentIsThatOfTheBoxesAsTheCanvasReportsThem) {
     window->open("/x/chain.zedra");
     double x1 = 5000;
     double x2 = 0;
@@ -69,7 +69,7 @@ TEST_F(ImageTest, theExtentIsThatOfTheBoxesAsTheCanvasReportsThem) {
     EXPECT_EQ(image()->get_width(), static_cast<int>(x2 - x1));
 }
 
-TEST_F(ImageTest, theColourOfTheSelectionIsShown) {
+TEST_F(ExportedImage, theColourOfTheSelectionIsShown) {
     add("Note");
     const auto box = place("Note", 0, 0, 200, 100);
     box->set_property("fill_color_rgba", std::uint32_t{0xff0000ff});
@@ -79,7 +79,7 @@ TEST_F(ImageTest, theColourOfTheSelectionIsShown) {
     EXPECT_EQ(opacityAt(picture, 100, 50), 0xff);
 }
 
-TEST_F(ImageTest, aPathBetweenTheBoxesIsShown) {
+TEST_F(ExportedImage, aPathBetweenTheBoxesIsShown) {
     window->open("/x/other.zedra");
     add("Note");
     place("Alone", 0, 0, 100, 100);
@@ -92,7 +92,7 @@ TEST_F(ImageTest, aPathBetweenTheBoxesIsShown) {
     EXPECT_EQ(opacityAt(image(), 250, 250), 0);
 }
 
-TEST_F(ImageTest, theZoomOfTheViewDoesNotMatter) {
+TEST_F(ExportedImage, theZoomOfTheViewDoesNotMatter) {
     add("Note");
     place("Note", 0, 0, 160, 80);
     act("zIn");
@@ -100,7 +100,7 @@ TEST_F(ImageTest, theZoomOfTheViewDoesNotMatter) {
     EXPECT_EQ(image()->get_width(), 160);
 }
 
-TEST_F(ImageTest, theSecondExportReplacesTheFirst) {
+TEST_F(ExportedImage, theSecondExportReplacesTheFirst) {
     add("Note");
     place("Note", 100, 100, 160, 80);
     act("ImgExp");
@@ -110,7 +110,7 @@ TEST_F(ImageTest, theSecondExportReplacesTheFirst) {
     EXPECT_EQ(image()->get_height(), 40);
 }
 
-TEST_F(ImageTest, anEmptyCanvasLeavesAnExistingImageAsItWas) {
+TEST_F(ExportedImage, anEmptyCanvasLeavesAnExistingImageAsItWas) {
     put("test.png", "former");
     add("Note");
     window->pldelete("Note");
@@ -120,12 +120,12 @@ TEST_F(ImageTest, anEmptyCanvasLeavesAnExistingImageAsItWas) {
     EXPECT_EQ(contentOf("test.png"), "former");
 }
 
-TEST_F(ImageTest, anEmptyCanvasMakesNoImage) {
+TEST_F(ExportedImage, anEmptyCanvasMakesNoImage) {
     act("ImgExp");
     EXPECT_FALSE(exists("test.png"));
 }
 
-TEST_F(ImageTest, aCanvasTooLargeForAnImageLeavesAnExistingImageAsItWas) {
+TEST_F(ExportedImage, aCanvasTooLargeForAnImageLeavesAnExistingImageAsItWas) {
     put("test.png", "former");
     add("Note");
     add("Note");
@@ -137,7 +137,7 @@ TEST_F(ImageTest, aCanvasTooLargeForAnImageLeavesAnExistingImageAsItWas) {
     EXPECT_EQ(contentOf("test.png"), "former");
 }
 
-TEST_F(ImageTest, aCanvasTooLargeForAnImageIsToldInOneLine) {
+TEST_F(ExportedImage, aCanvasTooLargeForAnImageIsToldInOneLine) {
     add("Note");
     add("Note");
     place("Note", 0, 0, 100, 100);
@@ -154,7 +154,7 @@ TEST_F(ImageTest, aCanvasTooLargeForAnImageIsToldInOneLine) {
     EXPECT_EQ(image()->get_width(), 32767);
 }
 
-TEST_F(ImageTest, aFolderThatIsGoneLeavesNoMessage) {
+TEST_F(ExportedImage, aFolderThatIsGoneLeavesNoMessage) {
     add("Note");
     std::filesystem::remove_all(folder);
     testing::internal::CaptureStderr();
@@ -164,7 +164,7 @@ TEST_F(ImageTest, aFolderThatIsGoneLeavesNoMessage) {
     std::filesystem::create_directory(folder);
 }
 
-TEST_F(ImageTest, aDiskThatIsFullLeavesAnExistingImageAsItWas) {
+TEST_F(ExportedImage, aDiskThatIsFullLeavesAnExistingImageAsItWas) {
     window->open("/x/chain.zedra");
     put("test.png", "former");
     rlimit former{};

@@ -8,30 +8,30 @@ namespace {
 
 using ::testing::ElementsAre;
 
-/// Chooses the action, in one way or another.
+/// A way to activate an action: by menu or by key.
 using Choice = std::function<void()>;
 
-class MenusTest : public DialogTest {
+class Menus : public DialogTest {
 protected:
-    using Effect = void (MenusTest::*)(const Choice&);
+    using Effect = void (Menus::*)(const Choice&);
 
     static const std::map<std::string, Effect>& effects() {
         static const std::map<std::string, Effect> all = {
-            {"Open", &MenusTest::opens},
-            {"Save", &MenusTest::saves},
-            {"SaveAs", &MenusTest::asksForAName},
-            {"Quit", &MenusTest::hidesTheWindow},
-            {"Var", &MenusTest::showsVariables},
-            {"Col", &MenusTest::collapses},
-            {"SStart", &MenusTest::setsTheStart},
-            {"Del", &MenusTest::deletes},
-            {"ImgExp", &MenusTest::exports},
-            {"plcoll", &MenusTest::showsTheCollection},
-            {"zIn", &MenusTest::zoomsIn},
-            {"zOut", &MenusTest::zoomsOut},
-            {"z0", &MenusTest::resetsTheZoom},
-            {"About", &MenusTest::tellsAboutItself},
-            {"Examples", &MenusTest::showsTheExamples},
+            {"Open", &Menus::opens},
+            {"Save", &Menus::saves},
+            {"SaveAs", &Menus::asksForAName},
+            {"Quit", &Menus::hidesTheWindow},
+            {"Var", &Menus::showsVariables},
+            {"Col", &Menus::collapses},
+            {"SStart", &Menus::setsTheStart},
+            {"Del", &Menus::deletes},
+            {"ImgExp", &Menus::exports},
+            {"plcoll", &Menus::showsTheCollection},
+            {"zIn", &Menus::zoomsIn},
+            {"zOut", &Menus::zoomsOut},
+            {"z0", &Menus::resetsTheZoom},
+            {"About", &Menus::tellsAboutItself},
+            {"Examples", &Menus::showsTheExamples},
         };
         return all;
     }
@@ -148,7 +148,7 @@ protected:
     }
 };
 
-TEST_F(MenusTest, everyActionIsCovered) {
+TEST_F(Menus, everyActionIsCovered) {
     std::vector<std::string> names;
     for (const auto& action : window->actionGroup->get_actions()) {
         const std::string name = action->get_name();
@@ -163,7 +163,7 @@ TEST_F(MenusTest, everyActionIsCovered) {
     EXPECT_THAT(names, ::testing::UnorderedElementsAreArray(covered));
 }
 
-TEST_F(MenusTest, everyActionHasItsEffect) {
+TEST_F(Menus, everyActionHasItsEffect) {
     for (const auto& [name, effect] : effects()) {
         SCOPED_TRACE(name);
         restart(script());
@@ -171,7 +171,7 @@ TEST_F(MenusTest, everyActionHasItsEffect) {
     }
 }
 
-TEST_F(MenusTest, everyKeyHasTheEffectOfItsAction) {
+TEST_F(Menus, everyKeyHasTheEffectOfItsAction) {
     int keys = 0;
     for (const auto& [name, effect] : effects()) {
         SCOPED_TRACE(name);

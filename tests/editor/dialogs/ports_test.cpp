@@ -11,10 +11,10 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-/// Rows whose entries cannot show what is stored.
+/// Rows whose entries cannot show the stored text.
 class ShortenedRows : public VariablesTest {
 protected:
-    /// The dialog of an adder with that first value.
+    /// The dialog of an adder whose first input has that value.
     varWindow& openWith(const std::string& value) {
         QzBase& adder = *add("Adder").GetPlugin();
         adder.Inputs().front().value = value;
@@ -146,7 +146,7 @@ TEST_F(ChangedPorts, anOutputThatGoesTakesItsWireWithIt) {
 TEST_F(ChangedPorts, aBindingThatTheLibraryChangesIsShown) {
     apply(openFor("Adder"), "bound");
     EXPECT_EQ(window->connectionMap.at({"Adder", "b"}), (PortRef{"Splitter", "high"}));
-    EXPECT_EQ(recording::callsOf("Connect").size(), 1U);  // The library's own.
+    EXPECT_EQ(recording::callsOf("Connect").size(), 1U);  // The call of the library itself.
 }
 
 TEST_F(ChangedPorts, aValueThatIsSentAgainIsFollowedToo) {

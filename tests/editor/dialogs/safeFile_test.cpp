@@ -27,7 +27,7 @@ mode_t modeOf(const fs::path& file) {
     return stat(file.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
 
-// No file of this process grows beyond so many bytes: a disk that is full in the middle of a write.
+// Limits the size of this process's files, like a disk that becomes full in the middle of a write.
 class FullDisk {
 public:
     explicit FullDisk(rlim_t bytes) {
@@ -178,7 +178,7 @@ TEST_F(SafeFile, aPipeIsThereWithoutBeingWaitedFor) {
     EXPECT_FALSE(isThere(folder / "none"));
 }
 
-// What a user without rights meets; the superuser may write everywhere, so the test becomes somebody else.
+// Runs as a user without rights, because the superuser may write everywhere.
 class SafeFileOfAUser : public SafeFile {
 protected:
     SafeFileOfAUser() : isSuperuser(geteuid() == 0) {

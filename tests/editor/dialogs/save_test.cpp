@@ -21,16 +21,16 @@ bool lists(const Gtk::FileChooserDialog& chooser, const std::string& name) {
     return gtk_file_filter_filter(const_cast<GtkFileFilter*>(chooser.get_filter()->gobj()), &info) != FALSE;
 }
 
-// A chooser that is closed while it completes a name makes the toolkit complain of itself; that is not ours to fail
-// for.
+// A chooser that is closed while it completes a name triggers a warning inside the toolkit, which must not fail the
+// test.
 gboolean isOurs(const char* /*domain*/, GLogLevelFlags /*level*/, const char* message, void* /*unused*/) {
     return std::string(message).find("gtk_tree_view_get_selection") == std::string::npos;
 }
 
-class SaveTest : public DialogTest {
+class Saving : public DialogTest {
 protected:
-    SaveTest() { g_test_log_set_fatal_handler(isOurs, nullptr); }
-    ~SaveTest() override { g_test_log_set_fatal_handler(nullptr, nullptr); }
+    Saving() { g_test_log_set_fatal_handler(isOurs, nullptr); }
+    ~Saving() override { g_test_log_set_fatal_handler(nullptr, nullptr); }
 
     // One plug-in with unsaved values, in a document with unsaved changes.
     void edit() {
@@ -45,7 +45,7 @@ protected:
 
     std::string path(const std::string& name) const { return (folder / name).string(); }
 
-    // @return what the action writes to standard output.
+    // @return the standard output of the action.
     std::string outputOf(const std::string& action) {
         testing::internal::CaptureStdout();
         act(action);
@@ -54,7 +54,7 @@ protected:
 
     static std::string removedFolder() { return std::string(std::getenv("XDG_STATE_HOME")) + "/velmorak/removed"; }
 
-    // What is kept of pipelines that were removed.
+    // The backups of removed pipelines.
     static std::vector<std::string> keptTexts(const std::string& extension = ".zedra") {
         std::vector<std::string> texts;
         std::error_code missing;
@@ -75,7 +75,7 @@ protected:
     }
 };
 
-TEST_F(SaveTest, saveOfANewDocumentAsksForANameAndTheSecondDoesNot) {
+TEST_F(Saving, saveOfANewDocumentAsksForANameAndTheSecondDoesNot) {
     edit();
     {
         Answers answers;
@@ -91,7 +91,7 @@ TEST_F(SaveTest, saveOfANewDocumentAsksForANameAndTheSecondDoesNot) {
     EXPECT_THAT(recording::callsOf("SetFileName"), ElementsAre("SetFileName(" + path("pipe.zedra") + ")"));
 }
 
-TEST_F(SaveTest, theFileIsTheTextAndNothingElse) {
+TEST_F(Saving, theFileIsTheTextAndNothingElse) {
     restart(script());
     manager->fileName = path("empty.zedra");
     act("Save");
@@ -99,7 +99,7 @@ TEST_F(SaveTest, theFileIsTheTextAndNothingElse) {
     EXPECT_EQ(contentOf("empty.zedra"), "");
 }
 
-TEST_F(SaveTest, theExtensionIsAddedUnlessItsFirstOccurrenceEndsTheName) {
+TEST_F(Saving, theExtensionIsAddedUnlessItsFirstOccurrenceEndsTheName) {
     const std::vector<std::pair<std::string, std::string>> names = {
         {"pipe", "pipe.zedra"},
         {"pipe.zedra", "pipe.zedra"},
@@ -116,7 +116,7 @@ TEST_F(SaveTest, theExtensionIsAddedUnlessItsFirstOccurrenceEndsTheName) {
     }
 }
 
-TEST_F(SaveTest, theChooserListsDocumentsAndHasItsTitleAndButtons) {
+TEST_F(Saving, theChooserListsDocumentsAndHasItsTitleAndButtons) {
     Answers answers;
     answers.press("Save as", Gtk::RESPONSE_CANCEL);
     std::vector<std::string> labels;
@@ -142,7 +142,7 @@ TEST_F(SaveTest, theChooserListsDocumentsAndHasItsTitleAndButtons) {
     EXPECT_THAT(listed, ElementsAre("a.zedra", ".zedra"));
 }
 
-TEST_F(SaveTest, cancellingSavesNothing) {
+TEST_F(Saving, cancellingSavesNothing) {
     edit();
     Answers answers;
     answers.press("Save as", Gtk::RESPONSE_CANCEL);
@@ -152,7 +152,7 @@ TEST_F(SaveTest, cancellingSavesNothing) {
     EXPECT_THAT(recording::callsOf("DocumentText"), IsEmpty());
 }
 
-TEST_F(SaveTest, closingTheChooserDoesNotEndIt) {
+TEST_F(Saving, closingTheChooserDoesNotEndIt) {
     edit();
     Answers answers;
     answers.close("Save as");
@@ -162,7 +162,7 @@ TEST_F(SaveTest, closingTheChooserDoesNotEndIt) {
     EXPECT_TRUE(exists("pipe.zedra"));
 }
 
-TEST_F(SaveTest, overwritingIsAskedForAndYesOverwrites) {
+TEST_F(Saving, overwritingIsAskedForAndYesOverwrites) {
     edit();
     put("pipe.zedra", "old");
     Answers answers;
@@ -173,7 +173,7 @@ TEST_F(SaveTest, overwritingIsAskedForAndYesOverwrites) {
     expectFlags(false);
 }
 
-TEST_F(SaveTest, afterARefusedOverwriteTheChooserComesAgainAndCancelSavesNothing) {
+TEST_F(Saving, afterARefusedOverwriteTheChooserComesAgainAndCancelSavesNothing) {
     edit();
     put("pipe.zedra", "old");
     Answers answers;
@@ -186,7 +186,7 @@ TEST_F(SaveTest, afterARefusedOverwriteTheChooserComesAgainAndCancelSavesNothing
     expectFlags(true);
 }
 
-TEST_F(SaveTest, afterARefusedOverwriteAnotherNameCanBeChosen) {
+TEST_F(Saving, afterARefusedOverwriteAnotherNameCanBeChosen) {
     put("pipe.zedra", "old");
     Answers answers;
     answers.save(path("pipe.zedra"));
@@ -197,21 +197,21 @@ TEST_F(SaveTest, afterARefusedOverwriteAnotherNameCanBeChosen) {
     EXPECT_EQ(manager->fileName, path("other.zedra"));
 }
 
-TEST_F(SaveTest, aFileThatCannotBeWrittenIsReportedAndTheDocumentStaysChanged) {
+TEST_F(Saving, aFileThatCannotBeWrittenIsReportedAndTheDocumentStaysChanged) {
     edit();
     manager->fileName = "/nowhere/pipe.zedra";
     EXPECT_EQ(errorsOf("Save"), "Couldn't write /nowhere/pipe.zedra\n");
     expectFlags(true);
 }
 
-TEST_F(SaveTest, theTextIsAskedForOnlyWhenTheFileCouldBeOpened) {
+TEST_F(Saving, theTextIsAskedForOnlyWhenTheFileCouldBeOpened) {
     edit();
     manager->fileName = "/nowhere/pipe.zedra";
     errorsOf("Save");
     EXPECT_THAT(recording::callsOf("DocumentText"), IsEmpty());
 }
 
-TEST_F(SaveTest, aPipeAsTheTargetIsRefused) {
+TEST_F(Saving, aPipeAsTheTargetIsRefused) {
     edit();
     manager->fileName = path("pipe.zedra");
     ASSERT_EQ(mkfifo(path("pipe.zedra").c_str(), 0600), 0);
@@ -220,12 +220,12 @@ TEST_F(SaveTest, aPipeAsTheTargetIsRefused) {
     expectFlags(true);
 }
 
-TEST_F(SaveTest, aNameThatIsNoLineOfItsOwnIsWrittenVisibly) {
+TEST_F(Saving, aNameThatIsNoLineOfItsOwnIsWrittenVisibly) {
     manager->fileName = "/nowhere/a\nDone.\x1b[2K\xff.zedra";
     EXPECT_EQ(errorsOf("Save"), "Couldn't write /nowhere/a\\nDone.\\u{1b}[2K\\xff.zedra\n");
 }
 
-TEST_F(SaveTest, anEmptyPipelineSavedOverADocumentKeepsThat) {
+TEST_F(Saving, anEmptyPipelineSavedOverADocumentKeepsThat) {
     put("pipe.zedra", "former");
     std::filesystem::permissions(path("pipe.zedra"), std::filesystem::perms(0600));
     manager->fileName = path("pipe.zedra");
@@ -237,7 +237,7 @@ TEST_F(SaveTest, anEmptyPipelineSavedOverADocumentKeepsThat) {
     EXPECT_EQ(contentOf("pipe.zedra~"), "former");
 }
 
-TEST_F(SaveTest, noCopyIsMadeOfADocumentThatAnotherOneReplaces) {
+TEST_F(Saving, noCopyIsMadeOfADocumentThatAnotherOneReplaces) {
     put("pipe.zedra", "former");
     edit();
     manager->fileName = path("pipe.zedra");
@@ -245,7 +245,7 @@ TEST_F(SaveTest, noCopyIsMadeOfADocumentThatAnotherOneReplaces) {
     EXPECT_FALSE(exists("pipe.zedra~"));
 }
 
-TEST_F(SaveTest, whereTheCopyCannotBeMadeBesideItItIsKeptElsewhere) {
+TEST_F(Saving, whereTheCopyCannotBeMadeBesideItItIsKeptElsewhere) {
     put("pipe.zedra", "former");
     std::filesystem::create_directory(folder / "pipe.zedra~");
     manager->fileName = path("pipe.zedra");
@@ -254,7 +254,7 @@ TEST_F(SaveTest, whereTheCopyCannotBeMadeBesideItItIsKeptElsewhere) {
     EXPECT_THAT(keptTexts(), ElementsAre("former"));
 }
 
-TEST_F(SaveTest, saveAsKeepsTheNewNameAlsoWhenItCannotBeWritten) {
+TEST_F(Saving, saveAsKeepsTheNewNameAlsoWhenItCannotBeWritten) {
     edit();
     std::filesystem::create_directory(folder / "sub");
     std::filesystem::create_symlink("/nowhere/at/all", folder / "sub" / "pipe.zedra");
@@ -265,7 +265,7 @@ TEST_F(SaveTest, saveAsKeepsTheNewNameAlsoWhenItCannotBeWritten) {
     expectFlags(true);
 }
 
-TEST_F(SaveTest, aDiskThatIsFullInTheMiddleCostsNothing) {
+TEST_F(Saving, aDiskThatIsFullInTheMiddleCostsNothing) {
     for (int i = 0; i < 200; ++i) {
         add("Number").changed = true;
     }
@@ -283,7 +283,7 @@ TEST_F(SaveTest, aDiskThatIsFullInTheMiddleCostsNothing) {
     expectFlags(true);
 }
 
-TEST_F(SaveTest, savingAfterADeletionTouchesNoNodeThatIsGone) {
+TEST_F(Saving, savingAfterADeletionTouchesNoNodeThatIsGone) {
     edit();
     add("Adder").changed = true;
     window->pldelete("Adder");
@@ -292,7 +292,7 @@ TEST_F(SaveTest, savingAfterADeletionTouchesNoNodeThatIsGone) {
     expectFlags(false);
 }
 
-TEST_F(SaveTest, openIntoAnEmptyWindowAsksNothingButTheName) {
+TEST_F(Saving, openIntoAnEmptyWindowAsksNothingButTheName) {
     put("chain.zedra", "");
     Answers answers;
     answers.open(path("chain.zedra"));
@@ -302,7 +302,7 @@ TEST_F(SaveTest, openIntoAnEmptyWindowAsksNothingButTheName) {
     EXPECT_FALSE(window->modified);
 }
 
-TEST_F(SaveTest, openWithRemovalLeavesOnlyTheDocument) {
+TEST_F(Saving, openWithRemovalLeavesOnlyTheDocument) {
     edit();
     put("chain.zedra", "");
     Answers answers;
@@ -314,7 +314,7 @@ TEST_F(SaveTest, openWithRemovalLeavesOnlyTheDocument) {
     EXPECT_FALSE(window->modified);
 }
 
-TEST_F(SaveTest, openWithoutRemovalAddsTheDocumentAndCountsAsChanged) {
+TEST_F(Saving, openWithoutRemovalAddsTheDocumentAndCountsAsChanged) {
     edit();
     window->modified = false;
     put("chain.zedra", "");
@@ -326,7 +326,7 @@ TEST_F(SaveTest, openWithoutRemovalAddsTheDocumentAndCountsAsChanged) {
     EXPECT_TRUE(window->modified);
 }
 
-TEST_F(SaveTest, aCancelledOpenLeavesThePluginsRemovedAndTheFlagAlone) {
+TEST_F(Saving, aCancelledOpenLeavesThePluginsRemovedAndTheFlagAlone) {
     edit();
     for (const bool isModified : {true, false}) {
         add("Adder");
@@ -341,7 +341,7 @@ TEST_F(SaveTest, aCancelledOpenLeavesThePluginsRemovedAndTheFlagAlone) {
     }
 }
 
-TEST_F(SaveTest, whatWasRemovedForAnOpenThatIsCancelledIsKept) {
+TEST_F(Saving, whatWasRemovedForAnOpenThatIsCancelledIsKept) {
     edit();
     manager->fileName = path("pipe.zedra");
     const std::string text = manager->DocumentText();
@@ -353,7 +353,7 @@ TEST_F(SaveTest, whatWasRemovedForAnOpenThatIsCancelledIsKept) {
     EXPECT_THAT(keptTexts(".origin"), ElementsAre(path("pipe.zedra")));
 }
 
-TEST_F(SaveTest, whatWasRemovedForAnExampleThatIsMissingIsKept) {
+TEST_F(Saving, whatWasRemovedForAnExampleThatIsMissingIsKept) {
     add("Adder");
     const std::string text = manager->DocumentText();
     Answers answers;
@@ -363,7 +363,7 @@ TEST_F(SaveTest, whatWasRemovedForAnExampleThatIsMissingIsKept) {
     EXPECT_THAT(keptTexts(".origin"), ElementsAre(""));
 }
 
-TEST_F(SaveTest, whatAnotherDocumentReplacesIsNotKept) {
+TEST_F(Saving, whatAnotherDocumentReplacesIsNotKept) {
     add("Adder");
     Answers answers;
     answers.question(removalQuestion, Gtk::RESPONSE_YES);
@@ -372,7 +372,7 @@ TEST_F(SaveTest, whatAnotherDocumentReplacesIsNotKept) {
     EXPECT_THAT(keptTexts(".origin"), IsEmpty());
 }
 
-TEST_F(SaveTest, aSaveThatWasInterruptedIsToldWhenTheDocumentIsOpened) {
+TEST_F(Saving, aSaveThatWasInterruptedIsToldWhenTheDocumentIsOpened) {
     put("chain.zedra", "half");
     put(".chain.zedra.velmorak-new", "half and half");
     testing::internal::CaptureStderr();
@@ -386,14 +386,14 @@ TEST_F(SaveTest, aSaveThatWasInterruptedIsToldWhenTheDocumentIsOpened) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST_F(SaveTest, aClosedOpenChooserReadsNothingAndDoesNotComeAgain) {
+TEST_F(Saving, aClosedOpenChooserReadsNothingAndDoesNotComeAgain) {
     Answers answers;
     answers.close("Open");
     EXPECT_EQ(outputOf("Open"), "");
     EXPECT_THAT(recording::callsOf("ReadDocument"), IsEmpty());
 }
 
-TEST_F(SaveTest, theRemovalQuestionReleasesTheSelectionInBothCases) {
+TEST_F(Saving, theRemovalQuestionReleasesTheSelectionInBothCases) {
     for (const int answer : {Gtk::RESPONSE_NO, Gtk::RESPONSE_YES}) {
         window->selectedItem = add("Adder").box;
         Answers answers;
@@ -404,7 +404,7 @@ TEST_F(SaveTest, theRemovalQuestionReleasesTheSelectionInBothCases) {
     }
 }
 
-TEST_F(SaveTest, checkOpenAnnouncesTheFileAndClearsTheFlagInBothCases) {
+TEST_F(Saving, checkOpenAnnouncesTheFileAndClearsTheFlagInBothCases) {
     for (const int answer : {Gtk::RESPONSE_NO, Gtk::RESPONSE_YES}) {
         add("Adder").changed = false;
         Answers answers;
@@ -417,13 +417,13 @@ TEST_F(SaveTest, checkOpenAnnouncesTheFileAndClearsTheFlagInBothCases) {
     EXPECT_THAT(boxesOnCanvas(), ElementsAre("Alone"));
 }
 
-TEST_F(SaveTest, checkOpenOfADocumentThatCannotBeReadShowsWhatTheManagerHolds) {
+TEST_F(Saving, checkOpenOfADocumentThatCannotBeReadShowsWhatTheManagerHolds) {
     window->checkOpen("/x/none.zedra");
     EXPECT_THAT(boxesOnCanvas(), IsEmpty());
     EXPECT_FALSE(window->modified);
 }
 
-TEST_F(SaveTest, removalDeletesInTheOrderOfTheNames) {
+TEST_F(Saving, removalDeletesInTheOrderOfTheNames) {
     add("Splitter");
     add("Adder");
     add("Number");
@@ -435,14 +435,14 @@ TEST_F(SaveTest, removalDeletesInTheOrderOfTheNames) {
                 ElementsAre("DeletePlugin(1)", "DeletePlugin(1)", "DeletePlugin(0)"));
 }
 
-TEST_F(SaveTest, anInputThatIsNotBoundHasNoPath) {
+TEST_F(Saving, anInputThatIsNotBoundHasNoPath) {
     window->checkOpen("/x/collapsed.zedra");
     EXPECT_EQ(pathsOnCanvas(), 1);
     EXPECT_EQ(window->pathMap.count({"Sum", "a"}), 0U);
     EXPECT_EQ(window->pathMap.count({"Sum", "b"}), 1U);
 }
 
-TEST_F(SaveTest, quittingWithYesSaves) {
+TEST_F(Saving, quittingWithYesSaves) {
     edit();
     manager->fileName = path("pipe.zedra");
     Answers answers;

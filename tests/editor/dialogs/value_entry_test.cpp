@@ -16,7 +16,7 @@ using ::testing::IsEmpty;
 
 constexpr const char* scaleText = "How it is drawn; a < b.\nType: choice of linear, log, square root";
 
-// How the rows help to write their values.
+// The help that rows offer for their values.
 class ValueEntries : public VariablesTest {
 protected:
     varWindow& openWith(const std::string& value, const std::string& description) {
@@ -44,7 +44,7 @@ protected:
         return width;
     }
 
-    /// The texts in the list that is open below an entry.
+    /// The texts in the open list below an entry.
     static std::vector<std::string> offered() {
         std::vector<std::string> texts;
         for (Gtk::Window* shown : Gtk::Window::list_toplevels()) {
@@ -63,7 +63,7 @@ protected:
 
     static void focus(Gtk::Entry& shown) {
         shown.grab_focus();
-        // Without a window manager, no window is given the keyboard.
+        // Without a window manager, no window gets the keyboard focus.
         GdkEvent* event = gdk_event_new(GDK_FOCUS_CHANGE);
         event->any.window = GDK_WINDOW(g_object_ref(shown.get_toplevel()->get_window()->gobj()));
         event->focus_change.in = 1;

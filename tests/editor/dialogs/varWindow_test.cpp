@@ -9,9 +9,9 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-class VarWindowTest : public VariablesTest {};
+class VariablesDialog : public VariablesTest {};
 
-TEST_F(VarWindowTest, isBuiltAsItShouldLook) {
+TEST_F(VariablesDialog, isBuiltAsItShouldLook) {
     varWindow& dialog = openNew("Adder");
     std::vector<std::string> buttons;
     auto& outerBox = dynamic_cast<Gtk::Box&>(*dialog.get_child());
@@ -27,20 +27,20 @@ TEST_F(VarWindowTest, isBuiltAsItShouldLook) {
     EXPECT_THAT(buttons, ElementsAre("OK", "Apply", "Cancel"));
 }
 
-TEST_F(VarWindowTest, hasARowForTheNameAndOneForEachInput) {
+TEST_F(VariablesDialog, hasARowForTheNameAndOneForEachInput) {
     varWindow& dialog = openNew("Adder");
     EXPECT_THAT(rows(dialog), ElementsAre("Name: Adder", "a: 1", "b: 2"));
     EXPECT_EQ(column(dialog, 2).size(), 3U);
     EXPECT_TRUE(entry(dialog, 1).get_editable());
 }
 
-TEST_F(VarWindowTest, aPluginWithoutInputsHasOnlyTheRowOfTheName) {
+TEST_F(VariablesDialog, aPluginWithoutInputsHasOnlyTheRowOfTheName) {
     varWindow& dialog = openNew("Note");
     EXPECT_THAT(rows(dialog), ElementsAre("Name: Note"));
     EXPECT_EQ(column(dialog, 2).size(), 1U);
 }
 
-TEST_F(VarWindowTest, aWiredInputShowsItsSourceInGreyAndCannotBeEdited) {
+TEST_F(VariablesDialog, aWiredInputShowsItsSourceInGreyAndCannotBeEdited) {
     window->open("/x/chain.zedra");
     varWindow& dialog = openFor("Parts");
     EXPECT_THAT(rows(dialog), ElementsAre("Name: Parts", "x: Sum sum"));
@@ -51,13 +51,13 @@ TEST_F(VarWindowTest, aWiredInputShowsItsSourceInGreyAndCannotBeEdited) {
     EXPECT_NE(plain.to_string(), colour.to_string());
 }
 
-TEST_F(VarWindowTest, withNothingSelectedNoDialogComes) {
+TEST_F(VariablesDialog, withNothingSelectedNoDialogComes) {
     act("Var");
     EXPECT_THAT(openDialogs(), IsEmpty());
     EXPECT_EQ(window->lastDialog, nullptr);
 }
 
-TEST_F(VarWindowTest, eachRequestMakesADialogAlsoForTheSamePlugin) {
+TEST_F(VariablesDialog, eachRequestMakesADialogAlsoForTheSamePlugin) {
     varWindow& first = openNew("Adder");
     varWindow& second = openFor("Adder");
     EXPECT_NE(&first, &second);
@@ -65,7 +65,7 @@ TEST_F(VarWindowTest, eachRequestMakesADialogAlsoForTheSamePlugin) {
     EXPECT_EQ(window->lastDialog, &second);
 }
 
-TEST_F(VarWindowTest, applyHandsTheChangedValuesOver) {
+TEST_F(VariablesDialog, applyHandsTheChangedValuesOver) {
     varWindow& dialog = openNew("Adder");
     entry(dialog, 2).set_text("7.5");
     recording::forgetCalls();
@@ -76,7 +76,7 @@ TEST_F(VarWindowTest, applyHandsTheChangedValuesOver) {
     EXPECT_THAT(rows(dialog), ElementsAre("Name: Adder", "a: 1", "b: 7.5"));
 }
 
-TEST_F(VarWindowTest, applyWithNothingChangedMakesAllRowsAnewAndLeavesTheNode) {
+TEST_F(VariablesDialog, applyWithNothingChangedMakesAllRowsAnewAndLeavesTheNode) {
     varWindow& dialog = openNew("Adder");
     const auto box = node("Adder").box;
     const Death label(*column(dialog, 0).at(0));
@@ -92,7 +92,7 @@ TEST_F(VarWindowTest, applyWithNothingChangedMakesAllRowsAnewAndLeavesTheNode) {
     EXPECT_FALSE(node("Adder").changed);
 }
 
-TEST_F(VarWindowTest, applyWithNothingChangedRedrawsANodeThatWasNotSaved) {
+TEST_F(VariablesDialog, applyWithNothingChangedRedrawsANodeThatWasNotSaved) {
     varWindow& dialog = openNew("Adder");
     node("Adder").changed = true;
     const auto box = node("Adder").box;
@@ -101,7 +101,7 @@ TEST_F(VarWindowTest, applyWithNothingChangedRedrawsANodeThatWasNotSaved) {
     EXPECT_TRUE(node("Adder").changed);
 }
 
-TEST_F(VarWindowTest, aRedrawnNodeShowsTheColourOfTheSelection) {
+TEST_F(VariablesDialog, aRedrawnNodeShowsTheColourOfTheSelection) {
     add("Number");
     for (const auto& [name, colour] :
          std::vector<std::pair<std::string, std::uint32_t>>{{"Number", 0xb2ff99e6}, {"Adder", 0xffff99e6}}) {
@@ -112,7 +112,7 @@ TEST_F(VarWindowTest, aRedrawnNodeShowsTheColourOfTheSelection) {
     }
 }
 
-TEST_F(VarWindowTest, afterApplyThePathsFollowTheRedrawnPorts) {
+TEST_F(VariablesDialog, afterApplyThePathsFollowTheRedrawnPorts) {
     window->open("/x/chain.zedra");
     varWindow& dialog = openFor("Sum");
     const auto path = window->pathMap.at({"Parts", "x"});
@@ -122,7 +122,7 @@ TEST_F(VarWindowTest, afterApplyThePathsFollowTheRedrawnPorts) {
     EXPECT_EQ(pathsOnCanvas(), 3);
 }
 
-TEST_F(VarWindowTest, okAppliesAndTheDialogIsGone) {
+TEST_F(VariablesDialog, okAppliesAndTheDialogIsGone) {
     varWindow& dialog = openNew("Adder");
     entry(dialog, 1).set_text("5");
     press(dialog, "OK");
@@ -130,7 +130,7 @@ TEST_F(VarWindowTest, okAppliesAndTheDialogIsGone) {
     EXPECT_THAT(openDialogs(), IsEmpty());
 }
 
-TEST_F(VarWindowTest, cancelAppliesNothingAndTheDialogIsGone) {
+TEST_F(VariablesDialog, cancelAppliesNothingAndTheDialogIsGone) {
     varWindow& dialog = openNew("Adder");
     entry(dialog, 0).set_text("Other");
     entry(dialog, 1).set_text("5");
@@ -140,7 +140,7 @@ TEST_F(VarWindowTest, cancelAppliesNothingAndTheDialogIsGone) {
     EXPECT_THAT(openDialogs(), IsEmpty());
 }
 
-TEST_F(VarWindowTest, closedByTheManagerItIsHiddenAndStays) {
+TEST_F(VariablesDialog, closedByTheManagerItIsHiddenAndStays) {
     varWindow& dialog = openNew("Adder");
     const Death death(dialog);
     closeByManager(dialog);
@@ -148,7 +148,7 @@ TEST_F(VarWindowTest, closedByTheManagerItIsHiddenAndStays) {
     EXPECT_FALSE(dialog.is_visible());
 }
 
-TEST_F(VarWindowTest, aWiredInputIsNeverWrittenBack) {
+TEST_F(VariablesDialog, aWiredInputIsNeverWrittenBack) {
     window->open("/x/chain.zedra");
     varWindow& dialog = openFor("Sum");
     entry(dialog, 1).set_text("12");
@@ -158,7 +158,7 @@ TEST_F(VarWindowTest, aWiredInputIsNeverWrittenBack) {
     EXPECT_THAT(rows(dialog), ElementsAre("Name: Sum", "a: First value", "b: First value"));
 }
 
-TEST_F(VarWindowTest, theRefreshButtonOfAWiredInputAppliesEverything) {
+TEST_F(VariablesDialog, theRefreshButtonOfAWiredInputAppliesEverything) {
     window->open("/x/collapsed.zedra");
     varWindow& dialog = openFor("Sum");
     entry(dialog, 1).set_text("8");
@@ -168,7 +168,7 @@ TEST_F(VarWindowTest, theRefreshButtonOfAWiredInputAppliesEverything) {
     EXPECT_THAT(rows(dialog), ElementsAre("Name: Sum", "a: 8", "b: First value"));
 }
 
-TEST_F(VarWindowTest, theRefreshButtonSendsAnUnchangedValueAgain) {
+TEST_F(VariablesDialog, theRefreshButtonSendsAnUnchangedValueAgain) {
     varWindow& dialog = openNew("Adder");
     const Death value(entry(dialog, 2));
     window->modified = false;
@@ -180,7 +180,7 @@ TEST_F(VarWindowTest, theRefreshButtonSendsAnUnchangedValueAgain) {
     EXPECT_FALSE(value);
 }
 
-TEST_F(VarWindowTest, theRefreshButtonOfAChangedValueAppliesAllRows) {
+TEST_F(VariablesDialog, theRefreshButtonOfAChangedValueAppliesAllRows) {
     varWindow& dialog = openNew("Adder");
     entry(dialog, 1).set_text("8");
     entry(dialog, 2).set_text("9");
@@ -189,7 +189,7 @@ TEST_F(VarWindowTest, theRefreshButtonOfAChangedValueAppliesAllRows) {
     EXPECT_THAT(rows(dialog), ElementsAre("Name: Adder", "a: 8", "b: 9"));
 }
 
-TEST_F(VarWindowTest, theRefreshButtonOfTheNameAppliesAChangedNameAndNothingElse) {
+TEST_F(VariablesDialog, theRefreshButtonOfTheNameAppliesAChangedNameAndNothingElse) {
     varWindow& dialog = openNew("Adder");
     entry(dialog, 1).set_text("8");
     refresh(dialog, 0).clicked();
@@ -199,7 +199,7 @@ TEST_F(VarWindowTest, theRefreshButtonOfTheNameAppliesAChangedNameAndNothingElse
     EXPECT_THAT(recording::edits(), ElementsAre("Adder.SetName(Sum)", "SetInputValue(0, 0, 8)"));
 }
 
-TEST_F(VarWindowTest, aNewNameGoesToTheLibraryTheMapsAndTheNode) {
+TEST_F(VariablesDialog, aNewNameGoesToTheLibraryTheMapsAndTheNode) {
     window->open("/x/chain.zedra");
     varWindow& dialog = openFor("Sum");
     entry(dialog, 0).set_text("Total");
@@ -214,7 +214,7 @@ TEST_F(VarWindowTest, aNewNameGoesToTheLibraryTheMapsAndTheNode) {
     EXPECT_TRUE(node("Total").changed);
 }
 
-TEST_F(VarWindowTest, theTitleKeepsTheNameOfTheBeginning) {
+TEST_F(VariablesDialog, theTitleKeepsTheNameOfTheBeginning) {
     varWindow& dialog = openNew("Adder");
     entry(dialog, 0).set_text("Sum");
     press(dialog, "Apply");
@@ -222,7 +222,7 @@ TEST_F(VarWindowTest, theTitleKeepsTheNameOfTheBeginning) {
     EXPECT_EQ(openFor("Sum").get_title(), "Sum Variables");
 }
 
-TEST_F(VarWindowTest, aNameThatDiffersInCaseOnlyIsAnotherName) {
+TEST_F(VariablesDialog, aNameThatDiffersInCaseOnlyIsAnotherName) {
     varWindow& dialog = openNew("Adder");
     entry(dialog, 0).set_text("adder");
     press(dialog, "Apply");
@@ -230,7 +230,7 @@ TEST_F(VarWindowTest, aNameThatDiffersInCaseOnlyIsAnotherName) {
     EXPECT_EQ(window->pluginMap.count("adder"), 1U);
 }
 
-TEST_F(VarWindowTest, aNameAndAValueAreAppliedTogether) {
+TEST_F(VariablesDialog, aNameAndAValueAreAppliedTogether) {
     add("Number");
     varWindow& dialog = openNew("Adder");
     entry(dialog, 0).set_text("Sum");
@@ -239,7 +239,7 @@ TEST_F(VarWindowTest, aNameAndAValueAreAppliedTogether) {
     EXPECT_THAT(recording::edits(), ElementsAre("Adder.SetName(Sum)", "SetInputValue(1, 1, 9)"));
 }
 
-TEST_F(VarWindowTest, afterARenameTheRefreshButtonStillReachesThePlugin) {
+TEST_F(VariablesDialog, afterARenameTheRefreshButtonStillReachesThePlugin) {
     add("Number");
     varWindow& dialog = openNew("Adder");
     entry(dialog, 0).set_text("Sum");
@@ -249,7 +249,7 @@ TEST_F(VarWindowTest, afterARenameTheRefreshButtonStillReachesThePlugin) {
     EXPECT_THAT(recording::edits(), ElementsAre("SetInputValue(1, 0, 1)"));
 }
 
-TEST_F(VarWindowTest, aNameThatTheLibraryRefusesComesBackAndTheMapsStay) {
+TEST_F(VariablesDialog, aNameThatTheLibraryRefusesComesBackAndTheMapsStay) {
     add("Number");
     varWindow& dialog = openNew("Adder");
     for (const std::string name : {"", "Number"}) {
@@ -263,7 +263,7 @@ TEST_F(VarWindowTest, aNameThatTheLibraryRefusesComesBackAndTheMapsStay) {
     }
 }
 
-TEST_F(VarWindowTest, aNameThatADeletedPluginHadCanBeTaken) {
+TEST_F(VariablesDialog, aNameThatADeletedPluginHadCanBeTaken) {
     add("Number");
     window->pldelete("Number");
     window->open("/x/chain.zedra");
@@ -275,7 +275,7 @@ TEST_F(VarWindowTest, aNameThatADeletedPluginHadCanBeTaken) {
     press(dialog, "OK");
 }
 
-TEST_F(VarWindowTest, aDialogWithAnOldNameRenamesThePluginBackWithoutHarm) {
+TEST_F(VariablesDialog, aDialogWithAnOldNameRenamesThePluginBackWithoutHarm) {
     window->open("/x/chain.zedra");
     varWindow& first = openFor("Sum");
     varWindow& second = openFor("Sum");
@@ -287,7 +287,7 @@ TEST_F(VarWindowTest, aDialogWithAnOldNameRenamesThePluginBackWithoutHarm) {
     press(second, "OK");
 }
 
-TEST_F(VarWindowTest, newInputsAppearAsRowsAfterApply) {
+TEST_F(VariablesDialog, newInputsAppearAsRowsAfterApply) {
     varWindow& dialog = openNew("Adder");
     addInput(object("Adder"), "c", "3");
     addInput(object("Adder"), "d", "4");
@@ -295,14 +295,14 @@ TEST_F(VarWindowTest, newInputsAppearAsRowsAfterApply) {
     EXPECT_THAT(rows(dialog), ElementsAre("Name: Adder", "a: 1", "b: 2", "c: 3", "d: 4"));
 }
 
-TEST_F(VarWindowTest, oneMoreInputTurnsTheRowsIntoThoseOfTheInputs) {
+TEST_F(VariablesDialog, oneMoreInputTurnsTheRowsIntoThoseOfTheInputs) {
     varWindow& dialog = openNew("Adder");
     addInput(object("Adder"), "c", "3");
     press(dialog, "Apply");
     EXPECT_THAT(rows(dialog), ElementsAre("a: 1", "b: 2", "c: 3"));
 }
 
-TEST_F(VarWindowTest, rowsTurnedIntoThoseOfTheInputsWriteTheInputsThatTheyShow) {
+TEST_F(VariablesDialog, rowsTurnedIntoThoseOfTheInputsWriteTheInputsThatTheyShow) {
     varWindow& dialog = openNew("Adder");
     addInput(object("Adder"), "c", "3");
     press(dialog, "Apply");
@@ -317,7 +317,7 @@ TEST_F(VarWindowTest, rowsTurnedIntoThoseOfTheInputsWriteTheInputsThatTheyShow) 
     EXPECT_EQ(object("Adder").GetName(), "Adder");
 }
 
-TEST_F(VarWindowTest, rowsTurnedIntoThoseOfTheInputsShowSourcesInGrey) {
+TEST_F(VariablesDialog, rowsTurnedIntoThoseOfTheInputsShowSourcesInGrey) {
     window->open("/x/collapsed.zedra");
     varWindow& dialog = openFor("Sum");
     addInput(object("Sum"), "c", "3");
@@ -328,7 +328,7 @@ TEST_F(VarWindowTest, rowsTurnedIntoThoseOfTheInputsShowSourcesInGrey) {
     EXPECT_TRUE(entry(dialog, 2).get_editable());
 }
 
-TEST_F(VarWindowTest, aValueGoesToTheInputThatTheRowWasMadeFor) {
+TEST_F(VariablesDialog, aValueGoesToTheInputThatTheRowWasMadeFor) {
     varWindow& dialog = openNew("Adder");
     object("Adder").Inputs().erase(object("Adder").Inputs().begin());
     entry(dialog, 2).set_text("9");
@@ -337,7 +337,7 @@ TEST_F(VarWindowTest, aValueGoesToTheInputThatTheRowWasMadeFor) {
     EXPECT_THAT(rows(dialog), ElementsAre("Name: Adder", "b: 9"));
 }
 
-TEST_F(VarWindowTest, theRefreshButtonOfAnInputThatIsGoneMakesTheRowsAnew) {
+TEST_F(VariablesDialog, theRefreshButtonOfAnInputThatIsGoneMakesTheRowsAnew) {
     varWindow& dialog = openNew("Adder");
     object("Adder").Inputs().pop_back();
     refresh(dialog, 2).clicked();

@@ -10,7 +10,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-// What is done with a dialog when its plug-in is gone.
+// A dialog whose plug-in has been deleted.
 class StaleDialog : public VariablesTest {
 protected:
     void pressEverything(varWindow& dialog) {
@@ -77,7 +77,7 @@ TEST_F(StaleDialog, afterADocumentWasAddedStillReachesItsPlugin) {
     EXPECT_TRUE(node("Adder").changed);
 }
 
-// Buttons under a real pointer: a dialog that dies, and rows that go, while their button is being released.
+// Clicks with the real pointer, which delete a dialog, or rows, while their button is being released.
 class RealClicks : public VariablesTest {
 protected:
     static void click(Gtk::Widget& target) {
@@ -107,12 +107,12 @@ TEST_F(RealClicks, onRefreshAndApplyAndOk) {
     EXPECT_TRUE(pumpUntil([] { return openDialogs().empty(); }));
 }
 
-// All windows at once, opened and closed in random order.
+// All windows, opened and closed in random order.
 class ManyWindows : public VariablesTest {
 protected:
     void openOrCloseAny() {
-        constexpr std::size_t most = 8;  // dialogs open at once
-        switch (openDialogs().size() < most ? dice(6) : 5) {
+        constexpr std::size_t maxDialogs = 8;  // open at once
+        switch (openDialogs().size() < maxDialogs ? dice(6) : 5) {
             case 0:
             case 1:
                 window->selectedItem = node(dice(2) == 0 ? "Adder" : "Note").box;

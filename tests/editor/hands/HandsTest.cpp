@@ -18,7 +18,7 @@ unsigned maskOf(unsigned button) {
     return button > 5 ? 0 : GDK_BUTTON1_MASK << (button - 1);
 }
 
-/// Handles what the server sent, but for the motions that follow from moving the pointer: the test gives its own.
+/// Handles the server's events, except the motions caused by moving the pointer: the test sends its own.
 void handleAllButPointerEvents() {
     while (GdkEvent* event = gdk_event_get()) {
         const GdkEventType type = event->type;
@@ -105,7 +105,7 @@ void HandsTest::warpTo(int screenX, int screenY) {
         gdk_device_get_position(pointerOf(display), nullptr, &nowX, &nowY);
         return nowX == screenX && nowY == screenY;
     });
-    ASSERT_TRUE(isThere) << screenX << ' ' << screenY << " is no place on the screen";
+    ASSERT_TRUE(isThere) << screenX << ' ' << screenY << " is not on the screen";
     gdk_display_sync(display);
     handleAllButPointerEvents();
 }

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-/// What the canvas, the maps and the library must show after a series of edits, kept in the simplest way.
+/// The expected content of the canvas, the maps and the library after a series of edits, as simple as possible.
 class Model {
 public:
     using Port = std::pair<int, std::string>;  ///< Number of a node, name of its port.
@@ -16,7 +16,7 @@ public:
         double x, y;  ///< Upper left corner on the canvas.
         bool isExpanded = true;
         std::vector<std::string> inputs, outputs;
-        std::map<std::string, std::string> values = {};  ///< That were written, by input.
+        std::map<std::string, std::string> values = {};  ///< Values that were set, by input.
     };
 
     int add(const std::string& kind, double x, double y);

@@ -89,7 +89,7 @@ CanvasPoint RandomEdits::freeCell() {
     }
 }
 
-// As often as not upon another box, sometimes exactly.
+// Half of them overlap another box, some exactly.
 CanvasPoint RandomEdits::anyCell() {
     if (model.nodes.empty() || pick(2) == 0) {
         return freeCell();
@@ -238,7 +238,7 @@ void RandomEdits::openDialog() {
     }
 }
 
-// A name and a value, as far as the dialog has rows for them.
+// Writes a name and a value, if the dialog has rows for them.
 void RandomEdits::writeInto(varWindow& dialog) {
     const auto entries = widgetsIn<Gtk::Entry>(dialog);
     if (pick(2) == 0 && !entries.empty()) {
@@ -249,7 +249,7 @@ void RandomEdits::writeInto(varWindow& dialog) {
     }
 }
 
-// All rows are handed over, also those that show the value of then, but not those that show the source of then.
+// Takes over all rows, including those that show outdated values, but not those that showed a source.
 void RandomEdits::take(const OpenDialog& open) {
     const auto found = model.nodes.find(open.node);
     if (found == model.nodes.end()) {
@@ -280,7 +280,7 @@ void RandomEdits::useDialog() {
     }
     buttonIn(*open->dialog, label).clicked();
     if (label != "Cancel" && open->node == selected && node(nameOf(selected)).changed) {
-        looksSelected = true;  // Drawn anew.
+        looksSelected = true;  // Redrawn.
     }
     if (label != "Apply") {
         dialogs.erase(open);
@@ -333,7 +333,7 @@ void RandomEdits::pullOff() {
         return;
     }
     const auto [target, source] = anyOf(model.sources);
-    // Collapsed nodes show their ports as they were when they were drawn last.
+    // A collapsed node shows the ports that it had at its last redraw.
     if (node(nameOf(target.first)).inputIndex.count(target.second) == 0) {
         return;
     }

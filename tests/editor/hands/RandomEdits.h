@@ -7,8 +7,8 @@
 
 class varWindow;
 
-/// Edits by hand and by the menus' actions, at random, beside a model of what must come of them. Boxes lie apart, upon
-/// one another and exactly above one another; names are such as users mistake for one another, or for an input.
+/// Random edits with mouse and menu actions, together with a model of the expected result. Boxes are separate, overlap,
+/// or cover each other exactly; many names look alike, or like the name of an input.
 class RandomEdits : public HandsTest, public testing::WithParamInterface<unsigned> {
 protected:
     RandomEdits();
@@ -18,13 +18,13 @@ protected:
     void compare();
 
 private:
-    /// A variables dialog, and the node that it was opened for, which may be gone.
+    /// A variables dialog and its node, which may have been deleted.
     struct OpenDialog {
         varWindow* dialog;
         int node;
     };
 
-    /// What the topmost box or port at a place is, found by the items that the nodes hold.
+    /// The topmost box or port at a point, found by comparing it with the items of the nodes.
     struct Seen {
         enum class Kind { Nothing, Box, Input, Output } kind = Kind::Nothing;
         int node = -1;
@@ -48,7 +48,7 @@ private:
     void click(CanvasPoint place) { pull(place, place); }
     void reach();
     static bool isInView(CanvasPoint corner);
-    /// A click on the head of a node, or on what covers it. @return the node that is selected then, -1 where none is.
+    /// Clicks on the title of a node, or on what covers it. @return the node selected then, -1 if none is.
     int select();
     void add();
     void remove();

@@ -10,10 +10,10 @@ using ::testing::IsEmpty;
 
 namespace {
 
-/// Boxes upon one another, and boxes whose names say something else than they are.
+/// Overlapping boxes, and boxes with misleading names.
 class CoveredPorts : public HandsTest {
 protected:
-    /// A number apart, an adder, and a splitter whose place upon the adder is chosen.
+    /// A separate number, an adder, and a splitter at a chosen position on top of the adder.
     void stack(double splitterX, double splitterY) {
         addAt("Number", 50, 700);
         addAt("Adder", 400, 700);
@@ -40,7 +40,7 @@ protected:
 };
 
 TEST_F(CoveredPorts, aDropOnABoxThatCoversAnInputConnectsNothing) {
-    stack(380, 715);  // Its head lies upon the inputs of the adder.
+    stack(380, 715);  // Its title covers the inputs of the adder.
     const CanvasPoint covered = inputOf("Adder", "a");
     ASSERT_LT(covered.y, cornerOf("Splitter").y + 25);
     drag(outputOf("Number", "value"), covered);
@@ -74,7 +74,7 @@ TEST_F(CoveredPorts, theTopmostOfTwoInputsIsPulledOff) {
 }
 
 TEST_F(CoveredPorts, aWireBeginsAtThePlugInThatOwnsTheOutput) {
-    // The splitter lies upon the right end of the adder's output and has no port there.
+    // The splitter covers the right end of the adder's output and has no port there.
     stack(400 + 160 - 12, 690);
     const CanvasPoint end = outputOf("Adder", "sum");
     const CanvasPoint uncovered{cornerOf("Splitter").x - 4, end.y};

@@ -9,7 +9,7 @@ using ::testing::IsEmpty;
 
 namespace {
 
-/// A number, an adder and a splitter beside one another.
+/// A number, an adder and a splitter, side by side.
 class Wiring : public HandsTest {
 protected:
     Wiring() {
@@ -18,7 +18,7 @@ protected:
         addAt("Splitter", 550, 700);
     }
 
-    /// Wires by hand and forgets how.
+    /// Draws a wire with the mouse and clears the recorded calls.
     void wire(const std::string& sender, const std::string& output, const std::string& receiver,
               const std::string& input) {
         drag(outputOf(sender, output), inputOf(receiver, input));
@@ -185,7 +185,7 @@ TEST_F(Wiring, wiresOfACollapsedNodeLeadToTheirOwnPorts) {
     const CanvasPoint end = inputOf("Adder", "b");
     EXPECT_EQ(pathInto("Adder", "b").substr(0, 9), "M " + std::to_string(static_cast<int>(start.x) + 6) + " 730");
     EXPECT_TRUE(pathInto("Adder", "b").ends_with(" " + std::to_string(static_cast<int>(end.x) - 6) + " 730"));
-    // The text that lies there now is the port's own: pulled off and dropped, it is the same wire.
+    // The text now at that point belongs to the same port: the wire is pulled off and dropped where it was.
     drag(inputOf("Adder", "b"), inputOf("Adder", "b"));
     EXPECT_TRUE(isBound("Adder", "b", "Splitter", "high"));
     expectNothingLeftBehind();

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// A number that feeds an adder, and gestures that do not end as they should.
+/// A number that feeds an adder, and gestures that end without the usual events.
 class InterruptedGestures : public HandsTest {
 protected:
     InterruptedGestures() {
@@ -192,7 +192,7 @@ TEST_F(InterruptedGestures, byADragWhoseReleaseWentElsewhere) {
     float y = 0;
     object("Adder").GetPosition(x, y);
     EXPECT_EQ(x, dropped.x);
-    // The next press is that of what it hits.
+    // The next press applies to the item that it hits.
     drag(headOf("Number"), {100, 1000});
     EXPECT_EQ(cornerOf("Adder").x, dropped.x);
     EXPECT_EQ(cornerOf("Number").y, 990);
@@ -274,7 +274,7 @@ TEST_F(InterruptedGestures, byAQuestionThatIsAskedInTheMiddleOfAGesture) {
     Gtk::MessageDialog("Shall it be?", false, Gtk::MESSAGE_QUESTION, Gtk::BUTTONS_YES_NO).run();
 }
 
-/// The window as it is in a language that is written from right to left.
+/// The window in a right-to-left language.
 class RightToLeft : public HandsTest {
 protected:
     RightToLeft() {

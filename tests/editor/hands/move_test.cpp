@@ -10,15 +10,15 @@
 namespace {
 
 /// A number and two adders.
-class Dragging : public HandsTest {
+class DragLimits : public HandsTest {
 protected:
-    Dragging() {
+    DragLimits() {
         addAt("Number", 50, 700);
         addAt("Adder", 300, 700);
         addAt("Adder", 550, 700);
     }
 
-    /// Places of all texts of a node, seen from the corner of its box.
+    /// Positions of all texts of a node, relative to the corner of its box.
     std::vector<std::array<double, 2>> textsOf(const std::string& name) {
         std::vector<std::array<double, 2>> places;
         const CanvasPoint corner = cornerOf(name);
@@ -31,7 +31,7 @@ protected:
         return places;
     }
 
-    /// Presses at that place of a box and moves the pointer there.
+    /// Presses at that point of a box and moves the pointer.
     void pullBy(const std::string& name, CanvasPoint grip, CanvasPoint to) {
         const CanvasPoint corner = cornerOf(name);
         press({corner.x + grip.x, corner.y + grip.y});
@@ -40,7 +40,7 @@ protected:
 };
 
 /// A zoom, in hundredths.
-class AtZoom : public Dragging, public testing::WithParamInterface<int> {
+class AtZoom : public DragLimits, public testing::WithParamInterface<int> {
 protected:
     double scale() const { return GetParam() / 100.0; }
 
@@ -78,7 +78,7 @@ TEST_P(AtZoom, aBoxGoesAsFarAsThePointerAndItsTextsWithIt) {
 
 INSTANTIATE_TEST_SUITE_P(Zooms, AtZoom, testing::Values(30, 50, 70, 90, 100, 110, 130, 190, 200, 310));
 
-TEST_F(Dragging, theTitleBarStaysOnTheCanvas) {
+TEST_F(DragLimits, theTitleBarStaysOnTheCanvas) {
     window->canvas.set_scale(0.5);
     const CanvasPoint start = cornerOf("Adder1");
     pullBy("Adder1", {150, 10}, {40, 900});
@@ -99,7 +99,7 @@ TEST_F(Dragging, theTitleBarStaysOnTheCanvas) {
     expectNothingLeftBehind();
 }
 
-TEST_F(Dragging, aTextIsNotPressedAgainstTheCanvassEdge) {
+TEST_F(DragLimits, aTextIsNotPressedAgainstTheCanvassEdge) {
     window->canvas.set_scale(0.5);
     clickOn(headOf("Adder1"));
     const auto texts = textsOf("Adder1");
@@ -109,7 +109,7 @@ TEST_F(Dragging, aTextIsNotPressedAgainstTheCanvassEdge) {
     }
 }
 
-TEST_F(Dragging, aBoxThatSticksOutGoesNoFartherAndDoesNotJump) {
+TEST_F(DragLimits, aBoxThatSticksOutGoesNoFartherAndDoesNotJump) {
     addAt("Splitter", 1400, 700);
     window->canvas.set_scale(0.5);
     const CanvasPoint head = headOf("Splitter");
@@ -121,7 +121,7 @@ TEST_F(Dragging, aBoxThatSticksOutGoesNoFartherAndDoesNotJump) {
     EXPECT_EQ(cornerOf("Splitter").x, 1360);
 }
 
-TEST_F(Dragging, theWheelTakesABoxAlong) {
+TEST_F(DragLimits, theWheelTakesABoxAlong) {
     const CanvasPoint start = cornerOf("Adder");
     press(headOf("Adder"));
     const double scrolled = window->scroller.get_vadjustment()->get_value();
@@ -134,7 +134,7 @@ TEST_F(Dragging, theWheelTakesABoxAlong) {
     expectNothingLeftBehind();
 }
 
-TEST_F(Dragging, theWheelTakesAWireAlong) {
+TEST_F(DragLimits, theWheelTakesAWireAlong) {
     press(outputOf("Number", "value"));
     moveTo({220, 760});
     const double scrolled = window->scroller.get_vadjustment()->get_value();
@@ -149,15 +149,15 @@ TEST_F(Dragging, theWheelTakesAWireAlong) {
     expectNothingLeftBehind();
 }
 
-/// A position that cannot be drawn, and where the box is drawn instead.
+/// A position that cannot be drawn, and the position where the box is drawn instead.
 struct Damage {
     float x, y;
     double shownX, shownY;
 };
 
-class DamagedPosition : public Dragging, public testing::WithParamInterface<Damage> {
+class DamagedPosition : public DragLimits, public testing::WithParamInterface<Damage> {
 protected:
-    /// As a document that is read brings it.
+    /// Adds a node at that position of the library, like a document.
     void show() {
         QzBase& damaged = object("Adder1");
         damaged.SetPosition(GetParam().x, GetParam().y);
@@ -208,7 +208,7 @@ INSTANTIATE_TEST_SUITE_P(Positions, DamagedPosition,
                                          Damage{infinite, infinite, 1500 - 160, 0},
                                          Damage{-infinite, -infinite, 0, 1130}, Damage{nan, nan, 0, 1130}));
 
-TEST_F(Dragging, aPositionOfAMillionUnitsIsDrawnWhereItIs) {
+TEST_F(DragLimits, aPositionOfAMillionUnitsIsDrawnWhereItIs) {
     QzBase& far = object("Adder1");
     far.SetPosition(1e6F, -1e6F);
     window->addPlugin(&far, "");

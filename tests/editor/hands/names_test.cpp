@@ -15,7 +15,7 @@ using ::testing::IsEmpty;
 
 namespace {
 
-/// Two names that differ in bytes while the rules of every language take them for equal.
+/// Two names with different bytes that every language's collation treats as equal.
 struct TwinNames {
     std::string one, other;
 };
@@ -50,7 +50,7 @@ std::string inQuotes(const std::string& word) {
     return '"' + word + '"';
 }
 
-/// Everything is called by two such names: the plug-ins, the inputs and the outputs.
+/// Plug-ins, inputs and outputs all have two such names.
 class TwinNamesByHand : public HandsTest, public testing::WithParamInterface<int> {
 protected:
     TwinNamesByHand() { std::remove(file.c_str()); }
@@ -85,7 +85,7 @@ protected:
         return {std::istreambuf_iterator<char>(in), {}};
     }
 
-    /// What the plug-in holds: its place, then its inputs with their sources.
+    /// The state of the plug-in: its position, then its inputs with their sources.
     std::string contents(const std::string& name) { return contentsOf(*manager)[name]; }
     std::string at(const std::string& place, const std::string& firstSource = "",
                    const std::string& secondSource = "") {
@@ -129,7 +129,7 @@ void TwinNamesByHand::wires() {
     expectAsOne();
 }
 
-// The first takes over a name that is the same to a user's eye as the second's.
+// The first plug-in takes over a name that looks like the second's.
 void TwinNamesByHand::renames() {
     rename(one, one + one);
     rename(other, other + other);

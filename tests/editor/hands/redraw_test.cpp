@@ -25,7 +25,7 @@ protected:
                 static_cast<std::size_t>(surface->get_stride() * surface->get_height())};
     }
 
-    /// The inputs of all wires on the canvas, from the bottom up.
+    /// The inputs of all wires on the canvas, from bottom to top.
     std::vector<std::string> stack() {
         std::vector<std::string> inputs;
         const auto root = window->canvas.get_root_item();
@@ -58,7 +58,7 @@ TEST_F(RedrawnWires, onlyWiresWhoseEndsMoveAreDrawnAnew) {
 }
 
 TEST_F(RedrawnWires, theWiresLookAsIfAllHadBeenDrawnAnew) {
-    // In another order than that of their names, and crossing one another.
+    // Not in the order of their names, and crossing each other.
     window->connect({"Number", "value"}, {"Adder1", "a"});
     window->connect({"Adder", "sum"}, {"Adder", "b"});
     window->connect({"Adder1", "sum"}, {"Adder", "a"});

@@ -20,8 +20,8 @@ protected:
     std::vector<std::uint32_t> colours() { return {colourOf("Number"), colourOf("Adder"), colourOf("Adder1")}; }
 };
 
-using Moving = Selecting;
-using Acting = Selecting;
+using NodeDrag = Selecting;
+using NodeActions = Selecting;
 
 TEST_F(Selecting, aClickedBoxTakesTheSelectedColourAndTheFormerGivesItBack) {
     clickOn(headOf("Number"));
@@ -70,7 +70,7 @@ TEST_F(Selecting, theRightButtonSelectsAndOpensTheMenu) {
     window->nodeMenu.popdown();
 }
 
-TEST_F(Moving, aBoxFollowsThePointer) {
+TEST_F(NodeDrag, aBoxFollowsThePointer) {
     const CanvasPoint head = headOf("Number");
     drag(head, {head.x + 130, head.y - 70});
     EXPECT_EQ(cornerOf("Number").x, 180);
@@ -80,7 +80,7 @@ TEST_F(Moving, aBoxFollowsThePointer) {
     expectNothingLeftBehind();
 }
 
-TEST_F(Moving, theTextsFollowTheirBox) {
+TEST_F(NodeDrag, theTextsFollowTheirBox) {
     const CanvasPoint head = headOf("Adder");
     const CanvasPoint input = inputOf("Adder", "b");
     const CanvasPoint output = outputOf("Adder", "sum");
@@ -91,13 +91,13 @@ TEST_F(Moving, theTextsFollowTheirBox) {
     EXPECT_EQ(outputOf("Adder", "sum").y, output.y + 11);
 }
 
-TEST_F(Moving, aClickWithoutMotionStillTellsTheLibrary) {
+TEST_F(NodeDrag, aClickWithoutMotionStillTellsTheLibrary) {
     clickOn(headOf("Adder"));
     EXPECT_THAT(recording::edits(), ElementsAre("Adder.SetPosition(300, 430)"));
     EXPECT_TRUE(window->modified);
 }
 
-TEST_F(Moving, theLibraryHearsNothingBeforeTheRelease) {
+TEST_F(NodeDrag, theLibraryHearsNothingBeforeTheRelease) {
     press(headOf("Adder"));
     moveTo({400, 900});
     EXPECT_THAT(recording::edits(), IsEmpty());
@@ -105,7 +105,7 @@ TEST_F(Moving, theLibraryHearsNothingBeforeTheRelease) {
     EXPECT_THAT(recording::edits(), testing::SizeIs(1));
 }
 
-TEST_F(Moving, followsThePointersTravelScrolledAndZoomed) {
+TEST_F(NodeDrag, followsThePointersTravelScrolledAndZoomed) {
     for (const double scale : {0.5, 1.0, 2.0}) {
         window->canvas.set_scale(scale);
         scrollTo({100, 620});
@@ -117,7 +117,7 @@ TEST_F(Moving, followsThePointersTravelScrolledAndZoomed) {
     }
 }
 
-TEST_F(Moving, aRedrawKeepsTheNodeWhereItWasDropped) {
+TEST_F(NodeDrag, aRedrawKeepsTheNodeWhereItWasDropped) {
     const CanvasPoint head = headOf("Adder");
     drag(head, {head.x + 33, head.y + 44});
     const CanvasPoint dropped = cornerOf("Adder");
@@ -126,14 +126,14 @@ TEST_F(Moving, aRedrawKeepsTheNodeWhereItWasDropped) {
     EXPECT_EQ(cornerOf("Adder").y, dropped.y);
 }
 
-TEST_F(Moving, aMotionWithoutAPressDoesNothing) {
+TEST_F(NodeDrag, aMotionWithoutAPressDoesNothing) {
     moveTo(headOf("Adder"));
     EXPECT_THAT(recording::edits(), IsEmpty());
     EXPECT_FALSE(window->modified);
     EXPECT_EQ(cornerOf("Adder").x, 300);
 }
 
-TEST_F(Acting, nothingHappensWithoutASelection) {
+TEST_F(NodeActions, nothingHappensWithoutASelection) {
     window->on_del();
     window->on_collapse();
     window->on_setstart();
@@ -141,7 +141,7 @@ TEST_F(Acting, nothingHappensWithoutASelection) {
     EXPECT_FALSE(window->modified);
 }
 
-TEST_F(Acting, deletingTakesThePlugInAndForgetsTheSelection) {
+TEST_F(NodeActions, deletingTakesThePlugInAndForgetsTheSelection) {
     clickOn(headOf("Adder"));
     recording::forgetCalls();
     window->on_del();
@@ -153,7 +153,7 @@ TEST_F(Acting, deletingTakesThePlugInAndForgetsTheSelection) {
     expectNothingLeftBehind();
 }
 
-TEST_F(Acting, deletingInAChainTakesTheWiresOnBothSides) {
+TEST_F(NodeActions, deletingInAChainTakesTheWiresOnBothSides) {
     window->connect({"Number", "value"}, {"Adder", "a"});
     window->connect({"Adder", "sum"}, {"Adder1", "a"});
     window->connect({"Adder", "sum"}, {"Adder1", "b"});
@@ -165,7 +165,7 @@ TEST_F(Acting, deletingInAChainTakesTheWiresOnBothSides) {
     expectNothingLeftBehind();
 }
 
-TEST_F(Acting, collapsingTwiceShowsAllPortsAtTheSamePlace) {
+TEST_F(NodeActions, collapsingTwiceShowsAllPortsAtTheSamePlace) {
     clickOn(headOf("Adder"));
     const CanvasPoint corner = cornerOf("Adder");
     recording::forgetCalls();
@@ -181,7 +181,7 @@ TEST_F(Acting, collapsingTwiceShowsAllPortsAtTheSamePlace) {
     expectNothingLeftBehind();
 }
 
-TEST_F(Acting, aCollapsedBoxLooksUnselectedUntilItIsClicked) {
+TEST_F(NodeActions, aCollapsedBoxLooksUnselectedUntilItIsClicked) {
     clickOn(headOf("Adder"));
     window->on_collapse();
     EXPECT_EQ(colourOf("Adder"), colours::other);
@@ -192,7 +192,7 @@ TEST_F(Acting, aCollapsedBoxLooksUnselectedUntilItIsClicked) {
     EXPECT_EQ(colourOf("Adder"), colours::other);
 }
 
-TEST_F(Acting, aCollapsedNodeStillAnswersTheHand) {
+TEST_F(NodeActions, aCollapsedNodeStillAnswersTheHand) {
     window->connect({"Number", "value"}, {"Adder", "b"});
     clickOn(headOf("Adder"));
     window->on_collapse();
@@ -204,7 +204,7 @@ TEST_F(Acting, aCollapsedNodeStillAnswersTheHand) {
     expectNothingLeftBehind();
 }
 
-TEST_F(Acting, theStartTakesItsColourAndTheFormerGivesItBack) {
+TEST_F(NodeActions, theStartTakesItsColourAndTheFormerGivesItBack) {
     clickOn(headOf("Adder1"));
     recording::forgetCalls();
     window->modified = false;
@@ -216,7 +216,7 @@ TEST_F(Acting, theStartTakesItsColourAndTheFormerGivesItBack) {
     EXPECT_THAT(colours(), ElementsAre(colours::otherSelected, colours::other, colours::start));
 }
 
-TEST_F(Acting, settingTheStartWhereItIsChangesNothing) {
+TEST_F(NodeActions, settingTheStartWhereItIsChangesNothing) {
     clickOn(headOf("Number"));
     recording::forgetCalls();
     window->modified = false;
@@ -226,14 +226,14 @@ TEST_F(Acting, settingTheStartWhereItIsChangesNothing) {
     EXPECT_FALSE(window->modified);
 }
 
-TEST_F(Acting, theStartOfACollapsedNodeIsShownOnItsNewBox) {
+TEST_F(NodeActions, theStartOfACollapsedNodeIsShownOnItsNewBox) {
     clickOn(headOf("Adder"));
     window->on_collapse();
     window->on_setstart();
     EXPECT_THAT(colours(), ElementsAre(colours::other, colours::startSelected, colours::other));
 }
 
-TEST_F(Acting, deletingTheStartRecoloursNoBox) {
+TEST_F(NodeActions, deletingTheStartRecoloursNoBox) {
     clickOn(headOf("Number"));
     window->on_del();
     EXPECT_EQ(colourOf("Adder"), colours::other);

@@ -28,7 +28,7 @@ struct Followed {
 };
 
 Followed& followed() {
-    static Followed one;  // the wrapped calls have no other place to find it
+    static Followed one;  // the wrapped calls cannot find it anywhere else
     return one;
 }
 
@@ -102,7 +102,7 @@ ssize_t __wrap_write(int file, const void* bytes, size_t size) {
     return __real_write(file, bytes, size);
 }
 
-// A killed program loses nothing that it has written; only a power cut would.
+// A kill loses no written data; only a power cut would.
 int __wrap_fsync(int /*file*/) {
     step();
     return 0;

@@ -2,19 +2,19 @@
 
 #include <string>
 
-/// The calls by which a file is saved lead through here, by the linker's --wrap. A test ends the process before any of
-/// them, or in the middle of a write, and makes folders and disks refuse.
+/// Intercepts the system calls that save a file, using the linker's --wrap. A test can end the process before any of
+/// them, or in the middle of a write, and simulate read-only folders and full disks.
 namespace steps {
 
 struct Plan {
-    int killAt = 0;              ///< The step, counted from 1, that is not reached; 0: none.
-    std::string readOnlyFolder;  ///< In which no file can be made.
-    std::string fullFolder;      ///< In which a new file finds no room.
+    int killAt = 0;              ///< The step, counted from 1, before which the process ends; 0: none.
+    std::string readOnlyFolder;  ///< No file can be created there.
+    std::string fullFolder;      ///< There is no room for a new file there.
     bool refusesAttributes = false;
-    int failingWrites = 0;  ///< So many writes to files that were there stop half way, with an error.
+    int failingWrites = 0;  ///< Number of writes to existing files that fail half way.
 };
 
-/// Begins to count, and to refuse.
+/// Starts counting and failing.
 void follow(const Plan& plan);
 
 }  // namespace steps

@@ -34,10 +34,10 @@ std::string textOfSize(std::size_t size, char letter) {
     return std::string(size, letter);
 }
 
-/// A document on its way to the disk, in a process that can be killed.
-class Kills : public testing::Test {
+/// A document being saved in a process that can be killed.
+class KilledSaves : public testing::Test {
 protected:
-    Kills() {
+    KilledSaves() {
         std::string name = (fs::temp_directory_path() / "kills-XXXXXX").string();
         base = mkdtemp(name.data());
         folder = base / "documents";
@@ -46,14 +46,14 @@ protected:
         file = folder / "pipe.zedra";
         setenv("XDG_STATE_HOME", (base / "state").c_str(), 1);
     }
-    ~Kills() override { fs::remove_all(base); }
+    ~KilledSaves() override { fs::remove_all(base); }
 
     void put(const std::string& text) const { std::ofstream(file, std::ios::binary) << text; }
     virtual void prepare(const std::string& former) {
         fs::remove(file);
         put(former);
     }
-    /// What a save must not change.
+    /// Properties that a save must not change.
     virtual void expectKept() {}
 
     End save(const std::string& text, int killAt = 0) const {
@@ -90,7 +90,7 @@ protected:
         expectKept();
     }
 
-    /// Kills one save after the other, each a step later, until one comes to its end. @return how many were killed.
+    /// Kills one save after another, each one step later, until one completes. @return the number of killed saves.
     int killAtEveryStep(const std::string& former, const std::string& next) {
         for (int step = 1;; ++step) {
             prepare(former);
@@ -124,11 +124,11 @@ protected:
     steps::Plan plan;
 };
 
-TEST_F(Kills, atAnyStepLeaveTheFormerOrTheNewDocument) {
+TEST_F(KilledSaves, atAnyStepLeaveTheFormerOrTheNewDocument) {
     killOften();
 }
 
-TEST_F(Kills, leaveNothingWhereTheDocumentIsNew) {
+TEST_F(KilledSaves, leaveNothingWhereTheDocumentIsNew) {
     for (int step = 1; save("new", step) == End::killed; ++step) {
         if (fs::exists(file)) {
             EXPECT_EQ(contentOf(file), "new");
@@ -138,11 +138,11 @@ TEST_F(Kills, leaveNothingWhereTheDocumentIsNew) {
     expectSaved("new");
 }
 
-class KillsWithAHardLink : public Kills {
+class KilledSavesOfAHardLink : public KilledSaves {
 protected:
     void prepare(const std::string& former) override {
         fs::remove(link);
-        Kills::prepare(former);
+        KilledSaves::prepare(former);
         fs::create_hard_link(file, link);
     }
     void expectKept() override {
@@ -152,11 +152,11 @@ protected:
     fs::path link = base / "elsewhere" / "second name.zedra";
 };
 
-TEST_F(KillsWithAHardLink, atAnyStepLeaveTheFormerOrTheNewDocument) {
+TEST_F(KilledSavesOfAHardLink, atAnyStepLeaveTheFormerOrTheNewDocument) {
     killOften();
 }
 
-class KillsWithAnAttribute : public Kills {
+class KilledSavesWithAttributes : public KilledSaves {
 protected:
     void SetUp() override {
         put("");
@@ -165,7 +165,7 @@ protected:
         }
     }
     void prepare(const std::string& former) override {
-        Kills::prepare(former);
+        KilledSaves::prepare(former);
         setxattr(file.c_str(), attribute, note.data(), note.size(), 0);
     }
     void expectKept() override {
@@ -176,26 +176,26 @@ protected:
     }
 };
 
-TEST_F(KillsWithAnAttribute, atAnyStepLeaveTheFormerOrTheNewDocument) {
+TEST_F(KilledSavesWithAttributes, atAnyStepLeaveTheFormerOrTheNewDocument) {
     killOften();
 }
 
-TEST_F(KillsWithAnAttribute, atAnyStepLeaveItAlsoWhereItMayNotBeSet) {
+TEST_F(KilledSavesWithAttributes, atAnyStepLeaveItAlsoWhereItMayNotBeSet) {
     plan.refusesAttributes = true;
     killOften();
 }
 
-TEST_F(Kills, atAnyStepInAReadOnlyFolderLeaveTheFormerOrTheNewDocument) {
+TEST_F(KilledSaves, atAnyStepInAReadOnlyFolderLeaveTheFormerOrTheNewDocument) {
     plan.readOnlyFolder = folder;
     killOften();
 }
 
-TEST_F(Kills, atAnyStepOnADiskWithoutRoomForTwoLeaveTheFormerOrTheNewDocument) {
+TEST_F(KilledSaves, atAnyStepOnADiskWithoutRoomForTwoLeaveTheFormerOrTheNewDocument) {
     plan.fullFolder = folder;
     killOften();
 }
 
-TEST_F(Kills, aCopyInTheStateFolderSaysWhoseItIs) {
+TEST_F(KilledSaves, aCopyInTheStateFolderSaysWhoseItIs) {
     plan.readOnlyFolder = folder;
     put("former");
     int step = 1;
@@ -209,7 +209,7 @@ TEST_F(Kills, aCopyInTheStateFolderSaysWhoseItIs) {
     EXPECT_EQ(contentOf(fs::path(*copy).replace_extension(".origin")), file);
 }
 
-TEST_F(Kills, aDiskThatFailsInTheMiddleGetsTheFormerContentBack) {
+TEST_F(KilledSaves, aDiskThatFailsInTheMiddleGetsTheFormerContentBack) {
     plan.readOnlyFolder = folder;
     setenv("XDG_STATE_HOME", "/dev/null", 1);
     put("former");
@@ -218,7 +218,7 @@ TEST_F(Kills, aDiskThatFailsInTheMiddleGetsTheFormerContentBack) {
     expectSaved("former");
 }
 
-TEST_F(Kills, whereTheFormerContentCannotBePutBackTheCopyStays) {
+TEST_F(KilledSaves, whereTheFormerContentCannotBePutBackTheCopyStays) {
     plan.readOnlyFolder = folder;
     put("former");
     plan.failingWrites = 2;
@@ -229,14 +229,14 @@ TEST_F(Kills, whereTheFormerContentCannotBePutBackTheCopyStays) {
     EXPECT_EQ(interruptedSaveOf(file), copy->string());
 }
 
-TEST_F(Kills, whatAnotherProgramIsWritingIsNotTakenForALeftover) {
+TEST_F(KilledSaves, whatAnotherProgramIsWritingIsNotTakenForALeftover) {
     const TemporaryFile inUse(folder, 0600);
     put("former");
     EXPECT_EQ(save("new"), End::saved);
     EXPECT_EQ(leftovers().size(), 1U);
 }
 
-TEST_F(Kills, aPipeOrADeviceIsRefusedUnopened) {
+TEST_F(KilledSaves, aPipeOrADeviceIsRefusedUnopened) {
     ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
     EXPECT_EQ(save("new"), End::refused);
     EXPECT_TRUE(fs::is_fifo(file));

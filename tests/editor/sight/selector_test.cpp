@@ -8,16 +8,16 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class Selector : public PointerTest {
+class KindSelector : public PointerTest {
 protected:
-    Selector() { show(); }
+    KindSelector() { show(); }
 
     void open() {
         click(window->kindSelector);
         ASSERT_TRUE(pumpUntil([this] { return window->kindSelector.property_popup_shown().get_value(); }));
     }
 
-    /// Clicks on an entry of the list that is open; 0 is the heading.
+    /// Clicks on an entry of the open list; 0 is the heading.
     void choose(int entry) {
         Gtk::TreeView* list = nullptr;
         ASSERT_TRUE(pumpUntil([&list] {
@@ -48,7 +48,7 @@ protected:
     double scrolled() { return window->scroller.get_vadjustment()->get_value(); }
 };
 
-TEST_F(Selector, placesWhatIsChosenFromItsListAndGivesTheKeyboardToTheCanvas) {
+TEST_F(KindSelector, placesWhatIsChosenFromItsListAndGivesTheKeyboardToTheCanvas) {
     open();
     choose(2);
     EXPECT_THAT(recording::callsOf("CreatePlugin"), ElementsAre("CreatePlugin(1, Adder)"));
@@ -56,7 +56,7 @@ TEST_F(Selector, placesWhatIsChosenFromItsListAndGivesTheKeyboardToTheCanvas) {
     EXPECT_EQ(window->get_focus(), &window->canvas);
 }
 
-TEST_F(Selector, isDeafToTheWheel) {
+TEST_F(KindSelector, isDeafToTheWheel) {
     for (const int wheel : {5, 5, 4}) {
         click(window->kindSelector, wheel);
     }
@@ -64,7 +64,7 @@ TEST_F(Selector, isDeafToTheWheel) {
     EXPECT_THAT(recording::callsOf("CreatePlugin"), IsEmpty());
 }
 
-TEST_F(Selector, placesNothingByTheArrowKeysButOpensItsList) {
+TEST_F(KindSelector, placesNothingByTheArrowKeysButOpensItsList) {
     window->kindSelector.child_focus(Gtk::DIR_TAB_FORWARD);
     pressKey(GDK_KEY_Down);
     EXPECT_TRUE(window->kindSelector.property_popup_shown().get_value());
@@ -72,7 +72,7 @@ TEST_F(Selector, placesNothingByTheArrowKeysButOpensItsList) {
     window->kindSelector.popdown();
 }
 
-TEST_F(Selector, bringsANewBoxIntoView) {
+TEST_F(KindSelector, bringsANewBoxIntoView) {
     for (const double scale : {0.5, 1.0, 1.7}) {
         window->canvas.set_scale(scale);
         window->scroller.get_vadjustment()->set_value(0);
@@ -93,16 +93,16 @@ TEST_F(Selector, bringsANewBoxIntoView) {
     }
 }
 
-class Keys : public Selector {
+class CanvasKeys : public KindSelector {
 protected:
-    Keys() {
+    CanvasKeys() {
         window->kindSelector.set_active(1);
         pump();
         recording::forgetCalls();
     }
 };
 
-TEST_F(Keys, scrollTheCanvasAndNeverLeaveIt) {
+TEST_F(CanvasKeys, scrollTheCanvasAndNeverLeaveIt) {
     window->scroller.get_vadjustment()->set_value(0);
     pressKey(GDK_KEY_Down);
     EXPECT_EQ(scrolled(), window->scroller.get_vadjustment()->get_step_increment());
@@ -120,7 +120,7 @@ TEST_F(Keys, scrollTheCanvasAndNeverLeaveIt) {
     EXPECT_EQ(window->get_focus(), &window->canvas);
 }
 
-TEST_F(Keys, afterAnArrowReachNoButton) {
+TEST_F(CanvasKeys, afterAnArrowReachNoButton) {
     for (const guint arrow : {GDK_KEY_Down, GDK_KEY_Up, GDK_KEY_Left, GDK_KEY_Right, GDK_KEY_Page_Down}) {
         pressKey(arrow);
         pressKey(GDK_KEY_Return);

@@ -18,7 +18,7 @@ kind Cut Data /kinds/data/
         add("Cut");
     }
 
-    /// Waits for that tooltip, with a hand that does not keep quite still.
+    /// Waits for that tooltip while the pointer moves slightly.
     static bool comes(const std::string& text) {
         constexpr int looksBetweenMoves = 200;
         int looks = 0;

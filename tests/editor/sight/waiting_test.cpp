@@ -2,6 +2,7 @@
 
 #include <gtkmm/button.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <thread>
 
@@ -9,10 +10,10 @@ namespace {
 
 using ::testing::ElementsAre;
 
-// A library that takes long to end a run: the window waits, and serves nobody.
-class Waiting : public PointerTest {
+// A library that takes long to end a run: the window waits and handles no events.
+class WaitingWindow : public PointerTest {
 protected:
-    Waiting() { show("run deaf\n"); }
+    WaitingWindow() { show("run deaf\n"); }
 
     void start() {
         const std::size_t before = recording::callsOf("Run").size();
@@ -21,14 +22,16 @@ protected:
     }
 };
 
-TEST_F(Waiting, asksOnceAndForgetsTheClicksThatWereMadeMeanwhile) {
+TEST_F(WaitingWindow, asksOnceAndForgetsTheClicksThatWereMadeMeanwhile) {
     start();
     recording::forgetCalls();
-    // The pointer stands on the button; nobody but this thread acts while the window waits.
+    // The pointer is on the button; only this thread acts while the window waits.
     std::thread impatient([] {
-        while (recording::callsOf("Stop").empty()) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (recording::callsOf("Stop").empty() && std::chrono::steady_clock::now() < deadline) {
             std::this_thread::yield();
         }
+        EXPECT_FALSE(recording::callsOf("Stop").empty()) << "the window has not called Stop within 10 s";
         EXPECT_EQ(std::system("xdotool click --repeat 5 --delay 120 1"), 0);
         recording::letRunEnd();
     });

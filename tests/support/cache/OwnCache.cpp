@@ -9,8 +9,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Gives each test an empty cache folder and an empty state folder of its own, and so to the programs that it starts:
-/// no test touches those of the user, or finds results of another.
+/// Gives each test, and the programs that it starts, an empty cache folder and an empty state folder, so that no test
+/// modifies those of the user or finds results of another test.
 class OwnCache : public testing::EmptyTestEventListener {
 public:
     OwnCache() { use("none"); }

@@ -2,10 +2,10 @@
 
 #include <sys/types.h>
 
-/// An X server without a screen, on a free display, which DISPLAY then names. Ends with this object.
+/// A virtual X server on a free display, to which it sets DISPLAY. The destructor ends it.
 class Xvfb {
 public:
-    /// @throws std::runtime_error when the server does not start.
+    /// @throws std::runtime_error if the server does not start.
     Xvfb();
     ~Xvfb();
     Xvfb(const Xvfb&) = delete;

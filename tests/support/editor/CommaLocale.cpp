@@ -14,7 +14,7 @@ struct GermanNumbers : std::numpunct<char> {
 
 }  // namespace
 
-// A facet of our own for C++: the C library never frees the path of a locale that C++ asks it for by name.
+// C++ gets a custom facet, because the C library never frees the path of a locale that C++ requests by name.
 CommaLocale::CommaLocale() : former(std::locale::global(std::locale(std::locale::classic(), new GermanNumbers))) {
     setenv("LOCPATH", VELMORAK_TEST_LOCALES, 1);
     if (!std::setlocale(LC_ALL, "de_DE.UTF-8")) {

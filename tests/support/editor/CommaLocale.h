@@ -2,10 +2,10 @@
 
 #include <locale>
 
-/// While it lives, the C library and the C++ library write and read numbers as in German: 1,5.
+/// During its lifetime, the C library and the C++ library read and write numbers as in German: 1,5.
 class CommaLocale {
 public:
-    /// @throws std::runtime_error when the locale made for the tests is not there.
+    /// @throws std::runtime_error if the tests' locale does not exist.
     CommaLocale();
     ~CommaLocale();
     CommaLocale(const CommaLocale&) = delete;

@@ -43,7 +43,7 @@ run returns
 
 }  // namespace
 
-bool pumpUntil(const std::function<bool()>& condition) {
+bool pumpUntil(const std::function<bool()>& condition, std::source_location where) {
     using std::chrono::steady_clock;
     const auto deadline = steady_clock::now() + std::chrono::seconds(10);
     sigc::connection tick = Glib::signal_timeout().connect([] { return true; }, 5);
@@ -51,7 +51,11 @@ bool pumpUntil(const std::function<bool()>& condition) {
         Glib::MainContext::get_default()->iteration(true);
     }
     tick.disconnect();
-    return condition();
+    const bool holds = condition();
+    if (!holds) {
+        ADD_FAILURE_AT(where.file_name(), static_cast<int>(where.line())) << "this condition is still false after 10 s";
+    }
+    return holds;
 }
 
 std::string pathText(const Glib::RefPtr<Goocanvas::Path>& path) {
@@ -168,6 +172,6 @@ void EditorTest::activate(const std::string& action) {
 
 void EditorTest::select(const std::string& name) {
     GdkEventButton event{};
-    event.button = 2;  // selects, and neither drags nor opens the menu
+    event.button = 2;  // only selects: no drag, no menu
     window->click(node(name).box, &event);
 }

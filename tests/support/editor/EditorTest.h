@@ -9,9 +9,10 @@
 
 #include <functional>
 #include <memory>
+#include <source_location>
 #include <string>
 
-/// The main window with its insides open to a test.
+/// The main window, with its protected members accessible to tests.
 class OpenWindow : public vkWindow {
 public:
     using vkWindow::actionGroup;
@@ -51,16 +52,17 @@ public:
     using vkWindow::worker;
 };
 
-/// The path's data as it was given to the canvas.
+/// The path data of a path on the canvas.
 std::string pathText(const Glib::RefPtr<Goocanvas::Path>& path);
 
-/// Lets the main loop turn until the condition holds. @return false when it does not within ten seconds.
-bool pumpUntil(const std::function<bool()>& condition);
+/// Runs the main loop until the condition is true. Guards against hanging: after ten seconds, it fails the test at the
+/// caller's line and returns false.
+bool pumpUntil(const std::function<bool()>& condition, std::source_location where = std::source_location::current());
 
-/// Lets the main loop turn until it has nothing to do.
+/// Runs the main loop until no events are pending.
 void pump();
 
-/// An editor over the recording library, with the kinds of a small arithmetic.
+/// An editor with the recording library, which offers a few arithmetic kinds.
 class EditorTest : public ::testing::Test {
 protected:
     EditorTest();
@@ -70,31 +72,31 @@ protected:
     /// Examples: "sum.zedra" in "Basics". Documents: see the source.
     static std::string script();
 
-    /// A new manager and a new window, with `text` as the library's script. The calls of this are forgotten.
+    /// Creates a new manager and a new window, with `text` as the library's script, and clears the recorded calls.
     void restart(const std::string& text);
 
-    /// As the program does it at its end.
+    /// Closes the window as the program does when it ends.
     void closeWindow();
 
-    /// A new plug-in; @return its node.
+    /// Adds a plug-in. @return its node.
     plugin& add(const std::string& kind);
     plugin& node(const std::string& name);
     QzBase& object(const std::string& name);
 
-    /// Text of the path drawn into the input, as it was given to the canvas; empty where there is none.
+    /// Path data of the wire into the input; empty if there is none.
     std::string pathInto(const std::string& name, const std::string& input);
 
     /// Names of all boxes on the canvas, from the bottom up.
     std::vector<std::string> boxesOnCanvas();
     int pathsOnCanvas();
 
-    /// Looks at the next dialog that comes and answers it; its text is kept in `lastQuestion`.
+    /// Waits for the next dialog, inspects it and answers it; `lastQuestion` keeps its text.
     void answerNext(int response, std::function<void(Gtk::Dialog&)> look = nullptr);
 
-    /// As a choice from a menu or its accelerator.
+    /// Activates an action, like its menu item or its accelerator.
     void activate(const std::string& action);
 
-    /// Selects a box as a click on it does.
+    /// Selects a box like a click on it.
     void select(const std::string& name);
 
     std::unique_ptr<QzManager> manager;
@@ -105,7 +107,7 @@ private:
     sigc::connection waiting;
 };
 
-/// The item's property of that name.
+/// The value of an item's property.
 template <typename T>
 T propertyOf(const Glib::RefPtr<Goocanvas::Item>& item, const char* name) {
     T value{};

@@ -89,7 +89,7 @@ std::string sourceText(const QzBase::Input& input) {
     return input.source ? input.source->name + '.' + input.source->Outputs().at(input.sourceOutput).name : "";
 }
 
-/// Takes the paths that must be there out of those that are.
+/// Removes the expected paths of a receiver from `paths`. @return those that are missing, in words.
 std::string takeWires(OpenWindow& window, QzBase& receiver, Names& paths, std::size_t& unseen) {
     std::string missing;
     for (const QzBase::Input& input : receiver.Inputs()) {
@@ -106,7 +106,7 @@ std::string takeWires(OpenWindow& window, QzBase& receiver, Names& paths, std::s
         } else if (start && end) {
             missing += "no path from " + sourceText(input) + " to " + receiver.name + '.' + input.name + "; ";
         } else {
-            ++unseen;  // A collapsed node shows the ports that it had when it was drawn last.
+            ++unseen;  // A collapsed node shows the ports that it had at its last redraw.
         }
     }
     return missing;

@@ -24,7 +24,7 @@ std::vector<T*> widgetsIn(Gtk::Container& container) {
     return found;
 }
 
-/// @throws std::runtime_error when there is no button with that label.
+/// @throws std::runtime_error if there is no button with that label.
 inline Gtk::Button& buttonIn(Gtk::Container& container, const std::string& label) {
     for (Gtk::Button* button : widgetsIn<Gtk::Button>(container)) {
         if (button->get_label() == label) {
@@ -34,14 +34,14 @@ inline Gtk::Button& buttonIn(Gtk::Container& container, const std::string& label
     throw std::runtime_error("no button " + label);
 }
 
-/// The list of a dialog, as a user meets it. A row is named by the texts in its first column, from the top level down.
+/// The tree of a dialog, as a user sees it.
 class ListView {
 public:
     explicit ListView(Gtk::Container& window) : view(widgetsIn<Gtk::TreeView>(window).at(0)) {}
 
     Gtk::TreeView& widget() { return *view; }
 
-    /// Both columns of the model, "name|second", a child with two blanks before it.
+    /// Both columns of the model, "name|second", indented by two spaces for a child.
     std::vector<std::string> rows() const {
         std::vector<std::string> texts;
         for (const auto& row : view->get_model()->children()) {

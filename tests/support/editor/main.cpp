@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
     if (!std::getenv("DISPLAY")) {
         server.emplace();
     }
-    // The toolkit's complaints end a test; nothing of the user's desktop comes in.
+    // The toolkit's warnings end a test, and the user's desktop settings have no effect.
     g_log_set_always_fatal(static_cast<GLogLevelFlags>(G_LOG_LEVEL_CRITICAL | G_LOG_FATAL_MASK));
     setenv("GSETTINGS_BACKEND", "memory", 1);
     setenv("NO_AT_BRIDGE", "1", 1);

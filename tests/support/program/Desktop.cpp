@@ -18,7 +18,7 @@ std::string run(const std::vector<std::string>& command, const std::string& disp
 }  // namespace
 
 Desktop::Desktop() {
-    // The server chooses a free number itself and says it on the descriptor named: its standard output.
+    // The server chooses a free display number and prints it on the given descriptor, its standard output.
     server = std::make_unique<Process>(std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0",
                                                                 "1280x1200x24", "-nolisten", "tcp", "-noreset"});
     if (!waitFor([this] { return server->output().ends_with('\n'); })) {
@@ -56,8 +56,7 @@ void Desktop::pressKeys(const std::vector<std::string>& keys) const {
 }
 
 void Desktop::click(int x, int y, int button) const {
-    // The server moves the pointer before it clicks. To wait for the move takes long where the pointer is there
-    // already.
+    // No --sync: the server handles the requests in order, and waiting takes long if the pointer is already there.
     act({"mousemove", std::to_string(x), std::to_string(y), "click", std::to_string(button)});
 }
 
@@ -86,7 +85,7 @@ bool Desktop::activate(const std::string& window) const {
 }
 
 ScreenArea Desktop::areaOf(const std::string& window) const {
-    // Not from xdotool, which counts the window manager's frame twice.
+    // Not with xdotool, which adds the window manager's frame twice.
     const std::string facts = run({"xwininfo", "-id", window}, displayName);
     const auto number = [&facts](const std::string& heading) {
         const std::size_t place = facts.find(heading);

@@ -9,17 +9,17 @@
 #include <string>
 #include <vector>
 
-/// Polls until the condition holds. @return false when it did not within the time.
+/// Polls until the condition holds. @return false if it did not within that time.
 bool waitFor(const std::function<bool()>& condition, int timeoutMs = 60000);
 
 std::string contentOf(const std::filesystem::path& file);
 
-/// A child process with its output in files. Ended, if need be by force, when the object goes.
+/// A child process whose output goes to files. The destructor ends it, by force if necessary.
 class Process {
 public:
     struct Setting {
-        std::map<std::string, std::string> environment;  ///< Added to ours; an empty text removes the variable.
-        std::filesystem::path folder;                    ///< Current folder of the process; ours when empty.
+        std::map<std::string, std::string> environment;  ///< Added to ours; an empty value removes the variable.
+        std::filesystem::path folder;                    ///< Current folder of the process; empty: ours.
     };
 
     Process(std::vector<std::string> command, const Setting& setting);
@@ -30,7 +30,7 @@ public:
 
     pid_t id() const { return child; }
     bool isRunning();
-    /// @return exit status, 128 + signal when a signal ended it, nothing when it still runs after that time.
+    /// @return exit status, 128 + signal if a signal ended it, nothing if it is still running after that time.
     std::optional<int> wait(int timeoutMs = 60000);
     std::string output() const { return contentOf(outputFile); }
     std::string errors() const { return contentOf(errorFile); }
@@ -42,7 +42,7 @@ private:
     std::filesystem::path errorFile;
 };
 
-/// A folder of its own below the system's folder for temporary files, removed with the object.
+/// A new folder below the system's folder for temporary files. The destructor removes it.
 class TemporaryFolder {
 public:
     TemporaryFolder();

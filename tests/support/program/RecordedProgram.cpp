@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Questions of the editor to a plug-in and to the catalogue's lookups.
+/// Calls with which the editor only reads plug-ins and kinds.
 bool isQuestion(const std::string& call) {
     const std::string operation = call.substr(0, call.find('('));
     return operation.find('.') != std::string::npos || operation == "IndexOf" || operation == "FindPlugin";

@@ -9,23 +9,23 @@
 #include <string>
 #include <vector>
 
-/// The program on a desktop of its own, over the recording library. One program at a time.
+/// The program with the recording library, on a private desktop. One program at a time.
 class RecordedProgram {
 public:
-    /// @param environment added to what the program gets anyway.
+    /// @param environment added to the default environment.
     RecordedProgram(const std::string& program, const std::string& script,
                     const std::map<std::string, std::string>& environment = {});
     ~RecordedProgram();
     RecordedProgram(const RecordedProgram&) = delete;
     RecordedProgram& operator=(const RecordedProgram&) = delete;
 
-    /// Starts it and waits until its window is there. @return false when none came.
+    /// Starts it and waits for its window. @return false if none appeared.
     bool start(const std::vector<std::string>& arguments);
 
-    /// Chooses Quit by its key. @return the exit status, nothing when the program goes on.
+    /// Presses the key of Quit. @return the exit status, nothing if the program continues.
     std::optional<int> quit();
 
-    /// The calls so far that change something or belong to the start and the end.
+    /// The calls so far, except those that only read.
     std::vector<std::string> calls() const;
     bool hasCalled(const std::string& call) const;
 

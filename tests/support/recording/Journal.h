@@ -15,7 +15,7 @@ class Journal {
 public:
     static Journal& instance();
 
-    /// `edit` false: a call that only asks.
+    /// @param edit false for a call that only reads.
     template <typename... Arguments>
     void note(bool edit, const std::string& operation, const Arguments&... arguments) {
         std::ostringstream text;
@@ -30,7 +30,7 @@ public:
 
 private:
     struct Entry {
-        std::string operation;  ///< With the plug-in's name and a dot before it.
+        std::string operation;  ///< Prefixed with the plug-in's name and a dot.
         std::string text;
         bool edit;
     };

@@ -13,12 +13,12 @@ struct QzBase::Part {
 
 namespace recording {
 
-/// A plug-in that the manager can make and free.
+/// A plug-in that the manager can create and destroy.
 class Plugin final : public QzBase {
 public:
     Plugin(QzManager* manager, std::size_t kind, const std::string& uniqueName);
 
-    /// Unbinds whatever this plug-in feeds or is fed by.
+    /// Removes all bindings into and out of this plug-in.
     void unbindAll();
 
     void unbind(Input& input);

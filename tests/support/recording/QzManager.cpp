@@ -27,7 +27,7 @@ std::size_t positionOf(const QzManager& manager, const std::string& name) {
     return static_cast<std::size_t>(found - manager.plugins.begin());
 }
 
-/// The wanted name, or with a number where it is in use.
+/// The requested name, with a number appended if it is in use.
 std::string freeName(const QzManager& manager, const std::string& wanted) {
     std::string name = wanted;
     for (int number = 1; positionOf(manager, name) < manager.plugins.size(); ++number) {
@@ -41,7 +41,7 @@ QzBase* make(QzManager& manager, std::size_t kind, const std::string& wanted) {
     return manager.plugins.back();
 }
 
-/// Calls of the library to itself are not the editor's, so they are not told to the journal.
+/// Not recorded: the library's calls to itself are not calls of the editor.
 struct Bare : QzBase {
     using QzBase::part;
 };

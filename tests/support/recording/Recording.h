@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-/// The recording library: a second implementation of the door. It computes nothing; it keeps what a small script
-/// describes, and writes down every call that it gets.
+/// The recording library: a second implementation of the interface in qz/. It computes nothing; it holds the objects
+/// that a small script describes, and records every call.
 ///
-/// Script, one statement a line, words with blanks in double quotes, '#' begins a comment:
+/// Script: one statement per line, words with spaces in double quotes, comments after '#':
 ///
 ///     kind NAME GROUP [DIRECTORY]         a kind; the lines below belong to it
 ///       in NAME [VALUE [DESCRIPTION]]
@@ -17,26 +17,26 @@
 ///       about DESCRIPTION                 description of its plug-ins
 ///       extent WIDTH                      instead of 160
 ///     example NAME GROUP DIRECTORY
-///     document FILE                       what ReadDocument of that file name (without folder) appends
+///     document FILE                       the objects that ReadDocument of that file (name without folder) adds
 ///       plugin KIND NAME X Y [collapsed]
 ///       bind RECEIVER INPUT SENDER OUTPUT
 ///     run returns | blocks | deaf         blocks: until Stop, or letRunEnd(); deaf: until letRunEnd()
 ///
-/// Taken from the file that QZ_RECORDING_SCRIPT names, or from setScript(). With QZ_RECORDING_LOG every call is also
-/// appended to that file at once, one a line.
+/// The script comes from the file in QZ_RECORDING_SCRIPT or from setScript(). If QZ_RECORDING_LOG names a file, every
+/// call is also appended to it at once, one per line.
 namespace recording {
 
-/// Replaces kinds, examples, documents and the way of a run. Not while a manager lives.
+/// Replaces kinds, examples, documents and the behaviour of a run. Not while a manager exists.
 void setScript(const std::string& script);
 
-/// Every call so far, in order: "SetFontSize(9, 11)", for a plug-in "Adder1.Connect(a, Adder, sum)", on another thread
-/// than the first with " [worker]" behind it.
+/// Every call so far, in order, such as "SetFontSize(9, 11)" or, for a plug-in, "Adder1.Connect(a, Adder, sum)". Calls
+/// on any thread but the first end with " [worker]".
 std::vector<std::string> calls();
 
-/// The calls without those that only ask.
+/// The calls, without those that only read.
 std::vector<std::string> edits();
 
-/// Those whose operation has this name.
+/// The calls of the operation with this name.
 std::vector<std::string> callsOf(const std::string& operation);
 
 void forgetCalls();
@@ -44,10 +44,10 @@ void forgetCalls();
 /// True while Run is being executed.
 bool isRunning();
 
-/// Calls this after each value that is set, with the plug-in and the position of the input.
+/// Sets a callback, called after each change of a value with the plug-in and the position of the input.
 void whenValueIsSet(std::function<void(QzBase&, int)> action);
 
-/// Ends the run that is going on, as if its work was done.
+/// Ends the active run, as if its work were done.
 void letRunEnd();
 
 }  // namespace recording

@@ -9,7 +9,7 @@
 
 namespace recording {
 
-/// What a plug-in of a kind starts with.
+/// Initial state of the plug-ins of a kind.
 struct Template {
     std::string description;
     float width = 160;
@@ -32,7 +32,7 @@ struct Document {
     std::vector<DocumentBinding> bindings;
 };
 
-/// What the script describes; kinds and templates are parallel.
+/// Content of a script; kinds and templates are parallel.
 struct Script {
     std::vector<QzKind> kinds;
     std::vector<Template> templates;
@@ -41,7 +41,7 @@ struct Script {
     bool runBlocks = false;
     bool runIsDeaf = false;  ///< Stop does not end it.
 
-    /// @throws std::runtime_error with the line that is not understood.
+    /// @throws std::runtime_error with the invalid line.
     static Script parse(const std::string& text);
 };
 

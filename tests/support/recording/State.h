@@ -10,7 +10,7 @@
 
 namespace recording {
 
-/// The script in use, and whether a run is going on. The script changes only while no manager lives.
+/// The current script, and whether a run is active. The script changes only while no manager exists.
 class State {
 public:
     static State& instance();
@@ -18,9 +18,9 @@ public:
     Script script;
     std::function<void(QzBase&, int)> valueIsSet;
 
-    void run();        ///< Returns at once, or after letRunEnd() where the script says that a run blocks.
-    void letRunEnd();  ///< Without a run nothing happens.
-    /// Ends the run that is going on unless it is deaf. Without one, it counts for a run whose thread is there already.
+    void run();        ///< Returns at once or, if the script says so, after Stop or letRunEnd().
+    void letRunEnd();  ///< No effect without a run.
+    /// Ends the active run unless it is deaf. Without one, it ends a later run of a thread that exists already.
     void stop();
     bool isRunning();
 
@@ -31,7 +31,7 @@ private:
     std::condition_variable changed;
     bool running = false;
     bool mayEnd = false;
-    std::set<std::string> askedToEnd;  ///< Threads that were there at the last stop without a run.
+    std::set<std::string> askedToEnd;  ///< Threads that existed at the last stop without a run.
 };
 
 }  // namespace recording
