@@ -45,10 +45,22 @@ std::vector<std::string> choicesIn(const std::string& description) {
     return choices;
 }
 
+/// A press beside the open list closes it, and the toolkit then drops the press. Dispatched again, it also reaches the
+/// widget below the pointer, so that one click on a button is enough.
+void passPressOn(GtkWidget* list, GdkEvent* event, gpointer /*data*/) {
+    GtkWidget* target = gtk_get_event_widget(event);
+    const bool isBesideList = target != nullptr && gtk_widget_get_toplevel(target) != list;
+    if (event->type == GDK_BUTTON_PRESS && isBesideList && gtk_widget_get_visible(list) == FALSE) {
+        gtk_main_do_event(event);
+    }
+}
+
 }  // namespace
 
 ValueEntry::ValueEntry() {
     signal_key_press_event().connect(sigc::mem_fun(*this, &ValueEntry::openChoices), false);
+    signal_changed().connect(sigc::mem_fun(*this, &ValueEntry::narrowChoices));
+    signal_grab_notify().connect(sigc::mem_fun(*this, &ValueEntry::watchList));
     signal_icon_press().connect(sigc::mem_fun(*this, &ValueEntry::chooseFile));
 }
 
@@ -94,16 +106,38 @@ void ValueEntry::offer(const std::vector<std::string>& offered) {
     set_completion(completion);
 }
 
-// Those that go on as the text does; all of them where the text leads to none, or is one already.
+// The choices that continue the text. Where none does, all of them; but after a whole choice was typed, no list is in
+// the way of the dialog's buttons, unless the user asks for it.
 bool ValueEntry::isOffered(const Glib::ustring& /*key*/, const Gtk::TreeModel::const_iterator& row) const {
-    const Glib::ustring typed = get_text().casefold();
-    const auto goesOn = [&typed](const Glib::ustring& choice) {
+    const Glib::ustring text = get_text();
+    const Glib::ustring typed = text.casefold();
+    const auto continues = [&typed](const Glib::ustring& choice) {
         const Glib::ustring folded = choice.casefold();
         return folded != typed && folded.raw().starts_with(typed.raw());
     };
     Glib::ustring choice;
     row->get_value(0, choice);
-    return goesOn(choice) || std::none_of(choices.begin(), choices.end(), goesOn);
+    if (continues(choice)) {
+        return true;
+    }
+    const bool isComplete = std::find(choices.begin(), choices.end(), text.raw()) != choices.end();
+    return (offersAll || !isComplete) && std::none_of(choices.begin(), choices.end(), continues);
+}
+
+void ValueEntry::narrowChoices() {
+    offersAll = false;
+}
+
+// The toolkit gives no access to the window of its list, but the open list holds the grab.
+void ValueEntry::watchList(bool wasShadowed) {
+    GtkWidget* list = gtk_grab_get_current();
+    const bool isList = list != nullptr && GTK_IS_WINDOW(list) &&
+                        gtk_window_get_type_hint(GTK_WINDOW(list)) == GDK_WINDOW_TYPE_HINT_COMBO;
+    if (wasShadowed || !isList || choices.empty() || !has_focus()) {
+        return;
+    }
+    g_signal_handlers_disconnect_by_func(list, reinterpret_cast<gpointer>(&passPressOn), nullptr);
+    g_signal_connect(list, "event-after", G_CALLBACK(&passPressOn), nullptr);
 }
 
 bool ValueEntry::openChoices(GdkEventKey* event) {
@@ -115,6 +149,7 @@ bool ValueEntry::openChoices(GdkEventKey* event) {
     }
     // The toolkit opens its list only after the text has changed.
     g_signal_emit_by_name(gobj(), "changed");
+    offersAll = true;
     return true;
 }
 

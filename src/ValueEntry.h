@@ -24,7 +24,10 @@ private:
     void offerFiles(bool isFile);
     bool openChoices(GdkEventKey* event);
     bool isOffered(const Glib::ustring& key, const Gtk::TreeModel::const_iterator& row) const;
+    void narrowChoices();
+    void watchList(bool wasShadowed);
     void chooseFile(Gtk::EntryIconPosition position, const GdkEventButton* event);
 
     std::vector<std::string> choices;
+    bool offersAll = false;  ///< The user has opened the list by the key Down and not typed since.
 };

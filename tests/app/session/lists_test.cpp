@@ -23,7 +23,7 @@ constexpr std::size_t operationInput = 2;
 // Between the heights of a list of one choice and of all six, in pixels, whatever the theme.
 constexpr int heightOfFour = 100;
 
-/// Lists that open below an entry or at the kind selector.
+/// The lists that open below an entry or at the kind selector.
 class OpenLists : public testing::Test {
 protected:
     void SetUp() override {
@@ -37,7 +37,7 @@ protected:
         ASSERT_TRUE(session.openVariables("Both"));
     }
 
-    /// Takes the first choice of the open list, and has the document saved.
+    /// Selects the first choice of the open list and saves the document.
     std::string operationAfterTheFirstChoice() {
         session.pressKeys({"Down", "Return"});
         EXPECT_TRUE(session.listIsClosed());
@@ -70,6 +70,29 @@ TEST_F(OpenLists, ofAChoiceShowThoseThatGoOnAsWhatIsTyped) {
     EXPECT_TRUE(waitFor([&] { return heightOfList() > 0 && heightOfList() < heightOfFour / 2; }));
     EXPECT_EQ(operationAfterTheFirstChoice(), "wilson");
     EXPECT_TRUE(session.quit());
+}
+
+TEST_F(OpenLists, ofAChoicePassAClickOnToTheButton) {
+    ASSERT_NO_FATAL_FAILURE(variablesOpened());
+    session.type(operationRow, "w");
+    ASSERT_FALSE(session.openList().empty());
+    session.pressButton("Both Variables", 0);
+    EXPECT_TRUE(session.isGone("Both Variables"));
+    EXPECT_TRUE(session.listIsClosed());
+}
+
+TEST_F(OpenLists, ofAChoiceCloseWhenAWholeChoiceWasTyped) {
+    ASSERT_NO_FATAL_FAILURE(variablesOpened());
+    session.type(operationRow, "wilso");
+    ASSERT_FALSE(session.openList().empty());
+    session.pressKeys({"n"});
+    EXPECT_TRUE(session.listIsClosed());
+    session.pressKeys({"Down"});
+    EXPECT_TRUE(waitFor([&] { return heightOfList() > heightOfFour; }));
+    session.pressKeys({"Escape"});
+    EXPECT_TRUE(session.listIsClosed());
+    session.pressButton("Both Variables", 0);
+    EXPECT_TRUE(session.isGone("Both Variables"));
 }
 
 TEST_F(OpenLists, ofAMaximisedWindowsSelectorStandAtTheButton) {
