@@ -6,8 +6,6 @@
 
 #include "run/NodeError.h"
 
-#include <algorithm>
-#include <cmath>
 #include <optional>
 #include <set>
 #include <stdexcept>
@@ -15,34 +13,6 @@
 
 namespace velmorak {
 namespace {
-
-std::string numberError(const InputSpec& spec, const std::string& value) {
-    double number = 0.0;
-    if (!readNumber(value, number) || std::isnan(number)) {
-        return quote(value) + " is not a number";
-    }
-    if (number < spec.minimum) {
-        return quote(value) + " is below " + textOf(spec.minimum) + ", the smallest value allowed";
-    }
-    if (number > spec.maximum) {
-        return quote(value) + " is above " + textOf(spec.maximum) + ", the largest value allowed";
-    }
-    if (spec.isInteger && number != std::floor(number)) {
-        return quote(value) + " is not a whole number";
-    }
-    return {};
-}
-
-std::string choiceError(const InputSpec& spec, const std::string& value) {
-    if (std::ranges::find(spec.choices, value) != spec.choices.end()) {
-        return {};
-    }
-    std::string all;
-    for (const std::string& choice : spec.choices) {
-        all += (all.empty() ? "" : ", ") + choice;
-    }
-    return quote(value) + " is not one of the choices: " + all;
-}
 
 /// Calls a function of a kind. @return empty, or why it failed, without full stop.
 template <typename Work>
@@ -65,10 +35,6 @@ void removeDuplicateNames(std::vector<Spec>& specs) {
 
 }  // namespace
 
-bool takesText(const InputSpec& spec) {
-    return spec.type == ValueType::Number || spec.type == ValueType::Text || spec.type == ValueType::Choice;
-}
-
 std::string valueError(const Kind* kind, const InputSpec& spec, const std::string& value) {
     if (validUtf8(value) != value) {
         return "the text is not UTF-8";
@@ -81,13 +47,6 @@ std::string valueError(const Kind* kind, const InputSpec& spec, const std::strin
     }
     const std::string refusal = value == spec.value ? "" : typeError(spec, value);
     return refusal.empty() ? kindError(*kind, spec, value) : refusal;
-}
-
-std::string typeError(const InputSpec& spec, const std::string& value) {
-    if (spec.type == ValueType::Number) {
-        return numberError(spec, value);
-    }
-    return spec.type == ValueType::Choice ? choiceError(spec, value) : "";
 }
 
 Ports portsOf(const Kind& kind, const ValueTexts& values) {

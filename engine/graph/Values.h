@@ -1,16 +1,12 @@
 #pragma once
 
+#include "run/ValueCheck.h"
+
 #include <velmorak/Kind.h>
 
 #include <string>
 
 namespace velmorak {
-
-/// The input has a value that can be typed; other inputs need a wire.
-bool takesText(const InputSpec& spec);
-
-/// Why a value does not match the input's type, limits or choices; see valueError.
-std::string typeError(const InputSpec& spec, const std::string& value);
 
 /// Why a value cannot be used.
 /// @param kind consulted last; null for an unknown kind, which accepts every value.

@@ -2,7 +2,7 @@
 
 #include "run/RunListener.h"
 
-#include <mutex>
+#include <velmorak/Mutex.h>
 
 namespace velmorak {
 
@@ -23,8 +23,8 @@ public:
     void close();
 
 private:
-    std::mutex mutex;
-    RunListener* listener;  ///< Null for none.
+    Mutex mutex;
+    RunListener* listener VELMORAK_GUARDED_BY(mutex);  ///< Null for none.
 };
 
 }  // namespace velmorak

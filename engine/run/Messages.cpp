@@ -26,7 +26,7 @@ void Messages::lines(const std::string& title, const std::string& text) {
 }
 
 void Messages::write(const std::string& shown) {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     if (isSilent) {
         return;
     }
@@ -35,18 +35,18 @@ void Messages::write(const std::string& shown) {
 }
 
 void Messages::beginProgress() {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     lastShown = clock();
 }
 
 bool Messages::isProgressDue() {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     const auto passed = clock() - lastShown;
     return isTerminal ? passed >= terminalPause : passed >= plainPause;
 }
 
 void Messages::showProgress(const std::string& text) {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     if (isSilent) {
         return;
     }
@@ -57,7 +57,7 @@ void Messages::showProgress(const std::string& text) {
 }
 
 void Messages::endProgress() {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     if (!isSilent) {
         erase();
         stream << std::flush;
@@ -65,7 +65,7 @@ void Messages::endProgress() {
 }
 
 void Messages::silence() {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     erase();
     isSilent = true;
 }

@@ -1,9 +1,10 @@
 #pragma once
 
+#include <velmorak/Mutex.h>
+
 #include <chrono>
 #include <functional>
 #include <iosfwd>
-#include <mutex>
 #include <string>
 
 namespace velmorak {
@@ -34,15 +35,15 @@ public:
 
 private:
     void write(const std::string& shown);
-    void erase();
+    void erase() VELMORAK_REQUIRES(mutex);
 
-    std::ostream& stream;
+    std::ostream& stream VELMORAK_GUARDED_BY(mutex);
     bool isTerminal;
     Clock clock;
-    std::mutex mutex;
-    std::chrono::steady_clock::time_point lastShown;
-    bool isShown = false;
-    bool isSilent = false;
+    Mutex mutex;
+    std::chrono::steady_clock::time_point lastShown VELMORAK_GUARDED_BY(mutex);
+    bool isShown VELMORAK_GUARDED_BY(mutex) = false;
+    bool isSilent VELMORAK_GUARDED_BY(mutex) = false;
 };
 
 }  // namespace velmorak

@@ -1,5 +1,7 @@
 #include "run/NodeArguments.h"
 
+#include "run/ValueCheck.h"
+
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
@@ -8,33 +10,7 @@
 namespace velmorak {
 namespace {
 
-std::string inQuotes(const std::string& text) {
-    return "\"" + text + "\"";
-}
-
-void checkNumber(const InputSpec& spec, double number) {
-    const bool isBounded = std::isfinite(spec.minimum) || std::isfinite(spec.maximum);
-    if (number < spec.minimum) {
-        throw Failure(spec.name, textOf(number) + " is less than " + textOf(spec.minimum));
-    }
-    if (number > spec.maximum) {
-        throw Failure(spec.name, textOf(number) + " is more than " + textOf(spec.maximum));
-    }
-    if ((isBounded || spec.isInteger) && std::isnan(number)) {
-        throw Failure(spec.name, textOf(number) + " cannot be used here");
-    }
-    if (spec.isInteger && number != std::trunc(number)) {
-        throw Failure(spec.name, textOf(number) + " is not a whole number");
-    }
-}
-
-void checkChoice(const InputSpec& spec, const std::string& text) {
-    if (!spec.choices.empty() && std::find(spec.choices.begin(), spec.choices.end(), text) == spec.choices.end()) {
-        throw Failure(spec.name, inQuotes(text) + " is none of its choices");
-    }
-}
-
-/// @return the type of a value that is there.
+/// @param value not monostate.
 ValueType typeOf(const Value& value) {
     if (std::holds_alternative<double>(value)) {
         return ValueType::Number;
@@ -44,13 +20,9 @@ ValueType typeOf(const Value& value) {
 
 }  // namespace
 
-bool isWritable(ValueType type) {
-    return type == ValueType::Number || type == ValueType::Text || type == ValueType::Choice;
-}
-
 bool mayFeed(ValueType output, ValueType input) {
     return input == ValueType::Any || output == ValueType::Any || output == input ||
-           (isWritable(output) && isWritable(input));
+           (hasTextForm(output) && hasTextForm(input));
 }
 
 NodeArguments::NodeArguments(const PipelineNode& node, const std::vector<Arrival>& arrivals) {
@@ -64,10 +36,10 @@ NodeArguments::Entry NodeArguments::entryOf(const PipelineInput& input, const Ar
     Entry entry{&spec, arrival, input.value};
     const bool hasArrived = !std::holds_alternative<std::monostate>(arrival.value);
     if (hasArrived && !mayFeed(typeOf(arrival.value), spec.type)) {
-        throw Failure(spec.name, "a " + std::string(nameOf(typeOf(arrival.value))) + " has come where a " +
+        throw Failure(spec.name, "a " + std::string(nameOf(typeOf(arrival.value))) + " was received where a " +
                                      std::string(nameOf(spec.type)) + " is needed");
     }
-    if (!isWritable(spec.type)) {
+    if (!hasTextForm(spec.type)) {
         return entry;
     }
     if (const auto* number = std::get_if<double>(&arrival.value)) {
@@ -77,17 +49,12 @@ NodeArguments::Entry NodeArguments::entryOf(const PipelineInput& input, const Ar
     } else if (const auto* text = std::get_if<std::string>(&arrival.value)) {
         entry.text = *text;
     }
-    if (spec.type == ValueType::Number && !entry.hasNumber && (hasArrived || !entry.text.empty())) {
+    const bool isMissing = spec.type == ValueType::Number && !hasArrived && entry.text.empty();
+    if (const std::string error = isMissing ? "" : typeError(spec, entry.text); !error.empty()) {
+        throw Failure(spec.name, error);
+    }
+    if (spec.type == ValueType::Number && !entry.hasNumber && !isMissing) {
         entry.hasNumber = readNumber(entry.text, entry.number);
-        if (!entry.hasNumber) {
-            throw Failure(spec.name, inQuotes(entry.text) + " is no number");
-        }
-    }
-    if (entry.hasNumber && spec.type == ValueType::Number) {
-        checkNumber(spec, entry.number);
-    }
-    if (spec.type == ValueType::Choice) {
-        checkChoice(spec, entry.text);
     }
     return entry;
 }
@@ -119,7 +86,7 @@ std::int64_t NodeArguments::integer(const std::string& input) const {
     const double number = findNumber(input).number;
     // 2^63 is the smallest number that does not fit.
     if (!(number >= -0x1p63 && number < 0x1p63) || number != std::trunc(number)) {
-        throw Failure(input, textOf(number) + " is not a whole number that can be used");
+        throw Failure(input, textOf(number) + " is not a whole number from -2^63 to 2^63 - 1");
     }
     return static_cast<std::int64_t>(number);
 }
@@ -134,7 +101,7 @@ const std::string& NodeArguments::text(const std::string& input) const {
 
 const Value& NodeArguments::value(const std::string& input) const {
     const Entry& entry = find(input);
-    if (isWritable(entry.spec->type)) {
+    if (hasTextForm(entry.spec->type)) {
         throw std::logic_error("the kind asks for an object from its input \"" + input + "\"");
     }
     return entry.arrival.value;

@@ -63,9 +63,6 @@ private:
     std::vector<Value> all;
 };
 
-/// An input of this type can be given as text; any other takes only what a wire brings.
-bool isWritable(ValueType type);
-
 /// @return whether an output of the first type may feed an input of the second.
 bool mayFeed(ValueType output, ValueType input);
 

@@ -72,12 +72,12 @@ void NodeContext::watch(const NamedFile& file) const {
     if (stamp && environment.asked) {
         environment.asked(path, *stamp);
     }
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     asked.push_back({file, stamp});
 }
 
 std::vector<AskedFile> NodeContext::askedFiles() const {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     return asked;
 }
 

@@ -6,10 +6,11 @@
 #include "store/FileContent.h"
 #include "store/FileHashes.h"
 
+#include <velmorak/Mutex.h>
+
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -62,8 +63,8 @@ public:
 private:
     const RunEnvironment& environment;
     const PipelineNode& node;
-    mutable std::mutex mutex;
-    mutable std::vector<AskedFile> asked;
+    mutable Mutex mutex;
+    mutable std::vector<AskedFile> asked VELMORAK_GUARDED_BY(mutex);
 };
 
 /// @return kind and name as they begin a message: Histogram1D "mass".

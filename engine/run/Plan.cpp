@@ -2,6 +2,7 @@
 
 #include "run/Cycles.h"
 #include "run/NodeArguments.h"
+#include "run/ValueCheck.h"
 #include "run/Visible.h"
 
 #include <algorithm>
@@ -221,7 +222,7 @@ std::string Plan::validate(std::size_t node) const {
 std::string Plan::inputError(std::size_t node, const PipelineInput& input) const {
     const InputSpec& spec = input.spec;
     if (!input.wire) {
-        const bool isMissing = !isWritable(spec.type) && !spec.isOptional;
+        const bool isMissing = !takesText(spec) && !spec.isOptional;
         const std::string wanted = spec.type == ValueType::Any ? "something" : article(typeName(spec.type));
         return isMissing ? "nothing is wired where " + wanted + " is needed" : "";
     }

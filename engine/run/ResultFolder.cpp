@@ -3,14 +3,11 @@
 #include "run/ResultsPlace.h"
 #include "run/RunRecordFile.h"
 #include "run/Visible.h"
+#include "store/AtomicFile.h"
 
 #include <velmorak/Failure.h>
 
-#include <fmt/format.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdint>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -36,52 +33,35 @@ fs::path resolveLinks(const fs::path& path) {
 
 }  // namespace
 
-/// A file that goes when its holder goes, unless it was kept.
 class ResultFolder::TemporaryFile : public ResultFile {
 public:
-    TemporaryFile(ResultFolder& results, fs::path temporary, fs::path file, std::string fileName);
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile() override;
+    TemporaryFile(ResultFolder& results, const fs::path& path, std::string fileName)
+        : results(results), finalPath(path), fileName(std::move(fileName)), file(path, std::string(temporaryMark)) {}
 
-    const fs::path& path() const override { return temporary; }
-
+    const fs::path& path() const override { return file.temporary(); }
     void keep() override;
 
 private:
     ResultFolder& results;
-    fs::path temporary;
-    fs::path file;
+    fs::path finalPath;
     std::string fileName;
-    bool isKept = false;
+    AtomicFile file;
 };
-
-ResultFolder::TemporaryFile::TemporaryFile(ResultFolder& results, fs::path temporary, fs::path file,
-                                           std::string fileName)
-    : results(results), temporary(std::move(temporary)), file(std::move(file)), fileName(std::move(fileName)) {}
-
-ResultFolder::TemporaryFile::~TemporaryFile() {
-    if (!isKept) {
-        std::error_code ignored;
-        fs::remove(temporary, ignored);
-    }
-}
 
 void ResultFolder::TemporaryFile::keep() {
     if (results.stopping) {
         throw Stopped();
     }
-    std::error_code error;
-    const std::optional<FileStamp> stamp = stampOf(temporary);
+    const std::optional<FileStamp> stamp = stampOf(file.temporary());
     if (!stamp) {
         refuse(fileName, "was not written");
     }
-    fs::rename(temporary, file, error);
-    if (error) {
-        refuse(fileName, "cannot be put in its place: " + error.message());
+    try {
+        file.commitUnsynced();
+    } catch (const std::system_error& error) {
+        refuse(fileName, "cannot be put in its place: " + error.code().message());
     }
-    isKept = true;
-    results.note(file, {fileName, file, *stamp});
+    results.note(finalPath, {fileName, finalPath, *stamp});
 }
 
 ResultFolder::ResultFolder(const Pipeline& pipeline, bool mayWriteAnywhere, const std::atomic<bool>& stopping)
@@ -102,7 +82,7 @@ std::unique_ptr<ResultFile> ResultFolder::begin(const std::string& plugin, const
     if (fs::is_directory(file, error)) {
         refuse(fileName, "cannot be written: a folder has that name");
     }
-    return std::make_unique<TemporaryFile>(*this, temporaryFor(file), file, fileName);
+    return std::make_unique<TemporaryFile>(*this, file, fileName);
 }
 
 fs::path ResultFolder::place(const std::string& fileName) const {
@@ -137,7 +117,7 @@ void ResultFolder::claim(const std::string& plugin, const std::string& fileName)
     if (!folder.empty() && file == resolveLinks(folder) / runRecordFileName) {
         refuse(fileName, "is the name of the record of the run; choose another one");
     }
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     const auto [owner, isNew] = owners.emplace(file, Owned{plugin, {}});
     if (!isNew && owner->second.plugin != plugin) {
         refuse(fileName, "is already written by \"" + owner->second.plugin + "\"");
@@ -146,12 +126,12 @@ void ResultFolder::claim(const std::string& plugin, const std::string& fileName)
 }
 
 void ResultFolder::note(const fs::path& file, WrittenFile written) {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     owners[file].written = std::move(written);
 }
 
 std::optional<std::vector<WrittenFile>> ResultFolder::writtenBy(const std::string& plugin) {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     std::vector<WrittenFile> all;
     for (const fs::path& file : filesOf[plugin]) {
         const Owned& owned = owners.at(file);
@@ -161,15 +141,6 @@ std::optional<std::vector<WrittenFile>> ResultFolder::writtenBy(const std::strin
         all.push_back(*owned.written);
     }
     return all;
-}
-
-fs::path ResultFolder::temporaryFor(const fs::path& file) {
-    const std::scoped_lock lock(mutex);
-    // Some writers choose the format by the ending, so it stays.
-    // The address tells this run from one of the same program that was left behind.
-    return file.parent_path() / fmt::format("{}{}-{:x}-{}{}", temporaryMark, getpid(),
-                                            reinterpret_cast<std::uintptr_t>(this), temporaries++,
-                                            file.extension().string());
 }
 
 }  // namespace velmorak

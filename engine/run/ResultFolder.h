@@ -3,13 +3,13 @@
 #include "run/Pipeline.h"
 #include "store/FileHashes.h"
 
+#include <velmorak/Mutex.h>
 #include <velmorak/Run.h>
 
 #include <atomic>
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -56,16 +56,15 @@ private:
     };
 
     void note(const std::filesystem::path& file, WrittenFile written);
-    std::filesystem::path temporaryFor(const std::filesystem::path& file);
 
     std::filesystem::path folder;
     std::string folderComplaint;  ///< Why the folder cannot be used; empty if it can.
     bool mayWriteAnywhere;
     const std::atomic<bool>& stopping;
-    std::mutex mutex;
-    std::map<std::filesystem::path, Owned> owners;
-    std::map<std::string, std::set<std::filesystem::path>> filesOf;  ///< By plug-in.
-    unsigned temporaries = 0;
+    Mutex mutex;
+    std::map<std::filesystem::path, Owned> owners VELMORAK_GUARDED_BY(mutex);
+    /// By plug-in.
+    std::map<std::string, std::set<std::filesystem::path>> filesOf VELMORAK_GUARDED_BY(mutex);
 };
 
 }  // namespace velmorak

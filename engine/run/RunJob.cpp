@@ -5,13 +5,14 @@
 #include <utility>
 
 namespace velmorak {
+
 RunJob::RunJob(std::shared_ptr<Messages> messages, RunListener* listener)
     : messages(std::move(messages)), listener(listener), isListening(listener != nullptr) {}
 
 void RunJob::askToEnd() {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     stopping = true;
-    change.notify_all();
+    change.notifyAll();
 }
 
 void RunJob::begin(std::function<void()> work) {
@@ -23,31 +24,37 @@ void RunJob::begin(std::function<void()> work) {
         } catch (const LeftBehind&) {
             return;
         }
-        const std::scoped_lock lock(self->mutex);
-        self->failure = std::move(error);
-        self->isOver = true;
-        self->change.notify_all();
+        RunJob& job = *self;
+        const MutexLock lock(job.mutex);
+        job.failure = std::move(error);
+        job.isOver = true;
+        job.change.notifyAll();
     });
 }
 
 bool RunJob::wait(const Runner::Grace& grace) {
-    const auto hasEnded = [this] { return isOver; };
+    if (!waitForEnd(grace)) {
+        return false;
+    }
+    thread.join();
+    return true;
+}
+
+bool RunJob::waitForEnd(const Runner::Grace& grace) {
     // If no kind is being called, the run is writing its own files, and complete results are worth the wait.
     constexpr int maxGraces = 10;
-    std::unique_lock lock(mutex);
-    change.wait(lock, [this] { return isOver || stopping; });
+    const auto hasEnded = [this]() VELMORAK_NO_THREAD_SAFETY_ANALYSIS { return isOver; };  // Called with the mutex.
+    const MutexLock lock(mutex);
+    while (!isOver && !stopping) {
+        change.wait(mutex);
+    }
     for (int i = 0; i < maxGraces && !isOver; ++i) {
-        grace(lock, change, hasEnded);
+        grace(mutex, change, hasEnded);
         if (!isOver && !ledger->underWay().empty()) {
             break;
         }
     }
-    if (!isOver) {
-        return false;
-    }
-    lock.unlock();
-    thread.join();
-    return true;
+    return isOver;
 }
 
 std::vector<std::size_t> RunJob::leaveBehind() {

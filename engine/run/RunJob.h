@@ -5,11 +5,11 @@
 #include "run/RunLedger.h"
 #include "run/Runner.h"
 
+#include <velmorak/Mutex.h>
+
 #include <atomic>
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
@@ -46,11 +46,13 @@ public:
     RunReport report;           ///< Valid after wait has returned true.
 
 private:
+    bool waitForEnd(const Runner::Grace& grace);
+
     std::atomic<bool> stopping = false;
-    std::mutex mutex;
-    std::condition_variable change;
-    bool isOver = false;
-    std::optional<NodeError> failure;
+    Mutex mutex;
+    ConditionVariable change;
+    bool isOver VELMORAK_GUARDED_BY(mutex) = false;
+    std::optional<NodeError> failure;  ///< Set before isOver.
     std::thread thread;
 };
 

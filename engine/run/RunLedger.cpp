@@ -23,18 +23,18 @@ std::vector<std::size_t> RunLedger::underWay() const {
 }
 
 void RunLedger::expect(std::size_t position) {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     nodeFinished[position].status = NodeStatus::Unfinished;
     nodeFinished[position].sentence = unfinishedSentence;
 }
 
 void RunLedger::finalize(std::size_t position, const NodeReport& report) {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     nodeFinished[position] = report;
 }
 
 std::vector<NodeReport> RunLedger::reports() const {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     return nodeFinished;
 }
 

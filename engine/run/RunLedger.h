@@ -4,9 +4,10 @@
 #include "run/NodeError.h"
 #include "run/Runner.h"
 
+#include <velmorak/Mutex.h>
+
 #include <atomic>
 #include <cstddef>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -71,8 +72,8 @@ private:
     std::vector<std::string> titles;
     std::vector<std::atomic<int>> calls;  ///< By plug-in: number of threads in its kind.
     std::atomic<bool> isLeft = false;
-    mutable std::mutex mutex;
-    std::vector<NodeReport> nodeFinished;  ///< By plug-in.
+    mutable Mutex mutex;
+    std::vector<NodeReport> nodeFinished VELMORAK_GUARDED_BY(mutex);  ///< By plug-in.
 };
 
 }  // namespace velmorak

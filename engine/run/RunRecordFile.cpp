@@ -2,6 +2,7 @@
 
 #include "run/ResultsPlace.h"
 #include "run/Version.h"
+#include "store/AtomicFile.h"
 #include "store/Sha256.h"
 
 #include <velmorak/Failure.h>
@@ -10,7 +11,6 @@
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
-#include <unistd.h>
 #include <nlohmann/json.hpp>
 
 #include <cerrno>
@@ -266,23 +266,16 @@ std::string runRecordText(const Pipeline& pipeline, const RunReport& report, boo
 }
 
 std::string writeRunRecord(const fs::path& resultsFolder, const std::string& text) {
-    const fs::path file = resultsFolder / runRecordFileName;
-    const fs::path temporary = resultsFolder / fmt::format("{}{}-run.json", temporaryMark, getpid());
-    std::error_code error;
-    fs::create_directories(resultsFolder, error);
-    std::ofstream stream(temporary, std::ios::binary | std::ios::trunc);
-    stream << text << std::flush;
-    const bool isWritten = stream.good();
-    stream.close();
-    if (isWritten) {
-        fs::rename(temporary, file, error);
-    }
-    if (isWritten && !error) {
+    const fs::path path = resultsFolder / runRecordFileName;
+    try {
+        fs::create_directories(resultsFolder);
+        AtomicFile file(path, std::string(temporaryMark));
+        file.write(text);
+        file.commit();
         return "";
+    } catch (const std::system_error& error) {
+        return "The record of the run cannot be written: " + path.string() + ": " + error.code().message();
     }
-    std::error_code ignored;
-    fs::remove(temporary, ignored);
-    return "The record of the run cannot be written: " + file.string() + (error ? ": " + error.message() : "");
 }
 
 StoredRunRecord readRunRecord(const fs::path& file) {

@@ -13,15 +13,20 @@
 
 #include <algorithm>
 #include <atomic>
-#include <mutex>
 #include <utility>
 
 namespace velmorak {
 namespace {
 
-void threeSeconds(std::unique_lock<std::mutex>& lock, std::condition_variable& change,
-                  const std::function<bool()>& isOver) {
-    change.wait_for(lock, std::chrono::seconds(3), isOver);
+void waitThreeSeconds(Mutex& mutex, ConditionVariable& change, const std::function<bool()>& isOver)
+    VELMORAK_REQUIRES(mutex);
+
+void waitThreeSeconds(Mutex& mutex, ConditionVariable& change, const std::function<bool()>& isOver) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+    for (auto left = end - std::chrono::steady_clock::now(); !isOver() && left.count() > 0;
+         left = end - std::chrono::steady_clock::now()) {
+        change.waitFor(mutex, left);
+    }
 }
 
 }  // namespace
@@ -52,9 +57,9 @@ struct Runner::Impl : std::enable_shared_from_this<Runner::Impl> {
     std::unique_ptr<Executor> executor;  ///< Null: a thread pool for each run.
     bool leavesRecords = false;
     RunListener* listener = nullptr;
-    Grace grace = threeSeconds;
-    std::mutex mutex;
-    std::shared_ptr<RunJob> job;  ///< The current run; null without one.
+    Grace grace = waitThreeSeconds;
+    Mutex mutex;
+    std::shared_ptr<RunJob> job VELMORAK_GUARDED_BY(mutex);  ///< The current run; null without one.
 };
 
 Runner::Impl::Impl(std::ostream& stream, bool isTerminal, RunConfig config)
@@ -196,7 +201,7 @@ RunReport Runner::run(const Pipeline& pipeline) {
 RunReport Runner::run(const std::function<Pipeline()>& snapshot) {
     const auto job = std::make_shared<RunJob>(part->messages, part->listener);
     {
-        const std::scoped_lock lock(part->mutex);
+        const MutexLock lock(part->mutex);
         part->job = job;
     }
     RunReport report;
@@ -208,7 +213,7 @@ RunReport Runner::run(const std::function<Pipeline()>& snapshot) {
         report.nodes.assign(job->pipeline.nodes.size(), {NodeStatus::Failed, error->sentence, 0, 0, 0.0, {}, {}, {}});
         part->messages->line("The run failed: " + error->sentence);
     }
-    const std::scoped_lock lock(part->mutex);
+    const MutexLock lock(part->mutex);
     part->job = nullptr;
     return report;
 }
@@ -243,7 +248,7 @@ void Runner::tell(RunListener* listener) {
 }
 
 void Runner::stop() {
-    const std::scoped_lock lock(part->mutex);
+    const MutexLock lock(part->mutex);
     if (part->job) {
         part->job->askToEnd();
     }

@@ -3,12 +3,12 @@
 #include "run/Pipeline.h"
 #include "run/RunConfig.h"
 
+#include <velmorak/Mutex.h>
+
 #include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <iosfwd>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -80,8 +80,7 @@ public:
     void leaveRecords();
 
     /// Waits for a run that was asked to end, until isOver or the end of the grace period.
-    using Grace = std::function<void(std::unique_lock<std::mutex>& lock, std::condition_variable& change,
-                                     const std::function<bool()>& isOver)>;
+    using Grace = std::function<void(Mutex& mutex, ConditionVariable& change, const std::function<bool()>& isOver)>;
     /// Replaces the grace period of three seconds. Not called during a run.
     void waitWith(Grace grace);
 

@@ -44,7 +44,12 @@ TEST_F(Values, aTextThatIsNotANumberIsRefused) {
     expectRefused("a", "one", "\"one\" is not a number");
     expectRefused("a", "1,5", "\"1,5\" is not a number");
     expectRefused("a", "", "\"\" is not a number");
-    expectRefused("a", "NaN", "\"NaN\" is not a number");
+}
+
+TEST_F(Values, nanIsANumberButWithinNoLimits) {
+    expectTaken("a", "NaN");
+    expectRefused("b", "NaN", "\"NaN\" is not a number");
+    expectRefused("count", "NaN", "\"NaN\" is not a number");
 }
 
 TEST_F(Values, aNumberOutOfItsBoundsIsRefused) {

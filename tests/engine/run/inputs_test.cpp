@@ -47,12 +47,12 @@ TEST_F(NodeArgumentsOfRun, aTextFeedsANumber) {
 
 TEST_F(NodeArgumentsOfRun, aTextThatIsNoNumberIsRefusedByName) {
     feed(numberInput("in"), Value(std::string("many")));
-    EXPECT_EQ(sentence("take"), "input \"in\": \"many\" is no number");
+    EXPECT_EQ(sentence("take"), "input \"in\": \"many\" is not a number");
 }
 
 TEST_F(NodeArgumentsOfRun, anEmptyTextIsNoNumber) {
     feed(numberInput("in"), Value(std::string()));
-    EXPECT_EQ(sentence("take"), "input \"in\": \"\" is no number");
+    EXPECT_EQ(sentence("take"), "input \"in\": \"\" is not a number");
 }
 
 TEST_F(NodeArgumentsOfRun, aNumberWithoutAnyValueIsSaid) {
@@ -66,21 +66,21 @@ TEST_F(NodeArgumentsOfRun, aNumberOutOfRangeIsRefused) {
     spec.minimum = 1.0;
     spec.maximum = 10.0;
     feed(spec, 10.5);
-    EXPECT_EQ(sentence("take"), "input \"in\": 10.5 is more than 10");
+    EXPECT_EQ(sentence("take"), "input \"in\": \"10.5\" is above 10, the largest value allowed");
 }
 
 TEST_F(NodeArgumentsOfRun, aNumberBelowTheRangeIsRefused) {
     InputSpec spec = numberInput("in");
     spec.minimum = 1.0;
     feed(spec, 0.5);
-    EXPECT_EQ(sentence("take"), "input \"in\": 0.5 is less than 1");
+    EXPECT_EQ(sentence("take"), "input \"in\": \"0.5\" is below 1, the smallest value allowed");
 }
 
 TEST_F(NodeArgumentsOfRun, aFractionIsNoWholeNumber) {
     InputSpec spec = numberInput("in");
     spec.isInteger = true;
     feed(spec, 2.5);
-    EXPECT_EQ(sentence("take"), "input \"in\": 2.5 is not a whole number");
+    EXPECT_EQ(sentence("take"), "input \"in\": \"2.5\" is not a whole number");
 }
 
 TEST_F(NodeArgumentsOfRun, nanPassesWhereNothingIsSaidOfTheRange) {
@@ -92,7 +92,7 @@ TEST_F(NodeArgumentsOfRun, nanIsInNoRange) {
     InputSpec spec = numberInput("in");
     spec.minimum = 0.0;
     feed(spec, std::numeric_limits<double>::quiet_NaN());
-    EXPECT_EQ(sentence("take"), "input \"in\": NaN cannot be used here");
+    EXPECT_EQ(sentence("take"), "input \"in\": \"NaN\" is not a number");
 }
 
 TEST_F(NodeArgumentsOfRun, aChoiceTakesOnlyItsChoices) {
@@ -100,7 +100,7 @@ TEST_F(NodeArgumentsOfRun, aChoiceTakesOnlyItsChoices) {
     spec.type = ValueType::Choice;
     spec.choices = {"red", "blue"};
     feed(spec, Value(std::string("green")));
-    EXPECT_EQ(sentence("take"), "input \"in\": \"green\" is none of its choices");
+    EXPECT_EQ(sentence("take"), "input \"in\": \"green\" is not one of the choices: red, blue");
 }
 
 TEST_F(NodeArgumentsOfRun, aChoiceTakesAFittingText) {
