@@ -68,7 +68,7 @@ def check_product(place):
     assert folders == sorted("Upper.bins=%d,Rows.seed=%d" % (bins, seed) for bins in (5, 10) for seed in (1, 2, 3))
     assert place.record("both/Upper.bins=10,Rows.seed=3")["seed"] == {"Rows": "3"}
     wrong = place.run("--scan", "Upper.bins=5,10", "--scan", "Upper.bons=1,2", place.document(*table(100)))
-    assert wrong.returncode == 1 and 'the nearest name is "bins"' in wrong.stderr and wrong.stdout == "", wrong
+    assert wrong.returncode == 1 and 'did you mean "bins"?' in wrong.stderr and wrong.stdout == "", wrong
 
 
 def check_stop(place, which):

@@ -193,10 +193,10 @@ protected:
 };
 
 TEST_F(VelmorakRunOptions, nameTheNearestPlugInOrInputAndRunNothing) {
-    expectRefusal({"--set", "som.b=2"}, R"(no plug-in is named "som"; the nearest name is "sum")");
-    expectRefusal({"--set", "one.valu=2"}, R"(plug-in "one" has no input "valu"; the nearest name is "value")");
-    expectRefusal({"--start", "on"}, R"(no plug-in is named "on"; the nearest name is "one")");
-    expectRefusal({"--scan", "ome.value=1,2"}, R"(no plug-in is named "ome"; the nearest name is "one")");
+    expectRefusal({"--set", "som.b=2"}, R"(no plug-in is named "som"; did you mean "sum"?)");
+    expectRefusal({"--set", "one.valu=2"}, R"(plug-in "one" has no input "valu"; did you mean "value"?)");
+    expectRefusal({"--start", "on"}, R"(no plug-in is named "on"; did you mean "one"?)");
+    expectRefusal({"--scan", "ome.value=1,2"}, R"(no plug-in is named "ome"; did you mean "one"?)");
 }
 
 TEST_F(VelmorakRunOptions, refuseMalformedSettings) {

@@ -2,10 +2,11 @@
 
 #include "graph/ManagerExtensions.h"
 
+#include <velmorak/Text.h>
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <numeric>
 #include <utility>
 
 namespace {
@@ -13,34 +14,9 @@ namespace {
 using velmorak::Pipeline;
 using velmorak::PipelineInput;
 using velmorak::PipelineNode;
+using velmorak::suggestion;
 
 constexpr double maxPoints = 10000.0;
-
-std::string quoted(const std::string& text) {
-    return "\"" + text + "\"";
-}
-
-/// Levenshtein distance.
-std::size_t distance(const std::string& one, const std::string& other) {
-    std::vector<std::size_t> row(other.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < one.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i + 1);
-        for (std::size_t k = 0; k < other.size(); ++k) {
-            const std::size_t changed = diagonal + (one[i] == other[k] ? 0 : 1);
-            diagonal = std::exchange(row[k + 1], std::min({changed, row[k] + 1, row[k + 1] + 1}));
-        }
-    }
-    return row.back();
-}
-
-std::string nearest(const std::string& wanted, const std::vector<std::string>& names) {
-    if (names.empty()) {
-        return "there is none";
-    }
-    const auto isNearer = [&](const auto& a, const auto& b) { return distance(wanted, a) < distance(wanted, b); };
-    return "the nearest name is " + quoted(*std::min_element(names.begin(), names.end(), isNearer));
-}
 
 template <typename Items, typename NameOf>
 std::vector<std::string> namesOf(const Items& items, const NameOf& nameOf) {
@@ -53,7 +29,7 @@ std::size_t positionOf(const Pipeline& pipeline, const std::string& plugin) {
     const std::vector<std::string> names = namesOf(pipeline.nodes, [](const PipelineNode& node) { return node.name; });
     const auto found = std::find(names.begin(), names.end(), plugin);
     if (found == names.end()) {
-        throw UsageError("no plug-in is named " + quoted(plugin) + "; " + nearest(plugin, names));
+        throw UsageError("no plug-in is named " + velmorak::quoted(plugin) + suggestion(plugin, names));
     }
     return static_cast<std::size_t>(found - names.begin());
 }
@@ -63,21 +39,22 @@ std::size_t inputOf(const PipelineNode& node, const std::string& input) {
         namesOf(node.inputs, [](const PipelineInput& each) { return each.spec.name; });
     const auto found = std::find(names.begin(), names.end(), input);
     if (found == names.end()) {
-        throw UsageError("plug-in " + quoted(node.name) + " has no input " + quoted(input) + "; " +
-                         nearest(input, names));
+        throw UsageError("plug-in " + velmorak::quoted(node.name) + " has no input " + velmorak::quoted(input) +
+                         suggestion(input, names));
     }
     return static_cast<std::size_t>(found - names.begin());
 }
 
 void refuseUnusable(const Pipeline& pipeline, const PipelineInput& input, const Setting& setting) {
-    const std::string place = "input " + quoted(setting.input) + " of " + quoted(setting.plugin);
+    const std::string place = "input " + velmorak::quoted(setting.input) + " of " + velmorak::quoted(setting.plugin);
     if (input.wire) {
-        throw UsageError(place + " is fed by " + quoted(pipeline.nodes[input.wire->node].name) +
+        throw UsageError(place + " is fed by " + velmorak::quoted(pipeline.nodes[input.wire->node].name) +
                          "; a value would have no effect");
     }
     const std::vector<std::string>& choices = input.spec.choices;
     if (!choices.empty() && std::find(choices.begin(), choices.end(), setting.value) == choices.end()) {
-        throw UsageError(place + " does not take " + quoted(setting.value) + "; " + nearest(setting.value, choices));
+        throw UsageError(place + " does not take " + velmorak::quoted(setting.value) +
+                         suggestion(setting.value, choices));
     }
 }
 
@@ -85,7 +62,7 @@ Setting split(const std::string& text, const std::string& form) {
     const std::size_t equals = text.find('=');
     const std::size_t dot = equals == std::string::npos ? equals : text.rfind('.', equals);
     if (dot == std::string::npos || dot == 0 || dot + 1 == equals) {
-        throw UsageError(quoted(text) + " does not have the form " + form);
+        throw UsageError(velmorak::quoted(text) + " does not have the form " + form);
     }
     return {text.substr(0, dot), text.substr(dot + 1, equals - dot - 1), text.substr(equals + 1)};
 }
@@ -109,7 +86,7 @@ std::vector<std::string> rangeOf(const std::vector<std::string>& parts, const st
     // A step that meets the end but for rounding counts as meeting it.
     const double steps = std::floor((to - from) / step + 1e-9);
     if (!isRead || !(steps >= 0.0) || !(steps < maxPoints)) {
-        throw UsageError(quoted(text) + " is not a range from:to:step with at most 10000 values");
+        throw UsageError(velmorak::quoted(text) + " is not a range from:to:step with at most 10000 values");
     }
     std::vector<std::string> values;
     for (int i = 0; i <= static_cast<int>(steps); ++i) {
@@ -132,8 +109,8 @@ void apply(QzManager& manager, const Setting& setting) {
     manager.SetInputValue(static_cast<int>(node), static_cast<int>(input), setting.value);
     const std::string& now = manager.plugins[node]->Inputs()[input].value;
     if (now != setting.value) {
-        throw UsageError("input " + quoted(setting.input) + " of " + quoted(setting.plugin) + " does not take " +
-                         quoted(setting.value) + "; it is " + quoted(now));
+        throw UsageError("input " + velmorak::quoted(setting.input) + " of " + velmorak::quoted(setting.plugin) +
+                         " does not take " + velmorak::quoted(setting.value) + "; it is " + velmorak::quoted(now));
     }
 }
 
