@@ -290,8 +290,8 @@ StoredRunRecord readRunRecord(const fs::path& file) {
         return readRecord(record);
     } catch (const Json::parse_error& error) {
         reject("it is not JSON or is cut off, at byte " + std::to_string(error.byte));
-    } catch (const Json::exception& error) {
-        reject(std::string("a field is missing or has the wrong type: ") + error.what());
+    } catch (const Json::exception&) {
+        reject("a field that every record has is missing or has the wrong type");
     }
     return {};
 }

@@ -89,7 +89,7 @@ TEST(FitModel, refusesWhatItsFunctionCouldNotSay) {
     EXPECT_THAT(refusal(repeated("pol9(", 40) + "x" + repeated(")", 40)), HasSubstr(reason));
     EXPECT_THAT(refusal(repeated("2^", 300) + "x"), HasSubstr(reason));
     EXPECT_EQ(refusal(repeated("(", 200) + "x" + repeated(")", 200)), "nothing failed");
-    EXPECT_THAT(refusal(repeated("(", 201) + "x" + repeated(")", 201)), HasSubstr("at most 200 parentheses"));
+    EXPECT_THAT(refusal(repeated("(", 201) + "x" + repeated(")", 201)), HasSubstr("at most 200 nested parentheses"));
 }
 
 TEST(FitModel, givesAFunctionAlsoOfNamesThatAreWords) {
