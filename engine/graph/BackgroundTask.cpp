@@ -4,6 +4,11 @@
 #include <utility>
 
 namespace velmorak {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+}  // namespace
 
 std::shared_ptr<BackgroundTask> BackgroundTask::begin(Work work) {
     auto task = std::make_shared<BackgroundTask>(std::move(work));
@@ -16,24 +21,33 @@ void BackgroundTask::run() {
         work(*this);
     }
     work = nullptr;
-    const std::lock_guard guard(mutex);
+    const MutexLock lock(mutex);
     isDone = true;
-    changed.notify_all();
+    changed.notifyAll();
 }
 
 void BackgroundTask::advance() {
-    const std::lock_guard guard(mutex);
+    const MutexLock lock(mutex);
     ++steps;
-    changed.notify_all();
+    changed.notifyAll();
 }
 
 bool BackgroundTask::wait(std::chrono::milliseconds patience) {
-    std::unique_lock guard(mutex);
+    const MutexLock lock(mutex);
     std::uint64_t seen = steps;
-    while (changed.wait_for(guard, patience, [&] { return isDone || steps != seen; }) && !isDone) {
-        seen = steps;
+    auto deadline = Clock::now() + patience;
+    while (!isDone) {
+        const auto left = deadline - Clock::now();
+        if (left <= Clock::duration::zero()) {
+            return false;
+        }
+        changed.waitFor(mutex, left);
+        if (steps != seen) {
+            seen = steps;
+            deadline = Clock::now() + patience;
+        }
     }
-    return isDone;
+    return true;
 }
 
 }  // namespace velmorak

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <velmorak/Mutex.h>
+
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
+#include <utility>
 
 namespace velmorak {
 
@@ -38,10 +39,10 @@ public:
 
 private:
     Work work;
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::uint64_t steps = 0;
-    bool isDone = false;
+    Mutex mutex;
+    ConditionVariable changed;
+    std::uint64_t steps VELMORAK_GUARDED_BY(mutex) = 0;
+    bool isDone VELMORAK_GUARDED_BY(mutex) = false;
     std::atomic<bool> isStopped = false;
 };
 

@@ -32,7 +32,7 @@ std::shared_ptr<ColumnPreview> ColumnPreviews::begin(const std::string& subject,
                                                      BackgroundTask::Work work) {
     all.push_back(std::make_shared<ColumnPreview>(
         ColumnPreview{subject, std::make_shared<BackgroundTask>(std::move(work)), std::move(found)}));
-    const std::lock_guard guard(queue->mutex);
+    const MutexLock lock(queue->mutex);
     queue->waiting.push_back(all.back()->work);
     if (queue->threads < maxThreads) {
         ++queue->threads;
@@ -45,7 +45,7 @@ void ColumnPreviews::runWaiting(Queue& queue) {
     while (true) {
         std::shared_ptr<BackgroundTask> next;
         {
-            const std::lock_guard guard(queue.mutex);
+            const MutexLock lock(queue.mutex);
             if (queue.waiting.empty()) {
                 --queue.threads;
                 return;

@@ -2,11 +2,12 @@
 
 #include "graph/BackgroundTask.h"
 
+#include <velmorak/Mutex.h>
+
 #include <chrono>
 #include <cstddef>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -50,9 +51,9 @@ public:
 private:
     /// Shared with the threads, which may outlive this.
     struct Queue {
-        std::mutex mutex;
-        std::deque<std::shared_ptr<BackgroundTask>> waiting;
-        std::size_t threads = 0;
+        Mutex mutex;
+        std::deque<std::shared_ptr<BackgroundTask>> waiting VELMORAK_GUARDED_BY(mutex);
+        std::size_t threads VELMORAK_GUARDED_BY(mutex) = 0;
     };
 
     static void runWaiting(Queue& queue);

@@ -16,20 +16,20 @@ RunQueue::RunQueue(const RunConfig& config) : runner(std::cerr, isatty(STDERR_FI
 
 void RunQueue::run(const std::function<Pipeline()>& snapshot) {
     {
-        const std::lock_guard guard(stateMutex);
+        const MutexLock lock(stateMutex);
         if (isClosed) {
             return;
         }
         ++callers;
     }
     executeTurn(snapshot);
-    const std::lock_guard guard(stateMutex);
+    const MutexLock lock(stateMutex);
     --callers;
-    isIdle.notify_all();
+    isIdle.notifyAll();
 }
 
 void RunQueue::executeTurn(const std::function<Pipeline()>& snapshot) {
-    const std::lock_guard guardOfRun(runMutex);
+    const MutexLock turn(runMutex);
     if (!tryBegin()) {
         return;
     }
@@ -38,12 +38,12 @@ void RunQueue::executeTurn(const std::function<Pipeline()>& snapshot) {
     } catch (const std::exception&) {
         printMessage("The run ended: " + errorOf(std::current_exception()).sentence + ".");
     }
-    const std::lock_guard guard(stateMutex);
+    const MutexLock lock(stateMutex);
     isRunning = false;
 }
 
 bool RunQueue::tryBegin() {
-    const std::lock_guard guard(stateMutex);
+    const MutexLock lock(stateMutex);
     if (isClosed) {
         return false;
     }
@@ -55,7 +55,7 @@ bool RunQueue::tryBegin() {
 /// When the runner takes its snapshot, a stop already reaches it: a stop that came earlier is passed on here.
 Pipeline RunQueue::takeSnapshot(const std::function<Pipeline()>& snapshot) {
     {
-        const std::lock_guard guard(stateMutex);
+        const MutexLock lock(stateMutex);
         if (isStopRequested) {
             runner.stop();
         }
@@ -64,7 +64,7 @@ Pipeline RunQueue::takeSnapshot(const std::function<Pipeline()>& snapshot) {
 }
 
 void RunQueue::stop() {
-    const std::lock_guard guard(stateMutex);
+    const MutexLock lock(stateMutex);
     if (!isRunning) {
         stopWithoutRun.note();
         return;
@@ -74,11 +74,13 @@ void RunQueue::stop() {
 }
 
 void RunQueue::close() {
-    std::unique_lock guard(stateMutex);
+    const MutexLock lock(stateMutex);
     isClosed = true;
     isStopRequested = true;
     runner.stop();
-    isIdle.wait(guard, [this] { return callers == 0; });
+    while (callers > 0) {
+        isIdle.wait(stateMutex);
+    }
 }
 
 }  // namespace velmorak

@@ -4,10 +4,10 @@
 
 #include "run/Runner.h"
 
-#include <condition_variable>
+#include <velmorak/Mutex.h>
+
 #include <functional>
 #include <memory>
-#include <mutex>
 
 namespace velmorak {
 
@@ -42,14 +42,14 @@ private:
     Pipeline takeSnapshot(const std::function<Pipeline()>& snapshot);
 
     Runner runner;
-    std::mutex runMutex;
-    std::mutex stateMutex;
-    std::condition_variable isIdle;
-    int callers = 0;               ///< Threads in run(), waiting or executing.
-    bool isClosed = false;         ///< Further runs are rejected.
-    bool isRunning = false;        ///< A run has begun and has not ended.
-    bool isStopRequested = false;  ///< For the current run.
-    EarlyStop stopWithoutRun;      ///< The last stop that came while no run was going on.
+    Mutex runMutex;  ///< Held by the run that executes.
+    Mutex stateMutex;
+    ConditionVariable isIdle;
+    int callers VELMORAK_GUARDED_BY(stateMutex) = 0;               ///< Threads in run(), waiting or executing.
+    bool isClosed VELMORAK_GUARDED_BY(stateMutex) = false;         ///< Further runs are rejected.
+    bool isRunning VELMORAK_GUARDED_BY(stateMutex) = false;        ///< A run has begun and has not ended.
+    bool isStopRequested VELMORAK_GUARDED_BY(stateMutex) = false;  ///< For the current run.
+    EarlyStop stopWithoutRun VELMORAK_GUARDED_BY(stateMutex);  ///< The last stop that came while no run was going on.
     RunReport lastReport;
 };
 
