@@ -107,6 +107,21 @@ TEST(HistogramFill, ofAPlaneAtOnceLeavesTheBitsOfOneByOne) {
     }
 }
 
+TEST(HistogramFill, ofMoreCellsThanACacheHoldsLeavesTheBitsOfOneByOne) {
+    const Axis axis(1000, 0, 1);
+    const std::vector<double> x = valuesFor(axis);
+    std::vector<double> y(x.rbegin(), x.rend());
+    const std::vector<double> weights = weightsFor(x.size());
+    Histogram2D atOnce(Grid<2>({axis, axis}));
+    atOnce.fill({x.data(), y.data()}, weights.data(), x.size());
+    Histogram2D oneByOne(Grid<2>({axis, axis}));
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        oneByOne.fill({x[i], y[i]}, weights[i]);
+    }
+    EXPECT_EQ(atOnce.toBytes(), oneByOne.toBytes());
+    EXPECT_EQ(atOnce.nanEntries(), oneByOne.nanEntries());
+}
+
 /// Fills at once, in parts of any lengths, what another is filled with one by one.
 void expectSameBits(const Axis& axis, const std::vector<double>& values, std::mt19937_64& random) {
     const std::vector<double> weights = weightsFor(values.size());
