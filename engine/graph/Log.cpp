@@ -33,7 +33,7 @@ std::string withoutMiddle(const std::string& line) {
 }  // namespace
 
 void printMessage(const std::string& sentence) {
-    const std::string line = withoutMiddle(visible(sentence)) + '\n';
+    const std::string line = withoutMiddle(visibleMessage(sentence)) + '\n';
     std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
     std::cerr.flush();
 }

@@ -17,7 +17,7 @@ Messages::Messages(std::ostream& stream, bool isTerminal, Clock clock)
     : stream(stream), isTerminal(isTerminal), clock(std::move(clock)), lastShown(this->clock()) {}
 
 void Messages::line(const std::string& text) {
-    write(visible(text) + "\n");
+    write(visibleMessage(text) + "\n");
 }
 
 void Messages::lines(const std::string& title, const std::string& text) {

@@ -91,6 +91,15 @@ std::string visible(std::string_view text) {
     return visibleBut(text, "");
 }
 
+std::string visibleMessage(std::string_view text) {
+    std::string shown;
+    for (std::size_t end = text.find("\n  "); end != std::string_view::npos; end = text.find("\n  ")) {
+        shown += visible(text.substr(0, end)) + "\n";
+        text.remove_prefix(end + 1);
+    }
+    return shown + visible(text);
+}
+
 std::string visibleLines(std::string_view text) {
     return visibleBut(text, "\n\t");
 }

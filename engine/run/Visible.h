@@ -14,6 +14,10 @@ bool hasControlCharacter(std::string_view text);
 /// a line nor change the terminal.
 std::string visible(std::string_view text);
 
+/// The same, but keeps the end of a line that is followed by two blanks, as before a quoted expression and its caret. A
+/// message never begins with blanks, so no text can pass for another message.
+std::string visibleMessage(std::string_view text);
+
 /// The same, but keeps line ends and tabs.
 std::string visibleLines(std::string_view text);
 

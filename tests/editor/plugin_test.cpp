@@ -215,5 +215,5 @@ TEST_F(Node, aNameTooLongForANumberStopsTheProgram) {
     const std::string name(63, 'n');
     restart("kind " + name + " Odd\n");
     add(name);
-    EXPECT_DEATH(add(name), "is too long for a number to follow it");
+    EXPECT_DEATH(add(name), "is too long to append a number");
 }

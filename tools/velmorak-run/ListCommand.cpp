@@ -37,7 +37,9 @@ std::size_t printErrors(const Pipeline& pipeline, std::ostream& stream) {
     std::size_t errors = 0;
     for (std::size_t i = 0; i < pipeline.nodes.size(); ++i) {
         if (const std::string sentence = plan.validate(i); !sentence.empty()) {
-            stream << velmorak::visible(velmorak::titleOf(pipeline.nodes[i]) + ": " + sentence) << '\n';
+            stream << velmorak::visible(velmorak::titleOf(pipeline.nodes[i])) + ": " +
+                          velmorak::visibleMessage(sentence)
+                   << '\n';
             ++errors;
         }
     }

@@ -51,7 +51,7 @@ TEST_F(DeafKind, thatDoesNotStopLeavesAnEditorThatCanBeUsed) {
     EXPECT_EQ(SavedPipeline::read(document).names(), shown.names());
 
     session.clickStart();
-    ASSERT_TRUE(session.hears("IsDeaf \"deaf\" failed: its kind did not stop in a run before")) << session.errors();
+    ASSERT_TRUE(session.hears("IsDeaf \"deaf\" failed: its kind did not stop in an earlier run")) << session.errors();
     EXPECT_TRUE(session.quit()) << session.errors();
 }
 

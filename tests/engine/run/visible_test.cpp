@@ -32,6 +32,11 @@ TEST(Visible, writesOutBytesThatAreNoText) {
     EXPECT_TRUE(hasControlCharacter("a\nb"));
 }
 
+TEST(Visible, keepsIndentedLinesOfAMessageAndNoOthers) {
+    EXPECT_EQ(visibleMessage("no column \"mas\"\n  mas > 3\n  ^"), "no column \"mas\"\n  mas > 3\n  ^");
+    EXPECT_EQ(visibleMessage("a\nSum \"b\" failed\n c\n  \x1B"), "a\\nSum \"b\" failed\\n c\n  \\x1B");
+}
+
 TEST(Visible, keepsTheLinesOfATextThatHasSome) {
     EXPECT_EQ(visibleLines("a\tb\nc\x1B"), "a\tb\nc\\x1B");
 }
