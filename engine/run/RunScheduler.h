@@ -1,5 +1,6 @@
 #pragma once
 
+#include "run/PassPlanner.h"
 #include "run/ResultCache.h"
 #include "run/RunMemory.h"
 #include "run/RunState.h"
@@ -7,10 +8,8 @@
 #include "store/FilePrefetchHasher.h"
 
 #include <cstddef>
-#include <list>
 #include <optional>
 #include <set>
-#include <unordered_map>
 #include <vector>
 
 namespace velmorak {
@@ -48,10 +47,6 @@ private:
     void evaluateUnfilled(const Accumulator& accumulator, std::size_t position, NodeResults& results);
 
     bool passNext();
-    bool isTarget(std::size_t position) const;
-    bool isReady(std::size_t target, std::unordered_map<std::size_t, bool>& known) const;
-    void findTables();
-    std::vector<OperatorInstance> operatorsFor(const std::vector<std::size_t>& targets) const;
 
     void commitFinished();
     void finalizeRemaining();
@@ -65,10 +60,9 @@ private:
     Executor& executor;
     ResultCache cache;
     FilePrefetchHasher prefetchHasher;
+    PassPlanner passPlanner;
     bool hasFilledAgenda = false;
     std::set<std::size_t> agenda;  ///< Ranks of nodes to look at again, because something that feeds them became final.
-    bool hasTables = false;
-    std::list<std::vector<std::size_t>> tables;  ///< The targets of each list of segments that is still to be passed.
 };
 
 }  // namespace velmorak
