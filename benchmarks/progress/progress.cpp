@@ -4,8 +4,8 @@
 #include <QzManager.h>
 #include <velmorak/Table.h>
 #include "graph/ManagerExtensions.h"
-#include "run/Messages.h"
 #include "run/Runner.h"
+#include "run/messages/Messages.h"
 
 #include <chrono>
 #include <sstream>

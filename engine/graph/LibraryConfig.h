@@ -1,6 +1,6 @@
 #pragma once
 
-#include "graph/Catalogue.h"
+#include "graph/collections/Catalogue.h"
 
 #include "run/RunConfig.h"
 

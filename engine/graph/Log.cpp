@@ -1,7 +1,7 @@
 #include "graph/Log.h"
 
-#include "graph/Json.h"
-#include "run/Visible.h"
+#include "graph/document/Json.h"
+#include "run/messages/Visible.h"
 
 #include <iostream>
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "graph/Catalogue.h"
-#include "graph/ColumnPreview.h"
-#include "graph/Document.h"
 #include "graph/ManagerExtensions.h"
 #include "graph/RunQueue.h"
 #include "graph/ValidateAidaFile.h"
+#include "graph/collections/Catalogue.h"
+#include "graph/document/Document.h"
+#include "graph/preview/ColumnPreview.h"
 
 #include <QzManager.h>
 

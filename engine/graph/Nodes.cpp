@@ -2,7 +2,7 @@
 
 #include "graph/PortChange.h"
 #include "graph/Values.h"
-#include "run/Visible.h"
+#include "run/messages/Visible.h"
 
 namespace velmorak {
 namespace {

@@ -1,8 +1,8 @@
 #include "graph/Paths.h"
 
-#include "graph/BackgroundTask.h"
-#include "graph/Json.h"
 #include "graph/Log.h"
+#include "graph/document/Json.h"
+#include "graph/preview/BackgroundTask.h"
 
 #include <velmorak/RegularFile.h>
 

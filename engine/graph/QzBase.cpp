@@ -1,8 +1,8 @@
 #include "graph/Bindings.h"
-#include "graph/ColumnDescriptions.h"
 #include "graph/Log.h"
 #include "graph/ManagerImpl.h"
 #include "graph/NodeExtent.h"
+#include "graph/preview/ColumnDescriptions.h"
 
 #include <algorithm>
 #include <cmath>

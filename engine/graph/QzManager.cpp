@@ -1,6 +1,4 @@
 #include "graph/Bindings.h"
-#include "graph/ColumnDescriptions.h"
-#include "graph/DocumentLoad.h"
 #include "graph/FreeName.h"
 #include "graph/LibraryConfig.h"
 #include "graph/Log.h"
@@ -9,8 +7,10 @@
 #include "graph/PortChange.h"
 #include "graph/ValidateAidaFile.h"
 #include "graph/Values.h"
+#include "graph/document/DocumentLoad.h"
+#include "graph/preview/ColumnDescriptions.h"
 
-#include "run/NodeError.h"
+#include "run/messages/NodeError.h"
 
 #include <QzManager.h>
 #include <algorithm>

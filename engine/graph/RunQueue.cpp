@@ -2,7 +2,7 @@
 
 #include "graph/Log.h"
 
-#include "run/NodeError.h"
+#include "run/messages/NodeError.h"
 
 #include <unistd.h>
 #include <exception>

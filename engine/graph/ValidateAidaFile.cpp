@@ -1,7 +1,7 @@
 #include "graph/ValidateAidaFile.h"
 
 #include "graph/Log.h"
-#include "graph/PreviewContext.h"
+#include "graph/preview/PreviewContext.h"
 
 #include <velmorak/Aida.h>
 #include <velmorak/RegularFile.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "graph/BackgroundTask.h"
+#include "graph/preview/BackgroundTask.h"
 
 #include <memory>
 #include <string>

@@ -1,10 +1,10 @@
 #include "graph/Values.h"
 
-#include "graph/Json.h"
-#include "graph/KindCheck.h"
 #include "graph/Log.h"
+#include "graph/collections/KindCheck.h"
+#include "graph/document/Json.h"
 
-#include "run/NodeError.h"
+#include "run/messages/NodeError.h"
 
 #include <optional>
 #include <set>

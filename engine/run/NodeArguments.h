@@ -1,6 +1,6 @@
 #pragma once
 
-#include "run/Pipeline.h"
+#include "run/plan/Pipeline.h"
 
 #include <cstdint>
 #include <map>

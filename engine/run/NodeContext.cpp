@@ -1,6 +1,6 @@
 #include "run/NodeContext.h"
 
-#include "run/Visible.h"
+#include "run/messages/Visible.h"
 
 #include <system_error>
 

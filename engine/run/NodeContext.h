@@ -1,8 +1,8 @@
 #pragma once
 
-#include "run/Messages.h"
-#include "run/Pipeline.h"
-#include "run/ResultFolder.h"
+#include "run/messages/Messages.h"
+#include "run/plan/Pipeline.h"
+#include "run/results/ResultFolder.h"
 #include "store/FileContent.h"
 #include "store/FileHashes.h"
 

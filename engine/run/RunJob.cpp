@@ -1,6 +1,6 @@
 #include "run/RunJob.h"
 
-#include "run/LastExit.h"
+#include "run/messages/LastExit.h"
 
 #include <utility>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "run/ListenerGate.h"
-#include "run/Messages.h"
 #include "run/RunLedger.h"
 #include "run/Runner.h"
+#include "run/messages/ListenerGate.h"
+#include "run/messages/Messages.h"
 
 #include <velmorak/Mutex.h>
 

@@ -1,7 +1,7 @@
 #include "run/RunLedger.h"
 
 #include "run/NodeContext.h"
-#include "run/Visible.h"
+#include "run/messages/Visible.h"
 
 namespace velmorak {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "run/CrashNote.h"
-#include "run/NodeError.h"
 #include "run/Runner.h"
+#include "run/messages/CrashNote.h"
+#include "run/messages/NodeError.h"
 
 #include <velmorak/Mutex.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "run/Pipeline.h"
-#include "run/RunHistory.h"
+#include "run/plan/Pipeline.h"
+#include "run/results/RunHistory.h"
 #include "store/DiskStore.h"
 #include "store/FileHashes.h"
 #include "store/ResultStore.h"

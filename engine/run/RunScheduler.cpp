@@ -1,7 +1,7 @@
 #include "run/RunScheduler.h"
 
-#include "run/ChunkCheck.h"
-#include "run/MakeRunRecord.h"
+#include "run/pass/ChunkCheck.h"
+#include "run/record/MakeRunRecord.h"
 
 #include <algorithm>
 #include <cstdint>

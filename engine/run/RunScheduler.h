@@ -1,10 +1,10 @@
 #pragma once
 
-#include "run/PassPlanner.h"
-#include "run/ResultCache.h"
 #include "run/RunMemory.h"
 #include "run/RunState.h"
-#include "run/StreamPass.h"
+#include "run/pass/PassPlanner.h"
+#include "run/pass/StreamPass.h"
+#include "run/results/ResultCache.h"
 #include "store/FilePrefetchHasher.h"
 
 #include <cstddef>

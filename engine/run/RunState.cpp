@@ -1,6 +1,6 @@
 #include "run/RunState.h"
 
-#include "run/Visible.h"
+#include "run/messages/Visible.h"
 
 #include <algorithm>
 #include <cstdlib>

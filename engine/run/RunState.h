@@ -2,10 +2,10 @@
 
 #include "run/NodeArguments.h"
 #include "run/NodeContext.h"
-#include "run/NodeError.h"
-#include "run/Plan.h"
 #include "run/RunLedger.h"
 #include "run/RunListener.h"
+#include "run/messages/NodeError.h"
+#include "run/plan/Plan.h"
 
 #include <chrono>
 #include <memory>

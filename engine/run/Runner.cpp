@@ -3,13 +3,13 @@
 #include "executor/PipelineExecutor.h"
 #include "executor/ThreadPool.h"
 #include "executor/WorkerPriority.h"
-#include "run/CrashNote.h"
-#include "run/ResultsPlace.h"
 #include "run/RunJob.h"
 #include "run/RunListener.h"
-#include "run/RunRecordFile.h"
 #include "run/RunScheduler.h"
-#include "run/Summary.h"
+#include "run/messages/CrashNote.h"
+#include "run/record/RunRecordFile.h"
+#include "run/results/ResultsPlace.h"
+#include "run/results/Summary.h"
 
 #include <algorithm>
 #include <atomic>

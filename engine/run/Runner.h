@@ -1,7 +1,7 @@
 #pragma once
 
-#include "run/Pipeline.h"
 #include "run/RunConfig.h"
+#include "run/plan/Pipeline.h"
 
 #include <velmorak/Mutex.h>
 

@@ -1,7 +1,7 @@
 #include "Target.h"
 
-#include "graph/Document.h"
-#include "graph/Json.h"
+#include "graph/document/Document.h"
+#include "graph/document/Json.h"
 
 // A document that can be read is written as a text that reads back as the same document.
 

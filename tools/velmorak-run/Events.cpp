@@ -2,8 +2,8 @@
 
 #include "Settings.h"
 
-#include "run/RunRecordFile.h"
-#include "run/Summary.h"
+#include "run/record/RunRecordFile.h"
+#include "run/results/Summary.h"
 
 #include <nlohmann/json.hpp>
 

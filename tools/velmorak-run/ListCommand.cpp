@@ -1,8 +1,8 @@
 #include "ListCommand.h"
 
 #include "run/NodeContext.h"
-#include "run/Plan.h"
-#include "run/Visible.h"
+#include "run/messages/Visible.h"
+#include "run/plan/Plan.h"
 
 #include <ostream>
 

@@ -1,7 +1,7 @@
 #include "Options.h"
 
 #include "run/Runner.h"
-#include "run/Version.h"
+#include "run/record/Version.h"
 
 #include <velmorak/Value.h>
 

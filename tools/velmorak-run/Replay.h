@@ -1,6 +1,6 @@
 #pragma once
 
-#include "run/RunRecordFile.h"
+#include "run/record/RunRecordFile.h"
 
 #include <filesystem>
 #include <iosfwd>

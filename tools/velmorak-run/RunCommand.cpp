@@ -8,8 +8,8 @@
 #include "TemporaryFolder.h"
 
 #include "graph/ManagerExtensions.h"
-#include "run/ResultsPlace.h"
-#include "run/RunRecordFile.h"
+#include "run/record/RunRecordFile.h"
+#include "run/results/ResultsPlace.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -2,8 +2,8 @@
 #include "StandardOutput.h"
 #include "StopOnSignal.h"
 
-#include "run/NodeError.h"
-#include "run/Visible.h"
+#include "run/messages/NodeError.h"
+#include "run/messages/Visible.h"
 
 #include <exception>
 #include <iostream>

@@ -1,4 +1,4 @@
-#include "graph/BackgroundTask.h"
+#include "graph/preview/BackgroundTask.h"
 
 #include <gtest/gtest.h>
 

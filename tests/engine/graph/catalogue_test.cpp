@@ -1,7 +1,7 @@
 #include "GraphFixture.h"
 
-#include "graph/Catalogue.h"
 #include "graph/LibraryConfig.h"
+#include "graph/collections/Catalogue.h"
 
 #include <cstdlib>
 #include <set>

@@ -1,4 +1,4 @@
-#include "graph/ColumnPreview.h"
+#include "graph/preview/ColumnPreview.h"
 
 #include <gtest/gtest.h>
 

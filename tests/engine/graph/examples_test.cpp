@@ -1,6 +1,6 @@
 #include "GraphFixture.h"
 
-#include "graph/Catalogue.h"
+#include "graph/collections/Catalogue.h"
 
 namespace velmorak::test {
 namespace {

@@ -1,7 +1,7 @@
 #include "GraphFixture.h"
 
-#include "graph/Catalogue.h"
-#include "graph/LoadingNote.h"
+#include "graph/collections/Catalogue.h"
+#include "graph/collections/LoadingNote.h"
 
 #include <fstream>
 

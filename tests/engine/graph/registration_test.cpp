@@ -1,11 +1,11 @@
 #include "GraphFixture.h"
 
-#include "graph/Catalogue.h"
-#include "graph/ColumnDescriptions.h"
 #include "graph/ManagerImpl.h"
 #include "graph/Nodes.h"
 #include "graph/PortChange.h"
 #include "graph/Values.h"
+#include "graph/collections/Catalogue.h"
+#include "graph/preview/ColumnDescriptions.h"
 
 namespace velmorak::test {
 namespace {

@@ -1,8 +1,8 @@
 #include "GraphFixture.h"
 #include "collections/TestCollection.h"
 
-#include "graph/Catalogue.h"
 #include "graph/ManagerExtensions.h"
+#include "graph/collections/Catalogue.h"
 
 #include <dlfcn.h>
 #include <future>

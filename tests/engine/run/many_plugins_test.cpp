@@ -1,7 +1,7 @@
 #include "RunFixture.h"
 
-#include "run/Plan.h"
 #include "run/RunListener.h"
+#include "run/plan/Plan.h"
 
 #include <functional>
 

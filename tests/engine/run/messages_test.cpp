@@ -1,7 +1,7 @@
 #include "RunFixture.h"
 
-#include "run/Messages.h"
-#include "run/Summary.h"
+#include "run/messages/Messages.h"
+#include "run/results/Summary.h"
 
 #include <locale>
 

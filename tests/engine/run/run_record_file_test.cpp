@@ -1,6 +1,6 @@
 #include "RunFixture.h"
 
-#include "run/RunRecordFile.h"
+#include "run/record/RunRecordFile.h"
 
 #include <nlohmann/json.hpp>
 

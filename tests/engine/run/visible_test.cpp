@@ -1,4 +1,4 @@
-#include "run/Visible.h"
+#include "run/messages/Visible.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,181 @@
+#include "graph/collections/Collections.h"
+
+#include "graph/Log.h"
+#include "graph/collections/KindCheck.h"
+#include "graph/collections/LoadingNote.h"
+#include "graph/collections/SharedObject.h"
+#include "graph/document/Json.h"
+
+#include "run/messages/NodeError.h"
+
+#include <algorithm>
+#include <set>
+#include <stdexcept>
+#include <tuple>
+
+namespace velmorak {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Factory = void (*)(Registry&);
+
+/// Receives the kinds of one collection; reports and skips those that cannot be offered.
+class KindRegistry : public Registry {
+public:
+    KindRegistry(fs::path sharedObject, std::string firstGroup);
+
+    void group(const std::string& name) override { currentGroup = name; }
+    void add(std::unique_ptr<Kind> kind) override;
+
+    std::vector<OfferedKind> takeKinds() { return std::move(kinds); }
+
+private:
+    void refuse(const std::string& name, const std::string& reason) const;
+    std::string whyRefused(const Kind& kind, const QzKind& record) const;
+
+    fs::path object;
+    std::string currentGroup;
+    std::vector<OfferedKind> kinds;
+};
+
+KindRegistry::KindRegistry(fs::path sharedObject, std::string firstGroup)
+    : object(std::move(sharedObject)), currentGroup(std::move(firstGroup)) {}
+
+void KindRegistry::add(std::unique_ptr<Kind> kind) {
+    if (!kind) {
+        refuse("", "it is null");
+        return;
+    }
+    QzKind record;
+    std::string reason;
+    const std::optional<NodeError> error = errorIn([&] {
+        record.name = kind->name();
+        record.summary = validUtf8(kind->summary());
+        reason = whyRefused(*kind, record);
+    });
+    if (error) {
+        reason = withoutFullStop(error->sentence);
+    }
+    if (!reason.empty()) {
+        refuse(record.name, reason);
+        return;
+    }
+    record.group = currentGroup;
+    record.library = object.string();
+    record.directory = object.parent_path().string() + '/';
+    record.id = record.group + '/' + record.name;
+    kinds.push_back({std::move(record), std::move(kind)});
+}
+
+std::string KindRegistry::whyRefused(const Kind& kind, const QzKind& record) const {
+    if (const std::string reason = nameError(record.name); !reason.empty()) {
+        return "its name " + quotedName(record.name) + ' ' + reason;
+    }
+    if (const std::string reason = groupNameError(currentGroup); !reason.empty()) {
+        return "the name " + quotedName(currentGroup) + " of its group " + reason;
+    }
+    return portsError(kind.ports({}));
+}
+
+void KindRegistry::refuse(const std::string& name, const std::string& reason) const {
+    const std::string subject = nameError(name).empty() ? "The kind " + name : "A kind";
+    printMessage(subject + " of the collection " + object.string() + " is skipped: " + reason + ".");
+}
+
+/// The library stays loaded to the end of the program, even when it is skipped: threads that it has started may still
+/// run.
+std::vector<OfferedKind> kindsOf(const fs::path& object, const std::string& factory) {
+    void* const library = loadSharedObject(object);
+    const std::string madeWith = static_cast<const char*>(symbolIn(library, "velmorakSdkHeaders"));
+    if (madeWith != VELMORAK_SDK_VERSION) {
+        throw std::runtime_error("it was built with version " + madeWith +
+                                 " of the SDK, and this library with " VELMORAK_SDK_VERSION "; rebuild it");
+    }
+    const auto call = reinterpret_cast<Factory>(symbolIn(library, factory.c_str()));
+    KindRegistry intake(object, object.stem().string());
+    call(intake);
+    return intake.takeKinds();
+}
+
+/// Shared objects `<folder>/<Name>/<Name>.so`, by name.
+std::vector<fs::path> objectsIn(const fs::path& folder) {
+    std::vector<fs::path> found;
+    std::error_code error;
+    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+        const fs::path object = at->path() / (at->path().filename().string() + ".so");
+        std::error_code missing;
+        if (fs::is_regular_file(object, missing)) {
+            found.push_back(fs::absolute(object));
+        }
+    }
+    std::ranges::sort(found);
+    return found;
+}
+
+class Loader {
+public:
+    Loader(fs::path notes, std::string factory) : notes(std::move(notes)), factory(std::move(factory)) {}
+
+    void load(const fs::path& object);
+    std::vector<OfferedKind> takeSorted();
+
+private:
+    void add(OfferedKind offered);
+
+    fs::path notes;
+    std::string factory;
+    std::set<fs::path> loaded;
+    std::set<std::string> names;
+    std::vector<OfferedKind> kinds;
+};
+
+void Loader::load(const fs::path& object) {
+    if (!loaded.insert(fs::weakly_canonical(object)).second) {
+        return;
+    }
+    const LoadingNote note(notes, object);
+    if (note.isOfAnEndedProgram()) {
+        printMessage("The collection " + object.string() +
+                     " is skipped: a program ended while it was loading it. Replace the file, or remove " +
+                     note.file().string() + " to have it loaded again.");
+        return;
+    }
+    std::vector<OfferedKind> offered;
+    if (const std::optional<NodeError> error = errorIn([&] { offered = kindsOf(object, factory); })) {
+        printMessage("The collection " + object.string() + " is skipped: " + withoutFullStop(error->sentence) + ".");
+    }
+    for (OfferedKind& each : offered) {
+        add(std::move(each));
+    }
+}
+
+void Loader::add(OfferedKind offered) {
+    const std::string& name = offered.record.name;
+    if (!names.insert(name).second) {
+        printMessage("The kind " + name + " of the collection " + offered.record.library +
+                     " is skipped: another kind has that name.");
+    } else {
+        kinds.push_back(std::move(offered));
+    }
+}
+
+std::vector<OfferedKind> Loader::takeSorted() {
+    std::ranges::sort(kinds, {}, [](const OfferedKind& each) { return std::tie(each.record.group, each.record.name); });
+    return std::move(kinds);
+}
+
+}  // namespace
+
+std::vector<OfferedKind> loadCollections(const std::vector<fs::path>& folders, const fs::path& notes,
+                                         const std::string& factory) {
+    Loader loader(notes, factory);
+    for (const fs::path& folder : folders) {
+        for (const fs::path& object : objectsIn(folder)) {
+            loader.load(object);
+        }
+    }
+    return loader.takeSorted();
+}
+
+}  // namespace velmorak

@@ -1,0 +1,166 @@
+#include "run/pass/SourceSet.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velmorak {
+
+using Clock = std::chrono::steady_clock;
+
+struct SourceSet::Segment {
+    std::size_t source = 0;
+    std::unique_ptr<TableReader> reader;
+    std::optional<ChunkCheck> check;     ///< As soon as there is a reader.
+    std::atomic<bool> isClosed = false;  ///< No operator needs more of its rows.
+    std::uint64_t rows = 0;
+    std::chrono::nanoseconds time{0};
+    std::chrono::nanoseconds timeCompleting{0};  ///< Of committed chunks.
+};
+
+SourceSet::SourceSet(RunState& state, const std::vector<std::size_t>& sources) : state(state) {
+    for (const std::size_t source : sources) {
+        segments.push_back(std::make_unique<Segment>());
+        segments.back()->source = source;
+    }
+}
+
+SourceSet::~SourceSet() = default;
+
+bool SourceSet::open() {
+    for (const auto& segment : segments) {
+        open(*segment);
+        if (!segment->reader) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void SourceSet::open(Segment& segment) {
+    const Stopwatch watch(state, segment.source);
+    NodeContext& context = *state.runs[segment.source].context;
+    const auto* kind = dynamic_cast<const Source*>(state.node(segment.source).kind);
+    const std::optional<NodeError> error = state.call(segment.source, [&] {
+        const NodeArguments arguments = state.arguments(segment.source);
+        for (const std::filesystem::path& file : kind->files(arguments, context)) {
+            context.watch(file.string());
+        }
+        segment.reader = mustBe(kind->open(arguments, context), "reader");
+        segment.check.emplace(segment.reader->schema());
+    });
+    if (error) {
+        segment.reader.reset();
+        state.fail(segment.source, *error);
+    }
+}
+
+bool SourceSet::read(ChunkTask& task) {
+    if (readError || hasCommitError) {
+        return false;
+    }
+    task.chunk = {};
+    while (position < segments.size() && !readInto(task.chunk)) {
+        if (readError || ++position == segments.size()) {
+            return false;
+        }
+        task.chunk = {};
+    }
+    if (position == segments.size()) {
+        return false;
+    }
+    Segment& segment = *segments[position];
+    task.segment = position;
+    task.chunk.number = chunks++;
+    task.chunk.firstRow = segment.rows;
+    task.isComplete = false;
+    task.error.reset();
+    task.timeCompleting = {};
+    segment.rows += task.chunk.rows;
+    return true;
+}
+
+bool SourceSet::readInto(Chunk& chunk) {
+    Segment& segment = *segments[position];
+    if (segment.isClosed) {
+        return false;
+    }
+    const Clock::time_point begin = Clock::now();
+    bool hasRows = false;
+    readError = state.call(segment.source, [&] {
+        hasRows = segment.reader->next(chunk);
+        if (hasRows) {
+            segment.check->checkRows(chunk);
+        }
+    });
+    segment.time += Clock::now() - begin;
+    return hasRows && !readError;
+}
+
+bool SourceSet::complete(ChunkTask& task) const {
+    if (!task.isComplete) {
+        const Clock::time_point begin = Clock::now();
+        Segment& segment = *segments[task.segment];
+        task.error = state.call(segment.source, [&] {
+            const std::size_t rows = task.chunk.rows;
+            segment.reader->complete(task.chunk);
+            task.chunk.rows = rows;  // They are counted already.
+            segment.check->check(task.chunk);
+        });
+        task.isComplete = true;
+        task.timeCompleting = Clock::now() - begin;
+    }
+    return !task.error;
+}
+
+bool SourceSet::commit(ChunkTask& task) {
+    segments[task.segment]->timeCompleting += task.timeCompleting;
+    if (task.error && !commitError) {
+        commitError = std::move(task.error);
+        segmentOfCommitError = task.segment;
+        hasCommitError = true;
+    }
+    return !commitError;
+}
+
+void SourceSet::close(std::size_t segment) {
+    segments[segment]->isClosed = true;
+}
+
+bool SourceSet::finish() {
+    for (const auto& segment : segments) {
+        state.runs[segment->source].report.rowsOut = segment->rows;
+        state.addSeconds(segment->source, segment->time + segment->timeCompleting);
+    }
+    if (commitError) {
+        state.fail(segments[segmentOfCommitError]->source, *commitError);
+    } else if (readError) {
+        state.fail(segments[std::min(position, segments.size() - 1)]->source, *readError);
+    }
+    return !commitError && !readError;
+}
+
+void SourceSet::pass() {
+    for (const auto& segment : segments) {
+        state.pass(segment->source);
+    }
+}
+
+const Schema& SourceSet::schema(std::size_t segment) const {
+    return segments[segment]->check->schema();
+}
+
+std::size_t SourceSet::currentSource() const {
+    return segments[position]->source;
+}
+
+std::uint64_t SourceSet::rowsOfCurrent() const {
+    return segments[position]->rows;
+}
+
+std::optional<double> SourceSet::fraction() {
+    std::optional<double> read;
+    readError = state.call(currentSource(), [&] { read = segments[position]->reader->fraction(); });
+    return read;
+}
+
+}  // namespace velmorak

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "run/RunState.h"
+#include "run/pass/ChunkCheck.h"
+#include "run/pass/ChunkTask.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace velmorak {
+
+/// The sources of one stream. Their rows follow each other in segments, one for each time that a source is read: a
+/// concatenation that takes a table twice has two segments of one source. Chunks are numbered through all segments,
+/// rows within each.
+///
+/// Threads: open, read and fraction are called by one thread at a time; so are commit, close and finish. complete may
+/// be called by several threads at once, for different chunks.
+class SourceSet {
+public:
+    /// @param state outlives this.
+    /// @param sources nodes in the order of their rows; one may occur twice.
+    SourceSet(RunState& state, const std::vector<std::size_t>& sources);
+    ~SourceSet();
+
+    /// @return false when a source cannot be opened; its node has then failed.
+    bool open();
+    /// Reads the next chunk that is wanted, perhaps without its columns. @return false when there is none, or a source
+    /// has failed.
+    bool read(ChunkTask& task);
+    /// Makes the columns, unless that was done for an earlier operator. @return false when the source could not.
+    bool complete(ChunkTask& task) const;
+
+    /// Takes over the times and the error of a chunk, in chunk order. @return false after an error.
+    bool commit(ChunkTask& task);
+    /// The rest of the segment is not read.
+    void close(std::size_t segment);
+    /// The error ends the sources where they are being read now.
+    void fail(const NodeError& error) { readError = error; }
+    /// Reports rows and times. @return false after an error, with the node failed.
+    bool finish();
+    /// Marks all sources as passed to their ends.
+    void pass();
+
+    std::size_t size() const { return segments.size(); }
+    const Schema& schema(std::size_t segment) const;
+    /// The segment being read.
+    std::size_t current() const { return position; }
+    std::size_t currentSource() const;
+    std::uint64_t rowsOfCurrent() const;
+    /// Fraction of the current segment that is read; nothing when the source cannot say.
+    std::optional<double> fraction();
+
+private:
+    struct Segment;
+
+    void open(Segment& segment);
+    bool readInto(Chunk& chunk);
+
+    RunState& state;
+    std::vector<std::unique_ptr<Segment>> segments;
+    std::size_t position = 0;
+    std::uint64_t chunks = 0;
+    std::optional<NodeError> readError;
+    std::optional<NodeError> commitError;  ///< Of a source that could not complete a chunk; the first in chunk order.
+    std::size_t segmentOfCommitError = 0;
+    std::atomic<bool> hasCommitError = false;
+};
+
+}  // namespace velmorak

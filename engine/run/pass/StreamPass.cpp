@@ -1,0 +1,88 @@
+#include "run/pass/StreamPass.h"
+
+#include "run/results/Summary.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace velmorak {
+
+StreamPass::StreamPass(RunState& state, const std::vector<std::size_t>& sources,
+                       const std::vector<OperatorInstance>& operators)
+    : state(state),
+      sources(state, sources),
+      chain(state, this->sources, operators),
+      chunks(state, this->sources, chain) {}
+
+void StreamPass::execute(Executor& executor) {
+    ++state.passes;
+    if (!sources.open()) {
+        return;
+    }
+    chain.prepare();
+    if (!chain.hasWork() || state.isStopping()) {
+        return;
+    }
+    for (std::size_t i = 0; i < executor.maxInFlight(); ++i) {
+        tasks.push_back(std::make_unique<ChunkTask>());
+    }
+    if (const std::optional<NodeError> error = errorIn([&] { executor.run(stages()); })) {
+        sources.fail(*error);
+    }
+    state.messages.endProgress();
+    chunks.finish();
+}
+
+StagePipeline StreamPass::stages() {
+    StagePipeline pipeline;
+    pipeline.load = [this](std::size_t slot) { return read(*tasks[slot]); };
+    const std::size_t count = chain.stages();
+    for (std::size_t stage = 0; stage < count; ++stage) {
+        if (stage > 0) {
+            pipeline.stages.push_back({true, [this, stage](std::size_t slot) { chain.count(*tasks[slot], stage); }});
+        }
+        pipeline.stages.push_back({false, [this, stage, count](std::size_t slot) {
+                                       chain.execute(*tasks[slot], stage);
+                                       if (stage + 1 == count) {
+                                           OperatorChain::release(*tasks[slot]);
+                                       }
+                                   }});
+    }
+    pipeline.stages.push_back({true, [this](std::size_t slot) { chunks.commit(*tasks[slot]); }});
+    return pipeline;
+}
+
+bool StreamPass::read(ChunkTask& task) {
+    if (state.isStopping() || !chain.hasWork() || !sources.read(task)) {
+        return false;
+    }
+    task.outputs.clear();
+    task.outputs.resize(chain.size());
+    showProgress();
+    return true;
+}
+
+void StreamPass::showProgress() {
+    const bool isLineDue = state.messages.isProgressDue();
+    const bool isListening = state.listener && state.listener->isProgressDue();
+    if (!isLineDue && !isListening) {
+        return;
+    }
+    ProgressNow now{state.node(sources.currentSource()).name, state.passes, sources.rowsOfCurrent(),
+                    chain.fraction(sources.current(), sources.fraction()), 0.0};
+    if (now.fraction) {
+        const double done = static_cast<double>(sources.current()) + std::clamp(*now.fraction, 0.0, 1.0);
+        fractionShown = std::max(fractionShown, done / static_cast<double>(sources.size()));
+        now.fraction = fractionShown;
+    }
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - began;
+    now.seconds = elapsed.count();
+    if (isLineDue) {
+        state.messages.showProgress(progressText(now));
+    }
+    if (isListening) {
+        state.listener->progressed(now);
+    }
+}
+
+}  // namespace velmorak

@@ -1,0 +1,166 @@
+#include "run/results/ResultCache.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace velmorak {
+
+ResultCache::ResultCache(RunState& state, ResultStore& store, FileHashes& hashes)
+    : state(state),
+      store(store),
+      hashes(hashes),
+      runNumber(store.beginRun()),
+      keys(cacheKeys(state)),
+      isStored(state.runs.size(), false),
+      files(state.runs.size()),
+      asked(state.runs.size()),
+      written(state.runs.size()) {}
+
+bool ResultCache::reuse(std::size_t position) {
+    if (!keys[position]) {
+        return false;
+    }
+    std::optional<StoredResult> stored = store.find(*keys[position]);
+    if (!stored || !isValid(*stored) || !claims(position, *stored)) {
+        return false;
+    }
+    isStored[position] = true;
+    files[position] = std::move(stored->files);
+    asked[position] = std::move(stored->asked);
+    written[position] = std::move(stored->written);
+    state.finish(position, NodeStatus::Reused, std::move(stored->outputs));
+    return true;
+}
+
+bool ResultCache::isValid(const StoredResult& stored) {
+    const auto isUnchanged = [this](const FileContent& file) { return contentOf(file.file) == file.digest; };
+    const auto isStillThere = [this](const FileContent& file) { return resultContentOf(*file.file) == file.digest; };
+    return std::all_of(stored.files.begin(), stored.files.end(), isUnchanged) &&
+           std::all_of(stored.written.begin(), stored.written.end(), isStillThere);
+}
+
+bool ResultCache::claims(std::size_t position, const StoredResult& stored) {
+    const std::optional<NodeError> error = errorIn([&] {
+        for (const FileContent& file : stored.written) {
+            state.results.claim(state.node(position).name, *file.file);
+        }
+    });
+    return !error;
+}
+
+std::optional<Digest> ResultCache::contentOf(const NamedFile& file) {
+    return hashes.of(resolved(state.pipeline, file), state.stopping);
+}
+
+std::optional<Digest> ResultCache::resultContentOf(const std::string& fileName) {
+    std::optional<Digest> digest;
+    const std::optional<NodeError> refusal =
+        errorIn([&] { digest = hashes.of(state.results.place(fileName), state.stopping); });
+    return refusal ? std::nullopt : digest;
+}
+
+void ResultCache::keep(const std::vector<std::size_t>& finished) {
+    for (const std::size_t position : finished) {
+        const NodeRun& run = state.runs[position];
+        if (!run.isNeeded || isStored[position] || !(run.isFinal || run.hasStreamed)) {
+            continue;
+        }
+        isStored[position] = true;
+        keep(position);
+    }
+}
+
+void ResultCache::keep(std::size_t position) {
+    const bool hasFiles = collectFiles(position);
+    const NodeRun& run = state.runs[position];
+    const bool isComplete = run.hasStreamed || run.report.status == NodeStatus::Done;
+    if (!isComplete || !hasFiles || !keys[position] || state.plan.isRunReporter(position) ||
+        state.hasFailed(position) || !collectWritten(position)) {
+        return;
+    }
+    std::string reason;
+    const std::optional<NodeError> error = errorIn([&] {
+        reason = store.keep(runNumber, *keys[position],
+                            {run.report.outputs, *files[position], asked[position], written[position]});
+    });
+    if (error || !reason.empty()) {
+        state.messages.line(titleOf(state.node(position)) +
+                            ": result not cached: " + (error ? error->sentence : reason));
+    }
+}
+
+bool ResultCache::collectFiles(std::size_t position) {
+    std::vector<FileContent> all;
+    bool isWhole = true;
+    for (const AskedFile& file : state.runs[position].context->askedFiles()) {
+        const std::optional<Digest> digest = contentOf(file.file);
+        // A file that has changed since the node opened it may differ from what the result was made from.
+        if (digest && stampOf(resolved(state.pipeline, file.file)) == file.stamp) {
+            asked[position].push_back({file.file, *digest});
+        } else {
+            isWhole = false;
+        }
+    }
+    for (const std::size_t upstream : state.plan.upstream(position)) {
+        if (files[upstream]) {
+            all.insert(all.end(), files[upstream]->begin(), files[upstream]->end());
+        }
+        isWhole = isWhole && files[upstream];
+    }
+    all.insert(all.end(), asked[position].begin(), asked[position].end());
+    std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.file < b.file; });
+    all.erase(std::unique(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.file == b.file; }),
+              all.end());
+    files[position] = isWhole ? std::optional(std::move(all)) : std::nullopt;
+    return isWhole;
+}
+
+std::vector<FileContent> ResultCache::filesOf(const std::vector<std::size_t>& positions) {
+    std::map<NamedFile, Digest> all;
+    for (const std::size_t position : positions) {
+        if (files[position]) {
+            for (const FileContent& file : *files[position]) {
+                all[file.file] = file.digest;
+            }
+        }
+        for (const AskedFile& file : state.runs[position].context->askedFiles()) {
+            all[file.file] = contentOf(file.file).value_or(Digest{});
+        }
+    }
+    // The same file may appear by alias and by resolved path; keep one.
+    std::set<std::string> paths;
+    for (const auto& [file, digest] : all) {
+        const std::string path = resolved(state.pipeline, file).string();
+        if (file != path) {
+            paths.insert(path);
+        }
+    }
+    std::vector<FileContent> contents;
+    for (const auto& [file, digest] : all) {
+        if (!file || !paths.contains(*file)) {
+            contents.push_back({file, digest});
+        }
+    }
+    return contents;
+}
+
+bool ResultCache::collectWritten(std::size_t position) {
+    const auto left = state.results.writtenBy(state.node(position).name);
+    if (!left) {
+        return false;
+    }
+    for (const WrittenFile& file : *left) {
+        const std::optional<Digest> digest = hashes.of(file.path, state.stopping);
+        const std::optional<FileStamp> now = stampOf(file.path);
+        // Another program may have replaced the file meanwhile.
+        if (!digest || !now || !hasSameContent(*now, file.stamp)) {
+            return false;
+        }
+        written[position].push_back({file.fileName, *digest});
+    }
+    return true;
+}
+
+}  // namespace velmorak
