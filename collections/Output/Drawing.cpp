@@ -3,6 +3,7 @@
 #include "Gnuplot.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/TemporaryFolder.h>
 
 #include <algorithm>
 #include <fstream>
@@ -73,7 +74,7 @@ std::string drawnSvg(const std::vector<PlotObject>& objects, RunContext& context
     for (const std::string& warning : contents.warnings) {
         context.warn(warning);
     }
-    const TemporaryFolder scratch;
+    const TemporaryFolder scratch("plot");
     drawInto(scratch.path(), files, style, context);
     return readText(scratch.path() / "picture.svg");
 }

@@ -140,20 +140,6 @@ std::string asOneLine(std::string text) {
 
 }  // namespace
 
-TemporaryFolder::TemporaryFolder() {
-    std::error_code error;
-    std::string pattern = (std::filesystem::temp_directory_path(error) / "velmorak-plot-XXXXXX").string();
-    if (error || !mkdtemp(pattern.data())) {
-        throw Failure("cannot create a folder for temporary files");
-    }
-    folder = pattern;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-}
-
 void runGnuplot(const std::filesystem::path& folder, const std::string& script, const RunContext& context) {
     Pipe errors;
     Child child(folder, script, errors);

@@ -5,6 +5,8 @@
 #include "PlotValues.h"
 #include "Ports.h"
 
+#include <velmorak/TemporaryFolder.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -47,7 +49,7 @@ void draw(PlotContents& contents, const PlotStyle& style, const std::string& res
     for (const std::string& warning : contents.warnings) {
         context.warn(warning);
     }
-    const TemporaryFolder scratch;
+    const TemporaryFolder scratch("plot");
     drawInto(scratch.path(), files, style, context);
     std::vector<std::string> endings = {"dat", "gp"};
     endings.insert(endings.end(), style.formats.begin(), style.formats.end());

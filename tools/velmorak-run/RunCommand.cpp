@@ -5,16 +5,19 @@
 #include "Replay.h"
 #include "Settings.h"
 #include "StopOnSignal.h"
-#include "TemporaryFolder.h"
 
 #include "graph/ManagerExtensions.h"
 #include "run/record/RunRecordFile.h"
 #include "run/results/ResultsPlace.h"
 
+#include <velmorak/Failure.h>
+#include <velmorak/TemporaryFolder.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace {
@@ -138,8 +141,11 @@ ExitStatus runDocument(QzManager& manager, const Options& options, StopOnSignal&
 ExitStatus repeat(QzManager& manager, const Options& options, const velmorak::StoredRunRecord& record,
                   StopOnSignal& signals, std::ostream& output) {
     const StopOnSignal::Stoppable stoppable(signals, [&manager] { manager.Stop(); });
-    const TemporaryFolder temporary;
-    const fs::path results = options.resultsFolder.empty() ? temporary.path() : fs::absolute(options.resultsFolder);
+    std::optional<velmorak::TemporaryFolder> temporary;
+    if (options.resultsFolder.empty()) {
+        temporary.emplace("again");
+    }
+    const fs::path results = temporary ? temporary->path() : fs::absolute(options.resultsFolder);
     velmorak::setResultsFolder(manager, results);
     velmorak::recordSettings(manager, record.settings);
     const ExitStatus status = runOnce(manager, signals);
