@@ -1,10 +1,11 @@
 #include <velmorak/Histogram1D.h>
 
+#include <velmorak/Mutex.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <limits>
-#include <mutex>
 #include <stdexcept>
 
 namespace velmorak {
@@ -165,8 +166,8 @@ public:
 private:
     const EdgeTables& make(const Axis& axis) const;
 
-    mutable std::mutex mutex;
-    mutable std::unique_ptr<const EdgeTables> owned;
+    mutable Mutex mutex;
+    mutable std::unique_ptr<const EdgeTables> owned VELMORAK_GUARDED_BY(mutex);
     mutable std::atomic<const EdgeTables*> made = nullptr;
 };
 
@@ -179,7 +180,7 @@ const EdgeTables& AxisTables::of(const Axis& axis) const {
 }
 
 const EdgeTables& AxisTables::make(const Axis& axis) const {
-    const std::scoped_lock lock(mutex);
+    const MutexLock lock(mutex);
     if (!owned) {
         owned = std::make_unique<const EdgeTables>(equalEdges(axis.bins(), axis.low(), axis.high()), true);
         made.store(owned.get(), std::memory_order_release);

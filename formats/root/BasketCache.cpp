@@ -15,7 +15,7 @@ BasketCache::BasketPtr BasketCache::get(const void* key, const std::function<Bas
     std::shared_future<BasketPtr> basket;
     bool isMine = false;
     {
-        const std::scoped_lock lock(mutex);
+        const MutexLock lock(mutex);
         const auto found =
             std::find_if(slots.begin(), slots.end(), [key](const Slot& slot) { return slot.key == key; });
         if (found != slots.end()) {

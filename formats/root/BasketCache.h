@@ -2,11 +2,12 @@
 
 #include "root/Basket.h"
 
+#include <velmorak/Mutex.h>
+
 #include <functional>
 #include <future>
 #include <list>
 #include <memory>
-#include <mutex>
 
 namespace velmorak::root {
 
@@ -26,8 +27,8 @@ private:
         std::shared_future<BasketPtr> basket;
     };
 
-    std::mutex mutex;
-    std::list<Slot> slots;  ///< Most recently used first.
+    Mutex mutex;
+    std::list<Slot> slots VELMORAK_GUARDED_BY(mutex);  ///< Most recently used first.
 };
 
 }  // namespace velmorak::root

@@ -45,7 +45,7 @@ void Events::began(const velmorak::Pipeline& pipeline, int threads) {
 
 bool Events::isProgressDue() {
     constexpr std::chrono::milliseconds pause{100};
-    const std::scoped_lock lock(mutex);
+    const velmorak::MutexLock lock(mutex);
     return Clock::now() - lastProgress >= pause;
 }
 
@@ -59,7 +59,7 @@ void Events::progressed(const velmorak::ProgressNow& now) {
                   {"seconds", now.seconds},
                   {"rowsPerSecond", rate},
                   {"secondsLeft", orNull(velmorak::secondsLeft(now))}}));
-    const std::scoped_lock lock(mutex);
+    const velmorak::MutexLock lock(mutex);
     lastProgress = Clock::now();
 }
 
@@ -81,7 +81,7 @@ void Events::ended(const velmorak::RunReport& report) {
 }
 
 void Events::write(const std::string& line) {
-    const std::scoped_lock lock(mutex);
+    const velmorak::MutexLock lock(mutex);
     if (!isComplete()) {
         return;
     }

@@ -2,9 +2,10 @@
 
 #include "run/RunListener.h"
 
+#include <velmorak/Mutex.h>
+
 #include <chrono>
 #include <fstream>
-#include <mutex>
 #include <ostream>
 #include <string>
 
@@ -33,6 +34,6 @@ private:
     std::ofstream file;
     std::ostream& stream;
     std::string reason;
-    std::mutex mutex;
-    Clock::time_point lastProgress{};
+    velmorak::Mutex mutex;
+    Clock::time_point lastProgress VELMORAK_GUARDED_BY(mutex){};
 };

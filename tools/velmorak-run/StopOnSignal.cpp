@@ -58,18 +58,18 @@ StopOnSignal::~StopOnSignal() {
 }
 
 StopOnSignal::Stoppable::Stoppable(StopOnSignal& signals, std::function<void()> stop) : signals(signals) {
-    const std::scoped_lock lock(signals.mutex);
+    const velmorak::MutexLock lock(signals.mutex);
     signals.stop = std::move(stop);
 }
 
 StopOnSignal::Stoppable::~Stoppable() {
-    const std::scoped_lock lock(signals.mutex);
+    const velmorak::MutexLock lock(signals.mutex);
     signals.stop = nullptr;
 }
 
 /// Before the run nothing has been written: the program may end while it reads a document.
 void StopOnSignal::callStop() {
-    const std::scoped_lock lock(mutex);
+    const velmorak::MutexLock lock(mutex);
     if (!stop && !asked) {
         endUnstarted();
     }

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <velmorak/Mutex.h>
+
 #include <atomic>
 #include <functional>
-#include <mutex>
 #include <thread>
 
 /// Stops the run on SIGINT, SIGTERM, or when the time limit has passed. It waits for signals on a separate thread,
@@ -42,8 +43,8 @@ private:
     void stopUntilOver(bool isSignalled);
     void callStop();
 
-    std::mutex mutex;            ///< Guards stop, also while it is called.
-    std::function<void()> stop;  ///< Empty when a signal must end the program.
+    velmorak::Mutex mutex;                                  ///< Held also while stop is called.
+    std::function<void()> stop VELMORAK_GUARDED_BY(mutex);  ///< Empty when a signal must end the program.
     double timeoutSeconds;
     std::atomic<bool> asked = false;
     std::atomic<bool> isOver = false;

@@ -1,5 +1,6 @@
 #include "aida/text/RowBlocks.h"
 
+#include <velmorak/Mutex.h>
 #include <velmorak/Tasks.h>
 
 #include <algorithm>
@@ -20,37 +21,36 @@ void RowBlocks::Block::scanFrom(std::size_t begin) {
     rows.scan(bytes.data() + begin, size - begin);
 }
 
-/// State shared by the reader's thread and its helper tasks. The lock is not held while reading or scanning.
+/// State shared by the reader's thread and its helper tasks. The mutex is not held while reading or scanning.
 struct RowBlocks::Shared {
-    using Lock = std::unique_lock<std::mutex>;
-
     Shared(TextInput& stream, std::vector<PlainColumn> layout, std::size_t maxBlocks);
 
-    bool mayRead() const { return !isReading && !isAtEnd && blocks.size() < maxBlocks; }
-    Block* firstUnscanned() const;
+    bool mayRead() const VELMORAK_REQUIRES(mutex) { return !isReading && !isAtEnd && blocks.size() < maxBlocks; }
+    Block* firstUnscanned() const VELMORAK_REQUIRES(mutex);
     /// @return false if there is nothing to do.
-    bool work(Lock& lock, bool isReadingFirst);
-    void read(Lock& lock);
-    void scan(Lock& lock, Block& block);
+    bool work(bool isReadingFirst) VELMORAK_REQUIRES(mutex);
+    void read() VELMORAK_REQUIRES(mutex);
+    void scan(Block& block) VELMORAK_REQUIRES(mutex);
     void fill(Block& block);
-    void help();
-    void callHelpers(const std::shared_ptr<Shared>& self, std::size_t most);
-    void forgetText();
+    void help() VELMORAK_EXCLUDES(mutex);
+    /// @param self this.
+    void callHelpers(const std::shared_ptr<Shared>& self, std::size_t most) VELMORAK_REQUIRES(mutex);
+    void forgetText() VELMORAK_REQUIRES(mutex);
 
     TextInput& stream;
     const std::vector<PlainColumn> layout;
     const std::size_t maxBlocks;
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::deque<std::unique_ptr<Block>> blocks;   ///< In the order of the text.
-    std::vector<std::unique_ptr<Block>> unused;  ///< For reuse.
-    std::vector<char> rest;   ///< Of the last block, after its last row. Accessed by the reading thread.
-    bool isDrained = false;   ///< The stream is at its end. Accessed by the reading thread.
-    std::size_t helpers = 0;  ///< Tasks that were spawned and have not ended.
-    std::size_t busy = 0;     ///< Helper tasks that are running.
-    bool isReading = false;
-    bool isAtEnd = false;
-    bool isClosed = false;
+    Mutex mutex;
+    ConditionVariable changed;
+    std::deque<std::unique_ptr<Block>> blocks VELMORAK_GUARDED_BY(mutex);   ///< In the order of the text.
+    std::vector<std::unique_ptr<Block>> unused VELMORAK_GUARDED_BY(mutex);  ///< For reuse.
+    std::vector<char> rest;  ///< Of the last block, after its last row. Accessed by the reading thread.
+    bool isDrained = false;  ///< The stream is at its end. Accessed by the reading thread.
+    std::size_t helpers VELMORAK_GUARDED_BY(mutex) = 0;  ///< Tasks that were spawned and have not ended.
+    std::size_t busy VELMORAK_GUARDED_BY(mutex) = 0;     ///< Helper tasks that are running.
+    bool isReading VELMORAK_GUARDED_BY(mutex) = false;
+    bool isAtEnd VELMORAK_GUARDED_BY(mutex) = false;
+    bool isClosed VELMORAK_GUARDED_BY(mutex) = false;
 };
 
 RowBlocks::Shared::Shared(TextInput& stream, std::vector<PlainColumn> layout, std::size_t maxBlocks)
@@ -62,37 +62,37 @@ RowBlocks::Block* RowBlocks::Shared::firstUnscanned() const {
     return found == blocks.end() ? nullptr : found->get();
 }
 
-bool RowBlocks::Shared::work(Lock& lock, bool isReadingFirst) {
+bool RowBlocks::Shared::work(bool isReadingFirst) {
     Block* const block = firstUnscanned();
     if (mayRead() && (isReadingFirst || !block)) {
-        read(lock);
+        read();
     } else if (block) {
-        scan(lock, *block);
+        scan(*block);
     } else {
         return false;
     }
     return true;
 }
 
-void RowBlocks::Shared::read(Lock& lock) {
+void RowBlocks::Shared::read() {
     isReading = true;
     std::unique_ptr<Block> block;
     if (!unused.empty()) {
         block = std::move(unused.back());
         unused.pop_back();
     }
-    lock.unlock();
+    mutex.unlock();
     if (!block) {
         block = std::make_unique<Block>(layout);
     }
     fill(*block);
-    lock.lock();
+    mutex.lock();
     isReading = false;
     isAtEnd = isDrained;
     if (block->size > 0 || block->failure) {
         blocks.push_back(std::move(block));
     }
-    changed.notify_all();
+    changed.notifyAll();
 }
 
 /// Fills a block up to the end of its last row; the rest begins the next block.
@@ -125,24 +125,24 @@ void RowBlocks::Shared::fill(Block& block) {
     std::memset(block.bytes.data() + block.size, 0, plainRowsMargin);
 }
 
-void RowBlocks::Shared::scan(Lock& lock, Block& block) {
+void RowBlocks::Shared::scan(Block& block) {
     block.isBeingScanned = true;
-    lock.unlock();
+    mutex.unlock();
     block.scanFrom(0);
-    lock.lock();
+    mutex.lock();
     block.isBeingScanned = false;
     block.isScanned = true;
-    changed.notify_all();
+    changed.notifyAll();
 }
 
 void RowBlocks::Shared::help() {
-    Lock lock(mutex);
+    const MutexLock lock(mutex);
     ++busy;
-    while (!isClosed && work(lock, true)) {
+    while (!isClosed && work(true)) {
     }
     --busy;
     --helpers;
-    changed.notify_all();
+    changed.notifyAll();
 }
 
 /// Spawns helpers only when half of the blocks are free, so that they do not end and restart for every block.
@@ -164,21 +164,23 @@ RowBlocks::RowBlocks(TextInput& bytes, const std::vector<PlainColumn>& columns) 
 }
 
 RowBlocks::~RowBlocks() {
-    Shared::Lock lock(shared->mutex);
+    const MutexLock lock(shared->mutex);
     shared->isClosed = true;
-    shared->changed.wait(lock, [this] { return shared->busy == 0; });
+    while (shared->busy > 0) {
+        shared->changed.wait(shared->mutex);
+    }
     shared->forgetText();
 }
 
 RowBlocks::Block* RowBlocks::front() {
-    Shared::Lock lock(shared->mutex);
+    const MutexLock lock(shared->mutex);
     shared->callHelpers(shared, threads - 1);
     while (shared->blocks.empty() || !shared->blocks.front()->isScanned) {
         if (shared->blocks.empty() && shared->isAtEnd) {
             return nullptr;
         }
-        if (!shared->work(lock, false)) {
-            shared->changed.wait(lock);
+        if (!shared->work(false)) {
+            shared->changed.wait(shared->mutex);
         }
     }
     Block* const block = shared->blocks.front().get();
@@ -189,7 +191,7 @@ RowBlocks::Block* RowBlocks::front() {
 }
 
 void RowBlocks::pop() {
-    const Shared::Lock lock(shared->mutex);
+    const MutexLock lock(shared->mutex);
     shared->unused.push_back(std::move(shared->blocks.front()));
     shared->blocks.pop_front();
 }

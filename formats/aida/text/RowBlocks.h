@@ -3,18 +3,16 @@
 #include "aida/containers/TextInput.h"
 #include "aida/text/RowFastPath.h"
 
-#include <condition_variable>
 #include <deque>
 #include <exception>
 #include <memory>
-#include <mutex>
 #include <string_view>
 #include <vector>
 
 namespace velmorak::io {
 
 /// The text of a tuple's rows, cut into blocks behind rows, each scanned as if it held plain rows and nothing else. In
-/// a run of several threads, idle ones decompress and scan ahead of what is asked for.
+/// a run of several threads, idle ones decompress and scan ahead of the reader.
 /// Threads: its operations are called by one at a time, which alone sees the block at the front.
 class RowBlocks {
 public:
