@@ -12,7 +12,7 @@ namespace {
 /// Whether the button is still pressed during a motion. The toolkit reports this for the first five buttons only.
 bool isHeld(const GdkEventMotion& motion, unsigned button) {
     constexpr unsigned knownButtons = 5;
-    return button > knownButtons || (motion.state & (GDK_BUTTON1_MASK << (button - 1))) != 0;
+    return button > knownButtons || (motion.state & (static_cast<guint>(GDK_BUTTON1_MASK) << (button - 1))) != 0;
 }
 
 }  // namespace

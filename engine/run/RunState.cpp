@@ -12,7 +12,7 @@ namespace {
 
 bool mayWriteAnywhere() {
     const char* setting = std::getenv("VELMORAK_WRITE_ANYWHERE");
-    return setting && std::string_view(setting) == "1";
+    return setting != nullptr && std::string_view(setting) == "1";
 }
 
 }  // namespace

@@ -11,11 +11,12 @@ namespace {
 enum class Vectors { None, Avx2, Avx512 };
 
 Vectors vectorsOfProcessor() {
-    if (__builtin_cpu_supports("avx2") == 0 || __builtin_cpu_supports("fma") == 0) {
+    if (!static_cast<bool>(__builtin_cpu_supports("avx2")) || !static_cast<bool>(__builtin_cpu_supports("fma"))) {
         return Vectors::None;
     }
-    const bool isWide = __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
-                        __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0;
+    const bool isWide =
+        static_cast<bool>(__builtin_cpu_supports("avx512f")) && static_cast<bool>(__builtin_cpu_supports("avx512bw")) &&
+        static_cast<bool>(__builtin_cpu_supports("avx512dq")) && static_cast<bool>(__builtin_cpu_supports("avx512vl"));
     return isWide ? Vectors::Avx512 : Vectors::Avx2;
 }
 

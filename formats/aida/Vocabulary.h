@@ -92,13 +92,13 @@ constexpr const AidaObjectType* aidaObjectType(std::string_view element) {
 /// @return whether the element is an object of this family.
 constexpr bool isOfFamily(std::string_view element, AidaFamily family) {
     const AidaObjectType* const type = aidaObjectType(element);
-    return type && type->family == family;
+    return type != nullptr && type->family == family;
 }
 
 /// @return whether the element is an object whose contents are rows: a tuple or a cloud.
 constexpr bool isAidaTable(std::string_view element) {
     const AidaObjectType* const type = aidaObjectType(element);
-    return type && type->value == ValueType::Table;
+    return type != nullptr && type->value == ValueType::Table;
 }
 
 /// @return the element of an object; empty if the format has none for so many dimensions.
@@ -113,7 +113,7 @@ constexpr std::string_view aidaElement(AidaFamily family, std::size_t dimensions
 
 /// @return whether the format, or a program that writes it, has such an element.
 constexpr bool isKnownElement(std::string_view name) {
-    return aidaObjectType(name) || std::ranges::binary_search(aidaInnerElements, name);
+    return aidaObjectType(name) != nullptr || std::ranges::binary_search(aidaInnerElements, name);
 }
 
 }  // namespace velmorak::io

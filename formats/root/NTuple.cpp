@@ -101,7 +101,7 @@ std::vector<std::size_t> NTuple::columnsOf(std::size_t field, const NTupleCluste
     std::optional<unsigned> representation;
     for (std::size_t i = 0; i < schema.columns.size(); ++i) {
         // A column that was added later has no pages in earlier clusters: its values there are zero.
-        const bool isThere = !cluster || i >= cluster->columns.size() || !cluster->columns[i].isSuppressed;
+        const bool isThere = cluster == nullptr || i >= cluster->columns.size() || !cluster->columns[i].isSuppressed;
         if (schema.columns[i].field == field && isThere) {
             representation = representation.value_or(schema.columns[i].representation);
             if (schema.columns[i].representation == *representation) {

@@ -83,7 +83,8 @@ inline constexpr SimdKernel kernels[] = {
     {"<=", real, compare<_CMP_LE_OQ>},
     {">", real, compare<_CMP_GT_OQ>},
     {">=", real, compare<_CMP_GE_OQ>},
-    {"&&", boolean, binary<std::uint8_t, [](int x, int y) { return (x != 0) & (y != 0); }>},
+    {"&&", boolean,
+     binary<std::uint8_t, [](int x, int y) { return static_cast<int>(x != 0) & static_cast<int>(y != 0); }>},
     {"||", boolean, binary<std::uint8_t, [](int x, int y) { return (x | y) != 0; }>},
     {"!", boolean, unary<std::uint8_t, [](int x) { return x == 0; }>},
 };

@@ -11,7 +11,7 @@ void ListenerGate::began(const Pipeline& pipeline, int threads) {
 
 bool ListenerGate::isProgressDue() {
     const MutexLock lock(mutex);
-    return listener && listener->isProgressDue();
+    return listener != nullptr && listener->isProgressDue();
 }
 
 void ListenerGate::progressed(const ProgressNow& progress) {

@@ -64,7 +64,7 @@ bool StreamPass::read(ChunkTask& task) {
 
 void StreamPass::showProgress() {
     const bool isLineDue = state.messages.isProgressDue();
-    const bool isListening = state.listener && state.listener->isProgressDue();
+    const bool isListening = state.listener != nullptr && state.listener->isProgressDue();
     if (!isLineDue && !isListening) {
         return;
     }

@@ -68,7 +68,7 @@ Plan::Plan(const Pipeline& pipeline, std::function<bool()> isStopping)
 
 bool Plan::isRunReporter(std::size_t node) const {
     const Kind* kind = pipeline.nodes[node].kind;
-    return kind && kind->isRunReporter();
+    return kind != nullptr && kind->isRunReporter();
 }
 
 bool Plan::isStream(std::size_t node) const {
@@ -197,7 +197,7 @@ bool Plan::carriesTable(const PipelineInput& input) const {
         return false;
     }
     const OutputSpec* output = outputOf(*input.wire);
-    return output && output->type == ValueType::Table && isStream(input.wire->node);
+    return output != nullptr && output->type == ValueType::Table && isStream(input.wire->node);
 }
 
 std::string Plan::validate(std::size_t node) const {

@@ -85,7 +85,8 @@ std::vector<std::size_t> axisOrder(const ParsedObject& parsed, std::size_t dimen
 
 std::size_t dimensionsOf(const ParsedObject& parsed) {
     const AidaObjectType* const type = aidaObjectType(parsed.element);
-    const bool isBinned = type && (type->family == AidaFamily::Histogram || type->family == AidaFamily::Profile);
+    const bool isBinned =
+        type != nullptr && (type->family == AidaFamily::Histogram || type->family == AidaFamily::Profile);
     return isBinned ? type->dimensions : 0;
 }
 

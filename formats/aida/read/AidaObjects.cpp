@@ -34,7 +34,7 @@ std::vector<AidaObject> readAll(const std::filesystem::path& file, const AidaObj
 
 bool fits(const AidaObject& object, ValueType type) {
     const io::AidaObjectType* const known = io::aidaObjectType(object.element);
-    return known && known->value == type;
+    return known != nullptr && known->value == type;
 }
 
 /// @return whether the path, which may be a bare name, refers to the object.

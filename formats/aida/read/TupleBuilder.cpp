@@ -58,7 +58,7 @@ bool TupleBuilder::entry(const char* value) {
     const TupleItem* item = nextItem();
     if (!item) {
         const TupleItem* inside = levels.empty() ? nullptr : levels.back().item;
-        hasExtra = hasExtra || levels.empty() || (inside && !inside->children.empty());
+        hasExtra = hasExtra || levels.empty() || (inside != nullptr && !inside->children.empty());
         return true;
     }
     // A single value in place of nested rows counts as no rows.

@@ -23,6 +23,8 @@ template <typename... Callables>
 struct overloaded : Callables... {
     using Callables::operator()...;
 };
+template <typename... Callables>
+overloaded(Callables...) -> overloaded<Callables...>;
 
 /// Calls the visitor with the object as its concrete class:
 ///     const std::size_t cells = visit(object, overloaded{
