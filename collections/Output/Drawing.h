@@ -13,7 +13,7 @@ namespace velmorak {
 void drawInto(const std::filesystem::path& folder, const PlotFiles& files, const PlotStyle& style,
               const RunContext& context);
 
-/// @return the picture as SVG, as Plot draws it. Reports what is left out as a warning.
+/// @return the picture as SVG, as Plot draws it. Warns about objects that it cannot draw.
 /// @throws as plotContents, plotFiles and drawInto.
 std::string drawnSvg(const std::vector<PlotObject>& objects, RunContext& context);
 

@@ -43,7 +43,8 @@ std::string valueError(const Kind* kind, const InputSpec& spec, const std::strin
         return {};
     }
     if (!takesText(spec)) {
-        return "only a wire can supply a " + std::string(nameOf(spec.type));
+        const std::string wanted = spec.type == ValueType::Any ? "this value" : "a " + std::string(nameOf(spec.type));
+        return "only a wire can supply " + wanted;
     }
     const std::string refusal = value == spec.value ? "" : typeError(spec, value);
     return refusal.empty() ? kindError(*kind, spec, value) : refusal;

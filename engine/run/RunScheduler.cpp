@@ -175,7 +175,7 @@ void RunScheduler::evaluateIfReady(std::size_t position) {
     }
     const std::vector<std::size_t>& upstream = state.plan.upstream(position);
     const auto isStream = [this](std::size_t feeder) { return state.plan.isStream(feeder); };
-    // Wait for all values: which of two failures occurs first depends on what is reused.
+    // Wait for all values: which of two failures occurs first depends on which results are reused.
     if (!std::all_of(upstream.begin(), upstream.end(),
                      [&](std::size_t feeder) { return isStream(feeder) || state.runs[feeder].isFinal; })) {
         return;

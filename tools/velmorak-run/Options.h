@@ -23,6 +23,6 @@ struct Options {
     bool isWhy = false;
 };
 
-/// Parses the command line; prints help, version, or what is wrong.
+/// Parses the command line; prints help, version, or an error.
 /// @return nothing when the program must end with the status.
 std::optional<Options> parseOptions(int argc, char** argv, ExitStatus& status);

@@ -20,7 +20,7 @@ struct OfferedKind {
 /// cannot be loaded, was built with other SDK headers, does not export the factory, throws, or ended an earlier program
 /// while that loaded it. A kind is reported and skipped alone when its name is in use or invalid, or when its ports
 /// contradict each other.
-/// @param notes folder for notes about what is being loaded; see LoadingNote. Empty for none.
+/// @param notes folder for notes about the collections being loaded; see LoadingNote. Empty for none.
 /// @return sorted by group, then by name.
 std::vector<OfferedKind> loadCollections(const std::vector<std::filesystem::path>& folders,
                                          const std::filesystem::path& notes, const std::string& factory);

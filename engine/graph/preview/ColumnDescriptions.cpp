@@ -91,7 +91,7 @@ PreviewedColumns PreviewRequest::found(const BackgroundTask& work) const {
     const std::string title = visible(titleOf(node));
     const CrashNote note(title.c_str());
     PreviewedColumns now;
-    // A run reports what is wrong with the values or the file.
+    // A run reports errors in the values or the file.
     const std::optional<NodeError> error = errorIn([&] {
         TaskContext stamps(beside, work);
         now.key = "previewed" + keyOfFiles(stamps);

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-/// Reads and writes AIDA files, plain or compressed, recognised by content. docs/aida.md describes what is supported.
+/// Reads and writes AIDA files, plain or compressed, recognised by content. docs/aida.md lists the supported features.
 namespace velmorak {
 
 /// A table or object of a file, as its listing shows it.

@@ -13,7 +13,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-/// The collection whose kinds are made wrong, and what is said while it is loaded.
+/// The collection whose kinds are invalid, and the messages of loading it.
 class Registration : public testing::Test {
 protected:
     Registration() : catalogue({{TEST_HOSTILE "/Wrong"}, {}}, "QzAnalysisFactory") {}

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-/// Kinds for the tests of the run: each counts what is asked of it, and does what the test puts into it.
+/// Kinds for the tests of the run: each counts its calls and does what the test sets.
 namespace velmorak::test {
 
 InputSpec numberInput(const std::string& name, const std::string& value = "0");

@@ -22,7 +22,7 @@ private:
     Ports kindPorts;
 };
 
-/// Throws what is no exception wherever a value is asked for, and cannot be offered where that is always.
+/// Throws an object that is no std::exception wherever a value is requested; not offered where it always throws.
 class Thrower : public Function {
 public:
     explicit Thrower(bool isAlways) : isAlways(isAlways) {}
@@ -50,7 +50,7 @@ private:
     bool isAlways;
 };
 
-/// Opens no table, or throws what is no exception.
+/// Opens no table, or throws an object that is no std::exception.
 class Opener : public Source {
 public:
     std::string name() const override { return "Opener"; }
