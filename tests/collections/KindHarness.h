@@ -23,7 +23,7 @@ std::filesystem::path collectionFolder(const std::string& group);
 
 std::string textIn(const std::filesystem::path& file);
 
-/// A table that stands in memory.
+/// A table in memory.
 struct SmallTable {
     Schema schema;
     std::vector<Chunk> chunks;

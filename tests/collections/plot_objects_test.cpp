@@ -361,7 +361,7 @@ TEST(PlotObjects, theScriptOfEveryObjectGivesTheSamePictureByHand) {
 TEST(PlotObjects, theFrameLeavesTheBoxFree) {
     KindHarness bench("Plot");
     bench.wire("object", counts({1, 1, 1, 1, 100})).run();
-    // The box stands at the right, where the highest bin is: 100 with an error of 100.
+    // The box is at the right, where the highest bin is: 100 with an error of 100.
     const std::string text = script(bench);
     const std::size_t at = text.find("set yrange [0:") + 14;
     double high = 0.0;

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <limits>
 
-// An expression over columns of every type. It gives a row the same value, to the last bit, whether the row stands
+// An expression over columns of every type. It gives a row the same value, to the last bit, whether the row is
 // alone or among others.
 
 namespace velmorak::fuzz {

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <optional>
 
-// A model that is fitted, on the first line, with what is said of its parameters on the second, and a function of a
+// A model that is fitted, on the first line, the settings of its parameters on the second, and a function of a
 // file as its codelet on the third. A model that is taken gives a function that can be computed.
 
 namespace velmorak::fuzz {

@@ -16,7 +16,7 @@ protected:
     Memory() : folder(fs::temp_directory_path() / ("velmorak-memory-" + std::to_string(getpid()))) {
         fs::create_directories(folder);
         setenv("VELMORAK_CACHE_LIMIT", "0", 1);
-        // A sanitizer holds freed memory back; that is not what is measured.
+        // A sanitizer holds freed memory back; that would be measured too.
         const char* const options = std::getenv("ASAN_OPTIONS");
         setenv("ASAN_OPTIONS", ((options ? std::string(options) + ":" : "") + "quarantine_size_mb=1").c_str(), 1);
     }

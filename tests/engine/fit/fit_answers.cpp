@@ -5,7 +5,7 @@
 
 #include <velmorak/Value.h>
 
-/// Fits what stands on standard input, for check_fits.py: for each problem the model, the method, the start values, and
+/// Fits the problems on standard input, for check_fits.py: for each problem the model, the method, the start values, and
 /// lines of low, high, y and error up to an empty one. Writes a line of values and errors for each.
 int main() {
     using namespace velmorak;

@@ -99,7 +99,7 @@ class FreeAccumulator : public Accumulator {
 public:
     explicit FreeAccumulator(MergeOrder order = MergeOrder::Tree) : order(order) {}
     std::string name() const override { return "Gather"; }
-    std::string summary() const override { return "Has what the test lets it have."; }
+    std::string summary() const override { return "Has the columns that the test gives it."; }
     Ports ports(const ValueTexts&) const override {
         return {{wireInput("object", ValueType::Any, true)}, {output("text", ValueType::Text)}};
     }

@@ -7,7 +7,7 @@
 namespace velmorak::test {
 namespace {
 
-/// Where a kind waits until the test lets it go on. Shared by both, because either may be the last.
+/// Where a kind waits until the test releases it. Shared by both, because either may be the last.
 class Gate {
 public:
     /// Called in the kind.
@@ -44,7 +44,7 @@ private:
     bool isPassed = false;
 };
 
-/// Kinds that do not hear of a stop until the test lets them go on, and runs that wait no time for them.
+/// Kinds that ignore a stop until the test releases them, in runs without a period of grace.
 class UnresponsiveKinds : public RunTest {
 protected:
     UnresponsiveKinds() {

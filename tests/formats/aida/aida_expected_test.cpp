@@ -15,7 +15,7 @@
 namespace velmorak {
 namespace {
 
-/// "2 cloud1d", "5 points", ... of a line, by what is counted.
+/// "2 cloud1d", "5 points", ... of a line, by element name.
 using Counts = std::map<std::string, std::size_t>;
 
 struct Expected {

@@ -76,11 +76,11 @@ bool Desktop::activate(const std::string& window) const {
     return waitFor([&] {
         act({"windowactivate", window});
         const ScreenArea now = areaOf(window);
-        const bool stands = now == before && now.width > 0;
+        const bool isStill = now == before && now.width > 0;
         before = now;
         const bool isFramed =
             run({"xprop", "-id", window, "_NET_FRAME_EXTENTS"}, displayName).find('=') != std::string::npos;
-        return stands && isFramed && act({"getactivewindow"}) == window && act({"getwindowfocus"}) == window;
+        return isStill && isFramed && act({"getactivewindow"}) == window && act({"getwindowfocus"}) == window;
     });
 }
 
