@@ -66,6 +66,12 @@ std::uint32_t StateReader::version(std::uint32_t newest) {
     return written;
 }
 
+std::int64_t StateReader::count() {
+    const auto value = number<std::int64_t>();
+    require(value >= 0 && value <= std::int64_t{1} << 53, "a number of rows is out of range");
+    return value;
+}
+
 std::string StateReader::text() {
     std::string value(length(1), '\0');
     take(value.data(), value.size());

@@ -91,6 +91,8 @@ public:
         }
         return std::bit_cast<Number>(raw);
     }
+    /// A number of rows or fills: an integer of 64 bits from 0 to 2^53, so that sums of such numbers do not overflow.
+    std::int64_t count();
     std::string text();
     template <StateNumbers List = std::vector<double>>
     List list() {
