@@ -64,8 +64,9 @@ DecimalGrid::DecimalGrid(double low, double high, std::size_t maxCells) {
     }
     exponent = finestExponent(size);
     const auto most = static_cast<std::int64_t>(maxCells);
-    if (high > low) {
-        exponent = std::max(exponent, exponentOf((high - low) / static_cast<double>(maxCells)) - 1);
+    // 0 also where the span is subnormal; the finest grid then has enough cells.
+    if (const double width = (high - low) / static_cast<double>(maxCells); width > 0.0) {
+        exponent = std::max(exponent, exponentOf(width) - 1);
     }
     while (cellOf(high) - cellOf(low) >= most) {
         ++exponent;

@@ -24,9 +24,9 @@ private:
     Object object;
 };
 
-/// Keeps the values of one chunk until its turn comes to fill the only object, which belongs to the state of the whole
-/// stream. For objects with so many cells that allocating and adding one for each chunk would take far longer than
-/// filling it. The result is bit-identical to sequential filling.
+/// Keeps the values of one chunk until its turn comes to fill the only object of its file, which belongs to the state of
+/// the whole file. For objects with so many cells that allocating and adding one for each chunk would take far longer
+/// than filling it. The result for a file is bit-identical to sequential filling.
 template <typename Object>
 class LateState : public AccumulatorState {
 public:
@@ -36,6 +36,11 @@ public:
     void merge(AccumulatorState& other) override {
         fillWaiting();
         auto& next = static_cast<LateState&>(other);
+        if (next.object) {
+            next.fillWaiting();
+            object->merge(*next.object);
+            return;
+        }
         std::swap(waiting, next.waiting);
         fillWaiting();
     }

@@ -52,6 +52,38 @@ double ExactSum::value() const {
     return std::isfinite(high) ? high + low : high;
 }
 
+void ExactSum::save(StateWriter& writer) const {
+    writer.number(high);
+    writer.number(low);
+}
+
+void ExactSum::load(StateReader& reader) {
+    high = reader.number<double>();
+    low = reader.number<double>();
+}
+
+void Moments::save(StateWriter& writer) const {
+    for (const std::int64_t count : {filled, left, finite}) {
+        writer.number(count);
+    }
+    for (const double number : {smallest, largest, pivot, first, second, third}) {
+        writer.number(number);
+    }
+    total.save(writer);
+    totalWeight.save(writer);
+}
+
+void Moments::load(StateReader& reader) {
+    for (std::int64_t* count : {&filled, &left, &finite}) {
+        *count = reader.count();
+    }
+    for (double* number : {&smallest, &largest, &pivot, &first, &second, &third}) {
+        *number = reader.number<double>();
+    }
+    total.load(reader);
+    totalWeight.load(reader);
+}
+
 void Moments::fill(const double* x, const double* weights, std::size_t count) {
     Moments part;
     part.pivot = meanOfFinite(x, weights, count, part.finite);

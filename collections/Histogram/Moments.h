@@ -1,5 +1,7 @@
 #pragma once
 
+#include <velmorak/StateBytes.h>
+
 #include <cstddef>
 #include <cstdint>
 
@@ -11,6 +13,8 @@ public:
     void add(double term);
     void add(const ExactSum& other);
     double value() const;
+    void save(StateWriter& writer) const;
+    void load(StateReader& reader);
 
 private:
     double high = 0.0;
@@ -29,6 +33,8 @@ public:
     /// @param weights null for a weight of 1 each. A NaN in x or its weight is counted and left out.
     void fill(const double* x, const double* weights, std::size_t count);
     void merge(const Moments& other);
+    void save(StateWriter& writer) const;
+    void load(StateReader& reader);
 
     std::int64_t entries() const { return filled; }
     std::int64_t nans() const { return left; }

@@ -95,6 +95,41 @@ DecimalGrid Quantiles::gridAround() const {
     return low > high ? DecimalGrid(0.0, 0.0, maxCells) : DecimalGrid(low, high, maxCells);
 }
 
+void Quantiles::save(StateWriter& writer) const {
+    writer.number(low);
+    writer.number(high);
+    writer.number(grid.has_value());
+    writer.number<std::uint64_t>(portions.size());
+    for (const WeightedInterval& portion : portions) {
+        for (const double number : {portion.weight, portion.low, portion.high}) {
+            writer.number(number);
+        }
+    }
+}
+
+void Quantiles::load(StateReader& reader) {
+    low = reader.number<double>();
+    high = reader.number<double>();
+    reader.require(hasRange(), "its range is not one");
+    grid = reader.number<bool>() ? std::optional(gridAround()) : std::nullopt;
+    portions.resize(reader.length(3 * sizeof(double)));
+    reader.require(grid ? portions.size() == grid->count() + 2 : portions.size() <= maxCells,
+                   "it has a wrong number of cells");
+    for (WeightedInterval& portion : portions) {
+        for (double* number : {&portion.weight, &portion.low, &portion.high}) {
+            *number = reader.number<double>();
+        }
+        reader.require(grid ? !std::isnan(portion.low) && !std::isnan(portion.high) : portion.low == portion.high,
+                       "a cell has no range");
+    }
+}
+
+/// Whether low and high can be those of numbers, or of none.
+bool Quantiles::hasRange() const {
+    const bool isOfNone = low == std::numeric_limits<double>::infinity() && high == -low;
+    return isOfNone || (low <= high && -DecimalGrid::maxNumber <= low && high <= DecimalGrid::maxNumber);
+}
+
 void Quantiles::settle(const DecimalGrid& target) {
     if (grid != target) {
         portions = inCells(target);

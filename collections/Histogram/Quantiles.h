@@ -2,6 +2,8 @@
 
 #include "DecimalGrid.h"
 
+#include <velmorak/StateBytes.h>
+
 #include <cstddef>
 #include <limits>
 #include <optional>
@@ -36,6 +38,8 @@ public:
     /// @param weights null for a weight of 1 each. A NaN in x or its weight is left out, and so is a weight of 0.
     void fill(const double* x, const double* weights, std::size_t count);
     void merge(const Quantiles& other);
+    void save(StateWriter& writer) const;
+    void load(StateReader& reader);
 
     /// Equal numbers make one interval; that of a cell extends from the smallest to the largest number in it.
     std::vector<WeightedInterval> ascending() const;
@@ -45,11 +49,12 @@ private:
     void settle(const DecimalGrid& target);
     std::vector<WeightedInterval> inCells(const DecimalGrid& target) const;
     DecimalGrid gridAround() const;
+    bool hasRange() const;
 
     double low = std::numeric_limits<double>::infinity();  ///< Of the numbers that a grid can hold.
     double high = -std::numeric_limits<double>::infinity();
     std::vector<WeightedInterval> portions;  ///< One for each number; or below the grid, its cells, above the grid.
-    std::optional<DecimalGrid> grid;         ///< Empty while the numbers are kept as they are.
+    std::optional<DecimalGrid> grid;         ///< Around low and high; empty while the numbers are kept as they are.
 };
 
 }  // namespace velmorak

@@ -23,6 +23,8 @@ public:
     void fill(const Chunk& chunk) override;
 
     void merge(AccumulatorState& other) override;
+    void save(StateWriter& writer) const override;
+    void load(StateReader& reader) override;
 
     const Moments& result() const { return moments; }
     const Quantiles& quantiles() const { return portions; }
@@ -44,6 +46,18 @@ void Gathering::merge(AccumulatorState& other) {
     auto& next = static_cast<Gathering&>(other);
     moments.merge(next.moments);
     portions.merge(next.portions);
+}
+
+void Gathering::save(StateWriter& writer) const {
+    writer.version(1);
+    moments.save(writer);
+    portions.save(writer);
+}
+
+void Gathering::load(StateReader& reader) {
+    reader.version(1);
+    moments.load(reader);
+    portions.load(reader);
 }
 
 void setQuantiles(const std::vector<WeightedInterval>& ascending, Results& results) {
@@ -82,6 +96,8 @@ class NothingToGather : public AccumulatorState {
 public:
     void fill(const Chunk&) override {}
     void merge(AccumulatorState&) override {}
+    void save(StateWriter& writer) const override { writer.version(1); }
+    void load(StateReader& reader) override { reader.version(1); }
 };
 
 /// Skewness from the exact mean and spread of each bin; the fills of a bin are assumed to lie symmetrically about its

@@ -2,6 +2,7 @@
 
 #include "AidaOutput.h"
 #include "Ports.h"
+#include "WrittenRows.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,41 +11,18 @@ namespace velmorak {
 
 namespace {
 
-/// Rows of one chunk: formatted in parallel, appended to the file in order.
-class Rows : public AccumulatorState {
-public:
-    explicit Rows(AidaOutput& output) : output(output) {}
-
-    void fill(const Chunk& chunk) override { text += aidaRows(output.schema(), chunk); }
-
-    void merge(AccumulatorState& other) override;
-
-    void handOver();
-
-private:
-    AidaOutput& output;
-    std::string text;
-};
-
-void Rows::merge(AccumulatorState& other) {
-    handOver();
-    static_cast<Rows&>(other).handOver();
-}
-
-void Rows::handOver() {
-    output.appendRows(text);
-    text.clear();
-}
-
-class Writing : public Accumulation {
+class Writing : public Accumulation, public RowFile {
 public:
     Writing(AidaContents contents, RunContext& context);
 
-    std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<Rows>(*output); }
+    std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<WrittenRows>(*this); }
 
     void finish(AccumulatorState& state, Results&) override;
 
 private:
+    std::string format(const Chunk& chunk) const override { return aidaRows(output->schema(), chunk); }
+    void append(const std::string& rows) const override { output->appendRows(rows); }
+
     std::unique_ptr<AidaOutput> output;
 };
 
@@ -52,7 +30,7 @@ Writing::Writing(AidaContents contents, RunContext& context)
     : output(std::make_unique<AidaOutput>(std::move(contents), context)) {}
 
 void Writing::finish(AccumulatorState& state, Results&) {
-    static_cast<Rows&>(state).handOver();
+    static_cast<WrittenRows&>(state).handOver();
     output->complete();
 }
 

@@ -4,6 +4,7 @@
 #include "PlotValues.h"
 #include "Ports.h"
 #include "TextOutput.h"
+#include "WrittenRows.h"
 
 #include <algorithm>
 #include <map>
@@ -13,46 +14,18 @@ namespace velmorak {
 
 namespace {
 
-/// Rows of one chunk: formatted in parallel, appended to the file in order.
-class Lines : public AccumulatorState {
-public:
-    Lines(TextOutput& output, const Schema& schema, char delimiter);
-
-    void fill(const Chunk& chunk) override { text += csvRows(schema, chunk, delimiter); }
-
-    void merge(AccumulatorState& other) override;
-
-    void handOver();
-
-private:
-    TextOutput& output;
-    const Schema& schema;
-    char delimiter;
-    std::string text;
-};
-
-Lines::Lines(TextOutput& output, const Schema& schema, char delimiter)
-    : output(output), schema(schema), delimiter(delimiter) {}
-
-void Lines::merge(AccumulatorState& other) {
-    handOver();
-    static_cast<Lines&>(other).handOver();
-}
-
-void Lines::handOver() {
-    output.append(text);
-    text.clear();
-}
-
-class Writing : public Accumulation {
+class Writing : public Accumulation, public RowFile {
 public:
     Writing(TextOutput output, Schema schema, char delimiter);
 
-    std::unique_ptr<AccumulatorState> newState() const override;
+    std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<WrittenRows>(*this); }
 
     void finish(AccumulatorState& state, Results&) override;
 
 private:
+    std::string format(const Chunk& chunk) const override { return csvRows(schema, chunk, delimiter); }
+    void append(const std::string& rows) const override { output.append(rows); }
+
     /// Appends the lines of the states, which the run merges one at a time.
     mutable TextOutput output;
     Schema schema;
@@ -62,12 +35,8 @@ private:
 Writing::Writing(TextOutput output, Schema schema, char delimiter)
     : output(std::move(output)), schema(std::move(schema)), delimiter(delimiter) {}
 
-std::unique_ptr<AccumulatorState> Writing::newState() const {
-    return std::make_unique<Lines>(output, schema, delimiter);
-}
-
 void Writing::finish(AccumulatorState& state, Results&) {
-    static_cast<Lines&>(state).handOver();
+    static_cast<WrittenRows&>(state).handOver();
     output.complete();
 }
 

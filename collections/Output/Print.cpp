@@ -5,6 +5,8 @@
 #include "PrintText.h"
 #include "TextOutput.h"
 
+#include <velmorak/StateBytes.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -22,6 +24,8 @@ public:
     void fill(const Chunk& chunk) override;
 
     void merge(AccumulatorState& other) override;
+    void save(StateWriter& writer) const override;
+    void load(StateReader& reader) override;
 
     TextRows rows;
     std::uint64_t count = 0;
@@ -46,6 +50,32 @@ void FirstRows::merge(AccumulatorState& other) {
     const std::size_t taken = std::min(most - rows.size(), later.rows.size());
     std::move(later.rows.begin(), later.rows.begin() + static_cast<std::ptrdiff_t>(taken), std::back_inserter(rows));
     count += later.count;
+}
+
+void FirstRows::save(StateWriter& writer) const {
+    writer.version(1);
+    writer.number(count);
+    writer.number<std::uint64_t>(rows.size());
+    for (const auto& row : rows) {
+        writer.number<std::uint64_t>(row.size());
+        for (const std::string& word : row) {
+            writer.text(word);
+        }
+    }
+}
+
+void FirstRows::load(StateReader& reader) {
+    reader.version(1);
+    count = static_cast<std::uint64_t>(reader.count());
+    rows.resize(reader.length(sizeof(std::uint64_t)));
+    reader.require(rows.size() == std::min<std::uint64_t>(most, count), "it has a wrong number of rows");
+    for (auto& row : rows) {
+        row.resize(reader.length(sizeof(std::uint64_t)));
+        reader.require(row.size() == schema.size(), "a row has a wrong number of fields");
+        for (std::string& word : row) {
+            word = reader.text();
+        }
+    }
 }
 
 /// One item to print; a table gets its text when it has been read.

@@ -4,6 +4,7 @@
 #include "Cuts.h"
 
 #include <velmorak/NamedNumbers.h>
+#include <velmorak/StateBytes.h>
 
 #include <algorithm>
 #include <cmath>
@@ -52,6 +53,8 @@ public:
     void fill(const Chunk& chunk) override;
 
     void merge(AccumulatorState& other) override;
+    void save(StateWriter& writer) const override;
+    void load(StateReader& reader) override;
 
     const std::vector<BinSums>& steps() const { return bins; }
 
@@ -81,6 +84,28 @@ void FlowState::fill(const Chunk& chunk) {
 void FlowState::merge(AccumulatorState& other) {
     for (std::size_t i = 0; i < bins.size(); ++i) {
         bins[i].add(static_cast<FlowState&>(other).bins[i]);
+    }
+}
+
+void FlowState::save(StateWriter& writer) const {
+    writer.version(1);
+    writer.number<std::uint64_t>(bins.size());
+    for (const BinSums& bin : bins) {
+        writer.number(bin.entries);
+        for (const double sum : {bin.w, bin.ww, bin.wx, bin.wxx}) {
+            writer.number(sum);
+        }
+    }
+}
+
+void FlowState::load(StateReader& reader) {
+    reader.version(1);
+    reader.require(reader.length(5 * sizeof(double)) == bins.size(), "it has another number of cuts");
+    for (BinSums& bin : bins) {
+        bin.entries = reader.count();
+        for (double* sum : {&bin.w, &bin.ww, &bin.wx, &bin.wxx}) {
+            *sum = reader.number<double>();
+        }
     }
 }
 

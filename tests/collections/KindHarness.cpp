@@ -197,8 +197,8 @@ void KindHarness::run() {
         apply(*operation);
     } else if (const auto* concatenation = dynamic_cast<const Concatenation*>(&shipped)) {
         concatenate(*concatenation, arguments);
-    } else if (const auto* accumulator = dynamic_cast<const Accumulator*>(&shipped)) {
-        accumulate(*accumulator, arguments, sink);
+    } else if (dynamic_cast<const Accumulator*>(&shipped)) {
+        accumulate();
     } else if (const auto* source = dynamic_cast<const Source*>(&shipped)) {
         const auto reader = source->open(arguments, *this);
         made = {.schema = reader->schema(), .chunks = {}};
@@ -246,15 +246,26 @@ void KindHarness::concatenate(const Concatenation& concatenation, const Argument
     }
 }
 
-void KindHarness::accumulate(const Accumulator& accumulator, const Arguments& arguments, Results& sink) {
-    const auto accumulation = accumulator.prepare(arguments, tableInput.empty() ? nullptr : &given.schema, *this);
-    auto whole = accumulation->newState();
+std::unique_ptr<Accumulation> KindHarness::accumulation() {
+    const BenchArguments arguments(ports(), texts, wires);
+    const auto& accumulator = dynamic_cast<const Accumulator&>(shipped);
+    return accumulator.prepare(arguments, tableInput.empty() ? nullptr : &given.schema, *this);
+}
+
+void KindHarness::finish(Accumulation& accumulation, AccumulatorState& state) {
+    BenchResults sink(outputs);
+    accumulation.finish(state, sink);
+}
+
+void KindHarness::accumulate() {
+    const auto prepared = accumulation();
+    auto whole = prepared->newState();
     for (const Chunk& chunk : given.chunks) {
-        auto state = accumulation->newState();
+        auto state = prepared->newState();
         state->fill(chunk);
         whole->merge(*state);
     }
-    accumulation->finish(*whole, sink);
+    finish(*prepared, *whole);
 }
 
 std::string KindHarness::failure() {

@@ -46,11 +46,15 @@ public:
 
     /// @throws whatever the kind throws.
     void run();
+    /// The steps of run for an accumulator.
+    std::unique_ptr<Accumulation> accumulation();
+    void finish(Accumulation& accumulation, AccumulatorState& state);
     /// What run says when it fails; empty when it does not.
     std::string failure();
 
     double number(const std::string& output) const;
     Value value(const std::string& output) const { return outputs.at(output); }
+    const std::map<std::string, Value>& values() const { return outputs; }
     HistogramPtr histogram(const std::string& output) const;
     template <typename Object>
     std::shared_ptr<const Object> object(const std::string& output) const {
@@ -83,7 +87,7 @@ private:
     void read(TableReader& reader);
     void apply(const RowOperation& operation);
     void concatenate(const Concatenation& concatenation, const Arguments& arguments);
-    void accumulate(const Accumulator& accumulator, const Arguments& arguments, Results& sink);
+    void accumulate();
 
     const Kind& shipped;
     std::string plugin;

@@ -77,6 +77,24 @@ def objects():
     )
 
 
+def checksum(content):
+    total = 0xCBF29CE484222325
+    for byte in content:
+        total = (total ^ byte) * 0x100000001B3 % 2**64
+    return mark(total)
+
+
+def states():
+    """Saved states of statistics, and one with a text, integers and an object."""
+    yield b"m" + mark(3) + mark(1) + mark(3) + reals(-1, 2, 0.5, 0, 4.5, 0) + reals(1.5, 0) + reals(3, 0)
+    yield b"q" + reals(-1, 2) + b"\0" + mark(2) + reals(1, -1, -1) + reals(0.5, 2, 2)
+    # Without numbers of a size that has cells: only below and above.
+    yield b"q" + reals(float("inf"), -float("inf")) + b"\1" + mark(3) + reals(1, float("inf"), -float("inf")) * 3
+    for kept in objects():
+        content = kept[1:] + checksum(kept[2:])
+        yield b"a" + struct.pack("<I", 1) + listed(b"text") + listed(struct.pack("<2i", -1, 7), 4) + listed(content)
+
+
 shutil.rmtree(out, ignore_errors=True)
 for path in files("examples/**/*.zedra", "tests/data/*.zedra"):
     seed("document", path.read_bytes())
@@ -102,6 +120,8 @@ seed("columns", "run: integer, comment: text; ok: boolean\nx: real")
 seed("stored", result(1.5, "text"))
 for kept in objects():
     seed("stored", kept)
+for saved in states():
+    seed("state", saved)
 # Header of a binary AIDA file: an empty <aida version="3.3">.
 seed("wbxml", b"\x03\x01\x6a\x00" + bytes([0x85, 0x05, 0x03]) + b"3.3\x00\x01")
 

@@ -68,7 +68,20 @@ bool isHeavy(const Chunk& chunk) {
 
 }  // namespace
 
+void ChunkCheck::checkFile(const Chunk& chunk) {
+    if (chunk.file >= files) {
+        fail("a chunk of file " + std::to_string(chunk.file) + ", counted from 0, and there are " +
+             std::to_string(files));
+    }
+    if (chunk.file < file) {
+        fail("a chunk of file " + std::to_string(chunk.file) + " after one of file " + std::to_string(file));
+    }
+    shortRows = chunk.file > file ? 0 : shortRows;
+    file = chunk.file;
+}
+
 void ChunkCheck::checkRows(const Chunk& chunk) {
+    checkFile(chunk);
     if (chunk.rows == 0) {
         fail("a chunk without rows");
     }

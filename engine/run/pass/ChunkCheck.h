@@ -3,6 +3,7 @@
 #include <velmorak/ChunkSize.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -14,24 +15,28 @@ namespace velmorak {
 /// Threads: check may be called by several threads at once.
 class ChunkCheck {
 public:
-    explicit ChunkCheck(const Schema& promised)
-        : promised(promised), maxRows(rowsInChunk(promised)), rowBytes(bytesInRow(promised)) {}
+    /// @param files number of files that the rows come from.
+    explicit ChunkCheck(const Schema& promised, std::uint64_t files = 1)
+        : promised(promised), maxRows(rowsInChunk(promised)), rowBytes(bytesInRow(promised)), files(files) {}
 
     const Schema& schema() const { return promised; }
-    /// Checks the number of rows of a source's chunk, whose columns may not exist yet: it has rows, not too many, and
-    /// the chunk before it was not too short. Threads: called for one chunk after the other.
+    /// Checks the file and the number of rows of a source's chunk, whose columns may not exist yet: it has rows, not
+    /// too many, and the chunk before it in the file was not too short. Threads: called for one chunk after the other.
     void checkRows(const Chunk& chunk);
     /// Checks the columns against the schema.
     void check(const Chunk& chunk) const;
 
 private:
+    void checkFile(const Chunk& chunk);
     void checkColumn(const ColumnInfo& column, const ColumnPtr& values, std::size_t rows) const;
     void checkWidth(const Chunk& chunk) const;
 
     Schema promised;
     std::size_t maxRows;
-    std::size_t rowBytes;       ///< In a row, without texts and lists.
-    std::size_t shortRows = 0;  ///< Rows of the previous chunk if only the last one may be so short.
+    std::size_t rowBytes;  ///< In a row, without texts and lists.
+    std::uint64_t files;
+    std::uint64_t file = 0;     ///< Of the previous chunk.
+    std::size_t shortRows = 0;  ///< Rows of the previous chunk if only the last one of the file may be so short.
 };
 
 /// @param what names the object in the message.

@@ -23,6 +23,13 @@ void ChunkCommit::commit(ChunkTask& task) {
     }
 }
 
+/// Files are counted from the first that the operator sees, whatever else the pass reads before.
+ChunkPlace ChunkCommit::placeFor(const Operator& op, const ChunkTask& task) const {
+    const std::uint64_t filesBefore =
+        sources.filesBefore(task.segment) - sources.filesBefore(op.parents.front().firstSegment);
+    return {filesBefore + task.chunk.file, task.chunk.number};
+}
+
 void ChunkCommit::commitOperator(std::size_t position, ChunkTask& task) {
     Operator& op = chain.at(position);
     if (op.isDropped) {
@@ -32,7 +39,7 @@ void ChunkCommit::commitOperator(std::size_t position, ChunkTask& task) {
     OperatorOutput& output = task.outputs[position];
     std::optional<NodeError> error = std::move(output.error);
     if (!error && output.state) {
-        error = state.call(op.node, [&] { op.merger->take(std::move(output.state)); });
+        error = state.call(op.node, [&] { op.merger->take(placeFor(op, task), std::move(output.state)); });
     }
     op.rowsIn += output.rowsIn;
     op.rowsOut += output.rowsOut;

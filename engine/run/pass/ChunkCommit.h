@@ -25,6 +25,7 @@ public:
     void finish();
 
 private:
+    ChunkPlace placeFor(const Operator& op, const ChunkTask& task) const;
     void commitOperator(std::size_t position, ChunkTask& task);
     void reportOperators();
     void finishAccumulator(Operator& op);

@@ -28,6 +28,7 @@ struct OperatorOutput {
 /// One chunk on its way from a source through the operators. Used by one thread at a time.
 struct ChunkTask {
     std::size_t segment = 0;
+    std::uint64_t sequence = 0;  ///< Number of the chunk in the pass.
     Chunk chunk;
     bool isComplete = false;         ///< The source has made the columns, or failed to.
     std::optional<NodeError> error;  ///< Of a source that could not make the columns.

@@ -1,7 +1,5 @@
 #include "run/pass/OperatorChain.h"
 
-#include <velmorak/OrderedAccumulation.h>
-
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
@@ -28,6 +26,7 @@ void compute(const Operator& op, const Operator::Parent& parent, const Chunk& ta
         op.countsRows ? parent.operation->apply(counted(table, output.rowsBefore)) : parent.operation->apply(table);
     rows.number = table.number;
     rows.firstRow = table.firstRow;
+    rows.file = table.file;
     parent.check->check(rows);
     output.table = std::move(rows);
 }
@@ -104,9 +103,7 @@ void OperatorChain::prepareOperations(Operator& op) {
         prepareConcatenation(op, *concatenation);
     } else if (const auto* accumulator = dynamic_cast<const Accumulator*>(kind)) {
         op.accumulation = mustBe(accumulator->prepare(arguments, &schema, context), "accumulation");
-        const bool isOrdered = dynamic_cast<const OrderedAccumulation*>(op.accumulation.get()) != nullptr;
-        op.merger = std::make_unique<StateMerger>(
-            *op.accumulation, isOrdered ? Accumulator::MergeOrder::FirstToLast : accumulator->mergeOrder());
+        op.merger = std::make_unique<StateMerger>(*op.accumulation, accumulator->mergeOrder());
     }
 }
 
@@ -190,7 +187,7 @@ void OperatorChain::executeOperator(std::size_t position, ChunkTask& task) {
     const Operator::Parent& parent = op.parentFor(task.segment);
     output.isOver = output.isOver || (parent.op && task.outputs[*parent.op].isOver);
     const Chunk* table = tableFor(op, task);
-    if ((!parent.operation && !op.accumulation) || task.chunk.number > op.failedAt || !table || output.isOver) {
+    if ((!parent.operation && !op.accumulation) || task.sequence > op.failedAt || !table || output.isOver) {
         return;
     }
     // Columns are made only here: a chunk that no operator needs is not worth it.
@@ -202,7 +199,7 @@ void OperatorChain::executeOperator(std::size_t position, ChunkTask& task) {
     output.error = state.call(op.node, [&] { compute(op, parent, *table, output); });
     output.rowsOut = output.table ? output.table->rows : 0;
     if (output.error) {
-        lower(op.failedAt, task.chunk.number);
+        lower(op.failedAt, task.sequence);
     }
     output.time = Clock::now() - begin;
 }

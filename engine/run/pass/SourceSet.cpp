@@ -12,6 +12,10 @@ struct SourceSet::Segment {
     std::unique_ptr<TableReader> reader;
     std::optional<ChunkCheck> check;     ///< As soon as there is a reader.
     std::atomic<bool> isClosed = false;  ///< No operator needs more of its rows.
+    std::uint64_t filesBefore = 0;
+    std::uint64_t files = 1;
+    std::uint64_t file = 0;    ///< Being read.
+    std::uint64_t chunks = 0;  ///< Of that file.
     std::uint64_t rows = 0;
     std::chrono::nanoseconds time{0};
     std::chrono::nanoseconds timeCompleting{0};  ///< Of committed chunks.
@@ -27,11 +31,14 @@ SourceSet::SourceSet(RunState& state, const std::vector<std::size_t>& sources) :
 SourceSet::~SourceSet() = default;
 
 bool SourceSet::open() {
+    std::uint64_t files = 0;
     for (const auto& segment : segments) {
         open(*segment);
         if (!segment->reader) {
             return false;
         }
+        segment->filesBefore = files;
+        files += segment->files;
     }
     return true;
 }
@@ -46,7 +53,11 @@ void SourceSet::open(Segment& segment) {
             context.watch(file.string());
         }
         segment.reader = mustBe(kind->open(arguments, context), "reader");
-        segment.check.emplace(segment.reader->schema());
+        segment.files = segment.reader->fileCount();
+        if (segment.files == 0) {
+            throw std::logic_error("the kind reads 0 files");
+        }
+        segment.check.emplace(segment.reader->schema(), segment.files);
     });
     if (error) {
         segment.reader.reset();
@@ -68,15 +79,24 @@ bool SourceSet::read(ChunkTask& task) {
     if (position == segments.size()) {
         return false;
     }
-    Segment& segment = *segments[position];
-    task.segment = position;
-    task.chunk.number = chunks++;
-    task.chunk.firstRow = segment.rows;
+    number(task);
     task.isComplete = false;
     task.error.reset();
     task.timeCompleting = {};
-    segment.rows += task.chunk.rows;
     return true;
+}
+
+void SourceSet::number(ChunkTask& task) {
+    Segment& segment = *segments[position];
+    if (task.chunk.file != segment.file) {
+        segment.file = task.chunk.file;
+        segment.chunks = 0;
+    }
+    task.segment = position;
+    task.sequence = chunks++;
+    task.chunk.number = segment.chunks++;
+    task.chunk.firstRow = segment.rows;
+    segment.rows += task.chunk.rows;
 }
 
 bool SourceSet::readInto(Chunk& chunk) {
@@ -143,6 +163,10 @@ void SourceSet::pass() {
     for (const auto& segment : segments) {
         state.pass(segment->source);
     }
+}
+
+std::uint64_t SourceSet::filesBefore(std::size_t segment) const {
+    return segments[segment]->filesBefore;
 }
 
 const Schema& SourceSet::schema(std::size_t segment) const {

@@ -15,8 +15,8 @@
 namespace velmorak {
 
 /// The sources of one stream. Their rows follow each other in segments, one for each time that a source is read: a
-/// concatenation that takes a table twice has two segments of one source. Chunks are numbered through all segments,
-/// rows within each.
+/// concatenation that takes a table twice has two segments of one source. Rows are numbered within a segment, chunks
+/// within a file; the files of all segments follow each other.
 ///
 /// Threads: open, read and fraction are called by one thread at a time; so are commit, close and finish. complete may
 /// be called by several threads at once, for different chunks.
@@ -47,6 +47,8 @@ public:
     void pass();
 
     std::size_t size() const { return segments.size(); }
+    /// Number of files in the segments before this one.
+    std::uint64_t filesBefore(std::size_t segment) const;
     const Schema& schema(std::size_t segment) const;
     /// The segment being read.
     std::size_t current() const { return position; }
@@ -60,6 +62,7 @@ private:
 
     void open(Segment& segment);
     bool readInto(Chunk& chunk);
+    void number(ChunkTask& task);
 
     RunState& state;
     std::vector<std::unique_ptr<Segment>> segments;

@@ -2,43 +2,52 @@
 
 #include "run/pass/ChunkCheck.h"
 
+#include <velmorak/OrderedAccumulation.h>
+
 #include <utility>
 
 namespace velmorak {
 
-StateMerger::StateMerger(const Accumulation& accumulation, Accumulator::MergeOrder order)
-    : accumulation(accumulation), order(order) {}
+StateMerger::StateMerger(const Accumulation& accumulation, Accumulator::MergeOrder mergeOrder)
+    : accumulation(accumulation) {
+    if (mergeOrder == Accumulator::MergeOrder::FirstToLast) {
+        order = Order::FirstToLast;
+    } else if (dynamic_cast<const OrderedAccumulation*>(&accumulation)) {
+        order = Order::FirstToLastInFile;
+    }
+}
 
-void StateMerger::take(std::unique_ptr<AccumulatorState> state) {
-    if (order == Accumulator::MergeOrder::FirstToLast) {
-        if (parts.empty()) {
-            parts.push_back({0, mustBe(accumulation.newState(), "state")});
-        }
-        parts.front().state->merge(*state);
+void StateMerger::take(ChunkPlace place, std::unique_ptr<AccumulatorState> state) {
+    if (order == Order::Tree) {
+        tree.take(place, std::move(state));
         return;
     }
-    Entry part{0, std::move(state)};
-    while (!parts.empty() && parts.back().level == part.level) {
-        Entry first = std::move(parts.back());
-        parts.pop_back();
-        first.state->merge(*part.state);
-        part = {first.level + 1, std::move(first.state)};
+    if (order == Order::FirstToLastInFile && place.file != file) {
+        endFile();
+        file = place.file;
     }
-    parts.push_back(std::move(part));
+    append(*state);
+}
+
+void StateMerger::append(AccumulatorState& state) {
+    if (!gathered) {
+        gathered = mustBe(accumulation.newState(), "state");
+    }
+    gathered->merge(state);
+}
+
+void StateMerger::endFile() {
+    if (gathered) {
+        tree.take({true, 0, {file, 0, std::move(gathered)}});
+    }
 }
 
 std::unique_ptr<AccumulatorState> StateMerger::whole() {
-    if (parts.empty()) {
-        return mustBe(accumulation.newState(), "state");
+    if (order == Order::FirstToLastInFile) {
+        endFile();
     }
-    while (parts.size() > 1) {
-        const Entry last = std::move(parts.back());
-        parts.pop_back();
-        parts.back().state->merge(*last.state);
-    }
-    std::unique_ptr<AccumulatorState> state = std::move(parts.front().state);
-    parts.clear();
-    return state;
+    std::unique_ptr<AccumulatorState> state = order == Order::FirstToLast ? std::move(gathered) : tree.whole();
+    return state ? std::move(state) : mustBe(accumulation.newState(), "state");
 }
 
 }  // namespace velmorak

@@ -22,11 +22,15 @@ public:
     virtual ~TableReader() = default;
     virtual const Schema& schema() const = 0;
     /// Fills the next chunk with rowsInChunk(schema()) rows, fewer at the end and where ChunkSize.h limits the bytes.
-    /// The run sets number and firstRow.
+    /// The run sets number and firstRow. A reader of several files sets file: it never falls, and the rows of a chunk
+    /// come from one file, so that the last chunk of each file may have fewer rows.
     /// @return false if there are no more rows; the chunk then has none.
     virtual bool next(Chunk& chunk) = 0;
+    /// Number of files that the rows come from, one after the other; at least 1, which is right for any other table.
+    /// The states of accumulators are merged within each file first, so that they do not depend on the other files.
+    virtual std::uint64_t fileCount() const { return 1; }
     /// Second stage of a reader whose next sets only the number of rows: computes the columns of a chunk from its
-    /// number and firstRow. Not called for a chunk that no consumer needs.
+    /// file, number and firstRow. Not called for a chunk that no consumer needs.
     /// Threads: several at once for different chunks, also while next produces later ones.
     virtual void complete(Chunk& /*chunk*/) const {}
     /// Progress from 0 to 1, by bytes or rows; no value if unknown.
@@ -79,6 +83,9 @@ public:
                                                                RunContext& context) const = 0;
 };
 
+class StateReader;
+class StateWriter;
+
 /// A partial result of an accumulator, filled by one thread.
 class AccumulatorState {
 public:
@@ -86,6 +93,12 @@ public:
     virtual void fill(const Chunk& chunk) = 0;
     /// Adds the state that follows this one in chunk order. other has the same class and is not used afterwards.
     virtual void merge(AccumulatorState& other) = 0;
+    /// Writes everything that fill and merge have changed, so that load gives the same bits (StateBytes.h).
+    /// @throws Failure if the state cannot be saved, as the default does.
+    virtual void save(StateWriter& writer) const;
+    /// Reads what save wrote. Called for a new state of an accumulation with the same schema and values; it is not used
+    /// after a Failure. The bytes may be damaged: load checks what it reads before using it.
+    virtual void load(StateReader& reader);
 };
 
 /// An accumulator prepared for one schema and one set of values.
@@ -98,9 +111,11 @@ public:
     virtual void finish(AccumulatorState& state, Results& results) = 0;
 };
 
-/// Computes values from a table. Each chunk fills its own state; states are merged pairwise in a tree that depends only
-/// on the chunk numbers, so that the result has the same bits for any number of threads. A kind that must merge
-/// strictly from first to last, for example because it writes the states to a file, overrides mergeOrder.
+/// Computes values from a table. Each chunk fills its own state; the states of a file are merged pairwise in a tree
+/// that depends only on the chunk numbers, and those of several files, or tables of a concatenation, in another such
+/// tree. So the result has the same bits for any number of threads, and a file has the same state among any others. A
+/// kind that must merge strictly from first to last, for example because it writes the states to a file, overrides
+/// mergeOrder.
 class Accumulator : public Kind {
 public:
     enum class MergeOrder { Tree, FirstToLast };

@@ -83,12 +83,14 @@ using ColumnPtr = std::shared_ptr<const Column>;
 
 /// Consecutive rows of a table. A row-wise kind keeps number and firstRow of its input chunk even if it drops rows.
 struct Chunk {
-    std::uint64_t number = 0;        ///< 0, 1, 2, ... in source order.
+    std::uint64_t number = 0;        ///< 0, 1, 2, ... in the order of the source's rows, from the first of each file.
     std::uint64_t firstRow = 0;      ///< Source row of the chunk's beginning, for messages; counted from 0.
     std::size_t rows = 0;            ///< Rows in the chunk, without dropped ones.
     std::vector<ColumnPtr> columns;  ///< In the order of the schema.
     /// Rows of this table in all previous chunks; set only for a RowOperation that countsRows().
     std::uint64_t rowsBefore = 0;
+    /// File of a source that reads several (TableReader::fileCount), counted from 0 in the order of its list.
+    std::uint64_t file = 0;
 };
 
 /// Filters a column.

@@ -75,13 +75,51 @@ public:
         std::copy_if(chunk.columns[0]->reals().begin(), chunk.columns[0]->reals().end(), std::back_inserter(kept),
                      [this](double x) { return x > cut; });
         const std::size_t rows = kept.size();
-        return {chunk.number, chunk.firstRow, rows, {std::make_shared<Column>(Column{std::move(kept), {}})}};
+        Chunk out;
+        out.rows = rows;
+        out.columns = {std::make_shared<Column>(Column{std::move(kept), {}})};
+        return out;
     }
 
 private:
     const CutKind& kind;
     Schema columns;
     double cut;
+};
+
+class JoinOperation : public RowOperation {
+public:
+    explicit JoinOperation(Schema schema) : columns(std::move(schema)) {}
+    const Schema& schema() const override { return columns; }
+    Chunk apply(const Chunk& chunk) const override { return chunk; }
+
+private:
+    Schema columns;
+};
+
+class HeadOperation : public RowOperation {
+public:
+    HeadOperation(Schema schema, std::uint64_t count) : columns(std::move(schema)), count(count) {}
+    const Schema& schema() const override { return columns; }
+    bool countsRows() const override { return true; }
+    std::optional<std::uint64_t> rowLimit() const override { return count; }
+    Chunk apply(const Chunk& chunk) const override {
+        std::vector<std::uint8_t> keep(chunk.rows);
+        Chunk out = chunk;
+        out.rows = 0;
+        for (std::size_t row = 0; row < chunk.rows; ++row) {
+            keep[row] = chunk.rowsBefore + row < count ? 1 : 0;
+            out.rows += keep[row];
+        }
+        for (ColumnPtr& column : out.columns) {
+            column = keepRows(*column, keep);
+        }
+        return out;
+    }
+
+private:
+    Schema columns;
+    std::uint64_t count;
 };
 
 struct SumState : AccumulatorState {
@@ -184,6 +222,28 @@ double valueOfRow(std::uint64_t row) {
     const std::uint64_t mixed = (row + 1) * 0x9e3779b97f4a7c15U;
     const double mantissa = static_cast<double>(mixed >> 11) * 0x1p-53;
     return std::ldexp(mantissa - 0.25, static_cast<int>(mixed % 40));
+}
+
+Ports JoinKind::ports(const ValueTexts&) const {
+    return {{wireInput("first", ValueType::Table), wireInput("second", ValueType::Table)},
+            {output("table", ValueType::Table)}};
+}
+
+std::vector<std::unique_ptr<RowOperation>> JoinKind::prepare(const Arguments&, const std::vector<Schema>& schemas,
+                                                             RunContext&) const {
+    std::vector<std::unique_ptr<RowOperation>> operations;
+    for (const Schema& schema : schemas) {
+        operations.push_back(std::make_unique<JoinOperation>(schema));
+    }
+    return operations;
+}
+
+Ports HeadKind::ports(const ValueTexts&) const {
+    return {{wireInput("table", ValueType::Table), numberInput("count", "10")}, {output("table", ValueType::Table)}};
+}
+
+std::unique_ptr<RowOperation> HeadKind::prepare(const Arguments& arguments, const Schema& schema, RunContext&) const {
+    return std::make_unique<HeadOperation>(schema, static_cast<std::uint64_t>(arguments.integer("count")));
 }
 
 Ports RowSource::ports(const ValueTexts&) const {

@@ -55,6 +55,25 @@ public:
     std::function<void(const Chunk& chunk)> beforeApply;
 };
 
+/// Puts the tables of "first" and "second" one after the other.
+class JoinKind : public Concatenation {
+public:
+    std::string name() const override { return "Join"; }
+    std::string summary() const override { return "Joins."; }
+    Ports ports(const ValueTexts&) const override;
+    std::vector<std::unique_ptr<RowOperation>> prepare(const Arguments&, const std::vector<Schema>& schemas,
+                                                       RunContext&) const override;
+};
+
+/// Keeps as many rows as its input "count" says.
+class HeadKind : public RowWise {
+public:
+    std::string name() const override { return "Head"; }
+    std::string summary() const override { return "Keeps the first rows."; }
+    Ports ports(const ValueTexts&) const override;
+    std::unique_ptr<RowOperation> prepare(const Arguments& arguments, const Schema& schema, RunContext&) const override;
+};
+
 /// Sums up x times its input "scale".
 class SumKind : public Accumulator {
 public:

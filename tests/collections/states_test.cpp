@@ -1,0 +1,354 @@
+#include "KindHarness.h"
+
+#include "run/pass/StateMerger.h"
+#include "table/Bytes.h"
+
+#include <velmorak/ObjectBytes.h>
+#include <velmorak/OrderedAccumulation.h>
+#include <velmorak/StateBytes.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <filesystem>
+#include <limits>
+#include <map>
+#include <random>
+#include <set>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace velmorak;
+using test::KindHarness;
+using test::shippedGroups;
+using test::SmallTable;
+
+/// Kinds whose states cannot be saved yet. Each must fail with the sentence that says so.
+const std::set<std::string> unsaved = {"Histogram1D", "Histogram2D", "Profile1D"};
+
+/// Values of a plug-in, and the table that it gets.
+struct Case {
+    std::string kind;
+    std::string tableInput;
+    ValueTexts values;
+    std::size_t chunks = 23;
+    std::size_t rowsInChunk = 9;
+};
+
+/// Several for each kind that accumulates: one for each class of its states and each form that they can have.
+std::vector<Case> cases() {
+    const ValueTexts plane = {{"x", "x"},     {"y", "y"},     {"weight", "w"}, {"xbins", "8"}, {"xlow", "-2"},
+                              {"xhigh", "2"}, {"ybins", "7"}, {"ylow", "-2"},  {"yhigh", "2"}};
+    ValueTexts wide = plane;
+    wide["xbins"] = "300";
+    wide["ybins"] = "200";
+    return {
+        {"Statistics", "data", {{"expression", "y"}, {"weight", "w"}}},
+        {"Statistics", "data", {{"expression", "y"}, {"weight", "w"}}, 23, 900},
+        {"Statistics", "data", {{"expression", "x"}}},
+        {"Statistics", "data", {{"expression", "k"}}},
+        {"CutFlow", "table", {{"cuts", "first: x > -1; second: y < 1"}, {"weight", "y"}}},
+        {"CutFlow", "table", {{"cuts", "first: k > 3"}}},
+        {"Print", "object", {{"rows", "40"}}},
+        {"Print", "object", {{"rows", "0"}}},
+        {"CsvWriter", "object", {}},
+        {"AidaWriter", "object", {}},
+        {"Histogram1D", "table", {{"expression", "x"}, {"weight", "w"}, {"low", "-2"}, {"high", "2"}}},
+        {"Histogram1D", "table", {{"expression", "x"}, {"low", "-2"}, {"high", "2"}, {"bins", "40000"}}},
+        {"Histogram1D", "table", {{"expression", "k"}, {"range", "automatic"}, {"bins", "10"}}},
+        {"Histogram1D", "table", {{"expression", "k"}, {"range", "automatic"}, {"bins", "10"}}, 23, 90},
+        {"Histogram2D", "table", plane},
+        {"Histogram2D", "table", wide},
+        {"Profile1D", "table", {{"x", "x"}, {"y", "y"}, {"weight", "w"}, {"low", "-2"}, {"high", "2"}}},
+        {"Profile1D", "table", {{"x", "x"}, {"y", "y"}, {"low", "-2"}, {"high", "2"}, {"bins", "40000"}}},
+        {"Profile1D", "table", {{"x", "k"}, {"y", "y"}, {"range", "automatic"}, {"bins", "10"}}, 23, 90},
+    };
+}
+
+std::vector<Case> savedCases() {
+    std::vector<Case> saved = cases();
+    std::erase_if(saved, [](const Case& each) { return unsaved.contains(each.kind); });
+    return saved;
+}
+
+double oneOf(std::mt19937_64& random, double otherwise) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    constexpr std::array special = {std::numeric_limits<double>::quiet_NaN(), infinity, -infinity, -0.0};
+    return random() % 40 == 0 ? special[random() % special.size()] : otherwise;
+}
+
+/// x with NaN and infinities, finite y, weights w of both signs, small integers k.
+SmallTable tableFor(const Case& each) {
+    std::mt19937_64 random(7);
+    std::normal_distribution<double> gauss;
+    std::vector<std::pair<std::string, std::vector<double>>> columns = {{"x", {}}, {"y", {}}, {"w", {}}, {"k", {}}};
+    for (std::size_t row = 0; row < each.chunks * each.rowsInChunk; ++row) {
+        columns[0].second.push_back(oneOf(random, gauss(random)));
+        columns[1].second.push_back(gauss(random));
+        columns[2].second.push_back(gauss(random) + 0.5);
+        columns[3].second.push_back(static_cast<double>(random() % 10));
+    }
+    return test::tableOf(columns, each.rowsInChunk);
+}
+
+/// A prepared accumulation: each stands for a process of its own.
+class Bench {
+public:
+    explicit Bench(const Case& each)
+        : harness(each.kind), table(tableFor(each)), kindName(each.kind), orderOfKind(orderOf(harness.kind())) {
+        for (const auto& [input, value] : each.values) {
+            harness.set(input, value);
+        }
+        harness.wire(each.tableInput, table).expectWarnings();
+        prepared = harness.accumulation();
+    }
+
+    std::unique_ptr<AccumulatorState> empty() const { return prepared->newState(); }
+    std::unique_ptr<AccumulatorState> filled(std::size_t chunk) const {
+        std::unique_ptr<AccumulatorState> state = empty();
+        state->fill(table.chunks[chunk]);
+        return state;
+    }
+    std::unique_ptr<AccumulatorState> loaded(const std::string& bytes) const {
+        std::unique_ptr<AccumulatorState> state = empty();
+        loadState(*state, bytes, kindName);
+        return state;
+    }
+    std::string saved(const AccumulatorState& state) const { return savedState(state, kindName); }
+    bool isOrdered() const {
+        return orderOfKind == Accumulator::MergeOrder::FirstToLast ||
+               dynamic_cast<const OrderedAccumulation*>(prepared.get());
+    }
+    StateMerger merger() const { return {*prepared, orderOfKind}; }
+    std::size_t chunks() const { return table.chunks.size(); }
+
+    /// Every bit of the results: values, messages and files.
+    std::string results(AccumulatorState& state) {
+        harness.finish(*prepared, state);
+        std::string text = harness.told();
+        for (const auto& [output, value] : harness.values()) {
+            text += output + "=" + std::visit([](const auto& it) { return bitsOf(it); }, value) + "\n";
+        }
+        for (const auto& file : std::filesystem::directory_iterator(harness.folder())) {
+            text += test::textIn(file.path());
+        }
+        return text;
+    }
+
+private:
+    static Accumulator::MergeOrder orderOf(const Kind& kind) {
+        return dynamic_cast<const Accumulator&>(kind).mergeOrder();
+    }
+    static std::string bitsOf(double number) { return std::to_string(std::bit_cast<std::uint64_t>(number)); }
+    static std::string bitsOf(const std::string& text) { return text; }
+    static std::string bitsOf(const DataObjectPtr& object) { return bytesOf(*object); }
+    template <typename Other>
+    static std::string bitsOf(const Other&) {
+        return "nothing";
+    }
+
+    KindHarness harness;
+    SmallTable table;
+    std::string kindName;
+    Accumulator::MergeOrder orderOfKind;
+    std::unique_ptr<Accumulation> prepared;
+};
+
+std::string nameOf(const Case& each, std::size_t number) {
+    return each.kind + ", case " + std::to_string(number);
+}
+
+std::string resultsOf(const Case& each) {
+    Bench bench(each);
+    StateMerger merger = bench.merger();
+    for (std::size_t chunk = 0; chunk < bench.chunks(); ++chunk) {
+        merger.take({0, chunk}, bench.filled(chunk));
+    }
+    return bench.results(*merger.whole());
+}
+
+/// Every process but the last saves the states of some chunks; the last one loads them and takes the other chunks.
+std::string resultsOfTree(const Case& each, std::size_t cut) {
+    const Bench first(each);
+    MergeTree before;
+    for (std::size_t chunk = 0; chunk < cut; ++chunk) {
+        before.take({0, chunk}, first.loaded(first.saved(*first.filled(chunk))));
+    }
+    Bench second(each);
+    MergeTree whole;
+    for (TreeNode& part : before.release()) {
+        part.node.state = second.loaded(first.saved(*part.node.state));
+        whole.take(std::move(part));
+    }
+    for (std::size_t chunk = cut; chunk < second.chunks(); ++chunk) {
+        whole.take({0, chunk}, second.filled(chunk));
+    }
+    return second.results(*whole.whole());
+}
+
+std::string resultsInOrder(const Case& each, std::size_t cut) {
+    const Bench first(each);
+    std::unique_ptr<AccumulatorState> state = first.empty();
+    for (std::size_t chunk = 0; chunk < cut; ++chunk) {
+        state->merge(*first.loaded(first.saved(*first.filled(chunk))));
+    }
+    Bench second(each);
+    const std::unique_ptr<AccumulatorState> whole = second.loaded(first.saved(*state));
+    for (std::size_t chunk = cut; chunk < second.chunks(); ++chunk) {
+        whole->merge(*second.filled(chunk));
+    }
+    return second.results(*whole);
+}
+
+TEST(ShippedStates, ofEveryAccumulatorAreTested) {
+    std::set<std::string> tested;
+    for (const Case& each : cases()) {
+        tested.insert(each.kind);
+    }
+    for (const auto& group : shippedGroups()) {
+        for (const auto& kind : group.kinds) {
+            if (dynamic_cast<const Accumulator*>(kind.get())) {
+                EXPECT_TRUE(tested.contains(kind->name())) << kind->name() << " needs a case above";
+            }
+        }
+    }
+}
+
+TEST(ShippedStates, goOnWithTheSameBitsAfterTheyWereLoaded) {
+    std::mt19937 random(11);
+    std::size_t number = 0;
+    for (const Case& each : savedCases()) {
+        const std::string name = nameOf(each, number++);
+        const std::string expected = resultsOf(each);
+        for (const std::size_t cut : {std::size_t{0}, random() % each.chunks, random() % each.chunks, each.chunks}) {
+            const bool isOrdered = Bench(each).isOrdered();
+            EXPECT_EQ(isOrdered ? resultsInOrder(each, cut) : resultsOfTree(each, cut), expected)
+                << name << ", cut at chunk " << cut;
+        }
+    }
+}
+
+TEST(ShippedStates, thatCannotBeSavedSaySo) {
+    for (const Case& each : cases()) {
+        if (unsaved.contains(each.kind)) {
+            const Bench bench(each);
+            EXPECT_THROW(bench.saved(*bench.filled(0)), Failure) << "take " << each.kind << " out of the list";
+        }
+    }
+}
+
+std::string resealed(std::string bytes) {
+    const std::uint64_t sum = checksum(bytes);
+    return bytes.append(reinterpret_cast<const char*>(&sum), sizeof sum);
+}
+
+/// Loads the bytes, and merges what comes out on either side.
+std::unique_ptr<AccumulatorState> merged(const Bench& bench, const std::string& bytes) {
+    const std::unique_ptr<AccumulatorState> state = bench.loaded(bytes);
+    state->merge(*bench.filled(0));
+    std::unique_ptr<AccumulatorState> whole = bench.filled(1);
+    whole->merge(*state);
+    return whole;
+}
+
+/// Gives the damaged byte a right checksum, and uses the state as the run would.
+/// @param bench a new one if the state is finished, too.
+void use(Bench& bench, std::string bytes, bool isFinished) {
+    bytes.resize(bytes.size() - sizeof(std::uint64_t));
+    try {
+        const std::unique_ptr<AccumulatorState> whole = merged(bench, resealed(bytes));
+        if (isFinished) {
+            bench.results(*whole);
+        }
+    } catch (const Failure& failure) {
+        EXPECT_STRNE(failure.what(), "");
+    } catch (const std::exception& error) {  // Of numbers that make no sense together; the run reports it.
+        EXPECT_STRNE(error.what(), "");
+    }
+}
+
+/// The state of the first chunks of a case. Ordered accumulations are merged into a new one, as in a run.
+std::string someBytes(const Case& each) {
+    const Bench bench(each);
+    const std::unique_ptr<AccumulatorState> state = bench.isOrdered() ? bench.empty() : bench.filled(0);
+    for (std::size_t chunk = 1; chunk < each.chunks; ++chunk) {
+        state->merge(*bench.filled(chunk));
+    }
+    return bench.saved(*state);
+}
+
+TEST(ShippedStates, thatEndTooEarlyAreRefused) {
+    for (const Case& each : savedCases()) {
+        const std::string bytes = someBytes(each);
+        const std::string body = bytes.substr(0, bytes.size() - sizeof(std::uint64_t));
+        const Bench bench(each);
+        const std::size_t step = bytes.size() < 20000 ? 1 : bytes.size() / 1000;
+        for (std::size_t size = 0; size < bytes.size(); size += step) {
+            EXPECT_THROW(bench.loaded(bytes.substr(0, size)), Failure) << each.kind << ", " << size;
+        }
+        for (std::size_t size = 0; size < body.size(); size += step) {
+            EXPECT_THROW(bench.loaded(resealed(body.substr(0, size))), Failure) << each.kind << ", " << size;
+        }
+    }
+}
+
+TEST(ShippedStates, thatAreDamagedGiveAFailureOrAState) {
+    std::mt19937 random(3);
+    for (const Case& each : savedCases()) {
+        const std::string bytes = someBytes(each);
+        Bench bench(each);
+        // What decides about the rest is at the beginning: each byte of it, and 1000 of all.
+        constexpr std::size_t first = 200;
+        for (std::size_t i = 0; i < first + 1000; ++i) {
+            std::string damaged = bytes;
+            const std::size_t at = i < std::min(first, bytes.size()) ? i : random() % bytes.size();
+            damaged[at] = static_cast<char>(damaged[at] ^ static_cast<char>(1 + random() % 255));
+            EXPECT_THROW(bench.loaded(damaged), Failure) << each.kind << ", " << at;
+            use(bench, damaged, false);
+            if (i % 20 == 0) {
+                Bench another(each);
+                use(another, damaged, true);
+            }
+        }
+    }
+}
+
+/// Numbers whose sums are exact in any order.
+SmallTable exactTable(std::size_t rows) {
+    std::vector<double> x;
+    std::vector<double> y;
+    for (std::size_t row = 0; row < rows; ++row) {
+        x.push_back(static_cast<double>(row * 7 % 300));
+        y.push_back(static_cast<double>(row * 11 % 200));
+    }
+    return test::tableOf({{"x", x}, {"y", y}}, 50);
+}
+
+TEST(ShippedStates, ofLargeHistogramsAreMergedOverFiles) {
+    std::vector<std::string> results;
+    for (const std::size_t chunksInFile : {100U, 3U, 1U}) {
+        KindHarness harness("Histogram2D");
+        for (const auto& [input, value] : ValueTexts{
+                 {"x", "x"}, {"y", "y"}, {"xbins", "300"}, {"ybins", "200"}, {"xhigh", "300"}, {"yhigh", "200"}}) {
+            harness.set(input, value);
+        }
+        const SmallTable table = exactTable(1000);
+        harness.wire("table", table);
+        const auto accumulation = harness.accumulation();
+        StateMerger merger(*accumulation, Accumulator::MergeOrder::Tree);
+        for (std::size_t chunk = 0; chunk < table.chunks.size(); ++chunk) {
+            std::unique_ptr<AccumulatorState> state = accumulation->newState();
+            state->fill(table.chunks[chunk]);
+            merger.take({chunk / chunksInFile, chunk % chunksInFile}, std::move(state));
+        }
+        harness.finish(*accumulation, *merger.whole());
+        results.push_back(bytesOf(*std::get<DataObjectPtr>(harness.value("histogram"))));
+    }
+    EXPECT_EQ(results[1], results[0]) << "3 chunks in each file";
+    EXPECT_EQ(results[2], results[0]) << "1 chunk in each file";
+}
+
+}  // namespace
