@@ -50,6 +50,7 @@ public:
     std::string failure();
 
     double number(const std::string& output) const;
+    NumberWithError numberWithError(const std::string& output) const;
     Value value(const std::string& output) const { return outputs.at(output); }
     HistogramPtr histogram(const std::string& output) const;
     template <typename Object>
