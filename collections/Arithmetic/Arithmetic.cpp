@@ -4,10 +4,28 @@ namespace velmorak {
 
 namespace {
 
+constexpr const char* errorNotes =
+    "The result has an error if the numbers have: to first order, with the correlation of numbers that come from the "
+    "same fit.";
+
+struct Pair {
+    explicit Pair(const Arguments& arguments) : a(arguments.numberWithError("a")), b(arguments.numberWithError("b")) {}
+
+    /// @return the result of an operation with these derivatives.
+    NumberWithError result(double value, double byA, double byB) const {
+        return withPropagatedError(value, {{a, byA}, {b, byB}});
+    }
+
+    NumberWithError a;
+    NumberWithError b;
+};
+
 class AdderKind : public Function {
 public:
     std::string name() const override { return "Adder"; }
     std::string summary() const override;
+    std::string notes() const override { return errorNotes; }
+    int version() const override { return 2; }
     Ports ports(const ValueTexts& values) const override;
     void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
 };
@@ -16,6 +34,8 @@ class SubtractorKind : public Function {
 public:
     std::string name() const override { return "Subtractor"; }
     std::string summary() const override;
+    std::string notes() const override { return errorNotes; }
+    int version() const override { return 2; }
     Ports ports(const ValueTexts& values) const override;
     void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
 };
@@ -24,6 +44,8 @@ class MultiplierKind : public Function {
 public:
     std::string name() const override { return "Multiplier"; }
     std::string summary() const override;
+    std::string notes() const override { return errorNotes; }
+    int version() const override { return 2; }
     Ports ports(const ValueTexts& values) const override;
     void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
 };
@@ -33,6 +55,7 @@ public:
     std::string name() const override { return "Divider"; }
     std::string summary() const override;
     std::string notes() const override;
+    int version() const override { return 2; }
     Ports ports(const ValueTexts& values) const override;
     void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
 };
@@ -52,7 +75,8 @@ Ports AdderKind::ports(const ValueTexts&) const {
 }
 
 void AdderKind::evaluate(const Arguments& arguments, Results& results, RunContext&) const {
-    results.set("sum", arguments.number("a") + arguments.number("b"));
+    const Pair pair(arguments);
+    results.set("sum", pair.result(pair.a.value() + pair.b.value(), 1.0, 1.0));
 }
 
 std::string SubtractorKind::summary() const {
@@ -68,7 +92,8 @@ Ports SubtractorKind::ports(const ValueTexts&) const {
 }
 
 void SubtractorKind::evaluate(const Arguments& arguments, Results& results, RunContext&) const {
-    results.set("difference", arguments.number("a") - arguments.number("b"));
+    const Pair pair(arguments);
+    results.set("difference", pair.result(pair.a.value() - pair.b.value(), 1.0, -1.0));
 }
 
 std::string MultiplierKind::summary() const {
@@ -84,7 +109,8 @@ Ports MultiplierKind::ports(const ValueTexts&) const {
 }
 
 void MultiplierKind::evaluate(const Arguments& arguments, Results& results, RunContext&) const {
-    results.set("product", arguments.number("a") * arguments.number("b"));
+    const Pair pair(arguments);
+    results.set("product", pair.result(pair.a.value() * pair.b.value(), pair.b.value(), pair.a.value()));
 }
 
 std::string DividerKind::summary() const {
@@ -92,7 +118,8 @@ std::string DividerKind::summary() const {
 }
 
 std::string DividerKind::notes() const {
-    return "Division by 0 is not an error: it gives plus or minus Infinity, and 0 / 0 gives NaN.";
+    return std::string("Division by 0 is not an error: it gives plus or minus Infinity, and 0 / 0 gives NaN.\n\n") +
+           errorNotes;
 }
 
 Ports DividerKind::ports(const ValueTexts&) const {
@@ -104,7 +131,9 @@ Ports DividerKind::ports(const ValueTexts&) const {
 }
 
 void DividerKind::evaluate(const Arguments& arguments, Results& results, RunContext&) const {
-    results.set("quotient", arguments.number("a") / arguments.number("b"));
+    const Pair pair(arguments);
+    const double quotient = pair.a.value() / pair.b.value();
+    results.set("quotient", pair.result(quotient, 1.0 / pair.b.value(), -quotient / pair.b.value()));
 }
 
 std::unique_ptr<Kind> makeAdder() {

@@ -13,6 +13,16 @@ public:
     void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
 };
 
+/// Gives the value and the error entered as one number.
+class MeasurementKind : public Function {
+public:
+    std::string name() const override { return "Measurement"; }
+    std::string summary() const override;
+    std::string notes() const override;
+    Ports ports(const ValueTexts& values) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
 /// Gives the text entered as its value.
 class TextKind : public Function {
 public:
@@ -40,6 +50,34 @@ void NumberKind::evaluate(const Arguments& arguments, Results& results, RunConte
     results.set("number", arguments.number("value"));
 }
 
+std::string MeasurementKind::summary() const {
+    return "Gives a number with an error that you enter, for example an efficiency measured elsewhere.";
+}
+
+std::string MeasurementKind::notes() const {
+    return "The number is independent of all other numbers. The same measurement must therefore come from one plug-in, "
+           "wired to all that use it. The error of a `Function` takes it into account.";
+}
+
+Ports MeasurementKind::ports(const ValueTexts&) const {
+    Ports ports;
+    ports.inputs = {
+        {.name = "value", .description = "The number, in the unit expected by whatever it is wired to.", .value = "0"},
+        {.name = "error",
+         .description = "Its error (standard deviation), in the same unit; 0 or more.",
+         .value = "0",
+         .minimum = 0.0}};
+    ports.outputs = {{.name = "number", .description = "The number with its error."}};
+    return ports;
+}
+
+void MeasurementKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
+    const double value = arguments.number("value");
+    const double error = arguments.number("error");
+    const CovarianceMatrix variance{.origin = context.pluginName(), .names = {"number"}, .elements = {error * error}};
+    results.set("number", error == 0.0 ? Value(value) : Value(numbersWithErrors({value}, variance).front()));
+}
+
 std::string TextKind::summary() const {
     return "Gives a text that you enter, for example a title or an expression.";
 }
@@ -57,6 +95,10 @@ void TextKind::evaluate(const Arguments& arguments, Results& results, RunContext
 
 std::unique_ptr<Kind> makeNumber() {
     return std::make_unique<NumberKind>();
+}
+
+std::unique_ptr<Kind> makeMeasurement() {
+    return std::make_unique<MeasurementKind>();
 }
 
 std::unique_ptr<Kind> makeText() {

@@ -10,4 +10,5 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeMultiplier());
     registry.add(makeDivider());
     registry.add(makeFunction());
+    registry.add(makeMeasurement());
 }

@@ -8,6 +8,7 @@
 namespace velmorak {
 
 std::unique_ptr<Kind> makeNumber();
+std::unique_ptr<Kind> makeMeasurement();
 std::unique_ptr<Kind> makeText();
 std::unique_ptr<Kind> makeAdder();
 std::unique_ptr<Kind> makeSubtractor();

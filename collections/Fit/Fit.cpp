@@ -117,6 +117,27 @@ std::string covarianceText(const std::vector<std::string>& names, const FitResul
     return text;
 }
 
+CovarianceMatrix covarianceMatrix(const std::vector<std::string>& names, const FitResult& result,
+                                  const RunContext& context) {
+    CovarianceMatrix covariance{.origin = context.pluginName(), .names = names, .elements = {}};
+    for (const std::vector<double>& row : result.covariance) {
+        covariance.elements.insert(covariance.elements.end(), row.begin(), row.end());
+    }
+    return covariance;
+}
+
+void setParameters(const std::vector<std::string>& names, const FitResult& result, Results& results,
+                   const RunContext& context) {
+    const std::vector<NumberWithError> numbers =
+        numbersWithErrors(result.values, covarianceMatrix(names, result, context));
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        // A fixed parameter, or one at its limit, is a number without an error.
+        const bool hasError = result.errors[i] != 0.0;
+        results.set(names[i], hasError ? Value(numbers[i]) : Value(result.values[i]));
+        results.set(names[i] + errorSuffix, result.errors[i]);
+    }
+}
+
 double reduced(const FitResult& result) {
     return result.ndf > 0.0 ? result.chi2 / result.ndf : std::numeric_limits<double>::quiet_NaN();
 }
@@ -147,6 +168,7 @@ public:
     std::string name() const override { return "Fit"; }
     std::string summary() const override;
     std::string notes() const override;
+    int version() const override { return 2; }
     Ports ports(const ValueTexts& values) const override;
     std::string refusal(const std::string& input, const std::string& value) const override;
     void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
@@ -170,8 +192,9 @@ std::string FitKind::notes() const {
 is already used gets the next number: `gauss + gauss` has `mean` and `mean_2`. The parameters of a shape can also be given, as shared
 parameters or expressions: `gauss(x, n, m, s) + gauss(x, k, m, 3*s)`. The amplitude is the height of the peak, `gamma` the full
 width at half of it, `alpha` where the tail begins, in sigmas below the mean (J. E. Gaiser, SLAC-R-255 (1982), appendix F).
-Each parameter has two outputs: its fitted value, and its error under the name with `_error`. The model determines the
-outputs and therefore cannot be wired.
+Each parameter has two outputs: its fitted value, and its error under the name with `_error`. The value carries its error
+and its covariance with the other parameters along the wire: `Print` and `Report` show it as `91.21 ± 0.04`, and a `Function` of
+several parameters has the right error. The model determines the outputs and therefore cannot be wired.
 
 **Start.** `mean=91.2 [80,100], sigma=2.5 fixed, n [0,]`: start value, limits, and whether the parameter is fixed. Other start
 values are estimated: positions and widths of shapes by a scan over the range, one shape after the other, with the heights
@@ -210,7 +233,8 @@ Ports FitKind::ports(const ValueTexts& values) const {
     }
     const FitModel model = modelFrom(text);
     for (const std::string& name : model.parameters()) {
-        ports.outputs.push_back({.name = name, .description = "Fitted value of the parameter, in its unit."});
+        ports.outputs.push_back(
+            {.name = name, .description = "Fitted value of the parameter, in its unit, with its error."});
         ports.outputs.push_back({.name = name + errorSuffix,
                                  .description = "Standard deviation of the parameter, in its unit; 0 if fixed."});
     }
@@ -253,10 +277,7 @@ void FitKind::evaluate(const Arguments& arguments, Results& results, RunContext&
     results.set("entries", static_cast<double>(result.entriesUsed));
     results.set("status", result.status);
     results.set("covariance", covarianceText(model.parameters(), result));
-    for (std::size_t i = 0; i < result.values.size(); ++i) {
-        results.set(model.parameters()[i], result.values[i]);
-        results.set(model.parameters()[i] + errorSuffix, result.errors[i]);
-    }
+    setParameters(model.parameters(), result, results, context);
 }
 
 std::unique_ptr<Kind> makeFit() {

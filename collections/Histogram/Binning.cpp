@@ -1,6 +1,7 @@
 #include "Binning.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/FormatMeasurement.h>
 
 #include <algorithm>
 #include <cmath>
@@ -43,7 +44,7 @@ std::vector<double> edgesIn(const std::string& text, const std::string& input) {
         throw Failure(input, "at least two edges are needed");
     }
     if (static_cast<double>(edges.size() - 1) > maxBins) {
-        throw Failure(input, "there are more than " + textOf(maxBins) + " bins");
+        throw Failure(input, "there are more than " + formatNumber(maxBins) + " bins");
     }
     return edges;
 }
@@ -100,7 +101,7 @@ bool isRangeAutomatic(const Arguments& arguments) {
         return false;
     }
     if (arguments.number("bins") > maxAutomaticBins) {
-        throw Failure("bins", "an automatic range has at most " + textOf(maxAutomaticBins) + " bins");
+        throw Failure("bins", "an automatic range has at most " + formatNumber(maxAutomaticBins) + " bins");
     }
     return true;
 }

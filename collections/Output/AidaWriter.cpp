@@ -55,7 +55,7 @@ std::string unusedName(const std::string& name, const std::vector<AidaContents::
     std::string candidate = name;
     const auto hasCandidate = [&](const AidaContents::Object& object) { return object.name == candidate; };
     for (int number = 2; std::any_of(objects.begin(), objects.end(), hasCandidate); ++number) {
-        candidate = name + "_" + textOf(number);
+        candidate = name + "_" + std::to_string(number);
     }
     return candidate;
 }

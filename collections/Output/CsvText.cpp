@@ -1,5 +1,7 @@
 #include "CsvText.h"
 
+#include <velmorak/FormatMeasurement.h>
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -101,7 +103,7 @@ std::string csvRows(const ObjectTable& table, char delimiter) {
                 text += delimiter;
             }
             if (row[i].isCount) {
-                text += textOf(row[i].value);
+                text += formatNumber(row[i].value);
             } else {
                 append(text, row[i].value);
             }

@@ -33,7 +33,7 @@ std::string heightTitle(const BinSums& sums, const Axis& axis, const std::string
     if (!axis.isRegular() || unit.empty()) {
         return quantity + " / bin";
     }
-    const std::string width = roundedText(axis.width(0));
+    const std::string width = roundedOrWhole(axis.width(0));
     return quantity + " / " + (width == "1" ? unit : "(" + width + " " + unit + ")");
 }
 

@@ -3,6 +3,8 @@
 #include "FitNotes.h"
 #include "PlotText.h"
 
+#include <velmorak/FormatMeasurement.h>
+
 #include <cmath>
 
 namespace velmorak {
@@ -61,10 +63,10 @@ std::string momentLine(std::int64_t entries, const Moments& x, const Moments& y)
 std::vector<StatisticsRow> statisticsOf(const Histogram1D& histogram) {
     std::vector<StatisticsRow> rows = momentRows(histogram.inRange().entries, histogram.mean(), histogram.rms());
     if (histogram.underflow().entries > 0) {
-        rows.push_back({"Underflow", roundedText(histogram.underflow().w)});
+        rows.push_back({"Underflow", roundedOrWhole(histogram.underflow().w)});
     }
     if (histogram.overflow().entries > 0) {
-        rows.push_back({"Overflow", roundedText(histogram.overflow().w)});
+        rows.push_back({"Overflow", roundedOrWhole(histogram.overflow().w)});
     }
     if (histogram.nanEntries() > 0) {
         rows.push_back({"NaN", countText(histogram.nanEntries())});
@@ -82,15 +84,16 @@ std::vector<StatisticsRow> statisticsOf(const FunctionObject& function) {
     const FitNotes notes = fitNotesOf(function);
     std::vector<StatisticsRow> rows;
     if (notes.chi2 && notes.ndf) {
-        rows.push_back({"χ²/ndf", roundedText(*notes.chi2) + " / " + roundedText(*notes.ndf)});
+        rows.push_back({"χ²/ndf", roundedText(*notes.chi2) + " / " + formatNumber(*notes.ndf)});
     }
     if (notes.pValue) {
         rows.push_back({"p-value", roundedText(*notes.pValue)});
     }
     for (std::size_t i = 0; i < function.parameters.size(); ++i) {
         const FunctionObject::Parameter& parameter = function.parameters[i];
-        rows.push_back({parameter.name,
-                        notes.errors[i] ? withError(parameter.value, *notes.errors[i]) : roundedText(parameter.value)});
+        const double error = notes.errors[i].value_or(0.0);
+        rows.push_back(
+            {parameter.name, error == 0.0 ? roundedText(parameter.value) : formatMeasurement(parameter.value, error)});
     }
     return rows;
 }

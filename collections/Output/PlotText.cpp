@@ -1,5 +1,6 @@
 #include "PlotText.h"
 
+#include <velmorak/FormatMeasurement.h>
 #include <velmorak/Utf8.h>
 #include <velmorak/Value.h>
 
@@ -58,23 +59,8 @@ std::string roundedText(double number, int digits) {
     return {buffer.data(), end.ptr};
 }
 
-std::string withError(double number, double error) {
-    constexpr double maxFixed = 1e7;
-    constexpr int maxDecimals = 9;
-    if (!std::isfinite(number) || !std::isfinite(error) || !(error > 0.0)) {
-        return roundedText(number);
-    }
-    const int decimals = 1 - static_cast<int>(std::floor(std::log10(error)));
-    if (decimals > maxDecimals || std::max(std::abs(number), error) > maxFixed) {
-        return roundedText(number) + " ± " + roundedText(error);
-    }
-    const auto fixed = [&](double value) {
-        std::array<char, 64> buffer{};
-        const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed,
-                                       std::max(decimals, 0));
-        return std::string(buffer.data(), end.ptr);
-    };
-    return fixed(number) + " ± " + fixed(error);
+std::string roundedOrWhole(double number) {
+    return number == std::trunc(number) ? formatNumber(number) : roundedText(number);
 }
 
 }  // namespace velmorak

@@ -11,7 +11,7 @@ std::string quotedForGnuplot(const std::string& text);
 /// Formats a number for people, with at most so many digits.
 std::string roundedText(double number, int digits = 5);
 
-/// Formats a number with its error, both rounded to two significant digits of the error: "91.188 ± 0.021".
-std::string withError(double number, double error);
+/// As roundedText, but a whole number, such as a sum of weights that is a count, keeps all its digits: "1000000".
+std::string roundedOrWhole(double number);
 
 }  // namespace velmorak

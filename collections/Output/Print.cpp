@@ -129,9 +129,8 @@ std::string Printing::tableText(const std::string& name, const FirstRows& first)
                 word.begin(), word.end(), [](char c) { return c == '\n' || c == '\t'; }, ' ');
         }
     }
-    const auto count = static_cast<double>(first.count);
     const std::string shown = std::to_string(rows.size()) + " of ";
-    return name + ": " + (rows.size() < first.count ? "first " + shown : std::string()) + textOf(count) +
+    return name + ": " + (rows.size() < first.count ? "first " + shown : std::string()) + std::to_string(first.count) +
            (first.count == 1 ? " row\n" : " rows\n") + alignedTable(names, rows);
 }
 
@@ -140,7 +139,8 @@ Section partOf(const Arguments& arguments, const std::string& input, std::size_t
         throw Failure(input, "nothing is wired");
     }
     const Value& value = arguments.value(input);
-    Section part{.name = arguments.sourceName(input), .text = {}, .isTable = false};
+    Section part{
+        .name = arguments.sourceName(input) + " " + arguments.sourceOutput(input), .text = {}, .isTable = false};
     part.isTable = std::holds_alternative<std::monostate>(value);
     try {
         if (!part.isTable) {
@@ -158,6 +158,7 @@ public:
     std::string name() const override { return "Print"; }
     std::string summary() const override;
     std::string notes() const override;
+    int version() const override { return 2; }
     Ports ports(const ValueTexts& values) const override;
     MergeOrder mergeOrder() const override { return MergeOrder::FirstToLast; }
     std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
@@ -174,9 +175,16 @@ std::string PrintKind::summary() const {
 
 std::string PrintKind::notes() const {
     return R"(Output goes to standard error, among the messages of the run, and to a file in the results folder; nothing is written to
-standard output. Numbers have as many digits as are needed to read back the same number; control characters are removed from
-texts. For an object, its title is followed by statistics and the first bins or points, with columns as in `CsvWriter`; for a
-function, by its parameters, with errors, χ² and p-value if it was fitted.
+standard output. Each item begins with the names of its plug-in and output. Control characters are removed from texts. For an
+object, its title is followed by statistics and the first bins, with columns as in `CsvWriter`, or the first points with their
+errors; for a function, by its parameters, with errors, χ² and p-value if it was fitted.
+
+A number with an error is rounded as in `91.212 ± 0.014`: its error by the rule of the Particle Data Group (Review of
+Particle Physics, Introduction, section 5.3), to two digits if its three leading digits are 100 to 354, to one if they
+are 355 to 949, and up to 1000, with two digits kept, if they are 950 to 999; the value to the same digit. Large and small
+numbers have a common power of ten: `(1.234 ± 0.012)e+06`. Asymmetric errors, as in `1.23 +0.12 -0.10`, are rounded to the
+last digit of the smaller one. A number without an error has as many digits as are needed to read back the same number;
+counts are written as `1000000`. All digits of numbers with errors are in `run.json`.
 
 If nothing has changed, a further run does not print again; the file stays.)";
 }

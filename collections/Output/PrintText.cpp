@@ -5,23 +5,50 @@
 
 #include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
+#include <velmorak/FormatMeasurement.h>
 #include <velmorak/Utf8.h>
 
 #include <algorithm>
+#include <optional>
 
 namespace velmorak {
 
 namespace {
 
-std::vector<std::vector<std::string>> textRows(const ObjectTable& table, std::size_t most) {
+/// The first rows of an object as texts.
+struct TextTable {
+    std::vector<std::string> columns;
     std::vector<std::vector<std::string>> rows;
+    std::size_t count = 0;  ///< Of all rows.
+};
+
+TextTable textTable(const DataObject& object, std::size_t most) {
+    const ObjectTable table = objectTable(object, {});
+    TextTable texts{.columns = table.columns, .rows = {}, .count = table.rows.size()};
     for (std::size_t i = 0; i < std::min(most, table.rows.size()); ++i) {
-        rows.emplace_back();
+        std::vector<std::string>& row = texts.rows.emplace_back();
         for (const ObjectTable::Number& number : table.rows[i]) {
-            rows.back().push_back(textOf(number.value));
+            row.push_back(formatNumber(number.value));
         }
     }
-    return rows;
+    return texts;
+}
+
+/// A measurement is one column.
+TextTable textTable(const Points& points, std::size_t most) {
+    TextTable texts{.columns = {}, .rows = {}, .count = points.size()};
+    const std::vector<std::string> names = objectTable(points, {}).columns;
+    for (std::size_t i = 0; i < points.dimension(); ++i) {
+        texts.columns.push_back(names[3 * i]);
+    }
+    for (std::size_t point = 0; point < std::min(most, points.size()); ++point) {
+        std::vector<std::string>& row = texts.rows.emplace_back();
+        for (std::size_t i = 0; i < points.dimension(); ++i) {
+            const Measurement& measured = points.measurement(point, i);
+            row.push_back(formatMeasurement(measured.value, measured.errorPlus, measured.errorMinus));
+        }
+    }
+    return texts;
 }
 
 std::string linesOf(const std::vector<StatisticsRow>& rows) {
@@ -49,10 +76,13 @@ std::string printedObject(const std::string& name, const DataObject& object, std
     if (object.type() == ValueType::Function || most == 0) {
         return text;
     }
-    const ObjectTable table = objectTable(object, {});
-    text += alignedTable(table.columns, textRows(table, most));
-    if (table.rows.size() > most) {
-        text += "(the first " + std::to_string(most) + " of " + std::to_string(table.rows.size()) + ")\n";
+    const TextTable table = visit(object, overloaded{
+                                              [&](const Points& points) { return textTable(points, most); },
+                                              [&](const DataObject& other) { return textTable(other, most); },
+                                          });
+    text += alignedTable(table.columns, table.rows);
+    if (table.count > most) {
+        text += "(the first " + std::to_string(most) + " of " + std::to_string(table.count) + ")\n";
     }
     return text;
 }
@@ -82,8 +112,8 @@ std::string alignedTable(const std::vector<std::string>& names, const std::vecto
 }
 
 std::string printedValue(const std::string& name, const Value& value, std::size_t rows) {
-    if (const auto* number = std::get_if<double>(&value)) {
-        return name + ": " + textOf(*number) + "\n";
+    if (const std::optional<NumberWithError> number = numberIn(value)) {
+        return name + ": " + formatMeasurement(number->value(), number->error()) + "\n";
     }
     if (const auto* text = std::get_if<std::string>(&value)) {
         const bool hasLines = text->find('\n') != std::string::npos;

@@ -115,12 +115,13 @@ std::string ReportKind::notes() const {
 - each histogram, profile and set of points that is wired to the report, drawn as by `Plot`; a function is drawn over the
   object wired before it
 - parameters of functions, with errors, χ²/ndf and p-value if they were fitted
-- numbers, and texts: lines with tabs, such as those of `CutFlow`, become a table
+- numbers, with their errors, and texts: lines with tabs, such as those of `CutFlow`, become a table
 - the document as it was run and the files that were read, with SHA-256 sums, the versions of the library and of each
   kind, seeds, and the values of all plug-ins
 
 A report is written when everything else has ended, even if one of its inputs failed, and in every run. The same
-pipeline with the same files gives the same bytes.)";
+pipeline with the same files gives the same bytes. Values with errors are rounded as by `Print`; all digits are in
+`run.json`.)";
 }
 
 Ports ReportKind::ports(const ValueTexts& values) const {

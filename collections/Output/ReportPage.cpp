@@ -6,8 +6,10 @@
 #include "PlotText.h"
 
 #include <velmorak/DataObjects.h>
+#include <velmorak/FormatMeasurement.h>
 
 #include <algorithm>
+#include <optional>
 #include <sstream>
 
 namespace velmorak {
@@ -114,8 +116,8 @@ std::string pictures(const ReportContents& contents) {
 std::string numbers(const ReportContents& contents) {
     Rows rows;
     for (const ReportItem& item : contents.items) {
-        if (const auto* number = std::get_if<double>(&item.value)) {
-            rows.push_back({item.plugin, item.output, textOf(*number)});
+        if (const std::optional<NumberWithError> number = numberIn(item.value)) {
+            rows.push_back({item.plugin, item.output, formatMeasurement(number->value(), number->error())});
         }
     }
     return rows.empty() ? "" : "<h2>Numbers</h2>\n" + htmlTable({"plug-in", "output", "value"}, rows, 2);
@@ -170,13 +172,13 @@ std::string fitText(const ReportItem& item, const FunctionObject& function) {
     std::string text = element("h3", function.title.empty() ? nameOf(item) : function.title) + "\n";
     Rows rows;
     for (std::size_t i = 0; i < function.parameters.size(); ++i) {
-        rows.push_back({function.parameters[i].name, textOf(function.parameters[i].value),
-                        notes.errors[i] ? textOf(*notes.errors[i]) : ""});
+        rows.push_back({function.parameters[i].name,
+                        formatMeasurement(function.parameters[i].value, notes.errors[i].value_or(0.0))});
     }
-    text += htmlTable({"parameter", "value", "error"}, rows, 1);
+    text += htmlTable({"parameter", "value"}, rows, 1);
     Rows quality;
     if (notes.chi2 && notes.ndf) {
-        quality.push_back({"χ²/ndf", roundedText(*notes.chi2) + " / " + roundedText(*notes.ndf)});
+        quality.push_back({"χ²/ndf", roundedText(*notes.chi2) + " / " + formatNumber(*notes.ndf)});
     }
     if (notes.pValue) {
         quality.push_back({"p-value", roundedText(*notes.pValue)});

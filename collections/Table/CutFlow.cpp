@@ -3,6 +3,7 @@
 #include "Condition.h"
 #include "Cuts.h"
 
+#include <velmorak/FormatMeasurement.h>
 #include <velmorak/NamedNumbers.h>
 #include <velmorak/StateBytes.h>
 
@@ -45,6 +46,13 @@ std::string valueOr(const ValueTexts& values, const std::string& input) {
     return found == values.end() ? std::string() : found->second;
 }
 
+/// Rows whose weight is NaN or infinite. They are counted as rows, but left out of the sums of weights.
+struct UnusableWeights {
+    std::int64_t rows = 0;
+    std::int64_t rowsLeft = 0;  ///< After all cuts.
+    std::int64_t firstRow = 0;  ///< Of all rows of the table, counted from 0; without meaning if there are none.
+};
+
 /// Rows before the first cut in bin 0, and rows left after each cut in the following bins.
 class FlowState : public AccumulatorState {
 public:
@@ -57,19 +65,23 @@ public:
     void load(StateReader& reader) override;
 
     const std::vector<BinSums>& steps() const { return bins; }
+    const UnusableWeights& unusableWeights() const { return unusable; }
 
 private:
     void count(std::size_t bin, const std::vector<std::uint8_t>& keep, const Column* weights);
+    void noteUnusable(const std::vector<std::uint8_t>& keep, const Column& weights, std::int64_t rowsBefore);
 
     const std::vector<Condition>& cuts;
     const std::optional<Expression>& weight;
     std::vector<BinSums> bins;
+    UnusableWeights unusable;
 };
 
 FlowState::FlowState(const std::vector<Condition>& cuts, const std::optional<Expression>& weight)
     : cuts(cuts), weight(weight), bins(cuts.size() + 1) {}
 
 void FlowState::fill(const Chunk& chunk) {
+    const std::int64_t rowsBefore = bins.front().entries;
     const ColumnPtr weights = weight ? asReals(weight->evaluate(chunk)) : nullptr;
     std::vector<std::uint8_t> keep(chunk.rows, 1);
     count(0, keep, weights.get());
@@ -79,9 +91,30 @@ void FlowState::fill(const Chunk& chunk) {
                        [](auto left, auto right) { return static_cast<std::uint8_t>(left & right); });
         count(cut + 1, keep, weights.get());
     }
+    if (weights) {
+        noteUnusable(keep, *weights, rowsBefore);
+    }
+}
+
+void FlowState::noteUnusable(const std::vector<std::uint8_t>& keep, const Column& weights, std::int64_t rowsBefore) {
+    for (std::size_t row = 0; row < keep.size(); ++row) {
+        if (std::isfinite(weights.reals()[row])) {
+            continue;
+        }
+        if (unusable.rows++ == 0) {
+            unusable.firstRow = rowsBefore + static_cast<std::int64_t>(row);
+        }
+        unusable.rowsLeft += keep[row];
+    }
 }
 
 void FlowState::merge(AccumulatorState& other) {
+    const UnusableWeights& following = static_cast<FlowState&>(other).unusable;
+    if (unusable.rows == 0) {
+        unusable.firstRow = bins.front().entries + following.firstRow;
+    }
+    unusable.rows += following.rows;
+    unusable.rowsLeft += following.rowsLeft;
     for (std::size_t i = 0; i < bins.size(); ++i) {
         bins[i].add(static_cast<FlowState&>(other).bins[i]);
     }
@@ -116,6 +149,10 @@ void FlowState::count(std::size_t bin, const std::vector<std::uint8_t>& keep, co
             continue;
         }
         const double w = !weights ? 1.0 : weights->reals()[row];
+        if (!std::isfinite(w)) {
+            ++chunkSums.entries;
+            continue;
+        }
         const auto x = static_cast<double>(bin);
         chunkSums.add({.entries = 1, .w = w, .ww = w * w, .wx = w * x, .wxx = w * x * x});
     }
@@ -136,6 +173,7 @@ public:
 
 private:
     std::string described(const std::vector<BinSums>& steps) const;
+    void warnOf(const UnusableWeights& unusable) const;
 
     /// One bin of width 1 around the number of each step.
     Value histogramOf(const std::vector<BinSums>& steps) const;
@@ -167,6 +205,7 @@ FlowAccumulation::FlowAccumulation(const Arguments& arguments, const Schema& sch
 
 void FlowAccumulation::finish(AccumulatorState& state, Results& results) {
     const std::vector<BinSums>& steps = static_cast<FlowState&>(state).steps();
+    warnOf(static_cast<FlowState&>(state).unusableWeights());
     const std::string text = described(steps);
     results.set("rows", static_cast<double>(steps.back().entries));
     results.set("weights", steps.back().w);
@@ -177,12 +216,21 @@ void FlowAccumulation::finish(AccumulatorState& state, Results& results) {
     }
 }
 
+void FlowAccumulation::warnOf(const UnusableWeights& unusable) const {
+    if (unusable.rows > 0) {
+        context.warn("the weight of " + std::to_string(unusable.rows) + (unusable.rows == 1 ? " row" : " rows") +
+                     " is NaN or infinite; the first is row " + std::to_string(unusable.firstRow) +
+                     " of the table, counted from 0, and " + std::to_string(unusable.rowsLeft) +
+                     " of them pass all cuts. They are counted as rows and left out of the sums of weights");
+    }
+}
+
 std::string FlowAccumulation::described(const std::vector<BinSums>& steps) const {
     std::string text = "cut\trows\tweights\t% of the rows before\t% of all rows\n";
     for (std::size_t i = 0; i < steps.size(); ++i) {
         const auto rows = static_cast<double>(steps[i].entries);
         const auto before = static_cast<double>(steps[i == 0 ? 0 : i - 1].entries);
-        text += (i == 0 ? "all" : names[i - 1]) + "\t" + textOf(rows) + "\t" + textOf(steps[i].w) + "\t" +
+        text += (i == 0 ? "all" : names[i - 1]) + "\t" + formatNumber(rows) + "\t" + formatNumber(steps[i].w) + "\t" +
                 percent(rows, before) + "\t" + percent(rows, static_cast<double>(steps[0].entries)) + "\n";
     }
     return text;
@@ -212,6 +260,8 @@ class CutFlowKind : public Accumulator {
 public:
     std::string name() const override { return "CutFlow"; }
     std::string summary() const override;
+    std::string notes() const override;
+    int version() const override { return 2; }
     Ports ports(const ValueTexts& values) const override;
     std::string refusal(const std::string& input, const std::string& value) const override;
     std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
@@ -224,6 +274,11 @@ std::string CutFlowKind::summary() const {
     return "Counts the rows of a table that are left after each of several cuts.";
 }
 
+std::string CutFlowKind::notes() const {
+    return "Rows whose weight is NaN or infinite are counted as rows, but left out of the sums of weights, also in the "
+           "histogram. A warning says how many there are, which is the first, and how many of them pass all cuts.";
+}
+
 Ports CutFlowKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
@@ -233,7 +288,9 @@ Ports CutFlowKind::ports(const ValueTexts& values) const {
     ports.outputs = {
         {.name = "rows", .description = "Number of rows that pass all cuts.", .type = ValueType::Number},
         {.name = "weights",
-         .description = "Sum of the weights of the rows that pass all cuts.",
+         .description =
+             "Sum of the weights of the rows that pass all cuts; rows with a weight that is NaN or infinite are left "
+             "out.",
          .type = ValueType::Number},
         {.name = "histogram",
          .description = "Rows left after each cut, with their weights: bin 0 holds all rows, bin 1 those after the "

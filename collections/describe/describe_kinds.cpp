@@ -1,3 +1,4 @@
+#include <velmorak/FormatMeasurement.h>
 #include <velmorak/Kind.h>
 
 #include <dlfcn.h>
@@ -80,7 +81,7 @@ std::string limitsOf(const InputSpec& input) {
     }
     const std::string kind = input.isInteger ? "whole " : "";
     const bool isBounded = input.minimum > -std::numeric_limits<double>::infinity();
-    return isBounded ? kind + textOf(input.minimum) + " to " + textOf(input.maximum) : std::string();
+    return isBounded ? kind + formatNumber(input.minimum) + " to " + formatNumber(input.maximum) : std::string();
 }
 
 std::string textIn(const fs::path& file) {

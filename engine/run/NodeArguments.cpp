@@ -2,8 +2,11 @@
 
 #include "run/ValueCheck.h"
 
+#include <velmorak/FormatMeasurement.h>
+
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -12,10 +15,10 @@ namespace {
 
 /// @param value not monostate.
 ValueType typeOf(const Value& value) {
-    if (std::holds_alternative<double>(value)) {
-        return ValueType::Number;
+    if (const auto* object = std::get_if<DataObjectPtr>(&value)) {
+        return (*object)->type();
     }
-    return std::holds_alternative<std::string>(value) ? ValueType::Text : std::get<DataObjectPtr>(value)->type();
+    return std::holds_alternative<std::string>(value) ? ValueType::Text : ValueType::Number;
 }
 
 }  // namespace
@@ -42,9 +45,9 @@ NodeArguments::Entry NodeArguments::entryOf(const PipelineInput& input, const Ar
     if (!hasTextForm(spec.type)) {
         return entry;
     }
-    if (const auto* number = std::get_if<double>(&arrival.value)) {
-        entry.text = textOf(*number);
-        entry.number = *number;
+    if (const std::optional<NumberWithError> number = numberIn(arrival.value)) {
+        entry.text = formatNumber(number->value());
+        entry.number = number->value();
         entry.hasNumber = true;
     } else if (const auto* text = std::get_if<std::string>(&arrival.value)) {
         entry.text = *text;
@@ -82,6 +85,11 @@ double NodeArguments::number(const std::string& input) const {
     return findNumber(input).number;
 }
 
+NumberWithError NodeArguments::numberWithError(const std::string& input) const {
+    const Entry& entry = findNumber(input);
+    return numberIn(entry.arrival.value).value_or(NumberWithError(entry.number));
+}
+
 std::int64_t NodeArguments::integer(const std::string& input) const {
     const double number = findNumber(input).number;
     // 2^63 is the smallest number that does not fit.
@@ -115,6 +123,10 @@ const std::string& NodeArguments::sourceName(const std::string& input) const {
     return find(input).arrival.sourceName;
 }
 
+const std::string& NodeArguments::sourceOutput(const std::string& input) const {
+    return find(input).arrival.sourceOutput;
+}
+
 NodeResults::NodeResults(const std::vector<OutputSpec>& outputs) : outputs(outputs), all(outputs.size()) {}
 
 void NodeResults::set(const std::string& output, Value value) {
@@ -127,6 +139,9 @@ void NodeResults::set(const std::string& output, Value value) {
     if (std::holds_alternative<std::monostate>(value) || (object && !*object) || !mayFeed(typeOf(value), found->type)) {
         throw std::logic_error("the kind sets its output \"" + output + "\" to something that is no " +
                                std::string(nameOf(found->type)));
+    }
+    if (const auto* number = std::get_if<NumberWithError>(&value); number && !number->hasError()) {
+        value = number->value();
     }
     all[static_cast<std::size_t>(found - outputs.begin())] = std::move(value);
 }

@@ -12,8 +12,9 @@ namespace velmorak {
 /// The value that a wire brought to one input.
 struct Arrival {
     bool isWired = false;
-    std::string sourceName;  ///< Name of the plug-in that feeds the input.
-    Value value;             ///< Monostate for a table and for an unwired input.
+    std::string sourceName;    ///< Name of the plug-in that feeds the input.
+    std::string sourceOutput;  ///< And of its output.
+    Value value;               ///< Monostate for a table and for an unwired input.
 };
 
 /// The inputs of one plug-in, checked against their specifications.
@@ -26,11 +27,13 @@ public:
     NodeArguments(const PipelineNode& node, const std::vector<Arrival>& arrivals);
 
     double number(const std::string& input) const override;
+    NumberWithError numberWithError(const std::string& input) const override;
     std::int64_t integer(const std::string& input) const override;
     const std::string& text(const std::string& input) const override;
     const Value& value(const std::string& input) const override;
     bool isWired(const std::string& input) const override;
     const std::string& sourceName(const std::string& input) const override;
+    const std::string& sourceOutput(const std::string& input) const override;
 
 private:
     struct Entry {

@@ -56,7 +56,7 @@ Arrival RunState::arrival(const PipelineInput& input, bool mayMiss) const {
         return {};
     }
     const PipelineNode& feeder = node(input.wire->node);
-    Arrival arrival{true, feeder.name, {}};
+    Arrival arrival{true, feeder.name, input.wire->output, {}};
     for (std::size_t i = 0; i < feeder.outputs.size(); ++i) {
         if (feeder.outputs[i].name != input.wire->output || feeder.outputs[i].type == ValueType::Table) {
             continue;

@@ -1,5 +1,6 @@
 #include "run/ValueCheck.h"
 
+#include <velmorak/FormatMeasurement.h>
 #include <velmorak/Text.h>
 
 #include <algorithm>
@@ -15,10 +16,10 @@ std::string numberError(const InputSpec& spec, const std::string& value) {
         return quoted(value) + " is not a number";
     }
     if (number < spec.minimum) {
-        return quoted(value) + " is below " + textOf(spec.minimum) + ", the smallest value allowed";
+        return quoted(value) + " is below " + formatNumber(spec.minimum) + ", the smallest value allowed";
     }
     if (number > spec.maximum) {
-        return quoted(value) + " is above " + textOf(spec.maximum) + ", the largest value allowed";
+        return quoted(value) + " is above " + formatNumber(spec.maximum) + ", the largest value allowed";
     }
     if (spec.isInteger && number != std::floor(number)) {
         return quoted(value) + " is not a whole number";

@@ -9,7 +9,42 @@ namespace {
 
 constexpr std::uint64_t mark = 0x31'53'45'52'6b'6c'65'56;
 
-enum class ValueTag : std::uint8_t { Nothing, Number, Text, Object };
+enum class ValueTag : std::uint8_t { Nothing, Number, Text, Object, NumberWithError };
+
+void addNumber(ByteWriter& writer, const NumberWithError& number) {
+    writer.number(number.value());
+    writer.number<std::uint64_t>(number.terms().size());
+    for (const NumberWithError::Term& term : number.terms()) {
+        writer.list(term.covariance->origin);
+        writer.number<std::uint64_t>(term.covariance->size());
+        for (const std::string& name : term.covariance->names) {
+            writer.list(name);
+        }
+        writer.list(term.covariance->elements);
+        writer.list(term.derivatives);
+    }
+}
+
+NumberWithError::Term readTerm(ByteReader& reader) {
+    CovarianceMatrix covariance;
+    covariance.origin = reader.list<std::string>();
+    for (auto count = reader.number<std::uint64_t>(); count > 0; --count) {
+        covariance.names.push_back(reader.list<std::string>());
+    }
+    covariance.elements = reader.list<std::vector<double>>();
+    auto derivatives = reader.list<std::vector<double>>();
+    return {std::make_shared<const CovarianceMatrix>(std::move(covariance)), std::move(derivatives)};
+}
+
+/// @throws std::invalid_argument
+NumberWithError readNumberWithError(ByteReader& reader) {
+    const auto value = reader.number<double>();
+    std::vector<NumberWithError::Term> terms;
+    for (auto count = reader.number<std::uint64_t>(); count > 0; --count) {
+        terms.push_back(readTerm(reader));
+    }
+    return {value, std::move(terms)};
+}
 
 void addValue(ByteWriter& writer, const Value& value) {
     writer.number(static_cast<std::uint8_t>(value.index()));
@@ -19,6 +54,8 @@ void addValue(ByteWriter& writer, const Value& value) {
         writer.list(*text);
     } else if (const auto* object = std::get_if<DataObjectPtr>(&value)) {
         writer.object(**object);
+    } else if (const auto* withError = std::get_if<NumberWithError>(&value)) {
+        addNumber(writer, *withError);
     }
 }
 
@@ -32,6 +69,8 @@ Value readValue(ByteReader& reader) {
             return reader.list<std::string>();
         case ValueTag::Object:
             return objectFrom(reader.list<std::string>());
+        case ValueTag::NumberWithError:
+            return readNumberWithError(reader);
     }
     throw std::invalid_argument("unknown type of value");
 }

@@ -69,6 +69,14 @@ std::string_view nameOf(ValueType type) {
     throw std::logic_error("unknown value type");
 }
 
+std::optional<NumberWithError> numberIn(const Value& value) {
+    if (const auto* number = std::get_if<double>(&value)) {
+        return NumberWithError(*number);
+    }
+    const auto* number = std::get_if<NumberWithError>(&value);
+    return number ? std::optional(*number) : std::nullopt;
+}
+
 std::string textOf(double number) {
     if (std::isnan(number)) {
         return "NaN";

@@ -48,13 +48,16 @@ public:
 
     double number(const std::string& input) const override {
         if (wired.contains(input)) {
-            return std::get<double>(wired.at(input));
+            return numberIn(wired.at(input)).value().value();
         }
         double number = 0.0;
         if (!readNumber(values.at(input), number)) {
             throw Failure(input, "no number");
         }
         return number;
+    }
+    NumberWithError numberWithError(const std::string& input) const override {
+        return wired.contains(input) ? numberIn(wired.at(input)).value() : NumberWithError(number(input));
     }
     std::int64_t integer(const std::string& input) const override { return static_cast<std::int64_t>(number(input)); }
     const std::string& text(const std::string& input) const override {
@@ -66,12 +69,14 @@ public:
     }
     bool isWired(const std::string& input) const override { return wired.contains(input); }
     const std::string& sourceName(const std::string& input) const override { return isWired(input) ? source : none; }
+    const std::string& sourceOutput(const std::string& input) const override { return isWired(input) ? output : none; }
 
 private:
     std::map<std::string, std::string> values;
     const std::map<std::string, Value>& wired;
     Value nothing;
     std::string source = "source";
+    std::string output = "output";
     std::string none;
 };
 
@@ -278,7 +283,11 @@ std::string KindHarness::failure() {
 }
 
 double KindHarness::number(const std::string& output) const {
-    return std::get<double>(outputs.at(output));
+    return numberWithError(output).value();
+}
+
+NumberWithError KindHarness::numberWithError(const std::string& output) const {
+    return numberIn(outputs.at(output)).value();
 }
 
 HistogramPtr KindHarness::histogram(const std::string& output) const {

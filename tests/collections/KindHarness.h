@@ -53,6 +53,7 @@ public:
     std::string failure();
 
     double number(const std::string& output) const;
+    NumberWithError numberWithError(const std::string& output) const;
     Value value(const std::string& output) const { return outputs.at(output); }
     const std::map<std::string, Value>& values() const { return outputs; }
     HistogramPtr histogram(const std::string& output) const;

@@ -43,7 +43,7 @@ std::vector<std::string> kindNames() {
 TEST(Catalogue, offersTheKindsByGroup) {
     using Names = std::vector<std::string>;
     const std::map<std::string, Names> wanted = {
-        {"Arithmetic", {"Number", "Text", "Adder", "Subtractor", "Multiplier", "Divider", "Function"}},
+        {"Arithmetic", {"Number", "Text", "Adder", "Subtractor", "Multiplier", "Divider", "Function", "Measurement"}},
         {"Data",
          {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "RandomTable",
           "RootTable"}},

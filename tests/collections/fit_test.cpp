@@ -1,3 +1,4 @@
+#include <velmorak/Fit.h>
 #include <velmorak/FunctionObject.h>
 #include <velmorak/FunctionValues.h>
 #include <velmorak/HistogramGrid.h>
@@ -7,7 +8,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 
 #include "KindHarness.h"
 
@@ -55,6 +58,87 @@ std::vector<std::string> outputNames(const KindHarness& fit) {
         names.push_back(output.name);
     }
     return names;
+}
+
+/// A Gaussian peak of height 100, mean 5 and sigma 1 in bins of width 0.25.
+Value peak() {
+    auto made = std::make_shared<Histogram1D>(Axis(40, 0.0, 10.0));
+    for (int bin = 0; bin < 40; ++bin) {
+        const double x = 0.125 + 0.25 * bin;
+        const int height = static_cast<int>(std::lround(100.0 * std::exp(-0.5 * (x - 5.0) * (x - 5.0))));
+        for (int i = 0; i < height; ++i) {
+            made->fill(x);
+        }
+    }
+    return DataObjectPtr(std::move(made));
+}
+
+TEST(FitKind, givesItsParametersWithErrorsAndCovariance) {
+    KindHarness fit("Fit", "peak");
+    fit.wire("data", peak()).set("method", "likelihood").run();
+    const NumberWithError amplitude = fit.numberWithError("amplitude");
+    const NumberWithError sigma = fit.numberWithError("sigma");
+    EXPECT_NEAR(amplitude.error() / fit.number("amplitude_error"), 1.0, 1e-15);
+    ASSERT_EQ(amplitude.terms().size(), 1U);
+    EXPECT_EQ(amplitude.terms()[0].covariance->origin, "peak");
+    EXPECT_THAT(amplitude.terms()[0].covariance->names, ElementsAre("amplitude", "mean", "sigma"));
+    EXPECT_THAT(fit.text("covariance"), HasSubstr("," + textOf(covarianceOf(amplitude, sigma)) + "\n"));
+    EXPECT_LT(covarianceOf(amplitude, sigma), 0.0);
+}
+
+TEST(FitKind, itsParametersGiveAYieldWithAnError) {
+    KindHarness fit("Fit", "peak");
+    fit.wire("data", peak()).set("method", "likelihood").run();
+    const NumberWithError amplitude = fit.numberWithError("amplitude");
+    const NumberWithError sigma = fit.numberWithError("sigma");
+    KindHarness yield("Function");
+    yield.set("expression", "amplitude * sigma * sqrt(2*pi) / width").set("width", "0.25");
+    yield.wire("amplitude", amplitude).wire("sigma", sigma).run();
+    const double entries = yield.number("value");
+    const double parts = std::pow(amplitude.error() / amplitude.value(), 2) +
+                         std::pow(sigma.error() / sigma.value(), 2) +
+                         2.0 * covarianceOf(amplitude, sigma) / amplitude.value() / sigma.value();
+    EXPECT_NEAR(entries, 1000.0, 1e-2);
+    EXPECT_NEAR(yield.number("error") / (entries * std::sqrt(parts)), 1.0, 1e-10);
+    EXPECT_NEAR(yield.number("error") / std::sqrt(entries), 1.0, 1e-3) << "the error of counts without background";
+}
+
+TEST(FitKind, aFixedParameterHasNoError) {
+    KindHarness fit("Fit");
+    fit.wire("data", peak()).set("method", "likelihood").set("start", "mean=5 fixed").run();
+    EXPECT_TRUE(std::holds_alternative<double>(fit.value("mean")));
+    EXPECT_TRUE(std::holds_alternative<NumberWithError>(fit.value("sigma")));
+}
+
+/// The fit has one point more, and one parameter, which is 0.
+TEST(PValue, hasTheSameBitsInAFitAndInAComparison) {
+    for (int pairs = 1; pairs <= 20; ++pairs) {
+        auto first = std::make_shared<Histogram1D>(Axis(2 * pairs, 0.0, 2.0 * pairs));
+        auto second = std::make_shared<Histogram1D>(first->axis());
+        std::vector<Measurement> points{{-1.0, 0.0, 0.0}, {0.0, 1.0, 1.0}};
+        for (int bin = 0; bin < 2 * pairs; ++bin) {
+            for (int i = 0; i < 4; ++i) {
+                (i == 0 || (i < 3 && bin % 2 == 0) ? first : second)->fill(bin + 0.5);
+            }
+            points.push_back({static_cast<double>(bin), 0.0, 0.0});
+            points.push_back({bin % 2 == 0 ? 1.0 : -1.0, 1.0, 1.0});
+        }
+        KindHarness comparison("Compare");
+        comparison.set("test", "heights")
+            .wire("first", DataObjectPtr(first))
+            .wire("second", DataObjectPtr(second))
+            .run();
+        KindHarness fit("Fit");
+        fit.set("model", "pol0").wire("data", DataObjectPtr(std::make_shared<Points>(2, points))).run();
+        ASSERT_EQ(fit.number("chi2"), comparison.number("chisquare"));
+        ASSERT_EQ(fit.number("ndf"), comparison.number("ndf"));
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(fit.number("p_value")),
+                  std::bit_cast<std::uint64_t>(comparison.number("probability")));
+        EXPECT_EQ(fit.number("p_value"), chiSquareProbability(2.0 * pairs, 2.0 * pairs));
+        const auto function = fit.object<FunctionObject>("function");
+        EXPECT_THAT(function->annotation,
+                    testing::Contains(AnnotationItem{"p_value", textOf(comparison.number("probability")), false}));
+    }
 }
 
 TEST(FitKind, hasAnOutputForEachParameterAndItsError) {

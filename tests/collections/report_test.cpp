@@ -195,13 +195,23 @@ TEST(ReportKind, showsNumbersTextsAndFits) {
     bench.wire("object", 0.1).wire("object2", std::string("cut\trows\nall\t10\ntight\t4\n"));
     bench.wire("object3", fitted()).wire("object4", std::string("plain words")).run();
     const std::string html = written(bench);
-    for (const std::string part :
-         {"<h1>Heading</h1>", "<p>A first look.</p>", "<td class=\"number\">0.1</td>", "<th>rows</th>",
-          "<td>tight</td><td class=\"number\">4</td>", "<pre>plain words</pre>", "<td>a</td>",
-          "<td class=\"number\">0.25</td>", "7.5 / 8", "0.4842", "converged"}) {
+    for (const std::string part : {"<h1>Heading</h1>", "<p>A first look.</p>", "<td class=\"number\">0.1</td>",
+                                   "<th>rows</th>", "<td>tight</td><td class=\"number\">4</td>",
+                                   "<pre>plain words</pre>", "<td>a</td>", "<td class=\"number\">2.50 ± 0.25</td>",
+                                   "<td class=\"number\">-0.125</td>", "7.5 / 8", "0.4842", "converged"}) {
         EXPECT_NE(html.find(part), std::string::npos) << part;
     }
     pageOf(html);
+}
+
+TEST(ReportKind, roundsNumbersWithErrorsAndWritesCountsAsIntegers) {
+    KindHarness bench("Report");
+    const CovarianceMatrix variance{.origin = "fit", .names = {"mean"}, .elements = {0.01437 * 0.01437}};
+    bench.remember(record()).set("objects", "2").wire("object", 1e6);
+    bench.wire("object2", numbersWithErrors({91.21234}, variance).front()).run();
+    const std::string html = written(bench);
+    EXPECT_NE(html.find("<td class=\"number\">1000000</td>"), std::string::npos);
+    EXPECT_NE(html.find("<td class=\"number\">91.212 ± 0.014</td>"), std::string::npos);
 }
 
 TEST(ReportKind, aFunctionLiesOverTheObjectBeforeIt) {

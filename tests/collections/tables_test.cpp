@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 
 namespace {
@@ -151,6 +152,34 @@ TEST(CutFlow, countsWhatIsLeftAfterEachCut) {
               "above one\t3\t9\t75\t75\n"
               "y < 4\t2\t5\t66.67\t50\n"
               "last\t1\t3\t50\t25\n");
+}
+
+TEST(CutFlow, rowsWithoutAUsableWeightAreLeftOutOfTheSumsWithAWarning) {
+    const double nan = std::nan("");
+    const double inf = std::numeric_limits<double>::infinity();
+    KindHarness bench("CutFlow");
+    bench.set("cuts", "x > 1").set("weight", "w").expectWarnings();
+    bench.wire("table", tableOf({{"x", {1, 2, 3, 1, 5, 6}}, {"w", {1, 2, nan, -inf, 4, inf}}}, 2)).run();
+    EXPECT_EQ(bench.number("rows"), 4.0);
+    EXPECT_EQ(bench.number("weights"), 6.0);
+    const HistogramPtr flow = bench.histogram("histogram");
+    EXPECT_EQ((Reals{flow->height(0), flow->height(1)}), (Reals{7, 6}));
+    EXPECT_EQ(flow->bin(0).entries, 6);
+    EXPECT_EQ(flow->bin(0).ww, 21.0);
+    EXPECT_EQ(bench.text("text"),
+              "cut\trows\tweights\t% of the rows before\t% of all rows\n"
+              "all\t6\t7\t100\t100\n"
+              "x > 1\t4\t6\t66.67\t66.67\n");
+    EXPECT_EQ(bench.warnings(),
+              std::vector<std::string>{
+                  "the weight of 3 rows is NaN or infinite; the first is row 2 of the table, counted from 0, and 2 of "
+                  "them pass all cuts. They are counted as rows and left out of the sums of weights"});
+}
+
+TEST(CutFlow, writesCountsAsIntegers) {
+    KindHarness bench("CutFlow");
+    bench.set("cuts", "x > 1").wire("table", tableOf({{"x", Reals(100000, 2.0)}}, 32768)).run();
+    EXPECT_NE(bench.text("text").find("\nall\t100000\t100000\t100\t100\n"), std::string::npos) << bench.text("text");
 }
 
 TEST(CutFlow, writesItsTextWhereAFileIsNamed) {

@@ -2,6 +2,7 @@
 
 #include "graph/ManagerExtensions.h"
 
+#include <velmorak/FormatMeasurement.h>
 #include <velmorak/Text.h>
 
 #include <algorithm>
@@ -90,7 +91,7 @@ std::vector<std::string> rangeOf(const std::vector<std::string>& parts, const st
     }
     std::vector<std::string> values;
     for (int i = 0; i <= static_cast<int>(steps); ++i) {
-        values.push_back(velmorak::textOf(from + i * step));
+        values.push_back(velmorak::formatNumber(from + i * step));
     }
     return values;
 }

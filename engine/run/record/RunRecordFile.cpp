@@ -50,6 +50,7 @@ constexpr const char* value = "value";
 constexpr const char* from = "from";
 constexpr const char* kind = "kind";
 constexpr const char* version = "version";
+constexpr const char* error = "error";
 constexpr const char* outcome = "outcome";
 constexpr const char* sentence = "sentence";
 constexpr const char* reason = "reason";
@@ -100,8 +101,8 @@ Json filesOf(const std::vector<RecordedFile>& files) {
 
 /// The value of a number, a sum of anything else; null when there is none, or only its collection knows its bytes.
 Json valueSum(const Value& value, const std::atomic<bool>& stopping) {
-    if (const auto* number = std::get_if<double>(&value)) {
-        return textOf(*number);
+    if (const std::optional<NumberWithError> number = numberIn(value)) {
+        return textOf(number->value());
     }
     if (const auto* text = std::get_if<std::string>(&value)) {
         return sumOf(*text);
@@ -124,8 +125,11 @@ Json outputsOf(const PipelineNode& node, const NodeReport& report, const std::at
     Json all = Json::array();
     for (std::size_t i = 0; i < std::min(node.outputs.size(), report.outputs.size()); ++i) {
         if (const Json sum = valueSum(report.outputs[i], stopping); !sum.is_null()) {
-            const bool isNumber = std::holds_alternative<double>(report.outputs[i]);
-            all.push_back({{key::name, node.outputs[i].name}, {isNumber ? key::value : key::sha256, sum}});
+            const std::optional<NumberWithError> number = numberIn(report.outputs[i]);
+            all.push_back({{key::name, node.outputs[i].name}, {number ? key::value : key::sha256, sum}});
+            if (number && number->hasError()) {
+                all.back()[key::error] = textOf(number->error());
+            }
         }
     }
     return all;
@@ -183,7 +187,11 @@ Sums readResults(const Json& plugin) {
     }
     for (const Json& output : plugin.at(key::outputs)) {
         const Json& sum = output.contains(key::value) ? output.at(key::value) : output.at(key::sha256);
-        sums["output \"" + output.at(key::name).get<std::string>() + "\""] = sum.get<std::string>();
+        const std::string name = "output \"" + output.at(key::name).get<std::string>() + "\"";
+        sums[name] = sum.get<std::string>();
+        if (output.contains(key::error)) {
+            sums["error of " + name] = output.at(key::error).get<std::string>();
+        }
     }
     return sums;
 }

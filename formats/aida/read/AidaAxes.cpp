@@ -2,6 +2,7 @@
 #include "aida/read/AidaObjectBuilder.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/FormatMeasurement.h>
 #include <velmorak/Profile.h>
 
 #include <fmt/format.h>
@@ -174,7 +175,8 @@ std::vector<Axis> axesFrom(const ParsedObject& parsed, std::size_t dimensions, s
         cells *= binsOf(axis) + 2.0;
     }
     if (cells > maxCells()) {
-        throw Failure(fmt::format("its axes declare {} cells; the limit is {}", textOf(cells), textOf(maxCells())));
+        throw Failure(
+            fmt::format("its axes declare {} cells; the limit is {}", formatNumber(cells), formatNumber(maxCells())));
     }
     std::vector<Axis> axes;
     for (const std::size_t place : axisOrder(parsed, dimensions, warnings)) {

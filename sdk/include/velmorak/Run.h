@@ -72,6 +72,8 @@ public:
     virtual ~Arguments() = default;
 
     virtual double number(const std::string& input) const = 0;
+    /// The number with the error that it has if it comes by wire.
+    virtual NumberWithError numberWithError(const std::string& input) const { return NumberWithError(number(input)); }
     /// @throws Failure if the number has a fraction or is out of range.
     virtual std::int64_t integer(const std::string& input) const = 0;
     /// Of a text or choice input.
@@ -81,6 +83,8 @@ public:
     virtual bool isWired(const std::string& input) const = 0;
     /// Name of the plug-in that feeds the input; empty if it is not wired.
     virtual const std::string& sourceName(const std::string& input) const = 0;
+    /// Name of the output that feeds the input; empty if it is not wired.
+    virtual const std::string& sourceOutput(const std::string& input) const = 0;
 
     /// @throws Failure if the input is not wired or its value is not a one-dimensional histogram.
     HistogramPtr histogram(const std::string& input) const;

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <velmorak/NumberWithError.h>
+
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -46,8 +49,11 @@ protected:
 
 using DataObjectPtr = std::shared_ptr<const DataObject>;
 
-/// A complete value. Tables are never values: they are streams of chunks.
-using Value = std::variant<std::monostate, double, std::string, DataObjectPtr>;
+/// A complete value. Tables are never values: they are streams of chunks. A number is a double, or has an error.
+using Value = std::variant<std::monostate, double, std::string, DataObjectPtr, NumberWithError>;
+
+/// @return the number that a value of type number is, with or without an error; nothing for other values.
+std::optional<NumberWithError> numberIn(const Value& value);
 
 /// @return the shortest decimal text that reads back as the same number; "NaN", "Infinity" or "-Infinity". Independent
 ///         of the locale. For integers use std::to_string: this may print 100000 as 1e+05.

@@ -118,7 +118,7 @@ protected:
         EXPECT_NEAR(recordedOutput(results / "run.json", "Fit", "mean"), 91.202, 0.0005);
         EXPECT_NEAR(recordedOutput(results / "run.json", "Fit", "sigma"), 2.531, 0.0005);
         const std::string drawn = contentOf(results / "Plot.gp");
-        for (const std::string value : {"91.202 ± 0.043", "2.531 ± 0.038"}) {
+        for (const std::string value : {"91.20 ± 0.04", "2.53 ± 0.04"}) {
             EXPECT_NE(page.prose("6. ").find(" is " + value), std::string::npos) << value;
             EXPECT_NE(drawn.find(value), std::string::npos) << value;
         }

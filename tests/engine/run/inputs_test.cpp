@@ -9,7 +9,7 @@ namespace {
 class NodeArgumentsOfRun : public RunTest {
 protected:
     void feed(const InputSpec& spec, const Value& value) {
-        const bool isNumber = std::holds_alternative<double>(value);
+        const bool isNumber = numberIn(value).has_value();
         giving = std::make_unique<FreeFunction>(
             "Give", Ports{{}, {output("out", isNumber ? ValueType::Number : ValueType::Text)}},
             [value](const Arguments&, Results& results, RunContext&) { results.set("out", value); });
@@ -38,6 +38,46 @@ protected:
 TEST_F(NodeArgumentsOfRun, aNumberFeedsAText) {
     feed(textInput("in"), 0.1);
     EXPECT_EQ(text("take"), "text 0.1");
+}
+
+TEST_F(NodeArgumentsOfRun, aCountFeedsATextAsAnInteger) {
+    feed(textInput("in"), 1e6);
+    EXPECT_EQ(text("take"), "text 1000000");
+}
+
+NumberWithError measured() {
+    return numbersWithErrors({2.5}, {.origin = "give", .names = {"out"}, .elements = {0.25}}).front();
+}
+
+TEST_F(NodeArgumentsOfRun, aNumberWithAnErrorFeedsANumber) {
+    feed(numberInput("in"), measured());
+    EXPECT_EQ(text("take"), "number 2.5");
+}
+
+TEST_F(NodeArgumentsOfRun, aNumberWithAnErrorFeedsATextWithoutIt) {
+    feed(textInput("in"), measured());
+    EXPECT_EQ(text("take"), "text 2.5");
+}
+
+TEST_F(NodeArgumentsOfRun, aNumberSetWithoutAnErrorIsPlain) {
+    feed(numberInput("in"), NumberWithError(2.5));
+    EXPECT_EQ(number("give"), 2.5);
+}
+
+TEST_F(NodeArgumentsOfRun, namesTheOutputThatFeedsAnInput) {
+    giving = std::make_unique<FreeFunction>(
+        "Give", Ports{{}, {output("out", ValueType::Number)}},
+        [](const Arguments&, Results& results, RunContext&) { results.set("out", 1.0); });
+    taking = std::make_unique<FreeFunction>(
+        "Take", Ports{{numberInput("in"), numberInput("free")}, {output("out", ValueType::Text)}},
+        [](const Arguments& arguments, Results& results, RunContext&) {
+            results.set("out", arguments.sourceOutput("in") + " and " + arguments.sourceOutput("free"));
+        });
+    add(*giving, "give");
+    add(*taking, "take");
+    wire("give", "out", "take", "in");
+    run();
+    EXPECT_EQ(text("take"), "out and ");
 }
 
 TEST_F(NodeArgumentsOfRun, aTextFeedsANumber) {
@@ -154,9 +194,9 @@ TEST(Integer, isReadWithoutFractionOnly) {
 TEST(Histogram, isTakenFromItsWireOnly) {
     PipelineNode node{"n", "N", nullptr, {{wireInput("in", ValueType::Any), "", std::nullopt}}, {}};
     EXPECT_THROW(NodeArguments(node, {{}}).histogram("in"), Failure);
-    EXPECT_THROW(NodeArguments(node, {{true, "a", Value(1.0)}}).histogram("in"), Failure);
+    EXPECT_THROW(NodeArguments(node, {{true, "a", "out", Value(1.0)}}).histogram("in"), Failure);
     const auto histogram = std::make_shared<const Histogram1D>(Axis(2, 0.0, 1.0));
-    EXPECT_EQ(NodeArguments(node, {{true, "a", Value(histogram)}}).histogram("in"), histogram);
+    EXPECT_EQ(NodeArguments(node, {{true, "a", "out", Value(histogram)}}).histogram("in"), histogram);
 }
 
 }  // namespace

@@ -43,6 +43,22 @@ TEST_F(RunRecordFile, holdsWhatRanAndHow) {
     EXPECT_EQ(left["plugins"][1]["outputs"][0]["value"], "2");
 }
 
+TEST_F(RunRecordFile, holdsAllDigitsOfANumberAndItsError) {
+    const FreeFunction measuring("Measure", {{}, {output("mass", ValueType::Number)}},
+                                 [](const Arguments&, Results& results, RunContext& context) {
+                                     const CovarianceMatrix variance{
+                                         .origin = context.pluginName(), .names = {"mass"}, .elements = {0.01}};
+                                     results.set("mass", numbersWithErrors({1.0 / 3.0}, variance).front());
+                                 });
+    add(measuring, "measure");
+    start("measure");
+    run();
+    EXPECT_EQ(record()["plugins"][0]["outputs"][0],
+              Json({{"name", "mass"}, {"value", "0.3333333333333333"}, {"error", "0.1"}}));
+    const StoredRunRecord stored = readRunRecord(file());
+    EXPECT_EQ(stored.plugins.at("measure").results.at("error of output \"mass\""), "0.1");
+}
+
 TEST_F(RunRecordFile, listsTheInputsThatTheirKindsDeclareAsSeeds) {
     InputSpec first = numberInput("first", "4711");
     first.isSeed = true;

@@ -2,6 +2,8 @@
 
 #include <velmorak/Points.h>
 
+#include <cmath>
+
 namespace velmorak::test {
 namespace {
 
@@ -183,6 +185,39 @@ TEST_F(CacheOfFormerProgram, keepsTextsAndObjectsToTheLastBit) {
     EXPECT_EQ(executed(), 0) << messages.str();
     EXPECT_EQ(text("make", 1), std::string("a\0b", 3));
     EXPECT_EQ(std::get<DataObjectPtr>(of("make").outputs[0])->name, "curve");
+}
+
+TEST_F(CacheOfFormerProgram, keepsNumbersWithErrorsAndTheirCorrelation) {
+    FreeFunction fitting("Fit", {{}, {output("a", ValueType::Number), output("b", ValueType::Number)}},
+                         [](const Arguments&, Results& results, RunContext& context) {
+                             const auto numbers = numbersWithErrors(
+                                 {10.0, 20.0},
+                                 {.origin = context.pluginName(), .names = {"a", "b"}, .elements = {4, 3, 3, 9}});
+                             results.set("a", numbers[0]);
+                             results.set("b", numbers[1]);
+                         });
+    FreeFunction adding(
+        "Add", {{numberInput("a"), numberInput("b"), numberInput("unused")}, {output("sum", ValueType::Number)}},
+        [](const Arguments& arguments, Results& results, RunContext&) {
+            const NumberWithError a = arguments.numberWithError("a");
+            const NumberWithError b = arguments.numberWithError("b");
+            results.set("sum", withPropagatedError(a.value() + b.value(), {{a, 1.0}, {b, 1.0}}));
+        });
+    add(fitting, "fit");
+    add(adding, "add");
+    wire("fit", "a", "add", "a");
+    wire("fit", "b", "add", "b");
+    start("fit");
+    runAnew();
+    set("add", "unused", "1");
+    runAnew();
+    EXPECT_EQ(executed(), 1) << messages.str();
+    EXPECT_EQ(fitting.evaluated, 1);
+    const NumberWithError sum = numberIn(of("add").outputs[0]).value();
+    EXPECT_EQ(sum.value(), 30.0);
+    EXPECT_EQ(sum.error(), std::sqrt(4.0 + 9.0 + 2.0 * 3.0));
+    EXPECT_EQ(sum.terms().at(0).covariance->origin, "fit");
+    EXPECT_EQ(sum.terms().at(0).covariance->names, (std::vector<std::string>{"a", "b"}));
 }
 
 }  // namespace

@@ -49,6 +49,9 @@ std::string bitsOf(const Value& value) {
     if (const auto* number = std::get_if<double>(&value)) {
         return std::to_string(std::bit_cast<std::uint64_t>(*number));
     }
+    if (const auto* number = std::get_if<NumberWithError>(&value)) {
+        return bitsOf(Value(number->value())) + " with " + bitsOf(Value(number->error()));
+    }
     if (const auto* words = std::get_if<std::string>(&value)) {
         return '"' + *words + '"';
     }
