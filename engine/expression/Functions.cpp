@@ -1,4 +1,5 @@
-#include "expression/simd/Exp.h"
+#include "elementary/Loops.h"
+#include "elementary/simd/Exp.h"
 #include "expression/simd/SimdKernels.h"
 
 #include <algorithm>
@@ -78,6 +79,20 @@ constexpr Kernel ofReals = binary<double, double, function>;
 template <auto function>
 constexpr Kernel ofInteger = unary<std::int64_t, std::int64_t, function>;
 
+/// A function of engine/elementary, in the variant for this processor.
+template <auto loop>
+bool elementaryOfOne(const KernelArgs& args) {
+    (elementary::bestLoops().*loop)(static_cast<const double*>(args.in[0]), args.rows, static_cast<double*>(args.out));
+    return true;
+}
+
+template <auto loop>
+bool elementaryOfTwo(const KernelArgs& args) {
+    (elementary::bestLoops().*loop)(static_cast<const double*>(args.in[0]), static_cast<const double*>(args.in[1]),
+                                    args.rows, static_cast<double*>(args.out));
+    return true;
+}
+
 constexpr auto same = [](auto x) { return x; };
 constexpr auto sign = [](auto x) { return x > 0 ? decltype(x)(1) : x < 0 ? decltype(x)(-1) : x; };
 constexpr auto isTrue = [](auto x) { return x != 0; };
@@ -92,11 +107,6 @@ constexpr bool isNotANumber(Number x) {
 // NaN on either side gives NaN.
 constexpr auto lesser = [](auto x, auto y) { return y < x || isNotANumber(y) ? y : x; };
 constexpr auto greater = [](auto x, auto y) { return x < y || isNotANumber(y) ? y : x; };
-// std::lgamma writes a global.
-constexpr auto logGamma = [](double x) {
-    int ignoredSign = 0;
-    return ::lgamma_r(x, &ignoredSign);
-};
 constexpr auto remainderOf = [](std::int64_t x, std::int64_t y, std::int64_t& out) {
     // The smallest integer divided by -1 would trap.
     out = y == 0 || y == -1 ? 0 : x % y;
@@ -142,7 +152,7 @@ constexpr Function extreme(std::string_view name) {
     return {name, Rule::Arithmetic, 2, true, ofReals<function>, binary<std::int64_t, std::int64_t, function>};
 }
 
-constexpr Kernel realPower = ofReals<[](double x, double y) { return std::pow(x, y); }>;
+constexpr Kernel realPower = elementaryOfTwo<&elementary::Loops::pow>;
 constexpr Kernel realRemainder = ofReals<[](double x, double y) { return std::fmod(x, y); }>;
 
 constexpr std::array functions{
@@ -158,7 +168,7 @@ constexpr std::array functions{
     Function{"+sign", Rule::Arithmetic, 1, false, ofReal<same>, ofInteger<same>},
     Function{"*+", Rule::Real, 3, false, ternary<[](double x, double y, double z) { return x * y + z; }>},
     Function{"*-", Rule::Real, 3, false, ternary<[](double x, double y, double z) { return x * y - z; }>},
-    real("-exp", ofReal<[](double x) { return exponential(-x); }>),
+    real("-exp", ofReal<[](double x) { return elementary::exponential(-x); }>),
     reals("/", ofReals<[](double x, double y) { return x / y; }>),
     reals("^", realPower),
     comparison<[](const auto& x, const auto& y) { return x == y; }>("=="),
@@ -181,37 +191,37 @@ constexpr std::array functions{
     rounding("round", ofReal<[](double x) { return std::round(x); }>),
     rounding("trunc", ofReal<[](double x) { return std::trunc(x); }>),
     real("sqrt", ofReal<[](double x) { return std::sqrt(x); }>),
-    real("cbrt", ofReal<[](double x) { return std::cbrt(x); }>),
-    real("exp", ofReal<[](double x) { return exponential(x); }>),
-    real("exp2", ofReal<[](double x) { return std::exp2(x); }>),
-    real("expm1", ofReal<[](double x) { return std::expm1(x); }>),
-    real("log", ofReal<[](double x) { return std::log(x); }>),
-    real("log10", ofReal<[](double x) { return std::log10(x); }>),
-    real("log2", ofReal<[](double x) { return std::log2(x); }>),
-    real("log1p", ofReal<[](double x) { return std::log1p(x); }>),
-    real("sin", ofReal<[](double x) { return std::sin(x); }>),
-    real("cos", ofReal<[](double x) { return std::cos(x); }>),
-    real("tan", ofReal<[](double x) { return std::tan(x); }>),
-    real("asin", ofReal<[](double x) { return std::asin(x); }>),
-    real("acos", ofReal<[](double x) { return std::acos(x); }>),
-    real("atan", ofReal<[](double x) { return std::atan(x); }>),
-    real("sinh", ofReal<[](double x) { return std::sinh(x); }>),
-    real("cosh", ofReal<[](double x) { return std::cosh(x); }>),
-    real("tanh", ofReal<[](double x) { return std::tanh(x); }>),
-    real("asinh", ofReal<[](double x) { return std::asinh(x); }>),
-    real("acosh", ofReal<[](double x) { return std::acosh(x); }>),
-    real("atanh", ofReal<[](double x) { return std::atanh(x); }>),
-    real("erf", ofReal<[](double x) { return std::erf(x); }>),
-    real("erfc", ofReal<[](double x) { return std::erfc(x); }>),
-    real("gamma", ofReal<[](double x) { return std::tgamma(x); }>),
-    real("lgamma", ofReal<logGamma>),
+    real("cbrt", elementaryOfOne<&elementary::Loops::cbrt>),
+    real("exp", elementaryOfOne<&elementary::Loops::exp>),
+    real("exp2", elementaryOfOne<&elementary::Loops::exp2>),
+    real("expm1", elementaryOfOne<&elementary::Loops::expm1>),
+    real("log", elementaryOfOne<&elementary::Loops::log>),
+    real("log10", elementaryOfOne<&elementary::Loops::log10>),
+    real("log2", elementaryOfOne<&elementary::Loops::log2>),
+    real("log1p", elementaryOfOne<&elementary::Loops::log1p>),
+    real("sin", elementaryOfOne<&elementary::Loops::sin>),
+    real("cos", elementaryOfOne<&elementary::Loops::cos>),
+    real("tan", elementaryOfOne<&elementary::Loops::tan>),
+    real("asin", elementaryOfOne<&elementary::Loops::asin>),
+    real("acos", elementaryOfOne<&elementary::Loops::acos>),
+    real("atan", elementaryOfOne<&elementary::Loops::atan>),
+    real("sinh", elementaryOfOne<&elementary::Loops::sinh>),
+    real("cosh", elementaryOfOne<&elementary::Loops::cosh>),
+    real("tanh", elementaryOfOne<&elementary::Loops::tanh>),
+    real("asinh", elementaryOfOne<&elementary::Loops::asinh>),
+    real("acosh", elementaryOfOne<&elementary::Loops::acosh>),
+    real("atanh", elementaryOfOne<&elementary::Loops::atanh>),
+    real("erf", elementaryOfOne<&elementary::Loops::erf>),
+    real("erfc", elementaryOfOne<&elementary::Loops::erfc>),
+    real("gamma", elementaryOfOne<&elementary::Loops::tgamma>),
+    real("lgamma", elementaryOfOne<&elementary::Loops::lgamma>),
     reals("pow", realPower),
     real("square", ofReal<[](double x) { return x * x; }>),
     reals("fmod", realRemainder),
-    reals("atan2", ofReals<[](double x, double y) { return std::atan2(x, y); }>),
+    reals("atan2", elementaryOfTwo<&elementary::Loops::atan2>),
     reals("remainder", ofReals<[](double x, double y) { return std::remainder(x, y); }>),
     reals("copysign", ofReals<[](double x, double y) { return std::copysign(x, y); }>),
-    reals("hypot", ofReals<[](double x, double y) { return std::hypot(x, y); }>),
+    reals("hypot", elementaryOfTwo<&elementary::Loops::hypot>),
     test("isnan", unary<double, std::uint8_t, [](double x) { return std::isnan(x); }>),
     test("isinf", unary<double, std::uint8_t, [](double x) { return std::isinf(x); }>),
     test("isfinite", unary<double, std::uint8_t, [](double x) { return std::isfinite(x); }>)};

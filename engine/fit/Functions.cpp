@@ -1,6 +1,6 @@
 #include "fit/Program.h"
 
-#include <boost/math/special_functions/digamma.hpp>
+#include <velmorak/ElementaryFunctions.h>
 
 #include <algorithm>
 #include <array>
@@ -13,19 +13,6 @@ namespace {
 
 constexpr double pi = std::numbers::pi;
 
-// std::lgamma writes a global.
-double logGamma(double x) {
-    int ignoredSign = 0;
-    return ::lgamma_r(x, &ignoredSign);
-}
-
-/// Derivative of the logarithm of the gamma function; NaN at its poles.
-double digamma(double x) {
-    using boost::math::policies::ignore_error;
-    const boost::math::policies::policy<boost::math::policies::pole_error<ignore_error>> valuesForErrors;
-    return boost::math::digamma(x, valuesForErrors);
-}
-
 double flat(double /*x*/, double /*y*/) {
     return 0.0;
 }
@@ -35,7 +22,7 @@ double signOf(double x) {
 }
 
 double gaussian(double x) {
-    return 2.0 / std::sqrt(pi) * std::exp(-x * x);
+    return 2.0 / std::sqrt(pi) * elementary::exp(-x * x);
 }
 
 constexpr std::array functions{
@@ -46,38 +33,46 @@ constexpr std::array functions{
     UnaryFunction{"round", [](double x) { return std::round(x); }, flat},
     UnaryFunction{"trunc", [](double x) { return std::trunc(x); }, flat},
     UnaryFunction{"sqrt", [](double x) { return std::sqrt(x); }, [](double, double y) { return 0.5 / y; }},
-    UnaryFunction{"cbrt", [](double x) { return std::cbrt(x); }, [](double, double y) { return 1.0 / (3.0 * y * y); }},
-    UnaryFunction{"exp2", [](double x) { return std::exp2(x); },
-                  [](double, double y) { return y * std::numbers::ln2; }},
-    UnaryFunction{"expm1", [](double x) { return std::expm1(x); }, [](double, double y) { return y + 1.0; }},
-    UnaryFunction{"log", [](double x) { return std::log(x); }, [](double x, double) { return 1.0 / x; }},
-    UnaryFunction{"log10", [](double x) { return std::log10(x); },
-                  [](double x, double) { return std::numbers::log10e / x; }},
-    UnaryFunction{"log2", [](double x) { return std::log2(x); },
-                  [](double x, double) { return std::numbers::log2e / x; }},
-    UnaryFunction{"log1p", [](double x) { return std::log1p(x); }, [](double x, double) { return 1.0 / (1.0 + x); }},
-    UnaryFunction{"sin", [](double x) { return std::sin(x); }, [](double x, double) { return std::cos(x); }},
-    UnaryFunction{"cos", [](double x) { return std::cos(x); }, [](double x, double) { return -std::sin(x); }},
-    UnaryFunction{"tan", [](double x) { return std::tan(x); }, [](double, double y) { return 1.0 + y * y; }},
-    UnaryFunction{"asin", [](double x) { return std::asin(x); },
-                  [](double x, double) { return 1.0 / std::sqrt((1.0 - x) * (1.0 + x)); }},
-    UnaryFunction{"acos", [](double x) { return std::acos(x); },
-                  [](double x, double) { return -1.0 / std::sqrt((1.0 - x) * (1.0 + x)); }},
-    UnaryFunction{"atan", [](double x) { return std::atan(x); }, [](double x, double) { return 1.0 / (1.0 + x * x); }},
-    UnaryFunction{"sinh", [](double x) { return std::sinh(x); }, [](double x, double) { return std::cosh(x); }},
-    UnaryFunction{"cosh", [](double x) { return std::cosh(x); }, [](double x, double) { return std::sinh(x); }},
-    UnaryFunction{"tanh", [](double x) { return std::tanh(x); },
-                  [](double, double y) { return (1.0 - y) * (1.0 + y); }},
-    UnaryFunction{"asinh", [](double x) { return std::asinh(x); },
-                  [](double x, double) { return 1.0 / std::hypot(1.0, x); }},
-    UnaryFunction{"acosh", [](double x) { return std::acosh(x); },
-                  [](double x, double) { return 1.0 / std::sqrt((x - 1.0) * (x + 1.0)); }},
-    UnaryFunction{"atanh", [](double x) { return std::atanh(x); },
-                  [](double x, double) { return 1.0 / ((1.0 - x) * (1.0 + x)); }},
-    UnaryFunction{"erf", [](double x) { return std::erf(x); }, [](double x, double) { return gaussian(x); }},
-    UnaryFunction{"erfc", [](double x) { return std::erfc(x); }, [](double x, double) { return -gaussian(x); }},
-    UnaryFunction{"gamma", [](double x) { return std::tgamma(x); }, [](double x, double y) { return y * digamma(x); }},
-    UnaryFunction{"lgamma", logGamma, [](double x, double) { return digamma(x); }},
+    UnaryFunction{"cbrt", elementary::cbrt, [](double, double y) { return 1.0 / (3.0 * y * y); },
+                  &elementary::Loops::cbrt},
+    UnaryFunction{"exp2", elementary::exp2, [](double, double y) { return y * std::numbers::ln2; },
+                  &elementary::Loops::exp2},
+    UnaryFunction{"expm1", elementary::expm1, [](double, double y) { return y + 1.0; }, &elementary::Loops::expm1},
+    UnaryFunction{"log", elementary::log, [](double x, double) { return 1.0 / x; }, &elementary::Loops::log},
+    UnaryFunction{"log10", elementary::log10, [](double x, double) { return std::numbers::log10e / x; },
+                  &elementary::Loops::log10},
+    UnaryFunction{"log2", elementary::log2, [](double x, double) { return std::numbers::log2e / x; },
+                  &elementary::Loops::log2},
+    UnaryFunction{"log1p", elementary::log1p, [](double x, double) { return 1.0 / (1.0 + x); },
+                  &elementary::Loops::log1p},
+    UnaryFunction{"sin", elementary::sin, [](double x, double) { return elementary::cos(x); }, &elementary::Loops::sin},
+    UnaryFunction{"cos", elementary::cos, [](double x, double) { return -elementary::sin(x); },
+                  &elementary::Loops::cos},
+    UnaryFunction{"tan", elementary::tan, [](double, double y) { return 1.0 + y * y; }, &elementary::Loops::tan},
+    UnaryFunction{"asin", elementary::asin, [](double x, double) { return 1.0 / std::sqrt((1.0 - x) * (1.0 + x)); },
+                  &elementary::Loops::asin},
+    UnaryFunction{"acos", elementary::acos, [](double x, double) { return -1.0 / std::sqrt((1.0 - x) * (1.0 + x)); },
+                  &elementary::Loops::acos},
+    UnaryFunction{"atan", elementary::atan, [](double x, double) { return 1.0 / (1.0 + x * x); },
+                  &elementary::Loops::atan},
+    UnaryFunction{"sinh", elementary::sinh, [](double x, double) { return elementary::cosh(x); },
+                  &elementary::Loops::sinh},
+    UnaryFunction{"cosh", elementary::cosh, [](double x, double) { return elementary::sinh(x); },
+                  &elementary::Loops::cosh},
+    UnaryFunction{"tanh", elementary::tanh, [](double, double y) { return (1.0 - y) * (1.0 + y); },
+                  &elementary::Loops::tanh},
+    UnaryFunction{"asinh", elementary::asinh, [](double x, double) { return 1.0 / elementary::hypot(1.0, x); },
+                  &elementary::Loops::asinh},
+    UnaryFunction{"acosh", elementary::acosh, [](double x, double) { return 1.0 / std::sqrt((x - 1.0) * (x + 1.0)); },
+                  &elementary::Loops::acosh},
+    UnaryFunction{"atanh", elementary::atanh, [](double x, double) { return 1.0 / ((1.0 - x) * (1.0 + x)); },
+                  &elementary::Loops::atanh},
+    UnaryFunction{"erf", elementary::erf, [](double x, double) { return gaussian(x); }, &elementary::Loops::erf},
+    UnaryFunction{"erfc", elementary::erfc, [](double x, double) { return -gaussian(x); }, &elementary::Loops::erfc},
+    UnaryFunction{"gamma", elementary::tgamma, [](double x, double y) { return y * elementary::digamma(x); },
+                  &elementary::Loops::tgamma},
+    UnaryFunction{"lgamma", elementary::lgamma, [](double x, double) { return elementary::digamma(x); },
+                  &elementary::Loops::lgamma},
     UnaryFunction{"isnan", [](double x) { return std::isnan(x) ? 1.0 : 0.0; }, flat},
     UnaryFunction{"isinf", [](double x) { return std::isinf(x) ? 1.0 : 0.0; }, flat},
     UnaryFunction{"isfinite", [](double x) { return std::isfinite(x) ? 1.0 : 0.0; }, flat}};

@@ -2,6 +2,8 @@
 
 #include "fit/simd/Adjoint.h"
 
+#include <velmorak/ElementaryFunctions.h>
+
 #include <algorithm>
 #include <cmath>
 #include <new>
@@ -22,12 +24,13 @@ void each(std::size_t count, const Rule& rule) {
 void backwardPower(const AdjointStep& adjointStep) {
     const double* const a = adjointStep.value[0];
     const double* const b = adjointStep.value[1];
-    propagate(adjointStep, 0, [&](std::size_t i) { return b[i] == 0.0 ? 0.0 : b[i] * std::pow(a[i], b[i] - 1.0); });
+    propagate(adjointStep, 0,
+              [&](std::size_t i) { return b[i] == 0.0 ? 0.0 : b[i] * elementary::pow(a[i], b[i] - 1.0); });
     propagate(adjointStep, 1,
-              [&](std::size_t i) { return a[i] == 0.0 ? 0.0 : adjointStep.result[i] * std::log(a[i]); });
+              [&](std::size_t i) { return a[i] == 0.0 ? 0.0 : adjointStep.result[i] * elementary::log(a[i]); });
 }
 
-/// Operations without a vectorised kernel: rare ones, and calls of the mathematical library.
+/// Operations without a vectorised kernel.
 void backwardScalar(const Step& step, const AdjointStep& adjointStep) {
     const double* const a = adjointStep.value[0];
     const double* const b = adjointStep.value[1];
@@ -69,13 +72,14 @@ void executeScalar(const Step& step, const double* const in[3], std::size_t coun
         case Op::CopySign:
             return each(count, [=](std::size_t i) { out[i] = std::copysign(a[i], b[i]); });
         case Op::Power:
-            return each(count, [=](std::size_t i) { out[i] = std::pow(a[i], b[i]); });
+            return elementary::bestLoops().pow(a, b, count, out);
         case Op::Arctangent2:
-            return each(count, [=](std::size_t i) { out[i] = std::atan2(a[i], b[i]); });
+            return elementary::bestLoops().atan2(a, b, count, out);
         case Op::Hypotenuse:
-            return each(count, [=](std::size_t i) { out[i] = std::hypot(a[i], b[i]); });
+            return elementary::bestLoops().hypot(a, b, count, out);
         case Op::Function:
-            return each(count, [&](std::size_t i) { out[i] = step.function->value(a[i]); });
+            return step.function->loop ? (elementary::bestLoops().*step.function->loop)(a, count, out)
+                                       : each(count, [&](std::size_t i) { out[i] = step.function->value(a[i]); });
         default:
             return;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "elementary/Loops.h"
 #include "fit/simd/FitKernels.h"
 
 #include <cstddef>
@@ -17,6 +18,8 @@ struct UnaryFunction {
     std::string_view name;
     double (*value)(double x);
     double (*derivative)(double x, double y);
+    /// Computes many values; null if value is as fast.
+    elementary::LoopOfOne elementary::Loops::*loop = nullptr;
 };
 
 /// @return null for an unknown name.

@@ -1,21 +1,11 @@
 #pragma once
 
+#include "elementary/simd/Exp.h"
 #include "expression/simd/Avx2Helpers.h"
-#include "expression/simd/Exp.h"
 #include "expression/simd/SimdKernels.h"
 
 // Compiled for AVX2 with FMA and for AVX-512. Nothing here may be an inline function that other sources share: the
 // linker might keep this copy for all of them, also on a processor without these instructions.
-
-// Vector functions of the C library for four values. Those used here differ from the scalar functions by at most 1 unit
-// in the last place; the others differ by more. The names are the library's.
-// NOLINTBEGIN(bugprone-reserved-identifier)
-extern "C" {
-__m256d _ZGVdN4v_log(__m256d);
-__m256d _ZGVdN4vv_pow(__m256d, __m256d);
-__m256d _ZGVdN4vv_hypot(__m256d, __m256d);
-}
-// NOLINTEND(bugprone-reserved-identifier)
 
 namespace velmorak::expression {
 
@@ -69,14 +59,10 @@ inline constexpr SimdKernel kernels[] = {
     {"abs", real, unary<double, [](double x) { return __builtin_fabs(x); }>},
     {"sqrt", real, unary<double, [](double x) { return __builtin_sqrt(x); }>},
     {"square", real, unary<double, [](double x) { return x * x; }>},
-    {"exp", real, unary<double, [](double x) { return exponential(x); }>},
-    {"-exp", real, unary<double, [](double x) { return exponential(-x); }>},
+    {"exp", real, unary<double, [](double x) { return elementary::exponential(x); }>},
+    {"-exp", real, unary<double, [](double x) { return elementary::exponential(-x); }>},
     {"*+", real, ternary<[](double x, double y, double z) { return x * y + z; }>},
     {"*-", real, ternary<[](double x, double y, double z) { return x * y - z; }>},
-    {"log", real, unaryAvx2<_ZGVdN4v_log>},
-    {"^", real, binaryAvx2<_ZGVdN4vv_pow>},
-    {"pow", real, binaryAvx2<_ZGVdN4vv_pow>},
-    {"hypot", real, binaryAvx2<_ZGVdN4vv_hypot>},
     {"==", real, compare<_CMP_EQ_OQ>},
     {"!=", real, compare<_CMP_NEQ_UQ>},
     {"<", real, compare<_CMP_LT_OQ>},

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace velmorak::expression {
+namespace velmorak::elementary {
 
 namespace {
 
@@ -43,4 +43,4 @@ namespace {
 
 }  // namespace
 
-}  // namespace velmorak::expression
+}  // namespace velmorak::elementary
