@@ -1,5 +1,6 @@
 #include "PlotText.h"
 
+#include <velmorak/ElementaryFunctions.h>
 #include <velmorak/Utf8.h>
 #include <velmorak/Value.h>
 
@@ -64,7 +65,7 @@ std::string withError(double number, double error) {
     if (!std::isfinite(number) || !std::isfinite(error) || !(error > 0.0)) {
         return roundedText(number);
     }
-    const int decimals = 1 - static_cast<int>(std::floor(std::log10(error)));
+    const int decimals = 1 - static_cast<int>(std::floor(elementary::log10(error)));
     if (decimals > maxDecimals || std::max(std::abs(number), error) > maxFixed) {
         return roundedText(number) + " ± " + roundedText(error);
     }
