@@ -102,6 +102,7 @@ TypedOperand Compiler::compile(const std::vector<Node>& tree, Scope& scope) {
     nodes = &tree;
     names = &scope;
     typed.clear();
+    typed.reserve(tree.size());
     for (const Node& node : tree) {
         typed.push_back(compiled(node));
     }
@@ -149,6 +150,7 @@ TypedOperand Compiler::asReal(const Node& node, const TypedOperand& value) {
 
 TypedOperand Compiler::called(const Node& node) {
     std::vector<TypedOperand> arguments;
+    arguments.reserve(node.children.size());
     for (const std::size_t child : node.children) {
         arguments.push_back(typed[child]);
     }
@@ -341,6 +343,7 @@ TypedOperand Compiler::converted(const Node& call, const Node& argument, const T
 
 std::vector<TypedOperand> Compiler::all(const Node& node, const std::vector<TypedOperand>& values, ColumnType type) {
     std::vector<TypedOperand> same;
+    same.reserve(values.size());
     for (std::size_t i = 0; i < values.size(); ++i) {
         same.push_back(converted(node, (*nodes)[node.children[i]], values[i], type));
     }

@@ -1,5 +1,7 @@
 #include "expression/Emitter.h"
 
+#include <cstring>
+
 namespace velmorak::expression {
 
 namespace {
@@ -13,14 +15,35 @@ std::size_t bytesInColumn(ColumnType type) {
     return type == ColumnType::Text ? sizeof(std::string) : bytesOf(type);
 }
 
+/// Fills a block with a value.
+void repeat(const std::byte* value, ColumnType type, Block& block) {
+    if (bytesOf(type) == 1) {
+        std::fill_n(block.bytes, blockRows, *value);
+        return;
+    }
+    for (std::size_t row = 0; row < blockRows; ++row) {
+        std::memcpy(block.bytes + 8 * row, value, 8);
+    }
+}
+
+template <typename T>
+double firstOf(const Block& block) {
+    T value{};
+    std::memcpy(&value, block.bytes, sizeof(T));
+    return static_cast<double>(value);
+}
+
 }  // namespace
 
 double numberIn(const Block& constant, ColumnType type) {
-    if (type == ColumnType::Real) {
-        return *reinterpret_cast<const double*>(constant.bytes);
+    switch (type) {
+        case ColumnType::Real:
+            return firstOf<double>(constant);
+        case ColumnType::Integer:
+            return firstOf<std::int64_t>(constant);
+        default:
+            return firstOf<std::uint8_t>(constant);
     }
-    return type == ColumnType::Integer ? static_cast<double>(*reinterpret_cast<const std::int64_t*>(constant.bytes))
-                                       : static_cast<double>(std::to_integer<int>(constant.bytes[0]));
 }
 
 TypedOperand Emitter::text(const std::string& value) {
@@ -80,10 +103,7 @@ std::optional<TypedOperand> Emitter::folded(Kernel kernel, const std::vector<Typ
     // The block of an operand is free if nothing else can use it.
     TypedOperand made = buffers == Buffers::Kept ? constant(0.0, type) : values.front();
     made.type = type;
-    std::byte* const bytes = code.constantAt[made.operand.position]->bytes;
-    for (std::size_t row = 0; row < blockRows; ++row) {
-        std::copy_n(result, bytesOf(type), bytes + row * bytesOf(type));
-    }
+    repeat(result, type, *code.constantAt[made.operand.position]);
     return made;
 }
 

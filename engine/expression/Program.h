@@ -43,6 +43,8 @@ struct Step {
 
 /// One value repeated for a whole block, so that kernels need not distinguish constants.
 struct alignas(64) Block {
+    Block() {}  // NOLINT(modernize-use-equals-default,cppcoreguidelines-pro-type-member-init): leaves the bytes alone.
+
     std::byte bytes[blockRows * 8];
 };
 

@@ -4,7 +4,6 @@
 
 #include <velmorak/Failure.h>
 #include <velmorak/Fit.h>
-#include <velmorak/FunctionValues.h>
 #include <velmorak/Text.h>
 
 #include <algorithm>
@@ -32,7 +31,7 @@ void checkOutputNames(const Model& model, const ReservedNames& reserved) {
 
 void checkFormulaLength(const Model& model) {
     try {
-        FunctionValues{functionOf(model, std::vector<double>(model.names.size(), 1.0))};
+        expression::parse(formulaOf(model));  // Types need no check: they are those of the program.
     } catch (const Failure&) {
         throwAt(model.text, 0,
                 "the formula of this model, with its shapes written out, has more than " +
