@@ -405,5 +405,51 @@ TEST(SimdKernels, haveTheBitsOfTheScalarOnes) {
     }
 }
 
+/// The adjoints of the three arguments, one after the other.
+Column::Reals propagated(expression::ReverseKernel reverse, const std::vector<Column::Reals>& in,
+                         const Column::Reals& result, bool hasAdjoint) {
+    const std::size_t rows = result.size();
+    Column::Reals adjoints(3 * rows, 0.25);
+    std::uint8_t flags[3] = {hasAdjoint, hasAdjoint, hasAdjoint};
+    expression::AdjointStep step{};
+    for (std::size_t k = 0; k < 3; ++k) {
+        step.value[k] = in[k].data();
+        step.adjoint[k] = adjoints.data() + k * rows;
+        step.hasAdjoint[k] = &flags[k];
+    }
+    step.result = result.data();
+    step.resultAdjoint = in[2].data();
+    step.count = rows;
+    reverse(step);
+    return adjoints;
+}
+
+void expectSameDerivatives(const expression::SimdKernel& wide, std::mt19937_64& random) {
+    const expression::Function& function = *expression::findFunction(wide.name);
+    for (std::size_t rows = 1; rows < 42; ++rows) {
+        const std::vector<Column::Reals> in = randomColumns(random, rows);
+        Column::Reals result(rows);
+        function.forReals({result.data(), {in[0].data(), in[1].data(), in[2].data()}, nullptr, rows});
+        for (const bool hasAdjoint : {false, true}) {
+            const Column::Reals adjoints = propagated(wide.reverse, in, result, hasAdjoint);
+            const Column::Reals expected = propagated(function.reverse, in, result, hasAdjoint);
+            for (std::size_t i = 0; i < adjoints.size(); ++i) {
+                ASSERT_TRUE(isSame(adjoints[i], expected[i])) << wide.name;
+            }
+        }
+    }
+}
+
+TEST(SimdKernels, haveTheBitsOfTheScalarDerivatives) {
+    std::mt19937_64 random(seed());
+    for (const expression::SimdKernels& kernels : expression::runnableKernels()) {
+        for (const expression::SimdKernel& wide : kernels) {
+            if (wide.reverse) {
+                expectSameDerivatives(wide, random);
+            }
+        }
+    }
+}
+
 }  // namespace
 }  // namespace velmorak
