@@ -1,6 +1,7 @@
 #include "elementary/Loops.h"
-#include "elementary/simd/Exp.h"
 #include "expression/simd/SimdKernels.h"
+
+#include <velmorak/ElementaryFunctions.h>
 
 #include <algorithm>
 #include <array>
@@ -168,7 +169,7 @@ constexpr std::array functions{
     Function{"+sign", Rule::Arithmetic, 1, false, ofReal<same>, ofInteger<same>},
     Function{"*+", Rule::Real, 3, false, ternary<[](double x, double y, double z) { return x * y + z; }>},
     Function{"*-", Rule::Real, 3, false, ternary<[](double x, double y, double z) { return x * y - z; }>},
-    real("-exp", ofReal<[](double x) { return elementary::exponential(-x); }>),
+    real("-exp", ofReal<[](double x) { return elementary::exp(-x); }>),
     reals("/", ofReals<[](double x, double y) { return x / y; }>),
     reals("^", realPower),
     comparison<[](const auto& x, const auto& y) { return x == y; }>("=="),

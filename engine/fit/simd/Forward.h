@@ -1,6 +1,6 @@
 #pragma once
 
-#include "elementary/simd/Exp.h"
+#include "elementary/Loops.h"
 #include "fit/simd/FitKernels.h"
 
 // Compiled for several instruction sets: nothing here may be an inline function that other sources share.
@@ -84,7 +84,7 @@ inline bool forward(Op op, const double* const in[3], std::size_t count, double*
         case Op::Square:
             return ofOne<[](double a) { return a * a; }>(in[0], count, out);
         case Op::Exponential:
-            return ofOne<[](double a) { return elementary::exponential(a); }>(in[0], count, out);
+            return elementary::bestLoops().exp(in[0], count, out), true;
         case Op::Minimum:
             return ofTwo<lesser>(in, count, out);
         case Op::Maximum:
