@@ -18,8 +18,10 @@ struct Loops {
 
 /// For every processor of the architecture.
 const Loops& commonLoops();
-/// Needs AVX2.
+/// Needs AVX2 and FMA.
 const Loops& avx2Loops();
+/// exp of a single number; needs AVX2 and FMA.
+double fusedExp(double x);
 /// Needs AVX-512 (F, BW, DQ, VL).
 const Loops& avx512Loops();
 

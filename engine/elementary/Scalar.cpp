@@ -1,4 +1,3 @@
-#include "elementary/simd/Exp.h"
 #include "elementary/simd/Extremes.h"
 #include "elementary/simd/Hypot.h"
 #include "elementary/simd/Log.h"
@@ -21,7 +20,7 @@ double halfExp(double size) {
     // The difference is exact; the rest of 1000 ln 2 is so small that the first terms of its exponential suffice.
     const double rest = 1000.0 * 0x1.a39ef35793c76p-33;
     const double reduced = size - 1000.0 * 0x1.62e42feep-1;
-    return size > 711.0 ? infinity : exponential(reduced) * (1.0 - rest + 0.5 * rest * rest) * 0x1p999;
+    return size > 711.0 ? infinity : exp(reduced) * (1.0 - rest + 0.5 * rest * rest) * 0x1p999;
 }
 
 /// log(2 size) for a large size.
@@ -30,10 +29,6 @@ double logOfDouble(double size) {
 }
 
 }  // namespace
-
-double exp(double x) {
-    return exponential(x);
-}
 
 double exp2(double x) {
     return Sleef_cinz_exp2d1_u10purec(x);

@@ -1,8 +1,9 @@
 #include "elementary/Loops.h"
-#include "elementary/simd/Exp.h"
 #include "expression/Derivatives.h"
 #include "expression/FunctionKernels.h"
 #include "expression/simd/SimdKernels.h"
+
+#include <velmorak/ElementaryFunctions.h>
 
 #include <algorithm>
 #include <array>
@@ -177,7 +178,7 @@ constexpr std::array operators{
              .notation = prefix("!")},
     combined("*+", 3, ternary<[](double x, double y, double z) { return x * y + z; }>),
     combined("*-", 3, ternary<[](double x, double y, double z) { return x * y - z; }>),
-    combined("-exp", 1, ofReal<[](double x) { return elementary::exponential(-x); }>)};
+    combined("-exp", 1, ofReal<[](double x) { return elementary::exp(-x); }>)};
 
 constexpr std::array functions{
     real("sqrt", ofReal<[](double x) { return std::sqrt(x); }>, reverseRoot, {roots, "`sqrt`"}),

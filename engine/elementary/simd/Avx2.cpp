@@ -43,4 +43,8 @@ const Loops& avx2Loops() {
     return loops;
 }
 
+double fusedExp(double x) {
+    return exponential(x);
+}
+
 }  // namespace velmorak::elementary

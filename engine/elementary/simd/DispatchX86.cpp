@@ -1,5 +1,8 @@
 #include "elementary/Loops.h"
+#include "elementary/simd/Exp.h"
 #include "table/CpuFeatures.h"
+
+#include <velmorak/ElementaryFunctions.h>
 
 namespace velmorak::elementary {
 
@@ -13,6 +16,10 @@ std::vector<const Loops*> runnableLoops() {
     }
     runnable.push_back(&commonLoops());
     return runnable;
+}
+
+double exp(double x) {
+    return hasAvx2() ? fusedExp(x) : exponentialWith<emulatedFused>(x);
 }
 
 }  // namespace velmorak::elementary

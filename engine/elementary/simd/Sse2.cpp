@@ -19,7 +19,7 @@ constexpr Loops loops{
     .cosh = corrected<__m128d, Sleef_cinz_coshd2_u10sse2, isTinyOrBeyondExp, cosh>,
     .erf = ofOne<__m128d, Sleef_cinz_erfd2_u10sse2>,
     .erfc = ofOne<__m128d, Sleef_cinz_erfcd2_u15sse2>,
-    .exp = inlined<exponential>,
+    .exp = inlined<exponentialWith<emulatedFused>>,
     .exp2 = ofOne<__m128d, Sleef_cinz_exp2d2_u10sse2>,
     .expm1 = ofOne<__m128d, Sleef_cinz_expm1d2_u10sse2>,
     .lgamma = ofOne<__m128d, Sleef_cinz_lgammad2_u10sse2>,

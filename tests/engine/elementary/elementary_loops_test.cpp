@@ -86,14 +86,21 @@ void expectSameBits(const Function& function) {
     std::cout << function.name << ": " << values << " values, " << runnable.size() << " loops, 0 differ\n";
 }
 
-TEST(ElementaryLoops, haveTheBitsOfTheScalarFunctions) {
-    for (const OfOne& function : functionsOfOne) {
-        expectSameBits(function);
-    }
-    for (const OfTwo& function : functionsOfTwo) {
-        expectSameBits(function);
-    }
+class ElementaryLoopOfOne : public testing::TestWithParam<OfOne> {};
+class ElementaryLoopOfTwo : public testing::TestWithParam<OfTwo> {};
+
+constexpr auto nameOf = [](const auto& info) { return std::string(info.param.name); };
+
+TEST_P(ElementaryLoopOfOne, hasTheBitsOfTheScalarFunction) {
+    expectSameBits(GetParam());
 }
+
+TEST_P(ElementaryLoopOfTwo, hasTheBitsOfTheScalarFunction) {
+    expectSameBits(GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(Elementary, ElementaryLoopOfOne, testing::ValuesIn(functionsOfOne), nameOf);
+INSTANTIATE_TEST_SUITE_P(Elementary, ElementaryLoopOfTwo, testing::ValuesIn(functionsOfTwo), nameOf);
 
 TEST(ElementaryLoops, writeNothingBeyondTheLastValue) {
     for (const Loops* const loops : runnableLoops()) {
