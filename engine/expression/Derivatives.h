@@ -33,33 +33,35 @@ void reverseOfTwo(const AdjointStep& step) {
 }
 
 /// For steps: the derivative is 0 wherever there is one.
-void reverseFlat(const AdjointStep& step) {
+inline void reverseFlat(const AdjointStep& step) {
     for (std::size_t k = 0; k < 3; ++k) {
         propagate(step, k, [](std::size_t) { return 0.0; });
     }
 }
 
 /// Derivative of the error function.
-double gaussian(double x) {
+inline double gaussian(double x) {
     return 2.0 / std::sqrt(std::numbers::pi) * elementary::exp(-x * x);
 }
 
-constexpr ReverseKernel reversePower =
+inline constexpr ReverseKernel reversePower =
     reverseOfTwo<[](double x, double y, double) { return y == 0.0 ? 0.0 : y * elementary::pow(x, y - 1.0); },
                  [](double x, double, double value) { return x == 0.0 ? 0.0 : value * elementary::log(x); }>;
-constexpr ReverseKernel reverseRemainder = reverseOfTwo<[](double, double, double) { return 1.0; },
-                                                        [](double x, double y, double) { return -std::trunc(x / y); }>;
-constexpr ReverseKernel reverseNearestRemainder =
+inline constexpr ReverseKernel reverseRemainder =
+    reverseOfTwo<[](double, double, double) { return 1.0; },
+                 [](double x, double y, double) { return -std::trunc(x / y); }>;
+inline constexpr ReverseKernel reverseNearestRemainder =
     reverseOfTwo<[](double, double, double) { return 1.0; },
                  [](double x, double y, double value) { return (value - x) / y; }>;
-constexpr ReverseKernel reverseCopySign =
+inline constexpr ReverseKernel reverseCopySign =
     reverseOfTwo<[](double x, double y, double) { return std::signbit(x) == std::signbit(y) ? 1.0 : -1.0; },
                  [](double, double, double) { return 0.0; }>;
-constexpr ReverseKernel reverseArctangent2 =
+inline constexpr ReverseKernel reverseArctangent2 =
     reverseOfTwo<[](double x, double y, double) { return y / (x * x + y * y); },
                  [](double x, double y, double) { return -x / (x * x + y * y); }>;
-constexpr ReverseKernel reverseHypotenuse = reverseOfTwo<[](double x, double, double value) { return x / value; },
-                                                         [](double, double y, double value) { return y / value; }>;
+inline constexpr ReverseKernel reverseHypotenuse =
+    reverseOfTwo<[](double x, double, double value) { return x / value; },
+                 [](double, double y, double value) { return y / value; }>;
 
 }  // namespace
 

@@ -53,6 +53,10 @@ double numberIn(const Block& constant, ColumnType type);
 
 /// A compiled expression: steps in execution order.
 struct Code {
+    Code() = default;
+    Code(Code&&) = default;
+    Code& operator=(Code&&) = default;
+
     std::vector<Step> steps;
     std::vector<std::size_t> usedColumns;
     std::list<Block> constants;

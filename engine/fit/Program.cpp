@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <new>
+#include <ranges>
 
 namespace velmorak::fitting {
 
@@ -45,7 +46,7 @@ Program::Program(expression::Code program, std::size_t parameters, std::string e
             all.onX = all.onX || one.onX;
             all.onParameters = all.onParameters || one.onParameters;
         }
-        all.onParameters = all.onParameters && step.reverse;
+        all.onParameters = all.onParameters && step.reverse != nullptr;
         dependences[slotOf(step.out)] = all;
     }
 }
@@ -137,10 +138,10 @@ void Program::backward(std::size_t count, Workspace& space) const {
         space.hasAdjoint[slot] = 1;
         std::fill_n(space.adjoints.get() + slot * space.stride, count, 1.0);
     }
-    for (auto step = steps.steps.rbegin(); step != steps.steps.rend(); ++step) {
-        const std::size_t slot = slotOf(step->out);
+    for (const Step& step : std::views::reverse(steps.steps)) {
+        const std::size_t slot = slotOf(step.out);
         if (dependences[slot].onParameters && space.hasAdjoint[slot] != 0) {
-            step->reverse(adjointStepOf(*step, count, space));
+            step.reverse(adjointStepOf(step, count, space));
         }
     }
     for (std::size_t i = 1; i <= parameterCount; ++i) {

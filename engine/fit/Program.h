@@ -37,7 +37,7 @@ class Program {
 public:
     Program() = default;
     /// @param program with Buffers::Kept and a real result; its columns are x and the parameters.
-    Program(expression::Code program, std::size_t parameterCount, std::string expressionText);
+    Program(expression::Code program, std::size_t parameters, std::string expressionText);
 
     const expression::Code& code() const { return steps; }
     std::size_t parameters() const { return parameterCount; }
