@@ -2,6 +2,7 @@
 
 #include "Philox.h"
 
+#include <velmorak/ElementaryFunctions.h>
 #include <velmorak/Failure.h>
 #include <velmorak/Text.h>
 #include <velmorak/Value.h>
@@ -49,7 +50,7 @@ double Draws::uniform(std::uint32_t high, std::uint32_t low) {
 /// Adds up probabilities until they exceed a random number; for small means.
 double smallPoisson(double mean, Draws& draws) {
     const double u = draws.next().first;
-    double probability = std::exp(-mean);
+    double probability = elementary::exp(-mean);
     double sum = probability;
     double k = 0.0;
     while (u > sum && probability > 0.0) {
@@ -78,9 +79,8 @@ double largePoisson(double mean, Draws& draws) {
         if (k < 0.0 || (margin < 0.013 && v > margin)) {
             continue;
         }
-        int sign = 0;
-        const double logProbability = k * std::log(mean) - mean - ::lgamma_r(k + 1.0, &sign);
-        if (std::log(v * inverseAlpha / (a / (margin * margin) + b)) <= logProbability) {
+        const double logProbability = k * elementary::log(mean) - mean - elementary::lgamma(k + 1.0);
+        if (elementary::log(v * inverseAlpha / (a / (margin * margin) + b)) <= logProbability) {
             return k;
         }
     }
@@ -183,12 +183,12 @@ double Distribution::valueAt(std::uint64_t row, std::uint32_t column, std::uint6
             return std::isfinite(second - first) ? first + (second - first) * pair.first
                                                  : first * (1.0 - pair.first) + second * pair.first;
         case Form::Gauss:  // Box and Muller.
-            return first +
-                   second * std::sqrt(-2.0 * std::log(pair.first)) * std::cos(2.0 * std::numbers::pi * pair.second);
+            return first + second * std::sqrt(-2.0 * elementary::log(pair.first)) *
+                               elementary::cos(2.0 * std::numbers::pi * pair.second);
         case Form::Exponential:
-            return -first * std::log(pair.first);
+            return -first * elementary::log(pair.first);
         default:
-            return first + 0.5 * second * std::tan(std::numbers::pi * (pair.first - 0.5));
+            return first + 0.5 * second * elementary::tan(std::numbers::pi * (pair.first - 0.5));
     }
 }
 

@@ -220,8 +220,9 @@ covariance is the inverse of half the matrix of second derivatives at the minimu
 parameter, or one that ends at a limit, has an error of 0 and no covariance; the status names the latter.
 
 A fit fails, with the names of the parameters, when it does not converge in 1000 steps, when there are fewer entries than
-free parameters, and when the data do not determine the parameters. The p-value is the probability of a larger chi square
-for this number of degrees of freedom; for the likelihood it is valid if the bins have more than a few entries.)";
+free parameters, and when the data do not determine the parameters, so that rounding would decide about them or their
+errors. The p-value is the probability of a larger chi square for this number of degrees of freedom; for the likelihood it
+is valid if the bins have more than a few entries.)";
 }
 
 Ports FitKind::ports(const ValueTexts& values) const {

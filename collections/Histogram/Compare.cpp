@@ -2,6 +2,7 @@
 
 #include "Objects.h"
 
+#include <velmorak/ElementaryFunctions.h>
 #include <velmorak/Fit.h>
 
 #include <algorithm>
@@ -80,8 +81,8 @@ double kolmogorov(double t) {
     double sum = 0.0;
     for (int j = 1; j <= 20; ++j) {
         const double odd = 2.0 * j - 1.0;
-        sum += t < 1.0 ? std::exp(-odd * odd * std::numbers::pi * std::numbers::pi / (8.0 * t * t))
-                       : (j % 2 == 1 ? 2.0 : -2.0) * std::exp(-2.0 * j * j * t * t);
+        sum += t < 1.0 ? elementary::exp(-odd * odd * std::numbers::pi * std::numbers::pi / (8.0 * t * t))
+                       : (j % 2 == 1 ? 2.0 : -2.0) * elementary::exp(-2.0 * j * j * t * t);
     }
     return std::clamp(t < 1.0 ? 1.0 - std::sqrt(2.0 * std::numbers::pi) / t * sum : sum, 0.0, 1.0);
 }

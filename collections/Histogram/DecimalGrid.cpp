@@ -1,5 +1,6 @@
 #include "DecimalGrid.h"
 
+#include <velmorak/ElementaryFunctions.h>
 #include <velmorak/Failure.h>
 
 #include <algorithm>
@@ -31,7 +32,7 @@ double powerOfTen(int exponent) {
 }
 
 int exponentOf(double positive) {
-    return static_cast<int>(std::floor(std::log10(positive)));
+    return static_cast<int>(std::floor(elementary::log10(positive)));
 }
 
 /// The double next to number times 10^exponent.
@@ -80,8 +81,8 @@ double DecimalGrid::edge(std::int64_t number) const {
 }
 
 std::int64_t DecimalGrid::cellOf(double x) const {
-    const double scaled =
-        exponent >= 0 ? x / std::pow(10.0, exponent) : x * std::pow(10.0, -std::max(exponent, minExponent));
+    const double scaled = exponent >= 0 ? x / elementary::powerOfTen(exponent)
+                                        : x * elementary::powerOfTen(-std::max(exponent, minExponent));
     auto number = static_cast<std::int64_t>(std::floor(scaled));
     while (edge(number) > x) {
         --number;

@@ -2,6 +2,7 @@
 
 #include "PlotText.h"
 
+#include <velmorak/ElementaryFunctions.h>
 #include <velmorak/Utf8.h>
 #include <velmorak/Value.h>
 
@@ -24,7 +25,7 @@ std::string whole(int number) {
 /// "10⁻³"; small powers are written out.
 std::string powerText(int exponent) {
     if (exponent >= -1 && exponent <= 2) {
-        return exponent == -1 ? "0.1" : textOf(std::pow(10.0, exponent));
+        return exponent == -1 ? "0.1" : textOf(elementary::powerOfTen(exponent));
     }
     const char* const digits[] = {"⁰", "¹", "²", "³", "⁴", "⁵", "⁶", "⁷", "⁸", "⁹"};
     std::string text = exponent < 0 ? "10⁻" : "10";
@@ -36,8 +37,8 @@ std::string powerText(int exponent) {
 
 /// Tics at powers of ten, and minor ones in between. For fewer than two powers, gnuplot chooses the tics.
 std::string logTics(const std::string& axis, const PlotSpan& span) {
-    const int first = static_cast<int>(std::ceil(std::log10(span.low) - 1e-9));
-    const int last = static_cast<int>(std::floor(std::log10(span.high) + 1e-9));
+    const int first = static_cast<int>(std::ceil(elementary::log10(span.low) - 1e-9));
+    const int last = static_cast<int>(std::floor(elementary::log10(span.high) + 1e-9));
     if (last - first < 1) {
         return {};
     }
@@ -54,7 +55,7 @@ std::string logTics(const std::string& axis, const PlotSpan& span) {
             continue;
         }
         for (int digit = 2; digit <= 9; ++digit) {
-            const double at = digit * std::pow(10.0, power);
+            const double at = digit * elementary::powerOfTen(power);
             if (span.contains(at)) {
                 tics += std::string(tics.empty() ? "" : ", ") + "'' " + whole(digit) + tail + " 1";
             }

@@ -2,6 +2,7 @@
 
 #include "PlotText.h"
 
+#include <velmorak/ElementaryFunctions.h>
 #include <velmorak/Failure.h>
 #include <velmorak/FunctionValues.h>
 
@@ -45,11 +46,11 @@ void Extent::add(double value) {
 
 /// Positions along an axis as drawn: logarithms on a logarithmic axis.
 double along(double value, bool hasLog) {
-    return hasLog ? std::log10(value) : value;
+    return hasLog ? elementary::log10(value) : value;
 }
 
 double atPosition(double position, bool hasLog) {
-    return hasLog ? std::clamp(std::pow(10.0, position), minLogShown, maxShown) : position;
+    return hasLog ? std::clamp(elementary::pow(10.0, position), minLogShown, maxShown) : position;
 }
 
 /// Margins at both ends, as fractions of the span.

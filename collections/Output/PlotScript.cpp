@@ -2,6 +2,7 @@
 
 #include "PlotText.h"
 
+#include <velmorak/ElementaryFunctions.h>
 #include <velmorak/Utf8.h>
 #include <velmorak/Value.h>
 
@@ -257,7 +258,7 @@ std::string mapSetting(const PlotContents& contents, const PlotStyle& style) {
 std::string mapCommand(const PlotFrame& frame, const PlotStyle& style) {
     const auto end = [](const std::string& column, const PlotSpan& span, bool hasLog) {
         constexpr double hair = 1.0 / 2000.0;
-        return hasLog ? "($" + column + "*" + roundedText(std::pow(span.high / span.low, hair)) + ")"
+        return hasLog ? "($" + column + "*" + roundedText(elementary::pow(span.high / span.low, hair)) + ")"
                       : "($" + column + "+" + roundedText(hair * (span.high - span.low)) + ")";
     };
     return "plot data using 1:3:1:" + end("2", frame.x, style.x.hasLog) + ":3:" + end("4", frame.y, style.y.hasLog) +

@@ -1,13 +1,12 @@
-#include "expression/Emitter.h"
+#include "expression/Compiler.h"
+
 #include "expression/simd/SimdKernels.h"
 
 #include <velmorak/Text.h>
 
 #include <algorithm>
-#include <array>
-#include <limits>
-#include <numbers>
 #include <optional>
+#include <utility>
 
 namespace velmorak::expression {
 
@@ -21,79 +20,106 @@ std::string shownName(const Node& call) {
     return call.text == "-sign" || call.text == "+sign" ? call.text.substr(0, 1) : call.text;
 }
 
-struct Constant {
-    std::string_view name;
-    double value;
-};
+std::string wanted(const Function& function) {
+    if (function.takesMore) {
+        return "two values or more, or one list column";
+    }
+    return function.arguments == 1 ? "one value" : function.arguments == 2 ? "two values" : "three values";
+}
 
-constexpr std::array constants{Constant{"pi", std::numbers::pi}, Constant{"e", std::numbers::e},
-                               Constant{"inf", std::numeric_limits<double>::infinity()},
-                               Constant{"nan", std::numeric_limits<double>::quiet_NaN()}};
+Kernel scalarKernel(const Function& function, ColumnType type) {
+    switch (type) {
+        case ColumnType::Real:
+            return function.forReals;
+        case ColumnType::Integer:
+            return function.forIntegers;
+        case ColumnType::Boolean:
+            return function.forBooleans;
+        case ColumnType::Text:
+            break;
+    }
+    return function.forTexts;
+}
 
-class Compiler {
+/// @param type of the arguments, or of the values of a choice.
+Operation operationOf(const Function& function, ColumnType type) {
+    const SimdKernel* const wide = findSimdKernel(function.name, type);
+    const ReverseKernel reverse = type == ColumnType::Real ? function.reverse : nullptr;
+    return {!wide ? scalarKernel(function, type) : wide->kernel, &function,
+            !wide || !wide->reverse ? reverse : wide->reverse};
+}
+
+/// Compiles x^2 as a product, which is faster and correctly rounded.
+bool isSquare(const Node& node, const std::optional<double>& exponent) {
+    return (node.text == "^" || node.text == "pow") && exponent == 2.0;
+}
+
+/// The columns of a table, and numbers with names.
+class Columns : public Scope {
 public:
-    Compiler(std::string_view expression, const Schema& schema, const std::map<std::string, double>& named);
+    Columns(const Schema& schema, const std::map<std::string, double>& numbers) : schema(schema), numbers(numbers) {}
 
-    Code run();
+    TypedOperand named(const Node& node, Compiler& compiler) override;
 
 private:
-    TypedOperand compiled(const Node& node);
+    [[noreturn]] void failUnknown(const Node& node, const Compiler& compiler) const;
 
-    TypedOperand named(const Node& node);
-
-    TypedOperand column(const Node& node, std::size_t position);
-
-    TypedOperand called(const Node& node);
-
-    /// Compiles x^2 as a product, which is faster and correctly rounded.
-    bool isSquare(const Node& node) const;
-
-    TypedOperand reduced(const Node& node, const TypedOperand& list);
-
-    TypedOperand indexed(const Node& node, const std::vector<TypedOperand>& arguments);
-
-    void checkArguments(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments);
-
-    static std::string wanted(const Function& function);
-
-    TypedOperand applied(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments);
-
-    TypedOperand arithmetic(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments);
-
-    /// Fuses a product with the sum or difference that follows into one step, which rounds twice as before.
-    std::optional<TypedOperand> joinedWithProduct(const Node& node, const std::vector<TypedOperand>& values);
-
-    /// @return the common type in which two values are compared or chosen.
-    ColumnType compared(const Node& node, const std::vector<TypedOperand>& pair);
-
-    std::vector<TypedOperand> conditions(const Node& node, const std::vector<TypedOperand>& arguments);
-
-    TypedOperand choice(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments);
-
-    static Kernel kernel(const Function& function, ColumnType type);
-
-    static Kernel scalarKernel(const Function& function, ColumnType type);
-
-    /// @return the values, converted to the type.
-    std::vector<TypedOperand> all(const Node& node, const std::vector<TypedOperand>& values, ColumnType type);
-
-    std::string_view source;
-    const Schema& columns;
+    const Schema& schema;
     const std::map<std::string, double>& numbers;
-    std::vector<Node> nodes;
-    std::vector<TypedOperand> typed;  ///< The value of each node.
-    Emitter emitter;
 };
 
-Compiler::Compiler(std::string_view expression, const Schema& schema, const std::map<std::string, double>& named)
-    : source(expression), columns(schema), numbers(named) {}
+TypedOperand Columns::named(const Node& node, Compiler& compiler) {
+    if (const auto position = schema.find(node.text)) {
+        return compiler.steps().column(*position, schema[*position]);
+    }
+    if (const auto number = numbers.find(node.text); number != numbers.end()) {
+        return compiler.constant(number->second);
+    }
+    if (const double* const known = node.isQuoted ? nullptr : findConstant(node.text)) {
+        return compiler.constant(*known);
+    }
+    failUnknown(node, compiler);
+}
 
-Code Compiler::run() {
-    nodes = parse(source);
-    for (const Node& node : nodes) {
+void Columns::failUnknown(const Node& node, const Compiler& compiler) const {
+    std::vector<std::string> known;
+    for (const ColumnInfo& info : schema.columns()) {
+        known.push_back(info.name);
+    }
+    for (const auto& [name, value] : numbers) {
+        known.push_back(name);
+    }
+    compiler.fail(node, "there is no column " + quoted(node.text) + suggestion(node.text, known));
+}
+
+}  // namespace
+
+void Compiler::fail(const Node& node, const std::string& reason) const {
+    throwAt(source, placeOf(node), reason);
+}
+
+TypedOperand Compiler::compile(const std::vector<Node>& tree, Scope& scope) {
+    nodes = &tree;
+    names = &scope;
+    typed.clear();
+    typed.reserve(tree.size());
+    for (const Node& node : tree) {
         typed.push_back(compiled(node));
     }
-    return std::move(emitter).finish(typed.back());
+    return typed.back();
+}
+
+TypedOperand Compiler::compileDefinition(const std::vector<Node>& tree, Scope& scope, std::size_t offset) {
+    const auto* const outerNodes = nodes;
+    Scope* const outerNames = names;
+    std::vector<TypedOperand> outerTyped = std::exchange(typed, {});
+    const std::optional<std::size_t> outerOffset = std::exchange(definitionOffset, offset);
+    const TypedOperand whole = compile(tree, scope);
+    nodes = outerNodes;
+    names = outerNames;
+    typed = std::move(outerTyped);
+    definitionOffset = outerOffset;
+    return whole;
 }
 
 TypedOperand Compiler::compiled(const Node& node) {
@@ -107,45 +133,29 @@ TypedOperand Compiler::compiled(const Node& node) {
         case Form::Text:
             return emitter.text(node.text);
         case Form::Name:
-            return named(node);
-        case Form::Call:
             break;
+        case Form::Call:
+            return called(node);
     }
-    return called(node);
+    const TypedOperand value = names->named(node, *this);
+    const bool isTextColumn = value.type == ColumnType::Text && value.operand.in == Operand::In::Column;
+    return isTextColumn && nodes->size() > 1
+               ? emitter.emit({.kernel = addressTexts}, {value}, ColumnType::Text, placeOf(node))
+               : value;
 }
 
-TypedOperand Compiler::named(const Node& node) {
-    if (const auto position = columns.find(node.text)) {
-        return column(node, *position);
-    }
-    if (const auto number = numbers.find(node.text); number != numbers.end()) {
-        return emitter.constant(number->second, ColumnType::Real);
-    }
-    if (const double* known = node.isQuoted ? nullptr : findConstant(node.text)) {
-        return emitter.constant(*known, ColumnType::Real);
-    }
-    std::vector<std::string> names;
-    for (const ColumnInfo& info : columns.columns()) {
-        names.push_back(info.name);
-    }
-    for (const auto& [name, value] : numbers) {
-        names.push_back(name);
-    }
-    throwAt(source, node.offset, "there is no column " + quoted(node.text) + suggestion(node.text, names));
-}
-
-TypedOperand Compiler::column(const Node& node, std::size_t position) {
-    const TypedOperand value = emitter.column(position, columns[position]);
-    if (value.type != ColumnType::Text || nodes.size() == 1) {
-        return value;
-    }
-    return emitter.emit(addressTexts, {value}, ColumnType::Text, node.offset);
+TypedOperand Compiler::asReal(const Node& node, const TypedOperand& value) {
+    return converted(node, node, value, ColumnType::Real);
 }
 
 TypedOperand Compiler::called(const Node& node) {
     std::vector<TypedOperand> arguments;
+    arguments.reserve(node.children.size());
     for (const std::size_t child : node.children) {
         arguments.push_back(typed[child]);
+    }
+    if (const auto known = names->called(node, arguments, *this)) {
+        return *known;
     }
     if (node.text == "[]") {
         return indexed(node, arguments);
@@ -155,98 +165,98 @@ TypedOperand Compiler::called(const Node& node) {
     }
     const Function* function = findFunction(node.text);
     if (!function) {
-        throwAt(source, node.offset,
-                isReduction(node.text)
-                    ? quoted(node.text) + " takes one list column"
-                    : "there is no function " + quoted(node.text) + suggestion(node.text, functionNames()));
+        failUnknown(node);
     }
     checkArguments(node, *function, arguments);
-    if (isSquare(node)) {
+    if (arguments.size() == 2 && isSquare(node, emitter.numberOf(arguments[1]))) {
         return applied(node, *findFunction("square"), {arguments[0]});
     }
     return applied(node, *function, arguments);
 }
 
-bool Compiler::isSquare(const Node& node) const {
-    if (node.text != "^" && node.text != "pow") {
-        return false;
+void Compiler::failUnknown(const Node& node) const {
+    if (isReduction(node.text)) {
+        fail(node, quoted(node.text) + " takes one list column");
     }
-    const Node& exponent = nodes[node.children[1]];
-    return (exponent.form == Form::Integer && exponent.integer == 2) ||
-           (exponent.form == Form::Real && exponent.real == 2.0);
+    std::vector<std::string> known = functionNames();
+    for (std::string& name : names->callableNames()) {
+        known.push_back(std::move(name));
+    }
+    fail(node, "there is no function " + quoted(node.text) + suggestion(node.text, known));
 }
 
 TypedOperand Compiler::reduced(const Node& node, const TypedOperand& list) {
     if (!list.isList) {
-        throwAt(source, node.offset,
-                quoted(node.text) + " of one argument needs a list column, but this is " + shown(list));
+        fail(node, quoted(node.text) + " of one argument needs a list column, but this is " + shown(list));
     }
     const Reduction reduction = findReduction(node.text, list.type);
     if (!reduction.kernel) {
-        throwAt(source, node.offset, quoted(node.text) + " does not take " + shown(list));
+        fail(node, quoted(node.text) + " does not take " + shown(list));
     }
-    return emitter.emitReduction(reduction.kernel, {list}, reduction.type, node.offset);
+    return emitter.emitReduction(reduction.kernel, {list}, reduction.type, placeOf(node));
 }
 
 TypedOperand Compiler::indexed(const Node& node, const std::vector<TypedOperand>& arguments) {
     const TypedOperand& list = arguments[0];
     if (!list.isList) {
-        throwAt(source, node.offset, "only a list can be indexed, but this is " + shown(list));
+        fail(node, "only a list can be indexed, but this is " + shown(list));
     }
     if (arguments[1].isList || arguments[1].type == ColumnType::Text || arguments[1].type == ColumnType::Boolean) {
-        throwAt(source, nodes[node.children[1]].offset,
-                "a position in a list must be a number, but this is " + shown(arguments[1]));
+        fail((*nodes)[node.children[1]], "a position in a list must be a number, but this is " + shown(arguments[1]));
     }
-    TypedOperand position = arguments[1];
-    if (position.type == ColumnType::Integer) {
-        position = emitter.emit(conversion(position.type, ColumnType::Real), {position}, ColumnType::Real, node.offset);
-    }
+    const TypedOperand position = asReal(node, arguments[1]);
     const Reduction way = findIndexing(list.type);
-    return emitter.emitReduction(way.kernel, {list, position}, way.type, node.offset);
+    return emitter.emitReduction(way.kernel, {list, position}, way.type, placeOf(node));
 }
 
-void Compiler::checkArguments(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) {
+void Compiler::checkArguments(const Node& node, const Function& function,
+                              const std::vector<TypedOperand>& arguments) const {
     const std::size_t count = arguments.size();
     if (count < function.arguments || (count > function.arguments && !function.takesMore)) {
-        throwAt(source, node.offset, quoted(node.text) + " takes " + wanted(function));
+        fail(node, quoted(node.text) + " takes " + wanted(function));
     }
-}
-
-std::string Compiler::wanted(const Function& function) {
-    if (function.takesMore) {
-        return "two values or more, or one list column";
-    }
-    return function.arguments == 1 ? "one value" : function.arguments == 2 ? "two values" : "three values";
 }
 
 TypedOperand Compiler::applied(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) {
     switch (function.rule) {
         case Rule::Real:
-            if (node.text == "exp") {
-                if (const auto negative =
-                        emitter.popIfProducedBy(arguments[0], kernel(*findFunction("-sign"), ColumnType::Real))) {
-                    return emitter.emit(kernel(*findFunction("-exp"), ColumnType::Real), *negative, ColumnType::Real,
-                                        node.offset);
-                }
-            }
-            return emitter.emit(kernel(function, ColumnType::Real), all(node, arguments, ColumnType::Real),
-                                ColumnType::Real, node.offset);
+            return ofReals(node, function, arguments);
         case Rule::Test:
-            return emitter.emit(kernel(function, ColumnType::Real), all(node, arguments, ColumnType::Real),
-                                ColumnType::Boolean, node.offset);
+            return emit(node, function, ColumnType::Real, all(node, arguments, ColumnType::Real), ColumnType::Boolean);
         case Rule::Arithmetic:
             return arithmetic(node, function, arguments);
         case Rule::Comparison: {
             const ColumnType type = compared(node, arguments);
-            return emitter.emit(kernel(function, type), all(node, arguments, type), ColumnType::Boolean, node.offset);
+            return emit(node, function, type, all(node, arguments, type), ColumnType::Boolean);
         }
         case Rule::Logic:
-            return emitter.emit(kernel(function, ColumnType::Boolean), conditions(node, arguments), ColumnType::Boolean,
-                                node.offset);
+            return emit(node, function, ColumnType::Boolean, conditions(node, arguments), ColumnType::Boolean);
         case Rule::Choice:
             break;
     }
     return choice(node, function, arguments);
+}
+
+TypedOperand Compiler::emit(const Node& node, const Function& function, ColumnType argumentType,
+                            const std::vector<TypedOperand>& values, ColumnType type) {
+    const TypedOperand result = emitter.emit(operationOf(function, argumentType), values, type, placeOf(node));
+    const bool areConstants = std::all_of(values.begin(), values.end(), [](const TypedOperand& value) {
+        return value.operand.in == Operand::In::Constant;
+    });
+    if (areConstants && result.operand.in != Operand::In::Constant) {
+        fail(node, "no integer can hold a result: it is too large, or a division by 0");
+    }
+    return result;
+}
+
+TypedOperand Compiler::ofReals(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) {
+    if (node.text == "exp") {
+        const Kernel sign = operationOf(*findFunction("-sign"), ColumnType::Real).kernel;
+        if (const auto negative = emitter.popIfProducedBy(arguments[0], sign)) {
+            return emit(node, *findFunction("-exp"), ColumnType::Real, *negative, ColumnType::Real);
+        }
+    }
+    return emit(node, function, ColumnType::Real, all(node, arguments, ColumnType::Real), ColumnType::Real);
 }
 
 TypedOperand Compiler::arithmetic(const Node& node, const Function& function,
@@ -256,14 +266,14 @@ TypedOperand Compiler::arithmetic(const Node& node, const Function& function,
     const ColumnType type = hasReal ? ColumnType::Real : ColumnType::Integer;
     const auto values = all(node, arguments, type);
     if (values.size() == 1) {
-        return emitter.emit(kernel(function, type), values, type, node.offset);
+        return node.text == "+sign" ? values[0] : emit(node, function, type, values, type);
     }
     if (const auto joined = type == ColumnType::Real ? joinedWithProduct(node, values) : std::nullopt) {
         return *joined;
     }
-    TypedOperand result = emitter.emit(kernel(function, type), {values[0], values[1]}, type, node.offset);
+    TypedOperand result = emit(node, function, type, {values[0], values[1]}, type);
     for (std::size_t i = 2; i < values.size(); ++i) {
-        result = emitter.emit(kernel(function, type), {result, values[i]}, type, node.offset);
+        result = emit(node, function, type, {result, values[i]}, type);
     }
     return result;
 }
@@ -273,7 +283,7 @@ std::optional<TypedOperand> Compiler::joinedWithProduct(const Node& node, const 
     if ((!isSum && node.text != "-") || values[0].isList || values[1].isList) {
         return std::nullopt;
     }
-    const Kernel product = kernel(*findFunction("*"), ColumnType::Real);
+    const Kernel product = operationOf(*findFunction("*"), ColumnType::Real).kernel;
     for (const std::size_t side : {1U, 0U}) {
         if (side == 1 && !isSum) {
             continue;
@@ -283,17 +293,16 @@ std::optional<TypedOperand> Compiler::joinedWithProduct(const Node& node, const 
             continue;
         }
         factors->push_back(values[1 - side]);
-        return emitter.emit(kernel(*findFunction(isSum ? "*+" : "*-"), ColumnType::Real), *factors, ColumnType::Real,
-                            node.offset);
+        return emit(node, *findFunction(isSum ? "*+" : "*-"), ColumnType::Real, *factors, ColumnType::Real);
     }
     return std::nullopt;
 }
 
-ColumnType Compiler::compared(const Node& node, const std::vector<TypedOperand>& pair) {
+ColumnType Compiler::compared(const Node& node, const std::vector<TypedOperand>& pair) const {
     const ColumnType first = pair[0].type;
     const ColumnType second = pair[1].type;
     if ((first == ColumnType::Text) != (second == ColumnType::Text)) {
-        throwAt(source, node.offset, "a text and a number cannot be combined here");
+        fail(node, "a text and a number cannot be combined here");
     }
     if (first == ColumnType::Text || first == ColumnType::Real || second == ColumnType::Real) {
         return first == ColumnType::Text ? first : ColumnType::Real;
@@ -304,8 +313,8 @@ ColumnType Compiler::compared(const Node& node, const std::vector<TypedOperand>&
 std::vector<TypedOperand> Compiler::conditions(const Node& node, const std::vector<TypedOperand>& arguments) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         if (arguments[i].type == ColumnType::Real || arguments[i].type == ColumnType::Text) {
-            throwAt(source, nodes[node.children[i]].offset,
-                    "expected a condition, but this is " + shown(arguments[i]) + "; compare it with something");
+            fail((*nodes)[node.children[i]],
+                 "expected a condition, but this is " + shown(arguments[i]) + "; compare it with something");
         }
     }
     return all(node, arguments, ColumnType::Boolean);
@@ -321,51 +330,32 @@ TypedOperand Compiler::choice(const Node& node, const Function& function, const 
     for (const TypedOperand& value : all(valuesOnly, pair, type)) {
         values.push_back(value);
     }
-    return emitter.emit(kernel(function, type), values, type, node.offset);
+    return emit(node, function, type, values, type);
 }
 
-Kernel Compiler::kernel(const Function& function, ColumnType type) {
-    const Kernel wide = function.rule == Rule::Choice ? nullptr : simdKernel(function.name, type);
-    return !wide ? scalarKernel(function, type) : wide;
-}
-
-Kernel Compiler::scalarKernel(const Function& function, ColumnType type) {
-    switch (type) {
-        case ColumnType::Real:
-            return function.forReals;
-        case ColumnType::Integer:
-            return function.forIntegers;
-        case ColumnType::Boolean:
-            return function.forBooleans;
-        case ColumnType::Text:
-            break;
+TypedOperand Compiler::converted(const Node& call, const Node& argument, const TypedOperand& value, ColumnType type) {
+    const Kernel way = conversion(value.type, type);
+    if (!way && value.type != type) {
+        fail(argument, quoted(shownName(call)) + " does not take " + shown(value));
     }
-    return function.forTexts;
+    return !way ? value : emitter.emit({.kernel = way}, {value}, type, placeOf(call));
 }
 
 std::vector<TypedOperand> Compiler::all(const Node& node, const std::vector<TypedOperand>& values, ColumnType type) {
-    std::vector<TypedOperand> converted;
+    std::vector<TypedOperand> same;
+    same.reserve(values.size());
     for (std::size_t i = 0; i < values.size(); ++i) {
-        const Kernel way = conversion(values[i].type, type);
-        if (!way && values[i].type != type) {
-            throwAt(source, nodes[node.children[i]].offset,
-                    quoted(shownName(node)) + " does not take " + shown(values[i]));
-        }
-        converted.push_back(!way ? values[i] : emitter.emit(way, {values[i]}, type, node.offset));
+        same.push_back(converted(node, (*nodes)[node.children[i]], values[i], type));
     }
-    return converted;
+    return same;
 }
-
-}  // namespace
 
 Code compile(std::string_view text, const Schema& columns, const std::map<std::string, double>& numbers) {
-    return Compiler(text, columns, numbers).run();
-}
-
-const double* findConstant(std::string_view name) {
-    const auto* const found =
-        std::find_if(constants.begin(), constants.end(), [&](const Constant& known) { return known.name == name; });
-    return found == constants.end() ? nullptr : &found->value;
+    Columns scope(columns, numbers);
+    Compiler compiler(text, Buffers::Reused);
+    const std::vector<Node> tree = parse(text);
+    const TypedOperand whole = compiler.compile(tree, scope);
+    return std::move(compiler).finish(whole);
 }
 
 }  // namespace velmorak::expression

@@ -1,5 +1,7 @@
 #include "expression/Emitter.h"
 
+#include <cstring>
+
 namespace velmorak::expression {
 
 namespace {
@@ -13,7 +15,36 @@ std::size_t bytesInColumn(ColumnType type) {
     return type == ColumnType::Text ? sizeof(std::string) : bytesOf(type);
 }
 
+/// Fills a block with a value.
+void repeat(const std::byte* value, ColumnType type, Block& block) {
+    if (bytesOf(type) == 1) {
+        std::fill_n(block.bytes, blockRows, *value);
+        return;
+    }
+    for (std::size_t row = 0; row < blockRows; ++row) {
+        std::memcpy(block.bytes + 8 * row, value, 8);
+    }
+}
+
+template <typename T>
+double firstOf(const Block& block) {
+    T value{};
+    std::memcpy(&value, block.bytes, sizeof(T));
+    return static_cast<double>(value);
+}
+
 }  // namespace
+
+double numberIn(const Block& constant, ColumnType type) {
+    switch (type) {
+        case ColumnType::Real:
+            return firstOf<double>(constant);
+        case ColumnType::Integer:
+            return firstOf<std::int64_t>(constant);
+        default:
+            return firstOf<std::uint8_t>(constant);
+    }
+}
 
 TypedOperand Emitter::text(const std::string& value) {
     return constant(static_cast<const std::string*>(&code.texts.emplace_back(value)), ColumnType::Text);
@@ -27,12 +58,17 @@ TypedOperand Emitter::column(std::size_t position, const ColumnInfo& info) {
     return {{Operand::In::Column, position}, info.type, info.isList, position, bytesInColumn(info.type)};
 }
 
-TypedOperand Emitter::emit(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type,
+TypedOperand Emitter::emit(const Operation& operation, const std::vector<TypedOperand>& values, ColumnType type,
                            std::size_t offset) {
+    if (const auto constant = folded(operation.kernel, values, type)) {
+        return *constant;
+    }
     const auto list =
         std::find_if(values.begin(), values.end(), [](const TypedOperand& value) { return value.isList; });
     Step step;
-    step.kernel = kernel;
+    step.kernel = operation.kernel;
+    step.function = operation.function;
+    step.reverse = operation.reverse;
     step.offset = offset;
     if (list == values.end()) {
         return emitStep(step, values, type);
@@ -48,6 +84,34 @@ TypedOperand Emitter::emit(Kernel kernel, const std::vector<TypedOperand>& value
         lists.push_back(isSingle ? broadcast(value, step.listColumn, offset) : value);
     }
     return emitStep(step, lists, type);
+}
+
+std::optional<TypedOperand> Emitter::folded(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type) {
+    KernelArgs args;
+    args.rows = 1;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (values[i].operand.in != Operand::In::Constant) {
+            return std::nullopt;
+        }
+        args.in[i] = code.constantAt[values[i].operand.position]->bytes;
+    }
+    alignas(8) std::byte result[8];
+    args.out = result;
+    if (!kernel(args)) {
+        return std::nullopt;
+    }
+    // The block of an operand is free if nothing else can use it.
+    TypedOperand made = buffers == Buffers::Kept ? constant(0.0, type) : values.front();
+    made.type = type;
+    repeat(result, type, *code.constantAt[made.operand.position]);
+    return made;
+}
+
+std::optional<double> Emitter::numberOf(const TypedOperand& value) const {
+    if (value.operand.in != Operand::In::Constant || value.type == ColumnType::Text) {
+        return std::nullopt;
+    }
+    return numberIn(*code.constantAt[value.operand.position], value.type);
 }
 
 TypedOperand Emitter::emitReduction(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type,
@@ -66,11 +130,16 @@ TypedOperand Emitter::emitStep(Step step, const std::vector<TypedOperand>& value
     step.out = isList ? Operand{Operand::In::List, allocate(freeLists, code.lists)}
                       : Operand{Operand::In::Buffer, allocate(freeBuffers, code.buffers)};
     step.outBytes = bytesOf(type);
+    step.type = type;
     for (std::size_t i = 0; i < values.size(); ++i) {
         step.in[i] = values[i].operand;
         step.inBytes[i] = values[i].elementBytes;
+        step.inType[i] = values[i].type;
     }
     code.steps.push_back(step);
+    if (buffers == Buffers::Kept) {
+        return {step.out, type, isList, step.listColumn, step.outBytes};
+    }
     for (const TypedOperand& value : values) {
         if (value.operand.in == Operand::In::Buffer) {
             freeBuffers.push_back(value.operand.position);
@@ -83,7 +152,7 @@ TypedOperand Emitter::emitStep(Step step, const std::vector<TypedOperand>& value
 }
 
 std::optional<std::vector<TypedOperand>> Emitter::popIfProducedBy(const TypedOperand& value, Kernel kernel) {
-    if (code.steps.empty() || value.operand.in != Operand::In::Buffer) {
+    if (buffers == Buffers::Kept || code.steps.empty() || value.operand.in != Operand::In::Buffer) {
         return std::nullopt;
     }
     const Step& last = code.steps.back();

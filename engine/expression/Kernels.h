@@ -4,8 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Kernels: functions that compute one step of an expression for a block of rows.
 namespace velmorak::expression {
@@ -25,6 +27,22 @@ struct KernelArgs {
 /// @return false if a row has no integer result: an overflow, or a division by 0.
 using Kernel = bool (*)(const KernelArgs&);
 
+/// One step of reverse-mode automatic differentiation (A. Griewank, A. Walther, Evaluating Derivatives, SIAM 2008,
+/// chapter 3). The adjoint of a value is the derivative of the whole with respect to it.
+/// Shape: arrays of count values, one for each row.
+struct AdjointStep {
+    const void* value[3];         ///< Of the arguments: double, or std::uint8_t for the condition of a choice.
+    double* adjoint[3];           ///< Of the arguments; null for one that has no derivative.
+    const double* result;         ///< Value of the step.
+    const double* resultAdjoint;  ///< Adjoint of the step.
+    std::size_t count;
+    std::uint8_t* hasAdjoint[3];  ///< 0 as long as adjoint is not initialised.
+    bool isUniform[3];            ///< The argument has the same value in all rows.
+};
+
+/// Adds the contributions of a step to the adjoints of its arguments.
+using ReverseKernel = void (*)(const AdjointStep&);
+
 /// The argument types and the result type of a function.
 enum class Rule {
     Real,        ///< Reals to a real.
@@ -35,7 +53,29 @@ enum class Rule {
     Choice       ///< A condition and two values of compatible types.
 };
 
-/// A function or operator with its kernels; null for types that it does not support.
+/// How a function depends on arguments that are linear in something.
+enum class Linearity { None, Sum, Product, Quotient, Choice };
+
+/// How a call is written: its arguments between these pieces of text, each in parentheses if its level of precedence is
+/// lower than the one given. A function without pieces is written as name(argument,...).
+struct Notation {
+    std::string_view before;
+    std::string_view between;
+    std::string_view beforeThird;
+    std::string_view after;
+    int level = 10;  ///< Of the whole; 10 never needs parentheses.
+    int firstLevel = 0;
+    int otherLevel = 0;
+};
+
+/// The place of a function in docs/expressions.md.
+struct Documentation {
+    std::string_view subject;  ///< Row of the table of functions; empty for operators.
+    std::string_view text;     ///< Markdown, such as "`pow(x, y)`".
+};
+
+/// A function or operator: an entry of the one table that columns, conditions, numbers, fits and fitted functions use.
+/// Kernels are null for types that it does not support.
 struct Function {
     std::string_view name;
     Rule rule = Rule::Real;
@@ -45,12 +85,31 @@ struct Function {
     Kernel forIntegers = nullptr;
     Kernel forTexts = nullptr;
     Kernel forBooleans = nullptr;
+    ReverseKernel reverse = nullptr;  ///< Derivative of a real result; null for results of other types.
+    Linearity linearity = Linearity::None;
+    Notation notation{};
+    Documentation documentation{};
 };
 
+/// @return the table, in the order of docs/expressions.md.
+std::span<const Function> allFunctions();
 /// @return null for an unknown name.
 const Function* findFunction(std::string_view name);
 /// @return all names that a user may write, for suggestions.
 std::vector<std::string> functionNames();
+
+/// A name without quotes that stands for a number, unless a column, number or parameter has it.
+struct Constant {
+    std::string_view name;
+    double value;
+    std::string_view meaning;  ///< In docs/expressions.md.
+};
+std::span<const Constant> allConstants();
+/// @return null for other names.
+const double* findConstant(std::string_view name);
+inline bool isConstant(std::string_view name) {
+    return findConstant(name) != nullptr;
+}
 
 /// A function over a whole list: sum, count, min, max, any, all.
 struct Reduction {

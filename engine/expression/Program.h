@@ -27,9 +27,13 @@ enum class IterationDomain {
 
 struct Step {
     Kernel kernel = nullptr;
+    const Function* function = nullptr;  ///< Null for conversions and what else no user writes.
+    ReverseKernel reverse = nullptr;
+    ColumnType type = ColumnType::Real;  ///< Of out.
     IterationDomain domain = IterationDomain::Rows;
     Operand out;
     Operand in[3];
+    ColumnType inType[3] = {};
     std::size_t outBytes = 0;  ///< Distance between values.
     std::size_t inBytes[3] = {};
     std::size_t listColumn = 0;  ///< Column whose offsets the lists share.
@@ -39,15 +43,24 @@ struct Step {
 
 /// One value repeated for a whole block, so that kernels need not distinguish constants.
 struct alignas(64) Block {
+    Block() {}  // NOLINT(modernize-use-equals-default,cppcoreguidelines-pro-type-member-init): leaves the bytes alone.
+
     std::byte bytes[blockRows * 8];
 };
 
+/// @return the value of a constant that is not a text.
+double numberIn(const Block& constant, ColumnType type);
+
 /// A compiled expression: steps in execution order.
 struct Code {
+    Code() = default;
+    Code(Code&&) = default;
+    Code& operator=(Code&&) = default;
+
     std::vector<Step> steps;
     std::vector<std::size_t> usedColumns;
     std::list<Block> constants;
-    std::vector<const Block*> constantAt;
+    std::vector<Block*> constantAt;
     std::list<std::string> texts;  ///< Storage of text constants.
     std::size_t buffers = 0;
     std::size_t lists = 0;
@@ -57,14 +70,8 @@ struct Code {
     bool isList = false;
 };
 
-/// Checks the types and compiles.
+/// Checks the types and compiles an expression of columns.
 /// @throws Failure whose message shows the expression with a caret under the mistake.
 Code compile(std::string_view text, const Schema& columns, const std::map<std::string, double>& numbers);
-
-/// @return the constant that a name without quotes means unless a column or number has it; null for other names.
-const double* findConstant(std::string_view name);
-inline bool isConstant(std::string_view name) {
-    return findConstant(name) != nullptr;
-}
 
 }  // namespace velmorak::expression

@@ -1,5 +1,7 @@
 #include "fit/LeastSquaresProblem.h"
 
+#include <velmorak/ElementaryFunctions.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -45,7 +47,7 @@ double LeastSquaresProblem::likelihoodTerm(std::size_t entry, double value) cons
     if (y == 0.0) {
         return value < 0.0 ? std::numeric_limits<double>::infinity() : 2.0 * value;
     }
-    return value > 0.0 ? 2.0 * (value - y + y * std::log(y / value)) : std::numeric_limits<double>::infinity();
+    return value > 0.0 ? 2.0 * (value - y + y * elementary::log(y / value)) : std::numeric_limits<double>::infinity();
 }
 
 double LeastSquaresProblem::inverseDeviation(std::size_t entry, double value) const {

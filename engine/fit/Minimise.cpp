@@ -22,6 +22,8 @@ constexpr double endDistance = 1e-9;
 constexpr double coarseDistance = 1e-5;
 /// For the finite differences that give second derivatives, in standard deviations.
 constexpr double differenceStep = 1e-5;
+/// Accepted relative error of the second derivatives from rounding and from the finite step.
+constexpr double maxCurvatureError = 1e-3;
 constexpr double costRounding = 1e-13;
 
 Eigen::Index index(std::size_t position) {
@@ -62,6 +64,11 @@ private:
     /// system (the columns of unit).
     MatrixXd curvature(const MatrixXd& unit, const VectorXd& descent);
 
+    /// @return how much the second derivatives differ on the other side of the point, in the direction of the sum of
+    /// all axes, relative to the curvature. Near 0 unless rounding or a tiny scale of the function spoils them.
+    VectorXd curvatureError(const MatrixXd& unit, const VectorXd& descent,
+                            const Eigen::SelfAdjointEigenSolver<MatrixXd>& axes);
+
     /// Converges to a nearby minimum by Newton's method and computes the covariance there.
     /// @return false if the minimum is not near enough.
     bool newtonRefine(const LinearSystem& linear);
@@ -69,6 +76,11 @@ private:
     bool newtonIterate(const MatrixXd& unit, const Eigen::SelfAdjointEigenSolver<MatrixXd>& axes, VectorXd descent);
 
     [[noreturn]] void throwSaddlePoint(const VectorXd& axis, const MatrixXd& unit) const;
+
+    /// @return how much the curvature in each parameter alone differs on both sides of the point.
+    VectorXd curvatureErrors(const LinearSystem& linear);
+
+    [[noreturn]] void throwUndetermined(const LinearSystem& linear);
 
     LeastSquaresProblem& problem;
     std::vector<double> values;
@@ -249,6 +261,19 @@ MatrixXd Minimiser::curvature(const MatrixXd& unit, const VectorXd& descent) {
     return 0.5 * (result + result.transpose());
 }
 
+VectorXd Minimiser::curvatureError(const MatrixXd& unit, const VectorXd& descent,
+                                   const Eigen::SelfAdjointEigenSolver<MatrixXd>& axes) {
+    const VectorXd sum = VectorXd::Ones(unit.cols());
+    const VectorXd move = unit * sum;
+    std::vector<double> below = values;
+    for (std::size_t i = 0; i < moving.size(); ++i) {
+        below[moving[i]] -= differenceStep * move[index(i)];
+    }
+    const VectorXd slope = (descentAt(below, unit) - descent) / differenceStep;
+    const VectorXd along = axes.eigenvectors().transpose() * slope;
+    return axes.eigenvectors() * along.cwiseQuotient(axes.eigenvalues()) - sum;
+}
+
 bool Minimiser::newtonRefine(const LinearSystem& linear) {
     checkNotSingular(problem, linear.r, moving);
     const Eigen::Index n = linear.q.size();
@@ -260,8 +285,9 @@ bool Minimiser::newtonRefine(const LinearSystem& linear) {
         hessian.setIdentity();
     }
     const Eigen::SelfAdjointEigenSolver<MatrixXd> axes(hessian);
+    const bool isDetermined = (curvatureError(unit, linear.q, axes).array().abs() < maxCurvatureError).all();
     if (!(axes.eigenvalues().minCoeff() > 1e-9)) {
-        throwSaddlePoint(axes.eigenvectors().col(0), unit);
+        isDetermined ? throwSaddlePoint(axes.eigenvectors().col(0), unit) : throwUndetermined(linear);
     }
     if (!newtonIterate(unit, axes, linear.q)) {
         latest = problem.linearise(values, free);
@@ -272,6 +298,9 @@ bool Minimiser::newtonRefine(const LinearSystem& linear) {
             cost = latest.cost;
         }
         return false;
+    }
+    if (!isDetermined) {
+        throwUndetermined(linear);
     }
     const MatrixXd spread = unit * axes.eigenvectors() * axes.eigenvalues().cwiseSqrt().cwiseInverse().asDiagonal();
     covariance = spread * spread.transpose();
@@ -315,6 +344,36 @@ void Minimiser::throwSaddlePoint(const VectorXd& axis, const MatrixXd& unit) con
     }
     throw Failure("the fit finds no minimum along " + names + ", last at " + formatParameters(problem, values, free) +
                   " (the second derivatives are not positive); give other start values or limits");
+}
+
+VectorXd Minimiser::curvatureErrors(const LinearSystem& linear) {
+    VectorXd errors(linear.q.size());
+    const VectorXd slope = problem.gradient(values, moving);
+    for (Eigen::Index k = 0; k < errors.size(); ++k) {
+        const double scale = 1.0 / linear.r.col(k).norm();
+        const auto slopeAt = [&](double step) {
+            std::vector<double> point = values;
+            point[moving[static_cast<std::size_t>(k)]] += step * scale;
+            return problem.gradient(point, moving)[k];
+        };
+        const double difference = slopeAt(differenceStep) + slopeAt(-differenceStep) - 2.0 * slope[k];
+        const double error = std::fabs(difference) * scale / differenceStep;
+        errors[k] = std::isfinite(error) ? error : std::numeric_limits<double>::max();
+    }
+    return errors;
+}
+
+void Minimiser::throwUndetermined(const LinearSystem& linear) {
+    const VectorXd errors = curvatureErrors(linear);
+    std::string names;
+    for (std::size_t k = 0; k < moving.size(); ++k) {
+        if (errors[index(k)] >= std::min(maxCurvatureError, errors.maxCoeff())) {
+            names += (names.empty() ? "" : ", ") + quoted(problem.model().names[moving[k]]);
+        }
+    }
+    throw Failure("these entries do not determine " + names + ", last at " + formatParameters(problem, values, free) +
+                  " (rounding would decide about the errors); fix parameters without influence, give limits, or use a "
+                  "simpler model");
 }
 
 }  // namespace

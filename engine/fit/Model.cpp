@@ -1,8 +1,9 @@
 #include "fit/Model.h"
 
+#include "expression/Printer.h"
+
 #include <velmorak/Failure.h>
 #include <velmorak/Fit.h>
-#include <velmorak/FunctionValues.h>
 #include <velmorak/Text.h>
 
 #include <algorithm>
@@ -30,7 +31,7 @@ void checkOutputNames(const Model& model, const ReservedNames& reserved) {
 
 void checkFormulaLength(const Model& model) {
     try {
-        FunctionValues{functionOf(model, std::vector<double>(model.names.size(), 1.0))};
+        expression::parse(formulaOf(model));  // Types need no check: they are those of the program.
     } catch (const Failure&) {
         throwAt(model.text, 0,
                 "the formula of this model, with its shapes written out, has more than " +
@@ -39,7 +40,25 @@ void checkFormulaLength(const Model& model) {
     }
 }
 
+/// @return the name, in back quotes if it is a word of the language.
+std::string nameIn(const std::string& name) {
+    for (const std::string_view word : {"and", "or", "not", "true", "false"}) {
+        if (name == word) {
+            return "`" + name + "`";
+        }
+    }
+    return name;
+}
+
 }  // namespace
+
+std::string formulaOf(const Model& model) {
+    std::vector<std::string> columns{"x[0]"};
+    for (const std::string& name : model.names) {
+        columns.push_back(nameIn(name));
+    }
+    return expression::printed(model.program.code(), columns);
+}
 
 void checkModel(const Model& model, const ReservedNames& reserved) {
     checkOutputNames(model, reserved);

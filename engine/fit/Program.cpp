@@ -1,94 +1,31 @@
 #include "fit/Program.h"
 
-#include "fit/simd/Adjoint.h"
+#include "expression/Syntax.h"
 
 #include <algorithm>
-#include <cmath>
 #include <new>
+#include <ranges>
 
 namespace velmorak::fitting {
 
 namespace {
 
+using expression::Operand;
+using expression::Step;
+
 constexpr std::size_t cacheLine = 64;
 
-template <typename Rule>
-void each(std::size_t count, const Rule& rule) {
-    for (std::size_t i = 0; i < count; ++i) {
-        rule(i);
-    }
-}
-
-void backwardPower(const AdjointStep& adjointStep) {
-    const double* const a = adjointStep.value[0];
-    const double* const b = adjointStep.value[1];
-    propagate(adjointStep, 0, [&](std::size_t i) { return b[i] == 0.0 ? 0.0 : b[i] * std::pow(a[i], b[i] - 1.0); });
-    propagate(adjointStep, 1,
-              [&](std::size_t i) { return a[i] == 0.0 ? 0.0 : adjointStep.result[i] * std::log(a[i]); });
-}
-
-/// Operations without a vectorised kernel: rare ones, and calls of the mathematical library.
-void backwardScalar(const Step& step, const AdjointStep& adjointStep) {
-    const double* const a = adjointStep.value[0];
-    const double* const b = adjointStep.value[1];
-    switch (step.op) {
-        case Op::Power:
-            return backwardPower(adjointStep);
-        case Op::Remainder:
-            propagate(adjointStep, 0, [](std::size_t) { return 1.0; });
-            return propagate(adjointStep, 1, [&](std::size_t i) { return -std::trunc(a[i] / b[i]); });
-        case Op::NearestRemainder:
-            propagate(adjointStep, 0, [](std::size_t) { return 1.0; });
-            return propagate(adjointStep, 1, [&](std::size_t i) { return (adjointStep.result[i] - a[i]) / b[i]; });
-        case Op::CopySign:
-            propagate(adjointStep, 0,
-                      [&](std::size_t i) { return std::signbit(a[i]) == std::signbit(b[i]) ? 1.0 : -1.0; });
-            return propagate(adjointStep, 1, [](std::size_t) { return 0.0; });
-        case Op::Arctangent2:
-            propagate(adjointStep, 0, [&](std::size_t i) { return b[i] / (a[i] * a[i] + b[i] * b[i]); });
-            return propagate(adjointStep, 1, [&](std::size_t i) { return -a[i] / (a[i] * a[i] + b[i] * b[i]); });
-        case Op::Hypotenuse:
-            propagate(adjointStep, 0, [&](std::size_t i) { return a[i] / adjointStep.result[i]; });
-            return propagate(adjointStep, 1, [&](std::size_t i) { return b[i] / adjointStep.result[i]; });
-        case Op::Function:
-            return propagate(adjointStep, 0,
-                             [&](std::size_t i) { return step.function->derivative(a[i], adjointStep.result[i]); });
-        default:
-            return;
-    }
-}
-
-void executeScalar(const Step& step, const double* const in[3], std::size_t count, double* out) {
-    const double* const a = in[0];
-    const double* const b = in[1];
-    switch (step.op) {
-        case Op::Remainder:
-            return each(count, [=](std::size_t i) { out[i] = std::fmod(a[i], b[i]); });
-        case Op::NearestRemainder:
-            return each(count, [=](std::size_t i) { out[i] = std::remainder(a[i], b[i]); });
-        case Op::CopySign:
-            return each(count, [=](std::size_t i) { out[i] = std::copysign(a[i], b[i]); });
-        case Op::Power:
-            return each(count, [=](std::size_t i) { out[i] = std::pow(a[i], b[i]); });
-        case Op::Arctangent2:
-            return each(count, [=](std::size_t i) { out[i] = std::atan2(a[i], b[i]); });
-        case Op::Hypotenuse:
-            return each(count, [=](std::size_t i) { out[i] = std::hypot(a[i], b[i]); });
-        case Op::Function:
-            return each(count, [&](std::size_t i) { out[i] = step.function->value(a[i]); });
-        default:
-            return;
+/// Repeats the first value.
+void fill(double* values, ColumnType type, std::size_t count) {
+    if (type == ColumnType::Boolean) {
+        auto* const bytes = reinterpret_cast<std::uint8_t*>(values);
+        std::fill_n(bytes, count, bytes[0]);
+    } else {
+        std::fill_n(values, count, values[0]);
     }
 }
 
 }  // namespace
-
-void executeStep(const Step& step, const double* const in[3], std::size_t count, double* out,
-                 const FitKernels& kernels) {
-    if (!kernels.forward(step.op, in, count, out)) {
-        executeScalar(step, in, count, out);
-    }
-}
 
 void AlignedDelete::operator()(double* values) const {
     ::operator delete[](values, std::align_val_t{cacheLine});
@@ -98,73 +35,118 @@ AlignedValues alignedValues(std::size_t count) {
     return AlignedValues(static_cast<double*>(::operator new[](count * sizeof(double), std::align_val_t{cacheLine})));
 }
 
+Program::Program(expression::Code program, std::size_t parameters, std::string expressionText)
+    : steps(std::move(program)), parameterCount(parameters), text(std::move(expressionText)) {
+    dependences.resize(1 + parameterCount + steps.buffers, {false, true});
+    dependences[0] = {true, false};
+    for (const Step& step : steps.steps) {
+        Dependence all;
+        for (const Operand& operand : step.in) {
+            const Dependence one = dependenceOf(operand);
+            all.onX = all.onX || one.onX;
+            all.onParameters = all.onParameters || one.onParameters;
+        }
+        all.onParameters = all.onParameters && step.reverse != nullptr;
+        dependences[slotOf(step.out)] = all;
+    }
+}
+
+std::size_t Program::slotOf(const Operand& operand) const {
+    return operand.in == Operand::In::Column ? operand.position : 1 + parameterCount + operand.position;
+}
+
+Program::Dependence Program::dependenceOf(const Operand& operand) const {
+    const bool isFixed = operand.in == Operand::In::Constant || operand.in == Operand::In::Nothing;
+    return isFixed ? Dependence{} : dependences[slotOf(operand)];
+}
+
+const void* Program::valuesOf(const Operand& operand, const Workspace& space) const {
+    switch (operand.in) {
+        case Operand::In::Nothing:
+            return nullptr;
+        case Operand::In::Constant:
+            return steps.constantAt[operand.position]->bytes;
+        default:
+            return space.values.get() + slotOf(operand) * space.stride;
+    }
+}
+
 Workspace Program::workspace(std::size_t points) const {
     constexpr std::size_t whole = cacheLine / sizeof(double);
-    const std::size_t stride = (points + whole - 1) / whole * whole;
+    const std::size_t slots = dependences.size();
     Workspace space;
     space.kernels = &bestKernels();
-    space.stride = stride;
-    space.values = alignedValues(steps.size() * stride);
-    space.adjoints = alignedValues(steps.size() * stride);
-    space.hasAdjoint.resize(steps.size());
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-        if (steps[i].op == Op::Constant) {
-            std::fill_n(space.values.get() + i * stride, stride, steps[i].constant);
-        }
-    }
+    space.stride = (points + whole - 1) / whole * whole;
+    space.values = alignedValues(slots * space.stride);
+    space.adjoints = alignedValues(slots * space.stride);
+    space.hasAdjoint.resize(slots);
     return space;
 }
 
 const double* Program::evaluate(const double* x, std::size_t count, const double* parameters, Workspace& space) const {
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-        const Step& step = steps[i];
-        double* const out = space.values.get() + i * space.stride;
-        const double* in[3] = {nullptr, nullptr, nullptr};
-        for (std::size_t k = 0; k < 3 && step.in[k] != Step::none; ++k) {
-            in[k] = space.values.get() + step.in[k] * space.stride;
-        }
-        if (step.op == Op::Variable) {
-            std::copy_n(x, count, out);
-        } else if (step.op == Op::Parameter) {
-            std::fill_n(out, count, parameters[step.parameter]);
-        } else if (step.dependsOnX) {
-            executeStep(step, in, count, out, *space.kernels);
-        } else if (step.op != Op::Constant) {
-            executeStep(step, in, 1, out, *space.kernels);
-            std::fill_n(out, count, out[0]);
+    std::copy_n(x, count, space.values.get());
+    for (std::size_t i = 0; i < parameterCount; ++i) {
+        std::fill_n(space.values.get() + (1 + i) * space.stride, count, parameters[i]);
+    }
+    for (const Step& step : steps.steps) {
+        execute(step, count, space);
+    }
+    return static_cast<const double*>(valuesOf(steps.result, space));
+}
+
+void Program::execute(const Step& step, std::size_t count, Workspace& space) const {
+    const std::size_t slot = slotOf(step.out);
+    const bool isUniform = !dependences[slot].onX;
+    double* const out = space.values.get() + slot * space.stride;
+    expression::KernelArgs args;
+    args.out = out;
+    args.rows = isUniform ? 1 : count;
+    for (std::size_t k = 0; k < 3; ++k) {
+        args.in[k] = valuesOf(step.in[k], space);
+    }
+    if (!step.kernel(args)) {
+        expression::throwAt(text, step.offset, "no integer can hold a result: it is too large, or a division by 0");
+    }
+    if (isUniform) {
+        fill(out, step.type, count);
+    }
+}
+
+expression::AdjointStep Program::adjointStepOf(const Step& step, std::size_t count, Workspace& space) const {
+    expression::AdjointStep reversed{};
+    const std::size_t slot = slotOf(step.out);
+    reversed.count = count;
+    reversed.result = space.values.get() + slot * space.stride;
+    reversed.resultAdjoint = space.adjoints.get() + slot * space.stride;
+    for (std::size_t k = 0; k < 3 && step.in[k].in != Operand::In::Nothing; ++k) {
+        const Dependence dependence = dependenceOf(step.in[k]);
+        reversed.value[k] = valuesOf(step.in[k], space);
+        reversed.isUniform[k] = !dependence.onX;
+        if (dependence.onParameters) {
+            const std::size_t from = slotOf(step.in[k]);
+            reversed.hasAdjoint[k] = &space.hasAdjoint[from];
+            reversed.adjoint[k] = space.adjoints.get() + from * space.stride;
         }
     }
-    return space.values.get() + result * space.stride;
+    return reversed;
 }
 
 void Program::backward(std::size_t count, Workspace& space) const {
     std::fill(space.hasAdjoint.begin(), space.hasAdjoint.end(), std::uint8_t{0});
-    space.hasAdjoint[result] = 1;
-    std::fill_n(space.adjoints.get() + result * space.stride, count, 1.0);
-    for (std::size_t i = result + 1; i-- > 0;) {
-        const Step& step = steps[i];
-        if (!step.dependsOnParameters || step.op == Op::Parameter || space.hasAdjoint[i] == 0) {
-            continue;
-        }
-        AdjointStep adjointStep{};
-        adjointStep.count = count;
-        adjointStep.result = space.values.get() + i * space.stride;
-        adjointStep.resultAdjoint = space.adjoints.get() + i * space.stride;
-        for (std::size_t k = 0; k < 3 && step.in[k] != Step::none; ++k) {
-            const std::size_t from = step.in[k];
-            adjointStep.hasAdjoint[k] = &space.hasAdjoint[from];
-            adjointStep.isUniform[k] = !steps[from].dependsOnX;
-            adjointStep.value[k] = space.values.get() + from * space.stride;
-            adjointStep.adjoint[k] =
-                steps[from].dependsOnParameters ? space.adjoints.get() + from * space.stride : nullptr;
-        }
-        if (!space.kernels->backward(step.op, adjointStep)) {
-            backwardScalar(step, adjointStep);
+    if (dependenceOf(steps.result).onParameters) {
+        const std::size_t slot = slotOf(steps.result);
+        space.hasAdjoint[slot] = 1;
+        std::fill_n(space.adjoints.get() + slot * space.stride, count, 1.0);
+    }
+    for (const Step& step : std::views::reverse(steps.steps)) {
+        const std::size_t slot = slotOf(step.out);
+        if (dependences[slot].onParameters && space.hasAdjoint[slot] != 0) {
+            step.reverse(adjointStepOf(step, count, space));
         }
     }
-    for (const std::size_t step : stepOfParameter) {
-        if (space.hasAdjoint[step] == 0) {
-            std::fill_n(space.adjoints.get() + step * space.stride, count, 0.0);
+    for (std::size_t i = 1; i <= parameterCount; ++i) {
+        if (space.hasAdjoint[i] == 0) {
+            std::fill_n(space.adjoints.get() + i * space.stride, count, 0.0);
         }
     }
 }

@@ -77,7 +77,7 @@ NumberRange NumberRange::fromTitle(std::string_view title) {
     const double high =
         boundOf(range.substr(comma + 1, second == std::string_view::npos ? second : second - comma - 1));
     if (low < high) {
-        const double steps = bits < 32.0 ? std::exp2(std::floor(bits)) : 4294967295.0;
+        const double steps = bits < 32.0 ? std::ldexp(1.0, static_cast<int>(bits)) : 4294967295.0;
         return {low, steps / (high - low)};
     }
     return {bits < 15.0 ? bits : 0.0, 0.0};

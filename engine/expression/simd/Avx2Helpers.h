@@ -21,44 +21,6 @@ inline __m256d loadSome(const double* values, std::size_t count) {
     return _mm256_load_pd(padded);
 }
 
-inline void storeSome(double* out, __m256d values, std::size_t count) {
-    alignas(32) double padded[width];
-    _mm256_store_pd(padded, values);
-    for (std::size_t i = 0; i < count; ++i) {
-        out[i] = padded[i];
-    }
-}
-
-template <__m256d (*function)(__m256d)>
-bool unaryAvx2(const KernelArgs& args) {
-    const auto* a = static_cast<const double*>(args.in[0]);
-    auto* out = static_cast<double*>(args.out);
-    std::size_t row = 0;
-    for (; row + width <= args.rows; row += width) {
-        _mm256_storeu_pd(out + row, function(_mm256_loadu_pd(a + row)));
-    }
-    if (row < args.rows) {
-        storeSome(out + row, function(loadSome(a + row, args.rows - row)), args.rows - row);
-    }
-    return true;
-}
-
-template <__m256d (*function)(__m256d, __m256d)>
-bool binaryAvx2(const KernelArgs& args) {
-    const auto* a = static_cast<const double*>(args.in[0]);
-    const auto* b = static_cast<const double*>(args.in[1]);
-    auto* out = static_cast<double*>(args.out);
-    std::size_t row = 0;
-    for (; row + width <= args.rows; row += width) {
-        _mm256_storeu_pd(out + row, function(_mm256_loadu_pd(a + row), _mm256_loadu_pd(b + row)));
-    }
-    if (row < args.rows) {
-        const std::size_t rest = args.rows - row;
-        storeSome(out + row, function(loadSome(a + row, rest), loadSome(b + row, rest)), rest);
-    }
-    return true;
-}
-
 /// Packs eight comparisons of four values each into 32 bytes of 0 or 1, in order.
 inline __m256i packed(const __m256d (&truths)[8]) {
     __m256i halves[4];

@@ -1,21 +1,12 @@
 #pragma once
 
+#include "elementary/simd/Exp.h"
 #include "expression/simd/Avx2Helpers.h"
-#include "expression/simd/Exp.h"
+#include "expression/simd/Reverse.h"
 #include "expression/simd/SimdKernels.h"
 
 // Compiled for AVX2 with FMA and for AVX-512. Nothing here may be an inline function that other sources share: the
 // linker might keep this copy for all of them, also on a processor without these instructions.
-
-// Vector functions of the C library for four values. Those used here differ from the scalar functions by at most 1 unit
-// in the last place; the others differ by more. The names are the library's.
-// NOLINTBEGIN(bugprone-reserved-identifier)
-extern "C" {
-__m256d _ZGVdN4v_log(__m256d);
-__m256d _ZGVdN4vv_pow(__m256d, __m256d);
-__m256d _ZGVdN4vv_hypot(__m256d, __m256d);
-}
-// NOLINTEND(bugprone-reserved-identifier)
 
 namespace velmorak::expression {
 
@@ -57,26 +48,39 @@ bool ternary(const KernelArgs& args) {
     return true;
 }
 
+inline bool choose(const KernelArgs& args) {
+    const auto* __restrict condition = static_cast<const std::uint8_t*>(args.in[0]);
+    const auto* __restrict yes = static_cast<const double*>(args.in[1]);
+    const auto* __restrict no = static_cast<const double*>(args.in[2]);
+    auto* __restrict out = static_cast<double*>(args.out);
+    const std::size_t rows = args.rows;
+    for (std::size_t row = 0; row < rows; ++row) {
+        const double ifTrue = yes[row];
+        const double ifFalse = no[row];
+        out[row] = condition[row] != 0 ? ifTrue : ifFalse;
+    }
+    return true;
+}
+
 inline constexpr ColumnType real = ColumnType::Real;
 inline constexpr ColumnType boolean = ColumnType::Boolean;
 
 inline constexpr SimdKernel kernels[] = {
-    {"+", real, binary<double, [](double x, double y) { return x + y; }>},
-    {"-", real, binary<double, [](double x, double y) { return x - y; }>},
-    {"*", real, binary<double, [](double x, double y) { return x * y; }>},
-    {"/", real, binary<double, [](double x, double y) { return x / y; }>},
-    {"-sign", real, unary<double, [](double x) { return -x; }>},
-    {"abs", real, unary<double, [](double x) { return __builtin_fabs(x); }>},
-    {"sqrt", real, unary<double, [](double x) { return __builtin_sqrt(x); }>},
-    {"square", real, unary<double, [](double x) { return x * x; }>},
-    {"exp", real, unary<double, [](double x) { return exponential(x); }>},
-    {"-exp", real, unary<double, [](double x) { return exponential(-x); }>},
+    {"+", real, binary<double, [](double x, double y) { return x + y; }>, reverseSum},
+    {"-", real, binary<double, [](double x, double y) { return x - y; }>, reverseDifference},
+    {"*", real, binary<double, [](double x, double y) { return x * y; }>, reverseProduct},
+    {"/", real, binary<double, [](double x, double y) { return x / y; }>, reverseQuotient},
+    {"-sign", real, unary<double, [](double x) { return -x; }>, reverseNegative},
+    {"abs", real, unary<double, [](double x) { return __builtin_fabs(x); }>, reverseAbsolute},
+    {"sqrt", real, unary<double, [](double x) { return __builtin_sqrt(x); }>, reverseRoot},
+    {"square", real, unary<double, [](double x) { return x * x; }>, reverseSquare},
+    {"exp", real, unary<double, [](double x) { return elementary::exponential(x); }>, reverseExponential},
+    {"-exp", real, unary<double, [](double x) { return elementary::exponential(-x); }>},
     {"*+", real, ternary<[](double x, double y, double z) { return x * y + z; }>},
     {"*-", real, ternary<[](double x, double y, double z) { return x * y - z; }>},
-    {"log", real, unaryAvx2<_ZGVdN4v_log>},
-    {"^", real, binaryAvx2<_ZGVdN4vv_pow>},
-    {"pow", real, binaryAvx2<_ZGVdN4vv_pow>},
-    {"hypot", real, binaryAvx2<_ZGVdN4vv_hypot>},
+    {"min", real, binary<double, [](double x, double y) { return y < x || y != y ? y : x; }>, reverseExtreme},
+    {"max", real, binary<double, [](double x, double y) { return x < y || y != y ? y : x; }>, reverseExtreme},
+    {"if", real, choose, reverseChoice},
     {"==", real, compare<_CMP_EQ_OQ>},
     {"!=", real, compare<_CMP_NEQ_UQ>},
     {"<", real, compare<_CMP_LT_OQ>},

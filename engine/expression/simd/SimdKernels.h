@@ -9,8 +9,9 @@ namespace velmorak::expression {
 
 struct SimdKernel {
     const char* name = nullptr;
-    ColumnType type = ColumnType::Real;  ///< Of the arguments.
+    ColumnType type = ColumnType::Real;  ///< Of the arguments, or of the values of a choice.
     Kernel kernel = nullptr;
+    ReverseKernel reverse = nullptr;  ///< Null if only the common one exists.
 };
 
 struct SimdKernels {
@@ -29,7 +30,7 @@ SimdKernels avx512Kernels();
 /// @return the kernels that this processor can run, the widest first; empty on a processor without AVX2.
 std::vector<SimdKernels> runnableKernels();
 
-/// @return the best vectorised kernel of a function for this processor; null if only the scalar one exists.
-Kernel simdKernel(std::string_view name, ColumnType type);
+/// @return the best vectorised kernels of a function for this processor; null if only the common ones exist.
+const SimdKernel* findSimdKernel(std::string_view name, ColumnType type);
 
 }  // namespace velmorak::expression

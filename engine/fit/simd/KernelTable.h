@@ -1,7 +1,6 @@
 #pragma once
 
-#include "fit/simd/Backward.h"
-#include "fit/simd/Forward.h"
+#include "fit/simd/FitKernels.h"
 #include "fit/simd/Householder.h"
 
 // Compiled for several instruction sets. Nothing here may be an inline function that other sources share: the linker
@@ -24,7 +23,7 @@ inline void addScaled(const double* __restrict factor, const double* __restrict 
     }
 }
 
-inline constexpr FitKernels kernels{forward, backward, addScaled, product, householderUpdate};
+inline constexpr FitKernels kernels{addScaled, product, householderUpdate};
 
 }  // namespace
 

@@ -46,61 +46,6 @@ bool areSame(const Values& a, const Values& b) {
     return true;
 }
 
-std::vector<Op> allOperations() {
-    std::vector<Op> all;
-    for (int i = 0; i <= static_cast<int>(Op::Choice); ++i) {
-        all.push_back(static_cast<Op>(i));
-    }
-    return all;
-}
-
-Values computed(const FitKernels& kernels, Op op, const std::vector<Values>& in, std::size_t count) {
-    const double* const arrays[3] = {in[0].data(), in[1].data(), in[2].data()};
-    Values out(count, 7.0);
-    kernels.forward(op, arrays, count, out.data());
-    return out;
-}
-
-/// The adjoints of the three arguments, one after the other.
-Values propagated(const FitKernels& kernels, Op op, const std::vector<Values>& in, const Values& result,
-                  bool hasAdjoint) {
-    const std::size_t count = result.size();
-    Values adjoints(3 * count, 0.25);
-    std::uint8_t flags[3] = {hasAdjoint, hasAdjoint, hasAdjoint};
-    AdjointStep step{};
-    for (std::size_t k = 0; k < 3; ++k) {
-        step.value[k] = in[k].data();
-        step.adjoint[k] = adjoints.data() + k * count;
-        step.hasAdjoint[k] = &flags[k];
-    }
-    step.result = result.data();
-    step.resultAdjoint = in[2].data();
-    step.count = count;
-    kernels.backward(op, step);
-    return adjoints;
-}
-
-TEST(FitKernels, computeTheBitsOfTheCommonOnesForEveryOperation) {
-    if (runnableKernels().size() == 1) {
-        GTEST_SKIP() << "no AVX2";
-    }
-    std::mt19937_64 random(20);
-    for (const FitKernels* wide : runnableKernels()) {
-        for (const Op op : allOperations()) {
-            for (std::size_t count = 1; count <= maxPoints; ++count) {
-                const std::vector<Values> in{drawn(random, count), drawn(random, count), drawn(random, count)};
-                const Values result = computed(commonKernels(), op, in, count);
-                EXPECT_TRUE(areSame(computed(*wide, op, in, count), result)) << static_cast<int>(op);
-                for (const bool hasAdjoint : {false, true}) {
-                    EXPECT_TRUE(areSame(propagated(*wide, op, in, result, hasAdjoint),
-                                        propagated(commonKernels(), op, in, result, hasAdjoint)))
-                        << static_cast<int>(op);
-                }
-            }
-        }
-    }
-}
-
 TEST(FitKernels, sumToTheBitsOfTheCommonOnes) {
     if (runnableKernels().size() == 1) {
         GTEST_SKIP() << "no AVX2";

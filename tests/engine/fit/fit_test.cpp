@@ -230,11 +230,14 @@ TEST(Fit, failsWithTheReason) {
     EXPECT_THAT(failureOfFit("pol1", line, "", range), HasSubstr("no entry to fit between 10 and 20"));
     // The best value lies at infinity.
     const FitData steep = points({{{1, 10, 1}, {2, 20, 1}, {3, 30, 1}}});
-    EXPECT_THAT(failureOfFit("x*atan(a)", steep), HasSubstr("finds no minimum along \"a\", last at a="));
+    EXPECT_THAT(failureOfFit("x*atan(a)", steep), HasSubstr("do not determine \"a\", last at a="));
     // Between two minima.
     const FitData flat = points({{{1, 4, 1}, {2, 4, 1}, {3, 4, 1}}});
     EXPECT_THAT(failureOfFit("a^2", flat, "a=0"), HasSubstr("does not depend on \"a\""));
-    EXPECT_THAT(failureOfFit("-1/(1+a^2)", flat, "a=1e-7"), HasSubstr("second derivatives are not positive"));
+    EXPECT_THAT(failureOfFit("-1/(1+a^2)", flat, "a=1e-7"), HasSubstr("do not determine \"a\""));
+    const FitData saddle = points({{{-1, 10, 1}, {1, 10, 1}}});
+    EXPECT_THAT(failureOfFit("a*x + 5*a^2", saddle, "a=0"),
+                HasSubstr("finds no minimum along \"a\", last at a=0 (the second derivatives are not positive)"));
 }
 
 TEST(Fit, byLikelihoodNeedsCounts) {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "fit/simd/FitKernels.h"
+#include "expression/Kernels.h"
 
 // Compiled for several instruction sets: nothing here may be an inline function that other sources share.
 
-namespace velmorak::fitting {
+namespace velmorak::expression {
 
 namespace {
 
@@ -36,6 +36,30 @@ template <typename Derivative>
     *step.hasAdjoint[argument] = 1;
 }
 
+/// propagate for a derivative of 1.
+inline void accumulateAdjoint(const AdjointStep& step, std::size_t argument) {
+    double* const __restrict target = step.adjoint[argument];
+    const double* const __restrict from = step.resultAdjoint;
+    const std::size_t count = step.count;
+    if (!target) {
+        return;
+    }
+    if (*step.hasAdjoint[argument] == 0) {
+        for (std::size_t i = 0; i < count; ++i) {
+            target[i] = from[i];
+        }
+    } else {
+        for (std::size_t i = 0; i < count; ++i) {
+            target[i] += from[i];
+        }
+    }
+    *step.hasAdjoint[argument] = 1;
+}
+
+inline const double* realsOf(const AdjointStep& step, std::size_t argument) {
+    return static_cast<const double*>(step.value[argument]);
+}
+
 }  // namespace
 
-}  // namespace velmorak::fitting
+}  // namespace velmorak::expression

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "expression/Emitter.h"
+#include "expression/Syntax.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmorak::expression {
+
+class Compiler;
+
+/// The meaning of names: columns and numbers of a table, or the variable, shapes and parameters of a fit.
+class Scope {
+public:
+    virtual ~Scope() = default;
+
+    /// @throws Failure for a name without a meaning.
+    virtual TypedOperand named(const Node& node, Compiler& compiler) = 0;
+    /// @return the value of a call that has a meaning here only; no value for the functions of the language.
+    virtual std::optional<TypedOperand> called(const Node& /*call*/, const std::vector<TypedOperand>& /*arguments*/,
+                                               Compiler& /*compiler*/) {
+        return std::nullopt;
+    }
+    /// @return the names that called knows, for suggestions.
+    virtual std::vector<std::string> callableNames() const { return {}; }
+};
+
+/// Checks the types of a syntax tree and emits its steps: the one compiler of the language.
+class Compiler {
+public:
+    Compiler(std::string_view text, Buffers buffers) : source(text), emitter(buffers) {}
+
+    /// Compiles a tree whose nodes are those of the text.
+    TypedOperand compile(const std::vector<Node>& tree, Scope& scope);
+    /// Compiles the tree of another text, the definition of what the text has at the offset. Messages point there.
+    TypedOperand compileDefinition(const std::vector<Node>& tree, Scope& scope, std::size_t offset);
+
+    Emitter& steps() { return emitter; }
+    Code finish(const TypedOperand& whole) && { return std::move(emitter).finish(whole); }
+    /// @throws Failure that shows the text with a caret under the node.
+    [[noreturn]] void fail(const Node& node, const std::string& reason) const;
+
+    TypedOperand constant(double value) { return emitter.constant(value, ColumnType::Real); }
+    /// @return the value as a real; booleans and integers are converted.
+    TypedOperand asReal(const Node& node, const TypedOperand& value);
+
+private:
+    TypedOperand compiled(const Node& node);
+
+    TypedOperand called(const Node& node);
+
+    [[noreturn]] void failUnknown(const Node& node) const;
+
+    TypedOperand reduced(const Node& node, const TypedOperand& list);
+
+    TypedOperand indexed(const Node& node, const std::vector<TypedOperand>& arguments);
+
+    void checkArguments(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) const;
+
+    TypedOperand applied(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments);
+
+    TypedOperand ofReals(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments);
+
+    TypedOperand arithmetic(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments);
+
+    /// Fuses a product with the sum or difference that follows into one step, which rounds twice as before.
+    std::optional<TypedOperand> joinedWithProduct(const Node& node, const std::vector<TypedOperand>& values);
+
+    /// @return the common type in which two values are compared or chosen.
+    ColumnType compared(const Node& node, const std::vector<TypedOperand>& pair) const;
+
+    std::vector<TypedOperand> conditions(const Node& node, const std::vector<TypedOperand>& arguments);
+
+    TypedOperand choice(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments);
+
+    TypedOperand emit(const Node& node, const Function& function, ColumnType argumentType,
+                      const std::vector<TypedOperand>& values, ColumnType type);
+
+    TypedOperand converted(const Node& call, const Node& argument, const TypedOperand& value, ColumnType type);
+
+    /// @return the values, converted to the type.
+    std::vector<TypedOperand> all(const Node& node, const std::vector<TypedOperand>& values, ColumnType type);
+
+    std::size_t placeOf(const Node& node) const { return definitionOffset.value_or(node.offset); }
+
+    std::string_view source;
+    Emitter emitter;
+    const std::vector<Node>* nodes = nullptr;
+    Scope* names = nullptr;
+    std::vector<TypedOperand> typed;              ///< The value of each node.
+    std::optional<std::size_t> definitionOffset;  ///< Of the definition being compiled.
+};
+
+}  // namespace velmorak::expression

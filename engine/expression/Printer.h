@@ -1,0 +1,16 @@
+#pragma once
+
+#include "expression/Program.h"
+
+#include <string>
+#include <vector>
+
+namespace velmorak::expression {
+
+/// Writes a program as an expression that compiles to the same steps.
+/// @param code with Buffers::Kept, of scalars.
+/// @param columns how the expression refers to each column.
+/// @throws Failure if it is longer than an expression may be.
+std::string printed(const Code& code, const std::vector<std::string>& columns);
+
+}  // namespace velmorak::expression
