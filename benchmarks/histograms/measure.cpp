@@ -1,4 +1,4 @@
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Histogram.h>
 
 #include <gsl/gsl_histogram.h>
 #include <unistd.h>

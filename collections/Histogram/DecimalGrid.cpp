@@ -1,6 +1,7 @@
 #include "DecimalGrid.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/Value.h>
 
 #include <algorithm>
 #include <charconv>

@@ -25,15 +25,11 @@ std::string titleOr(const Arguments& arguments, const std::string& input, const 
     return arguments.text(input).empty() ? otherwise : arguments.text(input);
 }
 
-void entitle(Histogram1D& histogram, const std::vector<std::string>& titles) {
-    histogram.setAxisTitle(titles[0]);
-}
-void entitle(Histogram2D& histogram, const std::vector<std::string>& titles) {
-    histogram.setAxisTitle(0, titles[0]);
-    histogram.setAxisTitle(1, titles[1]);
-}
-void entitle(Profile1D& profile, const std::vector<std::string>& titles) {
-    profile.setAxisTitle(0, titles[0]);
+template <typename Object>
+void entitle(Object& object, const std::vector<std::string>& titles) {
+    for (std::size_t direction = 0; direction < Object::dimensions; ++direction) {
+        object.setAxisTitle(direction, titles[direction]);
+    }
 }
 
 /// Name and titles of the filled object.

@@ -5,6 +5,7 @@
 
 #include <velmorak/Profile.h>
 
+#include <array>
 #include <limits>
 
 namespace velmorak {
@@ -23,27 +24,14 @@ bool isTaken(const Axis& axis, std::size_t cell, double low, double high) {
     return axis.center(cell - 1) >= low && axis.center(cell - 1) < high;
 }
 
-ProfileSums<1> along(const GridSums<2>& cell, std::size_t kept) {
-    const std::size_t across = 1 - kept;
-    return {.entries = cell.entries,
-            .w = cell.w,
-            .ww = cell.ww,
-            .wv = cell.wx[across],
-            .wvv = cell.wxx[across],
-            .wx = {cell.wx[kept]},
-            .wxx = {cell.wxx[kept]}};
-}
-
-BinSums withoutValue(const ProfileSums<1>& sums) {
-    return {.entries = sums.entries, .w = sums.w, .ww = sums.ww, .wx = sums.wx[0], .wxx = sums.wxx[0]};
-}
-
-CellVector<ProfileSums<1>> projected(const Histogram2D& plane, std::size_t kept, double low, double high) {
-    CellVector<ProfileSums<1>> sums(plane.grid().axis(kept).bins() + 2);
+/// The sums in each cell of the kept axis: its own coordinate, and the other one as the value.
+CellVector<CellSums<2>> projected(const Histogram2D& plane, std::size_t kept, double low, double high) {
+    const std::array<std::size_t, 2> order{kept, 1 - kept};
+    CellVector<CellSums<2>> sums(plane.grid().axis(kept).bins() + 2);
     for (std::size_t cell = 0; cell < plane.cells().size(); ++cell) {
         const Grid<2>::Cells cells = plane.grid().alongAxes(cell);
         if (isTaken(plane.grid().axis(1 - kept), cells[1 - kept], low, high)) {
-            sums[cells[kept]].add(along(plane.cells()[cell], kept));
+            sums[cells[kept]].add(plane.cells()[cell].of(order));
         }
     }
     return sums;
@@ -101,11 +89,11 @@ void ProjectKind::evaluate(const Arguments& arguments, Results& results, RunCont
     if (!(low < high)) {
         throw Failure("high", "no bin centres lie between " + textOf(low) + " and " + textOf(high));
     }
-    const CellVector<ProfileSums<1>> sums = projected(*plane, kept, low, high);
+    const CellVector<CellSums<2>> sums = projected(*plane, kept, low, high);
     CellVector<BinSums> heights;
     heights.reserve(sums.size());
-    for (const ProfileSums<1>& cell : sums) {
-        heights.push_back(withoutValue(cell));
+    for (const CellSums<2>& cell : sums) {
+        heights.push_back(cell.of<1>({0}));
     }
     const Axis& axis = plane->grid().axis(kept);
     deliver(Histogram1D(axis, std::move(heights), plane->nanEntries()), *plane, arguments, context, results);

@@ -5,6 +5,7 @@
 #include "ScatterAdd.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace velmorak {
@@ -72,19 +73,23 @@ Joined joined(const Axis& axis, const Arguments& arguments, const std::string& p
     return result;
 }
 
-Histogram1D rebinned(const Histogram1D& histogram, const Arguments& arguments) {
-    const Joined x = joined(histogram.axis(), arguments, "");
-    return {x.axis, gathered(histogram.cells(), x.target, x.axis.bins() + 2), histogram.nanEntries()};
-}
+constexpr std::array<const char*, 3> prefixes{"", "y", "z"};
 
-Histogram2D rebinned(const Histogram2D& histogram, const Arguments& arguments) {
-    const Joined x = joined(histogram.grid().axis(0), arguments, "");
-    const Joined y = joined(histogram.grid().axis(1), arguments, "y");
-    const Grid<2> grid({x.axis, y.axis});
+template <std::size_t axes>
+Histogram<axes> rebinned(const Histogram<axes>& histogram, const Arguments& arguments) {
+    std::vector<Joined> all;
+    for (std::size_t direction = 0; direction < axes; ++direction) {
+        all.push_back(joined(histogram.grid().axis(direction), arguments, prefixes[direction]));
+    }
+    const Grid<axes> grid = gridOf<axes>([&](std::size_t direction) { return all[direction].axis; });
     std::vector<std::size_t> target;
+    target.reserve(histogram.cells().size());
     for (std::size_t cell = 0; cell < histogram.cells().size(); ++cell) {
-        const Grid<2>::Cells cells = histogram.grid().alongAxes(cell);
-        target.push_back(grid.cell({x.target[cells[0]], y.target[cells[1]]}));
+        auto cells = histogram.grid().alongAxes(cell);
+        for (std::size_t direction = 0; direction < axes; ++direction) {
+            cells[direction] = all[direction].target[cells[direction]];
+        }
+        target.push_back(grid.cell(cells));
     }
     return {grid, gathered(histogram.cells(), target, grid.cellCount()), histogram.nanEntries()};
 }

@@ -12,8 +12,8 @@ template <typename Histogram>
 double total(const Histogram& histogram, bool isArea) {
     double sum = 0.0;
     for (std::size_t cell = 0; cell < histogram.cells().size(); ++cell) {
-        if (isInside(histogram, cell)) {
-            sum += histogram.cells()[cell].w * (isArea ? sizeOf(histogram, cell) : 1.0);
+        if (histogram.grid().isInside(cell)) {
+            sum += histogram.cells()[cell].w * (isArea ? histogram.grid().sizeOf(cell) : 1.0);
         }
     }
     return sum;
@@ -32,9 +32,10 @@ Histogram scaled(const Histogram& histogram, const std::string& mode, double fac
     }
     auto cells = histogram.cells();
     for (std::size_t cell = 0; cell < cells.size(); ++cell) {
-        multiply(cells[cell], mode == "width" && isInside(histogram, cell) ? common / sizeOf(histogram, cell) : common);
+        cells[cell].multiply(mode == "width" && histogram.grid().isInside(cell) ? common / histogram.grid().sizeOf(cell)
+                                                                                : common);
     }
-    return withCells(histogram, std::move(cells), histogram.nanEntries());
+    return {histogram.grid(), std::move(cells), histogram.nanEntries()};
 }
 
 /// Multiplies the heights of a histogram.

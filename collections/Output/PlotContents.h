@@ -3,7 +3,7 @@
 #include "PlotStyle.h"
 
 #include <velmorak/FunctionObject.h>
-#include <velmorak/Histogram1D.h>
+#include <velmorak/Histogram.h>
 
 #include <array>
 #include <memory>

@@ -36,6 +36,7 @@ std::string statisticsText(const DataObject& object) {
     return visit(object, overloaded{
                              [](const Histogram1D& histogram) { return linesOf(statisticsOf(histogram)); },
                              [](const Histogram2D& histogram) { return statisticsLine(histogram) + "\n"; },
+                             [](const Histogram3D& histogram) { return statisticsLine(histogram) + "\n"; },
                              [](const Profile1D& profile) { return linesOf(statisticsOf(profile)); },
                              [](const Profile2D& profile) { return statisticsLine(profile) + "\n"; },
                              [](const FunctionObject& function) { return linesOf(statisticsOf(function)); },

@@ -85,14 +85,15 @@ void FlowState::merge(AccumulatorState& other) {
 }
 
 void FlowState::count(std::size_t bin, const std::vector<std::uint8_t>& keep, const Column* weights) {
-    BinSums chunkSums;
+    BinSums chunkSums = BinSums::at({static_cast<double>(bin)}, 0, 0.0, 0.0);
     for (std::size_t row = 0; row < keep.size(); ++row) {
         if (keep[row] == 0) {
             continue;
         }
         const double w = !weights ? 1.0 : weights->reals()[row];
-        const auto x = static_cast<double>(bin);
-        chunkSums.add({.entries = 1, .w = w, .ww = w * w, .wx = w * x, .wxx = w * x * x});
+        ++chunkSums.entries;
+        chunkSums.w += w;
+        chunkSums.ww += w * w;
     }
     bins[bin].add(chunkSums);
 }

@@ -1,4 +1,4 @@
-#include <velmorak/Histogram1D.h>
+#include <velmorak/Axis.h>
 
 #include <velmorak/Mutex.h>
 

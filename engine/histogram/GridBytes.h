@@ -2,7 +2,7 @@
 
 #include "table/Bytes.h"
 
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Grid.h>
 
 namespace velmorak {
 
@@ -39,6 +39,14 @@ Grid<dimensions> readGrid(ByteReader& reader) {
     } else {
         return Grid<3>({readAxis(reader), readAxis(reader), readAxis(reader)});
     }
+}
+
+/// Reads name, title, annotation and options into the object.
+/// @return the grid that follows them.
+template <std::size_t dimensions>
+Grid<dimensions> readHeadAndGrid(ByteReader& reader, DataObject& object) {
+    reader.head().give(object);
+    return readGrid<dimensions>(reader);
 }
 
 }  // namespace velmorak

@@ -1,6 +1,6 @@
 #include <velmorak/FunctionObject.h>
 #include <velmorak/FunctionValues.h>
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Histogram.h>
 #include <velmorak/Points.h>
 #include <velmorak/Profile.h>
 

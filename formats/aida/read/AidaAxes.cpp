@@ -146,9 +146,9 @@ std::size_t declaredCells(const ParsedObject& parsed) {
 }
 
 std::size_t declaredBytes(const ParsedObject& parsed) {
-    constexpr std::array histogramCell{sizeof(BinSums), sizeof(GridSums<2>), sizeof(GridSums<3>)};
-    constexpr std::array profileCell{sizeof(ProfileSums<1>) + sizeof(ProfileReading),
-                                     sizeof(ProfileSums<2>) + sizeof(ProfileReading)};
+    constexpr std::array histogramCell{sizeof(CellSums<1>), sizeof(CellSums<2>), sizeof(CellSums<3>)};
+    constexpr std::array profileCell{sizeof(CellSums<2>) + sizeof(ProfileReading),
+                                     sizeof(CellSums<3>) + sizeof(ProfileReading)};
     const std::size_t cells = declaredCells(parsed);
     if (cells == 0) {
         return 0;
