@@ -1,4 +1,5 @@
 #include <velmorak/Kind.h>
+#include <velmorak/StateBytes.h>
 
 namespace velmorak {
 
@@ -11,6 +12,14 @@ std::string Kind::refusal(const std::string& /*input*/, const std::string& /*val
 
 std::vector<std::filesystem::path> Source::files(const Arguments& /*arguments*/, RunContext& /*context*/) const {
     return {};
+}
+
+void AccumulatorState::save(StateWriter& writer) const {
+    throw Failure("the state of \"" + writer.kind() + "\" cannot be saved, because its accumulator has no save");
+}
+
+void AccumulatorState::load(StateReader& reader) {
+    throw Failure("the state of \"" + reader.kind() + "\" cannot be loaded, because its accumulator has no load");
 }
 
 HistogramPtr Arguments::histogram(const std::string& input) const {

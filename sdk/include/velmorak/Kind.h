@@ -79,6 +79,9 @@ public:
                                                                RunContext& context) const = 0;
 };
 
+class StateReader;
+class StateWriter;
+
 /// A partial result of an accumulator, filled by one thread.
 class AccumulatorState {
 public:
@@ -86,6 +89,12 @@ public:
     virtual void fill(const Chunk& chunk) = 0;
     /// Adds the state that follows this one in chunk order. other has the same class and is not used afterwards.
     virtual void merge(AccumulatorState& other) = 0;
+    /// Writes everything that fill and merge have changed, so that load gives the same bits (StateBytes.h).
+    /// @throws Failure if the state cannot be saved, as the default does.
+    virtual void save(StateWriter& writer) const;
+    /// Reads what save wrote. Called for a new state of an accumulation with the same schema and values; it is not used
+    /// after a Failure. The bytes may be damaged: load checks what it reads before using it.
+    virtual void load(StateReader& reader);
 };
 
 /// An accumulator prepared for one schema and one set of values.
