@@ -118,6 +118,14 @@ FilledGrid<axes, quantities>::FilledGrid(ByteReader& reader)
     }
 }
 
+template <std::size_t axes, std::size_t quantities>
+FilledGrid<axes, quantities>::FilledGrid(const Bytes& bytes) : FilledGrid(ByteReader(bytes.all, mark())) {}
+
+template <std::size_t axes, std::size_t quantities>
+FilledGrid<axes, quantities>::FilledGrid(ByteReader&& whole) : FilledGrid(whole) {
+    whole.mustBeAtEnd();
+}
+
 template class FilledGrid<1, 1>;
 template class FilledGrid<2, 2>;
 template class FilledGrid<3, 3>;

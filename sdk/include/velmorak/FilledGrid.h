@@ -4,6 +4,7 @@
 #include <velmorak/Grid.h>
 #include <velmorak/Value.h>
 
+#include <string>
 #include <utility>
 
 namespace velmorak {
@@ -39,11 +40,18 @@ public:
     virtual void write(ByteWriter& writer) const;
 
 protected:
+    /// The bytes of a whole object.
+    struct Bytes {
+        const std::string& all;
+    };
     using Columns = std::array<const double*, quantities>;
 
     explicit FilledGrid(Grid<axes> cellGrid);
     /// @throws std::invalid_argument if there is not one entry for each cell.
     FilledGrid(Grid<axes> cellGrid, CellVector<Sums> cells, std::int64_t nanEntries);
+    /// Reads the bytes of an object that has nothing else.
+    /// @throws std::invalid_argument if the bytes are damaged.
+    explicit FilledGrid(const Bytes& bytes);
     /// Reads what write has written. @throws std::invalid_argument if the bytes are damaged.
     explicit FilledGrid(ByteReader& reader);
 
@@ -54,6 +62,8 @@ protected:
     void add(const FilledGrid& other);
 
 private:
+    explicit FilledGrid(ByteReader&& whole);
+
     Grid<axes> shape;
     CellVector<Sums> sums;
     std::int64_t nans = 0;

@@ -48,7 +48,10 @@ public:
 
     /// Reverses toBytes on machines of the same byte order.
     /// @throws std::invalid_argument if the bytes are damaged.
-    static Histogram fromBytes(const std::string& bytes);
+    static Histogram fromBytes(const std::string& bytes) {
+        Histogram histogram{typename Base::Bytes{bytes}};
+        return histogram;
+    }
 
     // With one axis, by the number of the bin.
 
@@ -72,7 +75,7 @@ public:
     }
 
 private:
-    explicit Histogram(ByteReader& reader) : Base(reader) {}
+    explicit Histogram(const typename Base::Bytes& bytes) : Base(bytes) {}
 };
 
 using Histogram1D = Histogram<1>;
@@ -80,9 +83,5 @@ using Histogram2D = Histogram<2>;
 using Histogram3D = Histogram<3>;
 using BinSums = CellSums<1>;
 using HistogramPtr = std::shared_ptr<const Histogram1D>;
-
-extern template class Histogram<1>;
-extern template class Histogram<2>;
-extern template class Histogram<3>;
 
 }  // namespace velmorak
