@@ -205,7 +205,7 @@ of the first histogram, and underflow and overflow are 0.)";
 
 Ports CombineKind::ports(const ValueTexts&) const {
     return {
-        {histogramInput("first", "Histogram of one or two dimensions; for an efficiency, the fills that passed."),
+        {histogramInput("first", "Histogram of one to three dimensions; for an efficiency, the fills that passed."),
          histogramInput("second", "Histogram with the same bins; for an efficiency, all fills."),
          {.name = "operation",
           .description =
@@ -230,8 +230,8 @@ Ports CombineKind::ports(const ValueTexts&) const {
 }
 
 void CombineKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
-    const AnyHistogram first = histogramOf1Or2(arguments, "first");
-    const AnyHistogram second = histogramOf1Or2(arguments, "second");
+    const AnyHistogram first = anyHistogram(arguments, "first");
+    const AnyHistogram second = anyHistogram(arguments, "second");
     if (first.index() != second.index()) {
         throw Failure("second", "\"" + arguments.sourceName("first") + "\" and \"" + arguments.sourceName("second") +
                                     "\" have different numbers of axes");

@@ -16,8 +16,14 @@ inline void fillInto(Histogram1D& histogram, const FillBatch& batch) {
 inline void fillInto(Histogram2D& histogram, const FillBatch& batch) {
     histogram.fill({batch.x, batch.y}, batch.weights, batch.count);
 }
+inline void fillInto(Histogram3D& histogram, const FillBatch& batch) {
+    histogram.fill({batch.x, batch.y, batch.z}, batch.weights, batch.count);
+}
 inline void fillInto(Profile1D& profile, const FillBatch& batch) {
     profile.fill({batch.x}, batch.y, batch.weights, batch.count);
+}
+inline void fillInto(Profile2D& profile, const FillBatch& batch) {
+    profile.fill({batch.x, batch.y}, batch.z, batch.weights, batch.count);
 }
 
 /// An object with one axis; without cells it is empty.

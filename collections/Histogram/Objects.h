@@ -12,12 +12,11 @@
 namespace velmorak {
 
 using Histogram2DPtr = std::shared_ptr<const Histogram2D>;
-using AnyHistogram = std::variant<HistogramPtr, Histogram2DPtr>;
+using Histogram3DPtr = std::shared_ptr<const Histogram3D>;
+using AnyHistogram = std::variant<HistogramPtr, Histogram2DPtr, Histogram3DPtr>;
 
-/// @throws Failure if nothing is wired, or anything but a histogram of one or two dimensions.
-AnyHistogram histogramOf1Or2(const Arguments& arguments, const std::string& input);
-/// @throws Failure if nothing is wired, or anything but a two-dimensional histogram.
-Histogram2DPtr histogram2D(const Arguments& arguments, const std::string& input);
+/// @throws Failure if nothing is wired, or anything but a histogram.
+AnyHistogram anyHistogram(const Arguments& arguments, const std::string& input);
 
 /// The input for a histogram, and for the title of the result.
 InputSpec histogramInput(const std::string& name, const std::string& description);

@@ -129,17 +129,18 @@ std::string RebinKind::summary() const {
 }
 
 std::string RebinKind::notes() const {
-    return R"(The sums of a new bin are the sums over its old bins, so that nothing is lost: entries, sums of w, w², w x and w x².
+    return R"(The sums of a new bin are the sums over its old bins, so that nothing is lost: entries and all sums of weights and moments.
 Edges may exclude bins at both ends; these go into underflow and overflow. An entered edge matches a bin edge within a
 millionth of the mean bin width.)";
 }
 
 Ports RebinKind::ports(const ValueTexts&) const {
     Ports ports;
-    ports.inputs = {histogramInput("histogram", "Histogram of one or two dimensions.")};
+    ports.inputs = {histogramInput("histogram", "Histogram of one to three dimensions.")};
     for (const auto& [prefix, axis] :
          {std::pair<std::string, std::string>{"", "horizontal axis"},
-          std::pair<std::string, std::string>{"y", "vertical axis of a two-dimensional histogram"}}) {
+          std::pair<std::string, std::string>{"y", "vertical axis of a histogram of more dimensions"},
+          std::pair<std::string, std::string>{"z", "third axis of a three-dimensional histogram"}}) {
         for (InputSpec& input : joiningInputs(prefix, axis)) {
             ports.inputs.push_back(std::move(input));
         }
@@ -151,7 +152,7 @@ Ports RebinKind::ports(const ValueTexts&) const {
 }
 
 std::string RebinKind::refusal(const std::string& input, const std::string& value) const {
-    return input == "edges" || input == "yedges" ? edgesRefusal(value) : std::string();
+    return input == "edges" || input == "yedges" || input == "zedges" ? edgesRefusal(value) : std::string();
 }
 
 void RebinKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
@@ -159,7 +160,7 @@ void RebinKind::evaluate(const Arguments& arguments, Results& results, RunContex
         [&](const auto& histogram) {
             deliver(rebinned(*histogram, arguments), *histogram, arguments, context, results);
         },
-        histogramOf1Or2(arguments, "histogram"));
+        anyHistogram(arguments, "histogram"));
 }
 
 std::unique_ptr<Kind> makeRebin() {

@@ -60,7 +60,7 @@ std::string ScaleKind::notes() const {
 - `factor`: f;
 - `sum`: f / sum of the in-range heights, so that they add up to f;
 - `area`: f / sum of in-range height times width, so that the area is f;
-- `width`: f / its width (in two dimensions the product of both widths), which gives a density. Underflow and overflow
+- `width`: f / its width (in several dimensions the product of its widths), which gives a density. Underflow and overflow
   have no width and are multiplied by f alone.
 
 Multiplying a bin by c multiplies its sums of w, w x and w x² by c and its sum of w² by c², so that its relative error is
@@ -68,7 +68,7 @@ unchanged. The number of entries is unchanged, too.)";
 }
 
 Ports ScaleKind::ports(const ValueTexts&) const {
-    return {{histogramInput("histogram", "Histogram of one or two dimensions."),
+    return {{histogramInput("histogram", "Histogram of one to three dimensions."),
              {.name = "mode",
               .description = "Meaning of the factor: the factor of the heights, their new sum, the new area, "
                              "or the factor of heights divided by bin widths.",
@@ -89,7 +89,7 @@ void ScaleKind::evaluate(const Arguments& arguments, Results& results, RunContex
         [&](const auto& histogram) {
             deliver(scaled(*histogram, arguments.text("mode"), factor), *histogram, arguments, context, results);
         },
-        histogramOf1Or2(arguments, "histogram"));
+        anyHistogram(arguments, "histogram"));
 }
 
 std::unique_ptr<Kind> makeScale() {

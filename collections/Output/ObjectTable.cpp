@@ -35,10 +35,18 @@ void addEnds(Row& row, const Axis& axis, std::size_t cell) {
     row.push_back({.value = upper});
 }
 
+/// The name of a category; empty for underflow and overflow.
+void addLabel(Row& row, const Axis& axis, std::size_t cell) {
+    if (!axis.labels.empty()) {
+        row.push_back({.text = cell == 0 || cell > axis.bins() ? std::string() : axis.labels[cell - 1]});
+    }
+}
+
 template <std::size_t dimensions>
-std::vector<std::string> endNames() {
+std::vector<std::string> endNames(const Grid<dimensions>& grid) {
     if (dimensions == 1) {
-        return {"low", "high"};
+        return grid.axis(0).labels.empty() ? std::vector<std::string>{"low", "high"}
+                                           : std::vector<std::string>{"category", "low", "high"};
     }
     std::vector<std::string> names;
     for (std::size_t i = 0; i < dimensions; ++i) {
@@ -50,12 +58,15 @@ std::vector<std::string> endNames() {
 
 template <std::size_t dimensions, typename Fill>
 ObjectTable gridTable(const Grid<dimensions>& grid, const std::vector<std::string>& names, const Fill& fill) {
-    ObjectTable table{.columns = endNames<dimensions>(), .rows = {}};
+    ObjectTable table{.columns = endNames(grid), .rows = {}};
     table.columns.insert(table.columns.end(), names.begin(), names.end());
     for (std::size_t cell = 0; cell < grid.cellCount(); ++cell) {
         Row& row = table.rows.emplace_back();
         const auto along = grid.alongAxes(cell);
         for (std::size_t i = 0; i < dimensions; ++i) {
+            if (dimensions == 1) {
+                addLabel(row, grid.axis(i), along[i]);
+            }
             addEnds(row, grid.axis(i), along[i]);
         }
         fill(row, cell);

@@ -49,7 +49,11 @@ std::string momentLine(const CellSums<quantities>& sums) {
 }  // namespace
 
 std::vector<StatisticsRow> statisticsOf(const Histogram1D& histogram) {
-    std::vector<StatisticsRow> rows = momentRows(histogram.inRange().entries, histogram.mean(), histogram.rms());
+    const BinSums all = histogram.inRange();
+    std::vector<StatisticsRow> rows = momentRows(all.entries, all.mean(0), all.rms(0));
+    if (!histogram.axis().labels.empty()) {
+        rows = {{"Entries", countText(all.entries)}};  // The number of a category has no meaning.
+    }
     if (histogram.underflow().entries > 0) {
         rows.push_back({"Underflow", roundedText(histogram.underflow().w)});
     }

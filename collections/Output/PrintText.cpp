@@ -18,7 +18,7 @@ std::vector<std::vector<std::string>> textRows(const ObjectTable& table, std::si
     for (std::size_t i = 0; i < std::min(most, table.rows.size()); ++i) {
         rows.emplace_back();
         for (const ObjectTable::Number& number : table.rows[i]) {
-            rows.back().push_back(textOf(number.value));
+            rows.back().push_back(number.text ? *number.text : textOf(number.value));
         }
     }
     return rows;

@@ -64,7 +64,11 @@ private:
 };
 
 FlowState::FlowState(const std::vector<Condition>& cuts, const std::optional<Expression>& weight)
-    : cuts(cuts), weight(weight), bins(cuts.size() + 1) {}
+    : cuts(cuts), weight(weight) {
+    for (std::size_t bin = 0; bin <= cuts.size(); ++bin) {
+        bins.push_back(BinSums::at({static_cast<double>(bin)}, 0, 0.0, 0.0));
+    }
+}
 
 void FlowState::fill(const Chunk& chunk) {
     const ColumnPtr weights = weight ? asReals(weight->evaluate(chunk)) : nullptr;
@@ -85,7 +89,7 @@ void FlowState::merge(AccumulatorState& other) {
 }
 
 void FlowState::count(std::size_t bin, const std::vector<std::uint8_t>& keep, const Column* weights) {
-    BinSums chunkSums = BinSums::at({static_cast<double>(bin)}, 0, 0.0, 0.0);
+    BinSums chunkSums = BinSums::at(bins[bin].pivot, 0, 0.0, 0.0);
     for (std::size_t row = 0; row < keep.size(); ++row) {
         if (keep[row] == 0) {
             continue;

@@ -115,6 +115,17 @@ bool addSums(const std::string& text, std::size_t numbers, std::map<std::size_t,
     return true;
 }
 
+/// The names of the bins, one item each; empty unless each bin has one.
+std::vector<std::string> categories(const ParsedObject& parsed, std::string_view key, std::size_t bins) {
+    std::vector<std::string> labels;
+    for (const AnnotationItem& item : parsed.annotation) {
+        if (item.key == key) {
+            labels.push_back(item.value);
+        }
+    }
+    return labels.size() == bins ? labels : std::vector<std::string>();
+}
+
 /// Sorts bins by cell. @return how many were dropped because a later one has the same cell.
 std::size_t keepLast(PlacedBins& placed) {
     const auto isBefore = [](const auto& one, const auto& other) { return one.first < other.first; };
@@ -181,10 +192,12 @@ std::vector<Axis> axesFrom(const ParsedObject& parsed, std::size_t dimensions, s
         axes.push_back(axisFrom(parsed.axes[place], warnings));
     }
     constexpr std::array keys{"XLabel", "YLabel", "ZLabel"};
+    constexpr std::array categoryKeys{"XCategory", "YCategory", "ZCategory"};
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
         if (const std::string* title = annotated(parsed.annotation, keys[direction])) {
             axes[direction].title = *title;
         }
+        axes[direction].labels = categories(parsed, categoryKeys[direction], axes[direction].bins());
     }
     return axes;
 }

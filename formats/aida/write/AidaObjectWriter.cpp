@@ -20,8 +20,9 @@ namespace {
 
 constexpr std::string_view directions = "xyz";
 constexpr std::array labels{"XLabel", "YLabel", "ZLabel"};
-constexpr std::array replacedKeys{"Title",        "XLabel",  "YLabel",    "ZLabel", "NaNEntries",
-                                  "ExactMoments", "Moments", "ExactSums", "Sums"};
+constexpr std::array categoryKeys{"XCategory", "YCategory", "ZCategory"};
+constexpr std::array replacedKeys{"XCategory", "YCategory",  "ZCategory",    "Title",   "XLabel",    "YLabel",
+                                  "ZLabel",    "NaNEntries", "ExactMoments", "Moments", "ExactSums", "Sums"};
 
 /// Longer lists are written as several items: readers limit the length of a tag.
 constexpr std::size_t maxListLength = std::size_t{16} << 20U;
@@ -114,6 +115,9 @@ std::string headOf(const FilledGrid<axes, quantities>& object, bool isExact) {
     for (std::size_t direction = 0; direction < axes; ++direction) {
         if (!grid.axis(direction).title.empty()) {
             annotation.add(labels[direction], grid.axis(direction).title);
+        }
+        for (const std::string& category : grid.axis(direction).labels) {
+            annotation.add(categoryKeys[direction], category);
         }
     }
     if (object.nanEntries() != 0) {

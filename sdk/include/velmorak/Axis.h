@@ -19,6 +19,9 @@ public:
     Axis(std::size_t bins, double low, double high);
     /// @throws std::invalid_argument if there are fewer than two edges, or they are not finite and ascending.
     explicit Axis(std::vector<double> edges);
+    /// One bin for each category, centred at 0, 1, 2 ...
+    /// @throws std::invalid_argument if there are none.
+    static Axis ofCategories(std::vector<std::string> categories);
 
     std::size_t bins() const { return count; }
     double low() const { return first; }
@@ -39,7 +42,8 @@ public:
     /// Stores cell(x) of many values in target; an arbitrary cell of the axis for NaN.
     void cells(const double* x, std::size_t values, std::uint32_t* target) const;
 
-    std::string title;  ///< Includes the unit, for example "m(mu+ mu-) [GeV]".
+    std::string title;                ///< Includes the unit, for example "m(mu+ mu-) [GeV]".
+    std::vector<std::string> labels;  ///< Names of the bins; empty unless these are categories.
 
     bool operator==(const Axis& other) const;
 
