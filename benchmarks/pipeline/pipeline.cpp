@@ -108,7 +108,6 @@ int main() {
     const double small = peakWith("2000000", folder);
     printMemory("formula, filter, 2 histograms, 8 M rows: peak", peakWith("8000000", folder), "2 M rows, and a fifth",
                 1.2 * small);
-    printMemory("formula, filter, 2 histograms, 100 M rows: peak", peakWith("100000000", folder), "limit",
-                300.0);
+    printMemory("formula, filter, 2 histograms, 100 M rows: peak", peakWith("100000000", folder), "limit", 300.0);
     return 0;
 }

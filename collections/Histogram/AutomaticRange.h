@@ -1,7 +1,7 @@
 #pragma once
 
 #include "DecimalGrid.h"
-#include "FillInto.h"
+#include "Fillers.h"
 #include "ScatterAdd.h"
 
 #include <cmath>
@@ -60,6 +60,34 @@ public:
         }
         target.back() = wantedBins + 1;
         return replaced(bins.axis(whole), gathered(object->cells(), target, wantedBins + 2));
+    }
+
+    void save(StateWriter& writer) const {
+        writer.number(low);
+        writer.number(high);
+        for (const std::vector<double>* column : {&x, &y, &weights}) {
+            writer.list(*column);
+        }
+        writer.number<bool>(object.has_value());
+        if (object) {
+            writer.object(*object);
+        }
+    }
+    void load(StateReader& reader) {
+        low = reader.number<double>();
+        high = reader.number<double>();
+        for (std::vector<double>* column : {&x, &y, &weights}) {
+            *column = reader.list();
+        }
+        constexpr bool hasY = Object::Sums::pairs > 1;
+        reader.require(y.size() == (hasY ? x.size() : 0) && (weights.empty() || weights.size() == x.size()),
+                       "its columns have different lengths");
+        reader.require(std::abs(lowest()) <= DecimalGrid::maxNumber && std::abs(highest()) <= DecimalGrid::maxNumber,
+                       "its range is impossible");
+        if (reader.number<bool>()) {
+            grid = DecimalGrid(lowest(), highest(), maxCells);
+            object = loadedLike(onAxis<Object>(grid->axis()), reader);
+        }
     }
 
 private:

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <velmorak/Histogram1D.h>
+#include <velmorak/Axis.h>
 #include <velmorak/Kind.h>
 
 namespace velmorak {

@@ -68,18 +68,11 @@ BinResult combined(const Sums& a, const Sums& b, const std::string& operation, d
     return efficiency(a, b, operation == "wilson", z);
 }
 
-void addPoint(std::vector<Measurement>& points, const BinResult& outcome, const Histogram1D& histogram,
-              std::size_t cell) {
-    const double half = 0.5 * histogram.axis().width(cell - 1);
-    points.push_back({histogram.axis().center(cell - 1), half, half});
-    points.push_back({outcome.value, outcome.plus, outcome.minus});
-}
-
-void addPoint(std::vector<Measurement>& points, const BinResult& outcome, const Histogram2D& histogram,
-              std::size_t cell) {
-    const Grid<2>::Cells cells = histogram.grid().alongAxes(cell);
-    for (std::size_t direction = 0; direction < 2; ++direction) {
-        const Axis& axis = histogram.grid().axis(direction);
+template <std::size_t axes>
+void addPoint(std::vector<Measurement>& points, const BinResult& outcome, const Grid<axes>& grid, std::size_t cell) {
+    const auto cells = grid.alongAxes(cell);
+    for (std::size_t direction = 0; direction < axes; ++direction) {
+        const Axis& axis = grid.axis(direction);
         const double half = 0.5 * axis.width(cells[direction] - 1);
         points.push_back({axis.center(cells[direction] - 1), half, half});
     }
@@ -100,19 +93,19 @@ public:
         cells = first.cells();
         for (std::size_t cell = 0; cell < cells.size(); ++cell) {
             const BinResult outcome = isSum() ? sumIn(cell) : otherIn(cell);
-            if (outcome.isDefined && isInside(first, cell)) {
-                addPoint(points, outcome, first, cell);
+            if (outcome.isDefined && first.grid().isInside(cell)) {
+                addPoint(points, outcome, first.grid(), cell);
             }
         }
     }
 
-    Histogram histogram() const { return withCells(first, cells, first.nanEntries() + second.nanEntries()); }
+    Histogram histogram() const { return {first.grid(), cells, first.nanEntries() + second.nanEntries()}; }
 
     std::shared_ptr<Points> asPoints() const {
-        const std::size_t dimensions = dimensionsOf(first) + 1;
+        const std::size_t dimensions = Histogram::dimensions + 1;
         auto made = std::make_shared<Points>(dimensions, points);
         for (std::size_t direction = 0; direction + 1 < dimensions; ++direction) {
-            made->axisTitles.push_back(axisOf(first, direction).title);
+            made->axisTitles.push_back(first.grid().axis(direction).title);
         }
         made->axisTitles.emplace_back();
         return made;
@@ -124,7 +117,7 @@ private:
     BinResult sumIn(std::size_t cell) {
         auto other = second.cells()[cell];
         if (operation == "subtract") {
-            multiply(other, -1.0);
+            other.multiply(-1.0);
         }
         cells[cell].add(other);
         return symmetric(cells[cell].w, cells[cell].ww);
@@ -132,10 +125,10 @@ private:
 
     BinResult otherIn(std::size_t cell) {
         const BinResult outcome =
-            isInside(first, cell) ? combined(first.cells()[cell], second.cells()[cell], operation, z) : nothing();
+            first.grid().isInside(cell) ? combined(first.cells()[cell], second.cells()[cell], operation, z) : nothing();
         cells[cell].w = outcome.value;
         cells[cell].ww = outcome.squaredError;
-        takeMomentsFromCentre(cells[cell], first, cell);
+        takeMomentsFromCentre(cells[cell], first.grid(), cell);
         return outcome;
     }
 
@@ -149,9 +142,9 @@ private:
 
 template <typename Histogram>
 void requireSameBins(const Histogram& first, const Histogram& second, const Arguments& arguments) {
-    for (std::size_t direction = 0; direction < dimensionsOf(first); ++direction) {
-        const Axis& mine = axisOf(first, direction);
-        const Axis& other = axisOf(second, direction);
+    for (std::size_t direction = 0; direction < Histogram::dimensions; ++direction) {
+        const Axis& mine = first.grid().axis(direction);
+        const Axis& other = second.grid().axis(direction);
         if (!(mine == other)) {
             throw Failure("second", "\"" + arguments.sourceName("first") + "\" has " + describe(mine) + " and \"" +
                                         arguments.sourceName("second") + "\" has " + describe(other) +
@@ -166,9 +159,10 @@ void combine(const Histogram& first, const Histogram& second, const Arguments& a
     requireSameBins(first, second, arguments);
     auto cells = second.cells();
     for (auto& cell : cells) {
-        multiply(cell, arguments.number("factor"));
+        cell.multiply(arguments.number("factor"));
     }
-    Combination<Histogram> combination(first, withCells(second, std::move(cells), second.nanEntries()), arguments);
+    Combination<Histogram> combination(first, Histogram(second.grid(), std::move(cells), second.nanEntries()),
+                                       arguments);
     combination.evaluate();
     deliver(combination.histogram(), first, arguments, context, results);
     const std::shared_ptr<Points> points = combination.asPoints();
@@ -211,7 +205,7 @@ of the first histogram, and underflow and overflow are 0.)";
 
 Ports CombineKind::ports(const ValueTexts&) const {
     return {
-        {histogramInput("first", "Histogram of one or two dimensions; for an efficiency, the fills that passed."),
+        {histogramInput("first", "Histogram of one to three dimensions; for an efficiency, the fills that passed."),
          histogramInput("second", "Histogram with the same bins; for an efficiency, all fills."),
          {.name = "operation",
           .description =
@@ -236,8 +230,8 @@ Ports CombineKind::ports(const ValueTexts&) const {
 }
 
 void CombineKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
-    const AnyHistogram first = histogramOf1Or2(arguments, "first");
-    const AnyHistogram second = histogramOf1Or2(arguments, "second");
+    const AnyHistogram first = anyHistogram(arguments, "first");
+    const AnyHistogram second = anyHistogram(arguments, "second");
     if (first.index() != second.index()) {
         throw Failure("second", "\"" + arguments.sourceName("first") + "\" and \"" + arguments.sourceName("second") +
                                     "\" have different numbers of axes");

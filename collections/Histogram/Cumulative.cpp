@@ -13,7 +13,7 @@ Histogram1D summedUp(const Histogram1D& histogram, bool isForward, bool hasOutsi
         const std::size_t cell = isForward ? step + 1 : histogram.bins() - step;
         sum.add(histogram.cells()[cell]);
         cells[cell] = sum;
-        takeMomentsFromCentre(cells[cell], histogram, cell);
+        takeMomentsFromCentre(cells[cell], histogram.grid(), cell);
     }
     return {histogram.axis(), std::move(cells), histogram.nanEntries()};
 }

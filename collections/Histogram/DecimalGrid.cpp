@@ -2,6 +2,7 @@
 
 #include <velmorak/ElementaryFunctions.h>
 #include <velmorak/Failure.h>
+#include <velmorak/Value.h>
 
 #include <algorithm>
 #include <charconv>

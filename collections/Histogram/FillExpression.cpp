@@ -81,8 +81,12 @@ FillExpression::FillExpression(const Arguments& arguments, const Schema& schema,
 }
 
 FillBatch FillExpression::Values::batch() const {
-    return {.x = coordinates.front()->reals().data(),
-            .y = coordinates.size() > 1 ? coordinates[1]->reals().data() : nullptr,
+    const auto column = [this](std::size_t i) {
+        return coordinates.size() > i ? coordinates[i]->reals().data() : nullptr;
+    };
+    return {.x = column(0),
+            .y = column(1),
+            .z = column(2),
             .weights = weights ? weights->reals().data() : nullptr,
             .count = coordinates.front()->reals().size()};
 }

@@ -5,15 +5,16 @@
 
 namespace velmorak {
 
-/// Coordinates and weights of fills, in order; all arrays have count values.
+/// Quantities and weights of fills, in order; all arrays have count values.
 struct FillBatch {
     const double* x = nullptr;
-    const double* y = nullptr;        ///< Null where there is one coordinate.
+    const double* y = nullptr;        ///< Null for one quantity.
+    const double* z = nullptr;        ///< Null for two.
     const double* weights = nullptr;  ///< Null for a weight of 1 each.
     std::size_t count = 0;
 };
 
-/// What is filled from a table: one or two expressions and their weight, evaluated chunk by chunk.
+/// What is filled from a table: one to three expressions and their weight, evaluated chunk by chunk.
 /// Shape:   a list expression gives all its values; a single value applies to all values of the list in its row.
 /// Threads: values may be called by several threads at once.
 class FillExpression {
@@ -33,6 +34,8 @@ public:
     /// @throws Failure if a row's lists have different lengths.
     Values values(const Chunk& chunk) const;
 
+    /// Number of expressions.
+    std::size_t count() const { return parts.size(); }
     /// The expression, followed by its unit in brackets if it is a column whose unit is known.
     const std::string& label(std::size_t coordinate = 0) const { return parts[coordinate].label; }
 

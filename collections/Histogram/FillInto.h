@@ -2,9 +2,9 @@
 
 #include "FillExpression.h"
 
+#include <velmorak/Histogram.h>
 #include <velmorak/Profile.h>
 
-#include <type_traits>
 #include <utility>
 
 namespace velmorak {
@@ -16,18 +16,20 @@ inline void fillInto(Histogram1D& histogram, const FillBatch& batch) {
 inline void fillInto(Histogram2D& histogram, const FillBatch& batch) {
     histogram.fill({batch.x, batch.y}, batch.weights, batch.count);
 }
+inline void fillInto(Histogram3D& histogram, const FillBatch& batch) {
+    histogram.fill({batch.x, batch.y, batch.z}, batch.weights, batch.count);
+}
 inline void fillInto(Profile1D& profile, const FillBatch& batch) {
     profile.fill({batch.x}, batch.y, batch.weights, batch.count);
+}
+inline void fillInto(Profile2D& profile, const FillBatch& batch) {
+    profile.fill({batch.x, batch.y}, batch.z, batch.weights, batch.count);
 }
 
 /// An object with one axis; without cells it is empty.
 template <typename Object, typename... Cells>
 Object onAxis(Axis axis, Cells&&... cells) {
-    if constexpr (std::is_same_v<Object, Profile1D>) {
-        return Object(Grid<1>({std::move(axis)}), std::forward<Cells>(cells)...);
-    } else {
-        return Object(std::move(axis), std::forward<Cells>(cells)...);
-    }
+    return Object(Grid<1>({std::move(axis)}), std::forward<Cells>(cells)...);
 }
 
 }  // namespace velmorak

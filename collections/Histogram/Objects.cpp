@@ -17,29 +17,17 @@ const DataObjectPtr* objectAt(const Arguments& arguments, const std::string& inp
 
 }  // namespace
 
-AnyHistogram histogramOf1Or2(const Arguments& arguments, const std::string& input) {
+AnyHistogram anyHistogram(const Arguments& arguments, const std::string& input) {
     const DataObjectPtr* const object = objectAt(arguments, input);
-    const Failure other(input, "expected a histogram of one or two dimensions");
-    if (!object) {
-        throw other;
-    }
-    return visit(**object,
-                 overloaded{
-                     [&](const Histogram1D& histogram) -> AnyHistogram { return HistogramPtr(*object, &histogram); },
-                     [&](const Histogram2D& histogram) -> AnyHistogram { return Histogram2DPtr(*object, &histogram); },
-                     [&](const DataObject&) -> AnyHistogram { throw other; },
-                 });
-}
-
-Histogram2DPtr histogram2D(const Arguments& arguments, const std::string& input) {
-    const DataObjectPtr* const object = objectAt(arguments, input);
-    const Failure other(input, "expected a two-dimensional histogram");
+    const Failure other(input, "expected a histogram");
     if (!object) {
         throw other;
     }
     return visit(**object, overloaded{
-                               [&](const Histogram2D& histogram) { return Histogram2DPtr(*object, &histogram); },
-                               [&](const DataObject&) -> Histogram2DPtr { throw other; },
+                               [&]<std::size_t axes>(const Histogram<axes>& histogram) -> AnyHistogram {
+                                   return std::shared_ptr<const Histogram<axes>>(*object, &histogram);
+                               },
+                               [&](const DataObject&) -> AnyHistogram { throw other; },
                            });
 }
 
@@ -59,6 +47,10 @@ void nameAfter(DataObject& object, const DataObject& source, const Arguments& ar
 }
 
 std::string describe(const Axis& axis) {
+    if (!axis.labels.empty()) {
+        return std::to_string(axis.bins()) + " categories from \"" + axis.labels.front() + "\" to \"" +
+               axis.labels.back() + "\"";
+    }
     return std::to_string(axis.bins()) + " bins from " + textOf(axis.low()) + " to " + textOf(axis.high());
 }
 

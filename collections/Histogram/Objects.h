@@ -1,6 +1,6 @@
 #pragma once
 
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Histogram.h>
 #include <velmorak/Kind.h>
 
 #include <memory>
@@ -12,12 +12,11 @@
 namespace velmorak {
 
 using Histogram2DPtr = std::shared_ptr<const Histogram2D>;
-using AnyHistogram = std::variant<HistogramPtr, Histogram2DPtr>;
+using Histogram3DPtr = std::shared_ptr<const Histogram3D>;
+using AnyHistogram = std::variant<HistogramPtr, Histogram2DPtr, Histogram3DPtr>;
 
-/// @throws Failure if nothing is wired, or anything but a histogram of one or two dimensions.
-AnyHistogram histogramOf1Or2(const Arguments& arguments, const std::string& input);
-/// @throws Failure if nothing is wired, or anything but a two-dimensional histogram.
-Histogram2DPtr histogram2D(const Arguments& arguments, const std::string& input);
+/// @throws Failure if nothing is wired, or anything but a histogram.
+AnyHistogram anyHistogram(const Arguments& arguments, const std::string& input);
 
 /// The input for a histogram, and for the title of the result.
 InputSpec histogramInput(const std::string& name, const std::string& description);
@@ -29,85 +28,19 @@ void nameAfter(DataObject& object, const DataObject& source, const Arguments& ar
 /// "50 bins from 0 to 10".
 std::string describe(const Axis& axis);
 
-inline const Axis& axisOf(const Histogram1D& histogram, std::size_t) {
-    return histogram.axis();
-}
-inline const Axis& axisOf(const Histogram2D& histogram, std::size_t direction) {
-    return histogram.grid().axis(direction);
-}
-inline std::size_t dimensionsOf(const Histogram1D&) {
-    return 1;
-}
-inline std::size_t dimensionsOf(const Histogram2D&) {
-    return 2;
-}
-/// Cell number along each axis, counted as in Axis::cell.
-inline Grid<2>::Cells alongAxes(const Histogram1D&, std::size_t cell) {
-    return {cell, 1};
-}
-inline Grid<2>::Cells alongAxes(const Histogram2D& histogram, std::size_t cell) {
-    return histogram.grid().alongAxes(cell);
-}
-template <typename Histogram>
-bool isInside(const Histogram& histogram, std::size_t cell) {
-    const Grid<2>::Cells cells = alongAxes(histogram, cell);
-    for (std::size_t direction = 0; direction < dimensionsOf(histogram); ++direction) {
-        if (cells[direction] == 0 || cells[direction] > axisOf(histogram, direction).bins()) {
-            return false;
-        }
+/// @param axisOf axis of each direction.
+template <std::size_t axes, typename AxisOf>
+Grid<axes> gridOf(const AxisOf& axisOf) {
+    return [&]<std::size_t... direction>(std::index_sequence<direction...>) {
+        return Grid<axes>({axisOf(direction)...});
     }
-    return true;
-}
-/// Width of a bin in range, or the product of its widths.
-template <typename Histogram>
-double sizeOf(const Histogram& histogram, std::size_t cell) {
-    const Grid<2>::Cells cells = alongAxes(histogram, cell);
-    double size = 1.0;
-    for (std::size_t direction = 0; direction < dimensionsOf(histogram); ++direction) {
-        size *= axisOf(histogram, direction).width(cells[direction] - 1);
-    }
-    return size;
-}
-
-/// @return a histogram with the same axes and these cells.
-inline Histogram1D withCells(const Histogram1D& like, CellVector<BinSums> cells, std::int64_t nans) {
-    Histogram1D made(like.axis(), std::move(cells), nans);
-    return made;
-}
-inline Histogram2D withCells(const Histogram2D& like, CellVector<GridSums<2>> cells, std::int64_t nans) {
-    return {like.grid(), std::move(cells), nans};
-}
-
-/// Multiplies the weight of each fill by a factor.
-inline void multiply(BinSums& sums, double factor) {
-    sums.w *= factor;
-    sums.ww *= factor * factor;
-    sums.wx *= factor;
-    sums.wxx *= factor;
-}
-inline void multiply(GridSums<2>& sums, double factor) {
-    sums.w *= factor;
-    sums.ww *= factor * factor;
-    for (std::size_t direction = 0; direction < 2; ++direction) {
-        sums.wx[direction] *= factor;
-        sums.wxx[direction] *= factor;
-    }
+    (std::make_index_sequence<axes>());
 }
 
 /// Replaces the moments by those of fills at the centre of the bin; 0 outside.
-inline void takeMomentsFromCentre(BinSums& sums, const Histogram1D& histogram, std::size_t cell) {
-    const double x = isInside(histogram, cell) ? histogram.axis().center(cell - 1) : 0.0;
-    sums.wx = sums.w * x;
-    sums.wxx = sums.w * x * x;
-}
-inline void takeMomentsFromCentre(GridSums<2>& sums, const Histogram2D& histogram, std::size_t cell) {
-    const Grid<2>::Cells cells = histogram.grid().alongAxes(cell);
-    for (std::size_t direction = 0; direction < 2; ++direction) {
-        const double x =
-            isInside(histogram, cell) ? histogram.grid().axis(direction).center(cells[direction] - 1) : 0.0;
-        sums.wx[direction] = sums.w * x;
-        sums.wxx[direction] = sums.w * x * x;
-    }
+template <std::size_t axes>
+void takeMomentsFromCentre(CellSums<axes>& sums, const Grid<axes>& grid, std::size_t cell) {
+    sums = CellSums<axes>::at(grid.centerOf(cell), sums.entries, sums.w, sums.ww);
 }
 
 /// Sets name and title of a derived histogram and outputs it.

@@ -5,6 +5,7 @@
 #include "ScatterAdd.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace velmorak {
@@ -72,19 +73,23 @@ Joined joined(const Axis& axis, const Arguments& arguments, const std::string& p
     return result;
 }
 
-Histogram1D rebinned(const Histogram1D& histogram, const Arguments& arguments) {
-    const Joined x = joined(histogram.axis(), arguments, "");
-    return {x.axis, gathered(histogram.cells(), x.target, x.axis.bins() + 2), histogram.nanEntries()};
-}
+constexpr std::array<const char*, 3> prefixes{"", "y", "z"};
 
-Histogram2D rebinned(const Histogram2D& histogram, const Arguments& arguments) {
-    const Joined x = joined(histogram.grid().axis(0), arguments, "");
-    const Joined y = joined(histogram.grid().axis(1), arguments, "y");
-    const Grid<2> grid({x.axis, y.axis});
+template <std::size_t axes>
+Histogram<axes> rebinned(const Histogram<axes>& histogram, const Arguments& arguments) {
+    std::vector<Joined> all;
+    for (std::size_t direction = 0; direction < axes; ++direction) {
+        all.push_back(joined(histogram.grid().axis(direction), arguments, prefixes[direction]));
+    }
+    const Grid<axes> grid = gridOf<axes>([&](std::size_t direction) { return all[direction].axis; });
     std::vector<std::size_t> target;
+    target.reserve(histogram.cells().size());
     for (std::size_t cell = 0; cell < histogram.cells().size(); ++cell) {
-        const Grid<2>::Cells cells = histogram.grid().alongAxes(cell);
-        target.push_back(grid.cell({x.target[cells[0]], y.target[cells[1]]}));
+        auto cells = histogram.grid().alongAxes(cell);
+        for (std::size_t direction = 0; direction < axes; ++direction) {
+            cells[direction] = all[direction].target[cells[direction]];
+        }
+        target.push_back(grid.cell(cells));
     }
     return {grid, gathered(histogram.cells(), target, grid.cellCount()), histogram.nanEntries()};
 }
@@ -124,17 +129,18 @@ std::string RebinKind::summary() const {
 }
 
 std::string RebinKind::notes() const {
-    return R"(The sums of a new bin are the sums over its old bins, so that nothing is lost: entries, sums of w, w², w x and w x².
+    return R"(The sums of a new bin are the sums over its old bins, so that nothing is lost: entries and all sums of weights and moments.
 Edges may exclude bins at both ends; these go into underflow and overflow. An entered edge matches a bin edge within a
 millionth of the mean bin width.)";
 }
 
 Ports RebinKind::ports(const ValueTexts&) const {
     Ports ports;
-    ports.inputs = {histogramInput("histogram", "Histogram of one or two dimensions.")};
+    ports.inputs = {histogramInput("histogram", "Histogram of one to three dimensions.")};
     for (const auto& [prefix, axis] :
          {std::pair<std::string, std::string>{"", "horizontal axis"},
-          std::pair<std::string, std::string>{"y", "vertical axis of a two-dimensional histogram"}}) {
+          std::pair<std::string, std::string>{"y", "vertical axis of a histogram of more dimensions"},
+          std::pair<std::string, std::string>{"z", "third axis of a three-dimensional histogram"}}) {
         for (InputSpec& input : joiningInputs(prefix, axis)) {
             ports.inputs.push_back(std::move(input));
         }
@@ -146,7 +152,7 @@ Ports RebinKind::ports(const ValueTexts&) const {
 }
 
 std::string RebinKind::refusal(const std::string& input, const std::string& value) const {
-    return input == "edges" || input == "yedges" ? edgesRefusal(value) : std::string();
+    return input == "edges" || input == "yedges" || input == "zedges" ? edgesRefusal(value) : std::string();
 }
 
 void RebinKind::evaluate(const Arguments& arguments, Results& results, RunContext& context) const {
@@ -154,7 +160,7 @@ void RebinKind::evaluate(const Arguments& arguments, Results& results, RunContex
         [&](const auto& histogram) {
             deliver(rebinned(*histogram, arguments), *histogram, arguments, context, results);
         },
-        histogramOf1Or2(arguments, "histogram"));
+        anyHistogram(arguments, "histogram"));
 }
 
 std::unique_ptr<Kind> makeRebin() {

@@ -12,8 +12,8 @@ template <typename Histogram>
 double total(const Histogram& histogram, bool isArea) {
     double sum = 0.0;
     for (std::size_t cell = 0; cell < histogram.cells().size(); ++cell) {
-        if (isInside(histogram, cell)) {
-            sum += histogram.cells()[cell].w * (isArea ? sizeOf(histogram, cell) : 1.0);
+        if (histogram.grid().isInside(cell)) {
+            sum += histogram.cells()[cell].w * (isArea ? histogram.grid().sizeOf(cell) : 1.0);
         }
     }
     return sum;
@@ -32,9 +32,10 @@ Histogram scaled(const Histogram& histogram, const std::string& mode, double fac
     }
     auto cells = histogram.cells();
     for (std::size_t cell = 0; cell < cells.size(); ++cell) {
-        multiply(cells[cell], mode == "width" && isInside(histogram, cell) ? common / sizeOf(histogram, cell) : common);
+        cells[cell].multiply(mode == "width" && histogram.grid().isInside(cell) ? common / histogram.grid().sizeOf(cell)
+                                                                                : common);
     }
-    return withCells(histogram, std::move(cells), histogram.nanEntries());
+    return {histogram.grid(), std::move(cells), histogram.nanEntries()};
 }
 
 /// Multiplies the heights of a histogram.
@@ -59,7 +60,7 @@ std::string ScaleKind::notes() const {
 - `factor`: f;
 - `sum`: f / sum of the in-range heights, so that they add up to f;
 - `area`: f / sum of in-range height times width, so that the area is f;
-- `width`: f / its width (in two dimensions the product of both widths), which gives a density. Underflow and overflow
+- `width`: f / its width (in several dimensions the product of its widths), which gives a density. Underflow and overflow
   have no width and are multiplied by f alone.
 
 Multiplying a bin by c multiplies its sums of w, w x and w x² by c and its sum of w² by c², so that its relative error is
@@ -67,7 +68,7 @@ unchanged. The number of entries is unchanged, too.)";
 }
 
 Ports ScaleKind::ports(const ValueTexts&) const {
-    return {{histogramInput("histogram", "Histogram of one or two dimensions."),
+    return {{histogramInput("histogram", "Histogram of one to three dimensions."),
              {.name = "mode",
               .description = "Meaning of the factor: the factor of the heights, their new sum, the new area, "
                              "or the factor of heights divided by bin widths.",
@@ -88,7 +89,7 @@ void ScaleKind::evaluate(const Arguments& arguments, Results& results, RunContex
         [&](const auto& histogram) {
             deliver(scaled(*histogram, arguments.text("mode"), factor), *histogram, arguments, context, results);
         },
-        histogramOf1Or2(arguments, "histogram"));
+        anyHistogram(arguments, "histogram"));
 }
 
 std::unique_ptr<Kind> makeScale() {

@@ -115,9 +115,8 @@ double skewnessOf(const Histogram1D& histogram) {
         if (bin.w == 0.0) {
             continue;
         }
-        const double meanOfBin = bin.wx / bin.w;
-        const double varianceOfBin = std::max(0.0, bin.wxx / bin.w - meanOfBin * meanOfBin);
-        const double distance = (meanOfBin - mean) / spread;
+        const double varianceOfBin = std::max(0.0, bin.covariance(0, 0));
+        const double distance = (bin.mean(0) - mean) / spread;
         weight += bin.w;
         third += bin.w * distance * (distance * distance + 3.0 * varianceOfBin / spread / spread);
     }
@@ -150,9 +149,9 @@ void HistogramStatistics::finish(AccumulatorState&, Results& results) {
     const BinSums sums = histogram->inRange();
     results.set("entries", static_cast<double>(sums.entries));
     results.set("weights", sums.w);
-    results.set("sum", sums.wx);
-    results.set("mean", histogram->mean());
-    results.set("rms", histogram->rms());
+    results.set("sum", sums.sum(0));
+    results.set("mean", sums.mean(0));
+    results.set("rms", sums.rms(0));
     results.set("minimum", std::numeric_limits<double>::quiet_NaN());
     results.set("maximum", std::numeric_limits<double>::quiet_NaN());
     results.set("nan", static_cast<double>(histogram->nanEntries()));

@@ -5,7 +5,10 @@ VELMORAK_COLLECTION(registry) {
     registry.group("Histogram");
     registry.add(makeHistogram1D());
     registry.add(makeHistogram2D());
+    registry.add(makeHistogram3D());
     registry.add(makeProfile1D());
+    registry.add(makeProfile2D());
+    registry.add(makeCategoryHistogram());
     registry.add(makeRebin());
     registry.add(makeScale());
     registry.add(makeCombine());

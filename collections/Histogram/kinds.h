@@ -9,7 +9,10 @@ namespace velmorak {
 
 std::unique_ptr<Kind> makeHistogram1D();
 std::unique_ptr<Kind> makeHistogram2D();
+std::unique_ptr<Kind> makeHistogram3D();
 std::unique_ptr<Kind> makeProfile1D();
+std::unique_ptr<Kind> makeProfile2D();
+std::unique_ptr<Kind> makeCategoryHistogram();
 std::unique_ptr<Kind> makeRebin();
 std::unique_ptr<Kind> makeScale();
 std::unique_ptr<Kind> makeCombine();

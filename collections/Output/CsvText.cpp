@@ -102,7 +102,9 @@ std::string csvRows(const ObjectTable& table, char delimiter) {
             if (i > 0) {
                 text += delimiter;
             }
-            if (row[i].isCount) {
+            if (row[i].text) {
+                appendQuoted(text, *row[i].text);
+            } else if (row[i].isCount) {
                 text += formatNumber(row[i].value);
             } else {
                 append(text, row[i].value);

@@ -103,6 +103,7 @@ double quotes, and quotes in them are doubled, so that a text that styles like a
 | object | columns |
 |---|---|
 | histogram | `low`, `high`, `entries`, `height`, `error`, `sumww`, `sumwx`, `sumwxx`: sums of w², wx and wx² |
+| histogram of categories | `category`, and then as above |
 | histogram over two or three | `xlow`, `xhigh`, `ylow`, `yhigh`, ..., `entries`, `height`, `error` |
 | profile | `low`, `high` (or as above), `entries`, `weights`, `mean`, `error`, `rms` |
 | points | `x`, `xplus`, `xminus`, `y`, `yplus`, `yminus`, ...; of more than three dimensions `x1`, `x2`, ... |

@@ -35,10 +35,18 @@ void addEnds(Row& row, const Axis& axis, std::size_t cell) {
     row.push_back({.value = upper});
 }
 
+/// The name of a category; empty for underflow and overflow.
+void addLabel(Row& row, const Axis& axis, std::size_t cell) {
+    if (!axis.labels.empty()) {
+        row.push_back({.text = cell == 0 || cell > axis.bins() ? std::string() : axis.labels[cell - 1]});
+    }
+}
+
 template <std::size_t dimensions>
-std::vector<std::string> endNames() {
+std::vector<std::string> endNames(const Grid<dimensions>& grid) {
     if (dimensions == 1) {
-        return {"low", "high"};
+        return grid.axis(0).labels.empty() ? std::vector<std::string>{"low", "high"}
+                                           : std::vector<std::string>{"category", "low", "high"};
     }
     std::vector<std::string> names;
     for (std::size_t i = 0; i < dimensions; ++i) {
@@ -50,12 +58,15 @@ std::vector<std::string> endNames() {
 
 template <std::size_t dimensions, typename Fill>
 ObjectTable gridTable(const Grid<dimensions>& grid, const std::vector<std::string>& names, const Fill& fill) {
-    ObjectTable table{.columns = endNames<dimensions>(), .rows = {}};
+    ObjectTable table{.columns = endNames(grid), .rows = {}};
     table.columns.insert(table.columns.end(), names.begin(), names.end());
     for (std::size_t cell = 0; cell < grid.cellCount(); ++cell) {
         Row& row = table.rows.emplace_back();
         const auto along = grid.alongAxes(cell);
         for (std::size_t i = 0; i < dimensions; ++i) {
+            if (dimensions == 1) {
+                addLabel(row, grid.axis(i), along[i]);
+            }
             addEnds(row, grid.axis(i), along[i]);
         }
         fill(row, cell);
@@ -63,37 +74,35 @@ ObjectTable gridTable(const Grid<dimensions>& grid, const std::vector<std::strin
     return table;
 }
 
-ObjectTable tableOf(const Histogram1D& histogram) {
-    const Grid<1> grid({histogram.axis()});
-    return gridTable<1>(grid, {"entries", "height", "error", "sumww", "sumwx", "sumwxx"},
-                        [&](Row& row, std::size_t cell) {
-                            const BinSums& sums = histogram.cells()[cell];
-                            row.push_back(count(sums.entries));
-                            for (const double sum : {sums.w, std::sqrt(sums.ww), sums.ww, sums.wx, sums.wxx}) {
-                                row.push_back({.value = sum});
-                            }
-                        });
-}
-
-template <std::size_t dimensions>
-ObjectTable tableOf(const HistogramGrid<dimensions>& histogram) {
-    return gridTable<dimensions>(histogram.grid(), {"entries", "height", "error"}, [&](Row& row, std::size_t cell) {
-        row.push_back(count(histogram.cells()[cell].entries));
-        row.push_back({.value = histogram.cells()[cell].w});
-        row.push_back({.value = histogram.error(cell)});
+template <std::size_t axes>
+ObjectTable tableOf(const Histogram<axes>& histogram) {
+    std::vector<std::string> names{"entries", "height", "error"};
+    if constexpr (axes == 1) {
+        names.insert(names.end(), {"sumww", "sumwx", "sumwxx"});
+    }
+    return gridTable<axes>(histogram.grid(), names, [&](Row& row, std::size_t cell) {
+        const CellSums<axes>& sums = histogram.cells()[cell];
+        row.push_back(count(sums.entries));
+        row.push_back({.value = sums.w});
+        row.push_back({.value = sums.error()});
+        if constexpr (axes == 1) {
+            for (const double sum : {sums.ww, sums.sum(0), sums.squareSum(0, 0)}) {
+                row.push_back({.value = sum});
+            }
+        }
     });
 }
 
-template <std::size_t dimensions>
-ObjectTable tableOf(const Profile<dimensions>& profile) {
-    return gridTable<dimensions>(profile.grid(), {"entries", "weights", "mean", "error", "rms"},
-                                 [&](Row& row, std::size_t cell) {
-                                     row.push_back(count(profile.cells()[cell].entries));
-                                     row.push_back({.value = profile.cells()[cell].w});
-                                     row.push_back({.value = profile.height(cell)});
-                                     row.push_back({.value = profile.error(cell)});
-                                     row.push_back({.value = profile.rms(cell)});
-                                 });
+template <std::size_t axes>
+ObjectTable tableOf(const Profile<axes>& profile) {
+    return gridTable<axes>(profile.grid(), {"entries", "weights", "mean", "error", "rms"},
+                           [&](Row& row, std::size_t cell) {
+                               row.push_back(count(profile.cells()[cell].entries));
+                               row.push_back({.value = profile.cells()[cell].w});
+                               row.push_back({.value = profile.height(cell)});
+                               row.push_back({.value = profile.error(cell)});
+                               row.push_back({.value = profile.rms(cell)});
+                           });
 }
 
 ObjectTable tableOf(const Points& points) {

@@ -12,7 +12,8 @@ namespace velmorak {
 struct ObjectTable {
     struct Number {
         double value = 0.0;
-        bool isCount = false;  ///< Written without a decimal point.
+        bool isCount = false;                            ///< Written without a decimal point.
+        std::optional<std::string> text = std::nullopt;  ///< Written instead of the number.
     };
     std::vector<std::string> columns;
     std::vector<std::vector<Number>> rows;

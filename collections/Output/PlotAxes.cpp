@@ -70,6 +70,21 @@ std::string range(const std::string& axis, const PlotSpan& span, bool hasLog) {
     return text + (hasLog ? logTics(axis, span) : "");
 }
 
+/// A tic for each category, or for every second, third ... if their names need too much room.
+std::string categoryTics(const std::vector<std::string>& categories) {
+    constexpr std::size_t maxCharacters = 90;
+    std::size_t characters = 0;
+    for (const std::string& category : categories) {
+        characters += characterCount(category) + 2;
+    }
+    const std::size_t step = characters / maxCharacters + 1;
+    std::string tics;
+    for (std::size_t i = 0; i < categories.size(); i += step) {
+        tics += (tics.empty() ? "" : ", ") + quotedForGnuplot(categories[i]) + " " + std::to_string(i);
+    }
+    return categories.empty() ? "" : "set xtics (" + tics + ")\n";
+}
+
 const std::string& firstNotEmpty(const std::string& text, const std::string& otherwise) {
     return text.empty() ? otherwise : text;
 }
@@ -84,6 +99,7 @@ std::string sized(const std::string& text, double room, double least, double mos
 
 std::string plotAxes(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style) {
     std::string text = range("x", frame.x, style.x.hasLog) + range("y", frame.y, style.y.hasLog);
+    text += categoryTics(contents.categories);
     if (contents.map) {
         text += range("cb", frame.z, style.z.hasLog);
     }

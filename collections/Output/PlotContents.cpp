@@ -154,6 +154,10 @@ void Collector::addObject(const PlotObject& object, const Histogram1D& histogram
     series.isHistogram = true;
     series.edges = histogram.axis().edges();
     series.statistics = statisticsOf(histogram);
+    if (!contents.series.empty() && contents.categories != histogram.axis().labels) {
+        throw Failure(object.input, "histograms of different categories cannot be drawn in the same plot");
+    }
+    contents.categories = histogram.axis().labels;
     const Axis& axis = histogram.axis();
     for (std::size_t i = 0; i < histogram.bins(); ++i) {
         const double height = histogram.height(i);

@@ -3,7 +3,7 @@
 #include "PlotStyle.h"
 
 #include <velmorak/FunctionObject.h>
-#include <velmorak/Histogram1D.h>
+#include <velmorak/Histogram.h>
 
 #include <array>
 #include <memory>
@@ -63,6 +63,7 @@ struct PlotContents {
     std::string xTitle;
     std::string yTitle;
     std::string zTitle;
+    std::vector<std::string> categories;  ///< Names at 0, 1, 2 ... of the horizontal axis; usually empty.
     std::vector<std::string> warnings;
 
     bool hasCurve() const;

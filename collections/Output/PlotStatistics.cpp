@@ -15,34 +15,6 @@ std::string countText(std::int64_t count) {
     return std::to_string(count);
 }
 
-std::string pairText(double x, double y) {
-    return "(" + roundedText(x, 3) + ", " + roundedText(y, 3) + ")";
-}
-
-/// Moments of a coordinate from the sums of w, wx and wx².
-struct Moments {
-    Moments(double w, double wx, double wxx);
-    double mean = 0.0;
-    double rms = 0.0;
-};
-
-Moments::Moments(double w, double wx, double wxx) {
-    mean = wx / w;
-    const double variance = wxx / w - mean * mean;
-    rms = std::isnan(variance) ? variance : std::sqrt(std::max(variance, 0.0));
-}
-
-template <std::size_t dimensions>
-ProfileSums<dimensions> inRange(const Profile<dimensions>& profile) {
-    ProfileSums<dimensions> sums;
-    for (std::size_t cell = 0; cell < profile.cells().size(); ++cell) {
-        if (profile.grid().isInside(cell)) {
-            sums.add(profile.cells()[cell]);
-        }
-    }
-    return sums;
-}
-
 /// Without entries there is no mean.
 std::vector<StatisticsRow> momentRows(std::int64_t entries, double mean, double rms) {
     if (entries == 0) {
@@ -51,17 +23,39 @@ std::vector<StatisticsRow> momentRows(std::int64_t entries, double mean, double 
     return {{"Entries", countText(entries)}, {"Mean", roundedText(mean)}, {"RMS", roundedText(rms)}};
 }
 
-std::string momentLine(std::int64_t entries, const Moments& x, const Moments& y) {
-    if (entries == 0) {
+/// One number for each axis, in brackets if there are several.
+template <std::size_t axes, typename NumberOf>
+std::string axisText(const NumberOf& numberOf) {
+    std::string text;
+    for (std::size_t direction = 0; direction < axes; ++direction) {
+        text += (direction > 0 ? ", " : "") + roundedText(numberOf(direction), 3);
+    }
+    return axes == 1 ? text : "(" + text + ")";
+}
+
+/// @param sums coordinates of the axes first.
+template <std::size_t axes, std::size_t quantities>
+std::string momentLine(const CellSums<quantities>& sums) {
+    if (sums.entries == 0) {
         return "no entries";
     }
-    return countText(entries) + " entries, mean " + pairText(x.mean, y.mean) + ", RMS " + pairText(x.rms, y.rms);
+    std::string text = countText(sums.entries) + " entries, mean " +
+                       axisText<axes>([&](std::size_t direction) { return sums.mean(direction); }) + ", RMS " +
+                       axisText<axes>([&](std::size_t direction) { return sums.rms(direction); });
+    if constexpr (axes == 2) {
+        text += ", correlation " + roundedText(sums.correlation(0, 1), 3);
+    }
+    return text;
 }
 
 }  // namespace
 
 std::vector<StatisticsRow> statisticsOf(const Histogram1D& histogram) {
-    std::vector<StatisticsRow> rows = momentRows(histogram.inRange().entries, histogram.mean(), histogram.rms());
+    const BinSums all = histogram.inRange();
+    std::vector<StatisticsRow> rows = momentRows(all.entries, all.mean(0), all.rms(0));
+    if (!histogram.axis().labels.empty()) {
+        rows = {{"Entries", countText(all.entries)}};  // The number of a category has no meaning.
+    }
     if (histogram.underflow().entries > 0) {
         rows.push_back({"Underflow", roundedOrWhole(histogram.underflow().w)});
     }
@@ -75,9 +69,8 @@ std::vector<StatisticsRow> statisticsOf(const Histogram1D& histogram) {
 }
 
 std::vector<StatisticsRow> statisticsOf(const Profile1D& profile) {
-    const ProfileSums<1> sums = inRange(profile);
-    const Moments x(sums.w, sums.wx[0], sums.wxx[0]);
-    return momentRows(sums.entries, x.mean, x.rms);
+    const CellSums<2> sums = profile.inRange();
+    return momentRows(sums.entries, sums.mean(0), sums.rms(0));
 }
 
 std::vector<StatisticsRow> statisticsOf(const FunctionObject& function) {
@@ -99,13 +92,15 @@ std::vector<StatisticsRow> statisticsOf(const FunctionObject& function) {
 }
 
 std::string statisticsLine(const Histogram2D& histogram) {
-    const auto sums = histogram.inRange();
-    return momentLine(sums.entries, Moments(sums.w, sums.wx[0], sums.wxx[0]), Moments(sums.w, sums.wx[1], sums.wxx[1]));
+    return momentLine<2>(histogram.inRange());
+}
+
+std::string statisticsLine(const Histogram3D& histogram) {
+    return momentLine<3>(histogram.inRange());
 }
 
 std::string statisticsLine(const Profile2D& profile) {
-    const ProfileSums<2> sums = inRange(profile);
-    return momentLine(sums.entries, Moments(sums.w, sums.wx[0], sums.wxx[0]), Moments(sums.w, sums.wx[1], sums.wxx[1]));
+    return momentLine<2>(profile.inRange());
 }
 
 }  // namespace velmorak

@@ -2,7 +2,7 @@
 
 #include "PlotContents.h"
 
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Histogram.h>
 #include <velmorak/Profile.h>
 
 namespace velmorak {
@@ -14,6 +14,7 @@ std::vector<StatisticsRow> statisticsOf(const Profile1D& profile);
 std::vector<StatisticsRow> statisticsOf(const FunctionObject& function);
 
 std::string statisticsLine(const Histogram2D& histogram);
+std::string statisticsLine(const Histogram3D& histogram);
 std::string statisticsLine(const Profile2D& profile);
 
 }  // namespace velmorak

@@ -28,7 +28,7 @@ TextTable textTable(const DataObject& object, std::size_t most) {
     for (std::size_t i = 0; i < std::min(most, table.rows.size()); ++i) {
         std::vector<std::string>& row = texts.rows.emplace_back();
         for (const ObjectTable::Number& number : table.rows[i]) {
-            row.push_back(formatNumber(number.value));
+            row.push_back(number.text ? *number.text : formatNumber(number.value));
         }
     }
     return texts;
@@ -63,6 +63,7 @@ std::string statisticsText(const DataObject& object) {
     return visit(object, overloaded{
                              [](const Histogram1D& histogram) { return linesOf(statisticsOf(histogram)); },
                              [](const Histogram2D& histogram) { return statisticsLine(histogram) + "\n"; },
+                             [](const Histogram3D& histogram) { return statisticsLine(histogram) + "\n"; },
                              [](const Profile1D& profile) { return linesOf(statisticsOf(profile)); },
                              [](const Profile2D& profile) { return statisticsLine(profile) + "\n"; },
                              [](const FunctionObject& function) { return linesOf(statisticsOf(function)); },

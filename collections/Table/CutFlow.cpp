@@ -78,7 +78,11 @@ private:
 };
 
 FlowState::FlowState(const std::vector<Condition>& cuts, const std::optional<Expression>& weight)
-    : cuts(cuts), weight(weight), bins(cuts.size() + 1) {}
+    : cuts(cuts), weight(weight) {
+    for (std::size_t bin = 0; bin <= cuts.size(); ++bin) {
+        bins.push_back(BinSums::at({static_cast<double>(bin)}, 0, 0.0, 0.0));
+    }
+}
 
 void FlowState::fill(const Chunk& chunk) {
     const std::int64_t rowsBefore = bins.front().entries;
@@ -125,9 +129,12 @@ void FlowState::save(StateWriter& writer) const {
     writer.number<std::uint64_t>(bins.size());
     for (const BinSums& bin : bins) {
         writer.number(bin.entries);
-        for (const double sum : {bin.w, bin.ww, bin.wx, bin.wxx}) {
+        for (const double sum : {bin.w, bin.ww, bin.first[0], bin.second[0]}) {
             writer.number(sum);
         }
+    }
+    for (const std::int64_t number : {unusable.rows, unusable.rowsLeft, unusable.firstRow}) {
+        writer.number(number);
     }
 }
 
@@ -136,25 +143,27 @@ void FlowState::load(StateReader& reader) {
     reader.require(reader.length(5 * sizeof(double)) == bins.size(), "it has another number of cuts");
     for (BinSums& bin : bins) {
         bin.entries = reader.count();
-        for (double* sum : {&bin.w, &bin.ww, &bin.wx, &bin.wxx}) {
+        for (double* sum : {&bin.w, &bin.ww, &bin.first[0], &bin.second[0]}) {
             *sum = reader.number<double>();
         }
+    }
+    for (std::int64_t* number : {&unusable.rows, &unusable.rowsLeft, &unusable.firstRow}) {
+        *number = reader.count();
     }
 }
 
 void FlowState::count(std::size_t bin, const std::vector<std::uint8_t>& keep, const Column* weights) {
-    BinSums chunkSums;
+    BinSums chunkSums = BinSums::at(bins[bin].pivot, 0, 0.0, 0.0);
     for (std::size_t row = 0; row < keep.size(); ++row) {
         if (keep[row] == 0) {
             continue;
         }
         const double w = !weights ? 1.0 : weights->reals()[row];
-        if (!std::isfinite(w)) {
-            ++chunkSums.entries;
-            continue;
+        ++chunkSums.entries;
+        if (std::isfinite(w)) {
+            chunkSums.w += w;
+            chunkSums.ww += w * w;
         }
-        const auto x = static_cast<double>(bin);
-        chunkSums.add({.entries = 1, .w = w, .ww = w * w, .wx = w * x, .wxx = w * x * x});
     }
     bins[bin].add(chunkSums);
 }

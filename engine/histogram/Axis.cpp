@@ -1,4 +1,4 @@
-#include <velmorak/Histogram1D.h>
+#include <velmorak/Axis.h>
 
 #include <velmorak/Mutex.h>
 
@@ -211,12 +211,19 @@ double Axis::edge(std::size_t position) const {
     return known ? known->edges[position] : equalEdge(position, count, first, last);
 }
 
+Axis Axis::ofCategories(std::vector<std::string> categories) {
+    Axis axis(categories.size(), -0.5, static_cast<double>(categories.size()) - 0.5);
+    axis.labels = std::move(categories);
+    return axis;
+}
+
 std::size_t Axis::cell(double x) const {
     return tables->of(*this).cell(x);
 }
 
 bool Axis::operator==(const Axis& other) const {
-    if (count != other.count || first != other.first || last != other.last || regular != other.regular) {
+    if (labels != other.labels || count != other.count || first != other.first || last != other.last ||
+        regular != other.regular) {
         return false;
     }
     return regular || tables == other.tables || edges() == other.edges();

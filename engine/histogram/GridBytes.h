@@ -2,7 +2,7 @@
 
 #include "table/Bytes.h"
 
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Grid.h>
 
 namespace velmorak {
 
@@ -19,6 +19,10 @@ void writeGrid(ByteWriter& writer, const Grid<dimensions>& grid) {
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
         writer.list(grid.axis(direction).title);
         writeEdges(writer, grid.axis(direction));
+        writer.number<std::uint64_t>(grid.axis(direction).labels.size());
+        for (const std::string& label : grid.axis(direction).labels) {
+            writer.list(label);
+        }
     }
 }
 
@@ -26,6 +30,12 @@ inline Axis readAxis(ByteReader& reader) {
     auto title = reader.list<std::string>();
     Axis axis(reader.list<std::vector<double>>());
     axis.title = std::move(title);
+    for (auto labels = reader.number<std::uint64_t>(); labels > 0; --labels) {
+        axis.labels.push_back(reader.list<std::string>());
+    }
+    if (!axis.labels.empty() && axis.labels.size() != axis.bins()) {
+        throw std::invalid_argument("the bytes of an axis do not have a label for each bin");
+    }
     return axis;
 }
 
@@ -39,6 +49,14 @@ Grid<dimensions> readGrid(ByteReader& reader) {
     } else {
         return Grid<3>({readAxis(reader), readAxis(reader), readAxis(reader)});
     }
+}
+
+/// Reads name, title, annotation and options into the object.
+/// @return the grid that follows them.
+template <std::size_t dimensions>
+Grid<dimensions> readHeadAndGrid(ByteReader& reader, DataObject& object) {
+    reader.head().give(object);
+    return readGrid<dimensions>(reader);
 }
 
 }  // namespace velmorak

@@ -1,7 +1,6 @@
 #include <velmorak/Profile.h>
 
 #include "histogram/GridBytes.h"
-#include "histogram/GridFills.h"
 
 #include <cmath>
 #include <limits>
@@ -11,8 +10,6 @@ namespace velmorak {
 
 namespace {
 
-// The lowest byte is the number of dimensions.
-constexpr std::uint64_t mark = 0x31'44'66'50'6b'6c'65'00;
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 using ThreeNumbers = std::array<double, 3>;
@@ -40,114 +37,84 @@ CellVector<ProfileReading> readReadings(ByteReader& reader) {
 
 }  // namespace
 
-template <std::size_t dimensions>
-void ProfileSums<dimensions>::add(const ProfileSums& other) {
-    addEntries(*this, other);
-    wv += other.wv;
-    wvv += other.wvv;
-}
-
-template <std::size_t dimensions>
-Profile<dimensions>::Profile(Grid<dimensions> cellGrid) : shape(std::move(cellGrid)), sums(shape.cellCount()) {}
-
-template <std::size_t dimensions>
-Profile<dimensions>::Profile(Grid<dimensions> cellGrid, CellVector<Sums> cells, CellVector<ProfileReading> readings,
-                             std::int64_t nanEntries)
-    : shape(std::move(cellGrid)), sums(std::move(cells)), asRead(std::move(readings)), nans(nanEntries) {
-    if (sums.size() != shape.cellCount() || (!asRead.empty() && asRead.size() != sums.size())) {
-        throw std::invalid_argument("a profile needs the sums of each of its cells");
+template <std::size_t axes>
+Profile<axes>::Profile(Grid<axes> cellGrid, CellVector<Sums> cells, CellVector<ProfileReading> readings,
+                       std::int64_t nanEntries)
+    : Base(std::move(cellGrid), std::move(cells), nanEntries), asRead(std::move(readings)) {
+    if (!asRead.empty() && asRead.size() != this->cells().size()) {
+        throw std::invalid_argument("a profile needs the numbers of each of its cells");
     }
 }
 
-template <std::size_t dimensions>
-void Profile<dimensions>::fill(const Point& point, double value, double weight) {
-    if (std::isnan(value) || std::isnan(weight) || hasNan(point)) {
-        ++nans;
-        return;
+template <std::size_t axes>
+Profile<axes>::Profile(ByteReader& reader) : Base(reader), asRead(readReadings(reader)) {
+    if (!asRead.empty() && asRead.size() != this->cells().size()) {
+        throw std::invalid_argument("the bytes of a profile do not have the numbers of each of its cells");
     }
+}
+
+template <std::size_t axes>
+void Profile<axes>::fill(const Point& point, double filled, double weight) {
+    typename Sums::Point all{};
+    for (std::size_t direction = 0; direction < axes; ++direction) {
+        all[direction] = point[direction];
+    }
+    all[value] = filled;
     asRead.clear();
-    Sums& cell = sums[cellOf(shape, point)];
-    addEntry(cell, point, weight);
-    cell.wv += weight * value;
-    cell.wvv += weight * value * value;
+    Base::fillPoint(all, weight);
 }
 
-template <std::size_t dimensions>
-void Profile<dimensions>::fill(const std::array<const double*, dimensions>& coordinates, const double* values,
-                               const double* weights, std::size_t count) {
-    Point point{};
-    for (std::size_t i = 0; i < count; ++i) {
-        for (std::size_t direction = 0; direction < dimensions; ++direction) {
-            point[direction] = coordinates[direction][i];
-        }
-        fill(point, values[i], !weights ? 1.0 : weights[i]);
+template <std::size_t axes>
+void Profile<axes>::fill(const std::array<const double*, axes>& coordinates, const double* values,
+                         const double* weights, std::size_t count) {
+    typename Base::Columns columns{};
+    for (std::size_t direction = 0; direction < axes; ++direction) {
+        columns[direction] = coordinates[direction];
     }
-}
-
-template <std::size_t dimensions>
-void Profile<dimensions>::merge(const Profile& other) {
-    addCells(shape, sums, other.shape, other.sums, "profiles with different axes cannot be added");
+    columns[value] = values;
     asRead.clear();
-    nans += other.nans;
+    Base::fillColumns(columns, weights, count);
 }
 
-template <std::size_t dimensions>
-double Profile<dimensions>::height(std::size_t cell) const {
-    if (!asRead.empty()) {
-        return readingOf(asRead[cell])[0];
-    }
-    return sums[cell].w == 0.0 ? nan : sums[cell].wv / sums[cell].w;
+template <std::size_t axes>
+void Profile<axes>::merge(const Profile& other) {
+    Base::add(other);
+    asRead.clear();
 }
 
-template <std::size_t dimensions>
-double Profile<dimensions>::error(std::size_t cell) const {
+template <std::size_t axes>
+double Profile<axes>::height(std::size_t cell) const {
+    return asRead.empty() ? this->cells()[cell].mean(value) : readingOf(asRead[cell])[0];
+}
+
+template <std::size_t axes>
+double Profile<axes>::error(std::size_t cell) const {
     if (!asRead.empty()) {
         return readingOf(asRead[cell])[1];
     }
-    return sums[cell].w == 0.0 ? nan : rms(cell) * std::sqrt(sums[cell].ww) / std::abs(sums[cell].w);
+    const Sums& sums = this->cells()[cell];
+    return sums.w == 0.0 ? nan : sums.rms(value) * sums.error() / std::abs(sums.w);
 }
 
-template <std::size_t dimensions>
-double Profile<dimensions>::rms(std::size_t cell) const {
-    if (!asRead.empty()) {
-        return readingOf(asRead[cell])[2];
-    }
-    return spreadOf(sums[cell].w, sums[cell].wv, sums[cell].wvv);
+template <std::size_t axes>
+double Profile<axes>::rms(std::size_t cell) const {
+    return asRead.empty() ? this->cells()[cell].rms(value) : readingOf(asRead[cell])[2];
 }
 
-template <std::size_t dimensions>
-void Profile<dimensions>::write(ByteWriter& writer) const {
-    writer.number(mark + dimensions);
-    writer.head(*this);
-    writeGrid(writer, shape);
-    writer.list(sums);
+template <std::size_t axes>
+void Profile<axes>::write(ByteWriter& writer) const {
+    Base::write(writer);
     writeReadings(writer, asRead);
-    writer.number(nans);
 }
 
-template <std::size_t dimensions>
-std::string Profile<dimensions>::toBytes() const {
-    ByteWriter writer;
-    write(writer);
-    return writer.sealed();
-}
-
-template <std::size_t dimensions>
-Profile<dimensions> Profile<dimensions>::fromBytes(const std::string& bytes) {
-    ByteReader reader(bytes, mark + dimensions);
-    const ObjectHead head = reader.head();
-    auto grid = readGrid<dimensions>(reader);
-    auto cells = reader.list<CellVector<Sums>>();
-    auto readings = readReadings(reader);
-    const auto nanEntries = reader.number<std::int64_t>();
+template <std::size_t axes>
+Profile<axes> Profile<axes>::fromBytes(const std::string& bytes) {
+    ByteReader reader(bytes, Base::mark());
+    Profile profile(reader);
     reader.mustBeAtEnd();
-    Profile profile(std::move(grid), std::move(cells), std::move(readings), nanEntries);
-    head.give(profile);
     return profile;
 }
 
-template struct ProfileSums<1>;
-template struct ProfileSums<2>;
 template class Profile<1>;
 template class Profile<2>;
 

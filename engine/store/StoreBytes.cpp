@@ -7,7 +7,7 @@
 namespace velmorak {
 namespace {
 
-constexpr std::uint64_t mark = 0x31'53'45'52'6b'6c'65'56;
+constexpr std::uint64_t mark = 0x32'53'45'52'6b'6c'65'56;
 
 enum class ValueTag : std::uint8_t { Nothing, Number, Text, Object, NumberWithError };
 

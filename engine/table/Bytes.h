@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include <velmorak/Histogram1D.h>
 #include <velmorak/ObjectBytes.h>
+#include <velmorak/Value.h>
 
 namespace velmorak {
 

@@ -1,7 +1,7 @@
 #include "KindHarness.h"
 
 #include <velmorak/FunctionObject.h>
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Histogram.h>
 #include <velmorak/Points.h>
 #include <velmorak/Profile.h>
 

@@ -4,7 +4,7 @@
 
 #include <velmorak/Aida.h>
 #include <velmorak/FunctionObject.h>
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Histogram.h>
 #include <velmorak/Points.h>
 #include <velmorak/Profile.h>
 

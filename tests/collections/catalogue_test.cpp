@@ -49,8 +49,8 @@ TEST(Catalogue, offersTheKindsByGroup) {
           "RootTable"}},
         {"Fit", {"Fit"}},
         {"Histogram",
-         {"Histogram1D", "Histogram2D", "Profile1D", "Rebin", "Scale", "Combine", "Project", "Cumulative", "Compare",
-          "Statistics"}},
+         {"Histogram1D", "Histogram2D", "Histogram3D", "Profile1D", "Profile2D", "CategoryHistogram", "Rebin", "Scale",
+          "Combine", "Project", "Cumulative", "Compare", "Statistics"}},
         {"Output", {"Plot", "AidaWriter", "CsvWriter", "Print", "Report"}},
         {"Table", {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode"}},
     };

@@ -67,7 +67,7 @@ TEST(AutomaticRange, holdsEveryFiniteValueInTheBinThatItsEdgesSay) {
             EXPECT_EQ(found->underflow().entries + found->overflow().entries, 0);
             const auto [low, high] = std::minmax_element(x.begin(), x.end());
             EXPECT_LT(found->axis().high() - found->axis().low(), 6 * (*high - *low)) << bins;
-            EXPECT_NEAR(found->inRange().wx, 5 * width * 20000, 1e4 * width);
+            EXPECT_NEAR(found->inRange().sum(0), 5 * width * 20000, 1e4 * width);
         }
     }
 }
@@ -149,7 +149,7 @@ TEST(AutomaticRange, keepsWeights) {
     for (std::size_t bin = 0; bin < 10; ++bin) {
         EXPECT_NEAR(found->bin(bin).w, direct.bin(bin).w, 1e-10);
         EXPECT_NEAR(found->bin(bin).ww, direct.bin(bin).ww, 1e-10);
-        EXPECT_NEAR(found->bin(bin).wxx, direct.bin(bin).wxx, 1e-10);
+        EXPECT_NEAR(found->bin(bin).squareSum(0, 0), direct.bin(bin).squareSum(0, 0), 1e-10);
     }
 }
 
@@ -171,8 +171,11 @@ TEST(Histogram2DKind, fillsCellsInsideAndOutside) {
     EXPECT_EQ(cell(2, 2).entries, 2);
     EXPECT_EQ(cell(2, 2).w, 5);
     EXPECT_EQ(cell(2, 2).ww, 13);
-    EXPECT_EQ(cell(2, 2).wx, (std::array<double, 2>{7.5, 25}));
-    EXPECT_EQ(cell(2, 2).wxx, (std::array<double, 2>{11.25, 125}));
+    EXPECT_EQ(cell(2, 2).sum(0), 7.5);
+    EXPECT_EQ(cell(2, 2).sum(1), 25);
+    EXPECT_EQ(cell(2, 2).squareSum(0, 0), 11.25);
+    EXPECT_EQ(cell(2, 2).squareSum(0, 1), 37.5);
+    EXPECT_EQ(cell(2, 2).squareSum(1, 1), 125);
     EXPECT_EQ(cell(0, 1).w, 4);
     EXPECT_EQ(cell(2, 3).w, 5);
     EXPECT_EQ(histogram->nanEntries(), 1);
@@ -214,7 +217,7 @@ TEST(Histogram2DKind, saysWhichInputIsWrong) {
 TEST(Histogram2DKind, aTableWithoutRowsGivesEmptyCells) {
     KindHarness bench("Histogram2D");
     twoByTwo(bench).wire("table", tableOf({{"a", {}}, {"b", {}}}, 2)).run();
-    EXPECT_EQ(bench.object<Histogram2D>("histogram")->inRange(), GridSums<2>{});
+    EXPECT_EQ(bench.object<Histogram2D>("histogram")->inRange(), CellSums<2>{});
 }
 
 TEST(Histogram2DKind, ofManyCellsHasTheBitsOfOneFillAfterTheOther) {
@@ -236,7 +239,7 @@ TEST(Histogram2DKind, ofManyCellsIsEmptyWithoutRows) {
     KindHarness bench("Histogram2D");
     bench.set("x", "a").set("y", "b").set("xbins", "300").set("ybins", "300");
     bench.wire("table", tableOf({{"a", {}}, {"b", {}}}, 2)).run();
-    EXPECT_EQ(bench.object<Histogram2D>("histogram")->inRange(), GridSums<2>{});
+    EXPECT_EQ(bench.object<Histogram2D>("histogram")->inRange(), CellSums<2>{});
 }
 
 TEST(Histogram1DKind, ofManyBinsHasTheBitsOfOneFillAfterTheOther) {
@@ -273,9 +276,9 @@ TEST(Profile1DKind, findsItsRange) {
     direct.fill({x.data()}, y.data(), nullptr, x.size());
     for (std::size_t cell = 0; cell < 42; ++cell) {
         EXPECT_EQ(found->cells()[cell].entries, direct.cells()[cell].entries);
-        EXPECT_NEAR(found->cells()[cell].wv, direct.cells()[cell].wv, 1e-9);
-        EXPECT_NEAR(found->cells()[cell].wvv, direct.cells()[cell].wvv, 1e-9);
-        EXPECT_NEAR(found->cells()[cell].wx[0], direct.cells()[cell].wx[0], 1e-7);
+        EXPECT_NEAR(found->cells()[cell].sum(1), direct.cells()[cell].sum(1), 1e-9);
+        EXPECT_NEAR(found->cells()[cell].squareSum(1, 1), direct.cells()[cell].squareSum(1, 1), 1e-9);
+        EXPECT_NEAR(found->cells()[cell].sum(0), direct.cells()[cell].sum(0), 1e-7);
     }
 }
 

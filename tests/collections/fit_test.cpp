@@ -1,7 +1,7 @@
 #include <velmorak/Fit.h>
 #include <velmorak/FunctionObject.h>
 #include <velmorak/FunctionValues.h>
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Histogram.h>
 #include <velmorak/Points.h>
 #include <velmorak/Profile.h>
 

@@ -41,7 +41,7 @@ TEST(Histogram1DKind, weightsAreSummedWithTheirSquares) {
     EXPECT_EQ(bin.entries, 2);
     EXPECT_EQ(bin.w, -1.5);
     EXPECT_EQ(bin.ww, 4.25);
-    EXPECT_EQ(bin.wx, -7.0);
+    EXPECT_EQ(bin.sum(0), -7.0);
     EXPECT_EQ(bench.histogram("histogram")->nanEntries(), 1);
 }
 

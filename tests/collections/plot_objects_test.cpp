@@ -127,7 +127,7 @@ TEST(PlotObjects, aProfileShowsTheMeanOfEachBinThatHasEntries) {
     EXPECT_EQ(rows[0][1], 2.0);
     EXPECT_EQ(rows[0][2], 0.0);
     EXPECT_EQ(rows[0][3], 1.0);
-    EXPECT_EQ(rows[0][5] - 2.0, 2.0 - rows[0][4]);
+    EXPECT_NEAR(rows[0][5] - 2.0, 2.0 - rows[0][4], 1e-15);
     EXPECT_EQ(rows[1][1], 8.0);
 }
 

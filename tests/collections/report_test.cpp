@@ -4,8 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <velmorak/FunctionObject.h>
-#include <velmorak/Histogram1D.h>
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Histogram.h>
 
 #include <cstring>
 #include <set>

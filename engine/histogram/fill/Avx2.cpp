@@ -10,8 +10,6 @@ constexpr std::size_t fetchedAhead = 128;
 /// A double so large that its unit in the last place is 1; sums with it are rounded to whole numbers.
 constexpr double wholeNumbers = 0x1.8p52;
 constexpr double largest = 0x1.fffffffffffffp1023;
-constexpr int shiftToBytes = 6;
-static_assert(std::size_t{1} << shiftToBytes == cellBytes);
 
 __m256d magnitude(__m256d value) {
     return _mm256_andnot_pd(_mm256_set1_pd(-0.0), value);
@@ -73,6 +71,11 @@ CellIndices Listed::operator()(std::size_t at, __m256d x) const {
     return {_mm256_cvtepu32_epi64(cells), isFinite(x)};
 }
 
+/// The only row of a profile, whatever its value.
+struct OneRow {
+    CellIndices operator()(std::size_t /*at*/, __m256d y) const { return {_mm256_setzero_si256(), isFinite(y)}; }
+};
+
 __m256d weightsAt(const Entries& entries, std::size_t at) {
     return !entries.weights ? _mm256_set1_pd(1.0) : _mm256_loadu_pd(entries.weights + at);
 }
@@ -87,50 +90,81 @@ void fetch(const double* values, std::size_t at) {
 
 /// Byte offsets of four cells.
 struct Offsets {
-    explicit Offsets(__m256i cells);
-    std::byte* in(std::byte* cells, std::size_t entry) const;
+    Offsets(__m256i cells, std::size_t cellBytes);
+    std::byte* in(std::byte* cells, std::size_t entry) const { return cells + bytes[entry]; }
 
-    alignas(32) std::uint64_t inLowBits[group];
+    alignas(32) std::uint64_t bytes[group];
 };
 
-Offsets::Offsets(__m256i cells) {
-    _mm256_store_si256(reinterpret_cast<__m256i*>(inLowBits), _mm256_slli_epi64(cells, shiftToBytes));
+Offsets::Offsets(__m256i cells, std::size_t cellBytes) {
+    const __m256i each = _mm256_set1_epi64x(static_cast<long long>(cellBytes));
+    _mm256_store_si256(reinterpret_cast<__m256i*>(bytes), _mm256_mul_epu32(cells, each));
 }
 
-std::byte* Offsets::in(std::byte* cells, std::size_t entry) const {
-    return cells + static_cast<std::uint32_t>(inLowBits[entry]);
+bool isPivotDue(std::int64_t entries) {
+    return entries % pivotInterval == 0;
 }
 
-void count(std::byte* cell) {
-    ++*reinterpret_cast<std::int64_t*>(cell);
-}
-
-void addFour(std::byte* cell, __m256d addends) {
-    auto* const sums = reinterpret_cast<double*>(cell + sizeof(std::int64_t));
+void add(double* sums, __m256d addends) {
     _mm256_storeu_pd(sums, _mm256_add_pd(_mm256_loadu_pd(sums), addends));
 }
 
-void addLastTwo(std::byte* cell, __m128d addends) {
-    auto* const sums = reinterpret_cast<double*>(cell + sizeof(std::int64_t)) + 4;
+void add(double* sums, __m128d addends) {
     _mm_storeu_pd(sums, _mm_add_pd(_mm_loadu_pd(sums), addends));
 }
 
-/// The contributions of four entries to the first four sums of their cells, one vector per entry.
-struct Addends {
-    Addends(__m256d first, __m256d second, __m256d third, __m256d fourth);
+void addOne(double* sum, __m128d addend) {
+    _mm_store_sd(sum, _mm_add_sd(_mm_load_sd(sum), addend));
+}
 
-    __m256d of[group];
+/// The pairs of values of four entries.
+struct Pairs {
+    Pairs(__m256d one, __m256d other);
+
+    __m128d of[group];
 };
 
-Addends::Addends(__m256d first, __m256d second, __m256d third, __m256d fourth) {
-    const __m256d evenLow = _mm256_unpacklo_pd(first, second);
-    const __m256d oddLow = _mm256_unpackhi_pd(first, second);
-    const __m256d evenHigh = _mm256_unpacklo_pd(third, fourth);
-    const __m256d oddHigh = _mm256_unpackhi_pd(third, fourth);
-    of[0] = _mm256_insertf128_pd(evenLow, _mm256_castpd256_pd128(evenHigh), 1);
-    of[1] = _mm256_insertf128_pd(oddLow, _mm256_castpd256_pd128(oddHigh), 1);
-    of[2] = _mm256_permute2f128_pd(evenLow, evenHigh, 0x31);
-    of[3] = _mm256_permute2f128_pd(oddLow, oddHigh, 0x31);
+Pairs::Pairs(__m256d one, __m256d other) {
+    const __m256d even = _mm256_unpacklo_pd(one, other);
+    const __m256d odd = _mm256_unpackhi_pd(one, other);
+    of[0] = _mm256_castpd256_pd128(even);
+    of[1] = _mm256_castpd256_pd128(odd);
+    of[2] = _mm256_extractf128_pd(even, 1);
+    of[3] = _mm256_extractf128_pd(odd, 1);
+}
+
+/// @param weights w and w².
+void fillCell(std::byte* cell, double x, __m128d weights) {
+    auto* const entries = reinterpret_cast<std::int64_t*>(cell + lineEntriesAt);
+    const std::int64_t before = *entries;
+    if (isPivotDue(before)) [[unlikely]] {
+        chooseLinePivot(cell, x);
+    }
+    *entries = before + 1;
+    const auto* const pivot = reinterpret_cast<const double*>(cell + linePivotAt);
+    const __m128d distance = _mm_sub_sd(_mm_set_sd(x), _mm_load_sd(pivot));
+    const __m128d first = _mm_mul_sd(weights, distance);
+    const __m128d second = _mm_mul_sd(first, distance);
+    add(reinterpret_cast<double*>(cell), _mm256_set_m128d(_mm_unpacklo_pd(first, second), weights));
+}
+
+/// @param place x and y.
+void fillCell(std::byte* cell, __m128d place, __m128d weights) {
+    auto* const entries = reinterpret_cast<std::int64_t*>(cell + planeEntriesAt);
+    const std::int64_t before = *entries;
+    if (isPivotDue(before)) [[unlikely]] {
+        choosePlanePivot(cell, _mm_cvtsd_f64(place), _mm_cvtsd_f64(_mm_unpackhi_pd(place, place)));
+    }
+    *entries = before + 1;
+    const auto* const pivots = reinterpret_cast<const double*>(cell + planePivotAt);
+    const __m128d distances = _mm_sub_pd(place, _mm_loadu_pd(pivots));
+    const __m128d firsts = _mm_mul_pd(_mm_unpacklo_pd(weights, weights), distances);
+    const __m128d squares = _mm_mul_pd(firsts, distances);
+    auto* const sums = reinterpret_cast<double*>(cell);
+    add(sums, weights);
+    add(sums + 2, firsts);
+    add(sums + 4, _mm_mul_pd(_mm_unpacklo_pd(firsts, firsts), distances));
+    addOne(sums + 6, _mm_unpackhi_pd(squares, squares));
 }
 
 // The entries are passed by value, so that the compiler knows that stores into cells do not change their addresses.
@@ -146,13 +180,10 @@ std::size_t fillLine(const FindX findX, std::byte* cells, const Entries entries)
         if (!areAll(_mm256_and_pd(places.areSure, _mm256_cmp_pd(w, w, _CMP_ORD_Q)))) {
             break;
         }
-        const Offsets offsets(places.cells);
-        const __m256d wx = _mm256_mul_pd(w, x);
-        const Addends addends(w, _mm256_mul_pd(w, w), wx, _mm256_mul_pd(wx, x));
+        const Offsets offsets(places.cells, lineCellBytes);
+        const Pairs weights(w, _mm256_mul_pd(w, w));
         for (std::size_t entry = 0; entry < group; ++entry) {
-            std::byte* const cell = offsets.in(cells, entry);
-            count(cell);
-            addFour(cell, addends.of[entry]);
+            fillCell(offsets.in(cells, entry), entries.x[at + entry], weights.of[entry]);
         }
     }
     return at;
@@ -173,21 +204,12 @@ std::size_t fillPlane(const FindX findX, const FindY findY, std::size_t stride, 
         if (!areAll(_mm256_and_pd(areSure, _mm256_cmp_pd(w, w, _CMP_ORD_Q)))) {
             break;
         }
-        const Offsets offsets(_mm256_add_epi32(alongX.cells, _mm256_mul_epu32(alongY.cells, rowCells)));
-        const __m256d wx = _mm256_mul_pd(w, x);
-        const __m256d wy = _mm256_mul_pd(w, y);
-        const __m256d wxx = _mm256_mul_pd(wx, x);
-        const __m256d wyy = _mm256_mul_pd(wy, y);
-        const Addends addends(w, _mm256_mul_pd(w, w), wx, wy);
-        const __m256d even = _mm256_unpacklo_pd(wxx, wyy);
-        const __m256d odd = _mm256_unpackhi_pd(wxx, wyy);
-        const __m128d squares[group] = {_mm256_castpd256_pd128(even), _mm256_castpd256_pd128(odd),
-                                        _mm256_extractf128_pd(even, 1), _mm256_extractf128_pd(odd, 1)};
+        const __m256i placed = _mm256_add_epi32(alongX.cells, _mm256_mul_epu32(alongY.cells, rowCells));
+        const Offsets offsets(placed, planeCellBytes);
+        const Pairs places(x, y);
+        const Pairs weights(w, _mm256_mul_pd(w, w));
         for (std::size_t entry = 0; entry < group; ++entry) {
-            std::byte* const cell = offsets.in(cells, entry);
-            count(cell);
-            addFour(cell, addends.of[entry]);
-            addLastTwo(cell, squares[entry]);
+            fillCell(offsets.in(cells, entry), places.of[entry], weights.of[entry]);
         }
     }
     return at;
@@ -209,13 +231,23 @@ std::size_t fillFromIndices2D(const Cells& known, std::size_t stride, std::byte*
     return fillPlane(Listed(known.x), Listed(known.y), stride, cells, entries);
 }
 
+std::size_t fillProfile(const Steps& axis, std::byte* cells, const Entries& entries) {
+    return fillPlane(ByStep(axis), OneRow(), 0, cells, entries);
+}
+
+std::size_t fillProfileFromIndices(const Cells& known, std::byte* cells, const Entries& entries) {
+    return fillPlane(Listed(known.x), OneRow(), 0, cells, entries);
+}
+
 }  // namespace
 
 Kernels avx2Kernels() {
     return {.fill1D = fill1D,
             .fillFromIndices1D = fillFromIndices1D,
             .fill2D = fill2D,
-            .fillFromIndices2D = fillFromIndices2D};
+            .fillFromIndices2D = fillFromIndices2D,
+            .fillProfile = fillProfile,
+            .fillProfileFromIndices = fillProfileFromIndices};
 }
 
 }  // namespace velmorak::filling

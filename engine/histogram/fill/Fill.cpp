@@ -1,5 +1,7 @@
 #include "histogram/fill/Fill.h"
 
+#include "histogram/CellArithmetic.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -33,6 +35,14 @@ std::optional<Steps> stepsOf(const Axis& axis) {
 const Kernels* bestKernels(std::size_t cells) {
     static const std::vector<Kernels> runnable = runnableKernels();
     return runnable.empty() || cells > maxCells ? nullptr : &runnable.front();
+}
+
+void chooseLinePivot(std::byte* cell, double x) {
+    choosePivot(*reinterpret_cast<CellSums<1>*>(cell), {x});
+}
+
+void choosePlanePivot(std::byte* cell, double x, double y) {
+    choosePivot(*reinterpret_cast<CellSums<2>*>(cell), {x, y});
 }
 
 }  // namespace velmorak::filling

@@ -2,7 +2,8 @@
 
 #include "histogram/fill/Kernels.h"
 
-#include <velmorak/Histogram1D.h>
+#include <velmorak/Axis.h>
+#include <velmorak/CellSums.h>
 
 #include <cstddef>
 #include <optional>
@@ -14,22 +15,15 @@ namespace velmorak::filling {
 /// overlap.
 inline constexpr std::size_t blockEntries = 1024;
 
-inline Entries from(const Entries& entries, std::size_t first) {
-    return {.x = entries.x + first,
-            .y = !entries.y ? nullptr : entries.y + first,
-            .weights = !entries.weights ? nullptr : entries.weights + first,
-            .count = entries.count - first};
-}
-
-inline double weightOf(const Entries& entries, std::size_t position) {
-    return !entries.weights ? 1.0 : entries.weights[position];
-}
-
-/// @return the cells of a histogram in the form that kernels take.
+/// @return the cells of a histogram or profile in the form that kernels take.
 template <typename Sums>
 std::byte* bytesOf(CellVector<Sums>& cells) {
-    static_assert(sizeof(Sums) == cellBytes && offsetof(Sums, entries) == 0 && offsetof(Sums, w) == 8 &&
-                  offsetof(Sums, ww) == 16 && offsetof(Sums, wx) == 24);
+    constexpr bool isLine = sizeof(Sums::first) == sizeof(double);
+    static_assert(sizeof(Sums) == (isLine ? lineCellBytes : planeCellBytes));
+    static_assert(offsetof(Sums, w) == 0 && offsetof(Sums, ww) == 8 && offsetof(Sums, first) == 16 &&
+                  offsetof(Sums, second) == (isLine ? 24 : 32));
+    static_assert(offsetof(Sums, entries) == (isLine ? lineEntriesAt : planeEntriesAt) &&
+                  offsetof(Sums, pivot) == (isLine ? linePivotAt : planePivotAt));
     return reinterpret_cast<std::byte*>(cells.data());
 }
 

@@ -17,16 +17,26 @@ struct Steps {
     double bound = 0.0;
 };
 
-/// Size of a cell: its entries as std::int64_t, then doubles w, ww, and in one dimension wx, wxx; in two wx, wy, wxx,
-/// wyy.
-inline constexpr std::size_t cellBytes = 64;
+/// Layout of a cell of one quantity, in order: w, ww, first, second, the entries as std::int64_t, the pivot; of two: w,
+/// ww, the firsts of x and y, the seconds xx, xy and yy, the entries, the pivots of x and y. Pairs of sums lie at
+/// multiples of 16 bytes, so that no vector crosses a cache line.
+inline constexpr std::size_t lineCellBytes = 64;
+inline constexpr std::size_t lineEntriesAt = 32;
+inline constexpr std::size_t linePivotAt = 40;
+inline constexpr std::size_t planeCellBytes = 80;
+inline constexpr std::size_t planeEntriesAt = 56;
+inline constexpr std::size_t planePivotAt = 64;
+/// The pivot of a cell is chosen before its first entry and whenever the number of entries is a multiple of this: so
+/// rarely that it costs nothing, and often enough that the variance loses at most a few bits when the mean drifts, or
+/// the first entry is far from all others.
+inline constexpr std::int64_t pivotInterval = 256;
 /// Limit of the low bits of a rounded number.
 inline constexpr std::size_t maxCells = std::size_t{1} << 25U;
 
 /// Entries to fill; weights is null if each is 1.
 struct Entries {
     const double* x = nullptr;
-    const double* y = nullptr;  ///< Null in one dimension.
+    const double* y = nullptr;  ///< Null for one quantity.
     const double* weights = nullptr;
     std::size_t count = 0;
 };
@@ -41,11 +51,9 @@ struct Cells {
 inline constexpr std::size_t group = 4;
 
 /// Each kernel fills entries in order, bit-identical to scalar filling, and stops before the first group with an entry
-/// that needs the scalar path: a coordinate that is not finite or too close to an edge, a NaN weight, or fewer entries
-/// than a group.
-/// @param cells cellBytes each.
+/// that needs the scalar path: a coordinate or value that is not finite, a coordinate too close to an edge, a NaN
+/// weight, or fewer entries than a group.
 /// @param stride number of cells from one row to the next in two dimensions.
-/// @return the number of entries filled.
 struct Kernels {
     std::size_t (*fill1D)(const Steps& axis, std::byte* cells, const Entries& entries) = nullptr;
     std::size_t (*fillFromIndices1D)(const Cells& known, std::byte* cells, const Entries& entries) = nullptr;
@@ -53,7 +61,14 @@ struct Kernels {
                           const Entries& entries) = nullptr;
     std::size_t (*fillFromIndices2D)(const Cells& known, std::size_t stride, std::byte* cells,
                                      const Entries& entries) = nullptr;
+    /// The cells of a profile along x; y is the profiled value.
+    std::size_t (*fillProfile)(const Steps& axis, std::byte* cells, const Entries& entries) = nullptr;
+    std::size_t (*fillProfileFromIndices)(const Cells& known, std::byte* cells, const Entries& entries) = nullptr;
 };
+
+/// Choose the pivot of a cell of one or two quantities before the fill at x, or at x and y.
+void chooseLinePivot(std::byte* cell, double x);
+void choosePlanePivot(std::byte* cell, double x, double y);
 
 /// Need AVX2.
 Kernels avx2Kernels();

@@ -116,6 +116,17 @@ bool addSums(const std::string& text, std::size_t numbers, std::map<std::size_t,
     return true;
 }
 
+/// The names of the bins, one item each; empty unless each bin has one.
+std::vector<std::string> categories(const ParsedObject& parsed, std::string_view key, std::size_t bins) {
+    std::vector<std::string> labels;
+    for (const AnnotationItem& item : parsed.annotation) {
+        if (item.key == key) {
+            labels.push_back(item.value);
+        }
+    }
+    return labels.size() == bins ? labels : std::vector<std::string>();
+}
+
 /// Sorts bins by cell. @return how many were dropped because a later one has the same cell.
 std::size_t keepLast(PlacedBins& placed) {
     const auto isBefore = [](const auto& one, const auto& other) { return one.first < other.first; };
@@ -147,9 +158,9 @@ std::size_t declaredCells(const ParsedObject& parsed) {
 }
 
 std::size_t declaredBytes(const ParsedObject& parsed) {
-    constexpr std::array histogramCell{sizeof(BinSums), sizeof(GridSums<2>), sizeof(GridSums<3>)};
-    constexpr std::array profileCell{sizeof(ProfileSums<1>) + sizeof(ProfileReading),
-                                     sizeof(ProfileSums<2>) + sizeof(ProfileReading)};
+    constexpr std::array histogramCell{sizeof(CellSums<1>), sizeof(CellSums<2>), sizeof(CellSums<3>)};
+    constexpr std::array profileCell{sizeof(CellSums<2>) + sizeof(ProfileReading),
+                                     sizeof(CellSums<3>) + sizeof(ProfileReading)};
     const std::size_t cells = declaredCells(parsed);
     if (cells == 0) {
         return 0;
@@ -183,10 +194,12 @@ std::vector<Axis> axesFrom(const ParsedObject& parsed, std::size_t dimensions, s
         axes.push_back(axisFrom(parsed.axes[place], warnings));
     }
     constexpr std::array keys{"XLabel", "YLabel", "ZLabel"};
+    constexpr std::array categoryKeys{"XCategory", "YCategory", "ZCategory"};
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
         if (const std::string* title = annotated(parsed.annotation, keys[direction])) {
             axes[direction].title = *title;
         }
+        axes[direction].labels = categories(parsed, categoryKeys[direction], axes[direction].bins());
     }
     return axes;
 }

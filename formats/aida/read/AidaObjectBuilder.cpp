@@ -1,6 +1,7 @@
 #include "aida/read/AidaObjectBuilder.h"
 
 #include "aida/Vocabulary.h"
+#include "aida/write/PlainSums.h"
 
 #include <velmorak/Failure.h>
 #include <velmorak/Profile.h>
@@ -9,6 +10,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <stdexcept>
 
@@ -46,43 +48,94 @@ double heightOf(const ParsedBin& bin) {
     return std::isnan(bin.height) ? static_cast<double>(bin.entries) : bin.height;
 }
 
-/// Adds the sums of the coordinates of a bin whose sum of weights is w.
-template <std::size_t dimensions, typename Sums>
-void addCoordinates(const ParsedBin& bin, const Grid<dimensions>& grid, std::size_t cell, bool isHistogram,
-                    Sums& sums) {
+/// @return the sum of w x² about the mean for which sqrt(sum / w) is the spread, to the last bit where there is one.
+double centralSum(double w, double spread) {
+    const double product = w * (spread * spread);
+    double below = product;
+    double above = product;
+    constexpr int units = 3;
+    for (int step = 0; step <= units; ++step) {
+        for (const double sum : {below, above}) {
+            if (std::sqrt(sum / w) == spread) {
+                return sum;
+            }
+        }
+        below = std::nextafter(below, -HUGE_VAL);
+        above = std::nextafter(above, HUGE_VAL);
+    }
+    return product;
+}
+
+/// Gives one quantity the mean and spread of a file. An infinite mean is not a pivot.
+template <std::size_t quantities>
+void setMoments(CellSums<quantities>& sums, std::size_t quantity, double mean, double spread) {
+    sums.pivot[quantity] = std::isfinite(mean) ? mean : 0.0;
+    sums.first[quantity] = std::isfinite(mean) ? 0.0 : sums.w * mean;
+    sums.second[sums.pairOf(quantity, quantity)] = std::isnan(spread) ? 0.0 : centralSum(sums.w, spread);
+}
+
+/// Sets the moments of the coordinates of a bin whose sum of weights is known. Without a correlation in the file, there
+/// is none within a bin.
+template <std::size_t dimensions, std::size_t quantities>
+void setCoordinates(const ParsedBin& bin, const Grid<dimensions>& grid, std::size_t cell, CellSums<quantities>& sums) {
     const auto cells = grid.alongAxes(cell);
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
         const double mean = std::isnan(bin.means[direction]) ? likelyMean(grid.axis(direction), cells[direction])
                                                              : bin.means[direction];
         // Old writers store the spread of the coordinate of a histogram in rms.
-        const bool hasOldSpread = isHistogram && dimensions == 1 && std::isnan(bin.spreads[direction]);
-        double spread = hasOldSpread ? bin.rms : bin.spreads[direction];
-        spread = std::isnan(spread) ? 0.0 : spread;
-        sums.wx[direction] = sums.w * mean;
-        sums.wxx[direction] = sums.w * (mean * mean + spread * spread);
+        const bool hasOldSpread = quantities == 1 && std::isnan(bin.spreads[direction]);
+        setMoments(sums, direction, mean, hasOldSpread ? bin.rms : bin.spreads[direction]);
     }
 }
 
 template <std::size_t dimensions>
-GridSums<dimensions> sumsOf(const ParsedBin& bin, const Grid<dimensions>& grid, std::size_t cell) {
-    GridSums<dimensions> sums;
+CellSums<dimensions> sumsOf(const ParsedBin& bin, const Grid<dimensions>& grid, std::size_t cell) {
+    CellSums<dimensions> sums;
     sums.entries = bin.entries;
     sums.w = heightOf(bin);
     sums.ww = std::isnan(bin.error) ? static_cast<double>(bin.entries) : bin.error * bin.error;
-    addCoordinates(bin, grid, cell, true, sums);
+    setCoordinates(bin, grid, cell, sums);
     return sums;
 }
 
-template <std::size_t dimensions>
-GridSums<dimensions> exactSums(const std::vector<double>& numbers) {
-    GridSums<dimensions> sums;
+template <std::size_t quantities>
+constexpr std::size_t momentNumbers = 3 + 2 * quantities + CellSums<quantities>::pairs;
+template <std::size_t quantities>
+constexpr std::size_t plainNumbers = 3 + 2 * quantities;
+
+/// Reads the sums in the order in which they are written: entries, w, ww, then pivots, firsts and seconds.
+template <std::size_t quantities>
+CellSums<quantities> momentsFrom(const std::vector<double>& numbers) {
+    CellSums<quantities> sums;
     sums.entries = static_cast<std::int64_t>(numbers[0]);
     sums.w = numbers[1];
     sums.ww = numbers[2];
-    for (std::size_t direction = 0; direction < dimensions; ++direction) {
-        sums.wx[direction] = numbers[3 + 2 * direction];
-        sums.wxx[direction] = numbers[4 + 2 * direction];
+    auto next = numbers.begin() + 3;
+    const auto take = [&](auto& list) {
+        std::copy_n(next, list.size(), list.begin());
+        next += static_cast<std::ptrdiff_t>(list.size());
+    };
+    take(sums.pivot);
+    take(sums.first);
+    take(sums.second);
+    return sums;
+}
+
+/// Reads the sums that earlier versions wrote, which are sums about 0: entries, w, ww, of a profile those of the value,
+/// then wx and wx² of each axis. There is no correlation within a cell.
+template <std::size_t axes, std::size_t quantities>
+CellSums<quantities> plainSumsFrom(const std::vector<double>& numbers) {
+    CellSums<quantities> sums;
+    sums.entries = static_cast<std::int64_t>(numbers[0]);
+    sums.w = numbers[1];
+    sums.ww = numbers[2];
+    std::size_t next = 3;
+    for (std::size_t i = 0; i < quantities; ++i) {
+        const std::size_t quantity = (i + axes) % quantities;
+        sums.first[quantity] = numbers[next++];
+        sums.second[sums.pairOf(quantity, quantity)] = numbers[next++];
     }
+    setUncorrelated(sums);
     return sums;
 }
 
@@ -116,6 +169,24 @@ bool isStale(const CellVector<Sums>& fromBins, const std::map<std::size_t, std::
     return false;
 }
 
+/// Replaces the sums by those of an annotation, unless there is none or it is stale.
+/// @param keys of sums about pivots, and of those of earlier versions.
+/// @return whether they were replaced.
+template <std::size_t axes, std::size_t quantities>
+bool takeSums(const ParsedObject& parsed, CellVector<CellSums<quantities>>& cells, bool isHistogram,
+              const std::array<const char*, 2>& keys) {
+    const auto moments = annotatedSums(parsed, keys[0], momentNumbers<quantities>);
+    const bool hasMoments = !isStale(cells, moments, isHistogram);
+    const auto plain = hasMoments ? moments : annotatedSums(parsed, keys[1], plainNumbers<quantities>);
+    if (!hasMoments && isStale(cells, plain, isHistogram)) {
+        return false;
+    }
+    for (const auto& [cell, numbers] : plain) {
+        cells[cell] = hasMoments ? momentsFrom<quantities>(numbers) : plainSumsFrom<axes, quantities>(numbers);
+    }
+    return true;
+}
+
 void noteErrors(const ParsedObject& parsed, std::vector<std::string>& warnings) {
     const auto isAsymmetric = [&](const ParsedBin& bin) {
         return parsed.package != "LWH" && !std::isnan(bin.error2) && !std::isnan(bin.error) &&
@@ -127,10 +198,10 @@ void noteErrors(const ParsedObject& parsed, std::vector<std::string>& warnings) 
 }
 
 template <std::size_t dimensions>
-CellVector<GridSums<dimensions>> histogramCells(const ParsedObject& parsed, const Grid<dimensions>& grid,
+CellVector<CellSums<dimensions>> histogramCells(const ParsedObject& parsed, const Grid<dimensions>& grid,
                                                 std::vector<std::string>& warnings) {
     noteErrors(parsed, warnings);
-    CellVector<GridSums<dimensions>> cells(grid.cellCount());
+    CellVector<CellSums<dimensions>> cells(grid.cellCount());
     bool hasAllMeans = true;
     for (const auto& [cell, bin] : placedBins(parsed, grid, warnings)) {
         cells[cell] = sumsOf(*bin, grid, cell);
@@ -139,68 +210,33 @@ CellVector<GridSums<dimensions>> histogramCells(const ParsedObject& parsed, cons
                                           likelyMean(grid.axis(direction), grid.alongAxes(cell)[direction]) == 0.0);
         }
     }
-    const auto exact = annotatedSums(parsed, "ExactSums", 3 + 2 * dimensions);
-    if (!isStale(cells, exact, true)) {
-        for (const auto& [cell, numbers] : exact) {
-            cells[cell] = exactSums<dimensions>(numbers);
-        }
-    } else {
-        if (!exact.empty()) {
-            warnings.emplace_back("its annotation of exact sums does not match its bins and is ignored");
-        }
-        if (!hasAllMeans) {
-            warnings.emplace_back("its bins have no means of the fills; the bin centres are used");
-        }
+    if (takeSums<dimensions>(parsed, cells, true, {"ExactMoments", "ExactSums"})) {
+        return cells;
+    }
+    if (annotated(parsed.annotation, "ExactMoments") || annotated(parsed.annotation, "ExactSums")) {
+        warnings.emplace_back("its annotation of exact sums does not match its bins and is ignored");
+    }
+    if (!hasAllMeans) {
+        warnings.emplace_back("its bins have no means of the fills; the bin centres are used");
     }
     return cells;
-}
-
-std::shared_ptr<DataObject> histogram1D(const ParsedObject& parsed, std::vector<std::string>& warnings) {
-    const Grid<1> grid = gridFrom<1>(parsed, warnings);
-    const CellVector<GridSums<1>> listed = histogramCells(parsed, grid, warnings);
-    CellVector<BinSums> cells(listed.size());
-    for (std::size_t cell = 0; cell < cells.size(); ++cell) {
-        const GridSums<1>& sums = listed[cell];
-        if (!isZero(sums)) {
-            cells[cell] = {sums.entries, sums.w, sums.ww, sums.wx[0], sums.wxx[0]};
-        }
-    }
-    return entitled(Histogram1D(grid.axis(0), std::move(cells), nanEntriesOf(parsed)), parsed);
 }
 
 template <std::size_t dimensions>
 std::shared_ptr<DataObject> histogram(const ParsedObject& parsed, std::vector<std::string>& warnings) {
     const auto grid = gridFrom<dimensions>(parsed, warnings);
     auto cells = histogramCells(parsed, grid, warnings);
-    return entitled(HistogramGrid<dimensions>(grid, std::move(cells), nanEntriesOf(parsed)), parsed);
-}
-
-template <std::size_t dimensions>
-ProfileSums<dimensions> profileSums(const std::vector<double>& numbers) {
-    ProfileSums<dimensions> sums;
-    sums.entries = static_cast<std::int64_t>(numbers[0]);
-    sums.w = numbers[1];
-    sums.ww = numbers[2];
-    sums.wv = numbers[3];
-    sums.wvv = numbers[4];
-    for (std::size_t direction = 0; direction < dimensions; ++direction) {
-        sums.wx[direction] = numbers[5 + 2 * direction];
-        sums.wxx[direction] = numbers[6 + 2 * direction];
-    }
-    return sums;
+    return entitled(Histogram<dimensions>(grid, std::move(cells), nanEntriesOf(parsed)), parsed);
 }
 
 /// The file has no weights: each entry counts as one.
 template <std::size_t dimensions>
-ProfileSums<dimensions> profileSums(const ParsedBin& bin, const Grid<dimensions>& grid, std::size_t cell) {
-    ProfileSums<dimensions> sums;
+CellSums<dimensions + 1> profileSums(const ParsedBin& bin, const Grid<dimensions>& grid, std::size_t cell) {
+    CellSums<dimensions + 1> sums;
     sums.entries = bin.entries;
     sums.w = sums.ww = static_cast<double>(bin.entries);
-    const double height = std::isnan(bin.height) ? 0.0 : bin.height;
-    const double rms = std::isnan(bin.rms) ? 0.0 : bin.rms;
-    sums.wv = sums.w * height;
-    sums.wvv = sums.w * (height * height + rms * rms);
-    addCoordinates(bin, grid, cell, false, sums);
+    setCoordinates(bin, grid, cell, sums);
+    setMoments(sums, dimensions, std::isnan(bin.height) ? 0.0 : bin.height, bin.rms);
     return sums;
 }
 
@@ -211,25 +247,16 @@ std::shared_ptr<DataObject> profile(const ParsedObject& parsed, std::vector<std:
             "it was written by LWH, which puts heights and errors into wrong bins; they are kept as read");
     }
     const auto grid = gridFrom<dimensions>(parsed, warnings);
-    CellVector<ProfileSums<dimensions>> cells(grid.cellCount());
+    CellVector<CellSums<dimensions + 1>> cells(grid.cellCount());
     CellVector<ProfileReading> readings(cells.size());
     for (const auto& [cell, bin] : placedBins(parsed, grid, warnings)) {
         cells[cell] = profileSums(*bin, grid, cell);
         readings[cell] = {bin->height, bin->error, bin->rms, 1};
     }
-    constexpr std::size_t numbers = 5 + 2 * dimensions;
-    auto exact = annotatedSums(parsed, "ExactSums", numbers);
-    const bool isExact = !isStale(cells, exact, false);
-    if (!isExact) {
-        exact = annotatedSums(parsed, "Sums", numbers);
-    }
-    if (isExact || !isStale(cells, exact, false)) {
-        for (const auto& [cell, values] : exact) {
-            cells[cell] = profileSums<dimensions>(values);
-        }
-    }
-    if (isExact) {
+    if (takeSums<dimensions>(parsed, cells, false, {"ExactMoments", "ExactSums"})) {
         readings.clear();
+    } else {
+        takeSums<dimensions>(parsed, cells, false, {"Moments", "Sums"});
     }
     return entitled(Profile<dimensions>(grid, std::move(cells), std::move(readings), nanEntriesOf(parsed)), parsed);
 }
@@ -314,7 +341,7 @@ std::shared_ptr<DataObject> objectFrom(const ParsedObject& parsed, std::vector<s
     const AidaObjectType* const type = aidaObjectType(parsed.element);
     switch (type ? type->family : AidaFamily::Tuple) {
         case AidaFamily::Histogram:
-            return type->dimensions == 1   ? histogram1D(parsed, warnings)
+            return type->dimensions == 1   ? histogram<1>(parsed, warnings)
                    : type->dimensions == 2 ? histogram<2>(parsed, warnings)
                                            : histogram<3>(parsed, warnings);
         case AidaFamily::Profile:

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Histogram.h>
 
 namespace velmorak::io {
 

@@ -39,50 +39,6 @@ struct TableHead : DataObject {
     ValueType type() const override { return ValueType::Table; }
 };
 
-bool isEmpty(const BinSums& bin) {
-    return bin == BinSums{};
-}
-
-std::string exactSums(const Histogram1D& histogram) {
-    std::string text;
-    for (std::size_t cell = 0; cell < histogram.cells().size(); ++cell) {
-        const BinSums& sums = histogram.cells()[cell];
-        if (!isEmpty(sums)) {
-            text += fmt::format("{}{} {} {} {} {} {}", text.empty() ? "" : "; ", cell, sums.entries, textOf(sums.w),
-                                textOf(sums.ww), textOf(sums.wx), textOf(sums.wxx));
-        }
-    }
-    return text;
-}
-
-std::string annotation(const Histogram1D& histogram) {
-    io::AnnotationText text(histogram);
-    if (!histogram.axis().title.empty()) {
-        text.add("XLabel", histogram.axis().title);
-    }
-    if (histogram.nanEntries() != 0) {
-        text.add("NaNEntries", fmt::format("{}", histogram.nanEntries()));
-    }
-    text.addList("ExactSums", exactSums(histogram));
-    return text.finish(histogram);
-}
-
-std::string statistics(const Histogram1D& histogram) {
-    const BinSums all = histogram.inRange();
-    return fmt::format(
-        "<statistics entries=\"{}\"{}>\n<statistic direction=\"x\" mean=\"{}\" rms=\"{}\"/>\n</statistics>\n",
-        all.entries, io::numberAttribute("equivalentBinEntries", all.w * all.w / all.ww), textOf(histogram.mean()),
-        textOf(histogram.rms()));
-}
-
-std::string binElement(const std::string& number, const BinSums& bin) {
-    const double mean = bin.wx / bin.w;
-    const double variance = bin.wxx / bin.w - mean * mean;
-    return fmt::format("<bin1d binNum=\"{}\" entries=\"{}\" height=\"{}\" error=\"{}\"{}{}/>\n", number, bin.entries,
-                       textOf(bin.w), textOf(std::sqrt(bin.ww)), io::numberAttribute("weightedMean", mean),
-                       io::numberAttribute("weightedRms", variance < 0.0 ? 0.0 : std::sqrt(variance)));
-}
-
 std::string typeText(ColumnType type) {
     switch (type) {
         case ColumnType::Real:
@@ -163,33 +119,9 @@ AidaFileWriter::AidaFileWriter(const std::filesystem::path& file) : part(std::ma
 
 AidaFileWriter::~AidaFileWriter() = default;
 
-void AidaFileWriter::write(const Histogram1D& histogram, const std::string& folder) {
-    part->mustBeInTable(false);
-    std::string text = io::beginElement(io::aidaElement(io::AidaFamily::Histogram, 1), histogram, folder) +
-                       annotation(histogram) + io::axisElement(histogram.axis(), 'x') + statistics(histogram) +
-                       "<data1d>\n";
-    if (!isEmpty(histogram.underflow())) {
-        text += binElement("UNDERFLOW", histogram.underflow());
-    }
-    for (std::size_t bin = 0; bin < histogram.bins(); ++bin) {
-        if (!isEmpty(histogram.bin(bin))) {
-            text += binElement(fmt::format("{}", bin), histogram.bin(bin));
-        }
-    }
-    if (!isEmpty(histogram.overflow())) {
-        text += binElement("OVERFLOW", histogram.overflow());
-    }
-    part->write(text + "</data1d>\n</histogram1d>\n");
-}
-
 void AidaFileWriter::write(const DataObject& object, const std::string& folder) {
-    visit(object, overloaded{
-                      [&](const Histogram1D& histogram) { write(histogram, folder); },
-                      [&](const DataObject& other) {
-                          part->mustBeInTable(false);
-                          part->write(io::objectElement(other, folder));
-                      },
-                  });
+    part->mustBeInTable(false);
+    part->write(io::objectElement(object, folder));
 }
 
 void AidaFileWriter::beginTable(const std::string& name, const std::string& title, const std::string& folder,

@@ -3,6 +3,7 @@
 #include "aida/Vocabulary.h"
 #include "aida/read/AidaColumns.h"
 #include "aida/text/AidaText.h"
+#include "aida/write/PlainSums.h"
 
 #include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
@@ -19,7 +20,9 @@ namespace {
 
 constexpr std::string_view directions = "xyz";
 constexpr std::array labels{"XLabel", "YLabel", "ZLabel"};
-constexpr std::array replacedKeys{"Title", "XLabel", "YLabel", "ZLabel", "NaNEntries", "ExactSums", "Sums"};
+constexpr std::array categoryKeys{"XCategory", "YCategory", "ZCategory"};
+constexpr std::array replacedKeys{"XCategory", "YCategory",  "ZCategory",    "Title",   "XLabel",    "YLabel",
+                                  "ZLabel",    "NaNEntries", "ExactMoments", "Moments", "ExactSums", "Sums"};
 
 /// Longer lists are written as several items: readers limit the length of a tag.
 constexpr std::size_t maxListLength = std::size_t{16} << 20U;
@@ -45,45 +48,46 @@ std::string binNumbers(const Grid<dimensions>& grid, std::size_t cell) {
     return text;
 }
 
-template <std::size_t dimensions, typename Sums>
-std::string coordinates(const Sums& sums) {
+template <std::size_t dimensions, std::size_t quantities>
+std::string coordinates(const CellSums<quantities>& sums) {
     constexpr std::array means{"weightedMeanX", "weightedMeanY", "weightedMeanZ"};
     constexpr std::array spreads{"weightedRmsX", "weightedRmsY", "weightedRmsZ"};
     std::string text;
     for (std::size_t direction = 0; direction < dimensions; ++direction) {
-        const double mean = sums.wx[direction] / sums.w;
-        const double variance = sums.wxx[direction] / sums.w - mean * mean;
-        text += numberAttribute(dimensions == 1 ? "weightedMean" : means[direction], mean);
-        text += numberAttribute(dimensions == 1 ? "weightedRms" : spreads[direction],
-                                variance < 0.0 ? 0.0 : std::sqrt(variance));
+        text += numberAttribute(dimensions == 1 ? "weightedMean" : means[direction], sums.mean(direction));
+        text += numberAttribute(dimensions == 1 ? "weightedRms" : spreads[direction], sums.rms(direction));
     }
     return text;
 }
 
-template <std::size_t dimensions, typename Sums>
-void appendCoordinateSums(const Sums& sums, std::string& text) {
-    for (std::size_t direction = 0; direction < dimensions; ++direction) {
-        text += " " + textOf(sums.wx[direction]) + " " + textOf(sums.wxx[direction]);
-    }
-}
-
-template <std::size_t dimensions>
-std::string sumsText(const GridSums<dimensions>& sums) {
+/// Entries, w, ww, then pivots, firsts and seconds.
+template <std::size_t quantities>
+std::string momentsText(const CellSums<quantities>& sums) {
     std::string text = fmt::format("{} {} {}", sums.entries, textOf(sums.w), textOf(sums.ww));
-    appendCoordinateSums<dimensions>(sums, text);
+    const auto append = [&](const auto& numbers) {
+        for (const double number : numbers) {
+            text += " " + textOf(number);
+        }
+    };
+    append(sums.pivot);
+    append(sums.first);
+    append(sums.second);
     return text;
 }
 
-template <std::size_t dimensions>
-std::string sumsText(const ProfileSums<dimensions>& sums) {
-    std::string text =
-        fmt::format("{} {} {} {} {}", sums.entries, textOf(sums.w), textOf(sums.ww), textOf(sums.wv), textOf(sums.wvv));
-    appendCoordinateSums<dimensions>(sums, text);
+/// Entries, w, ww, then sum of w x and w x²: of a profile for the value first, then for each axis.
+template <std::size_t axes, std::size_t quantities>
+std::string plainText(const CellSums<quantities>& sums) {
+    std::string text = fmt::format("{} {} {}", sums.entries, textOf(sums.w), textOf(sums.ww));
+    for (std::size_t i = 0; i < quantities; ++i) {
+        const std::size_t quantity = (i + axes) % quantities;
+        text += " " + textOf(sums.first[quantity]) + " " + textOf(sums.second[sums.pairOf(quantity, quantity)]);
+    }
     return text;
 }
 
-template <typename Sums>
-std::string allSums(const CellVector<Sums>& cells) {
+template <typename Sums, typename TextOf>
+std::string allSums(const CellVector<Sums>& cells, const TextOf& sumsText) {
     std::string text;
     for (std::size_t cell = 0; cell < cells.size(); ++cell) {
         if (!(cells[cell] == Sums{})) {
@@ -93,53 +97,59 @@ std::string allSums(const CellVector<Sums>& cells) {
     return text;
 }
 
+/// @param isExact whether the sums are those of the fills, rather than estimates from the bins of a file.
+template <std::size_t axes, std::size_t quantities>
+void addSums(AnnotationText& annotation, const CellVector<CellSums<quantities>>& cells, bool isExact) {
+    if (arePlain(cells)) {
+        annotation.addList(isExact ? "ExactSums" : "Sums", allSums(cells, plainText<axes, quantities>));
+    } else {
+        annotation.addList(isExact ? "ExactMoments" : "Moments", allSums(cells, momentsText<quantities>));
+    }
+}
+
 /// Annotation, axes and statistics, which histograms and profiles share.
-template <std::size_t dimensions, typename Object>
-std::string headOf(const Object& object, std::string_view sumsKey) {
+template <std::size_t axes, std::size_t quantities>
+std::string headOf(const FilledGrid<axes, quantities>& object, bool isExact) {
     AnnotationText annotation(object);
-    const auto& grid = object.grid();
-    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+    const Grid<axes>& grid = object.grid();
+    for (std::size_t direction = 0; direction < axes; ++direction) {
         if (!grid.axis(direction).title.empty()) {
             annotation.add(labels[direction], grid.axis(direction).title);
+        }
+        for (const std::string& category : grid.axis(direction).labels) {
+            annotation.add(categoryKeys[direction], category);
         }
     }
     if (object.nanEntries() != 0) {
         annotation.add("NaNEntries", fmt::format("{}", object.nanEntries()));
     }
-    annotation.addList(sumsKey, allSums(object.cells()));
+    addSums<axes>(annotation, object.cells(), isExact);
     std::string text = annotation.finish(object);
-    typename Object::Sums all;
-    for (std::size_t cell = 0; cell < object.cells().size(); ++cell) {
-        if (grid.isInside(cell)) {
-            all.add(object.cells()[cell]);
-        }
-    }
-    for (std::size_t direction = 0; direction < dimensions; ++direction) {
+    for (std::size_t direction = 0; direction < axes; ++direction) {
         text += axisElement(grid.axis(direction), directions[direction]);
     }
+    const CellSums<quantities> all = object.inRange();
     text += fmt::format("<statistics entries=\"{}\"{}>\n", all.entries,
                         numberAttribute("equivalentBinEntries", all.w * all.w / all.ww));
-    for (std::size_t direction = 0; direction < dimensions; ++direction) {
-        const double mean = all.wx[direction] / all.w;
-        const double variance = all.wxx[direction] / all.w - mean * mean;
+    for (std::size_t direction = 0; direction < axes; ++direction) {
         text += fmt::format("<statistic direction=\"{}\" mean=\"{}\" rms=\"{}\"/>\n", directions[direction],
-                            textOf(mean), textOf(variance < 0.0 ? 0.0 : std::sqrt(variance)));
+                            textOf(all.mean(direction)), textOf(all.rms(direction)));
     }
     return text + "</statistics>\n";
 }
 
 template <std::size_t dimensions>
-std::string histogramElement(const HistogramGrid<dimensions>& histogram, const std::string& folder) {
+std::string histogramElement(const Histogram<dimensions>& histogram, const std::string& folder) {
     constexpr std::string_view element = aidaElement(AidaFamily::Histogram, dimensions);
     static_assert(!element.empty());
-    std::string text = beginElement(element, histogram, folder) + headOf<dimensions>(histogram, "ExactSums");
+    std::string text = beginElement(element, histogram, folder) + headOf(histogram, true);
     text += fmt::format("<data{}d>\n", dimensions);
     for (std::size_t cell = 0; cell < histogram.cells().size(); ++cell) {
-        const GridSums<dimensions>& sums = histogram.cells()[cell];
-        if (!(sums == GridSums<dimensions>{})) {
+        const CellSums<dimensions>& sums = histogram.cells()[cell];
+        if (!(sums == CellSums<dimensions>{})) {
             text += fmt::format("<bin{}d{} entries=\"{}\" height=\"{}\" error=\"{}\"{}/>\n", dimensions,
-                                binNumbers(histogram.grid(), cell), sums.entries, textOf(sums.w),
-                                textOf(std::sqrt(sums.ww)), coordinates<dimensions>(sums));
+                                binNumbers(histogram.grid(), cell), sums.entries, textOf(sums.w), textOf(sums.error()),
+                                coordinates<dimensions>(sums));
         }
     }
     return text + fmt::format("</data{}d>\n</{}>\n", dimensions, element);
@@ -150,12 +160,12 @@ std::string profileElement(const Profile<dimensions>& profile, const std::string
     constexpr std::string_view element = aidaElement(AidaFamily::Profile, dimensions);
     static_assert(!element.empty());
     std::string text = beginElement(element, profile, folder);
-    text += headOf<dimensions>(profile, profile.hasExactSums() ? "ExactSums" : "Sums");
+    text += headOf(profile, profile.hasExactSums());
     text += fmt::format("<data{}d>\n", dimensions);
     for (std::size_t cell = 0; cell < profile.cells().size(); ++cell) {
-        const ProfileSums<dimensions>& sums = profile.cells()[cell];
+        const CellSums<dimensions + 1>& sums = profile.cells()[cell];
         const bool isGiven = !profile.hasExactSums() && !std::isnan(profile.height(cell));
-        if (isGiven || !(sums == ProfileSums<dimensions>{})) {
+        if (isGiven || !(sums == CellSums<dimensions + 1>{})) {
             text += fmt::format("<bin{}d{} entries=\"{}\" height=\"{}\" error=\"{}\"{}{}/>\n", dimensions,
                                 binNumbers(profile.grid(), cell), sums.entries, textOf(profile.height(cell)),
                                 textOf(profile.error(cell)), numberAttribute("rms", profile.rms(cell)),
@@ -269,6 +279,7 @@ std::string AnnotationText::finish(const DataObject& object) {
 
 std::string objectElement(const DataObject& object, const std::string& folder) {
     return visit(object, overloaded{
+                             [&](const Histogram1D& histogram) { return histogramElement(histogram, folder); },
                              [&](const Histogram2D& histogram) { return histogramElement(histogram, folder); },
                              [&](const Histogram3D& histogram) { return histogramElement(histogram, folder); },
                              [&](const Profile1D& profile) { return profileElement(profile, folder); },

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include <velmorak/Histogram1D.h>
+#include <velmorak/Histogram.h>
 
 namespace velmorak::io {
 
@@ -26,7 +26,7 @@ struct AnnotationText {
     std::string items;
 };
 
-/// @return the element of a histogram of two or three dimensions, a profile, points or a function.
+/// @return the element of a histogram, a profile, points or a function.
 /// @throws Failure for an object of another class.
 std::string objectElement(const DataObject& object, const std::string& folder);
 

@@ -56,9 +56,8 @@ public:
     explicit AidaFileWriter(const std::filesystem::path& file);
     ~AidaFileWriter();
 
-    /// @param folder folder of the object within the file; "/" is the root.
-    void write(const Histogram1D& histogram, const std::string& folder);
     /// Writes an object of any class listed in DataObjects.h.
+    /// @param folder folder of the object within the file; "/" is the root.
     /// @throws Failure for an object of another class.
     void write(const DataObject& object, const std::string& folder);
     /// Begins a table. Its rows follow chunk by chunk, then endTable; nothing else may be written in between. A list

@@ -1,8 +1,7 @@
 #pragma once
 
 #include <velmorak/FunctionObject.h>
-#include <velmorak/Histogram1D.h>
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Histogram.h>
 #include <velmorak/Points.h>
 #include <velmorak/Profile.h>
 

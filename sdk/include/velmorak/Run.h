@@ -1,6 +1,6 @@
 #pragma once
 
-#include <velmorak/Histogram1D.h>
+#include <velmorak/Histogram.h>
 #include <velmorak/RunRecord.h>
 #include <velmorak/Table.h>
 #include <velmorak/Value.h>

@@ -5,8 +5,8 @@
 
 #include <velmorak/Value.h>
 
-/// Fits the problems on standard input, for check_fits.py: for each problem the model, the method, the start values, and
-/// lines of low, high, y and error up to an empty one. Writes a line of values and errors for each.
+/// Fits the problems on standard input, for check_fits.py: for each problem the model, the method, the start values,
+/// and lines of low, high, y and error up to an empty one. Writes a line of values and errors for each.
 int main() {
     using namespace velmorak;
     for (std::string model; std::getline(std::cin, model);) {

@@ -1,4 +1,4 @@
-#include <velmorak/Histogram1D.h>
+#include <velmorak/Histogram.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,6 @@
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Histogram.h>
+
+#include "PlainSums.h"
 
 #include "histogram/fill/Fill.h"
 
@@ -199,14 +201,14 @@ TEST(FillKernels, endOnALineBeforeTheGroupThatItCannotFill) {
             values[21] = special;
             CellVector<BinSums> cells(12);
             EXPECT_EQ(wide.fill1D(steps, filling::bytesOf(cells), {.x = values.data(), .count = 42}), 20U) << special;
-            EXPECT_EQ(cells[3], (BinSums{20, 20.0, 20.0, 50.0, 125.0}));
+            EXPECT_EQ(plain(cells[3]), (PlainSums{20, 20.0, 20.0, 50.0, 125.0}));
         }
         std::vector<double> values(42, 2.5);
         std::vector<double> weights(42, 2.0);
         CellVector<BinSums> cells(12);
         const filling::Entries entries{.x = values.data(), .weights = weights.data(), .count = 42};
         EXPECT_EQ(wide.fill1D(steps, filling::bytesOf(cells), entries), 40U);
-        EXPECT_EQ(cells[3], (BinSums{40, 80.0, 160.0, 200.0, 500.0}));
+        EXPECT_EQ(plain(cells[3]), (PlainSums{40, 80.0, 160.0, 200.0, 500.0}));
         weights[5] = notANumber;
         EXPECT_EQ(wide.fill1D(steps, filling::bytesOf(cells), entries), 4U);
         const std::vector<std::uint32_t> known(42, 7);
@@ -229,10 +231,13 @@ TEST(FillKernels, endInAPlaneBeforeTheGroupThatItCannotFill) {
             const std::vector<double> x(42, 2.5);
             std::vector<double> y(42, 1.5);
             y[13] = special;
-            CellVector<GridSums<2>> cells(12U * 7U);
+            CellVector<CellSums<2>> cells(12U * 7U);
             const filling::Entries entries{.x = x.data(), .y = y.data(), .count = 42};
             EXPECT_EQ(wide.fill2D(axes, 12, filling::bytesOf(cells), entries), 12U) << special;
-            EXPECT_EQ(cells[2 * 12 + 3], (GridSums<2>{12, 12.0, 12.0, {30.0, 18.0}, {75.0, 27.0}}));
+            const CellSums<2>& filled = cells[2 * 12 + 3];
+            EXPECT_EQ(plain(filled.of<1>({0})), (PlainSums{12, 12.0, 12.0, 30.0, 75.0}));
+            EXPECT_EQ(plain(filled.of<1>({1})), (PlainSums{12, 12.0, 12.0, 18.0, 27.0}));
+            EXPECT_EQ(filled.squareSum(0, 1), 45.0);
         }
     }
 }

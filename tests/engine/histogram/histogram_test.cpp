@@ -1,4 +1,6 @@
-#include <velmorak/Histogram1D.h>
+#include <velmorak/Histogram.h>
+
+#include "PlainSums.h"
 
 #include <gtest/gtest.h>
 
@@ -63,7 +65,7 @@ TEST(Histogram, keepsTheFiveSumsOfEachBin) {
     Histogram1D histogram(Axis(2, 0.0, 2.0));
     histogram.fill(0.5, 2.0);
     histogram.fill(0.25, -1.0);
-    EXPECT_EQ(histogram.bin(0), (BinSums{2, 1.0, 5.0, 0.75, 0.4375}));
+    EXPECT_EQ(plain(histogram.bin(0)), (PlainSums{2, 1.0, 5.0, 0.75, 0.4375}));
     EXPECT_EQ(histogram.bin(1), BinSums{});
     EXPECT_EQ(histogram.height(0), 1.0);
     EXPECT_EQ(histogram.error(0), std::sqrt(5.0));
@@ -83,8 +85,8 @@ TEST(Histogram, putsInfinitiesOutsideWithoutTheirMoments) {
     histogram.fill(3.0);
     histogram.fill(-infinity);
     histogram.fill(0.5);
-    EXPECT_EQ(histogram.overflow(), (BinSums{2, 3.0, 5.0, 3.0, 9.0}));
-    EXPECT_EQ(histogram.underflow(), (BinSums{1, 1.0, 1.0, 0.0, 0.0}));
+    EXPECT_EQ(plain(histogram.overflow()), (PlainSums{2, 3.0, 5.0, 3.0, 9.0}));
+    EXPECT_EQ(plain(histogram.underflow()), (PlainSums{1, 1.0, 1.0, 0.0, 0.0}));
     EXPECT_EQ(histogram.mean(), 0.5);
     EXPECT_EQ(histogram.rms(), 0.0);
 }

@@ -1,5 +1,5 @@
 #include <velmorak/FunctionObject.h>
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Histogram.h>
 #include <velmorak/ObjectBytes.h>
 #include <velmorak/Points.h>
 #include <velmorak/Profile.h>

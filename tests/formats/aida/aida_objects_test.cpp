@@ -49,8 +49,8 @@ TEST_F(AidaObjects, areHistogramsWithTheSumsThatTheirBinsTell) {
     EXPECT_EQ(histogram->bin(1).entries, 3);
     EXPECT_EQ(histogram->height(1), 2.5);
     EXPECT_EQ(histogram->error(1), 1.5);
-    EXPECT_EQ(histogram->bin(1).wx, 2.5 * 3.25);
-    EXPECT_EQ(histogram->bin(1).wxx, 2.5 * (3.25 * 3.25 + 0.25));
+    EXPECT_EQ(histogram->bin(1).sum(0), 2.5 * 3.25);
+    EXPECT_EQ(histogram->bin(1).squareSum(0, 0), 2.5 * (3.25 * 3.25 + 0.25));
     EXPECT_EQ(histogram->overflow().ww, 1.4142135623730951 * 1.4142135623730951);
     EXPECT_EQ(histogram->inRange().entries, 7);
     EXPECT_TRUE(run.warnings.empty());
@@ -75,10 +75,10 @@ TEST_F(AidaObjects, haveTwoOrThreeDimensionsWithEveryOutsideCell) {
     const auto flat = read<Histogram2D>(ownFile("histogram2d.aida"));
     ASSERT_TRUE(flat);
     EXPECT_EQ(flat->cells()[flat->grid().cell({2, 2})].w, 3.0);
-    EXPECT_EQ(flat->error(flat->grid().cell({2, 2})), 2.23606797749979);
+    EXPECT_EQ(flat->cells()[flat->grid().cell({2, 2})].error(), 2.23606797749979);
     EXPECT_EQ(flat->cells()[flat->grid().cell({0, 1})].entries, 1);
     EXPECT_EQ(flat->cells()[flat->grid().cell({3, 4})].entries, 4);
-    EXPECT_EQ(flat->cells()[flat->grid().cell({1, 3})].wx[1], 2.5);
+    EXPECT_EQ(flat->cells()[flat->grid().cell({1, 3})].sum(1), 2.5);
     EXPECT_EQ(flat->inRange().entries, 3);
     const auto cube = read<Histogram3D>(ownFile("histogram3d.aida"));
     ASSERT_TRUE(cube);
@@ -96,7 +96,7 @@ TEST_F(AidaObjects, areProfilesAsTheyStand) {
     EXPECT_EQ(gain->height(1), 10.5);
     EXPECT_EQ(gain->error(1), 0.35355339059327379);
     EXPECT_EQ(gain->rms(3), 0.5);
-    EXPECT_EQ(gain->cells()[3].wx[0], 4 * 2.4);
+    EXPECT_EQ(gain->cells()[3].sum(0), 4 * 2.4);
     EXPECT_FALSE(gain->hasExactSums());
     const auto map = read<Profile2D>(ownFile("profile2d.aida"));
     ASSERT_TRUE(map);
@@ -190,10 +190,10 @@ TEST_F(AidaObjects, takeDefaultsForWhatBinsDoNotSay) {
         "<bin1d binNum='1' entries='3' rms='0.5'/>");
     EXPECT_EQ(histogram->height(3), 4.0);
     EXPECT_EQ(histogram->error(3), 2.0);
-    EXPECT_EQ(histogram->bin(3).wx, 4 * 3.5);
+    EXPECT_EQ(histogram->bin(3).sum(0), 4 * 3.5);
     EXPECT_EQ(histogram->bin(0).entries, 10);
     EXPECT_EQ(histogram->bin(0).w, 0.0);
-    EXPECT_EQ(histogram->bin(1).wxx, 3 * (1.5 * 1.5 + 0.25));
+    EXPECT_EQ(histogram->bin(1).squareSum(0, 0), 3 * (1.5 * 1.5 + 0.25));
     ASSERT_EQ(run.warnings.size(), 2U);
     EXPECT_THAT(run.warnings[0], HasSubstr("1 of its bins are listed more than once"));
     EXPECT_THAT(run.warnings[1], HasSubstr("the bin centres are used"));

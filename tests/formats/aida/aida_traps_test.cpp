@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Histogram.h>
 #include <velmorak/Points.h>
 #include "support.h"
 

@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include <velmorak/FunctionObject.h>
-#include <velmorak/HistogramGrid.h>
+#include <velmorak/Histogram.h>
 #include <velmorak/Points.h>
 #include <velmorak/Profile.h>
 #include "support.h"

@@ -1,0 +1,144 @@
+#pragma once
+
+#include "Fillers.h"
+
+#include <velmorak/ChunkSize.h>
+#include <velmorak/Kind.h>
+#include <velmorak/OrderedAccumulation.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// What the kinds share that fill an object from the rows of a table.
+namespace velmorak {
+
+inline const Schema& neededTable(const Schema* schema) {
+    if (!schema) {
+        throw Failure("table", "nothing is wired");
+    }
+    return *schema;
+}
+
+inline std::string titleOr(const Arguments& arguments, const std::string& input, const std::string& otherwise) {
+    return arguments.text(input).empty() ? otherwise : arguments.text(input);
+}
+
+template <typename Object>
+void entitle(Object& object, const std::vector<std::string>& titles) {
+    for (std::size_t direction = 0; direction < Object::dimensions; ++direction) {
+        object.setAxisTitle(direction, titles[direction]);
+    }
+}
+
+/// Name and titles of the filled object.
+class Naming {
+public:
+    Naming(const Arguments& arguments, const RunContext& context, std::vector<std::string> axisTitles);
+
+    template <typename Object>
+    void deliver(Object filled, const std::string& output, Results& results) const {
+        auto object = std::make_shared<Object>(std::move(filled));
+        object->name = name;
+        object->title = title;
+        entitle(*object, axisTitles);
+        results.set(output, DataObjectPtr(std::move(object)));
+    }
+
+private:
+    std::string name;
+    std::string title;
+    std::vector<std::string> axisTitles;
+};
+
+inline Naming::Naming(const Arguments& arguments, const RunContext& context, std::vector<std::string> axisTitles)
+    : name(context.pluginName()), title(titleOr(arguments, "title", name)), axisTitles(std::move(axisTitles)) {}
+
+/// Fills copies of an empty filler.
+template <typename Filler>
+class Filling : public Accumulation {
+public:
+    Filling(FillExpression quantity, Filler empty, Naming naming, std::string output)
+        : quantity(std::move(quantity)),
+          empty(std::move(empty)),
+          naming(std::move(naming)),
+          output(std::move(output)) {}
+
+    std::unique_ptr<AccumulatorState> newState() const override {
+        return std::make_unique<FillingState<Filler>>(quantity, empty);
+    }
+    void finish(AccumulatorState& state, Results& results) override {
+        naming.deliver(static_cast<FillingState<Filler>&>(state).result(), output, results);
+    }
+
+private:
+    FillExpression quantity;
+    Filler empty;
+    Naming naming;
+    std::string output;
+};
+
+template <typename Filler>
+std::unique_ptr<Accumulation> filling(FillExpression quantity, Filler empty, Naming naming, const std::string& output) {
+    return std::make_unique<Filling<Filler>>(std::move(quantity), std::move(empty), std::move(naming), output);
+}
+
+/// Fills a single object in the order of the rows.
+template <typename Object>
+class LateFilling : public OrderedAccumulation {
+public:
+    LateFilling(FillExpression quantity, std::function<Object()> make, Naming naming, std::string output)
+        : quantity(std::move(quantity)), make(std::move(make)), naming(std::move(naming)), output(std::move(output)) {}
+
+    std::unique_ptr<AccumulatorState> newState() const override {
+        return std::make_unique<LateState<Object>>(quantity, make);
+    }
+    void finish(AccumulatorState& state, Results& results) override {
+        naming.deliver(static_cast<LateState<Object>&>(state).result(), output, results);
+    }
+
+private:
+    FillExpression quantity;
+    std::function<Object()> make;
+    Naming naming;
+    std::string output;
+};
+
+/// An object with more cells than a chunk has rows is not copied for each chunk.
+template <typename Object>
+std::unique_ptr<Accumulation> givenFilling(FillExpression quantity, std::size_t cells, std::function<Object()> make,
+                                           Naming naming, const std::string& output) {
+    if (cells > chunkRows) {
+        return std::make_unique<LateFilling<Object>>(std::move(quantity), std::move(make), std::move(naming), output);
+    }
+    return filling(std::move(quantity), GivenRange<Object>(make()), std::move(naming), output);
+}
+
+inline InputSpec tableInput() {
+    return {.name = "table", .description = "Table whose rows are filled.", .type = ValueType::Table};
+}
+
+inline InputSpec coordinateInput(const std::string& name, const std::string& meaning) {
+    InputSpec input = expressionInput();
+    input.name = name;
+    input.description =
+        meaning + ": a column or an expression of columns, in their unit. Of a list, all values are filled.";
+    return input;
+}
+
+inline void append(Ports& ports, std::vector<InputSpec> inputs) {
+    for (InputSpec& input : inputs) {
+        ports.inputs.push_back(std::move(input));
+    }
+}
+
+/// Kinds that fill an object from the rows of a table.
+class FillKind : public Accumulator {
+public:
+    std::string notes() const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+};
+
+}  // namespace velmorak
