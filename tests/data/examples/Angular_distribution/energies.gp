@@ -13,7 +13,7 @@ set bmargin 3.8
 set tmargin 2.8
 set key off
 set xrange [-1:1]
-set yrange [30.546333937773046:53.673]
+set yrange [30.546333937773042:53.673]
 set title 'Energy of scattered particles [MeV]' font 'DejaVu Sans,34'
 set xlabel 'cos θ' font 'DejaVu Sans,32' offset 0,-0.2
 set ylabel 'mean energy [MeV]' font 'DejaVu Sans,32' offset -1.2,0

@@ -35,9 +35,9 @@ set label '0.28876' at graph 0.973, graph 0.712 right front font 'DejaVu Sans,22
 set label 'n' at graph 0.7162, graph 0.666 left front font 'DejaVu Sans,22'
 set label '509 ± 12' at graph 0.973, graph 0.666 right front font 'DejaVu Sans,22'
 set label 'tau' at graph 0.7162, graph 0.62 left front font 'DejaVu Sans,22'
-set label '2.211 ± 0.047' at graph 0.973, graph 0.62 right front font 'DejaVu Sans,22'
+set label '2.21 ± 0.05' at graph 0.973, graph 0.62 right front font 'DejaVu Sans,22'
 set label 'flat' at graph 0.7162, graph 0.574 left front font 'DejaVu Sans,22'
-set label '3.96 ± 0.62' at graph 0.973, graph 0.574 right front font 'DejaVu Sans,22'
+set label '4.0 ± 0.6' at graph 0.973, graph 0.574 right front font 'DejaVu Sans,22'
 data = './lifetime.dat'
 set terminal pngcairo noenhanced size 1600,1000 font 'DejaVu Sans,26' rounded
 marks = 1.8

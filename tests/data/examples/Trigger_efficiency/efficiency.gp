@@ -17,18 +17,18 @@ set yrange [0:1.5]
 set title 'Efficiency of a muon trigger' font 'DejaVu Sans,34'
 set xlabel 'transverse momentum [GeV]' font 'DejaVu Sans,32' offset 0,-0.2
 set ylabel 'efficiency' font 'DejaVu Sans,32' offset -1.2,0
-set object 1 rectangle from graph 0.6382, graph 0.679 to graph 0.985, graph 0.975 front fillcolor rgb 'white' fillstyle solid border linecolor rgb '#808080' linewidth 1.5
-set label 'Points' at graph 0.6502, graph 0.942 left front font 'DejaVu Sans,22'
+set object 1 rectangle from graph 0.6514, graph 0.679 to graph 0.985, graph 0.975 front fillcolor rgb 'white' fillstyle solid border linecolor rgb '#808080' linewidth 1.5
+set label 'Points' at graph 0.6634, graph 0.942 left front font 'DejaVu Sans,22'
 set label '14' at graph 0.973, graph 0.942 right front font 'DejaVu Sans,22'
-set label 'χ²/ndf' at graph 0.6502, graph 0.896 left front font 'DejaVu Sans,22'
+set label 'χ²/ndf' at graph 0.6634, graph 0.896 left front font 'DejaVu Sans,22'
 set label '11.383 / 11' at graph 0.973, graph 0.896 right front font 'DejaVu Sans,22'
-set label 'p-value' at graph 0.6502, graph 0.85 left front font 'DejaVu Sans,22'
+set label 'p-value' at graph 0.6634, graph 0.85 left front font 'DejaVu Sans,22'
 set label '0.4118' at graph 0.973, graph 0.85 right front font 'DejaVu Sans,22'
-set label 'plateau' at graph 0.6502, graph 0.804 left front font 'DejaVu Sans,22'
-set label '0.9419 ± 0.0073' at graph 0.973, graph 0.804 right front font 'DejaVu Sans,22'
-set label 'threshold' at graph 0.6502, graph 0.758 left front font 'DejaVu Sans,22'
+set label 'plateau' at graph 0.6634, graph 0.804 left front font 'DejaVu Sans,22'
+set label '0.942 ± 0.007' at graph 0.973, graph 0.804 right front font 'DejaVu Sans,22'
+set label 'threshold' at graph 0.6634, graph 0.758 left front font 'DejaVu Sans,22'
 set label '19.75 ± 0.19' at graph 0.973, graph 0.758 right front font 'DejaVu Sans,22'
-set label 'width' at graph 0.6502, graph 0.712 left front font 'DejaVu Sans,22'
+set label 'width' at graph 0.6634, graph 0.712 left front font 'DejaVu Sans,22'
 set label '3.83 ± 0.16' at graph 0.973, graph 0.712 right front font 'DejaVu Sans,22'
 data = './efficiency.dat'
 set terminal pngcairo noenhanced size 1600,1000 font 'DejaVu Sans,26' rounded
