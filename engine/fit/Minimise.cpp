@@ -20,8 +20,9 @@ constexpr double nearDistance = 1e-4;
 constexpr double endDistance = 1e-9;
 /// Accepted as a minimum if rounding prevents endDistance.
 constexpr double coarseDistance = 1e-5;
-/// For the finite differences that give second derivatives, in standard deviations.
-constexpr double differenceStep = 1e-5;
+/// For the finite differences that give second derivatives, in standard deviations and relative to the parameter.
+constexpr double minDifferenceStep = 1e-5;
+constexpr double minRelativeStep = 1e-12;
 /// Accepted relative error of the second derivatives from rounding and from the finite step.
 constexpr double maxCurvatureError = 1e-3;
 constexpr double costRounding = 1e-13;
@@ -77,6 +78,7 @@ private:
 
     [[noreturn]] void throwSaddlePoint(const VectorXd& axis, const MatrixXd& unit) const;
 
+    double differenceStepOf(std::size_t parameter, double deviation) const;
     /// @return how much the curvature in each parameter alone differs on both sides of the point.
     VectorXd curvatureErrors(const LinearSystem& linear);
 
@@ -94,6 +96,7 @@ private:
     LinearSystem latest;  ///< At the current values.
     double cost = 0.0;
     double damping = 1e-3;
+    double differenceStep = minDifferenceStep;
     int steps = 0;
     int flatSteps = 0;  ///< Consecutive steps whose gain is lost in rounding.
 };
@@ -280,6 +283,10 @@ bool Minimiser::newtonRefine(const LinearSystem& linear) {
     const MatrixXd unit = linear.r.triangularView<Eigen::Upper>().solve(MatrixXd::Identity(n, n));
     const std::vector<double> before = values;
     const double costBefore = cost;
+    differenceStep = minDifferenceStep;
+    for (std::size_t k = 0; k < moving.size(); ++k) {
+        differenceStep = std::max(differenceStep, differenceStepOf(moving[k], unit.row(index(k)).norm()));
+    }
     MatrixXd hessian = curvature(unit, linear.q);
     if (!hessian.allFinite()) {
         hessian.setIdentity();
@@ -346,18 +353,26 @@ void Minimiser::throwSaddlePoint(const VectorXd& axis, const MatrixXd& unit) con
                   " (the second derivatives are not positive); give other start values or limits");
 }
 
+/// @return a step that survives the rounding of its sum with the parameter, in units of the deviation.
+double Minimiser::differenceStepOf(std::size_t parameter, double deviation) const {
+    const double least = minRelativeStep * std::fabs(values[parameter]) / deviation;
+    return std::isfinite(least) ? std::max(minDifferenceStep, least) : minDifferenceStep;
+}
+
 VectorXd Minimiser::curvatureErrors(const LinearSystem& linear) {
     VectorXd errors(linear.q.size());
     const VectorXd slope = problem.gradient(values, moving);
     for (Eigen::Index k = 0; k < errors.size(); ++k) {
+        const std::size_t parameter = moving[static_cast<std::size_t>(k)];
         const double scale = 1.0 / linear.r.col(k).norm();
+        const double ownStep = differenceStepOf(parameter, scale);
         const auto slopeAt = [&](double step) {
             std::vector<double> point = values;
-            point[moving[static_cast<std::size_t>(k)]] += step * scale;
+            point[parameter] += step * scale;
             return problem.gradient(point, moving)[k];
         };
-        const double difference = slopeAt(differenceStep) + slopeAt(-differenceStep) - 2.0 * slope[k];
-        const double error = std::fabs(difference) * scale / differenceStep;
+        const double difference = slopeAt(ownStep) + slopeAt(-ownStep) - 2.0 * slope[k];
+        const double error = std::fabs(difference) * scale / ownStep;
         errors[k] = std::isfinite(error) ? error : std::numeric_limits<double>::max();
     }
     return errors;
