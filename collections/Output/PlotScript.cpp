@@ -249,7 +249,7 @@ std::string mapSetting(const PlotContents& contents, const PlotStyle& style) {
     std::string text = "set key off\nset colorbox\n" + paletteText();
     if (style.statistics != StatisticsDisplay::None) {
         text += "set label " + quotedForGnuplot(contents.map->statistics) +
-                " at graph 1, graph 1.04 right font 'DejaVu Sans,22' textcolor rgb '#404040'\n";
+                " at screen 0.985, graph 1.04 right font 'DejaVu Sans,22' textcolor rgb '#404040'\n";
     }
     return text;
 }

@@ -13,7 +13,7 @@ set tmargin 3.6
 set key off
 set colorbox
 set palette defined (0 '#440154', 1 '#472D7B', 2 '#3B528B', 3 '#2C728E', 4 '#21918C', 5 '#28AE80', 6 '#5EC962', 7 '#ADDC30', 8 '#FDE725')
-set label '8000 entries, mean (0.00103, 0.00618), RMS (0.635, 1.86), correlation -0.00897' at graph 1, graph 1.04 right font 'DejaVu Sans,22' textcolor rgb '#404040'
+set label '8000 entries, mean (0.00103, 0.00618), RMS (0.635, 1.86), correlation -0.00897' at screen 0.985, graph 1.04 right font 'DejaVu Sans,22' textcolor rgb '#404040'
 set xrange [-1:1]
 set yrange [-3.141592653589793:3.141592653589793]
 set cbrange [0:29]

@@ -13,7 +13,7 @@ set tmargin 3.6
 set key off
 set colorbox
 set palette defined (0 '#440154', 1 '#472D7B', 2 '#3B528B', 3 '#2C728E', 4 '#21918C', 5 '#28AE80', 6 '#5EC962', 7 '#ADDC30', 8 '#FDE725')
-set label '49821 entries, mean (0.00256, -0.00315), RMS (0.988, 1.49), correlation 0.00273' at graph 1, graph 1.04 right font 'DejaVu Sans,22' textcolor rgb '#404040'
+set label '49821 entries, mean (0.00256, -0.00315), RMS (0.988, 1.49), correlation 0.00273' at screen 0.985, graph 1.04 right font 'DejaVu Sans,22' textcolor rgb '#404040'
 set xrange [-3:3]
 set yrange [-5:5]
 set cbrange [994.7376751307849:1006.7028107970474]
