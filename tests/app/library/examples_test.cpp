@@ -49,8 +49,9 @@ protected:
         surface->write_to_png(file.string());
     }
 
-    /// Before scrolling, nothing is above or below the visible part of the canvas, and the start plug-in is inside it. A
-    /// box with more ports than the view can show may begin above, so that all of them are on the canvas when it is opened.
+    /// Before scrolling, nothing is above or below the visible part of the canvas, and the start plug-in is inside it.
+    /// A box with more ports than the view can show may begin above, so that all of them are on the canvas when it is
+    /// opened.
     void expectInTheOpeningView(const std::string& example) const {
         constexpr double viewWidth = 600;
         constexpr double viewHeight = 400;
@@ -61,7 +62,8 @@ protected:
         window->canvas.get_bounds(left, top, right, bottom);
         for (plugin* node : window->liveNodes()) {
             const double opened = 70 + 20.0 * static_cast<double>(node->GetPlugin()->Inputs().size());
-            EXPECT_GE(node->box->get_bounds().get_y1(), bottom - std::max(viewHeight, opened)) << example << ": " << node->uniqueName;
+            EXPECT_GE(node->box->get_bounds().get_y1(), bottom - std::max(viewHeight, opened))
+                << example << ": " << node->uniqueName;
             EXPECT_LE(node->box->get_bounds().get_y2(), bottom) << example << ": " << node->uniqueName;
         }
         const plugin* const start = window->nodeOf(manager->plugins.front()->name);
