@@ -1,6 +1,6 @@
 #include <velmorak/FunctionObject.h>
 
-#include "table/Bytes.h"
+#include "table/ByteWriter.h"
 
 namespace velmorak {
 

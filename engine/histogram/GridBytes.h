@@ -1,6 +1,6 @@
 #pragma once
 
-#include "table/Bytes.h"
+#include "table/ByteWriter.h"
 
 #include <velmorak/Grid.h>
 

@@ -1,6 +1,6 @@
 #include <velmorak/Points.h>
 
-#include "table/Bytes.h"
+#include "table/ByteWriter.h"
 
 #include <stdexcept>
 

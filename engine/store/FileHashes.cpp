@@ -1,6 +1,6 @@
 #include "store/FileHashes.h"
 
-#include "table/Bytes.h"
+#include "table/ByteWriter.h"
 
 #include <sys/stat.h>
 

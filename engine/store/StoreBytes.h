@@ -2,7 +2,7 @@
 
 #include "store/ResultStore.h"
 
-#include "table/Bytes.h"
+#include "table/ByteWriter.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
 #include "KindHarness.h"
 
 #include "run/pass/StateMerger.h"
-#include "table/Bytes.h"
+#include "table/ByteWriter.h"
 
 #include <velmorak/ObjectBytes.h>
 #include <velmorak/OrderedAccumulation.h>
