@@ -1,5 +1,6 @@
 #include <velmorak/FunctionObject.h>
 
+#include "table/ByteReader.h"
 #include "table/ByteWriter.h"
 
 namespace velmorak {

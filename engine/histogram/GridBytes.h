@@ -1,5 +1,6 @@
 #pragma once
 
+#include "table/ByteReader.h"
 #include "table/ByteWriter.h"
 
 #include <velmorak/Grid.h>

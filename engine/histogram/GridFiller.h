@@ -1,53 +1,18 @@
 #pragma once
 
 #include "histogram/CellArithmetic.h"
-#include "histogram/fill/Fill.h"
+#include "histogram/Fills.h"
+#include "histogram/WideFiller.h"
 
 #include <velmorak/Grid.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <optional>
 
 /// Fills many points into the cells of a grid. Sources that include it are compiled without contraction of products and
 /// sums.
 namespace velmorak::filling {
-
-/// Points to fill, in order, as one array per quantity, the coordinates first; weights is null if each is 1.
-template <std::size_t quantities>
-struct Fills {
-    std::array<const double*, quantities> columns{};
-    const double* weights = nullptr;
-    std::size_t count = 0;
-
-    Fills from(std::size_t first) const {
-        Fills rest = *this;
-        for (const double*& column : rest.columns) {
-            column += first;
-        }
-        rest.weights = !weights ? nullptr : weights + first;
-        rest.count -= first;
-        return rest;
-    }
-    double weight(std::size_t position) const { return !weights ? 1.0 : weights[position]; }
-    std::array<double, quantities> point(std::size_t position) const {
-        std::array<double, quantities> point{};
-        for (std::size_t i = 0; i < quantities; ++i) {
-            point[i] = columns[i][position];
-        }
-        return point;
-    }
-};
-
-template <std::size_t quantities>
-bool hasNan(const std::array<double, quantities>& point) {
-    bool has = false;
-    for (const double x : point) {
-        has = has || std::isnan(x);
-    }
-    return has;
-}
 
 /// Fills one point; an infinite coordinate counts as 0.
 template <std::size_t axes, std::size_t quantities>
@@ -57,83 +22,6 @@ void addPoint(CellSums<quantities>& cell, std::array<double, quantities> point, 
     }
     fillCell(cell, point, weight);
 }
-
-template <std::size_t axes>
-using BlockCells = std::array<std::array<std::uint32_t, blockEntries>, axes>;
-
-/// The vectorised kernels, if there are any for these dimensions and this processor.
-template <std::size_t axes, std::size_t quantities>
-class WideFiller {
-public:
-    WideFiller(const Grid<axes>& grid, CellVector<CellSums<quantities>>& sums) {
-        if constexpr (quantities <= 2) {
-            kernels = bestKernels(sums.size());
-            cells = bytesOf(sums);
-            stride = grid.axis(0).bins() + 2;
-            for (std::size_t direction = 0; direction < axes; ++direction) {
-                const std::optional<Steps> steps = stepsOf(grid.axis(direction));
-                hasSteps = hasSteps && steps;
-                alongAxes[direction] = steps.value_or(Steps());
-            }
-        }
-    }
-
-    /// @return the number of points filled.
-    std::size_t fill(const Fills<quantities>& fills) const {
-        if (!kernels || !hasSteps) {
-            return 0;
-        }
-        if constexpr (quantities == 1) {
-            return kernels->fill1D(alongAxes[0], cells, entries(fills));
-        } else if constexpr (axes == 1) {
-            return kernels->fillProfile(alongAxes[0], cells, entries(fills));
-        } else {
-            return kernels->fill2D(alongAxes, stride, cells, entries(fills));
-        }
-    }
-    /// As fill, with known cells from the given position on.
-    std::size_t fillListed(const Fills<quantities>& fills, const BlockCells<axes>& block, std::size_t position) const {
-        if (!kernels) {
-            return 0;
-        }
-        const Entries rest = entries(fills.from(position));
-        Cells known{.x = block[0].data() + position, .y = nullptr};
-        if constexpr (quantities == 1) {
-            return kernels->fillFromIndices1D(known, cells, rest);
-        } else if constexpr (axes == 1) {
-            return kernels->fillProfileFromIndices(known, cells, rest);
-        } else {
-            known.y = block[1].data() + position;
-            return kernels->fillFromIndices2D(known, stride, cells, rest);
-        }
-    }
-
-private:
-    static Entries entries(const Fills<quantities>& fills) {
-        return {.x = fills.columns.front(),
-                .y = quantities == 1 ? nullptr : fills.columns.back(),
-                .weights = fills.weights,
-                .count = fills.count};
-    }
-
-    const Kernels* kernels = nullptr;
-    std::byte* cells = nullptr;
-    std::size_t stride = 0;
-    bool hasSteps = true;
-    Steps alongAxes[axes];
-};
-
-/// There are no kernels for three quantities.
-template <std::size_t axes>
-class WideFiller<axes, 3> {
-public:
-    WideFiller(const Grid<axes>& /*grid*/, CellVector<CellSums<3>>& /*sums*/) {}
-    std::size_t fill(const Fills<3>& /*fills*/) const { return 0; }
-    std::size_t fillListed(const Fills<3>& /*fills*/, const BlockCells<axes>& /*block*/,
-                           std::size_t /*position*/) const {
-        return 0;
-    }
-};
 
 /// Larger sums do not stay in a processor's cache, so nearly every scattered entry waits for memory.
 inline constexpr std::size_t cachedBytes = std::size_t{32} << 20U;

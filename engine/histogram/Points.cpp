@@ -1,5 +1,6 @@
 #include <velmorak/Points.h>
 
+#include "table/ByteReader.h"
 #include "table/ByteWriter.h"
 
 #include <stdexcept>

@@ -1,5 +1,6 @@
 #include "store/FileHashes.h"
 
+#include "table/ByteReader.h"
 #include "table/ByteWriter.h"
 
 #include <sys/stat.h>

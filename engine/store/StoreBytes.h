@@ -2,6 +2,7 @@
 
 #include "store/ResultStore.h"
 
+#include "table/ByteReader.h"
 #include "table/ByteWriter.h"
 
 #include <optional>

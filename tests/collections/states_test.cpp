@@ -1,7 +1,7 @@
 #include "KindHarness.h"
 
 #include "run/pass/StateMerger.h"
-#include "table/ByteWriter.h"
+#include "table/Checksum.h"
 
 #include <velmorak/ObjectBytes.h>
 #include <velmorak/OrderedAccumulation.h>

@@ -1,7 +1,7 @@
 #include "Target.h"
 
 #include "store/StoreBytes.h"
-#include "table/ByteWriter.h"
+#include "table/Checksum.h"
 
 #include <velmorak/ObjectBytes.h>
 
