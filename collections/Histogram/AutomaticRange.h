@@ -1,7 +1,7 @@
 #pragma once
 
 #include "DecimalGrid.h"
-#include "Fillers.h"
+#include "LateState.h"
 #include "ScatterAdd.h"
 
 #include <cmath>
