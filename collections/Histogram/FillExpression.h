@@ -30,6 +30,9 @@ public:
         ColumnPtr weights;                   ///< Null for a weight of 1 each; else as long as they are.
 
         FillBatch batch() const;
+        void save(StateWriter& writer) const;
+        /// @param count number of expressions.
+        void load(StateReader& reader, std::size_t count);
     };
     /// @throws Failure if a row's lists have different lengths.
     Values values(const Chunk& chunk) const;

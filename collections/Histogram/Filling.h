@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Fillers.h"
 #include "LateState.h"
 
 #include <velmorak/ChunkSize.h>
