@@ -1,9 +1,9 @@
-#include "kinds.h"
+#include "Output/kinds.h"
 
 #include "Drawing.h"
 #include "Gnuplot.h"
+#include "Output/Ports.h"
 #include "PlotValues.h"
-#include "Ports.h"
 
 #include <velmorak/TemporaryFolder.h>
 
