@@ -1,6 +1,7 @@
 #pragma once
 
 #include <velmorak/Kind.h>
+#include <velmorak/TemporaryFolder.h>
 
 #include <filesystem>
 #include <map>
@@ -63,7 +64,7 @@ public:
     }
     std::string text(const std::string& output) const { return std::get<std::string>(outputs.at(output)); }
     const SmallTable& table() const { return made; }
-    const std::filesystem::path& folder() const { return results; }
+    const std::filesystem::path& folder() const { return results.path(); }
     const Kind& kind() const { return shipped; }
     Ports ports() const { return shipped.ports(texts); }
     void stop() { stopping = true; }
@@ -92,7 +93,7 @@ private:
 
     const Kind& shipped;
     std::string plugin;
-    std::filesystem::path results;
+    TemporaryFolder results{"bench"};
     ValueTexts texts;
     std::map<std::string, Value> wires;
     std::string tableInput;

@@ -23,16 +23,11 @@ class Columns : public testing::Test {
 protected:
     Columns() {
         setenv("VELMORAK_COLLECTIONS", VELMORAK_TEST_COLLECTIONS, 1);
-        std::string pattern = (fs::temp_directory_path() / "velmorak-columns-XXXXXX").string();
-        folder = mkdtemp(pattern.data());
         manager.emplace("QzAnalysisFactory");
         // A preview always ends in time, however busy the machine is.
         QzManager::Part::of(*manager).previews.patience = std::chrono::hours(1);
     }
-    ~Columns() override {
-        manager.reset();
-        fs::remove_all(folder);
-    }
+    ~Columns() override { manager.reset(); }
 
     void add(const std::string& kind, const std::string& name) {
         for (std::size_t i = 0; i < QzManager::GetPlugins().size(); ++i) {
@@ -58,7 +53,8 @@ protected:
         return said.substr(plain.size());
     }
 
-    fs::path folder;
+    TemporaryFolder ownFolder{"columns"};
+    const fs::path& folder = ownFolder.path();
     std::optional<QzManager> manager;
 };
 

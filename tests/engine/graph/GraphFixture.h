@@ -3,6 +3,7 @@
 #include <QzManager.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <velmorak/TemporaryFolder.h>
 
 #include <filesystem>
 #include <iostream>
@@ -30,13 +31,10 @@ private:
 
 /// A folder that goes with its test.
 class Folder {
-public:
-    Folder();
-    ~Folder();
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
+    TemporaryFolder folder{"test"};
 
-    std::filesystem::path path;
+public:
+    const std::filesystem::path& path = folder.path();
     /// Writes a file, with the folders that it needs. @return its path.
     std::string write(const std::string& name, const std::string& content) const;
 };

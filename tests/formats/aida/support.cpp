@@ -8,16 +8,6 @@
 
 namespace velmorak {
 
-AidaFiles::AidaFiles() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "velmorak-io-XXXXXX").string();
-    folder = mkdtemp(pattern.data());
-}
-
-AidaFiles::~AidaFiles() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-}
-
 std::filesystem::path AidaFiles::fileWith(std::string_view bytes) const {
     const auto path = folder / "input.aida";
     std::ofstream(path, std::ios::binary) << bytes;

@@ -12,20 +12,19 @@
 #include <vector>
 
 #include <velmorak/Aida.h>
+#include <velmorak/TemporaryFolder.h>
 
 namespace velmorak {
 
 /// Gives each test a temporary folder.
 class AidaFiles : public ::testing::Test {
 protected:
-    AidaFiles();
-    ~AidaFiles() override;
-
     std::filesystem::path fileWith(std::string_view bytes) const;
     /// The text between <aida> and </aida>.
     std::filesystem::path aidaWith(std::string_view objects) const;
 
-    std::filesystem::path folder;
+    TemporaryFolder ownFolder{"io"};
+    const std::filesystem::path& folder = ownFolder.path();
     QuietContext run;
 };
 
