@@ -15,7 +15,7 @@ namespace velmorak {
 
 namespace {
 
-/// What is counted: the values of an expression, with their weight.
+/// The expression whose values are counted, and the weight of each.
 class CategoryExpression {
 public:
     CategoryExpression(const Arguments& arguments, const Schema& schema);

@@ -4,8 +4,8 @@
 
 namespace velmorak {
 
-/// @return the object that the reader holds.
-/// @throws Failure unless it has the axes of another one.
+/// @return the object that was saved.
+/// @throws Failure unless its axes are those of the given object.
 template <typename Object>
 Object loadedLike(const Object& like, StateReader& reader) {
     const auto loaded = reader.object<Object>();

@@ -77,8 +77,8 @@ public:
                      const std::function<void(const std::filesystem::path&)>& writer) override;
     std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override;
     void warn(const std::string& sentence) override;
-    void tell(const std::string& text) override { allTold += text; }
-    const std::string& told() const { return allTold; }
+    void tell(const std::string& text) override { messages += text; }
+    const std::string& printed() const { return messages; }
     RunRecord record() const override { return givenRecord; }
     KindHarness& remember(RunRecord record) { return givenRecord = std::move(record), *this; }
     /// Warnings are kept, where they would otherwise end the test.
@@ -104,7 +104,7 @@ private:
     bool stopping = false;
     bool isWarned = false;
     std::vector<std::string> allWarnings;
-    std::string allTold;
+    std::string messages;
     RunRecord givenRecord;
 };
 

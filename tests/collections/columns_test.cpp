@@ -13,7 +13,7 @@
 #include <fstream>
 #include <string>
 
-/// What the outputs of table readers say of their columns, before any run.
+/// Descriptions of the columns at the outputs of table readers, before any run.
 namespace velmorak::test {
 namespace {
 
@@ -43,7 +43,7 @@ protected:
         std::ofstream(folder / name) << text;
         return (folder / name).string();
     }
-    /// What the output says behind the kind's own description and its type.
+    /// The text of the output after the kind's own description and the type.
     std::string columnsOf(const std::string& name) {
         QzBase& node = *manager->FindPlugin(name);
         const std::string plain =

@@ -12,7 +12,7 @@
 
 namespace velmorak::test {
 
-/// What is said on standard error while this lives.
+/// Captures standard error while it exists.
 class Errors {
 public:
     Errors() : before(std::cerr.rdbuf(heard.rdbuf())) {}
@@ -29,7 +29,7 @@ private:
     std::streambuf* before;
 };
 
-/// A folder that goes with its test.
+/// A folder that is removed with its test.
 class Folder {
     TemporaryFolder folder{"test"};
 
