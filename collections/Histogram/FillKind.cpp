@@ -4,7 +4,6 @@
 #include "FillExpression.h"
 
 #include <array>
-#include <iterator>
 
 namespace velmorak {
 
@@ -42,10 +41,6 @@ std::vector<InputSpec> quantityInputs(const std::vector<std::string>& meanings) 
     }
     inputs.push_back(weightInput());
     return inputs;
-}
-
-void append(std::vector<InputSpec>& inputs, std::vector<InputSpec> more) {
-    inputs.insert(inputs.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
 }
 
 }  // namespace velmorak

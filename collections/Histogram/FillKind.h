@@ -39,6 +39,4 @@ InputSpec tableInput();
 /// The inputs for the table, for the quantities x, y ... with these meanings, and for the weight.
 std::vector<InputSpec> quantityInputs(const std::vector<std::string>& meanings);
 
-void append(std::vector<InputSpec>& inputs, std::vector<InputSpec> more);
-
 }  // namespace velmorak

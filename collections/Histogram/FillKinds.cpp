@@ -4,6 +4,7 @@
 #include "Binning.h"
 #include "FillKind.h"
 #include "Filling.h"
+#include "shared/AppendInputs.h"
 
 #include <utility>
 
@@ -27,7 +28,7 @@ std::unique_ptr<Accumulation> fillingOf(const Arguments& arguments, FillExpressi
 /// The inputs for the axis, for the titles and for the range.
 std::vector<InputSpec> rangeInputs(const std::string& expression) {
     std::vector<InputSpec> inputs = axisInputs(expression);
-    append(inputs, {titleInput(), axisTitleInput("axis", expression), rangeInput()});
+    appendInputs(inputs, {titleInput(), axisTitleInput("axis", expression), rangeInput()});
     return inputs;
 }
 
@@ -37,7 +38,7 @@ Ports histogramPorts() {
                   .description = "Entries and sums of weights in each bin, with underflow and overflow; NaN is "
                                  "counted separately.",
                   .type = ValueType::Histogram}}};
-    append(ports.inputs, rangeInputs("the expression"));
+    appendInputs(ports.inputs, rangeInputs("the expression"));
     return ports;
 }
 
@@ -47,7 +48,7 @@ Ports profilePorts() {
         {{.name = "profile",
           .description = "Mean of y with its error in each bin of x, in the unit of y; NaN is counted separately.",
           .type = ValueType::Profile}}};
-    append(ports.inputs, rangeInputs("x"));
+    appendInputs(ports.inputs, rangeInputs("x"));
     return ports;
 }
 

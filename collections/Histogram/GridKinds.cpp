@@ -4,6 +4,7 @@
 #include "FillKind.h"
 #include "Filling.h"
 #include "Objects.h"
+#include "shared/AppendInputs.h"
 
 #include <array>
 #include <utility>
@@ -54,7 +55,7 @@ std::unique_ptr<Accumulation> gridFilling(const Arguments& arguments, const Sche
 Ports gridPorts(const std::vector<std::string>& meanings, std::size_t axes, OutputSpec output) {
     Ports ports{quantityInputs(meanings), {std::move(output)}};
     for (std::size_t direction = 0; direction < axes; ++direction) {
-        append(ports.inputs, axisInputs(letters[direction], letters[direction]));
+        appendInputs(ports.inputs, axisInputs(letters[direction], letters[direction]));
     }
     ports.inputs.push_back(titleInput());
     for (std::size_t direction = 0; direction < axes; ++direction) {

@@ -7,12 +7,15 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <velmorak/Aida.h>
 #include <velmorak/TemporaryFolder.h>
+
+struct archive;
 
 namespace velmorak {
 
@@ -27,6 +30,12 @@ protected:
     const std::filesystem::path& folder = ownFolder.path();
     QuietContext run;
 };
+
+/// @return the bytes with a few random changes, and sometimes without their end.
+std::string damaged(std::string bytes, std::mt19937& random);
+
+/// Adds a file to an archive that is being written.
+void addFile(::archive* target, const std::string& name, const std::string& content);
 
 /// All rows of a table: the columns joined, and the length of each chunk.
 struct Rows {
