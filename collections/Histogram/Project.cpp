@@ -28,7 +28,7 @@ bool isTaken(const Axis& axis, std::size_t cell, double low, double high) {
     return axis.center(cell - 1) >= low && axis.center(cell - 1) < high;
 }
 
-/// What is kept of a histogram with one more axis.
+/// The axes that are kept, and the range of the axis that is summed over.
 template <std::size_t axes>
 struct Projection {
     std::array<std::size_t, axes + 1> order;  ///< The kept directions and then the summed one.

@@ -2,6 +2,7 @@
 
 #include "Condition.h"
 #include "Cuts.h"
+#include "shared/AppendInputs.h"
 
 #include <velmorak/FormatMeasurement.h>
 #include <velmorak/NamedNumbers.h>
@@ -291,9 +292,7 @@ std::string CutFlowKind::notes() const {
 Ports CutFlowKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
-    for (InputSpec& input : numbersOf(valueOr(values, "cuts"), valueOr(values, "weight")).inputs()) {
-        ports.inputs.push_back(std::move(input));
-    }
+    appendInputs(ports.inputs, numbersOf(valueOr(values, "cuts"), valueOr(values, "weight")).inputs());
     ports.outputs = {
         {.name = "rows", .description = "Number of rows that pass all cuts.", .type = ValueType::Number},
         {.name = "weights",

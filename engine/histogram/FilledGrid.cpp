@@ -1,7 +1,7 @@
 #include <velmorak/FilledGrid.h>
 
-#include "histogram/CellFills.h"
 #include "histogram/GridBytes.h"
+#include "histogram/GridFiller.h"
 #include "histogram/LargeCells.h"
 
 #include <velmorak/Histogram.h>

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "table/Bytes.h"
+#include "table/ByteReader.h"
+#include "table/ByteWriter.h"
 
 #include <velmorak/Grid.h>
 

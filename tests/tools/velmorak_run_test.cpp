@@ -74,7 +74,7 @@ protected:
         return contents;
     }
 
-    /// What an example leaves when all of it is computed in a folder of its own.
+    /// The results of an example, all of it computed in a new folder.
     std::map<std::string, std::string> resultsOf(const fs::path& example, const std::string& threads) const {
         setenv("VELMORAK_THREADS", threads.c_str(), 1);
         setenv("VELMORAK_CACHE_LIMIT", "0", 1);

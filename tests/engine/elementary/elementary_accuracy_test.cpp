@@ -61,7 +61,7 @@ const Row& rowOf(const Rows& rows, const std::string& name) {
     return *std::find_if(std::begin(rows), std::end(rows), [&](const Row& row) { return row.name == name; });
 }
 
-/// What the header states beyond a number of ulps.
+/// Accuracies that the header states in other units than ulps.
 bool isAsStated(const std::string& name, double x, Quad truth, double value) {
     const auto size = static_cast<double>(fabsq(truth));
     if (name == "lgamma" && x < 0.0) {
