@@ -59,18 +59,8 @@ public:
         number<std::uint64_t>(values.size());
         add({reinterpret_cast<const char*>(values.data()), values.size() * sizeof values[0]});
     }
-    /// Writes only the first bytes of each element of a list; the rest is padding.
-    template <typename List>
-    void packed(const List& values, std::size_t bytesOfEach) {
-        number<std::uint64_t>(values.size());
-        if (isCounting) {
-            total += values.size() * bytesOfEach;
-            return;
-        }
-        for (const auto& value : values) {
-            add({reinterpret_cast<const char*>(&value), bytesOfEach});
-        }
-    }
+    /// Writes some bytes of a value, such as those before its padding.
+    void raw(const void* value, std::size_t count) { add({static_cast<const char*>(value), count}); }
     /// Writes the bytes of an object, preceded by their number.
     void object(const DataObject& whole) {
         const std::uint64_t bytesOfIt = countBytesOf(whole);
@@ -174,19 +164,8 @@ public:
         take(values.data(), count * each);
         return values;
     }
-    template <typename List>
-    List packed(std::size_t bytesOfEach) {
-        const auto count = number<std::uint64_t>();
-        if (count > bytes.size() / bytesOfEach) {
-            throw std::invalid_argument("the bytes of an object end too early");
-        }
-        List values;
-        values.resize(count);
-        for (auto& value : values) {
-            take(&value, bytesOfEach);
-        }
-        return values;
-    }
+    /// Reads what ByteWriter::raw has written.
+    void raw(void* value, std::size_t count) { take(value, count); }
     ObjectHead head() {
         ObjectHead head;
         head.name = list<std::string>();
