@@ -127,17 +127,17 @@ public:
 private:
     Histogram1D histogramOf(const Categories<Key>& categories) const {
         std::vector<std::string> labels;
-        CellVector<BinSums> cells(1);
-        for (const std::size_t position : categories.order(isSorted)) {
+        const std::vector<std::size_t> order = categories.order(isSorted);
+        CellVector<BinSums> cells(std::max(order.size(), std::size_t{1}) + 2);
+        for (const std::size_t position : order) {
             const CategorySums& sums = categories.sums(position);
-            cells.push_back(BinSums::at({static_cast<double>(labels.size())}, sums.entries, sums.w, sums.ww));
+            const auto x = static_cast<double>(labels.size());
+            cells[labels.size() + 1] = BinSums::at({x}, sums.entries, sums.w, sums.ww);
             labels.push_back(labelOf(categories.key(position), quantity.type()));
         }
         if (labels.empty()) {
             labels.emplace_back();
-            cells.emplace_back();
         }
-        cells.emplace_back();
         return {Axis::ofCategories(std::move(labels)), std::move(cells), categories.nans()};
     }
 

@@ -247,9 +247,10 @@ std::string FlowAccumulation::described(const std::vector<BinSums>& steps) const
 }
 
 Value FlowAccumulation::histogramOf(const std::vector<BinSums>& steps) const {
-    CellVector<BinSums> cells(1);
-    cells.insert(cells.end(), steps.begin(), steps.end());
-    cells.emplace_back();
+    CellVector<BinSums> cells(steps.size() + 2);
+    for (std::size_t step = 0; step < steps.size(); ++step) {
+        cells[step + 1] = steps[step];
+    }
     auto histogram = std::make_shared<Histogram1D>(Axis(steps.size(), -0.5, static_cast<double>(steps.size()) - 0.5),
                                                    std::move(cells), 0);
     histogram->name = context.pluginName();

@@ -23,25 +23,25 @@ void addPoint(CellSums<quantities>& cell, std::array<double, quantities> point, 
     fillCell(cell, point, weight);
 }
 
-/// Larger sums do not stay in a processor's cache, so nearly every scattered entry waits for memory.
-inline constexpr std::size_t cachedBytes = std::size_t{32} << 20U;
 inline constexpr std::size_t prefetchDistance = 24;  ///< Entries.
+/// Entries filled one by one before the kernels are tried again.
+inline constexpr std::size_t stepOver = 4;
 
 template <std::size_t axes, std::size_t quantities>
 class GridFiller {
 public:
     GridFiller(const Grid<axes>& grid, CellVector<CellSums<quantities>>& sums)
-        : grid(grid), sums(sums), wide(grid, sums), isCached(sums.size() * sizeof(sums[0]) <= cachedBytes) {}
+        : grid(grid), sums(sums), wide(grid, sums) {}
 
     /// @return the number of points skipped because of a NaN.
     std::int64_t fill(Fills<quantities> rest) {
         nans = 0;
         while (rest.count > 0) {
-            rest = isCached ? rest.from(wide.fill(rest)) : rest;
+            rest = rest.from(wide.fill(rest));
             Fills<quantities> block = rest;
             block.count = std::min(blockEntries, rest.count);
             findCells(block);
-            isCached ? fillBlock(block) : fillUncachedBlock(block);
+            sums.isSparse() ? fillSparseBlock(block) : fillBlock(block);
             rest = rest.from(block.count);
         }
         return nans;
@@ -71,18 +71,18 @@ private:
     void fillBlock(const Fills<quantities>& block) {
         for (std::size_t i = 0; i < block.count;) {
             i += wide.fillListed(block, cells, i);
-            for (const std::size_t end = std::min(i + group, block.count); i < end; ++i) {
+            for (const std::size_t end = std::min(i + stepOver, block.count); i < end; ++i) {
                 fillOne(block, i);
             }
         }
     }
-    /// Prefetches the cells, so that many of them are fetched at the same time.
-    void fillUncachedBlock(const Fills<quantities>& block) {
+    /// Sparse cells do not stay in a processor's cache. They are prefetched, so that many are fetched at the same time.
+    void fillSparseBlock(const Fills<quantities>& block) {
         for (std::size_t i = 0; i < block.count; ++i) {
-            const std::size_t next = std::min(i + prefetchDistance, block.count - 1);
-            const auto* const ahead = reinterpret_cast<const char*>(&sums[cellOf(next)]);
-            __builtin_prefetch(ahead, 1);
-            __builtin_prefetch(ahead + sizeof(CellSums<quantities>) - 1, 1);
+            sums.prefetchIndex(cellOf(i));
+        }
+        for (std::size_t i = 0; i < block.count; ++i) {
+            sums.prefetchCell(cellOf(std::min(i + prefetchDistance, block.count - 1)));
             fillOne(block, i);
         }
     }
@@ -90,7 +90,6 @@ private:
     const Grid<axes>& grid;
     CellVector<CellSums<quantities>>& sums;
     WideFiller<axes, quantities> wide;
-    bool isCached;
     BlockCells<axes> cells;
     std::int64_t nans = 0;
 };

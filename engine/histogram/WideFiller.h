@@ -19,8 +19,8 @@ class WideFiller {
 public:
     WideFiller(const Grid<axes>& grid, CellVector<CellSums<quantities>>& sums) {
         if constexpr (quantities <= 2) {
-            kernels = bestKernels(sums.size());
             cells = bytesOf(sums);
+            kernels = !cells ? nullptr : bestKernels(sums.size());
             stride = grid.axis(0).bins() + 2;
             for (std::size_t direction = 0; direction < axes; ++direction) {
                 const std::optional<Steps> steps = stepsOf(grid.axis(direction));

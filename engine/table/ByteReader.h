@@ -61,19 +61,8 @@ public:
         take(values.data(), count * each);
         return values;
     }
-    template <typename List>
-    List packed(std::size_t bytesOfEach) {
-        const auto count = number<std::uint64_t>();
-        if (count > bytes.size() / bytesOfEach) {
-            throw std::invalid_argument("the bytes of an object end too early");
-        }
-        List values;
-        values.resize(count);
-        for (auto& value : values) {
-            take(&value, bytesOfEach);
-        }
-        return values;
-    }
+    /// Reads what ByteWriter::raw has written.
+    void raw(void* value, std::size_t count) { take(value, count); }
     ObjectHead head() {
         ObjectHead head;
         head.name = list<std::string>();

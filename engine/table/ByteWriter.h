@@ -33,18 +33,8 @@ public:
         number<std::uint64_t>(values.size());
         add({reinterpret_cast<const char*>(values.data()), values.size() * sizeof values[0]});
     }
-    /// Writes only the first bytes of each element of a list; the rest is padding.
-    template <typename List>
-    void packed(const List& values, std::size_t bytesOfEach) {
-        number<std::uint64_t>(values.size());
-        if (isCounting) {
-            total += values.size() * bytesOfEach;
-            return;
-        }
-        for (const auto& value : values) {
-            add({reinterpret_cast<const char*>(&value), bytesOfEach});
-        }
-    }
+    /// Writes some bytes of a value, such as those before its padding.
+    void raw(const void* value, std::size_t count) { add({static_cast<const char*>(value), count}); }
     /// Writes the bytes of an object, preceded by their number.
     void object(const DataObject& whole) {
         const std::uint64_t bytesOfIt = countBytesOf(whole);
