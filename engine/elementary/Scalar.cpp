@@ -1,5 +1,4 @@
 #include "elementary/simd/Extremes.h"
-#include "elementary/simd/Hypot.h"
 #include "elementary/simd/Log.h"
 
 #include <velmorak/ElementaryFunctions.h>
@@ -25,7 +24,7 @@ double halfExp(double size) {
 
 /// log(2 size) for a large size.
 double logOfDouble(double size) {
-    return size < 0x1p1022 ? logarithm(2.0 * size) : logarithm(size) + std::numbers::ln2;
+    return size < 0x1p1022 ? log(2.0 * size) : log(size) + std::numbers::ln2;
 }
 
 }  // namespace
@@ -39,7 +38,8 @@ double expm1(double x) {
 }
 
 double log(double x) {
-    return logarithm(x);
+    const Usual logarithm = usualLogarithm(x);
+    return logarithm.unusual == 0 ? logarithm.value : unusualLogarithm(x);
 }
 
 double log2(double x) {
@@ -52,7 +52,7 @@ double log10(double x) {
 
 double log1p(double x) {
     if (isTinyOrHugeFor1(x)) {
-        return isHuge(x) ? logarithm(x) : x;
+        return isHuge(x) ? log(x) : x;
     }
     return Sleef_cinz_log1pd1_u10purec(x);
 }
@@ -116,14 +116,6 @@ double acosh(double x) {
 
 double atanh(double x) {
     return isTiny(x) ? x : Sleef_cinz_atanhd1_u10purec(x);
-}
-
-double pow(double x, double y) {
-    return Sleef_cinz_powd1_u10purec(x, y);
-}
-
-double hypot(double x, double y) {
-    return hypotenuse(x, y);
 }
 
 double cbrt(double x) {

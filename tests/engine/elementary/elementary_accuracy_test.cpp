@@ -54,7 +54,7 @@ constexpr Truth truths[] = {
     {"sinh", sinhq, 2.0},   {"tan", tanq, 1.0},     {"tanh", tanhq, 1.0},     {"tgamma", tgammaq, 1.0},
 };
 
-constexpr TruthOfTwo truthsOfTwo[] = {{"atan2", atan2q, 1.5}, {"hypot", hypotq, 1.0}, {"pow", powq, 1.0}};
+constexpr TruthOfTwo truthsOfTwo[] = {{"atan2", atan2q, 1.5}, {"hypot", hypotq, 0.9}, {"pow", powq, 0.8}};
 
 template <typename Row, typename Rows>
 const Row& rowOf(const Rows& rows, const std::string& name) {
