@@ -1,6 +1,7 @@
 #include "kinds.h"
 
 #include "AidaFile.h"
+#include "FileInputs.h"
 
 #include <velmorak/Aida.h>
 
@@ -8,7 +9,17 @@ namespace velmorak {
 
 namespace {
 
-/// Reads a tuple or cloud of an AIDA file.
+FileList aidaFilesOf(const Arguments& arguments, RunContext& context) {
+    if (!arguments.text("file").empty()) {
+        return filesOf(arguments, context);
+    }
+    const std::filesystem::path file = aidaFileOf(arguments, context);
+    FileList list;
+    list.files.push_back({file.string(), file});
+    return list;
+}
+
+/// Reads a tuple or cloud of AIDA files.
 class AidaTableKind : public Source {
 public:
     std::string name() const override { return "AidaTable"; }
@@ -22,12 +33,17 @@ public:
 }  // namespace
 
 std::string AidaTableKind::summary() const {
-    return "Reads a tuple or cloud of an AIDA file as a table.";
+    return "Reads a tuple or cloud of AIDA files as a table.";
 }
 
 Ports AidaTableKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = aidaInputs("tuple or cloud", "/run1/events");
+    ports.inputs.front() = fileListInput("AIDA file, plain or compressed; the format is recognised by content",
+                                         " Empty: the file given with -a on the command line.");
+    for (InputSpec& input : fileChainInputs()) {
+        ports.inputs.push_back(std::move(input));
+    }
     ports.outputs = {
         {.name = "table",
          .description = "The rows of the tuple with its columns, or of the cloud with columns x, y, z and weight.",
@@ -37,11 +53,15 @@ Ports AidaTableKind::ports(const ValueTexts&) const {
 }
 
 std::unique_ptr<TableReader> AidaTableKind::open(const Arguments& arguments, RunContext& context) const {
-    return openAidaTable(aidaFileOf(arguments, context), arguments.text("object"), context);
+    const auto openFile = [object = arguments.text("object"), &context](const std::filesystem::path& file,
+                                                                        const Schema* /*wanted*/) {
+        return openAidaTable(file, object, context);
+    };
+    return openFilesOf(aidaFilesOf(arguments, context), openFile, arguments, context);
 }
 
 std::vector<std::filesystem::path> AidaTableKind::files(const Arguments& arguments, RunContext& context) const {
-    return {aidaFileOf(arguments, context)};
+    return pathsOf(aidaFilesOf(arguments, context));
 }
 
 std::unique_ptr<Kind> makeAidaTable() {

@@ -1,6 +1,10 @@
 #include "kinds.h"
 
+#include "FileInputs.h"
+
 #include "csv/CsvReader.h"
+
+#include <utility>
 
 namespace velmorak {
 
@@ -12,12 +16,42 @@ char delimiterNamed(const std::string& name) {
     return delimiters.at(name);
 }
 
-std::filesystem::path fileOf(const Arguments& arguments, const RunContext& context) {
-    if (arguments.text("file").empty()) {
-        throw Failure("file", "no file is given");
-    }
-    return context.inputFile(arguments.text("file"));
+/// Rows of each file but the first that the types of the columns are inferred from.
+constexpr std::size_t rowsToInferOfMore = 100;
+
+CsvOptions optionsOf(const Arguments& arguments) {
+    return {.file = {},
+            .form = {.delimiter = delimiterNamed(arguments.text("delimiter")), .comment = arguments.text("comment")},
+            .hasHeader = arguments.text("header") == "yes",
+            .isSkipping = arguments.text("errors") == "skip",
+            .missing = arguments.text("missing"),
+            .types = csvTypesIn(arguments.text("types"))};
 }
+
+/// Opens files with the same options. The types that the user gives hold for the columns that a file has.
+class CsvOpener {
+public:
+    CsvOpener(CsvOptions options, std::filesystem::path first, RunContext& context)
+        : options(std::move(options)), first(std::move(first)), context(context) {}
+
+    std::unique_ptr<TableReader> operator()(const std::filesystem::path& file, const Schema* wanted) const {
+        CsvOptions own = options;
+        own.file = file;
+        if (wanted) {
+            for (const ColumnInfo& column : wanted->columns()) {
+                own.types[column.name] = column.type;
+            }
+        } else if (file != first) {
+            own.rowsToInfer = rowsToInferOfMore;
+        }
+        return std::make_unique<CsvReader>(std::move(own), context);
+    }
+
+private:
+    CsvOptions options;
+    std::filesystem::path first;
+    RunContext& context;
+};
 
 std::vector<InputSpec> formInputs() {
     return {
@@ -67,21 +101,20 @@ public:
 }  // namespace
 
 std::string CsvTableKind::summary() const {
-    return "Reads a table from a text file with one row on each line, such as CSV.";
+    return "Reads a table from text files with one row on each line, such as CSV.";
 }
 
 Ports CsvTableKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {
-        {.name = "file",
-         .description =
-             "Text file, plain or compressed with gzip, bzip2 or zip; the format is recognised by content. A "
-             "relative path is searched for beside the document, then in the current folder.",
-         .type = ValueType::Text}};
+        fileListInput("Text file, plain or compressed with gzip, bzip2 or zip; the format is recognised by content")};
     for (InputSpec& input : formInputs()) {
         ports.inputs.push_back(std::move(input));
     }
-    ports.outputs = {{.name = "table", .description = "The rows of the file.", .type = ValueType::Table}};
+    for (InputSpec& input : fileChainInputs()) {
+        ports.inputs.push_back(std::move(input));
+    }
+    ports.outputs = {{.name = "table", .description = "The rows of the files.", .type = ValueType::Table}};
     return ports;
 }
 
@@ -98,18 +131,13 @@ std::string CsvTableKind::refusal(const std::string& input, const std::string& v
 }
 
 std::unique_ptr<TableReader> CsvTableKind::open(const Arguments& arguments, RunContext& context) const {
-    return std::make_unique<CsvReader>(CsvOptions{.file = fileOf(arguments, context),
-                                                  .form = {.delimiter = delimiterNamed(arguments.text("delimiter")),
-                                                           .comment = arguments.text("comment")},
-                                                  .hasHeader = arguments.text("header") == "yes",
-                                                  .isSkipping = arguments.text("errors") == "skip",
-                                                  .missing = arguments.text("missing"),
-                                                  .types = csvTypesIn(arguments.text("types"))},
-                                       context);
+    FileList list = filesOf(arguments, context);
+    CsvOpener opener(optionsOf(arguments), list.files.front().path, context);
+    return openFilesOf(std::move(list), std::move(opener), arguments, context);
 }
 
 std::vector<std::filesystem::path> CsvTableKind::files(const Arguments& arguments, RunContext& context) const {
-    return {fileOf(arguments, context)};
+    return pathsOf(filesOf(arguments, context));
 }
 
 std::unique_ptr<Kind> makeCsvTable() {

@@ -1,18 +1,13 @@
 #include "kinds.h"
 
+#include "FileInputs.h"
+
 #include "shared/ColumnList.h"
 
 #include <root/RootFile.h>
 
 namespace velmorak {
 namespace {
-
-std::filesystem::path fileOf(const Arguments& arguments, const RunContext& context) {
-    if (arguments.text("file").empty()) {
-        throw Failure("file", "no file is given");
-    }
-    return context.inputFile(arguments.text("file"));
-}
 
 /// Reads a tree, ntuple or RNTuple of a ROOT file.
 class RootTableKind : public Source {
@@ -29,7 +24,7 @@ public:
 }  // namespace
 
 std::string RootTableKind::summary() const {
-    return "Reads a tree, an ntuple or an RNTuple from a ROOT file.";
+    return "Reads a tree, an ntuple or an RNTuple from ROOT files.";
 }
 
 std::string RootTableKind::notes() const {
@@ -45,9 +40,7 @@ A file that was not closed is searched record by record, with a warning.)";
 Ports RootTableKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {
-        {.name = "file",
-         .description = "ROOT file. A relative path is searched for beside the document, then in the current folder.",
-         .type = ValueType::Text},
+        fileListInput("ROOT file"),
         {.name = "object",
          .description = "Path of the tree, ntuple or RNTuple in the file, for example run1/events. Empty: the only one "
                         "in the file.",
@@ -58,6 +51,9 @@ Ports RootTableKind::ports(const ValueTexts&) const {
              "quotes. Empty: all columns that can be read.",
          .type = ValueType::Text},
     };
+    for (InputSpec& input : fileChainInputs()) {
+        ports.inputs.push_back(std::move(input));
+    }
     ports.outputs = {{.name = "table",
                       .description = "The entries, with a column for each branch or field.",
                       .type = ValueType::Table}};
@@ -65,12 +61,16 @@ Ports RootTableKind::ports(const ValueTexts&) const {
 }
 
 std::unique_ptr<TableReader> RootTableKind::open(const Arguments& arguments, RunContext& context) const {
-    return openRootTable(fileOf(arguments, context), arguments.text("object"),
-                         columnNames("columns", arguments.text("columns")), context);
+    const auto openFile = [object = arguments.text("object"),
+                           columns = columnNames("columns", arguments.text("columns")),
+                           &context](const std::filesystem::path& file, const Schema* /*wanted*/) {
+        return openRootTable(file, object, columns, context);
+    };
+    return openFilesOf(filesOf(arguments, context), openFile, arguments, context);
 }
 
 std::vector<std::filesystem::path> RootTableKind::files(const Arguments& arguments, RunContext& context) const {
-    return {fileOf(arguments, context)};
+    return pathsOf(filesOf(arguments, context));
 }
 
 std::unique_ptr<Kind> makeRootTable() {

@@ -1,12 +1,20 @@
 #include "run/NodeContext.h"
 
 #include "run/messages/Visible.h"
+#include "store/FolderListing.h"
 
+#include <algorithm>
 #include <system_error>
 
 namespace velmorak {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t maxSkippedShown = 10;
+
+}  // namespace
 
 std::string titleOf(const PipelineNode& node) {
     return shortened(node.kindName) + " \"" + shortened(node.name) + "\"";
@@ -42,6 +50,37 @@ fs::path NodeContext::inputFile(const std::string& text) const {
 fs::path NodeContext::commandLineAida() const {
     watch(std::nullopt);
     return environment.pipeline.commandLineAida;
+}
+
+fs::path NodeContext::locate(const std::string& text) const {
+    return text.empty() ? fs::path() : resolved(environment.pipeline, text);
+}
+
+std::vector<std::string> NodeContext::namesIn(const fs::path& folder, const std::string& pattern) const {
+    std::vector<std::string> names = namesInFolder(folder, pattern);
+    const MutexLock lock(mutex);
+    asked.push_back({folderListing(folder, pattern), std::nullopt});
+    return names;
+}
+
+void NodeContext::skipFile(const fs::path& file, const std::string& reason) {
+    const std::string path = file.string();
+    {
+        const MutexLock lock(mutex);
+        if (std::any_of(skipped.begin(), skipped.end(), [&](const SkippedFile& known) { return known.file == path; })) {
+            return;  // In an earlier pass over the same table.
+        }
+        skipped.push_back({node.name, path, reason});
+        if (skipped.size() > maxSkippedShown) {
+            return;
+        }
+    }
+    warn("skips \"" + path + "\": " + reason);
+}
+
+std::vector<SkippedFile> NodeContext::skippedFiles() const {
+    const MutexLock lock(mutex);
+    return skipped;
 }
 
 void NodeContext::writeResult(const std::string& fileName, const std::function<void(const fs::path&)>& writer) {

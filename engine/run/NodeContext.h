@@ -48,6 +48,9 @@ public:
     const std::string& pluginName() const override { return node.name; }
     std::filesystem::path inputFile(const std::string& text) const override;
     std::filesystem::path commandLineAida() const override;
+    std::filesystem::path locate(const std::string& text) const override;
+    std::vector<std::string> namesIn(const std::filesystem::path& folder, const std::string& pattern) const override;
+    void skipFile(const std::filesystem::path& file, const std::string& reason) override;
     void writeResult(const std::string& fileName,
                      const std::function<void(const std::filesystem::path&)>& writer) override;
     std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override;
@@ -59,12 +62,15 @@ public:
     void watch(const NamedFile& file) const;
     /// @return the files that the result depends on.
     std::vector<AskedFile> askedFiles() const;
+    /// @return the files that the plug-in went on without.
+    std::vector<SkippedFile> skippedFiles() const;
 
 private:
     const RunEnvironment& environment;
     const PipelineNode& node;
     mutable Mutex mutex;
     mutable std::vector<AskedFile> asked VELMORAK_GUARDED_BY(mutex);
+    std::vector<SkippedFile> skipped VELMORAK_GUARDED_BY(mutex);
 };
 
 /// @return kind and name as they begin a message: Histogram1D "mass".

@@ -80,6 +80,7 @@ void RunScheduler::reportTo(RunReport& report) {
         }
     }
     report.files = recordFiles(cache.filesOf(needed));
+    report.skipped = skippedFiles(state);
     for (NodeRun& run : state.runs) {
         report.nodes.push_back(std::move(run.report));
     }

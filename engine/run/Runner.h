@@ -38,7 +38,8 @@ struct NodeReport {
 struct RunReport {
     std::vector<NodeReport> nodes;  ///< Parallel to Pipeline::nodes.
     bool wasStopped = false;
-    std::vector<RecordedFile> files{};  ///< Files that were read, now or for a result that was reused.
+    std::vector<RecordedFile> files{};   ///< Files that were read, now or for a result that was reused.
+    std::vector<SkippedFile> skipped{};  ///< Files that should have been read.
     int threads = 0;
     std::chrono::system_clock::time_point began{};
     double seconds = 0.0;

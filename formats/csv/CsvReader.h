@@ -11,6 +11,7 @@ struct CsvOptions {
     bool isSkipping = false;  ///< Skip rows that cannot be read, instead of failing.
     std::string missing;      ///< Text of a missing value, besides an empty field.
     std::map<std::string, ColumnType> types;
+    std::size_t rowsToInfer = 10000;  ///< Rows that the types are inferred from.
 };
 
 class CsvReader : public TableReader {

@@ -28,7 +28,10 @@ ExitStatus statusOf(const velmorak::RunReport& report) {
     if (report.wasStopped) {
         return WasStopped;
     }
-    return report.hasFailure() ? PluginFailed : AllDone;
+    if (report.hasFailure()) {
+        return PluginFailed;
+    }
+    return report.skipped.empty() ? AllDone : FilesSkipped;
 }
 
 /// @return false when the document cannot be read, which the manager has reported.

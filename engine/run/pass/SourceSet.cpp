@@ -181,6 +181,10 @@ std::uint64_t SourceSet::rowsOfCurrent() const {
     return segments[position]->rows;
 }
 
+std::pair<std::uint64_t, std::uint64_t> SourceSet::fileOfCurrent() const {
+    return {segments[position]->file, segments[position]->files};
+}
+
 std::optional<double> SourceSet::fraction() {
     std::optional<double> read;
     readError = state.call(currentSource(), [&] { read = segments[position]->reader->fraction(); });

@@ -1,5 +1,7 @@
 #include "run/results/ResultCache.h"
 
+#include "store/FolderListing.h"
+
 #include <algorithm>
 #include <map>
 #include <set>
@@ -51,7 +53,7 @@ bool ResultCache::claims(std::size_t position, const StoredResult& stored) {
 }
 
 std::optional<Digest> ResultCache::contentOf(const NamedFile& file) {
-    return hashes.of(resolved(state.pipeline, file), state.stopping);
+    return isFolderListing(file) ? contentOfListing(*file) : hashes.of(resolved(state.pipeline, file), state.stopping);
 }
 
 std::optional<Digest> ResultCache::resultContentOf(const std::string& fileName) {
@@ -93,11 +95,12 @@ void ResultCache::keep(std::size_t position) {
 
 bool ResultCache::collectFiles(std::size_t position) {
     std::vector<FileContent> all;
-    bool isWhole = true;
+    bool isWhole = state.runs[position].context->skippedFiles().empty();
     for (const AskedFile& file : state.runs[position].context->askedFiles()) {
         const std::optional<Digest> digest = contentOf(file.file);
         // A file that has changed since the node opened it may differ from what the result was made from.
-        if (digest && stampOf(resolved(state.pipeline, file.file)) == file.stamp) {
+        const bool isListing = isFolderListing(file.file);
+        if (digest && (isListing || stampOf(resolved(state.pipeline, file.file)) == file.stamp)) {
             asked[position].push_back({file.file, *digest});
         } else {
             isWhole = false;
@@ -139,7 +142,7 @@ std::vector<FileContent> ResultCache::filesOf(const std::vector<std::size_t>& po
     }
     std::vector<FileContent> contents;
     for (const auto& [file, digest] : all) {
-        if (!file || !paths.contains(*file)) {
+        if (!isFolderListing(file) && (!file || !paths.contains(*file))) {
             contents.push_back({file, digest});
         }
     }
