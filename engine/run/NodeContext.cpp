@@ -4,6 +4,8 @@
 #include "store/FolderListing.h"
 
 #include <algorithm>
+#include <iterator>
+#include <set>
 #include <system_error>
 
 namespace velmorak {
@@ -56,31 +58,38 @@ fs::path NodeContext::locate(const std::string& text) const {
     return text.empty() ? fs::path() : resolved(environment.pipeline, text);
 }
 
-std::vector<std::string> NodeContext::namesIn(const fs::path& folder, const std::string& pattern) const {
-    std::vector<std::string> names = namesInFolder(folder, pattern);
+std::vector<std::string> NodeContext::namesIn(const std::string& folder, const std::string& pattern) const {
+    std::vector<std::string> names = namesInFolder(locate(folder), pattern);
     const MutexLock lock(mutex);
-    asked.push_back({folderListing(folder, pattern), std::nullopt});
+    asked.push_back({folderListing(folder, pattern), std::nullopt, digestOfNames(names)});
     return names;
 }
 
+/// The reason that is kept does not depend on the order in which the threads find the damage.
 void NodeContext::skipFile(const fs::path& file, const std::string& reason) {
     const std::string path = file.string();
     {
         const MutexLock lock(mutex);
-        if (std::any_of(skipped.begin(), skipped.end(), [&](const SkippedFile& known) { return known.file == path; })) {
-            return;  // In an earlier pass over the same table.
+        const auto [known, isNew] = skipped.emplace(path, reason);
+        if (!isNew) {  // In an earlier chunk or pass.
+            known->second = std::min(known->second, reason);
+            return;
         }
-        skipped.push_back({node.name, path, reason});
         if (skipped.size() > maxSkippedShown) {
             return;
         }
     }
-    warn("skips \"" + path + "\": " + reason);
+    const bool isNamed = reason.find(path) != std::string::npos;
+    warn("skips a damaged file: " + (isNamed ? reason : "\"" + path + "\": " + reason));
 }
 
 std::vector<SkippedFile> NodeContext::skippedFiles() const {
     const MutexLock lock(mutex);
-    return skipped;
+    std::vector<SkippedFile> all;
+    for (const auto& [file, reason] : skipped) {
+        all.push_back({node.name, file, reason});
+    }
+    return all;
 }
 
 void NodeContext::writeResult(const std::string& fileName, const std::function<void(const fs::path&)>& writer) {
@@ -117,7 +126,11 @@ void NodeContext::watch(const NamedFile& file) const {
 
 std::vector<AskedFile> NodeContext::askedFiles() const {
     const MutexLock lock(mutex);
-    return asked;
+    std::set<AskedFile> known;
+    std::vector<AskedFile> all;
+    std::copy_if(asked.begin(), asked.end(), std::back_inserter(all),
+                 [&](const AskedFile& file) { return known.insert(file).second; });
+    return all;
 }
 
 }  // namespace velmorak

@@ -77,6 +77,7 @@ void RunScheduler::reportTo(RunReport& report) {
         if (run.isNeeded) {
             needed.push_back(i);
             run.report.written = recordFiles(cache.writtenFiles(i));
+            run.report.files = cache.filesInOrder(i);
         }
     }
     report.files = recordFiles(cache.filesOf(needed));

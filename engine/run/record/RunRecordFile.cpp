@@ -59,6 +59,7 @@ constexpr const char* rowsOut = "rowsOut";
 constexpr const char* outputs = "outputs";
 constexpr const char* results = "results";
 constexpr const char* skipped = "skipped";
+constexpr const char* files = "files";
 constexpr const char* plugin = "plugin";
 }  // namespace key
 
@@ -165,6 +166,7 @@ Json pluginOf(const Pipeline& pipeline, std::size_t position, const NodeReport& 
             {key::kind, node.kindName},
             {key::version, node.kind ? node.kind->version() : 0},
             {key::inputs, inputsOf(pipeline, node)},
+            {key::files, report.files},
             {key::outcome, nameOf(report.status)},
             {key::sentence, report.sentence},
             {key::reason, report.reason},

@@ -59,9 +59,10 @@ public:
     /// @throws Failure if the name is rejected or the file cannot be created.
     virtual std::unique_ptr<ResultFile> beginResult(const std::string& fileName) = 0;
 
-    /// As namesInFolder. Records the answer as an input: the plug-in is executed anew when it changes.
-    virtual std::vector<std::string> namesIn(const std::filesystem::path& folder, const std::string& pattern) const {
-        return namesInFolder(folder, pattern);
+    /// As namesInFolder, for a folder that is resolved as locate does. Records the answer as an input: the plug-in is
+    /// executed anew when it changes.
+    virtual std::vector<std::string> namesIn(const std::string& folder, const std::string& pattern) const {
+        return namesInFolder(locate(folder), pattern);
     }
 
     /// Only the columns of a table are wanted, to show them to the user; no row will be read.
