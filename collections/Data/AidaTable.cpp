@@ -4,20 +4,46 @@
 #include "FileInputs.h"
 
 #include <velmorak/Aida.h>
+#include <velmorak/Mutex.h>
+
+#include <map>
+#include <utility>
 
 namespace velmorak {
 
 namespace {
 
-FileList aidaFilesOf(const Arguments& arguments, RunContext& context) {
-    if (!arguments.text("file").empty()) {
-        return filesOf(arguments, context);
+/// Opens one table of each file. It may have another path in each if the user gives its bare name, or none.
+class AidaOpener : public FileOpener {
+public:
+    explicit AidaOpener(std::string object) : object(std::move(object)) {}
+
+    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
+        const std::string path = aidaTablePath(file, object, context);
+        {
+            const MutexLock lock(mutex);
+            paths[file] = path;
+        }
+        return {openAidaTable(file, path, context)->schema()};
     }
-    const std::filesystem::path file = aidaFileOf(arguments, context);
-    FileList list;
-    list.files.push_back({file.string(), file});
-    return list;
-}
+
+    std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* /*wanted*/,
+                                      RunContext& context) const override {
+        return openAidaTable(file, pathIn(file), context);
+    }
+
+private:
+    /// Finding the path may need a look at the whole file.
+    std::string pathIn(const std::filesystem::path& file) const {
+        const MutexLock lock(mutex);
+        const auto known = paths.find(file);
+        return known == paths.end() ? object : known->second;
+    }
+
+    const std::string object;
+    mutable Mutex mutex;
+    mutable std::map<std::filesystem::path, std::string> paths VELMORAK_GUARDED_BY(mutex);
+};
 
 /// Reads a tuple or cloud of AIDA files.
 class AidaTableKind : public Source {
@@ -39,8 +65,8 @@ std::string AidaTableKind::summary() const {
 Ports AidaTableKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = aidaInputs("tuple or cloud", "/run1/events");
-    ports.inputs.front() = fileListInput("AIDA file, plain or compressed; the format is recognised by content",
-                                         " Empty: the file given with -a on the command line.");
+    ports.inputs.front() =
+        fileListInput("AIDA file, plain or compressed; the format is recognised by content", aidaIfEmpty);
     for (InputSpec& input : fileChainInputs()) {
         ports.inputs.push_back(std::move(input));
     }
@@ -53,11 +79,8 @@ Ports AidaTableKind::ports(const ValueTexts&) const {
 }
 
 std::unique_ptr<TableReader> AidaTableKind::open(const Arguments& arguments, RunContext& context) const {
-    const auto openFile = [object = arguments.text("object"), &context](const std::filesystem::path& file,
-                                                                        const Schema* /*wanted*/) {
-        return openAidaTable(file, object, context);
-    };
-    return openFilesOf(aidaFilesOf(arguments, context), openFile, arguments, context);
+    return openFilesOf(aidaFilesOf(arguments, context), std::make_shared<AidaOpener>(arguments.text("object")),
+                       arguments, context);
 }
 
 std::vector<std::filesystem::path> AidaTableKind::files(const Arguments& arguments, RunContext& context) const {

@@ -28,29 +28,42 @@ CsvOptions optionsOf(const Arguments& arguments) {
             .types = csvTypesIn(arguments.text("types"))};
 }
 
-/// Opens files with the same options. The types that the user gives hold for the columns that a file has.
-class CsvOpener {
+/// Opens files with the same options. A type that the user gives holds for each file that has the column.
+class CsvOpener : public FileOpener {
 public:
-    CsvOpener(CsvOptions options, std::filesystem::path first, RunContext& context)
-        : options(std::move(options)), first(std::move(first)), context(context) {}
+    CsvOpener(CsvOptions options, std::filesystem::path first) : options(std::move(options)), first(std::move(first)) {}
 
-    std::unique_ptr<TableReader> operator()(const std::filesystem::path& file, const Schema* wanted) const {
+    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
         CsvOptions own = options;
         own.file = file;
-        if (wanted) {
-            for (const ColumnInfo& column : wanted->columns()) {
-                own.types[column.name] = column.type;
-            }
-        } else if (file != first) {
-            own.rowsToInfer = rowsToInferOfMore;
+        own.ignoresOtherTypes = true;
+        own.rowsToInfer = file == first ? own.rowsToInfer : rowsToInferOfMore;
+        const CsvReader reader(std::move(own), context);
+        return {reader.schema(), reader.columnsWithoutValues()};
+    }
+
+    std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* wanted,
+                                      RunContext& context) const override {
+        CsvOptions own = options;
+        own.file = file;
+        own.ignoresOtherTypes = wanted != nullptr;
+        for (std::size_t i = 0; wanted && i < wanted->size(); ++i) {
+            own.types[(*wanted)[i].name] = (*wanted)[i].type;
         }
         return std::make_unique<CsvReader>(std::move(own), context);
     }
 
+    void checkNames(const std::set<std::string>& names) const override {
+        for (const auto& given : options.types) {
+            if (!names.contains(given.first)) {
+                throw Failure("types", "there is no column \"" + given.first + "\"");
+            }
+        }
+    }
+
 private:
-    CsvOptions options;
-    std::filesystem::path first;
-    RunContext& context;
+    const CsvOptions options;
+    const std::filesystem::path first;
 };
 
 std::vector<InputSpec> formInputs() {
@@ -132,7 +145,7 @@ std::string CsvTableKind::refusal(const std::string& input, const std::string& v
 
 std::unique_ptr<TableReader> CsvTableKind::open(const Arguments& arguments, RunContext& context) const {
     FileList list = filesOf(arguments, context);
-    CsvOpener opener(optionsOf(arguments), list.files.front().path, context);
+    auto opener = std::make_shared<CsvOpener>(optionsOf(arguments), list.files.front().path);
     return openFilesOf(std::move(list), std::move(opener), arguments, context);
 }
 

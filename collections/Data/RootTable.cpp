@@ -6,10 +6,30 @@
 
 #include <root/RootFile.h>
 
+#include <utility>
+
 namespace velmorak {
 namespace {
 
-/// Reads a tree, ntuple or RNTuple of a ROOT file.
+class RootOpener : public FileOpener {
+public:
+    RootOpener(std::string object, std::vector<std::string> columns)
+        : object(std::move(object)), columns(std::move(columns)) {}
+
+    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
+        return {open(file, nullptr, context)->schema()};
+    }
+    std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* /*wanted*/,
+                                      RunContext& context) const override {
+        return openRootTable(file, object, columns, context);
+    }
+
+private:
+    const std::string object;
+    const std::vector<std::string> columns;
+};
+
+/// Reads a tree, ntuple or RNTuple of ROOT files.
 class RootTableKind : public Source {
 public:
     std::string name() const override { return "RootTable"; }
@@ -61,12 +81,9 @@ Ports RootTableKind::ports(const ValueTexts&) const {
 }
 
 std::unique_ptr<TableReader> RootTableKind::open(const Arguments& arguments, RunContext& context) const {
-    const auto openFile = [object = arguments.text("object"),
-                           columns = columnNames("columns", arguments.text("columns")),
-                           &context](const std::filesystem::path& file, const Schema* /*wanted*/) {
-        return openRootTable(file, object, columns, context);
-    };
-    return openFilesOf(filesOf(arguments, context), openFile, arguments, context);
+    auto opener =
+        std::make_shared<RootOpener>(arguments.text("object"), columnNames("columns", arguments.text("columns")));
+    return openFilesOf(filesOf(arguments, context), std::move(opener), arguments, context);
 }
 
 std::vector<std::filesystem::path> RootTableKind::files(const Arguments& arguments, RunContext& context) const {

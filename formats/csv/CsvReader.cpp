@@ -105,7 +105,11 @@ void CsvReader::findColumns() {
     std::vector<ColumnInfo> found;
     for (std::size_t i = 0; i < names.size(); ++i) {
         const auto given = options.types.find(names[i]);
-        found.push_back({.name = names[i], .type = given == options.types.end() ? guesses[i].type() : given->second});
+        const bool isInferred = given == options.types.end();
+        found.push_back({.name = names[i], .type = isInferred ? guesses[i].type() : given->second});
+        if (isInferred && !guesses[i].hasValue()) {
+            unseen.insert(names[i]);
+        }
     }
     columns = Schema(std::move(found));
     maxRows = rowsInChunk(columns);
@@ -116,7 +120,7 @@ void CsvReader::findColumns() {
         }
     }
     for (const auto& given : options.types) {
-        if (!columns.find(given.first)) {
+        if (!columns.find(given.first) && !options.ignoresOtherTypes) {
             throw Failure("types", "there is no column \"" + given.first + "\"");
         }
     }

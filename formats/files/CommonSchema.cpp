@@ -4,6 +4,7 @@
 #include <velmorak/Text.h>
 
 #include <algorithm>
+#include <string_view>
 
 namespace velmorak {
 
@@ -20,64 +21,96 @@ bool isNumeric(const ColumnInfo& column) {
 
 }  // namespace
 
-void CommonSchema::add(const std::string& file, const Schema& schema) {
-    if (first.empty()) {
-        first = file;
-        common = schema.columns();
-        return;
+std::vector<ColumnInfo> CommonSchema::columns() const {
+    std::vector<ColumnInfo> infos;
+    for (const Known& known : common) {
+        infos.push_back(known.info);
     }
-    if (schema.columns() == common) {
-        return;
-    }
-    checkNoMore(file, schema);
-    std::erase_if(common, [&](ColumnInfo& column) { return !merge(column, file, schema); });
+    return infos;
 }
 
-/// A file that does not know the unit agrees with all others.
-void CommonSchema::uniteUnits(ColumnInfo& column, const std::string& file, const ColumnInfo& other) const {
-    if (column.unit.empty()) {
-        column.unit = other.unit;
-    } else if (!other.unit.empty() && other.unit != column.unit) {
-        throw Failure("file", "the column " + velmorak::quoted(column.name) + " is in " + column.unit + " in " +
-                                  velmorak::quoted(first) + " but in " + other.unit + " in " + velmorak::quoted(file));
+void CommonSchema::add(const std::string& file, const FileColumns& columns) {
+    if (isEmpty()) {
+        first = file;
+        previous = columns;
+        for (const ColumnInfo& column : columns.schema.columns()) {
+            common.push_back({column, file, file, columns.undecided.contains(column.name)});
+        }
+        return;
     }
+    if (columns == previous) {
+        return;
+    }
+    previous = columns;
+    checkNoMore(file, columns.schema);
+    std::erase_if(common, [&](Known& known) { return !merge(known, file, columns); });
 }
 
 /// @return false if the column is to be left out.
-bool CommonSchema::merge(ColumnInfo& column, const std::string& file, const Schema& schema) {
-    const std::optional<std::size_t> position = schema.find(column.name);
+bool CommonSchema::merge(Known& known, const std::string& file, const FileColumns& columns) {
+    const std::string& name = known.info.name;
+    const std::optional<std::size_t> position = columns.schema.find(name);
     if (!position && !takesCommonColumns) {
-        throw Failure("file", velmorak::quoted(file) + " has no column " + velmorak::quoted(column.name) + ", which " +
+        throw Failure("file", velmorak::quoted(file) + " has no column " + velmorak::quoted(name) + ", which " +
                                   velmorak::quoted(first) +
-                                  " has; \"differing files\" can be set to \"common columns\"");
+                                  " has; set \"differing_files\" to \"common columns\" to leave it out");
     }
-    if (!position) {
-        drop(column.name);
-        return false;
+    if (position && uniteTypes(known, file, columns.schema[*position], columns.undecided.contains(name))) {
+        uniteUnits(known, file, columns.schema[*position]);
+        return true;
     }
-    const ColumnInfo& other = schema[*position];
-    const bool isSame = other.type == column.type || (isNumeric(other) && isNumeric(column));
-    if (other.isList == column.isList && isSame) {
-        uniteUnits(column, file, other);
+    drop(name);
+    return false;
+}
+
+/// @return false if the column is to be left out because the types differ.
+bool CommonSchema::uniteTypes(Known& known, const std::string& file, const ColumnInfo& other, bool isUndecided) const {
+    ColumnInfo& column = known.info;
+    if (isUndecided) {
+        return true;
+    }
+    if (known.isUndecided) {
+        known.isUndecided = false;
+        known.file = file;
+        column.type = other.type;
+        column.isList = other.isList;
+        return true;
+    }
+    if (other.isList == column.isList && (other.type == column.type || (isNumeric(other) && isNumeric(column)))) {
         column.type = other.type == column.type ? column.type : ColumnType::Real;
         return true;
     }
     if (!takesCommonColumns) {
         throw Failure("file", "the column " + velmorak::quoted(column.name) + " is " + typeOf(column) + " in " +
-                                  velmorak::quoted(first) + " but " + typeOf(other) + " in " + velmorak::quoted(file));
+                                  velmorak::quoted(known.file) + " but " + typeOf(other) + " in " +
+                                  velmorak::quoted(file));
     }
-    drop(column.name);
     return false;
 }
 
+/// A file that does not know the unit agrees with all others.
+void CommonSchema::uniteUnits(Known& known, const std::string& file, const ColumnInfo& other) {
+    if (known.info.unit.empty()) {
+        known.info.unit = other.unit;
+        known.unitFile = file;
+    } else if (!other.unit.empty() && other.unit != known.info.unit) {
+        throw Failure("file", "the column " + velmorak::quoted(known.info.name) + " is in " + known.info.unit + " in " +
+                                  velmorak::quoted(known.unitFile) + " but in " + other.unit + " in " +
+                                  velmorak::quoted(file));
+    }
+}
+
 void CommonSchema::checkNoMore(const std::string& file, const Schema& schema) {
-    const Schema known(common);
+    std::set<std::string_view> names;
+    for (const Known& known : common) {
+        names.insert(known.info.name);
+    }
     for (const ColumnInfo& column : schema.columns()) {
-        const bool isKnown = known.find(column.name).has_value();
+        const bool isKnown = names.contains(column.name);
         if (!isKnown && !takesCommonColumns) {
             throw Failure("file", velmorak::quoted(file) + " has a column " + velmorak::quoted(column.name) +
                                       ", which " + velmorak::quoted(first) +
-                                      " has not; \"differing files\" can be set to \"common columns\"");
+                                      " does not have; set \"differing_files\" to \"common columns\" to leave it out");
         }
         if (!isKnown) {
             drop(column.name);

@@ -23,17 +23,19 @@ public:
         return locate(text);
     }
     std::filesystem::path locate(const std::string& text) const override { return folder / text; }
-    std::vector<std::string> namesIn(const std::filesystem::path& from, const std::string& pattern) const override {
-        listings.push_back(from.lexically_relative(folder).lexically_normal().string() + ":" + pattern);
+    std::vector<std::string> namesIn(const std::string& from, const std::string& pattern) const override {
+        listings.push_back(from + ":" + pattern);
         return QuietContext::namesIn(from, pattern);
     }
     void skipFile(const std::filesystem::path& file, const std::string& reason) override {
         skipped.emplace_back(file.filename().string(), reason);
     }
+    bool isPreview() const override { return preview; }
 
     mutable std::vector<std::string> inputs;    ///< Files that were recorded.
     mutable std::vector<std::string> listings;  ///< Folders and patterns that were recorded.
     std::vector<std::pair<std::string, std::string>> skipped;
+    bool preview = false;
 
 private:
     std::filesystem::path folder;

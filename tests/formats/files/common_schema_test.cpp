@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace velmorak {
 namespace {
@@ -15,11 +16,15 @@ ColumnInfo column(const std::string& name, ColumnType type = ColumnType::Real) {
     return {.name = name, .type = type};
 }
 
+FileColumns columnsOf(std::vector<ColumnInfo> columns, std::set<std::string> undecided = {}) {
+    return {Schema(std::move(columns)), std::move(undecided)};
+}
+
 std::string failureOf(const Schema& first, const Schema& second) {
     CommonSchema common(false);
-    common.add("a", first);
+    common.add("a", {first});
     try {
-        common.add("b", second);
+        common.add("b", {second});
     } catch (const Failure& failure) {
         return failure.what();
     }
@@ -28,16 +33,16 @@ std::string failureOf(const Schema& first, const Schema& second) {
 
 TEST(CommonSchema, takesColumnsInAnyOrder) {
     CommonSchema common(false);
-    common.add("a", Schema({column("x"), column("y", ColumnType::Text)}));
-    common.add("b", Schema({column("y", ColumnType::Text), column("x")}));
+    common.add("a", columnsOf({column("x"), column("y", ColumnType::Text)}));
+    common.add("b", columnsOf({column("y", ColumnType::Text), column("x")}));
     EXPECT_THAT(common.columns(), ElementsAre(column("x"), column("y", ColumnType::Text)));
 }
 
 TEST(CommonSchema, unitesIntegersAndRealsAsReals) {
     for (const bool isRealFirst : {false, true}) {
         CommonSchema common(false);
-        common.add("a", Schema({column("x", isRealFirst ? ColumnType::Real : ColumnType::Integer)}));
-        common.add("b", Schema({column("x", isRealFirst ? ColumnType::Integer : ColumnType::Real)}));
+        common.add("a", columnsOf({column("x", isRealFirst ? ColumnType::Real : ColumnType::Integer)}));
+        common.add("b", columnsOf({column("x", isRealFirst ? ColumnType::Integer : ColumnType::Real)}));
         EXPECT_THAT(common.columns(), ElementsAre(column("x")));
     }
 }
@@ -45,7 +50,7 @@ TEST(CommonSchema, unitesIntegersAndRealsAsReals) {
 TEST(CommonSchema, namesFilesAndColumnOfADifference) {
     const Schema xy({column("x"), column("y")});
     EXPECT_THAT(failureOf(xy, Schema({column("x")})), HasSubstr("\"b\" has no column \"y\", which \"a\" has"));
-    EXPECT_THAT(failureOf(Schema({column("x")}), xy), HasSubstr("\"b\" has a column \"y\", which \"a\" has not"));
+    EXPECT_THAT(failureOf(Schema({column("x")}), xy), HasSubstr("\"b\" has a column \"y\", which \"a\" does not have"));
     EXPECT_EQ(failureOf(xy, Schema({column("x"), column("y", ColumnType::Text)})),
               "the column \"y\" is real in \"a\" but text in \"b\"");
     EXPECT_EQ(failureOf(Schema({column("x")}), Schema({ColumnInfo{.name = "x", .isList = true}})),
@@ -57,10 +62,37 @@ TEST(CommonSchema, namesFilesAndColumnOfADifference) {
 
 TEST(CommonSchema, leavesOutWhatDiffersIfAsked) {
     CommonSchema common(true);
-    common.add("a", Schema({column("x"), column("y"), column("z")}));
-    common.add("b", Schema({column("z", ColumnType::Text), column("x"), column("w")}));
+    common.add("a", columnsOf({column("x"), column("y"), column("z")}));
+    common.add("b", columnsOf({column("z", ColumnType::Text), column("x"), column("w")}));
     EXPECT_THAT(common.columns(), ElementsAre(column("x")));
     EXPECT_THAT(common.leftOut(), ElementsAre("w", "y", "z"));
+}
+
+TEST(CommonSchema, takesTheTypeOfAFileThatShowsValues) {
+    CommonSchema common(false);
+    common.add("a", columnsOf({column("x"), column("y")}, {"x", "y"}));
+    common.add("b", columnsOf({column("x", ColumnType::Text), column("y", ColumnType::Integer)}));
+    common.add("c", columnsOf({column("x"), column("y")}, {"x"}));
+    EXPECT_THAT(common.columns(), ElementsAre(column("x", ColumnType::Text), column("y")));
+    try {
+        common.add("d", columnsOf({column("x", ColumnType::Boolean), column("y")}));
+        FAIL();
+    } catch (const Failure& failure) {
+        EXPECT_STREQ(failure.what(), "the column \"x\" is text in \"b\" but boolean in \"d\"");
+    }
+}
+
+TEST(CommonSchema, knowsTheUnitFromAnyFile) {
+    CommonSchema common(false);
+    common.add("a", columnsOf({column("x")}));
+    common.add("b", columnsOf({{.name = "x", .unit = "GeV"}}));
+    EXPECT_THAT(common.columns(), ElementsAre(ColumnInfo{.name = "x", .unit = "GeV"}));
+    try {
+        common.add("c", columnsOf({{.name = "x", .unit = "MeV"}}));
+        FAIL();
+    } catch (const Failure& failure) {
+        EXPECT_STREQ(failure.what(), "the column \"x\" is in GeV in \"b\" but in MeV in \"c\"");
+    }
 }
 
 }  // namespace

@@ -1,54 +1,15 @@
-#include "FilesFixture.h"
+#include "ChainFixture.h"
 
-#include "csv/CsvReader.h"
-#include "files/FileChain.h"
+#include "executor/ThreadPool.h"
 
 #include <gmock/gmock.h>
+#include <atomic>
 
 namespace velmorak {
 namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Pair;
-
-class FileChainTest : public FilesFixture {
-protected:
-    std::unique_ptr<TableReader> open(const std::string& text, const FileChainOptions& options = {}) {
-        return openFiles(
-            findFiles("file", text, context),
-            [this](const std::filesystem::path& file, const Schema* wanted) -> std::unique_ptr<TableReader> {
-                CsvOptions csv{.file = file, .form = {}, .missing = "NA", .types = {}};
-                for (std::size_t i = 0; wanted && i < wanted->size(); ++i) {
-                    csv.types[(*wanted)[i].name] = (*wanted)[i].type;
-                }
-                return std::make_unique<CsvReader>(std::move(csv), context);
-            },
-            options, context);
-    }
-
-    /// All chunks, completed as a run does it.
-    static std::vector<Chunk> chunksOf(TableReader& reader) {
-        std::vector<Chunk> all;
-        for (Chunk chunk; reader.next(chunk); chunk = {}) {
-            all.push_back(chunk);
-        }
-        for (Chunk& chunk : all) {
-            reader.complete(chunk);
-        }
-        return all;
-    }
-
-    std::string failureOf(const std::string& text, const FileChainOptions& options = {}) {
-        try {
-            const std::unique_ptr<TableReader> reader = open(text, options);
-            chunksOf(*reader);
-        } catch (const Failure& failure) {
-            return failure.what();
-        }
-        return "no failure";
-    }
-};
 
 TEST_F(FileChainTest, readsFilesOneAfterTheOther) {
     write("a.csv", "x,y\n1,2\n3,4\n");
@@ -84,7 +45,8 @@ TEST_F(FileChainTest, addsColumnsOfTheFiles) {
     EXPECT_THAT(chunks[1].columns[1]->texts(), ElementsAre("a.csv", "a.csv"));
     EXPECT_THAT(chunks[1].columns[2]->integers(), ElementsAre(1, 1));
     write("c.csv", "x,file\n1,2\n");
-    EXPECT_THAT(failureOf("c.csv", {.hasFileColumns = true}), HasSubstr("have a column \"file\" already"));
+    EXPECT_THAT(failureOf("c.csv", {.hasFileColumns = true}),
+                HasSubstr("the column \"file\" of \"file_columns\" has the name of another column"));
 }
 
 TEST_F(FileChainTest, addsPropertiesOfTheFiles) {
@@ -101,7 +63,7 @@ TEST_F(FileChainTest, addsPropertiesOfTheFiles) {
 TEST_F(FileChainTest, takesCommonColumnsIfAsked) {
     write("a.csv", "x,y\n1,2\n");
     write("b.csv", "x,z\n3,4\n");
-    EXPECT_THAT(failureOf("*.csv"), HasSubstr("\"b.csv\" has a column \"z\", which \"a.csv\" has not"));
+    EXPECT_THAT(failureOf("*.csv"), HasSubstr("\"b.csv\" has a column \"z\", which \"a.csv\" does not have"));
     const std::unique_ptr<TableReader> reader = open("*.csv", {.takesCommonColumns = true});
     EXPECT_EQ(reader->schema().size(), 1U);
     EXPECT_EQ(chunksOf(*reader).size(), 2U);
@@ -109,64 +71,58 @@ TEST_F(FileChainTest, takesCommonColumnsIfAsked) {
                 ElementsAre(HasSubstr("leaves out columns that differ between the files: \"z\", \"y\"")));
 }
 
-TEST_F(FileChainTest, skipsDamagedFilesIfAsked) {
-    write("a.csv", "x\n1\n");
-    write("b.csv", "");
-    write("d.csv", "x\n4\n");
-    EXPECT_THAT(failureOf("*.csv"), HasSubstr("b.csv\" has no rows"));
-    EXPECT_THAT(failureOf("a.csv, missing.csv"), HasSubstr("missing.csv"));
-    const std::unique_ptr<TableReader> reader = open("a.csv, b.csv, missing.csv, d.csv", {.skipsDamaged = true});
+TEST_F(FileChainTest, filesWithoutRowsSuitAnyType) {
+    write("a.csv", "x,y\n");
+    write("b.csv", "x,y\n1,text\n2,more\n");
+    write("c.csv", "x,y\n1.5,NA\n");
+    const std::unique_ptr<TableReader> reader = open("*.csv");
+    EXPECT_THAT(reader->schema().columns(),
+                ElementsAre(ColumnInfo{.name = "x"}, ColumnInfo{.name = "y", .type = ColumnType::Text}));
     const std::vector<Chunk> chunks = chunksOf(*reader);
     ASSERT_EQ(chunks.size(), 2U);
-    EXPECT_EQ(chunks[1].file, 3U);
-    EXPECT_THAT(context.skipped, ElementsAre(Pair("b.csv", HasSubstr("no rows")), Pair("missing.csv", testing::_)));
-    EXPECT_THAT(failureOf("b.csv, missing.csv", {.skipsDamaged = true}), "none of the 2 files can be read");
+    EXPECT_EQ(chunks[0].file, 1U);
+    EXPECT_THAT(chunks[1].columns[1]->texts(), ElementsAre(""));
 }
 
-/// Has one row in each of its chunks, and is damaged behind them.
-class DamagedReader : public TableReader {
-public:
-    DamagedReader(std::size_t chunks, bool isDamaged) : left(chunks), isDamaged(isDamaged) {}
-    const Schema& schema() const override { return columns; }
-    bool next(Chunk& chunk) override {
-        if (left == 0 && isDamaged) {
-            throw Failure("the file ends early");
-        }
-        chunk.rows = left > 0 ? 1 : 0;
-        chunk.columns = {std::make_shared<const Column>(Column{Column::Reals(chunk.rows, 1.0), {}})};
-        return left > 0 && left-- > 0;
-    }
+TEST_F(FileChainTest, aPreviewLooksAtOneFile) {
+    write("a.csv", "x\n1\n");
+    write("b.csv", "y\n1\n");
+    context.preview = true;
+    EXPECT_EQ(open("*.csv")->schema().size(), 1U);
+}
 
-private:
-    std::size_t left;
-    bool isDamaged;
-    Schema columns{{ColumnInfo{.name = "x"}}};
+TEST_F(FileChainTest, refusesFilesWithNothingInCommon) {
+    write("a.csv", "x\n1\n");
+    write("b.csv", "y\n1\n");
+    EXPECT_EQ(failureOf("*.csv", {.takesCommonColumns = true}), "the files have no column in common");
+}
+
+TEST_F(FileChainTest, saysAtMostTenWarningsAboutItsFiles) {
+    for (int i = 10; i < 30; ++i) {
+        write(std::to_string(i) + ".csv", "x,t\n1,a\xFF\n");
+    }
+    chunksOf(*open("*.csv"));
+    ASSERT_EQ(context.warnings.size(), 11U);
+    EXPECT_THAT(context.warnings.front(), HasSubstr("10.csv\": bytes that are not UTF-8"));
+    EXPECT_EQ(context.warnings.back(), "10 more warnings about its files");
+}
+
+struct OpenReaders {
+    std::atomic<std::size_t> count = 0;
+    std::atomic<std::size_t> most = 0;
 };
-
-TEST_F(FileChainTest, keepsTheRowsBeforeTheDamage) {
-    FileList list;
-    for (const char* name : {"whole", "damaged", "last"}) {
-        list.files.push_back({name, name});
-    }
-    const auto openFile = [](const std::filesystem::path& file, const Schema*) {
-        return std::make_unique<DamagedReader>(2, file == "damaged");
-    };
-    const std::unique_ptr<TableReader> reader = openFiles(list, openFile, {.skipsDamaged = true}, context);
-    std::vector<std::uint64_t> files;
-    for (const Chunk& chunk : chunksOf(*reader)) {
-        files.push_back(chunk.file);
-    }
-    EXPECT_THAT(files, ElementsAre(0, 0, 1, 1, 2, 2));
-    EXPECT_THAT(context.skipped, ElementsAre(Pair("damaged", "the file ends early")));
-    const std::unique_ptr<TableReader> strict = openFiles(list, openFile, {}, context);
-    EXPECT_THROW(chunksOf(*strict), Failure);
-}
 
 /// Reads a row and counts how many of its kind exist.
 class CountedReader : public TableReader {
 public:
-    explicit CountedReader(std::size_t& open) : open(open) { most = std::max(most, ++open); }
-    ~CountedReader() override { --open; }
+    explicit CountedReader(OpenReaders& readers) : readers(readers) {
+        const std::size_t now = ++readers.count;
+        for (std::size_t known = readers.most; known < now && !readers.most.compare_exchange_weak(known, now);) {
+        }
+    }
+    CountedReader(const CountedReader&) = delete;
+    CountedReader& operator=(const CountedReader&) = delete;
+    ~CountedReader() override { --readers.count; }
     const Schema& schema() const override { return columns; }
     bool next(Chunk& chunk) override {
         chunk.rows = isRead ? 0 : 1;
@@ -176,27 +132,44 @@ public:
         chunk.columns = {std::make_shared<const Column>(Column{Column::Reals{1.0}, {}})};
     }
 
-    static inline std::size_t most = 0;
-
 private:
-    std::size_t& open;
+    OpenReaders& readers;
     Schema columns{{ColumnInfo{.name = "x"}}};
     bool isRead = false;
 };
 
 TEST_F(FileChainTest, keepsAtMost64FilesOpenThoughNoChunkIsCompleted) {
-    FileList list;
+    std::vector<std::string> names;
     for (int i = 0; i < 1000; ++i) {
-        list.files.push_back({std::to_string(i), std::to_string(i)});
+        names.push_back(std::to_string(i));
     }
-    std::size_t open = 0;
-    CountedReader::most = 0;
-    const std::unique_ptr<TableReader> reader = openFiles(
-        list, [&open](const std::filesystem::path&, const Schema*) { return std::make_unique<CountedReader>(open); },
-        {}, context);
+    OpenReaders readers;
+    const std::unique_ptr<TableReader> reader =
+        openOwn(listOf(names), [&](const std::string&) { return std::make_unique<CountedReader>(readers); }, {});
     EXPECT_EQ(chunksOf(*reader).size(), 1000U);
-    EXPECT_GT(CountedReader::most, 32U);
-    EXPECT_LE(CountedReader::most, 64U);
+    EXPECT_GT(readers.most, 32U);
+    EXPECT_LE(readers.most, 64U);
+}
+
+class FileChainThreads : public FileChainTest, public testing::WithParamInterface<std::size_t> {};
+INSTANTIATE_TEST_SUITE_P(Threads, FileChainThreads, testing::Values(1, 2, 5));
+
+TEST_P(FileChainThreads, canBeStoppedWhileFilesAreOpenedAhead) {
+    OpenReaders readers;
+    std::vector<std::string> names;
+    for (int i = 0; i < 100; ++i) {
+        names.push_back(std::to_string(i));
+    }
+    const ThreadPool pool(GetParam());
+    std::unique_ptr<TableReader> reader =
+        openOwn(listOf(names), [&](const std::string&) { return std::make_unique<CountedReader>(readers); }, {});
+    Chunk chunk;
+    ASSERT_TRUE(reader->next(chunk));
+    context.stopping = true;
+    EXPECT_THROW(while (reader->next(chunk)){}, Stopped);
+    chunk = {};
+    reader.reset();
+    EXPECT_EQ(readers.count, 0U);
 }
 
 }  // namespace

@@ -91,6 +91,65 @@ TEST_F(FileListTest, readsListsRelativeToThem) {
     EXPECT_THAT(context.inputs, testing::Contains("data/list.txt"));
 }
 
+TEST_F(FileListTest, readsListsOfOtherSystems) {
+    for (const char* name : {"a.csv", "b.csv", "c #1.csv", "@d.csv"}) {
+        write(name, "");
+    }
+    write("list.txt", "\xEF\xBB\xBF# Windows\r\n\ta.csv \r\n\"c #1.csv\"  # quoted\r\n\"@d.csv\"\r\nb.csv#comment\r\n");
+    EXPECT_THAT(names("@list.txt"), ElementsAre("a.csv", "c #1.csv", "@d.csv", "b.csv"));
+}
+
+/// Finds names in another folder first, like a run whose document is elsewhere.
+class OtherFirst : public FolderContext {
+public:
+    OtherFirst(const std::filesystem::path& other, const std::filesystem::path& folder)
+        : FolderContext(folder), other(other) {}
+
+    std::filesystem::path inputFile(const std::string& text) const override {
+        inputs.push_back(text);
+        return locate(text);
+    }
+    std::filesystem::path locate(const std::string& text) const override {
+        return std::filesystem::exists(other / text) ? other / text : FolderContext::locate(text);
+    }
+
+private:
+    std::filesystem::path other;
+};
+
+TEST_F(FileListTest, readsAListRelativeToItAndNowhereElse) {
+    write("other/d/a.csv", "");
+    write("d/list.txt", "a.csv\nb.csv\n*_?.csv\n");
+    write("d/a.csv", "");
+    write("d/b.csv", "");
+    write("d/c_1.csv", "");
+    OtherFirst run(folder.path() / "other", folder.path());
+    const FileList list = findFiles("file", "@d/list.txt", run);
+    ASSERT_EQ(list.files.size(), 3U);
+    EXPECT_EQ(list.files[0].path, folder.path() / "d/a.csv");
+    EXPECT_EQ(list.files[1].name, "d/b.csv");
+    EXPECT_EQ(list.files[2].path, folder.path() / "d/c_1.csv");
+}
+
+TEST_F(FileListTest, takesSeveralListsAndFiles) {
+    for (const char* name : {"a", "b", "c"}) {
+        write(name, "");
+    }
+    write("1.txt", "c");
+    write("2.txt", "a\n");
+    EXPECT_THAT(names("@1.txt, b\n@2.txt"), ElementsAre("c", "b", "a"));
+    write("3.txt", "#\n");
+    EXPECT_EQ(failureOf("@1.txt, @3.txt"), "\"3.txt\" lists no file");
+}
+
+TEST_F(FileListTest, takesNamesWithAnyCharacters) {
+    for (const char* name : {"a, b.csv", "line\nend.csv", " blank ", "@at.csv", "x[1].csv", "quote\".csv"}) {
+        write(name, "");
+    }
+    EXPECT_THAT(names("\"a, b.csv\",\"line\nend.csv\"\n\" blank \", \"@at.csv\", x[1].csv, quote?.csv"),
+                ElementsAre("a, b.csv", "line\nend.csv", " blank ", "@at.csv", "x[1].csv", "quote\".csv"));
+}
+
 TEST_F(FileListTest, refusesListsThatCannotBeUsed) {
     write("empty.txt", "# nothing\n");
     write("nested.txt", "a.csv\n@other.txt\n");
@@ -98,43 +157,28 @@ TEST_F(FileListTest, refusesListsThatCannotBeUsed) {
     EXPECT_THAT(failureOf("@nested.txt"), HasSubstr("\"nested.txt\", line 2: a list cannot contain another list"));
     EXPECT_THAT(failureOf("@missing.txt"), HasSubstr("missing.txt\": No such file or directory"));
     EXPECT_THAT(failureOf("@"), HasSubstr("the name of a list is missing"));
+    write("zero.txt", std::string("a\0b\n", 4));
+    write("more.txt", "\"a.csv\" b.csv\n");
+    write("open.txt", "\n\"a.csv\n");
+    write("none.txt", "\"\"\n");
+    EXPECT_EQ(failureOf("@zero.txt"), "\"zero.txt\", line 1: it is not a line of text");
+    EXPECT_EQ(failureOf("@more.txt"), "\"more.txt\", line 1: only a comment may follow the quoted name");
+    EXPECT_EQ(failureOf("@open.txt"), "\"open.txt\", line 2: the quote before \"a.csv\" is not closed");
+    EXPECT_EQ(failureOf("@none.txt"), "a file has an empty name");
     ASSERT_EQ(mkfifo((folder.path() / "pipe.txt").c_str(), 0600), 0);
     EXPECT_THROW(findFiles("file", "@pipe.txt", context), Failure);
-}
-
-TEST_F(FileListTest, readsPropertiesOfFiles) {
-    for (const char* name : {"d/zz_1.csv", "d/zz_2.csv", "d/tt.csv"}) {
-        write(name, "");
-    }
-    write("d/samples.csv", "sample,file,year,cross_section\nzz,zz_*.csv,2016,1.5\ntt,tt.csv,2017,80\n");
-    const FileList list = findFiles("file", "@d/samples.csv", context);
-    ASSERT_EQ(list.files.size(), 3U);
-    EXPECT_EQ(list.files[0].name, "d/zz_1.csv");
-    EXPECT_EQ(list.files[1].row, 0U);
-    EXPECT_EQ(list.files[2].row, 1U);
-    ASSERT_EQ(list.properties.size(), 3U);
-    EXPECT_EQ(list.properties[0], (ColumnInfo{.name = "sample", .type = ColumnType::Text}));
-    EXPECT_EQ(list.properties[1], (ColumnInfo{.name = "year", .type = ColumnType::Integer}));
-    EXPECT_THAT(list.values[0]->texts(), ElementsAre("zz", "tt"));
-    EXPECT_THAT(list.values[2]->reals(), ElementsAre(1.5, 80.0));
-}
-
-TEST_F(FileListTest, refusesPropertiesThatCannotBeUsed) {
-    write("nameless.csv", "name,year\na.csv,1\n");
-    write("gap.csv", "file,year\na.csv,1\n,2\n");
-    EXPECT_THAT(failureOf("@nameless.csv"), HasSubstr("has no column \"file\""));
-    EXPECT_EQ(failureOf("@gap.csv"), "\"gap.csv\", row 2: the file is missing");
-    EXPECT_THAT(failureOf("@gap.csv, a.csv"), HasSubstr("must be the only entry"));
 }
 
 TEST_F(FileListTest, saysWhatIsMissing) {
     write("a.csv", "");
     EXPECT_EQ(failureOf(" \n,"), "no file is given");
-    EXPECT_EQ(failureOf("run_*.csv"),
-              "no file matches \"run_*.csv\" in the folder \"" + (folder.path() / ".").string() + "\"");
+    EXPECT_EQ(failureOf("run_*.csv"), "no file matches \"run_*.csv\" in the folder \"" + (folder.path() / "").string() +
+                                          "\" or in \"" + std::filesystem::current_path().string() + "\"");
     EXPECT_EQ(failureOf("a.csv, ./a.csv"), "the file \"./a.csv\" is listed twice");
     EXPECT_EQ(failureOf("a.csv, *.csv"), "the file \"a.csv\" is listed twice");
     EXPECT_THAT(failureOf("\"a.csv"), HasSubstr("is not closed"));
+    EXPECT_EQ(failureOf("\"a.csv\"b.csv"), "a comma or a line end is missing after \"a.csv\"");
+    EXPECT_EQ(failureOf("a.csv, \"\""), "a file has an empty name");
 }
 
 TEST_F(FileListTest, recordsFilesAndListings) {
