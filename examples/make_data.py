@@ -242,6 +242,24 @@ def measured(path):
     path.write_text("".join(out), encoding="utf-8")
 
 
+def samples(folder):
+    """Simulated masses in GeV: files of two processes, and a table with what is known of each process."""
+    random = Random(0x5A3B1E5)
+    folder.mkdir(parents=True, exist_ok=True)
+    for sample, files, rows in (("top", 2, 300), ("z", 3, 300)):
+        for number in range(files):
+            out = ["mass,quality\n"]
+            for _ in range(rows):
+                mass = random.breit_wigner(91.19, 2.495) if sample == "z" else 60.0 + random.exponential(45.0)
+                out.append("%s,%s\n" % (text(min(max(mass, 20.0), 300.0)), text(random.uniform())))
+            (folder / ("%s_%d.csv" % (sample, number + 1))).write_text("".join(out), encoding="utf-8")
+    (folder / "samples.csv").write_text(
+        "# Cross sections in pb, luminosity in 1/pb, and the events that were generated in all files of a line\n"
+        "file,sample,cross_section,luminosity,generated\n"
+        "z_*.csv,Z,1.25,800,900\n"
+        "top_*.csv,top,0.5,800,600\n", encoding="utf-8")
+
+
 def tracks(path):
     """Events with up to seven tracks each, as nested rows; momenta in GeV."""
     random = Random(0x7AC5)
@@ -327,6 +345,7 @@ def main():
     decays(folder / "First_steps" / "decays.aida")
     stored(folder / "First_steps" / "stored.aida")
     measured(folder / "Tables" / "measured.csv")
+    samples(folder / "Tables" / "samples")
     tracks(folder / "Tables" / "tracks.aida")
     trigger(folder / "Detectors" / "trigger.csv")
     lines(folder / "Detectors" / "lines.aida")

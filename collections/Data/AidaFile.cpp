@@ -1,5 +1,7 @@
 #include "AidaFile.h"
 
+#include "FileInputs.h"
+
 namespace velmorak {
 
 std::vector<InputSpec> aidaInputs(const std::string& objects, const std::string& example) {
@@ -15,6 +17,16 @@ std::vector<InputSpec> aidaInputs(const std::string& objects, const std::string&
              "Path of the " + objects + " in the file, for example " + example + ". Empty: the only one in the file.",
          .type = ValueType::Text},
     };
+}
+
+FileList aidaFilesOf(const Arguments& arguments, RunContext& context) {
+    if (!arguments.text("file").empty()) {
+        return filesOf(arguments, context);
+    }
+    const std::filesystem::path file = aidaFileOf(arguments, context);
+    FileList list;
+    list.files.push_back({file.string(), file});
+    return list;
 }
 
 std::filesystem::path aidaFileOf(const Arguments& arguments, const RunContext& context) {

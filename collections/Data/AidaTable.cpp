@@ -1,14 +1,51 @@
 #include "kinds.h"
 
 #include "AidaFile.h"
+#include "FileInputs.h"
 
 #include <velmorak/Aida.h>
+#include <velmorak/Mutex.h>
+
+#include <map>
+#include <utility>
 
 namespace velmorak {
 
 namespace {
 
-/// Reads a tuple or cloud of an AIDA file.
+/// Opens one table of each file. It may have another path in each if the user gives its bare name, or none.
+class AidaOpener : public FileOpener {
+public:
+    explicit AidaOpener(std::string object) : object(std::move(object)) {}
+
+    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
+        const std::string path = aidaTablePath(file, object, context);
+        {
+            const MutexLock lock(mutex);
+            paths[file] = path;
+        }
+        return {openAidaTable(file, path, context)->schema()};
+    }
+
+    std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* /*wanted*/,
+                                      RunContext& context) const override {
+        return openAidaTable(file, pathIn(file), context);
+    }
+
+private:
+    /// Finding the path may need a look at the whole file.
+    std::string pathIn(const std::filesystem::path& file) const {
+        const MutexLock lock(mutex);
+        const auto known = paths.find(file);
+        return known == paths.end() ? object : known->second;
+    }
+
+    const std::string object;
+    mutable Mutex mutex;
+    mutable std::map<std::filesystem::path, std::string> paths VELMORAK_GUARDED_BY(mutex);
+};
+
+/// Reads a tuple or cloud of AIDA files.
 class AidaTableKind : public Source {
 public:
     std::string name() const override { return "AidaTable"; }
@@ -22,12 +59,17 @@ public:
 }  // namespace
 
 std::string AidaTableKind::summary() const {
-    return "Reads a tuple or cloud of an AIDA file as a table.";
+    return "Reads a tuple or cloud of AIDA files as a table.";
 }
 
 Ports AidaTableKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = aidaInputs("tuple or cloud", "/run1/events");
+    ports.inputs.front() =
+        fileListInput("AIDA file, plain or compressed; the format is recognised by content", aidaIfEmpty);
+    for (InputSpec& input : fileChainInputs()) {
+        ports.inputs.push_back(std::move(input));
+    }
     ports.outputs = {
         {.name = "table",
          .description = "The rows of the tuple with its columns, or of the cloud with columns x, y, z and weight.",
@@ -37,11 +79,12 @@ Ports AidaTableKind::ports(const ValueTexts&) const {
 }
 
 std::unique_ptr<TableReader> AidaTableKind::open(const Arguments& arguments, RunContext& context) const {
-    return openAidaTable(aidaFileOf(arguments, context), arguments.text("object"), context);
+    return openFilesOf(aidaFilesOf(arguments, context), std::make_shared<AidaOpener>(arguments.text("object")),
+                       arguments, context);
 }
 
 std::vector<std::filesystem::path> AidaTableKind::files(const Arguments& arguments, RunContext& context) const {
-    return {aidaFileOf(arguments, context)};
+    return pathsOf(aidaFilesOf(arguments, context));
 }
 
 std::unique_ptr<Kind> makeAidaTable() {

@@ -1,6 +1,10 @@
 #include "kinds.h"
 
+#include "FileInputs.h"
+
 #include "csv/CsvReader.h"
+
+#include <utility>
 
 namespace velmorak {
 
@@ -12,12 +16,55 @@ char delimiterNamed(const std::string& name) {
     return delimiters.at(name);
 }
 
-std::filesystem::path fileOf(const Arguments& arguments, const RunContext& context) {
-    if (arguments.text("file").empty()) {
-        throw Failure("file", "no file is given");
-    }
-    return context.inputFile(arguments.text("file"));
+/// Rows of each file but the first that the types of the columns are inferred from.
+constexpr std::size_t rowsToInferOfMore = 100;
+
+CsvOptions optionsOf(const Arguments& arguments) {
+    return {.file = {},
+            .form = {.delimiter = delimiterNamed(arguments.text("delimiter")), .comment = arguments.text("comment")},
+            .hasHeader = arguments.text("header") == "yes",
+            .isSkipping = arguments.text("errors") == "skip",
+            .missing = arguments.text("missing"),
+            .types = csvTypesIn(arguments.text("types"))};
 }
+
+/// Opens files with the same options. A type that the user gives holds for each file that has the column.
+class CsvOpener : public FileOpener {
+public:
+    CsvOpener(CsvOptions options, std::filesystem::path first) : options(std::move(options)), first(std::move(first)) {}
+
+    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
+        CsvOptions own = options;
+        own.file = file;
+        own.ignoresOtherTypes = true;
+        own.rowsToInfer = file == first ? own.rowsToInfer : rowsToInferOfMore;
+        const CsvReader reader(std::move(own), context);
+        return {reader.schema(), reader.columnsWithoutValues()};
+    }
+
+    std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* wanted,
+                                      RunContext& context) const override {
+        CsvOptions own = options;
+        own.file = file;
+        own.ignoresOtherTypes = wanted != nullptr;
+        for (std::size_t i = 0; wanted && i < wanted->size(); ++i) {
+            own.types[(*wanted)[i].name] = (*wanted)[i].type;
+        }
+        return std::make_unique<CsvReader>(std::move(own), context);
+    }
+
+    void checkNames(const std::set<std::string>& names) const override {
+        for (const auto& given : options.types) {
+            if (!names.contains(given.first)) {
+                throw Failure("types", "there is no column \"" + given.first + "\"");
+            }
+        }
+    }
+
+private:
+    const CsvOptions options;
+    const std::filesystem::path first;
+};
 
 std::vector<InputSpec> formInputs() {
     return {
@@ -67,21 +114,20 @@ public:
 }  // namespace
 
 std::string CsvTableKind::summary() const {
-    return "Reads a table from a text file with one row on each line, such as CSV.";
+    return "Reads a table from text files with one row on each line, such as CSV.";
 }
 
 Ports CsvTableKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {
-        {.name = "file",
-         .description =
-             "Text file, plain or compressed with gzip, bzip2 or zip; the format is recognised by content. A "
-             "relative path is searched for beside the document, then in the current folder.",
-         .type = ValueType::Text}};
+        fileListInput("Text file, plain or compressed with gzip, bzip2 or zip; the format is recognised by content")};
     for (InputSpec& input : formInputs()) {
         ports.inputs.push_back(std::move(input));
     }
-    ports.outputs = {{.name = "table", .description = "The rows of the file.", .type = ValueType::Table}};
+    for (InputSpec& input : fileChainInputs()) {
+        ports.inputs.push_back(std::move(input));
+    }
+    ports.outputs = {{.name = "table", .description = "The rows of the files.", .type = ValueType::Table}};
     return ports;
 }
 
@@ -98,18 +144,13 @@ std::string CsvTableKind::refusal(const std::string& input, const std::string& v
 }
 
 std::unique_ptr<TableReader> CsvTableKind::open(const Arguments& arguments, RunContext& context) const {
-    return std::make_unique<CsvReader>(CsvOptions{.file = fileOf(arguments, context),
-                                                  .form = {.delimiter = delimiterNamed(arguments.text("delimiter")),
-                                                           .comment = arguments.text("comment")},
-                                                  .hasHeader = arguments.text("header") == "yes",
-                                                  .isSkipping = arguments.text("errors") == "skip",
-                                                  .missing = arguments.text("missing"),
-                                                  .types = csvTypesIn(arguments.text("types"))},
-                                       context);
+    FileList list = filesOf(arguments, context);
+    auto opener = std::make_shared<CsvOpener>(optionsOf(arguments), list.files.front().path);
+    return openFilesOf(std::move(list), std::move(opener), arguments, context);
 }
 
 std::vector<std::filesystem::path> CsvTableKind::files(const Arguments& arguments, RunContext& context) const {
-    return {fileOf(arguments, context)};
+    return pathsOf(filesOf(arguments, context));
 }
 
 std::unique_ptr<Kind> makeCsvTable() {

@@ -1,20 +1,35 @@
 #include "kinds.h"
 
+#include "FileInputs.h"
+
 #include "shared/ColumnList.h"
 
 #include <root/RootFile.h>
 
+#include <utility>
+
 namespace velmorak {
 namespace {
 
-std::filesystem::path fileOf(const Arguments& arguments, const RunContext& context) {
-    if (arguments.text("file").empty()) {
-        throw Failure("file", "no file is given");
-    }
-    return context.inputFile(arguments.text("file"));
-}
+class RootOpener : public FileOpener {
+public:
+    RootOpener(std::string object, std::vector<std::string> columns)
+        : object(std::move(object)), columns(std::move(columns)) {}
 
-/// Reads a tree, ntuple or RNTuple of a ROOT file.
+    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
+        return {open(file, nullptr, context)->schema()};
+    }
+    std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* /*wanted*/,
+                                      RunContext& context) const override {
+        return openRootTable(file, object, columns, context);
+    }
+
+private:
+    const std::string object;
+    const std::vector<std::string> columns;
+};
+
+/// Reads a tree, ntuple or RNTuple of ROOT files.
 class RootTableKind : public Source {
 public:
     std::string name() const override { return "RootTable"; }
@@ -29,7 +44,7 @@ public:
 }  // namespace
 
 std::string RootTableKind::summary() const {
-    return "Reads a tree, an ntuple or an RNTuple from a ROOT file.";
+    return "Reads a tree, an ntuple or an RNTuple from ROOT files.";
 }
 
 std::string RootTableKind::notes() const {
@@ -45,9 +60,7 @@ A file that was not closed is searched record by record, with a warning.)";
 Ports RootTableKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {
-        {.name = "file",
-         .description = "ROOT file. A relative path is searched for beside the document, then in the current folder.",
-         .type = ValueType::Text},
+        fileListInput("ROOT file"),
         {.name = "object",
          .description = "Path of the tree, ntuple or RNTuple in the file, for example run1/events. Empty: the only one "
                         "in the file.",
@@ -58,6 +71,9 @@ Ports RootTableKind::ports(const ValueTexts&) const {
              "quotes. Empty: all columns that can be read.",
          .type = ValueType::Text},
     };
+    for (InputSpec& input : fileChainInputs()) {
+        ports.inputs.push_back(std::move(input));
+    }
     ports.outputs = {{.name = "table",
                       .description = "The entries, with a column for each branch or field.",
                       .type = ValueType::Table}};
@@ -65,12 +81,13 @@ Ports RootTableKind::ports(const ValueTexts&) const {
 }
 
 std::unique_ptr<TableReader> RootTableKind::open(const Arguments& arguments, RunContext& context) const {
-    return openRootTable(fileOf(arguments, context), arguments.text("object"),
-                         columnNames("columns", arguments.text("columns")), context);
+    auto opener =
+        std::make_shared<RootOpener>(arguments.text("object"), columnNames("columns", arguments.text("columns")));
+    return openFilesOf(filesOf(arguments, context), std::move(opener), arguments, context);
 }
 
 std::vector<std::filesystem::path> RootTableKind::files(const Arguments& arguments, RunContext& context) const {
-    return {fileOf(arguments, context)};
+    return pathsOf(filesOf(arguments, context));
 }
 
 std::unique_ptr<Kind> makeRootTable() {

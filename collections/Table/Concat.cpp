@@ -7,7 +7,8 @@ namespace velmorak {
 
 namespace {
 
-constexpr std::size_t maxTables = 16;
+/// Far beyond any pipeline, so that a slip of the pen does not fill the memory with inputs.
+constexpr std::size_t maxTables = 10'000;
 
 std::string inputName(std::size_t position) {
     return position == 0 ? "table" : "table" + std::to_string(position + 1);
@@ -135,20 +136,22 @@ Ports ConcatKind::ports(const ValueTexts& values) const {
                                         "; its rows follow those of the previous tables.",
                          .type = ValueType::Table};
     };
-    ports.inputs = {table(0),
-                    table(1),
-                    {.name = "columns",
-                     .description = "Same: all tables must have the same column names, in any order. Common: "
-                                    "columns that are not in every table are left out.",
-                     .type = ValueType::Choice,
-                     .value = "same",
-                     .choices = {"same", "common"}},
-                    {.name = "tables",
-                     .description = "Number of tables, 2 to 16; each has its own input.",
-                     .value = "2",
-                     .minimum = 2,
-                     .maximum = static_cast<double>(maxTables),
-                     .isInteger = true}};
+    ports.inputs = {
+        table(0),
+        table(1),
+        {.name = "columns",
+         .description = "Same: all tables must have the same column names, in any order. Common: "
+                        "columns that are not in every table are left out.",
+         .type = ValueType::Choice,
+         .value = "same",
+         .choices = {"same", "common"}},
+        {.name = "tables",
+         .description = "Number of tables, at least 2; each has its own input. A reader that is given several "
+                        "files needs no Concat.",
+         .value = "2",
+         .minimum = 2,
+         .maximum = static_cast<double>(maxTables),
+         .isInteger = true}};
     for (std::size_t i = 2; i < tableCount(values); ++i) {
         ports.inputs.push_back(table(i));
     }

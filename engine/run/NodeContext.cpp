@@ -1,12 +1,22 @@
 #include "run/NodeContext.h"
 
 #include "run/messages/Visible.h"
+#include "store/FolderListing.h"
 
+#include <algorithm>
+#include <iterator>
+#include <set>
 #include <system_error>
 
 namespace velmorak {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t maxSkippedShown = 10;
+
+}  // namespace
 
 std::string titleOf(const PipelineNode& node) {
     return shortened(node.kindName) + " \"" + shortened(node.name) + "\"";
@@ -44,6 +54,44 @@ fs::path NodeContext::commandLineAida() const {
     return environment.pipeline.commandLineAida;
 }
 
+fs::path NodeContext::locate(const std::string& text) const {
+    return text.empty() ? fs::path() : resolved(environment.pipeline, text);
+}
+
+std::vector<std::string> NodeContext::namesIn(const std::string& folder, const std::string& pattern) const {
+    std::vector<std::string> names = namesInFolder(locate(folder), pattern);
+    const MutexLock lock(mutex);
+    asked.push_back({folderListing(folder, pattern), std::nullopt, digestOfNames(names)});
+    return names;
+}
+
+/// The reason that is kept does not depend on the order in which the threads find the damage.
+void NodeContext::skipFile(const fs::path& file, const std::string& reason) {
+    const std::string path = file.string();
+    {
+        const MutexLock lock(mutex);
+        const auto [known, isNew] = skipped.emplace(path, reason);
+        if (!isNew) {  // In an earlier chunk or pass.
+            known->second = std::min(known->second, reason);
+            return;
+        }
+        if (skipped.size() > maxSkippedShown) {
+            return;
+        }
+    }
+    const bool isNamed = reason.find(path) != std::string::npos;
+    warn("skips a damaged file: " + (isNamed ? reason : "\"" + path + "\": " + reason));
+}
+
+std::vector<SkippedFile> NodeContext::skippedFiles() const {
+    const MutexLock lock(mutex);
+    std::vector<SkippedFile> all;
+    for (const auto& [file, reason] : skipped) {
+        all.push_back({node.name, file, reason});
+    }
+    return all;
+}
+
 void NodeContext::writeResult(const std::string& fileName, const std::function<void(const fs::path&)>& writer) {
     const std::unique_ptr<ResultFile> file = beginResult(fileName);
     writer(file->path());
@@ -78,7 +126,11 @@ void NodeContext::watch(const NamedFile& file) const {
 
 std::vector<AskedFile> NodeContext::askedFiles() const {
     const MutexLock lock(mutex);
-    return asked;
+    std::set<AskedFile> known;
+    std::vector<AskedFile> all;
+    std::copy_if(asked.begin(), asked.end(), std::back_inserter(all),
+                 [&](const AskedFile& file) { return known.insert(file).second; });
+    return all;
 }
 
 }  // namespace velmorak

@@ -9,7 +9,9 @@
 #include <velmorak/Mutex.h>
 
 #include <atomic>
+#include <compare>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -35,6 +37,10 @@ std::filesystem::path resolved(const Pipeline& pipeline, const NamedFile& file);
 struct AskedFile {
     NamedFile file;
     std::optional<FileStamp> stamp;
+    std::optional<Digest> listing{};  ///< Of the names in a folder (FolderListing.h).
+
+    auto operator<=>(const AskedFile&) const = default;
+    bool operator==(const AskedFile&) const = default;
 };
 
 /// The services of the run for one plug-in.
@@ -48,6 +54,9 @@ public:
     const std::string& pluginName() const override { return node.name; }
     std::filesystem::path inputFile(const std::string& text) const override;
     std::filesystem::path commandLineAida() const override;
+    std::filesystem::path locate(const std::string& text) const override;
+    std::vector<std::string> namesIn(const std::string& folder, const std::string& pattern) const override;
+    void skipFile(const std::filesystem::path& file, const std::string& reason) override;
     void writeResult(const std::string& fileName,
                      const std::function<void(const std::filesystem::path&)>& writer) override;
     std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override;
@@ -57,14 +66,18 @@ public:
 
     /// Records a file that the result depends on.
     void watch(const NamedFile& file) const;
-    /// @return the files that the result depends on.
+    /// @return the files and listings that the result depends on, each state of them once, in the order of
+    ///         the questions.
     std::vector<AskedFile> askedFiles() const;
+    /// @return the files that the plug-in went on without, sorted by path.
+    std::vector<SkippedFile> skippedFiles() const;
 
 private:
     const RunEnvironment& environment;
     const PipelineNode& node;
     mutable Mutex mutex;
     mutable std::vector<AskedFile> asked VELMORAK_GUARDED_BY(mutex);
+    std::map<std::string, std::string> skipped VELMORAK_GUARDED_BY(mutex);  ///< Path and reason.
 };
 
 /// @return kind and name as they begin a message: Histogram1D "mass".

@@ -15,6 +15,8 @@ struct ProgressNow {
     std::uint64_t rows = 0;
     std::optional<double> fraction;  ///< Of the pass, 0 to 1, never decreasing; no value if unknown.
     double seconds = 0.0;            ///< Since the pass began.
+    std::uint64_t file = 0;          ///< File of the source, from 0.
+    std::uint64_t files = 1;         ///< Of the source.
 };
 
 /// Observes runs.

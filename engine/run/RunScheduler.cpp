@@ -77,9 +77,11 @@ void RunScheduler::reportTo(RunReport& report) {
         if (run.isNeeded) {
             needed.push_back(i);
             run.report.written = recordFiles(cache.writtenFiles(i));
+            run.report.files = cache.filesInOrder(i);
         }
     }
     report.files = recordFiles(cache.filesOf(needed));
+    report.skipped = skippedFiles(state);
     for (NodeRun& run : state.runs) {
         report.nodes.push_back(std::move(run.report));
     }

@@ -32,13 +32,15 @@ struct NodeReport {
     std::vector<Value> outputs;  ///< Parallel to the node's outputs; monostate for a table and for what is missing.
     std::string reason{};        ///< Why it was executed or reused.
     std::vector<RecordedFile> written{};  ///< Complete files that it left, in this run or before it.
+    std::vector<std::string> files{};     ///< Names of the files that it read, now or for a result that was reused.
     bool takesTable = false;              ///< Some input is a table.
 };
 
 struct RunReport {
     std::vector<NodeReport> nodes;  ///< Parallel to Pipeline::nodes.
     bool wasStopped = false;
-    std::vector<RecordedFile> files{};  ///< Files that were read, now or for a result that was reused.
+    std::vector<RecordedFile> files{};   ///< Files that were read, now or for a result that was reused.
+    std::vector<SkippedFile> skipped{};  ///< Files that should have been read.
     int threads = 0;
     std::chrono::system_clock::time_point began{};
     double seconds = 0.0;

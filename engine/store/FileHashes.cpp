@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::int64_t nsPerSecond = 1'000'000'000;
 constexpr std::uint64_t mark = 0x31'4d'55'53'6b'6c'65'56;
-constexpr std::size_t maxKnown = 10000;
+constexpr std::size_t maxKnown = 100'000;
 constexpr std::size_t blockBytes = std::size_t{1} << 18;
 
 std::int64_t nanoseconds(const timespec& time) {
@@ -126,11 +126,16 @@ std::optional<Digest> FileHashes::of(const std::filesystem::path& file, const st
 }
 
 void FileHashes::evictOldest() {
-    while (known.size() > maxKnown) {
-        known.erase(std::min_element(known.begin(), known.end(), [](const auto& one, const auto& other) {
-            return one.second.readNs < other.second.readNs;
-        }));
+    if (known.size() <= maxKnown) {
+        return;
     }
+    std::vector<std::int64_t> times;
+    for (const auto& [file, content] : known) {
+        times.push_back(content.readNs);
+    }
+    const auto oldestKept = times.begin() + static_cast<std::ptrdiff_t>(times.size() - maxKnown);
+    std::nth_element(times.begin(), oldestKept, times.end());
+    std::erase_if(known, [&](const auto& each) { return each.second.readNs < *oldestKept; });
 }
 
 std::optional<std::string> FileHashes::changes() {

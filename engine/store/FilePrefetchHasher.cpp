@@ -9,7 +9,8 @@
 namespace velmorak {
 namespace {
 
-constexpr std::int64_t minBytes = std::int64_t{1} << 20;
+/// Smaller files are hashed faster than a thread is woken. Lists may hold thousands of files of this size.
+constexpr std::int64_t minBytes = std::int64_t{1} << 16;
 
 }  // namespace
 
@@ -78,6 +79,9 @@ bool FilePrefetchHasher::begin(const std::filesystem::path& file, const FileStam
     const auto task = std::make_shared<Task>(hashes, file);
     {
         const MutexLock lock(mutex);
+        if (!begun.insert(file).second) {
+            return true;
+        }
         tasks.push_back(task);
     }
     spawnTask([task] { task->run(); });

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace velmorak {
@@ -34,6 +35,7 @@ private:
     FileHashes& hashes;
     Mutex mutex;
     std::vector<std::shared_ptr<Task>> tasks VELMORAK_GUARDED_BY(mutex);
+    std::set<std::filesystem::path> begun VELMORAK_GUARDED_BY(mutex);
 };
 
 }  // namespace velmorak

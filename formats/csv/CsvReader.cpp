@@ -3,15 +3,13 @@
 #include <velmorak/ChunkSize.h>
 #include <velmorak/Utf8.h>
 
+#include <algorithm>
 #include <set>
 #include <utility>
 
 namespace velmorak {
 
 namespace {
-
-/// Rows that are read to infer the types: enough to distinguish integers from reals, and quick to read.
-constexpr std::size_t rowsToLookAt = 10000;
 
 std::string numbered(std::uint64_t number) {
     return std::to_string(number);
@@ -76,7 +74,7 @@ std::vector<std::string> CsvReader::readHeader(CsvRecords& from) {
 
 /// Damage ends the inference; the rows before it are still read.
 void CsvReader::lookAtRows(CsvRecords& sample, std::vector<TypeGuess>& guesses) {
-    for (std::size_t row = 0; row < rowsToLookAt; ++row) {
+    for (std::size_t row = 0; row < options.rowsToInfer; ++row) {
         if (row % 1024 == 0 && context.isStopping()) {
             throw Stopped();
         }
@@ -100,11 +98,18 @@ void CsvReader::findColumns() {
     if (!options.hasHeader) {
         sample = CsvRecords(options.file, options.form, context);
     }
-    lookAtRows(sample, guesses);
+    const auto isGiven = [this](const std::string& name) { return options.types.contains(name); };
+    if (!std::all_of(names.begin(), names.end(), isGiven)) {
+        lookAtRows(sample, guesses);
+    }
     std::vector<ColumnInfo> found;
     for (std::size_t i = 0; i < names.size(); ++i) {
         const auto given = options.types.find(names[i]);
-        found.push_back({.name = names[i], .type = given == options.types.end() ? guesses[i].type() : given->second});
+        const bool isInferred = given == options.types.end();
+        found.push_back({.name = names[i], .type = isInferred ? guesses[i].type() : given->second});
+        if (isInferred && !guesses[i].hasValue()) {
+            unseen.insert(names[i]);
+        }
     }
     columns = Schema(std::move(found));
     maxRows = rowsInChunk(columns);
@@ -115,7 +120,7 @@ void CsvReader::findColumns() {
         }
     }
     for (const auto& given : options.types) {
-        if (!columns.find(given.first)) {
+        if (!columns.find(given.first) && !options.ignoresOtherTypes) {
             throw Failure("types", "there is no column \"" + given.first + "\"");
         }
     }

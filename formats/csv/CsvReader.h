@@ -2,6 +2,8 @@
 
 #include "csv/CsvTypes.h"
 
+#include <set>
+
 namespace velmorak {
 
 struct CsvOptions {
@@ -11,6 +13,8 @@ struct CsvOptions {
     bool isSkipping = false;  ///< Skip rows that cannot be read, instead of failing.
     std::string missing;      ///< Text of a missing value, besides an empty field.
     std::map<std::string, ColumnType> types;
+    std::size_t rowsToInfer = 10000;  ///< Rows that the types are inferred from.
+    bool ignoresOtherTypes = false;   ///< Types of columns that the file does not have are no mistake.
 };
 
 class CsvReader : public TableReader {
@@ -22,6 +26,8 @@ public:
     ~CsvReader() override;
 
     const Schema& schema() const override { return columns; }
+    /// Columns whose type was inferred without any value.
+    const std::set<std::string>& columnsWithoutValues() const { return unseen; }
     bool next(Chunk& chunk) override;
     std::optional<double> fraction() const override { return records.fraction(); }
 
@@ -39,6 +45,7 @@ private:
     RunContext& context;
     CsvRecords records;
     Schema columns;
+    std::set<std::string> unseen;
     std::vector<CsvField> fields;
     std::optional<Failure> failure;  ///< Thrown after the rows.
     std::vector<std::size_t> textColumns;

@@ -27,6 +27,8 @@ class TypeGuess {
 public:
     void see(const CsvField& field, const std::string& missing);
     ColumnType type() const;
+    /// @return false if all fields were missing values.
+    bool hasValue() const { return isSeen; }
 
 private:
     bool isInteger = true;

@@ -131,7 +131,20 @@ TEST(Concat, hasAnInputForEachTable) {
     EXPECT_EQ(four.inputs[1].name, "table2");
     EXPECT_EQ(four.inputs[5].name, "table4");
     EXPECT_EQ(concat.ports({{"tables", "NaN"}}).inputs.size(), 4U);
-    EXPECT_EQ(concat.ports({{"tables", "1e300"}}).inputs.size(), 18U);
+    EXPECT_EQ(concat.ports({{"tables", "500"}}).inputs.size(), 502U);
+    EXPECT_EQ(concat.ports({{"tables", "500"}}).inputs.back().name, "table500");
+    EXPECT_EQ(concat.ports({{"tables", "1e300"}}).inputs.size(), 10002U);
+}
+
+TEST(Concat, joinsManyTables) {
+    KindHarness bench("Concat");
+    bench.set("tables", "40");
+    for (int i = 1; i <= 40; ++i) {
+        bench.wire(i == 1 ? "table" : "table" + std::to_string(i), tableOf({{"x", {static_cast<double>(i)}}}, 1));
+    }
+    bench.run();
+    ASSERT_EQ(bench.table().chunks.size(), 40U);
+    EXPECT_EQ(bench.table().chunks[39].columns[0]->reals(), (Reals{40}));
 }
 
 TEST(CutFlow, countsWhatIsLeftAfterEachCut) {

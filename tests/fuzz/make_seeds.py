@@ -109,6 +109,11 @@ for path in files("examples/**/*.aida", "tests/data/aida/*"):
     seed("aida", path.read_bytes())
 for path in files("examples/**/*.csv"):
     seed("csv", path.read_bytes())
+for path in files("examples/**/samples.csv"):
+    seed("files", b"2" + path.read_bytes())
+for text in ("a.csv", "run_*.csv, b.csv", "data/**/*.csv", "@list.txt\n\"a, b\""):
+    seed("files", "0" + text)
+    seed("files", "1# list\n" + text)
 for path in files("collections/*/plugin_summary.txt"):
     seed("summary", path.read_bytes())
 for shape in ("gauss + pol1", "n*exp(-x/tau) + b", "crystalball(x, a, m, s, 1, n) + exponential", "breitwigner*pol9"):

@@ -54,6 +54,8 @@ void Events::progressed(const velmorak::ProgressNow& now) {
     write(textOf({{"event", "progress"},
                   {"plugin", now.plugin},
                   {"pass", now.pass},
+                  {"file", now.file + 1},
+                  {"files", now.files},
                   {"rows", now.rows},
                   {"fraction", orNull(now.fraction)},
                   {"seconds", now.seconds},

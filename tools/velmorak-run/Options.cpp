@@ -29,7 +29,7 @@ Runs an analysis pipeline (*.zedra) without a window.
 
 Messages go to standard error. Ctrl+C stops; a second one ends at once.
 Exit status: 0 all done, 1 wrong usage or unreadable document, 2 a plug-in
-failed, 3 stopped, 4 the results of --again differ.
+failed, 3 stopped, 4 the results of --again differ, 5 damaged files skipped.
 )";
 
 /// @return empty, or why the text is no time limit.

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-enum ExitStatus { AllDone = 0, NotUsable = 1, PluginFailed = 2, WasStopped = 3, ResultsDiffer = 4 };
+enum ExitStatus { AllDone = 0, NotUsable = 1, PluginFailed = 2, WasStopped = 3, ResultsDiffer = 4, FilesSkipped = 5 };
 
 /// The parsed command line.
 struct Options {

@@ -28,7 +28,22 @@ ExitStatus statusOf(const velmorak::RunReport& report) {
     if (report.wasStopped) {
         return WasStopped;
     }
-    return report.hasFailure() ? PluginFailed : AllDone;
+    if (report.hasFailure()) {
+        return PluginFailed;
+    }
+    return report.skipped.empty() ? AllDone : FilesSkipped;
+}
+
+bool isSuccess(ExitStatus status) {
+    return status == AllDone || status == FilesSkipped;
+}
+
+/// @return the status of two runs together: any failure counts more than skipped files.
+ExitStatus worseOf(ExitStatus one, ExitStatus other) {
+    if (isSuccess(one) != isSuccess(other)) {
+        return isSuccess(one) ? other : one;
+    }
+    return std::max(one, other);
 }
 
 /// @return false when the document cannot be read, which the manager has reported.
@@ -71,7 +86,7 @@ ExitStatus withEvents(ExitStatus status, const std::unique_ptr<Events>& events) 
         return status;
     }
     std::cerr << "velmorak-run: the events cannot be written: " << events->error() << '\n';
-    return status == AllDone ? NotUsable : status;
+    return isSuccess(status) ? NotUsable : status;
 }
 
 ExitStatus runOnce(QzManager& manager, const StopOnSignal& signals) {
@@ -119,7 +134,7 @@ ExitStatus runScan(QzManager& manager, const Options& options, const std::vector
         std::vector<std::string> settings = options.settings;
         settings.insert(settings.end(), texts.begin(), texts.end());
         velmorak::recordSettings(manager, settings);
-        worst = std::max(worst, runOnce(manager, signals));
+        worst = worseOf(worst, runOnce(manager, signals));
         if (worst == WasStopped) {
             break;
         }

@@ -22,7 +22,7 @@ int main(int argc, char** argv) {
         status = execute(*options, signals, output.stream());
         if (!output.isComplete()) {
             std::cerr << "velmorak-run: standard output cannot be written\n";
-            status = status == AllDone ? NotUsable : status;
+            status = status == AllDone || status == FilesSkipped ? NotUsable : status;
         }
         return status;
     } catch (const std::exception&) {

@@ -253,6 +253,13 @@ std::string origin(const ReportContents& contents) {
     if (!files.empty()) {
         text += "<h3>Files that were read</h3>\n" + htmlTable({"file", "bytes", "SHA-256"}, files);
     }
+    Rows skipped;
+    for (const SkippedFile& file : record.skipped) {
+        skipped.push_back({file.file, file.plugin, file.reason});
+    }
+    if (!skipped.empty()) {
+        text += "<h3>Damaged files that were skipped</h3>\n" + htmlTable({"file", "plug-in", "reason"}, skipped);
+    }
     text += seeds(record);
     for (const RecordedPlugin& plugin : record.plugins) {
         text += valuesOf(plugin);

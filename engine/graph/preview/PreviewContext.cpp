@@ -27,6 +27,10 @@ fs::path PreviewContext::commandLineAida() const {
     return checked(resolved(beside, std::nullopt));
 }
 
+fs::path PreviewContext::locate(const std::string& text) const {
+    return text.empty() ? fs::path() : resolved(beside, text);
+}
+
 void PreviewContext::writeResult(const std::string& fileName, const std::function<void(const fs::path&)>& /*writer*/) {
     beginResult(fileName);
 }

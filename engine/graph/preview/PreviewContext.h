@@ -21,6 +21,8 @@ public:
     /// @throws Failure when there is no regular file of that name.
     std::filesystem::path inputFile(const std::string& text) const override;
     std::filesystem::path commandLineAida() const override;
+    std::filesystem::path locate(const std::string& text) const override;
+    bool isPreview() const override { return true; }
     void writeResult(const std::string& fileName,
                      const std::function<void(const std::filesystem::path&)>& writer) override;
     std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override;

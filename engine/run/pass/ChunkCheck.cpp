@@ -80,7 +80,7 @@ void ChunkCheck::checkFile(const Chunk& chunk) {
     file = chunk.file;
 }
 
-void ChunkCheck::checkRows(const Chunk& chunk) {
+void ChunkCheck::checkRows(const Chunk& chunk, std::size_t maxRows) {
     checkFile(chunk);
     if (chunk.rows == 0) {
         fail("a chunk without rows");

@@ -17,12 +17,13 @@ class ChunkCheck {
 public:
     /// @param files number of files that the rows come from.
     explicit ChunkCheck(const Schema& promised, std::uint64_t files = 1)
-        : promised(promised), maxRows(rowsInChunk(promised)), rowBytes(bytesInRow(promised)), files(files) {}
+        : promised(promised), rowBytes(bytesInRow(promised)), files(files) {}
 
     const Schema& schema() const { return promised; }
     /// Checks the file and the number of rows of a source's chunk, whose columns may not exist yet: it has rows, not
     /// too many, and the chunk before it in the file was not too short. Threads: called for one chunk after the other.
-    void checkRows(const Chunk& chunk);
+    /// @param maxRows rows of a full chunk of this file.
+    void checkRows(const Chunk& chunk, std::size_t maxRows);
     /// Checks the columns against the schema.
     void check(const Chunk& chunk) const;
 
@@ -32,7 +33,6 @@ private:
     void checkWidth(const Chunk& chunk) const;
 
     Schema promised;
-    std::size_t maxRows;
     std::size_t rowBytes;  ///< In a row, without texts and lists.
     std::uint64_t files;
     std::uint64_t file = 0;     ///< Of the previous chunk.

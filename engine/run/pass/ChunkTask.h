@@ -30,6 +30,7 @@ struct ChunkTask {
     std::size_t segment = 0;
     std::uint64_t sequence = 0;  ///< Number of the chunk in the pass.
     Chunk chunk;
+    std::size_t rowsRead = 0;        ///< Before the columns were made.
     bool isComplete = false;         ///< The source has made the columns, or failed to.
     std::optional<NodeError> error;  ///< Of a source that could not make the columns.
     std::chrono::nanoseconds timeCompleting{0};

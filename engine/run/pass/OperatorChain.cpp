@@ -166,7 +166,7 @@ void OperatorChain::count(ChunkTask& task, std::size_t stage) {
         OperatorOutput& output = task.outputs[i];
         output.rowsBefore = op.rowsCounted;
         output.isOver = op.rowLimit && op.rowsCounted >= *op.rowLimit;
-        op.rowsCounted += table ? table->rows : 0;
+        op.rowsCounted += table == &task.chunk ? task.rowsRead : table ? table->rows : 0;
     }
 }
 

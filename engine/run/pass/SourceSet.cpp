@@ -17,6 +17,7 @@ struct SourceSet::Segment {
     std::uint64_t file = 0;    ///< Being read.
     std::uint64_t chunks = 0;  ///< Of that file.
     std::uint64_t rows = 0;
+    std::uint64_t rowsLost = 0;  ///< Of chunks that could not be read.
     std::chrono::nanoseconds time{0};
     std::chrono::nanoseconds timeCompleting{0};  ///< Of committed chunks.
 };
@@ -96,6 +97,7 @@ void SourceSet::number(ChunkTask& task) {
     task.sequence = chunks++;
     task.chunk.number = segment.chunks++;
     task.chunk.firstRow = segment.rows;
+    task.rowsRead = task.chunk.rows;
     segment.rows += task.chunk.rows;
 }
 
@@ -109,7 +111,7 @@ bool SourceSet::readInto(Chunk& chunk) {
     readError = state.call(segment.source, [&] {
         hasRows = segment.reader->next(chunk);
         if (hasRows) {
-            segment.check->checkRows(chunk);
+            segment.check->checkRows(chunk, segment.reader->rowsPerChunk());
         }
     });
     segment.time += Clock::now() - begin;
@@ -121,9 +123,10 @@ bool SourceSet::complete(ChunkTask& task) const {
         const Clock::time_point begin = Clock::now();
         Segment& segment = *segments[task.segment];
         task.error = state.call(segment.source, [&] {
-            const std::size_t rows = task.chunk.rows;
             segment.reader->complete(task.chunk);
-            task.chunk.rows = rows;  // They are counted already.
+            if (task.chunk.rows != 0) {
+                task.chunk.rows = task.rowsRead;  // They are counted already.
+            }
             segment.check->check(task.chunk);
         });
         task.isComplete = true;
@@ -134,6 +137,7 @@ bool SourceSet::complete(ChunkTask& task) const {
 
 bool SourceSet::commit(ChunkTask& task) {
     segments[task.segment]->timeCompleting += task.timeCompleting;
+    segments[task.segment]->rowsLost += task.rowsRead - task.chunk.rows;
     if (task.error && !commitError) {
         commitError = std::move(task.error);
         segmentOfCommitError = task.segment;
@@ -148,7 +152,7 @@ void SourceSet::close(std::size_t segment) {
 
 bool SourceSet::finish() {
     for (const auto& segment : segments) {
-        state.runs[segment->source].report.rowsOut = segment->rows;
+        state.runs[segment->source].report.rowsOut = segment->rows - segment->rowsLost;
         state.addSeconds(segment->source, segment->time + segment->timeCompleting);
     }
     if (commitError) {
@@ -179,6 +183,10 @@ std::size_t SourceSet::currentSource() const {
 
 std::uint64_t SourceSet::rowsOfCurrent() const {
     return segments[position]->rows;
+}
+
+std::pair<std::uint64_t, std::uint64_t> SourceSet::fileOfCurrent() const {
+    return {segments[position]->file, segments[position]->files};
 }
 
 std::optional<double> SourceSet::fraction() {

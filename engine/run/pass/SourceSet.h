@@ -54,6 +54,8 @@ public:
     std::size_t current() const { return position; }
     std::size_t currentSource() const;
     std::uint64_t rowsOfCurrent() const;
+    /// File that is being read, counted from 0, and their number, in the current segment.
+    std::pair<std::uint64_t, std::uint64_t> fileOfCurrent() const;
     /// Fraction of the current segment that is read; nothing when the source cannot say.
     std::optional<double> fraction();
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <tuple>
 
 namespace velmorak {
 
@@ -77,6 +78,7 @@ void StreamPass::showProgress() {
     }
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - began;
     now.seconds = elapsed.count();
+    std::tie(now.file, now.files) = sources.fileOfCurrent();
     if (isLineDue) {
         state.messages.showProgress(progressText(now));
     }

@@ -95,6 +95,15 @@ RunRecord makeRunRecord(const RunState& state, ResultCache& cache, std::size_t p
     return record;
 }
 
+std::vector<SkippedFile> skippedFiles(const RunState& state) {
+    std::vector<SkippedFile> all;
+    for (const NodeRun& run : state.runs) {
+        const std::vector<SkippedFile> files = run.context->skippedFiles();
+        all.insert(all.end(), files.begin(), files.end());
+    }
+    return all;
+}
+
 RunRecord makeReporterRecord(const RunState& state, ResultCache& cache, std::size_t reporter) {
     RunRecord record;
     record.program = version();
@@ -118,6 +127,7 @@ RunRecord makeReporterRecord(const RunState& state, ResultCache& cache, std::siz
             needed.push_back(i);
         }
     }
+    record.skipped = skippedFiles(state);
     const std::vector<FileContent> files = cache.filesOf(needed);
     record.files = recordFiles(files);
     for (std::size_t i = 0; i < files.size(); ++i) {

@@ -13,6 +13,9 @@ RunRecord makeRunRecord(const RunState& state, ResultCache& cache, std::size_t p
 /// The record of the whole run for a run reporter: all plug-ins with their states, and all files.
 RunRecord makeReporterRecord(const RunState& state, ResultCache& cache, std::size_t reporter);
 
+/// The files that plug-ins went on without, in the order of the plug-ins.
+std::vector<SkippedFile> skippedFiles(const RunState& state);
+
 std::vector<RecordedFile> recordFiles(const std::vector<FileContent>& files);
 
 }  // namespace velmorak

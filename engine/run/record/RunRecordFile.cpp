@@ -58,6 +58,9 @@ constexpr const char* rowsIn = "rowsIn";
 constexpr const char* rowsOut = "rowsOut";
 constexpr const char* outputs = "outputs";
 constexpr const char* results = "results";
+constexpr const char* skipped = "skipped";
+constexpr const char* files = "files";
+constexpr const char* plugin = "plugin";
 }  // namespace key
 
 std::string sumOf(std::string_view bytes) {
@@ -95,6 +98,14 @@ Json filesOf(const std::vector<RecordedFile>& files) {
     Json all = Json::array();
     for (const RecordedFile& file : files) {
         all.push_back({{key::file, file.name}, {key::sha256, file.sha256}});
+    }
+    return all;
+}
+
+Json skippedOf(const std::vector<SkippedFile>& files) {
+    Json all = Json::array();
+    for (const SkippedFile& file : files) {
+        all.push_back({{key::plugin, file.plugin}, {key::file, file.file}, {key::reason, file.reason}});
     }
     return all;
 }
@@ -155,6 +166,7 @@ Json pluginOf(const Pipeline& pipeline, std::size_t position, const NodeReport& 
             {key::kind, node.kindName},
             {key::version, node.kind ? node.kind->version() : 0},
             {key::inputs, inputsOf(pipeline, node)},
+            {key::files, report.files},
             {key::outcome, nameOf(report.status)},
             {key::sentence, report.sentence},
             {key::reason, report.reason},
@@ -263,6 +275,7 @@ std::string runRecordText(const Pipeline& pipeline, const RunReport& report, boo
     record[key::aida] = pipeline.commandLineAida.string();
     record[key::seed] = seedsOf(pipeline);
     record[key::inputs] = filesOf(report.files);
+    record[key::skipped] = skippedOf(report.skipped);
     record[key::plugins] = Json::array();
     for (std::size_t i = 0; i < pipeline.nodes.size(); ++i) {
         NodeReport none;

@@ -1,5 +1,7 @@
 #include "run/results/ResultCache.h"
 
+#include "store/FolderListing.h"
+
 #include <algorithm>
 #include <map>
 #include <set>
@@ -51,6 +53,9 @@ bool ResultCache::claims(std::size_t position, const StoredResult& stored) {
 }
 
 std::optional<Digest> ResultCache::contentOf(const NamedFile& file) {
+    if (isFolderListing(file)) {
+        return contentOfListing(*file, resolved(state.pipeline, folderOfListing(*file)));
+    }
     return hashes.of(resolved(state.pipeline, file), state.stopping);
 }
 
@@ -93,11 +98,13 @@ void ResultCache::keep(std::size_t position) {
 
 bool ResultCache::collectFiles(std::size_t position) {
     std::vector<FileContent> all;
-    bool isWhole = true;
+    bool isWhole = state.runs[position].context->skippedFiles().empty();
     for (const AskedFile& file : state.runs[position].context->askedFiles()) {
         const std::optional<Digest> digest = contentOf(file.file);
-        // A file that has changed since the node opened it may differ from what the result was made from.
-        if (digest && stampOf(resolved(state.pipeline, file.file)) == file.stamp) {
+        // What has changed since the node asked for it may differ from what the result was made from.
+        const bool isUnchanged =
+            file.listing ? digest == file.listing : stampOf(resolved(state.pipeline, file.file)) == file.stamp;
+        if (digest && isUnchanged) {
             asked[position].push_back({file.file, *digest});
         } else {
             isWhole = false;
@@ -139,11 +146,30 @@ std::vector<FileContent> ResultCache::filesOf(const std::vector<std::size_t>& po
     }
     std::vector<FileContent> contents;
     for (const auto& [file, digest] : all) {
-        if (!file || !paths.contains(*file)) {
+        if (!isFolderListing(file) && (!file || !paths.contains(*file))) {
             contents.push_back({file, digest});
         }
     }
     return contents;
+}
+
+std::vector<std::string> ResultCache::filesInOrder(std::size_t position) const {
+    std::vector<NamedFile> all;
+    for (const FileContent& file : asked[position]) {
+        all.push_back(file.file);
+    }
+    for (const AskedFile& file : state.runs[position].context->askedFiles()) {
+        all.push_back(file.file);
+    }
+    std::set<std::string> known;
+    std::vector<std::string> names;
+    for (const NamedFile& file : all) {
+        // The same file may appear by alias and by resolved path.
+        if (!isFolderListing(file) && known.insert(resolved(state.pipeline, file).string()).second) {
+            names.push_back(file.value_or(""));
+        }
+    }
+    return names;
 }
 
 bool ResultCache::collectWritten(std::size_t position) {

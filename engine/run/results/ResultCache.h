@@ -36,6 +36,9 @@ public:
 
     /// Files that the node itself opened in this run, as far as they could be hashed.
     const std::vector<FileContent>& askedFiles(std::size_t position) const { return asked[position]; }
+    /// Names of these files in the order in which the node asked for them, each file once; "" is the AIDA file of the
+    /// command line.
+    std::vector<std::string> filesInOrder(std::size_t position) const;
     /// Result files of the node, written in this run or reused.
     const std::vector<FileContent>& writtenFiles(std::size_t position) const { return written[position]; }
 

@@ -1,5 +1,6 @@
 #include "run/results/RunHistory.h"
 
+#include "store/FolderListing.h"
 #include "store/StoreBytes.h"
 
 #include <fmt/format.h>
@@ -26,6 +27,9 @@ std::string describe(const RunState& state, const PipelineInput& input) {
 }
 
 std::string titleOfFile(const NamedFile& file) {
+    if (isFolderListing(file)) {
+        return titleOfListing(*file);
+    }
     return file ? "file " + *file : "the AIDA file of the command line";
 }
 

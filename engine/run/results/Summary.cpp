@@ -56,6 +56,9 @@ std::string progressText(const ProgressNow& progress) {
         text += fmt::format(", pass {}", progress.pass);
     }
     text += ": ";
+    if (progress.files > 1) {
+        text += fmt::format("file {} of {}, ", progress.file + 1, progress.files);
+    }
     if (progress.fraction) {
         text += fmt::format("{} %, ", static_cast<int>(100.0 * *progress.fraction));
     }

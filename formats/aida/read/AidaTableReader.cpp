@@ -233,6 +233,10 @@ std::vector<AidaEntry> listAida(const std::filesystem::path& file, RunContext& c
     return entries;
 }
 
+std::string aidaTablePath(const std::filesystem::path& file, const std::string& object, RunContext& context) {
+    return chosenPath(file, object, context);
+}
+
 std::unique_ptr<TableReader> openAidaTable(const std::filesystem::path& file, const std::string& object,
                                            RunContext& context) {
     return io::openAidaTable(file, object, context, io::RowReading::Scanned);

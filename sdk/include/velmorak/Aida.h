@@ -29,6 +29,11 @@ std::vector<AidaEntry> listAida(const std::filesystem::path& file, RunContext& c
 std::unique_ptr<TableReader> openAidaTable(const std::filesystem::path& file, const std::string& object,
                                            RunContext& context);
 
+/// @param object as in openAidaTable: a path, or a bare name, or empty.
+/// @return the path of the table that openAidaTable opens. A path is returned as it is, without a look at the file.
+/// @throws as openAidaTable.
+std::string aidaTablePath(const std::filesystem::path& file, const std::string& object, RunContext& context);
+
 /// An object of a file other than a table.
 struct AidaObject {
     std::string path;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <velmorak/ChunkSize.h>
 #include <velmorak/Collection.h>
 #include <velmorak/Failure.h>
 #include <velmorak/Ports.h>
@@ -29,8 +30,12 @@ public:
     /// Number of files that the rows come from, one after the other; at least 1, which is right for any other table.
     /// The states of accumulators are merged within each file first, so that they do not depend on the other files.
     virtual std::uint64_t fileCount() const { return 1; }
+    /// Rows of a full chunk of the file that next reads: rowsInChunk(schema()), except for a reader of several files,
+    /// where a file that has other columns has other chunks.
+    virtual std::size_t rowsPerChunk() const { return rowsInChunk(schema()); }
     /// Second stage of a reader whose next sets only the number of rows: computes the columns of a chunk from its
-    /// file, number and firstRow. Not called for a chunk that no consumer needs.
+    /// file, number and firstRow. Not called for a chunk that no consumer needs. Sets rows to 0 if the chunk cannot be
+    /// read and the run is to go on without it.
     /// Threads: several at once for different chunks, also while next produces later ones.
     virtual void complete(Chunk& /*chunk*/) const {}
     /// Progress from 0 to 1, by bytes or rows; no value if unknown.

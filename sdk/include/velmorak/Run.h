@@ -1,5 +1,6 @@
 #pragma once
 
+#include <velmorak/FolderNames.h>
 #include <velmorak/Histogram.h>
 #include <velmorak/RunRecord.h>
 #include <velmorak/Table.h>
@@ -9,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace velmorak {
 
@@ -39,6 +41,10 @@ public:
     /// @throws Failure if the text is empty.
     virtual std::filesystem::path inputFile(const std::string& text) const = 0;
 
+    /// Resolves the name of a file or folder as inputFile does, but does not record it as an input: for a look at what
+    /// is there. An empty text gives an empty path.
+    virtual std::filesystem::path locate(const std::string& text) const { return text; }
+
     /// The AIDA file given on the command line; empty if there is none.
     virtual std::filesystem::path commandLineAida() const = 0;
 
@@ -52,6 +58,21 @@ public:
     /// As writeResult, for a file that is written in pieces while the chunks of a table arrive.
     /// @throws Failure if the name is rejected or the file cannot be created.
     virtual std::unique_ptr<ResultFile> beginResult(const std::string& fileName) = 0;
+
+    /// As namesInFolder, for a folder that is resolved as locate does. Records the answer as an input: the plug-in is
+    /// executed anew when it changes.
+    virtual std::vector<std::string> namesIn(const std::string& folder, const std::string& pattern) const {
+        return namesInFolder(locate(folder), pattern);
+    }
+
+    /// Only the columns of a table are wanted, to show them to the user; no row will be read.
+    virtual bool isPreview() const { return false; }
+
+    /// Reports a file of several that cannot be read, or not to its end, and that the plug-in goes on without. The user
+    /// is warned, the run's record lists it, and nothing that depends on it is kept for later runs.
+    virtual void skipFile(const std::filesystem::path& file, const std::string& reason) {
+        warn("skips \"" + file.string() + "\": " + reason);
+    }
 
     /// Shows the user a one-line warning; the plug-in goes on.
     virtual void warn(const std::string& sentence) = 0;

@@ -13,6 +13,13 @@ struct RecordedFile {
     std::uint64_t bytes = 0;  ///< Set only for a kind that isRunReporter().
 };
 
+/// A file that a plug-in should have read and went on without.
+struct SkippedFile {
+    std::string plugin;
+    std::string file;  ///< Path.
+    std::string reason;
+};
+
 struct RecordedInput {
     std::string name;
     std::string value;   ///< Its text; meaningless if the input is wired.
@@ -46,6 +53,7 @@ struct RunRecord {
     std::string program;                  ///< Version of the analysis library, as in "0.2.0".
     std::vector<RecordedPlugin> plugins;  ///< In topological order, except within dependency cycles.
     std::vector<RecordedFile> files;      ///< Sorted by name, each once.
+    std::vector<SkippedFile> skipped{};   ///< Set only for a kind that isRunReporter().
 };
 
 }  // namespace velmorak

@@ -91,6 +91,8 @@ struct Chunk {
     std::uint64_t rowsBefore = 0;
     /// File of a source that reads several (TableReader::fileCount), counted from 0 in the order of its list.
     std::uint64_t file = 0;
+    /// For the reader of the chunk alone, which may keep there what its complete needs, and releases it then.
+    std::shared_ptr<const void> owner{};
 };
 
 /// Filters a column.

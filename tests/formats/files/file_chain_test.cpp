@@ -1,0 +1,176 @@
+#include "ChainFixture.h"
+
+#include "executor/ThreadPool.h"
+
+#include <gmock/gmock.h>
+#include <atomic>
+
+namespace velmorak {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+TEST_F(FileChainTest, readsFilesOneAfterTheOther) {
+    write("a.csv", "x,y\n1,2\n3,4\n");
+    write("b.csv", "y,x\n6,5.5\n");
+    const std::unique_ptr<TableReader> reader = open("*.csv");
+    EXPECT_EQ(reader->fileCount(), 2U);
+    ASSERT_THAT(reader->schema().columns(),
+                ElementsAre(ColumnInfo{.name = "x"}, ColumnInfo{.name = "y", .type = ColumnType::Integer}));
+    const std::vector<Chunk> chunks = chunksOf(*reader);
+    ASSERT_EQ(chunks.size(), 2U);
+    EXPECT_THAT(chunks[0].columns[0]->reals(), ElementsAre(1.0, 3.0));
+    EXPECT_THAT(chunks[0].columns[1]->integers(), ElementsAre(2, 4));
+    EXPECT_EQ(chunks[1].file, 1U);
+    EXPECT_EQ(chunks[1].firstRow, 2U);
+    EXPECT_THAT(chunks[1].columns[0]->reals(), ElementsAre(5.5));
+    EXPECT_EQ(chunks[1].owner, nullptr);
+    EXPECT_EQ(reader->fraction(), 1.0);
+}
+
+TEST_F(FileChainTest, givesOneFileAsItIs) {
+    write("a.csv", "x\n1\n");
+    const std::unique_ptr<TableReader> reader = open("a.csv");
+    EXPECT_EQ(reader->fileCount(), 1U);
+    EXPECT_EQ(reader->schema().size(), 1U);
+}
+
+TEST_F(FileChainTest, addsColumnsOfTheFiles) {
+    write("a.csv", "x\n1\n2\n");
+    write("b.csv", "x\n3\n");
+    const std::unique_ptr<TableReader> reader = open("b.csv, a.csv", {.hasFileColumns = true});
+    const std::vector<Chunk> chunks = chunksOf(*reader);
+    EXPECT_THAT(chunks[0].columns[1]->texts(), ElementsAre("b.csv"));
+    EXPECT_THAT(chunks[1].columns[1]->texts(), ElementsAre("a.csv", "a.csv"));
+    EXPECT_THAT(chunks[1].columns[2]->integers(), ElementsAre(1, 1));
+    write("c.csv", "x,file\n1,2\n");
+    EXPECT_THAT(failureOf("c.csv", {.hasFileColumns = true}),
+                HasSubstr("the column \"file\" of \"file_columns\" has the name of another column"));
+}
+
+TEST_F(FileChainTest, addsPropertiesOfTheFiles) {
+    write("a.csv", "x\n1\n");
+    write("b.csv", "x\n2\n3\n");
+    write("samples.csv", "file,luminosity,sample\na.csv,1.5,zz\nb.csv,2.5,tt\n");
+    const std::unique_ptr<TableReader> reader = open("@samples.csv");
+    const std::vector<Chunk> chunks = chunksOf(*reader);
+    EXPECT_THAT(chunks[0].columns[1]->reals(), ElementsAre(1.5));
+    EXPECT_THAT(chunks[1].columns[1]->reals(), ElementsAre(2.5, 2.5));
+    EXPECT_THAT(chunks[1].columns[2]->texts(), ElementsAre("tt", "tt"));
+}
+
+TEST_F(FileChainTest, takesCommonColumnsIfAsked) {
+    write("a.csv", "x,y\n1,2\n");
+    write("b.csv", "x,z\n3,4\n");
+    EXPECT_THAT(failureOf("*.csv"), HasSubstr("\"b.csv\" has a column \"z\", which \"a.csv\" does not have"));
+    const std::unique_ptr<TableReader> reader = open("*.csv", {.takesCommonColumns = true});
+    EXPECT_EQ(reader->schema().size(), 1U);
+    EXPECT_EQ(chunksOf(*reader).size(), 2U);
+    EXPECT_THAT(context.warnings,
+                ElementsAre(HasSubstr("leaves out columns that differ between the files: \"z\", \"y\"")));
+}
+
+TEST_F(FileChainTest, filesWithoutRowsSuitAnyType) {
+    write("a.csv", "x,y\n");
+    write("b.csv", "x,y\n1,text\n2,more\n");
+    write("c.csv", "x,y\n1.5,NA\n");
+    const std::unique_ptr<TableReader> reader = open("*.csv");
+    EXPECT_THAT(reader->schema().columns(),
+                ElementsAre(ColumnInfo{.name = "x"}, ColumnInfo{.name = "y", .type = ColumnType::Text}));
+    const std::vector<Chunk> chunks = chunksOf(*reader);
+    ASSERT_EQ(chunks.size(), 2U);
+    EXPECT_EQ(chunks[0].file, 1U);
+    EXPECT_THAT(chunks[1].columns[1]->texts(), ElementsAre(""));
+}
+
+TEST_F(FileChainTest, aPreviewLooksAtOneFile) {
+    write("a.csv", "x\n1\n");
+    write("b.csv", "y\n1\n");
+    context.preview = true;
+    EXPECT_EQ(open("*.csv")->schema().size(), 1U);
+}
+
+TEST_F(FileChainTest, refusesFilesWithNothingInCommon) {
+    write("a.csv", "x\n1\n");
+    write("b.csv", "y\n1\n");
+    EXPECT_EQ(failureOf("*.csv", {.takesCommonColumns = true}), "the files have no column in common");
+}
+
+TEST_F(FileChainTest, saysAtMostTenWarningsAboutItsFiles) {
+    for (int i = 10; i < 30; ++i) {
+        write(std::to_string(i) + ".csv", "x,t\n1,a\xFF\n");
+    }
+    chunksOf(*open("*.csv"));
+    ASSERT_EQ(context.warnings.size(), 11U);
+    EXPECT_THAT(context.warnings.front(), HasSubstr("10.csv\": bytes that are not UTF-8"));
+    EXPECT_EQ(context.warnings.back(), "10 more warnings about its files");
+}
+
+struct OpenReaders {
+    std::atomic<std::size_t> count = 0;
+    std::atomic<std::size_t> most = 0;
+};
+
+/// Reads a row and counts how many of its kind exist.
+class CountedReader : public TableReader {
+public:
+    explicit CountedReader(OpenReaders& readers) : readers(readers) {
+        const std::size_t now = ++readers.count;
+        for (std::size_t known = readers.most; known < now && !readers.most.compare_exchange_weak(known, now);) {
+        }
+    }
+    CountedReader(const CountedReader&) = delete;
+    CountedReader& operator=(const CountedReader&) = delete;
+    ~CountedReader() override { --readers.count; }
+    const Schema& schema() const override { return columns; }
+    bool next(Chunk& chunk) override {
+        chunk.rows = isRead ? 0 : 1;
+        return !std::exchange(isRead, true);
+    }
+    void complete(Chunk& chunk) const override {
+        chunk.columns = {std::make_shared<const Column>(Column{Column::Reals{1.0}, {}})};
+    }
+
+private:
+    OpenReaders& readers;
+    Schema columns{{ColumnInfo{.name = "x"}}};
+    bool isRead = false;
+};
+
+TEST_F(FileChainTest, keepsAtMost64FilesOpenThoughNoChunkIsCompleted) {
+    std::vector<std::string> names;
+    for (int i = 0; i < 1000; ++i) {
+        names.push_back(std::to_string(i));
+    }
+    OpenReaders readers;
+    const std::unique_ptr<TableReader> reader =
+        openOwn(listOf(names), [&](const std::string&) { return std::make_unique<CountedReader>(readers); }, {});
+    EXPECT_EQ(chunksOf(*reader).size(), 1000U);
+    EXPECT_GT(readers.most, 32U);
+    EXPECT_LE(readers.most, 64U);
+}
+
+class FileChainThreads : public FileChainTest, public testing::WithParamInterface<std::size_t> {};
+INSTANTIATE_TEST_SUITE_P(Threads, FileChainThreads, testing::Values(1, 2, 5));
+
+TEST_P(FileChainThreads, canBeStoppedWhileFilesAreOpenedAhead) {
+    OpenReaders readers;
+    std::vector<std::string> names;
+    for (int i = 0; i < 100; ++i) {
+        names.push_back(std::to_string(i));
+    }
+    const ThreadPool pool(GetParam());
+    std::unique_ptr<TableReader> reader =
+        openOwn(listOf(names), [&](const std::string&) { return std::make_unique<CountedReader>(readers); }, {});
+    Chunk chunk;
+    ASSERT_TRUE(reader->next(chunk));
+    context.stopping = true;
+    EXPECT_THROW(while (reader->next(chunk)){}, Stopped);
+    chunk = {};
+    reader.reset();
+    EXPECT_EQ(readers.count, 0U);
+}
+
+}  // namespace
+}  // namespace velmorak
