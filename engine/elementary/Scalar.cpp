@@ -1,4 +1,5 @@
 #include "elementary/simd/Extremes.h"
+#include "elementary/simd/InverseHyperbolic.h"
 #include "elementary/simd/Log.h"
 
 #include <velmorak/ElementaryFunctions.h>
@@ -103,15 +104,23 @@ double tanh(double x) {
     return isTiny(x) ? x : Sleef_cinz_tanhd1_u10purec(x);
 }
 
+double unusualAsinh(double x) {
+    return isHuge(std::fabs(x)) ? std::copysign(logOfDouble(std::fabs(x)), x) : x;
+}
+
 double asinh(double x) {
-    if (isTinyOrHuge(x)) {
-        return isTiny(x) ? x : std::copysign(logOfDouble(std::fabs(x)), x);
-    }
-    return Sleef_cinz_asinhd1_u10purec(x);
+    const Usual value = usualAsinh<unfused>(x);
+    return value.unusual == 0 ? value.value : unusualAsinh(x);
+}
+
+double unusualAcosh(double x) {
+    const double value = x == 1.0 ? 0.0 : std::numeric_limits<double>::quiet_NaN();
+    return isHuge(x) ? logOfDouble(x) : value;
 }
 
 double acosh(double x) {
-    return isHuge(x) ? logOfDouble(x) : Sleef_cinz_acoshd1_u10purec(x);
+    const Usual value = usualAcosh<unfused>(x);
+    return value.unusual == 0 ? value.value : unusualAcosh(x);
 }
 
 double atanh(double x) {

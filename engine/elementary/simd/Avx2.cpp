@@ -9,9 +9,9 @@ namespace {
 // SLEEF without fused multiply-adds, whose bits would differ.
 constexpr Loops loops{
     .acos = ofOne<__m256d, Sleef_cinz_acosd4_u10avx>,
-    .acosh = corrected<__m256d, Sleef_cinz_acoshd4_u10avx, isHuge, acosh>,
+    .acosh = mostlyInlined<usualAcosh<fused>, unusualAcosh>,
     .asin = ofOne<__m256d, Sleef_cinz_asind4_u10avx>,
-    .asinh = corrected<__m256d, Sleef_cinz_asinhd4_u10avx, isTinyOrHuge, asinh>,
+    .asinh = mostlyInlined<usualAsinh<fused>, unusualAsinh>,
     .atan = ofOne<__m256d, Sleef_cinz_atand4_u10avx>,
     .atanh = corrected<__m256d, Sleef_cinz_atanhd4_u10avx, isTiny, atanh>,
     .cbrt = ofOne<__m256d, Sleef_cinz_cbrtd4_u10avx>,

@@ -9,9 +9,9 @@ namespace {
 // SLEEF without fused multiply-adds, whose bits would differ.
 constexpr Loops loops{
     .acos = ofOne<__m512d, Sleef_cinz_acosd8_u10avx512fnofma>,
-    .acosh = corrected<__m512d, Sleef_cinz_acoshd8_u10avx512fnofma, isHuge, acosh>,
+    .acosh = mostlyInlined<usualAcosh<fused>, unusualAcosh>,
     .asin = ofOne<__m512d, Sleef_cinz_asind8_u10avx512fnofma>,
-    .asinh = corrected<__m512d, Sleef_cinz_asinhd8_u10avx512fnofma, isTinyOrHuge, asinh>,
+    .asinh = mostlyInlined<usualAsinh<fused>, unusualAsinh>,
     .atan = ofOne<__m512d, Sleef_cinz_atand8_u10avx512fnofma>,
     .atanh = corrected<__m512d, Sleef_cinz_atanhd8_u10avx512fnofma, isTiny, atanh>,
     .cbrt = ofOne<__m512d, Sleef_cinz_cbrtd8_u10avx512fnofma>,

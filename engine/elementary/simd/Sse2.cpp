@@ -9,9 +9,9 @@ namespace {
 // Every processor of the architecture has SSE2.
 constexpr Loops loops{
     .acos = ofOne<__m128d, Sleef_cinz_acosd2_u10sse2>,
-    .acosh = corrected<__m128d, Sleef_cinz_acoshd2_u10sse2, isHuge, acosh>,
+    .acosh = mostlyInlined<usualAcosh<unfused>, unusualAcosh>,
     .asin = ofOne<__m128d, Sleef_cinz_asind2_u10sse2>,
-    .asinh = corrected<__m128d, Sleef_cinz_asinhd2_u10sse2, isTinyOrHuge, asinh>,
+    .asinh = mostlyInlined<usualAsinh<unfused>, unusualAsinh>,
     .atan = ofOne<__m128d, Sleef_cinz_atand2_u10sse2>,
     .atanh = corrected<__m128d, Sleef_cinz_atanhd2_u10sse2, isTiny, atanh>,
     .cbrt = ofOne<__m128d, Sleef_cinz_cbrtd2_u10sse2>,

@@ -4,6 +4,7 @@
 #include "elementary/simd/Exp.h"
 #include "elementary/simd/Extremes.h"
 #include "elementary/simd/Hypot.h"
+#include "elementary/simd/InverseHyperbolic.h"
 #include "elementary/simd/Log.h"
 #include "elementary/simd/Pow.h"
 

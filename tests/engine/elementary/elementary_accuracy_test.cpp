@@ -108,6 +108,18 @@ TEST(ElementaryFunctions, ofTwoArgumentsHaveTheStatedAccuracy) {
     }
 }
 
+// Where the argument of the logarithm that they are is near 1, it needs more bits than a number has.
+TEST(ElementaryFunctions, ofTheInverseHyperbolicKindKeepTheirAccuracyNearTheirZeros) {
+    std::mt19937_64 random(4711);
+    for (int i = 0; i < 100'000; ++i) {
+        const double size =
+            std::ldexp(std::uniform_real_distribution<double>(0.5, 1.0)(random), static_cast<int>(random() % 80) - 52);
+        const double x = random() % 2 == 0 ? size : -size;
+        ASSERT_LE(ulpsFrom(asinhq(x), asinh(x)), 0.6) << std::hexfloat << x;
+        ASSERT_LE(ulpsFrom(acoshq(1.0 + size), acosh(1.0 + size)), 0.6) << std::hexfloat << size;
+    }
+}
+
 /// The limits of ISO C, Annex F, which the C library keeps.
 template <typename Number>
 void expectLimit(const char* name, double ours, Number theirs, const std::string& arguments) {
