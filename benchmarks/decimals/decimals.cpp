@@ -6,7 +6,7 @@
 #include "TupleFile.h"
 
 #include <cstdlib>
-#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,7 +17,7 @@ using namespace velmorak::bench;
 constexpr std::size_t rows = 2'000'000;
 constexpr std::size_t columns = 4;
 constexpr int rounds = 7;
-constexpr double minGain = 1.1;  ///< Our own reader is worth its lines if a pipeline loses 10 % without it.
+constexpr double minGain = 1.1;  ///< Our own reader is kept as long as a pipeline loses 10 % without it.
 
 /// Nothing is kept from one run to the next.
 /// @param libraries folder of a library to use in place of the one beside the program; empty for that.
@@ -43,12 +43,13 @@ Medians medians(const Folder& folder, const std::string& threads, double Process
     return {medianOf(ours), medianOf(standard)};
 }
 
-void compare(const Folder& folder, const std::string& file) {
+void compare(const Folder& folder, const std::string& file, std::optional<Limit> limit) {
     const std::string work = file + ", filter, 2 formulas, 3 histograms, 2 M rows, ";
+    const std::string peer = "with std::from_chars";
     const Medians onOne = medians(folder, "1", &ProcessRun::processorMs);
-    printFaster(work + "processor time", "with std::from_chars", onOne.ours, onOne.standard, minGain);
+    print({work + "processor time", peer, "ms", onOne.ours, onOne.standard, onOne.standard / onOne.ours, limit});
     const Medians onTwo = medians(folder, "2", &ProcessRun::wallMs);
-    print({work + "2 threads", "with std::from_chars", "ms", onTwo.ours, onTwo.standard, onTwo.standard / onTwo.ours});
+    print({work + "2 threads", peer, "ms", onTwo.ours, onTwo.standard, onTwo.standard / onTwo.ours});
 }
 
 }  // namespace
@@ -58,9 +59,9 @@ int main() {
     std::filesystem::copy_file(VELMORAK_PIPELINE "/pipeline.zedra", folder / "pipeline.zedra");
     writeTuple(folder / "numbers.aida", rows, columns);
     const std::filesystem::path packed = gzip(folder / "numbers.aida");
-    compare(folder, "gzipped tuple");
+    compare(folder, "gzipped tuple", {});
     // The pipeline reads this file, whatever its name says of packing.
     std::filesystem::rename(folder / "numbers.aida", packed);
-    compare(folder, "plain tuple");
+    compare(folder, "plain tuple", Limit{Limit::Sense::AtLeast, minGain});
     return 0;
 }
