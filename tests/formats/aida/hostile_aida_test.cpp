@@ -278,8 +278,8 @@ TEST_F(HostileAida, hasLongListsInSeveralItems) {
         "<bin1d binNum='1' entries='1' height='0.2'/></data1d></histogram1d>");
     const auto read = readAidaObject(file, "/h", ValueType::Histogram, run);
     const auto& cells = std::dynamic_pointer_cast<const Histogram1D>(read)->cells();
-    EXPECT_EQ(plain(cells.at(1)), (PlainSums{1, 0.1, 0.3, 0.05, 0.025}));
-    EXPECT_EQ(plain(cells.at(2)), (PlainSums{1, 0.2, 0.7, 0.3, 0.45}));
+    EXPECT_EQ(plain(cells[1]), (PlainSums{1, 0.1, 0.3, 0.05, 0.025}));
+    EXPECT_EQ(plain(cells[2]), (PlainSums{1, 0.2, 0.7, 0.3, 0.45}));
 }
 
 std::uint64_t residentBytes() {
