@@ -1,18 +1,17 @@
 #include "aida/text/RowFastPath.h"
 
-#include "aida/text/Decimal.h"
 #include "aida/text/EntryValues.h"
 
 #include <velmorak/Value.h>
 
+#include <charconv>
+#include <cmath>
 #include <cstring>
 #include <string_view>
 
 namespace velmorak::io {
 
 namespace {
-
-static_assert(plainRowsMargin >= decimalMargin);
 
 constexpr std::string_view rowBegin = "<row>";
 constexpr std::string_view rowEnd = "</row>";
@@ -127,6 +126,7 @@ void PlainRows::clear() {
 void PlainRows::scan(const char* text, std::size_t size) {
     clear();
     makeRoom(size);
+    textEnd = text + size;
     const char* position = text;
     while (position) {
         position = skipBlanks(position, linesSeen);
@@ -173,9 +173,10 @@ const char* PlainRows::scanValue(const char* text, const Target& target) {
     const ColumnType type = target.column.type;
     double number = 0.0;
     if (type == ColumnType::Real) {
-        const char* const end = scanDecimal(text, number);
-        if (end && *end == '"') {
-            return target.reals[rowCount] = number, end;
+        const auto [end, error] = std::from_chars(text, textEnd, number);
+        if (error == std::errc() && *end == '"' && std::isfinite(number)) {
+            target.reals[rowCount] = number;
+            return end;
         }
     }
     if (type == ColumnType::Integer) {

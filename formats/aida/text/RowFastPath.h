@@ -60,6 +60,7 @@ private:
     std::size_t rowCount = 0;
     std::size_t byteCount = 0;
     std::uint64_t lineCount = 0;
+    const char* textEnd = nullptr;
     std::uint64_t linesSeen = 0;  ///< Including those of the row that is being scanned.
 };
 
