@@ -66,9 +66,13 @@ void ChunkCommit::reportOperators() {
     }
 }
 
-void ChunkCommit::finish() {
+bool ChunkCommit::finishPart() {
     reportOperators();
-    if (!sources.finish() || state.isStopping() || !chain.hasWork()) {
+    return sources.finish() && !state.isStopping();
+}
+
+void ChunkCommit::finish() {
+    if (!finishPart() || !chain.hasWork()) {
         return;
     }
     sources.pass();

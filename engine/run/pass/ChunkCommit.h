@@ -23,6 +23,8 @@ public:
     void commit(ChunkTask& task);
     /// Reports rows, times and failures, and finishes the accumulators. Called once, after the last chunk.
     void finish();
+    /// The same, but finishes no accumulator. @return false if not all rows were read.
+    bool finishPart();
 
 private:
     ChunkPlace placeFor(const Operator& op, const ChunkTask& task) const;

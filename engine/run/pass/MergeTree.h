@@ -2,6 +2,7 @@
 
 #include <velmorak/Kind.h>
 
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -14,7 +15,7 @@ struct ChunkPlace {
     std::uint64_t file = 0;
     std::uint64_t chunk = 0;
 
-    bool operator==(const ChunkPlace&) const = default;
+    auto operator<=>(const ChunkPlace&) const = default;
 };
 
 /// 2^level neighbouring numbers, the first of which is a multiple of 2^level, and the state of those that exist.

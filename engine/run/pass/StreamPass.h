@@ -21,12 +21,24 @@ public:
     /// @param state outlives this.
     /// @param sources in the order of their rows; one may occur twice.
     /// @param operators row-wise plug-ins, concatenations and accumulators, each after those that feed it.
-    StreamPass(RunState& state, const std::vector<std::size_t>& sources,
-               const std::vector<OperatorInstance>& operators);
+    /// @param range chunks to read.
+    StreamPass(RunState& state, const std::vector<std::size_t>& sources, const std::vector<OperatorInstance>& operators,
+               const PassRange& range = {});
 
     /// Passes all rows and finishes the accumulators. A plug-in that fails is left out from there on, with all that it
     /// feeds; the others go on. A source is read no further than some operator needs its rows.
     void execute(Executor& executor);
+
+    /// The steps of execute, for a pass whose states come from elsewhere, or go there.
+    /// @return false if no rows are to be read.
+    bool prepare();
+    void readRows(Executor& executor);
+    void finish() { chunks.finish(); }
+    /// Reports rows and failures; the accumulators are not finished. @return false if not all rows were read.
+    bool finishPart() { return chunks.finishPart(); }
+
+    SourceSet& tables() { return sources; }
+    OperatorChain& operators() { return chain; }
 
 private:
     StagePipeline stages();
