@@ -35,10 +35,11 @@ std::string plugin(const std::string& name, const std::string& kind, const std::
 void writeDocument(const fs::path& file, const std::string& source) {
     std::string plugins = source;
     for (int i = 0; i < 10; ++i) {
-        plugins += "," + plugin("h" + std::to_string(i), "Histogram1D",
-                                R"({"name": "table", "from": ["rows", "table"]}, {"name": "expression", "value": "x + )" +
-                                    std::to_string(i) +
-                                    R"("}, {"name": "low", "value": "0"}, {"name": "high", "value": "20"})");
+        plugins +=
+            "," +
+            plugin("h" + std::to_string(i), "Histogram1D",
+                   R"({"name": "table", "from": ["rows", "table"]}, {"name": "expression", "value": "x + )" +
+                       std::to_string(i) + R"("}, {"name": "low", "value": "0"}, {"name": "high", "value": "20"})");
     }
     std::ofstream(file) << R"({"zedra": 1, "plugins": [)" << plugins << "]}\n";
 }
@@ -92,8 +93,8 @@ void compareWithOneRun(const fs::path& folder) {
         plain.push_back(runOnce(folder));
         ours.push_back(runInParts(folder));
     }
-    printNotSlower("16 parts and a merge, 24 M rows in 16 files, 2 threads", "one run", medianOf(ours),
-                   medianOf(plain), 1.15);
+    printNotSlower("16 parts and a merge, 24 M rows in 16 files, 2 threads", "one run", medianOf(ours), medianOf(plain),
+                   1.15);
 }
 
 /// Writes all parts like the first one, which a process has done, since only the time of merging counts.
@@ -119,14 +120,13 @@ void mergeMany(const fs::path& folder) {
                          R"({"name": "rows", "value": ")" + std::to_string(manyParts * 32768) +
                              R"("}, {"name": "columns", "value": "x: uniform(0, 10)"})"));
     const std::string job = (folder / "many").string();
-    run({VELMORAK_RUN, "--plan", job, "--parts", std::to_string(manyParts), (folder / "many.zedra").string()});
-    run({VELMORAK_RUN, "--part", "1", "-j", "1", job});
-    writeParts(job);
-    const ProcessRun merged =
-        run({VELMORAK_RUN, "--merge", "-j", "1", "--results", (folder / "merged").string(), job});
-    const std::string work = "merging 10,000 parts of ten histograms with 100 bins";
-    print({work, "none", "ms", merged.wallMs, 0.0, 0.0});
-    print({work + ", peak memory", "none", "MB", merged.peakMegabytes, 0.0, 0.0});
+run({VELMORAK_RUN, "--plan", job, "--parts", std::to_string(manyParts), (folder / "many.zedra").string()});
+run({VELMORAK_RUN, "--part", "1", "-j", "1", job});
+writeParts(job);
+const ProcessRun merged = run({VELMORAK_RUN, "--merge", "-j", "1", "--results", (folder / "merged").string(), job});
+const std::string work = "merging 10,000 parts of ten histograms with 100 bins";
+print({work, "none", "ms", merged.wallMs, 0.0, 0.0});
+print({work + ", peak memory", "none", "MB", merged.peakMegabytes, 0.0, 0.0});
 }
 
 }  // namespace

@@ -105,8 +105,7 @@ void RunScheduler::findNeeded() {
         isMore = false;
         for (const std::size_t position : state.plan.reverseOrder()) {
             poll.step();
-            if (!state.runs[position].isNeeded && !isLeftOut(position) &&
-                (state.plan.isInScope(position) || isWanted(position))) {
+            if (!state.runs[position].isNeeded && !isLeftOut(position) && isAskedFor(position)) {
                 state.runs[position].isNeeded = true;
                 state.ledger.expect(position);
                 isMore = true;
@@ -126,6 +125,10 @@ bool RunScheduler::isWanted(std::size_t position) const {
 
 bool RunScheduler::isLeftOut(std::size_t position) const {
     return passRunner && !passRunner->needs(position);
+}
+
+bool RunScheduler::isAskedFor(std::size_t position) const {
+    return state.plan.isInScope(position) || isWanted(position) || (passRunner && passRunner->asksFor(position));
 }
 
 bool RunScheduler::reuse(std::size_t position) {
@@ -275,7 +278,10 @@ bool RunScheduler::passNext() {
     if (passRunner) {
         passRunner->pass(targets, passPlanner, executor);
     } else {
-        StreamPass(state, state.plan.segments(targets.front()), passPlanner.operatorsFor(targets)).execute(executor);
+        FileStates fileStates(state, memory.diskStore(), memory.digests, explains);
+        StreamPass pass(state, state.plan.segments(targets.front()), passPlanner.operatorsFor(targets));
+        pass.keepWith(fileStates);
+        pass.execute(executor);
     }
     return true;
 }

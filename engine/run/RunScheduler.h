@@ -39,6 +39,7 @@ private:
     void findNeeded();
     bool isWanted(std::size_t position) const;
     bool isLeftOut(std::size_t position) const;
+    bool isAskedFor(std::size_t position) const;
     bool reuse(std::size_t position);
     void printReasons();
     void failInvalidNodes();

@@ -289,7 +289,8 @@ private:
 
     /// @return empty for the folder beside the document.
     fs::path resultsOf(const QzManager& manager, const velmorak::PlannedRun& run) const {
-        fs::path folder = options.resultsFolder.empty() ? fs::path(plan.resultsFolder) : fs::path(options.resultsFolder);
+        fs::path folder =
+            options.resultsFolder.empty() ? fs::path(plan.resultsFolder) : fs::path(options.resultsFolder);
         if (!run.folder.empty()) {
             folder = (folder.empty() ? velmorak::pipelineOf(manager).resultsFolder : folder) / run.folder;
         }

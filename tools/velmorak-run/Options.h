@@ -5,11 +5,19 @@
 #include <string>
 #include <vector>
 
-enum ExitStatus { AllDone = 0, NotUsable = 1, PluginFailed = 2, WasStopped = 3, ResultsDiffer = 4, FilesSkipped = 5, PartsMissing = 6 };
+enum ExitStatus {
+    AllDone = 0,
+    NotUsable = 1,
+    PluginFailed = 2,
+    WasStopped = 3,
+    ResultsDiffer = 4,
+    FilesSkipped = 5,
+    PartsMissing = 6
+};
 
 /// The parsed command line.
 struct Options {
-    std::string document;               ///< Or the folder of a job, for part, merge and status.
+    std::string document;  ///< Or the folder of a job, for part, merge and status.
     std::string aidaFile;
     std::vector<std::string> settings;  ///< PLUGIN.INPUT=VALUE
     std::vector<std::string> scans;     ///< PLUGIN.INPUT=VALUES

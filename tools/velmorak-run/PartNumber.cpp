@@ -21,9 +21,9 @@ struct NumberVariable {
 
 /// In the order of precedence: the number in an array of jobs comes before the rank in a parallel program, because each
 /// job of a Slurm array also has the rank 0.
-constexpr std::array variables = {
-    NumberVariable{"SLURM_ARRAY_TASK_ID", 1}, NumberVariable{"SGE_TASK_ID", 1},
-    NumberVariable{"OMPI_COMM_WORLD_RANK", 0}, NumberVariable{"PMI_RANK", 0}, NumberVariable{"SLURM_PROCID", 0}};
+constexpr std::array variables = {NumberVariable{"SLURM_ARRAY_TASK_ID", 1}, NumberVariable{"SGE_TASK_ID", 1},
+                                  NumberVariable{"OMPI_COMM_WORLD_RANK", 0}, NumberVariable{"PMI_RANK", 0},
+                                  NumberVariable{"SLURM_PROCID", 0}};
 
 std::optional<std::size_t> numberIn(std::string_view text) {
     std::size_t number = 0;

@@ -68,9 +68,9 @@ void SourceSet::limit(Segment& segment) const {
     if (first == last) {
         segment.isClosed = true;
     } else if (last - first < segment.files) {
-        std::vector<bool> isWanted(segment.files, false);
-        std::fill_n(isWanted.begin() + static_cast<std::ptrdiff_t>(first - segment.filesBefore), last - first, true);
-        readFiles(*segment.reader, isWanted);
+        std::vector<bool> isRead(segment.files, false);
+        std::fill_n(isRead.begin() + static_cast<std::ptrdiff_t>(first - segment.filesBefore), last - first, true);
+        readFiles(*segment.reader, isRead);
     }
 }
 
@@ -101,8 +101,26 @@ bool SourceSet::read(ChunkTask& task) {
         if (readError || hasCommitError || isAtEndOfRange() || !readNext(task)) {
             return false;
         }
-    } while (ChunkPlace{segments[position]->filesBefore + task.chunk.file, task.chunk.number} < range.begin);
+    } while (isLeftOut(task));
     return true;
+}
+
+bool SourceSet::isLeftOut(const ChunkTask& task) const {
+    const ChunkPlace place{segments[position]->filesBefore + task.chunk.file, task.chunk.number};
+    return place < range.begin || (!wanted.empty() && !wanted[place.file]);
+}
+
+void SourceSet::readOnly(const std::vector<bool>& isWanted) {
+    wanted = isWanted;
+    for (const auto& segment : segments) {
+        const auto first = wanted.begin() + static_cast<std::ptrdiff_t>(segment->filesBefore);
+        const auto end = first + static_cast<std::ptrdiff_t>(segment->files);
+        if (std::find(first, end, true) == end) {
+            segment->isClosed = true;
+        } else if (std::find(first, end, false) != end) {
+            readFiles(*segment->reader, {first, end});
+        }
+    }
 }
 
 bool SourceSet::isAtEndOfRange() const {
@@ -129,7 +147,7 @@ bool SourceSet::readNext(ChunkTask& task) {
     task.error.reset();
     task.timeCompleting = {};
     const ChunkPlace place{segments[position]->filesBefore + task.chunk.file, task.chunk.number};
-    if (place < range.begin || place >= range.end) {
+    if (isLeftOut(task) || place >= range.end) {
         segments[position]->rowsDropped += task.chunk.rows;
     }
     return place < range.end;

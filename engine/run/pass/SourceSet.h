@@ -31,6 +31,8 @@ public:
 
     /// @return false when a source cannot be opened; its node has then failed.
     bool open();
+    /// Leaves out some files. Called before the first read. @param isWanted by file of the pass.
+    void readOnly(const std::vector<bool>& isWanted);
     /// Reads the next chunk that is wanted, perhaps without its columns. @return false when there is none, or a source
     /// has failed.
     bool read(ChunkTask& task);
@@ -78,9 +80,11 @@ private:
     bool readInto(Chunk& chunk);
     void number(ChunkTask& task);
     bool isAtEndOfRange() const;
+    bool isLeftOut(const ChunkTask& task) const;
 
     RunState& state;
     const PassRange range;
+    std::vector<bool> wanted;  ///< By file; empty for all.
     std::vector<std::unique_ptr<Segment>> segments;
     std::size_t position = 0;
     std::uint64_t chunks = 0;

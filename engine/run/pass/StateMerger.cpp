@@ -21,6 +21,11 @@ StateMerger::StateMerger(const Accumulation& accumulation, Accumulator::MergeOrd
     }
 }
 
+void StateMerger::tellFiles(const FileListener& listener) {
+    told = listener;
+    tree.tellFiles(listener);
+}
+
 void StateMerger::take(ChunkPlace place, std::unique_ptr<AccumulatorState> state) {
     if (order == Order::Tree) {
         tree.take(place, std::move(state));
@@ -77,6 +82,9 @@ void StateMerger::beginFile(std::uint64_t number) {
 
 void StateMerger::endFile() {
     if (gathered) {
+        if (told) {
+            told(file, *gathered);
+        }
         tree.take({true, 0, {file, 0, std::move(gathered)}});
     }
 }

@@ -39,6 +39,11 @@ public:
     StateMerger(const Accumulation& accumulation, Accumulator::MergeOrder order, const PassRange& range,
                 std::function<void(StatePiece)> give);
 
+    /// Whether files have states of their own.
+    bool hasFileStates() const { return order != Order::FirstToLast; }
+    /// As MergeTree::tellFiles.
+    void tellFiles(const FileListener& listener);
+
     void take(ChunkPlace place, std::unique_ptr<AccumulatorState> state);
     void take(StatePiece piece);
     /// @return the state of the whole stream; a new one if none was taken. Leaves the merger empty.
@@ -60,6 +65,7 @@ private:
     PassRange range;
     std::function<void(StatePiece)> give;  ///< Empty: all chunks are merged here.
     MergeTree tree;
+    FileListener told;                           ///< Of files that are merged from first to last.
     std::uint64_t file = 0;                      ///< That gathered is the state of.
     std::unique_ptr<AccumulatorState> gathered;  ///< From first to last: of the file so far, or of all rows.
 };

@@ -28,7 +28,13 @@ bool StreamPass::prepare() {
         return false;
     }
     chain.prepare();
-    return chain.hasWork() && !state.isStopping();
+    if (!chain.hasWork() || state.isStopping()) {
+        return false;
+    }
+    if (fileStates) {
+        fileStates->begin(sources, chain);
+    }
+    return true;
 }
 
 void StreamPass::readRows(Executor& executor) {

@@ -25,6 +25,12 @@ public:
     StreamPass(RunState& state, const std::vector<std::size_t>& sources, const std::vector<OperatorInstance>& operators,
                const PassRange& range = {});
 
+    /// States of files are taken from there, and kept there. Called before execute. @param states outlives this.
+    void keepWith(FileStates& states) {
+        fileStates = &states;
+        chunks.keepWith(states);
+    }
+
     /// Passes all rows and finishes the accumulators. A plug-in that fails is left out from there on, with all that it
     /// feeds; the others go on. A source is read no further than some operator needs its rows.
     void execute(Executor& executor);
@@ -49,6 +55,7 @@ private:
     SourceSet sources;
     OperatorChain chain;
     ChunkCommit chunks;
+    FileStates* fileStates = nullptr;
     std::vector<std::unique_ptr<ChunkTask>> tasks;  ///< By slot: one for each chunk in flight.
     double fractionShown = 0.0;                     ///< Never falls.
     std::chrono::steady_clock::time_point began = std::chrono::steady_clock::now();

@@ -14,8 +14,8 @@ public:
     virtual void readOnly(const std::vector<bool>& isWanted) = 0;
 };
 
-/// A second base of a RowWise kind whose operations may be such as RowOperation::countsRows(). What comes after it needs
-/// all rows before a chunk, so that it is not computed in parts.
+/// A second base of a RowWise kind whose operations may be such as RowOperation::countsRows(). What comes after it
+/// needs all rows before a chunk, so that it is not computed in parts.
 class CountingKind {
 public:
     virtual ~CountingKind() = default;
