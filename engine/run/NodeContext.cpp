@@ -90,6 +90,18 @@ void NodeContext::skipFile(const fs::path& file, const std::string& reason) {
     warn("skips a damaged file: " + (isNamed ? reason : "\"" + path + "\": " + reason));
 }
 
+void NodeContext::warnOfMoreSkipped() {
+    std::size_t more = 0;
+    {
+        const MutexLock lock(mutex);
+        more = skipped.size() - std::min(skipped.size(), maxSkippedShown);
+    }
+    if (more > 0) {
+        warn("skips " + std::to_string(more) + " more damaged " + (more == 1 ? "file" : "files") +
+             "; run.json lists all of them");
+    }
+}
+
 std::vector<SkippedFile> NodeContext::skippedFiles() const {
     const MutexLock lock(mutex);
     std::vector<SkippedFile> all;

@@ -73,6 +73,8 @@ public:
     std::vector<AskedFile> askedFiles() const;
     /// @return the files that the plug-in went on without, sorted by path.
     std::vector<SkippedFile> skippedFiles() const;
+    /// Says how many files were skipped without a warning of their own.
+    void warnOfMoreSkipped();
 
 private:
     const RunEnvironment& environment;

@@ -88,6 +88,7 @@ void RunScheduler::reportTo(RunReport& report) {
             needed.push_back(i);
             run.report.written = recordFiles(cache.writtenFiles(i));
             run.report.files = cache.filesInOrder(i);
+            run.context->warnOfMoreSkipped();
         }
     }
     report.files = recordFiles(cache.filesOf(needed));

@@ -32,8 +32,8 @@ struct NodeReport {
     std::vector<Value> outputs;  ///< Parallel to the node's outputs; monostate for a table and for what is missing.
     std::string reason{};        ///< Why it was executed or reused.
     std::vector<RecordedFile> written{};  ///< Complete files that it left, in this run or before it.
-    std::vector<std::string> files{};     ///< Names of the files that it read, now or for a result that was reused.
     bool takesTable = false;              ///< Some input is a table.
+    std::vector<std::string> files{};     ///< Names of the files that it read, now or for a result that was reused.
 };
 
 struct RunReport {

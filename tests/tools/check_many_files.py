@@ -128,6 +128,27 @@ def check_damaged_files(place, schema):
     (data / "b.csv.gz").write_bytes(b"")
 
 
+def check_damaged_blocks(place, muons):
+    """A block that cannot be decompressed is lost together with its chunk, on any number of threads."""
+    data = place.folder / "blocks"
+    data.mkdir()
+    whole = muons.read_bytes()
+    third = len(whole) // 3
+    (data / "a.root").write_bytes(whole)
+    (data / "b.root").write_bytes(whole[:third] + bytes(3000) + whole[third + 3000:])
+    (data / "c.root").write_bytes(whole[:third])
+    (data / "d.root").write_bytes(whole)
+    document = place.document(plugin("In", "RootTable", file="blocks", damaged_files="skip"),
+                              plugin("Sum", "Statistics", data=["In", "table"], expression="nMuon"))
+    results = set()
+    for threads in ("1", "2", "5"):
+        assert place.run("-j", threads, document).returncode == 5
+        record = place.record()
+        assert [pathlib.Path(each["file"]).name for each in record["skipped"]] == ["b.root", "c.root"], record
+        results.add(json.dumps([[each["outputs"], each["rowsOut"]] for each in record["plugins"]]))
+    assert len(results) == 1 and "2000" in results.pop()
+
+
 def check_status_of_a_scan(place):
     """A failure at one point counts more than skipped files at another."""
     document = place.document(*pipeline("damaged", **{"damaged_files": "skip"}))
@@ -178,6 +199,7 @@ def main():
         check_samples_have_weights(place)
         check_messages(place)
         check_damaged_files(place, schemas["record"])
+        check_damaged_blocks(place, docs.parent / "examples" / "Particle_physics" / "muons.root")
         check_status_of_a_scan(place)
         check_a_report_lists_damaged_files(place)
         check_ten_thousand_files(place, schemas["events"])
