@@ -260,7 +260,8 @@ def check_full_disk(place):
 
 
 def check_kills(place, times):
-    """Kills parts at random moments; each is then done, and the results are right."""
+    """Kills parts at random moments; each is then done, and the results are right. A program that is killed while it loads
+    a collection leaves a note about it, by which later ones refuse it; the notes of these are kept apart."""
     generator = random.Random(4)
     document = place.document(*table(1000000))
     shutil.rmtree(place.folder / "plain")
@@ -276,13 +277,15 @@ def check_kills(place, times):
             path = place.folder / "job" / "parts" / ("%05d.part" % number)
             path.unlink(missing_ok=True)
             run = subprocess.Popen([place.runner, "--part", str(number), "-j", "2", "job"], cwd=place.folder,
-                                   env=place.environment, stderr=subprocess.DEVNULL)
+                                   env=dict(place.environment, XDG_STATE_HOME=str(place.folder / "killed")),
+                                   stderr=subprocess.DEVNULL)
             try:
                 run.wait(generator.uniform(0, 1.1 * whole))
             except subprocess.TimeoutExpired:
                 run.send_signal(signal.SIGKILL)
                 run.wait()
                 killed += 1
+            shutil.rmtree(place.folder / "killed", ignore_errors=True)
             fine(place.run("--part", str(number), "-j", "2", "job"))
     shutil.rmtree(place.folder / "merged", ignore_errors=True)
     fine(place.run("--merge", "-j", "2", "--results", "merged", "job"))
@@ -295,6 +298,7 @@ def main(runner, examples, *flags):
     os.environ["VELMORAK_CACHE_LIMIT"] = "0"
     with Place(runner) as place:
         place.environment["VELMORAK_CACHE_LIMIT"] = "0"
+        place.environment["XDG_STATE_HOME"] = str(place.folder / "state")
         check_files(place)
         shutil.rmtree(place.folder / "plain")
         check_cut_file(place)
