@@ -6,7 +6,7 @@
 #include <sstream>
 #include <string>
 
-/// What every benchmark program writes, for scripts/bench to gather into one table: a line for each comparison on
+/// The output of every benchmark program, which scripts/bench gathers into one table: a line for each comparison on
 /// standard output, "row" and seven fields, with tabs between. Anything else that a program writes is shown as it is.
 namespace velmorak::bench {
 
@@ -23,7 +23,7 @@ struct Row {
     std::string unit;  ///< Of the two medians: "ms", "MB/s", "MB".
     double ours = 0.0;
     double others = 0.0;
-    double ratio = 0.0;  ///< Which way round it is, the limit's sense says: higher is better where at least is asked.
+    double ratio = 0.0;  ///< Higher is better where the limit is "at least", lower where it is "at most".
     std::optional<Limit> limit = {};
 };
 

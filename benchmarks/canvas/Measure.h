@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-/// What a piece of work took, in ms. A busy machine lengthens the time on the processor much less than the other.
+/// The time for a piece of work, in ms. A busy machine lengthens the time on the processor much less than the other.
 struct Spent {
     double wall = 0;
     double processor = 0;  ///< Of this process alone, without the X server.

@@ -5,7 +5,7 @@
 
 namespace velmorak::bench {
 
-/// What a program took from its start to its end.
+/// Time and memory that a program used.
 struct ProcessRun {
     double wallMs = 0.0;
     double processorMs = 0.0;

@@ -50,7 +50,7 @@ void execute(const Pipeline& pipeline, bool isTerminal, RunListener* listener) {
     runner.run(pipeline);
 }
 
-/// What each chunk costs also where nothing is shown: being asked whether it is time. In ms for all chunks.
+/// The cost of each chunk even if nothing is shown: checking whether it is time. In ms for all chunks.
 double timeOfAsking() {
     std::ostringstream stream;
     Messages messages(stream, false);

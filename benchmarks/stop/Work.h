@@ -8,7 +8,7 @@
 
 namespace velmorak::bench {
 
-/// What a run does most of its time, with the shipped kinds.
+/// The work that takes most of the time of a run, with the shipped kinds.
 struct Phase {
     std::string name;
     std::string plugins;  ///< Of the document.

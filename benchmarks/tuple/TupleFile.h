@@ -9,7 +9,7 @@
 
 namespace velmorak::bench {
 
-/// A run that nothing hangs on.
+/// A run without a user interface.
 class IdleRun : public RunContext {
 public:
     bool isStopping() const override { return false; }
@@ -27,7 +27,7 @@ private:
     std::string name = "Benchmark";
 };
 
-/// A folder for the files of one program, gone with it.
+/// A folder for the files of one program, which is removed with it.
 class Folder {
 public:
     Folder();

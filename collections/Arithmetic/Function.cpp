@@ -1,5 +1,6 @@
 #include "Gradient.h"
 #include "kinds.h"
+#include "shared/AppendInputs.h"
 
 #include <velmorak/Expression.h>
 #include <velmorak/NamedNumbers.h>
@@ -105,9 +106,7 @@ Ports FunctionKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
     if (const auto expression = values.find("expression"); expression != values.end()) {
-        for (InputSpec& input : numbersOf(expression->second).inputs()) {
-            ports.inputs.push_back(std::move(input));
-        }
+        appendInputs(ports.inputs, numbersOf(expression->second).inputs());
     }
     ports.outputs = {
         {.name = "value", .description = "Value of the expression, in its unit, with its error."},

@@ -1,12 +1,15 @@
 #pragma once
 
 #include "DecimalGrid.h"
-#include "Fillers.h"
+#include "FillInto.h"
+#include "FillList.h"
+#include "LoadedLike.h"
 #include "ScatterAdd.h"
 
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -23,9 +26,10 @@ public:
 
     void fill(const FillBatch& batch) {
         AutomaticRange part(wantedBins);
-        part.take(batch);
-        if (part.x.size() > maxCells) {
-            part.settle(DecimalGrid(part.lowest(), part.highest(), maxCells));
+        part.kept = FillList(batch);
+        std::tie(part.low, part.high) = part.kept.range();
+        if (part.kept.size() > maxCells) {
+            part.toCells(DecimalGrid(part.lowest(), part.highest(), maxCells));
         }
         merge(part);
     }
@@ -33,15 +37,13 @@ public:
     void merge(AutomaticRange& other) {
         low = std::min(low, other.low);
         high = std::max(high, other.high);
-        if (!object && !other.object && x.size() + other.x.size() <= maxCells) {
-            append(x, other.x);
-            append(y, other.y);
-            append(weights, other.weights);
+        if (!object && !other.object && kept.size() + other.kept.size() <= maxCells) {
+            kept.append(other.kept);
             return;
         }
         const DecimalGrid joint(lowest(), highest(), maxCells);
-        settle(joint);
-        other.settle(joint);
+        toCells(joint);
+        other.toCells(joint);
         object->merge(*other.object);
     }
 
@@ -50,10 +52,10 @@ public:
         const RoundBins bins(whole, wantedBins);
         if (!object) {
             auto filled = onAxis<Object>(bins.axis(whole));
-            fillInto(filled, kept());
+            fillInto(filled, kept.batch());
             return filled;
         }
-        settle(whole);
+        toCells(whole);
         std::vector<std::size_t> target(whole.count() + 2, 0);
         for (std::size_t i = 0; i < whole.count(); ++i) {
             target[i + 1] = bins.binOf(whole.first() + static_cast<std::int64_t>(i)) + 1;
@@ -65,9 +67,7 @@ public:
     void save(StateWriter& writer) const {
         writer.number(low);
         writer.number(high);
-        for (const std::vector<double>* column : {&x, &y, &weights}) {
-            writer.list(*column);
-        }
+        kept.save(writer);
         writer.number<bool>(object.has_value());
         if (object) {
             writer.object(*object);
@@ -76,12 +76,7 @@ public:
     void load(StateReader& reader) {
         low = reader.number<double>();
         high = reader.number<double>();
-        for (std::vector<double>* column : {&x, &y, &weights}) {
-            *column = reader.list();
-        }
-        constexpr bool hasY = Object::Sums::pairs > 1;
-        reader.require(y.size() == (hasY ? x.size() : 0) && (weights.empty() || weights.size() == x.size()),
-                       "its columns have different lengths");
+        kept.load(reader, Object::Sums::pairs > 1);
         reader.require(std::abs(lowest()) <= DecimalGrid::maxNumber && std::abs(highest()) <= DecimalGrid::maxNumber,
                        "its range is impossible");
         if (reader.number<bool>()) {
@@ -104,40 +99,12 @@ private:
                                                   std::min(highest() + margin, DecimalGrid::maxNumber), maxCells);
     }
 
-    static void append(std::vector<double>& target, const std::vector<double>& source) {
-        target.insert(target.end(), source.begin(), source.end());
-    }
-    static void append(std::vector<double>& target, const double* source, std::size_t count) {
-        if (source) {
-            target.assign(source, source + count);
-        }
-    }
-
-    void take(const FillBatch& batch) {
-        append(x, batch.x, batch.count);
-        append(y, batch.y, batch.count);
-        append(weights, batch.weights, batch.count);
-        for (std::size_t i = 0; i < x.size(); ++i) {
-            const bool isLeftOut = !std::isfinite(x[i]) || (!y.empty() && std::isnan(y[i])) ||
-                                   (!weights.empty() && std::isnan(weights[i]));
-            low = isLeftOut ? low : std::min(low, x[i]);
-            high = isLeftOut ? high : std::max(high, x[i]);
-        }
-    }
-
-    FillBatch kept() const {
-        return {.x = x.data(),
-                .y = y.empty() ? nullptr : y.data(),
-                .weights = weights.empty() ? nullptr : weights.data(),
-                .count = x.size()};
-    }
-
     /// Moves the kept fills, or the cells so far, into the cells of a grid that is no finer.
-    void settle(const DecimalGrid& target) {
+    void toCells(const DecimalGrid& target) {
         if (!object) {
             object = onAxis<Object>(target.axis());
-            fillInto(*object, kept());
-            x = y = weights = {};
+            fillInto(*object, kept.batch());
+            kept = {};
         } else {
             std::vector<std::size_t> cells(grid->count() + 2, 0);
             for (std::size_t i = 0; i < grid->count(); ++i) {
@@ -164,9 +131,7 @@ private:
     std::size_t maxCells;
     double low = std::numeric_limits<double>::infinity();
     double high = -std::numeric_limits<double>::infinity();
-    std::vector<double> x;
-    std::vector<double> y;
-    std::vector<double> weights;
+    FillList kept;
     std::optional<DecimalGrid> grid;
     std::optional<Object> object;
 };

@@ -2,6 +2,7 @@
 
 #include "Binning.h"
 #include "Categories.h"
+#include "FillKind.h"
 #include "Filling.h"
 
 #include <velmorak/Expression.h>
@@ -14,7 +15,7 @@ namespace velmorak {
 
 namespace {
 
-/// What is counted: the values of an expression, with their weight.
+/// The expression whose values are counted, and the weight of each.
 class CategoryExpression {
 public:
     CategoryExpression(const Arguments& arguments, const Schema& schema);
@@ -126,17 +127,17 @@ public:
 private:
     Histogram1D histogramOf(const Categories<Key>& categories) const {
         std::vector<std::string> labels;
-        CellVector<BinSums> cells(1);
-        for (const std::size_t position : categories.order(isSorted)) {
+        const std::vector<std::size_t> order = categories.order(isSorted);
+        CellVector<BinSums> cells(std::max(order.size(), std::size_t{1}) + 2);
+        for (const std::size_t position : order) {
             const CategorySums& sums = categories.sums(position);
-            cells.push_back(BinSums::at({static_cast<double>(labels.size())}, sums.entries, sums.w, sums.ww));
+            const auto x = static_cast<double>(labels.size());
+            cells[labels.size() + 1] = BinSums::at({x}, sums.entries, sums.w, sums.ww);
             labels.push_back(labelOf(categories.key(position), quantity.type()));
         }
         if (labels.empty()) {
             labels.emplace_back();
-            cells.emplace_back();
         }
-        cells.emplace_back();
         return {Axis::ofCategories(std::move(labels)), std::move(cells), categories.nans()};
     }
 
@@ -145,32 +146,7 @@ private:
     Naming naming;
 };
 
-/// Counts the different values of a quantity.
-class CategoryHistogramKind : public FillKind {
-public:
-    std::string name() const override { return "CategoryHistogram"; }
-    std::string summary() const override;
-    std::string notes() const override;
-    Ports ports(const ValueTexts& values) const override;
-    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
-                                          RunContext& context) const override;
-};
-
-}  // namespace
-
-std::string CategoryHistogramKind::summary() const {
-    return "Fills a histogram with one bin for each different text or integer of a table, with weights.";
-}
-
-std::string CategoryHistogramKind::notes() const {
-    return R"(Each different value of the expression gets a bin, which is labelled with it; the bins are centred at 0, 1, 2 ... Sorted
-bins ascend by number, or by the bytes of the texts, so that capital letters come before small ones. The order of
-appearance is that of the rows. Either order, and every bit of the sums, is the same for any number of threads. If the
-weight is NaN, the fill is counted separately and goes into no bin. There may be up to 100000 different values; a table
-without rows gives one empty bin without a label.)";
-}
-
-Ports CategoryHistogramKind::ports(const ValueTexts&) const {
+Ports categoryPorts() {
     InputSpec expression = expressionInput();
     expression.description =
         "Quantity whose different values are counted: a column or an expression that gives texts, integers or truth "
@@ -190,9 +166,9 @@ Ports CategoryHistogramKind::ports(const ValueTexts&) const {
               .type = ValueType::Histogram}}};
 }
 
-std::unique_ptr<Accumulation> CategoryHistogramKind::prepare(const Arguments& arguments, const Schema* schema,
-                                                             RunContext& context) const {
-    CategoryExpression quantity(arguments, neededTable(schema));
+std::unique_ptr<Accumulation> categoryFilling(const Arguments& arguments, const Schema& schema,
+                                              const RunContext& context) {
+    CategoryExpression quantity(arguments, schema);
     Naming naming(arguments, context, {titleOr(arguments, "axis", arguments.text("expression"))});
     const bool isSorted = arguments.text("order") == "sorted";
     if (quantity.type() == ColumnType::Text) {
@@ -201,8 +177,21 @@ std::unique_ptr<Accumulation> CategoryHistogramKind::prepare(const Arguments& ar
     return std::make_unique<CategoryFilling<std::int64_t>>(std::move(quantity), isSorted, std::move(naming));
 }
 
+}  // namespace
+
+/// Counts the different values of a quantity.
 std::unique_ptr<Kind> makeCategoryHistogram() {
-    return std::make_unique<CategoryHistogramKind>();
+    return std::make_unique<FillKind>(FillKind::Description{
+        .name = "CategoryHistogram",
+        .summary = "Fills a histogram with one bin for each different text or integer of a table, with weights.",
+        .notes =
+            R"(Each different value of the expression gets a bin, which is labelled with it; the bins are centred at 0, 1, 2 ... Sorted
+bins ascend by number, or by the bytes of the texts, so that capital letters come before small ones. The order of
+appearance is that of the rows. Either order, and every bit of the sums, is the same for any number of threads. If the
+weight is NaN, the fill is counted separately and goes into no bin. There may be up to 100000 different values; a table
+without rows gives one empty bin without a label.)",
+        .ports = categoryPorts(),
+        .prepare = categoryFilling});
 }
 
 }  // namespace velmorak

@@ -119,16 +119,21 @@ private:
         if (operation == "subtract") {
             other.multiply(-1.0);
         }
-        cells[cell].add(other);
-        return symmetric(cells[cell].w, cells[cell].ww);
+        if (!isZero(second.cells()[cell])) {
+            cells[cell].add(other);
+        }
+        const auto& sum = std::as_const(cells)[cell];
+        return symmetric(sum.w, sum.ww);
     }
 
     BinResult otherIn(std::size_t cell) {
         const BinResult outcome =
             first.grid().isInside(cell) ? combined(first.cells()[cell], second.cells()[cell], operation, z) : nothing();
-        cells[cell].w = outcome.value;
-        cells[cell].ww = outcome.squaredError;
-        takeMomentsFromCentre(cells[cell], first.grid(), cell);
+        if (outcome.value != 0.0 || outcome.squaredError != 0.0 || !isZero(first.cells()[cell])) {
+            cells[cell].w = outcome.value;
+            cells[cell].ww = outcome.squaredError;
+            takeMomentsFromCentre(cells[cell], first.grid(), cell);
+        }
         return outcome;
     }
 
@@ -158,9 +163,7 @@ void combine(const Histogram& first, const Histogram& second, const Arguments& a
              const RunContext& context) {
     requireSameBins(first, second, arguments);
     auto cells = second.cells();
-    for (auto& cell : cells) {
-        cell.multiply(arguments.number("factor"));
-    }
+    cells.changeFilled([&](auto& cell) { cell.multiply(arguments.number("factor")); });
     Combination<Histogram> combination(first, Histogram(second.grid(), std::move(cells), second.nanEntries()),
                                        arguments);
     combination.evaluate();

@@ -1,5 +1,7 @@
 #include "FillExpression.h"
 
+#include <velmorak/StateBytes.h>
+
 #include <utility>
 
 namespace velmorak {
@@ -64,6 +66,22 @@ ColumnPtr firstList(const std::vector<ColumnPtr>& columns) {
     return nullptr;
 }
 
+void saveColumn(StateWriter& writer, const ColumnPtr& column) {
+    writer.number<bool>(column != nullptr);
+    if (column) {
+        writer.list(column->reals());
+    }
+}
+
+ColumnPtr loadedColumn(StateReader& reader) {
+    if (!reader.number<bool>()) {
+        return nullptr;
+    }
+    Column column;
+    column.values = reader.list<Column::Reals>();
+    return std::make_shared<const Column>(std::move(column));
+}
+
 }  // namespace
 
 FillExpression::FillExpression(const Arguments& arguments, const Schema& schema,
@@ -89,6 +107,26 @@ FillBatch FillExpression::Values::batch() const {
             .z = column(2),
             .weights = weights ? weights->reals().data() : nullptr,
             .count = coordinates.front()->reals().size()};
+}
+
+void FillExpression::Values::save(StateWriter& writer) const {
+    saveColumn(writer, weights);
+    for (const ColumnPtr& column : coordinates) {
+        saveColumn(writer, column);
+    }
+}
+
+void FillExpression::Values::load(StateReader& reader, std::size_t count) {
+    weights = loadedColumn(reader);
+    coordinates.clear();
+    for (std::size_t i = 0; i < count; ++i) {
+        coordinates.push_back(loadedColumn(reader));
+        const ColumnPtr& column = coordinates.back();
+        reader.require(column && column->valueCount() == coordinates.front()->valueCount(),
+                       "its columns have different lengths");
+    }
+    reader.require(!weights || weights->valueCount() == coordinates.front()->valueCount(),
+                   "it does not have a weight for each value");
 }
 
 FillExpression::Values FillExpression::values(const Chunk& chunk) const {

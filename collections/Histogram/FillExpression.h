@@ -14,7 +14,7 @@ struct FillBatch {
     std::size_t count = 0;
 };
 
-/// What is filled from a table: one to three expressions and their weight, evaluated chunk by chunk.
+/// The quantities of a fill: one to three expressions of columns and their weight, evaluated chunk by chunk.
 /// Shape:   a list expression gives all its values; a single value applies to all values of the list in its row.
 /// Threads: values may be called by several threads at once.
 class FillExpression {
@@ -30,6 +30,9 @@ public:
         ColumnPtr weights;                   ///< Null for a weight of 1 each; else as long as they are.
 
         FillBatch batch() const;
+        void save(StateWriter& writer) const;
+        /// @param count number of expressions.
+        void load(StateReader& reader, std::size_t count);
     };
     /// @throws Failure if a row's lists have different lengths.
     Values values(const Chunk& chunk) const;

@@ -2,7 +2,9 @@
 
 #include "AutomaticRange.h"
 #include "Binning.h"
+#include "FillKind.h"
 #include "Filling.h"
+#include "shared/AppendInputs.h"
 
 #include <utility>
 
@@ -23,30 +25,48 @@ std::unique_ptr<Accumulation> fillingOf(const Arguments& arguments, FillExpressi
         std::move(quantity), axis.bins() + 2, [axis] { return onAxis<Object>(axis); }, std::move(naming), output);
 }
 
-/// Fills a one-dimensional histogram.
-class Histogram1DKind : public FillKind {
-public:
-    std::string name() const override { return "Histogram1D"; }
-    std::string summary() const override;
-    Ports ports(const ValueTexts& values) const override;
-    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
-                                          RunContext& context) const override;
-};
+/// The inputs for the axis, for the titles and for the range.
+std::vector<InputSpec> rangeInputs(const std::string& expression) {
+    std::vector<InputSpec> inputs = axisInputs(expression);
+    appendInputs(inputs, {titleInput(), axisTitleInput("axis", expression), rangeInput()});
+    return inputs;
+}
 
-/// Fills the mean of one quantity in bins of another.
-class Profile1DKind : public FillKind {
-public:
-    std::string name() const override { return "Profile1D"; }
-    std::string summary() const override;
-    std::string notes() const override;
-    Ports ports(const ValueTexts& values) const override;
-    std::unique_ptr<Accumulation> prepare(const Arguments& arguments, const Schema* schema,
-                                          RunContext& context) const override;
-};
+Ports histogramPorts() {
+    Ports ports{{tableInput(), expressionInput(), weightInput()},
+                {{.name = "histogram",
+                  .description = "Entries and sums of weights in each bin, with underflow and overflow; NaN is "
+                                 "counted separately.",
+                  .type = ValueType::Histogram}}};
+    appendInputs(ports.inputs, rangeInputs("the expression"));
+    return ports;
+}
 
-}  // namespace
+Ports profilePorts() {
+    Ports ports{
+        quantityInputs({"Quantity that is binned", "Quantity that is averaged in each bin"}),
+        {{.name = "profile",
+          .description = "Mean of y with its error in each bin of x, in the unit of y; NaN is counted separately.",
+          .type = ValueType::Profile}}};
+    appendInputs(ports.inputs, rangeInputs("x"));
+    return ports;
+}
 
-std::string FillKind::notes() const {
+std::unique_ptr<Accumulation> histogramFilling(const Arguments& arguments, const Schema& schema,
+                                               const RunContext& context) {
+    FillExpression quantity(arguments, schema);
+    Naming naming(arguments, context, {titleOr(arguments, "axis", quantity.label())});
+    return fillingOf<Histogram1D>(arguments, std::move(quantity), std::move(naming), "histogram");
+}
+
+std::unique_ptr<Accumulation> profileFilling(const Arguments& arguments, const Schema& schema,
+                                             const RunContext& context) {
+    FillExpression quantity(arguments, schema, {"x", "y"});
+    Naming naming(arguments, context, {titleOr(arguments, "axis", quantity.label(0))});
+    return fillingOf<Profile1D>(arguments, std::move(quantity), std::move(naming), "profile");
+}
+
+std::string binNotes() {
     return R"(A bin holds the values from its lower edge up to, but excluding, its upper edge. Each bin stores the number of
 fills and the sums of w, w², w x and w x², where x is the value and w its weight; so do underflow and overflow. If the value
 or its weight is NaN, the fill is counted separately and goes into no bin; an infinite value is underflow or overflow. The
@@ -60,77 +80,29 @@ finite values the range is the one for a value of 0, and around a single value i
 10000 bins.)";
 }
 
-std::string FillKind::refusal(const std::string& input, const std::string& value) const {
-    if (input == "expression" || input == "x" || input == "y" || input == "z" || input == "weight") {
-        return expressionRefusal(value);
-    }
-    if (input == "edges" || input == "xedges" || input == "yedges" || input == "zedges") {
-        return edgesRefusal(value);
-    }
-    return {};
-}
-
-std::string Histogram1DKind::summary() const {
-    return "Fills a histogram with a quantity of a table, with weights and exact moments in each bin.";
-}
-
-Ports Histogram1DKind::ports(const ValueTexts&) const {
-    Ports ports;
-    ports.inputs = {tableInput(), expressionInput(), weightInput()};
-    append(ports, axisInputs("the expression"));
-    append(ports, {titleInput(), axisTitleInput("axis", "the expression"), rangeInput()});
-    ports.outputs = {{.name = "histogram",
-                      .description = "Entries and sums of weights in each bin, with underflow and overflow; NaN is "
-                                     "counted separately.",
-                      .type = ValueType::Histogram}};
-    return ports;
-}
-
-std::unique_ptr<Accumulation> Histogram1DKind::prepare(const Arguments& arguments, const Schema* schema,
-                                                       RunContext& context) const {
-    FillExpression quantity(arguments, neededTable(schema));
-    Naming naming(arguments, context, {titleOr(arguments, "axis", quantity.label())});
-    return fillingOf<Histogram1D>(arguments, std::move(quantity), std::move(naming), "histogram");
-}
-
-std::string Profile1DKind::summary() const {
-    return "Fills the mean and spread of one quantity of a table in bins of another.";
-}
-
-std::string Profile1DKind::notes() const {
-    return R"(In each bin of x, with w the weights: mean = sum of w y / sum of w, rms² = sum of w y² / sum of w - mean²,
-and the error of the mean is rms / root of n, where n = (sum of w)² / sum of w² is the effective number of entries. The rms is
-that of the population. The mean of a bin without fills is NaN.
-
-)" + FillKind::notes();
-}
-
-Ports Profile1DKind::ports(const ValueTexts&) const {
-    Ports ports;
-    ports.inputs = {tableInput(), coordinateInput("x", "Quantity that is binned"),
-                    coordinateInput("y", "Quantity that is averaged in each bin"), weightInput()};
-    append(ports, axisInputs("x"));
-    append(ports, {titleInput(), axisTitleInput("axis", "x"), rangeInput()});
-    ports.outputs = {
-        {.name = "profile",
-         .description = "Mean of y with its error in each bin of x, in the unit of y; NaN is counted separately.",
-         .type = ValueType::Profile}};
-    return ports;
-}
-
-std::unique_ptr<Accumulation> Profile1DKind::prepare(const Arguments& arguments, const Schema* schema,
-                                                     RunContext& context) const {
-    FillExpression quantity(arguments, neededTable(schema), {"x", "y"});
-    Naming naming(arguments, context, {titleOr(arguments, "axis", quantity.label(0))});
-    return fillingOf<Profile1D>(arguments, std::move(quantity), std::move(naming), "profile");
-}
+}  // namespace
 
 std::unique_ptr<Kind> makeHistogram1D() {
-    return std::make_unique<Histogram1DKind>();
+    return std::make_unique<FillKind>(FillKind::Description{
+        .name = "Histogram1D",
+        .summary = "Fills a histogram with a quantity of a table, with weights and exact moments in each bin.",
+        .notes = binNotes(),
+        .ports = histogramPorts(),
+        .prepare = histogramFilling});
 }
 
 std::unique_ptr<Kind> makeProfile1D() {
-    return std::make_unique<Profile1DKind>();
+    return std::make_unique<FillKind>(FillKind::Description{
+        .name = "Profile1D",
+        .summary = "Fills the mean and spread of one quantity of a table in bins of another.",
+        .notes =
+            R"(In each bin of x, with w the weights: mean = sum of w y / sum of w, rms² = sum of w y² / sum of w - mean²,
+and the error of the mean is rms / root of n, where n = (sum of w)² / sum of w² is the effective number of entries. The rms is
+that of the population. The mean of a bin without fills is NaN.
+
+)" + binNotes(),
+        .ports = profilePorts(),
+        .prepare = profileFilling});
 }
 
 }  // namespace velmorak

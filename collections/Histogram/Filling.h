@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Fillers.h"
+#include "LateState.h"
 
 #include <velmorak/ChunkSize.h>
 #include <velmorak/Kind.h>
@@ -12,15 +13,8 @@
 #include <utility>
 #include <vector>
 
-/// What the kinds share that fill an object from the rows of a table.
+/// Accumulations that fill an object from the rows of a table.
 namespace velmorak {
-
-inline const Schema& neededTable(const Schema* schema) {
-    if (!schema) {
-        throw Failure("table", "nothing is wired");
-    }
-    return *schema;
-}
 
 inline std::string titleOr(const Arguments& arguments, const std::string& input, const std::string& otherwise) {
     return arguments.text(input).empty() ? otherwise : arguments.text(input);
@@ -115,30 +109,5 @@ std::unique_ptr<Accumulation> givenFilling(FillExpression quantity, std::size_t 
     }
     return filling(std::move(quantity), GivenRange<Object>(make()), std::move(naming), output);
 }
-
-inline InputSpec tableInput() {
-    return {.name = "table", .description = "Table whose rows are filled.", .type = ValueType::Table};
-}
-
-inline InputSpec coordinateInput(const std::string& name, const std::string& meaning) {
-    InputSpec input = expressionInput();
-    input.name = name;
-    input.description =
-        meaning + ": a column or an expression of columns, in their unit. Of a list, all values are filled.";
-    return input;
-}
-
-inline void append(Ports& ports, std::vector<InputSpec> inputs) {
-    for (InputSpec& input : inputs) {
-        ports.inputs.push_back(std::move(input));
-    }
-}
-
-/// Kinds that fill an object from the rows of a table.
-class FillKind : public Accumulator {
-public:
-    std::string notes() const override;
-    std::string refusal(const std::string& input, const std::string& value) const override;
-};
 
 }  // namespace velmorak

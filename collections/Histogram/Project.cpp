@@ -28,7 +28,7 @@ bool isTaken(const Axis& axis, std::size_t cell, double low, double high) {
     return axis.center(cell - 1) >= low && axis.center(cell - 1) < high;
 }
 
-/// What is kept of a histogram with one more axis.
+/// The axes that are kept, and the range of the axis that is summed over.
 template <std::size_t axes>
 struct Projection {
     std::array<std::size_t, axes + 1> order;  ///< The kept directions and then the summed one.
@@ -69,10 +69,11 @@ void project(const Histogram<axes + 1>& source, const Projection<axes>& projecti
     const Grid<axes> grid =
         gridOf<axes>([&](std::size_t direction) { return source.grid().axis(projection.order[direction]); });
     const CellVector<CellSums<axes + 1>> sums = projected<axes>(source, grid, projection);
-    CellVector<CellSums<axes>> heights;
-    heights.reserve(sums.size());
-    for (const CellSums<axes + 1>& cell : sums) {
-        heights.push_back(cell.of(firstOnes<axes>()));
+    CellVector<CellSums<axes>> heights(sums.size());
+    for (std::size_t cell = 0; cell < sums.size(); ++cell) {
+        if (!isZero(sums[cell])) {
+            heights[cell] = sums[cell].template of(firstOnes<axes>());
+        }
     }
     deliver(Histogram<axes>(grid, std::move(heights), source.nanEntries()), source, arguments, context, results);
     auto profile = std::make_shared<Profile<axes>>(grid, sums, CellVector<ProfileReading>{}, source.nanEntries());

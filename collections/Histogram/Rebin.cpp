@@ -3,6 +3,7 @@
 #include "Binning.h"
 #include "Objects.h"
 #include "ScatterAdd.h"
+#include "shared/AppendInputs.h"
 
 #include <algorithm>
 #include <array>
@@ -141,9 +142,7 @@ Ports RebinKind::ports(const ValueTexts&) const {
          {std::pair<std::string, std::string>{"", "horizontal axis"},
           std::pair<std::string, std::string>{"y", "vertical axis of a histogram of more dimensions"},
           std::pair<std::string, std::string>{"z", "third axis of a three-dimensional histogram"}}) {
-        for (InputSpec& input : joiningInputs(prefix, axis)) {
-            ports.inputs.push_back(std::move(input));
-        }
+        appendInputs(ports.inputs, joiningInputs(prefix, axis));
     }
     ports.inputs.push_back(derivedTitleInput());
     ports.outputs = {

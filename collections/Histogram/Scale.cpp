@@ -32,8 +32,10 @@ Histogram scaled(const Histogram& histogram, const std::string& mode, double fac
     }
     auto cells = histogram.cells();
     for (std::size_t cell = 0; cell < cells.size(); ++cell) {
-        cells[cell].multiply(mode == "width" && histogram.grid().isInside(cell) ? common / histogram.grid().sizeOf(cell)
-                                                                                : common);
+        if (!isZero(histogram.cells()[cell])) {
+            const bool isByWidth = mode == "width" && histogram.grid().isInside(cell);
+            cells[cell].multiply(isByWidth ? common / histogram.grid().sizeOf(cell) : common);
+        }
     }
     return {histogram.grid(), std::move(cells), histogram.nanEntries()};
 }

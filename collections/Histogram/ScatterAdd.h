@@ -12,7 +12,9 @@ template <typename Sums>
 CellVector<Sums> gathered(const CellVector<Sums>& cells, const std::vector<std::size_t>& target, std::size_t count) {
     CellVector<Sums> all(count);
     for (std::size_t i = 0; i < cells.size(); ++i) {
-        all[target[i]].add(cells[i]);
+        if (!isZero(cells[i])) {
+            all[target[i]].add(cells[i]);
+        }
     }
     return all;
 }

@@ -7,7 +7,7 @@
 
 namespace velmorak {
 
-/// What a fit records in the annotation of its function.
+/// The results that a fit records in the annotation of its function.
 struct FitNotes {
     std::optional<double> chi2;
     std::optional<double> ndf;

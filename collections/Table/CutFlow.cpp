@@ -2,6 +2,7 @@
 
 #include "Condition.h"
 #include "Cuts.h"
+#include "shared/AppendInputs.h"
 
 #include <velmorak/FormatMeasurement.h>
 #include <velmorak/NamedNumbers.h>
@@ -246,9 +247,10 @@ std::string FlowAccumulation::described(const std::vector<BinSums>& steps) const
 }
 
 Value FlowAccumulation::histogramOf(const std::vector<BinSums>& steps) const {
-    CellVector<BinSums> cells(1);
-    cells.insert(cells.end(), steps.begin(), steps.end());
-    cells.emplace_back();
+    CellVector<BinSums> cells(steps.size() + 2);
+    for (std::size_t step = 0; step < steps.size(); ++step) {
+        cells[step + 1] = steps[step];
+    }
     auto histogram = std::make_shared<Histogram1D>(Axis(steps.size(), -0.5, static_cast<double>(steps.size()) - 0.5),
                                                    std::move(cells), 0);
     histogram->name = context.pluginName();
@@ -291,9 +293,7 @@ std::string CutFlowKind::notes() const {
 Ports CutFlowKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
-    for (InputSpec& input : numbersOf(valueOr(values, "cuts"), valueOr(values, "weight")).inputs()) {
-        ports.inputs.push_back(std::move(input));
-    }
+    appendInputs(ports.inputs, numbersOf(valueOr(values, "cuts"), valueOr(values, "weight")).inputs());
     ports.outputs = {
         {.name = "rows", .description = "Number of rows that pass all cuts.", .type = ValueType::Number},
         {.name = "weights",

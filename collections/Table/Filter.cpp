@@ -1,6 +1,7 @@
 #include "kinds.h"
 
 #include "Condition.h"
+#include "shared/AppendInputs.h"
 
 #include <velmorak/NamedNumbers.h>
 
@@ -60,9 +61,7 @@ Ports FilterKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
     if (const auto condition = values.find("condition"); condition != values.end()) {
-        for (InputSpec& input : numbersOf(condition->second).inputs()) {
-            ports.inputs.push_back(std::move(input));
-        }
+        appendInputs(ports.inputs, numbersOf(condition->second).inputs());
     }
     ports.outputs = {
         {.name = "table", .description = "The rows that passed, with all their columns.", .type = ValueType::Table}};

@@ -1,4 +1,5 @@
 #include "kinds.h"
+#include "shared/AppendInputs.h"
 
 #include <velmorak/Expression.h>
 #include <velmorak/NamedNumbers.h>
@@ -91,9 +92,7 @@ Ports FormulaKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
     if (const auto expression = values.find("expression"); expression != values.end()) {
-        for (InputSpec& input : numbersOf(expression->second).inputs()) {
-            ports.inputs.push_back(std::move(input));
-        }
+        appendInputs(ports.inputs, numbersOf(expression->second).inputs());
     }
     ports.outputs = {{.name = "table", .description = "The table with the new column.", .type = ValueType::Table}};
     return ports;

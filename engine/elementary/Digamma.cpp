@@ -26,8 +26,9 @@ double series(double x) {
 double ofPositive(double x) {
     double below = 0.0;
     double above = x;
-    for (; above < 10.0; above += 1.0) {
+    while (above < 10.0) {
         below += 1.0 / above;
+        above += 1.0;
     }
     return series(above) - below;
 }

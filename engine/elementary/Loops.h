@@ -20,8 +20,10 @@ struct Loops {
 const Loops& commonLoops();
 /// Needs AVX2 and FMA.
 const Loops& avx2Loops();
-/// exp of a single number; needs AVX2 and FMA.
+/// For single numbers; need AVX2 and FMA.
 double fusedExp(double x);
+double fusedHypot(double x, double y);
+double fusedPow(double x, double y);
 /// Needs AVX-512 (F, BW, DQ, VL).
 const Loops& avx512Loops();
 

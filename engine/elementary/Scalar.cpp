@@ -1,5 +1,5 @@
 #include "elementary/simd/Extremes.h"
-#include "elementary/simd/Hypot.h"
+#include "elementary/simd/InverseHyperbolic.h"
 #include "elementary/simd/Log.h"
 
 #include <velmorak/ElementaryFunctions.h>
@@ -25,7 +25,7 @@ double halfExp(double size) {
 
 /// log(2 size) for a large size.
 double logOfDouble(double size) {
-    return size < 0x1p1022 ? logarithm(2.0 * size) : logarithm(size) + std::numbers::ln2;
+    return size < 0x1p1022 ? log(2.0 * size) : log(size) + std::numbers::ln2;
 }
 
 }  // namespace
@@ -39,7 +39,8 @@ double expm1(double x) {
 }
 
 double log(double x) {
-    return logarithm(x);
+    const Usual logarithm = usualLogarithm(x);
+    return logarithm.unusual == 0 ? logarithm.value : unusualLogarithm(x);
 }
 
 double log2(double x) {
@@ -52,7 +53,7 @@ double log10(double x) {
 
 double log1p(double x) {
     if (isTinyOrHugeFor1(x)) {
-        return isHuge(x) ? logarithm(x) : x;
+        return isHuge(x) ? log(x) : x;
     }
     return Sleef_cinz_log1pd1_u10purec(x);
 }
@@ -103,27 +104,27 @@ double tanh(double x) {
     return isTiny(x) ? x : Sleef_cinz_tanhd1_u10purec(x);
 }
 
+double unusualAsinh(double x) {
+    return isHuge(std::fabs(x)) ? std::copysign(logOfDouble(std::fabs(x)), x) : x;
+}
+
 double asinh(double x) {
-    if (isTinyOrHuge(x)) {
-        return isTiny(x) ? x : std::copysign(logOfDouble(std::fabs(x)), x);
-    }
-    return Sleef_cinz_asinhd1_u10purec(x);
+    const Usual value = usualAsinh<unfused>(x);
+    return value.unusual == 0 ? value.value : unusualAsinh(x);
+}
+
+double unusualAcosh(double x) {
+    const double value = x == 1.0 ? 0.0 : std::numeric_limits<double>::quiet_NaN();
+    return isHuge(x) ? logOfDouble(x) : value;
 }
 
 double acosh(double x) {
-    return isHuge(x) ? logOfDouble(x) : Sleef_cinz_acoshd1_u10purec(x);
+    const Usual value = usualAcosh<unfused>(x);
+    return value.unusual == 0 ? value.value : unusualAcosh(x);
 }
 
 double atanh(double x) {
     return isTiny(x) ? x : Sleef_cinz_atanhd1_u10purec(x);
-}
-
-double pow(double x, double y) {
-    return Sleef_cinz_powd1_u10purec(x, y);
-}
-
-double hypot(double x, double y) {
-    return hypotenuse(x, y);
 }
 
 double cbrt(double x) {

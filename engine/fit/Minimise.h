@@ -26,14 +26,7 @@ struct Minimum {
 Minimum minimise(LeastSquaresProblem& problem, std::vector<double> start, const Selection& free,
                  const std::vector<Limits>& limits, const std::function<bool()>& isStopping);
 
-/// @throws Failure with the names of parameters that the data cannot distinguish or that have no influence.
-void checkNotSingular(const LeastSquaresProblem& problem, const MatrixXd& r, const Selection& chosen);
-
 /// Start values of all parameters: those given, else estimates from the data, else defaults.
 std::vector<double> startValues(LeastSquaresProblem& problem, const FitParameters& given);
-
-/// @return the chosen parameters as "mean=91.2, width=2.5".
-std::string formatParameters(const LeastSquaresProblem& problem, const std::vector<double>& values,
-                             const Selection& chosen);
 
 }  // namespace velmorak::fitting

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <new>
-#include <ranges>
 
 namespace velmorak::fitting {
 
@@ -138,12 +137,12 @@ void Program::backward(std::size_t count, Workspace& space) const {
         space.hasAdjoint[slot] = 1;
         std::fill_n(space.adjoints.get() + slot * space.stride, count, 1.0);
     }
-    for (const Step& step : std::views::reverse(steps.steps)) {
+    std::for_each(steps.steps.rbegin(), steps.steps.rend(), [&](const Step& step) {
         const std::size_t slot = slotOf(step.out);
         if (dependences[slot].onParameters && space.hasAdjoint[slot] != 0) {
             step.reverse(adjointStepOf(step, count, space));
         }
-    }
+    });
     for (std::size_t i = 1; i <= parameterCount; ++i) {
         if (space.hasAdjoint[i] == 0) {
             std::fill_n(space.adjoints.get() + i * space.stride, count, 0.0);

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <string>
 
-/// What the tools ask of the library beyond the interface in qz/.
+/// Functions that the tools need beyond the interface in qz/.
 namespace velmorak {
 
 /// Report of the manager's last run; empty before the first one.

@@ -1,8 +1,7 @@
 #include <velmorak/FilledGrid.h>
 
-#include "histogram/CellFills.h"
 #include "histogram/GridBytes.h"
-#include "histogram/LargeCells.h"
+#include "histogram/GridFiller.h"
 
 #include <velmorak/Histogram.h>
 
@@ -25,8 +24,7 @@ static_assert(isPacked<1> && isPacked<2> && isPacked<3>);
 }  // namespace
 
 template <std::size_t axes, std::size_t quantities>
-FilledGrid<axes, quantities>::FilledGrid(Grid<axes> cellGrid)
-    : shape(std::move(cellGrid)), sums(emptyCells<Sums>(shape.cellCount())) {}
+FilledGrid<axes, quantities>::FilledGrid(Grid<axes> cellGrid) : shape(std::move(cellGrid)), sums(shape.cellCount()) {}
 
 template <std::size_t axes, std::size_t quantities>
 FilledGrid<axes, quantities>::FilledGrid(Grid<axes> cellGrid, CellVector<Sums> cells, std::int64_t nanEntries)
@@ -60,7 +58,7 @@ void FilledGrid<axes, quantities>::add(const FilledGrid& other) {
     if (!(shape == other.shape)) {
         throw std::invalid_argument("histograms or profiles with different axes cannot be added");
     }
-    // Cells that are zero on both sides are not written, so that they take no memory.
+    // Empty cells are not written, so that they take no memory.
     for (std::size_t cell = 0; cell < sums.size(); ++cell) {
         if (!isZero(other.sums[cell])) {
             sums[cell].add(other.sums[cell]);
@@ -88,7 +86,7 @@ CellSums<quantities> FilledGrid<axes, quantities>::inRange() const {
 template <std::size_t axes, std::size_t quantities>
 std::uint64_t FilledGrid<axes, quantities>::mark() {
     // The two lowest bytes are the numbers of axes and quantities.
-    constexpr std::uint64_t version = 0x32'64'72'47'6b'6c'00'00;
+    constexpr std::uint64_t version = 0x33'64'72'47'6b'6c'00'00;
     return version + (std::uint64_t{axes} << 8U) + quantities;
 }
 
@@ -97,7 +95,7 @@ void FilledGrid<axes, quantities>::write(ByteWriter& writer) const {
     writer.number(mark());
     writer.head(*this);
     writeGrid(writer, shape);
-    writer.packed(sums, bytesOfCell<quantities>);
+    writeCells(writer, sums, bytesOfCell<quantities>);
     writer.number(nans);
 }
 
@@ -111,12 +109,8 @@ std::string FilledGrid<axes, quantities>::toBytes() const {
 template <std::size_t axes, std::size_t quantities>
 FilledGrid<axes, quantities>::FilledGrid(ByteReader& reader)
     : shape(readHeadAndGrid<axes>(reader, *this)),
-      sums(reader.packed<CellVector<Sums>>(bytesOfCell<quantities>)),
-      nans(reader.number<std::int64_t>()) {
-    if (sums.size() != shape.cellCount()) {
-        throw std::invalid_argument("the bytes of a histogram or profile do not have the sums of each of its cells");
-    }
-}
+      sums(readCells<CellVector<Sums>>(reader, shape.cellCount(), bytesOfCell<quantities>)),
+      nans(reader.number<std::int64_t>()) {}
 
 template <std::size_t axes, std::size_t quantities>
 FilledGrid<axes, quantities>::FilledGrid(const Bytes& bytes) : FilledGrid(ByteReader(bytes.all, mark())) {}

@@ -1,6 +1,7 @@
 #include <velmorak/FunctionObject.h>
 
-#include "table/Bytes.h"
+#include "table/ByteReader.h"
+#include "table/ByteWriter.h"
 
 namespace velmorak {
 

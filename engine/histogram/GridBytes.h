@@ -1,8 +1,12 @@
 #pragma once
 
-#include "table/Bytes.h"
+#include "table/ByteReader.h"
+#include "table/ByteWriter.h"
 
 #include <velmorak/Grid.h>
+
+#include <algorithm>
+#include <stdexcept>
 
 namespace velmorak {
 
@@ -57,6 +61,53 @@ template <std::size_t dimensions>
 Grid<dimensions> readHeadAndGrid(ByteReader& reader, DataObject& object) {
     reader.head().give(object);
     return readGrid<dimensions>(reader);
+}
+
+/// Whether the first bytes of a cell, all but its padding, are zero.
+template <typename Cell>
+bool isEmptyCell(const Cell& cell, std::size_t bytesOfEach) {
+    const auto* const bytes = reinterpret_cast<const char*>(&cell);
+    return std::all_of(bytes, bytes + bytesOfEach, [](char byte) { return byte == 0; });
+}
+
+/// Writes the cells in turns of a number of empty ones and a number of others with their bytes, without their padding.
+template <typename Cells>
+void writeCells(ByteWriter& writer, const Cells& cells, std::size_t bytesOfEach) {
+    const auto endOfRun = [&](std::size_t cell, bool isEmpty) {
+        while (cell < cells.size() && isEmptyCell(cells[cell], bytesOfEach) == isEmpty) {
+            ++cell;
+        }
+        return cell;
+    };
+    for (std::size_t cell = 0; cell < cells.size();) {
+        const std::size_t first = endOfRun(cell, true);
+        const std::size_t end = endOfRun(first, false);
+        writer.number<std::uint64_t>(first - cell);
+        writer.number<std::uint64_t>(end - first);
+        for (cell = first; cell < end; ++cell) {
+            writer.raw(&cells[cell], bytesOfEach);
+        }
+    }
+}
+
+/// Reads what writeCells has written.
+/// @throws std::invalid_argument if the bytes do not have as many cells.
+template <typename Cells>
+Cells readCells(ByteReader& reader, std::size_t count, std::size_t bytesOfEach) {
+    Cells cells(count);
+    for (std::size_t cell = 0; cell < count;) {
+        const auto empty = reader.number<std::uint64_t>();
+        const auto filled = reader.number<std::uint64_t>();
+        if (empty > count - cell || filled > count - cell - empty || empty + filled == 0) {
+            throw std::invalid_argument(
+                "the bytes of a histogram or profile do not have the sums of each of its cells");
+        }
+        cell += empty;
+        for (const std::size_t end = cell + filled; cell < end; ++cell) {
+            reader.raw(&cells[cell], bytesOfEach);
+        }
+    }
+    return cells;
 }
 
 }  // namespace velmorak

@@ -1,6 +1,6 @@
 #include <velmorak/ObjectBytes.h>
 
-#include "table/Bytes.h"
+#include "table/ByteWriter.h"
 
 #include <velmorak/DataObjects.h>
 

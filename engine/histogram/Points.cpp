@@ -1,6 +1,7 @@
 #include <velmorak/Points.h>
 
-#include "table/Bytes.h"
+#include "table/ByteReader.h"
+#include "table/ByteWriter.h"
 
 #include <stdexcept>
 

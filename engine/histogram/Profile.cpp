@@ -28,9 +28,11 @@ void writeReadings(ByteWriter& writer, const CellVector<ProfileReading>& reading
 }
 
 CellVector<ProfileReading> readReadings(ByteReader& reader) {
-    CellVector<ProfileReading> readings;
-    for (const auto& [height, error, rms] : reader.list<std::vector<ThreeNumbers>>()) {
-        readings.push_back({height, error, rms, 1});
+    const auto numbers = reader.list<std::vector<ThreeNumbers>>();
+    CellVector<ProfileReading> readings(numbers.size());
+    for (std::size_t cell = 0; cell < numbers.size(); ++cell) {
+        const auto& [height, error, rms] = numbers[cell];
+        readings[cell] = {height, error, rms, 1};
     }
     return readings;
 }
@@ -60,7 +62,7 @@ void Profile<axes>::fill(const Point& point, double filled, double weight) {
         all[direction] = point[direction];
     }
     all[value] = filled;
-    asRead.clear();
+    asRead = {};
     Base::fillPoint(all, weight);
 }
 
@@ -72,14 +74,14 @@ void Profile<axes>::fill(const std::array<const double*, axes>& coordinates, con
         columns[direction] = coordinates[direction];
     }
     columns[value] = values;
-    asRead.clear();
+    asRead = {};
     Base::fillColumns(columns, weights, count);
 }
 
 template <std::size_t axes>
 void Profile<axes>::merge(const Profile& other) {
     Base::add(other);
-    asRead.clear();
+    asRead = {};
 }
 
 template <std::size_t axes>

@@ -1,6 +1,7 @@
 #include "store/FileHashes.h"
 
-#include "table/Bytes.h"
+#include "table/ByteReader.h"
+#include "table/ByteWriter.h"
 
 #include <sys/stat.h>
 

@@ -14,7 +14,7 @@
 
 namespace velmorak {
 
-/// What the store keeps of a node that is done.
+/// The cached results of a node.
 struct StoredResult {
     std::vector<Value> outputs;
     std::vector<FileContent> files;    ///< Input files of the node and of everything upstream.

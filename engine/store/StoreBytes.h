@@ -2,7 +2,8 @@
 
 #include "store/ResultStore.h"
 
-#include "table/Bytes.h"
+#include "table/ByteReader.h"
+#include "table/ByteWriter.h"
 
 #include <optional>
 #include <string>

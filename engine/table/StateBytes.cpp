@@ -1,8 +1,9 @@
 #include <velmorak/StateBytes.h>
 
-#include "table/Bytes.h"
+#include "table/Checksum.h"
 
 #include <velmorak/Kind.h>
+#include <velmorak/ObjectBytes.h>
 
 #include <utility>
 

@@ -41,7 +41,7 @@ public:
     bool next(std::vector<CsvField>& fields);
     /// Line that the last record began on, counted from 1.
     std::uint64_t line() const { return recordLine; }
-    /// What is wrong with the last record; empty if nothing is.
+    /// The error in the last record; empty if there is none.
     const std::string& complaint() const { return problem; }
     /// Part of the file that has been read, 0 to 1.
     double fraction() const { return in.fraction(); }

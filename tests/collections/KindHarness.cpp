@@ -161,17 +161,9 @@ SmallTable tableOf(const std::vector<std::pair<std::string, std::vector<double>>
 }
 
 KindHarness::KindHarness(const std::string& kindName, std::string pluginName)
-    : shipped(shippedKind(kindName)), plugin(std::move(pluginName)) {
-    std::string pattern = (fs::temp_directory_path() / "velmorak-bench-XXXXXX").string();
-    if (!mkdtemp(pattern.data())) {
-        throw std::runtime_error("no folder for results");
-    }
-    results = pattern;
-}
+    : shipped(shippedKind(kindName)), plugin(std::move(pluginName)) {}
 
-KindHarness::~KindHarness() {
-    fs::remove_all(results);
-}
+KindHarness::~KindHarness() = default;
 
 KindHarness& KindHarness::set(const std::string& input, const std::string& text) {
     texts[input] = text;
@@ -301,7 +293,7 @@ void KindHarness::writeResult(const std::string& fileName, const std::function<v
 }
 
 std::unique_ptr<ResultFile> KindHarness::beginResult(const std::string& fileName) {
-    return std::make_unique<BenchFile>(results / fileName);
+    return std::make_unique<BenchFile>(folder() / fileName);
 }
 
 void KindHarness::warn(const std::string& sentence) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <velmorak/Kind.h>
+#include <velmorak/TemporaryFolder.h>
 
 #include <filesystem>
 #include <map>
@@ -63,7 +64,7 @@ public:
     }
     std::string text(const std::string& output) const { return std::get<std::string>(outputs.at(output)); }
     const SmallTable& table() const { return made; }
-    const std::filesystem::path& folder() const { return results; }
+    const std::filesystem::path& folder() const { return results.path(); }
     const Kind& kind() const { return shipped; }
     Ports ports() const { return shipped.ports(texts); }
     void stop() { stopping = true; }
@@ -76,8 +77,8 @@ public:
                      const std::function<void(const std::filesystem::path&)>& writer) override;
     std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override;
     void warn(const std::string& sentence) override;
-    void tell(const std::string& text) override { allTold += text; }
-    const std::string& told() const { return allTold; }
+    void tell(const std::string& text) override { messages += text; }
+    const std::string& printed() const { return messages; }
     RunRecord record() const override { return givenRecord; }
     KindHarness& remember(RunRecord record) { return givenRecord = std::move(record), *this; }
     /// Warnings are kept, where they would otherwise end the test.
@@ -92,7 +93,7 @@ private:
 
     const Kind& shipped;
     std::string plugin;
-    std::filesystem::path results;
+    TemporaryFolder results{"bench"};
     ValueTexts texts;
     std::map<std::string, Value> wires;
     std::string tableInput;
@@ -103,7 +104,7 @@ private:
     bool stopping = false;
     bool isWarned = false;
     std::vector<std::string> allWarnings;
-    std::string allTold;
+    std::string messages;
     RunRecord givenRecord;
 };
 

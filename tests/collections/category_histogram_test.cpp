@@ -107,8 +107,8 @@ TEST(CategoryHistogramKind, keepsItsLabelsInFiles) {
     EXPECT_EQ(dynamic_cast<const Histogram1D&>(*back).axis(), texts.histogram("histogram")->axis());
     KindHarness print("Print");
     print.wire("object", texts.value("histogram")).run();
-    EXPECT_THAT(print.told(), HasSubstr("category"));
-    EXPECT_THAT(print.told(), HasSubstr("muon"));
+    EXPECT_THAT(print.printed(), HasSubstr("category"));
+    EXPECT_THAT(print.printed(), HasSubstr("muon"));
 }
 
 }  // namespace

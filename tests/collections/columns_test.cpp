@@ -13,7 +13,7 @@
 #include <fstream>
 #include <string>
 
-/// What the outputs of table readers say of their columns, before any run.
+/// Descriptions of the columns at the outputs of table readers, before any run.
 namespace velmorak::test {
 namespace {
 
@@ -23,16 +23,11 @@ class Columns : public testing::Test {
 protected:
     Columns() {
         setenv("VELMORAK_COLLECTIONS", VELMORAK_TEST_COLLECTIONS, 1);
-        std::string pattern = (fs::temp_directory_path() / "velmorak-columns-XXXXXX").string();
-        folder = mkdtemp(pattern.data());
         manager.emplace("QzAnalysisFactory");
         // A preview always ends in time, however busy the machine is.
         QzManager::Part::of(*manager).previews.patience = std::chrono::hours(1);
     }
-    ~Columns() override {
-        manager.reset();
-        fs::remove_all(folder);
-    }
+    ~Columns() override { manager.reset(); }
 
     void add(const std::string& kind, const std::string& name) {
         for (std::size_t i = 0; i < QzManager::GetPlugins().size(); ++i) {
@@ -48,7 +43,7 @@ protected:
         std::ofstream(folder / name) << text;
         return (folder / name).string();
     }
-    /// What the output says behind the kind's own description and its type.
+    /// The text of the output after the kind's own description and the type.
     std::string columnsOf(const std::string& name) {
         QzBase& node = *manager->FindPlugin(name);
         const std::string plain =
@@ -58,7 +53,8 @@ protected:
         return said.substr(plain.size());
     }
 
-    fs::path folder;
+    TemporaryFolder ownFolder{"columns"};
+    const fs::path& folder = ownFolder.path();
     std::optional<QzManager> manager;
 };
 

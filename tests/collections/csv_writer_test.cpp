@@ -183,7 +183,7 @@ TEST(PrintKind, printsNumbersAndTextsByTheirMakers) {
     bench.set("objects", "3").wire("object", 0.1).wire("object2", std::string("two\nlines"));
     bench.wire("object3", std::string("\x1b[2Jred\r")).run();
     const std::string text = "source output: 0.1\nsource output:\ntwo\nlines\nsource output:  [2Jred \n";
-    EXPECT_EQ(bench.told(), text);
+    EXPECT_EQ(bench.printed(), text);
     EXPECT_EQ(textIn(bench.folder() / "out.txt"), text);
 }
 
@@ -192,14 +192,14 @@ TEST(PrintKind, roundsNumbersWithErrorsAndWritesCountsAsIntegers) {
     bench.set("objects", "3").wire("object", 1e6).wire("object2", 1.0 / 3.0);
     const CovarianceMatrix variance{.origin = "fit", .names = {"mean"}, .elements = {0.01437 * 0.01437}};
     bench.wire("object3", numbersWithErrors({91.21234}, variance).front()).run();
-    EXPECT_EQ(bench.told(),
+    EXPECT_EQ(bench.printed(),
               "source output: 1000000\nsource output: 0.3333333333333333\nsource output: 91.212 ± 0.014\n");
 }
 
 TEST(PrintKind, printsTheFirstRowsOfATableInColumns) {
     KindHarness bench("Print", "out");
     bench.set("rows", "3").wire("object", tableOf({{"x", {1, 20, 3, 4, 5}}, {"longer", {0.5, 1, 2, 3, 4}}}, 2)).run();
-    EXPECT_EQ(bench.told(),
+    EXPECT_EQ(bench.printed(),
               "source output: first 3 of 5 rows\n"
               "   x  longer\n"
               " 1.0     0.5\n"
@@ -216,7 +216,7 @@ TEST(PrintKind, printsAnObjectWithItsStatistics) {
     histogram->title = "Title";
     KindHarness bench("Print", "out");
     bench.set("rows", "1").wire("object", DataObjectPtr(histogram)).run();
-    const std::string text = bench.told();
+    const std::string text = bench.printed();
     for (const std::string part : {"source output: Title\n", "Entries: 1\n", "Mean: 0.5\n", "Overflow: 1\n",
                                    "low  high", "(the first 1 of 5)"}) {
         EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
@@ -228,7 +228,7 @@ TEST(PrintKind, printsPointsWithTheirErrors) {
         2, std::vector<Measurement>{{1.0, 0.0, 0.0}, {0.98, 0.012, 0.034}, {2.0, 0.5, 0.5}, {1e6, 0.0, 0.0}});
     KindHarness bench("Print", "out");
     bench.wire("object", DataObjectPtr(points)).run();
-    EXPECT_EQ(bench.told(),
+    EXPECT_EQ(bench.printed(),
               "source output\n"
               "        x                    y\n"
               "        1  0.980 +0.012 -0.034\n"
@@ -241,7 +241,7 @@ TEST(PrintKind, printsAFunctionByItsParameters) {
     function->annotation = {{.key = "mean_error", .value = "0.0213"}};
     KindHarness bench("Print", "out");
     bench.wire("object", DataObjectPtr(function)).run();
-    EXPECT_EQ(bench.told(), "source output\nmean: 91.188 ± 0.021\n");
+    EXPECT_EQ(bench.printed(), "source output\nmean: 91.188 ± 0.021\n");
 }
 
 TEST(PrintKind, saysThatNothingIsWired) {

@@ -29,7 +29,7 @@ struct Box {
     float left, right, top, bottom;
 };
 
-/// What is drawn of a plug-in, in the library's coordinates: y upwards, the header above the ports.
+/// The outline of a plug-in, in the library's coordinates: y upwards, the header above the ports.
 Box drawn(const QzBase& node) {
     float x = 0, y = 0, width = 0, outer = 0, drawnWidth = 0, drawnHeight = 0;
     node.GetPosition(x, y);

@@ -139,7 +139,7 @@ TEST(PrintKind, showsTheCorrelationInAPlane) {
     filling.wire("table", tableOf({{"a", {0.5, 1.0, 1.5}}, {"b", {1.5, 1.0, 0.5}}}, 2)).run();
     KindHarness bench("Print");
     bench.wire("object", filling.value("histogram")).run();
-    EXPECT_THAT(bench.told(), testing::HasSubstr("correlation -1"));
+    EXPECT_THAT(bench.printed(), testing::HasSubstr("correlation -1"));
 }
 
 /// A point without an error would silently be left out of the fit.

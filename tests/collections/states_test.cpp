@@ -1,7 +1,7 @@
 #include "KindHarness.h"
 
 #include "run/pass/StateMerger.h"
-#include "table/Bytes.h"
+#include "table/Checksum.h"
 
 #include <velmorak/ObjectBytes.h>
 #include <velmorak/OrderedAccumulation.h>
@@ -93,7 +93,7 @@ SmallTable tableFor(const Case& each) {
     return test::tableOf(columns, each.rowsInChunk);
 }
 
-/// A prepared accumulation: each stands for a process of its own.
+/// A prepared accumulation; each simulates a separate process.
 class Bench {
 public:
     explicit Bench(const Case& each)
@@ -130,7 +130,7 @@ public:
     /// Every bit of the results: values, messages and files.
     std::string results(AccumulatorState& state) {
         harness.finish(*prepared, state);
-        std::string text = harness.told();
+        std::string text = harness.printed();
         for (const auto& [output, value] : harness.values()) {
             text += output + "=" + std::visit([](const auto& it) { return bitsOf(it); }, value) + "\n";
         }

@@ -1,6 +1,6 @@
 #include "Target.h"
 
-#include "table/Bytes.h"
+#include "table/Checksum.h"
 
 #include <velmorak/Kind.h>
 #include <velmorak/StateBytes.h>

@@ -1,7 +1,7 @@
 #include "Target.h"
 
 #include "store/StoreBytes.h"
-#include "table/Bytes.h"
+#include "table/Checksum.h"
 
 #include <velmorak/ObjectBytes.h>
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// What a program left when it had ended.
+/// The output and exit status of a program that has ended.
 struct Ended {
     int status = -1;  ///< Exit status; -1 when a signal ended it.
     std::string output;

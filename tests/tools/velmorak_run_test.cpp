@@ -74,12 +74,12 @@ protected:
         return contents;
     }
 
-    /// What an example leaves when all of it is computed in a folder of its own.
+    /// The results of an example, all of it computed in a new folder.
     std::map<std::string, std::string> resultsOf(const fs::path& example, const std::string& threads) const {
         setenv("VELMORAK_THREADS", threads.c_str(), 1);
         setenv("VELMORAK_CACHE_LIMIT", "0", 1);
         const fs::path place = folder / (example.stem().string() + threads);
-        fs::copy(example.parent_path(), place);
+        fs::copy(example.parent_path(), place, fs::copy_options::recursive);
         const Ended ended = run({(place / example.filename()).string()});
         EXPECT_EQ(ended.status, 0) << ended.errors;
         return contentsOf(place / (example.stem().string() + ".results"));

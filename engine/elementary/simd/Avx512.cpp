@@ -9,9 +9,9 @@ namespace {
 // SLEEF without fused multiply-adds, whose bits would differ.
 constexpr Loops loops{
     .acos = ofOne<__m512d, Sleef_cinz_acosd8_u10avx512fnofma>,
-    .acosh = corrected<__m512d, Sleef_cinz_acoshd8_u10avx512fnofma, isHuge, acosh>,
+    .acosh = mostlyInlined<usualAcosh<fused>, unusualAcosh>,
     .asin = ofOne<__m512d, Sleef_cinz_asind8_u10avx512fnofma>,
-    .asinh = corrected<__m512d, Sleef_cinz_asinhd8_u10avx512fnofma, isTinyOrHuge, asinh>,
+    .asinh = mostlyInlined<usualAsinh<fused>, unusualAsinh>,
     .atan = ofOne<__m512d, Sleef_cinz_atand8_u10avx512fnofma>,
     .atanh = corrected<__m512d, Sleef_cinz_atanhd8_u10avx512fnofma, isTiny, atanh>,
     .cbrt = ofOne<__m512d, Sleef_cinz_cbrtd8_u10avx512fnofma>,
@@ -23,7 +23,7 @@ constexpr Loops loops{
     .exp2 = ofOne<__m512d, Sleef_cinz_exp2d8_u10avx512fnofma>,
     .expm1 = ofOne<__m512d, Sleef_cinz_expm1d8_u10avx512fnofma>,
     .lgamma = ofOne<__m512d, Sleef_cinz_lgammad8_u10avx512fnofma>,
-    .log = inlined<logarithm>,
+    .log = mostlyInlined<usualLogarithm, unusualLogarithm>,
     .log10 = ofOne<__m512d, Sleef_cinz_log10d8_u10avx512fnofma>,
     .log1p = corrected<__m512d, Sleef_cinz_log1pd8_u10avx512fnofma, isTinyOrHugeFor1, log1p>,
     .log2 = ofOne<__m512d, Sleef_cinz_log2d8_u10avx512fnofma>,
@@ -33,8 +33,8 @@ constexpr Loops loops{
     .tanh = corrected<__m512d, Sleef_cinz_tanhd8_u10avx512fnofma, isTiny, tanh>,
     .tgamma = corrected<__m512d, Sleef_cinz_tgammad8_u10avx512fnofma, isFarBelow, tgamma>,
     .atan2 = ofTwo<__m512d, Sleef_cinz_atan2d8_u10avx512fnofma>,
-    .hypot = inlinedOfTwo<hypotenuse>,
-    .pow = ofTwo<__m512d, Sleef_cinz_powd8_u10avx512fnofma>,
+    .hypot = mostlyInlinedOfTwo<usualHypotenuse<fused>, unusualHypotenuse>,
+    .pow = mostlyInlinedOfTwo<usualPower<fused>, unusualPower>,
 };
 
 }  // namespace

@@ -14,10 +14,6 @@ namespace {
     return x > 0x1p500;
 }
 
-[[gnu::always_inline]] inline bool isTinyOrHuge(double x) {
-    return isTiny(x) || isHuge(__builtin_fabs(x));
-}
-
 /// exp(|x|) is infinite, or nearly so.
 [[gnu::always_inline]] inline bool isTinyOrBeyondExp(double x) {
     return isTiny(x) || __builtin_fabs(x) > 709.0;

@@ -32,11 +32,9 @@ struct ExactSum {
     return __builtin_bit_cast(double, bits + (exact.error != 0.0 ? step : 0));
 }
 
-/// The bits of fused for products between 2^-900 and 2^900, and for smaller ones if |z| is above 2^60 times the
-/// product. The product is exact as a sum of two numbers (T. Dekker, Numerische Mathematik 18 (1971) 224); adding the
-/// lower parts with rounding to odd makes the last rounding the right one (S. Boldo, G. Melquiond, IEEE Transactions on
-/// Computers 57 (2008) 462).
-[[gnu::always_inline]] inline double emulatedFused(double x, double y, double z) {
+/// What rounding leaves out of product, the rounded x y (T. Dekker, Numerische Mathematik 18 (1971) 224), for |x| and
+/// |y| below 2^996 and products above 2^-960.
+[[gnu::always_inline]] inline double restOfProduct(double x, double y, double product) {
     const auto headOf = [](double value) {
         const double stretched = value * (0x1p27 + 1.0);
         return stretched - (stretched - value);
@@ -45,9 +43,21 @@ struct ExactSum {
     const double yHead = headOf(y);
     const double xRest = x - xHead;
     const double yRest = y - yHead;
+    return xRest * yRest - (((product - xHead * yHead) - xRest * yHead) - xHead * yRest);
+}
+
+/// x y + z where it and round(x y) + z are doubles, so that fused has nothing to round and yields the same bits.
+[[gnu::always_inline]] inline double unfused(double x, double y, double z) {
     const double product = x * y;
-    const double error = xRest * yRest - (((product - xHead * yHead) - xRest * yHead) - xHead * yRest);
-    const ExactSum low = exactSum(z, error);
+    return (product + z) + restOfProduct(x, y, product);
+}
+
+/// The bits of fused for products between 2^-900 and 2^900, and for smaller ones if |z| is above 2^60 times the
+/// product. The product is exact as a sum of two numbers; adding the lower parts with rounding to odd makes the last
+/// rounding the right one (S. Boldo, G. Melquiond, IEEE Transactions on Computers 57 (2008) 462).
+[[gnu::always_inline]] inline double emulatedFused(double x, double y, double z) {
+    const double product = x * y;
+    const ExactSum low = exactSum(z, restOfProduct(x, y, product));
     const ExactSum high = exactSum(product, low.sum);
     return high.sum + sumToOdd(high.error, low.error);
 }

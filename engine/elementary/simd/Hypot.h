@@ -1,43 +1,39 @@
 #pragma once
 
-#include <cstdint>
+#include "elementary/simd/Usual.h"
 
 namespace velmorak::elementary {
 
 namespace {
 
-/// sqrt(x^2 + y^2) without overflow on the way, accurate to 1 unit in the last place. It has no branch or fused
-/// multiply-add, so that compilers vectorise loops over it and every processor yields the same bits.
+/// sqrt(p^2 + q^2), p >= q >= 0, accurate to 0.9 units in the last place unless the squares overflow or underflow. The
+/// sum of the squares is exact but for its last rounding.
 ///
-/// The square of the head of a number, its first 21 bits, is exact; what it leaves out is added with the smaller
-/// square. For sides of similar length, x^2 + y^2 = (x - y)^2 + 2 x y, where x - y is exact.
-[[gnu::always_inline]] inline double hypotenuse(double x, double y) {
-    const auto headOf = [](double value) {
-        return __builtin_bit_cast(double, __builtin_bit_cast(std::uint64_t, value) & 0xffffffff00000000);
-    };
+/// @tparam exactMultiplyAdd yields x y + z where that is a double.
+template <double (*exactMultiplyAdd)(double, double, double)>
+[[gnu::always_inline]] inline double hypotenuseOfSorted(double p, double q) {
+    const double larger = p * p;
+    const double smaller = q * q;
+    const double sum = larger + smaller;
+    const double rests = exactMultiplyAdd(p, p, -larger) + exactMultiplyAdd(q, q, -smaller);
+    return __builtin_sqrt(sum + (((larger - sum) + smaller) + rests));
+}
+
+/// It has no branch, so that compilers vectorise loops over it. exactMultiplyAdd is used where there is nothing to
+/// round, so that every processor yields the same bits.
+template <double (*exactMultiplyAdd)(double, double, double)>
+[[gnu::always_inline]] inline Usual usualHypotenuse(double x, double y) {
     const double a = __builtin_fabs(x);
     const double b = __builtin_fabs(y);
     const double longer = a < b ? b : a;
-    const double notTiny = longer < 0x1p-450 ? 0x1p600 : 1.0;
-    const double scale = longer > 0x1p500 ? 0x1p-600 : notTiny;
-    const double notSmall = longer < 0x1p-450 ? 0x1p-600 : 1.0;
-    const double unscale = longer > 0x1p500 ? 0x1p600 : notSmall;
-    const double p = longer * scale;
-    const double q = (a < b ? a : b) * scale;
-    const double difference = p - q;
-    const bool isSimilar = difference <= q;
-    const double factor = isSimilar ? p + p : p;
-    const double other = isSimilar ? q : p;
-    const double factorHead = headOf(factor);
-    const double otherHead = headOf(other);
-    const double squared = isSimilar ? difference : q;
-    // factor * other = factorHead * otherHead + factorHead * otherRest + factorRest * other
-    const double rest = factorHead * (other - otherHead) + (factor - factorHead) * other;
-    const double length = __builtin_sqrt(factorHead * otherHead + (squared * squared + rest)) * unscale;
-    const double larger = a == __builtin_inf() ? a : length;
-    return b == __builtin_inf() ? b : larger;
+    const double shorter = a < b ? a : b;
+    return {hypotenuseOfSorted<exactMultiplyAdd>(longer, shorter),
+            (maskOf(longer < 0x1p-450) & maskOf(longer > 0.0)) | maskOf(!(longer <= 0x1p500))};
 }
 
 }  // namespace
+
+/// hypot(x, y) for all arguments; slower.
+double unusualHypotenuse(double x, double y);
 
 }  // namespace velmorak::elementary

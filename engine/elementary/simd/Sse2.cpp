@@ -9,9 +9,9 @@ namespace {
 // Every processor of the architecture has SSE2.
 constexpr Loops loops{
     .acos = ofOne<__m128d, Sleef_cinz_acosd2_u10sse2>,
-    .acosh = corrected<__m128d, Sleef_cinz_acoshd2_u10sse2, isHuge, acosh>,
+    .acosh = mostlyInlined<usualAcosh<unfused>, unusualAcosh>,
     .asin = ofOne<__m128d, Sleef_cinz_asind2_u10sse2>,
-    .asinh = corrected<__m128d, Sleef_cinz_asinhd2_u10sse2, isTinyOrHuge, asinh>,
+    .asinh = mostlyInlined<usualAsinh<unfused>, unusualAsinh>,
     .atan = ofOne<__m128d, Sleef_cinz_atand2_u10sse2>,
     .atanh = corrected<__m128d, Sleef_cinz_atanhd2_u10sse2, isTiny, atanh>,
     .cbrt = ofOne<__m128d, Sleef_cinz_cbrtd2_u10sse2>,
@@ -23,7 +23,7 @@ constexpr Loops loops{
     .exp2 = ofOne<__m128d, Sleef_cinz_exp2d2_u10sse2>,
     .expm1 = ofOne<__m128d, Sleef_cinz_expm1d2_u10sse2>,
     .lgamma = ofOne<__m128d, Sleef_cinz_lgammad2_u10sse2>,
-    .log = inlined<logarithm>,
+    .log = mostlyInlined<usualLogarithm, unusualLogarithm>,
     .log10 = ofOne<__m128d, Sleef_cinz_log10d2_u10sse2>,
     .log1p = corrected<__m128d, Sleef_cinz_log1pd2_u10sse2, isTinyOrHugeFor1, log1p>,
     .log2 = ofOne<__m128d, Sleef_cinz_log2d2_u10sse2>,
@@ -33,8 +33,8 @@ constexpr Loops loops{
     .tanh = corrected<__m128d, Sleef_cinz_tanhd2_u10sse2, isTiny, tanh>,
     .tgamma = corrected<__m128d, Sleef_cinz_tgammad2_u10sse2, isFarBelow, tgamma>,
     .atan2 = ofTwo<__m128d, Sleef_cinz_atan2d2_u10sse2>,
-    .hypot = inlinedOfTwo<hypotenuse>,
-    .pow = ofTwo<__m128d, Sleef_cinz_powd2_u10sse2>,
+    .hypot = mostlyInlinedOfTwo<usualHypotenuse<unfused>, unusualHypotenuse>,
+    .pow = mostlyInlinedOfTwo<usualPower<unfused>, unusualPower>,
 };
 
 }  // namespace

@@ -4,7 +4,9 @@
 #include "elementary/simd/Exp.h"
 #include "elementary/simd/Extremes.h"
 #include "elementary/simd/Hypot.h"
+#include "elementary/simd/InverseHyperbolic.h"
 #include "elementary/simd/Log.h"
+#include "elementary/simd/Pow.h"
 
 #include <velmorak/ElementaryFunctions.h>
 
@@ -73,10 +75,40 @@ void inlined(const double* __restrict x, std::size_t count, double* __restrict o
     }
 }
 
-template <double (*function)(double, double)>
-void inlinedOfTwo(const double* __restrict x, const double* __restrict y, std::size_t count, double* __restrict out) {
-    for (std::size_t i = 0; i < count; ++i) {
-        out[i] = function(x[i], y[i]);
+/// So few that one unusual argument costs little, and so many that the loops are worth it.
+inline constexpr std::size_t blockSize = 256;
+
+/// Inlines the function for the usual arguments and marks the others by NaN, where the other function decides.
+template <Usual (*usual)(double), double (*other)(double)>
+void mostlyInlined(const double* __restrict x, std::size_t count, double* __restrict out) {
+    for (std::size_t first = 0; first < count; first += blockSize) {
+        const std::size_t end = count - first < blockSize ? count : first + blockSize;
+        std::uint64_t unusual = 0;
+        for (std::size_t i = first; i < end; ++i) {
+            const Usual result = usual(x[i]);
+            out[i] = numberOf(bitsOf(result.value) | result.unusual);
+            unusual |= result.unusual;
+        }
+        for (std::size_t i = first; unusual != 0 && i < end; ++i) {
+            out[i] = out[i] != out[i] ? other(x[i]) : out[i];
+        }
+    }
+}
+
+template <Usual (*usual)(double, double), double (*other)(double, double)>
+void mostlyInlinedOfTwo(const double* __restrict x, const double* __restrict y, std::size_t count,
+                        double* __restrict out) {
+    for (std::size_t first = 0; first < count; first += blockSize) {
+        const std::size_t end = count - first < blockSize ? count : first + blockSize;
+        std::uint64_t unusual = 0;
+        for (std::size_t i = first; i < end; ++i) {
+            const Usual result = usual(x[i], y[i]);
+            out[i] = numberOf(bitsOf(result.value) | result.unusual);
+            unusual |= result.unusual;
+        }
+        for (std::size_t i = first; unusual != 0 && i < end; ++i) {
+            out[i] = out[i] != out[i] ? other(x[i], y[i]) : out[i];
+        }
     }
 }
 

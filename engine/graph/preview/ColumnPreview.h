@@ -13,7 +13,7 @@
 
 namespace velmorak {
 
-/// What a preview of the beginning of a table has found.
+/// The result of previewing the beginning of a table.
 struct PreviewedColumns {
     std::string key{};       ///< Differs whenever the columns could; empty where nothing was found.
     std::string sentence{};  ///< Empty where nothing was found.

@@ -5,6 +5,7 @@
 namespace velmorak::filling {
 namespace {
 
+constexpr std::size_t group = 4;
 /// Prefetch distance at which the sums do not wait for memory.
 constexpr std::size_t fetchedAhead = 128;
 /// A double so large that its unit in the last place is 1; sums with it are rounded to whole numbers.
@@ -242,7 +243,8 @@ std::size_t fillProfileFromIndices(const Cells& known, std::byte* cells, const E
 }  // namespace
 
 Kernels avx2Kernels() {
-    return {.fill1D = fill1D,
+    return {.group = group,
+            .fill1D = fill1D,
             .fillFromIndices1D = fillFromIndices1D,
             .fill2D = fill2D,
             .fillFromIndices2D = fillFromIndices2D,

@@ -5,6 +5,9 @@ namespace velmorak::filling {
 
 std::vector<Kernels> runnableKernels() {
     std::vector<Kernels> runnable;
+    if (hasAvx512()) {
+        runnable.push_back(avx512Kernels());
+    }
     if (hasAvx2()) {
         runnable.push_back(avx2Kernels());
     }

@@ -45,4 +45,12 @@ void choosePlanePivot(std::byte* cell, double x, double y) {
     choosePivot(*reinterpret_cast<CellSums<2>*>(cell), {x, y});
 }
 
+void fillLineCell(std::byte* cell, double x, double weight) {
+    fillCell(*reinterpret_cast<CellSums<1>*>(cell), {x}, weight);
+}
+
+void fillPlaneCell(std::byte* cell, double x, double y, double weight) {
+    fillCell(*reinterpret_cast<CellSums<2>*>(cell), {x, y}, weight);
+}
+
 }  // namespace velmorak::filling

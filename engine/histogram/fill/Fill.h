@@ -4,6 +4,7 @@
 
 #include <velmorak/Axis.h>
 #include <velmorak/CellSums.h>
+#include <velmorak/CellVector.h>
 
 #include <cstddef>
 #include <optional>
@@ -15,7 +16,7 @@ namespace velmorak::filling {
 /// overlap.
 inline constexpr std::size_t blockEntries = 1024;
 
-/// @return the cells of a histogram or profile in the form that kernels take.
+/// @return the cells of a histogram or profile in the form that kernels take; null if they are sparse.
 template <typename Sums>
 std::byte* bytesOf(CellVector<Sums>& cells) {
     constexpr bool isLine = sizeof(Sums::first) == sizeof(double);
@@ -24,7 +25,7 @@ std::byte* bytesOf(CellVector<Sums>& cells) {
                   offsetof(Sums, second) == (isLine ? 24 : 32));
     static_assert(offsetof(Sums, entries) == (isLine ? lineEntriesAt : planeEntriesAt) &&
                   offsetof(Sums, pivot) == (isLine ? linePivotAt : planePivotAt));
-    return reinterpret_cast<std::byte*>(cells.data());
+    return reinterpret_cast<std::byte*>(cells.denseData());
 }
 
 /// @return no value for bins of different widths, or so narrow that rounding errors are comparable.

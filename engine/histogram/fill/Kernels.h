@@ -19,17 +19,18 @@ struct Steps {
 
 /// Layout of a cell of one quantity, in order: w, ww, first, second, the entries as std::int64_t, the pivot; of two: w,
 /// ww, the firsts of x and y, the seconds xx, xy and yy, the entries, the pivots of x and y. Pairs of sums lie at
-/// multiples of 16 bytes, so that no vector crosses a cache line.
+/// multiples of 16 bytes.
 inline constexpr std::size_t lineCellBytes = 64;
 inline constexpr std::size_t lineEntriesAt = 32;
 inline constexpr std::size_t linePivotAt = 40;
 inline constexpr std::size_t planeCellBytes = 80;
+inline constexpr std::size_t planeSecondsAt = 32;
 inline constexpr std::size_t planeEntriesAt = 56;
 inline constexpr std::size_t planePivotAt = 64;
 /// The pivot of a cell is chosen before its first entry and whenever the number of entries is a multiple of this: so
 /// rarely that it costs nothing, and often enough that the variance loses at most a few bits when the mean drifts, or
 /// the first entry is far from all others.
-inline constexpr std::int64_t pivotInterval = 256;
+inline constexpr std::int64_t pivotInterval = 4096;
 /// Limit of the low bits of a rounded number.
 inline constexpr std::size_t maxCells = std::size_t{1} << 25U;
 
@@ -47,14 +48,12 @@ struct Cells {
     const std::uint32_t* y = nullptr;  ///< Null in one dimension.
 };
 
-/// Entries that a kernel fills at once.
-inline constexpr std::size_t group = 4;
-
 /// Each kernel fills entries in order, bit-identical to scalar filling, and stops before the first group with an entry
 /// that needs the scalar path: a coordinate or value that is not finite, a coordinate too close to an edge, a NaN
 /// weight, or fewer entries than a group.
 /// @param stride number of cells from one row to the next in two dimensions.
 struct Kernels {
+    std::size_t group = 0;  ///< Entries that are filled at once.
     std::size_t (*fill1D)(const Steps& axis, std::byte* cells, const Entries& entries) = nullptr;
     std::size_t (*fillFromIndices1D)(const Cells& known, std::byte* cells, const Entries& entries) = nullptr;
     std::size_t (*fill2D)(const Steps (&axes)[2], std::size_t stride, std::byte* cells,
@@ -70,7 +69,13 @@ struct Kernels {
 void chooseLinePivot(std::byte* cell, double x);
 void choosePlanePivot(std::byte* cell, double x, double y);
 
+/// Fill a cell of one or two quantities, with the pivot where it is due.
+void fillLineCell(std::byte* cell, double x, double weight);
+void fillPlaneCell(std::byte* cell, double x, double y, double weight);
+
 /// Need AVX2.
 Kernels avx2Kernels();
+/// Need AVX-512 with its extensions DQ and VL.
+Kernels avx512Kernels();
 
 }  // namespace velmorak::filling

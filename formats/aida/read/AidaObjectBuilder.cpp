@@ -254,7 +254,7 @@ std::shared_ptr<DataObject> profile(const ParsedObject& parsed, std::vector<std:
         readings[cell] = {bin->height, bin->error, bin->rms, 1};
     }
     if (takeSums<dimensions>(parsed, cells, false, {"ExactMoments", "ExactSums"})) {
-        readings.clear();
+        readings = {};
     } else {
         takeSums<dimensions>(parsed, cells, false, {"Moments", "Sums"});
     }

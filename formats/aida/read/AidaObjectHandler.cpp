@@ -48,7 +48,7 @@ bool readBinNumber(const char* text, std::int64_t& number) {
 constexpr std::size_t maxObjects = 1'000'000;
 /// Limit for the messages that are remembered to report each only once.
 constexpr std::size_t maxWarned = 1000;
-/// What the parts of an object may take before it is built, beside the bins that its axes promise.
+/// Limit in bytes for the parts of an object that is not built yet, besides the bins that its axes declare.
 constexpr std::size_t maxHeld = std::size_t{512} << 20U;
 constexpr std::size_t maxCodeletLength = std::size_t{1} << 20U;
 /// Objects above this size are announced by a warning.

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-/// What the readers of tables and of other objects have in common: a pass over a whole file, and the list of its
-/// objects for messages.
+/// Shared by the readers of tables and of other objects: a pass over a whole file, and the list of its objects for
+/// messages.
 namespace velmorak::io {
 
 /// Reads the file to its end.

@@ -30,7 +30,7 @@ public:
     double sizeOf(std::size_t cell) const;
     /// Centre of the bin along each axis; 0 for a cell that is not inside.
     std::array<double, dimensions> centerOf(std::size_t cell) const;
-    void setAxisTitle(std::size_t direction, std::string title) { axes[direction].title = std::move(title); }
+    void setAxisTitle(std::size_t direction, const std::string& title) { axes[direction].title = title; }
 
     bool operator==(const Grid&) const = default;
 

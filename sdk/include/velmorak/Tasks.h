@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <functional>
 
-/// What a reader or a kind may use to work on several threads of the run that it is called by.
+/// Lets readers and kinds use several threads of the current run.
 namespace velmorak {
 
 /// @return how many threads the run that the calling thread belongs to has; 1 outside of a run.

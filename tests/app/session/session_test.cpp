@@ -35,7 +35,7 @@ int groupOf(const fs::path& document) {
         [&group](const fs::directory_entry& entry) { return entry.is_directory() && entry.path() < group; }));
 }
 
-/// What the library makes of the example after the same edits.
+/// The results of the library for the example after the same edits.
 std::string expectedText() {
     QzManager manager("QzAnalysisFactory");
     manager.ReadDocument(example.string());

@@ -1,9 +1,7 @@
-#include "DialogTest.h"
+#include "FileDialogTest.h"
 
 #include <sys/resource.h>
 #include <sys/stat.h>
-
-#include <cstdlib>
 
 namespace {
 
@@ -11,7 +9,6 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr const char* removalQuestion = "Remove existing plugins?\n(Continuing without removal experimental)";
 constexpr const char* overwriteQuestion = "File exists. Overwrite?";
 
 bool lists(const Gtk::FileChooserDialog& chooser, const std::string& name) {
@@ -21,59 +18,7 @@ bool lists(const Gtk::FileChooserDialog& chooser, const std::string& name) {
     return gtk_file_filter_filter(const_cast<GtkFileFilter*>(chooser.get_filter()->gobj()), &info) != FALSE;
 }
 
-// A chooser that is closed while it completes a name triggers a warning inside the toolkit, which must not fail the
-// test.
-gboolean isOurs(const char* /*domain*/, GLogLevelFlags /*level*/, const char* message, void* /*unused*/) {
-    return std::string(message).find("gtk_tree_view_get_selection") == std::string::npos;
-}
-
-class Saving : public DialogTest {
-protected:
-    Saving() { g_test_log_set_fatal_handler(isOurs, nullptr); }
-    ~Saving() override { g_test_log_set_fatal_handler(nullptr, nullptr); }
-
-    // One plug-in with unsaved values, in a document with unsaved changes.
-    void edit() {
-        add("Number").changed = true;
-        window->modified = true;
-    }
-
-    void expectFlags(bool areSet) {
-        EXPECT_EQ(window->modified, areSet);
-        EXPECT_EQ(node("Number").changed, areSet);
-    }
-
-    std::string path(const std::string& name) const { return (folder / name).string(); }
-
-    // @return the standard output of the action.
-    std::string outputOf(const std::string& action) {
-        testing::internal::CaptureStdout();
-        act(action);
-        return testing::internal::GetCapturedStdout();
-    }
-
-    static std::string removedFolder() { return std::string(std::getenv("XDG_STATE_HOME")) + "/velmorak/removed"; }
-
-    // The backups of removed pipelines.
-    static std::vector<std::string> keptTexts(const std::string& extension = ".zedra") {
-        std::vector<std::string> texts;
-        std::error_code missing;
-        for (const auto& entry : std::filesystem::directory_iterator(removedFolder(), missing)) {
-            if (entry.path().extension() == extension) {
-                std::ostringstream text;
-                text << std::ifstream(entry.path(), std::ios::binary).rdbuf();
-                texts.push_back(text.str());
-            }
-        }
-        return texts;
-    }
-
-    std::string errorsOf(const std::string& action) {
-        testing::internal::CaptureStderr();
-        act(action);
-        return testing::internal::GetCapturedStderr();
-    }
-};
+class Saving : public FileDialogTest {};
 
 TEST_F(Saving, saveOfANewDocumentAsksForANameAndTheSecondDoesNot) {
     edit();
@@ -290,156 +235,6 @@ TEST_F(Saving, savingAfterADeletionTouchesNoNodeThatIsGone) {
     manager->fileName = path("pipe.zedra");
     act("Save");
     expectFlags(false);
-}
-
-TEST_F(Saving, openIntoAnEmptyWindowAsksNothingButTheName) {
-    put("chain.zedra", "");
-    Answers answers;
-    answers.open(path("chain.zedra"));
-    act("Open");
-    EXPECT_THAT(boxesOnCanvas(), ElementsAre("First", "Sum", "Parts"));
-    EXPECT_EQ(pathsOnCanvas(), 3);
-    EXPECT_FALSE(window->modified);
-}
-
-TEST_F(Saving, openWithRemovalLeavesOnlyTheDocument) {
-    edit();
-    put("chain.zedra", "");
-    Answers answers;
-    answers.question(removalQuestion, Gtk::RESPONSE_YES);
-    answers.open(path("chain.zedra"));
-    act("Open");
-    EXPECT_THAT(boxesOnCanvas(), ElementsAre("First", "Sum", "Parts"));
-    EXPECT_EQ(manager->plugins.size(), 3U);
-    EXPECT_FALSE(window->modified);
-}
-
-TEST_F(Saving, openWithoutRemovalAddsTheDocumentAndCountsAsChanged) {
-    edit();
-    window->modified = false;
-    put("chain.zedra", "");
-    Answers answers;
-    answers.question(removalQuestion, Gtk::RESPONSE_NO);
-    answers.open(path("chain.zedra"));
-    act("Open");
-    EXPECT_THAT(boxesOnCanvas(), testing::UnorderedElementsAre("Number", "First", "Sum", "Parts"));
-    EXPECT_TRUE(window->modified);
-}
-
-TEST_F(Saving, aCancelledOpenLeavesThePluginsRemovedAndTheFlagAlone) {
-    edit();
-    for (const bool isModified : {true, false}) {
-        add("Adder");
-        window->modified = isModified;
-        Answers answers;
-        answers.question(removalQuestion, Gtk::RESPONSE_YES);
-        answers.press("Open", Gtk::RESPONSE_CANCEL);
-        act("Open");
-        EXPECT_THAT(manager->plugins, IsEmpty());
-        EXPECT_EQ(window->modified, isModified);
-        EXPECT_THAT(recording::callsOf("ReadDocument"), IsEmpty());
-    }
-}
-
-TEST_F(Saving, whatWasRemovedForAnOpenThatIsCancelledIsKept) {
-    edit();
-    manager->fileName = path("pipe.zedra");
-    const std::string text = manager->DocumentText();
-    Answers answers;
-    answers.question(removalQuestion, Gtk::RESPONSE_YES);
-    answers.press("Open", Gtk::RESPONSE_CANCEL);
-    EXPECT_THAT(errorsOf("Open"), testing::StartsWith("The plug-ins that were removed are kept in " + removedFolder()));
-    EXPECT_THAT(keptTexts(), ElementsAre(text));
-    EXPECT_THAT(keptTexts(".origin"), ElementsAre(path("pipe.zedra")));
-}
-
-TEST_F(Saving, whatWasRemovedForAnExampleThatIsMissingIsKept) {
-    add("Adder");
-    const std::string text = manager->DocumentText();
-    Answers answers;
-    answers.question(removalQuestion, Gtk::RESPONSE_YES);
-    window->checkOpen("/x/none.zedra");
-    EXPECT_THAT(keptTexts(), ElementsAre(text));
-    EXPECT_THAT(keptTexts(".origin"), ElementsAre(""));
-}
-
-TEST_F(Saving, whatAnotherDocumentReplacesIsNotKept) {
-    add("Adder");
-    Answers answers;
-    answers.question(removalQuestion, Gtk::RESPONSE_YES);
-    window->checkOpen("/x/other.zedra");
-    EXPECT_THAT(keptTexts(), IsEmpty());
-    EXPECT_THAT(keptTexts(".origin"), IsEmpty());
-}
-
-TEST_F(Saving, aSaveThatWasInterruptedIsToldWhenTheDocumentIsOpened) {
-    put("chain.zedra", "half");
-    put(".chain.zedra.velmorak-new", "half and half");
-    testing::internal::CaptureStderr();
-    window->open(path("chain.zedra"));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "The last save of " + path("chain.zedra") +
-                                                          " was interrupted; its text is in " +
-                                                          path(".chain.zedra.velmorak-new") + '\n');
-    put(".chain.zedra.velmorak-new", "half");
-    testing::internal::CaptureStderr();
-    window->open(path("chain.zedra"));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-}
-
-TEST_F(Saving, aClosedOpenChooserReadsNothingAndDoesNotComeAgain) {
-    Answers answers;
-    answers.close("Open");
-    EXPECT_EQ(outputOf("Open"), "");
-    EXPECT_THAT(recording::callsOf("ReadDocument"), IsEmpty());
-}
-
-TEST_F(Saving, theRemovalQuestionReleasesTheSelectionInBothCases) {
-    for (const int answer : {Gtk::RESPONSE_NO, Gtk::RESPONSE_YES}) {
-        window->selectedItem = add("Adder").box;
-        Answers answers;
-        answers.question(removalQuestion, answer);
-        answers.press("Open", Gtk::RESPONSE_CANCEL);
-        act("Open");
-        EXPECT_FALSE(window->selectedItem);
-    }
-}
-
-TEST_F(Saving, checkOpenAnnouncesTheFileAndClearsTheFlagInBothCases) {
-    for (const int answer : {Gtk::RESPONSE_NO, Gtk::RESPONSE_YES}) {
-        add("Adder").changed = false;
-        Answers answers;
-        answers.question(removalQuestion, answer);
-        testing::internal::CaptureStdout();
-        window->checkOpen("/x/other.zedra");
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), "Trying to open /x/other.zedra\n");
-        EXPECT_FALSE(window->modified);
-    }
-    EXPECT_THAT(boxesOnCanvas(), ElementsAre("Alone"));
-}
-
-TEST_F(Saving, checkOpenOfADocumentThatCannotBeReadShowsWhatTheManagerHolds) {
-    window->checkOpen("/x/none.zedra");
-    EXPECT_THAT(boxesOnCanvas(), IsEmpty());
-    EXPECT_FALSE(window->modified);
-}
-
-TEST_F(Saving, removalDeletesInTheOrderOfTheNames) {
-    add("Splitter");
-    add("Adder");
-    add("Number");
-    recording::forgetCalls();
-    Answers answers;
-    answers.question(removalQuestion, Gtk::RESPONSE_YES);
-    window->checkOpen("/x/other.zedra");
-    EXPECT_THAT(recording::callsOf("DeletePlugin"),
-                ElementsAre("DeletePlugin(1)", "DeletePlugin(1)", "DeletePlugin(0)"));
-}
-
-TEST_F(Saving, anInputThatIsNotBoundHasNoPath) {
-    window->checkOpen("/x/collapsed.zedra");
-    EXPECT_EQ(pathsOnCanvas(), 1);
-    EXPECT_EQ(window->pathMap.count({"Sum", "a"}), 0U);
-    EXPECT_EQ(window->pathMap.count({"Sum", "b"}), 1U);
 }
 
 TEST_F(Saving, quittingWithYesSaves) {

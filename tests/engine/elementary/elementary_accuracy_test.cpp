@@ -54,14 +54,14 @@ constexpr Truth truths[] = {
     {"sinh", sinhq, 2.0},   {"tan", tanq, 1.0},     {"tanh", tanhq, 1.0},     {"tgamma", tgammaq, 1.0},
 };
 
-constexpr TruthOfTwo truthsOfTwo[] = {{"atan2", atan2q, 1.5}, {"hypot", hypotq, 1.0}, {"pow", powq, 1.0}};
+constexpr TruthOfTwo truthsOfTwo[] = {{"atan2", atan2q, 1.5}, {"hypot", hypotq, 0.9}, {"pow", powq, 0.8}};
 
 template <typename Row, typename Rows>
 const Row& rowOf(const Rows& rows, const std::string& name) {
     return *std::find_if(std::begin(rows), std::end(rows), [&](const Row& row) { return row.name == name; });
 }
 
-/// What the header states beyond a number of ulps.
+/// Accuracies that the header states in other units than ulps.
 bool isAsStated(const std::string& name, double x, Quad truth, double value) {
     const auto size = static_cast<double>(fabsq(truth));
     if (name == "lgamma" && x < 0.0) {
@@ -105,6 +105,18 @@ TEST(ElementaryFunctions, ofTwoArgumentsHaveTheStatedAccuracy) {
                                            << function.scalar(x, y) << ", true " << static_cast<double>(exact);
         }
         std::cout << function.name << ": at most " << most << " ulp\n";
+    }
+}
+
+// Where the argument of the logarithm that they are is near 1, it needs more bits than a number has.
+TEST(ElementaryFunctions, ofTheInverseHyperbolicKindKeepTheirAccuracyNearTheirZeros) {
+    std::mt19937_64 random(4711);
+    for (int i = 0; i < 100'000; ++i) {
+        const double size =
+            std::ldexp(std::uniform_real_distribution<double>(0.5, 1.0)(random), static_cast<int>(random() % 80) - 52);
+        const double x = random() % 2 == 0 ? size : -size;
+        ASSERT_LE(ulpsFrom(asinhq(x), asinh(x)), 0.6) << std::hexfloat << x;
+        ASSERT_LE(ulpsFrom(acoshq(1.0 + size), acosh(1.0 + size)), 0.6) << std::hexfloat << size;
     }
 }
 

@@ -24,6 +24,16 @@ TEST(EmulatedFma, roundsOnceAsTheInstructionDoes) {
     }
 }
 
+TEST(UnfusedMultiplyAdd, yieldsWhatRoundingLeavesOutOfAProduct) {
+    std::mt19937_64 random(4711);
+    for (int i = 0; i < 1'000'000; ++i) {
+        const double x =
+            std::ldexp(std::uniform_real_distribution<double>(-1.0, 1.0)(random), static_cast<int>(random() % 60));
+        const double y = std::uniform_real_distribution<double>(-1.0, 1.0)(random);
+        ASSERT_EQ(unfused(x, y, -(x * y)), std::fma(x, y, -(x * y))) << std::hexfloat << x << ", " << y;
+    }
+}
+
 TEST(EmulatedFma, keepsNumbersToWhichATinyProductIsAdded) {
     for (const double tiny : {0.0, 0x1p-1074, 1e-310, -1e-310, 1e-200}) {
         EXPECT_EQ(emulatedFused(tiny, 0.3, 0.5), 0.5);

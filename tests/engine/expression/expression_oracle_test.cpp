@@ -1,6 +1,6 @@
-#include <velmorak/Expression.h>
+#include "RandomColumns.h"
 
-#include "expression/simd/SimdKernels.h"
+#include <velmorak/Expression.h>
 
 #include <gtest/gtest.h>
 #include <muParser.h>
@@ -8,8 +8,6 @@
 #include <array>
 #include <bit>
 #include <cmath>
-#include <cstdlib>
-#include <cstring>
 #include <iostream>
 #include <limits>
 #include <memory>
@@ -19,21 +17,7 @@
 namespace velmorak {
 namespace {
 
-constexpr std::size_t rowCount = 12;
 constexpr double maxUlps = 2.0;
-
-Chunk chunkOf(const std::vector<Column::Reals>& columns) {
-    Chunk chunk;
-    chunk.rows = columns.front().size();
-    for (const Column::Reals& values : columns) {
-        chunk.columns.push_back(std::make_shared<Column>(Column{values, {}}));
-    }
-    return chunk;
-}
-
-bool isSame(double a, double b) {
-    return (std::isnan(a) && std::isnan(b)) || std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
-}
 
 /// Doubles in their order, from one to the next; both zeros are 0.
 std::int64_t ordinal(double value) {
@@ -200,56 +184,6 @@ private:
     std::mt19937_64& random;
 };
 
-double randomValue(std::mt19937_64& random) {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
-    constexpr std::array special{0.0,
-                                 -0.0,
-                                 1.0,
-                                 -1.0,
-                                 infinity,
-                                 -infinity,
-                                 std::numeric_limits<double>::quiet_NaN(),
-                                 5e-324,
-                                 -5e-324,
-                                 3e-310,
-                                 2.2250738585072014e-308,
-                                 1.7976931348623157e308,
-                                 -1.7e308,
-                                 0.5,
-                                 2.0,
-                                 709.7,
-                                 -745.13,
-                                 1e22,
-                                 -3.0,
-                                 1.0 + 0x1p-52};
-    switch (random() % 6) {
-        case 0:
-        case 1:
-            return special[random() % special.size()];
-        case 2:
-            return std::bit_cast<double>(random());
-        case 3:
-            return std::uniform_real_distribution<double>(-1.0, 1.0)(random);
-        default:
-            return std::normal_distribution<double>(0.0, 30.0)(random);
-    }
-}
-
-std::vector<Column::Reals> randomColumns(std::mt19937_64& random, std::size_t rows = rowCount) {
-    std::vector<Column::Reals> columns(3, Column::Reals(rows));
-    for (Column::Reals& column : columns) {
-        for (double& value : column) {
-            value = randomValue(random);
-        }
-    }
-    return columns;
-}
-
-std::uint64_t seed() {
-    const char* given = std::getenv("VELMORAK_SEED");
-    return !given ? 4711 : std::strtoull(given, nullptr, 10);
-}
-
 TEST(Expression, givesWhatMuParserGivesTo2UlpAStep) {
     std::cout << "seed " << seed() << " (VELMORAK_SEED)\n";
     std::mt19937_64 random(seed());
@@ -363,90 +297,6 @@ TEST(Expression, hasTheSameBitsForAFunctionInWhateverPlaceARowStands) {
             ASSERT_TRUE(
                 isSame(asReals(expression.evaluate(chunkOf({{x[row]}, {y[row]}})))->reals()[0], whole->reals()[row]))
                 << text << " of " << x[row] << ", " << y[row] << " in row " << row;
-        }
-    }
-}
-
-/// Both kernels on random values, of which there are so many that every length of a last piece comes up.
-void expectSameResults(const expression::SimdKernel& wide, const expression::Function& function,
-                       std::mt19937_64& random) {
-    const bool isOfReals = wide.type == ColumnType::Real;
-    const expression::Kernel common = isOfReals ? function.forReals : function.forBooleans;
-    const bool givesTruths = !isOfReals || function.rule == expression::Rule::Comparison;
-    for (std::size_t rows = 1; rows < 150; ++rows) {
-        const std::vector<Column::Reals> in = randomColumns(random, rows);
-        Column::Reals out(rows);
-        expression::KernelArgs lane{out.data(), {in[0].data(), in[1].data(), in[2].data()}, nullptr, rows};
-        wide.kernel(lane);
-        Column::Reals expected(rows);
-        lane.out = expected.data();
-        common(lane);
-        if (givesTruths) {
-            ASSERT_EQ(std::memcmp(out.data(), expected.data(), rows), 0) << wide.name;
-            continue;
-        }
-        for (std::size_t row = 0; row < rows; ++row) {
-            ASSERT_TRUE(isSame(out[row], expected[row]))
-                << wide.name << " of " << in[0][row] << ", " << in[1][row] << ", " << in[2][row];
-        }
-    }
-}
-
-TEST(SimdKernels, haveTheBitsOfTheScalarOnes) {
-    const std::vector<expression::SimdKernels> runnable = expression::runnableKernels();
-    if (runnable.empty()) {
-        GTEST_SKIP() << "no AVX2";
-    }
-    std::mt19937_64 random(seed());
-    for (const expression::SimdKernels& kernels : runnable) {
-        for (const expression::SimdKernel& wide : kernels) {
-            expectSameResults(wide, *expression::findFunction(wide.name), random);
-        }
-    }
-}
-
-/// The adjoints of the three arguments, one after the other.
-Column::Reals propagated(expression::ReverseKernel reverse, const std::vector<Column::Reals>& in,
-                         const Column::Reals& result, bool hasAdjoint) {
-    const std::size_t rows = result.size();
-    Column::Reals adjoints(3 * rows, 0.25);
-    std::uint8_t flags[3] = {hasAdjoint, hasAdjoint, hasAdjoint};
-    expression::AdjointStep step{};
-    for (std::size_t k = 0; k < 3; ++k) {
-        step.value[k] = in[k].data();
-        step.adjoint[k] = adjoints.data() + k * rows;
-        step.hasAdjoint[k] = &flags[k];
-    }
-    step.result = result.data();
-    step.resultAdjoint = in[2].data();
-    step.count = rows;
-    reverse(step);
-    return adjoints;
-}
-
-void expectSameDerivatives(const expression::SimdKernel& wide, std::mt19937_64& random) {
-    const expression::Function& function = *expression::findFunction(wide.name);
-    for (std::size_t rows = 1; rows < 42; ++rows) {
-        const std::vector<Column::Reals> in = randomColumns(random, rows);
-        Column::Reals result(rows);
-        function.forReals({result.data(), {in[0].data(), in[1].data(), in[2].data()}, nullptr, rows});
-        for (const bool hasAdjoint : {false, true}) {
-            const Column::Reals adjoints = propagated(wide.reverse, in, result, hasAdjoint);
-            const Column::Reals expected = propagated(function.reverse, in, result, hasAdjoint);
-            for (std::size_t i = 0; i < adjoints.size(); ++i) {
-                ASSERT_TRUE(isSame(adjoints[i], expected[i])) << wide.name;
-            }
-        }
-    }
-}
-
-TEST(SimdKernels, haveTheBitsOfTheScalarDerivatives) {
-    std::mt19937_64 random(seed());
-    for (const expression::SimdKernels& kernels : expression::runnableKernels()) {
-        for (const expression::SimdKernel& wide : kernels) {
-            if (wide.reverse) {
-                expectSameDerivatives(wide, random);
-            }
         }
     }
 }

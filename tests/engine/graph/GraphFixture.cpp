@@ -13,15 +13,6 @@ long Errors::lines() const {
     return std::ranges::count(all, '\n');
 }
 
-Folder::Folder() {
-    std::string name = (fs::temp_directory_path() / "velmorak-XXXXXX").string();
-    path = mkdtemp(name.data());
-}
-
-Folder::~Folder() {
-    fs::remove_all(path);
-}
-
 std::string Folder::write(const std::string& name, const std::string& content) const {
     const fs::path file = path / name;
     fs::create_directories(file.parent_path());

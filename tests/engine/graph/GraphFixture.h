@@ -3,6 +3,7 @@
 #include <QzManager.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <velmorak/TemporaryFolder.h>
 
 #include <filesystem>
 #include <iostream>
@@ -11,7 +12,7 @@
 
 namespace velmorak::test {
 
-/// What is said on standard error while this lives.
+/// Captures standard error while it exists.
 class Errors {
 public:
     Errors() : before(std::cerr.rdbuf(heard.rdbuf())) {}
@@ -28,15 +29,12 @@ private:
     std::streambuf* before;
 };
 
-/// A folder that goes with its test.
+/// A folder that is removed with its test.
 class Folder {
-public:
-    Folder();
-    ~Folder();
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
+    TemporaryFolder folder{"test"};
 
-    std::filesystem::path path;
+public:
+    const std::filesystem::path& path = folder.path();
     /// Writes a file, with the folders that it needs. @return its path.
     std::string write(const std::string& name, const std::string& content) const;
 };

@@ -1,4 +1,5 @@
 #include <velmorak/Histogram.h>
+#include <velmorak/Profile.h>
 
 #include "PlainSums.h"
 
@@ -179,6 +180,36 @@ TEST(HistogramFill, leavesTheBitsOfOneByOneForWholeNumbersOnEdges) {
     expectSameBits(Axis(20, -0.5, 9.5), values, random);
 }
 
+/// Cells of which the number of entries passes several multiples of the interval, within groups of the kernels.
+TEST(HistogramFill, leavesTheBitsOfOneByOneWhereACellChoosesItsPivotAgain) {
+    std::mt19937_64 random(13);
+    std::uniform_real_distribution<double> part(0.0, 1.0);
+    const std::size_t count = 5 * filling::pivotInterval + 3;
+    std::vector<double> x(count);
+    std::vector<double> y(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        x[i] = part(random);
+        y[i] = 1e6 + part(random);
+    }
+    const std::vector<double> weights = weightsFor(count);
+    for (const std::size_t bins : {1U, 2U, 7U}) {
+        const Axis axis(bins, 0.0, 1.0);
+        expectSameBits(axis, x, random);
+        Histogram2D plane(Grid<2>({axis, Axis(1, 1e6, 1e6 + 1)}));
+        Histogram2D planeOneByOne = plane;
+        Profile1D profile(Grid<1>({axis}));
+        Profile1D profileOneByOne = profile;
+        plane.fill({x.data(), y.data()}, weights.data(), count);
+        profile.fill({x.data()}, y.data(), weights.data(), count);
+        for (std::size_t i = 0; i < count; ++i) {
+            planeOneByOne.fill({x[i], y[i]}, weights[i]);
+            profileOneByOne.fill({x[i]}, y[i], weights[i]);
+        }
+        EXPECT_EQ(plane.toBytes(), planeOneByOne.toBytes()) << bins;
+        EXPECT_EQ(profile.toBytes(), profileOneByOne.toBytes()) << bins;
+    }
+}
+
 TEST(HistogramFill, findsNoStepsWhereRoundingErrorsAreOfTheirSize) {
     EXPECT_TRUE(filling::stepsOf(Axis(100, -3.0, 3.0)));
     EXPECT_TRUE(filling::stepsOf(Axis(1, -1e300, 1e300)));
@@ -187,6 +218,11 @@ TEST(HistogramFill, findsNoStepsWhereRoundingErrorsAreOfTheirSize) {
     EXPECT_FALSE(filling::stepsOf(Axis(2, -most, -most + 6e307)));
     EXPECT_FALSE(filling::stepsOf(Axis(std::vector<double>{0.0, 1.0, 3.0})));
     EXPECT_FALSE(filling::stepsOf(Axis(1, 0.0, std::numeric_limits<double>::denorm_min())));
+}
+
+PlainSums equalFills(std::size_t count, double weight, double x) {
+    const auto n = static_cast<double>(count);
+    return {static_cast<std::int64_t>(count), n * weight, n * weight * weight, n * weight * x, n * weight * x * x};
 }
 
 TEST(FillKernels, endOnALineBeforeTheGroupThatItCannotFill) {
@@ -200,19 +236,21 @@ TEST(FillKernels, endOnALineBeforeTheGroupThatItCannotFill) {
             std::vector<double> values(42, 2.5);
             values[21] = special;
             CellVector<BinSums> cells(12);
-            EXPECT_EQ(wide.fill1D(steps, filling::bytesOf(cells), {.x = values.data(), .count = 42}), 20U) << special;
-            EXPECT_EQ(plain(cells[3]), (PlainSums{20, 20.0, 20.0, 50.0, 125.0}));
+            const std::size_t filled = 21 / wide.group * wide.group;
+            EXPECT_EQ(wide.fill1D(steps, filling::bytesOf(cells), {.x = values.data(), .count = 42}), filled)
+                << special;
+            EXPECT_EQ(plain(cells[3]), equalFills(filled, 1.0, 2.5));
         }
         std::vector<double> values(42, 2.5);
         std::vector<double> weights(42, 2.0);
         CellVector<BinSums> cells(12);
         const filling::Entries entries{.x = values.data(), .weights = weights.data(), .count = 42};
         EXPECT_EQ(wide.fill1D(steps, filling::bytesOf(cells), entries), 40U);
-        EXPECT_EQ(plain(cells[3]), (PlainSums{40, 80.0, 160.0, 200.0, 500.0}));
-        weights[5] = notANumber;
-        EXPECT_EQ(wide.fill1D(steps, filling::bytesOf(cells), entries), 4U);
+        EXPECT_EQ(plain(cells[3]), equalFills(40, 2.0, 2.5));
+        weights[9] = notANumber;
+        EXPECT_EQ(wide.fill1D(steps, filling::bytesOf(cells), entries), 8U);
         const std::vector<std::uint32_t> known(42, 7);
-        weights[5] = infinity;
+        weights[9] = infinity;
         EXPECT_EQ(wide.fillFromIndices1D({.x = known.data()}, filling::bytesOf(cells), entries), 40U);
         EXPECT_EQ(cells[8].entries, 0);
         EXPECT_EQ(cells[7].entries, 40);
@@ -233,11 +271,12 @@ TEST(FillKernels, endInAPlaneBeforeTheGroupThatItCannotFill) {
             y[13] = special;
             CellVector<CellSums<2>> cells(12U * 7U);
             const filling::Entries entries{.x = x.data(), .y = y.data(), .count = 42};
-            EXPECT_EQ(wide.fill2D(axes, 12, filling::bytesOf(cells), entries), 12U) << special;
-            const CellSums<2>& filled = cells[2 * 12 + 3];
-            EXPECT_EQ(plain(filled.of<1>({0})), (PlainSums{12, 12.0, 12.0, 30.0, 75.0}));
-            EXPECT_EQ(plain(filled.of<1>({1})), (PlainSums{12, 12.0, 12.0, 18.0, 27.0}));
-            EXPECT_EQ(filled.squareSum(0, 1), 45.0);
+            const std::size_t filled = 13 / wide.group * wide.group;
+            EXPECT_EQ(wide.fill2D(axes, 12, filling::bytesOf(cells), entries), filled) << special;
+            const CellSums<2>& sums = cells[2 * 12 + 3];
+            EXPECT_EQ(plain(sums.of<1>({0})), equalFills(filled, 1.0, 2.5));
+            EXPECT_EQ(plain(sums.of<1>({1})), equalFills(filled, 1.0, 1.5));
+            EXPECT_EQ(sums.squareSum(0, 1), static_cast<double>(filled) * 2.5 * 1.5);
         }
     }
 }

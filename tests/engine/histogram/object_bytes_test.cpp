@@ -1,3 +1,6 @@
+#include "histogram/GridBytes.h"
+
+#include <velmorak/CellVector.h>
 #include <velmorak/FunctionObject.h>
 #include <velmorak/Histogram.h>
 #include <velmorak/ObjectBytes.h>
@@ -7,9 +10,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace velmorak {
 namespace {
@@ -106,7 +113,9 @@ TEST(ObjectBytes, areNotMadeOfAnObjectThatNobodyKnows) {
 TEST(ObjectBytes, comeInPiecesOfWhichTheNumberIsKnownBefore) {
     std::vector<DataObjectPtr> objects = oneOfEach();
     Histogram2D large(Grid<2>({Axis(300, 0.0, 1.0), Axis(200, 0.0, 1.0)}));
-    large.fill({0.5, 0.5}, 3.0);
+    for (int i = 0; i < 60'000; ++i) {
+        large.fill({i % 300 / 300.0, i / 300 / 200.0}, 3.0);
+    }
     objects.push_back(named(large));
     for (const DataObjectPtr& object : objects) {
         const std::string bytes = bytesOf(*object);
@@ -121,6 +130,52 @@ TEST(ObjectBytes, comeInPiecesOfWhichTheNumberIsKnownBefore) {
         EXPECT_LE(longest, std::size_t{1} << 16U);
     }
     EXPECT_THROW(countBytesOf(Unknown()), std::invalid_argument);
+}
+
+TEST(ObjectBytes, ofManyEmptyCellsAreFew) {
+    Histogram2D large(Grid<2>({Axis(3000, 0.0, 1.0), Axis(2000, 0.0, 1.0)}));
+    ASSERT_TRUE(large.cells().isSparse());
+    for (const double x : {-1.0, 0.25, 0.2501, 0.9, 2.0}) {
+        large.fill({x, x}, 3.0);
+    }
+    const std::string bytes = large.toBytes();
+    const std::size_t ofTheAxes = 5000 * sizeof(double);
+    EXPECT_LE(bytes.size(), ofTheAxes + 1000);
+    EXPECT_EQ(Histogram2D::fromBytes(bytes).cells(), large.cells());
+}
+
+/// Bytes of runs of empty and of filled cells, each of eight bytes.
+std::string runs(const std::vector<std::array<std::uint64_t, 2>>& emptyAndFilled) {
+    ByteWriter writer;
+    writer.number<std::uint64_t>(0);
+    for (const auto& [empty, filled] : emptyAndFilled) {
+        writer.number(empty);
+        writer.number(filled);
+        for (std::uint64_t cell = 0; cell < std::min<std::uint64_t>(filled, 10); ++cell) {
+            writer.number(1.0);
+        }
+    }
+    return writer.sealed();
+}
+
+TEST(ObjectBytes, areRefusedIfTheyHaveOtherCellsThanTheirGrid) {
+    struct Cell {
+        double w = 0.0;
+    };
+    const auto read = [](const std::string& bytes) {
+        ByteReader reader(bytes, 0);
+        const auto cells = readCells<CellVector<Cell>>(reader, 10, sizeof(Cell));
+        reader.mustBeAtEnd();
+        return cells;
+    };
+    EXPECT_EQ(read(runs({{3, 2}, {4, 1}}))[9].w, 1.0);
+    EXPECT_EQ(read(runs({{10, 0}}))[9].w, 0.0);
+    constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+    for (const std::vector<std::array<std::uint64_t, 2>>& wrong :
+         std::vector<std::vector<std::array<std::uint64_t, 2>>>{
+             {{3, 2}, {4, 2}}, {{3, 2}, {4, 0}}, {{0, 0}, {10, 0}}, {{11, 0}}, {{most, 11}}, {{1, most}}, {}}) {
+        EXPECT_THROW(read(runs(wrong)), std::invalid_argument) << wrong.size();
+    }
 }
 
 }  // namespace

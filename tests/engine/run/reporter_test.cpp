@@ -9,24 +9,24 @@ public:
     bool isRunReporter() const override { return true; }
 };
 
-/// good -> teller <- bad; apart is fed by bad, alone by nothing.
+/// good -> reporter <- bad; apart is fed by bad, alone by nothing.
 class RunReporters : public RunTest {
 protected:
     RunReporters() {
         add(constant, "good");
         add(failing, "bad");
         add(failing, "after");
-        add(telling, "teller");
-        wire("good", "number", "teller", "good");
-        wire("bad", "number", "teller", "bad");
-        wire("bad", "number", "teller", "label");
+        add(telling, "reporter");
+        wire("good", "number", "reporter", "good");
+        wire("bad", "number", "reporter", "bad");
+        wire("bad", "number", "reporter", "label");
         wire("bad", "number", "after", "value");
-        set("teller", "label", "own text");
+        set("reporter", "label", "own text");
         pipeline.document = folder / "test.zedra";
         pipeline.documentText = "abc";
     }
 
-    static Ports tellerPorts() {
+    static Ports reporterPorts() {
         return {{{.name = "good", .type = ValueType::Any, .isOptional = true},
                  {.name = "bad", .type = ValueType::Any, .isOptional = true},
                  {.name = "label", .type = ValueType::Text}},
@@ -56,7 +56,7 @@ protected:
     bool hasGood = false;
     bool hasBad = false;
     bool isBadWired = false;
-    TellingFunction telling{"Telling", tellerPorts(),
+    TellingFunction telling{"Telling", reporterPorts(),
                             [this](const Arguments& arguments, Results&, RunContext& context) {
                                 asked = context.record();
                                 label = arguments.text("label");
@@ -70,7 +70,7 @@ TEST_F(RunReporters, isExecutedThoughSomethingThatFeedsItFailed) {
     start("bad");
     run();
     EXPECT_EQ(status("bad"), NodeStatus::Failed);
-    EXPECT_EQ(status("teller"), NodeStatus::Done);
+    EXPECT_EQ(status("reporter"), NodeStatus::Done);
     EXPECT_TRUE(hasGood);
     EXPECT_FALSE(hasBad);
     EXPECT_TRUE(isBadWired);
@@ -86,16 +86,16 @@ TEST_F(RunReporters, knowsHowAllOthersEnded) {
     EXPECT_EQ(recorded("bad").state, RecordedState::Failed);
     EXPECT_EQ(recorded("bad").sentence, "no luck");
     EXPECT_EQ(recorded("after").state, RecordedState::NotRun);
-    EXPECT_EQ(recorded("teller").state, RecordedState::Done);
+    EXPECT_EQ(recorded("reporter").state, RecordedState::Done);
     EXPECT_EQ(recorded("alone").state, RecordedState::NotRequested);
     EXPECT_EQ(recorded("good").outputs, std::vector<std::string>{"number"});
 }
 
 TEST_F(RunReporters, comesWhenAllElseHasEndedWhereverItStands) {
-    start("teller");
+    start("reporter");
     start("good");
     run();
-    EXPECT_EQ(status("teller"), NodeStatus::Done);
+    EXPECT_EQ(status("reporter"), NodeStatus::Done);
     EXPECT_EQ(recorded("bad").state, RecordedState::Failed);
 }
 
@@ -113,7 +113,7 @@ TEST_F(RunReporters, isExecutedInEveryRunAndSeesNoDifferenceBetweenExecutedAndRe
     const int before = telling.evaluated;
     run();
     EXPECT_EQ(status("good"), NodeStatus::Reused);
-    EXPECT_EQ(status("teller"), NodeStatus::Done);
+    EXPECT_EQ(status("reporter"), NodeStatus::Done);
     EXPECT_EQ(telling.evaluated, before + 1);
     EXPECT_EQ(recorded("good").state, RecordedState::Done);
 }
@@ -123,8 +123,8 @@ TEST_F(RunReporters, takesAStreamWhoseResultsAreReusedForDone) {
     add(rows, "rows", {{"rows", "10"}, {"file", "data.txt"}});
     add(sum, "total");
     wire("rows", "table", "total", "table");
-    wire("total", "sum", "teller", "good");
-    start("teller");
+    wire("total", "sum", "reporter", "good");
+    start("reporter");
     run();
     EXPECT_EQ(recorded("rows").state, RecordedState::Done);
     const std::size_t files = asked.files.size();
@@ -146,7 +146,7 @@ protected:
         wire("rows", "table", "cut", "table");
         wire("cut", "table", "total", "table");
         wire("total", "sum", "next", "value");
-        wire("next", "number", "teller", "good");
+        wire("next", "number", "reporter", "good");
         wire("cut", "table", "before", "table");
         wire("bad", "number", "before", "scale");
     }

@@ -1,6 +1,6 @@
 #include "store/StoreBytes.h"
 
-#include "table/Bytes.h"
+#include "table/Checksum.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include <map>
 #include <string>
 
-/// What a run produced, as texts that can be compared bit for bit.
+/// The results of a run, as texts that can be compared bit for bit.
 namespace velmorak::test {
 
 /// Names, kinds, values and wires.

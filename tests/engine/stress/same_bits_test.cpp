@@ -5,6 +5,8 @@
 #include "executor/PipelineExecutor.h"
 #include "graph/ManagerExtensions.h"
 
+#include <velmorak/TemporaryFolder.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -28,15 +30,7 @@ struct Produced {
 class SameBits : public testing::Test {
 protected:
     SameBits() : quiet(std::cerr.rdbuf(nullptr)) {}
-    ~SameBits() override {
-        std::cerr.rdbuf(quiet);
-        fs::remove_all(folder);
-    }
-
-    static fs::path newFolder() {
-        std::string name = (fs::temp_directory_path() / "velmorak-bits-XXXXXX").string();
-        return mkdtemp(name.data());
-    }
+    ~SameBits() override { std::cerr.rdbuf(quiet); }
 
     Produced runWith(std::unique_ptr<Executor> executor, const Pipeline& pipeline, std::size_t threads = 1) {
         Pipeline own = pipeline;
@@ -83,7 +77,8 @@ protected:
 
     bool isDone(std::size_t node) const { return report.nodes.at(node).status == NodeStatus::Done; }
 
-    fs::path folder = newFolder();
+    TemporaryFolder ownFolder{"bits"};
+    const fs::path& folder = ownFolder.path();
     std::streambuf* quiet;
     RunReport report;
     std::string said;

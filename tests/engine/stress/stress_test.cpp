@@ -3,6 +3,8 @@
 
 #include "graph/ManagerImpl.h"
 
+#include <velmorak/TemporaryFolder.h>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -28,15 +30,7 @@ std::size_t numberOfEdits() {
 class Stress : public testing::Test {
 protected:
     Stress() : quiet(std::cerr.rdbuf(nullptr)) { setResultsFolder(manager, folder / "stress.results"); }
-    ~Stress() override {
-        std::cerr.rdbuf(quiet);
-        fs::remove_all(folder);
-    }
-
-    static fs::path newFolder() {
-        std::string name = (fs::temp_directory_path() / "velmorak-stress-XXXXXX").string();
-        return mkdtemp(name.data());
-    }
+    ~Stress() override { std::cerr.rdbuf(quiet); }
 
     void noteState() {
         const std::string text = textOf(pipelineOf(manager));
@@ -150,7 +144,8 @@ protected:
         }
     }
 
-    fs::path folder = newFolder();
+    TemporaryFolder ownFolder{"stress"};
+    const fs::path& folder = ownFolder.path();
     QzManager manager{"QzAnalysisFactory"};
     std::streambuf* quiet;
     std::mutex statesLock;

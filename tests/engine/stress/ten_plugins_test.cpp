@@ -1,5 +1,7 @@
 #include "graph/ManagerExtensions.h"
 
+#include <velmorak/TemporaryFolder.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -18,15 +20,8 @@ using testing::HasSubstr;
 /// Pipelines of the shipped kinds in which something is wrong.
 class WrongPipeline : public testing::Test {
 protected:
-    WrongPipeline() : former(std::cerr.rdbuf(said.rdbuf())) {
-        std::string name = (fs::temp_directory_path() / "velmorak-wrong-XXXXXX").string();
-        folder = mkdtemp(name.data());
-        std::ofstream(folder / "short.csv") << "x,y\n1,2\n3\n";
-    }
-    ~WrongPipeline() override {
-        std::cerr.rdbuf(former);
-        fs::remove_all(folder);
-    }
+    WrongPipeline() : former(std::cerr.rdbuf(said.rdbuf())) { std::ofstream(folder / "short.csv") << "x,y\n1,2\n3\n"; }
+    ~WrongPipeline() override { std::cerr.rdbuf(former); }
 
     /// @param plugins of the document, the first being the start.
     void run(const std::string& plugins) {
@@ -58,7 +53,8 @@ protected:
                source + R"(", ")" + output + R"("]}]})";
     }
 
-    fs::path folder;
+    TemporaryFolder ownFolder{"wrong"};
+    const fs::path& folder = ownFolder.path();
     std::ostringstream said;
     std::streambuf* former;
     QzManager manager{"QzAnalysisFactory"};

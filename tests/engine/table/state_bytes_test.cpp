@@ -1,6 +1,6 @@
 #include <velmorak/StateBytes.h>
 
-#include "table/Bytes.h"
+#include "table/Checksum.h"
 
 #include <velmorak/FunctionObject.h>
 #include <velmorak/Kind.h>

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include <archive.h>
-#include <archive_entry.h>
 #include <zlib.h>
 
 #include <random>
@@ -27,13 +26,7 @@ std::string packed(const std::vector<std::pair<std::string, std::string>>& files
     archive_write_set_bytes_in_last_block(target, 1);
     archive_write_open_memory(target, bytes.data(), bytes.size(), &used);
     for (const auto& [name, content] : files) {
-        archive_entry* entry = archive_entry_new();
-        archive_entry_set_pathname(entry, name.c_str());
-        archive_entry_set_size(entry, static_cast<la_int64_t>(content.size()));
-        archive_entry_set_filetype(entry, AE_IFREG);
-        archive_write_header(target, entry);
-        archive_write_data(target, content.data(), content.size());
-        archive_entry_free(entry);
+        addFile(target, name, content);
     }
     archive_write_free(target);
     bytes.resize(used);
@@ -149,14 +142,7 @@ TEST_F(AidaContainers, damagedInAnyWayEndInASentenceOrInRows) {
     std::size_t failures = 0;
     for (const std::string& whole : wholes) {
         for (int round = 0; round < 60; ++round) {
-            std::string bytes = whole;
-            for (std::size_t change = 0; change <= random() % 4; ++change) {
-                bytes[random() % bytes.size()] = static_cast<char>(random());
-            }
-            if (random() % 4 == 0) {
-                bytes.resize(random() % bytes.size() + 1);
-            }
-            const auto file = fileWith(bytes);
+            const auto file = fileWith(damaged(whole, random));
             const std::string failure = failureOf([&] {
                 for (const AidaEntry& entry : listAida(file, run)) {
                     if (entry.schema.size() != 0) {

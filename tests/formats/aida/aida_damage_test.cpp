@@ -100,14 +100,7 @@ TEST_F(DamagedAida, ofAnyKindEndsInASentenceOrInRows) {
          {"all.aida", "tuple_nested.aida", "trap_pi_style_nested.aida", "all.gz.aida", "cloud2d.aida"}) {
         const std::string whole = contentOf(ownFile(name));
         for (int round = 0; round < 120; ++round) {
-            std::string bytes = whole;
-            for (std::size_t change = 0; change <= random() % 4; ++change) {
-                bytes[random() % bytes.size()] = static_cast<char>(random());
-            }
-            if (random() % 4 == 0) {
-                bytes.resize(random() % bytes.size() + 1);
-            }
-            const auto file = fileWith(bytes);
+            const auto file = fileWith(damaged(whole, random));
             const std::string failure = failureOf([&] {
                 for (const AidaEntry& entry : listAida(file, run)) {
                     readRows(file, entry.path, run);

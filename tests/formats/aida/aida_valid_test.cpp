@@ -10,7 +10,7 @@
 #include <velmorak/Profile.h>
 #include "support.h"
 
-/// What is written follows the document type, as another program checks it.
+/// Written files are valid by the document type definition; another program checks that.
 namespace velmorak {
 namespace {
 
@@ -22,7 +22,7 @@ const double infinity = HUGE_VAL;
 
 class AidaValid : public AidaFiles {
 protected:
-    /// What the checker complains about; empty for a valid file.
+    /// The messages of the checker; empty for a valid file.
     static std::string complaints(const std::filesystem::path& file) {
         const std::string command = std::string(XMLLINT) + " --nonet --noout --dtdvalid '" + AIDA_FILES +
                                     "/aida.dtd' '" + file.string() + "' 2>&1";

@@ -32,7 +32,7 @@ Histogram1D mass() {
     return histogram;
 }
 
-/// What the independent reader prints of a file; empty where there is no Python.
+/// Output of the independent reader for a file; empty without Python.
 std::string seenByPython(const std::filesystem::path& file) {
     const std::string command = std::string(PYTHON) + " '" + AIDA_CHECK + "' '" + file.string() + "'";
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(command.c_str(), "r"), pclose);
@@ -68,7 +68,7 @@ TEST_F(AidaWriting, putsAHistogramDownAsItIs) {
     EXPECT_EQ(listAida(file, run)[0].path, "/run1/mass");
 }
 
-/// What is written of the object of a file.
+/// The text that is written for the object of a file.
 std::string rewritten(const std::filesystem::path& file, RunContext& run) {
     const DataObjectPtr object = readAidaObject(file, "", ValueType::Histogram, run);
     const auto copy = file.parent_path() / "copy.aida";

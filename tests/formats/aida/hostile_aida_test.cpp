@@ -3,7 +3,6 @@
 #include "PlainSums.h"
 
 #include <archive.h>
-#include <archive_entry.h>
 #include <sys/stat.h>
 
 #include <cmath>
@@ -55,13 +54,7 @@ std::string zipOf(std::size_t files, const std::string& last) {
     archive_write_open_memory(target, bytes.data(), bytes.size(), &used);
     for (std::size_t file = 0; file <= files; ++file) {
         const std::string content = file < files ? "not this" : last;
-        archive_entry* entry = archive_entry_new();
-        archive_entry_set_pathname(entry, ("file" + std::to_string(file)).c_str());
-        archive_entry_set_size(entry, static_cast<la_int64_t>(content.size()));
-        archive_entry_set_filetype(entry, AE_IFREG);
-        archive_write_header(target, entry);
-        archive_write_data(target, content.data(), content.size());
-        archive_entry_free(entry);
+        addFile(target, "file" + std::to_string(file), content);
     }
     archive_write_free(target);
     bytes.resize(used);
@@ -285,8 +278,8 @@ TEST_F(HostileAida, hasLongListsInSeveralItems) {
         "<bin1d binNum='1' entries='1' height='0.2'/></data1d></histogram1d>");
     const auto read = readAidaObject(file, "/h", ValueType::Histogram, run);
     const auto& cells = std::dynamic_pointer_cast<const Histogram1D>(read)->cells();
-    EXPECT_EQ(plain(cells.at(1)), (PlainSums{1, 0.1, 0.3, 0.05, 0.025}));
-    EXPECT_EQ(plain(cells.at(2)), (PlainSums{1, 0.2, 0.7, 0.3, 0.45}));
+    EXPECT_EQ(plain(cells[1]), (PlainSums{1, 0.1, 0.3, 0.05, 0.025}));
+    EXPECT_EQ(plain(cells[2]), (PlainSums{1, 0.2, 0.7, 0.3, 0.45}));
 }
 
 std::uint64_t residentBytes() {

@@ -1,5 +1,6 @@
 #include <velmorak/Failure.h>
 #include <velmorak/RegularFile.h>
+#include <velmorak/TemporaryFolder.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,16 +17,8 @@ namespace fs = std::filesystem;
 
 class RegularFile : public ::testing::Test {
 protected:
-    RegularFile() {
-        std::string name = (fs::temp_directory_path() / "velmorak-XXXXXX").string();
-        folder = mkdtemp(name.data());
-    }
-    ~RegularFile() override {
-        std::error_code ignored;
-        fs::remove_all(folder, ignored);
-    }
-
-    fs::path folder;
+    TemporaryFolder ownFolder{"test"};
+    const fs::path& folder = ownFolder.path();
 };
 
 TEST_F(RegularFile, isReadAlsoByALink) {

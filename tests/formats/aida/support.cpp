@@ -1,5 +1,7 @@
 #include "support.h"
 
+#include <archive.h>
+#include <archive_entry.h>
 #include <unistd.h>
 #include <zlib.h>
 
@@ -8,14 +10,24 @@
 
 namespace velmorak {
 
-AidaFiles::AidaFiles() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "velmorak-io-XXXXXX").string();
-    folder = mkdtemp(pattern.data());
+std::string damaged(std::string bytes, std::mt19937& random) {
+    for (std::size_t change = 0; change <= random() % 4; ++change) {
+        bytes[random() % bytes.size()] = static_cast<char>(random());
+    }
+    if (random() % 4 == 0) {
+        bytes.resize(random() % bytes.size() + 1);
+    }
+    return bytes;
 }
 
-AidaFiles::~AidaFiles() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
+void addFile(::archive* target, const std::string& name, const std::string& content) {
+    archive_entry* entry = archive_entry_new();
+    archive_entry_set_pathname(entry, name.c_str());
+    archive_entry_set_size(entry, static_cast<la_int64_t>(content.size()));
+    archive_entry_set_filetype(entry, AE_IFREG);
+    archive_write_header(target, entry);
+    archive_write_data(target, content.data(), content.size());
+    archive_entry_free(entry);
 }
 
 std::filesystem::path AidaFiles::fileWith(std::string_view bytes) const {

@@ -7,27 +7,35 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <velmorak/Aida.h>
+#include <velmorak/TemporaryFolder.h>
+
+struct archive;
 
 namespace velmorak {
 
 /// Gives each test a temporary folder.
 class AidaFiles : public ::testing::Test {
 protected:
-    AidaFiles();
-    ~AidaFiles() override;
-
     std::filesystem::path fileWith(std::string_view bytes) const;
     /// The text between <aida> and </aida>.
     std::filesystem::path aidaWith(std::string_view objects) const;
 
-    std::filesystem::path folder;
+    TemporaryFolder ownFolder{"io"};
+    const std::filesystem::path& folder = ownFolder.path();
     QuietContext run;
 };
+
+/// @return the bytes with a few random changes, and sometimes without their end.
+std::string damaged(std::string bytes, std::mt19937& random);
+
+/// Adds a file to an archive that is being written.
+void addFile(::archive* target, const std::string& name, const std::string& content);
 
 /// All rows of a table: the columns joined, and the length of each chunk.
 struct Rows {

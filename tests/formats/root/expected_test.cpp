@@ -19,7 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
 
-/// What a column holds, as the independent reader sums it up.
+/// Summary of a column, as the independent reader gives it.
 struct Summary {
     void add(double value) {
         const auto bits = std::bit_cast<std::uint64_t>(value);
@@ -83,7 +83,7 @@ std::map<std::string, Summary> summaries(const fs::path& file, const std::string
     return found;
 }
 
-/// What the independent reader itself got wrong, or sees as something else.
+/// Columns that the independent reader gets wrong or represents differently.
 bool isLeftOut(const std::string& file, const Json& column) {
     static const std::set<std::string> wrong{
         "test_extension_columns_rntuple_v1-0-0-0.root float_field",  // Integers taken for reals.

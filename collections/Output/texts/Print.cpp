@@ -1,7 +1,7 @@
-#include "kinds.h"
+#include "Output/kinds.h"
 
 #include "CsvText.h"
-#include "Ports.h"
+#include "Output/Ports.h"
 #include "PrintText.h"
 #include "TextOutput.h"
 

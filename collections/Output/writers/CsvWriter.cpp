@@ -1,9 +1,9 @@
-#include "kinds.h"
+#include "Output/kinds.h"
 
-#include "CsvText.h"
-#include "PlotValues.h"
-#include "Ports.h"
-#include "TextOutput.h"
+#include "Output/Ports.h"
+#include "Output/plots/PlotValues.h"
+#include "Output/texts/CsvText.h"
+#include "Output/texts/TextOutput.h"
 #include "WrittenRows.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "Html.h"
 
-#include "PlotText.h"
+#include "Output/plots/PlotText.h"
 
 #include <velmorak/Utf8.h>
 

@@ -1,7 +1,7 @@
 #include "PrintText.h"
 
-#include "PlotStatistics.h"
-#include "PlotText.h"
+#include "Output/plots/PlotStatistics.h"
+#include "Output/plots/PlotText.h"
 
 #include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>

@@ -1,6 +1,6 @@
 #include "PlotStatistics.h"
 
-#include "FitNotes.h"
+#include "Output/FitNotes.h"
 #include "PlotText.h"
 
 #include <velmorak/FormatMeasurement.h>

@@ -1,9 +1,9 @@
 #include "ReportPage.h"
 
-#include "FitNotes.h"
 #include "Html.h"
+#include "Output/FitNotes.h"
+#include "Output/plots/PlotText.h"
 #include "PipelineDrawing.h"
-#include "PlotText.h"
 
 #include <velmorak/DataObjects.h>
 #include <velmorak/FormatMeasurement.h>

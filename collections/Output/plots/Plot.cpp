@@ -1,9 +1,10 @@
-#include "kinds.h"
+#include "Output/kinds.h"
 
 #include "Drawing.h"
 #include "Gnuplot.h"
+#include "Output/Ports.h"
 #include "PlotValues.h"
-#include "Ports.h"
+#include "shared/AppendInputs.h"
 
 #include <velmorak/TemporaryFolder.h>
 
@@ -111,9 +112,7 @@ Ports PlotKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = {objectInput,
                     countInput("objects", "Number of objects in the picture, 1 to 16; each has its own input.")};
-    for (InputSpec& input : plotValueInputs()) {
-        ports.inputs.push_back(std::move(input));
-    }
+    appendInputs(ports.inputs, plotValueInputs());
     addNumbered(ports, objectInput, numberedCount(values, "objects"));
     return ports;
 }

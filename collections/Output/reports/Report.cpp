@@ -1,9 +1,9 @@
-#include "kinds.h"
+#include "Output/kinds.h"
 
-#include "Drawing.h"
-#include "Ports.h"
+#include "Output/Ports.h"
+#include "Output/plots/Drawing.h"
+#include "Output/texts/TextOutput.h"
 #include "ReportPage.h"
-#include "TextOutput.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,7 +1,7 @@
-#include "kinds.h"
+#include "Output/kinds.h"
 
 #include "AidaOutput.h"
-#include "Ports.h"
+#include "Output/Ports.h"
 #include "WrittenRows.h"
 
 #include <algorithm>
