@@ -14,18 +14,18 @@ _velmorak_run() {
             mapfile -t COMPREPLY < <(compgen -W "-" -- "$current"; compgen -f -- "$current")
             return
             ;;
-        --results)
+        --results | --plan | --merge | --partial | --status)
             mapfile -t COMPREPLY < <(compgen -d -- "$current")
             return
             ;;
-        --set | --scan | --start | -j | --timeout)
+        --set | --scan | --start | -j | --timeout | --parts | --part)
             COMPREPLY=()
             return
             ;;
     esac
     if [[ $current == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "-a -j --set --scan --start --results --timeout --events --again --why --list \
-            --check --version --help" -- "$current")
+            --check --plan --parts --part --merge --partial --status --version --help" -- "$current")
     else
         mapfile -t COMPREPLY < <(compgen -d -- "$current"; compgen -f -X '!*.zedra' -- "$current")
     fi

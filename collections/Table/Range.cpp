@@ -2,6 +2,8 @@
 
 #include "Condition.h"
 
+#include <velmorak/Parts.h>
+
 #include <cstdint>
 #include <optional>
 #include <utility>
@@ -45,7 +47,7 @@ Chunk RangeOperation::apply(const Chunk& chunk) const {
 }
 
 /// Keeps the rows between two positions, or every n-th of them.
-class RangeKind : public RowWise {
+class RangeKind : public RowWise, public CountingKind {
 public:
     std::string name() const override { return "Range"; }
     std::string summary() const override;

@@ -41,6 +41,14 @@ void explainRuns(QzManager& manager, bool isAsked);
 /// @param listener outlives the runs; null for none.
 void setRunListener(QzManager& manager, RunListener* listener);
 
+/// From now on, runs leave their passes over rows to the runner. Called while no run is going on.
+/// @param passRunner outlives the runs; null: each pass reads all rows.
+void setPassRunner(QzManager& manager, PassRunner* passRunner);
+
+/// Records and reports of later runs say that the results lack rows.
+/// @param sentence without its end: "parts 3, 5 of 7 are missing".
+void markPartial(QzManager& manager, const std::string& sentence);
+
 /// Records of runs list these settings from now on: PLUGIN.INPUT=VALUE.
 void recordSettings(QzManager& manager, const std::vector<std::string>& settings);
 

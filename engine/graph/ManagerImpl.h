@@ -89,6 +89,7 @@ struct QzManager::Part {
     velmorak::RunQueue runs;
     bool previewsColumns = true;
     velmorak::ColumnPreviews previews;
+    std::string partial;  ///< Which rows the results lack; empty for none.
 
     static Part& of(QzManager& manager) { return *manager.part; }
     static const Part& of(const QzManager& manager) { return *manager.part; }

@@ -22,6 +22,7 @@ public:
     void run(const std::function<Pipeline()>& snapshot);
     void explain(bool isAsked) { runner.explain(isAsked); }
     void setListener(RunListener* listener) { runner.tell(listener); }
+    void setPassRunner(PassRunner* passRunner) { runner.passWith(passRunner); }
     void setThreads(std::size_t threads) { runner.setThreads(threads); }
     void setCache(const CacheConfig& cache) { runner.setCache(cache); }
 

@@ -59,10 +59,17 @@ fs::path NodeContext::locate(const std::string& text) const {
 }
 
 std::vector<std::string> NodeContext::namesIn(const std::string& folder, const std::string& pattern) const {
-    std::vector<std::string> names = namesInFolder(locate(folder), pattern);
+    std::string listing = folderListing(folder, pattern);
+    std::optional<std::vector<std::string>> names;
+    if (environment.listed) {
+        names = environment.listed(listing);
+    }
+    if (!names) {
+        names = namesInFolder(locate(folder), pattern);
+    }
     const MutexLock lock(mutex);
-    asked.push_back({folderListing(folder, pattern), std::nullopt, digestOfNames(names)});
-    return names;
+    asked.push_back({std::move(listing), std::nullopt, digestOfNames(*names)});
+    return *std::move(names);
 }
 
 /// The reason that is kept does not depend on the order in which the threads find the damage.

@@ -28,6 +28,8 @@ struct RunEnvironment {
     std::function<RunRecord(const PipelineNode&)> recorder{};  ///< Empty while the run is being planned.
     /// Called on any thread when a plug-in asks for an existing file.
     std::function<void(const std::filesystem::path&, const FileStamp&)> asked{};
+    /// The names in a folder as they were when the run was planned; null, or empty without an answer: as they are now.
+    std::function<std::optional<std::vector<std::string>>(const std::string& listing)> listed{};
 };
 
 /// @return the path of a name in the document: relative to the document, or else to the current folder.

@@ -20,6 +20,7 @@ public:
 
     /// Loads the history of the pipeline's document.
     void recall(const Pipeline& pipeline);
+    DiskStore& diskStore() { return disk; }
     /// Stores a history and the file hashes.
     void writeDown(const RunHistory& now);
 

@@ -9,7 +9,8 @@
 
 namespace velmorak {
 
-RunScheduler::RunScheduler(RunState& state, RunMemory& memory, bool explains, Executor& executor)
+RunScheduler::RunScheduler(RunState& state, RunMemory& memory, bool explains, Executor& executor,
+                           PassRunner* passRunner)
     : state(state),
       memory(memory),
       explains(explains),
@@ -17,15 +18,21 @@ RunScheduler::RunScheduler(RunState& state, RunMemory& memory, bool explains, Ex
       executor(executor),
       cache(state, memory.store, memory.digests),
       prefetchHasher(memory.digests),
-      passPlanner(state) {
+      passPlanner(state),
+      passRunner(passRunner) {
     state.environment.recorder = [this](const PipelineNode& node) {
         const auto position = static_cast<std::size_t>(&node - this->state.pipeline.nodes.data());
         return this->state.plan.isRunReporter(position) ? makeReporterRecord(this->state, this->cache, position)
                                                         : makeRunRecord(this->state, this->cache, position);
     };
     state.environment.asked = [this](const std::filesystem::path& file, const FileStamp& stamp) {
-        prefetchHasher.begin(file, stamp);
+        if (!this->passRunner || this->passRunner->readsFile(file)) {
+            prefetchHasher.begin(file, stamp);
+        }
     };
+    if (passRunner) {
+        passRunner->begin(state, cache, memory.digests);
+    }
 }
 
 void RunScheduler::run(RunReport& report) {
@@ -44,6 +51,9 @@ void RunScheduler::run(RunReport& report) {
     commitFinished();
     memory.history.remember(state, cache);
     memory.writeDown(memory.history);
+    if (passRunner) {
+        passRunner->end();
+    }
     reportTo(report);
 }
 
@@ -96,7 +106,7 @@ void RunScheduler::findNeeded() {
         isMore = false;
         for (const std::size_t position : state.plan.reverseOrder()) {
             poll.step();
-            if (!state.runs[position].isNeeded && (state.plan.isInScope(position) || isWanted(position))) {
+            if (!state.runs[position].isNeeded && !isLeftOut(position) && isAskedFor(position)) {
                 state.runs[position].isNeeded = true;
                 state.ledger.expect(position);
                 isMore = true;
@@ -112,6 +122,14 @@ bool RunScheduler::isWanted(std::size_t position) const {
     return std::any_of(consumers.begin(), consumers.end(), [this](std::size_t consumer) {
         return state.runs[consumer].isNeeded && !state.runs[consumer].isFinal;
     });
+}
+
+bool RunScheduler::isLeftOut(std::size_t position) const {
+    return passRunner && !passRunner->needs(position);
+}
+
+bool RunScheduler::isAskedFor(std::size_t position) const {
+    return state.plan.isInScope(position) || isWanted(position) || (passRunner && passRunner->asksFor(position));
 }
 
 bool RunScheduler::reuse(std::size_t position) {
@@ -258,7 +276,14 @@ bool RunScheduler::passNext() {
     if (targets.empty()) {
         return false;
     }
-    StreamPass(state, state.plan.segments(targets.front()), passPlanner.operatorsFor(targets)).execute(executor);
+    if (passRunner) {
+        passRunner->pass(targets, passPlanner, executor);
+    } else {
+        FileStates fileStates(state, memory.diskStore(), memory.digests, explains);
+        StreamPass pass(state, state.plan.segments(targets.front()), passPlanner.operatorsFor(targets));
+        pass.keepWith(fileStates);
+        pass.execute(executor);
+    }
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include "run/RunMemory.h"
 #include "run/RunState.h"
 #include "run/pass/PassPlanner.h"
+#include "run/pass/PassRunner.h"
 #include "run/pass/StreamPass.h"
 #include "run/results/ResultCache.h"
 #include "store/FilePrefetchHasher.h"
@@ -28,13 +29,17 @@ class RunScheduler {
 public:
     /// @param state, memory and executor outlive this.
     /// @param explains prints why each node is executed or reused.
-    RunScheduler(RunState& state, RunMemory& memory, bool explains, Executor& executor);
+    /// @param passRunner outlives this; null: passes read all rows.
+    RunScheduler(RunState& state, RunMemory& memory, bool explains, Executor& executor,
+                 PassRunner* passRunner = nullptr);
 
     void run(RunReport& report);
 
 private:
     void findNeeded();
     bool isWanted(std::size_t position) const;
+    bool isLeftOut(std::size_t position) const;
+    bool isAskedFor(std::size_t position) const;
     bool reuse(std::size_t position);
     void printReasons();
     void failInvalidNodes();
@@ -61,6 +66,7 @@ private:
     ResultCache cache;
     FilePrefetchHasher prefetchHasher;
     PassPlanner passPlanner;
+    PassRunner* passRunner;
     bool hasFilledAgenda = false;
     std::set<std::size_t> agenda;  ///< Ranks of nodes to look at again, because something that feeds them became final.
 };

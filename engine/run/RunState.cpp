@@ -26,7 +26,7 @@ RunState::RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, 
       listener(listener),
       plan(pipeline, [&stopping] { return stopping.load(); }),
       results(pipeline, mayWriteAnywhere(), stopping),
-      environment{pipeline, stopping, messages, results, {}, {}},
+      environment{pipeline, stopping, messages, results, {}, {}, {}},
       runs(pipeline.nodes.size()) {
     for (std::size_t i = 0; i < runs.size(); ++i) {
         runs[i].report.outputs.resize(node(i).outputs.size());

@@ -57,6 +57,7 @@ struct Runner::Impl : std::enable_shared_from_this<Runner::Impl> {
     std::unique_ptr<Executor> executor;  ///< Null: a thread pool for each run.
     bool leavesRecords = false;
     RunListener* listener = nullptr;
+    PassRunner* passRunner = nullptr;
     Grace grace = waitThreeSeconds;
     Mutex mutex;
     std::shared_ptr<RunJob> job VELMORAK_GUARDED_BY(mutex);  ///< The current run; null without one.
@@ -128,7 +129,7 @@ void Runner::Impl::schedule(RunJob& job, Executor& workers) {
     try {
         RunState state(job.pipeline, job.isAskedToEnd(), *job.messages, *job.ledger,
                        job.isListening ? &job.listener : nullptr);
-        RunScheduler(state, *memory, explains, workers).run(job.report);
+        RunScheduler(state, *memory, explains, workers, passRunner).run(job.report);
     } catch (const Stopped&) {  // Before the first plug-in was executed.
         NodeReport unfinished;
         unfinished.status = NodeStatus::Unfinished;
@@ -245,6 +246,10 @@ void Runner::waitWith(Grace grace) {
 
 void Runner::tell(RunListener* listener) {
     part->listener = listener;
+}
+
+void Runner::passWith(PassRunner* passRunner) {
+    part->passRunner = passRunner;
 }
 
 void Runner::stop() {

@@ -51,6 +51,7 @@ struct RunReport {
 inline constexpr int maxThreads = 1024;  ///< Of one run.
 
 class Executor;
+class PassRunner;
 class RunListener;
 
 /// Executes pipelines, one at a time, and caches results. A plug-in that does not stop within a grace period of three
@@ -89,6 +90,10 @@ public:
     /// Sets the observer of later runs. Not called during a run.
     /// @param listener outlives the runs; null for none.
     void tell(RunListener* listener);
+
+    /// Who carries out the passes of later runs over rows. Not called during a run.
+    /// @param passRunner outlives the runs; null: each reads all rows.
+    void passWith(PassRunner* passRunner);
 
     /// As above, but takes the snapshot when a stop already counts, so that none is lost in between.
     RunReport run(const std::function<Pipeline()>& snapshot);

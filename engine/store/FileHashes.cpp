@@ -125,6 +125,13 @@ std::optional<Digest> FileHashes::of(const std::filesystem::path& file, const st
     return digest;
 }
 
+void FileHashes::learn(const std::filesystem::path& file, const FileStamp& stamp, const Digest& digest,
+                       std::int64_t readNs) {
+    const MutexLock lock(mutex);
+    known[file] = {stamp, digest, readNs};
+    hasChanged = true;
+}
+
 void FileHashes::evictOldest() {
     if (known.size() <= maxKnown) {
         return;

@@ -50,6 +50,14 @@ public:
     /// @return empty if the file cannot be read, changes meanwhile, or stopping is set first.
     std::optional<Digest> of(const std::filesystem::path& file, const std::atomic<bool>& stopping);
 
+    /// @return the digest, if it is known without reading the file.
+    std::optional<Digest> recalled(const std::filesystem::path& file, const FileStamp& stamp) {
+        return recall(file, stamp);
+    }
+    /// Adds the digest of a file that was read elsewhere.
+    /// @param readNs when its reading began there.
+    void learn(const std::filesystem::path& file, const FileStamp& stamp, const Digest& digest, std::int64_t readNs);
+
     /// All digests, for restore in a later program. @return empty if nothing was added since the last call.
     std::optional<std::string> changes();
     /// Adds the digests that changes returned, without replacing newer ones. Damaged bytes are ignored.

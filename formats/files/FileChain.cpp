@@ -3,6 +3,7 @@
 #include "files/Ahead.h"
 #include "files/FileContext.h"
 
+#include <velmorak/Parts.h>
 #include <velmorak/Text.h>
 
 #include <algorithm>
@@ -83,7 +84,7 @@ ColumnPtr repeated(const Column& values, std::size_t row, std::size_t count) {
 }
 
 /// Reads several files, one after the other.
-class FileChain : public TableReader {
+class FileChain : public TableReader, public FileSelection {
 public:
     FileChain(FileList list, std::shared_ptr<const FileOpener> opener, const FileChainOptions& options,
               RunContext& context);
@@ -94,6 +95,7 @@ public:
     const Schema& schema() const override { return columns; }
     bool next(Chunk& chunk) override;
     std::uint64_t fileCount() const override { return list.files.size(); }
+    void readOnly(const std::vector<bool>& files) override { isWanted = files; }
     std::size_t rowsPerChunk() const override;
     void complete(Chunk& chunk) const override;
     std::optional<double> fraction() const override;
@@ -123,6 +125,7 @@ private:
     const FileSurvey survey;
     Schema columns;  ///< The common ones, then those of the files themselves.
 
+    std::vector<bool> isWanted;
     std::size_t file = 0;  ///< Being read, or to be opened next.
     std::shared_ptr<OpenedFile> current;
     std::shared_ptr<const std::vector<std::size_t>> positions;  ///< In the current file.
@@ -140,7 +143,8 @@ FileChain::FileChain(FileList files, std::shared_ptr<const FileOpener> fileOpene
       filesAhead(runThreads() == 1 ? 0 : std::min(maxFilesAhead, runThreads())),
       warnings(std::make_shared<FileWarnings>(context)),
       survey(surveyFiles(list, opener, options, context)),
-      columns(survey.common) {
+      columns(survey.common),
+      isWanted(list.files.size(), true) {
     addOwnColumns();
 }
 
@@ -191,7 +195,7 @@ std::shared_ptr<OpenedFile> FileChain::openFile(std::size_t position) const {
 void FileChain::openAhead() {
     const std::size_t end = std::min(list.files.size(), file + 1 + filesAhead);
     for (std::size_t i = file + 1; i < end && *openCount + ahead.size() + 1 < maxOpenFiles; ++i) {
-        if (!survey.isSkipped[i] && !ahead.contains(i)) {
+        if (!survey.isSkipped[i] && isWanted[i] && !ahead.contains(i)) {
             ahead.emplace(i, Opening::begin([this, i] { return openFile(i); }));
         }
     }
@@ -227,7 +231,7 @@ bool FileChain::openNext() {
         if (context.isStopping()) {
             throw Stopped();
         }
-        if (survey.isSkipped[file]) {
+        if (survey.isSkipped[file] || !isWanted[file]) {
             continue;
         }
         try {
@@ -348,7 +352,10 @@ void FileChain::addOwnValues(Chunk& chunk) const {
 
 std::optional<double> FileChain::fraction() const {
     const double inFile = current ? current->reader->fraction().value_or(0.0) : 0.0;
-    return (static_cast<double>(file) + std::clamp(inFile, 0.0, 1.0)) / static_cast<double>(list.files.size());
+    const auto at = static_cast<std::ptrdiff_t>(file);
+    const auto read = static_cast<double>(std::count(isWanted.begin(), isWanted.begin() + at, true));
+    const auto wanted = static_cast<double>(std::count(isWanted.begin(), isWanted.end(), true));
+    return (read + std::clamp(inFile, 0.0, 1.0)) / std::max(1.0, wanted);
 }
 
 }  // namespace

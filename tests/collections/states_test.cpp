@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <bit>
 #include <filesystem>
+#include <functional>
 #include <limits>
 #include <map>
 #include <random>
@@ -121,6 +122,9 @@ public:
                dynamic_cast<const OrderedAccumulation*>(prepared.get());
     }
     StateMerger merger() const { return {*prepared, orderOfKind}; }
+    StateMerger merger(const PassRange& range, std::function<void(StatePiece)> give) const {
+        return {*prepared, orderOfKind, range, std::move(give)};
+    }
     std::size_t chunks() const { return table.chunks.size(); }
 
     /// Every bit of the results: values, messages and files.
@@ -211,6 +215,65 @@ TEST(ShippedStates, ofEveryAccumulatorAreTested) {
             if (dynamic_cast<const Accumulator*>(kind.get())) {
                 EXPECT_TRUE(tested.contains(kind->name())) << kind->name() << " needs a case above";
             }
+        }
+    }
+}
+
+/// Chunks are dealt out to files at random.
+std::vector<ChunkPlace> placesOf(std::size_t chunks, std::mt19937_64& random) {
+    std::vector<ChunkPlace> places = {{0, 0}};
+    while (places.size() < chunks) {
+        const ChunkPlace last = places.back();
+        places.push_back(random() % 4 == 0 ? ChunkPlace{last.file + 1 + random() % 2, 0}
+                                           : ChunkPlace{last.file, last.chunk + 1});
+    }
+    return places;
+}
+
+std::string resultsOfPlaces(const Case& each, const std::vector<ChunkPlace>& places) {
+    Bench bench(each);
+    StateMerger merger = bench.merger();
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        merger.take(places[i], bench.filled(i));
+    }
+    return bench.results(*merger.whole());
+}
+
+/// Each range between two cuts is merged by a process of its own, which saves what it has.
+std::string resultsOfRanges(const Case& each, const std::vector<ChunkPlace>& places, std::vector<std::size_t> cuts) {
+    Bench last(each);
+    StateMerger whole = last.merger();
+    cuts.push_back(places.size());
+    for (std::size_t part = 0, next = 0; part < cuts.size(); ++part) {
+        const PassRange range{next == 0 ? ChunkPlace{} : places[next],
+                              cuts[part] == places.size() ? ChunkPlace{places.back().file + 1, 0} : places[cuts[part]]};
+        const Bench bench(each);
+        StateMerger merger = bench.merger(range, [&](StatePiece piece) {
+            piece.state = last.loaded(bench.saved(*piece.state));
+            whole.take(std::move(piece));
+        });
+        for (; next < cuts[part]; ++next) {
+            merger.take(places[next], bench.filled(next));
+        }
+        merger.release();
+    }
+    return last.results(*whole.whole());
+}
+
+TEST(ShippedStates, haveTheSameBitsForEveryCutIntoParts) {
+    std::mt19937_64 random(20261122);
+    std::size_t number = 0;
+    for (const Case& each : cases()) {
+        const std::string name = nameOf(each, number++);
+        for (int trial = 0; trial < 12; ++trial) {
+            const std::vector<ChunkPlace> places = placesOf(each.chunks, random);
+            std::vector<std::size_t> cuts;
+            for (std::size_t at = 1; at < places.size(); ++at) {
+                if (random() % (trial < 6 ? 3 : 9) == 0) {
+                    cuts.push_back(at);
+                }
+            }
+            ASSERT_EQ(resultsOfRanges(each, places, cuts), resultsOfPlaces(each, places)) << name << ", " << trial;
         }
     }
 }

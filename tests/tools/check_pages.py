@@ -30,8 +30,7 @@ def main(runner, source):
     text = subprocess.run([runner, "--help"], capture_output=True, text=True, check=True).stdout
     lines = text.splitlines()
     assert len(lines) <= 24 and max(map(len, lines)) <= 80, "%d lines, %d wide" % (len(lines), max(map(len, lines)))
-    known = set(re.findall(r"(?m)^  (-\S+)", text)) | {"--help"}
-    known = {each.rstrip(",") for each in known}
+    known = set().union(*(options(line[:28]) for line in lines if line.startswith("  -")))
     assert {"--set", "--scan", "--again", "--events", "-a", "-j", "--version", "--help"} <= known, known
     manual = (source / "packaging/velmorak-run.1").read_text().replace("\\-", "-")
     stated = set()

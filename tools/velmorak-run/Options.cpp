@@ -9,9 +9,8 @@
 
 namespace {
 
-constexpr const char* helpText = R"(Usage: velmorak-run [OPTIONS] DOCUMENT | velmorak-run [OPTIONS] --again RUN.JSON
-Runs an analysis pipeline (*.zedra) without a window.
-
+constexpr const char* helpText = R"(Usage: velmorak-run [OPTIONS] DOCUMENT     run a pipeline (*.zedra), no window
+  --again RUN.JSON           repeat a recorded run and compare the results
   -a FILE                    AIDA file for readers without a file of their own
   --set PLUGIN.INPUT=VALUE   set a value before the run; may be given again
   --scan PLUGIN.INPUT=VALUES one run for each value: from:to:step, or a,b,c;
@@ -21,16 +20,20 @@ Runs an analysis pipeline (*.zedra) without a window.
   -j N                       threads (1 to 1024); results do not depend on it
   --timeout SECONDS          stop after this time
   --events FILE              progress and outcomes as JSON lines; - is stdout
-  --again RUN.JSON           repeat a recorded run and compare the results
   --why                      say why each plug-in is executed or reused
-  --list                     list plug-ins, inputs, types and values; no run
-  --check                    check document and types; no run
+  --list, --check            list plug-ins, inputs, values; check types; no run
+  --plan JOB --parts N       divide the run of DOCUMENT into parts; no run
+  --part I|auto JOB          do a part of a planned run; several at once
+  --merge [--partial] JOB    put the parts together, or those that are done
+  --status JOB               list the parts that are missing or have failed
   --version, --help          print and end
-
 Messages go to standard error. Ctrl+C stops; a second one ends at once.
 Exit status: 0 all done, 1 wrong usage or unreadable document, 2 a plug-in
-failed, 3 stopped, 4 the results of --again differ, 5 damaged files skipped.
+failed, 3 stopped, 4 the results of --again differ, 5 damaged files were
+skipped, 6 parts are missing. See man velmorak-run.
 )";
+
+constexpr int maxParts = 99999;  ///< Of a pass; the names of their files have five digits.
 
 /// @return empty, or why the text is no time limit.
 std::string secondsError(const std::string& text) {
@@ -38,6 +41,33 @@ std::string secondsError(const std::string& text) {
     double seconds = 0.0;
     const bool isTime = velmorak::readNumber(text, seconds) && seconds > 0.0 && seconds <= maxSeconds;
     return isTime ? "" : "\"" + text + "\": expected a number of seconds above 0 and up to 1e9";
+}
+
+void addJobOptions(CLI::App& app, Options& options) {
+    CLI::Option* const parts = app.add_option("--parts", options.parts)->check(CLI::Range(1, maxParts));
+    CLI::Option* const plan = app.add_option("--plan", options.job)->needs(parts);
+    parts->needs(plan);
+    CLI::Option* const part = app.add_option("--part", options.part);
+    CLI::Option* const merge = app.add_flag("--merge", options.isMerge);
+    CLI::Option* const status = app.add_flag("--status", options.isStatus);
+    app.add_flag("--partial", options.isPartial)->needs(merge);
+    const std::vector<CLI::Option*> commands = {plan, part, merge, status};
+    for (CLI::Option* const command : commands) {
+        for (CLI::Option* const other : commands) {
+            if (other != command) {
+                command->excludes(other);
+            }
+        }
+        for (const char* const name : {"--again", "--list", "--check"}) {
+            command->excludes(app.get_option(name));
+        }
+    }
+    // The document and its values are in the plan.
+    for (CLI::Option* const command : {part, merge, status}) {
+        for (const char* const name : {"-a", "--set", "--scan", "--start"}) {
+            command->excludes(app.get_option(name));
+        }
+    }
 }
 
 void addOptions(CLI::App& app, Options& options) {
@@ -62,6 +92,7 @@ void addOptions(CLI::App& app, Options& options) {
     app.add_flag("--why", options.isWhy);
     app.add_flag("--list", options.isList);
     app.add_flag("--check", options.isCheck);
+    addJobOptions(app, options);
 }
 
 }  // namespace

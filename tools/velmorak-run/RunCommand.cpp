@@ -1,6 +1,7 @@
 #include "RunCommand.h"
 
 #include "Events.h"
+#include "JobCommand.h"
 #include "ListCommand.h"
 #include "Replay.h"
 #include "Settings.h"
@@ -97,25 +98,6 @@ ExitStatus runOnce(QzManager& manager, const StopOnSignal& signals) {
     return statusOf(velmorak::lastReport(manager));
 }
 
-/// Settings as the name of a folder.
-std::string folderNameOf(const std::vector<std::string>& settings) {
-    std::string name;
-    for (const std::string& setting : settings) {
-        name += (name.empty() ? "" : ",") + setting;
-    }
-    std::replace(name.begin(), name.end(), '/', '_');
-    return name;
-}
-
-std::vector<std::string> textsOf(const std::vector<Setting>& point) {
-    std::vector<std::string> texts;
-    texts.reserve(point.size());
-    for (const Setting& setting : point) {
-        texts.push_back(setting.plugin + "." + setting.input + "=" + setting.value);
-    }
-    return texts;
-}
-
 ExitStatus runScan(QzManager& manager, const Options& options, const std::vector<std::vector<Setting>>& points,
                    const StopOnSignal& signals) {
     const velmorak::Pipeline pipeline = velmorak::pipelineOf(manager);
@@ -125,15 +107,9 @@ ExitStatus runScan(QzManager& manager, const Options& options, const std::vector
     const fs::path folder = pipeline.resultsFolder;
     ExitStatus worst = AllDone;
     for (const std::vector<Setting>& point : points) {
-        const std::vector<std::string> texts = textsOf(point);
-        for (const Setting& setting : point) {
-            apply(manager, setting);
-        }
+        const std::vector<std::string> texts = applyPoint(manager, options.settings, point);
         std::cerr << "Scan: " << folderNameOf(texts) << '\n';
         velmorak::setResultsFolder(manager, folder / folderNameOf(texts));
-        std::vector<std::string> settings = options.settings;
-        settings.insert(settings.end(), texts.begin(), texts.end());
-        velmorak::recordSettings(manager, settings);
         worst = worseOf(worst, runOnce(manager, signals));
         if (worst == WasStopped) {
             break;
@@ -195,6 +171,9 @@ ExitStatus execute(const Options& options, StopOnSignal& signals, std::ostream& 
     if (!options.again.empty()) {
         return runAgain(options, signals, output);
     }
+    if (options.isMerge || options.isStatus || !options.part.empty()) {
+        return workOnJob(options, signals, output);
+    }
     QzManager manager("QzAnalysisFactory");
     velmorak::configure(manager, {.threads = options.threads, .previewsColumns = false});
     if (!load(manager, options)) {
@@ -207,6 +186,9 @@ ExitStatus execute(const Options& options, StopOnSignal& signals, std::ostream& 
             printPlugins(pipeline, output);
         }
         return !options.isCheck || printErrors(pipeline, std::cerr) == 0 ? AllDone : PluginFailed;
+    }
+    if (!options.job.empty()) {
+        return planJob(manager, options, signals, output);
     }
     const std::unique_ptr<Events> events = eventsFor(manager, options, output);
     return withEvents(runDocument(manager, options, signals), events);

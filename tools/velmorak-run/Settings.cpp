@@ -149,3 +149,25 @@ std::vector<std::vector<Setting>> pointsOf(const std::vector<std::string>& scans
     }
     return points;
 }
+
+std::vector<std::string> applyPoint(QzManager& manager, const std::vector<std::string>& settings,
+                                    const std::vector<Setting>& point) {
+    std::vector<std::string> texts;
+    for (const Setting& setting : point) {
+        apply(manager, setting);
+        texts.push_back(setting.plugin + "." + setting.input + "=" + setting.value);
+    }
+    std::vector<std::string> all = settings;
+    all.insert(all.end(), texts.begin(), texts.end());
+    velmorak::recordSettings(manager, all);
+    return texts;
+}
+
+std::string folderNameOf(const std::vector<std::string>& settings) {
+    std::string name;
+    for (const std::string& setting : settings) {
+        name += (name.empty() ? "" : ",") + setting;
+    }
+    std::replace(name.begin(), name.end(), '/', '_');
+    return name;
+}

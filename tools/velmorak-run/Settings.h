@@ -29,6 +29,14 @@ void apply(QzManager& manager, const Setting& setting);
 /// Makes the plug-in the start. @throws UsageError with the nearest name.
 void startAt(QzManager& manager, const std::string& plugin);
 
+/// Applies the settings of one run of a scan, and records them after those of all runs.
+/// @return the settings of the run as texts.
+std::vector<std::string> applyPoint(QzManager& manager, const std::vector<std::string>& settings,
+                                    const std::vector<Setting>& point);
+
+/// Settings as the name of a folder; empty without any.
+std::string folderNameOf(const std::vector<std::string>& settings);
+
 /// One setting for each value of a scan: PLUGIN.INPUT=from:to:step, the end included where a step meets it, or
 /// PLUGIN.INPUT=a,b,c. @throws UsageError
 std::vector<Setting> scanOf(const std::string& text);

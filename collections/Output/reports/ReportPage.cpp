@@ -255,6 +255,10 @@ std::string origin(const ReportContents& contents) {
     }
     Rows skipped;
     for (const SkippedFile& file : record.skipped) {
+        if (file.file.empty()) {
+            text += "<p><strong>Partial:</strong> the results lack rows, because " + escaped(file.reason) + ".</p>\n";
+            continue;
+        }
         skipped.push_back({file.file, file.plugin, file.reason});
     }
     if (!skipped.empty()) {

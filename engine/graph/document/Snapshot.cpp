@@ -79,6 +79,7 @@ Pipeline pipelineOf(const QzManager& manager) {
         resultsFolder = owner.resultsFolder;
         made.commandLineAida = owner.commandLineAida;
         made.settings = owner.settings;
+        made.partial = owner.partial;
         made.documentText = formatDocument(documentOf(manager));
     }
     made.document = document;
@@ -111,6 +112,16 @@ void configure(QzManager& manager, const ManagerConfig& config) {
 
 void setRunListener(QzManager& manager, RunListener* listener) {
     QzManager::Part::of(manager).runs.setListener(listener);
+}
+
+void markPartial(QzManager& manager, const std::string& sentence) {
+    QzManager::Part& owner = QzManager::Part::of(manager);
+    const std::lock_guard guard(owner.lock);
+    owner.partial = sentence;
+}
+
+void setPassRunner(QzManager& manager, PassRunner* passRunner) {
+    QzManager::Part::of(manager).runs.setPassRunner(passRunner);
 }
 
 void recordSettings(QzManager& manager, const std::vector<std::string>& settings) {

@@ -13,6 +13,9 @@ void ChunkCommit::commit(ChunkTask& task) {
     if (!sources.commit(task)) {
         return;
     }
+    if (fileStates) {
+        fileStates->enter(sources.filesBefore(task.segment) + task.chunk.file, task.chunk.rows);
+    }
     for (std::size_t i = 0; i < chain.size() && !state.isStopping(); ++i) {
         if (chain.at(i).sees(task.segment)) {
             commitOperator(i, task);
@@ -66,9 +69,16 @@ void ChunkCommit::reportOperators() {
     }
 }
 
-void ChunkCommit::finish() {
+bool ChunkCommit::finishPart() {
     reportOperators();
-    if (!sources.finish() || state.isStopping() || !chain.hasWork()) {
+    return sources.finish() && !state.isStopping();
+}
+
+void ChunkCommit::finish() {
+    if (fileStates && !sources.error() && !state.isStopping()) {
+        fileStates->leave();
+    }
+    if (!finishPart() || !chain.hasWork()) {
         return;
     }
     sources.pass();

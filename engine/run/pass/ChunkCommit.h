@@ -2,6 +2,7 @@
 
 #include "run/RunState.h"
 #include "run/pass/ChunkTask.h"
+#include "run/pass/FileStates.h"
 #include "run/pass/OperatorChain.h"
 #include "run/pass/SourceSet.h"
 
@@ -20,9 +21,14 @@ public:
     /// @param state, sources and chain outlive this.
     ChunkCommit(RunState& state, SourceSet& sources, OperatorChain& chain);
 
+    /// From now on, states of files are taken from there, and kept there. @param states outlives this.
+    void keepWith(FileStates& states) { fileStates = &states; }
+
     void commit(ChunkTask& task);
     /// Reports rows, times and failures, and finishes the accumulators. Called once, after the last chunk.
     void finish();
+    /// The same, but finishes no accumulator. @return false if not all rows were read.
+    bool finishPart();
 
 private:
     ChunkPlace placeFor(const Operator& op, const ChunkTask& task) const;
@@ -33,6 +39,7 @@ private:
     RunState& state;
     SourceSet& sources;
     OperatorChain& chain;
+    FileStates* fileStates = nullptr;
 };
 
 }  // namespace velmorak

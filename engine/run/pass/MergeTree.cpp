@@ -102,7 +102,11 @@ void MergeTree::endFile() {
             firstParts.push_back({false, file, std::move(node)});
         }
     } else if (!chunks.isEmpty()) {
-        files.add({file, 0, chunks.whole()});
+        std::unique_ptr<AccumulatorState> whole = chunks.whole();
+        if (told) {
+            told(file, *whole);
+        }
+        files.add({file, 0, std::move(whole)});
     }
     chunks = AlignedMerger();
 }

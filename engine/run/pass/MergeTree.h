@@ -2,9 +2,12 @@
 
 #include <velmorak/Kind.h>
 
+#include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace velmorak {
@@ -14,7 +17,7 @@ struct ChunkPlace {
     std::uint64_t file = 0;
     std::uint64_t chunk = 0;
 
-    bool operator==(const ChunkPlace&) const = default;
+    auto operator<=>(const ChunkPlace&) const = default;
 };
 
 /// 2^level neighbouring numbers, the first of which is a multiple of 2^level, and the state of those that exist.
@@ -57,6 +60,9 @@ struct TreeNode {
     AlignedNode node;
 };
 
+/// Gets the state of a file before that is merged with others.
+using FileListener = std::function<void(std::uint64_t file, const AccumulatorState& whole)>;
+
 /// Merges the states of an accumulator, which arrive in the order of their chunks: the chunks of a file along an
 /// aligned binary tree over their numbers, and then the files along another one. Which states meet depends only on the
 /// places of the chunks, so that the result has the same bits for any number of threads, however the rows are divided
@@ -66,6 +72,9 @@ class MergeTree {
 public:
     /// @param begin place of the first chunk, if the chunks before it are merged elsewhere.
     explicit MergeTree(ChunkPlace begin = {});
+
+    /// Calls the listener with the state of each file whose chunks were all taken here.
+    void tellFiles(FileListener listener) { told = std::move(listener); }
 
     /// @throws std::logic_error for a place that does not follow the previous one.
     void take(ChunkPlace place, std::unique_ptr<AccumulatorState> state);
@@ -87,6 +96,7 @@ private:
     AlignedMerger chunks;              ///< Of that file.
     std::vector<TreeNode> firstParts;  ///< Of the first file, if it begins elsewhere, and has ended.
     AlignedMerger files;               ///< That have ended.
+    FileListener told;
 };
 
 }  // namespace velmorak

@@ -1,11 +1,24 @@
 #include "run/pass/SourceSet.h"
 
+#include <velmorak/Parts.h>
+
 #include <algorithm>
 #include <utility>
 
 namespace velmorak {
 
 using Clock = std::chrono::steady_clock;
+
+namespace {
+
+/// A reader that cannot leave out files reads all of them; the chunks of others are dropped.
+void readFiles(TableReader& reader, const std::vector<bool>& isWanted) {
+    if (auto* const selection = dynamic_cast<FileSelection*>(&reader)) {
+        selection->readOnly(isWanted);
+    }
+}
+
+}  // namespace
 
 struct SourceSet::Segment {
     std::size_t source = 0;
@@ -17,12 +30,14 @@ struct SourceSet::Segment {
     std::uint64_t file = 0;    ///< Being read.
     std::uint64_t chunks = 0;  ///< Of that file.
     std::uint64_t rows = 0;
-    std::uint64_t rowsLost = 0;  ///< Of chunks that could not be read.
+    std::uint64_t rowsDropped = 0;  ///< Of these, in chunks that are not wanted.
+    std::uint64_t rowsLost = 0;     ///< Of chunks that could not be read.
     std::chrono::nanoseconds time{0};
     std::chrono::nanoseconds timeCompleting{0};  ///< Of committed chunks.
 };
 
-SourceSet::SourceSet(RunState& state, const std::vector<std::size_t>& sources) : state(state) {
+SourceSet::SourceSet(RunState& state, const std::vector<std::size_t>& sources, const PassRange& range)
+    : state(state), range(range) {
     for (const std::size_t source : sources) {
         segments.push_back(std::make_unique<Segment>());
         segments.back()->source = source;
@@ -40,8 +55,23 @@ bool SourceSet::open() {
         }
         segment->filesBefore = files;
         files += segment->files;
+        limit(*segment);
     }
     return true;
+}
+
+/// Keeps files that are not in the range from being read.
+void SourceSet::limit(Segment& segment) const {
+    const std::uint64_t end = segment.filesBefore + segment.files;
+    const std::uint64_t first = std::clamp(range.begin.file, segment.filesBefore, end);
+    const std::uint64_t last = std::clamp(range.endFile(), first, end);
+    if (first == last) {
+        segment.isClosed = true;
+    } else if (last - first < segment.files) {
+        std::vector<bool> isRead(segment.files, false);
+        std::fill_n(isRead.begin() + static_cast<std::ptrdiff_t>(first - segment.filesBefore), last - first, true);
+        readFiles(*segment.reader, isRead);
+    }
 }
 
 void SourceSet::open(Segment& segment) {
@@ -67,9 +97,41 @@ void SourceSet::open(Segment& segment) {
 }
 
 bool SourceSet::read(ChunkTask& task) {
-    if (readError || hasCommitError) {
-        return false;
+    do {
+        if (readError || hasCommitError || isAtEndOfRange() || !readNext(task)) {
+            return false;
+        }
+    } while (isLeftOut(task));
+    return true;
+}
+
+bool SourceSet::isLeftOut(const ChunkTask& task) const {
+    const ChunkPlace place{segments[position]->filesBefore + task.chunk.file, task.chunk.number};
+    return place < range.begin || (!wanted.empty() && !wanted[place.file]);
+}
+
+void SourceSet::readOnly(const std::vector<bool>& isWanted) {
+    wanted = isWanted;
+    for (const auto& segment : segments) {
+        const auto first = wanted.begin() + static_cast<std::ptrdiff_t>(segment->filesBefore);
+        const auto end = first + static_cast<std::ptrdiff_t>(segment->files);
+        if (std::find(first, end, true) == end) {
+            segment->isClosed = true;
+        } else if (std::find(first, end, false) != end) {
+            readFiles(*segment->reader, {first, end});
+        }
     }
+}
+
+bool SourceSet::isAtEndOfRange() const {
+    if (position == segments.size()) {
+        return true;
+    }
+    const Segment& segment = *segments[position];
+    return ChunkPlace{segment.filesBefore + segment.file, segment.chunks} >= range.end;
+}
+
+bool SourceSet::readNext(ChunkTask& task) {
     task.chunk = {};
     while (position < segments.size() && !readInto(task.chunk)) {
         if (readError || ++position == segments.size()) {
@@ -84,7 +146,11 @@ bool SourceSet::read(ChunkTask& task) {
     task.isComplete = false;
     task.error.reset();
     task.timeCompleting = {};
-    return true;
+    const ChunkPlace place{segments[position]->filesBefore + task.chunk.file, task.chunk.number};
+    if (isLeftOut(task) || place >= range.end) {
+        segments[position]->rowsDropped += task.chunk.rows;
+    }
+    return place < range.end;
 }
 
 void SourceSet::number(ChunkTask& task) {
@@ -152,7 +218,7 @@ void SourceSet::close(std::size_t segment) {
 
 bool SourceSet::finish() {
     for (const auto& segment : segments) {
-        state.runs[segment->source].report.rowsOut = segment->rows - segment->rowsLost;
+        state.runs[segment->source].report.rowsOut = segment->rows - segment->rowsDropped - segment->rowsLost;
         state.addSeconds(segment->source, segment->time + segment->timeCompleting);
     }
     if (commitError) {
@@ -167,6 +233,26 @@ void SourceSet::pass() {
     for (const auto& segment : segments) {
         state.pass(segment->source);
     }
+}
+
+const NodeError* SourceSet::error() const {
+    return commitError ? &*commitError : readError ? &*readError : nullptr;
+}
+
+std::uint64_t SourceSet::rowsOf(std::size_t segment) const {
+    return segments[segment]->rows - segments[segment]->rowsDropped - segments[segment]->rowsLost;
+}
+
+void SourceSet::addRows(std::size_t segment, std::uint64_t rows) {
+    segments[segment]->rows += rows;
+}
+
+std::size_t SourceSet::sourceOf(std::size_t segment) const {
+    return segments[segment]->source;
+}
+
+std::uint64_t SourceSet::filesOf(std::size_t segment) const {
+    return segments[segment]->files;
 }
 
 std::uint64_t SourceSet::filesBefore(std::size_t segment) const {

@@ -3,6 +3,7 @@
 #include "run/RunState.h"
 #include "run/pass/ChunkCheck.h"
 #include "run/pass/ChunkTask.h"
+#include "run/pass/PassRange.h"
 
 #include <atomic>
 #include <chrono>
@@ -24,11 +25,14 @@ class SourceSet {
 public:
     /// @param state outlives this.
     /// @param sources nodes in the order of their rows; one may occur twice.
-    SourceSet(RunState& state, const std::vector<std::size_t>& sources);
+    /// @param range chunks to read.
+    SourceSet(RunState& state, const std::vector<std::size_t>& sources, const PassRange& range = {});
     ~SourceSet();
 
     /// @return false when a source cannot be opened; its node has then failed.
     bool open();
+    /// Leaves out some files. Called before the first read. @param isWanted by file of the pass.
+    void readOnly(const std::vector<bool>& isWanted);
     /// Reads the next chunk that is wanted, perhaps without its columns. @return false when there is none, or a source
     /// has failed.
     bool read(ChunkTask& task);
@@ -43,12 +47,20 @@ public:
     void fail(const NodeError& error) { readError = error; }
     /// Reports rows and times. @return false after an error, with the node failed.
     bool finish();
+    /// The error that ended the reading; null without one.
+    const NodeError* error() const;
+    /// Rows of the segment that were read and are in the range.
+    std::uint64_t rowsOf(std::size_t segment) const;
+    /// For rows that were read elsewhere.
+    void addRows(std::size_t segment, std::uint64_t rows);
     /// Marks all sources as passed to their ends.
     void pass();
 
     std::size_t size() const { return segments.size(); }
+    std::size_t sourceOf(std::size_t segment) const;
     /// Number of files in the segments before this one.
     std::uint64_t filesBefore(std::size_t segment) const;
+    std::uint64_t filesOf(std::size_t segment) const;
     const Schema& schema(std::size_t segment) const;
     /// The segment being read.
     std::size_t current() const { return position; }
@@ -63,10 +75,16 @@ private:
     struct Segment;
 
     void open(Segment& segment);
+    void limit(Segment& segment) const;
+    bool readNext(ChunkTask& task);
     bool readInto(Chunk& chunk);
     void number(ChunkTask& task);
+    bool isAtEndOfRange() const;
+    bool isLeftOut(const ChunkTask& task) const;
 
     RunState& state;
+    const PassRange range;
+    std::vector<bool> wanted;  ///< By file; empty for all.
     std::vector<std::unique_ptr<Segment>> segments;
     std::size_t position = 0;
     std::uint64_t chunks = 0;

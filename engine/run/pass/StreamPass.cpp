@@ -9,21 +9,35 @@
 namespace velmorak {
 
 StreamPass::StreamPass(RunState& state, const std::vector<std::size_t>& sources,
-                       const std::vector<OperatorInstance>& operators)
+                       const std::vector<OperatorInstance>& operators, const PassRange& range)
     : state(state),
-      sources(state, sources),
+      sources(state, sources, range),
       chain(state, this->sources, operators),
       chunks(state, this->sources, chain) {}
 
 void StreamPass::execute(Executor& executor) {
+    if (prepare()) {
+        readRows(executor);
+        finish();
+    }
+}
+
+bool StreamPass::prepare() {
     ++state.passes;
     if (!sources.open()) {
-        return;
+        return false;
     }
     chain.prepare();
     if (!chain.hasWork() || state.isStopping()) {
-        return;
+        return false;
     }
+    if (fileStates) {
+        fileStates->begin(sources, chain);
+    }
+    return true;
+}
+
+void StreamPass::readRows(Executor& executor) {
     for (std::size_t i = 0; i < executor.maxInFlight(); ++i) {
         tasks.push_back(std::make_unique<ChunkTask>());
     }
@@ -31,7 +45,6 @@ void StreamPass::execute(Executor& executor) {
         sources.fail(*error);
     }
     state.messages.endProgress();
-    chunks.finish();
 }
 
 StagePipeline StreamPass::stages() {

@@ -21,12 +21,30 @@ public:
     /// @param state outlives this.
     /// @param sources in the order of their rows; one may occur twice.
     /// @param operators row-wise plug-ins, concatenations and accumulators, each after those that feed it.
-    StreamPass(RunState& state, const std::vector<std::size_t>& sources,
-               const std::vector<OperatorInstance>& operators);
+    /// @param range chunks to read.
+    StreamPass(RunState& state, const std::vector<std::size_t>& sources, const std::vector<OperatorInstance>& operators,
+               const PassRange& range = {});
+
+    /// States of files are taken from there, and kept there. Called before execute. @param states outlives this.
+    void keepWith(FileStates& states) {
+        fileStates = &states;
+        chunks.keepWith(states);
+    }
 
     /// Passes all rows and finishes the accumulators. A plug-in that fails is left out from there on, with all that it
     /// feeds; the others go on. A source is read no further than some operator needs its rows.
     void execute(Executor& executor);
+
+    /// The steps of execute, for a pass whose states come from elsewhere, or go there.
+    /// @return false if no rows are to be read.
+    bool prepare();
+    void readRows(Executor& executor);
+    void finish() { chunks.finish(); }
+    /// Reports rows and failures; the accumulators are not finished. @return false if not all rows were read.
+    bool finishPart() { return chunks.finishPart(); }
+
+    SourceSet& tables() { return sources; }
+    OperatorChain& operators() { return chain; }
 
 private:
     StagePipeline stages();
@@ -37,6 +55,7 @@ private:
     SourceSet sources;
     OperatorChain chain;
     ChunkCommit chunks;
+    FileStates* fileStates = nullptr;
     std::vector<std::unique_ptr<ChunkTask>> tasks;  ///< By slot: one for each chunk in flight.
     double fractionShown = 0.0;                     ///< Never falls.
     std::chrono::steady_clock::time_point began = std::chrono::steady_clock::now();

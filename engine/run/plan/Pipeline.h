@@ -43,6 +43,7 @@ struct Pipeline {
     std::filesystem::path document{};       ///< Path; empty for one that was never saved.
     std::string documentText{};             ///< As it would be saved now.
     std::vector<std::string> settings{};    ///< PLUGIN.INPUT=VALUE: values set for this run, for its record.
+    std::string partial{};                  ///< Which rows the results lack, as a sentence without its end.
 };
 
 }  // namespace velmorak

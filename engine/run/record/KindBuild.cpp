@@ -94,4 +94,10 @@ std::string buildOf(const Kind& kind) {
     return buildAt(&typeid(kind)) + buildAt(&typeid(Search));
 }
 
+std::string buildTextOf(const Kind& kind) {
+    Sha256 digester;
+    digester.addText(buildOf(kind));
+    return hexOf(digester.finish());
+}
+
 }  // namespace velmorak

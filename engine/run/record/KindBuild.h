@@ -10,4 +10,7 @@ namespace velmorak {
 /// sources. Part of cache keys.
 std::string buildOf(const Kind& kind);
 
+/// A sum of buildOf, as hexadecimal digits.
+std::string buildTextOf(const Kind& kind);
+
 }  // namespace velmorak

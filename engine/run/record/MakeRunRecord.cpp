@@ -128,6 +128,9 @@ RunRecord makeReporterRecord(const RunState& state, ResultCache& cache, std::siz
         }
     }
     record.skipped = skippedFiles(state);
+    if (!state.pipeline.partial.empty()) {
+        record.skipped.insert(record.skipped.begin(), {"", "", state.pipeline.partial});
+    }
     const std::vector<FileContent> files = cache.filesOf(needed);
     record.files = recordFiles(files);
     for (std::size_t i = 0; i < files.size(); ++i) {

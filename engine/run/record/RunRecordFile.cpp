@@ -59,6 +59,7 @@ constexpr const char* rowsOut = "rowsOut";
 constexpr const char* outputs = "outputs";
 constexpr const char* results = "results";
 constexpr const char* skipped = "skipped";
+constexpr const char* partial = "partial";
 constexpr const char* files = "files";
 constexpr const char* plugin = "plugin";
 }  // namespace key
@@ -276,6 +277,9 @@ std::string runRecordText(const Pipeline& pipeline, const RunReport& report, boo
     record[key::seed] = seedsOf(pipeline);
     record[key::inputs] = filesOf(report.files);
     record[key::skipped] = skippedOf(report.skipped);
+    if (!pipeline.partial.empty()) {
+        record[key::partial] = pipeline.partial;
+    }
     record[key::plugins] = Json::array();
     for (std::size_t i = 0; i < pipeline.nodes.size(); ++i) {
         NodeReport none;

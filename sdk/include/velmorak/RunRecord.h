@@ -53,7 +53,7 @@ struct RunRecord {
     std::string program;                  ///< Version of the analysis library, as in "0.2.0".
     std::vector<RecordedPlugin> plugins;  ///< In topological order, except within dependency cycles.
     std::vector<RecordedFile> files;      ///< Sorted by name, each once.
-    std::vector<SkippedFile> skipped{};   ///< Set only for a kind that isRunReporter().
+    std::vector<SkippedFile> skipped{};   ///< Set only for a run reporter. Without a file: why results are partial.
 };
 
 }  // namespace velmorak

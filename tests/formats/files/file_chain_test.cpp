@@ -2,6 +2,8 @@
 
 #include "executor/ThreadPool.h"
 
+#include <velmorak/Parts.h>
+
 #include <gmock/gmock.h>
 #include <atomic>
 
@@ -10,6 +12,21 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+
+TEST_F(FileChainTest, readsTheWantedFilesOnly) {
+    for (const char* const name : {"a.csv", "b.csv", "c.csv", "d.csv"}) {
+        write(name, "x\n1\n2\n");
+    }
+    const std::unique_ptr<TableReader> reader = open("*.csv");
+    std::filesystem::remove(folder.path() / "b.csv");
+    dynamic_cast<FileSelection&>(*reader).readOnly({true, false, false, true});
+    EXPECT_EQ(reader->fraction(), 0.0);
+    const std::vector<Chunk> chunks = chunksOf(*reader);
+    ASSERT_EQ(chunks.size(), 2U);
+    EXPECT_EQ(chunks[0].file, 0U);
+    EXPECT_EQ(chunks[1].file, 3U) << "files keep their numbers";
+    EXPECT_EQ(reader->fraction(), 1.0);
+}
 
 TEST_F(FileChainTest, readsFilesOneAfterTheOther) {
     write("a.csv", "x,y\n1,2\n3,4\n");

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "run/parts/JobPlan.h"
+#include "run/parts/PartFile.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace velmorak {
+
+/// The folder of a job: plan.json, and for each part a file in parts/, or a note why it failed.
+class JobFolder {
+public:
+    explicit JobFolder(std::filesystem::path folder) : folder(std::move(folder)) {}
+
+    const std::filesystem::path& path() const { return folder; }
+    std::filesystem::path planFile() const { return folder / "plan.json"; }
+    /// @param part position in the plan.
+    std::filesystem::path partFile(std::size_t part) const;
+
+    enum class State { Done, Missing, Failed, Refused };
+    struct Status {
+        State state = State::Missing;
+        std::string reason{};  ///< Why it failed, or why its file is refused.
+    };
+    /// Opens the file of the part, but does not read its states.
+    Status statusOf(const JobPlan& plan, std::size_t part) const;
+    /// Notes why a part failed. Never throws: the note is only for people.
+    void noteFailure(std::size_t part, const std::string& reason) const;
+    void forgetFailure(std::size_t part) const;
+    /// Removes incomplete files of programs that were killed.
+    void removeLeftovers() const;
+
+private:
+    std::filesystem::path failureFile(std::size_t part) const;
+
+    std::filesystem::path folder;
+};
+
+/// Identifies the builds of the library and of all kinds of the plan.
+std::string buildOf(const JobPlan& plan);
+
+}  // namespace velmorak

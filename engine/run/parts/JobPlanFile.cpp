@@ -1,0 +1,234 @@
+#include "run/parts/JobPlan.h"
+
+#include "run/results/ResultsPlace.h"
+#include "store/AtomicFile.h"
+#include "store/Sha256.h"
+
+#include <velmorak/Failure.h>
+#include <velmorak/RegularFile.h>
+#include <velmorak/Text.h>
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <sstream>
+#include <system_error>
+
+namespace velmorak {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+constexpr int formatVersion = 1;
+
+/// The keys of the format, for writer and reader alike.
+namespace key {
+constexpr const char* plan = "plan";
+constexpr const char* velmorak = "velmorak";
+constexpr const char* builds = "builds";
+constexpr const char* time = "time";
+constexpr const char* document = "document";
+constexpr const char* aida = "aida";
+constexpr const char* folder = "folder";
+constexpr const char* results = "results";
+constexpr const char* runs = "runs";
+constexpr const char* parts = "parts";
+constexpr const char* digest = "digest";
+constexpr const char* text = "text";
+constexpr const char* settings = "settings";
+constexpr const char* passes = "passes";
+constexpr const char* leftToMerge = "leftToMerge";
+constexpr const char* otherFiles = "otherFiles";
+constexpr const char* listings = "listings";
+constexpr const char* round = "round";
+constexpr const char* targets = "targets";
+constexpr const char* needs = "needs";
+constexpr const char* files = "files";
+constexpr const char* plugin = "plugin";
+constexpr const char* reason = "reason";
+constexpr const char* path = "path";
+constexpr const char* bytes = "bytes";
+constexpr const char* modified = "modified";
+constexpr const char* listing = "listing";
+constexpr const char* names = "names";
+constexpr const char* run = "run";
+constexpr const char* pass = "pass";
+constexpr const char* begin = "begin";
+constexpr const char* end = "end";
+}  // namespace key
+
+template <typename Items, typename Convert>
+Json listOf(const Items& items, const Convert& convert) {
+    Json all = Json::array();
+    for (const auto& item : items) {
+        all.push_back(convert(item));
+    }
+    return all;
+}
+
+Json jsonOf(const PlannedFile& file) {
+    return {{key::path, file.path}, {key::bytes, file.bytes}, {key::modified, file.modifiedNs}};
+}
+
+Json jsonOf(const PlannedPass& pass) {
+    return {{key::round, pass.round},
+            {key::targets, pass.targets},
+            {key::needs, pass.needs},
+            {key::files, listOf(pass.files, [](const PlannedFile& file) { return jsonOf(file); })}};
+}
+
+Json jsonOf(const PlannedRun& run) {
+    Json listings = Json::array();
+    for (const auto& [listing, names] : run.listings) {
+        listings.push_back({{key::listing, listing}, {key::names, names}});
+    }
+    return {{key::text, run.documentText},
+            {key::settings, run.settings},
+            {key::folder, run.folder},
+            {key::passes, listOf(run.passes, [](const PlannedPass& pass) { return jsonOf(pass); })},
+            {key::leftToMerge, listOf(run.leftToMerge,
+                                      [](const LeftToMerge& left) {
+                                          return Json{{key::plugin, left.plugin}, {key::reason, left.reason}};
+                                      })},
+            {key::otherFiles, listOf(run.otherFiles, [](const PlannedFile& file) { return jsonOf(file); })},
+            {key::listings, std::move(listings)}};
+}
+
+Json jsonOf(const PlannedPart& part) {
+    const auto place = [](ChunkPlace at) { return Json::array({at.file, at.chunk}); };
+    return {{key::run, part.run},
+            {key::pass, part.pass},
+            {key::begin, place(part.range.begin)},
+            {key::end, place(part.range.end)}};
+}
+
+Json jsonOf(const JobPlan& plan) {
+    return {{key::plan, formatVersion},
+            {key::velmorak, plan.program},
+            {key::time, plan.time},
+            {key::document, plan.document},
+            {key::aida, plan.aidaFile},
+            {key::folder, plan.folder},
+            {key::results, plan.resultsFolder},
+            {key::builds, plan.builds},
+            {key::runs, listOf(plan.runs, [](const PlannedRun& run) { return jsonOf(run); })},
+            {key::parts, listOf(plan.parts, [](const PlannedPart& part) { return jsonOf(part); })}};
+}
+
+PlannedFile fileFrom(const Json& json) {
+    return {json.at(key::path).get<std::string>(), json.at(key::bytes).get<std::uint64_t>(),
+            json.at(key::modified).get<std::int64_t>()};
+}
+
+std::vector<PlannedFile> filesFrom(const Json& json) {
+    std::vector<PlannedFile> files;
+    std::transform(json.begin(), json.end(), std::back_inserter(files), fileFrom);
+    return files;
+}
+
+PlannedRun runFrom(const Json& json) {
+    PlannedRun run;
+    run.documentText = json.at(key::text).get<std::string>();
+    run.settings = json.at(key::settings).get<std::vector<std::string>>();
+    run.folder = json.at(key::folder).get<std::string>();
+    for (const Json& pass : json.at(key::passes)) {
+        run.passes.push_back({pass.at(key::round).get<unsigned>(),
+                              pass.at(key::targets).get<std::vector<std::string>>(),
+                              pass.at(key::needs).get<std::vector<std::size_t>>(), filesFrom(pass.at(key::files))});
+    }
+    for (const Json& left : json.at(key::leftToMerge)) {
+        run.leftToMerge.push_back({left.at(key::plugin).get<std::string>(), left.at(key::reason).get<std::string>()});
+    }
+    run.otherFiles = filesFrom(json.at(key::otherFiles));
+    for (const Json& listing : json.at(key::listings)) {
+        run.listings[listing.at(key::listing).get<std::string>()] =
+            listing.at(key::names).get<std::vector<std::string>>();
+    }
+    return run;
+}
+
+ChunkPlace placeFrom(const Json& json) {
+    return {json.at(0).get<std::uint64_t>(), json.at(1).get<std::uint64_t>()};
+}
+
+JobPlan planFrom(const Json& json) {
+    JobPlan plan;
+    plan.program = json.at(key::velmorak).get<std::string>();
+    plan.time = json.at(key::time).get<std::string>();
+    plan.document = json.at(key::document).get<std::string>();
+    plan.aidaFile = json.at(key::aida).get<std::string>();
+    plan.folder = json.at(key::folder).get<std::string>();
+    plan.resultsFolder = json.at(key::results).get<std::string>();
+    plan.builds = json.at(key::builds).get<std::map<std::string, std::string>>();
+    for (const Json& run : json.at(key::runs)) {
+        plan.runs.push_back(runFrom(run));
+    }
+    for (const Json& part : json.at(key::parts)) {
+        plan.parts.push_back({part.at(key::run).get<std::size_t>(),
+                              part.at(key::pass).get<std::size_t>(),
+                              {placeFrom(part.at(key::begin)), placeFrom(part.at(key::end))}});
+    }
+    return plan;
+}
+
+std::string digestOf(const Json& plan) {
+    const std::string text = plan.dump(-1, ' ', false, Json::error_handler_t::replace);
+    Sha256 digester;
+    digester.add(text.data(), text.size());
+    return hexOf(digester.finish());
+}
+
+std::string contentOf(const fs::path& file) {
+    if (const std::string sentence = whyNotRegular(file); !sentence.empty()) {
+        throw Failure(sentence);
+    }
+    errno = 0;
+    const std::ifstream stream(file, std::ios::binary);
+    if (!stream) {
+        throw Failure(velmorak::quoted(file.string()) + " cannot be read: " + std::generic_category().message(errno));
+    }
+    std::ostringstream content;
+    content << stream.rdbuf();
+    return content.str();
+}
+
+}  // namespace
+
+void writePlan(const fs::path& file, JobPlan& plan) {
+    Json json = jsonOf(plan);
+    plan.digest = digestOf(json);
+    json[key::digest] = plan.digest;
+    try {
+        AtomicFile written(file, std::string(temporaryMark));
+        written.write(json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n");
+        written.commit();
+    } catch (const std::system_error& error) {
+        throw Failure("the plan " + velmorak::quoted(file.string()) + " cannot be written: " + error.code().message());
+    }
+}
+
+JobPlan readPlan(const fs::path& file) {
+    const std::string name = velmorak::quoted(file.string());
+    try {
+        Json json = Json::parse(contentOf(file));
+        if (json.at(key::plan) != formatVersion) {
+            throw Failure("the plan " + name + " is of another version of the program; plan the job again");
+        }
+        const auto digest = json.at(key::digest).get<std::string>();
+        json.erase(key::digest);
+        if (digest != digestOf(json)) {
+            throw Failure("the plan " + name + " was changed after it was made; plan the job again");
+        }
+        JobPlan plan = planFrom(json);
+        plan.digest = digest;
+        return plan;
+    } catch (const Json::exception&) {
+        throw Failure(name + " is no plan, or is damaged; plan the job again");
+    }
+}
+
+}  // namespace velmorak

@@ -1,0 +1,211 @@
+#include "run/parts/PartPass.h"
+
+#include "run/pass/StreamPass.h"
+
+#include <velmorak/Failure.h>
+#include <velmorak/StateBytes.h>
+#include <velmorak/Text.h>
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+std::string sentenceOf(const RunState& state, std::size_t node) {
+    return titleOf(state.node(node)) + ": " + state.runs[node].report.sentence;
+}
+
+/// Writes one range of one pass.
+class PassExport {
+public:
+    PassExport(RunState& state, StreamPass& pass, const PassRange& range, PartWriter& writer)
+        : state(state), pass(pass), range(range), writer(writer) {}
+
+    /// @return why the rows cannot be read.
+    std::string prepare();
+    /// @return why not all rows were used.
+    std::string finish(PartSummary& summary);
+
+private:
+    void exportStates(Operator& op);
+    std::string give(Operator& op);
+
+    RunState& state;
+    StreamPass& pass;
+    const PassRange range;
+    PartWriter& writer;
+    std::vector<bool> isLeftOut;
+};
+
+std::string PassExport::prepare() {
+    pass.prepare();
+    for (std::size_t i = 0; i < pass.tables().size(); ++i) {
+        if (state.hasFailed(pass.tables().sourceOf(i))) {
+            return sentenceOf(state, pass.tables().sourceOf(i));
+        }
+    }
+    for (std::size_t i = 0; i < pass.operators().size(); ++i) {
+        Operator& op = pass.operators().at(i);
+        isLeftOut.push_back(op.isDropped);
+        if (op.countsRows) {
+            return titleOf(state.node(op.node)) + " counts rows, although its kind does not say so";
+        }
+        if (op.accumulation && !op.isDropped) {
+            exportStates(op);
+        }
+    }
+    return "";
+}
+
+void PassExport::exportStates(Operator& op) {
+    const std::size_t segment = op.parents.front().firstSegment;
+    const PipelineNode& node = state.node(op.node);
+    op.merger = std::make_unique<StateMerger>(
+        *op.accumulation, dynamic_cast<const Accumulator&>(*node.kind).mergeOrder(),
+        range.from(pass.tables().filesBefore(segment)), [this, segment, &node](StatePiece piece) {
+            std::string bytes = savedState(*piece.state, node.kindName);
+            piece.state.reset();
+            writer.add({node.name, segment, std::move(piece), std::move(bytes)});
+        });
+}
+
+std::string PassExport::finish(PartSummary& summary) {
+    if (!pass.finishPart()) {
+        const NodeError* error = pass.tables().error();
+        return error ? "the rows cannot be read: " + error->sentence : std::string("the run was stopped");
+    }
+    for (std::size_t i = 0; i < pass.operators().size(); ++i) {
+        Operator& op = pass.operators().at(i);
+        if (isLeftOut[i]) {
+            continue;
+        }
+        if (op.isDropped) {
+            return sentenceOf(state, op.node);
+        }
+        if (std::string problem = give(op); !problem.empty()) {
+            return problem;
+        }
+        summary.operators.push_back({state.node(op.node).name, op.parents.front().firstSegment, op.rowsIn, op.rowsOut});
+    }
+    pass.tables().pass();
+    summary.rowsRead.resize(std::max(summary.rowsRead.size(), pass.tables().size()));
+    for (std::size_t i = 0; i < pass.tables().size(); ++i) {
+        summary.rowsRead[i] = pass.tables().rowsOf(i);
+    }
+    return "";
+}
+
+std::string PassExport::give(Operator& op) {
+    state.pass(op.node);
+    if (!op.accumulation) {
+        return "";
+    }
+    if (const std::optional<NodeError> error = state.call(op.node, [&] { op.merger->release(); })) {
+        return titleOf(state.node(op.node)) + ": " + error->sentence;
+    }
+    state.finish(op.node, NodeStatus::Done, std::vector<Value>(state.node(op.node).outputs.size()));
+    return "";
+}
+
+/// Puts the states of parts together.
+class PassImport {
+public:
+    PassImport(RunState& state, StreamPass& pass) : state(state), pass(pass) {
+        for (std::size_t i = 0; i < pass.operators().size(); ++i) {
+            Operator& op = pass.operators().at(i);
+            if (!op.isDropped) {
+                operators.emplace(Place{state.node(op.node).name, op.parents.front().firstSegment}, &op);
+            }
+        }
+    }
+
+    void add(const std::filesystem::path& file);
+
+private:
+    using Place = std::pair<std::string, std::size_t>;
+
+    void add(PartRecord record);
+    void addRows(const PartSummary& summary, const std::filesystem::path& file);
+
+    RunState& state;
+    StreamPass& pass;
+    std::map<Place, Operator*> operators;  ///< That are at work, by plug-in and first segment.
+};
+
+void PassImport::add(const std::filesystem::path& file) {
+    PartReader reader(file);
+    addRows(reader.summary(), file);
+    while (std::optional<PartRecord> record = reader.next()) {
+        if (state.isStopping()) {
+            return;
+        }
+        add(*std::move(record));
+    }
+}
+
+void PassImport::add(PartRecord record) {
+    const auto found = operators.find({record.plugin, record.segment});
+    if (found == operators.end() || !found->second->accumulation) {
+        return;  // Not needed for what is computed now.
+    }
+    Operator& op = *found->second;
+    record.piece.state = mustBe(op.accumulation->newState(), "state");
+    loadState(*record.piece.state, record.bytes, state.node(op.node).kindName);
+    op.merger->take(std::move(record.piece));
+}
+
+void PassImport::addRows(const PartSummary& summary, const std::filesystem::path& file) {
+    std::size_t known = 0;
+    for (const PartRows& rows : summary.operators) {
+        if (const auto found = operators.find({rows.plugin, rows.segment}); found != operators.end()) {
+            found->second->rowsIn += rows.in;
+            found->second->rowsOut += rows.out;
+            ++known;
+        }
+    }
+    if (known != operators.size()) {
+        throw Failure("the part " + velmorak::quoted(file.string()) +
+                      " lacks the states of a plug-in, because it could not be prepared there; remove the part and do "
+                      "it again");
+    }
+    for (std::size_t i = 0; i < std::min(summary.rowsRead.size(), pass.tables().size()); ++i) {
+        pass.tables().addRows(i, summary.rowsRead[i]);
+    }
+}
+
+}  // namespace
+
+std::string writePass(RunState& state, const PassPlanner& planner, const std::vector<std::size_t>& targets,
+                      const PassRange& range, Executor& executor, PartWriter& writer, PartSummary& summary) {
+    StreamPass pass(state, state.plan.segments(targets.front()), planner.operatorsFor(targets), range);
+    PassExport exported(state, pass, range, writer);
+    if (std::string problem = exported.prepare(); !problem.empty()) {
+        return problem;
+    }
+    if (pass.operators().hasWork() && !state.isStopping()) {
+        pass.readRows(executor);
+    }
+    return exported.finish(summary);
+}
+
+void mergePass(RunState& state, const PassPlanner& planner, const std::vector<std::size_t>& targets,
+               const std::vector<std::filesystem::path>& parts) {
+    StreamPass pass(state, state.plan.segments(targets.front()), planner.operatorsFor(targets));
+    if (!pass.prepare()) {
+        return;
+    }
+    PassImport imported(state, pass);
+    for (const std::filesystem::path& part : parts) {
+        if (state.isStopping()) {
+            return;
+        }
+        imported.add(part);
+    }
+    pass.finish();
+}
+
+}  // namespace velmorak

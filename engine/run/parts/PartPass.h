@@ -1,0 +1,29 @@
+#pragma once
+
+#include "run/RunState.h"
+#include "run/parts/PartFile.h"
+#include "run/pass/PassPlanner.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace velmorak {
+
+class Executor;
+
+/// Reads a range of the rows of the targets' table, and writes the states of the targets instead of finishing them.
+/// A target that cannot be prepared is left out: merging fails in the same way.
+/// @param summary gets the rows.
+/// @return empty, or why the part is not complete. A Failure of the writer is left in it.
+std::string writePass(RunState& state, const PassPlanner& planner, const std::vector<std::size_t>& targets,
+                      const PassRange& range, Executor& executor, PartWriter& writer, PartSummary& summary);
+
+/// Finishes the targets with the states of the parts of their pass, instead of reading rows.
+/// @param parts in the order of the rows.
+/// @throws Failure if a part is damaged, or lacks states.
+void mergePass(RunState& state, const PassPlanner& planner, const std::vector<std::size_t>& targets,
+               const std::vector<std::filesystem::path>& parts);
+
+}  // namespace velmorak

@@ -1,0 +1,317 @@
+#!/usr/bin/env python3
+"""Checks that a job that is planned, done in parts, and merged leaves what one run leaves, and that nothing is lost when
+parts are killed, damaged, exchanged, or done twice.
+
+usage: check_jobs.py VELMORAK-RUN EXAMPLES [--long]
+"""
+
+import json
+import os
+import pathlib
+import random
+import resource
+import shutil
+import signal
+import subprocess
+import sys
+import time
+
+from pipelines import Place, plugin, table
+
+
+def tree(folder):
+    """All results with their contents; the record without what depends on the clock."""
+    contents = {}
+    for path in sorted(folder.rglob("*")):
+        if path.is_dir():
+            continue
+        name = str(path.relative_to(folder))
+        contents[name] = path.read_bytes()
+        if path.name == "run.json":
+            record = json.loads(path.read_text())
+            for each in [record, *record["plugins"]]:
+                each.pop("seconds", None)
+            record.pop("began")
+            contents[name] = json.dumps(record, indent=1)
+    return contents
+
+
+def difference(one, other):
+    names = [name for name in sorted(one.keys() | other.keys()) if one.get(name) != other.get(name)]
+    texts = []
+    for name in names[:3]:
+        texts.append("%s\n--- %.3000s\n+++ %.3000s" % (name, one.get(name), other.get(name)))
+    return "\n".join(texts)
+
+
+def fine(done, status=0):
+    assert done.returncode == status, "%s\n%s\n%s" % (done.args, done.stdout, done.stderr)
+    return done
+
+
+def plan(place, job, parts, *arguments):
+    return fine(place.run("--plan", job, "--parts", str(parts), *arguments))
+
+
+def count_of(place, job):
+    return len(json.loads((place.folder / job / "plan.json").read_text())["parts"])
+
+
+def do_parts(place, job, order=None):
+    for number in order or range(1, count_of(place, job) + 1):
+        fine(place.run("--part", str(number), "-j", "2", job))
+
+
+def plain(place, *arguments):
+    fine(place.run("-j", "2", "--results", "plain", *arguments))
+    return tree(place.folder / "plain")
+
+
+def check_same(place, expected, parts, *arguments):
+    job = "job%d" % parts
+    shutil.rmtree(place.folder / job, ignore_errors=True)
+    shutil.rmtree(place.folder / "merged", ignore_errors=True)
+    planned = plan(place, job, parts, *arguments)
+    do_parts(place, job)
+    fine(place.run("--merge", "-j", "2", "--results", "merged", job))
+    merged = tree(place.folder / "merged")
+    assert merged == expected, "%s in %d parts:\n%s" % (arguments, parts, difference(expected, merged))
+    return planned.stdout
+
+
+def check_examples(place, examples):
+    streaming = 0
+    for document in sorted(pathlib.Path(examples).rglob("*.zedra")):
+        shutil.rmtree(place.folder / "plain", ignore_errors=True)
+        expected = plain(place, str(document))
+        for parts in (1, 2, 3, 7):
+            said = check_same(place, expected, parts, str(document))
+        streaming += "Round 1" in said
+    assert streaming >= 10, streaming
+
+
+def files(place, count, rows, seed=1):
+    generator = random.Random(seed)
+    (place.folder / "data").mkdir(exist_ok=True)
+    for number in range(count):
+        lines = ["x,y,n"] + ["%r,%r,%d" % (generator.gauss(0, 1), generator.random(), generator.randrange(9))
+                             for _ in range(rows)]
+        (place.folder / "data" / ("run_%03d.csv" % number)).write_text("\n".join(lines) + "\n")
+
+
+def analysis(source):
+    """Two rounds, every order of merging, and a plug-in that cannot be computed in parts."""
+    rows = ["Rows", "table"]
+    return [
+        source,
+        plugin("Mean", "Statistics", data=rows, expression="x"),
+        plugin("Above", "Filter", table=rows, condition="x > mean", mean=["Mean", "mean"]),
+        plugin("Upper", "Histogram1D", table=["Above", "table"], expression="x", weight="y", bins="50", low="0",
+               high="5"),
+        plugin("Plane", "Histogram2D", table=rows, x="x", y="y", weight="y", xbins="300", xlow="-3", xhigh="3",
+               ybins="200", ylow="0", yhigh="1"),
+        plugin("Profile", "Profile1D", table=rows, x="x", y="y", bins="10", low="-2", high="2"),
+        plugin("Text", "CsvWriter", object=["Above", "table"]),
+        plugin("Words", "Print", object=["Above", "table"]),
+        plugin("Some", "Range", table=["Above", "table"], first="5", last="4000", every="3"),
+        plugin("Few", "Histogram1D", table=["Some", "table"], expression="y", bins="10", low="0", high="1"),
+        plugin("Picture", "Plot", object=["Upper", "histogram"]),
+        plugin("Page", "Report", objects="1", object=["Upper", "histogram"]),
+    ]
+
+
+def check_files(place):
+    files(place, 9, 4000)
+    document = place.document(*analysis(plugin("Rows", "CsvTable", file="data/run_*.csv")))
+    expected = plain(place, document)
+    for parts in (1, 2, 3, 7, 20):
+        said = check_same(place, expected, parts, document)
+        assert "While merging: \"Few\", because \"Some\" counts the rows before each row" in said, said
+        assert "Round 2" in said, said
+
+
+def check_cut_file(place):
+    """The ranges begin and end inside of a table."""
+    document = place.document(*analysis(plugin("Rows", "RandomTable", rows="700000",
+                                               columns="x: gauss(0, 1); y: uniform(0, 1)", seed="7")))
+    expected = plain(place, document)
+    for parts in (2, 3, 7):
+        check_same(place, expected, parts, document)
+
+
+def check_scan(place):
+    """Each value has parts of its own. A plain scan computes what does not depend on the value once, as run.json tells."""
+    document = place.document(*table(100000))
+    arguments = ("--scan", "Upper.bins=10,20", "--set", "Rows.seed=8", document)
+    expected = plain(place, *arguments)
+    plan(place, "scan", 3, *arguments)
+    do_parts(place, "scan")
+    fine(place.run("--merge", "-j", "2", "--results", "merged", "scan"))
+    merged = tree(place.folder / "merged")
+    assert merged.keys() == expected.keys() and len(merged) == 4, merged.keys()
+    for name in merged:
+        assert name.endswith("run.json") or merged[name] == expected[name], name
+
+
+def check_messages(place):
+    document = place.document(*table(300000))
+    expected = plain(place, document)
+    plan(place, "job", 3, document)
+    assert "nothing" in fine(place.run("--plan", "other", "--parts", "2", "--set", "Mean.expression=z", document),
+                             2).stderr
+    assert "has a plan already" in fine(place.run("--plan", "job", "--parts", "3", document), 1).stderr
+    assert "there is no part 7" in fine(place.run("--part", "7", "job"), 1).stderr
+    assert "Done: 0 of 6 parts" in fine(place.run("--status", "job"), 6).stdout
+    assert "part 4 needs the results of parts 1-3" in fine(place.run("--part", "4", "job"), 6).stderr
+    assert "parts 1-6 are not done" in fine(place.run("--merge", "job"), 6).stderr
+    do_parts(place, "job", [3, 1, 2])
+    assert "is done already" in fine(place.run("--part", "2", "job")).stderr
+    assert "Missing: parts 4-6" in fine(place.run("--status", "job"), 6).stdout
+    environments = (({"SLURM_ARRAY_TASK_ID": "4", "SLURM_PROCID": "0"}, "4"), ({"OMPI_COMM_WORLD_RANK": "4"}, "5"))
+    before = place.environment
+    for more, number in environments:
+        place.environment = dict(before, **more)
+        fine(place.run("--part", "auto", "job"))
+        assert (place.folder / "job" / "parts" / ("%05d.part" % int(number))).exists()
+    place.environment = dict(before, SGE_TASK_ID="undefined")
+    assert "no batch system" in fine(place.run("--part", "auto", "job"), 1).stderr
+    place.environment = before
+    fine(place.run("--part", "6", "job"))
+    assert "Done: 6 of 6 parts" in fine(place.run("--status", "job")).stdout
+    fine(place.run("--merge", "-j", "2", "--results", "merged", "job"))
+    assert tree(place.folder / "merged") == expected
+    return expected
+
+
+def check_damage(place, expected):
+    parts = place.folder / "job" / "parts"
+    whole = (parts / "00002.part").read_bytes()
+    for damaged in (whole[:-1], whole[:len(whole) // 2], b"", whole[:40]):
+        (parts / "00002.part").write_bytes(damaged)
+        assert "00002.part\" is damaged or cut off" in fine(place.run("--merge", "job"), 6).stderr
+    for at in range(60, len(whole), max(1, len(whole) // 40)):
+        changed = whole[:at] + bytes([whole[at] ^ 0x40]) + whole[at + 1:]
+        (parts / "00002.part").write_bytes(changed)
+        done = place.run("--merge", "--results", "bad", "job")
+        assert done.returncode in (2, 6) and done.stderr, (at, done)
+    (parts / "00002.part").write_bytes((parts / "00003.part").read_bytes())
+    assert "is part 3; it has got the name of another one" in fine(place.run("--merge", "job"), 6).stderr
+    plan(place, "twin", 3, place.folder / "test.zedra")
+    do_parts(place, "twin", [1, 2, 3])
+    shutil.copy(place.folder / "twin" / "parts" / "00002.part", parts / "00002.part")
+    assert "belongs to another plan" in fine(place.run("--merge", "job"), 6).stderr
+    again = fine(place.run("--part", "2", "job"))
+    assert "is done again" in again.stderr, again.stderr
+    (parts / "00005.part").unlink()
+    assert "part 5 is not done" in fine(place.run("--merge", "job"), 6).stderr
+    partial = fine(place.run("--merge", "--partial", "--results", "partial", "job"))
+    assert "The results are partial: part 5 of 6 is missing" in partial.stderr, partial.stderr
+    assert json.loads((place.folder / "partial" / "run.json").read_text())["partial"] == "part 5 of 6 is missing"
+    assert "part 5 of 6" in (place.folder / "partial" / "PARTIAL.txt").read_text()
+    fine(place.run("--part", "5", "job"))
+    fine(place.run("--merge", "-j", "2", "--results", "partial", "job"))
+    assert tree(place.folder / "partial") == expected
+    text = (place.folder / "job" / "plan.json").read_text()
+    (place.folder / "job" / "plan.json").write_text(text.replace("x > mean", "x < mean"))
+    assert "was changed after it was made" in fine(place.run("--merge", "job"), 1).stderr
+    (place.folder / "job" / "plan.json").write_text(text[:-100])
+    assert "is no plan, or is damaged" in fine(place.run("--part", "1", "job"), 1).stderr
+
+
+def check_changed_files(place):
+    document = place.document(*analysis(plugin("Rows", "CsvTable", file="data/run_*.csv")))
+    shutil.rmtree(place.folder / "job")
+    plan(place, "job", 3, document)
+    (place.folder / "data" / "run_0000.csv").write_text("x,y,n\n1,2,3\n")
+    do_parts(place, "job", [1])
+    with (place.folder / "data" / "run_004.csv").open("a") as file:
+        file.write("1,2,3\n")
+    failed = fine(place.run("--part", "2", "job"), 2)
+    assert "run_004.csv\" has changed since the job was planned" in failed.stderr, failed.stderr
+    assert "part 2 failed: the file" in fine(place.run("--status", "job"), 6).stdout
+    (place.folder / "data" / "run_0000.csv").unlink()
+
+
+def check_two_at_once(place):
+    shutil.rmtree(place.folder / "job")
+    plan(place, "job", 1, place.document(*table(3000000)))
+    both = [subprocess.Popen([place.runner, "--part", "1", "job"], cwd=place.folder, env=place.environment,
+                             stderr=subprocess.DEVNULL) for _ in range(2)]
+    assert [each.wait() for each in both] == [0, 0]
+    fine(place.run("--part", "2", "job"))
+    fine(place.run("--merge", "--results", "twice", "job"))
+
+
+def check_full_disk(place):
+    shutil.rmtree(place.folder / "job")
+    plan(place, "job", 1, place.document(
+        plugin("Rows", "RandomTable", rows="1500000", seed="7", columns="x: gauss(0, 1); y: uniform(0, 1)"),
+        plugin("Text", "CsvWriter", object=["Rows", "table"])))
+
+    def limit():
+        """Larger than the collections, which the program copies to load them."""
+        signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+        resource.setrlimit(resource.RLIMIT_FSIZE, (30000000, 30000000))
+    full = subprocess.run([place.runner, "--part", "1", "job"], cwd=place.folder, env=place.environment,
+                          capture_output=True, text=True, preexec_fn=limit)
+    assert full.returncode == 2 and "cannot be written: File too large" in full.stderr, full
+    assert [path.name for path in (place.folder / "job" / "parts").iterdir()] == ["00001.failed"]
+    fine(place.run("--part", "1", "job"))
+
+
+def check_kills(place, times):
+    """Kills parts at random moments; each is then done, and the results are right. A program that is killed while it loads
+    a collection leaves a note about it, by which later ones refuse it; the notes of these are kept apart."""
+    generator = random.Random(4)
+    document = place.document(*table(1000000))
+    shutil.rmtree(place.folder / "plain")
+    expected = plain(place, document)
+    shutil.rmtree(place.folder / "job")
+    plan(place, "job", 3, document)
+    begin = time.monotonic()
+    fine(place.run("--part", "1", "-j", "2", "job"))
+    whole = time.monotonic() - begin
+    killed = 0
+    while killed < times:
+        for number in range(1, 7):
+            path = place.folder / "job" / "parts" / ("%05d.part" % number)
+            path.unlink(missing_ok=True)
+            run = subprocess.Popen([place.runner, "--part", str(number), "-j", "2", "job"], cwd=place.folder,
+                                   env=dict(place.environment, XDG_STATE_HOME=str(place.folder / "killed")),
+                                   stderr=subprocess.DEVNULL)
+            try:
+                run.wait(generator.uniform(0, 1.1 * whole))
+            except subprocess.TimeoutExpired:
+                run.send_signal(signal.SIGKILL)
+                run.wait()
+                killed += 1
+            shutil.rmtree(place.folder / "killed", ignore_errors=True)
+            fine(place.run("--part", str(number), "-j", "2", "job"))
+    shutil.rmtree(place.folder / "merged", ignore_errors=True)
+    fine(place.run("--merge", "-j", "2", "--results", "merged", "job"))
+    assert tree(place.folder / "merged") == expected
+    left = [path.name for path in (place.folder / "job" / "parts").iterdir() if not path.name.endswith(".part")]
+    assert left == [] and len(list((place.folder / "job" / "parts").iterdir())) == 6, left
+
+
+def main(runner, examples, *flags):
+    os.environ["VELMORAK_CACHE_LIMIT"] = "0"
+    with Place(runner) as place:
+        place.environment["VELMORAK_CACHE_LIMIT"] = "0"
+        place.environment["XDG_STATE_HOME"] = str(place.folder / "state")
+        check_files(place)
+        shutil.rmtree(place.folder / "plain")
+        check_cut_file(place)
+        shutil.rmtree(place.folder / "plain")
+        check_scan(place)
+        shutil.rmtree(place.folder / "plain")
+        check_damage(place, check_messages(place))
+        check_changed_files(place)
+        check_two_at_once(place)
+        check_full_disk(place)
+        check_kills(place, 200 if "--long" in flags else 20)
+        check_examples(place, examples)
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])
