@@ -2,7 +2,9 @@
 
 #include "run/record/KindBuild.h"
 #include "store/StoreBytes.h"
-#include "table/Bytes.h"
+#include "table/ByteReader.h"
+#include "table/ByteWriter.h"
+#include "table/Checksum.h"
 
 #include <velmorak/StateBytes.h>
 
