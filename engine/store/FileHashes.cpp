@@ -125,6 +125,18 @@ std::optional<Digest> FileHashes::of(const std::filesystem::path& file, const st
     return digest;
 }
 
+std::optional<Digest> FileHashes::ofKnown(const std::filesystem::path& file, const FileStamp& stamp,
+                                          const std::atomic<bool>& stopping) {
+    {
+        const MutexLock lock(mutex);
+        const auto found = known.find(file);
+        if (found == known.end() || found->second.stamp != stamp) {
+            return std::nullopt;
+        }
+    }
+    return of(file, stopping);
+}
+
 void FileHashes::learn(const std::filesystem::path& file, const FileStamp& stamp, const Digest& digest,
                        std::int64_t readNs) {
     const MutexLock lock(mutex);

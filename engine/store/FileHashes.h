@@ -50,10 +50,9 @@ public:
     /// @return empty if the file cannot be read, changes meanwhile, or stopping is set first.
     std::optional<Digest> of(const std::filesystem::path& file, const std::atomic<bool>& stopping);
 
-    /// @return the digest, if it is known without reading the file.
-    std::optional<Digest> recalled(const std::filesystem::path& file, const FileStamp& stamp) {
-        return recall(file, stamp);
-    }
+    /// As of, for a file that had a digest with this stamp before; reads it only if it had just been changed then.
+    std::optional<Digest> ofKnown(const std::filesystem::path& file, const FileStamp& stamp,
+                                  const std::atomic<bool>& stopping);
     /// Adds the digest of a file that was read elsewhere.
     /// @param readNs when its reading began there.
     void learn(const std::filesystem::path& file, const FileStamp& stamp, const Digest& digest, std::int64_t readNs);

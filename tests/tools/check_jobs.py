@@ -67,6 +67,11 @@ def plain(place, *arguments):
     return tree(place.folder / "plain")
 
 
+def clear(place):
+    for folder in ("plain", "merged"):
+        shutil.rmtree(place.folder / folder, ignore_errors=True)
+
+
 def check_same(place, expected, parts, *arguments):
     job = "job%d" % parts
     shutil.rmtree(place.folder / job, ignore_errors=True)
@@ -141,6 +146,7 @@ def check_cut_file(place):
 
 def check_scan(place):
     """Each value has parts of its own. A plain scan computes what does not depend on the value once, as run.json tells."""
+    clear(place)
     document = place.document(*table(100000))
     arguments = ("--scan", "Upper.bins=10,20", "--set", "Rows.seed=8", document)
     expected = plain(place, *arguments)
@@ -154,6 +160,7 @@ def check_scan(place):
 
 
 def check_messages(place):
+    clear(place)
     document = place.document(*table(300000))
     expected = plain(place, document)
     plan(place, "job", 3, document)

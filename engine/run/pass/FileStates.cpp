@@ -17,8 +17,6 @@ namespace velmorak {
 namespace {
 
 constexpr std::uint64_t mark = 0x31'53'45'4c'49'46'6c'76;
-/// Less is not worth keeping.
-constexpr std::chrono::milliseconds leastTime{10};
 
 void addSchema(Sha256& hash, const Schema& schema) {
     for (const ColumnInfo& column : schema.columns()) {
@@ -198,7 +196,7 @@ Digest FileStates::keyOf(std::size_t op, std::size_t file, const Digest& content
 
 void FileStates::find(std::size_t file) {
     const std::optional<Digest> content =
-        files[file].stamp ? hashes.recalled(files[file].path, *files[file].stamp) : std::nullopt;
+        files[file].stamp ? hashes.ofKnown(files[file].path, *files[file].stamp, state.stopping) : std::nullopt;
     std::map<std::size_t, Kept> found;
     for (const auto& [op, key] : keysOfOperators) {
         if (!content) {
@@ -360,7 +358,7 @@ void FileStates::give(std::size_t file) {
 }
 
 void FileStates::keep(std::size_t op, std::size_t file, const AccumulatorState& whole) {
-    if (timeOfFile < leastTime || !files[file].stamp || stampOf(files[file].path) != files[file].stamp ||
+    if (timeOfFile < disk.leastReadingTime() || !files[file].stamp || stampOf(files[file].path) != files[file].stamp ||
         isSkipped(file)) {
         return;
     }

@@ -19,7 +19,8 @@ namespace velmorak {
 
 /// Keeps the states of accumulators for each file of a table from run to run, so that a run to which a file is added
 /// reads this one only. A state is found again by everything that it depends on: the operators before it with their
-/// values, the columns, and the content of the file. What takes less than 10 ms to read is not worth keeping.
+/// values, the columns, and the content of the file. What takes little time to read is not worth keeping
+/// (CacheConfig).
 /// Threads: used by the thread that commits the chunks of one pass.
 class FileStates {
 public:
