@@ -34,11 +34,10 @@ def check_snakemake_slurm(place):
     shown = re.search(r"(?ms)^#   (snakemake [^\n]*--cluster.*?)^#\n", rules)
     command = shlex.split(shown[1].replace("\\\n#", ""))
     with SlurmCluster() as cluster:
-        done = fine(place.execute(*command, SLURM_CONF=cluster.environment["SLURM_CONF"]))
-        states, _ = cluster.until_jobs(
-            lambda states: len(states) == 14 and set(states.values()) == {"COMPLETED", "FAILED"})
-    assert "Trying to restart" in done.stderr, done.stderr
-    assert list(states.values()).count("FAILED") == 1, states
+        fine(place.execute(*command, SLURM_CONF=cluster.environment["SLURM_CONF"]))
+        states, _ = cluster.until_jobs(lambda states: not {"PENDING", "RUNNING", "COMPLETING"} & set(states.values()))
+    assert (place.folder / "failed").exists()  # And the part was tried again on the same node.
+    assert list(states.values()) == ["COMPLETED"] * 13, states
     place.check_merged()
 
 
