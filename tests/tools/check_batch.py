@@ -88,6 +88,11 @@ def check_arrays(place):
     assert "Round 2: job 4, parts 8+(1-3)\n" in said, said
     for path in (place.job / "parts").iterdir():
         path.unlink()
+    (fake / "sbatch").write_text('#!/bin/bash\necho "$0" >>"%s/calls"\necho "No such partition." >&2\nexit 1\n' % fake)
+    (fake / "calls").unlink()
+    refused = fine(place.execute("bash", str(script), PATH="%s:%s" % (fake, os.environ["PATH"])), 1)
+    assert (refused.stdout, refused.stderr) == ("", "No such partition.\n"), refused
+    assert len((fake / "calls").read_text().splitlines()) == 1, "nothing is submitted after a refusal"
 
 
 def check_htcondor(place):

@@ -45,7 +45,7 @@ missing() {
 submit() {
     local id
     id=$(sbatch --parsable --chdir="$scripts" --kill-on-invalid-dep=yes \
-        ${dependency:+--dependency="$dependency"} "$@")
+        ${dependency:+--dependency="$dependency"} "$@") || return
     echo "${id%%;*}"
 }
 
