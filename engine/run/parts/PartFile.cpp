@@ -1,6 +1,7 @@
 #include "run/parts/PartFile.h"
 
-#include "table/Bytes.h"
+#include "table/ByteReader.h"
+#include "table/ByteWriter.h"
 
 #include <velmorak/Failure.h>
 #include <velmorak/Text.h>

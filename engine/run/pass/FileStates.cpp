@@ -2,7 +2,7 @@
 
 #include "run/record/KindBuild.h"
 #include "store/StoreBytes.h"
-#include "table/Bytes.h"
+#include "table/ByteWriter.h"
 
 #include <velmorak/StateBytes.h>
 
