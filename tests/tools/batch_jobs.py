@@ -75,6 +75,7 @@ class BatchPlace(Place):
         self.held_pids = []
         self.program = pathlib.Path(self.runner).with_name("velmorak-batch")
         self.environment["VELMORAK_CACHE_LIMIT"] = "0"
+        self.environment["XDG_STATE_HOME"] = str(self.folder / "state")
         files(self, 9, 400)
         document = self.document(*analysis(plugin("Rows", "CsvTable", file="data/run_*.csv")))
         fine(self.run("-j", "1", "--results", "plain", document))

@@ -112,7 +112,9 @@ def check_htcondor(place):
         assert "request_memory = 500M" in lines and "accounting_group = group_a.b" in lines, lines
         assert "#allowed_job_duration = 3600" in lines and lines[-1] == "queue", lines
     part = str(place.job / "htcondor" / "part.sh")
-    fine(place.execute(part, "1", "1"))
+    assert (place.folder / "state").exists()  # Of programs that were not started by scripts.
+    fine(place.execute(part, "1", "1", XDG_STATE_HOME=str(place.folder / "shared")))
+    assert not (place.folder / "shared").exists(), "each job has its own notes about loading"
     assert "is done already" in fine(place.execute(part, "1", "1")).stderr
     fine(place.execute(part, "9", "1"), 6)
 
@@ -152,7 +154,7 @@ def check_python(place):
     assert "ROUNDS = [(1, 6), (7, 12)]\n" in program and "THREADS = 3 " in program, program
     assert "JOB = %r\n" % str(place.job) in program, program
     rules = scripts(place, "snakemake", "--time", "2h", "--memory", "1G", "--setup", "export A={x}")["Snakefile"]
-    assert "mem_mb=1024," in rules and "runtime=120," in rules and "shell.prefix('export A={{x}}\\n')" in rules, rules
+    assert "mem_mb=1024," in rules and "runtime=120," in rules and "export A={{x}}\\n')" in rules, rules
 
 
 def check_mpi(place):

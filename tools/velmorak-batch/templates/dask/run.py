@@ -8,8 +8,10 @@ Start it again after failures: parts that are done end at once.
 Written by velmorak-batch @version@. Edit it as you like.
 """
 
+import os
 import subprocess
 import sys
+import tempfile
 
 from distributed import Client, as_completed
 
@@ -24,9 +26,12 @@ RETRIES = @retries@  # of a part that fails. Parts of a worker that dies go to a
 
 
 def do_part(part, job, runner, threads):
-    """Runs on a worker, which needs nothing but the program and the files."""
-    done = subprocess.run([runner, "--part", str(part), "-j", str(threads), job], stdin=subprocess.DEVNULL,
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+    """Runs on a worker, which needs nothing but the program and the files. A program that is killed while it starts
+    leaves a note in XDG_STATE_HOME, which would stop later ones; so each has a folder of its own."""
+    with tempfile.TemporaryDirectory() as private:
+        done = subprocess.run([runner, "--part", str(part), "-j", str(threads), job], stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              env=dict(os.environ, XDG_STATE_HOME=private))
     if done.returncode != 0:
         said = done.stdout.decode(errors="replace").strip()
         raise RuntimeError("part %d ended with exit status %d: %s" % (part, done.returncode, said))

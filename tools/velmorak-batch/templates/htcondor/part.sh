@@ -5,4 +5,6 @@ runner=@runner:sh@
 
 @setup@
 
-exec "$runner" --part "$1" -j "$2" "$job"
+@private@
+
+"$runner" --part "$1" -j "$2" "$job"

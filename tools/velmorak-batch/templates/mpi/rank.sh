@@ -8,8 +8,11 @@ ranks=${OMPI_COMM_WORLD_SIZE:-${PMI_SIZE:-${SLURM_NTASKS:-1}}}
 
 @setup@
 
+@private@
+
 # With as many processes as parts, "$runner" --part auto "$job" would do. Here, process 0 of 4 does the parts 1, 5, 9.
 for ((part = $1 + rank; part <= $2; part += ranks)); do
+    rm -rf "$XDG_STATE_HOME"
     "$runner" --part "$part" -j @threads@ "$job"
 done
 

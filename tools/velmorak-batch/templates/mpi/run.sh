@@ -22,6 +22,8 @@ retries=@retries@
 
 @setup@
 
+@private@
+
 # Whether the parts $1 to $2 all have their files.
 complete() {
     local part
@@ -42,4 +44,4 @@ for range in "${rounds[@]}"; do
 done
 
 # --results DIR puts the results elsewhere; --partial accepts that parts are missing.
-exec "$runner" --merge -j @threads@ "$job"
+"$runner" --merge -j @threads@ "$job"

@@ -18,5 +18,7 @@ runner=@runner:sh@
 
 @setup@
 
+@private@
+
 # --results DIR puts the results elsewhere; --partial accepts that parts are missing.
-exec "$runner" --merge -j "${NSLOTS:-1}" "$job"
+"$runner" --merge -j "${NSLOTS:-1}" "$job"

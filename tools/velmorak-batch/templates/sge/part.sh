@@ -25,6 +25,8 @@ retries=@retries@
 
 @setup@
 
+@private@
+
 tries=logs/part-$SGE_TASK_ID.tries
 "$runner" --part auto -j "${NSLOTS:-1}" "$job"
 status=$?
