@@ -76,6 +76,8 @@ class BatchPlace(Place):
         self.program = pathlib.Path(self.runner).with_name("velmorak-batch")
         self.environment["VELMORAK_CACHE_LIMIT"] = "0"
         self.environment["XDG_STATE_HOME"] = str(self.folder / "state")
+        self.environment["TMPDIR"] = str(self.folder / "temporary")  # Killed programs leave files there.
+        (self.folder / "temporary").mkdir()
         files(self, 9, 400)
         document = self.document(*analysis(plugin("Rows", "CsvTable", file="data/run_*.csv")))
         fine(self.run("-j", "1", "--results", "plain", document))
