@@ -24,6 +24,13 @@ def need(*programs):
         sys.exit(SKIPPED)
 
 
+def need_topology():
+    """Ends the check as skipped where slurmd cannot start: it reads the processors from /sys."""
+    if not os.path.isdir("/sys/devices/system/cpu/cpu0/topology"):
+        print("skipped: /sys is not mounted")
+        sys.exit(SKIPPED)
+
+
 def watch(seconds):
     """Too long a wait, or the end of the check from outside, raises, so that everything that was started is ended."""
     def give_up(number, _):

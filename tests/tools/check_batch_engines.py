@@ -10,7 +10,7 @@ import shlex
 import subprocess
 import sys
 
-from batch_jobs import PYTHON, SKIPPED, BatchPlace, fine, kill, need, parent, watch
+from batch_jobs import PYTHON, SKIPPED, BatchPlace, fine, kill, need, need_topology, parent, watch
 from slurm_cluster import SLURM, SlurmCluster
 
 
@@ -86,6 +86,8 @@ def main(runner, engine):
     if engine == "dask" and subprocess.run([PYTHON, "-c", "import distributed"], capture_output=True).returncode != 0:
         print("skipped: not installed: python3-distributed")
         sys.exit(SKIPPED)
+    if engine == "snakemake-slurm":
+        need_topology()
     watch(280)
     with BatchPlace(runner) as place:
         {"snakemake": check_snakemake, "snakemake-slurm": check_snakemake_slurm, "dask": check_dask,

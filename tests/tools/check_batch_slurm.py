@@ -7,7 +7,7 @@ usage: check_batch_slurm.py VELMORAK-RUN
 
 import sys
 
-from batch_jobs import BatchPlace, fine, kill, need, parent, watch
+from batch_jobs import BatchPlace, fine, kill, need, need_topology, parent, watch
 from slurm_cluster import SLURM, SlurmCluster
 
 
@@ -70,6 +70,7 @@ def check_hopeless_part(place, cluster):
 
 def main(runner):
     need(*SLURM)
+    need_topology()
     watch(280)
     with BatchPlace(runner) as place, SlurmCluster() as cluster:
         place.environment.update(SLURM_CONF=cluster.environment["SLURM_CONF"])

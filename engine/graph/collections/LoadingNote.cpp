@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -40,6 +41,31 @@ std::string contentOf(int descriptor) {
     return {bytes.data(), static_cast<std::size_t>(count < 0 ? 0 : count)};
 }
 
+bool isRemoved(int descriptor) {
+    struct stat status {};
+    return fstat(descriptor, &status) == 0 && status.st_nlink == 0;
+}
+
+/// @return the open file, which exists, with the right to change it; -1 if it cannot be opened, or another program that
+///         is loading the object right now has this right.
+int openLocked(const fs::path& path) {
+    for (;;) {
+        const int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
+        if (descriptor < 0) {
+            return -1;
+        }
+        const bool isLocked = flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+        // Another program may have loaded the object and removed its note after this one was opened.
+        if (isLocked && !isRemoved(descriptor)) {
+            return descriptor;
+        }
+        close(descriptor);
+        if (!isLocked) {
+            return -1;
+        }
+    }
+}
+
 }  // namespace
 
 LoadingNote::LoadingNote(const fs::path& folder, const fs::path& object) {
@@ -49,12 +75,7 @@ LoadingNote::LoadingNote(const fs::path& folder, const fs::path& object) {
         return;
     }
     path = folder / nameFor(object);
-    descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
-    // Another program that is loading the object right now holds the lock.
-    if (descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
-        close(descriptor);
-        descriptor = -1;
-    }
+    descriptor = openLocked(path);
     if (descriptor < 0) {
         return;
     }

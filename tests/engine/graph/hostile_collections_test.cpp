@@ -3,7 +3,10 @@
 #include "graph/collections/Catalogue.h"
 #include "graph/collections/LoadingNote.h"
 
+#include <atomic>
 #include <fstream>
+#include <thread>
+#include <vector>
 
 namespace velmorak::test {
 namespace {
@@ -28,6 +31,25 @@ protected:
     Folder state;
     fs::path notes = state.path / "loading";
 };
+
+/// As many programs of a batch job do.
+TEST_F(HostileCollection, isNoneWhenSeveralProgramsLoadItAtTheSameTime) {
+    const fs::path object = put(TEST_HOSTILE "/Exits/Exits/Exits.so");
+    std::atomic<int> leftBehind = 0;
+    std::vector<std::thread> programs;
+    for (int program = 0; program < 4; ++program) {
+        programs.emplace_back([&] {
+            for (int i = 0; i < 5000; ++i) {
+                leftBehind += LoadingNote(notes, object).isOfAnEndedProgram() ? 1 : 0;
+            }
+        });
+    }
+    for (std::thread& program : programs) {
+        program.join();
+    }
+    EXPECT_EQ(leftBehind, 0);
+    EXPECT_TRUE(fs::is_empty(notes));
+}
 
 TEST_F(HostileCollection, thatEndsTheProgramIsSkippedAtTheNextStart) {
     const fs::path object = put(TEST_HOSTILE "/Exits/Exits/Exits.so");
