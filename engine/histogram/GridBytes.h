@@ -5,8 +5,9 @@
 
 #include <velmorak/Grid.h>
 
-#include <algorithm>
+#include <cstring>
 #include <stdexcept>
+#include <vector>
 
 namespace velmorak {
 
@@ -66,26 +67,32 @@ Grid<dimensions> readHeadAndGrid(ByteReader& reader, DataObject& object) {
 /// Whether the first bytes of a cell, all but its padding, are zero.
 template <typename Cell>
 bool isEmptyCell(const Cell& cell, std::size_t bytesOfEach) {
-    const auto* const bytes = reinterpret_cast<const char*>(&cell);
-    return std::all_of(bytes, bytes + bytesOfEach, [](char byte) { return byte == 0; });
+    static constexpr Cell empty{};
+    return std::memcmp(&cell, &empty, bytesOfEach) == 0;
 }
 
 /// Writes the cells in turns of a number of empty ones and a number of others with their bytes, without their padding.
+/// Each cell is looked at once: large cells lie far apart in memory.
 template <typename Cells>
 void writeCells(ByteWriter& writer, const Cells& cells, std::size_t bytesOfEach) {
-    const auto endOfRun = [&](std::size_t cell, bool isEmpty) {
-        while (cell < cells.size() && isEmptyCell(cells[cell], bytesOfEach) == isEmpty) {
+    constexpr std::size_t maxRun = 1024;
+    std::vector<const typename Cells::value_type*> run;
+    for (std::size_t cell = 0; cell < cells.size();) {
+        const std::size_t first = cell;
+        while (cell < cells.size() && isEmptyCell(cells[cell], bytesOfEach)) {
             ++cell;
         }
-        return cell;
-    };
-    for (std::size_t cell = 0; cell < cells.size();) {
-        const std::size_t first = endOfRun(cell, true);
-        const std::size_t end = endOfRun(first, false);
-        writer.number<std::uint64_t>(first - cell);
-        writer.number<std::uint64_t>(end - first);
-        for (cell = first; cell < end; ++cell) {
-            writer.raw(&cells[cell], bytesOfEach);
+        writer.number<std::uint64_t>(cell - first);
+        for (run.clear(); cell < cells.size() && run.size() < maxRun; ++cell) {
+            const auto& next = cells[cell];
+            if (isEmptyCell(next, bytesOfEach)) {
+                break;
+            }
+            run.push_back(&next);
+        }
+        writer.number<std::uint64_t>(run.size());
+        for (const auto* const filled : run) {
+            writer.raw(filled, bytesOfEach);
         }
     }
 }
