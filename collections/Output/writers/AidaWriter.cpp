@@ -91,8 +91,7 @@ public:
 
 std::string AidaWriterKind::summary() const {
     return "Writes a table, histograms, profiles, points and functions into one AIDA file, from which every number "
-           "reads "
-           "back to the last bit.";
+           "reads back to the last bit.";
 }
 
 Ports AidaWriterKind::ports(const ValueTexts& values) const {

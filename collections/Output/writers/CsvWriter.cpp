@@ -90,8 +90,7 @@ public:
 
 std::string CsvWriterKind::summary() const {
     return "Writes a table, or the numbers of a histogram, profile, points or function, as a text file with one row on "
-           "each "
-           "line.";
+           "each line.";
 }
 
 std::string CsvWriterKind::notes() const {
