@@ -62,11 +62,6 @@ const Entry& tableNamed(const File& file, const std::string& wanted) {
     return *found;
 }
 
-Classes classesOf(const File& file) {
-    const std::optional<Key> key = file.streamerKey();
-    return key ? Classes(file.content(*key), key->headBytes) : Classes();
-}
-
 /// A tree or an RNTuple. Positions count all columns, including those that cannot be read.
 class Table {
 public:
