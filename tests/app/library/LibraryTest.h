@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <sstream>
 
 /// The editor with the shipped library, in a temporary current folder.
@@ -51,7 +52,7 @@ protected:
     void restart() {
         window.reset();
         manager.reset();
-        manager = std::make_unique<QzManager>("QzAnalysisFactory");
+        manager.emplace("QzAnalysisFactory");
         manager->SetFontSize(9, 11);
         window = std::make_unique<Window>();
         window->setManager(*manager);
@@ -81,7 +82,7 @@ protected:
         return contentOf(file);
     }
 
-    std::unique_ptr<QzManager> manager;
+    std::optional<QzManager> manager;
     std::unique_ptr<Window> window;
     std::filesystem::path folder;
 
