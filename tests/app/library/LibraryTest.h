@@ -15,6 +15,11 @@
 #include <optional>
 #include <sstream>
 
+/// A manager that a test makes anew; final, because the destructor of its class is not virtual.
+struct OwnManager final : QzManager {
+    using QzManager::QzManager;
+};
+
 /// The editor with the shipped library, in a temporary current folder.
 class LibraryTest : public testing::Test {
 protected:
@@ -82,7 +87,7 @@ protected:
         return contentOf(file);
     }
 
-    std::optional<QzManager> manager;
+    std::optional<OwnManager> manager;
     std::unique_ptr<Window> window;
     std::filesystem::path folder;
 

@@ -63,6 +63,11 @@ bool pumpUntil(const std::function<bool()>& condition, const char* file = __buil
 /// Runs the main loop until no events are pending.
 void pump();
 
+/// A manager that a test makes anew; final, because the destructor of its class is not virtual.
+struct OwnManager final : QzManager {
+    using QzManager::QzManager;
+};
+
 /// An editor with the recording library, which offers a few arithmetic kinds.
 class EditorTest : public ::testing::Test {
 protected:
@@ -100,7 +105,7 @@ protected:
     /// Selects a box like a click on it.
     void select(const std::string& name);
 
-    std::optional<QzManager> manager;
+    std::optional<OwnManager> manager;
     std::unique_ptr<OpenWindow> window;
     std::string lastQuestion;
 
