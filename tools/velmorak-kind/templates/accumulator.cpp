@@ -1,8 +1,5 @@
 #include <velmorak/ShortKinds.h>
 
-#include <algorithm>
-#include <limits>
-
 struct Extent {
     void fill(double x) {
         lowest = std::min(lowest, x);
