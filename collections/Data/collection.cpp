@@ -10,4 +10,7 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeCsvTable());
     registry.add(makeRandomTable());
     registry.add(makeRootTable());
+    for (std::unique_ptr<Kind>& kind : makeRootObjects()) {
+        registry.add(std::move(kind));
+    }
 }

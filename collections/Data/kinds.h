@@ -14,5 +14,7 @@ std::unique_ptr<Kind> makeRandomTable();
 std::unique_ptr<Kind> makeRootTable();
 /// AidaHistogram, AidaProfile, AidaPoints and AidaFunction.
 std::vector<std::unique_ptr<Kind>> makeAidaObjects();
+/// RootHistogram, RootProfile, RootPoints and RootValue.
+std::vector<std::unique_ptr<Kind>> makeRootObjects();
 
 }  // namespace velmorak

@@ -106,7 +106,7 @@ struct Chunk {
     std::uint64_t number = 0;        ///< 0, 1, 2, ... in the order of the source's rows, from the first of each file.
     std::uint64_t firstRow = 0;      ///< Source row of the chunk's beginning, for messages; counted from 0.
     std::size_t rows = 0;            ///< Rows in the chunk, without dropped ones.
-    std::vector<ColumnPtr> columns;  ///< In the order of the schema.
+    std::vector<ColumnPtr> columns;  ///< In the order of the schema; null for a column that nobody uses.
     /// Rows of this table in all previous chunks; set only for a RowOperation that countsRows().
     std::uint64_t rowsBefore = 0;
     /// File of a source that reads several (TableReader::fileCount), counted from 0 in the order of its list.
