@@ -1,6 +1,6 @@
 #include "kinds.h"
 
-#include "FileInputs.h"
+#include "shared/FileInputs.h"
 #include "ObjectSum.h"
 
 #include <root/RootObjects.h>

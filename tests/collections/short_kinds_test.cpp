@@ -1,6 +1,7 @@
 #include "KindHarness.h"
 
 #include <velmorak/ElementaryFunctions.h>
+#include <velmorak/FileFormat.h>
 #include <velmorak/ShortKinds.h>
 
 #include <gmock/gmock.h>
@@ -30,10 +31,13 @@ class OneKind : public Registry {
 public:
     void group(const std::string& /*name*/) override {}
     void add(std::unique_ptr<Kind> kind) override { registered = std::move(kind); }
+    void addFormat(std::unique_ptr<FileFormat> /*format*/) override {}
+    const FileFormats& formats() const override { return none; }
     const Kind& kind() const { return *registered; }
 
 private:
     std::unique_ptr<Kind> registered;
+    FileFormats none;
 };
 
 void registerPolar(Registry& registry) {
