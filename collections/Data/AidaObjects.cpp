@@ -1,7 +1,7 @@
 #include "kinds.h"
 
 #include "AidaFile.h"
-#include "FileInputs.h"
+#include "shared/FileInputs.h"
 
 #include <velmorak/Aida.h>
 #include <velmorak/Histogram.h>

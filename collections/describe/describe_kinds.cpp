@@ -1,5 +1,5 @@
+#include <velmorak/FileFormat.h>
 #include <velmorak/FormatMeasurement.h>
-#include <velmorak/Kind.h>
 
 #include <dlfcn.h>
 
@@ -26,8 +26,13 @@ class Collector : public Registry {
 public:
     void group(const std::string& name) override { groups.push_back({.name = name, .kinds = {}}); }
     void add(std::unique_ptr<Kind> kind) override { groups.back().kinds.push_back(std::move(kind)); }
+    void addFormat(std::unique_ptr<FileFormat> format) override { known.add(std::move(format)); }
+    const FileFormats& formats() const override { return known; }
 
     std::vector<Group> groups;
+
+private:
+    FileFormats known;
 };
 
 /// One sentence for each shipped group, shown beside its name.
@@ -36,6 +41,7 @@ std::string purposeOf(const std::string& group) {
         {"Arithmetic", "Numbers and arithmetic."},
         {"Data", "Sources of tables and stored objects."},
         {"Fit", "Functions fitted to histograms, profiles and points."},
+        {"Formats", "Tables in the files of other programs."},
         {"Histogram", "Histograms and statistics."},
         {"Output", "Pictures, reports and files."},
         {"Table", "New columns, cuts, and operations on tables."},
