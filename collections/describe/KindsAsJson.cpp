@@ -11,10 +11,8 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 Json inputAsJson(const InputSpec& input) {
-    Json json = {{"name", input.name},
-                 {"description", input.description},
-                 {"type", nameOf(input.type)},
-                 {"value", input.value}};
+    Json json = {
+        {"name", input.name}, {"description", input.description}, {"type", nameOf(input.type)}, {"value", input.value}};
     if (!input.choices.empty()) {
         json["choices"] = input.choices;
     }
@@ -45,11 +43,10 @@ Json kindAsJson(const GroupOfKinds& group, const Kind& kind) {
     }
     Json outputs = Json::array();
     for (const OutputSpec& output : ports.outputs) {
-        outputs.push_back(
-            {{"name", output.name}, {"description", output.description}, {"type", nameOf(output.type)}});
+        outputs.push_back({{"name", output.name}, {"description", output.description}, {"type", nameOf(output.type)}});
     }
-    return {{"group", group.name}, {"name", kind.name()},       {"shape", shapeOf(kind)}, {"summary", kind.summary()},
-            {"version", kind.version()}, {"inputs", inputs}, {"outputs", outputs}};
+    return {{"group", group.name},       {"name", kind.name()}, {"shape", shapeOf(kind)}, {"summary", kind.summary()},
+            {"version", kind.version()}, {"inputs", inputs},    {"outputs", outputs}};
 }
 
 }  // namespace

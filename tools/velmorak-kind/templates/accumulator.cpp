@@ -18,8 +18,8 @@ struct Extent {
 
 VELMORAK_COLLECTION(registry) {
     registry.group("@NAME@");
-    velmorak::accumulate<Extent>(registry, {"Extent", "Finds the lowest and the highest value of an expression."},
-                                 {{"x", "What to look at, in the columns of the table."}},
-                                 {{"lowest", "Lowest value; Infinity without rows."},
-                                  {"highest", "Highest value; -Infinity without rows."}});
+    velmorak::accumulate<Extent>(
+        registry, {"Extent", "Finds the lowest and the highest value of an expression."},
+        {{"x", "What to look at, in the columns of the table."}},
+        {{"lowest", "Lowest value; Infinity without rows."}, {"highest", "Highest value; -Infinity without rows."}});
 }
