@@ -1,8 +1,8 @@
 #include "kinds.h"
 
 #include "AidaFile.h"
-#include "FileInputs.h"
 #include "ObjectSum.h"
+#include "shared/FileInputs.h"
 
 #include <velmorak/Aida.h>
 #include <velmorak/Text.h>

@@ -1,6 +1,7 @@
 #include "kinds.h"
 
-#include "FileInputs.h"
+#include "shared/FileInputs.h"
+#include "shared/FormatOfFile.h"
 
 #include "csv/CsvReader.h"
 
@@ -102,6 +103,8 @@ std::vector<InputSpec> formInputs() {
 /// Reads a table from a text file with one row on each line.
 class CsvTableKind : public Source {
 public:
+    explicit CsvTableKind(const FileFormats& formats) : formats(formats) {}
+
     std::string name() const override { return "CsvTable"; }
     std::string summary() const override;
     Ports ports(const ValueTexts& values) const override;
@@ -109,6 +112,9 @@ public:
     bool tellsColumns() const override { return true; }
     std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override;
     std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext& context) const override;
+
+private:
+    const FileFormats& formats;
 };
 
 }  // namespace
@@ -146,15 +152,20 @@ std::string CsvTableKind::refusal(const std::string& input, const std::string& v
 std::unique_ptr<TableReader> CsvTableKind::open(const Arguments& arguments, RunContext& context) const {
     FileList list = filesOf(arguments, context);
     auto opener = std::make_shared<CsvOpener>(optionsOf(arguments), list.files.front().path);
-    return openFilesOf(std::move(list), std::move(opener), arguments, context);
+    return openFilesOf(std::move(list), refusingOthers(std::move(opener), name(), formats), arguments, context);
 }
 
 std::vector<std::filesystem::path> CsvTableKind::files(const Arguments& arguments, RunContext& context) const {
     return pathsOf(filesOf(arguments, context));
 }
 
-std::unique_ptr<Kind> makeCsvTable() {
-    return std::make_unique<CsvTableKind>();
+std::shared_ptr<const FileOpener> csvTableOpener() {
+    return std::make_shared<CsvOpener>(
+        CsvOptions{.file = {}, .form = {.delimiter = ',', .comment = "#"}, .missing = "NA"}, std::filesystem::path());
+}
+
+std::unique_ptr<Kind> makeCsvTable(const FileFormats& formats) {
+    return std::make_unique<CsvTableKind>(formats);
 }
 
 }  // namespace velmorak

@@ -1,7 +1,7 @@
 #include "kinds.h"
 
-#include "FileInputs.h"
 #include "ObjectSum.h"
+#include "shared/FileInputs.h"
 
 #include <root/RootObjects.h>
 

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "files/FileList.h"
-#include "files/FileOpener.h"
 #include "files/FileSurvey.h"
 
-#include <velmorak/Kind.h>
+#include <velmorak/FileOpener.h>
 
 #include <memory>
 

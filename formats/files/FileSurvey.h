@@ -1,7 +1,8 @@
 #pragma once
 
 #include "files/FileList.h"
-#include "files/FileOpener.h"
+
+#include <velmorak/FileOpener.h>
 
 #include <memory>
 #include <optional>

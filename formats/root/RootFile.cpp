@@ -246,4 +246,14 @@ std::unique_ptr<TableReader> openRootTable(const std::filesystem::path& file, co
     return std::make_unique<RootTableReader>(file, object, columns, context);
 }
 
+RootTableContent lookAtRootTable(const std::filesystem::path& file, const std::string& object) {
+    const File opened(file);
+    const Table table(opened, tableNamed(opened, object));
+    RootTableContent content{.rows = table.entries(), .columns = {}};
+    for (std::size_t i = 0; i < table.columns(); ++i) {
+        content.columns.push_back({.info = table.info(i), .problem = table.complaint(i)});
+    }
+    return content;
+}
+
 }  // namespace velmorak

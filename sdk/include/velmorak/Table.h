@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -80,6 +82,24 @@ struct Column {
 
 /// Columns are immutable and shared between chunks.
 using ColumnPtr = std::shared_ptr<const Column>;
+
+/// @param values numbers of any type, truth values, or texts.
+/// @return a column of real numbers, integers, booleans or texts.
+template <typename T>
+ColumnPtr columnOf(const std::vector<T>& values) {
+    static_assert(std::is_arithmetic_v<T> || std::is_same_v<T, std::string>,
+                  "a column has numbers, truth values or texts (std::string)");
+    using Values = std::conditional_t<
+        std::is_same_v<T, bool>, Column::Booleans,
+        std::conditional_t<std::is_integral_v<T>, Column::Integers,
+                           std::conditional_t<std::is_floating_point_v<T>, Column::Reals, Column::Texts>>>;
+    Values converted;
+    converted.reserve(values.size());
+    for (const auto& value : values) {
+        converted.push_back(static_cast<typename Values::value_type>(value));
+    }
+    return std::make_shared<const Column>(Column{std::move(converted), {}});
+}
 
 /// Consecutive rows of a table. A row-wise kind keeps number and firstRow of its input chunk even if it drops rows.
 struct Chunk {

@@ -1,0 +1,5 @@
+#include <velmorak/FileFormat.h>
+
+VELMORAK_COLLECTION(registry) {
+    registry.group("Formats");
+}
