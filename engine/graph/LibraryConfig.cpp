@@ -37,17 +37,19 @@ fs::path absoluteFolderIn(const char* variable) {
     return folder.is_absolute() ? folder : fs::path();
 }
 
-fs::path loadingNotes() {
+/// A folder in the program's folder in the user's state folder; empty if there is none.
+fs::path inStateFolder(const char* name) {
     fs::path state = absoluteFolderIn("XDG_STATE_HOME");
     if (state.empty()) {
         const fs::path home = absoluteFolderIn("HOME");
         state = home.empty() ? home : home / ".local" / "state";
     }
-    return state.empty() ? state : state / "velmorak" / "loading";
+    return state.empty() ? state : state / "velmorak" / name;
 }
 
 Catalogue::SearchPath searchPath() {
-    Catalogue::SearchPath search{foldersIn("VELMORAK_COLLECTIONS"), foldersIn("VELMORAK_EXAMPLES"), loadingNotes()};
+    Catalogue::SearchPath search{foldersIn("VELMORAK_COLLECTIONS"), foldersIn("VELMORAK_EXAMPLES"),
+                                 inStateFolder("loading")};
     const fs::path library = libraryFolder();
     search.collections.push_back(library / "collections");
     search.examples.push_back((library / VELMORAK_SHARE_FROM_LIB / "examples").lexically_normal());
@@ -57,7 +59,8 @@ Catalogue::SearchPath searchPath() {
 }  // namespace
 
 LibraryConfig libraryConfigFromEnvironment() {
-    return {searchPath(), runConfigFromEnvironment()};
+    const bool hasJournal = valueOf("VELMORAK_JOURNAL") != "0";
+    return {searchPath(), runConfigFromEnvironment(), hasJournal ? inStateFolder("journal") : fs::path()};
 }
 
 }  // namespace velmorak
