@@ -25,6 +25,19 @@ ErrorNames errorNamesOf(const std::string& className) {
     return {{"fEXlow", "fEYlow"}, {"fEXhigh", "fEYhigh"}};
 }
 
+/// The titles of a graph and of its axes, which may be written as "title;x;y".
+std::vector<std::string> titlesIn(const std::string& title) {
+    std::vector<std::string> titles(1);
+    for (const char c : title) {
+        if (c == ';') {
+            titles.emplace_back();
+        } else {
+            titles.back() += c;
+        }
+    }
+    return titles;
+}
+
 /// The titles of the axes that the graph was drawn in, if it was.
 std::vector<std::string> axisTitlesOf(const Object& object) {
     const ObjectPtr frame = object.object("fHistogram");
@@ -69,8 +82,12 @@ DataObjectPtr pointsFrom(const Object& object) {
     try {
         const DataObjectPtr made = object.className == "TEfficiency" ? efficiencyFrom(object) : graphOf(object);
         auto points = std::make_shared<Points>(dynamic_cast<const Points&>(*made));
+        const std::vector<std::string> titles = titlesIn(object.text("fTitle"));
         points->name = object.text("fName");
-        points->title = object.text("fTitle");
+        points->title = titles.front();
+        if (titles.size() >= 3 && points->axisTitles.empty()) {
+            points->axisTitles = {titles[1], titles[2]};
+        }
         points->annotation.push_back({"class", object.className, false});
         return points;
     } catch (const Failure& failure) {

@@ -61,12 +61,18 @@ ObjectReader::ObjectReader(Bytes bytes, std::size_t headBytes, const Classes& cl
     : bytes(bytes), headBytes(headBytes), classes(classes) {}
 
 ObjectPtr ObjectReader::read(const std::string& className) {
-    return readClass(className);
+    return {owner, readClass(className).get()};
+}
+
+/// @return a pointer that does not own the object.
+ObjectPtr ObjectReader::newObject(const std::string& className) {
+    owner->push_back(std::make_unique<Object>());
+    owner->back()->className = className;
+    return {ObjectPtr(), owner->back().get()};
 }
 
 ObjectPtr ObjectReader::readClass(const std::string& className) {
-    auto object = std::make_shared<Object>();
-    object->className = className;
+    ObjectPtr object = newObject(className);
     readInto(className, *object);
     return object;
 }
@@ -332,7 +338,7 @@ ObjectPtr ObjectReader::readTagged(std::size_t begin, std::size_t tagAt, bool ha
         const auto found = objectTags.find(tag);
         return found == objectTags.end() ? nullptr : found->second;
     }
-    auto object = std::make_shared<Object>();
+    ObjectPtr object = newObject("");
     if (tag == newClass) {
         object->className = bytes.cText();
         classTags[hasCount ? tagAt + headBytes + tagOffset : classTags.size() + objectTags.size() + 1] =

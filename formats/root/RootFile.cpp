@@ -71,6 +71,7 @@ public:
     std::size_t columns() const { return tree ? tree->columns().size() : ntuple->columns().size(); }
     const ColumnInfo& info(std::size_t position) const;
     const std::string& complaint(std::size_t position) const;
+    double variableBytes(std::size_t position) const;
     ColumnPtr read(std::size_t position, std::uint64_t first, std::size_t rows) const;
 
 private:
@@ -94,6 +95,10 @@ const std::string& Table::complaint(std::size_t position) const {
     return tree ? tree->columns()[position].complaint : ntuple->columns()[position].complaint;
 }
 
+double Table::variableBytes(std::size_t position) const {
+    return tree ? tree->variableBytes(tree->columns()[position]) : ntuple->variableBytes(ntuple->columns()[position]);
+}
+
 ColumnPtr Table::read(std::size_t position, std::uint64_t first, std::size_t rows) const {
     return tree ? tree->read(tree->columns()[position], first, rows)
                 : ntuple->read(ntuple->columns()[position], first, rows);
@@ -110,11 +115,15 @@ public:
 
     bool next(Chunk& chunk) override;
 
+    std::size_t rowsPerChunk() const override { return maxRows; }
+
     void complete(Chunk& chunk) const override;
 
     std::optional<double> fraction() const override;
 
 private:
+    void limitChunks();
+
     void addAll();
 
     void addNamed(const std::string& name);
@@ -127,6 +136,8 @@ private:
     Schema offered;
     std::vector<std::size_t> positions;  ///< Of the offered columns in the table.
     std::vector<bool> isNeeded;          ///< By offered column; empty for all.
+    std::uint64_t entries = 0;
+    std::size_t maxRows = 0;  ///< In a chunk.
     std::uint64_t row = 0;
 };
 
@@ -142,13 +153,28 @@ RootTableReader::RootTableReader(const std::filesystem::path& path, const std::s
     for (const std::string& name : columns) {
         addNamed(name);
     }
+    limitChunks();
+}
+
+/// Long lists and texts make the chunks of the whole table shorter, by what an entry takes on average: chunks are the
+/// same whichever columns are needed. A table of which nothing can be read has no rows.
+void RootTableReader::limitChunks() {
+    entries = offered.size() == 0 ? 0 : table.entries();
+    maxRows = rowsInChunk(offered);
+    double bytes = static_cast<double>(bytesInRow(offered));
+    for (const std::size_t position : positions) {
+        bytes += table.variableBytes(position);
+    }
+    if (static_cast<double>(maxRows) * bytes > static_cast<double>(maxChunkBytes)) {
+        maxRows = static_cast<std::size_t>(std::max(1.0, static_cast<double>(maxChunkBytes) / bytes));
+    }
 }
 
 bool RootTableReader::next(Chunk& chunk) {
     if (context.isStopping()) {
         throw Stopped();
     }
-    chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(rowsInChunk(offered), table.entries() - row));
+    chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(maxRows, entries - row));
     row += chunk.rows;
     return chunk.rows > 0;
 }
@@ -164,7 +190,7 @@ void RootTableReader::complete(Chunk& chunk) const {
 }
 
 std::optional<double> RootTableReader::fraction() const {
-    return table.entries() == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(table.entries());
+    return entries == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(entries);
 }
 
 void RootTableReader::addAll() {

@@ -46,7 +46,7 @@ TEST(Catalogue, offersTheKindsByGroup) {
         {"Arithmetic", {"Number", "Text", "Adder", "Subtractor", "Multiplier", "Divider", "Function", "Measurement"}},
         {"Data",
          {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "RandomTable",
-          "RootTable"}},
+          "RootTable", "RootHistogram", "RootProfile", "RootPoints", "RootValue"}},
         {"Fit", {"Fit"}},
         {"Histogram",
          {"Histogram1D", "Histogram2D", "Histogram3D", "Profile1D", "Profile2D", "CategoryHistogram", "Rebin", "Scale",

@@ -109,6 +109,11 @@ for path in files("examples/**/*.aida", "tests/data/aida/*"):
     seed("aida", path.read_bytes())
 for path in files("examples/**/*.csv"):
     seed("csv", path.read_bytes())
+for path in files("tests/data/root/*.root"):
+    content = path.read_bytes()
+    seed("root_file", content)
+    seed("root_ntuple" if b"ROOT::RNTuple" in content[:4096] + content[-4096:] else "root_tree", content)
+    seed("root_objects", content)
 for path in files("examples/**/samples.csv"):
     seed("files", b"2" + path.read_bytes())
 for text in ("a.csv", "run_*.csv, b.csv", "data/**/*.csv", "@list.txt\n\"a, b\""):

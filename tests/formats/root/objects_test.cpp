@@ -1,4 +1,5 @@
 #include <root/Efficiency.h>
+#include <root/Histograms.h>
 #include <root/RootFile.h>
 #include <root/RootObjects.h>
 
@@ -182,6 +183,53 @@ TEST(RootObjects, areEfficienciesWithTheIntervalThatTheyAskFor) {
         EXPECT_GE(y.value - y.errorMinus, 0.0);
         EXPECT_GT(y.errorPlus + y.errorMinus, 0.0);
     }
+}
+
+using Reals = std::vector<double>;
+
+TEST(RootGraph, hasItsErrorsAndTitles) {
+    const root::Object graph{.className = "TGraphAsymmErrors",
+                             .members = {{"fName", "g"},
+                                         {"fTitle", "Cross section;E [GeV];sigma [pb]"},
+                                         {"fX", Reals{1, 2}},
+                                         {"fY", Reals{10, 20}},
+                                         {"fEXlow", Reals{0.5, 0.5}},
+                                         {"fEXhigh", Reals{0.25, 0.25}},
+                                         {"fEYlow", Reals{3, 4}},
+                                         {"fEYhigh", Reals{5, 6}}}};
+    const DataObjectPtr read = root::pointsFrom(graph);
+    const auto& points = dynamic_cast<const Points&>(*read);
+    EXPECT_EQ(points.name, "g");
+    EXPECT_EQ(points.title, "Cross section");
+    EXPECT_EQ(points.axisTitles, (std::vector<std::string>{"E [GeV]", "sigma [pb]"}));
+    ASSERT_EQ(points.size(), 2U);
+    EXPECT_EQ(points.measurement(1, 0), (Measurement{2, 0.25, 0.5}));
+    EXPECT_EQ(points.measurement(1, 1), (Measurement{20, 6, 4}));
+}
+
+TEST(RootGraph, isRefusedIfItsArraysDiffer) {
+    const root::Object graph{.className = "TGraph", .members = {{"fX", Reals{1, 2}}, {"fY", Reals{10}}}};
+    EXPECT_THROW(root::pointsFrom(graph), Failure);
+}
+
+TEST(RootHistogram, isRefusedIfItsAxisAndContentsDiffer) {
+    const root::ObjectPtr axis(new root::Object{
+        .className = "TAxis", .members = {{"fNbins", std::int64_t{1'000'000'000}}, {"fXmin", 0.0}, {"fXmax", 1.0}}});
+    const root::Object histogram{.className = "TH1D", .members = {{"fXaxis", axis}, {"fArray", Reals{0, 1, 0}}}};
+    EXPECT_THROW(root::histogramFrom(histogram), Failure);
+}
+
+/// Fills that ROOT had not yet put into the bins.
+TEST(RootHistogram, countsFillsThatAreStillInItsBuffer) {
+    const root::ObjectPtr axis(new root::Object{
+        .className = "TAxis", .members = {{"fNbins", std::int64_t{2}}, {"fXmin", 0.0}, {"fXmax", 2.0}}});
+    const root::Object histogram{
+        .className = "TH1D",
+        .members = {{"fXaxis", axis}, {"fArray", Reals{0, 0, 0, 0}}, {"fBuffer", Reals{2, 1.0, 0.5, 3.0, 1.5, 0, 0}}}};
+    const DataObjectPtr read = root::histogramFrom(histogram);
+    const auto& filled = dynamic_cast<const Histogram1D&>(*read);
+    EXPECT_EQ(filled.height(0), 1.0);
+    EXPECT_EQ(filled.height(1), 3.0);
 }
 
 TEST(RootObjects, areNamedWhenOneIsMissing) {
