@@ -48,6 +48,7 @@ std::shared_ptr<const FileOpener> refusingOthers(std::shared_ptr<const FileOpene
 
 std::uint64_t countRows(TableReader& reader, const RunContext& context) {
     std::uint64_t rows = 0;
+    reader.selectColumns(std::vector<bool>(reader.schema().size(), false));
     for (Chunk chunk; reader.next(chunk); chunk = {}) {
         reader.complete(chunk);
         rows += chunk.rows;

@@ -266,8 +266,8 @@ ColumnPtr Expression::evaluate(const Chunk& chunk) const {
     const Code& code = program->code;
     for (const std::size_t position : code.usedColumns) {
         const ColumnInfo& info = program->columns[position];
-        if (position >= chunk.columns.size() || chunk.columns[position]->type() != info.type ||
-            chunk.columns[position]->isList() != info.isList) {
+        if (position >= chunk.columns.size() || !chunk.columns[position] ||
+            chunk.columns[position]->type() != info.type || chunk.columns[position]->isList() != info.isList) {
             throw std::logic_error("the chunk is not of the schema that the expression was checked against");
         }
     }

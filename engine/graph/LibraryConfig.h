@@ -12,8 +12,9 @@ struct LibraryConfig {
     RunConfig runs;
 };
 
-/// VELMORAK_COLLECTIONS and VELMORAK_EXAMPLES come before what lies beside the library; notes about collections are
-/// kept in `velmorak/loading` in XDG_STATE_HOME, or else in ~/.local/state.
+/// VELMORAK_COLLECTIONS and VELMORAK_EXAMPLES come before what lies beside the library, and between them the
+/// collections in `velmorak/collections` in XDG_DATA_HOME, or else in ~/.local/share; notes about collections are kept
+/// in `velmorak/loading` in XDG_STATE_HOME, or else in ~/.local/state.
 LibraryConfig libraryConfigFromEnvironment();
 
 }  // namespace velmorak

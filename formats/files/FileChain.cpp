@@ -93,6 +93,7 @@ public:
     ~FileChain() override;
 
     const Schema& schema() const override { return columns; }
+    void selectColumns(const std::vector<bool>& needed) override { isNeeded = needed; }
     bool next(Chunk& chunk) override;
     std::uint64_t fileCount() const override { return list.files.size(); }
     void readOnly(const std::vector<bool>& files) override { isWanted = files; }
@@ -105,6 +106,7 @@ private:
 
     void addOwnColumns();
     std::shared_ptr<OpenedFile> openFile(std::size_t position) const;
+    void selectColumnsOf(TableReader& reader) const;
     void openAhead();
     std::shared_ptr<OpenedFile> opened(std::size_t position);
     bool openNext();
@@ -125,8 +127,9 @@ private:
     const FileSurvey survey;
     Schema columns;  ///< The common ones, then those of the files themselves.
 
-    std::vector<bool> isWanted;
-    std::size_t file = 0;  ///< Being read, or to be opened next.
+    std::vector<bool> isNeeded;  ///< By column.
+    std::vector<bool> isWanted;  ///< By file.
+    std::size_t file = 0;        ///< Being read, or to be opened next.
     std::shared_ptr<OpenedFile> current;
     std::shared_ptr<const std::vector<std::size_t>> positions;  ///< In the current file.
     std::uint64_t rows = 0;
@@ -146,6 +149,7 @@ FileChain::FileChain(FileList files, std::shared_ptr<const FileOpener> fileOpene
       columns(survey.common),
       isWanted(list.files.size(), true) {
     addOwnColumns();
+    isNeeded.assign(columns.size(), true);
 }
 
 FileChain::~FileChain() {
@@ -188,7 +192,19 @@ std::shared_ptr<OpenedFile> FileChain::openFile(std::size_t position) const {
     const ListedFile& listed = list.files[position];
     auto ofFile = std::make_unique<FileContext>(context, listed.name, warnings);
     std::unique_ptr<TableReader> reader = opener->open(listed.path, &survey.common, *ofFile);
+    selectColumnsOf(*reader);
     return std::make_shared<OpenedFile>(std::move(ofFile), std::move(reader));
+}
+
+void FileChain::selectColumnsOf(TableReader& reader) const {
+    const Schema& ofFile = reader.schema();
+    std::vector<bool> neededOfFile(ofFile.size(), false);
+    for (std::size_t i = 0; i < survey.common.size(); ++i) {
+        if (const std::optional<std::size_t> position = ofFile.find(survey.common[i].name)) {
+            neededOfFile[*position] = isNeeded[i];
+        }
+    }
+    reader.selectColumns(neededOfFile);
 }
 
 /// Begins to open the next files on other threads.
@@ -319,7 +335,7 @@ void FileChain::complete(Chunk& chunk) const {
     std::vector<ColumnPtr> ofFile = std::exchange(chunk.columns, {});
     for (std::size_t i = 0; i < survey.common.size(); ++i) {
         const ColumnPtr& column = ofFile[(*origin->positions)[i]];
-        const bool isReal = survey.common[i].type == ColumnType::Real;
+        const bool isReal = column && survey.common[i].type == ColumnType::Real;
         chunk.columns.push_back(isReal ? asReals(column) : column);
     }
     addOwnValues(chunk);
@@ -339,7 +355,8 @@ void FileChain::lose(Chunk& chunk) const {
 void FileChain::addOwnValues(Chunk& chunk) const {
     const ListedFile& from = list.files[chunk.file];
     const auto add = [&](const Column& column, std::size_t row) {
-        chunk.columns.push_back(repeated(column, row, chunk.rows));
+        const bool isUsed = isNeeded[chunk.columns.size()];
+        chunk.columns.push_back(isUsed ? repeated(column, row, chunk.rows) : nullptr);
     };
     if (options.hasFileColumns) {
         add({Column::Texts{from.name}, {}}, 0);

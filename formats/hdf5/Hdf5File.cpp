@@ -65,7 +65,7 @@ public:
     Hdf5Reader& operator=(const Hdf5Reader&) = delete;
 
     const Schema& schema() const override { return offered; }
-    void selectColumns(const std::vector<bool>& wanted) { needed = wanted; }
+    void selectColumns(const std::vector<bool>& wanted) override { needed = wanted; }
     bool next(Chunk& chunk) override;
     void complete(Chunk& chunk) const override;
     std::optional<double> fraction() const override {

@@ -59,7 +59,7 @@ public:
                 std::vector<ArrayColumn> described, std::uint64_t count, RunContext& runContext);
 
     const Schema& schema() const override { return offered; }
-    void selectColumns(const std::vector<bool>& wanted) { needed = wanted; }
+    void selectColumns(const std::vector<bool>& wanted) override { needed = wanted; }
     bool next(Chunk& chunk) override;
     void complete(Chunk& chunk) const override;
     std::optional<double> fraction() const override {

@@ -80,7 +80,9 @@ void ObjectReader::readInto(const std::string& className, Object& object) {
 
 bool ObjectReader::readSpecial(const std::string& className, Object& object) {
     if (className == "TObject") {
-        object.members.emplace_back("fBits", static_cast<std::int64_t>(skipObjectBase(bytes)));
+        const ObjectBase base = readObjectBase(bytes);
+        object.members.emplace_back("fUniqueID", static_cast<std::int64_t>(base.uniqueId));
+        object.members.emplace_back("fBits", static_cast<std::int64_t>(base.bits));
     } else if (className == "TNamed") {
         readNamedInto(object);
     } else if (className == "TString") {
@@ -230,7 +232,7 @@ void ObjectReader::readList(Object& object) {
     const ObjectHeader header = readHeader(bytes);
     std::vector<ObjectPtr> items;
     if (header.version > 3) {
-        skipObjectBase(bytes);
+        readObjectBase(bytes);
         bytes.text();
         const std::size_t count = bytes.count(4);
         for (std::size_t i = 0; i < count; ++i) {
@@ -247,7 +249,7 @@ void ObjectReader::readList(Object& object) {
 void ObjectReader::readObjectArray(Object& object) {
     const ObjectHeader header = readHeader(bytes);
     if (header.version > 2) {
-        skipObjectBase(bytes);
+        readObjectBase(bytes);
     }
     if (header.version > 1) {
         bytes.text();

@@ -62,11 +62,6 @@ const Entry& tableNamed(const File& file, const std::string& wanted) {
     return *found;
 }
 
-Classes classesOf(const File& file) {
-    const std::optional<Key> key = file.streamerKey();
-    return key ? Classes(file.content(*key), key->headBytes) : Classes();
-}
-
 /// A tree or an RNTuple. Positions count all columns, including those that cannot be read.
 class Table {
 public:
@@ -111,6 +106,8 @@ public:
 
     const Schema& schema() const override { return offered; }
 
+    void selectColumns(const std::vector<bool>& needed) override { isNeeded = needed; }
+
     bool next(Chunk& chunk) override;
 
     void complete(Chunk& chunk) const override;
@@ -129,6 +126,7 @@ private:
     RunContext& context;
     Schema offered;
     std::vector<std::size_t> positions;  ///< Of the offered columns in the table.
+    std::vector<bool> isNeeded;          ///< By offered column; empty for all.
     std::uint64_t row = 0;
 };
 
@@ -156,11 +154,12 @@ bool RootTableReader::next(Chunk& chunk) {
 }
 
 void RootTableReader::complete(Chunk& chunk) const {
-    for (const std::size_t position : positions) {
+    for (std::size_t i = 0; i < positions.size(); ++i) {
         if (context.isStopping()) {
             throw Stopped();
         }
-        chunk.columns.push_back(table.read(position, chunk.firstRow, chunk.rows));
+        const bool isRead = isNeeded.empty() || isNeeded[i];
+        chunk.columns.push_back(isRead ? table.read(positions[i], chunk.firstRow, chunk.rows) : nullptr);
     }
 }
 

@@ -108,7 +108,7 @@ public:
     }
 
     const Schema& schema() const override { return offered; }
-    void selectColumns(const std::vector<bool>& wanted) { needed = wanted; }
+    void selectColumns(const std::vector<bool>& wanted) override { needed = wanted; }
     bool next(Chunk& chunk) override;
 
 private:

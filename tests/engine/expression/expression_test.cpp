@@ -242,7 +242,7 @@ TEST(Expression, hasTheSameBitsInWhateverPlaceARowStands) {
     for (const std::size_t begin : {1U, 7U, 1023U, 1024U, 2499U}) {
         Chunk tail;
         tail.rows = values.size() - begin;
-        tail.columns = {column(Column::Reals(values.begin() + begin, values.end()))};
+        tail.columns = {column(Column::Reals(values.begin() + static_cast<std::ptrdiff_t>(begin), values.end()))};
         const ColumnPtr part = formula.evaluate(tail);
         for (std::size_t row = 0; row < tail.rows; ++row) {
             ASSERT_EQ(std::bit_cast<std::uint64_t>(part->reals()[row]),

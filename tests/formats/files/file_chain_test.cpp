@@ -168,6 +168,47 @@ TEST_F(FileChainTest, keepsAtMost64FilesOpenThoughNoChunkIsCompleted) {
     EXPECT_LE(readers.most, 64U);
 }
 
+/// Reads a row of two columns, in an order of its own, and leaves out what is not needed.
+class SelectiveReader : public TableReader {
+public:
+    explicit SelectiveReader(bool isReversed) : columns(isReversed ? reversed() : inOrder()) {}
+    const Schema& schema() const override { return columns; }
+    void selectColumns(const std::vector<bool>& isNeeded) override { needed = isNeeded; }
+    bool next(Chunk& chunk) override {
+        chunk.rows = isRead ? 0 : 1;
+        return !std::exchange(isRead, true);
+    }
+    void complete(Chunk& chunk) const override {
+        for (std::size_t i = 0; i < 2; ++i) {
+            const double value = columns[i].name == "x" ? 1.0 : 2.0;
+            chunk.columns.push_back(needed.at(i) ? std::make_shared<const Column>(Column{Column::Reals{value}, {}})
+                                                 : nullptr);
+        }
+    }
+
+private:
+    static Schema inOrder() { return Schema({{.name = "x"}, {.name = "y"}}); }
+    static Schema reversed() { return Schema({{.name = "y"}, {.name = "x"}}); }
+
+    Schema columns;
+    std::vector<bool> needed;
+    bool isRead = false;
+};
+
+TEST_F(FileChainTest, asksEachFileForTheColumnsThatAreNeeded) {
+    const std::unique_ptr<TableReader> reader = openOwn(
+        listOf({"a", "b"}), [](const std::string& file) { return std::make_unique<SelectiveReader>(file == "b"); },
+        {.hasFileColumns = true});
+    reader->selectColumns({false, true, false, true});
+    for (const Chunk& chunk : chunksOf(*reader)) {
+        ASSERT_EQ(chunk.columns.size(), 4U);
+        EXPECT_EQ(chunk.columns[0], nullptr);
+        EXPECT_THAT(chunk.columns[1]->reals(), ElementsAre(2.0));
+        EXPECT_EQ(chunk.columns[2], nullptr) << "the name of the file";
+        EXPECT_EQ(chunk.columns[3]->integers().size(), 1U);
+    }
+}
+
 class FileChainThreads : public FileChainTest, public testing::WithParamInterface<std::size_t> {};
 INSTANTIATE_TEST_SUITE_P(Threads, FileChainThreads, testing::Values(1, 2, 5));
 
