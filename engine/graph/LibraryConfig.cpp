@@ -48,13 +48,14 @@ fs::path userFolder(const char* variable, const char* inHome) {
     return folder.empty() ? folder : folder / "velmorak";
 }
 
-fs::path loadingNotes() {
+fs::path inStateFolder(const char* name) {
     const fs::path state = userFolder("XDG_STATE_HOME", ".local/state");
-    return state.empty() ? state : state / "loading";
+    return state.empty() ? state : state / name;
 }
 
 Catalogue::SearchPath searchPath() {
-    Catalogue::SearchPath search{foldersIn("VELMORAK_COLLECTIONS"), foldersIn("VELMORAK_EXAMPLES"), loadingNotes()};
+    Catalogue::SearchPath search{foldersIn("VELMORAK_COLLECTIONS"), foldersIn("VELMORAK_EXAMPLES"),
+                                 inStateFolder("loading")};
     if (const fs::path own = userFolder("XDG_DATA_HOME", ".local/share"); !own.empty()) {
         search.collections.push_back(own / "collections");
     }
@@ -67,7 +68,8 @@ Catalogue::SearchPath searchPath() {
 }  // namespace
 
 LibraryConfig libraryConfigFromEnvironment() {
-    return {searchPath(), runConfigFromEnvironment()};
+    const bool hasJournal = valueOf("VELMORAK_JOURNAL") != "0";
+    return {searchPath(), runConfigFromEnvironment(), hasJournal ? inStateFolder("journal") : fs::path()};
 }
 
 }  // namespace velmorak

@@ -84,7 +84,7 @@ ColumnPtr repeated(const Column& values, std::size_t row, std::size_t count) {
 }
 
 /// Reads several files, one after the other.
-class FileChain : public TableReader, public FileSelection {
+class FileChain : public TableReader, public FileSelection, public SeekableReader {
 public:
     FileChain(FileList list, std::shared_ptr<const FileOpener> opener, const FileChainOptions& options,
               RunContext& context);
@@ -97,6 +97,11 @@ public:
     bool next(Chunk& chunk) override;
     std::uint64_t fileCount() const override { return list.files.size(); }
     void readOnly(const std::vector<bool>& files) override { isWanted = files; }
+    std::optional<std::string> bookmark() const override;
+    void seek(std::uint64_t number, const ChunkStart& place) override {
+        file = static_cast<std::size_t>(number);
+        start = place;
+    }
     std::size_t rowsPerChunk() const override;
     void complete(Chunk& chunk) const override;
     std::optional<double> fraction() const override;
@@ -111,6 +116,7 @@ private:
     std::shared_ptr<OpenedFile> opened(std::size_t position);
     bool openNext();
     std::vector<std::size_t> positionsIn(const Schema& schema) const;
+    void seekIn(OpenedFile& opened);
     bool readChunk(Chunk& chunk);
     void hold(Chunk& chunk);
     bool completeInFile(Chunk& chunk, const OpenedFile& from) const;
@@ -132,6 +138,7 @@ private:
     std::size_t file = 0;        ///< Being read, or to be opened next.
     std::shared_ptr<OpenedFile> current;
     std::shared_ptr<const std::vector<std::size_t>> positions;  ///< In the current file.
+    std::optional<ChunkStart> start;                            ///< In that file, if it is not read from its beginning.
     std::uint64_t rows = 0;
     std::map<std::size_t, std::shared_ptr<Opening>> ahead;  ///< By position.
     const OpenCount openCount = std::make_shared<std::atomic<std::size_t>>(0);
@@ -255,6 +262,9 @@ bool FileChain::openNext() {
             const std::shared_ptr<OpenedFile> next = opened(file);
             next->countIn(openCount);
             next->firstRow = rows;
+            if (start) {
+                seekIn(*next);
+            }
             positions = std::make_shared<const std::vector<std::size_t>>(positionsIn(next->reader->schema()));
             current = next;
             return true;
@@ -263,6 +273,23 @@ bool FileChain::openNext() {
         }
     }
     return false;
+}
+
+void FileChain::seekIn(OpenedFile& opened) {
+    const ChunkStart place = *std::exchange(start, std::nullopt);
+    auto* const reader = dynamic_cast<SeekableReader*>(opened.reader.get());
+    if (!reader) {
+        throw Failure("file", velmorak::quoted(list.files[file].name) + " cannot be read from row " +
+                                  std::to_string(place.row + 1) + " on");
+    }
+    reader->seek(0, place);
+    opened.chunks = place.chunk;
+    rows += place.row;
+}
+
+std::optional<std::string> FileChain::bookmark() const {
+    const auto* const reader = current ? dynamic_cast<const SeekableReader*>(current->reader.get()) : nullptr;
+    return reader ? reader->bookmark() : std::nullopt;
 }
 
 /// Reads the next chunk of the current file. @return false at its end, or where it is damaged.
@@ -379,7 +406,8 @@ std::optional<double> FileChain::fraction() const {
 
 std::unique_ptr<TableReader> openFiles(FileList list, std::shared_ptr<const FileOpener> opener,
                                        const FileChainOptions& options, RunContext& context) {
-    if (list.files.size() == 1 && list.properties.empty() && !options.hasFileColumns && !options.skipsDamaged) {
+    const bool isPlain = list.properties.empty() && !options.hasFileColumns && !options.skipsDamaged;
+    if (list.files.size() == 1 && isPlain && !isPlanned(context)) {
         return opener->open(list.files.front().path, nullptr, context);
     }
     return std::make_unique<FileChain>(std::move(list), std::move(opener), options, context);

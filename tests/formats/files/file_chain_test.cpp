@@ -28,6 +28,45 @@ TEST_F(FileChainTest, readsTheWantedFilesOnly) {
     EXPECT_EQ(reader->fraction(), 1.0);
 }
 
+/// Five chunks of one row, with their numbers as bookmarks.
+class RowsWithBookmarks : public TableReader, public SeekableReader {
+public:
+    const Schema& schema() const override { return columns; }
+    bool next(Chunk& chunk) override {
+        chunk.rows = at < 5 ? 1 : 0;
+        chunk.columns = {std::make_shared<const Column>(Column{Column::Integers{at}, {}})};
+        return at++ < 5;
+    }
+    std::optional<std::string> bookmark() const override { return std::to_string(at); }
+    void seek(std::uint64_t /*file*/, const ChunkStart& start) override { at = std::stoi(start.bookmark); }
+
+private:
+    Schema columns{{{.name = "x", .type = ColumnType::Integer}}};
+    int at = 0;
+};
+
+TEST_F(FileChainTest, beginsInTheMiddleOfAFile) {
+    const auto opening = [](const std::string&) { return std::make_unique<RowsWithBookmarks>(); };
+    const FileList list = listOf({"a", "b", "c"});
+    const std::unique_ptr<TableReader> reader = openOwn(list, opening, {});
+    EXPECT_EQ(dynamic_cast<SeekableReader&>(*reader).bookmark(), std::nullopt) << "no file is open";
+    Chunk chunk;
+    reader->next(chunk);
+    reader->next(chunk);
+    EXPECT_EQ(dynamic_cast<SeekableReader&>(*reader).bookmark(), "2");
+    const std::unique_ptr<TableReader> later = openOwn(list, opening, {});
+    dynamic_cast<FileSelection&>(*later).readOnly({false, true, true});
+    dynamic_cast<SeekableReader&>(*later).seek(1, {.chunk = 3, .row = 3, .bookmark = "3"});
+    const std::vector<Chunk> chunks = chunksOf(*later);
+    ASSERT_EQ(chunks.size(), 7U);
+    EXPECT_EQ(chunks[0].file, 1U);
+    EXPECT_EQ(chunks[0].number, 3U);
+    EXPECT_EQ(chunks[0].firstRow, 3U);
+    EXPECT_THAT(chunks[0].columns[0]->integers(), ElementsAre(3));
+    EXPECT_EQ(chunks[2].number, 0U) << "the next file";
+    EXPECT_EQ(chunks[2].firstRow, 5U);
+}
+
 TEST_F(FileChainTest, readsFilesOneAfterTheOther) {
     write("a.csv", "x,y\n1,2\n3,4\n");
     write("b.csv", "y,x\n6,5.5\n");
