@@ -48,6 +48,7 @@ std::shared_ptr<const FileOpener> refusingOthers(std::shared_ptr<const FileOpene
 std::uint64_t countRows(TableReader& reader, const RunContext& context) {
     std::uint64_t rows = 0;
     for (Chunk chunk; reader.next(chunk); chunk = {}) {
+        reader.complete(chunk);
         rows += chunk.rows;
         if (context.isStopping()) {
             throw Stopped();

@@ -1,6 +1,7 @@
 #include "files/FileSurvey.h"
 
 #include "files/Ahead.h"
+#include "files/CommonSchema.h"
 #include "files/FileContext.h"
 
 #include <velmorak/Text.h>
