@@ -48,6 +48,7 @@ TEST(Catalogue, offersTheKindsByGroup) {
          {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "RandomTable",
           "RootTable"}},
         {"Fit", {"Fit"}},
+        {"Formats", {"ArrowTable", "ParquetTable", "ParquetWriter"}},
         {"Histogram",
          {"Histogram1D", "Histogram2D", "Histogram3D", "Profile1D", "Profile2D", "CategoryHistogram", "Rebin", "Scale",
           "Combine", "Project", "Cumulative", "Compare", "Statistics"}},
