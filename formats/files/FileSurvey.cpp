@@ -1,6 +1,6 @@
 #include "files/FileSurvey.h"
 
-#include "files/Ahead.h"
+#include <velmorak/Ahead.h>
 #include "files/FileContext.h"
 
 #include <velmorak/Text.h>
