@@ -47,16 +47,16 @@ bool ArrowColumns::hasMissing(const Leaf& leaf) const {
         --first;
     }
     return std::any_of(messages.batches.begin(), messages.batches.end(), [&](const Batch& batch) {
-        return std::any_of(
-            leaf.levels.begin() + static_cast<std::ptrdiff_t>(first), leaf.levels.end(),
-            [&](const Level& level) { return level.node < batch.nodes.size() && batch.nodes[level.node].nulls > 0; });
+        return std::any_of(leaf.levels.begin() + static_cast<std::ptrdiff_t>(first), leaf.levels.end(),
+                           [&](const Level& level) { return mayHaveNulls(level, batch); });
     });
 }
 
 ColumnInfo ArrowColumns::info(std::size_t position) const {
     const Leaf& leaf = all[position];
     ColumnInfo info{leaf.name, leaf.type, leaf.isList(), leaf.unit};
-    if (info.type != ColumnType::Text && (leaf.dictionary || hasMissing(leaf))) {
+    const bool isNumber = info.type != ColumnType::Text && leaf.complaint.empty();
+    if (isNumber && (leaf.dictionary || hasMissing(leaf))) {
         info.type = ColumnType::Real;  // A dictionary may have missing values itself.
     }
     return info;

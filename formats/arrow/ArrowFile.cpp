@@ -2,6 +2,8 @@
 
 #include "arrow/ArrowColumns.h"
 
+#include <fmt/format.h>
+
 namespace velmorak {
 
 bool isArrowFile(std::string_view firstBytes) {
@@ -14,14 +16,10 @@ bool isArrowStream(std::string_view firstBytes) {
     return firstBytes.size() >= headBytes && firstBytes.starts_with(mark) && firstBytes[headBytes - 1] == '\0';
 }
 
-ArrowSummary summariseArrow(const std::filesystem::path& file) {
+columnar::TableSummary summariseArrow(const std::filesystem::path& file) {
     const arrow::ArrowColumns columns(file);
-    ArrowSummary summary;
-    summary.rows = columns.rows();
-    summary.batches = columns.batches();
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        summary.columns.push_back({columns.info(i), columns.complaint(i)});
-    }
+    columnar::TableSummary summary = columnar::summaryOf(columns);
+    summary.description = fmt::format("{} batches", columns.batches());
     return summary;
 }
 

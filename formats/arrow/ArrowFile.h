@@ -1,6 +1,6 @@
 #pragma once
 
-#include <velmorak/Kind.h>
+#include "columnar/ColumnSource.h"
 
 #include <filesystem>
 #include <memory>
@@ -11,24 +11,12 @@
 /// Files and streams of Arrow (IPC), also known as Feather 2, as tables. See docs/arrow.md.
 namespace velmorak {
 
-/// What a file holds.
-struct ArrowSummary {
-    struct ColumnSummary {
-        ColumnInfo info;
-        std::string complaint;  ///< Why the column cannot be read; empty if it can.
-    };
-
-    std::uint64_t rows = 0;
-    std::size_t batches = 0;
-    std::vector<ColumnSummary> columns;
-};
-
 /// Whether a file that begins with these bytes is an Arrow file, or an Arrow stream.
 bool isArrowFile(std::string_view firstBytes);
 bool isArrowStream(std::string_view firstBytes);
 
 /// @throws Failure if the file is missing or is not of Arrow.
-ArrowSummary summariseArrow(const std::filesystem::path& file);
+columnar::TableSummary summariseArrow(const std::filesystem::path& file);
 
 /// Opens a file. Batches are decoded when a chunk is completed, on any thread.
 /// @param columns names of the columns to provide, in this order; empty for all that can be read.

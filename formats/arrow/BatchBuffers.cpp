@@ -46,10 +46,6 @@ const Buffer& BatchBuffers::at(std::size_t buffer) const {
     return batch.buffers[buffer];
 }
 
-bool BatchBuffers::isEmpty(std::size_t buffer) const {
-    return at(buffer).bytes == 0;
-}
-
 UnpackedBuffer BatchBuffers::unpack(const Buffer& buffer) const {
     constexpr std::int64_t maxBytes = std::int64_t{1} << 34U;
     const Block packed = file.read(buffer.position, buffer.bytes);

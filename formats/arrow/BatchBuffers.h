@@ -41,8 +41,6 @@ public:
     void copy(std::size_t buffer, std::uint64_t first, std::span<std::byte> target) const;
     /// @throws Failure if the buffer does not have these bytes.
     void check(std::size_t buffer, std::uint64_t first, std::uint64_t count) const;
-    /// A missing validity buffer is empty: no value is missing.
-    bool isEmpty(std::size_t buffer) const;
 
 private:
     const Buffer& at(std::size_t buffer) const;

@@ -5,8 +5,8 @@
 namespace velmorak::arrow {
 namespace {
 
-const Node& nodeOf(const Level& level, const BatchBuffers& buffers) {
-    const std::vector<Node>& nodes = buffers.contents().nodes;
+const Node& nodeOf(const Level& level, const Batch& batch) {
+    const std::vector<Node>& nodes = batch.nodes;
     if (level.node >= nodes.size()) {
         throw Failure("a batch has fewer arrays than its schema needs");
     }
@@ -23,12 +23,12 @@ void checkRanges(const Elements& elements, std::uint64_t length) {
 
 /// Clears isPresent where a bit of the validity buffer is 0.
 void applyValidity(const Level& level, const BatchBuffers& buffers, Elements& elements) {
-    const std::size_t buffer = bufferOf(level, buffers, 0);
-    if (level.type.type == Type::Null || nodeOf(level, buffers).nulls == 0 || buffers.isEmpty(buffer)) {
+    if (!mayHaveNulls(level, buffers.contents())) {
         return;
     }
+    const std::size_t buffer = bufferOf(level, buffers.contents(), 0);
     if (elements.isPresent.empty()) {
-        elements.isPresent.assign(elements.size(), 1);
+        elements.isPresent.assign(elements.size, 1);
     }
     std::size_t next = 0;
     for (const Elements::Range& range : elements.ranges) {
@@ -62,8 +62,8 @@ public:
           isWide(level.type.hasWideOffsets()) {
         const std::uint64_t width = isWide ? 8 : 4;
         if (!isFixed) {
-            offsets =
-                buffers.read(bufferOf(level, buffers, 1), range.first * width, (range.last - range.first + 1) * width);
+            offsets = buffers.read(bufferOf(level, buffers.contents(), 1), range.first * width,
+                                   (range.last - range.first + 1) * width);
         }
     }
 
@@ -92,7 +92,7 @@ private:
 Elements enterList(const Level& level, const BatchBuffers& buffers, const Elements& lists) {
     Elements inside;
     std::vector<std::uint64_t> ends{0};  // Of each list in all elements.
-    ends.reserve(lists.size() + 1);
+    ends.reserve(lists.size + 1);
     std::size_t next = 0;
     for (const Elements::Range& range : lists.ranges) {
         const ListBounds bounds(level, buffers, range);
@@ -107,6 +107,7 @@ Elements enterList(const Level& level, const BatchBuffers& buffers, const Elemen
             ends.push_back(ends.back() + (isThere ? last - first : 0));
         }
     }
+    inside.size = ends.back();
     for (const std::uint64_t offset : lists.offsets) {
         inside.offsets.push_back(ends[offset]);
     }
@@ -115,8 +116,8 @@ Elements enterList(const Level& level, const BatchBuffers& buffers, const Elemen
 
 }  // namespace
 
-std::size_t bufferOf(const Level& level, const BatchBuffers& buffers, std::size_t which) {
-    const std::vector<std::uint64_t>& views = buffers.contents().viewBuffers;
+std::size_t bufferOf(const Level& level, const Batch& batch, std::size_t which) {
+    const std::vector<std::uint64_t>& views = batch.viewBuffers;
     if (level.viewsBefore > views.size()) {
         throw Failure("a batch has fewer buffers than its schema needs");
     }
@@ -127,20 +128,29 @@ std::size_t bufferOf(const Level& level, const BatchBuffers& buffers, std::size_
     return buffer;
 }
 
+bool mayHaveNulls(const Level& level, const Batch& batch) {
+    if (level.type.type == Type::Null || !nodeOf(level, batch).mayHaveNulls) {
+        return false;
+    }
+    const std::size_t validity = bufferOf(level, batch, 0);
+    return validity < batch.buffers.size() && batch.buffers[validity].bytes > 0;
+}
+
 Elements elementsOf(const Leaf& leaf, const BatchBuffers& buffers, std::uint64_t first, std::uint64_t last) {
     constexpr std::uint64_t maxElements = std::uint64_t{1} << 31U;
     Elements elements;
     append(elements.ranges, first, last);
-    for (std::uint64_t i = first; i <= last; ++i) {
+    elements.size = last - first;
+    for (std::uint64_t i = first; i <= last && leaf.isList(); ++i) {
         elements.offsets.push_back(i - first);
     }
     for (const Level& level : leaf.levels) {
-        checkRanges(elements, nodeOf(level, buffers).length);
+        checkRanges(elements, nodeOf(level, buffers.contents()).length);
         applyValidity(level, buffers, elements);
         if (isList(level.type.type)) {
             elements = enterList(level, buffers, elements);
         }
-        if (elements.size() > maxElements) {
+        if (elements.size > maxElements) {
             throw Failure("lists have more elements than they can");
         }
     }

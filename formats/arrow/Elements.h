@@ -13,14 +13,16 @@ struct Elements {
     };
 
     std::vector<Range> ranges;
-    std::vector<std::uint64_t> offsets;   ///< Of each row in all elements; one more than rows.
+    std::uint64_t size = 0;
+    std::vector<std::uint64_t> offsets;   ///< Of each row in all elements, one more than rows; of lists only.
     std::vector<std::uint8_t> isPresent;  ///< By element; empty if all are.
-
-    std::uint64_t size() const { return offsets.back(); }
 };
 
 /// Number of a buffer of a level in a batch.
-std::size_t bufferOf(const Level& level, const BatchBuffers& buffers, std::size_t which);
+std::size_t bufferOf(const Level& level, const Batch& batch, std::size_t which);
+
+/// Whether values of the array may be missing in the batch.
+bool mayHaveNulls(const Level& level, const Batch& batch);
 
 /// Descends from rows [first, last) of a batch to the leaf.
 /// @throws Failure if the arrays are damaged.

@@ -39,7 +39,7 @@ private:
     /// Calls onValue(bytes) for each value of fixed width.
     template <typename OnValue>
     void eachFixed(OnValue onValue) const;
-    std::size_t buffer(std::size_t which) const { return bufferOf(level, buffers, which); }
+    std::size_t buffer(std::size_t which) const { return bufferOf(level, buffers.contents(), which); }
 
     const Level& level;
     const BatchBuffers& buffers;
@@ -238,7 +238,7 @@ Column LeafReader::column(ColumnType type) const {
     } else if (type == ColumnType::Integer) {
         numbers(level.type, std::get<Column::Integers>(column.values));
     } else if (level.type.type == Type::Null) {
-        column.values = Column::Reals(elements.size(), std::numeric_limits<double>::quiet_NaN());
+        column.values = Column::Reals(elements.size, std::numeric_limits<double>::quiet_NaN());
     } else if (level.type.type == Type::Int) {
         numbers(level.type, std::get<Column::Reals>(column.values));
     } else if (level.type.type == Type::FloatingPoint) {

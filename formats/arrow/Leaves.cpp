@@ -1,6 +1,7 @@
 #include "arrow/Leaves.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <utility>
 
@@ -139,10 +140,11 @@ void Walk::visitChildren(const Field& field, const std::string& name, const Leaf
 
 void makeUnique(std::vector<Leaf>& leaves) {
     std::set<std::string> taken;
+    std::map<std::string, int> numbers;
     for (Leaf& leaf : leaves) {
         const std::string name = leaf.name;
-        for (int number = 2; !taken.insert(leaf.name).second; ++number) {
-            leaf.name = name + "_" + std::to_string(number);
+        while (!taken.insert(leaf.name).second) {
+            leaf.name = name + "_" + std::to_string(++numbers[name] + 1);
         }
     }
 }

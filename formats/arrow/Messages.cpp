@@ -172,7 +172,7 @@ Batch MessageReader::readBatch(const FlatTable& records, std::uint64_t body, std
     batch.codec = readCodec(records);
     const FlatList nodes = records.list(1, pairBytes);
     for (std::size_t i = 0; i < nodes.size(); ++i) {
-        batch.nodes.push_back({size(nodes.number<std::int64_t>(i)), size(nodes.number<std::int64_t>(i, second))});
+        batch.nodes.push_back({size(nodes.number<std::int64_t>(i)), nodes.number<std::int64_t>(i, second) != 0});
     }
     const FlatList buffers = records.list(2, pairBytes);
     for (std::size_t i = 0; i < buffers.size(); ++i) {

@@ -9,7 +9,7 @@ enum class Codec : std::int8_t { None = -1, Lz4 = 0, Zstd = 1 };
 
 struct Node {
     std::uint64_t length = 0;
-    std::uint64_t nulls = 0;
+    bool mayHaveNulls = false;  ///< Some programs do not count them.
 };
 
 struct Buffer {

@@ -121,6 +121,15 @@ void ColumnReader::add(std::size_t position, const Schema* wanted) {
 
 }  // namespace
 
+TableSummary summaryOf(const ColumnSource& source) {
+    TableSummary summary;
+    summary.rows = source.rows();
+    for (std::size_t i = 0; i < source.size(); ++i) {
+        summary.columns.push_back({source.info(i), source.complaint(i)});
+    }
+    return summary;
+}
+
 std::unique_ptr<TableReader> openColumns(std::unique_ptr<const ColumnSource> source,
                                          const std::vector<std::string>& columns, const Schema* wanted,
                                          RunContext& context) {

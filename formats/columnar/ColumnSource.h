@@ -27,6 +27,20 @@ public:
     virtual ColumnPtr read(std::size_t position, ColumnType type, std::uint64_t first, std::uint64_t rows) const = 0;
 };
 
+/// What a file holds.
+struct TableSummary {
+    struct ColumnSummary {
+        ColumnInfo info;
+        std::string complaint;  ///< Why the column cannot be read; empty if it can.
+    };
+
+    std::uint64_t rows = 0;
+    std::vector<ColumnSummary> columns;
+    std::string description;  ///< How the file is divided, and who wrote it.
+};
+
+TableSummary summaryOf(const ColumnSource& source);
+
 /// A table of columns, which are read when a chunk is completed, on any thread.
 /// @param columns names of the columns to provide, in this order; empty for all that can be read.
 /// @param wanted  where it has an integer or boolean column as reals, so do the chunks; may be null.

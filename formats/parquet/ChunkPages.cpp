@@ -40,7 +40,8 @@ private:
         }
         const std::uint64_t last = std::min<std::uint64_t>(position + count, file.size());
         if (position < begin || last > begin + block.size()) {
-            block = file.read(position, last - position);
+            constexpr std::uint64_t refill = 16384;
+            block = file.read(position, std::max(last - position, std::min(refill, file.size() - position)));
             begin = position;
         }
         return block.bytes().subspan(position - begin, last - position);

@@ -2,6 +2,7 @@
 
 #include <velmorak/Failure.h>
 
+#include <map>
 #include <set>
 
 namespace velmorak::parquet {
@@ -193,10 +194,11 @@ void makeUnique(std::vector<Leaf>& leaves) {
         (once.insert(leaf.name).second ? once : twice).insert(leaf.name);
     }
     std::set<std::string> taken;
+    std::map<std::string, int> numbers;
     for (Leaf& leaf : leaves) {
         leaf.name = twice.contains(leaf.name) ? leaf.fullName : leaf.name;
-        for (int number = 2; !taken.insert(leaf.name).second; ++number) {
-            leaf.name = leaf.fullName + "_" + std::to_string(number);
+        while (!taken.insert(leaf.name).second) {
+            leaf.name = leaf.fullName + "_" + std::to_string(++numbers[leaf.fullName] + 1);
         }
     }
 }

@@ -2,7 +2,7 @@
 
 #include "parquet/ParquetColumns.h"
 
-#include <string_view>
+#include <fmt/format.h>
 
 namespace velmorak {
 
@@ -10,15 +10,12 @@ bool isParquet(std::string_view firstBytes) {
     return firstBytes.starts_with("PAR1") || firstBytes.starts_with("PARE");
 }
 
-ParquetSummary summariseParquet(const std::filesystem::path& file) {
+columnar::TableSummary summariseParquet(const std::filesystem::path& file) {
     const parquet::ParquetColumns columns(file);
-    ParquetSummary summary;
-    summary.rows = columns.rows();
-    summary.groups = columns.metadata().groups.size();
-    summary.createdBy = columns.metadata().createdBy;
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        summary.columns.push_back({columns.info(i), columns.complaint(i)});
-    }
+    columnar::TableSummary summary = columnar::summaryOf(columns);
+    const std::string& program = columns.metadata().createdBy;
+    summary.description = fmt::format("{} row groups{}{}", columns.metadata().groups.size(),
+                                      program.empty() ? "" : ", written by ", program);
     return summary;
 }
 

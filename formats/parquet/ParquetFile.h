@@ -1,6 +1,6 @@
 #pragma once
 
-#include <velmorak/Kind.h>
+#include "columnar/ColumnSource.h"
 
 #include <filesystem>
 #include <memory>
@@ -11,24 +11,11 @@
 /// Parquet files as tables. See docs/parquet.md.
 namespace velmorak {
 
-/// What a file holds.
-struct ParquetSummary {
-    struct ColumnSummary {
-        ColumnInfo info;
-        std::string complaint;  ///< Why the column cannot be read; empty if it can.
-    };
-
-    std::uint64_t rows = 0;
-    std::size_t groups = 0;
-    std::string createdBy;  ///< The program that wrote the file.
-    std::vector<ColumnSummary> columns;
-};
-
 /// Whether a file that begins with these bytes is a Parquet file.
 bool isParquet(std::string_view firstBytes);
 
 /// @throws Failure if the file is missing or is not a Parquet file.
-ParquetSummary summariseParquet(const std::filesystem::path& file);
+columnar::TableSummary summariseParquet(const std::filesystem::path& file);
 
 /// Opens a file. Pages are decoded when a chunk is completed, on any thread.
 /// @param columns names of the columns to provide, in this order; empty for all that can be read.

@@ -48,7 +48,7 @@ TEST(Catalogue, offersTheKindsByGroup) {
          {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "RandomTable",
           "RootTable", "RootHistogram", "RootProfile", "RootPoints", "RootValue", "Table"}},
         {"Fit", {"Fit"}},
-        {"Formats", {"Hdf5Table", "NumpyTable", "SqliteTable"}},
+        {"Formats", {"ArrowTable", "Hdf5Table", "NumpyTable", "ParquetTable", "ParquetWriter", "SqliteTable"}},
         {"Histogram",
          {"Histogram1D", "Histogram2D", "Histogram3D", "Profile1D", "Profile2D", "CategoryHistogram", "Rebin", "Scale",
           "Combine", "Project", "Cumulative", "Compare", "Statistics"}},

@@ -57,6 +57,7 @@ std::vector<Case> cases() {
         {"Print", "object", {{"rows", "40"}}},
         {"Print", "object", {{"rows", "0"}}},
         {"CsvWriter", "object", {}},
+        {"ParquetWriter", "table", {}},
         {"AidaWriter", "object", {}},
         {"Histogram1D", "table", {{"expression", "x"}, {"weight", "w"}, {"low", "-2"}, {"high", "2"}}},
         {"Histogram1D", "table", {{"expression", "x"}, {"low", "-2"}, {"high", "2"}, {"bins", "40000"}}},

@@ -175,6 +175,12 @@ seed("sqlite", database("""CREATE TABLE t (n INTEGER, x REAL, ok BOOLEAN, b BLOB
 seed("sqlite", database("CREATE TABLE `a b` (s TEXT PRIMARY KEY) WITHOUT ROWID; INSERT INTO `a b` VALUES ('x'), ('y');"))
 # Header of a binary AIDA file: an empty <aida version="3.3">.
 seed("wbxml", b"\x03\x01\x6a\x00" + bytes([0x85, 0x05, 0x03]) + b"3.3\x00\x01")
+# A Parquet file without columns and rows, and the beginning and end of an Arrow stream.
+footer = bytes([0x15, 0x04, 0x19, 0x1C, 0x48, 0x01]) + b"s" + bytes([0x15, 0x00, 0x00, 0x16, 0x00, 0x19, 0x0C, 0x00])
+seed("parquet", b"PAR1" + footer + struct.pack("<I", len(footer)) + b"PAR1")
+seed("arrow", b"\xff\xff\xff\xff\x00\x00\x00\x00")
+for path in files("examples/**/*.parquet"):
+    seed("parquet", path.read_bytes())
 
 for target in sorted(counts):
     print(target, counts[target])
