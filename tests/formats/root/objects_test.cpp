@@ -185,6 +185,15 @@ TEST(RootObjects, areEfficienciesWithTheIntervalThatTheyAskFor) {
     }
 }
 
+TEST(RootObjects, areNumbersAndTexts) {
+    const fs::path file = fs::path(ROOT_FILES) / "../../../examples/First_steps/run.root";
+    QuietContext context;
+    EXPECT_EQ(std::get<double>(readRootObject(file, "luminosity", ValueType::Number, context)), 11.58);
+    EXPECT_EQ(std::get<std::string>(readRootObject(file, "selection", ValueType::Text, context)),
+              "two muons of opposite charge");
+    EXPECT_EQ(std::get<double>(RootObjectReader(file).read("luminosity")), 11.58);
+}
+
 using Reals = std::vector<double>;
 
 TEST(RootGraph, hasItsErrorsAndTitles) {
