@@ -6,6 +6,7 @@
 #include "graph/collections/Catalogue.h"
 #include "graph/document/Document.h"
 #include "graph/preview/ColumnPreview.h"
+#include "run/plan/Pipeline.h"
 
 #include <QzManager.h>
 
@@ -89,7 +90,8 @@ struct QzManager::Part {
     velmorak::RunQueue runs;
     bool previewsColumns = true;
     velmorak::ColumnPreviews previews;
-    std::string partial;  ///< Which rows the results lack; empty for none.
+    std::string partial;         ///< Which rows the results lack; empty for none.
+    velmorak::MovedFiles moved;  ///< Of a planned run.
 
     static Part& of(QzManager& manager) { return *manager.part; }
     static const Part& of(const QzManager& manager) { return *manager.part; }
