@@ -225,6 +225,33 @@ def check_damage(place, expected):
     assert "is no plan, or is damaged" in fine(place.run("--part", "1", "job"), 1).stderr
 
 
+def check_partial_marks(place):
+    """Everything that leaves a merge without all parts says so: objects, pictures, tables, texts and the report."""
+    clear(place)
+    shutil.rmtree(place.folder / "job", ignore_errors=True)
+    document = place.document(*analysis(plugin("Rows", "CsvTable", file="data/run_*.csv")),
+                              plugin("Objects", "AidaWriter", object=["Upper", "histogram"]),
+                              plugin("Tuple", "AidaWriter", object=["Above", "table"]),
+                              plugin("Numbers", "CsvWriter", object=["Plane", "histogram"]))
+    plan(place, "job", 3, document)
+    do_parts(place, "job", [1, 2, 3, 4, 6])
+    fine(place.run("--merge", "--partial", "-j", "2", "--results", "merged", "job"))
+    why = "part 5 of 6 is missing"
+    marks = {"Objects.aida": 'key="partial" value="%s"' % why, "Tuple.aida": "(partial: %s)" % why,
+             "Text.csv": "# partial: " + why, "Numbers.csv": "# partial: " + why, "Words.txt": "Partial: " + why,
+             "Page.html": why, "PARTIAL.txt": why, "run.json": '"partial": "%s"' % why, "Picture.gp": "(partial)"}
+    for name, mark in marks.items():
+        assert mark in (place.folder / "merged" / name).read_text(), (name, os.listdir(place.folder / "merged"))
+    again = place.document(plugin("Rows", "CsvTable", file="merged/Text.csv"),
+                           plugin("Mean", "Statistics", data=["Rows", "table"], expression="x"))
+    fine(place.run("--results", "again", again))
+    do_parts(place, "job", [5])
+    fine(place.run("--merge", "-j", "2", "--results", "merged", "job"))
+    for name, mark in marks.items():
+        path = place.folder / "merged" / name
+        assert not path.exists() or mark not in path.read_text(), name
+
+
 def check_bundle(place):
     """Parts on machines that have nothing but the job and the files of the part, in places and with times of their own."""
     clear(place)
@@ -360,6 +387,7 @@ def main(runner, examples, *flags):
         check_scan(place)
         shutil.rmtree(place.folder / "plain")
         check_damage(place, check_messages(place))
+        check_partial_marks(place)
         check_bundle(place)
         check_changed_files(place)
         check_two_at_once(place)
