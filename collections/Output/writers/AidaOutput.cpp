@@ -1,6 +1,7 @@
 #include "AidaOutput.h"
 
 #include <velmorak/DataObjects.h>
+#include <velmorak/Parts.h>
 
 #include <utility>
 
@@ -58,7 +59,9 @@ void AidaOutput::writeObjectsUpToTable() {
         const AidaContents::Object& object = contents.objects[next];
         isInTable = object.object == nullptr;
         if (isInTable) {
-            writer->beginTable(object.name, object.name, contents.folder, contents.schema);
+            const std::string partial = partialRemark(context);
+            const std::string title = object.name + (partial.empty() ? "" : " (partial: " + partial + ")");
+            writer->beginTable(object.name, title, contents.folder, contents.schema);
             continue;
         }
         writeAs(object, *writer, contents.folder);
