@@ -58,6 +58,7 @@ std::vector<Case> cases() {
         {"Print", "object", {{"rows", "0"}}},
         {"CsvWriter", "object", {}},
         {"AidaWriter", "object", {}},
+        {"RootWriter", "object", {}},
         {"Histogram1D", "table", {{"expression", "x"}, {"weight", "w"}, {"low", "-2"}, {"high", "2"}}},
         {"Histogram1D", "table", {{"expression", "x"}, {"low", "-2"}, {"high", "2"}, {"bins", "40000"}}},
         {"Histogram1D", "table", {{"expression", "k"}, {"range", "automatic"}, {"bins", "10"}}},

@@ -9,7 +9,7 @@ namespace velmorak {
 namespace {
 
 /// Writes a copy of the object under its name in the file.
-void writeAs(const AidaContents::Object& object, AidaFileWriter& writer, const std::string& folder) {
+void writeAs(const NamedObject& object, AidaFileWriter& writer, const std::string& folder) {
     visit(*object.object,
           overloaded{
               [&](const DataObject&) { throw Failure(object.name + " cannot be written to an AIDA file"); },
@@ -55,7 +55,7 @@ void AidaOutput::begin() {
 
 void AidaOutput::writeObjectsUpToTable() {
     for (; next < contents.objects.size() && !isInTable; ++next) {
-        const AidaContents::Object& object = contents.objects[next];
+        const NamedObject& object = contents.objects[next];
         isInTable = object.object == nullptr;
         if (isInTable) {
             writer->beginTable(object.name, object.name, contents.folder, contents.schema);
