@@ -36,6 +36,8 @@ struct Options {
     bool isList = false;
     bool isCheck = false;
     bool isWhy = false;
+    std::string look;  ///< File to look into; empty for a document.
+    bool isJson = false;
 };
 
 /// Parses the command line; prints help, version, or an error.

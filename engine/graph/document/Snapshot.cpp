@@ -61,6 +61,10 @@ const std::string& lastReadError(const QzManager& manager) {
     return QzManager::Part::of(manager).readError;
 }
 
+const FileFormats& fileFormatsOf(const QzManager& manager) {
+    return QzManager::Part::of(manager).catalogue.formats();
+}
+
 Pipeline pipelineOf(const QzManager& manager) {
     const QzManager::Part& owner = QzManager::Part::of(manager);
     Pipeline made;

@@ -1,4 +1,4 @@
-#include "FileInputs.h"
+#include "shared/FileInputs.h"
 
 #include <utility>
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "files/CommonSchema.h"
-
 #include <velmorak/Kind.h>
 
 #include <filesystem>
@@ -9,7 +7,16 @@
 #include <set>
 #include <string>
 
+/// What a source needs of a file format to read any number of its files as one table.
 namespace velmorak {
+
+/// The columns of one file.
+struct FileColumns {
+    Schema schema;
+    std::set<std::string> undecided{};  ///< Columns that would suit any type, because the file shows no value of them.
+
+    bool operator==(const FileColumns&) const = default;
+};
 
 /// Opens files of one format with the values of one plug-in.
 /// Threads: several files may be opened at once.
