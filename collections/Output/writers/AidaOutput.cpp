@@ -10,7 +10,7 @@ namespace velmorak {
 namespace {
 
 /// Writes a copy of the object under its name in the file.
-void writeAs(const AidaContents::Object& object, AidaFileWriter& writer, const std::string& folder) {
+void writeAs(const NamedObject& object, AidaFileWriter& writer, const std::string& folder) {
     visit(*object.object,
           overloaded{
               [&](const DataObject&) { throw Failure(object.name + " cannot be written to an AIDA file"); },
@@ -56,7 +56,7 @@ void AidaOutput::begin() {
 
 void AidaOutput::writeObjectsUpToTable() {
     for (; next < contents.objects.size() && !isInTable; ++next) {
-        const AidaContents::Object& object = contents.objects[next];
+        const NamedObject& object = contents.objects[next];
         isInTable = object.object == nullptr;
         if (isInTable) {
             const std::string partial = partialRemark(context);
