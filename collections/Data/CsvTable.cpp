@@ -4,6 +4,8 @@
 
 #include "csv/CsvReader.h"
 
+#include <velmorak/Text.h>
+
 #include <utility>
 
 namespace velmorak {
@@ -56,7 +58,8 @@ public:
     void checkNames(const std::set<std::string>& names) const override {
         for (const auto& given : options.types) {
             if (!names.contains(given.first)) {
-                throw Failure("types", "there is no column \"" + given.first + "\"");
+                throw Failure("types", "there is no column \"" + given.first + "\"" +
+                                           columnsThere(given.first, {names.begin(), names.end()}));
             }
         }
     }

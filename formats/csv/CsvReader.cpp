@@ -1,6 +1,7 @@
 #include "csv/CsvReader.h"
 
 #include <velmorak/ChunkSize.h>
+#include <velmorak/Text.h>
 #include <velmorak/Utf8.h>
 
 #include <algorithm>
@@ -121,7 +122,7 @@ void CsvReader::findColumns() {
     }
     for (const auto& given : options.types) {
         if (!columns.find(given.first) && !options.ignoresOtherTypes) {
-            throw Failure("types", "there is no column \"" + given.first + "\"");
+            throw Failure("types", "there is no column \"" + given.first + "\"" + columnsThere(given.first, names));
         }
     }
 }
