@@ -65,6 +65,7 @@ public:
 
     void begin(RunState& state, ResultCache& cache, FileHashes& hashes) override;
     bool needs(std::size_t position) const override { return isNeeded[position]; }
+    bool makesResults() const override { return false; }
     bool asksFor(std::size_t position) const override { return isTarget[position]; }
     bool readsFile(const std::filesystem::path& file) const override;
 
