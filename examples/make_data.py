@@ -337,6 +337,115 @@ def stopped(path):
     path.write_text("".join(out), encoding="utf-8")
 
 
+def decay(random, mass, first, second):
+    """Two vectors (E, px, py, pz) of these masses, from a decay at rest in any direction."""
+    momentum = math.sqrt((mass**2 - (first + second) ** 2) * (mass**2 - (first - second) ** 2)) / (2.0 * mass)
+    cosine = random.between(-1.0, 1.0)
+    sine = math.sqrt(1.0 - cosine * cosine)
+    phi = random.between(-math.pi, math.pi)
+    across = (momentum * sine * math.cos(phi), momentum * sine * math.sin(phi), momentum * cosine)
+    return (
+        (math.hypot(momentum, first),) + across,
+        (math.hypot(momentum, second),) + tuple(-component for component in across),
+    )
+
+
+def seen_with(vector, frame):
+    """A vector in the rest frame of another as it is where the other moves."""
+    mass = math.sqrt(frame[0] ** 2 - sum(component**2 for component in frame[1:]))
+    along = sum(own * other for own, other in zip(vector[1:], frame[1:]))
+    factor = along / (mass * (frame[0] + mass)) + vector[0] / mass
+    return ((vector[0] * frame[0] + along) / mass,) + tuple(
+        own + factor * other for own, other in zip(vector[1:], frame[1:])
+    )
+
+
+def moving(random, mass, across):
+    """A particle with a transverse momentum of this mean."""
+    momentum, phi = random.exponential(across), random.between(-math.pi, math.pi)
+    rapidity = random.gauss(0.0, 0.9)
+    energy = math.hypot(mass, momentum)
+    return (energy * math.cosh(rapidity), momentum * math.cos(phi), momentum * math.sin(phi),
+            energy * math.sinh(rapidity))
+
+
+def top_jets(random):
+    """The three jets of a top quark, each as pt, eta, phi, mass and b-tag discriminant."""
+    top = moving(random, 172.5, 60.0)
+    boson, beauty = decay(random, 172.5, 80.4, 4.8)
+    light = [seen_with(quark, boson) for quark in decay(random, 80.4, 0.5, 0.5)]
+    jets = []
+    for vector, is_beauty in ((light[0], False), (light[1], False), (beauty, True)):
+        pt, eta, phi = pt_eta_phi(seen_with(vector, top))
+        jets.append(jet(random, pt * random.gauss(1.0, 0.08), eta, phi, is_beauty))
+    return jets
+
+
+def jet(random, pt, eta, phi, is_beauty):
+    tag = math.sqrt(random.uniform()) if is_beauty else random.uniform() ** 3
+    return max(pt, 5.0), eta, phi, 0.1 * max(pt, 5.0) * random.uniform(), tag
+
+
+def other_jet(random):
+    return jet(random, 15.0 + random.exponential(25.0), random.gauss(0.0, 1.6), random.between(-math.pi, math.pi),
+               random.uniform() < 0.05)
+
+
+def collision(random):
+    """Jets, muons and electrons of an event, and its missing transverse momentum and direction. Leptons are pt, eta,
+    phi and charge. An electron is also seen as a jet."""
+    jets = [other_jet(random) for _ in range(int(4.0 * random.uniform()))]
+    leptons = {"muon": [], "electron": []}
+    missing = random.exponential(14.0)
+    process = random.uniform()
+    if process < 0.35:
+        jets += top_jets(random)
+    if process > 0.30 and process < 0.8:
+        flavour = "muon" if random.uniform() < 0.6 else "electron"
+        boson = min(max(random.breit_wigner(91.19, 2.495), 40.0), 200.0)
+        charge = 1 if random.uniform() < 0.5 else -1
+        for lepton in muons_of(random, boson):
+            leptons[flavour].append(smeared(random, lepton) + (charge,))
+            charge = -charge
+    if process > 0.6:
+        flavour = "muon" if random.uniform() < 0.5 else "electron"
+        missing += random.exponential(25.0)
+        direction = (random.gauss(0.0, 1.2), random.between(-math.pi, math.pi))
+        leptons[flavour].append((8.0 + random.exponential(22.0),) + direction + (1 if random.uniform() < 0.5 else -1,))
+    jets += [jet(random, pt, eta, phi, False) for pt, eta, phi, _ in leptons["electron"] if random.uniform() < 0.7]
+    for particles in (jets, leptons["muon"], leptons["electron"]):
+        particles.sort(key=lambda particle: -particle[0])
+    return jets, leptons, missing, random.between(-math.pi, math.pi)
+
+
+def nested(particles):
+    """Rows of a nested tuple; the last value of a lepton is its integer charge."""
+    rows = []
+    for particle in particles:
+        values = (str(value) if isinstance(value, int) else text(value) for value in particle)
+        rows.append("<row>" + "".join('<entry value="%s"/>' % value for value in values) + "</row>")
+    return "<entryITuple>" + "".join(rows) + "</entryITuple>"
+
+
+def collisions(path):
+    """Events with lists of jets, muons and electrons; momenta and masses in GeV, angles in radians."""
+    random = Random(0xC0111510)
+    out = [header(), '<tuple name="events" title="Simulated collisions" path="/">\n<columns>\n']
+    out.append('<column name="met" type="double"/>\n<column name="met_phi" type="double"/>\n')
+    for name, last in (("jet", '"m" type="double"/>\n<column name="btag" type="double"'), ("muon", '"charge" type="int"'),
+                       ("electron", '"charge" type="int"')):
+        out.append('<column name="%s" type="ITuple">\n<columns>\n' % name)
+        out += ['<column name="%s" type="double"/>\n' % column for column in ("pt", "eta", "phi")]
+        out.append("<column name=%s/>\n</columns>\n</column>\n" % last)
+    out.append("</columns>\n<rows>\n")
+    for _ in range(1200):
+        jets, leptons, missing, direction = collision(random)
+        out.append('<row><entry value="%s"/><entry value="%s"/>' % (text(missing), text(direction)))
+        out.append(nested(jets) + nested(leptons["muon"]) + nested(leptons["electron"]) + "</row>\n")
+    out.append("</rows>\n</tuple>\n</aida>\n")
+    write_compressed(path, "".join(out))
+
+
 def main():
     if len(sys.argv) != 2:
         sys.exit("usage: make_data.py FOLDER")
@@ -351,6 +460,7 @@ def main():
     lines(folder / "Detectors" / "lines.aida")
     scattering(folder / "Nuclear_physics" / "scattering.aida")
     stopped(folder / "Particle_physics" / "stopped.csv")
+    collisions(folder / "Event_analysis" / "collisions.aida")
 
 
 if __name__ == "__main__":

@@ -161,7 +161,8 @@ std::vector<std::filesystem::path> CsvTableKind::files(const Arguments& argument
 
 std::shared_ptr<const FileOpener> csvTableOpener() {
     return std::make_shared<CsvOpener>(
-        CsvOptions{.file = {}, .form = {.delimiter = ',', .comment = "#"}, .missing = "NA"}, std::filesystem::path());
+        CsvOptions{.file = {}, .form = {.delimiter = ',', .comment = "#"}, .missing = "NA", .types = {}},
+        std::filesystem::path());
 }
 
 std::unique_ptr<Kind> makeCsvTable(const FileFormats& formats) {

@@ -23,6 +23,7 @@ public:
     }
     std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* wanted,
                                       RunContext& context) const override {
+        check(file);  // A single file is opened at once.
         return opener->open(file, wanted, context);
     }
     void checkNames(const std::set<std::string>& names) const override { opener->checkNames(names); }

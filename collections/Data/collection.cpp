@@ -10,6 +10,9 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeCsvTable(registry.formats()));
     registry.add(makeRandomTable());
     registry.add(makeRootTable());
+    for (std::unique_ptr<Kind>& kind : makeRootObjects()) {
+        registry.add(std::move(kind));
+    }
     registry.add(makeAnyTable(registry.formats()));
     registry.addFormat(makeAidaFormat());
     registry.addFormat(makeRootFormat());

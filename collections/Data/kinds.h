@@ -15,6 +15,8 @@ std::unique_ptr<Kind> makeRandomTable();
 std::unique_ptr<Kind> makeRootTable();
 /// AidaHistogram, AidaProfile, AidaPoints and AidaFunction.
 std::vector<std::unique_ptr<Kind>> makeAidaObjects();
+/// RootHistogram, RootProfile, RootPoints and RootValue.
+std::vector<std::unique_ptr<Kind>> makeRootObjects();
 
 /// Table.
 std::unique_ptr<Kind> makeAnyTable(const FileFormats& formats);

@@ -16,6 +16,7 @@ public:
     }
     std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* wanted,
                                       RunContext& context) const override {
+        check(file);  // A single file is opened at once.
         return opener->open(file, wanted, context);
     }
     void checkNames(const std::set<std::string>& names) const override { opener->checkNames(names); }
@@ -47,6 +48,7 @@ std::shared_ptr<const FileOpener> refusingOthers(std::shared_ptr<const FileOpene
 
 std::uint64_t countRows(TableReader& reader, const RunContext& context) {
     std::uint64_t rows = 0;
+    reader.selectColumns(std::vector<bool>(reader.schema().size(), false));
     for (Chunk chunk; reader.next(chunk); chunk = {}) {
         reader.complete(chunk);
         rows += chunk.rows;

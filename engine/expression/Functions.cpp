@@ -52,6 +52,10 @@ constexpr auto remainderOf = [](std::int64_t x, std::int64_t y, std::int64_t& ou
     out = y == 0 || y == -1 ? 0 : x % y;
     return y == 0;
 };
+/// std::remainder, which is slow, gives x itself within half of y.
+constexpr auto nearestRemainder = [](double x, double y) {
+    return std::fabs(x) < 0.5 * std::fabs(y) ? x : std::remainder(x, y);
+};
 constexpr auto sizeOf = [](std::int64_t x, std::int64_t, std::int64_t& out) {
     return x < 0 ? __builtin_sub_overflow(std::int64_t{0}, x, &out) : (out = x, false);
 };
@@ -235,7 +239,7 @@ constexpr std::array functions{
     rounding("round", ofReal<[](double x) { return std::round(x); }>, "`round` (halves away from 0)"),
     rounding("trunc", ofReal<[](double x) { return std::trunc(x); }>, "`trunc`"),
     reals("fmod", realRemainder, reverseRemainder, {"rounding", "`fmod(x, y)`"}),
-    reals("remainder", ofReals<[](double x, double y) { return std::remainder(x, y); }>, reverseNearestRemainder,
+    reals("remainder", ofReals<nearestRemainder>, reverseNearestRemainder,
           {"rounding", "`remainder(x, y)` (from -y/2 to y/2)"}),
     Function{.name = "abs",
              .rule = Rule::Arithmetic,
@@ -321,9 +325,15 @@ const SimdKernel* findSimdKernel(std::string_view name, ColumnType type) {
 }
 
 std::vector<std::string> functionNames() {
-    std::vector<std::string> names{"sum", "count", "any", "all"};
+    std::vector<std::string> names;
     for (const Function& function : functions) {
         names.emplace_back(function.name);
+    }
+    for (const NamedForm& form : listForms()) {
+        names.emplace_back(form.name);
+    }
+    for (const NamedForm& form : kinematicForms()) {
+        names.emplace_back(form.name);
     }
     return names;
 }

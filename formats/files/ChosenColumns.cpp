@@ -35,6 +35,7 @@ public:
     }
 
     const Schema& schema() const override { return chosen; }
+    void selectColumns(const std::vector<bool>& needed) override;
     bool next(Chunk& chunk) override { return whole->next(chunk); }
     std::uint64_t fileCount() const override { return whole->fileCount(); }
     std::size_t rowsPerChunk() const override { return whole->rowsPerChunk(); }
@@ -46,6 +47,14 @@ private:
     std::vector<std::size_t> positions;  ///< Of the chosen columns in the whole.
     Schema chosen;
 };
+
+void ChosenReader::selectColumns(const std::vector<bool>& needed) {
+    std::vector<bool> all(whole->schema().size(), false);
+    for (std::size_t i = 0; i < positions.size(); ++i) {
+        all[positions[i]] = all[positions[i]] || needed[i];
+    }
+    whole->selectColumns(all);
+}
 
 void ChosenReader::complete(Chunk& chunk) const {
     whole->complete(chunk);

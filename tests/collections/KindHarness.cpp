@@ -167,6 +167,8 @@ SmallTable tableOf(const std::vector<std::pair<std::string, std::vector<double>>
 KindHarness::KindHarness(const std::string& kindName, std::string pluginName)
     : shipped(shippedKind(kindName)), plugin(std::move(pluginName)) {}
 
+KindHarness::KindHarness(const Kind& kind) : shipped(kind), plugin("bench") {}
+
 KindHarness::~KindHarness() = default;
 
 KindHarness& KindHarness::set(const std::string& input, const std::string& text) {

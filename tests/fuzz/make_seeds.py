@@ -1,11 +1,15 @@
 """Makes the seeds of the fuzz targets from the examples and the test data: make_seeds.py SOURCE OUT."""
 
 import hashlib
+import io
 import json
 import pathlib
 import shutil
+import sqlite3
 import struct
 import sys
+import tempfile
+import zipfile
 
 source, out = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
 largest = 65536  # Longer files slow down every run and find no more than shorter ones.
@@ -77,6 +81,31 @@ def objects():
     )
 
 
+def npy(descr, shape, content, fortran=False, version=1):
+    """A NumPy file."""
+    head = repr({"descr": descr, "fortran_order": fortran, "shape": shape}).encode() + b"\n"
+    length = struct.pack("<H" if version == 1 else "<I", len(head))
+    return b"\x93NUMPY" + bytes([version, 0]) + length + head + content
+
+
+def npz(packing, **members):
+    """An archive of NumPy files."""
+    stream = io.BytesIO()
+    with zipfile.ZipFile(stream, "w", packing) as archive:
+        for name, content in members.items():
+            archive.writestr(zipfile.ZipInfo(name + ".npy"), content, packing)
+    return stream.getvalue()
+
+
+def database(script):
+    """The bytes of an SQLite database."""
+    with tempfile.NamedTemporaryFile(suffix=".db") as file:
+        connection = sqlite3.connect(file.name)
+        connection.executescript("PRAGMA page_size = 512;" + script)
+        connection.close()
+        return pathlib.Path(file.name).read_bytes()
+
+
 def checksum(content):
     total = 0xCBF29CE484222325
     for byte in content:
@@ -109,6 +138,11 @@ for path in files("examples/**/*.aida", "tests/data/aida/*"):
     seed("aida", path.read_bytes())
 for path in files("examples/**/*.csv"):
     seed("csv", path.read_bytes())
+for path in files("tests/data/root/*.root"):
+    content = path.read_bytes()
+    seed("root_file", content)
+    seed("root_ntuple" if b"ROOT::RNTuple" in content[:4096] + content[-4096:] else "root_tree", content)
+    seed("root_objects", content)
 for path in files("examples/**/samples.csv"):
     seed("files", b"2" + path.read_bytes())
 for text in ("a.csv", "run_*.csv, b.csv", "data/**/*.csv", "@list.txt\n\"a, b\""):
@@ -127,6 +161,18 @@ for kept in objects():
     seed("stored", kept)
 for saved in states():
     seed("state", saved)
+plain = npy("<f8", (3,), reals(1, 2, 3))
+seed("numpy", plain)
+seed("numpy", npy(">i2", (2, 3), bytes(12), fortran=True, version=2))
+seed("numpy", npy("<M8[25s]", (2,), bytes(16), version=3))
+seed("numpy", npy([("x", "<f4"), ("name", "<U2"), ("l", "|u1", (3,)), ("in", [("b", "|b1"), ("c", "<c8")]), ("", "|V3")],
+                  (2,), bytes(2 * (4 + 8 + 3 + 9 + 3))))
+for packing in (zipfile.ZIP_STORED, zipfile.ZIP_DEFLATED):
+    seed("numpy", npz(packing, x=plain, m=npy("<f4", (3, 2), bytes(24), fortran=True)))
+seed("sqlite", database("""CREATE TABLE t (n INTEGER, x REAL, ok BOOLEAN, b BLOB);
+    INSERT INTO t VALUES (1, 0.5, 1, x'00'), (2, NULL, 0, NULL);
+    CREATE VIEW v AS SELECT n, x * 2 AS y FROM t WHERE ok;"""))
+seed("sqlite", database("CREATE TABLE `a b` (s TEXT PRIMARY KEY) WITHOUT ROWID; INSERT INTO `a b` VALUES ('x'), ('y');"))
 # Header of a binary AIDA file: an empty <aida version="3.3">.
 seed("wbxml", b"\x03\x01\x6a\x00" + bytes([0x85, 0x05, 0x03]) + b"3.3\x00\x01")
 # A Parquet file without columns and rows, and the beginning and end of an Arrow stream.

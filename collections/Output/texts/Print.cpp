@@ -90,6 +90,7 @@ public:
     Printing(std::vector<Section> parts, Schema schema, std::size_t most, std::string file, RunContext& context);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<FirstRows>(schema, most); }
+    void markColumns(std::vector<bool>& needed) const override { needed.assign(needed.size(), most > 0); }
 
     void finish(AccumulatorState& state, Results&) override;
 

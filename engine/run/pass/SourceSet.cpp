@@ -96,6 +96,16 @@ void SourceSet::open(Segment& segment) {
     }
 }
 
+void SourceSet::selectColumns(std::size_t segment, const std::vector<bool>& isNeeded) {
+    Segment& chosen = *segments[segment];
+    chosen.check->selectColumns(isNeeded);
+    const std::optional<NodeError> error = state.call(chosen.source, [&] { chosen.reader->selectColumns(isNeeded); });
+    if (error && !readError) {
+        readError = error;
+        position = segment;
+    }
+}
+
 bool SourceSet::read(ChunkTask& task) {
     do {
         if (readError || hasCommitError || isAtEndOfRange() || !readNext(task)) {
@@ -194,6 +204,7 @@ bool SourceSet::complete(ChunkTask& task) const {
                 task.chunk.rows = task.rowsRead;  // They are counted already.
             }
             segment.check->check(task.chunk);
+            segment.check->freeColumns(task.chunk);
         });
         task.isComplete = true;
         task.timeCompleting = Clock::now() - begin;

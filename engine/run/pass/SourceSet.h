@@ -31,6 +31,9 @@ public:
 
     /// @return false when a source cannot be opened; its node has then failed.
     bool open();
+    /// Leaves out columns that nobody uses. Called before the first read. @param isNeeded by column of the segment's
+    /// table.
+    void selectColumns(std::size_t segment, const std::vector<bool>& isNeeded);
     /// Leaves out some files. Called before the first read. @param isWanted by file of the pass.
     void readOnly(const std::vector<bool>& isWanted);
     /// Reads the next chunk that is wanted, perhaps without its columns. @return false when there is none, or a source

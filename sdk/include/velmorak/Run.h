@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace velmorak {
@@ -117,6 +118,10 @@ class Results {
 public:
     virtual ~Results() = default;
     virtual void set(const std::string& output, Value value) = 0;
+    /// Any number, such as an integer, as a double.
+    template <typename Number>
+    requires std::is_arithmetic_v<Number>
+    void set(const std::string& output, Number number) { set(output, Value(static_cast<double>(number))); }
 };
 
 }  // namespace velmorak

@@ -10,7 +10,7 @@ protected:
     /// Runs with several numbers of threads, all of which must give the same sum.
     double sumForAnyThreads(const std::string& name) {
         std::vector<double> sums;
-        for (const std::size_t threads : {1, 2, 3, 16}) {
+        for (const std::size_t threads : {1U, 2U, 3U, 16U}) {
             runner.setThreads(threads);
             runner.reset();  // Else the result of the run before is still right.
             run();

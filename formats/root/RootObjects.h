@@ -1,0 +1,22 @@
+#pragma once
+
+#include <velmorak/Kind.h>
+
+#include <filesystem>
+#include <string>
+
+/// Objects of ROOT files other than tables. See docs/root.md.
+namespace velmorak {
+
+/// @return the type of the objects of a class: Histogram, Profile or Points, Number for a TParameter, Text for a
+///         TObjString or TNamed; Any for a class that cannot be read.
+ValueType rootObjectType(const std::string& className);
+
+/// Reads one object of a type: a histogram, profile or points, a double or a text.
+/// @param path of the object, or its bare name; empty if the file contains only one object of the type.
+/// @throws Failure if the file is missing, is not a ROOT file or is damaged; if no object or more than one matches,
+/// with
+///         a list of those of the type.
+Value readRootObject(const std::filesystem::path& file, const std::string& path, ValueType type, RunContext& context);
+
+}  // namespace velmorak
