@@ -11,6 +11,7 @@ import gzip
 import io
 import math
 import pathlib
+import struct
 import sys
 
 
@@ -337,6 +338,108 @@ def stopped(path):
     path.write_text("".join(out), encoding="utf-8")
 
 
+class RootFile:
+    """A small ROOT file: numbers as TParameter and texts as TObjString, uncompressed."""
+
+    begin, moment = 100, 0x6B0A0000
+
+    def __init__(self, name):
+        self.name, self.keys = name, []
+        self.content = bytearray(self.begin)
+        head = self.text(name) + self.text("")
+        self.name_bytes = len(self.key("TFile", name, "", b"")) + len(head)
+        self.record("TFile", name, "", head + bytes(60))
+
+    @staticmethod
+    def text(words):
+        return bytes([len(words)]) + words.encode()
+
+    @staticmethod
+    def counted(content):
+        return struct.pack(">I", len(content) | 0x40000000) + content
+
+    def key(self, kind, name, title, content, position=0):
+        names = self.text(kind) + self.text(name) + self.text(title)
+        head = 26 + len(names)
+        numbers = head + len(content), 4, len(content), self.moment, head, 1, position, 0 if not position else self.begin
+        return struct.pack(">IHIIHHII", *numbers) + names
+
+    def record(self, kind, name, title, content):
+        position = len(self.content)
+        key = self.key(kind, name, title, content, position)
+        self.content += key + content
+        return position, key
+
+    def add(self, kind, name, title, version, members):
+        plain = struct.pack(">HII", 1, 0, 0x03000000)
+        content = self.counted(struct.pack(">H", version) + plain + members)
+        self.keys.append(self.record(kind, name, title, content)[1])
+
+    def add_number(self, name, number):
+        self.add("TParameter<double>", name, "", 2, self.text(name) + struct.pack(">d", number))
+
+    def add_text(self, name, words):
+        self.add("TObjString", name, "Collectable string class", 1, self.text(words))
+
+    def object(self, kind, content):
+        return self.counted(struct.pack(">I", 0xFFFFFFFF) + kind.encode() + b"\0" + content)
+
+    def named(self, name, title=""):
+        return self.counted(struct.pack(">HHII", 1, 1, 0, 0x00010000) + self.text(name) + self.text(title))
+
+    def member(self, kind, version, name, number, size, type_name, rest=b""):
+        shape = struct.pack(">9I", number, size, 0, 0, 0, 0, 0, 0, 0)
+        element = self.counted(struct.pack(">H", 4) + self.named(name) + shape + self.text(type_name))
+        return self.object(kind, self.counted(struct.pack(">H", version) + element + rest))
+
+    def described(self, name, checksum, version, members):
+        plain = struct.pack(">HII", 1, 0, 0)
+        array = struct.pack(">H", 3) + plain + self.text("") + struct.pack(">II", len(members), 0) + b"".join(members)
+        elements = self.object("TObjArray", self.counted(array))
+        numbers = struct.pack(">II", checksum, version)
+        return self.object("TStreamerInfo", self.counted(struct.pack(">H", 9) + self.named(name) + numbers + elements))
+
+    def classes(self):
+        base = self.member("TStreamerBase", 3, "TObject", 66, 0, "BASE", struct.pack(">I", 1))
+        words = self.member("TStreamerString", 2, "fString", 65, 24, "TString")
+        name = self.member("TStreamerString", 2, "fName", 65, 24, "TString")
+        value = self.member("TStreamerBasicType", 2, "fVal", 8, 8, "double")
+        found = [
+            self.described("TObjString", 0x9C8E4800, 1, [base, words]),
+            self.described("TParameter<double>", 0xA9B4F4B7, 2, [base, name, value]),
+        ]
+        plain = struct.pack(">HII", 1, 0, 0)
+        items = b"".join(each + b"\0" for each in found)
+        return self.counted(struct.pack(">H", 5) + plain + self.text("") + struct.pack(">I", len(found)) + items)
+
+    def write(self, path):
+        info, info_key = self.record("TList", "StreamerInfo", "Doubly linked list", self.classes())
+        info_bytes = len(self.content) - info
+        listed = struct.pack(">I", len(self.keys)) + b"".join(self.keys)
+        keys = self.record("TFile", self.name, "", listed)[0]
+        keys_bytes = len(self.content) - keys
+        free = len(self.content)
+        end = free + len(self.key("TFile", self.name, "", b"", 1)) + 10
+        self.record("TFile", self.name, "", struct.pack(">HII", 1, end, 2_000_000_000))
+        numbers = self.begin, end, free, end - free, 1, self.name_bytes, 4, 0, info, info_bytes
+        header = b"root" + struct.pack(">I6IBIII", 62400, *numbers) + struct.pack(">H", 1) + bytes(16)
+        self.content[: len(header)] = header
+        directory = struct.pack(">HIIIIIII", 5, self.moment, self.moment, keys_bytes, self.name_bytes, self.begin, 0, keys)
+        at = self.begin + self.name_bytes
+        self.content[at : at + len(directory)] = directory
+        self.content[at + len(directory) : at + len(directory) + 2] = struct.pack(">H", 1)
+        path.write_bytes(self.content)
+
+
+def run_values(path):
+    """What a number and a text that belong to a run look like in a ROOT file."""
+    file = RootFile(path.name)
+    file.add_number("luminosity", 11.58)
+    file.add_text("selection", "two muons of opposite charge")
+    path.parent.mkdir(parents=True, exist_ok=True)
+    file.write(path)
+
+
 def decay(random, mass, first, second):
     """Two vectors (E, px, py, pz) of these masses, from a decay at rest in any direction."""
     momentum = math.sqrt((mass**2 - (first + second) ** 2) * (mass**2 - (first - second) ** 2)) / (2.0 * mass)
@@ -460,6 +563,7 @@ def main():
     lines(folder / "Detectors" / "lines.aida")
     scattering(folder / "Nuclear_physics" / "scattering.aida")
     stopped(folder / "Particle_physics" / "stopped.csv")
+    run_values(folder / "First_steps" / "run.root")
     collisions(folder / "Event_analysis" / "collisions.aida")
 
 

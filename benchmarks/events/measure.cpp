@@ -57,8 +57,10 @@ std::vector<Analysis> analyses() {
         {"jets beside leptons",
          {{"lepton_eta", "concat(muon_eta[muon_pt > 10], electron_eta[electron_pt > 10])"},
           {"lepton_phi", "concat(muon_phi[muon_pt > 10], electron_phi[electron_pt > 10])"},
-          {"nearest_lepton", "nearest(jet_eta, jet_phi, lepton_eta, lepton_phi)"}},
-         "sum(jet_pt[jet_pt > 30 and not (deltaR(jet_eta, jet_phi, lepton_eta[nearest_lepton], "
+          {"hard_eta", "jet_eta[jet_pt > 30]"},
+          {"hard_phi", "jet_phi[jet_pt > 30]"},
+          {"nearest_lepton", "nearest(hard_eta, hard_phi, lepton_eta, lepton_phi)"}},
+         "sum(jet_pt[jet_pt > 30][not (deltaR(hard_eta, hard_phi, lepton_eta[nearest_lepton], "
          "lepton_phi[nearest_lepton]) < 0.4)])",
          bench::jetsBesideLeptons},
         {"third lepton",

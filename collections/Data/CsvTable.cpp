@@ -20,13 +20,34 @@ char delimiterNamed(const std::string& name) {
 /// Rows of each file but the first that the types of the columns are inferred from.
 constexpr std::size_t rowsToInferOfMore = 100;
 
+CsvEncoding encodingNamed(const std::string& name) {
+    const std::map<std::string, CsvEncoding> encodings = {{"auto", CsvEncoding::Automatic},
+                                                          {"UTF-8", CsvEncoding::Utf8},
+                                                          {"ISO-8859-1", CsvEncoding::Latin1},
+                                                          {"UTF-16", CsvEncoding::Utf16}};
+    return encodings.at(name);
+}
+
+char thousandsNamed(const std::string& name) {
+    const std::map<std::string, char> signs = {
+        {"none", '\0'}, {"comma", ','}, {"point", '.'}, {"blank", ' '}, {"apostrophe", '\''}};
+    return signs.at(name);
+}
+
 CsvOptions optionsOf(const Arguments& arguments) {
+    CsvTypes given = csvTypesIn(arguments.text("types"));
     return {.file = {},
             .form = {.delimiter = delimiterNamed(arguments.text("delimiter")), .comment = arguments.text("comment")},
-            .hasHeader = arguments.text("header") == "yes",
+            .hasHeader = arguments.text("header") != "no",
             .isSkipping = arguments.text("errors") == "skip",
             .missing = arguments.text("missing"),
-            .types = csvTypesIn(arguments.text("types"))};
+            .types = std::move(given.types),
+            .dates = std::move(given.dates),
+            .readsInOrder = arguments.text("damaged_files") == "skip",
+            .encoding = encodingNamed(arguments.text("encoding")),
+            .hasUnits = arguments.text("header") == "names and units",
+            .decimal = arguments.text("decimal") == "comma" ? ',' : '.',
+            .thousands = thousandsNamed(arguments.text("thousands"))};
 }
 
 /// Opens files with the same options. A type that the user gives holds for each file that has the column.
@@ -75,22 +96,39 @@ std::vector<InputSpec> formInputs() {
          .value = "comma",
          .choices = {"comma", "semicolon", "tabulator", "blanks", "bar"}},
         {.name = "header",
-         .description = "Yes: the first line names the columns. No: they are called c1, c2 and so on.",
+         .description = "Yes: the first line names the columns. Names and units: the second line has their units. No: "
+                        "they are called c1, c2 and so on.",
          .type = ValueType::Choice,
          .value = "yes",
-         .choices = {"yes", "no"}},
+         .choices = {"yes", "no", "names and units"}},
         {.name = "comment",
          .description = "Lines that begin with this text are skipped. Empty: there are no comments.",
          .type = ValueType::Text,
          .value = "#"},
         {.name = "types",
-         .description = "Types of columns, for example run: integer, comment: text. The type of any other column is "
-                        "inferred from the first 10000 rows: integer, real, boolean or text.",
+         .description = "Types of columns, for example run: integer, comment: text, begin: date. A date of ISO 8601 "
+                        "becomes the seconds since 1970. The type of any other column is inferred from the first 10000 "
+                        "rows: integer, real, boolean or text; an integer becomes real if a later row needs it.",
          .type = ValueType::Text},
         {.name = "missing",
          .description = "Text that marks a missing value, besides an empty field; it becomes NaN or an empty text.",
          .type = ValueType::Text,
          .value = "NA"},
+        {.name = "decimal",
+         .description = "Sign between a number and its fraction.",
+         .type = ValueType::Choice,
+         .value = "point",
+         .choices = {"point", "comma"}},
+        {.name = "thousands",
+         .description = "Sign between groups of three digits.",
+         .type = ValueType::Choice,
+         .value = "none",
+         .choices = {"none", "comma", "point", "blank", "apostrophe"}},
+        {.name = "encoding",
+         .description = "Encoding of the text; auto: UTF-8, or UTF-16 if the file begins with its mark.",
+         .type = ValueType::Choice,
+         .value = "auto",
+         .choices = {"auto", "UTF-8", "UTF-16", "ISO-8859-1"}},
         {.name = "errors",
          .description = "A row that cannot be read stops the run (fail), or is skipped, counted and reported "
                         "(skip).",

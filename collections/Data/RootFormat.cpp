@@ -3,9 +3,11 @@
 #include "shared/FormatOfFile.h"
 
 #include <root/RootFile.h>
+#include <root/RootObjects.h>
 
 #include <string_view>
 #include <utility>
+#include <variant>
 
 namespace velmorak {
 namespace {
@@ -25,22 +27,38 @@ public:
     }
 };
 
+std::string lineAbout(const Value& value) {
+    if (const auto* object = std::get_if<DataObjectPtr>(&value)) {
+        return summaryOf(**object);
+    }
+    const auto* text = std::get_if<std::string>(&value);
+    return text ? *text : textOf(std::get<double>(value));
+}
+
+/// Adds what the file says about a table, histogram, graph or value.
+void lookInto(FileObject& object, const std::filesystem::path& file, const RootObjectReader& reader) {
+    try {
+        if (object.isTable) {
+            RootTableContent content = lookAtRootTable(file, object.path);
+            object.rows = content.rows;
+            object.columns = std::move(content.columns);
+        } else if (rootObjectType(object.type) != ValueType::Any) {
+            object.description = lineAbout(reader.read(object.path));
+        }
+    } catch (const Failure& failure) {
+        object.description = std::string("cannot be read: ") + failure.what();
+    }
+}
+
 std::vector<FileObject> RootFormat::objects(const std::filesystem::path& file, RunContext& context) const {
     std::vector<FileObject> found;
+    const RootObjectReader reader(file);
     for (const RootEntry& entry : listRoot(file)) {
         if (context.isStopping()) {
             throw Stopped();
         }
         FileObject object{.path = entry.path, .type = entry.className, .isTable = entry.isTable};
-        if (entry.isTable) {
-            try {
-                RootTableContent content = lookAtRootTable(file, entry.path);
-                object.rows = content.rows;
-                object.columns = std::move(content.columns);
-            } catch (const Failure& failure) {
-                object.description = std::string("cannot be read: ") + failure.what();
-            }
-        }
+        lookInto(object, file, reader);
         found.push_back(std::move(object));
     }
     return found;

@@ -1,18 +1,20 @@
 #include "ColumnarTables.h"
 #include "kinds.h"
 
+#include <velmorak/FileFormat.h>
+
 VELMORAK_COLLECTION(registry) {
     using namespace velmorak;
     registry.group("Formats");
     registry.add(makeArrowTable());
-    registry.addFormat(makeArrowFormat());
     registry.add(makeHdf5Table());
-    registry.addFormat(makeHdf5Format());
     registry.add(makeNumpyTable());
-    registry.addFormat(makeNumpyFormat());
     registry.add(makeParquetTable());
     registry.add(makeParquetWriter());
-    registry.addFormat(makeParquetFormat());
     registry.add(makeSqliteTable());
+    registry.addFormat(makeArrowFormat());
+    registry.addFormat(makeHdf5Format());
+    registry.addFormat(makeNumpyFormat());
+    registry.addFormat(makeParquetFormat());
     registry.addFormat(makeSqliteFormat());
 }

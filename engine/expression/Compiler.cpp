@@ -191,7 +191,7 @@ TypedOperand Compiler::reduced(const Node& node, const TypedOperand& list) {
     if (!list.isList) {
         fail(node, quoted(node.text) + " of one argument needs a list column, but this is " + shown(list));
     }
-    const Reduction reduction = findReduction(node.text, list.type);
+    const Reduction reduction = findReduction(node.text, list.type, list.width);
     if (!reduction.kernel) {
         fail(node, quoted(node.text) + " does not take " + shown(list));
     }

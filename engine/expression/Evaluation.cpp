@@ -158,13 +158,17 @@ void Evaluation::executeOnCombinations(const Step& step, std::size_t begin, std:
     args.rows = offsets[rows] - offsets[0];
     const bool isRepeat = step.domain == IterationDomain::Repeat;
     args.out = listFor(step, isRepeat ? args.rows * step.width : args.rows);
-    evenOffsets.resize(args.rows + 1);
-    for (std::size_t i = 0; i <= args.rows; ++i) {
-        evenOffsets[i] = i * step.width;
-    }
-    args.offsets = evenOffsets.data();
+    args.offsets = evenOffsets(step.width, args.rows);
     args.in[0] = valuesAt(step.in[0], begin);
     call(step, args, begin);
+}
+
+const std::uint64_t* Evaluation::evenOffsets(std::size_t width, std::size_t combinations) {
+    std::vector<std::uint64_t>& known = width == 2 ? offsetsOfPairs : offsetsOfTriples;
+    while (known.size() <= combinations) {
+        known.push_back(known.size() * width);
+    }
+    return known.data();
 }
 
 void Evaluation::executeOnWholeLists(const Step& step, std::size_t begin, std::size_t rows) {

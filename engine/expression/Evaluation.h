@@ -42,6 +42,7 @@ private:
     /// Processes lists in pieces of a block's length, because constants are no longer than that.
     void executeOnLists(const Step& step, std::size_t begin, std::size_t rows);
     void executeOnCombinations(const Step& step, std::size_t begin, std::size_t rows);
+    const std::uint64_t* evenOffsets(std::size_t width, std::size_t combinations);
     void executeOnWholeLists(const Step& step, std::size_t begin, std::size_t rows);
 
     void checkLengths(const Step& step, std::size_t begin, std::size_t rows) const;
@@ -59,7 +60,8 @@ private:
     std::unique_ptr<Block[]> buffers;
     std::vector<std::vector<std::byte>> lists;
     std::vector<std::vector<std::uint64_t>> madeOffsets;  ///< Of the current block.
-    std::vector<std::uint64_t> evenOffsets;               ///< Of combinations, all of one width.
+    std::vector<std::uint64_t> offsetsOfPairs;            ///< 0, 2, 4, ...
+    std::vector<std::uint64_t> offsetsOfTriples;
     std::uint64_t combinationsLeft;
 };
 

@@ -52,10 +52,6 @@ constexpr auto remainderOf = [](std::int64_t x, std::int64_t y, std::int64_t& ou
     out = y == 0 || y == -1 ? 0 : x % y;
     return y == 0;
 };
-/// std::remainder, which is slow, gives x itself within half of y.
-constexpr auto nearestRemainder = [](double x, double y) {
-    return std::fabs(x) < 0.5 * std::fabs(y) ? x : std::remainder(x, y);
-};
 constexpr auto sizeOf = [](std::int64_t x, std::int64_t, std::int64_t& out) {
     return x < 0 ? __builtin_sub_overflow(std::int64_t{0}, x, &out) : (out = x, false);
 };
@@ -239,7 +235,7 @@ constexpr std::array functions{
     rounding("round", ofReal<[](double x) { return std::round(x); }>, "`round` (halves away from 0)"),
     rounding("trunc", ofReal<[](double x) { return std::trunc(x); }>, "`trunc`"),
     reals("fmod", realRemainder, reverseRemainder, {"rounding", "`fmod(x, y)`"}),
-    reals("remainder", ofReals<nearestRemainder>, reverseNearestRemainder,
+    reals("remainder", ofReals<[](double x, double y) { return nearestRemainder(x, y); }>, reverseNearestRemainder,
           {"rounding", "`remainder(x, y)` (from -y/2 to y/2)"}),
     Function{.name = "abs",
              .rule = Rule::Arithmetic,

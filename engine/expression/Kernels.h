@@ -126,7 +126,8 @@ struct Reduction {
     ColumnType type = ColumnType::Real;
 };
 bool isReduction(std::string_view name);
-Reduction findReduction(std::string_view name, ColumnType element);
+/// @param width 2 or 3 for combinations.
+Reduction findReduction(std::string_view name, ColumnType element, std::size_t width = 1);
 
 /// Takes the value at a position in each row's list: NaN, false or an empty text unless the position is an integer
 /// within the list. Integers become reals, to allow for NaN.

@@ -301,7 +301,7 @@ TypedOperand Compiler::total(const Node& node, const Arguments& arguments) {
     if (!value.isList) {
         return value;
     }
-    return emitter.emitReduction(findReduction("sum", ColumnType::Real).kernel, {value}, ColumnType::Real,
+    return emitter.emitReduction(findReduction("sum", ColumnType::Real, value.width).kernel, {value}, ColumnType::Real,
                                  placeOf(node));
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 namespace velmorak::expression {
 
@@ -28,9 +29,9 @@ T missingValue() {
     }
 }
 
-template <typename T, typename Position>
-bool gather(const ListArgs& args) {
-    const std::size_t width = args.width;
+/// @param width values in each element; a constant makes the loop over them vanish.
+template <typename T, typename Position, typename Width>
+bool gatherElements(const ListArgs& args, Width width) {
     const T missing = missingValue<T>();
     const std::size_t each = args.secondWidth;
     const std::uint64_t all = valuesIn(args.in[1], args.rows) * each;
@@ -47,6 +48,12 @@ bool gather(const ListArgs& args) {
         }
     }
     return true;
+}
+
+template <typename T, typename Position>
+bool gather(const ListArgs& args) {
+    return args.width == 1 ? gatherElements<T, Position>(args, std::integral_constant<std::size_t, 1>())
+                           : gatherElements<T, Position>(args, args.width);
 }
 
 template <typename T>
@@ -73,7 +80,11 @@ bool concatenate(const ListArgs& args) {
     auto* end = out;
     for (std::size_t row = 0; row < args.rows; ++row) {
         for (const std::size_t part : {0U, 1U}) {
-            end = std::copy_n(valuesOf<T>(args.in[part]) + args.in[part].begin(row), args.in[part].count(row), end);
+            // Lists are short: a loop is faster than a call of memmove.
+            const T* value = valuesOf<T>(args.in[part]) + args.in[part].begin(row);
+            for (const T* const last = value + args.in[part].count(row); value != last; ++value) {
+                *end++ = *value;
+            }
         }
         offsets.push_back(static_cast<std::uint64_t>(end - out));
     }

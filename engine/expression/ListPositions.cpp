@@ -1,3 +1,4 @@
+#include "expression/FunctionKernels.h"
 #include "expression/ListLoops.h"
 
 #include <algorithm>
@@ -104,8 +105,7 @@ std::int64_t nearestOf(double eta, double phi, const double* etas, const double*
     std::int64_t nearest = -1;
     double least = std::numeric_limits<double>::infinity();
     for (std::uint64_t i = 0; i < count; ++i) {
-        const double difference = phi - phis[i];
-        const double inPhi = std::fabs(difference) < 0.5 * turn ? difference : std::remainder(difference, turn);
+        const double inPhi = nearestRemainder(phi - phis[i], turn);
         const double inEta = eta - etas[i];
         const double square = inEta * inEta + inPhi * inPhi;
         if (square < least) {

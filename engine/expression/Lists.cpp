@@ -57,6 +57,21 @@ bool sumReals(const KernelArgs& args) {
     return fold<double, double, [](double& sum, double value) { return sum += value, false; }>(args, 0.0);
 }
 
+/// The sum of each combination, as sumReals has it.
+template <std::size_t width>
+bool sumCombinations(const KernelArgs& args) {
+    const auto* values = static_cast<const double*>(args.in[0]);
+    auto* out = static_cast<double*>(args.out);
+    for (std::size_t i = 0; i < args.rows; ++i) {
+        double sum = 0.0;
+        for (std::size_t k = 0; k < width; ++k) {
+            sum += values[width * i + k];
+        }
+        out[i] = sum;
+    }
+    return true;
+}
+
 template <typename In>
 bool sumIntegers(const KernelArgs& args) {
     return fold<In, std::int64_t, [](std::int64_t& sum, In value) {
@@ -194,7 +209,10 @@ bool isReduction(std::string_view name) {
     return std::any_of(entries.begin(), entries.end(), [&](const Entry& entry) { return entry.name == name; });
 }
 
-Reduction findReduction(std::string_view name, ColumnType element) {
+Reduction findReduction(std::string_view name, ColumnType element, std::size_t width) {
+    if (name == "sum" && element == ColumnType::Real && width > 1) {
+        return {width == 2 ? sumCombinations<2> : sumCombinations<3>, ColumnType::Real};
+    }
     for (const Entry& entry : entries) {
         if (entry.name == name && entry.element == element) {
             return entry.reduction;

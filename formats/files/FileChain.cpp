@@ -1,6 +1,6 @@
 #include "files/FileChain.h"
 
-#include "files/Ahead.h"
+#include <velmorak/Ahead.h>
 #include "files/FileContext.h"
 
 #include <velmorak/Parts.h>
@@ -50,6 +50,7 @@ struct OpenedFile {
 struct ChunkOrigin {
     std::shared_ptr<const OpenedFile> file;                     ///< Null when the file's columns are there.
     std::shared_ptr<const std::vector<std::size_t>> positions;  ///< Of each common column in the file.
+    std::shared_ptr<const void> ofReader;                       ///< Chunk::owner of the file's reader.
     bool isLost = false;                                        ///< The file is damaged here.
 };
 
@@ -119,7 +120,7 @@ private:
     void seekIn(OpenedFile& opened);
     bool readChunk(Chunk& chunk);
     void hold(Chunk& chunk);
-    bool completeInFile(Chunk& chunk, const OpenedFile& from) const;
+    bool completeInFile(Chunk& chunk, const ChunkOrigin& origin) const;
     void addOwnValues(Chunk& chunk) const;
     void lose(Chunk& chunk) const;
     void skipOrThrow(std::size_t position, const Failure& failure) const;
@@ -322,10 +323,11 @@ bool FileChain::next(Chunk& chunk) {
 
 /// Keeps the file open until the chunk is complete, or completes it now if too many are open.
 void FileChain::hold(Chunk& chunk) {
-    auto origin = std::make_shared<ChunkOrigin>(ChunkOrigin{current, positions});
+    auto origin = std::make_shared<ChunkOrigin>(ChunkOrigin{current, positions, std::move(chunk.owner)});
     if (*openCount + ahead.size() + 1 >= maxOpenFiles) {
-        origin->isLost = !completeInFile(chunk, *current);
+        origin->isLost = !completeInFile(chunk, *origin);
         origin->file.reset();
+        origin->ofReader.reset();
     }
     chunk.owner = std::move(origin);
 }
@@ -335,13 +337,13 @@ std::size_t FileChain::rowsPerChunk() const {
 }
 
 /// Makes the columns as the file has them. @return false if they cannot be read.
-bool FileChain::completeInFile(Chunk& chunk, const OpenedFile& from) const {
+bool FileChain::completeInFile(Chunk& chunk, const ChunkOrigin& origin) const {
     Chunk ofFile = chunk;
     ofFile.file = 0;
-    ofFile.firstRow -= from.firstRow;
-    ofFile.owner.reset();
+    ofFile.firstRow -= origin.file->firstRow;
+    ofFile.owner = origin.ofReader;
     try {
-        from.reader->complete(ofFile);
+        origin.file->reader->complete(ofFile);
     } catch (const Failure& failure) {
         skipOrThrow(chunk.file, failure);
         return false;
@@ -355,7 +357,7 @@ void FileChain::complete(Chunk& chunk) const {
     if (!origin) {
         return;
     }
-    if (origin->isLost || (origin->file && !completeInFile(chunk, *origin->file))) {
+    if (origin->isLost || (origin->file && !completeInFile(chunk, *origin))) {
         lose(chunk);
         return;
     }

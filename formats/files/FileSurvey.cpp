@@ -1,10 +1,10 @@
 #include "files/FileSurvey.h"
 
-#include "files/Ahead.h"
 #include "files/CommonSchema.h"
 #include "files/FileContext.h"
 #include "files/FileFacts.h"
 
+#include <velmorak/Ahead.h>
 #include <velmorak/Parts.h>
 #include <velmorak/Text.h>
 

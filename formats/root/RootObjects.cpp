@@ -97,8 +97,21 @@ Value valueOf(const Object& object, ValueType type) {
                 throw Failure("the parameter has no value");
             }
             return object.real("fVal");
-        default:
+        case ValueType::Text:
             return object.text(object.className == "TNamed" ? "fTitle" : "fString");
+        default:
+            throw Failure(fmt::format("a {} cannot be read", object.className));
+    }
+}
+
+/// @throws Failure that names file and object.
+Value valueIn(const File& file, const Classes& classes, const Entry& entry) {
+    try {
+        const std::vector<std::uint8_t> content = file.content(entry.key);
+        const ObjectPtr object = ObjectReader(content, entry.key.headBytes, classes).read(entry.key.className);
+        return valueOf(*object, rootObjectType(entry.key.className));
+    } catch (const Failure& failure) {
+        throw Failure(fmt::format("{}: {}: {}", file.path().string(), entry.path, failure.what()));
     }
 }
 
@@ -117,19 +130,33 @@ ValueType rootObjectType(const std::string& className) {
     return isParameter(className) ? ValueType::Number : isText(className) ? ValueType::Text : ValueType::Any;
 }
 
+struct RootObjectReader::Opened {
+    explicit Opened(const std::filesystem::path& path) : file(path), classes(classesOf(file)) {}
+
+    File file;
+    Classes classes;
+};
+
+RootObjectReader::RootObjectReader(const std::filesystem::path& file) : opened(std::make_unique<Opened>(file)) {}
+
+RootObjectReader::~RootObjectReader() = default;
+
+Value RootObjectReader::read(const std::string& path) const {
+    for (const Entry& entry : opened->file.entries()) {
+        if (entry.path == path) {
+            return valueIn(opened->file, opened->classes, entry);
+        }
+    }
+    throw Failure(fmt::format("{} contains no object \"{}\"", opened->file.path().string(), path));
+}
+
 Value readRootObject(const std::filesystem::path& file, const std::string& path, ValueType type, RunContext& context) {
     const File opened(file);
     if (!opened.warning().empty()) {
         context.warn(file.string() + ": " + opened.warning());
     }
     const Entry& entry = entryNamed(opened, path, type);
-    try {
-        const Classes classes = classesOf(opened);
-        const std::vector<std::uint8_t> content = opened.content(entry.key);
-        return valueOf(*ObjectReader(content, entry.key.headBytes, classes).read(entry.key.className), type);
-    } catch (const Failure& failure) {
-        throw Failure(fmt::format("{}: {}: {}", file.string(), entry.path, failure.what()));
-    }
+    return valueIn(opened, classesOf(opened), entry);
 }
 
 }  // namespace velmorak

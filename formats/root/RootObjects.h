@@ -3,6 +3,7 @@
 #include <velmorak/Kind.h>
 
 #include <filesystem>
+#include <memory>
 #include <string>
 
 /// Objects of ROOT files other than tables. See docs/root.md.
@@ -18,5 +19,23 @@ ValueType rootObjectType(const std::string& className);
 /// with
 ///         a list of those of the type.
 Value readRootObject(const std::filesystem::path& file, const std::string& path, ValueType type, RunContext& context);
+
+/// Reads the objects of a file one after the other, as a listing does.
+class RootObjectReader {
+public:
+    /// @throws Failure if the file is missing, is not a ROOT file or is damaged.
+    explicit RootObjectReader(const std::filesystem::path& file);
+    ~RootObjectReader();
+    RootObjectReader(const RootObjectReader&) = delete;
+    RootObjectReader& operator=(const RootObjectReader&) = delete;
+
+    /// @param path of an object as listRoot gives it.
+    /// @throws Failure if there is no such object, or if it cannot be read.
+    Value read(const std::string& path) const;
+
+private:
+    struct Opened;
+    std::unique_ptr<Opened> opened;
+};
 
 }  // namespace velmorak

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <numbers>
 #include <random>
@@ -166,6 +167,28 @@ TEST(Kinematics, ofAnglesWrapAround) {
     EXPECT_TRUE(std::isnan(real("remainder(0.0, 0)")));
     EXPECT_EQ(real("remainder(1.5, 3)"), 1.5);
     EXPECT_EQ(real("remainder(4.5, 3)"), -1.5);
+}
+
+TEST(Kinematics, haveTheBitsOfTheRemainder) {
+    const Schema schema({{"x"}, {"y"}});
+    Column::Reals x;
+    Column::Reals y;
+    std::mt19937_64 random(3);
+    for (int i = 0; i < 20'000; ++i) {
+        const double size = std::ldexp(1.0, static_cast<int>(random() % 2100) - 1074);
+        y.push_back(size * (i % 3 == 0 ? -1.0 : 1.0) * (i % 7 == 0 ? 1.0 : static_cast<double>(1 + random() % 9)));
+        x.push_back(y.back() * static_cast<double>(static_cast<int>(random() % 33) - 16) * 0.125);
+    }
+    Chunk chunk;
+    chunk.rows = x.size();
+    chunk.columns = {column(x), column(y)};
+    const Column::Reals made = Expression("remainder(x, y)", schema).evaluate(chunk)->reals();
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        const double wanted = std::remainder(x[i], y[i]);
+        ASSERT_TRUE((std::isnan(wanted) && std::isnan(made[i])) ||
+                    std::bit_cast<std::uint64_t>(wanted) == std::bit_cast<std::uint64_t>(made[i]))
+            << x[i] << " " << y[i];
+    }
 }
 
 TEST(Kinematics, boostIntoARestFrame) {
