@@ -24,8 +24,8 @@ _velmorak_run() {
             ;;
     esac
     if [[ $current == -* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "-a -j --set --scan --start --results --timeout --events --again --why --list --look --json \
-            --check --plan --parts --part --merge --partial --status --version --help" -- "$current")
+        mapfile -t COMPREPLY < <(compgen -W "-a -j --set --scan --start --results --timeout --events --again --why --list \
+            --look --json --check --plan --parts --bundle --part --merge --partial --status --version --help" -- "$current")
     else
         mapfile -t COMPREPLY < <(compgen -d -- "$current"; compgen -f -X '!*.zedra' -- "$current")
     fi

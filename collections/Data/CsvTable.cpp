@@ -5,6 +5,8 @@
 
 #include "csv/CsvReader.h"
 
+#include <velmorak/Text.h>
+
 #include <utility>
 
 namespace velmorak {
@@ -78,7 +80,8 @@ public:
     void checkNames(const std::set<std::string>& names) const override {
         for (const auto& given : options.types) {
             if (!names.contains(given.first)) {
-                throw Failure("types", "there is no column \"" + given.first + "\"");
+                throw Failure("types", "there is no column \"" + given.first + "\"" +
+                                           columnsThere(given.first, {names.begin(), names.end()}));
             }
         }
     }

@@ -142,11 +142,27 @@ double reduced(const FitResult& result) {
     return result.ndf > 0.0 ? result.chi2 / result.ndf : std::numeric_limits<double>::quiet_NaN();
 }
 
-DataObjectPtr functionOf(const FitModel& model, const FitResult& result, const Arguments& arguments,
-                         const RunContext& context) {
-    auto function = std::make_shared<FunctionObject>(model.function(result.values));
+std::shared_ptr<FunctionObject> curveOf(const FitModel& model, const std::vector<double>& values,
+                                        const Arguments& arguments, const RunContext& context) {
+    auto function = std::make_shared<FunctionObject>(model.function(values));
     function->name = context.pluginName();
     function->title = arguments.text("title").empty() ? context.pluginName() : arguments.text("title");
+    return function;
+}
+
+/// What remains of a fit that does not converge.
+DataObjectPtr lastCurve(const FitModel& model, const NotConverged& end, const Arguments& arguments,
+                        const RunContext& context) {
+    const auto function = curveOf(model, end.values(), arguments, context);
+    function->annotation = {{"model", arguments.text("model"), false},
+                            {"method", arguments.text("method"), false},
+                            {"status", "not converged", false}};
+    return function;
+}
+
+DataObjectPtr functionOf(const FitModel& model, const FitResult& result, const Arguments& arguments,
+                         const RunContext& context) {
+    const auto function = curveOf(model, result.values, arguments, context);
     const auto note = [&](const std::string& key, const std::string& value) {
         function->annotation.push_back({key, value, false});
     };
@@ -219,7 +235,8 @@ unequal width.
 covariance is the inverse of half the matrix of second derivatives at the minimum, including all its terms. A fixed
 parameter, or one that ends at a limit, has an error of 0 and no covariance; the status names the latter.
 
-A fit fails, with the names of the parameters, when it does not converge in 1000 steps, when there are fewer entries than
+A fit that does not converge in 1000 steps fails; a `Plot` or `Report` still draws its last curve, marked "not converged". It
+also fails, with the names of the parameters, when there are fewer entries than
 free parameters, and when the data do not determine the parameters, so that rounding would decide about them or their
 errors. The p-value is the probability of a larger chi square for this number of degrees of freedom; for the likelihood it
 is valid if the bins have more than a few entries.)";
@@ -266,7 +283,14 @@ void FitKind::evaluate(const Arguments& arguments, Results& results, RunContext&
     }
     const FitOptions options = optionsFrom(arguments, context);
     const FitData data = entriesOf(arguments.value("data"), options.method == FitOptions::Method::Likelihood);
-    const FitResult result = fit(model, data, options);
+    const FitResult result = [&] {
+        try {
+            return fit(model, data, options);
+        } catch (const NotConverged& end) {
+            results.leave("function", lastCurve(model, end, arguments, context));
+            throw;
+        }
+    }();
     for (const std::string& warning : result.warnings) {
         context.warn(warning);
     }

@@ -176,8 +176,7 @@ Ports categoryPorts() {
               .type = ValueType::Histogram}}};
 }
 
-std::unique_ptr<Accumulation> categoryFilling(const Arguments& arguments, const Schema& schema,
-                                              const RunContext& context) {
+std::unique_ptr<Accumulation> categoryFilling(const Arguments& arguments, const Schema& schema, RunContext& context) {
     CategoryExpression quantity(arguments, schema);
     Naming naming(arguments, context, {titleOr(arguments, "axis", arguments.text("expression"))});
     const bool isSorted = arguments.text("order") == "sorted";

@@ -17,7 +17,7 @@ public:
         std::string notes{};
         Ports ports{};
         std::unique_ptr<Accumulation> (*prepare)(const Arguments& arguments, const Schema& schema,
-                                                 const RunContext& context) = nullptr;
+                                                 RunContext& context) = nullptr;
     };
 
     explicit FillKind(Description description) : description(std::move(description)) {}

@@ -52,15 +52,13 @@ Ports profilePorts() {
     return ports;
 }
 
-std::unique_ptr<Accumulation> histogramFilling(const Arguments& arguments, const Schema& schema,
-                                               const RunContext& context) {
+std::unique_ptr<Accumulation> histogramFilling(const Arguments& arguments, const Schema& schema, RunContext& context) {
     FillExpression quantity(arguments, schema);
     Naming naming(arguments, context, {titleOr(arguments, "axis", quantity.label())});
     return fillingOf<Histogram1D>(arguments, std::move(quantity), std::move(naming), "histogram");
 }
 
-std::unique_ptr<Accumulation> profileFilling(const Arguments& arguments, const Schema& schema,
-                                             const RunContext& context) {
+std::unique_ptr<Accumulation> profileFilling(const Arguments& arguments, const Schema& schema, RunContext& context) {
     FillExpression quantity(arguments, schema, {"x", "y"});
     Naming naming(arguments, context, {titleOr(arguments, "axis", quantity.label(0))});
     return fillingOf<Profile1D>(arguments, std::move(quantity), std::move(naming), "profile");

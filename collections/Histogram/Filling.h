@@ -30,11 +30,12 @@ void entitle(Object& object, const std::vector<std::string>& titles) {
 /// Name and titles of the filled object.
 class Naming {
 public:
-    Naming(const Arguments& arguments, const RunContext& context, std::vector<std::string> axisTitles);
+    Naming(const Arguments& arguments, RunContext& context, std::vector<std::string> axisTitles);
 
     template <typename Object>
     void deliver(Object filled, const std::string& output, Results& results) const {
         auto object = std::make_shared<Object>(std::move(filled));
+        warnIfEmpty(*object);
         object->name = name;
         object->title = title;
         entitle(*object, axisTitles);
@@ -42,13 +43,37 @@ public:
     }
 
 private:
+    template <typename Object>
+    void warnIfEmpty(const Object& object) const;
+
+    RunContext* context;
     std::string name;
     std::string title;
     std::vector<std::string> axisTitles;
 };
 
-inline Naming::Naming(const Arguments& arguments, const RunContext& context, std::vector<std::string> axisTitles)
-    : name(context.pluginName()), title(titleOr(arguments, "title", name)), axisTitles(std::move(axisTitles)) {}
+inline Naming::Naming(const Arguments& arguments, RunContext& context, std::vector<std::string> axisTitles)
+    : context(&context),
+      name(context.pluginName()),
+      title(titleOr(arguments, "title", name)),
+      axisTitles(std::move(axisTitles)) {}
+
+template <typename Object>
+void Naming::warnIfEmpty(const Object& object) const {
+    if (object.inRange().entries > 0) {
+        return;
+    }
+    std::int64_t outside = 0;
+    for (const auto& cell : object.cells()) {
+        outside += cell.entries;
+    }
+    if (outside == 0 && object.nanEntries() == 0) {
+        context->warn("it has no entries");
+        return;
+    }
+    context->warn("it has no entries in its range: " + std::to_string(outside) + " outside, " +
+                  std::to_string(object.nanEntries()) + " with NaN");
+}
 
 /// Fills copies of an empty filler.
 template <typename Filler>

@@ -35,7 +35,7 @@ Grid<axes> gridFrom(const Arguments& arguments) {
 
 /// The quantities x, y ... of which the first ones are coordinates.
 template <typename Object, std::size_t quantities>
-std::unique_ptr<Accumulation> gridFilling(const Arguments& arguments, const Schema& schema, const RunContext& context) {
+std::unique_ptr<Accumulation> gridFilling(const Arguments& arguments, const Schema& schema, RunContext& context) {
     const std::vector<std::string> inputs(letters.begin(), letters.begin() + quantities);
     FillExpression quantity(arguments, schema, inputs);
     std::vector<std::string> titles;

@@ -6,11 +6,15 @@ namespace velmorak {
 
 namespace {
 
-std::optional<double> numberIn(const FunctionObject& function, const std::string& key) {
+std::string textIn(const FunctionObject& function, const std::string& key) {
     const auto found = std::find_if(function.annotation.begin(), function.annotation.end(),
                                     [&](const AnnotationItem& item) { return item.key == key; });
+    return found == function.annotation.end() ? std::string() : found->value;
+}
+
+std::optional<double> numberIn(const FunctionObject& function, const std::string& key) {
     double number = 0.0;
-    if (found == function.annotation.end() || !readNumber(found->value, number)) {
+    if (!readNumber(textIn(function, key), number)) {
         return std::nullopt;
     }
     return number;
@@ -27,7 +31,8 @@ FitNotes fitNotesOf(const FunctionObject& function) {
     FitNotes notes{.chi2 = numberIn(function, "chi2"),
                    .ndf = numberIn(function, "ndf"),
                    .pValue = numberIn(function, "p_value"),
-                   .errors = {}};
+                   .errors = {},
+                   .status = textIn(function, "status")};
     for (const FunctionObject::Parameter& parameter : function.parameters) {
         notes.errors.push_back(numberIn(function, parameter.name + "_error"));
     }

@@ -3,6 +3,7 @@
 #include <velmorak/FunctionObject.h>
 
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace velmorak {
@@ -13,6 +14,7 @@ struct FitNotes {
     std::optional<double> ndf;
     std::optional<double> pValue;
     std::vector<std::optional<double>> errors;  ///< Parallel to the function's parameters.
+    std::string status;                         ///< "converged", "not converged" ...; empty without a fit.
 
     bool isOfFit() const;
 };

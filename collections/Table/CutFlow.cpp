@@ -7,6 +7,7 @@
 #include <velmorak/FormatMeasurement.h>
 #include <velmorak/NamedNumbers.h>
 #include <velmorak/StateBytes.h>
+#include <velmorak/SystemReason.h>
 
 #include <algorithm>
 #include <cmath>
@@ -270,9 +271,10 @@ Value FlowAccumulation::histogramOf(const std::vector<BinSums>& steps) const {
 }
 
 void FlowAccumulation::write(const std::filesystem::path& path, const std::string& text) {
+    errno = 0;
     std::ofstream out(path, std::ios::binary);
     if (!(out << text).flush()) {
-        throw Failure("file", "the file cannot be written");
+        throw Failure("file", "\"" + path.string() + "\" cannot be written" + systemReason(errno));
     }
 }
 

@@ -1,11 +1,24 @@
 #include "shared/ColumnList.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/Text.h>
 
 #include <algorithm>
 #include <optional>
 
 namespace velmorak {
+
+namespace {
+
+std::vector<std::string> namesOf(const Schema& schema) {
+    std::vector<std::string> names;
+    for (const ColumnInfo& column : schema.columns()) {
+        names.push_back(column.name);
+    }
+    return names;
+}
+
+}  // namespace
 
 std::vector<std::string> columnNames(const std::string& input, const std::string& list) {
     static constexpr const char* separators = " ,\t\n";
@@ -33,7 +46,7 @@ std::vector<std::size_t> columnPositions(const std::string& input, const std::st
     for (const std::string& name : columnNames(input, list)) {
         const std::optional<std::size_t> position = schema.find(name);
         if (!position) {
-            throw Failure(input, "there is no column \"" + name + "\"");
+            throw Failure(input, "there is no column \"" + name + "\"" + columnsThere(name, namesOf(schema)));
         }
         if (std::find(positions.begin(), positions.end(), *position) != positions.end()) {
             throw Failure(input, "column \"" + name + "\" is listed twice");

@@ -79,13 +79,16 @@ TypedOperand Columns::named(const Node& node, Compiler& compiler) {
 
 void Columns::failUnknown(const Node& node, const Compiler& compiler) const {
     std::vector<std::string> known;
+    std::vector<std::string> columns;
     for (const ColumnInfo& info : schema.columns()) {
-        known.push_back(info.name);
+        columns.push_back(info.name);
     }
+    known = columns;
     for (const auto& [name, value] : numbers) {
         known.push_back(name);
     }
-    compiler.fail(node, "there is no column " + quoted(node.text) + suggestion(node.text, known));
+    compiler.fail(node, "there is no column " + quoted(node.text) + columnsThere(node.text, columns) +
+                            suggestion(node.text, known));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "fit/Newton.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/Fit.h>
 #include <velmorak/Text.h>
 #include <velmorak/Value.h>
 
@@ -35,9 +36,10 @@ constexpr double nearDistance = 1e-4;
     checkNotSingular(iterate.problem, linear.r, iterate.moving);
     Eigen::Index worst = 0;
     linear.q.cwiseAbs().maxCoeff(&worst);
-    throw Failure("the fit did not converge in " + std::to_string(steps) + " steps" + iterate.lastValues() + "; " +
-                  quoted(iterate.problem.model().names[iterate.moving[static_cast<std::size_t>(worst)]]) +
-                  " still changes; give other start values, limits or a simpler model");
+    throw NotConverged("the fit did not converge in " + std::to_string(steps) + " steps" + iterate.lastValues() + "; " +
+                           quoted(iterate.problem.model().names[iterate.moving[static_cast<std::size_t>(worst)]]) +
+                           " still changes; give other start values, limits or a simpler model",
+                       iterate.values);
 }
 
 }  // namespace

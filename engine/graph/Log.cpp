@@ -1,6 +1,7 @@
 #include "graph/Log.h"
 
 #include "graph/document/Json.h"
+#include "run/announce/RuntimeFolder.h"
 #include "run/messages/Visible.h"
 
 #include <iostream>
@@ -36,6 +37,7 @@ void printMessage(const std::string& sentence) {
     const std::string line = withoutMiddle(visibleMessage(sentence)) + '\n';
     std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
     std::cerr.flush();
+    announceMessage(line.substr(0, line.size() - 1));
 }
 
 std::string quote(std::string_view text) {

@@ -54,6 +54,9 @@ void setPassRunner(QzManager& manager, PassRunner* passRunner);
 /// @param sentence without its end: "parts 3, 5 of 7 are missing".
 void markPartial(QzManager& manager, const std::string& sentence);
 
+/// Later runs look for files there that are not where the document says.
+void setMovedFiles(QzManager& manager, MovedFiles files);
+
 /// Records of runs list these settings from now on: PLUGIN.INPUT=VALUE.
 void recordSettings(QzManager& manager, const std::vector<std::string>& settings);
 

@@ -8,6 +8,7 @@
 #include "graph/document/Document.h"
 #include "graph/document/Journal.h"
 #include "graph/preview/ColumnPreview.h"
+#include "run/plan/Pipeline.h"
 
 #include <QzManager.h>
 
@@ -94,8 +95,9 @@ struct QzManager::Part {
     velmorak::RunQueue runs;
     bool previewsColumns = true;
     velmorak::ColumnPreviews previews;
-    std::string partial;        ///< Which rows the results lack; empty for none.
-    velmorak::Journal journal;  ///< The last member: its thread uses the others.
+    std::string partial;         ///< Which rows the results lack; empty for none.
+    velmorak::MovedFiles moved;  ///< Of a planned run.
+    velmorak::Journal journal;   ///< The last member: its thread uses the others.
 
     static Part& of(QzManager& manager) { return *manager.part; }
     static const Part& of(const QzManager& manager) { return *manager.part; }

@@ -114,7 +114,8 @@ void NamedNumbers::checkKnown(const Text& text, const Schema& columns,
             reason += ", and no number at an input of that name";
         }
         try {
-            expression::throwAt(text.expression, node.offset, reason + suggestion(node.text, known));
+            expression::throwAt(text.expression, node.offset,
+                                reason + columnsThere(node.text, known) + suggestion(node.text, known));
         } catch (const Failure& failure) {
             throw Failure(text.input, failure.what());
         }

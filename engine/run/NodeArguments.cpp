@@ -119,6 +119,10 @@ bool NodeArguments::isWired(const std::string& input) const {
     return find(input).arrival.isWired;
 }
 
+std::string NodeArguments::whyMissing(const std::string& input) const {
+    return find(input).arrival.failure;
+}
+
 const std::string& NodeArguments::sourceName(const std::string& input) const {
     return find(input).arrival.sourceName;
 }
@@ -127,9 +131,11 @@ const std::string& NodeArguments::sourceOutput(const std::string& input) const {
     return find(input).arrival.sourceOutput;
 }
 
-NodeResults::NodeResults(const std::vector<OutputSpec>& outputs) : outputs(outputs), all(outputs.size()) {}
+NodeResults::NodeResults(const std::vector<OutputSpec>& outputs)
+    : outputs(outputs), all(outputs.size()), left(outputs.size()) {}
 
-void NodeResults::set(const std::string& output, Value value) {
+/// @return the position of the output.
+std::size_t NodeResults::check(const std::string& output, const Value& value) const {
     const auto found =
         std::find_if(outputs.begin(), outputs.end(), [&](const OutputSpec& spec) { return spec.name == output; });
     if (found == outputs.end()) {
@@ -140,10 +146,20 @@ void NodeResults::set(const std::string& output, Value value) {
         throw std::logic_error("the kind sets its output \"" + output + "\" to something that is no " +
                                std::string(nameOf(found->type)));
     }
+    return static_cast<std::size_t>(found - outputs.begin());
+}
+
+void NodeResults::set(const std::string& output, Value value) {
+    const std::size_t position = check(output, value);
     if (const auto* number = std::get_if<NumberWithError>(&value); number && !number->hasError()) {
         value = number->value();
     }
-    all[static_cast<std::size_t>(found - outputs.begin())] = std::move(value);
+    all[position] = std::move(value);
+}
+
+void NodeResults::leave(const std::string& output, Value value) {
+    const std::size_t position = check(output, value);
+    left[position] = std::move(value);
 }
 
 }  // namespace velmorak

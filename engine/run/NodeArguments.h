@@ -15,6 +15,7 @@ struct Arrival {
     std::string sourceName;    ///< Name of the plug-in that feeds the input.
     std::string sourceOutput;  ///< And of its output.
     Value value;               ///< Monostate for a table and for an unwired input.
+    std::string failure{};     ///< How the plug-in that feeds the input failed; empty if it did not.
 };
 
 /// The inputs of one plug-in, checked against their specifications.
@@ -32,6 +33,7 @@ public:
     const std::string& text(const std::string& input) const override;
     const Value& value(const std::string& input) const override;
     bool isWired(const std::string& input) const override;
+    std::string whyMissing(const std::string& input) const override;
     const std::string& sourceName(const std::string& input) const override;
     const std::string& sourceOutput(const std::string& input) const override;
 
@@ -58,12 +60,18 @@ public:
     explicit NodeResults(const std::vector<OutputSpec>& outputs);
 
     void set(const std::string& output, Value value) override;
+    void leave(const std::string& output, Value value) override;
     /// Parallel to the outputs; monostate for one that was not set.
     const std::vector<Value>& values() const { return all; }
+    /// Likewise: what is left of a plug-in that failed.
+    const std::vector<Value>& remains() const { return left; }
 
 private:
+    std::size_t check(const std::string& output, const Value& value) const;
+
     const std::vector<OutputSpec>& outputs;
     std::vector<Value> all;
+    std::vector<Value> left;
 };
 
 /// @return whether an output of the first type may feed an input of the second.

@@ -7,7 +7,15 @@
 namespace velmorak {
 
 RunJob::RunJob(std::shared_ptr<Messages> messages, RunListener* listener)
-    : messages(std::move(messages)), listener(listener), isListening(listener != nullptr) {}
+    : messages(std::move(messages)), announcement(Announcement::begin()), listener({listener, announcement.get()}) {
+    if (announcement) {
+        this->messages->tellTo([told = announcement.get()](const std::string& line) { told->said(line); });
+    }
+}
+
+RunJob::~RunJob() {
+    messages->tellTo({});
+}
 
 void RunJob::askToEnd() {
     const MutexLock lock(mutex);

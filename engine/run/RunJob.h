@@ -2,8 +2,10 @@
 
 #include "run/RunLedger.h"
 #include "run/Runner.h"
+#include "run/announce/Announcement.h"
 #include "run/messages/ListenerGate.h"
 #include "run/messages/Messages.h"
+#include "run/results/FormerResults.h"
 
 #include <velmorak/Mutex.h>
 
@@ -22,6 +24,9 @@ class RunJob : public std::enable_shared_from_this<RunJob> {
 public:
     /// @param listener null for none.
     RunJob(std::shared_ptr<Messages> messages, RunListener* listener);
+    RunJob(const RunJob&) = delete;
+    RunJob& operator=(const RunJob&) = delete;
+    ~RunJob();
 
     /// Asks the run to end. May be called on any thread, also before begin.
     void askToEnd();
@@ -39,9 +44,10 @@ public:
 
     Pipeline pipeline;                ///< Not changed after begin.
     std::optional<RunLedger> ledger;  ///< Of the pipeline.
+    std::optional<FormerResults> former;
     const std::shared_ptr<Messages> messages;
+    const std::unique_ptr<Announcement> announcement;  ///< Null where nobody can be told.
     ListenerGate listener;
-    const bool isListening;
     bool leavesRecord = false;  ///< A first record was written.
     RunReport report;           ///< Valid after wait has returned true.
 

@@ -33,6 +33,16 @@ void RunLedger::finalize(std::size_t position, const NodeReport& report) {
     nodeFinished[position] = report;
 }
 
+void RunLedger::noteFormer(std::vector<FormerFile> files) {
+    const MutexLock lock(mutex);
+    formerFiles = std::move(files);
+}
+
+std::vector<FormerFile> RunLedger::former() const {
+    const MutexLock lock(mutex);
+    return formerFiles;
+}
+
 std::vector<NodeReport> RunLedger::reports() const {
     const MutexLock lock(mutex);
     return nodeFinished;

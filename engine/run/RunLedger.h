@@ -48,6 +48,10 @@ public:
     /// @return the current reports of all plug-ins.
     std::vector<NodeReport> reports() const;
 
+    /// Sets the files of earlier runs, for the report of a run that is left behind.
+    void noteFormer(std::vector<FormerFile> files);
+    std::vector<FormerFile> former() const;
+
     /// Makes calls in progress throw LeftBehind when they return.
     void leaveBehind() { isLeft = true; }
 
@@ -74,6 +78,7 @@ private:
     std::atomic<bool> isLeft = false;
     mutable Mutex mutex;
     std::vector<NodeReport> nodeFinished VELMORAK_GUARDED_BY(mutex);  ///< By plug-in.
+    std::vector<FormerFile> formerFiles VELMORAK_GUARDED_BY(mutex);
 };
 
 }  // namespace velmorak

@@ -41,6 +41,7 @@ void RunScheduler::run(RunReport& report) {
     memory.history.explain(state, cache);
     printReasons();
     memory.writeDown(memory.history.ifInterrupted(state));
+    setFormerAside();
     do {
         commitFinished();
         evaluateReady();
@@ -55,6 +56,36 @@ void RunScheduler::run(RunReport& report) {
         passRunner->end();
     }
     reportTo(report);
+    settleFormer(report);
+}
+
+/// Files of earlier runs stay only where this run confirms them: by reusing the result, or, for a plug-in that it does
+/// not need, because the stored result is still right.
+void RunScheduler::setFormerAside() {
+    if (!state.former) {
+        return;
+    }
+    std::set<std::string> kept;
+    for (std::size_t i = 0; i < state.runs.size(); ++i) {
+        const bool isConfirmed = state.runs[i].isNeeded
+                                     ? state.runs[i].report.status == NodeStatus::Reused
+                                     : state.former->hasFilesOf(state.node(i).name) && cache.confirm(i);
+        if (isConfirmed) {
+            for (const FileContent& file : cache.writtenFiles(i)) {
+                kept.insert(plainFileName(file.file.value_or("")));
+            }
+        }
+    }
+    for (const std::string& complaint : state.former->setAside(kept)) {
+        state.messages.line(complaint);
+    }
+}
+
+void RunScheduler::settleFormer(RunReport& report) {
+    if (state.former) {
+        report.missing = state.former->missing();
+        report.former = state.former->settle(!report.wasStopped && !report.hasFailure());
+    }
 }
 
 /// Caches and reports what became final.
@@ -72,6 +103,7 @@ void RunScheduler::commitFinished() {
             continue;
         }
         run.isReported = true;
+        run.report.written = recordFiles(cache.writtenFiles(position));
         state.ledger.finalize(position, run.report);
         if (state.listener) {
             state.listener->nodeFinished(state.node(position), run.report);
@@ -84,17 +116,29 @@ void RunScheduler::reportTo(RunReport& report) {
     for (std::size_t i = 0; i < state.runs.size(); ++i) {
         NodeRun& run = state.runs[i];
         report.wasStopped = report.wasStopped || run.report.status == NodeStatus::Unfinished;
+        run.report.written = recordFiles(cache.writtenFiles(i));
         if (run.isNeeded) {
             needed.push_back(i);
-            run.report.written = recordFiles(cache.writtenFiles(i));
             run.report.files = cache.filesInOrder(i);
             run.context->warnOfMoreSkipped();
         }
     }
+    warnOfLostRows();
     report.files = recordFiles(cache.filesOf(needed));
     report.skipped = skippedFiles(state);
     for (NodeRun& run : state.runs) {
         report.nodes.push_back(std::move(run.report));
+    }
+}
+
+/// A condition that no row passes is more often a mistake than an answer.
+void RunScheduler::warnOfLostRows() {
+    for (std::size_t i = 0; i < state.runs.size() && (!passRunner || passRunner->makesResults()); ++i) {
+        const NodeRun& run = state.runs[i];
+        const bool isRowWise = state.plan.category(i) == KindCategory::RowWise;
+        if (isRowWise && run.report.status == NodeStatus::Done && run.report.rowsIn > 0 && run.report.rowsOut == 0) {
+            run.context->warn("keeps none of its " + std::to_string(run.report.rowsIn) + " rows");
+        }
     }
 }
 
@@ -216,7 +260,8 @@ std::optional<std::size_t> RunScheduler::failedUpstream(std::size_t position) co
     const std::vector<std::size_t>& upstream = state.plan.upstream(position);
     for (const bool givesRows : {false, true}) {
         const auto failed = std::find_if(upstream.begin(), upstream.end(), [&](std::size_t feeder) {
-            return state.plan.isStream(feeder) == givesRows && state.hasFailed(feeder);
+            return state.plan.isStream(feeder) == givesRows && state.hasFailed(feeder) &&
+                   !state.mayGoWithout(position, feeder);
         });
         if (failed != upstream.end()) {
             return *failed;
@@ -253,6 +298,7 @@ void RunScheduler::evaluate(std::size_t position) {
     });
     if (error) {
         state.fail(position, *error);
+        state.runs[position].remains = results.remains();
     } else {
         state.finish(position, NodeStatus::Done, results.values());
     }

@@ -53,10 +53,14 @@ private:
 
     bool passNext();
 
+    void setFormerAside();
+    void settleFormer(RunReport& report);
+
     void commitFinished();
     void finalizeRemaining();
     void finalize(std::size_t position, bool isInReused);
     void reportTo(RunReport& report);
+    void warnOfLostRows();
 
     RunState& state;
     RunMemory& memory;

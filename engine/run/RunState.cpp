@@ -1,6 +1,7 @@
 #include "run/RunState.h"
 
 #include "run/messages/Visible.h"
+#include "run/results/PartialMark.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -47,8 +48,40 @@ bool RunState::hasFailed(std::size_t position) const {
 
 bool RunState::hasArguments(std::size_t position) const {
     const std::vector<std::size_t>& upstream = plan.upstream(position);
-    return std::all_of(upstream.begin(), upstream.end(),
-                       [this](std::size_t feeder) { return plan.isStream(feeder) || isDone(feeder); });
+    return std::all_of(upstream.begin(), upstream.end(), [&](std::size_t feeder) {
+        return plan.isStream(feeder) || isDone(feeder) || (hasFailed(feeder) && mayGoWithout(position, feeder));
+    });
+}
+
+bool RunState::mayGoWithout(std::size_t position, std::size_t feeder) const {
+    bool isAllowed = true;
+    bool hasOther = false;
+    for (const PipelineInput& input : node(position).inputs) {
+        if (input.wire) {
+            isAllowed = isAllowed && (input.wire->node != feeder || input.spec.mayFail);
+            hasOther = hasOther || (input.spec.mayFail && hasValueFor(input));
+        }
+    }
+    return isAllowed && hasOther;
+}
+
+bool RunState::hasValueFor(const PipelineInput& input) const {
+    return isDone(input.wire->node) || !std::holds_alternative<std::monostate>(remainsOf(*input.wire));
+}
+
+bool RunState::isIncomplete(std::size_t position) const {
+    const std::vector<std::size_t>& upstream = plan.upstream(position);
+    return std::any_of(upstream.begin(), upstream.end(), [this](std::size_t feeder) { return hasFailed(feeder); });
+}
+
+Value RunState::remainsOf(const PipelineWire& wire) const {
+    const std::vector<Value>& remains = runs[wire.node].remains;
+    for (std::size_t i = 0; i < remains.size(); ++i) {
+        if (node(wire.node).outputs[i].name == wire.output) {
+            return remains[i];
+        }
+    }
+    return {};
 }
 
 Arrival RunState::arrival(const PipelineInput& input, bool mayMiss) const {
@@ -56,13 +89,15 @@ Arrival RunState::arrival(const PipelineInput& input, bool mayMiss) const {
         return {};
     }
     const PipelineNode& feeder = node(input.wire->node);
-    Arrival arrival{true, feeder.name, input.wire->output, {}};
+    Arrival arrival{true, feeder.name, input.wire->output, {}, {}};
     for (std::size_t i = 0; i < feeder.outputs.size(); ++i) {
         if (feeder.outputs[i].name != input.wire->output || feeder.outputs[i].type == ValueType::Table) {
             continue;
         }
         arrival.value = runs[input.wire->node].report.outputs[i];
         if (mayMiss && hasFailed(input.wire->node)) {
+            arrival.value = remainsOf(*input.wire);
+            arrival.failure = runs[input.wire->node].report.sentence;
             return arrival;
         }
         if (std::holds_alternative<std::monostate>(arrival.value)) {
@@ -75,7 +110,7 @@ Arrival RunState::arrival(const PipelineInput& input, bool mayMiss) const {
 NodeArguments RunState::arguments(std::size_t position) const {
     std::vector<Arrival> arrivals;
     for (const PipelineInput& input : node(position).inputs) {
-        arrivals.push_back(arrival(input, plan.isRunReporter(position)));
+        arrivals.push_back(arrival(input, plan.isRunReporter(position) || input.spec.mayFail));
     }
     return {node(position), arrivals};
 }
@@ -130,6 +165,11 @@ void RunState::stopFirst(std::size_t position) {
 void RunState::finish(std::size_t position, NodeStatus status, std::vector<Value> outputs) {
     finalize(position);
     runs[position].report.status = status;
+    if (!pipeline.partial.empty()) {
+        for (Value& value : outputs) {
+            value = withPartialMark(value, pipeline.partial);
+        }
+    }
     runs[position].report.outputs = std::move(outputs);
 }
 

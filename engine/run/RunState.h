@@ -6,6 +6,7 @@
 #include "run/RunListener.h"
 #include "run/messages/NodeError.h"
 #include "run/plan/Plan.h"
+#include "run/results/FormerResults.h"
 
 #include <chrono>
 #include <memory>
@@ -21,7 +22,8 @@ struct NodeRun {
     bool isReported = false;   ///< The listener has been called.
     bool hasStreamed = false;  ///< Of a stream: at least one pass came to its end.
     NodeReport report;
-    std::string cause;  ///< Of a failed or skipped plug-in: name of the one that failed.
+    std::string cause;           ///< Of a failed or skipped plug-in: name of the one that failed.
+    std::vector<Value> remains;  ///< Of a failed plug-in: what it has got, parallel to its outputs; may be empty.
     std::unique_ptr<NodeContext> context;
 };
 
@@ -39,8 +41,12 @@ public:
     /// Executed or reused.
     bool isDone(std::size_t position) const;
     bool hasFailed(std::size_t position) const;
-    /// All values that the plug-in takes are available.
+    /// All values that the plug-in takes are available, or have failed where they may.
     bool hasArguments(std::size_t position) const;
+    /// The plug-in is executed although this one, which feeds it, has failed.
+    bool mayGoWithout(std::size_t position, std::size_t feeder) const;
+    /// Some plug-in that feeds this one has failed.
+    bool isIncomplete(std::size_t position) const;
     /// @throws Failure if a value does not suit its input.
     NodeArguments arguments(std::size_t position) const;
 
@@ -50,6 +56,7 @@ public:
     void skip(std::size_t position, const std::string& cause);
     /// Sets the status of a plug-in that was not finished when the run was stopped.
     void stopFirst(std::size_t position);
+    /// Marks the objects if the results are partial.
     void finish(std::size_t position, NodeStatus status, std::vector<Value> outputs);
     void addSeconds(std::size_t position, std::chrono::nanoseconds time);
     /// A pass of the stream came to its end.
@@ -72,12 +79,15 @@ public:
     unsigned passes = 0;    ///< Number of passes begun.
     Plan plan;
     ResultFolder results;
+    FormerResults* former = nullptr;  ///< Files of earlier runs; null for a run that makes no result files.
     RunEnvironment environment;
     std::vector<NodeRun> runs;  ///< Parallel to the pipeline's nodes.
 
 private:
     /// @param mayMiss a value may be missing because its plug-in failed.
     Arrival arrival(const PipelineInput& input, bool mayMiss) const;
+    Value remainsOf(const PipelineWire& wire) const;
+    bool hasValueFor(const PipelineInput& input) const;
 
     std::vector<std::size_t> finished;  ///< Since the last takeFinished; may contain duplicates.
 };

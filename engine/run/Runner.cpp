@@ -7,6 +7,8 @@
 #include "run/RunListener.h"
 #include "run/RunScheduler.h"
 #include "run/messages/CrashNote.h"
+#include "run/pass/PassRunner.h"
+#include "run/plan/Unconnected.h"
 #include "run/record/RunRecordFile.h"
 #include "run/results/ResultsPlace.h"
 #include "run/results/Summary.h"
@@ -96,6 +98,9 @@ RunReport Runner::Impl::carryOut(RunJob& job) {
         report.nodes.assign(job.pipeline.nodes.size(),
                             {NodeStatus::Failed, job.error()->sentence, 0, 0, 0.0, {}, {}, {}});
         messages->line("The run failed: " + job.error()->sentence);
+        if (job.announcement) {
+            job.announcement->ended(report);
+        }
         return report;
     }
     report.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
@@ -105,6 +110,9 @@ RunReport Runner::Impl::carryOut(RunJob& job) {
     summarise(job.pipeline, report);
     if (listener) {
         listener->ended(report);
+    }
+    if (job.announcement) {
+        job.announcement->ended(report);
     }
     return report;
 }
@@ -120,6 +128,11 @@ void Runner::Impl::execute(RunJob& job, bool isBackground) {
     job.messages->beginProgress();
     memory->recall(job.pipeline);
     removeLeftovers(job.pipeline);
+    if (!passRunner || passRunner->makesResults()) {
+        job.former.emplace(job.pipeline);
+        job.report.former = job.former->known();
+        job.ledger->noteFormer(job.report.former);
+    }
     job.leavesRecord = leave(job, job.report, false);
     job.listener.began(job.pipeline, job.report.threads);
     schedule(job, executor ? *executor : ownExecutor);
@@ -128,7 +141,11 @@ void Runner::Impl::execute(RunJob& job, bool isBackground) {
 void Runner::Impl::schedule(RunJob& job, Executor& workers) {
     try {
         RunState state(job.pipeline, job.isAskedToEnd(), *job.messages, *job.ledger,
-                       job.isListening ? &job.listener : nullptr);
+                       job.listener.isEmpty() ? nullptr : &job.listener);
+        if (job.former) {
+            state.former = &*job.former;
+            state.results.displaceWith(*job.former);
+        }
         RunScheduler(state, *memory, explains, workers, passRunner).run(job.report);
     } catch (const Stopped&) {  // Before the first plug-in was executed.
         NodeReport unfinished;
@@ -146,6 +163,7 @@ RunReport Runner::Impl::leaveBehind(RunJob& job) {
     const std::vector<std::size_t> unresponsive = job.leaveBehind();
     messages = std::make_shared<Messages>(stream, isTerminal);
     report.nodes = job.ledger->reports();
+    report.former = job.ledger->former();
     report.wasStopped = true;
     for (const std::size_t position : unresponsive) {
         memory->refused.insert(job.pipeline.nodes[position].kind);
@@ -182,6 +200,12 @@ void Runner::Impl::summarise(const Pipeline& pipeline, const RunReport& report) 
             continue;
         }
         messages->line(summaryLine(pipeline.nodes[i], report.nodes[i]));
+    }
+    if (const std::string text = unconnectedText(pipeline); !text.empty()) {
+        messages->line(text);
+    }
+    if (!report.missing.empty()) {
+        messages->line(formerText(pipeline, report.missing));
     }
     if (report.wasStopped) {
         messages->line("The run was stopped.");

@@ -41,6 +41,8 @@ struct RunReport {
     bool wasStopped = false;
     std::vector<RecordedFile> files{};   ///< Files that were read, now or for a result that was reused.
     std::vector<SkippedFile> skipped{};  ///< Files that should have been read.
+    std::vector<FormerFile> former{};    ///< Files of earlier runs in the folder "former".
+    std::vector<FormerFile> missing{};   ///< Those of them that this run should have made and did not.
     int threads = 0;
     std::chrono::system_clock::time_point began{};
     double seconds = 0.0;

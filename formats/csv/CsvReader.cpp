@@ -5,6 +5,7 @@
 
 #include <velmorak/ChunkSize.h>
 #include <velmorak/Dates.h>
+#include <velmorak/Text.h>
 #include <velmorak/Utf8.h>
 
 #include <algorithm>
@@ -236,9 +237,13 @@ void CsvReader::addColumnsOf(const Geant4Header& given) {
 }
 
 void CsvReader::checkTypes() const {
+    std::vector<std::string> names;
+    for (const ColumnInfo& column : columns.columns()) {
+        names.push_back(column.name);
+    }
     for (const auto& given : options.types) {
         if (!columns.find(given.first) && !options.ignoresOtherTypes) {
-            throw Failure("types", "there is no column \"" + given.first + "\"");
+            throw Failure("types", "there is no column \"" + given.first + "\"" + columnsThere(given.first, names));
         }
     }
 }

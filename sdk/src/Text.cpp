@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace velmorak {
 
@@ -52,6 +53,24 @@ std::string suggestion(std::string_view unknown, const std::vector<std::string>&
         }
     }
     return nearest ? "; did you mean " + quoted(*nearest) + "?" : std::string();
+}
+
+std::string columnsThere(std::string_view unknown, const std::vector<std::string>& columns) {
+    constexpr std::size_t maxShown = 20;
+    std::vector<std::pair<std::size_t, std::size_t>> order;  // Distance and position.
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        order.emplace_back(
+            editDistance(unknown.substr(0, maxCompared), std::string_view(columns[i]).substr(0, maxCompared)), i);
+    }
+    std::sort(order.begin(), order.end());
+    std::string text;
+    for (std::size_t i = 0; i < std::min(order.size(), maxShown); ++i) {
+        text += (i == 0 ? "" : ", ") + quoted(columns[order[i].second]);
+    }
+    if (columns.size() > maxShown) {
+        text += " and " + std::to_string(columns.size() - maxShown) + " more";
+    }
+    return text.empty() ? text : (columns.size() == 1 ? "; the only column is " : "; the columns are ") + text;
 }
 
 }  // namespace velmorak

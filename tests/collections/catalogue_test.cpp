@@ -52,7 +52,7 @@ TEST(Catalogue, offersTheKindsByGroup) {
         {"Histogram",
          {"Histogram1D", "Histogram2D", "Histogram3D", "Profile1D", "Profile2D", "CategoryHistogram", "Rebin", "Scale",
           "Combine", "Project", "Cumulative", "Compare", "Statistics"}},
-        {"Output", {"Plot", "AidaWriter", "CsvWriter", "Print", "Report"}},
+        {"Output", {"Plot", "AidaWriter", "CsvWriter", "RootWriter", "Print", "Report"}},
         {"Table", {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode"}},
     };
     std::map<std::string, Names> found;

@@ -59,6 +59,7 @@ std::vector<Case> cases() {
         {"CsvWriter", "object", {}},
         {"ParquetWriter", "table", {}},
         {"AidaWriter", "object", {}},
+        {"RootWriter", "object", {}},
         {"Histogram1D", "table", {{"expression", "x"}, {"weight", "w"}, {"low", "-2"}, {"high", "2"}}},
         {"Histogram1D", "table", {{"expression", "x"}, {"low", "-2"}, {"high", "2"}, {"bins", "40000"}}},
         {"Histogram1D", "table", {{"expression", "k"}, {"range", "automatic"}, {"bins", "10"}}},

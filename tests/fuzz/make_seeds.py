@@ -124,6 +124,42 @@ def states():
         yield b"a" + struct.pack("<I", 1) + listed(b"text") + listed(struct.pack("<2i", -1, 7), 4) + listed(content)
 
 
+def facts():
+    """What a plan knows of files: a list with a property, and the columns of two files, the second of them skipped."""
+    column = listed(b"weight") + listed(b"GeV") + b"\0\0"
+    version = struct.pack("<I", 1)
+    yield (b"l" + version + mark(1) + listed(b"samples.csv") + mark(2) + listed(b"a.csv") + mark(0) + listed(b"b.csv")
+           + mark(1) + mark(1) + column + listed(reals(0.5, 2), 8))
+    yield b"c" + version + mark(1) + column + listed(b"\0\1") + mark(1) + listed(b"it is empty") + mark(0)
+
+
+def plans():
+    """Of one pass, and of two rounds in a bundle."""
+    file = {"path": "/data/a.csv", "bytes": 100, "modified": 1700000000000000000}
+    moved = dict(file, place="../a.csv", sha256="0" * 64)
+    one = {"round": 1, "targets": ["Mean"], "needs": [], "files": [file]}
+    two = {"round": 2, "targets": ["Upper"], "needs": [0], "files": [moved, moved]}
+    run = {"text": "{}", "settings": ["Rows.seed=1"], "folder": "", "passes": [one, two],
+           "leftToMerge": [{"plugin": "Few", "reason": "it counts"}], "otherFiles": [moved],
+           "listings": [{"listing": "data\0*.csv", "names": ["a.csv"]}],
+           "facts": [{"plugin": "Rows", "name": "columns", "value": "00ff"}]}
+    plan = {"plan": 2, "velmorak": "1", "time": "2026-01-01T00:00:00Z", "document": "/a.zedra", "aida": "",
+            "folder": "/", "results": "", "builds": {"CsvTable": "1"}, "runs": [run]}
+    cut = [{"run": 0, "pass": 0, "begin": [0, 0], "end": [0, 7]}, {"run": 0, "pass": 0, "begin": [0, 7], "end": [1, 0]}]
+    yield dict(plan, parts=cut)
+    yield dict(plan, parts=cut + [{"run": 0, "pass": 1, "begin": [0, 0], "end": [2, 0]}])
+
+
+def parts():
+    """Identity, what precedes a state, and summary of the file of a part."""
+    yield b"i" + listed(b"plan") + mark(1) + listed(b"build")
+    for form, file, first, level in ((0, 0, 4, 2), (1, 3, 8, 3), (2, 1, 0, 0), (3, 0, 5, 0)):
+        yield b"h" + listed(b"Upper") + mark(0) + bytes([form]) + mark(file) + mark(first) + struct.pack("<I", level)
+    file = ["a.csv", "0" * 64, 100, 1, 2, "", ""]
+    yield b"s" + json.dumps({"operators": [["Upper", 0, 10, 9]], "rows": [10], "files": [file], "skipped": [file],
+                             "states": 0}).encode()
+
+
 shutil.rmtree(out, ignore_errors=True)
 for path in files("examples/**/*.zedra", "tests/data/*.zedra"):
     seed("document", path.read_bytes())
@@ -173,6 +209,12 @@ seed("sqlite", database("""CREATE TABLE t (n INTEGER, x REAL, ok BOOLEAN, b BLOB
     INSERT INTO t VALUES (1, 0.5, 1, x'00'), (2, NULL, 0, NULL);
     CREATE VIEW v AS SELECT n, x * 2 AS y FROM t WHERE ok;"""))
 seed("sqlite", database("CREATE TABLE `a b` (s TEXT PRIMARY KEY) WITHOUT ROWID; INSERT INTO `a b` VALUES ('x'), ('y');"))
+for known in facts():
+    seed("facts", known)
+for plan in plans():
+    seed("plan", json.dumps(plan))
+for part in parts():
+    seed("part", part)
 # Header of a binary AIDA file: an empty <aida version="3.3">.
 seed("wbxml", b"\x03\x01\x6a\x00" + bytes([0x85, 0x05, 0x03]) + b"3.3\x00\x01")
 # A Parquet file without columns and rows, and the beginning and end of an Arrow stream.

@@ -2,27 +2,12 @@
 
 #include "Settings.h"
 
-#include "run/record/RunRecordFile.h"
-#include "run/results/Summary.h"
+#include "run/announce/RunEvents.h"
 
 #include <nlohmann/json.hpp>
 
 #include <cerrno>
 #include <system_error>
-
-namespace {
-
-using Json = nlohmann::ordered_json;
-
-std::string textOf(const Json& event) {
-    return event.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-}
-
-Json orNull(const std::optional<double>& number) {
-    return number ? Json(*number) : Json();
-}
-
-}  // namespace
 
 Events::Events(const std::string& name, std::ostream& output) : stream(name == "-" ? output : file) {
     if (name != "-") {
@@ -34,13 +19,7 @@ Events::Events(const std::string& name, std::ostream& output) : stream(name == "
 }
 
 void Events::began(const velmorak::Pipeline& pipeline, int threads) {
-    write(textOf({{"event", "began"},
-                  {"version", 1},
-                  {"document", pipeline.document.string()},
-                  {"settings", pipeline.settings},
-                  {"results", pipeline.resultsFolder.string()},
-                  {"plugins", pipeline.nodes.size()},
-                  {"threads", threads}}));
+    write(velmorak::eventLine(velmorak::beganEvent(pipeline, threads)));
 }
 
 bool Events::isProgressDue() {
@@ -50,36 +29,17 @@ bool Events::isProgressDue() {
 }
 
 void Events::progressed(const velmorak::ProgressNow& now) {
-    const double rate = now.seconds > 0.0 ? static_cast<double>(now.rows) / now.seconds : 0.0;
-    write(textOf({{"event", "progress"},
-                  {"plugin", now.plugin},
-                  {"pass", now.pass},
-                  {"file", now.file + 1},
-                  {"files", now.files},
-                  {"rows", now.rows},
-                  {"fraction", orNull(now.fraction)},
-                  {"seconds", now.seconds},
-                  {"rowsPerSecond", rate},
-                  {"secondsLeft", orNull(velmorak::secondsLeft(now))}}));
+    write(velmorak::eventLine(velmorak::progressEvent(now)));
     const velmorak::MutexLock lock(mutex);
     lastProgress = Clock::now();
 }
 
 void Events::nodeFinished(const velmorak::PipelineNode& node, const velmorak::NodeReport& report) {
-    write(textOf({{"event", "plugin"},
-                  {"name", node.name},
-                  {"kind", node.kindName},
-                  {"outcome", velmorak::nameOf(report.status)},
-                  {"sentence", report.sentence},
-                  {"reason", report.reason},
-                  {"rowsIn", report.rowsIn},
-                  {"rowsOut", report.rowsOut},
-                  {"seconds", report.seconds}}));
+    write(velmorak::eventLine(velmorak::pluginEvent(node, report)));
 }
 
 void Events::ended(const velmorak::RunReport& report) {
-    const char* status = report.wasStopped ? "stopped" : report.hasFailure() ? "failed" : "done";
-    write(textOf({{"event", "ended"}, {"outcome", status}, {"seconds", report.seconds}}));
+    write(velmorak::eventLine(velmorak::endedEvent(report)));
 }
 
 void Events::write(const std::string& line) {

@@ -3,6 +3,7 @@
 #include "run/NodeContext.h"
 #include "run/messages/Visible.h"
 #include "run/plan/Plan.h"
+#include "run/plan/Unconnected.h"
 
 #include <ostream>
 
@@ -42,6 +43,9 @@ std::size_t printErrors(const Pipeline& pipeline, std::ostream& stream) {
                    << '\n';
             ++errors;
         }
+    }
+    if (const std::string text = velmorak::unconnectedText(pipeline); !text.empty()) {
+        stream << velmorak::visibleMessage(text) << '\n';
     }
     return errors;
 }

@@ -24,6 +24,7 @@ constexpr const char* helpText = R"(Usage: velmorak-run [OPTIONS] DOCUMENT     r
   --list, --check            list plug-ins, inputs, values; check types; no run
   --look FILE [--json]       print what is in a data file of any known format
   --plan JOB --parts N       divide the run of DOCUMENT into parts; no run
+  --bundle                   with --plan: for machines without these files
   --part I|auto JOB          do a part of a planned run; several at once
   --merge [--partial] JOB    put the parts together, or those that are done
   --status JOB               list the parts that are missing or have failed
@@ -48,6 +49,7 @@ void addJobOptions(CLI::App& app, Options& options) {
     CLI::Option* const parts = app.add_option("--parts", options.parts)->check(CLI::Range(1, maxParts));
     CLI::Option* const plan = app.add_option("--plan", options.job)->needs(parts);
     parts->needs(plan);
+    app.add_flag("--bundle", options.isBundle)->needs(plan);
     CLI::Option* const part = app.add_option("--part", options.part);
     CLI::Option* const merge = app.add_flag("--merge", options.isMerge);
     CLI::Option* const status = app.add_flag("--status", options.isStatus);

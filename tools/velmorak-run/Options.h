@@ -30,6 +30,7 @@ struct Options {
     std::string job;                    ///< Folder for the plan of a job; empty to run now.
     std::size_t parts = 0;              ///< Of each pass of the job.
     std::string part;                   ///< Number of the part to do, or auto; empty for none.
+    bool isBundle = false;              ///< The job goes to other machines with the files of one part.
     bool isMerge = false;
     bool isPartial = false;
     bool isStatus = false;

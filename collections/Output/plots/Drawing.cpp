@@ -3,6 +3,7 @@
 #include "Gnuplot.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/SystemReason.h>
 #include <velmorak/TemporaryFolder.h>
 
 #include <algorithm>
@@ -15,20 +16,22 @@ namespace velmorak {
 namespace {
 
 void writeText(const std::filesystem::path& file, const std::string& text) {
+    errno = 0;
     std::ofstream out(file, std::ios::binary);
     out.write(text.data(), static_cast<std::streamsize>(text.size()));
     out.close();
     if (!out) {
-        throw Failure(file.string() + " could not be written");
+        throw Failure(file.string() + " cannot be written" + systemReason(errno));
     }
 }
 
 std::string readText(const std::filesystem::path& file) {
+    errno = 0;
     std::ifstream in(file, std::ios::binary);
     std::ostringstream text;
     text << in.rdbuf();
     if (!in) {
-        throw Failure(file.string() + " could not be read");
+        throw Failure(file.string() + " cannot be read" + systemReason(errno));
     }
     return text.str();
 }

@@ -15,19 +15,29 @@ namespace velmorak {
 
 namespace {
 
+std::string firstLine(const std::string& text) {
+    return text.substr(0, text.find('\n'));
+}
+
 const InputSpec objectInput = {.name = "object",
                                .description =
                                    "Histogram, profile, points or function to draw. Two-dimensional objects are drawn "
                                    "as colours and need their own plot.",
-                               .type = ValueType::Any};
+                               .type = ValueType::Any,
+                               .mayFail = true};
 
-std::vector<PlotObject> objectsOf(const Arguments& arguments) {
+/// @param missing receives a line for each object that is not there because its plug-in failed.
+std::vector<PlotObject> objectsOf(const Arguments& arguments, std::vector<std::string>& missing) {
     std::vector<PlotObject> objects;
     for (const std::string& input : numberedInputs(arguments, "objects", "object")) {
         if (!arguments.isWired(input)) {
             throw Failure(input, "nothing is wired");
         }
         const auto* object = std::get_if<DataObjectPtr>(&arguments.value(input));
+        if (const std::string why = arguments.whyMissing(input); !why.empty() && !object) {
+            missing.push_back("\"" + arguments.sourceName(input) + "\" is missing: " + firstLine(why));
+            continue;
+        }
         if (!object) {
             throw Failure(input, "a number or text cannot be drawn; wire a histogram, profile, points or function");
         }
@@ -102,6 +112,9 @@ legend hide nothing.
 On a logarithmic axis, bins and points that are not positive are not drawn, and error bars that extend below 0 end at the
 frame. Infinite and NaN values are left out. A warning reports both, except for bins that are simply empty.
 
+If the plug-in of an object failed, the others are drawn, and a line below the picture says which one is missing and why. The
+curve of a fit that did not converge is marked in the legend.
+
 Pictures are drawn by gnuplot, from the package gnuplot-nox. Script and data are kept beside the picture: edit them
 and run `gnuplot` on the script in that folder. Titles are drawn literally; write µ, ⁺ or ² instead of markup.
 `]]>` is drawn as `]] >`, invalid UTF-8 as question marks. The same objects give the same bytes; for this, a PDF has a fixed
@@ -122,7 +135,8 @@ std::string PlotKind::refusal(const std::string& input, const std::string& value
 }
 
 void PlotKind::evaluate(const Arguments& arguments, Results&, RunContext& context) const {
-    const std::vector<PlotObject> objects = objectsOf(arguments);
+    std::vector<std::string> missing;
+    const std::vector<PlotObject> objects = objectsOf(arguments, missing);
     PlotStyle style = plotStyleOf(arguments);
     const std::string& file = arguments.text("file");
     const std::string resultName = file.empty() ? asFileName(context.pluginName()) : withoutPictureEnding(file);
@@ -131,6 +145,8 @@ void PlotKind::evaluate(const Arguments& arguments, Results&, RunContext& contex
         throw Failure("file", "\"" + file + "\" is not a valid file name for a picture");
     }
     PlotContents contents = plotContents(objects, style);
+    contents.notes.insert(contents.notes.end(), missing.begin(), missing.end());
+    contents.warnings.insert(contents.warnings.end(), missing.begin(), missing.end());
     draw(contents, style, resultName, context);
 }
 

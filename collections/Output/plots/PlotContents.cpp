@@ -37,6 +37,19 @@ std::string heightTitle(const BinSums& sums, const Axis& axis, const std::string
     return quantity + " / " + (width == "1" ? unit : "(" + width + " " + unit + ")");
 }
 
+bool hasConverged(const FunctionObject& function) {
+    return std::none_of(function.annotation.begin(), function.annotation.end(), [](const AnnotationItem& item) {
+        return item.key == "status" && item.value == "not converged";
+    });
+}
+
+/// Nothing of it can be seen. A histogram without entries is a line at 0.
+bool isBlank(const PlotSeries& series) {
+    return !series.function && std::all_of(series.points.begin(), series.points.end(), [&](const PlotPoint& point) {
+        return !std::isfinite(point.y) || (series.isHistogram && point.y == 0.0 && point.yLow == point.yHigh);
+    });
+}
+
 /// Collects objects of all classes for one picture.
 class Collector {
 public:
@@ -98,6 +111,8 @@ private:
     /// Unless the user chooses, data with a curve are drawn as points, others as steps.
     void chooseSeriesStyles();
 
+    void warnIfBlank();
+
     const PlotStyle& style;
     PlotContents contents;
     std::vector<std::string> titles;
@@ -109,7 +124,13 @@ private:
     throw Failure(object.input, "a three-dimensional histogram cannot be drawn; project it first");
 }
 
+bool isPartial(const DataObject& object) {
+    return std::any_of(object.annotation.begin(), object.annotation.end(),
+                       [](const AnnotationItem& item) { return item.key == "partial"; });
+}
+
 void Collector::add(const PlotObject& object) {
+    contents.isPartial = contents.isPartial || isPartial(*object.object);
     visit(*object.object, overloaded{
                               [&](const FunctionObject& function) { addObject(object, function); },
                               [&](const Histogram3D&) { refuse(object); },
@@ -134,6 +155,7 @@ PlotContents Collector::finish() {
         contents.yTitle = contents.yTitle.substr(0, contents.yTitle.find(" / ")) + " / bin";
     }
     chooseSeriesStyles();
+    warnIfBlank();
     return std::move(contents);
 }
 
@@ -143,6 +165,12 @@ void Collector::addObject(const PlotObject& object, const FunctionObject& functi
     }
     PlotSeries series = seriesOf(object);
     series.style = PlotSeries::SeriesStyle::Curve;
+    if (!hasConverged(function)) {
+        series.label += " (not converged)";
+        contents.notes.push_back("\"" + object.maker + "\" did not converge: this is its last curve");
+        contents.warnings.push_back(object.input + ": \"" + object.maker +
+                                    "\" did not converge; its last curve is drawn");
+    }
     series.statistics = statisticsOf(function);
     series.function = std::shared_ptr<const FunctionObject>(object.object, &function);
     take(contents.xTitle, series.function->arguments.empty() ? "" : series.function->arguments.front().name);
@@ -279,6 +307,14 @@ void Collector::warn(const PlotObject& object, std::size_t strange, const std::s
     if (strange > 0) {
         contents.warnings.push_back(object.input + ": " + std::to_string(strange) + " " + parts +
                                     " are not drawn because they are infinite or NaN");
+    }
+}
+
+void Collector::warnIfBlank() {
+    const bool isEmptyMap = contents.map && std::all_of(contents.map->values.begin(), contents.map->values.end(),
+                                                        [](double value) { return std::isnan(value); });
+    if (isEmptyMap || (!contents.map && std::all_of(contents.series.begin(), contents.series.end(), isBlank))) {
+        contents.warnings.emplace_back("there is nothing to draw: no object has entries or points");
     }
 }
 

@@ -279,7 +279,22 @@ std::string terminalOf(const std::string& format) {
            " linewidth 1.7 background rgb 'white'\nmarks = 1.8\n";
 }
 
-std::string preamble(bool isMap) {
+constexpr double noteLine = 0.9;  ///< Height in characters.
+
+/// Lines below the picture.
+std::string notesBelow(const std::vector<std::string>& notes) {
+    std::string text;
+    for (std::size_t i = 0; i < notes.size(); ++i) {
+        const auto fromBelow = static_cast<double>(notes.size() - i) * noteLine - 0.3;
+        const double fitting = 2300.0 / std::max<double>(1.0, static_cast<double>(characterCount(notes[i])));
+        text += "set label " + quotedForGnuplot(notes[i]) + " at screen 0.5, character " + roundedText(fromBelow) +
+                " center textcolor rgb '#A00000' font 'DejaVu Sans," +
+                roundedText(std::floor(std::clamp(fitting, 12.0, 20.0))) + "'\n";
+    }
+    return text;
+}
+
+std::string preamble(bool isMap, std::size_t notes) {
     return std::string(
                "# Draws the picture again: run gnuplot on this file in its folder.\n"
                "reset\n"
@@ -291,8 +306,9 @@ std::string preamble(bool isMap) {
            " scale 1.2,0.6\n"
            "set mxtics\nset mytics\n" +
            (isMap ? "" : "set grid xtics ytics linetype 1 linewidth 1 linecolor rgb '#E4E4E4'\n") +
-           "set lmargin 11.5\nset rmargin " + (isMap ? "12" : "4") + "\nset bmargin 3.8\n" + "set tmargin " +
-           (isMap ? "3.6" : "2.8") + "\n";
+           "set lmargin 11.5\nset rmargin " + (isMap ? "12" : "4") + "\nset bmargin " +
+           roundedText(3.8 + noteLine * static_cast<double>(notes)) + "\n" + "set tmargin " + (isMap ? "3.6" : "2.8") +
+           "\n";
 }
 
 }  // namespace
@@ -301,7 +317,8 @@ PlotFiles plotFiles(PlotContents& contents, const PlotStyle& style) {
     const Boxes boxes = boxesOf(contents, style);
     const PlotFrame frame = frameOf(contents, style, upperCorners(boxes));
     const bool isMap = contents.map.has_value();
-    std::string text = preamble(isMap) + (isMap ? mapSetting(contents, style) : legendPlace(boxes));
+    std::string text = preamble(isMap, contents.notes.size()) + notesBelow(contents.notes) +
+                       (isMap ? mapSetting(contents, style) : legendPlace(boxes));
     text += plotAxes(contents, frame, style);
     if (!boxes.rows.empty()) {
         text += statisticsBox(boxes);

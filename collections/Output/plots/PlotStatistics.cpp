@@ -76,6 +76,9 @@ std::vector<StatisticsRow> statisticsOf(const Profile1D& profile) {
 std::vector<StatisticsRow> statisticsOf(const FunctionObject& function) {
     const FitNotes notes = fitNotesOf(function);
     std::vector<StatisticsRow> rows;
+    if (notes.status == "not converged") {
+        rows.push_back({"Fit", notes.status});
+    }
     if (notes.chi2 && notes.ndf) {
         rows.push_back({"χ²/ndf", roundedText(*notes.chi2) + " / " + formatNumber(*notes.ndf)});
     }

@@ -75,6 +75,20 @@ std::string head(const ReportContents& contents) {
     return text;
 }
 
+/// Files of an earlier run that this one did not make again.
+std::string formerFiles(const RunRecord& record) {
+    if (record.former.empty()) {
+        return {};
+    }
+    Rows rows;
+    for (const FormerFile& file : record.former) {
+        rows.push_back({file.file, file.plugin});
+    }
+    return "<p>This run did not make these files; those of an earlier run are in the folder "
+           "<code>former</code>.</p>\n" +
+           htmlTable({"file", "plug-in"}, rows);
+}
+
 std::string failures(const ReportContents& contents) {
     std::string text = "<h2>Failures</h2>\n";
     Rows rows;
@@ -84,7 +98,7 @@ std::string failures(const ReportContents& contents) {
         }
     }
     if (rows.empty()) {
-        return text + "<p>None: every requested plug-in succeeded.</p>\n";
+        return text + "<p>None: every requested plug-in succeeded.</p>\n" + formerFiles(contents.record);
     }
     text += "<p class=\"failed\">" + std::to_string(rows.size()) + " of " +
             std::to_string(contents.record.plugins.size()) + " plug-ins gave no result.</p>\n";
@@ -94,7 +108,7 @@ std::string failures(const ReportContents& contents) {
             text += element("p", "Missing in this report: " + nameOf(item) + ".") + "\n";
         }
     }
-    return text;
+    return text + formerFiles(contents.record);
 }
 
 std::string pictures(const ReportContents& contents) {

@@ -5,6 +5,7 @@
 #include "PrintText.h"
 #include "TextOutput.h"
 
+#include <velmorak/Parts.h>
 #include <velmorak/StateBytes.h>
 
 #include <algorithm>
@@ -108,7 +109,8 @@ Printing::Printing(std::vector<Section> parts, Schema schema, std::size_t most, 
     : parts(std::move(parts)), schema(std::move(schema)), most(most), file(std::move(file)), context(context) {}
 
 void Printing::finish(AccumulatorState& state, Results&) {
-    std::string text;
+    const std::string partial = partialRemark(context);
+    std::string text = partial.empty() ? "" : "Partial: " + partial + "\n";
     for (const Section& part : parts) {
         text += part.isTable ? tableText(part.name, static_cast<FirstRows&>(state)) : part.text;
     }

@@ -1,6 +1,7 @@
 #include "TextOutput.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/SystemReason.h>
 
 #include <utility>
 
@@ -19,9 +20,10 @@ void TextOutput::append(const std::string& text) {
 
 void TextOutput::complete() {
     begin();
+    errno = 0;
     out.close();
     if (!out) {
-        throw Failure("\"" + name + "\" cannot be written");
+        fail();
     }
     file->keep();
 }
@@ -31,15 +33,22 @@ void TextOutput::begin() {
         return;
     }
     file = context->beginResult(name);
+    errno = 0;
     out.open(file->path(), std::ios::binary);
     write(first);
     first.clear();
 }
 
 void TextOutput::write(const std::string& text) {
+    errno = out ? 0 : errno;
     if (!out.write(text.data(), static_cast<std::streamsize>(text.size()))) {
-        throw Failure("\"" + name + "\" cannot be written");
+        fail();
     }
+}
+
+void TextOutput::fail() const {
+    const int error = errno;
+    throw Failure("\"" + finalPath(file->path(), name) + "\" cannot be written" + systemReason(error));
 }
 
 }  // namespace velmorak

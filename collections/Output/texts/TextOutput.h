@@ -24,6 +24,7 @@ public:
 private:
     void begin();
     void write(const std::string& text);
+    [[noreturn]] void fail() const;
 
     std::string name;
     std::string first;

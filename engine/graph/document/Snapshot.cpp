@@ -84,6 +84,7 @@ Pipeline pipelineOf(const QzManager& manager) {
         made.commandLineAida = owner.commandLineAida;
         made.settings = owner.settings;
         made.partial = owner.partial;
+        made.moved = owner.moved;
         made.documentText = formatDocument(documentOf(manager));
     }
     made.document = document;
@@ -122,6 +123,12 @@ void markPartial(QzManager& manager, const std::string& sentence) {
     QzManager::Part& owner = QzManager::Part::of(manager);
     const std::lock_guard guard(owner.lock);
     owner.partial = sentence;
+}
+
+void setMovedFiles(QzManager& manager, MovedFiles files) {
+    QzManager::Part& owner = QzManager::Part::of(manager);
+    const std::lock_guard guard(owner.lock);
+    owner.moved = std::move(files);
 }
 
 void setPassRunner(QzManager& manager, PassRunner* passRunner) {

@@ -4,14 +4,18 @@
 
 #include <velmorak/Mutex.h>
 
+#include <vector>
+
 namespace velmorak {
 
-/// Forwards the events of a run until it is closed. An abandoned run keeps its gate, so the listener can go away.
+/// Forwards the events of a run until it is closed. An abandoned run keeps its gate, so the listeners can go away.
 /// Threads: every operation may be called on any thread.
 class ListenerGate : public RunListener {
 public:
-    /// @param listener must live until close returns; null for none.
-    explicit ListenerGate(RunListener* listener) : listener(listener) {}
+    /// @param listeners must live until close returns; null ones are left out.
+    explicit ListenerGate(const std::vector<RunListener*>& listeners);
+
+    bool isEmpty() const { return isWithoutListeners; }
 
     void began(const Pipeline& pipeline, int threads) override;
     bool isProgressDue() override;
@@ -24,7 +28,8 @@ public:
 
 private:
     Mutex mutex;
-    RunListener* listener VELMORAK_GUARDED_BY(mutex);  ///< Null for none.
+    std::vector<RunListener*> listeners VELMORAK_GUARDED_BY(mutex);
+    const bool isWithoutListeners;
 };
 
 }  // namespace velmorak

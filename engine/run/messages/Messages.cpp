@@ -32,6 +32,14 @@ void Messages::write(const std::string& shown) {
     }
     erase();
     stream << shown << std::flush;
+    if (also) {
+        also(shown.substr(0, shown.size() - 1));
+    }
+}
+
+void Messages::tellTo(std::function<void(const std::string&)> told) {
+    const MutexLock lock(mutex);
+    also = std::move(told);
 }
 
 void Messages::beginProgress() {

@@ -30,6 +30,9 @@ public:
     /// Erases the progress line on a terminal.
     void endProgress();
 
+    /// Also gives each line, and each text as a whole, to this function; an empty one ends that.
+    void tellTo(std::function<void(const std::string&)> told);
+
     /// Ignores all later calls.
     void silence();
 
@@ -44,6 +47,7 @@ private:
     std::chrono::steady_clock::time_point lastShown VELMORAK_GUARDED_BY(mutex);
     bool isShown VELMORAK_GUARDED_BY(mutex) = false;
     bool isSilent VELMORAK_GUARDED_BY(mutex) = false;
+    std::function<void(const std::string&)> also VELMORAK_GUARDED_BY(mutex);
 };
 
 }  // namespace velmorak

@@ -22,6 +22,8 @@ public:
     virtual void begin(RunState& state, ResultCache& cache, FileHashes& hashes) = 0;
     /// Whether the run computes a plug-in that a run without this would compute.
     virtual bool needs(std::size_t position) const = 0;
+    /// Whether the run makes the pipeline's result files.
+    virtual bool makesResults() const { return true; }
     /// Whether the run computes a plug-in even if nothing else in the run needs it.
     virtual bool asksFor(std::size_t /*position*/) const { return false; }
     /// Whether the rows of an input file are read, so that its checksum is needed. Threads: several at once.

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace velmorak {
@@ -39,6 +40,8 @@ public:
     /// Reads the next chunk that is wanted, perhaps without its columns. @return false when there is none, or a source
     /// has failed.
     bool read(ChunkTask& task);
+    /// @return where the next chunk of the file that is being read begins; nothing if its reader cannot say.
+    std::optional<std::string> bookmark() const;
     /// Makes the columns, unless that was done for an earlier operator. @return false when the source could not.
     bool complete(ChunkTask& task) const;
 
@@ -79,6 +82,7 @@ private:
 
     void open(Segment& segment);
     void limit(Segment& segment) const;
+    bool seek(Segment& segment);
     bool readNext(ChunkTask& task);
     bool readInto(Chunk& chunk);
     void number(ChunkTask& task);

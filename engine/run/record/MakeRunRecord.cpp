@@ -128,6 +128,10 @@ RunRecord makeReporterRecord(const RunState& state, ResultCache& cache, std::siz
         }
     }
     record.skipped = skippedFiles(state);
+    if (state.former) {
+        record.former = state.former->missing();
+        std::erase_if(record.former, [&](const FormerFile& file) { return file.plugin == state.node(reporter).name; });
+    }
     if (!state.pipeline.partial.empty()) {
         record.skipped.insert(record.skipped.begin(), {"", "", state.pipeline.partial});
     }

@@ -59,6 +59,7 @@ constexpr const char* rowsOut = "rowsOut";
 constexpr const char* outputs = "outputs";
 constexpr const char* results = "results";
 constexpr const char* skipped = "skipped";
+constexpr const char* former = "former";
 constexpr const char* partial = "partial";
 constexpr const char* files = "files";
 constexpr const char* plugin = "plugin";
@@ -107,6 +108,14 @@ Json skippedOf(const std::vector<SkippedFile>& files) {
     Json all = Json::array();
     for (const SkippedFile& file : files) {
         all.push_back({{key::plugin, file.plugin}, {key::file, file.file}, {key::reason, file.reason}});
+    }
+    return all;
+}
+
+Json formerOf(const std::vector<FormerFile>& files) {
+    Json all = Json::array();
+    for (const FormerFile& file : files) {
+        all.push_back({{key::plugin, file.plugin}, {key::file, file.file}});
     }
     return all;
 }
@@ -209,12 +218,28 @@ Sums readResults(const Json& plugin) {
     return sums;
 }
 
+std::vector<FormerFile> readFiles(const Json& record) {
+    std::vector<FormerFile> files;
+    for (const Json& plugin : record.at(key::plugins)) {
+        for (const Json& result : plugin.at(key::results)) {
+            files.push_back({plugin.at(key::name).get<std::string>(), result.at(key::file).get<std::string>()});
+        }
+    }
+    if (record.contains(key::former)) {  // Records of older versions have no such field.
+        for (const Json& file : record.at(key::former)) {
+            files.push_back({file.at(key::plugin).get<std::string>(), file.at(key::file).get<std::string>()});
+        }
+    }
+    return files;
+}
+
 StoredRunRecord readRecord(const Json& record) {
     const Json& document = record.at(key::document);
     StoredRunRecord stored{document.at(key::text).get<std::string>(),
                            document.at(key::file).get<std::string>(),
                            record.at(key::aida).get<std::string>(),
                            record.at(key::settings).get<std::vector<std::string>>(),
+                           readFiles(record),
                            {},
                            {}};
     for (const Json& input : record.at(key::inputs)) {
@@ -277,6 +302,7 @@ std::string runRecordText(const Pipeline& pipeline, const RunReport& report, boo
     record[key::seed] = seedsOf(pipeline);
     record[key::inputs] = filesOf(report.files);
     record[key::skipped] = skippedOf(report.skipped);
+    record[key::former] = formerOf(report.former);
     if (!pipeline.partial.empty()) {
         record[key::partial] = pipeline.partial;
     }

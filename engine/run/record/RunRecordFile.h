@@ -36,6 +36,7 @@ struct StoredRunRecord {
     std::filesystem::path documentFile;  ///< Empty for a pipeline that was never saved.
     std::string aidaFile;
     std::vector<std::string> settings;
+    std::vector<FormerFile> files;  ///< All result files that it names, also those of still earlier runs.
     Sums inputs;  ///< Sums of the files that were read, by name; empty for the AIDA file of the command line.
     std::map<std::string, Plugin> plugins;
 };

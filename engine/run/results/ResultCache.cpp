@@ -36,6 +36,15 @@ bool ResultCache::reuse(std::size_t position) {
     return true;
 }
 
+bool ResultCache::confirm(std::size_t position) {
+    const std::optional<StoredResult> stored = keys[position] ? store.find(*keys[position]) : std::nullopt;
+    if (!stored || !isValid(*stored) || !claims(position, *stored)) {
+        return false;
+    }
+    written[position] = stored->written;
+    return true;
+}
+
 bool ResultCache::isValid(const StoredResult& stored) {
     const auto isUnchanged = [this](const FileContent& file) { return contentOf(file.file) == file.digest; };
     const auto isStillThere = [this](const FileContent& file) { return resultContentOf(*file.file) == file.digest; };
@@ -81,8 +90,10 @@ void ResultCache::keep(std::size_t position) {
     const bool hasFiles = collectFiles(position);
     const NodeRun& run = state.runs[position];
     const bool isComplete = run.hasStreamed || run.report.status == NodeStatus::Done;
-    if (!isComplete || !hasFiles || !keys[position] || state.plan.isRunReporter(position) ||
-        state.hasFailed(position) || !collectWritten(position)) {
+    if (!isComplete || state.hasFailed(position) || !collectWritten(position)) {
+        return;
+    }
+    if (!hasFiles || !keys[position] || state.plan.isRunReporter(position) || state.isIncomplete(position)) {
         return;
     }
     std::string reason;

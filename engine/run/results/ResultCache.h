@@ -26,6 +26,9 @@ public:
     /// @return false if the node must be executed.
     bool reuse(std::size_t position);
 
+    /// Whether the node's stored result is valid, and with it the files that it wrote. Does not finish the node.
+    bool confirm(std::size_t position);
+
     /// Stores the results of nodes that have become complete, each once. A stream is stored without a value: only that
     /// all of its rows have passed.
     /// @param finished in the plan's order.

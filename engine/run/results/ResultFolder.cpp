@@ -2,6 +2,7 @@
 
 #include "run/messages/Visible.h"
 #include "run/record/RunRecordFile.h"
+#include "run/results/FormerResults.h"
 #include "run/results/ResultsPlace.h"
 #include "store/AtomicFile.h"
 
@@ -82,7 +83,21 @@ std::unique_ptr<ResultFile> ResultFolder::begin(const std::string& plugin, const
     if (fs::is_directory(file, error)) {
         refuse(fileName, "cannot be written: a folder has that name");
     }
+    displace(plugin, file);
     return std::make_unique<TemporaryFile>(*this, file, fileName);
+}
+
+void ResultFolder::displace(const std::string& plugin, const fs::path& file) {
+    if (!displaced || folder.empty() || !isBelow(file, resolveLinks(folder))) {
+        return;
+    }
+    {
+        const MutexLock lock(mutex);
+        if (owners[file].written) {
+            return;  // It is of this run.
+        }
+    }
+    displaced->setAside(plugin, file.lexically_relative(resolveLinks(folder)).string());
 }
 
 fs::path ResultFolder::place(const std::string& fileName) const {
@@ -116,6 +131,9 @@ void ResultFolder::claim(const std::string& plugin, const std::string& fileName)
     const fs::path file = place(fileName);
     if (!folder.empty() && file == resolveLinks(folder) / runRecordFileName) {
         refuse(fileName, "is the name of the record of the run; choose another one");
+    }
+    if (!folder.empty() && isBelow(file, resolveLinks(folder) / formerFolderName)) {
+        refuse(fileName, "is in the folder of files of earlier runs; choose another one");
     }
     const MutexLock lock(mutex);
     const auto [owner, isNew] = owners.emplace(file, Owned{plugin, {}});

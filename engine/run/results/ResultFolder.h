@@ -24,6 +24,8 @@ struct WrittenFile {
     FileStamp stamp;  ///< Taken before the file got its name.
 };
 
+class FormerResults;
+
 /// The folder of the result files of one run.
 ///
 /// Invariants: a file appears under its name only when it is complete (AtomicFile), never after the run was stopped,
@@ -36,6 +38,10 @@ public:
     /// @param stopping true when the run is asked to end; files completed after that are discarded.
     /// @param pipeline has the path of the folder.
     ResultFolder(const Pipeline& pipeline, bool mayWriteAnywhere, const std::atomic<bool>& stopping);
+
+    /// Who moves a file of an earlier run away when it is to be made anew.
+    /// @param former outlives this.
+    void displaceWith(FormerResults& former) { displaced = &former; }
 
     /// @return a file under a temporary name. Its keep throws Stopped if the run was asked to end.
     /// @throws Failure if the name is refused or the folder cannot be created.
@@ -56,11 +62,13 @@ private:
     };
 
     void note(const std::filesystem::path& file, WrittenFile written);
+    void displace(const std::string& plugin, const std::filesystem::path& file);
 
     std::filesystem::path folder;
     std::string folderComplaint;  ///< Why the folder cannot be used; empty if it can.
     bool mayWriteAnywhere;
     const std::atomic<bool>& stopping;
+    FormerResults* displaced = nullptr;
     Mutex mutex;
     std::map<std::filesystem::path, Owned> owners VELMORAK_GUARDED_BY(mutex);
     /// By plug-in.

@@ -3,8 +3,11 @@
 #include "run/NodeContext.h"
 #include "run/messages/Visible.h"
 #include "run/plan/Plan.h"
+#include "run/results/FormerResults.h"
 
 #include <fmt/format.h>
+
+#include <algorithm>
 
 namespace velmorak {
 namespace {
@@ -48,6 +51,18 @@ std::string summaryLine(const PipelineNode& node, const NodeReport& report) {
             break;
     }
     return "";
+}
+
+std::string formerText(const Pipeline& pipeline, const std::vector<FormerFile>& missing) {
+    constexpr std::size_t maxShown = 10;
+    std::string names;
+    for (std::size_t i = 0; i < std::min(missing.size(), maxShown); ++i) {
+        names += (i == 0 ? "" : ", ") + missing[i].file + " of \"" + shortened(missing[i].plugin) + "\"";
+    }
+    if (missing.size() > maxShown) {
+        names += fmt::format(" and {} more", missing.size() - maxShown);
+    }
+    return "Not made again, and moved to " + (pipeline.resultsFolder / formerFolderName).string() + ": " + names;
 }
 
 std::string progressText(const ProgressNow& progress) {

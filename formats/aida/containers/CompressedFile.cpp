@@ -70,7 +70,7 @@ CompressedFile::CompressedFile(const std::filesystem::path& file) : part(std::ma
     part->name = file.string();
     part->size = std::filesystem::file_size(file, error);
     if (error) {
-        throw Failure(fmt::format("{} cannot be opened", part->name));
+        throw Failure(fmt::format("{} cannot be opened: {}", part->name, error.message()));
     }
     const Packing packing = packingOf(file);
     if (packing == Packing::Zip) {

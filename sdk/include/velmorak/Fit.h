@@ -1,5 +1,6 @@
 #pragma once
 
+#include <velmorak/Failure.h>
 #include <velmorak/FunctionObject.h>
 
 #include <functional>
@@ -9,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace velmorak {
@@ -106,8 +108,21 @@ struct FitResult {
     std::vector<std::string> warnings;  ///< Sentences about ignored entries and settings.
 };
 
+/// The minimisation ended before it reached a minimum.
+class NotConverged : public Failure {
+public:
+    NotConverged(const std::string& sentence, std::vector<double> values)
+        : Failure(sentence), last(std::move(values)) {}
+
+    /// Parameters of the last step, in the model's order.
+    const std::vector<double>& values() const { return last; }
+
+private:
+    std::vector<double> last;
+};
+
 /// Minimises chi square or the negative logarithm of the Poisson likelihood. The same input yields the same bits.
-/// @throws Failure with the reason and the names of the parameters involved; Stopped.
+/// @throws Failure with the reason and the names of the parameters involved; NotConverged; Stopped.
 FitResult fit(const FitModel& model, const FitData& data, const FitOptions& options);
 
 /// @return the p-value of a fit: the probability of a larger chi square at ndf degrees of freedom; NaN unless chi2 >= 0

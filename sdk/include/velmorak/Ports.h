@@ -21,6 +21,10 @@ struct InputSpec {
     bool isInteger = false;   ///< Of a number: must have no fraction.
     bool isOptional = false;  ///< Of an input that only a wire can feed: may stay unwired.
     bool isSeed = false;      ///< Of a number: seeds random numbers; the record of a run lists it.
+    /// Of an input that only a wire can feed, but not with a table: the plug-in is executed even if what feeds the
+    /// input has failed, as long as some such input has a value. Arguments::whyMissing then says why. The result is not
+    /// kept.
+    bool mayFail = false;
 };
 
 struct OutputSpec {

@@ -103,6 +103,9 @@ public:
     /// The value from the wire of an input of any other type; monostate if it is not wired.
     virtual const Value& value(const std::string& input) const = 0;
     virtual bool isWired(const std::string& input) const = 0;
+    /// Of an input that mayFail: how the plug-in that feeds it failed, as a sentence; empty if it did not. The input
+    /// has no value then, or one that Results::leave gave.
+    virtual std::string whyMissing(const std::string& /*input*/) const { return {}; }
     /// Name of the plug-in that feeds the input; empty if it is not wired.
     virtual const std::string& sourceName(const std::string& input) const = 0;
     /// Name of the output that feeds the input; empty if it is not wired.
@@ -122,6 +125,9 @@ public:
     template <typename Number>
     requires std::is_arithmetic_v<Number>
     void set(const std::string& output, Number number) { set(output, Value(static_cast<double>(number))); }
+    /// Leaves what the plug-in has got before it fails, for inputs that mayFail and for reports: for example the last
+    /// curve of a fit that does not converge.
+    virtual void leave(const std::string& /*output*/, Value /*value*/) {}
 };
 
 }  // namespace velmorak

@@ -20,6 +20,14 @@ struct SkippedFile {
     std::string reason;
 };
 
+/// A result file of an earlier run.
+struct FormerFile {
+    std::string plugin;  ///< That made it.
+    std::string file;    ///< Its name in the results folder.
+
+    bool operator==(const FormerFile&) const = default;
+};
+
 struct RecordedInput {
     std::string name;
     std::string value;   ///< Its text; meaningless if the input is wired.
@@ -53,6 +61,7 @@ struct RunRecord {
     std::string program;                  ///< Version of the analysis library, as in "0.2.0".
     std::vector<RecordedPlugin> plugins;  ///< In topological order, except within dependency cycles.
     std::vector<RecordedFile> files;      ///< Sorted by name, each once.
+    std::vector<FormerFile> former{};     ///< Set only for a run reporter: not made again, now in the folder "former".
     std::vector<SkippedFile> skipped{};   ///< Set only for a run reporter. Without a file: why results are partial.
 };
 

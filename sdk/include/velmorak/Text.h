@@ -29,4 +29,9 @@ std::size_t editDistance(std::string_view a, std::string_view b);
 ///         than a third of the characters differ (one character in a short name).
 std::string suggestion(std::string_view unknown, const std::vector<std::string>& known);
 
+/// Completes a message about a column that does not exist.
+/// @return '; the columns are "pt", "eta" and 12 more': at most twenty, the most similar first, else in their order.
+///         Empty if there are none.
+std::string columnsThere(std::string_view unknown, const std::vector<std::string>& columns);
+
 }  // namespace velmorak

@@ -45,12 +45,12 @@ TEST_F(ResultFolders, takeThePlaceOfOlderOnes) {
     EXPECT_EQ(content(folder / "test.results/note.txt"), "again");
 }
 
-TEST_F(ResultFolders, leaveTheOlderOneWhenTheWriterFails) {
+TEST_F(ResultFolders, showNoOlderOneWhenTheWriterFails) {
     run();
     set("writer", "text", "bad");
     run();
     EXPECT_EQ(sentence("writer"), "the disk is full");
-    EXPECT_EQ(content(folder / "test.results/note.txt"), "hello");
+    EXPECT_EQ(content(folder / "test.results/former/note.txt"), "hello");
     EXPECT_EQ(std::distance(fs::directory_iterator(folder / "test.results"), {}), 1) << "no temporary file stays";
 }
 

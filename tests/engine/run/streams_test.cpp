@@ -100,6 +100,26 @@ TEST_F(Concatenations, joinedTablesCanBeJoinedAgain) {
     EXPECT_EQ(text("sum", 1), "((0 + 0 ) + 0 ) ");
 }
 
+TEST_F(Concatenations, anyNumberOfDifferentTablesCanFollowEachOther) {
+    std::vector<std::string> open;
+    for (int i = 0; i < 1100; ++i) {
+        open.push_back("t" + std::to_string(i));
+        add(rows, open.back(), {{"rows", "3"}});
+    }
+    for (std::size_t i = 0; i + 1 < open.size(); i += 2) {
+        const std::string name = "j" + std::to_string(i);
+        add(join, name);
+        wire(open[i], "table", name, "first");
+        wire(open[i + 1], "table", name, "second");
+        open.push_back(name);
+    }
+    add(sum, "sum");
+    wire(open.back(), "table", "sum", "table");
+    run();
+    EXPECT_EQ(status("sum"), NodeStatus::Done) << sentence("sum");
+    EXPECT_EQ(rowsInto("sum"), 3300U);
+}
+
 TEST_F(Concatenations, aTableThatDoublesWithoutEndIsRefused) {
     add(rows, "j0", {{"rows", "1"}});
     for (int i = 1; i <= 40; ++i) {

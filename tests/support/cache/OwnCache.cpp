@@ -28,6 +28,7 @@ private:
         }
         folder = fs::temp_directory_path() / ("velmorak-cache-" + std::to_string(getpid())) / name;
         setenv("XDG_CACHE_HOME", folder.c_str(), 1);
+        unsetenv("XDG_RUNTIME_DIR");
         setenv("XDG_STATE_HOME", (folder.string() + ".state").c_str(), 1);
         setenv("XDG_DATA_HOME", (folder.string() + ".data").c_str(), 1);
     }

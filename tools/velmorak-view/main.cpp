@@ -1,0 +1,137 @@
+#include "News.h"
+#include "Notifier.h"
+#include "Server.h"
+
+#include "run/announce/RuntimeFolder.h"
+
+#include <CLI/CLI.hpp>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <thread>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::chrono::milliseconds newsPause{500};
+
+struct Options {
+    std::string shown;  ///< Document or results folder; may be empty.
+    bool staysClosed = false;
+    bool watches = false;
+    int port = 0;
+};
+
+/// @return the results folder of what the user named. @throws std::runtime_error if it is neither.
+std::string resultsOf(const std::string& shown) {
+    if (shown.empty()) {
+        return {};
+    }
+    std::error_code error;
+    const fs::path path = fs::canonical(shown, error);
+    if (error) {
+        throw std::runtime_error(shown + ": " + error.message());
+    }
+    if (fs::is_directory(path)) {
+        return path.string();
+    }
+    fs::path results = path;
+    results.replace_extension(".results");
+    if (!fs::is_directory(results) || fs::is_symlink(results)) {
+        throw std::runtime_error(path.string() + " has no results yet: there is no folder " + results.string());
+    }
+    return results.string();
+}
+
+void openBrowser(const std::string& address) {
+    std::string program = "xdg-open";
+    std::string argument = address;
+    char* const arguments[] = {program.data(), argument.data(), nullptr};
+    pid_t child = 0;
+    if (posix_spawnp(&child, program.c_str(), nullptr, nullptr, arguments, environ) == 0) {
+        waitpid(child, nullptr, 0);
+    } else {
+        std::cerr << "velmorak-view: xdg-open cannot be started; open the address in a browser\n";
+    }
+}
+
+/// Held by the one program that watches. @return false if another one does.
+bool isOnlyWatcher(const fs::path& folder) {
+    const int lock = open((folder / "watch.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    return lock >= 0 && flock(lock, LOCK_EX | LOCK_NB) == 0;
+}
+
+void follow(Runs& runs, const std::string& address, const sigset_t& signals) {
+    News news(runs);
+    Notifier notifier([address] { openBrowser(address); });
+    const timespec pause{0, std::chrono::nanoseconds(newsPause).count()};
+    while (sigtimedwait(&signals, nullptr, &pause) < 0) {
+        for (const NewsItem& item : news.take()) {
+            notifier.show(item.title, item.sentence);
+        }
+    }
+}
+
+int view(const Options& options, const sigset_t& signals) {
+    const fs::path folder = velmorak::runtimeFolder();
+    if (options.watches && (folder.empty() || !isOnlyWatcher(folder))) {
+        return 0;
+    }
+    Runs runs(folder);
+    Server server(runs, resultsOf(options.shown));
+    if (!server.bind(options.port)) {
+        std::cerr << "velmorak-view: no port of 127.0.0.1 can be used\n";
+        return 1;
+    }
+    if (folder.empty()) {
+        std::cerr << "velmorak-view: XDG_RUNTIME_DIR is not set, or its folder velmorak is open to others: runs cannot "
+                     "be followed\n";
+    }
+    std::thread serving([&server] { server.serve(); });
+    if (!options.watches) {
+        std::cout << server.address() << std::endl;
+    }
+    if (!options.watches && !options.staysClosed) {
+        openBrowser(server.address());
+    }
+    follow(runs, server.address(), signals);
+    server.stop();
+    serving.join();
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    CLI::App app("Shows what runs do and what came out, in a browser.", "velmorak-view");
+    app.add_option("DOCUMENT|RESULTS", options.shown, "a document, or a results folder, to show besides current runs");
+    app.add_flag("--no-open", options.staysClosed, "only print the address, for example to forward its port by ssh");
+    app.add_flag("--watch", options.watches,
+                 "stay in the background, notify of failures, and open the page on a click");
+    app.add_option("--port", options.port, "port of 127.0.0.1; 0: any")->check(CLI::Range(0, 65535));
+    app.set_version_flag("--version", VELMORAK_VERSION);
+    CLI11_PARSE(app, argc, argv);
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        return view(options, signals);
+    } catch (const std::exception& error) {
+        std::cerr << "velmorak-view: " << error.what() << '\n';
+        return 1;
+    }
+}
