@@ -17,7 +17,7 @@ public:
                  const Schema* wanted, RunContext& context);
 
     const Schema& schema() const override { return offered; }
-    void selectColumns(const std::vector<bool>& needed) { isNeeded = needed; }
+    void selectColumns(const std::vector<bool>& needed) override { isNeeded = needed; }
     bool next(Chunk& chunk) override;
     void complete(Chunk& chunk) const override;
     std::optional<double> fraction() const override;

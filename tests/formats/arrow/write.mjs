@@ -44,7 +44,7 @@ const pair = new arrow.Struct([new arrow.Field("x", new arrow.Float64(), true), 
 
 const columns = {
     i8: [new arrow.Int8(), (i) => (i % 256) - 128],
-    u16: [new arrow.Uint16(), (i) => i * 1000],
+    u16: [new arrow.Uint16(), (i) => i * 500],
     i32: [new arrow.Int32(), (i) => missing(-i * 100000, i)],
     u32: [new arrow.Uint32(), (i) => 4294967295 - i],
     i64: [new arrow.Int64(), (i) => BigInt(i) * 1000000000000n - 5n],

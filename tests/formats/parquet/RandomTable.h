@@ -30,7 +30,8 @@ public:
 
     std::vector<ColumnPtr> rows(std::size_t count) {
         std::vector<ColumnPtr> columns;
-        for (const ColumnInfo& info : schema().columns()) {
+        const Schema types = schema();
+        for (const ColumnInfo& info : types.columns()) {
             columns.push_back(column(info, count));
         }
         return columns;

@@ -171,6 +171,13 @@ TEST(ParquetColumns, areThoseThatWereAskedFor) {
     EXPECT_EQ(table.schema, Schema({{"xs", ColumnType::Real, true}, {"n", ColumnType::Integer}}));
     EXPECT_EQ(table["xs"].offsets.size(), 51U);
     EXPECT_THROW(openParquet(file, {"m"}, nullptr, context), Failure);
+    const auto reader = openParquet(file, {"n", "xs"}, nullptr, context);
+    reader->selectColumns({false, true});
+    Chunk chunk;
+    ASSERT_TRUE(reader->next(chunk));
+    reader->complete(chunk);
+    EXPECT_EQ(chunk.columns.at(0), nullptr);
+    EXPECT_EQ(chunk.columns.at(1)->offsets.size(), 51U);
     fs::remove(file);
 }
 
