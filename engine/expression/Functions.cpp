@@ -361,14 +361,10 @@ std::vector<std::string> functionNames() {
     for (const Function& function : functions) {
         names.emplace_back(function.name);
     }
-    for (const NamedForm& form : listForms()) {
-        names.emplace_back(form.name);
-    }
-    for (const NamedForm& form : kinematicForms()) {
-        names.emplace_back(form.name);
-    }
-    for (const NamedForm& form : missingForms()) {
-        names.emplace_back(form.name);
+    for (const std::span<const NamedForm> forms : {listForms(), kinematicForms(), missingForms()}) {
+        for (const NamedForm& form : forms) {
+            names.emplace_back(form.name);
+        }
     }
     return names;
 }

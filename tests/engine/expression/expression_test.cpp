@@ -162,9 +162,10 @@ TEST(ExpressionList, ofAnotherLengthIsRefusedByRow) {
         Expression("trk.px + jet.pt", schema()).evaluate(chunk);
         FAIL();
     } catch (const Failure& failure) {
-        EXPECT_STREQ(failure.what(),
-                     "the lists trk.px and jet.pt have 0 and 1 values in row 101; only lists of equal length can be combined\n"
-                     "  trk.px + jet.pt\n         ^");
+        EXPECT_STREQ(
+            failure.what(),
+            "the lists trk.px and jet.pt have 0 and 1 values in row 101; only lists of equal length can be combined\n"
+            "  trk.px + jet.pt\n         ^");
     }
     EXPECT_EQ(real("sum(trk.px) + sum(jet.pt)"), 33.0);
 }
