@@ -227,6 +227,8 @@ TypedOperand Compiler::applied(const Node& node, const Function& function, const
         }
         case Rule::Logic:
             return emit(node, function, ColumnType::Boolean, conditions(node, arguments), ColumnType::Boolean);
+        case Rule::Texts:
+            return emit(node, function, ColumnType::Text, all(node, arguments, ColumnType::Text), function.result);
         case Rule::Choice:
             break;
     }

@@ -81,6 +81,7 @@ private:
     TypedOperand element(const Node& node, const Arguments& arguments);
     TypedOperand elementOfCombinations(const Node& node, const TypedOperand& list);
     TypedOperand total(const Node& node, const Arguments& arguments);
+    TypedOperand isMissing(const Node& node, const Arguments& arguments);
     TypedOperand checkedNumber(const Node& node, const Arguments& arguments);
     const TypedOperand& wantList(const Node& node, const TypedOperand& value) const;
     TypedOperand combinations(const Node& node, ListKernel kernel, const Arguments& lists, std::size_t width);

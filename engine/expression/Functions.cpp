@@ -4,6 +4,8 @@
 #include "expression/simd/SimdKernels.h"
 
 #include <velmorak/ElementaryFunctions.h>
+#include <velmorak/Utf8.h>
+#include <velmorak/Value.h>
 
 #include <algorithm>
 #include <array>
@@ -54,6 +56,14 @@ constexpr auto remainderOf = [](std::int64_t x, std::int64_t y, std::int64_t& ou
 };
 constexpr auto sizeOf = [](std::int64_t x, std::int64_t, std::int64_t& out) {
     return x < 0 ? __builtin_sub_overflow(std::int64_t{0}, x, &out) : (out = x, false);
+};
+
+constexpr auto charactersIn = [](const std::string& text) {
+    return std::count_if(text.begin(), text.end(), [](char c) { return !isContinuationByte(c); });
+};
+constexpr auto numberOf = [](const std::string& text) {
+    double number = 0.0;
+    return readNumber(text, number) ? number : std::numeric_limits<double>::quiet_NaN();
 };
 
 constexpr Notation infix(std::string_view symbol, int level) {
@@ -118,6 +128,24 @@ constexpr Function logic(std::string_view name, int level) {
 
 constexpr Function test(std::string_view name, Kernel kernel, std::string_view text) {
     return {.name = name, .rule = Rule::Test, .forReals = kernel, .documentation = {"tests", text}};
+}
+
+template <typename Out, auto function>
+constexpr Function ofText(std::string_view name, ColumnType result, std::string_view text) {
+    return {.name = name,
+            .rule = Rule::Texts,
+            .forTexts = unary<TextPtr, Out, [](TextPtr x) { return function(*x); }>,
+            .documentation = {"texts", text},
+            .result = result};
+}
+
+template <auto function>
+constexpr Function ofTexts(std::string_view name, std::string_view text) {
+    return {.name = name,
+            .rule = Rule::Texts,
+            .arguments = 2,
+            .forTexts = binary<TextPtr, std::uint8_t, [](TextPtr x, TextPtr y) { return function(*x, *y); }>,
+            .documentation = {"texts", text}};
 }
 
 template <auto function>
@@ -264,6 +292,14 @@ constexpr std::array functions{
     test("isnan", unary<double, std::uint8_t, [](double x) { return std::isnan(x); }>, "`isnan`"),
     test("isinf", unary<double, std::uint8_t, [](double x) { return std::isinf(x); }>, "`isinf`"),
     test("isfinite", unary<double, std::uint8_t, [](double x) { return std::isfinite(x); }>, "`isfinite`"),
+    ofTexts<[](const std::string& x, const std::string& y) { return x.find(y) != std::string::npos; }>(
+        "contains", "`contains(text, part)`"),
+    ofTexts<[](const std::string& x, const std::string& y) { return x.starts_with(y); }>("startsWith",
+                                                                                         "`startsWith(text, part)`"),
+    ofTexts<[](const std::string& x, const std::string& y) { return x.ends_with(y); }>("endsWith",
+                                                                                       "`endsWith(text, part)`"),
+    ofText<std::int64_t, charactersIn>("length", ColumnType::Integer, "`length(text)` (in characters)"),
+    ofText<double, numberOf>("toNumber", ColumnType::Real, "`toNumber(text)` (NaN if it is none)"),
     Function{.name = "if",
              .rule = Rule::Choice,
              .arguments = 3,
@@ -325,11 +361,10 @@ std::vector<std::string> functionNames() {
     for (const Function& function : functions) {
         names.emplace_back(function.name);
     }
-    for (const NamedForm& form : listForms()) {
-        names.emplace_back(form.name);
-    }
-    for (const NamedForm& form : kinematicForms()) {
-        names.emplace_back(form.name);
+    for (const std::span<const NamedForm> forms : {listForms(), kinematicForms(), missingForms()}) {
+        for (const NamedForm& form : forms) {
+            names.emplace_back(form.name);
+        }
     }
     return names;
 }

@@ -50,6 +50,7 @@ enum class Rule {
     Comparison,  ///< Two numbers or two texts to a boolean.
     Logic,       ///< Booleans, or integers (true unless 0), to a boolean.
     Test,        ///< A real to a boolean.
+    Texts,       ///< Texts to a value of a type that the function names.
     Choice       ///< A condition and two values of compatible types.
 };
 
@@ -89,6 +90,7 @@ struct Function {
     Linearity linearity = Linearity::None;
     Notation notation{};
     Documentation documentation{};
+    ColumnType result = ColumnType::Boolean;  ///< Of a function of texts.
 };
 
 /// @return the table, in the order of docs/expressions.md.
@@ -119,6 +121,7 @@ struct NamedForm {
 };
 std::span<const NamedForm> listForms();
 std::span<const NamedForm> kinematicForms();
+std::span<const NamedForm> missingForms();
 
 /// A function over a whole list: sum, count, min, max, any, all, argmin, argmax.
 struct Reduction {

@@ -33,6 +33,8 @@ const Compiler::ListCall* Compiler::findListCall(std::string_view name) {
         ListCall{"#unique", &Compiler::uniquePositions},
         ListCall{"#total", &Compiler::total},
         ListCall{"#number", &Compiler::checkedNumber},
+        ListCall{"isMissing", &Compiler::isMissing, 1, 1, "one value"},
+        ListCall{"ifMissing", nullptr, 1, 0, "two values"},
         ListCall{"reverse", nullptr, 1, 0},
         ListCall{"unique", nullptr, 1, 0},
         ListCall{"order", &Compiler::order},
@@ -303,6 +305,21 @@ TypedOperand Compiler::total(const Node& node, const Arguments& arguments) {
     }
     return emitter.emitReduction(findReduction("sum", ColumnType::Real, value.width).kernel, {value}, ColumnType::Real,
                                  placeOf(node));
+}
+
+TypedOperand Compiler::isMissing(const Node& node, const Arguments& arguments) {
+    const TypedOperand& value = arguments[0];
+    if (value.type == ColumnType::Real) {
+        return emit(node, *findFunction("isnan"), ColumnType::Real, {value}, ColumnType::Boolean);
+    }
+    if (value.type == ColumnType::Text) {
+        return emit(node, *findFunction("=="), ColumnType::Text, {value, emitter.text("")}, ColumnType::Boolean);
+    }
+    // No integer differs from itself.
+    emitter.announceUses(value, 1);
+    const TypedOperand number = converted(node, node, value, ColumnType::Integer);
+    const TypedOperand same = converted(node, node, value, ColumnType::Integer);
+    return emit(node, *findFunction("!="), ColumnType::Integer, {number, emitter.forOneUse(same)}, ColumnType::Boolean);
 }
 
 TypedOperand Compiler::checkedNumber(const Node& node, const Arguments& arguments) {

@@ -54,7 +54,15 @@ constexpr std::array kinematics{
     NamedForm{"helicityCosine", "helicityCosine(pt1, eta1, phi1, m1, pt2, eta2, phi2, m2)",
               "cosine of the angle between particle 1, in the rest frame of the pair, and the momentum of the pair"}};
 
+constexpr std::array missing{
+    NamedForm{"isMissing", "isMissing(x)", "true for NaN and for an empty text; no integer or boolean is missing"},
+    NamedForm{"ifMissing", "ifMissing(x, y)", "y where x is missing, otherwise x"}};
+
 }  // namespace
+
+std::span<const NamedForm> missingForms() {
+    return missing;
+}
 
 std::span<const NamedForm> listForms() {
     return lists;

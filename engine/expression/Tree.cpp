@@ -62,6 +62,9 @@ std::size_t Rewriter::added(Node node) {
     if ((node.text == "reverse" || node.text == "unique") && children.size() == 1) {
         return tree.call(node, "#at", {list, tree.call(node, "#" + node.text, children)});
     }
+    if (node.text == "ifMissing" && children.size() == 2) {
+        return tree.call(node, "if", {tree.call(node, "isMissing", {list}), children[1], list});
+    }
     return isKinematic(node.text) ? addKinematic(tree, node) : tree.add(std::move(node));
 }
 

@@ -59,6 +59,7 @@ TEST(ExpressionsPage, hasTheTablesOfTheFunctionsOfListsAndMomenta) {
         << tableOf(listForms(), "result");
     EXPECT_NE(documentation().find(tableOf(kinematicForms(), "result")), std::string::npos)
         << tableOf(kinematicForms(), "result");
+    EXPECT_NE(documentation().find(tableOf(missingForms(), "result")), std::string::npos);
 }
 
 TEST(ExpressionsPage, namesTheFunctionsOfLists) {
