@@ -8,6 +8,9 @@ VELMORAK_COLLECTION(registry) {
         registry.add(std::move(kind));
     }
     registry.add(makeCsvTable());
+    registry.add(makeGeant4Histogram());
+    registry.add(makeHepMcTable());
     registry.add(makeRandomTable());
     registry.add(makeRootTable());
+    registry.add(makeYodaObjects());
 }

@@ -8,4 +8,5 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeCsvWriter());
     registry.add(makePrint());
     registry.add(makeReport());
+    registry.add(makeYodaWriter());
 }

@@ -12,5 +12,6 @@ std::unique_ptr<Kind> makeAidaWriter();
 std::unique_ptr<Kind> makeCsvWriter();
 std::unique_ptr<Kind> makePrint();
 std::unique_ptr<Kind> makeReport();
+std::unique_ptr<Kind> makeYodaWriter();
 
 }  // namespace velmorak

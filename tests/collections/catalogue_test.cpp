@@ -45,13 +45,13 @@ TEST(Catalogue, offersTheKindsByGroup) {
     const std::map<std::string, Names> wanted = {
         {"Arithmetic", {"Number", "Text", "Adder", "Subtractor", "Multiplier", "Divider", "Function", "Measurement"}},
         {"Data",
-         {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "RandomTable",
-          "RootTable"}},
+         {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "Geant4Histogram",
+          "HepMcTable", "RandomTable", "RootTable", "YodaObjects"}},
         {"Fit", {"Fit"}},
         {"Histogram",
          {"Histogram1D", "Histogram2D", "Histogram3D", "Profile1D", "Profile2D", "CategoryHistogram", "Rebin", "Scale",
           "Combine", "Project", "Cumulative", "Compare", "Statistics"}},
-        {"Output", {"Plot", "AidaWriter", "CsvWriter", "Print", "Report"}},
+        {"Output", {"Plot", "AidaWriter", "CsvWriter", "Print", "Report", "YodaWriter"}},
         {"Table", {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode"}},
     };
     std::map<std::string, Names> found;

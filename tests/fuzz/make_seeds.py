@@ -109,6 +109,12 @@ for path in files("examples/**/*.aida", "tests/data/aida/*"):
     seed("aida", path.read_bytes())
 for path in files("examples/**/*.csv"):
     seed("csv", path.read_bytes())
+    if path.name.startswith("run_h1"):
+        seed("geant4", path.read_bytes())
+for path in files("examples/**/*.yoda"):
+    seed("yoda", path.read_bytes())
+for path in files("examples/**/*.hepmc"):
+    seed("hepmc", b"".join(path.read_bytes().splitlines(True)[:40]))
 for path in files("examples/**/samples.csv"):
     seed("files", b"2" + path.read_bytes())
 for text in ("a.csv", "run_*.csv, b.csv", "data/**/*.csv", "@list.txt\n\"a, b\""):
