@@ -547,6 +547,88 @@ def collisions(path):
         out.append(nested(jets) + nested(leptons["muon"]) + nested(leptons["electron"]) + "</row>\n")
     out.append("</rows>\n</tuple>\n</aida>\n")
     write_compressed(path, "".join(out))
+def weather(path):
+    """Temperature and air pressure of a station, as a spreadsheet with German settings exports them."""
+    random = Random(0x3EA7)
+    out = ["Zeit;Ort;Temperatur;Druck\n", ";;°C;Pa\n"]
+    for hour in range(24 * 30):
+        temperature = 10.0 + 6.0 * math.sin(2.0 * math.pi * (hour - 9) / 24.0) + random.gauss(0.0, 1.5)
+        pressure = int(round(random.gauss(101325.0, 400.0)))
+        number = "-" if hour % 97 == 50 else ("%.1f" % temperature).replace(".", ",")
+        out.append("2024-04-%02d %02d:00+01:00;Zürich;%s;%d.%03d\n" %
+                   (1 + hour // 24, hour % 24, number, pressure // 1000, pressure % 1000))
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text("".join(out), encoding="iso-8859-1")
+
+
+def geant4(folder):
+    """Energy deposits of a run on two threads, as ntuples and as the histogram that the run fills."""
+    random = Random(0x6EA47)
+    folder.mkdir(parents=True, exist_ok=True)
+    cells = [[0, 0.0, 0.0] for _ in range(42)]
+    for thread in range(2):
+        out = ["#class tools::wcsv::ntuple\n#title Hits in the calorimeter\n#separator 44\n#vector_separator 59\n"
+               "#column double edep\n#column int layer\n#column double[] times\n"]
+        for _ in range(1500):
+            edep = float(text(random.exponential(4.0)))
+            times = [text(random.between(0.0, 30.0)) for _ in range(int(random.between(0.0, 4.0)))]
+            out.append("%s,%d,%s\n" % (text(edep), int(random.between(0.0, 10.0)), ";".join(times)))
+            cell = cells[min(41, 1 + int(edep / 0.5))]
+            cell[0] += 1
+            cell[1] += edep
+            cell[2] += edep * edep
+        (folder / ("run_nt_hits_t%d.csv" % thread)).write_text("".join(out), encoding="utf-8")
+    out = ["#class tools::histo::h1d\n#title Energy deposits\n#dimension 1\n#axis fixed 40 0 20\n"
+           "#annotation axis_x.title energy (MeV)\n#bin_number 42\nentries,Sw,Sw2,Sxw0,Sx2w0\n"]
+    for count, first, second in cells:
+        out.append("%d,%d,%d,%s,%s\n" % (count, count, count, text(first), text(second)))
+    (folder / "run_h1_edep.csv").write_text("".join(out), encoding="utf-8")
+
+
+def reference(path):
+    """A histogram of a generator and points of a measurement, in versions 2 and 3 of the format."""
+    random = Random(0x40DA)
+    cells = [[0, 0.0, 0.0] for _ in range(22)]
+    for _ in range(4000):
+        mass = float(text(random.breit_wigner(91.19, 2.5)))
+        cell = cells[0 if mass < 81.0 else min(21, 1 + int(mass - 81.0))]
+        cell[0] += 1
+        cell[1] += mass
+        cell[2] += mass * mass
+    rows = ["%d\t%d\t%s\t%s\t%d\n" % (n, n, text(first), text(second), n) for n, first, second in cells]
+    out = ["BEGIN YODA_HISTO1D_V3 /MC/mass\nPath: /MC/mass\nTitle: Mass of two muons\nType: Histo1D\n---\n"
+           "Edges(A1): [%s]\n# sumW\t sumW2\t sumW(A1)\t sumW2(A1)\t numEntries\n" %
+           ", ".join(str(81 + i) for i in range(21))] + rows + ["END YODA_HISTO1D_V3\n\n"]
+    out.append("BEGIN YODA_SCATTER2D_V2 /REF/mass\nPath: /REF/mass\nTitle: Mass of two muons\nType: Scatter2D\n---\n"
+               "# xval\t xerr-\t xerr+\t yval\t yerr-\t yerr+\n")
+    for i in range(0, 20, 2):
+        mean = 0.5 * (cells[1 + i][0] + cells[2 + i][0])
+        error = math.sqrt(mean)
+        out.append("%d\t1\t1\t%s\t%s\t%s\n" %
+                   (82 + i, text(random.gauss(mean, error)), text(error), text(1.1 * error)))
+    out.append("END YODA_SCATTER2D_V2\n")
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text("".join(out), encoding="utf-8")
+
+
+def generated(path):
+    """Z bosons that decay to two muons, as HepMC 3 writes them."""
+    random = Random(0x9E4E)
+    out = ["HepMC::Version 3.02.05\nHepMC::Asciiv3-START_EVENT_LISTING\n"]
+    for number in range(400):
+        mass = min(120.0, max(60.0, random.breit_wigner(91.19, 2.5)))
+        cosine, phi = random.between(-1.0, 1.0), random.between(-math.pi, math.pi)
+        across, half = 0.5 * mass * math.sqrt(1.0 - cosine * cosine), text(0.5 * mass)
+        momentum = [text(across * math.cos(phi)), text(across * math.sin(phi)), text(0.5 * mass * cosine)]
+        opposite = [text(-float(part)) for part in momentum]
+        out.append("E %d 2 5\nU GEV MM\nW %s\nA 0 event_scale %s\n" % (number, text(random.between(0.5, 1.5)), text(mass)))
+        out.append("P 1 0 2 0 0 %s %s 0 21\nP 2 0 -2 0 0 -%s %s 0 21\nV -1 0 [1,2]\n" % (half, half, half, half))
+        out.append("P 3 -1 23 0 0 0 %s %s 22\n" % (text(mass), text(mass)))
+        out.append("P 4 3 13 %s %s 0.1057 1\n" % (" ".join(momentum), half))
+        out.append("P 5 3 -13 %s %s 0.1057 1\n" % (" ".join(opposite), half))
+    out.append("HepMC::Asciiv3-END_EVENT_LISTING\n")
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text("".join(out), encoding="utf-8")
 
 
 def main():
@@ -565,6 +647,10 @@ def main():
     stopped(folder / "Particle_physics" / "stopped.csv")
     run_values(folder / "First_steps" / "run.root")
     collisions(folder / "Event_analysis" / "collisions.aida")
+    weather(folder / "Tables" / "weather.csv")
+    geant4(folder / "Detectors" / "geant4")
+    reference(folder / "Particle_physics" / "reference.yoda")
+    generated(folder / "Particle_physics" / "generated.hepmc")
 
 
 if __name__ == "__main__":

@@ -8,11 +8,14 @@ VELMORAK_COLLECTION(registry) {
         registry.add(std::move(kind));
     }
     registry.add(makeCsvTable(registry.formats()));
+    registry.add(makeGeant4Histogram());
+    registry.add(makeHepMcTable());
     registry.add(makeRandomTable());
     registry.add(makeRootTable());
     for (std::unique_ptr<Kind>& kind : makeRootObjects()) {
         registry.add(std::move(kind));
     }
+    registry.add(makeYodaObjects());
     registry.add(makeAnyTable(registry.formats()));
     registry.addFormat(makeAidaFormat());
     registry.addFormat(makeRootFormat());

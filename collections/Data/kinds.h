@@ -11,10 +11,15 @@ namespace velmorak {
 
 std::unique_ptr<Kind> makeAidaTable();
 std::unique_ptr<Kind> makeCsvTable(const FileFormats& formats);
+std::unique_ptr<Kind> makeGeant4Histogram();
+std::unique_ptr<Kind> makeHepMcTable();
 std::unique_ptr<Kind> makeRandomTable();
 std::unique_ptr<Kind> makeRootTable();
+std::unique_ptr<Kind> makeYodaObjects();
+
 /// AidaHistogram, AidaProfile, AidaPoints and AidaFunction.
 std::vector<std::unique_ptr<Kind>> makeAidaObjects();
+
 /// RootHistogram, RootProfile, RootPoints and RootValue.
 std::vector<std::unique_ptr<Kind>> makeRootObjects();
 

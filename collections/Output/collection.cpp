@@ -9,4 +9,5 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeRootWriter());
     registry.add(makePrint());
     registry.add(makeReport());
+    registry.add(makeYodaWriter());
 }

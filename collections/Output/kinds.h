@@ -13,5 +13,6 @@ std::unique_ptr<Kind> makeCsvWriter();
 std::unique_ptr<Kind> makeRootWriter();
 std::unique_ptr<Kind> makePrint();
 std::unique_ptr<Kind> makeReport();
+std::unique_ptr<Kind> makeYodaWriter();
 
 }  // namespace velmorak

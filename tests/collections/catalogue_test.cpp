@@ -45,14 +45,15 @@ TEST(Catalogue, offersTheKindsByGroup) {
     const std::map<std::string, Names> wanted = {
         {"Arithmetic", {"Number", "Text", "Adder", "Subtractor", "Multiplier", "Divider", "Function", "Measurement"}},
         {"Data",
-         {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "RandomTable",
-          "RootTable", "RootHistogram", "RootProfile", "RootPoints", "RootValue", "Table"}},
+         {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "Geant4Histogram",
+          "HepMcTable", "RandomTable", "RootTable", "RootHistogram", "RootProfile", "RootPoints", "RootValue",
+          "YodaObjects", "Table"}},
         {"Fit", {"Fit"}},
         {"Formats", {"ArrowTable", "Hdf5Table", "NumpyTable", "ParquetTable", "ParquetWriter", "SqliteTable"}},
         {"Histogram",
          {"Histogram1D", "Histogram2D", "Histogram3D", "Profile1D", "Profile2D", "CategoryHistogram", "Rebin", "Scale",
           "Combine", "Project", "Cumulative", "Compare", "Statistics"}},
-        {"Output", {"Plot", "AidaWriter", "CsvWriter", "RootWriter", "Print", "Report"}},
+        {"Output", {"Plot", "AidaWriter", "CsvWriter", "RootWriter", "Print", "Report", "YodaWriter"}},
         {"Table", {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode"}},
     };
     std::map<std::string, Names> found;

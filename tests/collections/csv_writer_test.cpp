@@ -98,6 +98,20 @@ TEST(CsvWriterKind, randomBitsReadBackAsTheyWere) {
     EXPECT_EQ(bits(reader.table().column("x")), bits(numbers));
 }
 
+TEST(CsvWriterKind, secondsSince1970AreWrittenAsDates) {
+    SmallTable table;
+    table.schema = Schema({{.name = "begin", .unit = "s since 1970-01-01 UTC"}, {.name = "x", .unit = "s"}});
+    table.chunks.push_back(
+        {.rows = 2,
+         .columns = {column(Column::Reals{1709209815.25, std::nan("")}), column(Column::Reals{1709209815.25, 1.0})}});
+    KindHarness writer("CsvWriter");
+    writer.set("file", "dates.csv").wire("object", table).run();
+    EXPECT_EQ(textIn(writer.folder() / "dates.csv"), "begin,x\n2024-02-29T12:30:15.25Z,1709209815.25\nNaN,1.0\n");
+    KindHarness print("Print");
+    print.wire("object", table).run();
+    EXPECT_NE(print.printed().find("2024-02-29T12:30:15.25Z"), std::string::npos) << print.printed();
+}
+
 TEST(CsvWriterKind, aListBecomesOneText) {
     SmallTable table;
     table.schema = Schema({{.name = "list", .type = ColumnType::Real, .isList = true}});

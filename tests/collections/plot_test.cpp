@@ -92,6 +92,18 @@ TEST(PlotKind, titlesComeFromTheHistogramWhereNoneAreGiven) {
     EXPECT_EQ(other.find("RMS"), std::string::npos);
 }
 
+TEST(PlotKind, anAxisOfSecondsSince1970ShowsDates) {
+    auto histogram = std::make_shared<Histogram1D>(Axis(30, 1711929600.0, 1714521600.0));
+    histogram->fill(1713000000.0);
+    histogram->setAxisTitle("begin [s since 1970-01-01 UTC]");
+    KindHarness bench("Plot");
+    bench.wire("object", DataObjectPtr(histogram)).run();
+    const std::string text = textOfXml(textIn(bench.folder() / "bench.svg"));
+    EXPECT_NE(text.find("begin"), std::string::npos);
+    EXPECT_EQ(text.find("since 1970"), std::string::npos) << text;
+    EXPECT_NE(text.find("2024-04-"), std::string::npos) << text;
+}
+
 TEST(PlotKind, theScriptGivesTheSamePictureByHand) {
     KindHarness bench("Plot");
     bench.set("file", "by hand's").wire("object", peak(91.2, "Dimuon mass")).run();

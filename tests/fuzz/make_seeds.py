@@ -179,6 +179,12 @@ for path in files("tests/data/root/*.root"):
     seed("root_file", content)
     seed("root_ntuple" if b"ROOT::RNTuple" in content[:4096] + content[-4096:] else "root_tree", content)
     seed("root_objects", content)
+    if path.name.startswith("run_h1"):
+        seed("geant4", path.read_bytes())
+for path in files("examples/**/*.yoda"):
+    seed("yoda", path.read_bytes())
+for path in files("examples/**/*.hepmc"):
+    seed("hepmc", b"".join(path.read_bytes().splitlines(True)[:40]))
 for path in files("examples/**/samples.csv"):
     seed("files", b"2" + path.read_bytes())
 for text in ("a.csv", "run_*.csv, b.csv", "data/**/*.csv", "@list.txt\n\"a, b\""):

@@ -2,6 +2,7 @@
 
 #include "PlotText.h"
 
+#include <velmorak/Dates.h>
 #include <velmorak/ElementaryFunctions.h>
 #include <velmorak/Utf8.h>
 #include <velmorak/Value.h>
@@ -95,6 +96,18 @@ std::string sized(const std::string& text, double room, double least, double mos
     return quotedForGnuplot(text) + " font 'DejaVu Sans," + textOf(std::floor(std::clamp(fitting, least, most))) + "'";
 }
 
+/// Dates below an axis of seconds since 1970, whose title then names no unit.
+std::string dateAxis(const std::string& title, const PlotSpan& span) {
+    const std::string unit = " [" + std::string(dateUnit) + "]";
+    if (!title.ends_with(unit)) {
+        return {};
+    }
+    constexpr double fewDays = 4.0 * 86400.0;
+    const std::string format = span.high - span.low > fewDays ? "%Y-%m-%d" : "%H:%M\\n%Y-%m-%d";
+    return "set xlabel " + sized(title.substr(0, title.size() - unit.size()), 2100.0, 14.0, 32.0) +
+           " offset 0,-0.2\nset xtics format \"" + format + "\" timedate autofreq font 'DejaVu Sans,18'\n";
+}
+
 }  // namespace
 
 std::string plotAxes(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style) {
@@ -117,6 +130,7 @@ std::string plotAxes(const PlotContents& contents, const PlotFrame& frame, const
         text += "set cblabel " + sized(firstNotEmpty(style.z.title, contents.zTitle), 1300.0, 14.0, 32.0) +
                 " offset 1.2,0\n";
     }
+    text += dateAxis(firstNotEmpty(style.x.title, contents.xTitle), frame.x);
     return text;
 }
 

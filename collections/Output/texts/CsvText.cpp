@@ -1,5 +1,6 @@
 #include "CsvText.h"
 
+#include <velmorak/Dates.h>
 #include <velmorak/FormatMeasurement.h>
 
 #include <array>
@@ -58,6 +59,10 @@ void appendField(std::string& text, const Column& column, std::size_t row) {
     std::visit([&](const auto& values) { append(text, values[row]); }, column.values);
 }
 
+bool isDate(const ColumnInfo& column) {
+    return column.unit == dateUnit && column.type == ColumnType::Real && !column.isList;
+}
+
 bool isPlain(const std::string& name, char delimiter) {
     const bool hasPlainEnds = !name.empty() && name.front() != ' ' && name.back() != ' ' && name.front() != '#';
     return hasPlainEnds && name.find_first_of("\"\n\r\t") == std::string::npos &&
@@ -88,7 +93,11 @@ std::string csvRows(const Schema& schema, const Chunk& chunk, char delimiter) {
             if (i > 0) {
                 text += delimiter;
             }
-            appendField(text, *chunk.columns[i], row);
+            if (isDate(schema[i])) {
+                text += fieldText(schema[i], *chunk.columns[i], row);
+            } else {
+                appendField(text, *chunk.columns[i], row);
+            }
         }
         text += '\n';
     }
@@ -126,6 +135,10 @@ std::string fieldText(const Column& column, std::size_t row) {
         std::visit([&](const auto& values) { append(text, values[i]); }, column.values);
     }
     return text;
+}
+
+std::string fieldText(const ColumnInfo& info, const Column& column, std::size_t row) {
+    return isDate(info) ? dateText(column.reals()[row]) : fieldText(column, row);
 }
 
 }  // namespace velmorak

@@ -19,5 +19,7 @@ std::string csvRows(const ObjectTable& table, char delimiter);
 
 /// Text of one value, without quotes; of a list all its values, separated by blanks.
 std::string fieldText(const Column& column, std::size_t row);
+/// As above; a number of seconds since 1970 as a date (velmorak/Dates.h).
+std::string fieldText(const ColumnInfo& info, const Column& column, std::size_t row);
 
 }  // namespace velmorak

@@ -40,7 +40,7 @@ void FirstRows::fill(const Chunk& chunk) {
     for (std::size_t row = 0; row < chunk.rows && rows.size() < most; ++row) {
         rows.emplace_back();
         for (std::size_t i = 0; i < schema.size(); ++i) {
-            rows.back().push_back(fieldText(*chunk.columns[i], row));
+            rows.back().push_back(fieldText(schema[i], *chunk.columns[i], row));
         }
     }
     count += chunk.rows;

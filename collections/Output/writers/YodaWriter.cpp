@@ -1,0 +1,112 @@
+#include "Output/kinds.h"
+
+#include "Output/Ports.h"
+
+#include <velmorak/Text.h>
+
+#include <yoda/YodaFile.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+/// Writes its inputs into one YODA file.
+class YodaWriterKind : public Function {
+public:
+    std::string name() const override { return "YodaWriter"; }
+    std::string summary() const override;
+    Ports ports(const ValueTexts& values) const override;
+    std::string refusal(const std::string& input, const std::string& value) const override;
+    void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
+};
+
+std::string unusedPath(const std::string& path, const std::vector<YodaObject>& objects) {
+    std::string candidate = path;
+    const auto hasCandidate = [&](const YodaObject& object) { return object.path == candidate; };
+    for (int number = 2; std::any_of(objects.begin(), objects.end(), hasCandidate); ++number) {
+        candidate = path + "_" + std::to_string(number);
+    }
+    return candidate;
+}
+
+/// A path is one word on a line.
+std::string asWord(std::string name) {
+    std::replace_if(
+        name.begin(), name.end(), [](unsigned char c) { return c <= ' ' || c == '/'; }, '_');
+    return name;
+}
+
+std::vector<YodaObject> objectsOf(const Arguments& arguments) {
+    const std::string& folder = arguments.text("folder");
+    std::vector<YodaObject> objects;
+    for (const std::string& input : numberedInputs(arguments, "objects", "object")) {
+        const Value& value = arguments.value(input);
+        if (!arguments.isWired(input) || std::holds_alternative<std::monostate>(value)) {
+            throw Failure(input, "wire a histogram, profile, points or number");
+        }
+        const auto* object = std::get_if<DataObjectPtr>(&value);
+        const std::string& name = object && !(*object)->name.empty() ? (*object)->name : arguments.sourceName(input);
+        objects.push_back({unusedPath(folder + (folder.ends_with('/') ? "" : "/") + asWord(name), objects), value});
+    }
+    return objects;
+}
+
+}  // namespace
+
+std::string YodaWriterKind::summary() const {
+    return "Writes histograms, profiles, points and numbers into one YODA file, from which every number reads back to "
+           "the last bit.";
+}
+
+Ports YodaWriterKind::ports(const ValueTexts& values) const {
+    const InputSpec object = {.name = "object",
+                              .description =
+                                  "Histogram, profile, points or number to write, under its name or that of "
+                                  "the plug-in that made it.",
+                              .type = ValueType::Any};
+    Ports ports;
+    ports.inputs = {
+        object,
+        {.name = "file",
+         .description = "Name of the file in the results folder, which is gzipped if it ends with .gz. Empty: the name "
+                        "of this plug-in with .yoda.",
+         .type = ValueType::Text},
+        {.name = "folder",
+         .description = "Folder of the objects within the file, for example /MY_ANALYSIS.",
+         .type = ValueType::Text,
+         .value = "/"},
+        {.name = "version",
+         .description = "Version of the format.",
+         .type = ValueType::Choice,
+         .value = "2",
+         .choices = {"2", "3"}},
+        countInput("objects", "Number of objects to write, 1 to 16; each has its own input."),
+    };
+    addNumbered(ports, object, numberedCount(values, "objects"));
+    return ports;
+}
+
+std::string YodaWriterKind::refusal(const std::string& input, const std::string& value) const {
+    const bool isFolder = value.starts_with('/') && value.find_first_of(" \t\r\n") == std::string::npos;
+    return input == "folder" && !isFolder ? "The folder must begin with \"/\" and have no blanks." : "";
+}
+
+void YodaWriterKind::evaluate(const Arguments& arguments, Results& /*results*/, RunContext& context) const {
+    if (const std::string reason = refusal("folder", arguments.text("folder")); !reason.empty()) {
+        throw Failure("folder", reason);
+    }
+    const std::string name =
+        arguments.text("file").empty() ? asFileName(context.pluginName()) + ".yoda" : arguments.text("file");
+    const std::vector<YodaObject> objects = objectsOf(arguments);
+    const YodaVersion version = arguments.text("version") == "2" ? YodaVersion::V2 : YodaVersion::V3;
+    context.writeResult(name, [&](const std::filesystem::path& file) { writeYodaFile(file, name, objects, version); });
+}
+
+std::unique_ptr<Kind> makeYodaWriter() {
+    return std::make_unique<YodaWriterKind>();
+}
+
+}  // namespace velmorak
