@@ -11,6 +11,7 @@ import gzip
 import io
 import math
 import pathlib
+import struct
 import sys
 
 
@@ -337,6 +338,217 @@ def stopped(path):
     path.write_text("".join(out), encoding="utf-8")
 
 
+class RootFile:
+    """A small ROOT file: numbers as TParameter and texts as TObjString, uncompressed."""
+
+    begin, moment = 100, 0x6B0A0000
+
+    def __init__(self, name):
+        self.name, self.keys = name, []
+        self.content = bytearray(self.begin)
+        head = self.text(name) + self.text("")
+        self.name_bytes = len(self.key("TFile", name, "", b"")) + len(head)
+        self.record("TFile", name, "", head + bytes(60))
+
+    @staticmethod
+    def text(words):
+        return bytes([len(words)]) + words.encode()
+
+    @staticmethod
+    def counted(content):
+        return struct.pack(">I", len(content) | 0x40000000) + content
+
+    def key(self, kind, name, title, content, position=0):
+        names = self.text(kind) + self.text(name) + self.text(title)
+        head = 26 + len(names)
+        numbers = head + len(content), 4, len(content), self.moment, head, 1, position, 0 if not position else self.begin
+        return struct.pack(">IHIIHHII", *numbers) + names
+
+    def record(self, kind, name, title, content):
+        position = len(self.content)
+        key = self.key(kind, name, title, content, position)
+        self.content += key + content
+        return position, key
+
+    def add(self, kind, name, title, version, members):
+        plain = struct.pack(">HII", 1, 0, 0x03000000)
+        content = self.counted(struct.pack(">H", version) + plain + members)
+        self.keys.append(self.record(kind, name, title, content)[1])
+
+    def add_number(self, name, number):
+        self.add("TParameter<double>", name, "", 2, self.text(name) + struct.pack(">d", number))
+
+    def add_text(self, name, words):
+        self.add("TObjString", name, "Collectable string class", 1, self.text(words))
+
+    def object(self, kind, content):
+        return self.counted(struct.pack(">I", 0xFFFFFFFF) + kind.encode() + b"\0" + content)
+
+    def named(self, name, title=""):
+        return self.counted(struct.pack(">HHII", 1, 1, 0, 0x00010000) + self.text(name) + self.text(title))
+
+    def member(self, kind, version, name, number, size, type_name, rest=b""):
+        shape = struct.pack(">9I", number, size, 0, 0, 0, 0, 0, 0, 0)
+        element = self.counted(struct.pack(">H", 4) + self.named(name) + shape + self.text(type_name))
+        return self.object(kind, self.counted(struct.pack(">H", version) + element + rest))
+
+    def described(self, name, checksum, version, members):
+        plain = struct.pack(">HII", 1, 0, 0)
+        array = struct.pack(">H", 3) + plain + self.text("") + struct.pack(">II", len(members), 0) + b"".join(members)
+        elements = self.object("TObjArray", self.counted(array))
+        numbers = struct.pack(">II", checksum, version)
+        return self.object("TStreamerInfo", self.counted(struct.pack(">H", 9) + self.named(name) + numbers + elements))
+
+    def classes(self):
+        base = self.member("TStreamerBase", 3, "TObject", 66, 0, "BASE", struct.pack(">I", 1))
+        words = self.member("TStreamerString", 2, "fString", 65, 24, "TString")
+        name = self.member("TStreamerString", 2, "fName", 65, 24, "TString")
+        value = self.member("TStreamerBasicType", 2, "fVal", 8, 8, "double")
+        found = [
+            self.described("TObjString", 0x9C8E4800, 1, [base, words]),
+            self.described("TParameter<double>", 0xA9B4F4B7, 2, [base, name, value]),
+        ]
+        plain = struct.pack(">HII", 1, 0, 0)
+        items = b"".join(each + b"\0" for each in found)
+        return self.counted(struct.pack(">H", 5) + plain + self.text("") + struct.pack(">I", len(found)) + items)
+
+    def write(self, path):
+        info, info_key = self.record("TList", "StreamerInfo", "Doubly linked list", self.classes())
+        info_bytes = len(self.content) - info
+        listed = struct.pack(">I", len(self.keys)) + b"".join(self.keys)
+        keys = self.record("TFile", self.name, "", listed)[0]
+        keys_bytes = len(self.content) - keys
+        free = len(self.content)
+        end = free + len(self.key("TFile", self.name, "", b"", 1)) + 10
+        self.record("TFile", self.name, "", struct.pack(">HII", 1, end, 2_000_000_000))
+        numbers = self.begin, end, free, end - free, 1, self.name_bytes, 4, 0, info, info_bytes
+        header = b"root" + struct.pack(">I6IBIII", 62400, *numbers) + struct.pack(">H", 1) + bytes(16)
+        self.content[: len(header)] = header
+        directory = struct.pack(">HIIIIIII", 5, self.moment, self.moment, keys_bytes, self.name_bytes, self.begin, 0, keys)
+        at = self.begin + self.name_bytes
+        self.content[at : at + len(directory)] = directory
+        self.content[at + len(directory) : at + len(directory) + 2] = struct.pack(">H", 1)
+        path.write_bytes(self.content)
+
+
+def run_values(path):
+    """What a number and a text that belong to a run look like in a ROOT file."""
+    file = RootFile(path.name)
+    file.add_number("luminosity", 11.58)
+    file.add_text("selection", "two muons of opposite charge")
+    path.parent.mkdir(parents=True, exist_ok=True)
+    file.write(path)
+
+
+def decay(random, mass, first, second):
+    """Two vectors (E, px, py, pz) of these masses, from a decay at rest in any direction."""
+    momentum = math.sqrt((mass**2 - (first + second) ** 2) * (mass**2 - (first - second) ** 2)) / (2.0 * mass)
+    cosine = random.between(-1.0, 1.0)
+    sine = math.sqrt(1.0 - cosine * cosine)
+    phi = random.between(-math.pi, math.pi)
+    across = (momentum * sine * math.cos(phi), momentum * sine * math.sin(phi), momentum * cosine)
+    return (
+        (math.hypot(momentum, first),) + across,
+        (math.hypot(momentum, second),) + tuple(-component for component in across),
+    )
+
+
+def seen_with(vector, frame):
+    """A vector in the rest frame of another as it is where the other moves."""
+    mass = math.sqrt(frame[0] ** 2 - sum(component**2 for component in frame[1:]))
+    along = sum(own * other for own, other in zip(vector[1:], frame[1:]))
+    factor = along / (mass * (frame[0] + mass)) + vector[0] / mass
+    return ((vector[0] * frame[0] + along) / mass,) + tuple(
+        own + factor * other for own, other in zip(vector[1:], frame[1:])
+    )
+
+
+def moving(random, mass, across):
+    """A particle with a transverse momentum of this mean."""
+    momentum, phi = random.exponential(across), random.between(-math.pi, math.pi)
+    rapidity = random.gauss(0.0, 0.9)
+    energy = math.hypot(mass, momentum)
+    return (energy * math.cosh(rapidity), momentum * math.cos(phi), momentum * math.sin(phi),
+            energy * math.sinh(rapidity))
+
+
+def top_jets(random):
+    """The three jets of a top quark, each as pt, eta, phi, mass and b-tag discriminant."""
+    top = moving(random, 172.5, 60.0)
+    boson, beauty = decay(random, 172.5, 80.4, 4.8)
+    light = [seen_with(quark, boson) for quark in decay(random, 80.4, 0.5, 0.5)]
+    jets = []
+    for vector, is_beauty in ((light[0], False), (light[1], False), (beauty, True)):
+        pt, eta, phi = pt_eta_phi(seen_with(vector, top))
+        jets.append(jet(random, pt * random.gauss(1.0, 0.08), eta, phi, is_beauty))
+    return jets
+
+
+def jet(random, pt, eta, phi, is_beauty):
+    tag = math.sqrt(random.uniform()) if is_beauty else random.uniform() ** 3
+    return max(pt, 5.0), eta, phi, 0.1 * max(pt, 5.0) * random.uniform(), tag
+
+
+def other_jet(random):
+    return jet(random, 15.0 + random.exponential(25.0), random.gauss(0.0, 1.6), random.between(-math.pi, math.pi),
+               random.uniform() < 0.05)
+
+
+def collision(random):
+    """Jets, muons and electrons of an event, and its missing transverse momentum and direction. Leptons are pt, eta,
+    phi and charge. An electron is also seen as a jet."""
+    jets = [other_jet(random) for _ in range(int(4.0 * random.uniform()))]
+    leptons = {"muon": [], "electron": []}
+    missing = random.exponential(14.0)
+    process = random.uniform()
+    if process < 0.35:
+        jets += top_jets(random)
+    if process > 0.30 and process < 0.8:
+        flavour = "muon" if random.uniform() < 0.6 else "electron"
+        boson = min(max(random.breit_wigner(91.19, 2.495), 40.0), 200.0)
+        charge = 1 if random.uniform() < 0.5 else -1
+        for lepton in muons_of(random, boson):
+            leptons[flavour].append(smeared(random, lepton) + (charge,))
+            charge = -charge
+    if process > 0.6:
+        flavour = "muon" if random.uniform() < 0.5 else "electron"
+        missing += random.exponential(25.0)
+        direction = (random.gauss(0.0, 1.2), random.between(-math.pi, math.pi))
+        leptons[flavour].append((8.0 + random.exponential(22.0),) + direction + (1 if random.uniform() < 0.5 else -1,))
+    jets += [jet(random, pt, eta, phi, False) for pt, eta, phi, _ in leptons["electron"] if random.uniform() < 0.7]
+    for particles in (jets, leptons["muon"], leptons["electron"]):
+        particles.sort(key=lambda particle: -particle[0])
+    return jets, leptons, missing, random.between(-math.pi, math.pi)
+
+
+def nested(particles):
+    """Rows of a nested tuple; the last value of a lepton is its integer charge."""
+    rows = []
+    for particle in particles:
+        values = (str(value) if isinstance(value, int) else text(value) for value in particle)
+        rows.append("<row>" + "".join('<entry value="%s"/>' % value for value in values) + "</row>")
+    return "<entryITuple>" + "".join(rows) + "</entryITuple>"
+
+
+def collisions(path):
+    """Events with lists of jets, muons and electrons; momenta and masses in GeV, angles in radians."""
+    random = Random(0xC0111510)
+    out = [header(), '<tuple name="events" title="Simulated collisions" path="/">\n<columns>\n']
+    out.append('<column name="met" type="double"/>\n<column name="met_phi" type="double"/>\n')
+    for name, last in (("jet", '"m" type="double"/>\n<column name="btag" type="double"'), ("muon", '"charge" type="int"'),
+                       ("electron", '"charge" type="int"')):
+        out.append('<column name="%s" type="ITuple">\n<columns>\n' % name)
+        out += ['<column name="%s" type="double"/>\n' % column for column in ("pt", "eta", "phi")]
+        out.append("<column name=%s/>\n</columns>\n</column>\n" % last)
+    out.append("</columns>\n<rows>\n")
+    for _ in range(1200):
+        jets, leptons, missing, direction = collision(random)
+        out.append('<row><entry value="%s"/><entry value="%s"/>' % (text(missing), text(direction)))
+        out.append(nested(jets) + nested(leptons["muon"]) + nested(leptons["electron"]) + "</row>\n")
+    out.append("</rows>\n</tuple>\n</aida>\n")
+    write_compressed(path, "".join(out))
+
+
 def main():
     if len(sys.argv) != 2:
         sys.exit("usage: make_data.py FOLDER")
@@ -351,6 +563,8 @@ def main():
     lines(folder / "Detectors" / "lines.aida")
     scattering(folder / "Nuclear_physics" / "scattering.aida")
     stopped(folder / "Particle_physics" / "stopped.csv")
+    run_values(folder / "First_steps" / "run.root")
+    collisions(folder / "Event_analysis" / "collisions.aida")
 
 
 if __name__ == "__main__":

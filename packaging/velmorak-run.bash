@@ -2,7 +2,7 @@
 _velmorak_run() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     case $previous in
-        -a)
+        -a | --look)
             mapfile -t COMPREPLY < <(compgen -f -- "$current")
             return
             ;;
@@ -25,7 +25,7 @@ _velmorak_run() {
     esac
     if [[ $current == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "-a -j --set --scan --start --results --timeout --events --again --why --list \
-            --check --plan --parts --part --merge --partial --status --version --help" -- "$current")
+            --look --json --check --plan --parts --bundle --part --merge --partial --status --version --help" -- "$current")
     else
         mapfile -t COMPREPLY < <(compgen -d -- "$current"; compgen -f -X '!*.zedra' -- "$current")
     fi

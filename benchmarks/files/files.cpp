@@ -1,4 +1,5 @@
-/// velmorak_bench_files: a histogram of the rows in 1000 text files of 1 MB, beside that of the same rows in one file.
+/// velmorak_bench_files: a histogram of the rows in 1000 text files of 1 MB, beside that of the same rows in one file;
+/// and adding a file to 1000.
 /// Each run is a process of its own, without cached results; the files are in the page cache.
 /// usage: velmorak_bench_files [FILES]
 #include "Process.h"
@@ -26,6 +27,9 @@ constexpr std::size_t fileBytes = 1'000'000;
 constexpr int rounds = 3;
 constexpr double maxRatio = 1.1;
 constexpr double maxScalingRatio = 1.1;
+/// Adding a file, beside the run over all of them.
+constexpr double maxAddingRatio = 0.03;
+constexpr std::size_t copiesInFile = 12;  ///< Of the rows of 1 MB: what takes less than 10 ms to read is not kept.
 
 class Folder {
 public:
@@ -106,6 +110,30 @@ Pair mediansOn(const fs::path& folder, const std::string& threads) {
     return {medianOf(many), medianOf(one)};
 }
 
+/// A run over files that take long enough to read, and another one after a file was added.
+void addOneFile(const fs::path& folder, std::size_t count) {
+    fs::create_directory(folder / "kept");
+    const auto add = [&folder](std::size_t number) {
+        const std::string rows = rowsOf(number);
+        std::ofstream file(folder / "kept" / (std::to_string(100'000 + number) + ".csv"), std::ios::binary);
+        file << "a,b,c,d\n";
+        for (std::size_t copy = 0; copy < copiesInFile; ++copy) {
+            file << rows;
+        }
+    };
+    for (std::size_t i = 0; i < count; ++i) {
+        add(i);
+    }
+    writeDocument(folder / "kept.zedra", "kept");
+    std::this_thread::sleep_for(std::chrono::seconds(3));
+    const double whole = timeOf(folder / "kept.zedra", "2");
+    add(count);
+    const double added = run({VELMORAK_RUN, "-j", "2", (folder / "kept.zedra").string()}).wallMs;
+    printNotSlower("adding one file of 12 MB to " + std::to_string(count) + ", 2 threads", "the run over all of them",
+                   added, whole, maxAddingRatio);
+    fs::remove_all(folder / "kept");
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -129,5 +157,6 @@ int main(int count, char** arguments) {
     const double others = onOne.one / onTwo.one;
     print({work + ", speed-up by a second thread", "one file, same rows", "x", speedUp, others, others / speedUp,
            Limit{Limit::Sense::AtMost, maxScalingRatio}});
+    addOneFile(folder.path, files);
     return 0;
 }

@@ -1,6 +1,6 @@
 #include "AidaFile.h"
 
-#include "FileInputs.h"
+#include "shared/FileInputs.h"
 
 namespace velmorak {
 

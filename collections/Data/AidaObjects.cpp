@@ -1,78 +1,17 @@
 #include "kinds.h"
 
 #include "AidaFile.h"
-#include "FileInputs.h"
+#include "ObjectSum.h"
+#include "shared/FileInputs.h"
 
 #include <velmorak/Aida.h>
-#include <velmorak/Histogram.h>
-#include <velmorak/Profile.h>
 #include <velmorak/Text.h>
 
-#include <stdexcept>
 #include <utility>
 
 namespace velmorak {
 
 namespace {
-
-/// The sum of the same histogram or profile of several files.
-class ObjectSum {
-public:
-    /// @param file name for messages.
-    /// @throws Failure if the object cannot be added to those of the files before.
-    void add(const std::string& file, DataObjectPtr object) {
-        if (!whole) {
-            whole = std::move(object);
-            first = file;
-            return;
-        }
-        const bool isAdded = addAs<Histogram1D>(file, *object) || addAs<Histogram2D>(file, *object) ||
-                             addAs<Histogram3D>(file, *object) || addAs<Profile1D>(file, *object) ||
-                             addAs<Profile2D>(file, *object);
-        if (!isAdded) {
-            throw Failure("file", velmorak::quoted(file) + " and " + velmorak::quoted(first) +
-                                      " have objects of different dimensions");
-        }
-    }
-
-    DataObjectPtr take() { return std::move(whole); }
-
-private:
-    template <typename Object>
-    bool addAs(const std::string& file, const DataObject& more) {
-        const auto* mine = dynamic_cast<const Object*>(whole.get());
-        const auto* other = dynamic_cast<const Object*>(&more);
-        if (!mine || !other) {
-            return false;
-        }
-        if constexpr (requires { mine->hasExactSums(); }) {
-            requireSums(first, mine->hasExactSums());
-            requireSums(file, other->hasExactSums());
-        }
-        if (!sum) {
-            sum = std::make_shared<Object>(*mine);
-            whole = sum;
-        }
-        try {
-            static_cast<Object&>(*sum).merge(*other);
-        } catch (const std::invalid_argument&) {
-            throw Failure("file", "the object in " + velmorak::quoted(file) + " has other bins than the one in " +
-                                      velmorak::quoted(first));
-        }
-        return true;
-    }
-
-    static void requireSums(const std::string& file, bool hasExactSums) {
-        if (!hasExactSums) {
-            throw Failure("file", "the profile in " + velmorak::quoted(file) +
-                                      " cannot be added to others: the file has no sums of weights");
-        }
-    }
-
-    std::string first;  ///< Name of the first file.
-    DataObjectPtr whole;
-    std::shared_ptr<DataObject> sum;  ///< The whole, as soon as it is the sum of several.
-};
 
 /// Reads one object of an AIDA file that is not a table. Its kinds differ in the type of the object.
 class AidaObjectKind : public Function {
@@ -115,11 +54,7 @@ void AidaObjectKind::evaluate(const Arguments& arguments, Results& results, RunC
         return;
     }
     const FileList list = aidaFilesOf(arguments, context);
-    if (!list.properties.empty()) {
-        throw Failure("file",
-                      "the properties of files are for tables: there are no rows that could have them; use a "
-                      "list without properties, such as @list.txt");
-    }
+    requireNoProperties(list);
     ObjectSum sum;
     for (const ListedFile& file : list.files) {
         if (context.isStopping()) {

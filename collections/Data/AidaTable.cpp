@@ -1,7 +1,7 @@
 #include "kinds.h"
 
 #include "AidaFile.h"
-#include "FileInputs.h"
+#include "shared/FileInputs.h"
 
 #include <velmorak/Aida.h>
 #include <velmorak/Mutex.h>
@@ -79,12 +79,15 @@ Ports AidaTableKind::ports(const ValueTexts&) const {
 }
 
 std::unique_ptr<TableReader> AidaTableKind::open(const Arguments& arguments, RunContext& context) const {
-    return openFilesOf(aidaFilesOf(arguments, context), std::make_shared<AidaOpener>(arguments.text("object")),
-                       arguments, context);
+    return openFilesOf(aidaFilesOf(arguments, context), aidaTableOpener(arguments.text("object")), arguments, context);
 }
 
 std::vector<std::filesystem::path> AidaTableKind::files(const Arguments& arguments, RunContext& context) const {
     return pathsOf(aidaFilesOf(arguments, context));
+}
+
+std::shared_ptr<const FileOpener> aidaTableOpener(const std::string& object) {
+    return std::make_shared<AidaOpener>(object);
 }
 
 std::unique_ptr<Kind> makeAidaTable() {

@@ -18,6 +18,8 @@ public:
 
     const Schema& schema() const override { return made; }
 
+    void selectColumns(const std::vector<bool>& needed) override { isNeeded = needed; }
+
     bool next(Chunk& chunk) override;
 
     /// Each number depends on its row and column alone, so that chunks can be made in any order and in parallel.
@@ -39,7 +41,8 @@ private:
 
     std::vector<RandomColumn> columns;
     Schema made;
-    std::size_t maxRows = 0;  ///< In a chunk.
+    std::vector<bool> isNeeded;  ///< By column.
+    std::size_t maxRows = 0;     ///< In a chunk.
     std::uint64_t rows;
     std::uint64_t row = 0;
     std::uint64_t seed;
@@ -54,6 +57,7 @@ RandomReader::RandomReader(std::vector<RandomColumn> randomColumns, std::uint64_
             {.name = column.name, .type = column.distribution.isInteger() ? ColumnType::Integer : ColumnType::Real});
     }
     maxRows = rowsInChunk(made);
+    isNeeded.assign(made.size(), true);
 }
 
 bool RandomReader::next(Chunk& chunk) {
@@ -67,7 +71,7 @@ void RandomReader::complete(Chunk& chunk) const {
         if (context.isStopping()) {
             throw Stopped();
         }
-        chunk.columns.push_back(columnOf(column, chunk));
+        chunk.columns.push_back(isNeeded[column] ? columnOf(column, chunk) : nullptr);
     }
 }
 

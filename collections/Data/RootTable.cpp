@@ -1,6 +1,6 @@
 #include "kinds.h"
 
-#include "FileInputs.h"
+#include "shared/FileInputs.h"
 
 #include "shared/ColumnList.h"
 
@@ -81,13 +81,16 @@ Ports RootTableKind::ports(const ValueTexts&) const {
 }
 
 std::unique_ptr<TableReader> RootTableKind::open(const Arguments& arguments, RunContext& context) const {
-    auto opener =
-        std::make_shared<RootOpener>(arguments.text("object"), columnNames("columns", arguments.text("columns")));
+    auto opener = rootTableOpener(arguments.text("object"), columnNames("columns", arguments.text("columns")));
     return openFilesOf(filesOf(arguments, context), std::move(opener), arguments, context);
 }
 
 std::vector<std::filesystem::path> RootTableKind::files(const Arguments& arguments, RunContext& context) const {
     return pathsOf(filesOf(arguments, context));
+}
+
+std::shared_ptr<const FileOpener> rootTableOpener(const std::string& object, const std::vector<std::string>& columns) {
+    return std::make_shared<RootOpener>(object, columns);
 }
 
 std::unique_ptr<Kind> makeRootTable() {

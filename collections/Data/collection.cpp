@@ -7,7 +7,14 @@ VELMORAK_COLLECTION(registry) {
     for (std::unique_ptr<Kind>& kind : makeAidaObjects()) {
         registry.add(std::move(kind));
     }
-    registry.add(makeCsvTable());
+    registry.add(makeCsvTable(registry.formats()));
     registry.add(makeRandomTable());
     registry.add(makeRootTable());
+    for (std::unique_ptr<Kind>& kind : makeRootObjects()) {
+        registry.add(std::move(kind));
+    }
+    registry.add(makeAnyTable(registry.formats()));
+    registry.addFormat(makeAidaFormat());
+    registry.addFormat(makeRootFormat());
+    registry.addFormat(makeCsvFormat());
 }

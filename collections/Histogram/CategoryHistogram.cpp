@@ -24,6 +24,8 @@ public:
     /// Calls fill with each value, of the given class of column, and its weight.
     template <typename List, typename Fill>
     void forEach(const Chunk& chunk, const Fill& fill) const;
+    /// Sets the entries of the columns that are used to true. @param needed by column of the schema.
+    void markColumns(std::vector<bool>& needed) const;
 
 private:
     Expression values;
@@ -66,6 +68,13 @@ void CategoryExpression::forEach(const Chunk& chunk, const Fill& fill) const {
         for (std::size_t i = begin; i < end; ++i) {
             fill(list[i], !weight ? 1.0 : weight->reals()[hasWeights ? i : row]);
         }
+    }
+}
+
+void CategoryExpression::markColumns(std::vector<bool>& needed) const {
+    values.markColumns(needed);
+    if (weights) {
+        weights->markColumns(needed);
     }
 }
 
@@ -120,6 +129,7 @@ public:
     std::unique_ptr<AccumulatorState> newState() const override {
         return std::make_unique<CategoryState<Key>>(quantity);
     }
+    void markColumns(std::vector<bool>& needed) const override { quantity.markColumns(needed); }
     void finish(AccumulatorState& state, Results& results) override {
         naming.deliver(histogramOf(static_cast<CategoryState<Key>&>(state).result()), "histogram", results);
     }

@@ -129,6 +129,15 @@ void FillExpression::Values::load(StateReader& reader, std::size_t count) {
                    "it does not have a weight for each value");
 }
 
+void FillExpression::markColumns(std::vector<bool>& needed) const {
+    for (const Factor& part : parts) {
+        part.expression.markColumns(needed);
+    }
+    if (weight) {
+        weight->markColumns(needed);
+    }
+}
+
 FillExpression::Values FillExpression::values(const Chunk& chunk) const {
     Values values;
     for (const Factor& part : parts) {

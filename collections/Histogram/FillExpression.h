@@ -37,6 +37,9 @@ public:
     /// @throws Failure if a row's lists have different lengths.
     Values values(const Chunk& chunk) const;
 
+    /// Sets the entries of the columns that are used to true. @param needed by column of the schema.
+    void markColumns(std::vector<bool>& needed) const;
+
     /// Number of expressions.
     std::size_t count() const { return parts.size(); }
     /// The expression, followed by its unit in brackets if it is a column whose unit is known.

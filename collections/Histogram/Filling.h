@@ -94,6 +94,7 @@ public:
     std::unique_ptr<AccumulatorState> newState() const override {
         return std::make_unique<FillingState<Filler>>(quantity, empty);
     }
+    void markColumns(std::vector<bool>& needed) const override { quantity.markColumns(needed); }
     void finish(AccumulatorState& state, Results& results) override {
         naming.deliver(static_cast<FillingState<Filler>&>(state).result(), output, results);
     }
@@ -120,6 +121,7 @@ public:
     std::unique_ptr<AccumulatorState> newState() const override {
         return std::make_unique<LateState<Object>>(quantity, make);
     }
+    void markColumns(std::vector<bool>& needed) const override { quantity.markColumns(needed); }
     void finish(AccumulatorState& state, Results& results) override {
         naming.deliver(static_cast<LateState<Object>&>(state).result(), output, results);
     }

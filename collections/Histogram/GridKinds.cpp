@@ -20,15 +20,14 @@ constexpr std::array<const char*, 3> letters{"x", "y", "z"};
 template <std::size_t axes>
 Grid<axes> gridFrom(const Arguments& arguments) {
     std::vector<Axis> all;
-    std::size_t cells = 1;
+    std::size_t room = Grid<axes>::maxCells;  // Divided by the cells along each axis.
     std::string bins;
     for (std::size_t direction = 0; direction < axes; ++direction) {
         all.push_back(axisFrom(arguments, letters[direction]));
         bins += (direction > 0 ? " x " : "") + std::to_string(all.back().bins());
-        const std::size_t along = all.back().bins() + 2;
-        cells = along > Grid<axes>::maxCells / cells ? Grid<axes>::maxCells + 1 : cells * along;
+        room /= all.back().bins() + 2;
     }
-    if (cells > Grid<axes>::maxCells) {
+    if (room == 0) {
         throw Failure(std::string(letters[axes - 1]) + "bins", bins + " bins need too much memory");
     }
     return gridOf<axes>([&](std::size_t direction) { return all[direction]; });

@@ -15,19 +15,22 @@ const DataObjectPtr* objectAt(const Arguments& arguments, const std::string& inp
     return std::get_if<DataObjectPtr>(&arrived);
 }
 
+[[noreturn]] void refuse(const std::string& input) {
+    throw Failure(input, "expected a histogram");
+}
+
 }  // namespace
 
 AnyHistogram anyHistogram(const Arguments& arguments, const std::string& input) {
     const DataObjectPtr* const object = objectAt(arguments, input);
-    const Failure other(input, "expected a histogram");
     if (!object) {
-        throw other;
+        refuse(input);
     }
     return visit(**object, overloaded{
                                [&]<std::size_t axes>(const Histogram<axes>& histogram) -> AnyHistogram {
                                    return std::shared_ptr<const Histogram<axes>>(*object, &histogram);
                                },
-                               [&](const DataObject&) -> AnyHistogram { throw other; },
+                               [&](const DataObject&) -> AnyHistogram { refuse(input); },
                            });
 }
 

@@ -71,6 +71,7 @@ public:
     TableStatistics(const Arguments& arguments, const Schema& schema) : quantity(arguments, schema) {}
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<Gathering>(quantity); }
+    void markColumns(std::vector<bool>& needed) const override { quantity.markColumns(needed); }
 
     void finish(AccumulatorState& state, Results& results) override;
 

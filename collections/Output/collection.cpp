@@ -6,6 +6,7 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makePlot());
     registry.add(makeAidaWriter());
     registry.add(makeCsvWriter());
+    registry.add(makeRootWriter());
     registry.add(makePrint());
     registry.add(makeReport());
 }

@@ -10,6 +10,7 @@ namespace velmorak {
 std::unique_ptr<Kind> makePlot();
 std::unique_ptr<Kind> makeAidaWriter();
 std::unique_ptr<Kind> makeCsvWriter();
+std::unique_ptr<Kind> makeRootWriter();
 std::unique_ptr<Kind> makePrint();
 std::unique_ptr<Kind> makeReport();
 

@@ -31,6 +31,7 @@ public:
     const Schema& schema() const override { return result; }
 
     Chunk apply(const Chunk& chunk) const override;
+    void markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) override;
 
 private:
     Schema result;
@@ -51,9 +52,15 @@ Chunk JoinOperation::apply(const Chunk& chunk) const {
     out.columns.clear();
     for (std::size_t i = 0; i < places.size(); ++i) {
         const ColumnPtr& column = chunk.columns[places[i]];
-        out.columns.push_back(areConverted[i] ? asReals(column) : column);
+        out.columns.push_back(areConverted[i] && column ? asReals(column) : column);
     }
     return out;
+}
+
+void JoinOperation::markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) {
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        needed[places[i]] = wanted[i];
+    }
 }
 
 bool isNumber(ColumnType type) {

@@ -45,7 +45,7 @@ Chunk onlyRows(const Chunk& chunk, const std::vector<std::uint8_t>& keep) {
     Chunk out = chunk;
     out.rows = kept;
     for (ColumnPtr& column : out.columns) {
-        column = keepRows(*column, keep);
+        column = column ? keepRows(*column, keep) : nullptr;
     }
     return out;
 }

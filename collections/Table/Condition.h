@@ -18,6 +18,8 @@ public:
 
     /// @return 1 or 0 for each row.
     std::vector<std::uint8_t> truthIn(const Chunk& chunk) const;
+    /// Sets the entries of the columns that are used to true. @param needed by column of the schema.
+    void markColumns(std::vector<bool>& needed) const { expression.markColumns(needed); }
 
 private:
     Expression expression;
@@ -26,7 +28,7 @@ private:
 /// Number of rows that are true.
 std::size_t countTrue(const std::vector<std::uint8_t>& truth);
 
-/// @return the chunk with only the rows for which keep is 1.
+/// @return the chunk with only the rows for which keep is 1; columns that are null stay so.
 Chunk onlyRows(const Chunk& chunk, const std::vector<std::uint8_t>& keep);
 
 }  // namespace velmorak

@@ -179,6 +179,7 @@ public:
     FlowAccumulation(const Arguments& arguments, const Schema& schema, RunContext& runContext);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<FlowState>(cuts, weight); }
+    void markColumns(std::vector<bool>& needed) const override;
 
     void finish(AccumulatorState& state, Results& results) override;
 
@@ -211,6 +212,15 @@ FlowAccumulation::FlowAccumulation(const Arguments& arguments, const Schema& sch
     }
     if (weight && (weight->isList() || weight->type() == ColumnType::Text)) {
         throw Failure("weight", "\"" + arguments.text("weight") + "\" is not a number");
+    }
+}
+
+void FlowAccumulation::markColumns(std::vector<bool>& needed) const {
+    for (const Condition& cut : cuts) {
+        cut.markColumns(needed);
+    }
+    if (weight) {
+        weight->markColumns(needed);
     }
 }
 

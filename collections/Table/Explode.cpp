@@ -63,6 +63,7 @@ public:
     const Schema& schema() const override { return result; }
 
     Chunk apply(const Chunk& chunk) const override;
+    void markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) override;
 
 private:
     void checkLengths(const Chunk& chunk, std::size_t place) const;
@@ -91,6 +92,9 @@ Chunk ExplodeOperation::apply(const Chunk& chunk) const {
     }
     Chunk out = chunk;
     for (std::size_t place = 0; place < chunk.columns.size(); ++place) {
+        if (!chunk.columns[place]) {
+            continue;
+        }
         const Column& column = *chunk.columns[place];
         const bool isExploded = std::find(lists.begin(), lists.end(), place) != lists.end();
         out.columns[place] =
@@ -101,6 +105,14 @@ Chunk ExplodeOperation::apply(const Chunk& chunk) const {
     }
     out.rows = offsets.back();
     return out;
+}
+
+/// The lengths of all lists are compared, whoever uses their values.
+void ExplodeOperation::markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) {
+    std::copy_n(wanted.begin(), needed.size(), needed.begin());
+    for (const std::size_t place : lists) {
+        needed[place] = true;
+    }
 }
 
 void ExplodeOperation::checkLengths(const Chunk& chunk, std::size_t place) const {

@@ -34,6 +34,10 @@ public:
     const Schema& schema() const override { return columns; }
 
     Chunk apply(const Chunk& chunk) const override { return onlyRows(chunk, condition.truthIn(chunk)); }
+    void markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) override {
+        needed = wanted;
+        condition.markColumns(needed);
+    }
 
 private:
     Schema columns;

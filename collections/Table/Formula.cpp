@@ -39,11 +39,13 @@ public:
     const Schema& schema() const override { return result; }
 
     Chunk apply(const Chunk& chunk) const override;
+    void markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) override;
 
 private:
     Expression expression;
     std::size_t place;
     Schema result;
+    bool isWanted = true;  ///< Somebody uses the new column.
 };
 
 FormulaOperation::FormulaOperation(const Schema& schema, Expression formula, const std::string& column,
@@ -60,8 +62,18 @@ FormulaOperation::FormulaOperation(const Schema& schema, Expression formula, con
 Chunk FormulaOperation::apply(const Chunk& chunk) const {
     Chunk out = chunk;
     out.columns.resize(result.size());
-    out.columns[place] = expression.evaluate(chunk);
+    out.columns[place] = isWanted ? expression.evaluate(chunk) : nullptr;
     return out;
+}
+
+void FormulaOperation::markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) {
+    isWanted = wanted[place];
+    for (std::size_t i = 0; i < needed.size(); ++i) {
+        needed[i] = i != place && wanted[i];
+    }
+    if (isWanted) {
+        expression.markColumns(needed);
+    }
 }
 
 std::string columnRefusal(const std::string& column) {

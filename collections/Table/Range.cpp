@@ -32,6 +32,7 @@ public:
     std::optional<std::uint64_t> rowLimit() const override { return positions.limit; }
 
     Chunk apply(const Chunk& chunk) const override;
+    void markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) override { needed = wanted; }
 
 private:
     Schema columns;

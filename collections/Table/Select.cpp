@@ -16,6 +16,7 @@ public:
     const Schema& schema() const override { return result; }
 
     Chunk apply(const Chunk& chunk) const override;
+    void markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) override;
 
 private:
     std::vector<std::size_t> places;
@@ -35,6 +36,12 @@ Chunk SelectOperation::apply(const Chunk& chunk) const {
         out.columns.push_back(chunk.columns[place]);
     }
     return out;
+}
+
+void SelectOperation::markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) {
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        needed[places[i]] = wanted[i];
+    }
 }
 
 std::vector<std::size_t> allBut(const std::vector<std::size_t>& places, const Schema& schema) {

@@ -1,5 +1,7 @@
+#include "KindsAsJson.h"
+
+#include <velmorak/FileFormat.h>
 #include <velmorak/FormatMeasurement.h>
-#include <velmorak/Kind.h>
 
 #include <dlfcn.h>
 
@@ -10,37 +12,42 @@
 #include <sstream>
 #include <stdexcept>
 
-/// Writes the kinds' descriptions of themselves: a collection's plugin_summary.txt, or a page in Markdown.
+/// Writes the kinds' descriptions of themselves: a collection's plugin_summary.txt, a page in Markdown, or JSON for a
+/// program.
 namespace {
 
 using namespace velmorak;
 
 namespace fs = std::filesystem;
 
-struct Group {
-    std::string name;
-    std::vector<std::unique_ptr<Kind>> kinds;
-};
+using Group = GroupOfKinds;
 
 class Collector : public Registry {
 public:
     void group(const std::string& name) override { groups.push_back({.name = name, .kinds = {}}); }
     void add(std::unique_ptr<Kind> kind) override { groups.back().kinds.push_back(std::move(kind)); }
+    void addFormat(std::unique_ptr<FileFormat> format) override { known.add(std::move(format)); }
+    const FileFormats& formats() const override { return known; }
 
     std::vector<Group> groups;
+
+private:
+    FileFormats known;
 };
 
-/// One sentence for each shipped group, shown beside its name.
+/// One sentence for each group, shown beside its name.
 std::string purposeOf(const std::string& group) {
     const std::map<std::string, std::string> purposes = {
         {"Arithmetic", "Numbers and arithmetic."},
         {"Data", "Sources of tables and stored objects."},
         {"Fit", "Functions fitted to histograms, profiles and points."},
+        {"Formats", "Tables in the files of other programs."},
         {"Histogram", "Histograms and statistics."},
         {"Output", "Pictures, reports and files."},
         {"Table", "New columns, cuts, and operations on tables."},
     };
-    return purposes.at(group);
+    const auto purpose = purposes.find(group);
+    return purpose == purposes.end() ? "Kinds of the collection " + group + "." : purpose->second;
 }
 
 void load(const std::string& library, Collector& collector) {
@@ -90,9 +97,13 @@ std::string textIn(const fs::path& file) {
     return text.str();
 }
 
-/// Documents in the groups of the examples' folder that have a plug-in of the kind, in the order of their paths.
+/// Documents in the groups of the examples' folder that have a plug-in of the kind, in the order of their paths. None
+/// without a folder.
 std::vector<fs::path> examplesOf(const Kind& kind, const fs::path& examples) {
     std::vector<fs::path> found;
+    if (examples.empty()) {
+        return found;
+    }
     for (const auto& entry : fs::recursive_directory_iterator(examples)) {
         if (entry.path().extension() == ".zedra" &&
             textIn(entry.path()).find(R"("kind": ")" + kind.name() + "\"") != std::string::npos) {
@@ -158,6 +169,9 @@ void writePage(const Group& group, const fs::path& examples, std::ostream& out) 
 int describe(const std::vector<std::string>& words) {
     Collector collector;
     load(words.back(), collector);
+    if (words.front() == "json") {
+        return writeJson(collector.groups, std::cout) ? 0 : 1;
+    }
     for (const Group& group : collector.groups) {
         words.front() == "summary" ? writeSummary(group, std::cout) : writePage(group, words[1], std::cout);
     }
@@ -168,16 +182,17 @@ int describe(const std::vector<std::string>& words) {
 
 int main(int count, char** arguments) {
     const std::vector<std::string> words(arguments + 1, arguments + count);
-    const bool isSummary = words.size() == 2 && words[0] == "summary";
+    const bool isSummary = words.size() == 2 && (words[0] == "summary" || words[0] == "json");
     const bool isPage = words.size() == 3 && words[0] == "page";
     if (!isSummary && !isPage) {
-        std::cerr << "usage: describe_kinds summary COLLECTION.so\n       describe_kinds page EXAMPLES COLLECTION.so\n";
+        std::cerr << "usage: velmorak-describe-kinds summary|json COLLECTION.so\n"
+                     "       velmorak-describe-kinds page EXAMPLES COLLECTION.so\n";
         return 1;
     }
     try {
         return describe(words);
     } catch (const std::exception& error) {
-        std::cerr << "describe_kinds: " << error.what() << "\n";
+        std::cerr << "velmorak-describe-kinds: " << error.what() << "\n";
         return 1;
     }
 }

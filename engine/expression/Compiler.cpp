@@ -12,10 +12,6 @@ namespace velmorak::expression {
 
 namespace {
 
-std::string shown(const TypedOperand& value) {
-    return (value.isList ? "a list of type " : "a value of type ") + std::string(nameOf(value.type));
-}
-
 std::string shownName(const Node& call) {
     return call.text == "-sign" || call.text == "+sign" ? call.text.substr(0, 1) : call.text;
 }
@@ -101,24 +97,30 @@ void Compiler::fail(const Node& node, const std::string& reason) const {
     throwAt(source, placeOf(node), reason);
 }
 
-TypedOperand Compiler::compile(const std::vector<Node>& tree, Scope& scope) {
-    nodes = &tree;
+TypedOperand Compiler::compile(const std::vector<Node>& parsed, Scope& scope) {
+    const Tree tree = rewritten(source, parsed, joinsEqual);
+    nodes = &tree.nodes;
+    uses = &tree.uses;
     names = &scope;
-    typed.clear();
-    typed.reserve(tree.size());
-    for (const Node& node : tree) {
-        typed.push_back(compiled(node));
+    typed.assign(tree.nodes.size(), {});
+    for (std::size_t i = 0; i < tree.nodes.size(); ++i) {
+        if (tree.uses[i] > 0) {
+            typed[i] = compiled(tree.nodes[i]);
+            emitter.announceUses(typed[i], tree.uses[i] - 1);
+        }
     }
-    return typed.back();
+    return typed[tree.root];
 }
 
-TypedOperand Compiler::compileDefinition(const std::vector<Node>& tree, Scope& scope, std::size_t offset) {
+TypedOperand Compiler::compileDefinition(const std::vector<Node>& parsed, Scope& scope, std::size_t offset) {
     const auto* const outerNodes = nodes;
+    const auto* const outerUses = uses;
     Scope* const outerNames = names;
     std::vector<TypedOperand> outerTyped = std::exchange(typed, {});
     const std::optional<std::size_t> outerOffset = std::exchange(definitionOffset, offset);
-    const TypedOperand whole = compile(tree, scope);
+    const TypedOperand whole = compile(parsed, scope);
     nodes = outerNodes;
+    uses = outerUses;
     names = outerNames;
     typed = std::move(outerTyped);
     definitionOffset = outerOffset;
@@ -155,13 +157,13 @@ TypedOperand Compiler::called(const Node& node) {
     std::vector<TypedOperand> arguments;
     arguments.reserve(node.children.size());
     for (const std::size_t child : node.children) {
-        arguments.push_back(typed[child]);
+        arguments.push_back((*uses)[child] > 1 ? emitter.forOneUse(typed[child]) : typed[child]);
     }
     if (const auto known = names->called(node, arguments, *this)) {
         return *known;
     }
-    if (node.text == "[]") {
-        return indexed(node, arguments);
+    if (const ListCall* const function = findListCall(node.text)) {
+        return calledOnLists(node, *function, arguments);
     }
     if (isReduction(node.text) && arguments.size() == 1 && (arguments[0].isList || !findFunction(node.text))) {
         return reduced(node, arguments[0]);
@@ -192,24 +194,15 @@ TypedOperand Compiler::reduced(const Node& node, const TypedOperand& list) {
     if (!list.isList) {
         fail(node, quoted(node.text) + " of one argument needs a list column, but this is " + shown(list));
     }
-    const Reduction reduction = findReduction(node.text, list.type);
+    const Reduction reduction = findReduction(node.text, list.type, list.width);
     if (!reduction.kernel) {
         fail(node, quoted(node.text) + " does not take " + shown(list));
     }
-    return emitter.emitReduction(reduction.kernel, {list}, reduction.type, placeOf(node));
-}
-
-TypedOperand Compiler::indexed(const Node& node, const std::vector<TypedOperand>& arguments) {
-    const TypedOperand& list = arguments[0];
-    if (!list.isList) {
-        fail(node, "only a list can be indexed, but this is " + shown(list));
+    TypedOperand values = list;
+    if (node.text == "count") {
+        values.width = 1;  // Combinations are counted, not their values.
     }
-    if (arguments[1].isList || arguments[1].type == ColumnType::Text || arguments[1].type == ColumnType::Boolean) {
-        fail((*nodes)[node.children[1]], "a position in a list must be a number, but this is " + shown(arguments[1]));
-    }
-    const TypedOperand position = asReal(node, arguments[1]);
-    const Reduction way = findIndexing(list.type);
-    return emitter.emitReduction(way.kernel, {list, position}, way.type, placeOf(node));
+    return emitter.emitReduction(reduction.kernel, {values}, reduction.type, placeOf(node));
 }
 
 void Compiler::checkArguments(const Node& node, const Function& function,
@@ -242,6 +235,13 @@ TypedOperand Compiler::applied(const Node& node, const Function& function, const
 
 TypedOperand Compiler::emit(const Node& node, const Function& function, ColumnType argumentType,
                             const std::vector<TypedOperand>& values, ColumnType type) {
+    std::size_t width = 1;
+    for (const TypedOperand& value : values) {
+        if (value.width > 1 && width > 1 && value.width != width) {
+            fail(node, "pairs and triples cannot be combined with each other");
+        }
+        width = std::max(width, value.width);
+    }
     const TypedOperand result = emitter.emit(operationOf(function, argumentType), values, type, placeOf(node));
     const bool areConstants = std::all_of(values.begin(), values.end(), [](const TypedOperand& value) {
         return value.operand.in == Operand::In::Constant;
@@ -324,12 +324,14 @@ std::vector<TypedOperand> Compiler::conditions(const Node& node, const std::vect
 }
 
 TypedOperand Compiler::choice(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) {
-    const Node conditionOnly{node.form, node.offset, node.text, 0.0, 0, false, {node.children[0]}};
+    Node conditionOnly = node;
+    conditionOnly.children = {node.children[0]};
     auto values = conditions(conditionOnly, {arguments[0]});
     const std::vector<TypedOperand> pair{arguments[1], arguments[2]};
     const bool areBooleans = pair[0].type == ColumnType::Boolean && pair[1].type == ColumnType::Boolean;
     const ColumnType type = areBooleans ? ColumnType::Boolean : compared(node, pair);
-    const Node valuesOnly{node.form, node.offset, node.text, 0.0, 0, false, {node.children[1], node.children[2]}};
+    Node valuesOnly = node;
+    valuesOnly.children = {node.children[1], node.children[2]};
     for (const TypedOperand& value : all(valuesOnly, pair, type)) {
         values.push_back(value);
     }
@@ -358,6 +360,11 @@ Code compile(std::string_view text, const Schema& columns, const std::map<std::s
     Compiler compiler(text, Buffers::Reused);
     const std::vector<Node> tree = parse(text);
     const TypedOperand whole = compiler.compile(tree, scope);
+    if (whole.width > 1) {
+        compiler.fail(tree.back(),
+                      "a list of combinations is no column; take first(...), second(...), or a sum of each, or index "
+                      "another list with it");
+    }
     return std::move(compiler).finish(whole);
 }
 

@@ -2,6 +2,7 @@
 
 #include "expression/Emitter.h"
 #include "expression/Syntax.h"
+#include "expression/Tree.h"
 
 #include <optional>
 #include <string>
@@ -28,15 +29,19 @@ public:
     virtual std::vector<std::string> callableNames() const { return {}; }
 };
 
+/// @return "a list of type real" and the like, for messages.
+std::string shown(const TypedOperand& value);
+
 /// Checks the types of a syntax tree and emits its steps: the one compiler of the language.
 class Compiler {
 public:
-    Compiler(std::string_view text, Buffers buffers) : source(text), emitter(buffers) {}
+    Compiler(std::string_view text, Buffers buffers)
+        : source(text), emitter(buffers), joinsEqual(buffers == Buffers::Reused) {}
 
     /// Compiles a tree whose nodes are those of the text.
-    TypedOperand compile(const std::vector<Node>& tree, Scope& scope);
+    TypedOperand compile(const std::vector<Node>& parsed, Scope& scope);
     /// Compiles the tree of another text, the definition of what the text has at the offset. Messages point there.
-    TypedOperand compileDefinition(const std::vector<Node>& tree, Scope& scope, std::size_t offset);
+    TypedOperand compileDefinition(const std::vector<Node>& parsed, Scope& scope, std::size_t offset);
 
     Emitter& steps() { return emitter; }
     Code finish(const TypedOperand& whole) && { return std::move(emitter).finish(whole); }
@@ -56,7 +61,31 @@ private:
 
     TypedOperand reduced(const Node& node, const TypedOperand& list);
 
-    TypedOperand indexed(const Node& node, const std::vector<TypedOperand>& arguments);
+    /// @name Functions of lists
+    /// @{
+    using Arguments = std::vector<TypedOperand>;
+    struct ListCall;
+    static const ListCall* findListCall(std::string_view name);
+    TypedOperand calledOnLists(const Node& node, const ListCall& function, const Arguments& arguments);
+    TypedOperand indexed(const Node& node, const Arguments& arguments);
+    TypedOperand taken(const Node& node, const TypedOperand& list, const TypedOperand& positions);
+    TypedOperand asIndex(const Node& node, const Arguments& arguments);
+    TypedOperand slicePositions(const Node& node, const Arguments& arguments);
+    TypedOperand reversePositions(const Node& node, const Arguments& arguments);
+    TypedOperand uniquePositions(const Node& node, const Arguments& arguments);
+    TypedOperand order(const Node& node, const Arguments& arguments);
+    TypedOperand pairs(const Node& node, const Arguments& arguments);
+    TypedOperand triples(const Node& node, const Arguments& arguments);
+    TypedOperand nearest(const Node& node, const Arguments& arguments);
+    TypedOperand concat(const Node& node, const Arguments& arguments);
+    TypedOperand element(const Node& node, const Arguments& arguments);
+    TypedOperand elementOfCombinations(const Node& node, const TypedOperand& list);
+    TypedOperand total(const Node& node, const Arguments& arguments);
+    TypedOperand checkedNumber(const Node& node, const Arguments& arguments);
+    const TypedOperand& wantList(const Node& node, const TypedOperand& value) const;
+    TypedOperand combinations(const Node& node, ListKernel kernel, const Arguments& lists, std::size_t width);
+    std::string partOf(const Node& node) const;
+    /// @}
 
     void checkArguments(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments) const;
 
@@ -88,7 +117,9 @@ private:
 
     std::string_view source;
     Emitter emitter;
+    bool joinsEqual;
     const std::vector<Node>* nodes = nullptr;
+    const std::vector<std::size_t>* uses = nullptr;  ///< Of each node.
     Scope* names = nullptr;
     std::vector<TypedOperand> typed;              ///< The value of each node.
     std::optional<std::size_t> definitionOffset;  ///< Of the definition being compiled.

@@ -55,7 +55,7 @@ TypedOperand Emitter::column(std::size_t position, const ColumnInfo& info) {
     if (std::find(used.begin(), used.end(), position) == used.end()) {
         used.push_back(position);
     }
-    return {{Operand::In::Column, position}, info.type, info.isList, position, bytesInColumn(info.type)};
+    return {{Operand::In::Column, position}, info.type, info.isList, {false, position}, bytesInColumn(info.type)};
 }
 
 TypedOperand Emitter::emit(const Operation& operation, const std::vector<TypedOperand>& values, ColumnType type,
@@ -63,27 +63,37 @@ TypedOperand Emitter::emit(const Operation& operation, const std::vector<TypedOp
     if (const auto constant = folded(operation.kernel, values, type)) {
         return *constant;
     }
-    const auto list =
-        std::find_if(values.begin(), values.end(), [](const TypedOperand& value) { return value.isList; });
     Step step;
     step.kernel = operation.kernel;
     step.function = operation.function;
     step.reverse = operation.reverse;
     step.offset = offset;
-    if (list == values.end()) {
+    const auto model = std::max_element(values.begin(), values.end(), [](const TypedOperand& a, const TypedOperand& b) {
+        return (a.isList ? a.width : 0) < (b.isList ? b.width : 0);
+    });
+    if (!model->isList) {
         return emitStep(step, values, type);
     }
     step.domain = IterationDomain::Lists;
-    step.listColumn = list->listColumn;
+    step.shape = model->shape;
+    step.width = model->width;
     std::vector<TypedOperand> lists;
     for (const TypedOperand& value : values) {
-        if (value.isList) {
-            emitLengthCheck(step.listColumn, value.listColumn, offset);
-        }
-        const bool isSingle = !value.isList && value.operand.in != Operand::In::Constant;
-        lists.push_back(isSingle ? broadcast(value, step.listColumn, offset) : value);
+        lists.push_back(asLong(value, *model, offset));
     }
     return emitStep(step, lists, type);
+}
+
+TypedOperand Emitter::asLong(const TypedOperand& value, const TypedOperand& model, std::size_t offset) {
+    if (value.operand.in == Operand::In::Constant) {
+        return value;
+    }
+    if (value.isList) {
+        emitLengthCheck(model.shape, value.shape, offset);
+    }
+    const TypedOperand list =
+        value.isList ? value : repeated(value, IterationDomain::Broadcast, model.shape, 1, offset);
+    return list.width == model.width ? list : repeated(list, IterationDomain::Repeat, model.shape, model.width, offset);
 }
 
 std::optional<TypedOperand> Emitter::folded(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type) {
@@ -116,17 +126,46 @@ std::optional<double> Emitter::numberOf(const TypedOperand& value) const {
 
 TypedOperand Emitter::emitReduction(Kernel kernel, const std::vector<TypedOperand>& values, ColumnType type,
                                     std::size_t offset) {
+    const TypedOperand& list = values.front();
     Step step;
     step.kernel = kernel;
     step.offset = offset;
-    step.domain = IterationDomain::RowsOfLists;
-    step.listColumn = values.front().listColumn;
+    step.domain = list.width > 1 ? IterationDomain::Combinations : IterationDomain::RowsOfLists;
+    step.shape = list.shape;
+    step.width = list.width;
     return emitStep(step, values, type);
+}
+
+TypedOperand Emitter::emitLists(const ListOperation& operation, const std::vector<TypedOperand>& values,
+                                ColumnType type, std::size_t offset) {
+    Step step;
+    step.listKernel = operation.kernel;
+    step.offset = offset;
+    step.domain = IterationDomain::WholeLists;
+    step.width = operation.widthRead;
+    step.secondWidth = values.size() > 1 ? values[1].width : 1;
+    step.makesShape = !operation.madeShape.empty();
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (values[i].isList) {
+            step.inShape[i] = values[i].shape;
+        }
+    }
+    if (step.makesShape) {
+        step.shape = {true, code.madeShapes.size()};
+        code.madeShapes.push_back(operation.madeShape);
+    } else if (operation.shape) {
+        step.shape = *operation.shape;
+    }
+    code.makesCombinations |= operation.makesCombinations;
+    TypedOperand made = emitStep(step, values, type);
+    made.isList = step.makesShape || operation.shape;
+    made.width = operation.width;
+    return made;
 }
 
 /// The output buffer differs from the input buffers, because the sizes of values may differ.
 TypedOperand Emitter::emitStep(Step step, const std::vector<TypedOperand>& values, ColumnType type) {
-    const bool isList = step.domain == IterationDomain::Lists || step.domain == IterationDomain::Broadcast;
+    const bool isList = step.domain != IterationDomain::Rows && step.domain != IterationDomain::RowsOfLists;
     step.out = isList ? Operand{Operand::In::List, allocate(freeLists, code.lists)}
                       : Operand{Operand::In::Buffer, allocate(freeBuffers, code.buffers)};
     step.outBytes = bytesOf(type);
@@ -137,22 +176,54 @@ TypedOperand Emitter::emitStep(Step step, const std::vector<TypedOperand>& value
         step.inType[i] = values[i].type;
     }
     code.steps.push_back(step);
+    const std::size_t width = step.domain == IterationDomain::Combinations ? 1 : step.width;
+    const TypedOperand made{step.out, type, isList, step.shape, step.outBytes, width};
     if (buffers == Buffers::Kept) {
-        return {step.out, type, isList, step.listColumn, step.outBytes};
+        return made;
     }
+    areLastValuesFree = std::none_of(values.begin(), values.end(), [this](const TypedOperand& value) {
+        return moreUses.contains({value.operand.in, value.operand.position});
+    });
     for (const TypedOperand& value : values) {
-        if (value.operand.in == Operand::In::Buffer) {
-            freeBuffers.push_back(value.operand.position);
-        } else if (value.operand.in == Operand::In::List) {
-            freeLists.push_back(value.operand.position);
-        }
+        release(value);
     }
     lastValues = values;
-    return {step.out, type, isList, step.listColumn, step.outBytes};
+    return made;
+}
+
+void Emitter::announceUses(const TypedOperand& value, std::size_t more) {
+    const bool isHeld = value.operand.in == Operand::In::Buffer || value.operand.in == Operand::In::List;
+    if (more > 0 && isHeld && buffers == Buffers::Reused) {
+        moreUses[{value.operand.in, value.operand.position}] += more;
+    }
+}
+
+TypedOperand Emitter::forOneUse(const TypedOperand& value) {
+    if (value.operand.in != Operand::In::Constant) {
+        return value;
+    }
+    TypedOperand copy = value;
+    code.constants.push_back(*code.constantAt[value.operand.position]);
+    code.constantAt.push_back(&code.constants.back());
+    copy.operand.position = code.constantAt.size() - 1;
+    return copy;
+}
+
+void Emitter::release(const TypedOperand& value) {
+    if (const auto more = moreUses.find({value.operand.in, value.operand.position}); more != moreUses.end()) {
+        if (--more->second == 0) {
+            moreUses.erase(more);
+        }
+    } else if (value.operand.in == Operand::In::Buffer) {
+        freeBuffers.push_back(value.operand.position);
+    } else if (value.operand.in == Operand::In::List) {
+        freeLists.push_back(value.operand.position);
+    }
 }
 
 std::optional<std::vector<TypedOperand>> Emitter::popIfProducedBy(const TypedOperand& value, Kernel kernel) {
-    if (buffers == Buffers::Kept || code.steps.empty() || value.operand.in != Operand::In::Buffer) {
+    const bool isUsedOnce = !moreUses.contains({value.operand.in, value.operand.position}) && areLastValuesFree;
+    if (buffers == Buffers::Kept || code.steps.empty() || value.operand.in != Operand::In::Buffer || !isUsedOnce) {
         return std::nullopt;
     }
     const Step& last = code.steps.back();
@@ -169,24 +240,26 @@ std::optional<std::vector<TypedOperand>> Emitter::popIfProducedBy(const TypedOpe
     return std::exchange(lastValues, {});
 }
 
-TypedOperand Emitter::broadcast(const TypedOperand& value, std::size_t listColumn, std::size_t offset) {
+TypedOperand Emitter::repeated(const TypedOperand& value, IterationDomain domain, const Shape& shape, std::size_t width,
+                               std::size_t offset) {
     Step step;
     step.kernel = broadcastKernel(value.type);
     step.offset = offset;
-    step.domain = IterationDomain::Broadcast;
-    step.listColumn = listColumn;
+    step.domain = domain;
+    step.shape = shape;
+    step.width = width;
     return emitStep(step, {value}, value.type);
 }
 
-void Emitter::emitLengthCheck(std::size_t listColumn, std::size_t other, std::size_t offset) {
-    if (listColumn == other || !equalLengths.insert({listColumn, other}).second) {
+void Emitter::emitLengthCheck(const Shape& shape, const Shape& other, std::size_t offset) {
+    if (shape == other || !equalLengths.insert({shape, other}).second) {
         return;
     }
     Step step;
     step.offset = offset;
     step.domain = IterationDomain::Lengths;
-    step.listColumn = listColumn;
-    step.otherListColumn = other;
+    step.shape = shape;
+    step.otherShape = other;
     code.steps.push_back(step);
 }
 
@@ -201,7 +274,7 @@ std::size_t Emitter::allocate(std::vector<std::size_t>& free, std::size_t& count
 
 Code Emitter::finish(const TypedOperand& whole) && {
     code.result = whole.operand;
-    code.resultListColumn = whole.listColumn;
+    code.resultShape = whole.shape;
     code.type = whole.type;
     code.isList = whole.isList;
     std::sort(code.usedColumns.begin(), code.usedColumns.end());

@@ -2,8 +2,21 @@
 
 #include "expression/Kernels.h"
 
+#include <cmath>
+
 /// Loops over a block of rows, from which the kernels of the table of functions are made.
 namespace velmorak::expression {
+
+/// std::remainder, which is slow. Up to one and a half times y, differences are exact (P. Sterbenz, Floating-Point
+/// Computation, 1974).
+inline double nearestRemainder(double x, double y) {
+    const double size = std::fabs(x);
+    const double other = std::fabs(y);
+    if (size < 0.5 * other) {
+        return x;
+    }
+    return size > 0.5 * other && size < 1.5 * other ? std::copysign(1.0, x) * (size - other) : std::remainder(x, y);
+}
 
 template <typename In, typename Out, auto function>
 bool unary(const KernelArgs& args) {

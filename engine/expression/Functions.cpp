@@ -235,7 +235,7 @@ constexpr std::array functions{
     rounding("round", ofReal<[](double x) { return std::round(x); }>, "`round` (halves away from 0)"),
     rounding("trunc", ofReal<[](double x) { return std::trunc(x); }>, "`trunc`"),
     reals("fmod", realRemainder, reverseRemainder, {"rounding", "`fmod(x, y)`"}),
-    reals("remainder", ofReals<[](double x, double y) { return std::remainder(x, y); }>, reverseNearestRemainder,
+    reals("remainder", ofReals<[](double x, double y) { return nearestRemainder(x, y); }>, reverseNearestRemainder,
           {"rounding", "`remainder(x, y)` (from -y/2 to y/2)"}),
     Function{.name = "abs",
              .rule = Rule::Arithmetic,
@@ -321,9 +321,15 @@ const SimdKernel* findSimdKernel(std::string_view name, ColumnType type) {
 }
 
 std::vector<std::string> functionNames() {
-    std::vector<std::string> names{"sum", "count", "any", "all"};
+    std::vector<std::string> names;
     for (const Function& function : functions) {
         names.emplace_back(function.name);
+    }
+    for (const NamedForm& form : listForms()) {
+        names.emplace_back(form.name);
+    }
+    for (const NamedForm& form : kinematicForms()) {
+        names.emplace_back(form.name);
     }
     return names;
 }

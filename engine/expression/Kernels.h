@@ -111,17 +111,30 @@ inline bool isConstant(std::string_view name) {
     return findConstant(name) != nullptr;
 }
 
-/// A function over a whole list: sum, count, min, max, any, all.
+/// A function that reads whole lists or is composed of others: an entry of a table in docs/expressions.md.
+struct NamedForm {
+    std::string_view name;
+    std::string_view usage;   ///< Such as "sort(list, by)".
+    std::string_view result;  ///< Markdown.
+};
+std::span<const NamedForm> listForms();
+std::span<const NamedForm> kinematicForms();
+
+/// A function over a whole list: sum, count, min, max, any, all, argmin, argmax.
 struct Reduction {
     Kernel kernel = nullptr;  ///< Null if the element type is not supported.
     ColumnType type = ColumnType::Real;
 };
 bool isReduction(std::string_view name);
-Reduction findReduction(std::string_view name, ColumnType element);
+/// @param width 2 or 3 for combinations.
+Reduction findReduction(std::string_view name, ColumnType element, std::size_t width = 1);
 
 /// Takes the value at a position in each row's list: NaN, false or an empty text unless the position is an integer
 /// within the list. Integers become reals, to allow for NaN.
 Reduction findIndexing(ColumnType element);
+/// Takes a value of each row's list, and the value of in[1] where the list is too short.
+/// @param position 0, 1 or 2 from the beginning, or -1 for the last value.
+Kernel elementKernel(ColumnType type, int position);
 /// @return the kernel that repeats each row's value for every element of its list.
 Kernel broadcastKernel(ColumnType type);
 

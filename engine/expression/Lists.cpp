@@ -57,6 +57,21 @@ bool sumReals(const KernelArgs& args) {
     return fold<double, double, [](double& sum, double value) { return sum += value, false; }>(args, 0.0);
 }
 
+/// The sum of each combination, as sumReals has it.
+template <std::size_t width>
+bool sumCombinations(const KernelArgs& args) {
+    const auto* values = static_cast<const double*>(args.in[0]);
+    auto* out = static_cast<double*>(args.out);
+    for (std::size_t i = 0; i < args.rows; ++i) {
+        double sum = 0.0;
+        for (std::size_t k = 0; k < width; ++k) {
+            sum += values[width * i + k];
+        }
+        out[i] = sum;
+    }
+    return true;
+}
+
 template <typename In>
 bool sumIntegers(const KernelArgs& args) {
     return fold<In, std::int64_t, [](std::int64_t& sum, In value) {
@@ -76,8 +91,50 @@ bool all(const KernelArgs& args) {
         args, 1);
 }
 
-constexpr auto isLess = [](double x, double y) { return x < y; };
-constexpr auto isMore = [](double x, double y) { return x > y; };
+/// The position of the first of the best values; NaN is no value. -1 if there is none.
+template <typename In, auto isBetter>
+bool extremePosition(const KernelArgs& args) {
+    const auto* values = static_cast<const In*>(args.in[0]);
+    auto* out = static_cast<std::int64_t*>(args.out);
+    for (std::size_t row = 0; row < args.rows; ++row) {
+        const std::uint64_t begin = args.offsets[row] - args.offsets[0];
+        const std::uint64_t count = args.offsets[row + 1] - args.offsets[row];
+        std::int64_t best = -1;
+        for (std::uint64_t i = 0; i < count; ++i) {
+            const In value = values[begin + i];
+            if (value == value && (best < 0 || isBetter(value, values[begin + static_cast<std::uint64_t>(best)]))) {
+                best = static_cast<std::int64_t>(i);
+            }
+        }
+        out[row] = best;
+    }
+    return true;
+}
+
+constexpr auto isLess = [](auto x, auto y) { return x < y; };
+constexpr auto isMore = [](auto x, auto y) { return x > y; };
+
+template <typename T, int position>
+bool elementOr(const KernelArgs& args) {
+    const auto* values = static_cast<const T*>(args.in[0]);
+    const auto* others = static_cast<const T*>(args.in[1]);
+    auto* out = static_cast<T*>(args.out);
+    for (std::size_t row = 0; row < args.rows; ++row) {
+        const std::uint64_t begin = args.offsets[row] - args.offsets[0];
+        const std::uint64_t count = args.offsets[row + 1] - args.offsets[row];
+        const std::uint64_t index = position < 0 ? count - 1 : static_cast<std::uint64_t>(position);
+        out[row] = index < count ? values[begin + index] : others[row];
+    }
+    return true;
+}
+
+template <typename T>
+Kernel elementOf(int position) {
+    return position == 0   ? elementOr<T, 0>
+           : position == 1 ? elementOr<T, 1>
+           : position == 2 ? elementOr<T, 2>
+                           : elementOr<T, -1>;
+}
 
 template <typename In, typename Out>
 bool valueAt(const KernelArgs& args, Out missing) {
@@ -125,21 +182,26 @@ struct Entry {
     Reduction reduction;
 };
 
-constexpr std::array entries{Entry{"sum", ColumnType::Real, {sumReals, ColumnType::Real}},
-                             Entry{"sum", ColumnType::Integer, {sumIntegers<std::int64_t>, ColumnType::Integer}},
-                             Entry{"sum", ColumnType::Boolean, {sumIntegers<std::uint8_t>, ColumnType::Integer}},
-                             Entry{"count", ColumnType::Real, {count, ColumnType::Integer}},
-                             Entry{"count", ColumnType::Integer, {count, ColumnType::Integer}},
-                             Entry{"count", ColumnType::Boolean, {count, ColumnType::Integer}},
-                             Entry{"count", ColumnType::Text, {count, ColumnType::Integer}},
-                             Entry{"min", ColumnType::Real, {extreme<double, isLess>, ColumnType::Real}},
-                             Entry{"min", ColumnType::Integer, {extreme<std::int64_t, isLess>, ColumnType::Real}},
-                             Entry{"max", ColumnType::Real, {extreme<double, isMore>, ColumnType::Real}},
-                             Entry{"max", ColumnType::Integer, {extreme<std::int64_t, isMore>, ColumnType::Real}},
-                             Entry{"any", ColumnType::Boolean, {any<std::uint8_t>, ColumnType::Boolean}},
-                             Entry{"any", ColumnType::Integer, {any<std::int64_t>, ColumnType::Boolean}},
-                             Entry{"all", ColumnType::Boolean, {all<std::uint8_t>, ColumnType::Boolean}},
-                             Entry{"all", ColumnType::Integer, {all<std::int64_t>, ColumnType::Boolean}}};
+constexpr std::array entries{
+    Entry{"sum", ColumnType::Real, {sumReals, ColumnType::Real}},
+    Entry{"sum", ColumnType::Integer, {sumIntegers<std::int64_t>, ColumnType::Integer}},
+    Entry{"sum", ColumnType::Boolean, {sumIntegers<std::uint8_t>, ColumnType::Integer}},
+    Entry{"count", ColumnType::Real, {count, ColumnType::Integer}},
+    Entry{"count", ColumnType::Integer, {count, ColumnType::Integer}},
+    Entry{"count", ColumnType::Boolean, {count, ColumnType::Integer}},
+    Entry{"count", ColumnType::Text, {count, ColumnType::Integer}},
+    Entry{"min", ColumnType::Real, {extreme<double, isLess>, ColumnType::Real}},
+    Entry{"min", ColumnType::Integer, {extreme<std::int64_t, isLess>, ColumnType::Real}},
+    Entry{"max", ColumnType::Real, {extreme<double, isMore>, ColumnType::Real}},
+    Entry{"max", ColumnType::Integer, {extreme<std::int64_t, isMore>, ColumnType::Real}},
+    Entry{"argmin", ColumnType::Real, {extremePosition<double, isLess>, ColumnType::Integer}},
+    Entry{"argmin", ColumnType::Integer, {extremePosition<std::int64_t, isLess>, ColumnType::Integer}},
+    Entry{"argmax", ColumnType::Real, {extremePosition<double, isMore>, ColumnType::Integer}},
+    Entry{"argmax", ColumnType::Integer, {extremePosition<std::int64_t, isMore>, ColumnType::Integer}},
+    Entry{"any", ColumnType::Boolean, {any<std::uint8_t>, ColumnType::Boolean}},
+    Entry{"any", ColumnType::Integer, {any<std::int64_t>, ColumnType::Boolean}},
+    Entry{"all", ColumnType::Boolean, {all<std::uint8_t>, ColumnType::Boolean}},
+    Entry{"all", ColumnType::Integer, {all<std::int64_t>, ColumnType::Boolean}}};
 
 }  // namespace
 
@@ -147,7 +209,10 @@ bool isReduction(std::string_view name) {
     return std::any_of(entries.begin(), entries.end(), [&](const Entry& entry) { return entry.name == name; });
 }
 
-Reduction findReduction(std::string_view name, ColumnType element) {
+Reduction findReduction(std::string_view name, ColumnType element, std::size_t width) {
+    if (name == "sum" && element == ColumnType::Real && width > 1) {
+        return {width == 2 ? sumCombinations<2> : sumCombinations<3>, ColumnType::Real};
+    }
     for (const Entry& entry : entries) {
         if (entry.name == name && entry.element == element) {
             return entry.reduction;
@@ -168,6 +233,20 @@ Reduction findIndexing(ColumnType element) {
             break;
     }
     return {textAt, ColumnType::Text};
+}
+
+Kernel elementKernel(ColumnType type, int position) {
+    switch (type) {
+        case ColumnType::Real:
+            return elementOf<double>(position);
+        case ColumnType::Integer:
+            return elementOf<std::int64_t>(position);
+        case ColumnType::Boolean:
+            return elementOf<std::uint8_t>(position);
+        case ColumnType::Text:
+            break;
+    }
+    return elementOf<const std::string*>(position);
 }
 
 Kernel broadcastKernel(ColumnType type) {

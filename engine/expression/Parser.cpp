@@ -3,7 +3,9 @@
 #include <velmorak/Text.h>
 #include <velmorak/Value.h>
 
+#include <algorithm>
 #include <array>
+#include <limits>
 
 namespace velmorak::expression {
 
@@ -64,7 +66,10 @@ private:
         int& count;
     };
 
-    void advance() { token = lexer.next(); }
+    void advance() {
+        lastEnd = lexer.position();
+        token = lexer.next();
+    }
     bool isSymbol(std::string_view symbol) const { return token.kind == TokenKind::Symbol && token.text == symbol; }
 
     void expect(std::string_view symbol, const std::string& reason);
@@ -81,7 +86,12 @@ private:
 
     std::size_t power();
 
+    /// A bound of a slice that is left out.
+    std::size_t bound(double value);
+
     std::size_t element();
+
+    std::size_t indexed(std::size_t list, std::size_t open);
 
     std::size_t primary();
 
@@ -92,6 +102,7 @@ private:
     std::string_view source;
     Lexer lexer;
     Token token;
+    std::size_t lastEnd = 0;  ///< End of the token before.
     int levels = 0;
     std::vector<Node> nodes;
 };
@@ -127,7 +138,18 @@ std::size_t Parser::call(std::string_view name, std::size_t offset, std::vector<
     node.form = Form::Call;
     node.offset = offset;
     node.text = name;
+    node.begin = children.empty() ? offset : std::min(offset, nodes[children.front()].begin);
+    node.end = lastEnd;
     node.children = std::move(children);
+    nodes.push_back(std::move(node));
+    return nodes.size() - 1;
+}
+
+std::size_t Parser::bound(double value) {
+    Node node;
+    node.offset = token.offset;
+    node.real = value;
+    node.begin = node.end = token.offset;
     nodes.push_back(std::move(node));
     return nodes.size() - 1;
 }
@@ -198,14 +220,23 @@ std::size_t Parser::element() {
     while (isSymbol("[")) {
         const std::size_t open = token.offset;
         advance();
-        const std::size_t position = choice();
-        if (token.kind == TokenKind::End) {
-            throwAt(source, open, "this bracket is never closed");
-        }
-        expect("]", "expected ]");
-        whole = call("[]", open, {whole, position});
+        whole = indexed(whole, open);
     }
     return whole;
+}
+
+std::size_t Parser::indexed(std::size_t list, std::size_t open) {
+    std::vector<std::size_t> children{list, isSymbol(":") ? bound(0.0) : choice()};
+    const bool isSlice = isSymbol(":");
+    if (isSlice) {
+        advance();
+        children.push_back(isSymbol("]") ? bound(std::numeric_limits<double>::infinity()) : choice());
+    }
+    if (token.kind == TokenKind::End) {
+        throwAt(source, open, "this bracket is never closed");
+    }
+    expect("]", "expected ]");
+    return call(isSlice ? "[:]" : "[]", open, std::move(children));
 }
 
 std::size_t Parser::primary() {
@@ -217,6 +248,8 @@ std::size_t Parser::primary() {
             throwAt(source, open, "this parenthesis is never closed");
         }
         expect(")", "expected )");
+        nodes[inside].begin = open;
+        nodes[inside].end = lastEnd;
         return inside;
     }
     if (token.kind == TokenKind::End) {
@@ -231,6 +264,7 @@ std::size_t Parser::primary() {
 std::size_t Parser::value() {
     Node node;
     node.offset = token.offset;
+    node.begin = token.offset;
     node.text = token.text;
     node.real = token.real;
     node.integer = token.integer;
@@ -240,6 +274,7 @@ std::size_t Parser::value() {
                 : token.kind == TokenKind::Text    ? Form::Text
                                                    : Form::Name;
     advance();
+    node.end = lastEnd;
     if (node.form == Form::Name && !node.isQuoted) {
         if (isSymbol("(")) {
             return arguments(node);

@@ -1,10 +1,14 @@
 #pragma once
 
 #include "expression/Kernels.h"
+#include "expression/ListKernels.h"
 #include "expression/Syntax.h"
 
+#include <compare>
 #include <list>
 #include <map>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace velmorak::expression {
@@ -16,13 +20,24 @@ struct Operand {
     std::size_t position = 0;
 };
 
-/// The values over which a step iterates.
+/// The lengths of lists: those of a column, or those of lists that a step makes.
+struct Shape {
+    bool isMade = false;
+    std::size_t position = 0;  ///< Of the column, or among Code::madeShapes.
+
+    auto operator<=>(const Shape&) const = default;
+};
+
+/// The values over which a step iterates. The elements of a list are single values, or combinations of width values.
 enum class IterationDomain {
-    Rows,         ///< One value per row.
-    Lists,        ///< All list values of a block.
-    RowsOfLists,  ///< Rows with their lists: the kernel uses the offsets.
-    Broadcast,    ///< Rows whose single value is repeated for each value of a list.
-    Lengths       ///< Checks that two lists have equal lengths. Has no kernel.
+    Rows,          ///< One value per row.
+    Lists,         ///< All list values of a block.
+    RowsOfLists,   ///< Rows with their lists: the kernel uses the offsets.
+    Combinations,  ///< As RowsOfLists, for the combinations of all lists in place of rows.
+    Broadcast,     ///< Rows whose single value is repeated for each value of a list.
+    Repeat,        ///< As Broadcast, for the values of lists that are repeated for each value of a combination.
+    WholeLists,    ///< Rows with their lists, of which a list kernel makes others.
+    Lengths        ///< Checks that two lists have equal lengths. Has no kernel.
 };
 
 struct Step {
@@ -31,13 +46,18 @@ struct Step {
     ReverseKernel reverse = nullptr;
     ColumnType type = ColumnType::Real;  ///< Of out.
     IterationDomain domain = IterationDomain::Rows;
+    ListKernel listKernel = nullptr;  ///< In place of kernel, for WholeLists.
     Operand out;
-    Operand in[3];
-    ColumnType inType[3] = {};
+    Operand in[4];
+    ColumnType inType[4] = {};
     std::size_t outBytes = 0;  ///< Distance between values.
-    std::size_t inBytes[3] = {};
-    std::size_t listColumn = 0;  ///< Column whose offsets the lists share.
-    std::size_t otherListColumn = 0;
+    std::size_t inBytes[4] = {};
+    std::optional<Shape> inShape[4];  ///< For WholeLists.
+    Shape shape;                      ///< Of the lists.
+    Shape otherShape;
+    bool makesShape = false;  ///< The list kernel makes the lengths, too.
+    std::size_t width = 1;    ///< Values in each element of the lists.
+    std::size_t secondWidth = 1;
     std::size_t offset = 0;  ///< In the expression, for messages.
 };
 
@@ -64,8 +84,10 @@ struct Code {
     std::list<std::string> texts;  ///< Storage of text constants.
     std::size_t buffers = 0;
     std::size_t lists = 0;
+    std::vector<std::string> madeShapes;  ///< For each, the part of the expression that makes it.
+    bool makesCombinations = false;
     Operand result;
-    std::size_t resultListColumn = 0;  ///< For a list: the column whose offsets it shares.
+    Shape resultShape;  ///< For a list.
     ColumnType type = ColumnType::Real;
     bool isList = false;
 };

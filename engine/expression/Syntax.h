@@ -11,7 +11,8 @@ namespace velmorak::expression {
 enum class Form { Real, Integer, Truth, Text, Name, Call };
 
 /// A node of the syntax tree. An operator is a call of the function of that name, such as "+"; a sign is "-sign" or
-/// "+sign", and ?: is "if".
+/// "+sign", ?: is "if", list[index] is "[]", and list[begin:end] is "[:]", where a bound that is left out is 0 or
+/// Infinity.
 struct Node {
     Form form = Form::Real;
     std::size_t offset = 0;  ///< In bytes; messages point there.
@@ -20,6 +21,8 @@ struct Node {
     std::int64_t integer = 0;  ///< Also 0 or 1 of a boolean.
     bool isQuoted = false;     ///< A name in back quotes, which never means a constant.
     std::vector<std::size_t> children;
+    std::size_t begin = 0;  ///< The node's part of the text is [begin, end).
+    std::size_t end = 0;
 };
 
 /// Limits of length and nesting. A pair of parentheses takes two levels.
@@ -51,6 +54,8 @@ public:
     explicit Lexer(std::string_view expression) : source(expression) {}
     /// @throws Failure at a character that begins no token.
     Token next();
+    /// @return the end of the token that next returned last.
+    std::size_t position() const { return here; }
 
 private:
     char at(std::size_t position) const { return position < source.size() ? source[position] : '\0'; }

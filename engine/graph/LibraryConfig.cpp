@@ -37,17 +37,28 @@ fs::path absoluteFolderIn(const char* variable) {
     return folder.is_absolute() ? folder : fs::path();
 }
 
-fs::path loadingNotes() {
-    fs::path state = absoluteFolderIn("XDG_STATE_HOME");
-    if (state.empty()) {
+/// The program's folder in one of the user's folders: that of the variable, or else one in the home folder. Empty if
+/// there is neither.
+fs::path userFolder(const char* variable, const char* inHome) {
+    fs::path folder = absoluteFolderIn(variable);
+    if (folder.empty()) {
         const fs::path home = absoluteFolderIn("HOME");
-        state = home.empty() ? home : home / ".local" / "state";
+        folder = home.empty() ? home : home / inHome;
     }
-    return state.empty() ? state : state / "velmorak" / "loading";
+    return folder.empty() ? folder : folder / "velmorak";
+}
+
+fs::path inStateFolder(const char* name) {
+    const fs::path state = userFolder("XDG_STATE_HOME", ".local/state");
+    return state.empty() ? state : state / name;
 }
 
 Catalogue::SearchPath searchPath() {
-    Catalogue::SearchPath search{foldersIn("VELMORAK_COLLECTIONS"), foldersIn("VELMORAK_EXAMPLES"), loadingNotes()};
+    Catalogue::SearchPath search{foldersIn("VELMORAK_COLLECTIONS"), foldersIn("VELMORAK_EXAMPLES"),
+                                 inStateFolder("loading")};
+    if (const fs::path own = userFolder("XDG_DATA_HOME", ".local/share"); !own.empty()) {
+        search.collections.push_back(own / "collections");
+    }
     const fs::path library = libraryFolder();
     search.collections.push_back(library / "collections");
     search.examples.push_back((library / VELMORAK_SHARE_FROM_LIB / "examples").lexically_normal());
@@ -57,7 +68,8 @@ Catalogue::SearchPath searchPath() {
 }  // namespace
 
 LibraryConfig libraryConfigFromEnvironment() {
-    return {searchPath(), runConfigFromEnvironment()};
+    const bool hasJournal = valueOf("VELMORAK_JOURNAL") != "0";
+    return {searchPath(), runConfigFromEnvironment(), hasJournal ? inStateFolder("journal") : fs::path()};
 }
 
 }  // namespace velmorak

@@ -11,6 +11,8 @@
 /// Functions that the tools need beyond the interface in qz/.
 namespace velmorak {
 
+class FileFormats;
+
 /// Report of the manager's last run; empty before the first one.
 const RunReport& lastReport(const QzManager& manager);
 
@@ -19,6 +21,9 @@ const std::string& lastReadError(const QzManager& manager);
 
 /// The pipeline that a run would execute now.
 Pipeline pipelineOf(const QzManager& manager);
+
+/// The file formats of the collections.
+const FileFormats& fileFormatsOf(const QzManager& manager);
 
 /// Results go there from now on, instead of into the folder beside the document.
 void setResultsFolder(QzManager& manager, const std::filesystem::path& folder);
@@ -48,6 +53,9 @@ void setPassRunner(QzManager& manager, PassRunner* passRunner);
 /// Records and reports of later runs say that the results lack rows.
 /// @param sentence without its end: "parts 3, 5 of 7 are missing".
 void markPartial(QzManager& manager, const std::string& sentence);
+
+/// Later runs look for files there that are not where the document says.
+void setMovedFiles(QzManager& manager, MovedFiles files);
 
 /// Records of runs list these settings from now on: PLUGIN.INPUT=VALUE.
 void recordSettings(QzManager& manager, const std::vector<std::string>& settings);

@@ -1,14 +1,18 @@
 #pragma once
 
+#include "graph/LibraryConfig.h"
 #include "graph/ManagerExtensions.h"
 #include "graph/RunQueue.h"
 #include "graph/ValidateAidaFile.h"
 #include "graph/collections/Catalogue.h"
 #include "graph/document/Document.h"
+#include "graph/document/Journal.h"
 #include "graph/preview/ColumnPreview.h"
+#include "run/plan/Pipeline.h"
 
 #include <QzManager.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -64,12 +68,14 @@ struct QzBase::Part {
 
 /// Private state of a pipeline.
 ///
-/// Lock order: no lock is held while a kind is called, while a run executes, or while a preview is started or awaited.
-/// Threads: the main thread writes under the lock and reads without it; a run reads under the lock, once, to take its
-///          snapshot (Snapshot.cpp), and writes nothing.
+/// Lock order: the journal's lock for writing, then this one. No lock is held while a kind is called, while a run
+/// executes, or while a preview is started or awaited. Threads: the main thread writes under the lock and reads without
+/// it; a run reads under the lock, once, to take its
+///          snapshot (Snapshot.cpp), and writes nothing; so does the journal's thread.
 struct QzManager::Part {
-    Part(const velmorak::Catalogue& catalogue, const velmorak::RunConfig& config)
-        : catalogue(catalogue), runs(config) {}
+    Part(const velmorak::Catalogue& catalogue, const velmorak::LibraryConfig& config,
+         std::function<velmorak::UnsavedDocument()> unsaved)
+        : catalogue(catalogue), runs(config.runs), journal(config.journals, std::move(unsaved)) {}
 
     const velmorak::Catalogue& catalogue;
     mutable std::mutex lock;
@@ -89,7 +95,9 @@ struct QzManager::Part {
     velmorak::RunQueue runs;
     bool previewsColumns = true;
     velmorak::ColumnPreviews previews;
-    std::string partial;  ///< Which rows the results lack; empty for none.
+    std::string partial;         ///< Which rows the results lack; empty for none.
+    velmorak::MovedFiles moved;  ///< Of a planned run.
+    velmorak::Journal journal;   ///< The last member: its thread uses the others.
 
     static Part& of(QzManager& manager) { return *manager.part; }
     static const Part& of(const QzManager& manager) { return *manager.part; }

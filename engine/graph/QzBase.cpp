@@ -33,6 +33,7 @@ void QzBase::Disconnect(const std::string& output, QzBase* receiver, const std::
         const std::lock_guard guard(owner.lock);
         velmorak::unbind(*receiver, static_cast<std::size_t>(to));
     }
+    owner.journal.noteChange();
     velmorak::refreshColumns({receiver});
 }
 
@@ -50,6 +51,7 @@ bool QzBase::Connect(const std::string& input, QzBase* sender, const std::string
         const std::lock_guard guard(owner.lock);
         velmorak::bind(*this, static_cast<std::size_t>(to), *sender, static_cast<std::size_t>(from));
     }
+    owner.journal.noteChange();
     velmorak::refreshColumns({this});
     return true;
 }
@@ -59,9 +61,11 @@ void QzBase::SetPosition(float x, float y) {
     if (!std::isfinite(x) || !std::isfinite(y)) {
         return;
     }
-    const std::lock_guard guard(QzManager::Part::of(*part->manager).lock);
+    QzManager::Part& owner = QzManager::Part::of(*part->manager);
+    const std::lock_guard guard(owner.lock);
     part->x = x;
     part->y = y;
+    owner.journal.noteChange();
 }
 
 void QzBase::GetPosition(float& x, float& y) const {
@@ -87,8 +91,10 @@ void QzBase::GetDrawnExtent(float& width, float& height) const {
 }
 
 void QzBase::SetExpanded(bool isExpanded) {
-    const std::lock_guard guard(QzManager::Part::of(*part->manager).lock);
+    QzManager::Part& owner = QzManager::Part::of(*part->manager);
+    const std::lock_guard guard(owner.lock);
     part->isExpanded = isExpanded;
+    owner.journal.noteChange();
 }
 
 bool QzBase::IsExpanded() const {
@@ -112,8 +118,10 @@ void QzBase::SetName(const std::string& newName) {
                                reason + ".");
         return;
     }
-    const std::lock_guard guard(QzManager::Part::of(*part->manager).lock);
+    QzManager::Part& owner = QzManager::Part::of(*part->manager);
+    const std::lock_guard guard(owner.lock);
     name = newName;
+    owner.journal.noteChange();
 }
 
 const std::string& QzBase::GetName() const {

@@ -50,9 +50,29 @@ std::string freeNameFor(const std::vector<QzBase*>& plugins, const std::string& 
     return freeName(wanted, [&](const std::string& each) { return taken.contains(each); });
 }
 
-QzManager::Part* makePart(const std::string& factory) {
+/// For the journal, on any thread.
+UnsavedDocument unsavedOf(const QzManager& manager) {
+    const QzManager::Part& part = QzManager::Part::of(manager);
+    UnsavedDocument unsaved;
+    Document document;
+    {
+        const std::lock_guard guard(part.lock);
+        document = documentOf(manager);
+        unsaved.path = part.documentPath;
+    }
+    unsaved.isEmpty = document.plugins.empty();
+    unsaved.text = formatDocument(document);
+    return unsaved;
+}
+
+QzManager::Part* makePart(const QzManager& manager, const std::string& factory) {
     const LibraryConfig config = libraryConfigFromEnvironment();
-    return new QzManager::Part(sharedCatalogue(config.search, factory), config.runs);
+    if (const std::size_t left = config.journals.empty() ? 0 : leftJournals(config.journals); left > 0) {
+        printMessage((left == 1 ? "A document was" : std::to_string(left) + " documents were") +
+                     " not saved when the program ended unexpectedly; velmorak-recover brings back what is left.");
+    }
+    return new QzManager::Part(sharedCatalogue(config.search, factory), config,
+                               [&manager] { return unsavedOf(manager); });
 }
 
 /// Before the first manager there is no catalogue.
@@ -64,7 +84,7 @@ const Catalogue& catalogueOrNone() {
 
 }  // namespace
 
-QzManager::QzManager(const std::string& factory) : part(makePart(factory)) {}
+QzManager::QzManager(const std::string& factory) : part(makePart(*this, factory)) {}
 
 QzManager::~QzManager() {
     part->aidaCheck.close();
@@ -102,6 +122,7 @@ void QzManager::ReadDocument(const std::string& file) {
     if (!part->readError.empty()) {
         printMessage(part->readError);
     }
+    part->journal.noteChange();
 }
 
 void QzManager::SetFileName(const std::string& file) {
@@ -112,6 +133,7 @@ void QzManager::SetFileName(const std::string& file) {
         fileName = file;
         part->documentPath = path;
     }
+    part->journal.noteChange();
     if (isElsewhere) {
         refreshColumns(plugins);
     }
@@ -121,7 +143,9 @@ void QzManager::Reset() {
     part->runs.reset();
 }
 
+/// What asks for the text is usually about to save it.
 std::string QzManager::DocumentText() {
+    part->journal.noteChange();
     return formatDocument(documentOf(*this));
 }
 
@@ -139,6 +163,7 @@ void QzManager::DeletePlugin(int index) {
         plugins.erase(at);
         part->owned.erase(node);
     }
+    part->journal.noteChange();
     refreshColumns(consumers);
 }
 
@@ -149,6 +174,7 @@ void QzManager::SetStart(const int& index) {
     const std::lock_guard guard(part->lock);
     const auto at = plugins.begin() + index;
     std::rotate(plugins.begin(), at, at + 1);
+    part->journal.noteChange();
 }
 
 QzBase* QzManager::CreatePlugin(std::uint16_t kind, const std::string& uniqueName) {
@@ -168,6 +194,7 @@ QzBase* QzManager::CreatePlugin(std::uint16_t kind, const std::string& uniqueNam
         const std::lock_guard guard(part->lock);
         addNode(*this, std::move(node));
     }
+    part->journal.noteChange();
     refreshColumns({plugins.back()});
     return plugins.back();
 }
@@ -204,10 +231,12 @@ void QzManager::SetInputValue(int index, int input, const std::string& value) {
             changePorts(node, ports, plugins);
         }
     }
+    part->journal.noteChange();
     refreshColumns(changed);
 }
 
 void QzManager::Run() {
+    part->journal.update();
     part->runs.run([this] { return pipelineOf(*this); });
 }
 

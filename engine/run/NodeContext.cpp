@@ -22,7 +22,9 @@ std::string titleOf(const PipelineNode& node) {
     return shortened(node.kindName) + " \"" + shortened(node.name) + "\"";
 }
 
-fs::path resolved(const Pipeline& pipeline, const NamedFile& file) {
+namespace {
+
+fs::path resolvedHere(const Pipeline& pipeline, const NamedFile& file) {
     if (!file) {
         return pipeline.commandLineAida;
     }
@@ -36,6 +38,22 @@ fs::path resolved(const Pipeline& pipeline, const NamedFile& file) {
         return named;
     }
     return beside;
+}
+
+}  // namespace
+
+fs::path resolved(const Pipeline& pipeline, const NamedFile& file) {
+    fs::path path = resolvedHere(pipeline, file);
+    if (pipeline.moved.places.empty()) {
+        return path;
+    }
+    for (const fs::path& planned : {path, pipeline.moved.folder / path, pipeline.moved.folder / file.value_or("")}) {
+        const auto moved = pipeline.moved.places.find(planned.lexically_normal().string());
+        if (moved != pipeline.moved.places.end()) {
+            return moved->second;
+        }
+    }
+    return path;
 }
 
 NodeContext::NodeContext(const RunEnvironment& environment, const PipelineNode& node)
@@ -119,6 +137,10 @@ void NodeContext::writeResult(const std::string& fileName, const std::function<v
 
 std::unique_ptr<ResultFile> NodeContext::beginResult(const std::string& fileName) {
     return environment.results.begin(node.name, fileName);
+}
+
+std::string NodeContext::fact(const std::string& name, const std::function<std::string()>& find) {
+    return environment.fact ? environment.fact(node, name, find) : find();
 }
 
 void NodeContext::warn(const std::string& sentence) {

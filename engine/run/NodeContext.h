@@ -7,6 +7,7 @@
 #include "store/FileHashes.h"
 
 #include <velmorak/Mutex.h>
+#include <velmorak/Parts.h>
 
 #include <atomic>
 #include <compare>
@@ -30,9 +31,13 @@ struct RunEnvironment {
     std::function<void(const std::filesystem::path&, const FileStamp&)> asked{};
     /// The names in a folder as they were when the run was planned; null, or empty without an answer: as they are now.
     std::function<std::optional<std::vector<std::string>>(const std::string& listing)> listed{};
+    /// Answers factOf; null: every fact is found anew.
+    std::function<std::string(const PipelineNode&, const std::string& name, const std::function<std::string()>& find)>
+        fact{};
 };
 
-/// @return the path of a name in the document: relative to the document, or else to the current folder.
+/// @return the path of a name in the document: relative to the document, or else to the current folder; or where the
+///         file is now, if it was moved since the run was planned.
 std::filesystem::path resolved(const Pipeline& pipeline, const NamedFile& file);
 
 /// A file and its state when a plug-in asked for it.
@@ -47,7 +52,7 @@ struct AskedFile {
 
 /// The services of the run for one plug-in.
 /// Threads: every operation may be called on any thread.
-class NodeContext : public RunContext {
+class NodeContext : public RunContext, public SharedRun {
 public:
     /// @param environment and node outlive this.
     NodeContext(const RunEnvironment& environment, const PipelineNode& node);
@@ -62,6 +67,9 @@ public:
     void writeResult(const std::string& fileName,
                      const std::function<void(const std::filesystem::path&)>& writer) override;
     std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override;
+    bool isPlanned() const override { return environment.fact != nullptr; }
+    std::string fact(const std::string& name, const std::function<std::string()>& find) override;
+    std::string partial() const override { return environment.pipeline.partial; }
     void warn(const std::string& sentence) override;
     void tell(const std::string& text) override;
     RunRecord record() const override;

@@ -1,6 +1,7 @@
 #include "run/RunState.h"
 
 #include "run/messages/Visible.h"
+#include "run/results/PartialMark.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -164,6 +165,11 @@ void RunState::stopFirst(std::size_t position) {
 void RunState::finish(std::size_t position, NodeStatus status, std::vector<Value> outputs) {
     finalize(position);
     runs[position].report.status = status;
+    if (!pipeline.partial.empty()) {
+        for (Value& value : outputs) {
+            value = withPartialMark(value, pipeline.partial);
+        }
+    }
     runs[position].report.outputs = std::move(outputs);
 }
 

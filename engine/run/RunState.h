@@ -56,6 +56,7 @@ public:
     void skip(std::size_t position, const std::string& cause);
     /// Sets the status of a plug-in that was not finished when the run was stopped.
     void stopFirst(std::size_t position);
+    /// Marks the objects if the results are partial.
     void finish(std::size_t position, NodeStatus status, std::vector<Value> outputs);
     void addSeconds(std::size_t position, std::chrono::nanoseconds time);
     /// A pass of the stream came to its end.

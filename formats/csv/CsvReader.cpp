@@ -1,11 +1,14 @@
 #include "csv/CsvReader.h"
 
+#include "csv/CsvBlock.h"
+#include "csv/CsvSurvey.h"
+
 #include <velmorak/ChunkSize.h>
+#include <velmorak/Dates.h>
 #include <velmorak/Text.h>
 #include <velmorak/Utf8.h>
 
 #include <algorithm>
-#include <set>
 #include <utility>
 
 namespace velmorak {
@@ -16,109 +19,227 @@ std::string numbered(std::uint64_t number) {
     return std::to_string(number);
 }
 
-Column emptyColumn(ColumnType type) {
-    switch (type) {
-        case ColumnType::Integer:
-            return {Column::Integers(), {}};
-        case ColumnType::Boolean:
-            return {Column::Booleans(), {}};
-        case ColumnType::Text:
-            return {Column::Texts(), {}};
-        default:
-            return {Column::Reals(), {}};
-    }
+CsvLayout layoutOf(const CsvOptions& options) {
+    const bool isShared = options.form.delimiter == options.decimal || options.form.delimiter == options.thousands;
+    return {.form = options.form,
+            .notation = {.missing = options.missing,
+                         .decimal = options.decimal,
+                         .thousands = options.thousands,
+                         .hasQuotedNumbers = isShared},
+            .columns = {},
+            .rowsToInfer = options.rowsToInfer};
 }
 
-void shorten(Column& column, std::size_t rows) {
-    std::visit([rows](auto& values) { values.resize(rows); }, column.values);
+/// @return the unit without brackets around it.
+std::string unitIn(std::string text) {
+    for (const std::string_view brackets : {"[]", "()"}) {
+        if (text.size() >= 2 && text.front() == brackets.front() && text.back() == brackets.back()) {
+            return text.substr(1, text.size() - 2);
+        }
+    }
+    return text;
 }
 
 }  // namespace
 
+/// The first rows, which show the columns.
+struct CsvReader::Sample {
+    CsvStream stream;
+    std::vector<std::string> names{};
+    std::vector<std::string> units{};
+    std::vector<TypeGuess> guesses{};
+    std::vector<bool> isGiven{};
+    bool isWhole = false;  ///< The file has no more rows.
+};
+
 CsvReader::CsvReader(CsvOptions csvOptions, RunContext& runContext)
-    : options(std::move(csvOptions)), context(runContext), records(options.file, options.form, runContext) {
-    findColumns();
-    if (options.hasHeader) {
-        records.next(fields);
+    : options(std::move(csvOptions)),
+      context(runContext),
+      layout(layoutOf(options)),
+      stream(options.file, options.encoding, layout.form, runContext),
+      isInOrder(options.isSkipping || options.readsInOrder) {
+    checkNotation();
+    takeHeader();
+    if (header) {
+        addColumnsOf(*header);
+    } else {
+        findColumns();
+    }
+    checkTypes();
+    limitChunks();
+    if (recordsBeforeRows() > 0) {
+        stream.rest().next(recordsBeforeRows(), SIZE_MAX);
     }
 }
 
 CsvReader::~CsvReader() {
+    reportRepaired();
     reportSkipped();
 }
 
-/// @return the names in the first record, or generated ones, as many as it has fields.
-std::vector<std::string> CsvReader::readHeader(CsvRecords& from) {
-    std::vector<CsvField> first;
-    if (!from.next(first)) {
+void CsvReader::fail(std::uint64_t line, const std::string& complaint) const {
+    throw Failure("file", "\"" + options.file.string() + "\", line " + numbered(line) + complaint);
+}
+
+void CsvReader::checkNotation() const {
+    if (options.decimal == options.thousands) {
+        throw Failure("thousands", "the sign between thousands is also the decimal sign");
+    }
+}
+
+std::size_t CsvReader::recordsBeforeRows() const {
+    return (options.hasHeader ? 1 : 0) + (options.hasUnits ? 1 : 0);
+}
+
+/// Finds the names in the first record, or makes some, as many as it has fields.
+void CsvReader::readHeader(Sample& sample) {
+    if (!sample.stream.next(fields)) {
         throw Failure("file", "\"" + options.file.string() + "\" has no rows");
     }
-    if (!from.complaint().empty()) {
-        throw Failure("file",
-                      "\"" + options.file.string() + "\", line " + numbered(from.line()) + ": " + from.complaint());
+    if (!sample.stream.complaint().empty()) {
+        fail(sample.stream.line(), ": " + sample.stream.complaint());
     }
-    std::vector<std::string> names;
     std::set<std::string> seen;
-    for (const CsvField& field : first) {
+    for (const CsvField& field : fields) {
         const bool isNamed = options.hasHeader && !field.text.empty();
-        if (isNamed && firstRepaired == 0 && !isUtf8(field.text)) {
-            firstRepaired = from.line();
+        if (isNamed && !isUtf8(field.text)) {
+            noteRepaired(sample.stream.line());
         }
-        names.push_back(isNamed ? toUtf8(field.text) : "c" + numbered(names.size() + 1));
-        if (!seen.insert(names.back()).second) {
-            throw Failure("file", "\"" + options.file.string() + "\", line " + numbered(from.line()) +
-                                      ": there are two columns \"" + names.back() + "\"");
+        sample.names.push_back(isNamed ? toUtf8(field.text) : "c" + numbered(sample.names.size() + 1));
+        if (!seen.insert(sample.names.back()).second) {
+            fail(sample.stream.line(), ": there are two columns \"" + sample.names.back() + "\"");
         }
     }
-    return names;
+}
+
+void CsvReader::readUnits(Sample& sample) {
+    sample.units.resize(sample.names.size());
+    if (!options.hasUnits) {
+        return;
+    }
+    if (options.hasHeader && !sample.stream.next(fields)) {
+        throw Failure("file", "\"" + options.file.string() + "\" has no row of units");
+    }
+    if (fields.size() != sample.names.size()) {
+        fail(sample.stream.line(),
+             ": there are " + numbered(fields.size()) + " units for " + numbered(sample.names.size()) + " columns");
+    }
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        sample.units[i] = unitIn(toUtf8(fields[i].text));
+    }
 }
 
 /// Damage ends the inference; the rows before it are still read.
-void CsvReader::lookAtRows(CsvRecords& sample, std::vector<TypeGuess>& guesses) {
+void CsvReader::lookAtRows(Sample& sample) {
     for (std::size_t row = 0; row < options.rowsToInfer; ++row) {
         if (row % 1024 == 0 && context.isStopping()) {
             throw Stopped();
         }
         try {
-            if (!sample.next(fields)) {
+            if (!sample.stream.next(fields)) {
+                sample.isWhole = true;
                 return;
             }
         } catch (const Failure&) {
+            sample.isWhole = true;
             return;
         }
-        for (std::size_t i = 0; i < guesses.size() && fields.size() == guesses.size(); ++i) {
-            guesses[i].see(fields[i], options.missing);
+        for (std::size_t i = 0; i < sample.guesses.size() && fields.size() == sample.guesses.size(); ++i) {
+            sample.guesses[i].see(fields[i], layout.notation);
+        }
+    }
+}
+
+/// Looks at the rows after the first ones. A preview shows what the first rows suggest.
+void CsvReader::widenIntegers(Sample& sample) const {
+    std::vector<CsvInteger> integers;
+    for (std::size_t i = 0; i < sample.names.size(); ++i) {
+        const bool isOne = !sample.isGiven[i] && sample.guesses[i].type() == ColumnType::Integer;
+        integers.push_back(isOne ? CsvInteger::Yes : CsvInteger::No);
+    }
+    const bool hasIntegers = std::find(integers.begin(), integers.end(), CsvInteger::Yes) != integers.end();
+    if (!hasIntegers || sample.isWhole || context.isPreview()) {
+        return;
+    }
+    CsvPieces pieces(options.file, options.encoding, layout.form, context);
+    if (recordsBeforeRows() > 0) {
+        pieces.next(recordsBeforeRows(), SIZE_MAX);
+    }
+    surveyIntegers(pieces, layout.form, layout.notation, integers);
+    for (std::size_t i = 0; i < integers.size(); ++i) {
+        if (integers[i] == CsvInteger::Widened) {
+            sample.guesses[i].see({}, layout.notation);
         }
     }
 }
 
 void CsvReader::findColumns() {
-    CsvRecords sample(options.file, options.form, context);
-    const std::vector<std::string> names = readHeader(sample);
-    std::vector<TypeGuess> guesses(names.size());
-    if (!options.hasHeader) {
-        sample = CsvRecords(options.file, options.form, context);
+    Sample sample{CsvStream(options.file, options.encoding, layout.form, context)};
+    readHeader(sample);
+    readUnits(sample);
+    if (recordsBeforeRows() == 0) {
+        sample.stream = CsvStream(options.file, options.encoding, layout.form, context);
     }
-    const auto isGiven = [this](const std::string& name) { return options.types.contains(name); };
-    if (!std::all_of(names.begin(), names.end(), isGiven)) {
-        lookAtRows(sample, guesses);
+    sample.guesses.resize(sample.names.size());
+    for (const std::string& name : sample.names) {
+        sample.isGiven.push_back(options.types.contains(name));
     }
+    if (std::find(sample.isGiven.begin(), sample.isGiven.end(), false) != sample.isGiven.end()) {
+        lookAtRows(sample);
+        widenIntegers(sample);
+    }
+    addColumns(sample);
+}
+
+void CsvReader::addColumns(const Sample& sample) {
     std::vector<ColumnInfo> found;
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        const auto given = options.types.find(names[i]);
-        const bool isInferred = given == options.types.end();
-        found.push_back({.name = names[i], .type = isInferred ? guesses[i].type() : given->second});
-        if (isInferred && !guesses[i].hasValue()) {
-            unseen.insert(names[i]);
+    for (std::size_t i = 0; i < sample.names.size(); ++i) {
+        const std::string& name = sample.names[i];
+        const ColumnType type = sample.isGiven[i] ? options.types.at(name) : sample.guesses[i].type();
+        const bool isDate = options.dates.contains(name);
+        found.push_back(
+            {.name = name, .type = type, .isList = false, .unit = isDate ? std::string(dateUnit) : sample.units[i]});
+        layout.columns.push_back({.name = name, .type = type, .isDate = isDate, .isInferred = !sample.isGiven[i]});
+        if (!sample.isGiven[i] && !sample.guesses[i].hasValue()) {
+            unseen.insert(name);
         }
     }
     columns = Schema(std::move(found));
-    maxRows = rowsInChunk(columns);
-    rowBytes = bytesInRow(columns);
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        if (columns[i].type == ColumnType::Text) {
-            textColumns.push_back(i);
+}
+
+/// A file of Geant4 says itself how it is written.
+void CsvReader::takeHeader() {
+    header = geant4HeaderIn(stream.rest().head());
+    if (!header) {
+        return;
+    }
+    if (!header->isNtuple()) {
+        throw Failure("file", "\"" + options.file.string() + "\" holds an object of class " + header->className +
+                                  ", not a table; use Geant4Histogram");
+    }
+    if (header->columns.empty()) {
+        throw Failure("file", "\"" + options.file.string() + "\" has no lines #column");
+    }
+    options.hasHeader = false;
+    options.hasUnits = false;
+    layout.form = {.delimiter = header->separator, .comment = "#"};
+    layout.notation.vectorSeparator = header->vectorSeparator;
+}
+
+void CsvReader::addColumnsOf(const Geant4Header& given) {
+    for (const ColumnInfo& column : given.columns) {
+        if (columns.find(column.name)) {
+            throw Failure("file", "\"" + options.file.string() + "\": there are two columns \"" + column.name + "\"");
         }
+        columns.add(column);
+        layout.columns.push_back({.name = column.name, .type = column.type, .isList = column.isList});
+    }
+}
+
+void CsvReader::checkTypes() const {
+    std::vector<std::string> names;
+    for (const ColumnInfo& column : columns.columns()) {
+        names.push_back(column.name);
     }
     for (const auto& given : options.types) {
         if (!columns.find(given.first) && !options.ignoresOtherTypes) {
@@ -127,121 +248,72 @@ void CsvReader::findColumns() {
     }
 }
 
+/// A chunk ends early where texts are long, so that such a chunk can only be found by reading its rows.
+void CsvReader::limitChunks() {
+    maxRows = rowsInChunk(columns);
+    rowBytes = bytesInRow(columns);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].type == ColumnType::Text || columns[i].isList) {
+            textColumns.push_back(i);
+        }
+        rowBytes -= columns[i].isList ? bytesInValue(columns[i].type) : 0;
+    }
+    // No more than four bytes in memory come from a byte of the file: in a list of digits that are converted to reals.
+    constexpr std::size_t growth = 4;
+    const std::size_t equal = std::min(maxChunkBytes, maxRows * rowBytes);
+    maxBytesOfFile = textColumns.empty() ? growth * maxChunkBytes : (maxChunkBytes - equal) / growth + 1;
+}
+
+void CsvReader::selectColumns(const std::vector<bool>& needed) {
+    for (std::size_t i = 0; i < layout.columns.size(); ++i) {
+        layout.columns[i].isNeeded = needed[i];
+    }
+}
+
 bool CsvReader::next(Chunk& chunk) {
-    std::vector<Column> target;
-    for (const ColumnInfo& column : columns.columns()) {
-        target.push_back(emptyColumn(column.type));
+    if (isInOrder) {
+        return nextInOrder(chunk);
     }
-    chunk.rows = 0;
-    try {
-        while (!failure && !isFull(target, chunk.rows) && readRow(target, chunk.rows)) {
-        }
-    } catch (const Failure& damage) {
-        failure = damage;
-        for (Column& column : target) {
-            shorten(column, chunk.rows);
-        }
+    auto piece = std::make_shared<CsvPiece>(stream.rest().next(maxRows, maxBytesOfFile));
+    if (piece->records < maxRows && piece->text.size() >= maxBytesOfFile) {
+        isInOrder = true;
+        stream.takePiece(std::move(*piece));
+        return nextInOrder(chunk);
     }
-    // Complete rows before the damage are returned first.
-    if (failure && chunk.rows == 0) {
-        throw Failure(*failure);
-    }
+    chunk.rows = piece->records;
     chunk.columns.clear();
-    for (Column& column : target) {
-        chunk.columns.push_back(std::make_shared<const Column>(std::move(column)));
-    }
-    if (chunk.rows == 0) {
-        reportSkipped();
-    }
+    chunk.owner = std::move(piece);
     return chunk.rows > 0;
 }
 
-/// Long texts end a chunk before it has its full number of rows.
-bool CsvReader::isFull(const std::vector<Column>& target, std::size_t rows) {
-    if (rows == 0) {
-        textBytes = 0;
-        rowsCounted = 0;
-    }
-    for (; rowsCounted < rows; ++rowsCounted) {
-        for (const std::size_t position : textColumns) {
-            textBytes += target[position].texts()[rowsCounted].size();
-        }
-    }
-    return rows >= maxRows || rows * rowBytes + textBytes >= maxChunkBytes;
-}
-
-/// Appends the next record to the columns, or skips it. @return false at the end of the file.
-bool CsvReader::readRow(std::vector<Column>& target, std::size_t& rows) {
-    if (++recordsSeen % 4096 == 0 && context.isStopping()) {
-        throw Stopped();
-    }
-    if (!records.next(fields)) {
-        return false;
-    }
-    const std::string complaint = complaintAbout(target);
-    if (complaint.empty()) {
-        ++rows;
-        return true;
-    }
-    if (!options.isSkipping) {
-        throw Failure("file", complaint);
-    }
-    for (Column& column : target) {
-        shorten(column, rows);
-    }
-    if (skippedRows++ == 0) {
-        firstComplaint = complaint;
-    }
-    return true;
-}
-
-/// A text that is not UTF-8 would be invalid in every file that it is written to.
-CsvField CsvReader::withUtf8(const CsvField& field, ColumnType type) {
-    if (type != ColumnType::Text || isUtf8(field.text)) {
-        return field;
-    }
-    if (firstRepaired == 0) {
-        firstRepaired = records.line();
-    }
-    repaired = toUtf8(field.text);
-    return {repaired, field.isQuoted};
-}
-
-/// Appends the record to the columns. @return why it cannot be appended; empty if it is.
-std::string CsvReader::complaintAbout(std::vector<Column>& target) {
-    const auto where = [this] { return "\"" + options.file.string() + "\", line " + numbered(records.line()); };
-    if (!records.complaint().empty()) {
-        return where() + ": " + records.complaint();
-    }
-    if (fields.size() != target.size()) {
-        return where() +
-               (fields.size() == 1 ? ": there is 1 field" : ": there are " + numbered(fields.size()) + " fields") +
-               " instead of " + numbered(target.size());
-    }
-    for (std::size_t i = 0; i < target.size(); ++i) {
-        if (!appendField(withUtf8(fields[i], target[i].type()), options.missing, target[i])) {
-            const std::string what = fields[i].text.empty()
-                                         ? "the value is missing, and only "
-                                           "reals and texts may be missing"
-                                         : "\"" + toUtf8(fields[i].text.substr(0, 40)) + "\" is not a value of type " +
-                                               std::string(nameOf(target[i].type()));
-            return where() + ", column " + numbered(i + 1) + " (" + columns[i].name + "): " + what;
-        }
-    }
-    return {};
-}
-
-void CsvReader::reportSkipped() {
-    if (firstRepaired != 0) {
-        context.warn("\"" + options.file.string() + "\": bytes that are not UTF-8, the first on line " +
-                     numbered(std::exchange(firstRepaired, 0)) + ", are read as ISO-8859-1");
-    }
-    if (skippedRows == 0) {
+void CsvReader::complete(Chunk& chunk) const {
+    const auto piece = std::static_pointer_cast<const CsvPiece>(chunk.owner);
+    if (!piece) {
         return;
     }
-    context.warn(numbered(skippedRows) + (skippedRows == 1 ? " row was" : " rows were") +
-                 " skipped; the first: " + firstComplaint);
-    skippedRows = 0;
+    if (context.isStopping()) {
+        throw Stopped();
+    }
+    CsvBlock block(layout, *piece);
+    chunk.columns = block.parse(options.file.string());
+    chunk.owner.reset();
+    noteRepaired(block.repairedLine());
+}
+
+/// A text that is not UTF-8 would be invalid in every file that it is written to, so that it is converted.
+void CsvReader::noteRepaired(std::uint64_t line) const {
+    if (line != noLine) {
+        const MutexLock lock(mutex);
+        repairedLine = std::min(repairedLine, line);
+    }
+}
+
+void CsvReader::reportRepaired() const {
+    const MutexLock lock(mutex);
+    if (repairedLine != noLine) {
+        context.warn("\"" + options.file.string() + "\": bytes that are not UTF-8, the first on line " +
+                     numbered(std::exchange(repairedLine, noLine)) + ", are read as ISO-8859-1");
+    }
 }
 
 }  // namespace velmorak

@@ -1,6 +1,10 @@
 #pragma once
 
-#include "csv/CsvTypes.h"
+#include "csv/CsvLayout.h"
+#include "csv/CsvStream.h"
+#include "csv/Geant4Header.h"
+
+#include <velmorak/Mutex.h>
 
 #include <set>
 
@@ -13,13 +17,21 @@ struct CsvOptions {
     bool isSkipping = false;  ///< Skip rows that cannot be read, instead of failing.
     std::string missing;      ///< Text of a missing value, besides an empty field.
     std::map<std::string, ColumnType> types;
-    std::size_t rowsToInfer = 10000;  ///< Rows that the types are inferred from.
-    bool ignoresOtherTypes = false;   ///< Types of columns that the file does not have are no mistake.
+    std::set<std::string> dates = {};  ///< Columns of type real whose texts are dates.
+    std::size_t rowsToInfer = 10000;   ///< Rows that the types are inferred from.
+    bool ignoresOtherTypes = false;    ///< Types of columns that the file does not have are no mistake.
+    bool readsInOrder = false;         ///< Rows before a bad one are kept, even if they are in the same chunk.
+    CsvEncoding encoding = CsvEncoding::Automatic;
+    bool hasUnits = false;  ///< The record after the header holds the units of the columns.
+    char decimal = '.';
+    char thousands = '\0';
 };
 
+/// Reads a text file as a table. The file is cut at the ends of records from front to back; chunks are parsed in
+/// complete, so that several threads may do it.
 class CsvReader : public TableReader {
 public:
-    /// Infers types that are not given from the first rows.
+    /// Infers types that are not given from the first rows; a column of integers becomes real if a later row needs it.
     /// @param runContext outlives this.
     /// @throws Failure if the file cannot be opened or its first record cannot be read.
     CsvReader(CsvOptions csvOptions, RunContext& runContext);
@@ -28,36 +40,55 @@ public:
     const Schema& schema() const override { return columns; }
     /// Columns whose type was inferred without any value.
     const std::set<std::string>& columnsWithoutValues() const { return unseen; }
+    void selectColumns(const std::vector<bool>& needed);
     bool next(Chunk& chunk) override;
-    std::optional<double> fraction() const override { return records.fraction(); }
+    void complete(Chunk& chunk) const override;
+    std::optional<double> fraction() const override { return stream.fraction(); }
 
 private:
-    std::vector<std::string> readHeader(CsvRecords& from);
+    struct Sample;
+
+    void fail(std::uint64_t line, const std::string& complaint) const;
+    void checkNotation() const;
+    void readHeader(Sample& sample);
+    void readUnits(Sample& sample);
+    void lookAtRows(Sample& sample);
+    void widenIntegers(Sample& sample) const;
+    void takeHeader();
     void findColumns();
-    void lookAtRows(CsvRecords& sample, std::vector<TypeGuess>& guesses);
+    void addColumns(const Sample& sample);
+    void addColumnsOf(const Geant4Header& header);
+    void checkTypes() const;
+    std::size_t recordsBeforeRows() const;
+    void limitChunks();
+    bool nextInOrder(Chunk& chunk);
     bool isFull(const std::vector<Column>& target, std::size_t rows);
     bool readRow(std::vector<Column>& target, std::size_t& rows);
-    CsvField withUtf8(const CsvField& field, ColumnType type);
-    std::string complaintAbout(std::vector<Column>& target);
+    void noteRepaired(std::uint64_t line) const;
+    void reportRepaired() const;
     void reportSkipped();
 
     CsvOptions options;
     RunContext& context;
-    CsvRecords records;
+    CsvLayout layout;
+    CsvStream stream;
+    std::optional<Geant4Header> header;  ///< That says everything about the columns.
     Schema columns;
     std::set<std::string> unseen;
     std::vector<CsvField> fields;
+    bool isInOrder;
     std::optional<Failure> failure;  ///< Thrown after the rows.
     std::vector<std::size_t> textColumns;
-    std::size_t maxRows = 0;      ///< In a chunk.
-    std::size_t rowBytes = 0;     ///< Of a row without its texts.
-    std::size_t rowsCounted = 0;  ///< Rows of the current chunk that are counted in textBytes.
-    std::size_t textBytes = 0;    ///< In these rows.
+    std::size_t maxRows = 0;         ///< In a chunk.
+    std::size_t maxBytesOfFile = 0;  ///< For a chunk that is not read in order.
+    std::size_t rowBytes = 0;        ///< Of a row without its texts.
+    std::size_t rowsCounted = 0;     ///< Rows of the current chunk that are counted in textBytes.
+    std::size_t textBytes = 0;       ///< In these rows.
     std::uint64_t recordsSeen = 0;
     std::uint64_t skippedRows = 0;
-    std::uint64_t firstRepaired = 0;  ///< Line of the first text that is not UTF-8; 0 for none.
-    std::string repaired;
     std::string firstComplaint;
+    mutable Mutex mutex;
+    mutable std::uint64_t repairedLine VELMORAK_GUARDED_BY(mutex) = noLine;  ///< Of the first text not in UTF-8.
 };
 
 }  // namespace velmorak

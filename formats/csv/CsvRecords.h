@@ -1,11 +1,7 @@
 #pragma once
 
-#include <velmorak/CompressedFile.h>
-#include <velmorak/Run.h>
-
 #include <cstdint>
 #include <deque>
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,52 +19,58 @@ struct CsvField {
     bool isQuoted = false;
 };
 
-/// Splits a text file, compressed or not, into records and fields. A field in double quotes may contain delimiters,
-/// line ends, and quotes, which are doubled. Blanks around other fields and empty lines are ignored. Line ends are
-/// those of Unix, Windows or old Macs. Threads: one at a time.
+/// Splits text into records and fields. A field in double quotes may contain delimiters, line ends, and quotes, which
+/// are doubled. Blanks around other fields and empty lines are ignored. Lines end as on Unix or Windows.
+/// Threads: one at a time.
 class CsvRecords {
 public:
     /// Limit for the fields of a record.
     static constexpr std::size_t maxFields = std::size_t{1} << 20U;
+    enum class Found { Record, End, Short };
 
-    /// @param context must outlive this.
-    /// @throws Failure if the file cannot be opened, or is in UTF-16 or UTF-32.
-    CsvRecords(const std::filesystem::path& file, CsvForm form, const RunContext& context);
+    /// @param form outlives this. @param line number of the first line.
+    CsvRecords(std::string_view text, const CsvForm& form, std::uint64_t line = 1)
+        : form(&form), text(text), nextLine(line) {}
 
-    /// @param fields valid until the next call.
-    /// @return false at the end of the file.
-    /// @throws Failure if the file cannot be read. Stopped if the run is stopping.
-    bool next(std::vector<CsvField>& fields);
-    /// Line that the last record began on, counted from 1.
+    /// @param fields valid until the next call, as long as the text.
+    /// @return Record, or End if there are no more.
+    Found next(std::vector<CsvField>& fields);
+    /// Passes a record, and lines before it that are none.
+    /// @param isAll the text does not go on; otherwise, the result is Short if the record does not end in the text.
+    Found skip(bool isAll);
+    /// Continues at another place of the same text, or of a longer one.
+    void seek(std::string_view longer, std::size_t position, std::uint64_t line);
+
+    std::size_t position() const { return place; }
+    /// Line that the last record began on.
     std::uint64_t line() const { return recordLine; }
+    /// Line that the next record begins on, or a line before that is no record.
+    std::uint64_t lineAfter() const { return nextLine; }
     /// The error in the last record; empty if there is none.
     const std::string& complaint() const { return problem; }
-    /// Part of the file that has been read, 0 to 1.
-    double fraction() const { return in.fraction(); }
 
 private:
     enum class Step { More, End, Short };
 
-    void begin();
-    bool refill();
-    void makeLineEnds(std::size_t from);
-    Step complete(std::size_t end);
-    bool skipLine();
-    Step readRecord(std::vector<CsvField>& fields);
-    Step readField(std::size_t& at, std::vector<CsvField>& fields);
-    Step readQuoted(std::size_t& at, std::vector<CsvField>& fields);
+    Found find(std::vector<CsvField>* fields);
+    bool skipLine(Found& found);
+    bool hasZeroByte() const;
+    Step readRecord(std::vector<CsvField>* fields);
+    Step readField(std::size_t& at, std::vector<CsvField>* fields);
+    void readUnquoted(std::size_t& at, std::vector<CsvField>* fields) const;
+    bool readQuoted(std::size_t& at, std::vector<CsvField>* fields);
+    std::size_t closingQuote(std::size_t begin, bool& hasQuotes) const;
+    void keepQuoted(std::string_view raw, bool hasQuotes, std::vector<CsvField>& fields);
+    void passRest(std::size_t& at);
     std::size_t pastBlanks(std::size_t at) const;
-    bool isBlank(char c) const { return c == ' ' || (c == '\t' && form.delimiter != '\t'); }
+    bool isBlank(char c) const { return c == ' ' || (c == '\t' && form->delimiter != '\t'); }
 
-    CsvForm form;
-    const RunContext* run;
-    std::string name;
-    CompressedFile in;
-    std::string buffer;
-    std::size_t place = 0;  ///< Of the next record in the buffer.
-    bool isAtEnd = false;   ///< The buffer holds the rest of the file.
-    bool isOfMac = false;   ///< Lines end with a carriage return alone.
-    std::uint64_t nextLine = 1;
+    const CsvForm* form;
+    std::string_view text;
+    bool isWhole = true;
+    std::size_t place = 0;        ///< Of the next record.
+    std::size_t recordPlace = 0;  ///< Of the last one.
+    std::uint64_t nextLine;
     std::uint64_t recordLine = 0;
     std::string problem;
     std::deque<std::string> unescaped;

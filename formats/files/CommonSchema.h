@@ -1,23 +1,14 @@
 #pragma once
 
-#include <velmorak/Table.h>
+#include <velmorak/FileOpener.h>
 
 #include <cstddef>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 namespace velmorak {
-
-/// The columns of one file.
-struct FileColumns {
-    Schema schema;
-    std::set<std::string> undecided{};  ///< Columns that would suit any type, because the file shows no value of them.
-
-    bool operator==(const FileColumns&) const = default;
-};
 
 /// The columns that several files have in common, in the order of the first file.
 class CommonSchema {

@@ -1,6 +1,6 @@
 #include "files/FileChain.h"
 
-#include "files/Ahead.h"
+#include <velmorak/Ahead.h>
 #include "files/FileContext.h"
 
 #include <velmorak/Parts.h>
@@ -50,6 +50,7 @@ struct OpenedFile {
 struct ChunkOrigin {
     std::shared_ptr<const OpenedFile> file;                     ///< Null when the file's columns are there.
     std::shared_ptr<const std::vector<std::size_t>> positions;  ///< Of each common column in the file.
+    std::shared_ptr<const void> ofReader;                       ///< Chunk::owner of the file's reader.
     bool isLost = false;                                        ///< The file is damaged here.
 };
 
@@ -84,7 +85,7 @@ ColumnPtr repeated(const Column& values, std::size_t row, std::size_t count) {
 }
 
 /// Reads several files, one after the other.
-class FileChain : public TableReader, public FileSelection {
+class FileChain : public TableReader, public FileSelection, public SeekableReader {
 public:
     FileChain(FileList list, std::shared_ptr<const FileOpener> opener, const FileChainOptions& options,
               RunContext& context);
@@ -93,9 +94,15 @@ public:
     ~FileChain() override;
 
     const Schema& schema() const override { return columns; }
+    void selectColumns(const std::vector<bool>& needed) override { isNeeded = needed; }
     bool next(Chunk& chunk) override;
     std::uint64_t fileCount() const override { return list.files.size(); }
     void readOnly(const std::vector<bool>& files) override { isWanted = files; }
+    std::optional<std::string> bookmark() const override;
+    void seek(std::uint64_t number, const ChunkStart& place) override {
+        file = static_cast<std::size_t>(number);
+        start = place;
+    }
     std::size_t rowsPerChunk() const override;
     void complete(Chunk& chunk) const override;
     std::optional<double> fraction() const override;
@@ -105,13 +112,15 @@ private:
 
     void addOwnColumns();
     std::shared_ptr<OpenedFile> openFile(std::size_t position) const;
+    void selectColumnsOf(TableReader& reader) const;
     void openAhead();
     std::shared_ptr<OpenedFile> opened(std::size_t position);
     bool openNext();
     std::vector<std::size_t> positionsIn(const Schema& schema) const;
+    void seekIn(OpenedFile& opened);
     bool readChunk(Chunk& chunk);
     void hold(Chunk& chunk);
-    bool completeInFile(Chunk& chunk, const OpenedFile& from) const;
+    bool completeInFile(Chunk& chunk, const ChunkOrigin& origin) const;
     void addOwnValues(Chunk& chunk) const;
     void lose(Chunk& chunk) const;
     void skipOrThrow(std::size_t position, const Failure& failure) const;
@@ -125,10 +134,12 @@ private:
     const FileSurvey survey;
     Schema columns;  ///< The common ones, then those of the files themselves.
 
-    std::vector<bool> isWanted;
-    std::size_t file = 0;  ///< Being read, or to be opened next.
+    std::vector<bool> isNeeded;  ///< By column.
+    std::vector<bool> isWanted;  ///< By file.
+    std::size_t file = 0;        ///< Being read, or to be opened next.
     std::shared_ptr<OpenedFile> current;
     std::shared_ptr<const std::vector<std::size_t>> positions;  ///< In the current file.
+    std::optional<ChunkStart> start;                            ///< In that file, if it is not read from its beginning.
     std::uint64_t rows = 0;
     std::map<std::size_t, std::shared_ptr<Opening>> ahead;  ///< By position.
     const OpenCount openCount = std::make_shared<std::atomic<std::size_t>>(0);
@@ -146,6 +157,7 @@ FileChain::FileChain(FileList files, std::shared_ptr<const FileOpener> fileOpene
       columns(survey.common),
       isWanted(list.files.size(), true) {
     addOwnColumns();
+    isNeeded.assign(columns.size(), true);
 }
 
 FileChain::~FileChain() {
@@ -188,7 +200,19 @@ std::shared_ptr<OpenedFile> FileChain::openFile(std::size_t position) const {
     const ListedFile& listed = list.files[position];
     auto ofFile = std::make_unique<FileContext>(context, listed.name, warnings);
     std::unique_ptr<TableReader> reader = opener->open(listed.path, &survey.common, *ofFile);
+    selectColumnsOf(*reader);
     return std::make_shared<OpenedFile>(std::move(ofFile), std::move(reader));
+}
+
+void FileChain::selectColumnsOf(TableReader& reader) const {
+    const Schema& ofFile = reader.schema();
+    std::vector<bool> neededOfFile(ofFile.size(), false);
+    for (std::size_t i = 0; i < survey.common.size(); ++i) {
+        if (const std::optional<std::size_t> position = ofFile.find(survey.common[i].name)) {
+            neededOfFile[*position] = isNeeded[i];
+        }
+    }
+    reader.selectColumns(neededOfFile);
 }
 
 /// Begins to open the next files on other threads.
@@ -239,6 +263,9 @@ bool FileChain::openNext() {
             const std::shared_ptr<OpenedFile> next = opened(file);
             next->countIn(openCount);
             next->firstRow = rows;
+            if (start) {
+                seekIn(*next);
+            }
             positions = std::make_shared<const std::vector<std::size_t>>(positionsIn(next->reader->schema()));
             current = next;
             return true;
@@ -247,6 +274,23 @@ bool FileChain::openNext() {
         }
     }
     return false;
+}
+
+void FileChain::seekIn(OpenedFile& opened) {
+    const ChunkStart place = *std::exchange(start, std::nullopt);
+    auto* const reader = dynamic_cast<SeekableReader*>(opened.reader.get());
+    if (!reader) {
+        throw Failure("file", velmorak::quoted(list.files[file].name) + " cannot be read from row " +
+                                  std::to_string(place.row + 1) + " on");
+    }
+    reader->seek(0, place);
+    opened.chunks = place.chunk;
+    rows += place.row;
+}
+
+std::optional<std::string> FileChain::bookmark() const {
+    const auto* const reader = current ? dynamic_cast<const SeekableReader*>(current->reader.get()) : nullptr;
+    return reader ? reader->bookmark() : std::nullopt;
 }
 
 /// Reads the next chunk of the current file. @return false at its end, or where it is damaged.
@@ -279,10 +323,11 @@ bool FileChain::next(Chunk& chunk) {
 
 /// Keeps the file open until the chunk is complete, or completes it now if too many are open.
 void FileChain::hold(Chunk& chunk) {
-    auto origin = std::make_shared<ChunkOrigin>(ChunkOrigin{current, positions});
+    auto origin = std::make_shared<ChunkOrigin>(ChunkOrigin{current, positions, std::move(chunk.owner)});
     if (*openCount + ahead.size() + 1 >= maxOpenFiles) {
-        origin->isLost = !completeInFile(chunk, *current);
+        origin->isLost = !completeInFile(chunk, *origin);
         origin->file.reset();
+        origin->ofReader.reset();
     }
     chunk.owner = std::move(origin);
 }
@@ -292,13 +337,13 @@ std::size_t FileChain::rowsPerChunk() const {
 }
 
 /// Makes the columns as the file has them. @return false if they cannot be read.
-bool FileChain::completeInFile(Chunk& chunk, const OpenedFile& from) const {
+bool FileChain::completeInFile(Chunk& chunk, const ChunkOrigin& origin) const {
     Chunk ofFile = chunk;
     ofFile.file = 0;
-    ofFile.firstRow -= from.firstRow;
-    ofFile.owner.reset();
+    ofFile.firstRow -= origin.file->firstRow;
+    ofFile.owner = origin.ofReader;
     try {
-        from.reader->complete(ofFile);
+        origin.file->reader->complete(ofFile);
     } catch (const Failure& failure) {
         skipOrThrow(chunk.file, failure);
         return false;
@@ -312,14 +357,14 @@ void FileChain::complete(Chunk& chunk) const {
     if (!origin) {
         return;
     }
-    if (origin->isLost || (origin->file && !completeInFile(chunk, *origin->file))) {
+    if (origin->isLost || (origin->file && !completeInFile(chunk, *origin))) {
         lose(chunk);
         return;
     }
     std::vector<ColumnPtr> ofFile = std::exchange(chunk.columns, {});
     for (std::size_t i = 0; i < survey.common.size(); ++i) {
         const ColumnPtr& column = ofFile[(*origin->positions)[i]];
-        const bool isReal = survey.common[i].type == ColumnType::Real;
+        const bool isReal = column && survey.common[i].type == ColumnType::Real;
         chunk.columns.push_back(isReal ? asReals(column) : column);
     }
     addOwnValues(chunk);
@@ -339,7 +384,8 @@ void FileChain::lose(Chunk& chunk) const {
 void FileChain::addOwnValues(Chunk& chunk) const {
     const ListedFile& from = list.files[chunk.file];
     const auto add = [&](const Column& column, std::size_t row) {
-        chunk.columns.push_back(repeated(column, row, chunk.rows));
+        const bool isUsed = isNeeded[chunk.columns.size()];
+        chunk.columns.push_back(isUsed ? repeated(column, row, chunk.rows) : nullptr);
     };
     if (options.hasFileColumns) {
         add({Column::Texts{from.name}, {}}, 0);
@@ -362,7 +408,8 @@ std::optional<double> FileChain::fraction() const {
 
 std::unique_ptr<TableReader> openFiles(FileList list, std::shared_ptr<const FileOpener> opener,
                                        const FileChainOptions& options, RunContext& context) {
-    if (list.files.size() == 1 && list.properties.empty() && !options.hasFileColumns && !options.skipsDamaged) {
+    const bool isPlain = list.properties.empty() && !options.hasFileColumns && !options.skipsDamaged;
+    if (list.files.size() == 1 && isPlain && !isPlanned(context)) {
         return opener->open(list.files.front().path, nullptr, context);
     }
     return std::make_unique<FileChain>(std::move(list), std::move(opener), options, context);

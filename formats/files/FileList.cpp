@@ -1,15 +1,18 @@
 #include "files/FileList.h"
 
+#include "files/FileFacts.h"
 #include "files/FileProperties.h"
 #include "files/Glob.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/Parts.h>
 #include <velmorak/RegularFile.h>
 #include <velmorak/Run.h>
 #include <velmorak/Text.h>
 
 #include <cerrno>
 #include <fstream>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <system_error>
@@ -120,6 +123,7 @@ private:
 
     void addLines(const std::string& name) {
         const fs::path path = context.inputFile(name);
+        list.lists.push_back(name);
         requireRegular(path);
         std::ifstream stream(path, std::ios::binary);
         if (!stream) {
@@ -173,6 +177,7 @@ private:
 
     void addProperties(const std::string& name) {
         FileProperties table = readFileProperties(input, name, context);
+        list.lists.push_back(name);
         list.properties = std::move(table.properties);
         list.values = std::move(table.values);
         const Base base = baseOf(name, context.locate(name));
@@ -256,7 +261,12 @@ private:
 }  // namespace
 
 FileList findFiles(const std::string& input, const std::string& text, RunContext& context) {
-    return Finder(input, context).find(text);
+    std::optional<FileList> found;
+    const std::string bytes = factOf(context, "files of " + input + ": " + text, [&] {
+        found = Finder(input, context).find(text);
+        return bytesOf(*found);
+    });
+    return found ? *std::move(found) : fileListFrom(bytes, context);
 }
 
 }  // namespace velmorak

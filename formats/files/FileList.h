@@ -23,6 +23,7 @@ struct FileList {
     std::vector<ListedFile> files;
     std::vector<ColumnInfo> properties;  ///< Columns of the table of file properties, without the files' names.
     std::vector<ColumnPtr> values;       ///< Of each property, with a value for each row of that table.
+    std::vector<std::string> lists{};    ///< Names of the lists and tables in which files are named.
 };
 
 /// Finds the files that a user's text names: one or several, separated by line ends or commas, each of them
@@ -33,7 +34,8 @@ struct FileList {
 ///  - @samples.csv: a table of file properties, with a column "file" of names or patterns relative to the table's
 ///    folder; its other columns are the properties. It must be the only entry of the text.
 /// Relative names are searched beside the document, then in the current folder. A text that is the name of an existing
-/// file means this file, whatever characters it contains. Every file is recorded in the context as an input.
+/// file means this file, whatever characters it contains. Every file is recorded in the context as an input. In a run
+/// that was planned, the files are those that were found then (factOf).
 /// @param input name of the plug-in's input, for messages.
 /// @throws Failure if the text names no file, a pattern matches none, a file is listed twice, or a list cannot be read;
 ///         Stopped.

@@ -44,6 +44,7 @@ std::vector<Column> columnsOf(TableReader& reader) {
     std::vector<Column> columns(reader.schema().size());
     bool isFirst = true;
     for (Chunk chunk; reader.next(chunk); chunk = {}) {
+        reader.complete(chunk);
         for (std::size_t i = 0; i < columns.size(); ++i) {
             if (isFirst) {
                 columns[i] = *chunk.columns[i];

@@ -1,8 +1,11 @@
 #include "files/FileSurvey.h"
 
-#include "files/Ahead.h"
+#include "files/CommonSchema.h"
 #include "files/FileContext.h"
+#include "files/FileFacts.h"
 
+#include <velmorak/Ahead.h>
+#include <velmorak/Parts.h>
 #include <velmorak/Text.h>
 
 #include <algorithm>
@@ -78,23 +81,58 @@ std::string listOf(const std::vector<std::string>& names) {
                               : "none of the " + std::to_string(files) + " files can be read; the first: " + reason);
 }
 
-Schema commonOf(const CommonSchema& common, const FileOpener& opener, RunContext& context) {
-    Schema columns(common.columns());
-    if (context.isPreview()) {
-        return columns;
-    }
-    std::set<std::string> names(common.leftOut().begin(), common.leftOut().end());
-    for (const ColumnInfo& column : columns.columns()) {
+/// @throws Failure if the files have nothing in common, or lack what the user names.
+void checkCommon(const FileSurvey& survey, const FileOpener& opener) {
+    std::set<std::string> names(survey.leftOut.begin(), survey.leftOut.end());
+    for (const ColumnInfo& column : survey.common.columns()) {
         names.insert(column.name);
     }
     opener.checkNames(names);
-    if (!common.leftOut().empty() && columns.size() == 0) {
+    if (!survey.leftOut.empty() && survey.common.size() == 0) {
         throw Failure("file", "the files have no column in common");
     }
-    if (!common.leftOut().empty()) {
-        context.warn("leaves out columns that differ between the files: " + listOf(common.leftOut()));
+}
+
+/// Looks at the files of a list.
+FileSurvey surveyOf(const FileList& list, const std::shared_ptr<const FileOpener>& opener,
+                    const FileChainOptions& options, RunContext& context) {
+    FileSurvey survey{{}, std::vector<bool>(list.files.size(), false)};
+    CommonSchema common(options.takesCommonColumns);
+    Looks looks(list, opener, context);
+    for (std::size_t i = 0; i < list.files.size() && !(context.isPreview() && !common.isEmpty()); ++i) {
+        std::optional<FileColumns> columns;
+        try {
+            columns = looks.next();
+        } catch (const Failure& failure) {
+            if (!options.skipsDamaged || !isDamage(failure)) {
+                throw;
+            }
+            survey.isSkipped[i] = true;
+            survey.reasons.emplace_back(failure.what());
+            context.skipFile(list.files[i].path, failure.what());
+        }
+        if (columns) {
+            common.add(list.files[i].name, *columns);
+        }
     }
-    return columns;
+    if (common.isEmpty()) {
+        failForAll(list.files.size(), survey.reasons.front());
+    }
+    survey.common = Schema(common.columns());
+    survey.leftOut = common.leftOut();
+    if (!context.isPreview()) {
+        checkCommon(survey, *opener);
+    }
+    return survey;
+}
+
+/// Reports the files that were skipped when the run was planned.
+void reportSkipped(const FileSurvey& survey, const FileList& list, RunContext& context) {
+    for (std::size_t i = 0, next = 0; i < list.files.size(); ++i) {
+        if (survey.isSkipped[i]) {
+            context.skipFile(list.files[i].path, survey.reasons[next++]);
+        }
+    }
 }
 
 }  // namespace
@@ -105,30 +143,19 @@ bool isDamage(const Failure& failure) {
 
 FileSurvey surveyFiles(const FileList& list, const std::shared_ptr<const FileOpener>& opener,
                        const FileChainOptions& options, RunContext& context) {
-    FileSurvey survey{{}, std::vector<bool>(list.files.size(), false)};
-    CommonSchema common(options.takesCommonColumns);
-    Looks looks(list, opener, context);
-    std::string firstReason;
-    for (std::size_t i = 0; i < list.files.size() && !(context.isPreview() && !common.isEmpty()); ++i) {
-        std::optional<FileColumns> columns;
-        try {
-            columns = looks.next();
-        } catch (const Failure& failure) {
-            if (!options.skipsDamaged || !isDamage(failure)) {
-                throw;
-            }
-            survey.isSkipped[i] = true;
-            firstReason = firstReason.empty() ? failure.what() : firstReason;
-            context.skipFile(list.files[i].path, failure.what());
-        }
-        if (columns) {
-            common.add(list.files[i].name, *columns);
-        }
+    std::optional<FileSurvey> made;
+    const std::string bytes = factOf(context, "columns of the files", [&] {
+        made = surveyOf(list, opener, options, context);
+        return bytesOf(*made);
+    });
+    const bool isKnown = !made;
+    FileSurvey survey = isKnown ? fileSurveyFrom(bytes, list.files.size()) : *std::move(made);
+    if (isKnown) {
+        reportSkipped(survey, list, context);
     }
-    if (common.isEmpty()) {
-        failForAll(list.files.size(), firstReason);
+    if (!survey.leftOut.empty() && !context.isPreview()) {
+        context.warn("leaves out columns that differ between the files: " + listOf(survey.leftOut));
     }
-    survey.common = commonOf(common, *opener, context);
     return survey;
 }
 

@@ -46,13 +46,13 @@ std::vector<BasketPlace> basketsOf(const Object& branch, std::uint64_t entries) 
     const std::vector<ObjectPtr> embedded = branch.objects("fBaskets");
     std::vector<BasketPlace> places;
     const auto written = static_cast<std::size_t>(std::max<std::int64_t>(branch.integer("fWriteBasket"), 0));
-    for (std::size_t i = 0; i < std::max(written + 1, embedded.size()); ++i) {
+    for (std::size_t i = 0; i < std::max(std::min(written + 1, positions.size()), embedded.size()); ++i) {
         BasketPlace place;
         place.firstEntry = atOr(firsts, i, entries);
         place.position = atOr(positions, i, 0);
         place.bytes = atOr(sizes, i, 0);
-        if (place.position == 0 && i < embedded.size()) {
-            place.embedded = embedded[i];
+        if (place.position == 0 && i < embedded.size() && embedded[i]) {
+            place.embedded = std::make_shared<const Object>(*embedded[i]);  // Outlives the tree's record.
         }
         if (place.position != 0 || place.embedded) {
             places.push_back(std::move(place));
@@ -123,6 +123,7 @@ TreeColumn BranchWalk::columnOf(const Object& branch) const {
     column.name = branch.text("fName");
     column.title = branch.text("fTitle");
     column.entries = static_cast<std::uint64_t>(std::max(branch.real("fEntries"), 0.0));
+    column.bytes = static_cast<std::uint64_t>(std::max(branch.real("fTotBytes"), 0.0));
     column.baskets = basketsOf(branch, column.entries);
     if (!branch.text("fFileName").empty()) {
         column.complaint = "its values are in another file, " + branch.text("fFileName");

@@ -1,5 +1,6 @@
 #include "root/Classes.h"
 
+#include "root/File.h"
 #include "root/Record.h"
 
 #include <functional>
@@ -36,7 +37,7 @@ private:
 
 std::vector<ClassInfo> Descriptions::read() {
     const ObjectHeader header = readHeader(buffer);
-    skipObjectBase(buffer);
+    readObjectBase(buffer);
     buffer.text();
     const std::size_t count = buffer.count(1);
     std::vector<ClassInfo> found;
@@ -97,7 +98,7 @@ ClassInfo Descriptions::readInfo() {
 
 void Descriptions::readElements(ClassInfo& info) {
     const ObjectHeader header = readHeader(buffer);
-    skipObjectBase(buffer);
+    readObjectBase(buffer);
     buffer.text();
     const std::size_t count = buffer.count(1);
     buffer.skip(4);
@@ -174,6 +175,11 @@ const ClassInfo* Classes::findByChecksum(const std::string& name, std::uint32_t 
         }
     }
     return find(name, 1);
+}
+
+Classes classesOf(const File& file) {
+    const std::optional<Key> key = file.streamerKey();
+    return key ? Classes(file.content(*key), key->headBytes) : Classes();
 }
 
 }  // namespace velmorak::root

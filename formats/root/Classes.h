@@ -45,6 +45,8 @@ struct Element {
     NumberRange range;       ///< Of Double32_t and Float16_t.
 };
 
+class File;
+
 struct ClassInfo {
     std::string name;
     int version = 0;
@@ -68,5 +70,8 @@ public:
 private:
     std::map<std::string, std::map<int, ClassInfo>> all;
 };
+
+/// The classes that a file describes; none if it has no descriptions. @throws Failure if they are damaged.
+Classes classesOf(const File& file);
 
 }  // namespace velmorak::root

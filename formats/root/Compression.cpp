@@ -18,6 +18,9 @@ constexpr std::size_t checksumSize = 8;
 /// Largest compression ratio of deflate; only zstd and lzma exceed it.
 constexpr std::size_t maxRatio = std::size_t{1} << 17;
 
+/// Far more than the largest dictionary that ROOT asks for, 64 MiB.
+constexpr std::uint64_t maxLzmaMemory = std::uint64_t{256} << 20U;
+
 bool inflateZlib(Bytes packed, Target target, int windowBits) {
     z_stream stream{};
     if (inflateInit2(&stream, windowBits) != Z_OK) {
@@ -34,7 +37,7 @@ bool inflateZlib(Bytes packed, Target target, int windowBits) {
 }
 
 bool unpackLzma(Bytes packed, Target target) {
-    std::uint64_t memoryLimit = UINT64_MAX;
+    std::uint64_t memoryLimit = maxLzmaMemory;
     std::size_t in = 0;
     std::size_t out = 0;
     const lzma_ret status = lzma_stream_buffer_decode(&memoryLimit, 0, nullptr, packed.data(), &in, packed.size(),

@@ -18,6 +18,10 @@ std::uint64_t endBefore(const std::vector<std::int64_t>& ends, std::uint64_t pos
     return position == 0 ? 0 : static_cast<std::uint64_t>(ends[position - 1 - offset]);
 }
 
+/// Of a column in one chunk, whose lists are about maxChunkBytes on average.
+constexpr std::uint64_t maxTotal = std::uint64_t{1} << 48U;  ///< In a cluster.
+constexpr std::uint64_t maxElements = std::uint64_t{1} << 26U;
+
 }  // namespace
 
 NTuple::NTuple(const File& file, const Entry& entry) : file(file), path(entry.path) {
@@ -162,6 +166,9 @@ void NTuple::appendRows(const NTupleTableColumn& column, const NTupleCluster& cl
     for (const std::size_t field : column.path) {
         const NTupleField& description = schema.fields[field];
         if (description.arraySize > 0) {
+            if (description.arraySize > maxTotal || total > maxTotal / description.arraySize) {
+                throw Failure("its arrays are too long");
+            }
             for (std::uint64_t& bound : bounds) {
                 bound *= description.arraySize;
             }
@@ -172,22 +179,47 @@ void NTuple::appendRows(const NTupleTableColumn& column, const NTupleCluster& cl
                 throw Failure("it has no counts");
             }
             const std::uint64_t from = bounds.front() == 0 ? 0 : bounds.front() - 1;
-            const Elements all = elements(indices.front(), cluster, total, from, total);
-            const auto& ends = std::get<1>(all);
+            const std::uint64_t to = std::max(from, bounds.back());
+            const Elements some = elements(indices.front(), cluster, total, from, to);
             for (std::uint64_t& bound : bounds) {
-                bound = endBefore(ends, bound, from);
+                bound = endBefore(std::get<1>(some), bound, from);
             }
-            total = total == 0 ? 0 : endBefore(ends, total, from);
+            total = endOfAll(indices.front(), cluster, total);
         }
-    }
-    if (!std::is_sorted(bounds.begin(), bounds.end()) || bounds.back() > total) {
-        throw Failure("its counts do not ascend");
+        if (!std::is_sorted(bounds.begin(), bounds.end()) || bounds.back() > total) {
+            throw Failure("its counts do not ascend");
+        }
     }
     const std::size_t before = target.valueCount();
     appendLeaf(column.path.back(), cluster, total, bounds.front(), bounds.back(), target);
     for (std::size_t i = 1; target.isList() && i < bounds.size(); ++i) {
         target.offsets.push_back(before + bounds[i] - bounds.front());
     }
+}
+
+/// @return the number of items in all collections of a cluster.
+std::uint64_t NTuple::endOfAll(std::size_t column, const NTupleCluster& cluster, std::uint64_t total) const {
+    if (total == 0) {
+        return 0;
+    }
+    const Elements last = elements(column, cluster, total, total - 1, total);
+    return endBefore(std::get<1>(last), total, total - 1);
+}
+
+double NTuple::variableBytes(const NTupleTableColumn& column) const {
+    if (schema.entries == 0 || !column.complaint.empty() ||
+        (!column.info.isList && column.info.type != ColumnType::Text)) {
+        return 0.0;
+    }
+    const bool isText = column.info.type == ColumnType::Text;
+    double values = 0.0;
+    for (const NTupleCluster& cluster : schema.clusters) {
+        const std::vector<std::size_t> columns = columnsOf(sourceOf(column.path.back()), &cluster);
+        if (!columns.empty() && columns.back() < cluster.columns.size()) {
+            values += static_cast<double>(cluster.columns[columns.back()].elements());
+        }
+    }
+    return values * (isText ? 1.0 : sizeof(double)) / static_cast<double>(schema.entries);
 }
 
 void NTuple::appendLeaf(std::size_t field, const NTupleCluster& cluster, std::uint64_t total, std::uint64_t first,
@@ -254,6 +286,10 @@ Elements NTuple::elements(std::size_t column, const NTupleCluster& cluster, std:
     const std::uint64_t stored = pages.elements();
     if (last < first || last > total || stored > total) {
         throw Failure("its counts do not match its pages");
+    }
+    if (last - first > maxElements) {
+        throw Failure(
+            fmt::format("its lists have {} values in one chunk, and {} are the most", last - first, maxElements));
     }
     const std::uint64_t missing = total - stored;  // At the beginning: the field was added later.
     Elements found =

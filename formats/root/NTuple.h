@@ -29,6 +29,9 @@ public:
     /// Changes with the content.
     std::uint64_t checksum() const { return schema.footerChecksum; }
 
+    /// Average memory of an entry's texts or list values; 0 for other columns.
+    double variableBytes(const NTupleTableColumn& column) const;
+
     /// @throws Failure if the column cannot be read or its pages are damaged.
     ColumnPtr read(const NTupleTableColumn& column, std::uint64_t first, std::size_t rows) const;
 
@@ -43,6 +46,7 @@ private:
 
     void appendRows(const NTupleTableColumn& column, const NTupleCluster& cluster, std::uint64_t first,
                     std::uint64_t last, Column& target) const;
+    std::uint64_t endOfAll(std::size_t column, const NTupleCluster& cluster, std::uint64_t total) const;
     void appendLeaf(std::size_t field, const NTupleCluster& cluster, std::uint64_t total, std::uint64_t first,
                     std::uint64_t last, Column& target) const;
     void appendTexts(std::size_t field, const NTupleCluster& cluster, std::uint64_t total, std::uint64_t first,

@@ -11,6 +11,7 @@
 namespace velmorak::root {
 
 struct Object;
+/// Owns its object only where ObjectReader::read gives it.
 using ObjectPtr = std::shared_ptr<Object>;
 
 /// The value of a member; an array of numbers is reals or integers.

@@ -61,12 +61,18 @@ ObjectReader::ObjectReader(Bytes bytes, std::size_t headBytes, const Classes& cl
     : bytes(bytes), headBytes(headBytes), classes(classes) {}
 
 ObjectPtr ObjectReader::read(const std::string& className) {
-    return readClass(className);
+    return {owner, readClass(className).get()};
+}
+
+/// @return a pointer that does not own the object.
+ObjectPtr ObjectReader::newObject(const std::string& className) {
+    owner->push_back(std::make_unique<Object>());
+    owner->back()->className = className;
+    return {ObjectPtr(), owner->back().get()};
 }
 
 ObjectPtr ObjectReader::readClass(const std::string& className) {
-    auto object = std::make_shared<Object>();
-    object->className = className;
+    ObjectPtr object = newObject(className);
     readInto(className, *object);
     return object;
 }
@@ -80,7 +86,9 @@ void ObjectReader::readInto(const std::string& className, Object& object) {
 
 bool ObjectReader::readSpecial(const std::string& className, Object& object) {
     if (className == "TObject") {
-        object.members.emplace_back("fBits", static_cast<std::int64_t>(skipObjectBase(bytes)));
+        const ObjectBase base = readObjectBase(bytes);
+        object.members.emplace_back("fUniqueID", static_cast<std::int64_t>(base.uniqueId));
+        object.members.emplace_back("fBits", static_cast<std::int64_t>(base.bits));
     } else if (className == "TNamed") {
         readNamedInto(object);
     } else if (className == "TString") {
@@ -230,7 +238,7 @@ void ObjectReader::readList(Object& object) {
     const ObjectHeader header = readHeader(bytes);
     std::vector<ObjectPtr> items;
     if (header.version > 3) {
-        skipObjectBase(bytes);
+        readObjectBase(bytes);
         bytes.text();
         const std::size_t count = bytes.count(4);
         for (std::size_t i = 0; i < count; ++i) {
@@ -247,7 +255,7 @@ void ObjectReader::readList(Object& object) {
 void ObjectReader::readObjectArray(Object& object) {
     const ObjectHeader header = readHeader(bytes);
     if (header.version > 2) {
-        skipObjectBase(bytes);
+        readObjectBase(bytes);
     }
     if (header.version > 1) {
         bytes.text();
@@ -330,7 +338,7 @@ ObjectPtr ObjectReader::readTagged(std::size_t begin, std::size_t tagAt, bool ha
         const auto found = objectTags.find(tag);
         return found == objectTags.end() ? nullptr : found->second;
     }
-    auto object = std::make_shared<Object>();
+    ObjectPtr object = newObject("");
     if (tag == newClass) {
         object->className = bytes.cText();
         classTags[hasCount ? tagAt + headBytes + tagOffset : classTags.size() + objectTags.size() + 1] =

@@ -16,7 +16,8 @@ public:
     /// @param classes   must outlive this.
     ObjectReader(Bytes bytes, std::size_t headBytes, const Classes& classes);
 
-    /// The record's object. Members that cannot be read are skipped if the file gives their length.
+    /// The record's object, which owns all objects in it: they may refer to each other in circles, and none outlives
+    /// the whole. Members that cannot be read are skipped if the file gives their length.
     /// @throws Failure if the record is damaged.
     ObjectPtr read(const std::string& className);
 
@@ -26,6 +27,7 @@ public:
     Buffer& buffer() { return bytes; }
 
 private:
+    ObjectPtr newObject(const std::string& className);
     ObjectPtr readClass(const std::string& className);
     void readInto(const std::string& className, Object& object);
     bool readSpecial(const std::string& className, Object& object);
@@ -48,6 +50,8 @@ private:
     Buffer bytes;
     std::size_t headBytes;
     const Classes& classes;
+    using Owner = std::vector<std::unique_ptr<Object>>;
+    std::shared_ptr<Owner> owner = std::make_shared<Owner>();  ///< Of all objects of the record.
     std::unordered_map<std::size_t, std::string> classTags;
     std::unordered_map<std::size_t, ObjectPtr> objectTags;
     int depth = 0;

@@ -32,22 +32,23 @@ ObjectHeader readHeader(Buffer& buffer, bool hasChecksum) {
     return header;
 }
 
-std::uint32_t skipObjectBase(Buffer& buffer) {
+ObjectBase readObjectBase(Buffer& buffer) {
     const std::uint16_t version = buffer.u16();
     if ((version & 0x4000U) != 0) {
         buffer.skip(4);  // A byte count comes before the version.
     }
-    buffer.skip(4);
-    const std::uint32_t bits = buffer.u32();
-    if ((bits & isReferenced) != 0) {
+    ObjectBase base;
+    base.uniqueId = buffer.u32();
+    base.bits = buffer.u32();
+    if ((base.bits & isReferenced) != 0) {
         buffer.skip(2);
     }
-    return bits;
+    return base;
 }
 
 NameAndTitle readNamed(Buffer& buffer) {
     const ObjectHeader header = readHeader(buffer);
-    skipObjectBase(buffer);
+    readObjectBase(buffer);
     NameAndTitle named{buffer.text(), buffer.text()};
     header.leave(buffer);
     return named;

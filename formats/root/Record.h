@@ -27,9 +27,13 @@ struct ObjectHeader {
 /// @param hasChecksum a version of 0 is followed by a checksum.
 ObjectHeader readHeader(Buffer& buffer, bool hasChecksum = true);
 
-/// Skips the members of a TObject: an identity and bits.
-/// @return the bits.
-std::uint32_t skipObjectBase(Buffer& buffer);
+/// The members of a TObject.
+struct ObjectBase {
+    std::uint32_t uniqueId = 0;
+    std::uint32_t bits = 0;
+};
+
+ObjectBase readObjectBase(Buffer& buffer);
 
 struct NameAndTitle {
     std::string name;

@@ -62,11 +62,6 @@ const Entry& tableNamed(const File& file, const std::string& wanted) {
     return *found;
 }
 
-Classes classesOf(const File& file) {
-    const std::optional<Key> key = file.streamerKey();
-    return key ? Classes(file.content(*key), key->headBytes) : Classes();
-}
-
 /// A tree or an RNTuple. Positions count all columns, including those that cannot be read.
 class Table {
 public:
@@ -76,6 +71,7 @@ public:
     std::size_t columns() const { return tree ? tree->columns().size() : ntuple->columns().size(); }
     const ColumnInfo& info(std::size_t position) const;
     const std::string& complaint(std::size_t position) const;
+    double variableBytes(std::size_t position) const;
     ColumnPtr read(std::size_t position, std::uint64_t first, std::size_t rows) const;
 
 private:
@@ -99,6 +95,10 @@ const std::string& Table::complaint(std::size_t position) const {
     return tree ? tree->columns()[position].complaint : ntuple->columns()[position].complaint;
 }
 
+double Table::variableBytes(std::size_t position) const {
+    return tree ? tree->variableBytes(tree->columns()[position]) : ntuple->variableBytes(ntuple->columns()[position]);
+}
+
 ColumnPtr Table::read(std::size_t position, std::uint64_t first, std::size_t rows) const {
     return tree ? tree->read(tree->columns()[position], first, rows)
                 : ntuple->read(ntuple->columns()[position], first, rows);
@@ -111,13 +111,19 @@ public:
 
     const Schema& schema() const override { return offered; }
 
+    void selectColumns(const std::vector<bool>& needed) override { isNeeded = needed; }
+
     bool next(Chunk& chunk) override;
+
+    std::size_t rowsPerChunk() const override { return maxRows; }
 
     void complete(Chunk& chunk) const override;
 
     std::optional<double> fraction() const override;
 
 private:
+    void limitChunks();
+
     void addAll();
 
     void addNamed(const std::string& name);
@@ -129,6 +135,9 @@ private:
     RunContext& context;
     Schema offered;
     std::vector<std::size_t> positions;  ///< Of the offered columns in the table.
+    std::vector<bool> isNeeded;          ///< By offered column; empty for all.
+    std::uint64_t entries = 0;
+    std::size_t maxRows = 0;  ///< In a chunk.
     std::uint64_t row = 0;
 };
 
@@ -144,28 +153,44 @@ RootTableReader::RootTableReader(const std::filesystem::path& path, const std::s
     for (const std::string& name : columns) {
         addNamed(name);
     }
+    limitChunks();
+}
+
+/// Long lists and texts make the chunks of the whole table shorter, by what an entry takes on average: chunks are the
+/// same whichever columns are needed. A table of which nothing can be read has no rows.
+void RootTableReader::limitChunks() {
+    entries = offered.size() == 0 ? 0 : table.entries();
+    maxRows = rowsInChunk(offered);
+    double bytes = static_cast<double>(bytesInRow(offered));
+    for (const std::size_t position : positions) {
+        bytes += table.variableBytes(position);
+    }
+    if (static_cast<double>(maxRows) * bytes > static_cast<double>(maxChunkBytes)) {
+        maxRows = static_cast<std::size_t>(std::max(1.0, static_cast<double>(maxChunkBytes) / bytes));
+    }
 }
 
 bool RootTableReader::next(Chunk& chunk) {
     if (context.isStopping()) {
         throw Stopped();
     }
-    chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(rowsInChunk(offered), table.entries() - row));
+    chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(maxRows, entries - row));
     row += chunk.rows;
     return chunk.rows > 0;
 }
 
 void RootTableReader::complete(Chunk& chunk) const {
-    for (const std::size_t position : positions) {
+    for (std::size_t i = 0; i < positions.size(); ++i) {
         if (context.isStopping()) {
             throw Stopped();
         }
-        chunk.columns.push_back(table.read(position, chunk.firstRow, chunk.rows));
+        const bool isRead = isNeeded.empty() || isNeeded[i];
+        chunk.columns.push_back(isRead ? table.read(positions[i], chunk.firstRow, chunk.rows) : nullptr);
     }
 }
 
 std::optional<double> RootTableReader::fraction() const {
-    return table.entries() == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(table.entries());
+    return entries == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(entries);
 }
 
 void RootTableReader::addAll() {
@@ -219,6 +244,16 @@ std::vector<RootEntry> listRoot(const std::filesystem::path& file) {
 std::unique_ptr<TableReader> openRootTable(const std::filesystem::path& file, const std::string& object,
                                            const std::vector<std::string>& columns, RunContext& context) {
     return std::make_unique<RootTableReader>(file, object, columns, context);
+}
+
+RootTableContent lookAtRootTable(const std::filesystem::path& file, const std::string& object) {
+    const File opened(file);
+    const Table table(opened, tableNamed(opened, object));
+    RootTableContent content{.rows = table.entries(), .columns = {}};
+    for (std::size_t i = 0; i < table.columns(); ++i) {
+        content.columns.push_back({.info = table.info(i), .problem = table.complaint(i)});
+    }
+    return content;
 }
 
 }  // namespace velmorak

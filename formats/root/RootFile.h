@@ -1,6 +1,6 @@
 #pragma once
 
-#include <velmorak/Kind.h>
+#include <velmorak/FileFormat.h>
 
 #include <filesystem>
 #include <memory>
@@ -27,5 +27,14 @@ std::vector<RootEntry> listRoot(const std::filesystem::path& file);
 ///         cannot be read, with the reason.
 std::unique_ptr<TableReader> openRootTable(const std::filesystem::path& file, const std::string& object,
                                            const std::vector<std::string>& columns, RunContext& context);
+
+/// The rows of a table and its columns, with those that cannot be read.
+struct RootTableContent {
+    std::uint64_t rows = 0;
+    std::vector<FileColumn> columns;
+};
+
+/// @throws as openRootTable.
+RootTableContent lookAtRootTable(const std::filesystem::path& file, const std::string& object);
 
 }  // namespace velmorak

@@ -186,6 +186,18 @@ Tree::Tree(const File& file, const Classes& classes, const Entry& entry) : file(
     }
 }
 
+double Tree::variableBytes(const TreeColumn& column) const {
+    if (count == 0 || (!column.info.isList && column.info.type != ColumnType::Text)) {
+        return 0.0;
+    }
+    const bool isText = column.info.type == ColumnType::Text;
+    const std::size_t inFile =
+        isText ? 1 : std::max<std::size_t>(sizeOf(column.layout.type.number, column.layout.type.range), 1);
+    const std::size_t inMemory = isText ? 1 : column.info.type == ColumnType::Boolean ? 1 : sizeof(double);
+    const double values = static_cast<double>(column.bytes) / static_cast<double>(inFile);
+    return values * static_cast<double>(inMemory) / static_cast<double>(count);
+}
+
 Basket Tree::basketAt(const TreeColumn& column, const BasketPlace& place) const {
     Basket basket = place.embedded ? embeddedBasket(*place.embedded) : writtenBasket(file, place);
     basket.firstEntry = place.firstEntry;
@@ -195,6 +207,16 @@ Basket Tree::basketAt(const TreeColumn& column, const BasketPlace& place) const 
         addOffsets(column, basket);
     }
     return basket;
+}
+
+/// @throws Failure that also names the entries.
+Basket Tree::namedBasketAt(const TreeColumn& column, const BasketPlace& place) const {
+    try {
+        return basketAt(column, place);
+    } catch (const Failure& failure) {
+        throw Failure(fmt::format("the basket of entries {} to {}: {}", place.firstEntry,
+                                  place.firstEntry + std::max<std::uint64_t>(place.entries, 1) - 1, failure.what()));
+    }
 }
 
 /// Where a basket has no offsets of its entries, they follow from the counts.
@@ -238,7 +260,7 @@ std::uint64_t Tree::appendBaskets(const TreeColumn& column, std::uint64_t first,
     const auto reachesFirst = [first](const BasketPlace& place) { return place.firstEntry + place.entries <= first; };
     auto place = std::partition_point(column.baskets.begin(), column.baskets.end(), reachesFirst);
     for (; place != column.baskets.end() && at < end && place->firstEntry <= at; ++place) {
-        const BasketCache::BasketPtr basket = cache.get(&*place, [&] { return basketAt(column, *place); });
+        const BasketCache::BasketPtr basket = cache.get(&*place, [&] { return namedBasketAt(column, *place); });
         const std::uint64_t last = std::min(end, basket->end());
         decode(column, *basket, at, last, target);
         at = last;

@@ -20,7 +20,7 @@ struct BasketPlace {
     std::uint64_t entries = 0;
     std::uint64_t position = 0;
     std::size_t bytes = 0;
-    ObjectPtr embedded;
+    std::shared_ptr<const Object> embedded;
 };
 
 /// Layout of the values of a type in the bytes of an entry.
@@ -58,6 +58,7 @@ struct TreeColumn {
     Layout layout;
     std::vector<BasketPlace> baskets;
     std::uint64_t entries = 0;
+    std::uint64_t bytes = 0;           ///< Of all its entries in the file, decompressed.
     std::optional<std::size_t> count;  ///< Column that says how many values an entry has.
 };
 
@@ -73,10 +74,14 @@ public:
     const std::vector<TreeColumn>& columns() const { return all; }
     const std::string& title() const { return treeTitle; }
 
+    /// Average memory of an entry's texts or list values; 0 for other columns.
+    double variableBytes(const TreeColumn& column) const;
+
     /// @throws Failure if the column cannot be read or its bytes are damaged, with branch and entry.
     ColumnPtr read(const TreeColumn& column, std::uint64_t first, std::size_t rows) const;
 
 private:
+    Basket namedBasketAt(const TreeColumn& column, const BasketPlace& place) const;
     Basket basketAt(const TreeColumn& column, const BasketPlace& place) const;
     std::uint64_t appendBaskets(const TreeColumn& column, std::uint64_t first, std::uint64_t end, Column& target) const;
     void decode(const TreeColumn& column, const Basket& basket, std::uint64_t first, std::uint64_t last,

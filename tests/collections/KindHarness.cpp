@@ -1,6 +1,7 @@
 #include "KindHarness.h"
 
 #include <dlfcn.h>
+#include <velmorak/FileFormat.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -18,7 +19,10 @@ namespace fs = std::filesystem;
 struct Collector : Registry {
     void group(const std::string& name) override { groups.push_back({.name = name, .kinds = {}}); }
     void add(std::unique_ptr<Kind> kind) override { groups.back().kinds.push_back(std::move(kind)); }
+    void addFormat(std::unique_ptr<FileFormat> format) override { known->add(std::move(format)); }
+    const FileFormats& formats() const override { return *known; }
     std::vector<ShippedGroup> groups;
+    std::unique_ptr<FileFormats> known = std::make_unique<FileFormats>();
 };
 
 Collector loadAll() {
@@ -162,6 +166,8 @@ SmallTable tableOf(const std::vector<std::pair<std::string, std::vector<double>>
 
 KindHarness::KindHarness(const std::string& kindName, std::string pluginName)
     : shipped(shippedKind(kindName)), plugin(std::move(pluginName)) {}
+
+KindHarness::KindHarness(const Kind& kind) : shipped(kind), plugin("bench") {}
 
 KindHarness::~KindHarness() = default;
 

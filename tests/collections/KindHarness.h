@@ -39,6 +39,8 @@ SmallTable tableOf(const std::vector<std::pair<std::string, std::vector<double>>
 class KindHarness : public RunContext {
 public:
     explicit KindHarness(const std::string& kindName, std::string pluginName = "bench");
+    /// For a kind that no shipped collection has. It outlives this.
+    explicit KindHarness(const Kind& kind);
     ~KindHarness() override;
 
     KindHarness& set(const std::string& input, const std::string& text);

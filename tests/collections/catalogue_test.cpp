@@ -46,12 +46,13 @@ TEST(Catalogue, offersTheKindsByGroup) {
         {"Arithmetic", {"Number", "Text", "Adder", "Subtractor", "Multiplier", "Divider", "Function", "Measurement"}},
         {"Data",
          {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "RandomTable",
-          "RootTable"}},
+          "RootTable", "RootHistogram", "RootProfile", "RootPoints", "RootValue", "Table"}},
         {"Fit", {"Fit"}},
+        {"Formats", {"ArrowTable", "Hdf5Table", "NumpyTable", "ParquetTable", "ParquetWriter", "SqliteTable"}},
         {"Histogram",
          {"Histogram1D", "Histogram2D", "Histogram3D", "Profile1D", "Profile2D", "CategoryHistogram", "Rebin", "Scale",
           "Combine", "Project", "Cumulative", "Compare", "Statistics"}},
-        {"Output", {"Plot", "AidaWriter", "CsvWriter", "Print", "Report"}},
+        {"Output", {"Plot", "AidaWriter", "CsvWriter", "RootWriter", "Print", "Report"}},
         {"Table", {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode"}},
     };
     std::map<std::string, Names> found;

@@ -152,16 +152,49 @@ TEST_F(Csv, linesOfOldMacFilesEndWithACarriageReturn) {
     EXPECT_EQ(bench.table().column("x").size(), 600'000U);
 }
 
-TEST_F(Csv, otherUnicodeFormsAreRefusedByName) {
-    for (const auto& [bytes, form] :
-         std::vector<std::pair<std::string, std::string>>{{{"\xFF\xFEx\0\n\0", 6}, "UTF-16"},
-                                                          {{"\xFE\xFF\0x\0\n", 6}, "UTF-16"},
-                                                          {{"\xFF\xFE\0\0x\0\0\0", 8}, "UTF-32"}}) {
-        write(bytes);
-        EXPECT_EQ(complaint(), "data.csv\" is encoded in " + form + "; save it as UTF-8");
-    }
+TEST_F(Csv, utf32IsRefusedByName) {
+    write(std::string("\xFF\xFE\0\0x\0\0\0", 8));
+    EXPECT_EQ(complaint(), "data.csv\" is encoded in UTF-32; save it as UTF-8");
     write(std::string("x\0,\0n\0\n\0", 8));
     EXPECT_EQ(complaint(), "data.csv\", line 1: it contains a zero byte; is the file encoded in UTF-16?");
+}
+
+TEST_F(Csv, encodingsAreChosenByName) {
+    write(std::string("\xFF\xFEx\0\n\0001\0\n\0", 10));
+    bench.run();
+    EXPECT_EQ(bench.table().column("x"), Reals{1});
+    write(std::string("x\0\n\0001\0\n\0", 8));
+    bench.set("encoding", "UTF-16").run();
+    EXPECT_EQ(bench.table().column("x"), Reals{1});
+    write("name\nM\xFCon\n");
+    bench.set("encoding", "ISO-8859-1").run();
+    EXPECT_EQ(column("name").texts(), Column::Texts{"M\u00fcon"});
+}
+
+TEST_F(Csv, numbersAreWrittenAsInManyCountries) {
+    write("x;n\n1.234,5;1.000\n");
+    bench.set("delimiter", "semicolon").set("decimal", "comma").set("thousands", "point").run();
+    EXPECT_EQ(bench.table().column("x"), Reals{1234.5});
+    EXPECT_EQ(column("n").integers(), Column::Integers{1000});
+    EXPECT_EQ(bench.set("thousands", "comma").failure(),
+              "thousands: the sign between thousands is also the decimal sign");
+}
+
+TEST_F(Csv, theSecondLineMayHoldUnits) {
+    write("E,t\nGeV,ns\n1,2\n");
+    bench.set("header", "names and units").run();
+    EXPECT_EQ(bench.table().schema[0].unit, "GeV");
+    EXPECT_EQ(bench.table().schema[1].unit, "ns");
+    EXPECT_EQ(bench.table().column("E"), Reals{1});
+}
+
+TEST_F(Csv, datesAreATypeThatIsGiven) {
+    write("begin\n1970-01-01T00:01Z\n");
+    bench.run();
+    EXPECT_EQ(typeOf("begin"), "text");
+    bench.set("types", "begin: date").run();
+    EXPECT_EQ(bench.table().column("begin"), Reals{60});
+    EXPECT_EQ(bench.table().schema[0].unit, "s since 1970-01-01 UTC");
 }
 
 TEST_F(Csv, aByteZeroIsNoText) {

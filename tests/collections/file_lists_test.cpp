@@ -93,7 +93,7 @@ TEST_F(FileLists, rootFilesAreReadOneAfterTheOther) {
 
 void writeHistogram(const std::filesystem::path& file, double x, double high = 10) {
     auto histogram = std::make_shared<Histogram1D>(Axis(5, 0, high));
-    histogram->fill({x}, 2.0);
+    histogram->fill(x, 2.0);
     auto profile = std::make_shared<Profile1D>(Grid<1>({Axis(5, 0, high)}));
     profile->fill({x}, x);
     AidaFileWriter writer(file);

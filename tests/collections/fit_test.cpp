@@ -113,7 +113,7 @@ TEST(FitKind, aFixedParameterHasNoError) {
 /// The fit has one point more, and one parameter, which is 0.
 TEST(PValue, hasTheSameBitsInAFitAndInAComparison) {
     for (int pairs = 1; pairs <= 20; ++pairs) {
-        auto first = std::make_shared<Histogram1D>(Axis(2 * pairs, 0.0, 2.0 * pairs));
+        auto first = std::make_shared<Histogram1D>(Axis(static_cast<std::size_t>(2 * pairs), 0.0, 2.0 * pairs));
         auto second = std::make_shared<Histogram1D>(first->axis());
         std::vector<Measurement> points{{-1.0, 0.0, 0.0}, {0.0, 1.0, 1.0}};
         for (int bin = 0; bin < 2 * pairs; ++bin) {

@@ -13,7 +13,8 @@ namespace {
 
 void readTypes(const std::string& text) {
     try {
-        for (const auto& [name, type] : csvTypesIn(text)) {
+        const CsvTypes given = csvTypesIn(text);
+        for (const auto& [name, type] : given.types) {
             require(!nameOf(type).empty(), "a type has a name");
         }
     } catch (const Failure&) {

@@ -20,8 +20,11 @@ CsvOptions optionsOf(const std::filesystem::path& file, unsigned choice) {
     options.hasHeader = choice / 2 % 2 == 0;
     options.isSkipping = choice / 4 % 2 == 1;
     if (choice / 8 % 2 == 1) {
-        options.types = csvTypesIn("a: integer, c1: boolean, x: text, c2: real");
+        CsvTypes given = csvTypesIn("a: integer, c1: boolean, x: text, c2: real, begin: date");
+        options.types = std::move(given.types);
+        options.dates = std::move(given.dates);
     }
+    options.thousands = choice / 16 % 2 == 1 ? ' ' : '\0';
     return options;
 }
 

@@ -1,11 +1,15 @@
 """Makes the seeds of the fuzz targets from the examples and the test data: make_seeds.py SOURCE OUT."""
 
 import hashlib
+import io
 import json
 import pathlib
 import shutil
+import sqlite3
 import struct
 import sys
+import tempfile
+import zipfile
 
 source, out = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
 largest = 65536  # Longer files slow down every run and find no more than shorter ones.
@@ -77,6 +81,31 @@ def objects():
     )
 
 
+def npy(descr, shape, content, fortran=False, version=1):
+    """A NumPy file."""
+    head = repr({"descr": descr, "fortran_order": fortran, "shape": shape}).encode() + b"\n"
+    length = struct.pack("<H" if version == 1 else "<I", len(head))
+    return b"\x93NUMPY" + bytes([version, 0]) + length + head + content
+
+
+def npz(packing, **members):
+    """An archive of NumPy files."""
+    stream = io.BytesIO()
+    with zipfile.ZipFile(stream, "w", packing) as archive:
+        for name, content in members.items():
+            archive.writestr(zipfile.ZipInfo(name + ".npy"), content, packing)
+    return stream.getvalue()
+
+
+def database(script):
+    """The bytes of an SQLite database."""
+    with tempfile.NamedTemporaryFile(suffix=".db") as file:
+        connection = sqlite3.connect(file.name)
+        connection.executescript("PRAGMA page_size = 512;" + script)
+        connection.close()
+        return pathlib.Path(file.name).read_bytes()
+
+
 def checksum(content):
     total = 0xCBF29CE484222325
     for byte in content:
@@ -95,6 +124,42 @@ def states():
         yield b"a" + struct.pack("<I", 1) + listed(b"text") + listed(struct.pack("<2i", -1, 7), 4) + listed(content)
 
 
+def facts():
+    """What a plan knows of files: a list with a property, and the columns of two files, the second of them skipped."""
+    column = listed(b"weight") + listed(b"GeV") + b"\0\0"
+    version = struct.pack("<I", 1)
+    yield (b"l" + version + mark(1) + listed(b"samples.csv") + mark(2) + listed(b"a.csv") + mark(0) + listed(b"b.csv")
+           + mark(1) + mark(1) + column + listed(reals(0.5, 2), 8))
+    yield b"c" + version + mark(1) + column + listed(b"\0\1") + mark(1) + listed(b"it is empty") + mark(0)
+
+
+def plans():
+    """Of one pass, and of two rounds in a bundle."""
+    file = {"path": "/data/a.csv", "bytes": 100, "modified": 1700000000000000000}
+    moved = dict(file, place="../a.csv", sha256="0" * 64)
+    one = {"round": 1, "targets": ["Mean"], "needs": [], "files": [file]}
+    two = {"round": 2, "targets": ["Upper"], "needs": [0], "files": [moved, moved]}
+    run = {"text": "{}", "settings": ["Rows.seed=1"], "folder": "", "passes": [one, two],
+           "leftToMerge": [{"plugin": "Few", "reason": "it counts"}], "otherFiles": [moved],
+           "listings": [{"listing": "data\0*.csv", "names": ["a.csv"]}],
+           "facts": [{"plugin": "Rows", "name": "columns", "value": "00ff"}]}
+    plan = {"plan": 2, "velmorak": "1", "time": "2026-01-01T00:00:00Z", "document": "/a.zedra", "aida": "",
+            "folder": "/", "results": "", "builds": {"CsvTable": "1"}, "runs": [run]}
+    cut = [{"run": 0, "pass": 0, "begin": [0, 0], "end": [0, 7]}, {"run": 0, "pass": 0, "begin": [0, 7], "end": [1, 0]}]
+    yield dict(plan, parts=cut)
+    yield dict(plan, parts=cut + [{"run": 0, "pass": 1, "begin": [0, 0], "end": [2, 0]}])
+
+
+def parts():
+    """Identity, what precedes a state, and summary of the file of a part."""
+    yield b"i" + listed(b"plan") + mark(1) + listed(b"build")
+    for form, file, first, level in ((0, 0, 4, 2), (1, 3, 8, 3), (2, 1, 0, 0), (3, 0, 5, 0)):
+        yield b"h" + listed(b"Upper") + mark(0) + bytes([form]) + mark(file) + mark(first) + struct.pack("<I", level)
+    file = ["a.csv", "0" * 64, 100, 1, 2, "", ""]
+    yield b"s" + json.dumps({"operators": [["Upper", 0, 10, 9]], "rows": [10], "files": [file], "skipped": [file],
+                             "states": 0}).encode()
+
+
 shutil.rmtree(out, ignore_errors=True)
 for path in files("examples/**/*.zedra", "tests/data/*.zedra"):
     seed("document", path.read_bytes())
@@ -109,6 +174,11 @@ for path in files("examples/**/*.aida", "tests/data/aida/*"):
     seed("aida", path.read_bytes())
 for path in files("examples/**/*.csv"):
     seed("csv", path.read_bytes())
+for path in files("tests/data/root/*.root"):
+    content = path.read_bytes()
+    seed("root_file", content)
+    seed("root_ntuple" if b"ROOT::RNTuple" in content[:4096] + content[-4096:] else "root_tree", content)
+    seed("root_objects", content)
 for path in files("examples/**/samples.csv"):
     seed("files", b"2" + path.read_bytes())
 for text in ("a.csv", "run_*.csv, b.csv", "data/**/*.csv", "@list.txt\n\"a, b\""):
@@ -127,8 +197,32 @@ for kept in objects():
     seed("stored", kept)
 for saved in states():
     seed("state", saved)
+plain = npy("<f8", (3,), reals(1, 2, 3))
+seed("numpy", plain)
+seed("numpy", npy(">i2", (2, 3), bytes(12), fortran=True, version=2))
+seed("numpy", npy("<M8[25s]", (2,), bytes(16), version=3))
+seed("numpy", npy([("x", "<f4"), ("name", "<U2"), ("l", "|u1", (3,)), ("in", [("b", "|b1"), ("c", "<c8")]), ("", "|V3")],
+                  (2,), bytes(2 * (4 + 8 + 3 + 9 + 3))))
+for packing in (zipfile.ZIP_STORED, zipfile.ZIP_DEFLATED):
+    seed("numpy", npz(packing, x=plain, m=npy("<f4", (3, 2), bytes(24), fortran=True)))
+seed("sqlite", database("""CREATE TABLE t (n INTEGER, x REAL, ok BOOLEAN, b BLOB);
+    INSERT INTO t VALUES (1, 0.5, 1, x'00'), (2, NULL, 0, NULL);
+    CREATE VIEW v AS SELECT n, x * 2 AS y FROM t WHERE ok;"""))
+seed("sqlite", database("CREATE TABLE `a b` (s TEXT PRIMARY KEY) WITHOUT ROWID; INSERT INTO `a b` VALUES ('x'), ('y');"))
+for known in facts():
+    seed("facts", known)
+for plan in plans():
+    seed("plan", json.dumps(plan))
+for part in parts():
+    seed("part", part)
 # Header of a binary AIDA file: an empty <aida version="3.3">.
 seed("wbxml", b"\x03\x01\x6a\x00" + bytes([0x85, 0x05, 0x03]) + b"3.3\x00\x01")
+# A Parquet file without columns and rows, and the beginning and end of an Arrow stream.
+footer = bytes([0x15, 0x04, 0x19, 0x1C, 0x48, 0x01]) + b"s" + bytes([0x15, 0x00, 0x00, 0x16, 0x00, 0x19, 0x0C, 0x00])
+seed("parquet", b"PAR1" + footer + struct.pack("<I", len(footer)) + b"PAR1")
+seed("arrow", b"\xff\xff\xff\xff\x00\x00\x00\x00")
+for path in files("examples/**/*.parquet"):
+    seed("parquet", path.read_bytes())
 
 for target in sorted(counts):
     print(target, counts[target])

@@ -225,6 +225,80 @@ def check_damage(place, expected):
     assert "is no plan, or is damaged" in fine(place.run("--part", "1", "job"), 1).stderr
 
 
+def check_partial_marks(place):
+    """Everything that leaves a merge without all parts says so: objects, pictures, tables, texts and the report."""
+    clear(place)
+    shutil.rmtree(place.folder / "job", ignore_errors=True)
+    document = place.document(*analysis(plugin("Rows", "CsvTable", file="data/run_*.csv")),
+                              plugin("Objects", "AidaWriter", object=["Upper", "histogram"]),
+                              plugin("Tuple", "AidaWriter", object=["Above", "table"]),
+                              plugin("Numbers", "CsvWriter", object=["Plane", "histogram"]))
+    plan(place, "job", 3, document)
+    do_parts(place, "job", [1, 2, 3, 4, 6])
+    fine(place.run("--merge", "--partial", "-j", "2", "--results", "merged", "job"))
+    why = "part 5 of 6 is missing"
+    marks = {"Objects.aida": 'key="partial" value="%s"' % why, "Tuple.aida": "(partial: %s)" % why,
+             "Text.csv": "# partial: " + why, "Numbers.csv": "# partial: " + why, "Words.txt": "Partial: " + why,
+             "Page.html": why, "PARTIAL.txt": why, "run.json": '"partial": "%s"' % why, "Picture.gp": "(partial)"}
+    for name, mark in marks.items():
+        assert mark in (place.folder / "merged" / name).read_text(), (name, os.listdir(place.folder / "merged"))
+    again = place.document(plugin("Rows", "CsvTable", file="merged/Text.csv"),
+                           plugin("Mean", "Statistics", data=["Rows", "table"], expression="x"))
+    fine(place.run("--results", "again", again))
+    do_parts(place, "job", [5])
+    fine(place.run("--merge", "-j", "2", "--results", "merged", "job"))
+    for name, mark in marks.items():
+        path = place.folder / "merged" / name
+        assert not path.exists() or mark not in path.read_text(), name
+
+
+def check_bundle(place):
+    """Parts on machines that have nothing but the job and the files of the part, in places and with times of their own."""
+    clear(place)
+    shutil.rmtree(place.folder / "job", ignore_errors=True)
+    (place.folder / "samples.csv").write_text("file,weight,sample\ndata/run_00[0-4].csv,2,a\ndata/run_00[5-8].csv,0.5,b\n")
+    document = place.document(*analysis(plugin("Rows", "CsvTable", file="@samples.csv", file_columns="yes")),
+                              plugin("Sum", "Statistics", data=["Rows", "table"], expression="x", weight="weight"))
+    expected = plain(place, document)
+    plan(place, "job", 4, "--bundle", document)
+    job, away, node = (place.folder / name for name in ("job", "away", "node"))
+    away.mkdir()
+    for name in ("data", "samples.csv", "test.zedra"):
+        (place.folder / name).rename(away / name)
+
+    def send(number, isBeside):
+        shutil.rmtree(node, ignore_errors=True)
+        shutil.copytree(job, node / "job")
+        names = (job / "inputs" / ("%05d.txt" % number)).read_text().splitlines()
+        for name in names:
+            assert name.startswith("../data/"), name
+            target = node / pathlib.Path(name).name if isBeside else node / "data" / pathlib.Path(name).name
+            target.parent.mkdir(exist_ok=True)
+            shutil.copy(away / "data" / target.name, target)
+        return names
+
+    names = send(1, False)
+    assert 2 <= len(names) <= 3, names
+    changed = node / "data" / pathlib.Path(names[0]).name
+    changed.write_text(changed.read_text()[:-2] + "7\n")
+    failed = fine(place.run("--part", "1", str(node / "job")), 2)
+    assert "has another content than" in failed.stderr, failed.stderr
+    changed.unlink()
+    failed = fine(place.run("--part", "1", str(node / "job")), 2)
+    assert 'run_000.csv" is missing; put it to "../data/run_000.csv" in the folder of the job' in failed.stderr, failed
+    for number in range(1, count_of(place, "job") + 1):
+        send(number, number % 2)
+        fine(place.run("--part", str(number), "-j", "2", str(node / "job")))
+        name = "%05d.part" % number
+        shutil.copy(node / "job" / "parts" / name, job / "parts" / name)
+    shutil.rmtree(node)
+    for name in ("data", "samples.csv", "test.zedra"):
+        (away / name).rename(place.folder / name)
+    fine(place.run("--merge", "-j", "2", "--results", "merged", "job"))
+    merged = tree(place.folder / "merged")
+    assert merged == expected, difference(expected, merged)
+
+
 def check_changed_files(place):
     document = place.document(*analysis(plugin("Rows", "CsvTable", file="data/run_*.csv")))
     shutil.rmtree(place.folder / "job")
@@ -313,6 +387,8 @@ def main(runner, examples, *flags):
         check_scan(place)
         shutil.rmtree(place.folder / "plain")
         check_damage(place, check_messages(place))
+        check_partial_marks(place)
+        check_bundle(place)
         check_changed_files(place)
         check_two_at_once(place)
         check_full_disk(place)

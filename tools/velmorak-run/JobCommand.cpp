@@ -5,6 +5,7 @@
 #include "StopOnSignal.h"
 
 #include "graph/ManagerExtensions.h"
+#include "run/parts/Bundle.h"
 #include "run/parts/JobFolder.h"
 #include "run/parts/JobRun.h"
 #include "run/parts/PlanJob.h"
@@ -120,11 +121,14 @@ ExitStatus printStatus(const JobFolder& job, const JobPlan& plan, std::ostream& 
 /// A manager with the pipeline of one of the plan's runs.
 class PlannedPipeline {
 public:
-    PlannedPipeline(const JobPlan& plan, const velmorak::PlannedRun& run, const Options& options) {
+    PlannedPipeline(const JobPlan& plan, const velmorak::PlannedRun& run, const Options& options,
+                    const velmorak::MovedFiles& moved) {
         velmorak::configure(manager, {.threads = options.threads, .keepsResults = false, .previewsColumns = false});
         if (!plan.aidaFile.empty()) {
-            manager.loadAIDA(plan.aidaFile);
+            const auto place = moved.places.find(plan.aidaFile);
+            manager.loadAIDA(place == moved.places.end() ? plan.aidaFile : place->second.string());
         }
+        velmorak::setMovedFiles(manager, moved);
         velmorak::readDocumentText(manager, run.documentText, plan.document);
         if (!velmorak::lastReadError(manager).empty()) {
             throw UsageError("the plan's document cannot be read; plan the job again");
@@ -164,12 +168,13 @@ ExitStatus doPart(const JobFolder& job, const JobPlan& plan, std::size_t part, c
                   << "; do " << (before.missing.size() == 1 ? "it" : "them") << " first\n";
         return PartsMissing;
     }
+    const velmorak::MovedFiles moved = velmorak::movedFiles(plan, job.path());
     try {
-        velmorak::checkFiles(plan, part);
+        velmorak::checkFiles(plan, part, moved);
     } catch (const velmorak::Failure& failure) {
         return failPart(job, part, failure.what());
     }
-    PlannedPipeline pipeline(plan, plan.runs[plan.parts[part].run], options);
+    PlannedPipeline pipeline(plan, plan.runs[plan.parts[part].run], options, moved);
     velmorak::PartRun partRun(job, plan, part, before.parts);
     const velmorak::TemporaryFolder results("part");
     const velmorak::RunReport& report = pipeline.run(signals, partRun, results.path());
@@ -211,7 +216,7 @@ void leaveNote(const fs::path& results, const std::string& sentence) {
 class Merging {
 public:
     Merging(const JobFolder& job, const JobPlan& plan, const Options& options, StopOnSignal& signals)
-        : job(job), plan(plan), options(options), signals(signals) {}
+        : job(job), plan(plan), options(options), signals(signals), moved(velmorak::movedFiles(plan, job.path())) {}
 
     ExitStatus run() {
         const Done done = doneOf(job, plan, allParts(plan), std::cerr);
@@ -220,7 +225,7 @@ public:
         }
         ExitStatus worst = AllDone;
         for (std::size_t i = 0; i < plan.runs.size() && worst != WasStopped; ++i) {
-            orUsageError([&] { velmorak::checkFilesOfRun(plan, i); });
+            orUsageError([&] { velmorak::checkFilesOfRun(plan, i, moved); });
             worst = std::max(worst, merge(i, done));
         }
         if (done.missing.empty()) {
@@ -257,7 +262,7 @@ private:
         if (!run.folder.empty()) {
             std::cerr << "Scan: " << run.folder << '\n';
         }
-        PlannedPipeline pipeline(plan, run, options);
+        PlannedPipeline pipeline(plan, run, options, moved);
         if (!done.missing.empty()) {
             velmorak::markPartial(pipeline.manager, partNames(done.missing) + " of " +
                                                         std::to_string(plan.parts.size()) +
@@ -301,6 +306,7 @@ private:
     const JobPlan& plan;
     const Options& options;
     StopOnSignal& signals;
+    const velmorak::MovedFiles moved;
 };
 
 }  // namespace
@@ -336,6 +342,15 @@ ExitStatus planJob(QzManager& manager, const Options& options, StopOnSignal& sig
     if (error) {
         throw UsageError("the folder " + velmorak::quoted((job.path() / "parts").string()) +
                          " cannot be created: " + error.message());
+    }
+    if (options.isBundle) {
+        try {
+            velmorak::bundleFiles(plan, job.path(), stopping);
+        } catch (const velmorak::Stopped&) {
+            return WasStopped;
+        } catch (const velmorak::Failure& failure) {
+            throw UsageError(failure.what());
+        }
     }
     orUsageError([&] { velmorak::writePlan(job.planFile(), plan); });
     printPlan(plan, job.path(), output);

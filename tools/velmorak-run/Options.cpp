@@ -22,7 +22,9 @@ constexpr const char* helpText = R"(Usage: velmorak-run [OPTIONS] DOCUMENT     r
   --events FILE              progress and outcomes as JSON lines; - is stdout
   --why                      say why each plug-in is executed or reused
   --list, --check            list plug-ins, inputs, values; check types; no run
+  --look FILE [--json]       print what is in a data file of any known format
   --plan JOB --parts N       divide the run of DOCUMENT into parts; no run
+  --bundle                   with --plan: for machines without these files
   --part I|auto JOB          do a part of a planned run; several at once
   --merge [--partial] JOB    put the parts together, or those that are done
   --status JOB               list the parts that are missing or have failed
@@ -47,6 +49,7 @@ void addJobOptions(CLI::App& app, Options& options) {
     CLI::Option* const parts = app.add_option("--parts", options.parts)->check(CLI::Range(1, maxParts));
     CLI::Option* const plan = app.add_option("--plan", options.job)->needs(parts);
     parts->needs(plan);
+    app.add_flag("--bundle", options.isBundle)->needs(plan);
     CLI::Option* const part = app.add_option("--part", options.part);
     CLI::Option* const merge = app.add_flag("--merge", options.isMerge);
     CLI::Option* const status = app.add_flag("--status", options.isStatus);
@@ -76,9 +79,11 @@ void addOptions(CLI::App& app, Options& options) {
     app.set_version_flag("--version", "velmorak-run " + std::string(velmorak::version()));
     CLI::Option* document = app.add_option("DOCUMENT", options.document);
     CLI::Option* again = app.add_option("--again", options.again);
-    app.callback([document, again] {
-        if ((document->count() > 0) == (again->count() > 0)) {
-            throw CLI::RequiredError("DOCUMENT or --again, one of them,");
+    CLI::Option* look = app.add_option("--look", options.look)->excludes(again);
+    app.add_flag("--json", options.isJson)->needs(look);
+    app.callback([document, again, look] {
+        if (document->count() + again->count() + look->count() != 1) {
+            throw CLI::RequiredError("DOCUMENT, --again or --look, one of them,");
         }
     });
     app.add_option("--events", options.events);

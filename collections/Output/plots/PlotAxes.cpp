@@ -104,7 +104,11 @@ std::string plotAxes(const PlotContents& contents, const PlotFrame& frame, const
         text += range("cb", frame.z, style.z.hasLog);
     }
     const std::string above = contents.map ? " offset 0,0.9" : "";
-    text += "set title " + sized(firstNotEmpty(style.title, contents.title), 2300.0, 14.0, 34.0) + above + "\n";
+    std::string title = firstNotEmpty(style.title, contents.title);
+    if (contents.isPartial) {
+        title += title.empty() ? "(partial)" : " (partial)";
+    }
+    text += "set title " + sized(title, 2300.0, 14.0, 34.0) + above + "\n";
     text +=
         "set xlabel " + sized(firstNotEmpty(style.x.title, contents.xTitle), 2100.0, 14.0, 32.0) + " offset 0,-0.2\n";
     text +=

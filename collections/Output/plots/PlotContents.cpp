@@ -124,7 +124,13 @@ private:
     throw Failure(object.input, "a three-dimensional histogram cannot be drawn; project it first");
 }
 
+bool isPartial(const DataObject& object) {
+    return std::any_of(object.annotation.begin(), object.annotation.end(),
+                       [](const AnnotationItem& item) { return item.key == "partial"; });
+}
+
 void Collector::add(const PlotObject& object) {
+    contents.isPartial = contents.isPartial || isPartial(*object.object);
     visit(*object.object, overloaded{
                               [&](const FunctionObject& function) { addObject(object, function); },
                               [&](const Histogram3D&) { refuse(object); },

@@ -64,6 +64,7 @@ struct PlotContents {
     std::string yTitle;
     std::string zTitle;
     std::vector<std::string> categories;  ///< Names at 0, 1, 2 ... of the horizontal axis; usually empty.
+    bool isPartial = false;               ///< An object lacks rows.
     std::vector<std::string> notes;       ///< Lines below the picture: what is missing.
     std::vector<std::string> warnings;
 

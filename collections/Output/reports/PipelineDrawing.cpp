@@ -49,37 +49,53 @@ std::size_t longest(const std::vector<std::string>& names) {
     return most;
 }
 
+/// A box at its place, with the inputs that are wired.
+Box placedBox(const RecordedPlugin& plugin) {
+    Box box;
+    // The record has the lower left corner of the full box, even if fewer ports are drawn.
+    const auto rows = static_cast<double>(std::max(plugin.inputs.size(), plugin.outputs.size()));
+    box.left = plugin.x;
+    box.top = -(static_cast<double>(plugin.y) + rowHeight * rows + headHeight);
+    for (const RecordedInput& input : plugin.inputs) {
+        if (!input.plugin.empty()) {
+            box.inputs.push_back(input.name);
+        }
+    }
+    return box;
+}
+
+/// Adds the outputs that feed the plug-in to their boxes.
+void addWiredOutputs(const RecordedPlugin& plugin, Boxes& boxes) {
+    for (const RecordedInput& input : plugin.inputs) {
+        const auto feeder = boxes.find(input.plugin);
+        if (feeder == boxes.end()) {
+            continue;
+        }
+        std::vector<std::string>& outputs = feeder->second.outputs;
+        if (std::find(outputs.begin(), outputs.end(), input.output) == outputs.end()) {
+            outputs.push_back(input.output);
+        }
+    }
+}
+
+void setSize(const RecordedPlugin& plugin, Box& box) {
+    const double heading = std::max(titleCharacter * static_cast<double>(characterCount(plugin.name)),
+                                    kindCharacter * static_cast<double>(characterCount(plugin.kind)));
+    const auto ports = static_cast<double>(longest(box.inputs) + longest(box.outputs));
+    box.width = 14.0 + std::max(heading, portCharacter * ports + 14.0);
+    box.height = headHeight + rowHeight * static_cast<double>(std::max(box.inputs.size(), box.outputs.size()));
+}
+
 Boxes placedBoxes(const RunRecord& record) {
     Boxes boxes;
     for (const RecordedPlugin& plugin : record.plugins) {
-        Box& box = boxes[plugin.name];
-        // The record has the lower left corner of the full box, even if fewer ports are drawn.
-        const auto rows = static_cast<double>(std::max(plugin.inputs.size(), plugin.outputs.size()));
-        box.left = plugin.x;
-        box.top = -(static_cast<double>(plugin.y) + rowHeight * rows + headHeight);
-        for (const RecordedInput& input : plugin.inputs) {
-            if (!input.plugin.empty()) {
-                box.inputs.push_back(input.name);
-            }
-        }
+        boxes[plugin.name] = placedBox(plugin);
     }
     for (const RecordedPlugin& plugin : record.plugins) {
-        for (const RecordedInput& input : plugin.inputs) {
-            if (const auto feeder = boxes.find(input.plugin); feeder != boxes.end()) {
-                std::vector<std::string>& outputs = feeder->second.outputs;
-                if (std::find(outputs.begin(), outputs.end(), input.output) == outputs.end()) {
-                    outputs.push_back(input.output);
-                }
-            }
-        }
+        addWiredOutputs(plugin, boxes);
     }
     for (const RecordedPlugin& plugin : record.plugins) {
-        Box& box = boxes[plugin.name];
-        const double heading = std::max(titleCharacter * static_cast<double>(characterCount(plugin.name)),
-                                        kindCharacter * static_cast<double>(characterCount(plugin.kind)));
-        const auto ports = static_cast<double>(longest(box.inputs) + longest(box.outputs));
-        box.width = 14.0 + std::max(heading, portCharacter * ports + 14.0);
-        box.height = headHeight + rowHeight * static_cast<double>(std::max(box.inputs.size(), box.outputs.size()));
+        setSize(plugin, boxes[plugin.name]);
     }
     return boxes;
 }

@@ -5,6 +5,7 @@
 #include "PrintText.h"
 #include "TextOutput.h"
 
+#include <velmorak/Parts.h>
 #include <velmorak/StateBytes.h>
 
 #include <algorithm>
@@ -90,6 +91,7 @@ public:
     Printing(std::vector<Section> parts, Schema schema, std::size_t most, std::string file, RunContext& context);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<FirstRows>(schema, most); }
+    void markColumns(std::vector<bool>& needed) const override { needed.assign(needed.size(), most > 0); }
 
     void finish(AccumulatorState& state, Results&) override;
 
@@ -107,7 +109,8 @@ Printing::Printing(std::vector<Section> parts, Schema schema, std::size_t most, 
     : parts(std::move(parts)), schema(std::move(schema)), most(most), file(std::move(file)), context(context) {}
 
 void Printing::finish(AccumulatorState& state, Results&) {
-    std::string text;
+    const std::string partial = partialRemark(context);
+    std::string text = partial.empty() ? "" : "Partial: " + partial + "\n";
     for (const Section& part : parts) {
         text += part.isTable ? tableText(part.name, static_cast<FirstRows&>(state)) : part.text;
     }

@@ -1,6 +1,7 @@
 #include "AidaOutput.h"
 
 #include <velmorak/DataObjects.h>
+#include <velmorak/Parts.h>
 
 #include <utility>
 
@@ -9,7 +10,7 @@ namespace velmorak {
 namespace {
 
 /// Writes a copy of the object under its name in the file.
-void writeAs(const AidaContents::Object& object, AidaFileWriter& writer, const std::string& folder) {
+void writeAs(const NamedObject& object, AidaFileWriter& writer, const std::string& folder) {
     visit(*object.object,
           overloaded{
               [&](const DataObject&) { throw Failure(object.name + " cannot be written to an AIDA file"); },
@@ -55,10 +56,12 @@ void AidaOutput::begin() {
 
 void AidaOutput::writeObjectsUpToTable() {
     for (; next < contents.objects.size() && !isInTable; ++next) {
-        const AidaContents::Object& object = contents.objects[next];
+        const NamedObject& object = contents.objects[next];
         isInTable = object.object == nullptr;
         if (isInTable) {
-            writer->beginTable(object.name, object.name, contents.folder, contents.schema);
+            const std::string partial = partialRemark(context);
+            const std::string title = object.name + (partial.empty() ? "" : " (partial: " + partial + ")");
+            writer->beginTable(object.name, title, contents.folder, contents.schema);
             continue;
         }
         writeAs(object, *writer, contents.folder);

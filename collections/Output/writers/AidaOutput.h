@@ -1,5 +1,7 @@
 #pragma once
 
+#include "NamedObjects.h"
+
 #include <velmorak/Aida.h>
 #include <velmorak/Run.h>
 
@@ -7,13 +9,9 @@ namespace velmorak {
 
 /// Contents of an AIDA file, in order.
 struct AidaContents {
-    struct Object {
-        std::string name;
-        DataObjectPtr object;  ///< Null for the table.
-    };
     std::string fileName;
     std::string folder;
-    std::vector<Object> objects;
+    std::vector<NamedObject> objects;
     Schema schema;  ///< Of the table, if there is one.
 };
 

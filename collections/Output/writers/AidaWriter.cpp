@@ -1,10 +1,10 @@
 #include "Output/kinds.h"
 
 #include "AidaOutput.h"
+#include "NamedObjects.h"
 #include "Output/Ports.h"
 #include "WrittenRows.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace velmorak {
@@ -32,47 +32,6 @@ Writing::Writing(AidaContents contents, RunContext& context)
 void Writing::finish(AccumulatorState& state, Results&) {
     static_cast<WrittenRows&>(state).handOver();
     output->complete();
-}
-
-/// @return the object at the input, or null for a table, which is not a value.
-DataObjectPtr objectOrTable(const Arguments& arguments, const std::string& input) {
-    if (!arguments.isWired(input)) {
-        throw Failure(input, "nothing is wired");
-    }
-    const Value& value = arguments.value(input);
-    if (std::holds_alternative<std::monostate>(value)) {
-        return nullptr;
-    }
-    if (!std::holds_alternative<DataObjectPtr>(value)) {
-        throw Failure(
-            input,
-            "a number or text cannot be written to an AIDA file; wire a table, histogram, profile, points or function");
-    }
-    return std::get<DataObjectPtr>(value);
-}
-
-std::string unusedName(const std::string& name, const std::vector<AidaContents::Object>& objects) {
-    std::string candidate = name;
-    const auto hasCandidate = [&](const AidaContents::Object& object) { return object.name == candidate; };
-    for (int number = 2; std::any_of(objects.begin(), objects.end(), hasCandidate); ++number) {
-        candidate = name + "_" + std::to_string(number);
-    }
-    return candidate;
-}
-
-std::vector<AidaContents::Object> objectsOf(const Arguments& arguments) {
-    std::vector<AidaContents::Object> objects;
-    bool hasTable = false;
-    for (const std::string& input : numberedInputs(arguments, "objects", "object")) {
-        DataObjectPtr object = objectOrTable(arguments, input);
-        if (!object && std::exchange(hasTable, true)) {
-            throw Failure(input, "a file can hold only one table; use another AidaWriter for the second one");
-        }
-        const bool hasName = object && !object->name.empty();
-        const std::string& name = hasName ? object->name : arguments.sourceName(input);
-        objects.push_back({.name = unusedName(name, objects), .object = std::move(object)});
-    }
-    return objects;
 }
 
 /// Writes its inputs into one AIDA file. A table is streamed, so it may be larger than memory.
@@ -133,7 +92,7 @@ std::unique_ptr<Accumulation> AidaWriterKind::prepare(const Arguments& arguments
     if (const std::string reason = refusal("folder", contents.folder); !reason.empty()) {
         throw Failure("folder", reason);
     }
-    contents.objects = objectsOf(arguments);
+    contents.objects = namedObjects(arguments, "AidaWriter", "an AIDA file");
     if (schema) {
         contents.schema = *schema;
     }

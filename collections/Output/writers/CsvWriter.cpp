@@ -6,6 +6,8 @@
 #include "Output/texts/TextOutput.h"
 #include "WrittenRows.h"
 
+#include <velmorak/Parts.h>
+
 #include <algorithm>
 #include <map>
 #include <utility>
@@ -159,9 +161,10 @@ std::unique_ptr<Accumulation> CsvWriterKind::prepare(const Arguments& arguments,
     const char delimiter = delimiterNamed(arguments.text("delimiter"));
     const std::string& file = arguments.text("file");
     const ObjectTable table = !schema ? tableOf(arguments) : ObjectTable();
-    std::string first;
+    const std::string partial = partialRemark(context);
+    std::string first = partial.empty() ? "" : "# partial: " + partial + "\n";
     if (arguments.text("header") == "yes") {
-        first = csvHeader(!schema ? table.columns : namesOf(*schema), delimiter);
+        first += csvHeader(!schema ? table.columns : namesOf(*schema), delimiter);
     }
     first += csvRows(table, delimiter);
     return std::make_unique<Writing>(

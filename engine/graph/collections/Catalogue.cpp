@@ -27,7 +27,8 @@ Shared& shared() {
 }  // namespace
 
 Catalogue::Catalogue(SearchPath search, const std::string& factory) : search(std::move(search)) {
-    for (OfferedKind& offered : loadCollections(this->search.collections, this->search.loadingNotes, factory)) {
+    for (OfferedKind& offered :
+         loadCollections(this->search.collections, this->search.loadingNotes, factory, *fileFormats)) {
         records.push_back(std::move(offered.record));
         made.push_back(std::move(offered.kind));
     }

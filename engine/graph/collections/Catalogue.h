@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QzKind.h>
-#include <velmorak/Kind.h>
+#include <velmorak/FileFormat.h>
 
 #include <filesystem>
 #include <memory>
@@ -10,7 +10,7 @@
 
 namespace velmorak {
 
-/// The kinds that collections offer and the examples that come with them.
+/// The kinds and file formats that collections offer and the examples that come with them.
 /// Lifetime: kinds live in shared objects that are never unloaded.
 /// Threads:  filled by one thread; afterwards read by any.
 class Catalogue {
@@ -30,6 +30,7 @@ public:
     const std::vector<QzExample>& examples() const { return exampleRecords; }
     /// Parallel to kinds().
     const Kind& kind(std::size_t number) const { return *made[number]; }
+    const FileFormats& formats() const { return *fileFormats; }
     /// @return kinds().size() when no kind has the name.
     std::size_t find(const std::string& kindName) const;
     /// @return whether the file lies below a folder of examples, also by way of a link.
@@ -38,6 +39,7 @@ public:
 private:
     SearchPath search;
     std::vector<QzKind> records;
+    std::unique_ptr<FileFormats> fileFormats = std::make_unique<FileFormats>();  ///< Kinds hold references to them.
     std::vector<std::unique_ptr<Kind>> made;
     std::vector<QzExample> exampleRecords;
 };

@@ -20,15 +20,23 @@ namespace fs = std::filesystem;
 
 using Factory = void (*)(Registry&);
 
+/// What one collection has registered.
+struct Offered {
+    std::vector<OfferedKind> kinds;
+    std::vector<std::unique_ptr<FileFormat>> formats;
+};
+
 /// Receives the kinds of one collection; reports and skips those that cannot be offered.
 class KindRegistry : public Registry {
 public:
-    KindRegistry(fs::path sharedObject, std::string firstGroup);
+    KindRegistry(fs::path sharedObject, std::string firstGroup, const FileFormats& known);
 
     void group(const std::string& name) override { currentGroup = name; }
     void add(std::unique_ptr<Kind> kind) override;
+    void addFormat(std::unique_ptr<FileFormat> format) override { newFormats.push_back(std::move(format)); }
+    const FileFormats& formats() const override { return known; }
 
-    std::vector<OfferedKind> takeKinds() { return std::move(kinds); }
+    Offered take() { return {std::move(kinds), std::move(newFormats)}; }
 
 private:
     void refuse(const std::string& name, const std::string& reason) const;
@@ -36,11 +44,13 @@ private:
 
     fs::path object;
     std::string currentGroup;
+    const FileFormats& known;
     std::vector<OfferedKind> kinds;
+    std::vector<std::unique_ptr<FileFormat>> newFormats;
 };
 
-KindRegistry::KindRegistry(fs::path sharedObject, std::string firstGroup)
-    : object(std::move(sharedObject)), currentGroup(std::move(firstGroup)) {}
+KindRegistry::KindRegistry(fs::path sharedObject, std::string firstGroup, const FileFormats& known)
+    : object(std::move(sharedObject)), currentGroup(std::move(firstGroup)), known(known) {}
 
 void KindRegistry::add(std::unique_ptr<Kind> kind) {
     if (!kind) {
@@ -85,7 +95,7 @@ void KindRegistry::refuse(const std::string& name, const std::string& reason) co
 
 /// The library stays loaded to the end of the program, even when it is skipped: threads that it has started may still
 /// run.
-std::vector<OfferedKind> kindsOf(const fs::path& object, const std::string& factory) {
+Offered offeredBy(const fs::path& object, const std::string& factory, const FileFormats& formats) {
     void* const library = loadSharedObject(object);
     const std::string madeWith = static_cast<const char*>(symbolIn(library, "velmorakSdkHeaders"));
     if (madeWith != VELMORAK_SDK_VERSION) {
@@ -93,9 +103,9 @@ std::vector<OfferedKind> kindsOf(const fs::path& object, const std::string& fact
                                  " of the SDK, and this library with " VELMORAK_SDK_VERSION "; rebuild it");
     }
     const auto call = reinterpret_cast<Factory>(symbolIn(library, factory.c_str()));
-    KindRegistry intake(object, object.stem().string());
+    KindRegistry intake(object, object.stem().string(), formats);
     call(intake);
-    return intake.takeKinds();
+    return intake.take();
 }
 
 /// Shared objects `<folder>/<Name>/<Name>.so`, by name.
@@ -115,16 +125,19 @@ std::vector<fs::path> objectsIn(const fs::path& folder) {
 
 class Loader {
 public:
-    Loader(fs::path notes, std::string factory) : notes(std::move(notes)), factory(std::move(factory)) {}
+    Loader(fs::path notes, std::string factory, FileFormats& formats)
+        : notes(std::move(notes)), factory(std::move(factory)), formats(formats) {}
 
     void load(const fs::path& object);
     std::vector<OfferedKind> takeSorted();
 
 private:
     void add(OfferedKind offered);
+    void add(const fs::path& object, std::unique_ptr<FileFormat> format);
 
     fs::path notes;
     std::string factory;
+    FileFormats& formats;
     std::set<fs::path> loaded;
     std::set<std::string> names;
     std::vector<OfferedKind> kinds;
@@ -141,12 +154,24 @@ void Loader::load(const fs::path& object) {
                      note.file().string() + " to have it loaded again.");
         return;
     }
-    std::vector<OfferedKind> offered;
-    if (const std::optional<NodeError> error = errorIn([&] { offered = kindsOf(object, factory); })) {
+    Offered offered;
+    if (const std::optional<NodeError> error = errorIn([&] { offered = offeredBy(object, factory, formats); })) {
         printMessage("The collection " + object.string() + " is skipped: " + withoutFullStop(error->sentence) + ".");
     }
-    for (OfferedKind& each : offered) {
+    for (OfferedKind& each : offered.kinds) {
         add(std::move(each));
+    }
+    for (std::unique_ptr<FileFormat>& each : offered.formats) {
+        add(object, std::move(each));
+    }
+}
+
+void Loader::add(const fs::path& object, std::unique_ptr<FileFormat> format) {
+    std::string name;
+    const std::optional<NodeError> error = errorIn([&] { name = format ? format->name() : ""; });
+    if (error || name.empty() || !formats.add(std::move(format))) {
+        printMessage("The file format " + quotedName(name) + " of the collection " + object.string() +
+                     " is skipped: it has no name, or another format has that name.");
     }
 }
 
@@ -168,8 +193,8 @@ std::vector<OfferedKind> Loader::takeSorted() {
 }  // namespace
 
 std::vector<OfferedKind> loadCollections(const std::vector<fs::path>& folders, const fs::path& notes,
-                                         const std::string& factory) {
-    Loader loader(notes, factory);
+                                         const std::string& factory, FileFormats& formats) {
+    Loader loader(notes, factory, formats);
     for (const fs::path& folder : folders) {
         for (const fs::path& object : objectsIn(folder)) {
             loader.load(object);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QzKind.h>
-#include <velmorak/Kind.h>
+#include <velmorak/FileFormat.h>
 
 #include <filesystem>
 #include <memory>
@@ -21,8 +21,10 @@ struct OfferedKind {
 /// while that loaded it. A kind is reported and skipped alone when its name is in use or invalid, or when its ports
 /// contradict each other.
 /// @param notes folder for notes about the collections being loaded; see LoadingNote. Empty for none.
+/// @param formats receives the file formats of the collections.
 /// @return sorted by group, then by name.
 std::vector<OfferedKind> loadCollections(const std::vector<std::filesystem::path>& folders,
-                                         const std::filesystem::path& notes, const std::string& factory);
+                                         const std::filesystem::path& notes, const std::string& factory,
+                                         FileFormats& formats);
 
 }  // namespace velmorak

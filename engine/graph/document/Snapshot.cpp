@@ -61,6 +61,10 @@ const std::string& lastReadError(const QzManager& manager) {
     return QzManager::Part::of(manager).readError;
 }
 
+const FileFormats& fileFormatsOf(const QzManager& manager) {
+    return QzManager::Part::of(manager).catalogue.formats();
+}
+
 Pipeline pipelineOf(const QzManager& manager) {
     const QzManager::Part& owner = QzManager::Part::of(manager);
     Pipeline made;
@@ -80,6 +84,7 @@ Pipeline pipelineOf(const QzManager& manager) {
         made.commandLineAida = owner.commandLineAida;
         made.settings = owner.settings;
         made.partial = owner.partial;
+        made.moved = owner.moved;
         made.documentText = formatDocument(documentOf(manager));
     }
     made.document = document;
@@ -118,6 +123,12 @@ void markPartial(QzManager& manager, const std::string& sentence) {
     QzManager::Part& owner = QzManager::Part::of(manager);
     const std::lock_guard guard(owner.lock);
     owner.partial = sentence;
+}
+
+void setMovedFiles(QzManager& manager, MovedFiles files) {
+    QzManager::Part& owner = QzManager::Part::of(manager);
+    const std::lock_guard guard(owner.lock);
+    owner.moved = std::move(files);
 }
 
 void setPassRunner(QzManager& manager, PassRunner* passRunner) {

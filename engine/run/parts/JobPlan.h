@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velmorak {
@@ -16,6 +17,8 @@ struct PlannedFile {
     std::string path;  ///< Empty for a table that comes from no file.
     std::uint64_t bytes = 0;
     std::int64_t modifiedNs = 0;
+    std::string place{};   ///< In a bundle: path relative to the folder of the job.
+    std::string sha256{};  ///< In a bundle, where a copy may have another time.
 };
 
 /// One pass over the rows of a table.
@@ -41,6 +44,8 @@ struct PlannedRun {
     std::vector<LeftToMerge> leftToMerge;
     std::vector<PlannedFile> otherFiles;                       ///< Lists of files, for example.
     std::map<std::string, std::vector<std::string>> listings;  ///< Names in folders, by FolderListing.
+    /// Answers to factOf, by plug-in and name.
+    std::map<std::pair<std::string, std::string>, std::string> facts{};
 };
 
 /// A share of a pass.

@@ -13,7 +13,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <optional>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 
 namespace velmorak {
@@ -23,7 +25,9 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
-constexpr int formatVersion = 1;
+constexpr int formatVersion = 2;
+constexpr const char* damaged = " is no plan, or is damaged; plan the job again";
+constexpr std::string_view hexDigits = "0123456789abcdef";
 
 /// The keys of the format, for writer and reader alike.
 namespace key {
@@ -53,13 +57,44 @@ constexpr const char* reason = "reason";
 constexpr const char* path = "path";
 constexpr const char* bytes = "bytes";
 constexpr const char* modified = "modified";
+constexpr const char* place = "place";
+constexpr const char* sha256 = "sha256";
+constexpr const char* facts = "facts";
+constexpr const char* name = "name";
+constexpr const char* value = "value";
 constexpr const char* listing = "listing";
 constexpr const char* names = "names";
 constexpr const char* run = "run";
 constexpr const char* pass = "pass";
 constexpr const char* begin = "begin";
 constexpr const char* end = "end";
+constexpr const char* start = "start";
 }  // namespace key
+
+std::string hexOfBytes(const std::string& bytes) {
+    std::string hex;
+    hex.reserve(2 * bytes.size());
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        hex += hexDigits[byte / 16U];
+        hex += hexDigits[byte % 16U];
+    }
+    return hex;
+}
+
+/// What is no digit counts as 0: the plan has a digest, and the bytes have a checksum.
+std::string bytesFromHex(const std::string& hex) {
+    const auto digit = [](char c) {
+        const std::size_t at = hexDigits.find(c);
+        return static_cast<unsigned>(at == std::string_view::npos ? 0 : at);
+    };
+    std::string bytes;
+    bytes.reserve(hex.size() / 2);
+    for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
+        bytes += static_cast<char>(digit(hex[i]) * 16U + digit(hex[i + 1]));
+    }
+    return bytes;
+}
 
 template <typename Items, typename Convert>
 Json listOf(const Items& items, const Convert& convert) {
@@ -71,7 +106,20 @@ Json listOf(const Items& items, const Convert& convert) {
 }
 
 Json jsonOf(const PlannedFile& file) {
-    return {{key::path, file.path}, {key::bytes, file.bytes}, {key::modified, file.modifiedNs}};
+    Json json{{key::path, file.path}, {key::bytes, file.bytes}, {key::modified, file.modifiedNs}};
+    if (!file.place.empty()) {
+        json[key::place] = file.place;
+        json[key::sha256] = file.sha256;
+    }
+    return json;
+}
+
+Json factsOf(const PlannedRun& run) {
+    Json all = Json::array();
+    for (const auto& [fact, value] : run.facts) {
+        all.push_back({{key::plugin, fact.first}, {key::name, fact.second}, {key::value, hexOfBytes(value)}});
+    }
+    return all;
 }
 
 Json jsonOf(const PlannedPass& pass) {
@@ -95,15 +143,20 @@ Json jsonOf(const PlannedRun& run) {
                                           return Json{{key::plugin, left.plugin}, {key::reason, left.reason}};
                                       })},
             {key::otherFiles, listOf(run.otherFiles, [](const PlannedFile& file) { return jsonOf(file); })},
-            {key::listings, std::move(listings)}};
+            {key::listings, std::move(listings)},
+            {key::facts, factsOf(run)}};
 }
 
 Json jsonOf(const PlannedPart& part) {
     const auto place = [](ChunkPlace at) { return Json::array({at.file, at.chunk}); };
-    return {{key::run, part.run},
-            {key::pass, part.pass},
-            {key::begin, place(part.range.begin)},
-            {key::end, place(part.range.end)}};
+    Json json{{key::run, part.run},
+              {key::pass, part.pass},
+              {key::begin, place(part.range.begin)},
+              {key::end, place(part.range.end)}};
+    if (const std::optional<ChunkStart>& start = part.range.start) {
+        json[key::start] = {start->row, start->bookmark};
+    }
+    return json;
 }
 
 Json jsonOf(const JobPlan& plan) {
@@ -121,7 +174,8 @@ Json jsonOf(const JobPlan& plan) {
 
 PlannedFile fileFrom(const Json& json) {
     return {json.at(key::path).get<std::string>(), json.at(key::bytes).get<std::uint64_t>(),
-            json.at(key::modified).get<std::int64_t>()};
+            json.at(key::modified).get<std::int64_t>(), json.value(key::place, std::string()),
+            json.value(key::sha256, std::string())};
 }
 
 std::vector<PlannedFile> filesFrom(const Json& json) {
@@ -148,11 +202,24 @@ PlannedRun runFrom(const Json& json) {
         run.listings[listing.at(key::listing).get<std::string>()] =
             listing.at(key::names).get<std::vector<std::string>>();
     }
+    for (const Json& fact : json.at(key::facts)) {
+        run.facts[{fact.at(key::plugin).get<std::string>(), fact.at(key::name).get<std::string>()}] =
+            bytesFromHex(fact.at(key::value).get<std::string>());
+    }
     return run;
 }
 
 ChunkPlace placeFrom(const Json& json) {
     return {json.at(0).get<std::uint64_t>(), json.at(1).get<std::uint64_t>()};
+}
+
+PassRange rangeFrom(const Json& json) {
+    PassRange range{placeFrom(json.at(key::begin)), placeFrom(json.at(key::end)), {}};
+    if (json.contains(key::start)) {
+        const Json& start = json.at(key::start);
+        range.start = {range.begin.chunk, start.at(0).get<std::uint64_t>(), start.at(1).get<std::string>()};
+    }
+    return range;
 }
 
 JobPlan planFrom(const Json& json) {
@@ -168,11 +235,37 @@ JobPlan planFrom(const Json& json) {
         plan.runs.push_back(runFrom(run));
     }
     for (const Json& part : json.at(key::parts)) {
-        plan.parts.push_back({part.at(key::run).get<std::size_t>(),
-                              part.at(key::pass).get<std::size_t>(),
-                              {placeFrom(part.at(key::begin)), placeFrom(part.at(key::end))}});
+        plan.parts.push_back(
+            {part.at(key::run).get<std::size_t>(), part.at(key::pass).get<std::size_t>(), rangeFrom(part)});
     }
     return plan;
+}
+
+bool isWhole(const PlannedPart& part, const JobPlan& plan) {
+    if (part.run >= plan.runs.size() || part.pass >= plan.runs[part.run].passes.size()) {
+        return false;
+    }
+    return part.range.begin < part.range.end && part.range.endFile() <= plan.passOf(part).files.size();
+}
+
+bool isWhole(const PlannedRun& run) {
+    for (std::size_t pass = 0; pass < run.passes.size(); ++pass) {
+        const std::vector<std::size_t>& needs = run.passes[pass].needs;
+        if (std::any_of(needs.begin(), needs.end(), [pass](std::size_t need) { return need >= pass; })) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Parts and passes refer to each other as planRun leaves them.
+bool isWhole(const JobPlan& plan) {
+    for (std::size_t i = 0; i < plan.parts.size(); ++i) {
+        if (!isWhole(plan.parts[i], plan) || (i > 0 && plan.roundOf(i) < plan.roundOf(i - 1))) {
+            return false;
+        }
+    }
+    return std::all_of(plan.runs.begin(), plan.runs.end(), [](const PlannedRun& run) { return isWhole(run); });
 }
 
 std::string digestOf(const Json& plan) {
@@ -225,10 +318,13 @@ JobPlan readPlan(const fs::path& file) {
         }
         JobPlan plan = planFrom(json);
         plan.digest = digest;
-        return plan;
+        if (isWhole(plan)) {
+            return plan;
+        }
     } catch (const Json::exception&) {
-        throw Failure(name + " is no plan, or is damaged; plan the job again");
+        throw Failure(name + damaged);
     }
+    throw Failure(name + damaged);
 }
 
 }  // namespace velmorak

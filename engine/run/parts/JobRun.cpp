@@ -1,5 +1,6 @@
 #include "run/parts/JobRun.h"
 
+#include "run/parts/Bundle.h"
 #include "run/parts/PartPass.h"
 #include "run/pass/StreamPass.h"
 #include "run/record/KindBuild.h"
@@ -37,16 +38,28 @@ std::optional<Digest> digestFrom(const std::string& hex) {
     return digest;
 }
 
-void checkFile(const PlannedFile& file) {
+std::string placeIn(const MovedFiles& moved, const std::string& planned) {
+    const auto found = moved.places.find(planned);
+    return found == moved.places.end() ? planned : found->second.string();
+}
+
+/// The content of a file in a bundle is checked when it has been read.
+void checkFile(const PlannedFile& file, const MovedFiles& moved) {
     if (file.path.empty()) {
         return;
     }
-    const std::optional<FileStamp> stamp = stampOf(file.path);
+    const std::optional<FileStamp> stamp = stampOf(placeIn(moved, file.path));
+    if (!stamp && file.modifiedNs == 0) {
+        return;  // It could not be read then, either.
+    }
     if (!stamp) {
         throw Failure("the file " + velmorak::quoted(file.path) +
-                      " is gone since the job was planned; plan the job again");
+                      (file.place.empty() ? " is gone since the job was planned; plan the job again"
+                                          : " is missing; put it to " + velmorak::quoted(file.place) +
+                                                " in the folder of the job, or beside this folder"));
     }
-    if (static_cast<std::uint64_t>(stamp->size) != file.bytes || stamp->modifiedNs != file.modifiedNs) {
+    const bool isCopy = !file.sha256.empty();
+    if (static_cast<std::uint64_t>(stamp->size) != file.bytes || (!isCopy && stamp->modifiedNs != file.modifiedNs)) {
         throw Failure("the file " + velmorak::quoted(file.path) +
                       " has changed since the job was planned; plan the job again");
     }
@@ -59,18 +72,22 @@ bool holds(const PassRange& range, std::uint64_t file) {
 }  // namespace
 
 JobRun::JobRun(const JobFolder& job, const JobPlan& plan, std::size_t run, std::vector<std::size_t> parts)
-    : job(job), plan(plan), run(run), parts(std::move(parts)) {
+    : job(job), plan(plan), run(run), moved(movedFiles(plan, job.path())), parts(std::move(parts)) {
     for (std::size_t i = 0; i < planned().passes.size(); ++i) {
         for (const std::string& target : planned().passes[i].targets) {
             passOfTarget[target] = i;
         }
         for (const PlannedFile& file : planned().passes[i].files) {
-            plannedFiles.insert(file.path);
+            plannedFiles.insert(placeOf(file.path));
         }
     }
 }
 
 JobRun::~JobRun() = default;
+
+std::string JobRun::placeOf(const std::string& plannedPath) const {
+    return placeIn(moved, plannedPath);
+}
 
 void JobRun::begin(RunState& runState, ResultCache& runCache, FileHashes& fileHashes) {
     state = &runState;
@@ -79,6 +96,11 @@ void JobRun::begin(RunState& runState, ResultCache& runCache, FileHashes& fileHa
     state->environment.listed = [this](const std::string& listing) -> std::optional<std::vector<std::string>> {
         const auto found = planned().listings.find(listing);
         return found == planned().listings.end() ? std::nullopt : std::optional(found->second);
+    };
+    state->environment.fact = [this](const PipelineNode& node, const std::string& name,
+                                     const std::function<std::string()>& find) {
+        const auto found = planned().facts.find({node.name, name});
+        return found == planned().facts.end() ? find() : found->second;
     };
     for (const std::size_t part : parts) {
         learn(PartReader(job.partFile(part)).summary(), titleOfPart(part));
@@ -100,12 +122,13 @@ void JobRun::learn(const PartInput& input, const std::string& part) {
         throw Failure("the file " + velmorak::quoted(input.path) + " changed between " + known->second.second +
                       " and " + part + "; plan the job again");
     }
-    const std::optional<FileStamp> stamp = stampOf(input.path);
+    const std::string path = placeOf(input.path);
+    const std::optional<FileStamp> stamp = stampOf(path);
     const std::optional<Digest> digest = digestFrom(input.sha256);
     const bool isUnchanged =
         stamp && static_cast<std::uint64_t>(stamp->size) == input.bytes && stamp->modifiedNs == input.modifiedNs;
     if (isNew && isUnchanged && digest) {
-        hashes->learn(input.path, *stamp, *digest, input.readNs);
+        hashes->learn(path, *stamp, *digest, input.readNs);
     }
 }
 
@@ -158,12 +181,12 @@ PartRun::PartRun(const JobFolder& job, const JobPlan& plan, std::size_t part, st
     for (std::uint64_t file = 0; file < own.files.size(); ++file) {
         const bool isFromBeginning = file > range.begin.file || range.begin.chunk == 0;
         if (holds(range, file) && isFromBeginning) {
-            ownFiles.insert(own.files[file].path);
+            ownFiles.emplace(placeOf(own.files[file].path), &own.files[file]);
         }
     }
     for (const PlannedPass& each : planned().passes) {
         for (const PlannedFile& file : each.files) {
-            allFiles.insert(file.path);
+            allFiles.insert(placeOf(file.path));
         }
     }
 }
@@ -233,15 +256,30 @@ void PartRun::collectFiles() {
             }
         }
         for (const SkippedFile& skipped : each.context->skippedFiles()) {
-            summary.skipped.push_back({skipped.file, "", 0, 0, 0, skipped.plugin, skipped.reason});
+            summary.skipped.push_back(
+                {asPlanned(skipped.file), "", 0, 0, 0, skipped.plugin, asPlanned(skipped.reason)});
         }
     }
 }
 
+/// Replaces paths of files that were moved, so that other processes know them.
+std::string PartRun::asPlanned(std::string text) const {
+    for (const auto& [place, file] : ownFiles) {
+        const std::size_t at = place == file->path ? std::string::npos : text.find(place);
+        if (at != std::string::npos) {
+            text.replace(at, place.size(), file->path);
+        }
+    }
+    return text;
+}
+
+/// Under its planned path, as other processes know it.
 void PartRun::addFile(const std::filesystem::path& path) {
-    const std::string name = path.string();
-    const std::string planned = plannedPath(path);
-    const bool isOthers = allFiles.contains(planned) && !ownFiles.contains(planned);
+    const std::string place = plannedPath(path);
+    const auto own = ownFiles.find(place);
+    const PlannedFile* const copy = own != ownFiles.end() && !own->second->sha256.empty() ? own->second : nullptr;
+    const std::string name = copy ? copy->path : path.string();
+    const bool isOthers = allFiles.contains(place) && own == ownFiles.end();
     const bool isKnown = std::any_of(summary.files.begin(), summary.files.end(),
                                      [&](const PartInput& input) { return input.path == name; });
     if (isOthers || isKnown) {
@@ -250,7 +288,12 @@ void PartRun::addFile(const std::filesystem::path& path) {
     const std::int64_t now = nowNs();
     const std::optional<Digest> digest = hashes->of(path, state->stopping);
     const std::optional<FileStamp> stamp = stampOf(path);
-    if (digest && stamp) {
+    if (copy && digest && hexOf(*digest) != copy->sha256) {
+        problem = "the file " + velmorak::quoted(place) + " has another content than " + velmorak::quoted(copy->path) +
+                  " had when the job was planned";
+    } else if (copy && digest) {
+        summary.files.push_back({name, copy->sha256, copy->bytes, copy->modifiedNs, now, {}, {}});
+    } else if (digest && stamp) {
         summary.files.push_back(
             {name, hexOf(*digest), static_cast<std::uint64_t>(stamp->size), stamp->modifiedNs, now, {}, {}});
     }
@@ -291,26 +334,26 @@ std::vector<std::size_t> partsBefore(const JobPlan& plan, std::size_t part) {
     return found;
 }
 
-void checkFiles(const JobPlan& plan, std::size_t part) {
+void checkFiles(const JobPlan& plan, std::size_t part, const MovedFiles& moved) {
     const PlannedPass& pass = plan.passOf(plan.parts[part]);
     for (std::uint64_t file = 0; file < pass.files.size(); ++file) {
         if (holds(plan.parts[part].range, file)) {
-            checkFile(pass.files[file]);
+            checkFile(pass.files[file], moved);
         }
     }
     for (const PlannedFile& file : plan.runs[plan.parts[part].run].otherFiles) {
-        checkFile(file);
+        checkFile(file, moved);
     }
 }
 
-void checkFilesOfRun(const JobPlan& plan, std::size_t run) {
+void checkFilesOfRun(const JobPlan& plan, std::size_t run, const MovedFiles& moved) {
     for (const PlannedPass& pass : plan.runs[run].passes) {
         for (const PlannedFile& file : pass.files) {
-            checkFile(file);
+            checkFile(file, moved);
         }
     }
     for (const PlannedFile& file : plan.runs[run].otherFiles) {
-        checkFile(file);
+        checkFile(file, moved);
     }
 }
 

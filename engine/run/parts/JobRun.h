@@ -33,10 +33,13 @@ protected:
     virtual void passPlanned(std::size_t pass, const std::vector<std::size_t>& targets, const PassPlanner& planner,
                              Executor& executor);
     const PlannedRun& planned() const { return plan.runs[run]; }
+    /// @return where a file of the plan is now.
+    std::string placeOf(const std::string& plannedPath) const;
 
     const JobFolder& job;
     const JobPlan& plan;
     const std::size_t run;
+    const MovedFiles moved;
     RunState* state = nullptr;
     ResultCache* cache = nullptr;
     FileHashes* hashes = nullptr;
@@ -79,12 +82,14 @@ private:
     const PlannedPart& plannedPart() const { return plan.parts[part]; }
     void findNeeded();
     void collectFiles();
+    std::string asPlanned(std::string text) const;
     void addFile(const std::filesystem::path& path);
 
     std::size_t part;
-    std::vector<bool> isNeeded;      ///< By node.
-    std::vector<bool> isTarget;      ///< By node.
-    std::set<std::string> ownFiles;  ///< Paths that this part reads from their beginnings.
+    std::vector<bool> isNeeded;  ///< By node.
+    std::vector<bool> isTarget;  ///< By node.
+    /// Paths that this part reads from their beginnings, with what is planned of each.
+    std::map<std::string, const PlannedFile*> ownFiles;
     std::set<std::string> allFiles;  ///< Paths that some part reads.
     std::optional<PartWriter> writer;
     PartSummary summary;
@@ -96,9 +101,9 @@ private:
 std::vector<std::size_t> partsBefore(const JobPlan& plan, std::size_t part);
 
 /// @throws Failure if a file that the part reads has changed since the plan.
-void checkFiles(const JobPlan& plan, std::size_t part);
+void checkFiles(const JobPlan& plan, std::size_t part, const MovedFiles& moved);
 /// The same for all files of a run.
-void checkFilesOfRun(const JobPlan& plan, std::size_t run);
+void checkFilesOfRun(const JobPlan& plan, std::size_t run, const MovedFiles& moved);
 /// @throws Failure if a kind of the pipeline is of another build than the one that the job was planned with.
 void checkBuilds(const JobPlan& plan, const Pipeline& pipeline);
 

@@ -26,6 +26,7 @@ constexpr std::string_view fileMark = "VlmPart1";
 constexpr std::uint64_t identityMark = 0x64'69'74'72'61'70'6c'76;
 constexpr std::uint64_t stateMark = 0x74'73'74'72'61'70'6c'76;
 constexpr std::uint64_t summaryMark = 0x6d'73'74'72'61'70'6c'76;
+constexpr unsigned maxLevel = 62;  ///< Of a node that ends before the largest number.
 constexpr std::uint64_t footerBytes = sizeof(std::uint64_t) + fileMark.size();
 
 std::string bytesOf(std::uint64_t number) {
@@ -107,6 +108,9 @@ PartRecord recordFrom(const std::string& head) {
     record.piece.first = reader.number<std::uint64_t>();
     record.piece.level = reader.number<std::uint32_t>();
     reader.mustBeAtEnd();
+    if (record.piece.level > maxLevel || record.piece.first % (std::uint64_t{1} << record.piece.level) != 0) {
+        throw std::invalid_argument("a state of numbers that belong to several nodes");
+    }
     return record;
 }
 

@@ -18,6 +18,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
+#include <map>
 #include <set>
 #include <utility>
 
@@ -36,7 +38,13 @@ public:
           messages(messages, false),
           ledger(pipeline),
           state(pipeline, stopping, this->messages, ledger, nullptr),
-          planner(state) {}
+          planner(state) {
+        state.environment.fact = [this](const PipelineNode& node, const std::string& name,
+                                        const std::function<std::string()>& find) {
+            const auto known = facts.find({node.name, name});
+            return known != facts.end() ? known->second : facts[{node.name, name}] = find();
+        };
+    }
 
     /// @throws Failure for the first plug-in that cannot run.
     void validate(const RunOutline& outline);
@@ -50,7 +58,7 @@ private:
     void prepare(const std::vector<std::size_t>& targets);
     bool hasAllValues(std::size_t target) const;
     std::vector<PlannedFile> filesOf(const SourceSet& sources, const std::vector<std::size_t>& segments);
-    std::uint64_t chunksOf(const std::vector<std::size_t>& segments, std::uint64_t file);
+    std::vector<std::optional<ChunkStart>> chunksOf(const std::vector<std::size_t>& segments, std::uint64_t file);
 
     const Pipeline& pipeline;
     const std::atomic<bool>& stopping;
@@ -58,11 +66,13 @@ private:
     RunLedger ledger;
     RunState state;
     PassPlanner planner;
+    std::map<std::pair<std::string, std::string>, std::string> facts;  ///< By plug-in and name.
 };
 
 PlannedFile plannedFile(const fs::path& path) {
     const std::optional<FileStamp> stamp = stampOf(path);
-    return {plannedPath(path), stamp ? static_cast<std::uint64_t>(stamp->size) : 0, stamp ? stamp->modifiedNs : 0};
+    return {
+        plannedPath(path), stamp ? static_cast<std::uint64_t>(stamp->size) : 0, stamp ? stamp->modifiedNs : 0, {}, {}};
 }
 
 void Planning::fail(std::size_t node) const {
@@ -132,7 +142,14 @@ PlannedPass Planning::planPass(const PassOutline& outline, std::size_t parts, st
     for (const PlannedFile& file : planned.files) {
         bytes.push_back(file.bytes);
     }
-    ranges = cutPass(bytes, parts, [&](std::uint64_t file) { return chunksOf(segments, file); });
+    std::map<std::uint64_t, std::vector<std::optional<ChunkStart>>> chunks;  // By file.
+    ranges =
+        cutPass(bytes, parts, [&](std::uint64_t file) { return (chunks[file] = chunksOf(segments, file)).size(); });
+    for (PassRange& range : ranges) {
+        if (range.begin.chunk > 0) {
+            range.start = chunks.at(range.begin.file).at(range.begin.chunk);
+        }
+    }
     for (const std::size_t target : outline.targets) {
         planned.targets.push_back(state.node(target).name);
     }
@@ -152,14 +169,25 @@ std::vector<PlannedFile> Planning::filesOf(const SourceSet& sources, const std::
     return files;
 }
 
-std::uint64_t Planning::chunksOf(const std::vector<std::size_t>& segments, std::uint64_t file) {
-    SourceSet sources(state, segments, {{file, 0}, {file + 1, 0}});
+/// @return where each chunk of a file begins, as far as its reader can say.
+std::vector<std::optional<ChunkStart>> Planning::chunksOf(const std::vector<std::size_t>& segments,
+                                                          std::uint64_t file) {
+    SourceSet sources(state, segments, {{file, 0}, {file + 1, 0}, {}});
     if (!sources.open()) {
         failIfAny(segments);
     }
-    std::uint64_t chunks = 0;
-    for (ChunkTask task; !stopping && sources.read(task);) {
-        ++chunks;
+    std::vector<std::optional<ChunkStart>> chunks;
+    std::uint64_t rows = 0;
+    for (ChunkTask task; !stopping;) {
+        std::optional<std::string> bookmark = sources.bookmark();
+        if (!sources.read(task)) {
+            break;
+        }
+        chunks.emplace_back();
+        if (bookmark) {
+            chunks.back() = ChunkStart{chunks.size() - 1, rows, *std::move(bookmark)};
+        }
+        rows += task.rowsRead;
     }
     if (stopping) {
         throw Stopped();
@@ -171,6 +199,7 @@ std::uint64_t Planning::chunksOf(const std::vector<std::size_t>& segments, std::
 }
 
 void Planning::collectFiles(PlannedRun& run) const {
+    run.facts = facts;
     std::set<std::string> known;
     for (const PlannedPass& pass : run.passes) {
         for (const PlannedFile& file : pass.files) {
@@ -206,7 +235,7 @@ void planRun(JobPlan& plan, const Pipeline& pipeline, std::size_t parts, const s
         outline = outlinePasses(state);
     }
     rehearsed.validate(outline);
-    PlannedRun run{pipeline.documentText, pipeline.settings, folder, {}, {}, {}, {}};
+    PlannedRun run{pipeline.documentText, pipeline.settings, folder, {}, {}, {}, {}, {}};
     for (const PassOutline& pass : outline.passes) {
         std::vector<PassRange> ranges;
         run.passes.push_back(rehearsed.planPass(pass, parts, ranges));

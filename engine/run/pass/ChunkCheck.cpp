@@ -52,16 +52,23 @@ std::size_t bytesOfValues(const Column& column, std::size_t begin, std::size_t e
 std::size_t bytesOfRow(const Chunk& chunk, std::size_t row) {
     std::size_t bytes = 0;
     for (const ColumnPtr& column : chunk.columns) {
+        if (!column) {
+            continue;
+        }
         bytes += column->isList() ? bytesOfValues(*column, column->offsets[row], column->offsets[row + 1])
                                   : bytesOfValues(*column, row, row + 1);
     }
     return bytes;
 }
 
-bool isHeavy(const Chunk& chunk) {
+/// A column that was left out may be as large as that.
+bool mayBeHeavy(const Chunk& chunk) {
     std::size_t bytes = 0;
     for (const ColumnPtr& column : chunk.columns) {
-        bytes += column && !column->values.valueless_by_exception() ? bytesIn(*column) : 0;
+        if (!column) {
+            return true;
+        }
+        bytes += !column->values.valueless_by_exception() ? bytesIn(*column) : 0;
     }
     return bytes >= maxChunkBytes;
 }
@@ -92,7 +99,7 @@ void ChunkCheck::checkRows(const Chunk& chunk, std::size_t maxRows) {
         fail("a chunk of " + counted(shortRows, "row") + " before its last one, and " + std::to_string(maxRows) +
              " are needed");
     }
-    shortRows = chunk.rows < maxRows && !isHeavy(chunk) ? chunk.rows : 0;
+    shortRows = chunk.rows < maxRows && !mayBeHeavy(chunk) ? chunk.rows : 0;
 }
 
 void ChunkCheck::check(const Chunk& chunk) const {
@@ -101,9 +108,19 @@ void ChunkCheck::check(const Chunk& chunk) const {
              std::to_string(promised.size()));
     }
     for (std::size_t i = 0; i < promised.size(); ++i) {
-        checkColumn(promised[i], chunk.columns[i], chunk.rows);
+        if (chunk.columns[i] || isNeeded(i)) {
+            checkColumn(promised[i], chunk.columns[i], chunk.rows);
+        }
     }
     checkWidth(chunk);
+}
+
+void ChunkCheck::freeColumns(Chunk& chunk) const {
+    for (std::size_t i = 0; i < needed.size(); ++i) {
+        if (!needed[i]) {
+            chunk.columns[i].reset();
+        }
+    }
 }
 
 void ChunkCheck::checkColumn(const ColumnInfo& column, const ColumnPtr& values, std::size_t rows) const {
@@ -129,7 +146,7 @@ void ChunkCheck::checkColumn(const ColumnInfo& column, const ColumnPtr& values, 
 void ChunkCheck::checkWidth(const Chunk& chunk) const {
     std::size_t most = rowBytes;
     for (const ColumnPtr& column : chunk.columns) {
-        const bool isEqual = !column->isList() && column->type() != ColumnType::Text;
+        const bool isEqual = !column || (!column->isList() && column->type() != ColumnType::Text);
         most += isEqual ? 0 : bytesIn(*column);
     }
     if (most <= maxChunkBytes) {

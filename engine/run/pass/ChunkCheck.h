@@ -7,6 +7,8 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace velmorak {
 
@@ -20,6 +22,10 @@ public:
         : promised(promised), rowBytes(bytesInRow(promised)), files(files) {}
 
     const Schema& schema() const { return promised; }
+    /// From now on, a column may be null where nobody needs it. @param isNeeded by column.
+    void selectColumns(std::vector<bool> isNeeded) { needed = std::move(isNeeded); }
+    /// Frees the columns of a chunk that nobody needs.
+    void freeColumns(Chunk& chunk) const;
     /// Checks the file and the number of rows of a source's chunk, whose columns may not exist yet: it has rows, not
     /// too many, and the chunk before it in the file was not too short. Threads: called for one chunk after the other.
     /// @param maxRows rows of a full chunk of this file.
@@ -28,12 +34,14 @@ public:
     void check(const Chunk& chunk) const;
 
 private:
+    bool isNeeded(std::size_t column) const { return needed.empty() || needed[column]; }
     void checkFile(const Chunk& chunk);
     void checkColumn(const ColumnInfo& column, const ColumnPtr& values, std::size_t rows) const;
     void checkWidth(const Chunk& chunk) const;
 
     Schema promised;
-    std::size_t rowBytes;  ///< In a row, without texts and lists.
+    std::vector<bool> needed{};  ///< By column; empty for all.
+    std::size_t rowBytes;        ///< In a row, without texts and lists.
     std::uint64_t files;
     std::uint64_t file = 0;     ///< Of the previous chunk.
     std::size_t shortRows = 0;  ///< Rows of the previous chunk if only the last one of the file may be so short.

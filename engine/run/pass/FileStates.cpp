@@ -328,7 +328,9 @@ void FileStates::giveBefore(std::size_t file) {
 void FileStates::give(std::size_t file) {
     std::map<std::size_t, Rows> rows;  // By operator: several accumulators know those of a common one.
     std::uint64_t read = 0;
-    for (auto& [position, kept] : files[file].kept) {
+    for (const auto& entry : files[file].kept) {
+        const std::size_t position = entry.first;
+        const Kept& kept = entry.second;
         Operator& op = chain->at(position);
         if (op.isDropped) {
             continue;

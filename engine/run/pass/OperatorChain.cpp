@@ -28,6 +28,7 @@ void compute(const Operator& op, const Operator::Parent& parent, const Chunk& ta
     rows.firstRow = table.firstRow;
     rows.file = table.file;
     parent.check->check(rows);
+    parent.check->freeColumns(rows);
     output.table = std::move(rows);
 }
 

@@ -2,9 +2,12 @@
 
 #include "run/pass/MergeTree.h"
 
+#include <velmorak/Parts.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 namespace velmorak {
 
@@ -15,6 +18,7 @@ struct PassRange {
 
     ChunkPlace begin{};
     ChunkPlace end{unlimited, 0};
+    std::optional<ChunkStart> start{};  ///< Of begin in its file, for a reader that need not read what comes before.
 
     bool isWhole() const { return begin == ChunkPlace{} && end.file == unlimited; }
     /// File after the last one of which the range holds a chunk.
@@ -24,7 +28,7 @@ struct PassRange {
         const auto moved = [file](ChunkPlace place) {
             return place.file < file ? ChunkPlace{} : ChunkPlace{place.file - file, place.chunk};
         };
-        return {moved(begin), end.file == unlimited ? end : moved(end)};
+        return {moved(begin), end.file == unlimited ? end : moved(end), {}};
     }
 };
 

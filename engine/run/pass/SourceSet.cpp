@@ -56,8 +56,37 @@ bool SourceSet::open() {
         segment->filesBefore = files;
         files += segment->files;
         limit(*segment);
+        if (!seek(*segment)) {
+            return false;
+        }
     }
     return true;
+}
+
+/// Begins in the middle of a file, where the range does and the reader can. @return false if that fails.
+bool SourceSet::seek(Segment& segment) {
+    const bool isHere =
+        range.begin.file >= segment.filesBefore && range.begin.file < segment.filesBefore + segment.files;
+    auto* const reader = dynamic_cast<SeekableReader*>(segment.reader.get());
+    if (!range.start || !isHere || !reader) {
+        return true;
+    }
+    const std::uint64_t file = range.begin.file - segment.filesBefore;
+    if (const auto error = state.call(segment.source, [&] { reader->seek(file, *range.start); })) {
+        state.fail(segment.source, *error);
+        return false;
+    }
+    segment.file = file;
+    segment.chunks = range.start->chunk;
+    segment.rows = range.start->row;
+    segment.rowsDropped = range.start->row;
+    return true;
+}
+
+std::optional<std::string> SourceSet::bookmark() const {
+    const auto* const reader =
+        position < segments.size() ? dynamic_cast<const SeekableReader*>(segments[position]->reader.get()) : nullptr;
+    return reader ? reader->bookmark() : std::nullopt;
 }
 
 /// Keeps files that are not in the range from being read.
@@ -93,6 +122,16 @@ void SourceSet::open(Segment& segment) {
     if (error) {
         segment.reader.reset();
         state.fail(segment.source, *error);
+    }
+}
+
+void SourceSet::selectColumns(std::size_t segment, const std::vector<bool>& isNeeded) {
+    Segment& chosen = *segments[segment];
+    chosen.check->selectColumns(isNeeded);
+    const std::optional<NodeError> error = state.call(chosen.source, [&] { chosen.reader->selectColumns(isNeeded); });
+    if (error && !readError) {
+        readError = error;
+        position = segment;
     }
 }
 
@@ -194,6 +233,7 @@ bool SourceSet::complete(ChunkTask& task) const {
                 task.chunk.rows = task.rowsRead;  // They are counted already.
             }
             segment.check->check(task.chunk);
+            segment.check->freeColumns(task.chunk);
         });
         task.isComplete = true;
         task.timeCompleting = Clock::now() - begin;

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace velmorak {
@@ -31,11 +32,16 @@ public:
 
     /// @return false when a source cannot be opened; its node has then failed.
     bool open();
+    /// Leaves out columns that nobody uses. Called before the first read. @param isNeeded by column of the segment's
+    /// table.
+    void selectColumns(std::size_t segment, const std::vector<bool>& isNeeded);
     /// Leaves out some files. Called before the first read. @param isWanted by file of the pass.
     void readOnly(const std::vector<bool>& isWanted);
     /// Reads the next chunk that is wanted, perhaps without its columns. @return false when there is none, or a source
     /// has failed.
     bool read(ChunkTask& task);
+    /// @return where the next chunk of the file that is being read begins; nothing if its reader cannot say.
+    std::optional<std::string> bookmark() const;
     /// Makes the columns, unless that was done for an earlier operator. @return false when the source could not.
     bool complete(ChunkTask& task) const;
 
@@ -76,6 +82,7 @@ private:
 
     void open(Segment& segment);
     void limit(Segment& segment) const;
+    bool seek(Segment& segment);
     bool readNext(ChunkTask& task);
     bool readInto(Chunk& chunk);
     void number(ChunkTask& task);

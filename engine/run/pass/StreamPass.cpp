@@ -1,5 +1,6 @@
 #include "run/pass/StreamPass.h"
 
+#include "run/pass/ColumnUse.h"
 #include "run/results/Summary.h"
 
 #include <algorithm>
@@ -28,6 +29,7 @@ bool StreamPass::prepare() {
         return false;
     }
     chain.prepare();
+    selectColumns(state, sources, chain);
     if (!chain.hasWork() || state.isStopping()) {
         return false;
     }

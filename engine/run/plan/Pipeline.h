@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -32,6 +33,12 @@ struct PipelineNode {
     float y = 0.0F;
 };
 
+/// Files that are elsewhere than they were when the run was planned.
+struct MovedFiles {
+    std::filesystem::path folder;                         ///< In which the planner was started.
+    std::map<std::string, std::filesystem::path> places;  ///< By absolute path.
+};
+
 /// The input of a run: a copy of the pipeline, made when the run begins, so that edits during the run cannot race.
 struct Pipeline {
     std::vector<PipelineNode> nodes;       ///< Element 0 is the start plug-in.
@@ -44,6 +51,7 @@ struct Pipeline {
     std::string documentText{};             ///< As it would be saved now.
     std::vector<std::string> settings{};    ///< PLUGIN.INPUT=VALUE: values set for this run, for its record.
     std::string partial{};                  ///< Which rows the results lack, as a sentence without its end.
+    MovedFiles moved{};                     ///< Of a planned run.
 };
 
 }  // namespace velmorak

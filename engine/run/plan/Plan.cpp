@@ -14,8 +14,12 @@
 namespace velmorak {
 namespace {
 
-/// A limit, because concatenations that double a table again and again would read its source for ever.
-constexpr std::size_t maxSegments = 1000;
+/// A limit, because concatenations that double a table again and again would read its source for ever. Any number of
+/// different tables may follow each other.
+std::size_t maxSegments(const Pipeline& pipeline) {
+    constexpr std::size_t leastLimit = 1000;
+    return std::max(leastLimit, pipeline.nodes.size());
+}
 
 std::string article(const std::string& noun) {
     return (std::string("aeiou").find(noun.front()) == std::string::npos ? "a " : "an ") + noun;
@@ -176,7 +180,7 @@ void Plan::findSegments() {
                 segments.insert(segments.end(), more.begin(), more.end());
             }
         }
-        segments.resize(std::min(segments.size(), maxSegments + 1));
+        segments.resize(std::min(segments.size(), maxSegments(pipeline) + 1));
         const auto [known, isNew] = numbers.emplace(segments, segmentLists.size());
         if (isNew) {
             segmentLists.push_back(std::move(segments));
@@ -254,8 +258,8 @@ std::string Plan::categoryError(std::size_t node) const {
     if (isRunReporter(node) && (categories[node] != KindCategory::Function || !pipeline.nodes[node].outputs.empty())) {
         return "its kind reports on the run and must therefore be a function without outputs";
     }
-    if (segments(node).size() > maxSegments) {
-        return "it would read more than " + std::to_string(maxSegments) + " tables one after the other";
+    if (segments(node).size() > maxSegments(pipeline)) {
+        return "it would read more than " + std::to_string(maxSegments(pipeline)) + " tables one after the other";
     }
     const PipelineInput* first = nullptr;
     for (const PipelineInput& input : pipeline.nodes[node].inputs) {

@@ -48,30 +48,50 @@ double heightOf(const ParsedBin& bin) {
     return std::isnan(bin.height) ? static_cast<double>(bin.entries) : bin.height;
 }
 
-/// @return the sum of w x² about the mean for which sqrt(sum / w) is the spread, to the last bit where there is one.
-double centralSum(double w, double spread) {
-    const double product = w * (spread * spread);
+/// Sets the sum of w x² so that the sums return the spread to the last bit.
+/// @return false if no sum does; the spread is then off by a rounding.
+template <std::size_t quantities>
+bool setSpread(CellSums<quantities>& sums, std::size_t quantity, double spread) {
+    double& sum = sums.second[sums.pairOf(quantity, quantity)];
+    const double offset = sums.first[quantity] / sums.w;
+    const double product = sums.w * (spread * spread + (std::isfinite(offset) ? offset * offset : 0.0));
     double below = product;
     double above = product;
     constexpr int units = 3;
     for (int step = 0; step <= units; ++step) {
-        for (const double sum : {below, above}) {
-            if (std::sqrt(sum / w) == spread) {
-                return sum;
+        for (const double candidate : {below, above}) {
+            sum = candidate;
+            if (sums.rms(quantity) == spread) {
+                return true;
             }
         }
         below = std::nextafter(below, -HUGE_VAL);
         above = std::nextafter(above, HUGE_VAL);
     }
-    return product;
+    sum = product;
+    return false;
 }
 
-/// Gives one quantity the mean and spread of a file. An infinite mean is not a pivot.
+/// Gives one quantity the mean and spread of a file. An infinite mean is not a pivot. A few spreads are not the root of
+/// any sum divided by its weight: for these, a pivot beside the mean is found.
 template <std::size_t quantities>
 void setMoments(CellSums<quantities>& sums, std::size_t quantity, double mean, double spread) {
     sums.pivot[quantity] = std::isfinite(mean) ? mean : 0.0;
     sums.first[quantity] = std::isfinite(mean) ? 0.0 : sums.w * mean;
-    sums.second[sums.pairOf(quantity, quantity)] = std::isnan(spread) ? 0.0 : centralSum(sums.w, spread);
+    sums.second[sums.pairOf(quantity, quantity)] = 0.0;
+    if (!(std::abs(spread) > 0.0) || sums.w == 0.0 || setSpread(sums, quantity, spread)) {
+        return;
+    }
+    constexpr int pivots = 64;
+    const CellSums<quantities> aboutMean = sums;
+    for (int i = 1; i <= pivots && std::isfinite(mean); ++i) {
+        sums.pivot[quantity] = mean - spread * i / pivots;
+        sums.first[quantity] = sums.w * (mean - sums.pivot[quantity]);
+        if (sums.mean(quantity) == mean && setSpread(sums, quantity, spread)) {
+            return;
+        }
+    }
+    sums = aboutMean;
 }
 
 /// Sets the moments of the coordinates of a bin whose sum of weights is known. Without a correlation in the file, there

@@ -103,6 +103,8 @@ public:
 
     const Schema& schema() const override { return tableSchema; }
 
+    void selectColumns(const std::vector<bool>& needed) override { handler->selectColumns(needed); }
+
     bool next(Chunk& chunk) override;
 
     std::optional<double> fraction() const override;

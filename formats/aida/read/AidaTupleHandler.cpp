@@ -57,6 +57,13 @@ void AidaTupleHandler::noteUnknown(std::string_view name) {
     }
 }
 
+void AidaTupleHandler::selectColumns(const std::vector<bool>& needed) {
+    rowBuilder->selectColumns(needed);
+    if (!plain.empty()) {
+        plain = rowBuilder->plainColumns();
+    }
+}
+
 void AidaTupleHandler::beginElement(const char* name, const char* const* attributes) {
     const State state = begun(name, attributes);
     if (state == State::Skipped) {

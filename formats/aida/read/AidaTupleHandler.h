@@ -31,6 +31,8 @@ public:
     const std::vector<AidaEntry>& entries() const { return found; }
     /// Null until the header of the wanted object has been read; the reader then pauses.
     TupleBuilder* builder() { return hasBegun ? rowBuilder.get() : nullptr; }
+    /// As TupleBuilder::selectColumns, once there is a builder and before its rows are read.
+    void selectColumns(const std::vector<bool>& needed);
     /// Appends the rows to those of another tuple, which must have the same columns.
     void appendTo(std::unique_ptr<TupleBuilder> rows) { rowBuilder = std::move(rows); }
     /// Complete rows, including those of the tuple that is appended to.

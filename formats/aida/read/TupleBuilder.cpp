@@ -46,6 +46,12 @@ TupleBuilder::TupleBuilder(const std::vector<AidaColumn>& header, TupleLayout la
     }
 }
 
+void TupleBuilder::selectColumns(const std::vector<bool>& needed) {
+    for (std::size_t i = 0; i < slots.size(); ++i) {
+        slots[i].isUsed = needed[i] || tableSchema[i].isList || tableSchema[i].type == ColumnType::Text;
+    }
+}
+
 TupleItem* TupleBuilder::nextItem() {
     std::vector<TupleItem>* all = levels.empty()       ? &items
                                   : levels.back().item ? &levels.back().item->children
@@ -75,6 +81,9 @@ void TupleBuilder::countRows(const TupleItem& item, std::int64_t rows) {
 }
 
 bool TupleBuilder::put(TupleSlot& slot, const char* value) {
+    if (!slot.isUsed) {
+        return true;
+    }
     bool isValue = true;
     if (auto* reals = std::get_if<Column::Reals>(&slot.column.values)) {
         double number = 0.0;
@@ -101,6 +110,9 @@ bool TupleBuilder::put(TupleSlot& slot, const char* value) {
 }
 
 void TupleBuilder::putDefault(TupleSlot& slot) {
+    if (!slot.isUsed) {
+        return;
+    }
     if (auto* reals = std::get_if<Column::Reals>(&slot.column.values)) {
         reals->push_back(slot.realDefault);
     } else if (auto* integers = std::get_if<Column::Integers>(&slot.column.values)) {
@@ -225,13 +237,16 @@ std::vector<PlainColumn> TupleBuilder::plainColumns() const {
     std::vector<PlainColumn> columns;
     columns.reserve(slots.size());
     for (const TupleSlot& slot : slots) {
-        columns.push_back({slot.column.type(), slot.isSingleCharacter});
+        columns.push_back({slot.column.type(), slot.isSingleCharacter, slot.isUsed});
     }
     return columns;
 }
 
 void TupleBuilder::appendRows(const PlainRows& rows, std::size_t first, std::size_t count) {
     for (std::size_t i = 0; i < slots.size(); ++i) {
+        if (!slots[i].isUsed) {
+            continue;
+        }
         std::visit(
             [&](auto& target) {
                 const auto& values = std::get<std::decay_t<decltype(target)>>(rows.columns()[i].values);
@@ -251,6 +266,9 @@ void TupleBuilder::appendRows(const PlainRows& rows, std::size_t first, std::siz
 
 void TupleBuilder::dropIncompleteRow() {
     for (TupleSlot& slot : slots) {
+        if (!slot.isUsed) {
+            continue;
+        }
         const std::size_t complete = slot.column.isList() ? slot.column.offsets.back() : rowCount;
         std::visit([&](auto& values) { values.resize(complete); }, slot.column.values);
     }
@@ -263,6 +281,10 @@ std::vector<ColumnPtr> TupleBuilder::take() {
     dropIncompleteRow();
     std::vector<ColumnPtr> columns;
     for (TupleSlot& slot : slots) {
+        if (!slot.isUsed) {
+            columns.emplace_back();
+            continue;
+        }
         Column next = emptyColumn(slot.column.type(), slot.column.isList());
         if (!slot.column.isList()) {
             std::visit(

@@ -20,6 +20,10 @@ public:
     /// About columns that cannot be taken as they are.
     const std::vector<std::string>& warnings() const { return sentences; }
 
+    /// Passes over the values of other columns, except for texts and lists, on whose size the chunks depend.
+    /// @param needed by column of the schema.
+    void selectColumns(const std::vector<bool>& needed);
+
     /// The next entry of the row, or of the nested row.
     /// @return false if the text is not a value of the column's type; problem() says why.
     bool entry(const char* value);
@@ -46,7 +50,7 @@ public:
     std::size_t rows() const { return rowCount; }
     /// The complete rows make a chunk: by their number, or because their texts and lists are large.
     bool isFull() const { return rowCount >= maxRows || bytes >= maxChunkBytes; }
-    /// Moves the complete rows out; the builder is then empty.
+    /// Moves the complete rows out; the builder is then empty. A column that was passed over is null.
     std::vector<ColumnPtr> take();
 
 private:

@@ -15,6 +15,7 @@ namespace velmorak::io {
 struct TupleSlot {
     Column column;
     bool isSingleCharacter = false;
+    bool isUsed = true;  ///< Otherwise its values are passed over.
     double realDefault = 0.0;
     std::int64_t integerDefault = 0;
     std::string textDefault;

@@ -98,8 +98,9 @@ void PlainRows::makeRoom(std::size_t size) {
     const std::size_t most = size / minBytes(targets.size()) + 1;
     if (most > room) {
         room = most;
-        for (Column& column : values) {
-            std::visit([this](auto& all) { all.resize(room); }, column.values);
+        for (std::size_t i = 0; i < targets.size(); ++i) {
+            const std::size_t rows = targets[i].column.isUsed ? room : 0;
+            std::visit([rows](auto& all) { all.resize(rows); }, values[i].values);
         }
     }
     for (std::size_t i = 0; i < targets.size(); ++i) {
@@ -170,6 +171,9 @@ const char* PlainRows::scanEntry(const char* text, const Target& target) {
 
 /// @return the quote that ends the value; null if the value does not fit the column.
 const char* PlainRows::scanValue(const char* text, const Target& target) {
+    if (!target.column.isUsed) {
+        return endOfValue(text);
+    }
     const ColumnType type = target.column.type;
     double number = 0.0;
     if (type == ColumnType::Real) {

@@ -13,6 +13,7 @@ namespace velmorak::io {
 struct PlainColumn {
     ColumnType type = ColumnType::Real;
     bool isSingleCharacter = false;
+    bool isUsed = true;  ///< Otherwise its values are passed over.
 };
 
 /// Bytes beyond the end of a text that PlainRows may read. They must be zero.
@@ -32,7 +33,7 @@ public:
     void clear();
 
     std::size_t count() const { return rowCount; }
-    /// The first count() values of each column are valid.
+    /// The first count() values of each column that is used are valid.
     const std::vector<Column>& columns() const { return values; }
     /// Bytes of the text in the rows and in the blanks before, between and after them.
     std::size_t bytes() const { return byteCount; }

@@ -8,13 +8,20 @@
 /// The entry point of a collection: a shared library that provides plug-in kinds.
 namespace velmorak {
 
-/// Receives the kinds of a collection while it is loaded.
+class FileFormat;
+class FileFormats;
+
+/// Receives the kinds and file formats of a collection while it is loaded.
 class Registry {
 public:
     virtual ~Registry() = default;
     /// Sets the group of the kinds that are added from now on.
     virtual void group(const std::string& name) = 0;
     virtual void add(std::unique_ptr<Kind> kind) = 0;
+    /// Adds a file format (FileFormat.h).
+    virtual void addFormat(std::unique_ptr<FileFormat> format) = 0;
+    /// The formats of all collections, complete once all are loaded. They live as long as the kinds.
+    virtual const FileFormats& formats() const = 0;
 };
 
 /// For authors: increases whenever existing kinds need source changes. The loader compares VELMORAK_SDK_VERSION.

@@ -26,6 +26,12 @@ public:
     bool isList() const;
     /// Schema positions of the columns that the expression reads, ascending.
     const std::vector<std::size_t>& usedColumns() const;
+    /// Sets the entries of these columns to true. @param needed by column of the schema.
+    void markColumns(std::vector<bool>& needed) const {
+        for (const std::size_t position : usedColumns()) {
+            needed[position] = true;
+        }
+    }
 
     /// @return one value per row (one list per row if isList()). The bits of a value do not depend on the position of
     ///         its row in the chunk.

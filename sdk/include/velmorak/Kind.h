@@ -1,10 +1,10 @@
 #pragma once
 
-#include <velmorak/ChunkSize.h>
 #include <velmorak/Collection.h>
 #include <velmorak/Failure.h>
 #include <velmorak/Ports.h>
 #include <velmorak/Run.h>
+#include <velmorak/TableReader.h>
 
 #include <memory>
 #include <optional>
@@ -15,32 +15,6 @@
 /// RowWise (chunk to chunk), Concatenation (tables one after the other), Accumulator (one state per chunk, merged, then
 /// finished) or Function (values to values). Reading, threads, caching and wiring are left to the run.
 namespace velmorak {
-
-/// Reads a table from front to back.
-/// Threads: one at a time, except for complete.
-class TableReader {
-public:
-    virtual ~TableReader() = default;
-    virtual const Schema& schema() const = 0;
-    /// Fills the next chunk with rowsInChunk(schema()) rows, fewer at the end and where ChunkSize.h limits the bytes.
-    /// The run sets number and firstRow. A reader of several files sets file: it never falls, and the rows of a chunk
-    /// come from one file, so that the last chunk of each file may have fewer rows.
-    /// @return false if there are no more rows; the chunk then has none.
-    virtual bool next(Chunk& chunk) = 0;
-    /// Number of files that the rows come from, one after the other; at least 1, which is right for any other table.
-    /// The states of accumulators are merged within each file first, so that they do not depend on the other files.
-    virtual std::uint64_t fileCount() const { return 1; }
-    /// Rows of a full chunk of the file that next reads: rowsInChunk(schema()), except for a reader of several files,
-    /// where a file that has other columns has other chunks.
-    virtual std::size_t rowsPerChunk() const { return rowsInChunk(schema()); }
-    /// Second stage of a reader whose next sets only the number of rows: computes the columns of a chunk from its
-    /// file, number and firstRow. Not called for a chunk that no consumer needs. Sets rows to 0 if the chunk cannot be
-    /// read and the run is to go on without it.
-    /// Threads: several at once for different chunks, also while next produces later ones.
-    virtual void complete(Chunk& /*chunk*/) const {}
-    /// Progress from 0 to 1, by bytes or rows; no value if unknown.
-    virtual std::optional<double> fraction() const { return std::nullopt; }
-};
 
 /// Produces a table.
 class Source : public Kind {
@@ -61,6 +35,13 @@ public:
     virtual ~RowOperation() = default;
     virtual const Schema& schema() const = 0;  ///< Of the chunks that apply returns.
     virtual Chunk apply(const Chunk& chunk) const = 0;
+    /// Called once, before the first apply. A column that nobody uses costs no time in the source.
+    /// @param wanted by column of schema(): whether it is used. apply may leave the others null.
+    /// @param needed by column of the input, all false: set to true for those that apply uses. The others are null in
+    ///               its chunks. The default needs all.
+    virtual void markColumns(const std::vector<bool>& /*wanted*/, std::vector<bool>& needed) {
+        needed.assign(needed.size(), true);
+    }
     /// Whether apply uses Chunk::rowsBefore. The run then counts the rows that arrive, in order.
     virtual bool countsRows() const { return false; }
     /// Number of rows, counted from the first that comes in, after which the operation needs no more; nothing when it
@@ -112,6 +93,11 @@ class Accumulation {
 public:
     virtual ~Accumulation() = default;
     virtual std::unique_ptr<AccumulatorState> newState() const = 0;
+    /// Called once, before the first newState.
+    /// @param needed by column of the table, all false: set to true for those that fill uses. The others are null in
+    /// its
+    ///               chunks. The default needs all.
+    virtual void markColumns(std::vector<bool>& needed) const { needed.assign(needed.size(), true); }
     /// Called once with the state of the whole stream; with a new state if there was no chunk.
     virtual void finish(AccumulatorState& state, Results& results) = 0;
 };

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace velmorak {
@@ -120,6 +121,10 @@ class Results {
 public:
     virtual ~Results() = default;
     virtual void set(const std::string& output, Value value) = 0;
+    /// Any number, such as an integer, as a double.
+    template <typename Number>
+    requires std::is_arithmetic_v<Number>
+    void set(const std::string& output, Number number) { set(output, Value(static_cast<double>(number))); }
     /// Leaves what the plug-in has got before it fails, for inputs that mayFail and for reports: for example the last
     /// curve of a fit that does not converge.
     virtual void leave(const std::string& /*output*/, Value /*value*/) {}

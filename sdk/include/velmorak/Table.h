@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -81,12 +83,30 @@ struct Column {
 /// Columns are immutable and shared between chunks.
 using ColumnPtr = std::shared_ptr<const Column>;
 
+/// @param values numbers of any type, truth values, or texts.
+/// @return a column of real numbers, integers, booleans or texts.
+template <typename T>
+ColumnPtr columnOf(const std::vector<T>& values) {
+    static_assert(std::is_arithmetic_v<T> || std::is_same_v<T, std::string>,
+                  "a column has numbers, truth values or texts (std::string)");
+    using Values = std::conditional_t<
+        std::is_same_v<T, bool>, Column::Booleans,
+        std::conditional_t<std::is_integral_v<T>, Column::Integers,
+                           std::conditional_t<std::is_floating_point_v<T>, Column::Reals, Column::Texts>>>;
+    Values converted;
+    converted.reserve(values.size());
+    for (const auto& value : values) {
+        converted.push_back(static_cast<typename Values::value_type>(value));
+    }
+    return std::make_shared<const Column>(Column{std::move(converted), {}});
+}
+
 /// Consecutive rows of a table. A row-wise kind keeps number and firstRow of its input chunk even if it drops rows.
 struct Chunk {
     std::uint64_t number = 0;        ///< 0, 1, 2, ... in the order of the source's rows, from the first of each file.
     std::uint64_t firstRow = 0;      ///< Source row of the chunk's beginning, for messages; counted from 0.
     std::size_t rows = 0;            ///< Rows in the chunk, without dropped ones.
-    std::vector<ColumnPtr> columns;  ///< In the order of the schema.
+    std::vector<ColumnPtr> columns;  ///< In the order of the schema; null for a column that nobody uses.
     /// Rows of this table in all previous chunks; set only for a RowOperation that countsRows().
     std::uint64_t rowsBefore = 0;
     /// File of a source that reads several (TableReader::fileCount), counted from 0 in the order of its list.

@@ -45,6 +45,22 @@ TEST(ExpressionsPage, hasTheConstants) {
     EXPECT_NE(documentation().find("| constant | |\n|---|---|\n" + all), std::string::npos) << all;
 }
 
+/// A table of functions with one in each row.
+std::string tableOf(std::span<const NamedForm> forms, const std::string& title) {
+    std::string text = "| function | " + title + " |\n|---|---|\n";
+    for (const NamedForm& form : forms) {
+        text += "| `" + std::string(form.usage) + "` | " + std::string(form.result) + " |\n";
+    }
+    return text;
+}
+
+TEST(ExpressionsPage, hasTheTablesOfTheFunctionsOfListsAndMomenta) {
+    EXPECT_NE(documentation().find(tableOf(listForms(), "result")), std::string::npos)
+        << tableOf(listForms(), "result");
+    EXPECT_NE(documentation().find(tableOf(kinematicForms(), "result")), std::string::npos)
+        << tableOf(kinematicForms(), "result");
+}
+
 TEST(ExpressionsPage, namesTheFunctionsOfLists) {
     for (const std::string& name : functionNames()) {
         EXPECT_NE(documentation().find("`" + name), std::string::npos) << name;

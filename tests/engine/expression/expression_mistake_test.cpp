@@ -58,7 +58,7 @@ TEST(ExpressionMistake, hasAReason) {
         {"trk.px[0)", "expected ]"},
         {"trk.px[]", "a value is missing"},
         {"trk.px[tag]", "a position in a list must be a number"},
-        {"trk.px[trk.hits]", "a position in a list must be a number"},
+        {"trk.px[trk.tag]", "a position in a list must be a number, but this is a list of type text"},
         {"if(trk.px, 1, 2)", "expected a condition, but this is a list of type real"},
         {"sum(x)", "needs a list column"},
         {"sum(x, y)", "takes one list column"},

@@ -162,9 +162,10 @@ TEST(ExpressionList, ofAnotherLengthIsRefusedByRow) {
         Expression("trk.px + jet.pt", schema()).evaluate(chunk);
         FAIL();
     } catch (const Failure& failure) {
-        EXPECT_STREQ(failure.what(),
-                     "the lists have 0 and 1 values in row 101; only lists of equal length can be combined\n"
-                     "  trk.px + jet.pt\n         ^");
+        EXPECT_STREQ(
+            failure.what(),
+            "the lists trk.px and jet.pt have 0 and 1 values in row 101; only lists of equal length can be combined\n"
+            "  trk.px + jet.pt\n         ^");
     }
     EXPECT_EQ(real("sum(trk.px) + sum(jet.pt)"), 33.0);
 }
@@ -242,7 +243,7 @@ TEST(Expression, hasTheSameBitsInWhateverPlaceARowStands) {
     for (const std::size_t begin : {1U, 7U, 1023U, 1024U, 2499U}) {
         Chunk tail;
         tail.rows = values.size() - begin;
-        tail.columns = {column(Column::Reals(values.begin() + begin, values.end()))};
+        tail.columns = {column(Column::Reals(values.begin() + static_cast<std::ptrdiff_t>(begin), values.end()))};
         const ColumnPtr part = formula.evaluate(tail);
         for (std::size_t row = 0; row < tail.rows; ++row) {
             ASSERT_EQ(std::bit_cast<std::uint64_t>(part->reals()[row]),

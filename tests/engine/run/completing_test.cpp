@@ -33,7 +33,7 @@ protected:
 
 TEST_F(SourceCompletion, givesTheSameBitsForAnyThreads) {
     const double inOne = sumOf(1);
-    for (const std::size_t threads : {2, 3, 16}) {
+    for (const std::size_t threads : {2U, 3U, 16U}) {
         const double inMany = sumOf(threads);
         EXPECT_EQ(std::memcmp(&inOne, &inMany, sizeof inOne), 0) << threads;
     }
@@ -76,7 +76,7 @@ TEST_F(SourceCompletion, endsTheSourceWhereItFails) {
     add(rows, "a", {{"rows", "10"}});
     add(sum, "ofA");
     wire("a", "table", "ofA", "table");
-    for (const std::size_t threads : {1, 4}) {
+    for (const std::size_t threads : {1U, 4U}) {
         runner.setThreads(threads);
         runner.reset();
         run();

@@ -165,7 +165,7 @@ protected:
 };
 
 TEST_F(Files, areMergedOneByOneAndThenInPairs) {
-    for (const std::size_t threads : {1, 4}) {
+    for (const std::size_t threads : {1U, 4U}) {
         read(chunksOf('a', 3) + chunksOf('b', 1) + chunksOf('c', 4), threads);
         EXPECT_EQ(text("tree", 1), "((((a0 a1) a2) b0) ((c0 c1) (c2 c3)))");
         EXPECT_EQ(text("ordered", 1), "((((( a0) a1) a2) ( b0)) (((( c0) c1) c2) c3))");
@@ -192,7 +192,7 @@ TEST_F(Files, ofConcatenatedTablesFollowEachOther) {
     wire("join", "table", "joined", "table");
     wire("more", "table", "ofMore", "table");
     start("more");
-    for (const std::size_t threads : {1, 4}) {
+    for (const std::size_t threads : {1U, 4U}) {
         read(chunksOf('a', 1) + chunksOf('b', 3), threads);
         EXPECT_EQ(text("joined", 1), "((a0 ((b0 b1) b2)) (c0 (d0 d1)))");
         EXPECT_EQ(text("ofMore", 1), "(c0 (d0 d1))") << "as if it were read alone";
@@ -221,7 +221,7 @@ TEST_F(FilesAfterALimit, keepTheirPlaces) {
     wire("head", "table", "join", "first");
     wire("more", "table", "join", "second");
     wire("join", "table", "joined", "table");
-    for (const std::size_t threads : {1, 2, 16}) {
+    for (const std::size_t threads : {1U, 2U, 16U}) {
         runner.setThreads(threads);
         runner.reset();
         run();
@@ -265,7 +265,7 @@ TEST_F(RandomLists, giveEachFileTheBitsThatItHasAlone) {
             expected += alone(file);
             all += file + " ";
         }
-        for (const std::size_t threads : {1, 2, 3, 16}) {
+        for (const std::size_t threads : {1U, 2U, 3U, 16U}) {
             read(all, threads);
             EXPECT_EQ(text("tree"), expected) << all << "on " << threads << " threads";
         }

@@ -47,7 +47,7 @@ TEST_F(OrderedAccumulations, meetFromFirstToLastThoughOthersOfTheirKindMeetInATr
     add(kind, "ordered", {{"ordered", "1"}});
     wire("rows", "table", "tree", "table");
     wire("rows", "table", "ordered", "table");
-    for (const std::size_t threads : {1, 4}) {
+    for (const std::size_t threads : {1U, 4U}) {
         runner.setThreads(threads);
         runner.reset();
         run();

@@ -120,7 +120,7 @@ TEST_F(StreamPasses, theBitsDoNotDependOnTheNumberOfThreads) {
     wire("rows", "table", "sum", "table");
     wire("cut", "table", "ofCut", "table");
     std::vector<std::pair<double, double>> results;
-    for (const std::size_t threads : {1, 2, 3, 16}) {
+    for (const std::size_t threads : {1U, 2U, 3U, 16U}) {
         runner.setThreads(threads);
         runner.reset();  // or the first result would be used again
         run();

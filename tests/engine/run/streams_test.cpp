@@ -10,7 +10,7 @@ protected:
     /// Runs with several numbers of threads, all of which must give the same sum.
     double sumForAnyThreads(const std::string& name) {
         std::vector<double> sums;
-        for (const std::size_t threads : {1, 2, 3, 16}) {
+        for (const std::size_t threads : {1U, 2U, 3U, 16U}) {
             runner.setThreads(threads);
             runner.reset();  // Else the result of the run before is still right.
             run();
@@ -98,6 +98,26 @@ TEST_F(Concatenations, joinedTablesCanBeJoinedAgain) {
     sumForAnyThreads("sum");
     EXPECT_EQ(rowsInto("sum"), 70U);
     EXPECT_EQ(text("sum", 1), "((0 + 0 ) + 0 ) ");
+}
+
+TEST_F(Concatenations, anyNumberOfDifferentTablesCanFollowEachOther) {
+    std::vector<std::string> open;
+    for (int i = 0; i < 1100; ++i) {
+        open.push_back("t" + std::to_string(i));
+        add(rows, open.back(), {{"rows", "3"}});
+    }
+    for (std::size_t i = 0; i + 1 < open.size(); i += 2) {
+        const std::string name = "j" + std::to_string(i);
+        add(join, name);
+        wire(open[i], "table", name, "first");
+        wire(open[i + 1], "table", name, "second");
+        open.push_back(name);
+    }
+    add(sum, "sum");
+    wire(open.back(), "table", "sum", "table");
+    run();
+    EXPECT_EQ(status("sum"), NodeStatus::Done) << sentence("sum");
+    EXPECT_EQ(rowsInto("sum"), 3300U);
 }
 
 TEST_F(Concatenations, aTableThatDoublesWithoutEndIsRefused) {

@@ -56,7 +56,7 @@ protected:
 
     void compareAll(const Pipeline& pipeline, std::uint32_t seed) {
         const Produced one = runWith(std::make_unique<PipelineExecutor>(1), pipeline);
-        for (const std::size_t threads : {2, 3, 16}) {
+        for (const std::size_t threads : {2U, 3U, 16U}) {
             expectSame(one, runWith(std::make_unique<PipelineExecutor>(threads), pipeline, threads), pipeline,
                        std::to_string(threads) + " threads");
         }

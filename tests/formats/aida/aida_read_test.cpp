@@ -39,6 +39,32 @@ TEST_F(AidaTables, areReadWithTheTypesOfTheirColumns) {
     EXPECT_THAT(run.warnings, IsEmpty());
 }
 
+/// Rows as most programs write them, one with a comment that takes the slow way, and one with a bad number.
+std::string rowsOfTwoColumns() {
+    std::string rows;
+    for (int i = 0; i < 1000; ++i) {
+        rows += R"(<row><entry value=")" + std::to_string(i) + R"("/><entry value="1.5"/>)" +
+                (i == 500 ? "<!-- slow -->" : "") + "</row>\n";
+    }
+    return R"(<tuple name="t"><columns><column name="n" type="int"/><column name="x" type="double"/></columns><rows>)" +
+           rows + R"(<row><entry value="1000"/><entry value="bad"/></row></rows></tuple>)";
+}
+
+TEST_F(AidaTables, passOverColumnsThatNobodyNeeds) {
+    const std::filesystem::path file = aidaWith(rowsOfTwoColumns());
+    EXPECT_THAT(readRows(file, "", run).failure, HasSubstr("\"bad\" in column \"x\""));
+    for (const io::RowReading reading : {io::RowReading::Scanned, io::RowReading::Parsed}) {
+        const std::unique_ptr<TableReader> reader = io::openAidaTable(file, "", run, reading);
+        reader->selectColumns({true, false});
+        Chunk chunk;
+        ASSERT_TRUE(reader->next(chunk));
+        EXPECT_EQ(chunk.rows, 1001U);
+        EXPECT_EQ(chunk.columns[0]->integers().back(), 1000);
+        EXPECT_EQ(chunk.columns[1], nullptr);
+        EXPECT_FALSE(reader->next(chunk));
+    }
+}
+
 TEST_F(AidaTables, giveNestedRowsAsListColumnsInEveryDialect) {
     const Rows standard = readRows(ownFile("tuple_nested.aida"), "", run);
     EXPECT_THAT(namesOf(standard.schema), ElementsAre("event", "trk.px", "trk.nHits"));

@@ -67,10 +67,12 @@ const std::string oneTuple =
 TEST_F(HostileAida, thatIsNoRegularFileIsRefusedByEveryReader) {
     const std::filesystem::path fifo = folder / "pipe.aida";
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    for (const auto& [file, kind] : std::vector<std::pair<std::filesystem::path, std::string>>{
+    for (const auto& each : std::vector<std::pair<std::filesystem::path, std::string>>{
              {fifo, "is not a regular file (a FIFO)"},
              {"/dev/zero", "is not a regular file (a character device)"},
              {folder, "is a folder"}}) {
+        const std::filesystem::path& file = each.first;
+        const std::string& kind = each.second;
         EXPECT_THAT(failureOf([&] { listAida(file, run); }), EndsWith(kind));
         EXPECT_THAT(failureOf([&] { readAidaObjects(file, run); }), EndsWith(kind));
         EXPECT_THAT(failureOf([&] { openAidaTable(file, "/t", run); }), EndsWith(kind));

@@ -28,6 +28,45 @@ TEST_F(FileChainTest, readsTheWantedFilesOnly) {
     EXPECT_EQ(reader->fraction(), 1.0);
 }
 
+/// Five chunks of one row, with their numbers as bookmarks.
+class RowsWithBookmarks : public TableReader, public SeekableReader {
+public:
+    const Schema& schema() const override { return columns; }
+    bool next(Chunk& chunk) override {
+        chunk.rows = at < 5 ? 1 : 0;
+        chunk.columns = {std::make_shared<const Column>(Column{Column::Integers{at}, {}})};
+        return at++ < 5;
+    }
+    std::optional<std::string> bookmark() const override { return std::to_string(at); }
+    void seek(std::uint64_t /*file*/, const ChunkStart& start) override { at = std::stoi(start.bookmark); }
+
+private:
+    Schema columns{{{.name = "x", .type = ColumnType::Integer}}};
+    int at = 0;
+};
+
+TEST_F(FileChainTest, beginsInTheMiddleOfAFile) {
+    const auto opening = [](const std::string&) { return std::make_unique<RowsWithBookmarks>(); };
+    const FileList list = listOf({"a", "b", "c"});
+    const std::unique_ptr<TableReader> reader = openOwn(list, opening, {});
+    EXPECT_EQ(dynamic_cast<SeekableReader&>(*reader).bookmark(), std::nullopt) << "no file is open";
+    Chunk chunk;
+    reader->next(chunk);
+    reader->next(chunk);
+    EXPECT_EQ(dynamic_cast<SeekableReader&>(*reader).bookmark(), "2");
+    const std::unique_ptr<TableReader> later = openOwn(list, opening, {});
+    dynamic_cast<FileSelection&>(*later).readOnly({false, true, true});
+    dynamic_cast<SeekableReader&>(*later).seek(1, {.chunk = 3, .row = 3, .bookmark = "3"});
+    const std::vector<Chunk> chunks = chunksOf(*later);
+    ASSERT_EQ(chunks.size(), 7U);
+    EXPECT_EQ(chunks[0].file, 1U);
+    EXPECT_EQ(chunks[0].number, 3U);
+    EXPECT_EQ(chunks[0].firstRow, 3U);
+    EXPECT_THAT(chunks[0].columns[0]->integers(), ElementsAre(3));
+    EXPECT_EQ(chunks[2].number, 0U) << "the next file";
+    EXPECT_EQ(chunks[2].firstRow, 5U);
+}
+
 TEST_F(FileChainTest, readsFilesOneAfterTheOther) {
     write("a.csv", "x,y\n1,2\n3,4\n");
     write("b.csv", "y,x\n6,5.5\n");
@@ -166,6 +205,47 @@ TEST_F(FileChainTest, keepsAtMost64FilesOpenThoughNoChunkIsCompleted) {
     EXPECT_EQ(chunksOf(*reader).size(), 1000U);
     EXPECT_GT(readers.most, 32U);
     EXPECT_LE(readers.most, 64U);
+}
+
+/// Reads a row of two columns, in an order of its own, and leaves out what is not needed.
+class SelectiveReader : public TableReader {
+public:
+    explicit SelectiveReader(bool isReversed) : columns(isReversed ? reversed() : inOrder()) {}
+    const Schema& schema() const override { return columns; }
+    void selectColumns(const std::vector<bool>& isNeeded) override { needed = isNeeded; }
+    bool next(Chunk& chunk) override {
+        chunk.rows = isRead ? 0 : 1;
+        return !std::exchange(isRead, true);
+    }
+    void complete(Chunk& chunk) const override {
+        for (std::size_t i = 0; i < 2; ++i) {
+            const double value = columns[i].name == "x" ? 1.0 : 2.0;
+            chunk.columns.push_back(needed.at(i) ? std::make_shared<const Column>(Column{Column::Reals{value}, {}})
+                                                 : nullptr);
+        }
+    }
+
+private:
+    static Schema inOrder() { return Schema({{.name = "x"}, {.name = "y"}}); }
+    static Schema reversed() { return Schema({{.name = "y"}, {.name = "x"}}); }
+
+    Schema columns;
+    std::vector<bool> needed;
+    bool isRead = false;
+};
+
+TEST_F(FileChainTest, asksEachFileForTheColumnsThatAreNeeded) {
+    const std::unique_ptr<TableReader> reader = openOwn(
+        listOf({"a", "b"}), [](const std::string& file) { return std::make_unique<SelectiveReader>(file == "b"); },
+        {.hasFileColumns = true});
+    reader->selectColumns({false, true, false, true});
+    for (const Chunk& chunk : chunksOf(*reader)) {
+        ASSERT_EQ(chunk.columns.size(), 4U);
+        EXPECT_EQ(chunk.columns[0], nullptr);
+        EXPECT_THAT(chunk.columns[1]->reals(), ElementsAre(2.0));
+        EXPECT_EQ(chunk.columns[2], nullptr) << "the name of the file";
+        EXPECT_EQ(chunk.columns[3]->integers().size(), 1U);
+    }
 }
 
 class FileChainThreads : public FileChainTest, public testing::WithParamInterface<std::size_t> {};

@@ -19,8 +19,14 @@ std::string contentOf(const fs::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// Reads all tables of a file. @return whether nothing failed.
+/// Reads all tables of a file. @return why that failed; empty if it did not.
+std::string failureOf(const fs::path& file);
+
 bool isReadable(const fs::path& file) {
+    return failureOf(file).empty();
+}
+
+std::string failureOf(const fs::path& file) {
     try {
         for (const RootEntry& entry : listRoot(file)) {
             if (!entry.isTable) {
@@ -34,10 +40,10 @@ bool isReadable(const fs::path& file) {
                 chunk = {};
             }
         }
-        return true;
+        return "";
     } catch (const Failure& failure) {
         EXPECT_FALSE(std::string(failure.what()).empty());
-        return false;
+        return failure.what();
     }
 }
 
@@ -74,6 +80,20 @@ TEST_P(RootDamage, byCuttingTheFileOffFails) {
     }
     write(content.substr(0, 30));
     EXPECT_FALSE(isReadable(file));
+}
+
+TEST(RootBasket, namesFileTreeBranchAndEntriesWhereItIsDamaged) {
+    const std::string content = contentOf(fs::path(ROOT_FILES) / "uproot-sample-6.20.04-lz4.root");
+    const fs::path file = fs::temp_directory_path() / ("velmorak-basket-" + std::to_string(getpid()) + ".root");
+    std::string damaged = content;
+    const std::size_t frame = damaged.find("L4", damaged.find("TBasket"));
+    ASSERT_NE(frame, std::string::npos);
+    damaged[frame + 30] = static_cast<char>(damaged[frame + 30] ^ 0x55);
+    std::ofstream(file, std::ios::binary) << damaged;
+    const std::string failure = failureOf(file);
+    fs::remove(file);
+    EXPECT_NE(failure.find(file.string() + ": the branch "), std::string::npos) << failure;
+    EXPECT_NE(failure.find(" of sample is damaged: the basket of entries "), std::string::npos) << failure;
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, RootDamage,

@@ -48,6 +48,19 @@ TEST(RootTable, offersOnlyTheNamedColumnsInTheirOrder) {
                 HasSubstr("there is no column \"f9\""));
 }
 
+TEST(RootTable, leavesOutColumnsThatNobodyNeeds) {
+    QuietContext context;
+    const auto reader = openRootTable(folder / "uproot-sample-6.20.04-lz4.root", "sample", {"f8", "n", "Ai4"}, context);
+    reader->selectColumns({false, true, true});
+    Chunk chunk;
+    ASSERT_TRUE(reader->next(chunk));
+    reader->complete(chunk);
+    ASSERT_EQ(chunk.columns.size(), 3U);
+    EXPECT_EQ(chunk.columns[0], nullptr);
+    EXPECT_EQ(chunk.columns[1]->integers().size(), 30U);
+    EXPECT_EQ(chunk.columns[2]->offsets.size(), 31U);
+}
+
 TEST(RootTable, namesTheColumnsThatCannotBeRead) {
     QuietContext context;
     openRootTable(folder / "uproot-stl_containers.root", "", {}, context);

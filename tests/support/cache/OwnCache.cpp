@@ -9,8 +9,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Gives each test, and the programs that it starts, an empty cache folder and an empty state folder, so that no test
-/// modifies those of the user or finds results of another test.
+/// Gives each test, and the programs that it starts, an empty cache folder, an empty state folder and an empty data
+/// folder, so that no test modifies those of the user or finds results of another test.
 class OwnCache : public testing::EmptyTestEventListener {
 public:
     OwnCache() { use("none"); }
@@ -30,6 +30,7 @@ private:
         setenv("XDG_CACHE_HOME", folder.c_str(), 1);
         unsetenv("XDG_RUNTIME_DIR");
         setenv("XDG_STATE_HOME", (folder.string() + ".state").c_str(), 1);
+        setenv("XDG_DATA_HOME", (folder.string() + ".data").c_str(), 1);
     }
     void clear() const {
         std::error_code ignored;

@@ -1,0 +1,130 @@
+#include "csv/CsvPieces.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+constexpr std::size_t readBytes = 1U << 17U;
+/// Otherwise an unclosed quote would take in the whole file.
+constexpr std::size_t maxRecordBytes = 64U << 20U;
+
+}  // namespace
+
+CsvPieces::CsvPieces(const std::filesystem::path& file, CsvEncoding encoding, const CsvForm& form,
+                     const RunContext& context)
+    : in(file, encoding), form(&form), run(&context), records({}, form) {}
+
+CsvPiece CsvPieces::next(std::size_t maxRecords, std::size_t maxBytes) {
+    CsvPiece piece;
+    begin = at;
+    beginLine = line;
+    while (piece.records < maxRecords && at - begin < maxBytes && passRecord(piece.records > 0, maxBytes)) {
+        ++piece.records;
+    }
+    if (damage && piece.records == 0) {
+        throw Failure(*damage);
+    }
+    piece.owner = buffer;
+    piece.text = std::string_view(buffer.get() + begin, at - begin);
+    piece.line = beginLine;
+    lastPiece = at - begin;
+    return piece;
+}
+
+/// @return false if no more record can be read, or if too many lines that are no records follow those of the piece.
+bool CsvPieces::passRecord(bool hasRecords, std::size_t maxBytes) {
+    while (!passLine()) {
+        if (hasRecords && at - begin >= maxBytes) {
+            return false;
+        }
+        if (!hasRecords) {
+            begin = at;
+            beginLine = line;
+        }
+        if (!refill()) {
+            return false;
+        }
+    }
+    return isRecord;
+}
+
+/// Passes a record, or lines that are none at the end of the file. @return false if more bytes are needed.
+bool CsvPieces::passLine() {
+    isRecord = true;
+    const char* const text = buffer.get();
+    const auto* const lineEnd = end == at ? nullptr : static_cast<const char*>(std::memchr(text + at, '\n', end - at));
+    if (lineEnd && mayBeginRecord(text[at]) && !hasQuoteBefore(static_cast<std::size_t>(lineEnd - text))) {
+        at = static_cast<std::size_t>(lineEnd - text) + 1;
+        ++line;
+        return true;
+    }
+    records.seek(std::string_view(text, end), at, line);
+    const CsvRecords::Found found = records.skip(isAtEnd);
+    at = records.position();
+    line = records.lineAfter();
+    isRecord = found == CsvRecords::Found::Record;
+    return found != CsvRecords::Found::Short;
+}
+
+/// Whether a line without quotes that begins with the character is surely a record.
+bool CsvPieces::mayBeginRecord(char first) const {
+    const bool isComment = !form->comment.empty() && first == form->comment.front();
+    return !isComment && first != ' ' && first != '\t' && first != '\r' && first != '\n';
+}
+
+bool CsvPieces::hasQuoteBefore(std::size_t lineEnd) {
+    if (nextQuote < at) {
+        const auto* const quote = static_cast<const char*>(std::memchr(buffer.get() + at, '"', end - at));
+        nextQuote = quote ? static_cast<std::size_t>(quote - buffer.get()) : end;
+    }
+    return nextQuote < lineEnd;
+}
+
+/// Reads more of the file. @return false at its end, or where it is damaged.
+bool CsvPieces::refill() {
+    if (isAtEnd || damage) {
+        return false;
+    }
+    if (run->isStopping()) {
+        throw Stopped();
+    }
+    if (end - at > maxRecordBytes) {
+        damage = Failure("file", "\"" + in.name() + "\", line " + std::to_string(line) +
+                                     ": the record does not end; is there an unclosed quote?");
+        return false;
+    }
+    makeRoom();
+    try {
+        const std::size_t more = in.read(buffer.get() + end, std::max(readBytes, end - at));
+        isAtEnd = more == 0;
+        end += more;
+    } catch (const Failure& failure) {
+        damage = failure;
+    }
+    return !damage;
+}
+
+/// Moves the piece to a larger buffer if there is no room. Earlier pieces keep the old one.
+void CsvPieces::makeRoom() {
+    const std::size_t wanted = std::max(readBytes, end - at);
+    if (buffer && capacity - end >= wanted) {
+        return;
+    }
+    const std::size_t kept = end - begin;
+    capacity = std::max(2 * kept, lastPiece + lastPiece / 8) + wanted;
+    auto larger = std::make_shared_for_overwrite<char[]>(capacity);
+    if (kept > 0) {
+        std::memcpy(larger.get(), buffer.get() + begin, kept);
+    }
+    buffer = std::move(larger);
+    at -= begin;
+    end -= begin;
+    nextQuote = nextQuote < begin ? 0 : nextQuote - begin;
+    begin = 0;
+}
+
+}  // namespace velmorak

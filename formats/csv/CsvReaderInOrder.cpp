@@ -1,0 +1,103 @@
+#include "csv/CsvReader.h"
+
+#include <velmorak/ChunkSize.h>
+
+#include <algorithm>
+#include <utility>
+
+/// Reading row by row, where a bad row is skipped or ends the table, and where long texts end a chunk early.
+namespace velmorak {
+
+bool CsvReader::nextInOrder(Chunk& chunk) {
+    std::vector<Column> target;
+    for (const CsvColumn& column : layout.columns) {
+        target.push_back(emptyColumn(column));
+    }
+    chunk.rows = 0;
+    chunk.owner.reset();
+    try {
+        while (!failure && !isFull(target, chunk.rows) && readRow(target, chunk.rows)) {
+        }
+    } catch (const Failure& damage) {
+        failure = damage;
+    }
+    // Complete rows before the damage are returned first.
+    if (failure && chunk.rows == 0) {
+        throw Failure(*failure);
+    }
+    chunk.columns.clear();
+    for (std::size_t i = 0; i < target.size(); ++i) {
+        resizeColumn(target[i], chunk.rows);
+        chunk.columns.push_back(layout.columns[i].isNeeded ? std::make_shared<const Column>(std::move(target[i]))
+                                                           : nullptr);
+    }
+    if (chunk.rows == 0) {
+        reportRepaired();
+        reportSkipped();
+    }
+    return chunk.rows > 0;
+}
+
+/// Long texts end a chunk before it has its full number of rows.
+bool CsvReader::isFull(const std::vector<Column>& target, std::size_t rows) {
+    if (rows == 0) {
+        textBytes = 0;
+        rowsCounted = 0;
+    }
+    for (; rowsCounted < rows; ++rowsCounted) {
+        for (const std::size_t position : textColumns) {
+            if (target[position].isList()) {
+                const auto& offsets = target[position].offsets;
+                textBytes += (offsets[rowsCounted + 1] - offsets[rowsCounted]) * bytesInValue(columns[position].type);
+            } else if (layout.columns[position].isNeeded) {
+                textBytes += target[position].texts()[rowsCounted].size();
+            }
+        }
+    }
+    return rows >= maxRows || rows * rowBytes + textBytes >= maxChunkBytes;
+}
+
+/// Appends the next record to the columns, or skips it. @return false at the end of the file.
+bool CsvReader::readRow(std::vector<Column>& target, std::size_t& rows) {
+    if (++recordsSeen % 4096 == 0 && context.isStopping()) {
+        throw Stopped();
+    }
+    if (!stream.next(fields)) {
+        return false;
+    }
+    for (std::size_t i = 0; i < target.size(); ++i) {
+        if (rows >= target[i].valueCount() || target[i].isList()) {
+            resizeColumn(target[i], std::min(maxRows, 2 * rows + 1));
+        }
+    }
+    std::uint64_t repaired = noLine;
+    const std::string complaint = storeRecord(layout, stream.record(), fields, target, rows, repaired);
+    noteRepaired(repaired);
+    if (complaint.empty()) {
+        ++rows;
+        return true;
+    }
+    if (!options.isSkipping) {
+        fail(stream.line(), complaint);
+    }
+    for (Column& column : target) {
+        if (column.isList()) {
+            resizeColumn(column, rows);
+        }
+    }
+    if (skippedRows++ == 0) {
+        firstComplaint = "\"" + options.file.string() + "\", line " + std::to_string(stream.line()) + complaint;
+    }
+    return true;
+}
+
+void CsvReader::reportSkipped() {
+    if (skippedRows == 0) {
+        return;
+    }
+    context.warn(std::to_string(skippedRows) + (skippedRows == 1 ? " row was" : " rows were") +
+                 " skipped; the first: " + firstComplaint);
+    skippedRows = 0;
+}
+
+}  // namespace velmorak

@@ -1,0 +1,30 @@
+#include "csv/CsvStream.h"
+
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+constexpr std::size_t recordsInPiece = 1024;
+constexpr std::size_t bytesInPiece = std::size_t{1} << 17U;
+
+}  // namespace
+
+void CsvStream::takePiece(CsvPiece given) {
+    piece = std::move(given);
+    records = CsvRecords(piece.text, *form, piece.line);
+}
+
+bool CsvStream::next(std::vector<CsvField>& fields) {
+    while (records.next(fields) != CsvRecords::Found::Record) {
+        CsvPiece more = pieces.next(recordsInPiece, bytesInPiece);
+        if (more.records == 0) {
+            return false;
+        }
+        takePiece(std::move(more));
+    }
+    return true;
+}
+
+}  // namespace velmorak

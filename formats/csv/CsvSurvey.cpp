@@ -1,0 +1,203 @@
+#include "csv/CsvSurvey.h"
+
+#include "csv/CsvScan.h"
+
+#include <velmorak/Ahead.h>
+#include <velmorak/Tasks.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <utility>
+
+namespace velmorak {
+
+namespace {
+
+constexpr std::size_t bytesInPiece = std::size_t{1} << 20U;
+constexpr std::size_t piecesAheadPerThread = 2;
+/// A number of so many digits is in the range of integers.
+constexpr std::ptrdiff_t safeDigits = 18;
+
+using Integers = std::vector<CsvInteger>;
+
+class Look {
+public:
+    Look(const CsvForm& form, const CsvNotation& notation, Integers columns)
+        : form(form), notation(notation), columns(std::move(columns)) {
+        for (std::size_t i = 0; i < this->columns.size(); ++i) {
+            fieldsToRead = this->columns[i] == CsvInteger::Yes ? i + 1 : fieldsToRead;
+        }
+    }
+
+    /// @return the columns after a look at the piece.
+    Integers at(const CsvPiece& piece) {
+        const bool isPlain =
+            piece.text.find('"') == std::string_view::npos && form.delimiter != ' ' && notation.isPlain();
+        if (isPlain) {
+            lookAtLines(piece.text);
+        } else {
+            lookAtRecords(piece);
+        }
+        return std::move(columns);
+    }
+
+private:
+    void lookAtLines(std::string_view text);
+    const char* lookAtLine(const char* place, const char* end);
+    const char* lookAtField(const char* begin, const char* end, CsvInteger& column) const;
+    void lookAtRecords(const CsvPiece& piece);
+    void see(const CsvField& field, CsvInteger& column) const;
+
+    const CsvForm& form;
+    const CsvNotation& notation;
+    Integers columns;
+    std::size_t fieldsToRead = 0;
+};
+
+void Look::see(const CsvField& field, CsvInteger& column) const {
+    TypeGuess guess;
+    guess.see(field, notation);
+    const bool fits = guess.hasValue() && guess.type() == ColumnType::Integer;
+    const bool isNumber = isMissing(field, notation) || guess.type() == ColumnType::Real;
+    column = !fits && isNumber ? CsvInteger::Widened : column;
+}
+
+/// @return the end of the field.
+const char* Look::lookAtField(const char* begin, const char* end, CsvInteger& column) const {
+    const char* const digits = begin + (begin != end && *begin == '-' ? 1 : 0);
+    const char* past = digits;
+    while (past != end && *past >= '0' && *past <= '9') {
+        ++past;
+    }
+    past += past != end && *past == '\r' && past + 1 != end && past[1] == '\n' ? 1 : 0;
+    const bool isAtEnd = past == end || *past == form.delimiter || *past == '\n';
+    if (isAtEnd && past != digits && past - digits <= safeDigits) {
+        return past;
+    }
+    past = fieldEnd(begin, end, form.delimiter);
+    const char* last = past;
+    while (last != begin && (last[-1] == ' ' || last[-1] == '\t' || last[-1] == '\r')) {
+        --last;
+    }
+    while (begin != last && (*begin == ' ' || *begin == '\t')) {
+        ++begin;
+    }
+    see({{begin, static_cast<std::size_t>(last - begin)}, false}, column);
+    return past;
+}
+
+/// @return the place after the line feed.
+const char* Look::lookAtLine(const char* place, const char* end) {
+    for (std::size_t i = 0; i < fieldsToRead; ++i) {
+        place =
+            columns[i] == CsvInteger::Yes ? lookAtField(place, end, columns[i]) : fieldEnd(place, end, form.delimiter);
+        if (place == end || *place == '\n') {
+            break;
+        }
+        ++place;
+    }
+    const auto* const lineEnd =
+        place == end ? nullptr
+                     : static_cast<const char*>(std::memchr(place, '\n', static_cast<std::size_t>(end - place)));
+    return lineEnd ? lineEnd + 1 : end;
+}
+
+/// Looks at text without quotes.
+void Look::lookAtLines(std::string_view text) {
+    const char* const end = text.data() + text.size();
+    for (const char* place = text.data(); place < end;) {
+        const char* first = place;
+        while (first != end && (*first == ' ' || (*first == '\t' && form.delimiter != '\t'))) {
+            ++first;
+        }
+        const std::string_view rest(first, static_cast<std::size_t>(end - first));
+        const bool isComment = !form.comment.empty() && rest.starts_with(form.comment);
+        if (isComment || rest.empty() || rest.front() == '\n' || rest.starts_with("\r\n")) {
+            const std::size_t lineEnd = rest.find('\n');
+            place = lineEnd == std::string_view::npos ? end : first + lineEnd + 1;
+        } else {
+            place = lookAtLine(place, end);
+        }
+    }
+}
+
+void Look::lookAtRecords(const CsvPiece& piece) {
+    CsvRecords records(piece.text, form, piece.line);
+    std::vector<CsvField> fields;
+    while (records.next(fields) == CsvRecords::Found::Record) {
+        for (std::size_t i = 0; i < fieldsToRead && fields.size() == columns.size(); ++i) {
+            if (columns[i] == CsvInteger::Yes) {
+                see(fields[i], columns[i]);
+            }
+        }
+    }
+}
+
+/// Looks at pieces on several threads.
+class Looks {
+public:
+    Looks(const CsvForm& form, const CsvNotation& notation, Integers& columns)
+        : form(form), notation(notation), columns(columns), window(piecesAheadPerThread * runThreads()) {}
+    Looks(const Looks&) = delete;
+    Looks& operator=(const Looks&) = delete;
+    ~Looks() {
+        for (const auto& look : ahead) {
+            look->cancel();
+        }
+    }
+
+    void add(CsvPiece piece) {
+        if (ahead.size() == window) {
+            takeOne();
+        }
+        ahead.push_back(Ahead<Integers>::begin(
+            [this, piece = std::move(piece), columns = columns] { return Look(form, notation, columns).at(piece); }));
+    }
+
+    void takeAll() {
+        while (!ahead.empty()) {
+            takeOne();
+        }
+    }
+
+private:
+    void takeOne() {
+        const Integers seen = ahead.front()->take();
+        ahead.pop_front();
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            columns[i] = seen[i] == CsvInteger::Widened ? CsvInteger::Widened : columns[i];
+        }
+    }
+
+    const CsvForm& form;
+    const CsvNotation& notation;
+    Integers& columns;
+    const std::size_t window;
+    std::deque<std::shared_ptr<Ahead<Integers>>> ahead;
+};
+
+CsvPiece nextPiece(CsvPieces& pieces) {
+    try {
+        return pieces.next(SIZE_MAX, bytesInPiece);
+    } catch (const Failure&) {
+        return {};  // The rows before the damage are read, and then the damage is reported.
+    }
+}
+
+}  // namespace
+
+void surveyIntegers(CsvPieces& pieces, const CsvForm& form, const CsvNotation& notation,
+                    std::vector<CsvInteger>& columns) {
+    Looks looks(form, notation, columns);
+    const auto hasIntegers = [&] {
+        return std::find(columns.begin(), columns.end(), CsvInteger::Yes) != columns.end();
+    };
+    for (CsvPiece piece = nextPiece(pieces); piece.records > 0 && hasIntegers(); piece = nextPiece(pieces)) {
+        looks.add(std::move(piece));
+    }
+    looks.takeAll();
+}
+
+}  // namespace velmorak

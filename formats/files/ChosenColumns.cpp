@@ -1,0 +1,107 @@
+#include "files/ChosenColumns.h"
+
+#include <velmorak/Text.h>
+
+#include <cstddef>
+#include <optional>
+#include <utility>
+
+namespace velmorak {
+namespace {
+
+std::vector<std::size_t> positionsOf(const std::vector<std::string>& columns, const Schema& schema) {
+    std::vector<std::size_t> positions;
+    for (const std::string& name : columns) {
+        const std::optional<std::size_t> position = schema.find(name);
+        if (!position) {
+            std::vector<std::string> known;
+            for (const ColumnInfo& column : schema.columns()) {
+                known.push_back(column.name);
+            }
+            throw Failure("columns", "there is no column " + velmorak::quoted(name) + suggestion(name, known));
+        }
+        positions.push_back(*position);
+    }
+    return positions;
+}
+
+class ChosenReader : public TableReader {
+public:
+    ChosenReader(std::unique_ptr<TableReader> whole, const std::vector<std::string>& columns)
+        : whole(std::move(whole)), positions(positionsOf(columns, this->whole->schema())) {
+        for (const std::size_t position : positions) {
+            chosen.add(this->whole->schema()[position]);
+        }
+    }
+
+    const Schema& schema() const override { return chosen; }
+    void selectColumns(const std::vector<bool>& needed) override;
+    bool next(Chunk& chunk) override { return whole->next(chunk); }
+    std::uint64_t fileCount() const override { return whole->fileCount(); }
+    std::size_t rowsPerChunk() const override { return whole->rowsPerChunk(); }
+    void complete(Chunk& chunk) const override;
+    std::optional<double> fraction() const override { return whole->fraction(); }
+
+private:
+    std::unique_ptr<TableReader> whole;
+    std::vector<std::size_t> positions;  ///< Of the chosen columns in the whole.
+    Schema chosen;
+};
+
+void ChosenReader::selectColumns(const std::vector<bool>& needed) {
+    std::vector<bool> all(whole->schema().size(), false);
+    for (std::size_t i = 0; i < positions.size(); ++i) {
+        all[positions[i]] = all[positions[i]] || needed[i];
+    }
+    whole->selectColumns(all);
+}
+
+void ChosenReader::complete(Chunk& chunk) const {
+    whole->complete(chunk);
+    std::vector<ColumnPtr> columns;
+    if (chunk.rows > 0) {
+        for (const std::size_t position : positions) {
+            columns.push_back(chunk.columns[position]);
+        }
+    }
+    chunk.columns = std::move(columns);
+}
+
+class ChosenOpener : public FileOpener {
+public:
+    ChosenOpener(std::shared_ptr<const FileOpener> whole, std::vector<std::string> columns)
+        : whole(std::move(whole)), columns(std::move(columns)) {}
+
+    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
+        const FileColumns all = whole->columnsOf(file, context);
+        FileColumns chosen;
+        for (const std::size_t position : positionsOf(columns, all.schema)) {
+            chosen.schema.add(all.schema[position]);
+            if (all.undecided.contains(all.schema[position].name)) {
+                chosen.undecided.insert(all.schema[position].name);
+            }
+        }
+        return chosen;
+    }
+
+    std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* wanted,
+                                      RunContext& context) const override {
+        return std::make_unique<ChosenReader>(whole->open(file, wanted, context), columns);
+    }
+
+private:
+    const std::shared_ptr<const FileOpener> whole;
+    const std::vector<std::string> columns;
+};
+
+}  // namespace
+
+std::shared_ptr<const FileOpener> withColumns(std::shared_ptr<const FileOpener> opener,
+                                              std::vector<std::string> columns) {
+    if (columns.empty()) {
+        return opener;
+    }
+    return std::make_shared<ChosenOpener>(std::move(opener), std::move(columns));
+}
+
+}  // namespace velmorak

@@ -1,0 +1,142 @@
+#include "numpy/Literal.h"
+
+#include <velmorak/Failure.h>
+#include <velmorak/Utf8.h>
+
+#include <charconv>
+#include <cstddef>
+
+namespace velmorak::numpy {
+namespace {
+
+constexpr int maxDepth = 32;
+
+class Parser {
+public:
+    explicit Parser(std::string_view text) : rest(text) {}
+
+    Literal whole() {
+        Literal value = any(0);
+        skipBlanks();
+        if (!rest.empty()) {
+            fail();
+        }
+        return value;
+    }
+
+private:
+    [[noreturn]] static void fail() { throw Failure("its header cannot be read"); }
+    void skipBlanks();
+    bool take(std::string_view word);
+    Literal any(int depth);
+    Literal items(Literal::Kind kind, char end, int depth);
+    Literal text();
+    Literal integer();
+
+    std::string_view rest;
+};
+
+void Parser::skipBlanks() {
+    while (!rest.empty() && (rest.front() == ' ' || rest.front() == '\n' || rest.front() == '\t')) {
+        rest.remove_prefix(1);
+    }
+}
+
+bool Parser::take(std::string_view word) {
+    skipBlanks();
+    if (!rest.starts_with(word)) {
+        return false;
+    }
+    rest.remove_prefix(word.size());
+    return true;
+}
+
+Literal Parser::any(int depth) {
+    if (depth > maxDepth) {
+        fail();
+    }
+    if (take("{")) {
+        return items(Literal::Kind::Dictionary, '}', depth);
+    }
+    if (take("(")) {
+        return items(Literal::Kind::Sequence, ')', depth);
+    }
+    if (take("[")) {
+        return items(Literal::Kind::Sequence, ']', depth);
+    }
+    if (take("True")) {
+        return {.kind = Literal::Kind::Truth, .integer = 1};
+    }
+    if (take("False")) {
+        return {.kind = Literal::Kind::Truth};
+    }
+    if (take("None")) {
+        return {};
+    }
+    skipBlanks();
+    return !rest.empty() && (rest.front() == '\'' || rest.front() == '"') ? text() : integer();
+}
+
+Literal Parser::items(Literal::Kind kind, char end, int depth) {
+    Literal list{.kind = kind};
+    while (!take({&end, 1})) {
+        list.items.push_back(any(depth + 1));
+        if (kind == Literal::Kind::Dictionary) {
+            if (!take(":")) {
+                fail();
+            }
+            list.items.push_back(any(depth + 1));
+        }
+        if (!take(",") && (rest.empty() || rest.front() != end)) {
+            fail();
+        }
+    }
+    return list;
+}
+
+Literal Parser::text() {
+    Literal literal{.kind = Literal::Kind::Text};
+    const char quote = rest.front();
+    rest.remove_prefix(1);
+    while (!rest.empty() && rest.front() != quote) {
+        if (rest.front() == '\\' && rest.size() > 1) {
+            rest.remove_prefix(1);
+        }
+        literal.text += rest.front();
+        rest.remove_prefix(1);
+    }
+    if (rest.empty()) {
+        fail();
+    }
+    rest.remove_prefix(1);
+    literal.text = toUtf8(literal.text);
+    return literal;
+}
+
+Literal Parser::integer() {
+    Literal literal{.kind = Literal::Kind::Integer};
+    const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), literal.integer);
+    if (error != std::errc()) {
+        fail();
+    }
+    rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
+    take("L");  // Python 2 wrote long integers with it.
+    return literal;
+}
+
+}  // namespace
+
+const Literal* Literal::find(std::string_view key) const {
+    for (std::size_t i = 0; kind == Kind::Dictionary && i + 1 < items.size(); i += 2) {
+        if (items[i].text == key) {
+            return &items[i + 1];
+        }
+    }
+    return nullptr;
+}
+
+Literal literalIn(std::string_view text) {
+    return Parser(text).whole();
+}
+
+}  // namespace velmorak::numpy

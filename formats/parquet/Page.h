@@ -1,0 +1,56 @@
+#pragma once
+
+#include "parquet/Leaves.h"
+#include "parquet/PageHeader.h"
+
+#include <memory>
+
+namespace velmorak::parquet {
+
+/// A page in a file.
+struct PageSpot {
+    std::uint64_t position = 0;  ///< Of the content, after the header.
+    PageHeader header;
+    std::uint64_t firstRow = 0;  ///< In the row group.
+    std::uint64_t rows = 0;      ///< That begin in the page.
+    /// The page begins with further elements of the list in the row before firstRow.
+    bool continues = false;
+};
+
+/// The rows that begin in a page. A list column has elements before offsets[0] where the page continues a row.
+struct DecodedPage {
+    Column column;
+
+    std::size_t bytes() const;
+};
+
+/// Reads pages of one column in one row group.
+class PageReader {
+public:
+    /// @param leaf outlives this, as the file does.
+    PageReader(const columnar::FileBytes& file, const Leaf& leaf, Codec codec) : file(file), leaf(leaf), codec(codec) {}
+
+    /// @throws Failure if the page is damaged.
+    Column dictionary(const PageSpot& spot, ColumnType type) const;
+    /// @param dictionary null if the column has none.
+    DecodedPage page(const PageSpot& spot, const Column* dictionary, ColumnType type) const;
+    /// Sets rows and continues of a page, for which its levels must be decoded unless its header tells them.
+    void countRows(PageSpot& spot) const;
+
+private:
+    struct Content;
+
+    Content content(const PageSpot& spot) const;
+    Content contentV2(const PageSpot& spot, columnar::Block&& raw) const;
+    columnar::Block raw(const PageSpot& spot) const;
+    std::vector<std::uint8_t> levels(Bytes& bytes, Encoding encoding, unsigned maximum, std::size_t count) const;
+    Column values(const Content& content, const PageHeader& header, std::size_t count, const Column* dictionary,
+                  ColumnType type) const;
+    DecodedPage list(const Content& content, const PageSpot& spot, const Column* dictionary, ColumnType type) const;
+
+    const columnar::FileBytes& file;
+    const Leaf& leaf;
+    Codec codec;
+};
+
+}  // namespace velmorak::parquet

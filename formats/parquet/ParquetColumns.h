@@ -1,0 +1,43 @@
+#pragma once
+
+#include "columnar/ColumnSource.h"
+#include "columnar/PartCache.h"
+#include "parquet/ChunkPages.h"
+
+#include <memory>
+
+namespace velmorak::parquet {
+
+/// The columns of a Parquet file.
+class ParquetColumns : public columnar::ColumnSource {
+public:
+    /// @throws Failure if the file is missing or its description is damaged.
+    explicit ParquetColumns(const std::filesystem::path& path);
+
+    const FileMetadata& metadata() const { return description; }
+    const std::filesystem::path& path() const override { return file.path(); }
+    std::uint64_t rows() const override { return firstRows.back(); }
+    std::size_t size() const override { return all.size(); }
+    /// Values of integer and boolean columns are real if some may be missing.
+    ColumnInfo info(std::size_t position) const override;
+    const std::string& complaint(std::size_t position) const override { return all[position].complaint; }
+    ColumnPtr read(std::size_t position, ColumnType type, std::uint64_t first, std::uint64_t rows) const override;
+
+private:
+    struct Range;
+
+    void checkGroups();
+    bool hasMissing(std::size_t leaf) const;
+    ColumnPtr readGroup(const Range& range, std::uint64_t rows, Column& target) const;
+    std::shared_ptr<const DecodedPage> decoded(const Range& range, const ChunkPages& pages, std::size_t page,
+                                               std::uint64_t used) const;
+
+    columnar::FileBytes file;
+    FileMetadata description;
+    std::vector<Leaf> all;
+    std::vector<std::uint64_t> firstRows;  ///< Of each row group; at the end, the number of all rows.
+    mutable columnar::PartCache<ChunkPages> chunks;
+    mutable columnar::PartCache<DecodedPage> pages;
+};
+
+}  // namespace velmorak::parquet

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "columnar/ColumnSource.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Parquet files as tables. See docs/parquet.md.
+namespace velmorak {
+
+/// Whether a file that begins with these bytes is a Parquet file.
+bool isParquet(std::string_view firstBytes);
+
+/// @throws Failure if the file is missing or is not a Parquet file.
+columnar::TableSummary summariseParquet(const std::filesystem::path& file);
+
+/// Opens a file. Pages are decoded when a chunk is completed, on any thread.
+/// @param columns names of the columns to provide, in this order; empty for all that can be read.
+/// @param wanted  where it has an integer or boolean column as reals, so do the chunks; may be null.
+/// @throws Failure also if there is no such column, with a list of the existing ones, and for a column that cannot be
+///         read, with the reason.
+std::unique_ptr<TableReader> openParquet(const std::filesystem::path& file, const std::vector<std::string>& columns,
+                                         const Schema* wanted, RunContext& context);
+
+}  // namespace velmorak

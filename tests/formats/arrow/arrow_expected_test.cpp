@@ -1,0 +1,164 @@
+#include <arrow/ArrowFile.h>
+
+#include "Npm.h"
+#include "ReadTable.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace velmorak {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+ReadTable readFile(const fs::path& file) {
+    QuietContext context;
+    return readTable(*openArrow(file, {}, nullptr, context));
+}
+
+/// A file that the npm package apache-arrow writes.
+struct Written {
+    std::string form;
+    std::string compression;
+    int batches = 0;
+};
+
+class ArrowFiles : public testing::TestWithParam<Written> {
+protected:
+    void SetUp() override {
+        if (const std::string reason = npm::missing({"apache-arrow"}); !reason.empty()) {
+            GTEST_SKIP() << reason;
+        }
+        const Written& written = GetParam();
+        file = fs::path(testing::TempDir()) /
+               (written.form + written.compression + std::to_string(written.batches) + ".arrow");
+        values =
+            Json::parse(npm::run(fs::path(SCRIPTS) / "write.mjs",
+                                 {file.string(), written.form, written.compression, std::to_string(written.batches)}));
+    }
+    void TearDown() override { fs::remove(file); }
+
+    fs::path file;
+    Json values;
+};
+
+void compareValue(const Column& column, std::size_t i, const Json& expected) {
+    if (column.type() == ColumnType::Text) {
+        EXPECT_EQ(column.texts()[i], expected.is_null() ? "" : expected.get<std::string>());
+    } else if (column.type() == ColumnType::Integer) {
+        EXPECT_EQ(std::to_string(column.integers()[i]),
+                  expected.is_string() ? expected.get<std::string>() : expected.dump());
+    } else if (column.type() == ColumnType::Boolean) {
+        EXPECT_EQ(column.booleans()[i] != 0, expected.get<bool>());
+    } else if (expected.is_null() || expected == "NaN") {
+        EXPECT_TRUE(std::isnan(column.reals()[i]));
+    } else if (expected.is_string()) {
+        EXPECT_EQ(column.reals()[i], std::stod(expected.get<std::string>()));
+    } else {
+        EXPECT_EQ(column.reals()[i],
+                  expected.is_boolean() ? (expected.get<bool>() ? 1.0 : 0.0) : expected.get<double>());
+    }
+}
+
+/// The values of a row; those of lists in lists one after the other.
+void flatten(const Json& value, std::vector<Json>& values) {
+    if (value.is_array()) {
+        for (const Json& each : value) {
+            flatten(each, values);
+        }
+    } else {
+        values.push_back(value);
+    }
+}
+
+void compareColumn(const Column& column, const Json& rows) {
+    if (!column.isList()) {
+        ASSERT_EQ(column.valueCount(), rows.size());
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            compareValue(column, i, rows[i]);
+        }
+        return;
+    }
+    ASSERT_EQ(column.offsets.size(), rows.size() + 1);
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        std::vector<Json> expected;
+        if (!rows[row].is_null()) {
+            flatten(rows[row], expected);
+        }
+        ASSERT_EQ(column.offsets[row + 1] - column.offsets[row], expected.size()) << "row " << row;
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            compareValue(column, column.offsets[row] + i, expected[i]);
+        }
+    }
+}
+
+TEST_P(ArrowFiles, haveTheValuesThatApacheArrowWrote) {
+    const ReadTable table = readFile(file);
+    EXPECT_EQ(table.rows, static_cast<std::uint64_t>(40 * GetParam().batches));
+    EXPECT_EQ(table.schema.size(), values.size());
+    for (const auto& [name, column] : table.columns) {
+        SCOPED_TRACE(name);
+        compareColumn(column, values.at(name));
+    }
+}
+
+TEST_P(ArrowFiles, haveReadableSummaries) {
+    const columnar::TableSummary summary = summariseArrow(file);
+    EXPECT_EQ(summary.rows, static_cast<std::uint64_t>(40 * GetParam().batches));
+    for (const auto& column : summary.columns) {
+        EXPECT_EQ(column.complaint, "") << column.info.name;
+    }
+}
+
+/// Every byte in turn is wrong, or the last one: the file is read or refused with a sentence that names it.
+TEST_P(ArrowFiles, thatAreDamagedAreReadOrRefusedWithASentence) {
+    std::ifstream stream(file, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    const fs::path damaged = file.string() + ".damaged";
+    int refused = 0;
+    for (std::size_t i = 0; i < bytes.size(); i += 37) {
+        std::string other = i % 2 == 0 ? bytes.substr(0, i) : bytes;
+        if (i < other.size()) {
+            other[i] = static_cast<char>(~other[i]);
+        }
+        std::ofstream(damaged, std::ios::binary) << other;
+        try {
+            readFile(damaged);
+        } catch (const Failure& failure) {
+            EXPECT_NE(std::string(failure.what()).find(".damaged"), std::string::npos) << failure.what();
+            ++refused;
+        }
+    }
+    EXPECT_GT(refused, 10);
+    fs::remove(damaged);
+}
+
+INSTANTIATE_TEST_SUITE_P(OfEveryForm, ArrowFiles,
+                         testing::Values(Written{"file", "none", 3}, Written{"file", "lz4", 2},
+                                         Written{"file", "zstd", 3}, Written{"stream", "none", 2},
+                                         Written{"stream", "zstd", 1}, Written{"file", "none", 0}),
+                         [](const auto& instance) {
+                             const Written& written = instance.param;
+                             return written.form + "_" + written.compression + "_" + std::to_string(written.batches);
+                         });
+
+TEST(ArrowTable, refusesOtherFilesWithASentence) {
+    const fs::path file = fs::path(testing::TempDir()) / "no.arrow";
+    std::ofstream(file) << "x,y\n1,2\n3,4\n";
+    try {
+        readFile(file);
+        ADD_FAILURE();
+    } catch (const Failure& failure) {
+        EXPECT_NE(std::string(failure.what()).find("no.arrow: it is neither an Arrow file"), std::string::npos);
+    }
+    fs::remove(file);
+}
+
+}  // namespace
+}  // namespace velmorak

@@ -1,0 +1,13 @@
+#include "RootInput.h"
+
+// The RNTuples of a ROOT file: header, footer, page lists, pages.
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace velmorak;
+    fuzz::forEachRootObject(data, size, [](const std::filesystem::path& file, const RootEntry& entry) {
+        if (entry.className == "ROOT::RNTuple") {
+            fuzz::readRootTable(file, entry.path);
+        }
+    });
+    return 0;
+}
