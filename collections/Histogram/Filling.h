@@ -7,6 +7,7 @@
 #include <velmorak/Kind.h>
 #include <velmorak/OrderedAccumulation.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
@@ -60,7 +61,12 @@ inline Naming::Naming(const Arguments& arguments, RunContext& context, std::vect
 
 template <typename Object>
 void Naming::warnIfEmpty(const Object& object) const {
-    if (object.inRange().entries > 0) {
+    constexpr std::size_t manyCells = 1000000;
+    const auto isFilled = [](const auto& cell) { return cell.entries > 0; };
+    const bool isFound = object.cells().size() > manyCells  // Looked at only up to the first entry.
+                             ? std::any_of(object.cells().begin(), object.cells().end(), isFilled)
+                             : object.inRange().entries > 0;
+    if (isFound) {
         return;
     }
     std::int64_t outside = 0;

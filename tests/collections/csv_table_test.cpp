@@ -100,7 +100,8 @@ TEST_F(Csv, typesCanBeGiven) {
     bench.set("types", "run: text; x: real").run();
     EXPECT_EQ(typeOf("run"), "text");
     EXPECT_EQ(typeOf("x"), "real");
-    EXPECT_EQ(bench.set("types", "z: real").failure(), "types: there is no column \"z\"");
+    EXPECT_EQ(bench.set("types", "z: real").failure(),
+              "types: there is no column \"z\"; the columns are \"x\", \"run\"");
     EXPECT_NE(bench.kind().refusal("types", "x: number"), "");
     EXPECT_NE(bench.kind().refusal("types", "x: real; x: text").find("the type of column \"x\" is given twice"),
               std::string::npos);

@@ -34,7 +34,7 @@ TEST_F(FileLists, aTypeHoldsForEachCsvFileThatHasTheColumn) {
     EXPECT_EQ(bench.table().schema[0].type, ColumnType::Text);
     EXPECT_EQ(bench.table().chunks[1].columns[0]->texts(), (Column::Texts{"2"}));
     bench.set("types", "y: real");
-    EXPECT_EQ(bench.failure(), "types: there is no column \"y\"");
+    EXPECT_EQ(bench.failure(), "types: there is no column \"y\"; the columns are \"x\", \"run\", \"more\"");
     bench.set("differing_files", "fail").set("types", "");
     EXPECT_THAT(bench.failure(), HasSubstr("2.csv\" has a column \"more\""));
 }

@@ -97,8 +97,16 @@ TEST(Histogram1DKind, theAxisShowsTheUnitOfTheColumn) {
 
 TEST(Histogram1DKind, aTableWithoutRowsGivesAnEmptyHistogram) {
     KindHarness bench("Histogram1D");
-    bench.set("expression", "x").set("bins", "3").wire("table", tableOf({{"x", {}}}, 2)).run();
+    bench.set("expression", "x").set("bins", "3").wire("table", tableOf({{"x", {}}}, 2)).expectWarnings().run();
     EXPECT_EQ(heights(*bench.histogram("histogram")), (std::vector<double>{0, 0, 0, 0, 0}));
+    EXPECT_EQ(bench.warnings(), std::vector<std::string>{"it has no entries"});
+}
+
+TEST(Histogram1DKind, withoutEntriesInItsRangeWarnsOnce) {
+    KindHarness bench("Histogram1D");
+    bench.set("expression", "x").set("bins", "3").set("low", "0").set("high", "1");
+    bench.wire("table", tableOf({{"x", {2, -1, std::numeric_limits<double>::quiet_NaN()}}}, 2)).expectWarnings().run();
+    EXPECT_EQ(bench.warnings(), std::vector<std::string>{"it has no entries in its range: 2 outside, 1 with NaN"});
 }
 
 test::SmallTable listTable() {

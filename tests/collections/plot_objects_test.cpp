@@ -280,7 +280,7 @@ TEST(PlotObjects, saysWhatIsNotDrawn) {
         return bench.warnings().empty() ? std::string() : bench.warnings().front();
     };
     EXPECT_EQ(warningOf({1, 0, 2}, "yes"), "");
-    EXPECT_EQ(warningOf({0, 0}, "no"), "");
+    EXPECT_EQ(warningOf({0, 0}, "no"), "there is nothing to draw: no object has entries or points");
     EXPECT_TRUE(hasText(warningOf({0, 0}, "yes"), "no value is above 0"));
     EXPECT_TRUE(hasText(warningOf({1, -2}, "yes"), "1 values are not drawn"));
     EXPECT_TRUE(hasText(warningOf({1, infinite}, "no"), "object: 1 bins"));

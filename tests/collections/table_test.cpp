@@ -111,8 +111,8 @@ TEST(Formula, aNameThatIsNeitherColumnNorNumberIsShown) {
     KindHarness bench("Formula");
     bench.set("column", "y").set("expression", "2 * energi").wire("table", tableOf({{"energy", {1}}}, 1));
     EXPECT_EQ(bench.failure(),
-              "expression: there is no column \"energi\", and no number at an input of that name; did you mean "
-              "\"energy\"?\n  2 * energi\n      ^");
+              "expression: there is no column \"energi\", and no number at an input of that name; the only "
+              "column is \"energy\"; did you mean \"energy\"?\n  2 * energi\n      ^");
 }
 
 TEST(Formula, theNameOfAnInputThatItHasAnywayIsAColumn) {

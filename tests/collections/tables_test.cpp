@@ -56,7 +56,7 @@ TEST(Select, dropsColumnsAndKeepsTheOthers) {
 TEST(Select, saysWhichColumnIsNotThere) {
     KindHarness bench("Select");
     bench.wire("table", tableOf({{"x", {1}}}, 2));
-    EXPECT_EQ(bench.set("columns", "w").failure(), "columns: there is no column \"w\"");
+    EXPECT_EQ(bench.set("columns", "w").failure(), "columns: there is no column \"w\"; the only column is \"x\"");
     EXPECT_EQ(bench.set("columns", "x x").failure(), "columns: column \"x\" is listed twice");
     EXPECT_EQ(bench.set("columns", " ").failure(), "columns: no column is left");
     EXPECT_EQ(bench.kind().refusal("columns", "`x"), "a back quote is not closed");

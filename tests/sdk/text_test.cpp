@@ -51,5 +51,16 @@ TEST(Suggestion, comparesLongNamesByTheirBeginnings) {
               "; did you mean \"" + beginning + std::string(100000, 'y') + "\"?");
 }
 
+TEST(ColumnsThere, areListedTheMostSimilarFirst) {
+    EXPECT_EQ(columnsThere("mas", {"pt", "mass", "eta"}), "; the columns are \"mass\", \"eta\", \"pt\"");
+    EXPECT_EQ(columnsThere("y", {"x"}), "; the only column is \"x\"");
+    EXPECT_EQ(columnsThere("y", {}), "");
+}
+
+TEST(ColumnsThere, areAtMostTwenty) {
+    const std::vector<std::string> columns(25, "x");
+    EXPECT_NE(columnsThere("y", columns).find("\"x\" and 5 more"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace velmorak

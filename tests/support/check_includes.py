@@ -42,7 +42,8 @@ def complaint(source, file, bracket, name, rows):
     own = row_of(str(file.relative_to(source)), rows)
     included = target(source, file, name)
     if included is None:
-        if TOOLKIT.match(name) and "gtkmm" not in rows[own]:
+        is_gio = name.startswith("gio/") and "Gio" in rows[own]
+        if TOOLKIT.match(name) and "gtkmm" not in rows[own] and not is_gio:
             return f"{own} does not know gtkmm"
         return "" if bracket == "<" else "there is no such header"
     other = row_of(included, rows)

@@ -310,7 +310,11 @@ void Collector::warn(const PlotObject& object, std::size_t strange, const std::s
     }
 }
 
+/// A logarithmic axis without values has a warning of its own.
 void Collector::warnIfBlank() {
+    if ((contents.map ? style.z : style.y).hasLog) {
+        return;
+    }
     const bool isEmptyMap = contents.map && std::all_of(contents.map->values.begin(), contents.map->values.end(),
                                                         [](double value) { return std::isnan(value); });
     if (isEmptyMap || (!contents.map && std::all_of(contents.series.begin(), contents.series.end(), isBlank))) {

@@ -2,13 +2,31 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace velmorak {
 namespace {
 
+/// The refusal without the list of columns that there are.
+std::string mistakeIn(std::string_view text) {
+    std::string refusal = refusalOf(text);
+    const std::size_t begin = refusal.find("; the columns are ");
+    if (begin != std::string::npos) {
+        const std::size_t end = std::min(refusal.find("; did you", begin), refusal.find('\n', begin));
+        refusal.erase(begin, end - begin);
+    }
+    return refusal;
+}
+
+TEST(ExpressionMistake, listsTheColumnsTheMostSimilarFirst) {
+    EXPECT_NE(refusalOf("x + tagg").find("there is no column \"tagg\"; the columns are \"tag\", "), std::string::npos)
+        << refusalOf("x + tagg");
+}
+
 TEST(ExpressionMistake, isShownWithACaretUnderThePlace) {
-    EXPECT_EQ(refusalOf("x + enrgy"), "there is no column \"enrgy\"\n  x + enrgy\n      ^");
-    EXPECT_EQ(refusalOf("x + tagg"), "there is no column \"tagg\"; did you mean \"tag\"?\n  x + tagg\n      ^");
-    EXPECT_EQ(refusalOf("é + 1"), "there is no column \"é\"\n  é + 1\n  ^");
+    EXPECT_EQ(mistakeIn("x + enrgy"), "there is no column \"enrgy\"\n  x + enrgy\n      ^");
+    EXPECT_EQ(mistakeIn("x + tagg"), "there is no column \"tagg\"; did you mean \"tag\"?\n  x + tagg\n      ^");
+    EXPECT_EQ(mistakeIn("é + 1"), "there is no column \"é\"\n  é + 1\n  ^");
     EXPECT_EQ(refusalOf("'é' == 1"), "a text and a number cannot be combined here\n  'é' == 1\n      ^");
     EXPECT_EQ(refusalOf("x +\n)"), "a value is missing before \")\"\n  x + )\n      ^");
 }
@@ -75,7 +93,7 @@ TEST(ExpressionMistake, nestsAsDeepAsThePageSays) {
 }
 
 TEST(ExpressionMistake, showsBytesThatAreNoCharacterAsReplacements) {
-    EXPECT_EQ(refusalOf("x + \xE9nergy"), "there is no column \"\uFFFDnergy\"\n  x + \uFFFDnergy\n      ^");
+    EXPECT_EQ(mistakeIn("x + \xE9nergy"), "there is no column \"\uFFFDnergy\"\n  x + \uFFFDnergy\n      ^");
     EXPECT_NE(refusalOf("'\xED\xA0\x80\x7F' == 1").find("  '\uFFFD\uFFFD\uFFFD ' == 1\n         ^"), std::string::npos);
 }
 
