@@ -48,7 +48,7 @@ TEST(Catalogue, offersTheKindsByGroup) {
          {"AidaTable", "AidaHistogram", "AidaProfile", "AidaPoints", "AidaFunction", "CsvTable", "RandomTable",
           "RootTable", "Table"}},
         {"Fit", {"Fit"}},
-        {"Formats", {"Hdf5Table", "NumpyTable", "SqliteTable"}},
+        {"Formats", {"FitsTable", "Hdf5Table", "NumpyTable", "SqliteTable"}},
         {"Histogram",
          {"Histogram1D", "Histogram2D", "Histogram3D", "Profile1D", "Profile2D", "CategoryHistogram", "Rebin", "Scale",
           "Combine", "Project", "Cumulative", "Compare", "Statistics"}},
