@@ -7,6 +7,9 @@
 /// Factories of the collection's kinds and file formats. What a kind does is described by its summary, ports and notes.
 namespace velmorak {
 
+std::unique_ptr<Kind> makeFitsTable();
+std::unique_ptr<FileFormat> makeFitsFormat();
+
 std::unique_ptr<Kind> makeHdf5Table();
 std::unique_ptr<FileFormat> makeHdf5Format();
 
