@@ -37,7 +37,8 @@ void readAll(const CsvOptions& options) {
         reader.complete(chunk);
         require(chunk.columns.size() == reader.schema().size(), "a chunk has the columns of its schema");
         for (const ColumnPtr& column : chunk.columns) {
-            require(column->valueCount() == chunk.rows, "a column has a value for each row");
+            const std::size_t values = column->isList() ? column->offsets.size() - 1 : column->valueCount();
+            require(values == chunk.rows, "a column has a value or a list for each row");
         }
         chunk = {};
     }
