@@ -91,5 +91,5 @@ public:
     std::string fileName;  ///< Where the document is kept; empty until SetFileName or ReadDocument says so.
 
 private:
-    [[maybe_unused]] Part* part;  ///< Made and freed by the library.
+    Part* part;  ///< Made and freed by the library.
 };

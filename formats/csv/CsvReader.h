@@ -40,7 +40,7 @@ public:
     const Schema& schema() const override { return columns; }
     /// Columns whose type was inferred without any value.
     const std::set<std::string>& columnsWithoutValues() const { return unseen; }
-    void selectColumns(const std::vector<bool>& needed);
+    void selectColumns(const std::vector<bool>& needed) override;
     bool next(Chunk& chunk) override;
     void complete(Chunk& chunk) const override;
     std::optional<double> fraction() const override { return stream.fraction(); }

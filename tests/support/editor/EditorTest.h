@@ -9,7 +9,7 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
+#include <source_location>
 #include <string>
 
 /// The main window, with its protected members accessible to tests.
@@ -56,17 +56,11 @@ public:
 std::string pathText(const Glib::RefPtr<Goocanvas::Path>& path);
 
 /// Runs the main loop until the condition is true. Guards against hanging: after ten seconds, it fails the test at the
-/// caller's line and returns false. Clang 14 does not compile the std::source_location of its C++ library.
-bool pumpUntil(const std::function<bool()>& condition, const char* file = __builtin_FILE(),
-               int line = __builtin_LINE());
+/// caller's line and returns false.
+bool pumpUntil(const std::function<bool()>& condition, std::source_location where = std::source_location::current());
 
 /// Runs the main loop until no events are pending.
 void pump();
-
-/// A manager that a test makes anew; final, because the destructor of its class is not virtual.
-struct OwnManager final : QzManager {
-    using QzManager::QzManager;
-};
 
 /// An editor with the recording library, which offers a few arithmetic kinds.
 class EditorTest : public ::testing::Test {
@@ -105,7 +99,7 @@ protected:
     /// Selects a box like a click on it.
     void select(const std::string& name);
 
-    std::optional<OwnManager> manager;
+    std::unique_ptr<QzManager> manager;
     std::unique_ptr<OpenWindow> window;
     std::string lastQuestion;
 
