@@ -47,7 +47,7 @@ private:
 Ports RootObjectKind::ports(const ValueTexts&) const {
     InputSpec file = summedFilesInput("ROOT file", "");
     if (!about.isSummed) {
-        file = {.name = "file", .description = "ROOT file.", .type = ValueType::Text};
+        file = {.name = "file", .description = "ROOT file to read.", .type = ValueType::Text};
     }
     return {{std::move(file), objectInput(about.output.name, about.example)}, {about.output}};
 }
@@ -85,7 +85,7 @@ public:
 };
 
 Ports RootValueKind::ports(const ValueTexts&) const {
-    return {{{.name = "file", .description = "ROOT file.", .type = ValueType::Text},
+    return {{{.name = "file", .description = "ROOT file to read.", .type = ValueType::Text},
              objectInput("number or text", "luminosity"),
              {.name = "type",
               .description = "What the object is.",

@@ -210,7 +210,8 @@ Element elementOf(std::string_view code) {
         case 'm':
             return momentOf(size, isSwapped, letter == 'M', rest);
         case 'O':
-            return unreadable(8, "it holds Python objects, which are not read");
+            // NumPy then writes all of the array in the form of the module pickle.
+            throw Failure("it holds Python objects, which are not read");
         default:
             return unreadable(size, "elements of type " + std::string(code) + " are not read");
     }

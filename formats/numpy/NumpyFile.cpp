@@ -103,17 +103,20 @@ ArrayColumn columnOf(const StoredArray& array, const Field& field, const std::st
             .count = field.count};
 }
 
-/// The columns of an array of numbers with two dimensions: one for each position in the second.
-void addPositions(const StoredArray& array, const Field& field, const std::string& stem,
-                  std::vector<ArrayColumn>& columns) {
+/// The columns of an array of numbers with two dimensions: one for each position in the second, or its parts.
+std::vector<ArrayColumn> positionsOf(const StoredArray& array, const std::string& stem) {
     const ArrayHeader& header = array.header;
-    const std::string part = field.name.empty() ? "" : "." + field.name;
+    std::vector<ArrayColumn> columns;
     for (std::uint64_t i = 0; i < header.shape[1]; ++i) {
-        ArrayColumn column = columnOf(array, field, stem + std::to_string(i + 1) + part);
-        column.offset += i * header.itemBytes * (header.isFortran ? header.shape[0] : 1);
-        column.rowStride = header.itemBytes * (header.isFortran ? 1 : header.shape[1]);
-        columns.push_back(std::move(column));
+        for (const Field& field : header.fields) {
+            const std::string part = field.name.empty() ? "" : "." + field.name;
+            ArrayColumn column = columnOf(array, field, stem + std::to_string(i + 1) + part);
+            column.offset += i * header.itemBytes * (header.isFortran ? header.shape[0] : 1);
+            column.rowStride = header.itemBytes * (header.isFortran ? 1 : header.shape[1]);
+            columns.push_back(std::move(column));
+        }
     }
+    return columns;
 }
 
 std::vector<std::string> namesOf(const std::vector<StoredArray>& arrays) {
@@ -235,11 +238,12 @@ std::vector<StoredArray> arraysIn(const PlainFile& file) {
 }
 
 std::vector<ArrayColumn> columnsOf(const StoredArray& array, bool names) {
+    if (array.header.shape.size() == 2) {
+        return positionsOf(array, names ? array.name + "_" : "c");
+    }
     std::vector<ArrayColumn> columns;
     for (const Field& field : array.header.fields) {
-        if (array.header.shape.size() == 2) {
-            addPositions(array, field, names ? array.name + "_" : "c", columns);
-        } else if (array.header.hasRecords) {
+        if (array.header.hasRecords) {
             columns.push_back(columnOf(array, field, names ? array.name + "." + field.name : field.name));
         } else {
             const std::string stem = array.name.empty() ? "value" : array.name;

@@ -280,7 +280,7 @@ TEST_F(Csv, aFileLargerThanTheReadersBuffer) {
 
 TEST_F(Csv, aFileThatIsNotThereIsNamed) {
     bench.set("file", "/nowhere/data.csv");
-    EXPECT_EQ(bench.failure(), "file: /nowhere/data.csv cannot be opened");
+    EXPECT_EQ(bench.failure(), ": /nowhere/data.csv cannot be opened: No such file or directory");
 }
 
 /// The bytes of a command's output.

@@ -86,7 +86,7 @@ TEST(Histogram1DKind, theAxisShowsTheUnitOfTheColumn) {
     test::SmallTable table;
     table.schema = Schema({{.name = "pt", .type = ColumnType::Real, .isList = false, .unit = "GeV"}});
     KindHarness bench("Histogram1D");
-    bench.set("expression", "pt").wire("table", table).run();
+    bench.set("expression", "pt").wire("table", table).expectWarnings().run();
     EXPECT_EQ(bench.histogram("histogram")->axis().title, "pt [GeV]");
     bench.set("expression", "2 * pt").run();
     EXPECT_EQ(bench.histogram("histogram")->axis().title, "2 * pt");

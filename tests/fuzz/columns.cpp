@@ -39,24 +39,25 @@ void makeNumbers(const std::string& text) {
 
 void guess(const std::string& text) {
     const CsvField field{.text = text, .isQuoted = false};
+    const CsvNotation notation{.missing = "NA"};
     TypeGuess guess;
-    guess.see(field, "NA");
+    guess.see(field, notation);
     Column column;
     switch (guess.type()) {
         case ColumnType::Real:
-            column.values = Column::Reals();
+            column.values = Column::Reals(1);
             break;
         case ColumnType::Integer:
-            column.values = Column::Integers();
+            column.values = Column::Integers(1);
             break;
         case ColumnType::Boolean:
-            column.values = Column::Booleans();
+            column.values = Column::Booleans(1);
             break;
         case ColumnType::Text:
-            column.values = Column::Texts();
+            column.values = Column::Texts(1);
             break;
     }
-    require(appendField(field, "NA", column), "a value can be read as the type that is guessed from it");
+    require(storeField(field, notation, column, 0), "a value can be read as the type that is guessed from it");
 }
 
 }  // namespace

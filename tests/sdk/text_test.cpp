@@ -52,7 +52,7 @@ TEST(Suggestion, comparesLongNamesByTheirBeginnings) {
 }
 
 TEST(ColumnsThere, areListedTheMostSimilarFirst) {
-    EXPECT_EQ(columnsThere("mas", {"pt", "mass", "eta"}), "; the columns are \"mass\", \"eta\", \"pt\"");
+    EXPECT_EQ(columnsThere("mas", {"pt", "mass", "eta"}), "; the columns are \"mass\", \"pt\", \"eta\"");
     EXPECT_EQ(columnsThere("y", {"x"}), "; the only column is \"x\"");
     EXPECT_EQ(columnsThere("y", {}), "");
 }

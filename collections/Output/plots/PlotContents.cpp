@@ -4,6 +4,7 @@
 #include "PlotText.h"
 
 #include <velmorak/DataObjects.h>
+#include <velmorak/Dates.h>
 #include <velmorak/Failure.h>
 
 #include <algorithm>
@@ -29,7 +30,8 @@ std::string unitIn(const std::string& axisTitle) {
 std::string heightTitle(const BinSums& sums, const Axis& axis, const std::string& xTitle) {
     const bool isWeighted = sums.w != static_cast<double>(sums.entries) || sums.ww != sums.w;
     const std::string quantity = isWeighted ? "Sum of weights" : "Entries";
-    const std::string unit = unitIn(xTitle);
+    const std::string given = unitIn(xTitle);
+    const std::string unit = given == dateUnit ? "s" : given;
     if (!axis.isRegular() || unit.empty()) {
         return quantity + " / bin";
     }

@@ -94,7 +94,8 @@ std::vector<Place> allPlaces() {
 std::vector<const Function*> writtenFunctions() {
     std::vector<const Function*> written;
     for (const Function& function : expression::allFunctions()) {
-        if (!function.documentation.subject.empty()) {
+        // A function of texts has no place where there are only numbers.
+        if (!function.documentation.subject.empty() && function.rule != Rule::Texts) {
             written.push_back(&function);
         }
     }

@@ -88,10 +88,11 @@ TEST(LibraryConfig, theEnvironmentComesBeforeWhatLiesBesideTheLibrary) {
     setenv("VELMORAK_EXAMPLES", "/one::/two:", 1);
     const Catalogue::SearchPath places = libraryConfigFromEnvironment().search;
     unsetenv("VELMORAK_EXAMPLES");
-    ASSERT_EQ(places.collections.size(), 2U);
+    ASSERT_EQ(places.collections.size(), 3U);
     EXPECT_EQ(places.collections[0], TEST_COLLECTIONS);
-    EXPECT_TRUE(fs::exists(places.collections[1].parent_path() / "QzManager.so"));
-    EXPECT_EQ(places.collections[1].filename(), "collections");
+    EXPECT_EQ(places.collections[1], fs::path(std::getenv("XDG_DATA_HOME")) / "velmorak" / "collections");
+    EXPECT_TRUE(fs::exists(places.collections[2].parent_path() / "QzManager.so"));
+    EXPECT_EQ(places.collections[2].filename(), "collections");
     ASSERT_EQ(places.examples.size(), 3U);
     EXPECT_EQ(places.examples[0], "/one");
     EXPECT_EQ(places.examples[1], "/two");

@@ -30,7 +30,7 @@ TEST_F(ResultReuse, theFirstRunExecutesWhatTheStartNeedsAndNothingElse) {
         EXPECT_EQ(status(name), NodeStatus::Done) << name;
     }
     EXPECT_EQ(status("apart"), NodeStatus::NotRequested);
-    EXPECT_TRUE(wasSaid("Not run, because nothing leads to it from \"rows\": \"apart\"")) << messages.str();
+    EXPECT_TRUE(wasSaid("Not run, because nothing leads to it from \"last\": \"apart\"")) << messages.str();
 }
 
 TEST_F(ResultReuse, theSecondRunOfAnUnchangedPipelineExecutesNothing) {
