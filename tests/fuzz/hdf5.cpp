@@ -1,42 +1,13 @@
-#include "InputFile.h"
-#include "QuietContext.h"
-#include "ReadTable.h"
-#include "Target.h"
+#include "TableFile.h"
 
 #include "hdf5/Hdf5File.h"
 
 // An HDF5 file: its list and each of its tables.
-
-namespace velmorak::fuzz {
-namespace {
-
-template <typename Work>
-void refusing(const Work& work) {
-    try {
-        work();
-    } catch (const Failure&) {
-    } catch (const Stopped&) {
-    }
-}
-
-void read(const std::filesystem::path& file, const std::string& object) {
-    // A few bytes can announce billions of rows without any bytes.
-    constexpr long maxPolls = 100;
-    QuietContext context(maxPolls);
-    readTable(*openHdf5Table(file, object, {}, context));
-}
-
-}  // namespace
-}  // namespace velmorak::fuzz
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace velmorak::fuzz;
-    const InputFile file(textOf(data, size));
-    refusing([&] {
-        for (const velmorak::FileObject& object : velmorak::listHdf5(file.path())) {
-            refusing([&] { read(file.path(), object.path); });
-        }
-    });
-    refusing([&] { read(file.path(), ""); });
+    using namespace velmorak;
+    const auto open = [](const auto& file, const std::string& object, RunContext& context) {
+        return openHdf5Table(file, object, {}, context);
+    };
+    fuzz::readObjects(fuzz::textOf(data, size), listHdf5, open);
     return 0;
 }

@@ -1,42 +1,13 @@
-#include "InputFile.h"
-#include "QuietContext.h"
-#include "ReadTable.h"
-#include "Target.h"
+#include "TableFile.h"
 
 #include "numpy/NumpyFile.h"
 
 // A .npy or .npz file: its list, each of its arrays, and all of them together.
-
-namespace velmorak::fuzz {
-namespace {
-
-template <typename Work>
-void refusing(const Work& work) {
-    try {
-        work();
-    } catch (const Failure&) {
-    } catch (const Stopped&) {
-    }
-}
-
-void read(const std::filesystem::path& file, const std::string& object) {
-    // A few bytes can announce billions of rows without any bytes.
-    constexpr long maxPolls = 100;
-    QuietContext context(maxPolls);
-    readTable(*openNumpyTable(file, object, {}, context));
-}
-
-}  // namespace
-}  // namespace velmorak::fuzz
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace velmorak::fuzz;
-    const InputFile file(textOf(data, size));
-    refusing([&] {
-        for (const velmorak::FileObject& object : velmorak::listNumpy(file.path())) {
-            refusing([&] { read(file.path(), object.path); });
-        }
-    });
-    refusing([&] { read(file.path(), ""); });
+    using namespace velmorak;
+    const auto open = [](const auto& file, const std::string& object, RunContext& context) {
+        return openNumpyTable(file, object, {}, context);
+    };
+    fuzz::readObjects(fuzz::textOf(data, size), listNumpy, open);
     return 0;
 }

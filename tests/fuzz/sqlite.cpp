@@ -1,6 +1,4 @@
-#include "QuietContext.h"
-#include "ReadTable.h"
-#include "Target.h"
+#include "TableFile.h"
 
 #include "sqlite/SqliteFile.h"
 
@@ -12,15 +10,6 @@
 
 namespace velmorak::fuzz {
 namespace {
-
-template <typename Work>
-void refusing(const Work& work) {
-    try {
-        work();
-    } catch (const Failure&) {
-    } catch (const Stopped&) {
-    }
-}
 
 void readAll(const std::filesystem::path& file) {
     // A few pages can describe billions of rows.
