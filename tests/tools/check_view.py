@@ -31,7 +31,19 @@ def browser(language="en", width=1300, is_dark=False):
     if is_dark:
         options.add_argument("--blink-settings=preferredColorScheme=0")
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-    return webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options)
+    return started(lambda: webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options))
+
+
+def started(start):
+    """The driver chooses a free port, which another program may take before it does."""
+    from selenium.common.exceptions import WebDriverException
+    for _ in range(4):
+        try:
+            return start()
+        except WebDriverException as error:
+            if "Can not connect to the Service" not in str(error.msg):
+                raise
+    return start()
 
 
 class Page:
