@@ -10,6 +10,7 @@ import json
 import os
 import pathlib
 import shutil
+import socket
 import sys
 import time
 
@@ -31,19 +32,14 @@ def browser(language="en", width=1300, is_dark=False):
     if is_dark:
         options.add_argument("--blink-settings=preferredColorScheme=0")
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-    return started(lambda: webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options))
+    return webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options)
 
 
-def started(start):
-    """The driver chooses a free port, which another program may take before it does."""
-    from selenium.common.exceptions import WebDriverException
-    for _ in range(4):
-        try:
-            return start()
-        except WebDriverException as error:
-            if "Can not connect to the Service" not in str(error.msg):
-                raise
-    return start()
+def knows_localhost():
+    try:
+        return bool(socket.getaddrinfo("localhost", None))
+    except OSError:
+        return False
 
 
 class Page:
@@ -226,6 +222,10 @@ def main():
         return SKIPPED
     if not shutil.which("chromedriver"):
         print("SKIPPED: chromium-driver is not installed")
+        return SKIPPED
+    if not knows_localhost():
+        print("SKIPPED: this machine does not know the name localhost, by which the driver and the browser connect; "
+              "see /etc/hosts")
         return SKIPPED
     pictures = sys.argv[3] if len(sys.argv) > 3 else None
     runner = os.path.abspath(sys.argv[2])
