@@ -94,4 +94,11 @@ private:
     std::tuple<ColumnMaker<Each>...> makers;
 };
 
+template <typename Columns>
+Schema schemaOf(const std::vector<ColumnDescription>& about) {
+    Schema schema;
+    Columns::addTo(schema, about);
+    return schema;
+}
+
 }  // namespace velmorak::shortkinds
