@@ -91,5 +91,5 @@ public:
     std::string fileName;  ///< Where the document is kept; empty until SetFileName or ReadDocument says so.
 
 private:
-    Part* part;  ///< Made and freed by the library.
+    [[maybe_unused]] Part* part;  ///< Made and freed by the library.
 };

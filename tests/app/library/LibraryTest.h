@@ -12,7 +12,13 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <sstream>
+
+/// A manager that a test makes anew; final, because the destructor of its class is not virtual.
+struct OwnManager final : QzManager {
+    using QzManager::QzManager;
+};
 
 /// The editor with the shipped library, in a temporary current folder.
 class LibraryTest : public testing::Test {
@@ -51,7 +57,7 @@ protected:
     void restart() {
         window.reset();
         manager.reset();
-        manager = std::make_unique<QzManager>("QzAnalysisFactory");
+        manager.emplace("QzAnalysisFactory");
         manager->SetFontSize(9, 11);
         window = std::make_unique<Window>();
         window->setManager(*manager);
@@ -81,7 +87,7 @@ protected:
         return contentOf(file);
     }
 
-    std::unique_ptr<QzManager> manager;
+    std::optional<OwnManager> manager;
     std::unique_ptr<Window> window;
     std::filesystem::path folder;
 

@@ -43,7 +43,7 @@ run returns
 
 }  // namespace
 
-bool pumpUntil(const std::function<bool()>& condition, std::source_location where) {
+bool pumpUntil(const std::function<bool()>& condition, const char* file, int line) {
     using std::chrono::steady_clock;
     const auto deadline = steady_clock::now() + std::chrono::seconds(10);
     sigc::connection tick = Glib::signal_timeout().connect([] { return true; }, 5);
@@ -53,7 +53,7 @@ bool pumpUntil(const std::function<bool()>& condition, std::source_location wher
     tick.disconnect();
     const bool holds = condition();
     if (!holds) {
-        ADD_FAILURE_AT(where.file_name(), static_cast<int>(where.line())) << "this condition is still false after 10 s";
+        ADD_FAILURE_AT(file, line) << "this condition is still false after 10 s";
     }
     return holds;
 }
@@ -96,7 +96,7 @@ EditorTest::~EditorTest() {
 void EditorTest::restart(const std::string& text) {
     closeWindow();
     recording::setScript(text);
-    manager = std::make_unique<QzManager>("QzAnalysisFactory");
+    manager.emplace("QzAnalysisFactory");
     window = std::make_unique<OpenWindow>();
     window->setManager(*manager);
     recording::forgetCalls();

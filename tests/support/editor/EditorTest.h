@@ -9,7 +9,7 @@
 
 #include <functional>
 #include <memory>
-#include <source_location>
+#include <optional>
 #include <string>
 
 /// The main window, with its protected members accessible to tests.
@@ -56,11 +56,17 @@ public:
 std::string pathText(const Glib::RefPtr<Goocanvas::Path>& path);
 
 /// Runs the main loop until the condition is true. Guards against hanging: after ten seconds, it fails the test at the
-/// caller's line and returns false.
-bool pumpUntil(const std::function<bool()>& condition, std::source_location where = std::source_location::current());
+/// caller's line and returns false. Clang 14 does not compile the std::source_location of its C++ library.
+bool pumpUntil(const std::function<bool()>& condition, const char* file = __builtin_FILE(),
+               int line = __builtin_LINE());
 
 /// Runs the main loop until no events are pending.
 void pump();
+
+/// A manager that a test makes anew; final, because the destructor of its class is not virtual.
+struct OwnManager final : QzManager {
+    using QzManager::QzManager;
+};
 
 /// An editor with the recording library, which offers a few arithmetic kinds.
 class EditorTest : public ::testing::Test {
@@ -99,7 +105,7 @@ protected:
     /// Selects a box like a click on it.
     void select(const std::string& name);
 
-    std::unique_ptr<QzManager> manager;
+    std::optional<OwnManager> manager;
     std::unique_ptr<OpenWindow> window;
     std::string lastQuestion;
 
