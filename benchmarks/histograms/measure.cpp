@@ -174,26 +174,6 @@ void measurePlane(const Columns& columns, const Peer& numpy) {
     bench::printFaster("2D fill, 100 x 100, 8 M", "numpy", times[0], numpy.medianMs, 10.0);
 }
 
-/// The peer has cells that stay in the processor's cache; the time includes the memory of the others.
-void measureManyCells() {
-    constexpr std::size_t count = 3'000'000;
-    std::mt19937_64 random(2026);
-    std::uniform_real_distribution<double> uniform(0.0, 1.0);
-    std::vector<double> x(count);
-    std::vector<double> y(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        x[i] = uniform(random);
-        y[i] = uniform(random);
-    }
-    const auto fill = [&](std::size_t cells) {
-        const Axis axis(cells, 0.0, 1.0);
-        Histogram2D histogram(Grid<2>({axis, axis}));
-        histogram.fill({x.data(), y.data()}, nullptr, count);
-    };
-    const std::vector<double> times = bench::mediansOf({[&] { fill(4000); }, [&] { fill(100); }}, Clock::Processor);
-    bench::printFaster("2D fill, 4000 x 4000, 3 M uniform", "100 x 100", times[0], times[1], 0.25);
-}
-
 /// The mean of a value in bins of another, with its spread.
 void measureProfile(const Columns& columns) {
     double ours = 0.0;
@@ -230,6 +210,5 @@ int main() {
     measureVariableBins(columns);
     measurePlane(columns, numpy[1]);
     measureProfile(columns);
-    measureManyCells();
     return 0;
 }

@@ -31,8 +31,8 @@ void addEnds(Row& row, const Axis& axis, std::size_t cell) {
     if (cell <= axis.bins()) {
         upper = axis.edges()[cell];
     }
-    row.push_back({.value = lower});
-    row.push_back({.value = upper});
+    row.emplace_back().value = lower;
+    row.emplace_back().value = upper;
 }
 
 /// The name of a category; empty for underflow and overflow.
@@ -83,11 +83,11 @@ ObjectTable tableOf(const Histogram<axes>& histogram) {
     return gridTable<axes>(histogram.grid(), names, [&](Row& row, std::size_t cell) {
         const CellSums<axes>& sums = histogram.cells()[cell];
         row.push_back(count(sums.entries));
-        row.push_back({.value = sums.w});
-        row.push_back({.value = sums.error()});
+        row.emplace_back().value = sums.w;
+        row.emplace_back().value = sums.error();
         if constexpr (axes == 1) {
             for (const double sum : {sums.ww, sums.sum(0), sums.squareSum(0, 0)}) {
-                row.push_back({.value = sum});
+                row.emplace_back().value = sum;
             }
         }
     });
@@ -98,10 +98,10 @@ ObjectTable tableOf(const Profile<axes>& profile) {
     return gridTable<axes>(profile.grid(), {"entries", "weights", "mean", "error", "rms"},
                            [&](Row& row, std::size_t cell) {
                                row.push_back(count(profile.cells()[cell].entries));
-                               row.push_back({.value = profile.cells()[cell].w});
-                               row.push_back({.value = profile.height(cell)});
-                               row.push_back({.value = profile.error(cell)});
-                               row.push_back({.value = profile.rms(cell)});
+                               row.emplace_back().value = profile.cells()[cell].w;
+                               row.emplace_back().value = profile.height(cell);
+                               row.emplace_back().value = profile.error(cell);
+                               row.emplace_back().value = profile.rms(cell);
                            });
 }
 
@@ -118,7 +118,7 @@ ObjectTable tableOf(const Points& points) {
         for (std::size_t i = 0; i < points.dimension(); ++i) {
             const Measurement& measured = points.measurement(point, i);
             for (const double number : {measured.value, measured.errorPlus, measured.errorMinus}) {
-                row.push_back({.value = number});
+                row.emplace_back().value = number;
             }
         }
     }

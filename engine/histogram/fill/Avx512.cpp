@@ -2,6 +2,8 @@
 
 #include "histogram/fill/Kernels.h"
 
+#include <type_traits>
+
 namespace velmorak::filling {
 namespace {
 
@@ -264,23 +266,67 @@ std::size_t fillLine(const FindX findX, std::byte* cells, const Entries entries)
     return at;
 }
 
+/// Eight entries of two quantities, and their cells.
+template <typename FindX, typename FindY>
+class PlaneEntries {
+public:
+    PlaneEntries(const FindX& findX, const FindY& findY, std::size_t stride, const Entries& entries)
+        : findX(findX), findY(findY), stride(_mm512_set1_epi64(static_cast<long long>(stride))), entries(entries) {}
+
+    /// @return whether the cells of the eight entries from there on are certain.
+    bool find(std::size_t at);
+    /// The cells of many bins do not stay in the nearest cache.
+    void fetchCells(std::byte* cells) const;
+    void fill(std::byte* cells) const { fillCells(Targets(cells, places, planeCellBytes), x, y, w); }
+
+private:
+    const FindX findX;
+    const FindY findY;
+    const __m512i stride;
+    const Entries entries;
+    __m512d x{};
+    __m512d y{};
+    __m512d w{};
+    __m512i places{};
+};
+
+template <typename FindX, typename FindY>
+[[gnu::always_inline]] inline bool PlaneEntries<FindX, FindY>::find(std::size_t at) {
+    if (at + wideGroup > entries.count) {
+        return false;
+    }
+    x = _mm512_loadu_pd(entries.x + at);
+    y = _mm512_loadu_pd(entries.y + at);
+    w = weightsAt(entries, at);
+    const CellIndices alongX = findX(at, x);
+    const CellIndices alongY = findY(at, y);
+    places = _mm512_add_epi32(alongX.cells, _mm512_mul_epu32(alongY.cells, stride));
+    const auto areSure = static_cast<__mmask8>(alongX.areSure & alongY.areSure);
+    return areAll(_mm512_mask_cmp_pd_mask(areSure, w, w, _CMP_ORD_Q));
+}
+
+template <typename FindX, typename FindY>
+[[gnu::always_inline]] inline void PlaneEntries<FindX, FindY>::fetchCells(std::byte* cells) const {
+    const Targets targets(cells, places, planeCellBytes);
+    for (const std::byte* const cell : targets.of) {
+        _mm_prefetch(reinterpret_cast<const char*>(cell), _MM_HINT_T0);
+        _mm_prefetch(reinterpret_cast<const char*>(cell + planeCellBytes - 1), _MM_HINT_T0);
+    }
+}
+
 template <typename FindX, typename FindY>
 std::size_t fillPlane(const FindX findX, const FindY findY, std::size_t stride, std::byte* cells,
                       const Entries entries) {
-    const __m512i rowCells = _mm512_set1_epi64(static_cast<long long>(stride));
+    constexpr bool hasManyCells = !std::is_same_v<FindY, OneRow>;
+    PlaneEntries<FindX, FindY> next(findX, findY, stride, entries);
     std::size_t at = 0;
-    for (; at + wideGroup <= entries.count; at += wideGroup) {
-        const __m512d x = _mm512_loadu_pd(entries.x + at);
-        const __m512d y = _mm512_loadu_pd(entries.y + at);
-        const __m512d w = weightsAt(entries, at);
-        const CellIndices alongX = findX(at, x);
-        const CellIndices alongY = findY(at, y);
-        const auto areSure = static_cast<__mmask8>(alongX.areSure & alongY.areSure);
-        if (!areAll(_mm512_mask_cmp_pd_mask(areSure, w, w, _CMP_ORD_Q))) {
-            break;
+    for (bool isSure = next.find(0); isSure; at += wideGroup) {
+        const PlaneEntries<FindX, FindY> these = next;
+        isSure = next.find(at + wideGroup);
+        if constexpr (hasManyCells) {
+            next.fetchCells(cells);
         }
-        const __m512i placed = _mm512_add_epi32(alongX.cells, _mm512_mul_epu32(alongY.cells, rowCells));
-        fillCells(Targets(cells, placed, planeCellBytes), x, y, w);
+        these.fill(cells);
     }
     return at;
 }
