@@ -93,6 +93,9 @@ private:
     TypedOperand applied(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments);
 
     TypedOperand ofReals(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments);
+    TypedOperand ofTexts(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments);
+    /// @return the compiled regular expression that a text in quotes is, as a constant.
+    TypedOperand pattern(const Node& node, const TypedOperand& text);
 
     TypedOperand arithmetic(const Node& node, const Function& function, const std::vector<TypedOperand>& arguments);
 

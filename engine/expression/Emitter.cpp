@@ -1,5 +1,7 @@
 #include "expression/Emitter.h"
 
+#include "expression/TextKernels.h"
+
 #include <cstring>
 
 namespace velmorak::expression {
@@ -48,6 +50,11 @@ double numberIn(const Block& constant, ColumnType type) {
 
 TypedOperand Emitter::text(const std::string& value) {
     return constant(static_cast<const std::string*>(&code.texts.emplace_back(value)), ColumnType::Text);
+}
+
+TypedOperand Emitter::pattern(const std::string& regularExpression) {
+    code.patterns.push_back(compiledPattern(regularExpression));
+    return constant(code.patterns.back().get(), ColumnType::Text);
 }
 
 TypedOperand Emitter::column(std::size_t position, const ColumnInfo& info) {
@@ -107,6 +114,7 @@ std::optional<TypedOperand> Emitter::folded(Kernel kernel, const std::vector<Typ
     }
     alignas(8) std::byte result[8];
     args.out = result;
+    args.texts = &code.texts;
     if (!kernel(args)) {
         return std::nullopt;
     }

@@ -60,6 +60,8 @@ public:
         return {{Operand::In::Constant, code.constantAt.size() - 1}, type};
     }
     TypedOperand text(const std::string& value);
+    /// @throws std::invalid_argument with what is wrong with the regular expression.
+    TypedOperand pattern(const std::string& regularExpression);
     TypedOperand column(std::size_t position, const ColumnInfo& info);
 
     /// Emits an element-wise step. If a value is a list, so is the result: lists of different columns are checked for

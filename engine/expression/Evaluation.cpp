@@ -48,6 +48,7 @@ ColumnPtr Evaluation::run() {
             execute(step, begin, rows);
         }
         append(*column, begin, rows);
+        madeTexts.clear();
     }
     return column;
 }
@@ -210,7 +211,8 @@ std::string Evaluation::nameOfShape(const Shape& shape) const {
     return shape.isMade ? code.madeShapes[shape.position] : source.columns[shape.position].name;
 }
 
-void Evaluation::call(const Step& step, const KernelArgs& args, std::size_t begin) const {
+void Evaluation::call(const Step& step, KernelArgs args, std::size_t begin) {
+    args.texts = &madeTexts;
     if (!step.kernel(args)) {
         throwAt(source.text, step.offset,
                 "no integer can hold a result in the rows from " + std::to_string(chunk.firstRow + begin) +

@@ -48,7 +48,7 @@ private:
     void checkLengths(const Step& step, std::size_t begin, std::size_t rows) const;
     std::string nameOfShape(const Shape& shape) const;
 
-    void call(const Step& step, const KernelArgs& args, std::size_t begin) const;
+    void call(const Step& step, KernelArgs args, std::size_t begin);
 
     void append(Column& column, std::size_t begin, std::size_t rows) const;
     /// @return the number of values in the lists.
@@ -63,6 +63,7 @@ private:
     std::vector<std::uint64_t> offsetsOfPairs;            ///< 0, 2, 4, ...
     std::vector<std::uint64_t> offsetsOfTriples;
     std::uint64_t combinationsLeft;
+    MadeTexts madeTexts;  ///< Of the current block.
 };
 
 }  // namespace velmorak::expression

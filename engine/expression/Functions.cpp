@@ -1,11 +1,10 @@
 #include "elementary/Loops.h"
 #include "expression/Derivatives.h"
 #include "expression/FunctionKernels.h"
+#include "expression/TextFunctions.h"
 #include "expression/simd/SimdKernels.h"
 
 #include <velmorak/ElementaryFunctions.h>
-#include <velmorak/Utf8.h>
-#include <velmorak/Value.h>
 
 #include <algorithm>
 #include <array>
@@ -18,8 +17,6 @@
 namespace velmorak::expression {
 
 namespace {
-
-using TextPtr = const std::string*;
 
 /// A function of engine/elementary, in the variant for this processor.
 template <auto loop>
@@ -58,13 +55,12 @@ constexpr auto sizeOf = [](std::int64_t x, std::int64_t, std::int64_t& out) {
     return x < 0 ? __builtin_sub_overflow(std::int64_t{0}, x, &out) : (out = x, false);
 };
 
-constexpr auto charactersIn = [](const std::string& text) {
-    return std::count_if(text.begin(), text.end(), [](char c) { return !isContinuationByte(c); });
-};
-constexpr auto numberOf = [](const std::string& text) {
-    double number = 0.0;
-    return readNumber(text, number) ? number : std::numeric_limits<double>::quiet_NaN();
-};
+constexpr std::string_view roots = "roots, powers";
+constexpr std::string_view exponentials = "exponentials";
+constexpr std::string_view angles = "angles, in radians";
+constexpr std::string_view hyperbolic = "hyperbolic";
+constexpr std::string_view magnitude = "magnitude";
+constexpr std::string_view special = "special";
 
 constexpr Notation infix(std::string_view symbol, int level) {
     return {"", symbol, "", "", level, level, level + 1};
@@ -130,24 +126,6 @@ constexpr Function test(std::string_view name, Kernel kernel, std::string_view t
     return {.name = name, .rule = Rule::Test, .forReals = kernel, .documentation = {"tests", text}};
 }
 
-template <typename Out, auto function>
-constexpr Function ofText(std::string_view name, ColumnType result, std::string_view text) {
-    return {.name = name,
-            .rule = Rule::Texts,
-            .forTexts = unary<TextPtr, Out, [](TextPtr x) { return function(*x); }>,
-            .documentation = {"texts", text},
-            .result = result};
-}
-
-template <auto function>
-constexpr Function ofTexts(std::string_view name, std::string_view text) {
-    return {.name = name,
-            .rule = Rule::Texts,
-            .arguments = 2,
-            .forTexts = binary<TextPtr, std::uint8_t, [](TextPtr x, TextPtr y) { return function(*x, *y); }>,
-            .documentation = {"texts", text}};
-}
-
 template <auto function>
 constexpr Function extreme(std::string_view name, std::string_view text) {
     return {.name = name,
@@ -162,13 +140,6 @@ constexpr Function extreme(std::string_view name, std::string_view text) {
 
 constexpr Kernel realPower = elementaryOfTwo<&elementary::Loops::pow>;
 constexpr Kernel realRemainder = ofReals<[](double x, double y) { return std::fmod(x, y); }>;
-
-constexpr std::string_view roots = "roots, powers";
-constexpr std::string_view exponentials = "exponentials";
-constexpr std::string_view angles = "angles, in radians";
-constexpr std::string_view hyperbolic = "hyperbolic";
-constexpr std::string_view magnitude = "magnitude";
-constexpr std::string_view special = "special";
 
 constexpr std::array operators{
     arithmetic("+", ofReals<[](double x, double y) { return x + y; }>,
@@ -292,14 +263,6 @@ constexpr std::array functions{
     test("isnan", unary<double, std::uint8_t, [](double x) { return std::isnan(x); }>, "`isnan`"),
     test("isinf", unary<double, std::uint8_t, [](double x) { return std::isinf(x); }>, "`isinf`"),
     test("isfinite", unary<double, std::uint8_t, [](double x) { return std::isfinite(x); }>, "`isfinite`"),
-    ofTexts<[](const std::string& x, const std::string& y) { return x.find(y) != std::string::npos; }>(
-        "contains", "`contains(text, part)`"),
-    ofTexts<[](const std::string& x, const std::string& y) { return x.starts_with(y); }>("startsWith",
-                                                                                         "`startsWith(text, part)`"),
-    ofTexts<[](const std::string& x, const std::string& y) { return x.ends_with(y); }>("endsWith",
-                                                                                       "`endsWith(text, part)`"),
-    ofText<std::int64_t, charactersIn>("length", ColumnType::Integer, "`length(text)` (in characters)"),
-    ofText<double, numberOf>("toNumber", ColumnType::Real, "`toNumber(text)` (NaN if it is none)"),
     Function{.name = "if",
              .rule = Rule::Choice,
              .arguments = 3,
@@ -313,8 +276,10 @@ constexpr std::array functions{
              .documentation = {"choice", "`if(c, a, b)`"}}};
 
 constexpr auto table = [] {
-    std::array<Function, operators.size() + functions.size()> all{};
-    std::copy(functions.begin(), functions.end(), std::copy(operators.begin(), operators.end(), all.begin()));
+    std::array<Function, operators.size() + functions.size() + textFunctions.size()> all{};
+    auto* const end =
+        std::copy(functions.begin(), functions.end(), std::copy(operators.begin(), operators.end(), all.begin()));
+    std::copy(textFunctions.begin(), textFunctions.end(), end);
     return all;
 }();
 
@@ -358,7 +323,7 @@ const SimdKernel* findSimdKernel(std::string_view name, ColumnType type) {
 
 std::vector<std::string> functionNames() {
     std::vector<std::string> names;
-    for (const Function& function : functions) {
+    for (const Function& function : std::span(table).subspan(operators.size())) {
         names.emplace_back(function.name);
     }
     for (const std::span<const NamedForm> forms : {listForms(), kinematicForms(), missingForms()}) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <span>
 #include <string>
 #include <string_view>
@@ -15,6 +16,9 @@ namespace velmorak::expression {
 /// Rows per block, few enough that the intermediate values stay in the processor's cache.
 inline constexpr std::size_t blockRows = 1024;
 
+/// Texts that kernels make. They stay where they are while others are added.
+using MadeTexts = std::deque<std::string>;
+
 /// Input and output arrays of a kernel, of double, std::int64_t, std::uint8_t or const std::string*.
 struct KernelArgs {
     void* out = nullptr;
@@ -22,6 +26,7 @@ struct KernelArgs {
     /// For lists: row i has the values offsets[i] - offsets[0] to offsets[i + 1] - offsets[0] of in[0].
     const std::uint64_t* offsets = nullptr;
     std::size_t rows = 0;
+    MadeTexts* texts = nullptr;  ///< Keeps what a kernel of texts makes.
 };
 
 /// @return false if a row has no integer result: an overflow, or a division by 0.
@@ -50,7 +55,7 @@ enum class Rule {
     Comparison,  ///< Two numbers or two texts to a boolean.
     Logic,       ///< Booleans, or integers (true unless 0), to a boolean.
     Test,        ///< A real to a boolean.
-    Texts,       ///< Texts to a value of a type that the function names.
+    Texts,       ///< Values of types that the function names, to one of a type that it names.
     Choice       ///< A condition and two values of compatible types.
 };
 
@@ -90,7 +95,13 @@ struct Function {
     Linearity linearity = Linearity::None;
     Notation notation{};
     Documentation documentation{};
-    ColumnType result = ColumnType::Boolean;  ///< Of a function of texts.
+    /// @name Functions of texts
+    /// @{
+    ColumnType result = ColumnType::Boolean;
+    ColumnType takes[3] = {ColumnType::Text, ColumnType::Text, ColumnType::Text};
+    bool hasDefault = false;    ///< The last argument, an integer, may be left out: it is then as large as can be.
+    bool takesPattern = false;  ///< The last argument is a regular expression in quotes.
+    /// @}
 };
 
 /// @return the table, in the order of docs/expressions.md.

@@ -7,6 +7,7 @@
 #include <compare>
 #include <list>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -81,7 +82,8 @@ struct Code {
     std::vector<std::size_t> usedColumns;
     std::list<Block> constants;
     std::vector<Block*> constantAt;
-    std::list<std::string> texts;  ///< Storage of text constants.
+    MadeTexts texts;  ///< Storage of text constants.
+    std::vector<std::shared_ptr<const void>> patterns;
     std::size_t buffers = 0;
     std::size_t lists = 0;
     std::vector<std::string> madeShapes;  ///< For each, the part of the expression that makes it.

@@ -1,7 +1,6 @@
 #include "csv/CsvTypes.h"
 
-#include "csv/CsvDate.h"
-
+#include <velmorak/Dates.h>
 #include <velmorak/Text.h>
 
 #include <charconv>

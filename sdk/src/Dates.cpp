@@ -1,4 +1,4 @@
-#include "csv/CsvDate.h"
+#include <velmorak/Dates.h>
 
 #include <charconv>
 #include <chrono>
