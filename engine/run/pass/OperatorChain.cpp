@@ -52,7 +52,7 @@ void OperatorChain::add(const OperatorInstance& instance) {
     op->node = instance.node;
     std::size_t segment = instance.firstSegment;
     for (const std::size_t feeder : state.plan.tableInputs(instance.node)) {
-        Operator::Parent parent{segment, state.plan.segments(feeder).size(), std::nullopt, nullptr};
+        Operator::Parent parent{segment, state.plan.segmentsOfOutput(feeder), std::nullopt, nullptr};
         if (const auto found = positions.find({feeder, segment}); found != positions.end()) {
             parent.op = found->second;
             operators[found->second]->hasChild = true;
