@@ -109,15 +109,14 @@ std::string RenameKind::summary() const {
 }
 
 Ports RenameKind::ports(const ValueTexts&) const {
-    return {{{.name = "table", .description = "Table whose columns are renamed.", .type = ValueType::Table},
-             {.name = "names",
-              .description = "Old and new names, one pair a line or separated by semicolons or commas: "
-                             "Muon_pt -> pt; `x [mm]` -> x. All are renamed at once, so that two columns can exchange "
-                             "their names.",
-              .type = ValueType::Text}},
-            {{.name = "table",
-              .description = "The same rows and columns, with the new names.",
-              .type = ValueType::Table}}};
+    return {
+        {{.name = "table", .description = "Table whose columns are renamed.", .type = ValueType::Table},
+         {.name = "names",
+          .description = "Old and new names, one pair a line or separated by semicolons or commas: "
+                         "Muon_pt -> pt; `x [mm]` -> x. All are renamed at once, so that two columns can exchange "
+                         "their names.",
+          .type = ValueType::Text}},
+        {{.name = "table", .description = "The same rows and columns, with the new names.", .type = ValueType::Table}}};
 }
 
 std::string RenameKind::refusal(const std::string& input, const std::string& value) const {

@@ -28,8 +28,9 @@ std::vector<InputSpec> ownInputs() {
          .type = ValueType::Text,
          .value = "time"},
         {.name = "columns",
-         .description = "Names of columns to resample, separated by blanks or commas; a name with blanks in back quotes. "
-                        "Empty: all columns of numbers but the time.",
+         .description =
+             "Names of columns to resample, separated by blanks or commas; a name with blanks in back quotes. "
+             "Empty: all columns of numbers but the time.",
          .type = ValueType::Text},
         {.name = "step", .description = "Distance of the new times, in the unit of the time.", .value = "1"},
         {.name = "method",
@@ -165,8 +166,8 @@ public:
     }
     void finish(AccumulatorState& state, Results& results) override {
         auto& whole = static_cast<ResampleState&>(state);
-        results.set("table", Value(DataObjectPtr(
-                                 std::make_shared<const SeriesTable>(series.schema, whole.made().columns()))));
+        results.set("table",
+                    Value(DataObjectPtr(std::make_shared<const SeriesTable>(series.schema, whole.made().columns()))));
         results.set("missing", whole.missing);
     }
 
@@ -236,9 +237,11 @@ std::string ResampleKind::summary() const {
 }
 
 std::string ResampleKind::notes() const {
-    return "The steps are [origin + n step, origin + (n + 1) step). A mean lies at the middle of its step; a step without "
+    return "The steps are [origin + n step, origin + (n + 1) step). A mean lies at the middle of its step; a step "
+           "without "
            "values gives NaN, and the column rows has the number of rows in each step. Interpolated values lie at the "
-           "times origin + n step, from the first row to the last; a column is NaN before its first value and after its "
+           "times origin + n step, from the first row to the last; a column is NaN before its first value and after "
+           "its "
            "last. Missing values (NaN) are left out; rows whose time is NaN or infinite are counted in the output "
            "missing.\n";
 }
@@ -249,11 +252,10 @@ Ports ResampleKind::ports(const ValueTexts& values) const {
     if (const auto time = values.find("time"); time != values.end()) {
         appendInputs(ports.inputs, numbersOf(time->second).inputs());
     }
-    ports.outputs = {
-        {.name = "table",
-         .description = "One row for each step: the time, the columns, and for means the number of rows.",
-         .type = ValueType::Table},
-        {.name = "missing", .description = "Number of rows without a time, which are left out."}};
+    ports.outputs = {{.name = "table",
+                      .description = "One row for each step: the time, the columns, and for means the number of rows.",
+                      .type = ValueType::Table},
+                     {.name = "missing", .description = "Number of rows without a time, which are left out."}};
     return ports;
 }
 

@@ -25,7 +25,8 @@ struct Choice {
         }
         const Philox::Block bits =
             Philox::at({static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(row >> 32U), 0, 0}, seed);
-        const std::uint64_t most = std::uint64_t{bits[0]} << 21U | bits[1] >> 11U;  // 53 bits, all of which a double has.
+        const std::uint64_t most =
+            std::uint64_t{bits[0]} << 21U | bits[1] >> 11U;  // 53 bits, all of which a double has.
         return static_cast<double>(most) * 0x1p-53 < fraction;
     }
 };
@@ -70,8 +71,10 @@ std::string SampleKind::summary() const {
 }
 
 std::string SampleKind::notes() const {
-    return "A row is kept at random if a number that depends on the seed and on the row's position alone lies below the "
-           "fraction (Philox 4x32-10, J. Salmon et al., SC11, 2011). So the same seed keeps the same rows on any number "
+    return "A row is kept at random if a number that depends on the seed and on the row's position alone lies below "
+           "the "
+           "fraction (Philox 4x32-10, J. Salmon et al., SC11, 2011). So the same seed keeps the same rows on any "
+           "number "
            "of threads, a smaller fraction keeps some of the rows that a larger one keeps, and the number of rows kept "
            "is binomially distributed.\n";
 }

@@ -8,9 +8,9 @@
 
 namespace velmorak {
 
-/// The sum of the last numbers of a sequence. Nothing is ever subtracted, so that neither rounding errors nor an infinity
-/// outlive the numbers that caused them: the older numbers are kept as sums up to a point in the middle, the newer ones
-/// as one sum from there. NaN takes a place, but adds nothing.
+/// The sum of the last numbers of a sequence. Nothing is ever subtracted, so that neither rounding errors nor an
+/// infinity outlive the numbers that caused them: the older numbers are kept as sums up to a point in the middle, the
+/// newer ones as one sum from there. NaN takes a place, but adds nothing.
 class SlidingSum {
 public:
     explicit SlidingSum(std::size_t length) : length(length) {}
@@ -35,12 +35,9 @@ private:
         std::uint64_t count = 0;
     };
 
-    static Sum plus(Sum sum, double value) {
-        return std::isnan(value) ? sum : Sum{sum.sum + value, sum.count + 1};
-    }
+    static Sum plus(Sum sum, double value) { return std::isnan(value) ? sum : Sum{sum.sum + value, sum.count + 1}; }
     Sum total() const {
-        return older.empty() ? newerSum
-                             : Sum{older.back().sum + newerSum.sum, older.back().count + newerSum.count};
+        return older.empty() ? newerSum : Sum{older.back().sum + newerSum.sum, older.back().count + newerSum.count};
     }
     void dropFirst() {
         if (older.empty()) {
@@ -56,7 +53,7 @@ private:
     }
 
     std::size_t length;
-    std::vector<Sum> older;     ///< The last is the sum of all of these numbers.
+    std::vector<Sum> older;  ///< The last is the sum of all of these numbers.
     std::vector<double> newer;
     Sum newerSum;
 };

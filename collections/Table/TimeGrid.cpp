@@ -22,8 +22,9 @@ public:
 
     void take(std::size_t bytes) {
         if (!share.take(bytes)) {
-            throw Failure("step", "the series has more steps than fit into the memory; enter a longer step, or set "
-                                  "VELMORAK_MEMORY_LIMIT to more");
+            throw Failure("step",
+                          "the series has more steps than fit into the memory; enter a longer step, or set "
+                          "VELMORAK_MEMORY_LIMIT to more");
         }
     }
 

@@ -140,10 +140,12 @@ std::string UniqueKind::summary() const {
 }
 
 std::string UniqueKind::notes() const {
-    return "The rows that are kept stay in their order. Numbers are compared exactly, but for -0, which equals 0; all NaN "
+    return "The rows that are kept stay in their order. Numbers are compared exactly, but for -0, which equals 0; all "
+           "NaN "
            "are equal to each other, as are all empty texts. To keep another row of each key than the first, sort the "
            "table before: the row with the largest pt is the first after Sort by `pt descending`.\n\n"
-           "The keys that have occurred are kept in memory. If they exceed `VELMORAK_MEMORY_LIMIT`, the plug-in fails.\n";
+           "The keys that have occurred are kept in memory. If they exceed `VELMORAK_MEMORY_LIMIT`, the plug-in "
+           "fails.\n";
 }
 
 Ports UniqueKind::ports(const ValueTexts& values) const {
@@ -152,9 +154,8 @@ Ports UniqueKind::ports(const ValueTexts& values) const {
     if (const auto by = values.find("by"); by != values.end()) {
         appendInputs(ports.inputs, numbersOf(by->second).inputs());
     }
-    ports.outputs = {{.name = "table",
-                      .description = "The first row of each key, with all columns.",
-                      .type = ValueType::Table}};
+    ports.outputs = {
+        {.name = "table", .description = "The first row of each key, with all columns.", .type = ValueType::Table}};
     return ports;
 }
 

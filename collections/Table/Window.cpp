@@ -22,7 +22,7 @@ namespace velmorak {
 namespace {
 
 constexpr double mostRows = 100'000'000;
-constexpr std::size_t bytesOfGroup = 256;   ///< About, beside its key and its rows.
+constexpr std::size_t bytesOfGroup = 256;  ///< About, beside its key and its rows.
 constexpr std::size_t bytesOfRowInWindow = 24;
 
 enum class Function { Mean, Sum, Cumulative, Difference };
@@ -41,8 +41,9 @@ std::vector<InputSpec> ownInputs() {
     return {
         {.name = "table", .description = "Table, in whose order of rows the window moves.", .type = ValueType::Table},
         {.name = "function",
-         .description = "Mean, sum: of the last rows, as many as the input rows says, with this one. Cumulative: the sum "
-                        "of all rows up to this one. Difference: to the row before.",
+         .description =
+             "Mean, sum: of the last rows, as many as the input rows says, with this one. Cumulative: the sum "
+             "of all rows up to this one. Difference: to the row before.",
          .type = ValueType::Choice,
          .value = "mean",
          .choices = {"mean", "sum", "cumulative", "difference"}},
@@ -61,8 +62,9 @@ std::vector<InputSpec> ownInputs() {
          .maximum = mostRows,
          .isInteger = true},
         {.name = "by",
-         .description = "Expressions, one a line or separated by semicolons: rows for which they differ have windows of "
-                        "their own, for example run; channel. Empty: one window for all rows.",
+         .description =
+             "Expressions, one a line or separated by semicolons: rows for which they differ have windows of "
+             "their own, for example run; channel. Empty: one window for all rows.",
          .type = ValueType::Text},
         {.name = "unit", .description = "Unit of the new column, shown on axes.", .type = ValueType::Text},
     };
@@ -253,7 +255,8 @@ std::string WindowKind::summary() const {
 std::string WindowKind::notes() const {
     return "The rows count in their order in the table; sort the table first if it has another. A missing value (NaN) "
            "gives NaN in its row; it has a place in the windows of later rows, but the mean and the sums leave it out. "
-           "The difference of the first row of each key is NaN, as is that of a row whose value, or the value before, is "
+           "The difference of the first row of each key is NaN, as is that of a row whose value, or the value before, "
+           "is "
            "missing.\n\n"
            "Sums over a window are not updated by subtraction, so that the rounding errors of former rows do not "
            "accumulate.\n";

@@ -221,14 +221,16 @@ TEST(Resample, interpolatesBetweenTheRows) {
 
 TEST(Resample, goesThroughTheRowsThatLieOnItsGrid) {
     KindHarness bench("Resample");
-    const SmallTable made = resampled(
-        bench.set("step", "0.1").set("origin", "0.3").set("method", "interpolate"), {0.3, 0.4, 0.5}, {1, 5, 2});
+    const SmallTable made = resampled(bench.set("step", "0.1").set("origin", "0.3").set("method", "interpolate"),
+                                      {0.3, 0.4, 0.5}, {1, 5, 2});
     expectSame(made.column("v"), {1, 5, 2});
 }
 
 TEST(Resample, saysWhereTheTimesFall) {
     KindHarness bench("Resample");
-    bench.set("method", "interpolate").set("time", "t").wire("table", tableOf({{"t", {1, 2, 1.5}}, {"v", {1, 2, 3}}}, 2));
+    bench.set("method", "interpolate")
+        .set("time", "t")
+        .wire("table", tableOf({{"t", {1, 2, 1.5}}, {"v", {1, 2, 3}}}, 2));
     EXPECT_EQ(bench.failure(),
               "time: the times fall, from 2 to 1.5, in the part of the table that begins with row 2; sort the table by "
               "the time");
@@ -237,12 +239,12 @@ TEST(Resample, saysWhereTheTimesFall) {
 TEST(Resample, refusesSeriesWithoutEnd) {
     KindHarness bench("Resample");
     bench.set("step", "1e-9").set("time", "t").wire("table", tableOf({{"t", {0, 1e6}}, {"v", {1, 2}}}, 2));
-    EXPECT_EQ(bench.failure(),
-              "step: the series would have more than a thousand million steps; enter a longer step");
+    EXPECT_EQ(bench.failure(), "step: the series would have more than a thousand million steps; enter a longer step");
     EXPECT_EQ(bench.set("step", "0").failure(), "step: step and origin must be finite, and the step larger than 0");
     bench.set("step", "1").limitMemory(1000);
-    EXPECT_EQ(bench.failure(), "step: the series has more steps than fit into the memory; enter a longer step, or set "
-                               "VELMORAK_MEMORY_LIMIT to more");
+    EXPECT_EQ(bench.failure(),
+              "step: the series has more steps than fit into the memory; enter a longer step, or set "
+              "VELMORAK_MEMORY_LIMIT to more");
 }
 
 }  // namespace

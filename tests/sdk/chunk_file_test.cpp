@@ -28,10 +28,12 @@ ColumnPtr listsOf(Column::Texts texts, std::vector<std::uint64_t> offsets) {
 
 TEST_F(ChunkFiles, giveBackEveryColumnToTheLastBit) {
     const double odd = -std::numeric_limits<double>::quiet_NaN();
-    const std::vector<ColumnPtr> columns = {
-        columnOf(std::vector<double>{0.1, -0.0, odd}), columnOf(std::vector<std::int64_t>{1, -9007199254740993, 0}),
-        columnOf(std::vector<bool>{true, false, true}), columnOf(std::vector<std::string>{"", "a\0b", "\xFF long text"}),
-        nullptr, listsOf({"x", "", "z"}, {0, 0, 3, 3})};
+    const std::vector<ColumnPtr> columns = {columnOf(std::vector<double>{0.1, -0.0, odd}),
+                                            columnOf(std::vector<std::int64_t>{1, -9007199254740993, 0}),
+                                            columnOf(std::vector<bool>{true, false, true}),
+                                            columnOf(std::vector<std::string>{"", "a\0b", "\xFF long text"}),
+                                            nullptr,
+                                            listsOf({"x", "", "z"}, {0, 0, 3, 3})};
     ChunkFile file;
     const ChunkFile::Place first = file.append({columnOf(std::vector<double>{7})}, 1);
     const ChunkFile::Place place = file.append(columns, 3);
