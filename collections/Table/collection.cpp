@@ -10,4 +10,11 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeConcat());
     registry.add(makeCutFlow());
     registry.add(makeExplode());
+    registry.add(makeSort());
+    registry.add(makeUnique());
+    registry.add(makeSample());
+    registry.add(makeTail());
+    registry.add(makeRename());
+    registry.add(makeWindow());
+    registry.add(makeResample());
 }

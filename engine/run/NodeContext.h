@@ -8,6 +8,7 @@
 
 #include <velmorak/Mutex.h>
 #include <velmorak/Parts.h>
+#include <velmorak/RowMemory.h>
 
 #include <atomic>
 #include <compare>
@@ -34,6 +35,7 @@ struct RunEnvironment {
     /// Answers factOf; null: every fact is found anew.
     std::function<std::string(const PipelineNode&, const std::string& name, const std::function<std::string()>& find)>
         fact{};
+    std::shared_ptr<MemoryBudget> memory = std::make_shared<MemoryBudget>();  ///< For rows that kinds keep.
 };
 
 /// @return the path of a name in the document: relative to the document, or else to the current folder; or where the
@@ -52,7 +54,7 @@ struct AskedFile {
 
 /// The services of the run for one plug-in.
 /// Threads: every operation may be called on any thread.
-class NodeContext : public RunContext, public SharedRun {
+class NodeContext : public RunContext, public SharedRun, public LimitedRun {
 public:
     /// @param environment and node outlive this.
     NodeContext(const RunEnvironment& environment, const PipelineNode& node);
@@ -70,6 +72,7 @@ public:
     bool isPlanned() const override { return environment.fact != nullptr; }
     std::string fact(const std::string& name, const std::function<std::string()>& find) override;
     std::string partial() const override { return environment.pipeline.partial; }
+    std::shared_ptr<MemoryBudget> memory() const override { return environment.memory; }
     void warn(const std::string& sentence) override;
     void tell(const std::string& text) override;
     RunRecord record() const override;

@@ -3,7 +3,7 @@
 namespace velmorak {
 
 RunConfig runConfigFromEnvironment() {
-    return {cacheConfigFromEnvironment(), threadConfigFromEnvironment()};
+    return {cacheConfigFromEnvironment(), threadConfigFromEnvironment(), memoryConfigFromEnvironment()};
 }
 
 }  // namespace velmorak

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "executor/ThreadConfig.h"
+#include "run/MemoryConfig.h"
 #include "store/CacheConfig.h"
 
 namespace velmorak {
@@ -9,9 +10,10 @@ namespace velmorak {
 struct RunConfig {
     CacheConfig cache;
     ThreadConfig threads{processorCount()};
+    MemoryConfig memory{halfOfMemory()};
 };
 
-/// Reads the environment variables of cache and threads.
+/// Reads the environment variables of cache, threads and memory.
 RunConfig runConfigFromEnvironment();
 
 }  // namespace velmorak

@@ -126,6 +126,9 @@ void RunScheduler::reportTo(RunReport& report) {
     warnOfLostRows();
     report.files = recordFiles(cache.filesOf(needed));
     report.skipped = skippedFiles(state);
+    for (std::size_t i = 0; i < state.runs.size(); ++i) {
+        state.freeTables(i);
+    }
     for (NodeRun& run : state.runs) {
         report.nodes.push_back(std::move(run.report));
     }
@@ -180,7 +183,7 @@ bool RunScheduler::reuse(std::size_t position) {
     if (state.plan.isRunReporter(position)) {
         return false;
     }
-    const bool isStream = state.plan.isStream(position);
+    const bool isStream = state.plan.isStream(position) || state.plan.storesTable(position);
     if (isStream && isWanted(position)) {
         return false;  // Its rows are not kept.
     }
@@ -316,8 +319,18 @@ void RunScheduler::evaluateUnfilled(const Accumulator& accumulator, std::size_t 
     accumulation->finish(*empty, results);
 }
 
+void RunScheduler::freeStoredTables() {
+    const std::set<std::size_t> isRead = passPlanner.storedTablesToRead();
+    for (std::size_t i = 0; i < state.runs.size(); ++i) {
+        if (state.plan.storesTable(i) && !isRead.contains(i)) {
+            state.freeTables(i);
+        }
+    }
+}
+
 /// @return whether there was anything to pass.
 bool RunScheduler::passNext() {
+    freeStoredTables();
     const std::vector<std::size_t> targets = passPlanner.nextTargets();
     if (targets.empty()) {
         return false;

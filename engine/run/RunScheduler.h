@@ -61,6 +61,7 @@ private:
     void finalize(std::size_t position, bool isInReused);
     void reportTo(RunReport& report);
     void warnOfLostRows();
+    void freeStoredTables();
 
     RunState& state;
     RunMemory& memory;

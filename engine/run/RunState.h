@@ -15,6 +15,8 @@
 
 namespace velmorak {
 
+class StoredTable;
+
 /// The state of one plug-in in a run.
 struct NodeRun {
     bool isNeeded = false;
@@ -58,6 +60,10 @@ public:
     void stopFirst(std::size_t position);
     /// Marks the objects if the results are partial.
     void finish(std::size_t position, NodeStatus status, std::vector<Value> outputs);
+    /// @return the table that the plug-in has stored; null without one.
+    std::shared_ptr<const StoredTable> storedTable(std::size_t position) const;
+    /// Frees the stored tables of the plug-in, when nobody reads them any more.
+    void freeTables(std::size_t position);
     void addSeconds(std::size_t position, std::chrono::nanoseconds time);
     /// A pass of the stream came to its end.
     void pass(std::size_t position);

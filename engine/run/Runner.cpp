@@ -78,7 +78,7 @@ std::unique_ptr<RunMemory> Runner::Impl::newMemory() {
 
 /// Each warning once.
 void Runner::Impl::warnOfConfig() {
-    for (std::string* const warning : {&config.cache.warning, &config.threads.warning}) {
+    for (std::string* const warning : {&config.cache.warning, &config.threads.warning, &config.memory.warning}) {
         if (!warning->empty()) {
             messages->line(std::exchange(*warning, {}));
         }
@@ -142,6 +142,7 @@ void Runner::Impl::schedule(RunJob& job, Executor& workers) {
     try {
         RunState state(job.pipeline, job.isAskedToEnd(), *job.messages, *job.ledger,
                        job.listener.isEmpty() ? nullptr : &job.listener);
+        state.environment.memory = std::make_shared<MemoryBudget>(config.memory.limitBytes);
         if (job.former) {
             state.former = &*job.former;
             state.results.displaceWith(*job.former);

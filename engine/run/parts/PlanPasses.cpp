@@ -94,6 +94,14 @@ std::set<std::size_t> Rehearsal::upstreamOf(std::size_t target) const {
 }
 
 std::string Rehearsal::whyLeftToMerge(std::size_t target) const {
+    if (state.plan.storesTable(target)) {
+        return "it needs all rows before it gives one";
+    }
+    for (const std::size_t source : state.plan.segments(target)) {
+        if (state.plan.storesTable(source)) {
+            return velmorak::quoted(state.node(source).name) + " needs all rows before it gives one";
+        }
+    }
     for (const OperatorInstance& instance : planner.operatorsFor({target})) {
         if (dynamic_cast<const CountingKind*>(state.node(instance.node).kind)) {
             return velmorak::quoted(state.node(instance.node).name) + " counts the rows before each row";

@@ -76,6 +76,9 @@ bool FileStates::listFiles() {
     for (std::size_t segment = 0; segment < sources->size(); ++segment) {
         const std::size_t node = sources->sourceOf(segment);
         const auto* kind = dynamic_cast<const Source*>(state.node(node).kind);
+        if (!kind) {
+            return false;  // A stored table has no files.
+        }
         std::vector<std::filesystem::path> paths;
         const std::optional<NodeError> error =
             state.call(node, [&] { paths = kind->files(state.arguments(node), *state.runs[node].context); });

@@ -9,9 +9,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-Chunk counted(const Chunk& chunk, std::uint64_t rowsBefore) {
+Chunk counted(const Chunk& chunk, const OperatorOutput& output) {
     Chunk copy = chunk;
-    copy.rowsBefore = rowsBefore;
+    copy.rowsBefore = output.rowsBefore;
+    copy.owner = output.seen;
     return copy;
 }
 
@@ -23,10 +24,12 @@ void compute(const Operator& op, const Operator::Parent& parent, const Chunk& ta
         return;
     }
     Chunk rows =
-        op.countsRows ? parent.operation->apply(counted(table, output.rowsBefore)) : parent.operation->apply(table);
+        op.countsRows ? parent.operation->apply(counted(table, output)) : parent.operation->apply(table);
     rows.number = table.number;
     rows.firstRow = table.firstRow;
     rows.file = table.file;
+    rows.owner.reset();
+    output.seen.reset();
     parent.check->check(rows);
     parent.check->freeColumns(rows);
     output.table = std::move(rows);
@@ -52,7 +55,7 @@ void OperatorChain::add(const OperatorInstance& instance) {
     op->node = instance.node;
     std::size_t segment = instance.firstSegment;
     for (const std::size_t feeder : state.plan.tableInputs(instance.node)) {
-        Operator::Parent parent{segment, state.plan.segments(feeder).size(), std::nullopt, nullptr};
+        Operator::Parent parent{segment, state.plan.segmentsOfOutput(feeder), std::nullopt, nullptr};
         if (const auto found = positions.find({feeder, segment}); found != positions.end()) {
             parent.op = found->second;
             operators[found->second]->hasChild = true;
@@ -89,6 +92,7 @@ void OperatorChain::prepare(Operator& op) {
         op.stage = std::max(op.stage, parent.op ? operators[*parent.op]->stage : 0);
     }
     op.stage += op.countsRows ? 1 : 0;
+    completesFirst = completesFirst || (op.ordered && !op.parents.front().op);
 }
 
 void OperatorChain::prepareOperations(Operator& op) {
@@ -133,6 +137,7 @@ void OperatorChain::prepareCounting(Operator& op) {
     const RowOperation& operation = *op.parents.front().operation;
     op.countsRows = operation.countsRows();
     op.rowLimit = op.countsRows ? operation.rowLimit() : std::nullopt;
+    op.ordered = op.countsRows ? dynamic_cast<OrderedRows*>(op.parents.front().operation.get()) : nullptr;
 }
 
 const Schema& OperatorChain::schemaAt(const Operator& op, std::size_t segment) const {
@@ -168,11 +173,30 @@ void OperatorChain::count(ChunkTask& task, std::size_t stage) {
         output.rowsBefore = op.rowsCounted;
         output.isOver = op.rowLimit && op.rowsCounted >= *op.rowLimit;
         op.rowsCounted += table == &task.chunk ? task.rowsRead : table ? table->rows : 0;
+        if (op.ordered) {
+            look(i, task, table);
+        }
     }
 }
 
+void OperatorChain::look(std::size_t position, ChunkTask& task, const Chunk* table) {
+    Operator& op = *operators[position];
+    OperatorOutput& output = task.outputs[position];
+    const std::optional<std::size_t> parent = op.parents.front().op;
+    const bool isOver = output.isOver || (parent && task.outputs[*parent].isOver);
+    if (!table || task.error || isOver || task.sequence > op.failedAt || state.isStopping()) {
+        return;
+    }
+    const Clock::time_point begin = Clock::now();
+    output.error = state.call(op.node, [&] { output.seen = op.ordered->look(counted(*table, output)); });
+    if (output.error) {
+        lower(op.failedAt, task.sequence);
+    }
+    output.time += Clock::now() - begin;
+}
+
 void OperatorChain::execute(ChunkTask& task, std::size_t stage) {
-    if (operators.empty()) {
+    if (operators.empty() || (stage == 0 && completesFirst)) {
         sources.complete(task);
     }
     for (std::size_t i = 0; i < operators.size() && !state.isStopping(); ++i) {
@@ -188,7 +212,8 @@ void OperatorChain::executeOperator(std::size_t position, ChunkTask& task) {
     const Operator::Parent& parent = op.parentFor(task.segment);
     output.isOver = output.isOver || (parent.op && task.outputs[*parent.op].isOver);
     const Chunk* table = tableFor(op, task);
-    if ((!parent.operation && !op.accumulation) || task.sequence > op.failedAt || !table || output.isOver) {
+    if ((!parent.operation && !op.accumulation) || task.sequence > op.failedAt || !table || output.isOver ||
+        output.error) {
         return;
     }
     // Columns are made only here: a chunk that no operator needs is not worth it.
@@ -202,7 +227,7 @@ void OperatorChain::executeOperator(std::size_t position, ChunkTask& task) {
     if (output.error) {
         lower(op.failedAt, task.sequence);
     }
-    output.time = Clock::now() - begin;
+    output.time += Clock::now() - begin;
 }
 
 void OperatorChain::release(ChunkTask& task) {

@@ -61,6 +61,10 @@ bool PassPlanner::isReady(std::size_t target, std::unordered_map<std::size_t, bo
         bool isThis = !state.hasFailed(at) && state.hasArguments(at);
         std::optional<std::size_t> unknown;
         for (std::size_t i = 0; i < upstream.size() && isThis && !unknown; ++i) {
+            if (state.plan.storesTable(upstream[i])) {
+                isThis = state.isDone(upstream[i]);
+                continue;
+            }
             const auto found = known.find(upstream[i]);
             if (found == known.end()) {
                 unknown = upstream[i];
@@ -76,6 +80,29 @@ bool PassPlanner::isReady(std::size_t target, std::unordered_map<std::size_t, bo
         }
     }
     return known.at(target);
+}
+
+std::set<std::size_t> PassPlanner::storedTablesToRead() const {
+    std::set<std::size_t> found;
+    std::set<std::size_t> known;
+    std::vector<std::size_t> open;
+    for (std::size_t i = 0; i < state.runs.size(); ++i) {
+        if (isTarget(i)) {
+            open.push_back(i);
+        }
+    }
+    while (!open.empty()) {
+        const std::size_t at = open.back();
+        open.pop_back();
+        for (const std::size_t feeder : state.plan.upstream(at)) {
+            if (state.plan.storesTable(feeder)) {
+                found.insert(feeder);
+            } else if (state.plan.isStream(feeder) && known.insert(feeder).second) {
+                open.push_back(feeder);
+            }
+        }
+    }
+    return found;
 }
 
 /// Groups the targets by their segments, in the order of the first source.
@@ -113,8 +140,10 @@ std::vector<OperatorInstance> PassPlanner::operatorsFor(const std::vector<std::s
         }
         std::size_t segment = instance.firstSegment;
         for (const std::size_t feeder : state.plan.tableInputs(instance.node)) {
-            open.push_back({feeder, segment});
-            segment += state.plan.segments(feeder).size();
+            if (!state.plan.storesTable(feeder)) {
+                open.push_back({feeder, segment});
+            }
+            segment += state.plan.segmentsOfOutput(feeder);
         }
     }
     std::vector<OperatorInstance> operators(wanted.begin(), wanted.end());

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <list>
+#include <set>
 #include <unordered_map>
 #include <vector>
 
@@ -24,6 +25,9 @@ public:
     std::vector<std::size_t> nextTargets();
     /// @return the targets and the operators upstream of them, each after those that feed it.
     std::vector<OperatorInstance> operatorsFor(const std::vector<std::size_t>& targets) const;
+
+    /// @return the nodes whose stored tables some target that is still to be computed reads.
+    std::set<std::size_t> storedTablesToRead() const;
 
 private:
     bool isTarget(std::size_t position) const;

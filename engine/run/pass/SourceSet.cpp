@@ -1,6 +1,7 @@
 #include "run/pass/SourceSet.h"
 
 #include <velmorak/Parts.h>
+#include <velmorak/StoredTable.h>
 
 #include <algorithm>
 #include <utility>
@@ -22,6 +23,7 @@ void readFiles(TableReader& reader, const std::vector<bool>& isWanted) {
 
 struct SourceSet::Segment {
     std::size_t source = 0;
+    std::shared_ptr<const StoredTable> table;  ///< That the reader reads; null for a source.
     std::unique_ptr<TableReader> reader;
     std::optional<ChunkCheck> check;     ///< As soon as there is a reader.
     std::atomic<bool> isClosed = false;  ///< No operator needs more of its rows.
@@ -105,14 +107,16 @@ void SourceSet::limit(Segment& segment) const {
 
 void SourceSet::open(Segment& segment) {
     const Stopwatch watch(state, segment.source);
-    NodeContext& context = *state.runs[segment.source].context;
-    const auto* kind = dynamic_cast<const Source*>(state.node(segment.source).kind);
     const std::optional<NodeError> error = state.call(segment.source, [&] {
-        const NodeArguments arguments = state.arguments(segment.source);
-        for (const std::filesystem::path& file : kind->files(arguments, context)) {
-            context.watch(file.string());
+        if (state.plan.storesTable(segment.source)) {
+            segment.table = state.storedTable(segment.source);
+            if (!segment.table) {
+                throw std::logic_error("the kind has set no table");
+            }
+            segment.reader = mustBe(segment.table->open(), "reader");
+        } else {
+            openSource(segment);
         }
-        segment.reader = mustBe(kind->open(arguments, context), "reader");
         segment.files = segment.reader->fileCount();
         if (segment.files == 0) {
             throw std::logic_error("the kind reads 0 files");
@@ -123,6 +127,16 @@ void SourceSet::open(Segment& segment) {
         segment.reader.reset();
         state.fail(segment.source, *error);
     }
+}
+
+void SourceSet::openSource(Segment& segment) {
+    NodeContext& context = *state.runs[segment.source].context;
+    const auto& kind = dynamic_cast<const Source&>(*state.node(segment.source).kind);
+    const NodeArguments arguments = state.arguments(segment.source);
+    for (const std::filesystem::path& file : kind.files(arguments, context)) {
+        context.watch(file.string());
+    }
+    segment.reader = mustBe(kind.open(arguments, context), "reader");
 }
 
 void SourceSet::selectColumns(std::size_t segment, const std::vector<bool>& isNeeded) {

@@ -16,7 +16,7 @@
 
 namespace velmorak {
 
-/// The sources of one stream. Their rows follow each other in segments, one for each time that a source is read: a
+/// The sources and stored tables of one stream. Their rows follow each other in segments, one for each time that a source is read: a
 /// concatenation that takes a table twice has two segments of one source. Rows are numbered within a segment, chunks
 /// within a file; the files of all segments follow each other.
 ///
@@ -81,6 +81,7 @@ private:
     struct Segment;
 
     void open(Segment& segment);
+    void openSource(Segment& segment);
     void limit(Segment& segment) const;
     bool seek(Segment& segment);
     bool readNext(ChunkTask& task);

@@ -80,6 +80,13 @@ bool Plan::isStream(std::size_t node) const {
            categories[node] == KindCategory::Concatenation;
 }
 
+bool Plan::storesTable(std::size_t node) const {
+    const std::vector<OutputSpec>& outputs = pipeline.nodes[node].outputs;
+    return categories[node] == KindCategory::Accumulator &&
+           std::any_of(outputs.begin(), outputs.end(),
+                       [](const OutputSpec& output) { return output.type == ValueType::Table; });
+}
+
 std::optional<std::size_t> Plan::tableInput(std::size_t node) const {
     return tables[node].empty() ? std::nullopt : std::optional(tables[node].front());
 }
@@ -98,12 +105,17 @@ void Plan::connect() {
                 upstreamOf[node].push_back(feeder);
                 fed.push_back(node);
             }
-            const bool takesTable = tables[node].empty() || categories[node] == KindCategory::Concatenation;
-            if (takesTable && carriesTable(input)) {
+            if (takesRows(node, input)) {
                 tables[node].push_back(feeder);
             }
         }
     }
+}
+
+/// Rows come from the first input that carries a table; those of a concatenation from every such input.
+bool Plan::takesRows(std::size_t node, const PipelineInput& input) const {
+    const bool isMissing = tables[node].empty() || categories[node] == KindCategory::Concatenation;
+    return isMissing && carriesTable(input);
 }
 
 void Plan::append(std::size_t first, std::vector<std::size_t>& waiting) {
@@ -167,7 +179,8 @@ void Plan::findSegments() {
     std::map<std::vector<std::size_t>, std::size_t> numbers{{{}, 0}};
     for (const std::size_t node : ordered) {
         poll.step();
-        if (categories[node] != KindCategory::Source && tables[node].size() == 1) {
+        const bool hasOneTable = tables[node].size() == 1 && !storesTable(tables[node].front());
+        if (categories[node] != KindCategory::Source && hasOneTable) {
             segmentsOf[node] = segmentsOf[tables[node].front()];
             continue;
         }
@@ -176,7 +189,9 @@ void Plan::findSegments() {
             segments = {node};
         } else {
             for (const std::size_t feeder : tables[node]) {
-                const std::vector<std::size_t>& more = segmentLists[segmentsOf[feeder]];
+                const std::vector<std::size_t> stored{feeder};
+                const std::vector<std::size_t>& more =
+                    storesTable(feeder) ? stored : segmentLists[segmentsOf[feeder]];
                 segments.insert(segments.end(), more.begin(), more.end());
             }
         }
@@ -201,7 +216,8 @@ bool Plan::carriesTable(const PipelineInput& input) const {
         return false;
     }
     const OutputSpec* output = outputOf(*input.wire);
-    return output != nullptr && output->type == ValueType::Table && isStream(input.wire->node);
+    const bool givesRows = isStream(input.wire->node) || storesTable(input.wire->node);
+    return output != nullptr && output->type == ValueType::Table && givesRows;
 }
 
 std::string Plan::validate(std::size_t node) const {

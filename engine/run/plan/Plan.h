@@ -20,7 +20,8 @@ KindCategory categoryOf(const Kind* kind);
 ///
 /// Invariants: the order holds every node once. A node comes after those that feed it, unless they lie on a cycle;
 /// nodes of a cycle have an error and come before the nodes that the cycle feeds. A stream node has the list of
-/// segments that its rows consist of: the sources in the order of their rows. Nodes with the same list share a pass.
+/// segments that its rows consist of: the sources and stored tables in the order of their rows. Nodes with the same list
+/// share a pass.
 class Plan {
 public:
     /// @param pipeline outlives this, as does what isStopping refers to.
@@ -44,12 +45,16 @@ public:
     bool isRunReporter(std::size_t node) const;
     /// A source, row-wise plug-in or concatenation: its rows are not kept.
     bool isStream(std::size_t node) const;
+    /// An accumulator that yields a table (StoredTable): its rows are kept, and read in passes of their own.
+    bool storesTable(std::size_t node) const;
     /// The node whose table is the input of this one.
     std::optional<std::size_t> tableInput(std::size_t node) const;
     /// The same for a concatenation, which has several, in the order of its inputs; one may occur twice.
     const std::vector<std::size_t>& tableInputs(std::size_t node) const { return tables[node]; }
-    /// The sources whose rows pass through this node, in the order of the rows; one may occur twice.
+    /// The sources and stored tables whose rows arrive at this node, in the order of the rows; one may occur twice.
     const std::vector<std::size_t>& segments(std::size_t node) const { return segmentLists[segmentsOf[node]]; }
+    /// Number of sources that the rows of its output table consist of: one for a stored table.
+    std::size_t segmentsOfOutput(std::size_t node) const { return storesTable(node) ? 1 : segments(node).size(); }
     /// Number of the node's list of segments: equal for two nodes whose lists are equal; 0 for an empty list.
     std::size_t segmentListOf(std::size_t node) const { return segmentsOf[node]; }
     std::size_t segmentListCount() const { return segmentLists.size(); }
@@ -67,6 +72,7 @@ private:
     std::string inputError(std::size_t node, const PipelineInput& input) const;
     std::string categoryError(std::size_t node) const;
     const OutputSpec* outputOf(const PipelineWire& wire) const;
+    bool takesRows(std::size_t node, const PipelineInput& input) const;
     bool carriesTable(const PipelineInput& input) const;
 
     const Pipeline& pipeline;

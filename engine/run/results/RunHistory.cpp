@@ -50,7 +50,7 @@ std::string needOf(const RunState& state, std::size_t position) {
     if (state.plan.isRunReporter(position)) {
         return "it tells of the whole run";
     }
-    if (state.plan.isStream(position)) {
+    if (state.plan.isStream(position) || state.plan.storesTable(position)) {
         for (const std::size_t consumer : state.plan.consumers(position)) {
             if (state.runs[consumer].isNeeded && state.runs[consumer].report.status != NodeStatus::Reused) {
                 return "its rows are needed by " + quoted(state.node(consumer).name);
