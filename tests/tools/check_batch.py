@@ -2,12 +2,11 @@
 """Checks the scripts that velmorak-batch writes: what is in them, that shells and Python accept them, that they quote
 names, and what is refused.
 
-usage: check_batch.py VELMORAK-RUN SOURCE
+usage: check_batch.py VELMORAK-RUN
 """
 
 import ast
 import os
-import pathlib
 import re
 import shutil
 import subprocess
@@ -216,24 +215,7 @@ def check_no_parts(place):
     assert "has no parts" in done.stderr, done.stderr
 
 
-def check_pages(place, source):
-    """The manual page and the completion have exactly the options of --help, which fits on a screen."""
-    text = fine(place.batch("--help")).stdout
-    assert len(text.splitlines()) <= 24 and max(map(len, text.splitlines())) <= 80, text
-    option = r"(?<![\w-])(--[a-z-]+)"
-    known = {name for line in text.splitlines() if line.startswith("  -") for name in re.findall(option, line[:22])}
-    manual = (source / "packaging" / "velmorak-batch.1").read_text().replace("\\-", "-")
-    stated = {name for line in manual.splitlines() if re.match(r"\.(B|BI|BR) -", line)
-              for name in re.findall(option, line)}
-    assert stated == known, stated ^ known
-    line = "source '%s'; COMP_WORDS=(velmorak-batch slurm -); COMP_CWORD=2; _velmorak_batch; echo \"${COMPREPLY[@]}\""
-    done = subprocess.run(["bash", "-c", line % (source / "packaging" / "velmorak-batch.bash")], capture_output=True,
-                          text=True)
-    assert set(done.stdout.split()) == known, set(done.stdout.split()) ^ known
-    assert re.fullmatch(r"velmorak-batch [0-9.]+\n", fine(place.batch("--version")).stdout)
-
-
-def main(runner, source):
+def main(runner):
     with BatchPlace(runner) as place:
         check_slurm(place)
         check_htcondor(place)
@@ -242,7 +224,6 @@ def main(runner, source):
         check_mpi(place)
         check_refusals(place)
         check_no_parts(place)
-        check_pages(place, pathlib.Path(source))
 
 
 if __name__ == "__main__":

@@ -6,34 +6,9 @@
 #include <velmorak/Value.h>
 
 #include <CLI/CLI.hpp>
+#include <velmorak-run/Help.h>
 
 namespace {
-
-constexpr const char* helpText = R"(Usage: velmorak-run [OPTIONS] DOCUMENT     run a pipeline (*.zedra), no window
-  --again RUN.JSON           repeat a recorded run and compare the results
-  -a FILE                    AIDA file for readers without a file of their own
-  --set PLUGIN.INPUT=VALUE   set a value before the run; may be given again
-  --scan PLUGIN.INPUT=VALUES one run for each value: from:to:step, or a,b,c;
-                             given again, one for each combination
-  --start PLUGIN             start at this plug-in
-  --results DIR              results folder; else DOCUMENT.results beside it
-  -j N                       threads (1 to 1024); results do not depend on it
-  --timeout SECONDS          stop after this time
-  --events FILE              progress and outcomes as JSON lines; - is stdout
-  --why                      say why each plug-in is executed or reused
-  --list, --check            list plug-ins, inputs, values; check types; no run
-  --look FILE [--json]       print what is in a data file of any known format
-  --plan JOB --parts N       divide the run of DOCUMENT into parts; no run
-  --bundle                   with --plan: for machines without these files
-  --part I|auto JOB          do a part of a planned run; several at once
-  --merge [--partial] JOB    put the parts together, or those that are done
-  --status JOB               list the parts that are missing or have failed
-  --version, --help          print and end
-Messages go to standard error. Ctrl+C stops; a second one ends at once.
-Exit status: 0 all done, 1 wrong usage or unreadable document, 2 a plug-in
-failed, 3 stopped, 4 the results of --again differ, 5 damaged files were
-skipped, 6 parts are missing. See man velmorak-run.
-)";
 
 constexpr int maxParts = 99999;  ///< Of a pass; the names of their files have five digits.
 

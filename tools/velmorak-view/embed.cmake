@@ -1,7 +1,7 @@
-# Writes a source that holds the files of the page: cmake -DFILES="a b" -DOUTPUT=Page.cpp -P embed.cmake
-separate_arguments(FILES)
+# Writes a source that holds the files of the page: cmake -DFOLDER=page -DOUTPUT=Page.cpp -P embed.cmake
+file(GLOB files ${FOLDER}/*)
 set(text "#include \"Page.h\"\n\n#include <map>\n\nnamespace {\n\nconst std::map<std::string, std::string_view> parts = {\n")
-foreach(file IN LISTS FILES)
+foreach(file IN LISTS files)
   file(READ ${file} content)
   get_filename_component(name ${file} NAME)
   string(APPEND text "    {\"${name}\", R\"page(${content})page\"},\n")

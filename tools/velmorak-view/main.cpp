@@ -5,6 +5,7 @@
 #include "run/announce/RuntimeFolder.h"
 
 #include <CLI/CLI.hpp>
+#include <velmorak-view/Help.h>
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -114,12 +115,12 @@ int view(const Options& options, const sigset_t& signals) {
 
 int main(int argc, char** argv) {
     Options options;
-    CLI::App app("Shows what runs do and what came out, in a browser.", "velmorak-view");
-    app.add_option("DOCUMENT|RESULTS", options.shown, "a document, or a results folder, to show besides current runs");
-    app.add_flag("--no-open", options.staysClosed, "only print the address, for example to forward its port by ssh");
-    app.add_flag("--watch", options.watches,
-                 "stay in the background, notify of failures, and open the page on a click");
-    app.add_option("--port", options.port, "port of 127.0.0.1; 0: any")->check(CLI::Range(0, 65535));
+    CLI::App app("", "velmorak-view");
+    app.formatter_fn([](const CLI::App*, const std::string&, CLI::AppFormatMode) { return std::string(helpText); });
+    app.add_option("DOCUMENT|RESULTS", options.shown);
+    app.add_flag("--no-open", options.staysClosed);
+    app.add_flag("--watch", options.watches);
+    app.add_option("--port", options.port)->check(CLI::Range(0, 65535));
     app.set_version_flag("--version", VELMORAK_VERSION);
     CLI11_PARSE(app, argc, argv);
     sigset_t signals;
