@@ -10,4 +10,6 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeConcat());
     registry.add(makeCutFlow());
     registry.add(makeExplode());
+    registry.add(makeGroupBy());
+    registry.add(makeJoin());
 }

@@ -14,5 +14,7 @@ std::unique_ptr<Kind> makeRange();
 std::unique_ptr<Kind> makeConcat();
 std::unique_ptr<Kind> makeCutFlow();
 std::unique_ptr<Kind> makeExplode();
+std::unique_ptr<Kind> makeGroupBy();
+std::unique_ptr<Kind> makeJoin();
 
 }  // namespace velmorak

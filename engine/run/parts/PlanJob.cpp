@@ -112,7 +112,7 @@ bool Planning::hasAllValues(std::size_t target) const {
     const std::vector<OperatorInstance> instances = planner.operatorsFor({target});
     return std::all_of(instances.begin(), instances.end(), [this](const OperatorInstance& instance) {
         const std::vector<std::size_t>& upstream = state.plan.upstream(instance.node);
-        return std::all_of(upstream.begin(), upstream.end(),
+        return state.plan.wholeTables(instance.node).empty() && std::all_of(upstream.begin(), upstream.end(),
                            [this](std::size_t feeder) { return state.plan.isStream(feeder); });
     });
 }

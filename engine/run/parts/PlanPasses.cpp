@@ -64,6 +64,7 @@ void Rehearsal::findNeeded() {
 
 void Rehearsal::finish(std::size_t position) {
     if (state.plan.isStream(position)) {
+        state.runs[position].isCollected = true;
         state.pass(position);
     } else {
         state.finish(position, NodeStatus::Done, std::vector<Value>(state.node(position).outputs.size()));
@@ -124,6 +125,9 @@ void Rehearsal::addPass(const std::vector<std::size_t>& targets) {
     PassOutline pass;
     std::set<std::size_t> needs;
     for (const std::size_t target : targets) {
+        if (state.mustBeCollected(target)) {
+            continue;  // Every part collects it.
+        }
         if (std::string reason = whyLeftToMerge(target); !reason.empty()) {
             outline.leftToMerge.emplace(target, std::move(reason));
             continue;

@@ -1,5 +1,9 @@
 #include "run/pass/ChunkCommit.h"
 
+#include "run/pass/RowCollection.h"
+
+#include <velmorak/EndedOperation.h>
+
 #include <utility>
 
 namespace velmorak {
@@ -63,7 +67,7 @@ void ChunkCommit::reportOperators() {
     for (std::size_t i = 0; i < chain.size(); ++i) {
         const Operator& op = chain.at(i);
         NodeReport& report = state.runs[op.node].report;
-        report.rowsIn += op.rowsIn;
+        report.rowsIn += op.isCollecting ? 0 : op.rowsIn;
         report.rowsOut += op.rowsOut;
         state.addSeconds(op.node, op.time);
     }
@@ -88,8 +92,19 @@ void ChunkCommit::finish() {
             continue;
         }
         state.pass(op.node);
+        endOperations(op);
         if (op.accumulation) {
             finishAccumulator(op);
+        }
+    }
+}
+
+void ChunkCommit::endOperations(Operator& op) {
+    for (const Operator::Parent& parent : op.parents) {
+        if (auto* const ended = dynamic_cast<EndedOperation*>(parent.operation.get())) {
+            if (const std::optional<NodeError> error = state.call(op.node, [&] { ended->end(); })) {
+                state.fail(op.node, *error);
+            }
         }
     }
 }
@@ -102,10 +117,16 @@ void ChunkCommit::finishAccumulator(Operator& op) {
     NodeResults results(state.node(op.node).outputs);
     const std::optional<NodeError> error = state.call(op.node, [&] {
         const std::unique_ptr<AccumulatorState> whole = op.merger->whole();
-        op.accumulation->finish(*whole, results);
+        if (op.isCollecting) {
+            state.runs[op.node].collected = RowCollection::tableOf(*whole);
+        } else {
+            op.accumulation->finish(*whole, results);
+        }
     });
     if (error) {
         state.fail(op.node, *error);
+    } else if (op.isCollecting) {
+        state.runs[op.node].isCollected = true;
     } else {
         state.finish(op.node, NodeStatus::Done, results.values());
     }

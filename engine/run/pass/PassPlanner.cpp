@@ -48,6 +48,9 @@ bool PassPlanner::isTarget(std::size_t position) const {
     if (!state.plan.isStream(position)) {
         return state.plan.tableInput(position).has_value();
     }
+    if (state.mustBeCollected(position)) {
+        return true;
+    }
     // A table without consumers is read once, to report its row count and errors.
     return !run.hasStreamed && state.plan.isInScope(position) && state.plan.consumers(position).empty();
 }
@@ -130,11 +133,16 @@ std::vector<OperatorInstance> PassPlanner::operatorsFor(const std::vector<std::s
     std::vector<OperatorInstance> open;
     open.reserve(targets.size());
     for (const std::size_t target : targets) {
-        open.push_back({target, 0});
+        open.push_back({target, 0, state.mustBeCollected(target)});
     }
     while (!open.empty()) {
         const OperatorInstance instance = open.back();
         open.pop_back();
+        if (instance.isCollecting) {
+            wanted.insert(instance);
+            open.push_back({instance.node, instance.firstSegment});
+            continue;
+        }
         if (state.plan.category(instance.node) == KindCategory::Source || !wanted.insert(instance).second) {
             continue;
         }
