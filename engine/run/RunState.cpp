@@ -1,6 +1,7 @@
 #include "run/RunState.h"
 
 #include "run/messages/Visible.h"
+#include "run/pass/WholeTables.h"
 #include "run/results/PartialMark.h"
 
 #include <velmorak/StoredTable.h>
@@ -50,33 +51,13 @@ bool RunState::hasFailed(std::size_t position) const {
 
 bool RunState::hasArguments(std::size_t position) const {
     const std::vector<std::size_t>& upstream = plan.upstream(position);
-    return hasWholeTables(position) && std::all_of(upstream.begin(), upstream.end(), [&](std::size_t feeder) {
+    const std::vector<std::size_t> wholes = wholeTables(*this, position);
+    const bool areCollected = std::all_of(wholes.begin(), wholes.end(), [this](std::size_t feeder) {
+        return !plan.isStream(feeder) || storedTable(feeder) != nullptr;
+    });
+    return areCollected && std::all_of(upstream.begin(), upstream.end(), [&](std::size_t feeder) {
         return plan.isStream(feeder) || isDone(feeder) || (hasFailed(feeder) && mayGoWithout(position, feeder));
     });
-}
-
-/// The tables that the plug-in needs as a whole are there.
-bool RunState::hasWholeTables(std::size_t position) const {
-    const std::vector<std::size_t>& feeders = plan.wholeTables(position);
-    return std::all_of(feeders.begin(), feeders.end(), [this](std::size_t feeder) {
-        return plan.isStream(feeder) ? runs[feeder].isCollected : isDone(feeder);
-    });
-}
-
-bool RunState::mustBeCollected(std::size_t position) const {
-    const std::vector<std::size_t>& consumers = plan.consumers(position);
-    return plan.isStream(position) && !runs[position].isCollected &&
-           std::any_of(consumers.begin(), consumers.end(), [&](std::size_t consumer) {
-               const std::vector<std::size_t>& feeders = plan.wholeTables(consumer);
-               return runs[consumer].isNeeded && !runs[consumer].isFinal &&
-                      std::find(feeders.begin(), feeders.end(), position) != feeders.end();
-           });
-}
-
-Value RunState::wholeTable(std::size_t feeder) const {
-    const std::shared_ptr<const StoredTable> table =
-        plan.isStream(feeder) ? runs[feeder].collected : storedTable(feeder);
-    return table ? Value(DataObjectPtr(table)) : Value();
 }
 
 bool RunState::mayGoWithout(std::size_t position, std::size_t feeder) const {
@@ -137,8 +118,10 @@ NodeArguments RunState::arguments(std::size_t position) const {
     std::vector<Arrival> arrivals;
     for (const PipelineInput& input : node(position).inputs) {
         arrivals.push_back(arrival(input, plan.isRunReporter(position) || input.spec.mayFail));
-        if (input.wire && plan.takesWholeTable(position, input)) {
-            arrivals.back().value = wholeTable(input.wire->node);
+        if (takesWholeTable(plan, pipeline, position, input)) {
+            if (const std::shared_ptr<const StoredTable> table = storedTable(input.wire->node)) {
+                arrivals.back().value = DataObjectPtr(table);
+            }
         }
     }
     return {node(position), arrivals};

@@ -23,11 +23,9 @@ struct NodeRun {
     bool isFinal = false;      ///< The status does not change any more.
     bool isReported = false;   ///< The listener has been called.
     bool hasStreamed = false;  ///< Of a stream: at least one pass came to its end.
-    bool isCollected = false;  ///< Of a stream: its rows were collected for those that need them as a whole.
     NodeReport report;
     std::string cause;           ///< Of a failed or skipped plug-in: name of the one that failed.
     std::vector<Value> remains;  ///< Of a failed plug-in: what it has got, parallel to its outputs; may be empty.
-    std::shared_ptr<const StoredTable> collected{};  ///< Of a stream: those rows.
     std::unique_ptr<NodeContext> context;
 };
 
@@ -62,8 +60,6 @@ public:
     void stopFirst(std::size_t position);
     /// Marks the objects if the results are partial.
     void finish(std::size_t position, NodeStatus status, std::vector<Value> outputs);
-    /// Some plug-in that is still to be executed needs the rows of the stream as a whole.
-    bool mustBeCollected(std::size_t position) const;
     /// @return the table that the plug-in has stored; null without one.
     std::shared_ptr<const StoredTable> storedTable(std::size_t position) const;
     /// Frees the stored tables of the plug-in, when nobody reads them any more.
@@ -96,8 +92,6 @@ public:
 private:
     /// @param mayMiss a value may be missing because its plug-in failed.
     Arrival arrival(const PipelineInput& input, bool mayMiss) const;
-    bool hasWholeTables(std::size_t position) const;
-    Value wholeTable(std::size_t feeder) const;
     Value remainsOf(const PipelineWire& wire) const;
     bool hasValueFor(const PipelineInput& input) const;
 

@@ -55,7 +55,7 @@ TEST(Catalogue, offersTheKindsByGroup) {
          {"Histogram1D", "Histogram2D", "Histogram3D", "Profile1D", "Profile2D", "CategoryHistogram", "Rebin", "Scale",
           "Combine", "Project", "Cumulative", "Compare", "Statistics"}},
         {"Output", {"Plot", "AidaWriter", "CsvWriter", "RootWriter", "Print", "Report", "YodaWriter"}},
-        {"Table", {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode"}},
+        {"Table", {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode", "GroupBy", "Join"}},
     };
     std::map<std::string, Names> found;
     for (const auto& group : shippedGroups()) {

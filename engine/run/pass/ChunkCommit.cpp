@@ -1,6 +1,7 @@
 #include "run/pass/ChunkCommit.h"
 
 #include "run/pass/RowCollection.h"
+#include "run/pass/WholeTables.h"
 
 #include <velmorak/EndedOperation.h>
 
@@ -9,6 +10,20 @@
 namespace velmorak {
 
 using Clock = std::chrono::steady_clock;
+
+namespace {
+
+void endOperations(RunState& state, Operator& op) {
+    for (const Operator::Parent& parent : op.parents) {
+        if (auto* const ended = dynamic_cast<EndedOperation*>(parent.operation.get())) {
+            if (const std::optional<NodeError> error = state.call(op.node, [&] { ended->end(); })) {
+                state.fail(op.node, *error);
+            }
+        }
+    }
+}
+
+}  // namespace
 
 ChunkCommit::ChunkCommit(RunState& state, SourceSet& sources, OperatorChain& chain)
     : state(state), sources(sources), chain(chain) {}
@@ -92,19 +107,9 @@ void ChunkCommit::finish() {
             continue;
         }
         state.pass(op.node);
-        endOperations(op);
+        endOperations(state, op);
         if (op.accumulation) {
             finishAccumulator(op);
-        }
-    }
-}
-
-void ChunkCommit::endOperations(Operator& op) {
-    for (const Operator::Parent& parent : op.parents) {
-        if (auto* const ended = dynamic_cast<EndedOperation*>(parent.operation.get())) {
-            if (const std::optional<NodeError> error = state.call(op.node, [&] { ended->end(); })) {
-                state.fail(op.node, *error);
-            }
         }
     }
 }
@@ -118,16 +123,14 @@ void ChunkCommit::finishAccumulator(Operator& op) {
     const std::optional<NodeError> error = state.call(op.node, [&] {
         const std::unique_ptr<AccumulatorState> whole = op.merger->whole();
         if (op.isCollecting) {
-            state.runs[op.node].collected = RowCollection::tableOf(*whole);
+            keepCollected(state, op.node, RowCollection::tableOf(*whole));
         } else {
             op.accumulation->finish(*whole, results);
         }
     });
     if (error) {
         state.fail(op.node, *error);
-    } else if (op.isCollecting) {
-        state.runs[op.node].isCollected = true;
-    } else {
+    } else if (!op.isCollecting) {
         state.finish(op.node, NodeStatus::Done, results.values());
     }
 }

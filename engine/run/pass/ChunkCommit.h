@@ -34,7 +34,6 @@ private:
     ChunkPlace placeFor(const Operator& op, const ChunkTask& task) const;
     void commitOperator(std::size_t position, ChunkTask& task);
     void reportOperators();
-    void endOperations(Operator& op);
     void finishAccumulator(Operator& op);
 
     RunState& state;

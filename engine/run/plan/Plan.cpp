@@ -3,6 +3,7 @@
 #include "run/NodeArguments.h"
 #include "run/ValueCheck.h"
 #include "run/messages/Visible.h"
+#include "run/pass/WholeTables.h"
 #include "run/plan/Cycles.h"
 
 #include <algorithm>
@@ -60,7 +61,6 @@ Plan::Plan(const Pipeline& pipeline, std::function<bool()> isStopping)
       cycleErrors(pipeline.nodes.size()),
       inScope(pipeline.nodes.size(), false),
       tables(pipeline.nodes.size()),
-      wholes(pipeline.nodes.size()),
       segmentsOf(pipeline.nodes.size()) {
     for (const PipelineNode& node : pipeline.nodes) {
         categories.push_back(categoryOf(node.kind));
@@ -108,9 +108,6 @@ void Plan::connect() {
             }
             if (takesRows(node, input)) {
                 tables[node].push_back(feeder);
-            } else if (takesWholeTable(node, input) &&
-                       std::find(wholes[node].begin(), wholes[node].end(), feeder) == wholes[node].end()) {
-                wholes[node].push_back(feeder);
             }
         }
     }
@@ -120,16 +117,6 @@ void Plan::connect() {
 bool Plan::takesRows(std::size_t node, const PipelineInput& input) const {
     const bool isMissing = tables[node].empty() || categories[node] == KindCategory::Concatenation;
     return isMissing && carriesTable(input);
-}
-
-bool Plan::takesWholeTable(std::size_t node, const PipelineInput& input) const {
-    if (categories[node] != KindCategory::RowWise || input.spec.type != ValueType::Table || !carriesTable(input)) {
-        return false;
-    }
-    const std::vector<PipelineInput>& inputs = pipeline.nodes[node].inputs;
-    const auto first =
-        std::find_if(inputs.begin(), inputs.end(), [this](const PipelineInput& each) { return carriesTable(each); });
-    return first->spec.name != input.spec.name;
 }
 
 void Plan::append(std::size_t first, std::vector<std::size_t>& waiting) {
@@ -296,7 +283,7 @@ std::string Plan::categoryError(std::size_t node) const {
         if (!carriesTable(input)) {
             continue;
         }
-        if (first && categories[node] != KindCategory::Concatenation && !takesWholeTable(node, input)) {
+        if (first && categories[node] != KindCategory::Concatenation && !takesWholeTable(*this, pipeline, node, input)) {
             return aboutInput(input.spec.name, "input \"" + first->spec.name +
                                                    "\" is wired to a table already; a plug-in takes only one");
         }

@@ -51,10 +51,6 @@ public:
     std::optional<std::size_t> tableInput(std::size_t node) const;
     /// The same for a concatenation, which has several, in the order of its inputs; one may occur twice.
     const std::vector<std::size_t>& tableInputs(std::size_t node) const { return tables[node]; }
-    /// The nodes whose tables a row-wise plug-in needs as a whole, besides the one whose rows it transforms, each once.
-    const std::vector<std::size_t>& wholeTables(std::size_t node) const { return wholes[node]; }
-    /// The input gets such a table.
-    bool takesWholeTable(std::size_t node, const PipelineInput& input) const;
     /// The sources and stored tables whose rows arrive at this node, in the order of the rows; one may occur twice.
     const std::vector<std::size_t>& segments(std::size_t node) const { return segmentLists[segmentsOf[node]]; }
     /// Number of sources that the rows of its output table consist of: one for a stored table.
@@ -90,7 +86,6 @@ private:
     std::vector<std::string> cycleErrors;  ///< Empty for a node on no cycle.
     std::vector<bool> inScope;
     std::vector<std::vector<std::size_t>> tables;
-    std::vector<std::vector<std::size_t>> wholes;
     std::vector<std::size_t> segmentsOf;  ///< Positions in segmentLists.
     std::vector<std::vector<std::size_t>> segmentLists{{}};
 };
