@@ -1,6 +1,6 @@
 #include "Distribution.h"
 
-#include "Philox.h"
+#include "shared/Philox.h"
 
 #include <velmorak/ElementaryFunctions.h>
 #include <velmorak/Failure.h>

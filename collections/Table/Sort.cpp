@@ -105,7 +105,8 @@ std::string SortKind::summary() const {
 }
 
 std::string SortKind::notes() const {
-    return "The sort is stable: rows with equal keys stay in their order. Missing values, NaN and empty texts, come last "
+    return "The sort is stable: rows with equal keys stay in their order. Missing values, NaN and empty texts, come "
+           "last "
            "in either direction. Numbers are compared by value, texts by their characters in the order of Unicode, so "
            "that Z comes before a; -0 equals 0. An expression that gives a list in each row is refused; columns with "
            "lists are carried along.\n\n"
@@ -121,8 +122,7 @@ Ports SortKind::ports(const ValueTexts& values) const {
     }
     ports.outputs = {
         {.name = "table", .description = "All rows in their new order, with all columns.", .type = ValueType::Table},
-        {.name = "missing",
-         .description = "Number of rows in which one of the expressions is NaN or an empty text."}};
+        {.name = "missing", .description = "Number of rows in which one of the expressions is NaN or an empty text."}};
     return ports;
 }
 

@@ -12,4 +12,11 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeExplode());
     registry.add(makeGroupBy());
     registry.add(makeJoin());
+    registry.add(makeSort());
+    registry.add(makeUnique());
+    registry.add(makeSample());
+    registry.add(makeTail());
+    registry.add(makeRename());
+    registry.add(makeWindow());
+    registry.add(makeResample());
 }

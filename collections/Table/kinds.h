@@ -16,5 +16,12 @@ std::unique_ptr<Kind> makeCutFlow();
 std::unique_ptr<Kind> makeExplode();
 std::unique_ptr<Kind> makeGroupBy();
 std::unique_ptr<Kind> makeJoin();
+std::unique_ptr<Kind> makeSort();
+std::unique_ptr<Kind> makeUnique();
+std::unique_ptr<Kind> makeSample();
+std::unique_ptr<Kind> makeTail();
+std::unique_ptr<Kind> makeRename();
+std::unique_ptr<Kind> makeWindow();
+std::unique_ptr<Kind> makeResample();
 
 }  // namespace velmorak

@@ -41,17 +41,22 @@ std::vector<std::string> columnNames(const std::string& input, const std::string
     return names;
 }
 
+std::size_t columnPosition(const std::string& input, const std::string& name, const Schema& schema) {
+    const std::optional<std::size_t> position = schema.find(name);
+    if (!position) {
+        throw Failure(input, "there is no column \"" + name + "\"" + columnsThere(name, namesOf(schema)));
+    }
+    return *position;
+}
+
 std::vector<std::size_t> columnPositions(const std::string& input, const std::string& list, const Schema& schema) {
     std::vector<std::size_t> positions;
     for (const std::string& name : columnNames(input, list)) {
-        const std::optional<std::size_t> position = schema.find(name);
-        if (!position) {
-            throw Failure(input, "there is no column \"" + name + "\"" + columnsThere(name, namesOf(schema)));
-        }
-        if (std::find(positions.begin(), positions.end(), *position) != positions.end()) {
+        const std::size_t position = columnPosition(input, name, schema);
+        if (std::find(positions.begin(), positions.end(), position) != positions.end()) {
             throw Failure(input, "column \"" + name + "\" is listed twice");
         }
-        positions.push_back(*position);
+        positions.push_back(position);
     }
     return positions;
 }

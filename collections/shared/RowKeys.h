@@ -41,8 +41,7 @@ public:
     bool isShort() const { return ends.empty(); }
     /// What follows the first eight bytes; empty if isShort.
     std::string_view rest(std::size_t row) const {
-        return isShort() ? std::string_view()
-                         : std::string_view(bytes).substr(ends[row], ends[row + 1] - ends[row]);
+        return isShort() ? std::string_view() : std::string_view(bytes).substr(ends[row], ends[row + 1] - ends[row]);
     }
     /// The whole key, for tables of keys. Equal keys have equal bytes.
     std::string whole(std::size_t row) const;
@@ -66,14 +65,14 @@ private:
     friend class KeyMaker;
 
     std::vector<std::uint64_t> prefixes;
-    std::string bytes;                 ///< Of all rows, without the prefixes.
-    std::vector<std::uint64_t> ends;   ///< In bytes, rows + 1 of them; empty if isShort.
+    std::string bytes;                ///< Of all rows, without the prefixes.
+    std::vector<std::uint64_t> ends;  ///< In bytes, rows + 1 of them; empty if isShort.
     std::size_t rowsWithoutKey = 0;
 };
 
 /// Computes keys. Numbers are ordered by value, -0 and 0 being equal; booleans false before true; texts by their bytes,
-/// which is the order of Unicode. Missing values, NaN and empty texts, come last in either direction; all NaN are equal.
-/// Threads: keysOf may be called by several threads at once.
+/// which is the order of Unicode. Missing values, NaN and empty texts, come last in either direction; all NaN are
+/// equal. Threads: keysOf may be called by several threads at once.
 class KeyMaker {
 public:
     /// @param input of the list of keys, for messages.

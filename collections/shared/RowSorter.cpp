@@ -81,10 +81,9 @@ public:
     explicit Reader(const TableInMemory& table)
         : SortedReader(table.columns),
           table(table),
-          hasHeavyRows(std::any_of(table.columns.columns().begin(), table.columns.columns().end(),
-                                   [](const ColumnInfo& column) {
-                                       return column.isList || column.type == ColumnType::Text;
-                                   })) {}
+          hasHeavyRows(
+              std::any_of(table.columns.columns().begin(), table.columns.columns().end(),
+                          [](const ColumnInfo& column) { return column.isList || column.type == ColumnType::Text; })) {}
 
     bool next(Chunk& chunk) override;
     void complete(Chunk& chunk) const override {

@@ -3,8 +3,8 @@
 #include "shared/SortedRows.h"
 
 #include <velmorak/ChunkFile.h>
-#include <velmorak/Run.h>
 #include <velmorak/RowMemory.h>
+#include <velmorak/Run.h>
 #include <velmorak/StoredTable.h>
 
 #include <cstddef>

@@ -8,10 +8,9 @@ namespace velmorak {
 RunMerge::RunMerge(const Schema& schema, std::shared_ptr<const KeyMaker> keyMaker,
                    std::vector<std::shared_ptr<const SortedRun>> runs)
     : columns(schema.size()),
-      hasHeavyRows(std::any_of(schema.columns().begin(), schema.columns().end(),
-                               [](const ColumnInfo& column) {
-                                   return column.isList || column.type == ColumnType::Text;
-                               })),
+      hasHeavyRows(
+          std::any_of(schema.columns().begin(), schema.columns().end(),
+                      [](const ColumnInfo& column) { return column.isList || column.type == ColumnType::Text; })),
       keys(std::move(keyMaker)) {
     for (auto& run : runs) {
         cursors.push_back({.run = std::move(run)});

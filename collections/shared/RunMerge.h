@@ -31,8 +31,8 @@ public:
 private:
     struct Cursor {
         std::shared_ptr<const SortedRun> run;
-        std::size_t block = 0;   ///< Number of the next.
-        SortedRowsPtr rows{};    ///< Null at the end of the run.
+        std::size_t block = 0;  ///< Number of the next.
+        SortedRowsPtr rows{};   ///< Null at the end of the run.
         std::uint32_t row = 0;
         std::uint32_t part = 0;  ///< Of rows, in the MergedRows that are being made.
         bool isKnown = false;    ///< Whether it is there.

@@ -73,7 +73,8 @@ Column gatheredLists(const std::vector<SortedRowsPtr>& parts, std::size_t column
 
 /// Of the first part that is there; all have the same columns.
 const Column& example(const std::vector<SortedRowsPtr>& parts, std::size_t column) {
-    const auto found = std::find_if(parts.begin(), parts.end(), [](const SortedRowsPtr& part) { return part != nullptr; });
+    const auto found =
+        std::find_if(parts.begin(), parts.end(), [](const SortedRowsPtr& part) { return part != nullptr; });
     return *(*found)->columns[column];
 }
 
@@ -134,9 +135,8 @@ std::vector<RowAt> Merging::all() {
     while (runs.size() > 1) {
         std::vector<std::shared_ptr<Ahead<Run>>> tasks;
         for (std::size_t i = 0; i + 1 < runs.size(); i += 2) {
-            tasks.push_back(Ahead<Run>::begin([this, one = std::move(runs[i]), other = std::move(runs[i + 1])] {
-                return merged(one, other);
-            }));
+            tasks.push_back(Ahead<Run>::begin(
+                [this, one = std::move(runs[i]), other = std::move(runs[i + 1])] { return merged(one, other); }));
         }
         std::vector<Run> next;
         for (const auto& task : tasks) {

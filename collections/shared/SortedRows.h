@@ -37,7 +37,8 @@ struct RowAt {
 };
 
 /// @param isStopping polled; @throws Stopped.
-/// @return all rows of the parts in the order of their keys; of rows with equal keys, those of earlier parts come first.
+/// @return all rows of the parts in the order of their keys; of rows with equal keys, those of earlier parts come
+/// first.
 ///         Works on all threads of the run.
 std::vector<RowAt> mergedRows(const std::vector<SortedRowsPtr>& parts, const std::function<bool()>& isStopping);
 

@@ -3,6 +3,8 @@
 #include <dlfcn.h>
 #include <velmorak/EndedOperation.h>
 #include <velmorak/FileFormat.h>
+#include <velmorak/OrderedRows.h>
+#include <velmorak/StoredTable.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -226,13 +228,15 @@ void KindHarness::read(TableReader& reader) {
     }
 }
 
-void KindHarness::apply(const RowOperation& operation) {
+void KindHarness::apply(RowOperation& operation) {
+    auto* const ordered = dynamic_cast<OrderedRows*>(&operation);
     std::uint64_t rows = 0;
     for (Chunk chunk : given.chunks) {
         chunk.rowsBefore = rows;
         rows += chunk.rows;
         const std::optional<std::uint64_t> limit = operation.countsRows() ? operation.rowLimit() : std::nullopt;
         if (!limit || chunk.rowsBefore < *limit) {
+            chunk.owner = ordered ? ordered->look(chunk) : nullptr;
             made.chunks.push_back(operation.apply(chunk));
         }
     }
@@ -264,6 +268,14 @@ std::unique_ptr<Accumulation> KindHarness::accumulation() {
 void KindHarness::finish(Accumulation& accumulation, AccumulatorState& state) {
     BenchResults sink(outputs);
     accumulation.finish(state, sink);
+    for (const auto& [name, value] : outputs) {
+        const auto* const object = std::get_if<DataObjectPtr>(&value);
+        if (const auto table = std::dynamic_pointer_cast<const StoredTable>(object ? *object : nullptr)) {
+            const auto reader = table->open();
+            made = {.schema = reader->schema(), .chunks = {}};
+            read(*reader);
+        }
+    }
 }
 
 void KindHarness::accumulate() {

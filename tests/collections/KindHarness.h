@@ -1,6 +1,7 @@
 #pragma once
 
 #include <velmorak/Kind.h>
+#include <velmorak/RowMemory.h>
 #include <velmorak/TemporaryFolder.h>
 
 #include <filesystem>
@@ -36,7 +37,7 @@ struct SmallTable {
 SmallTable tableOf(const std::vector<std::pair<std::string, std::vector<double>>>& columns, std::size_t chunkLength);
 
 /// One plug-in on the bench: values and wires go in, the kind does its work, results come out.
-class KindHarness : public RunContext {
+class KindHarness : public RunContext, public LimitedRun {
 public:
     explicit KindHarness(const std::string& kindName, std::string pluginName = "bench");
     /// For a kind that no shipped collection has. It outlives this.
@@ -65,7 +66,11 @@ public:
         return std::dynamic_pointer_cast<const Object>(std::get<DataObjectPtr>(outputs.at(output)));
     }
     std::string text(const std::string& output) const { return std::get<std::string>(outputs.at(output)); }
+    /// The rows that came out, also those of a stored table.
     const SmallTable& table() const { return made; }
+    /// Bytes that the kind may keep rows in.
+    KindHarness& limitMemory(std::size_t bytes) { return budget = std::make_shared<MemoryBudget>(bytes), *this; }
+    std::shared_ptr<MemoryBudget> memory() const override { return budget; }
     const std::filesystem::path& folder() const { return results.path(); }
     const Kind& kind() const { return shipped; }
     Ports ports() const { return shipped.ports(texts); }
@@ -89,7 +94,7 @@ public:
 
 private:
     void read(TableReader& reader);
-    void apply(const RowOperation& operation);
+    void apply(RowOperation& operation);
     void concatenate(const Concatenation& concatenation, const Arguments& arguments);
     void accumulate();
 
@@ -108,6 +113,7 @@ private:
     std::vector<std::string> allWarnings;
     std::string messages;
     RunRecord givenRecord;
+    std::shared_ptr<MemoryBudget> budget = std::make_shared<MemoryBudget>();
 };
 
 }  // namespace velmorak::test

@@ -2,7 +2,6 @@
 
 #include "KindHarness.h"
 
-#include <velmorak/RowMemory.h>
 #include <velmorak/StoredTable.h>
 
 #include <memory>
@@ -53,17 +52,6 @@ inline SmallTable rowsOf(const Value& value) {
     }
     return rows;
 }
-
-/// A bench whose run has little memory for rows.
-class SmallMemoryBench : public KindHarness, public LimitedRun {
-public:
-    SmallMemoryBench(const std::string& kindName, std::size_t bytes)
-        : KindHarness(kindName), budget(std::make_shared<MemoryBudget>(bytes)) {}
-    std::shared_ptr<MemoryBudget> memory() const override { return budget; }
-
-private:
-    std::shared_ptr<MemoryBudget> budget;
-};
 
 inline Column::Texts textsIn(const SmallTable& table, const std::string& name) {
     Column::Texts all;

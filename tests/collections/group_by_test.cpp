@@ -198,8 +198,8 @@ TEST(GroupBy, hasTheSameBitsWhereverTheMemoryEnds) {
     const std::string aggregates = "count; sum(x); mean(x); spread(x); median(x); first(x); last(x)";
     const SmallTable expected = grouped("k", aggregates, manyGroups());
     for (const std::size_t bytes : {0, 40'000, 400'000}) {
-        test::SmallMemoryBench bench("GroupBy", bytes);
-        bench.set("keys", "k").set("aggregates", aggregates);
+        KindHarness bench("GroupBy");
+        bench.limitMemory(bytes).set("keys", "k").set("aggregates", aggregates);
         const SmallTable made = grouped(bench, manyGroups());
         EXPECT_EQ(bitsOf(made), bitsOf(expected)) << bytes;
         EXPECT_EQ(bench.number("groups"), static_cast<double>(expected.column("k").size()));

@@ -173,7 +173,8 @@ TEST(Join, isTheSameWithItsRowsOnDisk) {
     KindHarness inMemory("Join");
     const SmallTable expected = made(inMemory);
     for (const std::size_t bytes : {0, 50'000}) {
-        test::SmallMemoryBench bench("Join", bytes);
+        KindHarness bench("Join");
+        bench.limitMemory(bytes);
         const SmallTable found = made(bench);
         for (const char* column : {"k", "a", "b"}) {
             EXPECT_THAT(found.column(column), testing::Pointwise(testing::NanSensitiveDoubleEq(), expected.column(column)));

@@ -1,4 +1,4 @@
-#include <Data/Philox.h>
+#include <shared/Philox.h>
 
 #include "StoppingBench.h"
 

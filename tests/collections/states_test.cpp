@@ -208,6 +208,13 @@ std::string resultsInOrder(const Case& each, std::size_t cut) {
     return second.results(*whole);
 }
 
+/// Such a kind works while the parts of a run are merged, and its states are never saved.
+bool storesTable(const Kind& kind) {
+    const std::vector<OutputSpec> outputs = kind.ports({}).outputs;
+    return std::any_of(outputs.begin(), outputs.end(),
+                       [](const OutputSpec& output) { return output.type == ValueType::Table; });
+}
+
 TEST(ShippedStates, ofEveryAccumulatorAreTested) {
     std::set<std::string> tested;
     for (const Case& each : cases()) {
@@ -215,7 +222,7 @@ TEST(ShippedStates, ofEveryAccumulatorAreTested) {
     }
     for (const auto& group : shippedGroups()) {
         for (const auto& kind : group.kinds) {
-            if (dynamic_cast<const Accumulator*>(kind.get())) {
+            if (dynamic_cast<const Accumulator*>(kind.get()) && !storesTable(*kind)) {
                 EXPECT_TRUE(tested.contains(kind->name())) << kind->name() << " needs a case above";
             }
         }

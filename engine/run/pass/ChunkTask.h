@@ -20,6 +20,7 @@ struct OperatorOutput {
     std::unique_ptr<AccumulatorState> state;  ///< Of an accumulator.
     bool isOver = false;  ///< The operator, or one before it, needs neither this chunk nor a later one of the segment.
     std::uint64_t rowsBefore = 0;
+    std::shared_ptr<const void> seen;  ///< What OrderedRows::look returned.
     std::uint64_t rowsIn = 0;
     std::uint64_t rowsOut = 0;
     std::chrono::nanoseconds time{0};

@@ -4,6 +4,7 @@
 #include "run/pass/StateMerger.h"
 
 #include <velmorak/Kind.h>
+#include <velmorak/OrderedRows.h>
 
 #include <atomic>
 #include <chrono>
@@ -56,6 +57,7 @@ struct Operator {
     bool hasChild = false;
     bool countsRows = false;                ///< As RowOperation::countsRows.
     std::optional<std::uint64_t> rowLimit;  ///< As RowOperation::rowLimit.
+    OrderedRows* ordered = nullptr;         ///< The operation, if its rows depend on those before them.
     std::size_t stage = 0;                  ///< Number of operators up to this one that count rows.
     std::unique_ptr<Accumulation> accumulation;
     std::unique_ptr<StateMerger> merger;

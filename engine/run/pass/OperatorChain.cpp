@@ -11,9 +11,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-Chunk counted(const Chunk& chunk, std::uint64_t rowsBefore) {
+Chunk counted(const Chunk& chunk, const OperatorOutput& output) {
     Chunk copy = chunk;
-    copy.rowsBefore = rowsBefore;
+    copy.rowsBefore = output.rowsBefore;
+    copy.owner = output.seen;
     return copy;
 }
 
@@ -25,10 +26,12 @@ void compute(const Operator& op, const Operator::Parent& parent, const Chunk& ta
         return;
     }
     Chunk rows =
-        op.countsRows ? parent.operation->apply(counted(table, output.rowsBefore)) : parent.operation->apply(table);
+        op.countsRows ? parent.operation->apply(counted(table, output)) : parent.operation->apply(table);
     rows.number = table.number;
     rows.firstRow = table.firstRow;
     rows.file = table.file;
+    rows.owner.reset();
+    output.seen.reset();
     parent.check->check(rows);
     parent.check->freeColumns(rows);
     output.table = std::move(rows);
@@ -93,6 +96,7 @@ void OperatorChain::prepare(Operator& op) {
         op.stage = std::max(op.stage, parent.op ? operators[*parent.op]->stage : 0);
     }
     op.stage += op.countsRows ? 1 : 0;
+    completesFirst = completesFirst || (op.ordered && !op.parents.front().op);
 }
 
 void OperatorChain::prepareOperations(Operator& op) {
@@ -140,6 +144,7 @@ void OperatorChain::prepareCounting(Operator& op) {
     const RowOperation& operation = *op.parents.front().operation;
     op.countsRows = operation.countsRows();
     op.rowLimit = op.countsRows ? operation.rowLimit() : std::nullopt;
+    op.ordered = op.countsRows ? dynamic_cast<OrderedRows*>(op.parents.front().operation.get()) : nullptr;
 }
 
 const Schema& OperatorChain::schemaAt(const Operator& op, std::size_t segment) const {
@@ -175,11 +180,30 @@ void OperatorChain::count(ChunkTask& task, std::size_t stage) {
         output.rowsBefore = op.rowsCounted;
         output.isOver = op.rowLimit && op.rowsCounted >= *op.rowLimit;
         op.rowsCounted += table == &task.chunk ? task.rowsRead : table ? table->rows : 0;
+        if (op.ordered) {
+            look(i, task, table);
+        }
     }
 }
 
+void OperatorChain::look(std::size_t position, ChunkTask& task, const Chunk* table) {
+    Operator& op = *operators[position];
+    OperatorOutput& output = task.outputs[position];
+    const std::optional<std::size_t> parent = op.parents.front().op;
+    const bool isOver = output.isOver || (parent && task.outputs[*parent].isOver);
+    if (!table || task.error || isOver || task.sequence > op.failedAt || state.isStopping()) {
+        return;
+    }
+    const Clock::time_point begin = Clock::now();
+    output.error = state.call(op.node, [&] { output.seen = op.ordered->look(counted(*table, output)); });
+    if (output.error) {
+        lower(op.failedAt, task.sequence);
+    }
+    output.time += Clock::now() - begin;
+}
+
 void OperatorChain::execute(ChunkTask& task, std::size_t stage) {
-    if (operators.empty()) {
+    if (operators.empty() || (stage == 0 && completesFirst)) {
         sources.complete(task);
     }
     for (std::size_t i = 0; i < operators.size() && !state.isStopping(); ++i) {
@@ -195,7 +219,8 @@ void OperatorChain::executeOperator(std::size_t position, ChunkTask& task) {
     const Operator::Parent& parent = op.parentFor(task.segment);
     output.isOver = output.isOver || (parent.op && task.outputs[*parent.op].isOver);
     const Chunk* table = tableFor(op, task);
-    if ((!parent.operation && !op.accumulation) || task.sequence > op.failedAt || !table || output.isOver) {
+    if ((!parent.operation && !op.accumulation) || task.sequence > op.failedAt || !table || output.isOver ||
+        output.error) {
         return;
     }
     // Columns are made only here: a chunk that no operator needs is not worth it.
@@ -209,7 +234,7 @@ void OperatorChain::executeOperator(std::size_t position, ChunkTask& task) {
     if (output.error) {
         lower(op.failedAt, task.sequence);
     }
-    output.time = Clock::now() - begin;
+    output.time += Clock::now() - begin;
 }
 
 void OperatorChain::release(ChunkTask& task) {

@@ -59,6 +59,7 @@ private:
     void prepareConcatenation(Operator& op, const Concatenation& kind);
     static void prepareCounting(Operator& op);
     const Schema& schemaAt(const Operator& op, std::size_t segment) const;
+    void look(std::size_t position, ChunkTask& task, const Chunk* table);
     void executeOperator(std::size_t position, ChunkTask& task);
     const Chunk* tableFor(const Operator& op, const ChunkTask& task) const;
     std::optional<double> fractionOf(std::size_t position, std::size_t segment, std::optional<double> read) const;
@@ -68,6 +69,7 @@ private:
     std::vector<std::unique_ptr<Operator>> operators;
     std::map<OperatorInstance, std::size_t> positions;  ///< In operators.
     std::atomic<bool> isWorking = true;
+    bool completesFirst = false;  ///< An operator looks at the columns of a source in the order of the rows.
 };
 
 }  // namespace velmorak
