@@ -269,7 +269,7 @@ TEST(GroupBy, mistakesAreToldWithTheirInput) {
     EXPECT_THAT(failureOf("run", "", "mean(jets)"), HasSubstr("is a list in each row"));
     EXPECT_THAT(failureOf("run + 1", "", "count"), HasSubstr("needs a name"));
     EXPECT_THAT(failureOf("run", "", "mean(2 * x)"), HasSubstr("aggregates: \"mean(2 * x)\" needs a name"));
-    EXPECT_THAT(failureOf("run", "", "maen(x)"), HasSubstr("did you mean \"mean\"?"));
+    EXPECT_THAT(failureOf("run", "", "meen(x)"), HasSubstr("did you mean \"mean\"?"));
     EXPECT_THAT(failureOf("run", "", "mean"), HasSubstr("needs an expression, as in mean(x)"));
     EXPECT_THAT(failureOf("run", "", "mean(name)"), HasSubstr("\"name\" is a text"));
     EXPECT_THAT(failureOf("run", "", "count; count"), HasSubstr("two columns of the result are called \"count\""));
