@@ -291,6 +291,29 @@ def trigger(path):
     path.write_text("".join(out), encoding="utf-8")
 
 
+def hits(folder):
+    """Hits of three detectors in twelve runs, and two tables of constants: gains by run, of which one is missing, and
+    pedestals of each detector by ranges of runs."""
+    random = Random(0x417B)
+    folder.mkdir(parents=True, exist_ok=True)
+    gains = {run: 0.5 + 0.01 * (run - 101) for run in range(101, 113)}
+    out = ["run,detector,adc,passed\n"]
+    for number in range(3000):
+        run = 101 + number // 250
+        detector = "ABC"[int(3.0 * random.uniform())]
+        pedestal = 20.0 + (4.0 if run > 106 else 0.0) + (2.0 if detector == "B" else 0.0)
+        adc = pedestal + random.gauss(60.0, 6.0) / gains[run]
+        out.append("%d,%s,%s,%d\n" % (run, detector, text(adc), random.uniform() < 0.97 - 0.01 * (run - 101)))
+    (folder / "hits.csv").write_text("".join(out), encoding="utf-8")
+    (folder / "gains.csv").write_text(
+        "run,gain\n" + "".join("%d,%s\n" % (run, text(gain)) for run, gain in gains.items() if run != 110),
+        encoding="utf-8")
+    (folder / "pedestals.csv").write_text(
+        "detector,first_run,last_run,pedestal\n" + "".join(
+            "%s,%d,%d,%d\n" % (detector, first, last, 20 + (4 if first > 106 else 0) + (2 if detector == "B" else 0))
+            for detector in "ABC" for first, last in ((101, 106), (107, 112))), encoding="utf-8")
+
+
 def lines(path):
     """Channels of known gamma lines (in keV), with their errors."""
     random = Random(0xCA11B)
@@ -642,6 +665,7 @@ def main():
     samples(folder / "Tables" / "samples")
     tracks(folder / "Tables" / "tracks.aida")
     trigger(folder / "Detectors" / "trigger.csv")
+    hits(folder / "Detectors" / "hits")
     lines(folder / "Detectors" / "lines.aida")
     scattering(folder / "Nuclear_physics" / "scattering.aida")
     stopped(folder / "Particle_physics" / "stopped.csv")

@@ -16,4 +16,5 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeCumulative());
     registry.add(makeCompare());
     registry.add(makeStatistics());
+    registry.add(makeQuantileEdges());
 }

@@ -20,5 +20,6 @@ std::unique_ptr<Kind> makeProject();
 std::unique_ptr<Kind> makeCumulative();
 std::unique_ptr<Kind> makeCompare();
 std::unique_ptr<Kind> makeStatistics();
+std::unique_ptr<Kind> makeQuantileEdges();
 
 }  // namespace velmorak

@@ -10,6 +10,8 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeConcat());
     registry.add(makeCutFlow());
     registry.add(makeExplode());
+    registry.add(makeGroupBy());
+    registry.add(makeJoin());
     registry.add(makeSort());
     registry.add(makeUnique());
     registry.add(makeSample());

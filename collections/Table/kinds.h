@@ -14,6 +14,8 @@ std::unique_ptr<Kind> makeRange();
 std::unique_ptr<Kind> makeConcat();
 std::unique_ptr<Kind> makeCutFlow();
 std::unique_ptr<Kind> makeExplode();
+std::unique_ptr<Kind> makeGroupBy();
+std::unique_ptr<Kind> makeJoin();
 std::unique_ptr<Kind> makeSort();
 std::unique_ptr<Kind> makeUnique();
 std::unique_ptr<Kind> makeSample();

@@ -1,6 +1,7 @@
 #include "run/RunState.h"
 
 #include "run/messages/Visible.h"
+#include "run/pass/WholeTables.h"
 #include "run/results/PartialMark.h"
 
 #include <velmorak/StoredTable.h>
@@ -50,7 +51,11 @@ bool RunState::hasFailed(std::size_t position) const {
 
 bool RunState::hasArguments(std::size_t position) const {
     const std::vector<std::size_t>& upstream = plan.upstream(position);
-    return std::all_of(upstream.begin(), upstream.end(), [&](std::size_t feeder) {
+    const std::vector<std::size_t> wholes = wholeTables(*this, position);
+    const bool areCollected = std::all_of(wholes.begin(), wholes.end(), [this](std::size_t feeder) {
+        return !plan.isStream(feeder) || storedTable(feeder) != nullptr;
+    });
+    return areCollected && std::all_of(upstream.begin(), upstream.end(), [&](std::size_t feeder) {
         return plan.isStream(feeder) || isDone(feeder) || (hasFailed(feeder) && mayGoWithout(position, feeder));
     });
 }
@@ -113,6 +118,11 @@ NodeArguments RunState::arguments(std::size_t position) const {
     std::vector<Arrival> arrivals;
     for (const PipelineInput& input : node(position).inputs) {
         arrivals.push_back(arrival(input, plan.isRunReporter(position) || input.spec.mayFail));
+        if (takesWholeTable(plan, pipeline, position, input)) {
+            if (const std::shared_ptr<const StoredTable> table = storedTable(input.wire->node)) {
+                arrivals.back().value = DataObjectPtr(table);
+            }
+        }
     }
     return {node(position), arrivals};
 }

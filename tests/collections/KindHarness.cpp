@@ -1,6 +1,7 @@
 #include "KindHarness.h"
 
 #include <dlfcn.h>
+#include <velmorak/EndedOperation.h>
 #include <velmorak/FileFormat.h>
 #include <velmorak/OrderedRows.h>
 #include <velmorak/StoredTable.h>
@@ -199,7 +200,12 @@ void KindHarness::run() {
     } else if (const auto* rowWise = dynamic_cast<const RowWise*>(&shipped)) {
         const auto operation = rowWise->prepare(arguments, given.schema, *this);
         made = {.schema = operation->schema(), .chunks = {}};
+        std::vector<bool> needed(given.schema.size());
+        operation->markColumns(std::vector<bool>(made.schema.size(), true), needed);
         apply(*operation);
+        if (auto* const ended = dynamic_cast<EndedOperation*>(operation.get())) {
+            ended->end();
+        }
     } else if (const auto* concatenation = dynamic_cast<const Concatenation*>(&shipped)) {
         concatenate(*concatenation, arguments);
     } else if (dynamic_cast<const Accumulator*>(&shipped)) {

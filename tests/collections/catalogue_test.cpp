@@ -53,11 +53,11 @@ TEST(Catalogue, offersTheKindsByGroup) {
          {"ArrowTable", "FitsTable", "Hdf5Table", "NumpyTable", "ParquetTable", "ParquetWriter", "SqliteTable"}},
         {"Histogram",
          {"Histogram1D", "Histogram2D", "Histogram3D", "Profile1D", "Profile2D", "CategoryHistogram", "Rebin", "Scale",
-          "Combine", "Project", "Cumulative", "Compare", "Statistics"}},
+          "Combine", "Project", "Cumulative", "Compare", "Statistics", "QuantileEdges"}},
         {"Output", {"Plot", "AidaWriter", "CsvWriter", "RootWriter", "Print", "Report", "YodaWriter"}},
         {"Table",
-         {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode", "Sort", "Unique", "Sample", "Tail",
-          "Rename", "Window", "Resample"}},
+         {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode", "GroupBy", "Join", "Sort",
+          "Unique", "Sample", "Tail", "Rename", "Window", "Resample"}},
     };
     std::map<std::string, Names> found;
     for (const auto& group : shippedGroups()) {

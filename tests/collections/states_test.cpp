@@ -72,6 +72,7 @@ std::vector<Case> cases() {
         {"Histogram3D", "table", space},
         {"Profile2D", "table", surface},
         {"CategoryHistogram", "table", {{"expression", "k > 3"}, {"weight", "w"}}},
+        {"QuantileEdges", "table", {{"expression", "y"}, {"bins", "7"}}},
     };
 }
 

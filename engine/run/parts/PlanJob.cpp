@@ -6,6 +6,7 @@
 #include "run/pass/PassPlanner.h"
 #include "run/pass/SourceSet.h"
 #include "run/pass/StreamPass.h"
+#include "run/pass/WholeTables.h"
 #include "run/record/KindBuild.h"
 #include "run/record/Version.h"
 #include "store/FolderListing.h"
@@ -112,7 +113,8 @@ bool Planning::hasAllValues(std::size_t target) const {
     const std::vector<OperatorInstance> instances = planner.operatorsFor({target});
     return std::all_of(instances.begin(), instances.end(), [this](const OperatorInstance& instance) {
         const std::vector<std::size_t>& upstream = state.plan.upstream(instance.node);
-        return std::all_of(upstream.begin(), upstream.end(),
+        return wholeTables(state, instance.node).empty() &&
+               std::all_of(upstream.begin(), upstream.end(),
                            [this](std::size_t feeder) { return state.plan.isStream(feeder); });
     });
 }

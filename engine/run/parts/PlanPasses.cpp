@@ -1,8 +1,10 @@
 #include "run/parts/PlanPasses.h"
 
 #include "run/pass/PassPlanner.h"
+#include "run/pass/WholeTables.h"
 
 #include <velmorak/Parts.h>
+#include <velmorak/StoredTable.h>
 #include <velmorak/Text.h>
 
 #include <algorithm>
@@ -11,6 +13,16 @@
 namespace velmorak {
 
 namespace {
+
+/// Stands for the rows of a stream that would have been collected.
+class RehearsedTable : public StoredTable {
+public:
+    const Schema& schema() const override { return none; }
+    std::unique_ptr<TableReader> open() const override { return nullptr; }
+
+private:
+    Schema none;
+};
 
 /// Pretends that plug-ins are executed.
 class Rehearsal {
@@ -64,6 +76,7 @@ void Rehearsal::findNeeded() {
 
 void Rehearsal::finish(std::size_t position) {
     if (state.plan.isStream(position)) {
+        keepCollected(state, position, std::make_shared<RehearsedTable>());
         state.pass(position);
     } else {
         state.finish(position, NodeStatus::Done, std::vector<Value>(state.node(position).outputs.size()));
@@ -124,6 +137,9 @@ void Rehearsal::addPass(const std::vector<std::size_t>& targets) {
     PassOutline pass;
     std::set<std::size_t> needs;
     for (const std::size_t target : targets) {
+        if (mustBeCollected(state, target)) {
+            continue;  // Every part collects it.
+        }
         if (std::string reason = whyLeftToMerge(target); !reason.empty()) {
             outline.leftToMerge.emplace(target, std::move(reason));
             continue;

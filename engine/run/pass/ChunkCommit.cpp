@@ -1,10 +1,29 @@
 #include "run/pass/ChunkCommit.h"
 
+#include "run/pass/RowCollection.h"
+#include "run/pass/WholeTables.h"
+
+#include <velmorak/EndedOperation.h>
+
 #include <utility>
 
 namespace velmorak {
 
 using Clock = std::chrono::steady_clock;
+
+namespace {
+
+void endOperations(RunState& state, Operator& op) {
+    for (const Operator::Parent& parent : op.parents) {
+        if (auto* const ended = dynamic_cast<EndedOperation*>(parent.operation.get())) {
+            if (const std::optional<NodeError> error = state.call(op.node, [&] { ended->end(); })) {
+                state.fail(op.node, *error);
+            }
+        }
+    }
+}
+
+}  // namespace
 
 ChunkCommit::ChunkCommit(RunState& state, SourceSet& sources, OperatorChain& chain)
     : state(state), sources(sources), chain(chain) {}
@@ -63,7 +82,7 @@ void ChunkCommit::reportOperators() {
     for (std::size_t i = 0; i < chain.size(); ++i) {
         const Operator& op = chain.at(i);
         NodeReport& report = state.runs[op.node].report;
-        report.rowsIn += op.rowsIn;
+        report.rowsIn += op.isCollecting ? 0 : op.rowsIn;
         report.rowsOut += op.rowsOut;
         state.addSeconds(op.node, op.time);
     }
@@ -88,6 +107,7 @@ void ChunkCommit::finish() {
             continue;
         }
         state.pass(op.node);
+        endOperations(state, op);
         if (op.accumulation) {
             finishAccumulator(op);
         }
@@ -102,11 +122,15 @@ void ChunkCommit::finishAccumulator(Operator& op) {
     NodeResults results(state.node(op.node).outputs);
     const std::optional<NodeError> error = state.call(op.node, [&] {
         const std::unique_ptr<AccumulatorState> whole = op.merger->whole();
-        op.accumulation->finish(*whole, results);
+        if (op.isCollecting) {
+            keepCollected(state, op.node, RowCollection::tableOf(*whole));
+        } else {
+            op.accumulation->finish(*whole, results);
+        }
     });
     if (error) {
         state.fail(op.node, *error);
-    } else {
+    } else if (!op.isCollecting) {
         state.finish(op.node, NodeStatus::Done, results.values());
     }
 }

@@ -1,5 +1,6 @@
 #include "run/pass/FileStates.h"
 
+#include "run/pass/WholeTables.h"
 #include "run/record/KindBuild.h"
 #include "store/StoreBytes.h"
 #include "table/ByteReader.h"
@@ -65,7 +66,9 @@ bool FileStates::canBeUsed() const {
         const Operator& op = chain->at(i);
         const bool isUseful = op.hasChild || (op.accumulation && op.merger->hasFileStates());
         const bool seesAll = !op.accumulation || (op.sees(0) && op.sees(sources->size() - 1));
-        if (op.isDropped || op.countsRows || !isUseful || !seesAll) {
+        // The keys of states do not say what is in other tables.
+        const bool hasWhole = !wholeTables(state, op.node).empty();
+        if (op.isDropped || op.countsRows || !isUseful || !seesAll || hasWhole) {
             return false;
         }
     }

@@ -13,6 +13,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 namespace velmorak {
@@ -22,10 +23,11 @@ namespace velmorak {
 struct OperatorInstance {
     std::size_t node = 0;
     std::size_t firstSegment = 0;
+    bool isCollecting = false;  ///< Collects the rows of the plug-in for those that need them as a whole.
 
     bool operator==(const OperatorInstance&) const = default;
     bool operator<(const OperatorInstance& other) const {
-        return node < other.node || (node == other.node && firstSegment < other.firstSegment);
+        return std::tie(node, firstSegment, isCollecting) < std::tie(other.node, other.firstSegment, other.isCollecting);
     }
 };
 
@@ -50,6 +52,7 @@ struct Operator {
     const Parent& parentFor(std::size_t segment) const;
 
     std::size_t node = 0;
+    bool isCollecting = false;    ///< As OperatorInstance::isCollecting.
     std::vector<Parent> parents;  ///< In the order of the segments, without gaps.
     bool hasChild = false;
     bool countsRows = false;                ///< As RowOperation::countsRows.

@@ -1,5 +1,7 @@
 #include "run/pass/OperatorChain.h"
 
+#include "run/pass/RowCollection.h"
+
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
@@ -53,8 +55,10 @@ OperatorChain::OperatorChain(RunState& state, const SourceSet& sources, const st
 void OperatorChain::add(const OperatorInstance& instance) {
     auto op = std::make_unique<Operator>();
     op->node = instance.node;
+    op->isCollecting = instance.isCollecting;
     std::size_t segment = instance.firstSegment;
-    for (const std::size_t feeder : state.plan.tableInputs(instance.node)) {
+    const std::vector<std::size_t> itself{instance.node};
+    for (const std::size_t feeder : instance.isCollecting ? itself : state.plan.tableInputs(instance.node)) {
         Operator::Parent parent{segment, state.plan.segmentsOfOutput(feeder), std::nullopt, nullptr};
         if (const auto found = positions.find({feeder, segment}); found != positions.end()) {
             parent.op = found->second;
@@ -100,7 +104,10 @@ void OperatorChain::prepareOperations(Operator& op) {
     NodeContext& context = *state.runs[op.node].context;
     const NodeArguments arguments = state.arguments(op.node);
     const Schema& schema = schemaAt(op, op.parents.front().firstSegment);
-    if (const auto* rowWise = dynamic_cast<const RowWise*>(kind)) {
+    if (op.isCollecting) {
+        op.accumulation = std::make_unique<RowCollection>(schema, memoryOf(context));
+        op.merger = std::make_unique<StateMerger>(*op.accumulation, Accumulator::MergeOrder::FirstToLast);
+    } else if (const auto* rowWise = dynamic_cast<const RowWise*>(kind)) {
         op.parents.front().operation = mustBe(rowWise->prepare(arguments, schema, context), "operation");
         op.parents.front().check.emplace(op.parents.front().operation->schema());
         prepareCounting(op);

@@ -1,6 +1,7 @@
 #include "run/pass/PassPlanner.h"
 
 #include "run/RunState.h"
+#include "run/pass/WholeTables.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -47,6 +48,9 @@ bool PassPlanner::isTarget(std::size_t position) const {
     }
     if (!state.plan.isStream(position)) {
         return state.plan.tableInput(position).has_value();
+    }
+    if (mustBeCollected(state, position)) {
+        return true;
     }
     // A table without consumers is read once, to report its row count and errors.
     return !run.hasStreamed && state.plan.isInScope(position) && state.plan.consumers(position).empty();
@@ -95,9 +99,10 @@ std::set<std::size_t> PassPlanner::storedTablesToRead() const {
         const std::size_t at = open.back();
         open.pop_back();
         for (const std::size_t feeder : state.plan.upstream(at)) {
-            if (state.plan.storesTable(feeder)) {
+            if (state.storedTable(feeder)) {
                 found.insert(feeder);
-            } else if (state.plan.isStream(feeder) && known.insert(feeder).second) {
+            }
+            if (state.plan.isStream(feeder) && known.insert(feeder).second) {
                 open.push_back(feeder);
             }
         }
@@ -130,11 +135,16 @@ std::vector<OperatorInstance> PassPlanner::operatorsFor(const std::vector<std::s
     std::vector<OperatorInstance> open;
     open.reserve(targets.size());
     for (const std::size_t target : targets) {
-        open.push_back({target, 0});
+        open.push_back({target, 0, mustBeCollected(state, target)});
     }
     while (!open.empty()) {
         const OperatorInstance instance = open.back();
         open.pop_back();
+        if (instance.isCollecting) {
+            wanted.insert(instance);
+            open.push_back({instance.node, instance.firstSegment});
+            continue;
+        }
         if (state.plan.category(instance.node) == KindCategory::Source || !wanted.insert(instance).second) {
             continue;
         }

@@ -3,6 +3,7 @@
 #include "run/NodeArguments.h"
 #include "run/ValueCheck.h"
 #include "run/messages/Visible.h"
+#include "run/pass/WholeTables.h"
 #include "run/plan/Cycles.h"
 
 #include <algorithm>
@@ -282,11 +283,11 @@ std::string Plan::categoryError(std::size_t node) const {
         if (!carriesTable(input)) {
             continue;
         }
-        if (first && categories[node] != KindCategory::Concatenation) {
+        if (first && categories[node] != KindCategory::Concatenation && !takesWholeTable(*this, pipeline, node, input)) {
             return aboutInput(input.spec.name, "input \"" + first->spec.name +
                                                    "\" is wired to a table already; a plug-in takes only one");
         }
-        first = &input;
+        first = first ? first : &input;
     }
     return isStream(node) && categories[node] != KindCategory::Source && !first ? "no table is wired" : "";
 }

@@ -1,0 +1,42 @@
+#include "shared/StoredRows.h"
+
+#include <velmorak/TableReader.h>
+
+#include <optional>
+
+namespace velmorak {
+
+namespace {
+
+class StoredRowsReader : public TableReader {
+public:
+    StoredRowsReader(const Schema& columns, const std::vector<StoredRows::Piece>& pieces)
+        : columns(columns), pieces(pieces) {}
+
+    const Schema& schema() const override { return columns; }
+    bool next(Chunk& chunk) override {
+        if (at == pieces.size()) {
+            return false;
+        }
+        chunk.rows = pieces[at].rows;
+        chunk.columns = pieces[at].columns;
+        ++at;
+        return true;
+    }
+    std::optional<double> fraction() const override {
+        return pieces.empty() ? 1.0 : static_cast<double>(at) / static_cast<double>(pieces.size());
+    }
+
+private:
+    const Schema& columns;
+    const std::vector<StoredRows::Piece>& pieces;
+    std::size_t at = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<TableReader> StoredRows::open() const {
+    return std::make_unique<StoredRowsReader>(columns, pieces);
+}
+
+}  // namespace velmorak

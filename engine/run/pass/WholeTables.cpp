@@ -1,0 +1,61 @@
+#include "run/pass/WholeTables.h"
+
+#include "run/RunState.h"
+
+#include <velmorak/StoredTable.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace velmorak {
+
+bool takesWholeTable(const Plan& plan, const Pipeline& pipeline, std::size_t node, const PipelineInput& input) {
+    if (plan.category(node) != KindCategory::RowWise || input.spec.type != ValueType::Table) {
+        return false;
+    }
+    const std::vector<PipelineInput>& inputs = pipeline.nodes[node].inputs;
+    const auto isWiredTable = [](const PipelineInput& each) {
+        return each.spec.type == ValueType::Table && each.wire.has_value();
+    };
+    const auto first = std::find_if(inputs.begin(), inputs.end(), isWiredTable);
+    return isWiredTable(input) && first->spec.name != input.spec.name;
+}
+
+std::vector<std::size_t> wholeTables(const RunState& state, std::size_t node) {
+    std::vector<std::size_t> feeders;
+    if (state.plan.category(node) != KindCategory::RowWise) {
+        return feeders;
+    }
+    for (const PipelineInput& input : state.node(node).inputs) {
+        if (takesWholeTable(state.plan, state.pipeline, node, input)) {
+            feeders.push_back(input.wire->node);
+        }
+    }
+    return feeders;
+}
+
+bool mustBeCollected(const RunState& state, std::size_t position) {
+    if (!state.plan.isStream(position) || state.storedTable(position)) {
+        return false;
+    }
+    const std::vector<std::size_t>& consumers = state.plan.consumers(position);
+    return std::any_of(consumers.begin(), consumers.end(), [&](std::size_t consumer) {
+        if (!state.runs[consumer].isNeeded || state.runs[consumer].isFinal) {
+            return false;
+        }
+        const std::vector<std::size_t> feeders = wholeTables(state, consumer);
+        return std::find(feeders.begin(), feeders.end(), position) != feeders.end();
+    });
+}
+
+void keepCollected(RunState& state, std::size_t position, std::shared_ptr<const StoredTable> table) {
+    const std::vector<OutputSpec>& outputs = state.node(position).outputs;
+    for (std::size_t i = 0; i < outputs.size(); ++i) {
+        if (outputs[i].type == ValueType::Table) {
+            state.runs[position].report.outputs[i] = DataObjectPtr(std::move(table));
+            return;
+        }
+    }
+}
+
+}  // namespace velmorak
