@@ -7,9 +7,11 @@
 #include "store/FileHashes.h"
 
 #include <velmorak/Mutex.h>
+#include <velmorak/OpenFiles.h>
 #include <velmorak/Parts.h>
 
 #include <atomic>
+#include <chrono>
 #include <compare>
 #include <functional>
 #include <map>
@@ -34,6 +36,9 @@ struct RunEnvironment {
     /// Answers factOf; null: every fact is found anew.
     std::function<std::string(const PipelineNode&, const std::string& name, const std::function<std::string()>& find)>
         fact{};
+    /// Measures what reading and computing cost. Threads: any.
+    std::function<std::chrono::steady_clock::time_point()> clock = std::chrono::steady_clock::now;
+    const std::shared_ptr<OpenFiles> openFiles = std::make_shared<OpenFiles>();
 };
 
 /// @return the path of a name in the document: relative to the document, or else to the current folder; or where the
@@ -52,7 +57,7 @@ struct AskedFile {
 
 /// The services of the run for one plug-in.
 /// Threads: every operation may be called on any thread.
-class NodeContext : public RunContext, public SharedRun {
+class NodeContext : public RunContext, public SharedRun, public FileLimit {
 public:
     /// @param environment and node outlive this.
     NodeContext(const RunEnvironment& environment, const PipelineNode& node);
@@ -70,6 +75,7 @@ public:
     bool isPlanned() const override { return environment.fact != nullptr; }
     std::string fact(const std::string& name, const std::function<std::string()>& find) override;
     std::string partial() const override { return environment.pipeline.partial; }
+    std::shared_ptr<OpenFiles> openFiles() const override { return environment.openFiles; }
     void warn(const std::string& sentence) override;
     void tell(const std::string& text) override;
     RunRecord record() const override;
