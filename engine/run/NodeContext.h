@@ -7,10 +7,12 @@
 #include "store/FileHashes.h"
 
 #include <velmorak/Mutex.h>
+#include <velmorak/OpenFiles.h>
 #include <velmorak/Parts.h>
 #include <velmorak/RowMemory.h>
 
 #include <atomic>
+#include <chrono>
 #include <compare>
 #include <functional>
 #include <map>
@@ -36,6 +38,9 @@ struct RunEnvironment {
     std::function<std::string(const PipelineNode&, const std::string& name, const std::function<std::string()>& find)>
         fact{};
     std::shared_ptr<MemoryBudget> memory = std::make_shared<MemoryBudget>();  ///< For rows that kinds keep.
+    /// Measures what reading and computing cost. Threads: any.
+    std::function<std::chrono::steady_clock::time_point()> clock = std::chrono::steady_clock::now;
+    const std::shared_ptr<OpenFiles> openFiles = std::make_shared<OpenFiles>();
 };
 
 /// @return the path of a name in the document: relative to the document, or else to the current folder; or where the
@@ -54,7 +59,7 @@ struct AskedFile {
 
 /// The services of the run for one plug-in.
 /// Threads: every operation may be called on any thread.
-class NodeContext : public RunContext, public SharedRun, public LimitedRun {
+class NodeContext : public RunContext, public SharedRun, public LimitedRun, public FileLimit {
 public:
     /// @param environment and node outlive this.
     NodeContext(const RunEnvironment& environment, const PipelineNode& node);
@@ -73,6 +78,7 @@ public:
     std::string fact(const std::string& name, const std::function<std::string()>& find) override;
     std::string partial() const override { return environment.pipeline.partial; }
     std::shared_ptr<MemoryBudget> memory() const override { return environment.memory; }
+    std::shared_ptr<OpenFiles> openFiles() const override { return environment.openFiles; }
     void warn(const std::string& sentence) override;
     void tell(const std::string& text) override;
     RunRecord record() const override;

@@ -1,6 +1,7 @@
 #include "csv/CsvPieces.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <utility>
 
@@ -33,6 +34,31 @@ CsvPiece CsvPieces::next(std::size_t maxRecords, std::size_t maxBytes) {
     piece.line = beginLine;
     lastPiece = at - begin;
     return piece;
+}
+
+std::optional<CsvPlace> CsvPieces::place() const {
+    const std::optional<std::uint64_t> next = in.place();
+    return next ? std::optional(CsvPlace{*next - (end - at), line}) : std::nullopt;
+}
+
+void CsvPieces::seek(const CsvPlace& place) {
+    buffer.reset();
+    capacity = begin = at = end = nextQuote = lastPiece = 0;
+    line = beginLine = place.line;
+    isAtEnd = false;
+    damage.reset();
+    in.seek(place.byte - std::min<std::uint64_t>(place.byte, 1));
+    if (place.byte > 0) {
+        requireLineEnd();
+        in.seek(place.byte);
+    }
+}
+
+void CsvPieces::requireLineEnd() {
+    std::array<char, 4> bytes{};
+    if (in.read(bytes.data(), bytes.size()) == 0 || bytes.front() != '\n') {
+        throw Failure("file", "\"" + in.name() + "\" has changed: line " + std::to_string(line) + " begins elsewhere");
+    }
 }
 
 /// @return false if no more record can be read, or if too many lines that are no records follow those of the piece.

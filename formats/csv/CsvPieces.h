@@ -19,6 +19,12 @@ struct CsvPiece {
     std::uint64_t line = 1;  ///< Number of its first line.
 };
 
+/// Where a record, or a line that is none, begins in a file.
+struct CsvPlace {
+    std::uint64_t byte = 0;
+    std::uint64_t line = 1;
+};
+
 /// Cuts a text file into pieces at the ends of records, without parsing them. A line end in quotes ends no record.
 /// Threads: one at a time.
 class CsvPieces {
@@ -33,6 +39,11 @@ public:
     /// @return a piece without records at the end of the file.
     /// @throws Failure if the file cannot be read, once all records before have been returned. Stopped.
     CsvPiece next(std::size_t maxRecords, std::size_t maxBytes);
+    /// Where the next piece begins; nothing if a file cannot be read from there, because it is compressed, for example.
+    std::optional<CsvPlace> place() const;
+    /// Goes to a place of this file, or of another reader of the file.
+    /// @throws Failure if the file ends before, or no line begins there.
+    void seek(const CsvPlace& place);
     /// Part of the file that has been read, 0 to 1.
     double fraction() const { return in.fraction(); }
 
@@ -43,6 +54,8 @@ private:
     bool hasQuoteBefore(std::size_t lineEnd);
     bool refill();
     void makeRoom();
+
+    void requireLineEnd();
 
     CsvText in;
     const CsvForm* form;

@@ -264,7 +264,12 @@ void CsvReader::limitChunks() {
     maxBytesOfFile = textColumns.empty() ? growth * maxChunkBytes : (maxChunkBytes - equal) / growth + 1;
 }
 
+/// Where a bad row is left out, or ends the table, all columns are read: which rows there are does not depend on their
+/// use.
 void CsvReader::selectColumns(const std::vector<bool>& needed) {
+    if (options.isSkipping || options.readsInOrder) {
+        return;
+    }
     for (std::size_t i = 0; i < layout.columns.size(); ++i) {
         layout.columns[i].isNeeded = needed[i];
     }

@@ -5,6 +5,7 @@
 #include "csv/Geant4Header.h"
 
 #include <velmorak/Mutex.h>
+#include <velmorak/Parts.h>
 
 #include <set>
 
@@ -29,7 +30,7 @@ struct CsvOptions {
 
 /// Reads a text file as a table. The file is cut at the ends of records from front to back; chunks are parsed in
 /// complete, so that several threads may do it.
-class CsvReader : public TableReader {
+class CsvReader : public TableReader, public SeekableReader {
 public:
     /// Infers types that are not given from the first rows; a column of integers becomes real if a later row needs it.
     /// @param runContext outlives this.
@@ -44,6 +45,9 @@ public:
     bool next(Chunk& chunk) override;
     void complete(Chunk& chunk) const override;
     std::optional<double> fraction() const override { return stream.fraction(); }
+    /// The byte and the line of the next record, in files that are neither compressed nor converted.
+    std::optional<std::string> bookmark() const override;
+    void seek(std::uint64_t file, const ChunkStart& start) override;
 
 private:
     struct Sample;
@@ -62,7 +66,8 @@ private:
     std::size_t recordsBeforeRows() const;
     void limitChunks();
     bool nextInOrder(Chunk& chunk);
-    bool isFull(const std::vector<Column>& target, std::size_t rows);
+    bool isFull(std::size_t rows);
+    void countTexts();
     bool readRow(std::vector<Column>& target, std::size_t& rows);
     void noteRepaired(std::uint64_t line) const;
     void reportRepaired() const;
@@ -82,8 +87,7 @@ private:
     std::size_t maxRows = 0;         ///< In a chunk.
     std::size_t maxBytesOfFile = 0;  ///< For a chunk that is not read in order.
     std::size_t rowBytes = 0;        ///< Of a row without its texts.
-    std::size_t rowsCounted = 0;     ///< Rows of the current chunk that are counted in textBytes.
-    std::size_t textBytes = 0;       ///< In these rows.
+    std::size_t textBytes = 0;       ///< Of the texts and lists in the rows of the current chunk.
     std::uint64_t recordsSeen = 0;
     std::uint64_t skippedRows = 0;
     std::string firstComplaint;

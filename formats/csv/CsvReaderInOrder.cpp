@@ -16,7 +16,7 @@ bool CsvReader::nextInOrder(Chunk& chunk) {
     chunk.rows = 0;
     chunk.owner.reset();
     try {
-        while (!failure && !isFull(target, chunk.rows) && readRow(target, chunk.rows)) {
+        while (!failure && !isFull(chunk.rows) && readRow(target, chunk.rows)) {
         }
     } catch (const Failure& damage) {
         failure = damage;
@@ -39,22 +39,24 @@ bool CsvReader::nextInOrder(Chunk& chunk) {
 }
 
 /// Long texts end a chunk before it has its full number of rows.
-bool CsvReader::isFull(const std::vector<Column>& target, std::size_t rows) {
+bool CsvReader::isFull(std::size_t rows) {
     if (rows == 0) {
         textBytes = 0;
-        rowsCounted = 0;
-    }
-    for (; rowsCounted < rows; ++rowsCounted) {
-        for (const std::size_t position : textColumns) {
-            if (target[position].isList()) {
-                const auto& offsets = target[position].offsets;
-                textBytes += (offsets[rowsCounted + 1] - offsets[rowsCounted]) * bytesInValue(columns[position].type);
-            } else if (layout.columns[position].isNeeded) {
-                textBytes += target[position].texts()[rowsCounted].size();
-            }
-        }
     }
     return rows >= maxRows || rows * rowBytes + textBytes >= maxChunkBytes;
+}
+
+/// Counts the texts and lists of the record, also of columns that are not needed: these do not change the chunks.
+void CsvReader::countTexts() {
+    for (const std::size_t position : textColumns) {
+        const std::string_view text = fields[position].text;
+        if (!columns[position].isList) {
+            textBytes += text.size();
+        } else if (!text.empty()) {
+            const auto separators = std::count(text.begin(), text.end(), layout.notation.vectorSeparator);
+            textBytes += (static_cast<std::size_t>(separators) + 1) * bytesInValue(columns[position].type);
+        }
+    }
 }
 
 /// Appends the next record to the columns, or skips it. @return false at the end of the file.
@@ -74,6 +76,7 @@ bool CsvReader::readRow(std::vector<Column>& target, std::size_t& rows) {
     const std::string complaint = storeRecord(layout, stream.record(), fields, target, rows, repaired);
     noteRepaired(repaired);
     if (complaint.empty()) {
+        countTexts();
         ++rows;
         return true;
     }

@@ -16,6 +16,17 @@ void CsvStream::takePiece(CsvPiece given) {
     records = CsvRecords(piece.text, *form, piece.line);
 }
 
+std::optional<CsvPlace> CsvStream::place() const {
+    const std::optional<CsvPlace> end = pieces.place();
+    const std::size_t left = piece.text.size() - records.position();
+    return end && left > 0 ? CsvPlace{end->byte - left, records.lineAfter()} : end;
+}
+
+void CsvStream::seek(const CsvPlace& place) {
+    pieces.seek(place);
+    takePiece({.owner = nullptr, .text = {}, .records = 0, .line = place.line});
+}
+
 bool CsvStream::next(std::vector<CsvField>& fields) {
     while (records.next(fields) != CsvRecords::Found::Record) {
         CsvPiece more = pieces.next(recordsInPiece, bytesInPiece);

@@ -22,6 +22,9 @@ public:
     void takePiece(CsvPiece given);
     /// What follows. Only before the first next, or after takePiece.
     CsvPieces& rest() { return pieces; }
+    /// As CsvPieces, for the next record.
+    std::optional<CsvPlace> place() const;
+    void seek(const CsvPlace& place);
     const CsvRecords& record() const { return records; }
     std::uint64_t line() const { return records.line(); }
     const std::string& complaint() const { return records.complaint(); }

@@ -65,7 +65,7 @@ CsvText::CsvText(const std::filesystem::path& path, CsvEncoding encoding)
     first.resize(headBytes);
     first.resize(ofTheFile([&] { return in.read(first.data(), first.size()); }));
     findEncoding();
-    if (this->encoding == CsvEncoding::Latin1 || this->encoding == CsvEncoding::Utf16) {
+    if (isConverted()) {
         raw = std::exchange(first, {});
         rawPlace = std::exchange(firstPlace, 0);
         std::string converted(headBytes, '\0');
@@ -120,13 +120,22 @@ std::size_t CsvText::read(char* target, std::size_t size) {
         first = {};
         firstPlace = 0;
     }
-    const std::size_t count = encoding == CsvEncoding::Latin1 || encoding == CsvEncoding::Utf16
-                                  ? convert(target, size)
-                                  : readPlain(target, size);
+    const std::size_t count = isConverted() ? convert(target, size) : readPlain(target, size);
     if (isOfMac) {
         std::replace(target, target + count, '\r', '\n');
     }
     return count;
+}
+
+std::optional<std::uint64_t> CsvText::place() const {
+    const std::optional<std::uint64_t> next = isConverted() ? std::nullopt : in.place();
+    return next ? std::optional(*next - (first.size() - firstPlace)) : std::nullopt;
+}
+
+void CsvText::seek(std::uint64_t place) {
+    first = {};
+    firstPlace = 0;
+    ofTheFile([&] { in.seek(place); });
 }
 
 std::size_t CsvText::readPlain(char* target, std::size_t size) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -22,6 +23,10 @@ public:
     /// @return the number of bytes stored in target, which is 0 only at the end of the file. @param size at least 4.
     /// @throws Failure for the input "file" where the file is damaged, once all bytes before have been returned.
     std::size_t read(char* target, std::size_t size);
+    /// Byte of the file that read returns next; nothing if the file is compressed, or is converted to UTF-8.
+    std::optional<std::uint64_t> place() const;
+    /// Goes to such a byte. @throws Failure for the input "file" if the file ends before.
+    void seek(std::uint64_t place);
     /// Bytes at the beginning of the file, as read returns them.
     std::string_view head() const { return {first.data() + firstPlace, first.size() - firstPlace}; }
     const std::string& name() const { return fileName; }
@@ -29,6 +34,7 @@ public:
     double fraction() const { return in.fraction(); }
 
 private:
+    bool isConverted() const { return encoding == CsvEncoding::Latin1 || encoding == CsvEncoding::Utf16; }
     void findEncoding();
     void findLineEnds();
     std::size_t readPlain(char* target, std::size_t size);

@@ -1,5 +1,6 @@
 #include "files/ChosenColumns.h"
 
+#include <velmorak/Parts.h>
 #include <velmorak/Text.h>
 
 #include <cstddef>
@@ -25,7 +26,7 @@ std::vector<std::size_t> positionsOf(const std::vector<std::string>& columns, co
     return positions;
 }
 
-class ChosenReader : public TableReader {
+class ChosenReader : public TableReader, public SeekableReader {
 public:
     ChosenReader(std::unique_ptr<TableReader> whole, const std::vector<std::string>& columns)
         : whole(std::move(whole)), positions(positionsOf(columns, this->whole->schema())) {
@@ -41,6 +42,8 @@ public:
     std::size_t rowsPerChunk() const override { return whole->rowsPerChunk(); }
     void complete(Chunk& chunk) const override;
     std::optional<double> fraction() const override { return whole->fraction(); }
+    std::optional<std::string> bookmark() const override;
+    void seek(std::uint64_t file, const ChunkStart& start) override;
 
 private:
     std::unique_ptr<TableReader> whole;
@@ -65,6 +68,19 @@ void ChosenReader::complete(Chunk& chunk) const {
         }
     }
     chunk.columns = std::move(columns);
+}
+
+std::optional<std::string> ChosenReader::bookmark() const {
+    const auto* const reader = dynamic_cast<const SeekableReader*>(whole.get());
+    return reader ? reader->bookmark() : std::nullopt;
+}
+
+void ChosenReader::seek(std::uint64_t file, const ChunkStart& start) {
+    auto* const reader = dynamic_cast<SeekableReader*>(whole.get());
+    if (!reader) {
+        throw Failure("file", "the file cannot be read from row " + std::to_string(start.row + 1) + " on");
+    }
+    reader->seek(file, start);
 }
 
 class ChosenOpener : public FileOpener {

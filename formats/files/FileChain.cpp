@@ -1,50 +1,22 @@
 #include "files/FileChain.h"
 
-#include <velmorak/Ahead.h>
 #include "files/FileContext.h"
+#include "files/OpenedFiles.h"
+#include "files/OwnColumns.h"
 
+#include <velmorak/FileCircumstances.h>
 #include <velmorak/Parts.h>
+#include <velmorak/Tasks.h>
 #include <velmorak/Text.h>
 
 #include <algorithm>
-#include <atomic>
-#include <map>
-#include <type_traits>
 #include <utility>
 
 namespace velmorak {
 
 namespace {
 
-/// Files that are open at once, with those that are opened ahead.
-constexpr std::size_t maxOpenFiles = 64;
 constexpr std::size_t maxFilesAhead = 8;
-
-using OpenCount = std::shared_ptr<std::atomic<std::size_t>>;
-
-/// A file whose rows are being read, or whose chunks are still being completed.
-struct OpenedFile {
-    OpenedFile(std::unique_ptr<FileContext> context, std::unique_ptr<TableReader> reader)
-        : context(std::move(context)), reader(std::move(reader)) {}
-    ~OpenedFile() {
-        if (count) {
-            --*count;
-        }
-    }
-    OpenedFile(const OpenedFile&) = delete;
-    OpenedFile& operator=(const OpenedFile&) = delete;
-
-    void countIn(const OpenCount& openFiles) {
-        count = openFiles;
-        ++*count;
-    }
-
-    const std::unique_ptr<FileContext> context;
-    const std::unique_ptr<TableReader> reader;
-    OpenCount count;             ///< Of the files that are open.
-    std::uint64_t firstRow = 0;  ///< Rows of the files before.
-    std::uint64_t chunks = 0;    ///< That have been read.
-};
 
 /// Where a chunk comes from, until it is complete.
 struct ChunkOrigin {
@@ -54,74 +26,41 @@ struct ChunkOrigin {
     bool isLost = false;                                        ///< The file is damaged here.
 };
 
-Column emptyColumn(const ColumnInfo& info) {
-    Column column;
-    switch (info.type) {
-        case ColumnType::Integer:
-            column.values = Column::Integers();
-            break;
-        case ColumnType::Boolean:
-            column.values = Column::Booleans();
-            break;
-        case ColumnType::Text:
-            column.values = Column::Texts();
-            break;
-        default:
-            break;
-    }
-    if (info.isList) {
-        column.offsets = {0};
-    }
-    return column;
-}
-
-ColumnPtr repeated(const Column& values, std::size_t row, std::size_t count) {
-    return std::visit(
-        [&](const auto& all) {
-            std::decay_t<decltype(all)> copies(count, all[row]);
-            return std::make_shared<const Column>(Column{std::move(copies), {}});
-        },
-        values.values);
-}
-
 /// Reads several files, one after the other.
-class FileChain : public TableReader, public FileSelection, public SeekableReader {
+class FileChain : public TableReader, public FileSelection, public SeekableReader, public FileCircumstances {
 public:
     FileChain(FileList list, std::shared_ptr<const FileOpener> opener, const FileChainOptions& options,
               RunContext& context);
     FileChain(const FileChain&) = delete;
     FileChain& operator=(const FileChain&) = delete;
-    ~FileChain() override;
 
     const Schema& schema() const override { return columns; }
     void selectColumns(const std::vector<bool>& needed) override { isNeeded = needed; }
     bool next(Chunk& chunk) override;
     std::uint64_t fileCount() const override { return list.files.size(); }
-    void readOnly(const std::vector<bool>& files) override { isWanted = files; }
+    void readOnly(const std::vector<bool>& isRead) override { isWanted = isRead; }
     std::optional<std::string> bookmark() const override;
     void seek(std::uint64_t number, const ChunkStart& place) override {
         file = static_cast<std::size_t>(number);
         start = place;
     }
+    std::string circumstancesOf(std::uint64_t number) const override {
+        return own.circumstancesOf(static_cast<std::size_t>(number));
+    }
+    const std::vector<std::string>& lists() const override { return list.lists; }
     std::size_t rowsPerChunk() const override;
     void complete(Chunk& chunk) const override;
     std::optional<double> fraction() const override;
 
 private:
-    using Opening = Ahead<std::shared_ptr<OpenedFile>>;
-
-    void addOwnColumns();
-    std::shared_ptr<OpenedFile> openFile(std::size_t position) const;
+    std::shared_ptr<OpenedFile> openFile(std::size_t position, OpenFiles::Place place) const;
     void selectColumnsOf(TableReader& reader) const;
-    void openAhead();
-    std::shared_ptr<OpenedFile> opened(std::size_t position);
     bool openNext();
     std::vector<std::size_t> positionsIn(const Schema& schema) const;
     void seekIn(OpenedFile& opened);
     bool readChunk(Chunk& chunk);
     void hold(Chunk& chunk);
     bool completeInFile(Chunk& chunk, const ChunkOrigin& origin) const;
-    void addOwnValues(Chunk& chunk) const;
     void lose(Chunk& chunk) const;
     void skipOrThrow(std::size_t position, const Failure& failure) const;
 
@@ -132,6 +71,7 @@ private:
     const std::size_t filesAhead;
     const std::shared_ptr<FileWarnings> warnings;
     const FileSurvey survey;
+    const OwnColumns own;
     Schema columns;  ///< The common ones, then those of the files themselves.
 
     std::vector<bool> isNeeded;  ///< By column.
@@ -141,46 +81,25 @@ private:
     std::shared_ptr<const std::vector<std::size_t>> positions;  ///< In the current file.
     std::optional<ChunkStart> start;                            ///< In that file, if it is not read from its beginning.
     std::uint64_t rows = 0;
-    std::map<std::size_t, std::shared_ptr<Opening>> ahead;  ///< By position.
-    const OpenCount openCount = std::make_shared<std::atomic<std::size_t>>(0);
+    OpenedFiles files;  ///< Last: its threads use what is above.
 };
 
-FileChain::FileChain(FileList files, std::shared_ptr<const FileOpener> fileOpener, const FileChainOptions& options,
+FileChain::FileChain(FileList fileList, std::shared_ptr<const FileOpener> fileOpener, const FileChainOptions& options,
                      RunContext& context)
-    : list(std::move(files)),
+    : list(std::move(fileList)),
       opener(std::move(fileOpener)),
       options(options),
       context(context),
       filesAhead(runThreads() == 1 ? 0 : std::min(maxFilesAhead, runThreads())),
       warnings(std::make_shared<FileWarnings>(context)),
       survey(surveyFiles(list, opener, options, context)),
+      own(list, options.hasFileColumns),
       columns(survey.common),
-      isWanted(list.files.size(), true) {
-    addOwnColumns();
+      isWanted(list.files.size(), true),
+      files(openFilesOfRun(context),
+            [this](std::size_t position, OpenFiles::Place place) { return openFile(position, std::move(place)); }) {
+    own.addTo(columns);
     isNeeded.assign(columns.size(), true);
-}
-
-FileChain::~FileChain() {
-    for (const auto& [position, opening] : ahead) {
-        opening->cancel();
-    }
-}
-
-void FileChain::addOwnColumns() {
-    const auto add = [this](const ColumnInfo& column, const std::string& origin) {
-        if (columns.find(column.name)) {
-            throw Failure("file", "the column " + velmorak::quoted(column.name) + " of " + origin +
-                                      " has the name of another column; rename one of them");
-        }
-        columns.add(column);
-    };
-    if (options.hasFileColumns) {
-        add({.name = "file", .type = ColumnType::Text}, "\"file_columns\"");
-        add({.name = "file_number", .type = ColumnType::Integer}, "\"file_columns\"");
-    }
-    for (const ColumnInfo& property : list.properties) {
-        add(property, "the table of file properties");
-    }
 }
 
 /// Reports a damaged file if it may be skipped. @throws the failure, with the file's name, if not.
@@ -196,12 +115,12 @@ void FileChain::skipOrThrow(std::size_t position, const Failure& failure) const 
 }
 
 /// Threads: any, also several at once.
-std::shared_ptr<OpenedFile> FileChain::openFile(std::size_t position) const {
+std::shared_ptr<OpenedFile> FileChain::openFile(std::size_t position, OpenFiles::Place place) const {
     const ListedFile& listed = list.files[position];
     auto ofFile = std::make_unique<FileContext>(context, listed.name, warnings);
     std::unique_ptr<TableReader> reader = opener->open(listed.path, &survey.common, *ofFile);
     selectColumnsOf(*reader);
-    return std::make_shared<OpenedFile>(std::move(ofFile), std::move(reader));
+    return std::make_shared<OpenedFile>(std::move(place), std::move(ofFile), std::move(reader));
 }
 
 void FileChain::selectColumnsOf(TableReader& reader) const {
@@ -213,26 +132,6 @@ void FileChain::selectColumnsOf(TableReader& reader) const {
         }
     }
     reader.selectColumns(neededOfFile);
-}
-
-/// Begins to open the next files on other threads.
-void FileChain::openAhead() {
-    const std::size_t end = std::min(list.files.size(), file + 1 + filesAhead);
-    for (std::size_t i = file + 1; i < end && *openCount + ahead.size() + 1 < maxOpenFiles; ++i) {
-        if (!survey.isSkipped[i] && isWanted[i] && !ahead.contains(i)) {
-            ahead.emplace(i, Opening::begin([this, i] { return openFile(i); }));
-        }
-    }
-}
-
-std::shared_ptr<OpenedFile> FileChain::opened(std::size_t position) {
-    const auto found = ahead.find(position);
-    if (found == ahead.end()) {
-        return openFile(position);
-    }
-    const std::shared_ptr<Opening> opening = found->second;
-    ahead.erase(found);
-    return opening->take();
 }
 
 std::vector<std::size_t> FileChain::positionsIn(const Schema& schema) const {
@@ -259,9 +158,9 @@ bool FileChain::openNext() {
             continue;
         }
         try {
-            openAhead();
-            const std::shared_ptr<OpenedFile> next = opened(file);
-            next->countIn(openCount);
+            files.begin(file + 1, std::min(list.files.size(), file + 1 + filesAhead),
+                        [this](std::size_t position) { return !survey.isSkipped[position] && isWanted[position]; });
+            const std::shared_ptr<OpenedFile> next = files.take(file);
             next->firstRow = rows;
             if (start) {
                 seekIn(*next);
@@ -324,7 +223,7 @@ bool FileChain::next(Chunk& chunk) {
 /// Keeps the file open until the chunk is complete, or completes it now if too many are open.
 void FileChain::hold(Chunk& chunk) {
     auto origin = std::make_shared<ChunkOrigin>(ChunkOrigin{current, positions, std::move(chunk.owner)});
-    if (*openCount + ahead.size() + 1 >= maxOpenFiles) {
+    if (files.isFull()) {
         origin->isLost = !completeInFile(chunk, *origin);
         origin->file.reset();
         origin->ofReader.reset();
@@ -367,7 +266,7 @@ void FileChain::complete(Chunk& chunk) const {
         const bool isReal = column && survey.common[i].type == ColumnType::Real;
         chunk.columns.push_back(isReal ? asReals(column) : column);
     }
-    addOwnValues(chunk);
+    own.addTo(chunk, isNeeded);
     chunk.owner.reset();
 }
 
@@ -379,21 +278,6 @@ void FileChain::lose(Chunk& chunk) const {
         chunk.columns.push_back(std::make_shared<const Column>(emptyColumn(column)));
     }
     chunk.owner.reset();
-}
-
-void FileChain::addOwnValues(Chunk& chunk) const {
-    const ListedFile& from = list.files[chunk.file];
-    const auto add = [&](const Column& column, std::size_t row) {
-        const bool isUsed = isNeeded[chunk.columns.size()];
-        chunk.columns.push_back(isUsed ? repeated(column, row, chunk.rows) : nullptr);
-    };
-    if (options.hasFileColumns) {
-        add({Column::Texts{from.name}, {}}, 0);
-        add({Column::Integers{static_cast<std::int64_t>(chunk.file)}, {}}, 0);
-    }
-    for (const ColumnPtr& property : list.values) {
-        add(*property, from.row);
-    }
 }
 
 std::optional<double> FileChain::fraction() const {
@@ -410,7 +294,11 @@ std::unique_ptr<TableReader> openFiles(FileList list, std::shared_ptr<const File
                                        const FileChainOptions& options, RunContext& context) {
     const bool isPlain = list.properties.empty() && !options.hasFileColumns && !options.skipsDamaged;
     if (list.files.size() == 1 && isPlain && !isPlanned(context)) {
-        return opener->open(list.files.front().path, nullptr, context);
+        const std::shared_ptr<OpenFiles> openFiles = openFilesOfRun(context);
+        const auto open = [&] { return opener->open(list.files.front().path, nullptr, context); };
+        if (std::unique_ptr<TableReader> reader = openAlone(*openFiles, open)) {
+            return reader;
+        }
     }
     return std::make_unique<FileChain>(std::move(list), std::move(opener), options, context);
 }

@@ -18,6 +18,7 @@ namespace {
 
 constexpr std::size_t maxNamesInMessage = 10;
 constexpr std::size_t looksAheadPerThread = 2;
+constexpr std::size_t maxLooksAhead = 16;  ///< Each has a file open.
 
 /// Looks at the files in order, while other threads look at the next ones.
 class Looks {
@@ -26,7 +27,9 @@ public:
         : list(list),
           opener(std::move(opener)),
           context(context),
-          window(context.isPreview() || runThreads() == 1 ? 0 : looksAheadPerThread * runThreads()) {}
+          window(context.isPreview() || runThreads() == 1
+                     ? 0
+                     : std::min(maxLooksAhead, looksAheadPerThread * runThreads())) {}
     Looks(const Looks&) = delete;
     Looks& operator=(const Looks&) = delete;
     ~Looks() {

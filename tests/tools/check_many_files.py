@@ -190,6 +190,23 @@ def check_ten_thousand_files(place, schema):
     assert len(record["inputs"]) == 10000
 
 
+def check_many_tables(place):
+    """Tables that Concat joins count as one run: neither 200 of one file each nor lists beside them open more than 64."""
+    write_runs(place.folder / "joined", 200, rows=2)
+    tables = [plugin("In%d" % i, "CsvTable", file="joined/run_%05d.csv" % i) for i in range(200)]
+    tables += [plugin("In%d" % i, "CsvTable", file="joined/*.csv") for i in range(200, 203)]
+    names = ["table" if i == 0 else "table%d" % (i + 1) for i in range(len(tables))]
+    joined = {name: ["In%d" % i, "table"] for i, name in enumerate(names)}
+    document = place.document(*tables, plugin("All", "Concat", tables=str(len(tables)), **joined),
+                              plugin("Sum", "Statistics", data=["All", "table"], expression="x"),
+                              plugin("Out", "CsvWriter", object=["All", "table"], file="out.csv"))
+    run = subprocess.run([place.runner, "-j", "4", document], cwd=place.folder, env=place.environment,
+                         capture_output=True, text=True, preexec_fn=few_descriptors)
+    assert run.returncode == 0, run.stderr[-3000:]
+    expected = ["%d,%d.25" % (number, row) for _ in range(4) for number in range(200) for row in range(2)]
+    assert rows_of(place) == ["run,x"] + expected
+
+
 def main():
     docs = pathlib.Path(sys.argv[2])
     schemas = {name: json.loads((docs / ("run-%s.schema.json" % name)).read_text()) for name in ("record", "events")}
@@ -204,6 +221,7 @@ def main():
         check_status_of_a_scan(place)
         check_a_report_lists_damaged_files(place)
         check_ten_thousand_files(place, schemas["events"])
+        check_many_tables(place)
 
 
 main()

@@ -61,6 +61,7 @@ void mustHoldOne(const std::filesystem::path& file) {
 struct CompressedFile::Impl {
     std::string name;
     std::uintmax_t size = 0;
+    bool isPlain = false;
     std::unique_ptr<Decompressor> unpacker;
 };
 
@@ -76,6 +77,7 @@ CompressedFile::CompressedFile(const std::filesystem::path& file) : part(std::ma
     if (packing == Packing::Zip) {
         mustHoldOne(file);
     }
+    part->isPlain = packing == Packing::Plain;
     part->unpacker = io::openPacked(file, packing);
     if (packing == Packing::Zip) {
         part->unpacker->nextEntry();
@@ -95,6 +97,16 @@ std::size_t CompressedFile::read(char* target, std::size_t size) {
         throw Failure(fmt::format("{}: {}", part->name, part->unpacker->damage()));
     }
     return count;
+}
+
+std::optional<std::uint64_t> CompressedFile::place() const {
+    return part->isPlain ? std::optional(part->unpacker->position()) : std::nullopt;
+}
+
+void CompressedFile::seek(std::uint64_t place) {
+    if (place > part->size || !part->isPlain || !part->unpacker->seek(place)) {
+        throw Failure(fmt::format("{} cannot be read from byte {} on", part->name, place));
+    }
 }
 
 double CompressedFile::fraction() const {

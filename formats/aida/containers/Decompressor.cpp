@@ -26,6 +26,7 @@ public:
 
     std::size_t read(char* target, std::size_t size) override;
     std::uint64_t position() const override { return taken; }
+    bool seek(std::uint64_t byte) override;
 
 private:
     std::ifstream input;
@@ -46,6 +47,13 @@ std::size_t PlainFile::read(char* target, std::size_t size) {
         damaged("reading the file failed");
     }
     return count;
+}
+
+bool PlainFile::seek(std::uint64_t byte) {
+    input.clear();
+    input.seekg(static_cast<std::streamoff>(byte));
+    taken = byte;
+    return !input.fail();
 }
 
 /// gzip of one member or several, zlib, and raw deflate.

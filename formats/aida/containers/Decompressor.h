@@ -19,6 +19,8 @@ public:
     virtual std::size_t read(char* target, std::size_t size) = 0;
     /// Bytes of the file that have been consumed.
     virtual std::uint64_t position() const = 0;
+    /// Goes to a byte of the file. @return false if that is not possible, as in compressed files.
+    virtual bool seek(std::uint64_t /*byte*/) { return false; }
     /// Goes to the next file in an archive. @return false if there is none or the archive is damaged.
     virtual bool nextEntry() { return false; }
     /// Name of the file in the archive; empty if the file is not an archive.

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 namespace velmorak {
 
@@ -20,6 +21,10 @@ public:
     /// @return the number of bytes stored in target: size, fewer only before the end of the file, 0 at the end.
     /// @throws Failure with the position of the damage in a damaged file, once all bytes before it have been returned.
     std::size_t read(char* target, std::size_t size);
+    /// Byte of the file that read returns next; nothing if the file is compressed.
+    std::optional<std::uint64_t> place() const;
+    /// Goes to such a byte. @throws Failure if the file is compressed, or ends before.
+    void seek(std::uint64_t place);
     /// Fraction of the compressed file that has been read, 0 to 1.
     double fraction() const;
 

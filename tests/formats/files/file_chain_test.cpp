@@ -2,6 +2,8 @@
 
 #include "executor/ThreadPool.h"
 
+#include <velmorak/FileCircumstances.h>
+#include <velmorak/OpenFiles.h>
 #include <velmorak/Parts.h>
 
 #include <gmock/gmock.h>
@@ -205,6 +207,72 @@ TEST_F(FileChainTest, keepsAtMost64FilesOpenThoughNoChunkIsCompleted) {
     EXPECT_EQ(chunksOf(*reader).size(), 1000U);
     EXPECT_GT(readers.most, 32U);
     EXPECT_LE(readers.most, 64U);
+}
+
+/// A run whose plug-ins share a limit.
+class LimitedContext : public FolderContext, public FileLimit {
+public:
+    using FolderContext::FolderContext;
+    std::shared_ptr<OpenFiles> openFiles() const override { return files; }
+
+    const std::shared_ptr<OpenFiles> files = std::make_shared<OpenFiles>();
+};
+
+TEST_F(FileChainTest, severalReadersKeepAtMost64FilesOpenTogether) {
+    LimitedContext run(folder.path());
+    OpenReaders readers;
+    const auto opener =
+        std::make_shared<TestOpener>([&](const std::string&) { return std::make_unique<CountedReader>(readers); });
+    std::vector<std::unique_ptr<TableReader>> tables;
+    for (int i = 0; i < 100; ++i) {
+        tables.push_back(openFiles(listOf({"alone"}), opener, {}, run));
+    }
+    EXPECT_LE(readers.count, 32U) << "others are opened when their rows are read";
+    std::vector<std::string> names;
+    for (int i = 0; i < 50; ++i) {
+        names.push_back(std::to_string(i));
+    }
+    for (int i = 0; i < 3; ++i) {
+        tables.push_back(openFiles(listOf(names), opener, {}, run));
+    }
+    std::vector<std::pair<TableReader*, Chunk>> chunks;
+    for (const std::unique_ptr<TableReader>& table : tables) {
+        for (Chunk chunk; table->next(chunk); chunk = {}) {
+            chunks.emplace_back(table.get(), chunk);
+        }
+    }
+    EXPECT_EQ(chunks.size(), 250U);
+    for (auto& [table, chunk] : chunks) {
+        table->complete(chunk);
+        EXPECT_EQ(chunk.columns.at(0)->reals(), Column::Reals{1.0});
+    }
+    EXPECT_GT(readers.most, 32U);
+    EXPECT_LE(readers.most, 64U);
+    chunks.clear();
+    tables.clear();
+    EXPECT_EQ(readers.count, 0U);
+    EXPECT_EQ(run.files->count(), 0U);
+}
+
+TEST_F(FileChainTest, saysOnWhatTheRowsOfAFileDepend) {
+    for (const char* const name : {"a.csv", "b.csv", "c.csv"}) {
+        write(name, "x\n1\n");
+    }
+    const auto circumstances = [this](const std::string& text, std::uint64_t file, const FileChainOptions& options) {
+        const std::unique_ptr<TableReader> reader = open(text, options);
+        return dynamic_cast<FileCircumstances&>(*reader).circumstancesOf(file);
+    };
+    EXPECT_EQ(circumstances("a.csv, b.csv", 0, {}), circumstances("c.csv, b.csv", 0, {}));
+    EXPECT_NE(circumstances("a.csv, b.csv", 0, {.hasFileColumns = true}),
+              circumstances("c.csv, b.csv", 0, {.hasFileColumns = true}))
+        << "the name is a column";
+    EXPECT_NE(circumstances("a.csv, b.csv", 0, {.hasFileColumns = true}),
+              circumstances("b.csv, a.csv", 1, {.hasFileColumns = true}))
+        << "so is the number";
+    write("samples.csv", "file,weight,kind\na.csv,1.5,z\nb.csv,2.5,z\nc.csv,1.5,z\n");
+    EXPECT_EQ(circumstances("@samples.csv", 0, {}), circumstances("@samples.csv", 2, {}));
+    EXPECT_NE(circumstances("@samples.csv", 0, {}), circumstances("@samples.csv", 1, {}));
+    EXPECT_THAT(dynamic_cast<FileCircumstances&>(*open("@samples.csv")).lists(), ElementsAre("samples.csv"));
 }
 
 /// Reads a row of two columns, in an order of its own, and leaves out what is not needed.

@@ -1,0 +1,70 @@
+#include "files/OpenedFiles.h"
+
+#include <optional>
+#include <vector>
+
+namespace velmorak {
+
+namespace {
+
+/// Each table of a Concat is opened before the first row is read; the other half is for lists of files.
+constexpr std::size_t maxAlone = OpenFiles::limit / 2;
+
+/// Gives a reader's rows, and counts its file.
+class CountedReader : public TableReader {
+public:
+    CountedReader(OpenFiles::Place place, std::unique_ptr<TableReader> file)
+        : place(std::move(place)), file(std::move(file)) {}
+
+    const Schema& schema() const override { return file->schema(); }
+    void selectColumns(const std::vector<bool>& needed) override { file->selectColumns(needed); }
+    bool next(Chunk& chunk) override { return file->next(chunk); }
+    std::uint64_t fileCount() const override { return file->fileCount(); }
+    std::size_t rowsPerChunk() const override { return file->rowsPerChunk(); }
+    void complete(Chunk& chunk) const override { file->complete(chunk); }
+    std::optional<double> fraction() const override { return file->fraction(); }
+
+private:
+    const OpenFiles::Place place;
+    const std::unique_ptr<TableReader> file;
+};
+
+}  // namespace
+
+OpenedFiles::~OpenedFiles() {
+    for (const auto& [position, opening] : ahead) {
+        opening->cancel();
+    }
+}
+
+void OpenedFiles::begin(std::size_t first, std::size_t end, const std::function<bool(std::size_t)>& isWanted) {
+    for (std::size_t i = first; i < end; ++i) {
+        if (!isWanted(i) || ahead.contains(i)) {
+            continue;
+        }
+        OpenFiles::Place place = openFiles->tryTake(OpenFiles::limit - 1);
+        if (!place) {
+            return;
+        }
+        ahead.emplace(
+            i, Opening::begin([this, i, place = std::move(place)]() mutable { return open(i, std::move(place)); }));
+    }
+}
+
+std::shared_ptr<OpenedFile> OpenedFiles::take(std::size_t position) {
+    const auto found = ahead.find(position);
+    if (found == ahead.end()) {
+        return open(position, openFiles->take());
+    }
+    const std::shared_ptr<Opening> opening = found->second;
+    ahead.erase(found);
+    return opening->take();
+}
+
+std::unique_ptr<TableReader> openAlone(OpenFiles& openFiles,
+                                       const std::function<std::unique_ptr<TableReader>()>& open) {
+    OpenFiles::Place place = openFiles.tryTake(maxAlone);
+    return place ? std::make_unique<CountedReader>(std::move(place), open()) : nullptr;
+}
+
+}  // namespace velmorak
