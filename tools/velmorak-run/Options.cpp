@@ -13,8 +13,8 @@ constexpr const char* helpText = R"(Usage: velmorak-run [OPTIONS] DOCUMENT     r
   --again RUN.JSON           repeat a recorded run and compare the results
   -a FILE                    AIDA file for readers without a file of their own
   --set PLUGIN.INPUT=VALUE   set a value before the run; may be given again
-  --scan PLUGIN.INPUT=VALUES one run for each value: from:to:step, or a,b,c;
-                             given again, one for each combination
+  --scan PLUGIN.INPUT=VALUES one run for each value: from:to:step, a,b,c or a;b;c;
+                             again: each combination. Writes scan.csv, .svg, .html
   --start PLUGIN             start at this plug-in
   --results DIR              results folder; else DOCUMENT.results beside it
   -j N                       threads (1 to 1024); results do not depend on it
