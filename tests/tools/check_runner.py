@@ -48,7 +48,7 @@ def check_scan(place):
     arguments = ("--why", "--results", "scan", "--start", "Upper", "--scan", "Upper.bins=5:100:5", document)
     done = place.run(*arguments)
     assert done.returncode == 0, done.stderr
-    folders = sorted(each.name for each in (place.folder / "scan").iterdir())
+    folders = sorted(each.name for each in (place.folder / "scan").iterdir() if each.is_dir())
     assert folders == sorted("Upper.bins=%d" % bins for bins in range(5, 101, 5)), folders
     contents = {(place.folder / "scan" / name / "upper.aida").read_bytes() for name in folders}
     assert len(contents) == 20, "each point has a result of its own"
@@ -64,7 +64,7 @@ def check_product(place):
     done = place.run("--results", "both", "--scan", "Upper.bins=5,10", "--scan", "Rows.seed=1:3:1",
                      place.document(*table(100)))
     assert done.returncode == 0, done.stderr
-    folders = sorted(each.name for each in (place.folder / "both").iterdir())
+    folders = sorted(each.name for each in (place.folder / "both").iterdir() if each.is_dir())
     assert folders == sorted("Upper.bins=%d,Rows.seed=%d" % (bins, seed) for bins in (5, 10) for seed in (1, 2, 3))
     assert place.record("both/Upper.bins=10,Rows.seed=3")["seed"] == {"Rows": "3"}
     wrong = place.run("--scan", "Upper.bins=5,10", "--scan", "Upper.bons=1,2", place.document(*table(100)))

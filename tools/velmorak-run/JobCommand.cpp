@@ -1,6 +1,7 @@
 #include "JobCommand.h"
 
 #include "PartNumber.h"
+#include "ScanPage.h"
 #include "Settings.h"
 #include "StopOnSignal.h"
 
@@ -19,6 +20,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -213,6 +215,24 @@ void leaveNote(const fs::path& results, const std::string& sentence) {
     std::ofstream(results / "PARTIAL.txt") << "These results are partial: " << sentence << ".\n";
 }
 
+/// The settings of the runs of a scan: the last ones of each, which its folder is named after.
+std::vector<std::vector<Setting>> scanPointsOf(const JobPlan& plan) {
+    std::vector<std::vector<Setting>> points;
+    for (const velmorak::PlannedRun& run : plan.runs) {
+        std::vector<std::string> texts;
+        for (auto text = run.settings.rbegin(); text != run.settings.rend(); ++text) {
+            if (folderNameOf(texts) == run.folder) {
+                break;
+            }
+            texts.insert(texts.begin(), *text);
+        }
+        std::vector<Setting> point;
+        std::transform(texts.begin(), texts.end(), std::back_inserter(point), settingOf);
+        points.push_back(std::move(point));
+    }
+    return points;
+}
+
 class Merging {
 public:
     Merging(const JobFolder& job, const JobPlan& plan, const Options& options, StopOnSignal& signals)
@@ -227,6 +247,9 @@ public:
         for (std::size_t i = 0; i < plan.runs.size() && worst != WasStopped; ++i) {
             orUsageError([&] { velmorak::checkFilesOfRun(plan, i, moved); });
             worst = std::max(worst, merge(i, done));
+        }
+        if (files && !files->end() && worst == AllDone) {
+            worst = NotUsable;
         }
         if (done.missing.empty()) {
             job.removeLeftovers();
@@ -282,7 +305,21 @@ private:
             std::cerr << "The results are partial: " << executed.partial << ".\n";
             leaveNote(executed.resultsFolder, executed.partial);
         }
+        noteScan(number, executed, report);
         return status;
+    }
+
+    /// Adds a run to the table of the scan that the job is, if it is one.
+    void noteScan(std::size_t number, const velmorak::Pipeline& executed, const velmorak::RunReport& report) {
+        if (plan.runs[number].folder.empty()) {
+            return;
+        }
+        if (!table) {
+            table.emplace(scanPointsOf(plan));
+            files.emplace(*table, plan.document, executed.resultsFolder.parent_path());
+        }
+        table->add(number, executed, report);
+        files->update();
     }
 
     std::vector<std::size_t> partsOf(std::size_t run, const Done& done) const {
@@ -307,6 +344,8 @@ private:
     const Options& options;
     StopOnSignal& signals;
     const velmorak::MovedFiles moved;
+    std::optional<ScanTable> table;  ///< Of a job that is a scan.
+    std::optional<ScanFiles> files;
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "ListCommand.h"
 #include "LookCommand.h"
 #include "Replay.h"
+#include "ScanPage.h"
 #include "Settings.h"
 #include "StopOnSignal.h"
 
@@ -106,17 +107,21 @@ ExitStatus runScan(QzManager& manager, const Options& options, const std::vector
         throw UsageError(error);
     }
     const fs::path folder = pipeline.resultsFolder;
+    ScanTable table(points);
+    ScanFiles files(table, pipeline.document.string(), folder);
     ExitStatus worst = AllDone;
-    for (const std::vector<Setting>& point : points) {
-        const std::vector<std::string> texts = applyPoint(manager, options.settings, point);
-        std::cerr << "Scan: " << folderNameOf(texts) << '\n';
-        velmorak::setResultsFolder(manager, folder / folderNameOf(texts));
-        worst = worseOf(worst, runOnce(manager, signals));
-        if (worst == WasStopped) {
-            break;
+    for (std::size_t i = 0; i < points.size() && worst != WasStopped; ++i) {
+        applyPoint(manager, options.settings, points[i]);
+        std::cerr << "Scan: " << table.runs()[i].folder << '\n';
+        velmorak::setResultsFolder(manager, folder / table.runs()[i].folder);
+        const ExitStatus status = runOnce(manager, signals);
+        worst = worseOf(worst, status);
+        if (status != WasStopped || velmorak::lastReport(manager).wasStopped) {
+            table.add(i, pipeline, velmorak::lastReport(manager));
         }
+        files.update();
     }
-    return worst;
+    return files.end() ? worst : worseOf(worst, NotUsable);
 }
 
 ExitStatus runDocument(QzManager& manager, const Options& options, StopOnSignal& signals) {

@@ -4,10 +4,13 @@
 
 #include <velmorak/FormatMeasurement.h>
 #include <velmorak/Text.h>
+#include <velmorak/Utf8.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <iterator>
+#include <map>
 #include <utility>
 
 namespace {
@@ -59,6 +62,23 @@ void refuseUnusable(const Pipeline& pipeline, const PipelineInput& input, const 
     }
 }
 
+/// A file name has at most 255 bytes; long ones end with a number that tells them apart.
+std::string shortEnough(const std::string& name) {
+    constexpr std::size_t maxBytes = 200;
+    if (name.size() <= maxBytes) {
+        return name;
+    }
+    std::uint64_t number = 0xcbf29ce484222325U;  // FNV-1a, the same on every machine.
+    for (const char character : name) {
+        number = (number ^ static_cast<unsigned char>(character)) * 0x100000001b3U;
+    }
+    std::size_t end = maxBytes;
+    while (velmorak::isContinuationByte(name[end])) {
+        --end;
+    }
+    return name.substr(0, end) + "~" + std::to_string(number);
+}
+
 Setting split(const std::string& text, const std::string& form) {
     const std::size_t equals = text.find('=');
     const std::size_t dot = equals == std::string::npos ? equals : text.rfind('.', equals);
@@ -78,6 +98,55 @@ std::vector<std::string> parted(const std::string& text, char separator) {
     return parts;
 }
 
+/// @return the content of a text that is quoted as a whole, with "" for a quote; else the text.
+std::string unquoted(const std::string& text) {
+    if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
+        return text;
+    }
+    std::string content;
+    for (std::size_t i = 1; i + 1 < text.size(); ++i) {
+        const bool isDoubled = text[i] == '"' && i + 2 < text.size() && text[i + 1] == '"';
+        if (text[i] == '"' && !isDoubled) {
+            return text;
+        }
+        content += text[i];
+        i += isDoubled ? 1 : 0;
+    }
+    return content;
+}
+
+/// Values of a list. Separators inside double quotes do not count; a value that is one quoted text loses the quotes,
+/// and two of them inside give one.
+std::vector<std::string> listed(const std::string& text, char separator) {
+    std::vector<std::string> values(1);
+    bool isQuoted = false;
+    for (const char character : text) {
+        isQuoted = isQuoted != (character == '"');
+        if (character == separator && !isQuoted) {
+            values.emplace_back();
+        } else {
+            values.back() += character;
+        }
+    }
+    if (isQuoted) {
+        throw UsageError("the list " + velmorak::quoted(text) + " has a quote without its end");
+    }
+    std::transform(values.begin(), values.end(), values.begin(), unquoted);
+    return values;
+}
+
+/// @return semicolon where the list has one outside of quotes, so that values may have commas.
+char separatorOf(const std::string& text) {
+    bool isQuoted = false;
+    for (const char character : text) {
+        isQuoted = isQuoted != (character == '"');
+        if (character == ';' && !isQuoted) {
+            return ';';
+        }
+    }
+    return ',';
+}
+
 std::vector<std::string> rangeOf(const std::vector<std::string>& parts, const std::string& text) {
     double from = 0.0;
     double to = 0.0;
@@ -94,6 +163,18 @@ std::vector<std::string> rangeOf(const std::vector<std::string>& parts, const st
         values.push_back(velmorak::formatNumber(from + i * step));
     }
     return values;
+}
+
+/// Runs with different values have different folders.
+void refuseSharedFolders(const std::vector<std::vector<Setting>>& points) {
+    std::map<std::string, std::vector<std::string>> pointOfFolder;
+    for (const std::vector<Setting>& point : points) {
+        const std::vector<std::string> texts = textsOf(point);
+        const std::string folder = folderNameOf(texts);
+        if (pointOfFolder.emplace(folder, texts).first->second != texts) {
+            throw UsageError("the scan has two runs whose results would be in " + velmorak::quoted(folder));
+        }
+    }
 }
 
 }  // namespace
@@ -121,8 +202,11 @@ void startAt(QzManager& manager, const std::string& plugin) {
 
 std::vector<Setting> scanOf(const std::string& text) {
     const Setting whole = split(text, "PLUGIN.INPUT=from:to:step or PLUGIN.INPUT=a,b,c");
+    const char separator = separatorOf(whole.value);
+    const bool isList = separator == ';' || whole.value.find('"') != std::string::npos;
     const std::vector<std::string> parts = parted(whole.value, ':');
-    const std::vector<std::string> values = parts.size() > 1 ? rangeOf(parts, whole.value) : parted(whole.value, ',');
+    const std::vector<std::string> values =
+        !isList && parts.size() > 1 ? rangeOf(parts, whole.value) : listed(whole.value, separator);
     std::vector<Setting> points;
     points.reserve(values.size());
     for (const std::string& value : values) {
@@ -147,16 +231,24 @@ std::vector<std::vector<Setting>> pointsOf(const std::vector<std::string>& scans
         }
         points = std::move(longer);
     }
+    refuseSharedFolders(points);
     return points;
+}
+
+std::vector<std::string> textsOf(const std::vector<Setting>& point) {
+    std::vector<std::string> texts;
+    for (const Setting& setting : point) {
+        texts.push_back(setting.plugin + "." + setting.input + "=" + setting.value);
+    }
+    return texts;
 }
 
 std::vector<std::string> applyPoint(QzManager& manager, const std::vector<std::string>& settings,
                                     const std::vector<Setting>& point) {
-    std::vector<std::string> texts;
     for (const Setting& setting : point) {
         apply(manager, setting);
-        texts.push_back(setting.plugin + "." + setting.input + "=" + setting.value);
     }
+    std::vector<std::string> texts = textsOf(point);
     std::vector<std::string> all = settings;
     all.insert(all.end(), texts.begin(), texts.end());
     velmorak::recordSettings(manager, all);
@@ -169,5 +261,5 @@ std::string folderNameOf(const std::vector<std::string>& settings) {
         name += (name.empty() ? "" : ",") + setting;
     }
     std::replace(name.begin(), name.end(), '/', '_');
-    return name;
+    return shortEnough(name);
 }

@@ -34,11 +34,14 @@ void startAt(QzManager& manager, const std::string& plugin);
 std::vector<std::string> applyPoint(QzManager& manager, const std::vector<std::string>& settings,
                                     const std::vector<Setting>& point);
 
+/// PLUGIN.INPUT=VALUE of each.
+std::vector<std::string> textsOf(const std::vector<Setting>& point);
+
 /// Settings as the name of a folder; empty without any.
 std::string folderNameOf(const std::vector<std::string>& settings);
 
 /// One setting for each value of a scan: PLUGIN.INPUT=from:to:step, the end included where a step meets it, or
-/// PLUGIN.INPUT=a,b,c. @throws UsageError
+/// PLUGIN.INPUT=a,b,c, or a;b;c where a value has a comma. Separators in double quotes do not count. @throws UsageError
 std::vector<Setting> scanOf(const std::string& text);
 
 /// Every combination of the values of several scans, the last one changing fastest; at most 10000.
