@@ -76,10 +76,11 @@ double copyMemory() {
     const auto to = std::make_unique<char[]>(bytes);
     std::memset(from.get(), 1, bytes);
     std::memset(to.get(), 2, bytes);
+    // By a pointer that the compiler cannot see through: else it makes the copy of the one byte that is looked at.
+    void* (*const volatile copy)(void*, const void*, std::size_t) = std::memcpy;
     const double begin = now(Clock::Wall);
-    std::memcpy(to.get(), from.get(), bytes);
-    const double ms = now(Clock::Wall) - begin;
-    return to[bytes / 2] == 1 ? ms : 0.0;
+    copy(to.get(), from.get(), bytes);
+    return now(Clock::Wall) - begin;
 }
 
 void measureArrow(const Folder& folder) {

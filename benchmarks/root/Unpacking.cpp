@@ -70,7 +70,12 @@ std::size_t unpackSome(int file, const std::vector<PackedRecord>& records, std::
 
 std::vector<PackedRecord> recordsOf(const std::filesystem::path& path, const std::vector<std::string>& branches) {
     const root::File file(path);
-    const root::Tree tree(file, root::Classes(), file.entries().front());
+    const auto isEvents = [](const root::Entry& entry) { return entry.path == "events"; };
+    const auto entry = std::find_if(file.entries().begin(), file.entries().end(), isEvents);
+    if (entry == file.entries().end()) {
+        throw std::runtime_error("there is no tree");
+    }
+    const root::Tree tree(file, root::classesOf(file), *entry);
     std::vector<PackedRecord> records;
     for (const root::TreeColumn& column : tree.columns()) {
         if (std::find(branches.begin(), branches.end(), column.name) == branches.end()) {

@@ -1,5 +1,6 @@
 #include "csv/CsvBlock.h"
 
+#include "csv/CsvDecimal.h"
 #include "csv/CsvScan.h"
 
 #include <velmorak/Failure.h>
@@ -44,6 +45,24 @@ CsvBlock::CsvBlock(const CsvLayout& layout, const CsvPiece& piece)
             resizeColumn(columns.back(), piece.records);
         }
     }
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        steps.push_back(stepOf(i));
+    }
+}
+
+CsvBlock::Step CsvBlock::stepOf(std::size_t column) {
+    const CsvColumn& info = layout.columns[column];
+    if (!info.isNeeded) {
+        return {.kind = Step::Kind::Skip};
+    }
+    const bool isNumber = layout.notation.isPlain() && !info.isDate && !info.isList;
+    if (isNumber && info.type == ColumnType::Real) {
+        return {.kind = Step::Kind::Real, .reals = std::get<Column::Reals>(columns[column].values).data()};
+    }
+    if (isNumber && info.type == ColumnType::Integer) {
+        return {.kind = Step::Kind::Integer, .integers = std::get<Column::Integers>(columns[column].values).data()};
+    }
+    return {};
 }
 
 std::vector<ColumnPtr> CsvBlock::parse(const std::string& file) {
@@ -71,37 +90,10 @@ void CsvBlock::parseRecord(std::size_t row, const std::string& file) {
     }
 }
 
-/// @return false, at the same place, if the record must be split first.
-bool CsvBlock::parsePlain(std::size_t row) {
-    const char* const begin = at;
-    if (at == end || isOddLineStart(*at, layout.form.comment)) {
-        return false;
-    }
-    const std::size_t last = columns.size() - 1;
-    for (std::size_t i = 0; i <= last; ++i) {
-        const char* const past = parseField(i, row);
-        if (!past || !passEnd(past, i == last)) {
-            at = begin;
-            return false;
-        }
-    }
-    ++line;
-    return true;
-}
-
-/// Goes on after the end of a field. @return false if the record ends there and should not, or the other way round.
-bool CsvBlock::passEnd(const char* fieldsEnd, bool isLast) {
-    at = fieldsEnd;
-    if (!isLast) {
-        return at != end && *at++ == layout.form.delimiter;
-    }
-    return at == end || *at++ == '\n';
-}
-
-/// @return the end of a number that began at the place of the field, if the field ends there; else null.
-inline const char* CsvBlock::endOf(const char* past, std::size_t column) const {
+/// @return the end of a number, if the field ends there; else null.
+inline const char* CsvBlock::endOf(const char* past, bool isLast) const {
     if (past == end || *past == '\n') {
-        return column + 1 == columns.size() ? past : nullptr;
+        return isLast ? past : nullptr;
     }
     if (*past == layout.form.delimiter) {
         return past;
@@ -109,32 +101,58 @@ inline const char* CsvBlock::endOf(const char* past, std::size_t column) const {
     return *past == '\r' && past + 1 != end && past[1] == '\n' ? past + 1 : nullptr;
 }
 
-/// @return the end of the field; null if it cannot be read alone.
-const char* CsvBlock::parseField(std::size_t column, std::size_t row) {
-    const CsvColumn& info = layout.columns[column];
-    if (!info.isNeeded) {
-        const bool mayBeQuoted = at != end && (*at == '"' || *at == ' ' || *at == '\t');
-        return mayBeQuoted ? nullptr : fieldEnd(at, end, layout.form.delimiter);
+/// @return the end of the field; null if it is not a number alone.
+inline const char* CsvBlock::parseNumber(const Step& step, const char* place, std::size_t row, bool isLast) const {
+    if (step.kind == Step::Kind::Integer) {
+        const auto result = std::from_chars(place, end, step.integers[row]);
+        return result.ec == std::errc() ? endOf(result.ptr, isLast) : nullptr;
     }
-    if (layout.notation.isPlain() && info.type == ColumnType::Real && !info.isDate) {
-        auto& value = std::get<Column::Reals>(columns[column].values)[row];
-        const auto result = std::from_chars(at, end, value);
-        const char* const past = result.ec == std::errc() ? endOf(result.ptr, column) : nullptr;
-        return past ? past : parseToken(column, row);
+    const char* const shortEnd = readShortDecimal(place, end, step.reals[row]);
+    const char* const past = shortEnd ? endOf(shortEnd, isLast) : nullptr;
+    if (past) {
+        return past;
     }
-    if (layout.notation.isPlain() && info.type == ColumnType::Integer) {
-        auto& value = std::get<Column::Integers>(columns[column].values)[row];
-        const auto result = std::from_chars(at, end, value);
-        const char* const past = result.ec == std::errc() ? endOf(result.ptr, column) : nullptr;
-        return past ? past : parseToken(column, row);
-    }
-    return parseToken(column, row);
+    const auto result = std::from_chars(place, end, step.reals[row]);
+    return result.ec == std::errc() ? endOf(result.ptr, isLast) : nullptr;
 }
 
-/// As parseField, for a field of any type.
-const char* CsvBlock::parseToken(std::size_t column, std::size_t row) {
+/// @return the end of a field that is not needed; null if it may be in quotes.
+inline const char* CsvBlock::skipField(const char* place) const {
+    const bool mayBeQuoted = place != end && (*place == '"' || *place == ' ' || *place == '\t');
+    return mayBeQuoted ? nullptr : fieldEnd(place, end, layout.form.delimiter);
+}
+
+/// @return false, at the same place, if the record must be split first.
+bool CsvBlock::parsePlain(std::size_t row) {
+    if (at == end || isOddLineStart(*at, layout.form.comment)) {
+        return false;
+    }
+    const std::size_t last = steps.size() - 1;
+    const char* place = at;
+    for (std::size_t i = 0; i <= last; ++i) {
+        const Step& step = steps[i];
+        const bool isNumber = step.kind == Step::Kind::Real || step.kind == Step::Kind::Integer;
+        const char* past = isNumber                        ? parseNumber(step, place, row, i == last)
+                           : step.kind == Step::Kind::Skip ? skipField(place)
+                                                           : parseToken(place, i, row);
+        if (!past && isNumber) {
+            past = parseToken(place, i, row);
+        }
+        const bool isAtEnd = past == end;
+        if (!past || (i == last ? !isAtEnd && *past != '\n' : isAtEnd || *past != layout.form.delimiter)) {
+            return false;
+        }
+        place = isAtEnd ? past : past + 1;
+    }
+    at = place;
+    ++line;
+    return true;
+}
+
+/// Reads a field of any type without quotes. @return its end; null if it cannot be read alone.
+const char* CsvBlock::parseToken(const char* field, std::size_t column, std::size_t row) {
     const auto isBlank = [this](char c) { return c == ' ' || (c == '\t' && layout.form.delimiter != '\t'); };
-    const char* begin = at;
+    const char* begin = field;
     while (begin != end && isBlank(*begin)) {
         ++begin;
     }
@@ -148,9 +166,9 @@ const char* CsvBlock::parseToken(std::size_t column, std::size_t row) {
     while (last != begin && (isBlank(last[-1]) || last[-1] == '\r')) {
         --last;
     }
-    const CsvField field{{begin, static_cast<std::size_t>(last - begin)}, false};
-    const bool isStored = info.isDate ? storeDate(field, layout.notation, columns[column], row)
-                                      : storeField(field, layout.notation, columns[column], row);
+    const CsvField token{{begin, static_cast<std::size_t>(last - begin)}, false};
+    const bool isStored = info.isDate ? storeDate(token, layout.notation, columns[column], row)
+                                      : storeField(token, layout.notation, columns[column], row);
     return isStored ? past : nullptr;
 }
 

@@ -19,18 +19,28 @@ public:
     std::uint64_t repairedLine() const { return repaired; }
 
 private:
+    /// How a plain field is read, and where its values go.
+    struct Step {
+        enum class Kind { Skip, Real, Integer, Token };
+        Kind kind = Kind::Token;
+        double* reals = nullptr;
+        std::int64_t* integers = nullptr;
+    };
+
+    Step stepOf(std::size_t column);
     void parseRecord(std::size_t row, const std::string& file);
     bool parsePlain(std::size_t row);
-    const char* parseField(std::size_t column, std::size_t row);
-    const char* parseToken(std::size_t column, std::size_t row);
-    const char* endOf(const char* field, std::size_t column) const;
-    bool passEnd(const char* end, bool isLast);
+    const char* parseNumber(const Step& step, const char* place, std::size_t row, bool isLast) const;
+    const char* parseToken(const char* field, std::size_t column, std::size_t row);
+    const char* skipField(const char* place) const;
+    const char* endOf(const char* past, bool isLast) const;
 
     const CsvLayout& layout;
     const CsvPiece& piece;
     const bool isPlain;  ///< Records may be read without being split first.
     const bool isAscii;
     std::vector<Column> columns;
+    std::vector<Step> steps;
     const char* at;  ///< Next character.
     const char* const end;
     CsvRecords records;

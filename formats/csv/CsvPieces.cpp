@@ -1,5 +1,7 @@
 #include "csv/CsvPieces.h"
 
+#include "csv/CsvScan.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -23,8 +25,12 @@ CsvPiece CsvPieces::next(std::size_t maxRecords, std::size_t maxBytes) {
     CsvPiece piece;
     begin = at;
     beginLine = line;
-    while (piece.records < maxRecords && at - begin < maxBytes && passRecord(piece.records > 0, maxBytes)) {
-        ++piece.records;
+    while (piece.records < maxRecords && at - begin < maxBytes) {
+        const std::size_t plain = passPlainLines(maxRecords - piece.records, maxBytes - (at - begin));
+        if (plain == 0 && !passRecord(piece.records > 0, maxBytes)) {
+            break;
+        }
+        piece.records += std::max<std::size_t>(plain, 1);
     }
     if (damage && piece.records == 0) {
         throw Failure(*damage);
@@ -59,6 +65,32 @@ void CsvPieces::requireLineEnd() {
     if (in.read(bytes.data(), bytes.size()) == 0 || bytes.front() != '\n') {
         throw Failure("file", "\"" + in.name() + "\" has changed: line " + std::to_string(line) + " begins elsewhere");
     }
+}
+
+/// Passes many lines that are surely records at once.
+/// @return their number; 0 if there is none that can be passed in this way.
+std::size_t CsvPieces::passPlainLines(std::size_t maxRecords, std::size_t maxBytes) {
+    const char* const first = buffer.get() + at;
+    // The character after a line end is looked at as well.
+    const std::size_t length = end > at ? std::min(end - at - 1, maxBytes) : 0;
+    if (length < lineBlockBytes || !mayBeginRecord(*first)) {
+        return 0;
+    }
+    const char comment = form->comment.empty() ? '\n' : form->comment.front();
+    std::size_t passed = 0;
+    std::size_t done = 0;
+    for (; length - done >= lineBlockBytes; done += lineBlockBytes) {
+        const LineBlock block = lineBlockAt(first + done, comment);
+        if (block.isOdd || block.lineEnds > maxRecords - passed) {
+            break;
+        }
+        passed += block.lineEnds;
+    }
+    if (passed > 0) {
+        at += std::string_view(first, done).rfind('\n') + 1;
+        line += passed;
+    }
+    return passed;
 }
 
 /// @return false if no more record can be read, or if too many lines that are no records follow those of the piece.

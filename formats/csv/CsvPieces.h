@@ -48,6 +48,7 @@ public:
     double fraction() const { return in.fraction(); }
 
 private:
+    std::size_t passPlainLines(std::size_t maxRecords, std::size_t maxBytes);
     bool passRecord(bool hasRecords, std::size_t maxBytes);
     bool passLine();
     bool mayBeginRecord(char first) const;

@@ -90,13 +90,27 @@ const char* Look::lookAtField(const char* begin, const char* end, CsvInteger& co
 
 /// @return the place after the line feed.
 const char* Look::lookAtLine(const char* place, const char* end) {
+    std::size_t passed = 0;
     for (std::size_t i = 0; i < fieldsToRead; ++i) {
-        place =
-            columns[i] == CsvInteger::Yes ? lookAtField(place, end, columns[i]) : fieldEnd(place, end, form.delimiter);
+        if (columns[i] != CsvInteger::Yes) {
+            continue;
+        }
+        if (i > passed) {
+            place = endOfFields(place, end, form.delimiter, i - passed);
+            if (place == end || *place == '\n') {
+                break;
+            }
+            ++place;
+        }
+        place = lookAtField(place, end, columns[i]);
         if (place == end || *place == '\n') {
             break;
         }
         ++place;
+        passed = i + 1;
+    }
+    if (place != end && *place == '\n') {
+        return place + 1;
     }
     const auto* const lineEnd =
         place == end ? nullptr

@@ -98,6 +98,39 @@ TEST_F(CsvPiecesTest, holdAllRecordsOfAFileThatIsReadInManyBlocks) {
     ASSERT_EQ(joined(cut(random)), joined(recordsIn(text)));
 }
 
+TEST_F(CsvPiecesTest, holdAllRecordsWhereOddLinesAreRareAmongPlainOnes) {
+    std::mt19937 random(18);
+    const std::vector<std::string> rare = {"# a \"comment\n", "\n",      "\r\n",  " \t\n", "\"a\nb\",2\n",
+                                           " 1,2\n",          "\t3,4\n", "5\r\n", "a\"b\n"};
+    std::string text = "x,y\n";
+    while (text.size() < 2'000'000) {
+        text += random() % 300 == 0
+                    ? rare[random() % rare.size()]
+                    : std::to_string(random() % 1'000'000) + "," + std::to_string(random() % 100) + "\n";
+    }
+    write(text);
+    const std::string expected = joined(recordsIn(text));
+    ASSERT_EQ(joined(cut(random)), expected);
+    EXPECT_EQ(joined(cut(random)), expected);
+}
+
+TEST_F(CsvPiecesTest, knowTheLineOfEachPiece) {
+    std::string text;
+    for (int row = 1; row <= 100'000; ++row) {
+        text += (row % 777 == 0 ? "\n" : "") + std::to_string(row) + ",abc\n";
+    }
+    write(text);
+    CsvPieces pieces(options.file, CsvEncoding::Automatic, options.form, context);
+    std::size_t rows = 0;
+    for (CsvPiece piece = pieces.next(5'000, SIZE_MAX); piece.records > 0; piece = pieces.next(5'000, SIZE_MAX)) {
+        ASSERT_EQ(piece.records, 5'000U);
+        ASSERT_TRUE(piece.text.starts_with(std::to_string(rows + 1) + ","));
+        ASSERT_EQ(piece.line, rows + 1 + (rows + 1) / 777);
+        rows += piece.records;
+    }
+    EXPECT_EQ(rows, 100'000U);
+}
+
 TEST_F(CsvPiecesTest, keepTheirTextWhileLaterOnesAreRead) {
     std::string text;
     for (int row = 0; row < 300'000; ++row) {
