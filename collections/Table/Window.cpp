@@ -25,16 +25,16 @@ constexpr double mostRows = 100'000'000;
 constexpr std::size_t bytesOfGroup = 256;  ///< About, beside its key and its rows.
 constexpr std::size_t bytesOfRowInWindow = 24;
 
-enum class Function { Mean, Sum, Cumulative, Difference };
+enum class WindowFunction { Mean, Sum, Cumulative, Difference };
 
-Function functionOf(const std::string& choice) {
+WindowFunction functionOf(const std::string& choice) {
     if (choice == "mean") {
-        return Function::Mean;
+        return WindowFunction::Mean;
     }
     if (choice == "sum") {
-        return Function::Sum;
+        return WindowFunction::Sum;
     }
-    return choice == "cumulative" ? Function::Cumulative : Function::Difference;
+    return choice == "cumulative" ? WindowFunction::Cumulative : WindowFunction::Difference;
 }
 
 std::vector<InputSpec> ownInputs() {
@@ -79,12 +79,12 @@ NamedNumbers numbersOf(const std::string& expression, const std::string& by) {
 /// What is known of the rows before, for one key.
 class Group {
 public:
-    Group(Function function, std::size_t length) : function(function), window(length) {}
+    Group(WindowFunction function, std::size_t length) : function(function), window(length) {}
 
     double next(double value);
 
 private:
-    Function function;
+    WindowFunction function;
     SlidingSum window;
     double before = std::numeric_limits<double>::quiet_NaN();
     double sum = 0.0;
@@ -92,9 +92,9 @@ private:
 
 double Group::next(double value) {
     switch (function) {
-        case Function::Difference:
+        case WindowFunction::Difference:
             return value - std::exchange(before, value);
-        case Function::Cumulative:
+        case WindowFunction::Cumulative:
             sum += std::isnan(value) ? 0.0 : value;
             return std::isnan(value) ? value : sum;
         default:
@@ -104,13 +104,13 @@ double Group::next(double value) {
     if (std::isnan(value)) {
         return value;
     }
-    return function == Function::Mean ? window.mean() : window.sum();
+    return function == WindowFunction::Mean ? window.mean() : window.sum();
 }
 
 /// The windows of all keys.
 class Groups {
 public:
-    Groups(Function function, std::size_t length, std::shared_ptr<MemoryBudget> budget)
+    Groups(WindowFunction function, std::size_t length, std::shared_ptr<MemoryBudget> budget)
         : function(function), length(length), memory(std::make_unique<MemoryShare>(std::move(budget))) {}
 
     /// @param key empty where there is one group for all rows.
@@ -118,7 +118,7 @@ public:
     Group& of(std::string key);
 
 private:
-    Function function;
+    WindowFunction function;
     std::size_t length;
     std::unordered_map<std::string, Group> all;
     std::unique_ptr<MemoryShare> memory;
@@ -129,7 +129,7 @@ Group& Groups::of(std::string key) {
     if (const auto found = all.find(key); found != all.end()) {
         return found->second;
     }
-    const bool hasWindow = function == Function::Mean || function == Function::Sum;
+    const bool hasWindow = function == WindowFunction::Mean || function == WindowFunction::Sum;
     const std::size_t bytes = bytesOfGroup + key.size() + (hasWindow ? length * bytesOfRowInWindow : 0);
     if (!memory->take(bytes)) {
         throw Failure("by", "the windows of " + std::to_string(all.size()) +

@@ -217,9 +217,9 @@ void RowSorter::spill() {
 /// Makes one run of all, so that there are never too many to be read at the same time.
 void RowSorter::mergeFiles() {
     const auto run = std::make_shared<SortedRun>();
+    const std::size_t most = rowsInBlock(bytesInRow(schema), 1);
     RunMerge merge(schema, keys, files);
-    for (MergedRows rows = merge.next(maxBlockRows, blockBytes); !rows.rows.empty();
-         rows = merge.next(maxBlockRows, blockBytes)) {
+    for (MergedRows rows = merge.next(most, blockBytes); !rows.rows.empty(); rows = merge.next(most, blockBytes)) {
         if (context.isStopping()) {
             throw Stopped();
         }

@@ -5,7 +5,7 @@
 #include <velmorak/Failure.h>
 
 #include <algorithm>
-#include <numeric>
+#include <functional>
 #include <type_traits>
 #include <utility>
 
@@ -89,7 +89,7 @@ private:
     using Run = std::vector<RowAt>;
 
     Run runOf(std::uint32_t part) const;
-    Run merged(const Run& one, const Run& other) const;
+    Run merged(Run& one, Run& other) const;
     void poll() const {
         if (isStopping && isStopping()) {
             throw Stopped();
@@ -109,8 +109,8 @@ Merging::Run Merging::runOf(std::uint32_t part) const {
     return run;
 }
 
-/// Of two equal rows that of the first run comes first.
-Merging::Run Merging::merged(const Run& one, const Run& other) const {
+/// Of two equal rows that of the first run comes first. Frees both runs.
+Merging::Run Merging::merged(Run& one, Run& other) const {
     poll();
     Run both(one.size() + other.size());
     if (parts.front()->keys.isShort()) {
@@ -122,8 +122,37 @@ Merging::Run Merging::merged(const Run& one, const Run& other) const {
                        return RowKeys::compare(parts[a.part]->keys, a.row, parts[b.part]->keys, b.row) < 0;
                    });
     }
+    one = {};
+    other = {};
     return both;
 }
+
+/// Tasks that use what the caller owns: none is at work any more when this is destroyed, whatever was thrown.
+template <typename Product>
+class OwnTasks {
+public:
+    OwnTasks() = default;
+    ~OwnTasks() {
+        for (const auto& task : tasks) {
+            task->cancel();
+        }
+    }
+    OwnTasks(const OwnTasks&) = delete;
+    OwnTasks& operator=(const OwnTasks&) = delete;
+
+    void begin(std::function<Product()> maker) { tasks.push_back(Ahead<Product>::begin(std::move(maker))); }
+    /// In the order in which they were begun.
+    std::vector<Product> takeAll() {
+        std::vector<Product> all;
+        for (const auto& task : tasks) {
+            all.push_back(task->take());
+        }
+        return all;
+    }
+
+private:
+    std::vector<std::shared_ptr<Ahead<Product>>> tasks;
+};
 
 /// Merges neighbours, level by level.
 std::vector<RowAt> Merging::all() {
@@ -133,15 +162,11 @@ std::vector<RowAt> Merging::all() {
         runs.push_back(runOf(part));
     }
     while (runs.size() > 1) {
-        std::vector<std::shared_ptr<Ahead<Run>>> tasks;
+        OwnTasks<Run> tasks;
         for (std::size_t i = 0; i + 1 < runs.size(); i += 2) {
-            tasks.push_back(Ahead<Run>::begin(
-                [this, one = std::move(runs[i]), other = std::move(runs[i + 1])] { return merged(one, other); }));
+            tasks.begin([this, &one = runs[i], &other = runs[i + 1]] { return merged(one, other); });
         }
-        std::vector<Run> next;
-        for (const auto& task : tasks) {
-            next.push_back(task->take());
-        }
+        std::vector<Run> next = tasks.takeAll();
         if (runs.size() % 2 == 1) {
             next.push_back(std::move(runs.back()));
         }
