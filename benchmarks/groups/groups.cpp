@@ -1,6 +1,6 @@
-/// velmorak_bench_groups: 10 million rows of a Parquet file grouped by a key with 1000 values, with five aggregates, and
-/// joined with a table of 100,000 rows, by velmorak-run and by DuckDB on the same number of threads. The files are in the
-/// page cache; nothing is kept from one run to the next. Ours is the time of the whole program.
+/// velmorak_bench_groups: 10 million rows of a Parquet file grouped by a key with 1000 values, with five aggregates,
+/// and joined with a table of 100,000 rows, by velmorak-run and by DuckDB on the same number of threads. The files are
+/// in the page cache; nothing is kept from one run to the next. Ours is the time of the whole program.
 #include "Npm.h"
 #include "Process.h"
 #include "Row.h"
@@ -34,7 +34,8 @@ struct Comparison {
 void writeMaker(const fs::path& folder) {
     std::ofstream(folder / "make.zedra") << R"({"zedra": 1, "plugins": [
         {"name": "Random", "kind": "RandomTable", "inputs": [{"name": "rows", "value": "10000000"},
-            {"name": "columns", "value": "x: gauss(0, 1); y: uniform(0, 1); u: uniform(0, 1000); v: uniform(0, 100000)"}]},
+            {"name": "columns", "value": "x: gauss(0, 1); y: uniform(0, 1); u: uniform(0, 1000); v: uniform(0, 100000)"}]
+},
         {"name": "Group", "kind": "Formula", "inputs": [{"name": "table", "from": ["Random", "table"]},
             {"name": "column", "value": "group"}, {"name": "expression", "value": "floor(u)"}]},
         {"name": "Key", "kind": "Formula", "inputs": [{"name": "table", "from": ["Group", "table"]},
@@ -46,7 +47,8 @@ void writeMaker(const fs::path& folder) {
         {"name": "Unique", "kind": "GroupBy", "inputs": [{"name": "table", "from": ["Rows", "table"]},
             {"name": "keys", "value": "k"}, {"name": "aggregates", "value": "gain: mean(y)"}]},
         {"name": "Others", "kind": "ParquetWriter", "inputs": [{"name": "table", "from": ["Unique", "table"]},
-            {"name": "file", "value": "others.parquet"}]}]})";
+            {"name": "file", "value": "others.parquet"}]}]
+})";
 }
 
 void writeDocuments(const fs::path& folder) {
@@ -55,7 +57,10 @@ void writeDocuments(const fs::path& folder) {
     std::ofstream(folder / "group.zedra") << rows << R"(
         {"name": "Groups", "kind": "GroupBy", "inputs": [{"name": "table", "from": ["Rows", "table"]},
             {"name": "keys", "value": "group"},
-            {"name": "aggregates", "value": "count; sum(x); mean(x); spread(x); min(y); max(y)"}]}]})";
+            {"name": "aggregates", "value": "count; sum(x); mean(x); spread(x); min(y); max(y)"
+}]
+}]
+})";
     std::ofstream(folder / "join.zedra") << rows << R"(
         {"name": "Others", "kind": "ParquetTable", "inputs": [{"name": "file", "value": "make.results/others.parquet"}]},
         {"name": "Joined", "kind": "Join", "inputs": [{"name": "table", "from": ["Rows", "table"]},

@@ -86,7 +86,8 @@ void GroupState::load(StateReader& reader) {
 
 class Grouping : public Accumulation {
 public:
-    Grouping(GroupPlan plan, RunContext& context) : plan(std::move(plan)), context(context), memory(memoryOf(context)) {}
+    Grouping(GroupPlan plan, RunContext& context)
+        : plan(std::move(plan)), context(context), memory(memoryOf(context)) {}
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<GroupState>(plan, memory); }
     void markColumns(std::vector<bool>& needed) const override { plan.markColumns(needed); }

@@ -24,7 +24,8 @@ Expression compiled(const std::string& input, const std::string& text, const Sch
     try {
         Expression expression(text, schema);
         if (expression.isList()) {
-            throw Failure(input, velmorak::quoted(text) + " is a list in each row; use Explode before, or first(" + text + ")");
+            throw Failure(
+                input, velmorak::quoted(text) + " is a list in each row; use Explode before, or first(" + text + ")");
         }
         return expression;
     } catch (const Failure& failure) {
@@ -109,8 +110,8 @@ void GroupPlan::addKeys(const std::string& text, const Schema& schema) {
         if (!isNamed && column.empty()) {
             throw Failure("keys", velmorak::quoted(entry.condition) + " needs a name; write name: " + entry.condition);
         }
-        keys.push_back({isNamed ? entry.name : column, entry.condition, compiled("keys", entry.condition, schema),
-                        std::nullopt});
+        keys.push_back(
+            {isNamed ? entry.name : column, entry.condition, compiled("keys", entry.condition, schema), std::nullopt});
         types.push_back(keys.back().expression.type());
     }
 }
@@ -139,7 +140,8 @@ void GroupPlan::bin(const std::string& name, const std::string& edges) {
 
 void GroupPlan::addColumn(const std::string& input, ColumnInfo column) {
     if (result.find(column.name)) {
-        throw Failure(input, "two columns of the result are called " + velmorak::quoted(column.name) + "; name one of them");
+        throw Failure(input,
+                      "two columns of the result are called " + velmorak::quoted(column.name) + "; name one of them");
     }
     result.add(std::move(column));
 }

@@ -202,8 +202,9 @@ Ports JoinKind::ports(const ValueTexts&) const {
         {{.name = "table", .description = "First table; its rows keep their order.", .type = ValueType::Table},
          {.name = "with", .description = "Second table, whose columns are added.", .type = ValueType::Table},
          {.name = "keys",
-          .description = "Columns or expressions that must be equal, separated by semicolons: run; or, where the second "
-                         "table calls them otherwise, run = number; detector = id.",
+          .description =
+              "Columns or expressions that must be equal, separated by semicolons: run; or, where the second "
+              "table calls them otherwise, run = number; detector = id.",
           .type = ValueType::Text},
          {.name = "rows",
           .description = "Left: all rows of the first table. Inner: those with rows of the second table. Anti: those "
@@ -222,8 +223,9 @@ Ports JoinKind::ports(const ValueTexts&) const {
           .description = "Where the range ends, which is still in it. Empty: where the next range begins.",
           .type = ValueType::Text},
          {.name = "columns",
-          .description = "Names of the columns of the second table to add, separated by blanks or commas. Empty: all but "
-                         "keys that have the same name in both tables.",
+          .description =
+              "Names of the columns of the second table to add, separated by blanks or commas. Empty: all but "
+              "keys that have the same name in both tables.",
           .type = ValueType::Text},
          {.name = "prefix",
           .description = "Text before the names of the added columns, for names that both tables have.",

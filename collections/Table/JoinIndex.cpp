@@ -147,10 +147,12 @@ JoinIndex::KeyWords JoinIndex::wordsOf(const std::vector<ColumnPtr>& columns, st
         if (columns[i]->type() == ColumnType::Text) {
             add(columns[i]->texts(), std::hash<std::string>(), [](const std::string& text) { return text.empty(); });
         } else if (columns[i]->type() == ColumnType::Integer) {
-            add(columns[i]->integers(), [](std::int64_t value) { return static_cast<std::uint64_t>(value); },
+            add(
+                columns[i]->integers(), [](std::int64_t value) { return static_cast<std::uint64_t>(value); },
                 [](std::int64_t) { return false; });
         } else {
-            add(columns[i]->reals(), [](double value) { return wordOf(value); },
+            add(
+                columns[i]->reals(), [](double value) { return wordOf(value); },
                 [](double value) { return std::isnan(value); });
         }
     }
@@ -183,8 +185,8 @@ void JoinIndex::addInRange(std::uint32_t group, std::uint64_t value, std::vector
     }
     const auto begin = rows.rows.begin() + rows.offsets[group];
     const auto end = rows.rows.begin() + rows.offsets[group + 1];
-    const auto after = std::upper_bound(
-        begin, end, value, [this](std::uint64_t wanted, std::uint32_t row) { return wanted < from[row]; });
+    const auto after = std::upper_bound(begin, end, value,
+                                        [this](std::uint64_t wanted, std::uint32_t row) { return wanted < from[row]; });
     if (to.empty()) {
         if (after != begin) {
             found.push_back(*(after - 1));

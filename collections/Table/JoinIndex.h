@@ -60,8 +60,8 @@ private:
     Words to;                  ///< Empty if a range ends where the next one begins.
     std::uint32_t count = 0;
     RowGroups groups;
-    RowsByGroup rows;        ///< Those of a group by the beginnings of their ranges, if there are ranges.
-    Words largestEnd;        ///< Of the rows of the group up to this one, in the order of rows.
+    RowsByGroup rows;         ///< Those of a group by the beginnings of their ranges, if there are ranges.
+    Words largestEnd;         ///< Of the rows of the group up to this one, in the order of rows.
     std::vector<Slot> slots;  ///< Hash table, at most half full.
 };
 

@@ -133,13 +133,12 @@ void JoinPlan::addRange(const Arguments& arguments, const Schema& first, const S
     if (value.empty()) {
         return;
     }
-    interval.emplace(Range{number("value", value, first, "first"), number("from", from, second, "second"),
-                           std::nullopt});
+    interval.emplace(
+        Range{number("value", value, first, "first"), number("from", from, second, "second"), std::nullopt});
     if (!to.empty()) {
         interval->to.emplace(number("to", to, second, "second"));
     }
-    interval->isReal =
-        isReal(interval->value) || isReal(interval->from) || (interval->to && isReal(*interval->to));
+    interval->isReal = isReal(interval->value) || isReal(interval->from) || (interval->to && isReal(*interval->to));
 }
 
 void JoinPlan::chooseColumns(const Arguments& arguments, const Schema& second) {

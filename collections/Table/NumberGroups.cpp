@@ -169,8 +169,7 @@ void NumberGroups<Number>::fill(const Column& values, const RowsByGroup& rows) {
             }
         }
         all.push_back(NumberSums<Number>::of(ofGroup));
-        all.back().missing =
-            static_cast<std::int64_t>(rows.offsets[group + 1] - rows.offsets[group] - ofGroup.size());
+        all.back().missing = static_cast<std::int64_t>(rows.offsets[group + 1] - rows.offsets[group] - ofGroup.size());
         if (isKept) {
             keptNumbers += ofGroup.size();
             kept.push_back(ofGroup);

@@ -115,9 +115,9 @@ bool SortedReader::next(Chunk& chunk) {
     }
     chunk.rows = picks.size();
     for (std::size_t column = 1; column <= columns.size() && !picks.empty(); ++column) {
-        chunk.columns.push_back(std::visit(
-            [&]<typename Values>(const Values&) { return gathered<Values>(blocks, picks, column); },
-            blocks.front()[column]->values));
+        chunk.columns.push_back(
+            std::visit([&]<typename Values>(const Values&) { return gathered<Values>(blocks, picks, column); },
+                       blocks.front()[column]->values));
     }
     return !picks.empty();
 }

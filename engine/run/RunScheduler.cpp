@@ -322,7 +322,7 @@ void RunScheduler::evaluateUnfilled(const Accumulator& accumulator, std::size_t 
 void RunScheduler::freeStoredTables() {
     const std::set<std::size_t> isRead = passPlanner.storedTablesToRead();
     for (std::size_t i = 0; i < state.runs.size(); ++i) {
-        if (!isRead.contains(i)) {
+        if (state.plan.storesTable(i) && !isRead.contains(i)) {
             state.freeTables(i);
         }
     }

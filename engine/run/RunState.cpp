@@ -56,8 +56,8 @@ bool RunState::hasArguments(std::size_t position) const {
         return !plan.isStream(feeder) || storedTable(feeder) != nullptr;
     });
     return areCollected && std::all_of(upstream.begin(), upstream.end(), [&](std::size_t feeder) {
-        return plan.isStream(feeder) || isDone(feeder) || (hasFailed(feeder) && mayGoWithout(position, feeder));
-    });
+               return plan.isStream(feeder) || isDone(feeder) || (hasFailed(feeder) && mayGoWithout(position, feeder));
+           });
 }
 
 bool RunState::mayGoWithout(std::size_t position, std::size_t feeder) const {

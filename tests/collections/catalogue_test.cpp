@@ -56,8 +56,8 @@ TEST(Catalogue, offersTheKindsByGroup) {
           "Combine", "Project", "Cumulative", "Compare", "Statistics", "QuantileEdges"}},
         {"Output", {"Plot", "AidaWriter", "CsvWriter", "RootWriter", "Print", "Report", "YodaWriter"}},
         {"Table",
-         {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode", "GroupBy", "Join", "Sort",
-          "Unique", "Sample", "Tail", "Rename", "Window", "Resample"}},
+         {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode", "GroupBy", "Join", "Sort", "Unique",
+          "Sample", "Tail", "Rename", "Window", "Resample"}},
     };
     std::map<std::string, Names> found;
     for (const auto& group : shippedGroups()) {

@@ -139,6 +139,26 @@ def check_joined(folder, text):
     return expected["gain"].isna().sum()
 
 
+def check_failures(runner, folder):
+    """What needs a table that cannot be read is not run; the rest of the pipeline is."""
+    pipeline = {"zedra": 1, "plugins": [
+        plugin("Rows", "CsvTable", file="runs.csv"),
+        plugin("Missing", "CsvTable", file="missing.csv"),
+        plugin("Joined", "Join", table=["Rows", "table"], with_=["Missing", "table"], keys="number"),
+        plugin("Lost", "CsvWriter", object=["Joined", "table"], file="lost.csv"),
+        plugin("Itself", "Join", table=["Rows", "table"], with_=["Rows", "table"], keys="number", prefix="same_"),
+        plugin("Kept", "CsvWriter", object=["Itself", "table"], file="kept.csv"),
+    ]}
+    (folder / "failing.zedra").write_text(json.dumps(pipeline), encoding="utf-8")
+    done = subprocess.run([runner, "failing.zedra", "--results", "failing"], cwd=folder, stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT)
+    text = done.stdout.decode()
+    assert done.returncode != 0 and 'not run because of "Missing"' in text, text
+    kept = list(csv.DictReader((folder / "failing" / "kept.csv").read_text(encoding="utf-8").splitlines()))
+    assert len(kept) == 390 and all(line["gain"] == line["same_gain"] for line in kept)
+    assert not (folder / "failing" / "lost.csv").exists()
+
+
 def main():
     runner = sys.argv[1]
     with tempfile.TemporaryDirectory() as name:
@@ -153,6 +173,7 @@ def main():
             assert run(runner, folder, "threads" + threads, VELMORAK_THREADS=threads)[0] == one, threads
         assert run(runner, folder, "small", VELMORAK_MEMORY_LIMIT="16MB")[0] == one, "with little memory"
         assert run_in_parts(runner, folder) == one, "in parts"
+        check_failures(runner, folder)
         print("%d rows in %d bytes are right" % (ROWS, sum(len(text) for text in one.values())))
 
 

@@ -78,8 +78,7 @@ TEST(GroupBy, valuesThatAreMissingAreLeftOutAndCounted) {
 }
 
 TEST(GroupBy, missingKeysAreTheLastGroupAndZerosAreOne) {
-    const SmallTable made =
-        grouped("k", "count", tableOf({{"k", {nan, -infinity, 0.0, -0.0, -nan, infinity, -3}}}, 3));
+    const SmallTable made = grouped("k", "count", tableOf({{"k", {nan, -infinity, 0.0, -0.0, -nan, infinity, -3}}}, 3));
     EXPECT_THAT(made.column("k"), ElementsAre(-infinity, -3.0, 0.0, infinity, IsNan()));
     EXPECT_EQ(made.column("count"), (Reals{1, 1, 2, 1, 2}));
 }
@@ -121,8 +120,8 @@ TEST(GroupBy, integersBeyondThoseOfRealsStayExact) {
 }
 
 TEST(GroupBy, aMeanOfTruthValuesIsAnEfficiency) {
-    const SmallTable made = grouped("run", "efficiency: mean(x > 2)",
-                                    tableOf({{"run", {1, 1, 1, 1}}, {"x", {1, 3, 4, 5}}}, 3));
+    const SmallTable made =
+        grouped("run", "efficiency: mean(x > 2)", tableOf({{"run", {1, 1, 1, 1}}, {"x", {1, 3, 4, 5}}}, 3));
     EXPECT_EQ(made.column("efficiency"), (Reals{0.75}));
     EXPECT_DOUBLE_EQ(made.column("efficiency_error")[0], std::sqrt(0.75 * 0.25 / 4.0));
 }
@@ -237,7 +236,9 @@ TEST(GroupBy, aStateThatWasSavedAndLoadedGoesOn) {
 
 TEST(GroupBy, damagedStatesAreRefusedOrLoaded) {
     KindHarness bench("GroupBy");
-    bench.set("keys", "k").set("aggregates", "median(x); count").wire("table", tableOf({{"k", {1, 2}}, {"x", {3, 4}}}, 2));
+    bench.set("keys", "k")
+        .set("aggregates", "median(x); count")
+        .wire("table", tableOf({{"k", {1, 2}}, {"x", {3, 4}}}, 2));
     const auto prepared = bench.accumulation();
     auto state = prepared->newState();
     state->fill(tableOf({{"k", {1, 2}}, {"x", {3, 4}}}, 2).chunks[0]);

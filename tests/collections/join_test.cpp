@@ -72,8 +72,8 @@ TEST(Join, aRowComesOnceWithEachRowThatMatches) {
 }
 
 TEST(Join, keysMayHaveOtherNamesAndTypes) {
-    SmallTable second{Schema({{.name = "number", .type = ColumnType::Integer}, {.name = "name", .type = ColumnType::Text}}),
-                      {}};
+    SmallTable second{
+        Schema({{.name = "number", .type = ColumnType::Integer}, {.name = "name", .type = ColumnType::Text}}), {}};
     second.chunks.push_back(
         {.rows = 2, .columns = {columnOf(std::vector<std::int64_t>{2, 3}), columnOf(Column::Texts{"two", "three"})}});
     KindHarness bench("Join");
@@ -88,10 +88,10 @@ TEST(Join, joinsBySeveralKeysWithTexts) {
                               {.name = "run", .type = ColumnType::Integer},
                               {.name = "n", .type = ColumnType::Integer}}),
                       {}};
-    second.chunks.push_back({.rows = 4,
-                             .columns = {columnOf(Column::Texts{"b", "a", "a", ""}),
-                                         columnOf(std::vector<std::int64_t>{1, 2, 1, 1}),
-                                         columnOf(std::vector<std::int64_t>{10, 20, 30, 40})}});
+    second.chunks.push_back(
+        {.rows = 4,
+         .columns = {columnOf(Column::Texts{"b", "a", "a", ""}), columnOf(std::vector<std::int64_t>{1, 2, 1, 1}),
+                     columnOf(std::vector<std::int64_t>{10, 20, 30, 40})}});
     KindHarness bench("Join");
     bench.set("keys", "side; run");
     const SmallTable made = joined(bench, first, second);
@@ -116,8 +116,7 @@ TEST(Join, findsTheRangeInWhichAValueLies) {
 }
 
 TEST(Join, aRangeWithoutEndEndsWhereTheNextBegins) {
-    const SmallTable ranges =
-        tableOf({{"detector", {1, 1, 2}}, {"since", {10, 20, 15}}, {"gain", {0.1, 0.2, 0.3}}}, 2);
+    const SmallTable ranges = tableOf({{"detector", {1, 1, 2}}, {"since", {10, 20, 15}}, {"gain", {0.1, 0.2, 0.3}}}, 2);
     KindHarness bench("Join");
     bench.set("keys", "detector").set("value", "run").set("from", "since").set("columns", "gain");
     const SmallTable made =
@@ -147,8 +146,7 @@ TEST(Join, anEmptySecondTableMatchesNothing) {
 TEST(Join, listsOfTheSecondTableComeWhole) {
     SmallTable second = tableOf({{"run", {1, 2}}}, 2);
     second.schema.add({.name = "hits", .type = ColumnType::Real, .isList = true});
-    second.chunks[0].columns.push_back(
-        std::make_shared<const Column>(Column{Column::Reals{7, 8, 9}, {0, 1, 3}}));
+    second.chunks[0].columns.push_back(std::make_shared<const Column>(Column{Column::Reals{7, 8, 9}, {0, 1, 3}}));
     KindHarness bench("Join");
     bench.set("keys", "run");
     const SmallTable made = joined(bench, tableOf({{"run", {2, 3, 1}}}, 3), second);
@@ -177,7 +175,8 @@ TEST(Join, isTheSameWithItsRowsOnDisk) {
         bench.limitMemory(bytes);
         const SmallTable found = made(bench);
         for (const char* column : {"k", "a", "b"}) {
-            EXPECT_THAT(found.column(column), testing::Pointwise(testing::NanSensitiveDoubleEq(), expected.column(column)));
+            EXPECT_THAT(found.column(column),
+                        testing::Pointwise(testing::NanSensitiveDoubleEq(), expected.column(column)));
         }
     }
 }
@@ -197,12 +196,15 @@ TEST(Join, mistakesAreToldWithTheirInput) {
     EXPECT_THAT(failureOf({{"keys", "run = ran"}}, constants()), HasSubstr("keys: in the second table: "));
     EXPECT_THAT(failureOf({{"keys", "run = name"}}, withTexts("name", {"a"}, "n", {1})),
                 HasSubstr("\"name\" is a text and \"run\" a number"));
-    EXPECT_THAT(failureOf({{"keys", "run = gain"}}, constants()), HasSubstr("prefix: both tables have a column \"run\""));
+    EXPECT_THAT(failureOf({{"keys", "run = gain"}}, constants()),
+                HasSubstr("prefix: both tables have a column \"run\""));
     EXPECT_THAT(failureOf({{"value", "run"}}, constants()), HasSubstr("from: a range needs both value and from"));
     EXPECT_THAT(failureOf({{"value", "x"}, {"from", "run"}, {"to", "gain"}, {"columns", "gain"}}, constants()),
                 HasSubstr("to: the range in row 0 of the second table, counted from 0, ends before it begins"));
-    EXPECT_THAT(failureOf({{"keys", "run"}, {"columns", "gian"}}, constants()), HasSubstr("columns: there is no column"));
-    EXPECT_THAT(failureOf({{"keys", "run"}, {"matches", "x"}}, constants()), HasSubstr("matches: the result already has"));
+    EXPECT_THAT(failureOf({{"keys", "run"}, {"columns", "gian"}}, constants()),
+                HasSubstr("columns: there is no column"));
+    EXPECT_THAT(failureOf({{"keys", "run"}, {"matches", "x"}}, constants()),
+                HasSubstr("matches: the result already has"));
 }
 
 TEST(Join, tooManyMatchesAreRefusedBeforeTheMemoryIsFull) {

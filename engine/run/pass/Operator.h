@@ -27,7 +27,8 @@ struct OperatorInstance {
 
     bool operator==(const OperatorInstance&) const = default;
     bool operator<(const OperatorInstance& other) const {
-        return std::tie(node, firstSegment, isCollecting) < std::tie(other.node, other.firstSegment, other.isCollecting);
+        return std::tie(node, firstSegment, isCollecting) <
+               std::tie(other.node, other.firstSegment, other.isCollecting);
     }
 };
 

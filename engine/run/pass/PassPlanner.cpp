@@ -99,10 +99,9 @@ std::set<std::size_t> PassPlanner::storedTablesToRead() const {
         const std::size_t at = open.back();
         open.pop_back();
         for (const std::size_t feeder : state.plan.upstream(at)) {
-            if (state.storedTable(feeder)) {
+            if (state.plan.storesTable(feeder)) {
                 found.insert(feeder);
-            }
-            if (state.plan.isStream(feeder) && known.insert(feeder).second) {
+            } else if (state.plan.isStream(feeder) && known.insert(feeder).second) {
                 open.push_back(feeder);
             }
         }

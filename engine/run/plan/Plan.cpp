@@ -191,8 +191,7 @@ void Plan::findSegments() {
         } else {
             for (const std::size_t feeder : tables[node]) {
                 const std::vector<std::size_t> stored{feeder};
-                const std::vector<std::size_t>& more =
-                    storesTable(feeder) ? stored : segmentLists[segmentsOf[feeder]];
+                const std::vector<std::size_t>& more = storesTable(feeder) ? stored : segmentLists[segmentsOf[feeder]];
                 segments.insert(segments.end(), more.begin(), more.end());
             }
         }
@@ -283,7 +282,8 @@ std::string Plan::categoryError(std::size_t node) const {
         if (!carriesTable(input)) {
             continue;
         }
-        if (first && categories[node] != KindCategory::Concatenation && !takesWholeTable(*this, pipeline, node, input)) {
+        if (first && categories[node] != KindCategory::Concatenation &&
+            !takesWholeTable(*this, pipeline, node, input)) {
             return aboutInput(input.spec.name, "input \"" + first->spec.name +
                                                    "\" is wired to a table already; a plug-in takes only one");
         }
