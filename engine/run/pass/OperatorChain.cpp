@@ -9,8 +9,6 @@
 namespace velmorak {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 Chunk counted(const Chunk& chunk, const OperatorOutput& output) {
     Chunk copy = chunk;
     copy.rowsBefore = output.rowsBefore;
@@ -193,12 +191,12 @@ void OperatorChain::look(std::size_t position, ChunkTask& task, const Chunk* tab
     if (!table || task.error || isOver || task.sequence > op.failedAt || state.isStopping()) {
         return;
     }
-    const Clock::time_point begin = Clock::now();
+    const auto begin = state.environment.clock();
     output.error = state.call(op.node, [&] { output.seen = op.ordered->look(counted(*table, output)); });
     if (output.error) {
         lower(op.failedAt, task.sequence);
     }
-    output.time += Clock::now() - begin;
+    output.time += state.environment.clock() - begin;
 }
 
 void OperatorChain::execute(ChunkTask& task, std::size_t stage) {
@@ -226,14 +224,14 @@ void OperatorChain::executeOperator(std::size_t position, ChunkTask& task) {
     if (!parent.op && !sources.complete(task)) {
         return;
     }
-    const Clock::time_point begin = Clock::now();
+    const auto begin = state.environment.clock();
     output.rowsIn = table->rows;
     output.error = state.call(op.node, [&] { compute(op, parent, *table, output); });
     output.rowsOut = output.table ? output.table->rows : 0;
     if (output.error) {
         lower(op.failedAt, task.sequence);
     }
-    output.time += Clock::now() - begin;
+    output.time += state.environment.clock() - begin;
 }
 
 void OperatorChain::release(ChunkTask& task) {
