@@ -8,8 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace {
-
 /// As in <dlfcn.h> since glibc 2.35, on processors without DLFO_STRUCT_HAS_EH_DBASE.
 struct FoundObject {
     unsigned long long flags;
@@ -19,6 +17,8 @@ struct FoundObject {
     void* unwindTable;
     unsigned long long reserved[7];
 };
+
+namespace {
 
 struct Search {
     ElfW(Addr) address;
@@ -57,15 +57,19 @@ int look(dl_phdr_info* object, std::size_t, void* data) {
 
 }  // namespace
 
-extern "C" {
+// Under names of their own here: the headers may declare the real ones, or not.
+#define VISIBLE_AS(name) __asm__(name) __attribute__((visibility("default")))
+int findObject(void* address, FoundObject* found) VISIBLE_AS("_dl_find_object");
+void fillRandomly(void* buffer, std::size_t size) VISIBLE_AS("arc4random_buf");
+std::uint32_t randomNumber() VISIBLE_AS("arc4random");
 
-__attribute__((visibility("default"))) int _dl_find_object(void* address, FoundObject* found) {
+int findObject(void* address, FoundObject* found) {
     Search search{reinterpret_cast<ElfW(Addr)>(address), found};
     const bool isFound = dl_iterate_phdr(look, &search) == 1 && found->unwindTable != nullptr;
     return isFound ? 0 : -1;
 }
 
-__attribute__((visibility("default"))) void arc4random_buf(void* buffer, std::size_t size) {
+void fillRandomly(void* buffer, std::size_t size) {
     auto* const bytes = static_cast<unsigned char*>(buffer);
     for (std::size_t done = 0; done < size;) {
         const ssize_t count = getrandom(bytes + done, size - done, 0);
@@ -76,9 +80,8 @@ __attribute__((visibility("default"))) void arc4random_buf(void* buffer, std::si
     }
 }
 
-__attribute__((visibility("default"))) std::uint32_t arc4random() {
+std::uint32_t randomNumber() {
     std::uint32_t number = 0;
-    arc4random_buf(&number, sizeof number);
+    fillRandomly(&number, sizeof number);
     return number;
-}
 }

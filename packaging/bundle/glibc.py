@@ -4,7 +4,8 @@
 usage: glibc.py list VERSION FILE|FOLDER...   lists what is newer than VERSION, as 2.34; exit status 1 if there is any
        glibc.py lower VERSION FILE...         asks for these functions without a version; prints the files it has changed
 
-Without a version, the loader takes the oldest one of a function, or else the function of another library.
+Without a version, the loader takes the function that the C library has, the oldest if it has several, or else that of
+another library.
 """
 
 import pathlib

@@ -28,11 +28,23 @@ struct Collector : Registry {
     std::unique_ptr<FileFormats> known = std::make_unique<FileFormats>();
 };
 
+/// The folders that the build names, separated by colons.
+std::vector<fs::path> collectionFolders() {
+    std::vector<fs::path> folders;
+    std::istringstream names(VELMORAK_TEST_COLLECTIONS);
+    for (std::string name; std::getline(names, name, ':');) {
+        folders.emplace_back(name);
+    }
+    return folders;
+}
+
 Collector loadAll() {
     Collector collector;
     std::set<std::string> groups;
-    for (const auto& folder : fs::directory_iterator(VELMORAK_TEST_COLLECTIONS)) {
-        groups.insert(folder.path().filename());
+    for (const fs::path& collections : collectionFolders()) {
+        for (const auto& folder : fs::directory_iterator(collections)) {
+            groups.insert(folder.path().filename());
+        }
     }
     for (const std::string& group : groups) {
         void* handle = dlopen((collectionFolder(group) / (group + ".so")).c_str(), RTLD_LAZY | RTLD_LOCAL);
@@ -124,7 +136,12 @@ const Kind& shippedKind(const std::string& name) {
 }
 
 fs::path collectionFolder(const std::string& group) {
-    return fs::path(VELMORAK_TEST_COLLECTIONS) / group;
+    for (const fs::path& collections : collectionFolders()) {
+        if (fs::is_directory(collections / group)) {
+            return collections / group;
+        }
+    }
+    throw std::runtime_error("no collection " + group);
 }
 
 std::string textIn(const fs::path& file) {

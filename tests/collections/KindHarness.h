@@ -12,7 +12,7 @@
 
 namespace velmorak::test {
 
-/// All shipped kinds by group, as their collections register them.
+/// All kinds by group, as their collections register them: the shipped ones, and those of the author's own build.
 struct ShippedGroup {
     std::string name;
     std::vector<std::unique_ptr<Kind>> kinds;
@@ -20,7 +20,7 @@ struct ShippedGroup {
 const std::vector<ShippedGroup>& shippedGroups();
 const Kind& shippedKind(const std::string& name);
 
-/// Where the build tree holds a collection.
+/// Where a collection is. @throws std::runtime_error if there is none.
 std::filesystem::path collectionFolder(const std::string& group);
 
 std::string textIn(const std::filesystem::path& file);
@@ -36,7 +36,8 @@ struct SmallTable {
 /// A table of real columns, cut into chunks of the given length.
 SmallTable tableOf(const std::vector<std::pair<std::string, std::vector<double>>>& columns, std::size_t chunkLength);
 
-/// One plug-in on the bench: values and wires go in, the kind does its work, results come out.
+/// One plug-in on the bench: values and wires go in, the kind does its work, results come out. It is installed for the
+/// authors of kinds too (velmorak_add_kind_test in the CMake package).
 class KindHarness : public RunContext, public LimitedRun {
 public:
     explicit KindHarness(const std::string& kindName, std::string pluginName = "bench");

@@ -6,6 +6,7 @@ usage: check_glibc.py SOURCE COMPILER
 
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -88,18 +89,23 @@ def main(source, compiler):
         told = place.glibc("list", "2.34", ".", status=1)
         assert "libtested.so: GLIBC_2.36: arc4random_buf" in told, told
         for name in names:
-            place.run("patchelf", "--set-rpath", "$ORIGIN", "--add-needed", "libnewer.so", name)
+            # At once, patchelf 0.14 sets a wrong path.
+            place.run("patchelf", "--set-rpath", "$ORIGIN", name)
+            place.run("patchelf", "--add-needed", "libnewer.so", name)
         assert place.glibc("lower", "2.34", *names).split() == names
         assert place.glibc("lower", "2.34", *names) == ""
         told = place.glibc("list", "2.34", ".")
         assert "5 files, 0 with" in told, told
         assert "arc4random_buf@GLIBC" not in place.run("readelf", "--dyn-syms", "-W", "libtested.so")
-        bound = place.run("./program", LD_DEBUG="bindings", LD_BIND_NOW="1", LD_LIBRARY_PATH=folder)
+        # Here the C library has the functions; preloaded, ours take their place as on a system that lacks them.
+        assert "thrown 1" in place.run("./program")
+        bound = place.run("./program", LD_PRELOAD="./libnewer.so", LD_DEBUG="bindings", LD_BIND_NOW="1")
         assert "thrown 1" in bound, bound[-300:]
         for symbol in ("arc4random_buf", "_dl_find_object"):
-            assert f"libnewer.so [0]: normal symbol `{symbol}'" in bound, symbol
+            binding = rf"lib(tested|gcc_s)\.so\S* \[0\] to \S*libnewer\.so \[0\]: normal symbol `{symbol}'"
+            assert re.search(binding, bound), [each for each in bound.splitlines() if symbol in each]
         # What has no substitute is refused, and files of other kinds.
-        assert "has no substitute" in place.glibc("lower", "2.2", "libtested.so", status=1)
+        assert "has no substitute" in place.glibc("lower", "2.1", "libtested.so", status=1)
         (place.folder / "text").write_text("no program")
         assert place.glibc("lower", "2.34", "text") == ""
         whole = (place.folder / "libtested.so").read_bytes()

@@ -60,7 +60,7 @@ def check_installed(source, control):
     assert {line.rsplit("/", 1)[1] for line in every if line.startswith("usr/bin/")} == programs
     for program in programs:
         owners = {package for package, each in lines.items() for line in each
-                  if line.rsplit("/", 1)[1] in (program, f"{program}.1", f"_{program}", f"{program}.fish")}
+                  if re.search(rf"(/bin/|/man1/|completions(\.d)?/)_?{program}(\.1|\.fish)?$", line)}
         assert len(owners) == 1, (program, owners)
 
 

@@ -5,8 +5,8 @@
 
 #include <velmorak/Value.h>
 
-#include <CLI/CLI.hpp>
 #include <velmorak-run/Help.h>
+#include <CLI/CLI.hpp>
 
 namespace {
 

@@ -4,8 +4,8 @@
 
 #include "run/announce/RuntimeFolder.h"
 
-#include <CLI/CLI.hpp>
 #include <velmorak-view/Help.h>
+#include <CLI/CLI.hpp>
 
 #include <fcntl.h>
 #include <spawn.h>

@@ -39,6 +39,27 @@ VELMORAK_COLLECTION(registry) {
 }
 """
 
+# A test of a collection, as its author writes it.
+TEST = r"""
+#include <KindHarness.h>
+
+#include <cstdio>
+
+using namespace velmorak::test;
+
+int main() {
+    KindHarness polar("Polar");
+    polar.set("x", "a").set("y", "2 * a").wire("table", tableOf({{"a", {3.0, -1.0, 0.0}}}, 2)).run();
+    const std::vector<double> radii = polar.table().column("r");
+    // Kinds of Velmorak itself are there, to make what the tested one reads.
+    KindHarness filter("Filter");
+    filter.set("condition", "r > 1").wire("table", polar.table()).run();
+    const bool isRight = radii.size() == 3 && radii[2] == 0.0 && filter.table().column("r").size() == 2;
+    std::printf("%zu rows, %s\n", radii.size(), polar.set("x", "a +").failure().c_str());
+    return isRight ? 0 : 1;
+}
+"""
+
 
 class Author:
     def __init__(self, prefix, folder):
@@ -92,6 +113,17 @@ def broken_kinds_do_not(author):
     assert "FAILED: Outside on 100000 random rows" in told and "heap-buffer-overflow" in told, told
 
 
+def kinds_are_tested_on_the_bench(author):
+    folder = author.folder / "MyPolar"
+    (folder / "PolarTest.cpp").write_text(TEST)
+    text = (folder / "CMakeLists.txt").read_text()
+    (folder / "CMakeLists.txt").write_text(text + "velmorak_add_kind_test(PolarTest PolarTest.cpp)\n")
+    author.kind("build", "MyPolar")
+    told = author.run("ctest", "--test-dir", folder / "build", "-V", "-R", "^PolarTest$", "--no-tests=error").stdout
+    assert "3 rows, x: " in told, told
+    (folder / "CMakeLists.txt").write_text(text)
+
+
 def outputs_are_printed(author):
     table = author.folder / "table.csv"
     table.write_text("x,y\n3,4\n")
@@ -141,9 +173,9 @@ def mistakes_are_refused(author):
 def main(prefix):
     with tempfile.TemporaryDirectory() as folder:
         author = Author(pathlib.Path(prefix).resolve(), pathlib.Path(folder))
-        for check in (shapes_build_and_pass_their_tests, sound_kinds_pass_the_check, broken_kinds_do_not,
-                      outputs_are_printed, installed_kinds_are_found, pkg_config_knows_the_flags,
-                      mistakes_are_refused):
+        for check in (shapes_build_and_pass_their_tests, kinds_are_tested_on_the_bench, sound_kinds_pass_the_check,
+                      broken_kinds_do_not, outputs_are_printed, installed_kinds_are_found,
+                      pkg_config_knows_the_flags, mistakes_are_refused):
             check(author)
             print(check.__name__)
     return 0
