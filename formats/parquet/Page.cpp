@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 namespace velmorak::parquet {
 
@@ -52,7 +53,7 @@ Bytes take(Bytes& bytes, std::size_t count) {
 }  // namespace
 
 std::size_t DecodedPage::bytes() const {
-    return bytesIn(column) + column.offsets.size() * sizeof(column.offsets[0]);
+    return bytesIn(column) + column.offsets.size() * sizeof(column.offsets[0]) + block.size();
 }
 
 columnar::Block PageReader::raw(const PageSpot& spot) const {
@@ -150,7 +151,7 @@ Column PageReader::values(const Content& content, const PageHeader& header, std:
 }
 
 DecodedPage PageReader::page(const PageSpot& spot, const Column* dictionary, ColumnType type) const {
-    const Content parts = content(spot);
+    Content parts = content(spot);
     if (leaf.isList()) {
         return list(parts, spot, dictionary, type);
     }
@@ -158,14 +159,28 @@ DecodedPage PageReader::page(const PageSpot& spot, const Column* dictionary, Col
     const auto present = static_cast<std::size_t>(
         definitions.empty() ? spot.header.values
                             : std::count(definitions.begin(), definitions.end(), leaf.maxDefinition));
+    if (present == spot.header.values && isStoredAsIs(parts, spot.header, type)) {
+        const Bytes stored = parts.values.first(present * sizeof(double));
+        return {.column = {}, .block = std::move(parts.block), .stored = stored};
+    }
     Column dense = values(parts, spot.header, present, dictionary, type);
     if (present == spot.header.values) {
-        return {std::move(dense)};
+        return {.column = std::move(dense)};
     }
     std::vector<std::uint8_t> isPresent(definitions.size());
     std::transform(definitions.begin(), definitions.end(), isPresent.begin(),
                    [this](unsigned level) { return level == leaf.maxDefinition ? 1 : 0; });
-    return {columnar::spread(std::move(dense), isPresent)};
+    return {.column = columnar::spread(std::move(dense), isPresent)};
+}
+
+/// Whether the values of a page without missing ones are in its bytes as they are in memory.
+bool PageReader::isStoredAsIs(const Content& content, const PageHeader& header, ColumnType type) const {
+    const SchemaElement& element = leaf.element;
+    const bool isReal = element.type == Physical::Double && type == ColumnType::Real;
+    const bool isInteger = element.type == Physical::Int64 && type == ColumnType::Integer;
+    const bool hasMeaning = element.meaning != Meaning::None && element.meaning != Meaning::Integer;
+    return std::endian::native == std::endian::little && header.encoding == Encoding::Plain && !hasMeaning &&
+           (isReal || isInteger) && header.values > 0 && content.values.size() / sizeof(double) >= header.values;
 }
 
 /// Lists of lists are joined: every repetition above 0 continues the row.
@@ -188,7 +203,7 @@ DecodedPage PageReader::list(const Content& content, const PageSpot& spot, const
         throw Failure("a page does not have the rows that its header says");
     }
     offsets.push_back(isPresent.size());
-    DecodedPage page{columnar::spread(values(content, spot.header, present, dictionary, type), isPresent)};
+    DecodedPage page{.column = columnar::spread(values(content, spot.header, present, dictionary, type), isPresent)};
     page.column.offsets = std::move(offsets);
     return page;
 }

@@ -19,7 +19,11 @@ struct PageSpot {
 
 /// The rows that begin in a page. A list column has elements before offsets[0] where the page continues a row.
 struct DecodedPage {
-    Column column;
+    Column column;            ///< Empty if there are stored values.
+    columnar::Block block{};  ///< Holds the stored values.
+    Bytes stored{};           ///< Reals or integers of a column without lists, as they are in memory.
+
+    bool isStored() const { return !stored.empty(); }
 
     std::size_t bytes() const;
 };
@@ -46,6 +50,7 @@ private:
     std::vector<std::uint8_t> levels(Bytes& bytes, Encoding encoding, unsigned maximum, std::size_t count) const;
     Column values(const Content& content, const PageHeader& header, std::size_t count, const Column* dictionary,
                   ColumnType type) const;
+    bool isStoredAsIs(const Content& content, const PageHeader& header, ColumnType type) const;
     DecodedPage list(const Content& content, const PageSpot& spot, const Column* dictionary, ColumnType type) const;
 
     const columnar::FileBytes& file;

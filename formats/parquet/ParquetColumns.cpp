@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace velmorak::parquet {
 namespace {
@@ -15,8 +16,28 @@ constexpr std::size_t maxPageBytes = std::size_t{512} << 20U;
 constexpr std::size_t maxChunkBytes = std::size_t{256} << 20U;
 constexpr std::string_view unitKey = "velmorak.unit.";
 
+/// Appends values that are stored as they are in memory.
+void appendStored(Bytes stored, std::uint64_t first, std::uint64_t last, Column& target) {
+    const auto append = [&](auto& values) {
+        const std::size_t before = values.size();
+        values.resize(before + (last - first));
+        std::memcpy(values.data() + before, stored.data() + first * sizeof(values[0]),
+                    (last - first) * sizeof(values[0]));
+    };
+    if (target.type() == ColumnType::Real) {
+        append(std::get<Column::Reals>(target.values));
+    } else {
+        append(std::get<Column::Integers>(target.values));
+    }
+}
+
 /// Appends rows that begin in a page, after elements with which the page continues the row before.
-void appendPage(const Column& page, bool continues, std::uint64_t first, std::uint64_t last, Column& target) {
+void appendPage(const DecodedPage& decoded, bool continues, std::uint64_t first, std::uint64_t last, Column& target) {
+    const Column& page = decoded.column;
+    if (decoded.isStored()) {
+        appendStored(decoded.stored, first, last, target);
+        return;
+    }
     if (!page.isList()) {
         columnar::appendValues(page, first, last, target);
         return;
@@ -93,6 +114,7 @@ ColumnInfo ParquetColumns::info(std::size_t position) const {
 
 ColumnPtr ParquetColumns::read(std::size_t leaf, ColumnType type, std::uint64_t first, std::uint64_t rows) const {
     auto target = std::make_shared<Column>(columnar::emptyColumn(type, all[leaf].isList()));
+    std::visit([rows](auto& values) { values.reserve(rows); }, target->values);
     const auto after = std::upper_bound(firstRows.begin(), firstRows.end(), first);
     auto group = static_cast<std::size_t>(after - firstRows.begin()) - 1;
     for (; group + 1 < firstRows.size() && firstRows[group] < first + rows; ++group) {
@@ -143,10 +165,10 @@ ColumnPtr ParquetColumns::readGroup(const Range& range, std::uint64_t rows, Colu
             continue;
         }
         const auto page = decoded(range, *found, i, last - first);
-        if (last - first == rows && spot.rows == rows && !page->column.isList()) {
+        if (last - first == rows && spot.rows == rows && !page->column.isList() && !page->isStored()) {
             return ColumnPtr(page, &page->column);
         }
-        appendPage(page->column, continues, first - spot.firstRow, last - spot.firstRow, target);
+        appendPage(*page, continues, first - spot.firstRow, last - spot.firstRow, target);
     }
     return nullptr;
 }
