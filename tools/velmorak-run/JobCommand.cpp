@@ -20,7 +20,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -213,24 +212,6 @@ void leaveNote(const fs::path& results, const std::string& sentence) {
     std::error_code ignored;
     fs::create_directories(results, ignored);
     std::ofstream(results / "PARTIAL.txt") << "These results are partial: " << sentence << ".\n";
-}
-
-/// The settings of the runs of a scan: the last ones of each, which its folder is named after.
-std::vector<std::vector<Setting>> scanPointsOf(const JobPlan& plan) {
-    std::vector<std::vector<Setting>> points;
-    for (const velmorak::PlannedRun& run : plan.runs) {
-        std::vector<std::string> texts;
-        for (auto text = run.settings.rbegin(); text != run.settings.rend(); ++text) {
-            if (folderNameOf(texts) == run.folder) {
-                break;
-            }
-            texts.insert(texts.begin(), *text);
-        }
-        std::vector<Setting> point;
-        std::transform(texts.begin(), texts.end(), std::back_inserter(point), settingOf);
-        points.push_back(std::move(point));
-    }
-    return points;
 }
 
 class Merging {
