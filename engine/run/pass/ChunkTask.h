@@ -18,6 +18,7 @@ struct OperatorOutput {
     std::optional<NodeError> error;
     std::optional<Chunk> table;               ///< Of an operator that passes rows on.
     std::unique_ptr<AccumulatorState> state;  ///< Of an accumulator.
+    std::optional<Chunk> beginning;           ///< First rows of the table, for a listener.
     bool isOver = false;  ///< The operator, or one before it, needs neither this chunk nor a later one of the segment.
     std::uint64_t rowsBefore = 0;
     std::uint64_t rowsIn = 0;
@@ -34,6 +35,7 @@ struct ChunkTask {
     bool isComplete = false;         ///< The source has made the columns, or failed to.
     std::optional<NodeError> error;  ///< Of a source that could not make the columns.
     std::chrono::nanoseconds timeCompleting{0};
+    std::optional<Chunk> beginning;       ///< First rows of the source, for a listener.
     std::vector<OperatorOutput> outputs;  ///< Parallel to the operators.
 };
 
