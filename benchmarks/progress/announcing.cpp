@@ -33,13 +33,11 @@ Pipeline pipelineToRun() {
     QzManager manager("QzAnalysisFactory");
     const std::string text = R"({"zedra": 1, "plugins": [{"name": "Rows", "kind": "RandomTable", "inputs": [
         {"name": "rows", "value": ")" +
-                             textOf(static_cast<double>(rows)) + R"("},
-        {"name": "columns", "value": "x: gauss(0, 1); y: uniform(-5, 5)"
-}]
-})" +
+                             textOf(static_cast<double>(rows)) +
+                             R"~("}, {"name": "columns", "value": "x: gauss(0, 1); y: uniform(-5, 5)"}]})~" +
                              histogram("One", "x") + histogram("Two", "y") + histogram("Both", "x + y") + "]}";
-readDocumentText(manager, text, "announcing.zedra");
-return pipelineOf(manager);
+    readDocumentText(manager, text, "announcing.zedra");
+    return pipelineOf(manager);
 }
 
 enum class Audience { Nobody, Files, Page };

@@ -6,6 +6,7 @@
 #include "StopOnSignal.h"
 
 #include "graph/ManagerExtensions.h"
+#include "run/announce/RuntimeFolder.h"
 #include "run/parts/Bundle.h"
 #include "run/parts/JobFolder.h"
 #include "run/parts/JobRun.h"
@@ -170,6 +171,7 @@ ExitStatus doPart(const JobFolder& job, const JobPlan& plan, std::size_t part, c
         return PartsMissing;
     }
     const velmorak::MovedFiles moved = velmorak::movedFiles(plan, job.path());
+    job.noteWorker(part);
     try {
         velmorak::checkFiles(plan, part, moved);
     } catch (const velmorak::Failure& failure) {
@@ -180,6 +182,7 @@ ExitStatus doPart(const JobFolder& job, const JobPlan& plan, std::size_t part, c
     const velmorak::TemporaryFolder results("part");
     const velmorak::RunReport& report = pipeline.run(signals, partRun, results.path());
     if (report.wasStopped || signals.wasAsked()) {
+        job.forgetWorker(part);
         return WasStopped;
     }
     if (std::string reason = partRun.commit(); !reason.empty()) {
@@ -373,6 +376,7 @@ ExitStatus planJob(QzManager& manager, const Options& options, StopOnSignal& sig
         }
     }
     orUsageError([&] { velmorak::writePlan(job.planFile(), plan); });
+    velmorak::announceJob(job.path());
     printPlan(plan, job.path(), output);
     return AllDone;
 }
@@ -380,6 +384,7 @@ ExitStatus planJob(QzManager& manager, const Options& options, StopOnSignal& sig
 ExitStatus workOnJob(const Options& options, StopOnSignal& signals, std::ostream& output) {
     const JobFolder job(fs::absolute(options.document).lexically_normal());
     const JobPlan plan = orUsageError([&] { return velmorak::readPlan(job.planFile()); });
+    velmorak::announceJob(job.path());
     if (options.isStatus) {
         return printStatus(job, plan, output);
     }
