@@ -6,6 +6,7 @@ usage: check_scan.py VELMORAK-RUN
 
 import csv
 import html.parser
+import re
 import signal
 import subprocess
 import sys
@@ -148,6 +149,18 @@ def check_product(place):
     assert "Rows.seed = 1" in picture and "Rows.seed = 2" in picture and "cuts.threshold = " not in picture, picture
 
 
+def check_extremes(place):
+    """Numbers that no axis can show well: the picture is there all the same."""
+    document = place.document(plugin("In", "Number"))
+    for values in ("1e308,-1e308,1", "NaN,1,Infinity", "1e20,100000000000000016384,1e20", "5e-324,0,1e-323", "1,1", "0"):
+        done = place.run("--scan", "In.value=" + values, document)
+        assert done.returncode == 0, done.stderr
+        texts_of(place)
+        picture = (place.folder / "test.results" / "scan.svg").read_text()
+        assert not re.search(r'="[^"]*(nan|inf)', picture, re.IGNORECASE), picture
+        assert [row["In.number"] for row in rows_of(place)].count("") == 0
+
+
 def check_stop(place):
     """What was not run is in the table, too, and nothing of an earlier scan."""
     document = place.document(*table(1000))
@@ -177,7 +190,7 @@ def check_refusal(place):
 
 
 def main(runner):
-    for check in (check_table, check_same_bits, check_commas, check_failures, check_product, check_stop, check_refusal):
+    for check in (check_table, check_same_bits, check_commas, check_failures, check_product, check_extremes, check_stop, check_refusal):
         with Place(runner) as place:
             check(place)
 

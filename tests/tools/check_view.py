@@ -214,18 +214,22 @@ def check_many_pictures(view):
         assert loaded < 100, "%d pictures are loaded before they are seen" % loaded
 
 
-def main():
+def missing_programs():
+    """What this machine lacks for a browser that is driven; empty for nothing."""
     try:
         import selenium  # noqa: F401
     except ImportError:
-        print("SKIPPED: python3-selenium is not installed")
-        return SKIPPED
+        return "python3-selenium is not installed"
     if not shutil.which("chromedriver"):
-        print("SKIPPED: chromium-driver is not installed")
-        return SKIPPED
+        return "chromium-driver is not installed"
     if not knows_localhost():
-        print("SKIPPED: this machine does not know the name localhost, by which the driver and the browser connect; "
-              "see /etc/hosts")
+        return "this machine does not know the name localhost, by which the driver and the browser connect; see /etc/hosts"
+    return ""
+
+
+def main():
+    if reason := missing_programs():
+        print("SKIPPED: " + reason)
         return SKIPPED
     pictures = sys.argv[3] if len(sys.argv) > 3 else None
     runner = os.path.abspath(sys.argv[2])

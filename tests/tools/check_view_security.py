@@ -95,6 +95,30 @@ def check_linked_results(view):
     assert view.get("file/run-4-0.jsonl/secret.txt")[0] == 404 and view.get("api/runs")[0] == 200
 
 
+def check_live_and_jobs(view):
+    """What is shown of a run that goes on, and of jobs: neither links nor other files."""
+    runtime = view.runtime / "velmorak"
+    (runtime / "run-1-0.jsonl.live").symlink_to(view.folder / "secret.txt")
+    for run in (RUN, "..%2f..%2fsecret.txt", "%2fetc%2fpasswd", "look", "messages-1.jsonl", ""):
+        status, _, body = view.get("api/live?run=" + run)
+        assert status == 404 and b"secret" not in body, (run, status, body)
+    job = view.folder / "job"
+    (job / "parts").mkdir(parents=True)
+    (job / "nodes").mkdir()
+    (job / "plan.json").write_text("{}")
+    (job / "nodes" / "00001.json").symlink_to(view.folder / "secret.txt")
+    for number, folder in enumerate((str(job), str(view.folder), "relative", "/etc", None, ["x"])):
+        (runtime / ("job-%d.jsonl" % number)).write_text(json.dumps({"event": "job", "time": 0, "folder": folder}) + "\n")
+    (runtime / "job-77.jsonl").symlink_to(view.folder / "secret.txt")
+    status, _, body = view.get("api/jobs")
+    assert status == 200 and b"secret" not in body, body
+    jobs = json.loads(body)
+    assert [each["folder"] for each in jobs] == [str(job)] and jobs[0]["error"] != "" and jobs[0]["parts"] == [], jobs
+    assert view.get("api/events?run=job-0.jsonl")[0] == 404
+    for path in runtime.glob("job-*"):
+        path.unlink()
+
+
 def check_many_requests(view):
     with concurrent.futures.ThreadPoolExecutor(1000) as pool:
         answers = list(pool.map(lambda _: view.get("api/runs?version=0")[0], range(1000)))
@@ -138,6 +162,7 @@ def main():
         check_only_this_machine(view)
         check_paths(view)
         check_linked_results(view)
+        check_live_and_jobs(view)
         check_many_requests(view)
         check_clients_that_never_read(view, results)
     return 0

@@ -57,6 +57,11 @@ class View:
     def get(self, path, **others):
         return self.ask(self.root + path, **others)
 
+    def newest_run(self):
+        """Name of the file of the run that began last."""
+        runs = (self.runtime / "velmorak").glob("run-*.jsonl")
+        return max(runs, key=lambda path: json.loads(path.read_text().splitlines()[0])["time"]).name
+
     def announce(self, number, *events):
         """Writes what a run tells. @return its file."""
         folder = self.runtime / "velmorak"

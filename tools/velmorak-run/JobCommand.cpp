@@ -7,6 +7,7 @@
 #include "StopOnSignal.h"
 
 #include "graph/ManagerExtensions.h"
+#include "run/announce/RuntimeFolder.h"
 #include "run/parts/Bundle.h"
 #include "run/parts/JobFolder.h"
 #include "run/parts/JobRun.h"
@@ -21,7 +22,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -176,6 +176,7 @@ ExitStatus doPart(const JobFolder& job, const JobPlan& plan, std::size_t part, c
         return PartsMissing;
     }
     const velmorak::MovedFiles moved = velmorak::movedFiles(plan, job.path());
+    job.noteWorker(part);
     try {
         velmorak::checkFiles(plan, part, moved);
     } catch (const velmorak::Failure& failure) {
@@ -186,6 +187,7 @@ ExitStatus doPart(const JobFolder& job, const JobPlan& plan, std::size_t part, c
     const velmorak::TemporaryFolder results("part");
     const velmorak::RunReport& report = pipeline.run(signals, partRun, results.path());
     if (report.wasStopped || signals.wasAsked()) {
+        job.forgetWorker(part);
         return WasStopped;
     }
     if (std::string reason = partRun.commit(); !reason.empty()) {
@@ -218,24 +220,6 @@ void leaveNote(const fs::path& results, const std::string& sentence) {
     std::error_code ignored;
     fs::create_directories(results, ignored);
     std::ofstream(results / "PARTIAL.txt") << "These results are partial: " << sentence << ".\n";
-}
-
-/// The settings of the runs of a scan: the last ones of each, which its folder is named after.
-std::vector<std::vector<Setting>> scanPointsOf(const JobPlan& plan) {
-    std::vector<std::vector<Setting>> points;
-    for (const velmorak::PlannedRun& run : plan.runs) {
-        std::vector<std::string> texts;
-        for (auto text = run.settings.rbegin(); text != run.settings.rend(); ++text) {
-            if (folderNameOf(texts) == run.folder) {
-                break;
-            }
-            texts.insert(texts.begin(), *text);
-        }
-        std::vector<Setting> point;
-        std::transform(texts.begin(), texts.end(), std::back_inserter(point), settingOf);
-        points.push_back(std::move(point));
-    }
-    return points;
 }
 
 class Merging {
@@ -397,6 +381,7 @@ ExitStatus planJob(QzManager& manager, const Options& options, StopOnSignal& sig
         }
     }
     orUsageError([&] { velmorak::writePlan(job.planFile(), plan); });
+    velmorak::announceJob(job.path());
     printPlan(plan, job.path(), output);
     return AllDone;
 }
@@ -404,6 +389,7 @@ ExitStatus planJob(QzManager& manager, const Options& options, StopOnSignal& sig
 ExitStatus workOnJob(const Options& options, StopOnSignal& signals, std::ostream& output) {
     const JobFolder job(fs::absolute(options.document).lexically_normal());
     const JobPlan plan = orUsageError([&] { return velmorak::readPlan(job.planFile()); });
+    velmorak::announceJob(job.path());
     if (options.isStatus) {
         return printStatus(job, plan, output);
     }

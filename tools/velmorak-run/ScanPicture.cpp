@@ -2,6 +2,7 @@
 
 #include "Markup.h"
 
+#include <velmorak/ElementaryFunctions.h>
 #include <velmorak/FormatMeasurement.h>
 #include <velmorak/Utf8.h>
 #include <velmorak/Value.h>
@@ -9,6 +10,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
+#include <limits>
 #include <set>
 
 namespace {
@@ -39,8 +42,14 @@ struct Span {
         }
     }
     Span widened(double part) const {
-        const double extra = high > low ? part * (high - low) : (low == 0.0 ? 1.0 : 0.1 * std::abs(low));
-        return {low - extra, high + extra, isEmpty};
+        constexpr double most = std::numeric_limits<double>::max();
+        const double extra = high > low ? part * high - part * low : (low == 0.0 ? 1.0 : 0.1 * std::abs(low));
+        return {std::max(low - extra, -most), std::min(high + extra, most), isEmpty};
+    }
+    /// Where the value is between low and high, from 0 to 1.
+    double partOf(double value) const {
+        const double whole = high - low;
+        return std::isfinite(whole) ? (value - low) / whole : (value / 2 - low / 2) / (high / 2 - low / 2);
     }
 };
 
@@ -49,20 +58,24 @@ struct Tick {
     std::string label;
 };
 
-/// About as many numbers of the form 1, 2 or 5 times a power of ten.
+/// About as many numbers of the form 1, 2 or 5 times a power of ten. None for spans near the limits of a double.
 std::vector<Tick> ticksOf(const Span& span, int wanted) {
+    constexpr double least = 1e-280;
     const double rough = (span.high - span.low) / wanted;
-    const auto power = static_cast<int>(std::floor(std::log10(rough)));
-    const double mantissa = rough / std::pow(10.0, power);
+    if (!(rough > least && rough < 1.0 / least)) {
+        return {};
+    }
+    const auto power = static_cast<int>(std::floor(velmorak::elementary::log10(rough)));
+    const double scale = velmorak::elementary::powerOfTen(std::abs(power));
+    const double mantissa = power < 0 ? rough * scale : rough / scale;
     const int factor = mantissa <= 1 ? 1 : mantissa <= 2 ? 2 : mantissa <= 5 ? 5 : 10;
-    const double scale = std::pow(10.0, std::abs(power));
     const auto valueOf = [&](double number) {
         return power < 0 ? number * factor / scale : number * factor * scale;  // Rounded once.
     };
     std::vector<Tick> ticks;
     const double first = std::ceil(span.low / valueOf(1));
-    for (double number = first; number <= first + 4 * wanted && valueOf(number) <= span.high; ++number) {
-        ticks.push_back({valueOf(number), velmorak::formatNumber(valueOf(number) + 0.0)});
+    for (int i = 0; i <= 4 * wanted && valueOf(first + i) <= span.high; ++i) {
+        ticks.push_back({valueOf(first + i), velmorak::formatNumber(valueOf(first + i) + 0.0)});
     }
     return ticks;
 }
@@ -223,13 +236,9 @@ private:
     static double errorOf(const ScanNumber& number) {
         return number.hasError && std::isfinite(number.error) ? number.error : 0.0;
     }
-    double xOf(double value) const {
-        const double part = (value - layout.span.low) / (layout.span.high - layout.span.low);
-        return x0 + left + part * (panelWidth - left - right);
-    }
+    double xOf(double value) const { return x0 + left + layout.span.partOf(value) * (panelWidth - left - right); }
     double yOf(double value) const {
-        const double part = (value - heights.low) / (heights.high - heights.low);
-        return y0 + panelHeight - bottom - part * (panelHeight - top - bottom);
+        return y0 + panelHeight - bottom - heights.partOf(value) * (panelHeight - top - bottom);
     }
 
     std::string axes() const {

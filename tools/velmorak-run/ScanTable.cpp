@@ -6,6 +6,7 @@
 #include <velmorak/Value.h>
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 
 namespace {
@@ -71,6 +72,23 @@ std::string joined(const std::vector<std::string>& fields) {
 }
 
 }  // namespace
+
+std::vector<std::vector<Setting>> scanPointsOf(const velmorak::JobPlan& plan) {
+    std::vector<std::vector<Setting>> points;
+    for (const velmorak::PlannedRun& run : plan.runs) {
+        std::vector<std::string> texts;
+        for (auto text = run.settings.rbegin(); text != run.settings.rend(); ++text) {
+            if (folderNameOf(texts) == run.folder) {
+                break;
+            }
+            texts.insert(texts.begin(), *text);
+        }
+        std::vector<Setting> point;
+        std::transform(texts.begin(), texts.end(), std::back_inserter(point), settingOf);
+        points.push_back(std::move(point));
+    }
+    return points;
+}
 
 ScanTable::ScanTable(const std::vector<std::vector<Setting>>& points) {
     for (const std::vector<Setting>& point : points) {

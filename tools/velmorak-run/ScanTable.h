@@ -3,6 +3,7 @@
 #include "Settings.h"
 
 #include "run/Runner.h"
+#include "run/parts/JobPlan.h"
 
 #include <cstddef>
 #include <map>
@@ -66,3 +67,6 @@ private:
     std::vector<ScanRun> all;
     Quantities columns;
 };
+
+/// The settings of the runs of a scan that was planned: the last ones of each, which its folder is named after.
+std::vector<std::vector<Setting>> scanPointsOf(const velmorak::JobPlan& plan);

@@ -4,6 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <fstream>
 #include <system_error>
@@ -49,6 +51,12 @@ Json progressOf(const fs::path& run) {
     return Json::parse(textFrom(path, 0, maxProgress), nullptr, false);
 }
 
+/// Of the last change in nanoseconds; 0 if there is no such file.
+std::int64_t timeOf(const fs::path& path) {
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0 ? status.st_mtim.tv_sec * 1000000000LL + status.st_mtim.tv_nsec : 0;
+}
+
 Json entryOf(const fs::path& path) {
     std::error_code ignored;
     const std::string id = path.filename().string();
@@ -57,6 +65,7 @@ Json entryOf(const fs::path& path) {
         entry["alive"] = velmorak::isLocked(path);
         const Json progress = progressOf(path);
         entry["progress"] = progress.is_object() ? progress : Json();
+        entry["live"] = timeOf(path.string() + std::string(velmorak::liveEnding));
     }
     return entry;
 }
@@ -112,6 +121,21 @@ std::optional<std::string> Runs::events(const std::string& id, std::uint64_t fro
     std::string text = textFrom(path, from, maxPiece);
     text.resize(text.rfind('\n') == std::string::npos ? 0 : text.rfind('\n') + 1);
     return text;
+}
+
+std::optional<std::string> Runs::live(const std::string& id) const {
+    std::error_code error;
+    const fs::path path = folder / (id + std::string(velmorak::liveEnding));
+    if (!isId(id) || !isRun(id) || !fs::is_regular_file(fs::symlink_status(path, error))) {
+        return std::nullopt;
+    }
+    return textFrom(path, 0, maxPiece);
+}
+
+void Runs::noteLook() const {
+    if (!folder.empty()) {
+        velmorak::noteLook(folder);
+    }
 }
 
 std::optional<std::string> Runs::resultsOf(const std::string& id) {

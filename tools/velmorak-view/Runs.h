@@ -29,6 +29,10 @@ public:
     /// The whole lines of a file from a byte on, at most 4 MiB.
     /// @return nothing if there is no such file.
     std::optional<std::string> events(const std::string& id, std::uint64_t from) const;
+    /// Histograms and profiles of a run as far as they are filled; nothing if there are none now.
+    std::optional<std::string> live(const std::string& id) const;
+    /// Notes that a page is visible, so that runs show these.
+    void noteLook() const;
     /// The results folder of a run; nothing if it has none.
     std::optional<std::string> resultsOf(const std::string& id);
 

@@ -89,8 +89,12 @@ void sendJson(httplib::Response& response, const std::string& text) {
 
 }  // namespace
 
-Server::Server(Runs& runs, std::string results)
-    : runs(runs), results(std::move(results)), token(newToken()), http(std::make_unique<httplib::Server>()) {
+Server::Server(Runs& runs, Jobs& jobs, std::string results)
+    : runs(runs),
+      jobs(jobs),
+      results(std::move(results)),
+      token(newToken()),
+      http(std::make_unique<httplib::Server>()) {
     http->new_task_queue = [] { return new httplib::ThreadPool(threads); };
     http->set_keep_alive_max_count(1);  // An idle connection would keep a thread.
     http->set_read_timeout(timeoutSeconds);
@@ -171,10 +175,15 @@ void Server::answerQuestion(const std::string& name, const Request& request, Res
         wait(request, response);
     } else if (name == "events") {
         sendEvents(request, response);
+    } else if (name == "live") {
+        sendLive(request.get_param_value("run"), response);
+    } else if (name == "jobs") {
+        sendJson(response, jobs.list());
     } else if (name == "files") {
         sendFiles(request.get_param_value("run"), response);
     } else if (name == "start") {
-        sendJson(response, Json{{"folder", results}}.dump(-1, ' ', false, Json::error_handler_t::replace));
+        sendJson(response, Json{{"folder", results}, {"job", jobs.folderShown()}}.dump(-1, ' ', false,
+                                                                                       Json::error_handler_t::replace));
     } else {
         refuse(response, 404);
     }
@@ -182,6 +191,9 @@ void Server::answerQuestion(const std::string& name, const Request& request, Res
 
 /// A request with a version waits for the next one, as long as threads are free.
 void Server::wait(const Request& request, Response& response) {
+    if (request.has_param("look")) {
+        runs.noteLook();
+    }
     const bool mayWait = request.has_param("version") && ++waiting <= maxWaiting;
     const auto longest = mayWait ? longestWait : std::chrono::milliseconds(0);
     sendJson(response, runs.waitFor(numberIn(request, "version"), longest, [this] { return isStopping.load(); }));
@@ -195,6 +207,14 @@ void Server::sendEvents(const Request& request, Response& response) const {
     if (const auto text = runs.events(request.get_param_value("run"), from)) {
         response.set_header("X-Next", std::to_string(from + text->size()));
         response.set_content(*text, "text/plain; charset=utf-8");
+    } else {
+        refuse(response, 404);
+    }
+}
+
+void Server::sendLive(const std::string& id, Response& response) const {
+    if (const auto text = runs.live(id)) {
+        sendJson(response, *text);
     } else {
         refuse(response, 404);
     }

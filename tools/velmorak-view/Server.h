@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Jobs.h"
 #include "Runs.h"
 
 #include <atomic>
@@ -17,9 +18,9 @@ struct Response;
 /// with a random token. Requests under another host name, or from pages of another origin, are refused.
 class Server {
 public:
-    /// @param runs outlives this.
+    /// @param runs and jobs outlive this.
     /// @param results a folder to show besides those of the runs; empty for none.
-    Server(Runs& runs, std::string results);
+    Server(Runs& runs, Jobs& jobs, std::string results);
     ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
@@ -40,12 +41,14 @@ private:
     void answer(const Request& request, Response& response);
     void answerQuestion(const std::string& name, const Request& request, Response& response);
     void sendEvents(const Request& request, Response& response) const;
+    void sendLive(const std::string& id, Response& response) const;
     void sendFiles(const std::string& id, Response& response);
     void sendFile(const std::string& idAndName, Response& response);
     void wait(const Request& request, Response& response);
     std::string folderOf(const std::string& id);
 
     Runs& runs;
+    Jobs& jobs;
     const std::string results;
     const std::string token;
     std::unique_ptr<httplib::Server> http;

@@ -54,6 +54,13 @@ std::string resultsOf(const std::string& shown) {
     return results.string();
 }
 
+/// @return the folder of the job that the user named; empty if it is none.
+std::string jobOf(const std::string& shown) {
+    std::error_code error;
+    const fs::path path = fs::canonical(shown, error);
+    return !error && Jobs::isJob(path) ? path.string() : std::string();
+}
+
 void openBrowser(const std::string& address) {
     std::string program = "xdg-open";
     std::string argument = address;
@@ -89,7 +96,9 @@ int view(const Options& options, const sigset_t& signals) {
         return 0;
     }
     Runs runs(folder);
-    Server server(runs, resultsOf(options.shown));
+    const std::string job = jobOf(options.shown);
+    Jobs jobs(folder, job);
+    Server server(runs, jobs, job.empty() ? resultsOf(options.shown) : "");
     if (!server.bind(options.port)) {
         std::cerr << "velmorak-view: no port of 127.0.0.1 can be used\n";
         return 1;

@@ -2,6 +2,7 @@
 
 #include "run/announce/RunEvents.h"
 #include "run/announce/RuntimeFolder.h"
+#include "run/announce/TableJson.h"
 #include "store/AtomicFile.h"
 
 #include <nlohmann/json.hpp>
@@ -28,6 +29,9 @@ namespace fs = std::filesystem;
 constexpr std::size_t maxBytes = 16U << 20U;
 constexpr std::size_t maxCells = 40000;
 constexpr std::chrono::milliseconds pause{250};
+constexpr std::chrono::milliseconds firstLook{100};
+constexpr std::chrono::milliseconds lookPause{500};
+constexpr int lookShare = 50;  ///< Of the time, one part in so many is for looking.
 
 Json inputsJson(const Pipeline& pipeline, const PipelineNode& node) {
     Json all = Json::array();
@@ -90,6 +94,7 @@ Announcement::~Announcement() {
         fs::remove(path, ignored);  // The run did not begin.
     }
     fs::remove(path.string() + std::string(progressEnding), ignored);
+    fs::remove(path.string() + std::string(liveEnding), ignored);
 }
 
 void Announcement::began(const Pipeline& run, int threads) {
@@ -99,6 +104,7 @@ void Announcement::began(const Pipeline& run, int threads) {
     event["pipeline"] = pipelineJson(run);
     const MutexLock lock(mutex);
     pipeline = &run;
+    nextLook = Clock::now() + firstLook;
     append(eventLine(event));
 }
 
@@ -112,13 +118,65 @@ void Announcement::progressed(const ProgressNow& progress) {
         const MutexLock lock(mutex);
         lastProgress = Clock::now();
     }
+    replace(progressEnding, progressEvent(progress));
+}
+
+void Announcement::replace(std::string_view ending, const Json& content) {
     try {
-        AtomicFile replaced(path.string() + std::string(progressEnding), ".", S_IRUSR | S_IWUSR);
-        replaced.write(eventLine(progressEvent(progress)));
+        AtomicFile replaced(path.string() + std::string(ending), ".", S_IRUSR | S_IWUSR);
+        replaced.write(eventLine(content));
         replaced.commitUnsynced();
     } catch (const std::system_error&) {
         const MutexLock lock(mutex);
         isBroken = true;
+    }
+}
+
+bool Announcement::isLookDue() {
+    const MutexLock lock(mutex);
+    const Clock::time_point now = Clock::now();
+    if (isBroken || now < nextLook) {
+        return false;
+    }
+    if (!isLookedAt(path.parent_path())) {
+        nextLook = now + firstLook;
+        return false;
+    }
+    return true;
+}
+
+void Announcement::looked(const std::vector<ResultsSoFar>& results, std::chrono::nanoseconds spent) {
+    const Clock::time_point begin = Clock::now();
+    Json plugins = Json::array();
+    {
+        const MutexLock lock(mutex);
+        for (const ResultsSoFar& it : results) {
+            const PipelineNode& node = pipeline->nodes.at(it.node);
+            Json outputs = Json::array();
+            for (std::size_t i = 0; i < std::min(node.outputs.size(), it.outputs.size()); ++i) {
+                Json result = resultJson(it.outputs[i], std::nullopt, maxCells);
+                if (!result.is_null()) {
+                    result["name"] = node.outputs[i].name;
+                    outputs.push_back(std::move(result));
+                }
+            }
+            plugins.push_back(
+                {{"name", node.name}, {"kind", node.kindName}, {"rows", it.rows}, {"outputs", std::move(outputs)}});
+        }
+    }
+    if (!plugins.empty()) {
+        replace(liveEnding, {{"event", "live"}, {"plugins", std::move(plugins)}});
+    }
+    const MutexLock lock(mutex);
+    const Clock::time_point now = Clock::now();
+    const auto longest = std::max<Clock::duration>(lookPause, lookShare * (spent + (now - begin)));
+    nextLook = now + longest;
+}
+
+void Announcement::sawTable(const TableHead& head) {
+    const MutexLock lock(mutex);
+    if (pipeline && tables.insert(head.node).second) {
+        append(eventLine(tableEvent(pipeline->nodes.at(head.node), head)));
     }
 }
 

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <utility>
@@ -23,6 +24,8 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t maxKept = 30;
 constexpr off_t maxMessageBytes = 1 << 20;
+constexpr const char* lookFile = "look";
+constexpr std::chrono::seconds longestLook{15};
 
 bool isOwnFolder(const fs::path& folder) {
     struct stat status {};
@@ -31,7 +34,8 @@ bool isOwnFolder(const fs::path& folder) {
 }
 
 bool isAnnouncement(const std::string& name) {
-    return (name.starts_with(runFilePrefix) || name.starts_with(messageFilePrefix)) &&
+    return (name.starts_with(runFilePrefix) || name.starts_with(messageFilePrefix) ||
+            name.starts_with(jobFilePrefix)) &&
            name.ends_with(announcementEnding);
 }
 
@@ -70,8 +74,48 @@ void removeOldAnnouncements(const fs::path& folder) {
         if (!isLocked(file)) {
             fs::remove(file, error);
             fs::remove(file.string() + std::string(progressEnding), error);
+            fs::remove(file.string() + std::string(liveEnding), error);
         }
     }
+}
+
+void announceJob(const fs::path& job) noexcept {
+    try {
+        const fs::path folder = runtimeFolder();
+        if (folder.empty()) {
+            return;
+        }
+        removeOldAnnouncements(folder);
+        std::uint64_t number = 0xcbf29ce484222325U;  // FNV-1a: one file for each job.
+        for (const char character : job.string()) {
+            number = (number ^ static_cast<unsigned char>(character)) * 0x100000001b3U;
+        }
+        const fs::path path =
+            folder / (std::string(jobFilePrefix) + std::to_string(number) + std::string(announcementEnding));
+        const FileDescriptor file(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
+        if (file.isOpen()) {
+            const nlohmann::ordered_json line{{"event", "job"}, {"time", millisecondsNow()}, {"folder", job.string()}};
+            file.writeAll(line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+        }
+    } catch (const std::exception&) {
+        return;
+    }
+}
+
+void noteLook(const fs::path& folder) {
+    const FileDescriptor file(folder / lookFile, O_WRONLY | O_CREAT | O_NOFOLLOW, S_IRUSR | S_IWUSR);
+    if (file.isOpen()) {
+        futimens(file.get(), nullptr);  // Without it, pages show results at the end of a plug-in only.
+    }
+}
+
+bool isLookedAt(const fs::path& folder) {
+    struct stat status {};
+    if (lstat((folder / lookFile).c_str(), &status) != 0) {
+        return false;
+    }
+    const auto age = std::chrono::system_clock::now().time_since_epoch() - std::chrono::seconds(status.st_mtim.tv_sec);
+    return age < longestLook && age > -longestLook;
 }
 
 void announceMessage(const std::string& sentence) noexcept {

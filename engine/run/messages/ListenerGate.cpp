@@ -37,6 +37,35 @@ void ListenerGate::progressed(const ProgressNow& progress) {
     }
 }
 
+bool ListenerGate::isLookDue() {
+    const MutexLock lock(mutex);
+    return std::any_of(listeners.begin(), listeners.end(), [](RunListener* listener) { return listener->isLookDue(); });
+}
+
+void ListenerGate::looked(const std::vector<ResultsSoFar>& results, std::chrono::nanoseconds spent) {
+    const MutexLock lock(mutex);
+    for (RunListener* const listener : listeners) {
+        if (listener->isLookDue()) {
+            listener->looked(results, spent);
+        }
+    }
+}
+
+bool ListenerGate::wantsTables() {
+    const MutexLock lock(mutex);
+    return std::any_of(listeners.begin(), listeners.end(),
+                       [](RunListener* listener) { return listener->wantsTables(); });
+}
+
+void ListenerGate::sawTable(const TableHead& head) {
+    const MutexLock lock(mutex);
+    for (RunListener* const listener : listeners) {
+        if (listener->wantsTables()) {
+            listener->sawTable(head);
+        }
+    }
+}
+
 void ListenerGate::nodeFinished(const PipelineNode& node, const NodeReport& report) {
     const MutexLock lock(mutex);
     for (RunListener* const listener : listeners) {

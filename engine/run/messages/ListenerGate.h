@@ -20,6 +20,10 @@ public:
     void began(const Pipeline& pipeline, int threads) override;
     bool isProgressDue() override;
     void progressed(const ProgressNow& progress) override;
+    bool isLookDue() override;
+    void looked(const std::vector<ResultsSoFar>& results, std::chrono::nanoseconds spent) override;
+    bool wantsTables() override;
+    void sawTable(const TableHead& head) override;
     void nodeFinished(const PipelineNode& node, const NodeReport& report) override;
     void ended(const RunReport& report) override;
 

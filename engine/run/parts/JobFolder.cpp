@@ -1,5 +1,6 @@
 #include "run/parts/JobFolder.h"
 
+#include "run/announce/RuntimeFolder.h"
 #include "run/messages/NodeError.h"
 #include "store/Sha256.h"
 
@@ -7,7 +8,12 @@
 #include <velmorak/Text.h>
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
+#include <limits.h>
+#include <unistd.h>
+
+#include <array>
 #include <fstream>
 #include <optional>
 #include <sstream>
@@ -89,6 +95,25 @@ void JobFolder::noteFailure(std::size_t part, const std::string& reason) const {
 void JobFolder::forgetFailure(std::size_t part) const {
     std::error_code ignored;
     fs::remove(failureFile(part), ignored);
+}
+
+fs::path JobFolder::workerFile(std::size_t part) const {
+    return folder / "nodes" / (nameOf(part) + ".json");
+}
+
+void JobFolder::noteWorker(std::size_t part) const {
+    std::error_code ignored;
+    fs::create_directories(folder / "nodes", ignored);
+    std::array<char, HOST_NAME_MAX + 1> host{};
+    gethostname(host.data(), host.size() - 1);
+    const nlohmann::ordered_json note{{"host", host.data()}, {"process", getpid()}, {"time", millisecondsNow()}};
+    std::ofstream(workerFile(part)) << note.dump(-1, ' ', true, nlohmann::ordered_json::error_handler_t::replace)
+                                    << '\n';
+}
+
+void JobFolder::forgetWorker(std::size_t part) const {
+    std::error_code ignored;
+    fs::remove(workerFile(part), ignored);
 }
 
 void JobFolder::removeLeftovers() const {

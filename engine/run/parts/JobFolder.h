@@ -10,8 +10,8 @@
 
 namespace velmorak {
 
-/// The folder of a job: plan.json, for each part a file in parts/, or a note why it failed, and in merged/ what parts
-/// of later rounds need of the earlier ones.
+/// The folder of a job: plan.json, for each part a file in parts/, or a note why it failed, in merged/ what parts of
+/// later rounds need of the earlier ones, and in nodes/ notes who does a part or did it.
 class JobFolder {
 public:
     explicit JobFolder(std::filesystem::path folder) : folder(std::move(folder)) {}
@@ -37,11 +37,15 @@ public:
     /// Notes why a part failed. Never throws: the note is only for people.
     void noteFailure(std::size_t part, const std::string& reason) const;
     void forgetFailure(std::size_t part) const;
+    /// Notes that this machine and process do the part now. Never throws: the note is only for people.
+    void noteWorker(std::size_t part) const;
+    void forgetWorker(std::size_t part) const;
     /// Removes incomplete files of programs that were killed.
     void removeLeftovers() const;
 
 private:
     std::filesystem::path failureFile(std::size_t part) const;
+    std::filesystem::path workerFile(std::size_t part) const;
 
     std::filesystem::path folder;
 };

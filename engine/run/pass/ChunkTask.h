@@ -19,6 +19,7 @@ struct OperatorOutput {
     std::optional<NodeError> error;
     std::optional<Chunk> table;               ///< Of an operator that passes rows on.
     std::unique_ptr<AccumulatorState> state;  ///< Of an accumulator.
+    std::optional<Chunk> beginning;           ///< First rows of the table, for a listener.
     bool isOver = false;  ///< The operator, or one before it, needs neither this chunk nor a later one of the segment.
     std::uint64_t rowsBefore = 0;
     std::shared_ptr<const void> seen;  ///< What OrderedRows::look returned.
@@ -37,6 +38,7 @@ struct ChunkTask {
     std::optional<NodeError> error;  ///< Of a source that could not make the columns.
     std::chrono::nanoseconds timeReading{0};
     std::chrono::nanoseconds timeCompleting{0};
+    std::optional<Chunk> beginning;       ///< First rows of the source, for a listener.
     std::vector<OperatorOutput> outputs;  ///< Parallel to the operators.
 
     /// Of reading the chunk and all that was computed of it, by whichever threads.

@@ -40,6 +40,13 @@ public:
     /// @throws std::logic_error if the node is not aligned or does not follow the previous one.
     void add(AlignedNode node);
     bool isEmpty() const { return nodes.empty(); }
+    /// Calls look with each state, in the order of their numbers.
+    template <typename Look>
+    void visit(const Look& look) const {
+        for (const AlignedNode& node : nodes) {
+            look(*node.state);
+        }
+    }
     /// @return one state of all numbers; null if there are none. Leaves the merger empty.
     std::unique_ptr<AccumulatorState> whole();
     /// @return the largest nodes that can be formed as long as later numbers may follow, in order: at most 2 log2 n for
@@ -80,6 +87,15 @@ public:
     void take(ChunkPlace place, std::unique_ptr<AccumulatorState> state);
     /// Takes the state of a whole file, or what release of another tree returned.
     void take(TreeNode part);
+    /// Calls look with each state that was not merged with others yet, in the order of their chunks.
+    template <typename Look>
+    void visit(const Look& look) const {
+        for (const TreeNode& part : firstParts) {
+            look(*part.node.state);
+        }
+        files.visit(look);
+        chunks.visit(look);
+    }
     /// @return the state of all chunks; null if there are none. Leaves the tree empty.
     /// @throws std::logic_error if the tree does not begin with the first chunk.
     std::unique_ptr<AccumulatorState> whole();

@@ -49,6 +49,10 @@ public:
     /// Fraction done of the rows of the segment that some operator still needs. @param read that of the source.
     std::optional<double> fraction(std::size_t segment, std::optional<double> read) const;
 
+    /// Of the table that the operator takes, or of the first of several.
+    const Schema& inputSchema(std::size_t position) const {
+        return schemaAt(*operators[position], operators[position]->parents.front().firstSegment);
+    }
     std::size_t size() const { return operators.size(); }
     Operator& at(std::size_t position) { return *operators[position]; }
 

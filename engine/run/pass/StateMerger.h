@@ -46,6 +46,14 @@ public:
 
     void take(ChunkPlace place, std::unique_ptr<AccumulatorState> state);
     void take(StatePiece piece);
+    /// Calls look with each state that was not merged with others yet, in the order of their chunks.
+    template <typename Look>
+    void visit(const Look& look) const {
+        tree.visit(look);
+        if (gathered) {
+            look(*gathered);
+        }
+    }
     /// @return the state of the whole stream; a new one if none was taken. Leaves the merger empty.
     std::unique_ptr<AccumulatorState> whole();
     /// Gives the remaining pieces of the range. Leaves the merger empty.

@@ -14,7 +14,9 @@ StreamPass::StreamPass(RunState& state, const std::vector<std::size_t>& sources,
     : state(state),
       sources(state, sources, range),
       chain(state, this->sources, operators),
-      chunks(state, this->sources, chain) {}
+      chunks(state, this->sources, chain),
+      heads(state, this->sources, chain),
+      live(state, chain) {}
 
 void StreamPass::execute(Executor& executor) {
     if (prepare()) {
@@ -36,6 +38,7 @@ bool StreamPass::prepare() {
     if (fileStates) {
         fileStates->begin(sources, chain);
     }
+    heads.begin();
     return true;
 }
 
@@ -46,6 +49,7 @@ void StreamPass::readRows(Executor& executor) {
     if (const std::optional<NodeError> error = errorIn([&] { executor.run(stages()); })) {
         sources.fail(*error);
     }
+    heads.end();
     state.messages.endProgress();
 }
 
@@ -60,12 +64,19 @@ StagePipeline StreamPass::stages() {
         pipeline.stages.push_back({false, [this, stage, count](std::size_t slot) {
                                        chain.execute(*tasks[slot], stage);
                                        if (stage + 1 == count) {
+                                           heads.take(*tasks[slot]);
                                            OperatorChain::release(*tasks[slot]);
                                        }
                                    }});
     }
-    pipeline.stages.push_back({true, [this](std::size_t slot) { chunks.commit(*tasks[slot]); }});
+    pipeline.stages.push_back({true, [this](std::size_t slot) { commit(*tasks[slot]); }});
     return pipeline;
+}
+
+void StreamPass::commit(ChunkTask& task) {
+    chunks.commit(task);
+    heads.commit(task);
+    live.update();
 }
 
 bool StreamPass::read(ChunkTask& task) {

@@ -3,8 +3,10 @@
 #include "executor/StagePipeline.h"
 #include "run/RunState.h"
 #include "run/pass/ChunkCommit.h"
+#include "run/pass/LiveResults.h"
 #include "run/pass/OperatorChain.h"
 #include "run/pass/SourceSet.h"
+#include "run/pass/TableHeads.h"
 
 #include <chrono>
 #include <cstddef>
@@ -49,12 +51,15 @@ public:
 private:
     StagePipeline stages();
     bool read(ChunkTask& task);
+    void commit(ChunkTask& task);
     void showProgress();
 
     RunState& state;
     SourceSet sources;
     OperatorChain chain;
     ChunkCommit chunks;
+    TableHeads heads;
+    LiveResults live;
     FileStates* fileStates = nullptr;
     std::vector<std::unique_ptr<ChunkTask>> tasks;  ///< By slot: one for each chunk in flight.
     double fractionShown = 0.0;                     ///< Never falls.

@@ -55,11 +55,23 @@ function shortened(name, most) {
     return name.length <= most ? name : name.slice(0, most - 1) + "…";
 }
 
-function wireOf(from, to, row) {
+/* A wire with a table can be chosen, to see its first rows. */
+function wireOf(from, to, row, label, choose) {
     const [x1, y1] = [from.x + boxWidth, from.y + boxHeight / 2];
     const [x2, y2] = [to.x, to.y + 12 + 10 * Math.min(row, 4)];
     const bend = Math.max(30, Math.abs(x2 - x1) / 2);
-    return drawn("path", {class: "wire", d: `M${x1} ${y1} C${x1 + bend} ${y1} ${x2 - bend} ${y2} ${x2} ${y2}`});
+    const d = `M${x1} ${y1} C${x1 + bend} ${y1} ${x2 - bend} ${y2} ${x2} ${y2}`;
+    if (!choose) {
+        return drawn("path", {class: "wire", d});
+    }
+    return drawn("g", {class: "tableWire", tabindex: "0", role: "button", "aria-label": label, "data-name": label, onclick: choose,
+                       onkeydown: (event) => {
+                           if (event.key === "Enter" || event.key === " ") {
+                               event.preventDefault();
+                               choose();
+                           }
+                       }},
+        drawn("title", {}, label), drawn("path", {class: "grip", d}), drawn("path", {class: "wire", d}));
 }
 
 function rowsText(plugin) {
@@ -88,7 +100,7 @@ function boxOf(run, plugin, place, choose) {
         drawn("text", {x: 8, y: 18}, shortened(plugin.name, 21)),
         drawn("text", {x: 8, y: 33, class: "small"}, shortened(plugin.kind, 24)),
         drawn("text", {x: 8, y: 48, class: "small"}, shortened(text(state) + (rowsText(told) ? ", " + rowsText(told) : ""), 27)));
-    if (state === "running" && run.progress.fraction !== null) {
+    if (state === "running" && run.progress && run.progress.plugin === plugin.name && run.progress.fraction !== null) {
         group.append(drawn("rect", {class: "bar", x: 1, y: boxHeight - 5, width: (boxWidth - 2) * run.progress.fraction, height: 4}));
     }
     return group;
@@ -98,6 +110,7 @@ function pipelineDrawing(run, choose) {
     const pipeline = run.began.pipeline;
     const places = placesOf(pipeline);
     const at = new Map(pipeline.map((plugin, i) => [plugin.name, places[i]]));
+    const byName = new Map(pipeline.map((plugin) => [plugin.name, plugin]));
     const left = Math.min(...places.map((place) => place.x)) - margin;
     const top = Math.min(...places.map((place) => place.y)) - margin;
     const width = Math.max(...places.map((place) => place.x)) + boxWidth + margin - left;
@@ -109,7 +122,10 @@ function pipelineDrawing(run, choose) {
     picture.style.minWidth = Math.min(width, 640) + "px";
     for (const plugin of pipeline) {
         plugin.inputs.filter((input) => input.from && at.has(input.from[0])).forEach((input, row) => {
-            picture.append(wireOf(at.get(input.from[0]), at.get(plugin.name), row));
+            const feeder = byName.get(input.from[0]);
+            const isTable = (feeder.outputs || []).some((output) => output.name === input.from[1] && output.type === "table");
+            picture.append(wireOf(at.get(feeder.name), at.get(plugin.name), row,
+                                  `${feeder.name} → ${plugin.name}: ${text("first rows")}`, isTable ? () => choose(feeder.name) : null));
         });
     }
     pipeline.forEach((plugin, i) => picture.append(boxOf(run, plugin, places[i], choose)));

@@ -20,6 +20,10 @@ function place(id, stamp, make) {
     if (next) {
         [next.scrollTop, next.scrollLeft] = top;
     }
+    if (focused && focused.isConnected) {
+        focused.focus({preventScroll: true});  // It was moved to its place again.
+        return;
+    }
     const again = mark ? section.querySelector(mark) : null;
     if (again) {
         again.focus({preventScroll: true});
@@ -49,17 +53,50 @@ function runList(all) {
         element("span", {class: "quiet"}, " " + (run.isFolder ? text("Results folder") : new Date(run.began.time).toLocaleTimeString(locale))))));
 }
 
+function jobList() {
+    return jobs.size === 0 ? [] : [element("h2", {}, text("Jobs"))].concat([...jobs].map(([id, job]) => element("button", {
+        type: "button", "data-name": id, "aria-current": String(id === page.chosen), onclick: () => choose(id, true)
+    }, element("span", {class: "name"}, titleOfJob(job)), stateElement(stateOfJob(job)),
+        element("span", {class: "quiet"}, ` ${countsOf(job).done} ${text("of")} ${job.parts.length}`))));
+}
+
+function showJob(job) {
+    const stamp = JSON.stringify(job);
+    document.title = `${titleOfJob(job)}: ${text(stateOfJob(job))} – Velmorak`;
+    place("parts", stamp, () => jobSection(job));
+    for (const id of ["summary", "pipeline", "detail", "differences", "results", "pictures", "tables", "messages"]) {
+        place(id, "job", () => []);
+    }
+}
+
+/* A job that was named on the command line is shown first. */
+function firstChoice(all) {
+    const folder = runs.get("folder");
+    if (page.job && jobs.has(page.job)) {
+        return page.job;
+    }
+    return (folder && !all.some((run) => run.began.results === folder.began.results && !run.isFolder) ? folder : all[0] || {id: null}).id ||
+        [...jobs.keys()][0] || null;
+}
+
 function show() {
     const all = shownRuns();
-    if ((!page.isFixed || !runs.has(page.chosen)) && all.length > 0) {
-        const folder = runs.get("folder");
-        const wanted = (folder && !all.some((run) => run.began.results === folder.began.results && !run.isFolder) ? folder : all[0]).id;
+    const isKnown = runs.has(page.chosen) || jobs.has(page.chosen);
+    if ((!page.isFixed || !isKnown) && (all.length > 0 || jobs.size > 0)) {
+        const wanted = firstChoice(all);
         if (page.chosen !== wanted) {
             choose(wanted, false);
             return;
         }
     }
-    place("runs", JSON.stringify(all.map((run) => [run.id, stateOfRun(run), run.id === page.chosen])), () => runList(all));
+    place("runs", JSON.stringify([all.map((run) => [run.id, stateOfRun(run), run.id === page.chosen]),
+                                  [...jobs].map(([id, job]) => [id, countsOf(job), id === page.chosen])]),
+          () => runList(all).concat(jobList()));
+    if (jobs.has(page.chosen)) {
+        showJob(jobs.get(page.chosen));
+        return;
+    }
+    place("parts", "none", () => []);
     const run = runs.get(page.chosen);
     const stray = [...runs.values()].filter((each) => each.isStray).flatMap((each) => each.messages);
     if (!run || !run.began) {
@@ -117,12 +154,14 @@ function connected(isConnected) {
 async function follow() {
     for (;;) {
         try {
-            const answer = await fetch(`api/runs?version=${page.version}`);
+            const look = document.visibilityState === "visible" ? "&look=1" : "";
+            const answer = await fetch(`api/runs?version=${page.version}${look}`);
             const list = await answer.json();
             page.version = list.version;
             await takeList(list.runs);
             connected(true);
             show();
+            await readLive(runs.get(page.chosen));
             await readChangedFiles();
             show();
         } catch (error) {
@@ -139,5 +178,6 @@ matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => {
 });
 readFolder().catch((error) => console.warn("the results folder cannot be read", error)).then(() => {
     show();
+    followJobs();
     return follow();
 });

@@ -7,7 +7,7 @@ const strayMessages = [];
 
 function newRun(id) {
     return {id, read: 0, version: 0, alive: true, progress: null, began: null, ended: null, plugins: new Map(),
-            messages: [], files: [], filesVersion: -1, isBusy: false};
+            messages: [], tables: new Map(), live: null, liveTime: 0, files: [], filesVersion: -1, isBusy: false};
 }
 
 function take(run, event) {
@@ -18,8 +18,8 @@ function take(run, event) {
         run.plugins.set(event.name, event);
     } else if (event.event === "message" && run.messages.length < maxMessages) {
         run.messages.push(event);
-    } else if (event.event === "live") {
-        run.live = event;
+    } else if (event.event === "table") {
+        run.tables.set(event.plugin, event);
     } else if (event.event === "ended") {
         run.ended = event;
     }
@@ -60,6 +60,9 @@ async function readFiles(run) {
 /* A results folder that was named on the command line, told by its record. */
 async function readFolder() {
     const start = await (await fetch("api/start")).json();
+    if (start.job) {
+        page.job = "job " + start.job;
+    }
     if (!start.folder) {
         return;
     }
@@ -115,11 +118,25 @@ function stateOfPlugin(run, name) {
     if (run.ended || !run.alive) {
         return run.ended && run.ended.outcome === "done" ? "not asked" : "unfinished";
     }
-    return run.progress && run.progress.plugin === name ? "running" : "waiting";
+    const isFilling = Boolean(run.live) && run.live.plugins.some((plugin) => plugin.name === name);
+    return isFilling || (run.progress && run.progress.plugin === name) ? "running" : "waiting";
 }
 
 function titleOfRun(run) {
     return run.began && run.began.document ? fileNameOf(run.began.document) : text("unnamed");
+}
+
+/* Results of plug-ins that are being executed: those of plug-ins that are done come with their events. */
+async function readLive(run) {
+    if (!run || !run.liveAt || run.liveTime === run.liveAt || run.ended) {
+        return;
+    }
+    run.liveTime = run.liveAt;
+    const answer = await fetch(`api/live?run=${encodeURIComponent(run.id)}`);
+    if (answer.ok) {
+        run.live = await answer.json();
+        run.version++;
+    }
 }
 
 /* The last ended run of the same document before this one. */
@@ -152,6 +169,7 @@ async function takeList(list) {
         run.progress = entry.progress || null;
         run.size = entry.size;
         await readEvents(run);
+        run.liveAt = entry.live || 0;
     }
     for (const id of [...runs.keys()]) {
         if (!known.has(id)) {

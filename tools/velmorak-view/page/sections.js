@@ -87,7 +87,8 @@ function detailSection(run, name, close) {
     for (const output of (told.outputs || []).filter((each) => each.type === "number")) {
         rows.push([output.name, shownMeasurement(output.value, output.error)]);
     }
-    return [element("h2", {}, name + " ", element("button", {type: "button", onclick: close}, text("Close"))), tableOf([text("what"), ""], rows)];
+    return [element("h2", {}, name + " ", element("button", {type: "button", onclick: close}, text("Close"))), tableOf([text("what"), ""], rows),
+            ...wirePart(run, plugin)];
 }
 
 function outputsOf(run) {
@@ -95,6 +96,11 @@ function outputsOf(run) {
     for (const plugin of run.plugins.values()) {
         for (const output of plugin.outputs || []) {
             all.push({plugin: plugin.name, kind: plugin.kind, output});
+        }
+    }
+    for (const plugin of run.live && !run.ended ? run.live.plugins : []) {
+        if (!run.plugins.has(plugin.name)) {
+            all.push(...plugin.outputs.map((output) => ({plugin: plugin.name, kind: plugin.kind, output, rows: plugin.rows})));
         }
     }
     return all;
@@ -193,8 +199,10 @@ function chartFigure(run, item) {
         known.chart.update(item.output, curves);
     }
     const {entries, mean, rms} = item.output;
+    known.figure.classList.toggle("live", item.rows !== undefined);
     known.facts.textContent = entries === undefined ? "" :
-        `${shownCount(entries)} ${text("entries")}` + (mean && mean.length === 1 ? `, ${text("mean")} ${shownNumber(mean[0], 5)}, rms ${shownNumber(rms[0], 5)}` : "");
+        `${shownCount(entries)} ${text("entries")}` + (mean && mean.length === 1 ? `, ${text("mean")} ${shownNumber(mean[0], 5)}, rms ${shownNumber(rms[0], 5)}` : "") +
+        (item.rows === undefined ? "" : `, ${shownCount(item.rows)} ${text("rows so far")}`);
     return known.figure;
 }
 
@@ -227,7 +235,7 @@ function textPart(item) {
 
 function resultsSection(run) {
     const items = outputsOf(run);
-    const fitted = items.filter((item) => item.output.type === "function" && item.output.parameters && item.output.parameters.length > 0);
+    const fitted = items.filter((item) => run.plugins.has(item.plugin) && item.output.type === "function" && item.output.parameters && item.output.parameters.length > 0);
     const isOverlaid = (item) => item.output.type === "function" && (run.began.pipeline || []).some((plugin) => plugin.name === item.plugin &&
         feedersOf(plugin).some((name) => items.some((other) => other.plugin === name && isDrawable(other) && other.output.type !== "function")));
     const drawnItems = items.filter((item) => isDrawable(item) && !isOverlaid(item));
@@ -276,35 +284,6 @@ function picturesSection(run) {
         element("figcaption", {}, element("span", {class: "title"}, link(file, file.name))),
         element("img", {loading: "lazy", alt: file.name, src: `${addressOf(run, file)}?${file.time}`})));
     return [heading("Pictures"), ...pages.map((file) => element("p", {}, link(file, file.name))), element("div", {class: "grid"}, figures)];
-}
-
-const heads = new Map();
-
-async function readHead(run, file, redraw) {
-    const key = addressOf(run, file) + file.time;
-    if (!heads.has(key)) {
-        heads.set(key, []);
-        const answer = await fetch(addressOf(run, file));
-        const lines = answer.ok ? (await answer.text()).split("\n").filter((line) => line !== "" && !line.startsWith("#")) : [];
-        heads.set(key, lines.slice(0, 11).map((line) => line.split(",")));
-        run.version++;
-        redraw();
-    }
-    return heads.get(key);
-}
-
-function tablesSection(run, redraw) {
-    const files = run.files.filter((file) => file.name.endsWith(".csv") && !isFormer(file) && file.size < 5e6).slice(0, 20);
-    const made = [];
-    for (const file of files) {
-        const rows = heads.get(addressOf(run, file) + file.time);
-        if (rows === undefined) {
-            readHead(run, file, redraw);
-        } else if (rows.length > 0) {
-            made.push(element("h3", {}, `${file.name}: ${text("first rows")}`), tableOf(rows[0], rows.slice(1)));
-        }
-    }
-    return made.length > 0 ? [heading("Tables"), ...made] : [];
 }
 
 function kindOfMessage(message) {

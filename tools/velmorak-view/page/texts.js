@@ -20,7 +20,13 @@ const germanTexts = {
     "log x": "log x", "log y": "log y", "log z": "log z", "Reset": "Zurück", "entries": "Einträge", "mean": "Mittel",
     "sum": "Summe", "Close": "Schließen", "settings": "Einstellungen", "No longer in the results folder":
         "Nicht mehr im Ergebnisordner", "the earlier one is in the folder former": "die frühere liegt im Ordner former",
-    "first rows": "erste Zeilen", "Outside of runs": "Außerhalb von Läufen", "threads": "Threads", "model": "Modell",
+    "first rows": "erste Zeilen", "rows so far": "Zeilen bisher", "table": "Tabelle", "what": "was", "real": "reell",
+    "integer": "ganz", "boolean": "wahr/falsch", "text": "Text", "No row has passed here yet.": "Hier ist noch keine Zeile vorbeigekommen.",
+    "Of the run at": "Aus dem Lauf um", "in this one no row had to pass.": "in diesem musste keine Zeile vorbeikommen.",
+    "Not read, because nothing uses them": "Nicht gelesen, weil nichts sie braucht", "more columns": "weitere Spalten",
+    "Jobs": "Aufträge", "Parts": "Teile", "part": "Teil", "parts are done": "Teilen sind fertig", "Nodes": "Rechner", "node": "Rechner",
+    "time of a part": "Zeit eines Teils", "Rounds": "Runden", "round": "Runde",
+    "All parts are done; velmorak-run --merge puts them together.": "Alle Teile sind fertig; velmorak-run --merge fügt sie zusammen.", "Outside of runs": "Außerhalb von Läufen", "threads": "Threads", "model": "Modell",
     "status": "Status", "Chart": "Diagramm",
     "drag to zoom, double click to reset; arrows, + and - on the keyboard":
         "Ziehen vergrößert, Doppelklick setzt zurück; Pfeile, + und - auf der Tastatur",
