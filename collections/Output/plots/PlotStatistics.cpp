@@ -15,12 +15,29 @@ std::string countText(std::int64_t count) {
     return std::to_string(count);
 }
 
+bool hasWeights(const BinSums& sums) {
+    return sums.w != static_cast<double>(sums.entries) || sums.ww != sums.w;
+}
+
+/// Fills outside of the axis, and their weights if there are any.
+void addOutside(std::vector<StatisticsRow>& rows, const std::string& name, const BinSums& sums, bool isWeighted) {
+    if (sums.entries == 0) {
+        return;
+    }
+    rows.push_back({name, countText(sums.entries)});
+    if (isWeighted) {
+        rows.push_back({name + " weight", numberLabel(roundedOrWhole(sums.w))});
+    }
+}
+
 /// Without entries there is no mean.
 std::vector<StatisticsRow> momentRows(std::int64_t entries, double mean, double rms) {
     if (entries == 0) {
         return {{"Entries", "0"}};
     }
-    return {{"Entries", countText(entries)}, {"Mean", roundedText(mean)}, {"RMS", roundedText(rms)}};
+    return {{"Entries", countText(entries)},
+            {"Mean", numberLabel(roundedText(mean))},
+            {"RMS", numberLabel(roundedText(rms))}};
 }
 
 /// One number for each axis, in brackets if there are several.
@@ -30,7 +47,7 @@ std::string axisText(const NumberOf& numberOf) {
     for (std::size_t direction = 0; direction < axes; ++direction) {
         text += (direction > 0 ? ", " : "") + roundedText(numberOf(direction), 3);
     }
-    return axes == 1 ? text : "(" + text + ")";
+    return numberLabel(axes == 1 ? text : "(" + text + ")");
 }
 
 /// @param sums coordinates of the axes first.
@@ -43,7 +60,7 @@ std::string momentLine(const CellSums<quantities>& sums) {
                        axisText<axes>([&](std::size_t direction) { return sums.mean(direction); }) + ", RMS " +
                        axisText<axes>([&](std::size_t direction) { return sums.rms(direction); });
     if constexpr (axes == 2) {
-        text += ", correlation " + roundedText(sums.correlation(0, 1), 3);
+        text += ", correlation " + numberLabel(roundedText(sums.correlation(0, 1), 3));
     }
     return text;
 }
@@ -52,16 +69,16 @@ std::string momentLine(const CellSums<quantities>& sums) {
 
 std::vector<StatisticsRow> statisticsOf(const Histogram1D& histogram) {
     const BinSums all = histogram.inRange();
+    const bool isWeighted = hasWeights(all) || hasWeights(histogram.underflow()) || hasWeights(histogram.overflow());
     std::vector<StatisticsRow> rows = momentRows(all.entries, all.mean(0), all.rms(0));
     if (!histogram.axis().labels.empty()) {
         rows = {{"Entries", countText(all.entries)}};  // The number of a category has no meaning.
     }
-    if (histogram.underflow().entries > 0) {
-        rows.push_back({"Underflow", roundedOrWhole(histogram.underflow().w)});
+    if (isWeighted) {
+        rows.insert(rows.begin() + 1, {"Sum of weights", numberLabel(roundedOrWhole(all.w))});
     }
-    if (histogram.overflow().entries > 0) {
-        rows.push_back({"Overflow", roundedOrWhole(histogram.overflow().w)});
-    }
+    addOutside(rows, "Underflow", histogram.underflow(), isWeighted);
+    addOutside(rows, "Overflow", histogram.overflow(), isWeighted);
     if (histogram.nanEntries() > 0) {
         rows.push_back({"NaN", countText(histogram.nanEntries())});
     }
@@ -80,16 +97,16 @@ std::vector<StatisticsRow> statisticsOf(const FunctionObject& function) {
         rows.push_back({"Fit", notes.status});
     }
     if (notes.chi2 && notes.ndf) {
-        rows.push_back({"χ²/ndf", roundedText(*notes.chi2) + " / " + formatNumber(*notes.ndf)});
+        rows.push_back({"χ²/ndf", numberLabel(roundedText(*notes.chi2)) + " / " + formatNumber(*notes.ndf)});
     }
     if (notes.pValue) {
-        rows.push_back({"p-value", roundedText(*notes.pValue)});
+        rows.push_back({"p-value", numberLabel(roundedText(*notes.pValue))});
     }
     for (std::size_t i = 0; i < function.parameters.size(); ++i) {
         const FunctionObject::Parameter& parameter = function.parameters[i];
         const double error = notes.errors[i].value_or(0.0);
-        rows.push_back(
-            {parameter.name, error == 0.0 ? roundedText(parameter.value) : formatMeasurement(parameter.value, error)});
+        rows.push_back({parameter.name, numberLabel(error == 0.0 ? roundedText(parameter.value)
+                                                                 : formatMeasurement(parameter.value, error))});
     }
     return rows;
 }
