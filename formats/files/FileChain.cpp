@@ -6,6 +6,7 @@
 
 #include <velmorak/FileCircumstances.h>
 #include <velmorak/Parts.h>
+#include <velmorak/RowBounds.h>
 #include <velmorak/Tasks.h>
 #include <velmorak/Text.h>
 
@@ -27,7 +28,11 @@ struct ChunkOrigin {
 };
 
 /// Reads several files, one after the other.
-class FileChain : public TableReader, public FileSelection, public SeekableReader, public FileCircumstances {
+class FileChain : public TableReader,
+                  public FileSelection,
+                  public SeekableReader,
+                  public FileCircumstances,
+                  public BoundedReader {
 public:
     FileChain(FileList list, std::shared_ptr<const FileOpener> opener, const FileChainOptions& options,
               RunContext& context);
@@ -36,6 +41,7 @@ public:
 
     const Schema& schema() const override { return columns; }
     void selectColumns(const std::vector<bool>& needed) override { isNeeded = needed; }
+    void leaveOutBeyond(const std::vector<ColumnBound>& limits) override { bounds = limits; }
     bool next(Chunk& chunk) override;
     std::uint64_t fileCount() const override { return list.files.size(); }
     void readOnly(const std::vector<bool>& isRead) override { isWanted = isRead; }
@@ -55,6 +61,7 @@ public:
 private:
     std::shared_ptr<OpenedFile> openFile(std::size_t position, OpenFiles::Place place) const;
     void selectColumnsOf(TableReader& reader) const;
+    void leaveOutOf(TableReader& reader) const;
     bool openNext();
     std::vector<std::size_t> positionsIn(const Schema& schema) const;
     void seekIn(OpenedFile& opened);
@@ -75,6 +82,7 @@ private:
     Schema columns;  ///< The common ones, then those of the files themselves.
 
     std::vector<bool> isNeeded;  ///< By column.
+    std::vector<ColumnBound> bounds;
     std::vector<bool> isWanted;  ///< By file.
     std::size_t file = 0;        ///< Being read, or to be opened next.
     std::shared_ptr<OpenedFile> current;
@@ -120,6 +128,7 @@ std::shared_ptr<OpenedFile> FileChain::openFile(std::size_t position, OpenFiles:
     auto ofFile = std::make_unique<FileContext>(context, listed.name, warnings);
     std::unique_ptr<TableReader> reader = opener->open(listed.path, &survey.common, *ofFile);
     selectColumnsOf(*reader);
+    leaveOutOf(*reader);
     return std::make_shared<OpenedFile>(std::move(place), std::move(ofFile), std::move(reader));
 }
 
@@ -132,6 +141,22 @@ void FileChain::selectColumnsOf(TableReader& reader) const {
         }
     }
     reader.selectColumns(neededOfFile);
+}
+
+/// The columns that the file itself has not, such as its name, have no bounds.
+void FileChain::leaveOutOf(TableReader& reader) const {
+    auto* const bounded = dynamic_cast<BoundedReader*>(&reader);
+    std::vector<ColumnBound> ofFile;
+    for (ColumnBound bound : bounds) {
+        const bool isOfFile = bound.column < survey.common.size();
+        if (const auto position = isOfFile ? reader.schema().find(survey.common[bound.column].name) : std::nullopt) {
+            bound.column = *position;
+            ofFile.push_back(bound);
+        }
+    }
+    if (bounded && !ofFile.empty()) {
+        bounded->leaveOutBeyond(ofFile);
+    }
 }
 
 std::vector<std::size_t> FileChain::positionsIn(const Schema& schema) const {

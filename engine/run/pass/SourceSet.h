@@ -19,9 +19,9 @@
 
 namespace velmorak {
 
-/// The sources and stored tables of one stream. Their rows follow each other in segments, one for each time that a source is read: a
-/// concatenation that takes a table twice has two segments of one source. Rows are numbered within a segment, chunks
-/// within a file; the files of all segments follow each other.
+/// The sources and stored tables of one stream. Their rows follow each other in segments, one for each time that a
+/// source is read: a concatenation that takes a table twice has two segments of one source. Rows are numbered within a
+/// segment, chunks within a file; the files of all segments follow each other.
 ///
 /// Threads: open, read and fraction are called by one thread at a time; so are commit, close and finish. complete may
 /// be called by several threads at once, for different chunks.
@@ -38,7 +38,8 @@ public:
     /// Leaves out columns that nobody uses. Called before the first read. @param isNeeded by column of the segment's
     /// table.
     void selectColumns(std::size_t segment, const std::vector<bool>& isNeeded);
-    /// Rows of the segment that fail a bound are dropped by the only operator that reads it. Called after selectColumns.
+    /// Rows of the segment that fail a bound are dropped by the only operator that reads it. Called after
+    /// selectColumns.
     void leaveOutBeyond(std::size_t segment, const std::vector<ColumnBound>& bounds);
     /// Leaves out some files. Called before the first read. @param isWanted by file of the pass.
     void readOnly(const std::vector<bool>& isWanted);

@@ -13,7 +13,7 @@ namespace velmorak {
 inline std::string listOfNames(const std::vector<std::string>& names, std::size_t most = 20) {
     std::string list;
     for (std::size_t i = 0; i < std::min(names.size(), most); ++i) {
-        list += (i == 0 ? "" : ", ") + quoted(names[i]);
+        list += (i == 0 ? "" : ", ") + velmorak::quoted(names[i]);
     }
     return names.size() > most ? list + " and " + std::to_string(names.size() - most) + " more" : list;
 }

@@ -5,8 +5,11 @@
 #include <velmorak/FileCircumstances.h>
 #include <velmorak/OpenFiles.h>
 #include <velmorak/Parts.h>
+#include <velmorak/RowBounds.h>
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
 #include <atomic>
 
 namespace velmorak {
@@ -301,6 +304,37 @@ private:
     std::vector<bool> needed;
     bool isRead = false;
 };
+
+class BoundReader : public SelectiveReader, public BoundedReader {
+public:
+    BoundReader(bool isReversed, std::vector<ColumnBound>& all) : SelectiveReader(isReversed), seen(all) {}
+    void leaveOutBeyond(const std::vector<ColumnBound>& bounds) override {
+        seen.insert(seen.end(), bounds.begin(), bounds.end());
+    }
+
+private:
+    std::vector<ColumnBound>& seen;
+};
+
+TEST_F(FileChainTest, passesBoundsToEachFileByTheNamesOfItsColumns) {
+    std::vector<ColumnBound> seen;
+    const std::unique_ptr<TableReader> reader = openOwn(
+        listOf({"a", "b"}), [&](const std::string& file) { return std::make_unique<BoundReader>(file == "b", seen); },
+        {.hasFileColumns = true});
+    reader->selectColumns({true, true, true, true});
+    const ColumnBound ofY{.column = 1, .relation = ColumnBound::Relation::Greater, .number = 5.0};
+    const ColumnBound ofFileNumber{.column = 3, .relation = ColumnBound::Relation::Less, .number = 1.0};
+    dynamic_cast<BoundedReader&>(*reader).leaveOutBeyond({ofY, ofFileNumber});
+    EXPECT_EQ(chunksOf(*reader).size(), 2U);
+    ColumnBound inReversed = ofY;
+    inReversed.column = 0;
+    // Files are opened ahead, in any order, and once more to look at their columns.
+    for (const ColumnBound& bound : seen) {
+        EXPECT_TRUE(bound == ofY || bound == inReversed);
+    }
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), ofY), 1);
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), inReversed), 1);
+}
 
 TEST_F(FileChainTest, asksEachFileForTheColumnsThatAreNeeded) {
     const std::unique_ptr<TableReader> reader = openOwn(
