@@ -159,6 +159,7 @@ std::string RowKeys::whole(std::size_t row) const {
 
 RowKeys RowKeys::of(const std::vector<std::uint32_t>& rowsWanted) const {
     RowKeys some;
+    some.rowsWithoutKey = rowsWithoutKey;
     some.prefixes.reserve(rowsWanted.size());
     if (!isShort()) {
         some.ends.reserve(rowsWanted.size() + 1);
