@@ -11,8 +11,8 @@ struct MemoryConfig {
     std::string warning{};  ///< About a setting that cannot be used; empty if there is none.
 };
 
-/// VELMORAK_MEMORY_LIMIT, such as 64MB, 500 MiB or 4G, or else half of the machine's memory. K, M, G and T are powers of
-/// 1024, with or without B or iB; a number without a unit counts bytes.
+/// VELMORAK_MEMORY_LIMIT, such as 64MB, 500 MiB or 4G, or else half of the machine's memory. K, M, G and T are powers
+/// of 1024, with or without B or iB; a number without a unit counts bytes.
 MemoryConfig memoryConfigFromEnvironment();
 
 /// @return half of the machine's memory in bytes, or of what a container may use if that is less.

@@ -24,7 +24,7 @@ struct NodeRun {
     bool isReported = false;   ///< The listener has been called.
     bool hasStreamed = false;  ///< Of a stream: at least one pass came to its end.
     NodeReport report;
-    std::string cause;           ///< Of a failed or skipped plug-in: name of the one that failed.
+    std::string cause;                         ///< Of a failed or skipped plug-in: name of the one that failed.
     std::shared_ptr<const StoredTable> table;  ///< That it has made, until nobody reads it any more.
     std::vector<Value> remains;  ///< Of a failed plug-in: what it has got, parallel to its outputs; may be empty.
     std::unique_ptr<NodeContext> context;

@@ -108,9 +108,8 @@ private:
 template <std::size_t... types>
 void takeValues(Taking& bytes, Column& column, const ColumnHeader& header, std::index_sequence<types...>) {
     using Values = decltype(column.values);
-    ((header.type == types
-          ? void(column.values = bytes.list<std::variant_alternative_t<types, Values>>(header.values))
-          : void()),
+    ((header.type == types ? void(column.values = bytes.list<std::variant_alternative_t<types, Values>>(header.values))
+                           : void()),
      ...);
 }
 
@@ -164,8 +163,7 @@ ChunkFile::Place ChunkFile::append(const std::vector<ColumnPtr>& columns, std::s
     }
     const Place place{end, bytes.size(), rows};
     for (std::size_t done = 0; done < bytes.size();) {
-        const ssize_t written =
-            pwrite(file, bytes.data() + done, bytes.size() - done, static_cast<off_t>(end + done));
+        const ssize_t written = pwrite(file, bytes.data() + done, bytes.size() - done, static_cast<off_t>(end + done));
         if (written < 0 && errno != EINTR) {
             fail("write to");
         }

@@ -23,8 +23,7 @@ void compute(const Operator& op, const Operator::Parent& parent, const Chunk& ta
         output.state->fill(table);
         return;
     }
-    Chunk rows =
-        op.countsRows ? parent.operation->apply(counted(table, output)) : parent.operation->apply(table);
+    Chunk rows = op.countsRows ? parent.operation->apply(counted(table, output)) : parent.operation->apply(table);
     rows.number = table.number;
     rows.firstRow = table.firstRow;
     rows.file = table.file;

@@ -16,9 +16,9 @@
 
 namespace velmorak {
 
-/// The sources and stored tables of one stream. Their rows follow each other in segments, one for each time that a source is read: a
-/// concatenation that takes a table twice has two segments of one source. Rows are numbered within a segment, chunks
-/// within a file; the files of all segments follow each other.
+/// The sources and stored tables of one stream. Their rows follow each other in segments, one for each time that a
+/// source is read: a concatenation that takes a table twice has two segments of one source. Rows are numbered within a
+/// segment, chunks within a file; the files of all segments follow each other.
 ///
 /// Threads: open, read and fraction are called by one thread at a time; so are commit, close and finish. complete may
 /// be called by several threads at once, for different chunks.

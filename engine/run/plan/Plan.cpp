@@ -190,8 +190,7 @@ void Plan::findSegments() {
         } else {
             for (const std::size_t feeder : tables[node]) {
                 const std::vector<std::size_t> stored{feeder};
-                const std::vector<std::size_t>& more =
-                    storesTable(feeder) ? stored : segmentLists[segmentsOf[feeder]];
+                const std::vector<std::size_t>& more = storesTable(feeder) ? stored : segmentLists[segmentsOf[feeder]];
                 segments.insert(segments.end(), more.begin(), more.end());
             }
         }

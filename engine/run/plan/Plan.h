@@ -20,8 +20,8 @@ KindCategory categoryOf(const Kind* kind);
 ///
 /// Invariants: the order holds every node once. A node comes after those that feed it, unless they lie on a cycle;
 /// nodes of a cycle have an error and come before the nodes that the cycle feeds. A stream node has the list of
-/// segments that its rows consist of: the sources and stored tables in the order of their rows. Nodes with the same list
-/// share a pass.
+/// segments that its rows consist of: the sources and stored tables in the order of their rows. Nodes with the same
+/// list share a pass.
 class Plan {
 public:
     /// @param pipeline outlives this, as does what isStopping refers to.

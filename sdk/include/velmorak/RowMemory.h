@@ -10,9 +10,8 @@
 /// How much memory kinds may use for rows that they keep, such as rows to be sorted.
 namespace velmorak {
 
-/// The memory for rows that the kinds of a run keep. A kind takes it before it keeps rows and gives it back when they are
-/// freed; when it gets no more, it moves rows to a temporary file (ChunkFile.h).
-/// Threads: any.
+/// The memory for rows that the kinds of a run keep. A kind takes it before it keeps rows and gives it back when they
+/// are freed; when it gets no more, it moves rows to a temporary file (ChunkFile.h). Threads: any.
 class MemoryBudget {
 public:
     static constexpr std::size_t defaultLimit = std::size_t{1} << 30U;

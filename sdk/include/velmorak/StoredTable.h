@@ -8,8 +8,8 @@
 namespace velmorak {
 
 /// The table that an Accumulator yields: rows that do not depend on one row of the input alone, such as sorted ones.
-/// The kind has an output of type table and sets it in Accumulation::finish; what is wired to it reads the rows in later
-/// passes, as from a source. The rows are in memory or in temporary files (RowMemory.h, ChunkFile.h), which the
+/// The kind has an output of type table and sets it in Accumulation::finish; what is wired to it reads the rows in
+/// later passes, as from a source. The rows are in memory or in temporary files (RowMemory.h, ChunkFile.h), which the
 /// destructor frees: the run keeps the table until nobody needs it any more.
 /// Threads: any number of readers at once.
 class StoredTable : public DataObject {
