@@ -243,7 +243,7 @@ std::string ResampleKind::notes() const {
            "times origin + n step, from the first row to the last; a column is NaN before its first value and after "
            "its "
            "last. Missing values (NaN) are left out; rows whose time is NaN or infinite are counted in the output "
-           "missing.\n";
+           "missing.";
 }
 
 Ports ResampleKind::ports(const ValueTexts& values) const {

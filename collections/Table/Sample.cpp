@@ -76,7 +76,7 @@ std::string SampleKind::notes() const {
            "fraction (Philox 4x32-10, J. Salmon et al., SC11, 2011). So the same seed keeps the same rows on any "
            "number "
            "of threads, a smaller fraction keeps some of the rows that a larger one keeps, and the number of rows kept "
-           "is binomially distributed.\n";
+           "is binomially distributed.";
 }
 
 Ports SampleKind::ports(const ValueTexts&) const {

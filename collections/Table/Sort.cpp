@@ -111,7 +111,7 @@ std::string SortKind::notes() const {
            "that Z comes before a; -0 equals 0. An expression that gives a list in each row is refused; columns with "
            "lists are carried along.\n\n"
            "Rows that do not fit into `VELMORAK_MEMORY_LIMIT` are sorted in temporary files, with the same result. A "
-           "planned run sorts while its parts are merged, because every row is needed before the first can be given.\n";
+           "planned run sorts while its parts are merged, because every row is needed before the first can be given.";
 }
 
 Ports SortKind::ports(const ValueTexts& values) const {

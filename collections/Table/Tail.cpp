@@ -166,7 +166,7 @@ std::string TailKind::summary() const {
 
 std::string TailKind::notes() const {
     return "The first rows are kept by Range, with the input last one below their number. The last rows are kept in "
-           "memory; the plug-in fails if they exceed `VELMORAK_MEMORY_LIMIT`.\n";
+           "memory; the plug-in fails if they exceed `VELMORAK_MEMORY_LIMIT`.";
 }
 
 Ports TailKind::ports(const ValueTexts&) const {

@@ -145,7 +145,7 @@ std::string UniqueKind::notes() const {
            "are equal to each other, as are all empty texts. To keep another row of each key than the first, sort the "
            "table before: the row with the largest pt is the first after Sort by `pt descending`.\n\n"
            "The keys that have occurred are kept in memory. If they exceed `VELMORAK_MEMORY_LIMIT`, the plug-in "
-           "fails.\n";
+           "fails.";
 }
 
 Ports UniqueKind::ports(const ValueTexts& values) const {

@@ -259,7 +259,7 @@ std::string WindowKind::notes() const {
            "is "
            "missing.\n\n"
            "Sums over a window are not updated by subtraction, so that the rounding errors of former rows do not "
-           "accumulate.\n";
+           "accumulate.";
 }
 
 Ports WindowKind::ports(const ValueTexts& values) const {

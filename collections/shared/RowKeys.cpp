@@ -157,14 +157,15 @@ std::string RowKeys::whole(std::size_t row) const {
     return key;
 }
 
-RowKeys RowKeys::of(const std::vector<std::uint32_t>& rowsWanted) const {
+RowKeys RowKeys::inOrder(const std::vector<std::uint32_t>& order) const {
     RowKeys some;
-    some.prefixes.reserve(rowsWanted.size());
+    some.rowsWithoutKey = rowsWithoutKey;
+    some.prefixes.reserve(order.size());
     if (!isShort()) {
-        some.ends.reserve(rowsWanted.size() + 1);
+        some.ends.reserve(order.size() + 1);
         some.ends.push_back(0);
     }
-    for (const std::uint32_t row : rowsWanted) {
+    for (const std::uint32_t row : order) {
         some.prefixes.push_back(prefixes[row]);
         if (!isShort()) {
             some.bytes += rest(row);

@@ -50,8 +50,8 @@ public:
     std::size_t bytesInMemory() const {
         return prefixes.size() * sizeof(std::uint64_t) + ends.size() * sizeof(std::uint64_t) + bytes.size();
     }
-    /// @return the keys of these rows.
-    RowKeys of(const std::vector<std::uint32_t>& rowsWanted) const;
+    /// @return the same keys in another order. @param order has each row once.
+    RowKeys inOrder(const std::vector<std::uint32_t>& order) const;
 
     static std::strong_ordering compare(const RowKeys& one, std::size_t row, const RowKeys& other,
                                         std::size_t otherRow) {

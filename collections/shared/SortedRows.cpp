@@ -191,7 +191,7 @@ SortedRows sortedRows(const Chunk& chunk, const KeyMaker& keys) {
     std::vector<RowAt> places(order.size());
     std::transform(order.begin(), order.end(), places.begin(),
                    [](std::uint32_t row) { return RowAt{.prefix = 0, .part = 0, .row = row}; });
-    SortedRows sorted{{}, unsorted->keys.of(order), chunk.rows};
+    SortedRows sorted{{}, unsorted->keys.inOrder(order), chunk.rows};
     for (std::size_t column = 0; column < chunk.columns.size(); ++column) {
         sorted.columns.push_back(gathered({unsorted}, column, places));
     }

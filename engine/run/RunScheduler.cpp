@@ -127,7 +127,7 @@ void RunScheduler::reportTo(RunReport& report) {
     report.files = recordFiles(cache.filesOf(needed));
     report.skipped = skippedFiles(state);
     for (std::size_t i = 0; i < state.runs.size(); ++i) {
-        state.freeTables(i);
+        state.freeTable(i);
     }
     for (NodeRun& run : state.runs) {
         report.nodes.push_back(std::move(run.report));
@@ -323,14 +323,13 @@ void RunScheduler::freeStoredTables() {
     const std::set<std::size_t> isRead = passPlanner.storedTablesToRead();
     for (std::size_t i = 0; i < state.runs.size(); ++i) {
         if (state.plan.storesTable(i) && !isRead.contains(i)) {
-            state.freeTables(i);
+            state.freeTable(i);
         }
     }
 }
 
 /// @return whether there was anything to pass.
 bool RunScheduler::passNext() {
-    freeStoredTables();
     const std::vector<std::size_t> targets = passPlanner.nextTargets();
     if (targets.empty()) {
         return false;
@@ -343,6 +342,7 @@ bool RunScheduler::passNext() {
         pass.keepWith(fileStates);
         pass.execute(executor);
     }
+    freeStoredTables();
     return true;
 }
 

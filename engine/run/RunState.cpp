@@ -182,26 +182,14 @@ void RunState::finish(std::size_t position, NodeStatus status, std::vector<Value
             value = withPartialMark(value, pipeline.partial);
         }
     }
-    runs[position].report.outputs = std::move(outputs);
-}
-
-std::shared_ptr<const StoredTable> RunState::storedTable(std::size_t position) const {
-    for (const Value& value : runs[position].report.outputs) {
+    for (Value& value : outputs) {
         const auto* const object = std::get_if<DataObjectPtr>(&value);
         if (auto table = std::dynamic_pointer_cast<const StoredTable>(object ? *object : nullptr)) {
-            return table;
-        }
-    }
-    return nullptr;
-}
-
-void RunState::freeTables(std::size_t position) {
-    for (Value& value : runs[position].report.outputs) {
-        const auto* const object = std::get_if<DataObjectPtr>(&value);
-        if (object && *object && (*object)->type() == ValueType::Table) {
+            runs[position].table = std::move(table);
             value = {};
         }
     }
+    runs[position].report.outputs = std::move(outputs);
 }
 
 void RunState::addSeconds(std::size_t position, std::chrono::nanoseconds time) {

@@ -24,7 +24,8 @@ struct NodeRun {
     bool isReported = false;   ///< The listener has been called.
     bool hasStreamed = false;  ///< Of a stream: at least one pass came to its end.
     NodeReport report;
-    std::string cause;           ///< Of a failed or skipped plug-in: name of the one that failed.
+    std::string cause;                         ///< Of a failed or skipped plug-in: name of the one that failed.
+    std::shared_ptr<const StoredTable> table;  ///< That it has made, until nobody reads it any more.
     std::vector<Value> remains;  ///< Of a failed plug-in: what it has got, parallel to its outputs; may be empty.
     std::unique_ptr<NodeContext> context;
 };
@@ -58,12 +59,13 @@ public:
     void skip(std::size_t position, const std::string& cause);
     /// Sets the status of a plug-in that was not finished when the run was stopped.
     void stopFirst(std::size_t position);
-    /// Marks the objects if the results are partial.
+    /// Marks the objects if the results are partial. A stored table is kept apart from the outputs, of which there are
+    /// copies.
     void finish(std::size_t position, NodeStatus status, std::vector<Value> outputs);
     /// @return the table that the plug-in has stored; null without one.
-    std::shared_ptr<const StoredTable> storedTable(std::size_t position) const;
-    /// Frees the stored tables of the plug-in, when nobody reads them any more.
-    void freeTables(std::size_t position);
+    std::shared_ptr<const StoredTable> storedTable(std::size_t position) const { return runs[position].table; }
+    /// Frees the stored table of the plug-in, when nobody reads it any more.
+    void freeTable(std::size_t position) { runs[position].table.reset(); }
     void addSeconds(std::size_t position, std::chrono::nanoseconds time);
     /// A pass of the stream came to its end.
     void pass(std::size_t position);

@@ -113,8 +113,7 @@ TEST(Rename, canExchangeNames) {
 TEST(Rename, saysWhatIsWrong) {
     KindHarness bench("Rename");
     bench.wire("table", tableOf({{"x", {1}}, {"y", {2}}}, 2));
-    EXPECT_EQ(bench.set("names", "z -> w").failure(),
-              "names: there is no column \"z\"; the columns are \"x\" and \"y\"");
+    EXPECT_EQ(bench.set("names", "z -> w").failure(), "names: there is no column \"z\"; the columns are \"x\", \"y\"");
     EXPECT_EQ(bench.set("names", "x -> y").failure(), "names: there would be two columns \"y\"");
     EXPECT_EQ(bench.set("names", "x -> w; x -> v").failure(), "names: column \"x\" is listed twice");
     EXPECT_EQ(bench.set("names", "x").failure(), "names: \"x\" has no arrow; write: old -> new");

@@ -9,21 +9,6 @@
 
 namespace velmorak {
 
-namespace {
-
-/// The rows of a table are not kept from run to run.
-std::vector<Value> withoutTables(std::vector<Value> values) {
-    for (Value& value : values) {
-        const auto* const object = std::get_if<DataObjectPtr>(&value);
-        if (object && *object && (*object)->type() == ValueType::Table) {
-            value = {};
-        }
-    }
-    return values;
-}
-
-}  // namespace
-
 ResultCache::ResultCache(RunState& state, ResultStore& store, FileHashes& hashes)
     : state(state),
       store(store),
@@ -114,7 +99,7 @@ void ResultCache::keep(std::size_t position) {
     std::string reason;
     const std::optional<NodeError> error = errorIn([&] {
         reason = store.keep(runNumber, *keys[position],
-                            {withoutTables(run.report.outputs), *files[position], asked[position], written[position]});
+                            {run.report.outputs, *files[position], asked[position], written[position]});
     });
     if (error || !reason.empty()) {
         state.messages.line(titleOf(state.node(position)) +

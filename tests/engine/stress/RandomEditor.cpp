@@ -40,7 +40,11 @@ const std::map<std::string, Texts> textsOfSources{
      {"x: uniform(0, 1); y: gauss(0, 1); n: poisson(3)", "x: exponential(2); y: breitwigner(1, 2); n: poisson(9)"}},
     {"object", {"", "", "", "/lab/spectrum"}},
     {"types", {""}}};
-const std::map<std::string, Texts> textsOfTables{{"columns", {"x y n", "x y n", "n x", ""}}, {"file", {""}}};
+const std::map<std::string, Texts> textsOfTables{{"columns", {"x y n", "x y n", "n x", ""}},
+                                                 {"file", {""}},
+                                                 {"by", {"x", "n; y descending", "n", ""}},
+                                                 {"names", {"x -> y; y -> x", "n -> m", ""}},
+                                                 {"time", {"x", "n"}}};
 const std::map<std::string, Texts> textsOfOutputs{{"file", {"", "", "", "a.aida", "b.aida", "../c"}}};
 
 /// @return plausible texts for a text input; empty if only its default is known to work.
