@@ -1,20 +1,17 @@
 #include "run/parts/JobPlan.h"
 
+#include "run/record/WholeFile.h"
 #include "run/results/ResultsPlace.h"
 #include "store/AtomicFile.h"
 #include "store/Sha256.h"
 
 #include <velmorak/Failure.h>
-#include <velmorak/RegularFile.h>
 #include <velmorak/Text.h>
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cerrno>
-#include <fstream>
 #include <optional>
-#include <sstream>
 #include <string_view>
 #include <system_error>
 
@@ -275,20 +272,6 @@ std::string digestOf(const Json& plan) {
     return hexOf(digester.finish());
 }
 
-std::string contentOf(const fs::path& file) {
-    if (const std::string sentence = whyNotRegular(file); !sentence.empty()) {
-        throw Failure(sentence);
-    }
-    errno = 0;
-    const std::ifstream stream(file, std::ios::binary);
-    if (!stream) {
-        throw Failure(velmorak::quoted(file.string()) + " cannot be read: " + std::generic_category().message(errno));
-    }
-    std::ostringstream content;
-    content << stream.rdbuf();
-    return content.str();
-}
-
 }  // namespace
 
 void writePlan(const fs::path& file, JobPlan& plan) {
@@ -307,7 +290,7 @@ void writePlan(const fs::path& file, JobPlan& plan) {
 JobPlan readPlan(const fs::path& file) {
     const std::string name = velmorak::quoted(file.string());
     try {
-        Json json = Json::parse(contentOf(file));
+        Json json = Json::parse(contentOf(file, "the plan " + name));
         if (json.at(key::plan) != formatVersion) {
             throw Failure("the plan " + name + " is of another version of the program; plan the job again");
         }

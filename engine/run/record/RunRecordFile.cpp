@@ -1,22 +1,19 @@
 #include "run/record/RunRecordFile.h"
 
 #include "run/record/Version.h"
+#include "run/record/WholeFile.h"
 #include "run/results/ResultsPlace.h"
 #include "store/AtomicFile.h"
 #include "store/Sha256.h"
 
 #include <velmorak/Failure.h>
 #include <velmorak/ObjectBytes.h>
-#include <velmorak/RegularFile.h>
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include <cerrno>
-#include <fstream>
 #include <new>
-#include <sstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -253,22 +250,6 @@ StoredRunRecord readRecord(const Json& record) {
     return stored;
 }
 
-/// @throws Failure
-std::string contentOf(const fs::path& file) {
-    if (const std::string sentence = whyNotRegular(file); !sentence.empty()) {
-        throw Failure(sentence);
-    }
-    errno = 0;
-    const std::ifstream stream(file, std::ios::binary);
-    if (!stream) {
-        throw Failure("the record \"" + file.string() +
-                      "\" cannot be opened: " + std::generic_category().message(errno));
-    }
-    std::ostringstream content;
-    content << stream.rdbuf();
-    return content.str();
-}
-
 }  // namespace
 
 std::string_view nameOf(NodeStatus status) {
@@ -334,7 +315,7 @@ StoredRunRecord readRunRecord(const fs::path& file) {
         throw Failure("\"" + file.string() + "\" is no record of a run: " + reason);
     };
     try {
-        const Json record = Json::parse(contentOf(file));
+        const Json record = Json::parse(contentOf(file, "the record \"" + file.string() + "\""));
         if (record.at(key::run) != formatVersion) {
             reject("its format has an unknown version");
         }
