@@ -144,6 +144,79 @@ def check_cut_file(place):
         check_same(place, expected, parts, document)
 
 
+def check_cut_text(place):
+    """One text file that is cut. The parts begin in the middle of it: what comes before need not even be readable."""
+    generator = random.Random(3)
+    lines = ["x,y,n,text"]
+    for row in range(200000):
+        last = "1.5" if row == 199999 else "%d" % generator.randrange(9)  # Decides on the type of the column.
+        text = generator.choice(["plain", '"in, quotes"', '"two\nlines"'])
+        lines.append("%r,%r,%s,%s" % (generator.gauss(0, 1), generator.random(), last, text))
+        if generator.random() < 0.001:
+            lines.append("# no row")
+    whole = place.folder / "whole.csv"
+    whole.write_text("\n".join(lines) + "\n")
+    for more in ({}, {"errors": "skip"}):
+        clear(place)
+        document = place.document(*analysis(plugin("Rows", "CsvTable", file="whole.csv", **more)))
+        expected = plain(place, document)
+        for parts in (2, 3, 7):
+            check_same(place, expected, parts, document)
+            ranges = json.loads((place.folder / ("job%d" % parts) / "plan.json").read_text())["parts"]
+            assert all("start" in each for each in ranges if each["begin"][1] > 0) and len(ranges) > parts, ranges
+    plan(place, "middle", 3, document)
+    shutil.copy(whole, place.folder / "kept.csv")
+    said = fine(place.run("--part", "3", "--why", "middle")).stderr
+    assert "Part 3 of 6, round 1: file 1 of 1, from chunk " in said and "; begins at row " in said, said
+    first = (place.folder / "middle" / "parts" / "00003.part").read_bytes()
+    times = whole.stat()
+    start = next(each["start"] for each in json.loads((place.folder / "middle" / "plan.json").read_text())["parts"][2:])
+    byte = int(start[1].split(":")[0])
+    with whole.open("r+b") as file:
+        file.seek(len(lines[0]) + 1)
+        file.write(b'"' * (byte - len(lines[0]) - 2))
+    os.utime(whole, ns=(times.st_atime_ns, times.st_mtime_ns))
+    (place.folder / "middle" / "parts" / "00003.part").unlink()
+    fine(place.run("--part", "3", "middle"))
+    assert (place.folder / "middle" / "parts" / "00003.part").read_bytes() == first
+    shutil.copy(place.folder / "kept.csv", whole)
+
+
+def check_rounds(place):
+    """The parts of the first round are merged once for all of the second, whoever comes first."""
+    clear(place)
+    document = place.document(*analysis(plugin("Rows", "CsvTable", file="data/run_*.csv")))
+    expected = plain(place, document)
+    plan(place, "rounds", 4, document)
+    do_parts(place, "rounds", [1, 2, 3, 4])
+    parts, merged = place.folder / "rounds" / "parts", place.folder / "rounds" / "merged"
+    both = [subprocess.Popen([place.runner, "--part", number, "rounds"], cwd=place.folder, env=place.environment,
+                             stderr=subprocess.DEVNULL) for number in "56"]
+    assert [each.wait() for each in both] == [0, 0]
+    kept = list(merged.iterdir())
+    assert len(kept) == 1, kept
+    parts.rename(place.folder / "away")
+    parts.mkdir()
+    fine(place.run("--part", "7", "rounds"))
+    content = kept[0].read_bytes()
+    for damaged in (content[:-1], b"", content.replace(b"VlmPart1", b"VlmPart0")):
+        kept[0].write_bytes(damaged)
+        assert "needs the results of parts 1-4" in fine(place.run("--part", "8", "rounds"), 6).stderr
+    shutil.copy(place.folder / "away" / "00001.part", kept[0])
+    assert "needs the results of parts 1-4" in fine(place.run("--part", "8", "rounds"), 6).stderr, "not of all parts"
+    for path in (place.folder / "away").iterdir():
+        path.rename(parts / path.name)
+    fine(place.run("--part", "8", "rounds"))
+    assert kept[0].read_bytes() == content, "made again"
+    fine(place.run("--merge", "-j", "2", "--results", "merged", "rounds"))
+    assert tree(place.folder / "merged") == expected
+    shutil.rmtree(merged)
+    merged.touch()
+    (parts / "00008.part").unlink()
+    fine(place.run("--part", "8", "rounds"))
+    assert merged.is_file(), "each part merges for itself where the folder cannot be written"
+
+
 def check_scan(place):
     """Each value has parts of its own. A plain scan computes what does not depend on the value once, as run.json tells."""
     clear(place)
@@ -383,6 +456,8 @@ def main(runner, examples, *flags):
         check_files(place)
         shutil.rmtree(place.folder / "plain")
         check_cut_file(place)
+        check_cut_text(place)
+        check_rounds(place)
         shutil.rmtree(place.folder / "plain")
         check_scan(place)
         shutil.rmtree(place.folder / "plain")

@@ -1,6 +1,7 @@
 #include "JobCommand.h"
 
 #include "PartNumber.h"
+#include "PartText.h"
 #include "Settings.h"
 #include "StopOnSignal.h"
 
@@ -162,7 +163,11 @@ ExitStatus failPart(const JobFolder& job, std::size_t part, const std::string& r
 
 ExitStatus doPart(const JobFolder& job, const JobPlan& plan, std::size_t part, const Options& options,
                   StopOnSignal& signals) {
-    const Done before = doneOf(job, plan, velmorak::partsBefore(plan, part), std::cerr);
+    if (options.isWhy) {
+        std::cerr << velmorak::whatPartCovers(plan, part) << '\n';
+    }
+    const std::vector<std::size_t> earlier = velmorak::partsBefore(plan, part);
+    const Done before = velmorak::isMergedBefore(job, plan, part) ? Done{} : doneOf(job, plan, earlier, std::cerr);
     if (!before.missing.empty()) {
         std::cerr << "velmorak-run: " << partNames({part}) << " needs the results of " << partNames(before.missing)
                   << "; do " << (before.missing.size() == 1 ? "it" : "them") << " first\n";
@@ -175,7 +180,7 @@ ExitStatus doPart(const JobFolder& job, const JobPlan& plan, std::size_t part, c
         return failPart(job, part, failure.what());
     }
     PlannedPipeline pipeline(plan, plan.runs[plan.parts[part].run], options, moved);
-    velmorak::PartRun partRun(job, plan, part, before.parts);
+    velmorak::PartRun partRun(job, plan, part, earlier);
     const velmorak::TemporaryFolder results("part");
     const velmorak::RunReport& report = pipeline.run(signals, partRun, results.path());
     if (report.wasStopped || signals.wasAsked()) {

@@ -48,6 +48,21 @@ fs::path JobFolder::failureFile(std::size_t part) const {
     return folder / "parts" / (nameOf(part) + ".failed");
 }
 
+fs::path JobFolder::mergedFile(std::size_t run, std::size_t pass, std::size_t neededBy) const {
+    return folder / "merged" / fmt::format("{}-{}-for-{}.part", run + 1, pass + 1, neededBy + 1);
+}
+
+bool JobFolder::hasMerged(const JobPlan& plan, std::size_t run, std::size_t pass, std::size_t neededBy) const {
+    const fs::path file = mergedFile(run, pass, neededBy);
+    std::error_code ignored;
+    bool isOfPlan = false;
+    return fs::exists(file, ignored) && !errorIn([&] {
+               const PartIdentity identity = PartReader(file).identity();
+               isOfPlan = identity.plan == plan.digest && identity.number == 0 && identity.build == buildOf(plan);
+           }) &&
+           isOfPlan;
+}
+
 JobFolder::Status JobFolder::statusOf(const JobPlan& plan, std::size_t part) const {
     std::error_code error;
     const fs::path file = partFile(part);
@@ -78,10 +93,12 @@ void JobFolder::forgetFailure(std::size_t part) const {
 
 void JobFolder::removeLeftovers() const {
     std::error_code ignored;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder / "parts", ignored)) {
-        const std::string name = entry.path().filename().string();
-        if (name.starts_with('.') && name.ends_with(".part")) {
-            fs::remove(entry.path(), ignored);
+    for (const char* const place : {"parts", "merged"}) {
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder / place, ignored)) {
+            const std::string name = entry.path().filename().string();
+            if (name.starts_with('.') && name.ends_with(".part")) {
+                fs::remove(entry.path(), ignored);
+            }
         }
     }
 }

@@ -10,7 +10,8 @@
 
 namespace velmorak {
 
-/// The folder of a job: plan.json, and for each part a file in parts/, or a note why it failed.
+/// The folder of a job: plan.json, for each part a file in parts/, or a note why it failed, and in merged/ what parts
+/// of later rounds need of the earlier ones.
 class JobFolder {
 public:
     explicit JobFolder(std::filesystem::path folder) : folder(std::move(folder)) {}
@@ -19,6 +20,12 @@ public:
     std::filesystem::path planFile() const { return folder / "plan.json"; }
     /// @param part position in the plan.
     std::filesystem::path partFile(std::size_t part) const;
+
+    /// The states of all parts of a pass together, as far as the parts of another pass need them.
+    /// @param pass of the run, as is neededBy.
+    std::filesystem::path mergedFile(std::size_t run, std::size_t pass, std::size_t neededBy) const;
+    /// Whether this file is there, and of this plan.
+    bool hasMerged(const JobPlan& plan, std::size_t run, std::size_t pass, std::size_t neededBy) const;
 
     enum class State { Done, Missing, Failed, Refused };
     struct Status {

@@ -32,6 +32,10 @@ public:
 protected:
     virtual void passPlanned(std::size_t pass, const std::vector<std::size_t>& targets, const PassPlanner& planner,
                              Executor& executor);
+    /// Takes over what the parts that are used know of files. @throws Failure if a file changed between two of them.
+    virtual void learnFiles();
+    void learn(const PartSummary& summary, const std::string& part);
+    std::vector<std::filesystem::path> partFilesOf(std::size_t pass) const;
     const PlannedRun& planned() const { return plan.runs[run]; }
     /// @return where a file of the plan is now.
     std::string placeOf(const std::string& plannedPath) const;
@@ -45,7 +49,6 @@ protected:
     FileHashes* hashes = nullptr;
 
 private:
-    void learn(const PartSummary& summary, const std::string& part);
     void learn(const PartInput& input, const std::string& part);
     void noteSkipped(const PartInput& input);
 
@@ -77,10 +80,14 @@ public:
 protected:
     void passPlanned(std::size_t pass, const std::vector<std::size_t>& targets, const PassPlanner& planner,
                      Executor& executor) override;
+    void learnFiles() override;
 
 private:
     const PlannedPart& plannedPart() const { return plan.parts[part]; }
     void findNeeded();
+    void passEarlier(std::size_t pass, const std::vector<std::size_t>& targets, const PassPlanner& planner,
+                     Executor& executor);
+    bool gather(std::size_t pass, const std::vector<std::size_t>& targets, const PassPlanner& planner) const;
     void collectFiles();
     std::string asPlanned(std::string text) const;
     void addFile(const std::filesystem::path& path);
@@ -91,14 +98,19 @@ private:
     /// Paths that this part reads from their beginnings, with what is planned of each.
     std::map<std::string, const PlannedFile*> ownFiles;
     std::set<std::string> allFiles;  ///< Paths that some part reads.
+    std::set<std::size_t> passed;    ///< Earlier passes.
     std::optional<PartWriter> writer;
     PartSummary summary;
     std::string problem;
     bool hasEnded = false;
 };
 
-/// Parts of passes that the part needs, directly or by others, or that all parts together are.
+/// Passes that the part needs, directly or by others.
+std::set<std::size_t> passesBefore(const JobPlan& plan, std::size_t part);
+/// The parts of these passes.
 std::vector<std::size_t> partsBefore(const JobPlan& plan, std::size_t part);
+/// Whether their results were merged already for the pass of this part, so that the parts are not needed any more.
+bool isMergedBefore(const JobFolder& job, const JobPlan& plan, std::size_t part);
 
 /// @throws Failure if a file that the part reads has changed since the plan.
 void checkFiles(const JobPlan& plan, std::size_t part, const MovedFiles& moved);

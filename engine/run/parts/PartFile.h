@@ -17,7 +17,7 @@ namespace velmorak {
 /// Which part a file holds.
 struct PartIdentity {
     std::string plan;        ///< Digest of the plan.
-    std::size_t number = 0;  ///< Counted from 1.
+    std::size_t number = 0;  ///< Counted from 1; 0: all parts of a pass together.
     std::string build;       ///< Of the library and the kinds.
 };
 

@@ -19,6 +19,12 @@ std::string sentenceOf(const RunState& state, std::size_t node) {
     return titleOf(state.node(node)) + ": " + state.runs[node].report.sentence;
 }
 
+/// Such a state may have given its rows to a file already.
+bool writesRows(const RunState& state, const Operator& op) {
+    const auto* const kind = dynamic_cast<const Accumulator*>(state.node(op.node).kind);
+    return kind && kind->mergeOrder() == Accumulator::MergeOrder::FirstToLast;
+}
+
 /// Writes one range of one pass.
 class PassExport {
 public:
@@ -30,8 +36,10 @@ public:
     /// @return why not all rows were used.
     std::string finish(PartSummary& summary);
 
-private:
+    /// Gives the states to the writer.
     void exportStates(Operator& op);
+
+private:
     std::string give(Operator& op);
 
     RunState& state;
@@ -124,21 +132,27 @@ public:
     }
 
     void add(const std::filesystem::path& file);
+    /// What all parts so far know: the rows of all of them, and each file once.
+    PartSummary summary() const;
 
 private:
     using Place = std::pair<std::string, std::size_t>;
 
     void add(PartRecord record);
+    void addFiles(const PartSummary& summary);
     void addRows(const PartSummary& summary, const std::filesystem::path& file);
 
     RunState& state;
     StreamPass& pass;
-    std::map<Place, Operator*> operators;  ///< That are at work, by plug-in and first segment.
+    std::map<Place, Operator*> operators;      ///< That are at work, by plug-in and first segment.
+    std::map<std::string, PartInput> files;    ///< By path.
+    std::map<std::string, PartInput> skipped;  ///< By plug-in and path.
 };
 
 void PassImport::add(const std::filesystem::path& file) {
     PartReader reader(file);
     addRows(reader.summary(), file);
+    addFiles(reader.summary());
     while (std::optional<PartRecord> record = reader.next()) {
         if (state.isStopping()) {
             return;
@@ -156,6 +170,32 @@ void PassImport::add(PartRecord record) {
     record.piece.state = mustBe(op.accumulation->newState(), "state");
     loadState(*record.piece.state, record.bytes, state.node(op.node).kindName);
     op.merger->take(std::move(record.piece));
+}
+
+void PassImport::addFiles(const PartSummary& summary) {
+    for (const PartInput& input : summary.files) {
+        files.emplace(input.path, input);
+    }
+    for (const PartInput& input : summary.skipped) {
+        skipped.emplace(input.plugin + '\0' + input.path, input);
+    }
+}
+
+PartSummary PassImport::summary() const {
+    PartSummary all;
+    for (const auto& [place, op] : operators) {
+        all.operators.push_back({place.first, place.second, op->rowsIn, op->rowsOut});
+    }
+    for (std::size_t i = 0; i < pass.tables().size(); ++i) {
+        all.rowsRead.push_back(pass.tables().rowsOf(i));
+    }
+    for (const auto& each : files) {
+        all.files.push_back(each.second);
+    }
+    for (const auto& each : skipped) {
+        all.skipped.push_back(each.second);
+    }
+    return all;
 }
 
 void PassImport::addRows(const PartSummary& summary, const std::filesystem::path& file) {
@@ -190,6 +230,38 @@ std::string writePass(RunState& state, const PassPlanner& planner, const std::ve
         pass.readRows(executor);
     }
     return exported.finish(summary);
+}
+
+bool gatherPass(RunState& state, const PassPlanner& planner, const std::vector<std::size_t>& targets,
+                const std::vector<std::filesystem::path>& parts, PartWriter& writer) {
+    StreamPass pass(state, state.plan.segments(targets.front()), planner.operatorsFor(targets));
+    if (!pass.prepare()) {
+        return false;
+    }
+    PassExport exported(state, pass, {}, writer);
+    PassImport imported(state, pass);
+    for (std::size_t i = 0; i < pass.operators().size(); ++i) {
+        Operator& op = pass.operators().at(i);
+        if (op.isDropped || writesRows(state, op)) {
+            return false;
+        }
+        if (op.accumulation) {
+            exported.exportStates(op);
+        }
+    }
+    for (const std::filesystem::path& part : parts) {
+        if (state.isStopping()) {
+            return false;
+        }
+        imported.add(part);
+    }
+    for (std::size_t i = 0; i < pass.operators().size(); ++i) {
+        if (pass.operators().at(i).accumulation) {
+            pass.operators().at(i).merger->release();
+        }
+    }
+    writer.commit(imported.summary());
+    return true;
 }
 
 void mergePass(RunState& state, const PassPlanner& planner, const std::vector<std::size_t>& targets,

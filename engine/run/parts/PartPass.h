@@ -20,6 +20,14 @@ class Executor;
 std::string writePass(RunState& state, const PassPlanner& planner, const std::vector<std::size_t>& targets,
                       const PassRange& range, Executor& executor, PartWriter& writer, PartSummary& summary);
 
+/// Merges the states of the parts of a whole pass as far as that is possible without finishing the targets, and writes
+/// them as one part.
+/// @param parts all of the pass, in the order of the rows.
+/// @return false if a target cannot be prepared or merges from first to last, or if the run was stopped.
+/// @throws Failure if a part is damaged, or lacks states. A failure of the writer is left in it.
+bool gatherPass(RunState& state, const PassPlanner& planner, const std::vector<std::size_t>& targets,
+                const std::vector<std::filesystem::path>& parts, PartWriter& writer);
+
 /// Finishes the targets with the states of the parts of their pass, instead of reading rows.
 /// @param parts in the order of the rows.
 /// @throws Failure if a part is damaged, or lacks states.

@@ -23,6 +23,7 @@ struct PassRange {
     bool isWhole() const { return begin == ChunkPlace{} && end.file == unlimited; }
     /// File after the last one of which the range holds a chunk.
     std::uint64_t endFile() const { return end.chunk > 0 ? end.file + 1 : end.file; }
+    bool holdsChunksOf(std::uint64_t file) const { return file >= begin.file && file < endFile(); }
     /// The same range for whoever counts files from the given one on.
     PassRange from(std::uint64_t file) const {
         const auto moved = [file](ChunkPlace place) {

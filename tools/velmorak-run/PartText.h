@@ -1,0 +1,13 @@
+#pragma once
+
+#include "run/parts/JobPlan.h"
+
+#include <cstddef>
+#include <string>
+
+namespace velmorak {
+
+/// Says which files and chunks a part reads, for example "Part 3 of 16, round 1: files 5 to 8 of 20".
+std::string whatPartCovers(const JobPlan& plan, std::size_t part);
+
+}  // namespace velmorak
