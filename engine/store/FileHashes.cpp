@@ -100,9 +100,33 @@ FileHashes::Turn::~Turn() {
 
 std::optional<Digest> FileHashes::recall(const std::filesystem::path& file, const FileStamp& stamp) {
     const MutexLock lock(mutex);
+    const auto isOf = [&stamp](const Known& digest) { return digest.stamp == stamp && !isYoung(stamp, digest.readNs); };
     const auto found = known.find(file);
-    const bool isKnown = found != known.end() && found->second.stamp == stamp && !isYoung(stamp, found->second.readNs);
-    return isKnown ? std::optional(found->second.digest) : std::nullopt;
+    if (found != known.end() && isOf(found->second)) {
+        return found->second.digest;
+    }
+    // In a folder that was moved, files keep their stamps.
+    for (auto same = sizes.lower_bound({stamp.size, {}}); same != sizes.end() && same->first == stamp.size; ++same) {
+        if (const Known& digest = known.at(same->second); isOf(digest)) {
+            return digest.digest;
+        }
+    }
+    return std::nullopt;
+}
+
+bool FileHashes::mayBeKnown(const std::filesystem::path& file, const FileStamp& stamp) {
+    const MutexLock lock(mutex);
+    const auto found = known.find(file);
+    const auto same = sizes.lower_bound({stamp.size, {}});
+    return (found != known.end() && found->second.stamp == stamp) || (same != sizes.end() && same->first == stamp.size);
+}
+
+void FileHashes::remember(const std::filesystem::path& file, const Known& digest) {
+    if (const auto found = known.find(file); found != known.end()) {
+        sizes.erase({found->second.stamp.size, file});
+    }
+    known[file] = digest;
+    sizes.emplace(digest.stamp.size, file);
 }
 
 std::optional<Digest> FileHashes::of(const std::filesystem::path& file, const std::atomic<bool>& stopping) {
@@ -120,27 +144,20 @@ std::optional<Digest> FileHashes::of(const std::filesystem::path& file, const st
         return std::nullopt;
     }
     const MutexLock lock(mutex);
-    known[file] = {*stamp, *digest, readNs};
+    remember(file, {*stamp, *digest, readNs});
     hasChanged = true;
     return digest;
 }
 
 std::optional<Digest> FileHashes::ofKnown(const std::filesystem::path& file, const FileStamp& stamp,
                                           const std::atomic<bool>& stopping) {
-    {
-        const MutexLock lock(mutex);
-        const auto found = known.find(file);
-        if (found == known.end() || found->second.stamp != stamp) {
-            return std::nullopt;
-        }
-    }
-    return of(file, stopping);
+    return mayBeKnown(file, stamp) ? of(file, stopping) : std::nullopt;
 }
 
 void FileHashes::learn(const std::filesystem::path& file, const FileStamp& stamp, const Digest& digest,
                        std::int64_t readNs) {
     const MutexLock lock(mutex);
-    known[file] = {stamp, digest, readNs};
+    remember(file, {stamp, digest, readNs});
     hasChanged = true;
 }
 
@@ -155,6 +172,7 @@ void FileHashes::evictOldest() {
     const auto oldestKept = times.begin() + static_cast<std::ptrdiff_t>(times.size() - maxKnown);
     std::nth_element(times.begin(), oldestKept, times.end());
     std::erase_if(known, [&](const auto& each) { return each.second.readNs < *oldestKept; });
+    std::erase_if(sizes, [&](const auto& each) { return !known.contains(each.second); });
 }
 
 std::optional<std::string> FileHashes::changes() {
@@ -178,8 +196,11 @@ void FileHashes::restore(const std::string& bytes) {
     try {
         ByteReader reader(bytes, mark);
         for (auto count = reader.number<std::uint64_t>(); count > 0; --count) {
-            auto file = reader.list<std::string>();
-            known.emplace(std::move(file), reader.number<Known>());
+            const std::filesystem::path file = reader.list<std::string>();
+            const auto digest = reader.number<Known>();
+            if (!known.contains(file)) {
+                remember(file, digest);
+            }
         }
     } catch (const std::invalid_argument&) {
         hasChanged = true;  // Replaces the damaged bytes.

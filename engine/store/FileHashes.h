@@ -11,6 +11,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 
 namespace velmorak {
 
@@ -50,7 +51,8 @@ public:
     /// @return empty if the file cannot be read, changes meanwhile, or stopping is set first.
     std::optional<Digest> of(const std::filesystem::path& file, const std::atomic<bool>& stopping);
 
-    /// As of, for a file that had a digest with this stamp before; reads it only if it had just been changed then.
+    /// As of, but only for a file whose content may be known: the file had a digest with this stamp before, or some
+    /// file of the same size had one, so that this one may be the same under another name.
     std::optional<Digest> ofKnown(const std::filesystem::path& file, const FileStamp& stamp,
                                   const std::atomic<bool>& stopping);
     /// Adds the digest of a file that was read elsewhere.
@@ -72,11 +74,15 @@ private:
     class Turn;
 
     std::optional<Digest> recall(const std::filesystem::path& file, const FileStamp& stamp) VELMORAK_EXCLUDES(mutex);
+    bool mayBeKnown(const std::filesystem::path& file, const FileStamp& stamp) VELMORAK_EXCLUDES(mutex);
+    void remember(const std::filesystem::path& file, const Known& digest) VELMORAK_REQUIRES(mutex);
     void evictOldest() VELMORAK_REQUIRES(mutex);
 
     Mutex mutex;
     ConditionVariable change;
     std::map<std::filesystem::path, Known> known VELMORAK_GUARDED_BY(mutex);
+    /// The same files by size.
+    std::set<std::pair<std::int64_t, std::filesystem::path>> sizes VELMORAK_GUARDED_BY(mutex);
     std::set<std::filesystem::path> beingRead VELMORAK_GUARDED_BY(mutex);
     bool hasChanged VELMORAK_GUARDED_BY(mutex) = false;
 };

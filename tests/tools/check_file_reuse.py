@@ -52,6 +52,48 @@ def check(place, document, expected):
     assert kept == full_run(place, document)
 
 
+def check_names(place):
+    """A file is known again under another name, in another folder, and as a copy with another time; not where its name is
+    in a column, or the properties of the name are others."""
+    folder = place.folder / "moves"
+    folder.mkdir()
+    for number in range(3):
+        write(place, number, 200 + number)
+        (place.folder / ("run_%03d.csv" % number)).rename(folder / ("a_%d.csv" % number))
+
+    def document(**inputs):
+        return place.document(
+            plugin("Rows", "CsvTable", **inputs),
+            plugin("Mean", "Statistics", data=["Rows", "table"], expression="x"),
+            plugin("Upper", "Histogram1D", table=["Rows", "table"], expression="x", bins="50", low="-2", high="5"),
+            plugin("Writer", "AidaWriter", object=["Upper", "histogram"], file="upper.aida"))
+    check(place, document(file="moves/a_*.csv"), [])
+    (folder / "a_1.csv").rename(folder / "b_1.csv")
+    check(place, document(file="moves/*.csv"), ['CsvTable "Rows": 3 files reused, 0 read'])
+    folder.rename(place.folder / "elsewhere")
+    check(place, document(file="elsewhere"), ['CsvTable "Rows": 3 files reused, 0 read'])
+    folder = place.folder / "elsewhere"
+    shutil.copy(folder / "a_0.csv", folder / "copy.csv")
+    (folder / "a_0.csv").unlink()
+    check(place, document(file="elsewhere"), ['CsvTable "Rows": 3 files reused, 0 read'])
+    (place.folder / "list.txt").write_text("elsewhere/a_2.csv\nelsewhere/b_1.csv\n")
+    check(place, document(file="@list.txt"), ['CsvTable "Rows": 2 files reused, 0 read'])
+    (place.folder / "list.txt").write_text("elsewhere/b_1.csv\nelsewhere/copy.csv\nelsewhere/a_2.csv\n")
+    check(place, document(file="@list.txt"), ['CsvTable "Rows": 3 files reused, 0 read'])
+    check(place, document(file="@list.txt", file_columns="yes"), [])
+    (folder / "copy.csv").rename(folder / "c.csv")
+    (place.folder / "list.txt").write_text("elsewhere/b_1.csv\nelsewhere/c.csv\nelsewhere/a_2.csv\n")
+    check(place, document(file="@list.txt", file_columns="yes"), ['CsvTable "Rows": 2 files reused, 1 read'])
+    samples = place.folder / "samples.csv"
+    samples.write_text("file,weight\nelsewhere/b_1.csv,1.5\nelsewhere/c.csv,2\nelsewhere/a_2.csv,1\n")
+    check(place, document(file="@samples.csv"), [])
+    samples.write_text("file,weight\nelsewhere/b_1.csv,1.5\nelsewhere/c.csv,3\nelsewhere/a_2.csv,1\n")
+    check(place, document(file="@samples.csv"), ['CsvTable "Rows": 2 files reused, 1 read'])
+    (folder / "b_1.csv").rename(folder / "d.csv")
+    samples.write_text("file,weight\nelsewhere/c.csv,3\nelsewhere/d.csv,1.5\nelsewhere/a_2.csv,1\n")
+    check(place, document(file="@samples.csv"), ['CsvTable "Rows": 3 files reused, 0 read'])
+
+
 def main(runner):
     with Place(runner) as place:
         place.environment["VELMORAK_CACHE_FILES_FROM"] = "0"
@@ -80,6 +122,7 @@ def main(runner):
         lines, kept = run(place, document)
         assert len(lines) == 1, lines
         assert kept == full_run(place, document)
+        check_names(place)
 
 
 if __name__ == "__main__":

@@ -14,7 +14,7 @@ void ChunkCommit::commit(ChunkTask& task) {
         return;
     }
     if (fileStates) {
-        fileStates->enter(sources.filesBefore(task.segment) + task.chunk.file, task.chunk.rows);
+        fileStates->enter(sources.filesBefore(task.segment) + task.chunk.file, task.chunk.rows, task.cost());
     }
     for (std::size_t i = 0; i < chain.size() && !state.isStopping(); ++i) {
         if (chain.at(i).sees(task.segment)) {

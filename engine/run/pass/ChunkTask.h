@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <numeric>
 #include <optional>
 #include <vector>
 
@@ -33,8 +34,15 @@ struct ChunkTask {
     std::size_t rowsRead = 0;        ///< Before the columns were made.
     bool isComplete = false;         ///< The source has made the columns, or failed to.
     std::optional<NodeError> error;  ///< Of a source that could not make the columns.
+    std::chrono::nanoseconds timeReading{0};
     std::chrono::nanoseconds timeCompleting{0};
     std::vector<OperatorOutput> outputs;  ///< Parallel to the operators.
+
+    /// Of reading the chunk and all that was computed of it, by whichever threads.
+    std::chrono::nanoseconds cost() const {
+        return std::accumulate(outputs.begin(), outputs.end(), timeReading + timeCompleting,
+                               [](auto sum, const OperatorOutput& output) { return sum + output.time; });
+    }
 };
 
 }  // namespace velmorak

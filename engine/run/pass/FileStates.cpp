@@ -16,7 +16,7 @@ namespace velmorak {
 
 namespace {
 
-constexpr std::uint64_t mark = 0x31'53'45'4c'49'46'6c'76;
+constexpr std::uint64_t mark = 0x32'53'45'4c'49'46'6c'76;
 
 void addSchema(Sha256& hash, const Schema& schema) {
     for (const ColumnInfo& column : schema.columns()) {
@@ -25,6 +25,10 @@ void addSchema(Sha256& hash, const Schema& schema) {
         hash.addNumber(static_cast<std::uint64_t>(column.type));
         hash.addNumber(column.isList ? 1 : 0);
     }
+}
+
+bool isListed(const NamedFile& file, const std::vector<std::string>& lists) {
+    return file && std::find(lists.begin(), lists.end(), *file) != lists.end();
 }
 
 }  // namespace
@@ -43,7 +47,6 @@ void FileStates::begin(SourceSet& sourceSet, OperatorChain& operatorChain) {
         isWanted[i] = files[i].kept.empty();
     }
     sources->readOnly(isWanted);
-    begun = std::chrono::steady_clock::now();
     for (std::size_t i = 0; i < chain->size(); ++i) {
         Operator& op = chain->at(i);
         if (op.accumulation) {
@@ -121,8 +124,9 @@ bool FileStates::findOtherFiles() {
     }
     for (std::size_t segment = 0; segment < sources->size(); ++segment) {
         Sha256 hash;
+        const FileCircumstances* const circumstances = sources->circumstances(segment);
         for (const AskedFile& asked : state.runs[sources->sourceOf(segment)].context->askedFiles()) {
-            if (!asked.stamp) {
+            if (!asked.stamp || (circumstances && isListed(asked.file, circumstances->lists()))) {
                 continue;
             }
             const std::filesystem::path path = resolved(state.pipeline, asked.file);
@@ -178,7 +182,8 @@ bool FileStates::addInput(Sha256& hash, const PipelineInput& input, bool isSourc
     return bytes.has_value();
 }
 
-/// The name of the file may be in a column; its number only if there is a column for it.
+/// Where the reader does not say on what rows depend, the name of the file may be in a column; its number only if there
+/// is a column for it.
 Digest FileStates::keyOf(std::size_t op, std::size_t file, const Digest& content) const {
     const std::size_t segment = files[file].segment;
     const Schema& schema = sources->schema(segment);
@@ -186,8 +191,13 @@ Digest FileStates::keyOf(std::size_t op, std::size_t file, const Digest& content
     hash.addText("state of a file");
     hash.add(keysOfOperators.at(op).data(), sizeof(Digest));
     hash.addNumber(segment - chain->at(op).parents.front().firstSegment);
-    hash.addNumber(schema.find("file_number") ? 1 + file - sources->filesBefore(segment) : 0);
-    hash.addText(files[file].path.string());
+    const std::uint64_t number = file - sources->filesBefore(segment);
+    if (const FileCircumstances* const circumstances = sources->circumstances(segment)) {
+        hash.addText(circumstances->circumstancesOf(number));
+    } else {
+        hash.addNumber(schema.find("file_number") ? 1 + number : 0);
+        hash.addText(files[file].path.string());
+    }
     addSchema(hash, schema);
     hash.add(otherFiles[segment].data(), otherFiles[segment].size());
     hash.add(content.data(), content.size());
@@ -279,7 +289,7 @@ void FileStates::explain() const {
     }
 }
 
-void FileStates::enter(std::uint64_t file, std::uint64_t rows) {
+void FileStates::enter(std::uint64_t file, std::uint64_t rows, std::chrono::nanoseconds chunkCost) {
     if (!isUsed) {
         return;
     }
@@ -290,6 +300,7 @@ void FileStates::enter(std::uint64_t file, std::uint64_t rows) {
         files[*current].isRead = true;
     }
     rowsRead += rows;
+    cost += chunkCost;
 }
 
 void FileStates::leave() {
@@ -301,9 +312,7 @@ void FileStates::leave() {
 
 /// Its states are merged when the next file begins.
 void FileStates::endFile() {
-    const auto now = std::chrono::steady_clock::now();
-    timeOfFile = now - begun;
-    begun = now;
+    costOfFile = std::exchange(cost, {});
     for (std::size_t i = 0; i < chain->size(); ++i) {
         const Operator& op = chain->at(i);
         rowsOfFile[i].in = op.rowsIn - rowsBefore[i].in;
@@ -360,7 +369,7 @@ void FileStates::give(std::size_t file) {
 }
 
 void FileStates::keep(std::size_t op, std::size_t file, const AccumulatorState& whole) {
-    if (timeOfFile < disk.leastReadingTime() || !files[file].stamp || stampOf(files[file].path) != files[file].stamp ||
+    if (costOfFile < disk.leastReadingTime() || !files[file].stamp || stampOf(files[file].path) != files[file].stamp ||
         isSkipped(file)) {
         return;
     }

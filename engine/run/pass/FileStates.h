@@ -19,9 +19,8 @@ namespace velmorak {
 
 /// Keeps the states of accumulators for each file of a table from run to run, so that a run to which a file is added
 /// reads this one only. A state is found again by everything that it depends on: the operators before it with their
-/// values, the columns, and the content of the file. What takes little time to read is not worth keeping
-/// (CacheConfig).
-/// Threads: used by the thread that commits the chunks of one pass.
+/// values, the columns, the content of the file, and its name only if rows depend on it. What takes little time to read
+/// is not worth keeping (CacheConfig). Threads: used by the thread that commits the chunks of one pass.
 class FileStates {
 public:
     /// @param state, disk and hashes outlive this.
@@ -34,7 +33,8 @@ public:
     void begin(SourceSet& sources, OperatorChain& chain);
     /// Called before a chunk of the file is committed, whose files are counted over the whole pass. Gives the states of
     /// earlier files to the accumulators.
-    void enter(std::uint64_t file, std::uint64_t rows);
+    /// @param cost as ChunkTask::cost: the time between commits says nothing about a file where several threads work.
+    void enter(std::uint64_t file, std::uint64_t rows, std::chrono::nanoseconds cost);
     /// Called after the last chunk of a pass without errors.
     void leave();
 
@@ -95,8 +95,8 @@ private:
     std::map<std::uint64_t, std::size_t> positions;  ///< Of operators, by Rows::op.
     std::uint64_t rowsRead = 0;                      ///< Of the current file.
     std::uint64_t rowsReadOfFile = 0;
-    std::chrono::steady_clock::time_point begun{};
-    std::chrono::nanoseconds timeOfFile{0};
+    std::chrono::nanoseconds cost{0};  ///< Of the current file.
+    std::chrono::nanoseconds costOfFile{0};
 };
 
 }  // namespace velmorak

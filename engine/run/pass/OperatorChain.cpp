@@ -7,8 +7,6 @@
 namespace velmorak {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 Chunk counted(const Chunk& chunk, std::uint64_t rowsBefore) {
     Chunk copy = chunk;
     copy.rowsBefore = rowsBefore;
@@ -195,14 +193,14 @@ void OperatorChain::executeOperator(std::size_t position, ChunkTask& task) {
     if (!parent.op && !sources.complete(task)) {
         return;
     }
-    const Clock::time_point begin = Clock::now();
+    const auto begin = state.environment.clock();
     output.rowsIn = table->rows;
     output.error = state.call(op.node, [&] { compute(op, parent, *table, output); });
     output.rowsOut = output.table ? output.table->rows : 0;
     if (output.error) {
         lower(op.failedAt, task.sequence);
     }
-    output.time = Clock::now() - begin;
+    output.time = state.environment.clock() - begin;
 }
 
 void OperatorChain::release(ChunkTask& task) {

@@ -7,8 +7,6 @@
 
 namespace velmorak {
 
-using Clock = std::chrono::steady_clock;
-
 namespace {
 
 /// A reader that cannot leave out files reads all of them; the chunks of others are dropped.
@@ -27,6 +25,8 @@ struct SourceSet::Segment {
     std::atomic<bool> isClosed = false;  ///< No operator needs more of its rows.
     std::uint64_t filesBefore = 0;
     std::uint64_t files = 1;
+    std::uint64_t firstFile = 0;  ///< Of the range.
+    std::uint64_t filesInRange = 1;
     std::uint64_t file = 0;    ///< Being read.
     std::uint64_t chunks = 0;  ///< Of that file.
     std::uint64_t rows = 0;
@@ -94,6 +94,8 @@ void SourceSet::limit(Segment& segment) const {
     const std::uint64_t end = segment.filesBefore + segment.files;
     const std::uint64_t first = std::clamp(range.begin.file, segment.filesBefore, end);
     const std::uint64_t last = std::clamp(range.endFile(), first, end);
+    segment.firstFile = first - segment.filesBefore;
+    segment.filesInRange = last - first;
     if (first == last) {
         segment.isClosed = true;
     } else if (last - first < segment.files) {
@@ -172,7 +174,7 @@ bool SourceSet::isAtEndOfRange() const {
 
 bool SourceSet::readNext(ChunkTask& task) {
     task.chunk = {};
-    while (position < segments.size() && !readInto(task.chunk)) {
+    while (position < segments.size() && !readInto(task)) {
         if (readError || ++position == segments.size()) {
             return false;
         }
@@ -206,26 +208,27 @@ void SourceSet::number(ChunkTask& task) {
     segment.rows += task.chunk.rows;
 }
 
-bool SourceSet::readInto(Chunk& chunk) {
+bool SourceSet::readInto(ChunkTask& task) {
     Segment& segment = *segments[position];
     if (segment.isClosed) {
         return false;
     }
-    const Clock::time_point begin = Clock::now();
+    const auto begin = state.environment.clock();
     bool hasRows = false;
     readError = state.call(segment.source, [&] {
-        hasRows = segment.reader->next(chunk);
+        hasRows = segment.reader->next(task.chunk);
         if (hasRows) {
-            segment.check->checkRows(chunk, segment.reader->rowsPerChunk());
+            segment.check->checkRows(task.chunk, segment.reader->rowsPerChunk());
         }
     });
-    segment.time += Clock::now() - begin;
+    task.timeReading = state.environment.clock() - begin;
+    segment.time += task.timeReading;
     return hasRows && !readError;
 }
 
 bool SourceSet::complete(ChunkTask& task) const {
     if (!task.isComplete) {
-        const Clock::time_point begin = Clock::now();
+        const auto begin = state.environment.clock();
         Segment& segment = *segments[task.segment];
         task.error = state.call(segment.source, [&] {
             segment.reader->complete(task.chunk);
@@ -236,7 +239,7 @@ bool SourceSet::complete(ChunkTask& task) const {
             segment.check->freeColumns(task.chunk);
         });
         task.isComplete = true;
-        task.timeCompleting = Clock::now() - begin;
+        task.timeCompleting = state.environment.clock() - begin;
     }
     return !task.error;
 }
@@ -303,6 +306,10 @@ const Schema& SourceSet::schema(std::size_t segment) const {
     return segments[segment]->check->schema();
 }
 
+const FileCircumstances* SourceSet::circumstances(std::size_t segment) const {
+    return dynamic_cast<const FileCircumstances*>(segments[segment]->reader.get());
+}
+
 std::size_t SourceSet::currentSource() const {
     return segments[position]->source;
 }
@@ -312,7 +319,8 @@ std::uint64_t SourceSet::rowsOfCurrent() const {
 }
 
 std::pair<std::uint64_t, std::uint64_t> SourceSet::fileOfCurrent() const {
-    return {segments[position]->file, segments[position]->files};
+    const Segment& segment = *segments[position];
+    return {segment.file - std::min(segment.file, segment.firstFile), segment.filesInRange};
 }
 
 std::optional<double> SourceSet::fraction() {

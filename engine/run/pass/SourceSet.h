@@ -5,6 +5,8 @@
 #include "run/pass/ChunkTask.h"
 #include "run/pass/PassRange.h"
 
+#include <velmorak/FileCircumstances.h>
+
 #include <atomic>
 #include <chrono>
 #include <cstddef>
@@ -68,11 +70,13 @@ public:
     std::uint64_t filesBefore(std::size_t segment) const;
     std::uint64_t filesOf(std::size_t segment) const;
     const Schema& schema(std::size_t segment) const;
+    /// @return null if the reader does not say on what the rows of a file depend.
+    const FileCircumstances* circumstances(std::size_t segment) const;
     /// The segment being read.
     std::size_t current() const { return position; }
     std::size_t currentSource() const;
     std::uint64_t rowsOfCurrent() const;
-    /// File that is being read, counted from 0, and their number, in the current segment.
+    /// File that is being read, counted from 0, and their number: in the current segment, as far as the range goes.
     std::pair<std::uint64_t, std::uint64_t> fileOfCurrent() const;
     /// Fraction of the current segment that is read; nothing when the source cannot say.
     std::optional<double> fraction();
@@ -84,7 +88,7 @@ private:
     void limit(Segment& segment) const;
     bool seek(Segment& segment);
     bool readNext(ChunkTask& task);
-    bool readInto(Chunk& chunk);
+    bool readInto(ChunkTask& task);
     void number(ChunkTask& task);
     bool isAtEndOfRange() const;
     bool isLeftOut(const ChunkTask& task) const;
