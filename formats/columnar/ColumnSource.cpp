@@ -3,6 +3,7 @@
 #include "columnar/Columns.h"
 
 #include <fmt/format.h>
+#include <velmorak/Parts.h>
 #include <velmorak/Text.h>
 
 #include <algorithm>
@@ -11,7 +12,7 @@
 namespace velmorak::columnar {
 namespace {
 
-class ColumnReader : public TableReader {
+class ColumnReader : public TableReader, public SeekableReader {
 public:
     ColumnReader(std::unique_ptr<const ColumnSource> source, const std::vector<std::string>& columns,
                  const Schema* wanted, RunContext& context);
@@ -21,6 +22,9 @@ public:
     bool next(Chunk& chunk) override;
     void complete(Chunk& chunk) const override;
     std::optional<double> fraction() const override;
+    /// Any row of a file can be read.
+    std::optional<std::string> bookmark() const override { return std::string(); }
+    void seek(std::uint64_t file, const ChunkStart& start) override;
 
 private:
     void addAll(const Schema* wanted);
@@ -53,6 +57,13 @@ bool ColumnReader::next(Chunk& chunk) {
     chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(rowsInChunk(offered), source->rows() - row));
     row += chunk.rows;
     return chunk.rows > 0;
+}
+
+void ColumnReader::seek(std::uint64_t /*file*/, const ChunkStart& start) {
+    if (start.row > source->rows()) {
+        throw Failure("file", fmt::format("{} has no row {}", source->path().string(), start.row + 1));
+    }
+    row = start.row;
 }
 
 /// Chunks begin with different columns, so that threads seldom wait for each other's pages.

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 #include <velmorak/ChunkSize.h>
+#include <velmorak/Parts.h>
 
 #include <algorithm>
 #include <optional>
@@ -104,7 +105,7 @@ ColumnPtr Table::read(std::size_t position, std::uint64_t first, std::size_t row
                 : ntuple->read(ntuple->columns()[position], first, rows);
 }
 
-class RootTableReader : public TableReader {
+class RootTableReader : public TableReader, public SeekableReader {
 public:
     RootTableReader(const std::filesystem::path& path, const std::string& object,
                     const std::vector<std::string>& columns, RunContext& context);
@@ -120,6 +121,11 @@ public:
     void complete(Chunk& chunk) const override;
 
     std::optional<double> fraction() const override;
+
+    /// Any entry of a file can be read.
+    std::optional<std::string> bookmark() const override { return std::string(); }
+
+    void seek(std::uint64_t number, const ChunkStart& start) override;
 
 private:
     void limitChunks();
@@ -177,6 +183,13 @@ bool RootTableReader::next(Chunk& chunk) {
     chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(maxRows, entries - row));
     row += chunk.rows;
     return chunk.rows > 0;
+}
+
+void RootTableReader::seek(std::uint64_t /*number*/, const ChunkStart& start) {
+    if (start.row > entries) {
+        throw Failure("file", fmt::format("{} has no entry {}", file.path().string(), start.row));
+    }
+    row = start.row;
 }
 
 void RootTableReader::complete(Chunk& chunk) const {

@@ -5,6 +5,8 @@
 #include "RandomTable.h"
 #include "ReadTable.h"
 
+#include <velmorak/Parts.h>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -75,6 +77,29 @@ TEST_P(ParquetRoundTrip, givesEveryBitBack) {
     EXPECT_EQ(table.schema, RandomTable::schema());
     for (std::size_t i = 0; i < columns.size() && GetParam() > 0; ++i) {
         EXPECT_TRUE(hasSameBits(table[table.schema[i].name], *columns[i])) << table.schema[i].name;
+    }
+}
+
+TEST_P(ParquetRoundTrip, givesAnyRowsOnTheirOwn) {
+    const std::size_t rows = GetParam();
+    write(RandomTable(static_cast<unsigned>(rows)).rows(rows), {rows});
+    const ReadTable whole = read();
+    const std::size_t first = rows / 3;
+    QuietContext context;
+    const auto reader = openParquet(file, {}, nullptr, context);
+    auto& seekable = dynamic_cast<SeekableReader&>(*reader);
+    EXPECT_EQ(seekable.bookmark(), "");
+    EXPECT_THROW(seekable.seek(0, {.chunk = 1, .row = rows + 1, .bookmark = ""}), Failure);
+    seekable.seek(0, {.chunk = 1, .row = first, .bookmark = ""});
+    Chunk chunk;
+    EXPECT_EQ(reader->next(chunk), rows > 0);
+    chunk.firstRow = first;
+    reader->complete(chunk);
+    for (std::size_t i = 0; i < whole.schema.size() && rows > 0; ++i) {
+        std::vector<std::uint8_t> isKept(rows, 0);
+        std::fill_n(isKept.begin() + static_cast<std::ptrdiff_t>(first), chunk.rows, 1);
+        const ColumnPtr expected = keepRows(whole[whole.schema[i].name], isKept);
+        EXPECT_TRUE(hasSameBits(*chunk.columns[i], *expected)) << whole.schema[i].name;
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include "QuietContext.h"
 
+#include <velmorak/Parts.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -46,6 +48,33 @@ TEST(RootTable, offersOnlyTheNamedColumnsInTheirOrder) {
     EXPECT_EQ(chunk.columns[2]->offsets.size(), 31U);
     EXPECT_THAT(failureOf(folder / "uproot-sample-6.20.04-lz4.root", "", {"f9"}),
                 HasSubstr("there is no column \"f9\""));
+}
+
+TEST(RootTable, beginsAtAnyEntry) {
+    QuietContext context;
+    const auto open = [&] {
+        return openRootTable(folder / "uproot-sample-6.20.04-lz4.root", "sample", {"f8", "Ai4"}, context);
+    };
+    const auto rowsFrom = [&](std::uint64_t row) {
+        const auto reader = open();
+        auto& seekable = dynamic_cast<SeekableReader&>(*reader);
+        EXPECT_EQ(seekable.bookmark(), "");
+        seekable.seek(0, {.chunk = 1, .row = row, .bookmark = ""});
+        Chunk chunk;
+        reader->next(chunk);
+        chunk.firstRow = row;
+        reader->complete(chunk);
+        return chunk;
+    };
+    const Chunk whole = rowsFrom(0);
+    const Chunk rest = rowsFrom(11);
+    EXPECT_EQ(rest.rows, 19U);
+    for (std::size_t row = 0; row < rest.rows; ++row) {
+        EXPECT_EQ(rest.columns[0]->reals()[row], whole.columns[0]->reals()[row + 11]);
+    }
+    EXPECT_EQ(rest.columns[1]->offsets.size(), 20U);
+    EXPECT_EQ(rowsFrom(30).rows, 0U);
+    EXPECT_THROW(rowsFrom(31), Failure);
 }
 
 TEST(RootTable, leavesOutColumnsThatNobodyNeeds) {
