@@ -14,6 +14,8 @@ import subprocess
 import sys
 
 from batch_jobs import BatchPlace, fine
+from check_jobs import analysis, difference, files, plain, plan, tree
+from pipelines import Place, plugin
 
 ENGINES = ("slurm", "htcondor", "sge", "snakemake", "dask", "mpi")
 NAMES = {
@@ -117,6 +119,70 @@ def check_htcondor(place):
     assert not (place.folder / "shared").exists(), "each job has its own notes about loading"
     assert "is done already" in fine(place.execute(part, "1", "1")).stderr
     fine(place.execute(part, "9", "1"), 6)
+
+
+def check_sending(runner):
+    """HTCondor sends the files of a part to machines that see nothing else, and brings one file back: what is submitted is
+    done here by hand."""
+    with Place(runner) as place:
+        place.environment["VELMORAK_CACHE_LIMIT"] = "0"
+        files(place, 6, 300)
+        document = place.document(*analysis(plugin("Rows", "CsvTable", file="data/run_*.csv")))
+        expected = plain(place, document)
+        plan(place, "job", 3, "--bundle", document)
+        batch = str(pathlib.Path(place.runner).with_name("velmorak-batch"))
+
+        def write(*arguments, status=0):
+            return fine(subprocess.run([batch, "htcondor", *arguments], cwd=place.folder, env=place.environment,
+                                       capture_output=True, text=True), status)
+        write("job")
+        job, node = place.folder / "job", place.folder / "node"
+        submit = (job / "htcondor" / "part.sub").read_text().splitlines()
+        assert "should_transfer_files = YES" in submit and "transfer_input_files = $(files)" in submit, submit
+        assert not [line for line in submit if "should_transfer_files = NO" in line]
+        remaps = next(line for line in submit if line.startswith("transfer_output_remaps"))
+        found = re.findall(r"^VARS part(\d+) (.*)$", (job / "htcondor" / "job.dag").read_text(), re.MULTILINE)
+        parts = {int(number): dict(re.findall(r'(\w+)="([^"]*)"', variables)) for number, variables in found}
+        assert sorted(parts) == [1, 2, 3, 4, 5, 6], parts
+        (place.folder / "data").rename(place.folder / "away")
+
+        def do(number, status, left_out=None):
+            """@return the names of new files."""
+            shutil.rmtree(node, ignore_errors=True)
+            node.mkdir()
+            for name in parts[number]["files"].split(", "):
+                path = pathlib.Path(name.replace("/data/", "/away/"))
+                if path.is_dir():
+                    shutil.copytree(path, node / path.name)
+                elif path.name != left_out:
+                    shutil.copy(path, node / path.name)
+            before = {path.name for path in node.iterdir()}
+            script = str(job / "htcondor" / "part.sh")
+            fine(subprocess.run(["bash", script, parts[number]["part"], parts[number]["name"], "1"], cwd=node,
+                                env=place.environment, capture_output=True, text=True), status)
+            new = {path.name for path in node.iterdir() if path.is_file()} - before
+            for name in new:
+                mapped = re.search(re.escape(name) + r" = ([^;\"]+)", remaps.replace("$(name)", parts[number]["name"]))
+                shutil.copy(node / name, mapped[1])
+            return new
+        assert do(2, 2, "run_002.csv") == {"00002.failed"}
+        assert "run_002.csv\" is missing" in fine(place.run("--status", "job"), 6).stdout
+        for number in sorted(parts):
+            assert do(number, 0) == {"%05d.part" % number}, number
+        shutil.rmtree(node)
+        (place.folder / "away").rename(place.folder / "data")
+        fine(place.run("--merge", "--results", "merged", "job"))
+        merged = tree(place.folder / "merged")
+        assert merged == expected, difference(expected, merged)
+        (place.folder / "more").mkdir()
+        shutil.copy(place.folder / "data" / "run_000.csv", place.folder / "more" / "run_000.csv")
+        document = place.document(*analysis(plugin("Rows", "CsvTable", file="data/run_000.csv, more/run_000.csv")))
+        plan(place, "twins", 1, "--bundle", document)
+        assert "part 1 reads two files named \"run_000.csv\"" in write("twins", status=1).stderr
+        (place.folder / "more" / "run_000.csv").rename(place.folder / "more" / "run, 1.csv")
+        document = place.document(*analysis(plugin("Rows", "CsvTable", file="more/run*.csv")))
+        plan(place, "commas", 1, "--bundle", document)
+        assert "because of the characters in its name" in write("commas", status=1).stderr
 
 
 def check_sge(place):
@@ -243,6 +309,7 @@ def main(runner, source):
         check_refusals(place)
         check_no_parts(place)
         check_pages(place, pathlib.Path(source))
+    check_sending(runner)
 
 
 if __name__ == "__main__":
