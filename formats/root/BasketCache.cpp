@@ -1,5 +1,6 @@
 #include "root/BasketCache.h"
 
+#include <algorithm>
 #include <exception>
 #include <iterator>
 #include <utility>
@@ -13,7 +14,10 @@ std::size_t bytesOf(const Basket& basket) {
 
 }  // namespace
 
-BasketCache::BasketPtr BasketCache::get(const void* key, const std::function<Basket()>& load) {
+BasketCache::BasketPtr BasketCache::get(const void* key, const std::function<Basket()>& load, Use use) {
+    if (use.entries > 0 && use.used >= use.entries) {
+        return std::make_shared<const Basket>(load());
+    }
     std::promise<BasketPtr> promise;
     std::shared_future<BasketPtr> basket;
     {
@@ -23,8 +27,10 @@ BasketCache::BasketPtr BasketCache::get(const void* key, const std::function<Bas
             basket = slots.front().basket;
         } else {
             slots.push_front({key, promise.get_future().share()});
+            slots.front().entriesLeft = use.entries == 0 ? UINT64_MAX : use.entries;
             byKey.emplace(key, slots.begin());
         }
+        countUse(slots.begin(), use);
     }
     if (basket.valid()) {
         return basket.get();
@@ -41,6 +47,21 @@ BasketCache::BasketPtr BasketCache::get(const void* key, const std::function<Bas
     }
 }
 
+void BasketCache::countUse(Slots::iterator slot, Use use) {
+    if (use.entries > 0) {
+        slot->entriesLeft -= std::min(slot->entriesLeft, use.used);
+    }
+    if (slot->entriesLeft == 0) {
+        erase(slot);
+    }
+}
+
+void BasketCache::erase(Slots::iterator slot) {
+    total -= slot->bytes;
+    byKey.erase(slot->key);
+    slots.erase(slot);
+}
+
 /// Counts a basket that has been loaded, and forgets those used longest ago; never that one.
 void BasketCache::keep(const void* key, std::size_t bytesOfBasket) {
     const MutexLock lock(mutex);
@@ -48,16 +69,15 @@ void BasketCache::keep(const void* key, std::size_t bytesOfBasket) {
     if (found == byKey.end()) {
         return;
     }
+    // It may have been erased and loaded again meanwhile.
+    total += bytesOfBasket - found->second->bytes;
     found->second->bytes = bytesOfBasket;
-    total += bytesOfBasket;
     while (total > maxBytes && slots.size() > 1) {
         const auto last = std::prev(slots.end());
         if (last->key == key || last->bytes == 0) {
             break;
         }
-        total -= last->bytes;
-        byKey.erase(last->key);
-        slots.erase(last);
+        erase(last);
     }
 }
 

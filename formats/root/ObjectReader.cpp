@@ -85,6 +85,10 @@ void ObjectReader::readInto(const std::string& className, Object& object) {
 }
 
 bool ObjectReader::readSpecial(const std::string& className, Object& object) {
+    const bool isOfTree = className.starts_with("TBranch") || className.starts_with("TLeaf");
+    if (isOfTree) {
+        return false;  // Most objects of a file; they are as it describes them.
+    }
     if (className == "TObject") {
         const ObjectBase base = readObjectBase(bytes);
         object.members.emplace_back("fUniqueID", static_cast<std::int64_t>(base.uniqueId));
@@ -101,7 +105,7 @@ bool ObjectReader::readSpecial(const std::string& className, Object& object) {
         object.members.emplace_back("fDatime", static_cast<std::int64_t>(bytes.u32()));
     } else if (className == "TBasket") {
         readBasket(object);
-    } else if (arrayType(className)) {
+    } else if (className.starts_with("TArray") && arrayType(className)) {
         readNumberArray(className, object);
     } else {
         return false;
@@ -133,6 +137,8 @@ void ObjectReader::readDescribed(const std::string& className, Object& object) {
 }
 
 void ObjectReader::readMembers(ObjectReader& reader, const ClassInfo& info, Object& object) {
+    constexpr std::size_t usualMembersOfBases = 8;
+    object.members.reserve(object.members.size() + info.elements.size() + usualMembersOfBases);
     for (const Element& element : info.elements) {
         reader.readMember(element, object);
     }

@@ -180,6 +180,9 @@ Tree::Tree(const File& file, const Classes& classes, const Entry& entry) : file(
         }
     }
     for (TreeColumn& column : all) {
+        if (column.count) {
+            all[*column.count].isCount = true;
+        }
         if (column.entries < count && column.complaint.empty()) {
             column.complaint = fmt::format("it has values for {} of {} entries", column.entries, count);
         }
@@ -260,8 +263,10 @@ std::uint64_t Tree::appendBaskets(const TreeColumn& column, std::uint64_t first,
     const auto reachesFirst = [first](const BasketPlace& place) { return place.firstEntry + place.entries <= first; };
     auto place = std::partition_point(column.baskets.begin(), column.baskets.end(), reachesFirst);
     for (; place != column.baskets.end() && at < end && place->firstEntry <= at; ++place) {
-        const BasketCache::BasketPtr basket = cache.get(&*place, [&] { return namedBasketAt(column, *place); });
-        const std::uint64_t last = std::min(end, basket->end());
+        const std::uint64_t last = std::max(at, std::min(end, place->firstEntry + place->entries));
+        const BasketCache::Use use{column.isCount ? 0 : place->entries, last - at};
+        const BasketCache::BasketPtr basket = cache.get(
+            &*place, [&] { return namedBasketAt(column, *place); }, use);
         decode(column, *basket, at, last, target);
         at = last;
     }
@@ -273,6 +278,9 @@ ColumnPtr Tree::read(const TreeColumn& column, std::uint64_t first, std::size_t 
         throw Failure("the column " + column.name + " cannot be read: " + column.complaint);
     }
     auto values = std::make_shared<Column>(emptyColumn(column));
+    if (!column.info.isList) {
+        std::visit([rows](auto& each) { each.reserve(std::min(rows, chunkRows)); }, values->values);
+    }
     std::uint64_t at = first;
     const std::uint64_t end = first + rows;
     try {

@@ -60,6 +60,7 @@ struct TreeColumn {
     std::uint64_t entries = 0;
     std::uint64_t bytes = 0;           ///< Of all its entries in the file, decompressed.
     std::optional<std::size_t> count;  ///< Column that says how many values an entry has.
+    bool isCount = false;              ///< It says so for others, which may read it again.
 };
 
 /// A tree or ntuple of a file: its columns, and their values for any run of entries.

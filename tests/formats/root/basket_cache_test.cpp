@@ -61,6 +61,33 @@ TEST(BasketCache, holdsABasketThatIsLargerThanItsLimitWhileItIsUsed) {
     EXPECT_LT(cache.bytes(), BasketCache::maxBytes);
 }
 
+TEST(BasketCache, forgetsABasketWhoseEntriesHaveAllBeenUsed) {
+    BasketCache cache;
+    const std::array<int, 3> keys{};
+    int loads = 0;
+    const auto get = [&](std::size_t key, std::uint64_t used) {
+        return cache.get(&keys[key],
+                         [&] {
+                             ++loads;
+                             return basketOf(1000);
+                         },
+                         {.entries = 10, .used = used});
+    };
+    get(0, 10);
+    EXPECT_EQ(cache.bytes(), 0U) << "nobody else needs it";
+    get(1, 4);
+    get(2, 1);
+    EXPECT_EQ(loads, 3);
+    const std::size_t ofTwo = cache.bytes();
+    EXPECT_GT(ofTwo, 2000U);
+    get(1, 6);
+    EXPECT_EQ(loads, 3);
+    EXPECT_EQ(cache.bytes(), ofTwo / 2);
+    get(1, 4);
+    EXPECT_EQ(loads, 4) << "it is read again";
+    EXPECT_EQ(cache.bytes(), ofTwo);
+}
+
 TEST(BasketCache, failsForAllThatAskForADamagedBasket) {
     BasketCache cache;
     const int key = 0;
