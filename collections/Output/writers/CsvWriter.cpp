@@ -164,9 +164,8 @@ std::unique_ptr<Accumulation> CsvWriterKind::prepare(const Arguments& arguments,
         first += csvHeader(!schema ? table.columns : namesOf(*schema), delimiter);
     }
     first += csvRows(table, delimiter);
-    return std::make_unique<Writing>(
-        TextOutput(writtenFileName(arguments, context, ".csv"), std::move(first), context),
-        schema ? *schema : Schema(), delimiter);
+    return std::make_unique<Writing>(TextOutput(writtenFileName(arguments, context, ".csv"), std::move(first), context),
+                                     schema ? *schema : Schema(), delimiter);
 }
 
 std::unique_ptr<Kind> makeCsvWriter() {
