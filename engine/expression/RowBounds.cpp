@@ -22,11 +22,10 @@ struct Comparison {
     Relation mirrored;
 };
 
-constexpr std::array comparisons = {Comparison{"<", Relation::Less, Relation::Greater},
-                                    Comparison{"<=", Relation::LessEqual, Relation::GreaterEqual},
-                                    Comparison{">", Relation::Greater, Relation::Less},
-                                    Comparison{">=", Relation::GreaterEqual, Relation::LessEqual},
-                                    Comparison{"==", Relation::Equal, Relation::Equal}};
+constexpr std::array comparisons = {
+    Comparison{"<", Relation::Less, Relation::Greater}, Comparison{"<=", Relation::LessEqual, Relation::GreaterEqual},
+    Comparison{">", Relation::Greater, Relation::Less}, Comparison{">=", Relation::GreaterEqual, Relation::LessEqual},
+    Comparison{"==", Relation::Equal, Relation::Equal}};
 
 class Bounds {
 public:

@@ -92,8 +92,7 @@ const ColumnBound* ColumnReader::boundBefore(const Chunk& chunk) const {
 void ColumnReader::standFor(Chunk& chunk, const ColumnBound& bound) const {
     for (std::size_t column = 0; column < positions.size(); ++column) {
         if (isNeededAt(column)) {
-            chunk.columns[column] =
-                standIn(offered[column], chunk.rows, bound.column == column ? &bound : nullptr);
+            chunk.columns[column] = standIn(offered[column], chunk.rows, bound.column == column ? &bound : nullptr);
         }
     }
 }

@@ -25,8 +25,8 @@ struct ColumnBound {
     bool operator==(const ColumnBound&) const = default;
 };
 
-/// The parts "column relation number" of a conjunction. A row that fails one of them fails the whole expression, whatever
-/// its other columns hold.
+/// The parts "column relation number" of a conjunction. A row that fails one of them fails the whole expression,
+/// whatever its other columns hold.
 /// @return nothing if the expression uses a list, of which other values might be a mistake.
 /// @throws Failure if the text is not an expression.
 std::vector<ColumnBound> boundsIn(std::string_view expression, const Schema& columns,
@@ -44,8 +44,8 @@ public:
 class BoundedReader {
 public:
     virtual ~BoundedReader() = default;
-    /// Called after TableReader::selectColumns and before the first TableReader::next, if at all. Rows that fail a bound
-    /// still come, in the same chunks, but with any values that fail it too, so that they need not be read.
+    /// Called after TableReader::selectColumns and before the first TableReader::next, if at all. Rows that fail a
+    /// bound still come, in the same chunks, but with any values that fail it too, so that they need not be read.
     /// @param bounds columns are positions in TableReader::schema().
     virtual void leaveOutBeyond(const std::vector<ColumnBound>& bounds) = 0;
 };
