@@ -146,8 +146,8 @@ void ArrayReader::addToPlanes(std::size_t position) {
         throw Failure(file->path().string() + ": its rows of " + std::to_string(column.rowStride) +
                       " bytes are too large");
     }
-    planes.push_back({column.array, isAlone ? column.offset - column.inItem : 0, column.rowStride, {position},
-                      column.offsets});
+    planes.push_back(
+        {column.array, isAlone ? column.offset - column.inItem : 0, column.rowStride, {position}, column.offsets});
 }
 
 bool ArrayReader::next(Chunk& chunk) {

@@ -63,8 +63,7 @@ std::string literalOf(const std::string& text) {
 
 /// @param type of the elements as Python writes it.
 std::string headerWith(const std::string& type, std::uint64_t rows) {
-    std::string text =
-        "{'descr': " + type + ", 'fortran_order': False, 'shape': (" + std::to_string(rows) + ",), }";
+    std::string text = "{'descr': " + type + ", 'fortran_order': False, 'shape': (" + std::to_string(rows) + ",), }";
     const bool isPlain = std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
     constexpr std::size_t alignment = 64;
     constexpr std::size_t shortPrefix = 10;
@@ -86,7 +85,8 @@ void storeText(const std::string& text, std::size_t bytes, char* target) {
     std::memset(target, 0, bytes);
     for (std::string_view rest = text; !rest.empty() && bytes > 0; bytes -= 4, target += 4) {
         const std::size_t length = characterBytes(rest);
-        const char32_t code = length == 0 ? static_cast<unsigned char>(rest.front()) : codePointOf(rest.substr(0, length));
+        const char32_t code =
+            length == 0 ? static_cast<unsigned char>(rest.front()) : codePointOf(rest.substr(0, length));
         std::memcpy(target, &code, sizeof(code));
         rest.remove_prefix(std::max<std::size_t>(length, 1));
     }

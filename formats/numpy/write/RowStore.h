@@ -13,7 +13,7 @@ namespace velmorak::numpy {
 /// What must be known of a column before its first value can be written.
 struct ColumnExtent {
     std::uint64_t values = 0;
-    std::uint64_t characters = 0;     ///< Of the longest text.
+    std::uint64_t characters = 0;  ///< Of the longest text.
     std::uint64_t shortestList = ~std::uint64_t{0};
     std::uint64_t longestList = 0;
 };

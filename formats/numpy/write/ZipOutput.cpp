@@ -105,7 +105,8 @@ void ZipOutput::begin(const std::string& name) {
     if (name.size() > maxNameBytes) {
         throw Failure("the name of the column \"" + name.substr(0, 40) + "...\" is too long for an archive");
     }
-    members.push_back({.name = name, .position = position, .checksum = static_cast<std::uint32_t>(crc32(0, nullptr, 0))});
+    members.push_back(
+        {.name = name, .position = position, .checksum = static_cast<std::uint32_t>(crc32(0, nullptr, 0))});
     put(headOf(members.back()));
     packer = deflates ? std::make_unique<Packer>() : nullptr;
 }
