@@ -227,8 +227,7 @@ def check_scan(place):
     do_parts(place, "scan")
     fine(place.run("--merge", "-j", "2", "--results", "merged", "scan"))
     merged = tree(place.folder / "merged")
-    assert merged.keys() == expected.keys() and len(merged) == 7, merged.keys()
-    assert {"scan.csv", "scan.svg", "scan.html"} <= merged.keys(), merged.keys()
+    assert merged.keys() == expected.keys() and len(merged) == 7 and "scan.csv" in merged, merged.keys()
     for name in merged:
         assert name.endswith("run.json") or merged[name] == expected[name], name
 

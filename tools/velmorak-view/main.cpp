@@ -73,18 +73,24 @@ void openBrowser(const std::string& address) {
     }
 }
 
+constexpr const char* watchLock = "watch.lock";
+
 /// Held by the one program that watches. @return false if another one does.
 bool isOnlyWatcher(const fs::path& folder) {
-    const int lock = open((folder / "watch.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    const int lock = open((folder / watchLock).c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     return lock >= 0 && flock(lock, LOCK_EX | LOCK_NB) == 0;
 }
 
-void follow(Runs& runs, const std::string& address, const sigset_t& signals) {
+/// @param folder in which another program may watch, which then notifies; empty if this one does.
+void follow(Runs& runs, const std::string& address, const fs::path& folder, const sigset_t& signals) {
     News news(runs);
     Notifier notifier([address] { openBrowser(address); });
     const timespec pause{0, std::chrono::nanoseconds(newsPause).count()};
     while (sigtimedwait(&signals, nullptr, &pause) < 0) {
         for (const NewsItem& item : news.take()) {
+            if (!folder.empty() && velmorak::isLocked(folder / watchLock)) {
+                continue;
+            }
             notifier.show(item.title, item.sentence);
         }
     }
@@ -114,7 +120,7 @@ int view(const Options& options, const sigset_t& signals) {
     if (!options.watches && !options.staysClosed) {
         openBrowser(server.address());
     }
-    follow(runs, server.address(), signals);
+    follow(runs, server.address(), options.watches ? fs::path() : folder, signals);
     server.stop();
     serving.join();
     return 0;
