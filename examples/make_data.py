@@ -261,6 +261,23 @@ def samples(folder):
         "top_*.csv,top,0.5,800,600\n", encoding="utf-8")
 
 
+def recorded(folder):
+    """Masses in GeV as an experiment records them: a luminosity of 800/pb of both processes of samples()."""
+    random = Random(0x2ECD)
+    out = ["mass,quality\n"]
+    for sample, rows in (("z", 1000), ("top", 400)):
+        for _ in range(rows + int(random.gauss(0.0, rows ** 0.5))):
+            mass = random.breit_wigner(91.19, 2.495) if sample == "z" else 60.0 + random.exponential(45.0)
+            out.append("%s,%s\n" % (text(min(max(mass, 20.0), 300.0)), text(random.uniform())))
+    (folder / "recorded.csv").write_text("".join(out), encoding="utf-8")
+    (folder / "with_data.csv").write_text(
+        "# As samples.csv, and the recorded events, each with a weight of 1\n"
+        "file,sample,cross_section,luminosity,generated\n"
+        "recorded.csv,data,1,1,1\n"
+        "z_*.csv,Z,1.25,800,900\n"
+        "top_*.csv,top,0.5,800,600\n", encoding="utf-8")
+
+
 def tracks(path):
     """Events with up to seven tracks each, as nested rows; momenta in GeV."""
     random = Random(0x7AC5)
@@ -640,6 +657,7 @@ def main():
     stored(folder / "First_steps" / "stored.aida")
     measured(folder / "Tables" / "measured.csv")
     samples(folder / "Tables" / "samples")
+    recorded(folder / "Tables" / "samples")
     tracks(folder / "Tables" / "tracks.aida")
     trigger(folder / "Detectors" / "trigger.csv")
     lines(folder / "Detectors" / "lines.aida")

@@ -24,7 +24,7 @@ def results_of(runner, document, threads):
     with tempfile.TemporaryDirectory() as folder:
         copy = pathlib.Path(folder) / document.parent.name
         shutil.copytree(document.parent, copy, ignore=shutil.ignore_patterns("*.results"))
-        environment = dict(os.environ, VELMORAK_THREADS=threads)
+        environment = dict(os.environ, VELMORAK_THREADS=threads, SOURCE_DATE_EPOCH="1700000000")
         run = subprocess.run([runner, str(copy / document.name)], cwd=folder, env=environment, stderr=subprocess.PIPE)
         assert run.returncode == 0, "%s ended with %d:\n%s" % (document.name, run.returncode, run.stderr.decode())
         results = copy / (document.stem + ".results")

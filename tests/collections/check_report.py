@@ -38,7 +38,7 @@ def document():
 
 
 def page_of(runner, folder, threads, start):
-    environment = dict(os.environ, VELMORAK_THREADS=threads)
+    environment = dict(os.environ, VELMORAK_THREADS=threads, SOURCE_DATE_EPOCH="1700000000")
     run = subprocess.run([runner, "--start", start, "page.zedra"], cwd=folder, env=environment, stderr=subprocess.PIPE)
     assert run.returncode == 2, "ended with %d:\n%s" % (run.returncode, run.stderr.decode())
     return (folder / "page.results" / "Page.html").read_bytes()

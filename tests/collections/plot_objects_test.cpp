@@ -148,13 +148,13 @@ TEST(PlotObjects, dataUnderACurveArePointsUnlessStepsAreAskedFor) {
     KindHarness bench("Plot");
     bench.wire("object", counts({2, 3})).run();
     EXPECT_TRUE(hasText(script(bench), "with filledcurves"));
-    EXPECT_FALSE(hasText(script(bench), "with xyerrorbars"));
+    EXPECT_FALSE(hasText(script(bench), "with points"));
     bench.set("objects", "2").wire("object2", DataObjectPtr(line())).run();
-    EXPECT_TRUE(hasText(script(bench), "with xyerrorbars"));
+    EXPECT_TRUE(hasText(script(bench), "with points"));
     bench.set("style", "steps").run();
-    EXPECT_FALSE(hasText(script(bench), "with xyerrorbars"));
+    EXPECT_FALSE(hasText(script(bench), "with points"));
     bench.set("objects", "1").set("style", "points").run();
-    EXPECT_TRUE(hasText(script(bench), "with xyerrorbars"));
+    EXPECT_TRUE(hasText(script(bench), "with points"));
 }
 
 TEST(PlotObjects, aFunctionAloneIsDrawnOverItsRange) {
@@ -237,11 +237,11 @@ TEST(PlotObjects, theLegendHasTheNamesThatTheUserGives) {
     EXPECT_TRUE(hasText(script(bench), "title 'first one'"));
     EXPECT_TRUE(hasText(script(bench), "title 'second one'"));
     EXPECT_FALSE(hasText(script(bench), "hidden"));
-    EXPECT_TRUE(hasText(script(bench), "set key noenhanced bottom left"));
+    EXPECT_TRUE(hasText(script(bench), " left bottom Left reverse"));
     bench.set("legend", "no").run();
     EXPECT_TRUE(hasText(script(bench), "set key off"));
     bench.set("legend", "automatic").set("statistics", "yes").run();
-    EXPECT_TRUE(hasText(script(bench), "title 'first one  (Entries 2, Mean"));
+    EXPECT_TRUE(hasText(script(bench), "title 'first one  (Entries 2, Sum of weights 3, Mean"));
 }
 
 TEST(PlotObjects, theUserChoosesRangesAndFormats) {
@@ -360,7 +360,7 @@ TEST(PlotObjects, theScriptOfEveryObjectGivesTheSamePictureByHand) {
 
 TEST(PlotObjects, theFrameLeavesTheBoxFree) {
     KindHarness bench("Plot");
-    bench.wire("object", counts({1, 1, 1, 1, 100})).run();
+    bench.set("statistics", "top right").wire("object", counts({1, 1, 1, 1, 100})).run();
     // The box is at the right, where the highest bin is: 100 with an error of 100.
     const std::string text = script(bench);
     const std::size_t at = text.find("set yrange [0:") + 14;

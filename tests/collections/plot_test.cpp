@@ -160,7 +160,7 @@ TEST(PlotKind, noTextBecomesACommand) {
     };
     for (const std::string& text : nasty) {
         KindHarness bench("Plot");
-        bench.set("title", text).set("xlabel", text).set("ylabel", text).set("legend", "yes");
+        bench.set("title", text).set("xlabel", text).set("ylabel", text).set("legend", "automatic");
         bench.wire("object", peak(91.2, text)).run();
         expectPictures(bench, "bench");
         EXPECT_FALSE(fs::exists(mark)) << text;
@@ -195,11 +195,13 @@ TEST(PlotKind, anEndingInTheFileNameIsNotDoubled) {
 
 TEST(PlotKind, severalHistogramsHaveInputsOfTheirOwn) {
     KindHarness bench("Plot");
-    bench.set("objects", "3").set("legend", "yes");
+    bench.set("objects", "3").set("legend", "automatic");
     const Ports ports = bench.ports();
     EXPECT_EQ(ports.inputs.front().name, "object");
-    EXPECT_EQ(ports.inputs.at(ports.inputs.size() - 2).name, "object2");
-    EXPECT_EQ(ports.inputs.back().name, "object3");
+    EXPECT_EQ(ports.inputs.at(ports.inputs.size() - 4).name, "object2");
+    EXPECT_EQ(ports.inputs.at(ports.inputs.size() - 3).name, "look2");
+    EXPECT_EQ(ports.inputs.at(ports.inputs.size() - 2).name, "object3");
+    EXPECT_EQ(ports.inputs.back().name, "look3");
     bench.wire("object", peak(85, "First")).wire("object2", peak(91.2, "Second"));
     EXPECT_TRUE(bench.failure().starts_with("object3: ")) << bench.failure();
     bench.wire("object3", peak(100, "Third")).run();
@@ -213,7 +215,7 @@ TEST(PlotKind, portsThatStayKeepTheirPlace) {
     const Kind& plot = test::shippedKind("Plot");
     const Ports one = plot.ports({});
     const Ports many = plot.ports({{"objects", "16"}});
-    EXPECT_EQ(many.inputs.size(), one.inputs.size() + 15);
+    EXPECT_EQ(many.inputs.size(), one.inputs.size() + 30);
     for (std::size_t i = 0; i < one.inputs.size(); ++i) {
         EXPECT_EQ(many.inputs[i].name, one.inputs[i].name);
     }

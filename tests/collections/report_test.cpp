@@ -6,6 +6,7 @@
 #include <velmorak/FunctionObject.h>
 #include <velmorak/Histogram.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <set>
 
@@ -263,7 +264,64 @@ TEST(ReportKind, whatCannotBeDrawnIsSaid) {
     EXPECT_EQ(bench.warnings().size(), 1U);
 }
 
+/// Sets the date of reports while it lives.
+class FixedDate {
+public:
+    FixedDate() { setenv("SOURCE_DATE_EPOCH", "1732291800", 1); }
+    ~FixedDate() { unsetenv("SOURCE_DATE_EPOCH"); }
+    FixedDate(const FixedDate&) = delete;
+    FixedDate& operator=(const FixedDate&) = delete;
+};
+
+TEST(ReportKind, hasDateContentsAndFoldedValues) {
+    const FixedDate date;
+    KindHarness bench("Report");
+    bench.remember(record()).wire("object", peak("Mass")).run();
+    const std::string html = written(bench);
+    const Page page = pageOf(html);
+    EXPECT_NE(page.text.find("written on 2024-11-22 16:10 UTC"), std::string::npos);
+    EXPECT_EQ(page.tags.count("details"), 3U);
+    EXPECT_TRUE(page.references.contains("#section-1"));
+    EXPECT_NE(html.find("<li><a href=\"#section-3\">Pictures</a></li>"), std::string::npos);
+}
+
+TEST(ReportKind, drawsWithTheSettingsOfThePlotThatDrawsTheSame) {
+    RunRecord given = record();
+    given.plugins[2].inputs = {{.name = "object", .value = "", .plugin = "source", .output = "histogram"}};
+    given.plugins.push_back({.name = "Picture",
+                             .kind = "Plot",
+                             .version = 1,
+                             .inputs = {{.name = "object", .value = "", .plugin = "source", .output = "histogram"},
+                                        {.name = "formats", .value = "png", .plugin = "", .output = ""},
+                                        {.name = "title", .value = "A title of its own", .plugin = "", .output = ""},
+                                        {.name = "xlabel", .value = "p_{T}", .plugin = "", .output = ""},
+                                        {.name = "size", .value = "10 10", .plugin = "", .output = ""},
+                                        {.name = "dpi", .value = "100", .plugin = "", .output = ""}},
+                             .state = RecordedState::Done});
+    KindHarness bench("Report");
+    bench.remember(given).wire("object", peak("Mass")).run();
+    const std::string html = written(bench);
+    EXPECT_NE(html.find("A title of its own"), std::string::npos);
+    EXPECT_NE(html.find("viewBox=\"0 0 378 378\""), std::string::npos);
+    given.plugins.back().inputs[2].name = "other";
+    given.plugins.back().inputs[0].output = "function";
+    bench.remember(given).run();
+    EXPECT_EQ(written(bench).find("viewBox=\"0 0 378 378\""), std::string::npos);
+}
+
+TEST(ReportKind, writesAllPicturesAsOnePdf) {
+    KindHarness bench("Report");
+    bench.remember(record()).set("objects", "3").set("pdf", "yes").set("file", "all.html");
+    bench.wire("object", peak("One")).wire("object2", fitted()).wire("object3", peak("Two")).run();
+    const std::string pdf = textIn(bench.folder() / "all.pdf");
+    EXPECT_TRUE(pdf.starts_with("%PDF"));
+    EXPECT_NE(pdf.find("/Count 2"), std::string::npos);
+    bench.expectWarnings().set("objects", "1").wire("object", 3.0).run();
+    EXPECT_EQ(bench.warnings(), std::vector<std::string>{"pdf: the report has no pictures, so there is no PDF"});
+}
+
 TEST(ReportKind, theSameRunGivesTheSameBytes) {
+    const FixedDate date;
     KindHarness first("Report");
     KindHarness second("Report");
     for (KindHarness* bench : {&first, &second}) {

@@ -68,11 +68,11 @@ void drawInto(const std::filesystem::path& folder, const PlotFiles& files, const
     }
 }
 
-std::string drawnSvg(const std::vector<PlotObject>& objects, RunContext& context) {
-    PlotStyle style;
+std::string drawnSvg(const PlotPicture& picture, RunContext& context) {
+    PlotStyle style = picture.style;
     style.baseName = "picture";
     style.formats = {"svg"};
-    PlotContents contents = plotContents(objects, style);
+    PlotContents contents = plotContents(picture.objects, style);
     const PlotFiles files = plotFiles(contents, style);
     for (const std::string& warning : contents.warnings) {
         context.warn(warning);
@@ -80,6 +80,26 @@ std::string drawnSvg(const std::vector<PlotObject>& objects, RunContext& context
     const TemporaryFolder scratch("plot");
     drawInto(scratch.path(), files, style, context);
     return readText(scratch.path() / "picture.svg");
+}
+
+std::string drawnPdf(const std::vector<PlotPicture>& pictures, const RunContext& context) {
+    const TemporaryFolder scratch("plot");
+    std::string script;
+    for (std::size_t i = 0; i < pictures.size(); ++i) {
+        PlotStyle style = pictures[i].style;
+        style.baseName = "page" + std::to_string(i + 1);
+        style.formats = {};
+        style.width = pictures.front().style.width;
+        style.height = pictures.front().style.height;
+        PlotContents contents = plotContents(pictures[i].objects, style);
+        const PlotFiles page = plotPage(contents, style, i == 0 ? "pages" : "");
+        script += page.script;
+        writeText(scratch.path() / (style.baseName + ".dat"), page.data);
+    }
+    writeText(scratch.path() / "pages.gp", script + "set output\n");
+    runGnuplot(scratch.path(), "./pages.gp", context);
+    takeDateFrom(scratch.path() / "pages.pdf");
+    return readText(scratch.path() / "pages.pdf");
 }
 
 }  // namespace velmorak

@@ -13,8 +13,18 @@ namespace velmorak {
 void drawInto(const std::filesystem::path& folder, const PlotFiles& files, const PlotStyle& style,
               const RunContext& context);
 
+/// Objects that are drawn into one picture, in a style whose base name and formats do not matter.
+struct PlotPicture {
+    std::vector<PlotObject> objects;
+    PlotStyle style;
+};
+
 /// @return the picture as SVG, as Plot draws it. Warns about objects that it cannot draw.
 /// @throws as plotContents, plotFiles and drawInto.
-std::string drawnSvg(const std::vector<PlotObject>& objects, RunContext& context);
+std::string drawnSvg(const PlotPicture& picture, RunContext& context);
+
+/// @return a PDF with one page for each picture; all pages are as large as the first. Warns of nothing.
+/// @throws as plotContents, plotFiles and drawInto.
+std::string drawnPdf(const std::vector<PlotPicture>& pictures, const RunContext& context);
 
 }  // namespace velmorak

@@ -92,22 +92,24 @@ std::string PlotKind::summary() const {
 }
 
 std::string PlotKind::notes() const {
-    return R"(A picture shows any number of one-dimensional objects, or one two-dimensional histogram or profile, whose bins are drawn
-as colours. Functions are drawn over the data within their range of validity, with 601 samples that are equidistant along the
-axis as drawn.
+    return R"(A picture shows any number of one-dimensional objects, or two-dimensional histograms and profiles: one as colours,
+others as contours. Functions are drawn over the data within their range of validity, with 601 samples that are equidistant
+along the axis as drawn; a fitted one is dotted beyond the range of the fit. [Pictures](../plots.md) shows looks, stacks,
+lower panels, lines, regions, texts and the markup of labels.
 
 | object | drawn as |
 |---|---|
-| histogram | steps, or points with bars as long as a bin is wide; error: square root of the sum of squared weights |
-| profile | points: mean of each bin that has entries, with the error of the mean |
-| points | points with their errors upwards and downwards; one-dimensional points are drawn side by side |
-| function of one argument | a curve |
-| two-dimensional histogram, profile | colours; bins without entries stay white |
+| histogram | steps, points, a line, a filled area, a part of a stack, or a band; error: square root of the sum of squared weights |
+| profile | points, a line or a band: mean of each bin that has entries, with the error of the mean |
+| points | points, a line or a band, with their errors upwards and downwards; one-dimensional points are drawn side by side |
+| function of one argument | a curve, or the area below it |
+| two-dimensional histogram, profile | colours, or lines of equal height; bins without entries stay white |
 
 Objects use the colours of M. Okabe and K. Ito, bins use viridis; both suit every type of colour vision, and
-markers and dashes differ, too. The statistics box shows entries, mean and rms in range, underflow, overflow and NaN if there
-are any, and of a fitted function χ² and parameters with their errors. The vertical axis extends far enough that box and
-legend hide nothing.
+markers and dashes differ, too. The statistics box shows entries, mean and rms in range, fills below and above the axis, and
+NaN if there are any; the sums of weights if there are weights; and of a fitted function χ² and parameters with their errors.
+Box and legend are in the emptiest corners, and the vertical axis extends far enough that they hide nothing. If the box has
+no room for all lines, it says how many are missing, as does a warning.
 
 On a logarithmic axis, bins and points that are not positive are not drawn, and error bars that extend below 0 end at the
 frame. Infinite and NaN values are left out. A warning reports both, except for bins that are simply empty.
@@ -116,9 +118,8 @@ If the plug-in of an object failed, the others are drawn, and a line below the p
 curve of a fit that did not converge is marked in the legend.
 
 Pictures are drawn by gnuplot, from the package gnuplot-nox. Script and data are kept beside the picture: edit them
-and run `gnuplot` on the script in that folder. Titles are drawn literally; write µ, ⁺ or ² instead of markup.
-`]]>` is drawn as `]] >`, invalid UTF-8 as question marks. The same objects give the same bytes; for this, a PDF has a fixed
-date.)";
+and run `gnuplot` on the script in that folder. `]]>` is drawn as `]] >`, invalid UTF-8 as question marks. The same objects
+give the same bytes; for this, a PDF has a fixed date.)";
 }
 
 Ports PlotKind::ports(const ValueTexts& values) const {
@@ -126,7 +127,7 @@ Ports PlotKind::ports(const ValueTexts& values) const {
     ports.inputs = {objectInput,
                     countInput("objects", "Number of objects in the picture, 1 to 16; each has its own input.")};
     appendInputs(ports.inputs, plotValueInputs());
-    addNumbered(ports, objectInput, numberedCount(values, "objects"));
+    addObjectInputs(ports, objectInput, numberedCount(values, "objects"));
     return ports;
 }
 
@@ -137,7 +138,8 @@ std::string PlotKind::refusal(const std::string& input, const std::string& value
 void PlotKind::evaluate(const Arguments& arguments, Results&, RunContext& context) const {
     std::vector<std::string> missing;
     const std::vector<PlotObject> objects = objectsOf(arguments, missing);
-    PlotStyle style = plotStyleOf(arguments);
+    const std::size_t count = numberedInputs(arguments, "objects", "object").size();
+    PlotStyle style = plotStyleOf([&](const std::string& input) { return arguments.text(input); }, count);
     const std::string& file = arguments.text("file");
     const std::string resultName = file.empty() ? asFileName(context.pluginName()) : withoutPictureEnding(file);
     style.baseName = std::filesystem::path(resultName).filename().string();

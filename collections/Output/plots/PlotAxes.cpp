@@ -1,10 +1,9 @@
 #include "PlotScript.h"
 
+#include "LabelText.h"
 #include "PlotText.h"
 
 #include <velmorak/Dates.h>
-#include <velmorak/ElementaryFunctions.h>
-#include <velmorak/Utf8.h>
 #include <velmorak/Value.h>
 
 #include <algorithm>
@@ -14,124 +13,116 @@ namespace velmorak {
 
 namespace {
 
-/// Maximum number of labelled powers of ten on an axis.
-constexpr int maxPowers = 8;
-/// Maximum number of powers of ten with minor tics in between.
-constexpr int maxMarkedPowers = 12;
-
-std::string whole(int number) {
-    return std::to_string(number);
+/// A font that lets a text fit, at least half the usual one.
+std::string fitted(const std::string& text, double font, double room) {
+    const double needed = labelWidth(text) * characterCm(font);
+    const double scale = std::clamp(room / std::max(needed, 1e-6), 0.5, 1.0);
+    return " font '," + roundedText(scale * font, 3) + "'";
 }
 
-/// "10⁻³"; small powers are written out.
-std::string powerText(int exponent) {
-    if (exponent >= -1 && exponent <= 2) {
-        return exponent == -1 ? "0.1" : textOf(elementary::powerOfTen(exponent));
+std::string at(double x, double y, const PlotLayout& layout) {
+    return " at screen " + roundedText(x / layout.width) + ", screen " + roundedText(y / layout.height);
+}
+
+/// The title with the common power of ten of the numbers before its unit, or after the title.
+std::string withExponent(const std::string& title, const std::string& exponent) {
+    if (exponent.empty()) {
+        return title;
     }
-    const char* const digits[] = {"⁰", "¹", "²", "³", "⁴", "⁵", "⁶", "⁷", "⁸", "⁹"};
-    std::string text = exponent < 0 ? "10⁻" : "10";
-    for (const char digit : whole(std::abs(exponent))) {
-        text += digits[digit - '0'];
+    const std::size_t open = title.rfind('[');
+    if (open != std::string::npos && title.ends_with(']')) {
+        return title.substr(0, open + 1) + exponent + " " + title.substr(open + 1);
+    }
+    return title.empty() ? "× " + exponent : title + " / " + exponent;
+}
+
+/// The title without the unit that marks times.
+std::string horizontalTitle(const PlotContents& contents, const PlotPage& page, const PlotStyle& style) {
+    std::string title = firstNotEmpty(style.x.title, contents.xTitle);
+    const std::string unit = "[" + std::string(dateUnit) + "]";
+    if (title.ends_with(unit)) {
+        title.resize(title.size() - unit.size());
+        title.erase(title.find_last_not_of(' ') + 1);
+    }
+    return withExponent(title, page.x.exponent) + page.x.titleSuffix;
+}
+
+std::string pictureTitle(const PlotContents& contents, const PlotStyle& style) {
+    const std::string& title = firstNotEmpty(style.title, contents.title);
+    return !contents.isPartial ? title : title.empty() ? "(partial)" : title + " (partial)";
+}
+
+std::string setLabel(const std::string& text) {
+    return "set label " + quotedLabel(text);
+}
+
+/// Above the frame: the title at its left, the statistics of a map at its right.
+std::string above(const PlotContents& contents, const PlotLayout& layout, const PlotStyle& style) {
+    const double line = lineCm(layout.boxFont());
+    const bool hasLine = contents.isPlane() && style.statistics != StatisticsDisplay::None;
+    const double edge = layout.height - layout.top;
+    const std::string title = pictureTitle(contents, style);
+    std::string text;
+    if (!title.empty()) {
+        const double y = edge + (hasLine ? 1.15 * line : 0.0) + 0.42 * layout.scale;
+        text += setLabel(title) + at(layout.left, y, layout) + " left" +
+                fitted(title, 1.05 * layout.titleFont(), layout.width - layout.left) + "\n";
+    }
+    if (hasLine) {
+        const double room = layout.frameWidth() + layout.right;
+        text += setLabel(numberLabel(contents.plane().statistics)) + at(layout.left, edge + 0.65 * line, layout) +
+                " left textcolor rgb '#404040'" + fitted(contents.plane().statistics, layout.boxFont(), room) + "\n";
     }
     return text;
 }
 
-/// Tics at powers of ten, and minor ones in between. For fewer than two powers, gnuplot chooses the tics.
-std::string logTics(const std::string& axis, const PlotSpan& span) {
-    const int first = static_cast<int>(std::ceil(elementary::log10(span.low) - 1e-9));
-    const int last = static_cast<int>(std::floor(elementary::log10(span.high) + 1e-9));
-    if (last - first < 1) {
-        return {};
-    }
-    const int step = (last - first) / maxPowers + 1;
-    std::string tics;
-    for (int power = first - 1; power <= last; ++power) {
-        const std::string tail = "e" + whole(power);
-        if (power >= first) {
-            const bool isNamed = (power - first) % step == 0;
-            tics += (tics.empty() ? "" : ", ") + quotedForGnuplot(isNamed ? powerText(power) : "") + " 1" + tail +
-                    (isNamed ? " 0" : " 1");
-        }
-        if (last - first > maxMarkedPowers) {
-            continue;
-        }
-        for (int digit = 2; digit <= 9; ++digit) {
-            const double at = digit * elementary::powerOfTen(power);
-            if (span.contains(at)) {
-                tics += std::string(tics.empty() ? "" : ", ") + "'' " + whole(digit) + tail + " 1";
-            }
-        }
-    }
-    return "set " + axis + "tics (" + tics + ")\n";
-}
-
-std::string range(const std::string& axis, const PlotSpan& span, bool hasLog) {
-    std::string text = hasLog ? "set logscale " + axis + "\n" : std::string();
-    text += "set " + axis + "range [" + textOf(span.low) + ":" + textOf(span.high) + "]\n";
-    return text + (hasLog ? logTics(axis, span) : "");
-}
-
-/// A tic for each category, or for every second, third ... if their names need too much room.
-std::string categoryTics(const std::vector<std::string>& categories) {
-    constexpr std::size_t maxCharacters = 90;
-    std::size_t characters = 0;
-    for (const std::string& category : categories) {
-        characters += characterCount(category) + 2;
-    }
-    const std::size_t step = characters / maxCharacters + 1;
-    std::string tics;
-    for (std::size_t i = 0; i < categories.size(); i += step) {
-        tics += (tics.empty() ? "" : ", ") + quotedForGnuplot(categories[i]) + " " + std::to_string(i);
-    }
-    return categories.empty() ? "" : "set xtics (" + tics + ")\n";
-}
-
-const std::string& firstNotEmpty(const std::string& text, const std::string& otherwise) {
-    return text.empty() ? otherwise : text;
-}
-
-/// Long titles get a smaller font, so that they fit into the picture.
-std::string sized(const std::string& text, double room, double least, double most) {
-    const double fitting = room / std::max<double>(1.0, static_cast<double>(characterCount(text)));
-    return quotedForGnuplot(text) + " font 'DejaVu Sans," + textOf(std::floor(std::clamp(fitting, least, most))) + "'";
-}
-
-/// Dates below an axis of seconds since 1970, whose title then names no unit.
-std::string dateAxis(const std::string& title, const PlotSpan& span) {
-    const std::string unit = " [" + std::string(dateUnit) + "]";
-    if (!title.ends_with(unit)) {
-        return {};
-    }
-    constexpr double fewDays = 4.0 * 86400.0;
-    const std::string format = span.high - span.low > fewDays ? "%Y-%m-%d" : "%H:%M\\n%Y-%m-%d";
-    return "set xlabel " + sized(title.substr(0, title.size() - unit.size()), 2100.0, 14.0, 32.0) +
-           " offset 0,-0.2\nset xtics format \"" + format + "\" timedate autofreq font 'DejaVu Sans,18'\n";
+std::string colourTitles(const PlotContents& contents, const PlotPage& page, const PlotStyle& style) {
+    const PlotLayout& layout = page.layout;
+    const std::string title = withExponent(firstNotEmpty(style.z.title, contents.zTitle), page.z.exponent);
+    const double x = layout.width - 0.55 * lineCm(layout.titleFont());
+    return setLabel(title) + at(x, layout.height - layout.top, layout) + " right rotate by 90" +
+           fitted(title, layout.titleFont(), layout.height - layout.top) + "\n";
 }
 
 }  // namespace
 
-std::string plotAxes(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style) {
-    std::string text = range("x", frame.x, style.x.hasLog) + range("y", frame.y, style.y.hasLog);
-    text += categoryTics(contents.categories);
-    if (contents.map) {
-        text += range("cb", frame.z, style.z.hasLog);
+std::string axisCommands(const std::string& axis, const PlotSpan& span, bool hasLog, const PlotTics& tics,
+                         bool hasLabels) {
+    std::string text = hasLog ? "set logscale " + axis + "\n" : std::string();
+    text += "set " + axis + "range [" + textOf(span.low) + ":" + textOf(span.high) + "]\n";
+    std::string list;
+    for (const PlotTic& tic : tics.tics) {
+        list += (list.empty() ? "" : ", ") + quotedTic(hasLabels ? tic.label : "") + " " + textOf(tic.at) +
+                (tic.isMinor ? " 1" : "");
     }
-    const std::string above = contents.map ? " offset 0,0.9" : "";
-    std::string title = firstNotEmpty(style.title, contents.title);
-    if (contents.isPartial) {
-        title += title.empty() ? "(partial)" : " (partial)";
+    const std::string tilt = tics.isTilted && hasLabels ? " rotate by 40 right" : "";
+    return text + (list.empty() ? "unset " + axis + "tics\n" : "set " + axis + "tics" + tilt + " (" + list + ")\n");
+}
+
+std::string titleLabels(const PlotContents& contents, const PlotPage& page, const PlotStyle& style,
+                        const std::string& panelTitle) {
+    const PlotLayout& layout = page.layout;
+    const double frameTop = layout.height - layout.top;
+    const double frameRight = layout.width - layout.right;
+    std::string text = above(contents, layout, style);
+    const std::string x = horizontalTitle(contents, page, style);
+    if (!x.empty()) {
+        const double notes = static_cast<double>(contents.notes.size()) * lineCm(layout.boxFont());
+        const double room = layout.frameWidth() + layout.left;
+        text += setLabel(x) + at(frameRight, notes + 0.55 * lineCm(layout.titleFont()) + 0.05, layout) + " right" +
+                fitted(x, layout.titleFont(), room) + "\n";
     }
-    text += "set title " + sized(title, 2300.0, 14.0, 34.0) + above + "\n";
-    text +=
-        "set xlabel " + sized(firstNotEmpty(style.x.title, contents.xTitle), 2100.0, 14.0, 32.0) + " offset 0,-0.2\n";
-    text +=
-        "set ylabel " + sized(firstNotEmpty(style.y.title, contents.yTitle), 1300.0, 14.0, 32.0) + " offset -1.2,0\n";
-    if (contents.map) {
-        text += "set cblabel " + sized(firstNotEmpty(style.z.title, contents.zTitle), 1300.0, 14.0, 32.0) +
-                " offset 1.2,0\n";
+    const std::string& y = firstNotEmpty(style.y.title, contents.yTitle);
+    if (!y.empty()) {
+        const double room = panelTitle.empty() ? frameTop : layout.frameHeight();
+        text += setLabel(y) + at(0.62 * lineCm(layout.titleFont()), frameTop, layout) + " right rotate by 90" +
+                fitted(y, layout.titleFont(), room) + "\n";
     }
-    text += dateAxis(firstNotEmpty(style.x.title, contents.xTitle), frame.x);
-    return text;
+    if (!page.y.exponent.empty()) {
+        text += setLabel("× " + page.y.exponent) + at(layout.left - 0.1, frameTop + 0.3 * layout.scale, layout) +
+                " right\n";
+    }
+    return text + (contents.isPlane() ? colourTitles(contents, page, style) : std::string());
 }
 
 }  // namespace velmorak

@@ -1,11 +1,14 @@
 #include "PlotContents.h"
 
+#include "PlotStack.h"
 #include "PlotStatistics.h"
 #include "PlotText.h"
+#include "SeriesStyles.h"
 
 #include <velmorak/DataObjects.h>
 #include <velmorak/Dates.h>
 #include <velmorak/Failure.h>
+#include <velmorak/Histogram.h>
 
 #include <algorithm>
 #include <cmath>
@@ -26,10 +29,13 @@ std::string unitIn(const std::string& axisTitle) {
     return axisTitle.substr(open + 1, axisTitle.size() - open - 2);
 }
 
+bool isOfCounts(const BinSums& sums) {
+    return sums.w == static_cast<double>(sums.entries) && sums.ww == sums.w;
+}
+
 /// Title for the heights of a histogram; with the bin width if all bins are equal and have a unit.
 std::string heightTitle(const BinSums& sums, const Axis& axis, const std::string& xTitle) {
-    const bool isWeighted = sums.w != static_cast<double>(sums.entries) || sums.ww != sums.w;
-    const std::string quantity = isWeighted ? "Sum of weights" : "Entries";
+    const std::string quantity = !isOfCounts(sums) ? "Sum of weights" : "Entries";
     const std::string given = unitIn(xTitle);
     const std::string unit = given == dateUnit ? "s" : given;
     if (!axis.isRegular() || unit.empty()) {
@@ -50,6 +56,11 @@ bool isBlank(const PlotSeries& series) {
     return !series.function && std::all_of(series.points.begin(), series.points.end(), [&](const PlotPoint& point) {
         return !std::isfinite(point.y) || (series.isHistogram && point.y == 0.0 && point.yLow == point.yHigh);
     });
+}
+
+/// Each bin holds one whole number.
+bool isOfIntegers(const Axis& axis) {
+    return axis.isRegular() && axis.width(0) == 1.0 && std::trunc(axis.center(0)) == axis.center(0);
 }
 
 /// Collects objects of all classes for one picture.
@@ -78,15 +89,13 @@ private:
 
     /// @param valueOf value of a cell; empty if the cell stays white.
     template <typename ValueOf>
-    void addMap(const PlotObject& object, const Grid<2>& grid, std::string statistics, const ValueOf& valueOf) {
-        if (contents.map) {
-            throw Failure(object.input, "a plot can show only one two-dimensional object; use another Plot");
-        }
+    void addMap(const PlotObject& object, const Grid<2>& grid, std::string statistics, bool isCount,
+                const ValueOf& valueOf) {
         PlotMap map{.xEdges = grid.axis(0).edges(),
                     .yEdges = grid.axis(1).edges(),
                     .values = {},
                     .statistics = std::move(statistics),
-                    .isCount = false};
+                    .isCount = isCount};
         std::size_t strange = 0;
         for (std::size_t j = 1; j <= grid.axis(1).bins(); ++j) {
             for (std::size_t i = 1; i <= grid.axis(0).bins(); ++i) {
@@ -97,10 +106,17 @@ private:
             }
         }
         warn(object, strange, "bins");
-        contents.map = std::move(map);
+        keepMap(object, std::move(map));
         take(contents.xTitle, grid.axis(0).title);
         take(contents.yTitle, grid.axis(1).title);
     }
+
+    void keepMap(const PlotObject& object, PlotMap map);
+
+    /// @return the user's settings of the object that is being added.
+    ObjectLook lookHere() const { return position < style.looks.size() ? style.looks[position] : ObjectLook(); }
+
+    std::string labelHere(const PlotObject& object) const;
 
     PlotSeries seriesOf(const PlotObject& object);
 
@@ -110,15 +126,12 @@ private:
 
     static void take(std::string& title, const std::string& found);
 
-    /// Unless the user chooses, data with a curve are drawn as points, others as steps.
-    void chooseSeriesStyles();
-
     void warnIfBlank();
 
     const PlotStyle& style;
     PlotContents contents;
     std::vector<std::string> titles;
-    std::size_t next = 0;  ///< Position of the next series, for its label.
+    std::size_t position = 0;  ///< Of the object that is being added.
     bool haveOneHeight = true;
 };
 
@@ -142,7 +155,8 @@ void Collector::add(const PlotObject& object) {
                                   titles.push_back(data.title);
                               },
                           });
-    if (contents.map && !contents.series.empty()) {
+    ++position;
+    if (contents.isPlane() && !contents.series.empty()) {
         throw Failure(object.input,
                       "one- and two-dimensional objects cannot be drawn in the same plot; use another Plot");
     }
@@ -156,8 +170,9 @@ PlotContents Collector::finish() {
     if (!haveOneHeight) {
         contents.yTitle = contents.yTitle.substr(0, contents.yTitle.find(" / ")) + " / bin";
     }
-    chooseSeriesStyles();
+    chooseStyles(contents, style);
     warnIfBlank();
+    stackUp(contents);
     return std::move(contents);
 }
 
@@ -167,6 +182,7 @@ void Collector::addObject(const PlotObject& object, const FunctionObject& functi
     }
     PlotSeries series = seriesOf(object);
     series.style = PlotSeries::SeriesStyle::Curve;
+    allowStyles(series, position, {ObjectStyle::Line, ObjectStyle::Filled}, "a function");
     if (!hasConverged(function)) {
         series.label += " (not converged)";
         contents.notes.push_back("\"" + object.maker + "\" did not converge: this is its last curve");
@@ -182,7 +198,14 @@ void Collector::addObject(const PlotObject& object, const FunctionObject& functi
 void Collector::addObject(const PlotObject& object, const Histogram1D& histogram) {
     PlotSeries series = seriesOf(object);
     series.isHistogram = true;
+    allowStyles(series, position,
+                {ObjectStyle::Steps, ObjectStyle::Points, ObjectStyle::Line, ObjectStyle::Filled, ObjectStyle::Stacked,
+                 ObjectStyle::Band},
+                "a histogram of one quantity");
     series.edges = histogram.axis().edges();
+    series.isRegular = histogram.axis().isRegular();
+    series.isIntegers = isOfIntegers(histogram.axis());
+    series.isCounts = isOfCounts(histogram.inRange());
     series.statistics = statisticsOf(histogram);
     if (!contents.series.empty() && contents.categories != histogram.axis().labels) {
         throw Failure(object.input, "histograms of different categories cannot be drawn in the same plot");
@@ -217,6 +240,7 @@ void Collector::setHeightTitle(const Histogram1D& histogram) {
 void Collector::addObject(const PlotObject& object, const Profile1D& profile) {
     PlotSeries series = seriesOf(object);
     series.style = PlotSeries::SeriesStyle::Points;
+    allowStyles(series, position, {ObjectStyle::Points, ObjectStyle::Line, ObjectStyle::Band}, "a profile");
     series.statistics = statisticsOf(profile);
     const Axis& axis = profile.grid().axis(0);
     for (std::size_t i = 0; i < axis.bins(); ++i) {
@@ -244,6 +268,7 @@ void Collector::addObject(const PlotObject& object, const Points& points) {
     }
     PlotSeries series = seriesOf(object);
     series.style = PlotSeries::SeriesStyle::Points;
+    allowStyles(series, position, {ObjectStyle::Points, ObjectStyle::Line, ObjectStyle::Band}, "an object of points");
     series.statistics = {{"Points", std::to_string(points.size())}};
     const std::size_t last = points.dimension() - 1;
     for (std::size_t i = 0; i < points.size(); ++i) {
@@ -269,12 +294,11 @@ void Collector::addObject(const PlotObject& object, const Points& points) {
 }
 
 void Collector::addObject(const PlotObject& object, const Histogram2D& histogram) {
-    addMap(object, histogram.grid(), statisticsLine(histogram), [&](std::size_t cell) {
+    addMap(object, histogram.grid(), statisticsLine(histogram), true, [&](std::size_t cell) {
         const auto& sums = histogram.cells()[cell];
         const bool isEmpty = sums.entries == 0 && sums.w == 0.0;
         return isEmpty ? std::nullopt : std::optional(sums.w);
     });
-    contents.map->isCount = true;
     contents.zTitle = "Entries / bin";
     const auto sums = histogram.inRange();
     if (sums.w != static_cast<double>(sums.entries) || sums.ww != sums.w) {
@@ -283,20 +307,42 @@ void Collector::addObject(const PlotObject& object, const Histogram2D& histogram
 }
 
 void Collector::addObject(const PlotObject& object, const Profile2D& profile) {
-    addMap(object, profile.grid(), statisticsLine(profile), [&](std::size_t cell) {
+    addMap(object, profile.grid(), statisticsLine(profile), false, [&](std::size_t cell) {
         const bool isEmpty = profile.cells()[cell].entries == 0 && std::isnan(profile.height(cell));
         return isEmpty ? std::nullopt : std::optional(profile.height(cell));
     });
     contents.zTitle = "Mean";
 }
 
-PlotSeries Collector::seriesOf(const PlotObject& object) {
-    PlotSeries series;
-    const std::size_t position = next++;
+void Collector::keepMap(const PlotObject& object, PlotMap map) {
+    const ObjectLook look = lookHere();
+    if (look.style == ObjectStyle::Contours) {
+        contents.contours.push_back({.grid = std::move(map), .label = labelHere(object), .look = look, .lines = {}});
+        return;
+    }
+    if (look.style != ObjectStyle::Automatic && look.style != ObjectStyle::Colours) {
+        throw Failure(lookInput(position), "an object of two quantities is drawn as colours or contours");
+    }
+    if (contents.map) {
+        throw Failure(object.input,
+                      "a plot can show only one two-dimensional object as colours; give the other one the look "
+                      "\"contours\", or use another Plot");
+    }
+    contents.map = std::move(map);
+}
+
+std::string Collector::labelHere(const PlotObject& object) const {
     const DataObject& data = *object.object;
     const std::string& own = !data.title.empty() ? data.title : !data.name.empty() ? data.name : object.maker;
     const bool isGiven = position < style.labels.size() && !style.labels[position].empty();
-    series.label = isGiven ? style.labels[position] : own;
+    return lookHere().legend.value_or(isGiven ? style.labels[position] : own);
+}
+
+PlotSeries Collector::seriesOf(const PlotObject& object) {
+    PlotSeries series;
+    series.input = object.input;
+    series.look = lookHere();
+    series.label = labelHere(object);
     return series;
 }
 
@@ -314,12 +360,13 @@ void Collector::warn(const PlotObject& object, std::size_t strange, const std::s
 
 /// A logarithmic axis without values has a warning of its own.
 void Collector::warnIfBlank() {
-    if ((contents.map ? style.z : style.y).hasLog) {
+    if ((contents.isPlane() ? style.z : style.y).hasLog) {
         return;
     }
-    const bool isEmptyMap = contents.map && std::all_of(contents.map->values.begin(), contents.map->values.end(),
-                                                        [](double value) { return std::isnan(value); });
-    if (isEmptyMap || (!contents.map && std::all_of(contents.series.begin(), contents.series.end(), isBlank))) {
+    const bool isEmptyMap =
+        contents.isPlane() && std::all_of(contents.plane().values.begin(), contents.plane().values.end(),
+                                          [](double value) { return std::isnan(value); });
+    if (isEmptyMap || (!contents.isPlane() && std::all_of(contents.series.begin(), contents.series.end(), isBlank))) {
         contents.warnings.emplace_back("there is nothing to draw: no object has entries or points");
     }
 }
@@ -327,16 +374,6 @@ void Collector::warnIfBlank() {
 void Collector::take(std::string& title, const std::string& found) {
     if (title.empty()) {
         title = found;
-    }
-}
-
-void Collector::chooseSeriesStyles() {
-    const bool havePoints = style.histograms == HistogramStyle::Points ||
-                            (style.histograms == HistogramStyle::Automatic && contents.hasCurve());
-    for (PlotSeries& series : contents.series) {
-        if (series.isHistogram && havePoints) {
-            series.style = PlotSeries::SeriesStyle::Points;
-        }
     }
 }
 

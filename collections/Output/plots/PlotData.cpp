@@ -1,4 +1,4 @@
-#include "PlotScript.h"
+#include "PlotData.h"
 
 #include "PlotText.h"
 
@@ -63,11 +63,22 @@ std::string points(const PlotSeries& series, const PlotFrame& frame) {
     return text;
 }
 
+/// An empty line interrupts a line; two would begin another block.
+void addGap(std::string& text) {
+    if (!text.empty() && !text.ends_with("\n\n")) {
+        text += "\n";
+    }
+}
+
 /// gnuplot clips a curve at the frame; a NaN leaves a gap.
-std::string curve(const PlotSeries& series) {
+std::string curve(const std::vector<PlotPoint>& samples) {
     std::string text = "NaN NaN\n";
-    for (const PlotPoint& point : series.points) {
-        text += std::isfinite(point.y) ? line({textOf(point.x), textOf(point.y)}) : std::string("\n");
+    for (const PlotPoint& point : samples) {
+        if (std::isfinite(point.y)) {
+            text += line({textOf(point.x), textOf(point.y)});
+        } else {
+            addGap(text);
+        }
     }
     return text;
 }
@@ -94,32 +105,168 @@ std::string cells(const PlotMap& map, const PlotFrame& frame) {
     return text.empty() ? "NaN NaN NaN NaN NaN\n" : text;
 }
 
-}  // namespace
-
-std::string plotData(const PlotContents& contents, const PlotFrame& frame) {
-    if (contents.map) {
-        return "# Cells that have a colour: x from, x to, y from, y to, value.\n" + cells(*contents.map, frame);
+/// Heights with their errors: along the edges of a histogram's bins, or at points.
+std::string band(const PlotSeries& series, const std::vector<PlotPoint>& points, const PlotSpan& y) {
+    std::string text;
+    for (const PlotPoint& point : points) {
+        const std::string low = within(std::isnan(point.yLow) ? point.y : point.yLow, y);
+        const std::string high = within(std::isnan(point.yHigh) ? point.y : point.yHigh, y);
+        if (std::isnan(point.y)) {
+            addGap(text);
+        } else if (series.isHistogram) {
+            text += line({textOf(point.xLow), low, high}) + line({textOf(point.xHigh), low, high});
+        } else {
+            text += line({textOf(point.x), low, high});
+        }
     }
-    std::string text =
-        "# For each histogram that is drawn as steps: its outline as x, height; then centre, height, height - error,\n"
-        "# height + error. For points: x, y, then the ends of their bars in x and in y. For a curve: x, y. Each "
-        "object\n"
-        "# has two blocks, of which the second may hold nothing.\n";
-    for (const PlotSeries& series : contents.series) {
-        const std::string nothing = "NaN NaN\n";
-        switch (series.style) {
-            case PlotSeries::SeriesStyle::Steps:
-                text += outline(series, frame) + "\n\n" + bars(series, frame) + "\n\n";
-                break;
-            case PlotSeries::SeriesStyle::Points:
-                text += points(series, frame) + "\n\n" + nothing + "\n\n";
-                break;
-            case PlotSeries::SeriesStyle::Curve:
-                text += curve(series) + "\n\n" + nothing + "\n\n";
-                break;
+    return text.empty() ? "NaN NaN NaN\n" : text;
+}
+
+/// The line in the middle of a band, and the line through points.
+std::string middle(const PlotSeries& series, bool isStepped, const PlotFrame& frame) {
+    std::string text = "NaN NaN\n";
+    for (const PlotPoint& point : series.points) {
+        const std::string y = within(point.y, frame.y);
+        if (std::isnan(point.y) || (!isStepped && !frame.x.contains(point.x))) {
+            addGap(text);
+        } else if (isStepped) {
+            text += line({textOf(point.xLow), y}) + line({textOf(point.xHigh), y});
+        } else {
+            text += line({textOf(point.x), y});
         }
     }
     return text;
+}
+
+std::string contourLines(const PlotContour& contour) {
+    std::string text;
+    for (const ContourLine& one : contour.lines) {
+        const std::string height = textOf(one.height);
+        text += line({textOf(one.x1), textOf(one.y1), height}) + line({textOf(one.x2), textOf(one.y2), height});
+        addGap(text);
+    }
+    return text.empty() ? "NaN NaN NaN\n" : text;
+}
+
+/// Comparisons inside the panel.
+std::string comparisons(const PanelSeries& series, const PlotFrame& frame, const PlotSpan& y) {
+    std::string text = "NaN NaN NaN NaN NaN NaN\n";
+    for (const PlotPoint& point : series.points) {
+        if (frame.x.contains(point.x) && y.contains(point.y)) {
+            text += line({textOf(point.x), textOf(point.y), within(point.xLow, frame.x), within(point.xHigh, frame.x),
+                          within(point.yLow, y), within(point.yHigh, y)});
+        }
+    }
+    return text;
+}
+
+/// Where comparisons lie outside of the panel: x, the end of the axis, and 1 above or -1 below.
+std::string outside(const PanelSeries& series, const PlotFrame& frame, const PlotSpan& y) {
+    std::string text = "NaN NaN NaN\n";
+    constexpr double inset = 0.06;
+    for (const PlotPoint& point : series.points) {
+        if (!std::isnan(point.y) && frame.x.contains(point.x) && !y.contains(point.y)) {
+            const bool isAbove = point.y > y.high;
+            const double at = isAbove ? y.high - inset * (y.high - y.low) : y.low + inset * (y.high - y.low);
+            text += line({textOf(point.x), textOf(at), isAbove ? "1" : "-1"});
+        }
+    }
+    return text;
+}
+
+/// Collects blocks, which two empty lines separate.
+class Blocks {
+public:
+    explicit Blocks(std::string heading) : text(std::move(heading)) {}
+
+    std::size_t add(const std::string& block) {
+        text += block + (block.ends_with("\n\n") ? "\n" : "\n\n");
+        return count++;
+    }
+    std::string take() { return std::move(text); }
+
+private:
+    std::string text;
+    std::size_t count = 0;
+};
+
+void addSeries(Blocks& blocks, PlotData& data, const PlotSeries& series, const PlotFrame& frame) {
+    using Style = PlotSeries::SeriesStyle;
+    const std::string nothing = "NaN NaN\n";
+    switch (series.style) {
+        case Style::Steps:
+        case Style::Filled:
+            data.series.push_back(blocks.add(outline(series, frame)));
+            blocks.add(bars(series, frame));
+            break;
+        case Style::Stacked:
+            data.series.push_back(blocks.add(outline(series, frame)));
+            blocks.add(nothing);
+            break;
+        case Style::Points:
+            data.series.push_back(blocks.add(points(series, frame)));
+            blocks.add(nothing);
+            break;
+        case Style::Line:
+            data.series.push_back(blocks.add(middle(series, false, frame)));
+            blocks.add(nothing);
+            break;
+        case Style::Band:
+            data.series.push_back(blocks.add(band(series, series.points, frame.y)));
+            blocks.add(middle(series, series.isHistogram, frame));
+            break;
+        case Style::Curve:
+            data.series.push_back(blocks.add(curve(series.points)));
+            blocks.add(series.beyond.empty() ? nothing : curve(series.beyond));
+            break;
+    }
+}
+
+void addPanel(Blocks& blocks, PlotData& data, const PlotPanel& panel, const PlotFrame& frame) {
+    if (!panel.band.empty()) {
+        PlotSeries around;
+        around.isHistogram = true;
+        data.panelBand = blocks.add(band(around, panel.band, panel.span));
+    }
+    for (const PanelSeries& series : panel.series) {
+        data.panel.push_back(blocks.add(comparisons(series, frame, panel.span)));
+        blocks.add(outside(series, frame, panel.span));
+    }
+}
+
+}  // namespace
+
+PlotData plotData(const PlotContents& contents, const PlotFrame& frame, const PlotPanel& panel) {
+    PlotData data;
+    if (contents.map && contents.contours.empty()) {
+        data.text = "# Cells that have a colour: x from, x to, y from, y to, value.\n" + cells(*contents.map, frame);
+        return data;
+    }
+    if (contents.isPlane()) {
+        Blocks blocks("# Cells that have a colour: x from, x to, y from, y to, value. Then lines of equal height.\n");
+        if (contents.map) {
+            blocks.add(cells(*contents.map, frame));
+        }
+        for (const PlotContour& contour : contents.contours) {
+            data.contours.push_back(blocks.add(contourLines(contour)));
+        }
+        data.text = blocks.take();
+        return data;
+    }
+    Blocks blocks(
+        "# For each histogram that is drawn as steps: its outline as x, height; then centre, height, height - error,\n"
+        "# height + error. For points: x, y, then the ends of their bars in x and in y. For a curve: x, y. Each "
+        "object\n"
+        "# has two blocks, of which the second may hold nothing.\n");
+    for (const PlotSeries& series : contents.series) {
+        addSeries(blocks, data, series, frame);
+    }
+    if (contents.stack) {
+        data.stack = blocks.add(band(*contents.stack, contents.stack->points, frame.y));
+    }
+    addPanel(blocks, data, panel, frame);
+    data.text = blocks.take();
+    return data;
 }
 
 }  // namespace velmorak

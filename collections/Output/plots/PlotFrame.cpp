@@ -1,5 +1,6 @@
 #include "PlotFrame.h"
 
+#include "Output/FitNotes.h"
 #include "PlotText.h"
 
 #include <velmorak/ElementaryFunctions.h>
@@ -44,21 +45,12 @@ void Extent::add(double value) {
     span.high = std::max(span.high, value);
 }
 
-/// Positions along an axis as drawn: logarithms on a logarithmic axis.
-double along(double value, bool hasLog) {
-    return hasLog ? elementary::log10(value) : value;
-}
-
-double atPosition(double position, bool hasLog) {
-    return hasLog ? std::clamp(elementary::pow(10.0, position), minLogShown, maxShown) : position;
-}
-
 /// Margins at both ends, as fractions of the span.
 void widen(PlotSpan& span, bool hasLog, double below, double above) {
-    const double low = along(span.low, hasLog);
-    const double high = along(span.high, hasLog);
-    span.low = below > 0.0 ? atPosition(low - below * (high - low), hasLog) : span.low;
-    span.high = above > 0.0 ? atPosition(high + above * (high - low), hasLog) : span.high;
+    const double low = positionAlong(span.low, hasLog);
+    const double high = positionAlong(span.high, hasLog);
+    span.low = below > 0.0 ? valueAtPosition(low - below * (high - low), hasLog) : span.low;
+    span.high = above > 0.0 ? valueAtPosition(high + above * (high - low), hasLog) : span.high;
 }
 
 /// Widens an empty or single-valued span to one that can be drawn.
@@ -127,8 +119,8 @@ PlotSpan domainOf(const FunctionObject& function) {
 }
 
 PlotSpan spanX(const PlotContents& contents, const PlotStyle& style) {
-    if (contents.map) {
-        return mapSpan(contents.map->xEdges, style.x, "x");
+    if (contents.isPlane()) {
+        return mapSpan(contents.plane().xEdges, style.x, "x");
     }
     Extent extent(style.x.hasLog);
     bool needsRoom = false;
@@ -156,29 +148,46 @@ PlotSpan spanX(const PlotContents& contents, const PlotStyle& style) {
 }
 
 /// Samples that are equidistant along the axis as drawn.
-void sample(PlotSeries& series, const PlotSpan& x, bool hasLog) {
-    const PlotSpan domain = domainOf(*series.function);
-    const PlotSpan span{.low = std::max(x.low, domain.low), .high = std::min(x.high, domain.high)};
-    series.points.clear();
+std::vector<PlotPoint> samples(const FunctionObject& function, const PlotSpan& span, bool hasLog) {
+    std::vector<PlotPoint> points;
     if (!(span.low < span.high)) {
-        return;
+        return points;
     }
     std::vector<double> places;
-    const double low = along(span.low, hasLog);
-    const double high = along(span.high, hasLog);
+    const double low = positionAlong(span.low, hasLog);
+    const double high = positionAlong(span.high, hasLog);
     for (std::size_t i = 0; i <= curveSamples; ++i) {
         const double part = static_cast<double>(i) / static_cast<double>(curveSamples);
-        places.push_back(std::clamp(atPosition(low + part * (high - low), hasLog), span.low, span.high));
+        places.push_back(std::clamp(valueAtPosition(low + part * (high - low), hasLog), span.low, span.high));
     }
-    const std::vector<double> values = FunctionValues(*series.function)(places);
+    const std::vector<double> values = FunctionValues(function)(places);
     for (std::size_t i = 0; i < places.size(); ++i) {
-        series.points.push_back({.x = places[i],
-                                 .xLow = places[i],
-                                 .xHigh = places[i],
-                                 .y = values[i],
-                                 .yLow = values[i],
-                                 .yHigh = values[i]});
+        points.push_back({.x = places[i],
+                          .xLow = places[i],
+                          .xHigh = places[i],
+                          .y = values[i],
+                          .yLow = values[i],
+                          .yHigh = values[i]});
     }
+    return points;
+}
+
+/// Samples a curve where its function holds; a fitted one also beyond, with a gap in between.
+void sample(PlotSeries& series, const PlotSpan& x, bool hasLog) {
+    const PlotSpan domain = domainOf(*series.function);
+    series.points =
+        samples(*series.function, {.low = std::max(x.low, domain.low), .high = std::min(x.high, domain.high)}, hasLog);
+    series.beyond.clear();
+    if (!fitNotesOf(*series.function).isOfFit() || series.points.empty()) {
+        return;
+    }
+    series.beyond = samples(*series.function, {.low = x.low, .high = std::min(x.high, domain.low)}, hasLog);
+    const std::vector<PlotPoint> above =
+        samples(*series.function, {.low = std::max(x.low, domain.high), .high = x.high}, hasLog);
+    if (!series.beyond.empty() && !above.empty()) {
+        series.beyond.push_back({.y = std::numeric_limits<double>::quiet_NaN()});
+    }
+    series.beyond.insert(series.beyond.end(), above.begin(), above.end());
 }
 
 void sampleCurves(PlotContents& contents, const PlotFrame& frame, const PlotStyle& style) {
@@ -193,45 +202,6 @@ void sampleCurves(PlotContents& contents, const PlotFrame& frame, const PlotStyl
             contents.warnings.push_back("\"" + series.label + "\" is undefined in the range of the plot");
         }
     }
-}
-
-/// The highest value, including its error bar, between two fractions of the frame's width.
-double highestBetween(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style, double from,
-                      double to) {
-    const double low = along(frame.x.low, style.x.hasLog);
-    const double width = along(frame.x.high, style.x.hasLog) - low;
-    double highest = -unlimited;
-    for (const PlotSeries& series : contents.series) {
-        for (const PlotPoint& point : series.points) {
-            const double left = (along(std::max(point.xLow, frame.x.low), style.x.hasLog) - low) / width;
-            const double right = (along(std::min(point.xHigh, frame.x.high), style.x.hasLog) - low) / width;
-            const double top = std::isfinite(point.yHigh) ? point.yHigh : point.y;
-            if (right >= from && left <= to && std::isfinite(top)) {
-                highest = std::max(highest, top);
-            }
-        }
-    }
-    return highest;
-}
-
-/// Extends the frame upwards until the boxes hide nothing.
-void makeRoom(PlotFrame& frame, const PlotContents& contents, const PlotStyle& style,
-              const std::vector<PlotCorner>& corners) {
-    constexpr double margin = 0.03;
-    const bool hasLog = style.y.hasLog;
-    const double low = along(frame.y.low, hasLog);
-    double high = along(frame.y.high, hasLog);
-    high += 0.08 * (high - low);
-    for (const PlotCorner& corner : corners) {
-        const double from = corner.isLeft ? 0.0 : 1.0 - corner.width - margin;
-        const double to = corner.isLeft ? corner.width + margin : 1.0;
-        const double highest = highestBetween(contents, frame, style, from, to);
-        const double free = std::min(corner.height + margin, 0.6);
-        if (std::isfinite(highest) && (!hasLog || highest > 0.0)) {
-            high = std::max(high, low + (along(highest, hasLog) - low) / (1.0 - free));
-        }
-    }
-    frame.y.high = atPosition(std::min(high, hasLog ? 300.0 : maxShown), hasLog);
 }
 
 PlotSpan spanY(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style) {
@@ -264,10 +234,9 @@ PlotSpan spanY(const PlotContents& contents, const PlotFrame& frame, const PlotS
     return span;
 }
 
-void frameY(PlotFrame& frame, const PlotContents& contents, const PlotStyle& style,
-            const std::vector<PlotCorner>& corners) {
-    if (contents.map) {
-        frame.y = mapSpan(contents.map->yEdges, style.y, "y");
+void frameY(PlotFrame& frame, const PlotContents& contents, const PlotStyle& style) {
+    if (contents.isPlane()) {
+        frame.y = mapSpan(contents.plane().yEdges, style.y, "y");
         return;
     }
     frame.y = spanY(contents, frame, style);
@@ -276,12 +245,10 @@ void frameY(PlotFrame& frame, const PlotContents& contents, const PlotStyle& sty
     } else if (frame.y.low != 0.0) {
         widen(frame.y, false, 0.06, 0.0);
     }
-    makeRoom(frame, contents, style, corners);
-    // Few digits, so that the script is easy to edit.
-    double few = 0.0;
-    if (readNumber(roundedText(frame.y.high), few) && few > frame.y.low) {
-        frame.y.high = few;
-    }
+    constexpr double headroom = 0.08;
+    const double low = positionAlong(frame.y.low, style.y.hasLog);
+    const double high = positionAlong(frame.y.high, style.y.hasLog);
+    raise(frame, high + headroom * (high - low), style.y.hasLog);
 }
 
 PlotSpan spanZ(const PlotMap& map, const PlotAxis& axis) {
@@ -297,51 +264,94 @@ PlotSpan spanZ(const PlotMap& map, const PlotAxis& axis) {
     return span;
 }
 
-/// Counts values that a logarithmic axis cannot show.
-void warnOfLog(PlotContents& contents, const PlotStyle& style) {
+/// Values that a logarithmic axis cannot show, and those that it can.
+struct LogCounts {
     std::size_t below = 0;
     std::size_t above = 0;
-    if (contents.map && style.z.hasLog) {
-        for (const double value : contents.map->values) {
+};
+
+LogCounts countForLog(const PlotContents& contents) {
+    LogCounts counts;
+    if (contents.isPlane()) {
+        for (const double value : contents.plane().values) {
             if (!std::isnan(value)) {
-                ++(value > 0.0 ? above : below);
+                ++(value > 0.0 ? counts.above : counts.below);
             }
         }
+        return counts;
     }
-    if (!contents.map && style.y.hasLog) {
-        for (const PlotSeries& series : contents.series) {
-            for (const PlotPoint& point : series.points) {
-                below += point.y < 0.0 || (point.y == 0.0 && !series.isHistogram) ? 1 : 0;
-                above += point.y > 0.0 ? 1 : 0;
-            }
+    for (const PlotSeries& series : contents.series) {
+        for (const PlotPoint& point : series.points) {
+            counts.below += point.y < 0.0 || (point.y == 0.0 && !series.isHistogram) ? 1 : 0;
+            counts.above += point.y > 0.0 ? 1 : 0;
         }
     }
-    const std::string axis = contents.map ? "logz" : "logy";
-    const bool hasLog = contents.map ? style.z.hasLog : style.y.hasLog;
-    if (hasLog && above == 0) {
+    return counts;
+}
+
+void warnOfLog(PlotContents& contents, const PlotStyle& style) {
+    const bool hasLog = contents.isPlane() ? style.z.hasLog : style.y.hasLog;
+    if (!hasLog) {
+        return;
+    }
+    const LogCounts counts = countForLog(contents);
+    const std::string axis = contents.isPlane() ? "logz" : "logy";
+    if (counts.above == 0) {
         contents.warnings.push_back(axis + ": no value is above 0, so the picture is empty");
-    } else if (below > 0) {
-        contents.warnings.push_back(axis + ": " + std::to_string(below) +
+    } else if (counts.below > 0) {
+        contents.warnings.push_back(axis + ": " + std::to_string(counts.below) +
                                     " values are not drawn because they are not above 0");
+    }
+}
+
+/// Lines and regions do not extend the frame.
+void warnOfGuides(PlotContents& contents, const PlotFrame& frame, const PlotStyle& style) {
+    for (const PlotGuide& guide : style.guides) {
+        const PlotSpan& span = guide.isVertical ? frame.x : frame.y;
+        const double to = guide.to.value_or(guide.from);
+        if (to < span.low || guide.from > span.high) {
+            contents.warnings.push_back(std::string(guide.to ? "regions" : "lines") + ": " +
+                                        (guide.isVertical ? "x " : "y ") + textOf(guide.from) +
+                                        " lies outside of the picture");
+        }
     }
 }
 
 }  // namespace
 
-PlotFrame frameOf(PlotContents& contents, const PlotStyle& style, const std::vector<PlotCorner>& corners) {
+PlotFrame frameOf(PlotContents& contents, const PlotStyle& style) {
     PlotFrame frame;
     frame.x = spanX(contents, style);
     choose(frame.x, style.x, "x");
     sampleCurves(contents, frame, style);
-    frameY(frame, contents, style, corners);
+    frameY(frame, contents, style);
     choose(frame.y, style.y, "y");
-    if (contents.map) {
-        frame.z = spanZ(*contents.map, style.z);
+    if (contents.isPlane()) {
+        frame.z = spanZ(contents.plane(), style.z);
         choose(frame.z, style.z, "z");
     }
     warnOfLog(contents, style);
+    warnOfGuides(contents, frame, style);
     frame.ground = style.y.hasLog ? frame.y.low : std::clamp(0.0, frame.y.low, frame.y.high);
     return frame;
+}
+
+double positionAlong(double value, bool hasLog) {
+    return hasLog ? elementary::log10(value) : value;
+}
+
+double valueAtPosition(double position, bool hasLog) {
+    return hasLog ? std::clamp(elementary::pow(10.0, position), minLogShown, maxShown) : position;
+}
+
+void raise(PlotFrame& frame, double position, bool hasLog) {
+    constexpr double maxPower = 300.0;
+    frame.y.high = valueAtPosition(std::min(position, hasLog ? maxPower : maxShown), hasLog);
+    // Few digits, so that the script is easy to edit.
+    double few = 0.0;
+    if (readNumber(roundedText(frame.y.high), few) && few > frame.y.low) {
+        frame.y.high = few;
+    }
 }
 
 }  // namespace velmorak

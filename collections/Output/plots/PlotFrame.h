@@ -12,13 +12,6 @@ struct PlotSpan {
     bool contains(double value) const { return value >= low && value <= high; }
 };
 
-/// A box in an upper corner of the frame, in fractions of the frame's width and height.
-struct PlotCorner {
-    bool isLeft = false;
-    double width = 0.0;
-    double height = 0.0;
-};
-
 struct PlotFrame {
     PlotSpan x;
     PlotSpan y;
@@ -26,9 +19,15 @@ struct PlotFrame {
     double ground = 0.0;  ///< Base line of histograms drawn as steps.
 };
 
-/// Determines axes around all series, high enough that the boxes in the corners hide nothing. Samples the curves
-/// within them.
+/// Determines axes around all series, and samples the curves within them.
 /// @throws Failure, with the input, if a range is empty, or has no value above 0 for a logarithmic axis.
-PlotFrame frameOf(PlotContents& contents, const PlotStyle& style, const std::vector<PlotCorner>& corners);
+PlotFrame frameOf(PlotContents& contents, const PlotStyle& style);
+
+/// Positions along an axis as drawn: logarithms on a logarithmic axis.
+double positionAlong(double value, bool hasLog);
+double valueAtPosition(double position, bool hasLog);
+
+/// Moves the upper end of the vertical axis to a position, rounded to few digits.
+void raise(PlotFrame& frame, double position, bool hasLog);
 
 }  // namespace velmorak

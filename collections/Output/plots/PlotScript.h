@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PlotFrame.h"
+#include "PlotBoxes.h"
 
 namespace velmorak {
 
@@ -10,14 +10,28 @@ struct PlotFiles {
     std::string data;
 };
 
-/// @param contents receives the samples of curves and warnings for the user.
+/// @param contents receives the samples of curves, contours, and warnings for the user.
 /// @throws Failure, with the input, if the contents cannot be shown.
 PlotFiles plotFiles(PlotContents& contents, const PlotStyle& style);
 
-/// The numbers of the picture: for each series a block with its outline and one with its points; or the cells of a map.
-std::string plotData(const PlotContents& contents, const PlotFrame& frame);
+/// As plotFiles, for a page of a PDF with several.
+/// @param document base name of the PDF for its first page, which begins it; empty for further pages.
+PlotFiles plotPage(PlotContents& contents, const PlotStyle& style, const std::string& document);
 
-/// Ranges, tics and titles of the axes.
-std::string plotAxes(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style);
+/// Range and tics of one axis.
+/// @param axis "x", "y" or "cb".
+/// @param hasLabels no: the tics are drawn without their numbers.
+std::string axisCommands(const std::string& axis, const PlotSpan& span, bool hasLog, const PlotTics& tics,
+                         bool hasLabels);
+
+/// Titles of the picture and its axes, the common powers of ten, and the statistics of a map.
+std::string titleLabels(const PlotContents& contents, const PlotPage& page, const PlotStyle& style,
+                        const std::string& panelTitle);
+
+/// Statistics box, free texts, lines, regions and the place of the legend.
+std::string boxCommands(const PlotBoxes& boxes, const PlotLayout& layout, const PlotStyle& style);
+
+/// Lines and regions of one direction or of both.
+std::string guideCommands(const PlotStyle& style, bool hasHorizontal);
 
 }  // namespace velmorak

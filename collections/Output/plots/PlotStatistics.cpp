@@ -15,6 +15,21 @@ std::string countText(std::int64_t count) {
     return std::to_string(count);
 }
 
+bool hasWeights(const BinSums& sums) {
+    return sums.w != static_cast<double>(sums.entries) || sums.ww != sums.w;
+}
+
+/// Fills outside of the axis, and their weights if there are any.
+void addOutside(std::vector<StatisticsRow>& rows, const std::string& name, const BinSums& sums, bool isWeighted) {
+    if (sums.entries == 0) {
+        return;
+    }
+    rows.push_back({name, countText(sums.entries)});
+    if (isWeighted) {
+        rows.push_back({name + " weight", roundedOrWhole(sums.w)});
+    }
+}
+
 /// Without entries there is no mean.
 std::vector<StatisticsRow> momentRows(std::int64_t entries, double mean, double rms) {
     if (entries == 0) {
@@ -52,16 +67,16 @@ std::string momentLine(const CellSums<quantities>& sums) {
 
 std::vector<StatisticsRow> statisticsOf(const Histogram1D& histogram) {
     const BinSums all = histogram.inRange();
+    const bool isWeighted = hasWeights(all) || hasWeights(histogram.underflow()) || hasWeights(histogram.overflow());
     std::vector<StatisticsRow> rows = momentRows(all.entries, all.mean(0), all.rms(0));
     if (!histogram.axis().labels.empty()) {
         rows = {{"Entries", countText(all.entries)}};  // The number of a category has no meaning.
     }
-    if (histogram.underflow().entries > 0) {
-        rows.push_back({"Underflow", roundedOrWhole(histogram.underflow().w)});
+    if (isWeighted) {
+        rows.insert(rows.begin() + 1, {"Sum of weights", roundedOrWhole(all.w)});
     }
-    if (histogram.overflow().entries > 0) {
-        rows.push_back({"Overflow", roundedOrWhole(histogram.overflow().w)});
-    }
+    addOutside(rows, "Underflow", histogram.underflow(), isWeighted);
+    addOutside(rows, "Overflow", histogram.overflow(), isWeighted);
     if (histogram.nanEntries() > 0) {
         rows.push_back({"NaN", countText(histogram.nanEntries())});
     }

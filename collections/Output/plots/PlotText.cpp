@@ -37,6 +37,29 @@ std::string readable(const std::string& text, std::size_t at, std::size_t length
     return byte == '\'' ? R"('."\047".')" : text.substr(at, length);
 }
 
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+/// @return the length of an exponent such as e+06 at a place; 0 if there is none.
+std::size_t exponentLength(const std::string& text, std::size_t at) {
+    const bool isBehindNumber = at > 0 && (isDigit(text[at - 1]) || text[at - 1] == ')');
+    if (text[at] != 'e' || !isBehindNumber || at + 2 >= text.size() || (text[at + 1] != '+' && text[at + 1] != '-')) {
+        return 0;
+    }
+    std::size_t end = at + 2;
+    while (end < text.size() && isDigit(text[end])) {
+        ++end;
+    }
+    return end == at + 2 ? 0 : end - at;
+}
+
+/// @param exponent as "e-06".
+std::string powerLabel(const std::string& exponent) {
+    const std::size_t first = std::min(exponent.find_first_not_of('0', 2), exponent.size() - 1);
+    return "×10^{" + std::string(exponent[1] == '-' ? "-" : "") + exponent.substr(first) + "}";
+}
+
 }  // namespace
 
 std::string quotedForGnuplot(const std::string& text) {
@@ -47,6 +70,23 @@ std::string quotedForGnuplot(const std::string& text) {
         i += std::max<std::size_t>(length, 1);
     }
     return quoted + "'";
+}
+
+std::string numberLabel(const std::string& text) {
+    std::string label;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool isSign = text[i] == '-' && i + 1 < text.size() && (isDigit(text[i + 1]) || text[i + 1] == 'I') &&
+                            (i == 0 || text[i - 1] == ' ' || text[i - 1] == '(');
+        if (const std::size_t length = exponentLength(text, i); length > 0) {
+            label += powerLabel(text.substr(i, length));
+            i += length - 1;
+        } else if (isSign) {
+            label += "−";
+        } else {
+            label += text[i];
+        }
+    }
+    return label;
 }
 
 std::string roundedText(double number, int digits) {

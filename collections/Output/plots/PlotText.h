@@ -14,4 +14,7 @@ std::string roundedText(double number, int digits = 5);
 /// As roundedText, but a whole number, such as a sum of weights that is a count, keeps all its digits: "1000000".
 std::string roundedOrWhole(double number);
 
+/// @return the text of numbers as a label: real minus signs, and powers of ten as "×10^{6}" instead of "e+06".
+std::string numberLabel(const std::string& text);
+
 }  // namespace velmorak

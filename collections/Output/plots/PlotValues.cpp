@@ -1,5 +1,8 @@
 #include "PlotValues.h"
 
+#include "Output/Ports.h"
+#include "PlotWords.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -17,12 +20,22 @@ std::vector<std::string> legendChoices() {
 }
 
 std::vector<std::string> histogramStyleChoices() {
-    return {"automatic", "steps", "points"};
+    return {"automatic", "steps", "points", "line", "filled", "stacked", "band"};
 }
 
 std::vector<std::string> statisticsChoices() {
-    return {"no", "automatic", "yes"};
+    return {"no", "automatic", "yes", "top left", "top right", "bottom left", "bottom right"};
 }
+
+std::vector<std::string> panelChoices() {
+    return {"no", "ratio", "difference", "pull"};
+}
+
+constexpr double minSize = 3.0;
+constexpr double maxSize = 100.0;
+constexpr double minDpi = 30.0;
+constexpr double maxDpi = 1200.0;
+constexpr double maxPixels = 12000.0;
 
 InputSpec textInput(const std::string& name, const std::string& description, const std::string& value = "") {
     return {.name = name, .description = description, .type = ValueType::Text, .value = value};
@@ -97,13 +110,43 @@ std::string readRange(const std::string& text, PlotRange& range) {
 }
 
 bool isRange(const std::string& input) {
-    return input == "xrange" || input == "yrange" || input == "zrange";
+    return input == "xrange" || input == "yrange" || input == "zrange" || input == "panelrange";
 }
 
-PlotAxis axisOf(const Arguments& arguments, const std::string& letter) {
-    PlotAxis axis{
-        .title = arguments.text(letter + "label"), .range = {}, .hasLog = arguments.text("log" + letter) == "yes"};
-    axis.range = rangeIn(arguments.text(letter + "range"));
+std::string sizeRefusal(const std::string& text) {
+    const std::vector<std::string> words = wordsOf(text);
+    std::vector<double> sides(words.size(), 0.0);
+    bool isRead = words.size() == 2;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        isRead = isRead && readNumber(words[i], sides[i]) && sides[i] >= minSize && sides[i] <= maxSize;
+    }
+    return isRead ? "" : "Enter width and height in cm, each from 3 to 100, as in: 16 10.";
+}
+
+std::string dpiRefusal(const std::string& text) {
+    double dpi = 0.0;
+    const bool isGood = readNumber(text, dpi) && dpi >= minDpi && dpi <= maxDpi;
+    return isGood ? "" : "Enter the number of dots per inch, from 30 to 1200.";
+}
+
+bool isLook(const std::string& input) {
+    return input.starts_with("look");
+}
+
+/// @return what a reader of values says about a text; empty if it accepts it.
+template <typename Reader>
+std::string sentenceOf(const Reader& reader, const std::string& text) {
+    try {
+        static_cast<void>(reader(text));
+    } catch (const Failure& failure) {
+        return failure.what();
+    }
+    return {};
+}
+
+PlotAxis axisOf(const PlotValue& valueOf, const std::string& letter) {
+    PlotAxis axis{.title = valueOf(letter + "label"), .range = {}, .hasLog = valueOf("log" + letter) == "yes"};
+    axis.range = rangeIn(valueOf(letter + "range"));
     return axis;
 }
 
@@ -120,9 +163,35 @@ std::vector<std::string> partsOf(const std::string& text) {
 }
 
 template <typename Choice>
-Choice chosen(const Arguments& arguments, const std::string& input, const std::vector<std::string>& choices) {
-    const auto found = std::find(choices.begin(), choices.end(), arguments.text(input));
-    return static_cast<Choice>(found - choices.begin());
+Choice chosen(const PlotValue& valueOf, const std::string& input, const std::vector<std::string>& choices) {
+    const auto found = std::find(choices.begin(), choices.end(), valueOf(input));
+    return static_cast<Choice>(found == choices.end() ? 0 : found - choices.begin());
+}
+
+void readSize(const PlotValue& valueOf, PlotStyle& style) {
+    const std::vector<std::string> words = wordsOf(valueOf("size"));
+    readNumber(words[0], style.width);
+    readNumber(words[1], style.height);
+    readNumber(valueOf("dpi"), style.dpi);
+    constexpr double cmPerInch = 2.54;
+    if (std::max(style.width, style.height) * style.dpi / cmPerInch > maxPixels) {
+        throw Failure("dpi", "the picture would have more than 12000 pixels on a side; choose less cm or less dpi");
+    }
+}
+
+std::vector<PlotGuide> guidesOf(const PlotValue& valueOf) {
+    std::vector<PlotGuide> guides = regionsIn(valueOf("regions"));
+    const std::vector<PlotGuide> lines = linesIn(valueOf("lines"));
+    guides.insert(guides.end(), lines.begin(), lines.end());
+    return guides;
+}
+
+InputSpec lookSpec() {
+    return textInput(
+        "look",
+        "How the object is drawn, in any order: a style (points, line, steps, filled, stacked, band; for two "
+        "quantities colours or contours), a colour (red, #0072B2), a dash (solid, dashed, dotted), and in "
+        "double quotes its text in the legend. Empty: chosen for the whole picture.");
 }
 
 }  // namespace
@@ -148,16 +217,34 @@ std::vector<InputSpec> plotValueInputs() {
         choiceInput("logy", "Logarithmic vertical axis; values that are not above 0 are not drawn.", "no"),
         choiceInput("logz", "Logarithmic colour scale; bins that are not above 0 stay white.", "no"),
         choiceInput("style",
-                    "How histograms are drawn; automatic: as points if there is a function, else as "
-                    "steps.",
+                    "How histograms without a look of their own are drawn; automatic: as points if there is a function "
+                    "or a stack, else as steps.",
                     "automatic", histogramStyleChoices()),
-        choiceInput("legend", "Position of the legend; automatic: in an upper corner, if there are several objects.",
+        choiceInput("legend",
+                    "Position of the legend; automatic: in the emptiest corner, if there are several objects.",
                     "automatic", legendChoices()),
         textInput("labels", "Names in the legend, separated by semicolons. Empty: the titles of the objects."),
-        choiceInput("statistics",
-                    "Shows entries, mean and rms in range, and fit results; automatic: if there is "
-                    "one object, with or without a function; yes: for several objects in the legend.",
-                    "automatic", statisticsChoices()),
+        choiceInput(
+            "statistics",
+            "Shows entries, mean and rms in range, and fit results, in the emptiest corner or in the one named; "
+            "automatic: if there is one object, with or without a function; yes: for several objects in the "
+            "legend.",
+            "automatic", statisticsChoices()),
+        choiceInput("panel",
+                    "Lower panel that compares the other objects with the stack, the function, the object whose look "
+                    "says reference, or else the second object.",
+                    "no", panelChoices()),
+        rangeInput("panelrange", "vertical axis of the lower panel"),
+        textInput("lines",
+                  "Vertical and horizontal lines, separated by semicolons, each with x or y, a number, and if wanted "
+                  "colour, dash and legend: x 91.2 red dashed \"Z boson\"; y 0."),
+        textInput("regions", "Shaded regions, as lines but with two numbers: x 80 100 orange \"signal region\"."),
+        textInput("text",
+                  "Free text in the picture; each part between semicolons is a line. Top left, unless it begins with "
+                  "another corner (bottom right ...) or with at and two fractions of the frame (at 0.5 0.7 ...)."),
+        textInput("size", "Width and height of the picture in cm.", "16 10"),
+        textInput("dpi", "Dots per inch of a PNG.", "254"),
+        lookSpec(),
     };
 }
 
@@ -179,30 +266,64 @@ std::string plotRefusal(const std::string& input, const std::string& value) {
     if (input == "formats") {
         return formatsRefusal(value);
     }
+    if (input == "size") {
+        return sizeRefusal(value);
+    }
+    if (input == "dpi") {
+        return dpiRefusal(value);
+    }
+    if (input == "lines" || input == "regions") {
+        return sentenceOf(input == "lines" ? linesIn : regionsIn, value);
+    }
+    if (input == "text" || isLook(input)) {
+        return input == "text" ? sentenceOf(notesIn, value) : sentenceOf(lookIn, value);
+    }
     return isRange(input) ? rangeRefusal(value) : std::string();
 }
 
-PlotStyle plotStyleOf(const Arguments& arguments) {
-    for (const std::string input : {"file", "formats", "xrange", "yrange", "zrange"}) {
-        if (const std::string reason = plotRefusal(input, arguments.text(input)); !reason.empty()) {
+PlotStyle plotStyleOf(const PlotValue& valueOf, std::size_t objects) {
+    std::vector<std::string> inputs = {"file",  "formats", "xrange", "yrange", "zrange", "panelrange",
+                                       "lines", "regions", "text",   "size",   "dpi"};
+    for (std::size_t i = 0; i < objects; ++i) {
+        inputs.push_back(numberedName("look", i));
+    }
+    for (const std::string& input : inputs) {
+        if (const std::string reason = plotRefusal(input, valueOf(input)); !reason.empty()) {
             throw Failure(input, reason);
         }
     }
     PlotStyle style;
-    for (const std::string& word : wordsOf(arguments.text("formats"))) {
+    for (const std::string& word : wordsOf(valueOf("formats"))) {
         if (std::find(style.formats.begin(), style.formats.end(), word) == style.formats.end()) {
             style.formats.push_back(word);
         }
     }
-    style.title = arguments.text("title");
-    style.x = axisOf(arguments, "x");
-    style.y = axisOf(arguments, "y");
-    style.z = axisOf(arguments, "z");
-    style.labels = partsOf(arguments.text("labels"));
-    style.legend = chosen<LegendPlace>(arguments, "legend", legendChoices());
-    style.histograms = chosen<HistogramStyle>(arguments, "style", histogramStyleChoices());
-    style.statistics = chosen<StatisticsDisplay>(arguments, "statistics", statisticsChoices());
+    style.title = valueOf("title");
+    style.x = axisOf(valueOf, "x");
+    style.y = axisOf(valueOf, "y");
+    style.z = axisOf(valueOf, "z");
+    style.labels = partsOf(valueOf("labels"));
+    for (std::size_t i = 0; i < objects; ++i) {
+        style.looks.push_back(lookIn(valueOf(numberedName("look", i))));
+    }
+    style.legend = chosen<LegendPlace>(valueOf, "legend", legendChoices());
+    style.histograms = chosen<ObjectStyle>(valueOf, "style", histogramStyleChoices());
+    style.statistics = chosen<StatisticsDisplay>(valueOf, "statistics", statisticsChoices());
+    style.panel = chosen<PanelKind>(valueOf, "panel", panelChoices());
+    style.panelRange = rangeIn(valueOf("panelrange"));
+    style.guides = guidesOf(valueOf);
+    style.notes = notesIn(valueOf("text"));
+    readSize(valueOf, style);
     return style;
+}
+
+void addObjectInputs(Ports& ports, const InputSpec& object, std::size_t count) {
+    for (std::size_t i = 1; i < count; ++i) {
+        ports.inputs.push_back(object);
+        ports.inputs.back().name = numberedName(object.name, i);
+        ports.inputs.push_back(lookSpec());
+        ports.inputs.back().name = numberedName("look", i);
+    }
 }
 
 std::string withoutPictureEnding(const std::string& file) {

@@ -82,7 +82,7 @@ std::string element(const std::string& tag, const std::string& text) {
 
 std::string htmlTable(const std::vector<std::string>& headings, const std::vector<std::vector<std::string>>& rows,
                       std::size_t firstNumber) {
-    std::string text = "<table>\n<thead><tr>";
+    std::string text = "<div class=\"table\"><table>\n<thead><tr>";
     for (const std::string& heading : headings) {
         text += element("th", heading);
     }
@@ -94,7 +94,7 @@ std::string htmlTable(const std::vector<std::string>& headings, const std::vecto
         }
         text += "</tr>\n";
     }
-    return text + "</tbody>\n</table>\n";
+    return text + "</tbody>\n</table></div>\n";
 }
 
 std::string inlineSvg(const std::string& file, const std::string& prefix) {

@@ -3,9 +3,14 @@
 #include "Output/Ports.h"
 #include "Output/plots/Drawing.h"
 #include "Output/texts/TextOutput.h"
+#include "PlotSettings.h"
 #include "ReportPage.h"
 
+#include <velmorak/Dates.h>
+
 #include <algorithm>
+#include <chrono>
+#include <cstdlib>
 #include <utility>
 
 namespace velmorak {
@@ -44,9 +49,9 @@ std::vector<ReportItem> itemsOf(const Arguments& arguments, const RunRecord& rec
     return items;
 }
 
-/// Objects that are drawn together: one, and the functions that follow it.
-std::vector<std::vector<PlotObject>> frames(const std::vector<ReportItem>& items) {
-    std::vector<std::vector<PlotObject>> all;
+/// Items that are drawn together: an object, and the functions that follow it.
+std::vector<std::vector<const ReportItem*>> frames(const std::vector<ReportItem>& items) {
+    std::vector<std::vector<const ReportItem*>> all;
     for (const ReportItem& item : items) {
         const auto* object = std::get_if<DataObjectPtr>(&item.value);
         if (!object) {
@@ -56,24 +61,51 @@ std::vector<std::vector<PlotObject>> frames(const std::vector<ReportItem>& items
         if (!isOver) {
             all.emplace_back();
         }
-        all.back().push_back({.input = item.input, .maker = item.plugin, .object = *object});
+        all.back().push_back(&item);
     }
     return all;
+}
+
+/// Objects with the settings of the Plot that draws them, too, if there is one.
+PlotPicture pictureOf(const std::vector<const ReportItem*>& frame, const RunRecord& record) {
+    PlotPicture picture;
+    std::vector<ItemSource> sources;
+    for (const ReportItem* item : frame) {
+        picture.objects.push_back(
+            {.input = item->input, .maker = item->plugin, .object = std::get<DataObjectPtr>(item->value)});
+        sources.push_back({.plugin = item->plugin, .output = item->output});
+    }
+    picture.style = styleInRun(record, sources).value_or(PlotStyle());
+    return picture;
 }
 
 std::string headingOf(const PlotObject& first) {
     return first.object->title.empty() ? first.maker : first.object->title;
 }
 
-ReportPicture pictureOf(const std::vector<PlotObject>& frame, RunContext& context) {
-    ReportPicture picture{.heading = headingOf(frame.front()), .svg = {}, .sentence = {}};
+ReportPicture drawn(const PlotPicture& drawing, RunContext& context) {
+    ReportPicture picture{.heading = headingOf(drawing.objects.front()), .svg = {}, .sentence = {}};
     try {
-        picture.svg = drawnSvg(frame, context);
+        picture.svg = drawnSvg(drawing, context);
     } catch (const Failure& failure) {
         picture.sentence = failure.what();
         context.warn(picture.heading + ": " + picture.sentence);
     }
     return picture;
+}
+
+std::string withoutEnding(const std::string& file, const std::string& ending) {
+    return file.ends_with(ending) ? file.substr(0, file.size() - ending.size()) : file;
+}
+
+/// All pictures that can be drawn as one PDF beside the page.
+void writePdf(const std::string& page, const std::vector<PlotPicture>& pictures, RunContext& context) {
+    if (pictures.empty()) {
+        context.warn("pdf: the report has no pictures, so there is no PDF");
+        return;
+    }
+    TextOutput output(withoutEnding(page, ".html") + ".pdf", drawnPdf(pictures, context), context);
+    output.complete();
 }
 
 std::string titleOf(const std::string& given, const RunRecord& record, const RunContext& context) {
@@ -86,6 +118,21 @@ std::string titleOf(const std::string& given, const RunRecord& record, const Run
         return context.pluginName();
     }
     return document.ends_with(ending) ? document.substr(0, document.size() - ending.size()) : document;
+}
+
+/// Now, to the minute; or the time in seconds since 1970 in the environment variable that asks for equal files.
+std::string dateOfRun() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the program changes the environment.
+    const char* const given = std::getenv("SOURCE_DATE_EPOCH");
+    double seconds = 0.0;
+    if (!given || !readNumber(given, seconds)) {
+        const auto now = std::chrono::system_clock::now().time_since_epoch();
+        seconds = static_cast<double>(std::chrono::duration_cast<std::chrono::seconds>(now).count());
+    }
+    const std::string text = dateText(seconds);
+    constexpr std::size_t day = 10;
+    constexpr std::size_t minute = 16;
+    return text.size() > minute ? text.substr(0, day) + " " + text.substr(day + 1, minute - day - 1) + " UTC" : text;
 }
 
 /// Writes a page about the whole run.
@@ -112,15 +159,16 @@ std::string ReportKind::notes() const {
 
 - failures with their reasons, and the plug-ins that could not run because of them
 - the pipeline with its boxes and wires
-- each histogram, profile and set of points that is wired to the report, drawn as by `Plot`; a function is drawn over the
-  object wired before it
+- each histogram, profile and set of points that is wired to the report, drawn with the settings of the `Plot` that draws
+  it, too, if there is one; a function is drawn over the object wired before it
 - parameters of functions, with errors, χ²/ndf and p-value if they were fitted
 - numbers, with their errors, and texts: lines with tabs, such as those of `CutFlow`, become a table
 - the document as it was run and the files that were read, with SHA-256 sums, the versions of the library and of each
-  kind, seeds, and the values of all plug-ins
+  kind, seeds, the date, and the values of all plug-ins, folded
 
 A report is written when everything else has ended, even if one of its inputs failed, and in every run. The same
-pipeline with the same files gives the same bytes. Values with errors are rounded as by `Print`; all digits are in
+pipeline with the same files gives the same bytes, but for the date, which the environment variable `SOURCE_DATE_EPOCH`
+sets. With `pdf`, all pictures are also written as one PDF beside the page. Values with errors are rounded as by `Print`; all digits are in
 `run.json`.)";
 }
 
@@ -136,6 +184,11 @@ Ports ReportKind::ports(const ValueTexts& values) const {
          .description = "Heading of the page. Empty: the name of the document.",
          .type = ValueType::Text},
         {.name = "comment", .description = "A paragraph below the heading.", .type = ValueType::Text},
+        {.name = "pdf",
+         .description = "Yes: all pictures of the report are also written as one PDF, a page each, beside the page.",
+         .type = ValueType::Choice,
+         .value = "no",
+         .choices = {"no", "yes"}},
     };
     addNumbered(ports, objectInput, numberedCount(values, "objects"));
     return ports;
@@ -146,13 +199,23 @@ void ReportKind::evaluate(const Arguments& arguments, Results&, RunContext& cont
     contents.record = context.record();
     contents.title = titleOf(arguments.text("title"), contents.record, context);
     contents.comment = arguments.text("comment");
+    contents.date = dateOfRun();
     contents.items = itemsOf(arguments, contents.record, context);
-    for (const std::vector<PlotObject>& frame : frames(contents.items)) {
-        contents.pictures.push_back(pictureOf(frame, context));
+    std::vector<PlotPicture> good;
+    for (const std::vector<const ReportItem*>& frame : frames(contents.items)) {
+        const PlotPicture picture = pictureOf(frame, contents.record);
+        contents.pictures.push_back(drawn(picture, context));
+        if (!contents.pictures.back().svg.empty()) {
+            good.push_back(picture);
+        }
     }
-    const std::string& file = arguments.text("file");
-    TextOutput output(file.empty() ? asFileName(context.pluginName()) + ".html" : file, reportPage(contents), context);
+    const std::string& given = arguments.text("file");
+    const std::string file = given.empty() ? asFileName(context.pluginName()) + ".html" : given;
+    TextOutput output(file, reportPage(contents), context);
     output.complete();
+    if (arguments.text("pdf") == "yes") {
+        writePdf(file, good, context);
+    }
 }
 
 std::unique_ptr<Kind> makeReport() {

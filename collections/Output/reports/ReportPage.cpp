@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <optional>
 #include <sstream>
+#include <string_view>
 
 namespace velmorak {
 
@@ -32,6 +33,11 @@ constexpr const char* styleSheet =
     "pre { white-space: pre-wrap; background: #F4F4F4; padding: 0.6em; }\n"
     "figure { margin: 1em 0; }\n"
     "svg { width: 100%; height: auto; }\n"
+    "nav ul { padding-left: 1.2em; columns: 14em; }\n"
+    "summary { cursor: pointer; font-weight: bold; margin: 0.6em 0 0.2em; }\n"
+    ".table { overflow-x: auto; }\n"
+    "td, th, p, h1, h2, h3, summary, figcaption { overflow-wrap: anywhere; }\n"
+    "@media (max-width: 700px) { body { margin: 0.6em auto; padding: 0 0.6em; } th, td { padding: 0.2em 0.4em; } }\n"
     ".failed { color: #A00000; font-weight: bold; }\n"
     ".quiet { color: #505050; }\n";
 
@@ -68,7 +74,7 @@ std::string head(const ReportContents& contents) {
     if (!record.document.empty()) {
         text += "Document " + element("code", record.document) + ", ";
     }
-    text += "analysis library " + escaped(record.program) + "</p>\n";
+    text += "analysis library " + escaped(record.program) + ", written on " + escaped(contents.date) + "</p>\n";
     if (!contents.comment.empty()) {
         text += element("p", contents.comment) + "\n";
     }
@@ -231,10 +237,10 @@ std::string valuesOf(const RecordedPlugin& plugin) {
             rows.push_back({input.name, input.value});
         }
     }
-    std::string text = "<h3>" + escaped(plugin.name) + " <span class=\"quiet\">" +
+    std::string text = "<details>\n<summary>" + escaped(plugin.name) + " <span class=\"quiet\">" +
                        escaped(plugin.kind + ", version " + textOf(plugin.version) + ", " + stateText(plugin.state)) +
-                       "</span></h3>\n";
-    return text + (rows.empty() ? "" : htmlTable({"input", "value"}, rows));
+                       "</span></summary>\n";
+    return text + (rows.empty() ? "<p>No values.</p>\n" : htmlTable({"input", "value"}, rows)) + "</details>\n";
 }
 
 std::string seeds(const RunRecord& record) {
@@ -278,22 +284,41 @@ std::string origin(const ReportContents& contents) {
     if (!skipped.empty()) {
         text += "<h3>Damaged files that were skipped</h3>\n" + htmlTable({"file", "plug-in", "reason"}, skipped);
     }
-    text += seeds(record);
+    text += seeds(record) + "<h3>Values of all plug-ins</h3>\n";
     for (const RecordedPlugin& plugin : record.plugins) {
         text += valuesOf(plugin);
     }
     return text;
 }
 
+/// @return the sections with ids, below a list of them.
+std::string withContents(const std::string& body) {
+    constexpr std::string_view open = "<h2>";
+    constexpr std::string_view close = "</h2>";
+    std::string list;
+    std::string text;
+    std::size_t done = 0;
+    std::size_t count = 0;
+    for (std::size_t at = body.find(open); at != std::string::npos; at = body.find(open, done)) {
+        const std::string id = "section-" + std::to_string(++count);
+        const std::size_t begin = at + open.size();
+        const std::string heading = body.substr(begin, body.find(close, begin) - begin);
+        text += body.substr(done, at - done) + "<h2 id=\"" + id + "\">";
+        list += "<li><a href=\"#" + id + "\">" + heading + "</a></li>\n";
+        done = begin;
+    }
+    return "<nav>\n<ul>\n" + list + "</ul>\n</nav>\n" + text + body.substr(done);
+}
+
 }  // namespace
 
 std::string reportPage(const ReportContents& contents) {
-    std::string text = head(contents) + failures(contents);
+    std::string body = failures(contents);
     if (const std::string drawing = drawnPipeline(contents.record); !drawing.empty()) {
-        text += "<h2>Pipeline</h2>\n<figure>\n" + drawing + "</figure>\n";
+        body += "<h2>Pipeline</h2>\n<figure>\n" + drawing + "</figure>\n";
     }
-    return text + pictures(contents) + fits(contents) + numbers(contents) + texts(contents) + origin(contents) +
-           "</body>\n</html>\n";
+    body += pictures(contents) + fits(contents) + numbers(contents) + texts(contents) + origin(contents);
+    return head(contents) + withContents(body) + "</body>\n</html>\n";
 }
 
 }  // namespace velmorak

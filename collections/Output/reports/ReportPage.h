@@ -26,6 +26,7 @@ struct ReportPicture {
 struct ReportContents {
     std::string title;
     std::string comment;
+    std::string date;  ///< Of the run.
     std::vector<ReportItem> items;
     std::vector<ReportPicture> pictures;
     RunRecord record;
