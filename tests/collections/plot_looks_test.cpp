@@ -240,7 +240,7 @@ TEST(PlotLabels, areTheSameInEveryFormat) {
     KindHarness bench("Plot");
     bench.set("formats", "png svg pdf").set("xlabel", "p_{T}(\\mu^{+}) [GeV]").wire("object", counts({1, 4})).run();
     const std::string text = script(bench);
-    EXPECT_TRUE(hasText(text, "'p_{T}(μ^{+})\u00A0[GeV]'"));
+    EXPECT_TRUE(hasText(text, "'p_{T}(μ^{+}) [GeV]'"));
     EXPECT_EQ(countOf(text, " enhanced size "), 3);
     EXPECT_FALSE(hasText(text, "noenhanced"));
     EXPECT_TRUE(hasText(textIn(bench.folder() / "bench.svg"), "μ"));
@@ -336,6 +336,20 @@ TEST(PlotStatistics, dropNoLineInSilence) {
     ASSERT_EQ(bench.warnings().size(), 1U);
     EXPECT_TRUE(bench.warnings().front().starts_with("statistics: ")) << bench.warnings().front();
     EXPECT_TRUE(hasText(script(bench), " more'"));
+}
+
+TEST(PlotLegend, isBelowATextThatItWouldMeet) {
+    const std::string wide(80, 'w');
+    KindHarness bench("Plot");
+    quick(bench).set("objects", "2").set("text", "a text in the left corner of the picture").set("labels", wide);
+    bench.wire("object", counts({1, 1, 1})).wire("object2", counts({1, 2, 1})).run();
+    const std::string text = script(bench);
+    const std::size_t at = text.find("set key at graph ");
+    ASSERT_NE(at, std::string::npos);
+    double y = 0.0;
+    const std::size_t from = text.find(", graph ", at) + 8;
+    ASSERT_TRUE(readNumber(text.substr(from, text.find(' ', from) - from), y));
+    EXPECT_LT(y, 0.95) << text.substr(at, 60);
 }
 
 TEST(PlotContours, areLinesOfEqualHeightOverColours) {

@@ -9,7 +9,7 @@ import re
 import sys
 
 FOLDERS = ["collections", "engine", "formats", "qz", "sdk", "src", "tools"]
-NAME = r'"((?:VELMORAK|XDG)_[A-Z_]+|HOME)"'
+NAME = r'"((?:VELMORAK|XDG)_[A-Z_]+|HOME|SOURCE_DATE_EPOCH)"'
 
 
 def named_in_sources(source):

@@ -59,7 +59,7 @@ std::string setLabel(const std::string& text) {
 /// Above the frame: the title at its left, the statistics of a map at its right.
 std::string above(const PlotContents& contents, const PlotLayout& layout, const PlotStyle& style) {
     const double line = lineCm(layout.boxFont());
-    const bool hasLine = contents.map && style.statistics != StatisticsDisplay::None;
+    const bool hasLine = contents.isPlane() && style.statistics != StatisticsDisplay::None;
     const double edge = layout.height - layout.top;
     const std::string title = pictureTitle(contents, style);
     std::string text;
@@ -70,8 +70,8 @@ std::string above(const PlotContents& contents, const PlotLayout& layout, const 
     }
     if (hasLine) {
         const double room = layout.frameWidth() + layout.right;
-        text += setLabel(contents.map->statistics) + at(layout.left, edge + 0.65 * line, layout) +
-                " left textcolor rgb '#404040'" + fitted(contents.map->statistics, layout.boxFont(), room) + "\n";
+        text += setLabel(numberLabel(contents.plane().statistics)) + at(layout.left, edge + 0.65 * line, layout) +
+                " left textcolor rgb '#404040'" + fitted(contents.plane().statistics, layout.boxFont(), room) + "\n";
     }
     return text;
 }
@@ -122,7 +122,7 @@ std::string titleLabels(const PlotContents& contents, const PlotPage& page, cons
         text += setLabel("× " + page.y.exponent) + at(layout.left - 0.1, frameTop + 0.3 * layout.scale, layout) +
                 " right\n";
     }
-    return text + (contents.map ? colourTitles(contents, page, style) : std::string());
+    return text + (contents.isPlane() ? colourTitles(contents, page, style) : std::string());
 }
 
 }  // namespace velmorak

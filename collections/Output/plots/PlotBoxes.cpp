@@ -1,6 +1,7 @@
 #include "PlotBoxes.h"
 
 #include "LabelText.h"
+#include "PlotText.h"
 
 #include <algorithm>
 
@@ -22,7 +23,9 @@ std::vector<StatisticsRow> boxRows(const PlotContents& contents, const PlotStyle
         return rows;
     }
     for (const PlotSeries& series : contents.series) {
-        rows.insert(rows.end(), series.statistics.begin(), series.statistics.end());
+        for (const StatisticsRow& row : series.statistics) {
+            rows.push_back({row[0], numberLabel(row[1])});
+        }
     }
     return rows;
 }
@@ -35,7 +38,7 @@ std::string legendText(const PlotSeries& series, const PlotStyle& style, bool ha
         constexpr std::size_t maxNumbers = 3;
         text += "  (";
         for (std::size_t i = 0; i < std::min(series.statistics.size(), maxNumbers); ++i) {
-            text += (i > 0 ? ", " : "") + series.statistics[i][0] + " " + series.statistics[i][1];
+            text += (i > 0 ? ", " : "") + series.statistics[i][0] + " " + numberLabel(series.statistics[i][1]);
         }
         text += ")";
     }

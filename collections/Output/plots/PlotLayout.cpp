@@ -68,7 +68,7 @@ void fitLeft(PlotLayout& layout, const PlotTics& tics, const PlotTics& panel) {
 }
 
 void fitRight(PlotLayout& layout, const PlotContents& contents, const PlotPage& page) {
-    if (contents.map) {
+    if (contents.isPlane()) {
         layout.right = (colourBar + 0.3) * layout.scale + page.z.widest() * characterCm(layout.ticFont()) +
                        lineCm(layout.titleFont()) + 0.2 * layout.scale;
         return;
@@ -102,7 +102,7 @@ PlotLayout firstLayout(const PlotContents& contents, const PlotStyle& style) {
     layout.top = (isHigh ? 1.0 : 0.5) * layout.scale;
     layout.right = 0.6 * layout.scale;
     layout.left = 2.2 * layout.scale;
-    if (contents.map) {
+    if (contents.isPlane()) {
         layout.right = 3.2 * layout.scale;
         layout.top += style.statistics == StatisticsDisplay::None ? 0.0 : noteLine(layout);
     }
@@ -124,7 +124,7 @@ PlotPage pageOf(const PlotContents& contents, const PlotFrame& frame, const Plot
                            .isHorizontal = false,
                            .hasIntegersOnly = !style.y.hasLog && showsCounts(contents)};
     page.y = ticsOf(frame.y, style.y.hasLog, vertical);
-    if (contents.map) {
+    if (contents.isPlane()) {
         page.z = ticsOf(frame.z, style.z.hasLog, {.characters = vertical.characters, .isHorizontal = false});
     }
     if (layout.panelHeight > 0.0) {

@@ -78,7 +78,9 @@ PlotPoint compared(PanelKind kind, const PlotPoint& own, const PlotPoint& other)
     const double difference = own.y - other.y;
     if (kind == PanelKind::Pull) {
         // The error that points from the object to the reference.
-        const double error = std::hypot(errorOf(own, difference < 0.0), errorOf(other, difference > 0.0));
+        const double ownError = errorOf(own, difference < 0.0);
+        const double otherError = errorOf(other, difference > 0.0);
+        const double error = std::sqrt(ownError * ownError + otherError * otherError);
         result.y = result.yLow = result.yHigh = error > 0.0 ? difference / error : noNumber;
         return result;
     }

@@ -112,10 +112,24 @@ public:
             }
             needed = all > 1.0 - boxMargin ? unlimited : needed;
         }
-        return needed;
+        return meetSideways(boxes) ? unlimited : needed;
     }
 
 private:
+    /// A box at the left and one at the right of the same height overlap.
+    static bool meetSideways(const std::vector<PlotBox*>& boxes) {
+        for (const PlotBox* one : boxes) {
+            for (const PlotBox* other : boxes) {
+                const bool areBeside = one->isLeft() && !other->isLeft() && one->isTop() == other->isTop() &&
+                                       one->depth < other->depth + other->height &&
+                                       other->depth < one->depth + one->height;
+                if (areBeside && one->width + other->width > 1.0 - 2.0 * boxMargin) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
     Drawn besideOf(const PlotBox& box) const {
         const double reach = box.width + 2.0 * boxMargin;
         return box.isLeft() ? surroundings.between(0.0, reach) : surroundings.between(1.0 - reach, 1.0);

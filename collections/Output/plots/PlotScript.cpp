@@ -44,14 +44,14 @@ std::string terminalOf(const std::string& format, const PlotStyle& style, const 
     if (format == "png") {
         const double dots = style.dpi / lineDpi;
         return "set terminal pngcairo enhanced" + pixels(style.dpi) + " fontscale " + roundedText(style.dpi / svgDpi) +
-               font + width(dots) + " dashlength 0.6\n" + marks(1.8 * dots);
+               font + width(dots) + " dashlength 0.6\n" + marks(2.2 * dots);
     }
     if (format == "svg") {
         return "set terminal svg enhanced" + pixels(svgDpi) + " fontscale 1.3333" + font + width(0.378) +
-               " background rgb 'white'\n" + marks(0.6);
+               " background rgb 'white'\n" + marks(0.66);
     }
     return "set terminal pdfcairo enhanced size " + textOf(style.width) + "cm," + textOf(style.height) +
-           "cm fontscale 0.75" + font + width(0.63) + " background rgb 'white'\n" + marks(0.53);
+           "cm fontscale 0.75" + font + width(0.63) + " background rgb 'white'\n" + marks(0.63);
 }
 
 /// Lines below the picture.

@@ -26,7 +26,7 @@ void addOutside(std::vector<StatisticsRow>& rows, const std::string& name, const
     }
     rows.push_back({name, countText(sums.entries)});
     if (isWeighted) {
-        rows.push_back({name + " weight", numberLabel(roundedOrWhole(sums.w))});
+        rows.push_back({name + " weight", roundedOrWhole(sums.w)});
     }
 }
 
@@ -35,9 +35,7 @@ std::vector<StatisticsRow> momentRows(std::int64_t entries, double mean, double 
     if (entries == 0) {
         return {{"Entries", "0"}};
     }
-    return {{"Entries", countText(entries)},
-            {"Mean", numberLabel(roundedText(mean))},
-            {"RMS", numberLabel(roundedText(rms))}};
+    return {{"Entries", countText(entries)}, {"Mean", roundedText(mean)}, {"RMS", roundedText(rms)}};
 }
 
 /// One number for each axis, in brackets if there are several.
@@ -47,7 +45,7 @@ std::string axisText(const NumberOf& numberOf) {
     for (std::size_t direction = 0; direction < axes; ++direction) {
         text += (direction > 0 ? ", " : "") + roundedText(numberOf(direction), 3);
     }
-    return numberLabel(axes == 1 ? text : "(" + text + ")");
+    return axes == 1 ? text : "(" + text + ")";
 }
 
 /// @param sums coordinates of the axes first.
@@ -60,7 +58,7 @@ std::string momentLine(const CellSums<quantities>& sums) {
                        axisText<axes>([&](std::size_t direction) { return sums.mean(direction); }) + ", RMS " +
                        axisText<axes>([&](std::size_t direction) { return sums.rms(direction); });
     if constexpr (axes == 2) {
-        text += ", correlation " + numberLabel(roundedText(sums.correlation(0, 1), 3));
+        text += ", correlation " + roundedText(sums.correlation(0, 1), 3);
     }
     return text;
 }
@@ -75,7 +73,7 @@ std::vector<StatisticsRow> statisticsOf(const Histogram1D& histogram) {
         rows = {{"Entries", countText(all.entries)}};  // The number of a category has no meaning.
     }
     if (isWeighted) {
-        rows.insert(rows.begin() + 1, {"Sum of weights", numberLabel(roundedOrWhole(all.w))});
+        rows.insert(rows.begin() + 1, {"Sum of weights", roundedOrWhole(all.w)});
     }
     addOutside(rows, "Underflow", histogram.underflow(), isWeighted);
     addOutside(rows, "Overflow", histogram.overflow(), isWeighted);
@@ -97,16 +95,16 @@ std::vector<StatisticsRow> statisticsOf(const FunctionObject& function) {
         rows.push_back({"Fit", notes.status});
     }
     if (notes.chi2 && notes.ndf) {
-        rows.push_back({"χ²/ndf", numberLabel(roundedText(*notes.chi2)) + " / " + formatNumber(*notes.ndf)});
+        rows.push_back({"χ²/ndf", roundedText(*notes.chi2) + " / " + formatNumber(*notes.ndf)});
     }
     if (notes.pValue) {
-        rows.push_back({"p-value", numberLabel(roundedText(*notes.pValue))});
+        rows.push_back({"p-value", roundedText(*notes.pValue)});
     }
     for (std::size_t i = 0; i < function.parameters.size(); ++i) {
         const FunctionObject::Parameter& parameter = function.parameters[i];
         const double error = notes.errors[i].value_or(0.0);
-        rows.push_back({parameter.name, numberLabel(error == 0.0 ? roundedText(parameter.value)
-                                                                 : formatMeasurement(parameter.value, error))});
+        rows.push_back(
+            {parameter.name, error == 0.0 ? roundedText(parameter.value) : formatMeasurement(parameter.value, error)});
     }
     return rows;
 }

@@ -100,10 +100,10 @@ PlotTics numberTics(const PlotSpan& span, const Step& step, bool hasIntegersOnly
     return tics;
 }
 
-/// Labels side by side need their width, above each other about the height of two and a half lines.
+/// Labels side by side need their width, above each other somewhat more than the height of a line.
 double ticsThatFit(const TicRoom& room, double widest) {
     constexpr double gap = 3.0;
-    constexpr double linesApart = 4.6;
+    constexpr double linesApart = 2.6;
     return std::max(1.0, room.characters / (room.isHorizontal ? widest + gap : linesApart));
 }
 
@@ -196,8 +196,13 @@ PlotTics linearTics(const PlotSpan& span, const TicRoom& room) {
     double count = std::min(maxCount, ticsThatFit(room, firstGuess));
     for (int attempt = 0; attempt < 4; ++attempt) {
         const PlotTics tics = numberTics(span, leastStep(width, count, room.hasIntegersOnly), room.hasIntegersOnly);
+        // One label alone tells no scale.
+        if (attempt == 0 && namedCount(tics) < 2) {
+            count *= 2.0;
+            continue;
+        }
         const double fitting = ticsThatFit(room, tics.widest());
-        if (static_cast<double>(namedCount(tics)) <= fitting + 1.0 || count < 2.0) {
+        if (static_cast<double>(namedCount(tics)) <= fitting + 1.5 || count < 2.0) {
             return tics;
         }
         count = std::min(0.75 * count, fitting);

@@ -49,13 +49,7 @@ bool mustBeCollected(const RunState& state, std::size_t position) {
 }
 
 void keepCollected(RunState& state, std::size_t position, std::shared_ptr<const StoredTable> table) {
-    const std::vector<OutputSpec>& outputs = state.node(position).outputs;
-    for (std::size_t i = 0; i < outputs.size(); ++i) {
-        if (outputs[i].type == ValueType::Table) {
-            state.runs[position].report.outputs[i] = DataObjectPtr(std::move(table));
-            return;
-        }
-    }
+    state.runs[position].table = std::move(table);
 }
 
 }  // namespace velmorak

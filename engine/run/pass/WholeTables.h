@@ -7,7 +7,7 @@
 #include <vector>
 
 /// Tables that row-wise plug-ins need as a whole, besides the one whose rows they transform: those of their further
-/// inputs of type table. The rows of a stream are collected for that in a pass, and kept as its output.
+/// inputs of type table. The rows of a stream are collected for that in a pass, and kept until the run ends.
 namespace velmorak {
 
 class Plan;

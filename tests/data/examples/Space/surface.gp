@@ -1,34 +1,36 @@
 # Draws the picture again: run gnuplot on this file in its folder.
 reset
 set encoding utf8
-set border 31 linewidth 2.5
+set border 31 linewidth 2.5 front
 set errorbars small
-set tics out nomirror scale 1.2,0.6
-set mxtics
-set mytics
-set lmargin 11.5
-set rmargin 12
-set bmargin 3.8
-set tmargin 3.6
-set key off
-set colorbox
-set palette defined (0 '#440154', 1 '#472D7B', 2 '#3B528B', 3 '#2C728E', 4 '#21918C', 5 '#28AE80', 6 '#5EC962', 7 '#ADDC30', 8 '#FDE725')
-set label '49821 entries, mean (0.00256, -0.00315), RMS (0.988, 1.49), correlation 0.00273' at screen 0.985, graph 1.04 right font 'DejaVu Sans,22' textcolor rgb '#404040'
-set xrange [-3:3]
-set yrange [-5:5]
-set cbrange [994.7376751307849:1006.7028107970474]
-set title 'Height [mm]' font 'DejaVu Sans,34' offset 0,0.9
-set xlabel 'x [mm]' font 'DejaVu Sans,32' offset 0,-0.2
-set ylabel 'y [mm]' font 'DejaVu Sans,32' offset -1.2,0
-set cblabel 'Mean' font 'DejaVu Sans,32' offset 1.2,0
+set boxwidth 1
+set tics front out nomirror scale 0.7,0.35
+set lmargin at screen 0.096552
+set rmargin at screen 0.81761
 data = './surface.dat'
-set terminal pngcairo noenhanced size 1600,1000 font 'DejaVu Sans,26' rounded
-marks = 1.8
+set bmargin at screen 0.155
+set tmargin at screen 0.85952
+set xrange [-3:3]
+set xtics ('−3' -3, '−2' -2, '−1' -1, '0' 0, '1' 1, '2' 2, '3' 3, '' -2.8000000000000003 1, '' -2.6 1, '' -2.4000000000000004 1, '' -2.2 1, '' -1.8 1, '' -1.6 1, '' -1.4000000000000001 1, '' -1.2000000000000002 1, '' -0.8 1, '' -0.6000000000000001 1, '' -0.4 1, '' -0.2 1, '' 0.2 1, '' 0.4 1, '' 0.6000000000000001 1, '' 0.8 1, '' 1.2000000000000002 1, '' 1.4000000000000001 1, '' 1.6 1, '' 1.8 1, '' 2.2 1, '' 2.4000000000000004 1, '' 2.6 1, '' 2.8000000000000003 1)
+set yrange [-5:5]
+set ytics ('−4' -4, '−2' -2, '0' 0, '2' 2, '4' 4, '' -5 1, '' -4.5 1, '' -3.5 1, '' -3 1, '' -2.5 1, '' -1.5 1, '' -1 1, '' -0.5 1, '' 0.5 1, '' 1 1, '' 1.5 1, '' 2.5 1, '' 3 1, '' 3.5 1, '' 4.5 1, '' 5 1)
+set label 'Height [mm]' at screen 0.096552, screen 0.94807 left font ',12.6'
+set label '49821 entries, mean (0.00256, −0.00315), RMS (0.988, 1.49), correlation 0.00273' at screen 0.096552, screen 0.88583 left textcolor rgb '#404040' font ',8.5'
+set label 'x [mm]' at screen 0.81761, screen 0.036433 right font ',12'
+set label 'y [mm]' at screen 0.022146, screen 0.85952 right rotate by 90 font ',12'
+set label 'Mean' at screen 0.98035, screen 0.85952 right rotate by 90 font ',12'
+set key off
+set palette defined (0 '#440154', 1 '#472D7B', 2 '#3B528B', 3 '#2C728E', 4 '#21918C', 5 '#28AE80', 6 '#5EC962', 7 '#ADDC30', 8 '#FDE725')
+set colorbox user origin screen 0.83949, screen 0.155 size screen 0.028125, screen 0.70452
+set cbrange [994.7376751307849:1006.7028107970474]
+set cbtics ('996' 996, '998' 998, '1000' 1000, '1002' 1002, '1004' 1004, '1006' 1006, '' 995 1, '' 995.5 1, '' 996.5 1, '' 997 1, '' 997.5 1, '' 998.5 1, '' 999 1, '' 999.5 1, '' 1000.5 1, '' 1001 1, '' 1001.5 1, '' 1002.5 1, '' 1003 1, '' 1003.5 1, '' 1004.5 1, '' 1005 1, '' 1005.5 1, '' 1006.5 1)
+set terminal pngcairo enhanced size 1600,1000 fontscale 2.6458 font 'DejaVu Sans,10' rounded linewidth 1 dashlength 0.6
+marks = 2.2
 set output './surface.png'
-plot data using 1:3:1:($2+0.003):3:($4+0.005):5 with boxxyerror fillcolor palette fillstyle solid 1 noborder notitle
+plot data index 0 using 1:3:1:($2+0.003):3:($4+0.005):5 with boxxyerror fillcolor palette fillstyle solid 1 noborder notitle
 set output
-set terminal svg noenhanced size 1600,1000 fontscale 1.333 font 'DejaVu Sans,26' rounded background rgb 'white'
-marks = 0.8
+set terminal svg enhanced size 605,378 fontscale 1.3333 font 'DejaVu Sans,10' rounded linewidth 0.378 background rgb 'white'
+marks = 0.66
 set output './surface.svg'
-plot data using 1:3:1:($2+0.003):3:($4+0.005):5 with boxxyerror fillcolor palette fillstyle solid 1 noborder notitle
+plot data index 0 using 1:3:1:($2+0.003):3:($4+0.005):5 with boxxyerror fillcolor palette fillstyle solid 1 noborder notitle
 set output

@@ -1,39 +1,39 @@
 # Draws the picture again: run gnuplot on this file in its folder.
 reset
 set encoding utf8
-set border 31 linewidth 2.5
+set border 31 linewidth 2.5 front
 set errorbars small
-set tics in scale 1.2,0.6
-set mxtics
-set mytics
-set grid xtics ytics linetype 1 linewidth 1 linecolor rgb '#E4E4E4'
-set lmargin 11.5
-set rmargin 4
-set bmargin 3.8
-set tmargin 2.8
-set key off
-set xrange [0:1000]
-set yrange [0:309.35]
-set title 'Energies of a source' font 'DejaVu Sans,34'
-set xlabel 'energy [keV]' font 'DejaVu Sans,32' offset 0,-0.2
-set ylabel 'Entries / (20 keV)' font 'DejaVu Sans,32' offset -1.2,0
-set object 1 rectangle from graph 0.7834, graph 0.817 to graph 0.985, graph 0.975 front fillcolor rgb 'white' fillstyle solid border linecolor rgb '#808080' linewidth 1.5
-set label 'Entries' at graph 0.7954, graph 0.942 left front font 'DejaVu Sans,22'
-set label '2924' at graph 0.973, graph 0.942 right front font 'DejaVu Sans,22'
-set label 'Mean' at graph 0.7954, graph 0.896 left front font 'DejaVu Sans,22'
-set label '390.88' at graph 0.973, graph 0.896 right front font 'DejaVu Sans,22'
-set label 'RMS' at graph 0.7954, graph 0.85 left front font 'DejaVu Sans,22'
-set label '268.56' at graph 0.973, graph 0.85 right front font 'DejaVu Sans,22'
+set boxwidth 1
+set tics front in scale 1,0.5
+set lmargin at screen 0.10978
+set rmargin at screen 0.96729
 data = './spectrum.dat'
-set terminal pngcairo noenhanced size 1600,1000 font 'DejaVu Sans,26' rounded
-marks = 1.8
+set bmargin at screen 0.155
+set tmargin at screen 0.9
+set xrange [0:1000]
+set xtics ('0' -0, '200' 200, '400' 400, '600' 600, '800' 800, '1000' 1000, '' 50 1, '' 100 1, '' 150 1, '' 250 1, '' 300 1, '' 350 1, '' 450 1, '' 500 1, '' 550 1, '' 650 1, '' 700 1, '' 750 1, '' 850 1, '' 900 1, '' 950 1)
+set yrange [0:309.35]
+set ytics ('0' -0, '50' 50, '100' 100, '150' 150, '200' 200, '250' 250, '300' 300, '' 10 1, '' 20 1, '' 30 1, '' 40 1, '' 60 1, '' 70 1, '' 80 1, '' 90 1, '' 110 1, '' 120 1, '' 130 1, '' 140 1, '' 160 1, '' 170 1, '' 180 1, '' 190 1, '' 210 1, '' 220 1, '' 230 1, '' 240 1, '' 260 1, '' 270 1, '' 280 1, '' 290 1)
+set label 'Energies of a source' at screen 0.10978, screen 0.942 left font ',12.6'
+set label 'energy [keV]' at screen 0.96729, screen 0.036433 right font ',12'
+set label 'Entries / (20 keV)' at screen 0.022146, screen 0.9 right rotate by 90 font ',12'
+set key off
+set object 1 rectangle from graph 0.76153, graph 0.79025 to graph 0.98643, graph 0.975 front fillcolor rgb 'white' fillstyle solid border linecolor rgb '#808080' linewidth 1.5
+set label 'Entries' at graph 0.77202, graph 0.93696 left front font ',8.5'
+set label '2924' at graph 0.97593, graph 0.93696 right front font ',8.5'
+set label 'Mean' at graph 0.77202, graph 0.88263 left front font ',8.5'
+set label '390.88' at graph 0.97593, graph 0.88263 right front font ',8.5'
+set label 'RMS' at graph 0.77202, graph 0.82829 left front font ',8.5'
+set label '268.56' at graph 0.97593, graph 0.82829 right front font ',8.5'
+set terminal pngcairo enhanced size 1600,1000 fontscale 2.6458 font 'DejaVu Sans,10' rounded linewidth 1 dashlength 0.6
+marks = 2.2
 set output './spectrum.png'
 plot data index 0 using 1:2 with filledcurves closed fillcolor rgb '#0072B2' fillstyle transparent solid 0.18 noborder notitle, \
      data index 0 using 1:2 with lines linewidth 3.5 dashtype 1 linecolor rgb '#0072B2' notitle, \
      data index 1 using 1:3:(0):($4-$3) with vectors nohead linewidth 2.5 linecolor rgb '#0072B2' notitle
 set output
-set terminal svg noenhanced size 1600,1000 fontscale 1.333 font 'DejaVu Sans,26' rounded background rgb 'white'
-marks = 0.8
+set terminal svg enhanced size 605,378 fontscale 1.3333 font 'DejaVu Sans,10' rounded linewidth 0.378 background rgb 'white'
+marks = 0.66
 set output './spectrum.svg'
 plot data index 0 using 1:2 with filledcurves closed fillcolor rgb '#0072B2' fillstyle transparent solid 0.18 noborder notitle, \
      data index 0 using 1:2 with lines linewidth 3.5 dashtype 1 linecolor rgb '#0072B2' notitle, \
