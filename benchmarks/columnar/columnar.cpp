@@ -1,5 +1,6 @@
 /// velmorak_bench_columnar: a weighted histogram after a cut from Parquet files, run by velmorak-run, beside the same
 /// query in DuckDB; and the rate at which an uncompressed Arrow file is read, beside copying memory.
+#include "KeepFreedMemory.h"
 #include "Npm.h"
 #include "Process.h"
 #include "Row.h"
@@ -102,6 +103,7 @@ void measureArrow(const Folder& folder) {
 }  // namespace
 
 int main() {
+    keepFreedMemory();
     if (const std::string reason = npm::missing({"@duckdb/node-api", "apache-arrow"}); !reason.empty()) {
         std::cout << reason << std::endl;
         return 0;

@@ -1,5 +1,6 @@
 /// velmorak_bench_root: columns of trees and an RNTuple, as a run reads them, beside decompression of the same records
 /// with nothing but the library; a second thread; few columns of many. The files are in the page cache.
+#include "KeepFreedMemory.h"
 #include "Row.h"
 #include "Timing.h"
 #include "TreeFile.h"
@@ -145,6 +146,7 @@ void benchFewOfMany(const fs::path& folder) {
 }  // namespace
 
 int main() {
+    keepFreedMemory();
     const Folder folder;
     benchTrees(folder.path);
     benchLists(folder.path);
