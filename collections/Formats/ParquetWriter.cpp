@@ -1,10 +1,10 @@
 #include "ColumnarTables.h"
 
 #include "WrittenColumns.h"
+#include "shared/WrittenFile.h"
 
 #include <parquet/write/ParquetRows.h>
 
-#include <algorithm>
 #include <fstream>
 #include <utility>
 
@@ -71,16 +71,6 @@ void Writing::finish(AccumulatorState& state, Results&) {
     file.complete();
 }
 
-std::string fileNameOf(const Arguments& arguments, const RunContext& context) {
-    if (!arguments.text("file").empty()) {
-        return arguments.text("file");
-    }
-    std::string name = context.pluginName();
-    std::replace_if(
-        name.begin(), name.end(), [](char c) { return c == '/' || static_cast<unsigned char>(c) < 0x20; }, '_');
-    return (name.empty() || name.front() == '.' ? "_" + name : name) + ".parquet";
-}
-
 /// Writes a table as a Parquet file. It is streamed, so it may be larger than memory.
 class ParquetWriterKind : public Accumulator {
 public:
@@ -104,9 +94,7 @@ Ports ParquetWriterKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {
         {.name = "table", .description = "Table to write.", .type = ValueType::Table},
-        {.name = "file",
-         .description = "Name of the file in the results folder. Empty: the name of this plug-in with .parquet.",
-         .type = ValueType::Text},
+        writtenFileInput(".parquet"),
     };
     return ports;
 }
@@ -116,7 +104,7 @@ std::unique_ptr<Accumulation> ParquetWriterKind::prepare(const Arguments& argume
     if (!schema || schema->size() == 0) {
         throw Failure("table", schema ? "the table has no columns" : "nothing is wired");
     }
-    return std::make_unique<Writing>(fileNameOf(arguments, context), *schema, context);
+    return std::make_unique<Writing>(writtenFileName(arguments, context, ".parquet"), *schema, context);
 }
 
 }  // namespace

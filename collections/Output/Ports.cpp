@@ -46,14 +46,4 @@ InputSpec countInput(const std::string& name, const std::string& description) {
             .isInteger = true};
 }
 
-std::string asFileName(const std::string& pluginName) {
-    std::string name = pluginName;
-    std::replace_if(
-        name.begin(), name.end(), [](char c) { return c == '/' || static_cast<unsigned char>(c) < 0x20; }, '_');
-    if (name.empty() || name.front() == '.') {
-        name.insert(0, "_");
-    }
-    return name;
-}
-
 }  // namespace velmorak

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shared/WrittenFile.h"
+
 #include <velmorak/Kind.h>
 
 /// Inputs whose number is an input value: "histogram", "histogram2", "histogram3", ... The kind places the first one;
@@ -24,8 +26,5 @@ std::vector<std::string> numberedInputs(const Arguments& arguments, const std::s
 
 /// The input for the number of inputs.
 InputSpec countInput(const std::string& name, const std::string& description);
-
-/// The plug-in's name as a file name: path separators become "_".
-std::string asFileName(const std::string& pluginName);
 
 }  // namespace velmorak

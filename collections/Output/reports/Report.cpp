@@ -150,8 +150,7 @@ void ReportKind::evaluate(const Arguments& arguments, Results&, RunContext& cont
     for (const std::vector<PlotObject>& frame : frames(contents.items)) {
         contents.pictures.push_back(pictureOf(frame, context));
     }
-    const std::string& file = arguments.text("file");
-    TextOutput output(file.empty() ? asFileName(context.pluginName()) + ".html" : file, reportPage(contents), context);
+    TextOutput output(writtenFileName(arguments, context, ".html"), reportPage(contents), context);
     output.complete();
 }
 

@@ -207,9 +207,7 @@ Ports PrintKind::ports(const ValueTexts& values) const {
          .minimum = 0,
          .maximum = 10000,
          .isInteger = true},
-        {.name = "file",
-         .description = "Name of the file in the results folder. Empty: the name of this plug-in with .txt.",
-         .type = ValueType::Text},
+        writtenFileInput(".txt"),
     };
     addNumbered(ports, object, numberedCount(values, "objects"));
     return ports;
@@ -222,9 +220,8 @@ std::unique_ptr<Accumulation> PrintKind::prepare(const Arguments& arguments, con
     for (const std::string& input : numberedInputs(arguments, "objects", "object")) {
         parts.push_back(partOf(arguments, input, rows));
     }
-    const std::string& file = arguments.text("file");
     return std::make_unique<Printing>(std::move(parts), !schema ? Schema() : *schema, rows,
-                                      file.empty() ? asFileName(context.pluginName()) + ".txt" : file, context);
+                                      writtenFileName(arguments, context, ".txt"), context);
 }
 
 std::unique_ptr<Kind> makePrint() {

@@ -54,44 +54,26 @@ std::string AidaWriterKind::summary() const {
 }
 
 Ports AidaWriterKind::ports(const ValueTexts& values) const {
-    const InputSpec object = {
-        .name = "object",
-        .description =
-            "Histogram, profile, points, function or table to write, under its name or that of the plug-in that made "
-            "it. At most one object of a writer can be a table.",
-        .type = ValueType::Any};
     Ports ports;
-    ports.inputs = {
-        object,
-        {.name = "file",
-         .description = "Name of the file in the results folder. Empty: the name of this plug-in with .aida.",
-         .type = ValueType::Text},
-        {.name = "folder",
-         .description = "Folder of the objects within the file, for example /run1.",
-         .type = ValueType::Text,
-         .value = "/"},
-        countInput("objects", "Number of objects to write, 1 to 16; each has its own input."),
-    };
-    addNumbered(ports, object, numberedCount(values, "objects"));
+    ports.inputs = writerInputs({.objects = "Histogram, profile, points, function or table to write",
+                                 .objectsRemark = " At most one object of a writer can be a table.",
+                                 .ending = ".aida",
+                                 .fileRemark = {},
+                                 .folder = "/run1",
+                                 .own = {}},
+                                values);
     return ports;
 }
 
 std::string AidaWriterKind::refusal(const std::string& input, const std::string& value) const {
-    if (input == "folder" && !value.starts_with('/')) {
-        return "The folder must begin with \"/\".";
-    }
-    return {};
+    return input == "folder" ? folderRefusal(value) : std::string();
 }
 
 std::unique_ptr<Accumulation> AidaWriterKind::prepare(const Arguments& arguments, const Schema* schema,
                                                       RunContext& context) const {
     AidaContents contents;
-    contents.fileName =
-        arguments.text("file").empty() ? asFileName(context.pluginName()) + ".aida" : arguments.text("file");
-    contents.folder = arguments.text("folder");
-    if (const std::string reason = refusal("folder", contents.folder); !reason.empty()) {
-        throw Failure("folder", reason);
-    }
+    contents.fileName = writtenFileName(arguments, context, ".aida");
+    contents.folder = folderInFile(arguments);
     contents.objects = namedObjects(arguments, "AidaWriter", "an AIDA file");
     if (schema) {
         contents.schema = *schema;

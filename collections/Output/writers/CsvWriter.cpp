@@ -119,9 +119,7 @@ Ports CsvWriterKind::ports(const ValueTexts&) const {
         {.name = "object",
          .description = "Table, histogram, profile, points or function to write.",
          .type = ValueType::Any},
-        {.name = "file",
-         .description = "Name of the file in the results folder. Empty: the name of this plug-in with .csv.",
-         .type = ValueType::Text},
+        writtenFileInput(".csv"),
         {.name = "delimiter",
          .description = "Separator of the fields in a line.",
          .type = ValueType::Choice,
@@ -159,7 +157,6 @@ std::unique_ptr<Accumulation> CsvWriterKind::prepare(const Arguments& arguments,
         throw Failure("object", "the table has no columns");
     }
     const char delimiter = delimiterNamed(arguments.text("delimiter"));
-    const std::string& file = arguments.text("file");
     const ObjectTable table = !schema ? tableOf(arguments) : ObjectTable();
     const std::string partial = partialRemark(context);
     std::string first = partial.empty() ? "" : "# partial: " + partial + "\n";
@@ -167,9 +164,8 @@ std::unique_ptr<Accumulation> CsvWriterKind::prepare(const Arguments& arguments,
         first += csvHeader(!schema ? table.columns : namesOf(*schema), delimiter);
     }
     first += csvRows(table, delimiter);
-    return std::make_unique<Writing>(
-        TextOutput(file.empty() ? asFileName(context.pluginName()) + ".csv" : file, std::move(first), context),
-        schema ? *schema : Schema(), delimiter);
+    return std::make_unique<Writing>(TextOutput(writtenFileName(arguments, context, ".csv"), std::move(first), context),
+                                     schema ? *schema : Schema(), delimiter);
 }
 
 std::unique_ptr<Kind> makeCsvWriter() {

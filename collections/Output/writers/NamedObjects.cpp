@@ -38,6 +38,36 @@ std::string unusedName(const std::string& name, const std::vector<NamedObject>& 
 
 }  // namespace
 
+std::vector<InputSpec> writerInputs(const WriterInputs& inputs, const ValueTexts& values) {
+    const InputSpec object = {
+        .name = "object",
+        .description = inputs.objects + ", under its name or that of the plug-in that made it." + inputs.objectsRemark,
+        .type = ValueType::Any};
+    Ports ports;
+    ports.inputs = {
+        object, writtenFileInput(inputs.ending, inputs.fileRemark),
+        InputSpec{.name = "folder",
+                  .description = "Folder of the objects within the file, for example " + inputs.folder + ".",
+                  .type = ValueType::Text,
+                  .value = "/"}};
+    ports.inputs.insert(ports.inputs.end(), inputs.own.begin(), inputs.own.end());
+    ports.inputs.push_back(countInput("objects", "Number of objects to write, 1 to 16; each has its own input."));
+    addNumbered(ports, object, numberedCount(values, "objects"));
+    return ports.inputs;
+}
+
+std::string folderRefusal(const std::string& folder) {
+    return folder.starts_with('/') ? "" : "The folder must begin with \"/\".";
+}
+
+const std::string& folderInFile(const Arguments& arguments) {
+    const std::string& folder = arguments.text("folder");
+    if (const std::string reason = folderRefusal(folder); !reason.empty()) {
+        throw Failure("folder", reason);
+    }
+    return folder;
+}
+
 std::vector<NamedObject> namedObjects(const Arguments& arguments, const std::string& plugin, const std::string& file) {
     std::vector<NamedObject> objects;
     bool hasTable = false;

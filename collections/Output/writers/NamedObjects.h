@@ -1,6 +1,6 @@
 #pragma once
 
-#include <velmorak/Run.h>
+#include <velmorak/Kind.h>
 
 #include <string>
 #include <vector>
@@ -12,6 +12,25 @@ struct NamedObject {
     std::string name;
     DataObjectPtr object;  ///< Null for the table.
 };
+
+/// What differs between the inputs of the writers.
+struct WriterInputs {
+    std::string objects;         ///< What they write: "Histogram, profile, points or table to write".
+    std::string objectsRemark;   ///< A further sentence about them, after a blank; may be empty.
+    std::string ending;          ///< Of the file: ".root".
+    std::string fileRemark;      ///< As in writtenFileInput.
+    std::string folder;          ///< An example of one: "/run1".
+    std::vector<InputSpec> own;  ///< Of this writer alone, after the folder.
+};
+
+/// The inputs object, file and folder of a kind that writes several objects into one file, its own, and the number of
+/// the objects with further inputs for them.
+std::vector<InputSpec> writerInputs(const WriterInputs& inputs, const ValueTexts& values);
+
+/// @return why the folder within the file cannot be used, as a sentence; empty if it can.
+std::string folderRefusal(const std::string& folder);
+/// @return the value of the input "folder". @throws Failure if it cannot be used.
+const std::string& folderInFile(const Arguments& arguments);
 
 /// What is wired to the numbered inputs "object", under its own name or that of the plug-in that made it; names that
 /// are taken get a number.

@@ -120,51 +120,34 @@ functions, and points of other dimensions cannot be written.)";
 }
 
 Ports RootWriterKind::ports(const ValueTexts& values) const {
-    const InputSpec object = {
-        .name = "object",
-        .description =
-            "Histogram, profile, points or table to write, under its name or that of the plug-in that made "
-            "it. At most one object of a writer can be a table.",
-        .type = ValueType::Any};
+    const InputSpec compression = {
+        .name = "compression",
+        .description = "Algorithm that makes the file shorter. zstd: short; lz4: fast to read; zlib: for any program.",
+        .type = ValueType::Choice,
+        .value = "zstd",
+        .choices = {"zstd", "lz4", "zlib", "none"}};
     Ports ports;
-    ports.inputs = {
-        object,
-        {.name = "file",
-         .description = "Name of the file in the results folder. Empty: the name of this plug-in with .root.",
-         .type = ValueType::Text},
-        {.name = "folder",
-         .description = "Folder of the objects within the file, for example /run1.",
-         .type = ValueType::Text,
-         .value = "/"},
-        {.name = "compression",
-         .description = "Algorithm that makes the file shorter. zstd: short; lz4: fast to read; zlib: for any program.",
-         .type = ValueType::Choice,
-         .value = "zstd",
-         .choices = {"zstd", "lz4", "zlib", "none"}},
-        countInput("objects", "Number of objects to write, 1 to 16; each has its own input."),
-    };
-    addNumbered(ports, object, numberedCount(values, "objects"));
+    ports.inputs = writerInputs({.objects = "Histogram, profile, points or table to write",
+                                 .objectsRemark = " At most one object of a writer can be a table.",
+                                 .ending = ".root",
+                                 .fileRemark = {},
+                                 .folder = "/run1",
+                                 .own = {compression}},
+                                values);
     return ports;
 }
 
 std::string RootWriterKind::refusal(const std::string& input, const std::string& value) const {
-    if (input == "folder" && !value.starts_with('/')) {
-        return "The folder must begin with \"/\".";
-    }
-    return {};
+    return input == "folder" ? folderRefusal(value) : std::string();
 }
 
 std::unique_ptr<Accumulation> RootWriterKind::prepare(const Arguments& arguments, const Schema* schema,
                                                       RunContext& context) const {
-    const std::string& file = arguments.text("file");
-    RootContents contents{.fileName = file.empty() ? asFileName(context.pluginName()) + ".root" : file,
-                          .folder = arguments.text("folder"),
+    RootContents contents{.fileName = writtenFileName(arguments, context, ".root"),
+                          .folder = folderInFile(arguments),
                           .packing = packingNamed(arguments.text("compression")),
                           .objects = namedObjects(arguments, name(), "a ROOT file"),
                           .table = std::nullopt};
-    if (const std::string reason = refusal("folder", contents.folder); !reason.empty()) {
-        throw Failure("folder", reason);
-    }
     adaptNames(contents.objects, context);
     requireWritable(contents.objects, arguments);
     if (schema && schema->size() == 0) {

@@ -1,5 +1,6 @@
 #include "Output/kinds.h"
 
+#include "NamedObjects.h"
 #include "Output/Ports.h"
 
 #include <velmorak/Text.h>
@@ -62,30 +63,19 @@ std::string YodaWriterKind::summary() const {
 }
 
 Ports YodaWriterKind::ports(const ValueTexts& values) const {
-    const InputSpec object = {.name = "object",
-                              .description =
-                                  "Histogram, profile, points or number to write, under its name or that of "
-                                  "the plug-in that made it.",
-                              .type = ValueType::Any};
+    const InputSpec version = {.name = "version",
+                               .description = "Version of the format.",
+                               .type = ValueType::Choice,
+                               .value = "2",
+                               .choices = {"2", "3"}};
     Ports ports;
-    ports.inputs = {
-        object,
-        {.name = "file",
-         .description = "Name of the file in the results folder, which is gzipped if it ends with .gz. Empty: the name "
-                        "of this plug-in with .yoda.",
-         .type = ValueType::Text},
-        {.name = "folder",
-         .description = "Folder of the objects within the file, for example /MY_ANALYSIS.",
-         .type = ValueType::Text,
-         .value = "/"},
-        {.name = "version",
-         .description = "Version of the format.",
-         .type = ValueType::Choice,
-         .value = "2",
-         .choices = {"2", "3"}},
-        countInput("objects", "Number of objects to write, 1 to 16; each has its own input."),
-    };
-    addNumbered(ports, object, numberedCount(values, "objects"));
+    ports.inputs = writerInputs({.objects = "Histogram, profile, points or number to write",
+                                 .objectsRemark = {},
+                                 .ending = ".yoda",
+                                 .fileRemark = ", which is gzipped if it ends with .gz",
+                                 .folder = "/MY_ANALYSIS",
+                                 .own = {version}},
+                                values);
     return ports;
 }
 
@@ -98,8 +88,7 @@ void YodaWriterKind::evaluate(const Arguments& arguments, Results& /*results*/, 
     if (const std::string reason = refusal("folder", arguments.text("folder")); !reason.empty()) {
         throw Failure("folder", reason);
     }
-    const std::string name =
-        arguments.text("file").empty() ? asFileName(context.pluginName()) + ".yoda" : arguments.text("file");
+    const std::string name = writtenFileName(arguments, context, ".yoda");
     const std::vector<YodaObject> objects = objectsOf(arguments);
     const YodaVersion version = arguments.text("version") == "2" ? YodaVersion::V2 : YodaVersion::V3;
     context.writeResult(name, [&](const std::filesystem::path& file) { writeYodaFile(file, name, objects, version); });
