@@ -1,6 +1,7 @@
 #include "kinds.h"
 
 #include "shared/FileInputs.h"
+#include "shared/OwnTypesOpener.h"
 
 #include <hepmc/EventTable.h>
 
@@ -8,17 +9,6 @@
 
 namespace velmorak {
 namespace {
-
-class EventOpener : public FileOpener {
-public:
-    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
-        return {openEvents(file, context)->schema()};
-    }
-    std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* /*wanted*/,
-                                      RunContext& context) const override {
-        return openEvents(file, context);
-    }
-};
 
 /// Reads events of generators.
 class HepMcTableKind : public Source {
@@ -57,11 +47,15 @@ Ports HepMcTableKind::ports(const ValueTexts&) const {
 }
 
 std::unique_ptr<TableReader> HepMcTableKind::open(const Arguments& arguments, RunContext& context) const {
-    return openFilesOf(filesOf(arguments, context), std::make_shared<EventOpener>(), arguments, context);
+    return openFilesOf(filesOf(arguments, context), eventTableOpener(), arguments, context);
 }
 
 std::vector<std::filesystem::path> HepMcTableKind::files(const Arguments& arguments, RunContext& context) const {
     return pathsOf(filesOf(arguments, context));
+}
+
+std::shared_ptr<const FileOpener> eventTableOpener() {
+    return openerWith(openEvents);
 }
 
 std::unique_ptr<Kind> makeHepMcTable() {

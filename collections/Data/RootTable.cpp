@@ -1,8 +1,8 @@
 #include "kinds.h"
 
-#include "shared/FileInputs.h"
-
 #include "shared/ColumnList.h"
+#include "shared/FileInputs.h"
+#include "shared/OwnTypesOpener.h"
 
 #include <root/RootFile.h>
 
@@ -10,24 +10,6 @@
 
 namespace velmorak {
 namespace {
-
-class RootOpener : public FileOpener {
-public:
-    RootOpener(std::string object, std::vector<std::string> columns)
-        : object(std::move(object)), columns(std::move(columns)) {}
-
-    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
-        return {open(file, nullptr, context)->schema()};
-    }
-    std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* /*wanted*/,
-                                      RunContext& context) const override {
-        return openRootTable(file, object, columns, context);
-    }
-
-private:
-    const std::string object;
-    const std::vector<std::string> columns;
-};
 
 /// Reads a tree, ntuple or RNTuple of ROOT files.
 class RootTableKind : public Source {
@@ -90,7 +72,9 @@ std::vector<std::filesystem::path> RootTableKind::files(const Arguments& argumen
 }
 
 std::shared_ptr<const FileOpener> rootTableOpener(const std::string& object, const std::vector<std::string>& columns) {
-    return std::make_shared<RootOpener>(object, columns);
+    return openerWith([object, columns](const std::filesystem::path& file, RunContext& context) {
+        return openRootTable(file, object, columns, context);
+    });
 }
 
 std::unique_ptr<Kind> makeRootTable() {

@@ -128,8 +128,9 @@ std::unique_ptr<TableReader> AnyTableKind::open(const Arguments& arguments, RunC
     const FileFormat& format = formatOf(list);
     auto opener = format.tableOpener(arguments.text("object"), columnNames("columns", arguments.text("columns")));
     if (!opener) {
-        throw Failure("file",
-                      list.files.front().path.string() + " is " + format.description() + ", which has no tables");
+        throw Failure("file", list.files.front().path.string() + " is " + format.description() +
+                                  ", which has no tables" +
+                                  (format.objectKind().empty() ? "" : "; use " + format.objectKind()));
     }
     return openFilesOf(std::move(list), std::make_shared<RecognisingOpener>(formats, format, std::move(opener)),
                        arguments, context);

@@ -19,5 +19,12 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeAnyTable(registry.formats()));
     registry.addFormat(makeAidaFormat());
     registry.addFormat(makeRootFormat());
+    registry.addFormat(makeYodaFormat());
+    for (std::unique_ptr<FileFormat>& format : makeEventFormats()) {
+        registry.addFormat(std::move(format));
+    }
+    for (std::unique_ptr<FileFormat>& format : makeGeant4Formats()) {
+        registry.addFormat(std::move(format));
+    }
     registry.addFormat(makeCsvFormat());
 }

@@ -29,11 +29,17 @@ std::unique_ptr<Kind> makeAnyTable(const FileFormats& formats);
 std::unique_ptr<FileFormat> makeAidaFormat();
 std::unique_ptr<FileFormat> makeCsvFormat();
 std::unique_ptr<FileFormat> makeRootFormat();
+std::unique_ptr<FileFormat> makeYodaFormat();
+/// HepMC 2 and 3, and Les Houches events.
+std::vector<std::unique_ptr<FileFormat>> makeEventFormats();
+/// Ntuples, and histograms with profiles.
+std::vector<std::unique_ptr<FileFormat>> makeGeant4Formats();
 
 /// Openers for the formats. An object is a path, or empty for the only one in the file.
 std::shared_ptr<const FileOpener> aidaTableOpener(const std::string& object);
 /// For values with a header, separated by commas.
 std::shared_ptr<const FileOpener> csvTableOpener();
 std::shared_ptr<const FileOpener> rootTableOpener(const std::string& object, const std::vector<std::string>& columns);
+std::shared_ptr<const FileOpener> eventTableOpener();
 
 }  // namespace velmorak

@@ -2,6 +2,7 @@
 
 #include "shared/ColumnList.h"
 #include "shared/FileInputs.h"
+#include "shared/OwnTypesOpener.h"
 
 #include <utility>
 
@@ -49,34 +50,17 @@ Ports FormatTableKind::ports(const ValueTexts&) const {
     return ports;
 }
 
-class TableOpener : public FileOpener {
-public:
-    TableOpener(OpenTable openTable, std::string object, std::vector<std::string> columns)
-        : openTable(openTable), object(std::move(object)), columns(std::move(columns)) {}
-
-    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
-        return {openTable(file, object, columns, context)->schema()};
-    }
-    std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* /*wanted*/,
-                                      RunContext& context) const override {
-        return openTable(file, object, columns, context);
-    }
-
-private:
-    const OpenTable openTable;
-    const std::string object;
-    const std::vector<std::string> columns;
-};
-
 }  // namespace
 
 std::unique_ptr<Kind> makeFormatTable(FormatTableTexts texts, std::unique_ptr<const FileFormat> format) {
     return std::make_unique<FormatTableKind>(std::move(texts), std::move(format));
 }
 
-std::shared_ptr<const FileOpener> openerWith(OpenTable open, const std::string& object,
-                                             const std::vector<std::string>& columns) {
-    return std::make_shared<TableOpener>(open, object, columns);
+std::shared_ptr<const FileOpener> openerFor(OpenObject open, const std::string& object,
+                                            const std::vector<std::string>& columns) {
+    return openerWith([open, object, columns](const std::filesystem::path& file, RunContext& context) {
+        return open(file, object, columns, context);
+    });
 }
 
 }  // namespace velmorak

@@ -21,11 +21,11 @@ struct FormatTableTexts {
 std::unique_ptr<Kind> makeFormatTable(FormatTableTexts texts, std::unique_ptr<const FileFormat> format);
 
 /// Opens a table of a file.
-using OpenTable = std::unique_ptr<TableReader> (*)(const std::filesystem::path& file, const std::string& object,
-                                                   const std::vector<std::string>& columns, RunContext& context);
+using OpenObject = std::unique_ptr<TableReader> (*)(const std::filesystem::path& file, const std::string& object,
+                                                    const std::vector<std::string>& columns, RunContext& context);
 
-/// An opener for a format whose files alone decide on the types of the columns.
-std::shared_ptr<const FileOpener> openerWith(OpenTable open, const std::string& object,
-                                             const std::vector<std::string>& columns);
+/// An opener for the table, or the columns of it.
+std::shared_ptr<const FileOpener> openerFor(OpenObject open, const std::string& object,
+                                            const std::vector<std::string>& columns);
 
 }  // namespace velmorak

@@ -20,7 +20,7 @@ public:
     }
     std::shared_ptr<const FileOpener> tableOpener(const std::string& object,
                                                   const std::vector<std::string>& columns) const override {
-        return openerWith(openHdf5Table, object, columns);
+        return openerFor(openHdf5Table, object, columns);
     }
 };
 

@@ -29,14 +29,20 @@ private:
     const FileFormats& formats;
 };
 
+std::string cureFor(const FileFormat& format) {
+    if (!format.tableKind().empty()) {
+        return "; use " + format.tableKind() + " or Table";
+    }
+    return format.objectKind().empty() ? "" : "; use " + format.objectKind();
+}
+
 void RefusingOpener::check(const std::filesystem::path& file) const {
     const FileStart start = startOf(file);
     const FileFormat* format = formats.recognise(start);
     if (!format || format->tableKind() == kind || format->recognise(start) != Recognition::Certain) {
         return;
     }
-    const std::string cure = format->tableKind().empty() ? "" : "; use " + format->tableKind() + " or Table";
-    throw Failure("file", file.string() + " is " + format->description() + cure);
+    throw Failure("file", file.string() + " is " + format->description() + cureFor(*format));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <velmorak/Lines.h>
 #include <velmorak/Text.h>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <utility>
@@ -31,21 +32,40 @@ Schema columnsOfEvents() {
     return Schema(std::move(columns));
 }
 
+std::optional<EventFormat> formatNamedIn(std::string_view line) {
+    if (line.starts_with("HepMC::IO_GenEvent-START_EVENT_LISTING")) {
+        return EventFormat::HepMc2;
+    }
+    if (line.starts_with("HepMC::Asciiv3-START_EVENT_LISTING")) {
+        return EventFormat::HepMc3;
+    }
+    return line.starts_with("<LesHouchesEvents") ? std::optional(EventFormat::LesHouches) : std::nullopt;
+}
+
+/// Whether the line may come before the one that names the format.
+bool mayComeBefore(std::string_view line) {
+    return line.empty() || line.starts_with("HepMC::") || line.starts_with('<');
+}
+
+std::unique_ptr<EventReader> readerOf(EventFormat format, Lines& lines) {
+    switch (format) {
+        case EventFormat::HepMc2:
+            return readHepMc2(lines);
+        case EventFormat::HepMc3:
+            return readHepMc3(lines);
+        default:
+            return readLesHouches(lines);
+    }
+}
+
 std::unique_ptr<EventReader> readerOf(Lines& lines, const std::filesystem::path& file) {
     std::string_view line;
     constexpr std::size_t linesToLookAt = 1000;
     for (std::size_t i = 0; i < linesToLookAt && lines.next(line); ++i) {
-        const std::string_view text = trimmed(line);
-        if (text.starts_with("HepMC::IO_GenEvent-START_EVENT_LISTING")) {
-            return readHepMc2(lines);
+        if (const std::optional<EventFormat> format = formatNamedIn(trimmed(line))) {
+            return readerOf(*format, lines);
         }
-        if (text.starts_with("HepMC::Asciiv3-START_EVENT_LISTING")) {
-            return readHepMc3(lines);
-        }
-        if (text.starts_with("<LesHouchesEvents")) {
-            return readLesHouches(lines);
-        }
-        if (!text.empty() && !text.starts_with("HepMC::") && !text.starts_with('<')) {
+        if (!mayComeBefore(trimmed(line))) {
             break;
         }
     }
@@ -159,6 +179,21 @@ private:
 };
 
 }  // namespace
+
+std::optional<EventFormat> eventFormatOf(std::string_view head) {
+    while (!head.empty()) {
+        const std::size_t end = std::min(head.find('\n'), head.size());
+        const std::string_view line = trimmed(head.substr(0, end));
+        if (const std::optional<EventFormat> format = formatNamedIn(line)) {
+            return format;
+        }
+        if (!mayComeBefore(line)) {
+            break;
+        }
+        head.remove_prefix(std::min(end + 1, head.size()));
+    }
+    return std::nullopt;
+}
 
 std::unique_ptr<TableReader> openEvents(const std::filesystem::path& file, RunContext& context) {
     return std::make_unique<EventTable>(file, context);

@@ -14,6 +14,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 
 const std::string data = VELMORAK_TEST_SOURCE "/tests/data";
+const std::string examples = VELMORAK_TEST_SOURCE "/examples";
 
 class AnyTable : public testing::Test {
 protected:
@@ -79,6 +80,23 @@ TEST_F(AnyTable, refusesFilesOfDifferentFormats) {
                                            "text file; read the files of each format with a Table of their own"));
 }
 
+TEST_F(AnyTable, readsEventsOfGeneratorsAndNtuplesOfGeant4) {
+    bench.set("file", examples + "/Particle_physics/generated.hepmc").set("columns", "scale, event").run();
+    EXPECT_THAT(columns(), ElementsAre("scale", "event"));
+    EXPECT_EQ(bench.table().column("event").size(), 400U);
+    KindHarness ntuple("Table");
+    ntuple.set("file", examples + "/Detectors/geant4/run_nt_hits_t*.csv").set("columns", "layer").run();
+    EXPECT_EQ(ntuple.table().column("layer").size(), 3000U);
+}
+
+TEST_F(AnyTable, namesTheKindForAFileWithoutTables) {
+    bench.set("file", examples + "/Particle_physics/reference.yoda");
+    EXPECT_THAT(bench.failure(), EndsWith("reference.yoda is a YODA file, which has no tables; use YodaObjects"));
+    bench.set("file", examples + "/Detectors/geant4/run_h1_edep.csv");
+    EXPECT_THAT(bench.failure(), EndsWith("run_h1_edep.csv is a histogram or profile of Geant4, which has no tables; "
+                                          "use Geant4Histogram"));
+}
+
 TEST_F(AnyTable, saysThatAFormatIsUnknown) {
     bench.set("file", write("a.bin", std::string("\x7f"
                                                  "ELF\0\0\0\1",
@@ -97,6 +115,10 @@ TEST(FormatOfFile, csvRefusesFilesOfOtherFormatsByName) {
     KindHarness csv("CsvTable");
     csv.set("file", data + "/root/uproot-issue38a.root");
     EXPECT_THAT(csv.failure(), EndsWith("uproot-issue38a.root is a ROOT file; use RootTable or Table"));
+    csv.set("file", examples + "/Particle_physics/reference.yoda");
+    EXPECT_THAT(csv.failure(), EndsWith("reference.yoda is a YODA file; use YodaObjects"));
+    csv.set("file", examples + "/Particle_physics/generated.hepmc");
+    EXPECT_THAT(csv.failure(), EndsWith("generated.hepmc is a file of HepMC 3 events; use HepMcTable or Table"));
 }
 
 }  // namespace

@@ -55,11 +55,46 @@ def check_aida(runner, folder):
     assert histogram["description"].startswith('"energy", 4 bins from 0 to 4, 2 entries, mean '), histogram
 
 
+def check_yoda(runner, source):
+    found = objects_of(runner, source / "examples/Particle_physics/reference.yoda")
+    assert found["format"] == "YODA", found
+    mass, points = found["objects"]
+    assert (mass["path"], mass["type"], mass["table"]) == ("/MC/mass", "HISTO1D_V3", False), mass
+    assert mass["description"].startswith('"Mass of two muons", 20 bins from 81 to 101, '), mass
+    assert points["path"] == "/REF/mass" and "10 points" in points["description"], points
+
+
+def check_events(runner, source, folder):
+    found = objects_of(runner, source / "examples/Particle_physics/generated.hepmc")
+    assert found["format"] == "HepMC3", found
+    (events,) = found["objects"]
+    assert (events["type"], events["rows"], events["table"]) == ("events", 400, True), events
+    assert {"name": "px", "type": "real", "list": True, "unit": "GeV"} in events["columns"], events
+    for name, text in (("HepMC2", "\nHepMC::Version 2.06.09\nHepMC::IO_GenEvent-START_EVENT_LISTING\n"
+                                  "HepMC::IO_GenEvent-END_EVENT_LISTING\n"),
+                       ("LHE", '<?xml version="1.0"?>\n<LesHouchesEvents version="3.0">\n</LesHouchesEvents>\n')):
+        file = folder / "events.txt"
+        file.write_text(text)
+        found = objects_of(runner, file)
+        assert found["format"] == name and found["objects"][0]["rows"] == 0, found
+
+
+def check_geant4(runner, source):
+    files = source / "examples/Detectors/geant4"
+    found = objects_of(runner, files / "run_nt_hits_t0.csv")
+    assert found["format"] == "Geant4 ntuple" and found["objects"][0]["rows"] == 1500, found
+    assert [column["name"] for column in found["objects"][0]["columns"]] == ["edep", "layer", "times"], found
+    found = objects_of(runner, files / "run_h1_edep.csv")
+    assert found["format"] == "Geant4 histogram" and found["objects"][0]["type"] == "h1d", found
+    assert "40 bins from 0 to 20, 3000 entries" in found["objects"][0]["description"], found
+
+
 def check_failures(runner, folder):
     file = folder / "unknown"
     file.write_bytes(b"\x7fELF\0\0\0\1")
     done = look(runner, file)
-    assert done.returncode == 1 and "unknown has no known format; known are AIDA, ROOT, CSV" in done.stderr, done.stderr
+    assert done.returncode == 1 and ("unknown has no known format; known are AIDA, ROOT, YODA, HepMC2, HepMC3, LHE, Geant4 ntuple, "
+            "Geant4 histogram, CSV" in done.stderr), done.stderr
     done = look(runner, folder / "missing")
     assert done.returncode == 1 and "missing cannot be opened: No such file" in done.stderr, done.stderr
     done = look(runner, folder)
@@ -74,6 +109,9 @@ def main(runner, source):
         check_root(runner, pathlib.Path(source))
         check_text(runner, folder)
         check_aida(runner, folder)
+        check_yoda(runner, pathlib.Path(source))
+        check_events(runner, pathlib.Path(source), folder)
+        check_geant4(runner, pathlib.Path(source))
         check_failures(runner, folder)
 
 

@@ -62,6 +62,8 @@ public:
     virtual std::string description() const = 0;
     /// Name of the kind that reads the format's tables; empty if none does.
     virtual std::string tableKind() const = 0;
+    /// Of a format without tables: name of the kind that reads its objects.
+    virtual std::string objectKind() const { return {}; }
     virtual Recognition recognise(const FileStart& start) const = 0;
     /// Lists what is in a file, in the order of the file.
     /// @throws Failure if the file cannot be read; Stopped.
