@@ -102,8 +102,13 @@ def near(found, expected, tolerance=1e-12):
     assert both or abs(found - expected) <= tolerance * max(1.0, abs(expected)), (found, expected)
 
 
+def table(path):
+    """With the numbers nearest to their texts, which is not the default of pandas."""
+    return pandas.read_csv(path, na_values="NA", float_precision="round_trip")
+
+
 def check_groups(folder, text):
-    rows = pandas.read_csv(folder / "rows.csv", na_values="NA")
+    rows = table(folder / "rows.csv")
     found = list(csv.DictReader(text.decode().splitlines()))
     groups = list(rows.groupby(["run", "side"], sort=True))
     assert len(found) == len(groups), (len(found), len(groups))
@@ -126,10 +131,10 @@ def check_groups(folder, text):
 
 
 def check_joined(folder, text):
-    rows = pandas.read_csv(folder / "rows.csv", na_values="NA")
-    expected = rows.merge(pandas.read_csv(folder / "runs.csv"), how="left", left_on="run", right_on="number")
+    rows = table(folder / "rows.csv")
+    expected = rows.merge(table(folder / "runs.csv"), how="left", left_on="run", right_on="number")
     periods = {(side, first + step): offset
-               for side, first, last, offset in pandas.read_csv(folder / "periods.csv").itertuples(index=False)
+               for side, first, last, offset in table(folder / "periods.csv").itertuples(index=False)
                for step in range(last - first + 1)}
     found = list(csv.DictReader(text.decode().splitlines()))
     assert len(found) == len(rows)
