@@ -65,7 +65,7 @@ def document():
             plugin("Spectrum", "Histogram1D", table=["Offset", "table"], expression="gain * offset", bins="10", low="0",
                    high="1"),
             plugin("Bins", "CsvWriter", object=["Spectrum", "histogram"], file="bins.csv"),
-            plugin("Known", "Filter", table=["Offset", "table"], condition="isMissing(gain * offset) ? false : true"),
+            plugin("Known", "Filter", table=["Offset", "table"], condition="gain * offset >= 0"),
             plugin("Calibrated", "GroupBy", table=["Known", "table"], keys="run", aggregates="c: mean(gain * offset); count"),
             plugin("Values", "GroupBy", table=["Rows", "table"], keys="x", aggregates="count; sum(w); median(w)"),
             plugin("Many", "CsvWriter", object=["Values", "table"], file="values.csv"),
