@@ -1,5 +1,7 @@
 #include "TestKinds.h"
 
+#include <velmorak/StateBytes.h>
+
 #include <algorithm>
 #include <cmath>
 #include <thread>
@@ -137,6 +139,16 @@ struct SumState : AccumulatorState {
         auto& next = dynamic_cast<SumState&>(other);
         sum += next.sum;
         order = order.empty() ? next.order : "(" + order + "+ " + next.order + ") ";
+    }
+    void save(StateWriter& writer) const override {
+        writer.version(1);
+        writer.number(sum);
+        writer.text(order);
+    }
+    void load(StateReader& reader) override {
+        reader.version(1);
+        sum = reader.number<double>();
+        order = reader.text();
     }
 
     const SumKind& kind;
