@@ -10,6 +10,7 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeFitsTable());
     registry.add(makeHdf5Table());
     registry.add(makeNumpyTable());
+    registry.add(makeNumpyWriter());
     registry.add(makeParquetTable());
     registry.add(makeParquetWriter());
     registry.add(makeSqliteTable());

@@ -14,6 +14,7 @@ std::unique_ptr<Kind> makeHdf5Table();
 std::unique_ptr<FileFormat> makeHdf5Format();
 
 std::unique_ptr<Kind> makeNumpyTable();
+std::unique_ptr<Kind> makeNumpyWriter();
 std::unique_ptr<FileFormat> makeNumpyFormat();
 
 std::unique_ptr<Kind> makeSqliteTable();

@@ -1,5 +1,7 @@
 #include "numpy/ArrayTable.h"
 
+#include "numpy/ListOffsets.h"
+
 #include <algorithm>
 #include <map>
 #include <utility>
@@ -38,12 +40,16 @@ struct Plane {
     std::uint64_t begin;  ///< In the data of the array.
     std::uint64_t rowStride;
     std::vector<std::size_t> columns;  ///< Positions in the table.
+    const StoredArray* offsets;        ///< Of lists.
 };
+
+/// Offsets of the lists in a chunk, for each plane; empty for a plane without lists.
+using OffsetsOfPlanes = std::vector<std::vector<std::uint64_t>>;
 
 /// @param block of rows of the plane.
 void append(Column& target, const ArrayColumn& column, const Plane& plane, const char* block, std::size_t rows) {
     const char* first = block + (column.offset - plane.begin);
-    if (!column.info.isList) {
+    if (!column.info.isList || column.offsets) {
         appendElements(target, column.element, first, plane.rowStride, rows);
         return;
     }
@@ -69,16 +75,29 @@ public:
 private:
     using Read = std::function<void(std::uint64_t position, std::size_t count, char* target)>;
 
+    /// Consecutive rows of a plane; of lists, consecutive values.
+    struct Rows {
+        std::uint64_t first = 0;
+        std::size_t count = 0;
+    };
+
     void addToPlanes(std::size_t position);
+    void findOffsets(Chunk& chunk);
+    Rows rowsIn(std::size_t plane, const Chunk& chunk, std::uint64_t first) const;
     bool isNeeded(const Plane& plane) const {
         return std::ranges::any_of(plane.columns, [&](std::size_t position) { return needed[position]; });
+    }
+    /// The least that a value of a plane's lists takes.
+    std::size_t bytesInValue(const Plane& plane) const {
+        const bool isBoolean = columns[plane.columns.front()].info.type == ColumnType::Boolean;
+        return plane.columns.size() * (isBoolean ? sizeof(std::uint8_t) : sizeof(double));
     }
     void checkStop() const {
         if (context.isStopping()) {
             throw Stopped();
         }
     }
-    void fill(const Plane& plane, std::uint64_t first, Chunk& chunk, const Read& read) const;
+    void fill(std::size_t plane, const Rows& rows, Chunk& chunk, const Read& read) const;
     MemberStream& streamOf(std::size_t plane);
 
     const std::shared_ptr<const PlainFile> file;
@@ -90,6 +109,7 @@ private:
     std::vector<bool> needed;
     std::vector<Plane> planes;
     std::map<std::size_t, std::unique_ptr<MemberStream>> streams;  ///< Of packed planes.
+    std::map<std::size_t, ListOffsets> offsets;                    ///< Of planes of lists.
     std::uint64_t row = 0;
 };
 
@@ -104,6 +124,12 @@ ArrayReader::ArrayReader(std::shared_ptr<const PlainFile> source, std::vector<St
     for (std::size_t i = 0; i < columns.size(); ++i) {
         offered.add(columns[i].info);
         addToPlanes(i);
+    }
+    for (std::size_t i = 0; i < planes.size(); ++i) {
+        if (planes[i].offsets) {
+            offsets.emplace(std::piecewise_construct, std::forward_as_tuple(i),
+                            std::forward_as_tuple(file, *planes[i].offsets, planes[i].array->header.rows()));
+        }
     }
 }
 
@@ -120,7 +146,8 @@ void ArrayReader::addToPlanes(std::size_t position) {
         throw Failure(file->path().string() + ": its rows of " + std::to_string(column.rowStride) +
                       " bytes are too large");
     }
-    planes.push_back({column.array, isAlone ? column.offset - column.inItem : 0, column.rowStride, {position}});
+    planes.push_back(
+        {column.array, isAlone ? column.offset - column.inItem : 0, column.rowStride, {position}, column.offsets});
 }
 
 bool ArrayReader::next(Chunk& chunk) {
@@ -128,28 +155,65 @@ bool ArrayReader::next(Chunk& chunk) {
     const std::uint64_t first = row;
     chunk.rows = static_cast<std::size_t>(std::min<std::uint64_t>(rowsInChunk(offered), rows - row));
     chunk.columns.assign(columns.size(), nullptr);
+    findOffsets(chunk);
     row += chunk.rows;
     for (std::size_t i = 0; i < planes.size() && chunk.rows > 0; ++i) {
         if (planes[i].array->packed && isNeeded(planes[i])) {
             MemberStream& stream = streamOf(i);
-            fill(planes[i], first, chunk,
+            fill(i, rowsIn(i, chunk, first), chunk,
                  [&](std::uint64_t, std::size_t count, char* target) { stream.read(count, target); });
         }
     }
     return chunk.rows > 0;
 }
 
-void ArrayReader::complete(Chunk& chunk) const {
-    for (const Plane& plane : planes) {
-        if (!plane.array->packed && isNeeded(plane)) {
-            fill(plane, chunk.firstRow, chunk, [&](std::uint64_t position, std::size_t count, char* target) {
-                file->read(plane.array->position + position, count, target);
-            });
-        }
+/// Ends the chunk early where its lists are long.
+void ArrayReader::findOffsets(Chunk& chunk) {
+    if (offsets.empty() || chunk.rows == 0) {
+        return;
     }
+    for (auto& [plane, ofPlane] : offsets) {
+        ofPlane.readAhead(chunk.rows);
+    }
+    std::size_t bytes = 0;
+    std::size_t count = 0;
+    while (count < chunk.rows && bytes < maxChunkBytes) {
+        for (const auto& [plane, ofPlane] : offsets) {
+            bytes += ofPlane.length(count) * bytesInValue(planes[plane]);
+        }
+        ++count;
+    }
+    chunk.rows = count;
+    auto ofPlanes = std::make_shared<OffsetsOfPlanes>(planes.size());
+    for (auto& [plane, ofPlane] : offsets) {
+        (*ofPlanes)[plane] = ofPlane.take(count);
+    }
+    chunk.owner = std::move(ofPlanes);
 }
 
-void ArrayReader::fill(const Plane& plane, std::uint64_t first, Chunk& chunk, const Read& read) const {
+ArrayReader::Rows ArrayReader::rowsIn(std::size_t plane, const Chunk& chunk, std::uint64_t first) const {
+    if (!planes[plane].offsets) {
+        return {first, chunk.rows};
+    }
+    const std::vector<std::uint64_t>& lists = (*std::static_pointer_cast<const OffsetsOfPlanes>(chunk.owner))[plane];
+    return {lists.front(), static_cast<std::size_t>(lists.back() - lists.front())};
+}
+
+void ArrayReader::complete(Chunk& chunk) const {
+    for (std::size_t i = 0; i < planes.size(); ++i) {
+        const StoredArray& array = *planes[i].array;
+        if (!array.packed && isNeeded(planes[i])) {
+            fill(i, rowsIn(i, chunk, chunk.firstRow), chunk,
+                 [&](std::uint64_t position, std::size_t count, char* target) {
+                     file->read(array.position + position, count, target);
+                 });
+        }
+    }
+    chunk.owner.reset();
+}
+
+void ArrayReader::fill(std::size_t number, const Rows& range, Chunk& chunk, const Read& read) const {
+    const Plane& plane = planes[number];
     std::vector<std::pair<std::size_t, Column>> made;
     for (const std::size_t position : plane.columns) {
         if (needed[position]) {
@@ -158,16 +222,20 @@ void ArrayReader::fill(const Plane& plane, std::uint64_t first, Chunk& chunk, co
     }
     const std::size_t stride = static_cast<std::size_t>(plane.rowStride);
     const std::size_t rowsInBlock = std::max<std::size_t>(1, blockBytes / std::max<std::size_t>(1, stride));
-    const auto block = std::make_unique_for_overwrite<char[]>(std::min(rowsInBlock, chunk.rows) * stride + 1);
-    for (std::size_t done = 0; done < chunk.rows; done += rowsInBlock) {
+    const auto block = std::make_unique_for_overwrite<char[]>(std::min(rowsInBlock, range.count) * stride + 1);
+    for (std::size_t done = 0; done < range.count; done += rowsInBlock) {
         checkStop();
-        const std::size_t count = std::min(rowsInBlock, chunk.rows - done);
-        read(plane.begin + (first + done) * plane.rowStride, count * stride, block.get());
+        const std::size_t count = std::min(rowsInBlock, range.count - done);
+        read(plane.begin + (range.first + done) * plane.rowStride, count * stride, block.get());
         for (auto& [position, column] : made) {
             append(column, columns[position], plane, block.get(), count);
         }
     }
     for (auto& [position, column] : made) {
+        if (plane.offsets) {
+            column.offsets = (*std::static_pointer_cast<const OffsetsOfPlanes>(chunk.owner))[number];
+            std::ranges::for_each(column.offsets, [&](std::uint64_t& offset) { offset -= range.first; });
+        }
         chunk.columns[position] = std::make_shared<const Column>(std::move(column));
     }
 }

@@ -35,7 +35,14 @@ struct ArrayColumn {
     std::uint64_t inItem = 0;     ///< Of a field: its offset in the record or complex number.
     std::uint64_t rowStride = 0;  ///< Bytes from one row to the next.
     std::uint64_t count = 1;      ///< Elements in each row, one after the other.
+    /// Of a column of lists with different lengths: the array that says where the list of each row begins.
+    const StoredArray* offsets = nullptr;
+
+    std::uint64_t rows() const { return offsets ? offsets->header.rows() - 1 : array->header.rows(); }
 };
+
+/// @return the array NAME.offsets of an array NAME of lists; null if the array holds none.
+const StoredArray* offsetsOf(const StoredArray& array, const std::vector<StoredArray>& arrays);
 
 /// @param names whether the columns have the name of the array, because there are others.
 std::vector<ArrayColumn> columnsOf(const StoredArray& array, bool names);

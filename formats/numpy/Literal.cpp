@@ -30,6 +30,7 @@ private:
     bool take(std::string_view word);
     Literal any(int depth);
     Literal items(Literal::Kind kind, char end, int depth);
+    char character();
     Literal text();
     Literal integer();
 
@@ -94,16 +95,30 @@ Literal Parser::items(Literal::Kind kind, char end, int depth) {
     return list;
 }
 
+/// A character, or one that is written with a backslash.
+char Parser::character() {
+    constexpr std::size_t codeLength = 4;  // Of \x1f.
+    if (rest.starts_with("\\x") && rest.size() > codeLength) {
+        unsigned code = 0;
+        const auto [end, error] = std::from_chars(rest.data() + 2, rest.data() + codeLength, code, 16);
+        if (error != std::errc() || end != rest.data() + codeLength) {
+            fail();
+        }
+        rest.remove_prefix(codeLength);
+        return static_cast<char>(code);
+    }
+    rest.remove_prefix(rest.front() == '\\' && rest.size() > 1 ? 1 : 0);
+    const char found = rest.front();
+    rest.remove_prefix(1);
+    return found;
+}
+
 Literal Parser::text() {
     Literal literal{.kind = Literal::Kind::Text};
     const char quote = rest.front();
     rest.remove_prefix(1);
     while (!rest.empty() && rest.front() != quote) {
-        if (rest.front() == '\\' && rest.size() > 1) {
-            rest.remove_prefix(1);
-        }
-        literal.text += rest.front();
-        rest.remove_prefix(1);
+        literal.text += character();
     }
     if (rest.empty()) {
         fail();

@@ -2,6 +2,7 @@
 
 #include "numpy/ArrayTable.h"
 
+#include <velmorak/NameList.h>
 #include <velmorak/Text.h>
 
 #include <algorithm>
@@ -15,6 +16,7 @@ namespace {
 constexpr std::size_t maxColumns = 100000;
 constexpr std::string_view archiveSignature = "PK\x03\x04";
 constexpr std::string_view suffix = ".npy";
+constexpr std::string_view offsetsSuffix = ".offsets";
 
 ArrayHeader headerAt(const PlainFile& file, std::uint64_t position) {
     const std::uint64_t left = file.size() - position;
@@ -127,15 +129,6 @@ std::vector<std::string> namesOf(const std::vector<StoredArray>& arrays) {
     return names;
 }
 
-std::string listOf(const std::vector<std::string>& names) {
-    constexpr std::size_t maxListed = 20;
-    std::string list;
-    for (std::size_t i = 0; i < std::min(names.size(), maxListed); ++i) {
-        list += (i == 0 ? "" : ", ") + velmorak::quoted(names[i]);
-    }
-    return names.size() > maxListed ? list + " and " + std::to_string(names.size() - maxListed) + " more" : list;
-}
-
 /// The arrays that make up the table.
 std::vector<const StoredArray*> chosenFrom(const std::vector<StoredArray>& arrays, const std::string& object,
                                            const std::string& file) {
@@ -148,7 +141,7 @@ std::vector<const StoredArray*> chosenFrom(const std::vector<StoredArray>& array
     if (chosen.empty()) {
         throw Failure("object", arrays.empty() ? file + " contains no array"
                                                : file + " contains no array " + velmorak::quoted(object) +
-                                                     "; it contains " + listOf(namesOf(arrays)));
+                                                     "; it contains " + listOfNames(namesOf(arrays)));
     }
     if (chosen.size() == 1 && !chosen.front()->problem.empty()) {
         throw Failure(file + (object.empty() ? "" : ", array " + velmorak::quoted(object)) + ": " +
@@ -157,18 +150,42 @@ std::vector<const StoredArray*> chosenFrom(const std::vector<StoredArray>& array
     return chosen;
 }
 
+/// The columns of an array; of one with offsets, lists.
+std::vector<ArrayColumn> columnsWithLists(const StoredArray& array, const std::vector<StoredArray>& all, bool names) {
+    std::vector<ArrayColumn> columns = numpy::columnsOf(array, names);
+    for (ArrayColumn& column : columns) {
+        column.offsets = offsetsOf(array, all);
+        column.info.isList = column.info.isList || column.offsets;
+    }
+    return columns;
+}
+
+/// The array only says where the lists of another one begin.
+bool areOffsets(const StoredArray& array, const std::vector<StoredArray>& all) {
+    if (!array.name.ends_with(offsetsSuffix)) {
+        return false;
+    }
+    const std::string name = array.name.substr(0, array.name.size() - offsetsSuffix.size());
+    const auto lists = std::ranges::find(all, name, &StoredArray::name);
+    return lists != all.end() && offsetsOf(*lists, all) == &array;
+}
+
 /// The columns of several arrays, which must have the same number of rows.
-std::vector<ArrayColumn> joinedColumns(const std::vector<const StoredArray*>& chosen, const std::string& file,
+std::vector<ArrayColumn> joinedColumns(const std::vector<const StoredArray*>& chosen,
+                                       const std::vector<StoredArray>& all, const std::string& file,
                                        RunContext& context) {
     std::vector<ArrayColumn> columns;
     std::set<std::uint64_t> lengths;
     for (const StoredArray* array : chosen) {
+        if (chosen.size() > 1 && areOffsets(*array, all)) {
+            continue;
+        }
         if (!array->problem.empty()) {
             context.warn(file + ": array " + velmorak::quoted(array->name) + " is left out: " + array->problem);
             continue;
         }
-        lengths.insert(array->header.rows());
-        for (ArrayColumn& column : numpy::columnsOf(*array, chosen.size() > 1)) {
+        for (ArrayColumn& column : columnsWithLists(*array, all, chosen.size() > 1)) {
+            lengths.insert(column.rows());
             columns.push_back(std::move(column));
         }
     }
@@ -178,7 +195,7 @@ std::vector<ArrayColumn> joinedColumns(const std::vector<const StoredArray*>& ch
             names.push_back(array->name + " (" + std::to_string(array->header.rows()) + ")");
         }
         throw Failure("object",
-                      file + " contains arrays of different lengths; enter the name of one: " + listOf(names));
+                      file + " contains arrays of different lengths; enter the name of one: " + listOfNames(names));
     }
     return columns;
 }
@@ -196,7 +213,7 @@ std::vector<ArrayColumn> offeredOf(std::vector<ArrayColumn> all, const std::vect
                 names.push_back(column.info.name);
             }
             throw Failure("columns",
-                          "there is no column " + velmorak::quoted(name) + "; the columns are " + listOf(names));
+                          "there is no column " + velmorak::quoted(name) + "; the columns are " + listOfNames(names));
         }
         if (!found->problem.empty()) {
             throw Failure("columns", "the column " + velmorak::quoted(name) + " cannot be read: " + found->problem);
@@ -237,6 +254,20 @@ std::vector<StoredArray> arraysIn(const PlainFile& file) {
     return arrays;
 }
 
+const StoredArray* offsetsOf(const StoredArray& array, const std::vector<StoredArray>& arrays) {
+    const auto found = std::ranges::find(arrays, array.name + std::string(offsetsSuffix), &StoredArray::name);
+    const auto isPlain = [](const StoredArray& each) {
+        return each.problem.empty() && each.header.shape.size() == 1 && !each.header.hasRecords;
+    };
+    if (array.name.empty() || found == arrays.end() || !isPlain(array) || !isPlain(*found)) {
+        return nullptr;
+    }
+    const Element& element = found->header.fields.front().element;
+    const bool isIntegral = element.kind == Element::Kind::Number && element.number.bytes == 8 &&
+                            columnTypeOf(element.number) == ColumnType::Integer;
+    return isIntegral && found->header.rows() > 0 ? &*found : nullptr;
+}
+
 std::vector<ArrayColumn> columnsOf(const StoredArray& array, bool names) {
     if (array.header.shape.size() == 2) {
         return positionsOf(array, names ? array.name + "_" : "c");
@@ -272,12 +303,14 @@ bool isNumpy(const FileStart& start) {
 std::vector<FileObject> listNumpy(const std::filesystem::path& file) {
     const PlainFile opened(file);
     std::vector<FileObject> objects;
-    for (const numpy::StoredArray& array : numpy::arraysIn(opened)) {
+    const std::vector<numpy::StoredArray> arrays = numpy::arraysIn(opened);
+    for (const numpy::StoredArray& array : arrays) {
         FileObject object{.path = array.name, .type = "array", .description = array.problem};
         if (array.problem.empty()) {
             object.rows = array.header.rows();
             object.isTable = true;
-            for (const numpy::ArrayColumn& column : numpy::columnsOf(array, false)) {
+            for (const numpy::ArrayColumn& column : numpy::columnsWithLists(array, arrays, false)) {
+                object.rows = column.rows();
                 object.columns.push_back({.info = column.info, .problem = column.problem});
             }
         }
@@ -293,11 +326,11 @@ std::unique_ptr<TableReader> openNumpyTable(const std::filesystem::path& file, c
     std::vector<numpy::StoredArray> arrays = numpy::arraysIn(*opened);
     const std::vector<const numpy::StoredArray*> chosen = numpy::chosenFrom(arrays, object, name);
     std::vector<numpy::ArrayColumn> offered =
-        numpy::offeredOf(numpy::joinedColumns(chosen, name, context), columns, name, context);
+        numpy::offeredOf(numpy::joinedColumns(chosen, arrays, name, context), columns, name, context);
     if (offered.empty()) {
         throw Failure(name + " contains no column that can be read");
     }
-    const std::uint64_t rows = offered.front().array->header.rows();
+    const std::uint64_t rows = offered.front().rows();
     // The columns point into the arrays, which keep their place when the vector is moved.
     return numpy::openArrays(std::move(opened), std::move(arrays), std::move(offered), rows, context);
 }

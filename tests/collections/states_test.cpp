@@ -58,6 +58,7 @@ std::vector<Case> cases() {
         {"Print", "object", {{"rows", "0"}}},
         {"CsvWriter", "object", {}},
         {"ParquetWriter", "table", {}},
+        {"NumpyWriter", "table", {{"file", "rows.npz"}}},
         {"AidaWriter", "object", {}},
         {"RootWriter", "object", {}},
         {"Histogram1D", "table", {{"expression", "x"}, {"weight", "w"}, {"low", "-2"}, {"high", "2"}}},

@@ -52,6 +52,40 @@ class Reader:
         return json.loads(done.stdout)
 
 
+class Copier:
+    """Reads a file with one kind and writes its table with another."""
+
+    def __init__(self, runner, reader, writer):
+        self.place = Place(runner)
+        self.kinds = reader, writer
+
+    def __enter__(self):
+        self.place.__enter__()
+        self.folder = self.place.folder
+        self.place.environment["VELMORAK_CACHE_LIMIT"] = "0"
+        return self
+
+    def __exit__(self, *_):
+        self.place.__exit__()
+
+    def run(self, source, target, threads=2, **inputs):
+        document = self.place.document(
+            plugin("Table", self.kinds[0], file=str(self.folder / source)),
+            plugin("Copy", self.kinds[1], table=["Table", "table"], file=target, **inputs))
+        return self.place.run("-j", str(threads), document)
+
+    def copy(self, source, target, threads=2, **inputs):
+        """@return the path of the copy."""
+        done = self.run(source, target, threads, **inputs)
+        assert done.returncode == 0, done.stderr
+        return self.folder / "test.results" / target
+
+    def failure(self, source, target, **inputs):
+        done = self.run(source, target, **inputs)
+        assert done.returncode == 2, (done.returncode, done.stderr)
+        return done.stderr
+
+
 def same(text, value):
     """Whether a field has the value, to the last bit."""
     if isinstance(value, bool):
