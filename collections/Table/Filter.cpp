@@ -4,7 +4,9 @@
 #include "shared/AppendInputs.h"
 
 #include <velmorak/NamedNumbers.h>
+#include <velmorak/RowBounds.h>
 
+#include <map>
 #include <utility>
 
 namespace velmorak {
@@ -26,10 +28,10 @@ NamedNumbers numbersOf(const std::string& condition) {
     return {{{"condition", condition}}, ownInputs()};
 }
 
-class FilterOperation : public RowOperation {
+class FilterOperation : public RowOperation, public BoundedOperation {
 public:
-    FilterOperation(Schema columns, Condition condition)
-        : columns(std::move(columns)), condition(std::move(condition)) {}
+    FilterOperation(Schema columns, Condition condition, std::vector<ColumnBound> bounds)
+        : columns(std::move(columns)), condition(std::move(condition)), all(std::move(bounds)) {}
 
     const Schema& schema() const override { return columns; }
 
@@ -38,10 +40,12 @@ public:
         needed = wanted;
         condition.markColumns(needed);
     }
+    std::vector<ColumnBound> bounds() const override { return all; }
 
 private:
     Schema columns;
     Condition condition;
+    std::vector<ColumnBound> all;
 };
 
 /// Keeps the rows for which a condition is true.
@@ -82,8 +86,9 @@ std::unique_ptr<RowOperation> FilterKind::prepare(const Arguments& arguments, co
     if (condition.empty()) {
         throw Failure("condition", "the condition is empty");
     }
-    return std::make_unique<FilterOperation>(
-        schema, Condition("condition", condition, schema, numbersOf(condition).values(arguments, schema, context)));
+    const std::map<std::string, double> numbers = numbersOf(condition).values(arguments, schema, context);
+    return std::make_unique<FilterOperation>(schema, Condition("condition", condition, schema, numbers),
+                                             boundsIn(condition, schema, numbers));
 }
 
 std::unique_ptr<Kind> makeFilter() {

@@ -1,6 +1,7 @@
 #include "columnar/ColumnSource.h"
 
 #include "columnar/Columns.h"
+#include "columnar/StandIn.h"
 
 #include <fmt/format.h>
 #include <velmorak/Text.h>
@@ -11,18 +12,22 @@
 namespace velmorak::columnar {
 namespace {
 
-class ColumnReader : public TableReader {
+class ColumnReader : public TableReader, public BoundedReader {
 public:
     ColumnReader(std::unique_ptr<const ColumnSource> source, const std::vector<std::string>& columns,
                  const Schema* wanted, RunContext& context);
 
     const Schema& schema() const override { return offered; }
     void selectColumns(const std::vector<bool>& needed) override { isNeeded = needed; }
+    void leaveOutBeyond(const std::vector<ColumnBound>& limits) override { bounds = limits; }
     bool next(Chunk& chunk) override;
     void complete(Chunk& chunk) const override;
     std::optional<double> fraction() const override;
 
 private:
+    bool isNeededAt(std::size_t column) const { return isNeeded.empty() || isNeeded[column]; }
+    const ColumnBound* boundBefore(const Chunk& chunk) const;
+    void standFor(Chunk& chunk, const ColumnBound& bound) const;
     void addAll(const Schema* wanted);
     void addNamed(const std::string& name, const Schema* wanted);
     void add(std::size_t position, const Schema* wanted);
@@ -32,6 +37,7 @@ private:
     Schema offered;
     std::vector<std::size_t> positions;  ///< Of the offered columns in the source.
     std::vector<bool> isNeeded;          ///< Empty for all.
+    std::vector<ColumnBound> bounds;     ///< Of rows that are used.
     std::uint64_t row = 0;
 };
 
@@ -59,13 +65,34 @@ bool ColumnReader::next(Chunk& chunk) {
 void ColumnReader::complete(Chunk& chunk) const {
     const std::size_t count = positions.size();
     chunk.columns.resize(count);
+    if (const ColumnBound* const bound = boundBefore(chunk)) {
+        standFor(chunk, *bound);
+        return;
+    }
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t column = (i + chunk.number) % count;
         if (context.isStopping()) {
             throw Stopped();
         }
-        if (isNeeded.empty() || isNeeded[column]) {
+        if (isNeededAt(column)) {
             chunk.columns[column] = source->read(positions[column], offered[column].type, chunk.firstRow, chunk.rows);
+        }
+    }
+}
+
+/// @return a bound that all rows of the chunk fail; null if none is known.
+const ColumnBound* ColumnReader::boundBefore(const Chunk& chunk) const {
+    const auto found = std::ranges::find_if(bounds, [&](const ColumnBound& bound) {
+        return source->isBeyond(positions[bound.column], bound, chunk.firstRow, chunk.rows);
+    });
+    return found == bounds.end() ? nullptr : &*found;
+}
+
+/// Fills a chunk with rows that fail the bound.
+void ColumnReader::standFor(Chunk& chunk, const ColumnBound& bound) const {
+    for (std::size_t column = 0; column < positions.size(); ++column) {
+        if (isNeededAt(column)) {
+            chunk.columns[column] = standIn(offered[column], chunk.rows, bound.column == column ? &bound : nullptr);
         }
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <velmorak/Kind.h>
+#include <velmorak/RowBounds.h>
 
 #include <filesystem>
 #include <memory>
@@ -25,6 +26,12 @@ public:
     /// @param type of the values: that of info, or real instead of integer or boolean.
     /// @throws Failure if the file is damaged there.
     virtual ColumnPtr read(std::size_t position, ColumnType type, std::uint64_t first, std::uint64_t rows) const = 0;
+    /// @param bound of a column that is read as numbers.
+    /// @return whether the file says that all values of these rows fail the bound; false if it does not say that.
+    virtual bool isBeyond(std::size_t /*position*/, const ColumnBound& /*bound*/, std::uint64_t /*first*/,
+                          std::uint64_t /*rows*/) const {
+        return false;
+    }
 };
 
 /// What a file holds.

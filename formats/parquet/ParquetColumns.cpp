@@ -1,6 +1,7 @@
 #include "parquet/ParquetColumns.h"
 
 #include "columnar/Columns.h"
+#include "parquet/ValueRange.h"
 
 #include <velmorak/Failure.h>
 
@@ -112,6 +113,20 @@ ColumnPtr ParquetColumns::read(std::size_t leaf, ColumnType type, std::uint64_t 
         }
     }
     return target;
+}
+
+bool ParquetColumns::isBeyond(std::size_t position, const ColumnBound& bound, std::uint64_t first,
+                              std::uint64_t rows) const {
+    const auto after = std::upper_bound(firstRows.begin(), firstRows.end(), first);
+    auto group = static_cast<std::size_t>(after - firstRows.begin()) - 1;
+    for (; group + 1 < firstRows.size() && firstRows[group] < first + rows; ++group) {
+        const std::optional<ValueRange> range =
+            valueRange(all[position], description.groups[group].columns[position].statistics);
+        if (firstRows[group] < firstRows[group + 1] && (!range || !bound.excludes(range->low, range->high))) {
+            return false;
+        }
+    }
+    return rows > 0;
 }
 
 std::shared_ptr<const DecodedPage> ParquetColumns::decoded(const Range& range, const ChunkPages& found,

@@ -22,6 +22,9 @@ public:
     ColumnInfo info(std::size_t position) const override;
     const std::string& complaint(std::size_t position) const override { return all[position].complaint; }
     ColumnPtr read(std::size_t position, ColumnType type, std::uint64_t first, std::uint64_t rows) const override;
+    /// By the least and greatest values that the row groups tell.
+    bool isBeyond(std::size_t position, const ColumnBound& bound, std::uint64_t first,
+                  std::uint64_t rows) const override;
 
 private:
     struct Range;

@@ -29,6 +29,8 @@ private:
     Columns neededBy(std::size_t position, std::size_t parent) const;
     const Columns& inputOf(const Operator::Parent& parent) const;
     void add(const Operator::Parent& parent, const Columns& needed);
+    const RowOperation* onlyReaderOf(std::size_t segment) const;
+    void tellBounds();
 
     RunState& state;
     SourceSet& sources;
@@ -103,6 +105,32 @@ void ColumnUse::tell() {
             if (parent.check) {
                 parent.check->selectColumns(ofOperators[i]);
             }
+        }
+    }
+    tellBounds();
+}
+
+/// @return what the only operator that reads from the segment does with its rows; null if there are several, or if it
+///         gathers them.
+const RowOperation* ColumnUse::onlyReaderOf(std::size_t segment) const {
+    const RowOperation* only = nullptr;
+    for (std::size_t i = 0; i < chain.size(); ++i) {
+        const Operator& op = chain.at(i);
+        if (op.isDropped || !op.sees(segment) || op.parentFor(segment).op) {
+            continue;
+        }
+        if (only || !op.parentFor(segment).operation) {
+            return nullptr;
+        }
+        only = op.parentFor(segment).operation.get();
+    }
+    return only;
+}
+
+void ColumnUse::tellBounds() {
+    for (std::size_t segment = 0; segment < sources.size(); ++segment) {
+        if (const auto* const operation = dynamic_cast<const BoundedOperation*>(onlyReaderOf(segment))) {
+            sources.leaveOutBeyond(segment, operation->bounds());
         }
     }
 }

@@ -135,6 +135,19 @@ void SourceSet::selectColumns(std::size_t segment, const std::vector<bool>& isNe
     }
 }
 
+void SourceSet::leaveOutBeyond(std::size_t segment, const std::vector<ColumnBound>& bounds) {
+    Segment& chosen = *segments[segment];
+    auto* const reader = dynamic_cast<BoundedReader*>(chosen.reader.get());
+    if (!reader || bounds.empty()) {
+        return;
+    }
+    const std::optional<NodeError> error = state.call(chosen.source, [&] { reader->leaveOutBeyond(bounds); });
+    if (error && !readError) {
+        readError = error;
+        position = segment;
+    }
+}
+
 bool SourceSet::read(ChunkTask& task) {
     do {
         if (readError || hasCommitError || isAtEndOfRange() || !readNext(task)) {

@@ -5,6 +5,8 @@
 #include "run/pass/ChunkTask.h"
 #include "run/pass/PassRange.h"
 
+#include <velmorak/RowBounds.h>
+
 #include <atomic>
 #include <chrono>
 #include <cstddef>
@@ -35,6 +37,9 @@ public:
     /// Leaves out columns that nobody uses. Called before the first read. @param isNeeded by column of the segment's
     /// table.
     void selectColumns(std::size_t segment, const std::vector<bool>& isNeeded);
+    /// Rows of the segment that fail a bound are dropped by the only operator that reads it. Called after
+    /// selectColumns.
+    void leaveOutBeyond(std::size_t segment, const std::vector<ColumnBound>& bounds);
     /// Leaves out some files. Called before the first read. @param isWanted by file of the pass.
     void readOnly(const std::vector<bool>& isWanted);
     /// Reads the next chunk that is wanted, perhaps without its columns. @return false when there is none, or a source
