@@ -7,10 +7,12 @@ Writes the data files of each group below FOLDER. The random numbers come from a
 written with four digits behind the point, so that no last bit of a function decides what the files hold.
 """
 
+import contextlib
 import gzip
 import io
 import math
 import pathlib
+import sqlite3
 import struct
 import sys
 
@@ -631,6 +633,246 @@ def generated(path):
     path.write_text("".join(out), encoding="utf-8")
 
 
+def hits(random, count):
+    """Energies in MeV of a line on a falling background, and the layers of a calorimeter that were hit."""
+    return [
+        (float(text(random.gauss(12.0, 0.8) if random.uniform() < 0.4 else random.exponential(8.0))),
+         int(random.between(0.0, 10.0)))
+        for _ in range(count)
+    ]
+
+
+def numbers(code, values):
+    return struct.pack("<%d%s" % (len(values), code), *values)
+
+
+class Compact:
+    """The parts of Thrift's compact protocol that describe a Parquet file."""
+
+    INT, LONG, TEXT, LIST, STRUCT = 5, 6, 8, 9, 12
+
+    def varint(self, number):
+        low = number & 0x7F
+        return bytes([low]) if number < 0x80 else bytes([low | 0x80]) + self.varint(number >> 7)
+
+    def value(self, kind, value):
+        if kind in (self.INT, self.LONG):
+            return self.varint(2 * value)
+        if kind == self.TEXT:
+            return self.varint(len(value)) + value.encode()
+        if kind == self.STRUCT:
+            return self.struct(value)
+        item, values = value
+        return bytes([len(values) << 4 | item]) + b"".join(self.value(item, each) for each in values)
+
+    def struct(self, fields):
+        """@param fields number, type and value of each, in order."""
+        out, last = b"", 0
+        for number, kind, value in fields:
+            out += bytes([(number - last) << 4 | kind]) + self.value(kind, value)
+            last = number
+        return out + b"\0"
+
+
+def parquet(path, rows):
+    """Two required columns in one row group, plain and uncompressed."""
+    thrift = Compact()
+    integer, long, words, several, record = thrift.INT, thrift.LONG, thrift.TEXT, thrift.LIST, thrift.STRUCT
+    content, chunks, schema = b"PAR1", [], [[(4, words, "hits"), (5, integer, 2)]]
+    for name, kind, code, values in (("energy", 5, "d", [row[0] for row in rows]), ("layer", 2, "q", [row[1] for row in rows])):
+        data = numbers(code, values)
+        page = [(1, integer, len(rows)), (2, integer, 0), (3, integer, 3), (4, integer, 3)]
+        head = thrift.struct([(1, integer, 0), (2, integer, len(data)), (3, integer, len(data)), (5, record, page)])
+        size, place = len(head) + len(data), len(content)
+        content += head + data
+        column = [(1, integer, kind), (2, several, (integer, [0])), (3, several, (words, [name])), (4, integer, 0),
+                  (5, long, len(rows)), (6, long, size), (7, long, size), (9, long, place)]
+        chunks.append([(2, long, place), (3, record, column)])
+        schema.append([(1, integer, kind), (3, integer, 0), (4, words, name)])
+    group = [(1, several, (record, chunks)), (2, long, len(content) - 4), (3, long, len(rows))]
+    unit = [(1, words, "velmorak.unit.energy"), (2, words, "MeV")]
+    footer = thrift.struct([(1, integer, 1), (2, several, (record, schema)), (3, long, len(rows)),
+                            (4, several, (record, [group])), (5, several, (record, [unit])), (6, words, "make_data.py")])
+    path.write_bytes(content + footer + numbers("I", [len(footer)]) + b"PAR1")
+
+
+class Flat:
+    """A FlatBuffer. A table is a dictionary of its slots: a scalar is its code and its value, other values are tables,
+    texts, lists of tables, or pairs of numbers."""
+
+    def __init__(self, root):
+        self.out = bytearray(4)
+        struct.pack_into("<I", self.out, 0, self.add(root))
+        self.align(8)
+
+    def align(self, size, after=0):
+        self.out += bytes(-(len(self.out) + after) % size)
+
+    def add(self, value):
+        if isinstance(value, dict):
+            return self.table(value)
+        self.align(8, after=4)
+        place = len(self.out)
+        self.out += numbers("I", [len(value)])
+        if isinstance(value, str):
+            self.out += value.encode() + b"\0"
+        elif value and isinstance(value[0], tuple):
+            self.out += b"".join(numbers("q", pair) for pair in value)
+        else:
+            self.out += bytes(4 * len(value))
+            for i, each in enumerate(value):
+                self.link(place + 4 + 4 * i, each)
+        return place
+
+    def link(self, place, value):
+        struct.pack_into("<I", self.out, place, self.add(value) - place)
+
+    def table(self, slots):
+        def size(value):
+            return struct.calcsize(value[0]) if isinstance(value, tuple) else 4
+
+        self.align(2)
+        slots_at = len(self.out)
+        count = 1 + max(slots, default=-1)
+        self.out += bytes(4 + 2 * count)
+        self.align(8, after=4)
+        place = len(self.out)
+        self.out += numbers("i", [place - slots_at])
+        links = []
+        for slot, value in sorted(slots.items(), key=lambda item: -size(item[1])):
+            struct.pack_into("<H", self.out, slots_at + 4 + 2 * slot, len(self.out) - place)
+            if isinstance(value, tuple):
+                self.out += struct.pack("<" + value[0], value[1])
+            else:
+                links.append((len(self.out), value))
+                self.out += bytes(4)
+        struct.pack_into("<HH", self.out, slots_at, 4 + 2 * count, len(self.out) - place)
+        for at, value in links:
+            self.link(at, value)
+        return place
+
+
+def arrow(path, rows):
+    """A stream with one batch."""
+    def message(kind, header, body):
+        flat = Flat({0: ("h", 4), 1: ("B", kind), 2: header, 3: ("q", len(body))}).out
+        return b"\xff\xff\xff\xff" + numbers("I", [len(flat)]) + bytes(flat) + body
+
+    def field(name, kind, about):
+        return {0: name, 1: ("?", False), 2: ("B", kind), 3: about, 5: []}
+
+    schema = {0: ("h", 0), 1: [field("energy", 3, {0: ("h", 2)}), field("layer", 2, {0: ("i", 64), 1: ("?", True)})]}
+    count = len(rows)
+    body = numbers("d", [row[0] for row in rows]) + numbers("q", [row[1] for row in rows])
+    batch = {0: ("q", count), 1: [(count, 0), (count, 0)], 2: [(0, 0), (0, 8 * count), (8 * count, 0), (8 * count, 8 * count)]}
+    path.write_bytes(message(1, schema, b"") + message(3, batch, body) + b"\xff\xff\xff\xff\0\0\0\0")
+
+
+def npy(path, rows):
+    """Records."""
+    head = "{'descr': [('energy', '<f8'), ('layer', '<i8')], 'fortran_order': False, 'shape': (%d,), }" % len(rows)
+    head += " " * (-(10 + len(head) + 1) % 64) + "\n"
+    content = b"".join(struct.pack("<dq", *row) for row in rows)
+    path.write_bytes(b"\x93NUMPY\x01\0" + numbers("H", [len(head)]) + head.encode() + content)
+
+
+def hdf5(path, rows):
+    """A group of two datasets, stored as they are."""
+    nowhere = b"\xff" * 8
+    place = 96  # Behind the superblock.
+    out = b""
+
+    def padded(content):
+        return content + bytes(-len(content) % 8)
+
+    def add(content):
+        nonlocal out
+        at = place + len(out)
+        out += padded(content)
+        return at
+
+    def headed(messages):
+        body = b"".join(struct.pack("<HHB3x", kind, len(padded(data)), 0) + padded(data) for kind, data in messages)
+        return add(struct.pack("<BxHII4x", 1, len(messages), 1, len(body)) + body)
+
+    def group(members):
+        links = [(6, struct.pack("<BBB", 1, 0, len(name)) + name.encode() + numbers("Q", [at])) for name, at in members]
+        return headed([(2, b"\0\0" + nowhere + nowhere), (10, b"\0\0")] + links)
+
+    def unit(words):
+        kind, space = struct.pack("<BBBBI", 0x13, 0, 0, 0, len(words) + 1), struct.pack("<BBB5x", 1, 0, 0)
+        head = struct.pack("<BxHHH", 1, 6, len(kind), len(space))
+        return [(12, head + padded(b"units\0") + kind + space + words.encode() + b"\0")]
+
+    def dataset(kind, content, attributes):
+        space = struct.pack("<BBB5xQ", 1, 1, 0, len(rows))
+        layout = struct.pack("<BBQQ", 3, 1, add(content), len(content))
+        return headed([(1, space), (3, kind), (5, b"\2\1\0\0"), (8, layout)] + attributes)
+
+    real = struct.pack("<BBBBIHHBBBBI", 0x11, 0x20, 0x3F, 0, 8, 0, 64, 52, 11, 0, 52, 1023)
+    whole = struct.pack("<BBBBIHH", 0x10, 8, 0, 0, 8, 0, 64)
+    energy = dataset(real, numbers("d", [row[0] for row in rows]), unit("MeV"))
+    layer = dataset(whole, numbers("q", [row[1] for row in rows]), [])
+    root = group([("hits", group([("energy", energy), ("layer", layer)]))])
+    head = b"\x89HDF\r\n\x1a\n" + bytes([0, 0, 0, 0, 0, 8, 8, 0]) + struct.pack("<HHI", 4, 16, 0)
+    head += numbers("Q", [0]) + nowhere + numbers("Q", [place + len(out)]) + nowhere
+    path.write_bytes(head + struct.pack("<QQ24x", 0, root) + out)
+
+
+def database(path, rows):
+    """Hits in layers that respond less the deeper they lie, with the depths in a table beside them."""
+    rows = [(float(text(energy * (1.0 - 0.05 * layer))), layer) for energy, layer in rows]
+    path.unlink(missing_ok=True)
+    with contextlib.closing(sqlite3.connect(path)) as connection:
+        connection.execute("CREATE TABLE layers (layer INTEGER PRIMARY KEY, depth REAL)")
+        connection.execute("CREATE TABLE hits (energy REAL, layer INTEGER)")
+        connection.executemany("INSERT INTO layers VALUES (?, ?)", [(i, 1.5 + 3.0 * i) for i in range(10)])
+        connection.executemany("INSERT INTO hits VALUES (?, ?)", rows)
+        connection.commit()
+    content = bytearray(path.read_bytes())
+    content[96:100] = struct.pack(">I", 3040001)  # The version of the library that wrote the file.
+    path.write_bytes(content)
+
+
+def fits(path):
+    """Photons of a source above a flat background, and the times during which the detector was live."""
+    random = Random(0xF175)
+
+    def header(cards):
+        lines = ["%-80s" % ("%-8s= %20s" % card) for card in cards] + ["%-80s" % "END"]
+        return "".join(lines).encode().ljust(-(-len(lines) * 80 // 2880) * 2880)
+
+    def table(name, columns, rows):
+        count = len(columns)
+        cards = [("XTENSION", "'BINTABLE'"), ("BITPIX", 8), ("NAXIS", 2), ("NAXIS1", 8 * count), ("NAXIS2", len(rows)),
+                 ("PCOUNT", 0), ("GCOUNT", 1), ("TFIELDS", count), ("EXTNAME", "'%-8s'" % name)]
+        for i, (column, unit) in enumerate(columns):
+            cards += [("TTYPE%d" % (i + 1), "'%-8s'" % column), ("TFORM%d" % (i + 1), "'1D      '"),
+                      ("TUNIT%d" % (i + 1), "'%-8s'" % unit)]
+        content = b"".join(struct.pack(">%dd" % count, *row) for row in rows)
+        return header(cards) + content + bytes(-len(content) % 2880)
+
+    photons = []
+    for _ in range(2500):
+        is_source = random.uniform() < 0.5
+        place = [random.gauss(0.2, 0.15) if is_source else random.between(-1.0, 1.0) for _ in range(2)]
+        photons.append([float(text(x)) for x in (*place, random.exponential(2.0))])
+    live = [[100.0 * i, 100.0 * i + float(text(random.between(60.0, 95.0)))] for i in range(12)]
+    first = header([("SIMPLE", "T"), ("BITPIX", 8), ("NAXIS", 0), ("EXTEND", "T")])
+    events = table("EVENTS", [("x", "deg"), ("y", "deg"), ("energy", "keV")], photons)
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_bytes(first + events + table("LIVE", [("start", "s"), ("stop", "s")], live))
+
+
+def runs(folder):
+    """The same detector in five runs, each kept by another program."""
+    random = Random(0x5EED5)
+    folder.mkdir(parents=True, exist_ok=True)
+    for number, (name, write) in enumerate([("run_1.parquet", parquet), ("run_2.arrow", arrow), ("run_3.npy", npy),
+                                            ("run_4.h5", hdf5), ("run_5.db", database)]):
+        write(folder / name, hits(random, 600 + 100 * number))
+
+
 def main():
     if len(sys.argv) != 2:
         sys.exit("usage: make_data.py FOLDER")
@@ -651,6 +893,8 @@ def main():
     geant4(folder / "Detectors" / "geant4")
     reference(folder / "Particle_physics" / "reference.yoda")
     generated(folder / "Particle_physics" / "generated.hepmc")
+    runs(folder / "Tables" / "runs")
+    fits(folder / "Tables" / "photons.fits")
 
 
 if __name__ == "__main__":
