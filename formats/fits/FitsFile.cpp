@@ -2,6 +2,7 @@
 
 #include "fits/FitsColumns.h"
 
+#include <velmorak/NameList.h>
 #include <velmorak/Text.h>
 
 #include <algorithm>
@@ -10,15 +11,6 @@
 namespace velmorak {
 namespace fits {
 namespace {
-
-std::string listOf(const std::vector<std::string>& names) {
-    constexpr std::size_t maxListed = 20;
-    std::string list;
-    for (std::size_t i = 0; i < std::min(names.size(), maxListed); ++i) {
-        list += (i == 0 ? "" : ", ") + velmorak::quoted(names[i]);
-    }
-    return names.size() > maxListed ? list + " and " + std::to_string(names.size() - maxListed) + " more" : list;
-}
 
 /// The unit that an object names, else the only table, else the only image.
 Unit unitNamed(const std::vector<Unit>& units, const std::string& object, const std::string& file) {
@@ -33,13 +25,13 @@ Unit unitNamed(const std::vector<Unit>& units, const std::string& object, const 
         throw Failure(file + " contains no table and no image");
     }
     if (!object.empty()) {
-        throw Failure("object",
-                      file + " contains nothing called " + velmorak::quoted(object) + "; it contains " + listOf(names));
+        throw Failure("object", file + " contains nothing called " + velmorak::quoted(object) + "; it contains " +
+                                    listOfNames(names));
     }
     const auto tables = std::ranges::count(units, false, &Unit::isImage);
     if (tables > 1 || (tables == 0 && units.size() > 1)) {
-        throw Failure("object",
-                      file + " contains several tables or images; enter the name or number of one: " + listOf(names));
+        throw Failure("object", file + " contains several tables or images; enter the name or number of one: " +
+                                    listOfNames(names));
     }
     return tables == 1 ? *std::ranges::find(units, false, &Unit::isImage) : units.front();
 }
@@ -116,7 +108,7 @@ void FitsReader::choose(const std::vector<FitsColumn>& all, const std::vector<st
         const auto found = std::ranges::find(names, name);
         if (found == names.end()) {
             throw Failure("columns",
-                          "there is no column " + velmorak::quoted(name) + "; the columns are " + listOf(names));
+                          "there is no column " + velmorak::quoted(name) + "; the columns are " + listOfNames(names));
         }
         const FitsColumn& column = all[static_cast<std::size_t>(found - names.begin())];
         if (!column.about.problem.empty()) {

@@ -2,6 +2,7 @@
 
 #include "hdf5/Tables.h"
 
+#include <velmorak/NameList.h>
 #include <velmorak/Text.h>
 
 #include <algorithm>
@@ -12,15 +13,6 @@
 namespace velmorak {
 namespace hdf5 {
 namespace {
-
-std::string listOf(const std::vector<std::string>& names) {
-    constexpr std::size_t maxListed = 20;
-    std::string list;
-    for (std::size_t i = 0; i < std::min(names.size(), maxListed); ++i) {
-        list += (i == 0 ? "" : ", ") + velmorak::quoted(names[i]);
-    }
-    return names.size() > maxListed ? list + " and " + std::to_string(names.size() - maxListed) + " more" : list;
-}
 
 /// The table that an object names, or the only one.
 Table tableNamed(std::vector<Table> tables, const std::string& object, const std::string& file) {
@@ -48,10 +40,10 @@ Table tableNamed(std::vector<Table> tables, const std::string& object, const std
     }
     if (!path.empty()) {
         throw Failure("object",
-                      file + " contains no table " + velmorak::quoted(path) + "; it contains " + listOf(names));
+                      file + " contains no table " + velmorak::quoted(path) + "; it contains " + listOfNames(names));
     }
     if (candidates > 1) {
-        throw Failure("object", file + " contains several tables; enter the path of one: " + listOf(names));
+        throw Failure("object", file + " contains several tables; enter the path of one: " + listOfNames(names));
     }
     return std::move(*found);
 }
@@ -145,7 +137,8 @@ void Hdf5Reader::addNamed(const std::string& name) {
         }
         names.push_back(column.about.info.name);
     }
-    throw Failure("columns", "there is no column " + velmorak::quoted(name) + "; the columns are " + listOf(names));
+    throw Failure("columns",
+                  "there is no column " + velmorak::quoted(name) + "; the columns are " + listOfNames(names));
 }
 
 void Hdf5Reader::addAll(const std::string& file) {

@@ -3,6 +3,7 @@
 #include "sqlite/QueryTable.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/NameList.h>
 #include <velmorak/Text.h>
 
 #include <algorithm>
@@ -19,15 +20,6 @@ using sqlite::quotedName;
 
 /// Rows that a preview looks at.
 constexpr std::size_t rowsOfPreview = 1000;
-
-std::string listOf(const std::vector<std::string>& names) {
-    constexpr std::size_t maxListed = 20;
-    std::string list;
-    for (std::size_t i = 0; i < std::min(names.size(), maxListed); ++i) {
-        list += (i == 0 ? "" : ", ") + velmorak::quoted(names[i]);
-    }
-    return names.size() > maxListed ? list + " and " + std::to_string(names.size() - maxListed) + " more" : list;
-}
 
 std::string queryOf(const std::string& table) {
     return "SELECT * FROM " + quotedName(table);
@@ -58,11 +50,11 @@ std::string chosenQuery(const Database& database, const std::string& object, con
     }
     if (object.empty() && names.size() > 1) {
         throw Failure("object",
-                      file + " contains several tables; enter the name of one, or a SELECT: " + listOf(names));
+                      file + " contains several tables; enter the name of one, or a SELECT: " + listOfNames(names));
     }
     if (!object.empty() && std::ranges::count(names, object) == 0) {
         throw Failure("object",
-                      file + " contains no table " + velmorak::quoted(object) + "; it contains " + listOf(names));
+                      file + " contains no table " + velmorak::quoted(object) + "; it contains " + listOfNames(names));
     }
     return queryOf(object.empty() ? names.front() : object);
 }
@@ -102,7 +94,7 @@ void checkNames(const Database& database, const std::string& query, const std::v
     for (const std::string& name : wanted) {
         if (std::ranges::count(known, name) == 0) {
             throw Failure("columns",
-                          "there is no column " + velmorak::quoted(name) + "; the columns are " + listOf(known));
+                          "there is no column " + velmorak::quoted(name) + "; the columns are " + listOfNames(known));
         }
     }
 }
