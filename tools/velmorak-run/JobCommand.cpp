@@ -33,6 +33,7 @@ namespace {
 namespace fs = std::filesystem;
 using velmorak::JobFolder;
 using velmorak::JobPlan;
+using velmorak::partNames;
 using State = JobFolder::State;
 
 /// Failures of the library as mistakes in the command line or its files.
@@ -47,20 +48,6 @@ auto orUsageError(const Work& work) {
 
 std::string numbered(std::size_t count, const std::string& noun) {
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
-/// Numbers of parts, counted from 1: "part 3" or "parts 1-4, 7".
-std::string partNames(const std::vector<std::size_t>& parts) {
-    std::string names;
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        const std::size_t first = i;
-        while (i + 1 < parts.size() && parts[i + 1] == parts[i] + 1) {
-            ++i;
-        }
-        names += (names.empty() ? "" : ", ") + std::to_string(parts[first] + 1) +
-                 (i > first ? "-" + std::to_string(parts[i] + 1) : "");
-    }
-    return (parts.size() == 1 ? "part " : "parts ") + names;
 }
 
 std::vector<std::size_t> allParts(const JobPlan& plan) {

@@ -42,4 +42,17 @@ std::string whatPartCovers(const JobPlan& plan, std::size_t part) {
            chunksText(range) + beginningText(range);
 }
 
+std::string partNames(const std::vector<std::size_t>& parts) {
+    std::string names;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const std::size_t first = i;
+        while (i + 1 < parts.size() && parts[i + 1] == parts[i] + 1) {
+            ++i;
+        }
+        names += (names.empty() ? "" : ", ") + std::to_string(parts[first] + 1) +
+                 (i > first ? "-" + std::to_string(parts[i] + 1) : "");
+    }
+    return (parts.size() == 1 ? "part " : "parts ") + names;
+}
+
 }  // namespace velmorak
