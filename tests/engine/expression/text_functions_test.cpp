@@ -50,8 +50,8 @@ TEST(TextFunction, takesAPart) {
 TEST(TextFunction, findsARegularExpression) {
     EXPECT_EQ(valuesOf("matches(tag, '^m.*n$')")->booleans(), (Column::Booleans{1, 0, 0}));
     EXPECT_EQ(valuesOf("matches(tag, 'e|u')")->booleans(), (Column::Booleans{1, 1, 0}));
-    EXPECT_EQ(valuesOf("count(trk.tag[matches(trk.tag, '[me]')])")->integers(), (Column::Integers{3, 0, 2}));
-    EXPECT_TRUE(truth("matches('run_0042.csv', 'run_\\d+') && !matches('Run', 'run') && matches('Run', '(?i)run')"));
+    EXPECT_EQ(valuesOf("count(trk.tag[matches(trk.tag, '[me]')])")->integers(), (Column::Integers{2, 0, 1}));
+    EXPECT_TRUE(truth("matches('run_0042.csv', 'run_\\\\d+') && !matches('Run', 'run') && matches('Run', '(?i)run')"));
     EXPECT_NE(refusalOf("matches(tag, '(')").find("the regular expression is wrong: missing )"), std::string::npos);
     EXPECT_NE(refusalOf("matches(tag, tag)").find("expected a regular expression in quotes"), std::string::npos);
 }

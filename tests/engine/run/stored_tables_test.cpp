@@ -5,6 +5,7 @@
 #include <velmorak/RowMemory.h>
 #include <velmorak/StoredTable.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace velmorak::test {
@@ -16,6 +17,9 @@ public:
     Reversed(Schema schema, std::vector<Chunk> kept, std::shared_ptr<std::atomic<int>> count)
         : columns(std::move(schema)), chunks(std::move(kept)), alive(std::move(count)) {
         ++*alive;
+        if (!chunks.empty()) {
+            std::reverse(chunks.begin(), chunks.end() - 1);  // Only the last chunk may be short.
+        }
     }
     ~Reversed() override { --*alive; }
     const Schema& schema() const override { return columns; }
@@ -24,18 +28,18 @@ public:
 private:
     class Reader : public TableReader {
     public:
-        explicit Reader(const Reversed& table) : table(table), left(table.chunks.size()) {}
+        explicit Reader(const Reversed& table) : table(table) {}
         const Schema& schema() const override { return table.columns; }
         bool next(Chunk& chunk) override {
-            if (left > 0) {
-                chunk = table.chunks[--left];
+            if (done < table.chunks.size()) {
+                chunk = table.chunks[done++];
             }
             return chunk.rows > 0;
         }
 
     private:
         const Reversed& table;
-        std::size_t left;
+        std::size_t done = 0;
     };
 
     Schema columns;
@@ -52,7 +56,7 @@ struct ReverseState : AccumulatorState {
     std::vector<Chunk> chunks;
 };
 
-/// Gives the chunks from the last to the first; fails if it is told to.
+/// Gives the full chunks from the last to the first, then the rest; fails on demand.
 class ReverseKind : public Accumulator {
 public:
     std::string name() const override { return "Reverse"; }
