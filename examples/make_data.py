@@ -310,7 +310,7 @@ def trigger(path):
     path.write_text("".join(out), encoding="utf-8")
 
 
-def hits(folder):
+def hits_of_runs(folder):
     """Hits of three detectors in twelve runs, and two tables of constants: gains by run, of which one is missing, and
     pedestals of each detector by ranges of runs."""
     random = Random(0x417B)
@@ -925,7 +925,7 @@ def main():
     recorded(folder / "Tables" / "samples")
     tracks(folder / "Tables" / "tracks.aida")
     trigger(folder / "Detectors" / "trigger.csv")
-    hits(folder / "Detectors" / "hits")
+    hits_of_runs(folder / "Detectors" / "hits")
     lines(folder / "Detectors" / "lines.aida")
     scattering(folder / "Nuclear_physics" / "scattering.aida")
     stopped(folder / "Particle_physics" / "stopped.csv")

@@ -1,6 +1,7 @@
 #include "files/ChosenColumns.h"
 
 #include <velmorak/Parts.h>
+#include <velmorak/RowBounds.h>
 #include <velmorak/Text.h>
 
 #include <cstddef>
@@ -26,7 +27,7 @@ std::vector<std::size_t> positionsOf(const std::vector<std::string>& columns, co
     return positions;
 }
 
-class ChosenReader : public TableReader, public SeekableReader {
+class ChosenReader : public TableReader, public SeekableReader, public BoundedReader {
 public:
     ChosenReader(std::unique_ptr<TableReader> whole, const std::vector<std::string>& columns)
         : whole(std::move(whole)), positions(positionsOf(columns, this->whole->schema())) {
@@ -37,6 +38,7 @@ public:
 
     const Schema& schema() const override { return chosen; }
     void selectColumns(const std::vector<bool>& needed) override;
+    void leaveOutBeyond(const std::vector<ColumnBound>& bounds) override;
     bool next(Chunk& chunk) override { return whole->next(chunk); }
     std::uint64_t fileCount() const override { return whole->fileCount(); }
     std::size_t rowsPerChunk() const override { return whole->rowsPerChunk(); }
@@ -57,6 +59,17 @@ void ChosenReader::selectColumns(const std::vector<bool>& needed) {
         all[positions[i]] = all[positions[i]] || needed[i];
     }
     whole->selectColumns(all);
+}
+
+void ChosenReader::leaveOutBeyond(const std::vector<ColumnBound>& bounds) {
+    auto* const bounded = dynamic_cast<BoundedReader*>(whole.get());
+    std::vector<ColumnBound> ofWhole = bounds;
+    for (ColumnBound& bound : ofWhole) {
+        bound.column = positions[bound.column];
+    }
+    if (bounded) {
+        bounded->leaveOutBeyond(ofWhole);
+    }
 }
 
 void ChosenReader::complete(Chunk& chunk) const {

@@ -1,5 +1,7 @@
 #include "files/OpenedFiles.h"
 
+#include <velmorak/RowBounds.h>
+
 #include <optional>
 #include <vector>
 
@@ -11,13 +13,18 @@ namespace {
 constexpr std::size_t maxAlone = OpenFiles::limit / 2;
 
 /// Gives a reader's rows, and counts its file.
-class CountedReader : public TableReader {
+class CountedReader : public TableReader, public BoundedReader {
 public:
     CountedReader(OpenFiles::Place place, std::unique_ptr<TableReader> file)
         : place(std::move(place)), file(std::move(file)) {}
 
     const Schema& schema() const override { return file->schema(); }
     void selectColumns(const std::vector<bool>& needed) override { file->selectColumns(needed); }
+    void leaveOutBeyond(const std::vector<ColumnBound>& bounds) override {
+        if (auto* const bounded = dynamic_cast<BoundedReader*>(file.get())) {
+            bounded->leaveOutBeyond(bounds);
+        }
+    }
     bool next(Chunk& chunk) override { return file->next(chunk); }
     std::uint64_t fileCount() const override { return file->fileCount(); }
     std::size_t rowsPerChunk() const override { return file->rowsPerChunk(); }

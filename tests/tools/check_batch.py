@@ -7,6 +7,7 @@ usage: check_batch.py VELMORAK-RUN
 
 import ast
 import os
+import pathlib
 import re
 import shutil
 import subprocess

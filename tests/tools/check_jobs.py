@@ -195,16 +195,16 @@ def check_rounds(place):
     assert [each.wait() for each in both] == [0, 0]
     kept = list(merged.iterdir())
     assert len(kept) == 1, kept
-    parts.rename(place.folder / "away")
+    parts.rename(place.folder / "set_aside")
     parts.mkdir()
     fine(place.run("--part", "7", "rounds"))
     content = kept[0].read_bytes()
     for damaged in (content[:-1], b"", content.replace(b"VlmPart1", b"VlmPart0")):
         kept[0].write_bytes(damaged)
         assert "needs the results of parts 1-4" in fine(place.run("--part", "8", "rounds"), 6).stderr
-    shutil.copy(place.folder / "away" / "00001.part", kept[0])
+    shutil.copy(place.folder / "set_aside" / "00001.part", kept[0])
     assert "needs the results of parts 1-4" in fine(place.run("--part", "8", "rounds"), 6).stderr, "not of all parts"
-    for path in (place.folder / "away").iterdir():
+    for path in (place.folder / "set_aside").iterdir():
         path.rename(parts / path.name)
     fine(place.run("--part", "8", "rounds"))
     assert kept[0].read_bytes() == content, "made again"

@@ -24,7 +24,8 @@ class Place:
     def __enter__(self):
         self.held = tempfile.TemporaryDirectory()
         self.folder = pathlib.Path(self.held.name)
-        self.environment = dict(os.environ, XDG_CACHE_HOME=str(self.folder / "cache"))
+        self.environment = dict(os.environ, XDG_CACHE_HOME=str(self.folder / "cache"),
+                                SOURCE_DATE_EPOCH="1700000000")  # The date that reports show.
         self.environment.pop("VELMORAK_CACHE_LIMIT", None)
         return self
 

@@ -17,8 +17,10 @@ public:
     Reversed(Schema schema, std::vector<Chunk> kept, std::shared_ptr<std::atomic<int>> count)
         : columns(std::move(schema)), chunks(std::move(kept)), alive(std::move(count)) {
         ++*alive;
-        if (!chunks.empty()) {
-            std::reverse(chunks.begin(), chunks.end() - 1);  // Only the last chunk may be short.
+        for (Chunk& chunk : chunks) {
+            for (ColumnPtr& column : chunk.columns) {
+                column = !column ? nullptr : reversed(*column);
+            }
         }
     }
     ~Reversed() override { --*alive; }
@@ -26,6 +28,12 @@ public:
     std::unique_ptr<TableReader> open() const override { return std::make_unique<Reader>(*this); }
 
 private:
+    static ColumnPtr reversed(const Column& column) {
+        Column::Reals values = column.reals();
+        std::reverse(values.begin(), values.end());
+        return std::make_shared<const Column>(Column{std::move(values), {}});
+    }
+
     class Reader : public TableReader {
     public:
         explicit Reader(const Reversed& table) : table(table) {}
@@ -56,11 +64,11 @@ struct ReverseState : AccumulatorState {
     std::vector<Chunk> chunks;
 };
 
-/// Gives the full chunks from the last to the first, then the rest; fails on demand.
+/// Gives the rows of each chunk from the last to the first; fails on demand.
 class ReverseKind : public Accumulator {
 public:
     std::string name() const override { return "Reverse"; }
-    std::string summary() const override { return "Reverses the chunks."; }
+    std::string summary() const override { return "Reverses the rows of each chunk."; }
     Ports ports(const ValueTexts&) const override {
         return {{wireInput("table", ValueType::Table), numberInput("fail")}, {output("table", ValueType::Table)}};
     }

@@ -130,16 +130,17 @@ def check_damaged_lists(reader):
 
 def check_refusals(copier):
     np.savez(copier.folder / "in.npz", pt=np.arange(4.0), **{"pt.offsets": np.array([0, 1, 4], "<i8")})
-    message = copier.failure("in.npz", "out.npy")
+    message = copier.failure("in.npz", "refused.npy")
     assert 'the lists of the column "pt" have 1 to 3 values; in an array of records (.npy) all' in message, message
-    message = copier.failure("in.npz", "out.npy", compression="deflate")
+    message = copier.failure("in.npz", "refused.npy", compression="deflate")
     assert "a .npy file cannot be compressed; write an archive (.npz)" in message, message
-    message = copier.failure("in.npz", "out.numpy")
+    message = copier.failure("in.npz", "refused.numpy")
     assert "The name of the file must end with .npy (records) or .npz" in message, message
     np.save(copier.folder / "t.npy", np.array(["x" * 70000]))
-    message = copier.failure("t.npy", "out.npy")
+    message = copier.failure("t.npy", "refused.npy")
     assert 'a text of the column "value" has 70000 characters' in message, message
-    assert not list((copier.folder / "test.results").glob("out*")), "files are left"
+    left = list((copier.folder / "test.results").glob("refused*"))
+    assert not left, left
 
 
 def main(runner):
