@@ -151,14 +151,10 @@ class Parquet(Compact):
         missing = sum(item is None for item in flat(values, column.is_list))
         if generator.random() < 0.5:
             about.append((12, self.STRUCT, [(3, self.LONG, missing)]))
-            self.tells[column.name] = self.tells.get(column.name, True) and not missing
-        else:
-            self.tells[column.name] = False
         return [(2, self.LONG, place), (3, self.STRUCT, about)]
 
     def file(self, columns, groups, generator):
         """@param groups values by column of each row group."""
-        self.tells = {}  # Whether all row groups say that nothing is missing.
         content = bytearray(b"PAR1")
         written = []
         for values in groups:
@@ -261,12 +257,10 @@ def check_parquet(reader, generator):
         columns, groups = random_table(generator)
         writer = Parquet()
         (reader.folder / "t.parquet").write_bytes(writer.file(columns, groups, generator))
-        # Without rows nothing is missing, and statistics of groups without rows say nothing.
         wanted = {}
         for column in columns:
             values = [value for group in groups for value in group[column.name]]
-            tells = writer.tells.get(column.name, True)
-            wanted[column.name] = (column, values, column.is_optional and not tells)
+            wanted[column.name] = (column, values, any(each is None for each in flat(values, column.is_list)))
         found = reader.columns(reader.folder / "t.parquet")
         assert list(found) == [column.name for column in columns], list(found)
         compare_loosely(found, wanted)
