@@ -30,14 +30,12 @@ bool isZero(const Cell& cell) {
     return any == 0;
 }
 
-/// A fixed number of cells, all zero at first. Few cells lie one behind the other (dense). Many cells are sparse: an
-/// index of four bytes a cell says which of them have been written, and only those are stored, in the order of their
-/// first write. Reading never stores a cell; non-const access does.
+/// A fixed number of cells, all zero at first. Few lie one behind the other (dense). Many are sparse: an index of four
+/// bytes a cell says which have been written, and only those are stored. Reading stores no cell; non-const access does.
 template <typename Cell>
 class CellVector {
 public:
     using value_type = Cell;
-
     class const_iterator;
 
     /// Dense cells take no more memory than this, which is about what a processor's cache holds.
@@ -69,7 +67,6 @@ public:
 
     const_iterator begin() const { return {this, 0}; }
     const_iterator end() const { return {this, count}; }
-
     /// Calls change(cell) for each cell that is not zero, in their order.
     template <typename Change>
     void changeFilled(const Change& change) {
