@@ -238,12 +238,10 @@ std::string ResampleKind::summary() const {
 
 std::string ResampleKind::notes() const {
     return "The steps are [origin + n step, origin + (n + 1) step). A mean lies at the middle of its step; a step "
-           "without "
-           "values gives NaN, and the column rows has the number of rows in each step. Interpolated values lie at the "
-           "times origin + n step, from the first row to the last; a column is NaN before its first value and after "
-           "its "
-           "last. Missing values (NaN) are left out; rows whose time is NaN or infinite are counted in the output "
-           "missing.";
+           "without values gives NaN, and the column rows has the number of rows in each step. Interpolated values lie "
+           "at the times origin + n step, from the first row to the last; a column is NaN before its first value and "
+           "after its last. Missing values (NaN) are left out; rows whose time is NaN or infinite are counted in the "
+           "output missing.";
 }
 
 Ports ResampleKind::ports(const ValueTexts& values) const {

@@ -72,11 +72,9 @@ std::string SampleKind::summary() const {
 
 std::string SampleKind::notes() const {
     return "A row is kept at random if a number that depends on the seed and on the row's position alone lies below "
-           "the "
-           "fraction (Philox 4x32-10, J. Salmon et al., SC11, 2011). So the same seed keeps the same rows on any "
-           "number "
-           "of threads, a smaller fraction keeps some of the rows that a larger one keeps, and the number of rows kept "
-           "is binomially distributed.";
+           "the fraction (Philox 4x32-10, J. Salmon et al., SC11, 2011). So the same seed keeps the same rows on any "
+           "number of threads, a smaller fraction keeps some of the rows that a larger one keeps, and the number of "
+           "rows kept is binomially distributed.";
 }
 
 Ports SampleKind::ports(const ValueTexts&) const {

@@ -106,10 +106,9 @@ std::string SortKind::summary() const {
 
 std::string SortKind::notes() const {
     return "The sort is stable: rows with equal keys stay in their order. Missing values, NaN and empty texts, come "
-           "last "
-           "in either direction. Numbers are compared by value, texts by their characters in the order of Unicode, so "
-           "that Z comes before a; -0 equals 0. An expression that gives a list in each row is refused; columns with "
-           "lists are carried along.\n\n"
+           "last in either direction. Numbers are compared by value, texts by their characters in the order of "
+           "Unicode, so that Z comes before a; -0 equals 0. An expression that gives a list in each row is refused; "
+           "columns with lists are carried along.\n\n"
            "Rows that do not fit into `VELMORAK_MEMORY_LIMIT` are sorted in temporary files, with the same result. A "
            "planned run sorts while its parts are merged, because every row is needed before the first can be given.";
 }

@@ -87,8 +87,7 @@ public:
 
 std::string PlotKind::summary() const {
     return "Draws histograms, profiles, points and functions into one picture, as PNG, SVG or PDF, with script and "
-           "data "
-           "to change it by hand.";
+           "data to change it by hand.";
 }
 
 std::string PlotKind::notes() const {
