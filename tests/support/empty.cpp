@@ -1,0 +1,4 @@
+// A program whose precompiled headers others share.
+int main() {
+    return 0;
+}
