@@ -4,6 +4,7 @@
 #include <zstd.h>
 
 #include <limits>
+#include <string>
 
 namespace velmorak::arrow {
 namespace {
@@ -47,7 +48,7 @@ const Buffer& BatchBuffers::at(std::size_t buffer) const {
 }
 
 UnpackedBuffer BatchBuffers::unpack(const Buffer& buffer) const {
-    constexpr std::int64_t maxBytes = std::int64_t{1} << 34U;
+    constexpr std::int64_t maxBytes = std::int64_t{1} << 30U;  // It is in memory as a whole.
     const Block packed = file.read(buffer.position, buffer.bytes);
     if (packed.size() < lengthBytes) {
         throw Failure("a compressed buffer is too short");
@@ -55,8 +56,12 @@ UnpackedBuffer BatchBuffers::unpack(const Buffer& buffer) const {
     const auto length = columnar::littleEndian<std::int64_t>(packed.bytes().data());
     const Bytes rest = packed.bytes().subspan(lengthBytes);
     const bool isPlain = length == -1;
-    if (!isPlain && (length < 0 || length > maxBytes)) {
-        throw Failure("a compressed buffer has an impossible length");
+    if (!isPlain && length < 0) {
+        throw Failure("a compressed buffer has a negative length");
+    }
+    if (!isPlain && length > maxBytes) {
+        throw Failure("a compressed buffer has " + std::to_string(length) +
+                      " bytes when it is unpacked, and 2^30 are the most; write the file with smaller batches");
     }
     Block block(isPlain ? rest.size() : static_cast<std::size_t>(length));
     if (isPlain) {

@@ -55,30 +55,9 @@ void append(std::vector<Elements::Range>& ranges, std::uint64_t first, std::uint
 /// Where the list of each element begins and ends in the child array.
 class ListBounds {
 public:
-    ListBounds(const Level& level, const BatchBuffers& buffers, const Elements::Range& range)
-        : first(range.first),
-          size(level.type.listSize),
-          isFixed(level.type.type == Type::FixedSizeList),
-          isWide(level.type.hasWideOffsets()) {
-        const std::uint64_t width = isWide ? 8 : 4;
-        if (!isFixed) {
-            offsets = buffers.read(bufferOf(level, buffers.contents(), 1), range.first * width,
-                                   (range.last - range.first + 1) * width);
-        }
-    }
+    ListBounds(const Level& level, const BatchBuffers& buffers, const Elements::Range& range);
 
-    std::uint64_t at(std::uint64_t element) const {
-        if (isFixed) {
-            return element * size;
-        }
-        const std::uint64_t position = element - first;
-        const std::int64_t offset = isWide ? columnar::littleEndian<std::int64_t>(offsets.bytes.data() + position * 8)
-                                           : columnar::littleEndian<std::int32_t>(offsets.bytes.data() + position * 4);
-        if (offset < 0) {
-            throw Failure("the offsets of a list are damaged");
-        }
-        return static_cast<std::uint64_t>(offset);
-    }
+    std::uint64_t at(std::uint64_t element) const;
 
 private:
     std::uint64_t first;
@@ -87,6 +66,31 @@ private:
     bool isWide;
     Piece offsets;
 };
+
+ListBounds::ListBounds(const Level& level, const BatchBuffers& buffers, const Elements::Range& range)
+    : first(range.first),
+      size(level.type.listSize),
+      isFixed(level.type.type == Type::FixedSizeList),
+      isWide(level.type.hasWideOffsets()) {
+    const std::uint64_t width = isWide ? 8 : 4;
+    if (!isFixed) {
+        offsets = buffers.read(bufferOf(level, buffers.contents(), 1), range.first * width,
+                               (range.last - range.first + 1) * width);
+    }
+}
+
+std::uint64_t ListBounds::at(std::uint64_t element) const {
+    if (isFixed) {
+        return element * size;
+    }
+    const std::uint64_t position = element - first;
+    const std::int64_t offset = isWide ? columnar::littleEndian<std::int64_t>(offsets.bytes.data() + position * 8)
+                                       : columnar::littleEndian<std::int32_t>(offsets.bytes.data() + position * 4);
+    if (offset < 0) {
+        throw Failure("the offsets of a list are damaged");
+    }
+    return static_cast<std::uint64_t>(offset);
+}
 
 /// Replaces lists with their elements. A missing list has none.
 Elements enterList(const Level& level, const BatchBuffers& buffers, const Elements& lists) {

@@ -40,14 +40,14 @@ public:
     Messages readStream();
 
 private:
-    struct Place {
+    struct MessageRange {
         std::uint64_t metadata = 0;
         std::uint64_t metadataBytes = 0;
         std::uint64_t body = 0;
     };
 
     void readBlocks(const FlatList& blocks);
-    std::uint64_t readMessage(const Place& place);
+    std::uint64_t readMessage(const MessageRange& range);
     Batch readBatch(const FlatTable& records, std::uint64_t body, std::uint64_t bodyBytes) const;
     void readDictionary(const FlatTable& dictionary, std::uint64_t body, std::uint64_t bodyBytes);
     std::uint32_t wordAt(std::uint64_t position) const;
@@ -135,12 +135,12 @@ Messages MessageReader::readStream() {
 }
 
 /// @return the length of the body.
-std::uint64_t MessageReader::readMessage(const Place& place) {
-    const columnar::Block bytes = file.read(place.metadata, place.metadataBytes);
+std::uint64_t MessageReader::readMessage(const MessageRange& range) {
+    const columnar::Block bytes = file.read(range.metadata, range.metadataBytes);
     const FlatTable message = FlatTable::root(bytes.bytes());
     const std::uint64_t bodyBytes = size(message.number<std::int64_t>(3, 0));
     const auto header = static_cast<Header>(message.number<std::uint8_t>(1, 0));
-    const bool isWhole = place.body <= file.size() && bodyBytes <= file.size() - place.body;
+    const bool isWhole = range.body <= file.size() && bodyBytes <= file.size() - range.body;
     if (!isWhole && isStream) {
         return bodyBytes;
     }
@@ -152,9 +152,9 @@ std::uint64_t MessageReader::readMessage(const Place& place) {
         found.fields = readSchema(message.requiredTable(2));
         hasSchema = true;
     } else if (header == Header::Dictionary) {
-        readDictionary(message.requiredTable(2), place.body, bodyBytes);
+        readDictionary(message.requiredTable(2), range.body, bodyBytes);
     } else if (header == Header::Records) {
-        found.batches.push_back(readBatch(message.requiredTable(2), place.body, bodyBytes));
+        found.batches.push_back(readBatch(message.requiredTable(2), range.body, bodyBytes));
     }
     return bodyBytes;
 }

@@ -26,23 +26,23 @@ Raw rawAt(const char* from, bool isSwapped) {
 struct Half {
     std::uint16_t bits;
 
-    double value() const {
-        constexpr int mantissaBits = 10;
-        const unsigned exponent = (bits >> 10U) & 31U;
-        const unsigned mantissa = bits & 1023U;
-        double magnitude = 0.0;
-        if (exponent == 0) {
-            magnitude = std::ldexp(static_cast<double>(mantissa), -14 - mantissaBits);
-        } else if (exponent == 31) {
-            magnitude =
-                mantissa == 0 ? std::numeric_limits<double>::infinity() : std::numeric_limits<double>::quiet_NaN();
-        } else {
-            magnitude =
-                std::ldexp(static_cast<double>(mantissa + 1024U), static_cast<int>(exponent) - 15 - mantissaBits);
-        }
-        return (bits & 0x8000U) != 0 ? -magnitude : magnitude;
-    }
+    double value() const;
 };
+
+double Half::value() const {
+    constexpr int mantissaBits = 10;
+    const unsigned exponent = (bits >> 10U) & 31U;
+    const unsigned mantissa = bits & 1023U;
+    double magnitude = 0.0;
+    if (exponent == 0) {
+        magnitude = std::ldexp(static_cast<double>(mantissa), -14 - mantissaBits);
+    } else if (exponent == 31) {
+        magnitude = mantissa == 0 ? std::numeric_limits<double>::infinity() : std::numeric_limits<double>::quiet_NaN();
+    } else {
+        magnitude = std::ldexp(static_cast<double>(mantissa + 1024U), static_cast<int>(exponent) - 15 - mantissaBits);
+    }
+    return (bits & 0x8000U) != 0 ? -magnitude : magnitude;
+}
 
 template <typename Value, typename Raw>
 Value valueOf(Raw raw) {

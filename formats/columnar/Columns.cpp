@@ -10,7 +10,7 @@
 namespace velmorak::columnar {
 namespace {
 
-/// What stands for a missing value.
+/// The representation of a missing value.
 template <typename Value>
 Value missingValue() {
     if constexpr (std::is_same_v<Value, double>) {

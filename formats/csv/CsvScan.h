@@ -31,7 +31,7 @@ inline const char* fieldEnd(const char* at, const char* end, char delimiter) {
     return at;
 }
 
-/// What is in a block of text.
+/// The contents of a block of text.
 struct LineBlock {
     std::size_t lineEnds = 0;
     bool isOdd = false;  ///< There is a quote, or a line that begins with a blank, a line end or a comment's character.

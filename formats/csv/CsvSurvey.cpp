@@ -22,26 +22,12 @@ constexpr std::ptrdiff_t safeDigits = 18;
 
 using Integers = std::vector<CsvInteger>;
 
-class Look {
+class IntegerSurvey {
 public:
-    Look(const CsvForm& form, const CsvNotation& notation, Integers columns)
-        : form(form), notation(notation), columns(std::move(columns)) {
-        for (std::size_t i = 0; i < this->columns.size(); ++i) {
-            fieldsToRead = this->columns[i] == CsvInteger::Yes ? i + 1 : fieldsToRead;
-        }
-    }
+    IntegerSurvey(const CsvForm& form, const CsvNotation& notation, Integers columns);
 
     /// @return the columns after a look at the piece.
-    Integers at(const CsvPiece& piece) {
-        const bool isPlain =
-            piece.text.find('"') == std::string_view::npos && form.delimiter != ' ' && notation.isPlain();
-        if (isPlain) {
-            lookAtLines(piece.text);
-        } else {
-            lookAtRecords(piece);
-        }
-        return std::move(columns);
-    }
+    Integers at(const CsvPiece& piece);
 
 private:
     void lookAtLines(std::string_view text);
@@ -56,7 +42,24 @@ private:
     std::size_t fieldsToRead = 0;
 };
 
-void Look::see(const CsvField& field, CsvInteger& column) const {
+IntegerSurvey::IntegerSurvey(const CsvForm& form, const CsvNotation& notation, Integers columns)
+    : form(form), notation(notation), columns(std::move(columns)) {
+    for (std::size_t i = 0; i < this->columns.size(); ++i) {
+        fieldsToRead = this->columns[i] == CsvInteger::Yes ? i + 1 : fieldsToRead;
+    }
+}
+
+Integers IntegerSurvey::at(const CsvPiece& piece) {
+    const bool isPlain = piece.text.find('"') == std::string_view::npos && form.delimiter != ' ' && notation.isPlain();
+    if (isPlain) {
+        lookAtLines(piece.text);
+    } else {
+        lookAtRecords(piece);
+    }
+    return std::move(columns);
+}
+
+void IntegerSurvey::see(const CsvField& field, CsvInteger& column) const {
     TypeGuess guess;
     guess.see(field, notation);
     const bool fits = guess.hasValue() && guess.type() == ColumnType::Integer;
@@ -65,7 +68,7 @@ void Look::see(const CsvField& field, CsvInteger& column) const {
 }
 
 /// @return the end of the field.
-const char* Look::lookAtField(const char* begin, const char* end, CsvInteger& column) const {
+const char* IntegerSurvey::lookAtField(const char* begin, const char* end, CsvInteger& column) const {
     const char* const digits = begin + (begin != end && *begin == '-' ? 1 : 0);
     const char* past = digits;
     while (past != end && *past >= '0' && *past <= '9') {
@@ -89,7 +92,7 @@ const char* Look::lookAtField(const char* begin, const char* end, CsvInteger& co
 }
 
 /// @return the place after the line feed.
-const char* Look::lookAtLine(const char* place, const char* end) {
+const char* IntegerSurvey::lookAtLine(const char* place, const char* end) {
     std::size_t passed = 0;
     for (std::size_t i = 0; i < fieldsToRead; ++i) {
         if (columns[i] != CsvInteger::Yes) {
@@ -119,7 +122,7 @@ const char* Look::lookAtLine(const char* place, const char* end) {
 }
 
 /// Looks at text without quotes.
-void Look::lookAtLines(std::string_view text) {
+void IntegerSurvey::lookAtLines(std::string_view text) {
     const char* const end = text.data() + text.size();
     for (const char* place = text.data(); place < end;) {
         const char* first = place;
@@ -137,7 +140,7 @@ void Look::lookAtLines(std::string_view text) {
     }
 }
 
-void Look::lookAtRecords(const CsvPiece& piece) {
+void IntegerSurvey::lookAtRecords(const CsvPiece& piece) {
     CsvRecords records(piece.text, form, piece.line);
     std::vector<CsvField> fields;
     while (records.next(fields) == CsvRecords::Found::Record) {
@@ -152,38 +155,17 @@ void Look::lookAtRecords(const CsvPiece& piece) {
 /// Looks at pieces on several threads.
 class Looks {
 public:
-    Looks(const CsvForm& form, const CsvNotation& notation, Integers& columns)
-        : form(form), notation(notation), columns(columns), window(piecesAheadPerThread * runThreads()) {}
+    Looks(const CsvForm& form, const CsvNotation& notation, Integers& columns);
     Looks(const Looks&) = delete;
     Looks& operator=(const Looks&) = delete;
-    ~Looks() {
-        for (const auto& look : ahead) {
-            look->cancel();
-        }
-    }
+    ~Looks();
 
-    void add(CsvPiece piece) {
-        if (ahead.size() == window) {
-            takeOne();
-        }
-        ahead.push_back(Ahead<Integers>::begin(
-            [this, piece = std::move(piece), columns = columns] { return Look(form, notation, columns).at(piece); }));
-    }
+    void add(CsvPiece piece);
 
-    void takeAll() {
-        while (!ahead.empty()) {
-            takeOne();
-        }
-    }
+    void takeAll();
 
 private:
-    void takeOne() {
-        const Integers seen = ahead.front()->take();
-        ahead.pop_front();
-        for (std::size_t i = 0; i < columns.size(); ++i) {
-            columns[i] = seen[i] == CsvInteger::Widened ? CsvInteger::Widened : columns[i];
-        }
-    }
+    void takeOne();
 
     const CsvForm& form;
     const CsvNotation& notation;
@@ -191,6 +173,38 @@ private:
     const std::size_t window;
     std::deque<std::shared_ptr<Ahead<Integers>>> ahead;
 };
+
+Looks::Looks(const CsvForm& form, const CsvNotation& notation, Integers& columns)
+    : form(form), notation(notation), columns(columns), window(piecesAheadPerThread * runThreads()) {}
+
+Looks::~Looks() {
+    for (const auto& look : ahead) {
+        look->cancel();
+    }
+}
+
+void Looks::add(CsvPiece piece) {
+    if (ahead.size() == window) {
+        takeOne();
+    }
+    ahead.push_back(Ahead<Integers>::begin([this, piece = std::move(piece), columns = columns] {
+        return IntegerSurvey(form, notation, columns).at(piece);
+    }));
+}
+
+void Looks::takeAll() {
+    while (!ahead.empty()) {
+        takeOne();
+    }
+}
+
+void Looks::takeOne() {
+    const Integers seen = ahead.front()->take();
+    ahead.pop_front();
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        columns[i] = seen[i] == CsvInteger::Widened ? CsvInteger::Widened : columns[i];
+    }
+}
 
 CsvPiece nextPiece(CsvPieces& pieces) {
     try {

@@ -7,7 +7,7 @@
 
 namespace velmorak {
 
-/// What is known of the columns of type integer.
+/// The findings about a column of type integer.
 enum class CsvInteger : std::uint8_t {
     No,       ///< The column is none.
     Yes,      ///< All values are integers, as far as has been seen.

@@ -126,6 +126,12 @@ void addType(const std::string& part, CsvTypes& all) {
 
 }  // namespace
 
+/// Not if a number marks a missing value: it would be read as one.
+bool CsvNotation::isPlain() const {
+    double number = 0.0;
+    return decimal == '.' && thousands == '\0' && !readNumber(missing, number);
+}
+
 bool isMissing(const CsvField& field, const CsvNotation& notation) {
     return !field.isQuoted && (field.text.empty() || field.text == notation.missing);
 }

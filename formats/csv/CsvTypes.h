@@ -18,7 +18,7 @@ struct CsvNotation {
     char vectorSeparator = ';';     ///< Between the values of a list.
 
     /// Numbers are as std::from_chars reads them.
-    bool isPlain() const { return decimal == '.' && thousands == '\0'; }
+    bool isPlain() const;
 };
 
 /// Types of columns that a user gives.

@@ -29,12 +29,7 @@ std::vector<std::size_t> positionsOf(const std::vector<std::string>& columns, co
 
 class ChosenReader : public TableReader, public SeekableReader, public BoundedReader {
 public:
-    ChosenReader(std::unique_ptr<TableReader> whole, const std::vector<std::string>& columns)
-        : whole(std::move(whole)), positions(positionsOf(columns, this->whole->schema())) {
-        for (const std::size_t position : positions) {
-            chosen.add(this->whole->schema()[position]);
-        }
-    }
+    ChosenReader(std::unique_ptr<TableReader> whole, const std::vector<std::string>& columns);
 
     const Schema& schema() const override { return chosen; }
     void selectColumns(const std::vector<bool>& needed) override;
@@ -52,6 +47,13 @@ private:
     std::vector<std::size_t> positions;  ///< Of the chosen columns in the whole.
     Schema chosen;
 };
+
+ChosenReader::ChosenReader(std::unique_ptr<TableReader> whole, const std::vector<std::string>& columns)
+    : whole(std::move(whole)), positions(positionsOf(columns, this->whole->schema())) {
+    for (const std::size_t position : positions) {
+        chosen.add(this->whole->schema()[position]);
+    }
+}
 
 void ChosenReader::selectColumns(const std::vector<bool>& needed) {
     std::vector<bool> all(whole->schema().size(), false);
@@ -98,30 +100,37 @@ void ChosenReader::seek(std::uint64_t file, const ChunkStart& start) {
 
 class ChosenOpener : public FileOpener {
 public:
-    ChosenOpener(std::shared_ptr<const FileOpener> whole, std::vector<std::string> columns)
-        : whole(std::move(whole)), columns(std::move(columns)) {}
+    ChosenOpener(std::shared_ptr<const FileOpener> whole, std::vector<std::string> columns);
 
-    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
-        const FileColumns all = whole->columnsOf(file, context);
-        FileColumns chosen;
-        for (const std::size_t position : positionsOf(columns, all.schema)) {
-            chosen.schema.add(all.schema[position]);
-            if (all.undecided.contains(all.schema[position].name)) {
-                chosen.undecided.insert(all.schema[position].name);
-            }
-        }
-        return chosen;
-    }
+    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override;
 
     std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* wanted,
-                                      RunContext& context) const override {
-        return std::make_unique<ChosenReader>(whole->open(file, wanted, context), columns);
-    }
+                                      RunContext& context) const override;
 
 private:
     const std::shared_ptr<const FileOpener> whole;
     const std::vector<std::string> columns;
 };
+
+ChosenOpener::ChosenOpener(std::shared_ptr<const FileOpener> whole, std::vector<std::string> columns)
+    : whole(std::move(whole)), columns(std::move(columns)) {}
+
+FileColumns ChosenOpener::columnsOf(const std::filesystem::path& file, RunContext& context) const {
+    const FileColumns all = whole->columnsOf(file, context);
+    FileColumns chosen;
+    for (const std::size_t position : positionsOf(columns, all.schema)) {
+        chosen.schema.add(all.schema[position]);
+        if (all.undecided.contains(all.schema[position].name)) {
+            chosen.undecided.insert(all.schema[position].name);
+        }
+    }
+    return chosen;
+}
+
+std::unique_ptr<TableReader> ChosenOpener::open(const std::filesystem::path& file, const Schema* wanted,
+                                                RunContext& context) const {
+    return std::make_unique<ChosenReader>(whole->open(file, wanted, context), columns);
+}
 
 }  // namespace
 

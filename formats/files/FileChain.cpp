@@ -46,20 +46,15 @@ public:
     std::uint64_t fileCount() const override { return list.files.size(); }
     void readOnly(const std::vector<bool>& isRead) override { isWanted = isRead; }
     std::optional<std::string> bookmark() const override;
-    void seek(std::uint64_t number, const ChunkStart& place) override {
-        file = static_cast<std::size_t>(number);
-        start = place;
-    }
-    std::string circumstancesOf(std::uint64_t number) const override {
-        return own.circumstancesOf(static_cast<std::size_t>(number));
-    }
+    void seek(std::uint64_t number, const ChunkStart& place) override;
+    std::string circumstancesOf(std::uint64_t number) const override;
     const std::vector<std::string>& lists() const override { return list.lists; }
     std::size_t rowsPerChunk() const override;
     void complete(Chunk& chunk) const override;
     std::optional<double> fraction() const override;
 
 private:
-    std::shared_ptr<OpenedFile> openFile(std::size_t position, OpenFiles::Place place) const;
+    std::shared_ptr<OpenedFile> openFile(std::size_t position, OpenFiles::Permit permit) const;
     void selectColumnsOf(TableReader& reader) const;
     void leaveOutOf(TableReader& reader) const;
     bool openNext();
@@ -89,8 +84,17 @@ private:
     std::shared_ptr<const std::vector<std::size_t>> positions;  ///< In the current file.
     std::optional<ChunkStart> start;                            ///< In that file, if it is not read from its beginning.
     std::uint64_t rows = 0;
-    OpenedFiles files;  ///< Last: its threads use what is above.
+    OpenedFiles files;  ///< Last: its threads use the members above.
 };
+
+void FileChain::seek(std::uint64_t number, const ChunkStart& place) {
+    file = static_cast<std::size_t>(number);
+    start = place;
+}
+
+std::string FileChain::circumstancesOf(std::uint64_t number) const {
+    return own.circumstancesOf(static_cast<std::size_t>(number));
+}
 
 FileChain::FileChain(FileList fileList, std::shared_ptr<const FileOpener> fileOpener, const FileChainOptions& options,
                      RunContext& context)
@@ -105,7 +109,7 @@ FileChain::FileChain(FileList fileList, std::shared_ptr<const FileOpener> fileOp
       columns(survey.common),
       isWanted(list.files.size(), true),
       files(openFilesOfRun(context),
-            [this](std::size_t position, OpenFiles::Place place) { return openFile(position, std::move(place)); }) {
+            [this](std::size_t position, OpenFiles::Permit permit) { return openFile(position, std::move(permit)); }) {
     own.addTo(columns);
     isNeeded.assign(columns.size(), true);
 }
@@ -123,13 +127,13 @@ void FileChain::skipOrThrow(std::size_t position, const Failure& failure) const 
 }
 
 /// Threads: any, also several at once.
-std::shared_ptr<OpenedFile> FileChain::openFile(std::size_t position, OpenFiles::Place place) const {
+std::shared_ptr<OpenedFile> FileChain::openFile(std::size_t position, OpenFiles::Permit permit) const {
     const ListedFile& listed = list.files[position];
     auto ofFile = std::make_unique<FileContext>(context, listed.name, warnings);
     std::unique_ptr<TableReader> reader = opener->open(listed.path, &survey.common, *ofFile);
     selectColumnsOf(*reader);
     leaveOutOf(*reader);
-    return std::make_shared<OpenedFile>(std::move(place), std::move(ofFile), std::move(reader));
+    return std::make_shared<OpenedFile>(std::move(permit), std::move(ofFile), std::move(reader));
 }
 
 void FileChain::selectColumnsOf(TableReader& reader) const {

@@ -5,7 +5,7 @@
 
 #include <string>
 
-/// What is known of many files as bytes, for factOf: the processes of a run in parts neither look for files
+/// The facts about many files as bytes, for factOf: the processes of a run in parts neither look for files
 /// that others read nor open them.
 namespace velmorak {
 

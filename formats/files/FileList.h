@@ -18,7 +18,7 @@ struct ListedFile {
     std::size_t row = 0;         ///< Of the table of file properties, if there is one.
 };
 
-/// The files that a source reads, in order, with what is known of each.
+/// The files that a source reads, in order, with their properties.
 struct FileList {
     std::vector<ListedFile> files;
     std::vector<ColumnInfo> properties;  ///< Columns of the table of file properties, without the files' names.

@@ -9,7 +9,7 @@ namespace velmorak {
 
 class RunContext;
 
-/// A table with what is known of each file.
+/// A table with the properties of files.
 struct FileProperties {
     std::vector<std::string> files;  ///< The column "file": names, patterns or folders.
     std::vector<ColumnInfo> properties;

@@ -23,40 +23,16 @@ constexpr std::size_t maxLooksAhead = 16;  ///< Each has a file open.
 /// Looks at the files in order, while other threads look at the next ones.
 class Looks {
 public:
-    Looks(const FileList& list, std::shared_ptr<const FileOpener> opener, RunContext& context)
-        : list(list),
-          opener(std::move(opener)),
-          context(context),
-          window(context.isPreview() || runThreads() == 1
-                     ? 0
-                     : std::min(maxLooksAhead, looksAheadPerThread * runThreads())) {}
+    Looks(const FileList& list, std::shared_ptr<const FileOpener> opener, RunContext& context);
     Looks(const Looks&) = delete;
     Looks& operator=(const Looks&) = delete;
-    ~Looks() {
-        for (const auto& look : ahead) {
-            look->cancel();
-        }
-    }
+    ~Looks();
 
     /// @return the columns of the next file. @throws Failure, Stopped.
-    FileColumns next() {
-        for (; begun < std::min(taken + 1 + window, list.files.size()); ++begun) {
-            ahead.push_back(Ahead<FileColumns>::begin([this, &file = list.files[begun]] { return lookAt(file); }));
-        }
-        ++taken;
-        const std::shared_ptr<Ahead<FileColumns>> look = std::move(ahead.front());
-        ahead.pop_front();
-        return look->take();
-    }
+    FileColumns next();
 
 private:
-    FileColumns lookAt(const ListedFile& file) const {
-        if (context.isStopping()) {
-            throw Stopped();
-        }
-        FileContext quiet(context, file.name, nullptr);
-        return opener->columnsOf(file.path, quiet);
-    }
+    FileColumns lookAt(const ListedFile& file) const;
 
     const FileList& list;
     const std::shared_ptr<const FileOpener> opener;
@@ -66,6 +42,37 @@ private:
     std::size_t taken = 0;
     std::deque<std::shared_ptr<Ahead<FileColumns>>> ahead;
 };
+
+Looks::Looks(const FileList& list, std::shared_ptr<const FileOpener> opener, RunContext& context)
+    : list(list),
+      opener(std::move(opener)),
+      context(context),
+      window(context.isPreview() || runThreads() == 1 ? 0
+                                                      : std::min(maxLooksAhead, looksAheadPerThread * runThreads())) {}
+
+Looks::~Looks() {
+    for (const auto& look : ahead) {
+        look->cancel();
+    }
+}
+
+FileColumns Looks::next() {
+    for (; begun < std::min(taken + 1 + window, list.files.size()); ++begun) {
+        ahead.push_back(Ahead<FileColumns>::begin([this, &file = list.files[begun]] { return lookAt(file); }));
+    }
+    ++taken;
+    const std::shared_ptr<Ahead<FileColumns>> look = std::move(ahead.front());
+    ahead.pop_front();
+    return look->take();
+}
+
+FileColumns Looks::lookAt(const ListedFile& file) const {
+    if (context.isStopping()) {
+        throw Stopped();
+    }
+    FileContext quiet(context, file.name, nullptr);
+    return opener->columnsOf(file.path, quiet);
+}
 
 std::string listOf(const std::vector<std::string>& names) {
     std::string text;

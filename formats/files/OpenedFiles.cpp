@@ -15,16 +15,11 @@ constexpr std::size_t maxAlone = OpenFiles::limit / 2;
 /// Gives a reader's rows, and counts its file.
 class CountedReader : public TableReader, public BoundedReader {
 public:
-    CountedReader(OpenFiles::Place place, std::unique_ptr<TableReader> file)
-        : place(std::move(place)), file(std::move(file)) {}
+    CountedReader(OpenFiles::Permit permit, std::unique_ptr<TableReader> file);
 
     const Schema& schema() const override { return file->schema(); }
     void selectColumns(const std::vector<bool>& needed) override { file->selectColumns(needed); }
-    void leaveOutBeyond(const std::vector<ColumnBound>& bounds) override {
-        if (auto* const bounded = dynamic_cast<BoundedReader*>(file.get())) {
-            bounded->leaveOutBeyond(bounds);
-        }
-    }
+    void leaveOutBeyond(const std::vector<ColumnBound>& bounds) override;
     bool next(Chunk& chunk) override { return file->next(chunk); }
     std::uint64_t fileCount() const override { return file->fileCount(); }
     std::size_t rowsPerChunk() const override { return file->rowsPerChunk(); }
@@ -32,9 +27,18 @@ public:
     std::optional<double> fraction() const override { return file->fraction(); }
 
 private:
-    const OpenFiles::Place place;
+    const OpenFiles::Permit permit;
     const std::unique_ptr<TableReader> file;
 };
+
+CountedReader::CountedReader(OpenFiles::Permit permit, std::unique_ptr<TableReader> file)
+    : permit(std::move(permit)), file(std::move(file)) {}
+
+void CountedReader::leaveOutBeyond(const std::vector<ColumnBound>& bounds) {
+    if (auto* const bounded = dynamic_cast<BoundedReader*>(file.get())) {
+        bounded->leaveOutBeyond(bounds);
+    }
+}
 
 }  // namespace
 
@@ -49,12 +53,12 @@ void OpenedFiles::begin(std::size_t first, std::size_t end, const std::function<
         if (!isWanted(i) || ahead.contains(i)) {
             continue;
         }
-        OpenFiles::Place place = openFiles->tryTake(OpenFiles::limit - 1);
-        if (!place) {
+        OpenFiles::Permit permit = openFiles->tryTake(OpenFiles::limit - 1);
+        if (!permit) {
             return;
         }
         ahead.emplace(
-            i, Opening::begin([this, i, place = std::move(place)]() mutable { return open(i, std::move(place)); }));
+            i, Opening::begin([this, i, permit = std::move(permit)]() mutable { return open(i, std::move(permit)); }));
     }
 }
 
@@ -70,8 +74,8 @@ std::shared_ptr<OpenedFile> OpenedFiles::take(std::size_t position) {
 
 std::unique_ptr<TableReader> openAlone(OpenFiles& openFiles,
                                        const std::function<std::unique_ptr<TableReader>()>& open) {
-    OpenFiles::Place place = openFiles.tryTake(maxAlone);
-    return place ? std::make_unique<CountedReader>(std::move(place), open()) : nullptr;
+    OpenFiles::Permit permit = openFiles.tryTake(maxAlone);
+    return permit ? std::make_unique<CountedReader>(std::move(permit), open()) : nullptr;
 }
 
 }  // namespace velmorak

@@ -18,10 +18,10 @@ namespace velmorak {
 
 /// A file whose rows are being read, or whose chunks are still being completed.
 struct OpenedFile {
-    OpenedFile(OpenFiles::Place place, std::unique_ptr<FileContext> context, std::unique_ptr<TableReader> reader)
-        : place(std::move(place)), context(std::move(context)), reader(std::move(reader)) {}
+    OpenedFile(OpenFiles::Permit permit, std::unique_ptr<FileContext> context, std::unique_ptr<TableReader> reader)
+        : permit(std::move(permit)), context(std::move(context)), reader(std::move(reader)) {}
 
-    const OpenFiles::Place place;  ///< Given back after the file was closed.
+    const OpenFiles::Permit permit;  ///< Given back after the file was closed.
     const std::unique_ptr<FileContext> context;
     const std::unique_ptr<TableReader> reader;
     std::uint64_t firstRow = 0;  ///< Rows of the files before.
@@ -33,7 +33,7 @@ struct OpenedFile {
 class OpenedFiles {
 public:
     /// @param open opens the file at a position of the list, on any thread; outlives this, as does all that it uses.
-    using Open = std::function<std::shared_ptr<OpenedFile>(std::size_t position, OpenFiles::Place place)>;
+    using Open = std::function<std::shared_ptr<OpenedFile>(std::size_t position, OpenFiles::Permit permit)>;
 
     OpenedFiles(std::shared_ptr<OpenFiles> openFiles, Open open)
         : openFiles(std::move(openFiles)), open(std::move(open)) {}

@@ -23,7 +23,7 @@ std::string keyText(fitsfile* file, const std::string& key) {
     return status == 0 ? toUtf8(trimmed(value.data())) : std::string();
 }
 
-/// An integer column may have a number that stands for a missing value; it is then read as real.
+/// An integer column may have a number that marks missing values; it is then read as real.
 bool hasMissing(fitsfile* file, int number) {
     return !keyText(file, "TNULL" + std::to_string(number)).empty();
 }
@@ -110,8 +110,8 @@ std::vector<FitsColumn> imageColumns(const Unit& unit) {
     return columns;
 }
 
-/// Reads values of one type. @return the library's status.
-struct Place {
+/// Consecutive rows of one column.
+struct CellRange {
     fitsfile* file;
     int column;
     LONGLONG row;  ///< From 1.
@@ -119,38 +119,39 @@ struct Place {
     bool hasMissing;
 };
 
-int readReals(const Place& place, double* target) {
+/// Reads values of one type, as those below. @return the library's status.
+int readReals(const CellRange& cells, double* target) {
     int status = 0;
     int any = 0;  // The library needs a place for it.
     double missing = std::numeric_limits<double>::quiet_NaN();
     // Where it looks for missing values, the library also takes the smallest numbers for 0.
-    fits_read_col(place.file, TDOUBLE, place.column, place.row, 1, place.count, place.hasMissing ? &missing : nullptr,
+    fits_read_col(cells.file, TDOUBLE, cells.column, cells.row, 1, cells.count, cells.hasMissing ? &missing : nullptr,
                   target, &any, &status);
     return status;
 }
 
 template <typename Raw>
-int readAs(int type, const Place& place, std::int64_t* target) {
-    std::vector<Raw> raw(static_cast<std::size_t>(place.count));
+int readAs(int type, const CellRange& cells, std::int64_t* target) {
+    std::vector<Raw> raw(static_cast<std::size_t>(cells.count));
     int status = 0;
     int any = 0;  // The library needs a place for it.
-    fits_read_col(place.file, type, place.column, place.row, 1, place.count, nullptr, raw.data(), &any, &status);
+    fits_read_col(cells.file, type, cells.column, cells.row, 1, cells.count, nullptr, raw.data(), &any, &status);
     std::ranges::transform(raw, target, [](Raw value) { return static_cast<std::int64_t>(value); });
     return status;
 }
 
-int readBooleans(const Place& place, std::uint8_t* target) {
-    std::vector<char> raw(static_cast<std::size_t>(place.count));
+int readBooleans(const CellRange& cells, std::uint8_t* target) {
+    std::vector<char> raw(static_cast<std::size_t>(cells.count));
     int status = 0;
     int any = 0;  // The library needs a place for it.
-    fits_read_col(place.file, TLOGICAL, place.column, place.row, 1, place.count, nullptr, raw.data(), &any, &status);
+    fits_read_col(cells.file, TLOGICAL, cells.column, cells.row, 1, cells.count, nullptr, raw.data(), &any, &status);
     std::ranges::transform(raw, target, [](char value) { return static_cast<std::uint8_t>(value == 1 ? 1 : 0); });
     return status;
 }
 
 /// Appends count values.
-int appendValues(const FitsColumn& column, const Place& place, Column& made) {
-    const auto count = static_cast<std::size_t>(place.count);
+int appendValues(const FitsColumn& column, const CellRange& cells, Column& made) {
+    const auto count = static_cast<std::size_t>(cells.count);
     const std::size_t before = made.valueCount();
     switch (column.kind) {
         case FitsColumn::Kind::Integer:
@@ -158,24 +159,24 @@ int appendValues(const FitsColumn& column, const Place& place, Column& made) {
             auto& values = std::get<Column::Integers>(made.values);
             values.resize(before + count);
             return column.kind == FitsColumn::Kind::Integer
-                       ? readAs<LONGLONG>(TLONGLONG, place, values.data() + before)
-                       : readAs<ULONGLONG>(TULONGLONG, place, values.data() + before);
+                       ? readAs<LONGLONG>(TLONGLONG, cells, values.data() + before)
+                       : readAs<ULONGLONG>(TULONGLONG, cells, values.data() + before);
         }
         case FitsColumn::Kind::Boolean: {
             auto& values = std::get<Column::Booleans>(made.values);
             values.resize(before + count);
-            return readBooleans(place, values.data() + before);
+            return readBooleans(cells, values.data() + before);
         }
         default: {
             auto& values = std::get<Column::Reals>(made.values);
             values.resize(before + count);
-            return readReals(place, values.data() + before);
+            return readReals(cells, values.data() + before);
         }
     }
 }
 
-int appendTexts(const FitsColumn& column, const Place& place, Column& made) {
-    const auto count = static_cast<std::size_t>(place.count);
+int appendTexts(const FitsColumn& column, const CellRange& cells, Column& made) {
+    const auto count = static_cast<std::size_t>(cells.count);
     const auto stride = static_cast<std::size_t>(column.width) + 1;
     std::vector<char> characters(count * stride, '\0');
     std::vector<char*> texts(count);
@@ -185,7 +186,7 @@ int appendTexts(const FitsColumn& column, const Place& place, Column& made) {
     int status = 0;
     int any = 0;  // The library needs a place for it.
     std::array<char, 1> missing{};
-    fits_read_col(place.file, TSTRING, place.column, place.row, 1, place.count, missing.data(), texts.data(), &any,
+    fits_read_col(cells.file, TSTRING, cells.column, cells.row, 1, cells.count, missing.data(), texts.data(), &any,
                   &status);
     for (const char* text : texts) {
         const std::string_view whole(text);

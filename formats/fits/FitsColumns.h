@@ -27,7 +27,7 @@ struct FitsColumn {
     int number = 1;           ///< Of the column, or of the axis, from 1.
     std::uint64_t count = 1;  ///< Values in each row.
     bool isVariable = false;  ///< Each row has a number of values of its own.
-    bool hasMissing = false;  ///< Some number stands for a missing value.
+    bool hasMissing = false;  ///< Some number marks missing values.
     int width = 0;            ///< Of a text: its characters.
 };
 

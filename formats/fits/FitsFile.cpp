@@ -40,19 +40,14 @@ class FitsReader : public TableReader {
 public:
     FitsReader(const std::filesystem::path& path, const std::string& object, const std::vector<std::string>& wanted,
                RunContext& runContext);
-    ~FitsReader() override {
-        const LibraryLock lock;
-        file.reset();
-    }
+    ~FitsReader() override;
     FitsReader(const FitsReader&) = delete;
     FitsReader& operator=(const FitsReader&) = delete;
 
     const Schema& schema() const override { return offered; }
     void selectColumns(const std::vector<bool>& wanted) override { needed = wanted; }
     bool next(Chunk& chunk) override;
-    std::optional<double> fraction() const override {
-        return unit.rows == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(unit.rows);
-    }
+    std::optional<double> fraction() const override;
 
 private:
     void choose(const std::vector<FitsColumn>& all, const std::vector<std::string>& wanted);
@@ -67,6 +62,15 @@ private:
     std::vector<bool> needed;
     std::uint64_t row = 0;
 };
+
+FitsReader::~FitsReader() {
+    const LibraryLock lock;
+    file.reset();
+}
+
+std::optional<double> FitsReader::fraction() const {
+    return unit.rows == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(unit.rows);
+}
 
 FitsReader::FitsReader(const std::filesystem::path& path, const std::string& object,
                        const std::vector<std::string>& wanted, RunContext& runContext)

@@ -3,6 +3,8 @@
 #include <velmorak/Failure.h>
 #include <velmorak/Utf8.h>
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -14,6 +16,7 @@ namespace {
 
 constexpr std::size_t blockBytes = std::size_t{1} << 22U;
 constexpr std::uint64_t maxRowBytes = std::uint64_t{1} << 26U;
+constexpr std::uint64_t maxPackedChunkBytes = 1'000'000'000;
 
 /// Filters that the library lacks, by the numbers under which they are registered.
 std::string nameOfFilter(H5Z_filter_t filter) {
@@ -24,8 +27,27 @@ std::string nameOfFilter(H5Z_filter_t filter) {
     return (found == names.end() ? "number" : found->second) + " " + std::to_string(filter);
 }
 
+/// A packed chunk is in memory as a whole, however small its packed bytes are.
+std::string chunkProblem(hid_t list, std::size_t elementBytes) {
+    std::array<hsize_t, H5S_MAX_RANK> chunk{};
+    const int dimensions = H5Pget_layout(list) == H5D_CHUNKED ? H5Pget_chunk(list, H5S_MAX_RANK, chunk.data()) : 0;
+    if (dimensions <= 0 || H5Pget_nfilters(list) <= 0) {
+        return {};
+    }
+    double bytes = static_cast<double>(elementBytes);
+    for (int i = 0; i < dimensions; ++i) {
+        bytes *= static_cast<double>(chunk[static_cast<std::size_t>(i)]);
+    }
+    return bytes <= static_cast<double>(maxPackedChunkBytes)
+               ? std::string()
+               : fmt::format(
+                     "its packed chunks have {:.1f} GB each, and {:.1f} GB are the most; repack the file with "
+                     "smaller ones (h5repack -l CHUNK=65536)",
+                     bytes / 1e9, static_cast<double>(maxPackedChunkBytes) / 1e9);
+}
+
 /// @return why the bytes of the dataset are out of reach; empty if they are not.
-std::string storageProblem(hid_t dataset) {
+std::string storageProblem(hid_t dataset, std::size_t elementBytes) {
     const Handle list(H5Dget_create_plist(dataset), H5Pclose);
     if (!list) {
         return "its properties cannot be read: " + lastError();
@@ -44,7 +66,7 @@ std::string storageProblem(hid_t dataset) {
                    ", which is not installed; repack the file with gzip (h5repack -f GZIP=4)";
         }
     }
-    return {};
+    return chunkProblem(list.id(), elementBytes);
 }
 
 std::string shapeProblem(const Dataset& dataset) {
@@ -115,7 +137,7 @@ Dataset openDataset(hid_t place, const std::string& name, const std::string& pat
     dataset.elementBytes = H5Tget_size(type.id());
     dataset.problem = shapeProblem(dataset);
     if (dataset.problem.empty()) {
-        dataset.problem = storageProblem(dataset.handle.id());
+        dataset.problem = storageProblem(dataset.handle.id(), dataset.elementBytes);
     }
     dataset.leaves = leavesOf(type.id());
     dataset.hasStoredApart = H5Tdetect_class(type.id(), H5T_VLEN) > 0 ||

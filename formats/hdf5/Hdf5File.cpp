@@ -60,9 +60,7 @@ public:
     void selectColumns(const std::vector<bool>& wanted) override { needed = wanted; }
     bool next(Chunk& chunk) override;
     void complete(Chunk& chunk) const override;
-    std::optional<double> fraction() const override {
-        return held->table.rows == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(held->table.rows);
-    }
+    std::optional<double> fraction() const override;
 
 private:
     /// What must be closed under the lock.
@@ -83,6 +81,10 @@ private:
     std::vector<bool> needed;
     std::uint64_t row = 0;
 };
+
+std::optional<double> Hdf5Reader::fraction() const {
+    return held->table.rows == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(held->table.rows);
+}
 
 Hdf5Reader::Hdf5Reader(const std::filesystem::path& file, const std::string& object,
                        const std::vector<std::string>& wanted, RunContext& runContext)

@@ -73,11 +73,13 @@ private:
     void list(hid_t type, Leaf leaf);
     void compound(hid_t type, const Leaf& leaf, int depth);
     void add(Leaf leaf) { leaves.push_back(std::move(leaf)); }
-    void addProblem(Leaf leaf, std::string problem) {
-        leaf.problem = std::move(problem);
-        add(std::move(leaf));
-    }
+    void addProblem(Leaf leaf, std::string problem);
 };
+
+void Walk::addProblem(Leaf leaf, std::string problem) {
+    leaf.problem = std::move(problem);
+    add(std::move(leaf));
+}
 
 /// Describes a number. @return false if the type is none.
 bool describeNumber(hid_t type, Leaf& leaf) {

@@ -17,21 +17,11 @@ constexpr std::size_t maxNames = 100000;
 /// An attribute or a dataset, which the library reads in two ways.
 class TextSource {
 public:
-    TextSource(hid_t object, const std::string& attribute)
-        : held(attribute.empty()
-                   ? Handle()
-                   : Handle(H5Aexists(object, attribute.c_str()) > 0 ? H5Aopen(object, attribute.c_str(), H5P_DEFAULT)
-                                                                     : -1,
-                            H5Aclose)),
-          isAttribute(!attribute.empty()),
-          id(isAttribute ? held.id() : object) {}
+    TextSource(hid_t object, const std::string& attribute);
 
     Handle type() const { return {isAttribute ? H5Aget_type(id) : H5Dget_type(id), H5Tclose}; }
     Handle space() const { return {isAttribute ? H5Aget_space(id) : H5Dget_space(id), H5Sclose}; }
-    bool read(hid_t memoryType, void* target) const {
-        return (isAttribute ? H5Aread(id, memoryType, target)
-                            : H5Dread(id, memoryType, H5S_ALL, H5S_ALL, H5P_DEFAULT, target)) >= 0;
-    }
+    bool read(hid_t memoryType, void* target) const;
     bool exists() const { return id >= 0; }
 
 private:
@@ -39,6 +29,19 @@ private:
     bool isAttribute;
     hid_t id;
 };
+
+TextSource::TextSource(hid_t object, const std::string& attribute)
+    : held(attribute.empty()
+               ? Handle()
+               : Handle(H5Aexists(object, attribute.c_str()) > 0 ? H5Aopen(object, attribute.c_str(), H5P_DEFAULT) : -1,
+                        H5Aclose)),
+      isAttribute(!attribute.empty()),
+      id(isAttribute ? held.id() : object) {}
+
+bool TextSource::read(hid_t memoryType, void* target) const {
+    return (isAttribute ? H5Aread(id, memoryType, target)
+                        : H5Dread(id, memoryType, H5S_ALL, H5S_ALL, H5P_DEFAULT, target)) >= 0;
+}
 
 std::vector<std::string> longTexts(const TextSource& source, hid_t type, hid_t space, std::size_t count) {
     std::vector<char*> pointers(count, nullptr);
@@ -76,7 +79,7 @@ std::string_view takeLine(std::string_view& text) {
     return line;
 }
 
-/// Resolves \uXXXX, in which Python pickles what is not Latin-1.
+/// Resolves \uXXXX, in which Python pickles characters beyond Latin-1.
 std::string unescaped(std::string_view text) {
     constexpr std::size_t digits = 4;
     std::string result;

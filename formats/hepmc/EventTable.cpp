@@ -76,44 +76,12 @@ std::unique_ptr<EventReader> readerOf(Lines& lines, const std::filesystem::path&
 /// The columns of a chunk while they grow.
 class Builder {
 public:
-    void add(Event&& event) {
-        number.push_back(event.number);
-        process.push_back(event.process);
-        scale.push_back(event.scale);
-        weight.push_back(event.weights.empty() ? 1.0 : event.weights.front());
-        append(reals[0], event.weights);
-        append(integers[0], event.pdg);
-        append(integers[1], event.status);
-        append(integers[2], event.mother);
-        append(reals[1], event.px);
-        append(reals[2], event.py);
-        append(reals[3], event.pz);
-        append(reals[4], event.e);
-        append(reals[5], event.m);
-        listBytes += sizeof(double) * (event.weights.size() + 8 * event.pdg.size());
-    }
+    void add(Event&& event);
 
     std::size_t rows() const { return number.size(); }
     std::size_t bytes() const { return listBytes; }
 
-    std::vector<ColumnPtr> take() {
-        std::vector<ColumnPtr> columns;
-        const auto add = [&](auto&& values, std::vector<std::uint64_t> offsets) {
-            columns.push_back(std::make_shared<const Column>(Column{std::move(values), std::move(offsets)}));
-        };
-        add(std::move(number), {});
-        add(std::move(process), {});
-        add(std::move(scale), {});
-        add(std::move(weight), {});
-        add(std::move(reals[0].values), std::move(reals[0].offsets));
-        for (auto& list : integers) {
-            add(std::move(list.values), std::move(list.offsets));
-        }
-        for (std::size_t i = 1; i < reals.size(); ++i) {
-            add(std::move(reals[i].values), std::move(reals[i].offsets));
-        }
-        return columns;
-    }
+    std::vector<ColumnPtr> take();
 
 private:
     template <typename Number>
@@ -137,39 +105,56 @@ private:
     std::size_t listBytes = 0;
 };
 
+void Builder::add(Event&& event) {
+    number.push_back(event.number);
+    process.push_back(event.process);
+    scale.push_back(event.scale);
+    weight.push_back(event.weights.empty() ? 1.0 : event.weights.front());
+    append(reals[0], event.weights);
+    append(integers[0], event.pdg);
+    append(integers[1], event.status);
+    append(integers[2], event.mother);
+    append(reals[1], event.px);
+    append(reals[2], event.py);
+    append(reals[3], event.pz);
+    append(reals[4], event.e);
+    append(reals[5], event.m);
+    listBytes += sizeof(double) * (event.weights.size() + 8 * event.pdg.size());
+}
+
+std::vector<ColumnPtr> Builder::take() {
+    std::vector<ColumnPtr> columns;
+    const auto add = [&](auto&& values, std::vector<std::uint64_t> offsets) {
+        columns.push_back(std::make_shared<const Column>(Column{std::move(values), std::move(offsets)}));
+    };
+    add(std::move(number), {});
+    add(std::move(process), {});
+    add(std::move(scale), {});
+    add(std::move(weight), {});
+    add(std::move(reals[0].values), std::move(reals[0].offsets));
+    for (auto& list : integers) {
+        add(std::move(list.values), std::move(list.offsets));
+    }
+    for (std::size_t i = 1; i < reals.size(); ++i) {
+        add(std::move(reals[i].values), std::move(reals[i].offsets));
+    }
+    return columns;
+}
+
 class EventTable : public TableReader {
 public:
-    EventTable(const std::filesystem::path& file, RunContext& context)
-        : lines(file, context), reader(readerOf(lines, file)) {}
+    EventTable(const std::filesystem::path& file, RunContext& context);
 
     const Schema& schema() const override { return columns; }
     std::optional<double> fraction() const override { return lines.fraction(); }
 
-    bool next(Chunk& chunk) override {
-        Builder builder;
-        try {
-            while (!failure && !isFull(builder) && reader->next(event)) {
-                builder.add(std::move(event));
-            }
-        } catch (const Failure& damage) {
-            failure = damage;
-        }
-        // Complete events before the damage are returned first.
-        if (failure && builder.rows() == 0) {
-            throw Failure(*failure);
-        }
-        chunk.rows = builder.rows();
-        chunk.columns = builder.take();
-        return chunk.rows > 0;
-    }
+    bool next(Chunk& chunk) override;
 
 private:
     /// Four numbers, and where each of nine lists begins.
     static constexpr std::size_t rowBytes = 13 * sizeof(double);
 
-    bool isFull(const Builder& builder) const {
-        return builder.rows() >= rowsInChunk(columns) || builder.rows() * rowBytes + builder.bytes() >= maxChunkBytes;
-    }
+    bool isFull(const Builder& builder) const;
 
     const Schema columns = columnsOfEvents();
     Lines lines;
@@ -177,6 +162,31 @@ private:
     Event event;
     std::optional<Failure> failure;  ///< Thrown after the events.
 };
+
+EventTable::EventTable(const std::filesystem::path& file, RunContext& context)
+    : lines(file, context), reader(readerOf(lines, file)) {}
+
+bool EventTable::next(Chunk& chunk) {
+    Builder builder;
+    try {
+        while (!failure && !isFull(builder) && reader->next(event)) {
+            builder.add(std::move(event));
+        }
+    } catch (const Failure& damage) {
+        failure = damage;
+    }
+    // Complete events before the damage are returned first.
+    if (failure && builder.rows() == 0) {
+        throw Failure(*failure);
+    }
+    chunk.rows = builder.rows();
+    chunk.columns = builder.take();
+    return chunk.rows > 0;
+}
+
+bool EventTable::isFull(const Builder& builder) const {
+    return builder.rows() >= rowsInChunk(columns) || builder.rows() * rowBytes + builder.bytes() >= maxChunkBytes;
+}
 
 }  // namespace
 

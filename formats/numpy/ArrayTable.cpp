@@ -68,9 +68,7 @@ public:
     void selectColumns(const std::vector<bool>& wanted) override { needed = wanted; }
     bool next(Chunk& chunk) override;
     void complete(Chunk& chunk) const override;
-    std::optional<double> fraction() const override {
-        return rows == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(rows);
-    }
+    std::optional<double> fraction() const override;
 
 private:
     using Read = std::function<void(std::uint64_t position, std::size_t count, char* target)>;
@@ -84,19 +82,10 @@ private:
     void addToPlanes(std::size_t position);
     void findOffsets(Chunk& chunk);
     Rows rowsIn(std::size_t plane, const Chunk& chunk, std::uint64_t first) const;
-    bool isNeeded(const Plane& plane) const {
-        return std::ranges::any_of(plane.columns, [&](std::size_t position) { return needed[position]; });
-    }
+    bool isNeeded(const Plane& plane) const;
     /// The least that a value of a plane's lists takes.
-    std::size_t bytesInValue(const Plane& plane) const {
-        const bool isBoolean = columns[plane.columns.front()].info.type == ColumnType::Boolean;
-        return plane.columns.size() * (isBoolean ? sizeof(std::uint8_t) : sizeof(double));
-    }
-    void checkStop() const {
-        if (context.isStopping()) {
-            throw Stopped();
-        }
-    }
+    std::size_t bytesInValue(const Plane& plane) const;
+    void checkStop() const;
     void fill(std::size_t plane, const Rows& rows, Chunk& chunk, const Read& read) const;
     MemberStream& streamOf(std::size_t plane);
 
@@ -112,6 +101,25 @@ private:
     std::map<std::size_t, ListOffsets> offsets;                    ///< Of planes of lists.
     std::uint64_t row = 0;
 };
+
+std::optional<double> ArrayReader::fraction() const {
+    return rows == 0 ? 1.0 : static_cast<double>(row) / static_cast<double>(rows);
+}
+
+bool ArrayReader::isNeeded(const Plane& plane) const {
+    return std::ranges::any_of(plane.columns, [&](std::size_t position) { return needed[position]; });
+}
+
+std::size_t ArrayReader::bytesInValue(const Plane& plane) const {
+    const bool isBoolean = columns[plane.columns.front()].info.type == ColumnType::Boolean;
+    return plane.columns.size() * (isBoolean ? sizeof(std::uint8_t) : sizeof(double));
+}
+
+void ArrayReader::checkStop() const {
+    if (context.isStopping()) {
+        throw Stopped();
+    }
+}
 
 ArrayReader::ArrayReader(std::shared_ptr<const PlainFile> source, std::vector<StoredArray> stored,
                          std::vector<ArrayColumn> described, std::uint64_t count, RunContext& runContext)

@@ -15,14 +15,7 @@ class Parser {
 public:
     explicit Parser(std::string_view text) : rest(text) {}
 
-    Literal whole() {
-        Literal value = any(0);
-        skipBlanks();
-        if (!rest.empty()) {
-            fail();
-        }
-        return value;
-    }
+    Literal whole();
 
 private:
     [[noreturn]] static void fail() { throw Failure("its header cannot be read"); }
@@ -36,6 +29,15 @@ private:
 
     std::string_view rest;
 };
+
+Literal Parser::whole() {
+    Literal value = any(0);
+    skipBlanks();
+    if (!rest.empty()) {
+        fail();
+    }
+    return value;
+}
 
 void Parser::skipBlanks() {
     while (!rest.empty() && (rest.front() == ' ' || rest.front() == '\n' || rest.front() == '\t')) {

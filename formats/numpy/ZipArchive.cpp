@@ -27,42 +27,50 @@ constexpr std::uint32_t in64Bits = 0xFFFFFFFFU;
 /// Little-endian numbers in bytes of the archive.
 class Fields {
 public:
-    Fields(const PlainFile& file, std::uint64_t position, std::uint64_t count) : file(file) {
-        if (position > file.size() || count > file.size() - position) {
-            fail(file, "it ends before its list of contents does");
-        }
-        bytes.resize(count);
-        file.read(position, bytes.size(), bytes.data());
-    }
+    Fields(const PlainFile& file, std::uint64_t position, std::uint64_t count);
 
-    std::uint64_t number(std::uint64_t at, std::size_t size) const {
-        check(at, size);
-        std::uint64_t value = 0;
-        for (std::size_t i = size; i > 0; --i) {
-            value = value << 8U | static_cast<unsigned char>(bytes[at + i - 1]);
-        }
-        return value;
-    }
+    std::uint64_t number(std::uint64_t at, std::size_t size) const;
     std::uint16_t u16(std::uint64_t at) const { return static_cast<std::uint16_t>(number(at, 2)); }
     std::uint32_t u32(std::uint64_t at) const { return static_cast<std::uint32_t>(number(at, 4)); }
     std::uint64_t u64(std::uint64_t at) const { return number(at, 8); }
-    std::string text(std::uint64_t at, std::uint64_t size) const {
-        check(at, size);
-        return bytes.substr(at, size);
-    }
+    std::string text(std::uint64_t at, std::uint64_t size) const;
     std::uint64_t size() const { return bytes.size(); }
     const std::string& all() const { return bytes; }
 
 private:
-    void check(std::uint64_t at, std::uint64_t size) const {
-        if (at > bytes.size() || size > bytes.size() - at) {
-            fail(file, "its list of contents is cut off");
-        }
-    }
+    void check(std::uint64_t at, std::uint64_t size) const;
 
     const PlainFile& file;
     std::string bytes;
 };
+
+Fields::Fields(const PlainFile& file, std::uint64_t position, std::uint64_t count) : file(file) {
+    if (position > file.size() || count > file.size() - position) {
+        fail(file, "it ends before its list of contents does");
+    }
+    bytes.resize(count);
+    file.read(position, bytes.size(), bytes.data());
+}
+
+std::uint64_t Fields::number(std::uint64_t at, std::size_t size) const {
+    check(at, size);
+    std::uint64_t value = 0;
+    for (std::size_t i = size; i > 0; --i) {
+        value = value << 8U | static_cast<unsigned char>(bytes[at + i - 1]);
+    }
+    return value;
+}
+
+std::string Fields::text(std::uint64_t at, std::uint64_t size) const {
+    check(at, size);
+    return bytes.substr(at, size);
+}
+
+void Fields::check(std::uint64_t at, std::uint64_t size) const {
+    if (at > bytes.size() || size > bytes.size() - at) {
+        fail(file, "its list of contents is cut off");
+    }
+}
 
 struct Directory {
     std::uint64_t position = 0;
@@ -166,25 +174,15 @@ std::vector<ZipMember> zipMembers(const PlainFile& file) {
 }
 
 struct MemberStream::Impl {
-    Impl(const PlainFile& file, ZipMember member) : file(file), member(std::move(member)) {
-        if (this->member.isDeflated && inflateInit2(&state, -MAX_WBITS) != Z_OK) {
-            throw Failure("there is too little memory to unpack " + file.path().string());
-        }
-    }
-    ~Impl() {
-        if (member.isDeflated) {
-            inflateEnd(&state);
-        }
-    }
+    Impl(const PlainFile& file, ZipMember member);
+    ~Impl();
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
 
     void copy(std::size_t count, char* target);
     void unpack(std::size_t count, char* target);
     void refill();
-    [[noreturn]] void failHere() const {
-        fail(file, "\"" + member.name + "\" is damaged after " + std::to_string(done) + " bytes");
-    }
+    [[noreturn]] void failHere() const;
 
     const PlainFile& file;
     ZipMember member;
@@ -194,6 +192,22 @@ struct MemberStream::Impl {
     std::uint64_t done = 0;   ///< Bytes that were returned.
     uLong sum = crc32(0, nullptr, 0);
 };
+
+MemberStream::Impl::Impl(const PlainFile& file, ZipMember member) : file(file), member(std::move(member)) {
+    if (this->member.isDeflated && inflateInit2(&state, -MAX_WBITS) != Z_OK) {
+        throw Failure("there is too little memory to unpack " + file.path().string());
+    }
+}
+
+MemberStream::Impl::~Impl() {
+    if (member.isDeflated) {
+        inflateEnd(&state);
+    }
+}
+
+void MemberStream::Impl::failHere() const {
+    fail(file, "\"" + member.name + "\" is damaged after " + std::to_string(done) + " bytes");
+}
 
 void MemberStream::Impl::copy(std::size_t count, char* target) {
     file.read(member.position + done, count, target);

@@ -140,7 +140,8 @@ std::vector<std::uint8_t> unpackOldLevels(Bytes packed, unsigned width, std::siz
     std::size_t bit = 0;
     for (std::uint8_t& level : levels) {
         for (unsigned i = 0; i < width; ++i, ++bit) {
-            level = static_cast<std::uint8_t>(level << 1U | (packed[bit >> 3U] >> (7U - (bit & 7U)) & 1U));
+            level = static_cast<std::uint8_t>(static_cast<unsigned>(level) << 1U |
+                                              (packed[bit >> 3U] >> (7U - (bit & 7U)) & 1U));
         }
     }
     return levels;

@@ -11,7 +11,7 @@
 namespace velmorak::parquet {
 namespace {
 
-/// Largest number of values in a page: a few bytes may stand for any number of equal ones.
+/// Largest number of values in a page: a few bytes can encode any number of equal ones.
 constexpr std::uint32_t maxPageValues = 1U << 24U;
 
 /// Reads headers, of which several may follow each other closely.
@@ -19,38 +19,42 @@ class HeaderWindow {
 public:
     explicit HeaderWindow(const columnar::FileBytes& file) : file(file) {}
 
-    PageHeader at(std::uint64_t position) {
-        constexpr std::size_t usualBytes = 4096;
-        constexpr std::size_t maxBytes = std::size_t{1} << 24U;
-        for (std::size_t size = usualBytes;; size *= 16) {
-            try {
-                return readPageHeader(bytesAt(position, size));
-            } catch (const EndsEarly&) {
-                if (size > maxBytes || position + size >= file.size()) {
-                    throw;
-                }
-            }
-        }
-    }
+    PageHeader at(std::uint64_t position);
 
 private:
-    Bytes bytesAt(std::uint64_t position, std::size_t count) {
-        if (position > file.size()) {
-            throw Failure("a page is beyond the end of the file");
-        }
-        const std::uint64_t last = std::min<std::uint64_t>(position + count, file.size());
-        if (position < begin || last > begin + block.size()) {
-            constexpr std::uint64_t refill = 16384;
-            block = file.read(position, std::max(last - position, std::min(refill, file.size() - position)));
-            begin = position;
-        }
-        return block.bytes().subspan(position - begin, last - position);
-    }
+    Bytes bytesAt(std::uint64_t position, std::size_t count);
 
     const columnar::FileBytes& file;
     columnar::Block block;
     std::uint64_t begin = 0;
 };
+
+PageHeader HeaderWindow::at(std::uint64_t position) {
+    constexpr std::size_t usualBytes = 4096;
+    constexpr std::size_t maxBytes = std::size_t{1} << 24U;
+    for (std::size_t size = usualBytes;; size *= 16) {
+        try {
+            return readPageHeader(bytesAt(position, size));
+        } catch (const EndsEarly&) {
+            if (size > maxBytes || position + size >= file.size()) {
+                throw;
+            }
+        }
+    }
+}
+
+Bytes HeaderWindow::bytesAt(std::uint64_t position, std::size_t count) {
+    if (position > file.size()) {
+        throw Failure("a page is beyond the end of the file");
+    }
+    const std::uint64_t last = std::min<std::uint64_t>(position + count, file.size());
+    if (position < begin || last > begin + block.size()) {
+        constexpr std::uint64_t refill = 16384;
+        block = file.read(position, std::max(last - position, std::min(refill, file.size() - position)));
+        begin = position;
+    }
+    return block.bytes().subspan(position - begin, last - position);
+}
 
 std::uint64_t firstPosition(const ColumnChunk& chunk) {
     const bool hasDictionary = chunk.dictionaryOffset > 0 && chunk.dictionaryOffset < chunk.dataOffset;

@@ -11,7 +11,7 @@ namespace {
 constexpr unsigned maxDepth = 40;
 
 /// Where the walk is.
-struct Place {
+struct PathState {
     std::string name;
     std::string fullName;
     unsigned definition = 0;
@@ -29,14 +29,14 @@ public:
 private:
     enum class Naming { Own, Inherited };
 
-    void visit(const Place& above, Naming naming);
-    void visitChildren(const SchemaElement& element, const Place& place);
-    void visitList(const Place& place);
-    void visitMap(const Place& place);
-    void addLeaf(const SchemaElement& element, const Place& place);
+    void visit(const PathState& above, Naming naming);
+    void visitChildren(const SchemaElement& element, const PathState& place);
+    void visitList(const PathState& place);
+    void visitMap(const PathState& place);
+    void addLeaf(const SchemaElement& element, const PathState& place);
     const SchemaElement& take();
     const SchemaElement& peek(std::size_t ahead = 0) const;
-    Place enter(const SchemaElement& element, const Place& above, Naming naming) const;
+    PathState enter(const SchemaElement& element, const PathState& above, Naming naming) const;
 
     const std::vector<SchemaElement>& schema;
     std::size_t next = 0;
@@ -67,8 +67,8 @@ std::vector<Leaf> Walk::leaves() {
     return std::move(found);
 }
 
-Place Walk::enter(const SchemaElement& element, const Place& above, Naming naming) const {
-    Place place = above;
+PathState Walk::enter(const SchemaElement& element, const PathState& above, Naming naming) const {
+    PathState place = above;
     place.fullName += (above.fullName.empty() ? "" : ".") + element.name;
     if (naming == Naming::Own) {
         place.name += (above.name.empty() ? "" : ".") + element.name;
@@ -86,9 +86,9 @@ Place Walk::enter(const SchemaElement& element, const Place& above, Naming namin
     return place;
 }
 
-void Walk::visit(const Place& above, Naming naming) {
+void Walk::visit(const PathState& above, Naming naming) {
     const SchemaElement& element = take();
-    const Place place = enter(element, above, naming);
+    const PathState place = enter(element, above, naming);
     if (element.type) {
         addLeaf(element, place);
         return;
@@ -106,14 +106,14 @@ void Walk::visit(const Place& above, Naming naming) {
     }
 }
 
-void Walk::visitChildren(const SchemaElement& element, const Place& place) {
+void Walk::visitChildren(const SchemaElement& element, const PathState& place) {
     for (std::int32_t i = 0; i < element.children; ++i) {
         visit(place, Naming::Own);
     }
 }
 
 /// The repeated node and the element in it have no names of their own. In old files, the repeated node is the element.
-void Walk::visitList(const Place& place) {
+void Walk::visitList(const PathState& place) {
     const SchemaElement& repeated = peek();
     const bool isOld = repeated.type || repeated.children != 1 || repeated.name == "array" ||
                        repeated.name.ends_with("_tuple") || peek(1).repetition == Repetition::Repeated ||
@@ -126,9 +126,9 @@ void Walk::visitList(const Place& place) {
     visit(enter(repeated, place, Naming::Inherited), Naming::Inherited);
 }
 
-void Walk::visitMap(const Place& place) {
+void Walk::visitMap(const PathState& place) {
     const SchemaElement& repeated = take();
-    const Place inside = enter(repeated, place, Naming::Inherited);
+    const PathState inside = enter(repeated, place, Naming::Inherited);
     if (repeated.type) {
         addLeaf(repeated, inside);
         return;
@@ -173,7 +173,7 @@ std::string complaintAbout(const SchemaElement& element) {
     return element.meaning == Meaning::Interval ? "intervals of months, days and milliseconds cannot be read" : "";
 }
 
-void Walk::addLeaf(const SchemaElement& element, const Place& place) {
+void Walk::addLeaf(const SchemaElement& element, const PathState& place) {
     Leaf leaf;
     leaf.name = place.name;
     leaf.fullName = place.fullName;

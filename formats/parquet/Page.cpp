@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <string>
 #include <utility>
 
 namespace velmorak::parquet {
@@ -60,7 +61,8 @@ columnar::Block PageReader::raw(const PageSpot& spot) const {
     constexpr std::uint32_t maxBytes = 1U << 30U;
     const PageHeader& header = spot.header;
     if (header.unpackedBytes > maxBytes) {
-        throw Failure("a page is larger than a gigabyte");
+        throw Failure("a page has " + std::to_string(header.unpackedBytes) +
+                      " bytes when it is unpacked, and 2^30 are the most; write the file with smaller pages");
     }
     columnar::Block block = file.read(spot.position, header.packedBytes);
     if (header.checksum && crc32_z(0, block.data(), block.size()) != *header.checksum) {

@@ -23,16 +23,6 @@ std::optional<NumberType> leafType(const Object& leaf) {
     return isUnsigned ? found->second.second : found->second.first;
 }
 
-ColumnType columnType(const ValueType& type) {
-    if (type.kind == ValueType::Kind::Text) {
-        return ColumnType::Text;
-    }
-    if (type.number == NumberType::Bool) {
-        return ColumnType::Boolean;
-    }
-    return isReal(type.number) ? ColumnType::Real : ColumnType::Integer;
-}
-
 std::uint64_t atOr(const std::vector<std::int64_t>& numbers, std::size_t position, std::uint64_t otherwise) {
     return position < numbers.size() && numbers[position] >= 0 ? static_cast<std::uint64_t>(numbers[position])
                                                                : otherwise;
@@ -142,18 +132,29 @@ void BranchWalk::setCount(const Object& leaf, TreeColumn& column) {
     const auto found = byLeaf.find(count.get());
     if (found == byLeaf.end()) {
         column.complaint = "the column " + count->text("fName") + " of its counts is missing";
+    } else if (const ColumnInfo& info = columns[found->second].info; info.isList || info.type != ColumnType::Integer) {
+        column.complaint = "the column " + info.name + " of its counts has no counts";
     } else {
         column.count = found->second;
     }
 }
 
 void BranchWalk::add(TreeColumn column, const Object& leaf) {
-    column.info.name = freeName(column.name);
-    column.info.type = columnType(innermost(column.layout.type));
-    column.info.isList = !column.layout.type.arguments.empty() || column.count || column.layout.length > 1 ||
-                         column.layout.kind == Layout::Kind::Values;
-    byLeaf[&leaf] = columns.size();
-    columns.push_back(std::move(column));
+    const Layout::Kind kind = column.layout.kind;
+    const bool isNumbers = kind == Layout::Kind::Numbers || kind == Layout::Kind::FlaggedNumbers;
+    const bool isInList = column.count || kind == Layout::Kind::Values || (isNumbers && column.layout.length > 1);
+    std::vector<SelectedColumn> parts = columnsOf(column.layout.type, column.name, isInList);
+    if (!parts.empty()) {
+        byLeaf[&leaf] = columns.size();
+    }
+    for (SelectedColumn& part : parts) {
+        TreeColumn& added = columns.emplace_back(column);
+        added.name = freeName(part.name);
+        added.info = {.name = added.name, .type = part.type, .isList = part.isList};
+        added.selection = std::move(part.selection);
+        added.complaint = column.complaint.empty() ? part.problem : column.complaint;
+        added.bytes = column.bytes / parts.size();
+    }
 }
 
 void BranchWalk::addLeaf(const Object& branch, const Object& leaf, bool isAlone, std::size_t& before) {
@@ -228,26 +229,29 @@ void BranchWalk::setElementLayout(const Object& branch, const Object& leaf, Tree
         column.layout.type.kind = ValueType::Kind::Text;
     } else {
         const bool isAlone = kind == -1;
-        setCollection(column, isAlone ? branch.text("fClassName") : column.typeName,
-                      isAlone ? Collected::Alone : (isCounted ? Collected::ByItems : Collected::AsMember));
+        setValues(column, isAlone ? branch.text("fClassName") : column.typeName,
+                  isAlone ? Collected::Alone : (isCounted ? Collected::ByItems : Collected::AsMember),
+                  static_cast<int>(branch.integer("fClassVersion")));
     }
 }
 
 /// A collection in a branch of its own has a header in each entry, except for a text; a member has one header for all
-/// its values, which are contiguous if it is a member of the items of another collection.
-void BranchWalk::setCollection(TreeColumn& column, const std::string& typeName, Collected collected) {
-    const std::optional<ValueType> type = valueTypeNamed(typeName);
+/// its values, which are contiguous if it is a member of the items of another collection. Objects have one each, but
+/// not one that is a branch.
+void BranchWalk::setValues(TreeColumn& column, const std::string& typeName, Collected collected, int version) const {
+    std::optional<ValueType> type = valueTypeNamed(typeName);
     if (!type) {
         column.complaint = "values of the type " + typeName + " cannot be read";
         return;
     }
+    type->version = collected == Collected::Alone ? version : 0;
+    addMembers(*type, classes);
+    const bool isCollection = type->kind == ValueType::Kind::List || type->kind == ValueType::Kind::Map;
     const bool isText = type->kind == ValueType::Kind::Text;
-    column.layout.type = *type;
+    type->isBare = collected == Collected::Alone;
+    column.layout.type = std::move(*type);
     column.layout.kind = collected == Collected::ByItems ? Layout::Kind::Values : Layout::Kind::Value;
-    column.layout.hasHeader = !isText || collected != Collected::Alone;
-    if (type->kind == ValueType::Kind::Map) {
-        column.complaint = "maps cannot be read";
-    }
+    column.layout.hasHeader = isCollection || (isText && collected != Collected::Alone);
 }
 
 }  // namespace velmorak::root

@@ -21,7 +21,7 @@ private:
     void setElementLayout(const Object& branch, const Object& leaf, TreeColumn& column) const;
     /// Where a collection is.
     enum class Collected { Alone, AsMember, ByItems };
-    static void setCollection(TreeColumn& column, const std::string& typeName, Collected collected);
+    void setValues(TreeColumn& column, const std::string& typeName, Collected collected, int version) const;
     std::string freeName(const std::string& name);
     const Element* elementOf(const Object& branch) const;
     TreeColumn columnOf(const Object& branch) const;

@@ -164,6 +164,11 @@ const ClassInfo* Classes::find(const std::string& name, int version) const {
     return found == versions->second.end() ? &versions->second.rbegin()->second : &found->second;
 }
 
+bool Classes::isAlone(const std::string& name) const {
+    const auto versions = all.find(name);
+    return versions != all.end() && versions->second.size() == 1;
+}
+
 const ClassInfo* Classes::findByChecksum(const std::string& name, std::uint32_t checksum) const {
     const auto versions = all.find(name);
     if (versions == all.end()) {

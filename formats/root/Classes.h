@@ -65,6 +65,8 @@ public:
 
     /// @return the class in that version, or else in any; null if it is not described.
     const ClassInfo* find(const std::string& name, int version) const;
+    /// Whether the class is described in one version only.
+    bool isAlone(const std::string& name) const;
     const ClassInfo* findByChecksum(const std::string& name, std::uint32_t checksum) const;
 
 private:

@@ -66,6 +66,41 @@ void NTuple::addField(std::size_t field, const std::string& name, std::vector<st
     for (const std::size_t child : children) {
         addField(child, isInner ? name : name + "." + schema.fields[child].name, above);
     }
+    if (description.role == Role::Collection && description.arraySize == 0) {
+        addLevel(field, name, above);
+    }
+}
+
+bool NTuple::isListAt(const std::vector<std::size_t>& fields) const {
+    return std::any_of(fields.begin(), fields.end(), [this](std::size_t each) {
+        return schema.fields[each].role == Role::Collection || schema.fields[each].arraySize > 0;
+    });
+}
+
+/// A collection within a list is concatenated with the others; two columns say how. Of collections of the same name in
+/// each other, the innermost has the shortest names.
+void NTuple::addLevel(std::size_t field, const std::string& name, std::vector<std::size_t> above) {
+    std::vector<std::size_t> around = above;
+    around.pop_back();
+    if (!isListAt(around)) {
+        return;
+    }
+    std::string base = name;
+    for (std::vector<std::size_t> inner = childrenOf(field);
+         inner.size() == 1 && schema.fields[inner.front()].role == Role::Collection;
+         inner = childrenOf(inner.front())) {
+        base += ".count";
+    }
+    using enum NTupleTableColumn::Part;
+    for (const auto& [part, suffix] : {std::pair(Counts, ".count"), std::pair(Rows, ".row")}) {
+        NTupleTableColumn column;
+        column.part = part;
+        column.name = base + suffix;
+        column.typeName = schema.fields[field].typeName;
+        column.path = above;
+        column.info = {.name = column.name, .type = ColumnType::Integer, .isList = true};
+        all.push_back(std::move(column));
+    }
 }
 
 ColumnType NTuple::typeOf(const NTupleField& field, std::size_t position) const {
@@ -88,9 +123,7 @@ void NTuple::addLeaf(std::size_t field, const std::string& name, std::vector<std
     column.path = std::move(above);
     column.info.name = name;
     column.info.type = typeOf(description, field);
-    column.info.isList = std::any_of(column.path.begin(), column.path.end(), [this](std::size_t each) {
-        return schema.fields[each].role == Role::Collection || schema.fields[each].arraySize > 0;
-    });
+    column.info.isList = isListAt(column.path);
     const std::size_t count = columnsOf(sourceOf(field), nullptr).size();
     if (description.role == Role::Variant || description.role == Role::Streamed) {
         column.complaint = "fields of the type " + description.typeName + " cannot be read";
@@ -158,42 +191,81 @@ ColumnPtr NTuple::read(const NTupleTableColumn& column, std::uint64_t first, std
 /// items.
 void NTuple::appendRows(const NTupleTableColumn& column, const NTupleCluster& cluster, std::uint64_t first,
                         std::uint64_t last, Column& target) const {
-    std::vector<std::uint64_t> bounds;
+    const bool isLevel = column.part != NTupleTableColumn::Part::Values;
+    Items items{.bounds = {}, .total = cluster.entries};
     for (std::uint64_t i = first; i <= last; ++i) {
-        bounds.push_back(i);
+        items.bounds.push_back(i);
     }
-    std::uint64_t total = cluster.entries;
-    for (const std::size_t field : column.path) {
-        const NTupleField& description = schema.fields[field];
-        if (description.arraySize > 0) {
-            if (description.arraySize > maxTotal || total > maxTotal / description.arraySize) {
-                throw Failure("its arrays are too long");
-            }
-            for (std::uint64_t& bound : bounds) {
-                bound *= description.arraySize;
-            }
-            total *= description.arraySize;
-        } else if (description.role == Role::Collection) {
-            const std::vector<std::size_t> indices = columnsOf(sourceOf(field), &cluster);
-            if (indices.empty()) {
-                throw Failure("it has no counts");
-            }
-            const std::uint64_t from = bounds.front() == 0 ? 0 : bounds.front() - 1;
-            const std::uint64_t to = std::max(from, bounds.back());
-            const Elements some = elements(indices.front(), cluster, total, from, to);
-            for (std::uint64_t& bound : bounds) {
-                bound = endBefore(std::get<1>(some), bound, from);
-            }
-            total = endOfAll(indices.front(), cluster, total);
-        }
-        if (!std::is_sorted(bounds.begin(), bounds.end()) || bounds.back() > total) {
-            throw Failure("its counts do not ascend");
-        }
+    for (std::size_t i = 0; i < column.path.size() - (isLevel ? 1 : 0); ++i) {
+        enter(column.path[i], cluster, items);
+    }
+    if (isLevel) {
+        appendLevel(column, cluster, items, target);
+        return;
     }
     const std::size_t before = target.valueCount();
-    appendLeaf(column.path.back(), cluster, total, bounds.front(), bounds.back(), target);
-    for (std::size_t i = 1; target.isList() && i < bounds.size(); ++i) {
-        target.offsets.push_back(before + bounds[i] - bounds.front());
+    appendLeaf(column.path.back(), cluster, items.total, items.bounds.front(), items.bounds.back(), target);
+    for (std::size_t i = 1; target.isList() && i < items.bounds.size(); ++i) {
+        target.offsets.push_back(before + items.bounds[i] - items.bounds.front());
+    }
+}
+
+void NTuple::enter(std::size_t field, const NTupleCluster& cluster, Items& items) const {
+    const NTupleField& description = schema.fields[field];
+    std::vector<std::uint64_t>& bounds = items.bounds;
+    if (description.arraySize > 0) {
+        if (description.arraySize > maxTotal || items.total > maxTotal / description.arraySize) {
+            throw Failure("its arrays are too long");
+        }
+        for (std::uint64_t& bound : bounds) {
+            bound *= description.arraySize;
+        }
+        items.total *= description.arraySize;
+    } else if (description.role == Role::Collection) {
+        const std::size_t indices = indicesOf(field, cluster);
+        const std::uint64_t from = bounds.front() == 0 ? 0 : bounds.front() - 1;
+        const std::uint64_t to = std::max(from, bounds.back());
+        const Elements some = elements(indices, cluster, items.total, from, to);
+        for (std::uint64_t& bound : bounds) {
+            bound = endBefore(std::get<1>(some), bound, from);
+        }
+        items.total = endOfAll(indices, cluster, items.total);
+    }
+    if (!std::is_sorted(bounds.begin(), bounds.end()) || bounds.back() > items.total) {
+        throw Failure("its counts do not ascend");
+    }
+}
+
+std::size_t NTuple::indicesOf(std::size_t field, const NTupleCluster& cluster) const {
+    const std::vector<std::size_t> indices = columnsOf(sourceOf(field), &cluster);
+    if (indices.empty()) {
+        throw Failure("it has no counts");
+    }
+    return indices.front();
+}
+
+/// @param items around the collections of the column.
+void NTuple::appendLevel(const NTupleTableColumn& column, const NTupleCluster& cluster, const Items& items,
+                         Column& target) const {
+    const std::vector<std::uint64_t>& bounds = items.bounds;
+    const std::uint64_t from = bounds.front() == 0 ? 0 : bounds.front() - 1;
+    const Elements some = elements(indicesOf(column.path.back(), cluster), cluster, items.total, from, bounds.back());
+    const auto& ends = std::get<1>(some);
+    auto& values = std::get<Column::Integers>(target.values);
+    for (std::size_t row = 0; row + 1 < bounds.size(); ++row) {
+        for (std::uint64_t i = bounds[row]; i < bounds[row + 1]; ++i) {
+            const std::uint64_t begin = endBefore(ends, i, from);
+            const std::uint64_t end = endBefore(ends, i + 1, from);
+            if (end < begin || end - begin > maxElements || values.size() > maxElements) {
+                throw Failure("its counts do not ascend");
+            }
+            if (column.part == NTupleTableColumn::Part::Counts) {
+                values.push_back(static_cast<std::int64_t>(end - begin));
+            } else {
+                values.insert(values.end(), end - begin, static_cast<std::int64_t>(i - bounds[row]));
+            }
+        }
+        target.offsets.push_back(values.size());
     }
 }
 

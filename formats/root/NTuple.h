@@ -6,13 +6,20 @@
 
 namespace velmorak::root {
 
-/// A column of an RNTuple as a table: a leaf of its fields, reached through records, collections and arrays.
+/// A column of an RNTuple as a table: a leaf of its fields, reached through records, collections and arrays; or the
+/// counts of a collection in others.
 struct NTupleTableColumn {
+    enum class Part {
+        Values,
+        Counts,  ///< Number of items of each collection at the end of the path.
+        Rows,    ///< For each item, the position of its collection among all of its entry.
+    };
+    Part part = Part::Values;
     std::string name;
     std::string typeName;
     ColumnInfo info;
     std::string complaint;          ///< Why the column cannot be read; empty if it can.
-    std::vector<std::size_t> path;  ///< Fields from the top to the leaf.
+    std::vector<std::size_t> path;  ///< Fields from the top to the leaf or the collection.
 };
 
 /// An RNTuple of a file.
@@ -38,14 +45,26 @@ public:
 private:
     void addField(std::size_t field, const std::string& name, std::vector<std::size_t> above);
     void addLeaf(std::size_t field, const std::string& name, std::vector<std::size_t> above);
+    void addLevel(std::size_t field, const std::string& name, std::vector<std::size_t> above);
+    bool isListAt(const std::vector<std::size_t>& fields) const;
     ColumnType typeOf(const NTupleField& field, std::size_t position) const;
     std::vector<std::size_t> childrenOf(std::size_t field) const;
     /// The columns of a field, in order, in the representation used by the cluster.
     std::vector<std::size_t> columnsOf(std::size_t field, const NTupleCluster* cluster) const;
     std::size_t sourceOf(std::size_t field) const;
+    /// The column with the ends of a collection's items.
+    std::size_t indicesOf(std::size_t field, const NTupleCluster& cluster) const;
 
     void appendRows(const NTupleTableColumn& column, const NTupleCluster& cluster, std::uint64_t first,
                     std::uint64_t last, Column& target) const;
+    /// Items of a field in one cluster.
+    struct Items {
+        std::vector<std::uint64_t> bounds;  ///< Where those of each row begin, and where the last ones end.
+        std::uint64_t total = 0;            ///< In the cluster.
+    };
+    void enter(std::size_t field, const NTupleCluster& cluster, Items& items) const;
+    void appendLevel(const NTupleTableColumn& column, const NTupleCluster& cluster, const Items& items,
+                     Column& target) const;
     std::uint64_t endOfAll(std::size_t column, const NTupleCluster& cluster, std::uint64_t total) const;
     void appendLeaf(std::size_t field, const NTupleCluster& cluster, std::uint64_t total, std::uint64_t first,
                     std::uint64_t last, Column& target) const;

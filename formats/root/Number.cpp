@@ -1,5 +1,6 @@
 #include "root/Number.h"
 
+#include <velmorak/Text.h>
 #include <velmorak/Value.h>
 
 #include <array>
@@ -9,12 +10,6 @@
 
 namespace velmorak::root {
 namespace {
-
-std::string_view trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(' ');
-    return first == std::string_view::npos ? std::string_view()
-                                           : text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
 
 /// A bound of a range, which may contain pi.
 double boundOf(std::string_view text) {

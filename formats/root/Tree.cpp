@@ -3,6 +3,7 @@
 #include "root/BranchWalk.h"
 #include "root/BulkDecode.h"
 #include "root/Compression.h"
+#include "root/ValueWalk.h"
 
 #include <fmt/format.h>
 
@@ -11,83 +12,32 @@
 namespace velmorak::root {
 namespace {
 
-/// Appends the values of entries in order.
-class Sink {
-public:
-    Sink(Column& column, const TreeColumn& tree) : column(column), isList(tree.info.isList) {}
-
-    void number(Buffer& buffer, const ValueType& type);
-    void text(Buffer& buffer) { std::get<Column::Texts>(column.values).push_back(buffer.text()); }
-    void endEntry();
-
-    void value(Buffer& buffer, const ValueType& type);
-
-private:
-    Column& column;
-    bool isList;
-};
-
-void Sink::number(Buffer& buffer, const ValueType& type) {
-    switch (column.values.index()) {
-        case 0:
-            std::get<Column::Reals>(column.values).push_back(readReal(buffer, type.number, type.range));
-            break;
-        case 1:
-            std::get<Column::Integers>(column.values).push_back(readInteger(buffer, type.number));
-            break;
-        default:
-            std::get<Column::Booleans>(column.values)
-                .push_back(static_cast<std::uint8_t>(readInteger(buffer, type.number)));
+void readNumbers(Buffer& entry, const TreeColumn& column, ValueWalk& walk) {
+    const ValueType& type = column.layout.type;
+    const std::size_t count = column.count ? entry.remaining() / sizeOf(type.number, type.range) : column.layout.length;
+    for (std::size_t i = 0; i < count; ++i) {
+        walk.number(entry, type);
     }
 }
 
-void Sink::endEntry() {
-    if (isList) {
-        column.offsets.push_back(column.valueCount());
-    }
-}
-
-void Sink::value(Buffer& buffer, const ValueType& type) {
-    if (type.kind == ValueType::Kind::Number) {
-        number(buffer, type);
-    } else if (type.kind == ValueType::Kind::Text) {
-        text(buffer);
-    } else {
-        const std::size_t count = buffer.count(1);
-        for (std::size_t i = 0; i < count; ++i) {
-            value(buffer, type.arguments.front());
-        }
-    }
-}
-
-void readEntry(Buffer& entry, const TreeColumn& column, Sink& sink) {
+void readEntry(Buffer& entry, const TreeColumn& column, ValueWalk& walk) {
     const Layout& layout = column.layout;
+    walk.beginEntry();
     entry.skip(layout.before);
-    if (layout.hasHeader && entry.remaining() > 0) {
-        readHeader(entry, false);
-    }
-    const std::size_t size = sizeOf(layout.type.number, layout.type.range);
+    const bool isMemberWise = layout.hasHeader && entry.remaining() > 0 && readCollectionHeader(entry);
     switch (layout.kind) {
         case Layout::Kind::FlaggedNumbers:
             entry.skip(entry.remaining() > 0 ? 1 : 0);
-            [[fallthrough]];
-        case Layout::Kind::Numbers: {
-            const std::size_t count = column.count ? entry.remaining() / size : layout.length;
-            for (std::size_t i = 0; i < count; ++i) {
-                sink.number(entry, layout.type);
-            }
-            break;
-        }
+            return readNumbers(entry, column, walk);
+        case Layout::Kind::Numbers:
+            return readNumbers(entry, column, walk);
         case Layout::Kind::Value:
-            sink.value(entry, layout.type);
-            break;
+            return walk.value(entry, layout.type, isMemberWise);
         case Layout::Kind::Values:
             while (entry.remaining() > 0) {
-                sink.value(entry, layout.type);
+                walk.value(entry, layout.type, isMemberWise);
             }
-            break;
     }
-    sink.endEntry();
 }
 
 Column emptyColumn(const TreeColumn& column) {
@@ -243,15 +193,18 @@ void Tree::decode(const TreeColumn& column, const Basket& basket, std::uint64_t 
     if (decodeAtOnce(column, basket, first - basket.firstEntry, last - basket.firstEntry, target)) {
         return;
     }
-    Sink sink(target, column);
+    ValueWalk walk(column.selection, target);
     for (std::uint64_t entry = first; entry < last; ++entry) {
         const std::size_t begin = basket.position(entry - basket.firstEntry);
         const std::size_t end = basket.position(entry - basket.firstEntry + 1);
         Buffer bytes(Bytes(basket.content).subspan(begin, end - begin));
         try {
-            readEntry(bytes, column, sink);
+            readEntry(bytes, column, walk);
         } catch (const Failure& failure) {
             throw Failure(fmt::format("entry {}: {}", entry, failure.what()));
+        }
+        if (target.isList()) {
+            target.offsets.push_back(target.valueCount());
         }
     }
 }

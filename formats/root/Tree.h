@@ -3,8 +3,8 @@
 #include "root/Basket.h"
 #include "root/BasketCache.h"
 #include "root/File.h"
-#include "root/Number.h"
 #include "root/ObjectReader.h"
+#include "root/Selection.h"
 
 #include <velmorak/Table.h>
 
@@ -21,15 +21,6 @@ struct BasketPlace {
     std::uint64_t position = 0;
     std::size_t bytes = 0;
     std::shared_ptr<const Object> embedded;
-};
-
-/// Layout of the values of a type in the bytes of an entry.
-struct ValueType {
-    enum class Kind { Number, Text, List, Map };
-    Kind kind = Kind::Number;
-    NumberType number = NumberType::Int32;
-    NumberRange range;
-    std::vector<ValueType> arguments;  ///< Of a list the type of its items, of a map those of keys and values.
 };
 
 /// Layout of a column's values in the entries of its branch.
@@ -56,6 +47,7 @@ struct TreeColumn {
     ColumnInfo info;
     std::string complaint;  ///< Why the column cannot be read; empty if it can.
     Layout layout;
+    Selection selection;  ///< Of the values of its branch, for other layouts than numbers.
     std::vector<BasketPlace> baskets;
     std::uint64_t entries = 0;
     std::uint64_t bytes = 0;           ///< Of all its entries in the file, decompressed.

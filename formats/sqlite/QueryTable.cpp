@@ -100,12 +100,7 @@ Column emptyColumn(ColumnType type) {
 class QueryReader : public TableReader {
 public:
     QueryReader(std::unique_ptr<Database> source, const std::string& text, const std::vector<FileColumn>& columns,
-                RunContext& runContext)
-        : database(std::move(source)), query(*database, text), context(runContext), needed(columns.size(), true) {
-        for (const FileColumn& column : columns) {
-            offered.add(column.info);
-        }
-    }
+                RunContext& runContext);
 
     const Schema& schema() const override { return offered; }
     void selectColumns(const std::vector<bool>& wanted) override { needed = wanted; }
@@ -123,6 +118,14 @@ private:
     std::uint64_t rows = 0;
     bool isAtEnd = false;
 };
+
+QueryReader::QueryReader(std::unique_ptr<Database> source, const std::string& text,
+                         const std::vector<FileColumn>& columns, RunContext& runContext)
+    : database(std::move(source)), query(*database, text), context(runContext), needed(columns.size(), true) {
+    for (const FileColumn& column : columns) {
+        offered.add(column.info);
+    }
+}
 
 void QueryReader::failAt(std::size_t position) const {
     throw Failure("row " + std::to_string(rows + 1) + ", column " + offered[position].name +

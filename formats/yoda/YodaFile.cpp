@@ -88,8 +88,8 @@ Filled<axes, quantities> cellsByLimits(const Block& block) {
         }
     }();
     // Rows far from a grid would need memory for many more cells than there are rows.
-    constexpr std::size_t mostGaps = 100;
-    if (grid.cellCount() > mostGaps * (rows.size() + mostGaps)) {
+    constexpr std::size_t maxGaps = 100;
+    if (grid.cellCount() > maxGaps * (rows.size() + maxGaps)) {
         throw Fault("its bins are no grid");
     }
     CellVector<CellSums<quantities>> cells(grid.cellCount());

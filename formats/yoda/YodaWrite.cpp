@@ -24,19 +24,7 @@ class Writer {
 public:
     Writer(std::ostream& out, YodaVersion version) : out(out), version(version) {}
 
-    void begin(const std::string& type, const std::string& kind, const std::string& path, const DataObject* object) {
-        name = "YODA_" + type + (version == YodaVersion::V2 ? "_V2" : "_V3");
-        out << "BEGIN " << name << " " << path << "\nPath: " << path << "\nTitle: " << (object ? object->title : "")
-            << "\nType: " << kind << "\n";
-        for (std::size_t i = 0; object && i < object->annotation.size(); ++i) {
-            const AnnotationItem& item = object->annotation[i];
-            const bool isOnOneLine = (item.key + item.value).find_first_of("\r\n") == std::string::npos;
-            if (isOnOneLine && item.key.find_first_of(":=") == std::string::npos && !isOwn(item.key)) {
-                out << item.key << ": " << item.value << "\n";
-            }
-        }
-        out << "---\n";
-    }
+    void begin(const std::string& type, const std::string& kind, const std::string& path, const DataObject* object);
 
     void end() { out << "END " << name << "\n\n"; }
 
@@ -55,14 +43,7 @@ public:
         out << "\t" << digits(static_cast<double>(cell.entries)) << "\n";
     }
 
-    void edges(const Axis& axis, std::size_t number) {
-        out << "Edges(A" << number << "): [";
-        const std::size_t count = axis.labels.empty() ? axis.bins() + 1 : axis.bins();
-        for (std::size_t i = 0; i < count; ++i) {
-            out << (i == 0 ? "" : ", ") << (axis.labels.empty() ? digits(axis.edge(i)) : "\"" + axis.labels[i] + "\"");
-        }
-        out << "]\n";
-    }
+    void edges(const Axis& axis, std::size_t number);
 
     template <std::size_t axes, std::size_t quantities>
     void grid(const FilledGrid<axes, quantities>& object, bool hasProducts) {
@@ -86,23 +67,11 @@ public:
         }
     }
 
-    void points(const Points& points) {
-        for (std::size_t point = 0; point < points.size(); ++point) {
-            for (std::size_t i = 0; i < points.dimension(); ++i) {
-                const Measurement& one = points.measurement(point, i);
-                out << (i == 0 ? "" : "\t") << digits(one.value) << "\t" << digits(one.errorMinus) << "\t"
-                    << digits(one.errorPlus);
-            }
-            out << "\n";
-        }
-    }
+    void points(const Points& points);
 
 private:
     /// Keys that lines of the object itself have.
-    static bool isOwn(const std::string& key) {
-        return key == "Path" || key == "Title" || key == "Type" || key.empty() || key.starts_with("Edges(") ||
-               key == "ErrorLabels" || key == "MaskedBins" || key.front() == '#';
-    }
+    static bool isOwn(const std::string& key);
 
     template <std::size_t axes, std::size_t quantities>
     void binsByLimits(const FilledGrid<axes, quantities>& object, bool hasProducts) {
@@ -134,6 +103,46 @@ private:
     const YodaVersion version;
     std::string name;
 };
+
+void Writer::begin(const std::string& type, const std::string& kind, const std::string& path,
+                   const DataObject* object) {
+    name = "YODA_" + type + (version == YodaVersion::V2 ? "_V2" : "_V3");
+    out << "BEGIN " << name << " " << path << "\nPath: " << path << "\nTitle: " << (object ? object->title : "")
+        << "\nType: " << kind << "\n";
+    for (std::size_t i = 0; object && i < object->annotation.size(); ++i) {
+        const AnnotationItem& item = object->annotation[i];
+        const bool isOnOneLine = (item.key + item.value).find_first_of("\r\n") == std::string::npos;
+        if (isOnOneLine && item.key.find_first_of(":=") == std::string::npos && !isOwn(item.key)) {
+            out << item.key << ": " << item.value << "\n";
+        }
+    }
+    out << "---\n";
+}
+
+void Writer::edges(const Axis& axis, std::size_t number) {
+    out << "Edges(A" << number << "): [";
+    const std::size_t count = axis.labels.empty() ? axis.bins() + 1 : axis.bins();
+    for (std::size_t i = 0; i < count; ++i) {
+        out << (i == 0 ? "" : ", ") << (axis.labels.empty() ? digits(axis.edge(i)) : "\"" + axis.labels[i] + "\"");
+    }
+    out << "]\n";
+}
+
+void Writer::points(const Points& points) {
+    for (std::size_t point = 0; point < points.size(); ++point) {
+        for (std::size_t i = 0; i < points.dimension(); ++i) {
+            const Measurement& one = points.measurement(point, i);
+            out << (i == 0 ? "" : "\t") << digits(one.value) << "\t" << digits(one.errorMinus) << "\t"
+                << digits(one.errorPlus);
+        }
+        out << "\n";
+    }
+}
+
+bool Writer::isOwn(const std::string& key) {
+    return key == "Path" || key == "Title" || key == "Type" || key.empty() || key.starts_with("Edges(") ||
+           key == "ErrorLabels" || key == "MaskedBins" || key.front() == '#';
+}
 
 void writeObject(Writer& writer, const std::string& path, const DataObject& object) {
     const auto named = [&](const std::string& type, const std::string& kind) {

@@ -119,7 +119,7 @@ private:
     /// Goes to the rows of the next tuple. A chain is replaced by its tuples.
     void beginNext(std::unique_ptr<io::TupleBuilder> rows);
 
-    [[noreturn]] void refuseMissing(const std::string& path) const;
+    [[noreturn]] void throwMissing(const std::string& path) const;
 
     static constexpr std::size_t maxMembers = 1000;
 
@@ -202,7 +202,7 @@ void AidaTable::beginNext(std::unique_ptr<io::TupleBuilder> rows) {
         while (!handler->builder() && !handler->isDone() && reader->advance()) {
         }
         if (!handler->builder() && handler->chain().empty()) {
-            refuseMissing(path);
+            throwMissing(path);
         }
         members.insert(members.begin(), handler->chain().begin(), handler->chain().end());
         if (begun + members.size() > maxMembers) {
@@ -212,10 +212,10 @@ void AidaTable::beginNext(std::unique_ptr<io::TupleBuilder> rows) {
         if (!handler->builder()) {
             rows = handler->release();
         }
-    } while (handler->builder() == nullptr);
+    } while (!handler->builder());
 }
 
-void AidaTable::refuseMissing(const std::string& path) const {
+void AidaTable::throwMissing(const std::string& path) const {
     for (const AidaEntry& entry : handler->entries()) {
         if (entry.path == path) {
             throw Failure(fmt::format("{}: {} is a {}, not a table", file.string(), path, entry.element));

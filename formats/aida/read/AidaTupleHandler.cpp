@@ -305,7 +305,7 @@ void AidaTupleHandler::endRow() {
     }
 }
 
-std::size_t AidaTupleHandler::takeRows(const PlainRows& rows, std::size_t first) {
+std::size_t AidaTupleHandler::takeRows(const RowFastPath& rows, std::size_t first) {
     if (!rowBuilder) {
         return rows.count() - first;
     }

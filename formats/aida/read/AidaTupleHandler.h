@@ -47,7 +47,7 @@ public:
     void endElement(const char* name) override;
     const std::vector<PlainColumn>* plainColumns() const override { return isInPlainRows ? &plain : nullptr; }
     bool isBetweenRows() const override { return states.back() == State::Rows || states.back() == State::SkippedRows; }
-    std::size_t takeRows(const PlainRows& rows, std::size_t first) override;
+    std::size_t takeRows(const RowFastPath& rows, std::size_t first) override;
     void beginDocument() override;
     bool continuesAfter(const std::string& damage) override;
     /// Damage of skipped files of an archive.

@@ -215,7 +215,7 @@ void TupleBuilder::countBytesOfRow() {
     }
 }
 
-std::size_t TupleBuilder::roomFor(const PlainRows& rows, std::size_t first) const {
+std::size_t TupleBuilder::roomFor(const RowFastPath& rows, std::size_t first) const {
     const std::size_t most = std::min(rows.count() - first, maxRows - rowCount);
     std::size_t whole = bytes;
     for (std::size_t count = 0; count < most; ++count) {
@@ -242,7 +242,7 @@ std::vector<PlainColumn> TupleBuilder::plainColumns() const {
     return columns;
 }
 
-void TupleBuilder::appendRows(const PlainRows& rows, std::size_t first, std::size_t count) {
+void TupleBuilder::appendRows(const RowFastPath& rows, std::size_t first, std::size_t count) {
     for (std::size_t i = 0; i < slots.size(); ++i) {
         if (!slots[i].isUsed) {
             continue;

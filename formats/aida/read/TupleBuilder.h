@@ -38,9 +38,9 @@ public:
     /// The columns if each row has one value in each; else none.
     std::vector<PlainColumn> plainColumns() const;
     /// @return how many of the rows, from the first on, still fit into the chunk.
-    std::size_t roomFor(const PlainRows& rows, std::size_t first) const;
+    std::size_t roomFor(const RowFastPath& rows, std::size_t first) const;
     /// Appends complete rows. Must be called between rows.
-    void appendRows(const PlainRows& rows, std::size_t first, std::size_t count);
+    void appendRows(const RowFastPath& rows, std::size_t first, std::size_t count);
 
     const std::string& problem() const { return reason; }
     /// Entries were seen beyond the last column.

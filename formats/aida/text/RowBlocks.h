@@ -25,7 +25,7 @@ public:
 
         std::vector<char> bytes;  ///< The text, followed by zeros.
         std::size_t size = 0;
-        PlainRows rows;
+        RowFastPath rows;
         std::size_t scannedFrom = 0;
         double fraction = 0.0;  ///< Of the file that has been read up to here.
         std::exception_ptr failure;

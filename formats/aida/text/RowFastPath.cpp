@@ -74,7 +74,7 @@ const char* scanInteger(const char* text, std::int64_t& value) {
 
 }  // namespace
 
-PlainRows::PlainRows(const std::vector<PlainColumn>& columns) : values(columns.size()) {
+RowFastPath::RowFastPath(const std::vector<PlainColumn>& columns) : values(columns.size()) {
     for (std::size_t i = 0; i < columns.size(); ++i) {
         targets.push_back({columns[i]});
         switch (columns[i].type) {
@@ -94,7 +94,7 @@ PlainRows::PlainRows(const std::vector<PlainColumn>& columns) : values(columns.s
     }
 }
 
-void PlainRows::makeRoom(std::size_t size) {
+void RowFastPath::makeRoom(std::size_t size) {
     const std::size_t most = size / minBytes(targets.size()) + 1;
     if (most > room) {
         room = most;
@@ -117,14 +117,14 @@ void PlainRows::makeRoom(std::size_t size) {
     }
 }
 
-void PlainRows::clear() {
+void RowFastPath::clear() {
     rowCount = 0;
     byteCount = 0;
     lineCount = 0;
     linesSeen = 0;
 }
 
-void PlainRows::scan(const char* text, std::size_t size) {
+void RowFastPath::scan(const char* text, std::size_t size) {
     clear();
     makeRoom(size);
     textEnd = text + size;
@@ -139,7 +139,7 @@ void PlainRows::scan(const char* text, std::size_t size) {
 }
 
 /// @return the first byte after the row; null if it is not a plain one.
-const char* PlainRows::scanRow(const char* text) {
+const char* RowFastPath::scanRow(const char* text) {
     if (!isAt(text, "<row>")) {
         return nullptr;
     }
@@ -154,7 +154,7 @@ const char* PlainRows::scanRow(const char* text) {
     return isAt(text, "</row>") ? text + rowEnd.size() : nullptr;
 }
 
-const char* PlainRows::scanEntry(const char* text, const Target& target) {
+const char* RowFastPath::scanEntry(const char* text, const Target& target) {
     if (!isAt(text, R"(<entry value=")")) {
         return nullptr;
     }
@@ -170,7 +170,7 @@ const char* PlainRows::scanEntry(const char* text, const Target& target) {
 }
 
 /// @return the quote that ends the value; null if the value does not fit the column.
-const char* PlainRows::scanValue(const char* text, const Target& target) {
+const char* RowFastPath::scanValue(const char* text, const Target& target) {
     if (!target.column.isUsed) {
         return endOfValue(text);
     }

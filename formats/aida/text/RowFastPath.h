@@ -16,16 +16,16 @@ struct PlainColumn {
     bool isUsed = true;  ///< Otherwise its values are passed over.
 };
 
-/// Bytes beyond the end of a text that PlainRows may read. They must be zero.
+/// Bytes beyond the end of a text that RowFastPath may read. They must be zero.
 inline constexpr std::size_t plainRowsMargin = 32;
 
 /// Scans plain rows of a tuple, as nearly every program writes them: <row> with an <entry value="..."/> for each
 /// column, blanks, and nothing else. Anything else ends the scan before its row, which the full XML parser must read:
 /// another element or attribute, a reference, a comment, a byte beyond ASCII, an entry too many or too few, a value
 /// that the column cannot hold. Threads: one at a time.
-class PlainRows {
+class RowFastPath {
 public:
-    explicit PlainRows(const std::vector<PlainColumn>& columns);
+    explicit RowFastPath(const std::vector<PlainColumn>& columns);
 
     /// Scans from the beginning of a row, or of blanks before one. Discards the rows scanned before.
     /// @param text followed by plainRowsMargin bytes of zero.

@@ -23,7 +23,7 @@ public:
     /// No element is open inside the one that contains the rows. Called only if there are plain columns.
     virtual bool isBetweenRows() const { return false; }
     /// Receives rows instead of their elements. @return how many of them, from the first on, are accepted.
-    virtual std::size_t takeRows(const PlainRows& /*rows*/, std::size_t /*first*/) { return 0; }
+    virtual std::size_t takeRows(const RowFastPath& /*rows*/, std::size_t /*first*/) { return 0; }
     /// The next file of an archive begins; open elements are discarded. Not called for the first file.
     virtual void beginDocument() {}
     /// A file of an archive is damaged. @return whether to continue with the next one.

@@ -3,6 +3,7 @@
 #include "aida/text/XmlEncoding.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/Utf8.h>
 
 #include <fmt/format.h>
 
@@ -240,15 +241,15 @@ void XmlReader::checkElement(const char* name, const char* const* attributes) {
     }
     const std::string_view tag = parser.currentTag();
     if (const auto undefined = references.undefinedIn(tag)) {
-        refuseEntity(undefined->name, tag.substr(0, undefined->position));
+        throwUndefined(undefined->name, tag.substr(0, undefined->position));
     }
 }
 
 /// @param before bytes between the parser's position and the reference.
-void XmlReader::refuseEntity(const std::string& entity, std::string_view before) const {
+void XmlReader::throwUndefined(const std::string& entity, std::string_view before) const {
     const auto lines = static_cast<std::uint64_t>(std::count(before.begin(), before.end(), '\n'));
     const std::string_view line = before.substr(before.rfind('\n') + 1);
-    const auto isBegin = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80 && c != '\0'; };
+    const auto isBegin = [](char c) { return !isContinuationByte(c) && c != '\0'; };
     const auto characters = static_cast<std::uint64_t>(std::count_if(line.begin(), line.end(), isBegin));
     const std::uint64_t column = (lines == 0 ? parser.column() : 0) + characters + 1;
     throw Failure(fmt::format(
@@ -331,7 +332,7 @@ void XMLCALL XmlReader::entityDeclared(void* self, const XML_Char* name, int isP
 
 void XMLCALL XmlReader::entitySkipped(void* self, const XML_Char* name, int isParameter) {
     if (isParameter == 0) {
-        callback(self, [&](XmlReader& reader) { reader.refuseEntity(name, {}); });
+        callback(self, [&](XmlReader& reader) { reader.throwUndefined(name, {}); });
     }
 }
 

@@ -84,7 +84,7 @@ private:
     std::size_t wantedBytes() const;
     void checkElement(const char* name, const char* const* attributes);
     [[noreturn]] void fail(const std::string& reason) const;
-    [[noreturn]] void refuseEntity(const std::string& entity, std::string_view before) const;
+    [[noreturn]] void throwUndefined(const std::string& entity, std::string_view before) const;
     bool mayScan() const;
     bool takeRows();
 

@@ -34,7 +34,7 @@ std::string head(bool hasNestedRows) {
         version, blanks, VELMORAK_VERSION);
 }
 
-/// Stands in for a table in beginElement.
+/// The placeholder for a table in beginElement.
 struct TableHead : DataObject {
     ValueType type() const override { return ValueType::Table; }
 };

@@ -39,13 +39,13 @@ public:
     Column read(std::size_t block, std::size_t column);
 
 private:
-    struct Place {
+    struct StoredColumn {
         std::uint64_t position = 0;
         std::uint64_t values = 0;
     };
     struct Block {
         std::size_t rows = 0;
-        std::vector<Place> columns;
+        std::vector<StoredColumn> columns;
     };
 
     void write(const Column& column);

@@ -18,19 +18,23 @@ constexpr std::uint64_t firstDay = 0x21;  ///< 1980-01-01, before which the form
 /// Appends little-endian numbers.
 class Fields {
 public:
-    Fields& text(const std::string& more) {
-        bytes += more;
-        return *this;
-    }
-    Fields& number(std::uint64_t value, std::size_t size) {
-        for (std::size_t i = 0; i < size; ++i) {
-            bytes += static_cast<char>(value >> (8 * i) & 0xFFU);
-        }
-        return *this;
-    }
+    Fields& text(const std::string& more);
+    Fields& number(std::uint64_t value, std::size_t size);
 
     std::string bytes;
 };
+
+Fields& Fields::text(const std::string& more) {
+    bytes += more;
+    return *this;
+}
+
+Fields& Fields::number(std::uint64_t value, std::size_t size) {
+    for (std::size_t i = 0; i < size; ++i) {
+        bytes += static_cast<char>(value >> (8 * i) & 0xFFU);
+    }
+    return *this;
+}
 
 /// Bit 11 says that the name is in UTF-8.
 std::uint64_t flagsFor(const std::string& name) {
@@ -42,34 +46,38 @@ std::uint64_t flagsFor(const std::string& name) {
 
 /// Deflates pieces of a member.
 struct ZipOutput::Packer {
-    Packer() {
-        constexpr int level = 6;
-        constexpr int memory = 8;
-        if (deflateInit2(&state, level, Z_DEFLATED, -MAX_WBITS, memory, Z_DEFAULT_STRATEGY) != Z_OK) {
-            throw Failure("there is too little memory to compress the file");
-        }
-    }
+    Packer();
     ~Packer() { deflateEnd(&state); }
     Packer(const Packer&) = delete;
     Packer& operator=(const Packer&) = delete;
 
-    std::string pack(const char* bytes, std::size_t count, int flush) {
-        std::string packed;
-        // zlib does not change what it reads.
-        state.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes));  // NOLINT(*-const-cast)
-        state.avail_in = static_cast<uInt>(count);
-        do {
-            state.next_out = reinterpret_cast<Bytef*>(buffer.data());
-            state.avail_out = static_cast<uInt>(buffer.size());
-            deflate(&state, flush);
-            packed.append(buffer.data(), buffer.size() - state.avail_out);
-        } while (state.avail_out == 0);
-        return packed;
-    }
+    std::string pack(const char* bytes, std::size_t count, int flush);
 
     z_stream state{};
     std::array<char, 65536> buffer{};
 };
+
+ZipOutput::Packer::Packer() {
+    constexpr int level = 6;
+    constexpr int memory = 8;
+    if (deflateInit2(&state, level, Z_DEFLATED, -MAX_WBITS, memory, Z_DEFAULT_STRATEGY) != Z_OK) {
+        throw Failure("there is too little memory to compress the file");
+    }
+}
+
+std::string ZipOutput::Packer::pack(const char* bytes, std::size_t count, int flush) {
+    std::string packed;
+    // zlib does not change what it reads.
+    state.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes));  // NOLINT(*-const-cast)
+    state.avail_in = static_cast<uInt>(count);
+    do {
+        state.next_out = reinterpret_cast<Bytef*>(buffer.data());
+        state.avail_out = static_cast<uInt>(buffer.size());
+        deflate(&state, flush);
+        packed.append(buffer.data(), buffer.size() - state.avail_out);
+    } while (state.avail_out == 0);
+    return packed;
+}
 
 ZipOutput::ZipOutput(std::ostream& out, bool deflates) : out(out), deflates(deflates) {}
 

@@ -1,9 +1,9 @@
 #include "root/write/ClassTable.h"
 
 namespace velmorak::root {
+namespace {
 
-std::string_view classTable() {
-    return R"(
+constexpr std::string_view table = R"(
 class TObject 1
   fUniqueID: unsigned int
   fBits: unsigned int = 50331648
@@ -231,6 +231,11 @@ class TStreamerInfo 9 TNamed
   fClassVersion: int
   fElements: TObjArray*
 )";
+
+}  // namespace
+
+std::string_view classTable() {
+    return table;
 }
 
 }  // namespace velmorak::root

@@ -56,18 +56,18 @@ void putIdentity(ByteOutput& output, const std::string& identity) {
 
 }  // namespace
 
-FileWriter::FileWriter(const Place& place, Packing packing)
-    : path(place.path),
+FileWriter::FileWriter(const Target& target, Packing packing)
+    : path(target.path),
       how(packing),
-      file(std::fopen(place.path.c_str(), "wb"), &std::fclose),
+      file(std::fopen(target.path.c_str(), "wb"), &std::fclose),
       hash(XXH3_createState(), &releaseHash),
       identity(16, '\0') {
     if (!file) {
         fail();
     }
     XXH3_128bits_reset(hash.get());
-    beginFile(place.name);
-    for (const std::string& part : partsOf(place.folder)) {
+    beginFile(target.name);
+    for (const std::string& part : partsOf(target.folder)) {
         beginFolder(part);
     }
 }

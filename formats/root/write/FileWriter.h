@@ -23,14 +23,14 @@ namespace velmorak::root {
 /// Threads: one at a time.
 class FileWriter {
 public:
-    struct Place {
+    struct Target {
         std::filesystem::path path;  ///< To write to.
         std::string name;            ///< That the file has in itself.
         std::string folder = "/";    ///< Of all objects, such as "/run1/muons".
     };
 
     /// @throws Failure if the file cannot be created.
-    FileWriter(const Place& place, Packing packing);
+    FileWriter(const Target& target, Packing packing);
     ~FileWriter();
     FileWriter(const FileWriter&) = delete;
     FileWriter& operator=(const FileWriter&) = delete;

@@ -2,6 +2,7 @@
 
 #include "root/write/ClassTable.h"
 
+#include <velmorak/Text.h>
 #include <velmorak/Value.h>
 
 #include <array>
@@ -40,14 +41,7 @@ std::string_view takeUpTo(std::string_view& text, std::string_view separator) {
     return part;
 }
 
-std::string_view trimmed(std::string_view text) {
-    while (text.starts_with(' ')) {
-        text.remove_prefix(1);
-    }
-    return text;
-}
-
-/// Number of the type; that of an int for an enumeration, and 0 for what is no number.
+/// Number of the type; that of an int for an enumeration, and 0 for other types.
 int numberOf(std::string_view type) {
     for (const NumberName& each : numberNames) {
         if (each.name == type) {

@@ -4,6 +4,8 @@
 #include "ReadTable.h"
 
 #include <gtest/gtest.h>
+
+#include <unistd.h>
 #include <nlohmann/json.hpp>
 
 #include <cmath>
@@ -22,6 +24,11 @@ ReadTable readFile(const fs::path& file) {
     return readTable(*openArrow(file, {}, nullptr, context));
 }
 
+std::string contentOf(const fs::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
 /// A file that the npm package apache-arrow writes.
 struct Written {
     std::string form;
@@ -36,8 +43,7 @@ protected:
             GTEST_SKIP() << reason;
         }
         const Written& written = GetParam();
-        file = fs::path(testing::TempDir()) /
-               (written.form + written.compression + std::to_string(written.batches) + ".arrow");
+        file = fs::path(testing::TempDir()) / ("written" + std::to_string(getpid()) + ".arrow");
         values =
             Json::parse(npm::run(fs::path(SCRIPTS) / "write.mjs",
                                  {file.string(), written.form, written.compression, std::to_string(written.batches)}));
@@ -118,8 +124,7 @@ TEST_P(ArrowFiles, haveReadableSummaries) {
 
 /// Every byte in turn is wrong, or the last one: the file is read or refused with a sentence that names it.
 TEST_P(ArrowFiles, thatAreDamagedAreReadOrRefusedWithASentence) {
-    std::ifstream stream(file, std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    const std::string bytes = contentOf(file);
     const fs::path damaged = file.string() + ".damaged";
     int refused = 0;
     for (std::size_t i = 0; i < bytes.size(); i += 37) {
@@ -148,14 +153,33 @@ INSTANTIATE_TEST_SUITE_P(OfEveryForm, ArrowFiles,
                              return written.form + "_" + written.compression + "_" + std::to_string(written.batches);
                          });
 
+/// A file that claims that its first buffer has 2^31 bytes when it is unpacked.
+TEST_P(ArrowFiles, areRefusedWhereABufferGrowsTooLarge) {
+    if (GetParam().compression != "zstd") {
+        return;
+    }
+    std::string bytes = contentOf(file);
+    const std::size_t packed = bytes.find("\x28\xB5\x2F\xFD");
+    ASSERT_NE(packed, std::string::npos);
+    bytes.replace(packed - 8, 8, std::string("\0\0\0\x80\0\0\0\0", 8));
+    std::ofstream(file, std::ios::binary) << bytes;
+    try {
+        readFile(file);
+        FAIL() << "it was read";
+    } catch (const Failure& failure) {
+        EXPECT_NE(std::string(failure.what()).find("2147483648 bytes when it is unpacked"), std::string::npos)
+            << failure.what();
+    }
+}
+
 TEST(ArrowTable, refusesOtherFilesWithASentence) {
-    const fs::path file = fs::path(testing::TempDir()) / "no.arrow";
+    const fs::path file = fs::path(testing::TempDir()) / ("no" + std::to_string(getpid()) + ".arrow");
     std::ofstream(file) << "x,y\n1,2\n3,4\n";
     try {
         readFile(file);
         ADD_FAILURE();
     } catch (const Failure& failure) {
-        EXPECT_NE(std::string(failure.what()).find("no.arrow: it is neither an Arrow file"), std::string::npos);
+        EXPECT_NE(std::string(failure.what()).find(".arrow: it is neither an Arrow file"), std::string::npos);
     }
     fs::remove(file);
 }

@@ -36,6 +36,18 @@ protected:
     }
 };
 
+TEST_F(CsvWild, aNumberMayMarkMissingValues) {
+    options.missing = "-999";
+    write("x,n\n1.5,1\n-999,2\n-99.9,-999\n");
+    const Column::Reals x = reals("x");
+    EXPECT_EQ(x[0], 1.5);
+    EXPECT_TRUE(std::isnan(x[1]));
+    EXPECT_EQ(x[2], -99.9);
+    const Column::Reals n = reals("n");
+    EXPECT_EQ(n[1], 2.0);
+    EXPECT_TRUE(std::isnan(n[2]));
+}
+
 TEST_F(CsvWild, anIntegerColumnBecomesRealWhereALaterValueHasAFraction) {
     writeIntegersAnd("1.5,7");
     const Column::Reals values = reals("n");

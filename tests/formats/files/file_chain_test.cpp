@@ -278,7 +278,7 @@ TEST_F(FileChainTest, saysOnWhatTheRowsOfAFileDepend) {
     EXPECT_THAT(dynamic_cast<FileCircumstances&>(*open("@samples.csv")).lists(), ElementsAre("samples.csv"));
 }
 
-/// Reads a row of two columns, in an order of its own, and leaves out what is not needed.
+/// Reads a row of two columns, in an order of its own, and leaves out columns that are not needed.
 class SelectiveReader : public TableReader {
 public:
     explicit SelectiveReader(bool isReversed) : columns(isReversed ? reversed() : inOrder()) {}

@@ -285,7 +285,7 @@ def compare_loosely(found, wanted):
         words = [word for text in found[name] for word in (text.split(" ") if column.is_list else [text]) if word]
         is_real = has_missing or (is_numeric and column.is_optional and any("." in word or word == "NaN" for word in words))
         if column.kind == "text" and column.is_list:
-            continue  # Words with blanks cannot be told apart in the text file.
+            continue  # Words with blanks cannot be distinguished in the text file.
         compare({name: found[name]}, {name: column.expected(values, is_real)})
 
 

@@ -199,6 +199,19 @@ def check_refusals(reader):
     assert 'it has 3 dimensions; a table has one or two' in message, message
 
 
+def check_large_chunks(reader):
+    """Packed chunks are in memory as a whole: of 1.0 GB at most. Those that are not packed are read in parts."""
+    file = reader.folder / "c.h5"
+    for packing in {"compression": "gzip"}, {"shuffle": True}, {}:
+        with h5py.File(file, "w") as out:
+            out.create_dataset("x", shape=(10,), maxshape=(None,), dtype="<f8", chunks=(200_000_000,), **packing)
+        if packing:
+            message = reader.failure(file, object="x")
+            assert "its packed chunks have 1.6 GB each, and 1.0 GB are the most" in message, message
+        else:
+            compare(reader.columns(file, object="x"), {"value": [0.0] * 10})
+
+
 def main(runner):
     seed = random.randrange(2**32)
     print("seed", seed)
@@ -211,6 +224,7 @@ def main(runner):
         check_mixed_compound(reader)
         check_pandas(reader, generator)
         check_refusals(reader)
+        check_large_chunks(reader)
     with Reader(runner, "CsvTable") as reader:
         with h5py.File(reader.folder / "a.h5", "w") as out:
             out["x"] = [1]

@@ -8,6 +8,8 @@
 #include <velmorak/Parts.h>
 
 #include <gtest/gtest.h>
+
+#include <unistd.h>
 #include <nlohmann/json.hpp>
 
 #include <bit>
@@ -54,7 +56,7 @@ protected:
         return readTable(*openParquet(file, {}, nullptr, context));
     }
 
-    fs::path file = fs::path(testing::TempDir()) / ("trip" + std::to_string(GetParam()) + ".parquet");
+    fs::path file = fs::path(testing::TempDir()) / ("trip" + std::to_string(getpid()) + ".parquet");
 };
 
 /// NaN is equal to itself, and 0 not to -0.
@@ -164,7 +166,7 @@ TEST(ParquetDamage, isReadOrRefusedWithASentence) {
     parquet::ParquetRows rows(RandomTable::schema(), [&](const std::string& more) { bytes += more; });
     rows.append(RandomTable(3).rows(50), 50);
     rows.finish();
-    const fs::path file = fs::path(testing::TempDir()) / "damaged.parquet";
+    const fs::path file = fs::path(testing::TempDir()) / ("damaged" + std::to_string(getpid()) + ".parquet");
     int refused = 0;
     for (std::size_t i = 0; i < bytes.size(); i += 3) {
         std::string other = i % 2 == 0 ? bytes.substr(0, i) : bytes;
@@ -176,7 +178,7 @@ TEST(ParquetDamage, isReadOrRefusedWithASentence) {
             QuietContext context;
             readTable(*openParquet(file, {}, nullptr, context));
         } catch (const Failure& failure) {
-            EXPECT_NE(std::string(failure.what()).find("damaged.parquet"), std::string::npos) << failure.what();
+            EXPECT_NE(std::string(failure.what()).find(file.filename().string()), std::string::npos) << failure.what();
             ++refused;
         }
     }
@@ -185,7 +187,7 @@ TEST(ParquetDamage, isReadOrRefusedWithASentence) {
 }
 
 TEST(ParquetColumns, areThoseThatWereAskedFor) {
-    const fs::path file = fs::path(testing::TempDir()) / "chosen.parquet";
+    const fs::path file = fs::path(testing::TempDir()) / ("chosen" + std::to_string(getpid()) + ".parquet");
     std::ofstream stream(file, std::ios::binary);
     parquet::ParquetRows rows(RandomTable::schema(), [&](const std::string& more) { stream << more; });
     rows.append(RandomTable(3).rows(50), 50);

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -100,7 +102,7 @@ protected:
     const Schema schema{{{"time", ColumnType::Real, false, "s"},
                          {"run", ColumnType::Integer, false, ""},
                          {"hits", ColumnType::Real, true, ""}}};
-    const fs::path file = fs::path(testing::TempDir()) / "groups.parquet";
+    const fs::path file = fs::path(testing::TempDir()) / ("groups" + std::to_string(getpid()) + ".parquet");
 };
 
 double risingTime(std::size_t row) {

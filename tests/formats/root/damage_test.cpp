@@ -99,7 +99,8 @@ TEST(RootBasket, namesFileTreeBranchAndEntriesWhereItIsDamaged) {
 INSTANTIATE_TEST_SUITE_P(Files, RootDamage,
                          testing::Values("uproot-issue-60.root", "uproot-double32-float16.root",
                                          "uproot-vectorVectorDouble.root", "test_stl_containers_rntuple_v1-0-0-0.root",
-                                         "test_float_types_rntuple_v1-0-0-0.root"),
+                                         "test_float_types_rntuple_v1-0-0-0.root", "uproot-issue57.root",
+                                         "uproot-small-evnt-tree-nosplit.root", "uproot-stl_containers.root"),
                          [](const testing::TestParamInfo<const char*>& file) {
                              std::string name = file.param;
                              std::erase_if(name, [](char letter) { return std::isalnum(letter) == 0; });

@@ -24,7 +24,7 @@ std::string padded(const std::string& text) {
     return text + std::string(io::plainRowsMargin, '\0');
 }
 
-TEST(PlainRows, haveTheNumbersThatTheirTextsSay) {
+TEST(RowFastPath, haveTheNumbersThatTheirTextsSay) {
     std::mt19937_64 random(20260727);
     std::vector<std::string> texts{
         "0",      "-0",       "5.",  ".5",   "1E-5",     "+1",        "12345678901234567890", "1e300",
@@ -34,7 +34,7 @@ TEST(PlainRows, haveTheNumbersThatTheirTextsSay) {
         texts.push_back(textOf(std::pow(10.0, power(random)) * (i % 2 == 0 ? 1.0 : -1.0)));
         texts.push_back(std::to_string(random()) + "e" + std::to_string(random() % 60));
     }
-    io::PlainRows rows({{ColumnType::Real}});
+    io::RowFastPath rows({{ColumnType::Real}});
     for (const std::string& text : texts) {
         double expected = 0.0;
         ASSERT_TRUE(readNumber(text, expected)) << text;
@@ -46,8 +46,8 @@ TEST(PlainRows, haveTheNumbersThatTheirTextsSay) {
     }
 }
 
-TEST(PlainRows, endBeforeWhatIsNoNumber) {
-    io::PlainRows rows({{ColumnType::Real}});
+TEST(RowFastPath, endBeforeWhatIsNoNumber) {
+    io::RowFastPath rows({{ColumnType::Real}});
     for (const char* text : {"", "-", ".", "1 ", "1e", "1e+", "e5", "1.2.3", "--1", "1,5", "0x10"}) {
         const std::string row = std::string("<row><entry value=\"") + text + "\"/></row>";
         double number = 0.0;
@@ -56,8 +56,8 @@ TEST(PlainRows, endBeforeWhatIsNoNumber) {
     }
 }
 
-TEST(PlainRows, areScannedUpToTheFirstThatIsNot) {
-    io::PlainRows rows({{ColumnType::Real}, {ColumnType::Integer}, {ColumnType::Boolean}, {ColumnType::Text}});
+TEST(RowFastPath, areScannedUpToTheFirstThatIsNot) {
+    io::RowFastPath rows({{ColumnType::Real}, {ColumnType::Integer}, {ColumnType::Boolean}, {ColumnType::Text}});
     const std::string good =
         " <row>\n<entry value=\"1.5\"/> <entry value=\"-3\" />\r\n<entry value=\"true\"/>"
         "<entry value=\"a 'b'\"/></row>\n";
@@ -74,7 +74,7 @@ TEST(PlainRows, areScannedUpToTheFirstThatIsNot) {
     EXPECT_EQ(rows.columns()[3].texts()[1], "a 'b'");
 }
 
-TEST(PlainRows, areNoneOfTheseRows) {
+TEST(RowFastPath, areNoneOfTheseRows) {
     for (const char* text :
          {"<row><entry value='1'/></row>", "<row/>", "<row><entry value=\"1\"></entry></row>", "<row></row>",
           "<row><entry value=\"1\"/><entry value=\"2\"/></row>", "<row><!-- --><entry value=\"1\"/></row>",
@@ -83,7 +83,7 @@ TEST(PlainRows, areNoneOfTheseRows) {
           "<row><entryITuple/></row>", "</rows>", "<row><entry value=\"1\"/>\r</row>",
           "<row><entry value=\"1\n\"/></row>", "<row>\xC2\xA0<entry value=\"1\"/></row>",
           "<row x=\"1\"><entry value=\"1\"/></row>", "<row><entry value=\"1"}) {
-        io::PlainRows rows({{ColumnType::Real}});
+        io::RowFastPath rows({{ColumnType::Real}});
         const std::string bytes = padded(text);
         rows.scan(bytes.data(), std::strlen(text));
         EXPECT_EQ(rows.count(), 0U) << text;
