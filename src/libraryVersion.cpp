@@ -3,7 +3,7 @@
 #include <QzVersion.h>
 #include <dlfcn.h>
 
-std::string libraryObjection() {
+std::string libraryError() {
     const void* const version = dlsym(RTLD_DEFAULT, qzVersionName);
     if (!version || *static_cast<const unsigned*>(version) == qzVersion) {
         return {};

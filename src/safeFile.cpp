@@ -20,18 +20,9 @@ constexpr int maxLinks = 40;  // in a chain, as in the kernel
 // writing to a full disk.
 class SizeSignalBlock {
 public:
-    SizeSignalBlock() {
-        sigemptyset(&sizeSignal);
-        sigaddset(&sizeSignal, SIGXFSZ);
-        pthread_sigmask(SIG_BLOCK, &sizeSignal, &former);
-    }
+    SizeSignalBlock();
 
-    ~SizeSignalBlock() {
-        const timespec atOnce{};
-        while (sigismember(&former, SIGXFSZ) == 0 && sigtimedwait(&sizeSignal, nullptr, &atOnce) == SIGXFSZ) {
-        }
-        pthread_sigmask(SIG_SETMASK, &former, nullptr);
-    }
+    ~SizeSignalBlock();
 
     SizeSignalBlock(const SizeSignalBlock&) = delete;
     SizeSignalBlock& operator=(const SizeSignalBlock&) = delete;
@@ -40,6 +31,19 @@ private:
     sigset_t sizeSignal{};
     sigset_t former{};
 };
+
+SizeSignalBlock::SizeSignalBlock() {
+    sigemptyset(&sizeSignal);
+    sigaddset(&sizeSignal, SIGXFSZ);
+    pthread_sigmask(SIG_BLOCK, &sizeSignal, &former);
+}
+
+SizeSignalBlock::~SizeSignalBlock() {
+    const timespec atOnce{};
+    while (sigismember(&former, SIGXFSZ) == 0 && sigtimedwait(&sizeSignal, nullptr, &atOnce) == SIGXFSZ) {
+    }
+    pthread_sigmask(SIG_SETMASK, &former, nullptr);
+}
 
 fs::path followLinks(const std::string& file) {
     fs::path target(file);

@@ -21,13 +21,12 @@ constexpr std::size_t maxRemoved = 50;
 
 fs::path stateFolder() {
     const char* const state = std::getenv("XDG_STATE_HOME");
-    if (state != nullptr && fs::path(state).is_absolute()) {
+    if (state && fs::path(state).is_absolute()) {
         return fs::path(state) / "velmorak";
     }
     const char* const home = std::getenv("HOME");
     // Without a home, a folder that cannot be created.
-    return home != nullptr && fs::path(home).is_absolute() ? fs::path(home) / ".local/state/velmorak"
-                                                           : "/dev/null/velmorak";
+    return home && fs::path(home).is_absolute() ? fs::path(home) / ".local/state/velmorak" : "/dev/null/velmorak";
 }
 
 // Creates the folder. @return its path, even if it could not be created.

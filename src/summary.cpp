@@ -21,52 +21,60 @@ std::string headingName(const std::string& line) {
 
 class Reader {
 public:
-    void take(const std::string& line) {
-        if (contains(line, "====")) {
-            isInBlock = true;
-        } else if (contains(line, "----")) {
-            takeHeading(headingName(line));
-        } else if (isInBlock) {
-            takeInBlock(line);
-        }
-    }
+    void take(const std::string& line);
 
     Summary summary;
 
 private:
-    void takeHeading(const std::string& heading) {
-        if (!heading.empty()) {
-            name = heading;
-            isInBlock = true;
-        }
-    }
+    void takeHeading(const std::string& heading);
 
-    void takeInBlock(const std::string& line) {
-        if (line.empty() || line == "Inputs:" || line == "Outputs:") {
-            closeBlock();
-        } else if (text.empty()) {
-            text = line;
-        } else {
-            // Deliberate: the tooltip shows only the first line; further lines make it taller.
-            text += '\n';
-        }
-    }
+    void takeInBlock(const std::string& line);
 
-    void closeBlock() {
-        if (name.empty()) {
-            summary.collection = text;
-        } else {
-            summary.kinds[name] = text;
-        }
-        name.clear();
-        text.clear();
-        isInBlock = false;
-    }
+    void closeBlock();
 
     bool isInBlock = false;
     std::string name;  // kind of the description being read; empty for that of the collection
     std::string text;
 };
+
+void Reader::take(const std::string& line) {
+    if (contains(line, "====")) {
+        isInBlock = true;
+    } else if (contains(line, "----")) {
+        takeHeading(headingName(line));
+    } else if (isInBlock) {
+        takeInBlock(line);
+    }
+}
+
+void Reader::takeHeading(const std::string& heading) {
+    if (!heading.empty()) {
+        name = heading;
+        isInBlock = true;
+    }
+}
+
+void Reader::takeInBlock(const std::string& line) {
+    if (line.empty() || line == "Inputs:" || line == "Outputs:") {
+        closeBlock();
+    } else if (text.empty()) {
+        text = line;
+    } else {
+        // Deliberate: the tooltip shows only the first line; further lines make it taller.
+        text += '\n';
+    }
+}
+
+void Reader::closeBlock() {
+    if (name.empty()) {
+        summary.collection = text;
+    } else {
+        summary.kinds[name] = text;
+    }
+    name.clear();
+    text.clear();
+    isInBlock = false;
+}
 
 }  // namespace
 

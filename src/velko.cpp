@@ -29,8 +29,8 @@ void readArguments(int count, char** arguments, std::string& aidaFile, Glib::ust
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (const std::string objection = libraryObjection(); !objection.empty()) {
-        std::cerr << objection << '\n';
+    if (const std::string error = libraryError(); !error.empty()) {
+        std::cerr << error << '\n';
         return 1;
     }
     Glib::thread_init();

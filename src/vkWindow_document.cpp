@@ -8,16 +8,31 @@
 #include <QzManager.h>
 
 #include <algorithm>
+#include <chrono>
+#include <future>
 #include <iostream>
+#include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 namespace {
 
+constexpr std::chrono::seconds patience(1);
+
+// Gives up if the file system does not answer. The thread is left behind then: nothing can end one that the kernel
+// holds.
+std::optional<std::string> interruptedSaveInTime(const std::string& file) {
+    std::packaged_task<std::optional<std::string>()> search([file] { return interruptedSaveOf(file); });
+    auto copy = search.get_future();
+    std::thread(std::move(search)).detach();
+    return copy.wait_for(patience) == std::future_status::ready ? copy.get() : std::nullopt;
+}
+
 // A program killed while it was overwriting the file in place has left the complete text in a copy.
 void reportInterruptedSave(const std::string& file) {
-    const auto copy = interruptedSaveOf(file);
+    const auto copy = interruptedSaveInTime(file);
     if (copy) {
         std::cerr << "The last save of " << visible(file) << " was interrupted; its text is in " << visible(*copy)
                   << std::endl;

@@ -14,12 +14,12 @@ const std::string misleading = "input";
 /// A document with names that collation treats as equal, and a plug-in named "input", the title of every input's item.
 void fillWithTwins(QzManager& library) {
     const WiredKind kind = WiredKind::first();
-    struct Place {
+    struct Position {
         std::string name;
         float x, y;
     };
-    for (const Place& place :
-         {Place{plain, 30, 820}, Place{raised, 30, 1000}, Place{misleading, 210, 1090}, Place{sink, 390, 900}}) {
+    for (const Position& place : {Position{plain, 30, 820}, Position{raised, 30, 1000}, Position{misleading, 210, 1090},
+                                  Position{sink, 390, 900}}) {
         QzBase* object = library.CreatePlugin(static_cast<std::uint16_t>(kind.number), place.name);
         object->SetExpanded(true);
         float width = 0;

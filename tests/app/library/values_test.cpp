@@ -59,7 +59,7 @@ TEST_F(Values, aValueThatTheTypeRefusesComesBackAsItWas) {
 TEST_F(Values, newVariablesOfAFormulaAppearAsRows) {
     varWindow& dialog = openNew("Formula");
     const auto before = labels(dialog);
-    entries(dialog).at(expression)->set_text("mass * width");
+    entries(dialog).at(expression)->set_text("@mass * @width");
     buttonIn(dialog, "Apply").clicked();
     auto expected = before;
     expected.insert(expected.end(), {"mass", "width"});
@@ -69,7 +69,7 @@ TEST_F(Values, newVariablesOfAFormulaAppearAsRows) {
 
 TEST_F(Values, oneNewVariableOfAFormulaAppearsAsARowToo) {
     varWindow& dialog = openNew("Formula");
-    entries(dialog).at(expression)->set_text("2 * mass");
+    entries(dialog).at(expression)->set_text("2 * @mass");
     buttonIn(dialog, "Apply").clicked();
     EXPECT_THAT(labels(dialog), Contains("mass"));
     entries(dialog).back()->set_text("91.2");
@@ -80,10 +80,10 @@ TEST_F(Values, oneNewVariableOfAFormulaAppearsAsARowToo) {
 
 TEST_F(Values, variablesOfAFormulaGoWithTheirValues) {
     varWindow& dialog = openNew("Formula");
-    entries(dialog).at(expression)->set_text("first + second");
+    entries(dialog).at(expression)->set_text("@first + @second");
     buttonIn(dialog, "Apply").clicked();
     entries(dialog).at(6)->set_text("22");
-    entries(dialog).at(expression)->set_text("2 * second");
+    entries(dialog).at(expression)->set_text("2 * @second");
     buttonIn(dialog, "Apply").clicked();
     const auto& inputs = manager->plugins[0]->Inputs();
     EXPECT_EQ(inputs.back().name, "second");

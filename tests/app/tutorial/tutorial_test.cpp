@@ -51,7 +51,7 @@ protected:
     void started() {
         ASSERT_TRUE(session.start({}));
         session.picture("empty");
-        ASSERT_TRUE(session.resize(800, 800));
+        ASSERT_TRUE(session.resize(800, 620));
         robot = std::make_unique<PipelineRobot>(session);
     }
 

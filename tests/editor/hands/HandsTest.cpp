@@ -15,7 +15,7 @@ GdkDevice* pointerOf(GdkDisplay* display) {
 }
 
 unsigned maskOf(unsigned button) {
-    return button > 5 ? 0 : GDK_BUTTON1_MASK << (button - 1);
+    return button > 5 ? 0U : static_cast<unsigned>(GDK_BUTTON1_MASK) << (button - 1);
 }
 
 /// Handles the server's events, except the motions caused by moving the pointer: the test sends its own.

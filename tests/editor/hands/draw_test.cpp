@@ -61,7 +61,9 @@ TEST_F(Wiring, theBandLooksLikeAWire) {
 
 TEST_F(Wiring, theWireLiesBelowAllOtherItems) {
     wire("Number", "value", "Adder", "a");
-    EXPECT_EQ(window->canvas.get_root_item()->get_child(0), window->pathMap.at({"Adder", "a"}));
+    const Glib::RefPtr<Goocanvas::Item> lowest = window->canvas.get_root_item()->get_child(0);
+    const Glib::RefPtr<Goocanvas::Item> path = window->pathMap.at({"Adder", "a"});
+    EXPECT_TRUE(lowest == path);
 }
 
 TEST_F(Wiring, aReleaseOverEmptyCanvasConnectsNothing) {

@@ -76,6 +76,29 @@ TEST_P(AtZoom, aBoxGoesAsFarAsThePointerAndItsTextsWithIt) {
     expectNothingLeftBehind();
 }
 
+TEST_P(AtZoom, theTextsStayInTheBoxAtTheUpperLeftCorner) {
+    addAt("Splitter", 40, 60);
+    window->canvas.set_scale(scale());
+    scrollTo({0, 0});
+    clickOn(headOf("Splitter"));
+    const auto texts = textsOf("Splitter");
+    const CanvasPoint head = headOf("Splitter");
+    press(head);
+    for (int step = 1; step <= 13; ++step) {
+        moveTo({head.x - 6 * step, head.y - 5 * step});
+    }
+    EXPECT_EQ(cornerOf("Splitter").x, 0);
+    EXPECT_EQ(cornerOf("Splitter").y, 0);
+    EXPECT_EQ(textsOf("Splitter"), texts);
+    moveTo(head);
+    const double pixel = 1 / scale();
+    EXPECT_NEAR(cornerOf("Splitter").x, 40, 1 + pixel);
+    EXPECT_NEAR(cornerOf("Splitter").y, 60, 1 + pixel);
+    release();
+    EXPECT_EQ(textsOf("Splitter"), texts);
+    expectNothingLeftBehind();
+}
+
 INSTANTIATE_TEST_SUITE_P(Zooms, AtZoom, testing::Values(30, 50, 70, 90, 100, 110, 130, 190, 200, 310));
 
 TEST_F(DragLimits, theTitleBarStaysOnTheCanvas) {

@@ -31,7 +31,7 @@ protected:
         const auto root = window->canvas.get_root_item();
         for (int i = 0; i < root->get_n_children(); ++i) {
             for (const auto& [input, path] : window->pathMap) {
-                if (root->get_child(i) == path) {
+                if (root->get_child(i) == Glib::RefPtr<Goocanvas::Item>(path)) {
                     inputs.push_back(input[0] + '.' + input[1]);
                 }
             }

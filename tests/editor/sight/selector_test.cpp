@@ -121,8 +121,8 @@ TEST_F(CanvasKeys, scrollTheCanvasAndNeverLeaveIt) {
 }
 
 TEST_F(CanvasKeys, afterAnArrowReachNoButton) {
-    for (const guint arrow : {GDK_KEY_Down, GDK_KEY_Up, GDK_KEY_Left, GDK_KEY_Right, GDK_KEY_Page_Down}) {
-        pressKey(arrow);
+    for (const int arrow : {GDK_KEY_Down, GDK_KEY_Up, GDK_KEY_Left, GDK_KEY_Right, GDK_KEY_Page_Down}) {
+        pressKey(static_cast<guint>(arrow));
         pressKey(GDK_KEY_Return);
         pressKey(GDK_KEY_space);
     }
