@@ -246,7 +246,7 @@ def measured(path):
 
 
 def samples(folder):
-    """Simulated masses in GeV: files of two processes, and a table with what is known of each process."""
+    """Simulated masses in GeV: files of two processes, and a table with the properties of each process."""
     random = Random(0x5A3B1E5)
     folder.mkdir(parents=True, exist_ok=True)
     for sample, files, rows in (("top", 2, 300), ("z", 3, 300)):

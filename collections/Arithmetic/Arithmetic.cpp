@@ -12,13 +12,15 @@ struct Pair {
     explicit Pair(const Arguments& arguments) : a(arguments.numberWithError("a")), b(arguments.numberWithError("b")) {}
 
     /// @return the result of an operation with these derivatives.
-    NumberWithError result(double value, double byA, double byB) const {
-        return withPropagatedError(value, {{a, byA}, {b, byB}});
-    }
+    NumberWithError result(double value, double byA, double byB) const;
 
     NumberWithError a;
     NumberWithError b;
 };
+
+NumberWithError Pair::result(double value, double byA, double byB) const {
+    return withPropagatedError(value, {{a, byA}, {b, byB}});
+}
 
 class AdderKind : public Function {
 public:

@@ -44,7 +44,7 @@ struct Operands {
 Operands operandsOf(const Arguments& arguments, const std::map<std::string, double>& values) {
     Operands operands;
     for (const auto& [name, value] : values) {
-        const NumberWithError number = arguments.numberWithError(name);
+        const NumberWithError number = arguments.numberWithError(NamedNumbers::inputOf(name));
         if (number.hasError()) {
             operands.variables.push_back({.name = name, .value = value, .error = number.error()});
             operands.numbers.push_back(number);

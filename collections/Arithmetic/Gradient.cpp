@@ -23,8 +23,8 @@ constexpr std::size_t rowsOfEach = 2 * stepCount;
 
 /// @return a power of two, by which numbers are divided without rounding.
 double firstStep(const Variable& variable) {
-    constexpr double leastPart = 0x1p-10;
-    const double size = leastPart * std::abs(variable.value);
+    constexpr double minPart = 0x1p-10;
+    const double size = minPart * std::abs(variable.value);
     const double wanted = std::isfinite(variable.error) ? std::max(size, variable.error) : size;
     int power = 0;
     std::frexp(wanted > 0.0 ? wanted : 1.0, &power);

@@ -18,32 +18,39 @@ class AidaOpener : public FileOpener {
 public:
     explicit AidaOpener(std::string object) : object(std::move(object)) {}
 
-    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
-        const std::string path = aidaTablePath(file, object, context);
-        {
-            const MutexLock lock(mutex);
-            paths[file] = path;
-        }
-        return {openAidaTable(file, path, context)->schema()};
-    }
+    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override;
 
     std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* /*wanted*/,
-                                      RunContext& context) const override {
-        return openAidaTable(file, pathIn(file), context);
-    }
+                                      RunContext& context) const override;
 
 private:
     /// Finding the path may need a look at the whole file.
-    std::string pathIn(const std::filesystem::path& file) const {
-        const MutexLock lock(mutex);
-        const auto known = paths.find(file);
-        return known == paths.end() ? object : known->second;
-    }
+    std::string pathIn(const std::filesystem::path& file) const;
 
     const std::string object;
     mutable Mutex mutex;
     mutable std::map<std::filesystem::path, std::string> paths VELMORAK_GUARDED_BY(mutex);
 };
+
+FileColumns AidaOpener::columnsOf(const std::filesystem::path& file, RunContext& context) const {
+    const std::string path = aidaTablePath(file, object, context);
+    {
+        const MutexLock lock(mutex);
+        paths[file] = path;
+    }
+    return {openAidaTable(file, path, context)->schema()};
+}
+
+std::unique_ptr<TableReader> AidaOpener::open(const std::filesystem::path& file, const Schema* /*wanted*/,
+                                              RunContext& context) const {
+    return openAidaTable(file, pathIn(file), context);
+}
+
+std::string AidaOpener::pathIn(const std::filesystem::path& file) const {
+    const MutexLock lock(mutex);
+    const auto known = paths.find(file);
+    return known == paths.end() ? object : known->second;
+}
 
 /// Reads a tuple or cloud of AIDA files.
 class AidaTableKind : public Source {

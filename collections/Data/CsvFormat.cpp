@@ -26,17 +26,21 @@ public:
     std::string name() const override { return "CSV"; }
     std::string description() const override { return "a text file"; }
     std::string tableKind() const override { return "CsvTable"; }
-    Recognition recognise(const FileStart& start) const override {
-        const bool isText = isUtf16(start.unpacked) || std::ranges::none_of(start.unpacked, isBinary);
-        return isText ? Recognition::Possible : Recognition::No;
-    }
-    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& context) const override {
-        const auto reader = tableOpener({}, {})->open(file, nullptr, context);
-        return {tableObject({}, "table", countRows(*reader, context), reader->schema())};
-    }
+    Recognition recognise(const FileStart& start) const override;
+    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& context) const override;
     std::shared_ptr<const FileOpener> tableOpener(const std::string& object,
                                                   const std::vector<std::string>& columns) const override;
 };
+
+Recognition CsvFormat::recognise(const FileStart& start) const {
+    const bool isText = isUtf16(start.unpacked) || std::ranges::none_of(start.unpacked, isBinary);
+    return isText ? Recognition::Possible : Recognition::No;
+}
+
+std::vector<FileObject> CsvFormat::objects(const std::filesystem::path& file, RunContext& context) const {
+    const auto reader = tableOpener({}, {})->open(file, nullptr, context);
+    return {tableObject({}, "table", countRows(*reader, context), reader->schema())};
+}
 
 std::shared_ptr<const FileOpener> CsvFormat::tableOpener(const std::string& object,
                                                          const std::vector<std::string>& columns) const {

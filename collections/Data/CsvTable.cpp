@@ -57,39 +57,46 @@ class CsvOpener : public FileOpener {
 public:
     CsvOpener(CsvOptions options, std::filesystem::path first) : options(std::move(options)), first(std::move(first)) {}
 
-    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
-        CsvOptions own = options;
-        own.file = file;
-        own.ignoresOtherTypes = true;
-        own.rowsToInfer = file == first ? own.rowsToInfer : rowsToInferOfMore;
-        const CsvReader reader(std::move(own), context);
-        return {reader.schema(), reader.columnsWithoutValues()};
-    }
+    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override;
 
     std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* wanted,
-                                      RunContext& context) const override {
-        CsvOptions own = options;
-        own.file = file;
-        own.ignoresOtherTypes = wanted != nullptr;
-        for (std::size_t i = 0; wanted && i < wanted->size(); ++i) {
-            own.types[(*wanted)[i].name] = (*wanted)[i].type;
-        }
-        return std::make_unique<CsvReader>(std::move(own), context);
-    }
+                                      RunContext& context) const override;
 
-    void checkNames(const std::set<std::string>& names) const override {
-        for (const auto& given : options.types) {
-            if (!names.contains(given.first)) {
-                throw Failure("types", "there is no column \"" + given.first + "\"" +
-                                           columnsThere(given.first, {names.begin(), names.end()}));
-            }
-        }
-    }
+    void checkNames(const std::set<std::string>& names) const override;
 
 private:
     const CsvOptions options;
     const std::filesystem::path first;
 };
+
+FileColumns CsvOpener::columnsOf(const std::filesystem::path& file, RunContext& context) const {
+    CsvOptions own = options;
+    own.file = file;
+    own.ignoresOtherTypes = true;
+    own.rowsToInfer = file == first ? own.rowsToInfer : rowsToInferOfMore;
+    const CsvReader reader(std::move(own), context);
+    return {reader.schema(), reader.columnsWithoutValues()};
+}
+
+std::unique_ptr<TableReader> CsvOpener::open(const std::filesystem::path& file, const Schema* wanted,
+                                             RunContext& context) const {
+    CsvOptions own = options;
+    own.file = file;
+    own.ignoresOtherTypes = wanted != nullptr;
+    for (std::size_t i = 0; wanted && i < wanted->size(); ++i) {
+        own.types[(*wanted)[i].name] = (*wanted)[i].type;
+    }
+    return std::make_unique<CsvReader>(std::move(own), context);
+}
+
+void CsvOpener::checkNames(const std::set<std::string>& names) const {
+    for (const auto& given : options.types) {
+        if (!names.contains(given.first)) {
+            throw Failure("types", "there is no column \"" + given.first + "\"" +
+                                       columnsThere(given.first, {names.begin(), names.end()}));
+        }
+    }
+}
 
 std::vector<InputSpec> formInputs() {
     return {

@@ -157,7 +157,8 @@ Distribution distributionOf(const std::string& text) {
     if (open == std::string::npos || text.back() != ')') {
         throw Failure("columns", "\"" + text + "\" is not a distribution such as gauss(0, 1)");
     }
-    const FormName& form = formNamed(std::string(trimmed(std::string_view(text).substr(0, open))));
+    const std::string name(trimmed(std::string_view(text).substr(0, open)));
+    const FormName& form = formNamed(name);
     const std::vector<std::string> parameters = splitAt(text.substr(open + 1, text.size() - open - 2), ",");
     Distribution distribution{.form = form.form};
     bool isRead = parameters.size() == form.parameters && readNumber(parameters[0], distribution.first);

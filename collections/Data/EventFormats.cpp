@@ -13,20 +13,13 @@ namespace {
 /// Events of a generator, in one of the forms that HepMcTable reads.
 class EventFileFormat : public FileFormat {
 public:
-    EventFileFormat(EventFormat format, std::string title, std::string text)
-        : format(format), title(std::move(title)), text(std::move(text)) {}
+    EventFileFormat(EventFormat format, std::string title, std::string text);
 
     std::string name() const override { return title; }
     std::string description() const override { return text; }
     std::string tableKind() const override { return "HepMcTable"; }
-    Recognition recognise(const FileStart& start) const override {
-        return eventFormatOf(start.unpacked) == format ? Recognition::Certain : Recognition::No;
-    }
-    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& context) const override {
-        const std::unique_ptr<TableReader> reader = openEvents(file, context);
-        const std::uint64_t events = countRows(*reader, context);
-        return {tableObject({}, "events", events, reader->schema())};
-    }
+    Recognition recognise(const FileStart& start) const override;
+    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& context) const override;
     std::shared_ptr<const FileOpener> tableOpener(const std::string& object,
                                                   const std::vector<std::string>& columns) const override;
 
@@ -35,6 +28,19 @@ private:
     const std::string title;
     const std::string text;
 };
+
+EventFileFormat::EventFileFormat(EventFormat format, std::string title, std::string text)
+    : format(format), title(std::move(title)), text(std::move(text)) {}
+
+Recognition EventFileFormat::recognise(const FileStart& start) const {
+    return eventFormatOf(start.unpacked) == format ? Recognition::Certain : Recognition::No;
+}
+
+std::vector<FileObject> EventFileFormat::objects(const std::filesystem::path& file, RunContext& context) const {
+    const std::unique_ptr<TableReader> reader = openEvents(file, context);
+    const std::uint64_t events = countRows(*reader, context);
+    return {tableObject({}, "events", events, reader->schema())};
+}
 
 std::shared_ptr<const FileOpener> EventFileFormat::tableOpener(const std::string& object,
                                                                const std::vector<std::string>& columns) const {

@@ -29,22 +29,29 @@ public:
     std::string name() const override { return "Geant4 ntuple"; }
     std::string description() const override { return "an ntuple of Geant4"; }
     std::string tableKind() const override { return "CsvTable"; }
-    Recognition recognise(const FileStart& start) const override {
-        return isNtuple(classIn(start.unpacked)) ? Recognition::Certain : Recognition::No;
-    }
-    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& context) const override {
-        const std::unique_ptr<TableReader> reader = csvTableOpener()->open(file, nullptr, context);
-        const std::uint64_t rows = countRows(*reader, context);
-        return {tableObject({}, "ntuple", rows, reader->schema())};
-    }
+    Recognition recognise(const FileStart& start) const override;
+    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& context) const override;
     std::shared_ptr<const FileOpener> tableOpener(const std::string& object,
-                                                  const std::vector<std::string>& columns) const override {
-        if (!object.empty()) {
-            throw Failure("object", "an ntuple of Geant4 is the only one in its file; leave \"object\" empty");
-        }
-        return withColumns(csvTableOpener(), columns);
-    }
+                                                  const std::vector<std::string>& columns) const override;
 };
+
+Recognition Geant4NtupleFormat::recognise(const FileStart& start) const {
+    return isNtuple(classIn(start.unpacked)) ? Recognition::Certain : Recognition::No;
+}
+
+std::vector<FileObject> Geant4NtupleFormat::objects(const std::filesystem::path& file, RunContext& context) const {
+    const std::unique_ptr<TableReader> reader = csvTableOpener()->open(file, nullptr, context);
+    const std::uint64_t rows = countRows(*reader, context);
+    return {tableObject({}, "ntuple", rows, reader->schema())};
+}
+
+std::shared_ptr<const FileOpener> Geant4NtupleFormat::tableOpener(const std::string& object,
+                                                                  const std::vector<std::string>& columns) const {
+    if (!object.empty()) {
+        throw Failure("object", "an ntuple of Geant4 is the only one in its file; leave \"object\" empty");
+    }
+    return withColumns(csvTableOpener(), columns);
+}
 
 class Geant4HistogramFormat : public FileFormat {
 public:
@@ -52,21 +59,28 @@ public:
     std::string description() const override { return "a histogram or profile of Geant4"; }
     std::string tableKind() const override { return {}; }
     std::string objectKind() const override { return "Geant4Histogram"; }
-    Recognition recognise(const FileStart& start) const override {
-        const std::string_view className = classIn(start.unpacked);
-        return className.empty() || isNtuple(className) ? Recognition::No : Recognition::Certain;
-    }
-    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& context) const override {
-        const std::string type(classIn(startOf(file).unpacked));
-        FileObject object{.path = {}, .type = type.substr(type.rfind(':') + 1)};
-        object.description = summaryOf(*readGeant4Histogram(file, context));
-        return {object};
-    }
+    Recognition recognise(const FileStart& start) const override;
+    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& context) const override;
     std::shared_ptr<const FileOpener> tableOpener(const std::string& /*object*/,
-                                                  const std::vector<std::string>& /*columns*/) const override {
-        return nullptr;
-    }
+                                                  const std::vector<std::string>& /*columns*/) const override;
 };
+
+Recognition Geant4HistogramFormat::recognise(const FileStart& start) const {
+    const std::string_view className = classIn(start.unpacked);
+    return className.empty() || isNtuple(className) ? Recognition::No : Recognition::Certain;
+}
+
+std::vector<FileObject> Geant4HistogramFormat::objects(const std::filesystem::path& file, RunContext& context) const {
+    const std::string type(classIn(startOf(file).unpacked));
+    FileObject object{.path = {}, .type = type.substr(type.rfind(':') + 1)};
+    object.description = summaryOf(*readGeant4Histogram(file, context));
+    return {object};
+}
+
+std::shared_ptr<const FileOpener> Geant4HistogramFormat::tableOpener(
+    const std::string& /*object*/, const std::vector<std::string>& /*columns*/) const {
+    return nullptr;
+}
 
 }  // namespace
 

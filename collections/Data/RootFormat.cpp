@@ -17,15 +17,20 @@ public:
     std::string name() const override { return "ROOT"; }
     std::string description() const override { return "a ROOT file"; }
     std::string tableKind() const override { return "RootTable"; }
-    Recognition recognise(const FileStart& start) const override {
-        return start.bytes.starts_with(std::string_view("root\0", 5)) ? Recognition::Certain : Recognition::No;
-    }
+    Recognition recognise(const FileStart& start) const override;
     std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& context) const override;
     std::shared_ptr<const FileOpener> tableOpener(const std::string& object,
-                                                  const std::vector<std::string>& columns) const override {
-        return rootTableOpener(object, columns);
-    }
+                                                  const std::vector<std::string>& columns) const override;
 };
+
+Recognition RootFormat::recognise(const FileStart& start) const {
+    return start.bytes.starts_with(std::string_view("root\0", 5)) ? Recognition::Certain : Recognition::No;
+}
+
+std::shared_ptr<const FileOpener> RootFormat::tableOpener(const std::string& object,
+                                                          const std::vector<std::string>& columns) const {
+    return rootTableOpener(object, columns);
+}
 
 std::string lineAbout(const Value& value) {
     if (const auto* object = std::get_if<DataObjectPtr>(&value)) {

@@ -77,12 +77,14 @@ class RootValueKind : public Function {
 public:
     std::string name() const override { return "RootValue"; }
     std::string summary() const override { return "Reads a number or a text from a ROOT file."; }
-    std::string notes() const override {
-        return "A `TParameter` is a number, a `TObjString` and the title of a `TNamed` are texts.";
-    }
+    std::string notes() const override;
     Ports ports(const ValueTexts& values) const override;
     void evaluate(const Arguments& arguments, Results& results, RunContext& context) const override;
 };
+
+std::string RootValueKind::notes() const {
+    return "A `TParameter` is a number, a `TObjString` and the title of a `TNamed` are texts.";
+}
 
 Ports RootValueKind::ports(const ValueTexts&) const {
     return {{{.name = "file", .description = "ROOT file to read.", .type = ValueType::Text},

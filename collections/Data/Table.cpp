@@ -14,37 +14,46 @@ namespace {
 /// Opens files of one format; refuses those of others.
 class RecognisingOpener : public FileOpener {
 public:
-    RecognisingOpener(const FileFormats& formats, const FileFormat& format, std::shared_ptr<const FileOpener> opener)
-        : formats(formats), format(format), opener(std::move(opener)) {}
+    RecognisingOpener(const FileFormats& formats, const FileFormat& format, std::shared_ptr<const FileOpener> opener);
 
-    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
-        check(file);
-        return opener->columnsOf(file, context);
-    }
+    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override;
     std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* wanted,
-                                      RunContext& context) const override {
-        check(file);  // A single file is opened at once.
-        return opener->open(file, wanted, context);
-    }
+                                      RunContext& context) const override;
     void checkNames(const std::set<std::string>& names) const override { opener->checkNames(names); }
 
 private:
-    void check(const std::filesystem::path& file) const {
-        const FileFormat* own = formats.recognise(startOf(file));
-        if (!own) {
-            throw Failure(file.string() + " has no known format");
-        }
-        if (own != &format) {
-            throw Failure("file", file.string() + " is " + own->description() + ", but another file of the list is " +
-                                      format.description() +
-                                      "; read the files of each format with a Table of their own");
-        }
-    }
+    void check(const std::filesystem::path& file) const;
 
     const FileFormats& formats;
     const FileFormat& format;
     const std::shared_ptr<const FileOpener> opener;
 };
+
+RecognisingOpener::RecognisingOpener(const FileFormats& formats, const FileFormat& format,
+                                     std::shared_ptr<const FileOpener> opener)
+    : formats(formats), format(format), opener(std::move(opener)) {}
+
+FileColumns RecognisingOpener::columnsOf(const std::filesystem::path& file, RunContext& context) const {
+    check(file);
+    return opener->columnsOf(file, context);
+}
+
+std::unique_ptr<TableReader> RecognisingOpener::open(const std::filesystem::path& file, const Schema* wanted,
+                                                     RunContext& context) const {
+    check(file);  // A single file is opened at once.
+    return opener->open(file, wanted, context);
+}
+
+void RecognisingOpener::check(const std::filesystem::path& file) const {
+    const FileFormat* own = formats.recognise(startOf(file));
+    if (!own) {
+        throw Failure(file.string() + " has no known format");
+    }
+    if (own != &format) {
+        throw Failure("file", file.string() + " is " + own->description() + ", but another file of the list is " +
+                                  format.description() + "; read the files of each format with a Table of their own");
+    }
+}
 
 /// Reads a table of files of any format.
 class AnyTableKind : public Source {
@@ -74,7 +83,7 @@ std::string AnyTableKind::summary() const {
 
 std::string AnyTableKind::notes() const {
     return R"(The rows are those that the kind for the format gives, with its usual settings; see [files of
-data](../formats.md). All files of a list must have the same format. `velmorak-run --look FILE` prints what is in a file.
+data](../formats.md). All files of a list must have the same format. `velmorak-run --look FILE` prints the contents of a file.
 
 A text file is read as values separated by commas, with a header; `CsvTable` has settings for others.)";
 }

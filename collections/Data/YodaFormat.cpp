@@ -44,21 +44,28 @@ public:
     std::string description() const override { return "a YODA file"; }
     std::string tableKind() const override { return {}; }
     std::string objectKind() const override { return "YodaObjects"; }
-    Recognition recognise(const FileStart& start) const override {
-        return beginsWithObject(start.unpacked) ? Recognition::Certain : Recognition::No;
-    }
-    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& context) const override {
-        std::vector<FileObject> found;
-        for (const YodaEntry& entry : readYoda(file, context)) {
-            found.push_back({.path = entry.path, .type = entry.type, .description = lineAbout(entry)});
-        }
-        return found;
-    }
+    Recognition recognise(const FileStart& start) const override;
+    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& context) const override;
     std::shared_ptr<const FileOpener> tableOpener(const std::string& /*object*/,
-                                                  const std::vector<std::string>& /*columns*/) const override {
-        return nullptr;
-    }
+                                                  const std::vector<std::string>& /*columns*/) const override;
 };
+
+Recognition YodaFormat::recognise(const FileStart& start) const {
+    return beginsWithObject(start.unpacked) ? Recognition::Certain : Recognition::No;
+}
+
+std::vector<FileObject> YodaFormat::objects(const std::filesystem::path& file, RunContext& context) const {
+    std::vector<FileObject> found;
+    for (const YodaEntry& entry : readYoda(file, context)) {
+        found.push_back({.path = entry.path, .type = entry.type, .description = lineAbout(entry)});
+    }
+    return found;
+}
+
+std::shared_ptr<const FileOpener> YodaFormat::tableOpener(const std::string& /*object*/,
+                                                          const std::vector<std::string>& /*columns*/) const {
+    return nullptr;
+}
 
 }  // namespace
 

@@ -47,7 +47,7 @@ constexpr Columnar parquetTables{
     .kind = "ParquetTable",
     .summary = "Reads Parquet files.",
     .notes =
-        "[Parquet files](../parquet.md) says what is read. Dates and times are reals: seconds since 1970, or of the "
+        "See [Parquet files](../parquet.md). Dates and times are reals: seconds since 1970, or of the "
         "day. Decimal numbers are reals, rounded once.\n",
     .files = "Parquet file",
     .recognise = recogniseParquet,
@@ -60,7 +60,7 @@ constexpr Columnar arrowTables{
     .kind = "ArrowTable",
     .summary = "Reads files and streams of Arrow (IPC), also known as Feather 2.",
     .notes =
-        "[Arrow files](../arrow.md) says what is read. Dates and times are reals: seconds since 1970, or of the day. "
+        "See [Arrow files](../arrow.md). Dates and times are reals: seconds since 1970, or of the day. "
         "Decimal numbers are reals, rounded once.\n",
     .files = "Arrow file or stream",
     .recognise = recogniseArrow,
@@ -69,21 +69,28 @@ constexpr Columnar arrowTables{
 
 class ColumnarOpener : public FileOpener {
 public:
-    ColumnarOpener(const Columnar& format, std::vector<std::string> columns)
-        : format(format), columns(std::move(columns)) {}
+    ColumnarOpener(const Columnar& format, std::vector<std::string> columns);
 
-    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
-        return {open(file, nullptr, context)->schema()};
-    }
+    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override;
     std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* wanted,
-                                      RunContext& context) const override {
-        return format.open(file, columns, wanted, context);
-    }
+                                      RunContext& context) const override;
 
 private:
     const Columnar& format;
     const std::vector<std::string> columns;
 };
+
+ColumnarOpener::ColumnarOpener(const Columnar& format, std::vector<std::string> columns)
+    : format(format), columns(std::move(columns)) {}
+
+FileColumns ColumnarOpener::columnsOf(const std::filesystem::path& file, RunContext& context) const {
+    return {open(file, nullptr, context)->schema()};
+}
+
+std::unique_ptr<TableReader> ColumnarOpener::open(const std::filesystem::path& file, const Schema* wanted,
+                                                  RunContext& context) const {
+    return format.open(file, columns, wanted, context);
+}
 
 class ColumnarTableKind : public Source {
 public:
@@ -93,18 +100,22 @@ public:
     std::string summary() const override { return format.summary; }
     std::string notes() const override { return std::string(format.notes) + missingValues; }
     Ports ports(const ValueTexts& values) const override;
-    std::string refusal(const std::string& input, const std::string& value) const override {
-        return input == "columns" ? columnListRefusal(input, value) : std::string();
-    }
+    std::string refusal(const std::string& input, const std::string& value) const override;
     std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override;
-    std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext& context) const override {
-        return pathsOf(filesOf(arguments, context));
-    }
+    std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext& context) const override;
     bool tellsColumns() const override { return true; }
 
 private:
     const Columnar& format;
 };
+
+std::string ColumnarTableKind::refusal(const std::string& input, const std::string& value) const {
+    return input == "columns" ? columnListRefusal(input, value) : std::string();
+}
+
+std::vector<std::filesystem::path> ColumnarTableKind::files(const Arguments& arguments, RunContext& context) const {
+    return pathsOf(filesOf(arguments, context));
+}
 
 Ports ColumnarTableKind::ports(const ValueTexts&) const {
     Ports ports;

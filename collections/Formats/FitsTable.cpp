@@ -12,17 +12,24 @@ public:
     std::string name() const override { return "FITS"; }
     std::string description() const override { return "a FITS file"; }
     std::string tableKind() const override { return "FitsTable"; }
-    Recognition recognise(const FileStart& start) const override {
-        return isFits(start) ? Recognition::Certain : Recognition::No;
-    }
-    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& /*context*/) const override {
-        return listFits(file);
-    }
+    Recognition recognise(const FileStart& start) const override;
+    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& /*context*/) const override;
     std::shared_ptr<const FileOpener> tableOpener(const std::string& object,
-                                                  const std::vector<std::string>& columns) const override {
-        return openerFor(openFitsTable, object, columns);
-    }
+                                                  const std::vector<std::string>& columns) const override;
 };
+
+Recognition FitsFormat::recognise(const FileStart& start) const {
+    return isFits(start) ? Recognition::Certain : Recognition::No;
+}
+
+std::vector<FileObject> FitsFormat::objects(const std::filesystem::path& file, RunContext& /*context*/) const {
+    return listFits(file);
+}
+
+std::shared_ptr<const FileOpener> FitsFormat::tableOpener(const std::string& object,
+                                                          const std::vector<std::string>& columns) const {
+    return openerFor(openFitsTable, object, columns);
+}
 
 constexpr const char* notes =
     R"(See [FITS files](../fits.md). Binary and ASCII tables have a column for each of theirs, with its
@@ -30,7 +37,7 @@ unit; a vector, also one of variable length, is a list column. An image has the 
 position of a pixel, counted from 1, and its value.
 
 Scaled numbers (`TSCAL`, `TZERO`, `BSCALE`, `BZERO`) are read with their scale. A missing value is NaN; an integer column that
-says which number stands for one (`TNULL`) is read as real.)";
+says which number marks one (`TNULL`) is read as real.)";
 
 }  // namespace
 

@@ -11,26 +11,32 @@ namespace {
 
 class FormatTableKind : public Source {
 public:
-    FormatTableKind(FormatTableTexts texts, std::unique_ptr<const FileFormat> format)
-        : texts(std::move(texts)), format(std::move(format)) {}
+    FormatTableKind(FormatTableTexts texts, std::unique_ptr<const FileFormat> format);
 
     std::string name() const override { return texts.name; }
     std::string summary() const override { return texts.summary; }
     std::string notes() const override { return texts.notes; }
     Ports ports(const ValueTexts& values) const override;
     bool tellsColumns() const override { return true; }
-    std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override {
-        auto opener = format->tableOpener(arguments.text("object"), columnNames("columns", arguments.text("columns")));
-        return openFilesOf(filesOf(arguments, context), std::move(opener), arguments, context);
-    }
-    std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext& context) const override {
-        return pathsOf(filesOf(arguments, context));
-    }
+    std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override;
+    std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext& context) const override;
 
 private:
     const FormatTableTexts texts;
     const std::unique_ptr<const FileFormat> format;
 };
+
+FormatTableKind::FormatTableKind(FormatTableTexts texts, std::unique_ptr<const FileFormat> format)
+    : texts(std::move(texts)), format(std::move(format)) {}
+
+std::unique_ptr<TableReader> FormatTableKind::open(const Arguments& arguments, RunContext& context) const {
+    auto opener = format->tableOpener(arguments.text("object"), columnNames("columns", arguments.text("columns")));
+    return openFilesOf(filesOf(arguments, context), std::move(opener), arguments, context);
+}
+
+std::vector<std::filesystem::path> FormatTableKind::files(const Arguments& arguments, RunContext& context) const {
+    return pathsOf(filesOf(arguments, context));
+}
 
 Ports FormatTableKind::ports(const ValueTexts&) const {
     Ports ports;

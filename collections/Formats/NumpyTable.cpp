@@ -12,17 +12,24 @@ public:
     std::string name() const override { return "NumPy"; }
     std::string description() const override { return "a NumPy file"; }
     std::string tableKind() const override { return "NumpyTable"; }
-    Recognition recognise(const FileStart& start) const override {
-        return isNumpy(start) ? Recognition::Certain : Recognition::No;
-    }
-    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& /*context*/) const override {
-        return listNumpy(file);
-    }
+    Recognition recognise(const FileStart& start) const override;
+    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& /*context*/) const override;
     std::shared_ptr<const FileOpener> tableOpener(const std::string& object,
-                                                  const std::vector<std::string>& columns) const override {
-        return openerFor(openNumpyTable, object, columns);
-    }
+                                                  const std::vector<std::string>& columns) const override;
 };
+
+Recognition NumpyFormat::recognise(const FileStart& start) const {
+    return isNumpy(start) ? Recognition::Certain : Recognition::No;
+}
+
+std::vector<FileObject> NumpyFormat::objects(const std::filesystem::path& file, RunContext& /*context*/) const {
+    return listNumpy(file);
+}
+
+std::shared_ptr<const FileOpener> NumpyFormat::tableOpener(const std::string& object,
+                                                           const std::vector<std::string>& columns) const {
+    return openerFor(openNumpyTable, object, columns);
+}
 
 constexpr const char* notes = R"(Records, and arrays with one or two dimensions; see [NumPy files](../numpy.md).
 

@@ -22,17 +22,14 @@ struct Choice {
 class Writing : public Accumulation, public ColumnFile {
 public:
     /// @param runContext outlives this.
-    Writing(Choice choice, Schema schema, RunContext& runContext)
-        : choice(std::move(choice)), types(std::move(schema)), context(runContext) {}
+    Writing(Choice choice, Schema schema, RunContext& runContext);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<WrittenColumns>(*this); }
     void finish(AccumulatorState& state, Results&) override;
 
 private:
     const Schema& schema() const override { return types; }
-    void append(const std::vector<ColumnPtr>& columns, std::size_t count) const override {
-        store().append(columns, count);
-    }
+    void append(const std::vector<ColumnPtr>& columns, std::size_t count) const override;
     numpy::RowStore& store() const;
 
     const Choice choice;
@@ -42,6 +39,13 @@ private:
     mutable std::unique_ptr<ResultFile> temporary;
     mutable std::optional<numpy::RowStore> rows;
 };
+
+Writing::Writing(Choice choice, Schema schema, RunContext& runContext)
+    : choice(std::move(choice)), types(std::move(schema)), context(runContext) {}
+
+void Writing::append(const std::vector<ColumnPtr>& columns, std::size_t count) const {
+    store().append(columns, count);
+}
 
 /// Lies beside the file, where there must be room anyway, and is never kept.
 numpy::RowStore& Writing::store() const {

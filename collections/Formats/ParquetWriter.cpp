@@ -17,25 +17,11 @@ public:
     /// @param runContext outlives this.
     OutputFile(std::string name, RunContext& runContext) : name(std::move(name)), context(runContext) {}
 
-    void write(const std::string& bytes) {
-        if (!file) {
-            file = context.beginResult(name);
-            out.open(file->path(), std::ios::binary);
-        }
-        check(static_cast<bool>(out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()))));
-    }
-    void complete() {
-        out.close();
-        check(static_cast<bool>(out));
-        file->keep();
-    }
+    void write(const std::string& bytes);
+    void complete();
 
 private:
-    void check(bool isWritten) const {
-        if (!isWritten) {
-            throw Failure("\"" + name + "\" cannot be written");
-        }
-    }
+    void check(bool isWritten) const;
 
     std::string name;
     RunContext& context;
@@ -43,27 +29,51 @@ private:
     std::ofstream out;
 };
 
+void OutputFile::write(const std::string& bytes) {
+    if (!file) {
+        file = context.beginResult(name);
+        out.open(file->path(), std::ios::binary);
+    }
+    check(static_cast<bool>(out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()))));
+}
+
+void OutputFile::complete() {
+    out.close();
+    check(static_cast<bool>(out));
+    file->keep();
+}
+
+void OutputFile::check(bool isWritten) const {
+    if (!isWritten) {
+        throw Failure("\"" + name + "\" cannot be written");
+    }
+}
+
 class Writing : public Accumulation, public ColumnFile {
 public:
-    Writing(const std::string& fileName, Schema schema, RunContext& context)
-        : types(std::move(schema)),
-          file(fileName, context),
-          rows(types, [this](const std::string& bytes) { file.write(bytes); }) {}
+    Writing(const std::string& fileName, Schema schema, RunContext& context);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<WrittenColumns>(*this); }
     void finish(AccumulatorState& state, Results&) override;
 
 private:
     const Schema& schema() const override { return types; }
-    void append(const std::vector<ColumnPtr>& columns, std::size_t count) const override {
-        rows.append(columns, count);
-    }
+    void append(const std::vector<ColumnPtr>& columns, std::size_t count) const override;
 
     const Schema types;
     /// Take the rows of the states, which the run merges one at a time.
     mutable OutputFile file;
     mutable parquet::ParquetRows rows;
 };
+
+Writing::Writing(const std::string& fileName, Schema schema, RunContext& context)
+    : types(std::move(schema)),
+      file(fileName, context),
+      rows(types, [this](const std::string& bytes) { file.write(bytes); }) {}
+
+void Writing::append(const std::vector<ColumnPtr>& columns, std::size_t count) const {
+    rows.append(columns, count);
+}
 
 void Writing::finish(AccumulatorState& state, Results&) {
     static_cast<WrittenColumns&>(state).handOver();

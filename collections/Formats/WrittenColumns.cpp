@@ -29,8 +29,8 @@ void saveColumn(const Column& column, StateWriter& writer) {
 template <typename Values>
 Values loadValues(StateReader& reader) {
     if constexpr (std::is_same_v<Values, Column::Texts>) {
-        constexpr std::size_t leastBytes = 8;
-        Values texts(reader.length(leastBytes));
+        constexpr std::size_t minBytes = 8;
+        Values texts(reader.length(minBytes));
         std::generate(texts.begin(), texts.end(), [&] { return reader.text(); });
         return texts;
     } else {

@@ -21,14 +21,8 @@ public:
 
     void fill(const Chunk& chunk) override;
     void merge(AccumulatorState& other) override { quantiles.merge(static_cast<EdgesState&>(other).quantiles); }
-    void save(StateWriter& writer) const override {
-        writer.version(1);
-        quantiles.save(writer);
-    }
-    void load(StateReader& reader) override {
-        reader.version(1);
-        quantiles.load(reader);
-    }
+    void save(StateWriter& writer) const override;
+    void load(StateReader& reader) override;
 
     std::vector<WeightedInterval> ascending() const { return quantiles.ascending(); }
 
@@ -36,6 +30,16 @@ private:
     const FillExpression& quantity;
     Quantiles quantiles;
 };
+
+void EdgesState::save(StateWriter& writer) const {
+    writer.version(1);
+    quantiles.save(writer);
+}
+
+void EdgesState::load(StateReader& reader) {
+    reader.version(1);
+    quantiles.load(reader);
+}
 
 /// No bin can end at an infinite value.
 void EdgesState::fill(const Chunk& chunk) {
@@ -50,8 +54,7 @@ void EdgesState::fill(const Chunk& chunk) {
 
 class EdgesAccumulation : public Accumulation {
 public:
-    EdgesAccumulation(FillExpression quantity, std::size_t bins, RunContext& context)
-        : quantity(std::move(quantity)), bins(bins), context(context) {}
+    EdgesAccumulation(FillExpression quantity, std::size_t bins, RunContext& context);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<EdgesState>(quantity); }
     void markColumns(std::vector<bool>& needed) const override { quantity.markColumns(needed); }
@@ -64,6 +67,9 @@ private:
     std::size_t bins;
     RunContext& context;
 };
+
+EdgesAccumulation::EdgesAccumulation(FillExpression quantity, std::size_t bins, RunContext& context)
+    : quantity(std::move(quantity)), bins(bins), context(context) {}
 
 /// The last edge is just above the largest value, because a value equal to it would be overflow.
 std::vector<double> EdgesAccumulation::edgesOf(const std::vector<WeightedInterval>& ascending) const {

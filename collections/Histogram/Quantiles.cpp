@@ -71,7 +71,7 @@ void Quantiles::fill(const double* x, const double* weights, std::size_t count) 
         part.take(x[i], !weights ? 1.0 : weights[i]);
     }
     if (part.portions.size() > maxCells) {
-        part.settle(part.gridAround());
+        part.rebin(part.gridAround());
     }
     merge(part);
 }
@@ -84,7 +84,7 @@ void Quantiles::merge(const Quantiles& other) {
         return;
     }
     const DecimalGrid joint = gridAround();
-    settle(joint);
+    rebin(joint);
     const std::vector<WeightedInterval> added = other.inCells(joint);
     for (std::size_t i = 0; i < added.size(); ++i) {
         portions[i].add(added[i]);
@@ -130,7 +130,7 @@ bool Quantiles::hasRange() const {
     return isOfNone || (low <= high && -DecimalGrid::maxNumber <= low && high <= DecimalGrid::maxNumber);
 }
 
-void Quantiles::settle(const DecimalGrid& target) {
+void Quantiles::rebin(const DecimalGrid& target) {
     if (grid != target) {
         portions = inCells(target);
     }

@@ -46,7 +46,7 @@ public:
 
 private:
     void take(double x, double weight);
-    void settle(const DecimalGrid& target);
+    void rebin(const DecimalGrid& target);
     std::vector<WeightedInterval> inCells(const DecimalGrid& target) const;
     DecimalGrid gridAround() const;
     bool hasRange() const;

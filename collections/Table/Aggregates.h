@@ -17,7 +17,7 @@ struct AggregateText {
 
 /// Parses aggregates, one a line or separated by semicolons. Without a name, that of "mean(pt)" is "mean_pt", and that
 /// of "count" is "count".
-/// @throws Failure for the input "aggregates" that says what is wrong with which entry.
+/// @throws Failure for the input "aggregates" that names the entry and its error.
 std::vector<AggregateText> aggregatesIn(const std::string& text);
 
 /// @return the name of a column if the text is nothing else, without its back quotes; else an empty text.

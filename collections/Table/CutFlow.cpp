@@ -24,8 +24,8 @@ std::vector<InputSpec> ownInputs() {
         {.name = "table", .description = "Table whose rows are tested.", .type = ValueType::Table},
         {.name = "cuts",
          .description = "Cuts in order, one a line or separated by semicolons, each as name: condition, for "
-                        "example trigger: pt > 20; central: abs(eta) < 2.4. A name that is not a column becomes "
-                        "an input for a number.",
+                        "example trigger: pt > 20; central: abs(eta) < 2.4. A number at an input of its own "
+                        "is written @name.",
          .type = ValueType::Text},
         {.name = "weight", .description = "Expression for the weight of a row. Empty: 1.", .type = ValueType::Text},
         {.name = "file",
@@ -305,7 +305,7 @@ std::string CutFlowKind::notes() const {
 Ports CutFlowKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
-    appendInputs(ports.inputs, numbersOf(valueOr(values, "cuts"), valueOr(values, "weight")).inputs());
+    appendInputs(ports.inputs, numbersOf(valueOr(values, "cuts"), valueOr(values, "weight")).inputs(values));
     ports.outputs = {
         {.name = "rows", .description = "Number of rows that pass all cuts.", .type = ValueType::Number},
         {.name = "weights",

@@ -18,7 +18,8 @@ std::vector<InputSpec> ownInputs() {
         {.name = "table", .description = "Table whose rows are tested.", .type = ValueType::Table},
         {.name = "condition",
          .description = "Expression of the columns, for example pt > 20 and abs(eta) < 2.4. A number counts as true if "
-                        "it is neither 0 nor NaN. A name that is not a column becomes an input for a number.",
+                        "it is neither 0 nor NaN. A number at an input of its own is written "
+                        "@name.",
          .type = ValueType::Text,
          .value = "true"},
     };
@@ -30,16 +31,12 @@ NamedNumbers numbersOf(const std::string& condition) {
 
 class FilterOperation : public RowOperation, public BoundedOperation {
 public:
-    FilterOperation(Schema columns, Condition condition, std::vector<ColumnBound> bounds)
-        : columns(std::move(columns)), condition(std::move(condition)), all(std::move(bounds)) {}
+    FilterOperation(Schema columns, Condition condition, std::vector<ColumnBound> bounds);
 
     const Schema& schema() const override { return columns; }
 
     Chunk apply(const Chunk& chunk) const override { return onlyRows(chunk, condition.truthIn(chunk)); }
-    void markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) override {
-        needed = wanted;
-        condition.markColumns(needed);
-    }
+    void markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) override;
     std::vector<ColumnBound> bounds() const override { return all; }
 
 private:
@@ -47,6 +44,14 @@ private:
     Condition condition;
     std::vector<ColumnBound> all;
 };
+
+FilterOperation::FilterOperation(Schema columns, Condition condition, std::vector<ColumnBound> bounds)
+    : columns(std::move(columns)), condition(std::move(condition)), all(std::move(bounds)) {}
+
+void FilterOperation::markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) {
+    needed = wanted;
+    condition.markColumns(needed);
+}
 
 /// Keeps the rows for which a condition is true.
 class FilterKind : public RowWise {
@@ -69,7 +74,7 @@ Ports FilterKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
     if (const auto condition = values.find("condition"); condition != values.end()) {
-        appendInputs(ports.inputs, numbersOf(condition->second).inputs());
+        appendInputs(ports.inputs, numbersOf(condition->second).inputs(values));
     }
     ports.outputs = {
         {.name = "table", .description = "The rows that passed, with all their columns.", .type = ValueType::Table}};

@@ -18,8 +18,8 @@ std::vector<InputSpec> ownInputs() {
          .type = ValueType::Text,
          .value = "result"},
         {.name = "expression",
-         .description = "Formula of the columns, for example sqrt(px*px + py*py), evaluated for each row. A name that "
-                        "is not a column becomes an input for a number.",
+         .description = "Formula of the columns, for example sqrt(px*px + py*py), evaluated for each row. A number at "
+                        "an input of its own is written @name.",
          .type = ValueType::Text},
         {.name = "unit",
          .description = "Unit of the new column, for example GeV; shown on axes. Nothing is converted.",
@@ -104,7 +104,7 @@ Ports FormulaKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
     if (const auto expression = values.find("expression"); expression != values.end()) {
-        appendInputs(ports.inputs, numbersOf(expression->second).inputs());
+        appendInputs(ports.inputs, numbersOf(expression->second).inputs(values));
     }
     ports.outputs = {{.name = "table", .description = "The table with the new column.", .type = ValueType::Table}};
     return ports;

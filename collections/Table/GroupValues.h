@@ -14,7 +14,7 @@ namespace velmorak {
 
 enum class Aggregate;
 
-/// What is known of the values of one expression in each of several groups. A value that is missing (NaN, or an empty
+/// The values of one expression in each of several groups. A value that is missing (NaN, or an empty
 /// text) is left out.
 /// Threads: one at a time.
 class GroupValues {

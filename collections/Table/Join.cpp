@@ -20,7 +20,7 @@ namespace velmorak {
 
 namespace {
 
-/// The second table, and what is needed to find its rows.
+/// The second table, and the index that finds its rows.
 struct Lookup {
     Lookup(const JoinPlan& plan, const StoredTable& table, RunContext& context);
 
@@ -66,8 +66,7 @@ void Lookup::append(const JoinPlan& plan, const Chunk& chunk) {
 
 class JoinOperation : public RowOperation, public EndedOperation {
 public:
-    JoinOperation(JoinPlan joined, std::size_t columns, const StoredTable& second, RunContext& runContext)
-        : plan(std::move(joined)), firstColumns(columns), second(plan, second, runContext), context(runContext) {}
+    JoinOperation(JoinPlan joined, std::size_t columns, const StoredTable& second, RunContext& runContext);
 
     const Schema& schema() const override { return plan.schema(); }
     Chunk apply(const Chunk& chunk) const override;
@@ -86,6 +85,9 @@ private:
     mutable std::atomic<std::uint64_t> unmatched = 0;
     mutable std::atomic<std::uint64_t> seen = 0;
 };
+
+JoinOperation::JoinOperation(JoinPlan joined, std::size_t columns, const StoredTable& second, RunContext& runContext)
+    : plan(std::move(joined)), firstColumns(columns), second(plan, second, runContext), context(runContext) {}
 
 void JoinOperation::markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) {
     const auto end = wanted.begin() + static_cast<std::ptrdiff_t>(firstColumns);

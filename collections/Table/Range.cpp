@@ -18,10 +18,12 @@ struct Positions {
     std::optional<std::uint64_t> limit{};  ///< One more than the last; nothing when the table's end is the last.
     std::uint64_t every = 1;
 
-    bool contains(std::uint64_t row) const {
-        return row >= first && (!limit || row < *limit) && (row - first) % every == 0;
-    }
+    bool contains(std::uint64_t row) const;
 };
+
+bool Positions::contains(std::uint64_t row) const {
+    return row >= first && (!limit || row < *limit) && (row - first) % every == 0;
+}
 
 class RangeOperation : public RowOperation {
 public:

@@ -23,8 +23,7 @@ std::vector<InputSpec> ownInputs() {
     return {
         {.name = "table", .description = "Table of measurements, each at a time.", .type = ValueType::Table},
         {.name = "time",
-         .description = "Time of each row, for example a column. A name that is not a column becomes an input for a "
-                        "number.",
+         .description = "Time of each row, for example a column. A number at an input of its own is written @name.",
          .type = ValueType::Text,
          .value = "time"},
         {.name = "columns",
@@ -47,7 +46,7 @@ NamedNumbers numbersOf(const std::string& time) {
     return {{{"time", time}}, ownInputs()};
 }
 
-/// What is the same for all chunks.
+/// Shared by all chunks.
 struct Series {
     Expression time;
     std::vector<std::size_t> places;
@@ -55,14 +54,16 @@ struct Series {
     bool isMean = true;
     Schema schema{};
 
-    TimedRows rowsOf(const Chunk& chunk) const {
-        TimedRows rows{asReals(time.evaluate(chunk))->reals(), {}, chunk.firstRow};
-        for (const std::size_t place : places) {
-            rows.values.push_back(asReals(chunk.columns[place])->reals());
-        }
-        return rows;
-    }
+    TimedRows rowsOf(const Chunk& chunk) const;
 };
+
+TimedRows Series::rowsOf(const Chunk& chunk) const {
+    TimedRows rows{asReals(time.evaluate(chunk))->reals(), {}, chunk.firstRow};
+    for (const std::size_t place : places) {
+        rows.values.push_back(asReals(chunk.columns[place])->reals());
+    }
+    return rows;
+}
 
 /// A short table in memory.
 class SeriesTable : public StoredTable {
@@ -113,8 +114,7 @@ std::unique_ptr<TableReader> SeriesTable::open() const {
 
 class ResampleState : public AccumulatorState {
 public:
-    ResampleState(const Series& series, std::shared_ptr<MemoryBudget> budget)
-        : series(series), budget(std::move(budget)) {}
+    ResampleState(const Series& series, std::shared_ptr<MemoryBudget> budget);
 
     void fill(const Chunk& chunk) override { rows = series.rowsOf(chunk); }
     void merge(AccumulatorState& other) override;
@@ -130,6 +130,9 @@ private:
     TimedRows rows;  ///< Until they are merged.
     std::unique_ptr<Resampling> whole;
 };
+
+ResampleState::ResampleState(const Series& series, std::shared_ptr<MemoryBudget> budget)
+    : series(series), budget(std::move(budget)) {}
 
 Resampling& ResampleState::resampling() {
     if (!whole) {
@@ -152,29 +155,37 @@ const Resampling& ResampleState::made() {
 
 class ResampleAccumulation : public Accumulation {
 public:
-    ResampleAccumulation(Series series, std::shared_ptr<MemoryBudget> budget)
-        : series(std::move(series)), budget(std::move(budget)) {}
+    ResampleAccumulation(Series series, std::shared_ptr<MemoryBudget> budget);
 
-    std::unique_ptr<AccumulatorState> newState() const override {
-        return std::make_unique<ResampleState>(series, budget);
-    }
-    void markColumns(std::vector<bool>& needed) const override {
-        series.time.markColumns(needed);
-        for (const std::size_t place : series.places) {
-            needed[place] = true;
-        }
-    }
-    void finish(AccumulatorState& state, Results& results) override {
-        auto& whole = static_cast<ResampleState&>(state);
-        results.set("table",
-                    Value(DataObjectPtr(std::make_shared<const SeriesTable>(series.schema, whole.made().columns()))));
-        results.set("missing", whole.missing);
-    }
+    std::unique_ptr<AccumulatorState> newState() const override;
+    void markColumns(std::vector<bool>& needed) const override;
+    void finish(AccumulatorState& state, Results& results) override;
 
 private:
     Series series;
     std::shared_ptr<MemoryBudget> budget;
 };
+
+ResampleAccumulation::ResampleAccumulation(Series series, std::shared_ptr<MemoryBudget> budget)
+    : series(std::move(series)), budget(std::move(budget)) {}
+
+std::unique_ptr<AccumulatorState> ResampleAccumulation::newState() const {
+    return std::make_unique<ResampleState>(series, budget);
+}
+
+void ResampleAccumulation::markColumns(std::vector<bool>& needed) const {
+    series.time.markColumns(needed);
+    for (const std::size_t place : series.places) {
+        needed[place] = true;
+    }
+}
+
+void ResampleAccumulation::finish(AccumulatorState& state, Results& results) {
+    auto& whole = static_cast<ResampleState&>(state);
+    results.set("table",
+                Value(DataObjectPtr(std::make_shared<const SeriesTable>(series.schema, whole.made().columns()))));
+    results.set("missing", whole.missing);
+}
 
 /// Makes a time series regular.
 class ResampleKind : public Accumulator {
@@ -248,7 +259,7 @@ Ports ResampleKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
     if (const auto time = values.find("time"); time != values.end()) {
-        appendInputs(ports.inputs, numbersOf(time->second).inputs());
+        appendInputs(ports.inputs, numbersOf(time->second).inputs(values));
     }
     ports.outputs = {{.name = "table",
                       .description = "One row for each step: the time, the columns, and for means the number of rows.",

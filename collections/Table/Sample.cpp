@@ -19,17 +19,18 @@ struct Choice {
     std::uint64_t seed = 0;
     std::uint64_t every = 1;
 
-    bool contains(std::uint64_t row) const {
-        if (!isRandom) {
-            return row % every == 0;
-        }
-        const Philox::Block bits =
-            Philox::at({static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(row >> 32U), 0, 0}, seed);
-        const std::uint64_t most =
-            std::uint64_t{bits[0]} << 21U | bits[1] >> 11U;  // 53 bits, all of which a double has.
-        return static_cast<double>(most) * 0x1p-53 < fraction;
-    }
+    bool contains(std::uint64_t row) const;
 };
+
+bool Choice::contains(std::uint64_t row) const {
+    if (!isRandom) {
+        return row % every == 0;
+    }
+    const Philox::Block bits =
+        Philox::at({static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(row >> 32U), 0, 0}, seed);
+    const std::uint64_t most = std::uint64_t{bits[0]} << 21U | bits[1] >> 11U;  // 53 bits, all of which a double has.
+    return static_cast<double>(most) * 0x1p-53 < fraction;
+}
 
 class SampleOperation : public RowOperation {
 public:

@@ -20,8 +20,8 @@ std::vector<InputSpec> ownInputs() {
         {.name = "table", .description = "Table whose rows are sorted.", .type = ValueType::Table},
         {.name = "by",
          .description = "Expressions to sort by, the most important first, one a line or separated by semicolons; "
-                        "\"descending\" after an expression puts large values first: run; pt descending. A name that "
-                        "is not a column becomes an input for a number.",
+                        "\"descending\" after an expression puts large values first: run; pt descending. A number "
+                        "at an input of its own is written @name.",
          .type = ValueType::Text},
     };
 }
@@ -32,8 +32,7 @@ NamedNumbers numbersOf(const std::string& by) {
 
 class SortState : public AccumulatorState {
 public:
-    SortState(const Schema& schema, std::shared_ptr<const KeyMaker> keys, RunContext& context)
-        : schema(schema), keys(std::move(keys)), context(context) {}
+    SortState(const Schema& schema, std::shared_ptr<const KeyMaker> keys, RunContext& context);
 
     void fill(const Chunk& chunk) override { filled = sortedRows(chunk, *keys); }
     void merge(AccumulatorState& other) override;
@@ -47,6 +46,9 @@ private:
     RunContext& context;
     std::optional<SortedRows> filled;  ///< Until it is merged.
 };
+
+SortState::SortState(const Schema& schema, std::shared_ptr<const KeyMaker> keys, RunContext& context)
+    : schema(schema), keys(std::move(keys)), context(context) {}
 
 void SortState::merge(AccumulatorState& other) {
     auto& next = static_cast<SortState&>(other);
@@ -62,12 +64,9 @@ void SortState::merge(AccumulatorState& other) {
 
 class SortAccumulation : public Accumulation {
 public:
-    SortAccumulation(Schema schema, KeyMaker keyMaker, RunContext& context)
-        : schema(std::move(schema)), keys(std::make_shared<const KeyMaker>(std::move(keyMaker))), context(context) {}
+    SortAccumulation(Schema schema, KeyMaker keyMaker, RunContext& context);
 
-    std::unique_ptr<AccumulatorState> newState() const override {
-        return std::make_unique<SortState>(schema, keys, context);
-    }
+    std::unique_ptr<AccumulatorState> newState() const override;
     void finish(AccumulatorState& state, Results& results) override;
 
 private:
@@ -75,6 +74,13 @@ private:
     std::shared_ptr<const KeyMaker> keys;
     RunContext& context;
 };
+
+SortAccumulation::SortAccumulation(Schema schema, KeyMaker keyMaker, RunContext& context)
+    : schema(std::move(schema)), keys(std::make_shared<const KeyMaker>(std::move(keyMaker))), context(context) {}
+
+std::unique_ptr<AccumulatorState> SortAccumulation::newState() const {
+    return std::make_unique<SortState>(schema, keys, context);
+}
 
 void SortAccumulation::finish(AccumulatorState& state, Results& results) {
     auto& whole = static_cast<SortState&>(state);
@@ -117,7 +123,7 @@ Ports SortKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
     if (const auto by = values.find("by"); by != values.end()) {
-        appendInputs(ports.inputs, numbersOf(by->second).inputs());
+        appendInputs(ports.inputs, numbersOf(by->second).inputs(values));
     }
     ports.outputs = {
         {.name = "table", .description = "All rows in their new order, with all columns.", .type = ValueType::Table},

@@ -16,7 +16,7 @@ namespace velmorak {
 
 namespace {
 
-constexpr double largest = 9007199254740992.0;  // All integers up to here are doubles.
+constexpr double maxRows = 9007199254740992.0;  // All integers up to here are doubles.
 
 /// Rows of one chunk, and the memory that they take.
 struct KeptRows {
@@ -90,13 +90,9 @@ class TailState : public AccumulatorState {
 public:
     TailState(std::size_t wanted, std::shared_ptr<MemoryBudget> budget) : wanted(wanted), budget(std::move(budget)) {}
 
-    void fill(const Chunk& chunk) override {
-        filled = std::make_shared<const SortedRows>(SortedRows{chunk.columns, {}, chunk.rows});
-    }
+    void fill(const Chunk& chunk) override;
     void merge(AccumulatorState& other) override;
-    std::shared_ptr<const StoredTable> table(const Schema& schema) const {
-        return std::make_shared<const LastRows>(schema, parts, rows - std::min(rows, wanted));
-    }
+    std::shared_ptr<const StoredTable> table(const Schema& schema) const;
 
 private:
     void keep(SortedRowsPtr more);
@@ -107,6 +103,14 @@ private:
     Parts parts;
     std::size_t rows = 0;  ///< In the parts.
 };
+
+void TailState::fill(const Chunk& chunk) {
+    filled = std::make_shared<const SortedRows>(SortedRows{chunk.columns, {}, chunk.rows});
+}
+
+std::shared_ptr<const StoredTable> TailState::table(const Schema& schema) const {
+    return std::make_shared<const LastRows>(schema, parts, rows - std::min(rows, wanted));
+}
 
 void TailState::merge(AccumulatorState& other) {
     auto& next = static_cast<TailState&>(other);
@@ -132,19 +136,23 @@ void TailState::keep(SortedRowsPtr more) {
 
 class TailAccumulation : public Accumulation {
 public:
-    TailAccumulation(Schema schema, std::size_t wanted, std::shared_ptr<MemoryBudget> budget)
-        : schema(std::move(schema)), wanted(wanted), budget(std::move(budget)) {}
+    TailAccumulation(Schema schema, std::size_t wanted, std::shared_ptr<MemoryBudget> budget);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<TailState>(wanted, budget); }
-    void finish(AccumulatorState& state, Results& results) override {
-        results.set("table", Value(DataObjectPtr(static_cast<TailState&>(state).table(schema))));
-    }
+    void finish(AccumulatorState& state, Results& results) override;
 
 private:
     Schema schema;
     std::size_t wanted;
     std::shared_ptr<MemoryBudget> budget;
 };
+
+TailAccumulation::TailAccumulation(Schema schema, std::size_t wanted, std::shared_ptr<MemoryBudget> budget)
+    : schema(std::move(schema)), wanted(wanted), budget(std::move(budget)) {}
+
+void TailAccumulation::finish(AccumulatorState& state, Results& results) {
+    results.set("table", Value(DataObjectPtr(static_cast<TailState&>(state).table(schema))));
+}
 
 /// Keeps the last rows of a table.
 class TailKind : public Accumulator {
@@ -175,7 +183,7 @@ Ports TailKind::ports(const ValueTexts&) const {
               .description = "Number of rows to keep; all if the table has fewer.",
               .value = "10",
               .minimum = 0,
-              .maximum = largest,
+              .maximum = maxRows,
               .isInteger = true}},
             {{.name = "table", .description = "The last rows, in their order.", .type = ValueType::Table}}};
 }

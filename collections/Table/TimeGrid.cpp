@@ -13,35 +13,36 @@ namespace velmorak {
 namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double mostSteps = 1e9;  ///< Of one series.
+constexpr double maxSteps = 1e9;  ///< Of one series.
 
 /// Takes memory for the steps of a series.
 class SeriesMemory {
 public:
     explicit SeriesMemory(std::shared_ptr<MemoryBudget> budget) : share(std::move(budget)) {}
 
-    void take(std::size_t bytes) {
-        if (!share.take(bytes)) {
-            throw Failure("step",
-                          "the series has more steps than fit into the memory; enter a longer step, or set "
-                          "VELMORAK_MEMORY_LIMIT to more");
-        }
-    }
+    void take(std::size_t bytes);
 
 private:
     MemoryShare share;
 };
 
+void SeriesMemory::take(std::size_t bytes) {
+    if (!share.take(bytes)) {
+        throw Failure("step",
+                      "the series has more steps than fit into the memory; enter a longer step, or set "
+                      "VELMORAK_MEMORY_LIMIT to more");
+    }
+}
+
 void checkLength(std::int64_t first, std::int64_t last) {
-    if (static_cast<double>(last) - static_cast<double>(first) > mostSteps) {
+    if (static_cast<double>(last) - static_cast<double>(first) > maxSteps) {
         throw Failure("step", "the series would have more than a thousand million steps; enter a longer step");
     }
 }
 
 class Means : public Resampling {
 public:
-    Means(const TimeGrid& grid, std::size_t columns, std::shared_ptr<MemoryBudget> budget)
-        : grid(grid), width(columns), memory(std::move(budget)) {}
+    Means(const TimeGrid& grid, std::size_t columns, std::shared_ptr<MemoryBudget> budget);
 
     void add(const TimedRows& rows) override;
     std::vector<ColumnPtr> columns() const override;
@@ -62,6 +63,9 @@ private:
     std::map<std::int64_t, Step> steps;  ///< That have rows.
     std::size_t length = 0;              ///< Of the series, for which there is memory.
 };
+
+Means::Means(const TimeGrid& grid, std::size_t columns, std::shared_ptr<MemoryBudget> budget)
+    : grid(grid), width(columns), memory(std::move(budget)) {}
 
 Means::Step& Means::stepAt(std::int64_t number) {
     const auto [found, isNew] = steps.try_emplace(number);
@@ -123,8 +127,7 @@ std::vector<ColumnPtr> Means::columns() const {
 
 class Lines : public Resampling {
 public:
-    Lines(const TimeGrid& grid, std::size_t columns, std::shared_ptr<MemoryBudget> budget)
-        : grid(grid), lines(columns), memory(std::move(budget)) {}
+    Lines(const TimeGrid& grid, std::size_t columns, std::shared_ptr<MemoryBudget> budget);
 
     void add(const TimedRows& rows) override;
     std::vector<ColumnPtr> columns() const override;
@@ -148,6 +151,9 @@ private:
     std::int64_t first = 0;  ///< Time of the grid, the first that is not before the first row.
     double last = nan;       ///< Time of the last row.
 };
+
+Lines::Lines(const TimeGrid& grid, std::size_t columns, std::shared_ptr<MemoryBudget> budget)
+    : grid(grid), lines(columns), memory(std::move(budget)) {}
 
 void Lines::begin(double time) {
     first = grid.stepOf(time);

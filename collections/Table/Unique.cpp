@@ -29,8 +29,8 @@ std::vector<InputSpec> ownInputs() {
         {.name = "table", .description = "Table with rows that occur more than once.", .type = ValueType::Table},
         {.name = "by",
          .description = "Expressions that must all be equal for two rows to count as the same, one a line or separated "
-                        "by semicolons: run; event. Empty: all columns. A name that is not a column becomes an input "
-                        "for a number.",
+                        "by semicolons: run; event. Empty: all columns. A number at an input of its own is written "
+                        "@name.",
          .type = ValueType::Text},
     };
 }
@@ -99,27 +99,35 @@ void KnownKeys::take(std::size_t bytes) {
 
 class UniqueOperation : public RowOperation, public OrderedRows {
 public:
-    UniqueOperation(Schema columns, KeyMaker keys, std::shared_ptr<MemoryBudget> budget)
-        : columns(std::move(columns)), keys(std::move(keys)), known(std::move(budget)) {}
+    UniqueOperation(Schema columns, KeyMaker keys, std::shared_ptr<MemoryBudget> budget);
 
     const Schema& schema() const override { return columns; }
     bool countsRows() const override { return true; }
-    std::shared_ptr<const void> look(const Chunk& chunk) override {
-        return std::make_shared<const std::vector<std::uint8_t>>(known.firstOf(keys.keysOf(chunk)));
-    }
-    Chunk apply(const Chunk& chunk) const override {
-        return onlyRows(chunk, *static_cast<const std::vector<std::uint8_t>*>(chunk.owner.get()));
-    }
-    void markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) override {
-        needed = wanted;
-        keys.markColumns(needed);
-    }
+    std::shared_ptr<const void> look(const Chunk& chunk) override;
+    Chunk apply(const Chunk& chunk) const override;
+    void markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) override;
 
 private:
     Schema columns;
     KeyMaker keys;
     KnownKeys known;
 };
+
+UniqueOperation::UniqueOperation(Schema columns, KeyMaker keys, std::shared_ptr<MemoryBudget> budget)
+    : columns(std::move(columns)), keys(std::move(keys)), known(std::move(budget)) {}
+
+std::shared_ptr<const void> UniqueOperation::look(const Chunk& chunk) {
+    return std::make_shared<const std::vector<std::uint8_t>>(known.firstOf(keys.keysOf(chunk)));
+}
+
+Chunk UniqueOperation::apply(const Chunk& chunk) const {
+    return onlyRows(chunk, *static_cast<const std::vector<std::uint8_t>*>(chunk.owner.get()));
+}
+
+void UniqueOperation::markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) {
+    needed = wanted;
+    keys.markColumns(needed);
+}
 
 /// Keeps the first row of each key.
 class UniqueKind : public RowWise, public CountingKind {
@@ -152,7 +160,7 @@ Ports UniqueKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
     if (const auto by = values.find("by"); by != values.end()) {
-        appendInputs(ports.inputs, numbersOf(by->second).inputs());
+        appendInputs(ports.inputs, numbersOf(by->second).inputs(values));
     }
     ports.outputs = {
         {.name = "table", .description = "The first row of each key, with all columns.", .type = ValueType::Table}};

@@ -21,7 +21,7 @@ namespace velmorak {
 
 namespace {
 
-constexpr double mostRows = 100'000'000;
+constexpr double maxRows = 100'000'000;
 constexpr std::size_t bytesOfGroup = 256;  ///< About, beside its key and its rows.
 constexpr std::size_t bytesOfRowInWindow = 24;
 
@@ -48,8 +48,7 @@ std::vector<InputSpec> ownInputs() {
          .value = "mean",
          .choices = {"mean", "sum", "cumulative", "difference"}},
         {.name = "expression",
-         .description = "Number in each row, for example a column. A name that is not a column becomes an input for a "
-                        "number.",
+         .description = "Number in each row, for example a column. A number at an input of its own is written @name.",
          .type = ValueType::Text},
         {.name = "column",
          .description = "Name of the new column, one word. An existing column of that name is replaced.",
@@ -59,7 +58,7 @@ std::vector<InputSpec> ownInputs() {
          .description = "Number of rows in the window of a mean or sum; the first rows have shorter windows.",
          .value = "10",
          .minimum = 1,
-         .maximum = mostRows,
+         .maximum = maxRows,
          .isInteger = true},
         {.name = "by",
          .description =
@@ -76,7 +75,7 @@ NamedNumbers numbersOf(const std::string& expression, const std::string& by) {
     return {std::move(texts), ownInputs()};
 }
 
-/// What is known of the rows before, for one key.
+/// The state after the rows so far, for one key.
 class Group {
 public:
     Group(WindowFunction function, std::size_t length) : function(function), window(length) {}
@@ -110,8 +109,7 @@ double Group::next(double value) {
 /// The windows of all keys.
 class Groups {
 public:
-    Groups(WindowFunction function, std::size_t length, std::shared_ptr<MemoryBudget> budget)
-        : function(function), length(length), memory(std::make_unique<MemoryShare>(std::move(budget))) {}
+    Groups(WindowFunction function, std::size_t length, std::shared_ptr<MemoryBudget> budget);
 
     /// @param key empty where there is one group for all rows.
     /// @throws Failure if the windows need more memory than there is.
@@ -123,6 +121,9 @@ private:
     std::unordered_map<std::string, Group> all;
     std::unique_ptr<MemoryShare> memory;
 };
+
+Groups::Groups(WindowFunction function, std::size_t length, std::shared_ptr<MemoryBudget> budget)
+    : function(function), length(length), memory(std::make_unique<MemoryShare>(std::move(budget))) {}
 
 /// The window is counted as full from the beginning, which is too much for short groups, but cannot be too little.
 Group& Groups::of(std::string key) {
@@ -265,7 +266,7 @@ std::string WindowKind::notes() const {
 Ports WindowKind::ports(const ValueTexts& values) const {
     Ports ports;
     ports.inputs = ownInputs();
-    appendInputs(ports.inputs, numbersOf(textIn(values, "expression"), textIn(values, "by")).inputs());
+    appendInputs(ports.inputs, numbersOf(textIn(values, "expression"), textIn(values, "by")).inputs(values));
     ports.outputs = {{.name = "table", .description = "The table with the new column.", .type = ValueType::Table}};
     return ports;
 }

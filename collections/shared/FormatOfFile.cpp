@@ -7,18 +7,11 @@ namespace {
 
 class RefusingOpener : public FileOpener {
 public:
-    RefusingOpener(std::shared_ptr<const FileOpener> opener, std::string kind, const FileFormats& formats)
-        : opener(std::move(opener)), kind(std::move(kind)), formats(formats) {}
+    RefusingOpener(std::shared_ptr<const FileOpener> opener, std::string kind, const FileFormats& formats);
 
-    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
-        check(file);
-        return opener->columnsOf(file, context);
-    }
+    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override;
     std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* wanted,
-                                      RunContext& context) const override {
-        check(file);  // A single file is opened at once.
-        return opener->open(file, wanted, context);
-    }
+                                      RunContext& context) const override;
     void checkNames(const std::set<std::string>& names) const override { opener->checkNames(names); }
 
 private:
@@ -28,6 +21,20 @@ private:
     const std::string kind;
     const FileFormats& formats;
 };
+
+RefusingOpener::RefusingOpener(std::shared_ptr<const FileOpener> opener, std::string kind, const FileFormats& formats)
+    : opener(std::move(opener)), kind(std::move(kind)), formats(formats) {}
+
+FileColumns RefusingOpener::columnsOf(const std::filesystem::path& file, RunContext& context) const {
+    check(file);
+    return opener->columnsOf(file, context);
+}
+
+std::unique_ptr<TableReader> RefusingOpener::open(const std::filesystem::path& file, const Schema* wanted,
+                                                  RunContext& context) const {
+    check(file);  // A single file is opened at once.
+    return opener->open(file, wanted, context);
+}
 
 std::string cureFor(const FileFormat& format) {
     if (!format.tableKind().empty()) {

@@ -60,36 +60,42 @@ class KeyReader {
 public:
     explicit KeyReader(std::string_view bytes) : bytes(bytes) {}
 
-    std::uint64_t word() {
-        if (bytes.size() < wordBytes) {
-            refuse();
-        }
-        std::uint64_t word = 0;
-        for (std::size_t i = 0; i < wordBytes; ++i) {
-            word = (word << 8U) | static_cast<unsigned char>(bytes[i]);
-        }
-        bytes.remove_prefix(wordBytes);
-        return word;
-    }
+    std::uint64_t word();
     std::string text();
-    void mustBeAtEnd() const {
-        if (!bytes.empty()) {
-            refuse();
-        }
-    }
+    void mustBeAtEnd() const;
 
 private:
-    char next() {
-        if (bytes.empty()) {
-            refuse();
-        }
-        const char c = bytes.front();
-        bytes.remove_prefix(1);
-        return c;
-    }
+    char next();
 
     std::string_view bytes;
 };
+
+std::uint64_t KeyReader::word() {
+    if (bytes.size() < wordBytes) {
+        refuse();
+    }
+    std::uint64_t word = 0;
+    for (std::size_t i = 0; i < wordBytes; ++i) {
+        word = (word << 8U) | static_cast<unsigned char>(bytes[i]);
+    }
+    bytes.remove_prefix(wordBytes);
+    return word;
+}
+
+void KeyReader::mustBeAtEnd() const {
+    if (!bytes.empty()) {
+        refuse();
+    }
+}
+
+char KeyReader::next() {
+    if (bytes.empty()) {
+        refuse();
+    }
+    const char c = bytes.front();
+    bytes.remove_prefix(1);
+    return c;
+}
 
 std::string KeyReader::text() {
     if (next() != '\0') {

@@ -9,17 +9,22 @@ class OwnTypesOpener : public FileOpener {
 public:
     explicit OwnTypesOpener(OpenTable openTable) : openTable(std::move(openTable)) {}
 
-    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override {
-        return {openTable(file, context)->schema()};
-    }
+    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override;
     std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* /*wanted*/,
-                                      RunContext& context) const override {
-        return openTable(file, context);
-    }
+                                      RunContext& context) const override;
 
 private:
     const OpenTable openTable;
 };
+
+FileColumns OwnTypesOpener::columnsOf(const std::filesystem::path& file, RunContext& context) const {
+    return {openTable(file, context)->schema()};
+}
+
+std::unique_ptr<TableReader> OwnTypesOpener::open(const std::filesystem::path& file, const Schema* /*wanted*/,
+                                                  RunContext& context) const {
+    return openTable(file, context);
+}
 
 }  // namespace
 

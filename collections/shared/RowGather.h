@@ -8,7 +8,7 @@
 
 namespace velmorak {
 
-/// Stands for a row that is missing: NaN, 0, false, or an empty text or list.
+/// Position that marks a missing row, which gives NaN, 0, false, or an empty text or list.
 inline constexpr std::uint32_t noRow = std::numeric_limits<std::uint32_t>::max();
 
 /// @param rows positions in the column, in any order and as often as wanted, or noRow.

@@ -21,33 +21,25 @@ public:
     explicit Grouping(std::size_t rows) { made.ofRow.reserve(rows); }
 
     /// @param group of the row's word; none for a new one, and then set.
-    void add(std::uint32_t& group) {
-        if (group == none) {
-            group = static_cast<std::uint32_t>(made.firstRow.size());
-            made.firstRow.push_back(static_cast<std::uint32_t>(made.ofRow.size()));
-        }
-        made.ofRow.push_back(group);
-    }
+    void add(std::uint32_t& group);
     RowGroups take() { return std::move(made); }
 
 private:
     RowGroups made;
 };
 
+void Grouping::add(std::uint32_t& group) {
+    if (group == none) {
+        group = static_cast<std::uint32_t>(made.firstRow.size());
+        made.firstRow.push_back(static_cast<std::uint32_t>(made.ofRow.size()));
+    }
+    made.ofRow.push_back(group);
+}
+
 /// Groups by word in an open-addressing hash table that is at most half full.
 class WordTable {
 public:
-    std::uint32_t& groupOf(std::uint64_t word) {
-        if (2 * (used + 1) > slots.size()) {
-            grow();
-        }
-        Slot& slot = slotOf(word);
-        if (slot.group == none) {
-            slot.word = word;
-            ++used;
-        }
-        return slot.group;
-    }
+    std::uint32_t& groupOf(std::uint64_t word);
 
 private:
     struct Slot {
@@ -55,26 +47,42 @@ private:
         std::uint32_t group = none;
     };
 
-    Slot& slotOf(std::uint64_t word) {
-        std::size_t at = mixed(word) & (slots.size() - 1);
-        while (slots[at].group != none && slots[at].word != word) {
-            at = (at + 1) & (slots.size() - 1);
-        }
-        return slots[at];
-    }
-    void grow() {
-        std::vector<Slot> former(2 * slots.size());
-        former.swap(slots);
-        for (const Slot& slot : former) {
-            if (slot.group != none) {
-                slotOf(slot.word) = slot;
-            }
-        }
-    }
+    Slot& slotOf(std::uint64_t word);
+    void grow();
 
     std::vector<Slot> slots = std::vector<Slot>(256);
     std::size_t used = 0;
 };
+
+std::uint32_t& WordTable::groupOf(std::uint64_t word) {
+    if (2 * (used + 1) > slots.size()) {
+        grow();
+    }
+    Slot& slot = slotOf(word);
+    if (slot.group == none) {
+        slot.word = word;
+        ++used;
+    }
+    return slot.group;
+}
+
+WordTable::Slot& WordTable::slotOf(std::uint64_t word) {
+    std::size_t at = mixed(word) & (slots.size() - 1);
+    while (slots[at].group != none && slots[at].word != word) {
+        at = (at + 1) & (slots.size() - 1);
+    }
+    return slots[at];
+}
+
+void WordTable::grow() {
+    std::vector<Slot> former(2 * slots.size());
+    former.swap(slots);
+    for (const Slot& slot : former) {
+        if (slot.group != none) {
+            slotOf(slot.word) = slot;
+        }
+    }
+}
 
 RowGroups groupWords(const Words& words) {
     constexpr std::uint64_t roomy = 4;

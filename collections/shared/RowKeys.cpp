@@ -191,7 +191,7 @@ RowKeys KeyMaker::keysOf(const Chunk& chunk) const {
     keys.prefixes.resize(chunk.rows);
     std::vector<ColumnPtr> columns;
     std::vector<std::uint8_t> missing(chunk.rows, 0);
-    for (const Part& part : parts) {
+    for (const KeyPart& part : parts) {
         columns.push_back(part.expression.evaluate(chunk));
         markMissing(*columns.back(), missing);
     }
@@ -222,7 +222,7 @@ RowKeys KeyMaker::keysOf(const Chunk& chunk) const {
 }
 
 void KeyMaker::markColumns(std::vector<bool>& needed) const {
-    for (const Part& part : parts) {
+    for (const KeyPart& part : parts) {
         part.expression.markColumns(needed);
     }
 }

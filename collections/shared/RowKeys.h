@@ -85,11 +85,11 @@ public:
     void markColumns(std::vector<bool>& needed) const;
 
 private:
-    struct Part {
+    struct KeyPart {
         Expression expression;
         bool isDescending = false;
     };
-    std::vector<Part> parts;
+    std::vector<KeyPart> parts;
 };
 
 }  // namespace velmorak

@@ -43,26 +43,27 @@ public:
     void selectColumns(const std::vector<bool>& needed) override { isNeeded = needed; }
 
 protected:
-    void gather(Chunk& chunk, const std::vector<SortedRowsPtr>& parts, std::span<const RowAt> rows) const {
-        chunk.columns.assign(columns.size(), nullptr);
-        for (std::size_t column = 0; column < columns.size(); ++column) {
-            if (isNeeded[column]) {
-                chunk.columns[column] = gathered(parts, column, rows);
-            }
-        }
-    }
+    void gather(Chunk& chunk, const std::vector<SortedRowsPtr>& parts, std::span<const RowAt> rows) const;
 
 private:
     const Schema& columns;
     std::vector<bool> isNeeded;
 };
 
+void SortedReader::gather(Chunk& chunk, const std::vector<SortedRowsPtr>& parts, std::span<const RowAt> rows) const {
+    chunk.columns.assign(columns.size(), nullptr);
+    for (std::size_t column = 0; column < columns.size(); ++column) {
+        if (isNeeded[column]) {
+            chunk.columns[column] = gathered(parts, column, rows);
+        }
+    }
+}
+
 /// Rows in memory, whose order is known: chunks are made by all threads.
 class TableInMemory : public StoredTable {
 public:
     TableInMemory(Schema schema, std::vector<SortedRowsPtr> parts, std::vector<RowAt> rows,
-                  std::unique_ptr<MemoryShare> memory)
-        : columns(std::move(schema)), parts(std::move(parts)), rows(std::move(rows)), memory(std::move(memory)) {}
+                  std::unique_ptr<MemoryShare> memory);
 
     const Schema& schema() const override { return columns; }
     std::unique_ptr<TableReader> open() const override;
@@ -76,28 +77,38 @@ private:
     std::unique_ptr<MemoryShare> memory;
 };
 
+TableInMemory::TableInMemory(Schema schema, std::vector<SortedRowsPtr> parts, std::vector<RowAt> rows,
+                             std::unique_ptr<MemoryShare> memory)
+    : columns(std::move(schema)), parts(std::move(parts)), rows(std::move(rows)), memory(std::move(memory)) {}
+
 class TableInMemory::Reader : public SortedReader {
 public:
-    explicit Reader(const TableInMemory& table)
-        : SortedReader(table.columns),
-          table(table),
-          hasHeavyRows(
-              std::any_of(table.columns.columns().begin(), table.columns.columns().end(),
-                          [](const ColumnInfo& column) { return column.isList || column.type == ColumnType::Text; })) {}
+    explicit Reader(const TableInMemory& table);
 
     bool next(Chunk& chunk) override;
-    void complete(Chunk& chunk) const override {
-        gather(chunk, table.parts, std::span(table.rows).subspan(chunk.firstRow, chunk.rows));
-    }
-    std::optional<double> fraction() const override {
-        return table.rows.empty() ? 1.0 : static_cast<double>(at) / static_cast<double>(table.rows.size());
-    }
+    void complete(Chunk& chunk) const override;
+    std::optional<double> fraction() const override;
 
 private:
     const TableInMemory& table;
     bool hasHeavyRows;
     std::size_t at = 0;
 };
+
+TableInMemory::Reader::Reader(const TableInMemory& table)
+    : SortedReader(table.columns),
+      table(table),
+      hasHeavyRows(
+          std::any_of(table.columns.columns().begin(), table.columns.columns().end(),
+                      [](const ColumnInfo& column) { return column.isList || column.type == ColumnType::Text; })) {}
+
+void TableInMemory::Reader::complete(Chunk& chunk) const {
+    gather(chunk, table.parts, std::span(table.rows).subspan(chunk.firstRow, chunk.rows));
+}
+
+std::optional<double> TableInMemory::Reader::fraction() const {
+    return table.rows.empty() ? 1.0 : static_cast<double>(at) / static_cast<double>(table.rows.size());
+}
 
 bool TableInMemory::Reader::next(Chunk& chunk) {
     const std::size_t most = std::min(rowsInChunk(table.columns), table.rows.size() - at);
@@ -121,14 +132,7 @@ std::unique_ptr<TableReader> TableInMemory::open() const {
 /// Rows in files, which are merged while they are read.
 class TableInFiles : public StoredTable {
 public:
-    TableInFiles(Schema schema, std::shared_ptr<const KeyMaker> keys, Files files)
-        : columns(std::move(schema)), keys(std::move(keys)), files(std::move(files)) {
-        for (const auto& run : this->files) {
-            for (const ChunkFile::Place& block : run->blocks) {
-                rows += block.rows;
-            }
-        }
-    }
+    TableInFiles(Schema schema, std::shared_ptr<const KeyMaker> keys, Files files);
 
     const Schema& schema() const override { return columns; }
     std::unique_ptr<TableReader> open() const override;
@@ -142,33 +146,50 @@ private:
     std::size_t rows = 0;
 };
 
+TableInFiles::TableInFiles(Schema schema, std::shared_ptr<const KeyMaker> keys, Files files)
+    : columns(std::move(schema)), keys(std::move(keys)), files(std::move(files)) {
+    for (const auto& run : this->files) {
+        for (const ChunkFile::Place& block : run->blocks) {
+            rows += block.rows;
+        }
+    }
+}
+
 class TableInFiles::Reader : public SortedReader {
 public:
-    explicit Reader(const TableInFiles& table)
-        : SortedReader(table.columns), table(table), merge(table.columns, table.keys, table.files) {}
+    explicit Reader(const TableInFiles& table);
 
-    bool next(Chunk& chunk) override {
-        auto merged = std::make_shared<const MergedRows>(merge.next(rowsInChunk(table.columns), maxChunkBytes));
-        chunk.columns.assign(table.columns.size(), nullptr);
-        chunk.rows = merged->rows.size();
-        chunk.owner = std::move(merged);
-        at += chunk.rows;
-        return chunk.rows > 0;
-    }
-    void complete(Chunk& chunk) const override {
-        const auto& merged = *static_cast<const MergedRows*>(chunk.owner.get());
-        gather(chunk, merged.parts, merged.rows);
-        chunk.owner.reset();
-    }
-    std::optional<double> fraction() const override {
-        return table.rows == 0 ? 1.0 : static_cast<double>(at) / static_cast<double>(table.rows);
-    }
+    bool next(Chunk& chunk) override;
+    void complete(Chunk& chunk) const override;
+    std::optional<double> fraction() const override;
 
 private:
     const TableInFiles& table;
     RunMerge merge;
     std::size_t at = 0;
 };
+
+TableInFiles::Reader::Reader(const TableInFiles& table)
+    : SortedReader(table.columns), table(table), merge(table.columns, table.keys, table.files) {}
+
+bool TableInFiles::Reader::next(Chunk& chunk) {
+    auto merged = std::make_shared<const MergedRows>(merge.next(rowsInChunk(table.columns), maxChunkBytes));
+    chunk.columns.assign(table.columns.size(), nullptr);
+    chunk.rows = merged->rows.size();
+    chunk.owner = std::move(merged);
+    at += chunk.rows;
+    return chunk.rows > 0;
+}
+
+void TableInFiles::Reader::complete(Chunk& chunk) const {
+    const auto& merged = *static_cast<const MergedRows*>(chunk.owner.get());
+    gather(chunk, merged.parts, merged.rows);
+    chunk.owner.reset();
+}
+
+std::optional<double> TableInFiles::Reader::fraction() const {
+    return table.rows == 0 ? 1.0 : static_cast<double>(at) / static_cast<double>(table.rows);
+}
 
 std::unique_ptr<TableReader> TableInFiles::open() const {
     return std::make_unique<Reader>(*this);

@@ -80,8 +80,7 @@ const Column& example(const std::vector<SortedRowsPtr>& parts, std::size_t colum
 
 class Merging {
 public:
-    Merging(const std::vector<SortedRowsPtr>& parts, const std::function<bool()>& isStopping)
-        : parts(parts), isStopping(isStopping) {}
+    Merging(const std::vector<SortedRowsPtr>& parts, const std::function<bool()>& isStopping);
 
     std::vector<RowAt> all();
 
@@ -90,15 +89,20 @@ private:
 
     Run runOf(std::uint32_t part) const;
     Run merged(Run& one, Run& other) const;
-    void poll() const {
-        if (isStopping && isStopping()) {
-            throw Stopped();
-        }
-    }
+    void poll() const;
 
     const std::vector<SortedRowsPtr>& parts;
     const std::function<bool()>& isStopping;
 };
+
+Merging::Merging(const std::vector<SortedRowsPtr>& parts, const std::function<bool()>& isStopping)
+    : parts(parts), isStopping(isStopping) {}
+
+void Merging::poll() const {
+    if (isStopping && isStopping()) {
+        throw Stopped();
+    }
+}
 
 Merging::Run Merging::runOf(std::uint32_t part) const {
     const RowKeys& keys = parts[part]->keys;

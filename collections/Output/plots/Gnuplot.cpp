@@ -1,6 +1,7 @@
 #include "Gnuplot.h"
 
 #include <velmorak/Failure.h>
+#include <velmorak/Text.h>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -134,8 +135,7 @@ std::string asOneLine(std::string text) {
         }
     }
     text.resize(std::min(text.size(), maxComplaint));
-    const std::size_t begin = std::min(text.find_first_not_of(' '), text.size());
-    return text.substr(begin, text.find_last_not_of(' ') + 1 - begin);
+    return std::string(trimmed(text));
 }
 
 }  // namespace

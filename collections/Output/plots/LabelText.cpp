@@ -47,17 +47,12 @@ class LabelReader {
 public:
     explicit LabelReader(const std::string& label) : text(label), partner(label.size(), notThere) { pairBraces(); }
 
-    std::vector<LabelRun> read() {
-        readRange(0, text.size(), Level::Normal, false, 0);
-        return std::move(runs);
-    }
+    std::vector<LabelRun> read();
 
 private:
     void pairBraces();
     /// @return the position of the brace that closes the argument that begins at a position; notThere if none does.
-    std::size_t argumentEnd(std::size_t at) const {
-        return at < text.size() && text[at] == '{' ? partner[at] : notThere;
-    }
+    std::size_t argumentEnd(std::size_t at) const;
     void add(std::string_view part, Level level);
     void readRange(std::size_t from, std::size_t to, Level level, bool isMath, int depth);
     std::size_t readOne(std::size_t at, std::size_t to, Level level, bool isMath, int depth);
@@ -77,6 +72,15 @@ private:
     std::vector<std::size_t> partner;  ///< Of each opening brace the closing one.
     std::vector<LabelRun> runs;
 };
+
+std::vector<LabelRun> LabelReader::read() {
+    readRange(0, text.size(), Level::Normal, false, 0);
+    return std::move(runs);
+}
+
+std::size_t LabelReader::argumentEnd(std::size_t at) const {
+    return at < text.size() && text[at] == '{' ? partner[at] : notThere;
+}
 
 void LabelReader::pairBraces() {
     std::vector<std::size_t> open;

@@ -96,6 +96,10 @@ others as contours. Functions are drawn over the data within their range of vali
 along the axis as drawn; a fitted one is dotted beyond the range of the fit. [Pictures](../plots.md) shows looks, stacks,
 lower panels, lines, regions, texts and the markup of labels.
 
+These inputs are shown if `advanced` is yes, and always if they have a value of their own:
+
+)" + advancedInputsAsTable() +
+           R"(
 | object | drawn as |
 |---|---|
 | histogram | steps, points, a line, a filled area, a part of a stack, or a band; error: square root of the sum of squared weights |
@@ -126,7 +130,7 @@ Ports PlotKind::ports(const ValueTexts& values) const {
     ports.inputs = {objectInput,
                     countInput("objects", "Number of objects in the picture, 1 to 16; each has its own input.")};
     appendInputs(ports.inputs, plotValueInputs());
-    addObjectInputs(ports, objectInput, numberedCount(values, "objects"));
+    addFurtherInputs(ports, objectInput, values);
     return ports;
 }
 
@@ -138,7 +142,8 @@ void PlotKind::evaluate(const Arguments& arguments, Results&, RunContext& contex
     std::vector<std::string> missing;
     const std::vector<PlotObject> objects = objectsOf(arguments, missing);
     const std::size_t count = numberedInputs(arguments, "objects", "object").size();
-    PlotStyle style = plotStyleOf([&](const std::string& input) { return arguments.text(input); }, count);
+    PlotStyle style = plotStyleOf(
+        [&](const std::string& input) { return arguments.has(input) ? arguments.text(input) : std::string(); }, count);
     const std::string& file = arguments.text("file");
     const std::string resultName = file.empty() ? asFileName(context.pluginName()) : withoutPictureEnding(file);
     style.baseName = std::filesystem::path(resultName).filename().string();

@@ -32,9 +32,9 @@ std::vector<StatisticsRow> boxRows(const PlotContents& contents, const PlotStyle
 
 std::string legendText(const PlotSeries& series, const PlotStyle& style, bool hasBox) {
     std::string text = series.label;
-    const bool isAsked =
+    const bool isWanted =
         style.statistics != StatisticsDisplay::None && style.statistics != StatisticsDisplay::Automatic;
-    if (isAsked && !hasBox && !series.statistics.empty() && !series.function) {
+    if (isWanted && !hasBox && !series.statistics.empty() && !series.function) {
         constexpr std::size_t maxNumbers = 3;
         text += "  (";
         for (std::size_t i = 0; i < std::min(series.statistics.size(), maxNumbers); ++i) {
@@ -77,11 +77,11 @@ std::vector<LegendEntry> legendEntries(const PlotContents& contents, const PlotS
 
 /// As many rows as a frame has room for, in a smaller font if there are many.
 void fitRows(PlotBoxes& boxes, PlotContents& contents, const PlotLayout& layout) {
-    constexpr double most = 0.85;
-    constexpr double leastScale = 0.6;
-    const double room = most * layout.frameHeight();
+    constexpr double maxShare = 0.85;
+    constexpr double minScale = 0.6;
+    const double room = maxShare * layout.frameHeight();
     const double needed = static_cast<double>(boxes.rows.size()) * lineCm(layout.boxFont());
-    boxes.boxFont = layout.boxFont() * std::clamp(room / std::max(needed, 1e-3), leastScale, 1.0);
+    boxes.boxFont = layout.boxFont() * std::clamp(room / std::max(needed, 1e-3), minScale, 1.0);
     const auto fitting = static_cast<std::size_t>(std::max(2.0, room / lineCm(boxes.boxFont)));
     if (boxes.rows.size() > fitting) {
         const std::size_t left = boxes.rows.size() - fitting + 1;
@@ -116,12 +116,12 @@ void sizeLegend(PlotBoxes& boxes, const PlotStyle& style, const PlotLayout& layo
     }
     constexpr double sample = 5.5;
     constexpr double spacing = 1.12;
-    constexpr double mostWide = 0.96;
-    constexpr double mostHigh = 0.62;
+    constexpr double maxWidth = 0.96;
+    constexpr double maxHeight = 0.62;
     const double width = (longest + sample) * characterCm(layout.legendFont()) / layout.frameWidth();
     const double height =
         static_cast<double>(boxes.entries.size()) * spacing * lineCm(layout.legendFont()) / layout.frameHeight();
-    const double scale = std::clamp(std::min(mostWide / width, mostHigh / height), 0.5, 1.0);
+    const double scale = std::clamp(std::min(maxWidth / width, maxHeight / height), 0.5, 1.0);
     boxes.legendFont = scale * layout.legendFont();
     boxes.legend.width = std::min(1.0, scale * width);
     boxes.legend.height = scale * height;

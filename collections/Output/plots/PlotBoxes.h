@@ -16,7 +16,7 @@ struct PlotBox {
     bool isTop() const { return corner == LegendPlace::TopLeft || corner == LegendPlace::TopRight; }
 };
 
-/// A text in the legend, with what it stands for.
+/// A text in the legend, with its symbol.
 struct LegendEntry {
     std::string label;
     const PlotSeries* series = nullptr;

@@ -92,7 +92,7 @@ struct PlotContents {
     std::string zTitle;
     std::vector<std::string> categories;  ///< Names at 0, 1, 2 ... of the horizontal axis; usually empty.
     bool isPartial = false;               ///< An object lacks rows.
-    std::vector<std::string> notes;       ///< Lines below the picture: what is missing.
+    std::vector<std::string> notes;       ///< Lines below the picture about data that is missing.
     std::vector<std::string> warnings;
 
     bool hasCurve() const;

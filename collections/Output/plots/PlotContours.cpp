@@ -62,26 +62,30 @@ class Squares {
 public:
     explicit Squares(const PlotMap& grid) : grid(grid), columns(grid.xEdges.size() - 1), rows(grid.yEdges.size() - 1) {}
 
-    void trace(double height, std::vector<ContourLine>& lines) const {
-        for (std::size_t j = 0; j + 1 < rows; ++j) {
-            for (std::size_t i = 0; i + 1 < columns; ++i) {
-                traceSquare({corner(i, j), corner(i + 1, j), corner(i + 1, j + 1), corner(i, j + 1)}, height, lines);
-            }
-        }
-    }
+    void trace(double height, std::vector<ContourLine>& lines) const;
 
 private:
-    Corner corner(std::size_t i, std::size_t j) const {
-        const double value = grid.values[j * columns + i];
-        return {.x = 0.5 * (grid.xEdges[i] + grid.xEdges[i + 1]),
-                .y = 0.5 * (grid.yEdges[j] + grid.yEdges[j + 1]),
-                .value = std::isnan(value) && grid.isCount ? 0.0 : value};
-    }
+    Corner corner(std::size_t i, std::size_t j) const;
 
     const PlotMap& grid;
     std::size_t columns;
     std::size_t rows;
 };
+
+void Squares::trace(double height, std::vector<ContourLine>& lines) const {
+    for (std::size_t j = 0; j + 1 < rows; ++j) {
+        for (std::size_t i = 0; i + 1 < columns; ++i) {
+            traceSquare({corner(i, j), corner(i + 1, j), corner(i + 1, j + 1), corner(i, j + 1)}, height, lines);
+        }
+    }
+}
+
+Corner Squares::corner(std::size_t i, std::size_t j) const {
+    const double value = grid.values[j * columns + i];
+    return {.x = 0.5 * (grid.xEdges[i] + grid.xEdges[i + 1]),
+            .y = 0.5 * (grid.yEdges[j] + grid.yEdges[j + 1]),
+            .value = std::isnan(value) && grid.isCount ? 0.0 : value};
+}
 
 /// The labelled tics of the heights inside the span.
 std::vector<double> levels(const PlotSpan& z, bool hasLog) {

@@ -179,16 +179,18 @@ class Blocks {
 public:
     explicit Blocks(std::string heading) : text(std::move(heading)) {}
 
-    std::size_t add(const std::string& block) {
-        text += block + (block.ends_with("\n\n") ? "\n" : "\n\n");
-        return count++;
-    }
+    std::size_t add(const std::string& block);
     std::string take() { return std::move(text); }
 
 private:
     std::string text;
     std::size_t count = 0;
 };
+
+std::size_t Blocks::add(const std::string& block) {
+    text += block + (block.ends_with("\n\n") ? "\n" : "\n\n");
+    return count++;
+}
 
 void addSeries(Blocks& blocks, PlotData& data, const PlotSeries& series, const PlotFrame& frame) {
     using Style = PlotSeries::SeriesStyle;

@@ -197,7 +197,7 @@ std::vector<std::size_t> drawingOrder(const PlotContents& contents) {
 
 constexpr const char* stackError = " fillcolor rgb '#000000' fillstyle transparent solid 0.25 noborder";
 
-/// What stands for a series in the legend.
+/// The symbol of a series in the legend.
 std::string sampleOf(const PlotSeries& series, const DrawStyle& draw) {
     const std::string colour = " linecolor rgb " + draw.colour;
     switch (series.style) {

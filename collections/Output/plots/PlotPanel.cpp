@@ -43,34 +43,40 @@ double errorOf(const PlotPoint& point, bool isUpwards) {
 /// Gives for each point of an object the point of the reference.
 class Reference {
 public:
-    explicit Reference(const PlotSeries& series) : series(series) {
-        if (series.function) {
-            values.emplace(*series.function);
-        }
-    }
+    explicit Reference(const PlotSeries& series);
 
     /// @throws Failure, with the input of the object, if it has other bins.
-    void check(const PlotSeries& other) const {
-        const bool isAlike =
-            series.function || (other.edges == series.edges && other.points.size() == series.points.size());
-        if (!isAlike) {
-            throw Failure(other.input, "cannot be compared in the lower panel, because it has other bins than \"" +
-                                           series.label + "\"");
-        }
-    }
+    void check(const PlotSeries& other) const;
 
-    PlotPoint at(std::size_t position, const PlotPoint& point) const {
-        if (!values) {
-            return series.points[position];
-        }
-        const double value = (*values)(point.x);
-        return {.x = point.x, .xLow = point.xLow, .xHigh = point.xHigh, .y = value, .yLow = value, .yHigh = value};
-    }
+    PlotPoint at(std::size_t position, const PlotPoint& point) const;
 
 private:
     const PlotSeries& series;
     std::optional<FunctionValues> values;
 };
+
+Reference::Reference(const PlotSeries& series) : series(series) {
+    if (series.function) {
+        values.emplace(*series.function);
+    }
+}
+
+void Reference::check(const PlotSeries& other) const {
+    const bool isAlike =
+        series.function || (other.edges == series.edges && other.points.size() == series.points.size());
+    if (!isAlike) {
+        throw Failure(other.input,
+                      "cannot be compared in the lower panel, because it has other bins than \"" + series.label + "\"");
+    }
+}
+
+PlotPoint Reference::at(std::size_t position, const PlotPoint& point) const {
+    if (!values) {
+        return series.points[position];
+    }
+    const double value = (*values)(point.x);
+    return {.x = point.x, .xLow = point.xLow, .xHigh = point.xHigh, .y = value, .yLow = value, .yHigh = value};
+}
 
 PlotPoint compared(PanelKind kind, const PlotPoint& own, const PlotPoint& other) {
     PlotPoint result{
@@ -145,18 +151,18 @@ double usualDistance(const PlotPanel& panel, const PlotFrame& frame) {
 
 PlotSpan spanOf(const PlotPanel& panel, const PlotFrame& frame, const PlotStyle& style) {
     constexpr double roomAbove = 1.15;
-    constexpr double leastPull = 3.0;
-    constexpr double mostRatio = 1.0;
+    constexpr double minPull = 3.0;
+    constexpr double maxRatio = 1.0;
     const double usual = usualDistance(panel, frame);
     double reach = usual > 0.0 ? niceAbove(roomAbove * usual) : 1.0;
     if (panel.kind == PanelKind::Pull) {
-        reach = std::max(leastPull, std::ceil(usual) + 1.0);
+        reach = std::max(minPull, std::ceil(usual) + 1.0);
     }
     if (panel.kind == PanelKind::Ratio) {
         reach = std::max(0.02, reach);
     }
     PlotSpan span{.low = panel.level - reach, .high = panel.level + reach};
-    if (panel.kind == PanelKind::Ratio && reach > mostRatio) {
+    if (panel.kind == PanelKind::Ratio && reach > maxRatio) {
         span.low = 0.0;
     }
     // A little more, so that the labels at the ends have room.

@@ -10,9 +10,9 @@ namespace velmorak {
 namespace {
 
 constexpr double unlimited = std::numeric_limits<double>::infinity();
-constexpr double gap = 0.02;  ///< Between a box and what is drawn.
+constexpr double gap = 0.02;  ///< Between a box and the curves.
 
-/// What is drawn in a part of the frame's width, as positions along the vertical axis.
+/// The extent of the curves in a part of the frame's width, as positions along the vertical axis.
 struct Drawn {
     double lowest = unlimited;
     double highest = -unlimited;
@@ -27,12 +27,7 @@ bool standsOnGround(const PlotSeries& series) {
 /// Measures the series between two fractions of the frame's width.
 class Surroundings {
 public:
-    Surroundings(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style)
-        : contents(contents),
-          frame(frame),
-          style(style),
-          left(positionAlong(frame.x.low, style.x.hasLog)),
-          width(positionAlong(frame.x.high, style.x.hasLog) - left) {}
+    Surroundings(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style);
 
     Drawn between(double from, double to) const;
 
@@ -46,6 +41,13 @@ private:
     double left;
     double width;
 };
+
+Surroundings::Surroundings(const PlotContents& contents, const PlotFrame& frame, const PlotStyle& style)
+    : contents(contents),
+      frame(frame),
+      style(style),
+      left(positionAlong(frame.x.low, style.x.hasLog)),
+      width(positionAlong(frame.x.high, style.x.hasLog) - left) {}
 
 void Surroundings::add(Drawn& drawn, const PlotSeries& series, const PlotPoint& point) const {
     const double top = std::isfinite(point.yHigh) ? point.yHigh : point.y;
@@ -92,62 +94,73 @@ void stackInCorners(std::vector<PlotBox*>& boxes) {
 /// How high the frame must be for the boxes, as positions along the axis.
 class Room {
 public:
-    Room(const Surroundings& surroundings, double low, double high)
-        : surroundings(surroundings), low(low), high(high) {}
+    Room(const Surroundings& surroundings, double low, double high);
 
     /// @return the upper end that leaves all boxes free; infinite if no upper end does.
-    double neededFor(const std::vector<PlotBox*>& boxes) const {
-        double needed = high;
-        for (const PlotBox* box : boxes) {
-            needed = box->isTop() ? std::max(needed, upperEnd(*box)) : needed;
-        }
-        for (const PlotBox* box : boxes) {
-            needed = box->isTop() || isFreeBelow(*box, needed) ? needed : unlimited;
-        }
-        // Boxes above each other must not meet in the middle.
-        for (const bool isLeft : {false, true}) {
-            double all = 0.0;
-            for (const PlotBox* box : boxes) {
-                all += box->isLeft() == isLeft ? box->height + gap : 0.0;
-            }
-            needed = all > 1.0 - boxMargin ? unlimited : needed;
-        }
-        return meetSideways(boxes) ? unlimited : needed;
-    }
+    double neededFor(const std::vector<PlotBox*>& boxes) const;
 
 private:
     /// A box at the left and one at the right of the same height overlap.
-    static bool meetSideways(const std::vector<PlotBox*>& boxes) {
-        for (const PlotBox* one : boxes) {
-            for (const PlotBox* other : boxes) {
-                const bool areBeside = one->isLeft() && !other->isLeft() && one->isTop() == other->isTop() &&
-                                       one->depth < other->depth + other->height &&
-                                       other->depth < one->depth + one->height;
-                if (areBeside && one->width + other->width > 1.0 - 2.0 * boxMargin) {
-                    return true;
-                }
-            }
-        }
-        return false;
-    }
-    Drawn besideOf(const PlotBox& box) const {
-        const double reach = box.width + 2.0 * boxMargin;
-        return box.isLeft() ? surroundings.between(0.0, reach) : surroundings.between(1.0 - reach, 1.0);
-    }
-    double upperEnd(const PlotBox& box) const {
-        constexpr double most = 0.75;
-        const double highest = besideOf(box).highest;
-        const double taken = std::min(box.depth + box.height + gap, most);
-        return std::isfinite(highest) ? low + (highest - low) / (1.0 - taken) : low;
-    }
-    bool isFreeBelow(const PlotBox& box, double upper) const {
-        return besideOf(box).lowest >= low + (box.depth + box.height + gap) * (upper - low);
-    }
+    static bool meetSideways(const std::vector<PlotBox*>& boxes);
+    Drawn besideOf(const PlotBox& box) const;
+    double upperEnd(const PlotBox& box) const;
+    bool isFreeBelow(const PlotBox& box, double upper) const;
 
     const Surroundings& surroundings;
     double low;
     double high;
 };
+
+Room::Room(const Surroundings& surroundings, double low, double high)
+    : surroundings(surroundings), low(low), high(high) {}
+
+double Room::neededFor(const std::vector<PlotBox*>& boxes) const {
+    double needed = high;
+    for (const PlotBox* box : boxes) {
+        needed = box->isTop() ? std::max(needed, upperEnd(*box)) : needed;
+    }
+    for (const PlotBox* box : boxes) {
+        needed = box->isTop() || isFreeBelow(*box, needed) ? needed : unlimited;
+    }
+    // Boxes above each other must not meet in the middle.
+    for (const bool isLeft : {false, true}) {
+        double all = 0.0;
+        for (const PlotBox* box : boxes) {
+            all += box->isLeft() == isLeft ? box->height + gap : 0.0;
+        }
+        needed = all > 1.0 - boxMargin ? unlimited : needed;
+    }
+    return meetSideways(boxes) ? unlimited : needed;
+}
+
+bool Room::meetSideways(const std::vector<PlotBox*>& boxes) {
+    for (const PlotBox* one : boxes) {
+        for (const PlotBox* other : boxes) {
+            const bool areBeside = one->isLeft() && !other->isLeft() && one->isTop() == other->isTop() &&
+                                   one->depth < other->depth + other->height && other->depth < one->depth + one->height;
+            if (areBeside && one->width + other->width > 1.0 - 2.0 * boxMargin) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+Drawn Room::besideOf(const PlotBox& box) const {
+    const double reach = box.width + 2.0 * boxMargin;
+    return box.isLeft() ? surroundings.between(0.0, reach) : surroundings.between(1.0 - reach, 1.0);
+}
+
+double Room::upperEnd(const PlotBox& box) const {
+    constexpr double most = 0.75;
+    const double highest = besideOf(box).highest;
+    const double taken = std::min(box.depth + box.height + gap, most);
+    return std::isfinite(highest) ? low + (highest - low) / (1.0 - taken) : low;
+}
+
+bool Room::isFreeBelow(const PlotBox& box, double upper) const {
+    return besideOf(box).lowest >= low + (box.depth + box.height + gap) * (upper - low);
+}
 
 std::vector<LegendPlace> choicesOf(const PlotBox& box, bool isSecond) {
     if (box.wanted) {

@@ -21,14 +21,16 @@ struct Step {
     int power = 0;
 
     double size() const { return digit * elementary::powerOfTen(power); }
-    Step larger() const {
-        return digit == 1   ? Step{.digit = 2, .power = power}
-               : digit == 2 ? Step{.digit = 5, .power = power}
-                            : Step{.digit = 1, .power = power + 1};
-    }
+    Step larger() const;
 };
 
-Step leastStep(double width, double maxCount, bool hasIntegersOnly) {
+Step Step::larger() const {
+    return digit == 1   ? Step{.digit = 2, .power = power}
+           : digit == 2 ? Step{.digit = 5, .power = power}
+                        : Step{.digit = 1, .power = power + 1};
+}
+
+Step minStep(double width, double maxCount, bool hasIntegersOnly) {
     Step step{.digit = 1, .power = static_cast<int>(std::floor(elementary::log10(width / maxCount))) - 1};
     if (hasIntegersOnly) {
         step.power = std::max(step.power, 0);
@@ -195,7 +197,7 @@ PlotTics linearTics(const PlotSpan& span, const TicRoom& room) {
     constexpr double maxCount = 8.0;
     double count = std::min(maxCount, ticsThatFit(room, firstGuess));
     for (int attempt = 0; attempt < 4; ++attempt) {
-        const PlotTics tics = numberTics(span, leastStep(width, count, room.hasIntegersOnly), room.hasIntegersOnly);
+        const PlotTics tics = numberTics(span, minStep(width, count, room.hasIntegersOnly), room.hasIntegersOnly);
         // One label alone tells no scale.
         if (attempt == 0 && namedCount(tics) < 2) {
             count *= 2.0;
@@ -207,7 +209,7 @@ PlotTics linearTics(const PlotSpan& span, const TicRoom& room) {
         }
         count = std::min(0.75 * count, fitting);
     }
-    return numberTics(span, leastStep(width, 1.5, room.hasIntegersOnly), room.hasIntegersOnly);
+    return numberTics(span, minStep(width, 1.5, room.hasIntegersOnly), room.hasIntegersOnly);
 }
 
 PlotTics logTics(const PlotSpan& span, const TicRoom& room) {

@@ -130,8 +130,8 @@ double minorStep(const TimeStep& step) {
 }  // namespace
 
 PlotTics timeTics(const PlotSpan& span, const TicRoom& room) {
-    constexpr double leastSpan = 2.0;
-    if (span.low < firstTime || span.high > lastTime || span.high - span.low < leastSpan) {
+    constexpr double minSpan = 2.0;
+    if (span.low < firstTime || span.high > lastTime || span.high - span.low < minSpan) {
         return linearTics(span, room);
     }
     constexpr double gap = 2.5;

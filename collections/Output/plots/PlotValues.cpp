@@ -194,6 +194,59 @@ InputSpec lookSpec() {
         "double quotes its text in the legend. Empty: chosen for the whole picture.");
 }
 
+/// The inputs that a plain picture does not need, without the looks.
+std::vector<InputSpec> advancedInputs() {
+    return {
+        textInput("zlabel", "Title of the colour scale with its unit. Empty: the quantity that is shown."),
+        rangeInput("zrange", "colours"),
+        choiceInput("logz", "Logarithmic colour scale; bins that are not above 0 stay white.", "no"),
+        choiceInput("panel",
+                    "Lower panel that compares the other objects with the stack, the function, the object whose look "
+                    "says reference, or else the second object.",
+                    "no", panelChoices()),
+        rangeInput("panelrange", "vertical axis of the lower panel"),
+        textInput("lines",
+                  "Vertical and horizontal lines, separated by semicolons, each with x or y, a number, and if wanted "
+                  "colour, dash and legend: x 91.2 red dashed \"Z boson\"; y 0."),
+        textInput("regions", "Shaded regions, as lines but with two numbers: x 80 100 orange \"signal region\"."),
+        textInput("text",
+                  "Free text in the picture; each part between semicolons is a line. Top left, unless it begins with "
+                  "another corner (bottom right ...) or with at and two fractions of the frame (at 0.5 0.7 ...)."),
+        textInput("size", "Width and height of the picture in cm.", "16 10"),
+        textInput("dpi", "Dots per inch of a PNG.", "254"),
+    };
+}
+
+/// An input without a default has an empty value only if it is wired.
+bool isShown(const InputSpec& input, const ValueTexts& values) {
+    const auto advanced = values.find("advanced");
+    const auto own = values.find(input.name);
+    return (advanced != values.end() && advanced->second == "yes") ||
+           (own != values.end() && (own->second != input.value || own->second.empty()));
+}
+
+void addAdvanced(Ports& ports, InputSpec input, const ValueTexts& values) {
+    if (isShown(input, values)) {
+        ports.inputs.push_back(std::move(input));
+    }
+}
+
+void addLook(Ports& ports, std::size_t object, const ValueTexts& values) {
+    InputSpec look = lookSpec();
+    look.name = numberedName(look.name, object);
+    addAdvanced(ports, std::move(look), values);
+}
+
+/// Values of inputs that are not shown are their defaults.
+PlotValue withDefaults(const PlotValue& valueOf) {
+    return [&valueOf, inputs = advancedInputs()](const std::string& name) {
+        const std::string text = valueOf(name);
+        const auto input =
+            std::find_if(inputs.begin(), inputs.end(), [&](const InputSpec& one) { return one.name == name; });
+        return text.empty() && input != inputs.end() ? input->value : text;
+    };
+}
+
 }  // namespace
 
 std::vector<InputSpec> plotValueInputs() {
@@ -209,13 +262,10 @@ std::vector<InputSpec> plotValueInputs() {
             "ylabel",
             "Title of the vertical axis with its unit. Empty: that of the object; for a histogram entries, with the "
             "bin width if all bins are equal."),
-        textInput("zlabel", "Title of the colour scale with its unit. Empty: the quantity that is shown."),
         rangeInput("xrange", "horizontal axis"),
         rangeInput("yrange", "vertical axis"),
-        rangeInput("zrange", "colours"),
         choiceInput("logx", "Logarithmic horizontal axis, from the first edge above 0.", "no"),
         choiceInput("logy", "Logarithmic vertical axis; values that are not above 0 are not drawn.", "no"),
-        choiceInput("logz", "Logarithmic colour scale; bins that are not above 0 stay white.", "no"),
         choiceInput("style",
                     "How histograms without a look of their own are drawn; automatic: as points if there is a function "
                     "or a stack, else as steps.",
@@ -230,22 +280,24 @@ std::vector<InputSpec> plotValueInputs() {
             "automatic: if there is one object, with or without a function; yes: for several objects in the "
             "legend.",
             "automatic", statisticsChoices()),
-        choiceInput("panel",
-                    "Lower panel that compares the other objects with the stack, the function, the object whose look "
-                    "says reference, or else the second object.",
-                    "no", panelChoices()),
-        rangeInput("panelrange", "vertical axis of the lower panel"),
-        textInput("lines",
-                  "Vertical and horizontal lines, separated by semicolons, each with x or y, a number, and if wanted "
-                  "colour, dash and legend: x 91.2 red dashed \"Z boson\"; y 0."),
-        textInput("regions", "Shaded regions, as lines but with two numbers: x 80 100 orange \"signal region\"."),
-        textInput("text",
-                  "Free text in the picture; each part between semicolons is a line. Top left, unless it begins with "
-                  "another corner (bottom right ...) or with at and two fractions of the frame (at 0.5 0.7 ...)."),
-        textInput("size", "Width and height of the picture in cm.", "16 10"),
-        textInput("dpi", "Dots per inch of a PNG.", "254"),
-        lookSpec(),
+        choiceInput(
+            "advanced",
+            "Shows the inputs for the colour scale, a lower panel, lines, regions, text, size and looks. Those with a "
+            "value of their own are always shown.",
+            "no"),
     };
+}
+
+std::string advancedInputsAsTable() {
+    std::vector<InputSpec> inputs = advancedInputs();
+    inputs.push_back(lookSpec());
+    std::string table = "| input | default | meaning |\n|---|---|---|\n";
+    for (const InputSpec& input : inputs) {
+        std::string name = "`" + input.name + "`";
+        name += input.name == "look" ? ", `look2` ..." : "";
+        table += "| " + name + " | " + input.value + " | " + input.description + " |\n";
+    }
+    return table;
 }
 
 std::string rangeRefusal(const std::string& text) {
@@ -281,7 +333,8 @@ std::string plotRefusal(const std::string& input, const std::string& value) {
     return isRange(input) ? rangeRefusal(value) : std::string();
 }
 
-PlotStyle plotStyleOf(const PlotValue& valueOf, std::size_t objects) {
+PlotStyle plotStyleOf(const PlotValue& shownValueOf, std::size_t objects) {
+    const PlotValue valueOf = withDefaults(shownValueOf);
     std::vector<std::string> inputs = {"file",  "formats", "xrange", "yrange", "zrange", "panelrange",
                                        "lines", "regions", "text",   "size",   "dpi"};
     for (std::size_t i = 0; i < objects; ++i) {
@@ -317,12 +370,16 @@ PlotStyle plotStyleOf(const PlotValue& valueOf, std::size_t objects) {
     return style;
 }
 
-void addObjectInputs(Ports& ports, const InputSpec& object, std::size_t count) {
+void addFurtherInputs(Ports& ports, const InputSpec& object, const ValueTexts& values) {
+    for (InputSpec& input : advancedInputs()) {
+        addAdvanced(ports, std::move(input), values);
+    }
+    addLook(ports, 0, values);
+    const std::size_t count = numberedCount(values, "objects");
     for (std::size_t i = 1; i < count; ++i) {
         ports.inputs.push_back(object);
         ports.inputs.back().name = numberedName(object.name, i);
-        ports.inputs.push_back(lookSpec());
-        ports.inputs.back().name = numberedName("look", i);
+        addLook(ports, i, values);
     }
 }
 

@@ -36,7 +36,7 @@ bool isBlank(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
-/// "gray" and "dark grey" are as good as "grey" and "darkgrey"; "colour=" and "style=" may stand before a word.
+/// "gray" and "dark grey" are as good as "grey" and "darkgrey"; "colour=" and "style=" may precede a word.
 std::string withoutPrefix(const std::string& word) {
     for (const std::string_view prefix : {"colour=", "color=", "style=", "line="}) {
         if (word.starts_with(prefix)) {
@@ -86,7 +86,7 @@ bool takeWord(const std::string& word, ObjectLook& look) {
     return false;
 }
 
-[[noreturn]] void refuseWord(const std::string& word, bool isGuide) {
+[[noreturn]] void throwUnknownWord(const std::string& word, bool isGuide) {
     throw Failure("\"" + word + "\" has no meaning here, or says again what another word says. " +
                   (isGuide ? std::string()
                            : std::string("Styles: points, line, steps, filled, stacked, band; colours, contours. ")) +
@@ -126,7 +126,7 @@ PlotGuide guideOf(const PlotWords& words, bool isRegion) {
             guide.legend = words[i].text;
         } else if (words[i].isQuoted || !takeWord(withoutPrefix(words[i].text), look) ||
                    look.style != ObjectStyle::Automatic || look.isReference) {
-            refuseWord(words[i].text, true);
+            throwUnknownWord(words[i].text, true);
         }
     }
     guide.colour = look.colour.empty() ? guide.colour : look.colour;
@@ -249,7 +249,7 @@ ObjectLook lookIn(const std::string& text) {
         if (word.isQuoted && !look.legend) {
             look.legend = word.text;
         } else if (word.isQuoted || !takeWord(withoutPrefix(word.text), look)) {
-            refuseWord(word.text, false);
+            throwUnknownWord(word.text, false);
         }
     }
     return look;

@@ -67,11 +67,11 @@ Box placedBox(const RecordedPlugin& plugin) {
 /// Adds the outputs that feed the plug-in to their boxes.
 void addWiredOutputs(const RecordedPlugin& plugin, Boxes& boxes) {
     for (const RecordedInput& input : plugin.inputs) {
-        const auto feeder = boxes.find(input.plugin);
-        if (feeder == boxes.end()) {
+        const auto producer = boxes.find(input.plugin);
+        if (producer == boxes.end()) {
             continue;
         }
-        std::vector<std::string>& outputs = feeder->second.outputs;
+        std::vector<std::string>& outputs = producer->second.outputs;
         if (std::find(outputs.begin(), outputs.end(), input.output) == outputs.end()) {
             outputs.push_back(input.output);
         }
@@ -172,9 +172,9 @@ std::string drawnPipeline(const RunRecord& record) {
     std::string text = opening(boxes);
     for (const RecordedPlugin& plugin : record.plugins) {
         for (const RecordedInput& input : plugin.inputs) {
-            if (const auto feeder = boxes.find(input.plugin); feeder != boxes.end()) {
+            if (const auto producer = boxes.find(input.plugin); producer != boxes.end()) {
                 const Box& to = boxes.at(plugin.name);
-                text += drawnWire(feeder->second, rowOf(feeder->second.outputs, input.output), to,
+                text += drawnWire(producer->second, rowOf(producer->second.outputs, input.output), to,
                                   rowOf(to.inputs, input.name));
             }
         }

@@ -32,8 +32,8 @@ std::string folderRefusal(const std::string& folder);
 /// @return the value of the input "folder". @throws Failure if it cannot be used.
 const std::string& folderInFile(const Arguments& arguments);
 
-/// What is wired to the numbered inputs "object", under its own name or that of the plug-in that made it; names that
-/// are taken get a number.
+/// The objects wired to the numbered inputs "object", under its own name or that of the plug-in that made it; names
+/// that are taken get a number.
 /// @param plugin kind and file of the writer, such as "AidaWriter".
 /// @param file   what it writes, such as "an AIDA file".
 /// @throws Failure if an input has nothing wired, a number or a text, or if there are two tables.

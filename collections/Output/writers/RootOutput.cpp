@@ -47,7 +47,7 @@ void RootOutput::begin() {
     result = context.beginResult(contents.fileName);
     const std::string name = std::filesystem::path(contents.fileName).filename().string();
     file = std::make_unique<root::FileWriter>(
-        root::FileWriter::Place{.path = result->path(), .name = name, .folder = contents.folder}, contents.packing);
+        root::FileWriter::Target{.path = result->path(), .name = name, .folder = contents.folder}, contents.packing);
     if (contents.table) {
         table.emplace(*file, *contents.table);
     }

@@ -16,15 +16,11 @@ namespace {
 
 class Writing : public Accumulation, public RowFile {
 public:
-    Writing(RootContents contents, RunContext& context)
-        : output(std::make_unique<RootOutput>(std::move(contents), context)) {}
+    Writing(RootContents contents, RunContext& context);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<WrittenRows>(*this); }
 
-    void finish(AccumulatorState& state, Results&) override {
-        static_cast<WrittenRows&>(state).handOver();
-        output->complete();
-    }
+    void finish(AccumulatorState& state, Results&) override;
 
 private:
     std::string format(const Chunk& chunk) const override { return output->rowsOf(chunk); }
@@ -32,6 +28,14 @@ private:
 
     std::unique_ptr<RootOutput> output;
 };
+
+Writing::Writing(RootContents contents, RunContext& context)
+    : output(std::make_unique<RootOutput>(std::move(contents), context)) {}
+
+void Writing::finish(AccumulatorState& state, Results&) {
+    static_cast<WrittenRows&>(state).handOver();
+    output->complete();
+}
 
 root::Packing packingNamed(const std::string& name) {
     const std::map<std::string, root::Packing> packings = {{"zstd", root::Packing::Zstd},
