@@ -1,6 +1,6 @@
 /// velmorak_bench_during_run: drag steps with their repaint on the editor's window, without a run and while one is
 /// going on that uses all processors.
-#include "Hands.h"
+#include "InputRobot.h"
 #include "Scene.h"
 
 #include <QzManager.h>

@@ -2,7 +2,7 @@
 /// handler alone, and with its repaint) in ms, the time from nothing to the first full picture of a document in ms, and
 /// the peak of memory in MB. `lowered` makes each path as ours does not: on top, then lowered to the bottom one by one.
 #include "Measure.h"
-#include "Hands.h"
+#include "InputRobot.h"
 #include "Scene.h"
 #include "toolkit.h"
 

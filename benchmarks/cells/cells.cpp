@@ -23,8 +23,8 @@ constexpr int manyBins = 4000;
 constexpr int fewBins = 100;
 constexpr int rounds = 5;
 constexpr const char* plugin = "Plane";
-constexpr double leastRate = 0.25;
-constexpr double mostMemory = 2.0;
+constexpr double minRate = 0.25;
+constexpr double maxMemory = 2.0;
 /// Fills, and sums of w, w squared, w x, w x squared, w y, w y squared and w x y of one cell, with its pivot.
 constexpr double bytesOfSums = 80.0;
 
@@ -74,9 +74,9 @@ int main() {
         few.push_back(fill(folder, fewBins).ms);
     }
     printFaster("2D fill in a run, 4000 x 4000, 3 M rows, 2 threads", "100 x 100", medianOf(many), medianOf(few),
-                leastRate);
+                minRate);
     const double sums = 1.0 * manyBins * manyBins * bytesOfSums / 1e6;
     print({"the same: peak of the program's memory", "its sums", "MB", peak, sums, peak / sums,
-           Limit{Limit::Sense::AtMost, mostMemory}});
+           Limit{Limit::Sense::AtMost, maxMemory}});
     return 0;
 }

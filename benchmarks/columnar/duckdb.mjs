@@ -1,10 +1,9 @@
 // The peer of the benchmark of columnar files, with the npm package @duckdb/node-api:
 //     duckdb.mjs make FOLDER ROWS    writes numbers.snappy.parquet and numbers.zstd.parquet, with 5 columns of reals
 //     duckdb.mjs fill FILE ROUNDS    fills a weighted histogram after a cut with two threads; prints the median in ms
-import { load } from "../../tests/support/npm/load.mjs";
+import { connectTo, timesOf } from "../peers/duckdb.mjs";
 
-const { DuckDBInstance } = await load("@duckdb/node-api");
-const connection = await (await DuckDBInstance.create(":memory:", { threads: "2" })).connect();
+const connection = await connectTo({ threads: "2" });
 const [task, where, count] = process.argv.slice(2);
 
 if (task === "make") {
@@ -17,14 +16,11 @@ if (task === "make") {
         await connection.run(`copy numbers to '${where}/numbers.${codec}.parquet' (format parquet, compression ${codec})`);
     }
 } else {
-    const times = [];
-    for (let round = 0; round < Number(count); ++round) {
-        const begin = performance.now();
-        await connection.runAndReadAll(
+    const times = await timesOf(count, () =>
+        connection.runAndReadAll(
             `select floor(c0 * 100)::int as bin, sum(c1) as w, sum(c1 * c1) as ww
              from read_parquet('${where}') where c2 > 0.5 group by bin order by bin`
-        );
-        times.push(performance.now() - begin);
-    }
+        )
+    );
     console.log(times.sort((a, b) => a - b)[Math.floor(times.length / 2)]);
 }

@@ -88,11 +88,11 @@ void compare(const fs::path& folder, const std::string& threads) {
             others.push_back(second);
         }
     }
-    const bool isAsked = threads == "2";
+    const bool hasLimit = threads == "2";
     const std::string work = "text file, 3 M x 5, cut, weighted histogram, " + threads + " threads";
     const double ratio = medianOf(ours) / medianOf(others);
     print({work, "DuckDB", "ms", medianOf(ours), medianOf(others), ratio,
-           isAsked ? std::optional<Limit>(Limit{Limit::Sense::AtMost, maxRatio}) : std::nullopt});
+           hasLimit ? std::optional<Limit>(Limit{Limit::Sense::AtMost, maxRatio}) : std::nullopt});
 }
 
 }  // namespace

@@ -164,7 +164,7 @@ void thirdLepton(const Events& events, std::vector<double>& values) {
         if (leptons.size() >= 3 && findPair(leptons, pair)) {
             const Lepton* leading = nullptr;
             for (std::size_t i = 0; i < leptons.size(); ++i) {
-                if (i != pair[0] && i != pair[1] && (leading == nullptr || leptons[i].pt > leading->pt)) {
+                if (i != pair[0] && i != pair[1] && (!leading || leptons[i].pt > leading->pt)) {
                     leading = &leptons[i];
                 }
             }

@@ -208,7 +208,7 @@ std::vector<Answer> askNumpy(const Events& events, std::size_t count) {
     FILE* pipe = popen(("/usr/bin/python3 '" VELMORAK_BENCH_EVENTS "' '" + file.string() + "'").c_str(), "r");
     std::vector<Answer> answers(count);
     for (Answer& answer : answers) {
-        if (pipe == nullptr || std::fscanf(pipe, "%lf %lf", &answer.ms, &answer.sum) != 2) {
+        if (!pipe || std::fscanf(pipe, "%lf %lf", &answer.ms, &answer.sum) != 2) {
             throw std::runtime_error("numpy gave no answer");
         }
     }

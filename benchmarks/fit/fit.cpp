@@ -133,6 +133,9 @@ int main() {
     }
     const double fits = problems * repeats;
     const std::string work = "fit of a Gauss on a line, 5 parameters, 100 points, model as text";
+    constexpr double limit = 35.0;
+    const double microseconds = 1e3 * medians[0] / fits;
+    print({work, "a limit", "us", microseconds, limit, microseconds / limit, Limit{Limit::Sense::AtMost, 1.0}});
     printFaster(work, "GSL, numeric derivatives", medians[0] / fits, medians[1] / fits, 3.0);
     printFaster(work, "scipy curve_fit", medians[0] / fits, byScipy[0], 10.0);
     return 0;

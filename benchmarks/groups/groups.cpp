@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 
 constexpr int rounds = 3;
 
-/// What is compared.
+/// The queries that are compared.
 struct Comparison {
     std::string query;
     std::string name;

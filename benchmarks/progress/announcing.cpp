@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <sstream>
 
-/// velmorak_bench_announcing: the same run where nobody can be told of it, where it announces itself, and while
+/// velmorak_bench_announcing: the same run without announcements, with announcements, and while
 /// somebody looks at its histograms.
 namespace {
 
@@ -67,9 +67,9 @@ int main() {
         {[&] { execute(pipeline, place, Audience::Nobody); }, [&] { execute(pipeline, place, Audience::Files); },
          [&] { execute(pipeline, place, Audience::Page); }},
         bench::Clock::Processor, 15);
-    bench::printNotSlower("a run announces itself, 40 M random rows", "nobody to tell", times[1], times[0],
+    bench::printNotSlower("a run announces itself, 40 M random rows", "no announcements", times[1], times[0],
                           maxAnnounced);
-    bench::printNotSlower("a run shows its histograms, 40 M random rows", "nobody to tell", times[2], times[0],
+    bench::printNotSlower("a run shows its histograms, 40 M random rows", "no announcements", times[2], times[0],
                           maxLookedAt);
     return 0;
 }

@@ -46,7 +46,7 @@ Pipeline pipelineToRun() {
 void execute(const Pipeline& pipeline, bool isTerminal, RunListener* listener) {
     std::ostringstream messages;
     Runner runner(messages, isTerminal);
-    runner.tell(listener);
+    runner.setListener(listener);
     runner.run(pipeline);
 }
 

@@ -82,7 +82,7 @@ private:
     bool isClosed = false;
 };
 
-/// Calls the function that the task stands for. @return false when there was nothing to load.
+/// Calls the function of the task. @return false when there was nothing to load.
 bool execute(const StagePipeline& pipeline, const TaskScheduler::Task& task, std::size_t slot);
 
 }  // namespace velmorak

@@ -9,11 +9,6 @@
 #include <thread>
 
 namespace velmorak {
-namespace {
-
-constexpr std::size_t maxThreads = 1024;
-
-}  // namespace
 
 ThreadConfig threadConfigFromEnvironment() {
     const char* const setting = std::getenv("VELMORAK_THREADS");
@@ -23,11 +18,11 @@ ThreadConfig threadConfigFromEnvironment() {
     }
     std::size_t threads = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), threads);
-    if (error == std::errc() && end == text.data() + text.size() && threads >= 1 && threads <= maxThreads) {
+    if (error == std::errc() && end == text.data() + text.size() && threads >= 1 && threads <= maxRunThreads) {
         return {threads};
     }
     return {processorCount(), "VELMORAK_THREADS=" + std::string(text) + " is not a number from 1 to " +
-                                  std::to_string(maxThreads) + "; using all processors"};
+                                  std::to_string(maxRunThreads) + "; using all processors"};
 }
 
 std::size_t processorCount() {

@@ -5,6 +5,8 @@
 
 namespace velmorak {
 
+inline constexpr int maxRunThreads = 1024;
+
 /// How many threads a run has.
 struct ThreadConfig {
     std::size_t threads = 1;

@@ -1,4 +1,5 @@
 #include "expression/Compiler.h"
+#include "expression/MarkedNumbers.h"
 
 #include "expression/simd/SimdKernels.h"
 
@@ -65,10 +66,15 @@ private:
 };
 
 TypedOperand Columns::named(const Node& node, Compiler& compiler) {
+    const auto number = numbers.find(node.text);
+    if (isMarkedNumber(node) && number != numbers.end()) {
+        return compiler.constant(number->second);
+    }
     if (const auto position = schema.find(node.text)) {
         return compiler.steps().column(*position, schema[*position]);
     }
-    if (const auto number = numbers.find(node.text); number != numbers.end()) {
+    const bool isQuotedMark = node.isQuoted && node.text.starts_with(numberMark);
+    if (number != numbers.end() && !isQuotedMark) {
         return compiler.constant(number->second);
     }
     if (const double* const known = node.isQuoted ? nullptr : findConstant(node.text)) {
@@ -78,6 +84,9 @@ TypedOperand Columns::named(const Node& node, Compiler& compiler) {
 }
 
 void Columns::failUnknown(const Node& node, const Compiler& compiler) const {
+    if (isMarkedNumber(node)) {
+        compiler.fail(node, "no number can be entered or wired for " + quoted(node.text) + " here");
+    }
     std::vector<std::string> known;
     std::vector<std::string> columns;
     for (const ColumnInfo& info : schema.columns()) {
@@ -98,7 +107,10 @@ void Compiler::fail(const Node& node, const std::string& reason) const {
 }
 
 TypedOperand Compiler::compile(const std::vector<Node>& parsed, Scope& scope) {
-    const Tree tree = rewritten(source, parsed, joinsEqual);
+    return compile(rewritten(source, parsed, joinsEqual), scope);
+}
+
+TypedOperand Compiler::compile(const Tree& tree, Scope& scope) {
     nodes = &tree.nodes;
     uses = &tree.uses;
     names = &scope;
@@ -112,13 +124,13 @@ TypedOperand Compiler::compile(const std::vector<Node>& parsed, Scope& scope) {
     return typed[tree.root];
 }
 
-TypedOperand Compiler::compileDefinition(const std::vector<Node>& parsed, Scope& scope, std::size_t offset) {
+TypedOperand Compiler::compileDefinition(const Tree& tree, Scope& scope, std::size_t offset) {
     const auto* const outerNodes = nodes;
     const auto* const outerUses = uses;
     Scope* const outerNames = names;
     std::vector<TypedOperand> outerTyped = std::exchange(typed, {});
     const std::optional<std::size_t> outerOffset = std::exchange(definitionOffset, offset);
-    const TypedOperand whole = compile(parsed, scope);
+    const TypedOperand whole = compile(tree, scope);
     nodes = outerNodes;
     uses = outerUses;
     names = outerNames;

@@ -41,7 +41,7 @@ public:
     /// Compiles a tree whose nodes are those of the text.
     TypedOperand compile(const std::vector<Node>& parsed, Scope& scope);
     /// Compiles the tree of another text, the definition of what the text has at the offset. Messages point there.
-    TypedOperand compileDefinition(const std::vector<Node>& parsed, Scope& scope, std::size_t offset);
+    TypedOperand compileDefinition(const Tree& tree, Scope& scope, std::size_t offset);
 
     Emitter& steps() { return emitter; }
     Code finish(const TypedOperand& whole) && { return std::move(emitter).finish(whole); }
@@ -53,6 +53,8 @@ public:
     TypedOperand asReal(const Node& node, const TypedOperand& value);
 
 private:
+    TypedOperand compile(const Tree& tree, Scope& scope);
+
     TypedOperand compiled(const Node& node);
 
     TypedOperand called(const Node& node);

@@ -17,13 +17,13 @@ std::size_t bytesInColumn(ColumnType type) {
     return type == ColumnType::Text ? sizeof(std::string) : bytesOf(type);
 }
 
-/// Fills a block with a value.
-void repeat(const std::byte* value, ColumnType type, Block& block) {
+/// Fills the first rows of a block with a value.
+void repeat(const std::byte* value, ColumnType type, std::size_t rows, Block& block) {
     if (bytesOf(type) == 1) {
-        std::fill_n(block.bytes, blockRows, *value);
+        std::fill_n(block.bytes, rows, *value);
         return;
     }
-    for (std::size_t row = 0; row < blockRows; ++row) {
+    for (std::size_t row = 0; row < rows; ++row) {
         std::memcpy(block.bytes + 8 * row, value, 8);
     }
 }
@@ -121,7 +121,7 @@ std::optional<TypedOperand> Emitter::folded(Kernel kernel, const std::vector<Typ
     // The block of an operand is free if nothing else can use it.
     TypedOperand made = buffers == Buffers::Kept ? constant(0.0, type) : values.front();
     made.type = type;
-    repeat(result, type, *code.constantAt[made.operand.position]);
+    repeat(result, type, constantRows, *code.constantAt[made.operand.position]);
     return made;
 }
 

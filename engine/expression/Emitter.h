@@ -39,6 +39,9 @@ struct ListOperation {
 /// and a reverse pass finds all of them.
 enum class Buffers { Reused, Kept };
 
+/// Most rows at once of a program that keeps its buffers; its constants are repeated so often only.
+inline constexpr std::size_t keptRows = 256;
+
 /// A kernel with what derivatives and printing need to know of it.
 struct Operation {
     Kernel kernel = nullptr;
@@ -49,18 +52,19 @@ struct Operation {
 /// Emits the steps of an expression and allocates their buffers.
 class Emitter {
 public:
-    explicit Emitter(Buffers use = Buffers::Reused) : buffers(use) {}
+    explicit Emitter(Buffers use = Buffers::Reused)
+        : buffers(use), constantRows(use == Buffers::Kept ? keptRows : blockRows) {}
 
     /// A value that is the same in all rows.
     template <typename T>
     TypedOperand constant(T value, ColumnType type) {
         Block& block = code.constants.emplace_back();
-        std::fill_n(reinterpret_cast<T*>(block.bytes), blockRows, value);
+        std::fill_n(reinterpret_cast<T*>(block.bytes), constantRows, value);
         code.constantAt.push_back(&block);
         return {{Operand::In::Constant, code.constantAt.size() - 1}, type};
     }
     TypedOperand text(const std::string& value);
-    /// @throws std::invalid_argument with what is wrong with the regular expression.
+    /// @throws std::invalid_argument if the regular expression is invalid.
     TypedOperand pattern(const std::string& regularExpression);
     TypedOperand column(std::size_t position, const ColumnInfo& info);
 
@@ -103,6 +107,7 @@ private:
     static std::size_t allocate(std::vector<std::size_t>& free, std::size_t& count);
 
     Buffers buffers;
+    std::size_t constantRows;
     std::vector<std::size_t> freeBuffers;
     std::vector<std::size_t> freeLists;
     std::vector<TypedOperand> lastValues;  ///< Arguments of the last step.

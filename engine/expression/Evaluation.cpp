@@ -36,7 +36,7 @@ Evaluation::Evaluation(const Source& expression, const Chunk& rows)
       buffers(std::make_unique_for_overwrite<Block[]>(code.buffers)),
       lists(code.lists),
       madeOffsets(code.madeShapes.size()),
-      combinationsLeft(expression.mostCombinations) {}
+      combinationsLeft(expression.maxCombinations) {}
 
 ColumnPtr Evaluation::run() {
     auto column = std::make_shared<Column>();
@@ -186,7 +186,7 @@ void Evaluation::executeOnWholeLists(const Step& step, std::size_t begin, std::s
     args.combinationsLeft = &combinationsLeft;
     if (!step.listKernel(args)) {
         throwAt(source.text, step.offset,
-                "there are more than " + std::to_string(source.mostCombinations) +
+                "there are more than " + std::to_string(source.maxCombinations) +
                     " combinations in a chunk, which the rows from " + std::to_string(chunk.firstRow + begin) +
                     " on exceed; shorten the lists by a condition, or set VELMORAK_COMBINATIONS to a higher number");
     }

@@ -15,7 +15,7 @@ struct Source {
     std::string text;
     Code code;
     std::vector<ColumnInfo> columns;
-    std::uint64_t mostCombinations = 0;  ///< In a chunk.
+    std::uint64_t maxCombinations = 0;  ///< In a chunk.
 };
 
 /// One evaluation: the columns of a chunk and the buffers of a thread.

@@ -16,13 +16,13 @@ namespace {
 using expression::Code;
 using expression::Operand;
 
-constexpr std::uint64_t usualMostCombinations = 10'000'000;
+constexpr std::uint64_t defaultMaxCombinations = 10'000'000;
 
 /// @return the largest number of combinations of list values in a chunk.
-std::uint64_t mostCombinations() {
+std::uint64_t maxCombinations() {
     const char* const setting = std::getenv("VELMORAK_COMBINATIONS");
-    const std::string_view text(setting != nullptr ? setting : "");
-    std::uint64_t most = usualMostCombinations;
+    const std::string_view text(setting ? setting : "");
+    std::uint64_t most = defaultMaxCombinations;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), most);
     if (!text.empty() && (error != std::errc() || end != text.data() + text.size() || most == 0)) {
         throw Failure("VELMORAK_COMBINATIONS=" + std::string(text) + " is not a number of combinations, from 1 on");
@@ -39,7 +39,7 @@ Expression::Expression(std::string_view text, const Schema& columns, const std::
     program->text = text;
     program->code = expression::compile(text, columns, numbers);
     program->columns = columns.columns();
-    program->mostCombinations = program->code.makesCombinations ? mostCombinations() : 0;
+    program->maxCombinations = program->code.makesCombinations ? maxCombinations() : 0;
 }
 
 Expression::Expression(Expression&&) noexcept = default;

@@ -77,7 +77,7 @@ const Function* findFunction(std::string_view name);
 /// @return all names that a user may write, for suggestions.
 std::vector<std::string> functionNames();
 
-/// A name without quotes that stands for a number, unless a column, number or parameter has it.
+/// A name without quotes that means a number, unless a column, number or parameter has it.
 struct Constant {
     std::string_view name;
     double value;

@@ -59,7 +59,7 @@ auto* findIn(const Table& table, std::string_view name) {
     return found == table.end() ? nullptr : &*found;
 }
 
-/// Adds what one call stands for.
+/// Adds the expansion of one call.
 class Expansion {
 public:
     Expansion(TreeBuilder& nodes, const Node& call) : tree(nodes), call(call) {}
@@ -96,7 +96,7 @@ std::size_t Expansion::result() {
         return ofSum(*function);
     }
     const Definition* const function = findIn(ofBoosted, call.text);
-    return function == nullptr ? helicityCosine() : boosted(*function);
+    return function ? boosted(*function) : helicityCosine();
 }
 
 void Expansion::wantArguments(const std::vector<std::size_t>& counts, std::string_view wanted) const {
@@ -185,7 +185,7 @@ std::size_t Expansion::defined(std::string_view text, const Values& values) {
 }
 
 Values Expansion::particle(std::size_t first) {
-    // What is the same for each particle is computed before the particles are combined.
+    // Terms of single particles are computed before the particles are combined.
     const std::optional<std::size_t> positions = commonPositions(first);
     Values values;
     for (const auto& [name, place] :

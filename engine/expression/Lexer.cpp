@@ -1,3 +1,4 @@
+#include "expression/MarkedNumbers.h"
 #include "expression/Syntax.h"
 
 #include <velmorak/Failure.h>
@@ -85,7 +86,7 @@ Token Lexer::next() {
     if (isDigit(c) || (c == '.' && isDigit(at(here + 1)))) {
         return number();
     }
-    if (beginsName(c)) {
+    if (beginsName(c) || c == numberMark) {
         return name();
     }
     if (c == '"' || c == '\'' || c == '`') {
@@ -130,7 +131,10 @@ Token Lexer::number() {
 
 Token Lexer::name() {
     Token token{TokenKind::Name, here, "", 0.0, 0, false};
-    std::size_t end = here;
+    std::size_t end = here + (at(here) == numberMark ? 1 : 0);
+    if (!beginsName(at(end))) {
+        throwAt(source, here, "a name must follow @, as in @cut");
+    }
     while (beginsName(at(end)) || isDigit(at(end)) || (at(end) == '.' && beginsName(at(end + 1)))) {
         ++end;
     }

@@ -11,7 +11,7 @@ namespace velmorak::expression {
 namespace {
 
 /// Texts of messages show no more of an expression.
-constexpr std::size_t longestPart = 40;
+constexpr std::size_t maxPartLength = 40;
 
 }  // namespace
 
@@ -72,13 +72,13 @@ const TypedOperand& Compiler::wantList(const Node& node, const TypedOperand& val
     return value;
 }
 
-/// @return the text that a node stands for.
+/// @return the source text of a node.
 std::string Compiler::partOf(const Node& node) const {
     if (definitionOffset || node.end <= node.begin) {
         return node.text;
     }
     const std::string_view whole = source.substr(node.begin, node.end - node.begin);
-    return whole.size() <= longestPart ? std::string(whole) : std::string(whole.substr(0, longestPart)) + "...";
+    return whole.size() <= maxPartLength ? std::string(whole) : std::string(whole.substr(0, maxPartLength)) + "...";
 }
 
 TypedOperand Compiler::indexed(const Node& node, const Arguments& arguments) {

@@ -16,8 +16,8 @@ struct ListInput {
     /// As in KernelArgs; null for a single value in each row.
     const std::uint64_t* offsets = nullptr;
 
-    std::uint64_t begin(std::size_t row) const { return offsets == nullptr ? row : offsets[row] - offsets[0]; }
-    std::uint64_t count(std::size_t row) const { return offsets == nullptr ? 1 : offsets[row + 1] - offsets[row]; }
+    std::uint64_t begin(std::size_t row) const { return offsets ? offsets[row] - offsets[0] : row; }
+    std::uint64_t count(std::size_t row) const { return offsets ? offsets[row + 1] - offsets[row] : 1; }
 };
 
 struct ListArgs {

@@ -66,10 +66,7 @@ private:
         int& count;
     };
 
-    void advance() {
-        lastEnd = lexer.position();
-        token = lexer.next();
-    }
+    void advance();
     bool isSymbol(std::string_view symbol) const { return token.kind == TokenKind::Symbol && token.text == symbol; }
 
     void expect(std::string_view symbol, const std::string& reason);
@@ -106,6 +103,11 @@ private:
     int levels = 0;
     std::vector<Node> nodes;
 };
+
+void Parser::advance() {
+    lastEnd = lexer.position();
+    token = lexer.next();
+}
 
 std::vector<Node> Parser::whole() {
     if (token.kind == TokenKind::End) {

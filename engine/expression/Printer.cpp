@@ -164,7 +164,64 @@ Written Printer::written(const Step& step) {
     return step.function ? operation(step, parts) : std::move(parts[0]);
 }
 
+/// Bounds the length of what Printer writes for steps.
+class LengthBound {
+public:
+    LengthBound(const Code& program, const std::vector<std::string>& columnNames);
+
+    std::size_t whole();
+
+private:
+    std::size_t bound(const Operand& operand) const;
+    std::size_t bound(const Step& step) const;
+
+    const Code& code;
+    const std::vector<std::string>& columns;
+    std::vector<std::size_t> buffers;
+};
+
+LengthBound::LengthBound(const Code& program, const std::vector<std::string>& columnNames)
+    : code(program), columns(columnNames), buffers(program.buffers) {}
+
+std::size_t LengthBound::whole() {
+    for (const Step& step : code.steps) {
+        // Parts that are used several times multiply the sum at each level.
+        buffers[step.out.position] = std::min(bound(step), maxCharacters + 1);
+    }
+    return bound(code.result);
+}
+
+/// With parentheses, which a name does not need.
+std::size_t LengthBound::bound(const Operand& operand) const {
+    switch (operand.in) {
+        case Operand::In::Nothing:
+            return 0;
+        case Operand::In::Column:
+            return columns[operand.position].size();
+        case Operand::In::Constant:
+            return std::string_view("(-1.7976931348623157e+308)").size();
+        default:
+            return buffers[operand.position] + 2;
+    }
+}
+
+std::size_t LengthBound::bound(const Step& step) const {
+    std::size_t sum = bound(step.in[0]) + bound(step.in[1]) + bound(step.in[2]);
+    if (step.function) {
+        const Notation& notation = step.function->notation;
+        sum += notation.before.size() + notation.between.size() + notation.beforeThird.size() + notation.after.size();
+        sum += step.function->name.size() + std::string_view("(,,)").size();
+    }
+    const bool hasColumn = std::any_of(std::begin(step.in), std::end(step.in),
+                                       [](const Operand& operand) { return operand.in == Operand::In::Column; });
+    return hasColumn ? sum : sum + std::string_view("1.0*()").size();
+}
+
 }  // namespace
+
+std::size_t printedLengthBound(const Code& code, const std::vector<std::string>& columns) {
+    return LengthBound(code, columns).whole();
+}
 
 std::string printed(const Code& code, const std::vector<std::string>& columns) {
     return Printer(code, columns).whole();

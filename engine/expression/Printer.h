@@ -13,4 +13,8 @@ namespace velmorak::expression {
 /// @throws Failure if it is longer than an expression may be.
 std::string printed(const Code& code, const std::vector<std::string>& columns);
 
+/// Takes much less time than printing.
+/// @return at least the number of characters that printed writes.
+std::size_t printedLengthBound(const Code& code, const std::vector<std::string>& columns);
+
 }  // namespace velmorak::expression

@@ -62,7 +62,7 @@ struct Step {
     std::size_t offset = 0;  ///< In the expression, for messages.
 };
 
-/// One value repeated for a whole block, so that kernels need not distinguish constants.
+/// One value repeated for all rows that are computed at once, so that kernels need not distinguish constants.
 struct alignas(64) Block {
     Block() {}  // NOLINT(modernize-use-equals-default,cppcoreguidelines-pro-type-member-init): leaves the bytes alone.
 

@@ -1,6 +1,7 @@
 #include <velmorak/RowBounds.h>
 
 #include "expression/Kernels.h"
+#include "expression/MarkedNumbers.h"
 #include "expression/Syntax.h"
 
 #include <algorithm>
@@ -53,9 +54,9 @@ bool Bounds::usesLists() const {
     });
 }
 
-/// A name that stands for a constant never means a column, unless it is quoted.
+/// The name of a constant never means a column, unless it is quoted.
 std::optional<std::size_t> Bounds::columnAt(const Node& node) const {
-    if (node.form != Form::Name || (!node.isQuoted && expression::isConstant(node.text))) {
+    if (node.form != Form::Name || isMarkedNumber(node) || (!node.isQuoted && expression::isConstant(node.text))) {
         return std::nullopt;
     }
     const std::optional<std::size_t> column = columns.find(node.text);
@@ -78,7 +79,8 @@ std::optional<double> Bounds::numberAt(const Node& node) const {
             return std::nullopt;
         case Form::Name: {
             const auto found = numbers.find(node.text);
-            const bool isHidden = node.isQuoted || expression::isConstant(node.text) || columns.find(node.text);
+            const bool isHidden = !isMarkedNumber(node) &&
+                                  (node.isQuoted || expression::isConstant(node.text) || columns.find(node.text));
             return found != numbers.end() && !isHidden ? std::optional(found->second) : std::nullopt;
         }
         default:

@@ -60,7 +60,7 @@ constexpr Function madeText(std::string_view name, Kernel kernel, std::string_vi
             .result = ColumnType::Text};
 }
 
-/// A part of the moment that a real stands for.
+/// A part of the date and time that a real encodes.
 template <auto function>
 constexpr Function partOfDate(std::string_view name, std::string_view text) {
     return {.name = name,

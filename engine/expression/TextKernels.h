@@ -20,7 +20,7 @@ bool partsOfTexts(const KernelArgs& args);
 bool datesAsTexts(const KernelArgs& args);
 
 /// @return a regular expression of RE2, compiled.
-/// @throws std::invalid_argument with what is wrong with it.
+/// @throws std::invalid_argument if it is invalid.
 std::shared_ptr<const void> compiledPattern(const std::string& pattern);
 
 /// Texts and compiled patterns to whether the pattern is found anywhere in the text.

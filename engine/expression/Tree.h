@@ -29,7 +29,7 @@ public:
 
     /// @return the place of the node, or of an equal one.
     std::size_t add(Node node);
-    /// @param origin the node that the call stands for in messages.
+    /// @param origin the node that messages about the call name.
     std::size_t call(const Node& origin, std::string_view name, std::vector<std::size_t> children);
     std::size_t number(const Node& origin, double value);
 

@@ -29,21 +29,6 @@ void checkOutputNames(const Model& model, const ReservedNames& reserved) {
     }
 }
 
-void checkFormulaLength(const Model& model) {
-    try {
-        const std::string formula = formulaOf(model);
-        const bool isShort = formula.size() <= std::size_t{expression::maxParentheses};
-        if (!isShort) {
-            expression::parse(formula);  // Types need no check: they are those of the program.
-        }
-    } catch (const Failure&) {
-        throwAt(model.text, 0,
-                "the formula of this model, with its shapes written out, has more than " +
-                    std::to_string(expression::maxCharacters) + " characters or more than " +
-                    std::to_string(expression::maxParentheses) + " nested parentheses");
-    }
-}
-
 /// @return the name, in back quotes if it is a word of the language.
 std::string nameIn(const std::string& name) {
     for (const std::string_view word : {"and", "or", "not", "true", "false"}) {
@@ -54,14 +39,38 @@ std::string nameIn(const std::string& name) {
     return name;
 }
 
-}  // namespace
-
-std::string formulaOf(const Model& model) {
+/// How a formula refers to x and the parameters.
+std::vector<std::string> columnsOf(const Model& model) {
     std::vector<std::string> columns{"x[0]"};
+    columns.reserve(1 + model.names.size());
     for (const std::string& name : model.names) {
         columns.push_back(nameIn(name));
     }
-    return expression::printed(model.program.code(), columns);
+    return columns;
+}
+
+void checkFormulaLength(const Model& model) {
+    if (formulaLengthBound(model) <= std::size_t{expression::maxParentheses}) {
+        return;
+    }
+    try {
+        expression::parse(formulaOf(model));  // Types need no check: they are those of the program.
+    } catch (const Failure&) {
+        throwAt(model.text, 0,
+                "the formula of this model, with its shapes written out, has more than " +
+                    std::to_string(expression::maxCharacters) + " characters or more than " +
+                    std::to_string(expression::maxParentheses) + " nested parentheses");
+    }
+}
+
+}  // namespace
+
+std::string formulaOf(const Model& model) {
+    return expression::printed(model.program.code(), columnsOf(model));
+}
+
+std::size_t formulaLengthBound(const Model& model) {
+    return expression::printedLengthBound(model.program.code(), columnsOf(model));
 }
 
 void checkModel(const Model& model, const ReservedNames& reserved) {

@@ -41,6 +41,10 @@ void checkModel(const Model& model, const ReservedNames& reserved);
 /// @throws Failure if it is longer than an expression may be.
 std::string formulaOf(const Model& model);
 
+/// Takes much less time than formulaOf.
+/// @return at least the length of the formula.
+std::size_t formulaLengthBound(const Model& model);
+
 /// @return the model with these values of its parameters.
 FunctionObject functionOf(const Model& model, const std::vector<double>& values);
 

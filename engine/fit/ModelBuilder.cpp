@@ -31,15 +31,17 @@ class ShapeNames : public expression::Scope {
 public:
     void bind(std::string_view name, const TypedOperand& value) { bindings.emplace_back(name, value); }
 
-    TypedOperand named(const Node& node, Compiler& /*compiler*/) override {
-        const auto found =
-            std::find_if(bindings.begin(), bindings.end(), [&](const auto& each) { return each.first == node.text; });
-        return found->second;
-    }
+    TypedOperand named(const Node& node, Compiler& /*compiler*/) override;
 
 private:
     std::vector<std::pair<std::string_view, TypedOperand>> bindings;
 };
+
+TypedOperand ShapeNames::named(const Node& node, Compiler& /*compiler*/) {
+    const auto found =
+        std::find_if(bindings.begin(), bindings.end(), [&](const auto& each) { return each.first == node.text; });
+    return found->second;
+}
 
 /// Compiles the text of a model: an expression of x, with shapes, in which other names are parameters.
 /// Columns of the program: 0 is x, 1 + i is parameter i.
@@ -78,6 +80,20 @@ private:
     std::set<std::string> warned;
 };
 
+/// Lists and texts that are not known beforehand have neither a derivative nor a place among the values of a fit.
+void checkSteps(std::string_view text, const expression::Code& code) {
+    for (const expression::Step& step : code.steps) {
+        const bool takesText = std::any_of(std::begin(step.inType), std::end(step.inType),
+                                           [](ColumnType type) { return type == ColumnType::Text; });
+        if (step.domain != expression::IterationDomain::Rows) {
+            expression::throwAt(text, step.offset, "the model of a fit has no lists");
+        }
+        if (step.type == ColumnType::Text || takesText) {
+            expression::throwAt(text, step.offset, "the model of a fit has no texts");
+        }
+    }
+}
+
 Model ModelBuilder::build() {
     const std::vector<Node> nodes = expression::parse(text);
     for (const Node& node : nodes) {
@@ -93,7 +109,9 @@ Model ModelBuilder::build() {
     for (const ModelParameter& parameter : model.parameters) {
         model.names.push_back(parameter.name);
     }
-    model.program = Program(std::move(compiler).finish(whole), model.names.size(), std::string(text));
+    expression::Code code = std::move(compiler).finish(whole);
+    checkSteps(text, code);
+    model.program = Program(std::move(code), model.names.size(), std::string(text));
     return std::move(model);
 }
 
@@ -186,7 +204,7 @@ TypedOperand ModelBuilder::expand(const ShapeTemplate& shape, const std::vector<
             inherit(arguments[1 + i], meaning, isPlain);
         }
     }
-    return compiler.compileDefinition(shape.parsed, names, offset);
+    return compiler.compileDefinition(shape.tree, names, offset);
 }
 
 void ModelBuilder::inherit(const TypedOperand& from, const ModelParameter& meaning, bool isPlain) {

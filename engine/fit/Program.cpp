@@ -15,12 +15,13 @@ using expression::Step;
 constexpr std::size_t cacheLine = 64;
 
 /// Repeats the first value.
-void fill(double* values, ColumnType type, std::size_t count) {
+void fill(void* values, ColumnType type, std::size_t count, const FitKernels& kernels) {
     if (type == ColumnType::Boolean) {
-        auto* const bytes = reinterpret_cast<std::uint8_t*>(values);
+        auto* const bytes = static_cast<std::uint8_t*>(values);
         std::fill_n(bytes, count, bytes[0]);
     } else {
-        std::fill_n(values, count, values[0]);
+        auto* const reals = static_cast<double*>(values);
+        kernels.fill(reals[0], count, reals);
     }
 }
 
@@ -79,55 +80,65 @@ Workspace Program::workspace(std::size_t points) const {
     space.values = alignedValues(slots * space.stride);
     space.adjoints = alignedValues(slots * space.stride);
     space.hasAdjoint.resize(slots);
+    space.forward.reserve(steps.steps.size());
+    space.reverse.reserve(steps.steps.size());
+    for (const Step& step : steps.steps) {
+        space.forward.push_back(bound(step, space));
+    }
+    std::for_each(steps.steps.rbegin(), steps.steps.rend(), [&](const Step& step) {
+        if (dependenceOf(step.out).onParameters) {
+            space.reverse.push_back(boundReverse(step, space));
+        }
+    });
     return space;
+}
+
+BoundStep Program::bound(const Step& step, const Workspace& space) const {
+    BoundStep made{step.kernel, {}, step.type, !dependenceOf(step.out).onX, step.offset};
+    made.args.out = space.values.get() + slotOf(step.out) * space.stride;
+    for (std::size_t k = 0; k < 3; ++k) {
+        made.args.in[k] = valuesOf(step.in[k], space);
+    }
+    return made;
+}
+
+BoundReverse Program::boundReverse(const Step& step, Workspace& space) const {
+    const std::size_t slot = slotOf(step.out);
+    BoundReverse made{step.reverse, {}, &space.hasAdjoint[slot]};
+    made.step.result = space.values.get() + slot * space.stride;
+    made.step.resultAdjoint = space.adjoints.get() + slot * space.stride;
+    for (std::size_t k = 0; k < 3 && step.in[k].in != Operand::In::Nothing; ++k) {
+        const Dependence dependence = dependenceOf(step.in[k]);
+        made.step.value[k] = valuesOf(step.in[k], space);
+        made.step.isUniform[k] = !dependence.onX;
+        if (dependence.onParameters) {
+            const std::size_t from = slotOf(step.in[k]);
+            made.step.hasAdjoint[k] = &space.hasAdjoint[from];
+            made.step.adjoint[k] = space.adjoints.get() + from * space.stride;
+        }
+    }
+    return made;
 }
 
 const double* Program::evaluate(const double* x, std::size_t count, const double* parameters, Workspace& space) const {
     std::copy_n(x, count, space.values.get());
     for (std::size_t i = 0; i < parameterCount; ++i) {
-        std::fill_n(space.values.get() + (1 + i) * space.stride, count, parameters[i]);
+        space.kernels->fill(parameters[i], count, space.values.get() + (1 + i) * space.stride);
     }
-    for (const Step& step : steps.steps) {
+    for (BoundStep& step : space.forward) {
         execute(step, count, space);
     }
     return static_cast<const double*>(valuesOf(steps.result, space));
 }
 
-void Program::execute(const Step& step, std::size_t count, Workspace& space) const {
-    const std::size_t slot = slotOf(step.out);
-    const bool isUniform = !dependences[slot].onX;
-    double* const out = space.values.get() + slot * space.stride;
-    expression::KernelArgs args;
-    args.out = out;
-    args.rows = isUniform ? 1 : count;
-    for (std::size_t k = 0; k < 3; ++k) {
-        args.in[k] = valuesOf(step.in[k], space);
-    }
-    if (!step.kernel(args)) {
+void Program::execute(BoundStep& step, std::size_t count, const Workspace& space) const {
+    step.args.rows = step.isUniform ? 1 : count;
+    if (!step.kernel(step.args)) {
         expression::throwAt(text, step.offset, "no integer can hold a result: it is too large, or a division by 0");
     }
-    if (isUniform) {
-        fill(out, step.type, count);
+    if (step.isUniform) {
+        fill(step.args.out, step.type, count, *space.kernels);
     }
-}
-
-expression::AdjointStep Program::adjointStepOf(const Step& step, std::size_t count, Workspace& space) const {
-    expression::AdjointStep reversed{};
-    const std::size_t slot = slotOf(step.out);
-    reversed.count = count;
-    reversed.result = space.values.get() + slot * space.stride;
-    reversed.resultAdjoint = space.adjoints.get() + slot * space.stride;
-    for (std::size_t k = 0; k < 3 && step.in[k].in != Operand::In::Nothing; ++k) {
-        const Dependence dependence = dependenceOf(step.in[k]);
-        reversed.value[k] = valuesOf(step.in[k], space);
-        reversed.isUniform[k] = !dependence.onX;
-        if (dependence.onParameters) {
-            const std::size_t from = slotOf(step.in[k]);
-            reversed.hasAdjoint[k] = &space.hasAdjoint[from];
-            reversed.adjoint[k] = space.adjoints.get() + from * space.stride;
-        }
-    }
-    return reversed;
 }
 
 void Program::backward(std::size_t count, Workspace& space) const {
@@ -135,17 +146,17 @@ void Program::backward(std::size_t count, Workspace& space) const {
     if (dependenceOf(steps.result).onParameters) {
         const std::size_t slot = slotOf(steps.result);
         space.hasAdjoint[slot] = 1;
-        std::fill_n(space.adjoints.get() + slot * space.stride, count, 1.0);
+        space.kernels->fill(1.0, count, space.adjoints.get() + slot * space.stride);
     }
-    std::for_each(steps.steps.rbegin(), steps.steps.rend(), [&](const Step& step) {
-        const std::size_t slot = slotOf(step.out);
-        if (dependences[slot].onParameters && space.hasAdjoint[slot] != 0) {
-            step.reverse(adjointStepOf(step, count, space));
+    for (BoundReverse& reverse : space.reverse) {
+        if (*reverse.hasAdjoint != 0) {
+            reverse.step.count = count;
+            reverse.kernel(reverse.step);
         }
-    });
+    }
     for (std::size_t i = 1; i <= parameterCount; ++i) {
         if (space.hasAdjoint[i] == 0) {
-            std::fill_n(space.adjoints.get() + i * space.stride, count, 0.0);
+            space.kernels->fill(0.0, count, space.adjoints.get() + i * space.stride);
         }
     }
 }

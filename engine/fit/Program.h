@@ -1,5 +1,6 @@
 #pragma once
 
+#include "expression/Emitter.h"
 #include "expression/Program.h"
 #include "fit/simd/FitKernels.h"
 
@@ -13,7 +14,7 @@
 namespace velmorak::fitting {
 
 /// Points per evaluation, few enough that the intermediate values stay in the processor's cache.
-inline constexpr std::size_t blockPoints = 256;
+inline constexpr std::size_t blockPoints = expression::keptRows;
 
 /// For arrays that are aligned to cache lines.
 struct AlignedDelete {
@@ -23,13 +24,31 @@ using AlignedValues = std::unique_ptr<double[], AlignedDelete>;
 /// @return uninitialised values.
 AlignedValues alignedValues(std::size_t count);
 
-/// The buffers of one thread for one program.
+/// A step whose operands are the buffers of a workspace.
+struct BoundStep {
+    expression::Kernel kernel;
+    expression::KernelArgs args;
+    ColumnType type;     ///< Of the result.
+    bool isUniform;      ///< The result has the same value at all points.
+    std::size_t offset;  ///< In the expression, for messages.
+};
+
+/// A step of the reverse pass.
+struct BoundReverse {
+    expression::ReverseKernel kernel;
+    expression::AdjointStep step;
+    const std::uint8_t* hasAdjoint;  ///< Of the result; without one, the step contributes nothing.
+};
+
+/// The buffers of one thread for one program. Moving it leaves the buffers where they are.
 struct Workspace {
     const FitKernels* kernels = nullptr;   ///< Any choice yields the same bits.
     std::size_t stride = 0;                ///< Room for points; a multiple of a cache line.
     AlignedValues values;                  ///< stride values for each slot.
     AlignedValues adjoints;                ///< Derivatives of the result with respect to each slot.
     std::vector<std::uint8_t> hasAdjoint;  ///< For each slot, whether its adjoints are initialised.
+    std::vector<BoundStep> forward;        ///< The program's steps.
+    std::vector<BoundReverse> reverse;     ///< Those that depend on parameters, the last step first.
 };
 
 /// Threads: a program is immutable once it is built; each thread uses its own workspace.
@@ -68,8 +87,9 @@ private:
     std::size_t slotOf(const expression::Operand& operand) const;
     Dependence dependenceOf(const expression::Operand& operand) const;
     const void* valuesOf(const expression::Operand& operand, const Workspace& space) const;
-    void execute(const expression::Step& step, std::size_t count, Workspace& space) const;
-    expression::AdjointStep adjointStepOf(const expression::Step& step, std::size_t count, Workspace& space) const;
+    BoundStep bound(const expression::Step& step, const Workspace& space) const;
+    BoundReverse boundReverse(const expression::Step& step, Workspace& space) const;
+    void execute(BoundStep& step, std::size_t count, const Workspace& space) const;
 
     expression::Code steps;
     std::size_t parameterCount = 0;

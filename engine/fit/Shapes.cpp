@@ -35,7 +35,7 @@ std::vector<ShapeTemplate> makeShapes() {
         shapes.push_back(polynomial(degree));
     }
     for (ShapeTemplate& shape : shapes) {
-        shape.parsed = expression::parse(shape.formula);
+        shape.tree = expression::rewritten(shape.formula, expression::parse(shape.formula), false);
     }
     return shapes;
 }

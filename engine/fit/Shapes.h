@@ -1,6 +1,6 @@
 #pragma once
 
-#include "expression/Syntax.h"
+#include "expression/Tree.h"
 
 #include <string>
 #include <string_view>
@@ -18,12 +18,12 @@ struct ShapeParameter {
     double defaultStart = 1.0;  ///< Start value if the data give no estimate.
 };
 
-/// A name that stands for a formula of x and parameters.
+/// A named formula of x and parameters.
 struct ShapeTemplate {
     std::string name;
     std::vector<ShapeParameter> parameters;
     std::string formula;  ///< An expression in x and the names of the parameters.
-    std::vector<expression::Node> parsed{};
+    expression::Tree tree{};
 };
 
 inline constexpr int maxDegree = 9;

@@ -69,7 +69,8 @@ Catalogue::SearchPath searchPath() {
 
 LibraryConfig libraryConfigFromEnvironment() {
     const bool hasJournal = valueOf("VELMORAK_JOURNAL") != "0";
-    return {searchPath(), runConfigFromEnvironment(), hasJournal ? inStateFolder("journal") : fs::path()};
+    return {searchPath(), runConfigFromEnvironment(), hasJournal ? inStateFolder("journal") : fs::path(),
+            valueOf("VELMORAK_WRITE_ANYWHERE") == "1"};
 }
 
 }  // namespace velmorak

@@ -40,7 +40,7 @@ void configure(QzManager& manager, const ManagerConfig& config);
 
 /// From now on, runs print for each plug-in whether it is executed or reused, and why; they do at first. Called while
 /// no run is going on.
-void explainRuns(QzManager& manager, bool isAsked);
+void explainRuns(QzManager& manager, bool isWanted);
 
 /// From now on, runs call the listener. Called while no run is going on.
 /// @param listener outlives the runs; null for none.

@@ -75,7 +75,10 @@ struct QzBase::Part {
 struct QzManager::Part {
     Part(const velmorak::Catalogue& catalogue, const velmorak::LibraryConfig& config,
          std::function<velmorak::UnsavedDocument()> unsaved)
-        : catalogue(catalogue), runs(config.runs), journal(config.journals, std::move(unsaved)) {}
+        : catalogue(catalogue),
+          mayWriteAnywhere(config.mayWriteAnywhere),
+          runs(config.runs),
+          journal(config.journals, std::move(unsaved)) {}
 
     const velmorak::Catalogue& catalogue;
     mutable std::mutex lock;
@@ -90,6 +93,7 @@ struct QzManager::Part {
     velmorak::AidaFileCheck aidaCheck;
     std::vector<std::string> settings;  ///< Listed in the records of runs.
     std::string resultsFolder;          ///< Empty for the one beside the document.
+    const bool mayWriteAnywhere;        ///< Runs may write outside of it.
     int portPoints = 9;
     int titlePoints = 11;
     velmorak::RunQueue runs;

@@ -2,6 +2,8 @@
 
 #include "graph/ManagerImpl.h"
 
+#include <velmorak/Utf8.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -32,10 +34,6 @@ constexpr int otherAdvance = 1000;
 int advanceOf(char byte) {
     return byte >= firstGlyph && byte <= lastGlyph ? advances.at(static_cast<std::size_t>(byte - firstGlyph))
                                                    : otherAdvance;
-}
-
-bool beginsCharacter(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
 }
 
 /// The ports that one side of a box shows: their number and the width of the longest name.
@@ -92,7 +90,7 @@ float textWidth(std::string_view utf8, int points) {
     const float size = static_cast<float>(points) * unitsPerPoint / 1000.0F;
     float width = 0.0F;
     for (const char byte : utf8) {
-        if (beginsCharacter(byte)) {
+        if (!isContinuationByte(byte)) {
             const float exact = static_cast<float>(advanceOf(byte)) * size;
             width += std::max(exact, std::round(exact));
         }

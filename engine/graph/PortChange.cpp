@@ -116,14 +116,31 @@ ValueTexts valuesOf(const QzBase& node) {
     const QzBase::Part& part = QzBase::Part::of(node);
     ValueTexts values;
     for (const UnknownInput& stray : part.unknownFields.unknownInputs) {
-        if (stray.value) {
+        if (stray.value && !stray.value->empty()) {
             values[stray.name] = *stray.value;
         }
     }
-    for (const QzBase::Input& input : part.inputs) {
-        values[input.name] = input.value;
+    for (std::size_t i = 0; i < part.inputs.size(); ++i) {
+        const QzBase::Input& input = part.inputs[i];
+        if (input.source || !input.value.empty() || !part.inputSpecs[i].value.empty()) {
+            values[input.name] = input.value;
+        }
     }
     return values;
+}
+
+std::string tryPortsWith(const QzBase& node, const std::string& input, const std::string& value, Ports& ports) {
+    const QzBase::Part& part = QzBase::Part::of(node);
+    ValueTexts values = valuesOf(node);
+    const int position = node.InputIndex(input);
+    const bool isWired = position >= 0 && part.inputs[static_cast<std::size_t>(position)].source;
+    const bool hasDefault = position >= 0 && !part.inputSpecs[static_cast<std::size_t>(position)].value.empty();
+    if (value.empty() && !isWired && !hasDefault) {
+        values.erase(input);
+    } else {
+        values[input] = value;
+    }
+    return tryPorts(*part.kind, values, ports);
 }
 
 void changePorts(QzBase& node, const Ports& ports, const std::vector<QzBase*>& others) {
@@ -135,6 +152,18 @@ void changePorts(QzBase& node, const Ports& ports, const std::vector<QzBase*>& o
     for (QzBase* other : others) {
         followMoves(node, moves, *other);
     }
+}
+
+bool offerInput(QzManager& manager, std::size_t position, const std::string& input) {
+    QzBase& node = *manager.plugins[position];
+    Ports ports;
+    if (node.InputIndex(input) >= 0 || !QzBase::Part::of(node).kind || !tryPortsWith(node, input, "0", ports).empty() ||
+        std::ranges::find(ports.inputs, input, &InputSpec::name) == ports.inputs.end()) {
+        return node.InputIndex(input) >= 0;
+    }
+    const std::lock_guard guard(QzManager::Part::of(manager).lock);
+    changePorts(node, ports, manager.plugins);
+    return true;
 }
 
 }  // namespace velmorak

@@ -10,8 +10,8 @@ namespace {
 
 /// As a user would write it: 1000000, where textOf writes 1e+06.
 std::string limitText(double limit) {
-    constexpr double longest = 1e15;
-    const bool isWhole = std::abs(limit) < longest && limit == std::floor(limit);
+    constexpr double maxShown = 1e15;
+    const bool isWhole = std::abs(limit) < maxShown && limit == std::floor(limit);
     return isWhole ? std::to_string(static_cast<long long>(limit)) : textOf(limit);
 }
 

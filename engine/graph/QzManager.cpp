@@ -8,6 +8,7 @@
 #include "graph/ValidateAidaFile.h"
 #include "graph/Values.h"
 #include "graph/document/DocumentLoad.h"
+#include "graph/preview/ColumnCheck.h"
 #include "graph/preview/ColumnDescriptions.h"
 
 #include "run/messages/NodeError.h"
@@ -68,8 +69,9 @@ UnsavedDocument unsavedOf(const QzManager& manager) {
 QzManager::Part* makePart(const QzManager& manager, const std::string& factory) {
     const LibraryConfig config = libraryConfigFromEnvironment();
     if (const std::size_t left = config.journals.empty() ? 0 : leftJournals(config.journals); left > 0) {
-        printMessage((left == 1 ? "A document was" : std::to_string(left) + " documents were") +
-                     " not saved when the program ended unexpectedly; velmorak-recover brings back what is left.");
+        printMessage(
+            (left == 1 ? "A document was" : std::to_string(left) + " documents were") +
+            " not saved when the program ended unexpectedly; velmorak-recover lists and restores unsaved documents.");
     }
     return new QzManager::Part(sharedCatalogue(config.search, factory), config,
                                [&manager] { return unsavedOf(manager); });
@@ -210,12 +212,11 @@ void QzManager::SetInputValue(int index, int input, const std::string& value) {
     }
     const auto position = static_cast<std::size_t>(input);
     const InputSpec& spec = own.inputSpecs[position];
+    const bool isText = spec.type == ValueType::Text;  // The ports may change.
     std::string reason = valueError(own.kind, spec, value);
     Ports ports;
     if (reason.empty() && own.kind) {
-        ValueTexts values = valuesOf(node);
-        values[spec.name] = value;
-        reason = tryPorts(*own.kind, values, ports);
+        reason = tryPortsWith(node, spec.name, value, ports);
     }
     if (!reason.empty()) {
         printMessage(nameForMessages(node) + ", input " + spec.name + ": " + reason + "; the value stays " +
@@ -233,6 +234,10 @@ void QzManager::SetInputValue(int index, int input, const std::string& value) {
     }
     part->journal.noteChange();
     refreshColumns(changed);
+    if (const std::string mistake = isText ? columnMistake(*this, static_cast<std::size_t>(index)) : "";
+        !mistake.empty()) {
+        printMessage(nameForMessages(node) + ", " + mistake);
+    }
 }
 
 void QzManager::Run() {

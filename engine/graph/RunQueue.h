@@ -20,8 +20,8 @@ public:
 
     /// @param snapshot called when this run's turn has come; returns the pipeline as it is then.
     void run(const std::function<Pipeline()>& snapshot);
-    void explain(bool isAsked) { runner.explain(isAsked); }
-    void setListener(RunListener* listener) { runner.tell(listener); }
+    void explain(bool isWanted) { runner.explain(isWanted); }
+    void setListener(RunListener* listener) { runner.setListener(listener); }
     void setPassRunner(PassRunner* passRunner) { runner.passWith(passRunner); }
     void setThreads(std::size_t threads) { runner.setThreads(threads); }
     void setCache(const CacheConfig& cache) { runner.setCache(cache); }

@@ -52,13 +52,13 @@ public:
     const Sums& result() const { return total; }
 
 private:
-    void settle();
+    void fixPivot();
 
     Sums total;
     std::array<double, quantities> distances{};  ///< Sum of entries times the distance from the first pivot.
     std::int64_t counted = 0;
     bool isFirst = true;
-    bool isSettled = false;
+    bool isPivotFixed = false;
 };
 
 extern template class CellTotal<1>;

@@ -183,11 +183,11 @@ void CellTotal<quantities>::count(const Sums& cell) {
 }
 
 template <std::size_t quantities>
-void CellTotal<quantities>::settle() {
+void CellTotal<quantities>::fixPivot() {
     for (std::size_t i = 0; i < quantities && counted != 0; ++i) {
         total.pivot[i] = moved(total.pivot[i], distances[i] / static_cast<double>(counted));
     }
-    isSettled = true;
+    isPivotFixed = true;
 }
 
 template <std::size_t quantities>
@@ -195,8 +195,8 @@ void CellTotal<quantities>::add(const Sums& cell) {
     if (isEmpty(cell)) {
         return;
     }
-    if (!isSettled) {
-        settle();
+    if (!isPivotFixed) {
+        fixPivot();
     }
     Sums there = cell;
     there.moveTo(total.pivot);

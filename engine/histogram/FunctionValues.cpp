@@ -83,6 +83,9 @@ Expression CodeletParser::expression() {
     if (made.type() == ColumnType::Text) {
         fail("gives a text");
     }
+    if (made.isList()) {
+        fail("gives a list");
+    }
     return made;
 }
 

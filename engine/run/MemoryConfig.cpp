@@ -1,5 +1,7 @@
 #include "run/MemoryConfig.h"
 
+#include <velmorak/Text.h>
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,18 +19,8 @@ namespace velmorak {
 namespace {
 
 /// Less would not hold the chunks that a merge of sorted rows reads at the same time.
-constexpr double leastBytes = 0x1p24;
-constexpr double mostBytes = 0x1p60;
-
-std::string_view withoutBlanks(std::string_view text) {
-    while (!text.empty() && text.front() == ' ') {
-        text.remove_prefix(1);
-    }
-    while (!text.empty() && text.back() == ' ') {
-        text.remove_suffix(1);
-    }
-    return text;
-}
+constexpr double minBytes = 0x1p24;
+constexpr double maxBytes = 0x1p60;
 
 std::optional<double> factorOf(std::string_view unit) {
     constexpr std::array<std::pair<char, double>, 4> factors{
@@ -50,10 +42,9 @@ std::optional<std::size_t> bytesIn(std::string_view text) {
     if (error != std::errc()) {
         return std::nullopt;
     }
-    const std::optional<double> factor =
-        factorOf(withoutBlanks(text.substr(static_cast<std::size_t>(end - text.data()))));
+    const std::optional<double> factor = factorOf(trimmed(text.substr(static_cast<std::size_t>(end - text.data()))));
     const double bytes = factor ? std::floor(number * *factor) : 0.0;
-    const bool isAllowed = bytes >= leastBytes && bytes <= mostBytes;  // False for NaN, too.
+    const bool isAllowed = bytes >= minBytes && bytes <= maxBytes;  // False for NaN, too.
     return isAllowed ? std::optional(static_cast<std::size_t>(bytes)) : std::nullopt;
 }
 
@@ -70,12 +61,12 @@ std::size_t halfOfMemory() {
     const auto pages = static_cast<std::size_t>(std::max(0L, sysconf(_SC_PHYS_PAGES)));
     const auto page = static_cast<std::size_t>(std::max(0L, sysconf(_SC_PAGESIZE)));
     const std::size_t machine = pages * page;
-    return std::max(std::min(machine, memoryOfGroup().value_or(machine)) / 2, static_cast<std::size_t>(leastBytes));
+    return std::max(std::min(machine, memoryOfGroup().value_or(machine)) / 2, static_cast<std::size_t>(minBytes));
 }
 
 MemoryConfig memoryConfigFromEnvironment() {
     const char* const setting = std::getenv("VELMORAK_MEMORY_LIMIT");
-    const std::string text(withoutBlanks(setting ? setting : ""));
+    const std::string text(trimmed(setting ? setting : ""));
     if (text.empty()) {
         return {halfOfMemory()};
     }

@@ -119,6 +119,10 @@ bool NodeArguments::isWired(const std::string& input) const {
     return find(input).arrival.isWired;
 }
 
+bool NodeArguments::has(const std::string& input) const {
+    return entries.find(input) != entries.end();
+}
+
 std::string NodeArguments::whyMissing(const std::string& input) const {
     return find(input).arrival.failure;
 }

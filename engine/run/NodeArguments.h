@@ -33,6 +33,7 @@ public:
     const std::string& text(const std::string& input) const override;
     const Value& value(const std::string& input) const override;
     bool isWired(const std::string& input) const override;
+    bool has(const std::string& input) const override;
     std::string whyMissing(const std::string& input) const override;
     const std::string& sourceName(const std::string& input) const override;
     const std::string& sourceOutput(const std::string& input) const override;
@@ -63,7 +64,7 @@ public:
     void leave(const std::string& output, Value value) override;
     /// Parallel to the outputs; monostate for one that was not set.
     const std::vector<Value>& values() const { return all; }
-    /// Likewise: what is left of a plug-in that failed.
+    /// Likewise, the results of a plug-in that failed.
     const std::vector<Value>& remains() const { return left; }
 
 private:

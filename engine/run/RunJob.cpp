@@ -9,12 +9,13 @@ namespace velmorak {
 RunJob::RunJob(std::shared_ptr<Messages> messages, RunListener* listener)
     : messages(std::move(messages)), announcement(Announcement::begin()), listener({listener, announcement.get()}) {
     if (announcement) {
-        this->messages->tellTo([told = announcement.get()](const std::string& line) { told->said(line); });
+        this->messages->setObserver(
+            [target = announcement.get()](const std::string& line) { target->addMessage(line); });
     }
 }
 
 RunJob::~RunJob() {
-    messages->tellTo({});
+    messages->setObserver({});
 }
 
 void RunJob::askToEnd() {
@@ -29,7 +30,7 @@ void RunJob::begin(std::function<void()> work) {
         std::optional<NodeError> error;
         try {
             error = errorIn(work);
-        } catch (const LeftBehind&) {
+        } catch (const RunAbandoned&) {
             return;
         }
         RunJob& job = *self;

@@ -46,7 +46,7 @@ public:
     std::optional<RunLedger> ledger;  ///< Of the pipeline.
     std::optional<FormerResults> former;
     const std::shared_ptr<Messages> messages;
-    const std::unique_ptr<Announcement> announcement;  ///< Null where nobody can be told.
+    const std::unique_ptr<Announcement> announcement;  ///< Null if runs cannot announce themselves.
     ListenerGate listener;
     bool leavesRecord = false;  ///< A first record was written.
     RunReport report;           ///< Valid after wait has returned true.

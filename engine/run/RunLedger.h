@@ -25,7 +25,7 @@ public:
     explicit RunLedger(const Pipeline& pipeline);
 
     /// Calls code of the plug-in's kind. @return the error for anything that it throws.
-    /// @throws LeftBehind if the run was left behind during the call.
+    /// @throws RunAbandoned if the run was left behind during the call.
     template <typename Work>
     std::optional<NodeError> call(std::size_t position, Work&& work) {
         std::optional<NodeError> error;
@@ -34,7 +34,7 @@ public:
             error = errorIn(std::forward<Work>(work));
         }
         if (isLeft) {
-            throw LeftBehind();
+            throw RunAbandoned();
         }
         return error;
     }
@@ -52,7 +52,7 @@ public:
     void noteFormer(std::vector<FormerFile> files);
     std::vector<FormerFile> former() const;
 
-    /// Makes calls in progress throw LeftBehind when they return.
+    /// Makes calls in progress throw RunAbandoned when they return.
     void leaveBehind() { isLeft = true; }
 
     const std::string& title(std::size_t position) const { return titles[position]; }

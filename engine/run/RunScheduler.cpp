@@ -84,7 +84,7 @@ void RunScheduler::setFormerAside() {
 void RunScheduler::settleFormer(RunReport& report) {
     if (state.former) {
         report.missing = state.former->missing();
-        report.former = state.former->settle(!report.wasStopped && !report.hasFailure());
+        report.former = state.former->finish(!report.wasStopped && !report.hasFailure());
     }
 }
 
@@ -242,10 +242,10 @@ void RunScheduler::evaluateIfReady(std::size_t position) {
         return;
     }
     const std::vector<std::size_t>& upstream = state.plan.upstream(position);
-    const auto isStream = [this](std::size_t feeder) { return state.plan.isStream(feeder); };
+    const auto isStream = [this](std::size_t producer) { return state.plan.isStream(producer); };
     // Wait for all values: which of two failures occurs first depends on which results are reused.
     if (!std::all_of(upstream.begin(), upstream.end(),
-                     [&](std::size_t feeder) { return isStream(feeder) || state.runs[feeder].isFinal; })) {
+                     [&](std::size_t producer) { return isStream(producer) || state.runs[producer].isFinal; })) {
         return;
     }
     if (const std::optional<std::size_t> failed = failedUpstream(position)) {
@@ -262,9 +262,9 @@ void RunScheduler::evaluateIfReady(std::size_t position) {
 std::optional<std::size_t> RunScheduler::failedUpstream(std::size_t position) const {
     const std::vector<std::size_t>& upstream = state.plan.upstream(position);
     for (const bool givesRows : {false, true}) {
-        const auto failed = std::find_if(upstream.begin(), upstream.end(), [&](std::size_t feeder) {
-            return state.plan.isStream(feeder) == givesRows && state.hasFailed(feeder) &&
-                   !state.mayGoWithout(position, feeder);
+        const auto failed = std::find_if(upstream.begin(), upstream.end(), [&](std::size_t producer) {
+            return state.plan.isStream(producer) == givesRows && state.hasFailed(producer) &&
+                   !state.mayGoWithout(position, producer);
         });
         if (failed != upstream.end()) {
             return *failed;

@@ -7,19 +7,10 @@
 #include <velmorak/StoredTable.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <string_view>
 #include <utility>
 
 namespace velmorak {
-namespace {
-
-bool mayWriteAnywhere() {
-    const char* setting = std::getenv("VELMORAK_WRITE_ANYWHERE");
-    return setting != nullptr && std::string_view(setting) == "1";
-}
-
-}  // namespace
+namespace {}  // namespace
 
 RunState::RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, Messages& messages, RunLedger& ledger,
                    RunListener* listener)
@@ -29,7 +20,7 @@ RunState::RunState(const Pipeline& pipeline, const std::atomic<bool>& stopping, 
       ledger(ledger),
       listener(listener),
       plan(pipeline, [&stopping] { return stopping.load(); }),
-      results(pipeline, mayWriteAnywhere(), stopping),
+      results(pipeline, pipeline.mayWriteAnywhere, stopping),
       environment{pipeline, stopping, messages, results, {}, {}, {}},
       runs(pipeline.nodes.size()) {
     for (std::size_t i = 0; i < runs.size(); ++i) {
@@ -52,20 +43,21 @@ bool RunState::hasFailed(std::size_t position) const {
 bool RunState::hasArguments(std::size_t position) const {
     const std::vector<std::size_t>& upstream = plan.upstream(position);
     const std::vector<std::size_t> wholes = wholeTables(*this, position);
-    const bool areCollected = std::all_of(wholes.begin(), wholes.end(), [this](std::size_t feeder) {
-        return !plan.isStream(feeder) || storedTable(feeder) != nullptr;
+    const bool areCollected = std::all_of(wholes.begin(), wholes.end(), [this](std::size_t producer) {
+        return !plan.isStream(producer) || storedTable(producer) != nullptr;
     });
-    return areCollected && std::all_of(upstream.begin(), upstream.end(), [&](std::size_t feeder) {
-               return plan.isStream(feeder) || isDone(feeder) || (hasFailed(feeder) && mayGoWithout(position, feeder));
+    return areCollected && std::all_of(upstream.begin(), upstream.end(), [&](std::size_t producer) {
+               return plan.isStream(producer) || isDone(producer) ||
+                      (hasFailed(producer) && mayGoWithout(position, producer));
            });
 }
 
-bool RunState::mayGoWithout(std::size_t position, std::size_t feeder) const {
+bool RunState::mayGoWithout(std::size_t position, std::size_t producer) const {
     bool isAllowed = true;
     bool hasOther = false;
     for (const PipelineInput& input : node(position).inputs) {
         if (input.wire) {
-            isAllowed = isAllowed && (input.wire->node != feeder || input.spec.mayFail);
+            isAllowed = isAllowed && (input.wire->node != producer || input.spec.mayFail);
             hasOther = hasOther || (input.spec.mayFail && hasValueFor(input));
         }
     }
@@ -78,7 +70,7 @@ bool RunState::hasValueFor(const PipelineInput& input) const {
 
 bool RunState::isIncomplete(std::size_t position) const {
     const std::vector<std::size_t>& upstream = plan.upstream(position);
-    return std::any_of(upstream.begin(), upstream.end(), [this](std::size_t feeder) { return hasFailed(feeder); });
+    return std::any_of(upstream.begin(), upstream.end(), [this](std::size_t producer) { return hasFailed(producer); });
 }
 
 Value RunState::remainsOf(const PipelineWire& wire) const {
@@ -95,10 +87,10 @@ Arrival RunState::arrival(const PipelineInput& input, bool mayMiss) const {
     if (!input.wire) {
         return {};
     }
-    const PipelineNode& feeder = node(input.wire->node);
-    Arrival arrival{true, feeder.name, input.wire->output, {}, {}};
-    for (std::size_t i = 0; i < feeder.outputs.size(); ++i) {
-        if (feeder.outputs[i].name != input.wire->output || feeder.outputs[i].type == ValueType::Table) {
+    const PipelineNode& producer = node(input.wire->node);
+    Arrival arrival{true, producer.name, input.wire->output, {}, {}};
+    for (std::size_t i = 0; i < producer.outputs.size(); ++i) {
+        if (producer.outputs[i].name != input.wire->output || producer.outputs[i].type == ValueType::Table) {
             continue;
         }
         arrival.value = runs[input.wire->node].report.outputs[i];
@@ -108,7 +100,7 @@ Arrival RunState::arrival(const PipelineInput& input, bool mayMiss) const {
             return arrival;
         }
         if (std::holds_alternative<std::monostate>(arrival.value)) {
-            throw Failure(input.spec.name, "\"" + feeder.name + "\" gave no \"" + input.wire->output + "\"");
+            throw Failure(input.spec.name, "\"" + producer.name + "\" gave no \"" + input.wire->output + "\"");
         }
     }
     return arrival;

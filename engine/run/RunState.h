@@ -47,7 +47,7 @@ public:
     /// All values that the plug-in takes are available, or have failed where they may.
     bool hasArguments(std::size_t position) const;
     /// The plug-in is executed although this one, which feeds it, has failed.
-    bool mayGoWithout(std::size_t position, std::size_t feeder) const;
+    bool mayGoWithout(std::size_t position, std::size_t producer) const;
     /// Some plug-in that feeds this one has failed.
     bool isIncomplete(std::size_t position) const;
     /// @throws Failure if a value does not suit its input.

@@ -269,7 +269,7 @@ void Runner::waitWith(Grace grace) {
     part->grace = std::move(grace);
 }
 
-void Runner::tell(RunListener* listener) {
+void Runner::setListener(RunListener* listener) {
     part->listener = listener;
 }
 

@@ -29,7 +29,7 @@ struct NodeReport {
     std::uint64_t rowsIn = 0;
     std::uint64_t rowsOut = 0;
     double seconds = 0.0;
-    std::vector<Value> outputs;  ///< Parallel to the node's outputs; monostate for a table and for what is missing.
+    std::vector<Value> outputs;  ///< Parallel to the node's outputs; monostate for a table and for a missing value.
     std::string reason{};        ///< Why it was executed or reused.
     std::vector<RecordedFile> written{};  ///< Complete files that it left, in this run or before it.
     bool takesTable = false;              ///< Some input is a table.
@@ -49,8 +49,6 @@ struct RunReport {
 
     bool hasFailure() const;
 };
-
-inline constexpr int maxThreads = 1024;  ///< Of one run.
 
 class Executor;
 class PassRunner;
@@ -91,7 +89,7 @@ public:
 
     /// Sets the observer of later runs. Not called during a run.
     /// @param listener outlives the runs; null for none.
-    void tell(RunListener* listener);
+    void setListener(RunListener* listener);
 
     /// Who carries out the passes of later runs over rows. Not called during a run.
     /// @param passRunner outlives the runs; null: each reads all rows.

@@ -55,7 +55,7 @@ CacheConfig cacheConfigFromEnvironment() {
         wholeNumberOf("VELMORAK_CACHE_FILES_FROM", "ms", defaultMilliseconds, maxMilliseconds, warning);
     return {.folder = mebibytes == 0 ? std::filesystem::path() : folderFromEnvironment(),
             .limitBytes = mebibytes * mebibyte,
-            .leastReadingTime = std::chrono::milliseconds(milliseconds),
+            .minReadingTime = std::chrono::milliseconds(milliseconds),
             .warning = warning};
 }
 

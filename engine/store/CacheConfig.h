@@ -12,7 +12,7 @@ struct CacheConfig {
     std::filesystem::path folder;  ///< Empty: nowhere, results are cached in memory only.
     std::uint64_t limitBytes = 0;  ///< Of all entries together.
     /// What a pass computed from one file of many is kept if reading the file took at least so long.
-    std::chrono::milliseconds leastReadingTime{10};
+    std::chrono::milliseconds minReadingTime{10};
     std::string warning{};  ///< About settings that cannot be used; empty if there are none.
 };
 

@@ -31,7 +31,7 @@ public:
     /// @return whether there is a folder that can be written, as far as is known.
     bool isUsed() const { return !config.folder.empty() && !hasGivenUp; }
     std::uint64_t limitBytes() const { return config.limitBytes; }
-    std::chrono::milliseconds leastReadingTime() const { return config.leastReadingTime; }
+    std::chrono::milliseconds minReadingTime() const { return config.minReadingTime; }
 
     std::optional<std::string> read(const Digest& key);
     void write(const Digest& key, const std::string& content);

@@ -59,7 +59,7 @@ std::vector<std::uint64_t> keptOffsets(const std::vector<std::uint64_t>& offsets
 /// For fewer columns a linear search is faster.
 constexpr std::size_t fewColumns = 16;
 
-[[noreturn]] void refuseSecond(const std::string& name) {
+[[noreturn]] void throwDuplicate(const std::string& name) {
     throw std::invalid_argument(R"(two columns have the name ")" + name + "\"");
 }
 
@@ -126,7 +126,7 @@ void Schema::growIndex() {
 
 void Schema::add(ColumnInfo column) {
     if (find(column.name)) {
-        refuseSecond(column.name);
+        throwDuplicate(column.name);
     }
     all.push_back(std::move(column));
     if (all.size() < fewColumns) {

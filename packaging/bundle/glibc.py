@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """The symbols of glibc that ELF files (64 bits, little-endian) ask for.
 
-usage: glibc.py list VERSION FILE|FOLDER...   lists what is newer than VERSION, as 2.34; exit status 1 if there is any
+usage: glibc.py list VERSION FILE|FOLDER...   lists symbols newer than VERSION, as 2.34; exit status 1 if there is any
        glibc.py lower VERSION FILE...         asks for these functions without a version; prints the files it has changed
 
 Without a version, the loader takes the function that the C library has, the oldest if it has several, or else that of
@@ -88,7 +88,7 @@ class Elf:
         struct.pack_into("<H", self.data, library + 2, count - 1)
 
     def newer_symbols(self, limit):
-        """{version: names of its symbols} of what is newer; a version may be asked for without a symbol."""
+        """{version: names of its symbols} of newer versions; a version may be asked for without a symbol."""
         return {name: sorted(symbol for _, symbol in self.symbols(index))
                 for _, _, _, index, name in self.needs() if newer(name, limit)}
 

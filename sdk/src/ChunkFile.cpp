@@ -84,26 +84,30 @@ public:
     }
 
 private:
-    void checkRoom(std::uint64_t count, std::size_t bytesOfEach) const {
-        if (count > static_cast<std::uint64_t>(end - at) / bytesOfEach) {
-            throw Failure("a temporary file was damaged while it was in use");
-        }
-    }
-    Column::Texts texts(std::size_t count) {
-        const auto lengths = list<std::vector<std::uint64_t>>(count);
-        Column::Texts texts;
-        texts.reserve(count);
-        for (const std::uint64_t length : lengths) {
-            checkRoom(length, 1);
-            texts.emplace_back(at, length);
-            at += length;
-        }
-        return texts;
-    }
+    void checkRoom(std::uint64_t count, std::size_t bytesOfEach) const;
+    Column::Texts texts(std::size_t count);
 
     const char* at;
     const char* end;
 };
+
+void Taking::checkRoom(std::uint64_t count, std::size_t bytesOfEach) const {
+    if (count > static_cast<std::uint64_t>(end - at) / bytesOfEach) {
+        throw Failure("a temporary file was damaged while it was in use");
+    }
+}
+
+Column::Texts Taking::texts(std::size_t count) {
+    const auto lengths = list<std::vector<std::uint64_t>>(count);
+    Column::Texts texts;
+    texts.reserve(count);
+    for (const std::uint64_t length : lengths) {
+        checkRoom(length, 1);
+        texts.emplace_back(at, length);
+        at += length;
+    }
+    return texts;
+}
 
 template <std::size_t... types>
 void takeValues(Taking& bytes, Column& column, const ColumnHeader& header, std::index_sequence<types...>) {

@@ -1,6 +1,7 @@
 #include <velmorak/Failure.h>
 #include <velmorak/FolderNames.h>
 #include <velmorak/Text.h>
+#include <velmorak/Utf8.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -20,26 +21,19 @@ public:
 
     bool isAtEnd() const { return position == text.size(); }
 
-    std::uint32_t next() {
-        const auto lead = static_cast<unsigned char>(text[position]);
-        const std::size_t length = lead >= 0xF0U ? 4 : lead >= 0xE0U ? 3 : lead >= 0xC0U ? 2 : 1;
-        std::uint32_t value = length == 1 ? lead : lead & (0xFFU >> (length + 1));
-        for (std::size_t i = 1; i < length; ++i) {
-            const unsigned char byte = position + i < text.size() ? static_cast<unsigned char>(text[position + i]) : 0;
-            if ((byte & 0xC0U) != 0x80U) {
-                ++position;
-                return lead;
-            }
-            value = value << 6U | (byte & 0x3FU);
-        }
-        position += length;
-        return value;
-    }
+    std::uint32_t next();
 
 private:
     std::string_view text;
     std::size_t position = 0;
 };
+
+std::uint32_t Characters::next() {
+    const std::string_view rest = text.substr(position);
+    const std::size_t length = characterBytes(rest);
+    position += std::max<std::size_t>(length, 1);
+    return length == 0 ? static_cast<unsigned char>(rest.front()) : codePointOf(rest.substr(0, length));
+}
 
 /// @return the last character of a range whose first one has been read, and moves the set behind it; nothing if there
 ///         is no range.

@@ -14,10 +14,10 @@ namespace {
 /// The power of ten of 0, which has no digits.
 constexpr int noPower = std::numeric_limits<int>::min();
 /// Numbers beyond these are written with an exponent.
-constexpr int leastFixedPower = -4;
-constexpr int mostFilledPower = 5;
+constexpr int minFixedPower = -4;
+constexpr int maxFilledPower = 5;
 /// A double carries no more significant digits.
-constexpr int mostDigits = 17;
+constexpr int maxDigits = 17;
 
 /// The size of a number: d.ddd times a power of ten, without the point.
 struct Decimal {
@@ -100,8 +100,8 @@ struct Layout {
 };
 
 Layout layoutFor(int leadingPower, int lastPower) {
-    const bool needsZeros = lastPower > 0 && leadingPower > mostFilledPower;
-    return {lastPower, needsZeros || leadingPower < leastFixedPower ? leadingPower : 0};
+    const bool needsZeros = lastPower > 0 && leadingPower > maxFilledPower;
+    return {lastPower, needsZeros || leadingPower < minFixedPower ? leadingPower : 0};
 }
 
 /// Places the decimal point among the digits of a rounded number.
@@ -177,7 +177,7 @@ std::string measurementText(double value, const Errors& errors) {
     const int lastPower = roundedError(smaller > 0.0 ? smaller : std::max(errors.plus, errors.minus)).lastPower;
     const int leadingPower =
         std::max({decimalOf(value).power, decimalOf(errors.plus).power, decimalOf(errors.minus).power});
-    if (leadingPower - lastPower > mostDigits) {
+    if (leadingPower - lastPower > maxDigits) {
         return joined(errors, formatNumber(value), errorAlone(errors.plus), errorAlone(errors.minus));
     }
     return roundedMeasurement(value, errors, lastPower);
@@ -186,8 +186,8 @@ std::string measurementText(double value, const Errors& errors) {
 }  // namespace
 
 std::string formatNumber(double value) {
-    constexpr double leastWithExponent = 1e15;
-    if (std::abs(value) < leastWithExponent && value == std::trunc(value)) {
+    constexpr double minWithExponent = 1e15;
+    if (std::abs(value) < minWithExponent && value == std::trunc(value)) {
         return written(value == 0.0 ? 0.0 : value, std::chars_format::fixed, 0);
     }
     return textOf(value);

@@ -87,6 +87,7 @@ public:
         return wired.contains(input) ? wired.at(input) : nothing;
     }
     bool isWired(const std::string& input) const override { return wired.contains(input); }
+    bool has(const std::string& input) const override { return values.contains(input); }
     const std::string& sourceName(const std::string& input) const override { return isWired(input) ? source : none; }
     const std::string& sourceOutput(const std::string& input) const override { return isWired(input) ? output : none; }
 
@@ -198,6 +199,7 @@ KindHarness& KindHarness::set(const std::string& input, const std::string& text)
 
 KindHarness& KindHarness::wire(const std::string& input, Value value) {
     wires[input] = std::move(value);
+    texts.try_emplace(input);  // As a pipeline tells the kind that the input has a wire.
     return *this;
 }
 

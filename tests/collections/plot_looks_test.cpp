@@ -1,4 +1,5 @@
 #include "KindHarness.h"
+#include "PlotScripts.h"
 
 #include <gtest/gtest.h>
 
@@ -7,12 +8,17 @@
 #include <velmorak/Points.h>
 #include <velmorak/Profile.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace {
 
 using namespace velmorak;
+using test::countOf;
+using test::hasText;
 using test::KindHarness;
+using test::lineOf;
+using test::script;
 using test::textIn;
 
 namespace fs = std::filesystem;
@@ -52,33 +58,46 @@ DataObjectPtr hill() {
     return histogram;
 }
 
-std::string script(const KindHarness& bench) {
-    return textIn(bench.folder() / "bench.gp");
-}
-
-bool hasText(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
-/// How often a part is in a text.
-int countOf(const std::string& text, const std::string& part) {
-    int count = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) {
-        ++count;
-    }
-    return count;
-}
-
-/// Numbers of a line of the data file that begins with a text.
-std::string lineOf(const KindHarness& bench, const std::string& begin) {
-    const std::string text = "\n" + textIn(bench.folder() / "bench.dat");
-    const std::size_t at = text.find("\n" + begin);
-    return at == std::string::npos ? "" : text.substr(at + 1, text.find('\n', at + 1) - at - 1);
-}
-
 /// A picture in PNG only, which is enough for the script.
 KindHarness& quick(KindHarness& bench) {
     return bench.set("formats", "png");
+}
+
+/// Names of the inputs of a Plot with these values.
+std::vector<std::string> inputsWith(const ValueTexts& values) {
+    std::vector<std::string> names;
+    for (const InputSpec& input : test::shippedKind("Plot").ports(values).inputs) {
+        names.push_back(input.name);
+    }
+    return names;
+}
+
+bool contains(const std::vector<std::string>& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+TEST(PlotLooks, inputsForMoreThanAPlainPictureAreShownWhenTheyAreAskedFor) {
+    const std::vector<std::string> plain = inputsWith({});
+    EXPECT_EQ(plain.size(), 16U);
+    const std::vector<std::string> all = inputsWith({{"advanced", "yes"}, {"objects", "2"}});
+    for (const std::string name : {"zlabel", "zrange", "logz", "panel", "panelrange", "lines", "regions", "text",
+                                   "size", "dpi", "look", "look2"}) {
+        EXPECT_FALSE(contains(plain, name)) << name;
+        EXPECT_TRUE(contains(all, name)) << name;
+    }
+}
+
+TEST(PlotLooks, anInputWithAValueOfItsOwnIsAlwaysShown) {
+    const std::vector<std::string> names = inputsWith(
+        {{"objects", "3"}, {"advanced", "no"}, {"size", "16 10"}, {"dpi", "300"}, {"look3", "red"}, {"lines", ""}});
+    EXPECT_TRUE(contains(names, "dpi"));
+    EXPECT_TRUE(contains(names, "look3"));
+    EXPECT_FALSE(contains(names, "size"));
+    EXPECT_FALSE(contains(names, "look2"));
+    EXPECT_FALSE(contains(names, "text"));
+    // The value of an input that is wired is empty.
+    EXPECT_TRUE(contains(names, "lines"));
+    EXPECT_EQ(names.back(), "look3");
 }
 
 TEST(PlotLooks, eachObjectHasItsOwnStyleColourAndLegend) {

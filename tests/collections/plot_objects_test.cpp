@@ -1,4 +1,5 @@
 #include "KindHarness.h"
+#include "PlotScripts.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +15,9 @@
 namespace {
 
 using namespace velmorak;
+using test::hasText;
 using test::KindHarness;
+using test::script;
 using test::textIn;
 
 namespace fs = std::filesystem;
@@ -91,14 +94,6 @@ std::vector<std::vector<double>> block(const KindHarness& bench, std::size_t ind
         }
     }
     return rows;
-}
-
-std::string script(const KindHarness& bench) {
-    return textIn(bench.folder() / "bench.gp");
-}
-
-bool hasText(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
 }
 
 using Rows = std::vector<std::vector<double>>;

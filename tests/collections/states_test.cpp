@@ -98,9 +98,9 @@ SmallTable tableFor(const Case& each) {
 }
 
 /// A prepared accumulation; each simulates a separate process.
-class Bench {
+class Harness {
 public:
-    explicit Bench(const Case& each)
+    explicit Harness(const Case& each)
         : harness(each.kind), table(tableFor(each)), kindName(each.kind), orderOfKind(orderOf(harness.kind())) {
         for (const auto& [input, value] : each.values) {
             harness.set(input, value);
@@ -168,7 +168,7 @@ std::string nameOf(const Case& each, std::size_t number) {
 }
 
 std::string resultsOf(const Case& each) {
-    Bench bench(each);
+    Harness bench(each);
     StateMerger merger = bench.merger();
     for (std::size_t chunk = 0; chunk < bench.chunks(); ++chunk) {
         merger.take({0, chunk}, bench.filled(chunk));
@@ -178,12 +178,12 @@ std::string resultsOf(const Case& each) {
 
 /// Every process but the last saves the states of some chunks; the last one loads them and takes the other chunks.
 std::string resultsOfTree(const Case& each, std::size_t cut) {
-    const Bench first(each);
+    const Harness first(each);
     MergeTree before;
     for (std::size_t chunk = 0; chunk < cut; ++chunk) {
         before.take({0, chunk}, first.loaded(first.saved(*first.filled(chunk))));
     }
-    Bench second(each);
+    Harness second(each);
     MergeTree whole;
     for (TreeNode& part : before.release()) {
         part.node.state = second.loaded(first.saved(*part.node.state));
@@ -196,12 +196,12 @@ std::string resultsOfTree(const Case& each, std::size_t cut) {
 }
 
 std::string resultsInOrder(const Case& each, std::size_t cut) {
-    const Bench first(each);
+    const Harness first(each);
     std::unique_ptr<AccumulatorState> state = first.empty();
     for (std::size_t chunk = 0; chunk < cut; ++chunk) {
         state->merge(*first.loaded(first.saved(*first.filled(chunk))));
     }
-    Bench second(each);
+    Harness second(each);
     const std::unique_ptr<AccumulatorState> whole = second.loaded(first.saved(*state));
     for (std::size_t chunk = cut; chunk < second.chunks(); ++chunk) {
         whole->merge(*second.filled(chunk));
@@ -242,7 +242,7 @@ std::vector<ChunkPlace> placesOf(std::size_t chunks, std::mt19937_64& random) {
 }
 
 std::string resultsOfPlaces(const Case& each, const std::vector<ChunkPlace>& places) {
-    Bench bench(each);
+    Harness bench(each);
     StateMerger merger = bench.merger();
     for (std::size_t i = 0; i < places.size(); ++i) {
         merger.take(places[i], bench.filled(i));
@@ -252,13 +252,13 @@ std::string resultsOfPlaces(const Case& each, const std::vector<ChunkPlace>& pla
 
 /// Each range between two cuts is merged by a process of its own, which saves what it has.
 std::string resultsOfRanges(const Case& each, const std::vector<ChunkPlace>& places, std::vector<std::size_t> cuts) {
-    Bench last(each);
+    Harness last(each);
     StateMerger whole = last.merger();
     cuts.push_back(places.size());
     for (std::size_t part = 0, next = 0; part < cuts.size(); ++part) {
         const PassRange range{next == 0 ? ChunkPlace{} : places[next],
                               cuts[part] == places.size() ? ChunkPlace{places.back().file + 1, 0} : places[cuts[part]]};
-        const Bench bench(each);
+        const Harness bench(each);
         StateMerger merger = bench.merger(range, [&](StatePiece piece) {
             piece.state = last.loaded(bench.saved(*piece.state));
             whole.take(std::move(piece));
@@ -296,7 +296,7 @@ TEST(ShippedStates, goOnWithTheSameBitsAfterTheyWereLoaded) {
         const std::string name = nameOf(each, number++);
         const std::string expected = resultsOf(each);
         for (const std::size_t cut : {std::size_t{0}, random() % each.chunks, random() % each.chunks, each.chunks}) {
-            const bool isOrdered = Bench(each).isOrdered();
+            const bool isOrdered = Harness(each).isOrdered();
             EXPECT_EQ(isOrdered ? resultsInOrder(each, cut) : resultsOfTree(each, cut), expected)
                 << name << ", cut at chunk " << cut;
         }
@@ -309,7 +309,7 @@ std::string resealed(std::string bytes) {
 }
 
 /// Loads the bytes, and merges what comes out on either side.
-std::unique_ptr<AccumulatorState> merged(const Bench& bench, const std::string& bytes) {
+std::unique_ptr<AccumulatorState> merged(const Harness& bench, const std::string& bytes) {
     const std::unique_ptr<AccumulatorState> state = bench.loaded(bytes);
     state->merge(*bench.filled(0));
     std::unique_ptr<AccumulatorState> whole = bench.filled(1);
@@ -319,7 +319,7 @@ std::unique_ptr<AccumulatorState> merged(const Bench& bench, const std::string& 
 
 /// Gives the damaged byte a right checksum, and uses the state as the run would.
 /// @param bench a new one if the state is finished, too.
-void use(Bench& bench, std::string bytes, bool isFinished) {
+void use(Harness& bench, std::string bytes, bool isFinished) {
     bytes.resize(bytes.size() - sizeof(std::uint64_t));
     try {
         const std::unique_ptr<AccumulatorState> whole = merged(bench, resealed(bytes));
@@ -335,7 +335,7 @@ void use(Bench& bench, std::string bytes, bool isFinished) {
 
 /// The state of the first chunks of a case. Ordered accumulations are merged into a new one, as in a run.
 std::string someBytes(const Case& each) {
-    const Bench bench(each);
+    const Harness bench(each);
     const std::unique_ptr<AccumulatorState> state = bench.isOrdered() ? bench.empty() : bench.filled(0);
     for (std::size_t chunk = 1; chunk < each.chunks; ++chunk) {
         state->merge(*bench.filled(chunk));
@@ -347,7 +347,7 @@ TEST(ShippedStates, thatEndTooEarlyAreRefused) {
     for (const Case& each : cases()) {
         const std::string bytes = someBytes(each);
         const std::string body = bytes.substr(0, bytes.size() - sizeof(std::uint64_t));
-        const Bench bench(each);
+        const Harness bench(each);
         const std::size_t step = bytes.size() < 20000 ? 1 : bytes.size() / 1000;
         for (std::size_t size = 0; size < bytes.size(); size += step) {
             EXPECT_THROW(bench.loaded(bytes.substr(0, size)), Failure) << each.kind << ", " << size;
@@ -362,7 +362,7 @@ TEST(ShippedStates, thatAreDamagedGiveAFailureOrAState) {
     std::mt19937 random(3);
     for (const Case& each : cases()) {
         const std::string bytes = someBytes(each);
-        Bench bench(each);
+        Harness bench(each);
         // What decides about the rest is at the beginning: each byte of it, and 1000 of all.
         constexpr std::size_t first = 200;
         for (std::size_t i = 0; i < first + 1000; ++i) {
@@ -372,7 +372,7 @@ TEST(ShippedStates, thatAreDamagedGiveAFailureOrAState) {
             EXPECT_THROW(bench.loaded(damaged), Failure) << each.kind << ", " << at;
             use(bench, damaged, false);
             if (i % 20 == 0) {
-                Bench another(each);
+                Harness another(each);
                 use(another, damaged, true);
             }
         }

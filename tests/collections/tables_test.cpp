@@ -217,13 +217,14 @@ TEST(CutFlow, colonsAndSemicolonsInsideOfAConditionStay) {
 
 TEST(CutFlow, namesInCutsAndWeightAreInputs) {
     KindHarness bench("CutFlow");
-    bench.set("cuts", "a: x > low; b: x < high").set("weight", "scale * low");
+    bench.set("cuts", "a: x > @low; b: x < high").set("weight", "@scale * @low");
+    bench.wire("high", 4.0);
     std::vector<std::string> names;
     for (const InputSpec& input : bench.ports().inputs) {
         names.push_back(input.name);
     }
-    EXPECT_EQ(names, (std::vector<std::string>{"table", "cuts", "weight", "file", "x", "low", "high", "scale"}));
-    bench.set("low", "1").wire("high", 4.0).set("scale", "2");
+    EXPECT_EQ(names, (std::vector<std::string>{"table", "cuts", "weight", "file", "low", "high", "scale"}));
+    bench.set("low", "1").set("scale", "2");
     bench.wire("table", tableOf({{"x", {1, 2, 3, 4}}}, 3)).run();
     EXPECT_EQ(bench.number("rows"), 2.0);
     EXPECT_EQ(bench.number("weights"), 4.0);

@@ -76,7 +76,7 @@ def check_accepted(described):
         for row in told["option"]:
             for name in set(row["names"]) - HELP - {"--version"}:
                 value = [row["value"]] if row.get("value") else []
-                # An option of no program at the end: what is refused must be that one alone.
+                # An option of no program at the end must be the only one that is refused.
                 done = run(described.build / "bin" / program, name, *value, "--no-such-option")
                 assert done.returncode != 0, (program, name)
                 refused = [line for line in done.stderr.splitlines() if re.search(UNKNOWN, line)]
@@ -112,7 +112,7 @@ def check_running_page(described):
 
 
 def check_descriptions(described):
-    """The generator refuses what is incomplete."""
+    """The generator refuses incomplete descriptions."""
     whole = (described.source / "tools/options/velmorak-recover.toml").read_text(encoding="utf-8")
     for change, said in ((("help = \"remove an entry, or all of them\"\n", ""), "no other line names it"),
                          (('names = ["--to"]', 'names = ["--forget"]'), "described twice"),

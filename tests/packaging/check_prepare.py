@@ -13,6 +13,7 @@ import tempfile
 LIST = """build g++
 build libneeded-dev
 optional-build libeditor-dev
+optional-build libgoocanvasmm-2.0-dev
 run gnuplot-nox
 """
 PROGRAMS = {
@@ -49,17 +50,22 @@ def prepared(installed, known, archive, user=0, status=0):
 
 
 def main():
-    every = ["g++", "libneeded-dev", "libeditor-dev", "gnuplot-nox"]
+    every = ["g++", "libneeded-dev", "libeditor-dev", "libgoocanvasmm-2.0-dev", "gnuplot-nox"]
     without = [name for name in every if name != "libeditor-dev"]
     assert prepared(every, every, every) == ([], "")
     calls, _ = prepared([], [], every)
-    assert calls[1].split()[-4:] == ["g++", "libneeded-dev", "libeditor-dev", "gnuplot-nox"], calls
+    assert set(calls[1].split()[-5:]) == set(every), calls
     # The distribution does not have the editor's library: before apt's first update, and later.
     calls, said = prepared([], [], without)
-    assert calls[1].split()[-3:] == ["g++", "libneeded-dev", "gnuplot-nox"], calls
+    assert set(calls[1].split()[-4:]) == set(without), calls
     assert "libeditor-dev is not installed, and this distribution does not have it; the editor is not built" in said
     calls, said = prepared(without, without, without)
     assert calls == [] and "the editor is not built" in said, (calls, said)
+    # Without its wrappers of the canvas library, the editor is built all the same.
+    wrapped = [name for name in every if name != "libgoocanvasmm-2.0-dev"]
+    calls, said = prepared(wrapped, wrapped, wrapped)
+    assert calls == [] and "the editor is built with the wrappers in canvas/" in said, (calls, said)
+    assert "the editor is not built" not in said, said
     # Somebody who cannot install goes on without the editor, but not without what the runner needs.
     calls, said = prepared(without, every, every, user=1000)
     assert calls == [] and "installing it needs root; the editor is not built" in said, (calls, said)

@@ -14,7 +14,7 @@ REFUSED = {"-ffast-math", "-Ofast", "-funsafe-math-optimizations", "-fassociativ
 
 
 def complaint(words):
-    """What is wrong with a command, or an empty text."""
+    """The reason why a command is wrong, or an empty text."""
     contraction = [word for word in words if word.startswith("-ffp-contract=")]
     if not contraction or contraction[-1] != "-ffp-contract=off":
         return "may fuse a product and a sum: it needs -ffp-contract=off"

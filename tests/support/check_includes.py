@@ -10,7 +10,7 @@ import pathlib
 import re
 import sys
 
-TREES = ["qz", "src", "sdk", "formats", "engine", "collections", "tools", "tests/support/recording"]
+TREES = ["qz", "src", "canvas", "sdk", "formats", "engine", "collections", "tools", "tests/support/recording"]
 ROOTS = ["engine", "formats", "sdk/include", "qz", "collections", "tools/velmorak-run"]
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*([<"])([^>"]+)[>"]', re.MULTILINE)
 TOOLKIT = re.compile(r"(gtk|gdk|gio|glib|giomm|atk|cairo|pango|sigc\+\+|goocanvas)")
@@ -38,7 +38,7 @@ def target(source, file, name):
 
 
 def complaint(source, file, bracket, name, rows):
-    """What is wrong with one include, or an empty text."""
+    """The reason why an include is wrong, or an empty text."""
     own = row_of(str(file.relative_to(source)), rows)
     included = target(source, file, name)
     if included is None:

@@ -51,7 +51,7 @@ def kill(pid):
         pass
 
 
-# Stands for the runner. When a part is done for the first time, it may hang, stopped in the middle, or fail.
+# Simulates the runner. When a part is done for the first time, it may hang, stopped in the middle, or fail.
 WRAPPER = """#!/bin/bash
 cd {folder}
 runner={runner}

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Checks the scripts that velmorak-batch writes: what is in them, that shells and Python accept them, that they quote
-names, and what is refused.
+"""Checks the scripts that velmorak-batch writes: their contents, that shells and Python accept them, that they quote
+names, and that invalid jobs are refused.
 
 usage: check_batch.py VELMORAK-RUN
 """

@@ -117,6 +117,7 @@ def analysis(source):
                ybins="200", ylow="0", yhigh="1"),
         plugin("Profile", "Profile1D", table=rows, x="x", y="y", bins="10", low="-2", high="2"),
         plugin("Text", "CsvWriter", object=["Above", "table"]),
+        plugin("Tuple", "AidaWriter", object=["Above", "table"]),
         plugin("Words", "Print", object=["Above", "table"]),
         plugin("Some", "Range", table=["Above", "table"], first="5", last="4000", every="3"),
         plugin("Few", "Histogram1D", table=["Some", "table"], expression="y", bins="10", low="0", high="1"),
@@ -304,7 +305,6 @@ def check_partial_marks(place):
     shutil.rmtree(place.folder / "job", ignore_errors=True)
     document = place.document(*analysis(plugin("Rows", "CsvTable", file="data/run_*.csv")),
                               plugin("Objects", "AidaWriter", object=["Upper", "histogram"]),
-                              plugin("Tuple", "AidaWriter", object=["Above", "table"]),
                               plugin("Numbers", "CsvWriter", object=["Plane", "histogram"]))
     plan(place, "job", 3, document)
     do_parts(place, "job", [1, 2, 3, 4, 6])

@@ -96,7 +96,7 @@ def check_linked_results(view):
 
 
 def check_live_and_jobs(view):
-    """What is shown of a run that goes on, and of jobs: neither links nor other files."""
+    """The page shows the files of a run that goes on and of jobs: neither links nor other files."""
     runtime = view.runtime / "velmorak"
     (runtime / "run-1-0.jsonl.live").symlink_to(view.folder / "secret.txt")
     for run in (RUN, "..%2f..%2fsecret.txt", "%2fetc%2fpasswd", "look", "messages-1.jsonl", ""):

@@ -1,11 +1,14 @@
 #include "ListCommand.h"
 
+#include "graph/preview/ColumnCheck.h"
 #include "run/NodeContext.h"
 #include "run/messages/Visible.h"
 #include "run/plan/Plan.h"
 #include "run/plan/Unconnected.h"
 
 #include <ostream>
+#include <string>
+#include <vector>
 
 using velmorak::Pipeline;
 using velmorak::PipelineInput;
@@ -35,9 +38,11 @@ void printPlugins(const Pipeline& pipeline, std::ostream& stream) {
 
 std::size_t printErrors(const Pipeline& pipeline, std::ostream& stream) {
     const velmorak::Plan plan(pipeline);
+    const std::vector<std::string> onColumns = velmorak::columnMistakes(pipeline);
     std::size_t errors = 0;
     for (std::size_t i = 0; i < pipeline.nodes.size(); ++i) {
-        if (const std::string sentence = plan.validate(i); !sentence.empty()) {
+        const std::string onPlan = plan.validate(i);
+        if (const std::string& sentence = onPlan.empty() ? onColumns[i] : onPlan; !sentence.empty()) {
             stream << velmorak::visible(velmorak::titleOf(pipeline.nodes[i])) + ": " +
                           velmorak::visibleMessage(sentence)
                    << '\n';

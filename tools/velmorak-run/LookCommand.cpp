@@ -5,6 +5,7 @@
 #include "run/messages/Visible.h"
 
 #include <velmorak/FileFormat.h>
+#include <velmorak/Utf8.h>
 
 #include <nlohmann/json.hpp>
 
@@ -24,28 +25,35 @@ using velmorak::visible;
 using Json = nlohmann::ordered_json;
 
 /// Outside of any run: files may be read, and nothing is written.
-class LookContext : public velmorak::RunContext {
+class InspectionContext : public velmorak::RunContext {
 public:
     bool isStopping() const override { return isStopped; }
     const std::string& pluginName() const override { return name; }
     std::filesystem::path inputFile(const std::string& text) const override { return text; }
     std::filesystem::path commandLineAida() const override { return {}; }
     void writeResult(const std::string& /*fileName*/,
-                     const std::function<void(const std::filesystem::path&)>& /*writer*/) override {
-        throw velmorak::Failure("a look at a file writes no results");
-    }
-    std::unique_ptr<velmorak::ResultFile> beginResult(const std::string& /*fileName*/) override {
-        throw velmorak::Failure("a look at a file writes no results");
-    }
-    void warn(const std::string& sentence) override {
-        std::cerr << "velmorak-run: " << velmorak::visibleMessage(sentence) << '\n';
-    }
+                     const std::function<void(const std::filesystem::path&)>& /*writer*/) override;
+    std::unique_ptr<velmorak::ResultFile> beginResult(const std::string& /*fileName*/) override;
+    void warn(const std::string& sentence) override;
     void stop() { isStopped = true; }
 
 private:
     std::atomic<bool> isStopped = false;
     std::string name = "look";
 };
+
+void InspectionContext::writeResult(const std::string& /*fileName*/,
+                                    const std::function<void(const std::filesystem::path&)>& /*writer*/) {
+    throw velmorak::Failure("a look at a file writes no results");
+}
+
+std::unique_ptr<velmorak::ResultFile> InspectionContext::beginResult(const std::string& /*fileName*/) {
+    throw velmorak::Failure("a look at a file writes no results");
+}
+
+void InspectionContext::warn(const std::string& sentence) {
+    std::cerr << "velmorak-run: " << velmorak::visibleMessage(sentence) << '\n';
+}
 
 std::string typeOf(const FileColumn& column) {
     return (column.info.isList ? "list of " : "") + std::string(nameOf(column.info.type));
@@ -81,8 +89,7 @@ Json jsonOf(const FileObject& object) {
 }
 
 std::string padded(const std::string& text, std::size_t width) {
-    const auto isContinuation = [](unsigned char byte) { return (byte & 0xC0U) == 0x80U; };
-    const auto characters = text.size() - static_cast<std::size_t>(std::ranges::count_if(text, isContinuation));
+    const std::size_t characters = velmorak::characterCount(text);
     return text + std::string(characters < width ? width - characters : 0, ' ');
 }
 
@@ -129,7 +136,7 @@ const FileFormat& formatOf(const std::filesystem::path& file, const velmorak::Fi
 
 void printContent(const std::filesystem::path& file, const velmorak::FileFormats& formats, bool isJson,
                   StopOnSignal& signals, std::ostream& stream) {
-    LookContext context;
+    InspectionContext context;
     const StopOnSignal::Stoppable stoppable(signals, [&context] { context.stop(); });
     const FileFormat& format = formatOf(file, formats);
     const std::vector<FileObject> objects = format.objects(file, context);

@@ -67,7 +67,7 @@ void addOptions(CLI::App& app, Options& options) {
     app.add_option("--scan", options.scans)->expected(1)->take_all()->allow_extra_args(false);
     app.add_option("--start", options.start);
     app.add_option("--results", options.resultsFolder);
-    app.add_option("-j", options.threads)->check(CLI::Range(1, velmorak::maxThreads));
+    app.add_option("-j", options.threads)->check(CLI::Range(1, velmorak::maxRunThreads));
     app.add_option("--timeout", options.timeoutSeconds)->check(CLI::Validator(secondsError, "SECONDS"));
     app.add_flag("--why", options.isWhy);
     app.add_flag("--list", options.isList);

@@ -35,7 +35,7 @@ std::optional<std::size_t> numberIn(std::string_view text) {
 std::optional<std::size_t> numberFromEnvironment() {
     for (const NumberVariable& variable : variables) {
         const char* const text = std::getenv(variable.name);
-        if (text == nullptr || std::string_view(text) == "undefined") {
+        if (!text || std::string_view(text) == "undefined") {
             continue;
         }
         const std::optional<std::size_t> number = numberIn(text);

@@ -3,14 +3,14 @@
 #include "Markup.h"
 #include "ScanPicture.h"
 
+#include "run/record/WholeFile.h"
+
 #include <velmorak/FormatMeasurement.h>
 #include <velmorak/Value.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <charconv>
-#include <fstream>
 #include <iostream>
 #include <iterator>
 #include <map>
@@ -185,24 +185,14 @@ std::string countsOf(const ScanTable& table) {
     return text;
 }
 
-/// Replaces the file as a whole. @return empty, or why it cannot be written.
+/// @return empty, or why the file cannot be written.
 std::string writeFile(const fs::path& file, const std::string& text) {
-    const fs::path incomplete = file.parent_path() / ("." + file.filename().string() + ".part");
-    errno = 0;
-    std::ofstream stream(incomplete, std::ios::binary | std::ios::trunc);
-    stream << text;
-    stream.close();
-    std::error_code error;
-    if (!stream) {
-        error = std::error_code(errno != 0 ? errno : EIO, std::generic_category());
-    } else {
-        fs::rename(incomplete, file, error);
+    try {
+        velmorak::replaceFile(file, text);
+        return "";
+    } catch (const std::system_error& error) {
+        return "the table of the scan cannot be written to \"" + file.string() + "\": " + error.code().message();
     }
-    std::error_code ignored;
-    if (error) {
-        fs::remove(incomplete, ignored);
-    }
-    return error ? "the table of the scan cannot be written to \"" + file.string() + "\": " + error.message() : "";
 }
 
 }  // namespace

@@ -34,24 +34,30 @@ struct Span {
     double high = 0.0;
     bool isEmpty = true;
 
-    void add(double value) {
-        if (std::isfinite(value)) {
-            low = isEmpty ? value : std::min(low, value);
-            high = isEmpty ? value : std::max(high, value);
-            isEmpty = false;
-        }
-    }
-    Span widened(double part) const {
-        constexpr double most = std::numeric_limits<double>::max();
-        const double extra = high > low ? part * high - part * low : (low == 0.0 ? 1.0 : 0.1 * std::abs(low));
-        return {std::max(low - extra, -most), std::min(high + extra, most), isEmpty};
-    }
+    void add(double value);
+    Span widened(double part) const;
     /// Where the value is between low and high, from 0 to 1.
-    double partOf(double value) const {
-        const double whole = high - low;
-        return std::isfinite(whole) ? (value - low) / whole : (value / 2 - low / 2) / (high / 2 - low / 2);
-    }
+    double partOf(double value) const;
 };
+
+void Span::add(double value) {
+    if (std::isfinite(value)) {
+        low = isEmpty ? value : std::min(low, value);
+        high = isEmpty ? value : std::max(high, value);
+        isEmpty = false;
+    }
+}
+
+Span Span::widened(double part) const {
+    constexpr double most = std::numeric_limits<double>::max();
+    const double extra = high > low ? part * high - part * low : (low == 0.0 ? 1.0 : 0.1 * std::abs(low));
+    return {std::max(low - extra, -most), std::min(high + extra, most), isEmpty};
+}
+
+double Span::partOf(double value) const {
+    const double whole = high - low;
+    return std::isfinite(whole) ? (value - low) / whole : (value / 2 - low / 2) / (high / 2 - low / 2);
+}
 
 struct Tick {
     double value = 0.0;
@@ -118,32 +124,9 @@ std::string lineFrom(double x1, double y1, double x2, double y2, const std::stri
 /// The places of the runs on the horizontal axis, and the series that they belong to.
 class Layout {
 public:
-    explicit Layout(const ScanTable& table) : table(table) {
-        chooseAxis();
-        for (const ScanRun& run : table.runs()) {
-            const std::string name = seriesOf(run);
-            const auto found = std::find(series.begin(), series.end(), name);
-            seriesNumbers.push_back(static_cast<std::size_t>(found - series.begin()));
-            if (found == series.end()) {
-                series.push_back(name);
-            }
-            places.push_back(placeOf(run));
-            span.add(places.back());
-        }
-        span = span.widened(isNumeric ? 0.04 : 0.08);
-    }
+    explicit Layout(const ScanTable& table);
 
-    std::vector<Tick> ticks() const {
-        if (isNumeric) {
-            return ticksOf(span, 5);
-        }
-        std::vector<Tick> ticks;
-        const std::size_t step = (categories.size() + 5) / 6;
-        for (std::size_t i = 0; i < categories.size(); i += step) {
-            ticks.push_back({static_cast<double>(i), shortened(categories[i], 14)});
-        }
-        return ticks;
-    }
+    std::vector<Tick> ticks() const;
 
     const ScanTable& table;
     std::string title;
@@ -153,133 +136,104 @@ public:
     Span span;
 
 private:
-    void chooseAxis() {
-        std::size_t most = 0;
-        for (std::size_t i = 0; i < table.varied().size(); ++i) {
-            std::set<std::string> values;
-            bool areNumbers = true;
-            double number = 0.0;
-            for (const ScanRun& run : table.runs()) {
-                values.insert(run.values[i]);
-                areNumbers = areNumbers && velmorak::readNumber(run.values[i], number) && std::isfinite(number);
-            }
-            if (values.size() > most) {
-                most = values.size();
-                axis = i;
-                isNumeric = areNumbers;
-            }
-        }
-        title = table.varied()[axis];
-    }
+    void chooseAxis();
 
-    double placeOf(const ScanRun& run) {
-        double place = 0.0;
-        if (isNumeric) {
-            velmorak::readNumber(run.values[axis], place);
-            return place;
-        }
-        const auto found = std::find(categories.begin(), categories.end(), run.values[axis]);
-        place = static_cast<double>(found - categories.begin());
-        if (found == categories.end()) {
-            categories.push_back(run.values[axis]);
-        }
-        return place;
-    }
+    double placeOf(const ScanRun& run);
 
-    std::string seriesOf(const ScanRun& run) const {
-        std::string name;
-        for (std::size_t i = 0; i < run.values.size(); ++i) {
-            if (i != axis) {
-                name += (name.empty() ? "" : ", ") + table.varied()[i] + " = " + run.values[i];
-            }
-        }
-        return name;
-    }
+    std::string seriesOf(const ScanRun& run) const;
 
     std::size_t axis = 0;
     bool isNumeric = false;
     std::vector<std::string> categories;
 };
 
+Layout::Layout(const ScanTable& table) : table(table) {
+    chooseAxis();
+    for (const ScanRun& run : table.runs()) {
+        const std::string name = seriesOf(run);
+        const auto found = std::find(series.begin(), series.end(), name);
+        seriesNumbers.push_back(static_cast<std::size_t>(found - series.begin()));
+        if (found == series.end()) {
+            series.push_back(name);
+        }
+        places.push_back(placeOf(run));
+        span.add(places.back());
+    }
+    span = span.widened(isNumeric ? 0.04 : 0.08);
+}
+
+std::vector<Tick> Layout::ticks() const {
+    if (isNumeric) {
+        return ticksOf(span, 5);
+    }
+    std::vector<Tick> ticks;
+    const std::size_t step = (categories.size() + 5) / 6;
+    for (std::size_t i = 0; i < categories.size(); i += step) {
+        ticks.push_back({static_cast<double>(i), shortened(categories[i], 14)});
+    }
+    return ticks;
+}
+
+void Layout::chooseAxis() {
+    std::size_t most = 0;
+    for (std::size_t i = 0; i < table.varied().size(); ++i) {
+        std::set<std::string> values;
+        bool areNumbers = true;
+        double number = 0.0;
+        for (const ScanRun& run : table.runs()) {
+            values.insert(run.values[i]);
+            areNumbers = areNumbers && velmorak::readNumber(run.values[i], number) && std::isfinite(number);
+        }
+        if (values.size() > most) {
+            most = values.size();
+            axis = i;
+            isNumeric = areNumbers;
+        }
+    }
+    title = table.varied()[axis];
+}
+
+double Layout::placeOf(const ScanRun& run) {
+    double place = 0.0;
+    if (isNumeric) {
+        velmorak::readNumber(run.values[axis], place);
+        return place;
+    }
+    const auto found = std::find(categories.begin(), categories.end(), run.values[axis]);
+    place = static_cast<double>(found - categories.begin());
+    if (found == categories.end()) {
+        categories.push_back(run.values[axis]);
+    }
+    return place;
+}
+
+std::string Layout::seriesOf(const ScanRun& run) const {
+    std::string name;
+    for (std::size_t i = 0; i < run.values.size(); ++i) {
+        if (i != axis) {
+            name += (name.empty() ? "" : ", ") + table.varied()[i] + " = " + run.values[i];
+        }
+    }
+    return name;
+}
+
 class Panel {
 public:
     using Position = ScanTable::Quantities::key_type;
 
-    Panel(const Layout& layout, Position position, const ScanQuantity& quantity, double x, double y)
-        : layout(layout), position(position), quantity(quantity), x0(x), y0(y) {
-        for (const ScanRun& run : layout.table.runs()) {
-            const ScanNumber* const number = numberOf(run);
-            if (number != nullptr) {
-                heights.add(number->value - errorOf(*number));
-                heights.add(number->value + errorOf(*number));
-                heights.add(number->value);
-            }
-        }
-        heights = heights.widened(0.06);
-    }
+    Panel(const Layout& layout, Position position, const ScanQuantity& quantity, double x, double y);
 
-    std::string drawn() const {
-        std::string text =
-            "<g>\n" + textAt(x0 + left, y0 + 20, "start", shortened(quantity.name(), 46), " class=\"t\"");
-        text += axes();
-        for (std::size_t i = 0; i < layout.series.size(); ++i) {
-            text += seriesDrawn(i);
-        }
-        return text + "</g>\n";
-    }
+    std::string drawn() const;
 
 private:
-    const ScanNumber* numberOf(const ScanRun& run) const {
-        const auto found = run.numbers.find(position);
-        return found == run.numbers.end() || !std::isfinite(found->second.value) ? nullptr : &found->second;
-    }
-    static double errorOf(const ScanNumber& number) {
-        return number.hasError && std::isfinite(number.error) ? number.error : 0.0;
-    }
+    const ScanNumber* numberOf(const ScanRun& run) const;
+    static double errorOf(const ScanNumber& number);
     double xOf(double value) const { return x0 + left + layout.span.partOf(value) * (panelWidth - left - right); }
-    double yOf(double value) const {
-        return y0 + panelHeight - bottom - heights.partOf(value) * (panelHeight - top - bottom);
-    }
+    double yOf(double value) const;
 
-    std::string axes() const {
-        const double floor = y0 + panelHeight - bottom;
-        const double end = x0 + panelWidth - right;
-        std::string text;
-        for (const Tick& tick : layout.ticks()) {
-            text += lineFrom(xOf(tick.value), floor, xOf(tick.value), y0 + top, "class=\"g\"");
-            text += textAt(xOf(tick.value), floor + 17, "middle", typeset(tick.label));
-        }
-        for (const Tick& tick : heights.isEmpty ? std::vector<Tick>() : ticksOf(heights, 5)) {
-            text += lineFrom(x0 + left, yOf(tick.value), end, yOf(tick.value), "class=\"g\"");
-            text += textAt(x0 + left - 6, yOf(tick.value) + 4, "end", typeset(tick.label));
-        }
-        text += "<rect x=\"" + coordinate(x0 + left) + "\" y=\"" + coordinate(y0 + top) + "\" width=\"" +
-                coordinate(panelWidth - left - right) + "\" height=\"" + coordinate(panelHeight - top - bottom) +
-                "\" class=\"f\"/>\n";
-        return text + textAt((x0 + left + end) / 2, y0 + panelHeight - 10, "middle", shortened(layout.title, 46));
-    }
+    std::string axes() const;
 
-    std::string seriesDrawn(std::size_t series) const {
-        const std::string colour = colours.at(series % colours.size());
-        std::string path;
-        std::string points;
-        for (std::size_t i = 0; i < layout.table.runs().size(); ++i) {
-            const ScanNumber* const number = numberOf(layout.table.runs()[i]);
-            if (layout.seriesNumbers[i] != series || number == nullptr) {
-                continue;
-            }
-            const double x = xOf(layout.places[i]);
-            path += (path.empty() ? "M" : "L") + coordinate(x) + " " + coordinate(yOf(number->value));
-            if (const double error = errorOf(*number); error > 0.0) {
-                points += lineFrom(x, yOf(number->value - error), x, yOf(number->value + error),
-                                   "stroke=\"" + colour + "\" stroke-width=\"1.4\"");
-            }
-            points += "<circle cx=\"" + coordinate(x) + "\" cy=\"" + coordinate(yOf(number->value)) +
-                      "\" r=\"3\" fill=\"" + colour + "\"/>\n";
-        }
-        return "<path d=\"" + path + "\" fill=\"none\" stroke=\"" + colour +
-               "\" stroke-width=\"1\" stroke-opacity=\"0.6\"/>\n" + points;
-    }
+    std::string seriesDrawn(std::size_t series) const;
 
     const Layout& layout;
     Position position;
@@ -288,6 +242,81 @@ private:
     double y0;
     Span heights;
 };
+
+Panel::Panel(const Layout& layout, Position position, const ScanQuantity& quantity, double x, double y)
+    : layout(layout), position(position), quantity(quantity), x0(x), y0(y) {
+    for (const ScanRun& run : layout.table.runs()) {
+        const ScanNumber* const number = numberOf(run);
+        if (number) {
+            heights.add(number->value - errorOf(*number));
+            heights.add(number->value + errorOf(*number));
+            heights.add(number->value);
+        }
+    }
+    heights = heights.widened(0.06);
+}
+
+std::string Panel::drawn() const {
+    std::string text = "<g>\n" + textAt(x0 + left, y0 + 20, "start", shortened(quantity.name(), 46), " class=\"t\"");
+    text += axes();
+    for (std::size_t i = 0; i < layout.series.size(); ++i) {
+        text += seriesDrawn(i);
+    }
+    return text + "</g>\n";
+}
+
+const ScanNumber* Panel::numberOf(const ScanRun& run) const {
+    const auto found = run.numbers.find(position);
+    return found == run.numbers.end() || !std::isfinite(found->second.value) ? nullptr : &found->second;
+}
+
+double Panel::errorOf(const ScanNumber& number) {
+    return number.hasError && std::isfinite(number.error) ? number.error : 0.0;
+}
+
+double Panel::yOf(double value) const {
+    return y0 + panelHeight - bottom - heights.partOf(value) * (panelHeight - top - bottom);
+}
+
+std::string Panel::axes() const {
+    const double floor = y0 + panelHeight - bottom;
+    const double end = x0 + panelWidth - right;
+    std::string text;
+    for (const Tick& tick : layout.ticks()) {
+        text += lineFrom(xOf(tick.value), floor, xOf(tick.value), y0 + top, "class=\"g\"");
+        text += textAt(xOf(tick.value), floor + 17, "middle", typeset(tick.label));
+    }
+    for (const Tick& tick : heights.isEmpty ? std::vector<Tick>() : ticksOf(heights, 5)) {
+        text += lineFrom(x0 + left, yOf(tick.value), end, yOf(tick.value), "class=\"g\"");
+        text += textAt(x0 + left - 6, yOf(tick.value) + 4, "end", typeset(tick.label));
+    }
+    text += "<rect x=\"" + coordinate(x0 + left) + "\" y=\"" + coordinate(y0 + top) + "\" width=\"" +
+            coordinate(panelWidth - left - right) + "\" height=\"" + coordinate(panelHeight - top - bottom) +
+            "\" class=\"f\"/>\n";
+    return text + textAt((x0 + left + end) / 2, y0 + panelHeight - 10, "middle", shortened(layout.title, 46));
+}
+
+std::string Panel::seriesDrawn(std::size_t series) const {
+    const std::string colour = colours.at(series % colours.size());
+    std::string path;
+    std::string points;
+    for (std::size_t i = 0; i < layout.table.runs().size(); ++i) {
+        const ScanNumber* const number = numberOf(layout.table.runs()[i]);
+        if (layout.seriesNumbers[i] != series || !number) {
+            continue;
+        }
+        const double x = xOf(layout.places[i]);
+        path += (path.empty() ? "M" : "L") + coordinate(x) + " " + coordinate(yOf(number->value));
+        if (const double error = errorOf(*number); error > 0.0) {
+            points += lineFrom(x, yOf(number->value - error), x, yOf(number->value + error),
+                               "stroke=\"" + colour + "\" stroke-width=\"1.4\"");
+        }
+        points += "<circle cx=\"" + coordinate(x) + "\" cy=\"" + coordinate(yOf(number->value)) + "\" r=\"3\" fill=\"" +
+                  colour + "\"/>\n";
+    }
+    return "<path d=\"" + path + "\" fill=\"none\" stroke=\"" + colour +
+           "\" stroke-width=\"1\" stroke-opacity=\"0.6\"/>\n" + points;
+}
 
 std::string opening(double width, double height) {
     const std::string size = coordinate(width) + "\" height=\"" + coordinate(height);

@@ -1,6 +1,7 @@
 #include "Settings.h"
 
 #include "graph/ManagerExtensions.h"
+#include "graph/PortChange.h"
 
 #include <velmorak/FormatMeasurement.h>
 #include <velmorak/Text.h>
@@ -49,7 +50,7 @@ std::size_t inputOf(const PipelineNode& node, const std::string& input) {
     return static_cast<std::size_t>(found - names.begin());
 }
 
-void refuseUnusable(const Pipeline& pipeline, const PipelineInput& input, const Setting& setting) {
+void checkUsable(const Pipeline& pipeline, const PipelineInput& input, const Setting& setting) {
     const std::string place = "input " + velmorak::quoted(setting.input) + " of " + velmorak::quoted(setting.plugin);
     if (input.wire) {
         throw UsageError(place + " is fed by " + velmorak::quoted(pipeline.nodes[input.wire->node].name) +
@@ -166,7 +167,7 @@ std::vector<std::string> rangeOf(const std::vector<std::string>& parts, const st
 }
 
 /// Runs with different values have different folders.
-void refuseSharedFolders(const std::vector<std::vector<Setting>>& points) {
+void checkFolders(const std::vector<std::vector<Setting>>& points) {
     std::map<std::string, std::vector<std::string>> pointOfFolder;
     for (const std::vector<Setting>& point : points) {
         const std::vector<std::string> texts = textsOf(point);
@@ -184,10 +185,11 @@ Setting settingOf(const std::string& text) {
 }
 
 void apply(QzManager& manager, const Setting& setting) {
+    const std::size_t node = positionOf(velmorak::pipelineOf(manager), setting.plugin);
+    velmorak::offerInput(manager, node, setting.input);
     const Pipeline pipeline = velmorak::pipelineOf(manager);
-    const std::size_t node = positionOf(pipeline, setting.plugin);
     const std::size_t input = inputOf(pipeline.nodes[node], setting.input);
-    refuseUnusable(pipeline, pipeline.nodes[node].inputs[input], setting);
+    checkUsable(pipeline, pipeline.nodes[node].inputs[input], setting);
     manager.SetInputValue(static_cast<int>(node), static_cast<int>(input), setting.value);
     const std::string& now = manager.plugins[node]->Inputs()[input].value;
     if (now != setting.value) {
@@ -231,7 +233,7 @@ std::vector<std::vector<Setting>> pointsOf(const std::vector<std::string>& scans
         }
         points = std::move(longer);
     }
-    refuseSharedFolders(points);
+    checkFolders(points);
     return points;
 }
 

@@ -17,9 +17,9 @@ namespace {
 /// Keeps freed memory for the next chunks, which need as much, instead of fetching it from the system page by page
 /// again. The C library does so itself once a block of the largest size has been freed, but chunks are smaller.
 void keepFreedMemory() {
-    constexpr int largestBlock = 32 << 20;
+    constexpr int maxBlock = 32 << 20;
     constexpr int keptBytes = 64 << 20;
-    mallopt(M_MMAP_THRESHOLD, largestBlock);
+    mallopt(M_MMAP_THRESHOLD, maxBlock);
     mallopt(M_TRIM_THRESHOLD, keptBytes);
 }
 

@@ -17,15 +17,8 @@ class Descriptor {
 public:
     explicit Descriptor(int number) : number(number) {}
     Descriptor(Descriptor&& other) noexcept : number(std::exchange(other.number, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(number, other.number);
-        return *this;
-    }
-    ~Descriptor() {
-        if (number >= 0) {
-            close(number);
-        }
-    }
+    Descriptor& operator=(Descriptor&& other) noexcept;
+    ~Descriptor();
     bool isOpen() const { return number >= 0; }
     int get() const { return number; }
     int release() { return std::exchange(number, -1); }
@@ -33,6 +26,17 @@ public:
 private:
     int number;
 };
+
+Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
+    std::swap(number, other.number);
+    return *this;
+}
+
+Descriptor::~Descriptor() {
+    if (number >= 0) {
+        close(number);
+    }
+}
 
 Descriptor openFolder(const std::string& folder) {
     return Descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));

@@ -63,65 +63,73 @@ class PartFiles {
 public:
     using Files = std::map<std::string, long long>;
 
-    PartFiles(const fs::path& folder, const Files& parts, const Files& nodes, std::size_t number)
-        : folder(folder), parts(parts), nodes(nodes) {
-        std::ostringstream text;
-        text.fill('0');
-        text.width(5);
-        text << number;
-        name = text.str();
-    }
+    PartFiles(const fs::path& folder, const Files& parts, const Files& nodes, std::size_t number);
 
-    Json json() const {
-        Json note = nodes.contains(name + ".json")
-                        ? Json::parse(startOf(folder / "nodes" / (name + ".json")), nullptr, false)
-                        : Json();
-        note = note.is_object() ? note : Json::object();
-        Json json{{"state", stateOf(note)}};
-        if (note.contains("host") && note["host"].is_string()) {
-            json["host"] = note["host"];
-        }
-        const bool hasTime = note.contains("time") && note["time"].is_number_integer();
-        if (hasTime) {
-            json["time"] = note["time"];
-        }
-        if (const auto done = parts.find(name + ".part"); done != parts.end() && hasTime) {
-            json["seconds"] = std::max(0.0, static_cast<double>(done->second - note["time"].get<long long>()) / 1000.0);
-        }
-        if (json["state"] == "failed") {
-            json["reason"] = startOf(folder / "parts" / (name + ".failed"));
-        }
-        return json;
-    }
+    Json json() const;
 
 private:
-    std::string stateOf(const Json& note) const {
-        if (parts.contains(name + ".part")) {
-            return "done";
-        }
-        const auto failed = parts.find(name + ".failed");
-        const bool isNewer = failed != parts.end() && note.contains("time") && note["time"].is_number_integer() &&
-                             note["time"].get<long long>() > failed->second;
-        if (failed != parts.end() && !isNewer) {
-            return "failed";
-        }
-        if (note.empty()) {
-            return "waiting";
-        }
-        return isDead(note) ? "died" : "running";
-    }
+    std::string stateOf(const Json& note) const;
 
     /// Only of a process on this machine.
-    static bool isDead(const Json& note) {
-        return note.contains("host") && note["host"] == thisHost() && note.contains("process") &&
-               note["process"].is_number_integer() && kill(note["process"].get<pid_t>(), 0) != 0 && errno == ESRCH;
-    }
+    static bool isDead(const Json& note);
 
     const fs::path& folder;
     const Files& parts;
     const Files& nodes;
     std::string name;
 };
+
+PartFiles::PartFiles(const fs::path& folder, const Files& parts, const Files& nodes, std::size_t number)
+    : folder(folder), parts(parts), nodes(nodes) {
+    std::ostringstream text;
+    text.fill('0');
+    text.width(5);
+    text << number;
+    name = text.str();
+}
+
+Json PartFiles::json() const {
+    Json note = nodes.contains(name + ".json")
+                    ? Json::parse(startOf(folder / "nodes" / (name + ".json")), nullptr, false)
+                    : Json();
+    note = note.is_object() ? note : Json::object();
+    Json json{{"state", stateOf(note)}};
+    if (note.contains("host") && note["host"].is_string()) {
+        json["host"] = note["host"];
+    }
+    const bool hasTime = note.contains("time") && note["time"].is_number_integer();
+    if (hasTime) {
+        json["time"] = note["time"];
+    }
+    if (const auto done = parts.find(name + ".part"); done != parts.end() && hasTime) {
+        json["seconds"] = std::max(0.0, static_cast<double>(done->second - note["time"].get<long long>()) / 1000.0);
+    }
+    if (json["state"] == "failed") {
+        json["reason"] = startOf(folder / "parts" / (name + ".failed"));
+    }
+    return json;
+}
+
+std::string PartFiles::stateOf(const Json& note) const {
+    if (parts.contains(name + ".part")) {
+        return "done";
+    }
+    const auto failed = parts.find(name + ".failed");
+    const bool isNewer = failed != parts.end() && note.contains("time") && note["time"].is_number_integer() &&
+                         note["time"].get<long long>() > failed->second;
+    if (failed != parts.end() && !isNewer) {
+        return "failed";
+    }
+    if (note.empty()) {
+        return "waiting";
+    }
+    return isDead(note) ? "died" : "running";
+}
+
+bool PartFiles::isDead(const Json& note) {
+    return note.contains("host") && note["host"] == thisHost() && note.contains("process") &&
+           note["process"].is_number_integer() && kill(note["process"].get<pid_t>(), 0) != 0 && errno == ESRCH;
+}
 
 }  // namespace
 
@@ -135,9 +143,9 @@ std::vector<fs::path> Jobs::folders() const {
     std::vector<std::pair<long long, fs::path>> found;
     for (const auto& [name, time] : runtime.empty() ? std::map<std::string, long long>() : filesIn(runtime)) {
         if (name.starts_with(velmorak::jobFilePrefix) && name.ends_with(velmorak::announcementEnding)) {
-            const Json told = Json::parse(startOf(runtime / name), nullptr, false);
-            const bool hasFolder = told.is_object() && told.contains("folder") && told.at("folder").is_string();
-            const fs::path folder = hasFolder ? told.at("folder").get<std::string>() : std::string();
+            const Json note = Json::parse(startOf(runtime / name), nullptr, false);
+            const bool hasFolder = note.is_object() && note.contains("folder") && note.at("folder").is_string();
+            const fs::path folder = hasFolder ? note.at("folder").get<std::string>() : std::string();
             if (folder.is_absolute() && isJob(folder)) {
                 found.emplace_back(-time, folder);
             }

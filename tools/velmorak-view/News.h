@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-/// What is worth a notification.
+/// An event worth a notification.
 struct NewsItem {
     std::string title;
     std::string sentence;

@@ -41,7 +41,7 @@ void onAction(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gc
 
 Notifier::Notifier(std::function<void()> clicked) {
     GDBusConnection* const connection = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
-    if (connection == nullptr) {
+    if (!connection) {
         return;
     }
     g_dbus_connection_set_exit_on_close(connection, FALSE);

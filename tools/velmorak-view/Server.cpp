@@ -23,7 +23,7 @@ constexpr int threads = 24;
 constexpr int maxWaiting = 8;  ///< The other threads answer short requests.
 constexpr int backlog = 1024;
 constexpr int timeoutSeconds = 5;
-constexpr std::chrono::milliseconds longestWait{10000};
+constexpr std::chrono::milliseconds maxWait{10000};
 constexpr std::size_t maxPiece = 1U << 16U;
 constexpr const char* extraFolder = "folder";
 
@@ -195,7 +195,7 @@ void Server::wait(const Request& request, Response& response) {
         runs.noteLook();
     }
     const bool mayWait = request.has_param("version") && ++waiting <= maxWaiting;
-    const auto longest = mayWait ? longestWait : std::chrono::milliseconds(0);
+    const auto longest = mayWait ? maxWait : std::chrono::milliseconds(0);
     sendJson(response, runs.waitFor(numberIn(request, "version"), longest, [this] { return isStopping.load(); }));
     if (request.has_param("version")) {
         --waiting;

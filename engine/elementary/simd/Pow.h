@@ -22,12 +22,12 @@ struct Binary {
 };
 
 /// Bits of the least m.
-inline constexpr std::uint64_t leastBits = 0x3fe6a00000000000;
+inline constexpr std::uint64_t minBits = 0x3fe6a00000000000;
 
 /// @param bits of a positive, normal, finite number.
 /// @param bias subtracted from k.
 [[gnu::always_inline]] inline Binary binaryOf(std::uint64_t bits, double bias) {
-    const std::uint64_t shifted = bits + (0x3ff0000000000000 - leastBits);
+    const std::uint64_t shifted = bits + (0x3ff0000000000000 - minBits);
     // With these bits, an integer in the lowest bits becomes a double.
     const double biased = numberOf((shifted >> 52U) | 0x4330000000000000);
     return {biased - (0x1p52 + 1023.0 + bias), shifted & 0x000fffffffffffff};
@@ -44,7 +44,7 @@ inline constexpr std::uint64_t leastBits = 0x3fe6a00000000000;
 template <double (*exactMultiplyAdd)(double, double, double)>
 [[gnu::always_inline]] inline TwoParts logarithmInParts(Binary x) {
     const std::uint64_t interval = x.offset >> 46U;
-    const double m = numberOf(x.offset + leastBits);
+    const double m = numberOf(x.offset + minBits);
     const double r = exactMultiplyAdd(m, inverses[interval], -1.0);
     const double square = r * r;
     const double squareRest = exactMultiplyAdd(r, r, -square);

@@ -11,6 +11,7 @@ inline constexpr std::size_t rowsPerUpdate = 8;
 
 /// Output arrays must not overlap any other array.
 struct FitKernels {
+    void (*fill)(double value, std::size_t count, double* values);
     /// sum = (isFirst ? 0 : sum) + factor * values.
     void (*addScaled)(const double* factor, const double* values, std::size_t count, bool isFirst, double* sum);
     /// Dot product, accumulated in eight partial sums so that its bits do not depend on the width of the vectors.

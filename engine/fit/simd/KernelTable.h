@@ -10,6 +10,12 @@ namespace velmorak::fitting {
 
 namespace {
 
+inline void fill(double value, std::size_t count, double* values) {
+    for (std::size_t i = 0; i < count; ++i) {
+        values[i] = value;
+    }
+}
+
 inline void addScaled(const double* __restrict factor, const double* __restrict values, std::size_t count, bool isFirst,
                       double* __restrict sum) {
     if (isFirst) {
@@ -23,7 +29,7 @@ inline void addScaled(const double* __restrict factor, const double* __restrict 
     }
 }
 
-inline constexpr FitKernels kernels{addScaled, product, householderUpdate};
+inline constexpr FitKernels kernels{fill, addScaled, product, householderUpdate};
 
 }  // namespace
 

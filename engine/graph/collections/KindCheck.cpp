@@ -111,8 +111,8 @@ std::string inputError(const InputSpec& input) {
 }  // namespace
 
 std::string quotedName(const std::string& name) {
-    constexpr std::size_t longest = 120;
-    return jsonText(name.size() > longest ? name.substr(0, longest) + "..." : name);
+    constexpr std::size_t maxLength = 120;
+    return jsonText(name.size() > maxLength ? name.substr(0, maxLength) + "..." : name);
 }
 
 std::string groupNameError(const std::string& name) {

@@ -1,5 +1,6 @@
 #include "graph/document/Journal.h"
 
+#include "graph/document/Document.h"
 #include "store/AtomicFile.h"
 
 #include <fcntl.h>
@@ -19,7 +20,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr mode_t privateFile = 0600;
-constexpr const char* documentExtension = ".zedra";
 constexpr const char* originExtension = ".origin";
 
 fs::path originOf(fs::path file) {
@@ -129,7 +129,7 @@ void Journal::write(const UnsavedDocument& unsaved) {
     if (file.empty()) {
         fs::create_directories(folder);
         fs::permissions(folder, fs::perms::owner_all);
-        file = folder / (stemOf(this) + documentExtension);
+        file = folder / (stemOf(this) + std::string(documentExtension));
     }
     if (!origin.isOpen() && !openOrigin()) {
         return;

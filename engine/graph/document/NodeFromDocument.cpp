@@ -2,10 +2,13 @@
 
 #include "graph/Bindings.h"
 #include "graph/Log.h"
+#include "graph/NodeExtent.h"
 #include "graph/Nodes.h"
 #include "graph/PortChange.h"
 #include "graph/Values.h"
 #include "run/messages/Visible.h"
+
+#include <algorithm>
 
 namespace velmorak {
 namespace {
@@ -46,16 +49,27 @@ void addPortsOfDocument(QzBase::Part& part, const DocumentPlugin& plugin) {
     }
 }
 
-/// Ports for the values in the document, or those of a new plug-in where the values cannot be used.
-void applyPorts(GraphNode& node, const DocumentPlugin& plugin, LoadWarnings& notes) {
-    ValueTexts values = valuesOf(node);
+bool isGiven(const DocumentInput& input) {
+    return input.from || (input.value && !input.value->empty());
+}
+
+/// @param withIdle whether inputs without wire and value count, too.
+ValueTexts valuesIn(const DocumentPlugin& plugin, const GraphNode& fresh, bool withIdle) {
+    ValueTexts values = valuesOf(fresh);
     for (const DocumentInput& input : plugin.inputs) {
-        if (input.value) {
+        if (input.value && (withIdle || isGiven(input) || values.contains(input.name))) {
             values[input.name] = *input.value;
+        } else if (withIdle || input.from) {
+            values.try_emplace(input.name);
         }
     }
+    return values;
+}
+
+/// Ports for the values in the document, or those of a new plug-in where the values cannot be used.
+void applyPorts(GraphNode& node, const DocumentPlugin& plugin, LoadWarnings& notes) {
     Ports ports;
-    const std::string reason = tryPorts(*QzBase::Part::of(node).kind, values, ports);
+    const std::string reason = tryPorts(*QzBase::Part::of(node).kind, valuesIn(plugin, node, false), ports);
     if (reason.empty()) {
         changePorts(node, ports, {});
     } else {
@@ -76,13 +90,43 @@ void applyValue(GraphNode& node, std::size_t position, const DocumentInput& inpu
     }
 }
 
-void applyValues(GraphNode& node, const DocumentPlugin& plugin, LoadWarnings& notes) {
+/// Inputs that the kind would have if they had a wire or a value. Nothing is lost without them.
+class IdleInputs {
+public:
+    /// @param fresh before its ports are those of the document.
+    IdleInputs(const DocumentPlugin& plugin, const GraphNode& fresh);
+
+    std::size_t countIn(const DocumentPlugin& plugin, const GraphNode& node) const;
+    bool contain(const DocumentInput& input) const;
+
+private:
+    Ports possible;
+};
+
+IdleInputs::IdleInputs(const DocumentPlugin& plugin, const GraphNode& fresh) {
+    const std::string reason = tryPorts(*QzBase::Part::of(fresh).kind, valuesIn(plugin, fresh, true), possible);
+    if (!reason.empty()) {
+        possible = {};
+    }
+}
+
+std::size_t IdleInputs::countIn(const DocumentPlugin& plugin, const GraphNode& node) const {
+    return static_cast<std::size_t>(std::ranges::count_if(
+        plugin.inputs, [&](const DocumentInput& input) { return node.InputIndex(input.name) < 0 && contain(input); }));
+}
+
+bool IdleInputs::contain(const DocumentInput& input) const {
+    const bool isPossible = std::ranges::find(possible.inputs, input.name, &InputSpec::name) != possible.inputs.end();
+    return isPossible && !isGiven(input) && input.foreign.empty();
+}
+
+void applyValues(GraphNode& node, const DocumentPlugin& plugin, const IdleInputs& idle, LoadWarnings& notes) {
     UnknownFields& unknownFields = QzBase::Part::of(node).unknownFields;
     for (const DocumentInput& input : plugin.inputs) {
         const int position = node.InputIndex(input.name);
         if (position >= 0) {
             applyValue(node, static_cast<std::size_t>(position), input, notes);
-        } else {
+        } else if (!idle.contain(input)) {
             unknownFields.unknownInputs.push_back(input);
             unknownFields.unknownInputs.back().from.reset();
         }
@@ -103,11 +147,25 @@ void copyForeignFields(QzBase::Part& part, const DocumentPlugin& plugin) {
     }
 }
 
+/// A box keeps its head where the document has it: its position is that of its lower left corner.
+void raiseBy(GraphNode& node, std::size_t idleInputs) {
+    const std::size_t inputs = node.Inputs().size();
+    const std::size_t rows = std::max(inputs, node.Outputs().size());
+    const std::size_t formerRows = std::max(inputs + idleInputs, node.Outputs().size());
+    if (rows > 0) {
+        QzBase::Part::of(node).y +=
+            fullExtent(node).height / static_cast<float>(rows) * static_cast<float>(formerRows - rows);
+    }
+}
+
 std::unique_ptr<GraphNode> knownNode(QzManager& manager, std::size_t kind, const DocumentPlugin& plugin,
                                      const std::string& name, LoadWarnings& notes) {
     auto node = makeNode(manager, kind, name);
+    const IdleInputs idle(plugin, *node);
     applyPorts(*node, plugin, notes);
-    applyValues(*node, plugin, notes);
+    applyValues(*node, plugin, idle, notes);
+    QzBase::Part::of(*node).y = plugin.y;
+    raiseBy(*node, idle.countIn(plugin, *node));
     return node;
 }
 
@@ -142,7 +200,7 @@ std::unique_ptr<GraphNode> nodeFromDocument(QzManager& manager, const DocumentPl
     QzBase::Part& part = QzBase::Part::of(*node);
     copyForeignFields(part, plugin);
     part.x = plugin.x;
-    part.y = plugin.y;
+    part.y = part.kind ? part.y : plugin.y;
     part.isExpanded = !plugin.isCollapsed;
     return node;
 }

@@ -91,6 +91,7 @@ Pipeline pipelineOf(const QzManager& manager) {
     made.documentFolder = document.parent_path();
     made.resultsFolder = resultsFolder.empty() ? resultsFolderOf(document, owner.catalogue) : resultsFolder;
     made.isResultsFolderChosen = !resultsFolder.empty();
+    made.mayWriteAnywhere = owner.mayWriteAnywhere;
     return made;
 }
 
@@ -100,8 +101,8 @@ void setResultsFolder(QzManager& manager, const fs::path& folder) {
     owner.resultsFolder = folder.string();
 }
 
-void explainRuns(QzManager& manager, bool isAsked) {
-    QzManager::Part::of(manager).runs.explain(isAsked);
+void explainRuns(QzManager& manager, bool isWanted) {
+    QzManager::Part::of(manager).runs.explain(isWanted);
 }
 
 void configure(QzManager& manager, const ManagerConfig& config) {

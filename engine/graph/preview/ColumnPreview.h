@@ -21,8 +21,8 @@ struct PreviewedColumns {
 
 /// A preview of the table that a reader would read, in the background: its file may lie where no answer comes from.
 struct ColumnPreview {
-    std::string subject;                   ///< What is previewed; another preview is required when that has changed.
-    std::shared_ptr<BackgroundTask> work;  ///< Waited for before found is read.
+    std::string subject;  ///< Identifies the previewed file or object; a change requires another preview.
+    std::shared_ptr<BackgroundTask> work;           ///< Waited for before found is read.
     std::shared_ptr<const PreviewedColumns> found;  ///< Once the work has ended.
 };
 

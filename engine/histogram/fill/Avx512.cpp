@@ -27,11 +27,7 @@ struct CellIndices {
 /// Computes cells on an axis with bins of equal width.
 class ByStep {
 public:
-    explicit ByStep(const Steps& axis)
-        : shifted(_mm512_set1_pd(axis.shifted)),
-          perUnit(_mm512_set1_pd(axis.perUnit)),
-          top(_mm512_set1_pd(axis.top)),
-          bound(_mm512_set1_pd(axis.bound)) {}
+    explicit ByStep(const Steps& axis);
 
     CellIndices operator()(std::size_t /*at*/, __m512d x) const;
 
@@ -41,6 +37,12 @@ private:
     __m512d top;
     __m512d bound;
 };
+
+ByStep::ByStep(const Steps& axis)
+    : shifted(_mm512_set1_pd(axis.shifted)),
+      perUnit(_mm512_set1_pd(axis.perUnit)),
+      top(_mm512_set1_pd(axis.top)),
+      bound(_mm512_set1_pd(axis.bound)) {}
 
 inline CellIndices ByStep::operator()(std::size_t /*at*/, __m512d x) const {
     const __m512d whole = _mm512_set1_pd(wholeNumbers);
@@ -57,14 +59,16 @@ class Listed {
 public:
     explicit Listed(const std::uint32_t* known) : known(known) {}
 
-    CellIndices operator()(std::size_t at, __m512d x) const {
-        const __m256i cells = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(known + at));
-        return {_mm512_cvtepu32_epi64(cells), isFinite(x)};
-    }
+    CellIndices operator()(std::size_t at, __m512d x) const;
 
 private:
     const std::uint32_t* known;
 };
+
+CellIndices Listed::operator()(std::size_t at, __m512d x) const {
+    const __m256i cells = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(known + at));
+    return {_mm512_cvtepu32_epi64(cells), isFinite(x)};
+}
 
 /// The only row of a profile, whatever its value.
 struct OneRow {

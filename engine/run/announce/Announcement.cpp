@@ -230,7 +230,7 @@ void Announcement::ended(const RunReport& report) {
     write(event);
 }
 
-void Announcement::said(const std::string& line) {
+void Announcement::addMessage(const std::string& line) {
     write({{"event", "message"}, {"time", millisecondsNow()}, {"text", line}});
 }
 

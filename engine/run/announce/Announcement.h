@@ -42,7 +42,7 @@ public:
     void nodeFinished(const PipelineNode& node, const NodeReport& report) override;
     void ended(const RunReport& report) override;
     /// A line of the run's messages.
-    void said(const std::string& line);
+    void addMessage(const std::string& line);
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 constexpr std::size_t maxKept = 30;
 constexpr off_t maxMessageBytes = 1 << 20;
 constexpr const char* lookFile = "look";
-constexpr std::chrono::seconds longestLook{15};
+constexpr std::chrono::seconds maxLookTime{15};
 
 bool isOwnFolder(const fs::path& folder) {
     struct stat status {};
@@ -43,7 +43,7 @@ bool isAnnouncement(const std::string& name) {
 
 fs::path runtimeFolder() {
     const char* const base = std::getenv("XDG_RUNTIME_DIR");
-    if (base == nullptr || *base != '/') {
+    if (!base || *base != '/') {
         return {};
     }
     fs::path folder = fs::path(base) / "velmorak";
@@ -115,7 +115,7 @@ bool isLookedAt(const fs::path& folder) {
         return false;
     }
     const auto age = std::chrono::system_clock::now().time_since_epoch() - std::chrono::seconds(status.st_mtim.tv_sec);
-    return age < longestLook && age > -longestLook;
+    return age < maxLookTime && age > -maxLookTime;
 }
 
 void announceMessage(const std::string& sentence) noexcept {

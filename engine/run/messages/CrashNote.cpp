@@ -4,9 +4,11 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <csignal>
 #include <cstddef>
 #include <cstring>
+#include <utility>
 
 namespace velmorak {
 namespace {
@@ -76,19 +78,37 @@ void put(const char* text) {
     static_cast<void>(write(STDERR_FILENO, text, std::strlen(text)) < 0);
 }
 
+void putNote(int number) {
+    if (!currentTitle) {
+        return;
+    }
+    put("\n");
+    put(currentTitle);
+    put(" crashed (");
+    for (const CrashSignal& each : crashSignals) {
+        if (each.number == number) {
+            put(each.name);
+        }
+    }
+    put("); the program ends.\n");
+}
+
+/// Set by the first thread that crashes.
+std::atomic_flag hasCrashed = ATOMIC_FLAG_INIT;
+[[gnu::tls_model("initial-exec")]] thread_local bool isInHandler = false;
+
 extern "C" void nameCrash(int number) {
-    if (currentTitle) {
-        put("\n");
-        put(currentTitle);
-        put(" crashed (");
-        for (const CrashSignal& each : crashSignals) {
-            if (each.number == number) {
-                put(each.name);
+    if (!std::exchange(isInHandler, true)) {
+        if (hasCrashed.test_and_set()) {
+            // Another thread crashed before, and ends the program when its note is written.
+            for (;;) {
+                pause();
             }
         }
-        put("); the program ends.\n");
+        putNote(number);
     }
-    // The handler is reset by now; the signal stays blocked until this one returns, and then ends the program.
+    // The signal stays blocked until this handler returns, and then ends the program.
+    static_cast<void>(signal(number, SIG_DFL));
     raise(number);
 }
 
@@ -112,7 +132,7 @@ void nameCrashes() {
         }
         struct sigaction naming {};
         naming.sa_handler = &nameCrash;
-        naming.sa_flags = SA_ONSTACK | static_cast<int>(SA_RESETHAND);
+        naming.sa_flags = SA_ONSTACK;
         sigemptyset(&naming.sa_mask);
         sigaction(each.number, &naming, nullptr);
     }

@@ -1,5 +1,6 @@
 #include "run/messages/Messages.h"
 
+#include "run/messages/LongLine.h"
 #include "run/messages/Visible.h"
 
 #include <ostream>
@@ -17,7 +18,7 @@ Messages::Messages(std::ostream& stream, bool isTerminal, Clock clock)
     : stream(stream), isTerminal(isTerminal), clock(std::move(clock)), lastShown(this->clock()) {}
 
 void Messages::line(const std::string& text) {
-    write(visibleMessage(text) + "\n");
+    write(withoutLongLines(visibleMessage(text)) + "\n");
 }
 
 void Messages::lines(const std::string& title, const std::string& text) {
@@ -37,9 +38,9 @@ void Messages::write(const std::string& shown) {
     }
 }
 
-void Messages::tellTo(std::function<void(const std::string&)> told) {
+void Messages::setObserver(std::function<void(const std::string&)> observer) {
     const MutexLock lock(mutex);
-    also = std::move(told);
+    also = std::move(observer);
 }
 
 void Messages::beginProgress() {

@@ -31,7 +31,7 @@ public:
     void endProgress();
 
     /// Also gives each line, and each text as a whole, to this function; an empty one ends that.
-    void tellTo(std::function<void(const std::string&)> told);
+    void setObserver(std::function<void(const std::string&)> observer);
 
     /// Ignores all later calls.
     void silence();

@@ -13,7 +13,7 @@ struct NodeError {
 };
 
 /// Unwinds the threads of a run that was left behind.
-class LeftBehind {};
+class RunAbandoned {};
 
 /// Translates an exception from a kind into a message for the user.
 NodeError errorOf(const std::exception_ptr& exception);
@@ -24,7 +24,7 @@ std::optional<NodeError> errorIn(Work&& work) {
     try {
         work();
         return std::nullopt;
-    } catch (const LeftBehind&) {
+    } catch (const RunAbandoned&) {
         throw;
     } catch (...) {
         return errorOf(std::current_exception());

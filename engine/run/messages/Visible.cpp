@@ -1,8 +1,8 @@
 #include "run/messages/Visible.h"
 
-#include <fmt/format.h>
+#include <velmorak/Utf8.h>
 
-#include <algorithm>
+#include <fmt/format.h>
 
 namespace velmorak {
 namespace {
@@ -16,25 +16,12 @@ struct Character {
     bool isValid = false;
 };
 
-bool continues(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
-
 Character firstOf(std::string_view text) {
-    const auto lead = static_cast<unsigned char>(text.front());
-    if (lead < 0x80U) {
-        return {lead, 1, true};
+    const std::size_t length = characterBytes(text);
+    if (length == 0) {
+        return {static_cast<unsigned char>(text.front()), 1, false};
     }
-    const std::size_t length = lead >= 0xF0U && lead < 0xF5U ? 4 : lead >= 0xE0U ? 3 : lead >= 0xC2U ? 2 : 1;
-    if (length == 1 || lead >= 0xF5U || text.size() < length ||
-        !std::all_of(text.begin() + 1, text.begin() + static_cast<std::ptrdiff_t>(length), continues)) {
-        return {lead, 1, false};
-    }
-    char32_t code = lead & (0xFFU >> (length + 1));
-    for (const char byte : text.substr(1, length - 1)) {
-        code = (code << 6U) | (static_cast<unsigned char>(byte) & 0x3FU);
-    }
-    return {code, length, true};
+    return {codePointOf(text.substr(0, length)), length, true};
 }
 
 bool isControl(char32_t code) {
@@ -109,7 +96,7 @@ std::string shortened(const std::string& name) {
         return name;
     }
     std::size_t length = maxNameLength;
-    while (length > 0 && continues(name[length])) {
+    while (length > 0 && isContinuationByte(name[length])) {
         --length;
     }
     return name.substr(0, length) + "...";

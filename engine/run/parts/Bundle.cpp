@@ -42,36 +42,11 @@ class Bundling {
 public:
     Bundling(const fs::path& job, const std::atomic<bool>& stopping) : job(job), stopping(stopping) {}
 
-    void add(PlannedFile& file, bool isCopied) {
-        if (file.path.empty()) {
-            return;
-        }
-        const auto known = places.find(file.path);
-        if (known == places.end()) {
-            file.place = isCopied ? copied(file.path) : fs::path(file.path).lexically_relative(job).generic_string();
-            places.emplace(file.path, file.place);
-        } else {
-            file.place = known->second;
-        }
-        const std::optional<Digest> digest = hashes.of(file.path, stopping);
-        if (stopping) {
-            throw Stopped();
-        }
-        file.sha256 = digest ? hexOf(*digest) : "";  // A damaged file that the run goes on without.
-    }
+    void add(PlannedFile& file, bool isCopied);
 
 private:
     /// @return the place of a copy in the folder of the job.
-    std::string copied(const fs::path& path) {
-        const fs::path place = fs::path(inputsFolder) / fmt::format("{}-{}", ++copies, path.filename().string());
-        std::error_code error;
-        fs::copy_file(path, job / place, fs::copy_options::overwrite_existing, error);
-        if (error) {
-            throw Failure("the file " + velmorak::quoted(path.string()) +
-                          " cannot be copied to the folder of the job: " + error.message());
-        }
-        return place.generic_string();
-    }
+    std::string copied(const fs::path& path);
 
     const fs::path& job;
     const std::atomic<bool>& stopping;
@@ -79,6 +54,35 @@ private:
     std::map<std::string, std::string> places;  ///< By path.
     std::size_t copies = 0;
 };
+
+void Bundling::add(PlannedFile& file, bool isCopied) {
+    if (file.path.empty()) {
+        return;
+    }
+    const auto known = places.find(file.path);
+    if (known == places.end()) {
+        file.place = isCopied ? copied(file.path) : fs::path(file.path).lexically_relative(job).generic_string();
+        places.emplace(file.path, file.place);
+    } else {
+        file.place = known->second;
+    }
+    const std::optional<Digest> digest = hashes.of(file.path, stopping);
+    if (stopping) {
+        throw Stopped();
+    }
+    file.sha256 = digest ? hexOf(*digest) : "";  // A damaged file that the run goes on without.
+}
+
+std::string Bundling::copied(const fs::path& path) {
+    const fs::path place = fs::path(inputsFolder) / fmt::format("{}-{}", ++copies, path.filename().string());
+    std::error_code error;
+    fs::copy_file(path, job / place, fs::copy_options::overwrite_existing, error);
+    if (error) {
+        throw Failure("the file " + velmorak::quoted(path.string()) +
+                      " cannot be copied to the folder of the job: " + error.message());
+    }
+    return place.generic_string();
+}
 
 void writeList(const JobPlan& plan, std::size_t part, const fs::path& file) {
     std::ofstream list(file);

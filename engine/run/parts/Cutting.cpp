@@ -16,36 +16,41 @@ struct Piece {
 /// Of the chunks of a table that comes from no file.
 constexpr double bytesOfChunk = 1e6;
 /// A file that makes a range so much larger than its share is cut.
-constexpr double largestShare = 1.25;
+constexpr double maxShare = 1.25;
 
 class Pieces {
 public:
     Pieces(const std::vector<std::uint64_t>& bytes, std::size_t parts,
-           const std::function<std::uint64_t(std::uint64_t file)>& chunksOf) {
-        const double total = std::accumulate(bytes.begin(), bytes.end(), 0.0);
-        for (std::uint64_t file = 0; file < bytes.size(); ++file) {
-            const auto size = static_cast<double>(bytes[file]);
-            const bool isLarge = size == 0.0 || size > largestShare * total / static_cast<double>(parts);
-            if (parts > 1 && isLarge) {
-                addChunks(file, size, chunksOf(file));
-            } else {
-                all.push_back({{file, 0}, size});
-            }
-        }
-    }
+           const std::function<std::uint64_t(std::uint64_t file)>& chunksOf);
 
     const std::vector<Piece>& list() const { return all; }
 
 private:
-    void addChunks(std::uint64_t file, double size, std::uint64_t chunks) {
-        const double each = size == 0.0 ? bytesOfChunk : size / static_cast<double>(std::max<std::uint64_t>(1, chunks));
-        for (std::uint64_t chunk = 0; chunk < std::max<std::uint64_t>(1, chunks); ++chunk) {
-            all.push_back({{file, chunk}, each});
-        }
-    }
+    void addChunks(std::uint64_t file, double size, std::uint64_t chunks);
 
     std::vector<Piece> all;
 };
+
+Pieces::Pieces(const std::vector<std::uint64_t>& bytes, std::size_t parts,
+               const std::function<std::uint64_t(std::uint64_t file)>& chunksOf) {
+    const double total = std::accumulate(bytes.begin(), bytes.end(), 0.0);
+    for (std::uint64_t file = 0; file < bytes.size(); ++file) {
+        const auto size = static_cast<double>(bytes[file]);
+        const bool isLarge = size == 0.0 || size > maxShare * total / static_cast<double>(parts);
+        if (parts > 1 && isLarge) {
+            addChunks(file, size, chunksOf(file));
+        } else {
+            all.push_back({{file, 0}, size});
+        }
+    }
+}
+
+void Pieces::addChunks(std::uint64_t file, double size, std::uint64_t chunks) {
+    const double each = size == 0.0 ? bytesOfChunk : size / static_cast<double>(std::max<std::uint64_t>(1, chunks));
+    for (std::uint64_t chunk = 0; chunk < std::max<std::uint64_t>(1, chunks); ++chunk) {
+        all.push_back({{file, chunk}, each});
+    }
+}
 
 }  // namespace
 

@@ -33,13 +33,13 @@ std::string nameOf(std::size_t part) {
 std::string refusalOf(const PartIdentity& identity, const JobPlan& plan, std::size_t part, const fs::path& file) {
     const std::string name = "the part " + velmorak::quoted(file.string());
     if (identity.plan != plan.digest) {
-        return name + " belongs to another plan; remove it and do the part again";
+        return name + " belongs to another plan; remove it and run the part again";
     }
     if (identity.number != part + 1) {
         return fmt::format("{} is part {}; it has got the name of another one", name, identity.number);
     }
     if (identity.build != buildOf(plan)) {
-        return name + " was made by another build of the program; remove it and do the part again";
+        return name + " was made by another build of the program; remove it and run the part again";
     }
     return "";
 }

@@ -11,7 +11,7 @@
 namespace velmorak {
 
 /// The folder of a job: plan.json, for each part a file in parts/, or a note why it failed, in merged/ what parts of
-/// later rounds need of the earlier ones, and in nodes/ notes who does a part or did it.
+/// later rounds need of the earlier ones, and in nodes/ notes on which process computes a part.
 class JobFolder {
 public:
     explicit JobFolder(std::filesystem::path folder) : folder(std::move(folder)) {}
@@ -37,7 +37,7 @@ public:
     /// Notes why a part failed. Never throws: the note is only for people.
     void noteFailure(std::size_t part, const std::string& reason) const;
     void forgetFailure(std::size_t part) const;
-    /// Notes that this machine and process do the part now. Never throws: the note is only for people.
+    /// Notes that this machine and process compute the part now. Never throws: the note is for people only.
     void noteWorker(std::size_t part) const;
     void forgetWorker(std::size_t part) const;
     /// Removes incomplete files of programs that were killed.

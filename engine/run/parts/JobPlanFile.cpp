@@ -1,8 +1,6 @@
 #include "run/parts/JobPlan.h"
 
 #include "run/record/WholeFile.h"
-#include "run/results/ResultsPlace.h"
-#include "store/AtomicFile.h"
 #include "store/Sha256.h"
 
 #include <velmorak/Failure.h>
@@ -79,7 +77,7 @@ std::string hexOfBytes(const std::string& bytes) {
     return hex;
 }
 
-/// What is no digit counts as 0: the plan has a digest, and the bytes have a checksum.
+/// Other characters count as 0: the plan has a digest, and the bytes have a checksum.
 std::string bytesFromHex(const std::string& hex) {
     const auto digit = [](char c) {
         const std::size_t at = hexDigits.find(c);
@@ -279,9 +277,7 @@ void writePlan(const fs::path& file, JobPlan& plan) {
     plan.digest = digestOf(json);
     json[key::digest] = plan.digest;
     try {
-        AtomicFile written(file, std::string(temporaryMark));
-        written.write(json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n");
-        written.commit();
+        replaceFile(file, json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n");
     } catch (const std::system_error& error) {
         throw Failure("the plan " + velmorak::quoted(file.string()) + " cannot be written: " + error.code().message());
     }

@@ -95,7 +95,7 @@ private:
     std::size_t part;
     std::vector<bool> isNeeded;  ///< By node.
     std::vector<bool> isTarget;  ///< By node.
-    /// Paths that this part reads from their beginnings, with what is planned of each.
+    /// Paths that this part reads from their beginnings, with the plan of each.
     std::map<std::string, const PlannedFile*> ownFiles;
     std::set<std::string> allFiles;  ///< Paths that some part reads.
     std::set<std::size_t> passed;    ///< Earlier passes.

@@ -247,7 +247,7 @@ std::optional<PartRecord> PartReader::next() {
 
 void PartReader::refuse() const {
     throw Failure("the part " + velmorak::quoted(path.string()) +
-                  " is damaged or cut off; remove it and do the part again");
+                  " is damaged or cut off; remove it and run the part again");
 }
 
 }  // namespace velmorak

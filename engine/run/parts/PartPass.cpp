@@ -28,8 +28,7 @@ bool writesRows(const RunState& state, const Operator& op) {
 /// Writes one range of one pass.
 class PassExport {
 public:
-    PassExport(RunState& state, StreamPass& pass, const PassRange& range, PartWriter& writer)
-        : state(state), pass(pass), range(range), writer(writer) {}
+    PassExport(RunState& state, StreamPass& pass, const PassRange& range, PartWriter& writer);
 
     /// @return why the rows cannot be read.
     std::string prepare();
@@ -48,6 +47,9 @@ private:
     PartWriter& writer;
     std::vector<bool> isLeftOut;
 };
+
+PassExport::PassExport(RunState& state, StreamPass& pass, const PassRange& range, PartWriter& writer)
+    : state(state), pass(pass), range(range), writer(writer) {}
 
 std::string PassExport::prepare() {
     pass.prepare();
@@ -122,21 +124,14 @@ std::string PassExport::give(Operator& op) {
 /// Puts the states of parts together.
 class PassImport {
 public:
-    PassImport(RunState& state, StreamPass& pass) : state(state), pass(pass) {
-        for (std::size_t i = 0; i < pass.operators().size(); ++i) {
-            Operator& op = pass.operators().at(i);
-            if (!op.isDropped) {
-                operators.emplace(Place{state.node(op.node).name, op.parents.front().firstSegment}, &op);
-            }
-        }
-    }
+    PassImport(RunState& state, StreamPass& pass);
 
     void add(const std::filesystem::path& file);
     /// What all parts so far know: the rows of all of them, and each file once.
     PartSummary summary() const;
 
 private:
-    using Place = std::pair<std::string, std::size_t>;
+    using OperatorKey = std::pair<std::string, std::size_t>;
 
     void add(PartRecord record);
     void addFiles(const PartSummary& summary);
@@ -144,10 +139,19 @@ private:
 
     RunState& state;
     StreamPass& pass;
-    std::map<Place, Operator*> operators;      ///< That are at work, by plug-in and first segment.
-    std::map<std::string, PartInput> files;    ///< By path.
-    std::map<std::string, PartInput> skipped;  ///< By plug-in and path.
+    std::map<OperatorKey, Operator*> operators;  ///< That are at work, by plug-in and first segment.
+    std::map<std::string, PartInput> files;      ///< By path.
+    std::map<std::string, PartInput> skipped;    ///< By plug-in and path.
 };
+
+PassImport::PassImport(RunState& state, StreamPass& pass) : state(state), pass(pass) {
+    for (std::size_t i = 0; i < pass.operators().size(); ++i) {
+        Operator& op = pass.operators().at(i);
+        if (!op.isDropped) {
+            operators.emplace(OperatorKey{state.node(op.node).name, op.parents.front().firstSegment}, &op);
+        }
+    }
+}
 
 void PassImport::add(const std::filesystem::path& file) {
     PartReader reader(file);
@@ -164,7 +168,7 @@ void PassImport::add(const std::filesystem::path& file) {
 void PassImport::add(PartRecord record) {
     const auto found = operators.find({record.plugin, record.segment});
     if (found == operators.end() || !found->second->accumulation) {
-        return;  // Not needed for what is computed now.
+        return;  // No result of this pass needs it.
     }
     Operator& op = *found->second;
     record.piece.state = mustBe(op.accumulation->newState(), "state");

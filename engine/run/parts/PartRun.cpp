@@ -37,7 +37,7 @@ void PartRun::begin(RunState& runState, ResultCache& runCache, FileHashes& fileH
     writer.emplace(job.partFile(part), PartIdentity{plan.digest, part + 1, velmorak::buildOf(plan)});
 }
 
-/// The targets of the pass and what is upstream of them.
+/// The targets of the pass and everything upstream of them.
 void PartRun::findNeeded() {
     isNeeded.assign(state->runs.size(), false);
     isTarget.assign(state->runs.size(), false);

@@ -33,19 +33,7 @@ namespace fs = std::filesystem;
 /// A run that is planned but not executed.
 class Planning {
 public:
-    Planning(const Pipeline& pipeline, std::ostream& messages, const std::atomic<bool>& stopping)
-        : pipeline(pipeline),
-          stopping(stopping),
-          messages(messages, false),
-          ledger(pipeline),
-          state(pipeline, stopping, this->messages, ledger, nullptr),
-          planner(state) {
-        state.environment.fact = [this](const PipelineNode& node, const std::string& name,
-                                        const std::function<std::string()>& find) {
-            const auto known = facts.find({node.name, name});
-            return known != facts.end() ? known->second : facts[{node.name, name}] = find();
-        };
-    }
+    Planning(const Pipeline& pipeline, std::ostream& messages, const std::atomic<bool>& stopping);
 
     /// @throws Failure for the first plug-in that cannot run.
     void validate(const RunOutline& outline);
@@ -69,6 +57,20 @@ private:
     PassPlanner planner;
     std::map<std::pair<std::string, std::string>, std::string> facts;  ///< By plug-in and name.
 };
+
+Planning::Planning(const Pipeline& pipeline, std::ostream& messages, const std::atomic<bool>& stopping)
+    : pipeline(pipeline),
+      stopping(stopping),
+      messages(messages, false),
+      ledger(pipeline),
+      state(pipeline, stopping, this->messages, ledger, nullptr),
+      planner(state) {
+    state.environment.fact = [this](const PipelineNode& node, const std::string& name,
+                                    const std::function<std::string()>& find) {
+        const auto known = facts.find({node.name, name});
+        return known != facts.end() ? known->second : facts[{node.name, name}] = find();
+    };
+}
 
 PlannedFile plannedFile(const fs::path& path) {
     const std::optional<FileStamp> stamp = stampOf(path);
@@ -115,7 +117,7 @@ bool Planning::hasAllValues(std::size_t target) const {
         const std::vector<std::size_t>& upstream = state.plan.upstream(instance.node);
         return wholeTables(state, instance.node).empty() &&
                std::all_of(upstream.begin(), upstream.end(),
-                           [this](std::size_t feeder) { return state.plan.isStream(feeder); });
+                           [this](std::size_t producer) { return state.plan.isStream(producer); });
     });
 }
 

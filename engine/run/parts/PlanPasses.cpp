@@ -14,7 +14,7 @@ namespace velmorak {
 
 namespace {
 
-/// Stands for the rows of a stream that would have been collected.
+/// A placeholder for the rows of a stream that a run would collect.
 class RehearsedTable : public StoredTable {
 public:
     const Schema& schema() const override { return none; }
@@ -29,21 +29,7 @@ class Rehearsal {
 public:
     explicit Rehearsal(RunState& state) : state(state), planner(state) {}
 
-    RunOutline run() {
-        findNeeded();
-        for (const NodeRun& run : state.runs) {
-            outline.isNeeded.push_back(run.isNeeded);
-        }
-        evaluateReady();
-        for (auto targets = planner.nextTargets(); !targets.empty(); targets = planner.nextTargets()) {
-            addPass(targets);
-            for (const std::size_t target : targets) {
-                finish(target);
-            }
-            evaluateReady();
-        }
-        return std::move(outline);
-    }
+    RunOutline run();
 
 private:
     void findNeeded();
@@ -58,6 +44,22 @@ private:
     RunOutline outline;
     std::map<std::size_t, std::size_t> passOf;  ///< By accumulator.
 };
+
+RunOutline Rehearsal::run() {
+    findNeeded();
+    for (const NodeRun& run : state.runs) {
+        outline.isNeeded.push_back(run.isNeeded);
+    }
+    evaluateReady();
+    for (auto targets = planner.nextTargets(); !targets.empty(); targets = planner.nextTargets()) {
+        addPass(targets);
+        for (const std::size_t target : targets) {
+            finish(target);
+        }
+        evaluateReady();
+    }
+    return std::move(outline);
+}
 
 void Rehearsal::findNeeded() {
     for (bool isMore = true; isMore;) {

@@ -22,7 +22,7 @@ public:
     ColumnUse(RunState& state, SourceSet& sources, OperatorChain& chain);
 
     void findUsed();
-    void tell();
+    void apply();
 
 private:
     void markFor(std::size_t position);
@@ -30,7 +30,7 @@ private:
     const Columns& inputOf(const Operator::Parent& parent) const;
     void add(const Operator::Parent& parent, const Columns& needed);
     const RowOperation* onlyReaderOf(std::size_t segment) const;
-    void tellBounds();
+    void applyBounds();
 
     RunState& state;
     SourceSet& sources;
@@ -96,7 +96,7 @@ void ColumnUse::add(const Operator::Parent& parent, const Columns& needed) {
     unite(parent.op ? ofOperators[*parent.op] : ofSegments[parent.firstSegment], needed);
 }
 
-void ColumnUse::tell() {
+void ColumnUse::apply() {
     for (std::size_t segment = 0; segment < sources.size(); ++segment) {
         sources.selectColumns(segment, ofSegments[segment]);
     }
@@ -107,7 +107,7 @@ void ColumnUse::tell() {
             }
         }
     }
-    tellBounds();
+    applyBounds();
 }
 
 /// @return what the only operator that reads from the segment does with its rows; null if there are several, or if it
@@ -127,7 +127,7 @@ const RowOperation* ColumnUse::onlyReaderOf(std::size_t segment) const {
     return only;
 }
 
-void ColumnUse::tellBounds() {
+void ColumnUse::applyBounds() {
     for (std::size_t segment = 0; segment < sources.size(); ++segment) {
         if (const auto* const operation = dynamic_cast<const BoundedOperation*>(onlyReaderOf(segment))) {
             sources.leaveOutBeyond(segment, operation->bounds());
@@ -140,7 +140,7 @@ void ColumnUse::tellBounds() {
 void selectColumns(RunState& state, SourceSet& sources, OperatorChain& chain) {
     ColumnUse use(state, sources, chain);
     use.findUsed();
-    use.tell();
+    use.apply();
 }
 
 }  // namespace velmorak

@@ -52,7 +52,7 @@ void FileStates::begin(SourceSet& sourceSet, OperatorChain& operatorChain) {
         Operator& op = chain->at(i);
         if (op.accumulation) {
             const std::uint64_t first = sources->filesBefore(op.parents.front().firstSegment);
-            op.merger->tellFiles([this, i, first](std::uint64_t file, const AccumulatorState& whole) {
+            op.merger->setFileListener([this, i, first](std::uint64_t file, const AccumulatorState& whole) {
                 keep(i, static_cast<std::size_t>(first + file), whole);
             });
         }
@@ -69,7 +69,7 @@ bool FileStates::canBeUsed() const {
         const Operator& op = chain->at(i);
         const bool isUseful = op.hasChild || (op.accumulation && op.merger->hasFileStates());
         const bool seesAll = !op.accumulation || (op.sees(0) && op.sees(sources->size() - 1));
-        // The keys of states do not say what is in other tables.
+        // The keys of states do not cover other tables.
         const bool hasWhole = !wholeTables(state, op.node).empty();
         if (op.isDropped || op.countsRows || !isUseful || !seesAll || hasWhole) {
             return false;
@@ -375,7 +375,7 @@ void FileStates::give(std::size_t file) {
 }
 
 void FileStates::keep(std::size_t op, std::size_t file, const AccumulatorState& whole) {
-    if (costOfFile < disk.leastReadingTime() || !files[file].stamp || stampOf(files[file].path) != files[file].stamp ||
+    if (costOfFile < disk.minReadingTime() || !files[file].stamp || stampOf(files[file].path) != files[file].stamp ||
         isSkipped(file)) {
         return;
     }

@@ -85,7 +85,7 @@ private:
     OperatorChain* chain = nullptr;
     bool isUsed = false;
     std::vector<File> files;
-    std::vector<Digest> otherFiles;  ///< By segment: what is known of all files alike.
+    std::vector<Digest> otherFiles;  ///< By segment: the key that all files share.
     std::map<std::size_t, std::optional<Digest>> keysOfNodes;
     std::map<std::size_t, Digest> keysOfOperators;
     std::optional<std::size_t> current;              ///< File whose chunks are committed.

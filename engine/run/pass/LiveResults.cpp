@@ -13,17 +13,15 @@ namespace {
 constexpr std::size_t maxCells = 40000;
 
 /// For a kind that is prepared a second time: its warnings were given, and it makes no files.
-class LookContext : public RunContext {
+class SnapshotContext : public RunContext {
 public:
-    LookContext(std::string name, const std::atomic<bool>& stopping) : name(std::move(name)), stopping(stopping) {}
+    SnapshotContext(std::string name, const std::atomic<bool>& stopping) : name(std::move(name)), stopping(stopping) {}
 
     bool isStopping() const override { return stopping; }
     const std::string& pluginName() const override { return name; }
     std::filesystem::path inputFile(const std::string&) const override { throw noFiles(); }
     std::filesystem::path commandLineAida() const override { return {}; }
-    void writeResult(const std::string&, const std::function<void(const std::filesystem::path&)>&) override {
-        throw noFiles();
-    }
+    void writeResult(const std::string&, const std::function<void(const std::filesystem::path&)>&) override;
     std::unique_ptr<ResultFile> beginResult(const std::string&) override { throw noFiles(); }
     void warn(const std::string& /*sentence*/) override {}
 
@@ -33,6 +31,10 @@ private:
     std::string name;
     const std::atomic<bool>& stopping;
 };
+
+void SnapshotContext::writeResult(const std::string&, const std::function<void(const std::filesystem::path&)>&) {
+    throw noFiles();
+}
 
 bool isDrawable(const PipelineNode& node) {
     return std::any_of(node.outputs.begin(), node.outputs.end(), [](const OutputSpec& output) {
@@ -66,7 +68,7 @@ std::unique_ptr<AccumulatorState> copyOf(const StateMerger& merger, const Accumu
 
 std::size_t cellsOf(const Value& value) {
     const auto* const object = std::get_if<DataObjectPtr>(&value);
-    if (object == nullptr || !*object) {
+    if (!object || !*object) {
         return 0;
     }
     return visit(**object, overloaded{
@@ -81,7 +83,7 @@ std::size_t cellsOf(const Value& value) {
 }  // namespace
 
 void LiveResults::update() {
-    if (state.listener == nullptr || !state.listener->isLookDue()) {
+    if (!state.listener || !state.listener->isLookDue()) {
         return;
     }
     const auto begin = std::chrono::steady_clock::now();
@@ -103,7 +105,7 @@ std::optional<ResultsSoFar> LiveResults::resultsOf(std::size_t position) {
     const Operator& op = chain.at(position);
     const PipelineNode& node = state.node(op.node);
     const auto* const kind = dynamic_cast<const Accumulator*>(node.kind);
-    if (kind == nullptr || large.contains(op.node)) {
+    if (!kind || large.contains(op.node)) {
         return std::nullopt;
     }
     NodeResults results(node.outputs);
@@ -113,7 +115,7 @@ std::optional<ResultsSoFar> LiveResults::resultsOf(std::size_t position) {
             large.insert(op.node);
             return;
         }
-        LookContext context(node.name, state.stopping);
+        SnapshotContext context(node.name, state.stopping);
         const NodeArguments arguments = state.arguments(op.node);
         const std::unique_ptr<Accumulation> accumulation = prepared(*kind, arguments, schema, context);
         accumulation->finish(*copyOf(*op.merger, *accumulation, kind->name()), results);
@@ -128,7 +130,7 @@ bool LiveResults::isSmall(const Operator& op, const Accumulator& kind, const Sch
         return true;
     }
     NodeResults empty(state.node(op.node).outputs);
-    LookContext context(state.node(op.node).name, state.stopping);
+    SnapshotContext context(state.node(op.node).name, state.stopping);
     const NodeArguments arguments = state.arguments(op.node);
     (void)errorIn([&] {  // Some need rows.
         const std::unique_ptr<Accumulation> accumulation = prepared(kind, arguments, schema, context);

@@ -103,8 +103,8 @@ void MergeTree::endFile() {
         }
     } else if (!chunks.isEmpty()) {
         std::unique_ptr<AccumulatorState> whole = chunks.whole();
-        if (told) {
-            told(file, *whole);
+        if (fileListener) {
+            fileListener(file, *whole);
         }
         files.add({file, 0, std::move(whole)});
     }

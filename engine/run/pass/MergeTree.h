@@ -40,11 +40,11 @@ public:
     /// @throws std::logic_error if the node is not aligned or does not follow the previous one.
     void add(AlignedNode node);
     bool isEmpty() const { return nodes.empty(); }
-    /// Calls look with each state, in the order of their numbers.
-    template <typename Look>
-    void visit(const Look& look) const {
+    /// Calls visitor with each state, in the order of their numbers.
+    template <typename Visitor>
+    void visit(const Visitor& visitor) const {
         for (const AlignedNode& node : nodes) {
-            look(*node.state);
+            visitor(*node.state);
         }
     }
     /// @return one state of all numbers; null if there are none. Leaves the merger empty.
@@ -81,20 +81,20 @@ public:
     explicit MergeTree(ChunkPlace begin = {});
 
     /// Calls the listener with the state of each file whose chunks were all taken here.
-    void tellFiles(FileListener listener) { told = std::move(listener); }
+    void setFileListener(FileListener listener) { fileListener = std::move(listener); }
 
     /// @throws std::logic_error for a place that does not follow the previous one.
     void take(ChunkPlace place, std::unique_ptr<AccumulatorState> state);
     /// Takes the state of a whole file, or what release of another tree returned.
     void take(TreeNode part);
-    /// Calls look with each state that was not merged with others yet, in the order of their chunks.
-    template <typename Look>
-    void visit(const Look& look) const {
+    /// Calls visitor with each state that was not merged with others yet, in the order of their chunks.
+    template <typename Visitor>
+    void visit(const Visitor& visitor) const {
         for (const TreeNode& part : firstParts) {
-            look(*part.node.state);
+            visitor(*part.node.state);
         }
-        files.visit(look);
-        chunks.visit(look);
+        files.visit(visitor);
+        chunks.visit(visitor);
     }
     /// @return the state of all chunks; null if there are none. Leaves the tree empty.
     /// @throws std::logic_error if the tree does not begin with the first chunk.
@@ -112,7 +112,7 @@ private:
     AlignedMerger chunks;              ///< Of that file.
     std::vector<TreeNode> firstParts;  ///< Of the first file, if it begins elsewhere, and has ended.
     AlignedMerger files;               ///< That have ended.
-    FileListener told;
+    FileListener fileListener;
 };
 
 }  // namespace velmorak

@@ -55,9 +55,9 @@ void OperatorChain::add(const OperatorInstance& instance) {
     op->isCollecting = instance.isCollecting;
     std::size_t segment = instance.firstSegment;
     const std::vector<std::size_t> itself{instance.node};
-    for (const std::size_t feeder : instance.isCollecting ? itself : state.plan.tableInputs(instance.node)) {
-        Operator::Parent parent{segment, state.plan.segmentsOfOutput(feeder), std::nullopt, nullptr};
-        if (const auto found = positions.find({feeder, segment}); found != positions.end()) {
+    for (const std::size_t producer : instance.isCollecting ? itself : state.plan.tableInputs(instance.node)) {
+        Operator::Parent parent{segment, state.plan.segmentsOfOutput(producer), std::nullopt, nullptr};
+        if (const auto found = positions.find({producer, segment}); found != positions.end()) {
             parent.op = found->second;
             operators[found->second]->hasChild = true;
         }

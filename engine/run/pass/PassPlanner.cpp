@@ -98,11 +98,11 @@ std::set<std::size_t> PassPlanner::storedTablesToRead() const {
     while (!open.empty()) {
         const std::size_t at = open.back();
         open.pop_back();
-        for (const std::size_t feeder : state.plan.upstream(at)) {
-            if (state.plan.storesTable(feeder)) {
-                found.insert(feeder);
-            } else if (state.plan.isStream(feeder) && known.insert(feeder).second) {
-                open.push_back(feeder);
+        for (const std::size_t producer : state.plan.upstream(at)) {
+            if (state.plan.storesTable(producer)) {
+                found.insert(producer);
+            } else if (state.plan.isStream(producer) && known.insert(producer).second) {
+                open.push_back(producer);
             }
         }
     }
@@ -148,11 +148,11 @@ std::vector<OperatorInstance> PassPlanner::operatorsFor(const std::vector<std::s
             continue;
         }
         std::size_t segment = instance.firstSegment;
-        for (const std::size_t feeder : state.plan.tableInputs(instance.node)) {
-            if (!state.plan.storesTable(feeder)) {
-                open.push_back({feeder, segment});
+        for (const std::size_t producer : state.plan.tableInputs(instance.node)) {
+            if (!state.plan.storesTable(producer)) {
+                open.push_back({producer, segment});
             }
-            segment += state.plan.segmentsOfOutput(feeder);
+            segment += state.plan.segmentsOfOutput(producer);
         }
     }
     std::vector<OperatorInstance> operators(wanted.begin(), wanted.end());

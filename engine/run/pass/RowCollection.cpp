@@ -20,8 +20,7 @@ struct Piece {
 
 class CollectedRows : public StoredTable {
 public:
-    CollectedRows(Schema schema, std::shared_ptr<MemoryBudget> memory)
-        : columns(std::move(schema)), share(std::move(memory)) {}
+    CollectedRows(Schema schema, std::shared_ptr<MemoryBudget> memory);
 
     const Schema& schema() const override { return columns; }
     std::unique_ptr<TableReader> open() const override;
@@ -37,25 +36,30 @@ private:
     std::unique_ptr<ChunkFile> file;
 };
 
+CollectedRows::CollectedRows(Schema schema, std::shared_ptr<MemoryBudget> memory)
+    : columns(std::move(schema)), share(std::move(memory)) {}
+
 class CollectedRows::Reader : public TableReader {
 public:
     explicit Reader(const CollectedRows& table) : table(table) {}
 
     const Schema& schema() const override { return table.columns; }
-    bool next(Chunk& chunk) override {
-        if (at == table.pieces.size()) {
-            return false;
-        }
-        const Piece& piece = table.pieces[at++];
-        chunk.rows = piece.rows;
-        chunk.columns = piece.place ? table.file->read(*piece.place) : piece.columns;
-        return true;
-    }
+    bool next(Chunk& chunk) override;
 
 private:
     const CollectedRows& table;
     std::size_t at = 0;
 };
+
+bool CollectedRows::Reader::next(Chunk& chunk) {
+    if (at == table.pieces.size()) {
+        return false;
+    }
+    const Piece& piece = table.pieces[at++];
+    chunk.rows = piece.rows;
+    chunk.columns = piece.place ? table.file->read(*piece.place) : piece.columns;
+    return true;
+}
 
 std::unique_ptr<TableReader> CollectedRows::open() const {
     return std::make_unique<Reader>(*this);
@@ -82,18 +86,11 @@ void CollectedRows::append(const Chunk& chunk) {
 /// One chunk, or all chunks up to one.
 class CollectionState : public AccumulatorState {
 public:
-    CollectionState(const Schema& schema, std::shared_ptr<MemoryBudget> memory)
-        : table(std::make_shared<CollectedRows>(schema, std::move(memory))) {}
+    CollectionState(const Schema& schema, std::shared_ptr<MemoryBudget> memory);
 
     void fill(const Chunk& rows) override { chunk = rows; }
-    void merge(AccumulatorState& other) override {
-        settle();
-        table->append(static_cast<CollectionState&>(other).chunk);
-    }
-    std::shared_ptr<const StoredTable> result() {
-        settle();
-        return std::move(table);
-    }
+    void merge(AccumulatorState& other) override;
+    std::shared_ptr<const StoredTable> result();
 
 private:
     void settle() { table->append(std::exchange(chunk, {})); }
@@ -101,6 +98,19 @@ private:
     Chunk chunk;
     std::shared_ptr<CollectedRows> table;
 };
+
+CollectionState::CollectionState(const Schema& schema, std::shared_ptr<MemoryBudget> memory)
+    : table(std::make_shared<CollectedRows>(schema, std::move(memory))) {}
+
+void CollectionState::merge(AccumulatorState& other) {
+    settle();
+    table->append(static_cast<CollectionState&>(other).chunk);
+}
+
+std::shared_ptr<const StoredTable> CollectionState::result() {
+    settle();
+    return std::move(table);
+}
 
 }  // namespace
 

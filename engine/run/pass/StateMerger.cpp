@@ -21,9 +21,9 @@ StateMerger::StateMerger(const Accumulation& accumulation, Accumulator::MergeOrd
     }
 }
 
-void StateMerger::tellFiles(const FileListener& listener) {
-    told = listener;
-    tree.tellFiles(listener);
+void StateMerger::setFileListener(const FileListener& listener) {
+    fileListener = listener;
+    tree.setFileListener(listener);
 }
 
 void StateMerger::take(ChunkPlace place, std::unique_ptr<AccumulatorState> state) {
@@ -82,8 +82,8 @@ void StateMerger::beginFile(std::uint64_t number) {
 
 void StateMerger::endFile() {
     if (gathered) {
-        if (told) {
-            told(file, *gathered);
+        if (fileListener) {
+            fileListener(file, *gathered);
         }
         tree.take({true, 0, {file, 0, std::move(gathered)}});
     }

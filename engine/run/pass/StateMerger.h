@@ -41,17 +41,17 @@ public:
 
     /// Whether files have states of their own.
     bool hasFileStates() const { return order != Order::FirstToLast; }
-    /// As MergeTree::tellFiles.
-    void tellFiles(const FileListener& listener);
+    /// As MergeTree::setFileListener.
+    void setFileListener(const FileListener& listener);
 
     void take(ChunkPlace place, std::unique_ptr<AccumulatorState> state);
     void take(StatePiece piece);
-    /// Calls look with each state that was not merged with others yet, in the order of their chunks.
-    template <typename Look>
-    void visit(const Look& look) const {
-        tree.visit(look);
+    /// Calls visitor with each state that was not merged with others yet, in the order of their chunks.
+    template <typename Visitor>
+    void visit(const Visitor& visitor) const {
+        tree.visit(visitor);
         if (gathered) {
-            look(*gathered);
+            visitor(*gathered);
         }
     }
     /// @return the state of the whole stream; a new one if none was taken. Leaves the merger empty.
@@ -73,7 +73,7 @@ private:
     PassRange range;
     std::function<void(StatePiece)> give;  ///< Empty: all chunks are merged here.
     MergeTree tree;
-    FileListener told;                           ///< Of files that are merged from first to last.
+    FileListener fileListener;                   ///< Of files that are merged from first to last.
     std::uint64_t file = 0;                      ///< That gathered is the state of.
     std::unique_ptr<AccumulatorState> gathered;  ///< From first to last: of the file so far, or of all rows.
 };

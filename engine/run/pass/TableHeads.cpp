@@ -29,7 +29,7 @@ TableHeads::TableHeads(RunState& state, const SourceSet& sources, OperatorChain&
     : state(state), sources(sources), chain(chain) {}
 
 void TableHeads::begin() {
-    if (state.listener == nullptr || !state.listener->wantsTables()) {
+    if (!state.listener || !state.listener->wantsTables()) {
         return;
     }
     for (std::size_t segment = 0; segment < sources.size(); ++segment) {
@@ -65,12 +65,12 @@ void TableHeads::take(ChunkTask& task) const {
     }
     // A copy that cannot be made is a picture less, no failure.
     (void)errorIn([&] {
-        if (task.isComplete && !task.error && wantedOf(sources.sourceOf(task.segment)) != nullptr) {
+        if (task.isComplete && !task.error && wantedOf(sources.sourceOf(task.segment))) {
             task.beginning = beginningOf(task.chunk);
         }
         for (std::size_t i = 0; i < chain.size(); ++i) {
             OperatorOutput& output = task.outputs[i];
-            if (output.table && !output.error && wantedOf(chain.at(i).node) != nullptr) {
+            if (output.table && !output.error && wantedOf(chain.at(i).node)) {
                 output.beginning = beginningOf(*output.table);
             }
         }
@@ -96,11 +96,11 @@ void TableHeads::append(std::size_t node, std::optional<Chunk> rows) {
     table.rows += rows->rows;
     table.head.pieces.push_back(std::move(*rows));
     if (table.rows >= wantedRows) {
-        tell(table);
+        publish(table);
     }
 }
 
-void TableHeads::tell(Table& table) {
+void TableHeads::publish(Table& table) {
     table.isWanted = false;
     --left;
     (void)errorIn([&] { state.listener->sawTable(table.head); });
@@ -109,7 +109,7 @@ void TableHeads::tell(Table& table) {
 void TableHeads::end() {
     for (const auto& [node, table] : tables) {
         if (table->isWanted && !table->head.pieces.empty()) {
-            tell(*table);
+            publish(*table);
         }
     }
 }

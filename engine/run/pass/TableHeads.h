@@ -38,7 +38,7 @@ private:
     void add(std::size_t node, const Schema& schema);
     const Table* wantedOf(std::size_t node) const;
     void append(std::size_t node, std::optional<Chunk> rows);
-    void tell(Table& table);
+    void publish(Table& table);
 
     RunState& state;
     const SourceSet& sources;

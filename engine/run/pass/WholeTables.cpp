@@ -22,16 +22,16 @@ bool takesWholeTable(const Plan& plan, const Pipeline& pipeline, std::size_t nod
 }
 
 std::vector<std::size_t> wholeTables(const RunState& state, std::size_t node) {
-    std::vector<std::size_t> feeders;
+    std::vector<std::size_t> upstream;
     if (state.plan.category(node) != KindCategory::RowWise) {
-        return feeders;
+        return upstream;
     }
     for (const PipelineInput& input : state.node(node).inputs) {
         if (takesWholeTable(state.plan, state.pipeline, node, input)) {
-            feeders.push_back(input.wire->node);
+            upstream.push_back(input.wire->node);
         }
     }
-    return feeders;
+    return upstream;
 }
 
 bool mustBeCollected(const RunState& state, std::size_t position) {
@@ -43,8 +43,8 @@ bool mustBeCollected(const RunState& state, std::size_t position) {
         if (!state.runs[consumer].isNeeded || state.runs[consumer].isFinal) {
             return false;
         }
-        const std::vector<std::size_t> feeders = wholeTables(state, consumer);
-        return std::find(feeders.begin(), feeders.end(), position) != feeders.end();
+        const std::vector<std::size_t> upstream = wholeTables(state, consumer);
+        return std::find(upstream.begin(), upstream.end(), position) != upstream.end();
     });
 }
 

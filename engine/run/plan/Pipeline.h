@@ -45,7 +45,8 @@ struct Pipeline {
     std::filesystem::path documentFolder;  ///< Searched first for relative input files; may be empty.
     std::filesystem::path resultsFolder;   ///< Created when the first result is written.
     bool isResultsFolderChosen =
-        false;  ///< Named by the user for this run; else the document's, which must not be a link.
+        false;                      ///< Named by the user for this run; else the document's, which must not be a link.
+    bool mayWriteAnywhere = false;  ///< Results may also be outside of the results folder.
     std::filesystem::path commandLineAida;  ///< Empty without one.
     std::filesystem::path document{};       ///< Path; empty for one that was never saved.
     std::string documentText{};             ///< As it would be saved now.

@@ -18,8 +18,8 @@ namespace {
 /// A limit, because concatenations that double a table again and again would read its source for ever. Any number of
 /// different tables may follow each other.
 std::size_t maxSegments(const Pipeline& pipeline) {
-    constexpr std::size_t leastLimit = 1000;
-    return std::max(leastLimit, pipeline.nodes.size());
+    constexpr std::size_t minLimit = 1000;
+    return std::max(minLimit, pipeline.nodes.size());
 }
 
 std::string article(const std::string& noun) {
@@ -99,15 +99,15 @@ void Plan::connect() {
             if (!input.wire || input.wire->node >= pipeline.nodes.size()) {
                 continue;
             }
-            const std::size_t feeder = input.wire->node;
+            const std::size_t producer = input.wire->node;
             // A node that already feeds this one by another input has it as the last of its consumers.
-            std::vector<std::size_t>& fed = consumersOf[feeder];
+            std::vector<std::size_t>& fed = consumersOf[producer];
             if (fed.empty() || fed.back() != node) {
-                upstreamOf[node].push_back(feeder);
+                upstreamOf[node].push_back(producer);
                 fed.push_back(node);
             }
             if (takesRows(node, input)) {
-                tables[node].push_back(feeder);
+                tables[node].push_back(producer);
             }
         }
     }
@@ -189,9 +189,10 @@ void Plan::findSegments() {
         if (categories[node] == KindCategory::Source) {
             segments = {node};
         } else {
-            for (const std::size_t feeder : tables[node]) {
-                const std::vector<std::size_t> stored{feeder};
-                const std::vector<std::size_t>& more = storesTable(feeder) ? stored : segmentLists[segmentsOf[feeder]];
+            for (const std::size_t producer : tables[node]) {
+                const std::vector<std::size_t> stored{producer};
+                const std::vector<std::size_t>& more =
+                    storesTable(producer) ? stored : segmentLists[segmentsOf[producer]];
                 segments.insert(segments.end(), more.begin(), more.end());
             }
         }
@@ -249,23 +250,23 @@ std::string Plan::inputError(std::size_t node, const PipelineInput& input) const
     if (input.wire->node >= pipeline.nodes.size()) {
         return "it is wired to a plug-in that does not exist";
     }
-    const PipelineNode& feeder = pipeline.nodes[input.wire->node];
+    const PipelineNode& producer = pipeline.nodes[input.wire->node];
     const OutputSpec* output = outputOf(*input.wire);
-    if (!feeder.kind) {
-        return "";  // The feeder fails with a better message.
+    if (!producer.kind) {
+        return "";  // The producer fails with a better message.
     }
     if (!output) {
-        return "\"" + feeder.name + "\" has no output \"" + input.wire->output + "\"";
+        return "\"" + producer.name + "\" has no output \"" + input.wire->output + "\"";
     }
     if (!mayFeed(output->type, spec.type)) {
-        return "output \"" + output->name + "\" of \"" + feeder.name + "\" is " + article(typeName(output->type)) +
+        return "output \"" + output->name + "\" of \"" + producer.name + "\" is " + article(typeName(output->type)) +
                ", where " + article(typeName(spec.type)) + " is needed";
     }
     const bool takesTables = categories[node] == KindCategory::RowWise ||
                              categories[node] == KindCategory::Concatenation ||
                              categories[node] == KindCategory::Accumulator;
     if (output->type == ValueType::Table && !takesTables) {
-        return "output \"" + output->name + "\" of \"" + feeder.name + "\" is a table, which this kind does not take";
+        return "output \"" + output->name + "\" of \"" + producer.name + "\" is a table, which this kind does not take";
     }
     return "";
 }
@@ -314,10 +315,10 @@ std::string Plan::cycleError(std::size_t node, const std::vector<bool>& isMember
     std::unordered_map<std::size_t, std::size_t> next;
     std::deque<std::size_t> reached{node};
     for (; !reached.empty() && !next.contains(node); reached.pop_front()) {
-        for (const std::size_t feeder : upstreamOf[reached.front()]) {
+        for (const std::size_t producer : upstreamOf[reached.front()]) {
             poll.step();
-            if (isMember[feeder] && next.emplace(feeder, reached.front()).second) {
-                reached.push_back(feeder);
+            if (isMember[producer] && next.emplace(producer, reached.front()).second) {
+                reached.push_back(producer);
             }
         }
     }

@@ -24,7 +24,7 @@ KindCategory categoryOf(const Kind* kind);
 /// list share a pass.
 class Plan {
 public:
-    /// @param pipeline outlives this, as does what isStopping refers to.
+    /// @param pipeline and anything that isStopping refers to outlive this.
     /// @param isStopping polled; empty: planning is never stopped.
     /// @throws Stopped
     explicit Plan(const Pipeline& pipeline, std::function<bool()> isStopping = {});

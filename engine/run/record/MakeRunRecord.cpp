@@ -14,9 +14,9 @@ std::vector<std::size_t> upstreamOf(const Plan& plan, std::size_t position) {
     std::vector<std::size_t> found{position};
     std::unordered_set<std::size_t> known{position};
     for (std::size_t i = 0; i < found.size(); ++i) {
-        for (const std::size_t feeder : plan.upstream(found[i])) {
-            if (known.insert(feeder).second) {
-                found.push_back(feeder);
+        for (const std::size_t producer : plan.upstream(found[i])) {
+            if (known.insert(producer).second) {
+                found.push_back(producer);
             }
         }
     }

@@ -2,8 +2,6 @@
 
 #include "run/record/Version.h"
 #include "run/record/WholeFile.h"
-#include "run/results/ResultsPlace.h"
-#include "store/AtomicFile.h"
 #include "store/Sha256.h"
 
 #include <velmorak/Failure.h>
@@ -301,9 +299,7 @@ std::string writeRunRecord(const fs::path& resultsFolder, const std::string& tex
     const fs::path path = resultsFolder / runRecordFileName;
     try {
         fs::create_directories(resultsFolder);
-        AtomicFile file(path, std::string(temporaryMark));
-        file.write(text);
-        file.commit();
+        replaceFile(path, text);
         return "";
     } catch (const std::system_error& error) {
         return "The record of the run cannot be written: " + path.string() + ": " + error.code().message();

@@ -1,5 +1,8 @@
 #include "run/record/WholeFile.h"
 
+#include "run/results/ResultsPlace.h"
+#include "store/AtomicFile.h"
+
 #include <velmorak/Failure.h>
 #include <velmorak/RegularFile.h>
 
@@ -22,6 +25,12 @@ std::string contentOf(const std::filesystem::path& file, const std::string& titl
     std::ostringstream content;
     content << stream.rdbuf();
     return content.str();
+}
+
+void replaceFile(const std::filesystem::path& file, std::string_view text) {
+    AtomicFile replaced(file, std::string(temporaryMark));
+    replaced.write(text);
+    replaced.commit();
 }
 
 }  // namespace velmorak

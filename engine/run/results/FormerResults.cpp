@@ -151,7 +151,7 @@ std::vector<FormerFile> FormerResults::missingNow() const {
     return all;
 }
 
-std::vector<FormerFile> FormerResults::settle(bool isGood) {
+std::vector<FormerFile> FormerResults::finish(bool isGood) {
     const MutexLock lock(mutex);
     std::vector<FormerFile> left;
     for (const auto& [name, plugin] : files) {

@@ -46,8 +46,8 @@ public:
     /// @return the files that have been moved and have not been made again.
     std::vector<FormerFile> missing() const;
     /// Ends the run. @param isGood no plug-in failed, and the run was not stopped.
-    /// @return what is in "former" now.
-    std::vector<FormerFile> settle(bool isGood);
+    /// @return the files in "former".
+    std::vector<FormerFile> finish(bool isGood);
 
 private:
     void read();

@@ -3,6 +3,8 @@
 #include "store/FolderListing.h"
 #include "store/StoreBytes.h"
 
+#include <velmorak/Text.h>
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -14,16 +16,12 @@ constexpr const char* unfinished = "it was not finished in the run before";
 
 constexpr std::uint64_t mark = 0x31'54'53'48'6b'6c'65'56;
 
-std::string quoted(const std::string& text) {
-    return "\"" + text + "\"";
-}
-
 std::string describe(const RunState& state, const PipelineInput& input) {
     if (!input.wire) {
         return input.value.empty() ? "nothing" : input.value;
     }
     const bool isThere = input.wire->node < state.runs.size();
-    return (isThere ? quoted(state.node(input.wire->node).name) : "nowhere") + " " + input.wire->output;
+    return (isThere ? velmorak::quoted(state.node(input.wire->node).name) : "nowhere") + " " + input.wire->output;
 }
 
 std::string titleOfFile(const NamedFile& file) {
@@ -53,7 +51,7 @@ std::string needOf(const RunState& state, std::size_t position) {
     if (state.plan.isStream(position) || state.plan.storesTable(position)) {
         for (const std::size_t consumer : state.plan.consumers(position)) {
             if (state.runs[consumer].isNeeded && state.runs[consumer].report.status != NodeStatus::Reused) {
-                return "its rows are needed by " + quoted(state.node(consumer).name);
+                return "its rows are needed by " + velmorak::quoted(state.node(consumer).name);
             }
         }
     }
@@ -83,9 +81,9 @@ void RunHistory::explain(RunState& state, ResultCache& cache) const {
             continue;
         }
         std::string reason = changeOf(state, position, cache);
-        for (const std::size_t feeder : state.plan.upstream(position)) {
-            if (reason.empty() && isChanged[feeder]) {
-                reason = quoted(state.node(feeder).name) + " changed";
+        for (const std::size_t producer : state.plan.upstream(position)) {
+            if (reason.empty() && isChanged[producer]) {
+                reason = velmorak::quoted(state.node(producer).name) + " changed";
             }
         }
         isChanged[position] = !reason.empty();

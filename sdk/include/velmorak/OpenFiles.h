@@ -13,27 +13,27 @@ namespace velmorak {
 class OpenFiles : public std::enable_shared_from_this<OpenFiles> {
 public:
     static constexpr std::size_t limit = 64;
-    /// A file counts as open until the last copy of its place is gone.
-    using Place = std::shared_ptr<void>;
+    /// A file counts as open until the last copy of its permit is gone.
+    using Permit = std::shared_ptr<void>;
 
     std::size_t count() const { return open; }
     /// Counts a file that must be opened, even beyond the limit.
-    Place take() {
+    Permit take() {
         ++open;
-        return placeOfOne();
+        return permit();
     }
     /// Counts a file that may also be opened later. @return null if so many are open already.
-    Place tryTake(std::size_t most) {
+    Permit tryTake(std::size_t most) {
         for (std::size_t now = open; now < most;) {
             if (open.compare_exchange_weak(now, now + 1)) {
-                return placeOfOne();
+                return permit();
             }
         }
         return nullptr;
     }
 
 private:
-    Place placeOfOne() {
+    Permit permit() {
         return {this, [self = shared_from_this()](void*) { --self->open; }};
     }
 

@@ -103,6 +103,8 @@ public:
     /// The value from the wire of an input of any other type; monostate if it is not wired.
     virtual const Value& value(const std::string& input) const = 0;
     virtual bool isWired(const std::string& input) const = 0;
+    /// @return whether the plug-in has the input, for inputs that depend on values.
+    virtual bool has(const std::string& input) const = 0;
     /// Of an input that mayFail: how the plug-in that feeds it failed, as a sentence; empty if it did not. The input
     /// has no value then, or one that Results::leave gave.
     virtual std::string whyMissing(const std::string& /*input*/) const { return {}; }

@@ -187,7 +187,7 @@ std::pair<double, double> hardArguments(std::mt19937_64& random) {
             x = std::ldexp(uniform(0.5, 1.0), static_cast<int>(random() % 2098) - 1073);
             break;
         case 2:  // Where the intervals of the table meet.
-            x = __builtin_bit_cast(double, leastBits + (random() % 64 << 46U) + random() % 5 - 2);
+            x = __builtin_bit_cast(double, minBits + (random() % 64 << 46U) + random() % 5 - 2);
             break;
         default:
             x = std::exp(uniform(-5.0, 5.0));
@@ -200,17 +200,17 @@ std::pair<double, double> hardArguments(std::mt19937_64& random) {
 TEST(Pow, isAccurateWhereItIsHard) {
     std::mt19937_64 random(4711);
     double most = 0.0;
-    double mostOfNormal = 0.0;
+    double maxOfNormal = 0.0;
     for (int i = 0; i < 200'000; ++i) {
         const auto [x, y] = hardArguments(random);
         const Quad truth = powq(x, y);
         const double ulps = ulpsFrom(truth, pow(x, y));
         ASSERT_LE(ulps, 0.8) << std::hexfloat << x << ", " << y;
         most = std::max(most, ulps);
-        mostOfNormal = truth >= 0x1p-1022 ? std::max(mostOfNormal, ulps) : mostOfNormal;
+        maxOfNormal = truth >= 0x1p-1022 ? std::max(maxOfNormal, ulps) : maxOfNormal;
     }
-    EXPECT_LE(mostOfNormal, 0.6);
-    std::cout << "pow: at most " << most << " ulp, " << mostOfNormal << " where the power is normal\n";
+    EXPECT_LE(maxOfNormal, 0.6);
+    std::cout << "pow: at most " << most << " ulp, " << maxOfNormal << " where the power is normal\n";
 }
 
 TEST(Pow, hasTheSameBitsInAllFormsWhereTheyChangeTheirMethod) {
@@ -248,7 +248,7 @@ TEST(PowerTables, holdLogarithmsAndRoots) {
         EXPECT_EQ(std::fmod(logarithmHeads[i], 0x1p-42), 0.0) << i;
         // Both ends of the interval are exact when reduced: multiples of 2^-59 below 2^-6.
         for (const std::uint64_t offset : {std::uint64_t{0}, std::uint64_t{0x00003fffffffffff}}) {
-            const double m = __builtin_bit_cast(double, leastBits + (static_cast<std::uint64_t>(i) << 46U) + offset);
+            const double m = __builtin_bit_cast(double, minBits + (static_cast<std::uint64_t>(i) << 46U) + offset);
             const double r = std::fma(m, inverses[i], -1.0);
             EXPECT_EQ(r, static_cast<Quad>(m) * inverses[i] - 1) << i;
             EXPECT_EQ(unfused(m, inverses[i], -1.0), r) << i;

@@ -86,12 +86,16 @@ int main() {
         {"log10", &Loops::log10}, {"log1p", &Loops::log1p}, {"log2", &Loops::log2},     {"sin", &Loops::sin},
         {"sinh", &Loops::sinh},   {"tan", &Loops::tan},     {"tanh", &Loops::tanh},     {"tgamma", &Loops::tgamma}};
     for (const auto& [name, loop] : ofOne) {
-        print(name, [&](const double* x, const double*, double* out) { (loops.*loop)(x, blockSize, out); });
+        print(name, [&loops, member = loop](const double* x, const double*, double* out) {
+            (loops.*member)(x, blockSize, out);
+        });
     }
     constexpr std::pair<const char*, velmorak::elementary::LoopOfTwo Loops::*> ofTwo[] = {
         {"atan2", &Loops::atan2}, {"hypot", &Loops::hypot}, {"pow", &Loops::pow}};
     for (const auto& [name, loop] : ofTwo) {
-        print(name, [&](const double* x, const double* y, double* out) { (loops.*loop)(x, y, blockSize, out); });
+        print(name, [&loops, member = loop](const double* x, const double* y, double* out) {
+            (loops.*member)(x, y, blockSize, out);
+        });
     }
     print("digamma", [](const double* x, const double*, double* out) {
         for (std::size_t i = 0; i < blockSize; ++i) {

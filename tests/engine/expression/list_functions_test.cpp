@@ -12,8 +12,6 @@
 namespace velmorak {
 namespace {
 
-constexpr double missing = std::numeric_limits<double>::quiet_NaN();
-
 /// Lists of numbers as rows of values, so that a test reads as what it expects.
 template <typename T>
 using Rows = std::vector<std::vector<T>>;

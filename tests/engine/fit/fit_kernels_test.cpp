@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -44,6 +45,18 @@ bool areSame(const Values& a, const Values& b) {
         }
     }
     return true;
+}
+
+TEST(FitKernels, fillAsManyValuesAsAsked) {
+    for (const FitKernels* kernels : runnableKernels()) {
+        for (std::size_t count = 0; count <= maxPoints; ++count) {
+            Values values(maxPoints + 1, 7.0);
+            kernels->fill(-0.0, count, values.data());
+            Values expected(maxPoints + 1, 7.0);
+            std::fill_n(expected.begin(), count, -0.0);
+            EXPECT_TRUE(areSame(values, expected)) << count;
+        }
+    }
 }
 
 TEST(FitKernels, sumToTheBitsOfTheCommonOnes) {

@@ -9,6 +9,8 @@
 #include <velmorak/Failure.h>
 #include <velmorak/FunctionValues.h>
 
+#include "fit/Model.h"
+
 namespace velmorak {
 namespace {
 
@@ -91,6 +93,18 @@ TEST(FitModel, refusesWhatItsFunctionCouldNotSay) {
     EXPECT_THAT(refusal(repeated("2^", 300) + "x"), HasSubstr(reason));
     EXPECT_EQ(refusal(repeated("(", 200) + "x" + repeated(")", 200)), "nothing failed");
     EXPECT_THAT(refusal(repeated("(", 201) + "x" + repeated(")", 201)), HasSubstr("at most 200 nested parentheses"));
+}
+
+TEST(FitModel, boundsTheLengthOfItsFormulaWithoutWritingIt) {
+    for (const std::string text :
+         {"gauss + pol1", "x", "1", "-1.7976931348623157e308*x", "x > a && !(x == 3) ? min(a, x, 1) : -x^2",
+          "(1/0)^-x - (-a - -b)/(2^-3*x)", "floor(2)*3 + round(x)*7 % 3", "atan2(-1e-300, hypot(a, -0.0))",
+          "pol9(pol2) + crystalball", "x >= a or x < 1 ? hypot(3, 4)*a : 2^-x", "`not`*x + `true`*abs(-2)*3"}) {
+        const FitModel model(text);
+        EXPECT_GE(fitting::formulaLengthBound(model.compiled()), fitting::formulaOf(model.compiled()).size()) << text;
+    }
+    EXPECT_LE(fitting::formulaLengthBound(FitModel("gauss + pol1").compiled()), 200U)
+        << "a short one need not be written";
 }
 
 TEST(FitModel, givesAFunctionAlsoOfNamesThatAreWords) {

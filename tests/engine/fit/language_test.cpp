@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <functional>
@@ -26,7 +27,7 @@ constexpr double inf = std::numeric_limits<double>::infinity();
 const std::vector<double> points{-1.7, -0.3, 0.0, 0.4, 1.0, 2.6, 1e300, inf, -inf, std::nan("")};
 
 /// A place for expressions of x and y. The text has X for the variable.
-struct Place {
+struct ExpressionUse {
     std::string name;
     std::string variable;
     std::function<std::vector<double>(const std::string& text)> values;  ///< At the points.
@@ -83,7 +84,7 @@ std::vector<double> inFittedFunction(const std::string& text) {
     return FunctionValues(model.function(std::vector<double>(model.parameters().size(), y)))(points);
 }
 
-std::vector<Place> allPlaces() {
+std::vector<ExpressionUse> allUses() {
     return {{"a column", "x", inColumn},
             {"numbers", "x", inNumbers},
             {"a model", "x", inModel},
@@ -115,7 +116,7 @@ std::string callOf(const Function& function) {
 
 void expectSameEverywhere(const std::string& text) {
     const std::vector<double> expected = inColumn(replaced(text, "x"));
-    for (const Place& place : allPlaces()) {
+    for (const ExpressionUse& place : allUses()) {
         const std::vector<double> values = place.values(replaced(text, place.variable));
         for (std::size_t i = 0; i < points.size(); ++i) {
             const bool isSame = std::bit_cast<std::uint64_t>(values[i]) == std::bit_cast<std::uint64_t>(expected[i]) ||
@@ -185,7 +186,7 @@ TEST(Language, hasEveryConstantInEveryPlace) {
     }
 }
 
-std::string refusalIn(const Place& place, const std::string& text) {
+std::string refusalIn(const ExpressionUse& place, const std::string& text) {
     try {
         place.values(replaced(text, place.variable));
         return "";
@@ -213,10 +214,85 @@ TEST(Language, refusesInEveryPlaceWithTheSameSentence) {
         {"X +", "the expression ends too early; a value is missing"},
         {"X < y < 1", "comparisons do not chain"}};
     for (const auto& [text, reason] : refused) {
-        for (const Place& place : allPlaces()) {
+        for (const ExpressionUse& place : allUses()) {
             EXPECT_THAT(refusalIn(place, text), HasSubstr(reason)) << text << " in " << place.name;
         }
     }
+}
+
+/// What a place makes of a text: values, or the sentence of a refusal without the place.
+struct Outcome {
+    std::vector<std::uint64_t> bits;
+    std::string sentence;
+};
+
+Outcome outcomeIn(const ExpressionUse& place, const std::string& text) {
+    Outcome outcome;
+    try {
+        for (const double value : place.values(replaced(text, place.variable))) {
+            outcome.bits.push_back(std::isnan(value) ? 0 : std::bit_cast<std::uint64_t>(value));
+        }
+    } catch (const Failure& failure) {
+        const std::string whole = failure.what();
+        outcome.sentence = whole.substr(0, whole.find('\n'));
+    }
+    return outcome;
+}
+
+/// @param usage such as "deltaPhi(phi1, phi2)".
+std::string callOf(const expression::NamedForm& form) {
+    std::string text = std::string(form.name) + "(X";
+    const auto arguments = std::count(form.usage.begin(), form.usage.end(), ',');
+    for (std::ptrdiff_t i = 0; i < arguments; ++i) {
+        text += i == 0 ? ", y" : ", 0." + std::to_string(i);
+    }
+    return text + ")";
+}
+
+TEST(Language, hasOrRefusesComposedFunctionsAndThoseOfListsAlikeInEveryPlace) {
+    for (const auto& forms : {expression::kinematicForms(), expression::missingForms(), expression::listForms()}) {
+        for (const expression::NamedForm& form : forms) {
+            if (form.name == "concat") {
+                continue;  // Makes a list of numbers; see below.
+            }
+            const std::string text = "y + " + callOf(form);
+            const Outcome expected = outcomeIn(allUses().front(), text);
+            for (const ExpressionUse& place : allUses()) {
+                const Outcome outcome = outcomeIn(place, text);
+                EXPECT_EQ(outcome.bits, expected.bits) << text << " in " << place.name;
+                EXPECT_THAT(outcome.sentence, HasSubstr(expected.sentence)) << text << " in " << place.name;
+            }
+        }
+    }
+}
+
+TEST(Language, refusesFunctionsOfTextsForNumbersInEveryPlaceWithTheSameSentence) {
+    int compared = 0;
+    for (const Function& function : expression::allFunctions()) {
+        if (function.rule != Rule::Texts || function.takes[0] != ColumnType::Text) {
+            continue;
+        }
+        const std::string text = callOf(function);
+        const std::string expected = outcomeIn(allUses().front(), text).sentence;
+        EXPECT_THAT(expected, HasSubstr("does not take a value of type real")) << text;
+        for (const ExpressionUse& place : allUses()) {
+            EXPECT_THAT(outcomeIn(place, text).sentence, HasSubstr(expected)) << text << " in " << place.name;
+            ++compared;
+        }
+    }
+    EXPECT_GE(compared, 40);
+}
+
+TEST(Language, hasTextsAndListsInAModelOnlyWhereTheyAreConstant) {
+    for (const char* text :
+         {"a*(if(x > 3, 'a', 'b') == 'a')", "a*length(if(x > 3, 'a', 'bcd'))", "a + isMissing(if(x > 3, '', 'b'))"}) {
+        EXPECT_THAT(refusalIn({"", "x", inModel}, text), HasSubstr("the model of a fit has no texts")) << text;
+    }
+    for (const char* text : {"concat(x, a)", "a*sum(concat(x, 1))", "a*concat(x, b)[0]", "gauss(x, concat(a, b), 1, 2)",
+                             "count(pairs(concat(x, a)))*a", "a*first(concat(1, 2), 0)", "a + concat(1, 2)"}) {
+        EXPECT_THAT(refusalIn({"", "x", inModel}, text), HasSubstr("the model of a fit has no lists")) << text;
+    }
+    EXPECT_EQ(refusalIn({"", "x", inModel}, "y*length('abc') + isMissing('') + ('a' < 'b')"), "");
 }
 
 TEST(Language, refusesAModelOfConstantsWithoutAResultBeforeItIsFitted) {
@@ -233,7 +309,7 @@ TEST(Language, refusesAWrongNumberOfArgumentsInEveryPlaceWithTheSameSentence) {
                                   : function->arguments == 2 ? "two values"
                                                              : "three values";
         const std::string name(function->name);
-        for (const Place& place : allPlaces()) {
+        for (const ExpressionUse& place : allUses()) {
             EXPECT_THAT(refusalIn(place, "y + " + name + "()"), HasSubstr("\"" + name + "\" takes " + count));
         }
     }

@@ -25,17 +25,17 @@ std::vector<std::string> idsOf(const Catalogue& catalogue) {
 TEST(Catalogue, kindsAreSortedByGroupAndName) {
     const Errors errors;
     const Catalogue catalogue({{TEST_COLLECTIONS}, {}}, "QzAnalysisFactory");
-    EXPECT_THAT(idsOf(catalogue),
-                ElementsAre("Drains/Drain", "Twice/Single", "Workbench/Letters", "Workbench/Pair", "Workbench/Waiter"));
+    EXPECT_THAT(idsOf(catalogue), ElementsAre("Drains/Drain", "TestCollection/Letters", "TestCollection/Pair",
+                                              "TestCollection/Waiter", "Twice/Single"));
 }
 
 TEST(Catalogue, aRecordNamesTheSharedObjectOfItsKind) {
     const Errors errors;
     const Catalogue catalogue({{TEST_COLLECTIONS}, {}}, "QzAnalysisFactory");
     const QzKind& pair = catalogue.kinds()[catalogue.find("Pair")];
-    EXPECT_EQ(pair.group, "Workbench");
-    EXPECT_EQ(pair.library, TEST_COLLECTIONS "/Workbench/Workbench.so");
-    EXPECT_EQ(pair.directory, TEST_COLLECTIONS "/Workbench/");
+    EXPECT_EQ(pair.group, "TestCollection");
+    EXPECT_EQ(pair.library, TEST_COLLECTIONS "/TestCollection/TestCollection.so");
+    EXPECT_EQ(pair.directory, TEST_COLLECTIONS "/TestCollection/");
     EXPECT_EQ(pair.summary, "Adds two numbers.");
     EXPECT_EQ(catalogue.kind(catalogue.find("Pair")).name(), "Pair");
     EXPECT_EQ(catalogue.find("Absent"), catalogue.kinds().size());
@@ -59,7 +59,7 @@ TEST(Catalogue, anotherFunctionNameFindsNothing) {
     const Errors errors;
     const Catalogue catalogue({{TEST_COLLECTIONS}, {}}, "OtherFactory");
     EXPECT_THAT(catalogue.kinds(), IsEmpty());
-    EXPECT_THAT(errors.text(), HasSubstr("Workbench.so is skipped: it does not offer OtherFactory."));
+    EXPECT_THAT(errors.text(), HasSubstr("TestCollection.so is skipped: it does not offer OtherFactory."));
 }
 
 TEST(Catalogue, aFolderThatIsNotThereOffersNothing) {
@@ -70,11 +70,11 @@ TEST(Catalogue, aFolderThatIsNotThereOffersNothing) {
 
 TEST(Catalogue, anEarlierFolderWinsWhereAKindIsOfferedTwice) {
     const Folder copies;
-    fs::create_directories(copies.path / "Workbench");
-    fs::copy(TEST_COLLECTIONS "/Workbench/Workbench.so", copies.path / "Workbench");
+    fs::create_directories(copies.path / "TestCollection");
+    fs::copy(TEST_COLLECTIONS "/TestCollection/TestCollection.so", copies.path / "TestCollection");
     const Errors errors;
     const Catalogue catalogue({{copies.path, TEST_COLLECTIONS}, {}}, "QzAnalysisFactory");
-    EXPECT_EQ(catalogue.kinds()[catalogue.find("Pair")].directory, (copies.path / "Workbench/").string());
+    EXPECT_EQ(catalogue.kinds()[catalogue.find("Pair")].directory, (copies.path / "TestCollection/").string());
     EXPECT_THAT(errors.text(), HasSubstr("The kind Pair of the collection " TEST_COLLECTIONS));
 }
 
@@ -82,6 +82,15 @@ TEST(Catalogue, theSameFolderTwiceIsReadOnce) {
     const Errors errors;
     const Catalogue catalogue({{TEST_COLLECTIONS, TEST_COLLECTIONS "/../collections"}, {}}, "QzAnalysisFactory");
     EXPECT_EQ(errors.lines(), 6);
+}
+
+TEST(LibraryConfig, onlyTheValue1AllowsToWriteAnywhere) {
+    EXPECT_FALSE(libraryConfigFromEnvironment().mayWriteAnywhere);
+    setenv("VELMORAK_WRITE_ANYWHERE", "yes", 1);
+    EXPECT_FALSE(libraryConfigFromEnvironment().mayWriteAnywhere);
+    setenv("VELMORAK_WRITE_ANYWHERE", "1", 1);
+    EXPECT_TRUE(libraryConfigFromEnvironment().mayWriteAnywhere);
+    unsetenv("VELMORAK_WRITE_ANYWHERE");
 }
 
 TEST(LibraryConfig, theEnvironmentComesBeforeWhatLiesBesideTheLibrary) {

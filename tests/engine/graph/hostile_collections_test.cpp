@@ -67,21 +67,21 @@ TEST_F(HostileCollection, thatEndsTheProgramIsSkippedAtTheNextStart) {
 TEST_F(HostileCollection, isLoadedAgainWhenItsFileIsReplaced) {
     const fs::path object = put(TEST_HOSTILE "/Exits/Exits/Exits.so");
     EXPECT_EXIT(load(), testing::ExitedWithCode(0), "");
-    fs::copy_file(TEST_COLLECTIONS "/Workbench/Workbench.so", object, fs::copy_options::overwrite_existing);
+    fs::copy_file(TEST_COLLECTIONS "/TestCollection/TestCollection.so", object, fs::copy_options::overwrite_existing);
     const Errors errors;
     EXPECT_EQ(load().kinds().size(), 4U);
     EXPECT_EQ(errors.text(), "");
 }
 
 TEST_F(HostileCollection, leavesNoNoteWhenItCouldBeLoaded) {
-    const fs::path object = put(TEST_COLLECTIONS "/Workbench/Workbench.so");
+    const fs::path object = put(TEST_COLLECTIONS "/TestCollection/TestCollection.so");
     const Errors errors;
     EXPECT_EQ(load().kinds().size(), 4U);
     EXPECT_TRUE(fs::is_empty(notes));
 }
 
 TEST_F(HostileCollection, isLoadedWithoutANoteWhereNoneCanBeWritten) {
-    put(TEST_COLLECTIONS "/Workbench/Workbench.so");
+    put(TEST_COLLECTIONS "/TestCollection/TestCollection.so");
     notes = folder.write("file", "");
     const Errors errors;
     EXPECT_EQ(load().kinds().size(), 4U);
@@ -89,20 +89,20 @@ TEST_F(HostileCollection, isLoadedWithoutANoteWhereNoneCanBeWritten) {
 }
 
 TEST_F(HostileCollection, thatIsTruncatedAnywhereIsSkipped) {
-    const fs::path object = put(TEST_COLLECTIONS "/Workbench/Workbench.so");
+    const fs::path object = put(TEST_COLLECTIONS "/TestCollection/TestCollection.so");
     // What the loader maps ends before the tables for debuggers and linkers do.
     for (const std::uintmax_t size : {0U, 1U, 63U, 64U, 100U, 4096U, 8192U}) {
         fs::resize_file(object, size);
         const Errors errors;
         EXPECT_THAT(load().kinds(), IsEmpty()) << size;
-        EXPECT_THAT(errors.text(), HasSubstr("Workbench.so is skipped: it is ")) << size;
+        EXPECT_THAT(errors.text(), HasSubstr("TestCollection.so is skipped: it is ")) << size;
         EXPECT_EQ(errors.lines(), 1);
-        put(TEST_COLLECTIONS "/Workbench/Workbench.so");
+        put(TEST_COLLECTIONS "/TestCollection/TestCollection.so");
     }
 }
 
 TEST_F(HostileCollection, thatIsOverwrittenWhileItIsLoadedDoesNoHarm) {
-    const fs::path object = put(TEST_COLLECTIONS "/Workbench/Workbench.so");
+    const fs::path object = put(TEST_COLLECTIONS "/TestCollection/TestCollection.so");
     const Errors errors;
     const Catalogue catalogue = load();
     fs::resize_file(object, 0);

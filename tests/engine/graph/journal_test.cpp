@@ -207,9 +207,9 @@ TEST_F(UnsavedPipeline, ofAnEarlierProgramIsAnnounced) {
     std::ofstream(journals() / "20260101T000000Z-1-1.origin") << "";
     const Errors errors;
     const QzManager next("QzAnalysisFactory");
-    EXPECT_EQ(
-        errors.text(),
-        "A document was not saved when the program ended unexpectedly; velmorak-recover brings back what is left.\n");
+    EXPECT_EQ(errors.text(),
+              "A document was not saved when the program ended unexpectedly; velmorak-recover lists and restores "
+              "unsaved documents.\n");
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ protected:
         const auto& waiter = catalogue.kind(catalogue.find("Waiter"));
         dladdr(&typeid(waiter), &loaded);
         void* const collection = dlopen(loaded.dli_fname, RTLD_NOW | RTLD_NOLOAD);
-        auto* const count = static_cast<std::atomic<int>*>(dlsym(collection, "workbenchWaiting"));
+        auto* const count = static_cast<std::atomic<int>*>(dlsym(collection, "waitersRunning"));
         dlclose(collection);
         return *count;
     }

@@ -88,6 +88,8 @@ TEST(FunctionValues, refuseWhatTheyDoNotUnderstandByName) {
                 HasSubstr(R"(no value for its parameter "a")"));
     EXPECT_THAT(refusalOf(function("codelet:p:verbatim:jel : 1 : 2*+ : : null")), HasSubstr("value is missing"));
     EXPECT_THAT(refusalOf(function("codelet:p:verbatim:jel : 1 : 'a' : : null")), HasSubstr("gives a text"));
+    EXPECT_THAT(refusalOf(function("codelet:p:verbatim:jel : 1 : concat(x[0], 1) : : null")),
+                HasSubstr("gives a list"));
     EXPECT_THAT(refusalOf(function("codelet:p:verbatim:jel : 1 ")), HasSubstr("no codelet of the form"));
     FunctionObject normalised = function("P0", {{"p0", 1.0}});
     normalised.isNormalized = true;

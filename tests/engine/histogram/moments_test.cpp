@@ -22,7 +22,8 @@ struct Sample {
     std::vector<double> x;
     std::vector<double> y;
     std::vector<double> w;
-    std::size_t strange = 0;  ///< Number of fills with a NaN.
+    std::size_t strange = 0;        ///< Number of fills with a NaN.
+    bool hasInfiniteValue = false;  ///< Among y, where x is in range.
 };
 
 /// Numbers around an offset of up to 1e15, with a spread that doubles of this size resolve.
@@ -65,13 +66,24 @@ public:
             sample.strange += std::isnan(sample.x[i]) || std::isnan(sample.y[i]) || std::isnan(sample.w[i]) ? 1 : 0;
         }
     }
+    /// Fills with an infinite coordinate lie outside of every range.
+    void addInfinities(Sample& sample) {
+        for (int i = 0; i < 3; ++i) {
+            sample.x[below(sample.x.size())] = random() % 2 == 0 ? infinity : -infinity;
+        }
+        if (random() % 2 == 0) {
+            const std::size_t place = below(sample.y.size());
+            sample.y[place] = random() % 2 == 0 ? infinity : -infinity;
+            sample.hasInfiniteValue = std::isfinite(sample.x[place]);
+        }
+    }
     std::size_t below(std::size_t count) { return random() % count; }
 
 private:
     std::mt19937_64 random;
 };
 
-/// Weighted moments in two passes, leaving out fills with a NaN.
+/// Weighted moments in two passes, leaving out fills with a NaN or Infinity.
 struct Truth {
     explicit Truth(const Sample& sample);
 
@@ -86,7 +98,7 @@ struct Truth {
 
 Truth::Truth(const Sample& sample) {
     const auto isGood = [&](std::size_t i) {
-        return !std::isnan(sample.x[i]) && !std::isnan(sample.y[i]) && !std::isnan(sample.w[i]);
+        return std::isfinite(sample.x[i]) && std::isfinite(sample.y[i]) && std::isfinite(sample.w[i]);
     };
     Wide size = 0;
     for (std::size_t i = 0; i < sample.x.size(); ++i) {
@@ -171,6 +183,8 @@ TEST(Moments, areThoseOfExtendedPrecisionForAnyOffset) {
         Sample sample = maker.make(i % 3);
         if (i % 10 == 0) {
             maker.addStrange(sample);
+        } else if (i % 10 == 5) {
+            maker.addInfinities(sample);
         }
         const Truth truth(sample);
         if (!isMeaningful(truth)) {
@@ -187,8 +201,12 @@ TEST(Moments, areThoseOfExtendedPrecisionForAnyOffset) {
         expectTruth(plane.inRange(), truth);
         EXPECT_EQ(plane.nanEntries(), static_cast<std::int64_t>(sample.strange));
         const Profile1D profile = inParts(Profile1D(allOfX()), sample.x.size(), maker, fillProfile);
-        expectTruth(profile.cells()[1], truth);
-        expectNear(profile.height(1), truth.y, truth.y, 1.0, "height");
+        if (sample.hasInfiniteValue) {
+            EXPECT_FALSE(std::isfinite(profile.height(1)));
+        } else {
+            expectTruth(profile.cells()[1], truth);
+            expectNear(profile.height(1), truth.y, truth.y, 1.0, "height");
+        }
         ASSERT_FALSE(HasFailure()) << "sample " << i;
     }
     EXPECT_GT(meaningful, 950);

@@ -29,7 +29,6 @@ protected:
     }
 
     ~RunTest() override {
-        unsetenv("VELMORAK_WRITE_ANYWHERE");
         std::error_code ignored;
         std::filesystem::remove_all(folder, ignored);
     }

@@ -61,7 +61,7 @@ protected:
         [this](const Arguments&, Results& results, RunContext& context) {
             auto histogram = std::make_shared<Histogram1D>(Axis(2, 0.0, 2.0));
             histogram->title = "a <b>title</b>";
-            histogram->fill({0.5}, 2.0);
+            histogram->fill(0.5, 2.0);
             results.set("histogram", DataObjectPtr(histogram));
             results.set("number", numbersWithErrors({91.2}, {"Make", {"number"}, {0.25}}).front());
             context.warn("look");

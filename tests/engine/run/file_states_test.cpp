@@ -140,7 +140,7 @@ protected:
     FilesSource source;
     SumKind sum;
     FileHashes hashes;
-    DiskStore disk{{.folder = folder / "cache", .limitBytes = 1U << 30U, .leastReadingTime = milliseconds(10)},
+    DiskStore disk{{.folder = folder / "cache", .limitBytes = 1U << 30U, .minReadingTime = milliseconds(10)},
                    [](const std::string&) {}};
 };
 

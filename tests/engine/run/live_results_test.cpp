@@ -22,7 +22,7 @@ struct FillState : AccumulatorState {
     explicit FillState(Axis axis) : histogram(std::move(axis)) {}
     void fill(const Chunk& chunk) override {
         for (const double x : chunk.columns[0]->reals()) {
-            histogram.fill({x}, 1.0);
+            histogram.fill(x, 1.0);
         }
     }
     void merge(AccumulatorState& other) override { histogram.merge(dynamic_cast<FillState&>(other).histogram); }
@@ -110,7 +110,7 @@ protected:
         add(fill, "fill");
         wire("rows", "table", "cut", "table");
         wire("cut", "table", "fill", "table");
-        runner.tell(&listener);
+        runner.setListener(&listener);
     }
 
     std::string bytesOfResult() const {
@@ -223,7 +223,7 @@ TEST_F(LiveResults, tablesWithFewRowsAreShownAsWell) {
 class AnnouncedResults : public LiveResults {
 protected:
     AnnouncedResults() {
-        runner.tell(nullptr);
+        runner.setListener(nullptr);
         setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
     }
     ~AnnouncedResults() override { unsetenv("XDG_RUNTIME_DIR"); }

@@ -125,14 +125,14 @@ TEST_F(LargePipelines, areNotPlannedToTheEndWhenTheRunIsStopped) {
 TEST_F(LargePipelines, areUnfinishedAfterAStopDuringThePlanning) {
     addChain();
     StopAtBegin listener(runner);
-    runner.tell(&listener);
+    runner.setListener(&listener);
     run();
     EXPECT_TRUE(report.wasStopped);
     EXPECT_EQ(report.nodes.size(), count);
     EXPECT_EQ(report.nodes.front().status, NodeStatus::Unfinished);
     EXPECT_EQ(report.nodes.back().sentence, "not finished because the run was stopped");
     EXPECT_EQ(pass.evaluated, 0);
-    runner.tell(nullptr);
+    runner.setListener(nullptr);
     run();
     EXPECT_EQ(pass.evaluated, static_cast<int>(count)) << "the next run is whole";
 }

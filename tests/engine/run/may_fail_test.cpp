@@ -66,7 +66,7 @@ TEST_F(InputsThatMayFail, bringWhatAFailedPlugInHasLeft) {
     run();
     EXPECT_EQ(status("two"), NodeStatus::Failed);
     EXPECT_EQ(text("gather"), "one=0 (), two=7 (it did not converge)");
-    EXPECT_TRUE(std::holds_alternative<std::monostate>(of("two").outputs.at(0))) << "what is left is no result";
+    EXPECT_TRUE(std::holds_alternative<std::monostate>(of("two").outputs.at(0))) << "partial values are no result";
 }
 
 TEST_F(InputsThatMayFail, areSkippedLikeOthersWhenAllFail) {

@@ -126,9 +126,9 @@ std::optional<std::uint64_t> byDefinition(const Leaves& leaves) {
 class RandomFiles {
 public:
     explicit RandomFiles(std::mt19937_64& random) : random(random), files(below(6) + 1) {
-        const std::size_t mostChunks = std::size_t{1} << below(9);
+        const std::size_t maxChunks = std::size_t{1} << below(9);
         for (Leaves& leaves : files) {
-            leaves.resize(below(mostChunks) + 1);
+            leaves.resize(below(maxChunks) + 1);
             const bool hasGaps = below(4) == 0;
             for (auto& leaf : leaves) {
                 leaf = hasGaps && below(3) == 0 ? std::nullopt : std::optional(random());

@@ -55,6 +55,23 @@ TEST_F(ProgressMessages, makesWayForALine) {
     EXPECT_EQ(stream.str(), "half\r\x1b[KPlot \"p\": warning\n");
 }
 
+class HostileMessages : public RunTest {};
+
+TEST_F(HostileMessages, ofAMegabyteKeepTheirEnds) {
+    const FreeFunction loud("Loud", {}, [](const Arguments&, Results&, RunContext& context) {
+        context.warn("the column \"" + std::string(1'000'000, 'x') + "\" is unknown");
+        throw Failure("line 7:\n  " + std::string(1'000'000, 'y') + "\n  ^ here");
+    });
+    add(loud, "one");
+    run();
+    const std::string said = messages.str();
+    for (const char* end : {"Loud \"one\": warning: the column \"xxx", "xxx\" is unknown\n",
+                            "Loud \"one\" failed: line 7:\n", "\n  ^ here\n"}) {
+        EXPECT_NE(said.find(end), std::string::npos) << end;
+    }
+    EXPECT_LT(said.size(), 20'000U);
+}
+
 class SummaryLines : public RunTest {
 protected:
     RowSource rows;

@@ -28,6 +28,8 @@ TEST(Visible, leavesTextInAnyScriptAlone) {
 TEST(Visible, writesOutBytesThatAreNoText) {
     EXPECT_EQ(visible("caf\xE9!"), "caf\\xE9!");
     EXPECT_EQ(visible("\xE2\x82"), "\\xE2\\x82");
+    EXPECT_EQ(visible("\xC0\xAE \xE0\x80\xAE"), "\\xC0\\xAE \\xE0\\x80\\xAE") << "longer than necessary";
+    EXPECT_EQ(visible("\xED\xA0\x80"), "\\xED\\xA0\\x80") << "half of a pair of UTF-16";
     EXPECT_FALSE(hasControlCharacter("caf\xE9"));
     EXPECT_TRUE(hasControlCharacter("a\nb"));
 }

@@ -60,12 +60,12 @@ TEST_F(CacheConfigTest, warnsOfALimitThatIsNotANumber) {
 }
 
 TEST_F(CacheConfigTest, hasTheReadingTimeThatTheEnvironmentSets) {
-    EXPECT_EQ(cacheConfigFromEnvironment().leastReadingTime.count(), 10);
+    EXPECT_EQ(cacheConfigFromEnvironment().minReadingTime.count(), 10);
     set("VELMORAK_CACHE_FILES_FROM", "0");
-    EXPECT_EQ(cacheConfigFromEnvironment().leastReadingTime.count(), 0);
+    EXPECT_EQ(cacheConfigFromEnvironment().minReadingTime.count(), 0);
     set("VELMORAK_CACHE_FILES_FROM", "soon");
     set("VELMORAK_CACHE_LIMIT", "much");
-    EXPECT_EQ(cacheConfigFromEnvironment().leastReadingTime.count(), 10);
+    EXPECT_EQ(cacheConfigFromEnvironment().minReadingTime.count(), 10);
     EXPECT_EQ(cacheConfigFromEnvironment().warning,
               "VELMORAK_CACHE_LIMIT=much is not a whole number of MiB; using 2048; "
               "VELMORAK_CACHE_FILES_FROM=soon is not a whole number of ms; using 10");

@@ -1,4 +1,4 @@
-#include "Hands.h"
+#include "InputRobot.h"
 
 #include "plugin.h"
 

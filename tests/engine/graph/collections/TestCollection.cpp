@@ -7,7 +7,7 @@
 
 using namespace velmorak;
 
-std::atomic<int> workbenchWaiting{0};
+std::atomic<int> waitersRunning{0};
 
 namespace {
 
@@ -91,11 +91,11 @@ public:
     }
     void evaluate(const Arguments&, Results&, RunContext& context) const override {
         constexpr long maxPolls = 100'000'000;
-        ++workbenchWaiting;
+        ++waitersRunning;
         for (long poll = 0; poll < maxPolls && !context.isStopping(); ++poll) {
             std::this_thread::yield();
         }
-        --workbenchWaiting;
+        --waitersRunning;
         if (!context.isStopping()) {
             throw Failure("nobody has stopped the run");
         }
@@ -106,7 +106,7 @@ public:
 }  // namespace
 
 VELMORAK_COLLECTION(registry) {
-    registry.group("Workbench");
+    registry.group("TestCollection");
     registry.add(std::make_unique<Waiter>());
     registry.add(std::make_unique<Pair>());
     registry.add(std::make_unique<Letters>());
