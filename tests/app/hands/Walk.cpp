@@ -101,7 +101,7 @@ bool Walk::save(const std::function<bool(const SavedPipeline&)>& isDone) {
 }
 
 bool Walk::hasCaughtUp() {
-    constexpr int patienceMs = 10000;
+    constexpr int patienceMs = 60000;
     const auto former = std::filesystem::last_write_time(document());
     desktop.act({"key", "ctrl+s"});
     return waitFor([&] { return std::filesystem::last_write_time(document()) != former; }, patienceMs);

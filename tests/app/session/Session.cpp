@@ -122,7 +122,7 @@ bool Session::seesPipeline() {
 }
 
 bool Session::run(const std::string& lastPlugin) {
-    constexpr int patienceMs = 20000;
+    constexpr int patienceMs = 60000;
     const std::ptrdiff_t before = countOfRuns(errors(), lastPlugin);
     // A click while the previous run is still ending would stop that run.
     return waitFor([&] {

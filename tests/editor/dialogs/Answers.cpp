@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr auto patience = std::chrono::seconds(10);
+constexpr auto patience = std::chrono::seconds(60);
 
 std::string nameOf(Gtk::Dialog& dialog) {
     const auto* question = dynamic_cast<Gtk::MessageDialog*>(&dialog);

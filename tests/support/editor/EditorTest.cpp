@@ -45,7 +45,7 @@ run returns
 
 bool pumpUntil(const std::function<bool()>& condition, const char* file, int line) {
     using std::chrono::steady_clock;
-    const auto deadline = steady_clock::now() + std::chrono::seconds(10);
+    const auto deadline = steady_clock::now() + std::chrono::seconds(60);
     sigc::connection tick = Glib::signal_timeout().connect([] { return true; }, 5);
     while (!condition() && steady_clock::now() < deadline) {
         Glib::MainContext::get_default()->iteration(true);
@@ -53,7 +53,7 @@ bool pumpUntil(const std::function<bool()>& condition, const char* file, int lin
     tick.disconnect();
     const bool holds = condition();
     if (!holds) {
-        ADD_FAILURE_AT(file, line) << "this condition is still false after 10 s";
+        ADD_FAILURE_AT(file, line) << "this condition is still false after 60 s";
     }
     return holds;
 }
