@@ -45,6 +45,8 @@ class RunListener {
 public:
     virtual ~RunListener() = default;
     virtual void began(const Pipeline& pipeline, int threads) = 0;
+    /// Called before the first chunk of each pass.
+    virtual void passBegan() {}
     /// Asked for each chunk whether to call progressed.
     virtual bool isProgressDue() = 0;
     virtual void progressed(const ProgressNow& progress) = 0;

@@ -44,17 +44,17 @@ def check_progress(events):
 
 def check_long_run(place, schemas):
     names = [each["name"] for each in table(1)]
-    done = place.run("--events", "-", place.document(*table(3000000)))
+    done = place.run("--events", "-", place.document(*table(300000)))
     assert done.returncode == 0, done.stderr
     events = events_of(done.stdout, schemas["events"])
     check_order(events, names)
     passes = check_progress(events)
     assert {number for _, number in passes} == {1, 2}, passes
     outcomes = {event["name"]: event for event in events if event["event"] == "plugin"}
-    assert outcomes["Mean"]["rowsIn"] == 3000000 and outcomes["Rows"]["rowsOut"] == 3000000, outcomes
-    assert 0 < outcomes["Above"]["rowsOut"] < 3000000 and outcomes["Upper"]["seconds"] > 0, outcomes
+    assert outcomes["Mean"]["rowsIn"] == 300000 and outcomes["Rows"]["rowsOut"] == 300000, outcomes
+    assert 0 < outcomes["Above"]["rowsOut"] < 300000 and outcomes["Upper"]["seconds"] > 0, outcomes
     check_schema(place.record(), schemas["record"])
-    again = place.run("--events", "later.jsonl", place.document(*table(3000000)))
+    again = place.run("--events", "later.jsonl", place.document(*table(300000)))
     assert again.stdout == "", again.stdout
     events = events_of((place.folder / "later.jsonl").read_text(), schemas["events"])
     assert {event["outcome"] for event in events if event["event"] == "plugin"} == {"reused"}, events

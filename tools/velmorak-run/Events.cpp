@@ -22,6 +22,12 @@ void Events::began(const velmorak::Pipeline& pipeline, int threads) {
     write(velmorak::eventLine(velmorak::beganEvent(pipeline, threads)));
 }
 
+/// Each pass has an event of its own, however short it is.
+void Events::passBegan() {
+    const velmorak::MutexLock lock(mutex);
+    lastProgress = {};
+}
+
 bool Events::isProgressDue() {
     constexpr std::chrono::milliseconds pause{100};
     const velmorak::MutexLock lock(mutex);

@@ -21,6 +21,7 @@ public:
     const std::string& error() const { return reason; }
 
     void began(const velmorak::Pipeline& pipeline, int threads) override;
+    void passBegan() override;
     bool isProgressDue() override;
     void progressed(const velmorak::ProgressNow& now) override;
     void nodeFinished(const velmorak::PipelineNode& node, const velmorak::NodeReport& report) override;

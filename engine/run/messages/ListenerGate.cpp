@@ -22,6 +22,13 @@ void ListenerGate::began(const Pipeline& pipeline, int threads) {
     }
 }
 
+void ListenerGate::passBegan() {
+    const MutexLock lock(mutex);
+    for (RunListener* const listener : listeners) {
+        listener->passBegan();
+    }
+}
+
 bool ListenerGate::isProgressDue() {
     const MutexLock lock(mutex);
     return std::any_of(listeners.begin(), listeners.end(),

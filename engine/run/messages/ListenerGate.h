@@ -18,6 +18,7 @@ public:
     bool isEmpty() const { return isWithoutListeners; }
 
     void began(const Pipeline& pipeline, int threads) override;
+    void passBegan() override;
     bool isProgressDue() override;
     void progressed(const ProgressNow& progress) override;
     bool isLookDue() override;

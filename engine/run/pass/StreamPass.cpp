@@ -39,6 +39,9 @@ bool StreamPass::prepare() {
         fileStates->begin(sources, chain);
     }
     heads.begin();
+    if (state.listener != nullptr) {
+        state.listener->passBegan();
+    }
     return true;
 }
 
