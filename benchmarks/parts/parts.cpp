@@ -118,15 +118,15 @@ void mergeMany(const fs::path& folder) {
     writeDocument(folder / "many.zedra",
                   plugin("rows", "RandomTable",
                          R"({"name": "rows", "value": ")" + std::to_string(manyParts * 32768) +
-                             R"("}, {"name": "columns", "value": "x: uniform(0, 10)"})"));
+                             R"json("}, {"name": "columns", "value": "x: uniform(0, 10)"})json"));
     const std::string job = (folder / "many").string();
-run({VELMORAK_RUN, "--plan", job, "--parts", std::to_string(manyParts), (folder / "many.zedra").string()});
-run({VELMORAK_RUN, "--part", "1", "-j", "1", job});
-writeParts(job);
-const ProcessRun merged = run({VELMORAK_RUN, "--merge", "-j", "1", "--results", (folder / "merged").string(), job});
-const std::string work = "merging 10,000 parts of ten histograms with 100 bins";
-print({work, "none", "ms", merged.wallMs, 0.0, 0.0});
-print({work + ", peak memory", "none", "MB", merged.peakMegabytes, 0.0, 0.0});
+    run({VELMORAK_RUN, "--plan", job, "--parts", std::to_string(manyParts), (folder / "many.zedra").string()});
+    run({VELMORAK_RUN, "--part", "1", "-j", "1", job});
+    writeParts(job);
+    const ProcessRun merged = run({VELMORAK_RUN, "--merge", "-j", "1", "--results", (folder / "merged").string(), job});
+    const std::string work = "merging 10,000 parts of ten histograms with 100 bins";
+    print({work, "none", "ms", merged.wallMs, 0.0, 0.0});
+    print({work + ", peak memory", "none", "MB", merged.peakMegabytes, 0.0, 0.0});
 }
 
 }  // namespace
