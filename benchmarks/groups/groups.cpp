@@ -32,10 +32,9 @@ struct Comparison {
 };
 
 void writeMaker(const fs::path& folder) {
-    std::ofstream(folder / "make.zedra") << R"({"zedra": 1, "plugins": [
+    std::ofstream(folder / "make.zedra") << R"json({"zedra": 1, "plugins": [
         {"name": "Random", "kind": "RandomTable", "inputs": [{"name": "rows", "value": "10000000"},
-            {"name": "columns", "value": "x: gauss(0, 1); y: uniform(0, 1); u: uniform(0, 1000); v: uniform(0, 100000)"}]
-},
+            {"name": "columns", "value": "x: gauss(0, 1); y: uniform(0, 1); u: uniform(0, 1000); v: uniform(0, 100000)"}]},
         {"name": "Group", "kind": "Formula", "inputs": [{"name": "table", "from": ["Random", "table"]},
             {"name": "column", "value": "group"}, {"name": "expression", "value": "floor(u)"}]},
         {"name": "Key", "kind": "Formula", "inputs": [{"name": "table", "from": ["Group", "table"]},
@@ -48,19 +47,16 @@ void writeMaker(const fs::path& folder) {
             {"name": "keys", "value": "k"}, {"name": "aggregates", "value": "gain: mean(y)"}]},
         {"name": "Others", "kind": "ParquetWriter", "inputs": [{"name": "table", "from": ["Unique", "table"]},
             {"name": "file", "value": "others.parquet"}]}]
-})";
+})json";
 }
 
 void writeDocuments(const fs::path& folder) {
     const std::string rows = R"({"zedra": 1, "plugins": [
         {"name": "Rows", "kind": "ParquetTable", "inputs": [{"name": "file", "value": "make.results/rows.parquet"}]},)";
-    std::ofstream(folder / "group.zedra") << rows << R"(
+    std::ofstream(folder / "group.zedra") << rows << R"json(
         {"name": "Groups", "kind": "GroupBy", "inputs": [{"name": "table", "from": ["Rows", "table"]},
             {"name": "keys", "value": "group"},
-            {"name": "aggregates", "value": "count; sum(x); mean(x); spread(x); min(y); max(y)"
-}]
-}]
-})";
+            {"name": "aggregates", "value": "count; sum(x); mean(x); spread(x); min(y); max(y)"}]}]})json";
     std::ofstream(folder / "join.zedra") << rows << R"(
         {"name": "Others", "kind": "ParquetTable", "inputs": [{"name": "file", "value": "make.results/others.parquet"}]},
         {"name": "Joined", "kind": "Join", "inputs": [{"name": "table", "from": ["Rows", "table"]},
