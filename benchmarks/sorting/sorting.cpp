@@ -28,13 +28,12 @@ constexpr double maxRatio = 1.5;
 
 /// Random numbers become the rows of a Parquet file, which the other document sorts.
 void writeDocuments(const fs::path& folder) {
-    std::ofstream(folder / "make.zedra") << R"({"zedra": 1, "plugins": [
+    std::ofstream(folder / "make.zedra") << R"json({"zedra": 1, "plugins": [
         {"name": "Rows", "kind": "RandomTable", "inputs": [{"name": "rows", "value": "10000000"},
-            {"name": "columns", "value": "x: gauss(0, 1); y: uniform(0, 1); n: poisson(100)"}]
-},
+            {"name": "columns", "value": "x: gauss(0, 1); y: uniform(0, 1); n: poisson(100)"}]},
         {"name": "File", "kind": "ParquetWriter", "inputs": [{"name": "table", "from": ["Rows", "table"]},
             {"name": "file", "value": "rows.parquet"}]}]
-})";
+})json";
     std::ofstream(folder / "sort.zedra") << R"({"zedra": 1, "plugins": [
         {"name": "Rows", "kind": "ParquetTable", "inputs": [{"name": "file", "value": "make.results/rows.parquet"}]},
         {"name": "Sorted", "kind": "Sort", "inputs": [{"name": "table", "from": ["Rows", "table"]},
