@@ -16,7 +16,10 @@ RunScheduler::RunScheduler(RunState& state, RunMemory& memory, bool explains, Ex
       explains(explains),
       poll([&state] { return state.isStopping(); }),
       executor(executor),
-      cache(state, memory.store, memory.digests),
+      cache(state, memory.store, memory.digests,
+            [passRunner](const std::filesystem::path& file) {
+                return !passRunner || passRunner->makesResults() || passRunner->readsFile(file);
+            }),
       prefetchHasher(memory.digests),
       passPlanner(state),
       passRunner(passRunner) {

@@ -136,6 +136,34 @@ def check_files(place):
         assert "Round 2" in said, said
 
 
+def was_read(file):
+    """Whether somebody has read the file since forget_reading."""
+    return file.stat().st_atime_ns > 0
+
+
+def forget_reading(file):
+    os.utime(file, ns=(0, file.stat().st_mtime_ns))
+
+
+def check_own_files(place):
+    """A part reads no file of another part, not even to compute its checksum."""
+    files(place, 4, 20000)
+    document = place.document(plugin("Rows", "CsvTable", file="data/run_*.csv"),
+                              plugin("Mean", "Statistics", data=["Rows", "table"], expression="x"))
+    plan(place, "own", 4, document)
+    inputs = sorted((place.folder / "data").iterdir())
+    probe = place.folder / "probe"
+    probe.write_text("text")
+    for file in [*inputs, probe]:
+        forget_reading(file)
+    probe.read_text()
+    if not was_read(probe):
+        print("not checked which files a part reads: no times of access on this file system")
+        return
+    fine(place.run("--part", "2", "own"))
+    assert [was_read(file) for file in inputs] == [False, True, False, False], inputs
+
+
 def check_cut_file(place):
     """The ranges begin and end inside of a table."""
     document = place.document(*analysis(plugin("Rows", "RandomTable", rows="700000",
@@ -455,6 +483,7 @@ def main(runner, examples, *flags):
         place.environment["XDG_STATE_HOME"] = str(place.folder / "state")
         check_files(place)
         shutil.rmtree(place.folder / "plain")
+        check_own_files(place)
         check_cut_file(place)
         check_cut_text(place)
         check_rounds(place)

@@ -9,10 +9,11 @@
 
 namespace velmorak {
 
-ResultCache::ResultCache(RunState& state, ResultStore& store, FileHashes& hashes)
+ResultCache::ResultCache(RunState& state, ResultStore& store, FileHashes& hashes, NeedsDigest needsDigest)
     : state(state),
       store(store),
       hashes(hashes),
+      needsDigest(std::move(needsDigest)),
       runNumber(store.beginRun()),
       keys(cacheKeys(state)),
       isStored(state.runs.size(), false),
@@ -107,7 +108,17 @@ void ResultCache::keep(std::size_t position) {
     }
 }
 
+bool ResultCache::needsAllDigests(std::size_t position) const {
+    const std::vector<AskedFile> all = state.runs[position].context->askedFiles();
+    return std::all_of(all.begin(), all.end(), [&](const AskedFile& each) {
+        return isFolderListing(each.file) || needsDigest(resolved(state.pipeline, each.file));
+    });
+}
+
 bool ResultCache::collectFiles(std::size_t position) {
+    if (!needsAllDigests(position)) {
+        return false;
+    }
     std::vector<FileContent> all;
     bool isWhole = state.runs[position].context->skippedFiles().empty();
     for (const AskedFile& file : state.runs[position].context->askedFiles()) {

@@ -7,6 +7,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -16,8 +18,11 @@ namespace velmorak {
 /// values and files, to the nodes of the run.
 class ResultCache {
 public:
+    /// Whether this run needs the digest of an input file. Results that depend on another file are not kept.
+    using NeedsDigest = std::function<bool(const std::filesystem::path&)>;
+
     /// @param state, store and hashes outlive this.
-    ResultCache(RunState& state, ResultStore& store, FileHashes& hashes);
+    ResultCache(RunState& state, ResultStore& store, FileHashes& hashes, NeedsDigest needsDigest);
 
     const std::optional<Digest>& key(std::size_t position) const { return keys[position]; }
 
@@ -55,11 +60,13 @@ private:
     bool claims(std::size_t position, const StoredResult& stored);
     void keep(std::size_t position);
     bool collectFiles(std::size_t position);
+    bool needsAllDigests(std::size_t position) const;
     bool collectWritten(std::size_t position);
 
     RunState& state;
     ResultStore& store;
     FileHashes& hashes;
+    const NeedsDigest needsDigest;
     std::uint64_t runNumber;
     std::vector<std::optional<Digest>> keys;
     std::vector<bool> isStored;                                  ///< Or needs no storing.
