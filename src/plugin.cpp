@@ -169,6 +169,7 @@ void plugin::freeTooltips() {
 }
 
 void plugin::removeItems() {
+    hasMoved = true;
     freeTooltips();
     for (const auto* texts : {&inputTexts, &outputTexts}) {
         for (const TextItem& text : *texts) {
@@ -239,6 +240,7 @@ plugin::TextItem plugin::makePort(const std::string& name, const std::string& de
 
 void plugin::translate(float dx, float dy) {
     displaced = false;
+    hasMoved = true;
     shift(box, dx, dy);
     shift(titleText, dx, dy);
     shift(kindText, dx, dy);

@@ -80,6 +80,7 @@ public:
     std::vector<TextItem> outputTexts;    ///< In port order; without "title".
     NameMap<unsigned short> inputIndex;   ///< Name of an input: its position in inputTexts.
     NameMap<unsigned short> outputIndex;  ///< Name of an output: its position in outputTexts.
+    bool hasMoved = true;                 ///< Since the main window has laid its wires: an anchor may be elsewhere.
     bool changed = false;  ///< Edited in the variables dialog since the last save; read by the main window only.
 
 private:

@@ -116,18 +116,25 @@ void vkWindow::redrawConnections() {
     for (const auto& [input, output] : connectionMap) {
         plugin* sender = nodes[output[0].raw()];
         plugin* receiver = nodes[input[0].raw()];
-        if (!sender || !receiver || path == pathMap.end() || !isSamePort(path->first, input) ||
-            !path->second->get_parent()) {
+        if (!sender || !receiver || path == pathMap.end() || !isSamePort(path->first, input)) {
             return connectAll();
         }
         const NodePort from{*sender, output[1]};
         const NodePort to{*receiver, input[1]};
-        wires.add(path->second, endsOf(from, to));
+        const bool hasMoved = sender->hasMoved || receiver->hasMoved;
+        if (!(hasMoved ? wires.add(path->second, endsOf(from, to)) : wires.add(path->second))) {
+            return connectAll();
+        }
         bind(from, to);
         modified = true;
         ++path;
     }
     wires.lay();
+    for (const auto& [name, node] : pluginMap) {
+        if (node) {
+            node->hasMoved = false;
+        }
+    }
 }
 
 void vkWindow::connectAll() {

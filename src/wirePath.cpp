@@ -63,21 +63,34 @@ void addBelow(const Glib::RefPtr<Goocanvas::Item>& root, const std::vector<Glib:
 }
 
 WireStack::WireStack(Glib::RefPtr<Goocanvas::Item> root, std::size_t count)
-    : root(std::move(root)), next(static_cast<int>(count)) {
+    : root(std::move(root)), items(GOO_CANVAS_GROUP(this->root->gobj())->items), next(static_cast<int>(count)) {
     wires.reserve(count);
 }
 
 bool WireStack::isAt(int position, const Wire& wire) const {
-    return goo_canvas_item_get_child(root->gobj(), position) == GOO_CANVAS_ITEM(wire->gobj());
+    const auto at = static_cast<guint>(position);
+    return at < items->len && g_ptr_array_index(items, at) == wire->gobj();
 }
 
-void WireStack::add(Wire& wire, const WireEnds& ends) {
+bool WireStack::add(Wire& wire) {
     --next;
-    isInOrder = isInOrder && isAt(next, wire);
+    const bool isInPlace = isAt(next, wire);
+    if (!isInPlace && !wire->get_parent()) {
+        return false;
+    }
+    isInOrder = isInOrder && isInPlace;
     wires.push_back(&wire);
+    return true;
+}
+
+bool WireStack::add(Wire& wire, const WireEnds& ends) {
+    if (!add(wire)) {
+        return false;
+    }
     if (!connects(wire, ends)) {
         moved.push_back({&wire, ends, next});
     }
+    return true;
 }
 
 void WireStack::lay() {

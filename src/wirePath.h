@@ -42,9 +42,11 @@ public:
 
     WireStack(Glib::RefPtr<Goocanvas::Item> root, std::size_t count);
 
-    /// Adds the next wire with its current ends. lay() redraws it only if it has moved, and restacks only if some wire
-    /// is out of order.
-    void add(Wire& wire, const WireEnds& ends);
+    /// Adds the next wire, whose ends are where they were. lay() restacks only if some wire is out of order.
+    /// @return false if the wire is not on the canvas.
+    bool add(Wire& wire);
+    /// The same with the current ends of the wire. lay() redraws it only if it has moved.
+    bool add(Wire& wire, const WireEnds& ends);
 
     /// Replaces the wires that have moved. All of them are removed before the first new one is added: removing an item
     /// while the canvas has a pending update would update all items each time.
@@ -60,6 +62,7 @@ private:
     bool isAt(int position, const Wire& wire) const;
 
     Glib::RefPtr<Goocanvas::Item> root;
+    const GPtrArray* items;  ///< Of the root.
     std::vector<Wire*> wires;
     std::vector<Moved> moved;
     int next;
