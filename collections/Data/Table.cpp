@@ -129,7 +129,7 @@ const FileFormat& AnyTableKind::formatOf(const FileList& list) const {
             return *format;
         }
     }
-    throw failure.value();
+    throw Failure(failure.value());
 }
 
 std::unique_ptr<TableReader> AnyTableKind::open(const Arguments& arguments, RunContext& context) const {

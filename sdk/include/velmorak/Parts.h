@@ -69,7 +69,7 @@ inline std::string factOf(RunContext& context, const std::string& name, const st
 /// @return whether the run is one of several that share facts.
 inline bool isPlanned(const RunContext& context) {
     const auto* const shared = dynamic_cast<const SharedRun*>(&context);
-    return shared && shared->isPlanned();
+    return shared != nullptr && shared->isPlanned();
 }
 
 /// @return which rows the results lack, as a sentence without its end; empty if they are complete. Kinds that write

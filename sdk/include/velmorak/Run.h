@@ -129,6 +129,7 @@ public:
     void set(const std::string& output, Number number) { set(output, Value(static_cast<double>(number))); }
     /// Leaves what the plug-in has got before it fails, for inputs that mayFail and for reports: for example the last
     /// curve of a fit that does not converge.
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): those who override it keep the value.
     virtual void leave(const std::string& /*output*/, Value /*value*/) {}
 };
 
