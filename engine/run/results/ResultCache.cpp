@@ -108,20 +108,18 @@ void ResultCache::keep(std::size_t position) {
     }
 }
 
-bool ResultCache::needsAllDigests(std::size_t position) const {
-    const std::vector<AskedFile> all = state.runs[position].context->askedFiles();
-    return std::all_of(all.begin(), all.end(), [&](const AskedFile& each) {
-        return isFolderListing(each.file) || needsDigest(resolved(state.pipeline, each.file));
-    });
+bool ResultCache::needsDigestOf(const AskedFile& file) const {
+    return isFolderListing(file.file) || needsDigest(resolved(state.pipeline, file.file));
 }
 
 bool ResultCache::collectFiles(std::size_t position) {
-    if (!needsAllDigests(position)) {
+    const std::vector<AskedFile> own = state.runs[position].context->askedFiles();
+    if (!std::all_of(own.begin(), own.end(), [&](const AskedFile& file) { return needsDigestOf(file); })) {
         return false;
     }
     std::vector<FileContent> all;
     bool isWhole = state.runs[position].context->skippedFiles().empty();
-    for (const AskedFile& file : state.runs[position].context->askedFiles()) {
+    for (const AskedFile& file : own) {
         const std::optional<Digest> digest = contentOf(file.file);
         // What has changed since the node asked for it may differ from what the result was made from.
         const bool isUnchanged =
@@ -155,7 +153,9 @@ std::vector<FileContent> ResultCache::filesOf(const std::vector<std::size_t>& po
             }
         }
         for (const AskedFile& file : state.runs[position].context->askedFiles()) {
-            all[file.file] = contentOf(file.file).value_or(Digest{});
+            if (needsDigestOf(file)) {
+                all[file.file] = contentOf(file.file).value_or(Digest{});
+            }
         }
     }
     // The same file may appear by alias and by resolved path; keep one.

@@ -39,7 +39,8 @@ public:
     /// @param finished in the plan's order.
     void keep(const std::vector<std::size_t>& finished);
 
-    /// Files that the results of these nodes depend on, by name, with their content now; as far as is known yet.
+    /// Files that the results of these nodes depend on, by name, with their content now; as far as is known yet, and
+    /// without those whose digests this run does not need.
     std::vector<FileContent> filesOf(const std::vector<std::size_t>& positions);
 
     /// Files that the node itself opened in this run, as far as they could be hashed.
@@ -60,7 +61,7 @@ private:
     bool claims(std::size_t position, const StoredResult& stored);
     void keep(std::size_t position);
     bool collectFiles(std::size_t position);
-    bool needsAllDigests(std::size_t position) const;
+    bool needsDigestOf(const AskedFile& file) const;
     bool collectWritten(std::size_t position);
 
     RunState& state;
