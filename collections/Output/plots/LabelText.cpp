@@ -210,7 +210,7 @@ std::size_t LabelReader::readCommand(const std::string& command, std::size_t aft
 
 /// @return an argument as one text, without heights.
 std::string LabelReader::plainArgument(std::size_t open, bool isMath, int depth) const {
-    const std::string inner = text.substr(open + 1, partner[open] - open - 1);
+    std::string inner = text.substr(open + 1, partner[open] - open - 1);
     if (depth + 1 >= maxDepth) {
         return inner;
     }

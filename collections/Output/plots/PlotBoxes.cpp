@@ -53,11 +53,11 @@ std::vector<LegendEntry> legendEntries(const PlotContents& contents, const PlotS
             entries.push_back({.label = legendText(series, style, hasBox), .series = &series});
         }
     }
-    for (auto series = contents.series.rbegin(); series != contents.series.rend(); ++series) {
-        if (series->isStacked()) {
-            entries.push_back({.label = legendText(*series, style, hasBox), .series = &*series});
+    std::for_each(contents.series.rbegin(), contents.series.rend(), [&](const PlotSeries& series) {
+        if (series.isStacked()) {
+            entries.push_back({.label = legendText(series, style, hasBox), .series = &series});
         }
-    }
+    });
     if (contents.stack) {
         entries.push_back({.label = contents.stack->label, .series = &*contents.stack});
     }

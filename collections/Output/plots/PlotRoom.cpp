@@ -57,8 +57,11 @@ void Surroundings::add(Drawn& drawn, const PlotSeries& series, const PlotPoint& 
         return;
     }
     drawn.highest = std::max(drawn.highest, positionAlong(top, hasLog));
-    const bool isBelow = hasLog && bottom <= 0.0;
-    drawn.lowest = std::min(drawn.lowest, isBelow ? -unlimited : positionAlong(bottom, hasLog));
+    if (hasLog && bottom <= 0.0) {
+        drawn.lowest = -unlimited;
+    } else {
+        drawn.lowest = std::min(drawn.lowest, positionAlong(bottom, hasLog));
+    }
 }
 
 Drawn Surroundings::between(double from, double to) const {
@@ -100,6 +103,7 @@ public:
     double neededFor(const std::vector<PlotBox*>& boxes) const;
 
 private:
+    static bool doMeet(const std::vector<PlotBox*>& boxes);
     /// A box at the left and one at the right of the same height overlap.
     static bool meetSideways(const std::vector<PlotBox*>& boxes);
     Drawn besideOf(const PlotBox& box) const;
@@ -119,18 +123,26 @@ double Room::neededFor(const std::vector<PlotBox*>& boxes) const {
     for (const PlotBox* box : boxes) {
         needed = box->isTop() ? std::max(needed, upperEnd(*box)) : needed;
     }
-    for (const PlotBox* box : boxes) {
-        needed = box->isTop() || isFreeBelow(*box, needed) ? needed : unlimited;
+    const bool areFree = std::all_of(boxes.begin(), boxes.end(),
+                                     [&](const PlotBox* box) { return box->isTop() || isFreeBelow(*box, needed); });
+    if (!areFree || doMeet(boxes)) {
+        return unlimited;
     }
-    // Boxes above each other must not meet in the middle.
+    return needed;
+}
+
+/// Boxes above each other must not meet in the middle, and boxes beside each other not either.
+bool Room::doMeet(const std::vector<PlotBox*>& boxes) {
     for (const bool isLeft : {false, true}) {
         double all = 0.0;
         for (const PlotBox* box : boxes) {
             all += box->isLeft() == isLeft ? box->height + gap : 0.0;
         }
-        needed = all > 1.0 - boxMargin ? unlimited : needed;
+        if (all > 1.0 - boxMargin) {
+            return true;
+        }
     }
-    return meetSideways(boxes) ? unlimited : needed;
+    return meetSideways(boxes);
 }
 
 bool Room::meetSideways(const std::vector<PlotBox*>& boxes) {

@@ -197,7 +197,7 @@ PlotTics linearTics(const PlotSpan& span, const TicRoom& room) {
     constexpr double maxCount = 8.0;
     double count = std::min(maxCount, ticsThatFit(room, firstGuess));
     for (int attempt = 0; attempt < 4; ++attempt) {
-        const PlotTics tics = numberTics(span, minStep(width, count, room.hasIntegersOnly), room.hasIntegersOnly);
+        PlotTics tics = numberTics(span, minStep(width, count, room.hasIntegersOnly), room.hasIntegersOnly);
         // One label alone tells no scale.
         if (attempt == 0 && namedCount(tics) < 2) {
             count *= 2.0;

@@ -82,8 +82,10 @@ std::vector<double> calendarPlaces(const PlotSpan& span, const TimeStep& step) {
 
 std::vector<double> evenPlaces(const PlotSpan& span, double step) {
     std::vector<double> places;
-    for (double place = std::ceil(span.low / step) * step; place <= span.high; place += step) {
+    double place = std::ceil(span.low / step) * step;
+    while (place <= span.high) {
         places.push_back(place);
+        place += step;
     }
     return places;
 }

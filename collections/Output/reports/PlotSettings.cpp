@@ -75,7 +75,7 @@ std::optional<PlotStyle> styleInRun(const RunRecord& record, const std::vector<I
         if (plugin.kind != "Plot") {
             continue;
         }
-        if (const auto style = styleOf(plugin, items)) {
+        if (auto style = styleOf(plugin, items)) {
             return style;
         }
     }

@@ -303,8 +303,8 @@ std::string withContents(const std::string& body) {
         const std::string id = "section-" + std::to_string(++count);
         const std::size_t begin = at + open.size();
         const std::string heading = body.substr(begin, body.find(close, begin) - begin);
-        text += body.substr(done, at - done) + "<h2 id=\"" + id + "\">";
-        list += "<li><a href=\"#" + id + "\">" + heading + "</a></li>\n";
+        text.append(body, done, at - done).append("<h2 id=\"").append(id).append("\">");
+        list.append("<li><a href=\"#").append(id).append("\">").append(heading).append("</a></li>\n");
         done = begin;
     }
     return "<nav>\n<ul>\n" + list + "</ul>\n</nav>\n" + text + body.substr(done);
