@@ -96,14 +96,16 @@ void Columns::failUnknown(const Node& node, const Compiler& compiler) const {
     for (const auto& [name, value] : numbers) {
         known.push_back(name);
     }
-    compiler.fail(node, "there is no column " + quoted(node.text) + columnsThere(node.text, columns) +
-                            suggestion(node.text, known));
+    compiler.fail(
+        node,
+        "there is no column " + quoted(node.text) + columnsThere(node.text, columns) + suggestion(node.text, known),
+        Failure::Cause::UnknownColumn);
 }
 
 }  // namespace
 
-void Compiler::fail(const Node& node, const std::string& reason) const {
-    throwAt(source, placeOf(node), reason);
+void Compiler::fail(const Node& node, const std::string& reason, Failure::Cause cause) const {
+    throwAt(source, placeOf(node), reason, cause);
 }
 
 TypedOperand Compiler::compile(const std::vector<Node>& parsed, Scope& scope) {

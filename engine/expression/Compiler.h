@@ -46,7 +46,8 @@ public:
     Emitter& steps() { return emitter; }
     Code finish(const TypedOperand& whole) && { return std::move(emitter).finish(whole); }
     /// @throws Failure that shows the text with a caret under the node.
-    [[noreturn]] void fail(const Node& node, const std::string& reason) const;
+    [[noreturn]] void fail(const Node& node, const std::string& reason,
+                           Failure::Cause cause = Failure::Cause::Other) const;
 
     TypedOperand constant(double value) { return emitter.constant(value, ColumnType::Real); }
     /// @return the value as a real; booleans and integers are converted.
