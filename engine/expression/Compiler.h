@@ -35,8 +35,8 @@ std::string shown(const TypedOperand& value);
 /// Checks the types of a syntax tree and emits its steps: the one compiler of the language.
 class Compiler {
 public:
-    Compiler(std::string_view text, Buffers buffers)
-        : source(text), emitter(buffers), joinsEqual(buffers == Buffers::Reused) {}
+    Compiler(std::string_view source, Buffers buffers)
+        : source(source), emitter(buffers), joinsEqual(buffers == Buffers::Reused) {}
 
     /// Compiles a tree whose nodes are those of the text.
     TypedOperand compile(const std::vector<Node>& parsed, Scope& scope);

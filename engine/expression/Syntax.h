@@ -54,7 +54,7 @@ struct Token {
 /// Splits an expression into numbers, names, texts and symbols.
 class Lexer {
 public:
-    explicit Lexer(std::string_view expression) : source(expression) {}
+    explicit Lexer(std::string_view source) : source(source) {}
     /// @throws Failure at a character that begins no token.
     Token next();
     /// @return the end of the token that next returned last.

@@ -38,7 +38,7 @@ constexpr std::size_t maxParameters = 1000;
 /// Translates a codelet into an expression.
 class CodeletParser {
 public:
-    explicit CodeletParser(const FunctionObject& read) : function(read) {}
+    explicit CodeletParser(const FunctionObject& function) : function(function) {}
 
     Expression expression();
 

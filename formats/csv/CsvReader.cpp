@@ -52,11 +52,11 @@ struct CsvReader::Sample {
     bool isWhole = false;  ///< The file has no more rows.
 };
 
-CsvReader::CsvReader(CsvOptions csvOptions, RunContext& runContext)
+CsvReader::CsvReader(CsvOptions csvOptions, RunContext& context)
     : options(std::move(csvOptions)),
-      context(runContext),
+      context(context),
       layout(layoutOf(options)),
-      stream(options.file, options.encoding, layout.form, runContext),
+      stream(options.file, options.encoding, layout.form, context),
       isInOrder(options.isSkipping || options.readsInOrder) {
     checkNotation();
     takeHeader();

@@ -33,9 +33,9 @@ struct CsvOptions {
 class CsvReader : public TableReader, public SeekableReader {
 public:
     /// Infers types that are not given from the first rows; a column of integers becomes real if a later row needs it.
-    /// @param runContext outlives this.
+    /// @param context outlives this.
     /// @throws Failure if the file cannot be opened or its first record cannot be read.
-    CsvReader(CsvOptions csvOptions, RunContext& runContext);
+    CsvReader(CsvOptions csvOptions, RunContext& context);
     ~CsvReader() override;
 
     const Schema& schema() const override { return columns; }

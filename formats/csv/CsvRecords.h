@@ -28,9 +28,9 @@ public:
     static constexpr std::size_t maxFields = std::size_t{1} << 20U;
     enum class Found { Record, End, Short };
 
-    /// @param form outlives this. @param line number of the first line.
-    CsvRecords(std::string_view text, const CsvForm& form, std::uint64_t line = 1)
-        : form(&form), text(text), nextLine(line) {}
+    /// @param form outlives this. @param nextLine number of the first line.
+    CsvRecords(std::string_view text, const CsvForm& form, std::uint64_t nextLine = 1)
+        : form(&form), text(text), nextLine(nextLine) {}
 
     /// @param fields valid until the next call, as long as the text.
     /// @return Record, or End if there are no more.

@@ -27,8 +27,8 @@ public:
     using Close = herr_t (*)(hid_t);
 
     Handle() = default;
-    /// @param identifier negative for none.
-    Handle(hid_t identifier, Close close) : number(identifier), close(close) {}
+    /// @param number negative for none.
+    Handle(hid_t number, Close close) : number(number), close(close) {}
     Handle(Handle&& other) noexcept : number(std::exchange(other.number, -1)), close(other.close) {}
     Handle& operator=(Handle&& other) noexcept;
     ~Handle() { reset(); }
