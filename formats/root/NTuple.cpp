@@ -91,10 +91,10 @@ void NTuple::addLevel(std::size_t field, const std::string& name, std::vector<st
          inner = childrenOf(inner.front())) {
         base += ".count";
     }
-    using enum NTupleTableColumn::Part;
-    for (const auto& [part, suffix] : {std::pair(Counts, ".count"), std::pair(Rows, ".row")}) {
+    using enum NTupleTableColumn::Content;
+    for (const auto& [content, suffix] : {std::pair(Counts, ".count"), std::pair(Rows, ".row")}) {
         NTupleTableColumn column;
-        column.part = part;
+        column.content = content;
         column.name = base + suffix;
         column.typeName = schema.fields[field].typeName;
         column.path = above;
@@ -191,7 +191,7 @@ ColumnPtr NTuple::read(const NTupleTableColumn& column, std::uint64_t first, std
 /// items.
 void NTuple::appendRows(const NTupleTableColumn& column, const NTupleCluster& cluster, std::uint64_t first,
                         std::uint64_t last, Column& target) const {
-    const bool isLevel = column.part != NTupleTableColumn::Part::Values;
+    const bool isLevel = column.content != NTupleTableColumn::Content::Values;
     Items items{.bounds = {}, .total = cluster.entries};
     for (std::uint64_t i = first; i <= last; ++i) {
         items.bounds.push_back(i);
@@ -259,7 +259,7 @@ void NTuple::appendLevel(const NTupleTableColumn& column, const NTupleCluster& c
             if (end < begin || end - begin > maxElements || values.size() > maxElements) {
                 throw Failure("its counts do not ascend");
             }
-            if (column.part == NTupleTableColumn::Part::Counts) {
+            if (column.content == NTupleTableColumn::Content::Counts) {
                 values.push_back(static_cast<std::int64_t>(end - begin));
             } else {
                 values.insert(values.end(), end - begin, static_cast<std::int64_t>(i - bounds[row]));

@@ -9,12 +9,12 @@ namespace velmorak::root {
 /// A column of an RNTuple as a table: a leaf of its fields, reached through records, collections and arrays; or the
 /// counts of a collection in others.
 struct NTupleTableColumn {
-    enum class Part {
+    enum class Content {
         Values,
         Counts,  ///< Number of items of each collection at the end of the path.
         Rows,    ///< For each item, the position of its collection among all of its entry.
     };
-    Part part = Part::Values;
+    Content content = Content::Values;
     std::string name;
     std::string typeName;
     ColumnInfo info;

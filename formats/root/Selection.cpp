@@ -15,91 +15,91 @@ ColumnType columnTypeOf(const ValueType& type) {
     return isReal(type.number) ? ColumnType::Real : ColumnType::Integer;
 }
 
-/// Where a value is.
-struct Place {
+/// A value within the values of a column.
+struct NestedValue {
     std::string name;
     std::vector<std::size_t> path;
     bool isInList = false;
 
-    Place within(std::size_t argument, const std::string& suffix = "") const;
+    NestedValue within(std::size_t argument, const std::string& suffix = "") const;
 };
 
-Place Place::within(std::size_t argument, const std::string& suffix) const {
-    Place inner{.name = name + suffix, .path = path, .isInList = isInList};
+NestedValue NestedValue::within(std::size_t argument, const std::string& suffix) const {
+    NestedValue inner{.name = name + suffix, .path = path, .isInList = isInList};
     inner.path.push_back(argument);
     return inner;
 }
 
 class Selections {
 public:
-    void add(const ValueType& type, Place place);
+    void add(const ValueType& type, NestedValue value);
     std::vector<SelectedColumn> take() { return std::move(columns); }
 
 private:
-    void addLeaf(const ValueType& type, const Place& place);
-    void addObject(const ValueType& type, const Place& place);
-    void addCollection(const ValueType& type, const Place& place);
-    void addLevel(const ValueType& type, const Place& place);
+    void addLeaf(const ValueType& type, const NestedValue& value);
+    void addObject(const ValueType& type, const NestedValue& value);
+    void addCollection(const ValueType& type, const NestedValue& value);
+    void addLevel(const ValueType& type, const NestedValue& value);
 
     std::vector<SelectedColumn> columns;
 };
 
-void Selections::add(const ValueType& type, Place place) {
-    place.isInList = place.isInList || type.length != 1 || type.count;
+void Selections::add(const ValueType& type, NestedValue value) {
+    value.isInList = value.isInList || type.length != 1 || type.count;
     switch (type.kind) {
         case Kind::Number:
         case Kind::Text:
         case Kind::Pointer:
         case Kind::Unknown:
-            return addLeaf(type, place);
+            return addLeaf(type, value);
         case Kind::List:
         case Kind::Map:
-            return addCollection(type, place);
+            return addCollection(type, value);
         case Kind::Object:
-            return addObject(type, place);
+            return addObject(type, value);
         case Kind::ObjectBase:
             break;
     }
 }
 
-void Selections::addLeaf(const ValueType& type, const Place& place) {
-    columns.push_back({.name = place.name,
-                       .selection = {.part = Selection::Part::Values, .path = place.path},
+void Selections::addLeaf(const ValueType& type, const NestedValue& value) {
+    columns.push_back({.name = value.name,
+                       .selection = {.content = Selection::Content::Values, .path = value.path},
                        .type = columnTypeOf(type),
-                       .isList = place.isInList,
+                       .isList = value.isInList,
                        .problem = type.problem});
 }
 
-void Selections::addObject(const ValueType& type, const Place& place) {
+void Selections::addObject(const ValueType& type, const NestedValue& value) {
     for (std::size_t i = 0; i < type.arguments.size(); ++i) {
         const std::string& member = type.arguments[i].name;
-        add(type.arguments[i], place.within(i, member.empty() ? "" : "." + member));
+        add(type.arguments[i], value.within(i, member.empty() ? "" : "." + member));
     }
 }
 
-void Selections::addCollection(const ValueType& type, const Place& place) {
+void Selections::addCollection(const ValueType& type, const NestedValue& value) {
     const bool isMap = type.kind == Kind::Map;
     for (std::size_t i = 0; i < type.arguments.size(); ++i) {
-        Place items = place.within(i, !isMap ? "" : i == 0 ? ".key" : ".value");
+        NestedValue items = value.within(i, !isMap ? "" : i == 0 ? ".key" : ".value");
         items.isInList = true;
         add(type.arguments[i], items);
     }
-    if (place.isInList) {
-        addLevel(type, place);
+    if (value.isInList) {
+        addLevel(type, value);
     }
 }
 
 /// Of lists of the same name in each other, the innermost has the shortest names.
-void Selections::addLevel(const ValueType& type, const Place& place) {
-    std::string name = place.name;
+void Selections::addLevel(const ValueType& type, const NestedValue& value) {
+    std::string name = value.name;
     for (const ValueType* inner = &type; inner->kind == Kind::List && inner->arguments.front().kind == Kind::List;
          inner = &inner->arguments.front()) {
         name += ".count";
     }
-    using enum Selection::Part;
-    for (const auto& [part, suffix] : {std::pair(Counts, ".count"), std::pair(Rows, ".row")}) {
+    using enum Selection::Content;
+    for (const auto& [content, suffix] : {std::pair(Counts, ".count"), std::pair(Rows, ".row")}) {
         columns.push_back({.name = name + suffix,
-                           .selection = {.part = part, .path = place.path},
+                           .selection = {.content = content, .path = value.path},
                            .type = ColumnType::Integer,
                            .isList = true});
     }

@@ -11,12 +11,12 @@ namespace velmorak::root {
 
 /// What a column takes of the values of a type: a number or text somewhere in them, or how its lists are nested.
 struct Selection {
-    enum class Part {
+    enum class Content {
         Values,
         Counts,  ///< Lengths of the lists at the end of the path.
         Rows,    ///< For each value in them, the position of its list among all of its entry.
     };
-    Part part = Part::Values;
+    Content content = Content::Values;
     std::vector<std::size_t> path = {};  ///< Positions among the arguments, from the type inwards.
 };
 

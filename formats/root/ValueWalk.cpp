@@ -161,11 +161,11 @@ void ValueWalk::members(Buffer& bytes, const ValueType& type, std::size_t step) 
 }
 
 void ValueWalk::keepCount(std::size_t count, std::size_t step) {
-    if (step != selection.path.size() || selection.part == Selection::Part::Values) {
+    if (step != selection.path.size() || selection.content == Selection::Content::Values) {
         return;
     }
     auto& kept = std::get<Column::Integers>(column.values);
-    if (selection.part == Selection::Part::Counts) {
+    if (selection.content == Selection::Content::Counts) {
         kept.push_back(static_cast<std::int64_t>(count));
     } else {
         kept.insert(kept.end(), count, row);
