@@ -378,9 +378,10 @@ Code compile(std::string_view text, const Schema& columns, const std::map<std::s
     const std::vector<Node> tree = parse(text);
     const TypedOperand whole = compiler.compile(tree, scope);
     if (whole.width > 1) {
-        compiler.fail(tree.back(),
-                      "a list of combinations is no column; take first(...), second(...), or a sum of each, or index "
-                      "another list with it");
+        compiler.fail(
+            tree.back(),
+            "a list of combinations is not a column; take first(...), second(...), or a sum of each, or index "
+            "another list with it");
     }
     return std::move(compiler).finish(whole);
 }

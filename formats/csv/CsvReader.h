@@ -20,7 +20,7 @@ struct CsvOptions {
     std::map<std::string, ColumnType> types;
     std::set<std::string> dates = {};  ///< Columns of type real whose texts are dates.
     std::size_t rowsToInfer = 10000;   ///< Rows that the types are inferred from.
-    bool ignoresOtherTypes = false;    ///< Types of columns that the file does not have are no mistake.
+    bool ignoresOtherTypes = false;    ///< Types of columns that the file does not have are not an error.
     bool readsInOrder = false;         ///< Rows before a bad one are kept, even if they are in the same chunk.
     CsvEncoding encoding = CsvEncoding::Automatic;
     bool hasUnits = false;  ///< The record after the header holds the units of the columns.

@@ -44,7 +44,7 @@ public:
     std::size_t position() const { return place; }
     /// Line that the last record began on.
     std::uint64_t line() const { return recordLine; }
-    /// Line that the next record begins on, or a line before that is no record.
+    /// Line that the next record begins on, or a line before that is not a record.
     std::uint64_t lineAfter() const { return nextLine; }
     /// The error in the last record; empty if there is none.
     const std::string& complaint() const { return problem; }

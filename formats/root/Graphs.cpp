@@ -77,7 +77,7 @@ bool isGraph(const std::string& className) {
 
 DataObjectPtr pointsFrom(const Object& object) {
     if (!isGraph(object.className)) {
-        throw Failure(fmt::format("a {} is no graph", object.className));
+        throw Failure(fmt::format("a {} is not a graph", object.className));
     }
     try {
         const DataObjectPtr made = object.className == "TEfficiency" ? efficiencyFrom(object) : graphOf(object);

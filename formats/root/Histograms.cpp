@@ -253,7 +253,7 @@ DataObjectPtr histogramFrom(const Object& object) {
         case 3:
             return made(object, histogramOf<3>);
         default:
-            throw Failure(fmt::format("a {} is no histogram", object.className));
+            throw Failure(fmt::format("a {} is not a histogram", object.className));
     }
 }
 
@@ -264,7 +264,7 @@ DataObjectPtr profileFrom(const Object& object) {
         case 2:
             return made(object, profileOf<2>);
         default:
-            throw Failure(fmt::format("a {} is no profile", object.className));
+            throw Failure(fmt::format("a {} is not a profile", object.className));
     }
 }
 

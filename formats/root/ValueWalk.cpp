@@ -204,7 +204,7 @@ void ValueWalk::memberWise(Buffer& bytes, const ValueType& type, std::size_t ste
     const bool isMap = type.kind == Kind::Map;
     const ValueType& holder = isMap ? type : type.arguments.front();
     if (!isMap && holder.kind != Kind::Object) {
-        throw Failure("values that are no objects are written member by member");
+        throw Failure("values that are not objects are written member by member");
     }
     const std::size_t inside = isMap ? step : within(step, 0);
     for (std::size_t i = 0; i < holder.arguments.size() && count > 0; ++i) {

@@ -90,7 +90,7 @@ Filled<axes, quantities> cellsByLimits(const Block& block) {
     // Rows far from a grid would need memory for many more cells than there are rows.
     constexpr std::size_t maxGaps = 100;
     if (grid.cellCount() > maxGaps * (rows.size() + maxGaps)) {
-        throw Fault("its bins are no grid");
+        throw Fault("its bins are not a grid");
     }
     CellVector<CellSums<quantities>> cells(grid.cellCount());
     for (const std::vector<double>& row : rows) {
