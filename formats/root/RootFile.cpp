@@ -1,7 +1,7 @@
 #include "root/RootFile.h"
 
-#include "root/NTuple.h"
-#include "root/Tree.h"
+#include "root/ntuple/NTuple.h"
+#include "root/tree/Tree.h"
 
 #include <fmt/format.h>
 #include <velmorak/ChunkSize.h>

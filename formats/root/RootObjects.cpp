@@ -1,9 +1,9 @@
 #include "root/RootObjects.h"
 
-#include "root/Classes.h"
-#include "root/File.h"
-#include "root/Histograms.h"
-#include "root/ObjectReader.h"
+#include "root/container/File.h"
+#include "root/objects/Classes.h"
+#include "root/objects/Histograms.h"
+#include "root/objects/ObjectReader.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
-#include "root/File.h"
+#include "root/container/File.h"
 
-#include "root/Compression.h"
+#include "root/container/Compression.h"
 
 #include <velmorak/RegularFile.h>
 

@@ -1,4 +1,4 @@
-#include "root/Record.h"
+#include "root/container/Record.h"
 
 namespace velmorak::root {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "root/Buffer.h"
+#include "root/container/Buffer.h"
 
 #include <optional>
 

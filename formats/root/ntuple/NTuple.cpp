@@ -1,4 +1,4 @@
-#include "root/NTuple.h"
+#include "root/ntuple/NTuple.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "root/NTuplePage.h"
+#include "root/ntuple/NTuplePage.h"
 
 #include <velmorak/Table.h>
 

@@ -1,6 +1,6 @@
-#include "root/NTuplePage.h"
+#include "root/ntuple/NTuplePage.h"
 
-#include "root/Compression.h"
+#include "root/container/Compression.h"
 
 #include <fmt/format.h>
 #define XXH_INLINE_ALL

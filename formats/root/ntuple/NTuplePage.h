@@ -1,6 +1,6 @@
 #pragma once
 
-#include "root/NTupleSchema.h"
+#include "root/ntuple/NTupleSchema.h"
 
 #include <variant>
 

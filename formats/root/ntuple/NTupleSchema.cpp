@@ -1,7 +1,7 @@
-#include "root/NTupleSchema.h"
+#include "root/ntuple/NTupleSchema.h"
 
-#include "root/Compression.h"
-#include "root/Record.h"
+#include "root/container/Compression.h"
+#include "root/container/Record.h"
 
 #include <fmt/format.h>
 #define XXH_INLINE_ALL

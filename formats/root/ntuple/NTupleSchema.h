@@ -1,6 +1,6 @@
 #pragma once
 
-#include "root/File.h"
+#include "root/container/File.h"
 
 #include <cstdint>
 #include <string>

@@ -1,7 +1,7 @@
-#include "root/Classes.h"
+#include "root/objects/Classes.h"
 
-#include "root/File.h"
-#include "root/Record.h"
+#include "root/container/File.h"
+#include "root/container/Record.h"
 
 #include <functional>
 

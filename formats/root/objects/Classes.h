@@ -1,7 +1,7 @@
 #pragma once
 
-#include "root/Buffer.h"
-#include "root/Number.h"
+#include "root/container/Buffer.h"
+#include "root/container/Number.h"
 
 #include <map>
 #include <optional>

@@ -1,7 +1,7 @@
-#include "root/Efficiency.h"
+#include "root/objects/Efficiency.h"
 
-#include "root/HistogramAxes.h"
-#include "root/Histograms.h"
+#include "root/objects/HistogramAxes.h"
+#include "root/objects/Histograms.h"
 
 #include <fmt/format.h>
 #include <velmorak/ElementaryFunctions.h>

@@ -1,5 +1,5 @@
-#include "root/Efficiency.h"
-#include "root/Histograms.h"
+#include "root/objects/Efficiency.h"
+#include "root/objects/Histograms.h"
 
 #include <fmt/format.h>
 #include <velmorak/Failure.h>

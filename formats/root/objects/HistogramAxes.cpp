@@ -1,4 +1,4 @@
-#include "root/HistogramAxes.h"
+#include "root/objects/HistogramAxes.h"
 
 #include <fmt/format.h>
 #include <velmorak/Failure.h>

@@ -1,6 +1,6 @@
-#include "root/Histograms.h"
+#include "root/objects/Histograms.h"
 
-#include "root/HistogramAxes.h"
+#include "root/objects/HistogramAxes.h"
 
 #include <fmt/format.h>
 #include <velmorak/Failure.h>

@@ -1,4 +1,4 @@
-#include "root/Object.h"
+#include "root/objects/Object.h"
 
 #include <algorithm>
 

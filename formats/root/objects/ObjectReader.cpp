@@ -1,4 +1,4 @@
-#include "root/ObjectReader.h"
+#include "root/objects/ObjectReader.h"
 
 #include <algorithm>
 #include <map>

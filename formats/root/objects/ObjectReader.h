@@ -1,8 +1,8 @@
 #pragma once
 
-#include "root/Classes.h"
-#include "root/Object.h"
-#include "root/Record.h"
+#include "root/container/Record.h"
+#include "root/objects/Classes.h"
+#include "root/objects/Object.h"
 
 #include <unordered_map>
 

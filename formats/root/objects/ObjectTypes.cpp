@@ -1,4 +1,4 @@
-#include "root/ValueTypes.h"
+#include "root/tree/ValueTypes.h"
 
 namespace velmorak::root {
 namespace {

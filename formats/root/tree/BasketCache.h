@@ -1,6 +1,6 @@
 #pragma once
 
-#include "root/Basket.h"
+#include "root/tree/Basket.h"
 
 #include <velmorak/Mutex.h>
 

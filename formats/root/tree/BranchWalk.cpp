@@ -1,6 +1,6 @@
-#include "root/BranchWalk.h"
+#include "root/tree/BranchWalk.h"
 
-#include "root/ValueTypes.h"
+#include "root/tree/ValueTypes.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "root/BulkDecode.h"
+#include "root/tree/BulkDecode.h"
 
 namespace velmorak::root {
 namespace {

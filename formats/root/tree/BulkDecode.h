@@ -1,6 +1,6 @@
 #pragma once
 
-#include "root/Tree.h"
+#include "root/tree/Tree.h"
 
 namespace velmorak::root {
 

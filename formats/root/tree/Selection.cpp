@@ -1,4 +1,4 @@
-#include "root/Selection.h"
+#include "root/tree/Selection.h"
 
 namespace velmorak::root {
 namespace {

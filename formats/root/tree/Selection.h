@@ -1,6 +1,6 @@
 #pragma once
 
-#include "root/ValueTypes.h"
+#include "root/tree/ValueTypes.h"
 
 #include <velmorak/Table.h>
 

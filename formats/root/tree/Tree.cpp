@@ -1,9 +1,9 @@
-#include "root/Tree.h"
+#include "root/tree/Tree.h"
 
-#include "root/BranchWalk.h"
-#include "root/BulkDecode.h"
-#include "root/Compression.h"
-#include "root/ValueWalk.h"
+#include "root/container/Compression.h"
+#include "root/tree/BranchWalk.h"
+#include "root/tree/BulkDecode.h"
+#include "root/tree/ValueWalk.h"
 
 #include <fmt/format.h>
 

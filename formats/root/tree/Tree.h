@@ -1,10 +1,10 @@
 #pragma once
 
-#include "root/Basket.h"
-#include "root/BasketCache.h"
-#include "root/File.h"
-#include "root/ObjectReader.h"
-#include "root/Selection.h"
+#include "root/container/File.h"
+#include "root/objects/ObjectReader.h"
+#include "root/tree/Basket.h"
+#include "root/tree/BasketCache.h"
+#include "root/tree/Selection.h"
 
 #include <velmorak/Table.h>
 

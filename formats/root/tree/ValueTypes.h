@@ -1,7 +1,7 @@
 #pragma once
 
-#include "root/Classes.h"
-#include "root/Number.h"
+#include "root/container/Number.h"
+#include "root/objects/Classes.h"
 
 #include <optional>
 #include <string>

@@ -1,6 +1,6 @@
-#include "root/ValueWalk.h"
+#include "root/tree/ValueWalk.h"
 
-#include "root/Record.h"
+#include "root/container/Record.h"
 
 #include <algorithm>
 

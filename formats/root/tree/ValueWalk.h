@@ -1,6 +1,6 @@
 #pragma once
 
-#include "root/Selection.h"
+#include "root/tree/Selection.h"
 
 namespace velmorak::root {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "root/Object.h"
+#include "root/objects/Object.h"
 #include "root/write/Packing.h"
 #include "root/write/RecordHead.h"
 #include "root/write/WrittenClasses.h"
