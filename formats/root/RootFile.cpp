@@ -14,7 +14,11 @@
 namespace velmorak {
 namespace {
 
-using namespace root;
+using root::classesOf;
+using root::Entry;
+using root::File;
+using root::NTuple;
+using root::Tree;
 
 bool isTree(const std::string& className) {
     return className == "TTree" || className == "TNtuple" || className == "TNtupleD";

@@ -14,7 +14,19 @@
 namespace velmorak {
 namespace {
 
-using namespace root;
+using root::Classes;
+using root::classesOf;
+using root::Entry;
+using root::File;
+using root::histogramAxes;
+using root::histogramFrom;
+using root::isGraph;
+using root::Object;
+using root::ObjectPtr;
+using root::ObjectReader;
+using root::pointsFrom;
+using root::profileAxes;
+using root::profileFrom;
 
 constexpr std::size_t maxListed = 20;
 

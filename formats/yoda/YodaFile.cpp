@@ -11,7 +11,13 @@ namespace velmorak {
 
 namespace {
 
-using namespace yoda;
+using yoda::axisOf;
+using yoda::Block;
+using yoda::Fault;
+using yoda::numberIn;
+using yoda::numbersIn;
+using yoda::readBlocks;
+using yoda::sumsOf;
 
 /// Rows of versions 1 and 2 that hold more than one bin.
 bool isSummary(const std::vector<std::string>& words) {
