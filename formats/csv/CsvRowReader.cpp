@@ -1,3 +1,5 @@
+#include "csv/CsvRowReader.h"
+
 #include "csv/CsvReader.h"
 
 #include <velmorak/ChunkSize.h>
@@ -5,10 +7,28 @@
 #include <algorithm>
 #include <utility>
 
-/// Reading row by row, where a bad row is skipped or ends the table, and where long texts end a chunk early.
 namespace velmorak {
 
-bool CsvReader::nextInOrder(Chunk& chunk) {
+CsvChunkLimits chunkLimitsOf(const Schema& columns) {
+    CsvChunkLimits limits{.maxRows = rowsInChunk(columns), .rowBytes = bytesInRow(columns)};
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].type == ColumnType::Text || columns[i].isList) {
+            limits.textColumns.push_back(i);
+        }
+        limits.rowBytes -= columns[i].isList ? bytesInValue(columns[i].type) : 0;
+    }
+    // No more than four bytes in memory come from a byte of the file: in a list of digits that are converted to reals.
+    constexpr std::size_t growth = 4;
+    const std::size_t equal = std::min(maxChunkBytes, limits.maxRows * limits.rowBytes);
+    limits.maxBytesOfFile = limits.textColumns.empty() ? growth * maxChunkBytes : (maxChunkBytes - equal) / growth + 1;
+    return limits;
+}
+
+CsvRowReader::CsvRowReader(const CsvOptions& options, const CsvLayout& layout, CsvStream& stream, const Schema& columns,
+                           const CsvRepairs& repairs, RunContext& context)
+    : options(options), layout(layout), stream(stream), columns(columns), repairs(repairs), context(context) {}
+
+bool CsvRowReader::next(Chunk& chunk, const CsvChunkLimits& limits) {
     std::vector<Column> target;
     for (const CsvColumn& column : layout.columns) {
         target.push_back(emptyColumn(column));
@@ -16,7 +36,7 @@ bool CsvReader::nextInOrder(Chunk& chunk) {
     chunk.rows = 0;
     chunk.owner.reset();
     try {
-        while (!failure && !isFull(chunk.rows) && readRow(target, chunk.rows)) {
+        while (!failure && !isFull(chunk.rows, limits) && readRow(target, chunk.rows, limits)) {
         }
     } catch (const Failure& damage) {
         failure = damage;
@@ -32,23 +52,23 @@ bool CsvReader::nextInOrder(Chunk& chunk) {
                                                            : nullptr);
     }
     if (chunk.rows == 0) {
-        reportRepaired();
+        repairs.report();
         reportSkipped();
     }
     return chunk.rows > 0;
 }
 
 /// Long texts end a chunk before it has its full number of rows.
-bool CsvReader::isFull(std::size_t rows) {
+bool CsvRowReader::isFull(std::size_t rows, const CsvChunkLimits& limits) {
     if (rows == 0) {
         textBytes = 0;
     }
-    return rows >= maxRows || rows * rowBytes + textBytes >= maxChunkBytes;
+    return rows >= limits.maxRows || rows * limits.rowBytes + textBytes >= maxChunkBytes;
 }
 
 /// Counts the texts and lists of the record, also of columns that are not needed: these do not change the chunks.
-void CsvReader::countTexts() {
-    for (const std::size_t position : textColumns) {
+void CsvRowReader::countTexts(const CsvChunkLimits& limits) {
+    for (const std::size_t position : limits.textColumns) {
         const std::string_view text = fields[position].text;
         if (!columns[position].isList) {
             textBytes += text.size();
@@ -60,7 +80,7 @@ void CsvReader::countTexts() {
 }
 
 /// Appends the next record to the columns, or skips it. @return false at the end of the file.
-bool CsvReader::readRow(std::vector<Column>& target, std::size_t& rows) {
+bool CsvRowReader::readRow(std::vector<Column>& target, std::size_t& rows, const CsvChunkLimits& limits) {
     if (++recordsSeen % 4096 == 0 && context.isStopping()) {
         throw Stopped();
     }
@@ -69,19 +89,19 @@ bool CsvReader::readRow(std::vector<Column>& target, std::size_t& rows) {
     }
     for (std::size_t i = 0; i < target.size(); ++i) {
         if (rows >= target[i].valueCount() || target[i].isList()) {
-            resizeColumn(target[i], std::min(maxRows, 2 * rows + 1));
+            resizeColumn(target[i], std::min(limits.maxRows, 2 * rows + 1));
         }
     }
     std::uint64_t repaired = noLine;
     const std::string complaint = storeRecord(layout, stream.record(), fields, target, rows, repaired);
-    noteRepaired(repaired);
+    repairs.note(repaired);
     if (complaint.empty()) {
-        countTexts();
+        countTexts(limits);
         ++rows;
         return true;
     }
     if (!options.isSkipping) {
-        fail(stream.line(), complaint);
+        failAtLine(options, stream.line(), complaint);
     }
     for (Column& column : target) {
         if (column.isList()) {
@@ -94,7 +114,7 @@ bool CsvReader::readRow(std::vector<Column>& target, std::size_t& rows) {
     return true;
 }
 
-void CsvReader::reportSkipped() {
+void CsvRowReader::reportSkipped() {
     if (skippedRows == 0) {
         return;
     }
