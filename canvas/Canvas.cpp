@@ -8,14 +8,16 @@ namespace {
 /// The type of the widget: the C library's, with the handlers of gtkmm, which know that a C++ object owns it.
 class CanvasClass : public Glib::Class {
 public:
-    const Glib::Class& init() {
-        if (gtype_ == 0) {
-            class_init_func_ = &Gtk::Container_Class::class_init_function;
-            register_derived_type(goo_canvas_get_type());
-        }
-        return *this;
-    }
+    const Glib::Class& init();
 };
+
+const Glib::Class& CanvasClass::init() {
+    if (gtype_ == 0) {
+        class_init_func_ = &Gtk::Container_Class::class_init_function;
+        register_derived_type(goo_canvas_get_type());
+    }
+    return *this;
+}
 
 CanvasClass canvasClass;  // Static data by the convention of glibmm, which registers a type once per program.
 

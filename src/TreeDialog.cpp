@@ -1,6 +1,6 @@
 #include "TreeDialog.h"
 
-TreeDialog::TreeDialog(vkWindow* main, const Glib::ustring& title) : mainWindow(main) {
+TreeDialog::TreeDialog(vkWindow* mainWindow, const Glib::ustring& title) : mainWindow(mainWindow) {
     set_title(title);
     set_border_width(5);
     set_default_size(400, 200);

@@ -17,7 +17,7 @@ class vkWindow;
 /// Lifetime: a member of the main window, which outlives it. Hidden until shown; closing hides it.
 class TreeDialog : public Gtk::Window {
 protected:
-    TreeDialog(vkWindow* main, const Glib::ustring& title);
+    TreeDialog(vkWindow* mainWindow, const Glib::ustring& title);
 
     /// Shows `tree`, with one view column.
     void showTree(const Glib::ustring& heading, const Gtk::TreeModelColumn<Glib::ustring>& column);

@@ -19,9 +19,8 @@ class QzManager;
 
 /// One analysis plug-in on the canvas: a box with two title lines and a text for each visible port.
 ///
-/// Invariant: every item is a direct child of the canvas's root item, and a redraw replaces all of them. Whoever holds
-/// an
-///           item across draw() holds one that is no longer on the canvas; hold the name of the plug-in instead.
+/// Invariant: every item is a direct child of the canvas's root item, and a redraw replaces all of them. An item
+///           that is held across draw() is no longer on the canvas; hold the name of the plug-in instead.
 /// Lengths:  canvas units, y downwards; the library stores positions with y upwards.
 /// Lifetime: wraps an object of the manager and makes the manager delete it in the destructor, unless released.
 /// Threads:  the main thread only.

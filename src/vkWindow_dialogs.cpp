@@ -88,7 +88,7 @@ void sendButton::send() {
     }
 }
 
-varWindow::varWindow(vkWindow* main, plugin* edited) : mainWindow(main), node(edited->handle()) {
+varWindow::varWindow(vkWindow* mainWindow, plugin* edited) : mainWindow(mainWindow), node(edited->handle()) {
     set_title(edited->uniqueName + " Variables");
     set_resizable(false);
     createFields();

@@ -1,8 +1,8 @@
 #include "Unpacking.h"
 
-#include <root/Classes.h>
-#include <root/File.h>
-#include <root/Tree.h>
+#include <root/container/File.h>
+#include <root/objects/Classes.h>
+#include <root/tree/Tree.h>
 
 #include <fcntl.h>
 #include <lz4.h>

@@ -32,7 +32,7 @@ public:
     /// Null if there is no such child.
     Glib::RefPtr<Item> get_child(int position);
 
-    /// -1 if the item is no child.
+    /// -1 if the item is not a child.
     int find_child(const Glib::RefPtr<Item>& child) const;
 
     /// Null for an item that is not on a canvas.

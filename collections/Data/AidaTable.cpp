@@ -70,19 +70,10 @@ std::string AidaTableKind::summary() const {
 }
 
 Ports AidaTableKind::ports(const ValueTexts&) const {
-    Ports ports;
-    ports.inputs = aidaInputs("tuple or cloud", "/run1/events");
-    ports.inputs.front() =
-        fileListInput("AIDA file, plain or compressed; the format is recognised by content", aidaIfEmpty);
-    for (InputSpec& input : fileChainInputs()) {
-        ports.inputs.push_back(std::move(input));
-    }
-    ports.outputs = {
-        {.name = "table",
-         .description = "The rows of the tuple with its columns, or of the cloud with columns x, y, z and weight.",
-         .type = ValueType::Table},
-    };
-    return ports;
+    std::vector<InputSpec> inputs = aidaInputs("tuple or cloud", "/run1/events");
+    inputs.front() = fileListInput("AIDA file, plain or compressed; the format is recognised by content", aidaIfEmpty);
+    return fileTablePorts(std::move(inputs),
+                          "The rows of the tuple with its columns, or of the cloud with columns x, y, z and weight.");
 }
 
 std::unique_ptr<TableReader> AidaTableKind::open(const Arguments& arguments, RunContext& context) const {

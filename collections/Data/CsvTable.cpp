@@ -172,17 +172,12 @@ std::string CsvTableKind::summary() const {
 }
 
 Ports CsvTableKind::ports(const ValueTexts&) const {
-    Ports ports;
-    ports.inputs = {
+    std::vector<InputSpec> inputs{
         fileListInput("Text file, plain or compressed with gzip, bzip2 or zip; the format is recognised by content")};
     for (InputSpec& input : formInputs()) {
-        ports.inputs.push_back(std::move(input));
+        inputs.push_back(std::move(input));
     }
-    for (InputSpec& input : fileChainInputs()) {
-        ports.inputs.push_back(std::move(input));
-    }
-    ports.outputs = {{.name = "table", .description = "The rows of the files.", .type = ValueType::Table}};
-    return ports;
+    return fileTablePorts(std::move(inputs));
 }
 
 std::string CsvTableKind::refusal(const std::string& input, const std::string& value) const {

@@ -35,15 +35,10 @@ masses are in GeV. See [Event files](../hepmc.md).)";
 }
 
 Ports HepMcTableKind::ports(const ValueTexts&) const {
-    Ports ports;
-    ports.inputs = {
-        fileListInput("Events in HepMC ASCII (version 2 or 3) or Les Houches format, plain or compressed with gzip, "
-                      "bzip2 or zip; the format is recognised by content")};
-    for (InputSpec& input : fileChainInputs()) {
-        ports.inputs.push_back(std::move(input));
-    }
-    ports.outputs = {{.name = "table", .description = "A row for each event.", .type = ValueType::Table}};
-    return ports;
+    return fileTablePorts(
+        {fileListInput("Events in HepMC ASCII (version 2 or 3) or Les Houches format, plain or compressed with gzip, "
+                       "bzip2 or zip; the format is recognised by content")},
+        "A row for each event.");
 }
 
 std::unique_ptr<TableReader> HepMcTableKind::open(const Arguments& arguments, RunContext& context) const {

@@ -40,26 +40,17 @@ A file that was not closed is searched record by record, with a warning.)";
 }
 
 Ports RootTableKind::ports(const ValueTexts&) const {
-    Ports ports;
-    ports.inputs = {
-        fileListInput("ROOT file"),
-        {.name = "object",
-         .description = "Path of the tree, ntuple or RNTuple in the file, for example run1/events. Empty: the only one "
-                        "in the file.",
-         .type = ValueType::Text},
-        {.name = "columns",
-         .description =
-             "Names of the columns to read, separated by blanks or commas; a name with other characters in back "
-             "quotes. Empty: all columns that can be read.",
-         .type = ValueType::Text},
-    };
-    for (InputSpec& input : fileChainInputs()) {
-        ports.inputs.push_back(std::move(input));
-    }
-    ports.outputs = {{.name = "table",
-                      .description = "The entries, with a column for each branch or field.",
-                      .type = ValueType::Table}};
-    return ports;
+    return fileTablePorts(
+        {
+            fileListInput("ROOT file"),
+            {.name = "object",
+             .description =
+                 "Path of the tree, ntuple or RNTuple in the file, for example run1/events. Empty: the only one "
+                 "in the file.",
+             .type = ValueType::Text},
+            columnsInput(),
+        },
+        "The entries, with a column for each branch or field.");
 }
 
 std::unique_ptr<TableReader> RootTableKind::open(const Arguments& arguments, RunContext& context) const {

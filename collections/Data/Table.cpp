@@ -2,6 +2,7 @@
 
 #include "shared/ColumnList.h"
 #include "shared/FileInputs.h"
+#include "shared/FormatOfFile.h"
 
 #include <velmorak/FileFormat.h>
 
@@ -11,40 +12,8 @@
 namespace velmorak {
 namespace {
 
-/// Opens files of one format; refuses those of others.
-class RecognisingOpener : public FileOpener {
-public:
-    RecognisingOpener(const FileFormats& formats, const FileFormat& format, std::shared_ptr<const FileOpener> opener);
-
-    FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override;
-    std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* wanted,
-                                      RunContext& context) const override;
-    void checkNames(const std::set<std::string>& names) const override { opener->checkNames(names); }
-
-private:
-    void check(const std::filesystem::path& file) const;
-
-    const FileFormats& formats;
-    const FileFormat& format;
-    const std::shared_ptr<const FileOpener> opener;
-};
-
-RecognisingOpener::RecognisingOpener(const FileFormats& formats, const FileFormat& format,
-                                     std::shared_ptr<const FileOpener> opener)
-    : formats(formats), format(format), opener(std::move(opener)) {}
-
-FileColumns RecognisingOpener::columnsOf(const std::filesystem::path& file, RunContext& context) const {
-    check(file);
-    return opener->columnsOf(file, context);
-}
-
-std::unique_ptr<TableReader> RecognisingOpener::open(const std::filesystem::path& file, const Schema* wanted,
-                                                     RunContext& context) const {
-    check(file);  // A single file is opened at once.
-    return opener->open(file, wanted, context);
-}
-
-void RecognisingOpener::check(const std::filesystem::path& file) const {
+/// @throws Failure if the file does not have the format that the other files of the list have.
+void requireFormat(const std::filesystem::path& file, const FileFormat& format, const FileFormats& formats) {
     const FileFormat* own = formats.recognise(startOf(file));
     if (!own) {
         throw Failure(file.string() + " has no known format");
@@ -89,23 +58,13 @@ A text file is read as values separated by commas, with a header; `CsvTable` has
 }
 
 Ports AnyTableKind::ports(const ValueTexts&) const {
-    Ports ports;
-    ports.inputs = {
+    return fileTablePorts({
         fileListInput("File of any format that velmorak-run --look knows"),
         {.name = "object",
          .description = "Path of the table in the file, for example run1/events. Empty: the only one in the file.",
          .type = ValueType::Text},
-        {.name = "columns",
-         .description =
-             "Names of the columns to read, separated by blanks or commas; a name with other characters in back "
-             "quotes. Empty: all columns that can be read.",
-         .type = ValueType::Text},
-    };
-    for (InputSpec& input : fileChainInputs()) {
-        ports.inputs.push_back(std::move(input));
-    }
-    ports.outputs = {{.name = "table", .description = "The rows of the files.", .type = ValueType::Table}};
-    return ports;
+        columnsInput(),
+    });
 }
 
 const FileFormat* AnyTableKind::recognised(const std::filesystem::path& file, std::optional<Failure>& failure) const {
@@ -141,8 +100,10 @@ std::unique_ptr<TableReader> AnyTableKind::open(const Arguments& arguments, RunC
                                   ", which has no tables" +
                                   (format.objectKind().empty() ? "" : "; use " + format.objectKind()));
     }
-    return openFilesOf(std::move(list), std::make_shared<RecognisingOpener>(formats, format, std::move(opener)),
-                       arguments, context);
+    const auto check = [&all = formats, &format](const std::filesystem::path& file) {
+        requireFormat(file, format, all);
+    };
+    return openFilesOf(std::move(list), checkedOpener(std::move(opener), check), arguments, context);
 }
 
 std::vector<std::filesystem::path> AnyTableKind::files(const Arguments& arguments, RunContext& context) const {

@@ -118,20 +118,10 @@ std::vector<std::filesystem::path> ColumnarTableKind::files(const Arguments& arg
 }
 
 Ports ColumnarTableKind::ports(const ValueTexts&) const {
-    Ports ports;
-    ports.inputs = {
+    return fileTablePorts({
         fileListInput(format.files),
-        {.name = "columns",
-         .description =
-             "Names of the columns to read, separated by blanks or commas; a name with other characters in back "
-             "quotes. Empty: all columns that can be read.",
-         .type = ValueType::Text},
-    };
-    for (InputSpec& input : fileChainInputs()) {
-        ports.inputs.push_back(std::move(input));
-    }
-    ports.outputs = {{.name = "table", .description = "The rows of the files.", .type = ValueType::Table}};
-    return ports;
+        columnsInput(),
+    });
 }
 
 std::unique_ptr<TableReader> ColumnarTableKind::open(const Arguments& arguments, RunContext& context) const {

@@ -7,30 +7,6 @@
 namespace velmorak {
 namespace {
 
-class FitsFormat : public FileFormat {
-public:
-    std::string name() const override { return "FITS"; }
-    std::string description() const override { return "a FITS file"; }
-    std::string tableKind() const override { return "FitsTable"; }
-    Recognition recognise(const FileStart& start) const override;
-    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& /*context*/) const override;
-    std::shared_ptr<const FileOpener> tableOpener(const std::string& object,
-                                                  const std::vector<std::string>& columns) const override;
-};
-
-Recognition FitsFormat::recognise(const FileStart& start) const {
-    return isFits(start) ? Recognition::Certain : Recognition::No;
-}
-
-std::vector<FileObject> FitsFormat::objects(const std::filesystem::path& file, RunContext& /*context*/) const {
-    return listFits(file);
-}
-
-std::shared_ptr<const FileOpener> FitsFormat::tableOpener(const std::string& object,
-                                                          const std::vector<std::string>& columns) const {
-    return openerFor(openFitsTable, object, columns);
-}
-
 constexpr const char* notes =
     R"(See [FITS files](../fits.md). Binary and ASCII tables have a column for each of theirs, with its
 unit; a vector, also one of variable length, is a list column. An image has the columns `x`, `y` and `value`: the
@@ -53,7 +29,12 @@ std::unique_ptr<Kind> makeFitsTable() {
 }
 
 std::unique_ptr<FileFormat> makeFitsFormat() {
-    return std::make_unique<FitsFormat>();
+    return makeTableFormat({.name = "FITS",
+                            .description = "a FITS file",
+                            .kind = "FitsTable",
+                            .hasSignature = isFits,
+                            .list = [](const std::filesystem::path& file, RunContext&) { return listFits(file); },
+                            .open = openFitsTable});
 }
 
 }  // namespace velmorak

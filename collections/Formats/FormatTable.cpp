@@ -39,21 +39,42 @@ std::vector<std::filesystem::path> FormatTableKind::files(const Arguments& argum
 }
 
 Ports FormatTableKind::ports(const ValueTexts&) const {
-    Ports ports;
-    ports.inputs = {
+    return fileTablePorts({
         fileListInput(texts.files),
         {.name = "object", .description = texts.object, .type = ValueType::Text},
-        {.name = "columns",
-         .description =
-             "Names of the columns to read, separated by blanks or commas; a name with other characters in back "
-             "quotes. Empty: all columns that can be read.",
-         .type = ValueType::Text},
-    };
-    for (InputSpec& input : fileChainInputs()) {
-        ports.inputs.push_back(std::move(input));
-    }
-    ports.outputs = {{.name = "table", .description = "The rows of the files.", .type = ValueType::Table}};
-    return ports;
+        columnsInput(),
+    });
+}
+
+class FormatOfTables : public FileFormat {
+public:
+    explicit FormatOfTables(TableFormat format) : format(std::move(format)) {}
+
+    std::string name() const override { return format.name; }
+    std::string description() const override { return format.description; }
+    std::string tableKind() const override { return format.kind; }
+    Recognition recognise(const FileStart& start) const override;
+    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& context) const override;
+    std::shared_ptr<const FileOpener> tableOpener(const std::string& object,
+                                                  const std::vector<std::string>& columns) const override;
+
+private:
+    const TableFormat format;
+};
+
+Recognition FormatOfTables::recognise(const FileStart& start) const {
+    return format.hasSignature(start) ? Recognition::Certain : Recognition::No;
+}
+
+std::vector<FileObject> FormatOfTables::objects(const std::filesystem::path& file, RunContext& context) const {
+    return format.list(file, context);
+}
+
+std::shared_ptr<const FileOpener> FormatOfTables::tableOpener(const std::string& object,
+                                                              const std::vector<std::string>& columns) const {
+    return openerWith([open = format.open, object, columns](const std::filesystem::path& file, RunContext& context) {
+        return open(file, object, columns, context);
+    });
 }
 
 }  // namespace
@@ -62,11 +83,8 @@ std::unique_ptr<Kind> makeFormatTable(FormatTableTexts texts, std::unique_ptr<co
     return std::make_unique<FormatTableKind>(std::move(texts), std::move(format));
 }
 
-std::shared_ptr<const FileOpener> openerFor(OpenObject open, const std::string& object,
-                                            const std::vector<std::string>& columns) {
-    return openerWith([open, object, columns](const std::filesystem::path& file, RunContext& context) {
-        return open(file, object, columns, context);
-    });
+std::unique_ptr<FileFormat> makeTableFormat(TableFormat format) {
+    return std::make_unique<FormatOfTables>(std::move(format));
 }
 
 }  // namespace velmorak

@@ -20,12 +20,18 @@ struct FormatTableTexts {
 
 std::unique_ptr<Kind> makeFormatTable(FormatTableTexts texts, std::unique_ptr<const FileFormat> format);
 
-/// Opens a table of a file.
-using OpenObject = std::unique_ptr<TableReader> (*)(const std::filesystem::path& file, const std::string& object,
-                                                    const std::vector<std::string>& columns, RunContext& context);
+/// What differs between the formats of such kinds.
+struct TableFormat {
+    std::string name;
+    std::string description;  ///< As FileFormat::description.
+    std::string kind;
+    bool (*hasSignature)(const FileStart& start);
+    std::vector<FileObject> (*list)(const std::filesystem::path& file, RunContext& context);
+    /// Opens a table of a file, or the columns of it.
+    std::unique_ptr<TableReader> (*open)(const std::filesystem::path& file, const std::string& object,
+                                         const std::vector<std::string>& columns, RunContext& context);
+};
 
-/// An opener for the table, or the columns of it.
-std::shared_ptr<const FileOpener> openerFor(OpenObject open, const std::string& object,
-                                            const std::vector<std::string>& columns);
+std::unique_ptr<FileFormat> makeTableFormat(TableFormat format);
 
 }  // namespace velmorak

@@ -7,30 +7,6 @@
 namespace velmorak {
 namespace {
 
-class Hdf5Format : public FileFormat {
-public:
-    std::string name() const override { return "HDF5"; }
-    std::string description() const override { return "an HDF5 file"; }
-    std::string tableKind() const override { return "Hdf5Table"; }
-    Recognition recognise(const FileStart& start) const override;
-    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& /*context*/) const override;
-    std::shared_ptr<const FileOpener> tableOpener(const std::string& object,
-                                                  const std::vector<std::string>& columns) const override;
-};
-
-Recognition Hdf5Format::recognise(const FileStart& start) const {
-    return isHdf5(start) ? Recognition::Certain : Recognition::No;
-}
-
-std::vector<FileObject> Hdf5Format::objects(const std::filesystem::path& file, RunContext& /*context*/) const {
-    return listHdf5(file);
-}
-
-std::shared_ptr<const FileOpener> Hdf5Format::tableOpener(const std::string& object,
-                                                          const std::vector<std::string>& columns) const {
-    return openerFor(openHdf5Table, object, columns);
-}
-
 constexpr const char* notes = R"(See [HDF5 files](../hdf5.md). `object` is one of
 
 - a dataset with one dimension: a column `value`, or one for each member of its compound type;
@@ -56,7 +32,12 @@ std::unique_ptr<Kind> makeHdf5Table() {
 }
 
 std::unique_ptr<FileFormat> makeHdf5Format() {
-    return std::make_unique<Hdf5Format>();
+    return makeTableFormat({.name = "HDF5",
+                            .description = "an HDF5 file",
+                            .kind = "Hdf5Table",
+                            .hasSignature = isHdf5,
+                            .list = [](const std::filesystem::path& file, RunContext&) { return listHdf5(file); },
+                            .open = openHdf5Table});
 }
 
 }  // namespace velmorak

@@ -7,30 +7,6 @@
 namespace velmorak {
 namespace {
 
-class NumpyFormat : public FileFormat {
-public:
-    std::string name() const override { return "NumPy"; }
-    std::string description() const override { return "a NumPy file"; }
-    std::string tableKind() const override { return "NumpyTable"; }
-    Recognition recognise(const FileStart& start) const override;
-    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& /*context*/) const override;
-    std::shared_ptr<const FileOpener> tableOpener(const std::string& object,
-                                                  const std::vector<std::string>& columns) const override;
-};
-
-Recognition NumpyFormat::recognise(const FileStart& start) const {
-    return isNumpy(start) ? Recognition::Certain : Recognition::No;
-}
-
-std::vector<FileObject> NumpyFormat::objects(const std::filesystem::path& file, RunContext& /*context*/) const {
-    return listNumpy(file);
-}
-
-std::shared_ptr<const FileOpener> NumpyFormat::tableOpener(const std::string& object,
-                                                           const std::vector<std::string>& columns) const {
-    return openerFor(openNumpyTable, object, columns);
-}
-
 constexpr const char* notes = R"(Records, and arrays with one or two dimensions; see [NumPy files](../numpy.md).
 
 An array without records has a column `value`, in an archive one with the name of the array. With two dimensions, it has a
@@ -53,7 +29,12 @@ std::unique_ptr<Kind> makeNumpyTable() {
 }
 
 std::unique_ptr<FileFormat> makeNumpyFormat() {
-    return std::make_unique<NumpyFormat>();
+    return makeTableFormat({.name = "NumPy",
+                            .description = "a NumPy file",
+                            .kind = "NumpyTable",
+                            .hasSignature = isNumpy,
+                            .list = [](const std::filesystem::path& file, RunContext&) { return listNumpy(file); },
+                            .open = openNumpyTable});
 }
 
 }  // namespace velmorak

@@ -21,8 +21,8 @@ struct Choice {
 
 class Writing : public Accumulation, public ColumnFile {
 public:
-    /// @param runContext outlives this.
-    Writing(Choice choice, Schema schema, RunContext& runContext);
+    /// @param context outlives this.
+    Writing(Choice choice, Schema schema, RunContext& context);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<WrittenColumns>(*this); }
     void finish(AccumulatorState& state, Results&) override;
@@ -40,8 +40,8 @@ private:
     mutable std::optional<numpy::RowStore> rows;
 };
 
-Writing::Writing(Choice choice, Schema schema, RunContext& runContext)
-    : choice(std::move(choice)), types(std::move(schema)), context(runContext) {}
+Writing::Writing(Choice choice, Schema schema, RunContext& context)
+    : choice(std::move(choice)), types(std::move(schema)), context(context) {}
 
 void Writing::append(const std::vector<ColumnPtr>& columns, std::size_t count) const {
     store().append(columns, count);

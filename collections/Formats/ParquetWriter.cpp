@@ -14,8 +14,8 @@ namespace {
 /// A file of bytes that is being written. Nothing is on disk before the first call; without complete() it is removed.
 class OutputFile {
 public:
-    /// @param runContext outlives this.
-    OutputFile(std::string name, RunContext& runContext) : name(std::move(name)), context(runContext) {}
+    /// @param context outlives this.
+    OutputFile(std::string name, RunContext& context) : name(std::move(name)), context(context) {}
 
     void write(const std::string& bytes);
     void complete();

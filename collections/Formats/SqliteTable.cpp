@@ -7,30 +7,6 @@
 namespace velmorak {
 namespace {
 
-class SqliteFormat : public FileFormat {
-public:
-    std::string name() const override { return "SQLite"; }
-    std::string description() const override { return "an SQLite database"; }
-    std::string tableKind() const override { return "SqliteTable"; }
-    Recognition recognise(const FileStart& start) const override;
-    std::vector<FileObject> objects(const std::filesystem::path& file, RunContext& context) const override;
-    std::shared_ptr<const FileOpener> tableOpener(const std::string& object,
-                                                  const std::vector<std::string>& columns) const override;
-};
-
-Recognition SqliteFormat::recognise(const FileStart& start) const {
-    return isSqlite(start) ? Recognition::Certain : Recognition::No;
-}
-
-std::vector<FileObject> SqliteFormat::objects(const std::filesystem::path& file, RunContext& context) const {
-    return listSqlite(file, context);
-}
-
-std::shared_ptr<const FileOpener> SqliteFormat::tableOpener(const std::string& object,
-                                                            const std::vector<std::string>& columns) const {
-    return openerFor(openSqliteTable, object, columns);
-}
-
 constexpr const char* notes =
     R"(The database is only read; see [SQLite databases](../sqlite.md). A query may join tables, use
 views, and sort; it is one `SELECT`, and nothing else: no other file is attached, no extension loaded.
@@ -53,7 +29,12 @@ std::unique_ptr<Kind> makeSqliteTable() {
 }
 
 std::unique_ptr<FileFormat> makeSqliteFormat() {
-    return std::make_unique<SqliteFormat>();
+    return makeTableFormat({.name = "SQLite",
+                            .description = "an SQLite database",
+                            .kind = "SqliteTable",
+                            .hasSignature = isSqlite,
+                            .list = listSqlite,
+                            .open = openSqliteTable});
 }
 
 }  // namespace velmorak

@@ -61,7 +61,7 @@ public:
             target[i + 1] = bins.binOf(whole.first() + static_cast<std::int64_t>(i)) + 1;
         }
         target.back() = wantedBins + 1;
-        return replaced(bins.axis(whole), gathered(object->cells(), target, wantedBins + 2));
+        return replaced(bins.axis(whole), scatterAdd(object->cells(), target, wantedBins + 2));
     }
 
     void save(StateWriter& writer) const {
@@ -112,7 +112,7 @@ private:
                 cells[i + 1] = static_cast<std::size_t>(number - target.first()) + 1;
             }
             cells.back() = target.count() + 1;
-            object = replaced(target.axis(), gathered(object->cells(), cells, target.count() + 2));
+            object = replaced(target.axis(), scatterAdd(object->cells(), cells, target.count() + 2));
         }
         grid = target;
     }

@@ -92,7 +92,7 @@ Histogram<axes> rebinned(const Histogram<axes>& histogram, const Arguments& argu
         }
         target.push_back(grid.cell(cells));
     }
-    return {grid, gathered(histogram.cells(), target, grid.cellCount()), histogram.nanEntries()};
+    return {grid, scatterAdd(histogram.cells(), target, grid.cellCount()), histogram.nanEntries()};
 }
 
 std::vector<InputSpec> joiningInputs(const std::string& prefix, const std::string& axis) {

@@ -176,7 +176,7 @@ std::string percent(double part, double whole) {
 
 class FlowAccumulation : public Accumulation {
 public:
-    FlowAccumulation(const Arguments& arguments, const Schema& schema, RunContext& runContext);
+    FlowAccumulation(const Arguments& arguments, const Schema& schema, RunContext& context);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<FlowState>(cuts, weight); }
     void markColumns(std::vector<bool>& needed) const override;
@@ -199,8 +199,8 @@ private:
     std::optional<Expression> weight;
 };
 
-FlowAccumulation::FlowAccumulation(const Arguments& arguments, const Schema& schema, RunContext& runContext)
-    : context(runContext), file(arguments.text("file")) {
+FlowAccumulation::FlowAccumulation(const Arguments& arguments, const Schema& schema, RunContext& context)
+    : context(context), file(arguments.text("file")) {
     const std::map<std::string, double> numbers =
         numbersOf(arguments.text("cuts"), arguments.text("weight")).values(arguments, schema, context);
     for (const Cut& cut : cutsIn(arguments.text("cuts"))) {

@@ -29,7 +29,7 @@ Expression compiled(const std::string& input, const std::string& text, const Sch
         }
         return expression;
     } catch (const Failure& failure) {
-        throw Failure(input, failure.what());
+        throw Failure(input, failure.what(), failure.cause());
     }
 }
 

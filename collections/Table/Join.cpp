@@ -66,7 +66,7 @@ void Lookup::append(const JoinPlan& plan, const Chunk& chunk) {
 
 class JoinOperation : public RowOperation, public EndedOperation {
 public:
-    JoinOperation(JoinPlan joined, std::size_t columns, const StoredTable& second, RunContext& runContext);
+    JoinOperation(JoinPlan joined, std::size_t firstColumns, const StoredTable& second, RunContext& context);
 
     const Schema& schema() const override { return plan.schema(); }
     Chunk apply(const Chunk& chunk) const override;
@@ -86,8 +86,8 @@ private:
     mutable std::atomic<std::uint64_t> seen = 0;
 };
 
-JoinOperation::JoinOperation(JoinPlan joined, std::size_t columns, const StoredTable& second, RunContext& runContext)
-    : plan(std::move(joined)), firstColumns(columns), second(plan, second, runContext), context(runContext) {}
+JoinOperation::JoinOperation(JoinPlan joined, std::size_t firstColumns, const StoredTable& second, RunContext& context)
+    : plan(std::move(joined)), firstColumns(firstColumns), second(plan, second, context), context(context) {}
 
 void JoinOperation::markColumns(const std::vector<bool>& wanted, std::vector<bool>& needed) {
     const auto end = wanted.begin() + static_cast<std::ptrdiff_t>(firstColumns);

@@ -48,7 +48,7 @@ Expression compiled(const std::string& input, const std::string& text, const Sch
         }
         return expression;
     } catch (const Failure& failure) {
-        throw Failure(input, std::string("in the ") + table + " table: " + failure.what());
+        throw Failure(input, std::string("in the ") + table + " table: " + failure.what(), failure.cause());
     }
 }
 

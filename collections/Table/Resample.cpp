@@ -68,7 +68,7 @@ TimedRows Series::rowsOf(const Chunk& chunk) const {
 /// A short table in memory.
 class SeriesTable : public StoredTable {
 public:
-    SeriesTable(Schema schema, std::vector<ColumnPtr> all) : info(std::move(schema)), columns(std::move(all)) {}
+    SeriesTable(Schema schema, std::vector<ColumnPtr> columns) : info(std::move(schema)), columns(std::move(columns)) {}
 
     const Schema& schema() const override { return info; }
     std::unique_ptr<TableReader> open() const override;

@@ -42,7 +42,7 @@ void checkLength(std::int64_t first, std::int64_t last) {
 
 class Means : public Resampling {
 public:
-    Means(const TimeGrid& grid, std::size_t columns, std::shared_ptr<MemoryBudget> budget);
+    Means(const TimeGrid& grid, std::size_t width, std::shared_ptr<MemoryBudget> budget);
 
     void add(const TimedRows& rows) override;
     std::vector<ColumnPtr> columns() const override;
@@ -64,8 +64,8 @@ private:
     std::size_t length = 0;              ///< Of the series, for which there is memory.
 };
 
-Means::Means(const TimeGrid& grid, std::size_t columns, std::shared_ptr<MemoryBudget> budget)
-    : grid(grid), width(columns), memory(std::move(budget)) {}
+Means::Means(const TimeGrid& grid, std::size_t width, std::shared_ptr<MemoryBudget> budget)
+    : grid(grid), width(width), memory(std::move(budget)) {}
 
 Means::Step& Means::stepAt(std::int64_t number) {
     const auto [found, isNew] = steps.try_emplace(number);

@@ -166,11 +166,11 @@ private:
     bool isWanted = true;  ///< Somebody uses the new column.
 };
 
-WindowOperation::WindowOperation(const Schema& schema, Expression formula, std::optional<KeyMaker> keyMaker,
-                                 Groups allGroups, const Target& target)
-    : expression(std::move(formula)),
-      keys(std::move(keyMaker)),
-      groups(std::move(allGroups)),
+WindowOperation::WindowOperation(const Schema& schema, Expression expression, std::optional<KeyMaker> keys,
+                                 Groups groups, const Target& target)
+    : expression(std::move(expression)),
+      keys(std::move(keys)),
+      groups(std::move(groups)),
       place(schema.find(target.name).value_or(schema.size())) {
     std::vector<ColumnInfo> columns = schema.columns();
     if (place == columns.size()) {

@@ -44,7 +44,8 @@ std::vector<std::string> columnNames(const std::string& input, const std::string
 std::size_t columnPosition(const std::string& input, const std::string& name, const Schema& schema) {
     const std::optional<std::size_t> position = schema.find(name);
     if (!position) {
-        throw Failure(input, "there is no column \"" + name + "\"" + columnsThere(name, namesOf(schema)));
+        throw Failure(input, "there is no column \"" + name + "\"" + columnsThere(name, namesOf(schema)),
+                      Failure::Cause::UnknownColumn);
     }
     return *position;
 }

@@ -16,22 +16,7 @@ InputSpec fileInput(const std::string& formats, const std::string& lists, const 
             .type = ValueType::Text};
 }
 
-}  // namespace
-
-InputSpec fileListInput(const std::string& formats, const std::string& ifEmpty) {
-    return fileInput(formats,
-                     "@list.txt, a text file with a file on each line; or @samples.csv, a table with a column file, "
-                     "whose other columns become columns of each file's rows.",
-                     ifEmpty);
-}
-
-InputSpec summedFilesInput(const std::string& formats, const std::string& ifEmpty) {
-    return fileInput(formats,
-                     "or @list.txt, a text file with a file on each line. The objects of several files are added in "
-                     "the order of the files.",
-                     ifEmpty);
-}
-
+/// What to do with several files.
 std::vector<InputSpec> fileChainInputs() {
     return {
         {.name = "file_columns",
@@ -53,6 +38,37 @@ std::vector<InputSpec> fileChainInputs() {
          .value = "fail",
          .choices = {"fail", "skip"}},
     };
+}
+
+}  // namespace
+
+InputSpec fileListInput(const std::string& formats, const std::string& ifEmpty) {
+    return fileInput(formats,
+                     "@list.txt, a text file with a file on each line; or @samples.csv, a table with a column file, "
+                     "whose other columns become columns of each file's rows.",
+                     ifEmpty);
+}
+
+InputSpec summedFilesInput(const std::string& formats, const std::string& ifEmpty) {
+    return fileInput(formats,
+                     "or @list.txt, a text file with a file on each line. The objects of several files are added in "
+                     "the order of the files.",
+                     ifEmpty);
+}
+
+InputSpec columnsInput() {
+    return {.name = "columns",
+            .description =
+                "Names of the columns to read, separated by blanks or commas; a name with other characters in back "
+                "quotes. Empty: all columns that can be read.",
+            .type = ValueType::Text};
+}
+
+Ports fileTablePorts(std::vector<InputSpec> inputs, const std::string& rows) {
+    for (InputSpec& input : fileChainInputs()) {
+        inputs.push_back(std::move(input));
+    }
+    return {.inputs = std::move(inputs), .outputs = {{.name = "table", .description = rows, .type = ValueType::Table}}};
 }
 
 FileList filesOf(const Arguments& arguments, RunContext& context) {

@@ -5,9 +5,9 @@
 namespace velmorak {
 namespace {
 
-class RefusingOpener : public FileOpener {
+class CheckedOpener : public FileOpener {
 public:
-    RefusingOpener(std::shared_ptr<const FileOpener> opener, std::string kind, const FileFormats& formats);
+    CheckedOpener(std::shared_ptr<const FileOpener> opener, FileCheck check);
 
     FileColumns columnsOf(const std::filesystem::path& file, RunContext& context) const override;
     std::unique_ptr<TableReader> open(const std::filesystem::path& file, const Schema* wanted,
@@ -15,24 +15,21 @@ public:
     void checkNames(const std::set<std::string>& names) const override { opener->checkNames(names); }
 
 private:
-    void check(const std::filesystem::path& file) const;
-
     const std::shared_ptr<const FileOpener> opener;
-    const std::string kind;
-    const FileFormats& formats;
+    const FileCheck check;
 };
 
-RefusingOpener::RefusingOpener(std::shared_ptr<const FileOpener> opener, std::string kind, const FileFormats& formats)
-    : opener(std::move(opener)), kind(std::move(kind)), formats(formats) {}
+CheckedOpener::CheckedOpener(std::shared_ptr<const FileOpener> opener, FileCheck check)
+    : opener(std::move(opener)), check(std::move(check)) {}
 
-FileColumns RefusingOpener::columnsOf(const std::filesystem::path& file, RunContext& context) const {
+FileColumns CheckedOpener::columnsOf(const std::filesystem::path& file, RunContext& context) const {
     check(file);
     return opener->columnsOf(file, context);
 }
 
-std::unique_ptr<TableReader> RefusingOpener::open(const std::filesystem::path& file, const Schema* wanted,
-                                                  RunContext& context) const {
-    check(file);  // A single file is opened at once.
+std::unique_ptr<TableReader> CheckedOpener::open(const std::filesystem::path& file, const Schema* wanted,
+                                                 RunContext& context) const {
+    check(file);  // A single file is opened without a call of columnsOf.
     return opener->open(file, wanted, context);
 }
 
@@ -43,7 +40,8 @@ std::string cureFor(const FileFormat& format) {
     return format.objectKind().empty() ? "" : "; use " + format.objectKind();
 }
 
-void RefusingOpener::check(const std::filesystem::path& file) const {
+/// Refuses a file that certainly has another format than the kind reads.
+void refuseOther(const std::filesystem::path& file, const std::string& kind, const FileFormats& formats) {
     const FileStart start = startOf(file);
     const FileFormat* format = formats.recognise(start);
     if (!format || format->tableKind() == kind || format->recognise(start) != Recognition::Certain) {
@@ -54,9 +52,14 @@ void RefusingOpener::check(const std::filesystem::path& file) const {
 
 }  // namespace
 
+std::shared_ptr<const FileOpener> checkedOpener(std::shared_ptr<const FileOpener> opener, FileCheck check) {
+    return std::make_shared<CheckedOpener>(std::move(opener), std::move(check));
+}
+
 std::shared_ptr<const FileOpener> refusingOthers(std::shared_ptr<const FileOpener> opener, const std::string& kind,
                                                  const FileFormats& formats) {
-    return std::make_shared<RefusingOpener>(std::move(opener), kind, formats);
+    return checkedOpener(std::move(opener),
+                         [kind, &formats](const std::filesystem::path& file) { refuseOther(file, kind, formats); });
 }
 
 std::uint64_t countRows(TableReader& reader, const RunContext& context) {

@@ -2,12 +2,20 @@
 
 #include <velmorak/FileFormat.h>
 
+#include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 /// Recognises files for kinds.
 namespace velmorak {
+
+/// @throws Failure if a file is not to be opened.
+using FileCheck = std::function<void(const std::filesystem::path& file)>;
+
+/// @return an opener that checks each file before it opens it.
+std::shared_ptr<const FileOpener> checkedOpener(std::shared_ptr<const FileOpener> opener, FileCheck check);
 
 /// @return an opener that first refuses files which certainly have another format than the kind reads, and says which
 ///         kind to use: "x.db is an SQLite database; use SqliteTable or Table".

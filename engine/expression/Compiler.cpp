@@ -1,6 +1,8 @@
 #include "expression/Compiler.h"
-#include "expression/MarkedNumbers.h"
 
+#include "expression/ListCompiler.h"
+#include "expression/MarkedNumbers.h"
+#include "expression/TextCompiler.h"
 #include "expression/simd/SimdKernels.h"
 
 #include <velmorak/Text.h>
@@ -12,6 +14,9 @@
 namespace velmorak::expression {
 
 namespace {
+
+/// Texts of messages show no more of an expression.
+constexpr std::size_t maxPartLength = 40;
 
 std::string shownName(const Node& call) {
     return call.text == "-sign" || call.text == "+sign" ? call.text.substr(0, 1) : call.text;
@@ -96,14 +101,24 @@ void Columns::failUnknown(const Node& node, const Compiler& compiler) const {
     for (const auto& [name, value] : numbers) {
         known.push_back(name);
     }
-    compiler.fail(node, "there is no column " + quoted(node.text) + columnsThere(node.text, columns) +
-                            suggestion(node.text, known));
+    compiler.fail(
+        node,
+        "there is no column " + quoted(node.text) + columnsThere(node.text, columns) + suggestion(node.text, known),
+        Failure::Cause::UnknownColumn);
 }
 
 }  // namespace
 
-void Compiler::fail(const Node& node, const std::string& reason) const {
-    throwAt(source, placeOf(node), reason);
+void Compiler::fail(const Node& node, const std::string& reason, Failure::Cause cause) const {
+    throwAt(source, placeOf(node), reason, cause);
+}
+
+std::string Compiler::sourceOf(const Node& node) const {
+    if (definitionOffset || node.end <= node.begin) {
+        return node.text;
+    }
+    const std::string_view whole = source.substr(node.begin, node.end - node.begin);
+    return whole.size() <= maxPartLength ? std::string(whole) : std::string(whole.substr(0, maxPartLength)) + "...";
 }
 
 TypedOperand Compiler::compile(const std::vector<Node>& parsed, Scope& scope) {
@@ -174,11 +189,11 @@ TypedOperand Compiler::called(const Node& node) {
     if (const auto known = names->called(node, arguments, *this)) {
         return *known;
     }
-    if (const ListCall* const function = findListCall(node.text)) {
-        return calledOnLists(node, *function, arguments);
+    if (const ListCompiler::Call* const function = ListCompiler::find(node.text)) {
+        return ListCompiler(*this).compile(node, *function, arguments);
     }
     if (isReduction(node.text) && arguments.size() == 1 && (arguments[0].isList || !findFunction(node.text))) {
-        return reduced(node, arguments[0]);
+        return ListCompiler(*this).reduced(node, arguments[0]);
     }
     const Function* function = findFunction(node.text);
     if (!function) {
@@ -200,21 +215,6 @@ void Compiler::failUnknown(const Node& node) const {
         known.push_back(std::move(name));
     }
     fail(node, "there is no function " + quoted(node.text) + suggestion(node.text, known));
-}
-
-TypedOperand Compiler::reduced(const Node& node, const TypedOperand& list) {
-    if (!list.isList) {
-        fail(node, quoted(node.text) + " of one argument needs a list column, but this is " + shown(list));
-    }
-    const Reduction reduction = findReduction(node.text, list.type, list.width);
-    if (!reduction.kernel) {
-        fail(node, quoted(node.text) + " does not take " + shown(list));
-    }
-    TypedOperand values = list;
-    if (node.text == "count") {
-        values.width = 1;  // Combinations are counted, not their values.
-    }
-    return emitter.emitReduction(reduction.kernel, {values}, reduction.type, placeOf(node));
 }
 
 void Compiler::checkArguments(const Node& node, const Function& function,
@@ -241,7 +241,7 @@ TypedOperand Compiler::applied(const Node& node, const Function& function, const
         case Rule::Logic:
             return emit(node, function, ColumnType::Boolean, conditions(node, arguments), ColumnType::Boolean);
         case Rule::Texts:
-            return ofTexts(node, function, arguments);
+            return compiledTexts(*this, node, function, arguments);
         case Rule::Choice:
             break;
     }
@@ -376,9 +376,10 @@ Code compile(std::string_view text, const Schema& columns, const std::map<std::s
     const std::vector<Node> tree = parse(text);
     const TypedOperand whole = compiler.compile(tree, scope);
     if (whole.width > 1) {
-        compiler.fail(tree.back(),
-                      "a list of combinations is no column; take first(...), second(...), or a sum of each, or index "
-                      "another list with it");
+        compiler.fail(
+            tree.back(),
+            "a list of combinations is not a column; take first(...), second(...), or a sum of each, or index "
+            "another list with it");
     }
     return std::move(compiler).finish(whole);
 }

@@ -52,8 +52,8 @@ struct Operation {
 /// Emits the steps of an expression and allocates their buffers.
 class Emitter {
 public:
-    explicit Emitter(Buffers use = Buffers::Reused)
-        : buffers(use), constantRows(use == Buffers::Kept ? keptRows : blockRows) {}
+    explicit Emitter(Buffers buffers = Buffers::Reused)
+        : buffers(buffers), constantRows(buffers == Buffers::Kept ? keptRows : blockRows) {}
 
     /// A value that is the same in all rows.
     template <typename T>

@@ -29,14 +29,14 @@ void appendTo(Column& column, const void* from, std::size_t count) {
 
 }  // namespace
 
-Evaluation::Evaluation(const Source& expression, const Chunk& rows)
-    : source(expression),
-      code(expression.code),
-      chunk(rows),
+Evaluation::Evaluation(const Source& source, const Chunk& chunk)
+    : source(source),
+      code(source.code),
+      chunk(chunk),
       buffers(std::make_unique_for_overwrite<Block[]>(code.buffers)),
       lists(code.lists),
       madeOffsets(code.madeShapes.size()),
-      combinationsLeft(expression.maxCombinations) {}
+      combinationsLeft(source.maxCombinations) {}
 
 ColumnPtr Evaluation::run() {
     auto column = std::make_shared<Column>();

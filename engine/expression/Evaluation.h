@@ -21,7 +21,7 @@ struct Source {
 /// One evaluation: the columns of a chunk and the buffers of a thread.
 class Evaluation {
 public:
-    Evaluation(const Source& expression, const Chunk& rows);
+    Evaluation(const Source& source, const Chunk& chunk);
 
     ColumnPtr run();
 

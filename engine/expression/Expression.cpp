@@ -4,8 +4,7 @@
 #include "expression/Evaluation.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstdlib>
+#include <atomic>
 #include <stdexcept>
 #include <string_view>
 
@@ -16,19 +15,8 @@ namespace {
 using expression::Code;
 using expression::Operand;
 
-constexpr std::uint64_t defaultMaxCombinations = 10'000'000;
-
-/// @return the largest number of combinations of list values in a chunk.
-std::uint64_t maxCombinations() {
-    const char* const setting = std::getenv("VELMORAK_COMBINATIONS");
-    const std::string_view text(setting ? setting : "");
-    std::uint64_t most = defaultMaxCombinations;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), most);
-    if (!text.empty() && (error != std::errc() || end != text.data() + text.size() || most == 0)) {
-        throw Failure("VELMORAK_COMBINATIONS=" + std::string(text) + " is not a number of combinations, from 1 on");
-    }
-    return most;
-}
+/// Kinds compile expressions without a context, so this belongs to the process.
+std::atomic<std::uint64_t> maxCombinations = Expression::defaultMaxCombinations;
 
 }  // namespace
 
@@ -39,12 +27,16 @@ Expression::Expression(std::string_view text, const Schema& columns, const std::
     program->text = text;
     program->code = expression::compile(text, columns, numbers);
     program->columns = columns.columns();
-    program->maxCombinations = program->code.makesCombinations ? maxCombinations() : 0;
+    program->maxCombinations = program->code.makesCombinations ? maxCombinations.load() : 0;
 }
 
 Expression::Expression(Expression&&) noexcept = default;
 Expression& Expression::operator=(Expression&&) noexcept = default;
 Expression::~Expression() = default;
+
+void Expression::limitCombinations(std::uint64_t most) {
+    maxCombinations = most;
+}
 
 ColumnType Expression::type() const {
     return program->code.type;

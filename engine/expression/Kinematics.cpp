@@ -62,7 +62,7 @@ auto* findIn(const Table& table, std::string_view name) {
 /// Adds the expansion of one call.
 class Expansion {
 public:
-    Expansion(TreeBuilder& nodes, const Node& call) : tree(nodes), call(call) {}
+    Expansion(TreeBuilder& tree, const Node& call) : tree(tree), call(call) {}
 
     std::size_t result();
 

@@ -62,7 +62,7 @@ std::string asLine(std::string_view text, std::size_t offset, std::size_t& colum
 
 }  // namespace
 
-void throwAt(std::string_view text, std::size_t offset, const std::string& reason) {
+void throwAt(std::string_view text, std::size_t offset, const std::string& reason, Failure::Cause cause) {
     constexpr std::string_view omission = "...";
     std::size_t offsetInPart = offset;
     const std::string_view part = window(text, offsetInPart);
@@ -71,8 +71,10 @@ void throwAt(std::string_view text, std::size_t offset, const std::string& reaso
     std::size_t column = before.size();
     std::size_t ignored = 0;
     const std::string line = asLine(part, offsetInPart, column);
-    throw Failure(asLine(reason, 0, ignored) + "\n  " + std::string(before) + line + std::string(after) + "\n  " +
-                  std::string(column, ' ') + "^");
+    throw Failure({},
+                  asLine(reason, 0, ignored) + "\n  " + std::string(before) + line + std::string(after) + "\n  " +
+                      std::string(column, ' ') + "^",
+                  cause);
 }
 
 Token Lexer::next() {

@@ -49,7 +49,7 @@ int levelOf(const Token& token) {
 /// into a list, primary.
 class Parser {
 public:
-    explicit Parser(std::string_view expression) : source(expression), lexer(expression) { advance(); }
+    explicit Parser(std::string_view source) : source(source), lexer(source) { advance(); }
 
     std::vector<Node> whole();
 

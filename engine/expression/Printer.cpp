@@ -99,7 +99,7 @@ Written operation(const Step& step, std::vector<Written>& parts) {
 /// Writes steps in the order of execution.
 class Printer {
 public:
-    Printer(const Code& program, const std::vector<std::string>& columnNames);
+    Printer(const Code& code, const std::vector<std::string>& columns);
 
     std::string whole();
 
@@ -114,8 +114,8 @@ private:
     std::vector<std::size_t> uses;  ///< For each buffer, how many steps still need its text.
 };
 
-Printer::Printer(const Code& program, const std::vector<std::string>& columnNames)
-    : code(program), columns(columnNames), buffers(program.buffers), uses(program.buffers) {
+Printer::Printer(const Code& code, const std::vector<std::string>& columns)
+    : code(code), columns(columns), buffers(code.buffers), uses(code.buffers) {
     for (const Step& step : code.steps) {
         for (const Operand& operand : step.in) {
             count(operand);
@@ -167,7 +167,7 @@ Written Printer::written(const Step& step) {
 /// Bounds the length of what Printer writes for steps.
 class LengthBound {
 public:
-    LengthBound(const Code& program, const std::vector<std::string>& columnNames);
+    LengthBound(const Code& code, const std::vector<std::string>& columns);
 
     std::size_t whole();
 
@@ -180,8 +180,8 @@ private:
     std::vector<std::size_t> buffers;
 };
 
-LengthBound::LengthBound(const Code& program, const std::vector<std::string>& columnNames)
-    : code(program), columns(columnNames), buffers(program.buffers) {}
+LengthBound::LengthBound(const Code& code, const std::vector<std::string>& columns)
+    : code(code), columns(columns), buffers(code.buffers) {}
 
 std::size_t LengthBound::whole() {
     for (const Step& step : code.steps) {

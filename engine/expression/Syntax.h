@@ -1,5 +1,7 @@
 #pragma once
 
+#include <velmorak/Failure.h>
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -35,7 +37,8 @@ inline constexpr int maxLevels = 2 * maxParentheses + 2;
 std::vector<Node> parse(std::string_view text);
 
 /// @throws Failure with the reason, the text, and a caret under the byte at offset.
-[[noreturn]] void throwAt(std::string_view text, std::size_t offset, const std::string& reason);
+[[noreturn]] void throwAt(std::string_view text, std::size_t offset, const std::string& reason,
+                          Failure::Cause cause = Failure::Cause::Other);
 
 enum class TokenKind { End, Real, Integer, Text, Name, Symbol };
 
@@ -51,7 +54,7 @@ struct Token {
 /// Splits an expression into numbers, names, texts and symbols.
 class Lexer {
 public:
-    explicit Lexer(std::string_view expression) : source(expression) {}
+    explicit Lexer(std::string_view source) : source(source) {}
     /// @throws Failure at a character that begins no token.
     Token next();
     /// @return the end of the token that next returned last.

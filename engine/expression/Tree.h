@@ -25,7 +25,7 @@ Tree rewritten(std::string_view text, const std::vector<Node>& parsed, bool join
 /// Builds a tree, node by node.
 class TreeBuilder {
 public:
-    TreeBuilder(std::string_view text, bool joinsEqual) : source(text), joins(joinsEqual) {}
+    TreeBuilder(std::string_view source, bool joins) : source(source), joins(joins) {}
 
     /// @return the place of the node, or of an equal one.
     std::size_t add(Node node);

@@ -13,7 +13,7 @@ using expression::Step;
 /// How values depend on chosen parameters: 0 not at all, 1 linearly, 2 otherwise.
 class Degrees {
 public:
-    Degrees(const Program& program, const std::vector<bool>& chosen);
+    Degrees(const Program& program, const std::vector<bool>& isChosen);
 
     int of(const Operand& operand) const;
 
@@ -24,8 +24,8 @@ private:
     std::vector<int> buffers;
 };
 
-Degrees::Degrees(const Program& program, const std::vector<bool>& chosen)
-    : isChosen(chosen), buffers(program.code().buffers) {
+Degrees::Degrees(const Program& program, const std::vector<bool>& isChosen)
+    : isChosen(isChosen), buffers(program.code().buffers) {
     for (const Step& step : program.code().steps) {
         buffers[step.out.position] = of(step);
     }

@@ -35,8 +35,8 @@ AlignedValues alignedValues(std::size_t count) {
     return AlignedValues(static_cast<double*>(::operator new[](count * sizeof(double), std::align_val_t{cacheLine})));
 }
 
-Program::Program(expression::Code program, std::size_t parameters, std::string expressionText)
-    : steps(std::move(program)), parameterCount(parameters), text(std::move(expressionText)) {
+Program::Program(expression::Code program, std::size_t parameterCount, std::string text)
+    : steps(std::move(program)), parameterCount(parameterCount), text(std::move(text)) {
     dependences.resize(1 + parameterCount + steps.buffers, {false, true});
     dependences[0] = {true, false};
     for (const Step& step : steps.steps) {

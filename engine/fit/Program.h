@@ -56,7 +56,7 @@ class Program {
 public:
     Program() = default;
     /// @param program with Buffers::Kept and a real result; its columns are x and the parameters.
-    Program(expression::Code program, std::size_t parameters, std::string expressionText);
+    Program(expression::Code program, std::size_t parameterCount, std::string text);
 
     const expression::Code& code() const { return steps; }
     std::size_t parameters() const { return parameterCount; }

@@ -77,6 +77,7 @@ struct QzManager::Part {
          std::function<velmorak::UnsavedDocument()> unsaved)
         : catalogue(catalogue),
           mayWriteAnywhere(config.mayWriteAnywhere),
+          kinds(config.runs.kinds),
           runs(config.runs),
           journal(config.journals, std::move(unsaved)) {}
 
@@ -94,6 +95,7 @@ struct QzManager::Part {
     std::vector<std::string> settings;  ///< Listed in the records of runs.
     std::string resultsFolder;          ///< Empty for the one beside the document.
     const bool mayWriteAnywhere;        ///< Runs may write outside of it.
+    const velmorak::KindConfig kinds;
     int portPoints = 9;
     int titlePoints = 11;
     velmorak::RunQueue runs;

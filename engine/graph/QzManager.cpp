@@ -68,6 +68,7 @@ UnsavedDocument unsavedOf(const QzManager& manager) {
 
 QzManager::Part* makePart(const QzManager& manager, const std::string& factory) {
     const LibraryConfig config = libraryConfigFromEnvironment();
+    Expression::limitCombinations(config.runs.kinds.maxCombinations);
     if (const std::size_t left = config.journals.empty() ? 0 : leftJournals(config.journals); left > 0) {
         printMessage(
             (left == 1 ? "A document was" : std::to_string(left) + " documents were") +

@@ -19,7 +19,7 @@ constexpr std::chrono::seconds patience(2);
 /// Prints the warnings of the reader, because the user has just named the file.
 class CheckContext : public PreviewContext {
 public:
-    CheckContext(const Pipeline& beside, const BackgroundTask& aside);
+    CheckContext(const Pipeline& beside, const BackgroundTask& work);
     bool isStopping() const override { return work.isStopping(); }
     void warn(const std::string& sentence) override { printMessage(sentence); }
 
@@ -27,8 +27,8 @@ private:
     const BackgroundTask& work;
 };
 
-CheckContext::CheckContext(const Pipeline& beside, const BackgroundTask& aside)
-    : PreviewContext(beside, std::numeric_limits<std::uint64_t>::max()), work(aside) {}
+CheckContext::CheckContext(const Pipeline& beside, const BackgroundTask& work)
+    : PreviewContext(beside, std::numeric_limits<std::uint64_t>::max()), work(work) {}
 
 std::string validateAidaFile(const std::string& file, const BackgroundTask& work) {
     if (file.empty()) {

@@ -38,7 +38,7 @@ constexpr std::size_t maxParameters = 1000;
 /// Translates a codelet into an expression.
 class CodeletParser {
 public:
-    explicit CodeletParser(const FunctionObject& read) : function(read) {}
+    explicit CodeletParser(const FunctionObject& function) : function(function) {}
 
     Expression expression();
 
@@ -184,7 +184,7 @@ std::string CodeletParser::known(std::string_view name) {
     const char* const end = name.data() + name.size();
     if (!(name.starts_with('P') || name.starts_with('p')) || std::from_chars(name.data() + 1, end, degree).ptr != end ||
         degree < 0 || degree > highestDegree) {
-        fail("is not understood: \"" + std::string(name) + "\" is no known function");
+        fail("is not understood: \"" + std::string(name) + "\" is not a known function");
     }
     std::string sum = next();
     for (int power = 1; power <= degree; ++power) {

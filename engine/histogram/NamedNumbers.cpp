@@ -154,15 +154,16 @@ void NamedNumbers::checkKnown(const Text& text, const Schema& columns,
             continue;
         }
         const bool isFixed = contains(fixedNames, inputOf(node.text));
-        std::string reason =
-            isMarked || columns.size() == 0 ? noNumber(inputOf(node.text), isFixed) : noColumn(node.text, isFixed);
+        const bool isNumber = isMarked || columns.size() == 0;
+        std::string reason = isNumber ? noNumber(inputOf(node.text), isFixed) : noColumn(node.text, isFixed);
         if (!isMarked) {
             reason += columnsThere(node.text, known) + suggestion(node.text, known);
         }
         try {
-            expression::throwAt(text.expression, node.offset, reason);
+            expression::throwAt(text.expression, node.offset, reason,
+                                isNumber ? Failure::Cause::Other : Failure::Cause::UnknownColumn);
         } catch (const Failure& failure) {
-            throw Failure(text.input, failure.what());
+            throw Failure(text.input, failure.what(), failure.cause());
         }
     }
 }

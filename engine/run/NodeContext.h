@@ -82,6 +82,8 @@ public:
     void warn(const std::string& sentence) override;
     void tell(const std::string& text) override;
     RunRecord record() const override;
+    double maxCells() const override { return environment.pipeline.kinds.maxCells; }
+    std::optional<double> fixedDate() const override { return environment.pipeline.kinds.fixedDate; }
 
     /// Records a file that the result depends on.
     void watch(const NamedFile& file) const;

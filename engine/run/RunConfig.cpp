@@ -3,7 +3,8 @@
 namespace velmorak {
 
 RunConfig runConfigFromEnvironment() {
-    return {cacheConfigFromEnvironment(), threadConfigFromEnvironment(), memoryConfigFromEnvironment()};
+    return {cacheConfigFromEnvironment(), threadConfigFromEnvironment(), memoryConfigFromEnvironment(),
+            kindConfigFromEnvironment()};
 }
 
 }  // namespace velmorak

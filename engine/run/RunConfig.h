@@ -1,19 +1,21 @@
 #pragma once
 
 #include "executor/ThreadConfig.h"
+#include "run/KindConfig.h"
 #include "run/MemoryConfig.h"
 #include "store/CacheConfig.h"
 
 namespace velmorak {
 
-/// Settings of a runner that do not belong to the pipeline.
+/// Settings of the program that do not belong to the pipeline.
 struct RunConfig {
     CacheConfig cache;
     ThreadConfig threads{processorCount()};
     MemoryConfig memory{halfOfMemory()};
+    KindConfig kinds{};
 };
 
-/// Reads the environment variables of cache, threads and memory.
+/// Reads the environment variables of cache, threads, memory and kinds.
 RunConfig runConfigFromEnvironment();
 
 }  // namespace velmorak

@@ -59,7 +59,7 @@ void RunScheduler::run(RunReport& report) {
         passRunner->end();
     }
     reportTo(report);
-    settleFormer(report);
+    finishFormer(report);
 }
 
 /// Files of earlier runs stay only where this run confirms them: by reusing the result, or, for a plug-in that it does
@@ -84,7 +84,7 @@ void RunScheduler::setFormerAside() {
     }
 }
 
-void RunScheduler::settleFormer(RunReport& report) {
+void RunScheduler::finishFormer(RunReport& report) {
     if (state.former) {
         report.missing = state.former->missing();
         report.former = state.former->finish(!report.wasStopped && !report.hasFailure());

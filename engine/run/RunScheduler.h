@@ -54,7 +54,7 @@ private:
     bool passNext();
 
     void setFormerAside();
-    void settleFormer(RunReport& report);
+    void finishFormer(RunReport& report);
 
     void commitFinished();
     void finalizeRemaining();

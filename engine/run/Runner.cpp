@@ -78,7 +78,8 @@ std::unique_ptr<RunMemory> Runner::Impl::newMemory() {
 
 /// Each warning once.
 void Runner::Impl::warnOfConfig() {
-    for (std::string* const warning : {&config.cache.warning, &config.threads.warning, &config.memory.warning}) {
+    for (std::string* const warning :
+         {&config.cache.warning, &config.threads.warning, &config.memory.warning, &config.kinds.warning}) {
         if (!warning->empty()) {
             messages->line(std::exchange(*warning, {}));
         }

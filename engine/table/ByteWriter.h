@@ -17,7 +17,7 @@ namespace velmorak {
 class ByteWriter {
 public:
     ByteWriter() = default;
-    explicit ByteWriter(ByteSink target) : sink(std::move(target)) {}
+    explicit ByteWriter(ByteSink sink) : sink(std::move(sink)) {}
     static ByteWriter counter() {
         ByteWriter writer;
         writer.isCounting = true;

@@ -13,7 +13,7 @@ public:
     CsvBlock(const CsvLayout& layout, const CsvPiece& piece);
 
     /// @return the columns, null where they are not needed.
-    /// @throws Failure for the input "file" about a record that is no row. @param file its name, for the message.
+    /// @throws Failure for the input "file" about a record that is not a row. @param file its name, for the message.
     std::vector<ColumnPtr> parse(const std::string& file);
     /// Line of the first text that was not UTF-8; noLine if there was none.
     std::uint64_t repairedLine() const { return repaired; }

@@ -1,10 +1,9 @@
-#include "csv/CsvReader.h"
+#include "csv/CsvBookmark.h"
 
 #include <charconv>
 #include <string_view>
 #include <system_error>
 
-/// Reading a file from the middle on.
 namespace velmorak {
 
 namespace {
@@ -21,24 +20,20 @@ bool takeNumber(std::string_view& text, std::uint64_t& number) {
 
 }  // namespace
 
-std::optional<std::string> CsvReader::bookmark() const {
-    const std::optional<CsvPlace> place = failure ? std::nullopt : stream.place();
-    if (!place) {
-        return std::nullopt;
-    }
-    return std::to_string(place->byte) + ":" + std::to_string(place->line) + std::string(isInOrder ? inOrderMark : "");
+std::string textOf(const CsvBookmark& bookmark) {
+    return std::to_string(bookmark.place.byte) + ":" + std::to_string(bookmark.place.line) +
+           std::string(bookmark.isInOrder ? inOrderMark : "");
 }
 
-void CsvReader::seek(std::uint64_t /*file*/, const ChunkStart& start) {
-    std::string_view text = start.bookmark;
-    CsvPlace place;
-    const bool hasByte = takeNumber(text, place.byte) && text.starts_with(':');
+std::optional<CsvBookmark> csvBookmarkIn(std::string_view text) {
+    CsvBookmark bookmark;
+    const bool hasByte = takeNumber(text, bookmark.place.byte) && text.starts_with(':');
     text.remove_prefix(hasByte ? 1 : 0);
-    if (!hasByte || !takeNumber(text, place.line) || (!text.empty() && text != inOrderMark)) {
-        throw Failure("file", "\"" + options.file.string() + "\" has no place " + start.bookmark);
+    if (!hasByte || !takeNumber(text, bookmark.place.line) || (!text.empty() && text != inOrderMark)) {
+        return std::nullopt;
     }
-    stream.seek(place);
-    isInOrder = isInOrder || !text.empty();
+    bookmark.isInOrder = !text.empty();
+    return bookmark;
 }
 
 }  // namespace velmorak

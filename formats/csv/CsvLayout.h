@@ -42,7 +42,7 @@ void resizeColumn(Column& column, std::size_t rows);
 /// Reads a record into a row, which the columns that are needed have already, except for lists. Texts that are not
 /// UTF-8 are read as ISO-8859-1. @param repaired set to the record's line if there is one, and no earlier line is
 /// there.
-/// @return why the record is no row, without file and line; empty if it is one.
+/// @return why the record is not a row, without file and line; empty if it is one.
 std::string storeRecord(const CsvLayout& layout, const CsvRecords& record, const std::vector<CsvField>& fields,
                         std::vector<Column>& columns, std::size_t row, std::uint64_t& repaired);
 

@@ -93,7 +93,7 @@ std::size_t CsvPieces::passPlainLines(std::size_t maxRecords, std::size_t maxByt
     return passed;
 }
 
-/// @return false if no more record can be read, or if too many lines that are no records follow those of the piece.
+/// @return false if no more record can be read, or if too many lines that are not records follow those of the piece.
 bool CsvPieces::passRecord(bool hasRecords, std::size_t maxBytes) {
     while (!passLine()) {
         if (hasRecords && at - begin >= maxBytes) {

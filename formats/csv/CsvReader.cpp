@@ -1,9 +1,9 @@
 #include "csv/CsvReader.h"
 
 #include "csv/CsvBlock.h"
+#include "csv/CsvBookmark.h"
 #include "csv/CsvSurvey.h"
 
-#include <velmorak/ChunkSize.h>
 #include <velmorak/Dates.h>
 #include <velmorak/Text.h>
 #include <velmorak/Utf8.h>
@@ -52,11 +52,13 @@ struct CsvReader::Sample {
     bool isWhole = false;  ///< The file has no more rows.
 };
 
-CsvReader::CsvReader(CsvOptions csvOptions, RunContext& runContext)
+CsvReader::CsvReader(CsvOptions csvOptions, RunContext& context)
     : options(std::move(csvOptions)),
-      context(runContext),
+      context(context),
       layout(layoutOf(options)),
-      stream(options.file, options.encoding, layout.form, runContext),
+      stream(options.file, options.encoding, layout.form, context),
+      repairs(options.file.string(), context),
+      rows(options, layout, stream, columns, repairs, context),
       isInOrder(options.isSkipping || options.readsInOrder) {
     checkNotation();
     takeHeader();
@@ -66,18 +68,18 @@ CsvReader::CsvReader(CsvOptions csvOptions, RunContext& runContext)
         findColumns();
     }
     checkTypes();
-    limitChunks();
+    limits = chunkLimitsOf(columns);
     if (recordsBeforeRows() > 0) {
         stream.rest().next(recordsBeforeRows(), SIZE_MAX);
     }
 }
 
 CsvReader::~CsvReader() {
-    reportRepaired();
-    reportSkipped();
+    repairs.report();
+    rows.reportSkipped();
 }
 
-void CsvReader::fail(std::uint64_t line, const std::string& complaint) const {
+void failAtLine(const CsvOptions& options, std::uint64_t line, const std::string& complaint) {
     throw Failure("file", "\"" + options.file.string() + "\", line " + numbered(line) + complaint);
 }
 
@@ -97,17 +99,17 @@ void CsvReader::readHeader(Sample& sample) {
         throw Failure("file", "\"" + options.file.string() + "\" has no rows");
     }
     if (!sample.stream.complaint().empty()) {
-        fail(sample.stream.line(), ": " + sample.stream.complaint());
+        failAtLine(options, sample.stream.line(), ": " + sample.stream.complaint());
     }
     std::set<std::string> seen;
     for (const CsvField& field : fields) {
         const bool isNamed = options.hasHeader && !field.text.empty();
         if (isNamed && !isUtf8(field.text)) {
-            noteRepaired(sample.stream.line());
+            repairs.note(sample.stream.line());
         }
         sample.names.push_back(isNamed ? toUtf8(field.text) : "c" + numbered(sample.names.size() + 1));
         if (!seen.insert(sample.names.back()).second) {
-            fail(sample.stream.line(), ": there are two columns \"" + sample.names.back() + "\"");
+            failAtLine(options, sample.stream.line(), ": there are two columns \"" + sample.names.back() + "\"");
         }
     }
 }
@@ -121,8 +123,9 @@ void CsvReader::readUnits(Sample& sample) {
         throw Failure("file", "\"" + options.file.string() + "\" has no row of units");
     }
     if (fields.size() != sample.names.size()) {
-        fail(sample.stream.line(),
-             ": there are " + numbered(fields.size()) + " units for " + numbered(sample.names.size()) + " columns");
+        failAtLine(
+            options, sample.stream.line(),
+            ": there are " + numbered(fields.size()) + " units for " + numbered(sample.names.size()) + " columns");
     }
     for (std::size_t i = 0; i < fields.size(); ++i) {
         sample.units[i] = unitIn(toUtf8(fields[i].text));
@@ -248,22 +251,6 @@ void CsvReader::checkTypes() const {
     }
 }
 
-/// A chunk ends early where texts are long, so that such a chunk can only be found by reading its rows.
-void CsvReader::limitChunks() {
-    maxRows = rowsInChunk(columns);
-    rowBytes = bytesInRow(columns);
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        if (columns[i].type == ColumnType::Text || columns[i].isList) {
-            textColumns.push_back(i);
-        }
-        rowBytes -= columns[i].isList ? bytesInValue(columns[i].type) : 0;
-    }
-    // No more than four bytes in memory come from a byte of the file: in a list of digits that are converted to reals.
-    constexpr std::size_t growth = 4;
-    const std::size_t equal = std::min(maxChunkBytes, maxRows * rowBytes);
-    maxBytesOfFile = textColumns.empty() ? growth * maxChunkBytes : (maxChunkBytes - equal) / growth + 1;
-}
-
 /// Where a bad row is left out, or ends the table, all columns are read: which rows there are does not depend on their
 /// use.
 void CsvReader::selectColumns(const std::vector<bool>& needed) {
@@ -277,13 +264,13 @@ void CsvReader::selectColumns(const std::vector<bool>& needed) {
 
 bool CsvReader::next(Chunk& chunk) {
     if (isInOrder) {
-        return nextInOrder(chunk);
+        return rows.next(chunk, limits);
     }
-    auto piece = std::make_shared<CsvPiece>(stream.rest().next(maxRows, maxBytesOfFile));
-    if (piece->records < maxRows && piece->text.size() >= maxBytesOfFile) {
+    auto piece = std::make_shared<CsvPiece>(stream.rest().next(limits.maxRows, limits.maxBytesOfFile));
+    if (piece->records < limits.maxRows && piece->text.size() >= limits.maxBytesOfFile) {
         isInOrder = true;
         stream.takePiece(std::move(*piece));
-        return nextInOrder(chunk);
+        return rows.next(chunk, limits);
     }
     chunk.rows = piece->records;
     chunk.columns.clear();
@@ -302,23 +289,21 @@ void CsvReader::complete(Chunk& chunk) const {
     CsvBlock block(layout, *piece);
     chunk.columns = block.parse(options.file.string());
     chunk.owner.reset();
-    noteRepaired(block.repairedLine());
+    repairs.note(block.repairedLine());
 }
 
-/// A text that is not UTF-8 would be invalid in every file that it is written to, so that it is converted.
-void CsvReader::noteRepaired(std::uint64_t line) const {
-    if (line != noLine) {
-        const MutexLock lock(mutex);
-        repairedLine = std::min(repairedLine, line);
-    }
+std::optional<std::string> CsvReader::bookmark() const {
+    const std::optional<CsvPlace> place = rows.hasFailed() ? std::nullopt : stream.place();
+    return place ? std::optional(textOf(CsvBookmark{*place, isInOrder})) : std::nullopt;
 }
 
-void CsvReader::reportRepaired() const {
-    const MutexLock lock(mutex);
-    if (repairedLine != noLine) {
-        context.warn("\"" + options.file.string() + "\": bytes that are not UTF-8, the first on line " +
-                     numbered(std::exchange(repairedLine, noLine)) + ", are read as ISO-8859-1");
+void CsvReader::seek(std::uint64_t /*file*/, const ChunkStart& start) {
+    const std::optional<CsvBookmark> bookmark = csvBookmarkIn(start.bookmark);
+    if (!bookmark) {
+        throw Failure("file", "\"" + options.file.string() + "\" has no place " + start.bookmark);
     }
+    stream.seek(bookmark->place);
+    isInOrder = isInOrder || bookmark->isInOrder;
 }
 
 }  // namespace velmorak

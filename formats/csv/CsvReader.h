@@ -1,10 +1,11 @@
 #pragma once
 
 #include "csv/CsvLayout.h"
+#include "csv/CsvRepairs.h"
+#include "csv/CsvRowReader.h"
 #include "csv/CsvStream.h"
 #include "csv/Geant4Header.h"
 
-#include <velmorak/Mutex.h>
 #include <velmorak/Parts.h>
 
 #include <set>
@@ -20,7 +21,7 @@ struct CsvOptions {
     std::map<std::string, ColumnType> types;
     std::set<std::string> dates = {};  ///< Columns of type real whose texts are dates.
     std::size_t rowsToInfer = 10000;   ///< Rows that the types are inferred from.
-    bool ignoresOtherTypes = false;    ///< Types of columns that the file does not have are no mistake.
+    bool ignoresOtherTypes = false;    ///< Types of columns that the file does not have are not an error.
     bool readsInOrder = false;         ///< Rows before a bad one are kept, even if they are in the same chunk.
     CsvEncoding encoding = CsvEncoding::Automatic;
     bool hasUnits = false;  ///< The record after the header holds the units of the columns.
@@ -28,14 +29,17 @@ struct CsvOptions {
     char thousands = '\0';
 };
 
+/// @throws Failure that names the file and the line.
+[[noreturn]] void failAtLine(const CsvOptions& options, std::uint64_t line, const std::string& complaint);
+
 /// Reads a text file as a table. The file is cut at the ends of records from front to back; chunks are parsed in
 /// complete, so that several threads may do it.
 class CsvReader : public TableReader, public SeekableReader {
 public:
     /// Infers types that are not given from the first rows; a column of integers becomes real if a later row needs it.
-    /// @param runContext outlives this.
+    /// @param context outlives this.
     /// @throws Failure if the file cannot be opened or its first record cannot be read.
-    CsvReader(CsvOptions csvOptions, RunContext& runContext);
+    CsvReader(CsvOptions csvOptions, RunContext& context);
     ~CsvReader() override;
 
     const Schema& schema() const override { return columns; }
@@ -52,7 +56,6 @@ public:
 private:
     struct Sample;
 
-    void fail(std::uint64_t line, const std::string& complaint) const;
     void checkNotation() const;
     void readHeader(Sample& sample);
     void readUnits(Sample& sample);
@@ -64,14 +67,6 @@ private:
     void addColumnsOf(const Geant4Header& header);
     void checkTypes() const;
     std::size_t recordsBeforeRows() const;
-    void limitChunks();
-    bool nextInOrder(Chunk& chunk);
-    bool isFull(std::size_t rows);
-    void countTexts();
-    bool readRow(std::vector<Column>& target, std::size_t& rows);
-    void noteRepaired(std::uint64_t line) const;
-    void reportRepaired() const;
-    void reportSkipped();
 
     CsvOptions options;
     RunContext& context;
@@ -81,18 +76,10 @@ private:
     Schema columns;
     std::set<std::string> unseen;
     std::vector<CsvField> fields;
+    CsvChunkLimits limits;
+    CsvRepairs repairs;
+    CsvRowReader rows;
     bool isInOrder;
-    std::optional<Failure> failure;  ///< Thrown after the rows.
-    std::vector<std::size_t> textColumns;
-    std::size_t maxRows = 0;         ///< In a chunk.
-    std::size_t maxBytesOfFile = 0;  ///< For a chunk that is not read in order.
-    std::size_t rowBytes = 0;        ///< Of a row without its texts.
-    std::size_t textBytes = 0;       ///< Of the texts and lists in the rows of the current chunk.
-    std::uint64_t recordsSeen = 0;
-    std::uint64_t skippedRows = 0;
-    std::string firstComplaint;
-    mutable Mutex mutex;
-    mutable std::uint64_t repairedLine VELMORAK_GUARDED_BY(mutex) = noLine;  ///< Of the first text not in UTF-8.
 };
 
 }  // namespace velmorak

@@ -28,9 +28,9 @@ public:
     static constexpr std::size_t maxFields = std::size_t{1} << 20U;
     enum class Found { Record, End, Short };
 
-    /// @param form outlives this. @param line number of the first line.
-    CsvRecords(std::string_view text, const CsvForm& form, std::uint64_t line = 1)
-        : form(&form), text(text), nextLine(line) {}
+    /// @param form outlives this. @param nextLine number of the first line.
+    CsvRecords(std::string_view text, const CsvForm& form, std::uint64_t nextLine = 1)
+        : form(&form), text(text), nextLine(nextLine) {}
 
     /// @param fields valid until the next call, as long as the text.
     /// @return Record, or End if there are no more.
@@ -44,7 +44,7 @@ public:
     std::size_t position() const { return place; }
     /// Line that the last record began on.
     std::uint64_t line() const { return recordLine; }
-    /// Line that the next record begins on, or a line before that is no record.
+    /// Line that the next record begins on, or a line before that is not a record.
     std::uint64_t lineAfter() const { return nextLine; }
     /// The error in the last record; empty if there is none.
     const std::string& complaint() const { return problem; }

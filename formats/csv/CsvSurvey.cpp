@@ -152,13 +152,13 @@ void IntegerSurvey::lookAtRecords(const CsvPiece& piece) {
     }
 }
 
-/// Looks at pieces on several threads.
-class Looks {
+/// Surveys pieces on several threads.
+class PieceSurvey {
 public:
-    Looks(const CsvForm& form, const CsvNotation& notation, Integers& columns);
-    Looks(const Looks&) = delete;
-    Looks& operator=(const Looks&) = delete;
-    ~Looks();
+    PieceSurvey(const CsvForm& form, const CsvNotation& notation, Integers& columns);
+    PieceSurvey(const PieceSurvey&) = delete;
+    PieceSurvey& operator=(const PieceSurvey&) = delete;
+    ~PieceSurvey();
 
     void add(CsvPiece piece);
 
@@ -174,16 +174,16 @@ private:
     std::deque<std::shared_ptr<Ahead<Integers>>> ahead;
 };
 
-Looks::Looks(const CsvForm& form, const CsvNotation& notation, Integers& columns)
+PieceSurvey::PieceSurvey(const CsvForm& form, const CsvNotation& notation, Integers& columns)
     : form(form), notation(notation), columns(columns), window(piecesAheadPerThread * runThreads()) {}
 
-Looks::~Looks() {
+PieceSurvey::~PieceSurvey() {
     for (const auto& look : ahead) {
         look->cancel();
     }
 }
 
-void Looks::add(CsvPiece piece) {
+void PieceSurvey::add(CsvPiece piece) {
     if (ahead.size() == window) {
         takeOne();
     }
@@ -192,13 +192,13 @@ void Looks::add(CsvPiece piece) {
     }));
 }
 
-void Looks::takeAll() {
+void PieceSurvey::takeAll() {
     while (!ahead.empty()) {
         takeOne();
     }
 }
 
-void Looks::takeOne() {
+void PieceSurvey::takeOne() {
     const Integers seen = ahead.front()->take();
     ahead.pop_front();
     for (std::size_t i = 0; i < columns.size(); ++i) {
@@ -218,14 +218,14 @@ CsvPiece nextPiece(CsvPieces& pieces) {
 
 void surveyIntegers(CsvPieces& pieces, const CsvForm& form, const CsvNotation& notation,
                     std::vector<CsvInteger>& columns) {
-    Looks looks(form, notation, columns);
+    PieceSurvey survey(form, notation, columns);
     const auto hasIntegers = [&] {
         return std::find(columns.begin(), columns.end(), CsvInteger::Yes) != columns.end();
     };
     for (CsvPiece piece = nextPiece(pieces); piece.records > 0 && hasIntegers(); piece = nextPiece(pieces)) {
-        looks.add(std::move(piece));
+        survey.add(std::move(piece));
     }
-    looks.takeAll();
+    survey.takeAll();
 }
 
 }  // namespace velmorak

@@ -15,7 +15,7 @@ enum class CsvInteger : std::uint8_t {
 };
 
 /// Looks through a file for values that an integer column cannot hold but a real one can, on all threads of the run.
-/// Values that are no numbers are passed over.
+/// Values that are not numbers are passed over.
 /// @param pieces at the first row.
 /// @param columns those that are Yes may become Widened. The result does not depend on the threads.
 /// @throws Stopped. A damaged file ends the search.

@@ -33,31 +33,6 @@ constexpr bool isLowSurrogate(unsigned unit) {
     return unit >= 0xDC00U && unit < 0xE000U;
 }
 
-/// @return the number of bytes written, at most 4.
-std::size_t writeUtf8(unsigned code, char* target) {
-    const auto put = [target](std::size_t place, unsigned byte) { target[place] = static_cast<char>(byte); };
-    if (code < 0x80U) {
-        put(0, code);
-        return 1;
-    }
-    if (code < 0x800U) {
-        put(0, 0xC0U | (code >> 6U));
-        put(1, 0x80U | (code & 0x3FU));
-        return 2;
-    }
-    if (code < 0x10000U) {
-        put(0, 0xE0U | (code >> 12U));
-        put(1, 0x80U | ((code >> 6U) & 0x3FU));
-        put(2, 0x80U | (code & 0x3FU));
-        return 3;
-    }
-    put(0, 0xF0U | (code >> 18U));
-    put(1, 0x80U | ((code >> 12U) & 0x3FU));
-    put(2, 0x80U | ((code >> 6U) & 0x3FU));
-    put(3, 0x80U | (code & 0x3FU));
-    return 4;
-}
-
 }  // namespace
 
 CsvText::CsvText(const std::filesystem::path& path, CsvEncoding encoding)

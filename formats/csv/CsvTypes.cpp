@@ -33,7 +33,7 @@ bool appendGroups(std::string_view digits, char separator, std::string& plain) {
     return !isGrouped || inGroup == 3;
 }
 
-/// Rewrites a number with the notation's signs as std::from_chars reads it. @return false if it is no number.
+/// Rewrites a number with the notation's signs as std::from_chars reads it. @return false if it is not a number.
 bool makePlain(std::string_view text, const CsvNotation& notation, std::string& plain) {
     if (!text.empty() && (text.front() == '-' || text.front() == '+')) {
         plain += text.front();

@@ -54,6 +54,8 @@ public:
     void warn(const std::string& sentence) override;
     void tell(const std::string& text) override { run.tell(text); }
     RunRecord record() const override { return run.record(); }
+    double maxCells() const override { return run.maxCells(); }
+    std::optional<double> fixedDate() const override { return run.fixedDate(); }
 
 private:
     RunContext& run;

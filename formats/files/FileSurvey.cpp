@@ -17,16 +17,16 @@ namespace velmorak {
 namespace {
 
 constexpr std::size_t maxNamesInMessage = 10;
-constexpr std::size_t looksAheadPerThread = 2;
-constexpr std::size_t maxLooksAhead = 16;  ///< Each has a file open.
+constexpr std::size_t filesPerThread = 2;
+constexpr std::size_t maxFilesOpen = 16;
 
-/// Looks at the files in order, while other threads look at the next ones.
-class Looks {
+/// Reads the columns of the files in order, while other threads read those of the next files.
+class ColumnsAhead {
 public:
-    Looks(const FileList& list, std::shared_ptr<const FileOpener> opener, RunContext& context);
-    Looks(const Looks&) = delete;
-    Looks& operator=(const Looks&) = delete;
-    ~Looks();
+    ColumnsAhead(const FileList& list, std::shared_ptr<const FileOpener> opener, RunContext& context);
+    ColumnsAhead(const ColumnsAhead&) = delete;
+    ColumnsAhead& operator=(const ColumnsAhead&) = delete;
+    ~ColumnsAhead();
 
     /// @return the columns of the next file. @throws Failure, Stopped.
     FileColumns next();
@@ -43,20 +43,19 @@ private:
     std::deque<std::shared_ptr<Ahead<FileColumns>>> ahead;
 };
 
-Looks::Looks(const FileList& list, std::shared_ptr<const FileOpener> opener, RunContext& context)
+ColumnsAhead::ColumnsAhead(const FileList& list, std::shared_ptr<const FileOpener> opener, RunContext& context)
     : list(list),
       opener(std::move(opener)),
       context(context),
-      window(context.isPreview() || runThreads() == 1 ? 0
-                                                      : std::min(maxLooksAhead, looksAheadPerThread * runThreads())) {}
+      window(context.isPreview() || runThreads() == 1 ? 0 : std::min(maxFilesOpen, filesPerThread * runThreads())) {}
 
-Looks::~Looks() {
+ColumnsAhead::~ColumnsAhead() {
     for (const auto& look : ahead) {
         look->cancel();
     }
 }
 
-FileColumns Looks::next() {
+FileColumns ColumnsAhead::next() {
     for (; begun < std::min(taken + 1 + window, list.files.size()); ++begun) {
         ahead.push_back(Ahead<FileColumns>::begin([this, &file = list.files[begun]] { return lookAt(file); }));
     }
@@ -66,7 +65,7 @@ FileColumns Looks::next() {
     return look->take();
 }
 
-FileColumns Looks::lookAt(const ListedFile& file) const {
+FileColumns ColumnsAhead::lookAt(const ListedFile& file) const {
     if (context.isStopping()) {
         throw Stopped();
     }
@@ -108,11 +107,11 @@ FileSurvey surveyOf(const FileList& list, const std::shared_ptr<const FileOpener
                     const FileChainOptions& options, RunContext& context) {
     FileSurvey survey{{}, std::vector<bool>(list.files.size(), false)};
     CommonSchema common(options.takesCommonColumns);
-    Looks looks(list, opener, context);
+    ColumnsAhead heads(list, opener, context);
     for (std::size_t i = 0; i < list.files.size() && !(context.isPreview() && !common.isEmpty()); ++i) {
         std::optional<FileColumns> columns;
         try {
-            columns = looks.next();
+            columns = heads.next();
         } catch (const Failure& failure) {
             if (!options.skipsDamaged || !isDamage(failure)) {
                 throw;

@@ -39,7 +39,7 @@ Unit unitNamed(const std::vector<Unit>& units, const std::string& object, const 
 class FitsReader : public TableReader {
 public:
     FitsReader(const std::filesystem::path& path, const std::string& object, const std::vector<std::string>& wanted,
-               RunContext& runContext);
+               RunContext& context);
     ~FitsReader() override;
     FitsReader(const FitsReader&) = delete;
     FitsReader& operator=(const FitsReader&) = delete;
@@ -73,8 +73,8 @@ std::optional<double> FitsReader::fraction() const {
 }
 
 FitsReader::FitsReader(const std::filesystem::path& path, const std::string& object,
-                       const std::vector<std::string>& wanted, RunContext& runContext)
-    : place(path.string()), context(runContext) {
+                       const std::vector<std::string>& wanted, RunContext& context)
+    : place(path.string()), context(context) {
     const LibraryLock lock;
     FilePtr opened = openFile(path);
     unit = unitNamed(unitsOf(opened.get(), place), object, place);

@@ -38,8 +38,8 @@ public:
     using Bytes = std::shared_ptr<const std::string>;
 
     /// @param name for messages.
-    Chunks(hid_t dataset, ChunkLayout layout, std::string name)
-        : dataset(dataset), shape(std::move(layout)), name(std::move(name)) {}
+    Chunks(hid_t dataset, ChunkLayout shape, std::string name)
+        : dataset(dataset), shape(std::move(shape)), name(std::move(name)) {}
 
     const ChunkLayout& layout() const { return shape; }
     /// @throws Failure if the chunk is damaged.

@@ -51,7 +51,7 @@ Table tableNamed(std::vector<Table> tables, const std::string& object, const std
 class Hdf5Reader : public TableReader {
 public:
     Hdf5Reader(const std::filesystem::path& file, const std::string& object, const std::vector<std::string>& wanted,
-               RunContext& runContext);
+               RunContext& context);
     ~Hdf5Reader() override;
     Hdf5Reader(const Hdf5Reader&) = delete;
     Hdf5Reader& operator=(const Hdf5Reader&) = delete;
@@ -87,8 +87,8 @@ std::optional<double> Hdf5Reader::fraction() const {
 }
 
 Hdf5Reader::Hdf5Reader(const std::filesystem::path& file, const std::string& object,
-                       const std::vector<std::string>& wanted, RunContext& runContext)
-    : context(runContext) {
+                       const std::vector<std::string>& wanted, RunContext& context)
+    : context(context) {
     const LibraryLock lock;
     // Until the constructor has ended, a failure closes it here, under the lock.
     auto opened = std::make_unique<Held>();

@@ -45,7 +45,7 @@ std::vector<Leaf> leavesOf(hid_t type);
 /// A type for memory that holds the value alone, as it is in a compound type. Called under the lock.
 Handle memoryTypeOf(const Leaf& leaf);
 
-/// Appends texts of fixed length. Bytes that are no UTF-8 are read as ISO-8859-1.
+/// Appends texts of fixed length. Bytes that are not UTF-8 are read as ISO-8859-1.
 void appendTexts(Column& column, const Leaf& leaf, const char* first, std::size_t stride, std::size_t count);
 
 }  // namespace velmorak::hdf5

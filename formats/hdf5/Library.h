@@ -27,8 +27,8 @@ public:
     using Close = herr_t (*)(hid_t);
 
     Handle() = default;
-    /// @param identifier negative for none.
-    Handle(hid_t identifier, Close close) : number(identifier), close(close) {}
+    /// @param number negative for none.
+    Handle(hid_t number, Close close) : number(number), close(close) {}
     Handle(Handle&& other) noexcept : number(std::exchange(other.number, -1)), close(other.close) {}
     Handle& operator=(Handle&& other) noexcept;
     ~Handle() { reset(); }
@@ -49,7 +49,7 @@ std::string lastError();
 /// @throws Failure with what could not be done and the library's reason if the number is negative.
 void require(bool holds, const std::string& sentence);
 
-/// Opens a file for reading. @throws Failure if it is missing, is no regular file or no HDF5 file.
+/// Opens a file for reading. @throws Failure if it is missing, is not a regular file, or is not an HDF5 file.
 Handle openFile(const std::filesystem::path& file);
 
 }  // namespace velmorak::hdf5

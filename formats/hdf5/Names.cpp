@@ -91,16 +91,7 @@ std::string unescaped(std::string_view text) {
             appendLatin1(text[i], result);
             continue;
         }
-        if (code < 0x80) {
-            result += static_cast<char>(code);
-        } else if (code < 0x800) {
-            result += static_cast<char>(0xC0U | code >> 6U);
-            result += static_cast<char>(0x80U | (code & 0x3FU));
-        } else {
-            result += static_cast<char>(0xE0U | code >> 12U);
-            result += static_cast<char>(0x80U | (code >> 6U & 0x3FU));
-            result += static_cast<char>(0x80U | (code & 0x3FU));
-        }
+        appendUtf8(code, result);
         i += 1 + digits;
     }
     return toUtf8(result);

@@ -24,7 +24,7 @@ struct Table {
     std::uint64_t rows = 0;
     std::vector<Dataset> datasets{};
     std::vector<TableColumn> columns{};
-    std::string problem{};   ///< Why it is no table; empty if it is one.
+    std::string problem{};   ///< Why it is not a table; empty if it is one.
     bool isScalar = false;   ///< A single value, such as a remark; no table.
     bool isInGroup = false;  ///< A dataset whose group is a table.
 };

@@ -15,7 +15,11 @@ namespace velmorak {
 
 namespace {
 
-using namespace hepmc;
+using hepmc::Event;
+using hepmc::EventReader;
+using hepmc::readHepMc2;
+using hepmc::readHepMc3;
+using hepmc::readLesHouches;
 
 Schema columnsOfEvents() {
     std::vector<ColumnInfo> columns = {{.name = "event", .type = ColumnType::Integer},

@@ -38,7 +38,7 @@ inline constexpr std::string_view arraySignature = "\x93NUMPY";
 inline constexpr std::size_t prefixBytes = 12;
 
 /// @param prefix first bytes of an array, prefixBytes or all if there are fewer.
-/// @return the length of the header with everything before it. @throws Failure if this is no array.
+/// @return the length of the header with everything before it. @throws Failure if this is not an array.
 std::uint64_t headerBytes(std::string_view prefix);
 
 /// @param header first headerBytes() bytes of an array. @throws Failure if they are damaged.

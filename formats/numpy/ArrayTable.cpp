@@ -61,8 +61,8 @@ void append(Column& target, const ArrayColumn& column, const Plane& plane, const
 
 class ArrayReader : public TableReader {
 public:
-    ArrayReader(std::shared_ptr<const PlainFile> source, std::vector<StoredArray> stored,
-                std::vector<ArrayColumn> described, std::uint64_t count, RunContext& runContext);
+    ArrayReader(std::shared_ptr<const PlainFile> source, std::vector<StoredArray> arrays,
+                std::vector<ArrayColumn> described, std::uint64_t rows, RunContext& context);
 
     const Schema& schema() const override { return offered; }
     void selectColumns(const std::vector<bool>& wanted) override { needed = wanted; }
@@ -121,13 +121,13 @@ void ArrayReader::checkStop() const {
     }
 }
 
-ArrayReader::ArrayReader(std::shared_ptr<const PlainFile> source, std::vector<StoredArray> stored,
-                         std::vector<ArrayColumn> described, std::uint64_t count, RunContext& runContext)
+ArrayReader::ArrayReader(std::shared_ptr<const PlainFile> source, std::vector<StoredArray> arrays,
+                         std::vector<ArrayColumn> described, std::uint64_t rows, RunContext& context)
     : file(std::move(source)),
-      arrays(std::move(stored)),
+      arrays(std::move(arrays)),
       columns(std::move(described)),
-      rows(count),
-      context(runContext),
+      rows(rows),
+      context(context),
       needed(columns.size(), true) {
     for (std::size_t i = 0; i < columns.size(); ++i) {
         offered.add(columns[i].info);

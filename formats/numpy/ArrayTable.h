@@ -18,7 +18,7 @@ struct StoredArray {
     ArrayHeader header;
     std::uint64_t position = 0;         ///< Of the data in the file, unless it is packed.
     std::optional<ZipMember> packed{};  ///< Where its bytes must be unpacked.
-    std::string problem{};              ///< Why it is no table; empty if it is one.
+    std::string problem{};              ///< Why it is not a table; empty if it is one.
 };
 
 /// Lists the arrays of a .npy or .npz file.

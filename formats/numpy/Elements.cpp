@@ -103,26 +103,10 @@ std::string textIn(std::string_view bytes) {
     return toUtf8(last == std::string_view::npos ? std::string_view() : bytes.substr(0, last + 1));
 }
 
-void appendUtf8(char32_t code, std::string& text) {
-    constexpr char32_t replacement = 0xFFFD;
-    if (code > 0x10FFFF || (code >= 0xD800 && code < 0xE000)) {
-        code = replacement;
-    }
-    const auto add = [&](char32_t lead, unsigned shift) {
-        text += static_cast<char>(lead | (code >> shift));
-        for (unsigned at = shift; at > 0; at -= 6) {
-            text += static_cast<char>(0x80U | ((code >> (at - 6)) & 0x3FU));
-        }
-    };
-    if (code < 0x80) {
-        add(0, 0);
-    } else if (code < 0x800) {
-        add(0xC0, 6);
-    } else if (code < 0x10000) {
-        add(0xE0, 12);
-    } else {
-        add(0xF0, 18);
-    }
+/// @return the code point, or the replacement character for what is none.
+char32_t validCode(std::int64_t code) {
+    const bool isValid = code >= 0 && code <= 0x10FFFF && (code < 0xD800 || code >= 0xE000);
+    return isValid ? static_cast<char32_t>(code) : U'\uFFFD';
 }
 
 std::string textInUnicode(const char* from, const Element& element) {
@@ -135,7 +119,7 @@ std::string textInUnicode(const char* from, const Element& element) {
         --used;
     }
     for (std::size_t i = 0; i < used; ++i) {
-        appendUtf8(static_cast<char32_t>(codes.integers()[i]), text);
+        appendUtf8(validCode(codes.integers()[i]), text);
     }
     return text;
 }

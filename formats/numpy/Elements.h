@@ -28,8 +28,8 @@ struct Element {
 /// @param code such as "<f8", "|S12" or "<M8[ns]". @throws Failure if it has another form.
 Element elementOf(std::string_view code);
 
-/// Appends elements to a column of the element's type. A text is cut at its trailing zeros; bytes that are no UTF-8 are
-/// read as ISO-8859-1. A missing moment is NaN.
+/// Appends elements to a column of the element's type. A text is cut at its trailing zeros; bytes that are not UTF-8
+/// are read as ISO-8859-1. A missing moment is NaN.
 /// @param first as in appendNumbers.
 void appendElements(Column& column, const Element& element, const char* first, std::size_t stride, std::size_t count);
 

@@ -9,8 +9,8 @@
 
 namespace velmorak::numpy {
 
-ListOffsets::ListOffsets(std::shared_ptr<const PlainFile> opened, const StoredArray& offsets, std::uint64_t values)
-    : file(std::move(opened)), array(offsets), values(values), position(offsets.position) {
+ListOffsets::ListOffsets(std::shared_ptr<const PlainFile> opened, const StoredArray& array, std::uint64_t values)
+    : file(std::move(opened)), array(array), values(values), position(array.position) {
     if (array.packed) {
         stream = std::make_unique<MemberStream>(*file, *array.packed);
         stream->skip(array.header.begin);

@@ -11,9 +11,9 @@ namespace velmorak::numpy {
 /// Reads where lists begin, from front to back.
 class ListOffsets {
 public:
-    /// @param offsets array of integers, one more than there are lists; outlives this.
+    /// @param array the offsets, one more than there are lists; outlives this.
     /// @param values  of all lists, which offsets must not exceed.
-    ListOffsets(std::shared_ptr<const PlainFile> file, const StoredArray& offsets, std::uint64_t values);
+    ListOffsets(std::shared_ptr<const PlainFile> file, const StoredArray& array, std::uint64_t values);
 
     /// Makes the next lists known; there are as many. @throws Failure if the offsets are damaged.
     void readAhead(std::size_t lists);

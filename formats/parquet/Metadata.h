@@ -73,7 +73,7 @@ struct FileMetadata {
     std::string createdBy;
 };
 
-/// @throws Failure if it is no Parquet file, or its description is damaged.
+/// @throws Failure if it is not a Parquet file, or its description is damaged.
 FileMetadata readMetadata(const columnar::FileBytes& file);
 
 }  // namespace velmorak::parquet

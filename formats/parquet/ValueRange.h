@@ -12,7 +12,8 @@ struct ValueRange {
     double high = 0.0;
 };
 
-/// @return nothing if the statistics do not say it, or the values are no numbers that the table has as they are: dates,
+/// @return nothing if the statistics do not say it, or the values are not numbers that the table has as they are:
+/// dates,
 ///         decimals and unsigned integers are converted, and integers beyond 2^53 rounded.
 std::optional<ValueRange> valueRange(const Leaf& leaf, const Statistics& statistics);
 

@@ -1,7 +1,7 @@
 #include "root/RootFile.h"
 
-#include "root/NTuple.h"
-#include "root/Tree.h"
+#include "root/ntuple/NTuple.h"
+#include "root/tree/Tree.h"
 
 #include <fmt/format.h>
 #include <velmorak/ChunkSize.h>
@@ -14,7 +14,11 @@
 namespace velmorak {
 namespace {
 
-using namespace root;
+using root::classesOf;
+using root::Entry;
+using root::File;
+using root::NTuple;
+using root::Tree;
 
 bool isTree(const std::string& className) {
     return className == "TTree" || className == "TNtuple" || className == "TNtupleD";

@@ -1,9 +1,9 @@
 #include "root/RootObjects.h"
 
-#include "root/Classes.h"
-#include "root/File.h"
-#include "root/Histograms.h"
-#include "root/ObjectReader.h"
+#include "root/container/File.h"
+#include "root/objects/Classes.h"
+#include "root/objects/Histograms.h"
+#include "root/objects/ObjectReader.h"
 
 #include <fmt/format.h>
 
@@ -14,7 +14,19 @@
 namespace velmorak {
 namespace {
 
-using namespace root;
+using root::Classes;
+using root::classesOf;
+using root::Entry;
+using root::File;
+using root::histogramAxes;
+using root::histogramFrom;
+using root::isGraph;
+using root::Object;
+using root::ObjectPtr;
+using root::ObjectReader;
+using root::pointsFrom;
+using root::profileAxes;
+using root::profileFrom;
 
 constexpr std::size_t maxListed = 20;
 

@@ -16,8 +16,7 @@ ValueType rootObjectType(const std::string& className);
 /// Reads one object of a type: a histogram, profile or points, a double or a text.
 /// @param path of the object, or its bare name; empty if the file contains only one object of the type.
 /// @throws Failure if the file is missing, is not a ROOT file or is damaged; if no object or more than one matches,
-/// with
-///         a list of those of the type.
+///         with a list of those of the type.
 Value readRootObject(const std::filesystem::path& file, const std::string& path, ValueType type, RunContext& context);
 
 /// Reads the objects of a file one after the other, as a listing does.

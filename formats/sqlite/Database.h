@@ -39,7 +39,7 @@ private:
 class Database {
 public:
     /// @param context is asked while rows are computed whether to stop; outlives this.
-    /// @throws Failure if the file cannot be opened or is no database.
+    /// @throws Failure if the file cannot be opened or is not a database.
     Database(const std::filesystem::path& file, RunContext& context);
 
     /// Names of the tables and views, in the order of the file.

@@ -100,7 +100,7 @@ Column emptyColumn(ColumnType type) {
 class QueryReader : public TableReader {
 public:
     QueryReader(std::unique_ptr<Database> source, const std::string& text, const std::vector<FileColumn>& columns,
-                RunContext& runContext);
+                RunContext& context);
 
     const Schema& schema() const override { return offered; }
     void selectColumns(const std::vector<bool>& wanted) override { needed = wanted; }
@@ -120,8 +120,8 @@ private:
 };
 
 QueryReader::QueryReader(std::unique_ptr<Database> source, const std::string& text,
-                         const std::vector<FileColumn>& columns, RunContext& runContext)
-    : database(std::move(source)), query(*database, text), context(runContext), needed(columns.size(), true) {
+                         const std::vector<FileColumn>& columns, RunContext& context)
+    : database(std::move(source)), query(*database, text), context(context), needed(columns.size(), true) {
     for (const FileColumn& column : columns) {
         offered.add(column.info);
     }

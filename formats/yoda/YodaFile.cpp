@@ -11,7 +11,13 @@ namespace velmorak {
 
 namespace {
 
-using namespace yoda;
+using yoda::axisOf;
+using yoda::Block;
+using yoda::Fault;
+using yoda::numberIn;
+using yoda::numbersIn;
+using yoda::readBlocks;
+using yoda::sumsOf;
 
 /// Rows of versions 1 and 2 that hold more than one bin.
 bool isSummary(const std::vector<std::string>& words) {
@@ -90,7 +96,7 @@ Filled<axes, quantities> cellsByLimits(const Block& block) {
     // Rows far from a grid would need memory for many more cells than there are rows.
     constexpr std::size_t maxGaps = 100;
     if (grid.cellCount() > maxGaps * (rows.size() + maxGaps)) {
-        throw Fault("its bins are no grid");
+        throw Fault("its bins are not a grid");
     }
     CellVector<CellSums<quantities>> cells(grid.cellCount());
     for (const std::vector<double>& row : rows) {

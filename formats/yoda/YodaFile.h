@@ -21,7 +21,7 @@ struct YodaEntry {
 };
 
 /// Reads all objects of a file.
-/// @throws Failure for the input "file" if it cannot be opened, or is no YODA file.
+/// @throws Failure for the input "file" if it cannot be opened, or is not a YODA file.
 std::vector<YodaEntry> readYoda(const std::filesystem::path& file, RunContext& context);
 
 enum class YodaVersion { V2, V3 };

@@ -36,7 +36,7 @@ std::uint32_t Characters::next() {
 }
 
 /// @return the last character of a range whose first one has been read, and moves the set behind it; nothing if there
-///         is no range.
+///         is not a range.
 std::optional<std::uint32_t> endOfRange(Characters& set) {
     Characters range = set;
     if (range.isAtEnd() || range.next() != '-' || range.isAtEnd()) {
@@ -73,7 +73,7 @@ std::optional<bool> isInSet(Characters& pattern, std::uint32_t character) {
     return std::nullopt;
 }
 
-/// Matches one character with the beginning of the pattern, which is no star. Moves both on.
+/// Matches one character with the beginning of the pattern, which is not a star. Moves both on.
 bool matchOne(Characters& pattern, Characters& name) {
     const std::uint32_t wanted = pattern.next();
     const std::uint32_t character = name.next();

@@ -3,8 +3,8 @@
 
 namespace velmorak {
 
-Failure::Failure(std::string inputName, const std::string& sentence)
-    : std::runtime_error(sentence), inputName(std::move(inputName)) {}
+Failure::Failure(std::string input, const std::string& sentence, Cause cause)
+    : std::runtime_error(sentence), inputName(std::move(input)), ownCause(cause) {}
 
 std::string Kind::refusal(const std::string& /*input*/, const std::string& /*value*/) const {
     return {};

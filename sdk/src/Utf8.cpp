@@ -97,13 +97,7 @@ std::string toUtf8(std::string_view text) {
 }
 
 void appendLatin1(char character, std::string& target) {
-    const auto code = static_cast<unsigned char>(character);
-    if (code < 0x80) {
-        target += character;
-        return;
-    }
-    target += static_cast<char>(0xC0U | (code >> 6U));
-    target += static_cast<char>(0x80U | (code & 0x3FU));
+    appendUtf8(static_cast<unsigned char>(character), target);
 }
 
 }  // namespace velmorak

@@ -58,8 +58,8 @@ Collector loadAll() {
 
 class BenchArguments : public Arguments {
 public:
-    BenchArguments(const Ports& ports, const ValueTexts& texts, const std::map<std::string, Value>& wires)
-        : wired(wires) {
+    BenchArguments(const Ports& ports, const ValueTexts& texts, const std::map<std::string, Value>& wired)
+        : wired(wired) {
         for (const InputSpec& input : ports.inputs) {
             values[input.name] = texts.contains(input.name) ? texts.at(input.name) : input.value;
         }
@@ -101,7 +101,7 @@ private:
 };
 
 struct BenchResults : Results {
-    explicit BenchResults(std::map<std::string, Value>& target) : outputs(target) {}
+    explicit BenchResults(std::map<std::string, Value>& outputs) : outputs(outputs) {}
     void set(const std::string& output, Value value) override { outputs[output] = std::move(value); }
     std::map<std::string, Value>& outputs;
 };

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -89,6 +90,9 @@ public:
     const std::string& printed() const { return messages; }
     RunRecord record() const override { return givenRecord; }
     KindHarness& remember(RunRecord record) { return givenRecord = std::move(record), *this; }
+    std::optional<double> fixedDate() const override { return date; }
+    /// @param secondsSince1970 of the files that the kind writes.
+    KindHarness& setDate(double secondsSince1970) { return date = secondsSince1970, *this; }
     /// Warnings are kept, where they would otherwise end the test.
     KindHarness& expectWarnings() { return isWarned = true, *this; }
     const std::vector<std::string>& warnings() const { return allWarnings; }
@@ -114,6 +118,7 @@ private:
     std::vector<std::string> allWarnings;
     std::string messages;
     RunRecord givenRecord;
+    std::optional<double> date;
     std::shared_ptr<MemoryBudget> budget = std::make_shared<MemoryBudget>();
 };
 

@@ -328,7 +328,7 @@ TEST(ShortSource, namesTheFileAndTheRowOfAFailure) {
     bench.set("file", file.string());
     EXPECT_EQ(bench.failure(), ": \"" + file.string() + "\", row 1: expected a number after \"two\"");
     bench.set("file", (folder.path() / "missing").string());
-    EXPECT_THAT(bench.failure(), HasSubstr("is no file that can be read"));
+    EXPECT_THAT(bench.failure(), HasSubstr("is not a file that can be read"));
 }
 
 TEST(ResultsOfAKind, areSetFromAnyNumber) {

@@ -1,7 +1,7 @@
 #include "RootInput.h"
 
-#include <root/Classes.h>
-#include <root/File.h>
+#include <root/container/File.h>
+#include <root/objects/Classes.h>
 
 // A ROOT file as a container: header, directories, keys, descriptions of classes, and the content of every record.
 

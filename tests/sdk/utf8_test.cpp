@@ -25,6 +25,15 @@ std::size_t bytesOf(char32_t code) {
     return code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
 }
 
+TEST(Utf8, aWrittenCharacterIsReadBack) {
+    for (const char32_t code : {0x0U, 0x7FU, 0x80U, 0x7FFU, 0x800U, 0xD7FFU, 0xE000U, 0xFFFFU, 0x10000U, 0x10FFFFU}) {
+        std::string text;
+        appendUtf8(code, text);
+        EXPECT_EQ(characterBytes(text), text.size()) << std::hex << static_cast<unsigned>(code);
+        EXPECT_EQ(codePointOf(text), code);
+    }
+}
+
 TEST(Utf8, acceptsEveryCodePointButSurrogates) {
     for (char32_t code = 0; code <= 0x10FFFF; ++code) {
         const std::string text = encoded(code, bytesOf(code));

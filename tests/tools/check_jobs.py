@@ -324,7 +324,7 @@ def check_damage(place, expected):
     (place.folder / "job" / "plan.json").write_text(text.replace("x > mean", "x < mean"))
     assert "was changed after it was made" in fine(place.run("--merge", "job"), 1).stderr
     (place.folder / "job" / "plan.json").write_text(text[:-100])
-    assert "is no plan, or is damaged" in fine(place.run("--part", "1", "job"), 1).stderr
+    assert "is not a plan, or is damaged" in fine(place.run("--part", "1", "job"), 1).stderr
 
 
 def check_partial_marks(place):

@@ -82,7 +82,7 @@ def check_again(place):
     for text in ("{}", "[", '{"run": 2}'):
         record.write_text(text)
         wrong = place.run("--again", str(record))
-        assert wrong.returncode == 1 and "is no record of a run" in wrong.stderr and wrong.stdout == "", wrong
+        assert wrong.returncode == 1 and "is not a record of a run" in wrong.stderr and wrong.stdout == "", wrong
 
 
 def main(runner):

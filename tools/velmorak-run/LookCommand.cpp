@@ -145,7 +145,7 @@ void printContent(const std::filesystem::path& file, const velmorak::FileFormats
         for (const FileObject& object : objects) {
             json["objects"].push_back(jsonOf(object));
         }
-        // Bytes that are no UTF-8 are replaced: a name in a file may hold any.
+        // Bytes that are not UTF-8 are replaced: a name in a file may hold any.
         stream << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
         return;
     }

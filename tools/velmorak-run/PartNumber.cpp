@@ -31,7 +31,7 @@ std::optional<std::size_t> numberIn(std::string_view text) {
     return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }
 
-/// Grid Engine sets SGE_TASK_ID to "undefined" for a job that is no array.
+/// Grid Engine sets SGE_TASK_ID to "undefined" for a job that is not an array.
 std::optional<std::size_t> numberFromEnvironment() {
     for (const NumberVariable& variable : variables) {
         const char* const text = std::getenv(variable.name);
@@ -41,7 +41,7 @@ std::optional<std::size_t> numberFromEnvironment() {
         const std::optional<std::size_t> number = numberIn(text);
         if (!number || *number < variable.first) {
             throw UsageError(std::string(variable.name) + " is " + velmorak::quoted(text) +
-                             ", which is no number of a part; give the number instead of auto");
+                             ", which is not the number of a part; give the number instead of auto");
         }
         return *number - variable.first + 1;
     }

@@ -45,7 +45,7 @@ bool isWrapper(const std::string& command) {
 /// Reads a label once from left to right.
 class LabelReader {
 public:
-    explicit LabelReader(const std::string& label) : text(label), partner(label.size(), notThere) { pairBraces(); }
+    explicit LabelReader(const std::string& text) : text(text), partner(text.size(), notThere) { pairBraces(); }
 
     std::vector<LabelRun> read();
 

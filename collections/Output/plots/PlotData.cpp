@@ -177,7 +177,7 @@ std::string outside(const PanelSeries& series, const PlotFrame& frame, const Plo
 /// Collects blocks, which two empty lines separate.
 class Blocks {
 public:
-    explicit Blocks(std::string heading) : text(std::move(heading)) {}
+    explicit Blocks(std::string text) : text(std::move(text)) {}
 
     std::size_t add(const std::string& block);
     std::string take() { return std::move(text); }

@@ -10,7 +10,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
+#include <optional>
 #include <utility>
 
 namespace velmorak {
@@ -120,16 +120,15 @@ std::string titleOf(const std::string& given, const RunRecord& record, const Run
     return document.ends_with(ending) ? document.substr(0, document.size() - ending.size()) : document;
 }
 
-/// Now, to the minute; or the time in seconds since 1970 in the environment variable that asks for equal files.
-std::string dateOfRun() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the program changes the environment.
-    const char* const given = std::getenv("SOURCE_DATE_EPOCH");
-    double seconds = 0.0;
-    if (!given || !readNumber(given, seconds)) {
-        const auto now = std::chrono::system_clock::now().time_since_epoch();
-        seconds = static_cast<double>(std::chrono::duration_cast<std::chrono::seconds>(now).count());
-    }
-    const std::string text = dateText(seconds);
+double secondsNow() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return static_cast<double>(std::chrono::duration_cast<std::chrono::seconds>(now).count());
+}
+
+/// To the minute.
+std::string dateOfRun(const RunContext& context) {
+    const std::optional<double> given = context.fixedDate();
+    const std::string text = dateText(given ? *given : secondsNow());
     constexpr std::size_t day = 10;
     constexpr std::size_t minute = 16;
     return text.size() > minute ? text.substr(0, day) + " " + text.substr(day + 1, minute - day - 1) + " UTC" : text;
@@ -199,7 +198,7 @@ void ReportKind::evaluate(const Arguments& arguments, Results&, RunContext& cont
     contents.record = context.record();
     contents.title = titleOf(arguments.text("title"), contents.record, context);
     contents.comment = arguments.text("comment");
-    contents.date = dateOfRun();
+    contents.date = dateOfRun(context);
     contents.items = itemsOf(arguments, contents.record, context);
     std::vector<PlotPicture> good;
     for (const std::vector<const ReportItem*>& frame : frames(contents.items)) {

@@ -7,8 +7,8 @@
 
 namespace velmorak {
 
-TextOutput::TextOutput(std::string name, std::string first, RunContext& runContext)
-    : name(std::move(name)), first(std::move(first)), context(&runContext) {}
+TextOutput::TextOutput(std::string name, std::string first, RunContext& context)
+    : name(std::move(name)), first(std::move(first)), context(&context) {}
 
 void TextOutput::append(const std::string& text) {
     if (text.empty()) {

@@ -13,8 +13,8 @@ namespace velmorak {
 class TextOutput {
 public:
     /// @param first first part of the text.
-    /// @param runContext outlives this.
-    TextOutput(std::string name, std::string first, RunContext& runContext);
+    /// @param context outlives this.
+    TextOutput(std::string name, std::string first, RunContext& context);
 
     /// @throws Failure if the file cannot be created or written.
     void append(const std::string& text);

@@ -29,7 +29,7 @@ struct Offered {
 /// Receives the kinds of one collection; reports and skips those that cannot be offered.
 class KindRegistry : public Registry {
 public:
-    KindRegistry(fs::path sharedObject, std::string firstGroup, const FileFormats& known);
+    KindRegistry(fs::path object, std::string currentGroup, const FileFormats& known);
 
     void group(const std::string& name) override { currentGroup = name; }
     void add(std::unique_ptr<Kind> kind) override;
@@ -49,8 +49,8 @@ private:
     std::vector<std::unique_ptr<FileFormat>> newFormats;
 };
 
-KindRegistry::KindRegistry(fs::path sharedObject, std::string firstGroup, const FileFormats& known)
-    : object(std::move(sharedObject)), currentGroup(std::move(firstGroup)), known(known) {}
+KindRegistry::KindRegistry(fs::path object, std::string currentGroup, const FileFormats& known)
+    : object(std::move(object)), currentGroup(std::move(currentGroup)), known(known) {}
 
 void KindRegistry::add(std::unique_ptr<Kind> kind) {
     if (!kind) {

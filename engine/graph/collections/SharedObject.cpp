@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 /// An open file, closed with the object.
 class Descriptor {
 public:
-    explicit Descriptor(int opened) : number(opened) {}
+    explicit Descriptor(int number) : number(number) {}
     ~Descriptor();
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;

@@ -15,7 +15,7 @@ std::string coordinate(float number) {
 /// Joins the fields of one object with a separator.
 class ObjectText {
 public:
-    explicit ObjectText(std::string betweenFields) : separator(std::move(betweenFields)) {}
+    explicit ObjectText(std::string separator) : separator(std::move(separator)) {}
 
     void field(const std::string& name, const std::string& json);
     void foreign(const ForeignFields& fields);

@@ -22,7 +22,7 @@ constexpr std::size_t maxPorts = 1'000'000;
 /// Loads one document. Nothing in the manager changes before commit.
 class Loading {
 public:
-    Loading(QzManager& into, Document read, const std::string& from);
+    Loading(QzManager& manager, Document document, const std::string& file);
 
     void makeNodes();
     void wire();
@@ -42,8 +42,8 @@ private:
     std::unordered_map<std::string, std::size_t> byName;  ///< By the names in the document.
 };
 
-Loading::Loading(QzManager& into, Document read, const std::string& from)
-    : manager(into), owner(QzManager::Part::of(into)), document(std::move(read)), file(from), notes(from) {}
+Loading::Loading(QzManager& manager, Document document, const std::string& file)
+    : manager(manager), owner(QzManager::Part::of(manager)), document(std::move(document)), file(file), notes(file) {}
 
 /// A name that is in use gets a number that makes it unique in the pipeline and the document.
 std::vector<std::string> Loading::namesInPipeline() const {

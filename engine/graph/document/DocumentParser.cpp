@@ -21,7 +21,7 @@ constexpr std::size_t maxPorts = 1'000'000;
 /// Checks values against the format. Holds the text for line numbers and for fields that are preserved unchanged.
 class Parser {
 public:
-    explicit Parser(const std::string& whole) : text(whole) {}
+    explicit Parser(const std::string& text) : text(text) {}
 
     Document document(const JsonValue& root) const;
 

@@ -11,8 +11,9 @@ namespace velmorak {
 /// Why a document cannot be read.
 class DocumentError : public std::runtime_error {
 public:
-    /// @param atLine counted from 1; 0 when the reason does not concern a line.
-    DocumentError(std::size_t atLine, const std::string& reason) : std::runtime_error(reason), lineNumber(atLine) {}
+    /// @param lineNumber counted from 1; 0 when the reason does not concern a line.
+    DocumentError(std::size_t lineNumber, const std::string& reason)
+        : std::runtime_error(reason), lineNumber(lineNumber) {}
     std::size_t line() const { return lineNumber; }
 
 private:

@@ -24,7 +24,7 @@ std::string nameOf(char byte) {
 /// to double, and reject a text with a number out of its range.
 class Check {
 public:
-    explicit Check(std::string_view whole) : text(whole) {}
+    explicit Check(std::string_view text) : text(text) {}
 
     JsonValue document();
 

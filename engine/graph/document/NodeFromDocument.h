@@ -9,7 +9,7 @@ namespace velmorak {
 /// Prints warnings about a document that is read nevertheless: the first twenty, and how many more there are.
 class LoadWarnings {
 public:
-    explicit LoadWarnings(std::string documentFile) : file(std::move(documentFile)) {}
+    explicit LoadWarnings(std::string file) : file(std::move(file)) {}
     ~LoadWarnings();
     LoadWarnings(const LoadWarnings&) = delete;
     LoadWarnings& operator=(const LoadWarnings&) = delete;

@@ -92,6 +92,7 @@ Pipeline pipelineOf(const QzManager& manager) {
     made.resultsFolder = resultsFolder.empty() ? resultsFolderOf(document, owner.catalogue) : resultsFolder;
     made.isResultsFolderChosen = !resultsFolder.empty();
     made.mayWriteAnywhere = owner.mayWriteAnywhere;
+    made.kinds = owner.kinds;
     return made;
 }
 

@@ -115,7 +115,7 @@ std::string ColumnCheck::mistakeOf(std::size_t position) {
         }
     });
     // Whether other values are mistaken may depend on numbers that a run computes.
-    const bool isOnColumns = error && error->sentence.find("there is no column ") != std::string::npos;
+    const bool isOnColumns = error && error->cause == Failure::Cause::UnknownColumn;
     return isOnColumns ? error->sentence : "";
 }
 

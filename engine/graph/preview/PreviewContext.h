@@ -27,6 +27,7 @@ public:
                      const std::function<void(const std::filesystem::path&)>& writer) override;
     std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override;
     void warn(const std::string& /*sentence*/) override {}
+    double maxCells() const override { return beside.kinds.maxCells; }
 
 private:
     const Pipeline& beside;

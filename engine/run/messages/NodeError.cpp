@@ -1,7 +1,5 @@
 #include "run/messages/NodeError.h"
 
-#include <velmorak/Failure.h>
-
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
@@ -36,7 +34,8 @@ NodeError errorOf(const std::exception_ptr& exception) {
     } catch (const Stopped&) {
         return {"it stopped without being asked to", true};
     } catch (const Failure& failure) {
-        return {failure.input().empty() ? failure.what() : "input \"" + failure.input() + "\": " + failure.what()};
+        return {failure.input().empty() ? failure.what() : "input \"" + failure.input() + "\": " + failure.what(),
+                false, failure.cause()};
     } catch (const std::bad_alloc&) {
         return {"there was not enough memory"};
     } catch (const std::length_error&) {

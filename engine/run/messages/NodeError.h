@@ -1,5 +1,7 @@
 #pragma once
 
+#include <velmorak/Failure.h>
+
 #include <exception>
 #include <optional>
 #include <string>
@@ -10,6 +12,7 @@ namespace velmorak {
 struct NodeError {
     std::string sentence;     ///< Names the input if the plug-in did.
     bool wasStopped = false;  ///< The plug-in saw that the run is stopping.
+    Failure::Cause cause = Failure::Cause::Other;
 };
 
 /// Unwinds the threads of a run that was left behind.

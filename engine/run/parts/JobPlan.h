@@ -81,7 +81,7 @@ std::string plannedPath(const std::filesystem::path& file);
 /// @throws Failure if it cannot be written.
 void writePlan(const std::filesystem::path& file, JobPlan& plan);
 
-/// @throws Failure if the file cannot be read, or is no plan as writePlan leaves it.
+/// @throws Failure if the file cannot be read, or is not a plan as writePlan leaves it.
 JobPlan readPlan(const std::filesystem::path& file);
 
 }  // namespace velmorak

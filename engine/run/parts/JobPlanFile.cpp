@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
 constexpr int formatVersion = 2;
-constexpr const char* damaged = " is no plan, or is damaged; plan the job again";
+constexpr const char* damaged = " is not a plan, or is damaged; plan the job again";
 constexpr std::string_view hexDigits = "0123456789abcdef";
 
 /// The keys of the format, for writer and reader alike.

@@ -25,7 +25,7 @@ unsigned digitOf(char c) {
     return static_cast<unsigned>(c <= '9' ? c - '0' : c - 'a' + 10);
 }
 
-/// @return empty if the text is no sum.
+/// @return empty if the text is not a sum.
 std::optional<Digest> digestFrom(const std::string& hex) {
     Digest digest{};
     if (hex.size() != 2 * digest.size() || hex.find_first_not_of("0123456789abcdef") != std::string::npos) {

@@ -165,9 +165,9 @@ void PartWriter::commit(PartSummary summary) {
     }
 }
 
-PartReader::PartReader(const std::filesystem::path& file) : path(file), stream(file, std::ios::binary) {
+PartReader::PartReader(const std::filesystem::path& path) : path(path), stream(path, std::ios::binary) {
     if (!stream) {
-        throw Failure("the part " + velmorak::quoted(file.string()) +
+        throw Failure("the part " + velmorak::quoted(path.string()) +
                       " cannot be read: " + std::generic_category().message(errno));
     }
     size = sizeOf(stream);

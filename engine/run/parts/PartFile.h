@@ -83,7 +83,7 @@ private:
 /// Reads the file of a part. Every operation throws a Failure if the file is damaged.
 class PartReader {
 public:
-    explicit PartReader(const std::filesystem::path& file);
+    explicit PartReader(const std::filesystem::path& path);
 
     const PartIdentity& identity() const { return read; }
     const PartSummary& summary() const { return whole; }

@@ -93,7 +93,7 @@ public:
     std::shared_ptr<const StoredTable> result();
 
 private:
-    void settle() { table->append(std::exchange(chunk, {})); }
+    void flush() { table->append(std::exchange(chunk, {})); }
 
     Chunk chunk;
     std::shared_ptr<CollectedRows> table;
@@ -103,12 +103,12 @@ CollectionState::CollectionState(const Schema& schema, std::shared_ptr<MemoryBud
     : table(std::make_shared<CollectedRows>(schema, std::move(memory))) {}
 
 void CollectionState::merge(AccumulatorState& other) {
-    settle();
+    flush();
     table->append(static_cast<CollectionState&>(other).chunk);
 }
 
 std::shared_ptr<const StoredTable> CollectionState::result() {
-    settle();
+    flush();
     return std::move(table);
 }
 

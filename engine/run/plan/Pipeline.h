@@ -1,5 +1,7 @@
 #pragma once
 
+#include "run/KindConfig.h"
+
 #include <velmorak/Kind.h>
 
 #include <cstddef>
@@ -53,6 +55,7 @@ struct Pipeline {
     std::vector<std::string> settings{};    ///< PLUGIN.INPUT=VALUE: values set for this run, for its record.
     std::string partial{};                  ///< Which rows the results lack, as a sentence without its end.
     MovedFiles moved{};                     ///< Of a planned run.
+    KindConfig kinds{};
 };
 
 }  // namespace velmorak

@@ -308,7 +308,7 @@ std::string writeRunRecord(const fs::path& resultsFolder, const std::string& tex
 
 StoredRunRecord readRunRecord(const fs::path& file) {
     const auto reject = [&](const std::string& reason) {
-        throw Failure("\"" + file.string() + "\" is no record of a run: " + reason);
+        throw Failure("\"" + file.string() + "\" is not a record of a run: " + reason);
     };
     try {
         const Json record = Json::parse(contentOf(file, "the record \"" + file.string() + "\""));

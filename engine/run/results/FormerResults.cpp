@@ -122,7 +122,7 @@ void FormerResults::move(const std::string& /*plugin*/, const std::string& name)
     std::error_code error;
     if (fs::is_symlink(formerFolder, error) || (fs::exists(formerFolder, error) && !fs::is_directory(formerFolder))) {
         throw Failure("the file \"" + name + "\" of an earlier run cannot be moved: " + formerFolder.string() +
-                      " is no folder; remove or rename it");
+                      " is not a folder; remove or rename it");
     }
     const fs::path target = placeIn(formerFolder, name);
     fs::create_directories(target.parent_path(), error);

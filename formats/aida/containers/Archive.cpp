@@ -14,7 +14,7 @@ constexpr std::size_t blockSize = std::size_t{1} << 16;
 
 class Archive : public Decompressor {
 public:
-    Archive(const std::filesystem::path& file, Packing how);
+    Archive(const std::filesystem::path& file, Packing packing);
 
     std::size_t read(char* target, std::size_t size) override;
 
@@ -43,7 +43,7 @@ private:
     bool isBroken = false;
 };
 
-Archive::Archive(const std::filesystem::path& file, Packing how) : packing(how), handle(archive_read_new()) {
+Archive::Archive(const std::filesystem::path& file, Packing packing) : packing(packing), handle(archive_read_new()) {
     if (!handle) {
         throw std::bad_alloc();
     }

@@ -59,7 +59,7 @@ bool PlainFile::seek(std::uint64_t byte) {
 /// gzip of one member or several, zlib, and raw deflate.
 class Deflated : public Decompressor {
 public:
-    Deflated(const std::filesystem::path& input, Packing how);
+    Deflated(const std::filesystem::path& input, Packing packing);
     ~Deflated() override { inflateEnd(&state); }
     Deflated(const Deflated&) = delete;
     Deflated& operator=(const Deflated&) = delete;
@@ -88,7 +88,8 @@ private:
     bool isFinished = false;
 };
 
-Deflated::Deflated(const std::filesystem::path& input, Packing how) : input(input), packing(how), packed(packedSize) {
+Deflated::Deflated(const std::filesystem::path& input, Packing packing)
+    : input(input), packing(packing), packed(packedSize) {
     const int bits = packing == Packing::Gzip ? 16 + MAX_WBITS : packing == Packing::Zlib ? MAX_WBITS : -MAX_WBITS;
     if (inflateInit2(&state, bits) != Z_OK) {
         throw std::bad_alloc();

@@ -16,7 +16,7 @@ constexpr std::size_t packedSize = std::size_t{1} << 16;
 /// the beginning, so that data and error message are those of zlib.
 class FastGzip : public Decompressor {
 public:
-    explicit FastGzip(const std::filesystem::path& path);
+    explicit FastGzip(const std::filesystem::path& file);
 
     std::uint64_t position() const override;
 
@@ -45,8 +45,8 @@ private:
     std::unique_ptr<Decompressor> careful;
 };
 
-FastGzip::FastGzip(const std::filesystem::path& path)
-    : file(path), input(openPacked(path, Packing::Plain)), packed(packedSize) {
+FastGzip::FastGzip(const std::filesystem::path& file)
+    : file(file), input(openPacked(file, Packing::Plain)), packed(packedSize) {
     isal_inflate_init(&state);
     state.crc_flag = ISAL_GZIP;
 }

@@ -10,19 +10,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
 
 namespace velmorak::io {
 
 namespace {
-
-constexpr double defaultMaxCells = 1 << 24;
-
-/// Limit for the cells of an object: a file may declare any number of bins.
-double maxCells() {
-    const char* wanted = std::getenv("VELMORAK_MOST_CELLS");
-    return !wanted ? defaultMaxCells : numberOr(wanted, defaultMaxCells);
-}
 
 double binsOf(const ParsedAxis& axis) {
     const double bins = numberOr(axis.bins.c_str(), notGiven);
@@ -153,7 +144,8 @@ std::size_t declaredCells(const ParsedObject& parsed) {
     for (const ParsedAxis& axis : parsed.axes) {
         cells *= numberOr(axis.bins.c_str(), 0.0) + 2.0;
     }
-    const bool isPossible = dimensions != 0 && parsed.axes.size() == dimensions && cells >= 1.0 && cells <= maxCells();
+    const bool isPossible =
+        dimensions != 0 && parsed.axes.size() == dimensions && cells >= 1.0 && cells <= parsed.maxCells;
     return isPossible ? static_cast<std::size_t>(cells) : 0;
 }
 
@@ -172,7 +164,7 @@ std::size_t declaredBytes(const ParsedObject& parsed) {
     constexpr std::size_t perBin = 20;
     std::size_t bins = 0;
     for (const ParsedAxis& axis : parsed.axes) {
-        bins += static_cast<std::size_t>(std::clamp(numberOr(axis.bins.c_str(), 0.0), 0.0, maxCells()));
+        bins += static_cast<std::size_t>(std::clamp(numberOr(axis.bins.c_str(), 0.0), 0.0, parsed.maxCells));
     }
     return cells * perCell + bins * perBin;
 }
@@ -185,9 +177,9 @@ std::vector<Axis> axesFrom(const ParsedObject& parsed, std::size_t dimensions, s
     for (const ParsedAxis& axis : parsed.axes) {
         cells *= binsOf(axis) + 2.0;
     }
-    if (cells > maxCells()) {
-        throw Failure(
-            fmt::format("its axes declare {} cells; the limit is {}", formatNumber(cells), formatNumber(maxCells())));
+    if (cells > parsed.maxCells) {
+        throw Failure(fmt::format("its axes declare {} cells; the limit is {}", formatNumber(cells),
+                                  formatNumber(parsed.maxCells)));
     }
     std::vector<Axis> axes;
     for (const std::size_t place : axisOrder(parsed, dimensions, warnings)) {

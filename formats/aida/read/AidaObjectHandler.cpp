@@ -60,8 +60,8 @@ bool isCloud(std::string_view element) {
 
 }  // namespace
 
-AidaObjectHandler::AidaObjectHandler(std::filesystem::path path, Choice isWantedObject, RunContext& runContext)
-    : file(std::move(path)), isWanted(std::move(isWantedObject)), warnings(runContext) {}
+AidaObjectHandler::AidaObjectHandler(std::filesystem::path file, Choice isWanted, RunContext& context)
+    : file(std::move(file)), isWanted(std::move(isWanted)), maxCells(context.maxCells()), warnings(context) {}
 
 void AidaObjectHandler::warn(const std::string& about, const std::string& sentence) {
     if (warned.size() < maxWarned && warned.insert(about).second) {
@@ -166,6 +166,7 @@ void AidaObjectHandler::beginObject(std::string_view name, const char* const* at
                            textOr(attributeOf(attributes, "label"), parsed->name.c_str()).c_str());
     parsed->options = textOr(attributeOf(attributes, "options"), "");
     parsed->package = package;
+    parsed->maxCells = maxCells;
     parsed->dimension = textOr(attributeOf(attributes, "dimension"), "");
     parsed->isNormalized = isTrue(attributeOf(attributes, "isNormalized"));
     isBuilt = !isAidaTable(name) && isWanted(parsed->path, parsed->element);

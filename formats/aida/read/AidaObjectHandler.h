@@ -23,7 +23,7 @@ public:
     /// Whether to build the object with this path and element.
     using Choice = std::function<bool(const std::string& path, const std::string& element)>;
 
-    AidaObjectHandler(std::filesystem::path path, Choice isWantedObject, RunContext& runContext);
+    AidaObjectHandler(std::filesystem::path file, Choice isWanted, RunContext& context);
 
     /// Sets the reader that calls this handler; must be called before it reads.
     void attach(XmlReader& xmlReader) { reader = &xmlReader; }
@@ -55,6 +55,7 @@ private:
 
     std::filesystem::path file;
     Choice isWanted;
+    double maxCells;
     FewWarnings warnings;
     XmlReader* reader = nullptr;
     ObjectPaths paths;

@@ -10,6 +10,7 @@
 
 #include <velmorak/FunctionObject.h>
 #include <velmorak/Points.h>
+#include <velmorak/Run.h>
 #include <velmorak/Value.h>
 
 /// The parsed elements of one object, from which it is built: a file may list its parts in any order.
@@ -47,6 +48,7 @@ struct ParsedObject {
     std::string package;  ///< Program that wrote the file.
     std::string dimension;
     bool isNormalized = false;
+    double maxCells = RunContext::defaultMaxCells;  ///< More are refused.
     std::vector<AnnotationItem> annotation;
     std::vector<ParsedAxis> axes;
     std::deque<ParsedBin> bins;  ///< A growing vector would temporarily take three times the memory.

@@ -98,8 +98,7 @@ std::string chosenPath(const std::filesystem::path& file, const std::string& obj
 
 class AidaTable : public TableReader {
 public:
-    AidaTable(std::filesystem::path fileName, const std::string& path, RunContext& runContext,
-              io::RowReading rowReading);
+    AidaTable(std::filesystem::path file, const std::string& path, RunContext& context, io::RowReading reading);
 
     const Schema& schema() const override { return tableSchema; }
 
@@ -137,9 +136,8 @@ private:
     std::uint64_t rowsTaken = 0;
 };
 
-AidaTable::AidaTable(std::filesystem::path fileName, const std::string& path, RunContext& runContext,
-                     io::RowReading rowReading)
-    : file(std::move(fileName)), context(runContext), reading(rowReading), members{path} {
+AidaTable::AidaTable(std::filesystem::path file, const std::string& path, RunContext& context, io::RowReading reading)
+    : file(std::move(file)), context(context), reading(reading), members{path} {
     beginNext(nullptr);
     tableSchema = handler->builder()->schema();
 }

@@ -38,8 +38,8 @@ std::string textOr(const char* text, const char* other) {
 
 }  // namespace
 
-AidaTupleHandler::AidaTupleHandler(std::filesystem::path path, std::string wantedPath, RunContext& runContext)
-    : file(std::move(path)), wanted(std::move(wantedPath)), warnings(runContext) {}
+AidaTupleHandler::AidaTupleHandler(std::filesystem::path file, std::string wanted, RunContext& context)
+    : file(std::move(file)), wanted(std::move(wanted)), warnings(context) {}
 
 void AidaTupleHandler::fail(const std::string& reason) const {
     throw Failure(fmt::format("{}{}: {}", file.string(), reader->where(), reason));

@@ -21,8 +21,8 @@ struct AidaObjectType;
 /// of the wanted one.
 class AidaTupleHandler : public XmlHandler {
 public:
-    /// @param wantedPath path of the object whose rows are built; empty to only list the objects.
-    AidaTupleHandler(std::filesystem::path path, std::string wantedPath, RunContext& runContext);
+    /// @param wanted path of the object whose rows are built; empty to only list the objects.
+    AidaTupleHandler(std::filesystem::path file, std::string wanted, RunContext& context);
 
     /// Sets the reader that calls this handler; must be called before it reads.
     void attach(XmlReader& xmlReader) { reader = &xmlReader; }

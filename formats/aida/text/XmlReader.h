@@ -45,7 +45,7 @@ public:
     void pause();
     /// ", line 3, byte 712 of the text": position of the parser.
     std::string where() const;
-    /// Name of the current file in an archive; empty if the file is no archive.
+    /// Name of the current file in an archive; empty if the file is not an archive.
     const std::string& document() const { return stream.document(); }
     /// Part of the file that has been read, 0 to 1.
     double fraction() const { return rows ? rows->fraction() : stream.fraction(); }

@@ -1,6 +1,6 @@
 #include "root/write/ClassList.h"
 
-#include "root/Classes.h"
+#include "root/objects/Classes.h"
 
 #include <algorithm>
 #include <map>

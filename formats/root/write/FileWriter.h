@@ -1,6 +1,6 @@
 #pragma once
 
-#include "root/Object.h"
+#include "root/objects/Object.h"
 #include "root/write/Packing.h"
 #include "root/write/RecordHead.h"
 #include "root/write/WrittenClasses.h"
@@ -47,7 +47,7 @@ public:
     /// Appends an object with a key in the folder. Its name must be new.
     /// @throws Failure if it is too large for a ROOT file or the disk is full.
     void write(const Object& object);
-    /// Writes all that a reader needs to find the records. Without it the file is no ROOT file.
+    /// Writes all that a reader needs to find the records. Without it the file is not a ROOT file.
     void close();
 
 private:

@@ -1,6 +1,6 @@
 #include "root/write/ObjectWriter.h"
 
-#include "root/Record.h"
+#include "root/container/Record.h"
 
 namespace velmorak::root {
 namespace {

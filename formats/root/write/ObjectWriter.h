@@ -1,6 +1,6 @@
 #pragma once
 
-#include "root/Object.h"
+#include "root/objects/Object.h"
 #include "root/write/ByteOutput.h"
 #include "root/write/WrittenClasses.h"
 

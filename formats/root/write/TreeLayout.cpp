@@ -54,8 +54,7 @@ char WrittenBranch::letter() const {
     return 'D';
 }
 
-TreeLayout::TreeLayout(std::string treeName, const Schema& tableSchema)
-    : name(std::move(treeName)), schema(tableSchema) {
+TreeLayout::TreeLayout(std::string name, const Schema& schema) : name(std::move(name)), schema(schema) {
     std::vector<std::string> names;
     std::vector<std::string> lengthNames;
     for (const ColumnInfo& column : schema.columns()) {

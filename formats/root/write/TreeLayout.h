@@ -33,7 +33,7 @@ struct TreeLayout {
 
     /// Characters that ROOT gives a meaning in names are replaced by "_".
     /// @throws Failure for a list of texts.
-    TreeLayout(std::string treeName, const Schema& tableSchema);
+    TreeLayout(std::string name, const Schema& schema);
 
     /// Header of the records of a branch.
     RecordHead basketHead(const WrittenBranch& branch) const;

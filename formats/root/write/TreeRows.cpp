@@ -1,6 +1,6 @@
 #include "root/write/TreeRows.h"
 
-#include "root/Buffer.h"
+#include "root/container/Buffer.h"
 #include "root/write/ByteOutput.h"
 
 #include <velmorak/ChunkSize.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "root/Object.h"
+#include "root/objects/Object.h"
 
 #include <velmorak/Value.h>
 

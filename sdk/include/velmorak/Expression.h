@@ -2,6 +2,7 @@
 
 #include <velmorak/Table.h>
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -36,6 +37,11 @@ public:
     /// @return one value per row (one list per row if isList()). The bits of a value do not depend on the position of
     ///         its row in the chunk.
     ColumnPtr evaluate(const Chunk& chunk) const;
+
+    static constexpr std::uint64_t defaultMaxCombinations = 10'000'000;
+    /// Limits the combinations of list values in a chunk, for the expressions that are compiled from now on. A program
+    /// calls it once, before it compiles any.
+    static void limitCombinations(std::uint64_t most);
 
 private:
     struct Program;

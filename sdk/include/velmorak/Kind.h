@@ -95,8 +95,7 @@ public:
     virtual std::unique_ptr<AccumulatorState> newState() const = 0;
     /// Called once, before the first newState.
     /// @param needed by column of the table, all false: set to true for those that fill uses. The others are null in
-    /// its
-    ///               chunks. The default needs all.
+    ///               its chunks. The default needs all.
     virtual void markColumns(std::vector<bool>& needed) const { needed.assign(needed.size(), true); }
     /// Called once with the state of the whole stream; with a new state if there was no chunk.
     virtual void finish(AccumulatorState& state, Results& results) = 0;

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -85,6 +86,14 @@ public:
     /// the same in two runs whenever the second may reuse the result of the first.
     /// Threads: only on the thread on which the run called the kind.
     virtual RunRecord record() const { return {}; }
+
+    /// Limit for the cells of an object that is read from a file, which may declare any number of bins.
+    virtual double maxCells() const { return defaultMaxCells; }
+
+    /// Date of the files that are written, in seconds since 1970; nothing: the date of writing.
+    virtual std::optional<double> fixedDate() const { return std::nullopt; }
+
+    static constexpr double defaultMaxCells = 0x1p24;
 };
 
 /// The inputs of one plug-in in one run, by name. The value of a wired input comes from the wire, that of any other

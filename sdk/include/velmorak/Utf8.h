@@ -32,6 +32,38 @@ bool isUtf8(std::string_view text);
 /// @return the text with each byte outside of well-formed characters converted from ISO-8859-1.
 std::string toUtf8(std::string_view text);
 
+/// Writes a character of at most U+10FFFF. @param target has room for 4 bytes.
+/// @return the number of bytes.
+constexpr std::size_t writeUtf8(char32_t code, char* target) {
+    const auto end = [code](unsigned shift) { return static_cast<char>(0x80U | ((code >> shift) & 0x3FU)); };
+    if (code < 0x80U) {
+        target[0] = static_cast<char>(code);
+        return 1;
+    }
+    if (code < 0x800U) {
+        target[0] = static_cast<char>(0xC0U | (code >> 6U));
+        target[1] = end(0);
+        return 2;
+    }
+    if (code < 0x10000U) {
+        target[0] = static_cast<char>(0xE0U | (code >> 12U));
+        target[1] = end(6);
+        target[2] = end(0);
+        return 3;
+    }
+    target[0] = static_cast<char>(0xF0U | (code >> 18U));
+    target[1] = end(12);
+    target[2] = end(6);
+    target[3] = end(0);
+    return 4;
+}
+
+/// As writeUtf8.
+inline void appendUtf8(char32_t code, std::string& target) {
+    char bytes[4];
+    target.append(bytes, writeUtf8(code, bytes));
+}
+
 /// Appends one ISO-8859-1 character.
 void appendLatin1(char character, std::string& target);
 

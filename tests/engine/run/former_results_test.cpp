@@ -174,7 +174,7 @@ TEST_F(FormerFiles, doNotLeaveByALinkInPlaceOfTheirFolder) {
     runWith("two");
     EXPECT_TRUE(fs::is_empty(folder / "elsewhere"));
     EXPECT_EQ(status("writer"), NodeStatus::Failed);
-    EXPECT_NE(sentence("writer").find("is no folder; remove or rename it"), std::string::npos) << sentence("writer");
+    EXPECT_NE(sentence("writer").find("is not a folder; remove or rename it"), std::string::npos) << sentence("writer");
 }
 
 TEST_F(FormerFiles, haveAFolderThatNoPlugInMayWriteTo) {

@@ -175,7 +175,7 @@ TEST_F(RunRecordFile, isRefusedWithTheReasonWhenItIsNone) {
     run();
     const std::string whole = content(file());
     EXPECT_EQ(refusal(whole), "accepted");
-    const std::string start = "\"" + (folder / "other.json").string() + "\" is no record of a run: ";
+    const std::string start = "\"" + (folder / "other.json").string() + "\" is not a record of a run: ";
     EXPECT_EQ(refusal(whole.substr(0, 40)), start + "it is not JSON or is cut off, at byte 41");
     Json other = Json::parse(whole);
     other["run"] = 2;

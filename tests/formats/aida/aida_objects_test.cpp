@@ -171,6 +171,14 @@ TEST_F(AidaObjects, thatCannotBeReadAreTheOnlyOnesLost) {
     EXPECT_THAT(run.warnings[1], HasSubstr("/h: 1 of its bins are beyond its axes"));
 }
 
+TEST_F(AidaObjects, haveAtMostAsManyCellsAsTheRunAllows) {
+    run.cellLimit = 6;
+    EXPECT_TRUE(histogramOf(""));
+    run.cellLimit = 5;
+    EXPECT_FALSE(histogramOf(""));
+    EXPECT_THAT(run.warnings.back(), HasSubstr("its axes declare 6 cells; the limit is 5"));
+}
+
 TEST_F(AidaObjects, takeNoMemoryForBinsThatAreOnlyPromised) {
     EXPECT_FALSE(read<Histogram1D>(
         aidaWith("<histogram1d name='h'><axis min='0' max='1' numberOfBins='1000000000'/></histogram1d>")));

@@ -1,4 +1,4 @@
-#include <root/BasketCache.h>
+#include <root/tree/BasketCache.h>
 
 #include <velmorak/Failure.h>
 

@@ -1,4 +1,4 @@
-#include <root/Compression.h>
+#include <root/container/Compression.h>
 
 #include <gtest/gtest.h>
 #include <lz4.h>

@@ -88,7 +88,7 @@ bool isLeftOut(const std::string& file, const Json& column) {
     static const std::set<std::string> wrong{
         "test_extension_columns_rntuple_v1-0-0-0.root float_field",  // Integers taken for reals.
         "test_float_types_rntuple_v1-0-0-0.root quant32",            // All zero.
-        "uproot-issue431b.root trks.fitinf"};                        // A sum that is no number.
+        "uproot-issue431b.root trks.fitinf"};                        // A sum that is not a number.
     const std::string name = column.value("name", "");
     const bool isArrayOfBytes = column.value("texts", 0) > 0 && column.contains("leaves") &&
                                 column["leaves"].dump().find("TLeafB:") != std::string::npos;

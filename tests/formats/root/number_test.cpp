@@ -1,4 +1,4 @@
-#include <root/Number.h>
+#include <root/container/Number.h>
 
 #include <gtest/gtest.h>
 

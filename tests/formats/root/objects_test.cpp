@@ -1,7 +1,7 @@
-#include <root/Efficiency.h>
-#include <root/Histograms.h>
 #include <root/RootFile.h>
 #include <root/RootObjects.h>
+#include <root/objects/Efficiency.h>
+#include <root/objects/Histograms.h>
 
 #include <velmorak/Histogram.h>
 #include <velmorak/Points.h>

@@ -1,6 +1,6 @@
-#include <root/Classes.h>
-#include <root/File.h>
 #include <root/RootFile.h>
+#include <root/container/File.h>
+#include <root/objects/Classes.h>
 #include <root/write/TreeWriter.h>
 #include <root/write/WrittenClasses.h>
 

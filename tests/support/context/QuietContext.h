@@ -24,9 +24,11 @@ public:
     }
     std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override { throw Failure(fileName); }
     void warn(const std::string& sentence) override { warnings.push_back(sentence); }
+    double maxCells() const override { return cellLimit; }
 
     std::vector<std::string> warnings;
     bool stopping = false;
+    double cellLimit = defaultMaxCells;
 
 private:
     std::string name = "Reader";

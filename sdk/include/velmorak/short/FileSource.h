@@ -89,7 +89,7 @@ public:
     std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override {
         const std::filesystem::path file = context.inputFile(arguments.text("file"));
         if (!std::filesystem::is_regular_file(file)) {
-            throw Failure("file", "\"" + file.string() + "\" is no file that can be read");
+            throw Failure("file", "\"" + file.string() + "\" is not a file that can be read");
         }
         return std::make_unique<ReadRows<NextRow, Columns>>(opener(file), columns, file, context);
     }

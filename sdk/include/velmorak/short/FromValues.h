@@ -125,9 +125,8 @@ private:
 /// Registers a kind that computes values from values.
 /// @param inputs one for each parameter of the function: a number, a NumberWithError, a std::string, or an object. A
 ///               reference to an object fails if nothing is wired; a pointer is null then.
-/// @param outputs one for each value that the function returns: a number, a NumberWithError, a std::string, an object
-/// or
-///                a shared pointer to one; or a std::array, std::pair or std::tuple of them.
+/// @param outputs one for each value that the function returns: a number, a NumberWithError, a std::string, an
+///                object or a shared pointer to one; or a std::array, std::pair or std::tuple of them.
 template <std::size_t inputCount, std::size_t outputCount, typename Callable>
 void fromValues(Registry& registry, KindDescription about, const InputDescription (&inputs)[inputCount],
                 const OutputDescription (&outputs)[outputCount], Callable function) {

@@ -71,7 +71,7 @@ public:
     using ExpressionArgument::ExpressionArgument;
     class Cursor {
     public:
-        explicit Cursor(ColumnPtr lists) : column(std::move(lists)) {}
+        explicit Cursor(ColumnPtr column) : column(std::move(column)) {}
         std::span<const double> operator[](std::size_t row) const {
             const std::uint64_t begin = column->offsets[row];
             return {column->reals().data() + begin, static_cast<std::size_t>(column->offsets[row + 1] - begin)};
