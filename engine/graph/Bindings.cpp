@@ -40,9 +40,14 @@ void unbindAll(QzBase& node) {
         unbind(node, input);
     }
     for (QzBase::Output& output : part.outputs) {
-        while (!output.consumers.empty()) {
-            unbind(*output.consumers.back(), static_cast<std::size_t>(output.consumerInputs.back()));
+        for (std::size_t i = 0; i < output.consumers.size(); ++i) {
+            const auto input = static_cast<std::size_t>(output.consumerInputs[i]);
+            QzBase::Input& fed = QzBase::Part::of(*output.consumers[i]).inputs[input];
+            fed.source = nullptr;
+            fed.sourceOutput = 0;
         }
+        output.consumers.clear();
+        output.consumerInputs.clear();
     }
 }
 

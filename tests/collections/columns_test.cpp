@@ -71,6 +71,13 @@ TEST_F(Columns, ofATextFileAreToldWithTheirTypes) {
     EXPECT_EQ(columnsOf("csv"), "") << "the column whose type is given is no more";
 }
 
+TEST_F(Columns, areToldWithTheirUnits) {
+    add("CsvTable", "csv");
+    set("csv", "header", "names and units");
+    set("csv", "file", write("a.csv", "E,n\nGeV,\n1.5,2\n"));
+    EXPECT_EQ(columnsOf("csv"), "\nColumns: E (real, GeV), n (integer).");
+}
+
 TEST_F(Columns, ofATupleAreToldAlsoWhereTheyAreLists) {
     add("AidaTable", "events");
     set("events", "file", tracks);

@@ -50,10 +50,10 @@ protected:
         return runProgram(arguments, onError);
     }
 
-    static Ended runAndSend(int signal, const std::string& file) {
+    static Ended runAndSend(int signal, const std::string& file, const std::string& when = "it waits") {
         bool isSent = false;
         return run({file}, [&](pid_t id, const std::string& errors) {
-            if (!isSent && errors.find("it waits") != std::string::npos) {
+            if (!isSent && errors.find(when) != std::string::npos) {
                 isSent = true;
                 kill(id, signal);
             }
@@ -366,10 +366,12 @@ TEST_F(VelmorakRun, refusesAPipeAsItsAidaFileWithoutWaiting) {
 }
 
 TEST_F(VelmorakRun, endsWithThreeWhenAPlugInDoesNotStop) {
-    const Ended ended = run({"--timeout", "0.5", document(plugin("deaf", "IsDeaf"))});
-    EXPECT_EQ(ended.status, 3);
-    EXPECT_THAT(ended.errors, HasSubstr("IsDeaf \"deaf\" does not stop; its thread is left behind"));
-    EXPECT_THAT(ended.errors, HasSubstr("The run was stopped.\n"));
+    const std::string deaf = document(plugin("deaf", "IsDeaf"));
+    for (const Ended& ended : {run({"--timeout", "0.5", deaf}), runAndSend(SIGINT, deaf, "it goes on")}) {
+        EXPECT_EQ(ended.status, 3);
+        EXPECT_THAT(ended.errors, HasSubstr("IsDeaf \"deaf\" does not stop; its thread is left behind"));
+        EXPECT_THAT(ended.errors, HasSubstr("The run was stopped.\n"));
+    }
 }
 
 TEST_F(VelmorakRun, namesThePlugInThatCrashed) {

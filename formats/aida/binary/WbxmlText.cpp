@@ -163,6 +163,12 @@ bool appendText(std::string_view bytes, std::string& text) {
     return true;
 }
 
+/// @return whether XML can hold the unit of UTF-16 as a character.
+bool isXmlCharacter(std::uint64_t unit) {
+    const bool isBlank = unit == '\t' || unit == '\n' || unit == '\r';
+    return isBlank || (unit >= 0x20 && unit < 0xD800) || (unit >= 0xE000 && unit <= 0xFFFD);
+}
+
 /// @return false for a boolean that is neither true nor false.
 bool appendBits(std::size_t type, std::string_view bytes, std::string& text) {
     const std::uint64_t bits = bigEndian(bytes);
@@ -172,7 +178,7 @@ bool appendBits(std::size_t type, std::string_view bytes, std::string& text) {
     if (type == 0) {
         text += bits != 0 ? "true" : "false";
     } else if (type == 2) {
-        text += fmt::format("&#{};", bits < 0x20 || (bits >= 0xD800 && bits < 0xE000) || bits > 0xFFFD ? 0xFFFD : bits);
+        text += fmt::format("&#{};", isXmlCharacter(bits) ? bits : 0xFFFD);
     } else if (type == 3) {
         appendNumber(std::bit_cast<double>(bits), text);
     } else if (type == 4) {

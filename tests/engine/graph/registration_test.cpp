@@ -95,7 +95,7 @@ TEST_F(Registration, survivesATableThatCannotBeOpened) {
     QzBase::Part& part = QzBase::Part::of(node);
     part.kind = &opener;
     changePorts(node, portsOf(opener, {}), {});
-    for (const char* how : {"null", "throw"}) {
+    for (const char* how : {"null", "throw", "throw early"}) {
         part.inputs.front().value = how;
         refreshColumns({&node});
         EXPECT_THAT(node.Outputs().front().description, Not(HasSubstr("Column"))) << how;

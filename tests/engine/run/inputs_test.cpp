@@ -162,12 +162,16 @@ TEST_F(NodeArgumentsOfRun, anOutputThatWasNotSetIsNamed) {
 }
 
 TEST_F(NodeArgumentsOfRun, anOutputOfAnotherTypeIsTheKindsMistake) {
+    Value value;
     giving = std::make_unique<FreeFunction>(
         "Give", Ports{{}, {output("out", ValueType::Histogram)}},
-        [](const Arguments&, Results& results, RunContext&) { results.set("out", 1.0); });
+        [&](const Arguments&, Results& results, RunContext&) { results.set("out", value); });
     add(*giving, "give");
-    run();
-    EXPECT_EQ(sentence("give"), "the kind sets its output \"out\" to something that is no histogram");
+    for (const Value& wrong : {Value(1.0), Value(DataObjectPtr()), Value()}) {
+        value = wrong;
+        run();
+        EXPECT_EQ(sentence("give"), "the kind sets its output \"out\" to something that is no histogram");
+    }
 }
 
 TEST_F(NodeArgumentsOfRun, anUnknownOutputIsTheKindsMistake) {

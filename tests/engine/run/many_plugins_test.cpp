@@ -27,9 +27,9 @@ class LargePipelines : public RunTest {
 protected:
     static constexpr std::size_t count = 10'000;
 
-    void addChain() {
-        pipeline.nodes.reserve(count);
-        for (std::size_t i = 0; i < count; ++i) {
+    void addChain(std::size_t length = count) {
+        pipeline.nodes.reserve(length);
+        for (std::size_t i = 0; i < length; ++i) {
             add(pass, "p" + std::to_string(i), {{"value", "1"}});
             if (i > 0) {
                 pipeline.nodes[i].inputs[0].wire = PipelineWire{i - 1, "number"};
@@ -119,6 +119,24 @@ TEST_F(LargePipelines, areNotPlannedToTheEndWhenTheRunIsStopped) {
             EXPECT_THROW(Plan(pipeline, stopped.poll()), Stopped) << at;
             EXPECT_EQ(stopped.polls, at + 1);
         }
+    }
+}
+
+TEST_F(LargePipelines, arePlannedInStepsInProportionToTheirPlugIns) {
+    for (const bool isCycle : {false, true}) {
+        std::vector<int> polls;
+        for (const std::size_t length : {count, 10 * count}) {
+            pipeline.nodes.clear();
+            addChain(length);
+            if (isCycle) {
+                pipeline.nodes[0].inputs[0].wire = PipelineWire{length - 1, "number"};
+            }
+            PlanStop counted;
+            const Plan plan(pipeline, counted.poll());
+            polls.push_back(counted.polls);
+        }
+        EXPECT_GT(polls[0], 30) << isCycle;
+        EXPECT_LE(polls[1], 10 * polls[0] + 10) << isCycle;
     }
 }
 

@@ -113,6 +113,15 @@ TEST_F(BinaryAida, keepsTheValuesOfEveryType) {
     EXPECT_EQ(run.warnings, std::vector<std::string>());
 }
 
+TEST_F(BinaryAida, keepsBlanksAsCharacters) {
+    for (const char blank : {'\t', '\n', '\r', ' '}) {
+        const Rows rows =
+            readRows(fileWith(entryWith("char", std::string("\x0B\xC3\x03\x02\x00", 5) + blank)), "/n", run);
+        ASSERT_EQ(rows.count(), 1U) << rows.failure;
+        EXPECT_EQ(rows.columns[0].texts(), Column::Texts{std::string(1, blank)});
+    }
+}
+
 TEST_F(BinaryAida, hasTheSameTableAsItsText) {
     const Rows binary = readRows(ownFile("binary.aida"), "/made/values", run);
     const Rows text = readRows(ownFile("binary_as_text.aida"), "/made/values", run);
@@ -137,6 +146,20 @@ TEST_F(BinaryAida, hasTheCoordinatesOfAPointOnEitherPage) {
     const Rows points = readRows(fileWith(bytes), "/made/cloud1", run);
     EXPECT_EQ(points.columns[0].reals(), (Column::Reals{0.5, 0.5}));
     EXPECT_EQ(points.columns[1].reals(), (Column::Reals{2.5, 2.5}));
+}
+
+TEST_F(BinaryAida, hasAllCoordinatesOfAPointOnTheFirstPageToo) {
+    std::string bytes = contentOf(ownFile("binary.aida"));
+    const auto place = bytes.find(std::string("\xA3\x08\xC3\x09\x03\x3F\xE0", 7));  // entry3d valueX="0.5"
+    ASSERT_NE(place, std::string::npos);
+    bytes.insert(place + 1, std::string("\0\0", 2));
+    const Rows points = readRows(fileWith(bytes), "/made/cloud3", run);
+    ASSERT_EQ(points.columns.size(), 4U);
+    for (const std::size_t coordinate : {0U, 1U, 2U}) {
+        const double value = 0.5 + static_cast<double>(coordinate);
+        EXPECT_EQ(points.columns[coordinate].reals(), (Column::Reals{value, value}));
+    }
+    EXPECT_EQ(points.columns[3].reals(), (Column::Reals{2.5, 2.5}));
 }
 
 TEST_F(BinaryAida, failsForAValueThatIsNotUnderstood) {

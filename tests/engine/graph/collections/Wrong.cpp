@@ -50,7 +50,7 @@ private:
     bool isAlways;
 };
 
-/// Opens no table, or throws an object that is no std::exception.
+/// Opens no table, or throws an object that is no std::exception, also when it is asked for its files.
 class Opener : public Source {
 public:
     std::string name() const override { return "Opener"; }
@@ -62,6 +62,12 @@ public:
         return made;
     }
     bool tellsColumns() const override { return true; }
+    std::vector<std::filesystem::path> files(const Arguments& arguments, RunContext&) const override {
+        if (arguments.text("how") == "throw early") {
+            throw 8;
+        }
+        return {};
+    }
     std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext&) const override {
         if (arguments.text("how") == "throw") {
             throw 9;
