@@ -94,7 +94,8 @@ void stackInCorners(std::vector<PlotBox*>& boxes) {
 /// How high the frame must be for the boxes, as positions along the axis.
 class Room {
 public:
-    Room(const Surroundings& surroundings, double low, double high);
+    /// @param fixed a box that stays where it is, which no other may cover; null if there is none.
+    Room(const Surroundings& surroundings, double low, double high, const PlotBox* fixed);
 
     /// @return the upper end that leaves all boxes free; infinite if no upper end does.
     double neededFor(const std::vector<PlotBox*>& boxes) const;
@@ -102,6 +103,8 @@ public:
 private:
     /// A box at the left and one at the right of the same height overlap.
     static bool meetSideways(const std::vector<PlotBox*>& boxes);
+    /// Only a box that could be elsewhere.
+    bool meetsFixed(const PlotBox& box) const;
     Drawn besideOf(const PlotBox& box) const;
     double upperEnd(const PlotBox& box) const;
     bool isFreeBelow(const PlotBox& box, double upper) const;
@@ -109,10 +112,11 @@ private:
     const Surroundings& surroundings;
     double low;
     double high;
+    const PlotBox* fixed;
 };
 
-Room::Room(const Surroundings& surroundings, double low, double high)
-    : surroundings(surroundings), low(low), high(high) {}
+Room::Room(const Surroundings& surroundings, double low, double high, const PlotBox* fixed)
+    : surroundings(surroundings), low(low), high(high), fixed(fixed) {}
 
 double Room::neededFor(const std::vector<PlotBox*>& boxes) const {
     double needed = high;
@@ -130,7 +134,20 @@ double Room::neededFor(const std::vector<PlotBox*>& boxes) const {
         }
         needed = all > 1.0 - boxMargin ? unlimited : needed;
     }
-    return meetSideways(boxes) ? unlimited : needed;
+    const bool isHidden = meetSideways(boxes) ||
+                          std::any_of(boxes.begin(), boxes.end(), [&](const auto* box) { return meetsFixed(*box); });
+    return isHidden ? unlimited : needed;
+}
+
+bool Room::meetsFixed(const PlotBox& box) const {
+    if (!fixed || box.wanted) {
+        return false;
+    }
+    const auto& [fixedLeft, fixedTop] = *fixed->point;
+    const double left = box.isLeft() ? boxMargin : 1.0 - boxMargin - box.width;
+    const double top = box.isTop() ? 1.0 - box.depth : box.depth + box.height;
+    return left < fixedLeft + fixed->width && fixedLeft < left + box.width && top > fixedTop - fixed->height &&
+           fixedTop > top - box.height;
 }
 
 bool Room::meetSideways(const std::vector<PlotBox*>& boxes) {
@@ -182,9 +199,11 @@ void placeBoxes(PlotBoxes& boxes, PlotFrame& frame, const PlotContents& contents
         all.push_back(&box);
     }
     PlotBox none;
-    PlotBox& statistics = boxes.hasStatistics() ? boxes.statistics : none;
+    const bool isFixed = boxes.hasStatistics() && boxes.statistics.point;
+    const bool isFree = boxes.hasStatistics() && !isFixed;
+    PlotBox& statistics = isFree ? boxes.statistics : none;
     PlotBox& legend = boxes.hasLegend() ? boxes.legend : none;
-    if (boxes.hasStatistics()) {
+    if (isFree) {
         all.push_back(&statistics);
     }
     if (boxes.hasLegend()) {
@@ -198,11 +217,11 @@ void placeBoxes(PlotBoxes& boxes, PlotFrame& frame, const PlotContents& contents
     const Surroundings surroundings(contents, frame, style);
     const double high = positionAlong(frame.y.high, hasLog);
     const double low = positionAlong(frame.y.low, hasLog);
-    const Room room(surroundings, low, high);
+    const Room room(surroundings, low, high, isFixed ? &boxes.statistics : nullptr);
     double least = unlimited;
     std::array<LegendPlace, 2> best = {choicesOf(statistics, false).front(), choicesOf(legend, true).front()};
     for (const LegendPlace first : choicesOf(statistics, false)) {
-        for (const LegendPlace second : choicesOf(legend, boxes.hasStatistics())) {
+        for (const LegendPlace second : choicesOf(legend, isFree)) {
             statistics.corner = first;
             legend.corner = second;
             stackInCorners(all);
