@@ -1,5 +1,6 @@
 #include "plugin.h"
 #include "safeFile.h"
+#include "sentence.h"
 #include "stateFolder.h"
 #include "visible.h"
 #include "vkWindow.h"
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <chrono>
 #include <future>
-#include <iostream>
 #include <optional>
 #include <string>
 #include <thread>
@@ -34,8 +34,7 @@ std::optional<std::string> interruptedSaveInTime(const std::string& file) {
 void reportInterruptedSave(const std::string& file) {
     const auto copy = interruptedSaveInTime(file);
     if (copy) {
-        std::cerr << "The last save of " << visible(file) << " was interrupted; its text is in " << visible(*copy)
-                  << std::endl;
+        say("The last save of " + visible(file) + " was interrupted; its text is in " + visible(*copy));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "plugin.h"
 #include "question.h"
 #include "safeFile.h"
+#include "sentence.h"
 #include "stateFolder.h"
 #include "visible.h"
 #include "vkWindow.h"
@@ -86,7 +87,7 @@ void forgetIfReplaced(const std::string& kept, const QzManager& manager) {
     if (!manager.plugins.empty()) {
         forgetRemoved(kept);
     } else if (!kept.empty()) {
-        std::cerr << "The plug-ins that were removed are kept in " << visible(kept) << std::endl;
+        say("The plug-ins that were removed are kept in " + visible(kept));
     }
 }
 
@@ -111,7 +112,7 @@ void vkWindow::saveas_call() {
 void vkWindow::write(const std::string& file) {
     SafeFile target(file);
     if (!target.isOpen() || !save(manager->DocumentText(), target, manager->plugins.empty() ? file : "")) {
-        std::cerr << "Couldn't write " << visible(file) << std::endl;
+        say("Couldn't write " + visible(file));
         return;
     }
     modified = false;

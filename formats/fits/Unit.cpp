@@ -2,6 +2,7 @@
 
 #include <velmorak/Failure.h>
 #include <velmorak/RegularFile.h>
+#include <velmorak/SystemReason.h>
 #include <velmorak/Text.h>
 #include <velmorak/Utf8.h>
 
@@ -71,7 +72,13 @@ void check(int status, const std::string& place) {
 FilePtr openFile(const std::filesystem::path& file) {
     requireRegular(file);
     std::array<char, 10> start{};
-    std::ifstream(file, std::ios::binary).read(start.data(), 9);
+    errno = 0;
+    std::ifstream in(file, std::ios::binary);
+    if (!in) {
+        throw Failure(file.string() + " cannot be opened" + systemReason(errno));
+    }
+    in.read(start.data(), 9);
+    in.close();
     if (std::string_view(start.data()) != "SIMPLE  =") {
         throw Failure(file.string() + " is no FITS file, or is compressed as a whole; unpack it first");
     }

@@ -2,6 +2,9 @@
 
 #include <velmorak/Failure.h>
 #include <velmorak/RegularFile.h>
+#include <velmorak/SystemReason.h>
+
+#include <fstream>
 
 namespace velmorak::hdf5 {
 namespace {
@@ -17,6 +20,14 @@ herr_t takeFirst(unsigned number, const H5E_error2_t* error, void* text) {
         *static_cast<std::string*>(text) = error->desc;
     }
     return 0;
+}
+
+/// The library's own reason names its functions rather than what is wrong.
+void requireReadable(const std::filesystem::path& file) {
+    errno = 0;
+    if (!std::ifstream(file, std::ios::binary)) {
+        throw Failure(file.string() + " cannot be opened" + systemReason(errno));
+    }
 }
 
 }  // namespace
@@ -55,6 +66,7 @@ void require(bool holds, const std::string& sentence) {
 
 Handle openFile(const std::filesystem::path& file) {
     requireRegular(file);
+    requireReadable(file);
     const Handle access(H5Pcreate(H5P_FILE_ACCESS), H5Pclose);
     // Locks fail on some file systems of clusters, and a reader needs none.
     H5Pset_file_locking(access.id(), false, true);

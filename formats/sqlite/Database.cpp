@@ -2,9 +2,11 @@
 
 #include <velmorak/Failure.h>
 #include <velmorak/RegularFile.h>
+#include <velmorak/SystemReason.h>
 #include <velmorak/Utf8.h>
 
 #include <array>
+#include <fstream>
 #include <string_view>
 #include <utility>
 
@@ -13,6 +15,14 @@ namespace {
 
 constexpr int instructionsPerPoll = 10000;
 constexpr sqlite3_int64 maxHeapBytes = sqlite3_int64{1} << 30U;
+
+/// The library does not say what the system said.
+void requireReadable(const std::filesystem::path& file) {
+    errno = 0;
+    if (!std::ifstream(file, std::ios::binary)) {
+        throw Failure(file.string() + " cannot be opened" + systemReason(errno));
+    }
+}
 
 /// A path as part of a URI.
 std::string escaped(const std::string& path) {
@@ -76,6 +86,7 @@ bool Query::next() {
 
 Database::Database(const std::filesystem::path& file, RunContext& context) : path(file), context(context) {
     requireRegular(file);
+    requireReadable(file);
     sqlite3_hard_heap_limit64(maxHeapBytes);
     int code = openAs("mode=ro");
     // A database in write-ahead mode needs files beside it, which may not be created in a folder that is read-only.

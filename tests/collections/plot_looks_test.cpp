@@ -15,36 +15,16 @@ namespace {
 
 using namespace velmorak;
 using test::countOf;
+using test::counts;
+using test::fitted;
 using test::hasText;
 using test::KindHarness;
 using test::lineOf;
+using test::quick;
 using test::script;
 using test::textIn;
 
 namespace fs = std::filesystem;
-
-DataObjectPtr counts(const std::vector<double>& heights, const std::string& title = "Counts", double low = 0.0) {
-    auto histogram =
-        std::make_shared<Histogram1D>(Axis(heights.size(), low, low + static_cast<double>(heights.size())));
-    for (std::size_t i = 0; i < heights.size(); ++i) {
-        for (int entry = 0; entry < static_cast<int>(heights[i]); ++entry) {
-            histogram->fill(low + static_cast<double>(i) + 0.5);
-        }
-    }
-    histogram->title = title;
-    histogram->setAxisTitle("x [cm]");
-    return histogram;
-}
-
-DataObjectPtr fitted(double low, double high) {
-    auto function = std::make_shared<FunctionObject>();
-    function->title = "Line";
-    function->codelet = "codelet:line:verbatim:jel : 1 : a+b*x[0] : a,b : null";
-    function->arguments = {{.name = "x", .ranges = {{.low = low, .high = high}}}};
-    function->parameters = {{.name = "a", .value = 2.0}, {.name = "b", .value = 0.5}};
-    function->annotation = {{.key = "chi2", .value = "3.5"}, {.key = "ndf", .value = "4"}};
-    return function;
-}
 
 DataObjectPtr hill() {
     auto histogram = std::make_shared<Histogram2D>(Grid<2>({Axis(5, 0, 5), Axis(5, 0, 5)}));
@@ -56,11 +36,6 @@ DataObjectPtr hill() {
     }
     histogram->title = "Hill";
     return histogram;
-}
-
-/// A picture in PNG only, which is enough for the script.
-KindHarness& quick(KindHarness& bench) {
-    return bench.set("formats", "png");
 }
 
 /// Names of the inputs of a Plot with these values.
@@ -81,7 +56,7 @@ TEST(PlotLooks, inputsForMoreThanAPlainPictureAreShownWhenTheyAreAskedFor) {
     EXPECT_EQ(plain.size(), 16U);
     const std::vector<std::string> all = inputsWith({{"advanced", "yes"}, {"objects", "2"}});
     for (const std::string name : {"zlabel", "zrange", "logz", "panel", "panelrange", "lines", "regions", "text",
-                                   "size", "dpi", "look", "look2"}) {
+                                   "statisticsplace", "size", "dpi", "look", "look2"}) {
         EXPECT_FALSE(contains(plain, name)) << name;
         EXPECT_TRUE(contains(all, name)) << name;
     }
@@ -307,68 +282,6 @@ TEST(PlotSize, isInCentimetresAndDotsPerInch) {
     EXPECT_NE(plot.refusal("dpi", "10"), "");
     bench.set("size", "100 100").set("dpi", "1200");
     EXPECT_TRUE(bench.failure().starts_with("dpi: ")) << bench.failure();
-}
-
-TEST(PlotStatistics, chooseTheEmptiestCorner) {
-    KindHarness bench("Plot");
-    quick(bench).wire("object", counts({1, 1, 1, 1, 100})).run();
-    // The peak is at the right.
-    EXPECT_TRUE(hasText(script(bench), "set object 1 rectangle from graph 0.0"));
-    bench.wire("object", counts({100, 1, 1, 1, 1})).run();
-    EXPECT_FALSE(hasText(script(bench), "set object 1 rectangle from graph 0.0"));
-    bench.set("statistics", "top left").run();
-    EXPECT_TRUE(hasText(script(bench), "set object 1 rectangle from graph 0.0"));
-    bench.set("statistics", "no").run();
-    EXPECT_FALSE(hasText(script(bench), "set object"));
-}
-
-TEST(PlotStatistics, countFillsAndSumsOfWeightsUnderTheirOwnNames) {
-    auto weighted = std::make_shared<Histogram1D>(Axis(2, 0, 2));
-    weighted->fill(0.5, 2.5);
-    weighted->fill(1.5, 0.5);
-    weighted->fill(7.0, 4.0);
-    KindHarness bench("Plot");
-    quick(bench).wire("object", DataObjectPtr(weighted)).run();
-    const std::string text = script(bench);
-    const std::size_t at = text.find("'Entries'");
-    for (const std::string part :
-         {"'Entries'", "'2'", "'Sum of weights'", "'3'", "'Overflow'", "'1'", "'Overflow weight'", "'4'"}) {
-        EXPECT_NE(text.find(part, at), std::string::npos) << part;
-    }
-}
-
-TEST(PlotStatistics, dropNoLineInSilence) {
-    auto function = std::make_shared<FunctionObject>();
-    function->codelet = "codelet:line:verbatim:jel : 1 : a+b*x[0] : a,b : null";
-    function->arguments = {{.name = "x", .ranges = {{.low = 0, .high = 1}}}};
-    function->parameters = {{.name = "a", .value = 2.0}, {.name = "b", .value = 0.5}};
-    for (int i = 0; i < 18; ++i) {
-        function->parameters.push_back({.name = "extra" + std::to_string(i), .value = 1.0});
-    }
-    KindHarness bench("Plot");
-    quick(bench).wire("object", DataObjectPtr(function)).run();
-    EXPECT_TRUE(hasText(script(bench), "'extra17'"));
-    for (int i = 18; i < 80; ++i) {
-        function->parameters.push_back({.name = "extra" + std::to_string(i), .value = 1.0});
-    }
-    bench.expectWarnings().run();
-    ASSERT_EQ(bench.warnings().size(), 1U);
-    EXPECT_TRUE(bench.warnings().front().starts_with("statistics: ")) << bench.warnings().front();
-    EXPECT_TRUE(hasText(script(bench), " more'"));
-}
-
-TEST(PlotLegend, isBelowATextThatItWouldMeet) {
-    const std::string wide(80, 'w');
-    KindHarness bench("Plot");
-    quick(bench).set("objects", "2").set("text", "a text in the left corner of the picture").set("labels", wide);
-    bench.wire("object", counts({1, 1, 1})).wire("object2", counts({1, 2, 1})).run();
-    const std::string text = script(bench);
-    const std::size_t at = text.find("set key at graph ");
-    ASSERT_NE(at, std::string::npos);
-    double y = 0.0;
-    const std::size_t from = text.find(", graph ", at) + 8;
-    ASSERT_TRUE(readNumber(text.substr(from, text.find(' ', from) - from), y));
-    EXPECT_LT(y, 0.95) << text.substr(at, 60);
 }
 
 TEST(PlotContours, areLinesOfEqualHeightOverColours) {

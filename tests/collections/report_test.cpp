@@ -1,4 +1,5 @@
 #include "KindHarness.h"
+#include "ReportRecords.h"
 
 #include <expat.h>
 #include <gtest/gtest.h>
@@ -12,7 +13,10 @@
 namespace {
 
 using namespace velmorak;
+using test::FixedDate;
 using test::KindHarness;
+using test::peak;
+using test::record;
 using test::textIn;
 
 namespace fs = std::filesystem;
@@ -57,16 +61,6 @@ Page pageOf(const std::string& html) {
     return page;
 }
 
-DataObjectPtr peak(const std::string& title) {
-    auto histogram = std::make_shared<Histogram1D>(Axis(10, 0, 10));
-    for (const double x : {3.5, 4.5, 4.5, 5.5}) {
-        histogram->fill(x);
-    }
-    histogram->title = title;
-    histogram->setAxisTitle("mass [GeV]");
-    return histogram;
-}
-
 DataObjectPtr fitted() {
     auto function = std::make_shared<FunctionObject>();
     function->title = "Straight line";
@@ -79,39 +73,6 @@ DataObjectPtr fitted() {
                             {.key = "p_value", .value = "0.4842"},
                             {.key = "status", .value = "converged"}};
     return function;
-}
-
-RunRecord record() {
-    RunRecord made;
-    made.document = "analysis.zedra";
-    made.documentSha256 = std::string(64, 'd');
-    made.program = "9.8.7";
-    made.plugins = {{.name = "Events",
-                     .kind = "RandomTable",
-                     .version = 3,
-                     .inputs = {{.name = "seed", .value = "4711", .plugin = "", .output = "", .isSeed = true}},
-                     .outputs = {"table"},
-                     .x = 0,
-                     .y = 100,
-                     .state = RecordedState::Done},
-                    {.name = "Lost",
-                     .kind = "CsvTable",
-                     .version = 1,
-                     .inputs = {{.name = "file", .value = "lost.csv", .plugin = "", .output = ""}},
-                     .outputs = {"table"},
-                     .x = 0,
-                     .y = 0,
-                     .state = RecordedState::Failed,
-                     .sentence = "\"lost.csv\" cannot be opened"},
-                    {.name = "bench",
-                     .kind = "Report",
-                     .version = 1,
-                     .inputs = {{.name = "object", .value = "", .plugin = "Events", .output = "table"}},
-                     .x = 200,
-                     .y = 50,
-                     .state = RecordedState::Done}};
-    made.files = {{.name = "events.csv", .sha256 = std::string(64, 'e'), .bytes = 12345}};
-    return made;
 }
 
 std::string written(const KindHarness& bench) {
@@ -296,17 +257,6 @@ TEST(ReportKind, drawsWithTheSettingsOfThePlotThatDrawsTheSame) {
     given.plugins.back().inputs[0].output = "function";
     bench.remember(given).run();
     EXPECT_EQ(written(bench).find("viewBox=\"0 0 378 378\""), std::string::npos);
-}
-
-TEST(ReportKind, writesAllPicturesAsOnePdf) {
-    KindHarness bench("Report");
-    bench.remember(record()).set("objects", "3").set("pdf", "yes").set("file", "all.html");
-    bench.wire("object", peak("One")).wire("object2", fitted()).wire("object3", peak("Two")).run();
-    const std::string pdf = textIn(bench.folder() / "all.pdf");
-    EXPECT_TRUE(pdf.starts_with("%PDF"));
-    EXPECT_NE(pdf.find("/Count 2"), std::string::npos);
-    bench.expectWarnings().set("objects", "1").wire("object", 3.0).run();
-    EXPECT_EQ(bench.warnings(), std::vector<std::string>{"pdf: the report has no pictures, so there is no PDF"});
 }
 
 TEST(ReportKind, theSameRunGivesTheSameBytes) {

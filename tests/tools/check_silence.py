@@ -9,6 +9,13 @@ import sys
 from pipelines import Place, plugin, table
 
 
+# All kinds that read a file.
+READERS = (
+    "AidaFunction", "AidaHistogram", "AidaPoints", "AidaProfile", "AidaTable", "ArrowTable", "CsvTable", "FitsTable",
+    "Geant4Histogram", "Hdf5Table", "HepMcTable", "NumpyTable", "ParquetTable", "RootHistogram", "RootPoints", "RootProfile",
+    "RootTable", "RootValue", "SqliteTable", "Table", "YodaObjects")
+
+
 def histogram(name, source, **others):
     return plugin(name, "Histogram1D", table=[source, "table"],
                   **dict(dict(expression="x", bins="5", low="-5", high="5"), **others))
@@ -112,13 +119,13 @@ def check_reasons(place):
     """Errors carry the reason of the system and the full path."""
     folder = place.folder
     plugins = [plugin("Start", "RandomTable", rows="1", columns="x: gauss(0, 1)")]
-    for kind in ("CsvTable", "AidaTable", "RootTable"):
-        plugins.append(plugin(kind, kind, file="nothing." + kind[:3].lower()))
+    for kind in READERS:
+        plugins.append(plugin(kind, kind, file="nothing." + kind.lower()))
     document = place.document(*plugins)
-    for kind in ("CsvTable", "AidaTable", "RootTable"):
+    for kind in READERS:
         done = place.run("--start", kind, document)
-        path = str(folder / ("nothing." + kind[:3].lower()))
-        assert path in done.stderr and "No such file or directory" in done.stderr, done.stderr
+        path = str(folder / ("nothing." + kind.lower()))
+        assert path in done.stderr and "No such file or directory" in done.stderr, (kind, done.stderr)
 
 
 def main():

@@ -89,7 +89,8 @@ def analysis(view):
                ylow="0", yhigh="9"),
         plugin("Cuts", "CutFlow", table=["Rows", "table"], cuts="up: x > 0"),
         plugin("Picture", "Plot", object=["Mass", "histogram"], objects="2", object2=["Peak", "function"]),
-        plugin("Wrong <b>", "Filter", table=["Rows", "table"], condition="y > 1")]
+        plugin("Wrong <b>", "Filter", table=["Rows", "table"], condition="y > 1"),
+        plugin("After", "Statistics", data=["Wrong <b>", "table"], expression="x")]
     for position, each in enumerate(plugins):
         each["position"] = [220 * (position % 4), 600 - 110 * (position // 4)]
     document.write_text(json.dumps({"zedra": 1, "plugins": plugins}))
@@ -106,7 +107,7 @@ def check_a_real_run(view, runner, pictures):
     document = analysis(view)
     assert run(view, runner, document).returncode == 2
     with Page(view) as page:
-        page.wait("document.querySelectorAll('.box').length == 11")
+        page.wait("document.querySelectorAll('.box').length == 12")
         assert "Peak.zedra: failed" in page.text("#summary"), page.text("#summary")
         assert 'there is no column "y"' in page.text("#summary")
         assert page.do("return document.querySelectorAll('.box.failed').length") == 1
@@ -116,18 +117,48 @@ def check_a_real_run(view, runner, pictures):
         page.wait("document.querySelector('#pictures img').naturalWidth > 100")
         results = page.text("#results")
         assert "Mass of the pair" in results and "entries, mean 9" in results, results
+        check_the_details(page)
         assert "\u00b1" in results and "converged" in results and "up" in page.text("#results"), results
         check_the_chart(page)
         check_the_keyboard(page)
         assert page.complaints() == []
         page.do("window.scrollTo(0, 0)")
         page.picture(pictures, "view.png")
+    check_differences(view, runner, document)
+    check_a_scan(view, runner, document)
+
+
+def check_the_details(page):
+    """Rows, time and reason of a plug-in that was chosen."""
+    page.do("document.querySelector('.box[data-name=\"Cuts\"]').dispatchEvent(new MouseEvent('click'))")
+    details = page.text("#detail").replace("\t", " ")
+    assert "rows in 20,000" in details and "time" in details and "up: x > 0" in details, details
+    page.do("choosePlugin('Wrong <b>')")
+    assert 'there is no column "y"' in page.text("#detail"), page.text("#detail")
+    page.do("choosePlugin('After')")
+    assert "skipped" in page.text("#detail") and 'not run because of "Wrong <b>"' in page.text("#detail"), page.text("#detail")
+    page.do("choosePlugin(null)")
+
+
+def check_differences(view, runner, document):
     changed = run(view, runner, "--set", "Rows.seed=8", document)
     assert changed.returncode == 2
     with Page(view) as page:
         page.wait("document.querySelector('#differences table') !== null")
         differences = page.text("#differences")
         assert "Rows seed" in differences and "\u03c3" in differences, differences
+
+
+def check_a_scan(view, runner, document):
+    """The runs of a scan are side by side, and their settings tell which is which."""
+    run(view, runner, "--scan", "Mass.bins=10,20", document)
+    with Page(view) as page:
+        page.wait("document.querySelectorAll('#runs .settings').length == 3")
+        settings = page.do("return [...document.querySelectorAll('#runs .settings')].map((each) => each.innerText)")
+        assert settings[:2] == ["Mass.bins=20", "Mass.bins=10"] and settings[2] == "Rows.seed=8", settings
+        page.do("document.querySelectorAll('#runs button')[1].click()")
+        page.wait("document.querySelector('#summary').innerText.includes('Mass.bins=10')")
+        page.wait("[...charts.values()].some((known) => known.chart.name == 'Mass of the pair' && known.chart.csv().trim().split('\\n').length == 11)")
 
 
 def check_the_chart(page):
@@ -158,6 +189,10 @@ def check_the_keyboard(page):
     page.do("document.querySelector('.box[data-name=\"Peak\"]').focus()")
     page.press(".box[data-name=\"Peak\"]", Keys.ENTER)
     assert "gauss" in page.text("#detail"), page.text("#detail")
+    assert page.do("return document.querySelectorAll('#messageList .message.plain').length") > 0
+    page.press("#which", "w")
+    page.wait("document.querySelectorAll('#messageList .message.plain').length == 0")
+    assert page.do("return document.querySelectorAll('#messageList .message.failed').length") == 1
     page.press("#words", "failed")
     page.wait("document.querySelectorAll('#messageList .message').length == 1")
 
@@ -202,6 +237,57 @@ def check_states_and_languages(view, pictures):
     lives.unlink()
 
 
+def check_states(view):
+    """A colour for each state, and what a running plug-in has done and needs still."""
+    states = ("done", "reused", "failed", "skipped", "running", "waiting")
+    pipeline = [{"name": state, "kind": "Kind", "x": 200.0 * at, "y": 0.0, "outputs": [], "inputs": []}
+                for at, state in enumerate(states)]
+    told = [{"event": "plugin", "name": state, "kind": "Kind", "outcome": state, "sentence": "sentence of " + state, "reason": "",
+             "rowsIn": 1234, "rowsOut": 567, "seconds": 0.25, "outputs": [], "files": []} for state in states[:4]]
+    run = view.announce(55, began("/x/states.zedra", view.folder, pipeline, time=int(1000 * time.time()) + 1000), *told)
+    progress = {"event": "progress", "plugin": "running", "pass": 2, "file": 3, "files": 9, "rows": 12345, "fraction": 0.25,
+                "seconds": 1.0, "rowsPerSecond": 23456.0, "secondsLeft": 3.0}
+    run.with_name(run.name + ".progress").write_text(json.dumps(progress))
+    with open(run) as held:
+        fcntl.flock(held, fcntl.LOCK_EX)
+        with Page(view) as page:
+            page.wait("document.querySelectorAll('.box').length == %d" % len(states))
+            classes = page.do("return [...document.querySelectorAll('.box')].map((box) => box.classList[1])")
+            assert tuple(classes) == states, classes
+            looks = page.do("""return [...document.querySelectorAll('.box rect.frame')].map((frame) => {
+                const style = getComputedStyle(frame);
+                return style.stroke + style.strokeDasharray;
+            })""")
+            assert len(set(looks)) == len(states), "each state has its colour: %s" % looks
+            assert page.do("return document.querySelectorAll('.box.running .bar').length") == 1
+            assert "1,234 \u2192 567" in page.do("return document.querySelector('.box.done').textContent")
+            assert page.text("#summary progress + p") == \
+                "running: 12,345 rows, 23,456 rows per second, pass 2, file 3 of 9, 3 s left", page.text("#summary")
+    run.unlink()
+
+
+def check_pictures_as_they_are_made(view):
+    """Each appears when its plug-in has ended, while the run goes on."""
+    results = view.folder / "growing.results"
+    results.mkdir()
+    pipeline = [{"name": name, "kind": "Plot", "x": 200.0 * at, "y": 0.0, "outputs": [], "inputs": []} for at, name in enumerate("ABC")]
+    run = view.announce(56, began("/x/growing.zedra", results, pipeline, time=int(1000 * time.time()) + 2000))
+    with open(run, "a") as growing:
+        fcntl.flock(growing, fcntl.LOCK_EX)
+        with Page(view) as page:
+            page.wait("document.querySelectorAll('.box.waiting').length == 3")
+            for number, name in enumerate("AB"):
+                assert page.do("return document.querySelectorAll('#pictures img').length") == number
+                (results / (name + ".svg")).write_text("<svg xmlns='http://www.w3.org/2000/svg' width='300' height='200'/>")
+                growing.write(json.dumps({"event": "plugin", "name": name, "kind": "Plot", "outcome": "done", "sentence": "",
+                                          "reason": "", "rowsIn": 0, "rowsOut": 0, "seconds": 0.1, "outputs": [],
+                                          "files": [name + ".svg"]}) + "\n")
+                growing.flush()
+                page.wait("document.querySelectorAll('#pictures img').length == %d" % (number + 1))
+            assert "running" in page.text("#summary") and page.complaints() == []
+    run.unlink()
+
+
 def check_many_pictures(view):
     results = view.folder / "many.results"
     results.mkdir()
@@ -236,6 +322,8 @@ def main():
     with View(sys.argv[1]) as view:
         view.start()
         check_states_and_languages(view, pictures)
+        check_states(view)
+        check_pictures_as_they_are_made(view)
         check_a_real_run(view, runner, pictures)
         check_many_pictures(view)
     return 0

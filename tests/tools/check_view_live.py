@@ -151,17 +151,18 @@ def check_tables_of_files(view):
 
 
 def check_exports(view, runner):
-    """SVG, PNG and CSV of a histogram and of a graph, by the buttons."""
-    document = document_of(view, "Exports.zedra", filling("3000"))
+    """SVG, PNG and CSV of histograms of one and two quantities, a profile and points, by the buttons."""
+    efficiency = plugin("Part", "Combine", first=["Mass", "histogram"], second=["Mass", "histogram"], operation="wilson")
+    document = document_of(view, "Exports.zedra", filling("3000") + [efficiency])
     assert run(view, runner, document).returncode == 0
     with Page(view) as page:
-        page.wait("document.querySelectorAll('#results figure').length == 3")
+        page.wait("document.querySelectorAll('#results figure').length == 5")
         page.do("window.saved = []; save = (name, content) => saved.push([name, content instanceof Blob ? content.size : content])")
-        for figure in range(3):
+        for figure in range(5):
             for button in page.do("return [...document.querySelectorAll('#results figure')[arguments[0]].querySelectorAll('button')].map((b) => b.innerText)", figure):
                 page.do("[...document.querySelectorAll('#results figure')[arguments[0]].querySelectorAll('button')]"
                         ".find((b) => b.innerText == arguments[1]).click()", figure, button)
-        page.wait("saved.length == 9")
+        page.wait("saved.length == 15")
         saved = page.do("return saved")
         assert {os.path.splitext(name)[1] for name, _ in saved} == {".svg", ".png", ".csv"}, saved
         for name, content in saved:
@@ -171,8 +172,20 @@ def check_exports(view, runner):
                 assert content.startswith("<svg") and "NaN" not in content, name
             else:
                 assert content.startswith("x_low,x_high,"), name
-        assert page.do("return document.querySelectorAll('#results button[aria-pressed=true]').length") == 5, "all axes are logarithmic"
+        assert page.do("return document.querySelectorAll('#results button[aria-pressed=true]').length") == 9, "all axes are logarithmic"
+        check_values_under_the_pointer(page)
         assert page.complaints() == []
+
+
+def check_values_under_the_pointer(page):
+    """Of every picture, at its middle."""
+    values = page.do("""return [...charts.values()].map(({chart}) => {
+        chart.reset();
+        const box = chart.svg.getBoundingClientRect();
+        chart.svg.dispatchEvent(new PointerEvent('pointermove', {clientX: box.left + box.width / 2, clientY: box.top + box.height / 2}));
+        return chart.under.textContent;
+    })""")
+    assert len(values) == 5 and all(any(digit in value for digit in "0123456789") for value in values), values
 
 
 def check_sentences_outside_of_runs(view, runner):

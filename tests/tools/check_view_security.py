@@ -147,13 +147,26 @@ def check_clients_that_never_read(view, results):
     (results / "big.txt").unlink()
 
 
-def check_memory(view):
+def check_memory(view, measure="VmRSS"):
     status = (pathlib.Path("/proc") / str(view.process.pid) / "status").read_text()
-    kilobytes = next(int(line.split()[1]) for line in status.splitlines() if line.startswith("VmRSS"))
+    kilobytes = next(int(line.split()[1]) for line in status.splitlines() if line.startswith(measure))
     assert kilobytes < 60 * 1024, "the server uses %d kB" % kilobytes
 
 
+def check_memory_of_answers(view):
+    """What the answers of one thread took is free for those of the others."""
+    message = {"event": "message", "time": 0, "text": "x" * 1000}
+    view.announce(9, began("/x/long.zedra", view.folder), *[message] * 2000, ended())
+    for _ in range(200):
+        status, _, body = view.get("api/events?run=run-9-0.jsonl&from=0")
+        assert status == 200 and len(body) > 2000000, (status, len(body))
+    check_memory(view, "VmHWM")
+
+
 def main():
+    with View(sys.argv[1]) as view:
+        view.start()
+        check_memory_of_answers(view)
     with View(sys.argv[1]) as view:
         results = results_in(view)
         view.start()

@@ -38,10 +38,13 @@ bool isId(const std::string& name) {
 }
 
 std::string textFrom(const fs::path& path, std::uint64_t from, std::size_t most) {
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(path, error);
+    const std::uintmax_t left = error || size < from ? 0 : size - from;
+    std::string text(static_cast<std::size_t>(std::min<std::uintmax_t>(left, most)), '\0');
     std::ifstream file(path, std::ios::binary);
-    std::string text(most, '\0');
     file.seekg(static_cast<std::streamoff>(from));
-    file.read(text.data(), static_cast<std::streamsize>(most));
+    file.read(text.data(), static_cast<std::streamsize>(text.size()));
     text.resize(static_cast<std::size_t>(std::max<std::streamsize>(0, file.gcount())));
     return text;
 }

@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <spawn.h>
 #include <sys/file.h>
 #include <sys/wait.h>
@@ -126,9 +127,19 @@ int view(const Options& options, const sigset_t& signals) {
     return 0;
 }
 
+/// Most threads answer rarely: freed memory is for all of them, and large blocks go back to the system.
+void shareFreedMemory() {
+    constexpr int maxBlock = 64 << 10;
+    constexpr int keptBytes = 128 << 10;
+    mallopt(M_ARENA_MAX, 1);
+    mallopt(M_MMAP_THRESHOLD, maxBlock);
+    mallopt(M_TRIM_THRESHOLD, keptBytes);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    shareFreedMemory();
     Options options;
     CLI::App app("", "velmorak-view");
     app.formatter_fn([](const CLI::App*, const std::string&, CLI::AppFormatMode) { return std::string(helpText); });

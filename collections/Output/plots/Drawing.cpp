@@ -10,6 +10,7 @@
 #include <fstream>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 namespace velmorak {
 
@@ -82,19 +83,33 @@ std::string drawnSvg(const PlotPicture& picture, RunContext& context) {
     return readText(scratch.path() / "picture.svg");
 }
 
-std::string drawnPdf(const std::vector<PlotPicture>& pictures, const RunContext& context) {
+PdfPage pdfPageOf(const PlotPicture& picture) {
+    PlotStyle style = picture.style;
+    style.baseName = "page";
+    style.formats = {"pdf"};
+    PlotContents contents = plotContents(picture.objects, style);
+    PlotFiles files = plotFiles(contents, style);
+    return {.commands = commandsIn(files.script), .data = std::move(files.data), .style = std::move(style)};
+}
+
+PdfPage pdfPageOf(const std::filesystem::path& files, const PlotStyle& style) {
+    const std::string script = readText(files.string() + ".gp");
+    std::string data = readText(files.string() + ".dat");
+    try {
+        return {.commands = commandsIn(script), .data = std::move(data), .style = style};
+    } catch (const Failure& failure) {
+        throw Failure(files.string() + ".gp cannot be drawn: " + failure.what());
+    }
+}
+
+std::string drawnPdf(const std::vector<PdfPage>& pages, const RunContext& context) {
     const TemporaryFolder scratch("plot");
-    std::string script;
-    for (std::size_t i = 0; i < pictures.size(); ++i) {
-        PlotStyle style = pictures[i].style;
-        style.baseName = "page" + std::to_string(i + 1);
-        style.formats = {};
-        style.width = pictures.front().style.width;
-        style.height = pictures.front().style.height;
-        PlotContents contents = plotContents(pictures[i].objects, style);
-        const PlotFiles page = plotPage(contents, style, i == 0 ? "pages" : "");
-        script += page.script;
-        writeText(scratch.path() / (style.baseName + ".dat"), page.data);
+    const PlotStyle& size = pages.front().style;
+    std::string script = pdfBegin("pages.pdf", size);
+    for (std::size_t i = 0; i < pages.size(); ++i) {
+        const std::string data = "page" + std::to_string(i + 1) + ".dat";
+        script += pageBegin(data, pages[i].style, size) + pages[i].commands;
+        writeText(scratch.path() / data, pages[i].data);
     }
     writeText(scratch.path() / "pages.gp", script + "set output\n");
     runGnuplot(scratch.path(), "./pages.gp", context);

@@ -23,8 +23,24 @@ struct PlotPicture {
 /// @throws as plotContents, plotFiles and drawInto.
 std::string drawnSvg(const PlotPicture& picture, RunContext& context);
 
-/// @return a PDF with one page for each picture; all pages are as large as the first. Warns of nothing.
-/// @throws as plotContents, plotFiles and drawInto.
-std::string drawnPdf(const std::vector<PlotPicture>& pictures, const RunContext& context);
+/// A page of a PDF with several.
+struct PdfPage {
+    std::string commands;
+    std::string data;
+    PlotStyle style;  ///< Its size is that of the picture.
+};
+
+/// @return the page of a picture that is drawn in the style's size. Warns of nothing.
+/// @throws as plotContents and plotFiles.
+PdfPage pdfPageOf(const PlotPicture& picture);
+
+/// @return the page of a picture that was drawn before.
+/// @param files path of its script and data, without their extensions.
+/// @throws Failure if they cannot be read.
+PdfPage pdfPageOf(const std::filesystem::path& files, const PlotStyle& style);
+
+/// @param pages at least one. All are as large as the first picture; others are scaled to it.
+/// @throws as drawInto.
+std::string drawnPdf(const std::vector<PdfPage>& pages, const RunContext& context);
 
 }  // namespace velmorak

@@ -3,6 +3,7 @@
 #include "Drawing.h"
 #include "Gnuplot.h"
 #include "Output/Ports.h"
+#include "PlotInputs.h"
 #include "PlotValues.h"
 #include "shared/AppendInputs.h"
 
@@ -145,7 +146,7 @@ void PlotKind::evaluate(const Arguments& arguments, Results&, RunContext& contex
     PlotStyle style = plotStyleOf(
         [&](const std::string& input) { return arguments.has(input) ? arguments.text(input) : std::string(); }, count);
     const std::string& file = arguments.text("file");
-    const std::string resultName = file.empty() ? asFileName(context.pluginName()) : withoutPictureEnding(file);
+    const std::string resultName = pictureName(file, context.pluginName());
     style.baseName = std::filesystem::path(resultName).filename().string();
     if (style.baseName.empty()) {
         throw Failure("file", "\"" + file + "\" is not a valid file name for a picture");

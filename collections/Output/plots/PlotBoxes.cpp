@@ -92,6 +92,20 @@ void fitRows(PlotBoxes& boxes, PlotContents& contents, const PlotLayout& layout)
     }
 }
 
+/// As far as the user chose the place. At a point, the box stays within the frame.
+void placeStatistics(PlotBox& box, const PlotStyle& style) {
+    const auto corner = static_cast<int>(style.statistics) - static_cast<int>(StatisticsDisplay::TopLeft);
+    if (const auto& point = style.statisticsPlace.point) {
+        const double left = std::max(0.0, std::min((*point)[0], 1.0 - box.width));
+        const double top = std::min(1.0, std::max((*point)[1], box.height));
+        box.point = {left, top};
+    } else if (style.statisticsPlace.corner) {
+        box.wanted = style.statisticsPlace.corner;
+    } else if (corner >= 0) {
+        box.wanted = static_cast<LegendPlace>(static_cast<int>(LegendPlace::TopLeft) + corner);
+    }
+}
+
 void sizeStatistics(PlotBoxes& boxes, const PlotStyle& style, const PlotLayout& layout) {
     double names = 0.0;
     double values = 0.0;
@@ -103,10 +117,7 @@ void sizeStatistics(PlotBoxes& boxes, const PlotStyle& style, const PlotLayout& 
     boxes.statistics.width = (names + values + between) * characterCm(boxes.boxFont) / layout.frameWidth();
     boxes.statistics.height =
         (static_cast<double>(boxes.rows.size()) + 0.4) * lineCm(boxes.boxFont) / layout.frameHeight();
-    const auto corner = static_cast<int>(style.statistics) - static_cast<int>(StatisticsDisplay::TopLeft);
-    if (corner >= 0) {
-        boxes.statistics.wanted = static_cast<LegendPlace>(static_cast<int>(LegendPlace::TopLeft) + corner);
-    }
+    placeStatistics(boxes.statistics, style);
 }
 
 void sizeLegend(PlotBoxes& boxes, const PlotStyle& style, const PlotLayout& layout) {

@@ -8,9 +8,10 @@ namespace velmorak {
 struct PlotBox {
     double width = 0.0;
     double height = 0.0;
-    std::optional<LegendPlace> wanted{};         ///< A corner that the user chose.
-    LegendPlace corner = LegendPlace::TopRight;  ///< Where it is.
-    double depth = 0.0;                          ///< Distance from the upper or lower side.
+    std::optional<LegendPlace> wanted{};           ///< A corner that the user chose.
+    LegendPlace corner = LegendPlace::TopRight;    ///< Where it is.
+    double depth = 0.0;                            ///< Distance from the upper or lower side.
+    std::optional<std::array<double, 2>> point{};  ///< Its upper left corner, if that is not in a corner of the frame.
 
     bool isLeft() const { return corner == LegendPlace::TopLeft || corner == LegendPlace::BottomLeft; }
     bool isTop() const { return corner == LegendPlace::TopLeft || corner == LegendPlace::TopRight; }
@@ -44,7 +45,8 @@ inline constexpr double boxMargin = 0.025;
 /// @return the boxes with their sizes; a warning tells of rows that have no room.
 PlotBoxes boxesOf(PlotContents& contents, const PlotStyle& style, const PlotLayout& layout);
 
-/// Places the boxes where they need the least room, and extends the frame upwards until they hide nothing.
+/// Places the boxes where they need the least room, and extends the frame upwards until they hide nothing. A box at a
+/// point stays there, whatever it hides.
 void placeBoxes(PlotBoxes& boxes, PlotFrame& frame, const PlotContents& contents, const PlotStyle& style);
 
 }  // namespace velmorak

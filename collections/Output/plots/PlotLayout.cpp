@@ -93,10 +93,13 @@ double lineCm(double points) {
     return em * points * cmPerPoint;
 }
 
-PlotLayout firstLayout(const PlotContents& contents, const PlotStyle& style) {
-    PlotLayout layout{.width = style.width, .height = style.height};
+double scaleOf(const PlotStyle& style) {
     constexpr double usualArea = 160.0;
-    layout.scale = std::clamp(std::sqrt(style.width * style.height / usualArea), 0.45, 4.0);
+    return std::clamp(std::sqrt(style.width * style.height / usualArea), 0.45, 4.0);
+}
+
+PlotLayout firstLayout(const PlotContents& contents, const PlotStyle& style) {
+    PlotLayout layout{.width = style.width, .height = style.height, .scale = scaleOf(style)};
     layout.bottom = 1.55 * layout.scale + static_cast<double>(contents.notes.size()) * noteLine(layout);
     const bool isHigh = hasTitle(contents, style);
     layout.top = (isHigh ? 1.0 : 0.5) * layout.scale;

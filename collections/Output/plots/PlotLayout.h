@@ -42,6 +42,9 @@ struct PlotPage {
     PlotSpan panelSpan;
 };
 
+/// @return the scale of fonts and lines in a picture of this size.
+double scaleOf(const PlotStyle& style);
+
 /// @return sizes for usual labels.
 PlotLayout firstLayout(const PlotContents& contents, const PlotStyle& style);
 

@@ -17,10 +17,16 @@ std::string labelAt(const std::string& text, double x, double y, const std::stri
 
 /// The upper side of a box.
 double topOf(const PlotBox& box) {
+    if (box.point) {
+        return (*box.point)[1];
+    }
     return box.isTop() ? 1.0 - box.depth : box.depth + box.height;
 }
 
 double leftOf(const PlotBox& box, double margin) {
+    if (box.point) {
+        return (*box.point)[0];
+    }
     return box.isLeft() ? margin : 1.0 - margin - box.width;
 }
 

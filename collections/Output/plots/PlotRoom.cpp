@@ -97,15 +97,18 @@ void stackInCorners(std::vector<PlotBox*>& boxes) {
 /// How high the frame must be for the boxes, as positions along the axis.
 class Room {
 public:
-    Room(const Surroundings& surroundings, double low, double high);
+    /// @param fixed a box that stays where it is, which no other may cover; null if there is none.
+    Room(const Surroundings& surroundings, double low, double high, const PlotBox* fixed);
 
     /// @return the upper end that leaves all boxes free; infinite if no upper end does.
     double neededFor(const std::vector<PlotBox*>& boxes) const;
 
 private:
-    static bool doMeet(const std::vector<PlotBox*>& boxes);
+    bool doMeet(const std::vector<PlotBox*>& boxes) const;
     /// A box at the left and one at the right of the same height overlap.
     static bool meetSideways(const std::vector<PlotBox*>& boxes);
+    /// Only a box that could be elsewhere.
+    bool meetsFixed(const PlotBox& box) const;
     Drawn besideOf(const PlotBox& box) const;
     double upperEnd(const PlotBox& box) const;
     bool isFreeBelow(const PlotBox& box, double upper) const;
@@ -113,10 +116,11 @@ private:
     const Surroundings& surroundings;
     double low;
     double high;
+    const PlotBox* fixed;
 };
 
-Room::Room(const Surroundings& surroundings, double low, double high)
-    : surroundings(surroundings), low(low), high(high) {}
+Room::Room(const Surroundings& surroundings, double low, double high, const PlotBox* fixed)
+    : surroundings(surroundings), low(low), high(high), fixed(fixed) {}
 
 double Room::neededFor(const std::vector<PlotBox*>& boxes) const {
     double needed = high;
@@ -132,7 +136,7 @@ double Room::neededFor(const std::vector<PlotBox*>& boxes) const {
 }
 
 /// Boxes above each other must not meet in the middle, and boxes beside each other not either.
-bool Room::doMeet(const std::vector<PlotBox*>& boxes) {
+bool Room::doMeet(const std::vector<PlotBox*>& boxes) const {
     for (const bool isLeft : {false, true}) {
         double all = 0.0;
         for (const PlotBox* box : boxes) {
@@ -142,7 +146,19 @@ bool Room::doMeet(const std::vector<PlotBox*>& boxes) {
             return true;
         }
     }
-    return meetSideways(boxes);
+    return meetSideways(boxes) ||
+           std::any_of(boxes.begin(), boxes.end(), [&](const PlotBox* box) { return meetsFixed(*box); });
+}
+
+bool Room::meetsFixed(const PlotBox& box) const {
+    if (!fixed || box.wanted) {
+        return false;
+    }
+    const auto& [fixedLeft, fixedTop] = *fixed->point;
+    const double left = box.isLeft() ? boxMargin : 1.0 - boxMargin - box.width;
+    const double top = box.isTop() ? 1.0 - box.depth : box.depth + box.height;
+    return left < fixedLeft + fixed->width && fixedLeft < left + box.width && top > fixedTop - fixed->height &&
+           fixedTop > top - box.height;
 }
 
 bool Room::meetSideways(const std::vector<PlotBox*>& boxes) {
@@ -194,9 +210,11 @@ void placeBoxes(PlotBoxes& boxes, PlotFrame& frame, const PlotContents& contents
         all.push_back(&box);
     }
     PlotBox none;
-    PlotBox& statistics = boxes.hasStatistics() ? boxes.statistics : none;
+    const bool isFixed = boxes.hasStatistics() && boxes.statistics.point;
+    const bool isFree = boxes.hasStatistics() && !isFixed;
+    PlotBox& statistics = isFree ? boxes.statistics : none;
     PlotBox& legend = boxes.hasLegend() ? boxes.legend : none;
-    if (boxes.hasStatistics()) {
+    if (isFree) {
         all.push_back(&statistics);
     }
     if (boxes.hasLegend()) {
@@ -210,11 +228,11 @@ void placeBoxes(PlotBoxes& boxes, PlotFrame& frame, const PlotContents& contents
     const Surroundings surroundings(contents, frame, style);
     const double high = positionAlong(frame.y.high, hasLog);
     const double low = positionAlong(frame.y.low, hasLog);
-    const Room room(surroundings, low, high);
+    const Room room(surroundings, low, high, isFixed ? &boxes.statistics : nullptr);
     double least = unlimited;
     std::array<LegendPlace, 2> best = {choicesOf(statistics, false).front(), choicesOf(legend, true).front()};
     for (const LegendPlace first : choicesOf(statistics, false)) {
-        for (const LegendPlace second : choicesOf(legend, boxes.hasStatistics())) {
+        for (const LegendPlace second : choicesOf(legend, isFree)) {
             statistics.corner = first;
             legend.corner = second;
             stackInCorners(all);

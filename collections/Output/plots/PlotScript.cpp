@@ -6,10 +6,13 @@
 #include "PlotLayers.h"
 #include "PlotText.h"
 
+#include <velmorak/Failure.h>
 #include <velmorak/Value.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <sstream>
 #include <string_view>
 
 namespace velmorak {
@@ -29,29 +32,42 @@ std::string paletteText() {
     return "set palette defined (" + text + ")\n";
 }
 
-/// Fonts are in points and lines in tenths of a millimetre of the paper; the terminals size both differently.
-std::string terminalOf(const std::string& format, const PlotStyle& style, const PlotLayout& layout) {
+/// Of a PDF; the terminals size fonts and lines differently.
+constexpr double pdfFontScale = 0.75;
+constexpr double pdfLineWidth = 0.63;
+
+std::string fontOf(const PlotStyle& style) {
+    return " font 'DejaVu Sans," + roundedText(PlotLayout{.scale = scaleOf(style)}.ticFont(), 4) + "'";
+}
+
+std::string marksOf(double factor) {
+    return "marks = " + roundedText(factor, 4) + "\n";
+}
+
+/// Fonts are in points and lines in tenths of a millimetre of the paper.
+std::string terminalOf(const std::string& format, const PlotStyle& style) {
     constexpr double cmPerInch = 2.54;
     constexpr double svgDpi = 96.0;
     constexpr double lineDpi = 254.0;
-    const std::string font = " font 'DejaVu Sans," + roundedText(layout.ticFont(), 4) + "' rounded";
+    const double scale = scaleOf(style);
+    const std::string font = fontOf(style) + " rounded";
     const auto pixels = [&](double dpi) {
         return " size " + textOf(std::round(style.width / cmPerInch * dpi)) + "," +
                textOf(std::round(style.height / cmPerInch * dpi));
     };
-    const auto width = [&](double factor) { return " linewidth " + roundedText(factor * layout.scale, 4); };
-    const auto marks = [&](double factor) { return "marks = " + roundedText(factor * layout.scale, 4) + "\n"; };
+    const auto width = [&](double factor) { return " linewidth " + roundedText(factor * scale, 4); };
     if (format == "png") {
         const double dots = style.dpi / lineDpi;
         return "set terminal pngcairo enhanced" + pixels(style.dpi) + " fontscale " + roundedText(style.dpi / svgDpi) +
-               font + width(dots) + " dashlength 0.6\n" + marks(2.2 * dots);
+               font + width(dots) + " dashlength 0.6\n" + marksOf(2.2 * dots * scale);
     }
     if (format == "svg") {
         return "set terminal svg enhanced" + pixels(svgDpi) + " fontscale 1.3333" + font + width(0.378) +
-               " background rgb 'white'\n" + marks(0.66);
+               " background rgb 'white'\n" + marksOf(0.66 * scale);
     }
     return "set terminal pdfcairo enhanced size " + textOf(style.width) + "cm," + textOf(style.height) +
-           "cm fontscale 0.75" + font + width(0.63) + " background rgb 'white'\n" + marks(0.63);
+           "cm fontscale " + roundedText(pdfFontScale) + font + width(pdfLineWidth) + " background rgb 'white'\n" +
+           marksOf(pdfLineWidth * scale);
 }
 
 /// Lines below the picture.
@@ -115,7 +131,6 @@ std::string panelSettings(const PlotPanel& panel, const PlotPage& page, const Pl
 
 /// The commands of a picture.
 struct PictureScript {
-    PlotLayout layout;
     std::string settings;  ///< For all formats.
     std::string command;   ///< Draws with the settings.
     std::string data;
@@ -142,10 +157,9 @@ PictureScript pictureScript(PlotContents& contents, const PlotStyle& style) {
     const std::string start =
         preamble(contents.isPlane(), layout) + "data = " + quotedForGnuplot("./" + style.baseName + ".dat") + "\n";
     if (!panel.isDrawn()) {
-        return {.layout = layout, .settings = start + upper, .command = command, .data = std::move(data.text)};
+        return {.settings = start + upper, .command = command, .data = std::move(data.text)};
     }
-    return {.layout = layout,
-            .settings = start,
+    return {.settings = start,
             .command = "set multiplot\n" + upper + command + panelSettings(panel, page, frame, style) +
                        panelCommand(contents, data, panel, frame) +
                        "unset multiplot\nunset label\nunset arrow\nunset object\n",
@@ -158,18 +172,40 @@ PlotFiles plotFiles(PlotContents& contents, const PlotStyle& style) {
     PictureScript picture = pictureScript(contents, style);
     std::string text = picture.settings;
     for (const std::string& format : style.formats) {
-        text += terminalOf(format, style, picture.layout) + "set output " +
-                quotedForGnuplot("./" + style.baseName + "." + format) + "\n" + picture.command + "set output\n";
+        text += terminalOf(format, style) + "set output " + quotedForGnuplot("./" + style.baseName + "." + format) +
+                "\n" + picture.command + "set output\n";
     }
     return {.script = text, .data = std::move(picture.data)};
 }
 
-PlotFiles plotPage(PlotContents& contents, const PlotStyle& style, const std::string& document) {
-    PictureScript picture = pictureScript(contents, style);
-    const std::string begin = document.empty() ? std::string()
-                                               : terminalOf("pdf", style, picture.layout) + "set output " +
-                                                     quotedForGnuplot("./" + document + ".pdf") + "\n";
-    return {.script = begin + picture.settings + picture.command, .data = std::move(picture.data)};
+std::string commandsIn(const std::string& script) {
+    std::istringstream lines(script);
+    std::string commands;
+    bool isTerminal = false;
+    for (std::string line; std::getline(lines, line);) {
+        if (line == "set output") {
+            return commands;  // Further formats repeat the command.
+        }
+        isTerminal = isTerminal || line.starts_with("set terminal ");
+        if (isTerminal) {
+            isTerminal = !line.starts_with("set output ");
+        } else if (!line.starts_with("data = ")) {
+            commands += line + "\n";
+        }
+    }
+    throw Failure("it is not the script of a picture");
+}
+
+std::string pdfBegin(const std::string& file, const PlotStyle& style) {
+    return terminalOf("pdf", style) + "set output " + quotedForGnuplot("./" + file) + "\n";
+}
+
+std::string pageBegin(const std::string& dataFile, const PlotStyle& style, const PlotStyle& page) {
+    const double fit = std::min(page.width / style.width, page.height / style.height);
+    const double lines = pdfLineWidth * scaleOf(style) * fit;
+    return "set termoption" + fontOf(style) + "\nset termoption fontscale " + roundedText(pdfFontScale * fit) +
+           "\nset termoption linewidth " + roundedText(lines, 4) + "\n" + marksOf(lines) +
+           "data = " + quotedForGnuplot("./" + dataFile) + "\n";
 }
 
 }  // namespace velmorak

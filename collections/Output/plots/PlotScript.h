@@ -14,9 +14,18 @@ struct PlotFiles {
 /// @throws Failure, with the input, if the contents cannot be shown.
 PlotFiles plotFiles(PlotContents& contents, const PlotStyle& style);
 
-/// As plotFiles, for a page of a PDF with several.
-/// @param document base name of the PDF for its first page, which begins it; empty for further pages.
-PlotFiles plotPage(PlotContents& contents, const PlotStyle& style, const std::string& document);
+/// @return the commands of a script of plotFiles that draw the picture: without the formats, and without the name of
+/// the
+///         data.
+/// @throws Failure if the text is no such script.
+std::string commandsIn(const std::string& script);
+
+/// Begins a PDF whose pages have the size of the style; "set output" ends it.
+std::string pdfBegin(const std::string& file, const PlotStyle& style);
+
+/// Comes before the commands of each page.
+/// @param style of the picture, which is scaled to the page if it has another size.
+std::string pageBegin(const std::string& dataFile, const PlotStyle& style, const PlotStyle& page);
 
 /// Range and tics of one axis.
 /// @param axis "x", "y" or "cb".

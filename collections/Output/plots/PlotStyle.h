@@ -49,6 +49,12 @@ struct PlotGuide {
     std::string legend;  ///< Empty: none.
 };
 
+/// A place that the user chose for a box; without either, there is none.
+struct BoxPlace {
+    std::optional<LegendPlace> corner{};
+    std::optional<std::array<double, 2>> point{};  ///< Of its upper left corner, in fractions of the frame.
+};
+
 /// Free text within the frame.
 struct PlotNote {
     std::string text;
@@ -70,6 +76,7 @@ struct PlotStyle {
     LegendPlace legend = LegendPlace::Automatic;
     ObjectStyle histograms = ObjectStyle::Automatic;
     StatisticsDisplay statistics = StatisticsDisplay::Automatic;
+    BoxPlace statisticsPlace{};  ///< Goes before the corner that statistics names.
     PanelKind panel = PanelKind::None;
     PlotRange panelRange{};
     std::vector<PlotGuide> guides{};

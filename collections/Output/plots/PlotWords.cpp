@@ -143,9 +143,9 @@ std::vector<PlotGuide> guidesIn(const std::string& text, bool isRegion) {
     return guides;
 }
 
-/// @return the corner that two words name.
+/// @return the corner that the first two words name.
 std::optional<LegendPlace> cornerNamed(const PlotWords& words) {
-    if (words.size() < 3 || words[0].isQuoted || words[1].isQuoted) {
+    if (words.size() < 2 || words[0].isQuoted || words[1].isQuoted) {
         return std::nullopt;
     }
     const std::string both = words[0].text + " " + words[1].text;
@@ -157,10 +157,17 @@ std::optional<LegendPlace> cornerNamed(const PlotWords& words) {
     return static_cast<LegendPlace>(static_cast<int>(LegendPlace::TopLeft) + static_cast<int>(found - names.begin()));
 }
 
+/// @return the part of the frame that a word gives; nothing if it does not.
+std::optional<double> fractionIn(const PlotWord& word) {
+    double number = 0.0;
+    const bool isFraction = !word.isQuoted && readNumber(word.text, number) && number >= 0.0 && number <= 1.0;
+    return isFraction ? std::optional(number) : std::nullopt;
+}
+
 PlotNote noteOf(const PlotWords& words) {
     PlotNote note;
     std::size_t first = 0;
-    if (const auto corner = cornerNamed(words)) {
+    if (const auto corner = cornerNamed(words); corner && words.size() > 2) {
         note.corner = *corner;
         first = 2;
     } else if (words.size() >= 4 && words[0].text == "at" && !words[0].isQuoted) {
@@ -261,6 +268,26 @@ std::vector<PlotGuide> linesIn(const std::string& text) {
 
 std::vector<PlotGuide> regionsIn(const std::string& text) {
     return guidesIn(text, true);
+}
+
+BoxPlace boxPlaceIn(const std::string& text) {
+    const std::vector<PlotWords> items = itemsIn(text);
+    if (items.empty()) {
+        return {};
+    }
+    if (const PlotWords& words = items.front(); items.size() == 1 && words.size() == 2) {
+        if (const auto corner = cornerNamed(words)) {
+            return {.corner = corner};
+        }
+        const auto x = fractionIn(words[0]);
+        const auto y = fractionIn(words[1]);
+        if (x && y) {
+            return {.point = std::array{*x, *y}};
+        }
+    }
+    throw Failure(
+        "Enter a corner, as in: bottom left; or the distances of the upper left corner of the box from the left and "
+        "the lower side of the frame, as two numbers from 0 to 1, as in: 0.6 0.9.");
 }
 
 std::vector<PlotNote> notesIn(const std::string& text) {

@@ -38,6 +38,9 @@ std::vector<PlotGuide> linesIn(const std::string& text);
 /// @return regions: x 80 100 orange "signal region"
 /// @throws Failure, without an input.
 std::vector<PlotGuide> regionsIn(const std::string& text);
+/// @return the place of a box: bottom left, or 0.6 0.9; an empty text gives none.
+/// @throws Failure, without an input.
+BoxPlace boxPlaceIn(const std::string& text);
 /// @return free texts: each item is drawn on a line of its own.
 std::vector<PlotNote> notesIn(const std::string& text);
 

@@ -70,16 +70,28 @@ std::optional<PlotStyle> styleOf(const RecordedPlugin& plot, const std::vector<I
 
 }  // namespace
 
-std::optional<PlotStyle> styleInRun(const RunRecord& record, const std::vector<ItemSource>& items) {
+std::optional<SettingsInRun> settingsInRun(const RunRecord& record, const std::vector<ItemSource>& items) {
     for (const RecordedPlugin& plugin : record.plugins) {
         if (plugin.kind != "Plot") {
             continue;
         }
         if (auto style = styleOf(plugin, items)) {
-            return style;
+            return SettingsInRun{.plot = plugin.name, .style = *std::move(style)};
         }
     }
     return std::nullopt;
+}
+
+std::vector<PictureInRun> picturesInRun(const RunRecord& record) {
+    std::vector<PictureInRun> pictures;
+    for (const RecordedPlugin& plugin : record.plugins) {
+        if (plugin.kind == "Plot" && plugin.state == RecordedState::Done) {
+            pictures.push_back({.plot = plugin.name,
+                                .file = pictureName(valueIn(plugin, "file"), plugin.name),
+                                .style = styleOf(plugin, {}).value_or(PlotStyle())});
+        }
+    }
+    return pictures;
 }
 
 }  // namespace velmorak

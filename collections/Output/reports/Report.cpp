@@ -5,6 +5,7 @@
 #include "Output/texts/TextOutput.h"
 #include "PlotSettings.h"
 #include "ReportPage.h"
+#include "ReportPdf.h"
 
 #include <velmorak/Dates.h>
 
@@ -66,17 +67,25 @@ std::vector<std::vector<const ReportItem*>> frames(const std::vector<ReportItem>
     return all;
 }
 
-/// Objects with the settings of the Plot that draws them, too, if there is one.
-PlotPicture pictureOf(const std::vector<const ReportItem*>& frame, const RunRecord& record) {
-    PlotPicture picture;
+/// Objects, and the Plot that draws them, too, if there is one.
+struct ReportDrawing {
+    PlotPicture picture;  ///< With the settings of that Plot.
+    std::string plot;     ///< Its name.
+};
+
+ReportDrawing drawingOf(const std::vector<const ReportItem*>& frame, const RunRecord& record) {
+    ReportDrawing drawing;
     std::vector<ItemSource> sources;
     for (const ReportItem* item : frame) {
-        picture.objects.push_back(
+        drawing.picture.objects.push_back(
             {.input = item->input, .maker = item->plugin, .object = std::get<DataObjectPtr>(item->value)});
         sources.push_back({.plugin = item->plugin, .output = item->output});
     }
-    picture.style = styleInRun(record, sources).value_or(PlotStyle());
-    return picture;
+    if (auto settings = settingsInRun(record, sources)) {
+        drawing.picture.style = std::move(settings->style);
+        drawing.plot = std::move(settings->plot);
+    }
+    return drawing;
 }
 
 std::string headingOf(const PlotObject& first) {
@@ -94,18 +103,22 @@ ReportPicture drawn(const PlotPicture& drawing, RunContext& context) {
     return picture;
 }
 
-std::string withoutEnding(const std::string& file, const std::string& ending) {
-    return file.ends_with(ending) ? file.substr(0, file.size() - ending.size()) : file;
+bool isIn(const std::vector<PictureInRun>& pictures, const std::string& plot) {
+    return std::any_of(pictures.begin(), pictures.end(), [&](const PictureInRun& one) { return one.plot == plot; });
 }
 
-/// All pictures that can be drawn as one PDF beside the page.
-void writePdf(const std::string& page, const std::vector<PlotPicture>& pictures, RunContext& context) {
-    if (pictures.empty()) {
-        context.warn("pdf: the report has no pictures, so there is no PDF");
-        return;
+/// Draws the pictures of the page. @return those for the PDF: what can be drawn, and is not in the PDF already.
+std::vector<PlotPicture> drawAll(ReportContents& contents, const std::vector<PictureInRun>& inRun,
+                                 RunContext& context) {
+    std::vector<PlotPicture> others;
+    for (const std::vector<const ReportItem*>& frame : frames(contents.items)) {
+        ReportDrawing drawing = drawingOf(frame, contents.record);
+        contents.pictures.push_back(drawn(drawing.picture, context));
+        if (!contents.pictures.back().svg.empty() && !isIn(inRun, drawing.plot)) {
+            others.push_back(std::move(drawing.picture));
+        }
     }
-    TextOutput output(withoutEnding(page, ".html") + ".pdf", drawnPdf(pictures, context), context);
-    output.complete();
+    return others;
 }
 
 std::string titleOf(const std::string& given, const RunRecord& record, const RunContext& context) {
@@ -167,8 +180,8 @@ std::string ReportKind::notes() const {
 
 A report is written when everything else has ended, even if one of its inputs failed, and in every run. The same
 pipeline with the same files gives the same bytes, but for the date, which the environment variable `SOURCE_DATE_EPOCH`
-sets. With `pdf`, all pictures are also written as one PDF beside the page. Values with errors are rounded as by `Print`; all digits are in
-`run.json`.)";
+sets. With `pdf`, pictures are also written as one PDF beside the page. All its pages are as large as the first picture;
+pictures of another size are scaled to it. Values with errors are rounded as by `Print`; all digits are in `run.json`.)";
 }
 
 Ports ReportKind::ports(const ValueTexts& values) const {
@@ -184,10 +197,12 @@ Ports ReportKind::ports(const ValueTexts& values) const {
          .type = ValueType::Text},
         {.name = "comment", .description = "A paragraph below the heading.", .type = ValueType::Text},
         {.name = "pdf",
-         .description = "Yes: all pictures of the report are also written as one PDF, a page each, beside the page.",
+         .description =
+             "Yes: all pictures of the report are also written as one PDF, a page each, beside the page. Run: "
+             "first those of every Plot of the run, then those of the report that no Plot draws.",
          .type = ValueType::Choice,
          .value = "no",
-         .choices = {"no", "yes"}},
+         .choices = {"no", "yes", "run"}},
     };
     addNumbered(ports, objectInput, numberedCount(values, "objects"));
     return ports;
@@ -200,20 +215,21 @@ void ReportKind::evaluate(const Arguments& arguments, Results&, RunContext& cont
     contents.comment = arguments.text("comment");
     contents.date = dateOfRun(context);
     contents.items = itemsOf(arguments, contents.record, context);
-    std::vector<PlotPicture> good;
-    for (const std::vector<const ReportItem*>& frame : frames(contents.items)) {
-        const PlotPicture picture = pictureOf(frame, contents.record);
-        contents.pictures.push_back(drawn(picture, context));
-        if (!contents.pictures.back().svg.empty()) {
-            good.push_back(picture);
-        }
-    }
+    const std::string& pdf = arguments.text("pdf");
+    PdfContents pictures{.inRun = pdf == "run" ? picturesInRun(contents.record) : std::vector<PictureInRun>()};
+    pictures.ofReport = drawAll(contents, pictures.inRun, context);
     const std::string file = writtenFileName(arguments, context, ".html");
     TextOutput output(file, reportPage(contents), context);
     output.complete();
-    if (arguments.text("pdf") == "yes") {
-        writePdf(file, good, context);
+    if (pdf == "no") {
+        return;
     }
+    if (pictures.inRun.empty() && pictures.ofReport.empty()) {
+        context.warn("pdf: the " + std::string(pdf == "run" ? "run" : "report") +
+                     " has no pictures, so there is no PDF");
+        return;
+    }
+    writeReportPdf(file, pictures, context);
 }
 
 std::unique_ptr<Kind> makeReport() {

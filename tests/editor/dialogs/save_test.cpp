@@ -146,6 +146,7 @@ TEST_F(Saving, aFileThatCannotBeWrittenIsReportedAndTheDocumentStaysChanged) {
     edit();
     manager->fileName = "/nowhere/pipe.zedra";
     EXPECT_EQ(errorsOf("Save"), "Couldn't write /nowhere/pipe.zedra\n");
+    EXPECT_THAT(recording::callsOf("Sentence"), ElementsAre("Sentence(Couldn't write /nowhere/pipe.zedra)"));
     expectFlags(true);
 }
 

@@ -1,6 +1,7 @@
 #include "RunFixture.h"
 
 #include "run/RunListener.h"
+#include "run/announce/Announcement.h"
 #include "run/announce/RuntimeFolder.h"
 
 #include <velmorak/Histogram.h>
@@ -11,7 +12,9 @@
 
 #include <sys/stat.h>
 
+#include <chrono>
 #include <optional>
+#include <thread>
 
 namespace velmorak::test {
 namespace {
@@ -266,6 +269,24 @@ TEST_F(AnnouncedResults, areNotMadeWhenNobodyLooks) {
     EXPECT_FALSE(wasShown);
     EXPECT_EQ(fill.prepared, 1);
     EXPECT_FALSE(isLookedAt(runtimeFolder()));
+}
+
+/// The time until results may be made again, after making them has taken so long.
+std::chrono::milliseconds pauseAfter(Announcement& announcement, std::chrono::milliseconds spent) {
+    const auto begin = std::chrono::steady_clock::now();
+    announcement.looked({}, spent);
+    while (!announcement.isLookDue()) {
+        std::this_thread::yield();
+    }
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
+}
+
+TEST_F(AnnouncedResults, areMadeAtMostTwiceASecondAndForTwoPercentOfTheTime) {
+    noteLook(runtimeFolder());
+    const std::unique_ptr<Announcement> announcement = Announcement::begin();
+    announcement->began(pipeline, 1);
+    EXPECT_GE(pauseAfter(*announcement, std::chrono::milliseconds(0)), std::chrono::milliseconds(500));
+    EXPECT_GE(pauseAfter(*announcement, std::chrono::milliseconds(20)), std::chrono::milliseconds(1000));
 }
 
 TEST_F(AnnouncedResults, endSomeSecondsAfterTheLastLook) {

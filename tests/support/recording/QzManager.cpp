@@ -2,6 +2,8 @@
 #include "Plugin.h"
 #include "State.h"
 
+#include <QzSentence.h>
+
 #include <algorithm>
 #include <sstream>
 
@@ -210,4 +212,10 @@ int QzManager::IndexOf(const std::string& name) {
     note(false, "IndexOf", name);
     const std::size_t position = positionOf(*this, name);
     return position < plugins.size() ? static_cast<int>(position) : -1;
+}
+
+extern "C" __attribute__((visibility("default"))) QzSentenceFunction QzSentence;
+
+void QzSentence(const char* sentence) {
+    note(false, "Sentence", sentence);
 }

@@ -46,11 +46,18 @@ function choose(id, isByUser) {
     show();
 }
 
+/* The runs of a scan differ in their settings. */
+function runButton(run) {
+    const settings = (run.began.settings || []).join(", ");
+    return element("button", {type: "button", "data-name": run.id, "aria-current": String(run.id === page.chosen),
+                              onclick: () => choose(run.id, true)},
+        element("span", {class: "name"}, titleOfRun(run)), stateElement(stateOfRun(run)),
+        element("span", {class: "quiet"}, " " + (run.isFolder ? text("Results folder") : new Date(run.began.time).toLocaleTimeString(locale))),
+        settings === "" ? null : element("span", {class: "settings quiet", title: settings}, shortened(settings, 60)));
+}
+
 function runList(all) {
-    return [element("h2", {}, text("Runs"))].concat(all.map((run) => element("button", {
-        type: "button", "data-name": run.id, "aria-current": String(run.id === page.chosen), onclick: () => choose(run.id, true)
-    }, element("span", {class: "name"}, titleOfRun(run)), stateElement(stateOfRun(run)),
-        element("span", {class: "quiet"}, " " + (run.isFolder ? text("Results folder") : new Date(run.began.time).toLocaleTimeString(locale))))));
+    return [element("h2", {}, text("Runs")), ...all.map(runButton)];
 }
 
 function jobList() {

@@ -275,14 +275,15 @@ function picturesSection(run) {
             best.set(base, file);
         }
     }
-    const pages = run.files.filter((file) => file.name.endsWith(".html") && !isFormer(file));
+    const isPage = (name) => name.endsWith(".html") || (name.endsWith(".pdf") && !best.has(name.replace(/\.[^.]*$/, "")));
+    const pages = run.files.filter((file) => isPage(file.name) && !isFormer(file));
     if (best.size === 0 && pages.length === 0) {
         return [];
     }
     const link = (file, label) => element("a", {href: addressOf(run, file), target: "_blank", rel: "noopener"}, label);
     const figures = [...best.values()].map((file) => element("figure", {},
         element("figcaption", {}, element("span", {class: "title"}, link(file, file.name))),
-        element("img", {loading: "lazy", alt: file.name, src: `${addressOf(run, file)}?${file.time}`})));
+        element("img", {loading: "lazy", decoding: "async", alt: file.name, src: `${addressOf(run, file)}?${file.time}`})));
     return [heading("Pictures"), ...pages.map((file) => element("p", {}, link(file, file.name))), element("div", {class: "grid"}, figures)];
 }
 
