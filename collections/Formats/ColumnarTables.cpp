@@ -28,8 +28,9 @@ struct Columnar {
 constexpr const char* missingValues = R"(
 A missing value is NaN in a column of reals and an empty text in one of texts; a missing list is an empty list. A column
 of integers or booleans in which values may be missing is read as reals, with 0 and 1 for booleans; the file says which
-ones those are. A list of lists is flattened into one list for each row, the values of a structure become columns with a dot
-in their names, and a map becomes two lists, `name.key` and `name.value`.
+ones those are. A list of lists is flattened into one list for each row, with two more that say how it is nested,
+`name.count` and `name.row`. The values of a structure become columns with a dot in their names, and a map becomes two
+lists, `name.key` and `name.value`.
 
 Columns that cannot be read are left out, with one warning that names them; if `columns` names one, the run fails with the reason.)";
 

@@ -13,6 +13,8 @@
 namespace velmorak::arrow {
 namespace {
 
+using Part = columnar::NestedColumn::Part;
+
 constexpr std::size_t maxBufferBytes = std::size_t{1} << 30U;
 constexpr std::size_t maxDictionaryBytes = std::size_t{256} << 20U;
 /// A dictionary is kept for all rows.
@@ -28,7 +30,8 @@ ArrowColumns::ArrowColumns(const std::filesystem::path& path)
     : file(path), firstRows{0}, buffers(maxBufferBytes), dictionaries(maxDictionaryBytes) {
     try {
         messages = readMessages(file);
-        all = leavesOf(messages.fields, messages.hasUnionValidity);
+        leaves = leavesOf(messages.fields, messages.hasUnionValidity);
+        columns = columnsOf(leaves);
         for (const Batch& batch : messages.batches) {
             firstRows.push_back(firstRows.back() + batch.rows);
             if (firstRows.back() > std::uint64_t{1} << 50U) {
@@ -53,7 +56,11 @@ bool ArrowColumns::hasMissing(const Leaf& leaf) const {
 }
 
 ColumnInfo ArrowColumns::info(std::size_t position) const {
-    const Leaf& leaf = all[position];
+    const columnar::NestedColumn& column = columns[position];
+    if (column.part != Part::Values) {
+        return {column.name, ColumnType::Integer, true};
+    }
+    const Leaf& leaf = leaves[column.leaf];
     ColumnInfo info{leaf.name, leaf.type, leaf.isList(), leaf.unit};
     const bool isNumber = info.type != ColumnType::Text && leaf.complaint.empty();
     if (isNumber && (leaf.dictionary || hasMissing(leaf))) {
@@ -63,7 +70,7 @@ ColumnInfo ArrowColumns::info(std::size_t position) const {
 }
 
 ColumnPtr ArrowColumns::read(std::size_t position, ColumnType type, std::uint64_t first, std::uint64_t rows) const {
-    auto target = std::make_shared<Column>(columnar::emptyColumn(type, all[position].isList()));
+    auto target = std::make_shared<Column>(columnar::emptyColumn(type, leaves[columns[position].leaf].isList()));
     const auto after = std::upper_bound(firstRows.begin(), firstRows.end(), first);
     auto batch = static_cast<std::size_t>(after - firstRows.begin()) - 1;
     for (; batch + 1 < firstRows.size() && firstRows[batch] < first + rows; ++batch) {
@@ -84,7 +91,7 @@ ColumnPtr ArrowColumns::read(std::size_t position, ColumnType type, std::uint64_
             }
         } catch (const Failure& failure) {
             throw Failure(fmt::format("{}: the column {} is damaged in batch {}: {}", file.path().string(),
-                                      all[position].name, batch, failure.what()));
+                                      columns[position].name, batch, failure.what()));
         }
     }
     return target;
@@ -92,9 +99,21 @@ ColumnPtr ArrowColumns::read(std::size_t position, ColumnType type, std::uint64_
 
 Column ArrowColumns::readBatch(std::size_t position, ColumnType type, std::size_t batch, std::uint64_t first,
                                std::uint64_t last) const {
-    const Leaf& leaf = all[position];
+    const columnar::NestedColumn& wanted = columns[position];
+    const Leaf& leaf = leaves[wanted.leaf];
     const BatchBuffers parts(file, messages.batches[batch], batch, last - first, buffers);
-    Elements elements = elementsOf(leaf, parts, first, last);
+    if (wanted.part == Part::Values) {
+        return valuesIn(leaf, type, batch, parts, elementsOf(leaf, parts, first, last));
+    }
+    Column lists = listsOf(wanted, leaf, parts, first, last);
+    if (type == ColumnType::Real) {
+        lists.values = Column::Reals(lists.integers().begin(), lists.integers().end());
+    }
+    return lists;
+}
+
+Column ArrowColumns::valuesIn(const Leaf& leaf, ColumnType type, std::size_t batch, const BatchBuffers& parts,
+                              Elements&& elements) const {
     Column column = leaf.dictionary ? lookUp(leaf, positionsOf(leaf, parts, elements), batch, type, elements)
                                     : valuesOf(leaf, parts, elements, type);
     columnar::clearMissing(elements.isPresent, column);

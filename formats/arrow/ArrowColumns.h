@@ -16,10 +16,10 @@ public:
 
     const std::filesystem::path& path() const override { return file.path(); }
     std::uint64_t rows() const override { return firstRows.back(); }
-    std::size_t size() const override { return all.size(); }
+    std::size_t size() const override { return columns.size(); }
     /// Values of integer and boolean columns are real if some are missing.
     ColumnInfo info(std::size_t position) const override;
-    const std::string& complaint(std::size_t position) const override { return all[position].complaint; }
+    const std::string& complaint(std::size_t position) const override { return columns[position].complaint; }
     ColumnPtr read(std::size_t position, ColumnType type, std::uint64_t first, std::uint64_t rows) const override;
 
     std::size_t batches() const { return messages.batches.size(); }
@@ -35,6 +35,8 @@ private:
     bool hasMissing(const Leaf& leaf) const;
     Column readBatch(std::size_t position, ColumnType type, std::size_t batch, std::uint64_t first,
                      std::uint64_t last) const;
+    Column valuesIn(const Leaf& leaf, ColumnType type, std::size_t batch, const BatchBuffers& parts,
+                    Elements&& elements) const;
     Column lookUp(const Leaf& leaf, const std::vector<std::int64_t>& positions, std::size_t batch, ColumnType type,
                   Elements& elements) const;
     std::shared_ptr<const Values> dictionary(const Leaf& leaf, std::size_t batch, ColumnType type) const;
@@ -42,7 +44,8 @@ private:
 
     columnar::FileBytes file;
     Messages messages;
-    std::vector<Leaf> all;
+    std::vector<Leaf> leaves;
+    std::vector<columnar::NestedColumn> columns;
     std::vector<std::uint64_t> firstRows;  ///< Of each batch; at the end, the number of all rows.
     mutable BufferCache buffers;
     mutable columnar::PartCache<Values> dictionaries;

@@ -4,6 +4,7 @@
 #include <zstd.h>
 
 #include <limits>
+#include <numeric>
 #include <string>
 
 namespace velmorak::arrow {
@@ -39,6 +40,11 @@ bool unpackZstd(Bytes packed, Block& target) {
 }
 
 }  // namespace
+
+std::uint64_t BatchBuffers::bytes() const {
+    return std::accumulate(batch.buffers.begin(), batch.buffers.end(), std::uint64_t{0},
+                           [](std::uint64_t sum, const Buffer& buffer) { return sum + buffer.bytes; });
+}
 
 const Buffer& BatchBuffers::at(std::size_t buffer) const {
     if (buffer >= batch.buffers.size()) {

@@ -35,6 +35,8 @@ public:
         : file(file), batch(batch), number(number), rows(rows), cache(cache) {}
 
     const Batch& contents() const { return batch; }
+    /// In the file.
+    std::uint64_t bytes() const;
     /// @throws Failure if there is no such buffer, or it is shorter or damaged.
     Piece read(std::size_t buffer, std::uint64_t first, std::uint64_t count) const;
     /// Copies bytes to memory that the caller has taken after check.

@@ -1,6 +1,9 @@
 #include "arrow/Elements.h"
 
+#include "columnar/Columns.h"
+
 #include <algorithm>
+#include <utility>
 
 namespace velmorak::arrow {
 namespace {
@@ -92,11 +95,16 @@ std::uint64_t ListBounds::at(std::uint64_t element) const {
     return static_cast<std::uint64_t>(offset);
 }
 
-/// Replaces lists with their elements. A missing list has none.
-Elements enterList(const Level& level, const BatchBuffers& buffers, const Elements& lists) {
-    Elements inside;
-    std::vector<std::uint64_t> ends{0};  // Of each list in all elements.
-    ends.reserve(lists.size + 1);
+/// The elements of lists.
+struct Inside {
+    Elements elements;
+    std::vector<std::uint64_t> ends{0};  ///< Of each list in all elements, after a 0.
+};
+
+/// A missing list has no elements.
+Inside enterLists(const Level& level, const BatchBuffers& buffers, const Elements& lists) {
+    Inside inside;
+    inside.ends.reserve(lists.size + 1);
     std::size_t next = 0;
     for (const Elements::Range& range : lists.ranges) {
         const ListBounds bounds(level, buffers, range);
@@ -107,15 +115,37 @@ Elements enterList(const Level& level, const BatchBuffers& buffers, const Elemen
                 throw Failure("the offsets of a list do not ascend");
             }
             const bool isThere = lists.isPresent.empty() || lists.isPresent[next] != 0;
-            append(inside.ranges, first, isThere ? last : first);
-            ends.push_back(ends.back() + (isThere ? last - first : 0));
+            append(inside.elements.ranges, first, isThere ? last : first);
+            inside.ends.push_back(inside.ends.back() + (isThere ? last - first : 0));
         }
     }
-    inside.size = ends.back();
+    inside.elements.size = inside.ends.back();
     for (const std::uint64_t offset : lists.offsets) {
-        inside.offsets.push_back(ends[offset]);
+        inside.elements.offsets.push_back(inside.ends[offset]);
     }
+    columnar::checkListValues(inside.elements.size, buffers.bytes());
     return inside;
+}
+
+/// Descends from rows [first, last) of a batch to the array of a level.
+Elements descend(const Leaf& leaf, std::size_t level, const BatchBuffers& buffers, std::uint64_t first,
+                 std::uint64_t last) {
+    Elements elements;
+    append(elements.ranges, first, last);
+    elements.size = last - first;
+    for (std::uint64_t i = first; i <= last && leaf.isList(); ++i) {
+        elements.offsets.push_back(i - first);
+    }
+    for (std::size_t i = 0;; ++i) {
+        checkRanges(elements, nodeOf(leaf.levels[i], buffers.contents()).length);
+        applyValidity(leaf.levels[i], buffers, elements);
+        if (i == level) {
+            return elements;
+        }
+        if (isList(leaf.levels[i].type.type)) {
+            elements = enterLists(leaf.levels[i], buffers, elements).elements;
+        }
+    }
 }
 
 }  // namespace
@@ -141,24 +171,28 @@ bool mayHaveNulls(const Level& level, const Batch& batch) {
 }
 
 Elements elementsOf(const Leaf& leaf, const BatchBuffers& buffers, std::uint64_t first, std::uint64_t last) {
-    constexpr std::uint64_t maxElements = std::uint64_t{1} << 31U;
-    Elements elements;
-    append(elements.ranges, first, last);
-    elements.size = last - first;
-    for (std::uint64_t i = first; i <= last && leaf.isList(); ++i) {
-        elements.offsets.push_back(i - first);
-    }
-    for (const Level& level : leaf.levels) {
-        checkRanges(elements, nodeOf(level, buffers.contents()).length);
-        applyValidity(level, buffers, elements);
-        if (isList(level.type.type)) {
-            elements = enterList(level, buffers, elements);
+    return descend(leaf, leaf.levels.size() - 1, buffers, first, last);
+}
+
+Column listsOf(const columnar::NestedColumn& column, const Leaf& leaf, const BatchBuffers& buffers, std::uint64_t first,
+               std::uint64_t last) {
+    const std::size_t level = leaf.levelOf(column.list);
+    const Elements lists = descend(leaf, level, buffers, first, last);
+    Inside inside = enterLists(leaf.levels[level], buffers, lists);
+    Column::Integers values;
+    if (column.part == columnar::NestedColumn::Part::Counts) {
+        for (std::size_t i = 0; i < lists.size; ++i) {
+            values.push_back(static_cast<std::int64_t>(inside.ends[i + 1] - inside.ends[i]));
         }
-        if (elements.size > maxElements) {
-            throw Failure("lists have more elements than they can");
+        return {.values = std::move(values), .offsets = lists.offsets};
+    }
+    for (std::size_t row = 0; row + 1 < lists.offsets.size(); ++row) {
+        for (std::uint64_t i = lists.offsets[row]; i < lists.offsets[row + 1]; ++i) {
+            values.insert(values.end(), inside.ends[i + 1] - inside.ends[i],
+                          static_cast<std::int64_t>(i - lists.offsets[row]));
         }
     }
-    return elements;
+    return {.values = std::move(values), .offsets = std::move(inside.elements.offsets)};
 }
 
 }  // namespace velmorak::arrow

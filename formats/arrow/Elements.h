@@ -28,6 +28,12 @@ bool mayHaveNulls(const Level& level, const Batch& batch);
 /// @throws Failure if the arrays are damaged.
 Elements elementsOf(const Leaf& leaf, const BatchBuffers& buffers, std::uint64_t first, std::uint64_t last);
 
+/// The lengths of lists within lists, or for each of their elements the position of its list in the row.
+/// @param column of counts or rows of the leaf.
+/// @throws Failure if the arrays are damaged.
+Column listsOf(const columnar::NestedColumn& column, const Leaf& leaf, const BatchBuffers& buffers, std::uint64_t first,
+               std::uint64_t last);
+
 /// The values of those elements, as the leaf's own array has them; where one is missing, anything.
 /// @param type of the column: leaf.type, or real.
 /// @throws Failure if the arrays are damaged.

@@ -18,13 +18,13 @@ public:
 
 private:
     void visitChildren(const Field& field, const std::string& name, const Leaf& path);
+    static std::string nameOf(const Field& field, std::size_t child, const std::string& name, const Leaf& path);
     std::size_t bufferCount(const Field& field) const;
 
     bool hasUnionValidity;
     std::size_t node = 0;
     std::size_t buffer = 0;
     std::size_t views = 0;
-    std::size_t lists = 0;
     std::vector<Leaf> found;
 };
 
@@ -70,6 +70,8 @@ std::string complaintAbout(const Field& field) {
         case Type::ListView:
         case Type::LargeListView:
             return "list views cannot be read";
+        case Type::FixedSizeList:
+            return type.listSize == 0 ? "its lists have no elements, or an impossible number" : "";
         case Type::Interval:
             return "intervals of months, days and nanoseconds cannot be read";
         case Type::Null:
@@ -107,7 +109,10 @@ bool isTime(Type type) {
 
 void Walk::visit(const Field& field, const std::string& name, const Leaf& above) {
     Leaf leaf = above;
-    leaf.levels.push_back({field.type, node, buffer, views, lists});
+    leaf.levels.push_back({field.type, node, buffer, views});
+    if (isList(field.type.type) && !field.dictionary) {
+        leaf.lists.push_back({.id = node, .name = name});
+    }
     ++node;
     buffer += bufferCount(field);
     views += field.type.isView() && !field.dictionary ? 1 : 0;
@@ -128,14 +133,24 @@ void Walk::visit(const Field& field, const std::string& name, const Leaf& above)
     found.push_back(std::move(leaf));
 }
 
-/// The element of a list, and the pairs of a map, have no names of their own.
 void Walk::visitChildren(const Field& field, const std::string& name, const Leaf& path) {
-    const bool hasNames = !isList(field.type.type);
-    lists += isList(field.type.type) ? 1 : 0;
-    for (const Field& child : field.children) {
-        visit(child, hasNames ? name + "." + child.name : name, path);
+    for (std::size_t i = 0; i < field.children.size(); ++i) {
+        visit(field.children[i], nameOf(field, i, name, path), path);
     }
-    lists -= isList(field.type.type) ? 1 : 0;
+}
+
+/// The element of a list, and the pairs of a map, have no names of their own; files have different names for keys and
+/// values.
+std::string Walk::nameOf(const Field& field, std::size_t child, const std::string& name, const Leaf& path) {
+    if (isList(field.type.type)) {
+        return name;
+    }
+    const std::size_t depth = path.levels.size();
+    const bool arePairs = depth > 1 && path.levels[depth - 2].type.type == Type::Map;
+    if (arePairs && child < 2) {
+        return name + (child == 0 ? ".key" : ".value");
+    }
+    return name + "." + field.children[child].name;
 }
 
 void makeUnique(std::vector<Leaf>& leaves) {
@@ -155,8 +170,9 @@ bool isList(Type type) {
     return type == Type::List || type == Type::LargeList || type == Type::FixedSizeList || type == Type::Map;
 }
 
-bool Leaf::isList() const {
-    return std::any_of(levels.begin(), levels.end(), [](const Level& level) { return arrow::isList(level.type.type); });
+std::size_t Leaf::levelOf(std::size_t list) const {
+    const auto level = std::ranges::find(levels, lists[list].id, &Level::node);
+    return static_cast<std::size_t>(level - levels.begin());
 }
 
 std::vector<Leaf> leavesOf(const std::vector<Field>& fields, bool hasUnionValidity) {
@@ -169,9 +185,18 @@ std::vector<Leaf> leavesOf(const std::vector<Field>& fields, bool hasUnionValidi
     return leaves;
 }
 
+std::vector<columnar::NestedColumn> columnsOf(const std::vector<Leaf>& leaves) {
+    std::vector<columnar::LeafPlace> places;
+    for (const Leaf& leaf : leaves) {
+        places.push_back({.name = leaf.name, .complaint = leaf.complaint, .lists = leaf.lists});
+    }
+    return columnar::nestedColumns(places);
+}
+
 Leaf dictionaryLeaf(const Leaf& leaf) {
     Leaf values = leaf;
     values.levels = {Level{leaf.valueType()}};
+    values.lists.clear();
     values.dictionary.reset();
     return values;
 }

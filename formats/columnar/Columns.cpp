@@ -2,6 +2,8 @@
 
 #include <velmorak/Failure.h>
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <limits>
 #include <type_traits>
@@ -102,6 +104,16 @@ void clearMissing(const std::vector<std::uint8_t>& isPresent, Column& column) {
             }
         },
         column.values);
+}
+
+void checkListValues(std::uint64_t count, std::uint64_t bytes) {
+    constexpr std::uint64_t always = std::uint64_t{1} << 27U;
+    constexpr std::uint64_t most = std::uint64_t{1} << 31U;
+    constexpr std::uint64_t mostPerByte = 64;
+    if (count > most || (count > always && count / mostPerByte > bytes)) {
+        throw Failure(
+            fmt::format("the lists of a chunk of rows have {} values in {} bytes, which are too many", count, bytes));
+    }
 }
 
 std::string listOf(const std::vector<std::string>& names) {

@@ -3,6 +3,7 @@
 #include <velmorak/Table.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,12 @@ Column spread(Column&& dense, const std::vector<std::uint8_t>& isPresent);
 /// @param isPresent by value; empty if all are.
 /// @throws Failure where an integer or a boolean is missing.
 void clearMissing(const std::vector<std::uint8_t>& isPresent, Column& column);
+
+/// Checks the number of values in the lists of some rows before memory is taken: a few bytes may describe any number of
+/// equal or missing values.
+/// @param bytes that they take in the file, or more.
+/// @throws Failure if so many values cannot be kept in memory, or would take more than their bytes justify.
+void checkListValues(std::uint64_t count, std::uint64_t bytes);
 
 /// The first names in double quotes, and the number of further ones.
 std::string listOf(const std::vector<std::string>& names);

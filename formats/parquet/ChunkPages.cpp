@@ -84,7 +84,7 @@ std::size_t ChunkPages::bytes() const {
 }
 
 ChunkPages findPages(const columnar::FileBytes& file, const Leaf& leaf, const ColumnChunk& chunk, std::uint64_t rows,
-                     ColumnType type) {
+                     std::optional<ColumnType> type) {
     checkChunk(leaf, chunk, rows);
     const PageReader reader(file, leaf, chunk.codec);
     HeaderWindow headers(file);
@@ -99,8 +99,8 @@ ChunkPages findPages(const columnar::FileBytes& file, const Leaf& leaf, const Co
         if (spot.header.values > maxPageValues || position > file.size()) {
             throw Failure("a page is larger than it can be");
         }
-        if (spot.header.type == PageHeader::Type::Dictionary && !found.dictionary) {
-            found.dictionary = std::make_shared<const Column>(reader.dictionary(spot, type));
+        if (spot.header.type == PageHeader::Type::Dictionary && type && !found.dictionary) {
+            found.dictionary = std::make_shared<const Column>(reader.dictionary(spot, *type));
         } else if (spot.header.isData()) {
             values += spot.header.values;
             reader.countRows(spot);

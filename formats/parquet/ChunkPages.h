@@ -13,9 +13,9 @@ struct ChunkPages {
 };
 
 /// Reads the headers of the pages.
-/// @param type of the dictionary's values.
+/// @param type of the dictionary's values; nothing if they are not needed.
 /// @throws Failure if the pages are damaged or have other rows than the row group.
 ChunkPages findPages(const columnar::FileBytes& file, const Leaf& leaf, const ColumnChunk& chunk, std::uint64_t rows,
-                     ColumnType type);
+                     std::optional<ColumnType> type);
 
 }  // namespace velmorak::parquet

@@ -15,8 +15,8 @@ struct PathState {
     std::string name;
     std::string fullName;
     unsigned definition = 0;
-    unsigned repetition = 0;
-    unsigned elementDefinition = 0;
+    std::vector<columnar::ListPlace> lists;
+    std::vector<unsigned> elementDefinitions;
     unsigned depth = 0;
 };
 
@@ -27,16 +27,15 @@ public:
     std::vector<Leaf> leaves();
 
 private:
-    enum class Naming { Own, Inherited };
-
-    void visit(const PathState& above, Naming naming);
+    /// @param name of the element in the names of columns; empty if it has none.
+    void visit(const PathState& above, std::string_view name);
     void visitChildren(const SchemaElement& element, const PathState& place);
     void visitList(const PathState& place);
     void visitMap(const PathState& place);
     void addLeaf(const SchemaElement& element, const PathState& place);
     const SchemaElement& take();
     const SchemaElement& peek(std::size_t ahead = 0) const;
-    PathState enter(const SchemaElement& element, const PathState& above, Naming naming) const;
+    PathState enter(const SchemaElement& element, const PathState& above, std::string_view name) const;
 
     const std::vector<SchemaElement>& schema;
     std::size_t next = 0;
@@ -59,7 +58,7 @@ const SchemaElement& Walk::take() {
 std::vector<Leaf> Walk::leaves() {
     const SchemaElement& root = take();
     for (std::int32_t i = 0; i < root.children; ++i) {
-        visit({}, Naming::Own);
+        visit({}, peek().name);
     }
     if (next != schema.size()) {
         throw Failure("its schema has more columns than it says");
@@ -67,18 +66,18 @@ std::vector<Leaf> Walk::leaves() {
     return std::move(found);
 }
 
-PathState Walk::enter(const SchemaElement& element, const PathState& above, Naming naming) const {
+PathState Walk::enter(const SchemaElement& element, const PathState& above, std::string_view name) const {
     PathState place = above;
     place.fullName += (above.fullName.empty() ? "" : ".") + element.name;
-    if (naming == Naming::Own) {
-        place.name += (above.name.empty() ? "" : ".") + element.name;
+    if (!name.empty()) {
+        place.name += (above.name.empty() ? "" : ".") + std::string(name);
     }
     if (element.repetition != Repetition::Required) {
         ++place.definition;
     }
     if (element.repetition == Repetition::Repeated) {
-        ++place.repetition;
-        place.elementDefinition = place.definition;
+        place.lists.push_back({.id = next, .name = place.name});
+        place.elementDefinitions.push_back(place.definition);
     }
     if (++place.depth > maxDepth) {
         throw Failure("its schema is nested too deeply");
@@ -86,9 +85,9 @@ PathState Walk::enter(const SchemaElement& element, const PathState& above, Nami
     return place;
 }
 
-void Walk::visit(const PathState& above, Naming naming) {
+void Walk::visit(const PathState& above, std::string_view name) {
     const SchemaElement& element = take();
-    const PathState place = enter(element, above, naming);
+    const PathState place = enter(element, above, name);
     if (element.type) {
         addLeaf(element, place);
         return;
@@ -108,7 +107,7 @@ void Walk::visit(const PathState& above, Naming naming) {
 
 void Walk::visitChildren(const SchemaElement& element, const PathState& place) {
     for (std::int32_t i = 0; i < element.children; ++i) {
-        visit(place, Naming::Own);
+        visit(place, peek().name);
     }
 }
 
@@ -119,21 +118,24 @@ void Walk::visitList(const PathState& place) {
                        repeated.name.ends_with("_tuple") || peek(1).repetition == Repetition::Repeated ||
                        repeated.meaning == Meaning::List;
     if (isOld) {
-        visit(place, Naming::Inherited);
+        visit(place, {});
         return;
     }
     take();
-    visit(enter(repeated, place, Naming::Inherited), Naming::Inherited);
+    visit(enter(repeated, place, {}), {});
 }
 
+/// Files have different names for keys and values.
 void Walk::visitMap(const PathState& place) {
     const SchemaElement& repeated = take();
-    const PathState inside = enter(repeated, place, Naming::Inherited);
+    const PathState inside = enter(repeated, place, {});
     if (repeated.type) {
         addLeaf(repeated, inside);
         return;
     }
-    visitChildren(repeated, inside);
+    for (std::int32_t i = 0; i < repeated.children; ++i) {
+        visit(inside, i == 0 ? "key" : i == 1 ? "value" : peek().name);
+    }
 }
 
 ColumnType typeOf(const SchemaElement& element) {
@@ -179,8 +181,9 @@ void Walk::addLeaf(const SchemaElement& element, const PathState& place) {
     leaf.fullName = place.fullName;
     leaf.element = element;
     leaf.maxDefinition = place.definition;
-    leaf.maxRepetition = place.repetition;
-    leaf.elementDefinition = place.elementDefinition;
+    leaf.maxRepetition = static_cast<unsigned>(place.lists.size());
+    leaf.lists = place.lists;
+    leaf.elementDefinitions = place.elementDefinitions;
     leaf.type = typeOf(element);
     leaf.complaint = complaintAbout(element);
     found.push_back(std::move(leaf));
@@ -209,6 +212,14 @@ std::vector<Leaf> leavesOf(const std::vector<SchemaElement>& schema) {
     std::vector<Leaf> leaves = Walk(schema).leaves();
     makeUnique(leaves);
     return leaves;
+}
+
+std::vector<columnar::NestedColumn> columnsOf(const std::vector<Leaf>& leaves) {
+    std::vector<columnar::LeafPlace> places;
+    for (const Leaf& leaf : leaves) {
+        places.push_back({.name = leaf.name, .complaint = leaf.complaint, .lists = leaf.lists});
+    }
+    return columnar::nestedColumns(places);
 }
 
 }  // namespace velmorak::parquet

@@ -26,6 +26,8 @@ struct PageReader::Content {
 
 namespace {
 
+constexpr const char* rowsDiffer = "a page does not have the rows that its header says";
+
 bool hasDictionary(Encoding encoding) {
     return encoding == Encoding::PlainDictionary || encoding == Encoding::RleDictionary;
 }
@@ -57,6 +59,10 @@ std::size_t DecodedPage::bytes() const {
     return bytesIn(column) + column.offsets.size() * sizeof(column.offsets[0]) + block.size();
 }
 
+std::size_t PageLevels::bytes() const {
+    return repetitions.size() + definitions.size() + rowStarts.size() * sizeof(rowStarts[0]);
+}
+
 columnar::Block PageReader::raw(const PageSpot& spot) const {
     constexpr std::uint32_t maxBytes = 1U << 30U;
     const PageHeader& header = spot.header;
@@ -81,26 +87,26 @@ Column PageReader::dictionary(const PageSpot& spot, ColumnType type) const {
     return decodeValues(leaf, Encoding::Plain, block.bytes(), header.values, type);
 }
 
-PageReader::Content PageReader::content(const PageSpot& spot) const {
+PageReader::Content PageReader::content(const PageSpot& spot, Needed needed) const {
     const PageHeader& header = spot.header;
     columnar::Block packed = raw(spot);
     if (header.type == PageHeader::Type::DataV2) {
-        return contentV2(spot, std::move(packed));
+        return contentV2(spot, std::move(packed), needed);
     }
     Content content;
     content.block = codec == Codec::None && packed.size() == header.unpackedBytes
                         ? std::move(packed)
                         : unpacked(codec, packed.bytes(), header.unpackedBytes);
     content.values = content.block.bytes();
-    content.repetitions = levels(content.values, header.repetitionEncoding, leaf.maxRepetition, header.values);
-    content.definitions = levels(content.values, header.definitionEncoding, leaf.maxDefinition, header.values);
+    content.repetitions = takeLevels(content.values, header.repetitionEncoding, leaf.maxRepetition, header.values);
+    content.definitions = takeLevels(content.values, header.definitionEncoding, leaf.maxDefinition, header.values);
     checkLevels(content.repetitions, leaf.maxRepetition);
     checkLevels(content.definitions, leaf.maxDefinition);
     return content;
 }
 
 /// The levels are not compressed.
-PageReader::Content PageReader::contentV2(const PageSpot& spot, columnar::Block&& packed) const {
+PageReader::Content PageReader::contentV2(const PageSpot& spot, columnar::Block&& packed, Needed needed) const {
     const PageHeader& header = spot.header;
     const std::size_t levelBytes = std::size_t{header.repetitionBytes} + header.definitionBytes;
     if (levelBytes > packed.size() || levelBytes > header.unpackedBytes) {
@@ -118,14 +124,16 @@ PageReader::Content PageReader::contentV2(const PageSpot& spot, columnar::Block&
     }
     checkLevels(content.repetitions, leaf.maxRepetition);
     checkLevels(content.definitions, leaf.maxDefinition);
+    if (needed == Needed::Levels) {
+        return content;
+    }
     const bool isPlain = !header.isPacked || codec == Codec::None;
     content.block = isPlain ? std::move(packed) : unpacked(codec, rest, header.unpackedBytes - levelBytes);
     content.values = isPlain ? content.block.bytes().subspan(levelBytes) : content.block.bytes();
     return content;
 }
 
-std::vector<std::uint8_t> PageReader::levels(Bytes& bytes, Encoding encoding, unsigned maximum,
-                                             std::size_t count) const {
+std::vector<std::uint8_t> PageReader::takeLevels(Bytes& bytes, Encoding encoding, unsigned maximum, std::size_t count) {
     constexpr std::size_t lengthBytes = 4;
     if (maximum == 0) {
         return {};
@@ -195,18 +203,33 @@ DecodedPage PageReader::list(const Content& content, const PageSpot& spot, const
         if (content.repetitions[i] == 0) {
             offsets.push_back(isPresent.size());
         }
-        if (content.definitions[i] >= leaf.elementDefinition) {
+        if (content.definitions[i] >= leaf.elementDefinition()) {
             const bool isThere = content.definitions[i] == leaf.maxDefinition;
             isPresent.push_back(isThere ? 1 : 0);
             present += isThere ? 1 : 0;
         }
     }
     if (offsets.size() != spot.rows) {
-        throw Failure("a page does not have the rows that its header says");
+        throw Failure(rowsDiffer);
     }
     offsets.push_back(isPresent.size());
     DecodedPage page{.column = columnar::spread(values(content, spot.header, present, dictionary, type), isPresent)};
     page.column.offsets = std::move(offsets);
+    return page;
+}
+
+PageLevels PageReader::levels(const PageSpot& spot) const {
+    Content parts = content(spot, Needed::Levels);
+    PageLevels page{.repetitions = std::move(parts.repetitions), .definitions = std::move(parts.definitions)};
+    for (std::size_t i = 0; i < page.repetitions.size(); ++i) {
+        if (page.repetitions[i] == 0) {
+            page.rowStarts.push_back(i);
+        }
+    }
+    if (page.rowStarts.size() != spot.rows) {
+        throw Failure(rowsDiffer);
+    }
+    page.rowStarts.push_back(page.repetitions.size());
     return page;
 }
 
@@ -219,7 +242,7 @@ void PageReader::countRows(PageSpot& spot) const {
         spot.rows = spot.header.rows;
         return;
     }
-    const Content parts = content(spot);
+    const Content parts = content(spot, Needed::Levels);
     const std::vector<std::uint8_t>& repetitions = parts.repetitions;
     spot.rows = static_cast<std::uint64_t>(std::count(repetitions.begin(), repetitions.end(), 0));
     spot.continues = !repetitions.empty() && repetitions[0] != 0;

@@ -28,6 +28,15 @@ struct DecodedPage {
     std::size_t bytes() const;
 };
 
+/// How the lists in a page are nested: levels of each value, also of those that are missing.
+struct PageLevels {
+    std::vector<std::uint8_t> repetitions{};
+    std::vector<std::uint8_t> definitions{};
+    std::vector<std::uint64_t> rowStarts{};  ///< Positions of the levels with which rows begin, and their number.
+
+    std::size_t bytes() const;
+};
+
 /// Reads pages of one column in one row group.
 class PageReader {
 public:
@@ -38,16 +47,19 @@ public:
     Column dictionary(const PageSpot& spot, ColumnType type) const;
     /// @param dictionary null if the column has none.
     DecodedPage page(const PageSpot& spot, const Column* dictionary, ColumnType type) const;
+    /// Of a column with lists.
+    PageLevels levels(const PageSpot& spot) const;
     /// Sets rows and continues of a page, for which its levels must be decoded unless its header tells them.
     void countRows(PageSpot& spot) const;
 
 private:
     struct Content;
+    enum class Needed { Levels, All };
 
-    Content content(const PageSpot& spot) const;
-    Content contentV2(const PageSpot& spot, columnar::Block&& raw) const;
+    Content content(const PageSpot& spot, Needed needed = Needed::All) const;
+    Content contentV2(const PageSpot& spot, columnar::Block&& raw, Needed needed) const;
     columnar::Block raw(const PageSpot& spot) const;
-    std::vector<std::uint8_t> levels(Bytes& bytes, Encoding encoding, unsigned maximum, std::size_t count) const;
+    static std::vector<std::uint8_t> takeLevels(Bytes& bytes, Encoding encoding, unsigned maximum, std::size_t count);
     Column values(const Content& content, const PageHeader& header, std::size_t count, const Column* dictionary,
                   ColumnType type) const;
     bool isStoredAsIs(const Content& content, const PageHeader& header, ColumnType type) const;

@@ -1,5 +1,6 @@
 #include <arrow/ArrowFile.h>
 
+#include "ExpectedColumns.h"
 #include "Npm.h"
 #include "ReadTable.h"
 
@@ -8,7 +9,6 @@
 #include <unistd.h>
 #include <nlohmann/json.hpp>
 
-#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -53,56 +53,6 @@ protected:
     fs::path file;
     Json values;
 };
-
-void compareValue(const Column& column, std::size_t i, const Json& expected) {
-    if (column.type() == ColumnType::Text) {
-        EXPECT_EQ(column.texts()[i], expected.is_null() ? "" : expected.get<std::string>());
-    } else if (column.type() == ColumnType::Integer) {
-        EXPECT_EQ(std::to_string(column.integers()[i]),
-                  expected.is_string() ? expected.get<std::string>() : expected.dump());
-    } else if (column.type() == ColumnType::Boolean) {
-        EXPECT_EQ(column.booleans()[i] != 0, expected.get<bool>());
-    } else if (expected.is_null() || expected == "NaN") {
-        EXPECT_TRUE(std::isnan(column.reals()[i]));
-    } else if (expected.is_string()) {
-        EXPECT_EQ(column.reals()[i], std::stod(expected.get<std::string>()));
-    } else {
-        EXPECT_EQ(column.reals()[i],
-                  expected.is_boolean() ? (expected.get<bool>() ? 1.0 : 0.0) : expected.get<double>());
-    }
-}
-
-/// The values of a row; those of lists in lists one after the other.
-void flatten(const Json& value, std::vector<Json>& values) {
-    if (value.is_array()) {
-        for (const Json& each : value) {
-            flatten(each, values);
-        }
-    } else {
-        values.push_back(value);
-    }
-}
-
-void compareColumn(const Column& column, const Json& rows) {
-    if (!column.isList()) {
-        ASSERT_EQ(column.valueCount(), rows.size());
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            compareValue(column, i, rows[i]);
-        }
-        return;
-    }
-    ASSERT_EQ(column.offsets.size(), rows.size() + 1);
-    for (std::size_t row = 0; row < rows.size(); ++row) {
-        std::vector<Json> expected;
-        if (!rows[row].is_null()) {
-            flatten(rows[row], expected);
-        }
-        ASSERT_EQ(column.offsets[row + 1] - column.offsets[row], expected.size()) << "row " << row;
-        for (std::size_t i = 0; i < expected.size(); ++i) {
-            compareValue(column, column.offsets[row] + i, expected[i]);
-        }
-    }
-}
 
 TEST_P(ArrowFiles, haveTheValuesThatApacheArrowWrote) {
     const ReadTable table = readFile(file);

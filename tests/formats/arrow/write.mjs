@@ -1,7 +1,8 @@
 // Writes a table of many types with the npm package apache-arrow: write.mjs FILE file|stream none|lz4|zstd BATCHES.
-// Prints what it has written: for each column its name and values, missing ones as null.
+// Prints what it has written: for each column of a table its name and values, missing ones as null.
 import { execFileSync } from "node:child_process";
 import { writeFileSync } from "node:fs";
+import { columnsOf, upTo } from "../support/columns.mjs";
 import { load } from "../../support/npm/load.mjs";
 
 const arrow = await load("apache-arrow");
@@ -40,7 +41,10 @@ function compressed(list) {
 
 const missing = (value, i) => (i % 7 === 3 ? null : value);
 const list = (type) => new arrow.List(new arrow.Field("item", type, true));
+const record = (fields) => new arrow.Struct(Object.entries(fields).map(([name, type]) => new arrow.Field(name, type, true)));
 const pair = new arrow.Struct([new arrow.Field("x", new arrow.Float64(), true), new arrow.Field("n", new arrow.Int16(), false)]);
+const pairs = new arrow.Field("entries", new arrow.Struct([
+    new arrow.Field("word", new arrow.Utf8(), false), new arrow.Field("hits", list(new arrow.Int32()), true)]), false);
 
 const columns = {
     i8: [new arrow.Int8(), (i) => (i % 256) - 128],
@@ -57,7 +61,14 @@ const columns = {
     day: [new arrow.DateDay(), (i) => new Date(86400000 * i)],
     stamp: [new arrow.TimestampMicrosecond(), (i) => 1700000000123 + i],
     reals: [list(new arrow.Float64()), (i) => missing(Array.from({ length: i % 4 }, (_, k) => missing(i + k / 2, i + k)), i)],
-    lists: [list(list(new arrow.Int32())), (i) => [[i, i + 1], [], [i + 2]].slice(0, i % 4)],
+    lists: [list(list(new arrow.Int32())), (i) => missing([[i, i + 1], missing([], i), [i + 2, missing(7, i + 1)]].slice(0, i % 4), i + 2)],
+    ups: [list(list(new arrow.Dictionary(new arrow.Utf8(), new arrow.Int16(), 2))), (i) => missing([upTo(i % 3, (k) => ["up", "down", null][k]), missing(["up"], i + 1)], i)],
+    deep: [list(list(list(new arrow.Int8()))), (i) => upTo(i % 3, (k) => missing(upTo(k + i % 2, (l) => missing(upTo(l, () => i), i + 1)), i))],
+    tracks: [list(record({ p: new arrow.Float64(), hits: list(new arrow.Int16()) })),
+        (i) => missing(upTo(i % 4, (k) => missing({ p: missing(i / 2, i + k), hits: missing(upTo(k, (l) => l), i + k + 1) }, i + k + 2)), i + 1)],
+    event: [record({ t: new arrow.Float32(), hits: list(new arrow.Float64()) }),
+        (i) => missing({ t: missing(i, i + 1), hits: missing(upTo(i % 3, (k) => missing(k, i + k)), i + 2) }, i)],
+    named: [new arrow.Map_(pairs), (i) => missing(new Map(upTo(i % 3, (k) => ["w" + k, missing(upTo(k, () => i), i + k)])), i)],
     pair: [pair, (i) => ({ x: missing(i / 8, i), n: i })],
     nothing: [new arrow.Null(), () => null],
 };
@@ -74,9 +85,18 @@ const plain = (value) => {
     if (typeof value === "bigint") return value.toString();
     if (value instanceof Date) return value.getTime() / 1000;
     if (typeof value === "number" && isNaN(value)) return "NaN";
-    if (Array.isArray(value)) return value.map(plain);
     return value ?? null;
 };
+
+// What columns.mjs knows of a type.
+function described(type) {
+    if (arrow.DataType.isStruct(type)) {
+        return { record: Object.fromEntries(type.children.map((field) => [field.name, described(field.type)])) };
+    }
+    if (arrow.DataType.isMap(type)) return { map: type.children[0].type.children.map((field) => described(field.type)) };
+    if (arrow.DataType.isList(type)) return { list: described(type.children[0].type) };
+    return { leaf: arrow.DataType.isTimestamp(type) ? (value) => value / 1000 : plain };
+}
 
 // One vector of each column for all rows, cut into batches, so that they share their dictionaries.
 const rows = rowsOfBatch * Math.max(1, Number(batches));
@@ -97,15 +117,7 @@ writer.finish();
 writeFileSync(target, writer.toUint8Array(true));
 
 const values = {};
-for (const [name, [, make]] of Object.entries(columns)) {
-    const list = Array.from({ length: rowsOfBatch * Number(batches) }, (_, i) => make(i));
-    if (name === "pair") {
-        values["pair.x"] = list.map((each) => plain(each.x));
-        values["pair.n"] = list.map((each) => plain(each.n));
-    } else if (name === "stamp") {
-        values[name] = list.map((each) => each / 1000);
-    } else {
-        values[name] = list.map(plain);
-    }
+for (const [name, [type, make]] of Object.entries(columns)) {
+    Object.assign(values, columnsOf(described(type), name, upTo(rowsOfBatch * Number(batches), (i) => [make(i)])));
 }
 console.log(JSON.stringify(values));

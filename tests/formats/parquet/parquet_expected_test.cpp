@@ -112,6 +112,12 @@ bool isMissing(const Column& column, std::size_t position) {
                                                : false;
 }
 
+/// Whether a column says how lists are nested, which the other reader tells by the values.
+bool tellsLists(const std::string& name, const Column& column) {
+    return column.isList() && column.type() == ColumnType::Integer &&
+           (name.ends_with(".count") || name.ends_with(".row"));
+}
+
 /// @return the row's values that are not missing, or of which the other reader says NaN or nothing.
 void compareRow(const ReadTable& table, const std::string& name, std::size_t row, const Json& expected,
                 const std::string& where) {
@@ -162,6 +168,9 @@ void compareFile(const fs::path& folder, const Json& expected) {
     for (const auto& [name, column] : table.columns) {
         const std::string where = file + " " + name;
         ASSERT_EQ(column.isList() ? column.offsets.size() - 1 : column.valueCount(), table.rows) << where;
+        if (tellsLists(name, column)) {
+            continue;
+        }
         for (std::size_t row = 0; row < firstRows.size(); ++row) {
             compareRow(table, name, row, firstRows[row], where);
         }
