@@ -61,6 +61,7 @@ Catalogue::SearchPath searchPath() {
     }
     const fs::path library = libraryFolder();
     search.collections.push_back(library / "collections");
+    search.isolation = isolationConfigFromEnvironment(libraryFile());
     search.examples.push_back((library / VELMORAK_SHARE_FROM_LIB / "examples").lexically_normal());
     return search;
 }

@@ -85,12 +85,16 @@ std::string readWholeFile(const fs::path& file) {
     return content.get();
 }
 
-fs::path libraryFolder() {
+fs::path libraryFile() {
     Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(&libraryFolder), &info) == 0 || !info.dli_fname) {
+    if (dladdr(reinterpret_cast<const void*>(&libraryFile), &info) == 0 || !info.dli_fname) {
         return {};
     }
-    return resolved(info.dli_fname).parent_path();
+    return resolved(info.dli_fname);
+}
+
+fs::path libraryFolder() {
+    return libraryFile().parent_path();
 }
 
 fs::path resolved(const fs::path& path) {

@@ -10,6 +10,9 @@ namespace velmorak {
 /// is larger than 64 MiB.
 std::string readWholeFile(const std::filesystem::path& file);
 
+/// The analysis library's shared object, without links; empty when unknown.
+std::filesystem::path libraryFile();
+
 /// The folder of the analysis library's shared object, without links; empty when unknown.
 std::filesystem::path libraryFolder();
 

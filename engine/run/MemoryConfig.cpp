@@ -36,7 +36,17 @@ std::optional<double> factorOf(std::string_view unit) {
     return isUnit && found != factors.end() ? std::optional(found->second) : std::nullopt;
 }
 
-std::optional<std::size_t> bytesIn(std::string_view text) {
+/// The limit of the control group, as containers and batch systems set it.
+std::optional<std::size_t> memoryOfGroup() {
+    std::ifstream file("/sys/fs/cgroup/memory.max");
+    std::size_t bytes = 0;
+    return file >> bytes ? std::optional(bytes) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<std::size_t> sizeIn(std::string_view setting) {
+    const std::string_view text = trimmed(setting);
     double number = 0.0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc()) {
@@ -47,15 +57,6 @@ std::optional<std::size_t> bytesIn(std::string_view text) {
     const bool isAllowed = bytes >= minBytes && bytes <= maxBytes;  // False for NaN, too.
     return isAllowed ? std::optional(static_cast<std::size_t>(bytes)) : std::nullopt;
 }
-
-/// The limit of the control group, as containers and batch systems set it.
-std::optional<std::size_t> memoryOfGroup() {
-    std::ifstream file("/sys/fs/cgroup/memory.max");
-    std::size_t bytes = 0;
-    return file >> bytes ? std::optional(bytes) : std::nullopt;
-}
-
-}  // namespace
 
 std::size_t halfOfMemory() {
     const auto pages = static_cast<std::size_t>(std::max(0L, sysconf(_SC_PHYS_PAGES)));
@@ -70,7 +71,7 @@ MemoryConfig memoryConfigFromEnvironment() {
     if (text.empty()) {
         return {halfOfMemory()};
     }
-    if (const std::optional<std::size_t> bytes = bytesIn(text)) {
+    if (const std::optional<std::size_t> bytes = sizeIn(text)) {
         return {*bytes};
     }
     return {halfOfMemory(), "VELMORAK_MEMORY_LIMIT=" + text +

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace velmorak {
 
@@ -14,6 +16,9 @@ struct MemoryConfig {
 /// VELMORAK_MEMORY_LIMIT, such as 64MB, 500 MiB or 4G, or else half of the machine's memory. K, M, G and T are powers
 /// of 1024, with or without B or iB; a number without a unit counts bytes.
 MemoryConfig memoryConfigFromEnvironment();
+
+/// @return the bytes that a setting such as 4 GB names; nothing if it is no size of at least 16 MB.
+std::optional<std::size_t> sizeIn(std::string_view setting);
 
 /// @return half of the machine's memory in bytes, or of what a container may use if that is less.
 std::size_t halfOfMemory();

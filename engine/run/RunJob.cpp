@@ -1,5 +1,6 @@
 #include "run/RunJob.h"
 
+#include "run/HelperKind.h"
 #include "run/messages/LastExit.h"
 
 #include <utility>
@@ -59,11 +60,25 @@ bool RunJob::waitForEnd(const Runner::Grace& grace) {
     }
     for (int i = 0; i < maxGraces && !isOver; ++i) {
         grace(mutex, change, hasEnded);
-        if (!isOver && !ledger->underWay().empty()) {
+        if (!isOver && !mayEnd(ledger->underWay())) {
             break;
         }
     }
     return isOver;
+}
+
+/// Ends helper processes that do not stop. @return whether no other kind is being called.
+bool RunJob::mayEnd(const std::vector<std::size_t>& underWay) {
+    bool isAnyHere = false;
+    for (const std::size_t position : underWay) {
+        const auto* const elsewhere = dynamic_cast<const HelperKind*>(pipeline.nodes[position].kind);
+        isAnyHere = isAnyHere || !elsewhere;
+        if (elsewhere) {
+            elsewhere->endDeaf();
+            hasEndedHelpers = true;
+        }
+    }
+    return !isAnyHere;
 }
 
 std::vector<std::size_t> RunJob::leaveBehind() {

@@ -48,11 +48,13 @@ public:
     const std::shared_ptr<Messages> messages;
     const std::unique_ptr<Announcement> announcement;  ///< Null if runs cannot announce themselves.
     ListenerGate listener;
-    bool leavesRecord = false;  ///< A first record was written.
-    RunReport report;           ///< Valid after wait has returned true.
+    bool leavesRecord = false;     ///< A first record was written.
+    bool hasEndedHelpers = false;  ///< Helper processes that did not stop were ended; valid after wait.
+    RunReport report;              ///< Valid after wait has returned true.
 
 private:
     bool waitForEnd(const Runner::Grace& grace);
+    bool mayEnd(const std::vector<std::size_t>& underWay);
 
     std::atomic<bool> stopping = false;
     Mutex mutex;

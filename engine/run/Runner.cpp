@@ -95,6 +95,7 @@ RunReport Runner::Impl::carryOut(RunJob& job) {
     job.begin([self = shared_from_this(), &job, isBackground = !isMainThread()] { self->execute(job, isBackground); });
     const bool hasEnded = job.wait(grace);
     RunReport report = hasEnded ? std::move(job.report) : leaveBehind(job);
+    report.wasStopped = report.wasStopped || job.hasEndedHelpers;
     if (hasEnded && job.error()) {
         report.nodes.assign(job.pipeline.nodes.size(),
                             {NodeStatus::Failed, job.error()->sentence, 0, 0, 0.0, {}, {}, {}});

@@ -28,6 +28,12 @@ std::size_t checked(ssize_t count) {
 FileDescriptor::FileDescriptor(const std::filesystem::path& file, int flags, mode_t mode)
     : number(open(file.c_str(), flags | O_CLOEXEC, mode)) {}
 
+FileDescriptor FileDescriptor::of(int opened) {
+    FileDescriptor descriptor;
+    descriptor.number = opened;
+    return descriptor;
+}
+
 FileDescriptor::FileDescriptor(FileDescriptor&& other) noexcept : number(std::exchange(other.number, -1)) {}
 
 FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {

@@ -17,6 +17,8 @@ public:
     /// @param flags as of open(2); O_CLOEXEC is added.
     /// @param mode permissions of a file that is created, before the umask.
     FileDescriptor(const std::filesystem::path& file, int flags, mode_t mode = 0666);
+    /// Takes over what was opened elsewhere; does not throw. @param opened negative: nothing is open.
+    static FileDescriptor of(int opened);
     FileDescriptor(FileDescriptor&& other) noexcept;
     FileDescriptor& operator=(FileDescriptor&& other) noexcept;
     ~FileDescriptor();

@@ -46,6 +46,8 @@ NumberWithError readNumberWithError(ByteReader& reader) {
     return {value, std::move(terms)};
 }
 
+}  // namespace
+
 void addValue(ByteWriter& writer, const Value& value) {
     writer.number(static_cast<std::uint8_t>(value.index()));
     if (const auto* number = std::get_if<double>(&value)) {
@@ -74,6 +76,8 @@ Value readValue(ByteReader& reader) {
     }
     throw std::invalid_argument("unknown type of value");
 }
+
+namespace {
 
 void write(ByteWriter& writer, const StoredResult& result) {
     writer.number(mark);

@@ -11,6 +11,11 @@
 /// Serialisation of stored results, in the byte order of this machine.
 namespace velmorak {
 
+/// @throws std::invalid_argument for an object of a class that only its collection knows.
+void addValue(ByteWriter& writer, const Value& value);
+/// @throws std::invalid_argument
+Value readValue(ByteReader& reader);
+
 void addFiles(ByteWriter& writer, const std::vector<FileContent>& files);
 /// @throws std::invalid_argument
 std::vector<FileContent> readFiles(ByteReader& reader);

@@ -29,6 +29,7 @@ protected:
     ~VelmorakRun() override {
         unsetenv("VELMORAK_THREADS");
         unsetenv("VELMORAK_CACHE_LIMIT");
+        unsetenv("VELMORAK_ISOLATE");
         std::error_code ignored;
         fs::remove_all(folder, ignored);
     }
@@ -365,7 +366,8 @@ TEST_F(VelmorakRun, refusesAPipeAsItsAidaFileWithoutWaiting) {
     EXPECT_THAT(ended.errors, HasSubstr("data.fifo is not a regular file (a FIFO)"));
 }
 
-TEST_F(VelmorakRun, endsWithThreeWhenAPlugInDoesNotStop) {
+TEST_F(VelmorakRun, endsWithThreeWhenAPlugInInsideItDoesNotStop) {
+    setenv("VELMORAK_ISOLATE", "0", 1);
     const std::string deaf = document(plugin("deaf", "IsDeaf"));
     for (const Ended& ended : {run({"--timeout", "0.5", deaf}), runAndSend(SIGINT, deaf, "it goes on")}) {
         EXPECT_EQ(ended.status, 3);
@@ -374,7 +376,8 @@ TEST_F(VelmorakRun, endsWithThreeWhenAPlugInDoesNotStop) {
     }
 }
 
-TEST_F(VelmorakRun, namesThePlugInThatCrashed) {
+TEST_F(VelmorakRun, namesThePlugInThatCrashedInsideIt) {
+    setenv("VELMORAK_ISOLATE", "0", 1);
     const Ended ended =
         runProgram({"sh", "-c", "ulimit -c 0; exec \"$0\" \"$1\"", VELMORAK_RUN, document(plugin("odd", "Crashes"))});
     EXPECT_EQ(ended.status, -1) << "ended by a signal";

@@ -27,8 +27,9 @@ Shared& shared() {
 }  // namespace
 
 Catalogue::Catalogue(SearchPath search, const std::string& factory) : search(std::move(search)) {
-    for (OfferedKind& offered :
-         loadCollections(this->search.collections, this->search.loadingNotes, factory, *fileFormats)) {
+    const CollectionSearch found{
+        this->search.collections, factory, this->search.loadingNotes, this->search.isolation, {}};
+    for (OfferedKind& offered : loadCollections(found, *fileFormats)) {
         records.push_back(std::move(offered.record));
         made.push_back(std::move(offered.kind));
     }

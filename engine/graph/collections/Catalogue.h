@@ -1,5 +1,7 @@
 #pragma once
 
+#include "isolate/IsolationConfig.h"
+
 #include <QzKind.h>
 #include <velmorak/FileFormat.h>
 
@@ -20,6 +22,7 @@ public:
         std::vector<std::filesystem::path> collections;
         std::vector<std::filesystem::path> examples;
         std::filesystem::path loadingNotes{};  ///< Folder for notes; see LoadingNote. Empty for none.
+        IsolationConfig isolation{};           ///< Which kinds run in helper processes.
     };
 
     /// Loads every collection that exports the factory. One that cannot be used is reported on standard error and

@@ -1,24 +1,24 @@
 #include "graph/collections/Collections.h"
 
 #include "graph/Log.h"
+#include "graph/collections/Factory.h"
 #include "graph/collections/KindCheck.h"
 #include "graph/collections/LoadingNote.h"
-#include "graph/collections/SharedObject.h"
 #include "graph/document/Json.h"
 
+#include "isolate/Kinds.h"
 #include "run/messages/NodeError.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
-#include <stdexcept>
+#include <system_error>
 #include <tuple>
 
 namespace velmorak {
 namespace {
 
 namespace fs = std::filesystem;
-
-using Factory = void (*)(Registry&);
 
 /// What one collection has registered.
 struct Offered {
@@ -93,19 +93,25 @@ void KindRegistry::refuse(const std::string& name, const std::string& reason) co
     printMessage(subject + " of the collection " + object.string() + " is skipped: " + reason + ".");
 }
 
-/// The library stays loaded to the end of the program, even when it is skipped: threads that it has started may still
-/// run.
 Offered offeredBy(const fs::path& object, const std::string& factory, const FileFormats& formats) {
-    void* const library = loadSharedObject(object);
-    const std::string madeWith = static_cast<const char*>(symbolIn(library, "velmorakSdkHeaders"));
-    if (madeWith != VELMORAK_SDK_VERSION) {
-        throw std::runtime_error("it was built with version " + madeWith +
-                                 " of the SDK, and this library with " VELMORAK_SDK_VERSION "; rebuild it");
-    }
-    const auto call = reinterpret_cast<Factory>(symbolIn(library, factory.c_str()));
     KindRegistry intake(object, object.stem().string(), formats);
-    call(intake);
+    registerInto(intake, object, factory);
     return intake.take();
+}
+
+/// The kinds as their host declares them.
+std::vector<OfferedKind> kindsOf(const std::shared_ptr<isolation::Host>& host, const fs::path& object,
+                                 const FileFormats& formats) {
+    KindRegistry intake(object, object.stem().string(), formats);
+    const std::shared_ptr<isolation::Desk> desk = isolation::newDesk(host);
+    const std::vector<isolation::Declaration>& declared = host->declarations().kinds;
+    for (std::size_t i = 0; i < declared.size(); ++i) {
+        if (!declared[i].group.empty()) {
+            intake.group(declared[i].group);
+        }
+        intake.add(isolation::isolatedKind(host, desk, i));
+    }
+    return intake.take().kinds;
 }
 
 /// Shared objects `<folder>/<Name>/<Name>.so`, by name.
@@ -125,45 +131,86 @@ std::vector<fs::path> objectsIn(const fs::path& folder) {
 
 class Loader {
 public:
-    Loader(fs::path notes, std::string factory, FileFormats& formats)
-        : notes(std::move(notes)), factory(std::move(factory)), formats(formats) {}
+    Loader(const CollectionSearch& search, FileFormats& formats) : search(search), formats(formats) {}
 
     void load(const fs::path& object);
     std::vector<OfferedKind> takeSorted();
 
 private:
+    std::shared_ptr<isolation::Host> hostFor(const fs::path& object);
+    Offered isolated(const fs::path& object, const std::shared_ptr<isolation::Host>& host);
+    std::optional<Offered> inside(const fs::path& object);
     void add(OfferedKind offered);
     void add(const fs::path& object, std::unique_ptr<FileFormat> format);
 
-    fs::path notes;
-    std::string factory;
+    const CollectionSearch& search;
     FileFormats& formats;
     std::set<fs::path> loaded;
     std::set<std::string> names;
     std::vector<OfferedKind> kinds;
+    bool hasHosts = true;
 };
 
 void Loader::load(const fs::path& object) {
-    if (!loaded.insert(fs::weakly_canonical(object)).second) {
+    if (object == search.except || !loaded.insert(fs::weakly_canonical(object)).second) {
         return;
     }
-    const LoadingNote note(notes, object);
+    std::optional<Offered> offered;
+    const std::optional<NodeError> error = errorIn([&] {
+        const std::shared_ptr<isolation::Host> host = hostFor(object);
+        offered = host ? isolated(object, host) : inside(object);
+    });
+    if (error) {
+        printMessage("The collection " + object.string() + " is skipped: " + withoutFullStop(error->sentence) + ".");
+    }
+    if (!offered) {
+        return;
+    }
+    for (OfferedKind& each : offered->kinds) {
+        add(std::move(each));
+    }
+    for (std::unique_ptr<FileFormat>& each : offered->formats) {
+        add(object, std::move(each));
+    }
+}
+
+/// @return null if the kinds run in this program. @throws std::exception if the collection cannot be loaded.
+std::shared_ptr<isolation::Host> Loader::hostFor(const fs::path& object) {
+    if (!hasHosts || !search.isolation.isolates(object)) {
+        return nullptr;
+    }
+    try {
+        return std::make_shared<isolation::Host>(
+            isolation::Load{object, search.factory, search.folders, search.isolation});
+    } catch (const std::system_error& error) {
+        hasHosts = false;
+        printMessage("Kinds run inside this program, because " + search.isolation.program.string() +
+                     " cannot be started: " + error.code().message() + ".");
+        return nullptr;
+    }
+}
+
+Offered Loader::isolated(const fs::path& object, const std::shared_ptr<isolation::Host>& host) {
+    Offered offered;
+    offered.kinds = kindsOf(host, object, formats);
+    if (host->declarations().hasFormats) {
+        if (std::optional<Offered> whole = inside(object)) {
+            offered.formats = std::move(whole->formats);
+        }
+    }
+    return offered;
+}
+
+/// @return nothing if the collection has ended an earlier program.
+std::optional<Offered> Loader::inside(const fs::path& object) {
+    const LoadingNote note(search.notes, object);
     if (note.isOfAnEndedProgram()) {
         printMessage("The collection " + object.string() +
                      " is skipped: a program ended while it was loading it. Replace the file, or remove " +
                      note.file().string() + " to have it loaded again.");
-        return;
+        return std::nullopt;
     }
-    Offered offered;
-    if (const std::optional<NodeError> error = errorIn([&] { offered = offeredBy(object, factory, formats); })) {
-        printMessage("The collection " + object.string() + " is skipped: " + withoutFullStop(error->sentence) + ".");
-    }
-    for (OfferedKind& each : offered.kinds) {
-        add(std::move(each));
-    }
-    for (std::unique_ptr<FileFormat>& each : offered.formats) {
-        add(object, std::move(each));
-    }
+    return offeredBy(object, search.factory, formats);
 }
 
 void Loader::add(const fs::path& object, std::unique_ptr<FileFormat> format) {
@@ -192,10 +239,12 @@ std::vector<OfferedKind> Loader::takeSorted() {
 
 }  // namespace
 
-std::vector<OfferedKind> loadCollections(const std::vector<fs::path>& folders, const fs::path& notes,
-                                         const std::string& factory, FileFormats& formats) {
-    Loader loader(notes, factory, formats);
-    for (const fs::path& folder : folders) {
+std::vector<OfferedKind> loadCollections(const CollectionSearch& search, FileFormats& formats) {
+    if (!search.isolation.warning.empty()) {
+        printMessage(search.isolation.warning + ".");
+    }
+    Loader loader(search, formats);
+    for (const fs::path& folder : search.folders) {
         for (const fs::path& object : objectsIn(folder)) {
             loader.load(object);
         }

@@ -1,5 +1,6 @@
 #include "run/record/KindBuild.h"
 
+#include "run/HelperKind.h"
 #include "store/FileHashes.h"
 
 #include <elf.h>
@@ -91,7 +92,14 @@ std::string buildAt(const void* address) {
 }  // namespace
 
 std::string buildOf(const Kind& kind) {
-    return buildAt(&typeid(kind)) + buildAt(&typeid(Search));
+    if (const auto* const elsewhere = dynamic_cast<const HelperKind*>(&kind)) {
+        return elsewhere->build();
+    }
+    return buildAt(&typeid(kind)) + buildOfLibrary();
+}
+
+std::string buildOfLibrary() {
+    return buildAt(&typeid(Search));
 }
 
 std::string buildTextOf(const Kind& kind) {

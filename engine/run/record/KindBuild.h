@@ -10,6 +10,9 @@ namespace velmorak {
 /// sources. Part of cache keys.
 std::string buildOf(const Kind& kind);
 
+/// Identifies the build of the library.
+std::string buildOfLibrary();
+
 /// A sum of buildOf, as hexadecimal digits.
 std::string buildTextOf(const Kind& kind);
 

@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 /// Serialises the states of accumulators, so that another process, or a later run, continues with them.
@@ -56,6 +57,9 @@ public:
     }
     /// An object of a class listed in DataObjects.h.
     void object(const DataObject& value);
+
+    /// What another writer has written, without its beginning and its checksum.
+    void rest(std::string_view written) { append(written); }
 
     /// @return all bytes, with their checksum; the writer is then used up.
     std::string sealed();
@@ -117,6 +121,7 @@ public:
         return value;
     }
 
+    std::string_view rest() { return std::exchange(bytes, {}); }
     /// For what the state itself knows about its numbers.
     /// @throws Failure if the condition does not hold.
     void require(bool condition, const char* otherwise) const {

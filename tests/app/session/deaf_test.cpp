@@ -17,7 +17,7 @@ constexpr const char* pipeline = R"({
   ]
 })";
 
-/// The program with a kind that does not poll.
+/// The program with a kind inside it that does not poll.
 class DeafKind : public testing::Test {
 protected:
     void opened() {
@@ -26,7 +26,7 @@ protected:
         ASSERT_TRUE(session.seesPipeline());
     }
 
-    Session session{"deaf", {{"VELMORAK_COLLECTIONS", VELMORAK_TEST_COLLECTIONS}}};
+    Session session{"deaf", {{"VELMORAK_COLLECTIONS", VELMORAK_TEST_COLLECTIONS}, {"VELMORAK_ISOLATE", "0"}}};
     const fs::path document = session.folder() / "deaf.zedra";
 };
 

@@ -96,6 +96,7 @@ void expectInStep(const QzManager& manager) {
 
 int main(int argc, char** argv) {
     setenv("VELMORAK_COLLECTIONS", TEST_COLLECTIONS, 1);
+    setenv("VELMORAK_ISOLATE", "0", 1);  // Tests and kinds share variables.
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
