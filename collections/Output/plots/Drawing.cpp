@@ -72,9 +72,9 @@ std::string drawnSvg(const PlotPicture& picture, RunContext& context) {
     PlotStyle style = picture.style;
     style.baseName = "picture";
     style.formats = {"svg"};
-    PlotContents contents = plotContents(picture.objects, style);
-    const PlotFiles files = plotFiles(contents, style);
-    for (const std::string& warning : contents.warnings) {
+    PlotSheet sheet = plotSheet(picture.objects, style);
+    const PlotFiles files = plotFiles(sheet, style);
+    for (const std::string& warning : sheet.warnings()) {
         context.warn(warning);
     }
     const TemporaryFolder scratch("plot");
@@ -91,8 +91,8 @@ std::string drawnPdf(const std::vector<PlotPicture>& pictures, const RunContext&
         style.formats = {};
         style.width = pictures.front().style.width;
         style.height = pictures.front().style.height;
-        PlotContents contents = plotContents(pictures[i].objects, style);
-        const PlotFiles page = plotPage(contents, style, i == 0 ? "pages" : "");
+        PlotSheet sheet = plotSheet(pictures[i].objects, style);
+        const PlotFiles page = plotPage(sheet, style, i == 0 ? "pages" : "");
         script += page.script;
         writeText(scratch.path() / (style.baseName + ".dat"), page.data);
     }

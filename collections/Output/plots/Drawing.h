@@ -20,11 +20,11 @@ struct PlotPicture {
 };
 
 /// @return the picture as SVG, as Plot draws it. Warns about objects that it cannot draw.
-/// @throws as plotContents, plotFiles and drawInto.
+/// @throws as plotSheet, plotFiles and drawInto.
 std::string drawnSvg(const PlotPicture& picture, RunContext& context);
 
 /// @return a PDF with one page for each picture; all pages are as large as the first. Warns of nothing.
-/// @throws as plotContents, plotFiles and drawInto.
+/// @throws as plotSheet, plotFiles and drawInto.
 std::string drawnPdf(const std::vector<PlotPicture>& pictures, const RunContext& context);
 
 }  // namespace velmorak

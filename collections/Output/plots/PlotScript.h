@@ -1,6 +1,7 @@
 #pragma once
 
 #include "PlotBoxes.h"
+#include "PlotSheet.h"
 
 namespace velmorak {
 
@@ -10,19 +11,30 @@ struct PlotFiles {
     std::string data;
 };
 
-/// @param contents receives the samples of curves, contours, and warnings for the user.
+/// @param sheet receives the samples of curves, contours, and warnings for the user.
 /// @throws Failure, with the input, if the contents cannot be shown.
-PlotFiles plotFiles(PlotContents& contents, const PlotStyle& style);
+PlotFiles plotFiles(PlotSheet& sheet, const PlotStyle& style);
 
 /// As plotFiles, for a page of a PDF with several.
 /// @param document base name of the PDF for its first page, which begins it; empty for further pages.
-PlotFiles plotPage(PlotContents& contents, const PlotStyle& style, const std::string& document);
+PlotFiles plotPage(PlotSheet& sheet, const PlotStyle& style, const std::string& document);
 
 /// Range and tics of one axis.
 /// @param axis "x", "y" or "cb".
 /// @param hasLabels no: the tics are drawn without their numbers.
 std::string axisCommands(const std::string& axis, const PlotSpan& span, bool hasLog, const PlotTics& tics,
                          bool hasLabels);
+
+/// The title of the horizontal axis with the common power of ten, without the unit that marks times.
+std::string horizontalTitle(const PlotContents& contents, const PlotPage& page, const PlotStyle& style);
+
+/// Titles that all frames of a sheet have in common.
+struct SheetTitles {
+    std::string title;
+    std::string x;
+    std::string y;
+};
+std::string sheetLabels(const SheetTitles& titles, const PlotLayout& layout);
 
 /// Titles of the picture and its axes, the common powers of ten, and the statistics of a map.
 std::string titleLabels(const PlotContents& contents, const PlotPage& page, const PlotStyle& style,

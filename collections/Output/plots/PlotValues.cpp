@@ -200,6 +200,9 @@ std::vector<InputSpec> advancedInputs() {
         textInput("zlabel", "Title of the colour scale with its unit. Empty: the quantity that is shown."),
         rangeInput("zrange", "colours"),
         choiceInput("logz", "Logarithmic colour scale; bins that are not above 0 stay white.", "no"),
+        choiceInput("groups",
+                    "How a list of histograms is drawn. Grid: each in a frame of its own. Overlaid: all in one frame.",
+                    "grid", {"grid", "overlaid"}),
         choiceInput("panel",
                     "Lower panel that compares the other objects with the stack, the function, the object whose look "
                     "says reference, or else the second object.",
@@ -280,11 +283,11 @@ std::vector<InputSpec> plotValueInputs() {
             "automatic: if there is one object, with or without a function; yes: for several objects in the "
             "legend.",
             "automatic", statisticsChoices()),
-        choiceInput(
-            "advanced",
-            "Shows the inputs for the colour scale, a lower panel, lines, regions, text, size and looks. Those with a "
-            "value of their own are always shown.",
-            "no"),
+        choiceInput("advanced",
+                    "Shows the inputs for the colour scale, lists, a lower panel, lines, regions, text, size and "
+                    "looks. Those with a "
+                    "value of their own are always shown.",
+                    "no"),
     };
 }
 
@@ -362,6 +365,7 @@ PlotStyle plotStyleOf(const PlotValue& shownValueOf, std::size_t objects) {
     style.legend = chosen<LegendPlace>(valueOf, "legend", legendChoices());
     style.histograms = chosen<ObjectStyle>(valueOf, "style", histogramStyleChoices());
     style.statistics = chosen<StatisticsDisplay>(valueOf, "statistics", statisticsChoices());
+    style.lists = valueOf("groups") == "overlaid" ? ListDisplay::Overlaid : ListDisplay::Grid;
     style.panel = chosen<PanelKind>(valueOf, "panel", panelChoices());
     style.panelRange = rangeIn(valueOf("panelrange"));
     style.guides = guidesOf(valueOf);
