@@ -8,10 +8,10 @@
 namespace velmorak {
 
 std::string FillKind::refusal(const std::string& input, const std::string& value) const {
-    if (input == "expression" || input == "x" || input == "y" || input == "z" || input == "weight") {
+    if (input == "expression" || input == "key" || input == "x" || input == "y" || input == "z" || input == "weight") {
         return expressionRefusal(value);
     }
-    if (input == "edges" || input == "xedges" || input == "yedges" || input == "zedges") {
+    if (input == "edges" || input == "keyedges" || input == "xedges" || input == "yedges" || input == "zedges") {
         return edgesRefusal(value);
     }
     return {};

@@ -9,8 +9,10 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeProfile1D());
     registry.add(makeProfile2D());
     registry.add(makeCategoryHistogram());
+    registry.add(makeGroupedHistogram());
     registry.add(makeRebin());
     registry.add(makeScale());
+    registry.add(makeSmooth());
     registry.add(makeCombine());
     registry.add(makeProject());
     registry.add(makeCumulative());

@@ -3,6 +3,7 @@
 #include "Cuts.h"
 #include "GroupTable.h"
 #include "shared/ColumnList.h"
+#include "shared/KeyBins.h"
 #include "shared/KeyBytes.h"
 
 #include <velmorak/Failure.h>
@@ -10,15 +11,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <stdexcept>
 #include <utility>
 
 namespace velmorak {
 
 namespace {
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
 Expression compiled(const std::string& input, const std::string& text, const Schema& schema) {
     try {
@@ -52,26 +50,6 @@ Axis axisOf(const std::string& text) {
     } catch (const std::invalid_argument&) {
         throw Failure("edges", velmorak::quoted(text) + " must be at least two ascending numbers");
     }
-}
-
-/// Lower edges of the bins; -Infinity below the first one, and NaN stays NaN.
-ColumnPtr lowerEdges(const Axis& bins, const Column& values) {
-    Column::Reals edges;
-    edges.reserve(values.reals().size());
-    for (const double value : values.reals()) {
-        const std::size_t cell = std::isnan(value) ? 0 : bins.cell(value);
-        edges.push_back(std::isnan(value) ? value : cell == 0 ? -infinity : bins.edge(cell - 1));
-    }
-    return std::make_shared<const Column>(Column{std::move(edges), {}});
-}
-
-ColumnPtr upperEdges(const Axis& bins, const Column& lower) {
-    Column::Reals edges;
-    for (const double low : lower.reals()) {
-        const std::size_t cell = std::isfinite(low) ? bins.cell(low) : 0;
-        edges.push_back(std::isnan(low) ? low : cell > bins.bins() ? infinity : bins.edge(cell));
-    }
-    return std::make_shared<const Column>(Column{std::move(edges), {}});
 }
 
 bool isNumber(ColumnType type) {

@@ -19,4 +19,5 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeRename());
     registry.add(makeWindow());
     registry.add(makeResample());
+    registry.add(makePowerSpectrum());
 }

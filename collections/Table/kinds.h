@@ -23,5 +23,6 @@ std::unique_ptr<Kind> makeTail();
 std::unique_ptr<Kind> makeRename();
 std::unique_ptr<Kind> makeWindow();
 std::unique_ptr<Kind> makeResample();
+std::unique_ptr<Kind> makePowerSpectrum();
 
 }  // namespace velmorak

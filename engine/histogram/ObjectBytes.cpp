@@ -28,6 +28,8 @@ template <>
 constexpr char letterOf<Points> = 'x';
 template <>
 constexpr char letterOf<FunctionObject> = 'f';
+template <>
+constexpr char letterOf<HistogramList> = 'l';
 
 template <typename Object>
 bool read(const std::string& bytes, DataObjectPtr& object) {

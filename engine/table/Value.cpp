@@ -63,6 +63,8 @@ std::string_view nameOf(ValueType type) {
             return "points";
         case ValueType::Function:
             return "function";
+        case ValueType::Histograms:
+            return "histogram list";
         case ValueType::Any:
             return "any";
     }

@@ -53,12 +53,13 @@ TEST(Catalogue, offersTheKindsByGroup) {
          {"ArrowTable", "FitsTable", "Hdf5Table", "NumpyTable", "NumpyWriter", "ParquetTable", "ParquetWriter",
           "SqliteTable"}},
         {"Histogram",
-         {"Histogram1D", "Histogram2D", "Histogram3D", "Profile1D", "Profile2D", "CategoryHistogram", "Rebin", "Scale",
-          "Combine", "Project", "Cumulative", "Compare", "Statistics", "QuantileEdges"}},
+         {"Histogram1D", "Histogram2D", "Histogram3D", "Profile1D", "Profile2D", "CategoryHistogram",
+          "GroupedHistogram", "Rebin", "Scale", "Smooth", "Combine", "Project", "Cumulative", "Compare", "Statistics",
+          "QuantileEdges"}},
         {"Output", {"Plot", "AidaWriter", "CsvWriter", "RootWriter", "Print", "Report", "YodaWriter"}},
         {"Table",
          {"Formula", "Filter", "Select", "Range", "Concat", "CutFlow", "Explode", "GroupBy", "Join", "Sort", "Unique",
-          "Sample", "Tail", "Rename", "Window", "Resample"}},
+          "Sample", "Tail", "Rename", "Window", "Resample", "PowerSpectrum"}},
     };
     std::map<std::string, Names> found;
     for (const auto& group : shippedGroups()) {

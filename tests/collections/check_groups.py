@@ -7,6 +7,7 @@ usage: check_groups.py VELMORAK-RUN
 
 import csv
 import fractions
+import io
 import json
 import math
 import os
@@ -69,6 +70,9 @@ def document():
             plugin("Calibrated", "GroupBy", table=["Known", "table"], keys="run", aggregates="c: mean(gain * offset); count"),
             plugin("Values", "GroupBy", table=["Rows", "table"], keys="x", aggregates="count; sum(w); median(w)"),
             plugin("Many", "CsvWriter", object=["Values", "table"], file="values.csv"),
+            plugin("Spectra", "GroupedHistogram", table=["Rows", "table"], key="run", expression="x", weight="w",
+                   bins="20", low="99990", high="100010"),
+            plugin("Texts", "CsvWriter", object=["Spectra", "histograms"], file="spectra.csv"),
             plugin("Means", "CsvWriter", object=["Calibrated", "table"], file="means.csv"),
         ],
     }
@@ -107,6 +111,10 @@ def table(path):
     return pandas.read_csv(path, na_values="NA", float_precision="round_trip")
 
 
+def table_of(text):
+    return pandas.read_csv(io.BytesIO(text), float_precision="round_trip")
+
+
 def check_groups(folder, text):
     rows = table(folder / "rows.csv")
     found = list(csv.DictReader(text.decode().splitlines()))
@@ -128,6 +136,25 @@ def check_groups(folder, text):
         near(line["max_x"], values.max(), 0.0)
         near(line["first_w"], group["w"].iloc[0], 0.0)
         near(line["last_w"], group["w"].iloc[-1], 0.0)
+
+
+def check_spectra(folder, text):
+    rows = table(folder / "rows.csv").dropna()
+    found = table_of(text)
+    assert sorted(set(found["run"])) == sorted(set(rows["run"]))
+    assert list(found["run"]) == sorted(found["run"])
+    edges = numpy.linspace(99990.0, 100010.0, 21)
+    for run, lines in found.groupby("run"):
+        fills = rows[rows["run"] == run]
+        heights, _ = numpy.histogram(fills["x"], edges, weights=fills["w"])
+        squares, _ = numpy.histogram(fills["x"], edges, weights=fills["w"] ** 2)
+        entries, _ = numpy.histogram(fills["x"], edges)
+        inside = lines.iloc[1:-1]
+        assert list(inside["entries"]) == list(entries)
+        numpy.testing.assert_allclose(inside["height"], heights, rtol=1e-12)
+        numpy.testing.assert_allclose(inside["error"], numpy.sqrt(squares), rtol=1e-12)
+        assert lines["entries"].iloc[0] == (fills["x"] < edges[0]).sum()
+        assert lines["entries"].iloc[-1] == (fills["x"] >= edges[-1]).sum()
 
 
 def check_joined(folder, text):
@@ -172,6 +199,7 @@ def main():
         (folder / "pipeline.zedra").write_text(json.dumps(document()), encoding="utf-8")
         one, messages = run(runner, folder, "one", VELMORAK_THREADS="1")
         check_groups(folder, one["groups.csv"])
+        check_spectra(folder, one["spectra.csv"])
         unmatched = check_joined(folder, one["joined.csv"])
         assert "%d of %d rows have no row of the second table" % (unmatched, ROWS) in messages, messages
         for threads in ("2", "3", "16"):

@@ -55,8 +55,8 @@ TEST(PlotLooks, inputsForMoreThanAPlainPictureAreShownWhenTheyAreAskedFor) {
     const std::vector<std::string> plain = inputsWith({});
     EXPECT_EQ(plain.size(), 16U);
     const std::vector<std::string> all = inputsWith({{"advanced", "yes"}, {"objects", "2"}});
-    for (const std::string name : {"zlabel", "zrange", "logz", "panel", "panelrange", "lines", "regions", "text",
-                                   "statisticsplace", "size", "dpi", "look", "look2"}) {
+    for (const std::string name : {"zlabel", "zrange", "logz", "groups", "panel", "panelrange", "lines", "regions",
+                                   "text", "statisticsplace", "size", "dpi", "look", "look2"}) {
         EXPECT_FALSE(contains(plain, name)) << name;
         EXPECT_TRUE(contains(all, name)) << name;
     }

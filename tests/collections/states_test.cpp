@@ -73,6 +73,12 @@ std::vector<Case> cases() {
         {"Histogram3D", "table", space},
         {"Profile2D", "table", surface},
         {"CategoryHistogram", "table", {{"expression", "k > 3"}, {"weight", "w"}}},
+        {"GroupedHistogram",
+         "table",
+         {{"key", "k"}, {"expression", "x"}, {"weight", "w"}, {"bins", "5"}, {"low", "-2"}, {"high", "2"}}},
+        {"GroupedHistogram",
+         "table",
+         {{"key", "x"}, {"keyedges", "-1 0 1"}, {"expression", "y"}, {"bins", "5"}, {"low", "-2"}, {"high", "2"}}},
         {"QuantileEdges", "table", {{"expression", "y"}, {"bins", "7"}}},
     };
 }

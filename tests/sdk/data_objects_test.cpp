@@ -18,6 +18,7 @@ std::string classOf(const DataObject& object) {
                              [](const Profile2D&) { return std::string("profile 2"); },
                              [](const Points&) { return std::string("points"); },
                              [](const FunctionObject&) { return std::string("function"); },
+                             [](const HistogramList&) { return std::string("list"); },
                              [](const DataObject&) { return std::string("other"); },
                          });
 }
@@ -32,6 +33,7 @@ TEST(VisitObject, callsTheOverloadOfTheConcreteClass) {
     EXPECT_EQ(classOf(Profile2D(Grid<2>({axis, axis}))), "profile 2");
     EXPECT_EQ(classOf(Points(1, {})), "points");
     EXPECT_EQ(classOf(FunctionObject()), "function");
+    EXPECT_EQ(classOf(HistogramList("run", {})), "list");
 }
 
 TEST(VisitObject, callsTheOverloadOfDataObjectForAClassThatIsNotListed) {

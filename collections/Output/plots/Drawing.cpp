@@ -73,9 +73,9 @@ std::string drawnSvg(const PlotPicture& picture, RunContext& context) {
     PlotStyle style = picture.style;
     style.baseName = "picture";
     style.formats = {"svg"};
-    PlotContents contents = plotContents(picture.objects, style);
-    const PlotFiles files = plotFiles(contents, style);
-    for (const std::string& warning : contents.warnings) {
+    PlotSheet sheet = plotSheet(picture.objects, style);
+    const PlotFiles files = plotFiles(sheet, style);
+    for (const std::string& warning : sheet.warnings()) {
         context.warn(warning);
     }
     const TemporaryFolder scratch("plot");
@@ -87,16 +87,19 @@ PdfPage pdfPageOf(const PlotPicture& picture) {
     PlotStyle style = picture.style;
     style.baseName = "page";
     style.formats = {"pdf"};
-    PlotContents contents = plotContents(picture.objects, style);
-    PlotFiles files = plotFiles(contents, style);
-    return {.commands = commandsIn(files.script), .data = std::move(files.data), .style = std::move(style)};
+    PlotSheet sheet = plotSheet(picture.objects, style);
+    PlotFiles files = plotFiles(sheet, style);
+    return {.commands = commandsIn(files.script),
+            .data = std::move(files.data),
+            .style = std::move(style),
+            .scale = scaleIn(files.script)};
 }
 
 PdfPage pdfPageOf(const std::filesystem::path& files, const PlotStyle& style) {
     const std::string script = readText(files.string() + ".gp");
     std::string data = readText(files.string() + ".dat");
     try {
-        return {.commands = commandsIn(script), .data = std::move(data), .style = style};
+        return {.commands = commandsIn(script), .data = std::move(data), .style = style, .scale = scaleIn(script)};
     } catch (const Failure& failure) {
         throw Failure(files.string() + ".gp cannot be drawn: " + failure.what());
     }
@@ -105,10 +108,10 @@ PdfPage pdfPageOf(const std::filesystem::path& files, const PlotStyle& style) {
 std::string drawnPdf(const std::vector<PdfPage>& pages, const RunContext& context) {
     const TemporaryFolder scratch("plot");
     const PlotStyle& size = pages.front().style;
-    std::string script = pdfBegin("pages.pdf", size);
+    std::string script = pdfBegin("pages.pdf", size, pages.front().scale);
     for (std::size_t i = 0; i < pages.size(); ++i) {
         const std::string data = "page" + std::to_string(i + 1) + ".dat";
-        script += pageBegin(data, pages[i].style, size) + pages[i].commands;
+        script += pageBegin(data, pages[i].style, pages[i].scale, size) + pages[i].commands;
         writeText(scratch.path() / data, pages[i].data);
     }
     writeText(scratch.path() / "pages.gp", script + "set output\n");

@@ -20,18 +20,19 @@ struct PlotPicture {
 };
 
 /// @return the picture as SVG, as Plot draws it. Warns about objects that it cannot draw.
-/// @throws as plotContents, plotFiles and drawInto.
+/// @throws as plotSheet, plotFiles and drawInto.
 std::string drawnSvg(const PlotPicture& picture, RunContext& context);
 
 /// A page of a PDF with several.
 struct PdfPage {
     std::string commands;
     std::string data;
-    PlotStyle style;  ///< Its size is that of the picture.
+    PlotStyle style;     ///< Its size is that of the picture.
+    double scale = 1.0;  ///< Of fonts and lines.
 };
 
 /// @return the page of a picture that is drawn in the style's size. Warns of nothing.
-/// @throws as plotContents and plotFiles.
+/// @throws as plotSheet and plotFiles.
 PdfPage pdfPageOf(const PlotPicture& picture);
 
 /// @return the page of a picture that was drawn before.

@@ -22,8 +22,8 @@ std::string firstLine(const std::string& text) {
 
 const InputSpec objectInput = {.name = "object",
                                .description =
-                                   "Histogram, profile, points or function to draw. Two-dimensional objects are drawn "
-                                   "as colours and need their own plot.",
+                                   "Histogram, list of histograms, profile, points or function to draw. "
+                                   "Two-dimensional objects are drawn as colours and need their own plot.",
                                .type = ValueType::Any,
                                .mayFail = true};
 
@@ -56,9 +56,9 @@ void copyFile(const std::filesystem::path& from, const std::filesystem::path& to
 
 /// Draws in a temporary folder with the final file names, so that the script reproduces the picture when it is run by
 /// hand next to its data.
-void draw(PlotContents& contents, const PlotStyle& style, const std::string& resultName, RunContext& context) {
-    const PlotFiles files = plotFiles(contents, style);
-    for (const std::string& warning : contents.warnings) {
+void draw(PlotSheet& sheet, const PlotStyle& style, const std::string& resultName, RunContext& context) {
+    const PlotFiles files = plotFiles(sheet, style);
+    for (const std::string& warning : sheet.warnings()) {
         context.warn(warning);
     }
     const TemporaryFolder scratch("plot");
@@ -107,7 +107,12 @@ These inputs are shown if `advanced` is yes, and always if they have a value of 
 | profile | points, a line or a band: mean of each bin that has entries, with the error of the mean |
 | points | points, a line or a band, with their errors upwards and downwards; one-dimensional points are drawn side by side |
 | function of one argument | a curve, or the area below it |
+| list of histograms | a grid with a frame for each, or overlaid in one frame, as `groups` says |
 | two-dimensional histogram, profile | colours, or lines of equal height; bins without entries stay white |
+
+In a grid, the histograms of several lists are drawn in one frame if their keys are equal, and any other object is drawn in
+every frame. Each frame has a vertical axis of its own unless `yrange` is set. If the picture has no room for all frames, it
+shows the first ones, and says so.
 
 Objects use the colours of M. Okabe and K. Ito, bins use viridis; both suit every type of colour vision, and
 markers and dashes differ, too. The statistics box shows entries, mean and rms in range, fills below and above the axis, and
@@ -151,10 +156,8 @@ void PlotKind::evaluate(const Arguments& arguments, Results&, RunContext& contex
     if (style.baseName.empty()) {
         throw Failure("file", "\"" + file + "\" is not a valid file name for a picture");
     }
-    PlotContents contents = plotContents(objects, style);
-    contents.notes.insert(contents.notes.end(), missing.begin(), missing.end());
-    contents.warnings.insert(contents.warnings.end(), missing.begin(), missing.end());
-    draw(contents, style, resultName, context);
+    PlotSheet sheet = plotSheet(objects, style, missing);
+    draw(sheet, style, resultName, context);
 }
 
 std::unique_ptr<Kind> makePlot() {

@@ -21,7 +21,7 @@ std::string fitted(const std::string& text, double font, double room) {
 }
 
 std::string at(double x, double y, const PlotLayout& layout) {
-    return " at screen " + roundedText(x / layout.width) + ", screen " + roundedText(y / layout.height);
+    return " at screen " + roundedText(layout.screenX(x)) + ", screen " + roundedText(layout.screenY(y));
 }
 
 /// The title with the common power of ten of the numbers before its unit, or after the title.
@@ -34,17 +34,6 @@ std::string withExponent(const std::string& title, const std::string& exponent) 
         return title.substr(0, open + 1) + exponent + " " + title.substr(open + 1);
     }
     return title.empty() ? "× " + exponent : title + " / " + exponent;
-}
-
-/// The title without the unit that marks times.
-std::string horizontalTitle(const PlotContents& contents, const PlotPage& page, const PlotStyle& style) {
-    std::string title = firstNotEmpty(style.x.title, contents.xTitle);
-    const std::string unit = "[" + std::string(dateUnit) + "]";
-    if (title.ends_with(unit)) {
-        title.resize(title.size() - unit.size());
-        title.erase(title.find_last_not_of(' ') + 1);
-    }
-    return withExponent(title, page.x.exponent) + page.x.titleSuffix;
 }
 
 std::string pictureTitle(const PlotContents& contents, const PlotStyle& style) {
@@ -99,6 +88,35 @@ std::string axisCommands(const std::string& axis, const PlotSpan& span, bool has
     return text + (list.empty() ? "unset " + axis + "tics\n" : "set " + axis + "tics" + tilt + " (" + list + ")\n");
 }
 
+std::string horizontalTitle(const PlotContents& contents, const PlotPage& page, const PlotStyle& style) {
+    std::string title = firstNotEmpty(style.x.title, contents.xTitle);
+    const std::string unit = "[" + std::string(dateUnit) + "]";
+    if (title.ends_with(unit)) {
+        title.resize(title.size() - unit.size());
+        title.erase(title.find_last_not_of(' ') + 1);
+    }
+    return withExponent(title, page.x.exponent) + page.x.titleSuffix;
+}
+
+std::string sheetLabels(const SheetTitles& titles, const PlotLayout& layout) {
+    const double font = layout.titleFont();
+    const double top = layout.height - layout.top;
+    std::string text;
+    if (!titles.title.empty()) {
+        text += setLabel(titles.title) + at(layout.left, top + 0.42 * layout.scale, layout) + " left" +
+                fitted(titles.title, 1.05 * font, layout.width - layout.left) + "\n";
+    }
+    if (!titles.x.empty()) {
+        text += setLabel(titles.x) + at(layout.width - layout.right, layout.bottom - 0.5 * lineCm(font), layout) +
+                " right" + fitted(titles.x, font, layout.frameWidth()) + "\n";
+    }
+    if (!titles.y.empty()) {
+        text += setLabel(titles.y) + at(0.62 * lineCm(font), top, layout) + " right rotate by 90" +
+                fitted(titles.y, font, top) + "\n";
+    }
+    return text;
+}
+
 std::string titleLabels(const PlotContents& contents, const PlotPage& page, const PlotStyle& style,
                         const std::string& panelTitle) {
     const PlotLayout& layout = page.layout;
@@ -106,14 +124,14 @@ std::string titleLabels(const PlotContents& contents, const PlotPage& page, cons
     const double frameRight = layout.width - layout.right;
     std::string text = above(contents, layout, style);
     const std::string x = horizontalTitle(contents, page, style);
-    if (!x.empty()) {
+    if (!x.empty() && !style.place) {
         const double notes = static_cast<double>(contents.notes.size()) * lineCm(layout.boxFont());
         const double room = layout.frameWidth() + layout.left;
         text += setLabel(x) + at(frameRight, notes + 0.55 * lineCm(layout.titleFont()) + 0.05, layout) + " right" +
                 fitted(x, layout.titleFont(), room) + "\n";
     }
     const std::string& y = firstNotEmpty(style.y.title, contents.yTitle);
-    if (!y.empty()) {
+    if (!y.empty() && !style.place) {
         const double room = panelTitle.empty() ? frameTop : layout.frameHeight();
         text += setLabel(y) + at(0.62 * lineCm(layout.titleFont()), frameTop, layout) + " right rotate by 90" +
                 fitted(y, layout.titleFont(), room) + "\n";

@@ -149,6 +149,7 @@ void Collector::add(const PlotObject& object) {
     visit(*object.object, overloaded{
                               [&](const FunctionObject& function) { addObject(object, function); },
                               [&](const Histogram3D&) { refuse(object); },
+                              [&](const HistogramList&) { refuse(object); },
                               [&](const DataObject&) { refuse(object); },
                               [&](const auto& data) {
                                   addObject(object, data);

@@ -101,6 +101,7 @@ struct PlotContents {
     const PlotMap& plane() const { return map ? *map : contours.front().grid; }
 };
 
+/// @param objects no lists.
 /// @throws Failure, with the input, for an object that cannot be drawn, or not together with the others.
 PlotContents plotContents(const std::vector<PlotObject>& objects, const PlotStyle& style);
 

@@ -177,14 +177,17 @@ std::string outside(const PanelSeries& series, const PlotFrame& frame, const Plo
 /// Collects blocks, which two empty lines separate.
 class Blocks {
 public:
-    explicit Blocks(std::string text) : text(std::move(text)) {}
+    /// @param first number of the first block; only the very first has the heading before it.
+    explicit Blocks(std::string heading, std::size_t first = 0)
+        : text(first == 0 ? std::move(heading) : std::string()), count(first) {}
 
     std::size_t add(const std::string& block);
     std::string take() { return std::move(text); }
+    std::size_t end() const { return count; }
 
 private:
     std::string text;
-    std::size_t count = 0;
+    std::size_t count;
 };
 
 std::size_t Blocks::add(const std::string& block) {
@@ -238,7 +241,7 @@ void addPanel(Blocks& blocks, PlotData& data, const PlotPanel& panel, const Plot
 
 }  // namespace
 
-PlotData plotData(const PlotContents& contents, const PlotFrame& frame, const PlotPanel& panel) {
+PlotData plotData(const PlotContents& contents, const PlotFrame& frame, const PlotPanel& panel, std::size_t first) {
     PlotData data;
     if (contents.map && contents.contours.empty()) {
         data.text = "# Cells that have a colour: x from, x to, y from, y to, value.\n" + cells(*contents.map, frame);
@@ -259,7 +262,8 @@ PlotData plotData(const PlotContents& contents, const PlotFrame& frame, const Pl
         "# For each histogram that is drawn as steps: its outline as x, height; then centre, height, height - error,\n"
         "# height + error. For points: x, y, then the ends of their bars in x and in y. For a curve: x, y. Each "
         "object\n"
-        "# has two blocks, of which the second may hold nothing.\n");
+        "# has two blocks, of which the second may hold nothing.\n",
+        first);
     for (const PlotSeries& series : contents.series) {
         addSeries(blocks, data, series, frame);
     }
@@ -267,6 +271,7 @@ PlotData plotData(const PlotContents& contents, const PlotFrame& frame, const Pl
         data.stack = blocks.add(band(*contents.stack, contents.stack->points, frame.y));
     }
     addPanel(blocks, data, panel, frame);
+    data.end = blocks.end();
     data.text = blocks.take();
     return data;
 }

@@ -14,9 +14,11 @@ struct PlotData {
     std::vector<std::size_t> contours;  ///< Of each object with contours.
     std::size_t panelBand = 0;          ///< The errors of the reference.
     std::vector<std::size_t> panel;     ///< Of each compared object; what lies outside of the panel follows.
+    std::size_t end = 0;                ///< The number of the next block.
 };
 
 /// Curves and contours must have been sampled. Numbers outside of the frame are moved to its edge.
-PlotData plotData(const PlotContents& contents, const PlotFrame& frame, const PlotPanel& panel);
+/// @param first number of the first block, which those of other frames come before.
+PlotData plotData(const PlotContents& contents, const PlotFrame& frame, const PlotPanel& panel, std::size_t first = 0);
 
 }  // namespace velmorak

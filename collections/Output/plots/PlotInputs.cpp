@@ -74,6 +74,9 @@ std::vector<InputSpec> advancedInputs() {
         textInput("zlabel", "Title of the colour scale with its unit. Empty: the quantity that is shown."),
         rangeInput("zrange", "colours"),
         choiceInput("logz", "Logarithmic colour scale; bins that are not above 0 stay white.", "no"),
+        choiceInput("groups",
+                    "How a list of histograms is drawn. Grid: each in a frame of its own. Overlaid: all in one frame.",
+                    "grid", {"grid", "overlaid"}),
         choiceInput("panel",
                     "Lower panel that compares the other objects with the stack, the function, the object whose look "
                     "says reference, or else the second object.",

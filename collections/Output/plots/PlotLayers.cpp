@@ -257,7 +257,7 @@ std::string legendSample(const LegendEntry& entry, const PlotContents& contents,
 }
 
 std::string joined(const std::vector<std::string>& layers) {
-    std::string text = "plot ";
+    std::string text = layers.empty() ? "plot NaN notitle" : "plot ";
     for (std::size_t i = 0; i < layers.size(); ++i) {
         text += (i > 0 ? ", \\\n     " : "") + layers[i];
     }

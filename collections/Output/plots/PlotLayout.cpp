@@ -61,10 +61,12 @@ void fitTilted(PlotLayout& layout, const PlotTics& tics) {
     layout.bottom += std::min(depth, most * layout.height) - 0.3 * layout.scale;
 }
 
-void fitLeft(PlotLayout& layout, const PlotTics& tics, const PlotTics& panel) {
+void fitLeft(PlotLayout& layout, const PlotTics& tics, const PlotTics& panel, bool hasTitle) {
     const double labels = std::max(tics.widest(), panel.widest()) * characterCm(layout.ticFont());
     constexpr double most = 0.35;
-    layout.left = std::min(labels + lineCm(layout.titleFont()) + 0.55 * layout.scale, most * layout.width);
+    const double title = hasTitle ? lineCm(layout.titleFont()) : 0.0;
+    layout.left = std::min(labels + title + 0.55 * layout.scale, most * layout.width);
+    layout.left = std::max(layout.left, layout.place.left);
 }
 
 void fitRight(PlotLayout& layout, const PlotContents& contents, const PlotPage& page) {
@@ -93,14 +95,17 @@ double lineCm(double points) {
     return em * points * cmPerPoint;
 }
 
-double scaleOf(const PlotStyle& style) {
+double scaleOf(double width, double height) {
     constexpr double usualArea = 160.0;
-    return std::clamp(std::sqrt(style.width * style.height / usualArea), 0.45, 4.0);
+    return std::clamp(std::sqrt(width * height / usualArea), 0.45, 4.0);
 }
 
 PlotLayout firstLayout(const PlotContents& contents, const PlotStyle& style) {
-    PlotLayout layout{.width = style.width, .height = style.height, .scale = scaleOf(style)};
-    layout.bottom = 1.55 * layout.scale + static_cast<double>(contents.notes.size()) * noteLine(layout);
+    PlotLayout layout{.width = style.width, .height = style.height};
+    layout.scale = scaleOf(style.width, style.height);
+    layout.place = style.place.value_or(PlotPlace{.pageWidth = style.width, .pageHeight = style.height});
+    layout.bottom =
+        (style.place ? 0.8 : 1.55) * layout.scale + static_cast<double>(contents.notes.size()) * noteLine(layout);
     const bool isHigh = hasTitle(contents, style);
     layout.top = (isHigh ? 1.0 : 0.5) * layout.scale;
     layout.right = 0.6 * layout.scale;
@@ -133,7 +138,7 @@ PlotPage pageOf(const PlotContents& contents, const PlotFrame& frame, const Plot
     if (layout.panelHeight > 0.0) {
         page.panel = linearTics(panelSpan, {.characters = layout.panelHeight / character, .isHorizontal = false});
     }
-    fitLeft(layout, page.y, page.panel);
+    fitLeft(layout, page.y, page.panel, !style.place);
     page.x = horizontalTics(contents, frame, style, {.characters = layout.frameWidth() / character});
     if (page.x.isTilted) {
         fitTilted(layout, page.x);

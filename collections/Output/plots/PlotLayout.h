@@ -15,7 +15,11 @@ struct PlotLayout {
     double top = 1.0;
     double panelHeight = 0.0;  ///< Of the lower frame, without the gap above it; 0: there is none.
     double panelGap = 0.0;
+    PlotPlace place{};
 
+    /// Fractions of the page for a distance from the left or lower end of the picture.
+    double screenX(double cm) const { return (place.x + cm) / place.pageWidth; }
+    double screenY(double cm) const { return (place.y + cm) / place.pageHeight; }
     double ticFont() const { return 10.0 * scale; }
     double titleFont() const { return 12.0 * scale; }
     double legendFont() const { return 10.0 * scale; }
@@ -42,8 +46,8 @@ struct PlotPage {
     PlotSpan panelSpan;
 };
 
-/// @return the scale of fonts and lines in a picture of this size.
-double scaleOf(const PlotStyle& style);
+/// @return the scale of fonts and lines for a picture of this size.
+double scaleOf(double width, double height);
 
 /// @return sizes for usual labels.
 PlotLayout firstLayout(const PlotContents& contents, const PlotStyle& style);

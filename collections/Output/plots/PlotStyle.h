@@ -11,6 +11,7 @@ enum class LegendPlace { None, Automatic, TopLeft, TopRight, BottomLeft, BottomR
 enum class StatisticsDisplay { None, Automatic, Always, TopLeft, TopRight, BottomLeft, BottomRight };
 enum class ObjectStyle { Automatic, Steps, Points, Line, Filled, Stacked, Band, Colours, Contours };
 enum class PanelKind { None, Ratio, Difference, Pull };
+enum class ListDisplay { Grid, Overlaid };
 
 /// Dash of a line: the number of gnuplot's dash type.
 enum class Dash { Solid = 1, Dashed = 2, Dotted = 3, DashDotted = 4 };
@@ -62,6 +63,15 @@ struct PlotNote {
     std::optional<std::array<double, 2>> place{};  ///< Its left end in fractions of the frame, instead of a corner.
 };
 
+/// Where a frame with its labels lies on a page that has several, in cm from the lower left corner.
+struct PlotPlace {
+    double x = 0.0;
+    double y = 0.0;
+    double pageWidth = 16.0;
+    double pageHeight = 10.0;
+    double left = 0.0;  ///< The least margin at its left: that of the frames below and above.
+};
+
 /// User settings of one picture.
 struct PlotStyle {
     std::string baseName;              ///< Of all files of the picture, without folder and extension.
@@ -77,13 +87,15 @@ struct PlotStyle {
     ObjectStyle histograms = ObjectStyle::Automatic;
     StatisticsDisplay statistics = StatisticsDisplay::Automatic;
     BoxPlace statisticsPlace{};  ///< Goes before the corner that statistics names.
+    ListDisplay lists = ListDisplay::Grid;
     PanelKind panel = PanelKind::None;
     PlotRange panelRange{};
     std::vector<PlotGuide> guides{};
     std::vector<PlotNote> notes{};
-    double width = 16.0;   ///< Centimetres.
-    double height = 10.0;  ///< Centimetres.
-    double dpi = 254.0;    ///< Dots per inch of a PNG.
+    double width = 16.0;               ///< Centimetres.
+    double height = 10.0;              ///< Centimetres.
+    double dpi = 254.0;                ///< Dots per inch of a PNG.
+    std::optional<PlotPlace> place{};  ///< Of one frame among others, which has no titles of axes.
 };
 
 }  // namespace velmorak

@@ -237,6 +237,7 @@ PlotStyle plotStyleOf(const PlotValue& shownValueOf, std::size_t objects) {
     style.histograms = chosen<ObjectStyle>(valueOf, "style", histogramStyleChoices());
     style.statistics = chosen<StatisticsDisplay>(valueOf, "statistics", statisticsChoices());
     style.statisticsPlace = boxPlaceIn(valueOf("statisticsplace"));
+    style.lists = valueOf("groups") == "overlaid" ? ListDisplay::Overlaid : ListDisplay::Grid;
     style.panel = chosen<PanelKind>(valueOf, "panel", panelChoices());
     style.panelRange = rangeIn(valueOf("panelrange"));
     style.guides = guidesOf(valueOf);

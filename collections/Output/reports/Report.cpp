@@ -18,13 +18,13 @@ namespace velmorak {
 
 namespace {
 
-const InputSpec objectInput = {
-    .name = "object",
-    .description =
-        "Number, text, histogram, profile, points or function for the report. A function is drawn over the "
-        "object before it. Values that are missing because a plug-in failed are named.",
-    .type = ValueType::Any,
-    .isOptional = true};
+const InputSpec objectInput = {.name = "object",
+                               .description =
+                                   "Number, text, histogram, list of histograms, profile, points or function for the "
+                                   "report. A function is drawn over the "
+                                   "object before it. Values that are missing because a plug-in failed are named.",
+                               .type = ValueType::Any,
+                               .isOptional = true};
 
 std::string outputOf(const RunRecord& record, const std::string& plugin, const std::string& input) {
     for (const RecordedPlugin& recorded : record.plugins) {
@@ -171,7 +171,7 @@ std::string ReportKind::notes() const {
 
 - failures with their reasons, and the plug-ins that could not run because of them
 - the pipeline with its boxes and wires
-- each histogram, profile and set of points that is wired to the report, drawn with the settings of the `Plot` that draws
+- each histogram, list of histograms, profile and set of points that is wired to the report, drawn with the settings of the `Plot` that draws
   it, too, if there is one; a function is drawn over the object wired before it
 - parameters of functions, with errors, χ²/ndf and p-value if they were fitted
 - numbers, with their errors, and texts: lines with tabs, such as those of `CutFlow`, become a table

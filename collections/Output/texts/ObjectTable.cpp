@@ -2,11 +2,14 @@
 
 #include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
+#include <velmorak/FormatMeasurement.h>
 #include <velmorak/FunctionValues.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace velmorak {
 
@@ -120,6 +123,34 @@ ObjectTable tableOf(const Points& points) {
             for (const double number : {measured.value, measured.errorPlus, measured.errorMinus}) {
                 row.emplace_back().value = number;
             }
+        }
+    }
+    return table;
+}
+
+std::optional<double> numberOf(const HistogramList::Group& group) {
+    double number = 0.0;
+    const bool isNumber = readNumber(group.key, number) && formatNumber(number) == group.key;
+    return isNumber ? std::optional(number) : std::nullopt;
+}
+
+/// The bins of all histograms, with the key before them: as a number if all keys are.
+ObjectTable tableOf(const HistogramList& list) {
+    const bool hasNumbers = std::all_of(list.groups().begin(), list.groups().end(),
+                                        [](const HistogramList::Group& group) { return numberOf(group).has_value(); });
+    ObjectTable table{.columns = {list.keyTitle()}, .rows = {}};
+    for (const HistogramList::Group& group : list.groups()) {
+        ObjectTable own = tableOf(*group.histogram);
+        if (table.columns.size() == 1) {
+            table.columns.insert(table.columns.end(), own.columns.begin(), own.columns.end());
+        }
+        ObjectTable::Number key{.text = group.key};
+        if (hasNumbers) {
+            key = {.value = *numberOf(group), .isCount = true};
+        }
+        for (Row& row : own.rows) {
+            row.insert(row.begin(), key);
+            table.rows.push_back(std::move(row));
         }
     }
     return table;

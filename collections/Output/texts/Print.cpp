@@ -180,7 +180,7 @@ std::string PrintKind::notes() const {
     return R"(Output goes to standard error, among the messages of the run, and to a file in the results folder; nothing is written to
 standard output. Each item begins with the names of its plug-in and output. Control characters are removed from texts. For an
 object, its title is followed by statistics and the first bins, with columns as in `CsvWriter`, or the first points with their
-errors; for a function, by its parameters, with errors, χ² and p-value if it was fitted.
+errors; for a list of histograms, by a line for each of the first ones; for a function, by its parameters, with errors, χ² and p-value if it was fitted.
 
 A number with an error is rounded as in `91.212 ± 0.014`: its error by the rule of the Particle Data Group (Review of
 Particle Physics, Introduction, section 5.3), to two digits if its three leading digits are 100 to 354, to one if they
@@ -201,8 +201,9 @@ Ports PrintKind::ports(const ValueTexts& values) const {
         object,
         countInput("objects", "Number of items to print, 1 to 16; each has its own input."),
         {.name = "rows",
-         .description =
-             "Number of rows of a table, bins of a histogram or points to print; 0: only how many there are.",
+         .description = "Number of rows of a table, bins of a histogram, histograms of a list or points to print; 0: "
+                        "only how many "
+                        "there are.",
          .value = "10",
          .minimum = 0,
          .maximum = 10000,

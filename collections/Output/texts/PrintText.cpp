@@ -51,6 +51,24 @@ TextTable textTable(const Points& points, std::size_t most) {
     return texts;
 }
 
+/// A histogram is one row.
+TextTable textTable(const HistogramList& list, std::size_t most) {
+    TextTable texts{.columns = {list.keyTitle(), "entries", "height", "mean", "rms", "underflow", "overflow", "NaN"},
+                    .rows = {},
+                    .count = list.groups().size()};
+    for (const HistogramList::Group& group : list.groups()) {
+        if (texts.rows.size() == most) {
+            break;
+        }
+        const Histogram1D& histogram = *group.histogram;
+        const BinSums all = histogram.inRange();
+        texts.rows.push_back({group.key, std::to_string(all.entries), formatNumber(all.w), roundedText(all.mean(0)),
+                              roundedText(all.rms(0)), std::to_string(histogram.underflow().entries),
+                              std::to_string(histogram.overflow().entries), std::to_string(histogram.nanEntries())});
+    }
+    return texts;
+}
+
 std::string linesOf(const std::vector<StatisticsRow>& rows) {
     std::string text;
     for (const StatisticsRow& row : rows) {
@@ -67,6 +85,9 @@ std::string statisticsText(const DataObject& object) {
                              [](const Profile1D& profile) { return linesOf(statisticsOf(profile)); },
                              [](const Profile2D& profile) { return statisticsLine(profile) + "\n"; },
                              [](const FunctionObject& function) { return linesOf(statisticsOf(function)); },
+                             [](const HistogramList& list) {
+                                 return "Histograms: " + std::to_string(list.groups().size()) + "\n";
+                             },
                              [](const DataObject&) { return std::string(); },
                          });
 }
@@ -79,6 +100,7 @@ std::string printedObject(const std::string& name, const DataObject& object, std
     }
     const TextTable table = visit(object, overloaded{
                                               [&](const Points& points) { return textTable(points, most); },
+                                              [&](const HistogramList& list) { return textTable(list, most); },
                                               [&](const DataObject& other) { return textTable(other, most); },
                                           });
     text += alignedTable(table.columns, table.rows);

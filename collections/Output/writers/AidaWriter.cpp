@@ -55,13 +55,14 @@ std::string AidaWriterKind::summary() const {
 
 Ports AidaWriterKind::ports(const ValueTexts& values) const {
     Ports ports;
-    ports.inputs = writerInputs({.objects = "Histogram, profile, points, function or table to write",
-                                 .objectsRemark = " At most one object of a writer can be a table.",
-                                 .ending = ".aida",
-                                 .fileRemark = {},
-                                 .folder = "/run1",
-                                 .own = {}},
-                                values);
+    ports.inputs =
+        writerInputs({.objects = "Histogram, list of histograms, profile, points, function or table to write",
+                      .objectsRemark = " At most one object of a writer can be a table.",
+                      .ending = ".aida",
+                      .fileRemark = {},
+                      .folder = "/run1",
+                      .own = {}},
+                     values);
     return ports;
 }
 

@@ -105,6 +105,7 @@ double quotes, and quotes in them are doubled, so that a text that styles like a
 |---|---|
 | histogram | `low`, `high`, `entries`, `height`, `error`, `sumww`, `sumwx`, `sumwxx`: sums of w², wx and wx² |
 | histogram of categories | `category`, and then as above |
+| list of histograms | the key, and then as above, one histogram after the other |
 | histogram over two or three | `xlow`, `xhigh`, `ylow`, `yhigh`, ..., `entries`, `height`, `error` |
 | profile | `low`, `high` (or as above), `entries`, `weights`, `mean`, `error`, `rms` |
 | points | `x`, `xplus`, `xminus`, `y`, `yplus`, `yminus`, ...; of more than three dimensions `x1`, `x2`, ... |
@@ -117,7 +118,7 @@ Ports CsvWriterKind::ports(const ValueTexts&) const {
     Ports ports;
     ports.inputs = {
         {.name = "object",
-         .description = "Table, histogram, profile, points or function to write.",
+         .description = "Table, histogram, list of histograms, profile, points or function to write.",
          .type = ValueType::Any},
         writtenFileInput(".csv"),
         {.name = "delimiter",

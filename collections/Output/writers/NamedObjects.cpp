@@ -2,6 +2,7 @@
 
 #include "Output/Ports.h"
 
+#include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>
 
 #include <algorithm>
@@ -36,7 +37,30 @@ std::string unusedName(const std::string& name, const std::vector<NamedObject>& 
     return candidate;
 }
 
+std::vector<NamedValue> histogramsOf(const HistogramList& list, const std::string& name) {
+    std::vector<NamedValue> values;
+    for (const HistogramList::Group& group : list.groups()) {
+        const std::string& own = group.histogram->name;
+        values.push_back({own.empty() ? nameWithKey(name, group.key) : own, DataObjectPtr(group.histogram)});
+    }
+    return values;
+}
+
 }  // namespace
+
+std::vector<NamedValue> unfolded(const Value& value, const std::string& name) {
+    const auto* const object = std::get_if<DataObjectPtr>(&value);
+    if (!object || !*object) {
+        return {{name, value}};
+    }
+    const std::string& own = (*object)->name.empty() ? name : (*object)->name;
+    return visit(**object, overloaded{
+                               [&](const HistogramList& list) { return histogramsOf(list, own); },
+                               [&](const DataObject&) {
+                                   return std::vector<NamedValue>{{own, value}};
+                               },
+                           });
+}
 
 std::vector<InputSpec> writerInputs(const WriterInputs& inputs, const ValueTexts& values) {
     const InputSpec object = {
@@ -76,9 +100,15 @@ std::vector<NamedObject> namedObjects(const Arguments& arguments, const std::str
         if (!object && std::exchange(hasTable, true)) {
             throw Failure(input, "a file can hold only one table; use another " + plugin + " for the second one");
         }
-        const bool hasName = object && !object->name.empty();
-        const std::string& name = hasName ? object->name : arguments.sourceName(input);
-        objects.push_back({.name = unusedName(name, objects), .object = std::move(object)});
+        if (!object) {
+            objects.push_back({.name = unusedName(arguments.sourceName(input), objects), .object = {}, .input = input});
+            continue;
+        }
+        for (NamedValue& each : unfolded(object, arguments.sourceName(input))) {
+            objects.push_back({.name = unusedName(each.name, objects),
+                               .object = std::get<DataObjectPtr>(std::move(each.value)),
+                               .input = input});
+        }
     }
     return objects;
 }

@@ -11,7 +11,19 @@ namespace velmorak {
 struct NamedObject {
     std::string name;
     DataObjectPtr object;  ///< Null for the table.
+    std::string input;     ///< Where it is wired.
 };
+
+/// A value with its name in a file.
+struct NamedValue {
+    std::string name;
+    Value value;
+};
+
+/// @return the histograms of a list, each under its own name or one made from the given name and its key; else the
+/// value
+///         itself, as an object under its own name, if it has one, or the given one.
+std::vector<NamedValue> unfolded(const Value& value, const std::string& name);
 
 /// What differs between the inputs of the writers.
 struct WriterInputs {
@@ -32,8 +44,8 @@ std::string folderRefusal(const std::string& folder);
 /// @return the value of the input "folder". @throws Failure if it cannot be used.
 const std::string& folderInFile(const Arguments& arguments);
 
-/// The objects wired to the numbered inputs "object", under its own name or that of the plug-in that made it; names
-/// that are taken get a number.
+/// The objects wired to the numbered inputs "object", under its own name or that of the plug-in that made it; of a list
+/// its histograms. Names that are taken get a number.
 /// @param plugin kind and file of the writer, such as "AidaWriter".
 /// @param file   what it writes, such as "an AIDA file".
 /// @throws Failure if an input has nothing wired, a number or a text, or if there are two tables.

@@ -58,15 +58,14 @@ void adaptNames(std::vector<NamedObject>& objects, RunContext& context) {
     }
 }
 
-void requireWritable(const std::vector<NamedObject>& objects, const Arguments& arguments) {
-    const std::vector<std::string> inputs = numberedInputs(arguments, "objects", "object");
-    for (std::size_t i = 0; i < objects.size(); ++i) {
+void requireWritable(const std::vector<NamedObject>& objects) {
+    for (const NamedObject& each : objects) {
         try {
-            if (objects[i].object) {
-                root::requireWritable(*objects[i].object, objects[i].name);
+            if (each.object) {
+                root::requireWritable(*each.object, each.name);
             }
         } catch (const Failure& failure) {
-            throw Failure(inputs[i], failure.what());
+            throw Failure(each.input, failure.what());
         }
     }
 }
@@ -112,6 +111,7 @@ bytes: the file has no time, and its identity is a hash of its contents.
 | input | in the file |
 |---|---|
 | histogram | `TH1D`, `TH2D` or `TH3D` with the sums of weights and of their squares in each bin, and the sums for mean and spread |
+| list of histograms | `TH1D` for each, with its key in the name |
 | profile | `TProfile` or `TProfile2D` with errors of the mean |
 | points of two dimensions | `TGraphErrors`, or `TGraphAsymmErrors` where an upward and a downward error differ |
 | table | `TTree` with a branch for each column |
@@ -131,7 +131,7 @@ Ports RootWriterKind::ports(const ValueTexts& values) const {
         .value = "zstd",
         .choices = {"zstd", "lz4", "zlib", "none"}};
     Ports ports;
-    ports.inputs = writerInputs({.objects = "Histogram, profile, points or table to write",
+    ports.inputs = writerInputs({.objects = "Histogram, list of histograms, profile, points or table to write",
                                  .objectsRemark = " At most one object of a writer can be a table.",
                                  .ending = ".root",
                                  .fileRemark = {},
@@ -153,7 +153,7 @@ std::unique_ptr<Accumulation> RootWriterKind::prepare(const Arguments& arguments
                           .objects = namedObjects(arguments, name(), "a ROOT file"),
                           .table = std::nullopt};
     adaptNames(contents.objects, context);
-    requireWritable(contents.objects, arguments);
+    requireWritable(contents.objects);
     if (schema && schema->size() == 0) {
         throw Failure("object", "the table has no columns");
     }

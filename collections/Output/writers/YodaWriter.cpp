@@ -46,11 +46,12 @@ std::vector<YodaObject> objectsOf(const Arguments& arguments) {
     for (const std::string& input : numberedInputs(arguments, "objects", "object")) {
         const Value& value = arguments.value(input);
         if (!arguments.isWired(input) || std::holds_alternative<std::monostate>(value)) {
-            throw Failure(input, "wire a histogram, profile, points or number");
+            throw Failure(input, "wire a histogram, a list of histograms, a profile, points or a number");
         }
-        const auto* object = std::get_if<DataObjectPtr>(&value);
-        const std::string& name = object && !(*object)->name.empty() ? (*object)->name : arguments.sourceName(input);
-        objects.push_back({unusedPath(folder + (folder.ends_with('/') ? "" : "/") + asWord(name), objects), value});
+        for (NamedValue& each : unfolded(value, arguments.sourceName(input))) {
+            const std::string path = folder + (folder.ends_with('/') ? "" : "/") + asWord(each.name);
+            objects.push_back({unusedPath(path, objects), std::move(each.value)});
+        }
     }
     return objects;
 }
@@ -69,7 +70,7 @@ Ports YodaWriterKind::ports(const ValueTexts& values) const {
                                .value = "2",
                                .choices = {"2", "3"}};
     Ports ports;
-    ports.inputs = writerInputs({.objects = "Histogram, profile, points or number to write",
+    ports.inputs = writerInputs({.objects = "Histogram, list of histograms, profile, points or number to write",
                                  .objectsRemark = {},
                                  .ending = ".yoda",
                                  .fileRemark = ", which is gzipped if it ends with .gz",

@@ -16,8 +16,9 @@ namespace {
 constexpr std::size_t maxNotes = 20;
 
 ValueType typeNamed(const std::string& name) {
-    for (const ValueType type : {ValueType::Number, ValueType::Text, ValueType::Choice, ValueType::Table,
-                                 ValueType::Histogram, ValueType::Profile, ValueType::Points, ValueType::Function}) {
+    for (const ValueType type :
+         {ValueType::Number, ValueType::Text, ValueType::Choice, ValueType::Table, ValueType::Histogram,
+          ValueType::Profile, ValueType::Points, ValueType::Function, ValueType::Histograms}) {
         if (name == nameOf(type)) {
             return type;
         }

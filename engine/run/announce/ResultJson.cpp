@@ -143,23 +143,39 @@ Json functionJson(const FunctionObject& function, std::optional<DataSpan> span) 
     return json;
 }
 
+template <typename Object>
+Json histogramJson(const Object& it, std::size_t maxCells) {
+    return gridJson(it, maxCells,
+                    [&](std::size_t cell) { return std::pair(it.cells()[cell].w, std::sqrt(it.cells()[cell].ww)); });
+}
+
+/// Histograms as far as their cells are few together.
+Json listJson(const HistogramList& list, std::size_t maxCells) {
+    Json json{{"key", list.keyTitle()}, {"groups", Json::array()}};
+    std::size_t left = maxCells;
+    for (const HistogramList::Group& group : list.groups()) {
+        const std::size_t cells = group.histogram->cells().size();
+        Json one{{"key", group.key}, {"title", group.label}};
+        one.update(histogramJson(*group.histogram, left));
+        left -= std::min(left, cells);
+        json["groups"].push_back(std::move(one));
+    }
+    return json;
+}
+
 Json objectJson(const DataObject& object, const std::optional<DataSpan>& span, std::size_t maxCells) {
-    const auto histogram = [&](const auto& it) {
-        return gridJson(it, maxCells, [&](std::size_t cell) {
-            return std::pair(it.cells()[cell].w, std::sqrt(it.cells()[cell].ww));
-        });
-    };
     const auto profile = [&](const auto& it) {
         return gridJson(it, maxCells, [&](std::size_t cell) { return std::pair(it.height(cell), it.error(cell)); });
     };
     return visit(object, overloaded{
-                             [&](const Histogram1D& it) { return histogram(it); },
-                             [&](const Histogram2D& it) { return histogram(it); },
+                             [&](const Histogram1D& it) { return histogramJson(it, maxCells); },
+                             [&](const Histogram2D& it) { return histogramJson(it, maxCells); },
                              [&](const Histogram3D& it) { return momentsJson(it); },
                              [&](const Profile1D& it) { return profile(it); },
                              [&](const Profile2D& it) { return profile(it); },
                              [&](const Points& it) { return pointsJson(it, maxCells); },
                              [&](const FunctionObject& it) { return functionJson(it, span); },
+                             [&](const HistogramList& it) { return listJson(it, maxCells); },
                              [](const DataObject&) { return Json::object(); },
                          });
 }

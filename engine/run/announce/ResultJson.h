@@ -18,8 +18,8 @@ using DataSpan = std::pair<double, double>;
 
 /// @param span over which a function is sampled; nothing: its own range.
 /// @param maxCells larger objects are only named.
-/// @return the value with its type: a number with its error, a text, bins with heights and errors, points, or
-///         samples of a function. A number that is not finite is null.
+/// @return the value with its type: a number with its error, a text, bins with heights and errors, points, samples of
+///         a function, or groups of a list, each with its title and bins. A number that is not finite is null.
 nlohmann::ordered_json resultJson(const Value& value, const std::optional<DataSpan>& span, std::size_t maxCells);
 
 /// @return nothing for a value without an axis.

@@ -38,7 +38,8 @@ void SnapshotContext::writeResult(const std::string&, const std::function<void(c
 
 bool isDrawable(const PipelineNode& node) {
     return std::any_of(node.outputs.begin(), node.outputs.end(), [](const OutputSpec& output) {
-        return output.type == ValueType::Histogram || output.type == ValueType::Profile;
+        return output.type == ValueType::Histogram || output.type == ValueType::Profile ||
+               output.type == ValueType::Histograms;
     });
 }
 
@@ -76,8 +77,13 @@ std::size_t cellsOf(const Value& value) {
                                [](const Histogram2D& it) { return it.cells().size(); },
                                [](const Profile1D& it) { return it.cells().size(); },
                                [](const Profile2D& it) { return it.cells().size(); },
+                               [](const HistogramList& it) { return it.cellCount(); },
                                [](const DataObject&) { return maxCells + 1; },
                            });
+}
+
+bool hasManyCells(const std::vector<Value>& values) {
+    return std::any_of(values.begin(), values.end(), [](const Value& value) { return cellsOf(value) > maxCells; });
 }
 
 }  // namespace
@@ -119,6 +125,9 @@ std::optional<ResultsSoFar> LiveResults::resultsOf(std::size_t position) {
         const NodeArguments arguments = state.arguments(op.node);
         const std::unique_ptr<Accumulation> accumulation = prepared(*kind, arguments, schema, context);
         accumulation->finish(*copyOf(*op.merger, *accumulation, kind->name()), results);
+        if (hasManyCells(results.values())) {
+            large.insert(op.node);  // A list of histograms grows while it is filled.
+        }
     });
     return error || large.contains(op.node) ? std::nullopt
                                             : std::optional(ResultsSoFar{op.node, op.rowsIn, results.values()});
@@ -136,8 +145,7 @@ bool LiveResults::isSmall(const Operator& op, const Accumulator& kind, const Sch
         const std::unique_ptr<Accumulation> accumulation = prepared(kind, arguments, schema, context);
         accumulation->finish(*mustBe(accumulation->newState(), "state"), empty);
     });
-    const bool isLarge = std::any_of(empty.values().begin(), empty.values().end(),
-                                     [](const Value& value) { return cellsOf(value) > maxCells; });
+    const bool isLarge = hasManyCells(empty.values());
     if (!isLarge) {
         small.insert(op.node);
     }

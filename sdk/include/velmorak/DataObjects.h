@@ -2,6 +2,7 @@
 
 #include <velmorak/FunctionObject.h>
 #include <velmorak/Histogram.h>
+#include <velmorak/HistogramList.h>
 #include <velmorak/Points.h>
 #include <velmorak/Profile.h>
 
@@ -11,8 +12,9 @@
 namespace velmorak {
 
 /// A data object by its concrete class. DataObject stands for classes that only a test or a later version has.
-using ConcreteObject = std::variant<const Histogram1D*, const Histogram2D*, const Histogram3D*, const Profile1D*,
-                                    const Profile2D*, const Points*, const FunctionObject*, const DataObject*>;
+using ConcreteObject =
+    std::variant<const Histogram1D*, const Histogram2D*, const Histogram3D*, const Profile1D*, const Profile2D*,
+                 const Points*, const FunctionObject*, const HistogramList*, const DataObject*>;
 
 /// @return a pointer to the object itself, never null.
 ConcreteObject concrete(const DataObject& object);

@@ -12,9 +12,10 @@
 namespace velmorak {
 
 /// The type of an input or output. A user can enter values of the first three; the others come by wire only.
-enum class ValueType { Number, Text, Choice, Table, Histogram, Profile, Points, Function, Any };
+enum class ValueType { Number, Text, Choice, Table, Histogram, Profile, Points, Function, Histograms, Any };
 
-/// @return the name as shown to the user: "number", "text", "choice", "table", "histogram", ...
+/// @return the name as shown to the user: "number", "text", "choice", "table", "histogram", ...; "histogram list" of
+/// Histograms.
 std::string_view nameOf(ValueType type);
 
 /// A key-value remark that a file attaches to an object.
@@ -26,8 +27,8 @@ struct AnnotationItem {
     bool operator==(const AnnotationItem&) const = default;
 };
 
-/// Base class of values that travel along a wire as a whole: histograms, profiles, points, functions. DataObjects.h
-/// lists the classes. Immutable once it has left the plug-in that made it.
+/// Base class of values that travel along a wire as a whole: histograms, profiles, points, functions, lists of
+/// histograms. DataObjects.h lists the classes. Immutable once it has left the plug-in that made it.
 class DataObject {
 public:
     virtual ~DataObject() = default;

@@ -3,6 +3,7 @@
 #include <velmorak/CellVector.h>
 #include <velmorak/FunctionObject.h>
 #include <velmorak/Histogram.h>
+#include <velmorak/HistogramList.h>
 #include <velmorak/ObjectBytes.h>
 #include <velmorak/Points.h>
 #include <velmorak/Profile.h>
@@ -61,7 +62,10 @@ std::vector<DataObjectPtr> oneOfEach() {
     }
     Points points(2, {{1.5, 0.5, 0.1}, {12.25, nan, -0.0}});
     points.axisTitles = {"x [cm]", ""};
-    return {named(one), named(two), named(three), named(profile), named(wide), named(points), named(line())};
+    const HistogramList list("run", {{"3", "run = 3", std::make_shared<Histogram1D>(one)},
+                                     {"", "", std::make_shared<Histogram1D>(Grid<1>({x}))}});
+    return {named(one),  named(two),    named(three),  named(profile),
+            named(wide), named(points), named(line()), named(list)};
 }
 
 TEST(ObjectBytes, everyClassComesBackToTheLastBit) {

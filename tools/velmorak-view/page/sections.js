@@ -91,16 +91,22 @@ function detailSection(run, name, close) {
             ...wirePart(run, plugin)];
 }
 
+/* Of a list of histograms each one, under the name of the output with its key. */
+function unfolded(outputs) {
+    return outputs.flatMap((output) => !output.groups ? [output] : output.groups.map((group) =>
+        ({...group, type: "histogram", name: `${output.name} ${group.key}`, title: output.title ? `${output.title}, ${group.title}` : group.title})));
+}
+
 function outputsOf(run) {
     const all = [];
     for (const plugin of run.plugins.values()) {
-        for (const output of plugin.outputs || []) {
+        for (const output of unfolded(plugin.outputs || [])) {
             all.push({plugin: plugin.name, kind: plugin.kind, output});
         }
     }
     for (const plugin of run.live && !run.ended ? run.live.plugins : []) {
         if (!run.plugins.has(plugin.name)) {
-            all.push(...plugin.outputs.map((output) => ({plugin: plugin.name, kind: plugin.kind, output, rows: plugin.rows})));
+            all.push(...unfolded(plugin.outputs).map((output) => ({plugin: plugin.name, kind: plugin.kind, output, rows: plugin.rows})));
         }
     }
     return all;

@@ -36,6 +36,8 @@ constexpr ValueType objectType() {
         return ValueType::Points;
     } else if constexpr (std::is_same_v<Object, FunctionObject>) {
         return ValueType::Function;
+    } else if constexpr (std::is_same_v<Object, HistogramList>) {
+        return ValueType::Histograms;
     } else {
         return ValueType::Any;
     }
