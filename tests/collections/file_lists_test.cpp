@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <set>
+#include <string>
 
 /// Kinds that read several files.
 namespace velmorak::test {
@@ -25,6 +27,36 @@ protected:
 
     KindHarness bench{"CsvTable"};
 };
+
+std::set<std::string> inputsOf(const Kind& kind) {
+    std::set<std::string> names;
+    for (const InputSpec& input : kind.ports({}).inputs) {
+        names.insert(input.name);
+    }
+    return names;
+}
+
+TEST_F(FileLists, areTakenByEverySourceOfFiles) {
+    std::size_t sources = 0;
+    for (const ShippedGroup& group : shippedGroups()) {
+        for (const auto& kind : group.kinds) {
+            const std::set<std::string> inputs = inputsOf(*kind);
+            if (!dynamic_cast<const Source*>(kind.get()) || !inputs.contains("file")) {
+                continue;
+            }
+            ++sources;
+            for (const char* const name : {"file_columns", "differing_files", "damaged_files"}) {
+                EXPECT_TRUE(inputs.contains(name)) << kind->name() << " has no " << name;
+            }
+            KindHarness source(kind->name());
+            EXPECT_THAT(source.set("file", "none_*.x").failure(), HasSubstr("no file matches \"none_*.x\""));
+            std::ofstream(source.folder() / "list.txt") << "# nothing\nin_the_list.x\n";
+            const std::string list = (source.folder() / "list.txt").string();
+            EXPECT_THAT(source.set("file", "@" + list).failure(), HasSubstr("in_the_list.x")) << kind->name();
+        }
+    }
+    EXPECT_GE(sources, 11U);
+}
 
 TEST_F(FileLists, aTypeHoldsForEachCsvFileThatHasTheColumn) {
     write("1.csv", "x,run\n1,5\n");

@@ -94,9 +94,36 @@ def check_names(place):
     check(place, document(file="@samples.csv"), ['CsvTable "Rows": 3 files reused, 0 read'])
 
 
+def check_a_thousand(place):
+    """One file is added to 999, in the midst of their order and at its end."""
+    folder = place.folder / "thousand"
+    folder.mkdir()
+
+    def add(number):
+        path = folder / ("%04d.csv" % number)
+        path.write_text("x,y\n" + "".join("%r,%r\n" % (0.1 * (number % 37) + row / 3, 1 / (1 + row + number))
+                                          for row in range(5)))
+        os.utime(path, (1e9 + number, 1e9 + number))
+    for number in range(999):
+        add(number)
+    rows = ["Rows", "table"]
+    document = place.document(
+        plugin("Rows", "CsvTable", file="thousand"),
+        plugin("Mean", "Statistics", data=rows, expression="x", weight="y"),
+        plugin("Upper", "Histogram1D", table=rows, expression="x", weight="y", bins="50", low="0", high="5"),
+        plugin("Writer", "AidaWriter", object=["Upper", "histogram"], file="upper.aida"))
+    check(place, document, [])
+    add(5000)
+    check(place, document, ['CsvTable "Rows": 999 files reused, 1 read'])
+    (folder / "5000.csv").rename(folder / "0500a.csv")
+    add(5001)
+    check(place, document, ['CsvTable "Rows": 1000 files reused, 1 read'])
+
+
 def main(runner):
     with Place(runner) as place:
         place.environment["VELMORAK_CACHE_FILES_FROM"] = "0"
+        check_a_thousand(place)
         for number in range(6):
             write(place, number, number)
         rows = ["Rows", "table"]

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <map>
 #include <optional>
@@ -85,6 +86,7 @@ std::string Bundling::copied(const fs::path& path) {
 }
 
 void writeList(const JobPlan& plan, std::size_t part, const fs::path& file) {
+    errno = 0;
     std::ofstream list(file);
     const PlannedPass& pass = plan.passOf(plan.parts[part]);
     const PassRange& range = plan.parts[part].range;
@@ -95,7 +97,8 @@ void writeList(const JobPlan& plan, std::size_t part, const fs::path& file) {
     }
     list.close();
     if (!list) {
-        throw Failure(velmorak::quoted(file.string()) + " cannot be written");
+        throw Failure(velmorak::quoted(file.string()) +
+                      " cannot be written: " + std::generic_category().message(errno));
     }
 }
 

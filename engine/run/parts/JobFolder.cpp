@@ -85,7 +85,8 @@ JobFolder::Status JobFolder::statusOf(const JobPlan& plan, std::size_t part) con
     }
     std::ostringstream reason;
     reason << note.rdbuf();
-    return {State::Failed, std::string(trimmed(reason.str()))};
+    std::string text(trimmed(reason.str()));
+    return {State::Failed, text.empty() ? "its reason could not be written" : std::move(text)};
 }
 
 void JobFolder::noteFailure(std::size_t part, const std::string& reason) const {

@@ -90,6 +90,11 @@ TEST(ProgressText, namesThePassWhereThereIsMoreThanOne) {
     EXPECT_EQ(progressText({"events", 2, 5, 0.5, 0.0}), "Reading \"events\", pass 2: 50 %, 5 rows, 0 s left");
 }
 
+TEST(ProgressText, namesTheFileWhereThereIsMoreThanOne) {
+    EXPECT_EQ(progressText({"events", 1, 5, 0.5, 0.0, 16, 1000}),
+              "Reading \"events\": file 17 of 1000, 50 %, 5 rows, 0 s left");
+}
+
 TEST(ProgressText, foreseesNothingFromTooLittle) {
     EXPECT_EQ(progressText({"events", 1, 20, 0.001, 2.0}), "Reading \"events\": 0 %, 20 rows, 10 rows/s");
     EXPECT_EQ(progressText({"events", 1, 1, std::nullopt, 0.0}), "Reading \"events\": 1 row");
