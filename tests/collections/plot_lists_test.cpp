@@ -47,7 +47,7 @@ TEST(PlotOfLists, isAGridOfFramesWithTheirKeysAsTitles) {
     quick(bench).wire("object", threeRuns()).run();
     const std::string text = script(bench);
     EXPECT_EQ(countOf(text, "\nplot "), 3);
-    EXPECT_EQ(countOf(text, "set multiplot\n"), 1);
+    EXPECT_EQ(countOf(text, "\nset multiplot\n"), 1);
     EXPECT_LT(text.find("'run = 2'"), text.find("'run = 9'"));
     EXPECT_LT(text.find("'run = 9'"), text.find("'run = 10'"));
     EXPECT_EQ(countOf(text, "set label 'Runs'"), 1);
@@ -139,7 +139,7 @@ TEST(PlotOfLists, aPanelIsDrawnInFramesWithSomethingToCompare) {
     bench.wire("object2", runs({{2, {1, 1, 1}}}, "Model")).run();
     const std::string text = script(bench);
     EXPECT_EQ(countOf(text, "\nplot "), 4) << "three frames, one with a panel";
-    EXPECT_EQ(countOf(text, "set multiplot"), 1);
+    EXPECT_EQ(countOf(text, "\nset multiplot"), 1);
 }
 
 TEST(PlotOfLists, framesThatHaveNoRoomAreToldOf) {
