@@ -7,8 +7,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <fstream>
 #include <set>
+#include <system_error>
 
 namespace velmorak::fits {
 namespace {
@@ -71,7 +73,12 @@ void check(int status, const std::string& place) {
 FilePtr openFile(const std::filesystem::path& file) {
     requireRegular(file);
     std::array<char, 10> start{};
-    std::ifstream(file, std::ios::binary).read(start.data(), 9);
+    errno = 0;
+    std::ifstream beginning(file, std::ios::binary);
+    if (!beginning) {
+        throw Failure(file.string() + " cannot be opened: " + std::generic_category().message(errno));
+    }
+    beginning.read(start.data(), 9);
     if (std::string_view(start.data()) != "SIMPLE  =") {
         throw Failure(file.string() + " is no FITS file, or is compressed as a whole; unpack it first");
     }
