@@ -14,12 +14,6 @@ using expression::Step;
 
 constexpr std::size_t cacheLine = 64;
 
-/// Values are computed in whole cache lines, since vectorised loops without a remainder take less time.
-std::size_t inWholeLines(std::size_t points) {
-    constexpr std::size_t whole = cacheLine / sizeof(double);
-    return (points + whole - 1) / whole * whole;
-}
-
 /// Repeats the first value.
 void fill(void* values, ColumnType type, std::size_t count, const FitKernels& kernels) {
     if (type == ColumnType::Boolean) {
@@ -78,10 +72,11 @@ const void* Program::valuesOf(const Operand& operand, const Workspace& space) co
 }
 
 Workspace Program::workspace(std::size_t points) const {
+    constexpr std::size_t whole = cacheLine / sizeof(double);
     const std::size_t slots = dependences.size();
     Workspace space;
     space.kernels = &bestKernels();
-    space.stride = inWholeLines(points);
+    space.stride = (points + whole - 1) / whole * whole;
     space.values = alignedValues(slots * space.stride);
     space.adjoints = alignedValues(slots * space.stride);
     space.hasAdjoint.resize(slots);
@@ -126,15 +121,12 @@ BoundReverse Program::boundReverse(const Step& step, Workspace& space) const {
 }
 
 const double* Program::evaluate(const double* x, std::size_t count, const double* parameters, Workspace& space) const {
-    const std::size_t computed = inWholeLines(count);
     std::copy_n(x, count, space.values.get());
-    // Whatever an operation on integers refuses is refused at the last point, too.
-    std::fill_n(space.values.get() + count, computed - count, x[count - 1]);
     for (std::size_t i = 0; i < parameterCount; ++i) {
-        space.kernels->fill(parameters[i], computed, space.values.get() + (1 + i) * space.stride);
+        space.kernels->fill(parameters[i], count, space.values.get() + (1 + i) * space.stride);
     }
     for (BoundStep& step : space.forward) {
-        execute(step, computed, space);
+        execute(step, count, space);
     }
     return static_cast<const double*>(valuesOf(steps.result, space));
 }
@@ -150,22 +142,21 @@ void Program::execute(BoundStep& step, std::size_t count, const Workspace& space
 }
 
 void Program::backward(std::size_t count, Workspace& space) const {
-    const std::size_t computed = inWholeLines(count);
     std::fill(space.hasAdjoint.begin(), space.hasAdjoint.end(), std::uint8_t{0});
     if (dependenceOf(steps.result).onParameters) {
         const std::size_t slot = slotOf(steps.result);
         space.hasAdjoint[slot] = 1;
-        space.kernels->fill(1.0, computed, space.adjoints.get() + slot * space.stride);
+        space.kernels->fill(1.0, count, space.adjoints.get() + slot * space.stride);
     }
     for (BoundReverse& reverse : space.reverse) {
         if (*reverse.hasAdjoint != 0) {
-            reverse.step.count = computed;
+            reverse.step.count = count;
             reverse.kernel(reverse.step);
         }
     }
     for (std::size_t i = 1; i <= parameterCount; ++i) {
         if (space.hasAdjoint[i] == 0) {
-            space.kernels->fill(0.0, computed, space.adjoints.get() + i * space.stride);
+            space.kernels->fill(0.0, count, space.adjoints.get() + i * space.stride);
         }
     }
 }

@@ -63,7 +63,7 @@ public:
 
     /// @param points largest number of points per evaluation.
     Workspace workspace(std::size_t points = blockPoints) const;
-    /// Evaluates the function at count points: one or more, at most as many as the workspace has room for.
+    /// Evaluates the function at count points, at most as many as the workspace has room for.
     /// @return the values, valid until the next call with the same workspace.
     /// @throws Failure with the text if an operation on integers has no result.
     const double* evaluate(const double* x, std::size_t count, const double* parameters, Workspace& space) const;

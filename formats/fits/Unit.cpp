@@ -8,8 +8,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <fstream>
 #include <set>
+#include <system_error>
 
 namespace velmorak::fits {
 namespace {

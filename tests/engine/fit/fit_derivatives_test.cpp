@@ -1,10 +1,6 @@
-#include <velmorak/Failure.h>
-
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <cmath>
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -78,49 +74,6 @@ TEST(FitDerivatives, ignoreTheBranchThatIsNotTaken) {
     model.program.evaluate(points.data(), 2, &a, space);
     model.program.backward(2, space);
     EXPECT_EQ(model.program.derivative(0, space)[0], 2.0);
-}
-
-/// Value and derivatives at a point.
-std::vector<std::uint64_t> bitsAt(const Model& model, std::size_t point, const double* values, const Workspace& space) {
-    std::vector<std::uint64_t> bits{std::bit_cast<std::uint64_t>(values[point])};
-    for (std::size_t i = 0; i < model.names.size(); ++i) {
-        bits.push_back(std::bit_cast<std::uint64_t>(model.program.derivative(i, space)[point]));
-    }
-    return bits;
-}
-
-TEST(FitDerivatives, haveTheSameBitsForAnyNumberOfPoints) {
-    const Model model = buildModel("crystalball + pol2 + (x > 1 ? floor(a*x) % 7 : sin(a*x))/x");
-    std::vector<double> parameters(model.names.size());
-    for (std::size_t i = 0; i < parameters.size(); ++i) {
-        parameters[i] = 0.7 + 0.31 * static_cast<double>(i);
-    }
-    std::vector<double> points(blockPoints);
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        points[i] = 0.03 * static_cast<double>(i) - 1.7;
-    }
-    Workspace alone = model.program.workspace(1);
-    for (const std::size_t count : {1U, 2U, 7U, 8U, 9U, 100U, 255U, 256U}) {
-        Workspace space = model.program.workspace(count);
-        const double* const values = model.program.evaluate(points.data(), count, parameters.data(), space);
-        model.program.backward(count, space);
-        for (std::size_t i = 0; i < count; ++i) {
-            const double* const value = model.program.evaluate(&points[i], 1, parameters.data(), alone);
-            model.program.backward(1, alone);
-            ASSERT_EQ(bitsAt(model, i, values, space), bitsAt(model, 0, value, alone)) << count << ", " << points[i];
-        }
-    }
-}
-
-TEST(FitDerivatives, failOnlyWhereAPointHasNoInteger) {
-    const Model model = buildModel("a + 1 % (x > 0)");
-    Workspace space = model.program.workspace();
-    const double a = 1.0;
-    const std::vector<double> good(3, 2.0);
-    EXPECT_EQ(model.program.evaluate(good.data(), good.size(), &a, space)[2], 1.0);
-    const std::vector<double> bad{2.0, 2.0, -1.0};
-    EXPECT_THROW(model.program.evaluate(bad.data(), bad.size(), &a, space), Failure);
-    EXPECT_EQ(model.program.evaluate(good.data(), good.size(), &a, space)[2], 1.0) << "nothing is left of the failure";
 }
 
 TEST(FitDerivatives, showInWhichParametersAFunctionIsLinear) {

@@ -101,6 +101,9 @@ def check_damage(reader):
     file.write_bytes(b"nothing of the sort")
     message = reader.failure(file)
     assert "e.fits is no FITS file" in message, message
+    file.unlink()
+    message = reader.failure(file)
+    assert "e.fits cannot be opened: No such file or directory" in message, message
 
 
 def main(runner):
