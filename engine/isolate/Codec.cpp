@@ -106,10 +106,12 @@ RecordedPlugin readRecordedPlugin(MessageReader& message) {
     return plugin;
 }
 
-void writeFailure(MessageWriter& message, ErrorClass which, const std::string& input, const std::string& sentence) {
+void writeFailure(MessageWriter& message, ErrorClass which, const std::string& input, const std::string& sentence,
+                  Failure::Cause cause = Failure::Cause::Other) {
     message.number(which);
     message.text(input);
     message.text(sentence);
+    message.number(cause);
 }
 
 }  // namespace
@@ -289,7 +291,7 @@ void write(MessageWriter& message, const std::exception_ptr& exception) {
     } catch (const Stopped&) {
         writeFailure(message, ErrorClass::Stopped, {}, {});
     } catch (const Failure& failure) {
-        writeFailure(message, ErrorClass::Failure, failure.input(), failure.what());
+        writeFailure(message, ErrorClass::Failure, failure.input(), failure.what(), failure.cause());
     } catch (const std::bad_alloc&) {
         writeFailure(message, ErrorClass::Memory, {}, {});
     } catch (const std::length_error&) {
@@ -305,6 +307,7 @@ void rethrow(MessageReader& message, const std::string& onMemory) {
     const auto which = message.number<ErrorClass>();
     const std::string input = message.text();
     const std::string sentence = message.text();
+    const auto cause = message.number<Failure::Cause>();
     switch (which) {
         case ErrorClass::Stopped:
             throw Stopped();
@@ -319,7 +322,7 @@ void rethrow(MessageReader& message, const std::string& onMemory) {
         case ErrorClass::Other:
             break;
     }
-    throw Failure(input, sentence);
+    throw Failure(input, sentence, cause);
 }
 
 }  // namespace velmorak::isolation

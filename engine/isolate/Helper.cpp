@@ -38,6 +38,9 @@ void describe(MessageWriter& message, std::uint64_t kind, const RunContext* cont
     if (context) {
         message.text(context->pluginName());
         message.flag(context->isPreview());
+        message.number(context->maxCells());
+        message.flag(context->fixedDate().has_value());
+        message.number(context->fixedDate().value_or(0.0));
         message.flag(dynamic_cast<const SharedRun*>(context) != nullptr);
         message.flag(isPlanned(*context));
         message.text(partialRemark(*context));

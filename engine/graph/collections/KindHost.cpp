@@ -1,6 +1,8 @@
+#include "expression/Expression.h"
 #include "graph/collections/Collections.h"
 #include "graph/collections/Factory.h"
 #include "isolate/process/HostProcess.h"
+#include "run/KindConfig.h"
 
 #include <velmorak/FileFormat.h>
 
@@ -62,5 +64,6 @@ isolation::LoadedCollection load(const isolation::Load& order) {
 extern "C" __attribute__((visibility("default"))) int velmorakKindHost();
 
 int velmorakKindHost() {
+    velmorak::Expression::limitCombinations(velmorak::kindConfigFromEnvironment().maxCombinations);
     return velmorak::isolation::runHost(velmorak::load);
 }

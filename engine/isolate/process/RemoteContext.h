@@ -9,6 +9,7 @@
 #include <velmorak/RowMemory.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,8 @@ public:
     std::unique_ptr<ResultFile> beginResult(const std::string& fileName) override;
     std::vector<std::string> namesIn(const std::string& folder, const std::string& pattern) const override;
     bool isPreview() const override { return task.isPreview; }
+    double maxCells() const override { return task.maxCells; }
+    std::optional<double> fixedDate() const override { return task.fixedDate; }
     void skipFile(const std::filesystem::path& file, const std::string& reason) override;
     void warn(const std::string& sentence) override;
     void tell(const std::string& text) override;

@@ -3,6 +3,7 @@
 #include "isolate/Message.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace velmorak::isolation {
@@ -15,6 +16,8 @@ struct Task {
     bool hasContext = false;
     std::string plugin{};
     bool isPreview = false;
+    double maxCells = 0.0;
+    std::optional<double> fixedDate{};
     bool isShared = false;  ///< The context is a SharedRun.
     bool isPlanned = false;
     std::string partial{};
@@ -31,6 +34,10 @@ inline Task readTask(MessageReader& message) {
     if (task.hasContext) {
         task.plugin = message.text();
         task.isPreview = message.flag();
+        task.maxCells = message.number<double>();
+        const bool hasDate = message.flag();
+        const auto date = message.number<double>();
+        task.fixedDate = hasDate ? std::optional(date) : std::nullopt;
         task.isShared = message.flag();
         task.isPlanned = message.flag();
         task.partial = message.text();
