@@ -72,7 +72,11 @@ TEST(PlotStatistics, areWhereverTheUserWantsThem) {
 
 TEST(PlotStatistics, atAPlaceOfTheirOwnAreNotCoveredByTheLegend) {
     KindHarness bench("Plot");
-    quick(bench).set("objects", "2").set("statisticsplace", "0 1").wire("object", counts({5, 5, 5}));
+    quick(bench)
+        .set("objects", "2")
+        .set("style", "steps")
+        .set("statisticsplace", "0 1")
+        .wire("object", counts({5, 5, 5}));
     bench.wire("object2", fitted(0, 3)).run();
     EXPECT_TRUE(hasText(script(bench), " right top Left reverse")) << script(bench);
     bench.set("statisticsplace", "0.8 1").run();

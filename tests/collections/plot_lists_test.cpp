@@ -38,10 +38,6 @@ DataObjectPtr line() {
     return function;
 }
 
-KindHarness& quick(KindHarness& bench) {
-    return bench.set("formats", "png");
-}
-
 TEST(PlotOfLists, isAGridOfFramesWithTheirKeysAsTitles) {
     KindHarness bench("Plot");
     quick(bench).wire("object", threeRuns()).run();

@@ -10,18 +10,6 @@ using ::testing::IsEmpty;
 
 namespace {
 
-/// During its lifetime, warnings of the toolkit end the test, as critical ones always do.
-class FatalWarnings {
-public:
-    FatalWarnings() { g_log_set_always_fatal(static_cast<GLogLevelFlags>(former | G_LOG_LEVEL_WARNING)); }
-    ~FatalWarnings() { g_log_set_always_fatal(former); }
-    FatalWarnings(const FatalWarnings&) = delete;
-    FatalWarnings& operator=(const FatalWarnings&) = delete;
-
-private:
-    GLogLevelFlags former = g_log_set_always_fatal(static_cast<GLogLevelFlags>(G_LOG_FATAL_MASK));
-};
-
 /// Overlapping boxes, and boxes with misleading names.
 class CoveredPorts : public HandsTest {
 protected:
@@ -120,7 +108,6 @@ TEST_F(CoveredPorts, aPlugInThatWasCalledInputCapturesNothing) {
 }
 
 TEST_F(CoveredPorts, aDropOnTheBodyOfAPlugInCalledInputConnectsNothing) {
-    const FatalWarnings none;
     stack(650, 700);
     rename("Splitter", "input");
     drag(outputOf("Number", "value"), headOf("input"));
