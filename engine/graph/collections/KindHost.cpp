@@ -1,9 +1,9 @@
-#include "expression/Expression.h"
 #include "graph/collections/Collections.h"
 #include "graph/collections/Factory.h"
 #include "isolate/process/HostProcess.h"
 #include "run/KindConfig.h"
 
+#include <velmorak/Expression.h>
 #include <velmorak/FileFormat.h>
 
 #include <memory>
