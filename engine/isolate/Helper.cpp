@@ -29,7 +29,7 @@ int priorityOfThread() {
     return errno == 0 ? priority : 0;
 }
 
-/// As HelperTask reads it.
+/// As readTask reads it.
 void describe(MessageWriter& message, std::uint64_t kind, const RunContext* context, std::size_t memoryBytes) {
     message.number(kind);
     message.text(currentFolder());

@@ -58,14 +58,17 @@ class Program:
 
 
 def others_go_on(program):
-    document = write(program.folder, plugin("bad", "Trouble", how="segfault"), plugin("good", "Trouble"),
-                     plugin("prints", "Trouble", how="print"))
+    others = [plugin("bad", "Trouble", how="segfault"), plugin("good", "Trouble"),
+              plugin("prints", "Trouble", how="print")]
+    for other in others:
+        other["inputs"].append({"name": "after", "from": ["first", "number"]})
+    document = write(program.folder, plugin("first", "Trouble"), *others)
     run = program.run(document)
     assert 'Trouble "bad" failed: its process crashed (segmentation fault)' in run.stderr, run.stderr
     assert "by a stream\nby the C library\n" in run.stderr, run.stderr
     record = json.loads((document.with_suffix(".results") / "run.json").read_text())
     outcomes = {each["name"]: each["outcome"] for each in record["plugins"]}
-    assert outcomes == {"bad": "failed", "good": "done", "prints": "done"}, outcomes
+    assert outcomes == {"first": "done", "bad": "failed", "good": "done", "prints": "done"}, outcomes
 
 
 def crash_inside_is_one_of_the_program(program):
@@ -105,4 +108,4 @@ def main(runner, collections):
 
 
 if __name__ == "__main__":
-    main(*sys.argv[1:])
+    main(*map(os.path.abspath, sys.argv[1:]))

@@ -106,8 +106,11 @@ std::vector<End> ends() {
 class TroubleIn : public HelperProcesses, public testing::WithParamInterface<End> {};
 
 TEST_P(TroubleIn, aFunctionFailsThatPlugInOnly) {
+    add("Trouble", "first");
     add("Trouble", "bad", {{"how", GetParam().how}});
     add("Trouble", "good");
+    wire("first", "number", "bad", "after");
+    wire("first", "number", "good", "after");
     run();
     EXPECT_EQ(sentence("bad"), GetParam().sentence);
     EXPECT_EQ(status("bad"), NodeStatus::Failed);
@@ -126,8 +129,11 @@ TEST_P(TroubleIn, aRowOperationFailsThatPlugInOnly) {
 }
 
 TEST_P(TroubleIn, aReaderFailsThatPlugInOnly) {
+    add("Trouble", "first");
     addStream("rows", GetParam().how);
     add("Trouble", "good");
+    wire("first", "number", "rows", "after");
+    wire("first", "number", "good", "after");
     run();
     EXPECT_EQ(sentence("rows"), GetParam().sentence);
     EXPECT_EQ(status("sum"), NodeStatus::Skipped);
@@ -179,10 +185,10 @@ TEST_F(HelperProcesses, areReplacedWhenTheyCrashAboutAValue) {
     EXPECT_EQ(kind("Trouble").refusal("sign", "bad"), "bad is no sign");
     EXPECT_THAT(
         [&] {
-            (void)kind("Trouble").ports({{"more", "segfault"}});
+            (void)kind("Trouble").ports({{"more", "crash"}});
         },
-        testing::ThrowsMessage<Failure>("its process crashed (segmentation fault)"));
-    EXPECT_EQ(kind("Trouble").ports({}).inputs.size(), 3U);
+        testing::ThrowsMessage<Failure>("its process crashed (abort)"));
+    EXPECT_EQ(kind("Trouble").ports({}).inputs.size(), 4U);
 }
 
 TEST_F(HelperProcesses, offerTheServicesOfTheRun) {

@@ -1,6 +1,7 @@
 #include "Artefacts.h"
 
 #include <velmorak/Aida.h>
+#include <velmorak/HistogramList.h>
 
 #include <unistd.h>
 #include <bit>
@@ -17,8 +18,11 @@ std::string contentOf(const fs::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// AIDA files keep every bit.
+/// AIDA files keep every bit; they hold no lists.
 std::string bitsOfObject(const DataObject& object) {
+    if (const auto* list = dynamic_cast<const HistogramList*>(&object)) {
+        return list->toBytes();
+    }
     const fs::path file = fs::temp_directory_path() / ("velmorak-bits-" + std::to_string(getpid()) + ".aida");
     AidaFileWriter writer(file);
     writer.write(object, "/");

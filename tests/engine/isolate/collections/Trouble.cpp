@@ -74,6 +74,11 @@ InputSpec tableInput() {
     return {.name = "table", .description = "Rows.", .type = ValueType::Table};
 }
 
+/// So that a plug-in may be wired behind another one.
+InputSpec afterInput() {
+    return {.name = "after", .description = "Any number.", .value = "0"};
+}
+
 OutputSpec tableOutput() {
     return {.name = "table", .description = "Rows.", .type = ValueType::Table};
 }
@@ -83,7 +88,8 @@ public:
     std::string name() const override { return "Trouble"; }
     std::string summary() const override { return "Gives 1, or makes trouble."; }
     Ports ports(const ValueTexts& values) const override {
-        Ports ports{{howInput(), textInput("sign"), textInput("more")}, {{.name = "number", .description = "1."}}};
+        Ports ports{{howInput(), textInput("sign"), afterInput(), textInput("more")},
+                    {{.name = "number", .description = "1."}}};
         const auto more = values.find("more");
         if (more != values.end() && more->second == "crash") {
             std::abort();
@@ -225,7 +231,10 @@ public:
     std::string name() const override { return "TroubleSource"; }
     std::string summary() const override { return "Gives rows of x, or makes trouble in the second chunk."; }
     Ports ports(const ValueTexts&) const override {
-        return {{{.name = "rows", .description = "How many.", .value = "100000"}, howInput(), textInput("sign")},
+        return {{{.name = "rows", .description = "How many.", .value = "100000"},
+                 howInput(),
+                 textInput("sign"),
+                 afterInput()},
                 {tableOutput()}};
     }
     std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext&) const override {
