@@ -23,7 +23,7 @@ constexpr int rounds = 5;
 constexpr double maxRatio = 1.3;
 
 void writeDocument(const fs::path& file) {
-    std::ofstream(file) << R"({"zedra": 1, "plugins": [
+    std::ofstream(file) << R"json({"zedra": 1, "plugins": [
         {"name": "Random", "kind": "RandomTable", "inputs": [{"name": "rows", "value": "20000000"},
             {"name": "columns", "value": "x: gauss(0, 1); y: gauss(0, 1)"}]
 },
@@ -33,7 +33,7 @@ void writeDocument(const fs::path& file) {
             {"name": "expression", "value": "r"}, {"name": "high", "value": "5"}]},
         {"name": "Sum", "kind": "OwnSum", "inputs": [{"name": "table", "from": ["Polar", "table"]},
             {"name": "x", "value": "phi"}]}]
-})";
+})json";
 }
 
 double timeOf(const fs::path& folder, const char* isolate, const std::string& threads) {

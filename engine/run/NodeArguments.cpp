@@ -147,7 +147,7 @@ std::size_t NodeResults::check(const std::string& output, const Value& value) co
     }
     const auto* object = std::get_if<DataObjectPtr>(&value);
     if (std::holds_alternative<std::monostate>(value) || (object && !*object) || !mayFeed(typeOf(value), found->type)) {
-        throw std::logic_error("the kind sets its output \"" + output + "\" to something that is no " +
+        throw std::logic_error("the kind sets its output \"" + output + "\" to a value of another type than " +
                                std::string(nameOf(found->type)));
     }
     return static_cast<std::size_t>(found - outputs.begin());

@@ -1,6 +1,6 @@
 #include "isolate/process/HelperProcess.h"
 
-#include "isolate/process/Bench.h"
+#include "isolate/process/HelperSession.h"
 
 #include <cstdio>
 #include <exception>
@@ -26,7 +26,7 @@ public:
         : kinds(kinds),
           task(std::move(work)),
           context(links, task, std::move(page)),
-          bench(*kinds.at(task.kind).kind, task, links, context) {}
+          session(*kinds.at(task.kind).kind, task, links, context) {}
 
     /// Answers the questions on a connection.
     void serve(Channel channel);
@@ -41,7 +41,7 @@ private:
     const Task task;
     Links links;
     RemoteContext context;
-    Bench bench;
+    HelperSession session;
 };
 
 void HelperProcess::serve(Channel channel) {
@@ -93,7 +93,7 @@ void HelperProcess::answer(Link& link) {
 /// Destroys what the program needs no more.
 void HelperProcess::drop(const std::vector<std::uint64_t>& numbers) {
     for (const std::uint64_t number : numbers) {
-        bench.objects.take(number);
+        session.objects.take(number);
     }
 }
 
@@ -104,21 +104,21 @@ Reply HelperProcess::work(Op op, MessageReader question, const std::vector<std::
     if (op == Op::Drop) {
         const auto number = question.number<std::uint64_t>();
         drop(dropped);
-        bench.objects.take(number);
+        session.objects.take(number);
         return [](MessageWriter&) {};
     }
     if (op == Op::Evaluate) {
         questionIsRead();
-        const RemoteArguments arguments(bench);
-        RemoteResults results(bench);
-        dynamic_cast<const Function&>(bench.kind).evaluate(arguments, results, context);
+        const RemoteArguments arguments(session);
+        RemoteResults results(session);
+        dynamic_cast<const Function&>(session.kind).evaluate(arguments, results, context);
         return [](MessageWriter&) {};
     }
     if (op >= Op::MarkStateColumns || op == Op::PrepareStates) {
-        return answerOnStates(bench, op, question);
+        return answerOnStates(session, op, question);
     }
     const bool isOnRows = op >= Op::MarkRowColumns || op == Op::PrepareRows || op == Op::PrepareTables;
-    return isOnRows ? answerOnRows(bench, op, question) : answerOnSource(bench, op, question);
+    return isOnRows ? answerOnRows(session, op, question) : answerOnSource(session, op, question);
 }
 
 Reply HelperProcess::askKind(Op op, MessageReader question) const {

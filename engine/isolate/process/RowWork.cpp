@@ -1,5 +1,5 @@
 #include "isolate/ChunkCodec.h"
-#include "isolate/process/Bench.h"
+#include "isolate/process/HelperSession.h"
 
 #include <velmorak/EndedOperation.h>
 #include <velmorak/OrderedRows.h>
@@ -29,12 +29,12 @@ void describe(MessageWriter& message, std::uint64_t number, const RowOperation* 
     message.flag(dynamic_cast<const BoundedOperation*>(operation) != nullptr);
 }
 
-Reply prepared(Bench& bench, std::vector<std::unique_ptr<RowOperation>> made) {
+Reply prepared(HelperSession& session, std::vector<std::unique_ptr<RowOperation>> made) {
     Operations operations;
     for (std::unique_ptr<RowOperation>& each : made) {
-        operations.emplace_back(bench.objects.newNumber(), std::move(each));
+        operations.emplace_back(session.objects.newNumber(), std::move(each));
         if (operations.back().second) {
-            bench.objects.put(operations.back().first, operations.back().second);
+            session.objects.put(operations.back().first, operations.back().second);
         }
     }
     return [operations](MessageWriter& message) {
@@ -45,23 +45,24 @@ Reply prepared(Bench& bench, std::vector<std::unique_ptr<RowOperation>> made) {
     };
 }
 
-Reply prepareRows(Bench& bench, MessageReader question) {
+Reply prepareRows(HelperSession& session, MessageReader question) {
     const Schema schema = readSchema(question);
     questionIsRead();
-    const RemoteArguments arguments(bench);
+    const RemoteArguments arguments(session);
     std::vector<std::unique_ptr<RowOperation>> made;
-    made.push_back(dynamic_cast<const RowWise&>(bench.kind).prepare(arguments, schema, bench.context));
-    return prepared(bench, std::move(made));
+    made.push_back(dynamic_cast<const RowWise&>(session.kind).prepare(arguments, schema, session.context));
+    return prepared(session, std::move(made));
 }
 
-Reply prepareTables(Bench& bench, MessageReader question) {
+Reply prepareTables(HelperSession& session, MessageReader question) {
     std::vector<Schema> schemas;
     for (std::size_t left = question.count(); left > 0; --left) {
         schemas.push_back(readSchema(question));
     }
     questionIsRead();
-    const RemoteArguments arguments(bench);
-    return prepared(bench, dynamic_cast<const Concatenation&>(bench.kind).prepare(arguments, schemas, bench.context));
+    const RemoteArguments arguments(session);
+    return prepared(session,
+                    dynamic_cast<const Concatenation&>(session.kind).prepare(arguments, schemas, session.context));
 }
 
 Reply markColumns(RowOperation& operation, MessageReader question) {
@@ -82,29 +83,29 @@ Reply apply(const std::shared_ptr<RowOperation>& operation, MessageReader questi
     return [chunk, made](MessageWriter& message) { writeChunk(message, *made, chunk->columns); };
 }
 
-Reply look(Bench& bench, const std::shared_ptr<RowOperation>& operation, MessageReader question) {
+Reply look(HelperSession& session, const std::shared_ptr<RowOperation>& operation, MessageReader question) {
     const Chunk chunk = readChunk(question);
     questionIsRead();
     const std::shared_ptr<const void> owner = dynamic_cast<OrderedRows&>(*operation).look(chunk);
-    const std::uint64_t number = owner ? bench.objects.newNumber() : 0;
+    const std::uint64_t number = owner ? session.objects.newNumber() : 0;
     if (owner) {
-        bench.objects.put(number, owner);
+        session.objects.put(number, owner);
     }
     return [number](MessageWriter& message) { message.number(number); };
 }
 
 }  // namespace
 
-Reply answerOnRows(Bench& bench, Op op, MessageReader question) {
+Reply answerOnRows(HelperSession& session, Op op, MessageReader question) {
     if (op == Op::PrepareRows || op == Op::PrepareTables) {
-        return op == Op::PrepareRows ? prepareRows(bench, question) : prepareTables(bench, question);
+        return op == Op::PrepareRows ? prepareRows(session, question) : prepareTables(session, question);
     }
-    const auto operation = bench.objects.at<RowOperation>(question.number<std::uint64_t>());
+    const auto operation = session.objects.at<RowOperation>(question.number<std::uint64_t>());
     switch (op) {
         case Op::MarkRowColumns:
             return markColumns(*operation, question);
         case Op::Look:
-            return look(bench, operation, question);
+            return look(session, operation, question);
         case Op::Bounds: {
             const auto bounds = dynamic_cast<const BoundedOperation&>(*operation).bounds();
             return [bounds](MessageWriter& message) { write(message, bounds); };
@@ -115,7 +116,7 @@ Reply answerOnRows(Bench& bench, Op op, MessageReader question) {
             return [](MessageWriter&) {};
         default: {
             const auto owner = question.number<std::uint64_t>();
-            return apply(operation, question, bench.objects.find<void>(owner));
+            return apply(operation, question, session.objects.find<void>(owner));
         }
     }
 }

@@ -1,5 +1,5 @@
 #include "isolate/ChunkCodec.h"
-#include "isolate/process/Bench.h"
+#include "isolate/process/HelperSession.h"
 
 #include <velmorak/ChunkSize.h>
 #include <velmorak/FileCircumstances.h>
@@ -25,9 +25,9 @@ void writeProgress(MessageWriter& message, const TableReader& reader) {
 }
 
 /// A reader that the program knows by the number. @param reader null if the kind gives none.
-Reply opened(Bench& bench, std::uint64_t number, std::shared_ptr<TableReader> reader) {
+Reply opened(HelperSession& session, std::uint64_t number, std::shared_ptr<TableReader> reader) {
     if (reader) {
-        bench.objects.put(number, reader);
+        session.objects.put(number, reader);
     }
     return [reader](MessageWriter& message) {
         message.flag(reader != nullptr);
@@ -46,25 +46,26 @@ Reply opened(Bench& bench, std::uint64_t number, std::shared_ptr<TableReader> re
     };
 }
 
-Reply open(Bench& bench, MessageReader question) {
+Reply open(HelperSession& session, MessageReader question) {
     const auto number = question.number<std::uint64_t>();
     questionIsRead();
-    const RemoteArguments arguments(bench);
-    return opened(bench, number, dynamic_cast<const Source&>(bench.kind).open(arguments, bench.context));
+    const RemoteArguments arguments(session);
+    return opened(session, number, dynamic_cast<const Source&>(session.kind).open(arguments, session.context));
 }
 
-Reply openTable(Bench& bench, MessageReader question) {
-    const auto table = bench.objects.at<StoredTable>(question.number<std::uint64_t>());
+Reply openTable(HelperSession& session, MessageReader question) {
+    const auto table = session.objects.at<StoredTable>(question.number<std::uint64_t>());
     const auto number = question.number<std::uint64_t>();
     questionIsRead();
-    return opened(bench, number, table->open());
+    return opened(session, number, table->open());
 }
 
-Reply files(Bench& bench) {
+Reply files(HelperSession& session) {
     questionIsRead();
-    const RemoteArguments arguments(bench);
+    const RemoteArguments arguments(session);
     std::vector<std::string> paths;
-    for (const std::filesystem::path& file : dynamic_cast<const Source&>(bench.kind).files(arguments, bench.context)) {
+    for (const std::filesystem::path& file :
+         dynamic_cast<const Source&>(session.kind).files(arguments, session.context)) {
         paths.push_back(file.string());
     }
     return [paths](MessageWriter& message) { write(message, paths); };
@@ -83,14 +84,14 @@ bool mayBeHeavy(const Chunk& chunk) {
 }
 
 /// The columns stay here until the program asks for them.
-Reply next(Bench& bench, MessageReader question) {
-    const auto reader = bench.objects.at<TableReader>(question.number<std::uint64_t>());
+Reply next(HelperSession& session, MessageReader question) {
+    const auto reader = session.objects.at<TableReader>(question.number<std::uint64_t>());
     const auto number = question.number<std::uint64_t>();
     questionIsRead();
     const auto chunk = std::make_shared<Chunk>();
     const bool hasRows = reader->next(*chunk);
     if (hasRows) {
-        bench.objects.put(number, chunk);
+        session.objects.put(number, chunk);
     }
     return [=](MessageWriter& message) {
         message.flag(hasRows);
@@ -101,11 +102,11 @@ Reply next(Bench& bench, MessageReader question) {
     };
 }
 
-Reply complete(Bench& bench, MessageReader question) {
-    const auto reader = bench.objects.at<TableReader>(question.number<std::uint64_t>());
+Reply complete(HelperSession& session, MessageReader question) {
+    const auto reader = session.objects.at<TableReader>(question.number<std::uint64_t>());
     const auto number = question.number<std::uint64_t>();
-    const auto chunk = bench.objects.at<Chunk>(number);
-    bench.objects.take(number);
+    const auto chunk = session.objects.at<Chunk>(number);
+    session.objects.take(number);
     const Chunk place = readChunk(question);
     chunk->number = place.number;
     chunk->firstRow = place.firstRow;
@@ -166,22 +167,22 @@ Reply prepare(const std::shared_ptr<TableReader>& reader, Op op, MessageReader q
 
 }  // namespace
 
-Reply answerOnSource(Bench& bench, Op op, MessageReader question) {
+Reply answerOnSource(HelperSession& session, Op op, MessageReader question) {
     switch (op) {
         case Op::Files:
-            return files(bench);
+            return files(session);
         case Op::Open:
-            return open(bench, question);
+            return open(session, question);
         case Op::OpenTable:
-            return openTable(bench, question);
+            return openTable(session, question);
         case Op::Next:
-            return next(bench, question);
+            return next(session, question);
         case Op::Complete:
-            return complete(bench, question);
+            return complete(session, question);
         default:
             break;
     }
-    const auto reader = bench.objects.at<TableReader>(question.number<std::uint64_t>());
+    const auto reader = session.objects.at<TableReader>(question.number<std::uint64_t>());
     switch (op) {
         case Op::Bookmark:
             return bookmark(reader);

@@ -1,5 +1,5 @@
 #include "isolate/ChunkCodec.h"
-#include "isolate/process/Bench.h"
+#include "isolate/process/HelperSession.h"
 #include "run/pass/ChunkCheck.h"
 
 #include <velmorak/OrderedAccumulation.h>
@@ -12,15 +12,15 @@ namespace velmorak::isolation {
 namespace {
 
 /// As IsolatedStates.cpp reads it.
-Reply prepare(Bench& bench, MessageReader question) {
+Reply prepare(HelperSession& session, MessageReader question) {
     const auto number = question.number<std::uint64_t>();
     const std::optional<Schema> schema = question.flag() ? std::optional(readSchema(question)) : std::nullopt;
     questionIsRead();
-    const RemoteArguments arguments(bench);
+    const RemoteArguments arguments(session);
     const std::shared_ptr<Accumulation> accumulation =
-        dynamic_cast<const Accumulator&>(bench.kind).prepare(arguments, schema ? &*schema : nullptr, bench.context);
+        dynamic_cast<const Accumulator&>(session.kind).prepare(arguments, schema ? &*schema : nullptr, session.context);
     if (accumulation) {
-        bench.objects.put(number, accumulation);
+        session.objects.put(number, accumulation);
     }
     const bool isOrdered = dynamic_cast<const OrderedAccumulation*>(accumulation.get()) != nullptr;
     return [isMade = accumulation != nullptr, isOrdered](MessageWriter& message) {
@@ -30,11 +30,12 @@ Reply prepare(Bench& bench, MessageReader question) {
 }
 
 /// The state with the number, which is made when it is first needed.
-std::shared_ptr<AccumulatorState> stateAt(Bench& bench, const Accumulation& accumulation, std::uint64_t number) {
-    std::shared_ptr<AccumulatorState> state = bench.objects.find<AccumulatorState>(number);
+std::shared_ptr<AccumulatorState> stateAt(HelperSession& session, const Accumulation& accumulation,
+                                          std::uint64_t number) {
+    std::shared_ptr<AccumulatorState> state = session.objects.find<AccumulatorState>(number);
     if (!state) {
         state = mustBe(accumulation.newState(), "state");
-        bench.objects.put(number, state);
+        session.objects.put(number, state);
     }
     return state;
 }
@@ -56,8 +57,8 @@ void load(AccumulatorState& state, MessageReader question) {
     loadState(state, bytes, kind);
 }
 
-Reply answerOnState(Bench& bench, Op op, Accumulation& accumulation, MessageReader question) {
-    const auto state = stateAt(bench, accumulation, question.number<std::uint64_t>());
+Reply answerOnState(HelperSession& session, Op op, Accumulation& accumulation, MessageReader question) {
+    const auto state = stateAt(session, accumulation, question.number<std::uint64_t>());
     switch (op) {
         case Op::Fill: {
             const Chunk chunk = readChunk(question);
@@ -66,7 +67,7 @@ Reply answerOnState(Bench& bench, Op op, Accumulation& accumulation, MessageRead
             break;
         }
         case Op::Merge: {
-            const auto other = stateAt(bench, accumulation, question.number<std::uint64_t>());
+            const auto other = stateAt(session, accumulation, question.number<std::uint64_t>());
             questionIsRead();
             state->merge(*other);
             break;
@@ -78,7 +79,7 @@ Reply answerOnState(Bench& bench, Op op, Accumulation& accumulation, MessageRead
             break;
         default: {
             questionIsRead();
-            RemoteResults results(bench);
+            RemoteResults results(session);
             accumulation.finish(*state, results);
         }
     }
@@ -87,17 +88,17 @@ Reply answerOnState(Bench& bench, Op op, Accumulation& accumulation, MessageRead
 
 }  // namespace
 
-Reply answerOnStates(Bench& bench, Op op, MessageReader question) {
+Reply answerOnStates(HelperSession& session, Op op, MessageReader question) {
     if (op == Op::PrepareStates) {
-        return prepare(bench, question);
+        return prepare(session, question);
     }
-    const auto accumulation = bench.objects.at<Accumulation>(question.number<std::uint64_t>());
+    const auto accumulation = session.objects.at<Accumulation>(question.number<std::uint64_t>());
     if (op == Op::MarkStateColumns) {
         std::vector<bool> needed = readFlags(question);
         accumulation->markColumns(needed);
         return [needed](MessageWriter& message) { write(message, needed); };
     }
-    return answerOnState(bench, op, *accumulation, question);
+    return answerOnState(session, op, *accumulation, question);
 }
 
 }  // namespace velmorak::isolation

@@ -170,7 +170,7 @@ TEST_F(NodeArgumentsOfRun, anOutputOfAnotherTypeIsTheKindsMistake) {
     for (const Value& wrong : {Value(1.0), Value(DataObjectPtr()), Value()}) {
         value = wrong;
         run();
-        EXPECT_EQ(sentence("give"), "the kind sets its output \"out\" to something that is no histogram");
+        EXPECT_EQ(sentence("give"), "the kind sets its output \"out\" to a value of another type than histogram");
     }
 }
 

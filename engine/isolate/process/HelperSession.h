@@ -18,9 +18,10 @@ namespace velmorak::isolation {
 /// Writes an answer. By then the kind has done its work.
 using Reply = std::function<void(MessageWriter&)>;
 
-/// Where the kind of a helper process works.
-struct Bench : TableLinks {
-    Bench(const Kind& kind, const Task& task, Links& links, RemoteContext& context)
+/// What one helper process needs to answer: its kind, its plug-in's task, the link to the program, and the objects made
+/// so far.
+struct HelperSession : TableLinks {
+    HelperSession(const Kind& kind, const Task& task, Links& links, RemoteContext& context)
         : kind(kind), task(task), links(links), context(context) {}
 
     std::uint64_t give(const std::shared_ptr<const StoredTable>& table) override;
@@ -36,7 +37,7 @@ struct Bench : TableLinks {
 /// The inputs of the plug-in, each asked for when the kind asks. Threads: one at a time.
 class RemoteArguments : public Arguments {
 public:
-    explicit RemoteArguments(Bench& bench) : bench(bench) {}
+    explicit RemoteArguments(HelperSession& session) : session(session) {}
 
     double number(const std::string& input) const override;
     NumberWithError numberWithError(const std::string& input) const override;
@@ -56,7 +57,7 @@ private:
     const std::string& textOf(Op op, const std::string& input) const;
     bool flagOf(Op op, const std::string& input) const;
 
-    Bench& bench;
+    HelperSession& session;
     mutable std::map<std::pair<Op, std::string>, std::string> texts;  ///< To which references were given.
     mutable std::map<std::string, Value> values;
 };
@@ -64,18 +65,18 @@ private:
 /// The outputs of the plug-in, which the program gets at once.
 class RemoteResults : public Results {
 public:
-    explicit RemoteResults(Bench& bench) : bench(bench) {}
+    explicit RemoteResults(HelperSession& session) : session(session) {}
     void set(const std::string& output, Value value) override { send(Op::SetResult, output, value); }
     void leave(const std::string& output, Value value) override { send(Op::LeaveResult, output, value); }
 
 private:
     void send(Op op, const std::string& output, const Value& value);
 
-    Bench& bench;
+    HelperSession& session;
 };
 
-Reply answerOnSource(Bench& bench, Op op, MessageReader question);
-Reply answerOnRows(Bench& bench, Op op, MessageReader question);
-Reply answerOnStates(Bench& bench, Op op, MessageReader question);
+Reply answerOnSource(HelperSession& session, Op op, MessageReader question);
+Reply answerOnRows(HelperSession& session, Op op, MessageReader question);
+Reply answerOnStates(HelperSession& session, Op op, MessageReader question);
 
 }  // namespace velmorak::isolation

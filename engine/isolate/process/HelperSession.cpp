@@ -1,4 +1,4 @@
-#include "isolate/process/Bench.h"
+#include "isolate/process/HelperSession.h"
 
 #include "isolate/ChunkCodec.h"
 
@@ -66,18 +66,18 @@ private:
 
 }  // namespace
 
-std::uint64_t Bench::give(const std::shared_ptr<const StoredTable>& table) {
+std::uint64_t HelperSession::give(const std::shared_ptr<const StoredTable>& table) {
     const std::uint64_t number = objects.newNumber();
     objects.put(number, table);
     return number;
 }
 
-std::shared_ptr<const StoredTable> Bench::take(std::uint64_t number, Schema schema) {
+std::shared_ptr<const StoredTable> HelperSession::take(std::uint64_t number, Schema schema) {
     return std::make_shared<GivenTable>(links, number, std::move(schema));
 }
 
 void RemoteArguments::ask(Op op, const std::string& input, const Reading& reading) const {
-    bench.links.ask(
+    session.links.ask(
         op, [&](MessageWriter& message) { message.text(input); }, reading);
 }
 
@@ -89,7 +89,7 @@ double RemoteArguments::number(const std::string& input) const {
 
 NumberWithError RemoteArguments::numberWithError(const std::string& input) const {
     Value value;
-    ask(Op::ArgumentWithError, input, [&](MessageReader& answer) { value = readValue(answer, bench); });
+    ask(Op::ArgumentWithError, input, [&](MessageReader& answer) { value = readValue(answer, session); });
     return std::get<NumberWithError>(value);
 }
 
@@ -105,7 +105,7 @@ const Value& RemoteArguments::value(const std::string& input) const {
         return known->second;
     }
     Value value;
-    ask(Op::ArgumentValue, input, [&](MessageReader& answer) { value = readValue(answer, bench); });
+    ask(Op::ArgumentValue, input, [&](MessageReader& answer) { value = readValue(answer, session); });
     return values.emplace(input, std::move(value)).first->second;
 }
 
@@ -126,9 +126,9 @@ bool RemoteArguments::flagOf(Op op, const std::string& input) const {
 }
 
 void RemoteResults::send(Op op, const std::string& output, const Value& value) {
-    bench.links.ask(op, [&](MessageWriter& message) {
+    session.links.ask(op, [&](MessageWriter& message) {
         message.text(output);
-        write(message, value, bench);
+        write(message, value, session);
     });
 }
 
