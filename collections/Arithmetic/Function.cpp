@@ -12,7 +12,7 @@ namespace velmorak {
 
 namespace {
 
-std::vector<InputSpec> ownInputs() {
+std::vector<InputSpec> functionInputs() {
     return {{.name = "expression",
              .description =
                  "Formula of numbers, for example passed / all. Each name in it becomes an input that can be "
@@ -21,7 +21,7 @@ std::vector<InputSpec> ownInputs() {
 }
 
 NamedNumbers numbersOf(const std::string& expression) {
-    return {{{"expression", expression}}, ownInputs()};
+    return {{{"expression", expression}}, functionInputs()};
 }
 
 /// Evaluates the expression for one row of a table without columns: all names are numbers.
@@ -104,7 +104,7 @@ derivative, as for `sqrt(x)` at 0, the error is NaN, with a warning.)";
 
 Ports FunctionKind::ports(const ValueTexts& values) const {
     Ports ports;
-    ports.inputs = ownInputs();
+    ports.inputs = functionInputs();
     if (const auto expression = values.find("expression"); expression != values.end()) {
         appendInputs(ports.inputs, numbersOf(expression->second).inputs());
     }

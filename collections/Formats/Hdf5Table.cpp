@@ -7,7 +7,7 @@
 namespace velmorak {
 namespace {
 
-constexpr const char* notes = R"(See [HDF5 files](../hdf5.md). `object` is one of
+constexpr const char* hdf5Notes = R"(See [HDF5 files](../hdf5.md). `object` is one of
 
 - a dataset with one dimension: a column `value`, or one for each member of its compound type;
 - a dataset with two dimensions: a column for each position in the second, called `c1`, `c2` and so on, or as an
@@ -24,7 +24,7 @@ std::unique_ptr<Kind> makeHdf5Table() {
     return makeFormatTable(
         {.name = "Hdf5Table",
          .summary = "Reads a dataset, or a group of equally long ones, from HDF5 files.",
-         .notes = notes,
+         .notes = hdf5Notes,
          .files = "HDF5 file",
          .object = "Path of the dataset, group or frame in the file, for example run1/events. Empty: "
                    "the only table in the file."},

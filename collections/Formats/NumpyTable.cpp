@@ -7,7 +7,7 @@
 namespace velmorak {
 namespace {
 
-constexpr const char* notes = R"(Records, and arrays with one or two dimensions; see [NumPy files](../numpy.md).
+constexpr const char* numpyNotes = R"(Records, and arrays with one or two dimensions; see [NumPy files](../numpy.md).
 
 An array without records has a column `value`, in an archive one with the name of the array. With two dimensions, it has a
 column for each position in the second: `c1`, `c2` and so on, in an archive `NAME_1`, `NAME_2`. A field of records that
@@ -21,7 +21,7 @@ Times are seconds since 1970-01-01, time differences seconds; a missing one is N
 std::unique_ptr<Kind> makeNumpyTable() {
     return makeFormatTable({.name = "NumpyTable",
                             .summary = "Reads arrays or records from NumPy files.",
-                            .notes = notes,
+                            .notes = numpyNotes,
                             .files = "NumPy file, .npy or .npz",
                             .object = "Name of an array in an archive (.npz). Empty: the only one, or all arrays of "
                                       "the archive side by side."},

@@ -19,10 +19,10 @@ struct Choice {
     bool deflates = false;
 };
 
-class Writing : public Accumulation, public ColumnFile {
+class NumpyWriting : public Accumulation, public ColumnFile {
 public:
     /// @param context outlives this.
-    Writing(Choice choice, Schema schema, RunContext& context);
+    NumpyWriting(Choice choice, Schema schema, RunContext& context);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<WrittenColumns>(*this); }
     void finish(AccumulatorState& state, Results&) override;
@@ -40,15 +40,15 @@ private:
     mutable std::optional<numpy::RowStore> rows;
 };
 
-Writing::Writing(Choice choice, Schema schema, RunContext& context)
+NumpyWriting::NumpyWriting(Choice choice, Schema schema, RunContext& context)
     : choice(std::move(choice)), types(std::move(schema)), context(context) {}
 
-void Writing::append(const std::vector<ColumnPtr>& columns, std::size_t count) const {
+void NumpyWriting::append(const std::vector<ColumnPtr>& columns, std::size_t count) const {
     store().append(columns, count);
 }
 
 /// Lies beside the file, where there must be room anyway, and is never kept.
-numpy::RowStore& Writing::store() const {
+numpy::RowStore& NumpyWriting::store() const {
     if (!rows) {
         temporary = context.beginResult(choice.fileName + ".rows");
         rows.emplace(temporary->path(), types);
@@ -56,7 +56,7 @@ numpy::RowStore& Writing::store() const {
     return *rows;
 }
 
-void Writing::finish(AccumulatorState& state, Results&) {
+void NumpyWriting::finish(AccumulatorState& state, Results&) {
     static_cast<WrittenColumns&>(state).handOver();
     const std::unique_ptr<ResultFile> file = context.beginResult(choice.fileName);
     std::ofstream out(file->path(), std::ios::binary);
@@ -152,7 +152,7 @@ std::unique_ptr<Accumulation> NumpyWriterKind::prepare(const Arguments& argument
     } else if (choice.deflates) {
         throw Failure("compression", "a .npy file cannot be compressed; write an archive (.npz)");
     }
-    return std::make_unique<Writing>(std::move(choice), *schema, context);
+    return std::make_unique<NumpyWriting>(std::move(choice), *schema, context);
 }
 
 }  // namespace

@@ -49,9 +49,9 @@ void OutputFile::check(bool isWritten) const {
     }
 }
 
-class Writing : public Accumulation, public ColumnFile {
+class ParquetWriting : public Accumulation, public ColumnFile {
 public:
-    Writing(const std::string& fileName, Schema schema, RunContext& context);
+    ParquetWriting(const std::string& fileName, Schema schema, RunContext& context);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<WrittenColumns>(*this); }
     void finish(AccumulatorState& state, Results&) override;
@@ -66,16 +66,16 @@ private:
     mutable parquet::ParquetRows rows;
 };
 
-Writing::Writing(const std::string& fileName, Schema schema, RunContext& context)
+ParquetWriting::ParquetWriting(const std::string& fileName, Schema schema, RunContext& context)
     : types(std::move(schema)),
       file(fileName, context),
       rows(types, [this](const std::string& bytes) { file.write(bytes); }) {}
 
-void Writing::append(const std::vector<ColumnPtr>& columns, std::size_t count) const {
+void ParquetWriting::append(const std::vector<ColumnPtr>& columns, std::size_t count) const {
     rows.append(columns, count);
 }
 
-void Writing::finish(AccumulatorState& state, Results&) {
+void ParquetWriting::finish(AccumulatorState& state, Results&) {
     static_cast<WrittenColumns&>(state).handOver();
     rows.finish();
     file.complete();
@@ -114,7 +114,7 @@ std::unique_ptr<Accumulation> ParquetWriterKind::prepare(const Arguments& argume
     if (!schema || schema->size() == 0) {
         throw Failure("table", schema ? "the table has no columns" : "nothing is wired");
     }
-    return std::make_unique<Writing>(writtenFileName(arguments, context, ".parquet"), *schema, context);
+    return std::make_unique<ParquetWriting>(writtenFileName(arguments, context, ".parquet"), *schema, context);
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 namespace velmorak {
 namespace {
 
-constexpr const char* notes =
+constexpr const char* sqliteNotes =
     R"(The database is only read; see [SQLite databases](../sqlite.md). A query may join tables, use
 views, and sort; it is one `SELECT`, and nothing else: no other file is attached, no extension loaded.
 
@@ -21,7 +21,7 @@ std::unique_ptr<Kind> makeSqliteTable() {
     return makeFormatTable(
         {.name = "SqliteTable",
          .summary = "Reads a table, a view or the result of a query from SQLite databases.",
-         .notes = notes,
+         .notes = sqliteNotes,
          .files = "SQLite database",
          .object = "Name of a table or view, or a query such as SELECT run, E FROM hits WHERE E > 5. "
                    "Empty: the only table in the file."},

@@ -8,7 +8,7 @@ namespace velmorak {
 
 namespace {
 
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double undefinedMoment = std::numeric_limits<double>::quiet_NaN();
 
 double weightAt(const double* weights, std::size_t i) {
     return !weights ? 1.0 : weights[i];
@@ -144,13 +144,13 @@ void Moments::merge(const Moments& other) {
 
 double Moments::mean() const {
     const double weight = totalWeight.value();
-    return filled == 0 || weight == 0.0 ? notANumber : pivot + first / weight;
+    return filled == 0 || weight == 0.0 ? undefinedMoment : pivot + first / weight;
 }
 
 double Moments::rms() const {
     const double weight = totalWeight.value();
     if (filled == 0 || weight == 0.0) {
-        return notANumber;
+        return undefinedMoment;
     }
     const double offset = first / weight;
     const double variance = second / weight - offset * offset;
@@ -162,7 +162,7 @@ double Moments::rms() const {
 double Moments::skewness() const {
     const double spread = rms();
     if (!(spread > 0.0)) {
-        return notANumber;
+        return undefinedMoment;
     }
     const double weight = totalWeight.value();
     const double offset = first / weight;
@@ -171,11 +171,11 @@ double Moments::skewness() const {
 }
 
 double Moments::minimum() const {
-    return filled == 0 ? notANumber : smallest;
+    return filled == 0 ? undefinedMoment : smallest;
 }
 
 double Moments::maximum() const {
-    return filled == 0 ? notANumber : largest;
+    return filled == 0 ? undefinedMoment : largest;
 }
 
 }  // namespace velmorak

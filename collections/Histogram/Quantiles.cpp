@@ -8,7 +8,7 @@ namespace velmorak {
 
 namespace {
 
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double undefinedQuantile = std::numeric_limits<double>::quiet_NaN();
 /// A cumulative weight this close to the requested one, relative to the total, differs from it by rounding only.
 constexpr double rounding = 1e-12;
 
@@ -34,7 +34,7 @@ double quantileOf(const std::vector<WeightedInterval>& ascending, double probabi
         all += portion.weight;
     }
     if (!(all > 0.0) || !std::isfinite(all)) {
-        return notANumber;
+        return undefinedQuantile;
     }
     const double wanted = probability * all;
     double before = 0.0;
@@ -50,7 +50,7 @@ double quantileOf(const std::vector<WeightedInterval>& ascending, double probabi
         }
         before = after;
     }
-    return notANumber;
+    return undefinedQuantile;
 }
 
 void Quantiles::take(double x, double weight) {

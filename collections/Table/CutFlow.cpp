@@ -19,7 +19,7 @@ namespace velmorak {
 
 namespace {
 
-std::vector<InputSpec> ownInputs() {
+std::vector<InputSpec> cutFlowInputs() {
     return {
         {.name = "table", .description = "Table whose rows are tested.", .type = ValueType::Table},
         {.name = "cuts",
@@ -34,13 +34,13 @@ std::vector<InputSpec> ownInputs() {
     };
 }
 
-NamedNumbers numbersOf(const std::string& cuts, const std::string& weight) {
+NamedNumbers cutFlowNumbers(const std::string& cuts, const std::string& weight) {
     std::vector<NamedNumbers::Text> texts;
     for (const Cut& cut : cutsIn(cuts)) {
         texts.push_back({"cuts", cut.condition});
     }
     texts.push_back({"weight", weight});
-    return {std::move(texts), ownInputs()};
+    return {std::move(texts), cutFlowInputs()};
 }
 
 std::string valueOr(const ValueTexts& values, const std::string& input) {
@@ -202,7 +202,7 @@ private:
 FlowAccumulation::FlowAccumulation(const Arguments& arguments, const Schema& schema, RunContext& context)
     : context(context), file(arguments.text("file")) {
     const std::map<std::string, double> numbers =
-        numbersOf(arguments.text("cuts"), arguments.text("weight")).values(arguments, schema, context);
+        cutFlowNumbers(arguments.text("cuts"), arguments.text("weight")).values(arguments, schema, context);
     for (const Cut& cut : cutsIn(arguments.text("cuts"))) {
         names.push_back(cut.name);
         cuts.emplace_back("cuts", cut.condition, schema, numbers);
@@ -304,8 +304,8 @@ std::string CutFlowKind::notes() const {
 
 Ports CutFlowKind::ports(const ValueTexts& values) const {
     Ports ports;
-    ports.inputs = ownInputs();
-    appendInputs(ports.inputs, numbersOf(valueOr(values, "cuts"), valueOr(values, "weight")).inputs(values));
+    ports.inputs = cutFlowInputs();
+    appendInputs(ports.inputs, cutFlowNumbers(valueOr(values, "cuts"), valueOr(values, "weight")).inputs(values));
     ports.outputs = {
         {.name = "rows", .description = "Number of rows that pass all cuts.", .type = ValueType::Number},
         {.name = "weights",

@@ -13,7 +13,7 @@ namespace velmorak {
 
 namespace {
 
-std::vector<InputSpec> ownInputs() {
+std::vector<InputSpec> filterInputs() {
     return {
         {.name = "table", .description = "Table whose rows are tested.", .type = ValueType::Table},
         {.name = "condition",
@@ -25,8 +25,8 @@ std::vector<InputSpec> ownInputs() {
     };
 }
 
-NamedNumbers numbersOf(const std::string& condition) {
-    return {{{"condition", condition}}, ownInputs()};
+NamedNumbers filterNumbers(const std::string& condition) {
+    return {{{"condition", condition}}, filterInputs()};
 }
 
 class FilterOperation : public RowOperation, public BoundedOperation {
@@ -72,9 +72,9 @@ std::string FilterKind::summary() const {
 
 Ports FilterKind::ports(const ValueTexts& values) const {
     Ports ports;
-    ports.inputs = ownInputs();
+    ports.inputs = filterInputs();
     if (const auto condition = values.find("condition"); condition != values.end()) {
-        appendInputs(ports.inputs, numbersOf(condition->second).inputs(values));
+        appendInputs(ports.inputs, filterNumbers(condition->second).inputs(values));
     }
     ports.outputs = {
         {.name = "table", .description = "The rows that passed, with all their columns.", .type = ValueType::Table}};
@@ -91,7 +91,7 @@ std::unique_ptr<RowOperation> FilterKind::prepare(const Arguments& arguments, co
     if (condition.empty()) {
         throw Failure("condition", "the condition is empty");
     }
-    const std::map<std::string, double> numbers = numbersOf(condition).values(arguments, schema, context);
+    const std::map<std::string, double> numbers = filterNumbers(condition).values(arguments, schema, context);
     return std::make_unique<FilterOperation>(schema, Condition("condition", condition, schema, numbers),
                                              boundsIn(condition, schema, numbers));
 }

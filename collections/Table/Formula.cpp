@@ -10,7 +10,7 @@ namespace velmorak {
 
 namespace {
 
-std::vector<InputSpec> ownInputs() {
+std::vector<InputSpec> formulaInputs() {
     return {
         {.name = "table", .description = "Table whose columns the expression uses.", .type = ValueType::Table},
         {.name = "column",
@@ -27,8 +27,8 @@ std::vector<InputSpec> ownInputs() {
     };
 }
 
-NamedNumbers numbersOf(const std::string& expression) {
-    return {{{"expression", expression}}, ownInputs()};
+NamedNumbers formulaNumbers(const std::string& expression) {
+    return {{{"expression", expression}}, formulaInputs()};
 }
 
 /// Replaces an existing column of the same name at its position; otherwise appends the new one.
@@ -102,9 +102,9 @@ std::string FormulaKind::summary() const {
 
 Ports FormulaKind::ports(const ValueTexts& values) const {
     Ports ports;
-    ports.inputs = ownInputs();
+    ports.inputs = formulaInputs();
     if (const auto expression = values.find("expression"); expression != values.end()) {
-        appendInputs(ports.inputs, numbersOf(expression->second).inputs(values));
+        appendInputs(ports.inputs, formulaNumbers(expression->second).inputs(values));
     }
     ports.outputs = {{.name = "table", .description = "The table with the new column.", .type = ValueType::Table}};
     return ports;
@@ -133,7 +133,7 @@ std::unique_ptr<RowOperation> FormulaKind::prepare(const Arguments& arguments, c
     if (text.empty()) {
         throw Failure("expression", "the expression is empty");
     }
-    Expression expression(text, schema, numbersOf(text).values(arguments, schema, context));
+    Expression expression(text, schema, formulaNumbers(text).values(arguments, schema, context));
     return std::make_unique<FormulaOperation>(schema, std::move(expression), column, arguments.text("unit"));
 }
 

@@ -19,7 +19,7 @@ namespace velmorak {
 
 namespace {
 
-std::vector<InputSpec> ownInputs() {
+std::vector<InputSpec> resampleInputs() {
     return {
         {.name = "table", .description = "Table of measurements, each at a time.", .type = ValueType::Table},
         {.name = "time",
@@ -42,8 +42,8 @@ std::vector<InputSpec> ownInputs() {
     };
 }
 
-NamedNumbers numbersOf(const std::string& time) {
-    return {{{"time", time}}, ownInputs()};
+NamedNumbers resampleNumbers(const std::string& time) {
+    return {{{"time", time}}, resampleInputs()};
 }
 
 /// Shared by all chunks.
@@ -257,9 +257,9 @@ std::string ResampleKind::notes() const {
 
 Ports ResampleKind::ports(const ValueTexts& values) const {
     Ports ports;
-    ports.inputs = ownInputs();
+    ports.inputs = resampleInputs();
     if (const auto time = values.find("time"); time != values.end()) {
-        appendInputs(ports.inputs, numbersOf(time->second).inputs(values));
+        appendInputs(ports.inputs, resampleNumbers(time->second).inputs(values));
     }
     ports.outputs = {{.name = "table",
                       .description = "One row for each step: the time, the columns, and for means the number of rows.",
@@ -285,7 +285,7 @@ std::unique_ptr<Accumulation> ResampleKind::prepare(const Arguments& arguments, 
     if (text.empty()) {
         throw Failure("time", "the expression is empty");
     }
-    Expression time(text, *schema, numbersOf(text).values(arguments, *schema, context));
+    Expression time(text, *schema, resampleNumbers(text).values(arguments, *schema, context));
     if (time.isList() || time.type() == ColumnType::Text) {
         throw Failure("time", "\"" + text + "\" is not a number in each row");
     }

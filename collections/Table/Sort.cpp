@@ -15,7 +15,7 @@ namespace velmorak {
 
 namespace {
 
-std::vector<InputSpec> ownInputs() {
+std::vector<InputSpec> sortInputs() {
     return {
         {.name = "table", .description = "Table whose rows are sorted.", .type = ValueType::Table},
         {.name = "by",
@@ -26,8 +26,8 @@ std::vector<InputSpec> ownInputs() {
     };
 }
 
-NamedNumbers numbersOf(const std::string& by) {
-    return {keyTexts("by", by), ownInputs()};
+NamedNumbers sortNumbers(const std::string& by) {
+    return {keyTexts("by", by), sortInputs()};
 }
 
 class SortState : public AccumulatorState {
@@ -121,9 +121,9 @@ std::string SortKind::notes() const {
 
 Ports SortKind::ports(const ValueTexts& values) const {
     Ports ports;
-    ports.inputs = ownInputs();
+    ports.inputs = sortInputs();
     if (const auto by = values.find("by"); by != values.end()) {
-        appendInputs(ports.inputs, numbersOf(by->second).inputs(values));
+        appendInputs(ports.inputs, sortNumbers(by->second).inputs(values));
     }
     ports.outputs = {
         {.name = "table", .description = "All rows in their new order, with all columns.", .type = ValueType::Table},
@@ -142,7 +142,7 @@ std::unique_ptr<Accumulation> SortKind::prepare(const Arguments& arguments, cons
     if (orders.empty()) {
         throw Failure("by", "no expression to sort by is given, for example: pt descending");
     }
-    KeyMaker keys("by", orders, *schema, numbersOf(by).values(arguments, *schema, context));
+    KeyMaker keys("by", orders, *schema, sortNumbers(by).values(arguments, *schema, context));
     return std::make_unique<SortAccumulation>(*schema, std::move(keys), context);
 }
 

@@ -16,7 +16,7 @@ namespace velmorak {
 
 namespace {
 
-constexpr double maxRows = 9007199254740992.0;  // All integers up to here are doubles.
+constexpr double maxTailRows = 9007199254740992.0;  // All integers up to here are doubles.
 
 /// Rows of one chunk, and the memory that they take.
 struct KeptRows {
@@ -183,7 +183,7 @@ Ports TailKind::ports(const ValueTexts&) const {
               .description = "Number of rows to keep; all if the table has fewer.",
               .value = "10",
               .minimum = 0,
-              .maximum = maxRows,
+              .maximum = maxTailRows,
               .isInteger = true}},
             {{.name = "table", .description = "The last rows, in their order.", .type = ValueType::Table}}};
 }

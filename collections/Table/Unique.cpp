@@ -24,7 +24,7 @@ namespace {
 constexpr std::size_t bytesOfShortKey = 48;
 constexpr std::size_t bytesOfLongKey = 96;
 
-std::vector<InputSpec> ownInputs() {
+std::vector<InputSpec> uniqueInputs() {
     return {
         {.name = "table", .description = "Table with rows that occur more than once.", .type = ValueType::Table},
         {.name = "by",
@@ -35,8 +35,8 @@ std::vector<InputSpec> ownInputs() {
     };
 }
 
-NamedNumbers numbersOf(const std::string& by) {
-    return {keyTexts("by", by), ownInputs()};
+NamedNumbers uniqueNumbers(const std::string& by) {
+    return {keyTexts("by", by), uniqueInputs()};
 }
 
 std::vector<KeyOrder> allColumns(const Schema& schema) {
@@ -158,9 +158,9 @@ std::string UniqueKind::notes() const {
 
 Ports UniqueKind::ports(const ValueTexts& values) const {
     Ports ports;
-    ports.inputs = ownInputs();
+    ports.inputs = uniqueInputs();
     if (const auto by = values.find("by"); by != values.end()) {
-        appendInputs(ports.inputs, numbersOf(by->second).inputs(values));
+        appendInputs(ports.inputs, uniqueNumbers(by->second).inputs(values));
     }
     ports.outputs = {
         {.name = "table", .description = "The first row of each key, with all columns.", .type = ValueType::Table}};
@@ -178,7 +178,7 @@ std::unique_ptr<RowOperation> UniqueKind::prepare(const Arguments& arguments, co
     if (orders.empty()) {
         orders = allColumns(schema);
     }
-    KeyMaker keys("by", orders, schema, numbersOf(by).values(arguments, schema, context));
+    KeyMaker keys("by", orders, schema, uniqueNumbers(by).values(arguments, schema, context));
     return std::make_unique<UniqueOperation>(schema, std::move(keys), memoryOf(context));
 }
 

@@ -21,7 +21,7 @@ namespace velmorak {
 
 namespace {
 
-constexpr double maxRows = 100'000'000;
+constexpr double maxWindowRows = 100'000'000;
 constexpr std::size_t bytesOfGroup = 256;  ///< About, beside its key and its rows.
 constexpr std::size_t bytesOfRowInWindow = 24;
 
@@ -37,7 +37,7 @@ WindowFunction functionOf(const std::string& choice) {
     return choice == "cumulative" ? WindowFunction::Cumulative : WindowFunction::Difference;
 }
 
-std::vector<InputSpec> ownInputs() {
+std::vector<InputSpec> windowInputs() {
     return {
         {.name = "table", .description = "Table, in whose order of rows the window moves.", .type = ValueType::Table},
         {.name = "function",
@@ -58,7 +58,7 @@ std::vector<InputSpec> ownInputs() {
          .description = "Number of rows in the window of a mean or sum; the first rows have shorter windows.",
          .value = "10",
          .minimum = 1,
-         .maximum = maxRows,
+         .maximum = maxWindowRows,
          .isInteger = true},
         {.name = "by",
          .description =
@@ -72,7 +72,7 @@ std::vector<InputSpec> ownInputs() {
 NamedNumbers numbersOf(const std::string& expression, const std::string& by) {
     std::vector<NamedNumbers::Text> texts = keyTexts("by", by);
     texts.insert(texts.begin(), {"expression", expression});
-    return {std::move(texts), ownInputs()};
+    return {std::move(texts), windowInputs()};
 }
 
 /// The state after the rows so far, for one key.
@@ -265,7 +265,7 @@ std::string WindowKind::notes() const {
 
 Ports WindowKind::ports(const ValueTexts& values) const {
     Ports ports;
-    ports.inputs = ownInputs();
+    ports.inputs = windowInputs();
     appendInputs(ports.inputs, numbersOf(textIn(values, "expression"), textIn(values, "by")).inputs(values));
     ports.outputs = {{.name = "table", .description = "The table with the new column.", .type = ValueType::Table}};
     return ports;

@@ -90,7 +90,7 @@ TypedOperand Columns::named(const Node& node, Compiler& compiler) {
 
 void Columns::failUnknown(const Node& node, const Compiler& compiler) const {
     if (isMarkedNumber(node)) {
-        compiler.fail(node, "no number can be entered or wired for " + quoted(node.text) + " here");
+        compiler.fail(node, "no number can be entered or wired for " + velmorak::quoted(node.text) + " here");
     }
     std::vector<std::string> known;
     std::vector<std::string> columns;
@@ -101,10 +101,10 @@ void Columns::failUnknown(const Node& node, const Compiler& compiler) const {
     for (const auto& [name, value] : numbers) {
         known.push_back(name);
     }
-    compiler.fail(
-        node,
-        "there is no column " + quoted(node.text) + columnsThere(node.text, columns) + suggestion(node.text, known),
-        Failure::Cause::UnknownColumn);
+    compiler.fail(node,
+                  "there is no column " + velmorak::quoted(node.text) + columnsThere(node.text, columns) +
+                      suggestion(node.text, known),
+                  Failure::Cause::UnknownColumn);
 }
 
 }  // namespace
@@ -208,13 +208,13 @@ TypedOperand Compiler::called(const Node& node) {
 
 void Compiler::failUnknown(const Node& node) const {
     if (isReduction(node.text)) {
-        fail(node, quoted(node.text) + " takes one list column");
+        fail(node, velmorak::quoted(node.text) + " takes one list column");
     }
     std::vector<std::string> known = functionNames();
     for (std::string& name : names->callableNames()) {
         known.push_back(std::move(name));
     }
-    fail(node, "there is no function " + quoted(node.text) + suggestion(node.text, known));
+    fail(node, "there is no function " + velmorak::quoted(node.text) + suggestion(node.text, known));
 }
 
 void Compiler::checkArguments(const Node& node, const Function& function,
@@ -222,7 +222,7 @@ void Compiler::checkArguments(const Node& node, const Function& function,
     const std::size_t count = arguments.size();
     const std::size_t least = function.arguments - (function.hasDefault ? 1 : 0);
     if (count < least || (count > function.arguments && !function.takesMore)) {
-        fail(node, quoted(node.text) + " takes " + wanted(function));
+        fail(node, velmorak::quoted(node.text) + " takes " + wanted(function));
     }
 }
 
@@ -356,7 +356,7 @@ TypedOperand Compiler::choice(const Node& node, const Function& function, const 
 TypedOperand Compiler::converted(const Node& call, const Node& argument, const TypedOperand& value, ColumnType type) {
     const Kernel way = conversion(value.type, type);
     if (!way && value.type != type) {
-        fail(argument, quoted(shownName(call)) + " does not take " + shown(value));
+        fail(argument, velmorak::quoted(shownName(call)) + " does not take " + shown(value));
     }
     return !way ? value : emitter.emit({.kernel = way}, {value}, type, placeOf(call));
 }

@@ -57,18 +57,19 @@ ListCompiler::ListCompiler(Compiler& compiler) : compiler(compiler), emitter(com
 
 TypedOperand ListCompiler::compile(const Node& node, const Call& function, const Arguments& arguments) {
     if (arguments.size() < function.least || arguments.size() > function.most) {
-        compiler.fail(node, quoted(node.text) + " takes " + std::string(function.wanted));
+        compiler.fail(node, velmorak::quoted(node.text) + " takes " + std::string(function.wanted));
     }
     return (this->*function.compile)(node, arguments);
 }
 
 TypedOperand ListCompiler::reduced(const Node& node, const TypedOperand& list) {
     if (!list.isList) {
-        compiler.fail(node, quoted(node.text) + " of one argument needs a list column, but this is " + shown(list));
+        compiler.fail(node,
+                      velmorak::quoted(node.text) + " of one argument needs a list column, but this is " + shown(list));
     }
     const Reduction reduction = findReduction(node.text, list.type, list.width);
     if (!reduction.kernel) {
-        compiler.fail(node, quoted(node.text) + " does not take " + shown(list));
+        compiler.fail(node, velmorak::quoted(node.text) + " does not take " + shown(list));
     }
     TypedOperand values = list;
     if (node.text == "count") {
@@ -201,7 +202,7 @@ TypedOperand ListCompiler::combinations(const Node& node, ListKernel kernel, con
                                         std::size_t width) {
     for (const TypedOperand& list : lists) {
         if (wantList(node, list).width > 1) {
-            compiler.fail(node, quoted(node.text) + " does not take " + shown(list));
+            compiler.fail(node, velmorak::quoted(node.text) + " does not take " + shown(list));
         }
     }
     return emitter.emitLists(
@@ -235,7 +236,8 @@ TypedOperand ListCompiler::nearest(const Node& node, const Arguments& arguments)
     Arguments reals;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         if (arguments[i].width > 1) {
-            compiler.fail(compiler.child(node, i), quoted(node.text) + " does not take " + shown(arguments[i]));
+            compiler.fail(compiler.child(node, i),
+                          velmorak::quoted(node.text) + " does not take " + shown(arguments[i]));
         }
         reals.push_back(compiler.converted(node, compiler.child(node, i), arguments[i], ColumnType::Real));
     }

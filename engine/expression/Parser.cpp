@@ -258,7 +258,7 @@ std::size_t Parser::primary() {
         throwAt(source, token.offset, "the expression ends too early; a value is missing");
     }
     if (token.kind == TokenKind::Symbol) {
-        throwAt(source, token.offset, "a value is missing before " + quoted(token.text));
+        throwAt(source, token.offset, "a value is missing before " + velmorak::quoted(token.text));
     }
     return value();
 }

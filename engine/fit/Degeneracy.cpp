@@ -19,7 +19,7 @@ constexpr double minRelativeChange = 1e-12;
 constexpr double minRelativeStep = 1e-12;
 
 std::string nameOf(const LeastSquaresProblem& problem, std::size_t parameter) {
-    return quoted(problem.model().names[parameter]);
+    return velmorak::quoted(problem.model().names[parameter]);
 }
 
 /// Appends the name of a parameter to a list of them.

@@ -20,7 +20,7 @@ void checkParameterNames(const FitModel& model, const FitParameters& given) {
     const std::vector<std::string>& names = model.parameters();
     for (const auto& [name, parameter] : given) {
         if (std::find(names.begin(), names.end(), name) == names.end()) {
-            throw Failure("the model has no parameter " + quoted(name) + suggestion(name, names));
+            throw Failure("the model has no parameter " + velmorak::quoted(name) + suggestion(name, names));
         }
     }
 }

@@ -36,10 +36,11 @@ constexpr double nearDistance = 1e-4;
     checkNotSingular(iterate.problem, linear.r, iterate.moving);
     Eigen::Index worst = 0;
     linear.q.cwiseAbs().maxCoeff(&worst);
-    throw NotConverged("the fit did not converge in " + std::to_string(steps) + " steps" + iterate.lastValues() + "; " +
-                           quoted(iterate.problem.model().names[iterate.moving[static_cast<std::size_t>(worst)]]) +
-                           " still changes; give other start values, limits or a simpler model",
-                       iterate.values);
+    throw NotConverged(
+        "the fit did not converge in " + std::to_string(steps) + " steps" + iterate.lastValues() + "; " +
+            velmorak::quoted(iterate.problem.model().names[iterate.moving[static_cast<std::size_t>(worst)]]) +
+            " still changes; give other start values, limits or a simpler model",
+        iterate.values);
 }
 
 }  // namespace

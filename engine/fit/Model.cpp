@@ -24,7 +24,8 @@ void checkOutputNames(const Model& model, const ReservedNames& reserved) {
                                          [&](const auto& other) { return !stem.empty() && other.name == stem; });
         if (isTwice || std::find(reserved.names.begin(), reserved.names.end(), name) != reserved.names.end()) {
             throwAt(model.text, std::min(model.text.find(parameter.name), model.text.size()),
-                    quoted(parameter.name) + " is the name of another output; choose another name for the parameter");
+                    velmorak::quoted(parameter.name) +
+                        " is the name of another output; choose another name for the parameter");
         }
     }
 }

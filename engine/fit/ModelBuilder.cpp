@@ -137,8 +137,9 @@ void ModelBuilder::warnIfLikeShape(const Node& node) {
     if (meant.empty() || !warned.insert(node.text).second) {
         return;
     }
-    model.warnings.push_back(quoted(node.text) + " is fitted as a parameter, not as a function of x; if you mean " +
-                             meant + ", write its name, else write `" + node.text + "` in back quotes");
+    model.warnings.push_back(velmorak::quoted(node.text) +
+                             " is fitted as a parameter, not as a function of x; if you mean " + meant +
+                             ", write its name, else write `" + node.text + "` in back quotes");
 }
 
 TypedOperand ModelBuilder::parameter(const ModelParameter& wanted) {

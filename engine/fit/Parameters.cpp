@@ -48,7 +48,7 @@ FitParameters Parser::parse() {
             fail(offset, "the name of a parameter is missing");
         }
         if (!parameters.emplace(name, one(name, offset)).second) {
-            fail(offset, quoted(name) + " is given twice");
+            fail(offset, velmorak::quoted(name) + " is given twice");
         }
         if (here < text.size() && !take(',')) {
             fail(here, "separate parameters by commas, and write each as  name=start [low,high] fixed");
@@ -133,13 +133,13 @@ FitParameter Parser::one(const std::string& name, std::size_t offset) {
     }
     parameter.isFixed = !last.empty();
     if (parameter.isFixed && !parameter.start) {
-        fail(offset, quoted(name) + " is fixed but has no value");
+        fail(offset, velmorak::quoted(name) + " is fixed but has no value");
     }
     if (parameter.start && (*parameter.start < parameter.low || *parameter.start > parameter.high)) {
-        fail(offset, "the start value of " + quoted(name) + " is outside its limits");
+        fail(offset, "the start value of " + velmorak::quoted(name) + " is outside its limits");
     }
     if (parameter.start && *parameter.start - *parameter.start != 0.0) {
-        fail(offset, "the start value of " + quoted(name) + " is not finite");
+        fail(offset, "the start value of " + velmorak::quoted(name) + " is not finite");
     }
     return parameter;
 }

@@ -7,12 +7,12 @@ namespace velmorak {
 
 namespace {
 
-constexpr std::uint64_t mark = 0x31'63'6e'46'6b'6c'65'56;
+constexpr std::uint64_t functionMark = 0x31'63'6e'46'6b'6c'65'56;
 
 }  // namespace
 
 void FunctionObject::write(ByteWriter& writer) const {
-    writer.number(mark);
+    writer.number(functionMark);
     writer.head(*this);
     writer.list(codelet);
     writer.number<std::uint8_t>(isNormalized ? 1 : 0);
@@ -35,7 +35,7 @@ std::string FunctionObject::toBytes() const {
 }
 
 FunctionObject FunctionObject::fromBytes(const std::string& bytes) {
-    ByteReader reader(bytes, mark);
+    ByteReader reader(bytes, functionMark);
     FunctionObject function;
     reader.head().give(function);
     function.codelet = reader.list<std::string>();

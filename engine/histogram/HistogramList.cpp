@@ -11,7 +11,7 @@ namespace velmorak {
 
 namespace {
 
-constexpr std::uint64_t mark = 0x31'74'73'4c'6b'6c'65'56;
+constexpr std::uint64_t histogramListMark = 0x31'74'73'4c'6b'6c'65'56;
 
 }  // namespace
 
@@ -34,7 +34,7 @@ std::size_t HistogramList::cellCount() const {
 }
 
 void HistogramList::write(ByteWriter& writer) const {
-    writer.number(mark);
+    writer.number(histogramListMark);
     writer.head(*this);
     writer.list(titleOfKey);
     writer.number<std::uint64_t>(all.size());
@@ -52,7 +52,7 @@ std::string HistogramList::toBytes() const {
 }
 
 HistogramList HistogramList::fromBytes(const std::string& bytes) {
-    ByteReader reader(bytes, mark);
+    ByteReader reader(bytes, histogramListMark);
     const ObjectHead head = reader.head();
     auto keyTitle = reader.list<std::string>();
     std::vector<Group> groups;

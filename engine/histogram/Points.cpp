@@ -9,7 +9,7 @@ namespace velmorak {
 
 namespace {
 
-constexpr std::uint64_t mark = 0x31'74'6e'50'6b'6c'65'56;
+constexpr std::uint64_t pointsMark = 0x31'74'6e'50'6b'6c'65'56;
 
 }  // namespace
 
@@ -21,7 +21,7 @@ Points::Points(std::size_t dimension, std::vector<Measurement> all)
 }
 
 void Points::write(ByteWriter& writer) const {
-    writer.number(mark);
+    writer.number(pointsMark);
     writer.head(*this);
     writer.number<std::uint64_t>(dimensions);
     writer.list(measurements);
@@ -38,7 +38,7 @@ std::string Points::toBytes() const {
 }
 
 Points Points::fromBytes(const std::string& bytes) {
-    ByteReader reader(bytes, mark);
+    ByteReader reader(bytes, pointsMark);
     const ObjectHead head = reader.head();
     const auto dimension = reader.number<std::uint64_t>();
     Points points(dimension, reader.list<std::vector<Measurement>>());

@@ -29,7 +29,7 @@ void writeTexts(MessageWriter& message, const Column::Texts& texts) {
     }
 }
 
-Column::Texts readTexts(MessageReader& message) {
+Column::Texts readTextValues(MessageReader& message) {
     const auto lengths = message.list<std::vector<std::uint64_t>>();
     std::string_view all = message.view();
     Column::Texts texts;
@@ -75,7 +75,7 @@ ColumnPtr readColumn(MessageReader& message) {
             column->values = message.list<Column::Booleans>();
             break;
         case ColumnType::Text:
-            column->values = readTexts(message);
+            column->values = readTextValues(message);
             break;
     }
     return column;

@@ -13,16 +13,16 @@ std::string numberError(const InputSpec& spec, const std::string& value) {
     double number = 0.0;
     const bool isLimited = std::isfinite(spec.minimum) || std::isfinite(spec.maximum) || spec.isInteger;
     if (!readNumber(value, number) || (isLimited && std::isnan(number))) {
-        return quoted(value) + " is not a number";
+        return velmorak::quoted(value) + " is not a number";
     }
     if (number < spec.minimum) {
-        return quoted(value) + " is below " + formatNumber(spec.minimum) + ", the smallest value allowed";
+        return velmorak::quoted(value) + " is below " + formatNumber(spec.minimum) + ", the smallest value allowed";
     }
     if (number > spec.maximum) {
-        return quoted(value) + " is above " + formatNumber(spec.maximum) + ", the largest value allowed";
+        return velmorak::quoted(value) + " is above " + formatNumber(spec.maximum) + ", the largest value allowed";
     }
     if (spec.isInteger && number != std::floor(number)) {
-        return quoted(value) + " is not a whole number";
+        return velmorak::quoted(value) + " is not a whole number";
     }
     return {};
 }
@@ -35,7 +35,7 @@ std::string choiceError(const InputSpec& spec, const std::string& value) {
     for (const std::string& choice : spec.choices) {
         all += (all.empty() ? "" : ", ") + choice;
     }
-    return quoted(value) + " is not one of the choices: " + all;
+    return velmorak::quoted(value) + " is not one of the choices: " + all;
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ namespace velmorak {
 namespace {
 
 constexpr std::int64_t nsPerSecond = 1'000'000'000;
-constexpr std::uint64_t mark = 0x31'4d'55'53'6b'6c'65'56;
+constexpr std::uint64_t fileHashesMark = 0x31'4d'55'53'6b'6c'65'56;
 constexpr std::size_t maxKnown = 100'000;
 constexpr std::size_t blockBytes = std::size_t{1} << 18;
 
@@ -183,7 +183,7 @@ std::optional<std::string> FileHashes::changes() {
     }
     evictOldest();
     ByteWriter writer;
-    writer.number(mark);
+    writer.number(fileHashesMark);
     writer.number<std::uint64_t>(known.size());
     for (const auto& [file, content] : known) {
         writer.list(file.string());
@@ -195,7 +195,7 @@ std::optional<std::string> FileHashes::changes() {
 void FileHashes::restore(const std::string& bytes) {
     const MutexLock lock(mutex);
     try {
-        ByteReader reader(bytes, mark);
+        ByteReader reader(bytes, fileHashesMark);
         for (auto count = reader.number<std::uint64_t>(); count > 0; --count) {
             const std::filesystem::path file = reader.list<std::string>();
             const auto digest = reader.number<Known>();

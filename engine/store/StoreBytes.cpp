@@ -7,7 +7,7 @@
 namespace velmorak {
 namespace {
 
-constexpr std::uint64_t mark = 0x32'53'45'52'6b'6c'65'56;
+constexpr std::uint64_t storeMark = 0x32'53'45'52'6b'6c'65'56;
 
 enum class ValueTag : std::uint8_t { Nothing, Number, Text, Object, NumberWithError };
 
@@ -80,7 +80,7 @@ Value readValue(ByteReader& reader) {
 namespace {
 
 void write(ByteWriter& writer, const StoredResult& result) {
-    writer.number(mark);
+    writer.number(storeMark);
     writer.number<std::uint64_t>(result.outputs.size());
     for (const Value& value : result.outputs) {
         addValue(writer, value);
@@ -144,7 +144,7 @@ std::optional<std::uint64_t> countBytesOf(const StoredResult& result) {
 
 std::optional<StoredResult> storedResultFrom(const std::string& bytes) {
     try {
-        ByteReader reader(bytes, mark);
+        ByteReader reader(bytes, storeMark);
         StoredResult result;
         for (auto count = reader.number<std::uint64_t>(); count > 0; --count) {
             result.outputs.push_back(readValue(reader));

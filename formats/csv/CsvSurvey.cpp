@@ -15,7 +15,7 @@ namespace velmorak {
 
 namespace {
 
-constexpr std::size_t bytesInPiece = std::size_t{1} << 20U;
+constexpr std::size_t bytesInSurveyPiece = std::size_t{1} << 20U;
 constexpr std::size_t piecesAheadPerThread = 2;
 /// A number of so many digits is in the range of integers.
 constexpr std::ptrdiff_t safeDigits = 18;
@@ -208,7 +208,7 @@ void PieceSurvey::takeOne() {
 
 CsvPiece nextPiece(CsvPieces& pieces) {
     try {
-        return pieces.next(SIZE_MAX, bytesInPiece);
+        return pieces.next(SIZE_MAX, bytesInSurveyPiece);
     } catch (const Failure&) {
         return {};  // The rows before the damage are read, and then the damage is reported.
     }

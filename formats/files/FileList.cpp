@@ -67,11 +67,6 @@ bool isPresent(const fs::path& path) {
     return fs::exists(path, ignored);
 }
 
-bool isFolder(const fs::path& path) {
-    std::error_code ignored;
-    return fs::is_directory(path, ignored);
-}
-
 /// Where relative names begin: at the document, or at the folder of a list.
 struct Base {
     fs::path name;   ///< Of the folder, as the document gives it; empty for the document's.

@@ -34,11 +34,6 @@ std::vector<std::string> partsOf(std::string_view pattern) {
     return parts;
 }
 
-bool isFolder(const fs::path& path) {
-    std::error_code ignored;
-    return fs::is_directory(path, ignored);
-}
-
 /// One search for the files that match a pattern.
 class GlobSearch {
 public:
@@ -141,6 +136,11 @@ void GlobSearch::poll() const {
 }
 
 }  // namespace
+
+bool isFolder(const fs::path& path) {
+    std::error_code ignored;
+    return fs::is_directory(path, ignored);
+}
 
 bool isPattern(std::string_view name) {
     return name.find_first_of("*?[") != std::string_view::npos;

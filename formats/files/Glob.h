@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +11,9 @@ class RunContext;
 
 /// @return whether a file name contains *, ? or [, so that it may be a pattern.
 bool isPattern(std::string_view name);
+
+/// @return whether there is a folder of that name; links are followed.
+bool isFolder(const std::filesystem::path& path);
 
 /// Finds the files that match a pattern: * and ? match any characters and one character of a name, [a-z] one of
 /// a set, and a folder called ** any number of folders, also none; at the end, ** matches every file below. None of

@@ -11,7 +11,7 @@
 namespace velmorak::hdf5 {
 namespace {
 
-constexpr int maxDepth = 16;
+constexpr int maxTypeDepth = 16;
 constexpr std::size_t maxLeaves = 20000;
 
 bool isSwapped(hid_t type) {
@@ -122,7 +122,7 @@ bool describeNumber(hid_t type, Leaf& leaf) {
 }
 
 void Walk::element(hid_t type, Leaf leaf, int depth) {
-    if (leaves.size() > maxLeaves || depth > maxDepth) {
+    if (leaves.size() > maxLeaves || depth > maxTypeDepth) {
         throw Failure("its type has too many members");
     }
     switch (H5Tget_class(type)) {

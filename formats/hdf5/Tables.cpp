@@ -11,7 +11,7 @@
 namespace velmorak::hdf5 {
 namespace {
 
-constexpr int maxDepth = 32;
+constexpr int maxGroupDepth = 32;
 constexpr std::size_t maxObjects = 20000;
 constexpr std::uint64_t maxColumns = 100000;
 
@@ -271,7 +271,7 @@ void Search::addPandasFrame(hid_t group, const std::string& path) {
 
 void Search::group(hid_t group, const std::string& path, int depth) {
     H5O_info_t info{};
-    if (depth > maxDepth || H5Oget_info2(group, &info, H5O_INFO_BASIC) < 0 || !seen.insert(info.addr).second) {
+    if (depth > maxGroupDepth || H5Oget_info2(group, &info, H5O_INFO_BASIC) < 0 || !seen.insert(info.addr).second) {
         return;
     }
     const std::string pandas = textIn(group, "pandas_type");

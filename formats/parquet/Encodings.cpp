@@ -9,7 +9,7 @@
 namespace velmorak::parquet {
 namespace {
 
-constexpr const char* endsEarly = "the values of a page end early";
+constexpr const char* valuesEndEarly = "the values of a page end early";
 
 [[noreturn]] void refuse(Encoding encoding) {
     throw Failure(fmt::format("the encoding {} is not one for values of this type", static_cast<int>(encoding)));
@@ -17,7 +17,7 @@ constexpr const char* endsEarly = "the values of a page end early";
 
 void requireBytes(Bytes bytes, std::size_t count, std::size_t width) {
     if (count > bytes.size() / width) {
-        throw Failure(endsEarly);
+        throw Failure(valuesEndEarly);
     }
 }
 

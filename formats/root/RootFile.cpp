@@ -32,15 +32,15 @@ bool isTable(const std::string& className) {
     return isTree(className) || isNTuple(className);
 }
 
-constexpr std::size_t maxListed = 20;
+constexpr std::size_t maxListedTexts = 20;
 
 /// The first texts, and the number of further ones.
 std::string listOf(const std::vector<std::string>& texts) {
     std::string list;
-    for (std::size_t i = 0; i < std::min(texts.size(), maxListed); ++i) {
+    for (std::size_t i = 0; i < std::min(texts.size(), maxListedTexts); ++i) {
         list += (i == 0 ? "\"" : ", \"") + texts[i] + "\"";
     }
-    return texts.size() > maxListed ? list + fmt::format(" and {} more", texts.size() - maxListed) : list;
+    return texts.size() > maxListedTexts ? list + fmt::format(" and {} more", texts.size() - maxListedTexts) : list;
 }
 
 const Entry& tableNamed(const File& file, const std::string& wanted) {

@@ -28,7 +28,7 @@ using root::pointsFrom;
 using root::profileAxes;
 using root::profileFrom;
 
-constexpr std::size_t maxListed = 20;
+constexpr std::size_t maxListedEntries = 20;
 
 bool isParameter(std::string_view className) {
     return className.starts_with("TParameter<");
@@ -44,10 +44,11 @@ std::string wordFor(ValueType type) {
 
 std::string listOf(const std::vector<const Entry*>& entries) {
     std::string list;
-    for (std::size_t i = 0; i < std::min(entries.size(), maxListed); ++i) {
+    for (std::size_t i = 0; i < std::min(entries.size(), maxListedEntries); ++i) {
         list += (i == 0 ? "" : ", ") + entries[i]->path + " (" + entries[i]->key.className + ")";
     }
-    return entries.size() > maxListed ? list + fmt::format(" and {} more", entries.size() - maxListed) : list;
+    return entries.size() > maxListedEntries ? list + fmt::format(" and {} more", entries.size() - maxListedEntries)
+                                             : list;
 }
 
 bool isNamed(const Entry& entry, const std::string& path) {

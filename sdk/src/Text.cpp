@@ -52,7 +52,7 @@ std::string suggestion(std::string_view unknown, const std::vector<std::string>&
             nearest = &name;
         }
     }
-    return nearest ? "; did you mean " + quoted(*nearest) + "?" : std::string();
+    return nearest ? "; did you mean " + velmorak::quoted(*nearest) + "?" : std::string();
 }
 
 std::string columnsThere(std::string_view unknown, const std::vector<std::string>& columns) {
@@ -65,7 +65,7 @@ std::string columnsThere(std::string_view unknown, const std::vector<std::string
     std::sort(order.begin(), order.end());
     std::string text;
     for (std::size_t i = 0; i < std::min(order.size(), maxShown); ++i) {
-        text += (i == 0 ? "" : ", ") + quoted(columns[order[i].second]);
+        text += (i == 0 ? "" : ", ") + velmorak::quoted(columns[order[i].second]);
     }
     if (columns.size() > maxShown) {
         text += " and " + std::to_string(columns.size() - maxShown) + " more";

@@ -18,8 +18,8 @@ TEST(Trimmed, isAViewOfTheSameMemory) {
 }
 
 TEST(Quoted, putsDoubleQuotesAroundTheText) {
-    EXPECT_EQ(quoted("a b"), "\"a b\"");
-    EXPECT_EQ(quoted(""), "\"\"");
+    EXPECT_EQ(velmorak::quoted("a b"), "\"a b\"");
+    EXPECT_EQ(velmorak::quoted(""), "\"\"");
 }
 
 TEST(EditDistance, countsInsertionsRemovalsAndReplacements) {

@@ -19,7 +19,7 @@ using velmorak::RunReport;
 
 constexpr const char* errorSuffix = "_error";
 
-std::string statusOf(const RunReport& report) {
+std::string statusWordOf(const RunReport& report) {
     if (report.wasStopped) {
         return "stopped";
     }
@@ -105,7 +105,7 @@ ScanTable::ScanTable(const std::vector<std::vector<Setting>>& points) {
 
 void ScanTable::add(std::size_t position, const Pipeline& pipeline, const RunReport& report) {
     ScanRun& run = all.at(position);
-    run.status = statusOf(report);
+    run.status = statusWordOf(report);
     run.reason = reasonOf(pipeline, report);
     addNumbers(run, pipeline, report);
     for (const NodeReport& node : report.nodes) {

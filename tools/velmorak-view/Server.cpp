@@ -24,7 +24,7 @@ constexpr int maxWaiting = 8;  ///< The other threads answer short requests.
 constexpr int backlog = 1024;
 constexpr int timeoutSeconds = 5;
 constexpr std::chrono::milliseconds maxWait{10000};
-constexpr std::size_t maxPiece = 1U << 16U;
+constexpr std::size_t maxSentBytes = 1U << 16U;
 constexpr const char* extraFolder = "folder";
 
 std::string newToken() {
@@ -254,7 +254,7 @@ void Server::sendFile(const std::string& idAndName, Response& response) {
     }
     response.set_content_provider(file->size(), typeOf(idAndName),
                                   [file](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
-                                      const std::string piece = file->read(offset, std::min(length, maxPiece));
+                                      const std::string piece = file->read(offset, std::min(length, maxSentBytes));
                                       return !piece.empty() && sink.write(piece.data(), piece.size());
                                   });
 }

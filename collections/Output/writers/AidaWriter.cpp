@@ -11,9 +11,9 @@ namespace velmorak {
 
 namespace {
 
-class Writing : public Accumulation, public RowFile {
+class AidaWriting : public Accumulation, public RowFile {
 public:
-    Writing(AidaContents contents, RunContext& context);
+    AidaWriting(AidaContents contents, RunContext& context);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<WrittenRows>(*this); }
 
@@ -26,10 +26,10 @@ private:
     std::unique_ptr<AidaOutput> output;
 };
 
-Writing::Writing(AidaContents contents, RunContext& context)
+AidaWriting::AidaWriting(AidaContents contents, RunContext& context)
     : output(std::make_unique<AidaOutput>(std::move(contents), context)) {}
 
-void Writing::finish(AccumulatorState& state, Results&) {
+void AidaWriting::finish(AccumulatorState& state, Results&) {
     static_cast<WrittenRows&>(state).handOver();
     output->complete();
 }
@@ -79,7 +79,7 @@ std::unique_ptr<Accumulation> AidaWriterKind::prepare(const Arguments& arguments
     if (schema) {
         contents.schema = *schema;
     }
-    return std::make_unique<Writing>(std::move(contents), context);
+    return std::make_unique<AidaWriting>(std::move(contents), context);
 }
 
 std::unique_ptr<Kind> makeAidaWriter() {

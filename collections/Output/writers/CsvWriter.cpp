@@ -16,9 +16,9 @@ namespace velmorak {
 
 namespace {
 
-class Writing : public Accumulation, public RowFile {
+class CsvWriting : public Accumulation, public RowFile {
 public:
-    Writing(TextOutput output, Schema schema, char delimiter);
+    CsvWriting(TextOutput output, Schema schema, char delimiter);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<WrittenRows>(*this); }
 
@@ -34,10 +34,10 @@ private:
     char delimiter;
 };
 
-Writing::Writing(TextOutput output, Schema schema, char delimiter)
+CsvWriting::CsvWriting(TextOutput output, Schema schema, char delimiter)
     : output(std::move(output)), schema(std::move(schema)), delimiter(delimiter) {}
 
-void Writing::finish(AccumulatorState& state, Results&) {
+void CsvWriting::finish(AccumulatorState& state, Results&) {
     static_cast<WrittenRows&>(state).handOver();
     output.complete();
 }
@@ -165,8 +165,9 @@ std::unique_ptr<Accumulation> CsvWriterKind::prepare(const Arguments& arguments,
         first += csvHeader(!schema ? table.columns : namesOf(*schema), delimiter);
     }
     first += csvRows(table, delimiter);
-    return std::make_unique<Writing>(TextOutput(writtenFileName(arguments, context, ".csv"), std::move(first), context),
-                                     schema ? *schema : Schema(), delimiter);
+    return std::make_unique<CsvWriting>(
+        TextOutput(writtenFileName(arguments, context, ".csv"), std::move(first), context), schema ? *schema : Schema(),
+        delimiter);
 }
 
 std::unique_ptr<Kind> makeCsvWriter() {

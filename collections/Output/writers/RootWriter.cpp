@@ -14,9 +14,9 @@ namespace velmorak {
 
 namespace {
 
-class Writing : public Accumulation, public RowFile {
+class RootWriting : public Accumulation, public RowFile {
 public:
-    Writing(RootContents contents, RunContext& context);
+    RootWriting(RootContents contents, RunContext& context);
 
     std::unique_ptr<AccumulatorState> newState() const override { return std::make_unique<WrittenRows>(*this); }
 
@@ -29,10 +29,10 @@ private:
     std::unique_ptr<RootOutput> output;
 };
 
-Writing::Writing(RootContents contents, RunContext& context)
+RootWriting::RootWriting(RootContents contents, RunContext& context)
     : output(std::make_unique<RootOutput>(std::move(contents), context)) {}
 
-void Writing::finish(AccumulatorState& state, Results&) {
+void RootWriting::finish(AccumulatorState& state, Results&) {
     static_cast<WrittenRows&>(state).handOver();
     output->complete();
 }
@@ -160,7 +160,7 @@ std::unique_ptr<Accumulation> RootWriterKind::prepare(const Arguments& arguments
     if (schema) {
         contents.table.emplace(layoutOf(contents.objects, *schema, context));
     }
-    return std::make_unique<Writing>(std::move(contents), context);
+    return std::make_unique<RootWriting>(std::move(contents), context);
 }
 
 std::unique_ptr<Kind> makeRootWriter() {

@@ -11,6 +11,10 @@
 /// The content of a document, independent of any kind or manager. docs/document.md describes the format.
 namespace velmorak {
 
+/// Limit for the inputs and outputs that a document names, and for those of its plug-ins: a known kind has its ports
+/// whether they are named or not.
+inline constexpr std::size_t maxPorts = 1'000'000;
+
 /// A field that this version does not know, preserved byte for byte.
 struct ForeignField {
     std::string name;

@@ -16,9 +16,6 @@
 namespace velmorak {
 namespace {
 
-// The same limit as for ports that a document names; a known kind has its ports whether they are named or not.
-constexpr std::size_t maxPorts = 1'000'000;
-
 /// Loads one document. Nothing in the manager changes before commit.
 class Loading {
 public:

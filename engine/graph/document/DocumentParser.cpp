@@ -16,7 +16,6 @@ using JsonType = JsonValue::JsonType;
 
 // Far more than anybody draws, and few enough to fit into memory.
 constexpr std::size_t maxPlugins = 100'000;
-constexpr std::size_t maxPorts = 1'000'000;
 
 /// Checks values against the format. Holds the text for line numbers and for fields that are preserved unchanged.
 class Parser {

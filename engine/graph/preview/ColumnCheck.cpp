@@ -15,9 +15,6 @@
 namespace velmorak {
 namespace {
 
-/// Of 64 kB each.
-constexpr std::uint64_t maxPieces = 64;
-
 /// @return the input of the only table; nothing if there is none, or more than one.
 const PipelineInput* tableInput(const PipelineNode& node) {
     const PipelineInput* found = nullptr;
@@ -57,7 +54,7 @@ std::optional<NodeError> tried(const Pipeline& pipeline, std::size_t position, c
     }
     return errorIn([&] {
         const NodeArguments arguments(node, *arrivals);
-        PreviewContext context(pipeline, maxPieces);
+        PreviewContext context(pipeline, maxPreviewPieces);
         work(arguments, context);
     });
 }

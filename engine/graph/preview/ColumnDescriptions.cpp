@@ -19,8 +19,6 @@
 namespace velmorak {
 namespace {
 
-/// Of 64 kB each: enough for the header of any table, and read before a user notices.
-constexpr std::uint64_t maxPieces = 64;
 constexpr std::size_t maxColumns = 40;
 
 std::string onOneLine(const std::string& name) {
@@ -48,7 +46,8 @@ std::string sentenceOn(const Schema& schema) {
 /// Stops a preview when it has read enough, and when nobody wants it any more.
 class TaskContext : public PreviewContext {
 public:
-    TaskContext(const Pipeline& beside, const BackgroundTask& work) : PreviewContext(beside, maxPieces), work(work) {}
+    TaskContext(const Pipeline& beside, const BackgroundTask& work)
+        : PreviewContext(beside, maxPreviewPieces), work(work) {}
     bool isStopping() const override { return work.isStopping() || PreviewContext::isStopping(); }
 
 private:

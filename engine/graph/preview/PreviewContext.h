@@ -4,10 +4,14 @@
 
 #include <velmorak/Run.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
 namespace velmorak {
+
+/// Of 64 kB each: enough for the header of any table, and read before a user notices.
+inline constexpr std::uint64_t maxPreviewPieces = 64;
 
 /// The context of a kind during a preview, outside any run: files may be read; nothing is written or printed.
 class PreviewContext : public RunContext {

@@ -173,7 +173,7 @@ PlannedFile fileFrom(const Json& json) {
             json.value(key::sha256, std::string())};
 }
 
-std::vector<PlannedFile> filesFrom(const Json& json) {
+std::vector<PlannedFile> plannedFilesFrom(const Json& json) {
     std::vector<PlannedFile> files;
     std::transform(json.begin(), json.end(), std::back_inserter(files), fileFrom);
     return files;
@@ -185,14 +185,14 @@ PlannedRun runFrom(const Json& json) {
     run.settings = json.at(key::settings).get<std::vector<std::string>>();
     run.folder = json.at(key::folder).get<std::string>();
     for (const Json& pass : json.at(key::passes)) {
-        run.passes.push_back({pass.at(key::round).get<unsigned>(),
-                              pass.at(key::targets).get<std::vector<std::string>>(),
-                              pass.at(key::needs).get<std::vector<std::size_t>>(), filesFrom(pass.at(key::files))});
+        run.passes.push_back(
+            {pass.at(key::round).get<unsigned>(), pass.at(key::targets).get<std::vector<std::string>>(),
+             pass.at(key::needs).get<std::vector<std::size_t>>(), plannedFilesFrom(pass.at(key::files))});
     }
     for (const Json& left : json.at(key::leftToMerge)) {
         run.leftToMerge.push_back({left.at(key::plugin).get<std::string>(), left.at(key::reason).get<std::string>()});
     }
-    run.otherFiles = filesFrom(json.at(key::otherFiles));
+    run.otherFiles = plannedFilesFrom(json.at(key::otherFiles));
     for (const Json& listing : json.at(key::listings)) {
         run.listings[listing.at(key::listing).get<std::string>()] =
             listing.at(key::names).get<std::vector<std::string>>();

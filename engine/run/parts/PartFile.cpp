@@ -45,7 +45,7 @@ Json jsonOf(const std::vector<PartInput>& files) {
     return all;
 }
 
-std::vector<PartInput> filesFrom(const Json& json) {
+std::vector<PartInput> partInputsFrom(const Json& json) {
     std::vector<PartInput> files;
     for (const Json& file : json) {
         files.push_back({file.at(0).get<std::string>(), file.at(1).get<std::string>(), file.at(2).get<std::uint64_t>(),
@@ -76,8 +76,8 @@ PartSummary summaryFrom(const std::string& text) {
                                      rows.at(2).get<std::uint64_t>(), rows.at(3).get<std::uint64_t>()});
     }
     summary.rowsRead = json.at("rows").get<std::vector<std::uint64_t>>();
-    summary.files = filesFrom(json.at("files"));
-    summary.skipped = filesFrom(json.at("skipped"));
+    summary.files = partInputsFrom(json.at("files"));
+    summary.skipped = partInputsFrom(json.at("skipped"));
     summary.states = json.at("states").get<std::uint64_t>();
     return summary;
 }

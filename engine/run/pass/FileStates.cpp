@@ -17,7 +17,7 @@ namespace velmorak {
 
 namespace {
 
-constexpr std::uint64_t mark = 0x32'53'45'4c'49'46'6c'76;
+constexpr std::uint64_t fileStatesMark = 0x32'53'45'4c'49'46'6c'76;
 
 void addSchema(Sha256& hash, const Schema& schema) {
     for (const ColumnInfo& column : schema.columns()) {
@@ -236,7 +236,7 @@ std::optional<FileStates::Kept> FileStates::read(const Digest& key) const {
         return std::nullopt;
     }
     try {
-        ByteReader reader(*bytes, mark);
+        ByteReader reader(*bytes, fileStatesMark);
         Kept kept;
         kept.state = reader.list<std::string>();
         kept.rows = reader.list<std::vector<Rows>>();
@@ -384,7 +384,7 @@ void FileStates::keep(std::size_t op, std::size_t file, const AccumulatorState& 
         return;
     }
     ByteWriter writer;
-    writer.number(mark);
+    writer.number(fileStatesMark);
     const std::optional<NodeError> error = errorIn([&] {
         writer.list(savedState(whole, state.node(chain->at(op).node).kindName));
         writer.list(rowsOf(op));

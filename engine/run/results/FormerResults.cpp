@@ -13,10 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool isBelow(const fs::path& path, const fs::path& folder) {
-    return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first == folder.end();
-}
-
 /// A file or a link, not a folder or a device.
 bool isMovable(const fs::path& path) {
     std::error_code error;

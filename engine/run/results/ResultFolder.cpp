@@ -22,10 +22,6 @@ namespace fs = std::filesystem;
     throw Failure("the file \"" + fileName + "\" " + reason);
 }
 
-bool isBelow(const fs::path& path, const fs::path& folder) {
-    return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first == folder.end();
-}
-
 /// Resolves links in the part of the path that exists.
 fs::path resolveLinks(const fs::path& path) {
     const fs::path absolute = fs::absolute(path).lexically_normal();

@@ -1,5 +1,6 @@
 #include "run/results/ResultsPlace.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <csignal>
@@ -24,6 +25,10 @@ bool isLeftover(const std::string& name) {
 }
 
 }  // namespace
+
+bool isBelow(const fs::path& path, const fs::path& folder) {
+    return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first == folder.end();
+}
 
 std::string whyNoResultsFolder(const Pipeline& pipeline) {
     std::error_code error;

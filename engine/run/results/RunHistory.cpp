@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* unfinished = "it was not finished in the run before";
 
-constexpr std::uint64_t mark = 0x31'54'53'48'6b'6c'65'56;
+constexpr std::uint64_t historyMark = 0x31'54'53'48'6b'6c'65'56;
 
 std::string describe(const RunState& state, const PipelineInput& input) {
     if (!input.wire) {
@@ -158,7 +158,7 @@ void RunHistory::remember(const RunState& state, const ResultCache& cache) {
 
 std::string RunHistory::toBytes() const {
     ByteWriter writer;
-    writer.number(mark);
+    writer.number(historyMark);
     writer.number<std::uint64_t>(entries.size());
     for (const auto& [plugin, entry] : entries) {
         writer.list(plugin);
@@ -179,7 +179,7 @@ std::string RunHistory::toBytes() const {
 void RunHistory::fromBytes(const std::string& bytes) {
     entries.clear();
     try {
-        ByteReader reader(bytes, mark);
+        ByteReader reader(bytes, historyMark);
         for (auto count = reader.number<std::uint64_t>(); count > 0; --count) {
             Entry& entry = entries[reader.list<std::string>()];
             entry.kindName = reader.list<std::string>();

@@ -16,10 +16,6 @@ namespace velmorak::io {
 
 namespace {
 
-std::string textOr(const char* text, const char* other) {
-    return !text ? other : text;
-}
-
 bool isTrue(const char* text) {
     const std::string_view word = !text ? "" : text;
     return word == "true" || word == "True" || word == "TRUE" || word == "1";
@@ -45,9 +41,6 @@ bool readBinNumber(const char* text, std::int64_t& number) {
     return true;
 }
 
-constexpr std::size_t maxObjects = 1'000'000;
-/// Limit for the messages that are remembered to report each only once.
-constexpr std::size_t maxWarned = 1000;
 /// Limit in bytes for the parts of an object that is not built yet, besides the bins that its axes declare.
 constexpr std::size_t maxHeld = std::size_t{512} << 20U;
 constexpr std::size_t maxCodeletLength = std::size_t{1} << 20U;

@@ -15,10 +15,7 @@ namespace {
 
 /// Limits against malformed or hostile files.
 constexpr std::size_t maxColumnDepth = 64;
-constexpr std::size_t maxObjects = 1'000'000;
 constexpr std::size_t maxListedColumns = 8'000'000;
-/// Limit for the messages that are remembered to report each only once.
-constexpr std::size_t maxWarned = 1000;
 constexpr std::size_t maxReported = 20;
 
 /// Columns of a cloud: its coordinates, and the weight, which is 1 if a point has none.
@@ -30,10 +27,6 @@ std::vector<AidaColumn> cloudColumns(std::size_t dimensions) {
     }
     columns.push_back(columnFrom("weight=1", "double", ""));
     return columns;
-}
-
-std::string textOr(const char* text, const char* other) {
-    return !text ? other : text;
 }
 
 }  // namespace

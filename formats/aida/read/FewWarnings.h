@@ -7,6 +7,11 @@
 
 namespace velmorak::io {
 
+/// Limit of the objects that a list of a file's objects holds.
+inline constexpr std::size_t maxObjects = 1'000'000;
+/// Limit for the messages that are remembered to report each only once.
+inline constexpr std::size_t maxWarned = 1000;
+
 /// Reports the first warnings about a file, and counts the others: a damaged file may cause any number.
 class FewWarnings {
 public:

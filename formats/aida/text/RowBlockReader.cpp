@@ -6,7 +6,6 @@ namespace velmorak::io {
 
 namespace {
 
-constexpr std::string_view rowEnd = "</row>";
 constexpr std::size_t maxSlowRows = 1024;
 
 }  // namespace

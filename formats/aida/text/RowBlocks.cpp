@@ -12,7 +12,6 @@ namespace velmorak::io {
 namespace {
 
 constexpr std::size_t blockSize = std::size_t{1} << 19;
-constexpr std::string_view rowEnd = "</row>";
 
 }  // namespace
 

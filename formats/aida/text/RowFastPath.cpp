@@ -14,7 +14,6 @@ namespace velmorak::io {
 namespace {
 
 constexpr std::string_view rowBegin = "<row>";
-constexpr std::string_view rowEnd = "</row>";
 constexpr std::string_view entryBegin = R"(<entry value=")";
 constexpr std::string_view entryEnd = R"("/>)";
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <velmorak/Table.h>
@@ -15,6 +16,8 @@ struct PlainColumn {
     bool isSingleCharacter = false;
     bool isUsed = true;  ///< Otherwise its values are passed over.
 };
+
+inline constexpr std::string_view rowEnd = "</row>";
 
 /// Bytes beyond the end of a text that RowFastPath may read. They must be zero.
 inline constexpr std::size_t plainRowsMargin = 32;

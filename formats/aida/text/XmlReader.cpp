@@ -34,6 +34,10 @@ const char* attributeOf(const char* const* attributes, const char* name) {
     return nullptr;
 }
 
+std::string textOr(const char* text, const char* other) {
+    return !text ? other : text;
+}
+
 XmlReader::XmlReader(const std::filesystem::path& path, XmlHandler& handler, RunContext& context, RowReading reading)
     : path(path),
       handler(handler),

@@ -22,6 +22,9 @@ namespace velmorak::io {
 /// @return the value of an attribute; null if there is none. attributes is a list of names and values, ended by null.
 const char* attributeOf(const char* const* attributes, const char* name);
 
+/// @return the text, or the other one in place of a missing text.
+std::string textOr(const char* text, const char* other);
+
 /// How the rows of a tuple are read: by a scanner for plain rows where possible, or all by the parser. The result is
 /// the same.
 enum class RowReading { Scanned, Parsed };

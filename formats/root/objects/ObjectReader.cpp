@@ -6,7 +6,7 @@
 namespace velmorak::root {
 namespace {
 
-constexpr int maxDepth = 200;
+constexpr int maxObjectDepth = 200;
 constexpr std::uint32_t countMask = 0x40000000;
 constexpr std::uint32_t classMask = 0x80000000;
 constexpr std::uint32_t newClass = 0xFFFFFFFF;
@@ -24,7 +24,7 @@ private:
 };
 
 Level::Level(int& depth) : depth(depth) {
-    if (++depth > maxDepth) {
+    if (++depth > maxObjectDepth) {
         throw Failure("objects are nested too deep");
     }
 }

@@ -6,7 +6,7 @@ namespace {
 using Kind = ValueType::Kind;
 
 /// Descriptions of classes may refer to themselves, or repeat one another without end.
-constexpr int maxDepth = 12;
+constexpr int maxTypeDepth = 12;
 constexpr std::size_t maxMembers = 4096;
 
 /// Replaces the classes in a type by their members.
@@ -84,7 +84,7 @@ void MemberExpansion::expandClass(ValueType& type, int depth) {
         setProblem(type, Kind::Unknown, "values of the type " + type.className + " cannot be read");
         return;
     }
-    if (depth > maxDepth || members > maxMembers) {
+    if (depth > maxTypeDepth || members > maxMembers) {
         setProblem(type, Kind::Unknown, "the class " + type.className + " is nested too deep");
         return;
     }

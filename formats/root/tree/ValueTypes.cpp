@@ -39,7 +39,7 @@ private:
     int depth = 0;
 };
 
-constexpr int maxDepth = 16;
+constexpr int maxValueDepth = 16;
 
 std::optional<ValueType> TypeParser::parse() {
     std::optional<ValueType> type = next();
@@ -82,7 +82,7 @@ std::optional<ValueType> TypeParser::classTemplate(std::size_t begin) {
 std::optional<ValueType> TypeParser::container(const std::string& name) {
     const bool isMap = std::find(maps.begin(), maps.end(), name) != maps.end();
     std::vector<ValueType> arguments;
-    if (++depth > maxDepth) {
+    if (++depth > maxValueDepth) {
         return std::nullopt;
     }
     do {
