@@ -10,6 +10,7 @@ VELMORAK_COLLECTION(registry) {
     registry.add(makeProfile2D());
     registry.add(makeCategoryHistogram());
     registry.add(makeGroupedHistogram());
+    registry.add(makePickHistogram());
     registry.add(makeRebin());
     registry.add(makeScale());
     registry.add(makeSmooth());

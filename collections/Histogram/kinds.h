@@ -18,6 +18,7 @@ std::unique_ptr<Kind> makeRebin();
 std::unique_ptr<Kind> makeScale();
 std::unique_ptr<Kind> makeSmooth();
 std::unique_ptr<Kind> makeCombine();
+std::unique_ptr<Kind> makePickHistogram();
 std::unique_ptr<Kind> makeProject();
 std::unique_ptr<Kind> makeCumulative();
 std::unique_ptr<Kind> makeCompare();
