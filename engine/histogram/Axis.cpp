@@ -1,5 +1,7 @@
 #include <velmorak/Axis.h>
 
+#include "histogram/fill/Fill.h"
+
 #include <velmorak/Mutex.h>
 
 #include <algorithm>
@@ -12,6 +14,8 @@ namespace velmorak {
 
 namespace {
 
+/// Limit of the slices that are looked up by kernels: their table stays in the nearest cache, or in the next.
+constexpr std::size_t maxKernelSlices = 8192;
 /// Limit of the positions in the lookup table, and of the memory.
 constexpr std::size_t maxBins = std::size_t{1} << 28;
 
@@ -91,6 +95,11 @@ struct EdgeTables {
     std::size_t maxInSlice = 0;         ///< Largest number of edges in one slice.
     std::vector<std::uint32_t> lookup;  ///< For each slice, the number of edges in the slices before it.
     double slicesPerUnit = 0.0;
+    std::vector<SliceStart> starts;  ///< Of an axis whose bins differ, for kernels; else empty.
+    AxisSlices slices;               ///< Refers to starts.
+
+private:
+    void makeStarts();
 };
 
 std::size_t EdgeTables::sliceOf(double edgeOrX) const {
@@ -104,23 +113,37 @@ std::size_t EdgeTables::sliceOf(double edgeOrX) const {
 EdgeTables::EdgeTables(std::vector<double> all, bool isRegular) : edges(std::move(all)) {
     const std::size_t bins = edges.size() - 1;
     const double span = edges.back() - edges.front();
-    const std::size_t slices =
+    const std::size_t count =
         std::max<std::size_t>(isRegular ? 2 * bins : std::min<std::size_t>(8 * bins, 1U << 16), 64);
-    slicesPerUnit = static_cast<double>(slices) / span;
+    slicesPerUnit = static_cast<double>(count) / span;
     if (!std::isfinite(slicesPerUnit) || !std::isfinite(span)) {
         slicesPerUnit = 0.0;
     }
-    lookup.assign(slices + 1, 0);
+    lookup.assign(count + 1, 0);
     for (const double edge : edges) {
         ++lookup[sliceOf(edge) + 1];
     }
     maxInSlice = *std::max_element(lookup.begin(), lookup.end());
-    for (std::size_t slice = 1; slice <= slices; ++slice) {
+    for (std::size_t slice = 1; slice <= count; ++slice) {
         lookup[slice] += lookup[slice - 1];
     }
     stops.reserve(edges.size() + 1);
     stops = edges;
     stops.push_back(std::numeric_limits<double>::quiet_NaN());
+    if (!isRegular && maxInSlice == 1 && count <= maxKernelSlices && slicesPerUnit > 0.0) {
+        makeStarts();
+    }
+}
+
+void EdgeTables::makeStarts() {
+    starts.reserve(lookup.size() - 1);
+    for (std::size_t slice = 0; slice + 1 < lookup.size(); ++slice) {
+        starts.push_back({stops[lookup[slice]], lookup[slice]});
+    }
+    slices = {.starts = starts.data(),
+              .low = edges.front(),
+              .perUnit = slicesPerUnit,
+              .last = static_cast<double>(starts.size() - 1)};
 }
 
 std::size_t EdgeTables::cell(double x) const {
@@ -200,6 +223,11 @@ Axis::Axis(std::vector<double> edges) {
     last = edges.back();
     regular = areEqualBins(edges);
     tables = std::make_shared<AxisTables>(std::move(edges), regular);
+}
+
+const AxisSlices* slicesOf(const Axis& axis) {
+    const EdgeTables* const tables = axis.tables->known();
+    return tables && !tables->starts.empty() ? &tables->slices : nullptr;
 }
 
 const std::vector<double>& Axis::edges() const {

@@ -27,13 +27,17 @@ public:
                 hasSteps = hasSteps && steps;
                 alongAxes[direction] = steps.value_or(Steps());
             }
+            slices = axes == 1 && quantities == 1 && !hasSteps ? slicesOf(grid.axis(0)) : nullptr;
         }
     }
 
     /// @return the number of points filled.
     std::size_t fill(const Fills<quantities>& fills) const {
-        if (!kernels || !hasSteps) {
+        if (!kernels || (!hasSteps && !slices)) {
             return 0;
+        }
+        if (slices) {
+            return kernels->fillBySlice1D(*slices, cells, entries(fills));
         }
         if constexpr (quantities == 1) {
             return kernels->fill1D(alongAxes[0], cells, entries(fills));
@@ -72,6 +76,7 @@ private:
     std::byte* cells = nullptr;
     std::size_t stride = 0;
     bool hasSteps = true;
+    const AxisSlices* slices = nullptr;  ///< Of an axis without steps.
     Steps alongAxes[axes];
 };
 

@@ -56,6 +56,43 @@ CellIndices ByStep::operator()(std::size_t /*at*/, __m256d x) const {
     return {_mm256_castpd_si256(rounded), _mm256_and_pd(isSure, isFinite(x))};
 }
 
+/// Looks up cells on an axis with bins of different widths.
+class BySlice {
+public:
+    explicit BySlice(const AxisSlices& axis);
+
+    CellIndices operator()(std::size_t /*at*/, __m256d x) const;
+
+private:
+    const SliceStart* starts;
+    __m256d low;
+    __m256d perUnit;
+    __m256d last;
+};
+
+BySlice::BySlice(const AxisSlices& axis)
+    : starts(axis.starts),
+      low(_mm256_set1_pd(axis.low)),
+      perUnit(_mm256_set1_pd(axis.perUnit)),
+      last(_mm256_set1_pd(axis.last)) {}
+
+CellIndices BySlice::operator()(std::size_t /*at*/, __m256d x) const {
+    static_assert(sizeof(SliceStart) == 16);
+    const __m256d steps = _mm256_mul_pd(_mm256_sub_pd(x, low), perUnit);
+    const __m256d inside = _mm256_min_pd(_mm256_max_pd(steps, _mm256_setzero_pd()), last);
+    alignas(16) std::uint32_t slices[group];
+    _mm_store_si128(reinterpret_cast<__m128i*>(slices), _mm256_cvttpd_epi32(inside));
+    const auto startOf = [&](std::size_t entry) {
+        return _mm_loadu_pd(reinterpret_cast<const double*>(starts + slices[entry]));
+    };
+    const __m256d even = _mm256_set_m128d(startOf(2), startOf(0));
+    const __m256d odd = _mm256_set_m128d(startOf(3), startOf(1));
+    const __m256d isAbove = _mm256_cmp_pd(_mm256_unpacklo_pd(even, odd), x, _CMP_LE_OQ);
+    const __m256i positions = _mm256_castpd_si256(_mm256_unpackhi_pd(even, odd));
+    // What is true is -1.
+    return {_mm256_sub_epi64(positions, _mm256_castpd_si256(isAbove)), isFinite(x)};
+}
+
 /// Takes cells that are known already.
 class Listed {
 public:
@@ -220,6 +257,10 @@ std::size_t fill1D(const Steps& axis, std::byte* cells, const Entries& entries) 
     return fillLine(ByStep(axis), cells, entries);
 }
 
+std::size_t fillBySlice1D(const AxisSlices& axis, std::byte* cells, const Entries& entries) {
+    return fillLine(BySlice(axis), cells, entries);
+}
+
 std::size_t fillFromIndices1D(const Cells& known, std::byte* cells, const Entries& entries) {
     return fillLine(Listed(known.x), cells, entries);
 }
@@ -245,6 +286,7 @@ std::size_t fillProfileFromIndices(const Cells& known, std::byte* cells, const E
 Kernels avx2Kernels() {
     return {.group = group,
             .fill1D = fill1D,
+            .fillBySlice1D = fillBySlice1D,
             .fillFromIndices1D = fillFromIndices1D,
             .fill2D = fill2D,
             .fillFromIndices2D = fillFromIndices2D,

@@ -54,6 +54,49 @@ inline CellIndices ByStep::operator()(std::size_t /*at*/, __m512d x) const {
     return {_mm512_castpd_si512(rounded), isSure};
 }
 
+/// Looks up cells on an axis with bins of different widths.
+class BySlice {
+public:
+    explicit BySlice(const AxisSlices& axis);
+
+    CellIndices operator()(std::size_t /*at*/, __m512d x) const;
+
+private:
+    const std::byte* starts;
+    __m512d low;
+    __m512d perUnit;
+    __m512d last;
+};
+
+BySlice::BySlice(const AxisSlices& axis)
+    : starts(reinterpret_cast<const std::byte*>(axis.starts)),
+      low(_mm512_set1_pd(axis.low)),
+      perUnit(_mm512_set1_pd(axis.perUnit)),
+      last(_mm512_set1_pd(axis.last)) {}
+
+// Eight loads of 16 bytes are quicker than instructions that gather.
+inline CellIndices BySlice::operator()(std::size_t /*at*/, __m512d x) const {
+    static_assert(sizeof(SliceStart) == 16);
+    const __m512d steps = _mm512_mul_pd(_mm512_sub_pd(x, low), perUnit);
+    const __m512d inside = _mm512_min_pd(_mm512_max_pd(steps, _mm512_setzero_pd()), last);
+    alignas(64) std::uint64_t offsets[wideGroup];
+    _mm512_store_si512(offsets, _mm512_slli_epi64(_mm512_cvttpd_epi64(inside), 4));
+    asm("" : "+m"(offsets));
+    const auto startOf = [&](std::size_t entry) {
+        return _mm_loadu_pd(reinterpret_cast<const double*>(starts + offsets[entry]));
+    };
+    const auto everyOther = [&](std::size_t entry) {
+        const __m256d lower = _mm256_set_m128d(startOf(entry + 2), startOf(entry));
+        const __m256d upper = _mm256_set_m128d(startOf(entry + 6), startOf(entry + 4));
+        return _mm512_insertf64x4(_mm512_castpd256_pd512(lower), upper, 1);
+    };
+    const __m512d even = everyOther(0);
+    const __m512d odd = everyOther(1);
+    const __mmask8 isAbove = _mm512_cmp_pd_mask(_mm512_unpacklo_pd(even, odd), x, _CMP_LE_OQ);
+    const __m512i positions = _mm512_castpd_si512(_mm512_unpackhi_pd(even, odd));
+    return {_mm512_mask_add_epi64(positions, isAbove, positions, _mm512_set1_epi64(1)), isFinite(x)};
+}
+
 /// Takes cells that are known already.
 class Listed {
 public:
@@ -251,23 +294,30 @@ void addAndCount(std::byte* threeSums, __m256d addends) {
 
 // The entries are passed by value, so that the compiler knows that stores into cells do not change their addresses.
 
+/// The cells of the next eight entries are found before these are filled, so that their lookup does not wait for sums.
 template <typename FindX>
 std::size_t fillLine(const FindX findX, std::byte* cells, const Entries entries) {
-    std::size_t at = 0;
-    for (; at + wideGroup <= entries.count; at += wideGroup) {
+    const std::size_t end = entries.count / wideGroup * wideGroup;
+    __m512d nextX = end == 0 ? _mm512_setzero_pd() : _mm512_loadu_pd(entries.x);
+    CellIndices next = end == 0 ? CellIndices() : findX(0, nextX);
+    for (std::size_t at = 0; at < end; at += wideGroup) {
+        const __m512d x = nextX;
+        const __m512d w = weightsAt(entries, at);
+        const CellIndices places = next;
+        if (!areAll(_mm512_mask_cmp_pd_mask(places.areSure, w, w, _CMP_ORD_Q))) {
+            return at;
+        }
         fetch(entries.x, at);
         if (entries.weights) {
             fetch(entries.weights, at);
         }
-        const __m512d x = _mm512_loadu_pd(entries.x + at);
-        const __m512d w = weightsAt(entries, at);
-        const CellIndices places = findX(at, x);
-        if (!areAll(_mm512_mask_cmp_pd_mask(places.areSure, w, w, _CMP_ORD_Q))) {
-            break;
+        if (const std::size_t after = at + wideGroup; after < end) {
+            nextX = _mm512_loadu_pd(entries.x + after);
+            next = findX(after, nextX);
         }
         fillCells(Targets(cells, places.cells, lineCellBytes), x, w);
     }
-    return at;
+    return end;
 }
 
 /// Eight entries of two quantities, and their cells.
@@ -339,6 +389,10 @@ std::size_t fill1D(const Steps& axis, std::byte* cells, const Entries& entries) 
     return fillLine(ByStep(axis), cells, entries);
 }
 
+std::size_t fillBySlice1D(const AxisSlices& axis, std::byte* cells, const Entries& entries) {
+    return fillLine(BySlice(axis), cells, entries);
+}
+
 std::size_t fillFromIndices1D(const Cells& known, std::byte* cells, const Entries& entries) {
     return fillLine(Listed(known.x), cells, entries);
 }
@@ -364,6 +418,7 @@ std::size_t fillProfileFromIndices(const Cells& known, std::byte* cells, const E
 Kernels avx512Kernels() {
     return {.group = wideGroup,
             .fill1D = fill1D,
+            .fillBySlice1D = fillBySlice1D,
             .fillFromIndices1D = fillFromIndices1D,
             .fill2D = fill2D,
             .fillFromIndices2D = fillFromIndices2D,

@@ -10,6 +10,13 @@
 #include <optional>
 #include <vector>
 
+namespace velmorak {
+
+/// @return null for bins of equal width, and where a slice would hold several edges; shared by the axis and its copies.
+const AxisSlices* slicesOf(const Axis& axis);
+
+}  // namespace velmorak
+
 namespace velmorak::filling {
 
 /// Entries per block of the scalar path, which looks up all cells of a block before it fills them, so that the lookups

@@ -5,6 +5,26 @@
 
 /// Kernels that fill histograms with vector instructions that not every processor has. This header is compiled for
 /// those too, so it must not define functions.
+namespace velmorak {
+
+/// A slice of an axis, which is narrower than every bin: the first edge in it or above it, and the number of edges
+/// below.
+struct SliceStart {
+    double stop = 0.0;
+    std::uint64_t position = 0;
+};
+
+/// Finds the cell of x on an axis with bins of different widths: the slice at (x - low) * perUnit, clamped to 0 and
+/// last and rounded down, gives the cell, or the one before it.
+struct AxisSlices {
+    const SliceStart* starts = nullptr;
+    double low = 0.0;
+    double perUnit = 0.0;
+    double last = 0.0;
+};
+
+}  // namespace velmorak
+
 namespace velmorak::filling {
 
 /// Finds the cell of x on an axis with bins of equal width without a table: (x - shifted) * perUnit, clamped to 0 and
@@ -55,6 +75,7 @@ struct Cells {
 struct Kernels {
     std::size_t group = 0;  ///< Entries that are filled at once.
     std::size_t (*fill1D)(const Steps& axis, std::byte* cells, const Entries& entries) = nullptr;
+    std::size_t (*fillBySlice1D)(const AxisSlices& axis, std::byte* cells, const Entries& entries) = nullptr;
     std::size_t (*fillFromIndices1D)(const Cells& known, std::byte* cells, const Entries& entries) = nullptr;
     std::size_t (*fill2D)(const Steps (&axes)[2], std::size_t stride, std::byte* cells,
                           const Entries& entries) = nullptr;

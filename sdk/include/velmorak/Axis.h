@@ -9,6 +9,7 @@
 namespace velmorak {
 
 class AxisTables;
+struct AxisSlices;
 
 /// Bins [edge i, edge i + 1) on one axis; a value equal to the last edge is overflow. Copies share their lookup tables.
 class Axis {
@@ -48,6 +49,8 @@ public:
     bool operator==(const Axis& other) const;
 
 private:
+    friend const AxisSlices* slicesOf(const Axis& axis);
+
     std::size_t count = 0;
     double first = 0.0;
     double last = 0.0;

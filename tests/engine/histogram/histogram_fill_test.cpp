@@ -258,6 +258,69 @@ TEST(FillKernels, endOnALineBeforeTheGroupThatItCannotFill) {
     }
 }
 
+/// Edges that lie so far apart that no slice holds two.
+std::vector<double> edgesFarApart(std::mt19937_64& random, std::size_t bins) {
+    std::uniform_real_distribution<double> exponent(-100.0, 100.0);
+    std::uniform_real_distribution<double> step(0.3, 2.0);
+    const double unit = std::pow(10.0, exponent(random));
+    std::vector<double> edges{unit * 100.0 * (step(random) - 1.15)};
+    for (std::size_t bin = 0; bin < bins; ++bin) {
+        edges.push_back(edges.back() + unit * step(random));
+    }
+    return edges;
+}
+
+/// Finite values at the edges, beside them, and anywhere.
+std::vector<double> finiteValuesFor(const Axis& axis, std::mt19937_64& random) {
+    std::uniform_real_distribution<double> part(-0.2, 1.2);
+    std::vector<double> values;
+    for (int k = 0; k < 1600; ++k) {
+        double x = axis.edges()[random() % axis.edges().size()];
+        for (auto steps = random() % 3; steps > 0; --steps) {
+            x = std::nextafter(x, random() % 2 == 0 ? infinity : -infinity);
+        }
+        values.push_back(random() % 3 > 0 ? x : axis.low() + part(random) * (axis.high() - axis.low()));
+    }
+    values[7] = axis.low() - 1e9 * (axis.high() - axis.low());
+    values[8] = axis.high() + 1e9 * (axis.high() - axis.low());
+    return values;
+}
+
+TEST(FillKernels, findTheCellsOfBinsOfDifferentWidthsByTheirSlices) {
+    if (filling::runnableKernels().empty()) {
+        GTEST_SKIP() << "no AVX2";
+    }
+    std::mt19937_64 random(12);
+    for (int round = 0; round < 60; ++round) {
+        const Axis axis(edgesFarApart(random, 2 + random() % 300));
+        const AxisSlices* const slices = slicesOf(axis);
+        ASSERT_TRUE(slices);
+        const std::vector<double> values = finiteValuesFor(axis, random);
+        Histogram1D oneByOne(axis);
+        for (const double x : values) {
+            oneByOne.fill(x, 0.75);
+        }
+        const std::vector<double> weights(values.size(), 0.75);
+        for (const filling::Kernels& wide : filling::runnableKernels()) {
+            CellVector<BinSums> cells(axis.bins() + 2);
+            EXPECT_EQ(wide.fillBySlice1D(*slices, filling::bytesOf(cells),
+                                         {.x = values.data(), .weights = weights.data(), .count = values.size()}),
+                      values.size());
+            for (std::size_t cell = 0; cell < cells.size(); ++cell) {
+                ASSERT_EQ(plain(cells[cell]), plain(oneByOne.cells()[cell])) << cell << " of " << axis.bins();
+            }
+        }
+        expectSameBits(axis, values, random);
+    }
+}
+
+TEST(HistogramFill, findsNoSlicesForEqualBinsOrEdgesThatAreCloseTogether) {
+    EXPECT_FALSE(slicesOf(Axis(100, -3.0, 3.0)));
+    EXPECT_FALSE(slicesOf(Axis(std::vector<double>{-1.0, 0.0, 1e-9, 2e-9, 1.0})));
+    EXPECT_TRUE(slicesOf(Axis(std::vector<double>{0.0, 1.0, 3.0})));
+    EXPECT_FALSE(slicesOf(Axis(std::vector<double>{-most, 0.0, 0.5 * most, most})));
+}
+
 TEST(FillKernels, endInAPlaneBeforeTheGroupThatItCannotFill) {
     if (filling::runnableKernels().empty()) {
         GTEST_SKIP() << "no AVX2";
