@@ -23,7 +23,7 @@ using namespace velmorak;
 using namespace velmorak::bench;
 
 constexpr int files = 16;
-constexpr int rowsInFile = 1'500'000;
+constexpr int rowsInFile = 3'000'000;
 constexpr std::size_t manyParts = 10'000;
 constexpr int rounds = 3;
 
@@ -93,7 +93,7 @@ void compareWithOneRun(const fs::path& folder) {
         plain.push_back(runOnce(folder));
         ours.push_back(runInParts(folder));
     }
-    printNotSlower("16 parts and a merge, 24 M rows in 16 files, 2 threads", "one run", medianOf(ours), medianOf(plain),
+    printNotSlower("16 parts and a merge, 48 M rows in 16 files, 2 threads", "one run", medianOf(ours), medianOf(plain),
                    1.15);
 }
 
