@@ -21,7 +21,7 @@ constexpr std::size_t maxRemoved = 50;
 
 fs::path stateFolder() {
     const char* const state = std::getenv("XDG_STATE_HOME");
-    if (state && fs::path(state).is_absolute()) {
+    if (state != nullptr && fs::path(state).is_absolute()) {
         return fs::path(state) / "velmorak";
     }
     const char* const home = std::getenv("HOME");

@@ -154,7 +154,7 @@ unsigned int vkWindow::renamePlugin(const std::string& oldName, const std::strin
 
 plugin* vkWindow::nodeOf(const Glib::ustring& name) const {
     const auto entry = pluginMap.find(name);
-    if (entry != pluginMap.end() && entry->second) {
+    if (entry != pluginMap.end() && entry->second != nullptr) {
         return entry->second;
     }
     // The library may have accepted a name that renamePlugin refused because it is the key of a deleted node.
@@ -170,7 +170,7 @@ std::vector<plugin*> vkWindow::liveNodes() const {
     std::vector<plugin*> nodes;
     std::set<const plugin*> seen;
     for (const auto& [name, node] : pluginMap) {
-        if (node && seen.insert(node).second) {
+        if (node != nullptr && seen.insert(node).second) {
             nodes.push_back(node);
         }
     }

@@ -116,7 +116,7 @@ void vkWindow::redrawConnections() {
     for (const auto& [input, output] : connectionMap) {
         plugin* sender = nodes[output[0].raw()];
         plugin* receiver = nodes[input[0].raw()];
-        if (!sender || !receiver || path == pathMap.end() || !isSamePort(path->first, input)) {
+        if (sender == nullptr || receiver == nullptr || path == pathMap.end() || !isSamePort(path->first, input)) {
             return connectAll();
         }
         const NodePort from{*sender, output[1]};
@@ -171,7 +171,8 @@ void vkWindow::matchBindings(plugin& node) {
         if (receiver != &node && sender != &node) {
             continue;
         }
-        if (receiver && sender && isBound(*receiver->GetPlugin(), input[1], *sender->GetPlugin(), output[1])) {
+        if (receiver != nullptr && sender != nullptr &&
+            isBound(*receiver->GetPlugin(), input[1], *sender->GetPlugin(), output[1])) {
             shown.emplace(receiver->GetPlugin(), input[1]);
         } else {
             stale.push_back(input);
@@ -182,7 +183,7 @@ void vkWindow::matchBindings(plugin& node) {
     }
     for (const auto& [input, output] : bindingsOf(*node.GetPlugin())) {
         plugin* receiver = nodeOf(input[0]);
-        if (receiver && shown.count({receiver->GetPlugin(), input[1]}) == 0) {
+        if (receiver != nullptr && shown.count({receiver->GetPlugin(), input[1]}) == 0) {
             connect(output, input);
         }
     }

@@ -44,9 +44,9 @@ public:
     void markColumns(std::vector<bool>& needed) const;
     const std::string& label() const { return quantity.label(); }
 
-    /// @param key bytes of a group.
+    /// @param bytes key of a group.
     /// @return the group without its histogram. @throws std::invalid_argument if the bytes are not those of a key.
-    HistogramList::Group describe(const std::string& key, const std::string& title) const;
+    HistogramList::Group describe(const std::string& bytes, const std::string& title) const;
 
 private:
     ColumnPtr keysOf(const Chunk& chunk) const;

@@ -1,5 +1,6 @@
 #include "kinds.h"
 
+#include "Binning.h"
 #include "Objects.h"
 
 #include <velmorak/DataObjects.h>

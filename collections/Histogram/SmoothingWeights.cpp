@@ -2,6 +2,8 @@
 
 #include <velmorak/ElementaryFunctions.h>
 
+#include <cmath>
+
 namespace velmorak {
 
 namespace {
@@ -52,7 +54,7 @@ double gaussianWeight(double distance, double sigma) {
 }
 
 std::size_t reachOf(double sigma) {
-    return static_cast<std::size_t>(4.0 * sigma + 0.5);
+    return static_cast<std::size_t>(std::lround(4.0 * sigma));
 }
 
 std::vector<double> polynomialWeights(std::size_t reach, std::size_t degree, double place) {

@@ -36,6 +36,7 @@ Aggregate functionIn(const std::string& entry, std::string_view name) {
         std::find_if(functions.begin(), functions.end(), [&](const auto& known) { return known.first == name; });
     if (found == functions.end()) {
         std::vector<std::string> names;
+        names.reserve(functions.size());
         for (const auto& known : functions) {
             names.emplace_back(known.first);
         }

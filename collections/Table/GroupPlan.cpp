@@ -211,24 +211,45 @@ std::vector<ColumnPtr> GroupPlan::rowsOf(const GroupTable& table, const std::vec
     return columns;
 }
 
+namespace {
+
+std::string aggregatesRefusal(const std::string& text) {
+    for (const AggregateText& aggregate : aggregatesIn(text)) {
+        if (std::string reason = expressionRefusal(aggregate.expression); !reason.empty()) {
+            return reason;
+        }
+    }
+    return {};
+}
+
+std::string keysRefusal(const std::string& text) {
+    for (const Cut& entry : cutsIn(text)) {
+        if (std::string reason = expressionRefusal(entry.condition); !reason.empty()) {
+            return reason;
+        }
+    }
+    return {};
+}
+
+/// @throws Failure for edges that are none.
+void checkEdges(const std::string& text) {
+    for (const Cut& entry : cutsIn(text)) {
+        axisOf(entry.condition);
+    }
+}
+
+}  // namespace
+
 std::string groupingRefusal(const std::string& input, const std::string& text) {
     try {
         if (input == "aggregates") {
-            for (const AggregateText& aggregate : aggregatesIn(text)) {
-                if (std::string reason = expressionRefusal(aggregate.expression); !reason.empty()) {
-                    return reason;
-                }
-            }
+            return aggregatesRefusal(text);
+        }
+        if (input == "edges") {
+            checkEdges(text);
             return {};
         }
-        for (const Cut& entry : cutsIn(text)) {
-            if (input == "edges") {
-                axisOf(entry.condition);
-            } else if (std::string reason = expressionRefusal(entry.condition); !reason.empty()) {
-                return reason;
-            }
-        }
-        return {};
+        return keysRefusal(text);
     } catch (const Failure& failure) {
         return failure.what();
     }

@@ -172,6 +172,20 @@ public:
                                           RunContext& context) const override;
 };
 
+std::string joinKeysRefusal(const std::string& value) {
+    for (const JoinKeyText& key : joinKeysIn(value)) {
+        if (key.first.empty() || key.second.empty()) {
+            return "A key has nothing on one side of the equals sign.";
+        }
+        for (const std::string& expression : {key.first, key.second}) {
+            if (std::string reason = expressionRefusal(expression); !reason.empty()) {
+                return reason;
+            }
+        }
+    }
+    return {};
+}
+
 }  // namespace
 
 std::string JoinKind::summary() const {
@@ -247,19 +261,7 @@ std::string JoinKind::refusal(const std::string& input, const std::string& value
     if (input == "value" || input == "from" || input == "to") {
         return expressionRefusal(value);
     }
-    if (input == "keys") {
-        for (const JoinKeyText& key : joinKeysIn(value)) {
-            for (const std::string& expression : {key.first, key.second}) {
-                if (expression.empty()) {
-                    return "A key has nothing on one side of the equals sign.";
-                }
-                if (std::string reason = expressionRefusal(expression); !reason.empty()) {
-                    return reason;
-                }
-            }
-        }
-    }
-    return {};
+    return input == "keys" ? joinKeysRefusal(value) : std::string();
 }
 
 std::unique_ptr<RowOperation> JoinKind::prepare(const Arguments& arguments, const Schema& schema,

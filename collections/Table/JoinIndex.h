@@ -48,10 +48,10 @@ private:
     void indexGroups();
     void sortRanges();
     std::vector<ColumnPtr> firstKeys(const Chunk& chunk) const;
-    static KeyWords wordsOf(const std::vector<ColumnPtr>& keys, std::size_t rows);
-    std::uint32_t groupOf(std::uint64_t word, const std::vector<ColumnPtr>& keys, std::size_t row) const;
-    bool isGroup(std::uint32_t group, const std::vector<ColumnPtr>& keys, std::size_t row) const;
-    void addInRange(std::uint32_t group, std::uint64_t value, std::vector<std::uint32_t>& rows) const;
+    static KeyWords wordsOf(const std::vector<ColumnPtr>& columns, std::size_t size);
+    std::uint32_t groupOf(std::uint64_t word, const std::vector<ColumnPtr>& columns, std::size_t row) const;
+    bool isGroup(std::uint32_t group, const std::vector<ColumnPtr>& columns, std::size_t row) const;
+    void addInRange(std::uint32_t group, std::uint64_t value, std::vector<std::uint32_t>& found) const;
 
     const JoinPlan& plan;
     std::vector<Column> keys;  ///< Of the rows of the second table; of its groups, when they are known.

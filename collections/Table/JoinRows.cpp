@@ -70,6 +70,7 @@ void JoinRows::moveToFile() {
             rows.push_back(row);
         }
         std::vector<ColumnPtr> block;
+        block.reserve(all.size());
         for (const ColumnPtr& column : all) {
             block.push_back(gatherRows(*column, rows));
         }

@@ -15,11 +15,11 @@ namespace velmorak {
 /// Threads: at may be called by several threads at once.
 class JoinRows {
 public:
-    /// @param columns of the rows.
-    JoinRows(const std::vector<ColumnInfo>& columns, std::shared_ptr<MemoryBudget> memory);
+    /// @param infos columns of the rows.
+    JoinRows(const std::vector<ColumnInfo>& infos, std::shared_ptr<MemoryBudget> memory);
 
     /// Adds rows that follow.
-    void append(const std::vector<ColumnPtr>& columns, std::size_t rows);
+    void append(const std::vector<ColumnPtr>& more, std::size_t rows);
 
     /// @param rows positions, or noRow.
     /// @param wanted by column; the others are null in the result.

@@ -40,7 +40,7 @@ const Values& take(std::span<const ColumnPtr>& columns, std::size_t rows) {
     if (columns.empty() || !std::holds_alternative<Values>(columns.front()->values) || columns.front()->isList()) {
         refuse();
     }
-    const Values& values = std::get<Values>(columns.front()->values);
+    const auto& values = std::get<Values>(columns.front()->values);
     columns = columns.subspan(1);
     if (values.size() != rows) {
         refuse();
@@ -158,7 +158,7 @@ double NumberSums<Number>::errorOfMean() const {
 
 template <typename Number>
 void NumberGroups<Number>::fill(const Column& values, const RowsByGroup& rows) {
-    const Numbers& numbers = std::get<Numbers>(values.values);
+    const auto& numbers = std::get<Numbers>(values.values);
     Numbers ofGroup;
     all.reserve(rows.groups());
     for (std::size_t group = 0; group < rows.groups(); ++group) {
@@ -227,7 +227,7 @@ void NumberGroups<Number>::load(std::span<const ColumnPtr>& columns, std::size_t
     using Sums = NumberSums<Number>;
     all.resize(groups);
     const auto read = [&]<typename Member>(Member Sums::*member) {
-        const std::vector<Member>& values = take<std::vector<Member>>(columns, groups);
+        const auto& values = take<std::vector<Member>>(columns, groups);
         for (std::size_t group = 0; group < groups; ++group) {
             all[group].*member = values[group];
         }

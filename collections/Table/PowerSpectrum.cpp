@@ -171,7 +171,7 @@ Density densityOf(const Samples& samples, double step, const Signal& signal, con
 
 /// @param power "^2" or as a label.
 std::string densityUnit(const Signal& signal, const std::string& power) {
-    const std::string value = signal.valueUnit.empty() ? std::string() : signal.valueUnit + power;
+    std::string value = signal.valueUnit.empty() ? std::string() : signal.valueUnit + power;
     if (signal.frequencyUnit.empty()) {
         return value;
     }

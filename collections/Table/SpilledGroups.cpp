@@ -124,7 +124,7 @@ bool SortedReader::next(Chunk& chunk) {
 
 class SortedGroups : public StoredTable {
 public:
-    explicit SortedGroups(const Schema& columns) : columns(columns) {}
+    explicit SortedGroups(Schema columns) : columns(std::move(columns)) {}
 
     const Schema& schema() const override { return columns; }
     std::unique_ptr<TableReader> open() const override { return std::make_unique<SortedReader>(columns, parts); }

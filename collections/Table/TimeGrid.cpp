@@ -113,8 +113,8 @@ std::vector<ColumnPtr> Means::columns() const {
         times.push_back(grid.time(number) + grid.step / 2);
         rows.push_back(step ? step->rows : 0);
         for (std::size_t column = 0; column < width; ++column) {
-            const bool hasValue = step && step->counts[column] > 0;
-            means[column].push_back(hasValue ? step->sums[column] / static_cast<double>(step->counts[column]) : nan);
+            const std::int64_t count = step ? step->counts[column] : 0;
+            means[column].push_back(count > 0 ? step->sums[column] / static_cast<double>(count) : nan);
         }
     }
     std::vector<ColumnPtr> all{columnOf(times)};
@@ -164,7 +164,8 @@ void Lines::begin(double time) {
 void Lines::extend(Line& line, double time, double value) {
     const auto numberOfNext = [&] { return first + static_cast<std::int64_t>(line.values.size()); };
     checkLength(first, grid.stepOf(time));
-    for (double at = grid.time(numberOfNext()); at <= time; at = grid.time(numberOfNext())) {
+    while (grid.time(numberOfNext()) <= time) {
+        const double at = grid.time(numberOfNext());
         memory.take(sizeof(double));
         if (!line.hasValue) {
             line.values.push_back(at == time ? value : nan);

@@ -43,8 +43,11 @@ std::string cureFor(const FileFormat& format) {
 /// Refuses a file that certainly has another format than the kind reads.
 void refuseOther(const std::filesystem::path& file, const std::string& kind, const FileFormats& formats) {
     const FileStart start = startOf(file);
-    const FileFormat* format = formats.recognise(start);
-    if (!format || format->tableKind() == kind || format->recognise(start) != Recognition::Certain) {
+    const FileFormat* const format = formats.recognise(start);
+    if (!format) {
+        return;
+    }
+    if (format->tableKind() == kind || format->recognise(start) != Recognition::Certain) {
         return;
     }
     throw Failure("file", file.string() + " is " + format->description() + cureFor(*format));

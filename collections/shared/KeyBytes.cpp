@@ -185,6 +185,7 @@ std::vector<std::uint64_t> orderedWords(const Column& column) {
 
 std::vector<ColumnPtr> columnsOfKeys(const std::vector<ColumnType>& types, const std::vector<std::string>& rows) {
     std::vector<Column> columns;
+    columns.reserve(types.size());
     for (const ColumnType type : types) {
         columns.push_back(emptyColumn(type));
     }
@@ -196,6 +197,7 @@ std::vector<ColumnPtr> columnsOfKeys(const std::vector<ColumnType>& types, const
         reader.mustBeAtEnd();
     }
     std::vector<ColumnPtr> made;
+    made.reserve(columns.size());
     for (Column& column : columns) {
         made.push_back(std::make_shared<const Column>(std::move(column)));
     }

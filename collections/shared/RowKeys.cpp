@@ -121,6 +121,18 @@ KeyOrder orderIn(const std::string& part) {
     return {text, false};
 }
 
+/// The key is the only column, which holds no texts: its order is that of one word.
+void takeWords(const Column& column, bool isDescending, std::vector<std::uint64_t>& words) {
+    std::visit(
+        [&](const auto& values) {
+            if constexpr (!std::is_same_v<std::decay_t<decltype(values)>, Column::Texts>) {
+                std::transform(values.begin(), values.end(), words.begin(),
+                               [&](auto value) { return ordered(value, isDescending); });
+            }
+        },
+        column.values);
+}
+
 }  // namespace
 
 std::vector<KeyOrder> keyOrdersIn(const std::string& text) {
@@ -190,6 +202,7 @@ RowKeys KeyMaker::keysOf(const Chunk& chunk) const {
     RowKeys keys;
     keys.prefixes.resize(chunk.rows);
     std::vector<ColumnPtr> columns;
+    columns.reserve(parts.size());
     std::vector<std::uint8_t> missing(chunk.rows, 0);
     for (const KeyPart& part : parts) {
         columns.push_back(part.expression.evaluate(chunk));
@@ -197,19 +210,17 @@ RowKeys KeyMaker::keysOf(const Chunk& chunk) const {
     }
     keys.rowsWithoutKey = static_cast<std::size_t>(std::count(missing.begin(), missing.end(), 1));
     if (columns.size() == 1 && columns.front()->type() != ColumnType::Text) {
-        std::visit(
-            [&](const auto& values) {
-                if constexpr (!std::is_same_v<std::decay_t<decltype(values)>, Column::Texts>) {
-                    std::transform(values.begin(), values.end(), keys.prefixes.begin(),
-                                   [&](auto value) { return ordered(value, parts.front().isDescending); });
-                }
-            },
-            columns.front()->values);
-        return keys;
+        takeWords(*columns.front(), parts.front().isDescending, keys.prefixes);
+    } else {
+        takeBytes(columns, chunk.rows, keys);
     }
+    return keys;
+}
+
+void KeyMaker::takeBytes(const std::vector<ColumnPtr>& columns, std::size_t rows, RowKeys& keys) const {
     keys.ends.push_back(0);
     std::string key;
-    for (std::size_t row = 0; row < chunk.rows; ++row) {
+    for (std::size_t row = 0; row < rows; ++row) {
         key.clear();
         for (std::size_t i = 0; i < parts.size(); ++i) {
             appendKey(key, *columns[i], row, parts[i].isDescending);
@@ -218,7 +229,6 @@ RowKeys KeyMaker::keysOf(const Chunk& chunk) const {
         keys.bytes.append(key, std::min(key.size(), sizeof(std::uint64_t)));
         keys.ends.push_back(keys.bytes.size());
     }
-    return keys;
 }
 
 void KeyMaker::markColumns(std::vector<bool>& needed) const {

@@ -55,7 +55,7 @@ public:
 
     static std::strong_ordering compare(const RowKeys& one, std::size_t row, const RowKeys& other,
                                         std::size_t otherRow) {
-        if (const auto order = one.prefixes[row] <=> other.prefixes[otherRow]; order != 0 || one.isShort()) {
+        if (const auto order = one.prefixes[row] <=> other.prefixes[otherRow]; std::is_neq(order) || one.isShort()) {
             return order;
         }
         return one.rest(row) <=> other.rest(otherRow);
@@ -89,6 +89,9 @@ private:
         Expression expression;
         bool isDescending = false;
     };
+
+    void takeBytes(const std::vector<ColumnPtr>& columns, std::size_t rows, RowKeys& keys) const;
+
     std::vector<KeyPart> parts;
 };
 

@@ -197,8 +197,8 @@ std::unique_ptr<TableReader> TableInFiles::open() const {
 
 }  // namespace
 
-RowSorter::RowSorter(const Schema& schema, std::shared_ptr<const KeyMaker> keys, RunContext& context)
-    : schema(schema),
+RowSorter::RowSorter(Schema schema, std::shared_ptr<const KeyMaker> keys, RunContext& context)
+    : schema(std::move(schema)),
       keys(std::move(keys)),
       context(context),
       memory(std::make_unique<MemoryShare>(memoryOf(context))) {}

@@ -27,7 +27,7 @@ class RowSorter {
 public:
     /// @param schema of the rows.
     /// @param keys and context outlive this and the table.
-    RowSorter(const Schema& schema, std::shared_ptr<const KeyMaker> keys, RunContext& context);
+    RowSorter(Schema schema, std::shared_ptr<const KeyMaker> keys, RunContext& context);
     ~RowSorter();
 
     /// Adds rows that come after all former ones where keys are equal.

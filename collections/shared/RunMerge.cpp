@@ -50,7 +50,7 @@ bool RunMerge::isBefore(std::size_t one, std::size_t other) const {
     const Cursor& a = cursors[one];
     const Cursor& b = cursors[other];
     const auto order = RowKeys::compare(a.rows->keys, a.row, b.rows->keys, b.row);
-    return order != 0 ? order < 0 : one < other;
+    return std::is_neq(order) ? std::is_lt(order) : one < other;
 }
 
 void RunMerge::sink(std::size_t position) {

@@ -21,7 +21,7 @@ struct MergedRows {
 class RunMerge {
 public:
     /// @param schema of the rows.
-    RunMerge(const Schema& schema, std::shared_ptr<const KeyMaker> keys,
+    RunMerge(const Schema& schema, std::shared_ptr<const KeyMaker> keyMaker,
              std::vector<std::shared_ptr<const SortedRun>> runs);
 
     /// @param maxBytes after which no further row is taken; rows of numbers alone are not measured.

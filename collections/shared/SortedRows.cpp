@@ -26,7 +26,7 @@ Order orderOf(const RowKeys& keys) {
     } else {
         std::sort(entries.begin(), entries.end(), [&keys](const auto& one, const auto& other) {
             const auto order = RowKeys::compare(keys, one.second, keys, other.second);
-            return order != 0 ? order < 0 : one.second < other.second;
+            return std::is_neq(order) ? std::is_lt(order) : one.second < other.second;
         });
     }
     Order order(entries.size());
@@ -123,7 +123,7 @@ Merging::Run Merging::merged(Run& one, Run& other) const {
     } else {
         std::merge(one.begin(), one.end(), other.begin(), other.end(), both.begin(),
                    [this](const RowAt& a, const RowAt& b) {
-                       return RowKeys::compare(parts[a.part]->keys, a.row, parts[b.part]->keys, b.row) < 0;
+                       return std::is_lt(RowKeys::compare(parts[a.part]->keys, a.row, parts[b.part]->keys, b.row));
                    });
     }
     one = {};
@@ -217,22 +217,28 @@ ColumnPtr gathered(const std::vector<SortedRowsPtr>& parts, std::size_t column, 
         first.values);
 }
 
+namespace {
+
+/// @return the bytes of some values; of texts also those of their characters.
+template <typename Values>
+std::size_t bytesOfValues(const Values& values, std::size_t first, std::size_t end) {
+    std::size_t bytes = (end - first) * sizeof(typename Values::value_type);
+    if constexpr (std::is_same_v<Values, Column::Texts>) {
+        for (std::size_t i = first; i < end; ++i) {
+            bytes += values[i].size();
+        }
+    }
+    return bytes;
+}
+
+}  // namespace
+
 std::size_t bytesOfRow(const SortedRows& part, std::size_t row) {
     std::size_t bytes = 0;
     for (const ColumnPtr& column : part.columns) {
         const std::size_t first = column->isList() ? column->offsets[row] : row;
         const std::size_t end = column->isList() ? column->offsets[row + 1] : row + 1;
-        std::visit(
-            [&](const auto& values) {
-                using Values = std::decay_t<decltype(values)>;
-                bytes += (end - first) * sizeof(typename Values::value_type);
-                if constexpr (std::is_same_v<Values, Column::Texts>) {
-                    for (std::size_t i = first; i < end; ++i) {
-                        bytes += values[i].size();
-                    }
-                }
-            },
-            column->values);
+        bytes += std::visit([&](const auto& values) { return bytesOfValues(values, first, end); }, column->values);
     }
     return bytes;
 }

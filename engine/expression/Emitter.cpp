@@ -85,6 +85,7 @@ TypedOperand Emitter::emit(const Operation& operation, const std::vector<TypedOp
     step.shape = model->shape;
     step.width = model->width;
     std::vector<TypedOperand> lists;
+    lists.reserve(values.size());
     for (const TypedOperand& value : values) {
         lists.push_back(asLong(value, *model, offset));
     }

@@ -12,8 +12,9 @@ using TextPtr = const std::string*;
 
 template <typename T>
 T* room(const ListArgs& args, std::size_t count) {
-    if (args.out->size() < count * sizeof(T)) {
-        args.out->resize(count * sizeof(T));
+    constexpr std::size_t each = sizeof(T);  // NOLINT(bugprone-sizeof-expression): T may be a pointer to a text.
+    if (args.out->size() < count * each) {
+        args.out->resize(count * each);
     }
     return reinterpret_cast<T*>(args.out->data());
 }

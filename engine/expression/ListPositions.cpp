@@ -183,6 +183,20 @@ bool pairPositions(const ListArgs& args) {
     return true;
 }
 
+/// @return the end of the positions written.
+std::int64_t* writeTriples(std::int64_t count, std::int64_t* out) {
+    for (std::int64_t i = 0; i < count; ++i) {
+        for (std::int64_t j = i + 1; j < count; ++j) {
+            for (std::int64_t k = j + 1; k < count; ++k) {
+                *out++ = i;
+                *out++ = j;
+                *out++ = k;
+            }
+        }
+    }
+    return out;
+}
+
 bool triplePositions(const ListArgs& args) {
     const auto number = [&](std::size_t row) {
         const auto count = static_cast<double>(args.in[0].count(row));
@@ -193,16 +207,7 @@ bool triplePositions(const ListArgs& args) {
     }
     auto* out = room<std::int64_t>(args, 3 * args.offsets->back());
     for (std::size_t row = 0; row < args.rows; ++row) {
-        const auto count = static_cast<std::int64_t>(args.in[0].count(row));
-        for (std::int64_t i = 0; i < count; ++i) {
-            for (std::int64_t j = i + 1; j < count; ++j) {
-                for (std::int64_t k = j + 1; k < count; ++k) {
-                    *out++ = i;
-                    *out++ = j;
-                    *out++ = k;
-                }
-            }
-        }
+        out = writeTriples(static_cast<std::int64_t>(args.in[0].count(row)), out);
     }
     return true;
 }

@@ -26,7 +26,7 @@ struct Shape {
     bool isMade = false;
     std::size_t position = 0;  ///< Of the column, or among Code::madeShapes.
 
-    auto operator<=>(const Shape&) const = default;
+    auto operator<=>(const Shape&) const = default;  // NOLINT(modernize-use-nullptr,*-bool-conversion)
 };
 
 /// The values over which a step iterates. The elements of a list are single values, or combinations of width values.

@@ -133,9 +133,9 @@ std::string tryPortsWith(const QzBase& node, const std::string& input, const std
     const QzBase::Part& part = QzBase::Part::of(node);
     ValueTexts values = valuesOf(node);
     const int position = node.InputIndex(input);
-    const bool isWired = position >= 0 && part.inputs[static_cast<std::size_t>(position)].source;
+    const QzBase* const source = position >= 0 ? part.inputs[static_cast<std::size_t>(position)].source : nullptr;
     const bool hasDefault = position >= 0 && !part.inputSpecs[static_cast<std::size_t>(position)].value.empty();
-    if (value.empty() && !isWired && !hasDefault) {
+    if (value.empty() && !source && !hasDefault) {
         values.erase(input);
     } else {
         values[input] = value;
@@ -156,10 +156,16 @@ void changePorts(QzBase& node, const Ports& ports, const std::vector<QzBase*>& o
 
 bool offerInput(QzManager& manager, std::size_t position, const std::string& input) {
     QzBase& node = *manager.plugins[position];
+    if (node.InputIndex(input) >= 0) {
+        return true;
+    }
+    if (!QzBase::Part::of(node).kind) {
+        return false;
+    }
     Ports ports;
-    if (node.InputIndex(input) >= 0 || !QzBase::Part::of(node).kind || !tryPortsWith(node, input, "0", ports).empty() ||
+    if (!tryPortsWith(node, input, "0", ports).empty() ||
         std::ranges::find(ports.inputs, input, &InputSpec::name) == ports.inputs.end()) {
-        return node.InputIndex(input) >= 0;
+        return false;
     }
     const std::lock_guard guard(QzManager::Part::of(manager).lock);
     changePorts(node, ports, manager.plugins);

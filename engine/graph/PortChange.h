@@ -24,6 +24,6 @@ void changePorts(QzBase& node, const Ports& ports, const std::vector<QzBase*>& o
 
 /// Adds an input that the plug-in's kind has only for a value or a wire, such as one for a bare name in an expression.
 /// @return whether the plug-in has the input now.
-bool offerInput(QzManager& manager, std::size_t node, const std::string& input);
+bool offerInput(QzManager& manager, std::size_t position, const std::string& input);
 
 }  // namespace velmorak

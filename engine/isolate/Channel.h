@@ -24,9 +24,9 @@ public:
 
     /// A message in place of the last one, which was read.
     MessageWriter begin() { return MessageWriter(area); }
-    /// @param descriptors of files that the other side gets, at most four.
+    /// @param attached descriptors of files that the other side gets, at most four.
     /// @return false if the other side has gone.
-    bool send(Op op, const MessageWriter& message, std::initializer_list<int> descriptors = {});
+    bool send(Op op, const MessageWriter& message, std::initializer_list<int> attached = {});
     /// @return whether there is a message, or the other side has gone, before so much time has passed.
     bool wait(int timeoutMs) const;
     /// Waits for the next message. @return false if the other side has gone.

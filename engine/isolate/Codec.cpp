@@ -257,8 +257,9 @@ void write(MessageWriter& message, const Value& value, TableLinks& tables) {
         return;
     }
     message.number(ValueForm::Plain);
-    message.flag(object && !*object);
-    if (object && !*object) {
+    const bool isNull = object != nullptr && !*object;
+    message.flag(isNull);
+    if (isNull) {
         return;
     }
     try {

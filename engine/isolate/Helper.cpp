@@ -157,7 +157,7 @@ void Helper::endIfDeaf() {
     bool isDeaf = false;
     {
         const MutexLock lock(mutex);
-        isDeaf = leased > 0 && services && !services->isPreview() && services->isStopping();
+        isDeaf = leased > 0 && services != nullptr && !services->isPreview() && services->isStopping();
     }
     if (isDeaf) {
         end("it did not stop, and its process was ended");

@@ -26,13 +26,13 @@ public:
     /// @param kind number of the kind in its collection.
     /// @param context of the plug-in, outlives every question; null where the kind gets none.
     /// @throws std::exception if the process cannot be started.
-    Helper(std::shared_ptr<Host> host, std::uint64_t kind, RunContext* context);
+    Helper(std::shared_ptr<Host> owner, std::uint64_t kind, RunContext* context);
     ~Helper() override;
     Helper(const Helper&) = delete;
     Helper& operator=(const Helper&) = delete;
 
     RunContext* context() const { return services; }
-    bool isUserWaiting() const { return !services || services->isPreview(); }
+    bool isUserWaiting() const { return services == nullptr || services->isPreview(); }
     GivenFiles& files() { return resultFiles; }
     GivenReaders& readers() { return tableReaders; }
     std::uint64_t newNumber() { return ++lastNumber; }
@@ -86,7 +86,7 @@ private:
 class Question {
 public:
     /// @param arguments and results null where the kind gets none.
-    Question(std::shared_ptr<Helper> helper, Op op, const Arguments* arguments = nullptr, Results* results = nullptr);
+    Question(std::shared_ptr<Helper> whom, Op op, const Arguments* arguments = nullptr, Results* results = nullptr);
     ~Question();
     Question(const Question&) = delete;
     Question& operator=(const Question&) = delete;
@@ -99,7 +99,7 @@ public:
     MessageReader ask();
 
     /// For Answers: asks in between, and waits for that answer.
-    MessageReader askBetween(Op op);
+    MessageReader askBetween(Op between);
     Helper& of() { return *helper; }
     const Arguments& arguments() const;
     Results& results() const;

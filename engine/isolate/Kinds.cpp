@@ -64,7 +64,7 @@ public:
 
 private:
     template <typename Read, typename Write>
-    auto askAtDesk(Op op, const Write& write, const Read& read) const;
+    auto askAtDesk(Op op, const Write& writing, const Read& reading) const;
 
     const std::shared_ptr<Host> host;
     const std::shared_ptr<Desk> desk;

@@ -50,7 +50,7 @@ std::vector<std::unique_ptr<RowOperation>> prepareOperations(const std::shared_p
                                                              Question& question) {
     MessageReader answer = question.ask();
     std::vector<std::unique_ptr<RowOperation>> operations;
-    for (std::size_t left = answer.number<std::uint64_t>(); left > 0; --left) {
+    for (auto left = answer.number<std::uint64_t>(); left > 0; --left) {
         operations.push_back(readOperation(helper, answer));
     }
     return operations;

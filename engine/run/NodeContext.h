@@ -53,7 +53,7 @@ struct AskedFile {
     std::optional<FileStamp> stamp;
     std::optional<Digest> listing{};  ///< Of the names in a folder (FolderListing.h).
 
-    auto operator<=>(const AskedFile&) const = default;
+    auto operator<=>(const AskedFile&) const = default;  // NOLINT(modernize-use-nullptr)
     bool operator==(const AskedFile&) const = default;
 };
 

@@ -72,7 +72,7 @@ bool RunJob::mayEnd(const std::vector<std::size_t>& underWay) {
     bool isAnyHere = false;
     for (const std::size_t position : underWay) {
         const auto* const elsewhere = dynamic_cast<const HelperKind*>(pipeline.nodes[position].kind);
-        isAnyHere = isAnyHere || !elsewhere;
+        isAnyHere = isAnyHere || elsewhere == nullptr;
         if (elsewhere) {
             elsewhere->endDeaf();
             hasEndedHelpers = true;

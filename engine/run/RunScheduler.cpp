@@ -18,7 +18,7 @@ RunScheduler::RunScheduler(RunState& state, RunMemory& memory, bool explains, Ex
       executor(executor),
       cache(state, memory.store, memory.digests,
             [passRunner](const std::filesystem::path& file) {
-                return !passRunner || passRunner->makesResults() || passRunner->readsFile(file);
+                return passRunner == nullptr || passRunner->makesResults() || passRunner->readsFile(file);
             }),
       prefetchHasher(memory.digests),
       passPlanner(state),
@@ -175,11 +175,12 @@ bool RunScheduler::isWanted(std::size_t position) const {
 }
 
 bool RunScheduler::isLeftOut(std::size_t position) const {
-    return passRunner && !passRunner->needs(position);
+    return passRunner != nullptr && !passRunner->needs(position);
 }
 
 bool RunScheduler::isAskedFor(std::size_t position) const {
-    return state.plan.isInScope(position) || isWanted(position) || (passRunner && passRunner->asksFor(position));
+    return state.plan.isInScope(position) || isWanted(position) ||
+           (passRunner != nullptr && passRunner->asksFor(position));
 }
 
 bool RunScheduler::reuse(std::size_t position) {

@@ -172,8 +172,9 @@ void FileHashes::evictOldest() {
     const auto oldestKept = times.begin() + static_cast<std::ptrdiff_t>(times.size() - maxKnown);
     std::nth_element(times.begin(), oldestKept, times.end());
     std::erase_if(known, [&](const auto& each) { return each.second.readNs < *oldestKept; });
-    const auto& kept = known;  // The analysis of locks does not look into lambdas.
-    std::erase_if(sizes, [&](const auto& each) { return !kept.contains(each.second); });
+    for (auto each = sizes.begin(); each != sizes.end();) {
+        each = known.contains(each->second) ? std::next(each) : sizes.erase(each);
+    }
 }
 
 std::optional<std::string> FileHashes::changes() {

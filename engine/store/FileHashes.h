@@ -25,7 +25,7 @@ struct FileStamp {
     std::int64_t changedNs = 0;
 
     bool operator==(const FileStamp&) const = default;
-    auto operator<=>(const FileStamp&) const = default;
+    auto operator<=>(const FileStamp&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 /// @return whether the stamps differ at most by a renaming of the file.

@@ -61,6 +61,7 @@ void LeafReader::convert(Values& values, Convert convertOne) const {
             const Piece piece = buffers.read(buffer(1), range.first * sizeof(Stored), count * sizeof(Stored));
             values.resize(before + count);
             for (std::uint64_t i = 0; i < count; ++i) {
+                // NOLINTNEXTLINE(bugprone-signed-char-misuse): a number of one byte, not a character.
                 values[before + i] =
                     static_cast<Value>(convertOne(littleEndian<Stored>(piece.bytes.data() + i * sizeof(Stored))));
             }

@@ -187,6 +187,7 @@ std::vector<Leaf> leavesOf(const std::vector<Field>& fields, bool hasUnionValidi
 
 std::vector<columnar::NestedColumn> columnsOf(const std::vector<Leaf>& leaves) {
     std::vector<columnar::LeafPlace> places;
+    places.reserve(leaves.size());
     for (const Leaf& leaf : leaves) {
         places.push_back({.name = leaf.name, .complaint = leaf.complaint, .lists = leaf.lists});
     }

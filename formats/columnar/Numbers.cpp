@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <ranges>
 #include <string>
 #include <vector>
 
@@ -28,9 +29,9 @@ unsigned divideByTen(std::vector<std::uint8_t>& number) {
 /// Replaces a number in two's complement with its negative.
 void negate(std::vector<std::uint8_t>& number) {
     unsigned carry = 1;
-    for (auto byte = number.rbegin(); byte != number.rend(); ++byte) {
-        const unsigned value = (~static_cast<unsigned>(*byte) & 0xFFU) + carry;
-        *byte = static_cast<std::uint8_t>(value);
+    for (std::uint8_t& byte : std::ranges::reverse_view(number)) {
+        const unsigned value = (~static_cast<unsigned>(byte) & 0xFFU) + carry;
+        byte = static_cast<std::uint8_t>(value);
         carry = value >> 8U;
     }
 }

@@ -28,8 +28,8 @@ std::string complaintAbout(const CsvField& field, const CsvLayout& layout, std::
     if (column.isInferred) {
         what += std::string(isGone ? "; the type " : "; that type ") +
                 (isGone ? std::string(nameOf(column.type)) + " " : "") + "was inferred from the first " +
-                std::to_string(layout.rowsToInfer) + " rows: enter \"" + column.name + ": " +
-                std::string(typeFor(field, layout.notation)) + "\" for \"types\"";
+                std::to_string(layout.rowsToInfer) + " rows: enter " +
+                velmorak::quoted(column.name + ": " + std::string(typeFor(field, layout.notation))) + R"( for "types")";
     }
     return place + what;
 }

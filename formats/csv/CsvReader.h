@@ -64,7 +64,7 @@ private:
     void takeHeader();
     void findColumns();
     void addColumns(const Sample& sample);
-    void addColumnsOf(const Geant4Header& header);
+    void addColumnsOf(const Geant4Header& given);
     void checkTypes() const;
     std::size_t recordsBeforeRows() const;
 

@@ -87,9 +87,9 @@ bool CsvRowReader::readRow(std::vector<Column>& target, std::size_t& rows, const
     if (!stream.next(fields)) {
         return false;
     }
-    for (std::size_t i = 0; i < target.size(); ++i) {
-        if (rows >= target[i].valueCount() || target[i].isList()) {
-            resizeColumn(target[i], std::min(limits.maxRows, 2 * rows + 1));
+    for (Column& column : target) {
+        if (rows >= column.valueCount() || column.isList()) {
+            resizeColumn(column, std::min(limits.maxRows, 2 * rows + 1));
         }
     }
     std::uint64_t repaired = noLine;

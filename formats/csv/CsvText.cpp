@@ -121,28 +121,38 @@ std::size_t CsvText::readPlain(char* target, std::size_t size) {
 std::size_t CsvText::convert(char* target, std::size_t size) {
     std::size_t count = 0;
     while (size - count >= 4) {
-        if (!convertOne(count, target, size)) {
-            if (isAtEnd) {
-                break;
+        if (convertOne(count, target, size)) {
+            continue;
+        }
+        if (isAtEnd) {
+            break;
+        }
+        try {
+            readMore();
+        } catch (const Failure&) {
+            if (count == 0) {
+                throw;
             }
-            raw.erase(0, std::exchange(rawPlace, 0));
-            const std::size_t before = raw.size();
-            raw.resize(before + rawBytes);
-            std::size_t more = 0;
-            try {
-                more = readPlain(raw.data() + before, rawBytes);
-            } catch (const Failure&) {
-                raw.resize(before);
-                if (count == 0) {
-                    throw;
-                }
-                return count;
-            }
-            raw.resize(before + more);
-            isAtEnd = more == 0;
+            break;
         }
     }
     return count;
+}
+
+/// Reads bytes that are still to be converted. Bytes from before an error stay.
+void CsvText::readMore() {
+    raw.erase(0, std::exchange(rawPlace, 0));
+    const std::size_t before = raw.size();
+    raw.resize(before + rawBytes);
+    std::size_t more = 0;
+    try {
+        more = readPlain(raw.data() + before, rawBytes);
+    } catch (const Failure&) {
+        raw.resize(before);
+        throw;
+    }
+    raw.resize(before + more);
+    isAtEnd = more == 0;
 }
 
 unsigned CsvText::unitAt(std::size_t place) const {

@@ -39,6 +39,7 @@ private:
     void findLineEnds();
     std::size_t readPlain(char* target, std::size_t size);
     std::size_t convert(char* target, std::size_t size);
+    void readMore();
     bool convertOne(std::size_t& count, char* target, std::size_t size);
     unsigned unitAt(std::size_t place) const;
 

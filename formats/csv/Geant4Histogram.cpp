@@ -36,7 +36,7 @@ Axis axisOf(const std::vector<std::string>& words) {
         return {static_cast<std::size_t>(bins), numberIn(words[2]), numberIn(words[3])};
     }
     if (words.empty() || words[0] != "edges") {
-        throw std::invalid_argument("an axis is neither of the form \"fixed\" nor \"edges\"");
+        throw std::invalid_argument(R"(an axis is neither of the form "fixed" nor "edges")");
     }
     std::vector<double> edges;
     for (std::size_t i = 1; i < words.size(); ++i) {

@@ -53,7 +53,7 @@ bool CommonSchema::merge(Known& known, const std::string& file, const FileColumn
     if (!position && !takesCommonColumns) {
         throw Failure("file", velmorak::quoted(file) + " has no column " + velmorak::quoted(name) + ", which " +
                                   velmorak::quoted(first) +
-                                  " has; set \"differing_files\" to \"common columns\" to leave it out");
+                                  R"( has; set "differing_files" to "common columns" to leave it out)");
     }
     if (position && uniteTypes(known, file, columns.schema[*position], columns.undecided.contains(name))) {
         uniteUnits(known, file, columns.schema[*position]);
@@ -110,7 +110,7 @@ void CommonSchema::checkNoMore(const std::string& file, const Schema& schema) {
         if (!isKnown && !takesCommonColumns) {
             throw Failure("file", velmorak::quoted(file) + " has a column " + velmorak::quoted(column.name) +
                                       ", which " + velmorak::quoted(first) +
-                                      " does not have; set \"differing_files\" to \"common columns\" to leave it out");
+                                      R"( does not have; set "differing_files" to "common columns" to leave it out)");
         }
         if (!isKnown) {
             drop(column.name);

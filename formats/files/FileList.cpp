@@ -36,7 +36,7 @@ std::string takeQuoted(const std::string& input, const std::string& where, std::
     if (end == std::string_view::npos) {
         throw Failure(input, where + "the quote before " + velmorak::quoted(text.substr(1)) + " is not closed");
     }
-    const std::string name(text.substr(1, end - 1));
+    std::string name(text.substr(1, end - 1));
     text.remove_prefix(end + 1);
     return name;
 }

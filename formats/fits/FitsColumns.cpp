@@ -233,8 +233,10 @@ int readTable(fitsfile* file, const FitsColumn& column, std::uint64_t first, std
     int status = 0;
     for (std::size_t done = 0; done < rows && status == 0; done += step) {
         const std::size_t count = std::min(step, rows - done);
-        const auto row = static_cast<LONGLONG>(first + done + 1);
-        const auto values = static_cast<LONGLONG>(count * column.count);
+        const std::uint64_t number = first + done + 1;
+        const std::uint64_t product = count * column.count;
+        const auto row = static_cast<LONGLONG>(number);
+        const auto values = static_cast<LONGLONG>(product);
         if (column.isVariable) {
             status = appendRow(column, file, row, made);
             made.offsets.push_back(made.valueCount());

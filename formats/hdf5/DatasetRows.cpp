@@ -34,7 +34,7 @@ std::string chunkProblem(hid_t list, std::size_t elementBytes) {
     if (dimensions <= 0 || H5Pget_nfilters(list) <= 0) {
         return {};
     }
-    double bytes = static_cast<double>(elementBytes);
+    auto bytes = static_cast<double>(elementBytes);
     for (int i = 0; i < dimensions; ++i) {
         bytes *= static_cast<double>(chunk[static_cast<std::size_t>(i)]);
     }

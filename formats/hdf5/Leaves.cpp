@@ -6,6 +6,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <ranges>
 #include <string_view>
 
 namespace velmorak::hdf5 {
@@ -51,7 +52,7 @@ bool isBooleanEnumeration(hid_t type) {
     }
     for (unsigned i = 0; i < 2; ++i) {
         char* name = H5Tget_member_name(type, i);
-        const bool isExpected = name && name == expected[i];
+        const bool isExpected = name != nullptr && name == expected[i];
         H5free_memory(name);
         if (!isExpected) {
             return false;
@@ -205,7 +206,7 @@ void Walk::compound(hid_t type, const Leaf& leaf, int depth) {
         char* name = H5Tget_member_name(type, position);
         const std::string member = name ? toUtf8(name) : "";
         std::vector<std::string> members = leaf.members;
-        members.push_back(name ? name : "");
+        members.emplace_back(name ? name : "");
         H5free_memory(name);
         const Handle inner(H5Tget_member_type(type, position), H5Tclose);
         if (inner) {
@@ -249,9 +250,9 @@ std::vector<Leaf> leavesOf(hid_t type) {
 
 Handle memoryTypeOf(const Leaf& leaf) {
     Handle type = innermostType(leaf);
-    for (auto member = leaf.members.rbegin(); member != leaf.members.rend(); ++member) {
+    for (const std::string& member : std::ranges::reverse_view(leaf.members)) {
         Handle outer(H5Tcreate(H5T_COMPOUND, H5Tget_size(type.id())), H5Tclose);
-        H5Tinsert(outer.id(), member->c_str(), 0, type.id());
+        H5Tinsert(outer.id(), member.c_str(), 0, type.id());
         type = std::move(outer);
     }
     return type;

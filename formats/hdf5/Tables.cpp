@@ -53,7 +53,7 @@ public:
     void addWhole(std::size_t leaf, const std::string& name);
 
 private:
-    TableColumn columnOf(std::size_t leaf, std::string name) const;
+    TableColumn columnOf(std::size_t position, std::string name) const;
 
     Table& table;
     const Dataset& dataset;
@@ -92,7 +92,9 @@ void DatasetColumns::add(const std::string& stem, const std::vector<std::string>
     const bool isWide = dataset.shape.size() == 2;
     for (std::size_t i = 0; i < dataset.leaves.size(); ++i) {
         const std::string& member = dataset.leaves[i].name;
-        std::string name = stem.empty() || member.empty() ? stem + member : stem + "." + member;
+        const char* const between = stem.empty() || member.empty() ? "" : ".";
+        std::string name = stem + between;
+        name += member;
         if (!isWide) {
             addWhole(i, name.empty() ? "value" : name);
             continue;

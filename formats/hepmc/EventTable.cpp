@@ -128,8 +128,8 @@ void Builder::add(Event&& event) {
 
 std::vector<ColumnPtr> Builder::take() {
     std::vector<ColumnPtr> columns;
-    const auto add = [&](auto&& values, std::vector<std::uint64_t> offsets) {
-        columns.push_back(std::make_shared<const Column>(Column{std::move(values), std::move(offsets)}));
+    const auto add = [&]<typename Values>(Values&& values, std::vector<std::uint64_t> offsets) {
+        columns.push_back(std::make_shared<const Column>(Column{std::forward<Values>(values), std::move(offsets)}));
     };
     add(std::move(number), {});
     add(std::move(process), {});

@@ -86,7 +86,7 @@ private:
     /// The least that a value of a plane's lists takes.
     std::size_t bytesInValue(const Plane& plane) const;
     void checkStop() const;
-    void fill(std::size_t plane, const Rows& rows, Chunk& chunk, const Read& read) const;
+    void fill(std::size_t number, const Rows& range, Chunk& chunk, const Read& read) const;
     MemberStream& streamOf(std::size_t plane);
 
     const std::shared_ptr<const PlainFile> file;
@@ -228,7 +228,7 @@ void ArrayReader::fill(std::size_t number, const Rows& range, Chunk& chunk, cons
             made.emplace_back(position, emptyColumn(columns[position]));
         }
     }
-    const std::size_t stride = static_cast<std::size_t>(plane.rowStride);
+    const auto stride = static_cast<std::size_t>(plane.rowStride);
     const std::size_t rowsInBlock = std::max<std::size_t>(1, blockBytes / std::max<std::size_t>(1, stride));
     const auto block = std::make_unique_for_overwrite<char[]>(std::min(rowsInBlock, range.count) * stride + 1);
     for (std::size_t done = 0; done < range.count; done += rowsInBlock) {

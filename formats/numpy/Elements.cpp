@@ -64,7 +64,7 @@ void readUnit(Element& element, std::string_view text) {
 }
 
 double secondsAtMonth(std::int64_t months) {
-    constexpr std::int64_t limit = 12 * 30000;
+    constexpr std::int64_t limit = std::int64_t{12} * 30000;
     if (months < -limit || months > limit) {
         return std::numeric_limits<double>::quiet_NaN();
     }

@@ -13,7 +13,7 @@ class ListOffsets {
 public:
     /// @param array the offsets, one more than there are lists; outlives this.
     /// @param values  of all lists, which offsets must not exceed.
-    ListOffsets(std::shared_ptr<const PlainFile> file, const StoredArray& array, std::uint64_t values);
+    ListOffsets(std::shared_ptr<const PlainFile> opened, const StoredArray& array, std::uint64_t values);
 
     /// Makes the next lists known; there are as many. @throws Failure if the offsets are damaged.
     void readAhead(std::size_t lists);

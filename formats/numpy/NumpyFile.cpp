@@ -111,8 +111,9 @@ std::vector<ArrayColumn> positionsOf(const StoredArray& array, const std::string
     std::vector<ArrayColumn> columns;
     for (std::uint64_t i = 0; i < header.shape[1]; ++i) {
         for (const Field& field : header.fields) {
-            const std::string part = field.name.empty() ? "" : "." + field.name;
-            ArrayColumn column = columnOf(array, field, stem + std::to_string(i + 1) + part);
+            std::string name = stem + std::to_string(i + 1);
+            name += field.name.empty() ? "" : "." + field.name;
+            ArrayColumn column = columnOf(array, field, name);
             column.offset += i * header.itemBytes * (header.isFortran ? header.shape[0] : 1);
             column.rowStride = header.itemBytes * (header.isFortran ? 1 : header.shape[1]);
             columns.push_back(std::move(column));
@@ -123,6 +124,7 @@ std::vector<ArrayColumn> positionsOf(const StoredArray& array, const std::string
 
 std::vector<std::string> namesOf(const std::vector<StoredArray>& arrays) {
     std::vector<std::string> names;
+    names.reserve(arrays.size());
     for (const StoredArray& array : arrays) {
         names.push_back(array.name);
     }
@@ -155,7 +157,7 @@ std::vector<ArrayColumn> columnsWithLists(const StoredArray& array, const std::v
     std::vector<ArrayColumn> columns = numpy::columnsOf(array, names);
     for (ArrayColumn& column : columns) {
         column.offsets = offsetsOf(array, all);
-        column.info.isList = column.info.isList || column.offsets;
+        column.info.isList = column.info.isList || column.offsets != nullptr;
     }
     return columns;
 }
@@ -191,6 +193,7 @@ std::vector<ArrayColumn> joinedColumns(const std::vector<const StoredArray*>& ch
     }
     if (lengths.size() > 1) {
         std::vector<std::string> names;
+        names.reserve(chosen.size());
         for (const StoredArray* array : chosen) {
             names.push_back(array->name + " (" + std::to_string(array->header.rows()) + ")");
         }
@@ -209,6 +212,7 @@ std::vector<ArrayColumn> offeredOf(std::vector<ArrayColumn> all, const std::vect
         const auto found = std::ranges::find(all, name, [](const ArrayColumn& column) { return column.info.name; });
         if (found == all.end()) {
             std::vector<std::string> names;
+            names.reserve(all.size());
             for (const ArrayColumn& column : all) {
                 names.push_back(column.info.name);
             }

@@ -59,6 +59,16 @@ void readTime(ThriftReader& reader, ThriftType type, SchemaElement& element) {
     });
 }
 
+void readInteger(ThriftReader& reader, ThriftType type, SchemaElement& element) {
+    reader.structure(type, [&](int number, ThriftType field) {
+        if (number == 2) {
+            element.isUnsigned = !reader.boolean(field);
+        } else {
+            reader.skip(field);
+        }
+    });
+}
+
 /// The newer annotation, a union of structures.
 void readLogical(ThriftReader& reader, ThriftType type, SchemaElement& element) {
     constexpr std::array meanings = {Meaning::None,      Meaning::Text,    Meaning::Map,     Meaning::List,
@@ -72,13 +82,7 @@ void readLogical(ThriftReader& reader, ThriftType type, SchemaElement& element) 
         if (element.meaning == Meaning::Time || element.meaning == Meaning::Timestamp) {
             readTime(reader, field, element);
         } else if (element.meaning == Meaning::Integer) {
-            reader.structure(field, [&](int part, ThriftType partType) {
-                if (part == 2) {
-                    element.isUnsigned = !reader.boolean(partType);
-                } else {
-                    reader.skip(partType);
-                }
-            });
+            readInteger(reader, field, element);
         } else {
             reader.skip(field);
         }

@@ -57,7 +57,7 @@ private:
     enum class Needed { Levels, All };
 
     Content content(const PageSpot& spot, Needed needed = Needed::All) const;
-    Content contentV2(const PageSpot& spot, columnar::Block&& raw, Needed needed) const;
+    Content contentV2(const PageSpot& spot, columnar::Block&& packed, Needed needed) const;
     columnar::Block raw(const PageSpot& spot) const;
     static std::vector<std::uint8_t> takeLevels(Bytes& bytes, Encoding encoding, unsigned maximum, std::size_t count);
     Column values(const Content& content, const PageHeader& header, std::size_t count, const Column* dictionary,

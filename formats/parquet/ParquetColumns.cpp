@@ -240,7 +240,7 @@ ColumnPtr ParquetColumns::readValues(const Range& range, std::uint64_t rows, Col
         const std::uint64_t used = part.last - part.first;
         const auto page = decoded(range, *found, i, used);
         if (used == rows && found->pages[i].rows == rows && !page->column.isList() && !page->isStored()) {
-            return ColumnPtr(page, &page->column);
+            return {page, &page->column};
         }
         appendPage(*page, part.continues, part.first, part.last, target);
     }

@@ -171,7 +171,7 @@ RootTableReader::RootTableReader(const std::filesystem::path& path, const std::s
 void RootTableReader::limitChunks() {
     entries = offered.size() == 0 ? 0 : table.entries();
     maxRows = rowsInChunk(offered);
-    double bytes = static_cast<double>(bytesInRow(offered));
+    auto bytes = static_cast<double>(bytesInRow(offered));
     for (const std::size_t position : positions) {
         bytes += table.variableBytes(position);
     }

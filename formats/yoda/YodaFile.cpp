@@ -66,10 +66,35 @@ Filled<axes, quantities> cellsByNumber(const Block& block) {
     return {grid, std::move(cells)};
 }
 
+using Limits = std::vector<std::pair<double, double>>;
+
+Grid<1> gridOf(std::array<Limits, 1>& limits) {
+    return Grid<1>({axisOf(limits[0])});
+}
+
+Grid<2> gridOf(std::array<Limits, 2>& limits) {
+    return Grid<2>({axisOf(limits[0]), axisOf(limits[1])});
+}
+
+/// Reads the rows of underflow and overflow.
+template <std::size_t quantities>
+void readOutside(const Block& block, CellVector<CellSums<quantities>>& cells) {
+    for (const std::vector<std::string>& words : block.rows) {
+        if (words.front() != "Underflow" && words.front() != "Overflow") {
+            continue;
+        }
+        if (words.size() < 2) {
+            throw Fault("a row has 1 word");
+        }
+        const std::vector<double> sums = numbersIn({words.begin() + 2, words.end()});
+        (words.front() == "Underflow" ? cells[0] : cells[cells.size() - 1]) = sumsOf<quantities>(sums, 0);
+    }
+}
+
 /// Reads the bins of versions 1 and 2: rows with limits along each axis.
 template <std::size_t axes, std::size_t quantities>
 Filled<axes, quantities> cellsByLimits(const Block& block) {
-    std::array<std::vector<std::pair<double, double>>, axes> limits;
+    std::array<Limits, axes> limits;
     std::vector<std::vector<double>> rows;
     for (const std::vector<std::string>& words : block.rows) {
         if (isSummary(words)) {
@@ -86,13 +111,7 @@ Filled<axes, quantities> cellsByLimits(const Block& block) {
     if (rows.empty()) {
         throw Fault("it has no bins");
     }
-    const Grid<axes> grid = [&] {
-        if constexpr (axes == 1) {
-            return Grid<1>({axisOf(limits[0])});
-        } else {
-            return Grid<2>({axisOf(limits[0]), axisOf(limits[1])});
-        }
-    }();
+    const Grid<axes> grid = gridOf(limits);
     // Rows far from a grid would need memory for many more cells than there are rows.
     constexpr std::size_t maxGaps = 100;
     if (grid.cellCount() > maxGaps * (rows.size() + maxGaps)) {
@@ -107,15 +126,7 @@ Filled<axes, quantities> cellsByLimits(const Block& block) {
         cells[grid.cell(along)] = sumsOf<quantities>(row, 2 * axes);
     }
     if constexpr (axes == 1) {
-        for (const std::vector<std::string>& words : block.rows) {
-            if (words.front() == "Underflow" || words.front() == "Overflow") {
-                if (words.size() < 2) {
-                    throw Fault("a row has 1 word");
-                }
-                const std::vector<double> sums = numbersIn({words.begin() + 2, words.end()});
-                (words.front() == "Underflow" ? cells[0] : cells[cells.size() - 1]) = sumsOf<quantities>(sums, 0);
-            }
-        }
+        readOutside(block, cells);
     }
     return {grid, std::move(cells)};
 }

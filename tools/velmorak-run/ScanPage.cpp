@@ -8,6 +8,8 @@
 #include <velmorak/FormatMeasurement.h>
 #include <velmorak/Value.h>
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -163,9 +165,10 @@ std::string gallery(const ScanTable& table) {
             const ScanRun& run = table.runs()[i];
             if (std::find(run.files.begin(), run.files.end(), name) != run.files.end()) {
                 const std::string address = markupText(relativeAddress(run.folder + "/" + name));
-                text += "<figure><figcaption>" + markupText(run.folder) + "</figcaption><a href=\"" + address +
-                        "\"><img loading=\"lazy\" src=\"" + address + "\" alt=\"" + markupText(name) +
-                        "\"></a></figure>\n";
+                text += fmt::format(
+                    R"(<figure><figcaption>{}</figcaption><a href="{}"><img loading="lazy" src="{}" alt="{}">)",
+                    markupText(run.folder), address, address, markupText(name));
+                text += "</a></figure>\n";
             }
         }
         text += "</div>\n";

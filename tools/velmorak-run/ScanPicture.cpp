@@ -7,12 +7,15 @@
 #include <velmorak/Utf8.h>
 #include <velmorak/Value.h>
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <set>
+#include <utility>
 
 namespace {
 
@@ -244,7 +247,7 @@ private:
 };
 
 Panel::Panel(const Layout& layout, Position position, const ScanQuantity& quantity, double x, double y)
-    : layout(layout), position(position), quantity(quantity), x0(x), y0(y) {
+    : layout(layout), position(std::move(position)), quantity(quantity), x0(x), y0(y) {
     for (const ScanRun& run : layout.table.runs()) {
         const ScanNumber* const number = numberOf(run);
         if (number) {
@@ -309,22 +312,24 @@ std::string Panel::seriesDrawn(std::size_t series) const {
         path += (path.empty() ? "M" : "L") + coordinate(x) + " " + coordinate(yOf(number->value));
         if (const double error = errorOf(*number); error > 0.0) {
             points += lineFrom(x, yOf(number->value - error), x, yOf(number->value + error),
-                               "stroke=\"" + colour + "\" stroke-width=\"1.4\"");
+                               fmt::format(R"(stroke="{}" stroke-width="1.4")", colour));
         }
-        points += "<circle cx=\"" + coordinate(x) + "\" cy=\"" + coordinate(yOf(number->value)) + "\" r=\"3\" fill=\"" +
-                  colour + "\"/>\n";
+        points += fmt::format(R"(<circle cx="{}" cy="{}" r="3" fill="{}"/>)", coordinate(x),
+                              coordinate(yOf(number->value)), colour);
+        points += "\n";
     }
-    return "<path d=\"" + path + "\" fill=\"none\" stroke=\"" + colour +
-           "\" stroke-width=\"1\" stroke-opacity=\"0.6\"/>\n" + points;
+    return fmt::format(R"(<path d="{}" fill="none" stroke="{}" stroke-width="1" stroke-opacity="0.6"/>)", path,
+                       colour) +
+           "\n" + points;
 }
 
 std::string opening(double width, double height) {
-    const std::string size = coordinate(width) + "\" height=\"" + coordinate(height);
-    return "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + size + "\" viewBox=\"0 0 " + coordinate(width) + " " +
-           coordinate(height) +
-           "\">\n<style>text { font: 12px \"DejaVu Sans\", sans-serif; fill: #1c1e21; } .t { font-weight: bold; } "
-           ".g { stroke: #e1e4e8; } .f { fill: none; stroke: #1c1e21; }</style>\n<rect width=\"" +
-           size + "\" fill=\"#ffffff\"/>\n";
+    return fmt::format(
+        R"(<svg xmlns="http://www.w3.org/2000/svg" width="{0}" height="{1}" viewBox="0 0 {0} {1}">
+<style>text {{ font: 12px "DejaVu Sans", sans-serif; fill: #1c1e21; }} .t {{ font-weight: bold; }} {2}</style>
+<rect width="{0}" height="{1}" fill="#ffffff"/>
+)",
+        coordinate(width), coordinate(height), ".g { stroke: #e1e4e8; } .f { fill: none; stroke: #1c1e21; }");
 }
 
 /// The names of the series, one below the other. @return with their colours, if there are several.
@@ -332,8 +337,7 @@ std::string legend(const Layout& layout) {
     std::string text;
     for (std::size_t i = 0; layout.series.size() > 1 && i < std::min(layout.series.size(), maxSeriesNamed); ++i) {
         const double y = lineHeight * static_cast<double>(i + 1);
-        text +=
-            lineFrom(left, y - 4, left + 22, y - 4, "stroke=\"" + std::string(colours.at(i)) + "\" stroke-width=\"3\"");
+        text += lineFrom(left, y - 4, left + 22, y - 4, fmt::format(R"(stroke="{}" stroke-width="3")", colours.at(i)));
         text += textAt(left + 30, y, "start", shortened(layout.series[i], 100));
     }
     if (layout.series.size() > maxSeriesNamed) {
@@ -366,9 +370,10 @@ std::string scanPicture(const ScanTable& table) {
     text += legend(layout);
     std::size_t number = 0;
     for (const auto& [position, quantity] : quantities) {
+        const std::size_t row = number / columns;
         if (number < panels) {
             text += Panel(layout, position, quantity, panelWidth * static_cast<double>(number % columns),
-                          begin + panelHeight * static_cast<double>(number / columns))
+                          begin + panelHeight * static_cast<double>(row))
                         .drawn();
         }
         ++number;

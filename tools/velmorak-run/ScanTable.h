@@ -46,8 +46,8 @@ public:
     /// @param points the settings of each run: the same inputs in the same order.
     explicit ScanTable(const std::vector<std::vector<Setting>>& points);
 
-    /// Takes what a run has given. @param run position among the points.
-    void add(std::size_t run, const velmorak::Pipeline& pipeline, const velmorak::RunReport& report);
+    /// Takes what a run has given. @param position of the run among the points.
+    void add(std::size_t position, const velmorak::Pipeline& pipeline, const velmorak::RunReport& report);
 
     const std::vector<std::string>& varied() const { return names; }  ///< PLUGIN.INPUT
     const std::vector<ScanRun>& runs() const { return all; }

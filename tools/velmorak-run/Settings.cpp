@@ -239,6 +239,7 @@ std::vector<std::vector<Setting>> pointsOf(const std::vector<std::string>& scans
 
 std::vector<std::string> textsOf(const std::vector<Setting>& point) {
     std::vector<std::string> texts;
+    texts.reserve(point.size());
     for (const Setting& setting : point) {
         texts.push_back(setting.plugin + "." + setting.input + "=" + setting.value);
     }

@@ -27,6 +27,7 @@ struct Notifier::Desktop {
 namespace {
 
 /// The service tells every listener of each click; our own notifications have the only action of this key.
+// GLib determines the parameters. NOLINTNEXTLINE(readability-function-size)
 void onAction(GDBusConnection* /*connection*/, const gchar* /*sender*/, const gchar* /*object*/,
               const gchar* /*interface*/, const gchar* /*signal*/, GVariant* parameters, gpointer clicked) {
     const gchar* action = nullptr;

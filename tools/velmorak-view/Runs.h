@@ -24,7 +24,7 @@ public:
     /// Waits until the list differs from the one of this version, for at most so long.
     /// @param isOver asked meanwhile; true ends the wait.
     /// @return the version and the list as JSON.
-    std::string waitFor(std::uint64_t version, std::chrono::milliseconds longest, const std::function<bool()>& isOver);
+    std::string waitFor(std::uint64_t known, std::chrono::milliseconds longest, const std::function<bool()>& isOver);
 
     /// The whole lines of a file from a byte on, at most 4 MiB.
     /// @return nothing if there is no such file.

@@ -25,8 +25,8 @@ public:
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    /// @param port 0: any. @return false if none can be had.
-    bool bind(int port);
+    /// @param wanted port; 0: any. @return false if none can be had.
+    bool bind(int wanted);
     /// The address of the page, with its token.
     std::string address() const;
     /// Serves until stop is called.

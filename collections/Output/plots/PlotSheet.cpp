@@ -201,7 +201,8 @@ PlotLayout sheetLayout(const PlotStyle& style, bool hasTitle, std::size_t notes)
 /// The style of the frame with a number, from the upper left.
 PlotStyle styleInGrid(PlotStyle style, std::size_t number, const GridShape& shape, const PlotLayout& layout) {
     const auto column = static_cast<double>(number % shape.columns);
-    const auto row = static_cast<double>(number / shape.columns + 1);
+    const std::size_t rowsAbove = number / shape.columns;
+    const auto row = static_cast<double>(rowsAbove + 1);
     style.place = PlotPlace{.x = layout.left + column * shape.frameWidth,
                             .y = layout.height - layout.top - row * shape.frameHeight,
                             .pageWidth = style.width,

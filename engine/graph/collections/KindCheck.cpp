@@ -39,7 +39,8 @@ template <typename Spec>
 std::string namesError(const std::vector<Spec>& specs, const std::string& what) {
     for (const Spec& spec : specs) {
         if (const std::string reason = nameError(spec.name); !reason.empty()) {
-            return "the name " + quotedName(spec.name) + " of an " + what + ' ' + reason;
+            std::string sentence = "the name " + quotedName(spec.name);
+            return sentence.append(" of an ").append(what).append(" ").append(reason);
         }
     }
     return {};
@@ -143,7 +144,7 @@ std::string portsError(const Ports& ports) {
         }
     }
     for (const InputSpec& input : ports.inputs) {
-        if (const std::string reason = inputError(input); !reason.empty()) {
+        if (std::string reason = inputError(input); !reason.empty()) {
             return reason;
         }
     }

@@ -19,7 +19,10 @@ namespace {
 const PipelineInput* tableInput(const PipelineNode& node) {
     const PipelineInput* found = nullptr;
     for (const PipelineInput& input : node.inputs) {
-        if (input.spec.type == ValueType::Table && std::exchange(found, &input)) {
+        if (input.spec.type != ValueType::Table) {
+            continue;
+        }
+        if (std::exchange(found, &input)) {
             return nullptr;
         }
     }
@@ -130,9 +133,10 @@ std::optional<Schema> ColumnCheck::tableOf(std::size_t node) {
         chain.push_back(at);
         at = input->wire->node;
     }
-    for (auto at = chain.rbegin(); at != chain.rend(); ++at) {
-        const std::optional<Schema>& before = known[tableInput(pipeline.nodes[*at])->wire->node];
-        known[*at] = before ? made(*at, *before) : std::nullopt;
+    std::reverse(chain.begin(), chain.end());
+    for (const std::size_t each : chain) {
+        const std::optional<Schema>& before = known[tableInput(pipeline.nodes[each])->wire->node];
+        known[each] = before ? made(each, *before) : std::nullopt;
     }
     return known[node];
 }
@@ -160,7 +164,7 @@ std::string columnMistake(QzManager& manager, std::size_t node) {
     const QzBase::Part& part = QzBase::Part::of(*manager.plugins[node]);
     bool hasTable = false;
     for (std::size_t i = 0; i < part.inputs.size(); ++i) {
-        hasTable = hasTable || (part.inputs[i].source && part.inputSpecs[i].type == ValueType::Table);
+        hasTable = hasTable || (part.inputSpecs[i].type == ValueType::Table && part.inputs[i].source != nullptr);
     }
     if (!hasTable || !owner.previewsColumns) {
         return {};

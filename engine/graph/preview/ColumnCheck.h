@@ -25,7 +25,7 @@ public:
     ColumnCheck(const Pipeline& pipeline, ReaderSchema readerSchema);
 
     /// @return what is wrong, with the names of similar columns; empty if nothing is found.
-    std::string mistakeOf(std::size_t node);
+    std::string mistakeOf(std::size_t position);
 
 private:
     std::optional<Schema> tableOf(std::size_t node);

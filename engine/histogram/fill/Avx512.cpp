@@ -325,7 +325,7 @@ template <typename FindX, typename FindY>
 class PlaneEntries {
 public:
     PlaneEntries(const FindX& findX, const FindY& findY, std::size_t stride, const Entries& entries)
-        : findX(findX), findY(findY), stride(_mm512_set1_epi64(static_cast<long long>(stride))), entries(entries) {}
+        : stride(_mm512_set1_epi64(static_cast<long long>(stride))), findX(findX), findY(findY), entries(entries) {}
 
     /// @return whether the cells of the eight entries from there on are certain.
     bool find(std::size_t at);
@@ -334,14 +334,14 @@ public:
     void fill(std::byte* cells) const { fillCells(Targets(cells, places, planeCellBytes), x, y, w); }
 
 private:
-    const FindX findX;
-    const FindY findY;
-    const __m512i stride;
-    const Entries entries;
     __m512d x{};
     __m512d y{};
     __m512d w{};
     __m512i places{};
+    const __m512i stride;
+    const FindX findX;
+    const FindY findY;
+    const Entries entries;
 };
 
 template <typename FindX, typename FindY>

@@ -118,7 +118,10 @@ Reply HelperProcess::work(Op op, MessageReader question, const std::vector<std::
         return answerOnStates(session, op, question);
     }
     const bool isOnRows = op >= Op::MarkRowColumns || op == Op::PrepareRows || op == Op::PrepareTables;
-    return isOnRows ? answerOnRows(session, op, question) : answerOnSource(session, op, question);
+    if (isOnRows) {
+        return answerOnRows(session, op, question);
+    }
+    return answerOnSource(session, op, question);
 }
 
 Reply HelperProcess::askKind(Op op, MessageReader question) const {

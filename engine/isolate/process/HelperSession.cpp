@@ -13,7 +13,7 @@ namespace {
 /// Reads a table that the program has.
 class GivenReader : public TableReader {
 public:
-    GivenReader(Links& links, std::uint64_t table, const Schema& columns) : links(links), columns(columns) {
+    GivenReader(Links& links, std::uint64_t table, Schema schema) : links(links), columns(std::move(schema)) {
         links.ask(
             Op::TableOpen, [&](MessageWriter& message) { message.number(table); },
             [this](MessageReader& answer) { number = answer.number<std::uint64_t>(); });

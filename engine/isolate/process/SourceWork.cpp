@@ -25,7 +25,7 @@ void writeProgress(MessageWriter& message, const TableReader& reader) {
 }
 
 /// A reader that the program knows by the number. @param reader null if the kind gives none.
-Reply opened(HelperSession& session, std::uint64_t number, std::shared_ptr<TableReader> reader) {
+Reply opened(HelperSession& session, std::uint64_t number, const std::shared_ptr<TableReader>& reader) {
     if (reader) {
         session.objects.put(number, reader);
     }

@@ -63,6 +63,18 @@ Json pipelineJson(const Pipeline& pipeline) {
     return all;
 }
 
+Json liveJson(const PipelineNode& node, const ResultsSoFar& results) {
+    Json outputs = Json::array();
+    for (std::size_t i = 0; i < std::min(node.outputs.size(), results.outputs.size()); ++i) {
+        Json result = resultJson(results.outputs[i], std::nullopt, maxCells);
+        if (!result.is_null()) {
+            result["name"] = node.outputs[i].name;
+            outputs.push_back(std::move(result));
+        }
+    }
+    return {{"name", node.name}, {"kind", node.kindName}, {"rows", results.rows}, {"outputs", std::move(outputs)}};
+}
+
 }  // namespace
 
 std::unique_ptr<Announcement> Announcement::begin() {
@@ -151,17 +163,7 @@ void Announcement::looked(const std::vector<ResultsSoFar>& results, std::chrono:
     {
         const MutexLock lock(mutex);
         for (const ResultsSoFar& it : results) {
-            const PipelineNode& node = pipeline->nodes.at(it.node);
-            Json outputs = Json::array();
-            for (std::size_t i = 0; i < std::min(node.outputs.size(), it.outputs.size()); ++i) {
-                Json result = resultJson(it.outputs[i], std::nullopt, maxCells);
-                if (!result.is_null()) {
-                    result["name"] = node.outputs[i].name;
-                    outputs.push_back(std::move(result));
-                }
-            }
-            plugins.push_back(
-                {{"name", node.name}, {"kind", node.kindName}, {"rows", it.rows}, {"outputs", std::move(outputs)}});
+            plugins.push_back(liveJson(pipeline->nodes.at(it.node), it));
         }
     }
     if (!plugins.empty()) {
@@ -175,7 +177,7 @@ void Announcement::looked(const std::vector<ResultsSoFar>& results, std::chrono:
 
 void Announcement::sawTable(const TableHead& head) {
     const MutexLock lock(mutex);
-    if (pipeline && tables.insert(head.node).second) {
+    if (pipeline != nullptr && tables.insert(head.node).second) {
         append(eventLine(tableEvent(pipeline->nodes.at(head.node), head)));
     }
 }

@@ -32,7 +32,7 @@ public:
     static std::unique_ptr<Announcement> begin();
     ~Announcement() override;
 
-    void began(const Pipeline& pipeline, int threads) override;
+    void began(const Pipeline& run, int threads) override;
     bool isProgressDue() override;
     void progressed(const ProgressNow& progress) override;
     bool isLookDue() override;

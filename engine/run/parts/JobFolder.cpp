@@ -10,10 +10,10 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include <limits.h>
 #include <unistd.h>
 
 #include <array>
+#include <climits>
 #include <fstream>
 #include <optional>
 #include <sstream>

@@ -22,13 +22,13 @@ std::string sentenceOf(const RunState& state, std::size_t node) {
 /// Such a state may have given its rows to a file already.
 bool writesRows(const RunState& state, const Operator& op) {
     const auto* const kind = dynamic_cast<const Accumulator*>(state.node(op.node).kind);
-    return kind && kind->mergeOrder() == Accumulator::MergeOrder::FirstToLast;
+    return kind != nullptr && kind->mergeOrder() == Accumulator::MergeOrder::FirstToLast;
 }
 
 /// Writes one range of one pass.
 class PassExport {
 public:
-    PassExport(RunState& state, StreamPass& pass, const PassRange& range, PartWriter& writer);
+    PassExport(RunState& state, StreamPass& pass, PassRange range, PartWriter& writer);
 
     /// @return why the rows cannot be read.
     std::string prepare();
@@ -48,8 +48,8 @@ private:
     std::vector<bool> isLeftOut;
 };
 
-PassExport::PassExport(RunState& state, StreamPass& pass, const PassRange& range, PartWriter& writer)
-    : state(state), pass(pass), range(range), writer(writer) {}
+PassExport::PassExport(RunState& state, StreamPass& pass, PassRange range, PartWriter& writer)
+    : state(state), pass(pass), range(std::move(range)), writer(writer) {}
 
 std::string PassExport::prepare() {
     pass.prepare();
@@ -223,17 +223,19 @@ void PassImport::addRows(const PartSummary& summary, const std::filesystem::path
 
 }  // namespace
 
-std::string writePass(RunState& state, const PassPlanner& planner, const std::vector<std::size_t>& targets,
-                      const PassRange& range, Executor& executor, PartWriter& writer, PartSummary& summary) {
+WrittenPass writePass(RunState& state, const PassPlanner& planner, const std::vector<std::size_t>& targets,
+                      const PassRange& range, Executor& executor, PartWriter& writer) {
     StreamPass pass(state, state.plan.segments(targets.front()), planner.operatorsFor(targets), range);
     PassExport exported(state, pass, range, writer);
     if (std::string problem = exported.prepare(); !problem.empty()) {
-        return problem;
+        return {.problem = std::move(problem)};
     }
     if (pass.operators().hasWork() && !state.isStopping()) {
         pass.readRows(executor);
     }
-    return exported.finish(summary);
+    WrittenPass written;
+    written.problem = exported.finish(written.summary);
+    return written;
 }
 
 bool gatherPass(RunState& state, const PassPlanner& planner, const std::vector<std::size_t>& targets,

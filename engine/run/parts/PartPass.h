@@ -13,12 +13,18 @@ namespace velmorak {
 
 class Executor;
 
+/// What writing a part has come to.
+struct WrittenPass {
+    std::string problem;  ///< Why it cannot be complete; else empty.
+    PartSummary summary{};
+};
+
 /// Reads a range of the rows of the targets' table, and writes the states of the targets instead of finishing them.
 /// A target that cannot be prepared is left out: merging fails in the same way.
 /// @param summary gets the rows.
 /// @return empty, or why the part is not complete. A Failure of the writer is left in it.
-std::string writePass(RunState& state, const PassPlanner& planner, const std::vector<std::size_t>& targets,
-                      const PassRange& range, Executor& executor, PartWriter& writer, PartSummary& summary);
+WrittenPass writePass(RunState& state, const PassPlanner& planner, const std::vector<std::size_t>& targets,
+                      const PassRange& range, Executor& executor, PartWriter& writer);
 
 /// Merges the states of the parts of a whole pass as far as that is possible without finishing the targets, and writes
 /// them as one part.

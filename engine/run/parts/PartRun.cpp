@@ -69,9 +69,10 @@ void PartRun::passPlanned(std::size_t pass, const std::vector<std::size_t>& targ
         passEarlier(pass, targets, planner, executor);
         return;
     }
-    std::string reason = writePass(*state, planner, targets, plannedPart().range, executor, *writer, summary);
+    WrittenPass written = writePass(*state, planner, targets, plannedPart().range, executor, *writer);
+    summary = std::move(written.summary);
     if (problem.empty()) {
-        problem = std::move(reason);
+        problem = std::move(written.problem);
     }
     if (problem.empty() && !state->isStopping()) {
         collectFiles();
@@ -162,7 +163,7 @@ void PartRun::addFile(const std::filesystem::path& path) {
     const std::int64_t now = nowNs();
     const std::optional<Digest> digest = hashes->of(path, state->stopping);
     const std::optional<FileStamp> stamp = stampOf(path);
-    if (copy && digest && hexOf(*digest) != copy->sha256) {
+    if (copy != nullptr && digest && hexOf(*digest) != copy->sha256) {
         problem = "the file " + velmorak::quoted(place) + " has another content than " + velmorak::quoted(copy->path) +
                   " had when the job was planned";
     } else if (copy && digest) {

@@ -19,21 +19,23 @@ public:
 
     bool isStopping() const override { return stopping; }
     const std::string& pluginName() const override { return name; }
-    std::filesystem::path inputFile(const std::string&) const override { throw noFiles(); }
+    std::filesystem::path inputFile(const std::string&) const override { refuseFile(); }
     std::filesystem::path commandLineAida() const override { return {}; }
     void writeResult(const std::string&, const std::function<void(const std::filesystem::path&)>&) override;
-    std::unique_ptr<ResultFile> beginResult(const std::string&) override { throw noFiles(); }
+    std::unique_ptr<ResultFile> beginResult(const std::string&) override { refuseFile(); }
     void warn(const std::string& /*sentence*/) override {}
 
 private:
-    static Failure noFiles() { return Failure("no file is opened to show results before the end of a run"); }
+    [[noreturn]] static void refuseFile() {
+        throw Failure("no file is opened to show results before the end of a run");
+    }
 
     std::string name;
     const std::atomic<bool>& stopping;
 };
 
 void SnapshotContext::writeResult(const std::string&, const std::function<void(const std::filesystem::path&)>&) {
-    throw noFiles();
+    refuseFile();
 }
 
 bool isDrawable(const PipelineNode& node) {

@@ -17,7 +17,7 @@ struct ChunkPlace {
     std::uint64_t file = 0;
     std::uint64_t chunk = 0;
 
-    auto operator<=>(const ChunkPlace&) const = default;
+    auto operator<=>(const ChunkPlace&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 /// 2^level neighbouring numbers, the first of which is a multiple of 2^level, and the state of those that exist.

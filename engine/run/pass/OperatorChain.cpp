@@ -93,7 +93,7 @@ void OperatorChain::prepare(Operator& op) {
         op.stage = std::max(op.stage, parent.op ? operators[*parent.op]->stage : 0);
     }
     op.stage += op.countsRows ? 1 : 0;
-    completesFirst = completesFirst || (op.ordered && !op.parents.front().op);
+    completesFirst = completesFirst || (op.ordered != nullptr && !op.parents.front().op);
 }
 
 void OperatorChain::prepareOperations(Operator& op) {

@@ -38,8 +38,8 @@ struct SourceSet::Segment {
     std::chrono::nanoseconds timeCompleting{0};  ///< Of committed chunks.
 };
 
-SourceSet::SourceSet(RunState& state, const std::vector<std::size_t>& sources, const PassRange& range)
-    : state(state), range(range) {
+SourceSet::SourceSet(RunState& state, const std::vector<std::size_t>& sources, PassRange range)
+    : state(state), range(std::move(range)) {
     for (const std::size_t source : sources) {
         segments.push_back(std::make_unique<Segment>());
         segments.back()->source = source;

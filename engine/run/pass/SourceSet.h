@@ -30,7 +30,7 @@ public:
     /// @param state outlives this.
     /// @param sources nodes in the order of their rows; one may occur twice.
     /// @param range chunks to read.
-    SourceSet(RunState& state, const std::vector<std::size_t>& sources, const PassRange& range = {});
+    SourceSet(RunState& state, const std::vector<std::size_t>& sources, PassRange range = {});
     ~SourceSet();
 
     /// @return false when a source cannot be opened; its node has then failed.

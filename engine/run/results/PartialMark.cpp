@@ -41,7 +41,7 @@ DataObjectPtr markedList(const HistogramList& list, const AnnotationItem& mark) 
 Value withPartialMark(const Value& value, const std::string& sentence) {
     const auto* object = std::get_if<DataObjectPtr>(&value);
     const AnnotationItem mark{.key = "partial", .value = sentence, .isSticky = true};
-    if (!object || !*object ||
+    if (object == nullptr || !*object ||
         std::find((*object)->annotation.begin(), (*object)->annotation.end(), mark) != (*object)->annotation.end()) {
         return value;
     }

@@ -84,7 +84,7 @@ std::unique_ptr<ResultFile> ResultFolder::begin(const std::string& plugin, const
 }
 
 void ResultFolder::displace(const std::string& plugin, const fs::path& file) {
-    if (!displaced || folder.empty() || !isBelow(file, resolveLinks(folder))) {
+    if (displaced == nullptr || folder.empty() || !isBelow(file, resolveLinks(folder))) {
         return;
     }
     {

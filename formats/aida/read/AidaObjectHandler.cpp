@@ -284,7 +284,7 @@ void AidaObjectHandler::putBin(const char* const* attributes, std::size_t dimens
 
 bool AidaObjectHandler::inPoints(std::string_view name, const char* const* attributes) {
     if (name == "dataPoint") {
-        if (hold(sizeof(parsed->points.front()))) {
+        if (hold(sizeof(std::vector<Measurement>))) {
             parsed->points.emplace_back();
         }
     } else if (name == "measurement") {

@@ -210,7 +210,7 @@ void AidaTable::beginNext(std::unique_ptr<io::TupleBuilder> rows) {
         if (!handler->builder()) {
             rows = handler->release();
         }
-    } while (!handler->builder());
+    } while (handler->builder() == nullptr);
 }
 
 void AidaTable::throwMissing(const std::string& path) const {

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace velmorak::io {
@@ -26,12 +27,17 @@ std::string firstCharacter(std::string_view text) {
     return std::string(text.substr(0, length));
 }
 
+/// Of the values from one on, without the characters of texts.
+std::size_t bytesOfValues(const Column& column, std::size_t begin) {
+    return std::visit([&](const auto& values) { return (values.size() - begin) * sizeof(values[0]); }, column.values);
+}
+
 }  // namespace
 
 TupleBuilder::TupleBuilder(const std::vector<AidaColumn>& columns) : TupleBuilder(columns, layoutOf(columns)) {}
 
-TupleBuilder::TupleBuilder(const std::vector<AidaColumn>& header, TupleLayout layout)
-    : header(header),
+TupleBuilder::TupleBuilder(std::vector<AidaColumn> columns, TupleLayout layout)
+    : header(std::move(columns)),
       tableSchema(std::move(layout.schema)),
       slots(std::move(layout.slots)),
       items(std::move(layout.items)),
@@ -202,16 +208,11 @@ void TupleBuilder::countBytesOfRow() {
     for (const std::size_t position : variableSlots) {
         const Column& column = slots[position].column;
         const std::size_t begin = column.isList() ? *(column.offsets.end() - 2) : rowCount - 1;
-        std::visit(
-            [&](const auto& values) {
-                bytes += column.isList() ? (values.size() - begin) * sizeof(values[0]) : 0;
-                if constexpr (std::is_same_v<std::decay_t<decltype(values)>, Column::Texts>) {
-                    for (std::size_t i = begin; i < values.size(); ++i) {
-                        bytes += values[i].size();
-                    }
-                }
-            },
-            column.values);
+        bytes += column.isList() ? bytesOfValues(column, begin) : 0;
+        if (const auto* const texts = std::get_if<Column::Texts>(&column.values)) {
+            bytes += std::accumulate(texts->begin() + static_cast<std::ptrdiff_t>(begin), texts->end(), std::size_t{0},
+                                     [](std::size_t sum, const std::string& text) { return sum + text.size(); });
+        }
     }
 }
 

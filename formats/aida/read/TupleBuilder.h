@@ -61,7 +61,7 @@ private:
         std::int64_t rows = 0;
     };
 
-    TupleBuilder(const std::vector<AidaColumn>& columns, TupleLayout layout);
+    TupleBuilder(std::vector<AidaColumn> columns, TupleLayout layout);
 
     bool put(TupleSlot& slot, const char* value);
     static void putDefault(TupleSlot& slot);

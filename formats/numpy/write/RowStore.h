@@ -23,8 +23,8 @@ struct ColumnExtent {
 /// Threads: one at a time.
 class RowStore {
 public:
-    /// @param file is written anew. @throws Failure if that is impossible.
-    RowStore(std::filesystem::path file, Schema schema);
+    /// @param path of the file, which is written anew. @throws Failure if that is impossible.
+    RowStore(std::filesystem::path path, Schema schema);
 
     /// @throws Failure if the rows cannot be stored.
     void append(const std::vector<ColumnPtr>& columns, std::size_t rows);

@@ -22,7 +22,7 @@ namespace {
 
 template <typename Number>
 void appendLittleEndian(std::string& bytes, Number value) {
-    std::array<char, sizeof(Number)> raw = std::bit_cast<std::array<char, sizeof(Number)>>(value);
+    auto raw = std::bit_cast<std::array<char, sizeof(Number)>>(value);
     if constexpr (std::endian::native == std::endian::big) {
         std::reverse(raw.begin(), raw.end());
     }
@@ -255,7 +255,7 @@ std::string limitText(std::int64_t value) {
     return bytes;
 }
 std::string limitText(std::uint8_t value) {
-    return std::string(1, value != 0 ? '\1' : '\0');
+    return {value != 0 ? '\1' : '\0'};
 }
 std::string limitText(const std::string& value) {
     return value;

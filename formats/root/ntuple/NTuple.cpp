@@ -79,7 +79,7 @@ bool NTuple::isListAt(const std::vector<std::size_t>& fields) const {
 
 /// A collection within a list is concatenated with the others; two columns say how. Of collections of the same name in
 /// each other, the innermost has the shortest names.
-void NTuple::addLevel(std::size_t field, const std::string& name, std::vector<std::size_t> above) {
+void NTuple::addLevel(std::size_t field, const std::string& name, const std::vector<std::size_t>& above) {
     std::vector<std::size_t> around = above;
     around.pop_back();
     if (!isListAt(around)) {

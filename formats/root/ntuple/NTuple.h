@@ -45,7 +45,7 @@ public:
 private:
     void addField(std::size_t field, const std::string& name, std::vector<std::size_t> above);
     void addLeaf(std::size_t field, const std::string& name, std::vector<std::size_t> above);
-    void addLevel(std::size_t field, const std::string& name, std::vector<std::size_t> above);
+    void addLevel(std::size_t field, const std::string& name, const std::vector<std::size_t>& above);
     bool isListAt(const std::vector<std::size_t>& fields) const;
     ColumnType typeOf(const NTupleField& field, std::size_t position) const;
     std::vector<std::size_t> childrenOf(std::size_t field) const;

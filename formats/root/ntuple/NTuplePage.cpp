@@ -135,7 +135,8 @@ void appendBits(const NTupleColumn& column, std::uint64_t count, Bytes bytes, El
         if (column.type == NTupleColumn::Bit) {
             std::get<1>(elements).push_back(bits);
         } else if (column.type == NTupleColumn::Real32Trunc) {
-            std::get<0>(elements).push_back(std::bit_cast<float>(bits << (32U - column.bits)));
+            std::get<0>(elements).push_back(
+                std::bit_cast<float>(static_cast<std::uint32_t>(std::uint64_t{bits} << (32U - column.bits))));
         } else {
             const double value = column.low + bits * ((column.high - column.low) / steps);
             std::get<0>(elements).push_back(value);

@@ -139,7 +139,7 @@ void BranchWalk::setCount(const Object& leaf, TreeColumn& column) {
     }
 }
 
-void BranchWalk::add(TreeColumn column, const Object& leaf) {
+void BranchWalk::add(const TreeColumn& column, const Object& leaf) {
     const Layout::Kind kind = column.layout.kind;
     const bool isNumbers = kind == Layout::Kind::Numbers || kind == Layout::Kind::FlaggedNumbers;
     const bool isInList = column.count || kind == Layout::Kind::Values || (isNumbers && column.layout.length > 1);
@@ -181,7 +181,7 @@ void BranchWalk::addLeaf(const Object& branch, const Object& leaf, bool isAlone,
     if (!isAlone && (column.count || leaf.className == "TLeafC")) {
         column.complaint = "its branch has other leaves of variable length";
     }
-    add(std::move(column), leaf);
+    add(column, leaf);
 }
 
 const Element* BranchWalk::elementOf(const Object& branch) const {
@@ -201,7 +201,7 @@ void BranchWalk::addElement(const Object& branch, const Object& leaf) {
     column.name = withoutLength(column.name);
     setCount(leaf, column);
     setElementLayout(branch, leaf, column);
-    add(std::move(column), leaf);
+    add(column, leaf);
 }
 
 void BranchWalk::setElementLayout(const Object& branch, const Object& leaf, TreeColumn& column) const {

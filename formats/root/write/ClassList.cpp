@@ -172,6 +172,7 @@ const WrittenClass& Describer::ownerOf(const WrittenClass& described, const std:
 Object classList(const WrittenClasses& classes, const std::set<std::string>& names) {
     const Describer describer(classes);
     std::vector<ObjectPtr> all;
+    all.reserve(names.size());
     for (const std::string& name : names) {
         all.push_back(describer.describe(classes.at(name)));
     }

@@ -144,7 +144,7 @@ void BranchValues::append(const BranchValues& next) {
 }
 
 /// The places of the entries follow the values: their number, one for each entry, and a last one that is not used.
-PackedBasket packBasket(BranchValues values, std::size_t headBytes, Packing packing) {
+PackedBasket packBasket(const BranchValues& values, std::size_t headBytes, Packing packing) {
     PackedBasket basket;
     basket.border = static_cast<std::uint32_t>(values.bytes.size());
     basket.largest = values.largest;
@@ -177,7 +177,8 @@ bool TreeRows::isEnough(const TreeLayout& layout) const {
 void TreeRows::pack(const TreeLayout& layout, Packing packing) {
     for (std::size_t i = 0; i < values.size(); ++i) {
         const std::size_t headBytes = layout.basketHead(layout.branches[i]).bytes();
-        baskets.push_back(packBasket(std::move(values[i]), headBytes, packing));
+        baskets.push_back(packBasket(values[i], headBytes, packing));
+        values[i] = {};  // All branches together may be large.
     }
     values.clear();
 }

@@ -30,7 +30,7 @@ struct PackedBasket {
 };
 
 /// @param headBytes of the basket's record, from which the places of entries count.
-PackedBasket packBasket(BranchValues values, std::size_t headBytes, Packing packing);
+PackedBasket packBasket(const BranchValues& values, std::size_t headBytes, Packing packing);
 
 /// Consecutive rows: values for each branch of a layout, or baskets.
 struct TreeRows {

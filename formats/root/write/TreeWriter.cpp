@@ -107,7 +107,7 @@ ObjectPtr TreeWriter::leafOf(std::size_t position) const {
                             {"fTitle", title},
                             {"fLen", isText ? std::max<std::int64_t>(1, branches[position].largest) : std::int64_t{1}},
                             {"fLenType", static_cast<std::int64_t>(described.valueBytes())},
-                            {"fIsRange", std::int64_t{described.hasLengths}}}};
+                            {"fIsRange", std::int64_t{described.hasLengths ? 1 : 0}}}};
     if (isText || described.hasLengths) {
         leaf.members.emplace_back("fMaximum", branches[position].largest);
     }
