@@ -19,10 +19,7 @@ namespace {
 const PipelineInput* tableInput(const PipelineNode& node) {
     const PipelineInput* found = nullptr;
     for (const PipelineInput& input : node.inputs) {
-        if (input.spec.type != ValueType::Table) {
-            continue;
-        }
-        if (std::exchange(found, &input)) {
+        if (input.spec.type == ValueType::Table && std::exchange(found, &input) != nullptr) {
             return nullptr;
         }
     }
