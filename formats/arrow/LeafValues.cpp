@@ -61,9 +61,10 @@ void LeafReader::convert(Values& values, Convert convertOne) const {
             const Piece piece = buffers.read(buffer(1), range.first * sizeof(Stored), count * sizeof(Stored));
             values.resize(before + count);
             for (std::uint64_t i = 0; i < count; ++i) {
-                // NOLINTNEXTLINE(bugprone-signed-char-misuse): a number of one byte, not a character.
+                // A number of one byte is not a character. NOLINTBEGIN(bugprone-signed-char-misuse)
                 values[before + i] =
                     static_cast<Value>(convertOne(littleEndian<Stored>(piece.bytes.data() + i * sizeof(Stored))));
+                // NOLINTEND(bugprone-signed-char-misuse)
             }
         }
     }

@@ -4,7 +4,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <ranges>
 #include <string>
 #include <vector>
 
@@ -29,11 +28,11 @@ unsigned divideByTen(std::vector<std::uint8_t>& number) {
 /// Replaces a number in two's complement with its negative.
 void negate(std::vector<std::uint8_t>& number) {
     unsigned carry = 1;
-    for (std::uint8_t& byte : std::ranges::reverse_view(number)) {
+    std::for_each(number.rbegin(), number.rend(), [&carry](std::uint8_t& byte) {
         const unsigned value = (~static_cast<unsigned>(byte) & 0xFFU) + carry;
         byte = static_cast<std::uint8_t>(value);
         carry = value >> 8U;
-    }
+    });
 }
 
 std::string digitsOf(std::vector<std::uint8_t> number) {

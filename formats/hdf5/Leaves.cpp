@@ -3,10 +3,10 @@
 #include <velmorak/Failure.h>
 #include <velmorak/Utf8.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
-#include <ranges>
 #include <string_view>
 
 namespace velmorak::hdf5 {
@@ -250,11 +250,11 @@ std::vector<Leaf> leavesOf(hid_t type) {
 
 Handle memoryTypeOf(const Leaf& leaf) {
     Handle type = innermostType(leaf);
-    for (const std::string& member : std::ranges::reverse_view(leaf.members)) {
+    std::for_each(leaf.members.rbegin(), leaf.members.rend(), [&type](const std::string& member) {
         Handle outer(H5Tcreate(H5T_COMPOUND, H5Tget_size(type.id())), H5Tclose);
         H5Tinsert(outer.id(), member.c_str(), 0, type.id());
         type = std::move(outer);
-    }
+    });
     return type;
 }
 
