@@ -1,10 +1,10 @@
 #include "expression/Kernels.h"
+#include "expression/ListLoops.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
-#include <type_traits>
 
 namespace velmorak::expression {
 
@@ -92,15 +92,6 @@ bool all(const KernelArgs& args) {
         args, 1);
 }
 
-template <typename In>
-bool isNan(In value) {
-    if constexpr (std::is_floating_point_v<In>) {
-        return std::isnan(value);
-    } else {
-        return false;
-    }
-}
-
 /// The position of the first of the best values; NaN is no value. -1 if there is none.
 template <typename In, auto isBetter>
 bool extremePosition(const KernelArgs& args) {
@@ -112,7 +103,7 @@ bool extremePosition(const KernelArgs& args) {
         std::int64_t best = -1;
         for (std::uint64_t i = 0; i < count; ++i) {
             const In value = values[begin + i];
-            if (!isNan(value) && (best < 0 || isBetter(value, values[begin + static_cast<std::uint64_t>(best)]))) {
+            if (!isMissing(value) && (best < 0 || isBetter(value, values[begin + static_cast<std::uint64_t>(best)]))) {
                 best = static_cast<std::int64_t>(i);
             }
         }
