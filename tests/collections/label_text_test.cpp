@@ -1,5 +1,5 @@
-#include "Output/plots/LabelText.h"
-#include "Output/plots/PlotText.h"
+#include "Output/plots/text/LabelText.h"
+#include "Output/plots/text/PlotText.h"
 
 #include <gtest/gtest.h>
 

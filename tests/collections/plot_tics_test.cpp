@@ -1,4 +1,4 @@
-#include "Output/plots/PlotTics.h"
+#include "Output/plots/axes/PlotTics.h"
 
 #include <gtest/gtest.h>
 

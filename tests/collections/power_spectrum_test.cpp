@@ -1,6 +1,6 @@
 #include "StoredTables.h"
 
-#include "Table/Fourier.h"
+#include "Table/series/Fourier.h"
 
 #include <velmorak/Points.h>
 

@@ -1,10 +1,10 @@
 #include "Output/kinds.h"
 
-#include "Drawing.h"
-#include "Gnuplot.h"
 #include "Output/Ports.h"
+#include "Output/plots/contents/PlotValues.h"
+#include "Output/plots/script/Drawing.h"
+#include "Output/plots/script/Gnuplot.h"
 #include "PlotInputs.h"
-#include "PlotValues.h"
 #include "shared/AppendInputs.h"
 
 #include <velmorak/TemporaryFolder.h>

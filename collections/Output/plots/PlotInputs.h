@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PlotStyle.h"
+#include "Output/plots/script/PlotStyle.h"
 
 #include <velmorak/Kind.h>
 

@@ -1,6 +1,6 @@
 #include "Html.h"
 
-#include "Output/plots/PlotText.h"
+#include "Output/plots/text/PlotText.h"
 
 #include <velmorak/Utf8.h>
 

@@ -1,7 +1,7 @@
 #include "PipelineDrawing.h"
 
 #include "Html.h"
-#include "Output/plots/PlotText.h"
+#include "Output/plots/text/PlotText.h"
 
 #include <velmorak/Utf8.h>
 #include <velmorak/Value.h>

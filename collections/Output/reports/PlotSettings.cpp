@@ -1,7 +1,7 @@
 #include "PlotSettings.h"
 
 #include "Output/Ports.h"
-#include "Output/plots/PlotValues.h"
+#include "Output/plots/contents/PlotValues.h"
 
 #include <algorithm>
 

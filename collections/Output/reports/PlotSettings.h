@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Output/plots/PlotStyle.h"
+#include "Output/plots/script/PlotStyle.h"
 
 #include <velmorak/RunRecord.h>
 

@@ -1,7 +1,7 @@
 #include "Output/kinds.h"
 
 #include "Output/Ports.h"
-#include "Output/plots/Drawing.h"
+#include "Output/plots/script/Drawing.h"
 #include "Output/texts/TextOutput.h"
 #include "PlotSettings.h"
 #include "ReportPage.h"

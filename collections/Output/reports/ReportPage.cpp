@@ -2,7 +2,7 @@
 
 #include "Html.h"
 #include "Output/FitNotes.h"
-#include "Output/plots/PlotText.h"
+#include "Output/plots/text/PlotText.h"
 #include "PipelineDrawing.h"
 
 #include <velmorak/DataObjects.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Output/plots/Drawing.h"
+#include "Output/plots/script/Drawing.h"
 #include "PlotSettings.h"
 
 #include <string>

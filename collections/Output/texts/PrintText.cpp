@@ -1,7 +1,7 @@
 #include "PrintText.h"
 
-#include "Output/plots/PlotStatistics.h"
-#include "Output/plots/PlotText.h"
+#include "Output/plots/contents/PlotStatistics.h"
+#include "Output/plots/text/PlotText.h"
 
 #include <velmorak/DataObjects.h>
 #include <velmorak/Failure.h>

@@ -1,7 +1,7 @@
 #include "Output/kinds.h"
 
 #include "Output/Ports.h"
-#include "Output/plots/PlotValues.h"
+#include "Output/plots/contents/PlotValues.h"
 #include "Output/texts/CsvText.h"
 #include "Output/texts/TextOutput.h"
 #include "WrittenRows.h"
