@@ -7,6 +7,7 @@
 #include "run/messages/NodeError.h"
 #include "run/plan/Plan.h"
 #include "run/results/FormerResults.h"
+#include "store/FileHashes.h"
 
 #include <chrono>
 #include <memory>
@@ -89,6 +90,7 @@ public:
     ResultFolder results;
     FormerResults* former = nullptr;  ///< Files of earlier runs; null for a run that makes no result files.
     RunEnvironment environment;
+    const std::int64_t beganNs = nowNs();
     std::vector<NodeRun> runs;  ///< Parallel to the pipeline's nodes.
 
 private:

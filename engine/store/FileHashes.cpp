@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <chrono>
 #include <fstream>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -106,27 +107,42 @@ std::optional<Digest> FileHashes::recall(const std::filesystem::path& file, cons
         return found->second.digest;
     }
     // In a folder that was moved, files keep their stamps.
-    for (auto same = sizes.lower_bound({stamp.size, {}}); same != sizes.end() && same->first == stamp.size; ++same) {
-        if (const Known& digest = known.at(same->second); isOf(digest)) {
-            return digest.digest;
-        }
+    const auto same = stamps.find(stamp);
+    if (same == stamps.end()) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    const Known& digest = known.at(same->second);
+    return isOf(digest) ? std::optional(digest.digest) : std::nullopt;
 }
 
-bool FileHashes::mayBeKnown(const std::filesystem::path& file, const FileStamp& stamp) {
+bool FileHashes::mayBeKnown(const std::filesystem::path& file, const FileStamp& stamp, std::int64_t timeNs) {
     const MutexLock lock(mutex);
     const auto found = known.find(file);
-    const auto same = sizes.lower_bound({stamp.size, {}});
-    return (found != known.end() && found->second.stamp == stamp) || (same != sizes.end() && same->first == stamp.size);
+    if (found != known.end() && found->second.stamp == stamp) {
+        return true;
+    }
+    const auto first = sizes.lower_bound({stamp.size, std::numeric_limits<std::int64_t>::min(), {}});
+    return first != sizes.end() && first->size == stamp.size && first->readNs < timeNs;
 }
 
 void FileHashes::remember(const std::filesystem::path& file, const Known& digest) {
-    if (const auto found = known.find(file); found != known.end()) {
-        sizes.erase({found->second.stamp.size, file});
-    }
+    forget(file);
     known[file] = digest;
-    sizes.emplace(digest.stamp.size, file);
+    sizes.insert({digest.stamp.size, digest.readNs, file});
+    stamps[digest.stamp] = file;
+}
+
+void FileHashes::forget(const std::filesystem::path& file) {
+    const auto found = known.find(file);
+    if (found == known.end()) {
+        return;
+    }
+    const Known& digest = found->second;
+    sizes.erase({digest.stamp.size, digest.readNs, file});
+    if (const auto same = stamps.find(digest.stamp); same != stamps.end() && same->second == file) {
+        stamps.erase(same);
+    }
+    known.erase(found);
 }
 
 std::optional<Digest> FileHashes::of(const std::filesystem::path& file, const std::atomic<bool>& stopping) {
@@ -150,8 +166,8 @@ std::optional<Digest> FileHashes::of(const std::filesystem::path& file, const st
 }
 
 std::optional<Digest> FileHashes::ofKnown(const std::filesystem::path& file, const FileStamp& stamp,
-                                          const std::atomic<bool>& stopping) {
-    return mayBeKnown(file, stamp) ? of(file, stopping) : std::nullopt;
+                                          std::int64_t timeNs, const std::atomic<bool>& stopping) {
+    return mayBeKnown(file, stamp, timeNs) ? of(file, stopping) : std::nullopt;
 }
 
 void FileHashes::learn(const std::filesystem::path& file, const FileStamp& stamp, const Digest& digest,
@@ -171,9 +187,14 @@ void FileHashes::evictOldest() {
     }
     const auto oldestKept = times.begin() + static_cast<std::ptrdiff_t>(times.size() - maxKnown);
     std::nth_element(times.begin(), oldestKept, times.end());
-    std::erase_if(known, [&](const auto& each) { return each.second.readNs < *oldestKept; });
-    for (auto each = sizes.begin(); each != sizes.end();) {
-        each = known.contains(each->second) ? std::next(each) : sizes.erase(each);
+    std::vector<std::filesystem::path> old;
+    for (const auto& [file, content] : known) {
+        if (content.readNs < *oldestKept) {
+            old.push_back(file);
+        }
+    }
+    for (const std::filesystem::path& file : old) {
+        forget(file);
     }
 }
 

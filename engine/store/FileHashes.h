@@ -11,7 +11,6 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <utility>
 
 namespace velmorak {
 
@@ -51,9 +50,10 @@ public:
     /// @return empty if the file cannot be read, changes meanwhile, or stopping is set first.
     std::optional<Digest> of(const std::filesystem::path& file, const std::atomic<bool>& stopping);
 
-    /// As of, but only for a file whose content may be known: the file had a digest with this stamp before, or some
-    /// file of the same size had one, so that this one may be the same under another name.
-    std::optional<Digest> ofKnown(const std::filesystem::path& file, const FileStamp& stamp,
+    /// As of, but only for a file whose content may have been known at a time: it has a digest with this stamp, or some
+    /// file of the same size had one then, so that this one may be the same under another name.
+    /// @param timeNs since 1970.
+    std::optional<Digest> ofKnown(const std::filesystem::path& file, const FileStamp& stamp, std::int64_t timeNs,
                                   const std::atomic<bool>& stopping);
     /// Adds the digest of a file that was read elsewhere.
     /// @param readNs when its reading began there.
@@ -71,18 +71,29 @@ private:
         std::int64_t readNs = 0;  ///< When the reading began.
     };
 
+    /// Orders the files of each size by the time at which they were read.
+    struct Sized {
+        std::int64_t size = 0;
+        std::int64_t readNs = 0;
+        std::filesystem::path file;
+
+        auto operator<=>(const Sized&) const = default;  // NOLINT(modernize-use-nullptr)
+    };
+
     class Turn;
 
     std::optional<Digest> recall(const std::filesystem::path& file, const FileStamp& stamp) VELMORAK_EXCLUDES(mutex);
-    bool mayBeKnown(const std::filesystem::path& file, const FileStamp& stamp) VELMORAK_EXCLUDES(mutex);
+    bool mayBeKnown(const std::filesystem::path& file, const FileStamp& stamp, std::int64_t timeNs)
+        VELMORAK_EXCLUDES(mutex);
     void remember(const std::filesystem::path& file, const Known& digest) VELMORAK_REQUIRES(mutex);
+    void forget(const std::filesystem::path& file) VELMORAK_REQUIRES(mutex);
     void evictOldest() VELMORAK_REQUIRES(mutex);
 
     Mutex mutex;
     ConditionVariable change;
     std::map<std::filesystem::path, Known> known VELMORAK_GUARDED_BY(mutex);
-    /// The same files by size.
-    std::set<std::pair<std::int64_t, std::filesystem::path>> sizes VELMORAK_GUARDED_BY(mutex);
+    std::set<Sized> sizes VELMORAK_GUARDED_BY(mutex);                        ///< The same files.
+    std::map<FileStamp, std::filesystem::path> stamps VELMORAK_GUARDED_BY(mutex);  ///< One of those with each stamp.
     std::set<std::filesystem::path> beingRead VELMORAK_GUARDED_BY(mutex);
     bool hasChanged VELMORAK_GUARDED_BY(mutex) = false;
 };

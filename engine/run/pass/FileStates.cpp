@@ -211,8 +211,9 @@ Digest FileStates::keyOf(std::size_t op, std::size_t file, const Digest& content
 }
 
 void FileStates::find(std::size_t file) {
+    const std::optional<FileStamp>& stamp = files[file].stamp;
     const std::optional<Digest> content =
-        files[file].stamp ? hashes.ofKnown(files[file].path, *files[file].stamp, state.stopping) : std::nullopt;
+        stamp ? hashes.ofKnown(files[file].path, *stamp, state.beganNs, state.stopping) : std::nullopt;
     std::map<std::size_t, Kept> found;
     for (const auto& [op, key] : keysOfOperators) {
         if (!content) {

@@ -11,9 +11,14 @@
 namespace velmorak::test {
 namespace {
 
+namespace fs = std::filesystem;
+
 class FileHashesTest : public testing::Test {
 protected:
+    ~FileHashesTest() override { fs::remove(copy); }
+
     const LargeFile file;
+    const fs::path copy = file.path.string() + ".copy";
     FileHashes hashes;
     const std::atomic<bool> never = false;
 };
@@ -65,6 +70,22 @@ TEST_F(FileHashesTest, surviveTheProgram) {
     later.restore(*bytes);
     EXPECT_FALSE(later.changes()) << "what was restored is no change";
     EXPECT_EQ(later.of(file.path, never), file.digest);
+}
+
+/// Many files of one size must not be hashed one after the other because the first of them are known by now.
+TEST_F(FileHashesTest, areAskedForOnlyWhereTheContentWasKnownBefore) {
+    fs::copy_file(file.path, copy);
+    const std::int64_t before = nowNs();
+    ASSERT_EQ(hashes.of(file.path, never), file.digest);
+    EXPECT_EQ(hashes.ofKnown(copy, *stampOf(copy), before, never), std::nullopt);
+    EXPECT_EQ(hashes.ofKnown(copy, *stampOf(copy), nowNs(), never), file.digest);
+    EXPECT_EQ(hashes.ofKnown(copy, *stampOf(copy), before, never), file.digest) << "by its own name";
+}
+
+TEST_F(FileHashesTest, areNotAskedForWhereNoFileHadTheSize) {
+    ASSERT_EQ(hashes.of(file.path, never), file.digest);
+    fs::resize_file(file.path, 1);
+    EXPECT_EQ(hashes.ofKnown(file.path, *stampOf(file.path), nowNs(), never), std::nullopt);
 }
 
 }  // namespace
