@@ -60,6 +60,9 @@ void setMovedFiles(QzManager& manager, MovedFiles files);
 /// Records of runs list these settings from now on: PLUGIN.INPUT=VALUE.
 void recordSettings(QzManager& manager, const std::vector<std::string>& settings);
 
+/// Files that later runs write are of this date, in seconds since 1970, instead of that on which the run begins.
+void setDate(QzManager& manager, double date);
+
 /// As ReadDocument, with the text that was in the file; the file itself may be gone.
 void readDocumentText(QzManager& manager, const std::string& text, const std::string& file);
 

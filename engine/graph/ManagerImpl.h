@@ -16,6 +16,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <unordered_map>
 
 namespace velmorak {
@@ -93,6 +94,7 @@ struct QzManager::Part {
     std::string commandLineAida;
     velmorak::AidaFileCheck aidaCheck;
     std::vector<std::string> settings;  ///< Listed in the records of runs.
+    std::optional<double> date;         ///< Of the files that runs write; empty: as kinds say.
     std::string resultsFolder;          ///< Empty for the one beside the document.
     const bool mayWriteAnywhere;        ///< Runs may write outside of it.
     const velmorak::KindConfig kinds;

@@ -63,8 +63,7 @@ fs::path NodeContext::inputFile(const std::string& text) const {
     if (text.empty()) {
         throw Failure("no file is named");
     }
-    watch(text);
-    return resolved(environment.pipeline, text);
+    return watch(text);
 }
 
 fs::path NodeContext::commandLineAida() const {
@@ -155,14 +154,15 @@ void NodeContext::tell(const std::string& text) {
     environment.messages.lines(titleOf(node) + ":", text);
 }
 
-void NodeContext::watch(const NamedFile& file) const {
-    const fs::path path = resolved(environment.pipeline, file);
+fs::path NodeContext::watch(const NamedFile& file) const {
+    fs::path path = resolved(environment.pipeline, file);
     const std::optional<FileStamp> stamp = stampOf(path);
     if (stamp && environment.asked) {
         environment.asked(path, *stamp);
     }
     const MutexLock lock(mutex);
     asked.push_back({file, stamp});
+    return path;
 }
 
 std::vector<AskedFile> NodeContext::askedFiles() const {

@@ -86,7 +86,8 @@ public:
     std::optional<double> fixedDate() const override { return environment.pipeline.kinds.fixedDate; }
 
     /// Records a file that the result depends on.
-    void watch(const NamedFile& file) const;
+    /// @return its place.
+    std::filesystem::path watch(const NamedFile& file) const;
     /// @return the files and listings that the result depends on, each state of them once, in the order of
     ///         the questions.
     std::vector<AskedFile> askedFiles() const;

@@ -31,6 +31,10 @@ void waitThreeSeconds(Mutex& mutex, ConditionVariable& change, const std::functi
     }
 }
 
+double secondsSince1970(std::chrono::system_clock::time_point time) {
+    return static_cast<double>(std::chrono::floor<std::chrono::seconds>(time).time_since_epoch().count());
+}
+
 }  // namespace
 
 bool RunReport::hasFailure() const {
@@ -90,6 +94,9 @@ RunReport Runner::Impl::carryOut(RunJob& job) {
     warnOfConfig();
     job.report.threads = static_cast<int>(config.threads.threads);
     job.report.began = std::chrono::system_clock::now();
+    if (!job.pipeline.kinds.fixedDate) {
+        job.pipeline.kinds.fixedDate = secondsSince1970(job.report.began);
+    }
     const auto begin = std::chrono::steady_clock::now();
     // A run that the main thread waits for has no window to keep responsive.
     job.begin([self = shared_from_this(), &job, isBackground = !isMainThread()] { self->execute(job, isBackground); });

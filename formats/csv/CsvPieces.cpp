@@ -12,6 +12,8 @@ namespace velmorak {
 namespace {
 
 constexpr std::size_t readBytes = 1U << 17U;
+/// A buffer that has become too small is made large enough for a small file at once.
+constexpr std::uint64_t maxBytesAtOnce = std::uint64_t{4} << 20U;
 /// Otherwise an unclosed quote would take in the whole file.
 constexpr std::size_t maxRecordBytes = 64U << 20U;
 
@@ -173,7 +175,8 @@ void CsvPieces::makeRoom() {
         return;
     }
     const std::size_t kept = end - begin;
-    capacity = std::max(2 * kept, lastPiece + lastPiece / 8) + wanted;
+    const std::size_t rest = static_cast<std::size_t>(std::min(in.bytesLeft().value_or(0), maxBytesAtOnce));
+    capacity = std::max({2 * kept, lastPiece + lastPiece / 8, kept > 0 ? kept + rest : 0}) + wanted;
     auto larger = std::make_shared_for_overwrite<char[]>(capacity);
     if (kept > 0) {
         std::memcpy(larger.get(), buffer.get() + begin, kept);

@@ -27,6 +27,8 @@ public:
     std::optional<std::uint64_t> place() const;
     /// Goes to such a byte. @throws Failure for the input "file" if the file ends before.
     void seek(std::uint64_t place);
+    /// Bytes of the file that are not read yet; nothing if the file is compressed.
+    std::optional<std::uint64_t> bytesLeft() const { return in.bytesLeft(); }
     /// Bytes at the beginning of the file, as read returns them.
     std::string_view head() const { return {first.data() + firstPlace, first.size() - firstPlace}; }
     const std::string& name() const { return fileName; }

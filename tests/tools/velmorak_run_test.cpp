@@ -30,6 +30,7 @@ protected:
         unsetenv("VELMORAK_THREADS");
         unsetenv("VELMORAK_CACHE_LIMIT");
         unsetenv("VELMORAK_ISOLATE");
+        unsetenv("SOURCE_DATE_EPOCH");
         std::error_code ignored;
         fs::remove_all(folder, ignored);
     }
@@ -79,6 +80,7 @@ protected:
     std::map<std::string, std::string> resultsOf(const fs::path& example, const std::string& threads) const {
         setenv("VELMORAK_THREADS", threads.c_str(), 1);
         setenv("VELMORAK_CACHE_LIMIT", "0", 1);
+        setenv("SOURCE_DATE_EPOCH", "1000000000", 1);
         const fs::path place = folder / (example.stem().string() + threads);
         fs::copy(example.parent_path(), place, fs::copy_options::recursive);
         const Ended ended = run({(place / example.filename()).string()});
@@ -331,6 +333,19 @@ TEST_F(VelmorakRunOptions, refuseAnInvalidRecord) {
             EXPECT_THAT(ended.errors, Not(HasSubstr(internal)));
         }
     }
+}
+
+/// A report says when it was written.
+TEST_F(VelmorakRun, repeatsARunOfAnotherDay) {
+    setenv("SOURCE_DATE_EPOCH", "1000000000", 1);
+    const fs::path results = folder / "first";
+    const Ended first = run({"--results", results.string(), document(plugin("page", "Report"))});
+    unsetenv("SOURCE_DATE_EPOCH");
+    ASSERT_EQ(first.status, 0) << first.errors;
+    ASSERT_THAT(contentsOf(results).at("page.html"), HasSubstr("2001-09-09 01:46 UTC"));
+    const Ended again = run({"--again", (results / "run.json").string()});
+    EXPECT_EQ(again.status, 0) << again.errors;
+    EXPECT_EQ(again.output, "identical: 1 result\n");
 }
 
 TEST_F(VelmorakRun, keepsItsStandardOutputForItself) {

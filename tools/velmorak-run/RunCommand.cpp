@@ -145,6 +145,9 @@ ExitStatus repeat(QzManager& manager, const Options& options, const velmorak::St
     const fs::path results = temporary ? temporary->path() : fs::absolute(options.resultsFolder);
     velmorak::setResultsFolder(manager, results);
     velmorak::recordSettings(manager, record.settings);
+    if (record.date) {
+        velmorak::setDate(manager, *record.date);
+    }
     const ExitStatus status = runOnce(manager, signals);
     if (status == WasStopped) {
         return status;

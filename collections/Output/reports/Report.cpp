@@ -179,8 +179,8 @@ std::string ReportKind::notes() const {
   kind, seeds, the date, and the values of all plug-ins, folded
 
 A report is written when everything else has ended, even if one of its inputs failed, and in every run. The same
-pipeline with the same files gives the same bytes, but for the date, which the environment variable `SOURCE_DATE_EPOCH`
-sets. With `pdf`, pictures are also written as one PDF beside the page. All its pages are as large as the first picture;
+pipeline with the same files gives the same bytes, but for the date. This is when the run began, or what the environment
+variable `SOURCE_DATE_EPOCH` says; `velmorak-run --again` keeps that of the recorded run. With `pdf`, pictures are also written as one PDF beside the page. All its pages are as large as the first picture;
 pictures of another size are scaled to it. Values with errors are rounded as by `Print`; all digits are in `run.json`.)";
 }
 

@@ -93,6 +93,7 @@ Pipeline pipelineOf(const QzManager& manager) {
     made.isResultsFolderChosen = !resultsFolder.empty();
     made.mayWriteAnywhere = owner.mayWriteAnywhere;
     made.kinds = owner.kinds;
+    made.kinds.fixedDate = owner.date ? owner.date : owner.kinds.fixedDate;
     return made;
 }
 
@@ -141,6 +142,12 @@ void recordSettings(QzManager& manager, const std::vector<std::string>& settings
     QzManager::Part& owner = QzManager::Part::of(manager);
     const std::lock_guard guard(owner.lock);
     owner.settings = settings;
+}
+
+void setDate(QzManager& manager, double date) {
+    QzManager::Part& owner = QzManager::Part::of(manager);
+    const std::lock_guard guard(owner.lock);
+    owner.date = date;
 }
 
 void readDocumentText(QzManager& manager, const std::string& text, const std::string& file) {

@@ -29,6 +29,7 @@ constexpr const char* run = "run";
 constexpr const char* velmorak = "velmorak";
 constexpr const char* complete = "complete";
 constexpr const char* began = "began";
+constexpr const char* date = "date";
 constexpr const char* seconds = "seconds";
 constexpr const char* threads = "threads";
 constexpr const char* document = "document";
@@ -237,6 +238,9 @@ StoredRunRecord readRecord(const Json& record) {
                            readFiles(record),
                            {},
                            {}};
+    if (const auto date = record.find(key::date); date != record.end()) {
+        stored.date = date->get<double>();
+    }
     for (const Json& input : record.at(key::inputs)) {
         stored.inputs[input.at(key::file).get<std::string>()] = input.at(key::sha256).get<std::string>();
     }
@@ -273,6 +277,9 @@ std::string runRecordText(const Pipeline& pipeline, const RunReport& report, boo
     Json record{{key::run, formatVersion}, {key::velmorak, version()}};
     record[key::complete] = isOver && !report.wasStopped;
     record[key::began] = timeText(report.began);
+    if (pipeline.kinds.fixedDate) {
+        record[key::date] = *pipeline.kinds.fixedDate;
+    }
     record[key::seconds] = report.seconds;
     record[key::threads] = report.threads;
     record[key::document] = documentOf(pipeline);

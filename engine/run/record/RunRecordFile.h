@@ -5,6 +5,7 @@
 #include <atomic>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,6 +40,7 @@ struct StoredRunRecord {
     std::vector<FormerFile> files;  ///< All result files that it names, also those of still earlier runs.
     Sums inputs;  ///< Sums of the files that were read, by name; empty for the AIDA file of the command line.
     std::map<std::string, Plugin> plugins;
+    std::optional<double> date{};  ///< Of the files that it wrote, in seconds since 1970; old records have none.
 };
 
 /// @throws Failure when the file cannot be read or holds no record.

@@ -31,10 +31,9 @@ Packing packingOf(std::string_view bytes) {
     return bytes.starts_with("PK\x03\x04") || bytes.starts_with("PK\x05\x06") ? Packing::Zip : Packing::Plain;
 }
 
-Packing packingOf(const std::filesystem::path& file) {
+Packing packingOf(Decompressor& plain) {
     std::array<char, 16> bytes{};
-    const auto plain = io::openPacked(file, Packing::Plain);
-    return packingOf(std::string_view(bytes.data(), plain->read(bytes.data(), bytes.size())));
+    return packingOf(std::string_view(bytes.data(), plain.read(bytes.data(), bytes.size())));
 }
 
 /// @throws Failure unless the archive contains exactly one file.
@@ -73,11 +72,15 @@ CompressedFile::CompressedFile(const std::filesystem::path& file) : part(std::ma
     if (error) {
         throw Failure(fmt::format("{} cannot be opened: {}", part->name, error.message()));
     }
-    const Packing packing = packingOf(file);
+    part->unpacker = io::openPacked(file, Packing::Plain);
+    const Packing packing = packingOf(*part->unpacker);
+    part->isPlain = packing == Packing::Plain;
+    if (part->isPlain && part->unpacker->seek(0)) {
+        return;
+    }
     if (packing == Packing::Zip) {
         mustHoldOne(file);
     }
-    part->isPlain = packing == Packing::Plain;
     part->unpacker = io::openPacked(file, packing);
     if (packing == Packing::Zip) {
         part->unpacker->nextEntry();
@@ -101,6 +104,11 @@ std::size_t CompressedFile::read(char* target, std::size_t size) {
 
 std::optional<std::uint64_t> CompressedFile::place() const {
     return part->isPlain ? std::optional(part->unpacker->position()) : std::nullopt;
+}
+
+std::optional<std::uint64_t> CompressedFile::bytesLeft() const {
+    const std::optional<std::uint64_t> next = place();
+    return next ? std::optional(part->size - std::min<std::uint64_t>(*next, part->size)) : std::nullopt;
 }
 
 void CompressedFile::seek(std::uint64_t place) {

@@ -23,6 +23,8 @@ public:
     std::size_t read(char* target, std::size_t size);
     /// Byte of the file that read returns next; nothing if the file is compressed.
     std::optional<std::uint64_t> place() const;
+    /// Bytes that read has not returned yet; nothing if the file is compressed.
+    std::optional<std::uint64_t> bytesLeft() const;
     /// Goes to such a byte. @throws Failure if the file is compressed, or ends before.
     void seek(std::uint64_t place);
     /// Fraction of the compressed file that has been read, 0 to 1.
