@@ -92,7 +92,7 @@ private:
     Mutex mutex;
     ConditionVariable change;
     std::map<std::filesystem::path, Known> known VELMORAK_GUARDED_BY(mutex);
-    std::set<Sized> sizes VELMORAK_GUARDED_BY(mutex);                        ///< The same files.
+    std::set<Sized> sizes VELMORAK_GUARDED_BY(mutex);                              ///< The same files.
     std::map<FileStamp, std::filesystem::path> stamps VELMORAK_GUARDED_BY(mutex);  ///< One of those with each stamp.
     std::set<std::filesystem::path> beingRead VELMORAK_GUARDED_BY(mutex);
     bool hasChanged VELMORAK_GUARDED_BY(mutex) = false;
