@@ -10,6 +10,7 @@ COLLECTIONS is the folder of the collection Trouble.
 import json
 import os
 import pathlib
+import signal
 import subprocess
 import sys
 import tempfile
@@ -48,13 +49,20 @@ class Program:
                                 VELMORAK_CACHE_LIMIT="0", **{name: value})
         self.environment.pop("VELMORAK_ISOLATE", None)
 
-    def run(self, document, *options, **more):
-        return subprocess.run([self.runner, *options, str(document)], env=dict(self.environment, **more), cwd=self.folder,
+    def run(self, document, **more):
+        return subprocess.run([self.runner, str(document)], env=dict(self.environment, **more), cwd=self.folder,
                               capture_output=True, text=True, check=False)
 
-    def start(self, document):
-        return subprocess.Popen([self.runner, str(document)], env=self.environment, cwd=self.folder,
-                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    def start_deaf(self, stderr=subprocess.DEVNULL):
+        """A run whose plug-in does not stop, and has begun."""
+        sign = self.folder / "sign"
+        document = write(self.folder, plugin("deaf", "Trouble", how="hang", sign=str(sign)))
+        running = subprocess.Popen([self.runner, str(document)], env=self.environment, cwd=self.folder,
+                                   stdout=subprocess.DEVNULL, stderr=stderr, text=True)
+        while not sign.exists():
+            assert running.poll() is None, "the runner has ended"
+        sign.unlink()
+        return running
 
 
 def others_go_on(program):
@@ -83,16 +91,15 @@ def memory_has_a_limit(program):
 
 
 def a_deaf_kind_is_ended(program):
-    run = program.run(write(program.folder, plugin("deaf", "Trouble", how="hang", sign="sign")), "--timeout", "0.5")
-    assert 'Trouble "deaf" failed: it did not stop, and its process was ended' in run.stderr, run.stderr
-    assert "The run was stopped." in run.stderr and run.returncode == 3, (run.returncode, run.stderr)
+    running = program.start_deaf(subprocess.PIPE)
+    running.send_signal(signal.SIGINT)
+    _, errors = running.communicate()
+    assert 'Trouble "deaf" failed: it did not stop, and its process was ended' in errors, errors
+    assert "The run was stopped." in errors and running.returncode == 3, (running.returncode, errors)
 
 
 def nothing_is_left_of_a_killed_program(program):
-    sign = program.folder / "sign"
-    running = program.start(write(program.folder, plugin("deaf", "Trouble", how="hang", sign=str(sign))))
-    while not sign.exists():
-        assert running.poll() is None, "the runner has ended"
+    running = program.start_deaf()
     assert len(processes_with(program.mark)) >= 3, "runner, host and helper: %s" % processes_with(program.mark)
     running.kill()
     running.wait()
