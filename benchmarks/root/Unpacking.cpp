@@ -82,8 +82,7 @@ std::vector<PackedRecord> recordsOf(const std::filesystem::path& path, const std
             continue;
         }
         for (const root::BasketPlace& place : column.baskets) {
-            const std::vector<std::uint8_t> bytes =
-                file.bytesAt(place.position, std::min<std::size_t>(place.bytes, 500));
+            const root::ByteVector bytes = file.bytesAt(place.position, std::min<std::size_t>(place.bytes, 500));
             root::Buffer buffer(bytes);
             const root::Key key = root::readKey(buffer);
             records.push_back({place.position + key.headBytes, key.bytes - key.headBytes, key.unpackedBytes});

@@ -120,7 +120,7 @@ Value valueOf(const Object& object, ValueType type) {
 /// @throws Failure that names file and object.
 Value valueIn(const File& file, const Classes& classes, const Entry& entry) {
     try {
-        const std::vector<std::uint8_t> content = file.content(entry.key);
+        const root::ByteVector content = file.content(entry.key);
         const ObjectPtr object = ObjectReader(content, entry.key.headBytes, classes).read(entry.key.className);
         return valueOf(*object, rootObjectType(entry.key.className));
     } catch (const Failure& failure) {

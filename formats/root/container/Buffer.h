@@ -17,17 +17,20 @@ using Bytes = std::span<const std::uint8_t>;
 /// @return the bytes at the pointer as a number, the most significant byte first.
 template <typename Number>
 Number bigEndian(const std::uint8_t* bytes) {
-    static_assert(sizeof(Number) <= 8);
-    std::uint64_t bits = 0;
-    for (std::size_t i = 0; i < sizeof(Number); ++i) {
-        bits = bits << 8U | bytes[i];
-    }
-    if constexpr (std::is_same_v<Number, float>) {
-        return std::bit_cast<float>(static_cast<std::uint32_t>(bits));
-    } else if constexpr (std::is_same_v<Number, double>) {
-        return std::bit_cast<double>(bits);
+    static_assert(std::endian::native == std::endian::little);
+    if constexpr (sizeof(Number) == 8) {
+        std::uint64_t bits = 0;
+        std::memcpy(&bits, bytes, sizeof(bits));
+        return std::bit_cast<Number>(__builtin_bswap64(bits));
+    } else if constexpr (sizeof(Number) == 4) {
+        std::uint32_t bits = 0;
+        std::memcpy(&bits, bytes, sizeof(bits));
+        return std::bit_cast<Number>(__builtin_bswap32(bits));
+    } else if constexpr (sizeof(Number) == 2) {
+        return static_cast<Number>(bytes[0] << 8U | bytes[1]);
     } else {
-        return static_cast<Number>(bits);
+        static_assert(sizeof(Number) == 1);
+        return static_cast<Number>(*bytes);
     }
 }
 

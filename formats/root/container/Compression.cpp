@@ -92,14 +92,14 @@ std::size_t sizeAt(const std::uint8_t* bytes) {
 
 }  // namespace
 
-std::vector<std::uint8_t> unpacked(Bytes packed, std::size_t size) {
+ByteVector unpacked(Bytes packed, std::size_t size) {
     if (packed.size() == size) {
         return {packed.begin(), packed.end()};
     }
     if (size / maxRatio > packed.size()) {
         throw Failure("its content cannot have the stated length");
     }
-    std::vector<std::uint8_t> content(size);
+    ByteVector content(size);
     std::size_t done = 0;
     while (done < size) {
         if (packed.size() < headerSize) {

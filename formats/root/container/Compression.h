@@ -1,6 +1,7 @@
 #pragma once
 
 #include "root/container/Buffer.h"
+#include "root/container/ByteVector.h"
 
 namespace velmorak::root {
 
@@ -8,6 +9,6 @@ namespace velmorak::root {
 /// ("XZ"), lz4 ("L4") or zstd ("ZS"). Content of the stated length is not compressed.
 /// @param size of the decompressed content.
 /// @throws Failure if a frame is damaged, has an unknown format, or a wrong checksum.
-std::vector<std::uint8_t> unpacked(Bytes packed, std::size_t size);
+ByteVector unpacked(Bytes packed, std::size_t size);
 
 }  // namespace velmorak::root

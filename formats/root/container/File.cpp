@@ -91,12 +91,12 @@ File::File(const std::filesystem::path& path) : filePath(path) {
     }
 }
 
-std::vector<std::uint8_t> File::bytesAt(std::uint64_t position, std::size_t count) const {
+ByteVector File::bytesAt(std::uint64_t position, std::size_t count) const {
     if (position > fileSize || count > fileSize - position) {
         throw Failure(fmt::format("the file ends at byte {}, before a record at byte {} with {} bytes does", fileSize,
                                   position, count));
     }
-    std::vector<std::uint8_t> bytes(count);
+    ByteVector bytes(count);
     std::size_t done = 0;
     while (done < count) {
         const ssize_t read =
@@ -115,7 +115,7 @@ std::vector<std::uint8_t> File::bytesAt(std::uint64_t position, std::size_t coun
 }
 
 void File::readHeader() {
-    const std::vector<std::uint8_t> bytes = bytesAt(0, std::min<std::uint64_t>(maxHeaderBytes, fileSize));
+    const ByteVector bytes = bytesAt(0, std::min<std::uint64_t>(maxHeaderBytes, fileSize));
     Buffer buffer(bytes);
     if (bytes.size() < 4 || buffer.textOf(4) != "root") {
         throw Failure("it is not a ROOT file, which begins with \"root\"");
@@ -136,7 +136,7 @@ void File::readHeader() {
 
 File::Directory File::readDirectory(std::uint64_t position) const {
     constexpr std::size_t maxBytes = 64;
-    const std::vector<std::uint8_t> bytes =
+    const ByteVector bytes =
         bytesAt(position, std::min<std::uint64_t>(maxBytes, fileSize - std::min(fileSize, position)));
     Buffer buffer(bytes);
     const std::int16_t version = buffer.i16();
@@ -155,7 +155,7 @@ void File::readKeys(const Directory& directory, const std::string& folder, int d
     if (directory.keys == 0 || depth > maxFolderDepth) {
         return;
     }
-    const std::vector<std::uint8_t> bytes = bytesAt(directory.keys, directory.keyBytes);
+    const ByteVector bytes = bytesAt(directory.keys, directory.keyBytes);
     Buffer buffer(bytes);
     readKey(buffer);
     const std::size_t count = buffer.count(1);
@@ -184,8 +184,7 @@ void File::recover() {
     constexpr std::uint64_t minHead = 18;
     std::uint64_t position = begin;
     while (position + minHead < fileSize) {
-        const std::vector<std::uint8_t> bytes =
-            bytesAt(position, std::min<std::uint64_t>(maxHeadBytes, fileSize - position));
+        const ByteVector bytes = bytesAt(position, std::min<std::uint64_t>(maxHeadBytes, fileSize - position));
         Buffer buffer(bytes);
         const std::int64_t size = buffer.i32();
         if (size == 0 || (size > 0 && !recoverRecord(bytes, position))) {
@@ -213,8 +212,8 @@ bool File::recoverRecord(Bytes bytes, std::uint64_t position) {
     }
 }
 
-std::vector<std::uint8_t> File::content(const Key& key) const {
-    const std::vector<std::uint8_t> bytes = bytesAt(key.position, key.bytes);
+ByteVector File::content(const Key& key) const {
+    const ByteVector bytes = bytesAt(key.position, key.bytes);
     return unpacked(Bytes(bytes).subspan(key.headBytes), key.unpackedBytes);
 }
 
@@ -222,7 +221,7 @@ std::optional<Key> File::streamerKey() const {
     if (streamerPosition == 0 || streamerBytes == 0) {
         return std::nullopt;
     }
-    const std::vector<std::uint8_t> bytes = bytesAt(streamerPosition, streamerBytes);
+    const ByteVector bytes = bytesAt(streamerPosition, streamerBytes);
     Buffer buffer(bytes);
     Key key = readKey(buffer);
     key.position = streamerPosition;

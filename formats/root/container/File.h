@@ -1,6 +1,7 @@
 #pragma once
 
 #include "root/container/Buffer.h"
+#include "root/container/ByteVector.h"
 
 #include <array>
 #include <filesystem>
@@ -49,9 +50,9 @@ public:
     const std::array<std::uint8_t, 16>& uuid() const { return uniqueId; }
 
     /// @throws Failure if the file ends before.
-    std::vector<std::uint8_t> bytesAt(std::uint64_t position, std::size_t count) const;
+    ByteVector bytesAt(std::uint64_t position, std::size_t count) const;
     /// The decompressed content of a record.
-    std::vector<std::uint8_t> content(const Key& key) const;
+    ByteVector content(const Key& key) const;
     /// The header of the record with the descriptions of classes; empty if the file has none.
     std::optional<Key> streamerKey() const;
 

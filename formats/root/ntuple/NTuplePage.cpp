@@ -179,14 +179,13 @@ void appendPage(const File& file, const NTupleColumn& column, const NTuplePage& 
     if (column.bits == 0 || column.bits > 64 || page.elements > maxPageElements) {
         throw Failure("the description of a page is damaged");
     }
-    const std::vector<std::uint8_t> bytes =
-        file.bytesAt(page.position, page.bytes + (page.hasChecksum ? checksumBytes : 0));
+    const ByteVector bytes = file.bytesAt(page.position, page.bytes + (page.hasChecksum ? checksumBytes : 0));
     if (page.hasChecksum &&
         XXH3_64bits(bytes.data(), page.bytes) != littleEndian(bytes.data() + page.bytes, checksumBytes, 1)) {
         throw Failure(fmt::format("the checksum of a page at byte {} is wrong", page.position));
     }
     const std::uint64_t size = (page.elements * column.bits + 7) / 8;
-    const std::vector<std::uint8_t> content = unpacked(Bytes(bytes).first(page.bytes), size);
+    const ByteVector content = unpacked(Bytes(bytes).first(page.bytes), size);
     const bool isBitwise = column.type == NTupleColumn::Bit || column.type == NTupleColumn::Real32Trunc ||
                            column.type == NTupleColumn::Real32Quant;
     if (isBitwise && column.bits <= 32) {

@@ -120,11 +120,11 @@ Link Envelope::link() {
 }
 
 /// The content of a description, after checking its checksum.
-std::vector<std::uint8_t> envelopeAt(const File& file, const Link& link, unsigned type) {
+ByteVector envelopeAt(const File& file, const Link& link, unsigned type) {
     if (link.unpackedBytes > maxEnvelopeBytes || link.bytes > maxEnvelopeBytes) {
         throw Failure("a description is too large");
     }
-    std::vector<std::uint8_t> bytes = unpacked(file.bytesAt(link.position, link.bytes), link.unpackedBytes);
+    ByteVector bytes = unpacked(file.bytesAt(link.position, link.bytes), link.unpackedBytes);
     if (bytes.size() < 2 * checksumBytes) {
         throw Failure("a description ends early");
     }
@@ -168,7 +168,7 @@ private:
 };
 
 void SchemaReader::read(const Key& anchor) {
-    const std::vector<std::uint8_t> content = file.content(anchor);
+    const ByteVector content = file.content(anchor);
     Buffer buffer(content);
     readHeader(buffer);
     const std::size_t begin = buffer.position();
@@ -198,7 +198,7 @@ Link SchemaReader::linkIn(Buffer& buffer) {
 }
 
 void SchemaReader::readHeaderEnvelope(const Link& link) {
-    const std::vector<std::uint8_t> bytes = envelopeAt(file, link, 1);
+    const ByteVector bytes = envelopeAt(file, link, 1);
     Envelope envelope(bytes);
     envelope.number<std::uint64_t>();
     envelope.flags();
@@ -209,7 +209,7 @@ void SchemaReader::readHeaderEnvelope(const Link& link) {
 }
 
 void SchemaReader::readFooter(const Link& link) {
-    const std::vector<std::uint8_t> bytes = envelopeAt(file, link, 2);
+    const ByteVector bytes = envelopeAt(file, link, 2);
     schema.footerChecksum = littleEndian<std::uint64_t>(bytes.data() + bytes.size() - checksumBytes);
     Envelope envelope(bytes);
     envelope.number<std::uint64_t>();
@@ -281,7 +281,7 @@ void SchemaReader::readColumn(Envelope& envelope) {
 }
 
 void SchemaReader::readPageList(const Link& link) {
-    const std::vector<std::uint8_t> bytes = envelopeAt(file, link, 3);
+    const ByteVector bytes = envelopeAt(file, link, 3);
     Envelope envelope(bytes);
     envelope.number<std::uint64_t>();
     envelope.number<std::uint64_t>();

@@ -5,8 +5,12 @@
 namespace velmorak::root {
 
 const Member* Object::find(std::string_view name) const {
-    const auto found =
-        std::find_if(members.begin(), members.end(), [&](const auto& each) { return each.first == name; });
+    // Names often begin alike, and often have the same length, but seldom end alike as well.
+    const auto isNamed = [&](const auto& each) {
+        const std::string_view other = each.first;
+        return other.size() == name.size() && !name.empty() && other.back() == name.back() && other == name;
+    };
+    const auto found = std::find_if(members.begin(), members.end(), isNamed);
     return found == members.end() ? nullptr : &found->second;
 }
 

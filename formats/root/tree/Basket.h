@@ -1,5 +1,7 @@
 #pragma once
 
+#include "root/container/ByteVector.h"
+
 #include <cstdint>
 #include <vector>
 
@@ -9,7 +11,7 @@ namespace velmorak::root {
 struct Basket {
     std::uint64_t firstEntry = 0;
     std::uint64_t entries = 0;
-    std::vector<std::uint8_t> content;
+    ByteVector content;
     /// Where each entry begins, and one more for the end; empty if all entries have the same length.
     std::vector<std::uint32_t> offsets;
 

@@ -75,7 +75,7 @@ Basket embeddedBasket(const Object& object) {
 
 /// Header of a basket, after the header common to all records.
 Basket writtenBasket(const File& file, const BasketPlace& place) {
-    const std::vector<std::uint8_t> bytes = file.bytesAt(place.position, place.bytes);
+    const ByteVector bytes = file.bytesAt(place.position, place.bytes);
     Buffer buffer(bytes);
     const Key key = readKey(buffer);
     buffer.skip(2U + 4U);
@@ -119,7 +119,7 @@ void closeOffsets(Basket& basket) {
 }  // namespace
 
 Tree::Tree(const File& file, const Classes& classes, const Entry& entry) : file(file), path(entry.path) {
-    const std::vector<std::uint8_t> content = file.content(entry.key);
+    const ByteVector content = file.content(entry.key);
     const ObjectPtr tree = ObjectReader(content, entry.key.headBytes, classes).read(entry.key.className);
     treeTitle = tree->text("fTitle");
     count = static_cast<std::uint64_t>(std::max(tree->real("fEntries"), 0.0));

@@ -11,7 +11,7 @@
 namespace velmorak::root {
 namespace {
 
-using Content = std::vector<std::uint8_t>;
+using Content = ByteVector;
 
 Content sample() {
     Content bytes(5000);
