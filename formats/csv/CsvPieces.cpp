@@ -12,6 +12,8 @@ namespace velmorak {
 namespace {
 
 constexpr std::size_t readBytes = 1U << 17U;
+/// Enough for a header, which is all that is read of a file whose columns are known.
+constexpr std::size_t firstReadBytes = 1U << 14U;
 /// A buffer that has become too small is made large enough for a small file at once.
 constexpr std::uint64_t maxBytesAtOnce = std::uint64_t{4} << 20U;
 /// Otherwise an unclosed quote would take in the whole file.
@@ -157,9 +159,10 @@ bool CsvPieces::refill() {
                                      ": the record does not end; is there an unclosed quote?");
         return false;
     }
-    makeRoom();
+    const std::size_t wanted = buffer ? std::max(readBytes, end - at) : firstReadBytes;
+    makeRoom(wanted);
     try {
-        const std::size_t more = in.read(buffer.get() + end, std::max(readBytes, end - at));
+        const std::size_t more = in.read(buffer.get() + end, wanted);
         isAtEnd = more == 0;
         end += more;
     } catch (const Failure& failure) {
@@ -169,8 +172,7 @@ bool CsvPieces::refill() {
 }
 
 /// Moves the piece to a larger buffer if there is no room. Earlier pieces keep the old one.
-void CsvPieces::makeRoom() {
-    const std::size_t wanted = std::max(readBytes, end - at);
+void CsvPieces::makeRoom(std::size_t wanted) {
     if (buffer && capacity - end >= wanted) {
         return;
     }

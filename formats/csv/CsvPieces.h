@@ -54,7 +54,7 @@ private:
     bool mayBeginRecord(char first) const;
     bool hasQuoteBefore(std::size_t lineEnd);
     bool refill();
-    void makeRoom();
+    void makeRoom(std::size_t wanted);
 
     void requireLineEnd();
 

@@ -1,12 +1,13 @@
 #include "csv/CsvStream.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace velmorak {
 
 namespace {
 
-constexpr std::size_t recordsInPiece = 1024;
+constexpr std::size_t mostRecords = 1024;
 constexpr std::size_t bytesInPiece = std::size_t{1} << 17U;
 
 }  // namespace
@@ -30,6 +31,7 @@ void CsvStream::seek(const CsvPlace& place) {
 bool CsvStream::next(std::vector<CsvField>& fields) {
     while (records.next(fields) != CsvRecords::Found::Record) {
         CsvPiece more = pieces.next(recordsInPiece, bytesInPiece);
+        recordsInPiece = std::min(2 * recordsInPiece, mostRecords);
         if (more.records == 0) {
             return false;
         }

@@ -35,6 +35,7 @@ private:
     const CsvForm* form;
     CsvPiece piece;
     CsvRecords records;
+    std::size_t recordsInPiece = 64;  ///< Often only the first records are read.
 };
 
 }  // namespace velmorak
