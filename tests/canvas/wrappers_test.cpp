@@ -52,7 +52,7 @@ protected:
 
 TEST_F(Wrappers, anItemHasOneWrapperHoweverItIsReached) {
     const auto box = rectangle(10, 10);
-    EXPECT_EQ(root->get_child(0), box);
+    EXPECT_EQ(root->get_child(0), ItemRef(box));
     EXPECT_EQ(canvas.get_root_item(), root);
     EXPECT_EQ(root->get_child(5), ItemRef());
     EXPECT_EQ(Glib::RefPtr<Goocanvas::Rect>::cast_dynamic(root->get_child(0)), box);

@@ -19,6 +19,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// That an optional may hold.
+class OwnManager final : public QzManager {
+public:
+    using QzManager::QzManager;
+};
+
 class Columns : public testing::Test {
 protected:
     Columns() {
@@ -55,7 +61,7 @@ protected:
 
     TemporaryFolder ownFolder{"columns"};
     const fs::path& folder = ownFolder.path();
-    std::optional<QzManager> manager;
+    std::optional<OwnManager> manager;
 };
 
 const std::string tracks = std::string(VELMORAK_TEST_SOURCE) + "/tests/data/aida/tuple_nested.aida";

@@ -196,7 +196,7 @@ std::vector<std::uint64_t> bitsOf(const SmallTable& table) {
 TEST(GroupBy, hasTheSameBitsWhereverTheMemoryEnds) {
     const std::string aggregates = "count; sum(x); mean(x); spread(x); median(x); first(x); last(x)";
     const SmallTable expected = grouped("k", aggregates, manyGroups());
-    for (const std::size_t bytes : {0, 40'000, 400'000}) {
+    for (const std::size_t bytes : {std::size_t{0}, std::size_t{40'000}, std::size_t{400'000}}) {
         KindHarness bench("GroupBy");
         bench.limitMemory(bytes).set("keys", "k").set("aggregates", aggregates);
         const SmallTable made = grouped(bench, manyGroups());

@@ -170,7 +170,7 @@ TEST(Join, isTheSameWithItsRowsOnDisk) {
     };
     KindHarness inMemory("Join");
     const SmallTable expected = made(inMemory);
-    for (const std::size_t bytes : {0, 50'000}) {
+    for (const std::size_t bytes : {std::size_t{0}, std::size_t{50'000}}) {
         KindHarness bench("Join");
         bench.limitMemory(bytes);
         const SmallTable found = made(bench);

@@ -166,8 +166,14 @@ TEST_F(Runs, aSecondRunWaitsForTheFirst) {
     EXPECT_TRUE(lastReport(manager).wasStopped);
 }
 
+/// That an optional may hold.
+class OwnManager final : public QzManager {
+public:
+    using QzManager::QzManager;
+};
+
 TEST_F(Runs, destroyingTheManagerStopsItsRuns) {
-    std::optional<QzManager> dying(std::in_place, "QzAnalysisFactory");
+    std::optional<OwnManager> dying(std::in_place, "QzAnalysisFactory");
     dying->CreatePlugin(kindNumber("Waiter"), "W");
     auto first = std::async(std::launch::async, [&] { dying->Run(); });
     waitUntilItRuns();

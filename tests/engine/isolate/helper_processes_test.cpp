@@ -211,13 +211,14 @@ TEST_F(HelperProcesses, passFailuresOfServicesOn) {
 TEST_F(HelperProcesses, areEndedWhenTheyDoNotStop) {
     add("Trouble", "deaf", {{"how", "hang"}, {"sign", sign().string()}});
     int periods = 0;
-    runner.waitWith([&](Mutex& mutex, ConditionVariable& change, const std::function<bool()>& isOver) {
-        if (periods++ > 0) {
-            while (!isOver()) {
-                change.waitFor(mutex, std::chrono::milliseconds(10));
-            }
-        }
-    });
+    runner.waitWith([&](Mutex& mutex, ConditionVariable& change, const std::function<bool()>& isOver)
+                        VELMORAK_REQUIRES(mutex) {
+                            if (periods++ > 0) {
+                                while (!isOver()) {
+                                    change.waitFor(mutex, std::chrono::milliseconds(10));
+                                }
+                            }
+                        });
     auto caller = std::async(std::launch::async, [this] {
         waitForSign();
         runner.stop();
