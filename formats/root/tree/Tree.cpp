@@ -65,7 +65,8 @@ Column emptyColumn(const TreeColumn& column) {
 Basket embeddedBasket(const Object& object) {
     Basket basket;
     const std::string content = object.text("content");
-    basket.content.assign(content.begin(), content.end());
+    const Bytes bytes(reinterpret_cast<const std::uint8_t*>(content.data()), content.size());
+    basket.content.assign(bytes.begin(), bytes.end());
     const std::int64_t head = object.integer("fKeylen");
     for (const std::int64_t offset : object.integers("fEntryOffset")) {
         basket.offsets.push_back(static_cast<std::uint32_t>(offset - head));
