@@ -113,7 +113,8 @@ constexpr std::string_view aidaElement(AidaFamily family, std::size_t dimensions
 
 /// @return whether the format, or a program that writes it, has such an element.
 constexpr bool isKnownElement(std::string_view name) {
-    return aidaObjectType(name) != nullptr || std::ranges::binary_search(aidaInnerElements, name);
+    const auto isNamed = [name](const AidaObjectType& type) { return type.element == name; };
+    return std::ranges::any_of(aidaObjectTypes, isNamed) || std::ranges::binary_search(aidaInnerElements, name);
 }
 
 }  // namespace velmorak::io

@@ -59,7 +59,7 @@ void keepFreedMemory() {
 }
 
 /// @return bytes of data that the process has now.
-std::uint64_t bytesOfData() {
+[[maybe_unused]] std::uint64_t bytesOfData() {
     std::ifstream file("/proc/self/statm");
     std::uint64_t pages = 0;
     constexpr int fields = 6;
