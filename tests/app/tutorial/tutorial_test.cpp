@@ -188,6 +188,8 @@ protected:
         EXPECT_EQ(contentOf(document), robot->copy().DocumentText());
         session.clickStart();
         EXPECT_TRUE(session.hears(page.code("file of your own", 1).at(0))) << session.errors();
+        // A click before the end of this run would stop it, and begin none.
+        ASSERT_TRUE(waitFor([this] { return isComplete(results / "run.json"); }));
         writeMasses(masses, page.code("file of your own", 0).at(0));
         ASSERT_TRUE(ran());
         EXPECT_NEAR(recordedOutput(results / "run.json", "Fit", "mean"), 91.2, 0.1);
