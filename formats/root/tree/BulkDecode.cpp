@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t valuesAtOnce = 512;
 
 template <typename Stored, typename Value>
-inline void convert(const std::uint8_t* from, std::size_t count, Value* to) {
+[[gnu::always_inline]] inline void convert(const std::uint8_t* from, std::size_t count, Value* to) {
     for (std::size_t i = 0; i < count; ++i) {
         to[i] = static_cast<Value>(+bigEndian<Stored>(from + i * sizeof(Stored)));
     }
@@ -21,9 +21,7 @@ inline void convert(const std::uint8_t* from, std::size_t count, Value* to) {
 /// The order of several numbers' bytes is reversed by one instruction. The values are the same.
 template <typename Stored, typename Value>
 [[gnu::target("avx2")]] void convertWide(const std::uint8_t* from, std::size_t count, Value* to) {
-    for (std::size_t i = 0; i < count; ++i) {
-        to[i] = static_cast<Value>(+bigEndian<Stored>(from + i * sizeof(Stored)));
-    }
+    convert<Stored>(from, count, to);
 }
 
 const bool isWide = static_cast<bool>(__builtin_cpu_supports("avx2"));
