@@ -31,7 +31,7 @@ def need_topology():
         sys.exit(SKIPPED)
 
 
-def watch(seconds):
+def watch(seconds=1700):
     """Too long a wait, or the end of the check from outside, raises, so that everything that was started is ended."""
     def give_up(number, _):
         raise TimeoutError(signal.Signals(number).name)

@@ -88,7 +88,7 @@ def main(runner, engine):
         sys.exit(SKIPPED)
     if engine == "snakemake-slurm":
         need_topology()
-    watch(280)
+    watch()
     with BatchPlace(runner) as place:
         {"snakemake": check_snakemake, "snakemake-slurm": check_snakemake_slurm, "dask": check_dask,
          "mpi": check_mpi}[engine](place)

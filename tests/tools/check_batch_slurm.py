@@ -71,7 +71,7 @@ def check_hopeless_part(place, cluster):
 def main(runner):
     need(*SLURM)
     need_topology()
-    watch(280)
+    watch()
     with BatchPlace(runner) as place, SlurmCluster() as cluster:
         place.environment.update(SLURM_CONF=cluster.environment["SLURM_CONF"])
         check_dead_node(place, cluster)

@@ -1,8 +1,10 @@
 """A Slurm of its own on this computer: munged, slurmctld, and three slurmd, each a node with one core."""
 
+import datetime
 import os
 import pathlib
 import pwd
+import random
 import re
 import select
 import shutil
@@ -30,7 +32,8 @@ SlurmdPidFile={folder}/slurmd-%n.pid
 SlurmdLogFile={folder}/slurmd-%n.log
 SlurmdSpoolDir={folder}/spool-%n
 SlurmdParameters=config_overrides
-SlurmdTimeout=10
+SlurmdTimeout=30
+MessageTimeout=60
 SchedulerParameters=sched_interval=1,bf_interval=1
 ProctrackType=proctrack/linuxproc
 TaskPlugin=task/none
@@ -49,13 +52,19 @@ PartitionName=all Nodes=ALL Default=YES State=UP
 
 
 def free_ports(count):
-    sockets = [socket.socket() for _ in range(count)]
-    for each in sockets:
-        each.bind(("127.0.0.1", 0))
-    ports = [each.getsockname()[1] for each in sockets]
-    for each in sockets:
-        each.close()
-    return ports
+    """@return ports below those that the system gives to connections, which could take them before a daemon does."""
+    first = int(pathlib.Path("/proc/sys/net/ipv4/ip_local_port_range").read_text().split()[0])
+    ports = []
+    for port in random.sample(range(min(10000, first // 2), first), 1000):
+        with socket.socket() as tried:
+            try:
+                tried.bind(("127.0.0.1", port))
+            except OSError:
+                continue  # Another program listens there.
+        ports.append(port)
+        if len(ports) == count:
+            return ports
+    raise AssertionError("no free ports below %d" % first)
 
 
 def wait_for_end(pid, seconds):
@@ -140,8 +149,11 @@ class SlurmCluster:
                 pass  # It has ended, or is another user's.
         return found
 
+    def execute(self, *command):
+        return subprocess.run(command, env=self.environment, stdin=subprocess.DEVNULL, capture_output=True, text=True)
+
     def run(self, *command):
-        done = subprocess.run(command, env=self.environment, stdin=subprocess.DEVNULL, capture_output=True, text=True)
+        done = self.execute(*command)
         assert done.returncode == 0, "%s\n%s\n%s" % (command, done.stdout, done.stderr)
         return done.stdout
 
@@ -174,17 +186,24 @@ class SlurmCluster:
         return parts(jobs, 0), {key: node.rstrip(".") for key, node in parts(jobs, 1).items()}
 
     def until_ended(self, job):
-        """Waits for a job. Those that wait to be tried again need not wait for two minutes."""
+        """Waits for a job. Those that wait to be tried again need not wait for two minutes, but for two seconds: slurmd
+        refuses a job in the second in which it has killed it."""
         def condition(states):
             for key, state in states.items():
                 if state == "PENDING" and key in self.delayed():
-                    self.run("scontrol", "update", "JobId=" + key, "StartTime=now")
+                    said = self.execute("scontrol", "update", "JobId=" + key, "StartTime=now+2")
+                    assert said.returncode == 0 or key not in self.delayed(), said.stderr
             return states.get(job) in ENDED
         return self.until_jobs(condition)[0]
 
     def delayed(self):
-        lines = self.run("squeue", "--array", "--noheader", "--states=PENDING", "--format=%i %r").splitlines()
-        return [line.split()[0] for line in lines if line.endswith(" BeginTime")]
+        """@return the jobs that begin later than they could."""
+        soon = datetime.datetime.now() + datetime.timedelta(seconds=5)
+        waiting = [line.split() for line in self.run(
+            "squeue", "--array", "--noheader", "--states=PENDING",
+            "--Format=JobArrayID:40,Reason:40,EligibleTime:40").splitlines()]
+        return [key for key, reason, *begin in waiting
+                if reason == "BeginTime" and datetime.datetime.fromisoformat(begin[0]) > soon]
 
     def node_of(self, task):
         return self.until_jobs(lambda states: states.get(task) == "RUNNING")[1][task]
