@@ -73,6 +73,7 @@ FileColumns CsvOpener::columnsOf(const std::filesystem::path& file, RunContext& 
     CsvOptions own = options;
     own.file = file;
     own.ignoresOtherTypes = true;
+    own.readsColumnsOnly = true;
     own.rowsToInfer = file == first ? own.rowsToInfer : rowsToInferOfMore;
     const CsvReader reader(std::move(own), context);
     return {reader.schema(), reader.columnsWithoutValues()};
@@ -203,9 +204,10 @@ std::vector<std::filesystem::path> CsvTableKind::files(const Arguments& argument
 }
 
 std::shared_ptr<const FileOpener> csvTableOpener() {
-    return std::make_shared<CsvOpener>(
-        CsvOptions{.file = {}, .form = {.delimiter = ',', .comment = "#"}, .missing = "NA", .types = {}},
-        std::filesystem::path());
+    CsvOptions options;
+    options.form.comment = "#";
+    options.missing = "NA";
+    return std::make_shared<CsvOpener>(std::move(options), std::filesystem::path());
 }
 
 std::unique_ptr<Kind> makeCsvTable(const FileFormats& formats) {

@@ -29,7 +29,9 @@ FileColumns CheckedOpener::columnsOf(const std::filesystem::path& file, RunConte
 
 std::unique_ptr<TableReader> CheckedOpener::open(const std::filesystem::path& file, const Schema* wanted,
                                                  RunContext& context) const {
-    check(file);  // A single file is opened without a call of columnsOf.
+    if (wanted == nullptr) {
+        check(file);  // A single file is opened without a call of columnsOf.
+    }
     return opener->open(file, wanted, context);
 }
 

@@ -4,8 +4,6 @@
 #include "store/FolderListing.h"
 
 #include <algorithm>
-#include <iterator>
-#include <set>
 #include <system_error>
 
 namespace velmorak {
@@ -56,6 +54,17 @@ fs::path resolved(const Pipeline& pipeline, const NamedFile& file) {
     return path;
 }
 
+const KnownFact* KnownFacts::find(const std::string& plugin, const std::string& name) {
+    const MutexLock lock(mutex);
+    const auto found = facts.find({plugin, name});
+    return found == facts.end() ? nullptr : &found->second;
+}
+
+const KnownFact& KnownFacts::add(const std::string& plugin, const std::string& name, KnownFact fact) {
+    const MutexLock lock(mutex);
+    return facts.insert_or_assign({plugin, name}, std::move(fact)).first->second;
+}
+
 NodeContext::NodeContext(const RunEnvironment& environment, const PipelineNode& node)
     : environment(environment), node(node) {}
 
@@ -72,7 +81,21 @@ fs::path NodeContext::commandLineAida() const {
 }
 
 fs::path NodeContext::locate(const std::string& text) const {
-    return text.empty() ? fs::path() : resolved(environment.pipeline, text);
+    return text.empty() ? fs::path() : placeOf(text);
+}
+
+/// A name keeps its place for the whole run: whether there is a file beside the document is asked once.
+fs::path NodeContext::placeOf(const std::string& name) const {
+    {
+        const MutexLock lock(mutex);
+        const auto found = places.find(name);
+        if (found != places.end()) {
+            return found->second;
+        }
+    }
+    fs::path place = resolved(environment.pipeline, name);
+    const MutexLock lock(mutex);
+    return places.emplace(name, std::move(place)).first->second;
 }
 
 std::vector<std::string> NodeContext::namesIn(const std::string& folder, const std::string& pattern) const {
@@ -85,7 +108,7 @@ std::vector<std::string> NodeContext::namesIn(const std::string& folder, const s
         names = namesInFolder(locate(folder), pattern);
     }
     const MutexLock lock(mutex);
-    asked.push_back({std::move(listing), std::nullopt, digestOfNames(*names)});
+    record({std::move(listing), std::nullopt, digestOfNames(*names)});
     return *std::move(names);
 }
 
@@ -139,7 +162,18 @@ std::unique_ptr<ResultFile> NodeContext::beginResult(const std::string& fileName
 }
 
 std::string NodeContext::fact(const std::string& name, const std::function<std::string()>& find) {
-    return environment.fact ? environment.fact(node, name, find) : find();
+    if (environment.fact) {
+        return environment.fact(node, name, find);
+    }
+    if (const KnownFact* const fact = environment.facts->find(node.name, name)) {
+        const MutexLock lock(mutex);
+        for (const AskedFile& file : fact->asked) {
+            record(file);
+        }
+        return fact->bytes;
+    }
+    KnownFact fact{find(), askedFiles()};
+    return environment.facts->add(node.name, name, std::move(fact)).bytes;
 }
 
 void NodeContext::warn(const std::string& sentence) {
@@ -155,23 +189,37 @@ void NodeContext::tell(const std::string& text) {
 }
 
 fs::path NodeContext::watch(const NamedFile& file) const {
-    fs::path path = resolved(environment.pipeline, file);
+    fs::path path = file ? placeOf(*file) : resolved(environment.pipeline, file);
     const std::optional<FileStamp> stamp = stampOf(path);
     if (stamp && environment.asked) {
         environment.asked(path, *stamp);
     }
     const MutexLock lock(mutex);
-    asked.push_back({file, stamp});
+    record({file, stamp, std::nullopt, path.string()});
     return path;
+}
+
+void NodeContext::watchPlace(const fs::path& path) const {
+    const std::string place = path.string();
+    {
+        const MutexLock lock(mutex);
+        if (askedPlaces.contains(place)) {
+            return;
+        }
+    }
+    watch(place);
+}
+
+void NodeContext::record(AskedFile file) const {
+    if (known.insert(file).second) {
+        askedPlaces.insert(file.path);
+        asked.push_back(std::move(file));
+    }
 }
 
 std::vector<AskedFile> NodeContext::askedFiles() const {
     const MutexLock lock(mutex);
-    std::set<AskedFile> known;
-    std::vector<AskedFile> all;
-    std::copy_if(asked.begin(), asked.end(), std::back_inserter(all),
-                 [&](const AskedFile& file) { return known.insert(file).second; });
-    return all;
+    return asked;
 }
 
 }  // namespace velmorak

@@ -77,12 +77,12 @@ public:
 
 private:
     FileHashes& hashes;
-    const std::filesystem::path& file;
+    const std::string& file;
     bool isOurs = false;  ///< Not if the run was stopped while another thread was reading.
 };
 
 FileHashes::Turn::Turn(FileHashes& hashes, const std::filesystem::path& file, const std::atomic<bool>& stopping)
-    : hashes(hashes), file(file) {
+    : hashes(hashes), file(file.native()) {
     const MutexLock lock(hashes.mutex);
     constexpr std::chrono::milliseconds stopCheckInterval(5);
     while (hashes.beingRead.contains(file) && !stopping) {
@@ -102,7 +102,7 @@ FileHashes::Turn::~Turn() {
 std::optional<Digest> FileHashes::recall(const std::filesystem::path& file, const FileStamp& stamp) {
     const MutexLock lock(mutex);
     const auto isOf = [&stamp](const Known& digest) { return digest.stamp == stamp && !isYoung(stamp, digest.readNs); };
-    const auto found = known.find(file);
+    const auto found = known.find(file.native());
     if (found != known.end() && isOf(found->second)) {
         return found->second.digest;
     }
@@ -117,7 +117,7 @@ std::optional<Digest> FileHashes::recall(const std::filesystem::path& file, cons
 
 bool FileHashes::mayBeKnown(const std::filesystem::path& file, const FileStamp& stamp, std::int64_t timeNs) {
     const MutexLock lock(mutex);
-    const auto found = known.find(file);
+    const auto found = known.find(file.native());
     if (found != known.end() && found->second.stamp == stamp) {
         return true;
     }
@@ -125,14 +125,14 @@ bool FileHashes::mayBeKnown(const std::filesystem::path& file, const FileStamp& 
     return first != sizes.end() && first->size == stamp.size && first->readNs < timeNs;
 }
 
-void FileHashes::remember(const std::filesystem::path& file, const Known& digest) {
+void FileHashes::remember(const std::string& file, const Known& digest) {
     forget(file);
     known[file] = digest;
     sizes.insert({digest.stamp.size, digest.readNs, file});
     stamps[digest.stamp] = file;
 }
 
-void FileHashes::forget(const std::filesystem::path& file) {
+void FileHashes::forget(const std::string& file) {
     const auto found = known.find(file);
     if (found == known.end()) {
         return;
@@ -160,7 +160,7 @@ std::optional<Digest> FileHashes::of(const std::filesystem::path& file, const st
         return std::nullopt;
     }
     const MutexLock lock(mutex);
-    remember(file, {*stamp, *digest, readNs});
+    remember(file.native(), {*stamp, *digest, readNs});
     hasChanged = true;
     return digest;
 }
@@ -173,7 +173,7 @@ std::optional<Digest> FileHashes::ofKnown(const std::filesystem::path& file, con
 void FileHashes::learn(const std::filesystem::path& file, const FileStamp& stamp, const Digest& digest,
                        std::int64_t readNs) {
     const MutexLock lock(mutex);
-    remember(file, {stamp, digest, readNs});
+    remember(file.native(), {stamp, digest, readNs});
     hasChanged = true;
 }
 
@@ -187,13 +187,13 @@ void FileHashes::evictOldest() {
     }
     const auto oldestKept = times.begin() + static_cast<std::ptrdiff_t>(times.size() - maxKnown);
     std::nth_element(times.begin(), oldestKept, times.end());
-    std::vector<std::filesystem::path> old;
+    std::vector<std::string> old;
     for (const auto& [file, content] : known) {
         if (content.readNs < *oldestKept) {
             old.push_back(file);
         }
     }
-    for (const std::filesystem::path& file : old) {
+    for (const std::string& file : old) {
         forget(file);
     }
 }
@@ -208,7 +208,7 @@ std::optional<std::string> FileHashes::changes() {
     writer.number(fileHashesMark);
     writer.number<std::uint64_t>(known.size());
     for (const auto& [file, content] : known) {
-        writer.list(file.string());
+        writer.list(file);
         writer.number(content);
     }
     return writer.sealed();
@@ -219,7 +219,7 @@ void FileHashes::restore(const std::string& bytes) {
     try {
         ByteReader reader(bytes, fileHashesMark);
         for (auto count = reader.number<std::uint64_t>(); count > 0; --count) {
-            const std::filesystem::path file = reader.list<std::string>();
+            const auto file = reader.list<std::string>();
             const auto digest = reader.number<Known>();
             if (!known.contains(file)) {
                 remember(file, digest);

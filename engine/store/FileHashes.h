@@ -75,7 +75,7 @@ private:
     struct Sized {
         std::int64_t size = 0;
         std::int64_t readNs = 0;
-        std::filesystem::path file;
+        std::string file;
 
         auto operator<=>(const Sized&) const = default;  // NOLINT(modernize-use-nullptr)
     };
@@ -85,16 +85,16 @@ private:
     std::optional<Digest> recall(const std::filesystem::path& file, const FileStamp& stamp) VELMORAK_EXCLUDES(mutex);
     bool mayBeKnown(const std::filesystem::path& file, const FileStamp& stamp, std::int64_t timeNs)
         VELMORAK_EXCLUDES(mutex);
-    void remember(const std::filesystem::path& file, const Known& digest) VELMORAK_REQUIRES(mutex);
-    void forget(const std::filesystem::path& file) VELMORAK_REQUIRES(mutex);
+    void remember(const std::string& file, const Known& digest) VELMORAK_REQUIRES(mutex);
+    void forget(const std::string& file) VELMORAK_REQUIRES(mutex);
     void evictOldest() VELMORAK_REQUIRES(mutex);
 
     Mutex mutex;
     ConditionVariable change;
-    std::map<std::filesystem::path, Known> known VELMORAK_GUARDED_BY(mutex);
-    std::set<Sized> sizes VELMORAK_GUARDED_BY(mutex);                              ///< The same files.
-    std::map<FileStamp, std::filesystem::path> stamps VELMORAK_GUARDED_BY(mutex);  ///< One of those with each stamp.
-    std::set<std::filesystem::path> beingRead VELMORAK_GUARDED_BY(mutex);
+    std::map<std::string, Known> known VELMORAK_GUARDED_BY(mutex);       ///< By path.
+    std::set<Sized> sizes VELMORAK_GUARDED_BY(mutex);                    ///< The same files.
+    std::map<FileStamp, std::string> stamps VELMORAK_GUARDED_BY(mutex);  ///< One of those with each stamp.
+    std::set<std::string> beingRead VELMORAK_GUARDED_BY(mutex);
     bool hasChanged VELMORAK_GUARDED_BY(mutex) = false;
 };
 

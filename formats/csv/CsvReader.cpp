@@ -42,13 +42,12 @@ std::string unitIn(std::string text) {
 
 }  // namespace
 
-/// The first rows, which show the columns.
+/// What the first records show of the columns.
 struct CsvReader::Sample {
-    CsvStream stream;
-    std::vector<std::string> names{};
-    std::vector<std::string> units{};
-    std::vector<TypeGuess> guesses{};
-    std::vector<bool> isGiven{};
+    std::vector<std::string> names;
+    std::vector<std::string> units;
+    std::vector<TypeGuess> guesses;
+    std::vector<bool> isGiven;
     bool isWhole = false;  ///< The file has no more rows.
 };
 
@@ -69,9 +68,6 @@ CsvReader::CsvReader(CsvOptions csvOptions, RunContext& context)
     }
     checkTypes();
     limits = chunkLimitsOf(columns);
-    if (recordsBeforeRows() > 0) {
-        stream.rest().next(recordsBeforeRows(), SIZE_MAX);
-    }
 }
 
 CsvReader::~CsvReader() {
@@ -93,38 +89,49 @@ std::size_t CsvReader::recordsBeforeRows() const {
     return (options.hasHeader ? 1 : 0) + (options.hasUnits ? 1 : 0);
 }
 
+/// Passes the records before the rows. Where there are none, the first row shows how many columns there are.
+void CsvReader::readFirstRecords(Sample& sample) {
+    std::optional<CsvStream> other;
+    CsvStream& first =
+        recordsBeforeRows() > 0 ? stream : other.emplace(options.file, options.encoding, layout.form, context);
+    const CsvPiece piece = first.rest().next(std::max<std::size_t>(recordsBeforeRows(), 1), SIZE_MAX);
+    CsvRecords records(piece.text, layout.form, piece.line);
+    readHeader(records, sample);
+    readUnits(records, sample);
+}
+
 /// Finds the names in the first record, or makes some, as many as it has fields.
-void CsvReader::readHeader(Sample& sample) {
-    if (!sample.stream.next(fields)) {
+void CsvReader::readHeader(CsvRecords& records, Sample& sample) {
+    if (records.next(fields) != CsvRecords::Found::Record) {
         throw Failure("file", "\"" + options.file.string() + "\" has no rows");
     }
-    if (!sample.stream.complaint().empty()) {
-        failAtLine(options, sample.stream.line(), ": " + sample.stream.complaint());
+    if (!records.complaint().empty()) {
+        failAtLine(options, records.line(), ": " + records.complaint());
     }
     std::set<std::string> seen;
     for (const CsvField& field : fields) {
         const bool isNamed = options.hasHeader && !field.text.empty();
         if (isNamed && !isUtf8(field.text)) {
-            repairs.note(sample.stream.line());
+            repairs.note(records.line());
         }
         sample.names.push_back(isNamed ? toUtf8(field.text) : "c" + numbered(sample.names.size() + 1));
         if (!seen.insert(sample.names.back()).second) {
-            failAtLine(options, sample.stream.line(), ": there are two columns \"" + sample.names.back() + "\"");
+            failAtLine(options, records.line(), ": there are two columns \"" + sample.names.back() + "\"");
         }
     }
 }
 
-void CsvReader::readUnits(Sample& sample) {
+void CsvReader::readUnits(CsvRecords& records, Sample& sample) {
     sample.units.resize(sample.names.size());
     if (!options.hasUnits) {
         return;
     }
-    if (options.hasHeader && !sample.stream.next(fields)) {
+    if (options.hasHeader && records.next(fields) != CsvRecords::Found::Record) {
         throw Failure("file", "\"" + options.file.string() + "\" has no row of units");
     }
     if (fields.size() != sample.names.size()) {
         failAtLine(
-            options, sample.stream.line(),
+            options, records.line(),
             ": there are " + numbered(fields.size()) + " units for " + numbered(sample.names.size()) + " columns");
     }
     for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -132,14 +139,27 @@ void CsvReader::readUnits(Sample& sample) {
     }
 }
 
-/// Damage ends the inference; the rows before it are still read.
+/// The rows that are looked at are read again, unless nobody asks for them.
 void CsvReader::lookAtRows(Sample& sample) {
+    if (options.readsColumnsOnly) {
+        lookAtRows(stream, sample);
+        return;
+    }
+    CsvStream first(options.file, options.encoding, layout.form, context);
+    if (recordsBeforeRows() > 0) {
+        first.rest().next(recordsBeforeRows(), SIZE_MAX);
+    }
+    lookAtRows(first, sample);
+}
+
+/// Damage ends the inference; the rows before it are still read.
+void CsvReader::lookAtRows(CsvStream& first, Sample& sample) {
     for (std::size_t row = 0; row < options.rowsToInfer; ++row) {
         if (row % 1024 == 0 && context.isStopping()) {
             throw Stopped();
         }
         try {
-            if (!sample.stream.next(fields)) {
+            if (!first.next(fields)) {
                 sample.isWhole = true;
                 return;
             }
@@ -177,12 +197,8 @@ void CsvReader::widenIntegers(Sample& sample) const {
 }
 
 void CsvReader::findColumns() {
-    Sample sample{CsvStream(options.file, options.encoding, layout.form, context)};
-    readHeader(sample);
-    readUnits(sample);
-    if (recordsBeforeRows() == 0) {
-        sample.stream = CsvStream(options.file, options.encoding, layout.form, context);
-    }
+    Sample sample;
+    readFirstRecords(sample);
     sample.guesses.resize(sample.names.size());
     for (const std::string& name : sample.names) {
         sample.isGiven.push_back(options.types.contains(name));

@@ -22,6 +22,7 @@ struct CsvOptions {
     std::set<std::string> dates = {};  ///< Columns of type real whose texts are dates.
     std::size_t rowsToInfer = 10000;   ///< Rows that the types are inferred from.
     bool ignoresOtherTypes = false;    ///< Types of columns that the file does not have are not an error.
+    bool readsColumnsOnly = false;     ///< Nobody will ask for rows.
     bool readsInOrder = false;         ///< Rows before a bad one are kept, even if they are in the same chunk.
     CsvEncoding encoding = CsvEncoding::Automatic;
     bool hasUnits = false;  ///< The record after the header holds the units of the columns.
@@ -57,9 +58,11 @@ private:
     struct Sample;
 
     void checkNotation() const;
-    void readHeader(Sample& sample);
-    void readUnits(Sample& sample);
+    void readFirstRecords(Sample& sample);
+    void readHeader(CsvRecords& records, Sample& sample);
+    void readUnits(CsvRecords& records, Sample& sample);
     void lookAtRows(Sample& sample);
+    void lookAtRows(CsvStream& first, Sample& sample);
     void widenIntegers(Sample& sample) const;
     void takeHeader();
     void findColumns();

@@ -13,6 +13,7 @@ namespace velmorak {
 namespace {
 
 constexpr std::size_t headBytes = 1U << 16U;
+constexpr std::size_t shortHeadBytes = 1U << 14U;
 constexpr std::size_t rawBytes = 1U << 18U;
 
 /// Turns failures into failures of the input that names the file.
@@ -37,9 +38,12 @@ constexpr bool isLowSurrogate(unsigned unit) {
 
 CsvText::CsvText(const std::filesystem::path& path, CsvEncoding encoding)
     : fileName(path.string()), in(ofTheFile([&] { return CompressedFile(path); })), encoding(encoding) {
-    first.resize(headBytes);
-    first.resize(ofTheFile([&] { return in.read(first.data(), first.size()); }));
+    readHead(shortHeadBytes);
     findEncoding();
+    // Line ends of old Macs, or a header that may be long.
+    if (first.size() == shortHeadBytes && (first.find('\n') == std::string::npos || head().starts_with('#'))) {
+        readHead(headBytes);
+    }
     if (isConverted()) {
         raw = std::exchange(first, {});
         rawPlace = std::exchange(firstPlace, 0);
@@ -51,6 +55,13 @@ CsvText::CsvText(const std::filesystem::path& path, CsvEncoding encoding)
         throw Failure("file", "\"" + fileName + "\" is " + std::string(format) + ", not a text file with rows");
     }
     findLineEnds();
+}
+
+/// Reads more, up to so many bytes.
+void CsvText::readHead(std::size_t size) {
+    const std::size_t before = first.size();
+    first.resize(size);
+    first.resize(before + readPlain(first.data() + before, size - before));
 }
 
 /// Looks at the byte order mark.

@@ -37,6 +37,7 @@ public:
 
 private:
     bool isConverted() const { return encoding == CsvEncoding::Latin1 || encoding == CsvEncoding::Utf16; }
+    void readHead(std::size_t size);
     void findEncoding();
     void findLineEnds();
     std::size_t readPlain(char* target, std::size_t size);

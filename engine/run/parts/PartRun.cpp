@@ -127,7 +127,7 @@ void PartRun::collectFiles() {
     for (const NodeRun& each : state->runs) {
         for (const AskedFile& asked : each.context->askedFiles()) {
             if (!isFolderListing(asked.file)) {
-                addFile(resolved(state->pipeline, asked.file));
+                addFile(asked.path);
             }
         }
         for (const SkippedFile& skipped : each.context->skippedFiles()) {

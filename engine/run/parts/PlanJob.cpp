@@ -218,9 +218,8 @@ void Planning::collectFiles(PlannedRun& run) const {
                 run.listings[*asked.file] = namesInFolder(where, asked.file->substr(end + 1));
                 continue;
             }
-            const fs::path path = resolved(pipeline, asked.file);
-            if (asked.stamp && known.insert(plannedPath(path)).second) {
-                run.otherFiles.push_back(plannedFile(path));
+            if (asked.stamp && known.insert(plannedPath(asked.path)).second) {
+                run.otherFiles.push_back(plannedFile(asked.path));
             }
         }
     }

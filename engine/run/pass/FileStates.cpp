@@ -80,20 +80,12 @@ bool FileStates::canBeUsed() const {
 
 bool FileStates::listFiles() {
     for (std::size_t segment = 0; segment < sources->size(); ++segment) {
-        const std::size_t node = sources->sourceOf(segment);
-        const auto* kind = dynamic_cast<const Source*>(state.node(node).kind);
-        if (!kind) {
+        const std::vector<std::filesystem::path>& paths = sources->pathsOf(segment);
+        if (paths.size() != sources->filesOf(segment)) {
             return false;  // A stored table has no files.
         }
-        std::vector<std::filesystem::path> paths;
-        const std::optional<NodeError> error =
-            state.call(node, [&] { paths = kind->files(state.arguments(node), *state.runs[node].context); });
-        if (error || paths.size() != sources->filesOf(segment)) {
-            return false;
-        }
-        for (std::filesystem::path& path : paths) {
-            const std::optional<FileStamp> stamp = stampOf(path);
-            files.push_back({segment, std::move(path), stamp});
+        for (const std::filesystem::path& path : paths) {
+            files.push_back({segment, path, stampOf(path)});
         }
     }
     return files.size() > 1;
@@ -124,9 +116,9 @@ const std::optional<Digest>& FileStates::keyOf(std::size_t node) {
 
 /// Sums the other files that the sources have asked for, such as lists and tables of file properties.
 bool FileStates::findOtherFiles() {
-    std::set<std::filesystem::path> read;
+    std::set<std::string> read;
     for (const File& file : files) {
-        read.insert(file.path);
+        read.insert(file.path.string());
     }
     for (std::size_t segment = 0; segment < sources->size(); ++segment) {
         Sha256 hash;
@@ -135,9 +127,8 @@ bool FileStates::findOtherFiles() {
             if (!asked.stamp || (circumstances && isListed(asked.file, circumstances->lists()))) {
                 continue;
             }
-            const std::filesystem::path path = resolved(state.pipeline, asked.file);
-            const bool isOther = !read.contains(path);
-            const std::optional<Digest> content = isOther ? hashes.of(path, state.stopping) : std::nullopt;
+            const bool isOther = !read.contains(asked.path);
+            const std::optional<Digest> content = isOther ? hashes.of(asked.path, state.stopping) : std::nullopt;
             if (isOther && !content) {
                 return false;
             }

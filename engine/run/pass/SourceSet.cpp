@@ -23,8 +23,9 @@ struct SourceSet::Segment {
     std::size_t source = 0;
     std::shared_ptr<const StoredTable> table;  ///< That the reader reads; null for a source.
     std::unique_ptr<TableReader> reader;
-    std::optional<ChunkCheck> check;     ///< As soon as there is a reader.
-    std::atomic<bool> isClosed = false;  ///< No operator needs more of its rows.
+    std::vector<std::filesystem::path> paths;  ///< Of the files of a source.
+    std::optional<ChunkCheck> check;           ///< As soon as there is a reader.
+    std::atomic<bool> isClosed = false;        ///< No operator needs more of its rows.
     std::uint64_t filesBefore = 0;
     std::uint64_t files = 1;
     std::uint64_t firstFile = 0;  ///< Of the range.
@@ -135,8 +136,9 @@ void SourceSet::openSource(Segment& segment) {
     NodeContext& context = *state.runs[segment.source].context;
     const auto& kind = dynamic_cast<const Source&>(*state.node(segment.source).kind);
     const NodeArguments arguments = state.arguments(segment.source);
-    for (const std::filesystem::path& file : kind.files(arguments, context)) {
-        context.watch(file.string());
+    segment.paths = kind.files(arguments, context);
+    for (const std::filesystem::path& file : segment.paths) {
+        context.watchPlace(file);
     }
     segment.reader = mustBe(kind.open(arguments, context), "reader");
 }
@@ -327,6 +329,10 @@ std::uint64_t SourceSet::filesOf(std::size_t segment) const {
 
 std::uint64_t SourceSet::filesBefore(std::size_t segment) const {
     return segments[segment]->filesBefore;
+}
+
+const std::vector<std::filesystem::path>& SourceSet::pathsOf(std::size_t segment) const {
+    return segments[segment]->paths;
 }
 
 const Schema& SourceSet::schema(std::size_t segment) const {

@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -73,6 +74,8 @@ public:
     /// Number of files in the segments before this one.
     std::uint64_t filesBefore(std::size_t segment) const;
     std::uint64_t filesOf(std::size_t segment) const;
+    /// @return the files of a source; empty for a stored table.
+    const std::vector<std::filesystem::path>& pathsOf(std::size_t segment) const;
     const Schema& schema(std::size_t segment) const;
     /// @return null if the reader does not say on what the rows of a file depend.
     const FileCircumstances* circumstances(std::size_t segment) const;

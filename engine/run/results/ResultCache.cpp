@@ -69,6 +69,10 @@ std::optional<Digest> ResultCache::contentOf(const NamedFile& file) {
     return hashes.of(resolved(state.pipeline, file), state.stopping);
 }
 
+std::optional<Digest> ResultCache::contentOf(const AskedFile& file) {
+    return isFolderListing(file.file) ? contentOf(file.file) : hashes.of(file.path, state.stopping);
+}
+
 std::optional<Digest> ResultCache::resultContentOf(const std::string& fileName) {
     std::optional<Digest> digest;
     const std::optional<NodeError> refusal =
@@ -109,7 +113,7 @@ void ResultCache::keep(std::size_t position) {
 }
 
 bool ResultCache::needsDigestOf(const AskedFile& file) const {
-    return isFolderListing(file.file) || needsDigest(resolved(state.pipeline, file.file));
+    return isFolderListing(file.file) || needsDigest(file.path);
 }
 
 bool ResultCache::collectFiles(std::size_t position) {
@@ -120,10 +124,9 @@ bool ResultCache::collectFiles(std::size_t position) {
     std::vector<FileContent> all;
     bool isWhole = state.runs[position].context->skippedFiles().empty();
     for (const AskedFile& file : own) {
-        const std::optional<Digest> digest = contentOf(file.file);
+        const std::optional<Digest> digest = contentOf(file);
         // What has changed since the node asked for it may differ from what the result was made from.
-        const bool isUnchanged =
-            file.listing ? digest == file.listing : stampOf(resolved(state.pipeline, file.file)) == file.stamp;
+        const bool isUnchanged = file.listing ? digest == file.listing : stampOf(file.path) == file.stamp;
         if (digest && isUnchanged) {
             asked[position].push_back({file.file, *digest});
         } else {
@@ -145,51 +148,62 @@ bool ResultCache::collectFiles(std::size_t position) {
 }
 
 std::vector<FileContent> ResultCache::filesOf(const std::vector<std::size_t>& positions) {
-    std::map<NamedFile, Digest> all;
+    struct Content {
+        Digest digest{};
+        std::string path;
+    };
+    std::map<NamedFile, Content> all;
     for (const std::size_t position : positions) {
-        if (files[position]) {
-            for (const FileContent& file : *files[position]) {
-                all[file.file] = file.digest;
-            }
-        }
         for (const AskedFile& file : state.runs[position].context->askedFiles()) {
             if (needsDigestOf(file)) {
-                all[file.file] = contentOf(file.file).value_or(Digest{});
+                all[file.file] = {contentOf(file).value_or(Digest{}), file.path};
+            }
+        }
+    }
+    for (const std::size_t position : positions) {
+        for (const FileContent& file : files[position].value_or(std::vector<FileContent>{})) {
+            if (!all.contains(file.file)) {
+                all[file.file] = {file.digest, resolved(state.pipeline, file.file).string()};
             }
         }
     }
     // The same file may appear by alias and by resolved path; keep one.
     std::set<std::string> paths;
-    for (const auto& [file, digest] : all) {
-        const std::string path = resolved(state.pipeline, file).string();
-        if (file != path) {
-            paths.insert(path);
+    for (const auto& [file, content] : all) {
+        if (file != content.path) {
+            paths.insert(content.path);
         }
     }
     std::vector<FileContent> contents;
-    for (const auto& [file, digest] : all) {
+    for (const auto& [file, content] : all) {
         if (!isFolderListing(file) && (!file || !paths.contains(*file))) {
-            contents.push_back({file, digest});
+            contents.push_back({file, content.digest});
         }
     }
     return contents;
 }
 
 std::vector<std::string> ResultCache::filesInOrder(std::size_t position) const {
-    std::vector<NamedFile> all;
-    for (const FileContent& file : asked[position]) {
-        all.push_back(file.file);
-    }
-    for (const AskedFile& file : state.runs[position].context->askedFiles()) {
-        all.push_back(file.file);
+    const std::vector<AskedFile> own = state.runs[position].context->askedFiles();
+    std::map<NamedFile, std::string> places;
+    for (const AskedFile& file : own) {
+        places.emplace(file.file, file.path);
     }
     std::set<std::string> known;
     std::vector<std::string> names;
-    for (const NamedFile& file : all) {
+    const auto add = [&](const NamedFile& file) {
+        const auto place = places.find(file);
+        const std::string path = place == places.end() ? resolved(state.pipeline, file).string() : place->second;
         // The same file may appear by alias and by resolved path.
-        if (!isFolderListing(file) && known.insert(resolved(state.pipeline, file).string()).second) {
+        if (!isFolderListing(file) && known.insert(path).second) {
             names.push_back(file.value_or(""));
         }
+    };
+    for (const FileContent& file : asked[position]) {
+        add(file.file);
+    }
+    for (const AskedFile& file : own) {
+        add(file.file);
     }
     return names;
 }

@@ -62,6 +62,7 @@ private:
     void keep(std::size_t position);
     bool collectFiles(std::size_t position);
     bool needsDigestOf(const AskedFile& file) const;
+    std::optional<Digest> contentOf(const AskedFile& file);
     bool collectWritten(std::size_t position);
 
     RunState& state;

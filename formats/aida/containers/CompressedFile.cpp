@@ -3,7 +3,6 @@
 #include "aida/containers/Decompressor.h"
 
 #include <velmorak/Failure.h>
-#include <velmorak/RegularFile.h>
 
 #include <fmt/format.h>
 
@@ -65,14 +64,13 @@ struct CompressedFile::Impl {
 };
 
 CompressedFile::CompressedFile(const std::filesystem::path& file) : part(std::make_unique<Impl>()) {
-    requireRegular(file);
-    std::error_code error;
     part->name = file.string();
+    part->unpacker = io::openPacked(file, Packing::Plain);
+    std::error_code error;
     part->size = std::filesystem::file_size(file, error);
     if (error) {
         throw Failure(fmt::format("{} cannot be opened: {}", part->name, error.message()));
     }
-    part->unpacker = io::openPacked(file, Packing::Plain);
     const Packing packing = packingOf(*part->unpacker);
     part->isPlain = packing == Packing::Plain;
     if (part->isPlain && part->unpacker->seek(0)) {

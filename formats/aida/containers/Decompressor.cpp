@@ -33,7 +33,10 @@ private:
     std::uint64_t taken = 0;
 };
 
-PlainFile::PlainFile(const std::filesystem::path& file) : input(file, std::ios::binary) {
+/// Without a buffer of its own: all who read from it have one.
+PlainFile::PlainFile(const std::filesystem::path& file) {
+    input.rdbuf()->pubsetbuf(nullptr, 0);
+    input.open(file, std::ios::binary);
     if (!input) {
         throw Failure(fmt::format("{} cannot be opened: {}", file.string(), std::generic_category().message(errno)));
     }

@@ -60,7 +60,8 @@ public:
 /// that many files have in common.
 /// @param name distinguishes the facts of one plug-in.
 /// @param find finds the fact, as any bytes.
-/// @return what find returned when the run was planned; in a run that was not planned, what it returns now.
+/// @return what find returned when the run was planned; in a run that was not planned, what it returned when the
+///         plug-in first asked in this run.
 inline std::string factOf(RunContext& context, const std::string& name, const std::function<std::string()>& find) {
     auto* const shared = dynamic_cast<SharedRun*>(&context);
     return shared ? shared->fact(name, find) : find();

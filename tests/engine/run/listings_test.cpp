@@ -1,5 +1,7 @@
 #include "RunFixture.h"
 
+#include <velmorak/Parts.h>
+
 /// Folders whose names a plug-in asks for, and files that it goes on without.
 namespace velmorak::test {
 namespace {
@@ -61,6 +63,99 @@ TEST_F(FolderListings, areNoFilesOfTheRecord) {
     run();
     EXPECT_TRUE(report.files.empty());
     EXPECT_TRUE(of("count").files.empty());
+}
+
+/// Finds the names of its files as a fact, and asks for each of them under two names.
+class NamesSource : public Source {
+public:
+    std::string name() const override { return "Names"; }
+    std::string summary() const override { return "Yields a row for each file."; }
+    Ports ports(const ValueTexts&) const override { return {{}, {output("table", ValueType::Table)}}; }
+    std::unique_ptr<TableReader> open(const Arguments& arguments, RunContext& context) const override {
+        return std::make_unique<Reader>(files(arguments, context).size());
+    }
+    std::vector<std::filesystem::path> files(const Arguments&, RunContext& context) const override;
+
+    mutable int found = 0;
+
+private:
+    class Reader : public TableReader {
+    public:
+        explicit Reader(std::size_t files) : files(files) {}
+
+        const Schema& schema() const override { return columns; }
+        std::uint64_t fileCount() const override { return files; }
+        bool next(Chunk& chunk) override {
+            chunk.rows = file < files ? 1 : 0;
+            chunk.file = file;
+            chunk.columns = {std::make_shared<const Column>(Column{Column::Reals(chunk.rows, 1.0), {}})};
+            return file++ < files;
+        }
+
+    private:
+        const std::size_t files;
+        Schema columns{{{.name = "x"}}};
+        std::uint64_t file = 0;
+    };
+};
+
+std::vector<std::filesystem::path> NamesSource::files(const Arguments&, RunContext& context) const {
+    std::istringstream names(factOf(context, "names", [&] {
+        ++found;
+        std::string all;
+        for (const std::string& each : context.namesIn("data", "*.csv")) {
+            all += "data/" + each + "\n";
+        }
+        return all;
+    }));
+    std::vector<std::filesystem::path> all;
+    for (std::string each; std::getline(names, each);) {
+        all.push_back(context.inputFile(each));
+    }
+    return all;
+}
+
+class FactsAboutFiles : public RunTest {
+protected:
+    FactsAboutFiles() {
+        std::filesystem::create_directory(folder / "data");
+        write("data/a.csv", "1");
+        write("data/b.csv", "2");
+        add(source, "rows");
+        add(sum, "sum");
+        wire("rows", "table", "sum", "table");
+    }
+
+    const NamesSource source;
+    SumKind sum;
+};
+
+TEST_F(FactsAboutFiles, areFoundOnceInARun) {
+    run();
+    EXPECT_EQ(source.found, 1) << "for the result store, and to open and read the files";
+    EXPECT_EQ(of("sum").rowsIn, 2U);
+    run();
+    EXPECT_EQ(source.found, 2);
+    EXPECT_EQ(status("sum"), NodeStatus::Reused);
+}
+
+TEST_F(FactsAboutFiles, areFoundAnewInTheNextRun) {
+    run();
+    write("data/c.csv", "3");
+    run();
+    EXPECT_EQ(of("sum").rowsIn, 3U);
+    write("data/b.csv", "4");
+    run();
+    EXPECT_EQ(status("sum"), NodeStatus::Done) << "the content is an input, too";
+}
+
+TEST_F(FactsAboutFiles, nameEachFileOnceInTheRecord) {
+    run();
+    const std::vector<std::string> names{"data/a.csv", "data/b.csv"};
+    ASSERT_EQ(report.files.size(), names.size());
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        EXPECT_EQ(report.files[i].name, names[i]);
+    }
 }
 
 class SkippedFiles : public RunTest {
