@@ -62,11 +62,12 @@ std::vector<double> Object::reals(std::string_view name) const {
     return array && array.get() != this ? array->reals(arrayMember) : std::vector<double>();
 }
 
-std::vector<std::int64_t> Object::integers(std::string_view name) const {
+const std::vector<std::int64_t>& Object::integers(std::string_view name) const {
+    static const std::vector<std::int64_t> none;
     const Member* member = find(name);
     return member && std::holds_alternative<std::vector<std::int64_t>>(*member)
                ? std::get<std::vector<std::int64_t>>(*member)
-               : std::vector<std::int64_t>();
+               : none;
 }
 
 }  // namespace velmorak::root

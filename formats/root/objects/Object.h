@@ -35,7 +35,8 @@ struct Object {
     /// The objects of a list, or of a member that is a list. Empty ones are null.
     std::vector<ObjectPtr> objects(std::string_view name) const;
     std::vector<double> reals(std::string_view name) const;
-    std::vector<std::int64_t> integers(std::string_view name) const;
+    /// @return empty if there is no such member or it is not an array of integers.
+    const std::vector<std::int64_t>& integers(std::string_view name) const;
 };
 
 /// Name of the member that holds the objects of a list or array.

@@ -66,9 +66,9 @@ ObjectPtr ObjectReader::read(const std::string& className) {
 
 /// @return a pointer that does not own the object.
 ObjectPtr ObjectReader::newObject(const std::string& className) {
-    owner->push_back(std::make_unique<Object>());
-    owner->back()->className = className;
-    return {ObjectPtr(), owner->back().get()};
+    Object& object = owner->emplace_back();
+    object.className = className;
+    return {ObjectPtr(), &object};
 }
 
 ObjectPtr ObjectReader::readClass(const std::string& className) {

@@ -4,6 +4,7 @@
 #include "root/objects/Classes.h"
 #include "root/objects/Object.h"
 
+#include <deque>
 #include <unordered_map>
 
 namespace velmorak::root {
@@ -50,7 +51,7 @@ private:
     Buffer bytes;
     std::size_t headBytes;
     const Classes& classes;
-    using Owner = std::vector<std::unique_ptr<Object>>;
+    using Owner = std::deque<Object>;
     std::shared_ptr<Owner> owner = std::make_shared<Owner>();  ///< Of all objects of the record.
     std::unordered_map<std::size_t, std::string> classTags;
     std::unordered_map<std::size_t, ObjectPtr> objectTags;

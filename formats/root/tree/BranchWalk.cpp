@@ -3,6 +3,7 @@
 #include "root/tree/ValueTypes.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace velmorak::root {
 namespace {
@@ -30,9 +31,9 @@ std::uint64_t atOr(const std::vector<std::int64_t>& numbers, std::size_t positio
 
 /// The baskets of a branch: first those in the file, then those within the tree's record.
 std::vector<BasketPlace> basketsOf(const Object& branch, std::uint64_t entries) {
-    const std::vector<std::int64_t> firsts = branch.integers("fBasketEntry");
-    const std::vector<std::int64_t> positions = branch.integers("fBasketSeek");
-    const std::vector<std::int64_t> sizes = branch.integers("fBasketBytes");
+    const std::vector<std::int64_t>& firsts = branch.integers("fBasketEntry");
+    const std::vector<std::int64_t>& positions = branch.integers("fBasketSeek");
+    const std::vector<std::int64_t>& sizes = branch.integers("fBasketBytes");
     const std::vector<ObjectPtr> embedded = branch.objects("fBaskets");
     std::vector<BasketPlace> places;
     const auto written = static_cast<std::size_t>(std::max<std::int64_t>(branch.integer("fWriteBasket"), 0));
@@ -139,7 +140,7 @@ void BranchWalk::setCount(const Object& leaf, TreeColumn& column) {
     }
 }
 
-void BranchWalk::add(const TreeColumn& column, const Object& leaf) {
+void BranchWalk::add(TreeColumn column, const Object& leaf) {
     const Layout::Kind kind = column.layout.kind;
     const bool isNumbers = kind == Layout::Kind::Numbers || kind == Layout::Kind::FlaggedNumbers;
     const bool isInList = column.count || kind == Layout::Kind::Values || (isNumbers && column.layout.length > 1);
@@ -147,13 +148,14 @@ void BranchWalk::add(const TreeColumn& column, const Object& leaf) {
     if (!parts.empty()) {
         byLeaf[&leaf] = columns.size();
     }
-    for (SelectedColumn& part : parts) {
-        TreeColumn& added = columns.emplace_back(column);
+    column.bytes /= std::max<std::size_t>(parts.size(), 1);
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        SelectedColumn& part = parts[i];
+        TreeColumn& added = columns.emplace_back(i + 1 < parts.size() ? column : std::move(column));
         added.name = freeName(part.name);
         added.info = {.name = added.name, .type = part.type, .isList = part.isList};
         added.selection = std::move(part.selection);
-        added.complaint = column.complaint.empty() ? part.problem : column.complaint;
-        added.bytes = column.bytes / parts.size();
+        added.complaint = added.complaint.empty() ? part.problem : added.complaint;
     }
 }
 
@@ -181,7 +183,7 @@ void BranchWalk::addLeaf(const Object& branch, const Object& leaf, bool isAlone,
     if (!isAlone && (column.count || leaf.className == "TLeafC")) {
         column.complaint = "its branch has other leaves of variable length";
     }
-    add(column, leaf);
+    add(std::move(column), leaf);
 }
 
 const Element* BranchWalk::elementOf(const Object& branch) const {
@@ -201,7 +203,7 @@ void BranchWalk::addElement(const Object& branch, const Object& leaf) {
     column.name = withoutLength(column.name);
     setCount(leaf, column);
     setElementLayout(branch, leaf, column);
-    add(column, leaf);
+    add(std::move(column), leaf);
 }
 
 void BranchWalk::setElementLayout(const Object& branch, const Object& leaf, TreeColumn& column) const {

@@ -26,7 +26,7 @@ private:
     const Element* elementOf(const Object& branch) const;
     TreeColumn columnOf(const Object& branch) const;
     void setCount(const Object& leaf, TreeColumn& column);
-    void add(const TreeColumn& column, const Object& leaf);
+    void add(TreeColumn column, const Object& leaf);
 
     const Classes& classes;
     std::vector<TreeColumn>& columns;

@@ -63,11 +63,13 @@ void Selections::add(const ValueType& type, NestedValue value) {
 }
 
 void Selections::addLeaf(const ValueType& type, const NestedValue& value) {
-    columns.push_back({.name = value.name,
-                       .selection = {.content = Selection::Content::Values, .path = value.path},
-                       .type = columnTypeOf(type),
-                       .isList = value.isInList,
-                       .problem = type.problem});
+    SelectedColumn& column = columns.emplace_back();
+    column.name = value.name;
+    column.selection.content = Selection::Content::Values;
+    column.selection.path = value.path;
+    column.type = columnTypeOf(type);
+    column.isList = value.isInList;
+    column.problem = type.problem;
 }
 
 void Selections::addObject(const ValueType& type, const NestedValue& value) {
