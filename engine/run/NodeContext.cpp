@@ -108,7 +108,7 @@ std::vector<std::string> NodeContext::namesIn(const std::string& folder, const s
         names = namesInFolder(locate(folder), pattern);
     }
     const MutexLock lock(mutex);
-    record({std::move(listing), std::nullopt, digestOfNames(*names)});
+    addAsked({std::move(listing), std::nullopt, digestOfNames(*names)});
     return *std::move(names);
 }
 
@@ -168,7 +168,7 @@ std::string NodeContext::fact(const std::string& name, const std::function<std::
     if (const KnownFact* const fact = environment.facts->find(node.name, name)) {
         const MutexLock lock(mutex);
         for (const AskedFile& file : fact->asked) {
-            record(file);
+            addAsked(file);
         }
         return fact->bytes;
     }
@@ -195,7 +195,7 @@ fs::path NodeContext::watch(const NamedFile& file) const {
         environment.asked(path, *stamp);
     }
     const MutexLock lock(mutex);
-    record({file, stamp, std::nullopt, path.string()});
+    addAsked({file, stamp, std::nullopt, path.string()});
     return path;
 }
 
@@ -210,7 +210,7 @@ void NodeContext::watchPlace(const fs::path& path) const {
     watch(place);
 }
 
-void NodeContext::record(AskedFile file) const {
+void NodeContext::addAsked(AskedFile file) const {
     if (known.insert(file).second) {
         askedPlaces.insert(file.path);
         asked.push_back(std::move(file));

@@ -122,7 +122,7 @@ public:
 
 private:
     std::filesystem::path placeOf(const std::string& name) const VELMORAK_EXCLUDES(mutex);
-    void record(AskedFile file) const VELMORAK_REQUIRES(mutex);
+    void addAsked(AskedFile file) const VELMORAK_REQUIRES(mutex);
 
     const RunEnvironment& environment;
     const PipelineNode& node;

@@ -5,9 +5,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -68,7 +68,7 @@ public:
     template <typename Number>
     void take(Number* values, std::size_t count) {
         checkRoom(count, sizeof(Number));
-        std::memcpy(values, at, count * sizeof(Number));
+        std::copy_n(at, count * sizeof(Number), reinterpret_cast<char*>(values));
         at += count * sizeof(Number);
     }
     template <typename Values>
