@@ -40,7 +40,7 @@ template <double (*multiplyAdd)(double, double, double)>
     const double halfSum = multiplyAdd(k, 0.5, rounder);
     const double restSum = (k - (halfSum - rounder)) + rounder;
     const auto powerOf2 = [](double sum) {
-        return __builtin_bit_cast(double, (__builtin_bit_cast(std::int64_t, sum) + 1023) << 52);
+        return __builtin_bit_cast(double, (__builtin_bit_cast(std::uint64_t, sum) + 1023) << 52U);
     };
     return mantissa * powerOf2(halfSum) * powerOf2(restSum);
 }
