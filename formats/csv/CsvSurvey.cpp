@@ -130,8 +130,10 @@ void IntegerSurvey::lookAtLines(std::string_view text) {
             ++first;
         }
         const std::string_view rest(first, static_cast<std::size_t>(end - first));
-        const bool isComment = !form.comment.empty() && rest.starts_with(form.comment);
-        if (isComment || rest.empty() || rest.front() == '\n' || rest.starts_with("\r\n")) {
+        const bool isEmpty = rest.empty() || rest[0] == '\n' || (rest[0] == '\r' && rest.starts_with("\r\n"));
+        const bool isComment =
+            !isEmpty && !form.comment.empty() && rest[0] == form.comment[0] && rest.starts_with(form.comment);
+        if (isComment || isEmpty) {
             const std::size_t lineEnd = rest.find('\n');
             place = lineEnd == std::string_view::npos ? end : first + lineEnd + 1;
         } else {

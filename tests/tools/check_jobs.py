@@ -132,6 +132,19 @@ def check_files(place):
         assert "Round 2" in said, said
 
 
+def check_threads_of_the_plan(place):
+    """A plan does not depend on how many threads look at the files."""
+    files(place, 9, 400)
+    document = place.document(*analysis(plugin("Rows", "CsvTable", file="data/run_*.csv")))
+    plans = []
+    for threads in ("1", "3"):
+        plan(place, "job", 5, "-j", threads, document)
+        found = json.loads((place.folder / "job" / "plan.json").read_text())
+        plans.append({key: value for key, value in found.items() if key not in ("time", "digest")})
+        shutil.rmtree(place.folder / "job")
+    assert plans[0] == plans[1]
+
+
 def was_read(file):
     """Whether somebody has read the file since forget_reading."""
     return file.stat().st_atime_ns > 0
@@ -370,6 +383,7 @@ def main(runner, examples):
         place.environment["VELMORAK_CACHE_LIMIT"] = "0"
         place.environment["XDG_STATE_HOME"] = str(place.folder / "state")
         check_own_files(place)
+        check_threads_of_the_plan(place)
         check_files(place)
         shutil.rmtree(place.folder / "plain")
         check_cut_file(place)

@@ -136,7 +136,8 @@ ExitStatus planJob(QzManager& manager, const Options& options, StopOnSignal& sig
         const velmorak::Pipeline pipeline = velmorak::pipelineOf(manager);
         plan.document = fs::absolute(pipeline.document).string();
         try {
-            velmorak::planRun(plan, pipeline, options.parts, folderNameOf(texts), std::cerr, stopping);
+            velmorak::planRun(plan, pipeline, options.parts, static_cast<std::size_t>(options.threads),
+                              folderNameOf(texts), std::cerr, stopping);
         } catch (const velmorak::Stopped&) {
             return WasStopped;
         } catch (const velmorak::Failure& failure) {

@@ -26,14 +26,26 @@ Shared& shared() {
 
 }  // namespace
 
-Catalogue::Catalogue(SearchPath search, const std::string& factory) : search(std::move(search)) {
-    const CollectionSearch found{
+struct Catalogue::FoundExamples {
+    std::once_flag once;
+    std::vector<QzExample> records;
+};
+
+Catalogue::Catalogue(SearchPath search, const std::string& factory)
+    : search(std::move(search)), found(std::make_unique<FoundExamples>()) {
+    const CollectionSearch collections{
         this->search.collections, factory, this->search.loadingNotes, this->search.isolation, {}};
-    for (OfferedKind& offered : loadCollections(found, *fileFormats)) {
+    for (OfferedKind& offered : loadCollections(collections, *fileFormats)) {
         records.push_back(std::move(offered.record));
         made.push_back(std::move(offered.kind));
     }
-    exampleRecords = listExamples(this->search.examples);
+}
+
+Catalogue::~Catalogue() = default;
+
+const std::vector<QzExample>& Catalogue::examples() const {
+    std::call_once(found->once, [this] { found->records = listExamples(search.examples); });
+    return found->records;
 }
 
 std::size_t Catalogue::find(const std::string& kindName) const {

@@ -28,9 +28,11 @@ public:
     /// Loads every collection that exports the factory. One that cannot be used is reported on standard error and
     /// skipped.
     Catalogue(SearchPath search, const std::string& factory);
+    ~Catalogue();
 
     const std::vector<QzKind>& kinds() const { return records; }
-    const std::vector<QzExample>& examples() const { return exampleRecords; }
+    /// Found by the first call: only the editor lists them. Threads: any.
+    const std::vector<QzExample>& examples() const;
     /// Parallel to kinds().
     const Kind& kind(std::size_t number) const { return *made[number]; }
     const FileFormats& formats() const { return *fileFormats; }
@@ -44,7 +46,8 @@ private:
     std::vector<QzKind> records;
     std::unique_ptr<FileFormats> fileFormats = std::make_unique<FileFormats>();  ///< Kinds hold references to them.
     std::vector<std::unique_ptr<Kind>> made;
-    std::vector<QzExample> exampleRecords;
+    struct FoundExamples;
+    std::unique_ptr<FoundExamples> found;
 };
 
 /// The program's catalogue. Made by the first call, with its arguments; later calls give the same.

@@ -1,5 +1,7 @@
 #include "run/parts/PlanJob.h"
 
+#include "executor/ThreadConfig.h"
+#include "executor/ThreadPool.h"
 #include "run/RunState.h"
 #include "run/parts/Cutting.h"
 #include "run/parts/PlanPasses.h"
@@ -227,8 +229,9 @@ void Planning::collectFiles(PlannedRun& run) const {
 
 }  // namespace
 
-void planRun(JobPlan& plan, const Pipeline& pipeline, std::size_t parts, const std::string& folder,
+void planRun(JobPlan& plan, const Pipeline& pipeline, std::size_t parts, std::size_t threads, const std::string& folder,
              std::ostream& messages, const std::atomic<bool>& stopping) {
+    const ThreadPool pool(threads > 0 ? threads : threadConfigFromEnvironment().threads);
     Planning rehearsed(pipeline, messages, stopping);
     RunOutline outline;
     {
