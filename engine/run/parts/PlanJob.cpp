@@ -229,9 +229,9 @@ void Planning::collectFiles(PlannedRun& run) const {
 
 }  // namespace
 
-void planRun(JobPlan& plan, const Pipeline& pipeline, std::size_t parts, std::size_t threads, const std::string& folder,
-             std::ostream& messages, const std::atomic<bool>& stopping) {
-    const ThreadPool pool(threads > 0 ? threads : threadConfigFromEnvironment().threads);
+void planRun(JobPlan& plan, const Pipeline& pipeline, const PlanOptions& options, std::ostream& messages,
+             const std::atomic<bool>& stopping) {
+    const ThreadPool pool(options.threads > 0 ? options.threads : threadConfigFromEnvironment().threads);
     Planning rehearsed(pipeline, messages, stopping);
     RunOutline outline;
     {
@@ -241,10 +241,10 @@ void planRun(JobPlan& plan, const Pipeline& pipeline, std::size_t parts, std::si
         outline = outlinePasses(state);
     }
     rehearsed.validate(outline);
-    PlannedRun run{pipeline.documentText, pipeline.settings, folder, {}, {}, {}, {}, {}};
+    PlannedRun run{pipeline.documentText, pipeline.settings, options.folder, {}, {}, {}, {}, {}};
     for (const PassOutline& pass : outline.passes) {
         std::vector<PassRange> ranges;
-        run.passes.push_back(rehearsed.planPass(pass, parts, ranges));
+        run.passes.push_back(rehearsed.planPass(pass, options.parts, ranges));
         for (const PassRange& range : ranges) {
             plan.parts.push_back({plan.runs.size(), run.passes.size() - 1, range});
         }

@@ -145,13 +145,17 @@ void BranchWalk::add(TreeColumn column, const Object& leaf) {
     const bool isNumbers = kind == Layout::Kind::Numbers || kind == Layout::Kind::FlaggedNumbers;
     const bool isInList = column.count || kind == Layout::Kind::Values || (isNumbers && column.layout.length > 1);
     std::vector<SelectedColumn> parts = columnsOf(column.layout.type, column.name, isInList);
-    if (!parts.empty()) {
-        byLeaf[&leaf] = columns.size();
+    if (parts.empty()) {
+        return;
     }
-    column.bytes /= std::max<std::size_t>(parts.size(), 1);
+    const std::size_t first = columns.size();
+    byLeaf[&leaf] = first;
+    column.bytes /= parts.size();
+    columns.insert(columns.end(), parts.size() - 1, column);
+    columns.push_back(std::move(column));
     for (std::size_t i = 0; i < parts.size(); ++i) {
         SelectedColumn& part = parts[i];
-        TreeColumn& added = columns.emplace_back(i + 1 < parts.size() ? column : std::move(column));
+        TreeColumn& added = columns[first + i];
         added.name = freeName(part.name);
         added.info = {.name = added.name, .type = part.type, .isList = part.isList};
         added.selection = std::move(part.selection);
