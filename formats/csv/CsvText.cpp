@@ -57,11 +57,19 @@ CsvText::CsvText(const std::filesystem::path& path, CsvEncoding encoding)
     findLineEnds();
 }
 
-/// Reads more, up to so many bytes.
+/// Reads more, up to so many bytes. Damage after the first ones is for read to report, once it has returned these.
 void CsvText::readHead(std::size_t size) {
     const std::size_t before = first.size();
     first.resize(size);
-    first.resize(before + readPlain(first.data() + before, size - before));
+    std::size_t more = 0;
+    try {
+        more = readPlain(first.data() + before, size - before);
+    } catch (const Failure&) {
+        if (before == 0) {
+            throw;
+        }
+    }
+    first.resize(before + more);
 }
 
 /// Looks at the byte order mark.

@@ -161,7 +161,10 @@ std::vector<FileContent> ResultCache::filesOf(const std::vector<std::size_t>& po
         }
     }
     for (const std::size_t position : positions) {
-        for (const FileContent& file : files[position].value_or(std::vector<FileContent>{})) {
+        if (!files[position]) {
+            continue;
+        }
+        for (const FileContent& file : *files[position]) {
             if (!all.contains(file.file)) {
                 all[file.file] = {file.digest, resolved(state.pipeline, file.file).string()};
             }

@@ -100,6 +100,26 @@ TEST_F(CsvHeader, isPassedOnceInPackedFilesWhoseTypesAreGiven) {
     }
 }
 
+TEST_F(CsvHeader, isReadWhereThePackedFileEndsRightAfterTheFirstBytes) {
+    std::string text = "# comment\na\n";
+    while (text.size() < (1U << 14U)) {
+        text += "1\n";
+    }
+    write(text);
+    const gzFile packed = gzopen(options.file.c_str(), "wb");
+    gzwrite(packed, text.data(), static_cast<unsigned>(text.size()));
+    gzflush(packed, Z_FULL_FLUSH);
+    const std::uintmax_t whole = std::filesystem::file_size(options.file);
+    gzclose(packed);
+    std::filesystem::resize_file(options.file, whole);
+    options.readsInOrder = true;
+    CsvReader reader(options, context);
+    Chunk chunk;
+    ASSERT_TRUE(reader.next(chunk));
+    EXPECT_EQ(chunk.rows, (text.size() - 12) / 2);
+    EXPECT_THROW(reader.next(chunk), Failure);
+}
+
 TEST_F(CsvHeader, thatIsMissingOrWrongIsNamedWithItsLine) {
     options.types = {{"a", ColumnType::Integer}};
     write("# comment\n\n");
