@@ -136,9 +136,9 @@ ExitStatus planJob(QzManager& manager, const Options& options, StopOnSignal& sig
         const velmorak::Pipeline pipeline = velmorak::pipelineOf(manager);
         plan.document = fs::absolute(pipeline.document).string();
         try {
-            const velmorak::PlanOptions how{options.parts, static_cast<std::size_t>(options.threads),
-                                            folderNameOf(texts)};
-            velmorak::planRun(plan, pipeline, how, std::cerr, stopping);
+            const velmorak::PlanOptions planOptions{options.parts, static_cast<std::size_t>(options.threads),
+                                                    folderNameOf(texts)};
+            velmorak::planRun(plan, pipeline, planOptions, std::cerr, stopping);
         } catch (const velmorak::Stopped&) {
             return WasStopped;
         } catch (const velmorak::Failure& failure) {

@@ -32,7 +32,7 @@ struct Catalogue::FoundExamples {
 };
 
 Catalogue::Catalogue(SearchPath search, const std::string& factory)
-    : search(std::move(search)), found(std::make_unique<FoundExamples>()) {
+    : search(std::move(search)), foundExamples(std::make_unique<FoundExamples>()) {
     const CollectionSearch collections{
         this->search.collections, factory, this->search.loadingNotes, this->search.isolation, {}};
     for (OfferedKind& offered : loadCollections(collections, *fileFormats)) {
@@ -44,8 +44,8 @@ Catalogue::Catalogue(SearchPath search, const std::string& factory)
 Catalogue::~Catalogue() = default;
 
 const std::vector<QzExample>& Catalogue::examples() const {
-    std::call_once(found->once, [this] { found->records = listExamples(search.examples); });
-    return found->records;
+    std::call_once(foundExamples->once, [this] { foundExamples->records = listExamples(search.examples); });
+    return foundExamples->records;
 }
 
 std::size_t Catalogue::find(const std::string& kindName) const {

@@ -47,7 +47,7 @@ private:
     std::unique_ptr<FileFormats> fileFormats = std::make_unique<FileFormats>();  ///< Kinds hold references to them.
     std::vector<std::unique_ptr<Kind>> made;
     struct FoundExamples;
-    std::unique_ptr<FoundExamples> found;
+    std::unique_ptr<FoundExamples> foundExamples;
 };
 
 /// The program's catalogue. Made by the first call, with its arguments; later calls give the same.
